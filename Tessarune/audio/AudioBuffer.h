@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+namespace tessarune {
+
+/// How samples are laid out: always interleaved 32-bit floats of -1 to 1.
+struct AudioFormat {
+    double sampleRate = 0; ///< frames a second
+    int channels = 0;
+
+    bool operator==(const AudioFormat&) const = default;
+};
+
+/// A stretch of sound. Immutable once it is shared, so that the recorder, the recogniser and the
+/// meter read the same memory without a copy.
+struct AudioBuffer {
+    AudioFormat format;
+    std::vector<float> samples; ///< frames × channels, interleaved
+
+    std::size_t frames() const {
+        return format.channels > 0 ? samples.size() / static_cast<std::size_t>(format.channels) : 0;
+    }
+    double seconds() const {
+        return format.sampleRate > 0 ? static_cast<double>(frames()) / format.sampleRate : 0;
+    }
+};
+
+using AudioBufferPtr = std::shared_ptr<const AudioBuffer>;
+
+} // namespace tessarune

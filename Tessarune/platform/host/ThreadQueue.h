@@ -1,0 +1,39 @@
+#pragma once
+
+#include "TessaruneCore/host/Host.h"
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+namespace tessarune {
+
+/// A serial queue on a thread of its own. Its end waits for the blocks that were handed over; if
+/// the last reference goes away on the queue's own thread, the thread finishes by itself.
+class ThreadQueue final : public SerialQueue {
+  public:
+    ThreadQueue(std::string_view label, QueuePriority priority);
+    ~ThreadQueue() override;
+    ThreadQueue(const ThreadQueue&) = delete;
+    ThreadQueue& operator=(const ThreadQueue&) = delete;
+
+    void async(Block block) override;
+    void sync(const Block& block) override;
+    const std::string& label() const override { return label_; }
+
+  private:
+    struct State {
+        std::mutex mutex;
+        std::condition_variable arrived;
+        std::deque<Block> blocks;
+        bool ending = false;
+    };
+    static void work(const std::shared_ptr<State>& state);
+
+    std::string label_;
+    std::shared_ptr<State> state_ = std::make_shared<State>();
+    std::thread thread_;
+};
+
+} // namespace tessarune

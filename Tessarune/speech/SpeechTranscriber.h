@@ -1,0 +1,59 @@
+#pragma once
+
+#include "TessaruneCore/host/AsyncStream.h"
+
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// A run of a result's text, with what the engine knows about it.
+struct SpeechRun {
+    std::string text;
+    std::optional<double>
+        audioStart; ///< attribute audioTimeRange: seconds of the audio that was fed
+    std::optional<double> audioEnd;
+    std::optional<double> confidence; ///< attribute transcriptionConfidence: 0 to 1
+
+    bool operator==(const SpeechRun&) const = default;
+};
+
+/// One result of the engine for a stretch of audio: volatile until `isFinal`.
+struct SpeechResult {
+    std::vector<SpeechRun> runs; ///< their texts, one after the other, are the text
+    bool isFinal = false;
+    std::vector<std::string> alternatives; ///< best first; the first is the text itself
+
+    std::string text() const {
+        std::string all;
+        for (const auto& run : runs)
+            all += run.text;
+        return all;
+    }
+};
+
+enum class SpeechReportingOption { volatileResults, fastResults, alternativeTranscriptions };
+enum class SpeechAttributeOption { audioTimeRange, transcriptionConfidence };
+
+/// What is asked of the engine for one session.
+struct SpeechTranscriberOptions {
+    std::string localeIdentifier;
+    std::set<SpeechReportingOption> reporting;
+    std::set<SpeechAttributeOption> attributes;
+};
+
+/// Seam: the half of the on-device recogniser that gives results. It belongs to the session that
+/// made it; an analyzer works for it.
+class SpeechTranscriber {
+  public:
+    virtual ~SpeechTranscriber() = default;
+
+    /// The results in order, to be read by one consumer on the executor that was given when the
+    /// transcriber was made. Ends when the analyzer has finished; `next` throws the engine's
+    /// failure.
+    virtual AsyncStream<SpeechResult> results() = 0;
+};
+
+} // namespace tessarune

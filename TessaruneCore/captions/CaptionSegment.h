@@ -1,0 +1,50 @@
+#pragma once
+
+#include "TessaruneCore/UUID.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tessarune {
+
+enum class CaptionSegmentState { partial, final };
+
+/// How a row became fixed.
+enum class FreezeKind {
+    none,
+    soft,  ///< shown, but not committed and perhaps withdrawn
+    ours,  ///< frozen by local agreement, before the recogniser was final
+    engine ///< a final result of the recogniser
+};
+
+std::string_view name(CaptionSegmentState state);
+std::string_view name(FreezeKind kind);
+
+/// One row of caption text: the value that the whole program shares. Texts are compared by
+/// canonical equivalence.
+struct CaptionSegment {
+    UUID id; ///< identity for display, translation and history; never changes
+    std::string sourceText;
+    std::optional<std::string> translatedText;
+    std::optional<std::string> translationError;
+    std::optional<UUID> translationUnitID;          ///< the committed unit that this row belongs to
+    std::optional<UUID> translationResultSegmentID; ///< the row that carries the unit's translation
+    std::optional<std::int64_t> translationUnitIndex;
+    std::optional<std::int64_t> translationUnitCount;
+    std::int64_t revision = 0; ///< the core's revision when the row was last written
+    CaptionSegmentState state = CaptionSegmentState::partial;
+    FreezeKind freezeKind = FreezeKind::none;
+    /// Seconds: the core's clock for rows committed from a partial, the recogniser's times for rows
+    /// committed from a final.
+    double startedAt = 0;
+    std::optional<double> endedAt;
+    std::optional<double> committedAt; ///< seconds since 1970; absent in sealed rows
+    std::optional<double> firstSeenAt; ///< when the row's first word was first seen
+    std::int64_t revisionCount = 0;    ///< how often the text changed before it was fixed
+
+    bool operator==(const CaptionSegment& other) const;
+};
+
+} // namespace tessarune

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+
+namespace tessarune {
+
+/// How much a session leaves behind for analysis; the raw values rise with verbosity.
+enum class DiagnosticsLevel { off = 0, core = 1, standard = 2, verbose = 3, trace = 4 };
+
+constexpr bool writesCoreSessionRun(DiagnosticsLevel level) {
+    return level > DiagnosticsLevel::off;
+}
+constexpr bool writesSessionDiagnostics(DiagnosticsLevel level) {
+    return level > DiagnosticsLevel::core;
+}
+constexpr bool writesRoutineBreadcrumbs(DiagnosticsLevel level) {
+    return level > DiagnosticsLevel::standard;
+}
+constexpr bool expandsAppleRaw(DiagnosticsLevel level) {
+    return level > DiagnosticsLevel::verbose;
+}
+
+/// The level's word in settings and manifests.
+std::string_view storageName(DiagnosticsLevel level);
+/// Nothing for an unknown word.
+std::optional<DiagnosticsLevel> diagnosticsLevel(std::string_view storageName);
+/// The level's description: a localisation key.
+std::string_view detail(DiagnosticsLevel level);
+
+} // namespace tessarune

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "TessaruneCore/diagnostics/DiagnosticsLevel.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+
+namespace tessarune {
+
+/// The levelled text log, one logger a category. Lines go to the sink that the program sets at its
+/// start (the journal or standard error); without one they are dropped. Any thread.
+class TessaruneLogger {
+  public:
+    enum class Level { debug, info, notice, fault };
+    /// Makes the text of a line; called only if the line is written.
+    using Text = std::function<std::string()>;
+
+    explicit constexpr TessaruneLogger(std::string_view category) : category_(category) {}
+
+    void debug(const Text& text) const { write(Level::debug, text); }
+    void info(const Text& text) const { write(Level::info, text); }
+    void notice(const Text& text) const { write(Level::notice, text); }
+    void fault(const Text& text) const { write(Level::fault, text); }
+
+  private:
+    void write(Level level, const Text& text) const;
+    std::string_view category_;
+};
+
+namespace TessaruneLog {
+
+inline constexpr std::string_view subsystem = "app.tessarune.captions";
+
+inline constexpr TessaruneLogger capture{"capture"};
+inline constexpr TessaruneLogger asr{"asr"};
+inline constexpr TessaruneLogger translation{"translation"};
+inline constexpr TessaruneLogger diagnostics{"diagnostics"};
+inline constexpr TessaruneLogger ui{"ui"};
+inline constexpr TessaruneLogger storage{"storage"};
+inline constexpr TessaruneLogger app{"app"};
+
+using Sink =
+    std::function<void(TessaruneLogger::Level, std::string_view category, const std::string& text)>;
+
+/// Replaces the sink; an empty one drops all lines. The sink is called from any thread, one line at
+/// a time.
+void setSink(Sink sink);
+
+/// The level of the running program: what costs too much for everyday use asks for it first.
+DiagnosticsLevel diagnosticsLevel();
+void setDiagnosticsLevel(DiagnosticsLevel level);
+
+} // namespace TessaruneLog
+
+} // namespace tessarune

@@ -1,0 +1,138 @@
+#pragma once
+
+#include "TessaruneCore/host/Task.h"
+
+#include <coroutine>
+#include <deque>
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <stop_token>
+#include <utility>
+
+namespace tessarune {
+
+/// A sequence whose elements arrive over time: producers `yield` from any thread, one consumer
+/// awaits `next`, which goes on on the executor given at construction. Copies name the same stream.
+template <typename T>
+class AsyncStream {
+  public:
+    explicit AsyncStream(Executor executor)
+        : state_(std::make_shared<State>(std::move(executor))) {}
+
+    /// False if the stream has ended and the element was dropped.
+    bool yield(T element) const {
+        return state_->change([&](State& state) {
+            if (state.ended)
+                return false;
+            state.elements.push_back(std::move(element));
+            return true;
+        });
+    }
+
+    /// No more elements; what is waiting is still delivered.
+    void finish() const {
+        state_->change([](State& state) { return state.ended = true; });
+    }
+
+    /// As `finish`, and then `next` throws `failure` once.
+    void fail(std::exception_ptr failure) const {
+        state_->change([&](State& state) {
+            if (state.ended)
+                return false;
+            state.failure = std::move(failure);
+            return state.ended = true;
+        });
+    }
+
+    bool isFinished() const {
+        std::lock_guard lock(state_->mutex);
+        return state_->ended;
+    }
+
+    bool operator==(const AsyncStream& other) const { return state_ == other.state_; }
+
+    /// `co_await stream.next(stop)`: the next element, or nothing at the end or when asked to stop.
+    Task<std::optional<T>> next(std::stop_token stop = {}) const {
+        return nextOf(state_, std::move(stop));
+    }
+
+  private:
+    struct State {
+        explicit State(Executor where) : executor(std::move(where)) {}
+
+        template <typename Change>
+        bool change(Change apply) {
+            std::coroutine_handle<> ready;
+            bool accepted = false;
+            {
+                std::lock_guard lock(mutex);
+                accepted = apply(*this);
+                if (accepted)
+                    ready = std::exchange(waiter, nullptr);
+            }
+            if (ready)
+                executor.run([ready] { ready.resume(); });
+            return accepted;
+        }
+
+        Executor executor;
+        std::mutex mutex;
+        std::deque<T> elements;
+        bool ended = false;
+        std::exception_ptr failure;
+        std::coroutine_handle<> waiter;
+    };
+
+    struct Wake {
+        std::shared_ptr<State> state;
+        void operator()() const {
+            std::coroutine_handle<> ready;
+            {
+                std::lock_guard lock(state->mutex);
+                ready = std::exchange(state->waiter, nullptr);
+            }
+            if (ready)
+                state->executor.run([ready] { ready.resume(); });
+        }
+    };
+
+    struct Awaiter {
+        State& state;
+        const std::stop_token& stop;
+
+        bool await_ready() const noexcept { return false; }
+        bool await_suspend(std::coroutine_handle<> caller) const {
+            std::lock_guard lock(state.mutex);
+            if (stop.stop_requested() || !state.elements.empty() || state.ended)
+                return false;
+            state.waiter = caller;
+            return true;
+        }
+        void await_resume() const noexcept {}
+    };
+
+    static Task<std::optional<T>> nextOf(std::shared_ptr<State> state, std::stop_token stop) {
+        // Registered before the suspension: a request that comes between the two finds no waiter,
+        // and the awaiter then sees the request itself.
+        std::stop_callback<Wake> onStop(stop, Wake{state});
+        Awaiter arrival{*state, stop};
+        co_await arrival;
+        std::lock_guard lock(state->mutex);
+        if (stop.stop_requested())
+            co_return std::nullopt;
+        if (!state->elements.empty()) {
+            std::optional<T> element(std::move(state->elements.front()));
+            state->elements.pop_front();
+            co_return element;
+        }
+        if (state->failure)
+            std::rethrow_exception(std::exchange(state->failure, nullptr));
+        co_return std::nullopt;
+    }
+
+    std::shared_ptr<State> state_;
+};
+
+} // namespace tessarune

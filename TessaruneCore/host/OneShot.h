@@ -1,0 +1,77 @@
+#pragma once
+
+#include "TessaruneCore/host/Executor.h"
+
+#include <coroutine>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+namespace tessarune {
+
+/// A value that arrives once: the first `resume` stores it and wakes the one waiter, later ones do
+/// nothing. It is the means by which two tasks race.
+///
+/// `resume` may be called from any thread; the waiter goes on on the executor given at
+/// construction. Copies name the same slot.
+template <typename T>
+class OneShot {
+  public:
+    explicit OneShot(Executor executor) : state_(std::make_shared<State>(std::move(executor))) {}
+
+    void resume(T value) const {
+        std::coroutine_handle<> waiter;
+        {
+            std::lock_guard lock(state_->mutex);
+            if (state_->value)
+                return;
+            state_->value.emplace(std::move(value));
+            waiter = std::exchange(state_->waiter, nullptr);
+        }
+        if (waiter)
+            state_->executor.run([waiter] { waiter.resume(); });
+    }
+
+    bool hasValue() const {
+        std::lock_guard lock(state_->mutex);
+        return state_->value.has_value();
+    }
+
+    /// Awaitable, by one coroutine; goes on at once if the value is there already.
+    auto value() const { return Awaiter{state_}; }
+    auto operator co_await() const { return Awaiter{state_}; }
+
+  private:
+    struct State {
+        explicit State(Executor where) : executor(std::move(where)) {}
+        Executor executor;
+        std::mutex mutex;
+        std::optional<T> value;
+        std::coroutine_handle<> waiter;
+    };
+
+    struct Awaiter {
+        std::shared_ptr<State> state;
+
+        bool await_ready() const {
+            std::lock_guard lock(state->mutex);
+            return state->value.has_value();
+        }
+        bool await_suspend(std::coroutine_handle<> caller) const {
+            std::lock_guard lock(state->mutex);
+            if (state->value)
+                return false;
+            state->waiter = caller;
+            return true;
+        }
+        T await_resume() const {
+            std::lock_guard lock(state->mutex);
+            return *state->value;
+        }
+    };
+
+    std::shared_ptr<State> state_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,34 @@
+#include "TessaruneCore/host/Task.h"
+
+namespace tessarune {
+
+namespace detail {
+
+Detached runDetached(Task<void> task, OneShot<bool> finished) {
+    co_await task;
+    finished.resume(true);
+}
+
+} // namespace detail
+
+TaskHandle spawn(const Executor& executor, Task<void> task, std::stop_source stop) {
+    OneShot<bool> finished(executor);
+    // std::function wants something that can be copied, a task can only be moved.
+    auto shared = std::make_shared<Task<void>>(std::move(task));
+    executor.run([shared, finished] { detail::runDetached(std::move(*shared), finished); });
+    return TaskHandle(std::move(stop), std::move(finished));
+}
+
+Task<bool> sleep(Executor executor, double seconds, std::stop_token stop) {
+    if (stop.stop_requested())
+        co_return false;
+    OneShot<bool> awake(executor);
+    DelayedCall timer = executor.host().after(seconds, [awake] { awake.resume(true); });
+    std::stop_callback onStop(stop, [awake] { awake.resume(false); });
+    const bool slept = co_await awake;
+    if (!slept)
+        timer.cancel();
+    co_return slept;
+}
+
+} // namespace tessarune

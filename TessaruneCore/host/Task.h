@@ -1,0 +1,179 @@
+#pragma once
+
+#include "TessaruneCore/host/Executor.h"
+#include "TessaruneCore/host/OneShot.h"
+
+#include <coroutine>
+#include <exception>
+#include <optional>
+#include <stop_token>
+#include <utility>
+
+namespace tessarune {
+
+/// An asynchronous step that reads top to bottom.
+///
+/// A task does nothing until it is awaited (or given to `spawn`), runs on the thread of whoever
+/// awaits it until its first suspension, and hands its result or its exception to the one who
+/// awaits. It owns its frame; dropping a task that is not awaited destroys the frame. Every
+/// suspension names the executor on which the task goes on, so its code always knows its thread.
+///
+/// Write coroutines as functions with parameters by value, never as lambdas with captures, and keep
+/// temporaries with destructors out of `co_await` expressions: GCC 12 mishandles both.
+template <typename T = void>
+class Task;
+
+namespace detail {
+
+struct TaskPromiseBase {
+    std::coroutine_handle<> continuation;
+    std::exception_ptr failure;
+
+    struct FinalAwaiter {
+        bool await_ready() const noexcept { return false; }
+        template <typename Promise>
+        std::coroutine_handle<> await_suspend(std::coroutine_handle<Promise> finished) noexcept {
+            auto next = finished.promise().continuation;
+            return next ? next : std::noop_coroutine();
+        }
+        void await_resume() const noexcept {}
+    };
+
+    std::suspend_always initial_suspend() const noexcept { return {}; }
+    FinalAwaiter final_suspend() const noexcept { return {}; }
+    void unhandled_exception() { failure = std::current_exception(); }
+};
+
+template <typename T>
+struct TaskPromise : TaskPromiseBase {
+    std::optional<T> value;
+
+    Task<T> get_return_object();
+    void return_value(T result) { value.emplace(std::move(result)); }
+    T take() {
+        if (failure)
+            std::rethrow_exception(failure);
+        return std::move(*value);
+    }
+};
+
+template <>
+struct TaskPromise<void> : TaskPromiseBase {
+    Task<void> get_return_object();
+    void return_void() const noexcept {}
+    void take() const {
+        if (failure)
+            std::rethrow_exception(failure);
+    }
+};
+
+} // namespace detail
+
+template <typename T>
+class [[nodiscard]] Task {
+  public:
+    using promise_type = detail::TaskPromise<T>;
+    using Handle = std::coroutine_handle<promise_type>;
+
+    explicit Task(Handle handle) : handle_(handle) {}
+    Task(Task&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
+    Task& operator=(Task&& other) noexcept {
+        if (this != &other) {
+            destroy();
+            handle_ = std::exchange(other.handle_, nullptr);
+        }
+        return *this;
+    }
+    Task(const Task&) = delete;
+    Task& operator=(const Task&) = delete;
+    ~Task() { destroy(); }
+
+    struct Awaiter {
+        Handle handle;
+        bool await_ready() const noexcept { return false; }
+        std::coroutine_handle<> await_suspend(std::coroutine_handle<> caller) const noexcept {
+            handle.promise().continuation = caller;
+            return handle;
+        }
+        T await_resume() const { return handle.promise().take(); }
+    };
+    Awaiter operator co_await() const noexcept { return Awaiter{handle_}; }
+
+  private:
+    void destroy() {
+        if (handle_)
+            handle_.destroy();
+    }
+    Handle handle_;
+};
+
+namespace detail {
+
+template <typename T>
+Task<T> TaskPromise<T>::get_return_object() {
+    return Task<T>(std::coroutine_handle<TaskPromise<T>>::from_promise(*this));
+}
+inline Task<void> TaskPromise<void>::get_return_object() {
+    return Task<void>(std::coroutine_handle<TaskPromise<void>>::from_promise(*this));
+}
+
+/// The frame under a spawned task: starts at once and frees itself at the end.
+struct Detached {
+    struct promise_type {
+        Detached get_return_object() const noexcept { return {}; }
+        std::suspend_never initial_suspend() const noexcept { return {}; }
+        std::suspend_never final_suspend() const noexcept { return {}; }
+        void return_void() const noexcept {}
+        void unhandled_exception() const { std::terminate(); }
+    };
+};
+
+Detached runDetached(Task<void> task, OneShot<bool> finished);
+
+} // namespace detail
+
+/// A spawned task from outside: it can be asked to stop, and its end can be awaited. Copies name
+/// the same task; dropping the handle neither stops nor detaches anything.
+class TaskHandle {
+  public:
+    TaskHandle(std::stop_source stop, OneShot<bool> finished)
+        : stop_(std::move(stop)), finished_(std::move(finished)) {}
+
+    /// Asks the task to stop. The task sees it at its next look at the stop token, and a wait that
+    /// was given the token ends early.
+    void cancel() { stop_.request_stop(); }
+    bool isCancelled() const { return stop_.stop_requested(); }
+    bool isFinished() const { return finished_.hasValue(); }
+
+    /// `co_await handle.finished()`: goes on, on the executor given to `spawn`, when the task is
+    /// over.
+    OneShot<bool>& finished() { return finished_; }
+
+  private:
+    std::stop_source stop_;
+    OneShot<bool> finished_;
+};
+
+/// Starts `task` on `executor`, independent of the caller. The task must not end with an exception:
+/// a failure that nobody awaits is a defect, and the program ends there. `stop` is the source whose
+/// token was given to the task, where it takes one.
+TaskHandle spawn(const Executor& executor, Task<void> task, std::stop_source stop = {});
+
+/// `co_await switchTo(executor)`: the coroutine goes on there.
+struct SwitchTo {
+    Executor executor;
+    bool await_ready() const noexcept { return false; }
+    void await_suspend(std::coroutine_handle<> caller) const {
+        executor.run([caller] { caller.resume(); });
+    }
+    void await_resume() const noexcept {}
+};
+inline SwitchTo switchTo(Executor executor) {
+    return SwitchTo{std::move(executor)};
+}
+
+/// `co_await sleep(executor, seconds, stop)`: true after the time has passed, false as soon as the
+/// token asks to stop. Goes on on `executor` in both cases.
+Task<bool> sleep(Executor executor, double seconds, std::stop_token stop = {});
+
+} // namespace tessarune

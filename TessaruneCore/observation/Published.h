@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <utility>
+
+namespace tessarune {
+
+/// A value whose changes can be observed. Observers run synchronously, in the order in which they
+/// were added: `onWillChange` before the value changes, `onDidChange` after. Every assignment
+/// counts as a change, also one of an equal value; whoever wants silence compares first.
+///
+/// Confined to one thread. An observer may add and remove observers, but not change the value.
+template <typename T>
+class Published {
+  public:
+    using Observer = std::function<void(const T& current)>;
+    using Token = std::size_t;
+
+    Published() = default;
+    explicit Published(T value) : value_(std::move(value)) {}
+    Published(const Published&) = delete;
+
+    Published& operator=(T value) {
+        notify(willChange_);
+        value_ = std::move(value);
+        notify(didChange_);
+        return *this;
+    }
+    Published& operator=(const Published&) = delete;
+
+    const T& operator*() const { return value_; }
+    const T* operator->() const { return &value_; }
+
+    /// Changes the value in place, as one change. For lists that are too long to copy.
+    template <typename Change>
+    void mutate(Change change) {
+        notify(willChange_);
+        change(value_);
+        notify(didChange_);
+    }
+
+    Token onWillChange(Observer observer) { return add(willChange_, std::move(observer)); }
+    Token onDidChange(Observer observer) { return add(didChange_, std::move(observer)); }
+    void remove(Token token) {
+        willChange_.erase(token);
+        didChange_.erase(token);
+    }
+
+  private:
+    using Observers = std::map<Token, Observer>;
+
+    Token add(Observers& observers, Observer observer) {
+        observers.emplace(nextToken_, std::move(observer));
+        return nextToken_++;
+    }
+    void notify(const Observers& observers) const {
+        if (observers.empty())
+            return;
+        const Observers snapshot = observers;
+        for (const auto& [token, observer] : snapshot)
+            observer(value_);
+    }
+
+    T value_{};
+    Observers willChange_;
+    Observers didChange_;
+    Token nextToken_ = 0;
+};
+
+} // namespace tessarune

@@ -1,0 +1,37 @@
+# tessarune_box(<target> [USES <target>...] [LIBRARIES <target>...])
+#
+# A box is one folder of sources that becomes one static library. USES names the boxes that it may
+# include and link (they are passed on), LIBRARIES the foreign libraries that only its own sources
+# see. scripts/check-layering compares every #include with the same picture.
+function(tessarune_box target)
+  cmake_parse_arguments(BOX "" "" "USES;LIBRARIES" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp" "${CMAKE_CURRENT_SOURCE_DIR}/*.h")
+  if(target STREQUAL "TessaruneCore")
+    file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp" "${CMAKE_CURRENT_SOURCE_DIR}/*.h")
+  endif()
+  if(NOT sources)
+    add_library(${target} INTERFACE)
+    target_link_libraries(${target} INTERFACE tessarune-options ${BOX_USES})
+    return()
+  endif()
+  add_library(${target} STATIC ${sources})
+  set_target_properties(${target} PROPERTIES LINKER_LANGUAGE CXX)
+  target_link_libraries(${target} PUBLIC tessarune-options ${BOX_USES} PRIVATE ${BOX_LIBRARIES})
+endfunction()
+
+# tessarune_test(<target> LINKS <target>... [LABELS <label>...])
+#
+# One GoogleTest program from all sources of the current test folder.
+function(tessarune_test target)
+  cmake_parse_arguments(TEST "" "" "LINKS;LABELS" ${ARGN})
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(${target} ${sources})
+  target_link_libraries(${target} PRIVATE ${TEST_LINKS} GTest::gtest GTest::gtest_main)
+  target_compile_definitions(${target} PRIVATE
+    TESSARUNE_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data"
+    TESSARUNE_BIN="${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
+  gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST PROPERTIES LABELS "${TEST_LABELS}" TIMEOUT 300)
+endfunction()

@@ -1,0 +1,35 @@
+# One place for what every target is compiled with.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+
+find_program(CCACHE ccache)
+if(CCACHE)
+  set(CMAKE_CXX_COMPILER_LAUNCHER "${CCACHE}")
+endif()
+
+add_library(tessarune-options INTERFACE)
+target_compile_options(tessarune-options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # GCC 12 reports these inside its own standard library once coroutines and -O2 meet.
+  target_compile_options(tessarune-options INTERFACE
+    -Wno-maybe-uninitialized -Wno-dangling-pointer -Wno-restrict)
+endif()
+target_include_directories(tessarune-options INTERFACE "${PROJECT_SOURCE_DIR}")
+target_compile_definitions(tessarune-options INTERFACE
+  TESSARUNE_VERSION="${PROJECT_VERSION}")
+
+if(TESSARUNE_SANITIZE)
+  add_compile_options(-fsanitize=${TESSARUNE_SANITIZE} -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${TESSARUNE_SANITIZE})
+  if(TESSARUNE_SANITIZE MATCHES "undefined")
+    add_compile_options(-fno-sanitize-recover=undefined)
+  endif()
+endif()
+if(TESSARUNE_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()

@@ -1,0 +1,153 @@
+#include "TessaruneCore/host/AsyncStream.h"
+#include "TessaruneCore/host/SimulatedHost.h"
+#include "TessaruneCore/host/Task.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+namespace {
+
+Task<int> half(Executor main, int value) {
+    co_await sleep(main, 1.0);
+    if (value % 2 != 0)
+        throw std::invalid_argument("odd");
+    co_return value / 2;
+}
+
+Task<void> record(Executor main, std::vector<std::string>& log, int value) {
+    try {
+        const int result = co_await half(main, value);
+        log.push_back(std::to_string(result));
+    } catch (const std::invalid_argument& error) {
+        log.push_back(error.what());
+    }
+}
+
+TEST(TaskTests, ResultsAndFailuresReachTheOneWhoAwaits) {
+    SimulatedHost host(100);
+    std::vector<std::string> log;
+    auto even = spawn(Executor::main(host), record(Executor::main(host), log, 8));
+    auto odd = spawn(Executor::main(host), record(Executor::main(host), log, 7));
+    host.runUntilIdle();
+    EXPECT_EQ(log, (std::vector<std::string>{"4", "odd"}));
+    EXPECT_TRUE(even.isFinished() && odd.isFinished());
+    EXPECT_EQ(host.now(), 101);
+}
+
+Task<void> sleepLong(Executor main, std::stop_token stop, std::vector<std::string>& log) {
+    const bool slept = co_await sleep(main, 3600, stop);
+    log.push_back(slept ? "slept" : "woken");
+}
+
+TEST(TaskTests, CancellingEndsASleepAtOnce) {
+    SimulatedHost host;
+    std::vector<std::string> log;
+    std::stop_source stop;
+    auto handle =
+        spawn(Executor::main(host), sleepLong(Executor::main(host), stop.get_token(), log), stop);
+    host.after(2, [&] { handle.cancel(); });
+    host.runUntilIdle();
+    EXPECT_EQ(log, std::vector<std::string>{"woken"});
+    EXPECT_EQ(host.now(), 2) << "a cancelled delay must not move the clock";
+}
+
+Task<void> hop(Executor main, Executor other, SimulatedHost& host, std::vector<bool>& onMain) {
+    onMain.push_back(host.isOnMainQueue());
+    co_await switchTo(other);
+    onMain.push_back(host.isOnMainQueue());
+    co_await switchTo(main);
+    onMain.push_back(host.isOnMainQueue());
+}
+
+TEST(TaskTests, SwitchingMovesTheCoroutineBetweenQueues) {
+    SimulatedHost host;
+    std::vector<bool> onMain;
+    auto queue = host.serialQueue("other", QueuePriority::utility);
+    spawn(Executor::main(host),
+          hop(Executor::main(host), Executor::queue(host, queue), host, onMain));
+    host.runUntilIdle();
+    EXPECT_EQ(onMain, (std::vector<bool>{true, false, true}));
+}
+
+Task<void> readAll(AsyncStream<int> stream, std::stop_token stop, std::vector<std::string>& log) {
+    try {
+        for (;;) {
+            const std::optional<int> element = co_await stream.next(stop);
+            if (!element)
+                break;
+            log.push_back(std::to_string(*element));
+        }
+        log.push_back("end");
+    } catch (const std::exception& error) {
+        log.push_back(error.what());
+    }
+}
+
+TEST(AsyncStreamTests, DeliversInOrderAndThenEndsFailsOrStops) {
+    struct Case {
+        const char* name;
+        std::function<void(AsyncStream<int>&, TaskHandle&)> ending;
+        std::vector<std::string> expected;
+    };
+    const Case cases[] = {
+        {"finish", [](auto& stream, auto&) { stream.finish(); }, {"1", "2", "end"}},
+        {"fail",
+         [](auto& stream, auto&) {
+             stream.fail(std::make_exception_ptr(std::runtime_error("broken")));
+         },
+         {"1", "2", "broken"}},
+        {"stop", [](auto&, auto& handle) { handle.cancel(); }, {"1", "2", "end"}},
+    };
+    for (const auto& c : cases) {
+        SimulatedHost host;
+        std::vector<std::string> log;
+        AsyncStream<int> stream(Executor::main(host));
+        std::stop_source stop;
+        auto handle = spawn(Executor::main(host), readAll(stream, stop.get_token(), log), stop);
+        stream.yield(1);
+        host.after(1, [&] { stream.yield(2); });
+        host.after(2, [&] { c.ending(stream, handle); });
+        host.runUntilIdle();
+        EXPECT_EQ(log, c.expected) << c.name;
+        EXPECT_TRUE(handle.isFinished()) << c.name;
+        EXPECT_EQ(stream.yield(3), std::string(c.name) == "stop") << c.name;
+    }
+}
+
+std::vector<int> orderUnder(std::uint64_t seed) {
+    SimulatedHost host(0, seed);
+    std::vector<int> order;
+    auto a = host.serialQueue("a", QueuePriority::standard);
+    auto b = host.serialQueue("b", QueuePriority::standard);
+    for (int i = 0; i < 4; ++i) {
+        a->async([&order, i] { order.push_back(i); });
+        b->async([&order, i] { order.push_back(10 + i); });
+    }
+    host.runUntilIdle();
+    return order;
+}
+
+TEST(SimulatedHostTests, ASeedAlwaysGivesTheSameOrderAndKeepsEachQueuesOwn) {
+    EXPECT_EQ(orderUnder(0), (std::vector<int>{0, 10, 1, 11, 2, 12, 3, 13}));
+    bool differed = false;
+    for (std::uint64_t seed = 1; seed <= 20; ++seed) {
+        const auto order = orderUnder(seed);
+        EXPECT_EQ(order, orderUnder(seed));
+        differed = differed || order != orderUnder(0);
+        std::vector<int> first, second;
+        for (int i : order)
+            (i < 10 ? first : second).push_back(i);
+        EXPECT_TRUE(std::is_sorted(first.begin(), first.end()));
+        EXPECT_TRUE(std::is_sorted(second.begin(), second.end()));
+    }
+    EXPECT_TRUE(differed);
+}
+
+} // namespace
+} // namespace tessarune
