@@ -1,0 +1,24 @@
+#pragma once
+
+#include "TessaruneCore/recognition/RecognitionOption.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The fixed list of recognition languages.
+namespace tessarune::ModelCatalog {
+
+inline constexpr std::string_view defaultRecognitionOptionID = "apple-analyzer-en";
+inline constexpr std::string_view groupEnglish = "English";
+
+const std::vector<RecognitionOption>& recognitionOptions();
+/// Those that a menu offers: all of them.
+const std::vector<RecognitionOption>& visibleRecognitionOptions();
+
+std::optional<RecognitionOption> recognitionOption(std::string_view id);
+/// `id` if the list has it, else the default: settings may hold an id of another version.
+std::string normalizedRecognitionOptionID(std::string_view id);
+
+} // namespace tessarune::ModelCatalog
