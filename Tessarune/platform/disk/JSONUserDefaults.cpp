@@ -1,0 +1,91 @@
+#include "Tessarune/platform/disk/JSONUserDefaults.h"
+
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+
+#include <nlohmann/json.hpp>
+
+#include <system_error>
+
+namespace tessarune {
+
+using Json = nlohmann::json;
+
+struct JSONUserDefaults::Content {
+    Json object = Json::object();
+};
+
+JSONUserDefaults::JSONUserDefaults(FileSystem& files, std::filesystem::path file)
+    : files_(files), file_(std::move(file)), content_(std::make_unique<Content>()) {
+    load();
+}
+
+JSONUserDefaults::~JSONUserDefaults() = default;
+
+void JSONUserDefaults::load() {
+    if (!files_.exists(file_))
+        return;
+    try {
+        Json parsed = Json::parse(files_.read(file_));
+        if (!parsed.is_object())
+            throw std::runtime_error("not a JSON object");
+        content_->object = std::move(parsed);
+        readOnly_ = false;
+        problem_.clear();
+    } catch (const std::exception& error) {
+        readOnly_ = true;
+        problem_ = file_.string() + ": " + error.what();
+        TessaruneLog::storage.fault(
+            [&] { return "Tessarune settings not understood: " + problem_; });
+    }
+}
+
+void JSONUserDefaults::store() {
+    if (readOnly_)
+        return;
+    try {
+        if (file_.has_parent_path())
+            files_.createDirectories(file_.parent_path());
+        files_.writeAtomically(
+            file_, content_->object.dump(2, ' ', false, Json::error_handler_t::replace) + "\n");
+        problem_.clear();
+    } catch (const std::exception& error) {
+        problem_ = error.what();
+        TessaruneLog::storage.fault([&] { return "Tessarune settings not saved: " + problem_; });
+    }
+}
+
+template <typename Change>
+void JSONUserDefaults::change(Change apply) {
+    // After a failed write the memory holds more than the file.
+    if (problem_.empty())
+        load();
+    apply(content_->object);
+    store();
+}
+
+std::optional<SettingValue> JSONUserDefaults::value(std::string_view key) const {
+    const auto found = content_->object.find(key);
+    if (found == content_->object.end())
+        return std::nullopt;
+    if (found->is_boolean())
+        return found->get<bool>();
+    if (found->is_number_integer())
+        return found->get<std::int64_t>();
+    if (found->is_number())
+        return found->get<double>();
+    if (found->is_string())
+        return found->get<std::string>();
+    return std::nullopt;
+}
+
+void JSONUserDefaults::set(std::string_view key, SettingValue value) {
+    change([&](Json& object) {
+        std::visit([&](auto& plain) { object[std::string(key)] = std::move(plain); }, value);
+    });
+}
+
+void JSONUserDefaults::remove(std::string_view key) {
+    change([&](Json& object) { object.erase(std::string(key)); });
+}
+
+} // namespace tessarune

@@ -1,0 +1,199 @@
+#include "Tessarune/platform/disk/PosixFileSystem.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+namespace tessarune {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+[[noreturn]] void fail(const char* what, const fs::path& path) {
+    throw std::system_error(errno, std::generic_category(),
+                            std::string(what) + " " + path.string());
+}
+
+/// An open descriptor that is closed when it goes out of scope.
+class Descriptor {
+  public:
+    Descriptor(fs::path path, int flags) : path_(std::move(path)) {
+        // Private to the user: what one listens to is nobody else's business.
+        number_ = ::open(path_.c_str(), flags | O_CLOEXEC, 0600);
+        if (number_ < 0)
+            fail("cannot open", path_);
+    }
+    ~Descriptor() {
+        if (number_ >= 0)
+            ::close(number_);
+    }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    void writeAll(std::string_view bytes) const {
+        while (!bytes.empty()) {
+            const ssize_t written = ::write(number_, bytes.data(), bytes.size());
+            if (written < 0 && errno == EINTR)
+                continue;
+            if (written < 0)
+                fail("cannot write", path_);
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+        }
+    }
+    void writeAllAt(std::uint64_t offset, std::string_view bytes) const {
+        while (!bytes.empty()) {
+            const ssize_t written =
+                ::pwrite(number_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+            if (written < 0 && errno == EINTR)
+                continue;
+            if (written < 0)
+                fail("cannot write", path_);
+            bytes.remove_prefix(static_cast<std::size_t>(written));
+            offset += static_cast<std::uint64_t>(written);
+        }
+    }
+    std::string readAll() const {
+        std::string all;
+        char block[1 << 16];
+        for (;;) {
+            const ssize_t count = ::read(number_, block, sizeof block);
+            if (count < 0 && errno == EINTR)
+                continue;
+            if (count < 0)
+                fail("cannot read", path_);
+            if (count == 0)
+                return all;
+            all.append(block, static_cast<std::size_t>(count));
+        }
+    }
+    void synchronize() const {
+        if (::fsync(number_) != 0)
+            fail("cannot flush", path_);
+    }
+    void close() {
+        const int number = std::exchange(number_, -1);
+        if (number >= 0 && ::close(number) != 0)
+            fail("cannot close", path_);
+    }
+
+  private:
+    fs::path path_;
+    int number_ = -1;
+};
+
+class PosixAppendFile final : public AppendFile {
+  public:
+    PosixAppendFile(const fs::path& path, int flags) : file_(path, flags) {
+        end_ = static_cast<std::uint64_t>(fs::file_size(path));
+    }
+    void append(std::string_view bytes) override {
+        file_.writeAllAt(end_, bytes);
+        end_ += bytes.size();
+    }
+    void overwrite(std::uint64_t offset, std::string_view bytes) override {
+        file_.writeAllAt(offset, bytes);
+    }
+    void synchronize() override { file_.synchronize(); }
+    void close() override { file_.close(); }
+
+  private:
+    Descriptor file_;
+    std::uint64_t end_ = 0; // a failed append is overwritten by the next one
+};
+
+void synchronizeFolder(const fs::path& folder) {
+    Descriptor(folder, O_RDONLY | O_DIRECTORY).synchronize();
+}
+
+/// Beside the target, so that the rename stays on one disk, and of this process alone.
+fs::path temporaryBeside(const fs::path& path) {
+    fs::path beside = path;
+    beside += ".new-" + std::to_string(::getpid());
+    return beside;
+}
+
+} // namespace
+
+std::string PosixFileSystem::read(const Path& path) {
+    return Descriptor(path, O_RDONLY).readAll();
+}
+
+void PosixFileSystem::writeAtomically(const Path& path, std::string_view bytes) {
+    const fs::path beside = temporaryBeside(path);
+    try {
+        Descriptor file(beside, O_WRONLY | O_CREAT | O_TRUNC);
+        file.writeAll(bytes);
+        file.synchronize();
+        file.close();
+        rename(beside, path);
+    } catch (...) {
+        ::unlink(beside.c_str());
+        throw;
+    }
+    synchronizeFolder(path.has_parent_path() ? path.parent_path() : fs::path("."));
+}
+
+std::unique_ptr<AppendFile> PosixFileSystem::create(const Path& path) {
+    return std::make_unique<PosixAppendFile>(path, O_WRONLY | O_CREAT | O_TRUNC);
+}
+
+std::unique_ptr<AppendFile> PosixFileSystem::openForAppending(const Path& path) {
+    return std::make_unique<PosixAppendFile>(path, O_WRONLY | O_CREAT);
+}
+
+void PosixFileSystem::createDirectories(const Path& path) {
+    fs::create_directories(path);
+}
+
+bool PosixFileSystem::remove(const Path& path) {
+    return fs::remove_all(path) > 0;
+}
+
+void PosixFileSystem::rename(const Path& from, const Path& to) {
+    if (::rename(from.c_str(), to.c_str()) != 0)
+        fail("cannot replace", to);
+}
+
+bool PosixFileSystem::exists(const Path& path) {
+    std::error_code ignored;
+    return fs::exists(path, ignored);
+}
+
+bool PosixFileSystem::isDirectory(const Path& path) {
+    std::error_code ignored;
+    return fs::is_directory(path, ignored);
+}
+
+std::uint64_t PosixFileSystem::size(const Path& path) {
+    return fs::file_size(path);
+}
+
+double PosixFileSystem::modifiedAt(const Path& path) {
+    struct stat facts {};
+    if (::stat(path.c_str(), &facts) != 0)
+        fail("cannot look at", path);
+    return static_cast<double>(facts.st_mtim.tv_sec) +
+           static_cast<double>(facts.st_mtim.tv_nsec) * 1e-9;
+}
+
+std::vector<std::string> PosixFileSystem::list(const Path& folder) {
+    std::vector<std::string> names;
+    if (!fs::exists(folder))
+        return names;
+    for (const auto& entry : fs::directory_iterator(folder))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+std::uint64_t PosixFileSystem::freeSpace(const Path& path) {
+    return fs::space(path).available;
+}
+
+} // namespace tessarune

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Tessarune/shell/FileSystem.h"
+
+namespace tessarune {
+
+/// The computer's own disk, through POSIX calls, so that every error code and every fsync is seen.
+class PosixFileSystem final : public FileSystem {
+  public:
+    std::string read(const Path& path) override;
+    void writeAtomically(const Path& path, std::string_view bytes) override;
+    std::unique_ptr<AppendFile> create(const Path& path) override;
+    std::unique_ptr<AppendFile> openForAppending(const Path& path) override;
+    void createDirectories(const Path& path) override;
+    bool remove(const Path& path) override;
+    void rename(const Path& from, const Path& to) override;
+    bool exists(const Path& path) override;
+    bool isDirectory(const Path& path) override;
+    std::uint64_t size(const Path& path) override;
+    double modifiedAt(const Path& path) override;
+    std::vector<std::string> list(const Path& folder) override;
+    std::uint64_t freeSpace(const Path& path) override;
+};
+
+} // namespace tessarune

@@ -1,0 +1,190 @@
+#include "Tessarune/shell/TessaruneFileLogger.h"
+
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cmath>
+#include <ctime>
+#include <optional>
+
+namespace tessarune {
+
+namespace {
+
+using Json = nlohmann::json;
+
+constexpr double secondsADay = 86400;
+constexpr int daysKept = 14;
+constexpr std::string_view namePrefix = "runtime-";
+constexpr std::string_view nameSuffix = ".jsonl";
+
+std::string dayStamp(double wallClock) {
+    const auto seconds = static_cast<std::time_t>(wallClock);
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    char stamp[16];
+    std::strftime(stamp, sizeof stamp, "%Y-%m-%d", &local);
+    return stamp;
+}
+
+std::string fileName(const std::string& day) {
+    return std::string(namePrefix) + day + std::string(nameSuffix);
+}
+
+bool isLogFile(const std::string& name) {
+    return name.starts_with(namePrefix) && name.ends_with(nameSuffix);
+}
+
+void put(Json& object, const std::string& name, const LogValue& value) {
+    if (const auto* number = std::get_if<double>(&value); number && !std::isfinite(*number))
+        return;
+    std::visit([&](const auto& plain) { object[name] = plain; }, value);
+}
+
+} // namespace
+
+class TessaruneFileLogger::Writer {
+  public:
+    Writer(FileSystem& files, std::filesystem::path folder)
+        : files_(files), folder_(std::move(folder)) {}
+
+    void write(double wallClock, const std::string& line) {
+        try {
+            open(dayStamp(wallClock));
+            file_->append(line);
+            failing_ = false;
+        } catch (const std::exception& error) {
+            file_.reset();
+            if (std::exchange(failing_, true))
+                return;
+            const std::string text = error.what();
+            TessaruneLog::app.fault([&] { return "Tessarune file logger failed: " + text; });
+        }
+    }
+
+    void prune(double wallClock) {
+        const std::string oldest = fileName(dayStamp(wallClock - daysKept * secondsADay));
+        try {
+            for (const auto& name : files_.list(folder_)) {
+                if (isLogFile(name) && name < oldest)
+                    files_.remove(folder_ / name);
+            }
+        } catch (const std::exception& error) {
+            const std::string text = error.what();
+            TessaruneLog::app.notice(
+                [&] { return "Tessarune file logger could not prune: " + text; });
+        }
+    }
+
+    void deleteLines(const std::set<std::string>& needles) {
+        file_.reset();
+        try {
+            for (const auto& name : files_.list(folder_)) {
+                if (isLogFile(name))
+                    deleteLines(folder_ / name, needles);
+            }
+        } catch (const std::exception& error) {
+            const std::string text = error.what();
+            TessaruneLog::app.fault([&] { return "Tessarune file logger failed: " + text; });
+        }
+    }
+
+  private:
+    void open(const std::string& day) {
+        if (file_ && day == day_)
+            return;
+        files_.createDirectories(folder_);
+        file_ = files_.openForAppending(folder_ / fileName(day));
+        day_ = day;
+    }
+
+    void deleteLines(const std::filesystem::path& path, const std::set<std::string>& needles) {
+        const std::string all = files_.read(path);
+        std::string kept;
+        for (std::size_t at = 0; at < all.size();) {
+            const std::size_t end = std::min(all.find('\n', at), all.size() - 1) + 1;
+            const std::string_view line = std::string_view(all).substr(at, end - at);
+            const bool matches =
+                std::any_of(needles.begin(), needles.end(), [&](const auto& needle) {
+                    return line.find(needle) != std::string_view::npos;
+                });
+            if (!matches)
+                kept += line;
+            at = end;
+        }
+        if (kept.size() != all.size())
+            files_.writeAtomically(path, kept);
+    }
+
+    FileSystem& files_;
+    std::filesystem::path folder_;
+    std::unique_ptr<AppendFile> file_;
+    std::string day_;
+    bool failing_ = false;
+};
+
+TessaruneFileLogger::TessaruneFileLogger(Host& host, FileSystem& files, TessarunePaths paths)
+    : host_(host),
+      writer_(std::make_shared<Writer>(files, paths.logs())),
+      queue_(host.serialQueue("Tessarune.FileLogger", QueuePriority::utility)) {}
+
+TessaruneFileLogger::~TessaruneFileLogger() = default;
+
+void TessaruneFileLogger::bootstrap(LogFields fields) {
+    pruneOldLogs();
+    important("app.bootstrap", std::move(fields));
+}
+
+void TessaruneFileLogger::event(std::string name, LogFields fields, Importance importance,
+                                std::source_location source) {
+    const DiagnosticsLevel level = TessaruneLog::diagnosticsLevel();
+    if (level == DiagnosticsLevel::off)
+        return;
+    if (importance == Importance::routine && !writesRoutineBreadcrumbs(level))
+        return;
+    const double wallClock = host_.wallClock();
+    const bool mainThread = host_.isOnMainQueue();
+    queue_->async([writer = writer_, wallClock, mainThread, source, name = std::move(name),
+                   fields = std::move(fields)] {
+        Json object = Json::object();
+        for (const auto& [field, value] : fields)
+            put(object, field, value);
+        object["event"] = name;
+        object["t"] = wallClock;
+        object["mainThread"] = mainThread;
+        object["source"] = std::filesystem::path(source.file_name()).filename().string() + ":" +
+                           std::to_string(source.line());
+        writer->write(wallClock,
+                      object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+    });
+}
+
+void TessaruneFileLogger::deleteEntries(const std::set<std::string>& matchingRecordingIDs,
+                                        const std::set<std::string>& matchingText) {
+    std::set<std::string> needles;
+    for (const auto* texts : {&matchingRecordingIDs, &matchingText}) {
+        for (const auto& text : *texts) {
+            if (text.empty())
+                continue;
+            // As it stands inside a JSON string, without the quotes around it.
+            const std::string quoted =
+                Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+            needles.insert(quoted.substr(1, quoted.size() - 2));
+        }
+    }
+    if (needles.empty())
+        return;
+    queue_->sync([&] { writer_->deleteLines(needles); });
+}
+
+void TessaruneFileLogger::pruneOldLogs() {
+    queue_->async([writer = writer_, now = host_.wallClock()] { writer->prune(now); });
+}
+
+void TessaruneFileLogger::flush() {
+    queue_->sync([] {});
+}
+
+} // namespace tessarune

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "Tessarune/shell/FileSystem.h"
+#include "Tessarune/shell/TessarunePaths.h"
+#include "TessaruneCore/diagnostics/LogFields.h"
+#include "TessaruneCore/host/Host.h"
+
+#include <memory>
+#include <set>
+#include <source_location>
+#include <string>
+
+namespace tessarune {
+
+/// Whether an event is written at every level but `off`, or only where routine breadcrumbs are.
+enum class Importance { routine, important };
+
+/// The structured runtime log: one JSON object a line in "Logs/runtime-<yyyy-MM-dd>.jsonl" under
+/// the data folder, a file a day.
+///
+/// `event` may be called from any thread; it captures the fields and returns, the writing is done
+/// on the queue "Tessarune.FileLogger". A failed write is reported once in the text log until one
+/// succeeds again, and never reaches the caller. What may be written depends on
+/// `TessaruneLog::diagnosticsLevel()`.
+class TessaruneFileLogger {
+  public:
+    TessaruneFileLogger(Host& host, FileSystem& files, TessarunePaths paths);
+    ~TessaruneFileLogger();
+    TessaruneFileLogger(const TessaruneFileLogger&) = delete;
+    TessaruneFileLogger& operator=(const TessaruneFileLogger&) = delete;
+
+    /// Opens the day's file, removes those that are too old and writes the event "app.bootstrap"
+    /// with `fields`.
+    void bootstrap(LogFields fields);
+
+    void event(std::string name, LogFields fields = {}, Importance importance = Importance::routine,
+               std::source_location source = std::source_location::current());
+    void important(std::string name, LogFields fields = {},
+                   std::source_location source = std::source_location::current()) {
+        event(std::move(name), std::move(fields), Importance::important, source);
+    }
+
+    /// Rewrites the log files without the lines that hold one of these texts (identifiers of
+    /// recordings that were deleted, their paths). Waits for the queue.
+    void deleteEntries(const std::set<std::string>& matchingRecordingIDs,
+                       const std::set<std::string>& matchingText);
+
+    /// Removes day files that are older than two weeks.
+    void pruneOldLogs();
+
+    /// Waits until everything handed over has been written.
+    void flush();
+
+  private:
+    class Writer;
+    Host& host_;
+    std::shared_ptr<Writer> writer_; // touched on the queue only
+    std::shared_ptr<SerialQueue> queue_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,32 @@
+#include "Tessarune/shell/TessarunePaths.h"
+
+#include <cstdlib>
+
+namespace tessarune {
+
+namespace {
+
+/// The XDG conventions ask to ignore a relative path.
+std::filesystem::path userFolder(const char* variable, const char* belowHome) {
+    if (const char* value = std::getenv(variable)) {
+        std::filesystem::path path(value);
+        if (path.is_absolute())
+            return path;
+    }
+    const char* home = std::getenv("HOME");
+    return std::filesystem::path(home && *home ? home : "/") / belowHome;
+}
+
+} // namespace
+
+std::filesystem::path TessarunePaths::appSupportBase() const {
+    if (appSupportBaseOverride)
+        return *appSupportBaseOverride;
+    return userFolder("XDG_DATA_HOME", ".local/share") / "Tessarune";
+}
+
+std::filesystem::path TessarunePaths::settingsFile() {
+    return userFolder("XDG_CONFIG_HOME", ".config") / "Tessarune" / "settings.json";
+}
+
+} // namespace tessarune

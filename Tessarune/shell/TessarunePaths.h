@@ -1,0 +1,22 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+
+namespace tessarune {
+
+/// Where the program keeps what is the user's. A value: made once at start and handed down.
+struct TessarunePaths {
+    /// Replaces the data folder of the desktop conventions, for tests and for `--data`.
+    std::optional<std::filesystem::path> appSupportBaseOverride;
+
+    /// `$XDG_DATA_HOME/Tessarune`, by default `~/.local/share/Tessarune`.
+    std::filesystem::path appSupportBase() const;
+    std::filesystem::path logs() const { return appSupportBase() / "Logs"; }
+    std::filesystem::path models() const { return appSupportBase() / "Models"; }
+
+    /// `$XDG_CONFIG_HOME/Tessarune/settings.json`, by default under `~/.config`.
+    static std::filesystem::path settingsFile();
+};
+
+} // namespace tessarune

@@ -1,0 +1,76 @@
+#include "Tessarune/platform/disk/JSONUserDefaults.h"
+#include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <fstream>
+
+namespace tessarune {
+namespace {
+
+using Json = nlohmann::json;
+
+class UserDefaultsTests : public ::testing::Test {
+  protected:
+    void write(const std::string& text) { std::ofstream(file) << text; }
+    Json stored() { return Json::parse(files.read(file)); }
+
+    testing::TemporaryFolder folder;
+    PosixFileSystem files;
+    std::filesystem::path file = folder / "settings.json";
+};
+
+TEST_F(UserDefaultsTests, ValuesOfEveryKindComeBackAndUnknownKeysStay) {
+    write(R"({"fromTheFuture": {"nested": [1, 2]}, "other": null})");
+    JSONUserDefaults defaults(files, file);
+    defaults.set("flag", true);
+    defaults.set("count", std::int64_t{7});
+    defaults.set("seconds", 0.6);
+    defaults.set("name", std::string("简体"));
+    defaults.set("gone", std::string("x"));
+    defaults.remove("gone");
+
+    JSONUserDefaults again(files, file);
+    EXPECT_EQ(again.value("flag"), SettingValue(true));
+    EXPECT_EQ(again.value("count"), SettingValue(std::int64_t{7}));
+    EXPECT_EQ(again.value("seconds"), SettingValue(0.6));
+    EXPECT_EQ(again.value("name"), SettingValue(std::string("简体")));
+    EXPECT_FALSE(again.value("gone"));
+    EXPECT_FALSE(again.value("other"));
+    EXPECT_EQ(stored()["fromTheFuture"]["nested"], Json::parse("[1, 2]"));
+    EXPECT_TRUE(stored().contains("other"));
+}
+
+TEST_F(UserDefaultsTests, TwoFrontEndsDoNotUndoEachOther) {
+    JSONUserDefaults one(files, file);
+    JSONUserDefaults two(files, file);
+    one.set("a", std::int64_t{1});
+    two.set("b", std::int64_t{2});
+    EXPECT_EQ(stored(), Json::parse(R"({"a": 1, "b": 2})"));
+}
+
+TEST_F(UserDefaultsTests, AFileThatIsNotUnderstoodIsNeverOverwritten) {
+    for (const std::string& text :
+         {std::string("{\"a\": 1"), std::string("[1]"), std::string("\xff\xfe")}) {
+        write(text);
+        JSONUserDefaults defaults(files, file);
+        EXPECT_FALSE(defaults.problem().empty());
+        defaults.set("a", std::int64_t{2});
+        EXPECT_EQ(defaults.value("a"), SettingValue(std::int64_t{2}))
+            << "for the life of the process";
+        EXPECT_EQ(files.read(file), text);
+    }
+}
+
+TEST_F(UserDefaultsTests, AFolderThatCannotBeWrittenKeepsTheValueAndSaysSo) {
+    std::ofstream(folder / "blocked") << "";
+    JSONUserDefaults defaults(files, folder.path() / "blocked" / "settings.json");
+    defaults.set("a", true);
+    EXPECT_EQ(defaults.value("a"), SettingValue(true));
+    EXPECT_FALSE(defaults.problem().empty());
+}
+
+} // namespace
+} // namespace tessarune
