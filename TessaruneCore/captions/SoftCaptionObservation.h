@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tessarune {
+
+/// A change of the soft captions, for the diagnostics log.
+struct SoftCaptionObservation {
+    /// What brought the change about.
+    enum class Phase { partial, reset, hardLock, engineFinal, seal };
+
+    Phase phase = Phase::partial;
+    double t = 0;                    ///< the core's clock
+    bool enabled = false;            ///< the settings at that time
+    double stableSeconds = 0;        ///< likewise
+    std::int64_t candidateCount = 0; ///< soft pieces offered
+    std::int64_t visibleCount = 0;   ///< rows visible after this step
+    bool changed = false;            ///< the visible set changed
+    std::optional<std::string> resetReason;
+    std::string sample; ///< at most 120 characters plus "..."
+
+    /// Makes a `sample` of a text of any length.
+    static std::string sampleOf(std::string_view text);
+
+    bool operator==(const SoftCaptionObservation&) const;
+};
+
+std::string_view name(SoftCaptionObservation::Phase phase);
+/// Nothing for an unknown name.
+std::optional<SoftCaptionObservation::Phase> softCaptionPhase(std::string_view name);
+
+} // namespace tessarune

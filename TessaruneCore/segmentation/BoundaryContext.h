@@ -1,0 +1,22 @@
+#pragma once
+
+#include "TessaruneCore/recognition/EngineCapabilities.h"
+
+#include <cstdint>
+
+namespace tessarune {
+
+/// What a boundary engine is told with every text, so that a changed setting takes effect at once.
+struct BoundaryContext {
+    EngineCapabilities caps;
+    bool segment = false;         ///< split text into sentences at all
+    bool freeze = false;          ///< fix stable sentences before the recogniser is final
+    bool clauseLevel = false;     ///< hard pieces may end at clause punctuation
+    bool softClauseLevel = false; ///< compute soft clause pieces for display
+    double freezeStableSeconds = 0.6;
+    std::int64_t maxUnpunctuatedWords = 28; ///< in `boundaryUnit`s
+    BoundaryUnit boundaryUnit = BoundaryUnit::words;
+    bool earlyCutSelfSegmenting = false; ///< freeze even if the recogniser segments by itself
+};
+
+} // namespace tessarune
