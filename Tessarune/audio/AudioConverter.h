@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Tessarune/audio/AudioBuffer.h"
+
+#include <functional>
+#include <memory>
+
+namespace tessarune {
+
+/// Seam: turns a stream of sound of one format into another sample rate and number of channels. It
+/// keeps what its filter needs between two buffers, so one converter serves one stream, and a
+/// buffer may come out a little shorter or longer than it went in.
+///
+/// Used by one thread at a time. Operations throw an exception derived from std::exception, whose
+/// text can be shown; the converter is useless after that.
+class AudioConverter {
+  public:
+    virtual ~AudioConverter() = default;
+
+    virtual AudioFormat outputFormat() const = 0;
+
+    /// Converts a buffer of the input format. The result may be empty while the filter fills.
+    virtual AudioBuffer convert(const AudioBuffer& input) = 0;
+
+    /// What the filter still holds, at the end of the stream.
+    virtual AudioBuffer flush() = 0;
+};
+
+/// Makes a converter. Throws where `convert` would: for formats that cannot be converted.
+using MakeAudioConverter =
+    std::function<std::unique_ptr<AudioConverter>(AudioFormat from, AudioFormat to)>;
+
+} // namespace tessarune
