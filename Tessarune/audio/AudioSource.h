@@ -1,0 +1,42 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace tessarune {
+
+/// Where a session's sound comes from: what the computer plays, or a microphone.
+///
+/// Two microphones are equal if their device ids are; no id means the default input, whichever that
+/// is at the time.
+class AudioSource {
+  public:
+    static AudioSource systemAudio() { return {}; }
+    static AudioSource microphone(std::optional<std::string> deviceID = std::nullopt) {
+        AudioSource source;
+        source.isMicrophone_ = true;
+        source.deviceID_ = std::move(deviceID);
+        return source;
+    }
+
+    bool isSystemAudio() const { return !isMicrophone_; }
+    bool isMicrophone() const { return isMicrophone_; }
+    /// The microphone's device id; nothing for the default input and for system audio.
+    const std::optional<std::string>& deviceID() const { return deviceID_; }
+
+    /// "systemAudio", or "microphone:" and the device id or "default".
+    std::string logName() const {
+        return isMicrophone_ ? "microphone:" + deviceID_.value_or("default") : "systemAudio";
+    }
+
+    bool operator==(const AudioSource&) const = default;
+
+  private:
+    AudioSource() = default;
+
+    bool isMicrophone_ = false;
+    std::optional<std::string> deviceID_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "Tessarune/audio/AudioBuffer.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <stop_token>
+#include <string>
+
+namespace tessarune {
+
+/// Why a file of sound cannot be read or written. The text names the file and can be shown.
+class MediaFileError : public std::runtime_error {
+  public:
+    enum class Kind {
+        cannotOpen,   ///< missing, a folder, no permission
+        notMedia,     ///< no container that is known
+        noAudioTrack, ///< a film without sound, a picture
+        unsupported,  ///< a known track without a decoder here, or with impossible properties
+        damaged,      ///< it began well, and then nothing more could be made of it
+        cannotCreate, ///< the destination cannot be opened or begun
+        writeFailed,
+        cancelled,
+    };
+
+    MediaFileError(Kind kind, const std::string& text) : std::runtime_error(text), kind_(kind) {}
+    Kind kind() const { return kind_; }
+
+  private:
+    Kind kind_;
+};
+
+/// Seam: a file of sound that is read from its beginning to its end, decoded.
+///
+/// Used by one thread at a time; reading waits for the disk. Memory does not grow with the file.
+/// Small damage is skipped as players do; a file that gives nothing more throws `damaged`.
+class MediaFile {
+  public:
+    /// The longest block that `read` gives.
+    static constexpr std::size_t maximumBlockFrames = 8192;
+
+    virtual ~MediaFile() = default;
+
+    /// The track's own sample rate and channels; the same for all blocks.
+    virtual AudioFormat format() const = 0;
+    /// Seconds, as the container says or estimates; nothing if it does not know.
+    virtual std::optional<double> duration() const = 0;
+    /// The next block, or null at the end. Never empty. Throws MediaFileError; after that and after
+    /// the end it gives null.
+    virtual AudioBufferPtr read() = 0;
+};
+
+/// Opens the first audio track of a file. Throws MediaFileError.
+using OpenMediaFile = std::function<std::unique_ptr<MediaFile>(const std::filesystem::path& path)>;
+
+/// How far a conversion has come: 0 to 1. Called on the converting thread, a few times a second.
+using MediaProgress = std::function<void(double fraction)>;
+
+/// Decodes `from` and writes it to `to` as M4A: AAC, 16000 Hz, one channel, 32000 bits a second.
+/// Blocks until it is done. A failure or a request to stop removes what was written of `to` and
+/// throws MediaFileError.
+using TranscodeToM4A =
+    std::function<void(const std::filesystem::path& from, const std::filesystem::path& to,
+                       const MediaProgress& progress, std::stop_token stop)>;
+
+} // namespace tessarune
