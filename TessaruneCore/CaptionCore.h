@@ -1,0 +1,229 @@
+#pragma once
+
+#include "TessaruneCore/UUID.h"
+#include "TessaruneCore/captions/BoundaryObservation.h"
+#include "TessaruneCore/captions/CaptionSegment.h"
+#include "TessaruneCore/captions/CorrectionObservation.h"
+#include "TessaruneCore/captions/SoftCaptionObservation.h"
+#include "TessaruneCore/captions/SoftCaptionTracker.h"
+#include "TessaruneCore/captions/UtteranceTracker.h"
+#include "TessaruneCore/captions/WordEvent.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/observation/Published.h"
+#include "TessaruneCore/recognition/ASREvent.h"
+#include "TessaruneCore/recognition/EngineCapabilities.h"
+#include "TessaruneCore/segmentation/HeuristicBoundaryEngine.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <unordered_map>
+#include <vector>
+
+namespace tessarune {
+
+/// The state machine in the middle of the program: recognition events go in, four lists of caption
+/// text come out. It knows no sound, no window, no file and no clock; time and the one delayed call
+/// reach it through closures, so that it runs the same live and in a replay.
+///
+/// A text passes through the lists in one direction: `currentPartial`, then `softCaptionSegments`
+/// or `liveLeadingSentences`, then `committedSegments`. Until it is committed a rewrite by the
+/// recogniser can move it back. One flush changes the lists one after the other, committed rows
+/// first: whoever draws samples all four together, after the activity callback.
+///
+/// Confined to the main thread, without a lock. No operation fails. Callbacks run synchronously
+/// inside the operation that caused them, and must not call `ingest`. The cost of an event does not
+/// grow with the length of `committedSegments`, which is never cut.
+class CaptionCore {
+  public:
+    struct Config {
+        Config(bool segmentText, bool freezeStable, bool hardClauses)
+            : segment(segmentText), freeze(freezeStable), clauseLevel(hardClauses) {}
+
+        bool segment;                     ///< split text into sentences at all
+        bool freeze;                      ///< fix sentences before the recogniser does
+        bool clauseLevel;                 ///< fixed pieces may end at clause punctuation
+        bool softClauseLevel = true;      ///< find the clauses of the open sentence
+        double freezeStableSeconds = 0.6; ///< how long a sentence stands before it is fixed
+        double duplicateCommitWindowSeconds = 4.0; ///< how long a commit counts as the same text
+        bool softCaptionEnabled = true;
+        double softCaptionStableSeconds = 0.3; ///< how long a clause stands before it is shown
+        bool earlyCutSelfSegmenting = false; ///< freeze although the recogniser segments by itself
+
+        bool operator==(const Config&) const = default;
+    };
+
+    enum class Activity { partialDeduped, partialApplied, finalApplied };
+
+    struct DebugEvent {
+        UUID id;
+        double time = 0; ///< wall clock, seconds since 1970
+        std::string kind;
+        std::string text;
+    };
+
+    using WordEvent = tessarune::WordEvent;
+    using Rows = std::vector<CaptionSegment>;
+    using WordEvents = std::unordered_map<UUID, std::vector<WordEvent>>;
+    using ConfigProvider = std::function<Config()>;
+    using CapabilitiesProvider = std::function<EngineCapabilities()>;
+    using Clock = std::function<double()>;
+    /// Runs the block on the main thread, not before the delay in seconds has passed.
+    using DelayedCallScheduler = std::function<void(double delay, Block block)>;
+
+    /// `config` and `caps` are asked afresh at each use, so a changed setting counts at once.
+    /// `wallClock` dates the debug events; without one they take `now`.
+    CaptionCore(ConfigProvider config, CapabilitiesProvider caps, Clock now,
+                DelayedCallScheduler scheduleFlush, UUIDSource newUUID = UUID::random,
+                Clock wallClock = {});
+    CaptionCore(const CaptionCore&) = delete;
+    CaptionCore& operator=(const CaptionCore&) = delete;
+
+    /// A core on the clock and the main queue of `host`, which outlives it.
+    static CaptionCore onHost(ConfigProvider config, CapabilitiesProvider caps, Host& host,
+                              UUIDSource newUUID = UUID::random);
+
+    // What happens to the text. Each may be set or cleared at any time.
+    std::function<void(const Rows&)> onCommit;
+    std::function<void(Activity)> onActivity;
+    std::function<void(const BoundaryObservation&)> onBoundaryDecision;
+    std::function<void(const SoftCaptionObservation&)> onSoftCaptionChange;
+    std::function<void(const CorrectionObservation&)> onCorrection;
+
+    // The lists. Their owner may assign them; the core never edits a committed row.
+    Published<Rows> committedSegments;        ///< fixed rows, oldest first
+    Published<Rows> liveLeadingSentences;     ///< complete sentences that may still change
+    Published<Rows> softCaptionSegments;      ///< clauses of the open sentence that stood still
+    Published<CaptionSegment> currentPartial; ///< the open rest; its text may be empty
+    Published<std::int64_t> lockCount;        ///< rows frozen since `resetCounters`
+    Published<std::int64_t> finalCount;       ///< rows committed by finals since `resetCounters`
+    Published<std::vector<DebugEvent>> debugEvents; ///< at most 300, newest last
+
+    /// The last revision given out.
+    std::int64_t revision() const { return revision_; }
+    /// The words of committed rows. Emptied when `committedSegments` becomes empty, in no other
+    /// way.
+    const WordEvents& wordEvents() const { return wordEvents_; }
+
+    /// A partial replaces the one that waits and is flushed at most every 0.06 seconds; a final is
+    /// handled at once and ends the utterance.
+    void ingest(const ASREvent& event);
+
+    /// Drops the partial that waits. A flush that is under way finds nothing.
+    void cancelPendingPartial();
+
+    /// Starts over with an open row that begins at `startedAt`. Counters and debug events stay.
+    void reset(double startedAt);
+    /// Forgets what is stable; rows and revision stay.
+    void resetFreezeState();
+    void resetCounters();
+    void clearDebugEvents();
+    void logEvent(std::string_view kind, std::string_view text);
+
+    /// Ends a session: everything live becomes committed rows that end at `t`, except what repeats
+    /// rows committed just before. Returns the ids of the rows added. Neither counters nor
+    /// callbacks notice. Call `cancelPendingPartial` first.
+    std::vector<UUID> sealLiveIntoHistory(double t);
+
+    /// For a display that reveals text gradually: the first `count` characters of the open row are
+    /// on screen. A word keeps the time at which it was first revealed.
+    void recordRevealedPrefix(std::int64_t count);
+
+  private:
+    struct PendingPartial {
+        std::string text;
+        std::int64_t revision;
+        double timestamp;
+    };
+    struct SegmentMeta {
+        std::optional<double> firstSeenAt;
+        std::int64_t revisionCount = 0;
+        std::vector<WordEvent> words;
+    };
+    struct LiveTail {
+        std::string text;
+        bool matchedAllSoftPrefixes;
+    };
+    struct SoftStep {
+        Rows visible;
+        std::string liveText;
+    };
+    using Sentences = std::vector<std::string>;
+
+    // CaptionCore.cpp: ingest, resets, observations
+    void ingestPartial(const ASREvent::Partial& partial);
+    void ingestFinal(const ASREvent::Final& final);
+    void schedulePartialFlush();
+    void runDelayedFlush();
+    BoundaryContext boundaryContext(const Config& cfg) const;
+    CaptionSegment freshPartial(double startedAt) const;
+    std::int64_t nextRevision() const;
+    void resetBoundaries();
+    void resetSoftCaptions(SoftCaptionObservation::Phase phase, std::string_view reason,
+                           const std::optional<Config>& cfg);
+    SoftCaptionObservation softCaptionObservation(SoftCaptionObservation::Phase phase,
+                                                  const Config& cfg) const;
+    void announceCommit(std::string_view kind, const Rows& committed);
+    void emitPartialBoundaryObservation(const std::string& inputText,
+                                        const BoundaryDecision& decision);
+    void emitCorrectionObservation(const std::string& finalText);
+    /// Calls `callback` if it is set; the copy keeps its code alive if it clears or replaces
+    /// itself.
+    template <typename Argument>
+    static void report(const std::function<void(Argument)>& callback,
+                       std::type_identity_t<Argument> argument) {
+        if (const std::function<void(Argument)> current = callback)
+            current(argument);
+    }
+
+    // CaptionCore+Flush.cpp: from the newest partial to the lists
+    void flushPartial();
+    bool utteranceIsOver() const;
+    void beginUtterance(double timestamp, const Config& cfg);
+    void commitFrozen(const std::string& text, const BoundaryDecision& decision, const Config& cfg);
+    SoftStep advanceSoftCaptions(const BoundaryDecision& decision, const Config& cfg);
+    void withdrawSoftCaptions(const BoundaryDecision& decision, const Config& cfg, bool changed);
+    bool showsAlready(const SoftStep& soft, const Sentences& leading) const;
+    void setLiveLeading(const Sentences& sentences);
+
+    // CaptionCore+Commit.cpp: committed rows and what keeps a sentence from appearing twice
+    std::vector<SegmentMeta> consumeMeta(const Sentences& sentences,
+                                         const std::vector<std::int64_t>& churn,
+                                         const std::vector<ASRWordTiming>* audioTimings);
+    Rows commitSentences(const Sentences& sentences, FreezeKind kind, double startedAt,
+                         std::optional<double> endedAt, const std::vector<SegmentMeta>& meta);
+    std::size_t committedOverlapPrefixCount(const Sentences& sentences, FreezeKind kind,
+                                            double t) const;
+    std::size_t recentLocalAgreementOverlapPrefixCount(const Sentences& sentences, double t) const;
+    std::size_t sealedLiveOverlapPrefixCount(const Rows& segments, double t) const;
+    template <typename MayMatch>
+    std::size_t overlapPrefixCount(const Sentences& keys, MayMatch mayMatch) const;
+    bool committedWithinWindow(const CaptionSegment& row, double t) const;
+    static LiveTail liveTail(const Rows& segments, std::string_view tail);
+
+    const ConfigProvider config_;
+    const CapabilitiesProvider caps_;
+    const Clock now_;
+    const DelayedCallScheduler scheduleDelayedFlush_;
+    const UUIDSource newUUID_;
+    const Clock wallClock_;
+
+    std::int64_t revision_ = 0;
+    WordEvents wordEvents_;
+    UtteranceTracker tracker_;
+    SoftCaptionTracker softCaptionTracker_;
+    HeuristicBoundaryEngine boundaryEngine_;
+    Sentences lastBoundaryLeading_;
+    std::optional<PendingPartial> pendingPartial_;
+    bool partialFlushScheduled_ = false;
+    double lastPartialFlush_ = 0;
+
+    /// What the delayed block holds weakly: expired once the core is gone.
+    std::shared_ptr<CaptionCore*> self_;
+};
+
+} // namespace tessarune
