@@ -2,20 +2,20 @@
 
 namespace tessarune {
 
-namespace detail {
+namespace taskDetail {
 
 Detached runDetached(Task<void> task, OneShot<bool> finished) {
     co_await task;
     finished.resume(true);
 }
 
-} // namespace detail
+} // namespace taskDetail
 
 TaskHandle spawn(const Executor& executor, Task<void> task, std::stop_source stop) {
     OneShot<bool> finished(executor);
     // std::function wants something that can be copied, a task can only be moved.
     auto shared = std::make_shared<Task<void>>(std::move(task));
-    executor.run([shared, finished] { detail::runDetached(std::move(*shared), finished); });
+    executor.run([shared, finished] { taskDetail::runDetached(std::move(*shared), finished); });
     return TaskHandle(std::move(stop), std::move(finished));
 }
 

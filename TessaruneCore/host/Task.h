@@ -23,7 +23,7 @@ namespace tessarune {
 template <typename T = void>
 class Task;
 
-namespace detail {
+namespace taskDetail {
 
 struct TaskPromiseBase {
     std::coroutine_handle<> continuation;
@@ -67,12 +67,12 @@ struct TaskPromise<void> : TaskPromiseBase {
     }
 };
 
-} // namespace detail
+} // namespace taskDetail
 
 template <typename T>
 class [[nodiscard]] Task {
   public:
-    using promise_type = detail::TaskPromise<T>;
+    using promise_type = taskDetail::TaskPromise<T>;
     using Handle = std::coroutine_handle<promise_type>;
 
     explicit Task(Handle handle) : handle_(handle) {}
@@ -107,7 +107,7 @@ class [[nodiscard]] Task {
     Handle handle_;
 };
 
-namespace detail {
+namespace taskDetail {
 
 template <typename T>
 Task<T> TaskPromise<T>::get_return_object() {
@@ -130,7 +130,7 @@ struct Detached {
 
 Detached runDetached(Task<void> task, OneShot<bool> finished);
 
-} // namespace detail
+} // namespace taskDetail
 
 /// A spawned task from outside: it can be asked to stop, and its end can be awaited. Copies name
 /// the same task; dropping the handle neither stops nor detaches anything.
