@@ -1,0 +1,81 @@
+#include "TessaruneCore/text/TextColumns.h"
+
+#include "TessaruneCore/text/Text.h"
+
+#include <unicode/uchar.h>
+
+namespace tessarune::Text {
+
+namespace {
+
+std::size_t columnsOfCharacter(std::string_view character) {
+    const char32_t first = firstCodePoint(character);
+    if (first < 0x20 || first == 0x7F) return 0;
+    if (first < 0x300) return 1;
+    const auto codePoint = static_cast<UChar32>(first);
+    const int width = u_getIntPropertyValue(codePoint, UCHAR_EAST_ASIAN_WIDTH);
+    if (width == U_EA_WIDE || width == U_EA_FULLWIDTH) return 2;
+    // A flag is a pair of letters, each narrow by itself.
+    if (u_hasBinaryProperty(codePoint, UCHAR_REGIONAL_INDICATOR)) return 2;
+    const int type = u_charType(codePoint);
+    return type == U_NON_SPACING_MARK || type == U_FORMAT_CHAR ? 0 : 1;
+}
+
+/// One line under construction, which remembers the last place where it may be broken.
+class Line {
+  public:
+    explicit Line(std::size_t width) : width_(width) {}
+
+    void add(std::string_view character, std::vector<std::string>& lines) {
+        const std::size_t cells = columnsOfCharacter(character);
+        if (cells_ + cells > width_ && !text_.empty()) breakInto(lines);
+        if (character == " ") {
+            if (text_.empty()) return;
+            breakAt_ = text_.size();
+        }
+        text_ += character;
+        cells_ += cells;
+        if (cells == 2) {
+            breakAt_ = text_.size(); // a wide character may end a line without a blank
+        }
+    }
+
+    void finish(std::vector<std::string>& lines) {
+        const std::string_view rest = trimmed(text_);
+        if (!rest.empty()) lines.emplace_back(rest);
+    }
+
+  private:
+    void breakInto(std::vector<std::string>& lines) {
+        const std::size_t at = breakAt_ > 0 ? breakAt_ : text_.size();
+        const std::string_view head = trimmed(std::string_view(text_).substr(0, at));
+        if (!head.empty()) lines.emplace_back(head);
+        std::string rest(trimmed(std::string_view(text_).substr(at)));
+        text_ = std::move(rest);
+        cells_ = columns(text_);
+        breakAt_ = 0;
+    }
+
+    std::size_t width_;
+    std::string text_;
+    std::size_t cells_ = 0;
+    std::size_t breakAt_ = 0;
+};
+
+} // namespace
+
+std::size_t columns(std::string_view text) {
+    std::size_t total = 0;
+    for (const auto character : characters(text)) total += columnsOfCharacter(character);
+    return total;
+}
+
+std::vector<std::string> wrapped(std::string_view text, std::size_t width) {
+    std::vector<std::string> lines;
+    Line line(width > 0 ? width : 1);
+    for (const auto character : characters(text)) line.add(character, lines);
+    line.finish(lines);
+    return lines;
+}
+
+} // namespace tessarune::Text
