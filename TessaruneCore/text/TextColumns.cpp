@@ -10,13 +10,17 @@ namespace {
 
 std::size_t columnsOfCharacter(std::string_view character) {
     const char32_t first = firstCodePoint(character);
-    if (first < 0x20 || first == 0x7F) return 0;
-    if (first < 0x300) return 1;
+    if (first < 0x20 || first == 0x7F)
+        return 0;
+    if (first < 0x300)
+        return 1;
     const auto codePoint = static_cast<UChar32>(first);
     const int width = u_getIntPropertyValue(codePoint, UCHAR_EAST_ASIAN_WIDTH);
-    if (width == U_EA_WIDE || width == U_EA_FULLWIDTH) return 2;
+    if (width == U_EA_WIDE || width == U_EA_FULLWIDTH)
+        return 2;
     // A flag is a pair of letters, each narrow by itself.
-    if (u_hasBinaryProperty(codePoint, UCHAR_REGIONAL_INDICATOR)) return 2;
+    if (u_hasBinaryProperty(codePoint, UCHAR_REGIONAL_INDICATOR))
+        return 2;
     const int type = u_charType(codePoint);
     return type == U_NON_SPACING_MARK || type == U_FORMAT_CHAR ? 0 : 1;
 }
@@ -28,9 +32,11 @@ class Line {
 
     void add(std::string_view character, std::vector<std::string>& lines) {
         const std::size_t cells = columnsOfCharacter(character);
-        if (cells_ + cells > width_ && !text_.empty()) breakInto(lines);
+        if (cells_ + cells > width_ && !text_.empty())
+            breakInto(lines);
         if (character == " ") {
-            if (text_.empty()) return;
+            if (text_.empty())
+                return;
             breakAt_ = text_.size();
         }
         text_ += character;
@@ -42,14 +48,16 @@ class Line {
 
     void finish(std::vector<std::string>& lines) {
         const std::string_view rest = trimmed(text_);
-        if (!rest.empty()) lines.emplace_back(rest);
+        if (!rest.empty())
+            lines.emplace_back(rest);
     }
 
   private:
     void breakInto(std::vector<std::string>& lines) {
         const std::size_t at = breakAt_ > 0 ? breakAt_ : text_.size();
         const std::string_view head = trimmed(std::string_view(text_).substr(0, at));
-        if (!head.empty()) lines.emplace_back(head);
+        if (!head.empty())
+            lines.emplace_back(head);
         std::string rest(trimmed(std::string_view(text_).substr(at)));
         text_ = std::move(rest);
         cells_ = columns(text_);
@@ -66,14 +74,16 @@ class Line {
 
 std::size_t columns(std::string_view text) {
     std::size_t total = 0;
-    for (const auto character : characters(text)) total += columnsOfCharacter(character);
+    for (const auto character : characters(text))
+        total += columnsOfCharacter(character);
     return total;
 }
 
 std::vector<std::string> wrapped(std::string_view text, std::size_t width) {
     std::vector<std::string> lines;
     Line line(width > 0 ? width : 1);
-    for (const auto character : characters(text)) line.add(character, lines);
+    for (const auto character : characters(text))
+        line.add(character, lines);
     line.finish(lines);
     return lines;
 }

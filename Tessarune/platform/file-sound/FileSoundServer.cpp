@@ -37,7 +37,8 @@ Task<void> keepPace(const Playing& playing, double startedAt, double given, std:
     Host& host = playing.executor.host();
     if (!playing.pace.heardSeconds) {
         const double ahead = startedAt + given - host.now();
-        if (ahead > 0) co_await sleep(playing.executor, ahead, stop);
+        if (ahead > 0)
+            co_await sleep(playing.executor, ahead, stop);
         co_return;
     }
     while (!stop.stop_requested() && given - playing.pace.heardSeconds() > playing.pace.lead) {
@@ -52,8 +53,10 @@ Task<void> playAll(const Playing& playing, std::stop_token stop) {
         const auto step = std::max<std::size_t>(
             1, static_cast<std::size_t>(block->format.sampleRate * bufferSeconds));
         for (std::size_t first = 0; first < block->frames(); first += step) {
-            if (stop.stop_requested()) co_return;
-            const AudioBufferPtr next = piece(*block, first, std::min(step, block->frames() - first));
+            if (stop.stop_requested())
+                co_return;
+            const AudioBufferPtr next =
+                piece(*block, first, std::min(step, block->frames() - first));
             playing.handlers.onBuffer(next);
             given += next->seconds();
             co_await keepPace(playing, startedAt, given, stop);
@@ -68,7 +71,8 @@ Task<void> play(std::shared_ptr<Playing> playing, std::stop_token stop) {
     } catch (...) {
         failure = std::current_exception();
     }
-    if (stop.stop_requested()) co_return;
+    if (stop.stop_requested())
+        co_return;
     playing->executor.host().post([playing, failure] { playing->onFinished(failure); });
 }
 
@@ -89,9 +93,12 @@ class FileStream final : public RecordStream {
 
 } // namespace
 
-FileSoundServer::FileSoundServer(Host& host, OpenMediaFile open, std::filesystem::path file, Pace pace,
-                                 std::function<void(std::exception_ptr)> onFinished)
-    : host_(host), open_(std::move(open)), file_(std::move(file)), pace_(std::move(pace)),
+FileSoundServer::FileSoundServer(Host& host, OpenMediaFile open, std::filesystem::path file,
+                                 Pace pace, std::function<void(std::exception_ptr)> onFinished)
+    : host_(host),
+      open_(std::move(open)),
+      file_(std::move(file)),
+      pace_(std::move(pace)),
       onFinished_(std::move(onFinished)) {}
 
 Task<void> FileSoundServer::connect(Executor resumeOn) {
@@ -115,7 +122,8 @@ Task<std::unique_ptr<RecordStream>> FileSoundServer::openRecordStream(RecordRequ
                                                                       Executor executor) {
     co_await switchTo(executor);
     if (request.sourceID != monitorID) {
-        throw SoundServerError(SoundServerError::noSuchDevice, "no such source: " + request.sourceID);
+        throw SoundServerError(SoundServerError::noSuchDevice,
+                               "no such source: " + request.sourceID);
     }
     auto playing = std::make_shared<Playing>(
         Playing{open_(file_), pace_, std::move(handlers), executor, onFinished_});

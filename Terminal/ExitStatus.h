@@ -1,0 +1,19 @@
+#pragma once
+
+namespace tessarune {
+
+/// How `tessarune-terminal` ends; documented in docs/terminal.md. The numbers are those of
+/// sysexits.h where it has one that fits.
+enum class ExitStatus : int {
+    ok = 0,
+    usage = 64,
+    unreadableFile = 66,
+    noSuchSource = 68,
+    noSoundServer = 69,
+    internal = 70,
+    cannotWrite = 73,
+    noModel = 78,
+    stoppedTwice = 130, ///< the second Ctrl-C: ended without draining
+};
+
+} // namespace tessarune

@@ -1,0 +1,108 @@
+#include "Terminal/CaptionOutput.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <nlohmann/json.hpp>
+
+#include <memory>
+
+namespace tessarune {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json texts(const CaptionCore::Rows& rows) {
+    Json list = Json::array();
+    for (const auto& row : rows)
+        list.push_back(row.sourceText);
+    return list;
+}
+
+void putIfPresent(Json& object, const char* key, const std::optional<double>& value) {
+    if (value)
+        object[key] = *value;
+}
+
+/// Prints objects in a stable order of fields, so that a person can read them too.
+class Printer {
+  public:
+    Printer(std::FILE* out, std::function<double()> now, bool quiet)
+        : out_(out), now_(std::move(now)), quiet_(quiet) {}
+
+    void update(const CaptionCore& core) {
+        const auto& rows = *core.committedSegments;
+        for (; printed_ < rows.size(); ++printed_)
+            print(committed(core, rows[printed_]));
+        Json live = object("live");
+        live["leading"] = texts(*core.liveLeadingSentences);
+        live["soft"] = texts(*core.softCaptionSegments);
+        live["partial"] = core.currentPartial->sourceText;
+        Json shown = live;
+        shown.erase("t");
+        if (shown == shown_)
+            return;
+        shown_ = std::move(shown);
+        print(live);
+    }
+
+    void status(std::string_view text) {
+        if (quiet_)
+            return;
+        Json line = object("status");
+        line["text"] = text;
+        print(line);
+    }
+
+    void finish(const CaptionCore& core) {
+        update(core);
+        print(object("end"));
+    }
+
+  private:
+    Json object(const char* type) const { return {{"type", type}, {"t", now_()}}; }
+
+    Json committed(const CaptionCore& core, const CaptionSegment& row) const {
+        Json line = object("committed");
+        line["id"] = row.id.text();
+        line["text"] = row.sourceText;
+        line["kind"] = name(row.freezeKind);
+        line["start"] = row.startedAt;
+        putIfPresent(line, "end", row.endedAt);
+        putIfPresent(line, "firstSeenAt", row.firstSeenAt);
+        line["revisions"] = row.revisionCount;
+        const auto words = core.wordEvents().find(row.id);
+        if (words == core.wordEvents().end())
+            return line;
+        line["words"] = Json::array();
+        for (const auto& event : words->second) {
+            Json word = {{"word", event.word}};
+            putIfPresent(word, "start", event.audioStart);
+            putIfPresent(word, "end", event.audioEnd);
+            line["words"].push_back(std::move(word));
+        }
+        return line;
+    }
+
+    void print(const Json& object) const {
+        const std::string line = object.dump(-1, ' ', false, Json::error_handler_t::replace);
+        std::fprintf(out_, "%s\n", line.c_str());
+        std::fflush(out_);
+    }
+
+    std::FILE* out_;
+    std::function<double()> now_;
+    bool quiet_;
+    std::size_t printed_ = 0;
+    Json shown_;
+};
+
+} // namespace
+
+CaptionOutput makeJSONOutput(std::FILE* out, std::function<double()> now, bool quiet) {
+    auto printer = std::make_shared<Printer>(out, std::move(now), quiet);
+    return {[printer](const CaptionCore& core) { printer->update(core); },
+            [printer](std::string_view text) { printer->status(text); },
+            [printer](const CaptionCore& core) { printer->finish(core); }};
+}
+
+} // namespace tessarune

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Tessarune/audio/AudioSource.h"
+
+#include <filesystem>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace tessarune {
+
+/// A file to be captioned.
+struct FileSource {
+    std::filesystem::path path;
+    bool fast = false; ///< as fast as the recogniser goes, instead of at real speed
+};
+
+// What a user can ask `tessarune-terminal` for.
+
+struct CaptionsCommand {
+    std::variant<AudioSource, FileSource> source = AudioSource::systemAudio();
+    bool sourceWasChosen = false;
+    std::optional<std::filesystem::path> eventLog;
+    std::string locale = "en-US";
+};
+struct ListSourcesCommand {};
+struct ListModelsCommand {};
+struct InstallModelCommand {
+    std::string name;
+};
+struct RemoveModelCommand {
+    std::string name;
+};
+
+/// The command line of `tessarune-terminal`, understood.
+struct TerminalOptions {
+    using Command = std::variant<CaptionsCommand, ListSourcesCommand, ListModelsCommand,
+                                 InstallModelCommand, RemoveModelCommand>;
+
+    Command command;
+    bool json = false;
+    bool quiet = false;
+
+    /// Reads the command line. Prints help, the version or what is wrong, and gives the status to
+    /// end with, where there is nothing to run.
+    static std::variant<TerminalOptions, int> parse(int argc, const char* const* argv,
+                                                    std::ostream& out, std::ostream& err);
+};
+
+} // namespace tessarune
