@@ -1,0 +1,144 @@
+#pragma once
+
+#include "Tessarune/shell/Setting.h"
+#include "Tessarune/shell/SettingTypes.h"
+#include "TessaruneCore/diagnostics/DiagnosticsLevel.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// A keyboard shortcut as it is stored: a modifier mask and a virtual key code.
+struct ShortcutSetting {
+    Setting<std::int64_t> keyCode;
+    Setting<std::int64_t> modifiers;
+};
+
+/// The one observable store of the user's settings. Each has a key of its name, is written to the
+/// store at once when it is assigned, and has its first-launch value where the store holds nothing
+/// that makes sense. Main queue; other threads get copies.
+class AppSettings {
+  private:
+    UserDefaults& store_;
+    std::vector<AnySetting*> all_; // before the settings: they enter themselves
+
+  public:
+    explicit AppSettings(UserDefaults& store);
+    AppSettings(const AppSettings&) = delete;
+    AppSettings& operator=(const AppSettings&) = delete;
+
+    /// All settings, sorted by key.
+    const std::vector<AnySetting*>& all() const { return all_; }
+    /// Null for an unknown key.
+    AnySetting* find(std::string_view key) const;
+    /// Takes all stored values again.
+    void reload();
+
+    // Recognition and captions
+    Setting<std::string> selectedRecognitionOptionID;
+    Setting<std::string> speechModel; ///< "automatic" or a model's name
+    Setting<bool> sentenceSegmentation;
+    Setting<bool> trueFreeze;
+    Setting<bool> clauseLevelSegmentation;
+    Setting<double> freezeStableSeconds;
+    Setting<double> duplicateCommitWindowSeconds;
+    Setting<bool> softCaptionEnabled;
+    Setting<double> softCaptionStableSeconds;
+    Setting<bool> appleAnalyzerEarlyFinalize;
+    Setting<bool> appleAnalyzerHistoryRefinement;
+
+    // Translation
+    Setting<std::string> translationBackend;
+    Setting<std::string> translationTargetLanguage;
+    Setting<bool> softTranslationEnabled;
+    Setting<double> translationDrainTimeoutSeconds;
+
+    // Recording and the session
+    Setting<bool> recordWhileCaptioning;
+    Setting<bool> recordLosslessAudio;
+    Setting<std::int64_t> audioInactivityAutoStopMinutes;
+
+    // Diagnostics
+    Setting<DiagnosticsLevel> diagnosticsLevel;
+    Setting<bool> sessionDiagnosticsEnabled;
+    Setting<AppleAnalyzerDiagnosticsMode> appleAnalyzerDiagnosticsMode;
+    Setting<double> perfSampleIntervalSeconds;
+    Setting<bool> historyPlaybackDiagnosticsEnabled;
+
+    // The caption stage
+    Setting<SubtitleLayoutMode> subtitleLayoutMode;
+    Setting<bool> subtitleLyricsLayout;
+    Setting<bool> swapCaptionOrder;
+    Setting<bool> mergeBilingualRows;
+    Setting<std::int64_t> subtitleBottomPadding;
+    Setting<std::int64_t> subtitleReviewAutoReturnSeconds;
+    Setting<bool> smoothStreaming;
+    Setting<std::int64_t> smoothPaceMS;
+    Setting<bool> highlightChanges;
+    Setting<std::int64_t> highlightColorHex;
+    Setting<std::int64_t> sourceFontSize;
+    Setting<std::int64_t> translationFontSize;
+    Setting<std::int64_t> sourceFontColorHex;
+    Setting<std::int64_t> translationFontColorHex;
+    Setting<std::int64_t> bgColorHex;
+    Setting<std::int64_t> bgOpacity;
+
+    // The caption window and its toolbar
+    Setting<bool> keepOnTop;
+    Setting<bool> compactToolbar;
+    Setting<bool> screenCaptureProtected;
+    Setting<bool> showClearSubtitlesInSubtitleToolbar;
+    Setting<bool> showCopyBilingualInSubtitleToolbar;
+    Setting<bool> showCopyOriginalInSubtitleToolbar;
+    Setting<bool> showHistoryInSubtitleToolbar;
+    Setting<bool> showLayoutModeInSubtitleToolbar;
+    Setting<bool> showPinWindowInSubtitleToolbar;
+    Setting<bool> showSettingsInSubtitleToolbar;
+    Setting<bool> showSwapCaptionOrderInSubtitleToolbar;
+
+    // The application
+    Setting<bool> dockClickTogglesRecord;
+    Setting<bool> launchAtLogin;
+    Setting<bool> showDockIcon;
+    Setting<bool> screenshotEnabled;
+    Setting<std::int64_t> screenshotIntervalMs;
+    Setting<bool> arenaScreenshotEnabled;
+    Setting<std::int64_t> arenaScreenshotIntervalMs;
+
+    // Shortcuts
+    ShortcutSetting shortcutCopy;
+    ShortcutSetting shortcutCopyOriginal;
+    ShortcutSetting shortcutClear;
+    ShortcutSetting shortcutPin;
+    ShortcutSetting shortcutHistory;
+    ShortcutSetting shortcutToggleWindow;
+    ShortcutSetting shortcutToggleRecord;
+    ShortcutSetting shortcutLyricsLayout;
+    ShortcutSetting shortcutSwapLayout;
+
+    // Profiles: each overwrites the tuning settings together.
+
+    void applyInternalBetaRecommendedDefaults();
+    void applyLowLatencyProfile();
+    void applyStableTranslationProfile();
+    void applyStressTestProfile();
+    void resetSubtitleDefaults();
+    void resetShortcutDefaults();
+
+    /// The tuning settings as text, to be copied into a report.
+    std::string currentTuningSummaryText() const;
+
+    /// `bilingualCompare` makes no sense without a translation.
+    SubtitleLayoutMode effectiveSubtitleLayoutMode(bool translationEnabled) const;
+    /// The next layout mode; those that need a translation are skipped without one.
+    void cycleSubtitleLayoutMode(bool translationEnabled);
+
+  private:
+    struct Profile;
+    void apply(const Profile& profile);
+    ShortcutSetting shortcut(const char* name, std::int64_t keyCode, std::int64_t modifiers);
+};
+
+} // namespace tessarune

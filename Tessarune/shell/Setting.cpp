@@ -1,0 +1,111 @@
+#include "Tessarune/shell/Setting.h"
+
+#include "TessaruneCore/text/Text.h"
+
+#include <charconv>
+#include <cmath>
+
+namespace tessarune {
+
+namespace {
+
+std::optional<double> number(std::string_view text) {
+    double value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || !std::isfinite(value))
+        return std::nullopt;
+    return value;
+}
+
+std::optional<double> number(const SettingValue& stored) {
+    if (const auto* whole = std::get_if<std::int64_t>(&stored))
+        return static_cast<double>(*whole);
+    if (const auto* real = std::get_if<double>(&stored); real && std::isfinite(*real))
+        return *real;
+    return std::nullopt;
+}
+
+std::optional<std::int64_t> whole(std::optional<double> value, std::int64_t lowest,
+                                  std::int64_t highest) {
+    if (!value || *value != std::floor(*value))
+        return std::nullopt;
+    if (*value < static_cast<double>(lowest) || *value > static_cast<double>(highest))
+        return std::nullopt;
+    return static_cast<std::int64_t>(*value);
+}
+
+} // namespace
+
+SettingCodec<bool> boolCodec() {
+    return {[](const SettingValue& stored) -> std::optional<bool> {
+                if (const auto* flag = std::get_if<bool>(&stored))
+                    return *flag;
+                // Hand-written files have 0 and 1.
+                const auto value = whole(number(stored), 0, 1);
+                return value ? std::optional(*value == 1) : std::nullopt;
+            },
+            [](const bool& value) -> SettingValue { return value; },
+            [](std::string_view text) -> std::optional<bool> {
+                const std::string word = Text::lowercased(text);
+                if (word == "true" || word == "on" || word == "yes" || word == "1")
+                    return true;
+                if (word == "false" || word == "off" || word == "no" || word == "0")
+                    return false;
+                return std::nullopt;
+            },
+            [](const bool& value) { return std::string(value ? "true" : "false"); },
+            "true or false"};
+}
+
+SettingCodec<std::int64_t> integerCodec(std::int64_t lowest, std::int64_t highest) {
+    return {[=](const SettingValue& stored) { return whole(number(stored), lowest, highest); },
+            [](const std::int64_t& value) -> SettingValue { return value; },
+            [=](std::string_view text) { return whole(number(text), lowest, highest); },
+            [](const std::int64_t& value) { return std::to_string(value); },
+            "a whole number from " + std::to_string(lowest) + " to " + std::to_string(highest)};
+}
+
+SettingCodec<double> secondsCodec(double lowest, double highest) {
+    const auto within = [=](std::optional<double> value) -> std::optional<double> {
+        return value && *value >= lowest && *value <= highest ? value : std::nullopt;
+    };
+    return {[=](const SettingValue& stored) { return within(number(stored)); },
+            [](const double& value) -> SettingValue { return value; },
+            [=](std::string_view text) { return within(number(text)); },
+            [](const double& value) { return Text::shortest(value); },
+            "seconds from " + Text::shortest(lowest) + " to " + Text::shortest(highest)};
+}
+
+SettingCodec<std::int64_t> colorCodec() {
+    constexpr std::int64_t brightest = 0xFFFFFF;
+    SettingCodec<std::int64_t> codec = integerCodec(0, brightest);
+    codec.expected = "a colour as #RRGGBB";
+    codec.print = [](const std::int64_t& value) {
+        constexpr std::string_view digits = "0123456789ABCDEF";
+        std::string text = "#";
+        for (int shift = 20; shift >= 0; shift -= 4)
+            text += digits[static_cast<std::size_t>(value >> shift & 0xF)];
+        return text;
+    };
+    codec.parse = [](std::string_view text) -> std::optional<std::int64_t> {
+        if (text.size() != 7 || text[0] != '#')
+            return std::nullopt;
+        std::int64_t value = 0;
+        const auto [end, error] = std::from_chars(text.data() + 1, text.data() + 7, value, 16);
+        return error == std::errc() && end == text.data() + 7 && value >= 0 ? std::optional(value)
+                                                                            : std::nullopt;
+    };
+    return codec;
+}
+
+SettingCodec<std::string> textCodec() {
+    return {[](const SettingValue& stored) -> std::optional<std::string> {
+                const auto* text = std::get_if<std::string>(&stored);
+                return text ? std::optional(*text) : std::nullopt;
+            },
+            [](const std::string& value) -> SettingValue { return value; },
+            [](std::string_view text) { return std::optional(std::string(text)); },
+            [](const std::string& value) { return value; }, "a text"};
+}
+
+} // namespace tessarune

@@ -1,0 +1,123 @@
+#pragma once
+
+#include "Tessarune/shell/UserDefaults.h"
+#include "TessaruneCore/observation/Published.h"
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tessarune {
+
+/// One setting as a list of them sees it: a key, and a value that can be written as text.
+class AnySetting {
+  public:
+    virtual ~AnySetting() = default;
+    virtual std::string_view key() const = 0;
+    virtual std::string text() const = 0;
+    virtual std::string defaultText() const = 0;
+    /// What may be written: "true or false", "a number", the words of an enumeration.
+    virtual std::string expected() const = 0;
+    /// False, and nothing changes, if the text is no value of this setting.
+    virtual bool setText(std::string_view text) = 0;
+    /// Back to the first-launch value.
+    virtual void restore() = 0;
+    /// Takes the stored value again, as after a change by another program.
+    virtual void reload() = 0;
+};
+
+/// How a value of type T is stored and written. `read` gives nothing for a stored value that makes
+/// no sense; the setting then has its default, and the stored value stays where it is.
+template <typename T>
+struct SettingCodec {
+    std::function<std::optional<T>(const SettingValue&)> read;
+    std::function<SettingValue(const T&)> store;
+    std::function<std::optional<T>(std::string_view)> parse;
+    std::function<std::string(const T&)> print;
+    std::string expected;
+};
+
+SettingCodec<bool> boolCodec();
+SettingCodec<std::int64_t> integerCodec(std::int64_t lowest, std::int64_t highest);
+SettingCodec<double> secondsCodec(double lowest, double highest);
+/// A 24-bit RGB number; as text "#RRGGBB".
+SettingCodec<std::int64_t> colorCodec();
+SettingCodec<std::string> textCodec();
+
+/// An enumeration that is stored as a word.
+template <typename E>
+SettingCodec<E> wordCodec(std::vector<std::pair<E, std::string>> words) {
+    auto find = [words](std::string_view word) -> std::optional<E> {
+        for (const auto& [value, name] : words) {
+            if (name == word)
+                return value;
+        }
+        return std::nullopt;
+    };
+    auto name = [words](const E& value) {
+        for (const auto& [candidate, word] : words) {
+            if (candidate == value)
+                return word;
+        }
+        return std::string();
+    };
+    std::string expected;
+    for (const auto& [value, word] : words)
+        expected += (expected.empty() ? "" : ", ") + word;
+    return {[find](const SettingValue& stored) {
+                const auto* word = std::get_if<std::string>(&stored);
+                return word ? find(*word) : std::nullopt;
+            },
+            [name](const E& value) -> SettingValue { return name(value); }, find, name, expected};
+}
+
+/// A setting: observable, and stored at once when it changes. Main queue.
+template <typename T>
+class Setting final : public AnySetting {
+  public:
+    Setting(UserDefaults& store, std::vector<AnySetting*>& all, std::string_view key,
+            T defaultValue, SettingCodec<T> codec)
+        : store_(store), key_(key), default_(std::move(defaultValue)), codec_(std::move(codec)) {
+        all.push_back(this);
+        reload();
+    }
+
+    const T& operator*() const { return *value_; }
+    const T* operator->() const { return value_.operator->(); }
+    Setting& operator=(T value) {
+        store_.set(key_, codec_.store(value));
+        value_ = std::move(value);
+        return *this;
+    }
+    /// The value as others can observe it; assign through the setting, which stores it too.
+    Published<T>& published() { return value_; }
+    const T& defaultValue() const { return default_; }
+
+    std::string_view key() const override { return key_; }
+    std::string text() const override { return codec_.print(*value_); }
+    std::string defaultText() const override { return codec_.print(default_); }
+    std::string expected() const override { return codec_.expected; }
+    bool setText(std::string_view text) override {
+        std::optional<T> value = codec_.parse(text);
+        if (!value)
+            return false;
+        *this = std::move(*value);
+        return true;
+    }
+    void restore() override { *this = default_; }
+    void reload() override {
+        const std::optional<SettingValue> stored = store_.value(key_);
+        std::optional<T> value = stored ? codec_.read(*stored) : std::nullopt;
+        value_ = value ? std::move(*value) : default_;
+    }
+
+  private:
+    UserDefaults& store_;
+    std::string key_;
+    T default_;
+    SettingCodec<T> codec_;
+    Published<T> value_;
+};
+
+} // namespace tessarune
