@@ -1,0 +1,34 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace tessarune {
+
+/// Finds a text by its Chinese literal without making a string of it.
+struct LocalizationKeyHash {
+    using is_transparent = void;
+    std::size_t operator()(std::string_view key) const {
+        return std::hash<std::string_view>{}(key);
+    }
+};
+
+/// Chinese literal to the text in the user's language.
+using LocalizationTable =
+    std::unordered_map<std::string, std::string, LocalizationKeyHash, std::equal_to<>>;
+
+/// Replaces the table, at the start of the program or when the language changes. Any thread.
+void setLocalizationTable(LocalizationTable table);
+
+/// The text for a key, or the key itself where the table has none. Any thread.
+std::string localized(std::string_view key);
+
+/// As above, with each "%@" (a text) and "%lld" (a number) replaced by the next argument. A mark
+/// without an argument stays, an argument without a mark is left out, and arguments are not looked
+/// through for more marks.
+std::string localized(std::string_view key, const std::vector<std::string>& arguments);
+
+} // namespace tessarune
