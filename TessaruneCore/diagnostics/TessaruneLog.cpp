@@ -1,0 +1,50 @@
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+namespace tessarune {
+
+namespace {
+
+/// Constructed on first use, so that what logs while the program starts or ends is safe.
+struct Shared {
+    std::atomic<std::shared_ptr<const TessaruneLog::Sink>> sink;
+    std::mutex line; // keeps lines apart
+    std::atomic<DiagnosticsLevel> level = DiagnosticsLevel::core;
+};
+
+Shared& shared() {
+    static auto& instance = *new Shared;
+    return instance;
+}
+
+} // namespace
+
+void TessaruneLogger::write(Level level, const Text& text) const {
+    const auto sink = shared().sink.load();
+    if (!sink)
+        return;
+    const std::string line = text();
+    const std::lock_guard lock(shared().line);
+    (*sink)(level, category_, line);
+}
+
+namespace TessaruneLog {
+
+void setSink(Sink sink) {
+    shared().sink = sink ? std::make_shared<const Sink>(std::move(sink)) : nullptr;
+}
+
+DiagnosticsLevel diagnosticsLevel() {
+    return shared().level;
+}
+
+void setDiagnosticsLevel(DiagnosticsLevel level) {
+    shared().level = level;
+}
+
+} // namespace TessaruneLog
+
+} // namespace tessarune

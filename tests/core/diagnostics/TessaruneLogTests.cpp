@@ -1,0 +1,45 @@
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace tessarune {
+namespace {
+
+TEST(TessaruneLogTests, TextIsMadeOnlyForASinkThatWantsIt) {
+    int made = 0;
+    const auto text = [&] { return "line " + std::to_string(++made); };
+    TessaruneLog::setSink({});
+    TessaruneLog::asr.fault(text);
+    EXPECT_EQ(made, 0);
+
+    std::vector<std::string> lines;
+    TessaruneLog::setSink(
+        [&](TessaruneLogger::Level level, std::string_view category, const std::string& line) {
+            lines.push_back(std::to_string(static_cast<int>(level)) + " " + std::string(category) +
+                            " " + line);
+        });
+    TessaruneLog::asr.debug(text);
+    TessaruneLog::storage.fault(text);
+    TessaruneLog::setSink({});
+    TessaruneLog::app.notice(text);
+    EXPECT_EQ(lines, (std::vector<std::string>{"0 asr line 1", "3 storage line 2"}));
+}
+
+TEST(DiagnosticsLevelTests, EachLevelAddsOneKindOfTrace) {
+    int flags = -1;
+    for (const char* word : {"off", "core", "standard", "verbose", "trace"}) {
+        const auto level = diagnosticsLevel(word);
+        ASSERT_TRUE(level) << word;
+        EXPECT_EQ(storageName(*level), word);
+        EXPECT_EQ(writesCoreSessionRun(*level) + writesSessionDiagnostics(*level) +
+                      writesRoutineBreadcrumbs(*level) + expandsAppleRaw(*level),
+                  ++flags);
+    }
+    EXPECT_FALSE(diagnosticsLevel("Core"));
+    EXPECT_FALSE(diagnosticsLevel(""));
+}
+
+} // namespace
+} // namespace tessarune
