@@ -1,0 +1,93 @@
+#include "Terminal/ExitStatus.h"
+#include "Terminal/TerminalOptions.h"
+
+#include <gtest/gtest.h>
+
+#include <sstream>
+
+namespace tessarune {
+namespace {
+
+struct Parsed {
+    std::optional<TerminalOptions> options;
+    int status = -1;
+    std::string out;
+    std::string err;
+};
+
+Parsed parse(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), "tessarune-terminal");
+    std::ostringstream out;
+    std::ostringstream err;
+    auto result =
+        TerminalOptions::parse(static_cast<int>(arguments.size()), arguments.data(), out, err);
+    Parsed parsed;
+    if (auto* options = std::get_if<TerminalOptions>(&result))
+        parsed.options = *options;
+    else
+        parsed.status = std::get<int>(result);
+    parsed.out = out.str();
+    parsed.err = err.str();
+    return parsed;
+}
+
+TEST(TerminalOptionsTests, ReadsEachKindOfSource) {
+    const auto source = [](const char* text) {
+        const Parsed parsed = parse({"--source", text});
+        return std::get<CaptionsCommand>(parsed.options.value().command).source;
+    };
+    EXPECT_EQ(std::get<AudioSource>(source("system")), AudioSource::systemAudio());
+    EXPECT_EQ(std::get<AudioSource>(source("mic")), AudioSource::microphone());
+    EXPECT_EQ(std::get<AudioSource>(source("mic:USB: desk")), AudioSource::microphone("USB: desk"));
+    EXPECT_EQ(std::get<FileSource>(source("file:a b/c:d.wav")).path, "a b/c:d.wav");
+
+    const auto plain = std::get<CaptionsCommand>(parse({}).options.value().command);
+    EXPECT_EQ(std::get<AudioSource>(plain.source), AudioSource::systemAudio());
+    EXPECT_FALSE(plain.sourceWasChosen);
+    EXPECT_EQ(plain.locale, "en-US");
+}
+
+TEST(TerminalOptionsTests, RefusesWhatMakesNoSenseAndSaysWhy) {
+    const struct {
+        std::vector<const char*> arguments;
+        const char* mentions;
+    } cases[] = {
+        {{"--source", "radio"}, "radio"},
+        {{"--source", "mic:"}, "mic:"},
+        {{"--source", "file:"}, "file:"},
+        {{"--fast"}, "--fast"},
+        {{"--locale", "fr-FR"}, "en-GB"},
+        {{"--model", "remove"}, "remove NAME"},
+        {{"--model", "tiny-en", "extra"}, "--model"},
+        {{"--list-sources", "--model", "list"}, "--model"},
+        {{"--colour"}, "--colour"},
+        {{"stray"}, "stray"},
+    };
+    for (const auto& c : cases) {
+        const Parsed parsed = parse(c.arguments);
+        EXPECT_EQ(parsed.status, static_cast<int>(ExitStatus::usage)) << c.mentions;
+        EXPECT_NE((parsed.out + parsed.err).find(c.mentions), std::string::npos) << parsed.err;
+    }
+}
+
+TEST(TerminalOptionsTests, HelpAndVersionEndWellOnStandardOutput) {
+    for (const char* option : {"--help", "--version"}) {
+        const Parsed parsed = parse({option});
+        EXPECT_EQ(parsed.status, 0);
+        EXPECT_NE(parsed.out.find("tessarune-terminal"), std::string::npos);
+        EXPECT_EQ(parsed.err, "");
+    }
+}
+
+TEST(TerminalOptionsTests, ReadsTheModelCommands) {
+    EXPECT_TRUE(
+        std::holds_alternative<ListModelsCommand>(parse({"--model", "list"}).options->command));
+    EXPECT_EQ(std::get<InstallModelCommand>(parse({"--model", "small"}).options->command).name,
+              "small");
+    EXPECT_EQ(
+        std::get<RemoveModelCommand>(parse({"--model", "remove", "small"}).options->command).name,
+        "small");
+}
+
+} // namespace
+} // namespace tessarune
