@@ -1,0 +1,10 @@
+#pragma once
+
+#include "Tessarune/audio/AudioBuffer.h"
+
+namespace tessarune::AudioLevel {
+
+/// The root mean square over all channels and frames: 0 for an empty buffer, 1 for full scale.
+double rms(const AudioBuffer& buffer);
+
+} // namespace tessarune::AudioLevel

@@ -1,0 +1,322 @@
+#include "Tessarune/audio/CaptureStream.h"
+
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+std::optional<CaptureStream::Source> sourceOf(const SoundInput* input) {
+    if (!input)
+        return std::nullopt;
+    return CaptureStream::Source{input->id, input->name, input->format};
+}
+
+std::optional<CaptureStream::Source> monitorOf(const SoundOutput* output) {
+    if (!output || output->monitorID.empty())
+        return std::nullopt;
+    return CaptureStream::Source{output->monitorID, output->name, {output->format.sampleRate, 1}};
+}
+
+} // namespace
+
+/// The state behind a capture. It is shared with what is still under way when the capture stops:
+/// `attempt` tells such a late answer that nobody wants it any more.
+class CaptureStream::Keeper : public std::enable_shared_from_this<Keeper> {
+  public:
+    Keeper(SoundServer& server, Executor executor, AudioSource source, Handlers handlers)
+        : server_(server),
+          executor_(std::move(executor)),
+          wanted_(std::move(source)),
+          handlers_(std::move(handlers)) {}
+
+    static Task<void> start(std::shared_ptr<Keeper> self);
+    void stop();
+
+  private:
+    static Task<void> open(std::shared_ptr<Keeper> self, Source source, std::uint64_t attempt);
+    static Task<void> reopen(std::shared_ptr<Keeper> self, Source source, std::uint64_t attempt);
+
+    void adopt(Source source, std::unique_ptr<RecordStream> stream);
+    void handleBuffer(AudioBufferPtr buffer);
+    void handleEnd(const SoundServerError& error);
+    void interrupt(const SoundServerError& error);
+    void follow();
+    void retryLater();
+    void watchForStall();
+    void checkForStall();
+    void report(const CaptureEvent& event);
+    /// Runs `action` on the executor after `seconds`, unless the capture has stopped.
+    DelayedCall later(double seconds, void (Keeper::*action)());
+    double now() const { return executor_.host().now(); }
+
+    SoundServer& server_;
+    Executor executor_;
+    AudioSource wanted_;
+    Handlers handlers_;
+    SoundServer::Subscription subscription_;
+
+    bool running_ = false;
+    std::uint64_t attempt_ = 0;
+    std::optional<std::string> opening_; // source id of the attempt under way
+    std::unique_ptr<RecordStream> stream_;
+    Source current_;
+    bool stalled_ = false;            // `stream_` is still open but gives nothing
+    std::uint64_t currentStream_ = 0; // the attempt that opened `stream_`
+
+    double lastSoundAt_ = 0; // end of the last buffer, at first when the capture began
+    double openedAt_ = 0;
+    std::optional<double> silentSince_;
+    double retrySeconds_ = 0;
+    DelayedCall retry_;
+    DelayedCall stallCheck_;
+};
+
+Task<void> CaptureStream::Keeper::start(std::shared_ptr<Keeper> self) {
+    const std::uint64_t attempt = ++self->attempt_;
+    auto connecting = self->server_.connect(self->executor_);
+    co_await connecting;
+    if (attempt != self->attempt_)
+        throw SoundServerError(SoundServerError::streamKilled, "stopped while starting");
+    const std::optional<Source> source = resolveExactly(self->wanted_, self->server_.devices());
+    if (!source)
+        throw SoundServerError(SoundServerError::noSuchDevice, "no such device");
+    auto opening = open(self, *source, attempt);
+    co_await opening;
+    if (attempt != self->attempt_)
+        throw SoundServerError(SoundServerError::streamKilled, "stopped while starting");
+    self->running_ = true;
+    self->lastSoundAt_ = self->now();
+    std::weak_ptr<Keeper> weak = self;
+    self->subscription_ = self->server_.observe(self->executor_, [weak] {
+        if (auto keeper = weak.lock())
+            keeper->follow();
+    });
+    self->watchForStall();
+    // A change that came between the look at the devices and the subscription was heard by nobody.
+    self->follow();
+}
+
+void CaptureStream::Keeper::stop() {
+    running_ = false;
+    ++attempt_;
+    opening_.reset();
+    subscription_.reset();
+    stream_.reset();
+    stalled_ = false;
+    silentSince_.reset();
+    retry_.cancel();
+    stallCheck_.cancel();
+}
+
+Task<void> CaptureStream::Keeper::open(std::shared_ptr<Keeper> self, Source source,
+                                       std::uint64_t attempt) {
+    self->opening_ = source.id;
+    std::weak_ptr<Keeper> weak = self;
+    RecordHandlers handlers;
+    handlers.onBuffer = [weak, attempt](AudioBufferPtr buffer) {
+        auto keeper = weak.lock();
+        if (keeper && keeper->currentStream_ == attempt && keeper->stream_)
+            keeper->handleBuffer(std::move(buffer));
+    };
+    handlers.onEnd = [weak, attempt](const SoundServerError& error) {
+        auto keeper = weak.lock();
+        if (keeper && keeper->currentStream_ == attempt && keeper->stream_)
+            keeper->handleEnd(error);
+    };
+    RecordRequest request{source.id, self->wanted_.isSystemAudio() ? 1 : 0,
+                          self->wanted_.isSystemAudio() ? "Tessarune System Audio"
+                                                        : "Tessarune Microphone"};
+    std::unique_ptr<RecordStream> stream;
+    std::exception_ptr failure;
+    try {
+        auto opening = self->server_.openRecordStream(std::move(request), std::move(handlers),
+                                                      self->executor_);
+        stream = co_await opening;
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    if (attempt != self->attempt_)
+        co_return; // stopped, or another device is wanted by now; the stream closes here
+    self->opening_.reset();
+    if (failure)
+        std::rethrow_exception(failure);
+    self->currentStream_ = attempt;
+    self->adopt(std::move(source), std::move(stream));
+}
+
+Task<void> CaptureStream::Keeper::reopen(std::shared_ptr<Keeper> self, Source source,
+                                         std::uint64_t attempt) {
+    try {
+        auto opening = open(self, std::move(source), attempt);
+        co_await opening;
+    } catch (const std::exception& error) {
+        const std::string text = error.what();
+        TessaruneLog::capture.notice([&] { return "capture could not be opened again: " + text; });
+        self->retryLater();
+    }
+}
+
+void CaptureStream::Keeper::adopt(Source source, std::unique_ptr<RecordStream> stream) {
+    const bool isAnother = !current_.id.empty() && current_.id != source.id;
+    stream_ = std::move(stream);
+    current_ = std::move(source);
+    openedAt_ = now();
+    stalled_ = false;
+    watchForStall();
+    if (isAnother)
+        report({CaptureEvent::Kind::deviceChanged, 0, current_.deviceName, 0});
+}
+
+void CaptureStream::Keeper::handleBuffer(AudioBufferPtr buffer) {
+    retrySeconds_ = 0;
+    if (std::exchange(stalled_, false))
+        watchForStall();
+    if (silentSince_) {
+        const double gap = std::max(0.0, now() - buffer->seconds() - *silentSince_);
+        silentSince_.reset();
+        report({CaptureEvent::Kind::resumed, 0, current_.deviceName, gap});
+    }
+    lastSoundAt_ = now();
+    if (handlers_.onBuffer)
+        handlers_.onBuffer(std::move(buffer));
+}
+
+void CaptureStream::Keeper::handleEnd(const SoundServerError& error) {
+    stream_.reset();
+    interrupt(error);
+    follow();
+}
+
+void CaptureStream::Keeper::interrupt(const SoundServerError& error) {
+    if (silentSince_)
+        return;
+    silentSince_ = lastSoundAt_;
+    report({CaptureEvent::Kind::interrupted, error.status(), error.what(), 0});
+}
+
+void CaptureStream::Keeper::follow() {
+    if (!running_ || server_.state() != SoundServerState::connected)
+        return;
+    const std::optional<Source> source = resolve(wanted_, server_.devices());
+    if (!source || opening_ == source->id)
+        return;
+    const bool isThere = stream_ && !stalled_ && current_.id == source->id;
+    if (isThere && !opening_)
+        return;
+    retry_.cancel();
+    const std::uint64_t attempt = ++attempt_;
+    if (isThere) {
+        // Back to the device that still delivers: the attempt at another one is given up.
+        opening_.reset();
+        return;
+    }
+    opening_ = source->id;
+    spawn(executor_, reopen(shared_from_this(), *source, attempt));
+}
+
+void CaptureStream::Keeper::retryLater() {
+    retrySeconds_ = std::clamp(retrySeconds_ * 2, shortestRetrySeconds, longestRetrySeconds);
+    retry_.cancel();
+    retry_ = later(retrySeconds_, &Keeper::follow);
+}
+
+void CaptureStream::Keeper::watchForStall() {
+    stallCheck_.cancel();
+    if (!running_ || !stream_)
+        return;
+    // Never a shorter wait: rounding could otherwise have it look a moment too early for ever.
+    constexpr double shortestWait = 0.05;
+    const double left = std::max(lastSoundAt_, openedAt_) + stallSeconds - now();
+    stallCheck_ = later(std::max(left, shortestWait), &Keeper::checkForStall);
+}
+
+void CaptureStream::Keeper::checkForStall() {
+    if (!stream_)
+        return;
+    if (now() - std::max(lastSoundAt_, openedAt_) < stallSeconds) {
+        watchForStall();
+        return;
+    }
+    stalled_ = true;
+    interrupt(SoundServerError(SoundServerError::timeout, "the device gives no sound"));
+    // Not at once: a device that is asleep would be opened over and over.
+    retryLater();
+}
+
+void CaptureStream::Keeper::report(const CaptureEvent& event) {
+    TessaruneLog::capture.notice([&] {
+        switch (event.kind) {
+        case CaptureEvent::Kind::interrupted:
+            return "capture interrupted: " + event.text;
+        case CaptureEvent::Kind::resumed:
+            return "capture resumed after " + Text::fixed(event.gapSeconds, 3) +
+                   " s: " + event.text;
+        case CaptureEvent::Kind::deviceChanged:
+            break;
+        }
+        return "capture went over to " + event.text;
+    });
+    if (handlers_.onEvent)
+        handlers_.onEvent(event);
+}
+
+DelayedCall CaptureStream::Keeper::later(double seconds, void (Keeper::*action)()) {
+    std::weak_ptr<Keeper> weak = shared_from_this();
+    const Executor executor = executor_;
+    return executor.host().after(seconds, [weak, executor, action] {
+        executor.run([weak, action] {
+            auto keeper = weak.lock();
+            if (keeper && keeper->running_)
+                (*keeper.*action)();
+        });
+    });
+}
+
+CaptureStream::CaptureStream(SoundServer& server, Executor executor, AudioSource source,
+                             Handlers handlers)
+    : keeper_(std::make_shared<Keeper>(server, std::move(executor), std::move(source),
+                                       std::move(handlers))) {}
+
+CaptureStream::~CaptureStream() {
+    keeper_->stop();
+}
+
+Task<void> CaptureStream::start() {
+    return Keeper::start(keeper_);
+}
+
+void CaptureStream::stop() {
+    keeper_->stop();
+}
+
+std::optional<CaptureStream::Source> CaptureStream::resolveExactly(const AudioSource& source,
+                                                                   const SoundDevices& devices) {
+    if (source.isSystemAudio())
+        return monitorOf(devices.defaultOutput());
+    if (!source.deviceID())
+        return sourceOf(devices.defaultInput());
+    if (const SoundInput* input = devices.input(*source.deviceID()))
+        return sourceOf(input);
+    for (const auto& output : devices.outputs) {
+        // One output's sound, chosen by name, is as good a source as a microphone.
+        if (output.monitorID == *source.deviceID())
+            return Source{output.monitorID, output.name, output.format};
+    }
+    return std::nullopt;
+}
+
+std::optional<CaptureStream::Source> CaptureStream::resolve(const AudioSource& source,
+                                                            const SoundDevices& devices) {
+    std::optional<Source> found = resolveExactly(source, devices);
+    if (!found && source.isMicrophone())
+        found = sourceOf(devices.defaultInput());
+    return found;
+}
+
+} // namespace tessarune

@@ -1,0 +1,19 @@
+#pragma once
+
+#include "Tessarune/audio/AudioSource.h"
+#include "Tessarune/audio/PermissionsManager.h"
+
+#include <string>
+
+namespace tessarune::RecognitionPermissionGate {
+
+inline constexpr const char* errorDomain = "Tessarune";
+inline constexpr int microphoneRefused = 2;
+inline constexpr int speechRefused = 3;
+
+/// Returns if a session may listen to `source` and recognise it; asks the user where nothing is
+/// decided. Throws DomainError with a text that says where to allow it. Main queue.
+Task<void> requestRequiredPermissions(PermissionsManager& permissions, AudioSource source,
+                                      std::string recognitionOptionID);
+
+} // namespace tessarune::RecognitionPermissionGate

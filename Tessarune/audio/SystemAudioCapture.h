@@ -1,0 +1,80 @@
+#pragma once
+
+#include "Tessarune/audio/AudioBuffer.h"
+#include "Tessarune/audio/CaptureStream.h"
+#include "Tessarune/audio/SystemAudioCaptureError.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/host/Task.h"
+
+#include <memory>
+#include <optional>
+
+namespace tessarune {
+
+class SystemAudioCapture;
+
+/// Receives what a `SystemAudioCapture` hears. Each operation says its queue; those of the capture
+/// queue should return soon.
+class SystemAudioCaptureDelegate {
+  public:
+    virtual ~SystemAudioCaptureDelegate() = default;
+
+    /// One buffer, in order. Capture queue.
+    virtual void systemAudioCapture(SystemAudioCapture& capture, AudioBufferPtr didOutput) = 0;
+    /// The level of the first buffer and of each eighth one: 0 to 1. Capture queue.
+    virtual void systemAudioCaptureDidMeasure(SystemAudioCapture& capture, double level) = 0;
+    /// Nothing at all has come since the start. Main queue, at most once a start.
+    virtual void systemAudioCaptureDidStaySilent(SystemAudioCapture& capture) = 0;
+    /// The sound stopped or came back, perhaps after a hole, or moved to another output. Capture
+    /// queue.
+    virtual void systemAudioCaptureDidChange(SystemAudioCapture&, const CaptureEvent&) {}
+};
+
+/// Captures what the computer plays: the monitor of the default output, as one channel, following
+/// the default as it changes.
+///
+/// `start` and `stop` may be called from any thread; the work is done on the capture queue. The
+/// host and the server must outlive it.
+class SystemAudioCapture : public std::enable_shared_from_this<SystemAudioCapture> {
+  public:
+    static constexpr double silentStartTimeoutSeconds = 10.0;
+
+    static std::shared_ptr<SystemAudioCapture> create(Host& host, SoundServer& server);
+    ~SystemAudioCapture();
+    SystemAudioCapture(const SystemAudioCapture&) = delete;
+    SystemAudioCapture& operator=(const SystemAudioCapture&) = delete;
+
+    /// Set before `start`; it is not changed while a capture runs.
+    std::weak_ptr<SystemAudioCaptureDelegate> delegate;
+
+    /// Begins a capture, after ending one that is still running. Goes on on the main queue. Throws
+    /// SystemAudioCaptureError, and then nothing is left open.
+    Task<void> start();
+    /// Ends the capture; nothing is delivered once the capture queue has come to it.
+    void stop();
+
+    /// The loudness of a buffer on a scale of 60 decibels: 0 at -60 dB and below, 1 at full scale.
+    static double audioLevel(const AudioBuffer& buffer);
+
+  private:
+    SystemAudioCapture(Host& host, SoundServer& server);
+
+    static Task<void> startOnQueue(std::shared_ptr<SystemAudioCapture> self);
+    static Task<void> open(std::shared_ptr<SystemAudioCapture> self);
+    void stopSync();
+    void handleInput(AudioBufferPtr buffer);
+    void scheduleSilentStartCheck();
+    void checkForSilentStart(int start);
+
+    Host& host_;
+    SoundServer& server_;
+    std::shared_ptr<SerialQueue> ioQueue_;
+    Executor ioExecutor_;
+    // On the capture queue:
+    std::shared_ptr<CaptureStream> stream_;
+    int sampleCount_ = 0; // buffers delivered since start
+    int startCount_ = 0;
+    DelayedCall silentStartCheck_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,44 @@
+#include "Tessarune/audio/SystemAuthorization.h"
+
+#include "Tessarune/audio/CaptureStream.h"
+
+#include <memory>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+using Status = SystemAuthorization::Status;
+
+Task<bool> granted() {
+    co_return true;
+}
+
+Task<bool> tryMicrophone(Host& host, SoundServer& server, std::shared_ptr<Status> answer) {
+    try {
+        CaptureStream stream(server, Executor::main(host), AudioSource::microphone(), {});
+        auto starting = stream.start();
+        co_await starting;
+        *answer = Status::authorized;
+    } catch (const SoundServerError& error) {
+        if (error.status() == SoundServerError::accessDenied)
+            *answer = Status::denied;
+    }
+    co_return *answer != Status::denied;
+}
+
+} // namespace
+
+SystemAuthorization SystemAuthorization::ofServer(Host& host, SoundServer& server) {
+    auto microphone = std::make_shared<Status>(Status::notDetermined);
+    return {
+        .speechStatus = [] { return Status::authorized; },
+        .requestSpeech = [] { return granted(); },
+        .microphoneStatus = [microphone] { return *microphone; },
+        .requestMicrophone = [&host, &server,
+                              microphone] { return tryMicrophone(host, server, microphone); },
+    };
+}
+
+} // namespace tessarune

@@ -1,0 +1,192 @@
+#include "Tessarune/audio/PermissionsManager.h"
+#include "Tessarune/audio/RecognitionPermissionGate.h"
+#include "Tessarune/shell/DomainError.h"
+#include "tests/simulation/ScriptedSoundServer.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+namespace {
+
+using testing::ScriptedSoundServer;
+using Status = PermissionsManager::Status;
+using Key = PermissionsManager::Key;
+using System = SystemAuthorization::Status;
+
+class MemoryDefaults final : public UserDefaults {
+  public:
+    std::optional<SettingValue> value(std::string_view key) const override {
+        const auto found = values.find(std::string(key));
+        return found == values.end() ? std::nullopt : std::optional(found->second);
+    }
+    void set(std::string_view key, SettingValue value) override {
+        values[std::string(key)] = std::move(value);
+        ++writes;
+    }
+    void remove(std::string_view key) override { values.erase(std::string(key)); }
+
+    std::map<std::string, SettingValue> values;
+    int writes = 0;
+};
+
+Task<bool> answered(bool answer) {
+    co_return answer;
+}
+
+Task<void> pass(PermissionsManager& permissions, AudioSource source,
+                std::shared_ptr<std::string> outcome) {
+    try {
+        auto asking =
+            RecognitionPermissionGate::requestRequiredPermissions(permissions, source, "option");
+        co_await asking;
+        *outcome = "passed";
+    } catch (const DomainError& error) {
+        *outcome = error.domain() + " " + std::to_string(error.code()) + " " + error.what();
+    }
+}
+
+Task<void> probe(PermissionsManager& permissions, double timeout) {
+    auto probing = permissions.deepProbeSystemAudio(timeout);
+    co_await probing;
+}
+
+class PermissionsTests : public ::testing::Test {
+  protected:
+    PermissionsTests() {
+        server.setDevices({{ScriptedSoundServer::input("mic")},
+                           {ScriptedSoundServer::output("speaker")},
+                           "mic",
+                           "speaker"});
+    }
+    /// A desktop that knows speech permissions; the microphone is the sound server's business.
+    SystemAuthorization system(System speech, bool answer) {
+        SystemAuthorization made = SystemAuthorization::ofServer(host, server);
+        made.speechStatus = [speech] { return speech; };
+        made.requestSpeech = [this, answer] {
+            ++speechRequests;
+            return answered(answer);
+        };
+        return made;
+    }
+    std::string gate(PermissionsManager& permissions, AudioSource source) {
+        auto outcome = std::make_shared<std::string>();
+        spawn(Executor::main(host), pass(permissions, std::move(source), outcome));
+        host.advanceBy(1);
+        return *outcome;
+    }
+
+    SimulatedHost host;
+    ScriptedSoundServer server{host};
+    MemoryDefaults defaults;
+    int speechRequests = 0;
+};
+
+TEST_F(PermissionsTests, TheGatePassesOrSaysWhatIsRefused) {
+    const std::string microphone =
+        "Tessarune 2 未授权「麦克风」。请在系统设置 → 隐私与安全 → 麦克风 中开启 Tessarune。";
+    const std::string speech =
+        "Tessarune 3 未授权「语音识别」。请在系统设置 → 隐私与安全 → 语音识别 中开启 Tessarune。";
+    struct Step {
+        const char* name;
+        AudioSource source;
+        int serverStatus; // of opening a microphone; 0: it opens
+        System speech;
+        bool answer;
+        std::string outcome;
+        Status microphoneAfter;
+        Status speechAfter;
+    };
+    const auto mic = AudioSource::microphone();
+    const auto tap = AudioSource::systemAudio();
+    const Step steps[] = {
+        {"all granted", mic, 0, System::authorized, true, "passed", Status::granted,
+         Status::unknown},
+        {"system audio asks no microphone", tap, 1, System::authorized, true, "passed",
+         Status::unknown, Status::unknown},
+        {"server refuses", mic, 1, System::authorized, true, microphone, Status::denied,
+         Status::unknown},
+        {"server broken is no refusal", mic, 8, System::authorized, true, "passed", Status::granted,
+         Status::unknown},
+        {"speech asked and granted", tap, 0, System::notDetermined, true, "passed", Status::unknown,
+         Status::granted},
+        {"speech asked and refused", tap, 0, System::notDetermined, false, speech, Status::unknown,
+         Status::denied},
+        {"speech denied", tap, 0, System::denied, true, speech, Status::unknown, Status::denied},
+        {"speech restricted", mic, 0, System::restricted, true, speech, Status::granted,
+         Status::denied},
+    };
+    for (const Step& step : steps) {
+        SCOPED_TRACE(step.name);
+        defaults.values.clear();
+        server.openFailure.reset();
+        if (step.serverStatus != 0)
+            server.openFailure = SoundServerError(step.serverStatus, "fault");
+        PermissionsManager permissions(host, server, defaults, system(step.speech, step.answer));
+        EXPECT_EQ(gate(permissions, step.source), step.outcome);
+        EXPECT_EQ(*permissions.microphone, step.microphoneAfter);
+        EXPECT_EQ(*permissions.speech, step.speechAfter);
+        EXPECT_TRUE(server.openSources().empty()) << "asking leaves no stream open";
+        PermissionsManager again(host, server, defaults, system(step.speech, step.answer));
+        EXPECT_EQ(*again.microphone, step.microphoneAfter) << "kept in the defaults";
+    }
+}
+
+TEST_F(PermissionsTests, ALatchPublishesAndStoresOnlyWhatChanges) {
+    defaults.values["speechStatus"] = std::string("nonsense");
+    defaults.values["systemAudioStatus"] = true;
+    PermissionsManager permissions(host, server, defaults, system(System::authorized, true));
+    EXPECT_EQ(*permissions.speech, Status::unknown);
+    EXPECT_EQ(*permissions.systemAudio, Status::unknown);
+
+    std::vector<Status> published;
+    permissions.systemAudio.onDidChange([&](Status now) { published.push_back(now); });
+    permissions.latch(Key::systemAudioStatus, Status::granted);
+    permissions.latch(Key::systemAudioStatus, Status::granted);
+    permissions.merge(Key::systemAudioStatus, Status::unknown);
+    permissions.merge(Key::systemAudioStatus, Status::denied);
+    permissions.latch(Key::systemAudioStatus, Status::unknown);
+    EXPECT_EQ(published, (std::vector<Status>{Status::granted, Status::denied, Status::unknown}));
+    EXPECT_EQ(defaults.writes, 3);
+    EXPECT_EQ(defaults.values["systemAudioStatus"], SettingValue(std::string("unknown")));
+
+    permissions.latch(Key::systemAudioStatus, Status::granted);
+    permissions.refresh();
+    EXPECT_EQ(*permissions.speech, Status::granted);
+    EXPECT_EQ(*permissions.microphone, Status::unknown) << "nobody has asked the server yet";
+    EXPECT_EQ(*permissions.systemAudio, Status::granted);
+}
+
+TEST_F(PermissionsTests, LaunchAsksForSpeechOnceAndOnlyIfNothingIsKnown) {
+    PermissionsManager permissions(host, server, defaults, system(System::notDetermined, true));
+    permissions.bootstrap();
+    permissions.bootstrap();
+    host.advanceBy(0);
+    EXPECT_EQ(speechRequests, 1);
+    EXPECT_EQ(defaults.values["speechStatus"], SettingValue(std::string("granted")));
+    PermissionsManager next(host, server, defaults, system(System::notDetermined, true));
+    next.bootstrap();
+    host.advanceBy(0);
+    EXPECT_EQ(speechRequests, 1);
+}
+
+TEST_F(PermissionsTests, TheProbeBelievesWhatItHears) {
+    PermissionsManager permissions(host, server, defaults, system(System::authorized, true));
+    const auto probed = [&] {
+        spawn(Executor::main(host), probe(permissions, 2));
+        host.advanceBy(3);
+        EXPECT_TRUE(server.openSources().empty());
+        return *permissions.systemAudio;
+    };
+    host.after(1.5, [&] { server.deliver("speaker.monitor", 0.0F); });
+    EXPECT_EQ(probed(), Status::granted) << "silence is sound that was delivered";
+    EXPECT_EQ(probed(), Status::denied);
+    server.openFailure = SoundServerError(SoundServerError::timeout, "fault");
+    EXPECT_EQ(probed(), Status::unknown);
+}
+
+} // namespace
+} // namespace tessarune
