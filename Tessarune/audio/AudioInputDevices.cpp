@@ -1,5 +1,7 @@
 #include "Tessarune/audio/AudioInputDevices.h"
 
+#include "TessaruneCore/text/Localization.h"
+
 namespace tessarune {
 
 namespace AudioInputDevices {
@@ -21,9 +23,9 @@ namespace AudioSourceDisplayName {
 std::string name(const AudioSource& source,
                  const std::vector<AudioInputDevices::Device>& inputDevices) {
     if (source.isSystemAudio())
-        return "系统声音";
+        return localized("系统声音");
     if (!source.deviceID())
-        return "系统默认麦克风";
+        return localized("系统默认麦克风");
     for (const auto& device : inputDevices) {
         if (device.id == *source.deviceID())
             return device.name;

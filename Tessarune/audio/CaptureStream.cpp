@@ -228,7 +228,7 @@ void CaptureStream::Keeper::retryLater() {
 
 void CaptureStream::Keeper::watchForStall() {
     stallCheck_.cancel();
-    if (!running_ || !stream_)
+    if (!running_ || !stream_ || !stream_->isContinuous())
         return;
     // Never a shorter wait: rounding could otherwise have it look a moment too early for ever.
     constexpr double shortestWait = 0.05;

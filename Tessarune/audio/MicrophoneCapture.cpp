@@ -3,6 +3,7 @@
 #include "Tessarune/audio/AudioLevel.h"
 #include "Tessarune/shell/DomainError.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <algorithm>
 #include <exception>
@@ -18,12 +19,12 @@ constexpr double levelGain = 6.0;
 
 DomainError notSelectable() {
     return {MicrophoneCapture::errorDomain, MicrophoneCapture::deviceNotSelectable,
-            "无法切换到所选麦克风设备。"};
+            localized("无法切换到所选麦克风设备。")};
 }
 
 DomainError notAvailable() {
     return {MicrophoneCapture::errorDomain, MicrophoneCapture::deviceNotAvailable,
-            "麦克风设备不可用。"};
+            localized("麦克风设备不可用。")};
 }
 
 } // namespace

@@ -102,6 +102,8 @@ class RecordStream {
   public:
     virtual ~RecordStream() = default;
     virtual AudioFormat format() const = 0;
+    /// Whether sound comes without a pause as long as all is well, so that a pause means trouble.
+    virtual bool isContinuous() const { return true; }
 };
 
 struct PlaybackRequest {

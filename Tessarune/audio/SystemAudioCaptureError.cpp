@@ -1,5 +1,7 @@
 #include "Tessarune/audio/SystemAudioCaptureError.h"
 
+#include "TessaruneCore/text/Localization.h"
+
 #include <string_view>
 
 namespace tessarune {
@@ -27,17 +29,12 @@ std::string_view text(SystemAudioCaptureError::Case which) {
     return "系统音频格式暂不支持。";
 }
 
-std::string description(SystemAudioCaptureError::Case which, std::int32_t status) {
-    std::string filled(text(which));
-    if (const auto place = filled.find("%@"); place != std::string::npos)
-        filled.replace(place, 2, SystemAudioCaptureError::describe(status));
-    return filled;
-}
-
 } // namespace
 
 SystemAudioCaptureError::SystemAudioCaptureError(Case which, std::int32_t status)
-    : std::runtime_error(description(which, status)), which_(which), status_(status) {}
+    : std::runtime_error(localized(text(which), {describe(status)})),
+      which_(which),
+      status_(status) {}
 
 std::string SystemAudioCaptureError::describe(std::int32_t status) {
     const auto bits = static_cast<std::uint32_t>(status);

@@ -84,6 +84,9 @@ class FileStream final : public RecordStream {
     ~FileStream() override { task_.cancel(); }
 
     AudioFormat format() const override { return format_; }
+    bool isContinuous() const override {
+        return false;
+    } // it ends, and it may wait for its listener
 
   private:
     AudioFormat format_;
