@@ -21,8 +21,6 @@ inline char32_t decode(std::string_view text, std::size_t& at) {
 /// The code point that ends at `end`, which moves back before it.
 char32_t decodeBackwards(std::string_view text, std::size_t& end);
 
-bool isASCII(std::string_view text);
-
 /// Whether a code point surely never joins another plain one, neither in a character (apart from CR
 /// LF) nor by normalisation, and is its own normal form. Covers what captions mostly consist of;
 /// false only means that ICU has to be asked.

@@ -98,6 +98,15 @@ std::vector<std::string_view> characters(std::string_view text) {
     return result;
 }
 
+std::string_view lastCharacter(std::string_view text) {
+    std::size_t start = text.size();
+    const char32_t last = decodeBackwards(text, start);
+    std::size_t previous = start;
+    if (isPlain(last) && last != '\n' && (start == 0 || isPlain(decodeBackwards(text, previous))))
+        return text.substr(start);
+    return characters(text).back();
+}
+
 std::size_t length(std::string_view text) {
     std::size_t count = 0;
     CharacterWalker walker(text);

@@ -19,6 +19,8 @@ namespace tessarune::Text {
 
 /// The characters of `text` in order.
 std::vector<std::string_view> characters(std::string_view text);
+/// The last character of a text that is not empty.
+std::string_view lastCharacter(std::string_view text);
 /// How many characters `text` has.
 std::size_t length(std::string_view text);
 /// The first `count` characters, or all.
@@ -82,6 +84,9 @@ std::vector<char32_t> codePoints(std::string_view text);
 char32_t firstCodePoint(std::string_view text);
 void append(std::string& text, char32_t codePoint);
 bool isValidUTF8(std::string_view bytes);
+/// Whether all bytes are below 128. Each is a character then (CR LF are one), and may be walked as
+/// such where CR LF makes no difference.
+bool isASCII(std::string_view text);
 
 // Numbers
 
