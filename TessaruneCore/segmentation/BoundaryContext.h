@@ -8,7 +8,7 @@ namespace tessarune {
 
 /// What a boundary engine is told with every text, so that a changed setting takes effect at once.
 struct BoundaryContext {
-    EngineCapabilities caps;
+    EngineCapabilities caps{};
     bool segment = false;         ///< split text into sentences at all
     bool freeze = false;          ///< fix stable sentences before the recogniser is final
     bool clauseLevel = false;     ///< hard pieces may end at clause punctuation

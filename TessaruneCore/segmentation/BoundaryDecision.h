@@ -9,11 +9,11 @@ namespace tessarune {
 
 /// What a boundary engine makes of one text.
 struct BoundaryDecision {
-    std::vector<std::string> softPieces; ///< clauses, for soft display only; never committed
-    std::vector<std::string> hardPieces; ///< fixed by this decision, in reading order
-    std::vector<std::string> leading;    ///< complete by punctuation, not fixed yet
-    std::string tail;                    ///< the unfinished rest
-    std::vector<BoundaryReason> reasons; ///< each once, in the order in which they were first met
+    std::vector<std::string> softPieces{}; ///< clauses, for soft display only; never committed
+    std::vector<std::string> hardPieces{}; ///< fixed by this decision, in reading order
+    std::vector<std::string> leading{};    ///< complete by punctuation, not fixed yet
+    std::string tail{};                    ///< the unfinished rest
+    std::vector<BoundaryReason> reasons{}; ///< each once, in the order in which they were first met
 
     /// Texts by canonical equivalence.
     bool operator==(const BoundaryDecision&) const;

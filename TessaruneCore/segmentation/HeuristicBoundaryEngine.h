@@ -1,14 +1,20 @@
 #pragma once
 
 #include "TessaruneCore/segmentation/BoundaryEngine.h"
+#include "TessaruneCore/segmentation/SentenceCuts.h"
 #include "TessaruneCore/segmentation/SentencePipeline.h"
+#include "TessaruneCore/segmentation/StabilityKeyList.h"
 
+#include <cstddef>
+#include <string>
 #include <string_view>
+#include <vector>
 
 namespace tessarune {
 
 /// Cuts by punctuation and length (`SentenceSegmenter`) and fixes what stays unchanged
-/// (`SentencePipeline`).
+/// (`SentencePipeline`). A partial costs one walk over its text; keys are made only of pieces that
+/// changed since the partial before.
 class HeuristicBoundaryEngine final : public BoundaryEngine {
   public:
     explicit HeuristicBoundaryEngine(double freezeStableSeconds = 0.6)
@@ -22,7 +28,13 @@ class HeuristicBoundaryEngine final : public BoundaryEngine {
     const SentencePipeline& pipeline() const { return pipeline_; }
 
   private:
+    std::vector<std::string> softPieces(const std::vector<std::string>& excludedKeys,
+                                        std::size_t firstExcluded);
+
     SentencePipeline pipeline_;
+    SentenceCuts cuts_;
+    StabilityKeyList clauseKeys_;  ///< of the last partial's clauses
+    StabilityKeyList leadingKeys_; ///< of its leading sentences, while freezing takes no part
 };
 
 } // namespace tessarune

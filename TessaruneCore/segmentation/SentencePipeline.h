@@ -2,6 +2,7 @@
 
 #include "TessaruneCore/recognition/EngineCapabilities.h"
 #include "TessaruneCore/segmentation/SentenceSegmenter.h"
+#include "TessaruneCore/segmentation/StabilityKeyList.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -62,6 +63,9 @@ class SentencePipeline final {
                                                 const std::vector<std::string>& frozen,
                                                 bool cumulativePartials = false);
 
+    /// How many first pieces of a final were frozen from partials before.
+    std::size_t frozenPrefixCount(const std::vector<std::string>& pieces) const;
+
     static std::string normalizeForStability(std::string_view text);
 
     /// Forgets all sentences; `freezeStableSeconds` stays.
@@ -70,7 +74,7 @@ class SentencePipeline final {
     /// Keys of the sentences frozen since the last reset, in order.
     const std::vector<std::string>& frozenSentenceNorms() const { return frozenSentenceNorms_; }
     /// Keys of the previous partial's leading sentences, by position.
-    const std::vector<std::string>& prevLeadingNorm() const { return prevLeadingNorm_; }
+    const std::vector<std::string>& prevLeadingNorm() const { return leadingKeys_.keys(); }
     /// For each position, since when its key has been unchanged.
     const std::vector<double>& leadingStableSince() const { return leadingStableSince_; }
 
@@ -79,7 +83,7 @@ class SentencePipeline final {
 
   private:
     std::vector<std::string> frozenSentenceNorms_;
-    std::vector<std::string> prevLeadingNorm_;
+    StabilityKeyList leadingKeys_;
     std::vector<double> leadingStableSince_;
 };
 

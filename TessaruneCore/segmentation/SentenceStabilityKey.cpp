@@ -1,0 +1,90 @@
+#include "TessaruneCore/segmentation/SentenceStabilityKey.h"
+
+#include "TessaruneCore/text/Text.h"
+
+#include <array>
+
+namespace tessarune::SentenceStabilityKey {
+
+namespace {
+
+bool isIgnored(char32_t codePoint) {
+    switch (codePoint) {
+    case U'.':
+    case U',':
+    case U'?':
+    case U'!':
+    case U';':
+    case U':':
+    case U'"':
+    case U'\'':
+    case U'-':
+    case U'…':
+    case U'—':
+    case U'，':
+    case U'。':
+    case U'？':
+    case U'！':
+    case U'；':
+    case U'、':
+        return true;
+    default:
+        return false;
+    }
+}
+
+/// What an ASCII byte contributes: itself in lower case, a blank for white space, or nothing (0).
+consteval std::array<char, 128> makeAsciiContributions() {
+    std::array<char, 128> table{};
+    for (std::size_t i = 1; i < table.size(); ++i)
+        table[i] = static_cast<char>(i >= 'A' && i <= 'Z' ? i + ('a' - 'A') : i);
+    for (char c : {'.', ',', '?', '!', ';', ':', '"', '\'', '-'})
+        table[static_cast<std::size_t>(c)] = 0;
+    for (char c : {'\t', '\n', '\v', '\f', '\r'})
+        table[static_cast<std::size_t>(c)] = ' ';
+    return table;
+}
+constexpr std::array<char, 128> asciiContributions = makeAsciiContributions();
+
+std::string normalizeASCII(std::string_view text) {
+    std::string key;
+    key.reserve(text.size());
+    bool blankWaits = false;
+    for (const char byte : text) {
+        const char contribution = asciiContributions[static_cast<unsigned char>(byte)];
+        if (contribution == ' ') {
+            blankWaits = true;
+        } else if (contribution != 0 || byte == 0) {
+            if (blankWaits && !key.empty())
+                key += ' ';
+            blankWaits = false;
+            key += contribution;
+        }
+    }
+    return key;
+}
+
+} // namespace
+
+std::string normalize(std::string_view text) {
+    return Text::isASCII(text) ? normalizeASCII(text) : normalizeByCodePoints(text);
+}
+
+std::string normalizeByCodePoints(std::string_view text) {
+    std::string kept;
+    for (const char32_t codePoint : Text::codePoints(Text::lowercased(text))) {
+        if (!isIgnored(codePoint))
+            Text::append(kept, codePoint);
+    }
+    return Text::canonical(Text::trimmedOfBlanks(Text::collapsingWhiteSpace(kept)));
+}
+
+std::vector<std::string> normalize(const std::vector<std::string>& texts) {
+    std::vector<std::string> keys;
+    keys.reserve(texts.size());
+    for (const auto& text : texts)
+        keys.push_back(normalize(text));
+    return keys;
+}
+
+} // namespace tessarune::SentenceStabilityKey

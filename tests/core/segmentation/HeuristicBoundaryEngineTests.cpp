@@ -1,0 +1,165 @@
+#include "TessaruneCore/segmentation/HeuristicBoundaryEngine.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <gtest/gtest.h>
+
+namespace tessarune {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+std::string words(int count) {
+    Texts all(static_cast<std::size_t>(count), "word");
+    return Text::joined(all, " ");
+}
+
+std::string labels(const BoundaryDecision& decision) {
+    Texts values;
+    for (const auto& reason : decision.reasons)
+        values.push_back(reason.diagnosticValue());
+    return Text::joined(values, " ");
+}
+
+BoundaryContext live() {
+    return {.segment = true, .freeze = true, .softClauseLevel = true};
+}
+
+TEST(BoundaryReasonTests, PrintsCaseAndPayload) {
+    const std::pair<BoundaryReason, std::string> cases[] = {
+        {BoundaryReason::punctuation(U'。'), "punctuation:。"},
+        {BoundaryReason::clausePunctuation(U','), "clausePunctuation:,"},
+        {BoundaryReason::pause(0.8), "pause:0.8"},
+        {BoundaryReason::pause(2), "pause:2.0"},
+        {BoundaryReason::maxWords(28), "maxWords:28"},
+        {BoundaryReason::maxCharacters(-1), "maxCharacters:-1"},
+        {BoundaryReason::engineFinal(), "engineFinal"},
+        {BoundaryReason::localAgreement(), "localAgreement"},
+    };
+    for (const auto& [reason, text] : cases)
+        EXPECT_EQ(reason.diagnosticValue(), text);
+    EXPECT_FALSE(BoundaryReason::engineFinal() == BoundaryReason::localAgreement());
+}
+
+TEST(HeuristicBoundaryEngineTests, AFirstPartialIsDividedAndExplained) {
+    const struct {
+        const char* name;
+        std::string text;
+        BoundaryContext context;
+        Texts soft;
+        Texts leading;
+        std::string tail;
+        std::string reasons;
+    } cases[] = {
+        {"empty", "", live(), {}, {}, "", ""},
+        {"not cut: the text as it stands",
+         " One. Two. ",
+         {.segment = false, .freeze = true, .softClauseLevel = true},
+         {},
+         {},
+         " One. Two. ",
+         ""},
+        {"a clause is soft, a sentence is not",
+         "Yes, I do now, as ever. Is that so?\" And then",
+         live(),
+         {"Yes, I do now,", "as ever."},
+         {"Yes, I do now, as ever.", "Is that so?\""},
+         "And then",
+         "clausePunctuation:, punctuation:. punctuation:?"},
+        {"clauses not wanted",
+         "Yes, I do now, as ever. And",
+         {.segment = true, .freeze = true},
+         {},
+         {"Yes, I do now, as ever."},
+         "And",
+         "punctuation:."},
+        {"hard clauses leave nothing soft",
+         "Yes, I do now, as ever",
+         {.segment = true, .clauseLevel = true, .softClauseLevel = true},
+         {},
+         {"Yes, I do now,"},
+         "as ever",
+         "clausePunctuation:,"},
+        {"a piece that is cut for its length",
+         words(28) + " " + words(9),
+         live(),
+         {},
+         {words(28)},
+         words(9),
+         "maxWords:28"},
+        {"a comma by chance gives what the count gives",
+         words(27) + " word, " + words(9),
+         {.segment = true},
+         {},
+         {words(27) + " word,"},
+         words(9),
+         "maxWords:28"},
+        {"an unfinished tail gives no reason", words(27), live(), {}, {}, words(27), ""},
+        {"characters",
+         "一二三四五六七八九十一二三四五",
+         {.segment = true, .maxUnpunctuatedWords = 2, .boundaryUnit = BoundaryUnit::characters},
+         {},
+         {"一二"},
+         "三四五六七八九十一二三四五",
+         "maxCharacters:2"},
+        {"Chinese marks, each once",
+         "好。好的！不好，不要。来",
+         {.segment = true, .softClauseLevel = true, .boundaryUnit = BoundaryUnit::characters},
+         {"不好，", "不要。"},
+         {"好。", "好的！", "不好，不要。"},
+         "来",
+         "clausePunctuation:， punctuation:。 punctuation:！"},
+    };
+    for (const auto& c : cases) {
+        const auto decision = HeuristicBoundaryEngine().ingestPartial(c.text, c.context, 1);
+        EXPECT_EQ(decision.hardPieces, Texts()) << c.name;
+        EXPECT_EQ(decision.softPieces, c.soft) << c.name;
+        EXPECT_EQ(decision.leading, c.leading) << c.name;
+        EXPECT_EQ(decision.tail, c.tail) << c.name;
+        EXPECT_EQ(labels(decision), c.reasons) << c.name;
+    }
+}
+
+TEST(HeuristicBoundaryEngineTests, WhatWasFrozenFromPartialsIsNotInTheFinalAgain) {
+    HeuristicBoundaryEngine engine;
+    const BoundaryContext context = live();
+    engine.ingestPartial("One is here. Two", context, 0);
+    const auto frozen = engine.ingestPartial("One is here. Two, and so", context, 1);
+    EXPECT_EQ(frozen.hardPieces, Texts{"One is here."});
+    EXPECT_EQ(frozen.softPieces, Texts());
+    EXPECT_EQ(labels(frozen), "localAgreement punctuation:.");
+
+    // Only what this decision fixes is kept out of the soft pieces, not what was fixed earlier.
+    const auto later = engine.ingestPartial("One is here. Two, and so on, then", context, 2);
+    EXPECT_EQ(later.softPieces, (Texts{"One is here.", "Two, and so on,"}));
+    EXPECT_EQ(later.leading, Texts());
+
+    const auto known = engine.ingestFinal("one is here!", context);
+    EXPECT_EQ(known, BoundaryDecision());
+    const auto rest = engine.ingestFinal("One is here. Two", context);
+    EXPECT_EQ(rest.hardPieces, Texts{"Two"});
+    EXPECT_EQ(labels(rest), "engineFinal");
+    EXPECT_EQ(engine.ingestFinal("", {.segment = false}), BoundaryDecision());
+
+    engine.reset();
+    EXPECT_EQ(engine.ingestFinal("One is here. Two", context).hardPieces.size(), 2u);
+}
+
+TEST(HeuristicBoundaryEngineTests, ARecogniserThatSegmentsIsLeftAloneUnlessCutEarly) {
+    for (const bool early : {false, true}) {
+        BoundaryContext context = live();
+        context.caps.selfSegments = true;
+        context.earlyCutSelfSegmenting = early;
+        context.freezeStableSeconds = 0.2;
+        HeuristicBoundaryEngine engine;
+        engine.ingestPartial("One is here. Two", context, 0);
+        const auto decision = engine.ingestPartial("One is here. Two", context, 0.3);
+        EXPECT_EQ(decision.hardPieces.size(), early ? 1u : 0u);
+        EXPECT_EQ(decision.leading.size(), early ? 0u : 1u);
+        EXPECT_EQ(decision.softPieces, Texts());
+        EXPECT_EQ(engine.ingestFinal("One is here. Two", context).hardPieces.size(),
+                  early ? 1u : 2u);
+    }
+}
+
+} // namespace
+} // namespace tessarune
