@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-/// How many words of a shown text a final kept. Pure functions; time and memory grow with the
+/// How many words of a shown text a final kept. Pure functions; time grows with the
 /// product of the two lengths.
 namespace tessarune::CorrectionDiff {
 
@@ -20,7 +20,8 @@ struct WordCounts {
 /// By the longest common subsequence of the normalised words.
 WordCounts wordCounts(std::string_view shown, std::string_view final);
 
-/// The lower-case pieces between blanks, letters and numbers only, empty ones dropped.
+/// The lower-case pieces between blanks, letters and numbers only, empty ones dropped. Canonical:
+/// words that are equivalent are the same bytes.
 std::vector<std::string> normalizedWords(std::string_view text);
 
 } // namespace tessarune::CorrectionDiff

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tessarune {
@@ -39,6 +40,10 @@ struct SoftCaptionTracker {
     /// goes into the segments.
     Advance advance(const std::vector<std::string>& candidates, bool enabled, double stableSeconds,
                     double now, std::int64_t revision, const UUIDSource& newID);
+
+  private:
+    void place(std::size_t position, std::string_view text, double stableSeconds, double now,
+               const UUIDSource& newID);
 };
 
 } // namespace tessarune

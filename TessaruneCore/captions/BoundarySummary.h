@@ -1,0 +1,12 @@
+#pragma once
+
+#include "TessaruneCore/captions/BoundaryObservation.h"
+
+#include <string>
+
+/// One line about a boundary decision, for the diagnostics display. Pure.
+namespace tessarune::BoundarySummary {
+
+std::string text(const BoundaryObservation& observation);
+
+} // namespace tessarune::BoundarySummary

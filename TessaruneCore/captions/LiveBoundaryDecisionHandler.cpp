@@ -1,0 +1,46 @@
+#include "TessaruneCore/captions/LiveBoundaryDecisionHandler.h"
+
+#include "TessaruneCore/text/Text.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+namespace tessarune::LiveBoundaryDecisionHandler {
+
+namespace {
+
+/// Shorter sentences are left to the recogniser.
+constexpr std::size_t minSentenceWords = 3;
+
+template <typename Case>
+bool contains(const std::vector<BoundaryReason>& reasons) {
+    return std::any_of(reasons.begin(), reasons.end(),
+                       [](const BoundaryReason& reason) { return reason.is<Case>(); });
+}
+
+/// In what is complete but not fixed: fixed pieces need no final any more.
+std::size_t countOfOpenWords(const BoundaryDecision& decision) {
+    std::vector<std::string> pieces = decision.leading;
+    pieces.insert(pieces.end(), decision.softPieces.begin(), decision.softPieces.end());
+    return Text::countOfWhiteSpaceSeparated(Text::joined(pieces, " "));
+}
+
+} // namespace
+
+std::optional<std::string> engineFinalizationReason(const BoundaryObservation& observation,
+                                                    bool appleAnalyzerEarlyFinalize) {
+    const BoundaryDecision& decision = observation.decision;
+    if (!appleAnalyzerEarlyFinalize || observation.phase != BoundaryObservation::Phase::partial)
+        return std::nullopt;
+    if (decision.leading.empty() && decision.softPieces.empty())
+        return std::nullopt;
+    const std::size_t words = countOfOpenWords(decision);
+    if (contains<BoundaryReason::MaxWords>(decision.reasons))
+        return "boundary.maxWords." + std::to_string(words);
+    if (contains<BoundaryReason::Punctuation>(decision.reasons) && words >= minSentenceWords)
+        return "boundary.terminalPunctuation." + std::to_string(words);
+    return std::nullopt;
+}
+
+} // namespace tessarune::LiveBoundaryDecisionHandler

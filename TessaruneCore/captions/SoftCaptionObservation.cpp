@@ -1,0 +1,42 @@
+#include "TessaruneCore/captions/SoftCaptionObservation.h"
+
+#include "TessaruneCore/text/Text.h"
+
+#include <array>
+
+namespace tessarune {
+
+namespace {
+
+/// In the order of the cases.
+constexpr std::array<std::string_view, 5> phaseNames = {"partial", "reset", "hardLock",
+                                                        "engineFinal", "seal"};
+
+} // namespace
+
+std::string SoftCaptionObservation::sampleOf(std::string_view text) {
+    return Text::truncated(text, 120, "...");
+}
+
+bool SoftCaptionObservation::operator==(const SoftCaptionObservation& other) const {
+    const bool sameReason = resetReason.has_value() == other.resetReason.has_value() &&
+                            (!resetReason || Text::equal(*resetReason, *other.resetReason));
+    return phase == other.phase && t == other.t && enabled == other.enabled &&
+           stableSeconds == other.stableSeconds && candidateCount == other.candidateCount &&
+           visibleCount == other.visibleCount && changed == other.changed && sameReason &&
+           Text::equal(sample, other.sample);
+}
+
+std::string_view name(SoftCaptionObservation::Phase phase) {
+    return phaseNames[static_cast<std::size_t>(phase)];
+}
+
+std::optional<SoftCaptionObservation::Phase> softCaptionPhase(std::string_view name) {
+    for (std::size_t i = 0; i < phaseNames.size(); ++i) {
+        if (phaseNames[i] == name)
+            return static_cast<SoftCaptionObservation::Phase>(i);
+    }
+    return std::nullopt;
+}
+
+} // namespace tessarune

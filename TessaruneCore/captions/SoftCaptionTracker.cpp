@@ -1,0 +1,88 @@
+#include "TessaruneCore/captions/SoftCaptionTracker.h"
+
+#include "TessaruneCore/segmentation/SentenceStabilityKey.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+CaptionSegment segment(const SoftCaptionTracker::Row& row, std::int64_t revision) {
+    CaptionSegment segment;
+    segment.id = row.id;
+    segment.sourceText = row.text;
+    segment.revision = revision;
+    segment.state = CaptionSegmentState::final;
+    segment.freezeKind = FreezeKind::soft;
+    segment.startedAt = row.firstSeenAt;
+    segment.firstSeenAt = row.firstSeenAt;
+    return segment;
+}
+
+} // namespace
+
+void SoftCaptionTracker::clear() {
+    rows.clear();
+    visibleSnapshot.clear();
+}
+
+SoftCaptionTracker::Advance SoftCaptionTracker::advance(const std::vector<std::string>& candidates,
+                                                        bool enabled, double stableSeconds,
+                                                        double now, std::int64_t revision,
+                                                        const UUIDSource& newID) {
+    Advance result;
+    if (!enabled) {
+        result.changed = !isEmpty();
+        clear();
+        return result;
+    }
+
+    std::size_t position = 0;
+    for (const auto& candidate : candidates) {
+        const std::string_view text = Text::trimmed(candidate);
+        if (!text.empty())
+            place(position++, text, stableSeconds, now, newID);
+    }
+    rows.resize(position);
+
+    std::vector<std::string> visible;
+    for (const auto& row : rows) {
+        if (!row.visible)
+            continue;
+        visible.push_back(row.normalized);
+        result.segments.push_back(segment(row, revision));
+    }
+    result.changed = visible != visibleSnapshot;
+    visibleSnapshot = std::move(visible);
+    return result;
+}
+
+/// Keeps the row at `position` if the text has its key, else puts a new one there. A change at one
+/// position does not disturb the clocks of its neighbours.
+void SoftCaptionTracker::place(std::size_t position, std::string_view text, double stableSeconds,
+                               double now, const UUIDSource& newID) {
+    const bool known = position < rows.size();
+    std::string key = known && rows[position].text == text ? rows[position].normalized
+                                                           : SentenceStabilityKey::normalize(text);
+    if (known && rows[position].normalized == key) {
+        Row& row = rows[position];
+        row.text = text;
+        row.visible = row.visible || now - row.stableSince >= stableSeconds;
+        return;
+    }
+    Row fresh{newID(), std::string(text), std::move(key), now, now, stableSeconds <= 0};
+    if (known)
+        rows[position] = std::move(fresh);
+    else
+        rows.push_back(std::move(fresh));
+}
+
+bool SoftCaptionTracker::Row::operator==(const Row& other) const {
+    return id == other.id && Text::equal(text, other.text) && normalized == other.normalized &&
+           firstSeenAt == other.firstSeenAt && stableSince == other.stableSince &&
+           visible == other.visible;
+}
+
+} // namespace tessarune

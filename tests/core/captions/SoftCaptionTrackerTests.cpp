@@ -1,0 +1,88 @@
+#include "TessaruneCore/captions/SoftCaptionTracker.h"
+
+#include <gtest/gtest.h>
+
+namespace tessarune {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+struct Step {
+    double now;
+    Texts candidates;
+    Texts visible;
+    bool changed;
+    bool enabled = true;
+};
+
+Texts texts(const std::vector<CaptionSegment>& segments) {
+    Texts result;
+    for (const auto& segment : segments)
+        result.push_back(segment.sourceText);
+    return result;
+}
+
+TEST(SoftCaptionTrackerTests, ShowsWhatStoodStillInItsPlace) {
+    const struct {
+        const char* name;
+        double stableSeconds;
+        std::vector<Step> steps;
+    } cases[] = {
+        {"no waiting", 0, {{0, {"a b,", " ", " c,"}, {"a b,", "c,"}, true}}},
+        {"after a while, once",
+         0.3,
+         {{0, {"a"}, {}, false},
+          {0.2, {"a"}, {}, false},
+          {0.35, {"a"}, {"a"}, true},
+          {0.4, {"a"}, {"a"}, false}}},
+        {"another wording of the same is no change",
+         0.3,
+         {{0, {"a b"}, {}, false}, {1, {"A, b"}, {"A, b"}, true}, {2, {"a B"}, {"a B"}, false}}},
+        {"a neighbour keeps its clock and its visibility",
+         0.3,
+         {{0, {"a", "b"}, {}, false},
+          {1, {"a", "b"}, {"a", "b"}, true},
+          {1.1, {"x", "b"}, {"b"}, true},
+          {1.5, {"x", "b"}, {"x", "b"}, true}}},
+        {"a shorter list",
+         0.3,
+         {{0, {"a", "b"}, {}, false},
+          {0.1, {"a"}, {}, false},
+          {0.4, {"a", "b"}, {"a"}, true},
+          {0.5, {}, {}, true}}},
+        {"disabled",
+         0,
+         {{0, {"a"}, {"a"}, true}, {1, {"a"}, {}, true, false}, {2, {"a"}, {}, false, false}}},
+    };
+    for (const auto& c : cases) {
+        SoftCaptionTracker tracker;
+        const auto ids = countingUUIDSource();
+        for (const auto& step : c.steps) {
+            const auto result =
+                tracker.advance(step.candidates, step.enabled, c.stableSeconds, step.now, 1, ids);
+            EXPECT_EQ(texts(result.segments), step.visible) << c.name << " at " << step.now;
+            EXPECT_EQ(result.changed, step.changed) << c.name << " at " << step.now;
+        }
+    }
+}
+
+TEST(SoftCaptionTrackerTests, ASegmentCarriesItsRowsIdentityAndFirstSight) {
+    SoftCaptionTracker tracker;
+    const auto ids = countingUUIDSource();
+    tracker.advance({"one two,"}, true, 0.3, 10, 7, ids);
+    const auto result = tracker.advance({"One two"}, true, 0.3, 11, 8, ids);
+    CaptionSegment expected;
+    expected.id = countingUUIDSource()();
+    expected.sourceText = "One two";
+    expected.revision = 8;
+    expected.state = CaptionSegmentState::final;
+    expected.freezeKind = FreezeKind::soft;
+    expected.startedAt = 10;
+    expected.firstSeenAt = 10;
+    EXPECT_EQ(result.segments, std::vector<CaptionSegment>{expected});
+    tracker.advance({"three"}, true, 0, 12, 9, ids);
+    EXPECT_NE(tracker.rows[0].id, expected.id) << "another sentence is another row";
+}
+
+} // namespace
+} // namespace tessarune
