@@ -1,0 +1,23 @@
+#pragma once
+
+#include "TessaruneCore/UUID.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// A run of consecutive committed rows that is translated as one text. Texts are compared by
+/// canonical equivalence.
+struct CommittedTranslationUnit {
+    UUID translationUnitID;            ///< fresh for each unit that is planned
+    std::vector<UUID> segmentIDs;      ///< all members in order, blank ones included
+    UUID resultSegmentID;              ///< the member that will show the translation: the last one
+    std::string sourceText;            ///< "" if all members are blank
+    std::optional<double> committedAt; ///< seconds since 1970, of the first member that has one
+
+    bool operator==(const CommittedTranslationUnit& other) const;
+};
+
+} // namespace tessarune
