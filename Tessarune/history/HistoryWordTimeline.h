@@ -1,0 +1,89 @@
+#pragma once
+
+#include "TessaruneCore/UUID.h"
+#include "TessaruneCore/captions/CaptionSegment.h"
+#include "TessaruneCore/captions/WordEvent.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace tessarune {
+
+/// The link between a recording's text and its sound: when each word and each sentence is heard, in
+/// seconds from the start of the recording. Sentences stand in the order of time.
+///
+/// A plain value; all its functions are pure.
+struct HistoryWordTimeline {
+    struct Word {
+        std::string w; ///< as it stands in the text, punctuation included
+        double t = 0;
+        std::optional<UUID> segmentID; ///< absent in timelines that were made from the file
+
+        bool operator==(const Word&) const = default;
+    };
+
+    struct Sentence {
+        std::string source;
+        double start = 0;
+        double end = 0;
+        std::optional<UUID> segmentID;
+        std::string timingKind;
+
+        bool operator==(const Sentence&) const = default;
+    };
+
+    /// How the times were found. "Where" tells which of the two carries it.
+    struct TimingKind {
+        static constexpr std::string_view audioWord = "audioWord"; ///< both: each word's sound
+        static constexpr std::string_view audioSegment =
+            "audioSegment"; ///< sentence: the row's span
+        static constexpr std::string_view segmentInterpolated = "segmentInterpolated"; ///< timeline
+        static constexpr std::string_view asrSegment = "asrSegment"; ///< sentence: arrival times
+        static constexpr std::string_view asrFirstSeen = "asrFirstSeen"; ///< timeline: of arrival
+        static constexpr std::string_view derivedFromWords = "derivedFromWords"; ///< sentence
+    };
+
+    static constexpr std::int64_t currentSchemaVersion = 2;
+
+    std::int64_t schemaVersion = currentSchemaVersion;
+    std::string recognitionOptionID;
+    std::string timingKind;
+    std::vector<Word> words;
+    std::vector<Sentence> sentences;
+
+    bool operator==(const HistoryWordTimeline&) const = default;
+
+    bool isEmpty() const { return words.empty() && sentences.empty(); }
+
+    using WordEvents = std::unordered_map<UUID, std::vector<WordEvent>>;
+
+    /// From the committed rows of a live session. Times of rows and words may be on the wall clock
+    /// (seconds since 1970, as `recordingStartedAt` is) or already relative to the recording.
+    /// Nothing if the session was not recorded or no row has text.
+    static std::optional<HistoryWordTimeline> build(std::optional<double> recordingStartedAt,
+                                                    std::string_view recognitionOptionID,
+                                                    std::span<const CaptionSegment> segments,
+                                                    const WordEvents& wordEvents);
+
+    /// Sentences made of runs of words that belong to the same row, for timelines that were saved
+    /// before there were sentences.
+    std::vector<Sentence> derivedSentencesFromWords() const;
+
+    /// The start of each sentence, or of each derived one where there are no sentences.
+    std::vector<double> sentenceStarts() const;
+
+    /// The sentence that is heard at `time`: the last that has started, none before the first.
+    std::optional<std::size_t> activeSentenceIndex(double time) const;
+
+    /// The sidecar file: a JSON object, pretty-printed with sorted keys.
+    std::string encoded() const;
+    /// Nothing if the text is no such object. Files of version 1 have no version and no sentences.
+    static std::optional<HistoryWordTimeline> decoded(std::string_view json);
+};
+
+} // namespace tessarune
