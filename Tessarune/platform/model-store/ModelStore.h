@@ -1,0 +1,100 @@
+#pragma once
+
+#include "Tessarune/shell/FileSystem.h"
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tessarune {
+
+enum class ModelKind { speech, translation };
+
+/// A file of a model as it was when it had been checked.
+struct ModelFile {
+    std::string name;
+    std::uint64_t bytes = 0;
+    std::string sha256; ///< 64 hexadecimal digits
+
+    bool operator==(const ModelFile&) const = default;
+};
+
+/// A model that stands in the store.
+struct StoredModel {
+    ModelKind kind = ModelKind::speech;
+    std::string name; ///< "tiny-en", "en-pt"
+    std::filesystem::path folder;
+    std::vector<ModelFile> files;
+    std::map<std::string, std::string> details; ///< what its engine needs to know beside the files
+    bool isRemovable = false;                   ///< whether it lies in the user's own part
+    std::string damage; ///< what is wrong with its files; empty if nothing was seen
+
+    std::uint64_t bytes() const;
+    std::filesystem::path path(std::string_view file) const { return folder / file; }
+};
+
+/// A model that is not as it was when it was stored. The text names it and the file.
+struct ModelDamaged : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// The models on this computer: a folder for each, <store>/speech/<name> or
+/// <store>/translation/<pair>, with its files and their record in "model.json". A folder appears
+/// under its name only when it is whole (see ModelInstaller), so what is found here was complete
+/// and right at that moment.
+///
+/// Several parts are looked through: the user's, which can be written, and read-only ones that came
+/// with the program. A model in an earlier part hides one of the same name in a later part, unless
+/// the earlier is damaged. Any thread; nothing is cached.
+class ModelStore {
+  public:
+    ModelStore(FileSystem& files, std::filesystem::path writable,
+               std::vector<std::filesystem::path> readOnly);
+
+    /// All models of a kind by name, damaged ones too. A folder without a readable record is none.
+    std::vector<StoredModel> list(ModelKind kind) const;
+
+    /// The model of this name, or nothing. Looks at the sizes of its files, which finds what was
+    /// cut or removed; `verify` finds the rest.
+    std::optional<StoredModel> find(ModelKind kind, std::string_view name) const;
+
+    /// Reads all files and compares their sums. Throws ModelDamaged. Takes a second for some
+    /// hundred megabytes.
+    static void verify(const StoredModel& model);
+
+    /// Removes a model from the user's part, with what is left of an interrupted download. Throws
+    /// std::runtime_error if it is another part's, std::system_error if the disk refuses.
+    void remove(ModelKind kind, std::string_view name);
+
+    /// Whether a name can be one of a model or of a file: letters, digits, ".", "_" and "-", not
+    /// beginning with a dot. Names come from foreign lists and must not lead out of their folder.
+    static bool isSafeName(std::string_view name);
+
+    // For the installer.
+
+    std::filesystem::path folder(ModelKind kind, std::string_view name) const;
+    /// Where files gather until the model is whole.
+    std::filesystem::path partialFolder(ModelKind kind, std::string_view name) const;
+    /// Writes the record of the files in `partialFolder` and gives it its final name.
+    StoredModel adopt(ModelKind kind, const std::string& name,
+                      const std::vector<std::string>& files,
+                      const std::map<std::string, std::string>& details);
+
+    FileSystem& files() const { return files_; }
+
+  private:
+    std::optional<StoredModel> read(ModelKind kind, const std::filesystem::path& folder,
+                                    bool isRemovable) const;
+
+    FileSystem& files_;
+    std::filesystem::path writable_;
+    std::vector<std::filesystem::path> readOnly_;
+};
+
+std::string_view folderName(ModelKind kind);
+
+} // namespace tessarune

@@ -1,0 +1,39 @@
+#include "Tessarune/platform/model-store/ProgramPlaces.h"
+
+#include <cstdlib>
+#include <system_error>
+
+namespace tessarune::ProgramPlaces {
+
+namespace {
+
+using Path = std::filesystem::path;
+
+/// `override` names the environment variable with which a developer or a package puts one more
+/// folder in front.
+std::vector<Path> places(const char* override, const char* installed, const char* built) {
+    std::vector<Path> found;
+    if (const char* value = std::getenv(override); value != nullptr && *value != '\0')
+        found.emplace_back(value);
+    std::error_code failed;
+    const Path program = std::filesystem::read_symlink("/proc/self/exe", failed);
+    if (!failed) {
+        const Path folder = program.parent_path();
+        found.push_back((folder / installed).lexically_normal());
+        // build/<preset>/bin: what scripts/setup unpacked stands in build.
+        found.push_back((folder / "../.." / built).lexically_normal());
+    }
+    return found;
+}
+
+} // namespace
+
+std::vector<Path> engineFolders() {
+    return places("TESSARUNE_ENGINES", TESSARUNE_LIBDIR_FROM_BIN "/tessarune", "engines/speech");
+}
+
+std::vector<Path> modelFolders() {
+    return places("TESSARUNE_MODELS", TESSARUNE_DATADIR_FROM_BIN "/tessarune/models", "models");
+}
+
+} // namespace tessarune::ProgramPlaces

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "Tessarune/platform/speech-engine/MoonshineABI.h"
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// The speech engine's shared library. It is opened when it is first needed and never closed (it
+/// keeps threads and state of its own), so a program without it starts all the same and learns why
+/// here.
+///
+/// Any thread; what one transcriber is asked must come from one thread at a time.
+class MoonshineLibrary {
+  public:
+    /// The library that came with the program. Throws std::runtime_error with a text that names the
+    /// places that were searched, or what is wrong with what was found; the next call tries again.
+    static std::shared_ptr<const MoonshineLibrary> shared();
+
+    /// The first library that stands in one of these folders. Throws as `shared`.
+    static std::shared_ptr<const MoonshineLibrary>
+    open(const std::vector<std::filesystem::path>& folders);
+
+    /// With calls of one's own, for tests.
+    explicit MoonshineLibrary(const moonshine::Calls& calls) : calls_(calls) {}
+
+    const moonshine::Calls& calls() const { return calls_; }
+
+    /// Throws std::runtime_error with `doing` and the engine's words if `result` is a failure, else
+    /// gives it back.
+    std::int32_t check(std::int32_t result, const char* doing) const;
+
+    /// The engine's list of the files of an English model with word times, JSON. Throws
+    /// std::runtime_error.
+    std::string dependencies(moonshine::Architecture architecture) const;
+
+  private:
+    moonshine::Calls calls_{};
+};
+
+} // namespace tessarune

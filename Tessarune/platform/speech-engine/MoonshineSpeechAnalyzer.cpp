@@ -1,0 +1,110 @@
+#include "Tessarune/platform/speech-engine/MoonshineSpeechAnalyzer.h"
+
+#include <exception>
+#include <functional>
+#include <stdexcept>
+
+namespace tessarune {
+
+namespace {
+
+using Session = std::shared_ptr<RecognitionSession>;
+
+/// Does `work` on the worker queue and comes back to the main queue with its outcome.
+Task<void> onWorker(Executor worker, Executor main, std::function<void()> work) {
+    const SwitchTo toWorker = switchTo(worker);
+    co_await toWorker;
+    std::exception_ptr failure;
+    try {
+        work();
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    const SwitchTo toMain = switchTo(main);
+    co_await toMain;
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
+/// Brings the input to the session until it ends; runs on the worker queue.
+Task<void> readInput(Session session, AsyncStream<AnalyzerInput> input, std::stop_token stop) {
+    try {
+        for (;;) {
+            Task<std::optional<AnalyzerInput>> arrival = input.next(stop);
+            const std::optional<AnalyzerInput> next = co_await arrival;
+            if (!next)
+                break;
+            if (next->buffer)
+                session->take(*next->buffer);
+        }
+    } catch (...) {
+        session->fail(std::current_exception());
+    }
+}
+
+Task<void> finishAfter(std::optional<TaskHandle> reading, Session session, Executor worker,
+                       Executor main) {
+    if (reading) {
+        OneShot<bool> readAll = reading->finished();
+        co_await readAll;
+    }
+    std::function<void()> finish = [session] { session->finish(); };
+    Task<void> finishing = onWorker(std::move(worker), std::move(main), std::move(finish));
+    co_await finishing;
+}
+
+} // namespace
+
+MoonshineSpeechAnalyzer::MoonshineSpeechAnalyzer(Host& host, Executor worker,
+                                                 std::shared_ptr<SpeechModels> models,
+                                                 const MoonshineSpeechTranscriber& transcriber,
+                                                 AsyncStream<SpeechResult> results,
+                                                 RecognitionPolicy policy)
+    : worker_(std::move(worker)),
+      main_(Executor::main(host)),
+      session_(std::make_shared<RecognitionSession>(
+          host, worker_, std::move(models), transcriber.options(), std::move(results), policy)) {}
+
+MoonshineSpeechAnalyzer::~MoonshineSpeechAnalyzer() {
+    abandon();
+}
+
+void MoonshineSpeechAnalyzer::abandon() {
+    session_->end();
+    stopReading_.request_stop();
+    worker_.run([session = session_] { session->release(); });
+}
+
+Task<void> MoonshineSpeechAnalyzer::prepareToAnalyze(AudioFormat format) {
+    if (format != bestAvailableAudioFormat())
+        throw std::invalid_argument("The speech engine takes 16 kHz, one channel.");
+    return onWorker(worker_, main_, [session = session_] { session->prepare(); });
+}
+
+Task<void> MoonshineSpeechAnalyzer::start(AsyncStream<AnalyzerInput> inputSequence) {
+    std::function<void()> begin = [session = session_] { session->begin(); };
+    Task<void> beginning = onWorker(worker_, main_, std::move(begin));
+    co_await beginning;
+    Task<void> reading = readInput(session_, std::move(inputSequence), stopReading_.get_token());
+    reading_ = spawn(worker_, std::move(reading), stopReading_);
+}
+
+Task<void> MoonshineSpeechAnalyzer::finalize(double) {
+    return onWorker(worker_, main_, [] {});
+}
+
+Task<void> MoonshineSpeechAnalyzer::cancelAnalysis(double) {
+    return onWorker(worker_, main_, [session = session_] { session->forgetOldLines(); });
+}
+
+Task<void> MoonshineSpeechAnalyzer::finalizeAndFinishThroughEndOfInput() {
+    return finishAfter(reading_, session_, worker_, main_);
+}
+
+Task<void> MoonshineSpeechAnalyzer::cancelAndFinishNow() {
+    abandon();
+    const SwitchTo toMain = switchTo(main_);
+    co_await toMain;
+}
+
+} // namespace tessarune

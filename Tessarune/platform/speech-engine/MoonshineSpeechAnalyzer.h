@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Tessarune/platform/speech-engine/RecognitionSession.h"
+#include "Tessarune/speech/SpeechAnalyzer.h"
+
+#include <memory>
+#include <optional>
+#include <stop_token>
+
+namespace tessarune {
+
+/// The half of the recogniser that gives results: what was asked for, and the stream that the
+/// analyzer fills.
+class MoonshineSpeechTranscriber final : public SpeechTranscriber {
+  public:
+    MoonshineSpeechTranscriber(SpeechTranscriberOptions options, Executor resultsExecutor)
+        : options_(std::move(options)), results_(std::move(resultsExecutor)) {}
+
+    AsyncStream<SpeechResult> results() override { return results_; }
+    const SpeechTranscriberOptions& options() const { return options_; }
+
+  private:
+    SpeechTranscriberOptions options_;
+    AsyncStream<SpeechResult> results_;
+};
+
+/// The half that takes sound: brings every operation to the worker queue, where the session is, and
+/// its outcome back to the main queue. Dropping it ends the session.
+///
+/// `finalize` leaves an open line to the engine, which closes lines at the speaker's own pauses.
+class MoonshineSpeechAnalyzer final : public SpeechAnalyzer {
+  public:
+    MoonshineSpeechAnalyzer(Host& host, Executor worker, std::shared_ptr<SpeechModels> models,
+                            const MoonshineSpeechTranscriber& transcriber,
+                            AsyncStream<SpeechResult> results, RecognitionPolicy policy);
+    ~MoonshineSpeechAnalyzer() override;
+
+    AudioFormat bestAvailableAudioFormat() const override { return {speechSampleRate, 1}; }
+    Executor inputExecutor() const override { return worker_; }
+
+    Task<void> prepareToAnalyze(AudioFormat format) override;
+    Task<void> start(AsyncStream<AnalyzerInput> inputSequence) override;
+    Task<void> finalize(double through) override;
+    Task<void> cancelAnalysis(double before) override;
+    Task<void> finalizeAndFinishThroughEndOfInput() override;
+    Task<void> cancelAndFinishNow() override;
+
+  private:
+    void abandon();
+
+    Executor worker_;
+    Executor main_;
+    std::shared_ptr<RecognitionSession> session_;
+    std::stop_source stopReading_;
+    std::optional<TaskHandle> reading_;
+};
+
+} // namespace tessarune

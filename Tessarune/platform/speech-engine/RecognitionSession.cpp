@@ -1,0 +1,163 @@
+#include "Tessarune/platform/speech-engine/RecognitionSession.h"
+
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <string>
+
+namespace tessarune {
+
+namespace {
+
+constexpr double warmUpSeconds = 0.5;
+/// Sound that is given to a new stream once more. The engine opens a line at most this long after
+/// its first sound.
+constexpr double recentSeconds = 3;
+
+constexpr auto samplesIn(double seconds) {
+    return static_cast<std::size_t>(seconds * speechSampleRate);
+}
+
+} // namespace
+
+RecognitionSession::RecognitionSession(Host& host, Executor worker,
+                                       std::shared_ptr<SpeechModels> models,
+                                       SpeechTranscriberOptions options,
+                                       AsyncStream<SpeechResult> results, RecognitionPolicy policy)
+    : host_(host),
+      worker_(std::move(worker)),
+      models_(std::move(models)),
+      results_(std::move(results)),
+      policy_(policy),
+      reader_(std::move(options)) {}
+
+void RecognitionSession::prepare() {
+    model_ = models_->loaded();
+    MoonshineStream trial(model_);
+    trial.add(std::vector<float>(samplesIn(warmUpSeconds), 0.0F));
+    trial.stop();
+    trial.transcribe();
+}
+
+void RecognitionSession::begin() {
+    if (!model_)
+        model_ = models_->loaded();
+    stream_.emplace(model_);
+    nextPassAt_ = host_.now() + policy_.passInterval;
+}
+
+/// Runs work that may fail, unless the session is over.
+template <typename Work>
+void RecognitionSession::guarded(Work work) {
+    if (!stream_ || results_.isFinished())
+        return;
+    try {
+        work();
+    } catch (...) {
+        fail(std::current_exception());
+    }
+}
+
+void RecognitionSession::take(const AudioBuffer& buffer) {
+    guarded([&] {
+        if (buffer.format != AudioFormat{speechSampleRate, 1})
+            throw std::runtime_error("The speech engine was given sound in a wrong format.");
+        stream_->add(buffer.samples);
+        takenSamples_ += buffer.samples.size();
+        recent_.insert(recent_.end(), buffer.samples.begin(), buffer.samples.end());
+        if (recent_.size() > samplesIn(recentSeconds))
+            recent_.erase(recent_.begin(),
+                          recent_.end() - static_cast<std::ptrdiff_t>(samplesIn(recentSeconds)));
+        hasNewSound_ = true;
+        passIfDue();
+    });
+}
+
+void RecognitionSession::passIfDue() {
+    const double wait = nextPassAt_ - host_.now();
+    if (wait <= 0) {
+        pass();
+        return;
+    }
+    if (passIsScheduled_)
+        return;
+    passIsScheduled_ = true;
+    host_.after(wait, [weak = weak_from_this(), worker = worker_] {
+        worker.run([weak] {
+            const auto session = weak.lock();
+            if (!session)
+                return;
+            session->passIsScheduled_ = false;
+            session->guarded([&] {
+                if (session->hasNewSound_)
+                    session->passIfDue();
+            });
+        });
+    });
+}
+
+void RecognitionSession::pass() {
+    const double began = host_.now();
+    const moonshine::Transcript& transcript = stream_->transcribe();
+    const double took = host_.now() - began;
+    nextPassAt_ = began + std::max(policy_.passInterval, policy_.passCostFactor * took);
+    hasNewSound_ = false;
+    deliver(transcript);
+    if (reader_.hasOpenLine()) {
+        busySeconds_ += took;
+        ++busyPasses_;
+    }
+}
+
+void RecognitionSession::deliver(const moonshine::Transcript& transcript) {
+    for (SpeechResult& result : reader_.read(transcript))
+        results_.yield(std::move(result));
+}
+
+void RecognitionSession::forgetOldLines() {
+    if (reader_.completeLines() >= policy_.linesBeforeRestart && !reader_.hasOpenLine())
+        guarded([&] { restart(); });
+}
+
+/// The new stream hears again what followed the last complete line: a word may have begun that the
+/// engine has not made a line of yet.
+void RecognitionSession::restart() {
+    const double heard = takenSeconds();
+    const double again = std::min(heard - reader_.completeThrough(),
+                                  static_cast<double>(recent_.size()) / speechSampleRate);
+    const std::size_t count = samplesIn(std::max(again, 0.0));
+    stream_.emplace(model_);
+    stream_->add(
+        std::vector<float>(recent_.end() - static_cast<std::ptrdiff_t>(count), recent_.end()));
+    reader_.restarted(heard - static_cast<double>(count) / speechSampleRate);
+    hasNewSound_ = true;
+}
+
+void RecognitionSession::finish() {
+    guarded([&] {
+        stream_->stop();
+        deliver(stream_->transcribe());
+    });
+    release();
+    results_.finish();
+}
+
+void RecognitionSession::release() {
+    stream_.reset();
+    if (busyPasses_ > 0)
+        models_->observe(model_->name(), busySeconds_ / static_cast<double>(busyPasses_),
+                         busyPasses_);
+    busyPasses_ = 0;
+}
+
+void RecognitionSession::fail(std::exception_ptr failure) {
+    stream_.reset();
+    results_.fail(std::move(failure));
+}
+
+double RecognitionSession::takenSeconds() const {
+    return static_cast<double>(takenSamples_) / speechSampleRate;
+}
+
+} // namespace tessarune

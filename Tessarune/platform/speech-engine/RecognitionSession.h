@@ -1,0 +1,85 @@
+#pragma once
+
+#include "Tessarune/audio/AudioBuffer.h"
+#include "Tessarune/platform/speech-engine/MoonshineModel.h"
+#include "Tessarune/platform/speech-engine/SpeechModels.h"
+#include "Tessarune/platform/speech-engine/TranscriptReader.h"
+#include "Tessarune/speech/SpeechTranscriber.h"
+#include "TessaruneCore/host/AsyncStream.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace tessarune {
+
+/// How the engine is driven.
+struct RecognitionPolicy {
+    /// Seconds from one look at the sound to the next, while the computer is quick enough.
+    double passInterval = 0.2;
+    /// Of these, how many times the last look's own time must have passed; leaves the computer half
+    /// of its time however slow it is.
+    double passCostFactor = 2;
+    /// Complete lines after which the engine's stream is made anew, so that its list stays short.
+    std::size_t linesBeforeRestart = 300;
+};
+
+/// One session's sound on its way through the engine. Everything happens on the worker queue that
+/// was given, `end` apart; the results go to a stream that is read elsewhere. The first failure of
+/// the engine ends the results with it, and what comes after is dropped.
+class RecognitionSession : public std::enable_shared_from_this<RecognitionSession> {
+  public:
+    RecognitionSession(Host& host, Executor worker, std::shared_ptr<SpeechModels> models,
+                       SpeechTranscriberOptions options, AsyncStream<SpeechResult> results,
+                       RecognitionPolicy policy);
+
+    /// Loads the model and runs half a second of silence through it. Throws.
+    void prepare();
+    /// Makes the engine's stream. Throws.
+    void begin();
+    /// Takes sound and looks at it if it is time, else soon.
+    void take(const AudioBuffer& buffer);
+    /// All sound has been given: recognises what is left and ends the results.
+    void finish();
+    /// Makes the engine's stream anew if its list has grown long and no line is open.
+    void forgetOldLines();
+    /// Frees the engine's stream.
+    void release();
+    /// Ends the results with a failure.
+    void fail(std::exception_ptr failure);
+
+    /// Ends the results at once. Any thread; `release` is still to be called.
+    void end() const { results_.finish(); }
+
+    /// Seconds of sound that were taken.
+    double takenSeconds() const;
+
+  private:
+    void passIfDue();
+    void pass();
+    void deliver(const moonshine::Transcript& transcript);
+    void restart();
+    template <typename Work>
+    void guarded(Work work);
+
+    Host& host_;
+    Executor worker_;
+    std::shared_ptr<SpeechModels> models_;
+    AsyncStream<SpeechResult> results_;
+    RecognitionPolicy policy_;
+    TranscriptReader reader_;
+
+    std::shared_ptr<MoonshineModel> model_;
+    std::optional<MoonshineStream> stream_;
+    std::uint64_t takenSamples_ = 0;
+    std::vector<float> recent_; ///< the end of the sound that was taken
+    double nextPassAt_ = 0;     ///< host time
+    bool passIsScheduled_ = false;
+    bool hasNewSound_ = false;
+
+    double busySeconds_ = 0; ///< in passes that recognised something
+    std::size_t busyPasses_ = 0;
+};
+
+} // namespace tessarune

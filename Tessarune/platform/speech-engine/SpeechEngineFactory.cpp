@@ -1,0 +1,40 @@
+#include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
+
+#include "Tessarune/platform/speech-engine/MoonshineSpeechAnalyzer.h"
+
+#include <stdexcept>
+
+namespace tessarune {
+
+SpeechEngine makeSpeechEngine(Host& host, ModelStore& store,
+                              std::function<std::string()> modelChoice) {
+    return makeSpeechEngine(host, store, std::move(modelChoice), &MoonshineLibrary::shared, {});
+}
+
+SpeechEngine makeSpeechEngine(Host& host, ModelStore& store,
+                              std::function<std::string()> modelChoice,
+                              std::function<std::shared_ptr<const MoonshineLibrary>()> library,
+                              RecognitionPolicy policy) {
+    auto models = std::make_shared<SpeechModels>(store, std::move(modelChoice), std::move(library),
+                                                 policy.passInterval / 2);
+    const Executor worker = Executor::queue(
+        host, host.serialQueue("tessarune.speech-engine", QueuePriority::userInitiated));
+
+    SpeechEngine engine;
+    engine.makeTranscriber = [](SpeechTranscriberOptions options, Executor resultsExecutor) {
+        return std::make_shared<MoonshineSpeechTranscriber>(std::move(options),
+                                                            std::move(resultsExecutor));
+    };
+    engine.makeAnalyzer =
+        [&host, worker, models, policy](
+            std::shared_ptr<SpeechTranscriber> transcriber) -> std::shared_ptr<SpeechAnalyzer> {
+        const auto ours = std::dynamic_pointer_cast<MoonshineSpeechTranscriber>(transcriber);
+        if (!ours)
+            throw std::logic_error("an analyzer works for a transcriber of its own engine");
+        return std::make_shared<MoonshineSpeechAnalyzer>(host, worker, models, *ours,
+                                                         ours->results(), policy);
+    };
+    return engine;
+}
+
+} // namespace tessarune

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Tessarune/platform/speech-engine/MoonshineABI.h"
+#include "Tessarune/speech/SpeechTranscriber.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// Turns the lines of one stream, read again and again as they grow, into results: a volatile one
+/// when the open line has changed, a final one when a line has become complete. Each line gives one
+/// final. Pure; one thread.
+class TranscriptReader {
+  public:
+    explicit TranscriptReader(SpeechTranscriberOptions options) : options_(std::move(options)) {}
+
+    /// The results that are new since the last call, in order.
+    std::vector<SpeechResult> read(const moonshine::Transcript& transcript);
+
+    /// The engine's stream was made anew and begins at this time of the session; its lines count
+    /// from 0 again.
+    void restarted(double at);
+
+    /// How many lines of the stream are complete.
+    std::size_t completeLines() const { return completeLines_; }
+    /// Where the last complete line ends, in seconds of the session; the stream's begin before.
+    double completeThrough() const { return completeThrough_; }
+    bool hasOpenLine() const { return hasOpenLine_; }
+
+  private:
+    SpeechResult result(const moonshine::Line& line, bool isFinal) const;
+    std::vector<SpeechRun> timedRuns(const std::string& text, const moonshine::Line& line) const;
+    std::vector<SpeechRun> evenRuns(const std::string& text, double start, double end) const;
+
+    SpeechTranscriberOptions options_;
+    double clockOffset_ = 0;
+    std::size_t completeLines_ = 0;
+    double completeThrough_ = 0;
+    bool hasOpenLine_ = false;
+    std::string openText_; ///< what the last volatile result of the open line said
+};
+
+} // namespace tessarune

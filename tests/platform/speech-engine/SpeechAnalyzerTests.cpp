@@ -1,0 +1,306 @@
+// The adapter's behaviour over an engine that hears what is written down, in virtual time.
+
+#include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
+#include "TessaruneCore/text/Text.h"
+#include "tests/platform/speech-engine/ScriptedEngine.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <optional>
+
+using namespace tessarune;
+using namespace tessarune::testing;
+
+namespace {
+
+const std::vector<ScriptedEngine::Spoken> threeLines{{"It was the best of times,", 1.0, 3.0},
+                                                     {"it was the worst of times.", 3.2, 5.5},
+                                                     {"So it goes.", 7.0, 8.0}};
+
+class SpeechAnalyzerTest : public ::testing::Test {
+  protected:
+    static constexpr double batch = 0.085;
+
+    SpeechAnalyzerTest() : store_(disk_, folder_ / "Models", {}) {
+        const auto partial = store_.partialFolder(ModelKind::speech, "tiny-en");
+        std::filesystem::create_directories(partial);
+        std::ofstream(partial / "encoder.ort") << "weights";
+        store_.adopt(ModelKind::speech, "tiny-en", {"encoder.ort"}, {{"architecture", "0"}});
+        engine_.script = threeLines;
+    }
+
+    void make(RecognitionPolicy policy = {}) {
+        const SpeechEngine engine = makeSpeechEngine(
+            host_, store_, [this] { return choice_; }, [this] { return engine_.library(); },
+            policy);
+        const SpeechTranscriberOptions options{"en-US",
+                                               {SpeechReportingOption::volatileResults},
+                                               {SpeechAttributeOption::audioTimeRange}};
+        transcriber_ = engine.makeTranscriber(options, Executor::main(host_));
+        analyzer_ = engine.makeAnalyzer(transcriber_);
+        input_.emplace(analyzer_->inputExecutor());
+        spawn(Executor::main(host_), collect(transcriber_->results(), this));
+    }
+
+    void startUp(RecognitionPolicy policy = {}) {
+        make(policy);
+        EXPECT_EQ(run(analyzer_->prepareToAnalyze(analyzer_->bestAvailableAudioFormat())), "");
+        EXPECT_EQ(run(analyzer_->start(*input_)), "");
+    }
+
+    /// What the task threw, or nothing.
+    std::string run(Task<void> task) {
+        std::string failure;
+        const TaskHandle handle = spawn(Executor::main(host_), guard(std::move(task), &failure));
+        while (!handle.isFinished() && host_.simulated.step()) {
+        }
+        return failure;
+    }
+
+    /// Feeds up to this time of the session, in real time.
+    void hearUntil(double seconds) {
+        while (fed_ < seconds) {
+            auto buffer = std::make_shared<AudioBuffer>();
+            buffer->format = analyzer_->bestAvailableAudioFormat();
+            for (int i = 0; i < static_cast<int>(batch * speechSampleRate); ++i)
+                buffer->samples.push_back(static_cast<float>(fed_ + i / 16000.0));
+            fed_ += batch;
+            input_->yield({buffer});
+            // While the engine worked, real time went on and more sound came.
+            const double due = startedAt_ + fed_;
+            if (host_.now() < due)
+                host_.simulated.advanceBy(due - host_.now());
+        }
+        host_.simulated.runDue(host_.simulated.now());
+    }
+
+    void hearUntilAnew(double seconds) {
+        fed_ = 0;
+        startedAt_ = host_.now();
+        hearUntil(seconds);
+    }
+
+    std::vector<std::string> texts(bool finals) const {
+        std::vector<std::string> found;
+        for (const SpeechResult& result : results_) {
+            if (result.isFinal == finals)
+                found.push_back(result.text());
+        }
+        return found;
+    }
+
+    static Task<void> guard(Task<void> task, std::string* failure) {
+        try {
+            co_await task;
+        } catch (const std::exception& thrown) {
+            *failure = thrown.what();
+        }
+    }
+    static Task<void> collect(AsyncStream<SpeechResult> stream, SpeechAnalyzerTest* self) {
+        try {
+            for (;;) {
+                Task<std::optional<SpeechResult>> arrival = stream.next();
+                std::optional<SpeechResult> next = co_await arrival;
+                if (!next)
+                    break;
+                self->results_.push_back(std::move(*next));
+            }
+        } catch (const std::exception& thrown) {
+            self->failure_ = thrown.what();
+        }
+        self->ended_ = true;
+    }
+
+    WorkingHost host_;
+    double startedAt_ = host_.now();
+    TemporaryFolder folder_;
+    PosixFileSystem disk_;
+    ModelStore store_;
+    std::string choice_ = "automatic";
+    ScriptedEngine engine_{host_};
+    std::shared_ptr<SpeechTranscriber> transcriber_;
+    std::shared_ptr<SpeechAnalyzer> analyzer_;
+    std::optional<AsyncStream<AnalyzerInput>> input_;
+    double fed_ = 0;
+    std::vector<SpeechResult> results_;
+    std::string failure_;
+    bool ended_ = false;
+};
+
+std::vector<std::string> textsOf(const std::vector<ScriptedEngine::Spoken>& script) {
+    std::vector<std::string> all;
+    for (const auto& line : script)
+        all.push_back(line.text);
+    return all;
+}
+
+} // namespace
+
+TEST_F(SpeechAnalyzerTest, LinesBecomeFinalsAndTheDrainGivesTheRest) {
+    startUp();
+    hearUntil(2.6);
+    EXPECT_TRUE(texts(true).empty());
+    EXPECT_GE(texts(false).size(), 3u) << "words appear while they are spoken";
+    hearUntil(7.7);
+    EXPECT_EQ(texts(true).size(), 2u);
+    EXPECT_FALSE(ended_);
+    input_->finish();
+    EXPECT_EQ(run(analyzer_->finalizeAndFinishThroughEndOfInput()), "");
+    EXPECT_TRUE(ended_);
+    ASSERT_EQ(texts(true).size(), 3u);
+    EXPECT_EQ(texts(true).front(), threeLines.front().text);
+    EXPECT_NEAR(engine_.heard, fed_, 0.001) << "every second must reach the engine";
+    EXPECT_EQ(engine_.streamsOpen, 0u);
+    EXPECT_EQ(engine_.modelsLoaded, 1u);
+}
+
+TEST_F(SpeechAnalyzerTest, SlowComputerUpdatesLessOftenAndKeepsUp) {
+    for (const double cost : {0.0, 0.05, 0.3, 1.5}) {
+        engine_.passes.clear();
+        engine_.passCost = 0; // warming up is not what is looked at
+        startUp();
+        engine_.passes.clear();
+        engine_.passCost = cost;
+        hearUntilAnew(12);
+        ASSERT_GE(engine_.passes.size(), 3u) << cost;
+        for (std::size_t i = 1; i < engine_.passes.size(); ++i) {
+            const auto& [at, heard] = engine_.passes[i];
+            EXPECT_GE(at - engine_.passes[i - 1].at, std::max(0.2, 2 * cost) - 1e-6) << cost;
+            EXPECT_LE(at - engine_.passes[i - 1].at, std::max(0.2, 2 * cost) + 2 * batch) << cost;
+            // All that had been said by then was looked at, a batch or two on the way apart.
+            EXPECT_GE(heard, at - startedAt_ - 2 * batch - cost) << cost;
+        }
+        run(analyzer_->cancelAndFinishNow());
+    }
+}
+
+TEST_F(SpeechAnalyzerTest, SoundThatStopsComingIsStillLookedAt) {
+    startUp();
+    hearUntil(1.9);
+    const std::size_t before = engine_.passes.size();
+    host_.simulated.advanceBy(5);
+    ASSERT_EQ(engine_.passes.size(), before + 1) << "once, and not again and again";
+    EXPECT_NEAR(engine_.passes.back().heard, fed_, 0.001);
+}
+
+TEST_F(SpeechAnalyzerTest, OldLinesAreDroppedBetweenLinesAndTheClockGoesOn) {
+    startUp(RecognitionPolicy{.linesBeforeRestart = 2});
+    hearUntil(2);
+    run(analyzer_->cancelAnalysis(0.5));
+    EXPECT_EQ(engine_.streamsMade, 2u) << "the trial of the preparation and the session's";
+    hearUntil(7.3); // the third line has begun, and the engine does not show it yet
+    run(analyzer_->cancelAnalysis(5));
+    EXPECT_EQ(engine_.streamsMade, 3u);
+    EXPECT_EQ(engine_.streamsOpen, 1u);
+    hearUntil(9);
+    EXPECT_EQ(texts(true), textsOf(threeLines));
+    EXPECT_NEAR(results_.back().runs.front().audioStart.value(), 7.0, 0.001);
+    EXPECT_NEAR(results_.back().runs.back().audioEnd.value(), 8.0, 0.001);
+}
+
+TEST_F(SpeechAnalyzerTest, AbortEndsTheResultsAtOnce) {
+    startUp();
+    hearUntil(4);
+    const std::size_t before = results_.size();
+    run(analyzer_->cancelAndFinishNow());
+    EXPECT_TRUE(ended_);
+    hearUntil(6);
+    EXPECT_EQ(results_.size(), before);
+    EXPECT_EQ(engine_.streamsOpen, 0u);
+    // A drain that was under way, or comes late, ends too.
+    EXPECT_EQ(run(analyzer_->finalizeAndFinishThroughEndOfInput()), "");
+}
+
+TEST_F(SpeechAnalyzerTest, DroppedAnalyzerLeavesNothingBehind) {
+    startUp();
+    hearUntil(2);
+    analyzer_.reset();
+    host_.simulated.runUntilIdle();
+    EXPECT_TRUE(ended_);
+    EXPECT_EQ(engine_.streamsOpen, 0u);
+}
+
+TEST_F(SpeechAnalyzerTest, FailuresSaySoWhereTheyHappen) {
+    struct Case {
+        const char* call;
+        const char* prepare; // what the text begins with
+        const char* start;
+        const char* results;
+    };
+    for (const auto& [call, prepare, start, results] :
+         {Case{"load", "The speech model tiny-en does not load: out of order", "", ""},
+          Case{"start", "", "The speech engine does not start: out of order", ""},
+          Case{"add", "", "", "The speech engine takes no sound: out of order"},
+          Case{"transcribe", "", "", "The speech engine failed: out of order"}}) {
+        SCOPED_TRACE(call);
+        failure_.clear();
+        ended_ = false;
+        make();
+        if (*prepare != '\0')
+            engine_.failing = call;
+        EXPECT_EQ(run(analyzer_->prepareToAnalyze({speechSampleRate, 1})), prepare);
+        if (*prepare == '\0') {
+            if (*start != '\0')
+                engine_.failing = call;
+            EXPECT_EQ(run(analyzer_->start(*input_)), start);
+        }
+        if (*results != '\0') {
+            engine_.failing = call;
+            hearUntilAnew(2);
+            EXPECT_EQ(failure_, results);
+            EXPECT_TRUE(ended_);
+            input_->finish();
+            EXPECT_EQ(run(analyzer_->finalizeAndFinishThroughEndOfInput()), "");
+        }
+        engine_.failing.clear();
+        analyzer_.reset();
+        host_.simulated.runUntilIdle();
+        EXPECT_EQ(engine_.streamsOpen, 0u);
+    }
+}
+
+TEST_F(SpeechAnalyzerTest, MissingPartsAreNamed) {
+    make();
+    choice_ = "medium-streaming-en";
+    EXPECT_EQ(run(analyzer_->prepareToAnalyze({speechSampleRate, 1})),
+              "The speech model medium-streaming-en is not on this computer.");
+    choice_ = "automatic";
+    const auto file = store_.folder(ModelKind::speech, "tiny-en") / "encoder.ort";
+    std::ofstream(file) << "wEights"; // as long as before
+    EXPECT_NE(run(analyzer_->prepareToAnalyze({speechSampleRate, 1})).find(file.string()),
+              std::string::npos);
+    EXPECT_EQ(engine_.modelsLoaded, 0u) << "found before loading";
+
+    const TemporaryFolder empty;
+    try {
+        MoonshineLibrary::open({empty.path()});
+        FAIL() << "there is no library";
+    } catch (const std::runtime_error& failure) {
+        EXPECT_NE(std::string(failure.what()).find(empty.path().string()), std::string::npos);
+    }
+    std::ofstream(empty / "libmoonshine.so") << "no library";
+    EXPECT_THROW(MoonshineLibrary::open({empty.path()}), std::runtime_error);
+}
+
+TEST_F(SpeechAnalyzerTest, AutomaticTakesTheLargestThatIsWholeAndQuickEnough) {
+    for (const char* name : {"small-streaming-en", "medium-streaming-en"}) {
+        const auto partial = store_.partialFolder(ModelKind::speech, name);
+        std::filesystem::create_directories(partial);
+        std::ofstream(partial / "encoder.ort") << "weights";
+        store_.adopt(ModelKind::speech, name, {"encoder.ort"}, {{"architecture", "4"}});
+    }
+    SpeechModels models(
+        store_, [this] { return choice_; }, [this] { return engine_.library(); }, 0.1);
+    EXPECT_EQ(models.choose().name, "medium-streaming-en");
+    models.observe("medium-streaming-en", 0.9, 10);
+    EXPECT_EQ(models.choose().name, "medium-streaming-en") << "ten passes prove nothing";
+    models.observe("medium-streaming-en", 0.9, 100);
+    EXPECT_EQ(models.choose().name, "small-streaming-en");
+    std::filesystem::remove(store_.folder(ModelKind::speech, "small-streaming-en") / "encoder.ort");
+    EXPECT_EQ(models.choose().name, "tiny-en");
+    choice_ = "medium-streaming-en";
+    EXPECT_EQ(models.choose().name, "medium-streaming-en") << "the user's word counts";
+}

@@ -1,0 +1,106 @@
+#include "Tessarune/platform/speech-engine/TranscriptReader.h"
+
+#include <gtest/gtest.h>
+
+using namespace tessarune;
+
+namespace {
+
+moonshine::Line line(const char* text, bool isComplete, float start = 0, float duration = 1) {
+    moonshine::Line made{};
+    made.text = text;
+    made.isComplete = isComplete;
+    made.start = start;
+    made.duration = duration;
+    return made;
+}
+
+const SpeechTranscriberOptions everything{
+    "en-US",
+    {SpeechReportingOption::volatileResults},
+    {SpeechAttributeOption::audioTimeRange, SpeechAttributeOption::transcriptionConfidence}};
+
+/// "~text" for a volatile result, "text" for a final.
+std::vector<std::string> read(TranscriptReader& reader, const std::vector<moonshine::Line>& lines) {
+    std::vector<std::string> found;
+    for (const SpeechResult& result : reader.read({lines.data(), lines.size()})) {
+        EXPECT_EQ(result.alternatives, std::vector<std::string>{result.text()});
+        found.push_back((result.isFinal ? "" : "~") + result.text());
+    }
+    return found;
+}
+
+using Texts = std::vector<std::string>;
+
+} // namespace
+
+TEST(TranscriptReaderTest, GivesWhatChangedOnceAndInOrder) {
+    TranscriptReader reader(everything);
+    EXPECT_EQ(read(reader, {}), Texts{});
+    EXPECT_EQ(read(reader, {line("Ever", false)}), Texts{"~Ever"});
+    EXPECT_EQ(read(reader, {line("Ever", false)}), Texts{});
+    EXPECT_TRUE(reader.hasOpenLine());
+    EXPECT_EQ(read(reader, {line("Ever tried.", true)}), Texts{"Ever tried."});
+    EXPECT_EQ(read(reader, {line("Ever tried.", true)}), Texts{});
+    // The same words once more are another line.
+    EXPECT_EQ(read(reader, {line("Ever tried.", true), line("Ever tried.", false, 2)}),
+              Texts{"~Ever tried."});
+    // Two finals and the next open line from one pass.
+    EXPECT_EQ(read(reader, {line("Ever tried.", true), line("Ever tried.", true, 2),
+                            line("No matter.", true, 4), line("Try", false, 6)}),
+              (Texts{"Ever tried.", "No matter.", "~Try"}));
+    EXPECT_EQ(reader.completeLines(), 3u);
+    EXPECT_DOUBLE_EQ(reader.completeThrough(), 5);
+}
+
+TEST(TranscriptReaderTest, LineThatComesToNothingTakesBackWhatWasShown) {
+    TranscriptReader reader(everything);
+    EXPECT_EQ(read(reader, {line("", true)}), Texts{});
+    EXPECT_EQ(read(reader, {line("", true), line("Um", false)}), Texts{"~Um"});
+    EXPECT_EQ(read(reader, {line("", true), line("", true)}), Texts{""});
+    EXPECT_EQ(read(reader, {line("", true), line("", true), line(nullptr, false)}), Texts{});
+}
+
+TEST(TranscriptReaderTest, VolatileResultsOnlyWhereAskedFor) {
+    TranscriptReader reader({"en-US", {}, {}});
+    EXPECT_EQ(read(reader, {line("Ever", false)}), Texts{});
+    const std::vector<moonshine::Line> lines{line("Ever tried.", true)};
+    const std::vector<SpeechResult> results = reader.read({lines.data(), lines.size()});
+    ASSERT_EQ(results.size(), 1u);
+    for (const SpeechRun& run : results.front().runs)
+        EXPECT_FALSE(run.audioStart || run.audioEnd || run.confidence) << run.text;
+}
+
+TEST(TranscriptReaderTest, RunsJoinedAreTheTextAndCarryTimes) {
+    using Words = std::vector<moonshine::Word>;
+    const Words timed{
+        {"In", 0.5F, 0.75F, 0.5F}, {" short", 1.0F, 1.25F, 0.75F}, {",", 1.25F, 1.5F, 0.25F}};
+    const Words other{{"On", 0.5F, 0.75F, 0.5F}, {"short,", 1.0F, 1.5F, 0.75F}};
+    struct Case {
+        const char* text;
+        Words words;
+        std::vector<SpeechRun> runs;
+    };
+    const std::vector<Case> cases{
+        // The engine's times, its words put together to the text's; the least sure part counts.
+        {"In short,", timed, {{"In", 10.5, 10.75, 0.5}, {" short,", 11.0, 11.5, 0.25}}},
+        // No words, or words of another text: the line's span from 12 to 14 by length.
+        {"In short,", {}, {{"In", 12.0, 12.5, {}}, {" short,", 12.5, 14.0, {}}}},
+        {"In short,", other, {{"In", 12.0, 12.5, {}}, {" short,", 12.5, 14.0, {}}}},
+        {" In  short, ", {}, {{" In", 12.0, 12.5, {}}, {"  short, ", 12.5, 14.0, {}}}},
+        {"naïve été", {}, {{"naïve", 12.0, 13.25, {}}, {" été", 13.25, 14.0, {}}}},
+        {" ", {}, {}},
+    };
+    for (const auto& [text, words, runs] : cases) {
+        SCOPED_TRACE(text);
+        TranscriptReader reader(everything);
+        reader.restarted(10);
+        moonshine::Line one = line(text, true, 2, 2);
+        one.words = words.data();
+        one.wordCount = words.size();
+        const std::vector<SpeechResult> results = reader.read({&one, 1});
+        ASSERT_EQ(results.size(), 1u);
+        EXPECT_EQ(results.front().runs, runs);
+        EXPECT_DOUBLE_EQ(reader.completeThrough(), 14);
+    }
+}

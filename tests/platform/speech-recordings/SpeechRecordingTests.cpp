@@ -1,0 +1,168 @@
+// The real engine with the model that is always there, on the shipped recordings.
+
+#include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "Tessarune/platform/model-store/ProgramPlaces.h"
+#include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
+#include "TessaruneCore/host/SimulatedHost.h"
+#include "TessaruneCore/text/Text.h"
+#include "tests/support/Recording.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/WordErrorRate.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+
+using namespace tessarune;
+using namespace tessarune::testing;
+
+namespace {
+
+constexpr double batchSeconds = 0.085;
+
+std::string referenceOf(const std::string& name) {
+    std::ifstream file(std::string(TESSARUNE_TEST_DATA) + "/speech/" + name + ".txt");
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// A session in virtual time, so that the engine is driven as live and still as fast as it goes.
+class LiveRun {
+  public:
+    explicit LiveRun(RecognitionPolicy policy = {})
+        : store_(disk_, folder_ / "Models", ProgramPlaces::modelFolders()) {
+        engine_ = makeSpeechEngine(
+            host_, store_, [] { return std::string("tiny-en"); }, &MoonshineLibrary::shared,
+            policy);
+        SpeechTranscriberOptions options{"en-US",
+                                         {SpeechReportingOption::volatileResults},
+                                         {SpeechAttributeOption::audioTimeRange}};
+        transcriber_ = engine_.makeTranscriber(options, Executor::main(host_));
+        analyzer_ = engine_.makeAnalyzer(transcriber_);
+    }
+
+    /// Feeds the recording as a sound server would, and lets old lines be dropped all the time.
+    void hear(const Recording& recording) {
+        AsyncStream<AnalyzerInput> input(analyzer_->inputExecutor());
+        run(analyzer_->prepareToAnalyze(analyzer_->bestAvailableAudioFormat()));
+        run(analyzer_->start(input));
+        spawn(Executor::main(host_), collect(transcriber_->results(), this));
+        const auto batch = static_cast<std::size_t>(batchSeconds * recording.sampleRate);
+        for (std::size_t at = 0; at < recording.samples.size(); at += batch) {
+            auto buffer = std::make_shared<AudioBuffer>();
+            buffer->format = {static_cast<double>(recording.sampleRate), 1};
+            const auto begin = recording.samples.begin() + static_cast<std::ptrdiff_t>(at);
+            buffer->samples.assign(begin, begin + static_cast<std::ptrdiff_t>(std::min(
+                                                      batch, recording.samples.size() - at)));
+            input.yield({buffer});
+            host_.advanceBy(batchSeconds);
+            run(analyzer_->cancelAnalysis(0));
+        }
+        input.finish();
+        run(analyzer_->finalizeAndFinishThroughEndOfInput());
+        ASSERT_TRUE(ended);
+    }
+
+    std::string finalText() const {
+        std::string text;
+        for (const SpeechResult& result : results) {
+            if (result.isFinal)
+                text += result.text() + " ";
+        }
+        return text;
+    }
+
+    std::vector<SpeechResult> results;
+    bool ended = false;
+
+  private:
+    static Task<void> collect(AsyncStream<SpeechResult> stream, LiveRun* self) {
+        for (;;) {
+            Task<std::optional<SpeechResult>> arrival = stream.next();
+            std::optional<SpeechResult> next = co_await arrival;
+            if (!next)
+                break;
+            self->results.push_back(std::move(*next));
+        }
+        self->ended = true;
+    }
+
+    void run(Task<void> task) {
+        const TaskHandle handle = spawn(Executor::main(host_), std::move(task));
+        while (!handle.isFinished() && host_.step()) {
+        }
+        host_.runDue(host_.now());
+    }
+
+    SimulatedHost host_{1'000'000};
+    TemporaryFolder folder_;
+    PosixFileSystem disk_;
+    ModelStore store_;
+    SpeechEngine engine_;
+    std::shared_ptr<SpeechTranscriber> transcriber_;
+    std::shared_ptr<SpeechAnalyzer> analyzer_;
+};
+
+std::string batchText(const Recording& recording) {
+    PosixFileSystem disk;
+    const ModelStore store(disk, "/nonexistent", ProgramPlaces::modelFolders());
+    MoonshineModel model(MoonshineLibrary::shared(),
+                         store.find(ModelKind::speech, "tiny-en").value(), 0.1);
+    const moonshine::Transcript& transcript =
+        model.transcribe(recording.samples, recording.sampleRate);
+    std::string text;
+    for (std::size_t i = 0; i < transcript.lineCount; ++i)
+        text += std::string(transcript.lines[i].text) + " ";
+    return text;
+}
+
+Recording sample(const std::string& name) {
+    return readRecording(std::string(TESSARUNE_SAMPLES) + "/" + name + ".wav");
+}
+
+/// Every word has its time, in the order of the speech and up to its end.
+void expectTimesInOrder(const LiveRun& live, double seconds) {
+    double lastEnd = 0;
+    std::size_t volatileCount = 0;
+    for (const SpeechResult& result : live.results) {
+        volatileCount += result.isFinal ? 0 : 1;
+        double before = lastEnd - 0.5; // a line may begin a little before the one before has ended
+        for (const SpeechRun& run : result.runs) {
+            ASSERT_TRUE(run.audioStart && run.audioEnd) << run.text;
+            EXPECT_LE(before, *run.audioStart) << result.text();
+            EXPECT_LT(*run.audioStart, *run.audioEnd);
+            EXPECT_LE(*run.audioEnd, seconds + 0.1);
+            before = *run.audioStart;
+        }
+        if (result.isFinal && !result.runs.empty())
+            lastEnd = *result.runs.back().audioEnd;
+    }
+    EXPECT_GT(lastEnd, seconds - 5) << "every second must reach the engine";
+    EXPECT_GT(volatileCount, seconds) << "words must appear while they are spoken";
+}
+
+} // namespace
+
+TEST(SpeechRecordingTest, LiveIsAsRightAsTheWholeRecordingAtOnce) {
+    struct Case {
+        const char* recording;
+        std::size_t linesBeforeRestart;
+    };
+    // The last makes the engine's stream anew after every other line.
+    for (const auto& [name, lines] :
+         {Case{"beckett", 300}, Case{"two_cities", 300}, Case{"two_cities", 2}}) {
+        const Recording recording = sample(name);
+        LiveRun live(RecognitionPolicy{.linesBeforeRestart = lines});
+        live.hear(decimated(recording, speechSampleRate));
+        const std::string reference = referenceOf(name);
+        const double liveRate = wordErrorRate(reference, live.finalText());
+        const double batchRate = wordErrorRate(reference, batchText(recording));
+        std::cout << name << ": word error rate live " << liveRate << ", at once " << batchRate
+                  << "\n";
+        EXPECT_LE(liveRate, batchRate + 0.02) << live.finalText();
+        EXPECT_LT(batchRate, 0.3) << "the engine understands nothing at all";
+        expectTimesInOrder(live, recording.seconds());
+    }
+}
