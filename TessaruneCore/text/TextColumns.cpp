@@ -32,13 +32,15 @@ class Line {
 
     void add(std::string_view character, std::vector<std::string>& lines) {
         const std::size_t cells = columnsOfCharacter(character);
-        if (cells_ + cells > width_ && !text_.empty())
-            breakInto(lines);
         if (character == " ") {
             if (text_.empty())
                 return;
             breakAt_ = text_.size();
         }
+        if (cells_ + cells > width_ && !text_.empty())
+            breakInto(lines);
+        if (character == " " && text_.empty())
+            return; // it was the break
         text_ += character;
         cells_ += cells;
         if (cells == 2) {
