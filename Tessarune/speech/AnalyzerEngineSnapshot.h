@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// The state of an engine session at one moment.
+struct AnalyzerEngineSnapshot {
+    std::int64_t generation = 0;
+    double audioEpoch = 0;      ///< wall clock of audio time 0; 0 before the first sound
+    double latestAudioTime = 0; ///< seconds of sound fed
+    double segmentStart = 0;    ///< wall clock at which the running utterance began
+    std::int64_t revision = 0;  ///< partials in the running utterance
+    std::vector<std::string> requestedSpeechOptions;
+
+    /// Nothing before the first sound.
+    std::optional<double> wallTime(std::optional<double> audioTime) const {
+        if (!audioTime || !(audioEpoch > 0))
+            return std::nullopt;
+        return audioEpoch + *audioTime;
+    }
+};
+
+} // namespace tessarune

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <cassert>
+#include <mutex>
+
+namespace tessarune {
+
+/// A mutex of which a thread holds at most one at a time, so that no two of them can ever wait for
+/// each other. Builds with assertions stop at a thread that takes a second one, whichever it is.
+class SoleLock {
+  public:
+    void lock() {
+        assertNoneHeld();
+        mutex_.lock();
+#ifndef NDEBUG
+        held_ = true;
+#endif
+    }
+
+    void unlock() {
+#ifndef NDEBUG
+        held_ = false;
+#endif
+        mutex_.unlock();
+    }
+
+    /// For code that must not run under such a lock: calls into foreign code.
+    static void assertNoneHeld() {
+#ifndef NDEBUG
+        assert(!held_);
+#endif
+    }
+
+  private:
+    std::mutex mutex_;
+#ifndef NDEBUG
+    static inline thread_local bool held_ = false;
+#endif
+};
+
+} // namespace tessarune

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Tessarune/speech/SpeechAnalyzerAssetStatus.h"
+#include "Tessarune/speech/SpeechAnalyzerAssets.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/observation/Published.h"
+
+#include <map>
+#include <string>
+
+namespace tessarune {
+
+/// The state of the speech models, for whoever shows it, and their installation on demand. Main
+/// queue only; one of them lives as long as the program.
+class SpeechAnalyzerAssetStore {
+  public:
+    SpeechAnalyzerAssetStore(Host& host, AssetInventory& assets, TessaruneFileLogger& logger)
+        : host_(host), assets_(assets), logger_(logger) {}
+    ~SpeechAnalyzerAssetStore();
+    SpeechAnalyzerAssetStore(const SpeechAnalyzerAssetStore&) = delete;
+    SpeechAnalyzerAssetStore& operator=(const SpeechAnalyzerAssetStore&) = delete;
+
+    /// By locale identifier; a locale that nobody asked for has none.
+    Published<std::map<std::string, SpeechAnalyzerAssetStatus>> statuses;
+
+    /// Checks and installs the locale's model, instead of an attempt that is still going on.
+    void prepare(const std::string& localeIdentifier);
+
+    /// As `prepare`, unless the model is there or on its way.
+    void preheat(const std::string& localeIdentifier);
+
+  private:
+    static Task<void> install(SpeechAnalyzerAssetStore& store, std::string localeIdentifier,
+                              std::stop_token stop);
+    void write(const std::string& localeIdentifier, SpeechAnalyzerAssetStatus status);
+
+    Host& host_;
+    AssetInventory& assets_;
+    TessaruneFileLogger& logger_;
+    std::map<std::string, TaskHandle> tasks_;
+};
+
+} // namespace tessarune

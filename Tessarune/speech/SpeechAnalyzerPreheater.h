@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Tessarune/speech/SpeechAnalyzerAssetStore.h"
+
+#include <functional>
+#include <set>
+#include <string>
+
+namespace tessarune {
+
+/// Gets the model of the chosen recognition language ready before the first session asks for it.
+/// Main queue only.
+class SpeechAnalyzerPreheater {
+  public:
+    /// `selectedRecognitionOptionID` reads the setting. The store outlives this object.
+    SpeechAnalyzerPreheater(SpeechAnalyzerAssetStore& store,
+                            std::function<std::string()> selectedRecognitionOptionID)
+        : store_(store), selectedRecognitionOptionID_(std::move(selectedRecognitionOptionID)) {}
+
+    /// At most once a locale in the life of the program, so that a failed download is not tried
+    /// again without the user.
+    void preheatSelectedOptionIfNeeded();
+
+  private:
+    SpeechAnalyzerAssetStore& store_;
+    std::function<std::string()> selectedRecognitionOptionID_;
+    std::set<std::string> preheatedLocales_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,128 @@
+#include "Tessarune/speech/SpeechAnalyzerTranscriber.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace tessarune {
+
+void SpeechAnalyzerTranscriber::requestFinalization(std::string reason) {
+    auto plan = makeFinalizationPlan();
+    if (!plan)
+        return;
+    platform_.logger.event("speechAnalyzer.finalize.request",
+                           {{"locale", localeID_},
+                            {"reason", reason},
+                            {"audioCutoff", plan->cutoff},
+                            {"latestAudioTime", plan->latestAudioTime},
+                            {"generation", plan->generation}});
+    spawn(mainExecutor(), finalizeThrough(weak_from_this(), std::move(*plan), std::move(reason)));
+}
+
+/// Takes the throttle, whether or not the engine will do what it is asked.
+std::optional<SpeechAnalyzerTranscriber::FinalizationPlan>
+SpeechAnalyzerTranscriber::makeFinalizationPlan() {
+    const double time = now();
+    std::lock_guard lock(stateLock_);
+    if (!state_.analyzer || !state_.inputCont || !(state_.audioEpoch > 0))
+        return std::nullopt;
+    const double cutoff = std::max(state_.latestAudioTime - finalizeSafetyTailSeconds, 0.0);
+    if (!(cutoff > 0.2))
+        return std::nullopt;
+    if (cutoff - state_.lastFinalizeRequestAudioTime < finalizeMinAudioStepSeconds &&
+        time - state_.lastFinalizeRequestWallTime < finalizeMinWallStepSeconds)
+        return std::nullopt;
+    state_.lastFinalizeRequestAudioTime = cutoff;
+    state_.lastFinalizeRequestWallTime = time;
+    return FinalizationPlan{state_.analyzer, cutoff, state_.latestAudioTime, state_.generation};
+}
+
+Task<void> SpeechAnalyzerTranscriber::finalizeThrough(WeakSelf weak, FinalizationPlan plan,
+                                                      std::string reason) {
+    std::optional<std::string> failure;
+    try {
+        Task<void> finalizing = plan.analyzer->finalize(plan.cutoff);
+        co_await finalizing;
+    } catch (const std::exception& error) {
+        failure = error.what();
+    }
+    const Self self = weak.lock();
+    if (!self)
+        co_return;
+    LogFields fields;
+    fields.add("locale", self->localeID_).add("reason", reason).add("audioCutoff", plan.cutoff);
+    fields.add("generation", plan.generation);
+    if (failure) {
+        self->platform_.logger.important("speechAnalyzer.finalize.failed",
+                                         fields.add("error", *failure));
+        co_return;
+    }
+    if (!self->isCurrent(plan.generation))
+        co_return;
+    self->platform_.logger.event("speechAnalyzer.finalize.done", fields);
+    self->requestAnalysisCancellation(plan.cutoff, "finalize." + reason);
+}
+
+void SpeechAnalyzerTranscriber::requestAnalysisCancellation(double beforeAudioTime,
+                                                            const std::string& reason, bool force) {
+    auto plan = makeCancellationPlan(beforeAudioTime, force);
+    if (!plan)
+        return;
+    platform_.logger.event("speechAnalyzer.cancel.request",
+                           {{"locale", localeID_},
+                            {"reason", reason},
+                            {"audioCutoff", plan->cutoff},
+                            {"sourceAudioTime", plan->sourceAudioTime},
+                            {"latestAudioTime", plan->latestAudioTime},
+                            {"generation", plan->generation}});
+    spawn(mainExecutor(), cancelBefore(weak_from_this(), std::move(*plan), reason));
+}
+
+std::optional<SpeechAnalyzerTranscriber::CancellationPlan>
+SpeechAnalyzerTranscriber::makeCancellationPlan(double beforeAudioTime, bool force) {
+    std::lock_guard lock(stateLock_);
+    if (!state_.analyzer || !state_.inputCont || !std::isfinite(beforeAudioTime))
+        return std::nullopt;
+    const double cutoff = std::max(beforeAudioTime - cancelSafetyTailSeconds, 0.0);
+    if (!(cutoff > 0.5))
+        return std::nullopt;
+    const double step = cutoff - state_.lastCancelRequestAudioTime;
+    if (!force && step < cancelMinAudioStepSeconds)
+        return std::nullopt;
+    state_.lastCancelRequestAudioTime = cutoff;
+    ++state_.perf.perfCancelRequests;
+    state_.perf.perfCanceledAudioSeconds += std::max(step, 0.0);
+    return CancellationPlan{state_.analyzer, cutoff, beforeAudioTime, state_.latestAudioTime,
+                            state_.generation};
+}
+
+Task<void> SpeechAnalyzerTranscriber::cancelBefore(WeakSelf weak, CancellationPlan plan,
+                                                   std::string reason) {
+    std::optional<std::string> failure;
+    try {
+        Task<void> cancelling = plan.analyzer->cancelAnalysis(plan.cutoff);
+        co_await cancelling;
+    } catch (const std::exception& error) {
+        failure = error.what();
+    }
+    const Self self = weak.lock();
+    if (!self)
+        co_return;
+    LogFields fields;
+    fields.add("locale", self->localeID_).add("reason", reason).add("audioCutoff", plan.cutoff);
+    fields.add("generation", plan.generation);
+    if (failure) {
+        self->platform_.logger.important("speechAnalyzer.cancel.failed",
+                                         fields.add("error", *failure));
+        co_return;
+    }
+    {
+        std::lock_guard lock(self->stateLock_);
+        if (self->state_.generation != plan.generation)
+            co_return;
+        ++self->state_.perf.perfCancelDone;
+    }
+    self->platform_.logger.event("speechAnalyzer.cancel.done", fields);
+}
+
+} // namespace tessarune

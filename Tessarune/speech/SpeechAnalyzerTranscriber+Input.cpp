@@ -1,0 +1,141 @@
+#include "Tessarune/speech/SpeechAnalyzerTranscriber.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tessarune {
+
+void SpeechAnalyzerTranscriber::append(AudioBufferPtr buffer) {
+    {
+        std::lock_guard lock(stateLock_);
+        if (!state_.inputCont)
+            return;
+        state_.perf.perfFedAudioSeconds += buffer->seconds();
+        ++state_.perf.perfAnalyzerInputSourceBuffers;
+    }
+    for (const AudioBuffer& batch : enqueueAnalyzerInput(*buffer))
+        feedAnalyzerInput(batch);
+}
+
+/// Gives back the batches that have become full. An element of the input stream costs more than
+/// the conversion of its sound, and capture buffers are tiny.
+std::vector<AudioBuffer>
+SpeechAnalyzerTranscriber::enqueueAnalyzerInput(const AudioBuffer& buffer) {
+    std::vector<AudioBuffer> batches;
+    const std::size_t frames = buffer.frames();
+    if (frames == 0)
+        return batches;
+    const auto channels = static_cast<std::size_t>(buffer.format.channels);
+    const auto target = std::max<std::size_t>(
+        static_cast<std::size_t>(buffer.format.sampleRate * analyzerInputChunkSeconds), 1);
+
+    std::lock_guard lock(inputLock_);
+    auto& accumulator = inputAccumulator_;
+    const auto takeOut = [&] {
+        if (accumulator->frames() > 0)
+            batches.push_back(std::move(*accumulator));
+        accumulator.reset();
+    };
+    if (accumulator &&
+        (accumulator->format != buffer.format ||
+         accumulator->samples.size() + buffer.samples.size() > accumulator->samples.capacity()))
+        takeOut();
+    if (!accumulator) {
+        accumulator = AudioBuffer{buffer.format, {}};
+        accumulator->samples.reserve(std::max(target, frames) * channels);
+    }
+    accumulator->samples.insert(accumulator->samples.end(), buffer.samples.begin(),
+                                buffer.samples.begin() +
+                                    static_cast<std::ptrdiff_t>(frames * channels));
+    if (accumulator->frames() >= target)
+        takeOut();
+    return batches;
+}
+
+void SpeechAnalyzerTranscriber::flushInputAccumulator(const std::string& reason) {
+    std::optional<AudioBuffer> rest;
+    {
+        std::lock_guard lock(inputLock_);
+        rest = std::exchange(inputAccumulator_, std::nullopt);
+    }
+    if (!rest || rest->frames() == 0)
+        return;
+    {
+        std::lock_guard lock(stateLock_);
+        ++state_.perf.perfAnalyzerInputFlushes;
+    }
+    platform_.logger.event("speechAnalyzer.input.flush",
+                           {{"locale", localeID_},
+                            {"reason", reason},
+                            {"frames", static_cast<std::int64_t>(rest->frames())},
+                            {"sampleRate", rest->format.sampleRate}});
+    feedAnalyzerInput(*rest);
+}
+
+std::optional<SpeechAnalyzerTranscriber::AnalyzerInputSession>
+SpeechAnalyzerTranscriber::inputSession() const {
+    std::lock_guard lock(stateLock_);
+    if (!state_.inputCont || !state_.analyzerFormat)
+        return std::nullopt;
+    return AnalyzerInputSession{*state_.inputCont, *state_.analyzerFormat, state_.generation};
+}
+
+void SpeechAnalyzerTranscriber::feedAnalyzerInput(const AudioBuffer& batch) {
+    const auto session = inputSession();
+    if (!session)
+        return;
+    const double before = now();
+    AudioBufferPtr converted = convert(batch, session->format);
+    const double busy = now() - before;
+    {
+        std::lock_guard lock(stateLock_);
+        state_.perf.perfConversionBusySeconds += busy;
+    }
+    if (!converted || !recordAnalyzerInput(converted->seconds(), batch.frames(), *session))
+        return;
+    const double yielding = now();
+    session->continuation.yield(AnalyzerInput{std::move(converted)});
+    const double yielded = now() - yielding;
+    std::lock_guard lock(stateLock_);
+    state_.perf.perfAnalyzerInputYieldBusySeconds += yielded;
+}
+
+/// Nothing if the conversion gave no sound or failed: that batch is lost.
+AudioBufferPtr SpeechAnalyzerTranscriber::convert(const AudioBuffer& batch, AudioFormat format) {
+    std::lock_guard lock(converterLock_);
+    try {
+        if (!converter_ || converterInput_ != batch.format ||
+            converter_->outputFormat() != format) {
+            converterInput_.reset();
+            converter_ = platform_.makeConverter(batch.format, format);
+            converterInput_ = batch.format;
+        }
+        AudioBuffer converted = converter_->convert(batch);
+        if (converted.frames() == 0)
+            return nullptr;
+        return std::make_shared<const AudioBuffer>(std::move(converted));
+    } catch (const std::exception&) {
+        // A converter that has failed is of no more use; the next batch gets a new one.
+        converter_.reset();
+        return nullptr;
+    }
+}
+
+/// False if the session that the batch was converted for is over.
+bool SpeechAnalyzerTranscriber::recordAnalyzerInput(double convertedAudioSeconds,
+                                                    std::size_t sourceFrames,
+                                                    const AnalyzerInputSession& session) {
+    const double time = now();
+    std::lock_guard lock(stateLock_);
+    if (state_.generation != session.generation || state_.inputCont != session.continuation)
+        return false;
+    if (state_.audioEpoch == 0)
+        state_.audioEpoch = time - convertedAudioSeconds;
+    state_.latestAudioTime += convertedAudioSeconds;
+    state_.perf.perfConvertedAudioSeconds += convertedAudioSeconds;
+    ++state_.perf.perfAnalyzerInputBatches;
+    state_.perf.perfAnalyzerInputBatchFrames += static_cast<double>(sourceFrames);
+    return true;
+}
+
+} // namespace tessarune

@@ -1,0 +1,215 @@
+#include "Tessarune/speech/AppleFinalReconciler.h"
+#include "Tessarune/speech/SpeechAnalyzerTranscriber.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <tuple>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+constexpr double markPassedByPartialSeconds = 0.25;
+constexpr double markToleranceSeconds = 0.12;
+
+bool isFinite(const std::optional<double>& value) {
+    return value && std::isfinite(*value);
+}
+
+} // namespace
+
+Task<void> SpeechAnalyzerTranscriber::readResults(WeakSelf weak, AsyncStream<SpeechResult> results,
+                                                  std::int64_t generation, std::stop_token stop) {
+    try {
+        for (;;) {
+            Task<std::optional<SpeechResult>> arriving = results.next(stop);
+            const std::optional<SpeechResult> result = co_await arriving;
+            const Self self = weak.lock();
+            if (!result || !self || !self->isCurrent(generation))
+                break;
+            self->handleResult(*result, generation);
+        }
+    } catch (const std::exception& error) {
+        const Self self = weak.lock();
+        if (self && self->isCurrent(generation))
+            send(self->onError, error);
+    }
+}
+
+void SpeechAnalyzerTranscriber::handleResult(const SpeechResult& result, std::int64_t generation) {
+    const double receivedAt = now();
+    const std::string whole = result.text();
+    const std::string text(Text::trimmed(whole));
+    if (text.empty() && !result.isFinal)
+        return;
+    AnalyzerEngineSnapshot snapshot;
+    std::int64_t sequence = 0;
+    {
+        std::lock_guard lock(stateLock_);
+        if (state_.generation != generation)
+            return;
+        sequence = ++state_.rawResultSequence;
+        snapshot = {generation,          state_.audioEpoch, state_.latestAudioTime,
+                    state_.segmentStart, state_.revision,   state_.requestedSpeechOptionStrings};
+    }
+    const ResultInHand hand{
+        result, AppleResultMapping::candidate(result, text, sequence, receivedAt, snapshot),
+        snapshot};
+    sendDiagnostics(hand);
+    if (result.isFinal) {
+        handleFinal(hand);
+    } else {
+        handlePartial(hand);
+    }
+}
+
+void SpeechAnalyzerTranscriber::sendDiagnostics(const ResultInHand& hand) {
+    if (!onSummaryResult && !onRawResult)
+        return;
+    const AppleResultMapping::RecordContext context{localeID_, hand.snapshot, hasPendingPartial(),
+                                                    partialCoalesceWindowSeconds,
+                                                    analyzerInputChunkSeconds};
+    if (onSummaryResult) {
+        const double before = now();
+        send(onSummaryResult,
+             AppleResultMapping::summaryRecord(hand.result, hand.candidate, context));
+        const double busy = now() - before;
+        std::lock_guard lock(stateLock_);
+        ++state_.perf.perfAppleSummaryResults;
+        state_.perf.perfAppleSummaryBusySeconds += busy;
+    }
+    if (onRawResult) {
+        const double before = now();
+        send(onRawResult,
+             AppleResultMapping::rawResultRecord(hand.result, hand.candidate, context));
+        const double busy = now() - before;
+        std::lock_guard lock(stateLock_);
+        ++state_.perf.perfAppleFullRawResults;
+        state_.perf.perfAppleFullRawBusySeconds += busy;
+    }
+}
+
+void SpeechAnalyzerTranscriber::handlePartial(const ResultInHand& hand) {
+    const auto& candidate = hand.candidate;
+    {
+        std::lock_guard lock(stateLock_);
+        if (state_.generation != hand.snapshot.generation)
+            return;
+        auto& mark = state_.suppressedFinalsUntilAudioTime;
+        if (mark && isFinite(candidate.audioEndSeconds) &&
+            *mark + markPassedByPartialSeconds < *candidate.audioEndSeconds)
+            mark.reset();
+        state_.lastApplePartialCandidate = candidate;
+        ++state_.revision;
+    }
+    queuePartial(
+        candidate.text,
+        hand.snapshot.wallTime(candidate.audioStartSeconds).value_or(hand.snapshot.segmentStart),
+        hand.snapshot.generation);
+}
+
+void SpeechAnalyzerTranscriber::handleFinal(const ResultInHand& hand) {
+    std::optional<AppleFinalReconcileCandidate> lastPartial;
+    std::optional<double> mark;
+    {
+        std::lock_guard lock(stateLock_);
+        if (state_.generation != hand.snapshot.generation)
+            return;
+        lastPartial = state_.lastApplePartialCandidate;
+        mark = state_.suppressedFinalsUntilAudioTime;
+    }
+    const auto outcome = AppleFinalReconciler::reconcile(hand.candidate, lastPartial, mark);
+    send(onReconcileDecision, outcome.record);
+    std::string text(Text::trimmed(outcome.text));
+    {
+        std::lock_guard lock(stateLock_);
+        if (state_.generation != hand.snapshot.generation)
+            return;
+        applyDecision(outcome.record);
+        if (text.empty())
+            state_.lastApplePartialCandidate.reset();
+    }
+    if (text.empty())
+        return;
+    // A partial that is still waiting must not arrive after its final.
+    discardPendingPartial();
+    emitFinal(hand, outcome, std::move(text));
+}
+
+/// Counts the decision and moves the mark. With `stateLock_` held.
+void SpeechAnalyzerTranscriber::applyDecision(const AppleFinalReconcileDecisionRecord& record) {
+    using Decision = AppleFinalReconcileDecisionRecord::Decision;
+    auto& mark = state_.suppressedFinalsUntilAudioTime;
+    const auto& end = record.final.audioEndSeconds;
+    switch (record.decision) {
+    case Decision::useFinal:
+        ++state_.perf.perfAppleReconcileUseFinal;
+        if (mark && isFinite(end) && *mark + markToleranceSeconds < *end)
+            mark.reset();
+        break;
+    case Decision::useLastPartial:
+        ++state_.perf.perfAppleReconcileUseLastPartial;
+        mark = record.suppressedFinalsUntilAudioTime;
+        break;
+    case Decision::dropSuppressedFinal:
+        ++state_.perf.perfAppleReconcileDropSuppressed;
+        // The fragments have caught up with the partial that replaced them.
+        if (mark && isFinite(end) && *mark - markToleranceSeconds <= *end)
+            mark.reset();
+        break;
+    }
+}
+
+void SpeechAnalyzerTranscriber::emitFinal(const ResultInHand& hand,
+                                          const AppleFinalReconcileOutcome& outcome,
+                                          std::string text) {
+    AppleResultMapping::TimingInfo timing = timingInfo(hand);
+    const auto& snapshot = hand.snapshot;
+    const auto wallTime = [&](std::optional<double> chosen, std::optional<double> timed,
+                              double otherwise) {
+        if (isFinite(chosen) && snapshot.audioEpoch > 0)
+            return snapshot.audioEpoch + *chosen;
+        return timed ? snapshot.audioEpoch + *timed : otherwise;
+    };
+    std::optional<double> spanStart, spanEnd;
+    if (timing.span)
+        std::tie(spanStart, spanEnd) = *timing.span;
+    const double start =
+        wallTime(outcome.selectedAudioStartSeconds, spanStart, snapshot.segmentStart);
+    const double end = wallTime(outcome.selectedAudioEndSeconds, spanEnd, now());
+    {
+        std::lock_guard lock(stateLock_);
+        ++state_.perf.perfFinalEvents;
+        state_.perf.perfFinalCharacters += static_cast<double>(Text::length(text));
+    }
+    if (!outcome.shouldKeepFinalWordTimings)
+        timing.words.reset();
+    send(onEvent, ASREvent::final(std::move(text), start, end, EndpointReason::engineFinal,
+                                  std::move(timing.words)));
+
+    if (const auto heard =
+            outcome.selectedAudioEndSeconds ? outcome.selectedAudioEndSeconds : spanEnd)
+        requestAnalysisCancellation(*heard, "engineFinal");
+    std::lock_guard lock(stateLock_);
+    if (state_.generation != snapshot.generation)
+        return;
+    state_.segmentStart = std::max(state_.segmentStart, end);
+    state_.revision = 0;
+    state_.lastApplePartialCandidate.reset();
+}
+
+AppleResultMapping::TimingInfo SpeechAnalyzerTranscriber::timingInfo(const ResultInHand& hand) {
+    const double before = now();
+    auto timing = AppleResultMapping::timingInfo(hand.result.runs, hand.snapshot.audioEpoch);
+    const double busy = now() - before;
+    std::lock_guard lock(stateLock_);
+    state_.perf.perfTimingBusySeconds += busy;
+    state_.perf.perfTimingRuns += static_cast<double>(hand.result.runs.size());
+    state_.perf.perfTimedRuns += static_cast<double>(timing.timedRunCount);
+    state_.perf.perfTimedWords += static_cast<double>(timing.words ? timing.words->size() : 0);
+    return timing;
+}
+
+} // namespace tessarune

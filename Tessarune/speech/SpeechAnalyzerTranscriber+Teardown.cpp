@@ -1,0 +1,138 @@
+#include "Tessarune/speech/SpeechAnalyzerTranscriber.h"
+
+#include <utility>
+
+namespace tessarune {
+
+void SpeechAnalyzerTranscriber::stop() {
+    discardPendingPartial();
+    {
+        std::lock_guard lock(stateLock_);
+        state_.lastApplePartialCandidate.reset();
+    }
+    flushInputAccumulator("stop");
+    close(teardownSession(true));
+}
+
+SpeechAnalyzerTranscriber::SessionTeardown
+SpeechAnalyzerTranscriber::teardownSession(bool bumpGeneration) {
+    SessionTeardown session;
+    std::lock_guard lock(stateLock_);
+    session.analyzer = std::exchange(state_.analyzer, nullptr);
+    session.inputContinuation = std::exchange(state_.inputCont, std::nullopt);
+    session.resultsTask = std::exchange(state_.resultsTask, std::nullopt);
+    session.generation = state_.generation;
+    state_.suppressedFinalsUntilAudioTime.reset();
+    if (bumpGeneration)
+        ++state_.generation;
+    return session;
+}
+
+void SpeechAnalyzerTranscriber::close(SessionTeardown session) {
+    if (session.inputContinuation)
+        session.inputContinuation->finish();
+    if (session.resultsTask)
+        session.resultsTask->cancel();
+    if (session.analyzer)
+        spawn(mainExecutor(),
+              abandonAnalyzer(std::move(session.analyzer), platform_.logger, localeID_));
+}
+
+Task<void> SpeechAnalyzerTranscriber::abandonAnalyzer(std::shared_ptr<SpeechAnalyzer> analyzer,
+                                                      TessaruneFileLogger& logger,
+                                                      std::string locale) {
+    try {
+        Task<void> cancelling = analyzer->cancelAndFinishNow();
+        co_await cancelling;
+    } catch (const std::exception& error) {
+        LogFields fields;
+        fields.add("locale", locale).add("error", std::string(error.what()));
+        logger.important("speechAnalyzer.cancelAndFinish.failed", std::move(fields));
+    }
+}
+
+Task<void> SpeechAnalyzerTranscriber::finishDrainingAndStop() {
+    return drainSession(shared_from_this());
+}
+
+Task<void> SpeechAnalyzerTranscriber::drainSession(Self self) {
+    // The final of the engine replaces the partial that is waiting.
+    self->discardPendingPartial();
+    self->flushInputAccumulator("finishDraining");
+    SessionTeardown session = self->beginDrainSession();
+    if (!session.analyzer)
+        co_return;
+
+    OneShotAsyncBool timedOut(self->mainExecutor());
+    std::stop_source limit;
+    spawn(self->mainExecutor(), finishInput(session, timedOut));
+    spawn(self->mainExecutor(), limitDrain(self->mainExecutor(), timedOut, limit.get_token()));
+    const bool late = co_await timedOut;
+    limit.request_stop();
+    const std::int64_t generation = session.generation;
+    if (late)
+        self->abandonDrain(std::move(session));
+    self->finishDrainSession(generation);
+}
+
+/// The generation stays, so that the results that are still to come are delivered.
+SpeechAnalyzerTranscriber::SessionTeardown SpeechAnalyzerTranscriber::beginDrainSession() {
+    SessionTeardown session;
+    std::lock_guard lock(stateLock_);
+    session.analyzer = std::exchange(state_.analyzer, nullptr);
+    session.inputContinuation = std::exchange(state_.inputCont, std::nullopt);
+    session.resultsTask = state_.resultsTask;
+    session.generation = state_.generation;
+    return session;
+}
+
+Task<void> SpeechAnalyzerTranscriber::finishInput(SessionTeardown session,
+                                                  OneShotAsyncBool timedOut) {
+    if (session.inputContinuation)
+        session.inputContinuation->finish();
+    try {
+        Task<void> finishing = session.analyzer->finalizeAndFinishThroughEndOfInput();
+        co_await finishing;
+    } catch (const std::exception&) {
+        // What the engine could not finish is lost; the results task tells of it if it can.
+    }
+    if (session.resultsTask) {
+        const OneShot<bool> finished = session.resultsTask->finished();
+        co_await finished;
+    }
+    timedOut.resume(false);
+}
+
+Task<void> SpeechAnalyzerTranscriber::limitDrain(Executor executor, OneShotAsyncBool timedOut,
+                                                 std::stop_token stop) {
+    Task<bool> sleeping = sleep(std::move(executor), drainTimeoutSeconds, std::move(stop));
+    const bool slept = co_await sleeping;
+    if (slept)
+        timedOut.resume(true);
+}
+
+void SpeechAnalyzerTranscriber::abandonDrain(SessionTeardown session) {
+    LogFields fields{{"locale", localeID_}};
+    {
+        std::lock_guard lock(stateLock_);
+        if (state_.generation == session.generation)
+            ++state_.perf.perfDrainTimeouts;
+        fields.add("latestAudioTime", state_.latestAudioTime);
+    }
+    fields.add("generation", session.generation);
+    platform_.logger.important("speechAnalyzer.drain.timeout", std::move(fields));
+    session.inputContinuation.reset();
+    close(std::move(session));
+}
+
+void SpeechAnalyzerTranscriber::finishDrainSession(std::int64_t generation) {
+    std::lock_guard lock(stateLock_);
+    if (state_.generation != generation)
+        return;
+    ++state_.generation;
+    state_.resultsTask.reset();
+    state_.lastApplePartialCandidate.reset();
+    state_.suppressedFinalsUntilAudioTime.reset();
+}
+
+} // namespace tessarune

@@ -1,0 +1,237 @@
+#pragma once
+
+#include "Tessarune/speech/AnalyzerEngineSnapshot.h"
+#include "Tessarune/speech/AppleFinalReconcileRecord.h"
+#include "Tessarune/speech/AppleResultMapping.h"
+#include "Tessarune/speech/AudioTranscriber.h"
+#include "Tessarune/speech/SoleLock.h"
+#include "Tessarune/speech/SpeechAnalyzerPerfCounters.h"
+#include "Tessarune/speech/SpeechPlatform.h"
+#include "TessaruneCore/recognition/ASREvent.h"
+
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// The on-device recogniser as the engine of a live session.
+///
+/// It batches and converts the sound that it is given and feeds it to the analyzer, thins out the
+/// partial results that come back, decides between each final and the partial before it, and drives
+/// the analyzer's finalize and cancel calls, so that a long session neither waits for its finals
+/// nor piles up sound.
+///
+/// Threads: `append` on the capture thread, results and partials on a queue of this object's own,
+/// everything else on any thread; the operations that are awaited go on on the main queue. There
+/// are four locks; no thread holds two of them, and callbacks are called with none held. Whatever
+/// goes on by itself holds the object weakly and compares the generation of its session.
+///
+/// Times are seconds since 1970; audio times count the sound fed in the session, from 0.
+class SpeechAnalyzerTranscriber final
+    : public AudioTranscriber,
+      public std::enable_shared_from_this<SpeechAnalyzerTranscriber> {
+  public:
+    static std::shared_ptr<SpeechAnalyzerTranscriber> make(std::string localeIdentifier,
+                                                           SpeechPlatform platform);
+    ~SpeechAnalyzerTranscriber() override;
+    SpeechAnalyzerTranscriber(const SpeechAnalyzerTranscriber&) = delete;
+    SpeechAnalyzerTranscriber& operator=(const SpeechAnalyzerTranscriber&) = delete;
+
+    /// What comes out, each called on this object's queue. Set before `start` and left alone until
+    /// the session is over. Which of them are set changes what is asked of the engine: records
+    /// cost.
+    std::function<void(const ASREvent&)> onEvent;
+    std::function<void(const std::exception&)> onError; ///< the session gives no more results
+    std::function<void(const AppleSpeechAnalyzerRawResultRecord&)> onRawResult;
+    std::function<void(const AppleSpeechAnalyzerSummaryRecord&)> onSummaryResult;
+    std::function<void(const AppleFinalReconcileDecisionRecord&)> onReconcileDecision;
+
+    /// The engine works for the locale that this object was made for.
+    Task<void> start(std::string locale) override;
+    void append(AudioBufferPtr buffer) override;
+    void stop() override;
+    Task<void> finishDrainingAndStop() override;
+    void reset() override;
+    void requestFinalization(std::string reason) override;
+    PerfStats perfStats() const override;
+
+  private:
+    using Self = std::shared_ptr<SpeechAnalyzerTranscriber>;
+    using WeakSelf = std::weak_ptr<SpeechAnalyzerTranscriber>;
+    using InputContinuation = AsyncStream<AnalyzerInput>;
+    using OneShotAsyncBool = OneShot<bool>;
+
+    static constexpr double finalizeSafetyTailSeconds = 0.45;
+    static constexpr double finalizeMinAudioStepSeconds = 0.9;
+    static constexpr double finalizeMinWallStepSeconds = 1.2;
+    static constexpr double cancelSafetyTailSeconds = 1.5;
+    static constexpr double cancelMinAudioStepSeconds = 4.0;
+    static constexpr double partialCoalesceWindowSeconds = 0.055;
+    static constexpr double analyzerInputChunkSeconds = 0.085;
+    static constexpr double drainTimeoutSeconds = 3.0;
+
+    /// Guarded by `stateLock_`.
+    struct State {
+        std::shared_ptr<SpeechAnalyzer> analyzer;
+        std::shared_ptr<SpeechTranscriber> transcriber;
+        std::optional<InputContinuation> inputCont;
+        std::optional<TaskHandle> resultsTask;
+        std::optional<AudioFormat> analyzerFormat;
+        double segmentStart = 0;   ///< wall clock at which the running utterance began
+        std::int64_t revision = 0; ///< partials in the running utterance
+        std::int64_t rawResultSequence = 0;
+        std::int64_t generation = 0; ///< raised by each engine session and by its end
+        std::vector<std::string> requestedSpeechOptionStrings;
+        double audioEpoch = 0; ///< wall clock of audio time 0; 0 before the first sound
+        double latestAudioTime = 0;
+        double lastFinalizeRequestAudioTime = std::numeric_limits<double>::lowest();
+        double lastFinalizeRequestWallTime = 0;
+        double lastCancelRequestAudioTime = 0;
+        std::optional<AppleFinalReconcileCandidate> lastApplePartialCandidate;
+        std::optional<double> suppressedFinalsUntilAudioTime;
+        SpeechAnalyzerPerfCounters perf;
+    };
+
+    /// What is needed to feed one batch.
+    struct AnalyzerInputSession {
+        InputContinuation continuation;
+        AudioFormat format;
+        std::int64_t generation = 0;
+    };
+
+    /// What a stop takes out of the object, to finish it without a lock.
+    struct SessionTeardown {
+        std::shared_ptr<SpeechAnalyzer> analyzer;
+        std::optional<InputContinuation> inputContinuation;
+        std::optional<TaskHandle> resultsTask;
+        std::int64_t generation = 0;
+    };
+
+    struct FinalizationPlan {
+        std::shared_ptr<SpeechAnalyzer> analyzer;
+        double cutoff = 0;
+        double latestAudioTime = 0;
+        std::int64_t generation = 0;
+    };
+
+    struct CancellationPlan {
+        std::shared_ptr<SpeechAnalyzer> analyzer;
+        double cutoff = 0;
+        double sourceAudioTime = 0;
+        double latestAudioTime = 0;
+        std::int64_t generation = 0;
+    };
+
+    /// A session between its making and the first sound.
+    struct NewSession {
+        std::shared_ptr<SpeechAnalyzer> analyzer;
+        std::shared_ptr<SpeechTranscriber> transcriber;
+        InputContinuation input;
+        AudioFormat format;
+        std::int64_t generation = 0;
+    };
+
+    /// One result on its way through the arbitration.
+    struct ResultInHand {
+        const SpeechResult& result;
+        AppleFinalReconcileCandidate candidate;
+        AnalyzerEngineSnapshot snapshot;
+    };
+
+    SpeechAnalyzerTranscriber(std::string localeIdentifier, SpeechPlatform platform);
+
+    // The session's begin and end
+    static Task<void> startSession(Self self);
+    static Task<void> runSession(Self self, NewSession session);
+    static Task<void> drainSession(Self self);
+    static Task<void> finishInput(SessionTeardown session, OneShotAsyncBool timedOut);
+    static Task<void> limitDrain(Executor executor, OneShotAsyncBool timedOut,
+                                 std::stop_token stop);
+    static Task<void> abandonAnalyzer(std::shared_ptr<SpeechAnalyzer> analyzer,
+                                      TessaruneFileLogger& logger, std::string locale);
+    SpeechTranscriberOptions requestedOptions(std::vector<std::string>& strings) const;
+    NewSession beginSession();
+    bool startReadingResults(const NewSession& session);
+    SessionTeardown teardownSession(bool bumpGeneration);
+    void close(SessionTeardown session);
+    SessionTeardown beginDrainSession();
+    void abandonDrain(SessionTeardown session);
+    void finishDrainSession(std::int64_t generation);
+    bool isCurrent(std::int64_t generation) const;
+
+    // Sound in
+    std::optional<AnalyzerInputSession> inputSession() const;
+    std::vector<AudioBuffer> enqueueAnalyzerInput(const AudioBuffer& buffer);
+    void flushInputAccumulator(const std::string& reason);
+    void feedAnalyzerInput(const AudioBuffer& batch);
+    AudioBufferPtr convert(const AudioBuffer& batch, AudioFormat format);
+    bool recordAnalyzerInput(double convertedAudioSeconds, std::size_t sourceFrames,
+                             const AnalyzerInputSession& session);
+
+    // Results out
+    static Task<void> readResults(WeakSelf weak, AsyncStream<SpeechResult> results,
+                                  std::int64_t generation, std::stop_token stop);
+    void handleResult(const SpeechResult& result, std::int64_t generation);
+    void sendDiagnostics(const ResultInHand& hand);
+    void handlePartial(const ResultInHand& hand);
+    void handleFinal(const ResultInHand& hand);
+    void applyDecision(const AppleFinalReconcileDecisionRecord& record);
+    void emitFinal(const ResultInHand& hand, const AppleFinalReconcileOutcome& outcome,
+                   std::string text);
+    AppleResultMapping::TimingInfo timingInfo(const ResultInHand& hand);
+
+    // Partials, thinned out
+    static Task<void> emitPartialLater(WeakSelf weak, Executor executor,
+                                       std::int64_t coalesceGeneration, std::int64_t generation,
+                                       std::stop_token stop);
+    void queuePartial(std::string text, double timestamp, std::int64_t generation);
+    void flushPendingPartial(std::int64_t coalesceGeneration, std::int64_t generation);
+    void discardPendingPartial();
+    bool hasPendingPartial() const;
+
+    // Early finals, sound given up
+    static Task<void> finalizeThrough(WeakSelf weak, FinalizationPlan plan, std::string reason);
+    static Task<void> cancelBefore(WeakSelf weak, CancellationPlan plan, std::string reason);
+    std::optional<FinalizationPlan> makeFinalizationPlan();
+    void requestAnalysisCancellation(double beforeAudioTime, const std::string& reason,
+                                     bool force = false);
+    std::optional<CancellationPlan> makeCancellationPlan(double beforeAudioTime, bool force);
+
+    template <typename Callback, typename Value>
+    static void send(const Callback& callback, const Value& value) {
+        SoleLock::assertNoneHeld();
+        if (callback)
+            callback(value);
+    }
+
+    double now() const { return platform_.host.now(); }
+    Executor mainExecutor() const { return Executor::main(platform_.host); }
+
+    const std::string localeID_;
+    const SpeechPlatform platform_;
+    const Executor resultsExecutor_;
+
+    mutable SoleLock stateLock_;
+    State state_;
+
+    SoleLock converterLock_;
+    std::unique_ptr<AudioConverter> converter_;
+    std::optional<AudioFormat> converterInput_; ///< what the converter was made for
+
+    SoleLock inputLock_;
+    std::optional<AudioBuffer> inputAccumulator_; ///< its samples' capacity is the batch's
+
+    mutable SoleLock partialLock_;
+    std::optional<std::string> pendingPartialText_;
+    double pendingPartialTimestamp_ = 0;
+    std::optional<TaskHandle> partialEmitTask_;
+    std::int64_t partialCoalesceGeneration_ = 0;
+};
+
+} // namespace tessarune
