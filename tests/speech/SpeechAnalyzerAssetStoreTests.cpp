@@ -1,0 +1,120 @@
+#include "Tessarune/speech/SpeechAnalyzerAssetStore.h"
+#include "Tessarune/speech/SpeechAnalyzerPreheater.h"
+#include "TessaruneCore/host/SimulatedHost.h"
+#include "tests/simulation/ScriptedAssetInventory.h"
+#include "tests/support/RuntimeLog.h"
+
+#include <gtest/gtest.h>
+
+namespace tessarune {
+namespace {
+
+using Kind = SpeechAnalyzerAssetStatus::Kind;
+
+struct SpeechAnalyzerAssetStoreTests : ::testing::Test {
+    void recordStatuses() {
+        store->statuses.onDidChange([this](const auto& all) { seen.push_back(all.at("en-US")); });
+    }
+
+    SimulatedHost host{1000};
+    testing::RuntimeLog log{host};
+    simulation::ScriptedAssetInventory inventory{host};
+    std::unique_ptr<SpeechAnalyzerAssetStore> store =
+        std::make_unique<SpeechAnalyzerAssetStore>(host, inventory, log.logger);
+    std::vector<SpeechAnalyzerAssetStatus> seen;
+};
+
+TEST_F(SpeechAnalyzerAssetStoreTests, AnInstallationEndsInWhatCameOfIt) {
+    const SpeechAnalyzerAssetStatus checking{Kind::checking, ""}, installed{Kind::installed, ""},
+        downloading{Kind::downloading, ""};
+    const struct {
+        const char* name;
+        bool supported, installed;
+        std::string failure;
+        std::vector<SpeechAnalyzerAssetStatus> statuses;
+        std::vector<std::string> events;
+    } cases[] = {
+        {"there", true, true, "", {checking, installed}, {"ready"}},
+        {"to be fetched",
+         true,
+         false,
+         "",
+         {checking, downloading, installed},
+         {"install.start", "install.done"}},
+        {"fails",
+         true,
+         false,
+         "the server is gone",
+         {checking, downloading, SpeechAnalyzerAssetStatus::failed("the server is gone")},
+         {"install.start", "install.failed"}},
+        {"no such model",
+         false,
+         false,
+         "",
+         {checking, {Kind::unsupported, ""}},
+         {"install.failed"}},
+    };
+    recordStatuses();
+    std::size_t written = 0;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        inventory.supported = c.supported;
+        inventory.installed = c.installed;
+        inventory.failure = c.failure;
+        seen.clear();
+        store->prepare("en-US");
+        host.runUntilIdle();
+        EXPECT_EQ(seen, c.statuses);
+        const auto events = log.events("speechAnalyzer.assets.");
+        EXPECT_EQ(std::vector(events.begin() + static_cast<std::ptrdiff_t>(written), events.end()),
+                  c.events);
+        EXPECT_EQ(log.lines("speechAnalyzer.assets.").back()["reason"], "settings");
+        written = events.size();
+    }
+}
+
+TEST_F(SpeechAnalyzerAssetStoreTests, ANewAttemptReplacesTheFormerOne) {
+    inventory.installed = false;
+    recordStatuses();
+    store->prepare("en-US");
+    host.advanceBy(0.25);
+    store->preheat("en-US"); // on its way: nothing to do
+    store->prepare("en-US");
+    host.runUntilIdle();
+    EXPECT_EQ(inventory.downloads, 2);
+    EXPECT_EQ(inventory.stopped, 1);
+    EXPECT_EQ(seen.size(), 5u) << "the former attempt must not write its end";
+    EXPECT_EQ(seen.back().kind, Kind::installed);
+}
+
+TEST_F(SpeechAnalyzerAssetStoreTests, TheStoreMayGoWhileItDownloads) {
+    inventory.installed = false;
+    store->prepare("en-US");
+    host.advanceBy(0.25);
+    store.reset();
+    host.runUntilIdle();
+    EXPECT_EQ(inventory.stopped, 1);
+}
+
+TEST_F(SpeechAnalyzerAssetStoreTests, ThePreheaterAsksOncePerLocale) {
+    std::string selected = "apple-analyzer-en-gb";
+    SpeechAnalyzerPreheater preheater(*store, [&] { return selected; });
+    inventory.installed = false;
+    inventory.failure = "no network";
+    const auto preheat = [&] {
+        preheater.preheatSelectedOptionIfNeeded();
+        host.runUntilIdle();
+        return inventory.downloads;
+    };
+    EXPECT_EQ(preheat(), 1);
+    EXPECT_EQ(preheat(), 1) << "a failed download is the user's to repeat";
+    selected = "an option of another version";
+    EXPECT_EQ(preheat(), 2);
+    EXPECT_TRUE(store->statuses->contains("en-US"));
+    store->preheat("en-US");
+    host.runUntilIdle();
+    EXPECT_EQ(inventory.downloads, 3);
+}
+
+} // namespace
+} // namespace tessarune

@@ -1,0 +1,183 @@
+#include "tests/speech/TranscriberFixture.h"
+
+namespace tessarune {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+struct SpeechAnalyzerTranscriberInputTests : TranscriberFixture {
+    std::vector<std::size_t> batches() {
+        host.runDue(host.now());
+        std::vector<std::size_t> frames;
+        for (const auto& input : engine.session().inputs)
+            frames.push_back(input->frames());
+        return frames;
+    }
+};
+
+TEST_F(SpeechAnalyzerTranscriberInputTests, TinyBuffersAreJoinedUpToTheChunk) {
+    const struct {
+        const char* name;
+        double sampleRate;
+        std::vector<int> buffers;
+        std::vector<std::size_t> batches; ///< what the stop still sends included
+    } cases[] = {
+        {"exactly the chunk", 16000, std::vector<int>(17, 170), {1360, 1360, 170}},
+        {"the next buffer would not fit", 16000, std::vector<int>(10, 160), {1280, 320}},
+        {"larger than the chunk", 16000, {2000, 2000}, {2000, 2000}},
+        {"a large one after a small one", 16000, {100, 2000}, {100, 2000}},
+        {"empty ones", 16000, {0, 1360, 0}, {1360}},
+        {"a chunk of a fraction of a frame", 10, {1, 1, 1}, {1600, 1600, 1600}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        start();
+        double fed = 0;
+        for (const int frames : c.buffers) {
+            append(frames / c.sampleRate, {c.sampleRate, 1});
+            fed += frames / c.sampleRate;
+        }
+        transcriber->stop();
+        EXPECT_EQ(batches(), c.batches);
+        EXPECT_EQ(perf("analyzerInputSourceBuffers"), static_cast<double>(c.buffers.size()));
+        EXPECT_EQ(perf("analyzerInputBatches"), static_cast<double>(c.batches.size()));
+        EXPECT_NEAR(perf("fedAudioSeconds"), fed, 1e-9);
+        EXPECT_NEAR(perf("convertedAudioSeconds"), fed, 1e-9);
+    }
+}
+
+TEST_F(SpeechAnalyzerTranscriberInputTests, SoundWithoutASessionIsDropped) {
+    append(1);
+    start();
+    transcriber->stop();
+    append(1);
+    host.runUntilIdle();
+    EXPECT_TRUE(engine.session().inputs.empty());
+    EXPECT_EQ(perf("fedAudioSeconds"), 0);
+    EXPECT_EQ(perf("analyzerInputFlushes"), 0);
+}
+
+TEST_F(SpeechAnalyzerTranscriberInputTests, AChangeOfFormatSendsWhatIsWaitingInItsOldOne) {
+    start();
+    append(0.05, {48000, 2});
+    append(0.04, {44100, 1});
+    append(0.05, {44100, 1});
+    append(0.09, {48000, 2});
+    EXPECT_EQ(batches(), (std::vector<std::size_t>{800, 640, 1440}));
+    EXPECT_EQ(converters.made, (std::vector<AudioFormat>{{48000, 2}, {44100, 1}, {48000, 2}}));
+    EXPECT_EQ(perf("analyzerInputBatchFrames"), 2400 + 1764 + 4320);
+    transcriber->stop();
+    const auto flush = log.lines("speechAnalyzer.input.flush");
+    ASSERT_EQ(flush.size(), 1u);
+    EXPECT_EQ(flush[0]["reason"], "stop");
+    EXPECT_EQ(flush[0]["frames"], 2205);
+    EXPECT_EQ(flush[0]["sampleRate"], 44100.0);
+}
+
+TEST_F(SpeechAnalyzerTranscriberInputTests, ABatchThatCannotBeConvertedIsLostAndTheNextIsNot) {
+    start();
+    converters.failures = 1;
+    append(0.5);
+    append(0.25);
+    EXPECT_EQ(batches(), std::vector<std::size_t>{4000});
+    EXPECT_EQ(perf("fedAudioSeconds"), 0.75);
+    EXPECT_EQ(perf("convertedAudioSeconds"), 0.25);
+}
+
+TEST_F(SpeechAnalyzerTranscriberInputTests, AudioTimeZeroIsWhenTheFirstBatchBegan) {
+    start();
+    host.advanceTo(1010);
+    append(0.5);
+    host.advanceTo(1020); // later sound does not move it
+    append(0.5);
+    give(simulation::spoken(false, "hello", 0.25));
+    host.advanceBy(1);
+    ASSERT_EQ(partials.size(), 1u);
+    EXPECT_EQ(partials[0].timestamp, 1009.75);
+}
+
+TEST_F(SpeechAnalyzerTranscriberInputTests, FinalizationIsThrottledByAudioAndByWallTime) {
+    const struct {
+        const char* name;
+        double firstAudio, laterAudio, wait;
+        Texts logged;
+    } cases[] = {
+        {"no sound", 0, 0, 5, {}},
+        {"too little sound: the cutoff is 0.2", 0.65, 0, 0, {}},
+        {"just enough", 0.6875, 0, 0, {"request", "done"}},
+        {"a second one, too early for both", 2.25, 0.89, 1.19, {"request", "done"}},
+        {"far enough in the sound", 2.25, 0.9, 0, {"request", "done", "request", "done"}},
+        {"far enough in time", 2.25, 0, 1.2, {"request", "done", "request", "done"}},
+    };
+    std::size_t before = 0;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        start();
+        if (c.firstAudio > 0)
+            append(c.firstAudio);
+        transcriber->requestFinalization("sentence");
+        host.advanceBy(c.wait);
+        if (c.laterAudio > 0)
+            append(c.laterAudio);
+        transcriber->requestFinalization("sentence");
+        host.runDue(host.now());
+        transcriber->stop();
+        host.runUntilIdle();
+        const auto events = log.events("speechAnalyzer.finalize.");
+        EXPECT_EQ(Texts(events.begin() + static_cast<std::ptrdiff_t>(before), events.end()),
+                  c.logged);
+        EXPECT_EQ(engine.session().finalizeCutoffs.size(), c.logged.size() / 2);
+        before = events.size();
+    }
+    transcriber->requestFinalization("without a session");
+    host.runUntilIdle();
+    EXPECT_EQ(log.events("speechAnalyzer.finalize.").size(), before);
+}
+
+TEST_F(SpeechAnalyzerTranscriberInputTests, AFinalizationGivesUpTheSoundBeforeIt) {
+    start();
+    append(6);
+    transcriber->requestFinalization("sentence");
+    host.runDue(host.now());
+    EXPECT_EQ(engine.session().finalizeCutoffs, std::vector<double>{5.55});
+    EXPECT_EQ(engine.session().cancelCutoffs, (std::vector<double>{5.55 - 1.5}));
+    const auto request = log.lines("speechAnalyzer.cancel.request").at(0);
+    EXPECT_EQ(request["reason"], "finalize.sentence");
+    EXPECT_EQ(request["latestAudioTime"], 6.0);
+    EXPECT_EQ(perf("cancelDone"), 1);
+    EXPECT_NEAR(perf("canceledAudioSeconds"), 4.05, 1e-9);
+}
+
+TEST_F(SpeechAnalyzerTranscriberInputTests, FailuresOfFinalizeAndCancelAreOnlyLogged) {
+    engine.script.finalizeFailure = "not now";
+    engine.script.cancelFailure = "nor that";
+    start();
+    append(8);
+    transcriber->requestFinalization("sentence");
+    give(simulation::spoken(true, "seven seconds", 0, 3.5));
+    EXPECT_EQ(log.lines("speechAnalyzer.finalize.failed").at(0)["error"], "not now");
+    EXPECT_EQ(log.lines("speechAnalyzer.cancel.failed").at(0)["error"], "nor that");
+    EXPECT_EQ(perf("cancelRequests"), 1);
+    EXPECT_EQ(perf("cancelDone"), 0);
+    EXPECT_EQ(sent, Texts{"= seven seconds"});
+}
+
+TEST_F(SpeechAnalyzerTranscriberInputTests, SoundIsGivenUpAtMostEveryFourSeconds) {
+    start();
+    append(20);
+    const struct {
+        double finalEnd;
+        std::vector<double> cutoffs; ///< so far
+    } steps[] = {
+        {5.4375, {}}, {5.5, {4.0}}, {9.4375, {4.0}}, {9.5, {4.0, 8.0}}, {9.75, {4.0, 8.0}},
+    };
+    for (const auto& step : steps) {
+        give(simulation::spoken(true, "word", step.finalEnd - 0.25));
+        EXPECT_EQ(engine.session().cancelCutoffs, step.cutoffs) << step.finalEnd;
+    }
+    EXPECT_EQ(perf("canceledAudioSeconds"), 8);
+    EXPECT_EQ(log.lines("speechAnalyzer.cancel.request").at(0)["reason"], "engineFinal");
+}
+
+} // namespace
+} // namespace tessarune

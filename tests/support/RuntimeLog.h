@@ -1,0 +1,56 @@
+#pragma once
+
+#include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "Tessarune/shell/TessaruneFileLogger.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <nlohmann/json.hpp>
+
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tessarune::testing {
+
+/// A runtime log in a folder of its own, at a level that writes everything, and its lines back.
+class RuntimeLog {
+  public:
+    explicit RuntimeLog(Host& host) : logger(host, files_, paths_) {
+        TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::verbose);
+    }
+    ~RuntimeLog() { TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::core); }
+
+    std::vector<nlohmann::json> lines(std::string_view prefix = "") {
+        logger.flush();
+        std::vector<nlohmann::json> all;
+        for (const auto& name : files_.list(paths_.logs())) {
+            std::istringstream text(files_.read(paths_.logs() / name));
+            for (std::string line; std::getline(text, line);) {
+                auto object = nlohmann::json::parse(line);
+                if (object["event"].get<std::string>().starts_with(prefix))
+                    all.push_back(std::move(object));
+            }
+        }
+        return all;
+    }
+
+    /// The names of the events that begin with `prefix`, without it.
+    std::vector<std::string> events(std::string_view prefix = "") {
+        std::vector<std::string> names;
+        for (const auto& line : lines(prefix))
+            names.push_back(line["event"].get<std::string>().substr(prefix.size()));
+        return names;
+    }
+
+  private:
+    TemporaryFolder folder_;
+    PosixFileSystem files_;
+    TessarunePaths paths_{folder_.path()};
+
+  public:
+    TessaruneFileLogger logger;
+};
+
+} // namespace tessarune::testing
