@@ -147,7 +147,7 @@ TEST(AppleFinalReconcilerTests, HelpersCountCodePointsOfEveryScript) {
         {"a,, b", 2, false, 0.5, true, false, "a b"},
         {"...”", 0, true, 1, true, false, ""},
         {"你好，世界。", 4, false, 2.0 / 6, false, false, "你好世界"},
-        {"Don't  stop", 8, false, 0.1, false, false, "dont stop"},
+        {"Don't  stop", 8, false, 1.0 / 9, false, false, "dont stop"},
         {"No, no - NO!", 6, false, 3.0 / 9, false, true, "no no no"},
         {"no no", 4, false, 0, false, false, "no no"},
     };
