@@ -1,0 +1,234 @@
+#include "Tessarune/translation/AppleTranslator.h"
+
+#include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
+
+namespace tessarune {
+
+AppleTranslator::AppleTranslator(Host& host, std::shared_ptr<TranslationService> service,
+                                 Executor caller)
+    : service_(std::move(service)),
+      isolation_(Executor::queue(
+          host, host.serialQueue("Tessarune.AppleTranslator", QueuePriority::userInitiated))),
+      caller_(std::move(caller)),
+      availability_(service_->languageAvailability(isolation_)) {}
+
+AppleTranslator::Pair AppleTranslator::pair(std::string source, std::string target) {
+    auto key = TranslationSupport::languagePairKey(source, target);
+    return {std::move(source), std::move(target), std::move(key)};
+}
+
+template <typename T>
+Task<T> AppleTranslator::isolated(Task<T> work) {
+    const SwitchTo toIsolation = switchTo(isolation_);
+    const SwitchTo toCaller = switchTo(caller_);
+    co_await toIsolation;
+    std::optional<T> result;
+    std::exception_ptr error;
+    try {
+        T value = co_await work;
+        result.emplace(std::move(value));
+    } catch (...) {
+        error = std::current_exception();
+    }
+    co_await toCaller;
+    if (error)
+        std::rethrow_exception(error);
+    co_return std::move(*result);
+}
+
+Task<void> AppleTranslator::isolated(Task<void> work) {
+    const SwitchTo toIsolation = switchTo(isolation_);
+    const SwitchTo toCaller = switchTo(caller_);
+    co_await toIsolation;
+    std::exception_ptr error;
+    try {
+        co_await work;
+    } catch (...) {
+        error = std::current_exception();
+    }
+    co_await toCaller;
+    if (error)
+        std::rethrow_exception(error);
+}
+
+Task<TranslationAvailabilityStatus> AppleTranslator::availabilityStatus(std::string source,
+                                                                        std::string target) {
+    return isolated(statusOf(pair(std::move(source), std::move(target))));
+}
+
+Task<void> AppleTranslator::prepareLanguages(std::string source, std::string target) {
+    return isolated(prepare(pair(std::move(source), std::move(target))));
+}
+
+Task<void> AppleTranslator::rebuildLanguagePair(std::string source, std::string target) {
+    return isolated(rebuild(pair(std::move(source), std::move(target))));
+}
+
+Task<std::string> AppleTranslator::translate(std::string text, std::string source,
+                                             std::string target) {
+    return isolated(
+        translated(std::string(Text::trimmed(text)), pair(std::move(source), std::move(target))));
+}
+
+Task<TranslationAvailabilityStatus> AppleTranslator::statusOf(Pair pair) {
+    if (preparedPairs_.contains(pair.key))
+        co_return TranslationAvailabilityStatus::installed;
+    // What is missing today may be there tomorrow, but an impossible pair stays impossible.
+    const auto cached = availabilityCache_.find(pair.key);
+    if (cached != availabilityCache_.end() &&
+        cached->second == TranslationAvailabilityStatus::unsupported)
+        co_return cached->second;
+
+    Task<TranslationAvailabilityStatus> asking =
+        availability_->status(TranslationSupport::appleLanguageIdentifier(pair.source),
+                              TranslationSupport::appleLanguageIdentifier(pair.target));
+    const TranslationAvailabilityStatus status = co_await asking;
+    availabilityCache_[pair.key] = status;
+    co_return status;
+}
+
+Task<void> AppleTranslator::prepare(Pair pair) {
+    if (preparedPairs_.contains(pair.key))
+        co_return;
+    Task<TranslationAvailabilityStatus> asking = statusOf(pair);
+    const TranslationAvailabilityStatus status = co_await asking;
+    if (status == TranslationAvailabilityStatus::unsupported)
+        throw TranslatorError::unsupportedPair(pair.source, pair.target);
+
+    const auto session = translationSession(pair);
+    Task<bool> readiness = session->isReady();
+    bool isReady = co_await readiness;
+    if (!isReady) {
+        try {
+            Task<void> preparing = session->prepareTranslation();
+            co_await preparing;
+        } catch (...) {
+            throw mappedTranslationError(std::current_exception(), pair);
+        }
+        Task<bool> readinessNow = session->isReady();
+        isReady = co_await readinessNow;
+    }
+    if (!isReady && status == TranslationAvailabilityStatus::supported)
+        throw TranslatorError::languageResourcesNotReady(pair.source, pair.target);
+    if (isReady) {
+        preparedPairs_.insert(pair.key);
+        availabilityCache_[pair.key] = TranslationAvailabilityStatus::installed;
+    }
+}
+
+Task<void> AppleTranslator::rebuild(Pair pair) {
+    // A session that went stale is dropped rather than repaired.
+    sessions_.erase(pair.key);
+    preparedPairs_.erase(pair.key);
+    availabilityCache_.erase(pair.key);
+    Task<void> preparing = prepare(pair);
+    co_await preparing;
+}
+
+Task<std::string> AppleTranslator::translated(std::string text, Pair pair) {
+    if (text.empty())
+        co_return "";
+    if (!preparedPairs_.contains(pair.key)) {
+        Task<TranslationAvailabilityStatus> asking = statusOf(pair);
+        const TranslationAvailabilityStatus status = co_await asking;
+        if (status == TranslationAvailabilityStatus::unsupported)
+            throw TranslatorError::unsupportedPair(pair.source, pair.target);
+        Task<void> preparing = prepare(pair);
+        co_await preparing;
+    }
+
+    const auto session = translationSession(pair);
+    std::exception_ptr error;
+    try {
+        Task<TranslationSession::Response> translating = session->translate(text);
+        const TranslationSession::Response response = co_await translating;
+        co_return TranslationSupport::normalizedTranslatedText(response.targetText, pair.target);
+    } catch (...) {
+        error = std::current_exception();
+    }
+    Task<TranslatorError> classifying = failure(error, pair, session);
+    const TranslatorError classified = co_await classifying;
+    throw classified;
+}
+
+namespace {
+
+std::optional<TranslationError> kindOf(const std::exception_ptr& error) {
+    try {
+        std::rethrow_exception(error);
+    } catch (const TranslationServiceError& known) {
+        return known.kind();
+    } catch (...) {
+        return std::nullopt;
+    }
+}
+
+TranslationFailureCategory category(std::optional<TranslationError> kind) {
+    if (!kind)
+        return TranslationFailureCategory::unknown;
+    switch (*kind) {
+    case TranslationError::unsupportedSourceLanguage:
+        return TranslationFailureCategory::unsupportedSourceLanguage;
+    case TranslationError::unsupportedTargetLanguage:
+        return TranslationFailureCategory::unsupportedTargetLanguage;
+    case TranslationError::unsupportedLanguagePairing:
+        return TranslationFailureCategory::unsupportedLanguagePairing;
+    case TranslationError::notInstalled:
+        return TranslationFailureCategory::languageResourcesNotReady;
+    case TranslationError::alreadyCancelled:
+        return TranslationFailureCategory::sessionCancelled;
+    case TranslationError::unableToIdentifyLanguage:
+        return TranslationFailureCategory::unableToIdentifyLanguage;
+    case TranslationError::nothingToTranslate:
+        return TranslationFailureCategory::nothingToTranslate;
+    case TranslationError::internalError:
+        return TranslationFailureCategory::internalError;
+    }
+    return TranslationFailureCategory::unknown;
+}
+
+} // namespace
+
+Task<TranslatorError> AppleTranslator::failure(std::exception_ptr error, Pair pair,
+                                               std::shared_ptr<TranslationSession> session) {
+    const auto kind = kindOf(error);
+    if (kind == TranslationError::alreadyCancelled || kind == TranslationError::notInstalled)
+        co_return mappedTranslationError(error, pair);
+    // Whatever a session says that has lost its files, the files are the reason.
+    Task<bool> readiness = session->isReady();
+    const bool isReady = co_await readiness;
+    if (isReady)
+        co_return mappedTranslationError(error, pair);
+    preparedPairs_.erase(pair.key);
+    co_return TranslatorError::languageResourcesNotReady(pair.source, pair.target);
+}
+
+std::shared_ptr<TranslationSession> AppleTranslator::translationSession(const Pair& pair) {
+    auto& session = sessions_[pair.key];
+    if (!session)
+        session =
+            service_->session(TranslationSupport::appleLanguageIdentifier(pair.source),
+                              TranslationSupport::appleLanguageIdentifier(pair.target), isolation_);
+    return session;
+}
+
+TranslatorError AppleTranslator::mappedTranslationError(const std::exception_ptr& error,
+                                                        const Pair& pair) {
+    const auto kind = kindOf(error);
+    if (kind == TranslationError::unsupportedLanguagePairing)
+        return TranslatorError::unsupportedPair(pair.source, pair.target);
+    if (kind == TranslationError::notInstalled) {
+        preparedPairs_.erase(pair.key);
+        return TranslatorError::languageResourcesNotReady(pair.source, pair.target);
+    }
+    if (kind == TranslationError::alreadyCancelled) {
+        sessions_.erase(pair.key);
+        preparedPairs_.erase(pair.key);
+    }
+    auto details = TranslatorError::details(error);
+    details.category = category(kind);
+    return TranslatorError::backendFailure(details);
+}
+
+} // namespace tessarune

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "Tessarune/translation/TranslationService.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/translation/Translator.h"
+#include "TessaruneCore/translation/TranslatorError.h"
+
+#include <map>
+#include <memory>
+#include <set>
+#include <string>
+
+namespace tessarune {
+
+/// The translator over the offline translation service: one session a language pair, and the
+/// knowledge which pairs are ready. Every failure of the service becomes a `TranslatorError`.
+///
+/// Isolated by itself: whoever calls, its state is touched only on its own queue, and what happens
+/// between two suspensions is one step. Operations go on on the executor given at construction.
+class AppleTranslator final : public Translator {
+  public:
+    AppleTranslator(Host& host, std::shared_ptr<TranslationService> service, Executor caller);
+
+    Task<TranslationAvailabilityStatus> availabilityStatus(std::string source,
+                                                           std::string target) override;
+    Task<void> prepareLanguages(std::string source, std::string target) override;
+    Task<void> rebuildLanguagePair(std::string source, std::string target) override;
+    Task<std::string> translate(std::string text, std::string source, std::string target) override;
+
+  private:
+    struct Pair {
+        std::string source;
+        std::string target;
+        std::string key;
+    };
+    static Pair pair(std::string source, std::string target);
+
+    /// Runs `work` on the translator's own queue and goes on on the caller's executor.
+    template <typename T>
+    Task<T> isolated(Task<T> work);
+    Task<void> isolated(Task<void> work);
+
+    Task<TranslationAvailabilityStatus> statusOf(Pair pair);
+    Task<void> prepare(Pair pair);
+    Task<void> rebuild(Pair pair);
+    Task<std::string> translated(std::string text, Pair pair);
+    Task<TranslatorError> failure(std::exception_ptr error, Pair pair,
+                                  std::shared_ptr<TranslationSession> session);
+
+    std::shared_ptr<TranslationSession> translationSession(const Pair& pair);
+    TranslatorError mappedTranslationError(const std::exception_ptr& error, const Pair& pair);
+
+    std::shared_ptr<TranslationService> service_;
+    Executor isolation_;
+    Executor caller_;
+
+    // One entry a pair key.
+    std::map<std::string, std::shared_ptr<TranslationSession>> sessions_;
+    std::set<std::string> preparedPairs_;
+    std::map<std::string, TranslationAvailabilityStatus> availabilityCache_;
+    std::shared_ptr<LanguageAvailability> availability_;
+};
+
+} // namespace tessarune

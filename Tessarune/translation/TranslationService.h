@@ -1,0 +1,75 @@
+#pragma once
+
+#include "TessaruneCore/LocalizedError.h"
+#include "TessaruneCore/host/Task.h"
+#include "TessaruneCore/translation/Translator.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tessarune {
+
+/// The failures of the translation service that have a name.
+enum class TranslationError {
+    unsupportedSourceLanguage,
+    unsupportedTargetLanguage,
+    unsupportedLanguagePairing,
+    notInstalled,     ///< the pair's files are not there (any more)
+    alreadyCancelled, ///< the session is over; a new one is needed
+    unableToIdentifyLanguage,
+    nothingToTranslate,
+    internalError
+};
+
+/// What the operations of the service throw. Without a kind it is a failure that has no name.
+class TranslationServiceError : public LocalizedError {
+  public:
+    TranslationServiceError(std::optional<TranslationError> kind, const LocalizedError& error)
+        : LocalizedError(error), kind_(kind) {}
+
+    const std::optional<TranslationError>& kind() const { return kind_; }
+
+  private:
+    std::optional<TranslationError> kind_;
+};
+
+/// What is known of language pairs. Languages are platform identifiers ("en-US").
+class LanguageAvailability {
+  public:
+    virtual ~LanguageAvailability() = default;
+
+    /// Does not fail, and does not use the network.
+    virtual Task<TranslationAvailabilityStatus> status(std::string from, std::string to) = 0;
+};
+
+/// One language pair at work. Cheap to make: files are loaded when they are first needed.
+class TranslationSession {
+  public:
+    struct Response {
+        std::string targetText;
+    };
+
+    virtual ~TranslationSession() = default;
+
+    /// Whether the pair's files are there and load.
+    virtual Task<bool> isReady() = 0;
+    /// Downloads what the pair needs where it can, and loads it.
+    virtual Task<void> prepareTranslation() = 0;
+    virtual Task<Response> translate(std::string text) = 0;
+};
+
+/// Seam: the offline translator of this computer.
+///
+/// The objects made here belong to who asked for them. Their operations may run side by side; they
+/// are started and go on on the executor given, and the object must live until they have ended.
+class TranslationService {
+  public:
+    virtual ~TranslationService() = default;
+
+    virtual std::shared_ptr<LanguageAvailability> languageAvailability(Executor executor) = 0;
+    virtual std::shared_ptr<TranslationSession> session(std::string installedSource,
+                                                        std::string target, Executor executor) = 0;
+};
+
+} // namespace tessarune

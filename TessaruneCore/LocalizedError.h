@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <exception>
+#include <optional>
+#include <string>
+
+namespace tessarune {
+
+/// A failure that can be shown: its texts are localised. `domain` and `code` name it in logs.
+class LocalizedError : public std::exception {
+  public:
+    LocalizedError(std::string errorDescription, std::string domain, std::int64_t code,
+                   std::optional<std::string> failureReason = std::nullopt)
+        : errorDescription_(std::move(errorDescription)),
+          domain_(std::move(domain)),
+          code_(code),
+          failureReason_(std::move(failureReason)) {}
+
+    const std::string& errorDescription() const { return errorDescription_; }
+    const std::string& domain() const { return domain_; }
+    std::int64_t code() const { return code_; }
+    /// Why, where more is known than the description says.
+    const std::optional<std::string>& failureReason() const { return failureReason_; }
+
+    const char* what() const noexcept override { return errorDescription_.c_str(); }
+
+  private:
+    std::string errorDescription_;
+    std::string domain_;
+    std::int64_t code_;
+    std::optional<std::string> failureReason_;
+};
+
+} // namespace tessarune

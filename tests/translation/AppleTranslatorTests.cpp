@@ -1,0 +1,207 @@
+#include "Tessarune/translation/AppleTranslator.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
+#include "tests/support/Await.h"
+#include "tests/translation/ScriptedTranslationService.h"
+
+#include <gtest/gtest.h>
+
+namespace tessarune {
+namespace {
+
+using testing::await;
+using testing::ScriptedTranslationService;
+using testing::serviceError;
+using Calls = std::vector<std::string>;
+using Category = TranslationFailureCategory;
+using Status = TranslationAvailabilityStatus;
+
+constexpr const char* pairName = "en-US->fr-FR";
+
+struct AppleTranslatorTests : ::testing::Test {
+    SimulatedHost host{100};
+    std::shared_ptr<ScriptedTranslationService> service =
+        std::make_shared<ScriptedTranslationService>();
+    AppleTranslator translator{host, service, Executor::main(host)};
+
+    std::string translate(std::string text, std::string target = "fr") {
+        try {
+            return await(host, translator.translate(std::move(text), "en", std::move(target)));
+        } catch (const TranslatorError& error) {
+            return "failed: " + std::string(name(error.details().category));
+        }
+    }
+    std::string prepare() { return outcome(translator.prepareLanguages("en", "fr")); }
+    std::string rebuild() { return outcome(translator.rebuildLanguagePair("en", "fr")); }
+
+  private:
+    static Task<bool> ended(Task<void> task) {
+        co_await task;
+        co_return true;
+    }
+    std::string outcome(Task<void> task) {
+        try {
+            await(host, ended(std::move(task)));
+            return "ok";
+        } catch (const TranslatorError& error) {
+            return "failed: " + std::string(name(error.details().category));
+        }
+    }
+};
+
+TEST_F(AppleTranslatorTests, PreparesAPairOnceAndKeepsItsSession) {
+    service->pairs[pairName] = {Status::supported, false};
+    EXPECT_EQ(translate(" Hello. \n"), "fr-FR:Hello.");
+    EXPECT_EQ(service->takeCalls(),
+              (Calls{"status en-US->fr-FR", "status en-US->fr-FR", "session en-US->fr-FR",
+                     "isReady", "prepare", "isReady", "translate Hello."}));
+    EXPECT_EQ(translate("Again."), "fr-FR:Again.");
+    EXPECT_EQ(prepare(), "ok");
+    EXPECT_EQ(await(host, translator.availabilityStatus("en", "fr")), Status::installed);
+    EXPECT_EQ(service->takeCalls(), Calls{"translate Again."});
+
+    EXPECT_EQ(translate(" \n\t"), "");
+    EXPECT_EQ(service->takeCalls(), Calls{}) << "blank text never reaches the service";
+    EXPECT_EQ(service->callsOnMainQueue, 0) << "all of it happens on the translator's own queue";
+
+    service->translation = [](auto&, auto&) { return std::string("漢字"); };
+    EXPECT_EQ(translate("a", "zh-Hans"), "汉字");
+    EXPECT_EQ(translate("a", "zh-Hant"), "漢字");
+}
+
+TEST_F(AppleTranslatorTests, OnlyAnImpossiblePairIsNotAskedAgain) {
+    service->pairs[pairName].status = Status::unsupported;
+    EXPECT_EQ(translate("a"), "failed: unsupportedLanguagePairing");
+    EXPECT_EQ(prepare(), "failed: unsupportedLanguagePairing");
+    EXPECT_EQ(service->takeCalls(), Calls{"status en-US->fr-FR"});
+    service->pairs[pairName].status = Status::supported;
+    EXPECT_EQ(rebuild(), "ok");
+    EXPECT_EQ(translate("a"), "fr-FR:a");
+
+    EXPECT_EQ(await(host, translator.availabilityStatus("en", "de")), Status::installed);
+    service->pairs["en-US->de-DE"].status = Status::unsupported;
+    EXPECT_EQ(await(host, translator.availabilityStatus("en", "de")), Status::unsupported);
+    service->pairs["en-US->de-DE"].status = Status::installed;
+    EXPECT_EQ(await(host, translator.availabilityStatus("en", "de")), Status::unsupported);
+}
+
+TEST_F(AppleTranslatorTests, PreparationTellsWhatIsMissing) {
+    struct Case {
+        const char* name;
+        ScriptedTranslationService::Pair pair;
+        const char* outcome;
+        bool isPreparedThen;
+    };
+    const Case cases[] = {
+        {"ready", {Status::installed, true}, "ok", true},
+        {"downloaded", {Status::supported, false}, "ok", true},
+        {"still missing",
+         {Status::supported, false, false},
+         "failed: languageResourcesNotReady",
+         false},
+        {"installed but never ready", {Status::installed, false, false}, "ok", false},
+        {"download failed",
+         {Status::supported, false, true, {1, serviceError(std::nullopt)}},
+         "failed: unknown",
+         false},
+        {"no such language",
+         {Status::supported,
+          false,
+          true,
+          {0, serviceError(TranslationError::unsupportedTargetLanguage)}},
+         "failed: unsupportedTargetLanguage",
+         false},
+    };
+    for (const auto& c : cases) {
+        service->pairs[pairName] = c.pair;
+        EXPECT_EQ(rebuild(), c.outcome) << c.name;
+        service->takeCalls();
+        prepare();
+        EXPECT_EQ(service->takeCalls().empty(), c.isPreparedThen) << c.name;
+    }
+}
+
+TEST_F(AppleTranslatorTests, EveryFailureOfTheServiceGetsItsCategory) {
+    struct Case {
+        std::optional<TranslationError> kind;
+        Category category;
+        Calls nextTime; // the calls of the translation after it
+    };
+    const Calls asIfNothingHadHappened{"translate b"};
+    const Calls preparedAgain{"status en-US->fr-FR", "status en-US->fr-FR", "isReady",
+                              "translate b"};
+    const Calls newSession{"status en-US->fr-FR", "status en-US->fr-FR", "session en-US->fr-FR",
+                           "isReady", "translate b"};
+    using Error = TranslationError;
+    const Case cases[] = {
+        {Error::unsupportedSourceLanguage, Category::unsupportedSourceLanguage,
+         asIfNothingHadHappened},
+        {Error::unsupportedTargetLanguage, Category::unsupportedTargetLanguage,
+         asIfNothingHadHappened},
+        {Error::unsupportedLanguagePairing, Category::unsupportedLanguagePairing,
+         asIfNothingHadHappened},
+        {Error::notInstalled, Category::languageResourcesNotReady, preparedAgain},
+        {Error::alreadyCancelled, Category::sessionCancelled, newSession},
+        {Error::unableToIdentifyLanguage, Category::unableToIdentifyLanguage,
+         asIfNothingHadHappened},
+        {Error::nothingToTranslate, Category::nothingToTranslate, asIfNothingHadHappened},
+        {Error::internalError, Category::internalError, asIfNothingHadHappened},
+        {std::nullopt, Category::unknown, asIfNothingHadHappened},
+    };
+    for (const auto& c : cases) {
+        ASSERT_EQ(rebuild(), "ok");
+        service->answers = {{0.1, serviceError(c.kind, "no")}};
+        EXPECT_EQ(translate("a"), "failed: " + std::string(name(c.category)));
+        service->takeCalls();
+        EXPECT_EQ(translate("b"), "fr-FR:b");
+        EXPECT_EQ(service->takeCalls(), c.nextTime) << name(c.category);
+
+        // A session that has lost its files has one reason, whatever it says.
+        service->answers = {{0.1, serviceError(c.kind, "no")}};
+        host.after(0.05, [&] { service->pairs[pairName].isReady = false; });
+        const bool namesTheReason = c.kind == Error::alreadyCancelled;
+        EXPECT_EQ(translate("a"), namesTheReason ? "failed: sessionCancelled"
+                                                 : "failed: languageResourcesNotReady");
+        service->pairs[pairName].isReady = true;
+    }
+}
+
+TEST_F(AppleTranslatorTests, ErrorsCarryWhatIsKnownOfThem) {
+    service->answers = {{0, serviceError(TranslationError::internalError, "no luck")}};
+    try {
+        await(host, translator.translate("a", "en", "fr"));
+        FAIL();
+    } catch (const TranslatorError& error) {
+        const TranslationFailureDetails expected{Category::internalError, "no luck", "Scripted", 7,
+                                                 "because"};
+        EXPECT_EQ(TranslatorError::details(error), expected);
+        EXPECT_EQ(error.errorDescription(), "no luck");
+    }
+    const auto pair = TranslatorError::unsupportedPair("en", "fr");
+    EXPECT_EQ(pair.errorDescription(), "不支持的翻译方向: en → fr");
+    EXPECT_EQ(TranslatorError::details(std::runtime_error("odd")).category, Category::unknown);
+    EXPECT_EQ(TranslatorError::details(std::make_exception_ptr(std::runtime_error("odd"))).message,
+              "odd");
+    EXPECT_EQ(TranslatorError::languageResourcesNotReady("en", "ja").details().message,
+              TranslationSupport::languageResourceNotReadyMessage("ja"));
+}
+
+TEST_F(AppleTranslatorTests, SentencesOfOnePairMayBeUnderWayTogether) {
+    ASSERT_EQ(prepare(), "ok");
+    service->takeCalls();
+    service->answers = {{2, std::nullopt}, {1, std::nullopt}};
+    std::optional<std::string> first, second;
+    std::exception_ptr error;
+    spawn(Executor::main(host),
+          testing::detail::store(translator.translate("a", "en", "fr"), first, error));
+    spawn(Executor::main(host),
+          testing::detail::store(translator.translate("b", "en", "fr"), second, error));
+    host.advanceBy(1.5);
+    EXPECT_EQ(second, "fr-FR:b");
+    EXPECT_EQ(first, std::nullopt);
+    host.runUntilIdle();
+    EXPECT_EQ(first, "fr-FR:a");
+    EXPECT_EQ(service->takeCalls(), (Calls{"translate a", "translate b"})) << "on one session";
+}
+
+} // namespace
+} // namespace tessarune
