@@ -91,7 +91,7 @@ bool isLetterOrNumber(char32_t codePoint) {
 
 bool isWhiteSpace(char32_t codePoint) {
     if (codePoint < 0x80)
-        return codePoint == ' ' || (codePoint >= '\t' && codePoint <= '\r');
+        return isASCIIWhiteSpace(codePoint);
     return u_isUWhiteSpace(static_cast<UChar32>(codePoint));
 }
 

@@ -10,7 +10,7 @@ namespace {
 
 bool isSpaceOrNewLine(char32_t codePoint) {
     if (codePoint < 0x80)
-        return codePoint == ' ' || (codePoint >= '\t' && codePoint <= '\r');
+        return isASCIIWhiteSpace(codePoint);
     return codePoint == 0x85 || (U_GET_GC_MASK(static_cast<UChar32>(codePoint)) & U_GC_Z_MASK) != 0;
 }
 
@@ -69,7 +69,10 @@ std::size_t countOfPieces(std::string_view text, Test isSeparator) {
 }
 
 bool isWhite(std::string_view character) {
-    return isWhiteSpace(character);
+    const auto byte = static_cast<unsigned char>(character.front());
+    if (byte < 0x80)
+        return isASCIIWhiteSpace(byte);
+    return isWhiteSpace(firstCodePoint(character));
 }
 
 template <typename Part>
@@ -94,7 +97,7 @@ std::string_view trimmedOfBlanks(std::string_view text) {
 }
 
 bool isWhiteSpace(std::string_view character) {
-    return !character.empty() && isWhiteSpace(firstCodePoint(character));
+    return !character.empty() && isWhite(character);
 }
 
 std::vector<std::string_view> splitAtBlanks(std::string_view text) {
@@ -117,7 +120,7 @@ std::size_t countOfNonWhiteSpace(std::string_view text) {
     std::size_t count = 0;
     CharacterWalker walker(text);
     for (std::string_view character; walker.next(character);) {
-        if (!isWhiteSpace(character))
+        if (!isWhite(character))
             ++count;
     }
     return count;

@@ -167,12 +167,20 @@ std::string canonical(std::string_view text) {
 }
 
 std::string lowercased(std::string_view text) {
-    if (!isASCII(text))
-        return SlowPath::lowercased(text);
-    std::string result(text);
-    for (char& byte : result) {
-        if (byte >= 'A' && byte <= 'Z')
-            byte = static_cast<char>(byte - 'A' + 'a');
+    constexpr char32_t capitalSigma = 0x03A3;   // what it becomes depends on its neighbours
+    constexpr char32_t dottedCapitalI = 0x0130; // becomes two code points
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t at = 0; at < text.size();) {
+        const char32_t codePoint = decode(text, at);
+        if (codePoint < 0x80) {
+            const bool isUpper = codePoint >= 'A' && codePoint <= 'Z';
+            result += static_cast<char>(isUpper ? codePoint - 'A' + 'a' : codePoint);
+        } else if (isPlain(codePoint) && codePoint != capitalSigma && codePoint != dottedCapitalI) {
+            append(result, static_cast<char32_t>(u_tolower(static_cast<UChar32>(codePoint))));
+        } else {
+            return SlowPath::lowercased(text);
+        }
     }
     return result;
 }
