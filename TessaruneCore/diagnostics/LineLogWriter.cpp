@@ -1,0 +1,64 @@
+#include "TessaruneCore/diagnostics/LineLogWriter.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+namespace tessarune {
+
+std::unique_ptr<LineLogWriter> LineLogWriter::open(Host& host, std::string_view queueLabel,
+                                                   const std::filesystem::path& path) {
+    // Appending, so that a file which somebody empties meanwhile gets no hole.
+    const int file =
+        ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0644);
+    if (file < 0)
+        return nullptr;
+    return std::unique_ptr<LineLogWriter>(
+        new LineLogWriter(host.serialQueue(queueLabel, QueuePriority::utility), file));
+}
+
+LineLogWriter::LineLogWriter(std::shared_ptr<SerialQueue> queue, int file)
+    : queue_(std::move(queue)), file_(file) {}
+
+LineLogWriter::~LineLogWriter() {
+    close();
+}
+
+void LineLogWriter::append(Encode encode) {
+    queue_->async([this, encode = std::move(encode)] { write(encode); });
+}
+
+void LineLogWriter::close() {
+    queue_->sync([this] {
+        if (file_ >= 0)
+            ::close(file_);
+        file_ = -1;
+    });
+}
+
+void LineLogWriter::write(const Encode& encode) {
+    if (file_ < 0)
+        return;
+    std::optional<std::string> line = encode();
+    if (!line)
+        return;
+    *line += '\n';
+    if (endsInsideALine_)
+        line->insert(line->begin(), '\n');
+    writeAll(*line);
+}
+
+void LineLogWriter::writeAll(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(file_, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written <= 0)
+            return;
+        bytes.remove_prefix(static_cast<std::size_t>(written));
+        endsInsideALine_ = !bytes.empty();
+    }
+}
+
+} // namespace tessarune

@@ -1,0 +1,110 @@
+#include "TessaruneCore/recognition/ASREventLog.h"
+
+#include "TessaruneCore/text/Text.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <stdexcept>
+#include <system_error>
+
+namespace tessarune::ASREventLog {
+
+namespace {
+
+class File {
+  public:
+    explicit File(const std::filesystem::path& path)
+        : path_(path), descriptor_(::open(path.c_str(), O_RDONLY | O_CLOEXEC)) {
+        if (descriptor_ < 0)
+            fail(errno);
+    }
+    ~File() {
+        if (descriptor_ >= 0)
+            ::close(descriptor_);
+    }
+    File(const File&) = delete;
+    File& operator=(const File&) = delete;
+
+    std::string contents() const {
+        struct stat status {};
+        if (::fstat(descriptor_, &status) != 0)
+            fail(errno);
+        if (S_ISDIR(status.st_mode))
+            fail(EISDIR);
+        // A device has no end; a pipe has one, and no size.
+        if (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode))
+            fail(EINVAL);
+        // One byte more, so that the end of the file shows without another round.
+        std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
+        std::size_t filled = 0;
+        while (const std::size_t count = readSome(bytes.data() + filled, bytes.size() - filled)) {
+            filled += count;
+            if (filled == bytes.size())
+                bytes.resize(bytes.size() * 2);
+        }
+        bytes.resize(filled);
+        return bytes;
+    }
+
+  private:
+    std::size_t readSome(char* bytes, std::size_t size) const {
+        ssize_t count;
+        do {
+            count = ::read(descriptor_, bytes, size);
+        } while (count < 0 && errno == EINTR);
+        if (count < 0)
+            fail(errno);
+        return static_cast<std::size_t>(count);
+    }
+
+    [[noreturn]] void fail(int error) const {
+        throw std::system_error(error, std::generic_category(), path_.string());
+    }
+
+    const std::filesystem::path& path_;
+    int descriptor_;
+};
+
+bool isEarlier(const ASREventRecord& a, const ASREventRecord& b) {
+    return a.t < b.t;
+}
+
+} // namespace
+
+Writer::Writer(Host& host, std::unique_ptr<LineLogWriter> lines)
+    : host_(host), lines_(std::move(lines)) {}
+
+std::unique_ptr<Writer> Writer::open(Host& host, const std::filesystem::path& path) {
+    auto lines = LineLogWriter::open(host, "Tessarune.ASREventLog.Writer", path);
+    if (!lines)
+        return nullptr;
+    return std::unique_ptr<Writer>(new Writer(host, std::move(lines)));
+}
+
+void Writer::append(ASREvent event, std::optional<double> t) {
+    lines_->append([record = ASREventRecord(t.value_or(host_.now()), std::move(event))] {
+        return record.line();
+    });
+}
+
+std::vector<ASREventRecord> read(const std::filesystem::path& path) {
+    const std::string contents = File(path).contents();
+    if (!Text::isValidUTF8(contents))
+        throw std::runtime_error(path.string() + ": not UTF-8 text");
+    std::vector<ASREventRecord> records;
+    for (std::string_view rest = contents; !rest.empty();) {
+        const std::string_view line = rest.substr(0, rest.find('\n'));
+        rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        if (auto record = ASREventRecord::fromLine(line))
+            records.push_back(std::move(*record));
+    }
+    if (!std::is_sorted(records.begin(), records.end(), isEarlier))
+        std::stable_sort(records.begin(), records.end(), isEarlier);
+    return records;
+}
+
+} // namespace tessarune::ASREventLog

@@ -1,0 +1,134 @@
+#include "TessaruneCore/host/SimulatedHost.h"
+#include "TessaruneCore/recognition/ASREventLog.h"
+#include "tests/core/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <system_error>
+
+namespace tessarune {
+namespace {
+
+const std::string first = R"({"t":1.0,"kind":"partial","text":"a","revision":0,"timestamp":1.0})";
+
+std::vector<std::string> texts(const std::vector<ASREventRecord>& records) {
+    std::vector<std::string> result;
+    for (const auto& record : records)
+        result.push_back(record.text);
+    return result;
+}
+
+TEST(ASREventLogTests, EachRecordIsALineAtOnce) {
+    TemporaryFolder folder;
+    SimulatedHost host(5.5);
+    const auto path = folder.path / "events.ndjson";
+    auto writer = ASREventLog::Writer::open(host, path);
+    ASSERT_TRUE(writer);
+    writer->append(ASREvent::partial("a", 0, 1), 1);
+    EXPECT_EQ(contentsOf(path), "") << "the caller must not wait for the disk";
+    host.runUntilIdle();
+    EXPECT_EQ(contentsOf(path), first + "\n");
+    writer->append(ASREvent::partial("infinite", 0, 1.0 / 0.0));
+    writer->append(ASREvent::final(" b\n", 2, 3, EndpointReason::manual));
+    writer->close();
+    writer->append(ASREvent::partial("too late", 0, 1));
+    writer->close();
+    EXPECT_EQ(
+        contentsOf(path),
+        first + "\n" +
+            R"({"t":5.5,"kind":"final","text":" b\n","start":2.0,"end":3.0,"reason":"manual"})" +
+            "\n");
+    EXPECT_EQ(texts(ASREventLog::read(path)), (std::vector<std::string>{"a", " b\n"}));
+}
+
+TEST(ASREventLogTests, WhatWaitsIsWrittenBeforeTheWriterGoes) {
+    TemporaryFolder folder;
+    SimulatedHost host;
+    const auto path = folder.path / "events.ndjson";
+    ASREventLog::Writer::open(host, path)->append(ASREvent::partial("a", 0, 1), 1);
+    EXPECT_EQ(contentsOf(path), first + "\n");
+}
+
+TEST(ASREventLogTests, ALaterWriterEmptiesTheFileOfAnEarlierOne) {
+    TemporaryFolder folder;
+    SimulatedHost host;
+    const auto path = folder.path / "events.ndjson";
+    auto earlier = ASREventLog::Writer::open(host, path);
+    earlier->append(ASREvent::partial("lost", 0, 1), 1);
+    host.runUntilIdle();
+    auto later = ASREventLog::Writer::open(host, path);
+    EXPECT_EQ(contentsOf(path), "");
+    earlier->append(ASREvent::partial("a", 0, 1), 1);
+    earlier->close();
+    EXPECT_EQ(contentsOf(path), first + "\n") << "without a hole before it";
+    EXPECT_FALSE(ASREventLog::Writer::open(host, folder.path));
+    EXPECT_FALSE(ASREventLog::Writer::open(host, folder.path / "missing" / "events.ndjson"));
+}
+
+TEST(ASREventLogTests, ReadingSkipsWhatIsNoRecordAndSortsByTime) {
+    const auto line = [](double t, const std::string& text) {
+        return *ASREventRecord(t, ASREvent::partial(text, 0, 0)).line() + "\n";
+    };
+    struct Case {
+        const char* what;
+        std::string contents;
+        std::vector<std::string> texts;
+    };
+    const Case cases[] = {
+        {"an empty file", "", {}},
+        {"line feeds", "\n\n\n", {}},
+        {"no line feed at the end", first, {"a"}},
+        {"carriage returns", "\r\n" + first + "\r\n" + first + "\r", {"a", "a"}},
+        {"a truncated last line", first + "\n" + first.substr(0, 50), {"a"}},
+        {"a damaged line between", line(1, "a") + "{\"t\":1,\"ki\n" + line(1, "b"), {"a", "b"}},
+        {"NUL bytes", line(1, "a") + std::string(100, '\0') + "\n" + line(1, "b"), {"a", "b"}},
+        {"a byte order mark", "\xEF\xBB\xBF" + line(1, "a") + line(1, "b"), {"b"}},
+        {"one list of records", "[\n" + first + ",\n" + first + "\n]\n", {"a"}},
+        {"times out of order",
+         line(3, "d") + line(2, "b") + line(1, "a") + line(2, "c") + line(-1, "z"),
+         {"z", "a", "b", "c", "d"}},
+    };
+    TemporaryFolder folder;
+    const auto path = folder.path / "events.ndjson";
+    for (const auto& c : cases) {
+        writeContents(path, c.contents);
+        EXPECT_EQ(texts(ASREventLog::read(path)), c.texts) << c.what;
+    }
+}
+
+TEST(ASREventLogTests, ReadingFailsOnlyWhereThereIsNoText) {
+    TemporaryFolder folder;
+    EXPECT_THROW(ASREventLog::read(folder.path / "missing"), std::system_error);
+    EXPECT_THROW(ASREventLog::read(folder.path), std::system_error);
+    EXPECT_THROW(ASREventLog::read("/dev/zero"), std::system_error);
+    const auto path = folder.path / "events.ndjson";
+    writeContents(path, first + "\n\xFF\n");
+    try {
+        ASREventLog::read(path);
+        ADD_FAILURE() << "must throw";
+    } catch (const std::runtime_error& error) {
+        EXPECT_EQ(error.what(), path.string() + ": not UTF-8 text");
+    }
+}
+
+TEST(ASREventLogTests, LongLinesAndManyLinesAreRead) {
+    TemporaryFolder folder;
+    const auto path = folder.path / "events.ndjson";
+    std::string contents;
+    for (int i = 0; i < 20000; ++i)
+        contents += "{\"t\":" + std::to_string(i / 2 * 7919 % 10000) +
+                    ",\"kind\":\"x\",\"text\":\"" + std::to_string(i) + "\"}\n";
+    contents += R"({"t":20000,"kind":"x","text":")" + std::string(2'000'000, 'a') + "\"}\n";
+    contents += std::string(1'000'000, '[') + "\n";
+    writeContents(path, contents);
+    const auto records = ASREventLog::read(path);
+    ASSERT_EQ(records.size(), 20001u);
+    EXPECT_EQ(records.back().text.size(), 2'000'000u);
+    for (std::size_t i = 0; i < 20000; ++i) {
+        ASSERT_EQ(records[i].t, static_cast<double>(i / 2));
+        ASSERT_EQ(std::stoi(records[i].text) % 2, static_cast<int>(i % 2)) << "not stable";
+    }
+}
+
+} // namespace
+} // namespace tessarune
