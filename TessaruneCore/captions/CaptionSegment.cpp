@@ -39,6 +39,20 @@ std::string_view name(FreezeKind kind) {
     return {};
 }
 
+std::string_view markerSuffix(FreezeKind kind) {
+    switch (kind) {
+    case FreezeKind::none:
+        return "";
+    case FreezeKind::soft:
+        return " ◌";
+    case FreezeKind::ours:
+        return " 🔒";
+    case FreezeKind::engine:
+        return " 🏁";
+    }
+    return "";
+}
+
 bool CaptionSegment::operator==(const CaptionSegment& other) const {
     return plainFields(*this) == plainFields(other) && Text::equal(sourceText, other.sourceText) &&
            equal(translatedText, other.translatedText) &&

@@ -21,6 +21,8 @@ enum class FreezeKind {
 
 std::string_view name(CaptionSegmentState state);
 std::string_view name(FreezeKind kind);
+/// The mark behind a row's text in plain listings; empty for `none`.
+std::string_view markerSuffix(FreezeKind kind);
 
 /// One row of caption text: the value that the whole program shares. Texts are compared by
 /// canonical equivalence.

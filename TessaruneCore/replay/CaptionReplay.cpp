@@ -42,20 +42,6 @@ std::vector<std::string> openLines(const CaptionCore& core) {
 
 } // namespace
 
-std::string_view markerSuffix(FreezeKind kind) {
-    switch (kind) {
-    case FreezeKind::none:
-        return "";
-    case FreezeKind::soft:
-        return " ◌";
-    case FreezeKind::ours:
-        return " 🔒";
-    case FreezeKind::engine:
-        return " 🏁";
-    }
-    return "";
-}
-
 std::string Output::transcript() const {
     std::vector<std::string> lines = committedLines;
     if (!liveLines.empty()) {

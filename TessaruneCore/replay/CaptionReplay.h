@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 /// Runs a recorded event log through a real `CaptionCore` on simulated time: how a change to the
@@ -26,9 +25,6 @@ struct Output {
     /// What a reader of the captions would have in front of them.
     std::string transcript() const;
 };
-
-/// What stands behind a committed row's text; empty for rows that were sealed.
-std::string_view markerSuffix(FreezeKind kind);
 
 /// `records` in the order in which the log's reader gives them.
 Output run(const std::vector<ASREventRecord>& records, const CaptionCore::Config& config,

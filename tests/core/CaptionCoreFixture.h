@@ -2,7 +2,6 @@
 
 #include "TessaruneCore/CaptionCore.h"
 #include "TessaruneCore/host/SimulatedHost.h"
-#include "TessaruneCore/replay/CaptionReplay.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <memory>
@@ -42,8 +41,7 @@ struct CaptionCoreFixture {
     static std::vector<std::string> texts(const CaptionCore::Rows& rows) {
         std::vector<std::string> texts;
         for (const CaptionSegment& row : rows)
-            texts.push_back(row.sourceText +
-                            std::string(CaptionReplay::markerSuffix(row.freezeKind)));
+            texts.push_back(row.sourceText + std::string(markerSuffix(row.freezeKind)));
         return texts;
     }
 

@@ -260,10 +260,10 @@ TEST(CaptionCoreTests, LeadingRowsKeepTheirIdentity) {
     int changes = 0;
     f.core->liveLeadingSentences.onDidChange([&](const auto&) { ++changes; });
     const auto ids = [&] {
-        std::vector<UUID> ids;
+        std::vector<UUID> all;
         for (const auto& row : *f.core->liveLeadingSentences)
-            ids.push_back(row.id);
-        return ids;
+            all.push_back(row.id);
+        return all;
     };
     struct Case {
         const char* text;
