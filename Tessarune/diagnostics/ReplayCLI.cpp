@@ -169,7 +169,11 @@ void run(const Arguments& arguments, std::ostream& out, FileSystem& files) {
     try {
         records = ASREventLog::read(*path);
     } catch (const std::exception& error) {
-        out << "error: 读取失败 " << *path << ": " << error.what() << "\n";
+        // The reader's description begins with the path.
+        std::string_view description = error.what();
+        if (description.starts_with(*path + ": "))
+            description.remove_prefix(path->size() + 2);
+        out << "error: 读取失败 " << *path << ": " << description << "\n";
         return;
     }
     if (records.empty()) {

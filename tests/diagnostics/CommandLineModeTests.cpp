@@ -85,11 +85,12 @@ TEST_F(CommandLineModeTests, RepliesToEachKindOfCall) {
         EXPECT_EQ(run(c.arguments), c.expected);
 
     const std::string missing = (folder / "missing.ndjson").string();
-    for (const std::string& path : {missing, folder.string()}) {
-        const std::string answer = run({"--replay", path});
-        EXPECT_TRUE(answer.starts_with("error: 读取失败 " + path + ": ")) << answer;
-        EXPECT_TRUE(answer.ends_with("\nexit 0")) << answer;
-    }
+    const std::string binary = write("binary.ndjson", "\xFF\xFE");
+    EXPECT_EQ(run({"--replay", missing}),
+              "error: 读取失败 " + missing + ": No such file or directory\nexit 0");
+    EXPECT_EQ(run({"--replay", folder.string()}),
+              "error: 读取失败 " + folder.string() + ": Is a directory\nexit 0");
+    EXPECT_EQ(run({"--replay", binary}), "error: 读取失败 " + binary + ": not UTF-8 text\nexit 0");
     // Said before the first unknown flag is.
     const std::string retired = run({"--what", "--coordinator-selftest", "--segmenter-selftest"});
     EXPECT_TRUE(retired.starts_with("Tessarune: --coordinator-selftest ")) << retired;
