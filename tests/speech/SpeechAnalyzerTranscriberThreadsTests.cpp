@@ -49,6 +49,8 @@ class Hammer {
         Task<void> draining = hammer.transcriber_->finishDrainingAndStop();
         co_await draining;
         hammer.finished_ = true;
+        Task<bool> settling = sleep(Executor::main(hammer.host_), 0.05);
+        co_await settling;
         hammer.host_.quit();
     }
 

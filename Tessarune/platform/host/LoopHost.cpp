@@ -42,21 +42,20 @@ double LoopHost::wallClock() const {
     return seconds(CLOCK_REALTIME);
 }
 
+// All notify with the lock held: the block may be what ends the program, and then the host is gone
+// as soon as the lock is free.
+
 void LoopHost::post(Block block) {
-    {
-        std::lock_guard lock(mutex_);
-        posted_.push_back(std::move(block));
-    }
+    std::lock_guard lock(mutex_);
+    posted_.push_back(std::move(block));
     arrived_.notify_one();
 }
 
 DelayedCall LoopHost::after(double delay, Block block) {
     auto cancelled = std::make_shared<std::atomic<bool>>(false);
-    {
-        std::lock_guard lock(mutex_);
-        timers_.push({sinceBoot() + std::max(delay, 0.0), nextOrder_++,
-                      std::make_shared<Block>(std::move(block)), cancelled});
-    }
+    std::lock_guard lock(mutex_);
+    timers_.push({sinceBoot() + std::max(delay, 0.0), nextOrder_++,
+                  std::make_shared<Block>(std::move(block)), cancelled});
     arrived_.notify_one();
     return DelayedCall(cancelled);
 }
@@ -97,11 +96,9 @@ int LoopHost::run() {
 }
 
 void LoopHost::quit(int status) {
-    {
-        std::lock_guard lock(mutex_);
-        quitting_ = true;
-        status_ = status;
-    }
+    std::lock_guard lock(mutex_);
+    quitting_ = true;
+    status_ = status;
     arrived_.notify_one();
 }
 
