@@ -70,6 +70,8 @@ bool isASCII(std::string_view text) {
 }
 
 bool isPlain(char32_t codePoint) {
+    if (codePoint < 0x80 || (codePoint >= 0x4E00 && codePoint <= 0x9FFF))
+        return true;
     for (const auto& range : plainRanges) {
         if (codePoint <= range.last)
             return codePoint >= range.first;

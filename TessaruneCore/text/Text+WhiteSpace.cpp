@@ -20,8 +20,18 @@ bool isBlankOrTab(char32_t codePoint) {
     return u_charType(static_cast<UChar32>(codePoint)) == U_SPACE_SEPARATOR;
 }
 
+bool isVisibleASCII(char byte) {
+    return byte > ' ' && byte < '\x7F';
+}
+
 template <typename Test>
 std::string_view trimmedOf(std::string_view text, Test isTrimmed) {
+    while (!text.empty() && text.front() == ' ')
+        text.remove_prefix(1);
+    while (!text.empty() && text.back() == ' ')
+        text.remove_suffix(1);
+    if (!text.empty() && isVisibleASCII(text.front()) && isVisibleASCII(text.back()))
+        return text;
     std::size_t start = 0;
     for (std::size_t next = 0; next < text.size() && isTrimmed(decode(text, next)); start = next) {
     }
@@ -50,8 +60,29 @@ void forEachPiece(std::string_view text, Test isSeparator, Use use) {
         use(text.substr(start, end - start));
 }
 
+/// How many runs of other bytes stand between the bytes that a test finds, without a branch.
+template <typename Test>
+std::size_t countOfByteRuns(std::string_view text, Test isSeparator) {
+    std::size_t count = 0;
+    bool wasSeparator = true;
+    for (const char byte : text) {
+        const bool separates = isSeparator(byte);
+        count += static_cast<std::size_t>(wasSeparator && !separates);
+        wasSeparator = separates;
+    }
+    return count;
+}
+
 bool isBlank(std::string_view character) {
     return character == " ";
+}
+
+/// Whether the blank at `at` is a character for certain, nothing on either side being joined to it.
+bool isLoneBlank(std::string_view text, std::size_t at) {
+    std::size_t end = at;
+    std::size_t next = at + 1;
+    return (at == 0 || isPlain(decodeBackwards(text, end))) &&
+           (next == text.size() || isPlain(decode(text, next)));
 }
 
 template <typename Test>
@@ -109,10 +140,22 @@ std::vector<std::string_view> splitOnWhiteSpace(std::string_view text) {
 }
 
 std::size_t countOfBlankSeparated(std::string_view text) {
-    return countOfPieces(text, isBlank);
+    if (isASCII(text))
+        return countOfByteRuns(text, [](char byte) { return byte == ' '; });
+    std::size_t count = 0;
+    std::size_t start = 0;
+    for (std::size_t at; (at = text.find(' ', start)) != text.npos; start = at + 1) {
+        if (!isLoneBlank(text, at))
+            return countOfPieces(text, isBlank);
+        count += at > start ? 1 : 0;
+    }
+    return count + (start < text.size() ? 1 : 0);
 }
 
 std::size_t countOfWhiteSpaceSeparated(std::string_view text) {
+    if (isASCII(text))
+        return countOfByteRuns(text,
+                               [](char byte) { return isWhiteSpace(static_cast<char32_t>(byte)); });
     return countOfPieces(text, isWhite);
 }
 

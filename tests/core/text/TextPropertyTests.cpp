@@ -58,6 +58,14 @@ RC_GTEST_PROP(TextPropertyTests, ShortCutsGiveWhatTheLongWayGives, ()) {
     RC_ASSERT(Text::characters(text) == Text::SlowPath::characters(text));
     RC_ASSERT(Text::canonical(text) == Text::SlowPath::canonical(text));
     RC_ASSERT(Text::lowercased(text) == Text::SlowPath::lowercased(text));
+    if (!text.empty())
+        RC_ASSERT(Text::lastCharacter(text) == Text::SlowPath::characters(text).back());
+}
+
+RC_GTEST_PROP(TextPropertyTests, CountsAreThoseOfThePieces, ()) {
+    const auto text = *anyText();
+    RC_ASSERT(Text::countOfBlankSeparated(text) == Text::splitAtBlanks(text).size());
+    RC_ASSERT(Text::countOfWhiteSpaceSeparated(text) == Text::splitOnWhiteSpace(text).size());
 }
 
 RC_GTEST_PROP(TextPropertyTests, ComparisonsAgreeWithTheLongWay, ()) {
