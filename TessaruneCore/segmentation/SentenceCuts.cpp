@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cstring>
 #include <utility>
 
 namespace tessarune {
@@ -117,43 +118,71 @@ bool isLongEnoughForClause(const Characters& characters, std::size_t start, std:
     return units >= SentenceSegmenter::minClauseWords;
 }
 
+BoundaryUnit unitFor(std::string_view text, const SentenceCuts::Rules& rules) {
+    return rules.boundaryUnit == BoundaryUnit::characters && Text::containsCJK(text)
+               ? BoundaryUnit::characters
+               : BoundaryUnit::words;
+}
+
+/// How many bytes at the front of both texts are the same.
+std::size_t commonBytes(std::string_view a, std::string_view b) {
+    const std::size_t most = std::min(a.size(), b.size());
+    std::size_t at = 0;
+    constexpr std::size_t stride = 16;
+    while (at + stride <= most && std::memcmp(a.data() + at, b.data() + at, stride) == 0)
+        at += stride;
+    while (at < most && a[at] == b[at])
+        ++at;
+    return at;
+}
+
 } // namespace
 
 void SentenceCuts::cut(std::string_view text, const Rules& rules) {
     text = Text::trimmed(text);
-    begin(text, rules);
-    if (Text::isASCII(text)) {
-        walk(ByteCharacters{text});
+    const std::size_t unchanged = takeText(text, rules);
+    if (isASCII_) {
+        walk(ByteCharacters{text_}, unchanged, BoundaryUnit::words);
+        finish(rules.limit);
         return;
     }
-    Text::CharacterWalker walker(text);
+    // Whether a character ends is decided by the code point behind it, which has up to four bytes.
+    while (ends_.back() > 0 && ends_.back() + 4 > unchanged) {
+        ends_.pop_back();
+        traits_.pop_back();
+    }
+    const std::size_t unchangedCharacters = traits_.size();
+    Text::CharacterWalker walker(std::string_view(text_).substr(ends_.back()));
     for (std::string_view character; walker.next(character);)
         append(character);
-    walk(SplitCharacters{text, ends_, traits_});
+    walk(SplitCharacters{text_, ends_, traits_}, unchangedCharacters, unitFor(text_, rules));
+    finish(rules.limit);
 }
 
 void SentenceCuts::cut(std::string_view text, const std::vector<std::string_view>& characters,
                        const Rules& rules) {
-    begin(text, rules);
-    for (const std::string_view character : characters)
-        append(character);
-    walk(SplitCharacters{text, ends_, traits_});
-}
-
-void SentenceCuts::begin(std::string_view text, const Rules& rules) {
-    for (auto* level : {&sentences_, &clauses_}) {
-        level->start = 0;
-        level->pieces.clear();
-    }
-    sentences_.wanted = rules.sentences;
-    clauses_.wanted = rules.clauses;
-    limit_ = rules.limit;
-    unit_ = rules.boundaryUnit == BoundaryUnit::characters && Text::containsCJK(text)
-                ? BoundaryUnit::characters
-                : BoundaryUnit::words;
+    takeText(text, rules);
+    isASCII_ = false;
     ends_.assign(1, 0);
     traits_.clear();
-    joined_.clear();
+    for (const std::string_view character : characters)
+        append(character);
+    walk(SplitCharacters{text_, ends_, traits_}, 0, unitFor(text_, rules));
+    finish(rules.limit);
+}
+
+/// Puts `text` in the place of the previous one, and returns how many bytes at its front are known
+/// from that.
+std::size_t SentenceCuts::takeText(std::string_view text, const Rules& rules) {
+    const bool isASCII = Text::isASCII(text);
+    const bool comparable = isASCII == isASCII_ && rules.sentences == sentences_.wanted &&
+                            rules.clauses == clauses_.wanted;
+    const std::size_t unchanged = comparable ? commonBytes(text, text_) : 0;
+    text_ = text;
+    isASCII_ = isASCII;
+    sentences_.wanted = rules.sentences;
+    clauses_.wanted = rules.clauses;
+    return unchanged;
 }
 
 void SentenceCuts::append(std::string_view character) {
@@ -161,11 +190,22 @@ void SentenceCuts::append(std::string_view character) {
     traits_.push_back(traits(character));
 }
 
+/// Finds the cuts from the first character on that may be decided otherwise than before.
 template <typename Characters>
-void SentenceCuts::walk(const Characters& characters) {
+void SentenceCuts::walk(const Characters& characters, std::size_t unchanged, BoundaryUnit unit) {
+    // A mark is decided together with the closing marks and the character behind it.
+    std::size_t i = unit == unit_ ? std::min(unchanged, characters.size()) : 0;
+    while (i > 0 && (characters.traits(i - 1) & (terminal | clause | closing)) != 0)
+        --i;
+    unit_ = unit;
+    for (auto* level : {&sentences_, &clauses_}) {
+        while (level->end() > i)
+            level->cuts.pop_back();
+    }
+
     const Traits marks = clauses_.wanted ? terminal | clause : terminal;
     const std::size_t count = characters.size();
-    for (std::size_t i = 0; i < count; ++i) {
+    for (; i < count; ++i) {
         const Traits mark = characters.traits(i);
         if ((mark & marks) == 0)
             continue;
@@ -176,65 +216,79 @@ void SentenceCuts::walk(const Characters& characters) {
             continue;
         for (auto* level : {&sentences_, &clauses_}) {
             if (!level->wanted || (level == &sentences_ && (mark & terminal) == 0) ||
-                !endsPiece(characters, *level, mark, i + 1))
+                !endsPiece(characters, level->end(), i + 1, mark))
                 continue;
-            level->pieces.push_back(Text::trimmed(characters.between(level->start, i + 1)));
-            level->start = i + 1;
+            const auto piece = Text::trimmed(characters.between(level->end(), i + 1));
+            level->cuts.push_back(
+                {i + 1, static_cast<std::size_t>(piece.data() - text_.data()), piece.size()});
         }
-    }
-    for (auto* level : {&sentences_, &clauses_}) {
-        if (!level->wanted || level->start == count)
-            continue;
-        const auto rest = Text::trimmed(characters.between(level->start, count));
-        if (!rest.empty())
-            appendLongTail(rest, level->pieces);
     }
 }
 
 template <typename Characters>
-bool SentenceCuts::endsPiece(const Characters& characters, const Level& level, Traits mark,
-                             std::size_t end) const {
+bool SentenceCuts::endsPiece(const Characters& characters, std::size_t start, std::size_t end,
+                             Traits mark) const {
     if ((mark & fullStop) != 0)
-        return !isProtectedAbbreviation(characters, level.start, end);
-    return (mark & terminal) != 0 || isLongEnoughForClause(characters, level.start, end, unit_);
+        return !isProtectedAbbreviation(characters, start, end);
+    return (mark & terminal) != 0 || isLongEnoughForClause(characters, start, end, unit_);
 }
 
-void SentenceCuts::appendLongTail(std::string_view text, std::vector<std::string_view>& pieces) {
-    const std::int64_t slack = unit_ == BoundaryUnit::characters
-                                   ? SentenceSegmenter::minTailCharactersAfterLongSplit
-                                   : SentenceSegmenter::minTailWordsAfterLongSplit;
-    // A unit takes at least one byte, so a short text needs no counting.
-    if (limit_ < 1 || static_cast<std::int64_t>(text.size()) - slack <= limit_) {
+/// Makes the pieces of the cuts and of what is left behind the last.
+void SentenceCuts::finish(std::int64_t limit) {
+    joined_.clear();
+    const std::string_view text = text_;
+    const std::size_t count = isASCII_ ? text.size() : traits_.size();
+    for (auto* level : {&sentences_, &clauses_}) {
+        level->pieces.clear();
+        if (!level->wanted)
+            continue;
+        for (const auto& cut : level->cuts)
+            level->pieces.push_back(text.substr(cut.start, cut.size));
+        const std::size_t end = isASCII_ ? level->end() : ends_[level->end()];
+        const std::string_view rest = Text::trimmed(text.substr(end));
+        if (!rest.empty())
+            appendLongTail(rest, count - level->end(), limit, level->pieces);
+    }
+}
+
+/// `text` has at most `mostCharacters`, so that a short one needs no counting.
+void SentenceCuts::appendLongTail(std::string_view text, std::size_t mostCharacters,
+                                  std::int64_t limit, std::vector<std::string_view>& pieces) {
+    const bool countsCharacters = unit_ == BoundaryUnit::characters;
+    const std::int64_t slack = countsCharacters ? SentenceSegmenter::minTailCharactersAfterLongSplit
+                                                : SentenceSegmenter::minTailWordsAfterLongSplit;
+    const auto isShort = [&](std::size_t units) {
+        return static_cast<std::int64_t>(units) - slack <= limit;
+    };
+    if (limit < 1 || isShort(countsCharacters ? mostCharacters : (mostCharacters + 1) / 2) ||
+        isShort(countsCharacters ? Text::countOfNonWhiteSpace(text)
+                                 : Text::countOfWhiteSpaceSeparated(text))) {
         pieces.push_back(text);
-        return;
+    } else if (countsCharacters) {
+        appendCutCharacters(text, limit, pieces);
+    } else {
+        appendCutWords(text, limit, pieces);
     }
-    if (unit_ == BoundaryUnit::characters) {
-        appendCharacterLongTail(text, pieces);
-        return;
-    }
+}
+
+void SentenceCuts::appendCutWords(std::string_view text, std::int64_t limit,
+                                  std::vector<std::string_view>& pieces) {
     const std::vector<std::string_view> words = Text::splitOnWhiteSpace(text);
     auto left = static_cast<std::int64_t>(words.size());
-    if (left - slack <= limit_) {
-        pieces.push_back(text);
-        return;
-    }
     auto next = words.begin();
     while (left > 0) {
-        const std::int64_t taken = left - slack > limit_ ? limit_ : left;
-        pieces.push_back(
-            keep(Text::joined(std::vector<std::string_view>(next, next + taken), " ")));
+        const std::int64_t taken =
+            left - SentenceSegmenter::minTailWordsAfterLongSplit > limit ? limit : left;
+        pieces.push_back(joined_.emplace_back(
+            Text::joined(std::vector<std::string_view>(next, next + taken), " ")));
         next += taken;
         left -= taken;
     }
 }
 
-void SentenceCuts::appendCharacterLongTail(std::string_view text,
-                                           std::vector<std::string_view>& pieces) {
+void SentenceCuts::appendCutCharacters(std::string_view text, std::int64_t limit,
+                                       std::vector<std::string_view>& pieces) {
     auto remaining = static_cast<std::int64_t>(Text::countOfNonWhiteSpace(text));
-    if (remaining - SentenceSegmenter::minTailCharactersAfterLongSplit <= limit_) {
-        pieces.push_back(text);
-        return;
-    }
     std::int64_t count = 0;
     std::size_t start = 0;
     Text::CharacterWalker walker(text);
@@ -243,7 +297,7 @@ void SentenceCuts::appendCharacterLongTail(std::string_view text,
             ++count;
             --remaining;
         }
-        if (count < limit_ || remaining <= SentenceSegmenter::minTailCharactersAfterLongSplit)
+        if (count < limit || remaining <= SentenceSegmenter::minTailCharactersAfterLongSplit)
             continue;
         pieces.push_back(Text::trimmed(text.substr(start, walker.position() - start)));
         start = walker.position();
@@ -252,10 +306,6 @@ void SentenceCuts::appendCharacterLongTail(std::string_view text,
     const std::string_view rest = Text::trimmed(text.substr(start));
     if (!rest.empty())
         pieces.push_back(rest);
-}
-
-std::string_view SentenceCuts::keep(std::string text) {
-    return joined_.emplace_back(std::move(text));
 }
 
 } // namespace tessarune

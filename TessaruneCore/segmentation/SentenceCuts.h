@@ -15,10 +15,15 @@ namespace tessarune {
 /// The pieces of one text, as sentences and as sentences and clauses, both from one walk: whoever
 /// needs the two pays for one. `SentenceSegmenter` says what a piece is.
 ///
-/// The pieces point into the text or into this object, until the next cut. An object that is used
-/// again keeps its memory. Confined to its owner's thread.
+/// Made to be used again and again on a text that grows and changes at its end: what it has in
+/// common with the text before is not walked again. The pieces point into this object, until the
+/// next cut. Confined to its owner's thread.
 class SentenceCuts {
   public:
+    SentenceCuts() = default;
+    SentenceCuts(const SentenceCuts&) = delete;
+    SentenceCuts& operator=(const SentenceCuts&) = delete;
+
     struct Rules {
         bool sentences = true; ///< wanted at all
         bool clauses = false;
@@ -37,29 +42,41 @@ class SentenceCuts {
     const std::vector<std::string_view>& clauses() const { return clauses_.pieces; }
 
   private:
+    /// A piece that ends in punctuation.
+    struct Cut {
+        std::size_t end;   ///< the character after it
+        std::size_t start; ///< where the trimmed piece begins, in bytes
+        std::size_t size;
+    };
     struct Level {
         bool wanted = false;
-        std::size_t start = 0; ///< the character after the last cut
+        std::vector<Cut> cuts;
         std::vector<std::string_view> pieces;
+
+        std::size_t end() const { return cuts.empty() ? 0 : cuts.back().end; }
     };
 
-    void begin(std::string_view text, const Rules& rules);
-
+    std::size_t takeText(std::string_view text, const Rules& rules);
     void append(std::string_view character);
+    void finish(std::int64_t limit);
     template <typename Characters>
-    void walk(const Characters& characters);
+    void walk(const Characters& characters, std::size_t unchanged, BoundaryUnit unit);
     template <typename Characters>
-    bool endsPiece(const Characters& characters, const Level& level,
-                   SentencePunctuation::Traits mark, std::size_t end) const;
-    void appendLongTail(std::string_view text, std::vector<std::string_view>& pieces);
-    void appendCharacterLongTail(std::string_view text, std::vector<std::string_view>& pieces);
-    std::string_view keep(std::string text);
+    bool endsPiece(const Characters& characters, std::size_t start, std::size_t end,
+                   SentencePunctuation::Traits mark) const;
+    void appendLongTail(std::string_view text, std::size_t mostCharacters, std::int64_t limit,
+                        std::vector<std::string_view>& pieces);
+    void appendCutWords(std::string_view text, std::int64_t limit,
+                        std::vector<std::string_view>& pieces);
+    static void appendCutCharacters(std::string_view text, std::int64_t limit,
+                                    std::vector<std::string_view>& pieces);
 
+    std::string text_;
+    bool isASCII_ = true;
+    BoundaryUnit unit_ = BoundaryUnit::words;
     Level sentences_;
     Level clauses_;
-    std::int64_t limit_ = 0;
-    BoundaryUnit unit_ = BoundaryUnit::words;
-    std::vector<std::size_t> ends_;                   ///< of each character, after a 0
+    std::vector<std::size_t> ends_{0};                ///< of each character, after a 0
     std::vector<SentencePunctuation::Traits> traits_; ///< of each character
     std::list<std::string> joined_;                   ///< pieces that are no stretch of the text
 };

@@ -196,6 +196,22 @@ RC_GTEST_PROP(SentenceSegmenterPropertyTests, QuickAndSlowWaysCutAlike, ()) {
     }
 }
 
+RC_GTEST_PROP(SentenceSegmenterPropertyTests, ATextThatChangesAtItsEndIsCutAsIfItWereNew, ()) {
+    const auto both = *rules(true, true);
+    const auto parts = rc::gen::oneOf(asciiText(), mixedText());
+    SentenceCuts reused;
+    std::string text;
+    for (int i = 0; i < 8; ++i) {
+        const auto kept = *rc::gen::inRange<std::size_t>(text.size() / 2, text.size() + 1);
+        text = text.substr(0, kept) + *parts;
+        SentenceCuts fresh;
+        reused.cut(text, both);
+        fresh.cut(text, both);
+        RC_ASSERT(reused.sentences() == fresh.sentences());
+        RC_ASSERT(reused.clauses() == fresh.clauses());
+    }
+}
+
 std::vector<char32_t> visibleCodePoints(std::string_view text) {
     std::vector<char32_t> result = Text::codePoints(text);
     std::erase_if(result, [](char32_t c) { return Text::isWhiteSpace(c) || c == U'\u0301'; });
