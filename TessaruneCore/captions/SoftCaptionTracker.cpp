@@ -47,15 +47,21 @@ SoftCaptionTracker::Advance SoftCaptionTracker::advance(const std::vector<std::s
     }
     rows.resize(position);
 
-    std::vector<std::string> visible;
+    result.segments.reserve(rows.size());
     for (const auto& row : rows) {
         if (!row.visible)
             continue;
-        visible.push_back(row.normalized);
+        const std::size_t index = result.segments.size();
         result.segments.push_back(segment(row, revision));
+        if (index == visibleSnapshot.size())
+            visibleSnapshot.emplace_back();
+        else if (visibleSnapshot[index] == row.normalized)
+            continue;
+        visibleSnapshot[index] = row.normalized;
+        result.changed = true;
     }
-    result.changed = visible != visibleSnapshot;
-    visibleSnapshot = std::move(visible);
+    result.changed = result.changed || visibleSnapshot.size() > result.segments.size();
+    visibleSnapshot.resize(result.segments.size());
     return result;
 }
 
@@ -64,15 +70,15 @@ SoftCaptionTracker::Advance SoftCaptionTracker::advance(const std::vector<std::s
 void SoftCaptionTracker::place(std::size_t position, std::string_view text, double stableSeconds,
                                double now, const UUIDSource& newID) {
     const bool known = position < rows.size();
-    std::string key = known && rows[position].text == text ? rows[position].normalized
-                                                           : SentenceStabilityKey::normalize(text);
-    if (known && rows[position].normalized == key) {
+    if (known && (rows[position].text == text ||
+                  rows[position].normalized == SentenceStabilityKey::normalize(text))) {
         Row& row = rows[position];
         row.text = text;
         row.visible = row.visible || now - row.stableSince >= stableSeconds;
         return;
     }
-    Row fresh{newID(), std::string(text), std::move(key), now, now, stableSeconds <= 0};
+    Row fresh{newID(), std::string(text), SentenceStabilityKey::normalize(text), now,
+              now,     stableSeconds <= 0};
     if (known)
         rows[position] = std::move(fresh);
     else

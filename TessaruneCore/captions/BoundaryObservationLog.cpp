@@ -1,0 +1,50 @@
+#include "TessaruneCore/captions/BoundaryObservationLog.h"
+
+#include "TessaruneCore/diagnostics/JSONLine.h"
+
+#include <utility>
+
+namespace tessarune {
+
+BoundaryObservationRecord::BoundaryObservationRecord(BoundaryObservation observation)
+    : t(observation.t),
+      phase(name(observation.phase)),
+      inputText(std::move(observation.inputText)),
+      softPieces(std::move(observation.decision.softPieces)),
+      hardPieces(std::move(observation.decision.hardPieces)),
+      leading(std::move(observation.decision.leading)),
+      tail(std::move(observation.decision.tail)) {
+    for (const auto& reason : observation.decision.reasons)
+        reasons.push_back(reason.diagnosticValue());
+}
+
+std::optional<std::string> BoundaryObservationRecord::line() const {
+    return JSONLine()
+        .add("t", t)
+        .add("phase", phase)
+        .add("inputText", inputText)
+        .add("softPieces", softPieces)
+        .add("hardPieces", hardPieces)
+        .add("leading", leading)
+        .add("tail", tail)
+        .add("reasons", reasons)
+        .text();
+}
+
+namespace BoundaryObservationLog {
+
+std::unique_ptr<Writer> Writer::open(Host& host, const std::filesystem::path& path) {
+    auto lines = LineLogWriter::open(host, "Tessarune.BoundaryObservationLog.Writer", path);
+    if (!lines)
+        return nullptr;
+    return std::unique_ptr<Writer>(new Writer(std::move(lines)));
+}
+
+void Writer::append(BoundaryObservation observation) {
+    lines_->append(
+        [record = BoundaryObservationRecord(std::move(observation))] { return record.line(); });
+}
+
+} // namespace BoundaryObservationLog
+
+} // namespace tessarune

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "TessaruneCore/captions/BoundaryObservation.h"
+#include "TessaruneCore/diagnostics/LineLogWriter.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// One line of a boundary log.
+struct BoundaryObservationRecord {
+    double t = 0;
+    std::string phase;
+    std::string inputText;
+    std::vector<std::string> softPieces;
+    std::vector<std::string> hardPieces;
+    std::vector<std::string> leading;
+    std::string tail;
+    std::vector<std::string> reasons; ///< diagnostic values
+
+    explicit BoundaryObservationRecord(BoundaryObservation observation);
+
+    /// As a JSON object without a line feed, with every key; nothing if `t` is no number.
+    std::optional<std::string> line() const;
+};
+
+/// The file that tells why sentences were cut where they were.
+namespace BoundaryObservationLog {
+
+/// Writes one record a line; see `LineLogWriter` for threads and failures.
+class Writer {
+  public:
+    /// Creates the file, or empties the one that is there. Null if it can't be opened.
+    static std::unique_ptr<Writer> open(Host& host, const std::filesystem::path& path);
+
+    /// Returns at once.
+    void append(BoundaryObservation observation);
+    /// Waits for what was appended before, and closes the file.
+    void close() { lines_->close(); }
+
+  private:
+    explicit Writer(std::unique_ptr<LineLogWriter> lines) : lines_(std::move(lines)) {}
+
+    std::unique_ptr<LineLogWriter> lines_;
+};
+
+} // namespace BoundaryObservationLog
+
+} // namespace tessarune
