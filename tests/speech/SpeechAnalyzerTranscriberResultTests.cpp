@@ -81,10 +81,14 @@ TEST_F(SpeechAnalyzerTranscriberResultTests, FinalsAreArbitratedAgainstTheLastPa
          {partial(talk), poor, partial("and", 2.0625), fragment(2.0)},
          {"= " + talk, "= about it"},
          {"useLastPartial", "useFinal"}},
-        {"a final of nothing forgets the partial but lets it be shown",
-         {partial("hello there"), spoken(true, "..."), spoken(true, "", 3)},
-         {"~1 hello there"},
+        {"a final of nothing forgets the partial",
+         {partial(talk), spoken(true, "..."), poor},
+         {"= we"},
          {"dropSuppressedFinal", "useFinal"}},
+        {"but a partial that waits is still shown",
+         {partial("hello there"), spoken(true, "...")},
+         {"~1 hello there"},
+         {"dropSuppressedFinal"}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);

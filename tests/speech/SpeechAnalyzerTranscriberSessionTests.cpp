@@ -103,6 +103,7 @@ TEST_F(SpeechAnalyzerTranscriberSessionTests, ADrainIsBoundedAndNothingComesAfte
     host.advanceTo(1002.99);
     EXPECT_EQ(outcome, "running");
     give(spoken(true, "still in time"));
+    give(spoken(false, "due after the end"));
     host.advanceTo(1003);
     EXPECT_EQ(outcome, "done");
     EXPECT_EQ(perf("drainTimeouts"), 1);
