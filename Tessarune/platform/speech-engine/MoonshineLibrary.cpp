@@ -81,10 +81,11 @@ std::int32_t MoonshineLibrary::check(std::int32_t result, const char* doing) con
                              (words != nullptr ? words : "error " + std::to_string(result)));
 }
 
-std::string MoonshineLibrary::dependencies(moonshine::Architecture architecture) const {
+std::string MoonshineLibrary::dependencies(moonshine::Architecture architecture,
+                                           bool withWordTimes) const {
     const std::string number = std::to_string(static_cast<std::uint32_t>(architecture));
     const std::array<moonshine::Option, 2> options{
-        {{"model_arch", number.c_str()}, {"word_timestamps", "true"}}};
+        {{"model_arch", number.c_str()}, {"word_timestamps", withWordTimes ? "true" : "false"}}};
     char* json = nullptr;
     check(calls_.getDependencies("en", options.data(), options.size(), &json),
           "The speech engine lists no files for this model");

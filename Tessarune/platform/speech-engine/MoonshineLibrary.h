@@ -33,9 +33,8 @@ class MoonshineLibrary {
     /// gives it back.
     std::int32_t check(std::int32_t result, const char* doing) const;
 
-    /// The engine's list of the files of an English model with word times, JSON. Throws
-    /// std::runtime_error.
-    std::string dependencies(moonshine::Architecture architecture) const;
+    /// The engine's list of the files of an English model, JSON. Throws std::runtime_error.
+    std::string dependencies(moonshine::Architecture architecture, bool withWordTimes) const;
 
   private:
     moonshine::Calls calls_{};

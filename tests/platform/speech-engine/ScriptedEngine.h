@@ -55,7 +55,8 @@ class ScriptedEngine {
 
     std::vector<Spoken> script; ///< times of the whole session
     double passCost = 0;
-    std::string failing; ///< the call that fails: "load", "start", "add", "transcribe"
+    std::string dependencies; ///< the list of a model's files, JSON
+    std::string failing;      ///< the call that fails: "load", "start", "add", "transcribe"
     std::vector<Pass> passes;
     double heard = 0; ///< seconds in all, what a new stream is given again counted once
     std::size_t streamsMade = 0;
@@ -150,6 +151,11 @@ inline std::shared_ptr<const MoonshineLibrary> ScriptedEngine::library() const {
                                 moonshine::Transcript** transcript) {
         return current->transcribe(current->streams_[stream], transcript);
     };
+    calls.getDependencies = [](const char*, const moonshine::Option*, std::uint64_t, char** json) {
+        *json = current->dependencies.data();
+        return current->result("list");
+    };
+    calls.freeBuffer = [](void*) {};
     return std::make_shared<const MoonshineLibrary>(calls);
 }
 

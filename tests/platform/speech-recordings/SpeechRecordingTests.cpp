@@ -1,8 +1,10 @@
 // The real engine with the model that is always there, on the shipped recordings.
 
 #include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "Tessarune/platform/model-store/Checksums.h"
 #include "Tessarune/platform/model-store/ProgramPlaces.h"
 #include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
+#include "Tessarune/platform/speech-engine/SpeechModelInventory.h"
 #include "TessaruneCore/host/SimulatedHost.h"
 #include "TessaruneCore/text/Text.h"
 #include "tests/support/Recording.h"
@@ -165,4 +167,27 @@ TEST(SpeechRecordingTest, LiveIsAsRightAsTheWholeRecordingAtOnce) {
         EXPECT_LT(batchRate, 0.3) << "the engine understands nothing at all";
         expectTimesInOrder(live, recording.seconds());
     }
+}
+
+TEST(SpeechRecordingTest, EngineListsItsModelsAndTheShippedOneIsAsListed) {
+    const auto library = MoonshineLibrary::shared();
+    for (const OfferedSpeechModel& offer : SpeechModels::offered()) {
+        const AvailableModel model = SpeechModelInventory::availableModel(offer, *library);
+        std::uint64_t bytes = 0;
+        for (const FileToFetch& file : model.files) {
+            EXPECT_TRUE(ModelStore::isSafeName(file.name)) << file.name;
+            EXPECT_TRUE(file.url.starts_with("https://")) << file.url;
+            bytes += file.bytes;
+        }
+        EXPECT_NEAR(static_cast<double>(bytes), static_cast<double>(offer.bytes), 2e6)
+            << offer.name;
+    }
+    PosixFileSystem disk;
+    const ModelStore store(disk, "/nonexistent", ProgramPlaces::modelFolders());
+    const StoredModel shipped = store.find(ModelKind::speech, SpeechModels::smallest).value();
+    const AvailableModel listed =
+        SpeechModelInventory::availableModel(SpeechModels::offered().front(), *library);
+    ASSERT_EQ(shipped.files.size(), listed.files.size());
+    for (const FileToFetch& file : listed.files)
+        EXPECT_EQ(CRC32C::ofFile(shipped.path(file.name)), file.crc32c) << file.name;
 }
