@@ -35,9 +35,9 @@ class File {
             fail(errno);
         if (S_ISDIR(status.st_mode))
             fail(EISDIR);
-        // A device has no end; a pipe has one, and no size.
+        // Devices may have no end. A pipe has one, and no size.
         if (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode))
-            fail(EINVAL);
+            return requireEnd();
         // One byte more, so that the end of the file shows without another round.
         std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
         std::size_t filled = 0;
@@ -59,6 +59,13 @@ class File {
         if (count < 0)
             fail(errno);
         return static_cast<std::size_t>(count);
+    }
+
+    std::string requireEnd() const {
+        char byte;
+        if (readSome(&byte, 1) != 0)
+            fail(EINVAL);
+        return {};
     }
 
     [[noreturn]] void fail(int error) const {
@@ -99,6 +106,8 @@ std::vector<ASREventRecord> read(const std::filesystem::path& path) {
     for (std::string_view rest = contents; !rest.empty();) {
         const std::string_view line = rest.substr(0, rest.find('\n'));
         rest.remove_prefix(std::min(line.size() + 1, rest.size()));
+        if (line.empty())
+            continue;
         if (auto record = ASREventRecord::fromLine(line))
             records.push_back(std::move(*record));
     }
