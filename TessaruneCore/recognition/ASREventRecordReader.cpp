@@ -1,10 +1,7 @@
 #include "TessaruneCore/recognition/ASREventRecordReader.h"
 
-#include "TessaruneCore/text/Text.h"
-
 #include <nlohmann/json.hpp>
 
-#include <charconv>
 #include <cmath>
 #include <type_traits>
 

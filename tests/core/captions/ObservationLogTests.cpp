@@ -1,19 +1,24 @@
 #include "TessaruneCore/captions/BoundaryObservationLog.h"
 #include "TessaruneCore/captions/CorrectionObservationLog.h"
 #include "TessaruneCore/host/SimulatedHost.h"
-#include "tests/core/TemporaryFolder.h"
+#include "tests/support/FileContents.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <limits>
 
 namespace tessarune {
+using testing::contentsOf;
+using testing::TemporaryFolder;
+using testing::writeContents;
+
 namespace {
 
 TEST(ObservationLogTests, BoundaryLinesHaveEveryKeyInItsPlace) {
     const TemporaryFolder folder;
     SimulatedHost host;
-    const auto path = folder.path / "boundary.ndjson";
+    const auto path = folder / "boundary.ndjson";
     writeContents(path, "old");
     auto writer = BoundaryObservationLog::Writer::open(host, path);
     ASSERT_TRUE(writer);
@@ -38,13 +43,13 @@ TEST(ObservationLogTests, BoundaryLinesHaveEveryKeyInItsPlace) {
               R"({"t":2.0,"phase":"final","inputText":"","softPieces":[],"hardPieces":[],)"
               R"("leading":[],"tail":"","reasons":[]})"
               "\n");
-    EXPECT_FALSE(BoundaryObservationLog::Writer::open(host, folder.path));
+    EXPECT_FALSE(BoundaryObservationLog::Writer::open(host, folder.path()));
 }
 
 TEST(ObservationLogTests, CorrectionLinesHaveEveryKeyInItsPlace) {
     const TemporaryFolder folder;
     SimulatedHost host;
-    const auto path = folder.path / "correction.ndjson";
+    const auto path = folder / "correction.ndjson";
     auto writer = CorrectionObservationLog::Writer::open(host, path);
     ASSERT_TRUE(writer);
     writer->append({0.1, "shown text", "final text", 1, 1, 1});
@@ -52,7 +57,7 @@ TEST(ObservationLogTests, CorrectionLinesHaveEveryKeyInItsPlace) {
     EXPECT_EQ(contentsOf(path), R"({"t":0.1,"shownText":"shown text","finalText":"final text",)"
                                 R"("droppedWords":1,"addedWords":1,"commonWords":1})"
                                 "\n");
-    EXPECT_FALSE(CorrectionObservationLog::Writer::open(host, folder.path));
+    EXPECT_FALSE(CorrectionObservationLog::Writer::open(host, folder.path()));
 }
 
 } // namespace

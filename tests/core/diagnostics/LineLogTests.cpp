@@ -1,7 +1,8 @@
 #include "TessaruneCore/diagnostics/JSONLine.h"
 #include "TessaruneCore/diagnostics/LineLogWriter.h"
 #include "TessaruneCore/host/SimulatedHost.h"
-#include "tests/core/TemporaryFolder.h"
+#include "tests/support/FileContents.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -9,6 +10,9 @@
 #include <csignal>
 
 namespace tessarune {
+using testing::contentsOf;
+using testing::TemporaryFolder;
+
 namespace {
 
 LineLogWriter::Encode line(std::string text) {
@@ -26,7 +30,7 @@ TEST(LineLogWriterTests, AFullDiskLosesLinesAndNothingElse) {
 TEST(LineLogWriterTests, ALineThatWasCutShortDoesNotRunIntoTheNext) {
     TemporaryFolder folder;
     SimulatedHost host;
-    auto writer = LineLogWriter::open(host, "test", folder.path / "log");
+    auto writer = LineLogWriter::open(host, "test", folder / "log");
     writer->append(line("whole"));
     host.runUntilIdle();
 
@@ -46,7 +50,7 @@ TEST(LineLogWriterTests, ALineThatWasCutShortDoesNotRunIntoTheNext) {
     writer->append([] { return std::nullopt; });
     writer->append(line("and again"));
     writer->close();
-    EXPECT_EQ(contentsOf(folder.path / "log"), "whole\ncut\nwhole again\nand again\n");
+    EXPECT_EQ(contentsOf(folder / "log"), "whole\ncut\nwhole again\nand again\n");
 }
 
 TEST(JSONLineTests, ObjectsKeepTheOrderAndThePrecisionOfTheirFields) {

@@ -1,12 +1,17 @@
 #include "TessaruneCore/host/SimulatedHost.h"
 #include "TessaruneCore/recognition/ASREventLog.h"
-#include "tests/core/TemporaryFolder.h"
+#include "tests/support/FileContents.h"
+#include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
 #include <system_error>
 
 namespace tessarune {
+using testing::contentsOf;
+using testing::TemporaryFolder;
+using testing::writeContents;
+
 namespace {
 
 const std::string first = R"({"t":1.0,"kind":"partial","text":"a","revision":0,"timestamp":1.0})";
@@ -21,7 +26,7 @@ std::vector<std::string> texts(const std::vector<ASREventRecord>& records) {
 TEST(ASREventLogTests, EachRecordIsALineAtOnce) {
     TemporaryFolder folder;
     SimulatedHost host(5.5);
-    const auto path = folder.path / "events.ndjson";
+    const auto path = folder / "events.ndjson";
     auto writer = ASREventLog::Writer::open(host, path);
     ASSERT_TRUE(writer);
     writer->append(ASREvent::partial("a", 0, 1), 1);
@@ -44,7 +49,7 @@ TEST(ASREventLogTests, EachRecordIsALineAtOnce) {
 TEST(ASREventLogTests, WhatWaitsIsWrittenBeforeTheWriterGoes) {
     TemporaryFolder folder;
     SimulatedHost host;
-    const auto path = folder.path / "events.ndjson";
+    const auto path = folder / "events.ndjson";
     ASREventLog::Writer::open(host, path)->append(ASREvent::partial("a", 0, 1), 1);
     EXPECT_EQ(contentsOf(path), first + "\n");
 }
@@ -52,7 +57,7 @@ TEST(ASREventLogTests, WhatWaitsIsWrittenBeforeTheWriterGoes) {
 TEST(ASREventLogTests, ALaterWriterEmptiesTheFileOfAnEarlierOne) {
     TemporaryFolder folder;
     SimulatedHost host;
-    const auto path = folder.path / "events.ndjson";
+    const auto path = folder / "events.ndjson";
     auto earlier = ASREventLog::Writer::open(host, path);
     earlier->append(ASREvent::partial("lost", 0, 1), 1);
     host.runUntilIdle();
@@ -61,8 +66,8 @@ TEST(ASREventLogTests, ALaterWriterEmptiesTheFileOfAnEarlierOne) {
     earlier->append(ASREvent::partial("a", 0, 1), 1);
     earlier->close();
     EXPECT_EQ(contentsOf(path), first + "\n") << "without a hole before it";
-    EXPECT_FALSE(ASREventLog::Writer::open(host, folder.path));
-    EXPECT_FALSE(ASREventLog::Writer::open(host, folder.path / "missing" / "events.ndjson"));
+    EXPECT_FALSE(ASREventLog::Writer::open(host, folder.path()));
+    EXPECT_FALSE(ASREventLog::Writer::open(host, folder / "missing/events.ndjson"));
 }
 
 TEST(ASREventLogTests, ReadingSkipsWhatIsNoRecordAndSortsByTime) {
@@ -89,7 +94,7 @@ TEST(ASREventLogTests, ReadingSkipsWhatIsNoRecordAndSortsByTime) {
          {"z", "a", "b", "c", "d"}},
     };
     TemporaryFolder folder;
-    const auto path = folder.path / "events.ndjson";
+    const auto path = folder / "events.ndjson";
     for (const auto& c : cases) {
         writeContents(path, c.contents);
         EXPECT_EQ(texts(ASREventLog::read(path)), c.texts) << c.what;
@@ -98,11 +103,11 @@ TEST(ASREventLogTests, ReadingSkipsWhatIsNoRecordAndSortsByTime) {
 
 TEST(ASREventLogTests, ReadingFailsOnlyWhereThereIsNoText) {
     TemporaryFolder folder;
-    EXPECT_THROW(ASREventLog::read(folder.path / "missing"), std::system_error);
-    EXPECT_THROW(ASREventLog::read(folder.path), std::system_error);
+    EXPECT_THROW(ASREventLog::read(folder / "missing"), std::system_error);
+    EXPECT_THROW(ASREventLog::read(folder.path()), std::system_error);
     EXPECT_THROW(ASREventLog::read("/dev/zero"), std::system_error);
     EXPECT_TRUE(ASREventLog::read("/dev/null").empty());
-    const auto path = folder.path / "events.ndjson";
+    const auto path = folder / "events.ndjson";
     writeContents(path, first + "\n\xFF\n");
     try {
         ASREventLog::read(path);
@@ -114,7 +119,7 @@ TEST(ASREventLogTests, ReadingFailsOnlyWhereThereIsNoText) {
 
 TEST(ASREventLogTests, LongLinesAndManyLinesAreRead) {
     TemporaryFolder folder;
-    const auto path = folder.path / "events.ndjson";
+    const auto path = folder / "events.ndjson";
     std::string contents;
     for (int i = 0; i < 20000; ++i)
         contents += "{\"t\":" + std::to_string(i / 2 * 7919 % 10000) +
