@@ -195,6 +195,10 @@ StoredModel ModelStore::adopt(ModelKind kind, const std::string& name,
     const std::filesystem::path partial = partialFolder(kind, name);
     for (const std::string& file : files)
         model.files.push_back({file, files_.size(partial / file), SHA256::ofFile(partial / file)});
+    for (const std::string& found : files_.list(partial)) {
+        if (std::find(files.begin(), files.end(), found) == files.end())
+            files_.remove(partial / found); // of an edition that was given up
+    }
     files_.writeAtomically(partial / recordName, recordOf(model));
     files_.remove(model.folder);
     files_.rename(partial, model.folder);

@@ -1,0 +1,231 @@
+#include "Tessarune/platform/media/FFmpegMediaFile.h"
+
+#include "Tessarune/platform/media/FFmpegSupport.h"
+
+#include <algorithm>
+#include <cstring>
+#include <deque>
+
+namespace tessarune {
+
+namespace {
+
+using namespace ffmpeg;
+using Kind = MediaFileError::Kind;
+
+/// More than any sound has; beyond it a header lies.
+constexpr int highestSampleRate = 768000;
+constexpr int mostChannels = 64;
+/// Packets in a row that give no sound before the file counts as damaged.
+constexpr int mostFailuresInARow = 200;
+
+[[noreturn]] void fail(Kind kind, const std::filesystem::path& path, const std::string& why) {
+    throw MediaFileError(kind, path.string() + ": " + why);
+}
+
+Input open(const std::filesystem::path& path) {
+    std::error_code ignored;
+    if (std::filesystem::is_directory(path, ignored))
+        fail(Kind::cannotOpen, path, "is a folder");
+    AVFormatContext* raw = nullptr;
+    // The prefix keeps a name with a colon from being taken for a network address.
+    const int opened =
+        avformat_open_input(&raw, ("file:" + path.string()).c_str(), nullptr, nullptr);
+    if (opened == AVERROR_INVALIDDATA)
+        fail(Kind::notMedia, path, "is no sound file that is known here");
+    if (opened < 0)
+        fail(Kind::cannotOpen, path, words(opened));
+    Input input(raw);
+    const int found = avformat_find_stream_info(input.get(), nullptr);
+    if (found < 0)
+        fail(Kind::damaged, path, words(found));
+    return input;
+}
+
+class FFmpegMediaFile final : public MediaFile {
+  public:
+    explicit FFmpegMediaFile(const std::filesystem::path& path)
+        : path_(path), input_(open(path)), packet_(av_packet_alloc()), frame_(av_frame_alloc()) {
+        const AVCodec* decoder = nullptr;
+        stream_ = av_find_best_stream(input_.get(), AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
+        if (stream_ == AVERROR_STREAM_NOT_FOUND)
+            fail(Kind::noAudioTrack, path_, "has no sound");
+        if (stream_ < 0 || !decoder)
+            fail(Kind::unsupported, path_, "has sound of a kind that is not known here");
+        openDecoder(*decoder);
+        for (unsigned i = 0; i < input_->nb_streams; ++i) {
+            if (static_cast<int>(i) != stream_)
+                input_->streams[i]->discard = AVDISCARD_ALL;
+        }
+    }
+
+    AudioFormat format() const override { return format_; }
+
+    std::optional<double> duration() const override {
+        const AVStream& stream = *input_->streams[stream_];
+        if (stream.duration != AV_NOPTS_VALUE && stream.duration > 0)
+            return static_cast<double>(stream.duration) * av_q2d(stream.time_base);
+        if (input_->duration != AV_NOPTS_VALUE && input_->duration > 0)
+            return static_cast<double>(input_->duration) / AV_TIME_BASE;
+        return std::nullopt;
+    }
+
+    AudioBufferPtr read() override {
+        while (ready_.empty() && !ended_) {
+            try {
+                decodeMore();
+            } catch (...) {
+                ended_ = true;
+                throw;
+            }
+        }
+        if (ready_.empty())
+            return nullptr;
+        AudioBufferPtr next = std::move(ready_.front());
+        ready_.pop_front();
+        return next;
+    }
+
+  private:
+    void openDecoder(const AVCodec& decoder) {
+        codec_.reset(avcodec_alloc_context3(&decoder));
+        const AVCodecParameters& parameters = *input_->streams[stream_]->codecpar;
+        int result = avcodec_parameters_to_context(codec_.get(), &parameters);
+        if (result >= 0)
+            result = avcodec_open2(codec_.get(), &decoder, nullptr);
+        if (result < 0)
+            fail(Kind::unsupported, path_, words(result));
+        format_ = {static_cast<double>(codec_->sample_rate), codec_->ch_layout.nb_channels};
+        const bool possible = codec_->sample_rate > 0 && codec_->sample_rate <= highestSampleRate &&
+                              format_.channels > 0 && format_.channels <= mostChannels;
+        if (!possible)
+            fail(Kind::unsupported, path_, "has an impossible sample rate or number of channels");
+    }
+
+    /// One packet further; at the end of the file what the decoder still holds.
+    void decodeMore() {
+        const int result = av_read_frame(input_.get(), packet_.get());
+        if (result < 0) {
+            ended_ = true;
+            avcodec_send_packet(codec_.get(), nullptr);
+            takeFrames();
+            takeConverted(nullptr);
+            if (result != AVERROR_EOF && ready_.empty())
+                fail(Kind::damaged, path_, words(result));
+            if (!gaveAnything_ && ready_.empty() && failuresInARow_ > 0)
+                fail(Kind::damaged, path_, "no sound in it can be decoded");
+            return;
+        }
+        const bool ours = packet_->stream_index == stream_;
+        const int sent = ours ? avcodec_send_packet(codec_.get(), packet_.get()) : 0;
+        av_packet_unref(packet_.get());
+        if (!ours)
+            return;
+        if (sent == 0 && takeFrames()) {
+            failuresInARow_ = 0;
+            gaveAnything_ = true;
+        } else if (sent < 0 && ++failuresInARow_ > mostFailuresInARow) {
+            fail(Kind::damaged, path_, words(sent));
+        }
+    }
+
+    bool takeFrames() {
+        bool any = false;
+        while (avcodec_receive_frame(codec_.get(), frame_.get()) == 0) {
+            takeConverted(frame_.get());
+            av_frame_unref(frame_.get());
+            any = true;
+        }
+        return any;
+    }
+
+    /// Brings a frame into interleaved floats of the format that was announced, whatever the track
+    /// changes to in between. Null: what the resampler still holds.
+    void takeConverted(const AVFrame* frame) {
+        if (frame)
+            prepareResampler(*frame);
+        if (!resampler_)
+            return;
+        const int incoming = frame ? frame->nb_samples : 0;
+        const int room = swr_get_out_samples(resampler_.get(), incoming);
+        if (room <= 0)
+            return;
+        std::vector<float> samples(static_cast<std::size_t>(room) *
+                                   static_cast<std::size_t>(format_.channels));
+        auto* out = reinterpret_cast<uint8_t*>(samples.data());
+        const int given = swr_convert(
+            resampler_.get(), &out, room,
+            frame ? const_cast<const uint8_t**>(frame->extended_data) : nullptr, incoming);
+        if (given < 0)
+            fail(Kind::damaged, path_, words(given));
+        samples.resize(static_cast<std::size_t>(given) *
+                       static_cast<std::size_t>(format_.channels));
+        cutIntoBlocks(samples);
+    }
+
+    void prepareResampler(const AVFrame& frame) {
+        const bool same = resampler_ && frame.sample_rate == inputRate_ &&
+                          frame.format == inputFormat_ &&
+                          frame.ch_layout.nb_channels == inputChannels_;
+        if (same)
+            return;
+        AVChannelLayout to{};
+        av_channel_layout_default(&to, format_.channels);
+        AVChannelLayout from{};
+        if (frame.ch_layout.order == AV_CHANNEL_ORDER_UNSPEC)
+            av_channel_layout_default(&from, frame.ch_layout.nb_channels);
+        else
+            av_channel_layout_copy(&from, &frame.ch_layout);
+        SwrContext* raw = nullptr;
+        int result = swr_alloc_set_opts2(
+            &raw, &to, AV_SAMPLE_FMT_FLT, static_cast<int>(format_.sampleRate), &from,
+            static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr);
+        resampler_.reset(raw);
+        if (result >= 0)
+            result = swr_init(resampler_.get());
+        av_channel_layout_uninit(&from);
+        av_channel_layout_uninit(&to);
+        if (result < 0)
+            fail(Kind::unsupported, path_, words(result));
+        inputRate_ = frame.sample_rate;
+        inputFormat_ = frame.format;
+        inputChannels_ = frame.ch_layout.nb_channels;
+    }
+
+    void cutIntoBlocks(const std::vector<float>& samples) {
+        const std::size_t step = maximumBlockFrames * static_cast<std::size_t>(format_.channels);
+        for (std::size_t at = 0; at < samples.size(); at += step) {
+            const std::size_t count = std::min(step, samples.size() - at);
+            auto block = std::make_shared<AudioBuffer>();
+            block->format = format_;
+            block->samples.assign(samples.begin() + static_cast<std::ptrdiff_t>(at),
+                                  samples.begin() + static_cast<std::ptrdiff_t>(at + count));
+            ready_.push_back(std::move(block));
+        }
+    }
+
+    std::filesystem::path path_;
+    Input input_;
+    Codec codec_;
+    Packet packet_;
+    Frame frame_;
+    Resampler resampler_;
+    int stream_ = -1;
+    AudioFormat format_;
+    int inputRate_ = 0;
+    int inputFormat_ = -1;
+    int inputChannels_ = 0;
+    std::deque<AudioBufferPtr> ready_;
+    bool ended_ = false;
+    bool gaveAnything_ = false;
+    int failuresInARow_ = 0;
+};
+
+} // namespace
+
+std::unique_ptr<MediaFile> openFFmpegMediaFile(const std::filesystem::path& path) {
+    beQuiet();
+    return std::make_unique<FFmpegMediaFile>(path);
+}
+
+} // namespace tessarune

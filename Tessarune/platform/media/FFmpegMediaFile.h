@@ -1,0 +1,10 @@
+#pragma once
+
+#include "Tessarune/audio/MediaFile.h"
+
+namespace tessarune {
+
+/// Opens anything that FFmpeg's libraries read; an `OpenMediaFile`.
+std::unique_ptr<MediaFile> openFFmpegMediaFile(const std::filesystem::path& path);
+
+} // namespace tessarune

@@ -1,0 +1,42 @@
+#pragma once
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/channel_layout.h>
+#include <libavutil/opt.h>
+#include <libswresample/swresample.h>
+}
+
+#include <memory>
+#include <string>
+
+/// What the files of this folder share: owners for the library's objects, and its words for errors.
+namespace tessarune::ffmpeg {
+
+struct Deleter {
+    void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
+    void operator()(AVCodecContext* context) const { avcodec_free_context(&context); }
+    void operator()(AVFrame* frame) const { av_frame_free(&frame); }
+    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
+    void operator()(SwrContext* context) const { swr_free(&context); }
+};
+
+using Input = std::unique_ptr<AVFormatContext, Deleter>;
+using Codec = std::unique_ptr<AVCodecContext, Deleter>;
+using Frame = std::unique_ptr<AVFrame, Deleter>;
+using Packet = std::unique_ptr<AVPacket, Deleter>;
+using Resampler = std::unique_ptr<SwrContext, Deleter>;
+
+inline std::string words(int error) {
+    char text[AV_ERROR_MAX_STRING_SIZE] = {};
+    av_strerror(error, text, sizeof text);
+    return text;
+}
+
+/// Keeps the library from writing to standard error; failures reach the user as exceptions.
+inline void beQuiet() {
+    av_log_set_level(AV_LOG_QUIET);
+}
+
+} // namespace tessarune::ffmpeg

@@ -1,0 +1,73 @@
+#include "Tessarune/platform/media/SwresampleConverter.h"
+
+#include "Tessarune/platform/media/FFmpegSupport.h"
+
+#include <stdexcept>
+
+namespace tessarune {
+
+namespace {
+
+using namespace ffmpeg;
+
+class SwresampleConverter final : public AudioConverter {
+  public:
+    SwresampleConverter(AudioFormat from, AudioFormat to) : to_(to) {
+        if (from.channels < 1 || to.channels < 1 || from.sampleRate < 1 || to.sampleRate < 1)
+            throw std::runtime_error("sound without channels or sample rate cannot be converted");
+        AVChannelLayout in{};
+        AVChannelLayout out{};
+        av_channel_layout_default(&in, from.channels);
+        av_channel_layout_default(&out, to.channels);
+        SwrContext* raw = nullptr;
+        int result =
+            swr_alloc_set_opts2(&raw, &out, AV_SAMPLE_FMT_FLT, static_cast<int>(to.sampleRate), &in,
+                                AV_SAMPLE_FMT_FLT, static_cast<int>(from.sampleRate), 0, nullptr);
+        context_.reset(raw);
+        // Mixing down must not go beyond full scale, however alike the channels are.
+        if (result >= 0)
+            result = av_opt_set_double(raw, "rematrix_maxval", 1.0, 0);
+        if (result >= 0)
+            result = swr_init(context_.get());
+        if (result < 0)
+            throw std::runtime_error("sound cannot be converted: " + words(result));
+    }
+
+    AudioFormat outputFormat() const override { return to_; }
+
+    AudioBuffer convert(const AudioBuffer& input) override {
+        const auto* in = reinterpret_cast<const uint8_t*>(input.samples.data());
+        return run(&in, static_cast<int>(input.frames()));
+    }
+
+    AudioBuffer flush() override { return run(nullptr, 0); }
+
+  private:
+    AudioBuffer run(const uint8_t** in, int frames) {
+        AudioBuffer output;
+        output.format = to_;
+        const int room = swr_get_out_samples(context_.get(), frames);
+        if (room <= 0)
+            return output;
+        const auto channels = static_cast<std::size_t>(to_.channels);
+        output.samples.resize(static_cast<std::size_t>(room) * channels);
+        auto* out = reinterpret_cast<uint8_t*>(output.samples.data());
+        const int given = swr_convert(context_.get(), &out, room, in, frames);
+        if (given < 0)
+            throw std::runtime_error("sound cannot be converted: " + words(given));
+        output.samples.resize(static_cast<std::size_t>(given) * channels);
+        return output;
+    }
+
+    AudioFormat to_;
+    Resampler context_;
+};
+
+} // namespace
+
+std::unique_ptr<AudioConverter> makeSwresampleConverter(AudioFormat from, AudioFormat to) {
+    beQuiet();
+    return std::make_unique<SwresampleConverter>(from, to);
+}
+
+} // namespace tessarune

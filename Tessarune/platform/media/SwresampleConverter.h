@@ -1,0 +1,11 @@
+#pragma once
+
+#include "Tessarune/audio/AudioConverter.h"
+
+namespace tessarune {
+
+/// A converter on libswresample; a `MakeAudioConverter`. Throws std::runtime_error for formats that
+/// it cannot convert.
+std::unique_ptr<AudioConverter> makeSwresampleConverter(AudioFormat from, AudioFormat to);
+
+} // namespace tessarune

@@ -1,0 +1,229 @@
+#include "Tessarune/platform/model-store/Downloader.h"
+
+#include "Tessarune/platform/model-store/Checksums.h"
+#include "Tessarune/platform/model-store/HTTPTransfer.h"
+#include "Tessarune/platform/model-store/Unpacking.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <memory>
+
+namespace tessarune {
+
+namespace {
+
+/// For a file whose size nobody knows; no model is larger.
+constexpr std::uint64_t largestUnknownFile = 2'000'000'000;
+/// For a file whose unpacked size nobody knows.
+constexpr std::uint64_t largestUnpackingRatio = 20;
+
+/// One file on its way; what `fetch` knows between two tries.
+class Fetch {
+  public:
+    Fetch(FileSystem& files, const DownloadPolicy& policy, FileToFetch file,
+          std::filesystem::path folder, Downloader::Progress progress)
+        : files_(files),
+          policy_(policy),
+          file_(std::move(file)),
+          target_(folder / file_.name),
+          part_(folder / (file_.name + ".part")),
+          progress_(std::move(progress)) {}
+
+    /// The sums of the file that is kept; false without one that could tell.
+    bool isThere() {
+        if (!files_.exists(target_))
+            return false;
+        const bool isRight = file_.sha256.empty()
+                                 ? CRC32C::ofFile(target_) == file_.crc32c && !file_.isZstd
+                                 : SHA256::ofFile(target_) == file_.sha256;
+        if (!isRight)
+            files_.remove(target_);
+        else
+            report(file_.bytes);
+        return isRight;
+    }
+
+    enum class State { done, again };
+
+    /// One try. Throws when further ones are of no use.
+    State attempt(const std::stop_token& stop) {
+        const std::uint64_t have = here();
+        if (file_.bytes == 0 || have != file_.bytes) {
+            const TransferOutcome outcome = transferFrom(have, stop);
+            if (outcome.kind != TransferOutcome::Kind::complete)
+                return afterFailure(outcome);
+            if (file_.bytes != 0 && here() != file_.bytes)
+                return afterFailure({TransferOutcome::Kind::again,
+                                     "the server ended the file before its size",
+                                     {},
+                                     false});
+        } else {
+            wasContinued_ = true;
+        }
+        return keepIfRight();
+    }
+
+    double pause() const {
+        const double doubled = policy_.firstPauseSeconds * std::exp2(std::max(fruitless_ - 1, 0));
+        const double wanted = std::max(doubled, retryAfter_.value_or(0));
+        return std::min(wanted, policy_.longestPauseSeconds);
+    }
+
+  private:
+    [[noreturn]] void fail(const std::string& reason) const {
+        throw DownloadFailed(file_.name + " could not be downloaded from " + file_.url + ": " +
+                             reason);
+    }
+
+    /// How much of the file is in its part; a part that cannot be one is removed.
+    std::uint64_t here() {
+        if (!files_.exists(part_))
+            return 0;
+        const std::uint64_t size = files_.size(part_);
+        if (size <= limit())
+            return size;
+        files_.remove(part_);
+        return 0;
+    }
+
+    std::uint64_t limit() const { return file_.bytes != 0 ? file_.bytes : largestUnknownFile; }
+
+    TransferOutcome transferFrom(std::uint64_t offset, const std::stop_token& stop) {
+        TransferRequest request{file_.url, offset, limit(), policy_.connectSeconds,
+                                policy_.stallSeconds};
+        std::unique_ptr<AppendFile> out;
+        std::uint64_t received = offset;
+        const TransferSink sink{[&](std::uint64_t from) {
+                                    out = from == 0 ? files_.create(part_)
+                                                    : files_.openForAppending(part_);
+                                    received = from;
+                                    wasContinued_ = from != 0;
+                                },
+                                [&](std::string_view bytes) {
+                                    out->append(bytes);
+                                    received += bytes.size();
+                                    report(received);
+                                }};
+        TransferOutcome outcome = transfer(request, sink, stop);
+        if (out) {
+            out->synchronize();
+            out->close();
+        } else if (outcome.kind == TransferOutcome::Kind::complete && offset == 0) {
+            files_.create(part_)->close(); // an empty file has no first byte
+        }
+        return outcome;
+    }
+
+    State afterFailure(const TransferOutcome& outcome) {
+        if (outcome.kind == TransferOutcome::Kind::stopped)
+            throw DownloadStopped();
+        if (outcome.rangeWasWrong)
+            files_.remove(part_);
+        const std::uint64_t have = here();
+        fruitless_ = have > longest_ ? 0 : fruitless_ + 1;
+        longest_ = std::max(longest_, have);
+        retryAfter_ = outcome.retryAfterSeconds;
+        TessaruneLog::app.info(
+            [&] { return "download of " + file_.url + " interrupted: " + outcome.reason; });
+        if (outcome.kind == TransferOutcome::Kind::refused || fruitless_ > policy_.fruitlessTries)
+            fail(outcome.reason);
+        return State::again;
+    }
+
+    State keepIfRight() {
+        const std::string wrong = whatIsWrong();
+        if (wrong.empty()) {
+            if (!file_.isZstd)
+                files_.rename(part_, target_);
+            files_.remove(part_);
+            return State::done;
+        }
+        files_.remove(part_);
+        // Parts of two editions of a file make neither of them.
+        if (std::exchange(wasContinued_, false))
+            return State::again;
+        fail(wrong);
+    }
+
+    /// Empty if the transferred file has the right sums; if it is packed, it is unpacked then.
+    std::string whatIsWrong() {
+        if (file_.crc32c && CRC32C::ofFile(part_) != file_.crc32c)
+            return "its sum is wrong (CRC-32C); it was removed";
+        std::string sum;
+        if (file_.isZstd) {
+            const std::filesystem::path unpacked = target_.string() + ".unpacked";
+            const std::uint64_t most = file_.unpackedBytes != 0
+                                           ? file_.unpackedBytes
+                                           : files_.size(part_) * largestUnpackingRatio;
+            const std::unique_ptr<AppendFile> out = files_.create(unpacked);
+            const UnpackingOutcome outcome = unpackZstd(part_, *out, most);
+            out->synchronize();
+            out->close();
+            if (outcome.failure.empty() && outcome.sha256 == file_.sha256) {
+                files_.rename(unpacked, target_);
+                return {};
+            }
+            files_.remove(unpacked);
+            if (!outcome.failure.empty())
+                return outcome.failure + "; it was removed";
+            sum = outcome.sha256;
+        } else if (!file_.sha256.empty()) {
+            sum = SHA256::ofFile(part_);
+        }
+        return sum == file_.sha256 ? "" : "its sum is wrong (SHA-256); it was removed";
+    }
+
+    void report(std::uint64_t received) const {
+        if (progress_)
+            progress_(received);
+    }
+
+    FileSystem& files_;
+    const DownloadPolicy& policy_;
+    FileToFetch file_;
+    std::filesystem::path target_;
+    std::filesystem::path part_;
+    Downloader::Progress progress_;
+    bool wasContinued_ = false;
+    int fruitless_ = 0;
+    std::uint64_t longest_ = 0;
+    std::optional<double> retryAfter_;
+};
+
+} // namespace
+
+std::string DownloadPolicy::mirrorFromEnvironment() {
+    const char* value = std::getenv("TESSARUNE_MODEL_MIRROR");
+    return value != nullptr ? value : "";
+}
+
+std::string mirrored(const std::string& url, const std::string& mirror) {
+    const std::size_t host = url.find("://");
+    if (mirror.empty() || host == std::string::npos)
+        return url;
+    return mirror + (mirror.ends_with('/') ? "" : "/") + url.substr(host + 3);
+}
+
+Task<void> Downloader::fetch(Executor executor, FileToFetch file, std::filesystem::path folder,
+                             Progress progress, std::stop_token stop) {
+    if (!file.crc32c && file.sha256.empty())
+        throw DownloadFailed(file.name + " has no sum to check it with and is not downloaded.");
+    if (file.isZstd && file.sha256.empty())
+        throw DownloadFailed(file.name + " has no sum of its unpacked form and is not downloaded.");
+    file.url = mirrored(file.url, policy_.mirror);
+    Fetch fetching(files_, policy_, std::move(file), std::move(folder), std::move(progress));
+    const SwitchTo there = switchTo(executor);
+    co_await there;
+    if (fetching.isThere())
+        co_return;
+    while (fetching.attempt(stop) == Fetch::State::again) {
+        Task<bool> pause = sleep(executor, fetching.pause(), stop);
+        const bool slept = co_await pause;
+        if (!slept)
+            throw DownloadStopped();
+    }
+}
+
+} // namespace tessarune

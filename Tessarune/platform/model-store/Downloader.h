@@ -1,0 +1,87 @@
+#pragma once
+
+#include "Tessarune/shell/FileSystem.h"
+#include "TessaruneCore/host/Task.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <stop_token>
+#include <string>
+
+namespace tessarune {
+
+/// A file to be fetched and what it must be. At least one of the sums is needed: what nobody can
+/// check is not fetched.
+struct FileToFetch {
+    std::string name; ///< under which it is kept
+    std::string url;
+    std::uint64_t bytes = 0;             ///< of what is transferred; 0 if that is unknown
+    bool isZstd = false;                 ///< what is transferred is packed, what is kept is not
+    std::uint64_t unpackedBytes = 0;     ///< of what is kept, if it is packed; 0 if that is unknown
+    std::optional<std::uint32_t> crc32c; ///< of what is transferred
+    std::string sha256; ///< of what is kept, 64 hexadecimal digits; empty if unknown
+};
+
+/// A download that did not work. The text names the file and can be shown.
+struct DownloadFailed : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+/// A download that was asked to stop.
+struct DownloadStopped : DownloadFailed {
+    DownloadStopped() : DownloadFailed("The download was stopped.") {}
+};
+
+struct DownloadPolicy {
+    double connectSeconds = 15;
+    double stallSeconds = 20;
+    /// Tries in a row that bring nothing new before it is given up.
+    int fruitlessTries = 6;
+    /// The first pause between two tries; each further one is twice as long.
+    double firstPauseSeconds = 1;
+    double longestPauseSeconds = 60;
+    /// Room on the disk that is left to the user.
+    std::uint64_t spareBytes = 64'000'000;
+    /// How often another process's download of the same model is looked after.
+    double lockPauseSeconds = 0.5;
+    /// An address that stands in for the servers of all files; empty for the servers themselves.
+    /// See `mirrored`.
+    std::string mirror = mirrorFromEnvironment();
+
+    /// $TESSARUNE_MODEL_MIRROR, or empty.
+    static std::string mirrorFromEnvironment();
+};
+
+/// The address of a file on a mirror that keeps each server's files under the server's name, as
+/// `wget --force-directories` writes them: https://host/path becomes <mirror>/host/path.
+std::string mirrored(const std::string& url, const std::string& mirror);
+
+/// Fetches single files, checked, with as many tries as it takes. Not thread-safe in itself; each
+/// fetch is confined to the executor that it is given, and blocks it while bytes arrive.
+class Downloader {
+  public:
+    Downloader(FileSystem& files, DownloadPolicy policy)
+        : files_(files), policy_(std::move(policy)) {}
+
+    /// Bytes of this file that are here, from the executor's thread.
+    using Progress = std::function<void(std::uint64_t received)>;
+
+    /// Brings the file into the folder, under its name once it is whole and right, beside it
+    /// (".part") before. What stands there from an earlier try is used: a right file is left alone,
+    /// a part is continued. A wrong one is removed; then, if it had been put together from parts,
+    /// it is fetched once more. Goes on on `executor`. Throws DownloadFailed, and
+    /// std::system_error if the disk fails.
+    Task<void> fetch(Executor executor, FileToFetch file, std::filesystem::path folder,
+                     Progress progress, std::stop_token stop);
+
+    const DownloadPolicy& policy() const { return policy_; }
+    FileSystem& files() const { return files_; }
+
+  private:
+    FileSystem& files_;
+    DownloadPolicy policy_;
+};
+
+} // namespace tessarune

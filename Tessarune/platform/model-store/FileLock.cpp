@@ -1,0 +1,29 @@
+#include "Tessarune/platform/model-store/FileLock.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace tessarune {
+
+std::optional<FileLock> FileLock::tryToTake(const std::filesystem::path& path) {
+    const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    if (file < 0)
+        throw std::system_error(errno, std::generic_category(), path.string());
+    FileLock lock(file);
+    if (::flock(file, LOCK_EX | LOCK_NB) == 0)
+        return lock;
+    if (errno == EWOULDBLOCK || errno == EINTR)
+        return std::nullopt;
+    throw std::system_error(errno, std::generic_category(), path.string());
+}
+
+FileLock::~FileLock() {
+    if (file_ >= 0)
+        ::close(file_);
+}
+
+} // namespace tessarune

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <utility>
+
+namespace tessarune {
+
+/// A lock that one process at a time can hold, by a file that exists for nothing else. It ends with
+/// the object or with the process, however that ends; the file stays.
+class FileLock {
+  public:
+    /// Nothing if another holds it. Throws std::system_error if the file cannot be made.
+    static std::optional<FileLock> tryToTake(const std::filesystem::path& path);
+
+    FileLock(FileLock&& other) noexcept : file_(std::exchange(other.file_, -1)) {}
+    FileLock& operator=(FileLock&& other) noexcept {
+        std::swap(file_, other.file_);
+        return *this;
+    }
+    ~FileLock();
+
+  private:
+    explicit FileLock(int file) : file_(file) {}
+    int file_;
+};
+
+} // namespace tessarune

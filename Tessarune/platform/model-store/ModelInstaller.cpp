@@ -1,0 +1,271 @@
+#include "Tessarune/platform/model-store/ModelInstaller.h"
+
+#include "Tessarune/platform/model-store/FileLock.h"
+
+#include <algorithm>
+#include <atomic>
+#include <limits>
+#include <set>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+constexpr std::size_t filesAtATime = 2;
+constexpr double secondsBetweenReports = 0.2;
+
+using Key = std::pair<ModelKind, std::string>;
+
+/// One model on its way; what everybody who waits for it shares. Main queue but for what says so.
+struct Job {
+    explicit Job(AvailableModel what) : model(std::move(what)), received(model.files.size()) {}
+
+    AvailableModel model;
+    std::stop_source stop;
+    std::exception_ptr failure; ///< the first, when a file has failed
+    std::size_t nextFile = 0;
+
+    struct Waiter {
+        ModelInstaller::ProgressHandler progress;
+        OneShot<std::exception_ptr> outcome;
+    };
+    std::map<std::size_t, Waiter> waiters;
+    std::size_t nextWaiter = 0;
+
+    std::vector<std::atomic<std::uint64_t>> received; ///< for each file; any thread
+    std::atomic<double> lastReport = 0;               ///< host time; any thread
+
+    ModelInstaller::Progress progress() const {
+        ModelInstaller::Progress sum;
+        bool isKnown = true;
+        for (std::size_t i = 0; i < received.size(); ++i) {
+            sum.received += received[i];
+            sum.expected += model.files[i].bytes;
+            isKnown = isKnown && model.files[i].bytes != 0;
+        }
+        if (!isKnown)
+            sum.expected = 0;
+        return sum;
+    }
+
+    void report() const {
+        const auto everybody = waiters; // a handler may make somebody leave
+        for (const auto& [number, waiter] : everybody) {
+            if (waiter.progress)
+                waiter.progress(progress());
+        }
+    }
+};
+
+void checkNames(const AvailableModel& model) {
+    std::set<std::string> names;
+    bool isFine = ModelStore::isSafeName(model.name) && !model.files.empty();
+    for (const FileToFetch& file : model.files)
+        isFine = isFine && ModelStore::isSafeName(file.name) && names.insert(file.name).second;
+    if (!isFine || names.contains("model.json"))
+        throw DownloadFailed("The list of files of the model " + model.name + " is not usable.");
+}
+
+std::string megabytes(std::uint64_t bytes) {
+    return std::to_string(bytes / 1'000'000 + (bytes % 1'000'000 != 0 ? 1 : 0)) + " MB";
+}
+
+std::uint64_t sumUpToLargest(std::uint64_t a, std::uint64_t b) {
+    constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
+    return a > largest - b ? largest : a + b;
+}
+
+} // namespace
+
+struct ModelInstaller::Shared {
+    Shared(Host& itsHost, ModelStore& itsStore, DownloadPolicy policy)
+        : host(itsHost),
+          main(Executor::main(itsHost)),
+          store(itsStore),
+          downloader(itsStore.files(), std::move(policy)) {}
+
+    Host& host;
+    Executor main;
+    ModelStore& store;
+    Downloader downloader;
+    std::vector<Executor> lanes; ///< threads that wait for the network; made when first needed
+    std::map<Key, std::shared_ptr<Job>> jobs;
+
+    using Pointer = std::shared_ptr<Shared>;
+    using JobPointer = std::shared_ptr<Job>;
+
+    bool isInstalled(const AvailableModel& model) const {
+        const std::optional<StoredModel> found = store.find(model.kind, model.name);
+        return found && found->damage.empty();
+    }
+
+    /// The job that fetches this model: the one under way, or a new one.
+    static JobPointer jobFor(const Pointer& self, AvailableModel model) {
+        JobPointer& job = self->jobs[Key(model.kind, model.name)];
+        if (!job) {
+            job = std::make_shared<Job>(std::move(model));
+            spawn(self->main, run(self, job), job->stop);
+        }
+        return job;
+    }
+
+    void forget(const JobPointer& job) {
+        const auto known = jobs.find(Key(job->model.kind, job->model.name));
+        if (known != jobs.end() && known->second == job)
+            jobs.erase(known);
+    }
+
+    static Task<void> run(Pointer self, JobPointer job) {
+        std::exception_ptr failure;
+        try {
+            Task<void> bringing = bringIn(self, job);
+            co_await bringing;
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        const SwitchTo toMain = switchTo(self->main);
+        co_await toMain;
+        self->forget(job);
+        if (!failure)
+            job->report();
+        for (const auto& [number, waiter] : job->waiters)
+            waiter.outcome.resume(failure);
+    }
+
+    static Task<void> bringIn(Pointer self, JobPointer job) {
+        const AvailableModel& model = job->model;
+        ModelStore& store = self->store;
+        const std::filesystem::path partial = store.partialFolder(model.kind, model.name);
+        store.files().createDirectories(partial.parent_path());
+        std::optional<FileLock> lock;
+        const std::filesystem::path lockFile = partial.parent_path() / (".lock-" + model.name);
+        while (!(lock = FileLock::tryToTake(lockFile))) {
+            Task<bool> pause = sleep(self->main, self->downloader.policy().lockPauseSeconds,
+                                     job->stop.get_token());
+            const bool slept = co_await pause;
+            if (!slept)
+                throw DownloadStopped();
+        }
+        if (self->isInstalled(model))
+            co_return;
+        store.files().createDirectories(partial);
+        self->checkRoom(model);
+        Task<void> fetching = fetchAll(self, job);
+        co_await fetching;
+        // Sums of hundreds of megabytes: not on the main queue.
+        const SwitchTo away = switchTo(self->lanes.front());
+        co_await away;
+        std::vector<std::string> names;
+        for (const FileToFetch& file : model.files)
+            names.push_back(file.name);
+        store.adopt(model.kind, model.name, names, model.details);
+    }
+
+    void checkRoom(const AvailableModel& model) const {
+        const std::filesystem::path partial = store.partialFolder(model.kind, model.name);
+        std::uint64_t needed = downloader.policy().spareBytes;
+        for (const FileToFetch& file : model.files) {
+            const std::uint64_t unpacked =
+                file.isZstd ? std::max(file.unpackedBytes, file.bytes) : 0;
+            needed = sumUpToLargest(needed, sumUpToLargest(file.bytes, unpacked));
+        }
+        for (const std::string& name : store.files().list(partial))
+            needed -= std::min(needed, store.files().size(partial / name));
+        const std::uint64_t free = store.files().freeSpace(partial);
+        if (free < needed)
+            throw DownloadFailed("There is not enough room for the model " + model.name + ": " +
+                                 megabytes(needed) + " are needed, " + megabytes(free) +
+                                 " are free.");
+    }
+
+    static Task<void> fetchAll(Pointer self, JobPointer job) {
+        while (self->lanes.size() < filesAtATime)
+            self->lanes.push_back(Executor::queue(
+                self->host, self->host.serialQueue("tessarune.download", QueuePriority::utility)));
+        std::vector<TaskHandle> fetching;
+        for (const Executor& lane : self->lanes)
+            fetching.push_back(spawn(self->main, fetchOnLane(self, job, lane)));
+        for (TaskHandle& handle : fetching) {
+            OneShot<bool> finished = handle.finished();
+            co_await finished;
+        }
+        if (job->failure)
+            std::rethrow_exception(job->failure);
+    }
+
+    /// Fetches one file after the other as long as there are any.
+    static Task<void> fetchOnLane(Pointer self, JobPointer job, Executor lane) {
+        while (job->nextFile < job->model.files.size() && !job->failure) {
+            const std::size_t index = job->nextFile++;
+            std::exception_ptr failure;
+            try {
+                const FileToFetch file = job->model.files[index];
+                const std::filesystem::path folder =
+                    self->store.partialFolder(job->model.kind, job->model.name);
+                const Downloader::Progress progress = [self, job, index](std::uint64_t received) {
+                    self->note(job, index, received);
+                };
+                Task<void> fetching =
+                    self->downloader.fetch(lane, file, folder, progress, job->stop.get_token());
+                co_await fetching;
+            } catch (...) {
+                failure = std::current_exception();
+            }
+            const SwitchTo toMain = switchTo(self->main);
+            co_await toMain;
+            if (failure && !job->failure) {
+                job->failure = failure;
+                job->stop.request_stop(); // the other files are of no use now
+            }
+        }
+    }
+
+    /// Any thread.
+    void note(const JobPointer& job, std::size_t file, std::uint64_t bytes) const {
+        job->received[file] = bytes;
+        const double now = host.now();
+        if (now - job->lastReport < secondsBetweenReports)
+            return;
+        job->lastReport = now;
+        host.post([job] { job->report(); });
+    }
+};
+
+ModelInstaller::ModelInstaller(Host& host, ModelStore& store, DownloadPolicy policy)
+    : shared_(std::make_shared<Shared>(host, store, std::move(policy))) {}
+
+ModelInstaller::~ModelInstaller() {
+    for (const auto& [key, job] : shared_->jobs)
+        job->stop.request_stop();
+}
+
+Task<void> ModelInstaller::install(AvailableModel model, ProgressHandler progress,
+                                   std::stop_token stop) {
+    const std::shared_ptr<Shared> shared = shared_;
+    checkNames(model);
+    if (shared->isInstalled(model))
+        co_return;
+    if (stop.stop_requested())
+        throw DownloadStopped();
+    const std::shared_ptr<Job> job = Shared::jobFor(shared, std::move(model));
+    const std::size_t number = job->nextWaiter++;
+    OneShot<std::exception_ptr> outcome(shared->main);
+    job->waiters.emplace(number, Job::Waiter{std::move(progress), outcome});
+    std::exception_ptr failure;
+    {
+        std::stop_callback onStop(
+            stop, [outcome] { outcome.resume(std::make_exception_ptr(DownloadStopped())); });
+        failure = co_await outcome;
+    }
+    job->waiters.erase(number);
+    if (job->waiters.empty()) {
+        // Nobody waits any more. A new wish begins anew and waits until this one has let go.
+        shared->forget(job);
+        job->stop.request_stop();
+    }
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
+} // namespace tessarune

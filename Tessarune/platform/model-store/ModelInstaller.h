@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Tessarune/platform/model-store/Downloader.h"
+#include "Tessarune/platform/model-store/ModelStore.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// A model that can be had: its files and what the store notes beside them.
+struct AvailableModel {
+    ModelKind kind = ModelKind::speech;
+    std::string name;
+    std::vector<FileToFetch> files;
+    std::map<std::string, std::string> details;
+};
+
+/// Brings models into the store: fetches their files, at most two at a time over all models, checks
+/// them and gives the model its name once all are whole and right.
+///
+/// Main queue. A model that is asked for twice is fetched once, also by two processes: the second
+/// waits for the first and finds it there. Dropping the installer stops what is under way; what has
+/// arrived is kept for the next time. Host and store must outlive both.
+class ModelInstaller {
+  public:
+    struct Progress {
+        std::uint64_t received = 0;
+        std::uint64_t expected = 0; ///< 0 if a file's size is unknown
+    };
+    using ProgressHandler = std::function<void(Progress)>;
+
+    ModelInstaller(Host& host, ModelStore& store, DownloadPolicy policy = {});
+    ~ModelInstaller();
+    ModelInstaller(const ModelInstaller&) = delete;
+    ModelInstaller& operator=(const ModelInstaller&) = delete;
+
+    /// Returns when the model stands in the store; at once if it does, is not damaged and lies in
+    /// whatever part of it. Throws an exception with a text that can be shown: DownloadStopped if
+    /// `stop` asks for it, and the download goes on only as long as somebody waits for it.
+    /// `progress` is called on the main queue, a few times a second.
+    Task<void> install(AvailableModel model, ProgressHandler progress, std::stop_token stop);
+
+  private:
+    struct Shared;
+    std::shared_ptr<Shared> shared_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,133 @@
+#include "Tessarune/platform/media/FFmpegMediaFile.h"
+#include "Tessarune/platform/media/SwresampleConverter.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/WAVBytes.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+
+namespace tessarune {
+namespace {
+
+using testing::tone;
+using testing::wavBytes;
+using Kind = MediaFileError::Kind;
+
+class MediaFileTests : public ::testing::Test {
+  protected:
+    std::filesystem::path write(const char* name, const std::string& bytes) {
+        std::ofstream(folder / name, std::ios::binary) << bytes;
+        return folder / name;
+    }
+    static std::vector<float> readAll(MediaFile& file) {
+        std::vector<float> all;
+        while (const AudioBufferPtr block = file.read()) {
+            EXPECT_GT(block->frames(), 0u);
+            EXPECT_LE(block->frames(), MediaFile::maximumBlockFrames);
+            EXPECT_EQ(block->format, file.format());
+            all.insert(all.end(), block->samples.begin(), block->samples.end());
+        }
+        return all;
+    }
+
+    testing::TemporaryFolder folder;
+};
+
+TEST_F(MediaFileTests, GivesEverySampleOfEveryChannelOnce) {
+    for (const int channels : {1, 2}) {
+        const auto samples = tone(2.5, 44100, 440, channels);
+        const auto file =
+            openFFmpegMediaFile(write("a: b.wav", wavBytes(samples, 44100, channels)));
+        EXPECT_EQ(file->format(), (AudioFormat{44100, channels}));
+        EXPECT_NEAR(file->duration().value_or(0), 2.5, 0.001);
+        const auto decoded = readAll(*file);
+        ASSERT_EQ(decoded.size(), samples.size());
+        for (std::size_t i = 0; i < samples.size(); ++i)
+            ASSERT_NEAR(decoded[i], samples[i] / 32768.0, 1e-6) << i;
+        EXPECT_EQ(file->read(), nullptr) << "after the end";
+    }
+}
+
+TEST_F(MediaFileTests, ACutFileGivesWhatIsThere) {
+    const auto samples = tone(1, 16000);
+    for (const std::uint32_t claimed : {320000u, 0xFFFFFFFFu}) {
+        const auto file =
+            openFFmpegMediaFile(write("cut.wav", wavBytes(samples, 16000, 1, claimed)));
+        EXPECT_EQ(readAll(*file).size(), samples.size()) << claimed;
+    }
+}
+
+TEST_F(MediaFileTests, WhatCannotBePlayedIsNamedAndSaid) {
+    std::string garbage(5000, '\0');
+    for (std::size_t i = 0; i < garbage.size(); ++i)
+        garbage[i] = static_cast<char>(i * i * 7 + i / 3);
+    const struct {
+        std::filesystem::path path;
+        std::vector<Kind> kinds;
+    } cases[] = {
+        {folder / "missing.wav", {Kind::cannotOpen}},
+        {folder.path(), {Kind::cannotOpen}},
+        {write("empty.wav", ""), {Kind::notMedia, Kind::cannotOpen, Kind::damaged}},
+        {write("garbage.mp4", garbage),
+         {Kind::notMedia, Kind::noAudioTrack, Kind::damaged, Kind::unsupported}},
+        {write("text.txt", "These are words.\n"), {Kind::notMedia, Kind::noAudioTrack}},
+        {write("rate.wav", wavBytes(tone(0.1, 16000), -16000)),
+         {Kind::unsupported, Kind::notMedia, Kind::damaged}},
+    };
+    for (const auto& c : cases) {
+        try {
+            const auto file = openFFmpegMediaFile(c.path);
+            readAll(*file);
+            ADD_FAILURE() << c.path << " was read";
+        } catch (const MediaFileError& error) {
+            EXPECT_NE(std::find(c.kinds.begin(), c.kinds.end(), error.kind()), c.kinds.end())
+                << c.path << ": " << static_cast<int>(error.kind()) << " " << error.what();
+            EXPECT_NE(std::string(error.what()).find(c.path.string()), std::string::npos);
+        }
+    }
+}
+
+TEST_F(MediaFileTests, DamageInTheMiddleEndsAndNeverLoops) {
+    const std::string whole = wavBytes(tone(3, 16000), 16000);
+    for (std::size_t at = 0; at < 60; ++at) {
+        std::string damaged = whole;
+        damaged[at] = static_cast<char>(damaged[at] ^ 0x5A);
+        try {
+            const auto file = openFFmpegMediaFile(write("damaged.wav", damaged));
+            EXPECT_LE(readAll(*file).size(), whole.size()) << at;
+        } catch (const MediaFileError&) {
+        }
+    }
+}
+
+TEST(SwresampleConverterTests, KeepsTheToneAndTheLengthOverManyBuffers) {
+    const auto converter = makeSwresampleConverter({48000, 2}, {16000, 1});
+    std::vector<float> converted;
+    const auto take = [&](const AudioBuffer& buffer) {
+        EXPECT_EQ(buffer.format, (AudioFormat{16000, 1}));
+        converted.insert(converted.end(), buffer.samples.begin(), buffer.samples.end());
+    };
+    const auto samples = tone(2, 48000, 500, 2);
+    for (std::size_t at = 0; at < samples.size(); at += 960) {
+        AudioBuffer buffer{{48000, 2}, {}};
+        for (std::size_t i = at; i < at + 960; ++i)
+            buffer.samples.push_back(static_cast<float>(samples[i]) / 32768.0f);
+        take(converter->convert(buffer));
+    }
+    take(converter->flush());
+    EXPECT_NEAR(static_cast<double>(converted.size()), 32000, 40);
+    int crossings = 0;
+    double energy = 0;
+    for (std::size_t i = 4001; i < 28000; ++i) {
+        crossings += (converted[i - 1] < 0) != (converted[i] < 0);
+        energy += converted[i] * converted[i];
+    }
+    EXPECT_NEAR(crossings, 1500, 3) << "500 Hz over a second and a half";
+    EXPECT_NEAR(std::sqrt(energy / 23999), 0.354, 0.02);
+    EXPECT_THROW(makeSwresampleConverter({0, 2}, {16000, 1}), std::runtime_error);
+}
+
+} // namespace
+} // namespace tessarune

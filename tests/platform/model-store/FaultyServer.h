@@ -1,0 +1,72 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace tessarune::testing {
+
+/// What the server does with one request.
+struct Reply {
+    int status = 200;
+    std::vector<std::string> headers = {};         ///< "Name: value"
+    std::string body = {};                         ///< of the whole file
+    bool honoursRange = true;                      ///< answers a range with 206 and the rest
+    std::optional<std::size_t> claimedLength = {}; ///< instead of what is sent
+    std::size_t sendAtMost = std::string::npos; ///< bytes of the body, then the connection is cut
+    bool stalls = false;                        ///< then nothing more comes, and no end either
+};
+
+struct Request {
+    std::string path;
+    std::optional<std::size_t> rangeStart;
+    std::size_t number = 0; ///< how many requests for this path came before
+};
+
+/// An HTTP server on a port of its own of this computer that fails as it is told to. It answers
+/// each connection on a thread, one request a connection, and ends with the object.
+class FaultyServer {
+  public:
+    using Answer = std::function<Reply(const Request&)>;
+
+    FaultyServer();
+    ~FaultyServer();
+    FaultyServer(const FaultyServer&) = delete;
+    FaultyServer& operator=(const FaultyServer&) = delete;
+
+    std::string url(const std::string& path) const;
+    /// Paths without an answer are not found.
+    void on(const std::string& path, Answer answer);
+    void on(const std::string& path, std::string body);
+
+    std::vector<Request> requests() const;
+    /// As if no request had come so far.
+    void forget();
+    std::size_t requestsFor(const std::string& path) const;
+    /// The most connections that were open at the same time.
+    std::size_t mostAtATime() const;
+
+  private:
+    void accept();
+    void serve(int connection);
+    Reply replyTo(Request& request);
+
+    int listening_ = -1;
+    int port_ = 0;
+    mutable std::mutex mutex_;
+    std::map<std::string, Answer> answers_;
+    std::vector<Request> requests_;
+    std::vector<int> connections_;
+    std::size_t open_ = 0;
+    std::size_t mostOpen_ = 0;
+    bool isEnding_ = false;
+    std::vector<std::thread> serving_;
+    std::thread accepting_;
+};
+
+} // namespace tessarune::testing
