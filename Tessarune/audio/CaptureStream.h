@@ -48,7 +48,8 @@ class CaptureStream {
         AudioFormat format; ///< as the stream will deliver it
     };
 
-    static constexpr double stallSeconds = 2.0;
+    /// Longer than the two seconds for which an idle output may sleep.
+    static constexpr double stallSeconds = 2.5;
     static constexpr double shortestRetrySeconds = 0.25;
     static constexpr double longestRetrySeconds = 2.0;
 

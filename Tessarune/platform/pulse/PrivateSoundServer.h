@@ -1,0 +1,57 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// A sound server of the program's own, with one output that nobody hears, beside whatever servers
+/// run: for a computer without one, and for tests.
+///
+/// It lives in a folder of its own under the temporary directory and needs neither a D-Bus session
+/// nor a display; it may run as root. The processes end with the object, and also with the thread
+/// that made it, so that a program that is killed leaves none behind: make it on a thread that
+/// lives as long as it is needed.
+class PrivateSoundServer {
+  public:
+    enum class Kind { pulseAudio, pipeWire };
+    static constexpr double startTimeoutSeconds = 10.0;
+    static constexpr const char* outputID = "tessarune_null";
+
+    /// Whether the programs for it are on the path.
+    static bool isInstalled(Kind kind);
+
+    /// Starts the server and returns when its output is there. Throws std::runtime_error with what
+    /// is missing or what the server said.
+    explicit PrivateSoundServer(Kind kind);
+    /// The first kind that is installed.
+    PrivateSoundServer();
+    ~PrivateSoundServer();
+    PrivateSoundServer(const PrivateSoundServer&) = delete;
+    PrivateSoundServer& operator=(const PrivateSoundServer&) = delete;
+
+    /// For `PulseSoundServer` and PULSE_SERVER.
+    const std::string& address() const { return address_; }
+
+    /// Ends the processes at once, as a crash would.
+    void kill();
+    /// Starts them again, at the same address.
+    void restart();
+
+  private:
+    void start();
+    void launch(const std::vector<std::string>& command);
+    void waitUntilReady();
+    void end(int signal);
+    std::string whatItSaid() const;
+
+    Kind kind_;
+    std::filesystem::path folder_;
+    std::string address_;
+    std::vector<pid_t> processes_;
+};
+
+} // namespace tessarune

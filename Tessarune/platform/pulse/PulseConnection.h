@@ -1,0 +1,77 @@
+#pragma once
+
+#include "Tessarune/platform/pulse/PulseDeviceList.h"
+#include "Tessarune/platform/pulse/PulseSupport.h"
+#include "TessaruneCore/host/OneShot.h"
+
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// The connection to the server, with the thread that serves it, and what is known through it.
+///
+/// After its first success it is kept: a connection that breaks is tried again with growing pauses.
+/// It never starts a server by itself: a user who has ended theirs does not want it back, and a
+/// server without hardware would hide that there is none.
+///
+/// Operations may be called from any thread. It is owned by the sound server and its streams; the
+/// loop's thread only ever borrows it.
+class PulseConnection {
+  public:
+    static constexpr double connectTimeoutSeconds = 5.0;
+    static constexpr double shortestPauseSeconds = 0.25;
+    static constexpr double longestPauseSeconds = 2.0;
+
+    /// `address` as in PULSE_SERVER; empty for the user's own server. `onChange` is called on the
+    /// loop's thread after the state or the devices have changed.
+    PulseConnection(std::string address, std::function<void()> onChange);
+    ~PulseConnection();
+    PulseConnection(const PulseConnection&) = delete;
+    PulseConnection& operator=(const PulseConnection&) = delete;
+
+    void connect(OneShot<PulseOutcome> done);
+
+    SoundServerState state() const;
+    SoundDevices devices() const;
+
+    pa_threaded_mainloop* loop() const { return loop_; }
+    /// Null without a connection. Under the lock.
+    pa_context* context() const { return isReady_ ? context_ : nullptr; }
+    /// The channels of a source as the server lists them; nothing for an unknown source. Under the
+    /// lock.
+    const pa_channel_map* channelMap(const std::string& sourceID) const;
+    /// The last failure of the connection. Under the lock.
+    PulseOutcome failure() const;
+
+  private:
+    void attempt();
+    void handleState();
+    void handleDevices(PulseDeviceList::Answer answer);
+    void lose(const PulseOutcome& reason);
+    void dropContext();
+    void publish(SoundServerState state, SoundDevices devices);
+    void resumeWaiters(const PulseOutcome& outcome);
+
+    const std::string address_;
+    const std::function<void()> onChange_;
+    pa_threaded_mainloop* loop_;
+
+    // Under the loop's lock:
+    pa_context* context_ = nullptr;
+    bool isReady_ = false;
+    bool wasReady_ = false;
+    double pauseSeconds_ = 0;
+    std::unique_ptr<PulseTimer> timer_; // for the attempt that runs, or until the next one
+    PulseDeviceList list_;
+    std::map<std::string, pa_channel_map> channelMaps_;
+    std::vector<OneShot<PulseOutcome>> waiters_;
+
+    mutable std::mutex snapshotMutex_; // held for a copy only
+    SoundServerState state_ = SoundServerState::disconnected;
+    SoundDevices devices_;
+};
+
+} // namespace tessarune

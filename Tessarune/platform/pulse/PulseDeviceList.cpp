@@ -1,0 +1,70 @@
+#include "Tessarune/platform/pulse/PulseDeviceList.h"
+
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+std::string text(const char* value) {
+    return value ? value : "";
+}
+
+AudioFormat formatOf(const pa_sample_spec& spec) {
+    return {static_cast<double>(spec.rate), spec.channels};
+}
+
+} // namespace
+
+void PulseDeviceList::refresh(pa_context* context) {
+    if (isRefreshing_) {
+        again_ = true;
+        return;
+    }
+    arriving_ = {};
+    // The server answers in the order of the questions, so the end of the sources is the end.
+    isRefreshing_ = begin(pa_context_get_server_info(context, takeServer, this)) &&
+                    begin(pa_context_get_sink_info_list(context, takeSink, this)) &&
+                    begin(pa_context_get_source_info_list(context, takeSource, this));
+}
+
+void PulseDeviceList::reset() {
+    isRefreshing_ = false;
+    again_ = false;
+}
+
+void PulseDeviceList::takeServer(pa_context*, const pa_server_info* info, void* self) {
+    if (!info)
+        return;
+    auto& devices = static_cast<PulseDeviceList*>(self)->arriving_.devices;
+    devices.defaultInputID = text(info->default_source_name);
+    devices.defaultOutputID = text(info->default_sink_name);
+}
+
+void PulseDeviceList::takeSink(pa_context*, const pa_sink_info* info, int end, void* self) {
+    if (end != 0)
+        return;
+    static_cast<PulseDeviceList*>(self)->arriving_.devices.outputs.push_back(
+        {text(info->name), text(info->description), text(info->monitor_source_name),
+         formatOf(info->sample_spec)});
+}
+
+void PulseDeviceList::takeSource(pa_context* context, const pa_source_info* info, int end,
+                                 void* self) {
+    auto& list = *static_cast<PulseDeviceList*>(self);
+    if (end == 0) {
+        list.arriving_.channelMaps[text(info->name)] = info->channel_map;
+        if (info->monitor_of_sink == PA_INVALID_INDEX) {
+            list.arriving_.devices.inputs.push_back(
+                {text(info->name), text(info->description), formatOf(info->sample_spec)});
+        }
+        return;
+    }
+    list.isRefreshing_ = false;
+    if (std::exchange(list.again_, false))
+        list.refresh(context);
+    else
+        list.onAnswer_(std::move(list.arriving_));
+}
+
+} // namespace tessarune

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Tessarune/audio/SoundServer.h"
+#include "Tessarune/platform/pulse/PulseSupport.h"
+
+#include <functional>
+#include <map>
+#include <string>
+
+namespace tessarune {
+
+/// Asks the server for its devices and defaults. Used under the main loop's lock.
+///
+/// Requests that come while one is under way are answered by one more, so that a burst of changes
+/// costs two questions.
+class PulseDeviceList {
+  public:
+    struct Answer {
+        SoundDevices devices;
+        /// Of every source, monitors too: what a stream must ask for to get the channels as they
+        /// are.
+        std::map<std::string, pa_channel_map> channelMaps;
+    };
+
+    explicit PulseDeviceList(std::function<void(Answer)> onAnswer)
+        : onAnswer_(std::move(onAnswer)) {}
+
+    void refresh(pa_context* context);
+    /// Forgets what is under way; the answers of a context that died never come.
+    void reset();
+
+  private:
+    static void takeServer(pa_context* context, const pa_server_info* info, void* self);
+    static void takeSink(pa_context* context, const pa_sink_info* info, int end, void* self);
+    static void takeSource(pa_context* context, const pa_source_info* info, int end, void* self);
+
+    std::function<void(Answer)> onAnswer_;
+    Answer arriving_;
+    bool isRefreshing_ = false;
+    bool again_ = false;
+};
+
+} // namespace tessarune

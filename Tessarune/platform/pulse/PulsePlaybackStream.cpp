@@ -1,0 +1,190 @@
+#include "Tessarune/platform/pulse/PulsePlaybackStream.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tessarune {
+
+PulsePlaybackStream::PulsePlaybackStream(std::shared_ptr<PulseConnection> connection,
+                                         Executor executor)
+    : connection_(std::move(connection)),
+      executor_(std::move(executor)),
+      timer_(connection_->loop()) {}
+
+PulsePlaybackStream::~PulsePlaybackStream() {
+    PulseLock lock(connection_->loop());
+    timer_.cancel();
+    if (stream_) {
+        pa_stream_set_state_callback(stream_.get(), nullptr, nullptr);
+        pa_stream_set_write_callback(stream_.get(), nullptr, nullptr);
+        pa_stream_disconnect(stream_.get());
+        stream_.reset();
+    }
+}
+
+void PulsePlaybackStream::open(const PlaybackRequest& request, OneShot<PulseOutcome> opened) {
+    PulseLock lock(connection_->loop());
+    waiter_ = std::move(opened);
+    timer_.set(openTimeoutSeconds, [this] { end(pulseOutcome(PA_ERR_TIMEOUT)); });
+    if (const PulseOutcome outcome = create(request); outcome.status != 0)
+        end(outcome);
+}
+
+PulseOutcome PulsePlaybackStream::create(const PlaybackRequest& request) {
+    pa_context* context = connection_->context();
+    if (!context)
+        return pulseOutcome(PA_ERR_CONNECTIONTERMINATED);
+    format_ = request.format;
+    const pa_sample_spec spec{PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(format_.sampleRate),
+                              static_cast<std::uint8_t>(format_.channels)};
+    pa_channel_map map;
+    if (!pa_sample_spec_valid(&spec) ||
+        !pa_channel_map_init_extend(&map, spec.channels, PA_CHANNEL_MAP_WAVEEX))
+        return pulseOutcome(PA_ERR_INVALID);
+    stream_.reset(pa_stream_new(context, request.name.c_str(), &spec, &map));
+    if (!stream_)
+        return pulseOutcome(pa_context_errno(context));
+
+    pa_stream_set_state_callback(
+        stream_.get(),
+        [](pa_stream*, void* self) { static_cast<PulsePlaybackStream*>(self)->handleState(); },
+        this);
+    pa_stream_set_write_callback(
+        stream_.get(),
+        [](pa_stream*, std::size_t, void* self) {
+            static_cast<PulsePlaybackStream*>(self)->feed();
+        },
+        this);
+    pa_buffer_attr attributes{};
+    attributes.maxlength = attributes.prebuf = attributes.minreq = attributes.fragsize =
+        static_cast<std::uint32_t>(-1);
+    attributes.tlength = static_cast<std::uint32_t>(
+        pa_usec_to_bytes(static_cast<pa_usec_t>(serverSeconds * 1e6), &spec));
+    constexpr auto flags = static_cast<pa_stream_flags_t>(
+        PA_STREAM_ADJUST_LATENCY | PA_STREAM_INTERPOLATE_TIMING | PA_STREAM_AUTO_TIMING_UPDATE);
+    const char* output = request.outputID.empty() ? nullptr : request.outputID.c_str();
+    if (pa_stream_connect_playback(stream_.get(), output, &attributes, flags, nullptr, nullptr) < 0)
+        return pulseOutcome(pa_context_errno(context));
+    return {};
+}
+
+void PulsePlaybackStream::handleState() {
+    switch (pa_stream_get_state(stream_.get())) {
+    case PA_STREAM_READY:
+        timer_.cancel();
+        answer({});
+        break;
+    case PA_STREAM_FAILED:
+    case PA_STREAM_TERMINATED: {
+        const int status = pa_context_errno(pa_stream_get_context(stream_.get()));
+        end(pulseOutcome(status != 0 ? status : PA_ERR_KILLED));
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+void PulsePlaybackStream::feed() {
+    if (!feeding_)
+        return;
+    const std::size_t frameSamples = static_cast<std::size_t>(format_.channels);
+    const std::size_t room = pa_stream_writable_size(stream_.get()) / sizeof(float);
+    if (room == static_cast<std::size_t>(-1) / sizeof(float))
+        return; // the stream has failed, and its state says so
+    std::size_t count = std::min(room, feeding_->samples.size() - fed_);
+    count -= count % frameSamples;
+    if (count > 0 && pa_stream_write(stream_.get(), feeding_->samples.data() + fed_,
+                                     count * sizeof(float), nullptr, 0, PA_SEEK_RELATIVE) == 0)
+        fed_ += count;
+    if (fed_ == feeding_->samples.size()) {
+        feeding_.reset();
+        answer({});
+    }
+}
+
+void PulsePlaybackStream::answer(const PulseOutcome& outcome) {
+    if (auto waiter = std::exchange(waiter_, std::nullopt))
+        waiter->resume(outcome);
+}
+
+void PulsePlaybackStream::end(const PulseOutcome& reason) {
+    timer_.cancel();
+    ended_ = reason;
+    feeding_.reset();
+    if (stream_) {
+        pa_stream_set_state_callback(stream_.get(), nullptr, nullptr);
+        pa_stream_set_write_callback(stream_.get(), nullptr, nullptr);
+        pa_stream_disconnect(stream_.get());
+    }
+    answer(reason);
+}
+
+Task<void> PulsePlaybackStream::write(AudioBufferPtr buffer) {
+    return writeAll(this, std::move(buffer));
+}
+
+Task<void> PulsePlaybackStream::drain() {
+    return drainAll(this);
+}
+
+Task<void> PulsePlaybackStream::writeAll(PulsePlaybackStream* self, AudioBufferPtr buffer) {
+    if (buffer->format != self->format_)
+        pulseOutcome(PA_ERR_INVALID).throwIfFailed();
+    OneShot<PulseOutcome> done(self->executor_);
+    {
+        PulseLock lock(self->connection_->loop());
+        if (self->ended_)
+            self->ended_->throwIfFailed();
+        self->waiter_ = done;
+        self->feeding_ = std::move(buffer);
+        self->fed_ = 0;
+        self->feed();
+    }
+    const PulseOutcome outcome = co_await done;
+    outcome.throwIfFailed();
+}
+
+Task<void> PulsePlaybackStream::drainAll(PulsePlaybackStream* self) {
+    OneShot<PulseOutcome> done(self->executor_);
+    {
+        PulseLock lock(self->connection_->loop());
+        if (self->ended_)
+            self->ended_->throwIfFailed();
+        self->waiter_ = done;
+        const bool begun = begin(pa_stream_drain(
+            self->stream_.get(),
+            [](pa_stream* stream, int success, void* stillOpen) {
+                const int status = pa_context_errno(pa_stream_get_context(stream));
+                static_cast<PulsePlaybackStream*>(stillOpen)->answer(
+                    pulseOutcome(success != 0 ? 0 : status));
+            },
+            self));
+        if (!begun)
+            self->answer(pulseOutcome(PA_ERR_BADSTATE));
+    }
+    const PulseOutcome outcome = co_await done;
+    outcome.throwIfFailed();
+}
+
+void PulsePlaybackStream::setPaused(bool paused) {
+    PulseLock lock(connection_->loop());
+    if (!ended_)
+        begin(pa_stream_cork(stream_.get(), paused ? 1 : 0, nullptr, nullptr));
+}
+
+void PulsePlaybackStream::flush() {
+    PulseLock lock(connection_->loop());
+    if (!ended_)
+        begin(pa_stream_flush(stream_.get(), nullptr, nullptr));
+}
+
+double PulsePlaybackStream::heardSeconds() const {
+    PulseLock lock(connection_->loop());
+    pa_usec_t heard = 0;
+    if (ended_ || pa_stream_get_time(stream_.get(), &heard) < 0)
+        return 0;
+    return static_cast<double>(heard) / 1e6;
+}
+
+} // namespace tessarune

@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Tessarune/platform/pulse/PulseConnection.h"
+
+#include <memory>
+#include <optional>
+
+namespace tessarune {
+
+/// A playback stream. The server holds about two tenths of a second; a write goes on when the
+/// loop's thread has passed its last sample to the server.
+class PulsePlaybackStream final : public PlaybackStream {
+  public:
+    static constexpr double serverSeconds = 0.2;
+    static constexpr double openTimeoutSeconds = 5.0;
+
+    PulsePlaybackStream(std::shared_ptr<PulseConnection> connection, Executor executor);
+    ~PulsePlaybackStream() override;
+    PulsePlaybackStream(const PulsePlaybackStream&) = delete;
+    PulsePlaybackStream& operator=(const PulsePlaybackStream&) = delete;
+
+    /// Asks the server for the stream; once, and `opened` tells how it went.
+    void open(const PlaybackRequest& request, OneShot<PulseOutcome> opened);
+
+    Task<void> write(AudioBufferPtr buffer) override;
+    Task<void> drain() override;
+    void setPaused(bool paused) override;
+    void flush() override;
+    double heardSeconds() const override;
+
+  private:
+    static Task<void> writeAll(PulsePlaybackStream* self, AudioBufferPtr buffer);
+    static Task<void> drainAll(PulsePlaybackStream* self);
+
+    PulseOutcome create(const PlaybackRequest& request);
+    void handleState();
+    void feed();
+    void answer(const PulseOutcome& outcome);
+    void end(const PulseOutcome& reason);
+
+    std::shared_ptr<PulseConnection> connection_;
+    Executor executor_;
+    AudioFormat format_;
+
+    // Under the loop's lock:
+    PulseStreamPtr stream_;
+    PulseTimer timer_;
+    std::optional<OneShot<PulseOutcome>> waiter_; // of the opening, the write or the drain
+    std::optional<PulseOutcome> ended_;
+    AudioBufferPtr feeding_;
+    std::size_t fed_ = 0; // samples of `feeding_` that the server has
+};
+
+} // namespace tessarune

@@ -1,0 +1,174 @@
+#include "Tessarune/platform/pulse/PulseRecordStream.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace tessarune {
+
+PulseRecordStream::PulseRecordStream(std::shared_ptr<PulseConnection> connection,
+                                     RecordHandlers handlers, Executor executor)
+    : connection_(std::move(connection)),
+      line_(std::make_shared<Line>(std::move(handlers), std::move(executor))),
+      timer_(connection_->loop()) {}
+
+PulseRecordStream::~PulseRecordStream() {
+    line_->isClosed = true;
+    PulseLock lock(connection_->loop());
+    timer_.cancel();
+    if (stream_) {
+        pa_stream_set_state_callback(stream_.get(), nullptr, nullptr);
+        pa_stream_set_read_callback(stream_.get(), nullptr, nullptr);
+        pa_stream_set_moved_callback(stream_.get(), nullptr, nullptr);
+        pa_stream_disconnect(stream_.get());
+        stream_.reset();
+    }
+}
+
+void PulseRecordStream::open(const RecordRequest& request, OneShot<PulseOutcome> opened) {
+    PulseLock lock(connection_->loop());
+    opened_ = std::move(opened);
+    timer_.set(openTimeoutSeconds, [this] { end(pulseOutcome(PA_ERR_TIMEOUT)); });
+    if (const PulseOutcome outcome = create(request); outcome.status != 0)
+        end(outcome);
+}
+
+std::optional<AudioFormat> PulseRecordStream::sourceFormat(const std::string& sourceID) const {
+    const SoundDevices devices = connection_->devices();
+    if (const SoundInput* input = devices.input(sourceID))
+        return input->format;
+    for (const auto& output : devices.outputs) {
+        if (output.monitorID == sourceID)
+            return output.format;
+    }
+    return std::nullopt;
+}
+
+PulseOutcome PulseRecordStream::create(const RecordRequest& request) {
+    pa_context* context = connection_->context();
+    if (!context)
+        return pulseOutcome(PA_ERR_CONNECTIONTERMINATED);
+    const std::optional<AudioFormat> native = sourceFormat(request.sourceID);
+    const pa_channel_map* nativeMap = connection_->channelMap(request.sourceID);
+    if (!native || !nativeMap)
+        return pulseOutcome(PA_ERR_NOENTITY);
+
+    format_ = {native->sampleRate, request.channels > 0 ? request.channels : nativeMap->channels};
+    pa_channel_map map = *nativeMap;
+    if (map.channels != format_.channels) {
+        pa_channel_map_init_extend(&map, static_cast<unsigned>(format_.channels),
+                                   PA_CHANNEL_MAP_DEFAULT);
+    }
+    const pa_sample_spec spec{PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(format_.sampleRate),
+                              static_cast<std::uint8_t>(format_.channels)};
+    const double frames = std::max(1.0, std::round(format_.sampleRate * bufferSeconds));
+    samplesPerBuffer_ =
+        static_cast<std::size_t>(frames) * static_cast<std::size_t>(format_.channels);
+    stream_.reset(pa_stream_new(context, request.name.c_str(), &spec, &map));
+    if (!stream_)
+        return pulseOutcome(pa_context_errno(context));
+
+    pa_stream_set_state_callback(
+        stream_.get(),
+        [](pa_stream*, void* self) { static_cast<PulseRecordStream*>(self)->handleState(); }, this);
+    pa_stream_set_read_callback(
+        stream_.get(),
+        [](pa_stream*, std::size_t, void* self) {
+            static_cast<PulseRecordStream*>(self)->handleData();
+        },
+        this);
+    // The server was asked not to; if it moves the stream all the same, this is another sound.
+    pa_stream_set_moved_callback(
+        stream_.get(),
+        [](pa_stream*, void* self) {
+            static_cast<PulseRecordStream*>(self)->end(pulseOutcome(PA_ERR_NOENTITY));
+        },
+        this);
+
+    pa_buffer_attr attributes{};
+    attributes.maxlength = attributes.tlength = attributes.prebuf = attributes.minreq =
+        static_cast<std::uint32_t>(-1);
+    attributes.fragsize = static_cast<std::uint32_t>(samplesPerBuffer_ * sizeof(float));
+    // A monitor that goes away would otherwise be replaced by the default input, which would record
+    // the room where the user wanted the computer. And a mute that some mixer remembers would look
+    // like silence for ever.
+    constexpr auto flags = static_cast<pa_stream_flags_t>(
+        PA_STREAM_DONT_MOVE | PA_STREAM_ADJUST_LATENCY | PA_STREAM_START_UNMUTED);
+    if (pa_stream_connect_record(stream_.get(), request.sourceID.c_str(), &attributes, flags) < 0)
+        return pulseOutcome(pa_context_errno(context));
+    return {};
+}
+
+void PulseRecordStream::handleState() {
+    switch (pa_stream_get_state(stream_.get())) {
+    case PA_STREAM_READY:
+        timer_.cancel();
+        if (auto opened = std::exchange(opened_, std::nullopt))
+            opened->resume({});
+        break;
+    case PA_STREAM_FAILED:
+    case PA_STREAM_TERMINATED: {
+        const int status = pa_context_errno(pa_stream_get_context(stream_.get()));
+        end(pulseOutcome(status != 0 ? status : PA_ERR_KILLED));
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+void PulseRecordStream::handleData() {
+    while (pa_stream_readable_size(stream_.get()) > 0) {
+        const void* data = nullptr;
+        std::size_t bytes = 0;
+        if (pa_stream_peek(stream_.get(), &data, &bytes) < 0 || bytes == 0)
+            return;
+        append(static_cast<const float*>(data), bytes / sizeof(float));
+        pa_stream_drop(stream_.get());
+    }
+}
+
+void PulseRecordStream::append(const float* samples, std::size_t count) {
+    while (count > 0) {
+        const std::size_t taken = std::min(count, samplesPerBuffer_ - filling_.size());
+        if (samples) {
+            filling_.insert(filling_.end(), samples, samples + taken);
+            samples += taken;
+        } else {
+            filling_.resize(filling_.size() + taken); // a hole in the record: it lasts, but silent
+        }
+        count -= taken;
+        if (filling_.size() == samplesPerBuffer_)
+            deliver();
+    }
+}
+
+void PulseRecordStream::deliver() {
+    AudioBuffer buffer{format_, std::move(filling_)};
+    filling_ = {};
+    filling_.reserve(samplesPerBuffer_);
+    line_->executor.run(
+        [line = line_, shared = std::make_shared<const AudioBuffer>(std::move(buffer))] {
+            if (!line->isClosed && line->handlers.onBuffer)
+                line->handlers.onBuffer(shared);
+        });
+}
+
+void PulseRecordStream::end(const PulseOutcome& reason) {
+    timer_.cancel();
+    if (stream_) {
+        pa_stream_set_state_callback(stream_.get(), nullptr, nullptr);
+        pa_stream_set_read_callback(stream_.get(), nullptr, nullptr);
+        pa_stream_disconnect(stream_.get());
+    }
+    if (auto opened = std::exchange(opened_, std::nullopt)) {
+        opened->resume(reason);
+        return;
+    }
+    line_->executor.run([line = line_, reason] {
+        if (!line->isClosed.exchange(true) && line->handlers.onEnd)
+            line->handlers.onEnd(SoundServerError(reason.status, reason.text));
+    });
+}
+
+} // namespace tessarune

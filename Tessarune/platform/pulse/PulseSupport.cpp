@@ -1,0 +1,41 @@
+#include "Tessarune/platform/pulse/PulseSupport.h"
+
+#include <utility>
+
+namespace tessarune {
+
+static_assert(SoundServerError::accessDenied == PA_ERR_ACCESS);
+static_assert(SoundServerError::noSuchDevice == PA_ERR_NOENTITY);
+static_assert(SoundServerError::connectionRefused == PA_ERR_CONNECTIONREFUSED);
+static_assert(SoundServerError::timeout == PA_ERR_TIMEOUT);
+static_assert(SoundServerError::connectionTerminated == PA_ERR_CONNECTIONTERMINATED);
+static_assert(SoundServerError::streamKilled == PA_ERR_KILLED);
+
+PulseOutcome pulseOutcome(int status) {
+    const char* text = pa_strerror(status);
+    return {status, text ? text : "unknown error"};
+}
+
+void PulseTimer::set(double seconds, std::function<void()> action) {
+    cancel();
+    action_ = std::move(action);
+    timeval due{};
+    pa_timeval_add(pa_gettimeofday(&due), static_cast<pa_usec_t>(seconds * 1e6));
+    event_ = api_->time_new(
+        api_, &due,
+        [](pa_mainloop_api*, pa_time_event*, const timeval*, void* self) {
+            auto* timer = static_cast<PulseTimer*>(self);
+            const auto call = std::move(timer->action_);
+            timer->cancel();
+            call();
+        },
+        this);
+}
+
+void PulseTimer::cancel() {
+    action_ = nullptr;
+    if (auto* event = std::exchange(event_, nullptr))
+        api_->time_free(event);
+}
+
+} // namespace tessarune
