@@ -5,10 +5,32 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
 namespace tessarune {
+
+struct ScriptStep {
+    double at = 0;
+    char kind = 0;
+    std::string text;
+};
+
+/// "100 p text;100.5 f text": at these times a partial, a final, a reset (r) or a cancelled partial
+/// (c). The text is what follows the kind and one blank.
+inline std::vector<ScriptStep> scriptSteps(const std::string& script) {
+    std::vector<ScriptStep> steps;
+    std::istringstream all(script);
+    for (std::string each; std::getline(all, each, ';');) {
+        std::istringstream in(each);
+        ScriptStep& step = steps.emplace_back();
+        in >> step.at >> step.kind;
+        in.get();
+        std::getline(in, step.text, '\0');
+    }
+    return steps;
+}
 
 /// A core on simulated time whose settings a test may change at any moment.
 struct CaptionCoreFixture {
@@ -26,44 +48,42 @@ struct CaptionCoreFixture {
         },
         countingUUIDSource());
 
-    void partial(double at, std::string text, std::int64_t revision = 0) {
-        host.advanceTo(at);
-        core->ingest(ASREvent::partial(std::move(text), revision, at));
+    void final(const std::string& text, double start = 1, double end = 2,
+               std::optional<std::vector<ASRWordTiming>> words = std::nullopt) const {
+        core->ingest(ASREvent::final(text, start, end, EndpointReason::silence, std::move(words)));
     }
 
-    void final(double at, std::string text, double start = 1, double end = 2,
-               std::optional<std::vector<ASRWordTiming>> words = std::nullopt) {
-        host.advanceTo(at);
-        core->ingest(ASREvent::final(std::move(text), start, end, EndpointReason::silence,
-                                     std::move(words)));
+    void play(const std::string& script) {
+        for (const ScriptStep& step : scriptSteps(script)) {
+            host.advanceTo(step.at);
+            if (step.kind == 'p')
+                core->ingest(ASREvent::partial(step.text, 0, step.at));
+            if (step.kind == 'f')
+                final(step.text);
+            if (step.kind == 'r')
+                core->reset(step.at);
+            if (step.kind == 'c')
+                core->cancelPendingPartial();
+        }
     }
 
-    static std::vector<std::string> texts(const CaptionCore::Rows& rows) {
-        std::vector<std::string> texts;
+    static std::string texts(const CaptionCore::Rows& rows) {
+        std::vector<std::string> all;
         for (const CaptionSegment& row : rows)
-            texts.push_back(row.sourceText + std::string(markerSuffix(row.freezeKind)));
-        return texts;
+            all.push_back(row.sourceText + std::string(markerSuffix(row.freezeKind)));
+        return Text::joined(all, "|");
     }
 
     /// "committed / leading / soft / open", rows separated by "|".
     std::string shown() const {
-        return Text::joined(texts(*core->committedSegments), "|") + " / " +
-               Text::joined(texts(*core->liveLeadingSentences), "|") + " / " +
-               Text::joined(texts(*core->softCaptionSegments), "|") + " / " +
-               core->currentPartial->sourceText;
+        return texts(*core->committedSegments) + " / " + texts(*core->liveLeadingSentences) +
+               " / " + texts(*core->softCaptionSegments) + " / " + core->currentPartial->sourceText;
     }
 };
 
-inline std::string word(CaptionCore::Activity activity) {
-    switch (activity) {
-    case CaptionCore::Activity::partialDeduped:
-        return "deduped";
-    case CaptionCore::Activity::partialApplied:
-        return "applied";
-    case CaptionCore::Activity::finalApplied:
-        return "final";
-    }
-    return "";
+inline std::string name(CaptionCore::Activity activity) {
+    const char* names[] = {"deduped", "applied", "final"};
+    return names[static_cast<int>(activity)];
 }
 
 } // namespace tessarune
