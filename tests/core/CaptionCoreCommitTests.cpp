@@ -145,6 +145,11 @@ TEST(CaptionCoreCommitTests, WordEventsFollowTheWordsOfTheWholeUtterance) {
         EXPECT_EQ(final.firstSeenAt, 100.5);
         EXPECT_EQ(final.revisionCount, 1) << "never a leading sentence: the changes of the tail";
         EXPECT_EQ(final.revision, f.core->revision());
+
+        f.play("104 p one two three. x");
+        EXPECT_EQ(f.shown(), "one two three. 🔒|four five. 🏁 / one two three. /  / x");
+        f.final("one");
+        EXPECT_EQ(wordsOf(*f.core, 2), "one 104.0 _ _-_") << "a new utterance knows nothing";
     }
 }
 
@@ -158,6 +163,7 @@ TEST(CaptionCoreCommitTests, SkippedSentencesUseUpTheirWordsAndTheirMeta) {
     EXPECT_EQ(f.shown(), "A one. 🔒|B two. 🏁|C three. 🏁 /  /  / ");
     // The frozen sentence took the first two positions, and the skipped one took two more.
     EXPECT_EQ(wordsOf(*f.core, 1), "B 101.0 _ 4.0-4.5, two. 101.0 _ 5.0-5.5");
+    EXPECT_EQ(f.core->committedSegments->at(1).firstSeenAt, 101);
     EXPECT_EQ(f.core->committedSegments->at(1).revisionCount, 1);
     EXPECT_EQ(f.core->committedSegments->at(2).revisionCount, 0);
 

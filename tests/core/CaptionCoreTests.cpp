@@ -161,10 +161,12 @@ TEST(CaptionCoreTests, SoftCaptionsAppearAndAreWithdrawn) {
     EXPECT_EQ(trace.since("soft"), "soft reset softPrefixMismatch 0 2 changed "
                                    "'If it snows today, we stay at home,', soft");
     EXPECT_EQ(f.shown(), " /  /  / If it snows today, we stay at home, then we sleep");
-    f.play("100.7 p It rained, we stayed at home, then;101.1 p It rained, we stayed at home, then");
+    f.play("100.7 p If it snows today, we stay at home, then we eat");
+    EXPECT_EQ(trace.since("soft"), "") << "all clocks run anew";
+    f.play("100.8 p It rained, we stayed at home, then;101.2 p It rained, we stayed at home, then");
     trace.since();
     f.config.softCaptionEnabled = false;
-    f.play("101.2 p It rained, we stayed at home, then");
+    f.play("101.3 p It rained, we stayed at home, then");
     EXPECT_EQ(trace.since("soft"),
               "soft partial - 0 1 changed 'It rained, we stayed at home,', soft");
     EXPECT_EQ(f.shown(), " /  /  / It rained, we stayed at home, then");
