@@ -39,6 +39,8 @@ class FileSystem {
 
     /// The whole content. Throws for a missing file and for a folder.
     virtual std::string read(const Path& path) = 0;
+    /// At most `count` bytes from `offset` on; fewer where the file ends.
+    virtual std::string read(const Path& path, std::uint64_t offset, std::size_t count) = 0;
 
     /// Replaces the file as a whole: whoever reads it sees the old bytes or the new ones, also
     /// after a loss of power; once it returns, the new bytes are on the disk.

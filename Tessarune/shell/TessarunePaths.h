@@ -13,6 +13,12 @@ struct TessarunePaths {
     /// `$XDG_DATA_HOME/Tessarune`, by default `~/.local/share/Tessarune`.
     std::filesystem::path appSupportBase() const;
     std::filesystem::path logs() const { return appSupportBase() / "Logs"; }
+    std::filesystem::path recordings() const { return appSupportBase() / "Recordings"; }
+    std::filesystem::path transcripts() const { return appSupportBase() / "Transcripts"; }
+    std::filesystem::path diagnostics() const { return appSupportBase() / "Diagnostics"; }
+    std::filesystem::path recordingIndex() const { return appSupportBase() / "recordings.json"; }
+    /// Held by the one program that may write here.
+    std::filesystem::path lock() const { return appSupportBase() / "Tessarune.lock"; }
     std::filesystem::path models() const { return appSupportBase() / "Models"; }
 
     /// `$XDG_CONFIG_HOME/Tessarune/settings.json`, by default under `~/.config`.

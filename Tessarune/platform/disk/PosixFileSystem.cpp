@@ -72,6 +72,23 @@ class Descriptor {
             all.append(block, static_cast<std::size_t>(count));
         }
     }
+    std::string readSome(std::uint64_t offset, std::size_t count) const {
+        std::string some(count, '\0');
+        std::size_t filled = 0;
+        while (filled < count) {
+            const ssize_t got = ::pread(number_, some.data() + filled, count - filled,
+                                        static_cast<off_t>(offset + filled));
+            if (got < 0 && errno == EINTR)
+                continue;
+            if (got < 0)
+                fail("cannot read", path_);
+            if (got == 0)
+                break;
+            filled += static_cast<std::size_t>(got);
+        }
+        some.resize(filled);
+        return some;
+    }
     void synchronize() const {
         if (::fsync(number_) != 0)
             fail("cannot flush", path_);
@@ -122,6 +139,10 @@ fs::path temporaryBeside(const fs::path& path) {
 
 std::string PosixFileSystem::read(const Path& path) {
     return Descriptor(path, O_RDONLY).readAll();
+}
+
+std::string PosixFileSystem::read(const Path& path, std::uint64_t offset, std::size_t count) {
+    return Descriptor(path, O_RDONLY).readSome(offset, count);
 }
 
 void PosixFileSystem::writeAtomically(const Path& path, std::string_view bytes) {

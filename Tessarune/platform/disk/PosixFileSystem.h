@@ -8,6 +8,7 @@ namespace tessarune {
 class PosixFileSystem final : public FileSystem {
   public:
     std::string read(const Path& path) override;
+    std::string read(const Path& path, std::uint64_t offset, std::size_t count) override;
     void writeAtomically(const Path& path, std::string_view bytes) override;
     std::unique_ptr<AppendFile> create(const Path& path) override;
     std::unique_ptr<AppendFile> openForAppending(const Path& path) override;

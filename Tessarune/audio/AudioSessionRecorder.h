@@ -1,0 +1,124 @@
+#pragma once
+
+#include "Tessarune/audio/AudioBuffer.h"
+#include "Tessarune/audio/AudioConverter.h"
+#include "Tessarune/audio/RecordingMetadata.h"
+#include "Tessarune/shell/FileSystem.h"
+#include "Tessarune/shell/TessaruneFileLogger.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/host/Task.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// Writes a session's sound to a WAV file as it comes and keeps that file playable: a crash costs
+/// at most the last 2,000,000 bytes, and the next start of the program gets back even those.
+///
+/// `start` waits for the writer's queue; `append`, `appendSilence` and `stop` return at once. All
+/// may be called from any thread, callbacks run on the queue and are set before `start`. A failing
+/// disk never ends the session: `onError` says so once, what is written stays, and the recording
+/// ends there. A recorder serves one session after the other.
+class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRecorder> {
+  public:
+    /// What the recorder needs of the catalog, which lies above it.
+    struct Catalog {
+        std::filesystem::path recordingsFolder;
+        std::function<void()> prepareDirectories; ///< throws std::system_error
+        std::function<void(const RecordingMetadata&)> upsert;
+        /// Whether an entry's audio has this base name already, with any extension.
+        std::function<bool(const std::string& baseName)> isNameTaken;
+    };
+
+    static constexpr int maxConsecutiveWriteFailures = 3;
+    static constexpr std::uint64_t headerFlushIntervalBytes = 2'000'000;
+    /// Recording stops while this much is left of the disk, for the transcripts that follow.
+    static constexpr std::uint64_t reservedDiskBytes = 16'000'000;
+    static constexpr const char* audioFormat = "wav/pcm_s16le";
+
+    /// Host, disk and logger must outlive the recorder.
+    static std::shared_ptr<AudioSessionRecorder> create(Host& host, FileSystem& files,
+                                                        TessaruneFileLogger& logger,
+                                                        Catalog catalog,
+                                                        MakeAudioConverter makeConverter);
+    ~AudioSessionRecorder();
+    AudioSessionRecorder(const AudioSessionRecorder&) = delete;
+    AudioSessionRecorder& operator=(const AudioSessionRecorder&) = delete;
+
+    std::function<void(const RecordingMetadata&)> onStarted;
+    std::function<void(const RecordingMetadata&)> onFinished;
+    std::function<void(const std::string&)> onError; ///< a text for the user
+
+    /// Begins a new file and its catalog entry. Throws std::system_error if the file cannot be
+    /// made. On a full disk it does not throw: the session goes on without a recording, which
+    /// `onError` says, and `onStarted` does not come.
+    void start();
+
+    /// The first buffer decides the file's sample rate; others are converted to it.
+    void append(AudioBufferPtr buffer);
+
+    /// Puts silence where the capture lost sound, so that later times stay right.
+    void appendSilence(double seconds);
+
+    /// Closes the file without waiting. Nothing happens if none is open.
+    void stop();
+
+    /// Closes the file and gives its entry, if one was open. Never throws. Goes on on the main
+    /// queue.
+    Task<std::optional<RecordingMetadata>> finishAndStop();
+
+  private:
+    AudioSessionRecorder(Host& host, FileSystem& files, TessaruneFileLogger& logger,
+                         Catalog catalog, MakeAudioConverter makeConverter);
+
+    static Task<std::optional<RecordingMetadata>>
+    finish(std::shared_ptr<AudioSessionRecorder> self);
+    void startOnQueue();
+    void openFile(RecordingMetadata item);
+    void appendOnQueue(const AudioBuffer& buffer);
+    void appendSilenceOnQueue(double seconds);
+    std::optional<RecordingMetadata> stopOnQueue();
+
+    void observeFormat(const AudioBuffer& buffer);
+    std::vector<float> atRateOfFile(std::vector<float> mono, double sampleRate);
+    void write(const std::string& pcm);
+    void keepHeaderCurrent();
+    void patchHeader();
+    void handleWriteFailure(const char* event, const std::exception& error);
+    void disableWriting(const std::string& error);
+    void reportFileError(const char* event, const std::exception& error);
+    void reportFullDisk(const RecordingMetadata& item, const std::exception& error);
+    std::filesystem::path freshPath() const;
+    int headerSampleRate() const;
+
+    Host& host_;
+    FileSystem& files_;
+    TessaruneFileLogger& logger_;
+    Catalog catalog_;
+    MakeAudioConverter makeConverter_;
+    std::shared_ptr<SerialQueue> queue_;
+
+    // The queue's alone from here on.
+    std::unique_ptr<AppendFile> fileHandle_;
+    std::optional<RecordingMetadata> item_;
+    double observedSampleRate_ = 0; // 0 until the first buffer
+    std::uint64_t dataByteCount_ = 0;
+    std::uint64_t lastHeaderFlushBytes_ = 0;
+    int writeFailureCount_ = 0;
+    int consecutiveWriteFailures_ = 0;
+    int finalizeFailureCount_ = 0;
+    bool didNotifyFirstWriteFailure_ = false;
+    bool didNotifyWriteDegraded_ = false;
+    bool recordingWriteDisabled_ = false;
+    bool headerPatchIsFailing_ = false;
+    std::unique_ptr<AudioConverter> converter_; // while buffers come at another rate
+    double converterRate_ = 0;
+};
+
+} // namespace tessarune

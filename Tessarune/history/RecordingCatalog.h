@@ -1,0 +1,167 @@
+#pragma once
+
+#include "Tessarune/audio/AudioSessionRecorder.h"
+#include "Tessarune/audio/RecordingMetadata.h"
+#include "Tessarune/history/HistoryWordTimeline.h"
+#include "Tessarune/history/RecordingTranscriptSaveOutcome.h"
+#include "Tessarune/shell/FileSystem.h"
+#include "Tessarune/shell/TessaruneFileLogger.h"
+#include "Tessarune/shell/TessarunePaths.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/observation/NotificationCenter.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tessarune {
+
+class RecordingIndex;
+
+namespace NotificationName {
+/// After a change of the index that was saved. No object.
+inline constexpr std::string_view recordingCatalogDidChange = "recordingCatalogDidChange";
+/// After a recording's transcripts were saved. The object is the recording's UUID.
+inline constexpr std::string_view recordingTranscriptDidUpdate = "recordingTranscriptDidUpdate";
+} // namespace NotificationName
+
+/// The durable record of every session that produced sound: the index "recordings.json", the audio
+/// in "Recordings", and the sidecars in "Transcripts", whose names begin with the recording's UUID.
+/// docs/data-directory.md has the formats.
+///
+/// Any thread may call. Changes of the index and the guarded saves run one after the other on the
+/// queue "Tessarune.RecordingCatalog.index", and the caller waits; plain saves of sidecars and all
+/// reading happen on the calling thread and rely on files being replaced as a whole. Notifications
+/// are posted on the calling thread afterwards. Only one process may write a data folder: the
+/// program takes its DataFolderLock first.
+///
+/// What is not understood is kept: unknown keys of an entry and elements that are no entries stay
+/// in the index as they are, and an index that cannot be read at all is copied aside, as
+/// "recordings.json.unreadable-<stamp>", before anything replaces it.
+///
+/// Failures never throw, except from `prepareDirectories`; they are logged, and operations say so.
+class RecordingCatalog {
+  public:
+    /// All of these must outlive the catalog.
+    RecordingCatalog(Host& host, FileSystem& files, TessarunePaths paths,
+                     TessaruneFileLogger& logger, NotificationCenter& notifications);
+    ~RecordingCatalog();
+    RecordingCatalog(const RecordingCatalog&) = delete;
+    RecordingCatalog& operator=(const RecordingCatalog&) = delete;
+
+    const TessarunePaths& paths() const { return paths_; }
+
+    /// Makes the folders for audio and diagnostics. Throws std::system_error.
+    void prepareDirectories();
+
+    /// What the recorder gets of this catalog, which must outlive it.
+    AudioSessionRecorder::Catalog forRecorder();
+
+    // Index. The Booleans say whether the change was saved.
+
+    /// The entries as they stand on the disk, newest first. An unreadable index is an empty list.
+    std::vector<RecordingMetadata> recordings();
+    std::optional<RecordingMetadata> recording(const UUID& id);
+
+    /// Replaces the entry of the same id or adds one. A stored note outlives an absent one.
+    bool upsert(const RecordingMetadata& recording);
+    /// Removes a recording with all it owns: audio, sidecars, diagnostics runs, log lines.
+    bool deleteRecording(const UUID& id);
+    /// An empty note is stored as none. An unknown id changes nothing.
+    bool setNote(const std::string& note, const UUID& id);
+    bool deleteAll();
+
+    // Sidecars. False if the sidecar could not be saved; the earlier one is then still there.
+
+    bool saveTranscript(std::string_view text, const UUID& id);
+    /// Trimmed; an empty one removes the sidecar.
+    bool saveBilingualTranscript(std::string_view text, const UUID& id);
+    /// A timeline without words and sentences removes the sidecar.
+    bool saveWordTimeline(const std::optional<HistoryWordTimeline>& timeline, const UUID& id);
+
+    /// Replace the transcripts of a recording that still exists; no deletion can come between. The
+    /// second leaves the bilingual text alone.
+    RecordingTranscriptSaveOutcome
+    saveRefinedTranscript(std::string_view sourceText, std::string_view bilingualText,
+                          const std::optional<HistoryWordTimeline>& wordTimeline, const UUID& id);
+    RecordingTranscriptSaveOutcome
+    saveRefinedSourceTranscript(std::string_view sourceText,
+                                const std::optional<HistoryWordTimeline>& wordTimeline,
+                                const UUID& id);
+
+    std::filesystem::path transcriptURL(const UUID& id) const;
+    std::filesystem::path bilingualTranscriptURL(const UUID& id) const;
+    std::filesystem::path wordTimelineURL(const UUID& id) const;
+    /// The session's journal, see SessionJournal.
+    std::filesystem::path journalURL(const UUID& id) const;
+    /// The entry itself, from which a lost index is made again.
+    std::filesystem::path entryURL(const UUID& id) const;
+
+    /// Posts `recordingTranscriptDidUpdate`, after a live save.
+    void announceTranscript(const UUID& id);
+
+    // Diagnostics
+
+    /// The newest run that names the recording.
+    std::optional<std::filesystem::path> diagnosticsRunURL(const UUID& id);
+    /// All of them, newest first.
+    std::vector<std::filesystem::path> diagnosticsRunURLs(const std::set<UUID>& matching);
+
+    // Repairs at launch, before anybody else uses the catalog, in this order (RecordingRepair does
+    // them all).
+
+    struct IndexRebuild {
+        std::filesystem::path keptAside; ///< empty if there was no index at all
+        std::size_t recordings = 0;      ///< entries found again
+    };
+    /// Makes a lost or unreadable index again, from what can still be read of it and from the
+    /// entries beside the transcripts. Nothing if the index is fine.
+    std::optional<IndexRebuild> rebuildUnreadableIndex();
+    /// Gives each entry without an end one, from its duration.
+    void healStaleRecordings();
+    /// Drops entries whose audio is gone.
+    void reconcileIndex();
+    /// Removes sidecars of recordings that the index does not know.
+    void cleanupOrphanTranscripts();
+
+  private:
+    enum class Reading { good, missing, unreadable };
+    struct Loaded;
+    struct SidecarOperation;
+
+    Loaded load();
+    Loaded loadOrRebuild(bool writes);
+    std::filesystem::path keepAside(const std::string& bytes, bool canBeCopied);
+    RecordingIndex rebuilt(std::string_view damagedIndex);
+    bool mutateIndex(const std::function<void(RecordingIndex&)>& mutate);
+    void writeIndex(RecordingIndex& index);
+    void writeEntry(const RecordingIndex& index, const UUID& id);
+    void removeOwned(const RecordingMetadata& recording);
+    void removeQuietly(const std::filesystem::path& path);
+    std::vector<std::filesystem::path> audioArtifactURLs(const RecordingMetadata& recording) const;
+    bool saveSidecar(const SidecarOperation& operation, const UUID& id,
+                     const std::function<void()>& save);
+    void recordSidecarSaveFailure(const SidecarOperation& operation, const UUID& id,
+                                  const std::exception& error);
+    void writeText(const std::filesystem::path& path, std::string_view text);
+    void writeBilingual(std::string_view text, const UUID& id);
+    void writeTimeline(const std::optional<HistoryWordTimeline>& timeline, const UUID& id);
+    RecordingTranscriptSaveOutcome saveGuarded(const SidecarOperation& operation,
+                                               std::string_view skippedText, const UUID& id,
+                                               const std::function<void()>& save);
+    std::filesystem::path sidecar(const UUID& id, std::string_view suffix) const;
+
+    Host& host_;
+    FileSystem& files_;
+    TessarunePaths paths_;
+    TessaruneFileLogger& logger_;
+    NotificationCenter& notifications_;
+    std::shared_ptr<SerialQueue> queue_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string_view>
+
+namespace tessarune {
+
+/// What became of transcripts that were to replace those of a recording.
+enum class RecordingTranscriptSaveOutcome {
+    saved,
+    skippedDeleted, ///< the recording is gone, and so is what was written for it
+    failed
+};
+
+constexpr std::string_view name(RecordingTranscriptSaveOutcome outcome) {
+    switch (outcome) {
+    case RecordingTranscriptSaveOutcome::saved:
+        return "saved";
+    case RecordingTranscriptSaveOutcome::skippedDeleted:
+        return "skippedDeleted";
+    case RecordingTranscriptSaveOutcome::failed:
+        return "failed";
+    }
+    return {};
+}
+
+} // namespace tessarune

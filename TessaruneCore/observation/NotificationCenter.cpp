@@ -1,0 +1,53 @@
+#include "TessaruneCore/observation/NotificationCenter.h"
+
+#include <map>
+#include <mutex>
+#include <vector>
+
+namespace tessarune {
+
+struct NotificationCenter::Observation::Observers {
+    using Key = std::pair<std::string, std::size_t>;
+    std::mutex mutex;
+    std::size_t next = 0;
+    std::map<Key, std::shared_ptr<const Handler>> handlers;
+};
+
+NotificationCenter::NotificationCenter()
+    : observers_(std::make_shared<Observation::Observers>()) {}
+
+void NotificationCenter::Observation::end() {
+    const auto observers = std::exchange(observers_, {}).lock();
+    if (!observers)
+        return;
+    std::shared_ptr<const Handler> released; // its captures are destroyed outside the lock
+    std::lock_guard lock(observers->mutex);
+    if (auto node = observers->handlers.extract(key_))
+        released = std::move(node.mapped());
+}
+
+NotificationCenter::Observation NotificationCenter::observe(std::string_view name,
+                                                                   Handler handler) {
+    Observation observation;
+    observation.observers_ = observers_;
+    std::lock_guard lock(observers_->mutex);
+    observation.key_ = {std::string(name), observers_->next++};
+    observers_->handlers.emplace(observation.key_,
+                                 std::make_shared<const Handler>(std::move(handler)));
+    return observation;
+}
+
+void NotificationCenter::post(std::string_view name,
+                                     const NotificationObject& object) const {
+    std::vector<std::shared_ptr<const Handler>> called;
+    {
+        std::lock_guard lock(observers_->mutex);
+        auto at = observers_->handlers.lower_bound({std::string(name), 0});
+        for (; at != observers_->handlers.end() && at->first.first == name; ++at)
+            called.push_back(at->second);
+    }
+    for (const auto& handler : called)
+        (*handler)(object);
+}
+
+} // namespace tessarune
