@@ -1,0 +1,31 @@
+#include "Tessarune/session/LiveCaptionCoreFactory.h"
+
+#include "TessaruneCore/recognition/ModelCatalog.h"
+
+namespace tessarune::LiveCaptionCoreFactory {
+
+namespace {
+
+CaptionCore::Config config(const AppSettings& settings) {
+    CaptionCore::Config config(*settings.sentenceSegmentation, *settings.trueFreeze, false);
+    config.softClauseLevel = *settings.clauseLevelSegmentation;
+    config.freezeStableSeconds = *settings.freezeStableSeconds;
+    config.duplicateCommitWindowSeconds = *settings.duplicateCommitWindowSeconds;
+    config.softCaptionEnabled = *settings.softCaptionEnabled;
+    config.softCaptionStableSeconds = *settings.softCaptionStableSeconds;
+    return config;
+}
+
+EngineCapabilities capabilities(const AppSettings& settings) {
+    const auto option = ModelCatalog::recognitionOption(*settings.selectedRecognitionOptionID);
+    return option ? option->capabilities() : EngineCapabilities{};
+}
+
+} // namespace
+
+CaptionCore make(Host& host, const AppSettings& settings) {
+    return CaptionCore::onHost([&settings] { return config(settings); },
+                               [&settings] { return capabilities(settings); }, host);
+}
+
+} // namespace tessarune::LiveCaptionCoreFactory

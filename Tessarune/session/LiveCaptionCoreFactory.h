@@ -1,0 +1,13 @@
+#pragma once
+
+#include "Tessarune/shell/AppSettings.h"
+#include "TessaruneCore/CaptionCore.h"
+
+namespace tessarune::LiveCaptionCoreFactory {
+
+/// A core that asks `settings` whenever it needs a value, so that a change reaches a running
+/// session at once. An unknown recognition option gives a recogniser that promises nothing. Main
+/// queue; the host and the settings outlive the core.
+CaptionCore make(Host& host, const AppSettings& settings);
+
+} // namespace tessarune::LiveCaptionCoreFactory
