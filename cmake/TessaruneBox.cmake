@@ -9,6 +9,7 @@ function(tessarune_box target)
   if(target STREQUAL "TessaruneCore")
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp" "${CMAKE_CURRENT_SOURCE_DIR}/*.h")
   endif()
+  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$") # a program's, not the box's
   if(NOT sources)
     add_library(${target} INTERFACE)
     target_link_libraries(${target} INTERFACE tessarune-options ${BOX_USES})

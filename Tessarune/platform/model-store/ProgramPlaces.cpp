@@ -36,4 +36,9 @@ std::vector<Path> modelFolders() {
     return places("TESSARUNE_MODELS", TESSARUNE_DATADIR_FROM_BIN "/tessarune/models", "models");
 }
 
+std::vector<Path> sampleFolders() {
+    return places("TESSARUNE_SAMPLES", TESSARUNE_DATADIR_FROM_BIN "/tessarune/samples",
+                  "engines/samples");
+}
+
 } // namespace tessarune::ProgramPlaces

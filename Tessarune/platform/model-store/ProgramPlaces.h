@@ -14,4 +14,7 @@ std::vector<std::filesystem::path> engineFolders();
 /// Folders that are laid out as a model store, best first; they need not exist.
 std::vector<std::filesystem::path> modelFolders();
 
+/// Folders with the sample speech, best first; they need not exist.
+std::vector<std::filesystem::path> sampleFolders();
+
 } // namespace tessarune::ProgramPlaces

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Tessarune/platform/pulse/PrivateSoundServer.h"
+#include "Tessarune/platform/pulse/PulseSoundServer.h"
+#include "TessaruneCore/host/Task.h"
+
+#include <memory>
+#include <optional>
+
+namespace tessarune {
+
+/// Something to caption on a computer without a sound server: a private server that nobody hears,
+/// and the sample speech played into it. Main queue.
+class DemoSound {
+  public:
+    /// Starts the server. Throws with a text that says what is missing.
+    explicit DemoSound(Host& host);
+
+    SoundServer& server() { return server_; }
+
+    /// Plays the sample, once. Goes on when it has been heard.
+    Task<void> play();
+
+  private:
+    Host& host_;
+    PrivateSoundServer private_;
+    PulseSoundServer server_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,68 @@
+#include "Terminal/Program.h"
+
+#include "Terminal/CaptionsRun.h"
+#include "Terminal/ModelCommands.h"
+#include "Terminal/SourcesCommand.h"
+#include "Tessarune/platform/media/SwresampleConverter.h"
+#include "Tessarune/platform/model-store/ProgramPlaces.h"
+#include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+
+#include <utility>
+
+namespace tessarune {
+
+Program::Program()
+    : defaults(files, TessarunePaths::settingsFile()),
+      settings(defaults),
+      logger(host, files, paths),
+      models(files, paths.models(), ProgramPlaces::modelFolders()),
+      installer(host, models),
+      speechModels(models, installer, [this] { return *settings.speechModel; }) {
+    TessaruneLog::setDiagnosticsLevel(*settings.diagnosticsLevel);
+    logger.bootstrap({{"version", std::string(TESSARUNE_VERSION)},
+                      {"diagnosticsLevel", std::string(storageName(*settings.diagnosticsLevel))},
+                      {"baseDirectory", paths.appSupportBase().string()}});
+}
+
+SpeechPlatform Program::speechPlatform() {
+    // The engine asks for the choice on a thread of its own, where the settings may not be read.
+    auto choice = [name = *settings.speechModel] { return name; };
+    return {host, makeSpeechEngine(host, models, std::move(choice)), speechModels,
+            makeSwresampleConverter, logger};
+}
+
+namespace {
+
+/// A command's task brought to an end of the main loop.
+Task<void> runThenQuit(Program& program, Task<int> task) {
+    const int status = co_await task;
+    program.host.quit(status);
+}
+
+struct Dispatch {
+    Program& program;
+    const TerminalOptions& options;
+
+    Task<int> operator()(const CaptionsCommand& command) const {
+        return runCaptions(program, options, command);
+    }
+    Task<int> operator()(const ListSourcesCommand&) const { return listSources(program, options); }
+    Task<int> operator()(const ListModelsCommand&) const { return listModels(program, options); }
+    Task<int> operator()(const InstallModelCommand& command) const {
+        return installModel(program, options, command.name);
+    }
+    Task<int> operator()(const RemoveModelCommand& command) const {
+        return removeModel(program, command.name);
+    }
+};
+
+} // namespace
+
+int run(Program& program, const TerminalOptions& options) {
+    Task<int> task = std::visit(Dispatch{program, options}, options.command);
+    spawn(Executor::main(program.host), runThenQuit(program, std::move(task)));
+    return program.host.run();
+}
+
+} // namespace tessarune

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "Terminal/TerminalOptions.h"
+#include "Tessarune/platform/disk/JSONUserDefaults.h"
+#include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "Tessarune/platform/host/LoopHost.h"
+#include "Tessarune/platform/model-store/ModelInstaller.h"
+#include "Tessarune/platform/model-store/ModelStore.h"
+#include "Tessarune/platform/speech-engine/SpeechModelInventory.h"
+#include "Tessarune/shell/AppSettings.h"
+#include "Tessarune/shell/TessaruneFileLogger.h"
+#include "Tessarune/speech/SpeechPlatform.h"
+
+namespace tessarune {
+
+/// The real things that the terminal program works with, made once and in the order in which they
+/// need each other. Main queue.
+struct Program {
+    Program();
+
+    LoopHost host;
+    PosixFileSystem files;
+    TessarunePaths paths;
+    JSONUserDefaults defaults;
+    AppSettings settings;
+    TessaruneFileLogger logger;
+    ModelStore models;
+    ModelInstaller installer;
+    SpeechModelInventory speechModels;
+
+    /// What a recogniser works with. The choice of the model is that of this moment.
+    SpeechPlatform speechPlatform();
+};
+
+/// Runs what the user asked for, and gives the status to end with.
+int run(Program& program, const TerminalOptions& options);
+
+} // namespace tessarune

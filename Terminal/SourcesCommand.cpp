@@ -1,0 +1,68 @@
+#include "Terminal/SourcesCommand.h"
+
+#include "Terminal/ExitStatus.h"
+#include "Tessarune/platform/pulse/PulseSoundServer.h"
+#include "TessaruneCore/text/TextColumns.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace tessarune {
+
+namespace {
+
+struct Row {
+    std::string source;
+    std::string name;
+    bool isDefault = false;
+};
+
+std::vector<Row> rows(const SoundDevices& devices) {
+    std::vector<Row> list;
+    if (const auto* output = devices.defaultOutput())
+        list.push_back({"system", output->name, true});
+    for (const auto& input : devices.inputs)
+        list.push_back({"mic:" + input.id, input.name, input.id == devices.defaultInputID});
+    return list;
+}
+
+void print(const std::vector<Row>& list, bool json) {
+    std::size_t width = 0;
+    for (const auto& row : list)
+        width = std::max(width, Text::columns(row.source));
+    for (const auto& row : list) {
+        if (json) {
+            const nlohmann::ordered_json line = {{"type", "source"},
+                                                 {"source", row.source},
+                                                 {"name", row.name},
+                                                 {"default", row.isDefault}};
+            std::puts(line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+            continue;
+        }
+        const std::string padding(width - Text::columns(row.source) + 2, ' ');
+        std::printf("%s%s%s%s\n", row.source.c_str(), padding.c_str(), row.name.c_str(),
+                    row.isDefault ? "  (default)" : "");
+    }
+}
+
+} // namespace
+
+Task<int> listSources(Program& program, const TerminalOptions& options) {
+    PulseSoundServer server;
+    try {
+        Task<void> connecting = server.connect(Executor::main(program.host));
+        co_await connecting;
+    } catch (const SoundServerError& error) {
+        std::fprintf(stderr, "tessarune-terminal: no sound server: %s\n", error.what());
+        co_return static_cast<int>(ExitStatus::noSoundServer);
+    }
+    const std::vector<Row> list = rows(server.devices());
+    if (list.empty())
+        std::fputs("The sound server has no outputs and no microphones.\n", stderr);
+    print(list, options.json);
+    co_return static_cast<int>(ExitStatus::ok);
+}
+
+} // namespace tessarune
