@@ -24,12 +24,12 @@ namespace detail {
 consteval std::array<Traits, 128> makeAsciiTraits() {
     std::array<Traits, 128> traits{};
     for (char c : {'\t', '\n', '\v', '\f', '\r', ' '})
-        traits[static_cast<std::size_t>(c)] = whiteSpace;
+        traits[static_cast<unsigned char>(c)] = whiteSpace;
     traits['.'] = terminal | fullStop;
     traits['?'] = traits['!'] = terminal;
     traits[','] = traits[';'] = clause;
     for (char c : {'"', '\'', ')', ']', '}'})
-        traits[static_cast<std::size_t>(c)] = closing | wrapsWord;
+        traits[static_cast<unsigned char>(c)] = closing | wrapsWord;
     return traits;
 }
 inline constexpr std::array<Traits, 128> asciiTraits = makeAsciiTraits();

@@ -39,9 +39,9 @@ consteval std::array<char, 128> makeAsciiContributions() {
     for (std::size_t i = 1; i < table.size(); ++i)
         table[i] = static_cast<char>(i >= 'A' && i <= 'Z' ? i + ('a' - 'A') : i);
     for (char c : {'.', ',', '?', '!', ';', ':', '"', '\'', '-'})
-        table[static_cast<std::size_t>(c)] = 0;
+        table[static_cast<unsigned char>(c)] = 0;
     for (char c : {'\t', '\n', '\v', '\f', '\r'})
-        table[static_cast<std::size_t>(c)] = ' ';
+        table[static_cast<unsigned char>(c)] = ' ';
     return table;
 }
 constexpr std::array<char, 128> asciiContributions = makeAsciiContributions();
