@@ -146,14 +146,14 @@ void CaptionCore::resetCounters() {
 }
 
 void CaptionCore::clearDebugEvents() {
-    debugEvents = std::vector<DebugEvent>();
+    debugEvents = DebugEvents();
 }
 
 void CaptionCore::logEvent(std::string_view kind, std::string_view text) {
-    debugEvents.mutate([&](std::vector<DebugEvent>& events) {
+    debugEvents.mutate([&](DebugEvents& events) {
         events.push_back({newUUID_(), wallClock_(), std::string(kind), std::string(text)});
-        if (events.size() > maxDebugEvents)
-            events.erase(events.begin(), events.end() - maxDebugEvents);
+        while (events.size() > maxDebugEvents)
+            events.pop_front();
     });
 }
 

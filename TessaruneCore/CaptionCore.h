@@ -15,6 +15,7 @@
 #include "TessaruneCore/segmentation/HeuristicBoundaryEngine.h"
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -67,6 +68,7 @@ class CaptionCore {
     };
 
     using WordEvent = tessarune::WordEvent;
+    using DebugEvents = std::deque<DebugEvent>;
     using Rows = std::vector<CaptionSegment>;
     using WordEvents = std::unordered_map<UUID, std::vector<WordEvent>>;
     using ConfigProvider = std::function<Config()>;
@@ -101,7 +103,7 @@ class CaptionCore {
     Published<CaptionSegment> currentPartial; ///< the open rest; its text may be empty
     Published<std::int64_t> lockCount;        ///< rows frozen since `resetCounters`
     Published<std::int64_t> finalCount;       ///< rows committed by finals since `resetCounters`
-    Published<std::vector<DebugEvent>> debugEvents; ///< at most 300, newest last
+    Published<DebugEvents> debugEvents;       ///< at most 300, newest last
 
     /// The last revision given out.
     std::int64_t revision() const { return revision_; }
