@@ -66,7 +66,7 @@ CaptionOutput makeOutput(Program& program, const TerminalOptions& options) {
 void useFile(Run& run, const FileSource& file) {
     auto pace = FileSoundServer::Pace::realTime();
     if (file.fast) {
-        pace = FileSoundServer::Pace::following([&run] { return run.captions->fedSeconds(); },
+        pace = FileSoundServer::Pace::following([&run] { return run.captions->takenSeconds(); },
                                                 fastLead);
     }
     run.server =

@@ -101,8 +101,14 @@ Task<void> LiveCaptions::finish() {
         eventLog_->close();
 }
 
-double LiveCaptions::fedSeconds() const {
-    return transcriber_ ? transcriber_->perfStats()["perfFedAudioSeconds"] : 0;
+double LiveCaptions::takenSeconds() const {
+    if (!transcriber_)
+        return 0;
+    const PerfStats stats = transcriber_->perfStats();
+    const double batches = stats.at("analyzerInputBatches");
+    if (batches == 0)
+        return 0;
+    return stats.at("convertedAudioSeconds") * (1 - stats.at("analyzerInputsWaiting") / batches);
 }
 
 void LiveCaptions::take(const ASREvent& event) {

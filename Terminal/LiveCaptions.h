@@ -43,8 +43,8 @@ class LiveCaptions final : public SystemAudioCaptureDelegate,
     /// Ends the capture, waits (bounded) for the last words and fixes what is still live.
     Task<void> finish();
 
-    /// Seconds of sound that the recogniser has been given so far. Any thread.
-    double fedSeconds() const;
+    /// Seconds of sound that the engine has taken so far. Any thread.
+    double takenSeconds() const;
 
   private:
     LiveCaptions(SpeechPlatform platform, SoundServer& sound, const AppSettings& settings);

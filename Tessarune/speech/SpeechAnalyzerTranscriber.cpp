@@ -142,11 +142,16 @@ void SpeechAnalyzerTranscriber::reset() {
 
 PerfStats SpeechAnalyzerTranscriber::perfStats() const {
     SpeechAnalyzerPerfCounters perf;
+    std::optional<InputContinuation> input;
     {
         std::lock_guard lock(stateLock_);
         perf = state_.perf;
+        input = state_.inputCont;
     }
-    return perf.stats();
+    PerfStats stats = perf.stats();
+    // How far the engine is behind: batches that it has not taken yet.
+    stats["analyzerInputsWaiting"] = input ? static_cast<double>(input->waiting()) : 0;
+    return stats;
 }
 
 bool SpeechAnalyzerTranscriber::isCurrent(std::int64_t generation) const {

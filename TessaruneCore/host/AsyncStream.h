@@ -3,6 +3,7 @@
 #include "TessaruneCore/host/Task.h"
 
 #include <coroutine>
+#include <cstddef>
 #include <deque>
 #include <exception>
 #include <memory>
@@ -49,6 +50,12 @@ class AsyncStream {
     bool isFinished() const {
         std::lock_guard lock(state_->mutex);
         return state_->ended;
+    }
+
+    /// How many elements have arrived and were not taken yet.
+    std::size_t waiting() const {
+        std::lock_guard lock(state_->mutex);
+        return state_->elements.size();
     }
 
     bool operator==(const AsyncStream& other) const { return state_ == other.state_; }
