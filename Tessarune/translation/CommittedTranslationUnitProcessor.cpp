@@ -1,0 +1,228 @@
+#include "Tessarune/translation/CommittedTranslationUnitProcessor.h"
+
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/host/CancellationError.h"
+#include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
+#include "TessaruneCore/translation/TranslatorError.h"
+
+#include <optional>
+#include <variant>
+
+namespace tessarune::CommittedTranslationUnitProcessor {
+
+namespace {
+
+using Severity = CommittedTranslationFailureSeverity;
+using Action = CommittedTranslationFailureAction;
+
+/// One unit under way. Lives in the frame of `process`, which outlives all that refers to it.
+struct Attempt {
+    CommittedTranslationUnit unit;
+    TranslationRunContext context;
+    std::shared_ptr<LiveTranslationRuntime> runtime;
+    Handlers handlers;
+    std::stop_token stop;
+    std::string text;
+    double startedAt = 0;
+    TranslationAttemptDiagnostics diagnostics;
+
+    void begin() {
+        startedAt = runtime->now();
+        diagnostics.backend = runtime->settings().translationBackend;
+        diagnostics.sourceLanguage = context.sourceLanguage;
+        diagnostics.sourceCharacters = static_cast<std::int64_t>(Text::length(text));
+        diagnostics.sessionGeneration = runtime->committedSessionGeneration;
+        handlers.recordStart(unit, context.target, startedAt, diagnostics);
+    }
+
+    bool isWanted() const { return runtime->isWanted(context, stop); }
+
+    /// Closes the unit without the translator.
+    bool close(std::string_view preflightStatus, const std::string& translatedText) {
+        if (stop.stop_requested() ||
+            !TranslationSupport::isAppleBackend(runtime->settings().translationBackend))
+            return false;
+        diagnostics.preflightStatus = preflightStatus;
+        return succeed(translatedText);
+    }
+
+    bool succeed(const std::string& translatedText) {
+        runtime->selectCommittedHealthPair(context.sourceLanguage, context.target);
+        runtime->committedHealth.recordSuccess(unit.translationUnitID);
+        handlers.applySuccess(unit, context.target, translatedText, startedAt, diagnostics);
+        return true;
+    }
+
+    void note(const TranslationFailureDetails& details) {
+        diagnostics.failureCategory = name(details.category);
+        diagnostics.failureDomain = details.domain;
+        diagnostics.failureCode = details.code;
+        diagnostics.failureReason = details.failureReason;
+    }
+
+    void logAutoRetry(const TranslationFailureDetails& details, std::uint64_t delay) const {
+        runtime->log("translation.committed.autoRetry",
+                     {{"translationUnitID", unit.translationUnitID.text()},
+                      {"resultSegmentID", unit.resultSegmentID.text()},
+                      {"target", context.target},
+                      {"failureCategory", std::string(name(details.category))},
+                      {"sourceCharacters", diagnostics.sourceCharacters},
+                      {"failureDomain", details.domain},
+                      {"failureCode", details.code},
+                      {"delayMS", static_cast<std::int64_t>(delay / 1'000'000)}});
+    }
+};
+
+using Outcome = std::variant<std::string, TranslationFailureDetails>;
+
+Task<Outcome> translateOnce(Attempt& attempt, std::shared_ptr<Translator> translator) {
+    const double before = attempt.runtime->now();
+    const auto addDuration = [&attempt, before] {
+        attempt.diagnostics.translateCallSeconds =
+            attempt.diagnostics.translateCallSeconds.value_or(0) + attempt.runtime->now() - before;
+    };
+    try {
+        Task<std::string> translating = translator->translate(
+            attempt.text, attempt.context.sourceLanguage, attempt.context.target);
+        std::string translated = co_await translating;
+        addDuration();
+        co_return translated;
+    } catch (...) {
+        addDuration();
+        co_return TranslatorError::details(std::current_exception());
+    }
+}
+
+/// True when the queue may go on after the recovery of the pair.
+Task<bool> recoverPair(Attempt& attempt) {
+    std::exception_ptr error;
+    try {
+        Task<void> rebuilding = attempt.runtime->rebuildCommittedLanguagePair(
+            attempt.context.sourceLanguage, attempt.context.target, attempt.stop);
+        co_await rebuilding;
+    } catch (const CancellationError&) {
+        co_return false;
+    } catch (...) {
+        error = std::current_exception();
+    }
+    if (!attempt.isWanted())
+        co_return false;
+    if (!error)
+        co_return true;
+    const auto details = TranslatorError::details(error);
+    if (severity(details.category) == Severity::recoverable)
+        co_return true;
+    attempt.handlers.reportRecoveryFailure(details.message);
+    co_return false;
+}
+
+/// Writes the failure on the unit. True when the queue may go on.
+Task<bool> fail(Attempt& attempt, TranslationFailureDetails details, Severity severity) {
+    auto& runtime = *attempt.runtime;
+    attempt.note(details);
+    runtime.selectCommittedHealthPair(attempt.context.sourceLanguage, attempt.context.target);
+    if (details.category == TranslationFailureCategory::languageResourcesNotReady)
+        runtime.hasCommittedLanguageResourceFailures = true;
+    const Action action =
+        runtime.committedHealth.recordFailure(attempt.unit.translationUnitID, severity);
+    attempt.diagnostics.recoveryAction = name(action);
+    if (severity == Severity::recoverable)
+        TessaruneLog::translation.fault([&] {
+            return "Tessarune translation failed after automatic retry: " + details.message +
+                   " source='" + attempt.text + "' target=" + attempt.context.target;
+        });
+    attempt.handlers.applyFailure(attempt.unit, attempt.context.target, details.message,
+                                  attempt.startedAt, action, attempt.diagnostics);
+    if (action != Action::rebuildLanguagePair)
+        co_return severity == Severity::recoverable;
+    Task<bool> recovering = recoverPair(attempt);
+    const bool goesOn = co_await recovering;
+    co_return goesOn;
+}
+
+/// Translates, and once more after a delay where that may help.
+Task<bool> translate(Attempt& attempt, std::shared_ptr<Translator> translator,
+                     std::uint64_t retryDelayNanoseconds, RetrySleep retrySleep) {
+    for (;;) {
+        Task<Outcome> translating = translateOnce(attempt, translator);
+        const Outcome outcome = co_await translating;
+        if (!attempt.isWanted())
+            co_return false;
+        if (const auto* translated = std::get_if<std::string>(&outcome))
+            co_return attempt.succeed(*translated);
+
+        const auto& details = std::get<TranslationFailureDetails>(outcome);
+        attempt.note(details);
+        const Severity gravity = severity(details.category);
+        if (gravity == Severity::actionable || attempt.diagnostics.automaticRetry) {
+            Task<bool> failing = fail(attempt, details, gravity);
+            const bool goesOn = co_await failing;
+            co_return goesOn;
+        }
+        attempt.logAutoRetry(details, retryDelayNanoseconds);
+        Task<bool> waiting = retrySleep(retryDelayNanoseconds, attempt.stop);
+        const bool waited = co_await waiting;
+        if (!waited || !attempt.isWanted())
+            co_return false;
+        attempt.diagnostics.attemptCount = 2;
+        attempt.diagnostics.automaticRetry = true;
+    }
+}
+
+RetrySleep sleepOf(const LiveTranslationRuntime& runtime) {
+    return [executor = runtime.executor()](std::uint64_t nanoseconds, std::stop_token stop) {
+        return sleep(executor, static_cast<double>(nanoseconds) / 1e9, std::move(stop));
+    };
+}
+
+} // namespace
+
+Task<bool> process(CommittedTranslationUnit unit, TranslationRunContext context,
+                   std::shared_ptr<LiveTranslationRuntime> runtime, Handlers handlers,
+                   std::stop_token stop, std::uint64_t retryDelayNanoseconds,
+                   RetrySleep retrySleep) {
+    Attempt attempt{
+        unit, context, runtime, handlers, stop, std::string(Text::trimmed(unit.sourceText)), 0, {}};
+    if (!context.passThrough &&
+        runtime->isPreparingLanguages(context.sourceLanguage, context.target)) {
+        handlers.reportLanguagePreparation(context.sourceLanguage, context.target);
+        co_return false;
+    }
+    attempt.begin();
+    if (attempt.text.empty())
+        co_return attempt.close("empty", "");
+    if (context.passThrough)
+        co_return attempt.close("passThrough", attempt.text);
+
+    const auto translator = runtime->cachedTranslator;
+    if (!translator)
+        co_return false;
+    const double before = runtime->now();
+    Task<TranslationAvailabilityStatus> asking =
+        translator->availabilityStatus(context.sourceLanguage, context.target);
+    const TranslationAvailabilityStatus status = co_await asking;
+    attempt.diagnostics.availabilitySeconds = runtime->now() - before;
+    attempt.diagnostics.preflightStatus = name(status);
+    if (!attempt.isWanted())
+        co_return false;
+
+    if (status == TranslationAvailabilityStatus::supported) {
+        handlers.reportLanguagePreparation(context.sourceLanguage, context.target);
+        co_return false;
+    }
+    if (status == TranslationAvailabilityStatus::unsupported) {
+        const auto unsupported =
+            TranslatorError::unsupportedPair(context.sourceLanguage, context.target);
+        Task<bool> failing = fail(attempt, unsupported.details(), Severity::actionable);
+        const bool goesOn = co_await failing;
+        co_return goesOn;
+    }
+    if (!retrySleep)
+        retrySleep = sleepOf(*runtime);
+    Task<bool> translating = translate(attempt, translator, retryDelayNanoseconds, retrySleep);
+    const bool goesOn = co_await translating;
+    co_return goesOn;
+}
+
+} // namespace tessarune::CommittedTranslationUnitProcessor

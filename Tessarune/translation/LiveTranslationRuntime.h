@@ -1,0 +1,158 @@
+#pragma once
+
+#include "Tessarune/translation/LiveTranslationSettingsSnapshot.h"
+#include "Tessarune/translation/TranslationLanguagePreparation.h"
+#include "Tessarune/translation/TranslationRunContext.h"
+#include "TessaruneCore/UUID.h"
+#include "TessaruneCore/diagnostics/LogFields.h"
+#include "TessaruneCore/host/Task.h"
+#include "TessaruneCore/translation/CommittedTranslationHealthState.h"
+#include "TessaruneCore/translation/Translator.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <set>
+#include <stop_token>
+#include <string>
+#include <string_view>
+
+namespace tessarune {
+
+/// What outlives a single translation: the translator, at most one run of committed translations,
+/// at most one preview, at most one language preparation, and the health of the current language
+/// pair. It knows no captions; it answers questions, and starts and stops tasks.
+///
+/// Main queue. Made with `std::make_shared`: a task that was cancelled and still waits for the
+/// translator keeps the runtime alive. The identities exist because such a task can end late; it
+/// must not clear the state of its successor.
+class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslationRuntime> {
+  public:
+    struct Environment {
+        Host& host;
+        /// The settings at this moment.
+        std::function<LiveTranslationSettingsSnapshot()> settings;
+        /// A translator for the main queue, or null where there is none.
+        std::function<std::shared_ptr<Translator>()> makeTranslator;
+        /// Writes an important event to the runtime log.
+        std::function<void(std::string name, LogFields fields)> log;
+        UUIDSource newID = UUID::random;
+    };
+    explicit LiveTranslationRuntime(Environment environment);
+    LiveTranslationRuntime(const LiveTranslationRuntime&) = delete;
+
+    /// A task's work. It sees the request to stop through the token.
+    using Operation = std::function<Task<void>(std::stop_token stop)>;
+
+    // State that the steps of a translation read and write between their suspensions
+
+    std::shared_ptr<Translator> cachedTranslator; ///< made at first need
+    CommittedTranslationHealthState committedHealth;
+    bool hasCommittedLanguageResourceFailures = false; ///< some row carries such a failure
+    std::int64_t committedSessionGeneration = 0;       ///< counts rebuilds of the pair
+
+    LiveTranslationSettingsSnapshot settings() const { return environment_.settings(); }
+    double now() const { return environment_.host.now(); }
+    UUID newID() const { return environment_.newID(); }
+    Executor executor() const { return Executor::main(environment_.host); }
+    void log(std::string name, LogFields fields) const;
+
+    /// The guard after each suspension of a translation: the task still runs and what it works for
+    /// is still what is wanted. A result for an old target never lands.
+    bool isWanted(const TranslationRunContext& context, const std::stop_token& stop) const;
+
+    /// The cached translator, made if need be; null if there is none.
+    std::shared_ptr<Translator> translator();
+
+    // Committed translations
+
+    bool hasCommittedTask() const { return committedTask_.has_value(); }
+    /// Cancels a preview in any case; does nothing more while a run is going on.
+    void startCommittedTask(Operation operation);
+    void cancelCommittedTask();
+
+    /// A new pair begins with a clean slate, at the moment of its first result.
+    void selectCommittedHealthPair(std::string_view source, std::string_view target);
+    /// Forgets which pair the health speaks of, too.
+    void resetCommittedHealth();
+
+    /// Drops what is known of the pair and prepares it anew. Throws what the translator throws, or
+    /// `CancellationError`.
+    Task<void> rebuildCommittedLanguagePair(std::string source, std::string target,
+                                            std::stop_token stop);
+
+    // Previews
+
+    const std::string& ghostSource() const { return ghostSource_; }
+    const std::string& ghostTarget() const { return ghostTarget_; }
+    bool hasGhostTask() const { return ghostTask_.has_value(); }
+    /// Supersedes the previous preview and gives the new one its identity.
+    UUID beginGhostRequest(std::string source, std::string target);
+    bool isCurrentGhostRequest(std::string_view source, std::string_view target,
+                               const UUID& requestID) const;
+    void startGhostTask(const UUID& requestID, Operation operation);
+    /// The text that was requested stays known, so that it is not requested again.
+    void cancelGhostTask();
+    void forgetGhostSource();
+    /// True, and the preview's text is forgotten, if it is the same text.
+    bool clearGhostSourceIfMatches(std::string_view text);
+
+    // Language preparation
+
+    using PreparationFinished = std::function<void(const TranslationLanguagePreparationResult&)>;
+    /// `onFinished` is called unless the preparation was cancelled or superseded.
+    TranslationLanguagePreparationStart
+    startLanguagePreparation(std::string source, std::string target,
+                             std::shared_ptr<Translator> translator, std::string reason,
+                             PreparationFinished onFinished);
+    bool isPreparingLanguages(std::string_view source, std::string_view target) const;
+    void cancelLanguagePreparation();
+
+    /// After a session: cancels everything and lets the translator and its memory go.
+    void bigCleanup();
+
+  private:
+    struct Preparation {
+        UUID id;
+        std::string key;
+        std::string source;
+        std::string target;
+        std::string reason;
+        double startedAt;
+        std::shared_ptr<Translator> translator;
+        PreparationFinished onFinished;
+    };
+    using Self = std::shared_ptr<LiveTranslationRuntime>;
+
+    static Task<void> runCommitted(Self self, UUID id, Operation operation, std::stop_token stop);
+    static Task<void> runGhost(Self self, UUID id, Operation operation, std::stop_token stop);
+    static Task<void> runPreparation(Self self, Preparation preparation, std::stop_token stop);
+    static Task<TranslationLanguagePreparationResult>
+    prepareLanguagePair(Self self, std::string source, std::string target,
+                        std::shared_ptr<Translator> translator, std::stop_token stop);
+    static Task<void> rebuild(Self self, std::string source, std::string target,
+                              std::stop_token stop);
+
+    void finishCommittedTaskIfCurrent(const UUID& id);
+    void finishGhostTaskIfCurrent(const UUID& requestID);
+    std::int64_t elapsedMS(double since) const;
+
+    Environment environment_;
+
+    std::optional<TaskHandle> committedTask_;
+    std::optional<UUID> committedRequestID_;
+    std::optional<std::string> committedHealthPairKey_;
+
+    std::optional<TaskHandle> ghostTask_;
+    std::optional<UUID> ghostRequestID_;
+    std::string ghostSource_;
+    std::string ghostTarget_;
+
+    std::optional<TaskHandle> languagePreparationTask_;
+    std::optional<UUID> languagePreparationID_;
+    std::optional<std::string> languagePreparationKey_;
+    std::set<std::string> preparedLanguagePairKeys_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,60 @@
+#pragma once
+
+#include "TessaruneCore/translation/TranslationFailureDetails.h"
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tessarune {
+
+/// How the preparation of a language pair ended.
+struct TranslationLanguagePreparationResult {
+    enum class Outcome { failed, prepared, unsupported, cancelled };
+
+    Outcome outcome = Outcome::cancelled;
+    std::optional<TranslationFailureDetails> failure; ///< of `failed`
+
+    bool operator==(const TranslationLanguagePreparationResult&) const = default;
+};
+
+std::string_view name(TranslationLanguagePreparationResult::Outcome outcome);
+
+enum class TranslationLanguagePreparationStart { started, alreadyPreparing, alreadyPrepared };
+
+std::string_view name(TranslationLanguagePreparationStart start);
+
+/// What the session does when a preparation has ended.
+struct TranslationLanguagePreparationFollowUp {
+    enum class Kind {
+        retryCommitted, ///< translate what waits
+        requeue,        ///< try this very pair again
+        none,
+        actionable ///< tell the user `message`
+    };
+
+    Kind kind = Kind::none;
+    std::string message;
+
+    bool operator==(const TranslationLanguagePreparationFollowUp&) const = default;
+};
+
+namespace TranslationLanguagePreparationPolicy {
+TranslationLanguagePreparationFollowUp followUp(const TranslationLanguagePreparationResult& result,
+                                                std::string_view source, std::string_view target);
+}
+
+/// Whether the display says that a language pair is being prepared, and which.
+struct TranslationPreparationDisplayState {
+    struct Pair {
+        std::string source;
+        std::string target;
+        bool operator==(const Pair&) const = default;
+    };
+
+    std::optional<Pair> preparing; ///< absent: idle
+
+    bool operator==(const TranslationPreparationDisplayState&) const = default;
+};
+
+} // namespace tessarune

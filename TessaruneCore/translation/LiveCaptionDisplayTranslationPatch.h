@@ -1,0 +1,22 @@
+#pragma once
+
+#include "TessaruneCore/UUID.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// One translation result on its way to the display, so that only the rows of its unit are made
+/// anew.
+struct LiveCaptionDisplayTranslationPatch {
+    UUID translationUnitID;
+    std::vector<UUID> segmentIDs;              ///< the unit's rows, in order
+    UUID resultSegmentID;                      ///< the row that shows the text
+    std::optional<std::string> translatedText; ///< absent: a change of state without a text
+
+    bool operator==(const LiveCaptionDisplayTranslationPatch&) const = default;
+};
+
+} // namespace tessarune

@@ -1,0 +1,272 @@
+#include "TessaruneCore/host/CancellationError.h"
+#include "TessaruneCore/translation/TranslatorError.h"
+#include "tests/translation/TranslatedSession.h"
+
+#include <gtest/gtest.h>
+
+namespace tessarune {
+namespace {
+
+using testing::await;
+using testing::ScriptedTranslationService;
+using testing::serviceError;
+using Answer = ScriptedTranslationService::Answer;
+using Status = TranslationAvailabilityStatus;
+using Strings = std::vector<std::string>;
+
+struct LiveTranscriptTranslationTests : ::testing::Test, testing::TranslatedSession {
+    LiveTranscriptTranslationTests() {
+        service->answer = [this](auto&) { return Answer{delay, std::nullopt}; };
+    }
+    double delay = 0.5;
+};
+
+using GhostTranslationTests = LiveTranscriptTranslationTests;
+
+TEST_F(GhostTranslationTests, ThePreviewFollowsTheNewestCandidateAndGoesWithItsCommit) {
+    speak("I think so.");
+    host.advanceBy(0.2);
+    speak("i THINK so");
+    speak("Yes.");
+    speak("?! …");
+    host.advanceBy(1);
+    EXPECT_EQ(preview(), "fr-FR:I think so.");
+    EXPECT_EQ(std::count(service->calls.begin(), service->calls.end(), "translate I think so."), 1);
+    EXPECT_FALSE(translation->isGhostTranslating());
+
+    speak("First guess here.");
+    host.advanceBy(0.2);
+    delay = 0.1;
+    speak("Second guess here.");
+    host.advanceBy(0.2);
+    EXPECT_EQ(preview(), "fr-FR:Second guess here.");
+    host.advanceBy(5);
+    EXPECT_EQ(preview(), "fr-FR:Second guess here.") << "the late answer is dropped";
+
+    commit({"Something else."});
+    host.advanceBy(5);
+    EXPECT_EQ(preview(), "fr-FR:Second guess here.");
+    commit({"second guess, here!"});
+    host.advanceBy(5);
+    EXPECT_EQ(preview(), "");
+    EXPECT_TRUE(hasRefreshed("translation.ghost.clearMatched"));
+    EXPECT_EQ(rows.back().translatedText, "fr-FR:second guess, here!");
+
+    const auto last = observations.back().diagnostics;
+    EXPECT_EQ(observations.front().scope, TranslationObservation::Scope::ghost);
+    EXPECT_EQ(observations[1].durationSeconds, 0.5);
+}
+
+TEST_F(GhostTranslationTests, CommittedWorkComesFirst) {
+    delay = 2;
+    commit({"Hello."});
+    host.advanceBy(1);
+    speak("Not now please.");
+    EXPECT_FALSE(translation->isGhostTranslating());
+    host.advanceBy(5);
+    speak("Now it may.");
+    EXPECT_TRUE(translation->isGhostTranslating());
+    commit({"Done."});
+    EXPECT_FALSE(translation->isGhostTranslating()) << "a run cancels the preview";
+    host.advanceBy(10);
+    EXPECT_EQ(preview(), "");
+    EXPECT_EQ(shown(), (Strings{"fr-FR:Hello.", "fr-FR:Done."}));
+}
+
+TEST_F(GhostTranslationTests, APreviewThatFailsOrIsNotWantedAnyMoreShowsNothing) {
+    speak("This one stays.");
+    host.advanceBy(1);
+    const auto check = [&](const char* name, const std::function<void()>& during,
+                           std::string expected) {
+        host.advanceBy(1);
+        speak(std::string("Candidate for ") + name);
+        host.advanceBy(0.2);
+        during();
+        host.advanceBy(5);
+        EXPECT_EQ(preview(), expected) << name;
+        EXPECT_EQ(runtime->committedHealth, CommittedTranslationHealthState()) << name;
+    };
+    service->answers = {{0.5, serviceError(TranslationError::internalError)}};
+    check(
+        "a failure", [] {}, "fr-FR:This one stays.");
+    EXPECT_EQ(observations.back().phase, TranslationObservation::Phase::failure);
+    check(
+        "another backend", [&] { settings.translationBackend = "关闭"; }, "fr-FR:This one stays.");
+    settings.translationBackend = "苹果";
+    check(
+        "another target", [&] { translation->setTranslationTarget("de"); }, "");
+    check(
+        "the preview switched off", [&] { translation->setSoftTranslationEnabled(false); }, "");
+    const auto drawn = refreshes.size();
+    speak("Not while it is off.");
+    EXPECT_EQ(refreshes.size(), drawn) << "nothing to take away, nothing to draw";
+    translation->setSoftTranslationEnabled(true);
+    translation->setTranslationTarget("en");
+    check(
+        "the language itself", [] {}, "Candidate for the language itself");
+    service->pairs["en-US->ko-KR"].status = Status::unsupported;
+    translation->setTranslationTarget("ko");
+    check(
+        "an impossible pair", [] {}, "");
+}
+
+TEST_F(LiveTranscriptTranslationTests, TheDrainTakesTheTailAndItsTimeLimit) {
+    struct Case {
+        const char* name;
+        Strings texts;
+        std::string backend;
+        double delay;
+        bool hasTranslator, finished;
+        Strings shown;
+        double seconds; // at most
+    };
+    const Case cases[] = {
+        {"nothing", {}, "苹果", 1, true, true, {}, 0},
+        {"a tail",
+         {"Hello.", "and then"},
+         "苹果",
+         1,
+         true,
+         true,
+         {"fr-FR:Hello.", "fr-FR:and then"},
+         2.2},
+        {"switched off", {"Hello."}, "关闭", 1, true, true, {"?"}, 0},
+        {"not connected", {"Hello."}, "Google", 1, true, true, {"?"}, 0},
+        {"no translator", {"Hello."}, "苹果", 1, false, false, {"?"}, 0},
+        {"too slow", {"Hello.", "Later."}, "苹果", 3, true, false, {"fr-FR:Hello.", "?"}, 4.06},
+        {"hangs", {"Hello."}, "苹果", 1e6, true, false, {"?"}, 4.06},
+    };
+    for (const auto& c : cases) {
+        testing::TranslatedSession session;
+        session.service->answer = [&](auto&) { return Answer{c.delay, std::nullopt}; };
+        session.settings.translationBackend = c.backend;
+        session.hasTranslator = c.hasTranslator;
+        session.commit(c.texts);
+        const double begun = session.host.now();
+        std::optional<bool> finished;
+        double ended = 0;
+        std::exception_ptr error;
+        auto drain = session.translation->drainCommittedTranslationsBeforePersist(4);
+        spawn(Executor::main(session.host),
+              testing::detail::store(std::move(drain), finished, error));
+        while (!finished && session.host.step())
+            ended = session.host.now();
+        EXPECT_EQ(finished, c.finished) << c.name;
+        EXPECT_LE(ended - begun, c.seconds) << c.name;
+        EXPECT_EQ(session.shown(), c.shown) << c.name;
+        session.host.advanceBy(2e6);
+        EXPECT_EQ(session.shown(), c.shown) << c.name << ": what was cancelled writes nothing";
+    }
+}
+
+struct LiveTranslationRuntimeTests : LiveTranscriptTranslationTests {
+    using Start = TranslationLanguagePreparationStart;
+
+    Strings prepared; // what `onFinished` was told
+    Start prepare(const std::string& target) {
+        return runtime->startLanguagePreparation(
+            "en", target, runtime->translator(), "test", [this, target](const auto& result) {
+                prepared.push_back(target + " " + std::string(name(result.outcome)));
+            });
+    }
+    static Task<void> wait(Executor executor, std::stop_token stop, bool* ended) {
+        Task<bool> waiting = sleep(executor, 10, stop);
+        co_await waiting;
+        *ended = true;
+    }
+    LiveTranslationRuntime::Operation operation(bool& ended) {
+        return [this, &ended](std::stop_token stop) {
+            return wait(Executor::main(host), std::move(stop), &ended);
+        };
+    }
+};
+
+TEST_F(LiveTranslationRuntimeTests, ThereIsOneRunAtATimeAndAStaleOneClearsNothing) {
+    bool ghost = false, first = false, second = false, third = false;
+    const UUID request = runtime->beginGhostRequest("a b", "fr");
+    runtime->startGhostTask(request, operation(ghost));
+    runtime->startCommittedTask(operation(first));
+    host.advanceBy(1);
+    EXPECT_FALSE(runtime->hasGhostTask()) << "a run cancels the preview";
+    EXPECT_FALSE(runtime->isCurrentGhostRequest("a b", "fr", request));
+
+    runtime->startGhostTask(runtime->beginGhostRequest("c d", "fr"), operation(ghost));
+    runtime->startCommittedTask(operation(second));
+    EXPECT_FALSE(runtime->hasGhostTask()) << "also when there is a run already";
+    host.advanceBy(1);
+    EXPECT_FALSE(second);
+
+    runtime->cancelCommittedTask();
+    runtime->startCommittedTask(operation(third));
+    host.advanceBy(5);
+    EXPECT_TRUE(first) << "the first has ended, cancelled";
+    EXPECT_TRUE(runtime->hasCommittedTask()) << "and left its successor alone";
+    host.advanceBy(5);
+    EXPECT_FALSE(runtime->hasCommittedTask());
+}
+
+TEST_F(LiveTranslationRuntimeTests, APreparationIsStartedOnceAndSupersededByAnotherPairs) {
+    for (const char* pair : {"en-US->fr-FR", "en-US->de-DE"})
+        service->pairs[pair] = {Status::supported, false, true, {2, std::nullopt}};
+    EXPECT_EQ(prepare("fr"), Start::started);
+    host.advanceBy(1);
+    EXPECT_EQ(prepare("fr"), Start::alreadyPreparing);
+    EXPECT_EQ(prepare("de"), Start::started);
+    EXPECT_FALSE(runtime->isPreparingLanguages("en", "fr"));
+    EXPECT_TRUE(runtime->isPreparingLanguages("en", "de"));
+    host.advanceBy(10);
+    EXPECT_EQ(prepared, Strings{"de prepared"});
+    EXPECT_FALSE(runtime->isPreparingLanguages("en", "de"));
+    EXPECT_EQ(prepare("de"), Start::alreadyPrepared);
+    EXPECT_EQ(prepare("fr"), Start::started) << "its result was dropped";
+    runtime->bigCleanup();
+    host.advanceBy(10);
+    EXPECT_EQ(prepared.size(), 1u);
+    EXPECT_EQ(runtime->cachedTranslator, nullptr);
+    EXPECT_EQ(prepare("de"), Start::started) << "all is forgotten";
+}
+
+TEST_F(LiveTranslationRuntimeTests, HealthBelongsToAPair) {
+    runtime->selectCommittedHealthPair("en", "fr");
+    runtime->committedHealth.recordFailure(UUID::random(),
+                                           CommittedTranslationFailureSeverity::recoverable);
+    runtime->hasCommittedLanguageResourceFailures = true;
+    runtime->selectCommittedHealthPair("en", "fr");
+    EXPECT_EQ(runtime->committedHealth.consecutiveFailedUnits, 1);
+    runtime->selectCommittedHealthPair("en", "de");
+    EXPECT_EQ(runtime->committedHealth, CommittedTranslationHealthState());
+    EXPECT_FALSE(runtime->hasCommittedLanguageResourceFailures);
+}
+
+Task<std::string> outcomeOfRebuild(std::shared_ptr<LiveTranslationRuntime> runtime,
+                                   std::stop_token stop) {
+    try {
+        Task<void> rebuilding = runtime->rebuildCommittedLanguagePair("en", "fr", stop);
+        co_await rebuilding;
+        co_return "rebuilt";
+    } catch (const CancellationError&) {
+        co_return "cancelled";
+    } catch (const TranslatorError& error) {
+        co_return error.errorDescription();
+    }
+}
+
+TEST_F(LiveTranslationRuntimeTests, RebuildingNeedsATranslatorAndCountsGenerations) {
+    EXPECT_EQ(await(host, outcomeOfRebuild(runtime, {})), "当前系统不支持 Apple 离线翻译");
+    EXPECT_EQ(runtime->committedSessionGeneration, 0);
+    runtime->translator();
+    EXPECT_EQ(await(host, outcomeOfRebuild(runtime, {})), "rebuilt");
+    EXPECT_EQ(prepare("fr"), Start::alreadyPrepared);
+
+    std::stop_source stop;
+    stop.request_stop();
+    EXPECT_EQ(await(host, outcomeOfRebuild(runtime, stop.get_token())), "cancelled");
+    service->pairs["en-US->fr-FR"].status = Status::unsupported;
+    EXPECT_EQ(await(host, outcomeOfRebuild(runtime, {})), "不支持的翻译方向: en → fr");
+    EXPECT_EQ(prepare("fr"), Start::started) << "a failed pair is not prepared any more";
+    EXPECT_EQ(runtime->committedSessionGeneration, 3);
+    EXPECT_EQ(std::count(events.begin(), events.end(), "translation.languagePairRecovery.done"), 3);
+}
+
+} // namespace
+} // namespace tessarune

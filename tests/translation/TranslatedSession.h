@@ -1,0 +1,108 @@
+#pragma once
+
+#include "Tessarune/translation/AppleTranslator.h"
+#include "Tessarune/translation/LiveTranscriptTranslation.h"
+#include "tests/support/Await.h"
+#include "tests/support/MemoryUserDefaults.h"
+#include "tests/translation/ScriptedTranslationService.h"
+
+#include <algorithm>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tessarune::testing {
+
+/// A session reduced to its translation: caption rows, settings, and a translator over a scripted
+/// service, on simulated time.
+struct TranslatedSession {
+    explicit TranslatedSession(std::uint64_t seed = 0) : host(1000, seed) {
+        settings.translationTargetLanguage = "fr";
+    }
+    ~TranslatedSession() {
+        translation->shutDown();
+        host.runUntilIdle(); // what still hangs in the service ends before the host does
+    }
+
+    SimulatedHost host;
+    MemoryUserDefaults defaults;
+    AppSettings settings{defaults};
+    std::shared_ptr<ScriptedTranslationService> service =
+        std::make_shared<ScriptedTranslationService>();
+    bool hasTranslator = true;
+    int translatorsMade = 0;
+
+    std::vector<CaptionSegment> rows;
+    std::string statusMessage;
+    std::vector<std::string> refreshes; ///< reasons
+    std::vector<std::string> events;    ///< names of important events
+    std::vector<TranslationObservation> observations;
+    int persisted = 0;
+    std::function<void(const std::vector<CaptionSegment>& before)> onChange = [](auto&) {};
+
+    std::shared_ptr<LiveTranslationRuntime> runtime =
+        std::make_shared<LiveTranslationRuntime>(LiveTranslationRuntime::Environment{
+            host, [this] { return LiveTranslationSettingsSnapshot::current(settings); },
+            [this]() -> std::shared_ptr<Translator> {
+                if (!hasTranslator)
+                    return nullptr;
+                ++translatorsMade;
+                return std::make_shared<AppleTranslator>(host, service, Executor::main(host));
+            },
+            [this](std::string name, LogFields) { events.push_back(std::move(name)); },
+            countingUUIDSource()});
+    std::shared_ptr<LiveTranscriptTranslation> translation =
+        std::make_shared<LiveTranscriptTranslation>(runtime, settings, access());
+
+    /// New rows of the captions, as the core commits them.
+    void commit(const std::vector<std::string>& texts) {
+        for (const auto& text : texts) {
+            CaptionSegment row;
+            row.id = UUID::random();
+            row.sourceText = text;
+            row.committedAt = row.startedAt = host.now();
+            rows.push_back(row);
+        }
+        translation->startCommittedRun();
+    }
+
+    /// A boundary decision with this newest sentence.
+    void speak(const std::string& leading) {
+        BoundaryObservation observation;
+        observation.decision.leading = {leading};
+        translation->pumpGhostTranslation(observation);
+    }
+
+    /// Each row as its translation, "!" and its failure, or "?" while it waits.
+    std::vector<std::string> shown() const {
+        std::vector<std::string> texts;
+        for (const auto& row : rows)
+            texts.push_back(row.translationError ? "!" + *row.translationError
+                                                 : row.translatedText.value_or("?"));
+        return texts;
+    }
+    const std::string& status() const { return *translation->translationStatusMessage(); }
+    const std::string& preview() const { return *translation->ghostTranslationText(); }
+    bool isPreparing() const {
+        return translation->preparationDisplayState()->preparing.has_value();
+    }
+    bool hasRefreshed(const std::string& reason) const {
+        return std::find(refreshes.begin(), refreshes.end(), reason) != refreshes.end();
+    }
+
+  private:
+    LiveTranscriptTranslationAccess access() {
+        return {[this]() -> const std::vector<CaptionSegment>& { return rows; },
+                [this](const auto& change) {
+                    const auto before = rows;
+                    change(rows);
+                    onChange(before);
+                },
+                [this](std::string text) { statusMessage = std::move(text); },
+                [this](const std::string& reason, const auto*) { refreshes.push_back(reason); },
+                [this] { ++persisted; },
+                [this](const TranslationObservation& o) { observations.push_back(o); }};
+    }
+};
+
+} // namespace tessarune::testing
