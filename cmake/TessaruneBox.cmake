@@ -34,5 +34,9 @@ function(tessarune_test target)
   target_compile_definitions(${target} PRIVATE
     TESSARUNE_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data"
     TESSARUNE_BIN="${CMAKE_RUNTIME_OUTPUT_DIRECTORY}")
-  gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST PROPERTIES LABELS "${TEST_LABELS}" TIMEOUT 300)
+  set(properties TIMEOUT 300)
+  if(TEST_LABELS)
+    list(APPEND properties LABELS "${TEST_LABELS}")
+  endif()
+  gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST PROPERTIES ${properties})
 endfunction()
