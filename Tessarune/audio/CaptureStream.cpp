@@ -73,6 +73,7 @@ class CaptureStream::Keeper : public std::enable_shared_from_this<Keeper> {
     double openedAt_ = 0;
     std::optional<double> silentSince_;
     double retrySeconds_ = 0;
+    double openSeconds_ = shortestOpenSeconds;
     DelayedCall retry_;
     DelayedCall stallCheck_;
 };
@@ -131,7 +132,8 @@ Task<void> CaptureStream::Keeper::open(std::shared_ptr<Keeper> self, Source sour
     };
     RecordRequest request{source.id, self->wanted_.isSystemAudio() ? 1 : 0,
                           self->wanted_.isSystemAudio() ? "Tessarune System Audio"
-                                                        : "Tessarune Microphone"};
+                                                        : "Tessarune Microphone",
+                          self->running_ ? self->openSeconds_ : longestOpenSeconds};
     std::unique_ptr<RecordStream> stream;
     std::exception_ptr failure;
     try {
@@ -175,6 +177,7 @@ void CaptureStream::Keeper::adopt(Source source, std::unique_ptr<RecordStream> s
 
 void CaptureStream::Keeper::handleBuffer(AudioBufferPtr buffer) {
     retrySeconds_ = 0;
+    openSeconds_ = shortestOpenSeconds;
     if (std::exchange(stalled_, false))
         watchForStall();
     if (silentSince_) {
@@ -222,6 +225,7 @@ void CaptureStream::Keeper::follow() {
 
 void CaptureStream::Keeper::retryLater() {
     retrySeconds_ = std::clamp(retrySeconds_ * 2, shortestRetrySeconds, longestRetrySeconds);
+    openSeconds_ = std::min(openSeconds_ * 2, longestOpenSeconds);
     retry_.cancel();
     retry_ = later(retrySeconds_, &Keeper::follow);
 }

@@ -50,6 +50,10 @@ class CaptureStream {
 
     /// Longer than the two seconds for which an idle output may sleep.
     static constexpr double stallSeconds = 2.5;
+    /// A server that is just moving things around may never answer one request and the next one at
+    /// once, while a slow device needs its time: so the patience grows.
+    static constexpr double shortestOpenSeconds = 1.0;
+    static constexpr double longestOpenSeconds = 5.0;
     static constexpr double shortestRetrySeconds = 0.25;
     static constexpr double longestRetrySeconds = 2.0;
 

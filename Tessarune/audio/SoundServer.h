@@ -83,6 +83,7 @@ struct RecordRequest {
     std::string sourceID; ///< an input's id or an output's `monitorID`
     int channels = 0;     ///< 0 for the source's own; the sample rate is always the source's own
     std::string name;     ///< what the desktop's mixer shows
+    double timeoutSeconds = 5; ///< how long the server may take to open it
 };
 
 /// What a record stream tells. Called on the executor that was given when it was opened.

@@ -17,7 +17,7 @@ Task<PermissionsManager::Status> run(Host& host, SoundServer& server, double tim
         const auto tap = CaptureStream::resolve(AudioSource::systemAudio(), server.devices());
         if (!tap)
             co_return PermissionsManager::Status::unknown;
-        RecordRequest request{tap->id, 1, "Tessarune Permission Probe"};
+        RecordRequest request{tap->id, 1, "Tessarune Permission Probe", timeout};
         auto opening = server.openRecordStream(std::move(request), std::move(handlers), main);
         const std::unique_ptr<RecordStream> stream = co_await opening;
         auto listening = sleep(main, timeout);

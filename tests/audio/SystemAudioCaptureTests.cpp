@@ -250,6 +250,12 @@ TEST_F(SystemAudioCaptureTests, GoesOnAfterWhateverTookTheSoundAwayAndReportsThe
     const std::vector<Kind> same = {Kind::interrupted, Kind::resumed};
     const std::vector<Kind> other = {Kind::interrupted, Kind::deviceChanged, Kind::resumed};
     const Step steps[] = {
+        {"slow to open",
+         [&] {
+             server.openDelay = 3;
+             server.setDevices(devices({"b"}, "b"));
+         },
+         12, [&] { server.openDelay = 0; }, SoundServerError::streamKilled, other, 6},
         {"unplugged, another is there", [&] { server.setDevices(devices({"b"}, "b")); }, 5, [] {},
          SoundServerError::streamKilled, other, 0},
         {"unplugged, later another", [&] { server.setDevices(devices({}, "")); }, 5,

@@ -172,8 +172,10 @@ class ScriptedSoundServer final : public SoundServer {
                                                          RecordHandlers handlers,
                                                          Executor executor) {
         self->requests.push_back(request);
-        auto waiting = pass(executor, self->openDelay);
+        auto waiting = pass(executor, std::min(self->openDelay, request.timeoutSeconds));
         co_await waiting;
+        if (self->openDelay > request.timeoutSeconds)
+            throw SoundServerError(SoundServerError::timeout, "timeout");
         if (self->state_ != SoundServerState::connected)
             throw SoundServerError(SoundServerError::connectionTerminated, "not connected");
         if (self->openFailure)

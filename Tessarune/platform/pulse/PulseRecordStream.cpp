@@ -28,7 +28,7 @@ PulseRecordStream::~PulseRecordStream() {
 void PulseRecordStream::open(const RecordRequest& request, OneShot<PulseOutcome> opened) {
     PulseLock lock(connection_->loop());
     opened_ = std::move(opened);
-    timer_.set(openTimeoutSeconds, [this] { end(pulseOutcome(PA_ERR_TIMEOUT)); });
+    timer_.set(request.timeoutSeconds, [this] { end(pulseOutcome(PA_ERR_TIMEOUT)); });
     if (const PulseOutcome outcome = create(request); outcome.status != 0)
         end(outcome);
 }

@@ -15,7 +15,6 @@ namespace tessarune {
 class PulseRecordStream final : public RecordStream {
   public:
     static constexpr double bufferSeconds = 0.01;
-    static constexpr double openTimeoutSeconds = 5.0;
 
     PulseRecordStream(std::shared_ptr<PulseConnection> connection, RecordHandlers handlers,
                       Executor executor);
