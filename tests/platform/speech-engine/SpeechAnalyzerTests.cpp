@@ -32,6 +32,13 @@ class SpeechAnalyzerTest : public ::testing::Test {
         engine_.script = threeLines;
     }
 
+    void TearDown() override {
+        analyzer_.reset();
+        host_.simulated.runUntilIdle();
+        EXPECT_EQ(engine_.streamsOpen, 0u) << "a session that was dropped leaves nothing behind";
+        EXPECT_TRUE(ended_ || !transcriber_);
+    }
+
     void make(RecognitionPolicy policy = {}) {
         const SpeechEngine engine = makeSpeechEngine(
             host_, store_, [this] { return choice_; }, [this] { return engine_.library(); },
@@ -214,15 +221,6 @@ TEST_F(SpeechAnalyzerTest, AbortEndsTheResultsAtOnce) {
     EXPECT_EQ(run(analyzer_->finalizeAndFinishThroughEndOfInput()), "");
 }
 
-TEST_F(SpeechAnalyzerTest, DroppedAnalyzerLeavesNothingBehind) {
-    startUp();
-    hearUntil(2);
-    analyzer_.reset();
-    host_.simulated.runUntilIdle();
-    EXPECT_TRUE(ended_);
-    EXPECT_EQ(engine_.streamsOpen, 0u);
-}
-
 TEST_F(SpeechAnalyzerTest, FailuresSaySoWhereTheyHappen) {
     struct Case {
         const char* call;
@@ -256,9 +254,7 @@ TEST_F(SpeechAnalyzerTest, FailuresSaySoWhereTheyHappen) {
             EXPECT_EQ(run(analyzer_->finalizeAndFinishThroughEndOfInput()), "");
         }
         engine_.failing.clear();
-        analyzer_.reset();
-        host_.simulated.runUntilIdle();
-        EXPECT_EQ(engine_.streamsOpen, 0u);
+        TearDown();
     }
 }
 
