@@ -11,7 +11,7 @@ namespace {
 
 std::filesystem::path sample() {
     for (const auto& folder : ProgramPlaces::sampleFolders()) {
-        const auto path = folder / "two_cities.wav";
+        auto path = folder / "two_cities.wav";
         if (std::filesystem::exists(path))
             return path;
     }

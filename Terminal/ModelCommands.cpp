@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 
 namespace tessarune {
@@ -42,6 +43,9 @@ void showProgress(const std::string& name, AssetProgress progress) {
 Task<int> listModels(Program& program, const TerminalOptions& options) {
     const SpeechModelManager manager = program.speechModels.manager();
     const std::vector<SpeechModelState> models = manager.list();
+    int width = 0;
+    for (const auto& model : models)
+        width = std::max(width, static_cast<int>(model.name.size()));
     for (const auto& model : models) {
         if (options.json) {
             const nlohmann::ordered_json line = {
@@ -51,7 +55,7 @@ Task<int> listModels(Program& program, const TerminalOptions& options) {
             std::puts(line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
             continue;
         }
-        std::printf("%-12s %6.0f MB  %s\n", model.name.c_str(),
+        std::printf("%-*s %6.0f MB  %s\n", width, model.name.c_str(),
                     static_cast<double>(model.bytes) / bytesAMegabyte, describe(model).c_str());
     }
     co_return static_cast<int>(ExitStatus::ok);
@@ -65,6 +69,8 @@ Task<int> installModel(Program& program, const TerminalOptions& options, std::st
     std::function<void(AssetProgress)> progress;
     if (shows)
         progress = [name](AssetProgress state) { showProgress(name, state); };
+    if (!options.quiet)
+        std::fprintf(stderr, "Downloading %s…\n", name.c_str());
     try {
         Task<void> downloading = manager.download(name, std::move(progress), stop.get_token());
         co_await downloading;

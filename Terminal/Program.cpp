@@ -2,6 +2,7 @@
 
 #include "Terminal/CaptionsRun.h"
 #include "Terminal/ModelCommands.h"
+#include "Terminal/SettingsCommands.h"
 #include "Terminal/SourcesCommand.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
 #include "Tessarune/platform/model-store/ProgramPlaces.h"
@@ -54,6 +55,12 @@ struct Dispatch {
     }
     Task<int> operator()(const RemoveModelCommand& command) const {
         return removeModel(program, command.name);
+    }
+    Task<int> operator()(const ShowSettingsCommand&) const {
+        return showSettings(program, options);
+    }
+    Task<int> operator()(const SetCommand& command) const {
+        return changeSettings(program, command);
     }
 };
 

@@ -56,6 +56,17 @@ TerminalOptions::Command parseModel(const std::vector<std::string>& words) {
     throw CLI::ValidationError("--model", "needs list, NAME or remove NAME");
 }
 
+SetCommand parseSet(const std::vector<std::string>& assignments) {
+    SetCommand command;
+    for (const auto& assignment : assignments) {
+        const auto equals = assignment.find('=');
+        if (equals == std::string::npos || equals == 0)
+            throw CLI::ValidationError("--set", "'" + assignment + "' is not KEY=VALUE");
+        command.values.emplace_back(assignment.substr(0, equals), assignment.substr(equals + 1));
+    }
+    return command;
+}
+
 } // namespace
 
 std::variant<TerminalOptions, int> TerminalOptions::parse(int argc, const char* const* argv,
@@ -71,7 +82,9 @@ std::variant<TerminalOptions, int> TerminalOptions::parse(int argc, const char* 
     std::string eventLog;
     std::vector<std::string> model;
     bool fast = false;
+    std::vector<std::string> assignments;
     bool listSources = false;
+    bool showSettings = false;
 
     auto* sourceOption = app.add_option("--source", source,
                                         "What to listen to: system (what the computer plays), mic, "
@@ -92,9 +105,18 @@ std::variant<TerminalOptions, int> TerminalOptions::parse(int argc, const char* 
                                        "list, NAME (download it) or remove NAME: the speech models")
                             ->type_name("NAME")
                             ->expected(1, 2);
+    auto* settingsOption = app.add_flag("--settings", showSettings,
+                                        "Show all settings, those that were changed with a *");
+    auto* setOption =
+        app.add_option("--set", assignments, "Change a setting; may be given several times")
+            ->type_name("KEY=VALUE")
+            ->expected(1)
+            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     app.add_flag("--json", options.json, "One JSON object a change instead of text");
     app.add_flag("--quiet", options.quiet, "No status lines");
-    list->excludes(modelOption);
+    list->excludes(modelOption, settingsOption, setOption);
+    settingsOption->excludes(modelOption, setOption);
+    setOption->excludes(modelOption);
 
     try {
         app.parse(argc, argv);
@@ -113,6 +135,10 @@ std::variant<TerminalOptions, int> TerminalOptions::parse(int argc, const char* 
             options.command = ListSourcesCommand{};
         if (!model.empty())
             options.command = parseModel(model);
+        if (showSettings)
+            options.command = ShowSettingsCommand{};
+        if (!assignments.empty())
+            options.command = parseSet(assignments);
     } catch (const CLI::ParseError& error) {
         const bool asked = error.get_exit_code() == 0; // --help and --version
         app.exit(error, out, err);

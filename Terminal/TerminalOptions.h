@@ -6,6 +6,7 @@
 #include <optional>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -34,10 +35,16 @@ struct RemoveModelCommand {
     std::string name;
 };
 
+struct ShowSettingsCommand {};
+struct SetCommand {
+    std::vector<std::pair<std::string, std::string>> values; ///< key and text, in order
+};
+
 /// The command line of `tessarune-terminal`, understood.
 struct TerminalOptions {
-    using Command = std::variant<CaptionsCommand, ListSourcesCommand, ListModelsCommand,
-                                 InstallModelCommand, RemoveModelCommand>;
+    using Command =
+        std::variant<CaptionsCommand, ListSourcesCommand, ListModelsCommand, InstallModelCommand,
+                     RemoveModelCommand, ShowSettingsCommand, SetCommand>;
 
     Command command;
     bool json = false;

@@ -19,7 +19,9 @@ class AnySetting {
     virtual std::string defaultText() const = 0;
     /// What may be written: "true or false", "a number", the words of an enumeration.
     virtual std::string expected() const = 0;
-    /// False, and nothing changes, if the text is no value of this setting.
+    /// Whether the text is a value of this setting.
+    virtual bool accepts(std::string_view text) const = 0;
+    /// False, and nothing changes, if it is not.
     virtual bool setText(std::string_view text) = 0;
     /// Back to the first-launch value.
     virtual void restore() = 0;
@@ -98,6 +100,7 @@ class Setting final : public AnySetting {
     std::string text() const override { return codec_.print(*value_); }
     std::string defaultText() const override { return codec_.print(default_); }
     std::string expected() const override { return codec_.expected; }
+    bool accepts(std::string_view text) const override { return codec_.parse(text).has_value(); }
     bool setText(std::string_view text) override {
         std::optional<T> value = codec_.parse(text);
         if (!value)

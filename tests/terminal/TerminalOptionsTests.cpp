@@ -89,5 +89,14 @@ TEST(TerminalOptionsTests, ReadsTheModelCommands) {
         "small");
 }
 
+TEST(TerminalOptionsTests, AssignmentsKeepTheirOrderAndEverythingBehindTheFirstEqualsSign) {
+    const Parsed parsed = parse({"--set", "a=1", "--set", "b=x=y", "--set", "c="});
+    using Values = std::vector<std::pair<std::string, std::string>>;
+    EXPECT_EQ(std::get<SetCommand>(parsed.options->command).values,
+              (Values{{"a", "1"}, {"b", "x=y"}, {"c", ""}}));
+    EXPECT_EQ(parse({"--set", "=1"}).status, static_cast<int>(ExitStatus::usage));
+    EXPECT_EQ(parse({"--set", "a=1", "--settings"}).status, static_cast<int>(ExitStatus::usage));
+}
+
 } // namespace
 } // namespace tessarune
