@@ -1,0 +1,61 @@
+#include "Tessarune/session/LiveAudioInactivityAutoStop.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tessarune {
+
+LiveAudioInactivityAutoStop::LiveAudioInactivityAutoStop(Host& host)
+    : now([&host] { return host.now(); }), host_(host) {}
+
+void LiveAudioInactivityAutoStop::start(std::optional<double> timeoutSeconds, OnTimeout onTimeout) {
+    stop();
+    if (!timeoutSeconds || *timeoutSeconds <= 0)
+        return;
+    didFire_ = false;
+    lastActivityAt_ = now();
+    lastLookAt_ = host_.now();
+    timeoutSeconds_ = timeoutSeconds;
+    onTimeout_ = std::move(onTimeout);
+    timer_.emplace(host_, secondsBetweenLooks, [this] { tick(); });
+}
+
+void LiveAudioInactivityAutoStop::stop() {
+    timer_.reset();
+    onTimeout_ = {};
+    lastActivityAt_.reset();
+    timeoutSeconds_.reset();
+    didFire_ = false;
+}
+
+void LiveAudioInactivityAutoStop::noteActivity() {
+    if (!timer_)
+        return;
+    lastActivityAt_ = now();
+    didFire_ = false;
+}
+
+void LiveAudioInactivityAutoStop::tick() {
+    passOverSleep();
+    if (didFire_ || !timer_ || !timeoutSeconds_)
+        return;
+    const double idle = lastActivityAt_ ? std::max(now() - *lastActivityAt_, 0.0) : 0.0;
+    if (idle < *timeoutSeconds_)
+        return;
+    didFire_ = true;
+    // The callback may stop this watch, and with it forget the callback.
+    const OnTimeout onTimeout = onTimeout_;
+    const double timeout = *timeoutSeconds_;
+    if (onTimeout)
+        onTimeout(idle, timeout);
+}
+
+void LiveAudioInactivityAutoStop::passOverSleep() {
+    const double late = host_.now() - lastLookAt_ - secondsBetweenLooks;
+    lastLookAt_ = host_.now();
+    // A busy computer is late too, but not by another whole round.
+    if (late > secondsBetweenLooks && lastActivityAt_)
+        *lastActivityAt_ += late;
+}
+
+} // namespace tessarune

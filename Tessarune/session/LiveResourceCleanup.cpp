@@ -1,0 +1,34 @@
+#include "Tessarune/session/LiveResourceCleanup.h"
+
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+
+#include <exception>
+
+namespace tessarune::LiveResourceCleanup {
+
+namespace {
+
+void truncateDebugLog(const Resources& resources) {
+    try {
+        if (resources.files.exists(resources.debugLog))
+            resources.files.create(resources.debugLog)->close();
+    } catch (const std::exception&) {
+        // It is only a trace for developers.
+    }
+}
+
+} // namespace
+
+void releaseIdleResources(const Resources& resources) {
+    truncateDebugLog(resources);
+    TessaruneLog::app.notice(
+        [] { return "Tessarune bigCleanup: released translation sessions + caches"; });
+    resources.utilityQueue->async([returnMemory = resources.returnMemory] {
+        if (returnMemory)
+            returnMemory();
+        TessaruneLog::app.notice(
+            [] { return "Tessarune bigCleanup: returned memory to OS (background)"; });
+    });
+}
+
+} // namespace tessarune::LiveResourceCleanup

@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Tessarune/shell/FileSystem.h"
+#include "TessaruneCore/host/Host.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+
+/// Gives back what a session no longer needs.
+namespace tessarune::LiveResourceCleanup {
+
+struct Resources {
+    FileSystem& files;
+    std::shared_ptr<SerialQueue> utilityQueue;
+    /// Returns free memory to the operating system. Runs on the utility queue; may be empty.
+    std::function<void()> returnMemory;
+    std::filesystem::path debugLog = "/tmp/tessarune.log";
+};
+
+/// Empties the debug log if there is one, and returns memory in the background. What fails is left
+/// as it is.
+void releaseIdleResources(const Resources& resources);
+
+} // namespace tessarune::LiveResourceCleanup

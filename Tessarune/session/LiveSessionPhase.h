@@ -1,0 +1,35 @@
+#pragma once
+
+#include <string_view>
+
+namespace tessarune {
+
+/// Where a listening session stands.
+enum class LiveSessionPhase {
+    idle,
+    preparing, ///< a start was accepted; permissions are asked for
+    loading,   ///< the recogniser and the capture are being made ready
+    listening,
+    stopping, ///< the last words are drained, everything is saved
+    failed    ///< the start failed; a new one is accepted
+};
+
+constexpr std::string_view name(LiveSessionPhase phase) {
+    switch (phase) {
+    case LiveSessionPhase::idle:
+        return "idle";
+    case LiveSessionPhase::preparing:
+        return "preparing";
+    case LiveSessionPhase::loading:
+        return "loading";
+    case LiveSessionPhase::listening:
+        return "listening";
+    case LiveSessionPhase::stopping:
+        return "stopping";
+    case LiveSessionPhase::failed:
+        return "failed";
+    }
+    return {};
+}
+
+} // namespace tessarune

@@ -1,0 +1,76 @@
+#include "Tessarune/session/LiveSessionStateMachine.h"
+
+#include "Tessarune/session/LiveCaptionUserMessages.h"
+#include "TessaruneCore/text/Localization.h"
+
+namespace tessarune {
+
+namespace {
+
+using Phase = LiveSessionPhase;
+
+bool isUnderWay(Phase phase) {
+    return phase == Phase::preparing || phase == Phase::loading || phase == Phase::listening;
+}
+
+bool acceptsStart(Phase phase) {
+    return phase == Phase::idle || phase == Phase::failed;
+}
+
+} // namespace
+
+std::optional<LiveSessionTransition> LiveSessionStateMachine::beginStart() {
+    if (!acceptsStart(phase))
+        return std::nullopt;
+    phase = Phase::preparing;
+    return LiveSessionTransition{.phase = phase,
+                                 .isListening = true,
+                                 .isStarting = true,
+                                 .statusMessage = LiveCaptionUserMessages::checkingTitle()};
+}
+
+std::optional<LiveSessionTransition> LiveSessionStateMachine::permissionsGranted() {
+    if (!isUnderWay(phase))
+        return std::nullopt;
+    phase = Phase::loading;
+    return LiveSessionTransition{.phase = phase,
+                                 .isListening = true,
+                                 .isStarting = true,
+                                 .statusMessage = LiveCaptionUserMessages::checkingTitle()};
+}
+
+std::optional<LiveSessionTransition> LiveSessionStateMachine::transcriberReady() {
+    if (!isUnderWay(phase)) {
+        phase = Phase::idle;
+        return LiveSessionTransition{.phase = phase, .discardLateStartArtifacts = true};
+    }
+    phase = Phase::listening;
+    return LiveSessionTransition{
+        .phase = phase, .isListening = true, .statusMessage = std::string()};
+}
+
+std::optional<LiveSessionTransition> LiveSessionStateMachine::startFailed() {
+    if (phase != Phase::preparing && phase != Phase::loading)
+        return LiveSessionTransition{.phase = phase, .isListening = phase == Phase::listening};
+    phase = Phase::failed;
+    return LiveSessionTransition{
+        .phase = phase, .audioLevel = restingAudioLevel, .presentStartFailure = true};
+}
+
+std::optional<LiveSessionTransition> LiveSessionStateMachine::requestStop(bool hasRecording) {
+    if (!isUnderWay(phase) && !(acceptsStart(phase) && hasRecording))
+        return std::nullopt;
+    phase = Phase::stopping;
+    return LiveSessionTransition{.phase = phase,
+                                 .statusMessage = localized("正在收尾保存…"),
+                                 .audioLevel = restingAudioLevel};
+}
+
+std::optional<LiveSessionTransition> LiveSessionStateMachine::stopFinished() {
+    phase = Phase::idle;
+    return LiveSessionTransition{.phase = phase,
+                                 .statusMessage = LiveCaptionUserMessages::idleTitle(),
+                                 .audioLevel = restingAudioLevel};
+}
+
+} // namespace tessarune

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Tessarune/session/LiveSessionPhase.h"
+
+#include <optional>
+#include <string>
+
+namespace tessarune {
+
+/// What a step of the session's state machine asks its owner to take over.
+struct LiveSessionTransition {
+    LiveSessionPhase phase = LiveSessionPhase::idle; ///< after the step
+    bool isListening = false;
+    bool isStarting = false;
+    std::optional<std::string> statusMessage; ///< absent: stays as it is; empty: cleared
+    std::optional<double> audioLevel;         ///< absent: stays as it is
+    /// The start ended after the session had been given up: what it made is thrown away.
+    bool discardLateStartArtifacts = false;
+    bool presentStartFailure = false; ///< the user is to be told why the start failed
+
+    bool operator==(const LiveSessionTransition&) const = default;
+};
+
+} // namespace tessarune
