@@ -44,6 +44,18 @@ void SystemAudioCapture::stop() {
     ioQueue_->async([self = shared_from_this()] { self->stopSync(); });
 }
 
+Task<void> SystemAudioCapture::finish() {
+    return finishOnQueue(shared_from_this());
+}
+
+Task<void> SystemAudioCapture::finishOnQueue(std::shared_ptr<SystemAudioCapture> self) {
+    auto toQueue = switchTo(self->ioExecutor_);
+    auto toMain = switchTo(Executor::main(self->host_));
+    co_await toQueue;
+    self->stopSync();
+    co_await toMain;
+}
+
 Task<void> SystemAudioCapture::startOnQueue(std::shared_ptr<SystemAudioCapture> self) {
     auto toQueue = switchTo(self->ioExecutor_);
     auto toMain = switchTo(Executor::main(self->host_));

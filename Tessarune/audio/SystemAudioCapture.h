@@ -52,6 +52,8 @@ class SystemAudioCapture : public std::enable_shared_from_this<SystemAudioCaptur
     Task<void> start();
     /// Ends the capture; nothing is delivered once the capture queue has come to it.
     void stop();
+    /// As `stop`, and goes on on the main queue when nothing is delivered any more.
+    Task<void> finish();
 
     /// The loudness of a buffer on a scale of 60 decibels: 0 at -60 dB and below, 1 at full scale.
     static double audioLevel(const AudioBuffer& buffer);
@@ -60,6 +62,7 @@ class SystemAudioCapture : public std::enable_shared_from_this<SystemAudioCaptur
     SystemAudioCapture(Host& host, SoundServer& server);
 
     static Task<void> startOnQueue(std::shared_ptr<SystemAudioCapture> self);
+    static Task<void> finishOnQueue(std::shared_ptr<SystemAudioCapture> self);
     static Task<void> open(std::shared_ptr<SystemAudioCapture> self);
     void stopSync();
     void handleInput(AudioBufferPtr buffer);

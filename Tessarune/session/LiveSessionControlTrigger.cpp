@@ -58,9 +58,8 @@ Trigger Trigger::audioInactivityTimeout(double idleSeconds, double timeoutSecond
 }
 
 LogFields Trigger::logFields() const {
-    LogFields fields{{"trigger", token},
-                     {"triggerCategory", category},
-                     {"triggerUserInitiated", userInitiated}};
+    LogFields fields{
+        {"trigger", token}, {"triggerCategory", category}, {"triggerUserInitiated", userInitiated}};
     for (const auto& [key, value] : details)
         fields.add("trigger." + key, value);
     return fields;

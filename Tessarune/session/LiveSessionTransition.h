@@ -12,8 +12,9 @@ struct LiveSessionTransition {
     LiveSessionPhase phase = LiveSessionPhase::idle; ///< after the step
     bool isListening = false;
     bool isStarting = false;
-    std::optional<std::string> statusMessage; ///< absent: stays as it is; empty: cleared
-    std::optional<double> audioLevel;         ///< absent: stays as it is
+    std::optional<std::string> statusMessage =
+        std::nullopt;                                ///< absent: stays as it is; empty: cleared
+    std::optional<double> audioLevel = std::nullopt; ///< absent: stays as it is
     /// The start ended after the session had been given up: what it made is thrown away.
     bool discardLateStartArtifacts = false;
     bool presentStartFailure = false; ///< the user is to be told why the start failed

@@ -85,8 +85,8 @@ struct SessionDiagnostics {
         std::function<LogFields()> snapshotProvider; ///< what the program is doing
     };
     std::function<void(const IdleWatch&)> startIdleMemorySentinel = [](const IdleWatch&) {};
-    std::function<void(const std::string& reason)> stopIdleMemorySentinel =
-        [](const std::string&) {};
+    std::function<void(const std::string& reason)> stopIdleMemorySentinel = [](const std::string&) {
+    };
 };
 
 } // namespace tessarune

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string_view>
+
 namespace tessarune {
 
 /// How source and translation stand to each other on the caption stage.
@@ -10,5 +12,18 @@ enum class SubtitleLayoutMode {
 
 /// How much of the recogniser's own results a diagnostics run keeps.
 enum class AppleAnalyzerDiagnosticsMode { summary, fullRaw, off };
+
+/// The mode's word in settings, logs and manifests.
+constexpr std::string_view name(AppleAnalyzerDiagnosticsMode mode) {
+    switch (mode) {
+    case AppleAnalyzerDiagnosticsMode::summary:
+        return "summary";
+    case AppleAnalyzerDiagnosticsMode::fullRaw:
+        return "fullRaw";
+    case AppleAnalyzerDiagnosticsMode::off:
+        return "off";
+    }
+    return {};
+}
 
 } // namespace tessarune

@@ -1,0 +1,148 @@
+#pragma once
+
+#include "Tessarune/audio/AudioSessionRecorder.h"
+#include "Tessarune/audio/AudioSource.h"
+#include "Tessarune/audio/MicrophoneCapture.h"
+#include "Tessarune/audio/PermissionsManager.h"
+#include "Tessarune/audio/SystemAudioCapture.h"
+#include "Tessarune/session/AudioTimeline.h"
+#include "Tessarune/shell/AppSettings.h"
+#include "Tessarune/speech/SoleLock.h"
+#include "Tessarune/speech/SpeechAnalyzerTranscriber.h"
+#include "Tessarune/speech/SpeechPlatform.h"
+#include "TessaruneCore/recognition/RecognitionOption.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tessarune {
+
+/// Ties the sound of a session together: each buffer goes from the capture to the recorder and to
+/// the recognition engine.
+///
+/// `start`, `stop`, `finishDrainingAndStop` and `swapEngine` are called on the main queue and go on
+/// there. A start or a swap that another of these has overtaken stops what it made and throws
+/// CancellationError. Buffers come on the capture's queue. Callbacks are called on any thread and
+/// with no lock held; they are set before the first start.
+class LiveSystemAudioTranscriber final
+    : public SystemAudioCaptureDelegate,
+      public std::enable_shared_from_this<LiveSystemAudioTranscriber> {
+  public:
+    /// All that is named by reference outlives the object.
+    struct Environment {
+        SpeechPlatform speech;
+        SoundServer& sound;
+        const AppSettings& settings;
+        PermissionsManager& permissions;
+        std::shared_ptr<AudioSessionRecorder> recorder; ///< this object sets its callbacks
+    };
+    static std::shared_ptr<LiveSystemAudioTranscriber> make(Environment environment);
+    LiveSystemAudioTranscriber(const LiveSystemAudioTranscriber&) = delete;
+    LiveSystemAudioTranscriber& operator=(const LiveSystemAudioTranscriber&) = delete;
+
+    std::function<void(const ASREvent&)> onASREvent;
+    std::function<void(double)> onLevel;
+    std::function<void(const RecordingMetadata&)> onRecordingStarted;
+    std::function<void(const RecordingMetadata&)> onRecordingFinished;
+    std::function<void(const std::string&)> onError; ///< a text for the user
+    std::function<void(double)> onAudioBufferInfo;   ///< a sample rate
+    std::function<void(const AppleSpeechAnalyzerRawResultRecord&)> onAppleRawResult;
+    std::function<void(const AppleSpeechAnalyzerSummaryRecord&)> onAppleSummaryResult;
+    std::function<void(const AppleFinalReconcileDecisionRecord&)> onAppleFinalReconcile;
+    std::function<void()> onSystemAudioSilent;
+    /// The sound was interrupted, came back, or comes from another device.
+    std::function<void(const CaptureEvent&)> onCaptureEvent;
+
+    /// Engine, then recorder, then capture. Throws what they throw, with a text that can be shown,
+    /// and then nothing runs.
+    Task<void> start(AudioSource source);
+    /// Ends everything without waiting; what the engine still holds is lost.
+    void stop();
+    /// Ends the capture, takes the last words from the engine, closes the recording.
+    Task<void> finishDrainingAndStop();
+    /// Goes over to the engine that the settings name. Capture and recorder go on. Without a
+    /// session there is nothing to exchange.
+    Task<void> swapEngine();
+
+    /// Asks the engine for an early final.
+    void requestFinalization(const std::string& reason);
+
+    PerfStats perfStats() const;        ///< the engine's, or those of the last one
+    PerfStats wrapperPerfStats() const; ///< this object's own
+
+  private:
+    using Self = std::shared_ptr<LiveSystemAudioTranscriber>;
+    using Engine = std::shared_ptr<AudioTranscriber>;
+
+    explicit LiveSystemAudioTranscriber(Environment environment);
+    void connect();
+
+    static Task<void> startSession(Self self, AudioSource source);
+    static Task<void> startSteps(Self self, AudioSource source, std::uint64_t attempt);
+    static Task<void> startEngine(Self self, std::uint64_t attempt);
+    static Task<void> startMicrophone(Self self, AudioSource source);
+    static Task<void> startSystemAudio(Self self);
+    static Task<void> drainSession(Self self);
+    static Task<void> swap(Self self);
+    static Task<void> stopMicrophone(std::shared_ptr<MicrophoneCapture> microphone);
+
+    RecognitionOption selectedOption() const;
+    Engine makeConfiguredTranscriber();
+    void attachCallbacks(SpeechAnalyzerTranscriber& engine, AppleAnalyzerDiagnosticsMode mode);
+    AppleAnalyzerDiagnosticsMode diagnosticsMode() const;
+    std::optional<double> preferredSampleRate() const;
+    void endCapture();
+    void abandon();
+    /// Takes the engine out, or puts another in its place.
+    Engine exchangeEngine(Engine next);
+    Engine currentEngine() const;
+    bool isCurrent(const AudioTranscriber* engine) const;
+    void throwIfOvertaken(std::uint64_t attempt) const;
+
+    void handle(AudioBufferPtr buffer);
+    void handleLevel(double level);
+    void handleCaptureEvent(const CaptureEvent& event);
+    void handleEngineEvent(const ASREvent& event);
+    void latchSystemAudioPermission();
+
+    void systemAudioCapture(SystemAudioCapture& capture, AudioBufferPtr didOutput) override;
+    void systemAudioCaptureDidMeasure(SystemAudioCapture& capture, double level) override;
+    void systemAudioCaptureDidStaySilent(SystemAudioCapture& capture) override;
+    void systemAudioCaptureDidChange(SystemAudioCapture& capture,
+                                     const CaptureEvent& event) override;
+
+    template <typename Callback>
+    auto whileCurrent(const AudioTranscriber& engine, Callback callback);
+    ASREvent onTheClock(ASREvent event) const;
+
+    Executor mainExecutor() const { return Executor::main(host()); }
+    Host& host() const { return environment_.speech.host; }
+    TessaruneFileLogger& logger() const { return environment_.speech.logger; }
+    std::int64_t elapsedMS(double since) const;
+
+    const Environment environment_;
+    const std::shared_ptr<SystemAudioCapture> capture_;
+
+    // On the main queue
+    std::shared_ptr<MicrophoneCapture> micCapture_;
+    std::uint64_t attempt_ = 0; ///< raised by each start and each end
+    bool isActive_ = false;     ///< between a start and an end
+
+    mutable SoleLock transcriberLock_;
+    Engine transcriber_;
+
+    mutable SoleLock perfLock_; ///< guards the rest
+    double reportedAudioSampleRate_ = 0;
+    bool didLatchSystemAudioPermission_ = false;
+    double perfAudioBufferCount_ = 0;
+    double perfAudioBufferInfoEvents_ = 0;
+    double perfSystemAudioPermissionMarkEvents_ = 0;
+    double perfAudioLevelEvents_ = 0;
+    AudioTimeline timeline_; ///< of the current engine
+    PerfStats lastEnginePerf_;
+};
+
+} // namespace tessarune

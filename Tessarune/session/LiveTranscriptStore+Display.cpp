@@ -1,0 +1,103 @@
+#include "Tessarune/session/LiveTranscriptStore.h"
+#include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/translation/SessionTranscriptBuilder.h"
+
+#include <algorithm>
+
+namespace tessarune {
+
+namespace {
+
+constexpr double liveHistoryTextMinInterval = 1.0;
+
+} // namespace
+
+void LiveTranscriptStore::refreshCaptionDisplay(const std::string& reason) {
+    captionDisplayRefresh = reason;
+}
+
+void LiveTranscriptStore::showError(const std::string& message) {
+    presentMessage(message);
+    presentedError = message;
+    refreshCaptionDisplay("error.presentation");
+}
+
+void LiveTranscriptStore::presentMessage(const std::string& text) {
+    CaptionSegment segment;
+    segment.id = UUID::random();
+    segment.sourceText = text;
+    segment.startedAt = now();
+    message_ = segment;
+    core.currentPartial = std::move(segment);
+}
+
+/// Whether the live caption line is the program's own text and not speech.
+bool LiveTranscriptStore::showsMessage() const {
+    return message_ && core.currentPartial->id == message_->id &&
+           Text::equal(core.currentPartial->sourceText, message_->sourceText);
+}
+
+/// Before the live captions become history: what the program said was not heard.
+void LiveTranscriptStore::takeMessageAway() {
+    if (showsMessage())
+        core.currentPartial.mutate([](CaptionSegment& row) { row.sourceText.clear(); });
+    message_.reset();
+}
+
+bool LiveTranscriptStore::hasVisibleSourceText() const {
+    const auto isVisible = [this](const CaptionSegment& row) {
+        return !Text::trimmed(row.sourceText).empty() && !clearedSegmentIDs->contains(row.id);
+    };
+    const CaptionCore::Rows& committed = *core.committedSegments;
+    return isVisible(*core.currentPartial) ||
+           std::ranges::any_of(*core.softCaptionSegments, isVisible) ||
+           std::ranges::any_of(*core.liveLeadingSentences, isVisible) ||
+           std::any_of(committed.rbegin(), committed.rend(), isVisible);
+}
+
+void LiveTranscriptStore::updateVisibleSourceTextFlag() {
+    const bool visible = hasVisibleSourceText();
+    if (visible == *hasVisibleSourceTextFlag)
+        return;
+    hasVisibleSourceTextFlag = visible;
+    ++pipelinePerf_.toolbarTextFlagUpdates;
+}
+
+namespace {
+
+SessionTranscriptBuilder::Sources sources(const CaptionCore& core, bool withPartial) {
+    static const CaptionSegment nothing;
+    return {*core.committedSegments, *core.liveLeadingSentences, *core.softCaptionSegments,
+            withPartial ? *core.currentPartial : nothing};
+}
+
+} // namespace
+
+TranscriptSnapshot LiveTranscriptStore::exportTranscriptSnapshot() const {
+    const auto all = sources(core, !showsMessage());
+    return {SessionTranscriptBuilder::sourceText(all),
+            SessionTranscriptBuilder::bilingualText(all)};
+}
+
+void LiveTranscriptStore::updateLiveHistoryTextIfNeeded(bool force) {
+    // 1. An empty text is always rebuilt, so that the first words appear at once.
+    const double startedAt = now();
+    if (!force && !liveHistoryText->empty() &&
+        startedAt - liveHistoryTextLastUpdateWall_ < liveHistoryTextMinInterval)
+        return;
+    // 2.
+    std::string text = SessionTranscriptBuilder::sourceText(sources(core, !showsMessage()));
+    // 3.
+    liveHistoryTextLastUpdateWall_ = startedAt;
+    const double busy = now() - startedAt;
+    ++pipelinePerf_.liveHistoryTextBuilds;
+    pipelinePerf_.liveHistoryTextBuildSeconds += busy;
+    pipelinePerf_.liveHistoryTextBuildMaxMS =
+        std::max(pipelinePerf_.liveHistoryTextBuildMaxMS, busy * 1000);
+    pipelinePerf_.liveHistoryTextCharacters = static_cast<double>(Text::length(text));
+    // 4.
+    if (text != *liveHistoryText)
+        liveHistoryText = std::move(text);
+}
+
+} // namespace tessarune
