@@ -1,5 +1,6 @@
 #include "Tessarune/platform/disk/JSONUserDefaults.h"
 #include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "Tessarune/shell/OverridingUserDefaults.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -70,6 +71,22 @@ TEST_F(UserDefaultsTests, AFolderThatCannotBeWrittenKeepsTheValueAndSaysSo) {
     defaults.set("a", true);
     EXPECT_EQ(defaults.value("a"), SettingValue(true));
     EXPECT_FALSE(defaults.problem().empty());
+}
+
+TEST_F(UserDefaultsTests, WhatIsOverriddenForARunIsNeverStored) {
+    write(R"({"kept": 1, "overridden": 1})");
+    JSONUserDefaults defaults(files, file);
+    OverridingUserDefaults run(defaults);
+    run.override("overridden", std::int64_t{2});
+    run.override("only", true);
+    EXPECT_EQ(run.value("overridden"), SettingValue(std::int64_t{2}));
+    EXPECT_EQ(run.value("kept"), SettingValue(std::int64_t{1}));
+    run.set("overridden", std::int64_t{3});
+    run.set("kept", std::int64_t{3});
+    run.remove("only");
+    EXPECT_EQ(run.value("overridden"), SettingValue(std::int64_t{3}));
+    EXPECT_EQ(run.value("only"), SettingValue(true));
+    EXPECT_EQ(stored(), Json::parse(R"({"kept": 3, "overridden": 1})"));
 }
 
 } // namespace

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Tessarune/shell/UserDefaults.h"
+
+#include <map>
+#include <utility>
+
+namespace tessarune {
+
+/// A store with values for this run alone in front of it: what a command line asks for counts, and
+/// changes nothing for the next time. Main queue; the store behind outlives it.
+class OverridingUserDefaults final : public UserDefaults {
+  public:
+    explicit OverridingUserDefaults(UserDefaults& behind) : behind_(behind) {}
+
+    /// From now on the key has this value, and changes of it stay here.
+    void override(std::string key, SettingValue value) {
+        overrides_.insert_or_assign(std::move(key), std::move(value));
+    }
+
+    std::optional<SettingValue> value(std::string_view key) const override {
+        const auto found = overrides_.find(key);
+        return found != overrides_.end() ? found->second : behind_.value(key);
+    }
+    void set(std::string_view key, SettingValue value) override {
+        const auto found = overrides_.find(key);
+        if (found != overrides_.end())
+            found->second = std::move(value);
+        else
+            behind_.set(key, std::move(value));
+    }
+    void remove(std::string_view key) override {
+        if (!overrides_.contains(key))
+            behind_.remove(key);
+    }
+
+  private:
+    UserDefaults& behind_;
+    std::map<std::string, SettingValue, std::less<>> overrides_;
+};
+
+} // namespace tessarune
