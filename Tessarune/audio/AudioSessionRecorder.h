@@ -34,12 +34,17 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
         std::function<void(const RecordingMetadata&)> upsert;
         /// Whether an entry's audio has this base name already, with any extension.
         std::function<bool(const std::string& baseName)> isNameTaken;
+        UUIDSource makeID = UUID::random;
     };
 
     static constexpr int maxConsecutiveWriteFailures = 3;
     static constexpr std::uint64_t headerFlushIntervalBytes = 2'000'000;
     /// Recording stops while this much is left of the disk, for the transcripts that follow.
     static constexpr std::uint64_t reservedDiskBytes = 16'000'000;
+    /// A longer gap is not filled to its end.
+    static constexpr double longestSilenceSeconds = 24 * 3600;
+    static constexpr int sampleRate = 16000; ///< of a file in which nothing was heard
+    static constexpr int channelCount = 1;
     static constexpr const char* audioFormat = "wav/pcm_s16le";
 
     /// Host, disk and logger must outlive the recorder.
@@ -80,21 +85,24 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     static Task<std::optional<RecordingMetadata>>
     finish(std::shared_ptr<AudioSessionRecorder> self);
     void startOnQueue();
-    void openFile(RecordingMetadata item);
+    void openFile(const RecordingMetadata& item);
+    std::filesystem::path freshPath(double wallClock) const;
+    void checkFreeSpace();
     void appendOnQueue(const AudioBuffer& buffer);
     void appendSilenceOnQueue(double seconds);
-    std::optional<RecordingMetadata> stopOnQueue();
-
     void observeFormat(const AudioBuffer& buffer);
     std::vector<float> atRateOfFile(std::vector<float> mono, double sampleRate);
     void write(const std::string& pcm);
     void keepHeaderCurrent();
     void patchHeader();
+    std::optional<RecordingMetadata> stopOnQueue();
+    void closeFile();
+    void logStopped() const;
     void handleWriteFailure(const char* event, const std::exception& error);
-    void disableWriting(const std::string& error);
+    void disableWriting(const std::exception& error);
     void reportFileError(const char* event, const std::exception& error);
-    void reportFullDisk(const RecordingMetadata& item, const std::exception& error);
-    std::filesystem::path freshPath() const;
+    void report(const std::string& text) const;
+    LogFields writeFailureFields(const std::exception& error) const;
     int headerSampleRate() const;
 
     Host& host_;
@@ -119,6 +127,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     bool headerPatchIsFailing_ = false;
     std::unique_ptr<AudioConverter> converter_; // while buffers come at another rate
     double converterRate_ = 0;
+    double pendingSilence_ = 0; // seconds, until the sample rate is known
 };
 
 } // namespace tessarune

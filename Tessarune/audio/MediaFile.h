@@ -59,6 +59,13 @@ using OpenMediaFile = std::function<std::unique_ptr<MediaFile>(const std::filesy
 /// How far a conversion has come: 0 to 1. Called on the converting thread, a few times a second.
 using MediaProgress = std::function<void(double fraction)>;
 
+/// What compressed recordings are.
+struct M4A {
+    static constexpr int sampleRate = 16000;
+    static constexpr int channels = 1;
+    static constexpr int bitRate = 32000; ///< bits a second
+};
+
 /// Decodes `from` and writes it to `to` as M4A: AAC, 16000 Hz, one channel, 32000 bits a second.
 /// Blocks until it is done. A failure or a request to stop removes what was written of `to` and
 /// throws MediaFileError.

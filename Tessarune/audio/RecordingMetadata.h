@@ -17,7 +17,8 @@ struct RecordingMetadata {
     std::string filePath;          ///< the audio file, absolute
     double duration = 0;           ///< seconds of audio
     std::int64_t byteCount = 0;    ///< of the audio file
-    std::optional<std::string> audioFormat; ///< "wav/pcm_s16le", "m4a/aac", or an import's extension
+    std::optional<std::string>
+        audioFormat; ///< "wav/pcm_s16le", "m4a/aac", or an import's extension
     std::optional<std::int64_t> sampleRate;
     std::optional<std::int64_t> channelCount;
     std::optional<std::string> note; ///< the user's; absent, never empty

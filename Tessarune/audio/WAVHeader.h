@@ -26,6 +26,8 @@ struct WAVHeader {
 
     /// A size beyond 32 bits is written as the largest one, which players take for "to the end".
     std::string encoded() const;
+    /// The four bytes in front of the sound.
+    static std::string encodedSize(std::uint64_t dataSize);
 
     /// Nothing if these bytes do not begin such a file.
     static std::optional<WAVHeader> decoded(std::string_view bytes);

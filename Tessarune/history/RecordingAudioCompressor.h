@@ -20,12 +20,7 @@ class RecordingAudioCompressor {
   public:
     class CompressionError : public std::runtime_error {
       public:
-        enum class Kind {
-            missingSource,
-            missingOutput,
-            missingOutputSize,
-            wrongDuration ///< the M4A is shorter or longer than what was recorded
-        };
+        enum class Kind { missingSource, missingOutput, missingOutputSize };
         CompressionError(Kind kind, const std::string& path);
         Kind kind() const { return kind_; }
 
@@ -41,7 +36,7 @@ class RecordingAudioCompressor {
                              TessaruneFileLogger& logger, AudioExporter& exporter,
                              OpenMediaFile open);
 
-    /// Gives the entry as it stands in the catalog afterwards. The WAV is removed, if `deleteSource`
+    /// Gives the updated entry. The WAV is removed, if `deleteSource`
     /// asks for it, once the M4A is on the disk, has the recording's length and is in the catalog.
     /// Throws CompressionError, AudioExporter::ExportError, or CancellationError. Goes on on the
     /// main queue.
@@ -50,7 +45,10 @@ class RecordingAudioCompressor {
                                              std::stop_token stop = {});
 
   private:
-    void checkDuration(const RecordingMetadata& recording, const std::filesystem::path& output);
+    std::int64_t checkedSize(const RecordingMetadata& recording,
+                             const std::filesystem::path& output);
+    bool lastsAsLong(const RecordingMetadata& recording, const std::filesystem::path& output);
+    [[noreturn]] void discard(const std::filesystem::path& output, const std::string& why);
     void removeSource(const RecordingMetadata& recording, const std::filesystem::path& source,
                       const std::filesystem::path& destination);
 

@@ -126,35 +126,47 @@ class RecordingCatalog {
     void healStaleRecordings();
     /// Drops entries whose audio is gone.
     void reconcileIndex();
-    /// Removes sidecars of recordings that the index does not know.
+    /// Removes sidecars of recordings that the index does not know; none while an unreadable index
+    /// is kept aside, since they may be its.
     void cleanupOrphanTranscripts();
 
   private:
-    enum class Reading { good, missing, unreadable };
-    struct Loaded;
-    struct SidecarOperation;
+    /// How one kind of sidecar appears in logs.
+    struct SidecarKind {
+        const char* kind;
+        const char* event;
+    };
+    enum class IndexState { good, missing, unreadable };
+    struct LoadedIndex;
 
-    Loaded load();
-    Loaded loadOrRebuild(bool writes);
-    std::filesystem::path keepAside(const std::string& bytes, bool canBeCopied);
-    RecordingIndex rebuilt(std::string_view damagedIndex);
+    LoadedIndex loadIndex();
     bool mutateIndex(const std::function<void(RecordingIndex&)>& mutate);
     void writeIndex(RecordingIndex& index);
-    void writeEntry(const RecordingIndex& index, const UUID& id);
+    std::filesystem::path keepAside(const std::string& bytes);
+    std::filesystem::path moveAside();
+    std::filesystem::path asidePath() const;
+    bool isAside(const std::string& name) const;
+    std::vector<std::string> entriesBesideTranscripts();
+
     void removeOwned(const RecordingMetadata& recording);
+    void removeSidecars(const UUID& id);
     void removeQuietly(const std::filesystem::path& path);
     std::vector<std::filesystem::path> audioArtifactURLs(const RecordingMetadata& recording) const;
-    bool saveSidecar(const SidecarOperation& operation, const UUID& id,
+
+    std::filesystem::path sidecar(const UUID& id, std::string_view suffix) const;
+    bool saveSidecar(SidecarKind kind, const UUID& id, const std::filesystem::path& path,
                      const std::function<void()>& save);
-    void recordSidecarSaveFailure(const SidecarOperation& operation, const UUID& id,
-                                  const std::exception& error);
-    void writeText(const std::filesystem::path& path, std::string_view text);
+    void recordSidecarSaveFailure(SidecarKind kind, const UUID& id,
+                                  const std::filesystem::path& path, const std::exception& error);
+    void writeSidecar(const std::filesystem::path& path, std::string_view content);
     void writeBilingual(std::string_view text, const UUID& id);
     void writeTimeline(const std::optional<HistoryWordTimeline>& timeline, const UUID& id);
-    RecordingTranscriptSaveOutcome saveGuarded(const SidecarOperation& operation,
-                                               std::string_view skippedText, const UUID& id,
-                                               const std::function<void()>& save);
-    std::filesystem::path sidecar(const UUID& id, std::string_view suffix) const;
+    void writeEntry(const RecordingIndex& index, const UUID& id);
+    RecordingTranscriptSaveOutcome saveGuarded(SidecarKind kind, std::string_view skipped,
+                                               const UUID& id, const std::function<void()>& save);
+
+    bool isSurelyMissing(const std::filesystem::path& path);
+    bool namesRecording(const std::filesystem::path& run, const std::set<std::string>& ids);
 
     Host& host_;
     FileSystem& files_;

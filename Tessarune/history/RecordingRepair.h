@@ -1,15 +1,18 @@
 #pragma once
 
+#include "Tessarune/audio/WAVHeader.h"
 #include "Tessarune/history/RecordingCatalog.h"
 #include "Tessarune/shell/FileSystem.h"
 #include "Tessarune/shell/TessaruneFileLogger.h"
 #include "TessaruneCore/UUID.h"
 
-#include <filesystem>
+#include <cstdint>
 #include <optional>
 #include <vector>
 
 namespace tessarune {
+
+struct SessionJournalContent;
 
 /// Puts the data folder in order when the program starts, before anybody else uses it.
 class RecordingRepair {
@@ -29,7 +32,10 @@ class RecordingRepair {
 
   private:
     bool finishSession(RecordingMetadata recording);
-    bool restoreTranscripts(const RecordingMetadata& recording);
+    WAVHeader repairedHeader(const RecordingMetadata& recording, std::uint64_t size);
+    void restoreTranscripts();
+    void restoreTranscripts(const UUID& id);
+    bool writeTranscripts(const UUID& id, const SessionJournalContent& journal);
     void removeUnfinishedFiles();
 
     FileSystem& files_;

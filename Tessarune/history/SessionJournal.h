@@ -9,35 +9,20 @@
 
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <span>
 #include <string>
-#include <string_view>
-#include <unordered_map>
-#include <vector>
 
 namespace tessarune {
 
 /// Keeps the committed rows of a running session on the disk, a line for each row and each change
 /// of one, so that a crash does not cost them: "Transcripts/<UUID>.live.ndjson". The next start
-/// makes the transcripts of it (RecordingRepair).
+/// makes the transcripts of it (RecordingRepair, SessionJournalContent).
 ///
 /// Main queue; the writing is done on the queue "Tessarune.SessionJournal". A line is in the file,
 /// and survives the program, as soon as the queue comes to it; it survives a loss of power some
 /// seconds later. Failures are logged once a session and never reach the caller.
 class SessionJournal {
   public:
-    /// What a journal says, as far as it can be read.
-    struct Content {
-        /// The clock of the rows' times at the start of the recording; see
-        /// RecordingMetadata::monotonicStart.
-        std::optional<double> recordingStartedAt;
-        std::string recognitionOptionID;
-        std::vector<CaptionSegment> rows; ///< in the order in which they were committed
-        std::unordered_map<UUID, std::vector<WordEvent>> wordEvents;
-        std::size_t unreadableLines = 0;
-    };
-
     /// Begins the journal at `path`. The references must outlive it.
     SessionJournal(Host& host, FileSystem& files, TessaruneFileLogger& logger,
                    std::filesystem::path path, double recordingStartedAt,
@@ -53,9 +38,6 @@ class SessionJournal {
 
     /// The transcripts are saved: removes the file. Waits for the queue.
     void discard();
-
-    /// Reads what a journal's text still says, whatever happened to it.
-    static Content decoded(std::string_view text);
 
   private:
     class Writer;

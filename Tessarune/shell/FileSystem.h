@@ -46,7 +46,8 @@ class FileSystem {
     /// after a loss of power; once it returns, the new bytes are on the disk.
     virtual void writeAtomically(const Path& path, std::string_view bytes) = 0;
 
-    /// Creates the file, emptying what stood there, and opens it.
+    /// Creates the file, emptying what stood there, and opens it. Its name survives a loss of power
+    /// from then on, its bytes once they are synchronized.
     virtual std::unique_ptr<AppendFile> create(const Path& path) = 0;
     /// Opens a file for writing at its end, creating it if it is missing.
     virtual std::unique_ptr<AppendFile> openForAppending(const Path& path) = 0;
@@ -55,7 +56,7 @@ class FileSystem {
     virtual void createDirectories(const Path& path) = 0;
     /// Removes a file, or a folder with all that is in it. False if there was nothing.
     virtual bool remove(const Path& path) = 0;
-    /// Moves within one disk, replacing what stands at `to`.
+    /// Moves within one disk, replacing what stands at `to`; also after a loss of power.
     virtual void rename(const Path& from, const Path& to) = 0;
 
     virtual bool exists(const Path& path) = 0;

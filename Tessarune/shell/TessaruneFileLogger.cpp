@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <ctime>
+#include <functional>
 #include <optional>
 
 namespace tessarune {
@@ -79,11 +80,20 @@ class TessaruneFileLogger::Writer {
     }
 
     void deleteLines(const std::set<std::string>& needles) {
+        forEachFile([&](const auto& path) { deleteLines(path, needles); });
+    }
+
+    void deleteAll() {
+        forEachFile([&](const auto& path) { files_.remove(path); });
+    }
+
+  private:
+    void forEachFile(const std::function<void(const std::filesystem::path&)>& change) {
         file_.reset();
         try {
             for (const auto& name : files_.list(folder_)) {
                 if (isLogFile(name))
-                    deleteLines(folder_ / name, needles);
+                    change(folder_ / name);
             }
         } catch (const std::exception& error) {
             const std::string text = error.what();
@@ -91,7 +101,6 @@ class TessaruneFileLogger::Writer {
         }
     }
 
-  private:
     void open(const std::string& day) {
         if (file_ && day == day_)
             return;
@@ -177,6 +186,10 @@ void TessaruneFileLogger::deleteEntries(const std::set<std::string>& matchingRec
     if (needles.empty())
         return;
     queue_->sync([&] { writer_->deleteLines(needles); });
+}
+
+void TessaruneFileLogger::deleteAllLogs() {
+    queue_->sync([&] { writer_->deleteAll(); });
 }
 
 void TessaruneFileLogger::pruneOldLogs() {

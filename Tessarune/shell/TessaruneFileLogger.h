@@ -45,6 +45,9 @@ class TessaruneFileLogger {
     void deleteEntries(const std::set<std::string>& matchingRecordingIDs,
                        const std::set<std::string>& matchingText);
 
+    /// Removes all log files. Waits for the queue.
+    void deleteAllLogs();
+
     /// Removes day files that are older than two weeks.
     void pruneOldLogs();
 

@@ -13,8 +13,7 @@ struct NotificationCenter::Observation::Observers {
     std::map<Key, std::shared_ptr<const Handler>> handlers;
 };
 
-NotificationCenter::NotificationCenter()
-    : observers_(std::make_shared<Observation::Observers>()) {}
+NotificationCenter::NotificationCenter() : observers_(std::make_shared<Observation::Observers>()) {}
 
 void NotificationCenter::Observation::end() {
     const auto observers = std::exchange(observers_, {}).lock();
@@ -27,7 +26,7 @@ void NotificationCenter::Observation::end() {
 }
 
 NotificationCenter::Observation NotificationCenter::observe(std::string_view name,
-                                                                   Handler handler) {
+                                                            Handler handler) {
     Observation observation;
     observation.observers_ = observers_;
     std::lock_guard lock(observers_->mutex);
@@ -37,8 +36,7 @@ NotificationCenter::Observation NotificationCenter::observe(std::string_view nam
     return observation;
 }
 
-void NotificationCenter::post(std::string_view name,
-                                     const NotificationObject& object) const {
+void NotificationCenter::post(std::string_view name, const NotificationObject& object) const {
     std::vector<std::shared_ptr<const Handler>> called;
     {
         std::lock_guard lock(observers_->mutex);

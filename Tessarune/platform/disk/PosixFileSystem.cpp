@@ -124,7 +124,9 @@ class PosixAppendFile final : public AppendFile {
     std::uint64_t end_ = 0; // a failed append is overwritten by the next one
 };
 
-void synchronizeFolder(const fs::path& folder) {
+/// A new name is on the disk only once its folder is.
+void synchronizeFolderOf(const fs::path& path) {
+    const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
     Descriptor(folder, O_RDONLY | O_DIRECTORY).synchronize();
 }
 
@@ -157,11 +159,12 @@ void PosixFileSystem::writeAtomically(const Path& path, std::string_view bytes) 
         ::unlink(beside.c_str());
         throw;
     }
-    synchronizeFolder(path.has_parent_path() ? path.parent_path() : fs::path("."));
 }
 
 std::unique_ptr<AppendFile> PosixFileSystem::create(const Path& path) {
-    return std::make_unique<PosixAppendFile>(path, O_WRONLY | O_CREAT | O_TRUNC);
+    auto file = std::make_unique<PosixAppendFile>(path, O_WRONLY | O_CREAT | O_TRUNC);
+    synchronizeFolderOf(path);
+    return file;
 }
 
 std::unique_ptr<AppendFile> PosixFileSystem::openForAppending(const Path& path) {
@@ -179,6 +182,7 @@ bool PosixFileSystem::remove(const Path& path) {
 void PosixFileSystem::rename(const Path& from, const Path& to) {
     if (::rename(from.c_str(), to.c_str()) != 0)
         fail("cannot replace", to);
+    synchronizeFolderOf(to);
 }
 
 bool PosixFileSystem::exists(const Path& path) {

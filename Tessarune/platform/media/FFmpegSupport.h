@@ -22,6 +22,15 @@ struct Deleter {
     void operator()(SwrContext* context) const { swr_free(&context); }
 };
 
+/// A file that is written has another end than one that is read.
+struct OutputDeleter {
+    void operator()(AVFormatContext* context) const {
+        avio_closep(&context->pb);
+        avformat_free_context(context);
+    }
+};
+
+using Output = std::unique_ptr<AVFormatContext, OutputDeleter>;
 using Input = std::unique_ptr<AVFormatContext, Deleter>;
 using Codec = std::unique_ptr<AVCodecContext, Deleter>;
 using Frame = std::unique_ptr<AVFrame, Deleter>;

@@ -1,6 +1,6 @@
 #include "Tessarune/platform/model-store/ModelInstaller.h"
 
-#include "Tessarune/platform/model-store/FileLock.h"
+#include "Tessarune/platform/disk/FileLock.h"
 
 #include <algorithm>
 #include <atomic>

@@ -1,4 +1,4 @@
-#include "Tessarune/platform/model-store/FileLock.h"
+#include "Tessarune/platform/disk/FileLock.h"
 
 #include <fcntl.h>
 #include <sys/file.h>
@@ -19,6 +19,12 @@ std::optional<FileLock> FileLock::tryToTake(const std::filesystem::path& path) {
     if (errno == EWOULDBLOCK || errno == EINTR)
         return std::nullopt;
     throw std::system_error(errno, std::generic_category(), path.string());
+}
+
+void FileLock::note(std::string_view text) const {
+    if (::ftruncate(file_, 0) == 0 &&
+        ::pwrite(file_, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size()))
+        (void)!::ftruncate(file_, 0);
 }
 
 FileLock::~FileLock() {

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 namespace tessarune {
@@ -19,6 +20,9 @@ class FileLock {
         return *this;
     }
     ~FileLock();
+
+    /// Leaves a note in the lock's file for those who find it taken. A failure leaves an empty one.
+    void note(std::string_view text) const;
 
   private:
     explicit FileLock(int file) : file_(file) {}

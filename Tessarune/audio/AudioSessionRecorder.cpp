@@ -1,0 +1,446 @@
+#include "Tessarune/audio/AudioSessionRecorder.h"
+
+#include "Tessarune/audio/WAVHeader.h"
+#include "TessaruneCore/text/DateText.h"
+#include "TessaruneCore/text/Localization.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <exception>
+#include <system_error>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+constexpr std::size_t bytesPerSample = 2;
+
+std::system_error diskFull(const std::filesystem::path& path) {
+    return {std::make_error_code(std::errc::no_space_on_device), path.string()};
+}
+
+bool isDiskFull(const std::system_error& error) {
+    return error.code() == std::errc::no_space_on_device ||
+           error.code() == std::error_code(EDQUOT, std::generic_category());
+}
+
+/// All channels in one. Channels that have nothing in common keep their loudness by the square
+/// root.
+std::vector<float> downmixed(const AudioBuffer& buffer) {
+    const auto channels = static_cast<std::size_t>(std::max(buffer.format.channels, 0));
+    std::vector<float> mono(buffer.frames());
+    const float scale = 1.0F / std::sqrt(static_cast<float>(channels));
+    for (std::size_t frame = 0; frame < mono.size(); ++frame) {
+        float sum = 0;
+        for (std::size_t channel = 0; channel < channels; ++channel)
+            sum += buffer.samples[frame * channels + channel];
+        mono[frame] = sum * scale;
+    }
+    return mono;
+}
+
+std::string pcmS16LEData(const std::vector<float>& mono) {
+    constexpr float fullScale = 32767;
+    std::string pcm;
+    pcm.reserve(mono.size() * bytesPerSample);
+    for (const float sample : mono) {
+        const float clamped = std::isnan(sample) ? 0.0F : std::clamp(sample, -1.0F, 1.0F);
+        const auto value = static_cast<std::int16_t>(std::lround(clamped * fullScale));
+        pcm += static_cast<char>(value & 0xFF);
+        pcm += static_cast<char>(value >> 8 & 0xFF);
+    }
+    return pcm;
+}
+
+} // namespace
+
+std::shared_ptr<AudioSessionRecorder>
+AudioSessionRecorder::create(Host& host, FileSystem& files, TessaruneFileLogger& logger,
+                             Catalog catalog, MakeAudioConverter makeConverter) {
+    return std::shared_ptr<AudioSessionRecorder>(new AudioSessionRecorder(
+        host, files, logger, std::move(catalog), std::move(makeConverter)));
+}
+
+AudioSessionRecorder::AudioSessionRecorder(Host& host, FileSystem& files,
+                                           TessaruneFileLogger& logger, Catalog catalog,
+                                           MakeAudioConverter makeConverter)
+    : host_(host),
+      files_(files),
+      logger_(logger),
+      catalog_(std::move(catalog)),
+      makeConverter_(std::move(makeConverter)),
+      queue_(host.serialQueue("Tessarune.AudioSessionRecorder.writerQueue",
+                              QueuePriority::standard)) {}
+
+AudioSessionRecorder::~AudioSessionRecorder() = default;
+
+// Operations
+
+void AudioSessionRecorder::start() {
+    std::exception_ptr failure;
+    queue_->sync([&] {
+        try {
+            startOnQueue();
+        } catch (...) {
+            failure = std::current_exception();
+        }
+    });
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
+void AudioSessionRecorder::append(AudioBufferPtr buffer) {
+    queue_->async([weak = weak_from_this(), buffer = std::move(buffer)] {
+        if (const auto self = weak.lock())
+            self->appendOnQueue(*buffer);
+    });
+}
+
+void AudioSessionRecorder::appendSilence(double seconds) {
+    queue_->async([weak = weak_from_this(), seconds] {
+        if (const auto self = weak.lock())
+            self->appendSilenceOnQueue(seconds);
+    });
+}
+
+void AudioSessionRecorder::stop() {
+    logger_.event("audioRecorder.stop.request");
+    // Whoever drops the recorder right after this still gets a whole file.
+    queue_->async([self = shared_from_this()] { self->stopOnQueue(); });
+}
+
+Task<std::optional<RecordingMetadata>> AudioSessionRecorder::finishAndStop() {
+    return finish(shared_from_this());
+}
+
+Task<std::optional<RecordingMetadata>>
+AudioSessionRecorder::finish(std::shared_ptr<AudioSessionRecorder> self) {
+    self->logger_.event("audioRecorder.stop.request", {{"mode", std::string("await")}});
+    const SwitchTo writer = switchTo(Executor::queue(self->host_, self->queue_));
+    co_await writer;
+    auto finished = self->stopOnQueue();
+    const SwitchTo main = switchTo(Executor::main(self->host_));
+    co_await main;
+    co_return finished;
+}
+
+// Start
+
+void AudioSessionRecorder::startOnQueue() {
+    stopOnQueue();
+    RecordingMetadata item;
+    item.id = catalog_.makeID();
+    item.startedAt = host_.wallClock();
+    item.monotonicStart = host_.now();
+    item.audioFormat = audioFormat;
+    item.byteCount = WAVHeader::size;
+    item.sampleRate = sampleRate;
+    item.channelCount = channelCount;
+    try {
+        catalog_.prepareDirectories();
+        item.filePath = freshPath(item.startedAt).string();
+        logger_.important("audioRecorder.start.request",
+                          {{"recordingID", item.id.text()},
+                           {"path", item.filePath},
+                           {"targetSampleRate", std::int64_t{sampleRate}},
+                           {"channelCount", std::int64_t{channelCount}}});
+        checkFreeSpace();
+        openFile(item);
+    } catch (const std::system_error& error) {
+        fileHandle_.reset();
+        if (!isDiskFull(error))
+            throw;
+        logger_.important(
+            "audioRecorder.start.diskFull",
+            {{"recordingID", item.id.text()}, {"error", std::string(error.what())}});
+        report(localized("录音写入失败：%@", {error.what()}));
+        return;
+    }
+    item_ = item;
+    catalog_.upsert(item);
+    logger_.event("audioRecorder.start.done",
+                  {{"recordingID", item.id.text()}, {"path", item.filePath}});
+    if (onStarted)
+        onStarted(item);
+}
+
+/// Two sessions have the same second when the clock is set back. The earlier recording stays; a
+/// file that no entry knows gives way.
+std::filesystem::path AudioSessionRecorder::freshPath(double wallClock) const {
+    const std::string stamp =
+        DateText::formatted(wallClock, "yyyyMMdd-HHmmss", "en_US_POSIX");
+    std::string name = stamp;
+    for (int i = 2; catalog_.isNameTaken && catalog_.isNameTaken(name); ++i)
+        name = stamp + "-" + std::to_string(i);
+    return catalog_.recordingsFolder / (name + ".wav");
+}
+
+/// Throws if the disk is as good as full.
+void AudioSessionRecorder::checkFreeSpace() {
+    std::uint64_t left = reservedDiskBytes;
+    try {
+        left = files_.freeSpace(catalog_.recordingsFolder);
+    } catch (const std::system_error&) {
+        return; // writing will tell
+    }
+    if (left < reservedDiskBytes)
+        throw diskFull(catalog_.recordingsFolder);
+}
+
+void AudioSessionRecorder::openFile(const RecordingMetadata& item) {
+    files_.remove(item.filePath);
+    fileHandle_ = files_.create(item.filePath);
+    observedSampleRate_ = 0;
+    dataByteCount_ = 0;
+    lastHeaderFlushBytes_ = 0;
+    writeFailureCount_ = 0;
+    consecutiveWriteFailures_ = 0;
+    finalizeFailureCount_ = 0;
+    didNotifyFirstWriteFailure_ = false;
+    didNotifyWriteDegraded_ = false;
+    recordingWriteDisabled_ = false;
+    headerPatchIsFailing_ = false;
+    converter_.reset();
+    pendingSilence_ = 0;
+    try {
+        fileHandle_->append(WAVHeader{.sampleRate = sampleRate}.encoded());
+    } catch (...) {
+        fileHandle_.reset();
+        try {
+            files_.remove(item.filePath);
+        } catch (const std::system_error&) { // the first failure is the one to tell
+        }
+        throw;
+    }
+}
+
+// Sound
+
+void AudioSessionRecorder::appendOnQueue(const AudioBuffer& buffer) {
+    if (!fileHandle_ || recordingWriteDisabled_)
+        return;
+    auto mono = downmixed(buffer);
+    if (mono.empty())
+        return;
+    if (observedSampleRate_ == 0)
+        observeFormat(buffer);
+    std::string pcm;
+    try {
+        pcm = pcmS16LEData(atRateOfFile(std::move(mono), buffer.format.sampleRate));
+    } catch (const std::exception& error) {
+        converter_.reset();
+        handleWriteFailure("audioRecorder.convert.failed", error);
+        return;
+    }
+    if (!pcm.empty())
+        write(pcm);
+}
+
+/// What is received decides, not the target. The header says so at once: a crash before the first
+/// regular patch must not leave a file that plays at another speed.
+void AudioSessionRecorder::observeFormat(const AudioBuffer& buffer) {
+    observedSampleRate_ = buffer.format.sampleRate;
+    if (headerSampleRate() != sampleRate) {
+        try {
+            patchHeader();
+        } catch (const std::exception& error) {
+            reportFileError("audioRecorder.patchHeader.failed", error);
+        }
+    }
+    appendSilenceOnQueue(std::exchange(pendingSilence_, 0));
+}
+
+/// A device that comes with another rate in mid-session is brought to that of the file.
+std::vector<float> AudioSessionRecorder::atRateOfFile(std::vector<float> mono, double rate) {
+    const bool sameAsFile = rate == observedSampleRate_;
+    std::vector<float> result;
+    if (converter_ && (sameAsFile || rate != converterRate_)) {
+        result = converter_->flush().samples;
+        converter_.reset();
+    }
+    if (sameAsFile) {
+        result.insert(result.end(), mono.begin(), mono.end());
+        return result;
+    }
+    if (!converter_) {
+        converter_ = makeConverter_({rate, channelCount},
+                                    {static_cast<double>(headerSampleRate()), channelCount});
+        converterRate_ = rate;
+    }
+    const AudioBuffer converted = converter_->convert({{rate, channelCount}, std::move(mono)});
+    result.insert(result.end(), converted.samples.begin(), converted.samples.end());
+    return result;
+}
+
+void AudioSessionRecorder::appendSilenceOnQueue(double seconds) {
+    if (!fileHandle_ || recordingWriteDisabled_ || !(seconds > 0))
+        return;
+    if (observedSampleRate_ == 0) {
+        pendingSilence_ += seconds;
+        return;
+    }
+    constexpr std::uint64_t block = 65536;
+    auto left = static_cast<std::uint64_t>(
+                    std::llround(std::min(seconds, longestSilenceSeconds) * headerSampleRate())) *
+                bytesPerSample;
+    while (left > 0 && !recordingWriteDisabled_) {
+        const std::uint64_t size = std::min(left, block);
+        write(std::string(size, '\0'));
+        left -= size;
+    }
+}
+
+void AudioSessionRecorder::write(const std::string& pcm) {
+    try {
+        fileHandle_->append(pcm);
+    } catch (const std::exception& error) {
+        handleWriteFailure("audioRecorder.write.pcmBuffer.failed", error);
+        return;
+    }
+    dataByteCount_ += pcm.size();
+    consecutiveWriteFailures_ = 0;
+    keepHeaderCurrent();
+}
+
+/// Puts what was written so far beyond the reach of a crash and a loss of power.
+void AudioSessionRecorder::keepHeaderCurrent() {
+    if (dataByteCount_ - lastHeaderFlushBytes_ < headerFlushIntervalBytes)
+        return;
+    try {
+        patchHeader();
+        fileHandle_->synchronize();
+        lastHeaderFlushBytes_ = dataByteCount_;
+        headerPatchIsFailing_ = false;
+    } catch (const std::exception& error) {
+        // Tried again with the next buffer, told once.
+        if (!std::exchange(headerPatchIsFailing_, true))
+            reportFileError("audioRecorder.patchHeader.failed", error);
+        return;
+    }
+    try {
+        checkFreeSpace();
+    } catch (const std::exception& error) {
+        handleWriteFailure("audioRecorder.write.diskFull", error);
+        disableWriting(error);
+    }
+}
+
+void AudioSessionRecorder::patchHeader() {
+    const WAVHeader header{.sampleRate = static_cast<std::uint32_t>(headerSampleRate()),
+                           .dataSize = dataByteCount_};
+    fileHandle_->overwrite(0, header.encoded());
+}
+
+int AudioSessionRecorder::headerSampleRate() const {
+    return observedSampleRate_ > 0 ? static_cast<int>(observedSampleRate_) : sampleRate;
+}
+
+// Stop
+
+std::optional<RecordingMetadata> AudioSessionRecorder::stopOnQueue() {
+    if (!fileHandle_)
+        return std::nullopt;
+    closeFile();
+    RecordingMetadata& item = *item_;
+    item.duration = static_cast<double>(dataByteCount_) /
+                    (static_cast<double>(headerSampleRate()) * bytesPerSample);
+    item.endedAt = item.startedAt + (host_.now() - *item.monotonicStart);
+    item.byteCount = static_cast<std::int64_t>(WAVHeader::size + dataByteCount_);
+    item.sampleRate = headerSampleRate();
+    catalog_.upsert(item);
+    logStopped();
+    fileHandle_.reset();
+    const auto finished = std::exchange(item_, std::nullopt);
+    if (onFinished)
+        onFinished(*finished);
+    return finished;
+}
+
+void AudioSessionRecorder::closeFile() {
+    if (converter_ && !recordingWriteDisabled_) {
+        try {
+            if (const auto rest = pcmS16LEData(converter_->flush().samples); !rest.empty())
+                write(rest);
+        } catch (const std::exception& error) {
+            handleWriteFailure("audioRecorder.convert.failed", error);
+        }
+    }
+    converter_.reset();
+    const auto attempt = [&](const char* event, const std::function<void()>& step) {
+        try {
+            step();
+        } catch (const std::exception& error) {
+            reportFileError(event, error);
+        }
+    };
+    attempt("audioRecorder.stop.patchHeader.failed", [&] { patchHeader(); });
+    attempt("audioRecorder.stop.synchronize.failed", [&] { fileHandle_->synchronize(); });
+    attempt("audioRecorder.stop.close.failed", [&] { fileHandle_->close(); });
+}
+
+void AudioSessionRecorder::logStopped() const {
+    const bool isDegraded = writeFailureCount_ > 0 || finalizeFailureCount_ > 0;
+    const LogFields fields{{"recordingID", item_->id.text()},
+                           {"path", item_->filePath},
+                           {"duration", item_->duration},
+                           {"sampleRate", *item_->sampleRate},
+                           {"byteCount", item_->byteCount},
+                           {"dataBytes", static_cast<std::int64_t>(dataByteCount_)},
+                           {"outcome", std::string(isDegraded ? "degraded" : "complete")},
+                           {"finalizeFailureCount", std::int64_t{finalizeFailureCount_}},
+                           {"writeDisabled", recordingWriteDisabled_}};
+    logger_.event("audioRecorder.stop.done", fields);
+    if (isDegraded)
+        logger_.important("audioRecorder.stop.degraded", fields);
+}
+
+// Failures
+
+void AudioSessionRecorder::handleWriteFailure(const char* event, const std::exception& error) {
+    ++writeFailureCount_;
+    ++consecutiveWriteFailures_;
+    if (!std::exchange(didNotifyFirstWriteFailure_, true)) {
+        logger_.important(event, writeFailureFields(error));
+        report(localized("录音写入失败：%@", {error.what()}));
+    }
+    if (consecutiveWriteFailures_ >= maxConsecutiveWriteFailures)
+        disableWriting(error);
+}
+
+/// What is written stays; the session goes on without more sound in the file.
+void AudioSessionRecorder::disableWriting(const std::exception& error) {
+    recordingWriteDisabled_ = true;
+    if (std::exchange(didNotifyWriteDegraded_, true))
+        return;
+    LogFields fields = writeFailureFields(error);
+    fields.add("threshold", std::int64_t{maxConsecutiveWriteFailures});
+    logger_.important("audioRecorder.write.degraded", std::move(fields));
+    report(localized("录音写入持续失败，已保留目前已写入的录音。"));
+}
+
+void AudioSessionRecorder::reportFileError(const char* event, const std::exception& error) {
+    ++finalizeFailureCount_;
+    logger_.important(event, {{"recordingID", item_->id.text()},
+                              {"dataBytes", static_cast<std::int64_t>(dataByteCount_)},
+                              {"finalizeFailureCount", std::int64_t{finalizeFailureCount_}},
+                              {"error", std::string(error.what())}});
+    if (finalizeFailureCount_ == 1)
+        report(localized("录音文件收尾失败：%@", {error.what()}));
+}
+
+LogFields AudioSessionRecorder::writeFailureFields(const std::exception& error) const {
+    return {{"recordingID", item_->id.text()},
+            {"dataBytes", static_cast<std::int64_t>(dataByteCount_)},
+            {"writeFailureCount", std::int64_t{writeFailureCount_}},
+            {"consecutiveWriteFailures", std::int64_t{consecutiveWriteFailures_}},
+            {"error", std::string(error.what())}};
+}
+
+void AudioSessionRecorder::report(const std::string& text) const {
+    if (onError)
+        onError(text);
+}
+
+} // namespace tessarune

@@ -1,0 +1,82 @@
+#include "Tessarune/history/AudioExporter.h"
+
+#include "TessaruneCore/host/CancellationError.h"
+#include "TessaruneCore/text/Localization.h"
+
+#include <exception>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+using ExportError = AudioExporter::ExportError;
+using Kind = ExportError::Kind;
+
+std::string description(Kind kind, const std::string& detail) {
+    switch (kind) {
+    case Kind::cannotCreateReader:
+    case Kind::missingSource:
+    case Kind::noAudioTrack:
+        return localized("无法读取录音：%@", {detail});
+    case Kind::cannotCreateWriter:
+        return localized("无法创建 M4A：%@", {detail});
+    case Kind::exportFailed:
+        return localized("导出失败：%@", {detail});
+    }
+    return detail;
+}
+
+[[noreturn]] void rethrow(const MediaFileError& error) {
+    switch (error.kind()) {
+    case MediaFileError::Kind::cancelled:
+        throw CancellationError();
+    case MediaFileError::Kind::cannotOpen:
+        throw ExportError(Kind::missingSource, error.what());
+    case MediaFileError::Kind::noAudioTrack:
+        throw ExportError(Kind::noAudioTrack, error.what());
+    case MediaFileError::Kind::notMedia:
+    case MediaFileError::Kind::unsupported:
+        throw ExportError(Kind::cannotCreateReader, error.what());
+    case MediaFileError::Kind::cannotCreate:
+        throw ExportError(Kind::cannotCreateWriter, error.what());
+    case MediaFileError::Kind::damaged:
+    case MediaFileError::Kind::writeFailed:
+        break;
+    }
+    throw ExportError(Kind::exportFailed, error.what());
+}
+
+} // namespace
+
+AudioExporter::ExportError::ExportError(Kind kind, const std::string& detail)
+    : std::runtime_error(description(kind, detail)), kind_(kind) {}
+
+AudioExporter::AudioExporter(Host& host, TranscodeToM4A transcode)
+    : host_(host),
+      transcode_(std::make_shared<const TranscodeToM4A>(std::move(transcode))),
+      queue_(host.serialQueue("Tessarune.audio.m4aWriter", QueuePriority::standard)) {}
+
+Task<void> AudioExporter::transcodeToM4A(std::filesystem::path from, std::filesystem::path to,
+                                         MediaProgress progress, std::stop_token stop) {
+    // The coroutine may outlive the exporter; it takes along what it needs.
+    const auto transcode = transcode_;
+    const SwitchTo worker = switchTo(Executor::queue(host_, queue_));
+    const SwitchTo main = switchTo(Executor::main(host_));
+    std::exception_ptr failure;
+    co_await worker;
+    try {
+        (*transcode)(from, to, progress, stop);
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    co_await main;
+    try {
+        if (failure)
+            std::rethrow_exception(failure);
+    } catch (const MediaFileError& error) {
+        rethrow(error);
+    }
+}
+
+} // namespace tessarune

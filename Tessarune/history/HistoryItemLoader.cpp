@@ -1,0 +1,77 @@
+#include "Tessarune/history/HistoryItemLoader.h"
+
+#include "Tessarune/history/DurationTextFormatter.h"
+#include "TessaruneCore/text/DateText.h"
+#include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <filesystem>
+#include <optional>
+#include <system_error>
+
+namespace tessarune::HistoryItemLoader {
+
+namespace {
+
+std::optional<std::int64_t> sizeOf(FileSystem& files, const std::filesystem::path& path) {
+    try {
+        return static_cast<std::int64_t>(files.size(path));
+    } catch (const std::system_error&) {
+        return std::nullopt;
+    }
+}
+
+/// The entry as it is now, or nothing if it is not to be listed.
+std::optional<RecordingMetadata> normalizedRecording(RecordingMetadata recording,
+                                                     FileSystem& files) {
+    const std::filesystem::path audio(recording.filePath);
+    if (!files.exists(audio))
+        return std::nullopt;
+    if (const auto size = sizeOf(files, audio))
+        recording.byteCount = *size;
+    const std::string extension = Text::lowercased(audio.extension().string());
+    if (extension == ".wav" || extension == ".pcm" || recording.byteCount > emptyCompressedSize)
+        return recording;
+    return std::nullopt;
+}
+
+/// Makes the rows' texts, all in one language.
+struct RowBuilder {
+    std::string locale = localized("zh_Hans_CN");
+    std::string datePattern = localized("yyyy年M月d日");
+
+    HistoryItem row(const RecordingMetadata& recording, bool hasBilingualTranscript) const {
+        HistoryItem item;
+        item.id = recording.id;
+        item.recordingID = recording.id;
+        item.live = !recording.endedAt;
+        item.hasBilingualTranscript = hasBilingualTranscript;
+        item.date = DateText::formatted(recording.startedAt, datePattern, locale);
+        item.time = DateText::formatted(recording.startedAt, "HH:mm:ss", locale);
+        item.dur = DurationTextFormatter::compact(recording.duration);
+        item.durationSeconds = recording.duration;
+        item.words = recording.byteCount / 1024;
+        item.note = recording.note.value_or("");
+        item.filePath = recording.filePath;
+        item.byteCount = recording.byteCount;
+        item.startedAt = recording.startedAt;
+        return item;
+    }
+};
+
+} // namespace
+
+std::vector<HistoryItem> load(RecordingCatalog& catalog, FileSystem& files) {
+    const RowBuilder builder;
+    std::vector<HistoryItem> items;
+    for (const auto& entry : catalog.recordings()) {
+        const auto recording = normalizedRecording(entry, files);
+        if (!recording)
+            continue;
+        const auto bilingual = sizeOf(files, catalog.bilingualTranscriptURL(recording->id));
+        items.push_back(builder.row(*recording, bilingual.value_or(0) > 0));
+    }
+    return items;
+}
+
+} // namespace tessarune::HistoryItemLoader

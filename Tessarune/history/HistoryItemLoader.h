@@ -1,0 +1,18 @@
+#pragma once
+
+#include "Tessarune/history/HistoryItem.h"
+#include "Tessarune/history/RecordingCatalog.h"
+#include "Tessarune/shell/FileSystem.h"
+
+#include <vector>
+
+namespace tessarune::HistoryItemLoader {
+
+/// Compressed audio of at most this size holds nothing and is not listed.
+inline constexpr std::int64_t emptyCompressedSize = 16384;
+
+/// The rows of the history list, newest first: the catalog's entries whose audio is there. Any
+/// thread.
+std::vector<HistoryItem> load(RecordingCatalog& catalog, FileSystem& files);
+
+} // namespace tessarune::HistoryItemLoader

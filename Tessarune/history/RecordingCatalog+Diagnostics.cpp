@@ -1,0 +1,81 @@
+#include "Tessarune/history/RecordingCatalog.h"
+
+#include "TessaruneCore/text/BoundedJSON.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <limits>
+#include <tuple>
+
+namespace tessarune {
+
+namespace {
+
+using Json = nlohmann::json;
+
+/// Whether a key "recordingID", at any depth, names one of the recordings.
+bool jsonObject(const Json& value, const std::set<std::string>& lowerCaseIDs) {
+    if (!value.is_structured())
+        return false;
+    if (value.is_object()) {
+        const auto named = value.find("recordingID");
+        if (named != value.end() && named->is_string() &&
+            lowerCaseIDs.contains(Text::lowercased(named->get_ref<const std::string&>())))
+            return true;
+    }
+    return std::any_of(value.begin(), value.end(),
+                       [&](const Json& inner) { return jsonObject(inner, lowerCaseIDs); });
+}
+
+} // namespace
+
+std::optional<std::filesystem::path> RecordingCatalog::diagnosticsRunURL(const UUID& id) {
+    const auto runs = diagnosticsRunURLs({id});
+    return runs.empty() ? std::nullopt : std::optional(runs.front());
+}
+
+std::vector<std::filesystem::path>
+RecordingCatalog::diagnosticsRunURLs(const std::set<UUID>& matching) {
+    if (matching.empty())
+        return {};
+    std::set<std::string> ids;
+    for (const auto& id : matching)
+        ids.insert(Text::lowercased(id.text()));
+    std::vector<std::tuple<double, std::string>> runs;
+    try {
+        for (const auto& name : files_.list(paths_.diagnostics())) {
+            const auto run = paths_.diagnostics() / name;
+            if (name.starts_with(".") || !files_.isDirectory(run) || !namesRecording(run, ids))
+                continue;
+            double modified = -std::numeric_limits<double>::infinity();
+            try {
+                modified = files_.modifiedAt(run);
+            } catch (const std::exception&) { // counts as long ago
+            }
+            runs.emplace_back(modified, name);
+        }
+    } catch (const std::exception&) {
+        return {}; // a folder that cannot be listed has no runs
+    }
+    std::sort(runs.rbegin(), runs.rend());
+    std::vector<std::filesystem::path> urls;
+    for (const auto& [modified, name] : runs)
+        urls.push_back(paths_.diagnostics() / name);
+    return urls;
+}
+
+bool RecordingCatalog::namesRecording(const std::filesystem::path& run,
+                                      const std::set<std::string>& ids) {
+    for (const char* name : {"recording.json", "manifest.json"}) {
+        try {
+            if (jsonObject(BoundedJSON::parse(files_.read(run / name)), ids))
+                return true;
+        } catch (const std::exception&) { // missing or unreadable: the next one
+        }
+    }
+    return false;
+}
+
+} // namespace tessarune

@@ -1,0 +1,131 @@
+#include "Tessarune/history/RecordingCatalog.h"
+
+#include "Tessarune/history/RecordingCatalog+Loading.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/DateText.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <system_error>
+
+namespace tessarune {
+
+namespace {
+
+constexpr std::string_view asideMark = ".unreadable-";
+
+} // namespace
+
+RecordingCatalog::LoadedIndex RecordingCatalog::loadIndex() {
+    LoadedIndex loaded;
+    try {
+        loaded.bytes = files_.read(paths_.recordingIndex());
+    } catch (const std::system_error& error) {
+        const bool isMissing = error.code() == std::errc::no_such_file_or_directory;
+        loaded.state = isMissing ? IndexState::missing : IndexState::unreadable;
+        loaded.failure = isMissing ? nullptr : std::current_exception();
+        return loaded;
+    }
+    if (auto index = RecordingIndex::decoded(loaded.bytes)) {
+        loaded.state = IndexState::good;
+        loaded.index = std::move(*index);
+    } else {
+        loaded.state = IndexState::unreadable;
+    }
+    return loaded;
+}
+
+std::vector<RecordingMetadata> RecordingCatalog::recordings() {
+    return loadIndex().index.recordings();
+}
+
+std::optional<RecordingMetadata> RecordingCatalog::recording(const UUID& id) {
+    return loadIndex().index.find(id);
+}
+
+bool RecordingCatalog::mutateIndex(const std::function<void(RecordingIndex&)>& mutate) {
+    bool saved = false;
+    queue_->sync([&] {
+        try {
+            prepareDirectories();
+            LoadedIndex loaded = loadIndex();
+            // A disk that does not answer now may do so later: its index is not replaced.
+            if (loaded.failure)
+                std::rethrow_exception(loaded.failure);
+            if (loaded.state == IndexState::unreadable) {
+                keepAside(loaded.bytes);
+                loaded.index = RecordingIndex::salvaged(loaded.bytes, entriesBesideTranscripts());
+            }
+            mutate(loaded.index);
+            writeIndex(loaded.index);
+            saved = true;
+        } catch (const std::exception& error) {
+            const std::string text = error.what();
+            TessaruneLog::storage.fault(
+                [&] { return "Tessarune failed to update recording catalog: " + text; });
+        }
+    });
+    if (saved)
+        notifications_.post(NotificationName::recordingCatalogDidChange);
+    return saved;
+}
+
+void RecordingCatalog::writeIndex(RecordingIndex& index) {
+    index.sort();
+    files_.writeAtomically(paths_.recordingIndex(), index.encoded());
+}
+
+std::filesystem::path RecordingCatalog::asidePath() const {
+    std::filesystem::path aside = paths_.recordingIndex();
+    return aside += std::string(asideMark) +
+                    DateText::formatted(host_.wallClock(), "yyyyMMdd-HHmmss", "en_US_POSIX");
+}
+
+bool RecordingCatalog::isAside(const std::string& name) const {
+    return name.starts_with(paths_.recordingIndex().filename().string() + std::string(asideMark));
+}
+
+/// Throws if there is no copy then; empty if there was nothing to keep.
+std::filesystem::path RecordingCatalog::keepAside(const std::string& bytes) {
+    if (Text::trimmed(bytes).empty())
+        return {};
+    const auto aside = asidePath();
+    files_.writeAtomically(aside, bytes);
+    logger_.important("recording.catalog.unreadable", {{"keptAside", aside.string()}});
+    return aside;
+}
+
+/// For an index of which the disk does not give the bytes.
+std::filesystem::path RecordingCatalog::moveAside() {
+    const auto aside = asidePath();
+    files_.rename(paths_.recordingIndex(), aside);
+    logger_.important("recording.catalog.unreadable", {{"keptAside", aside.string()}});
+    return aside;
+}
+
+bool RecordingCatalog::deleteAll() {
+    bool cleared = false;
+    queue_->sync([&] {
+        for (const auto& folder : {paths_.recordings(), paths_.transcripts(), paths_.diagnostics()})
+            removeQuietly(folder);
+        try {
+            for (const auto& name : files_.list(paths_.appSupportBase())) {
+                if (isAside(name))
+                    removeQuietly(paths_.appSupportBase() / name);
+            }
+            logger_.deleteAllLogs();
+            prepareDirectories();
+            RecordingIndex empty;
+            writeIndex(empty);
+            cleared = true;
+        } catch (const std::exception& error) {
+            const std::string text = error.what();
+            TessaruneLog::storage.fault(
+                [&] { return "Tessarune failed to clear recording catalog: " + text; });
+        }
+    });
+    if (cleared)
+        notifications_.post(NotificationName::recordingCatalogDidChange);
+    return cleared;
+}
+
+} // namespace tessarune

@@ -1,0 +1,118 @@
+#include "Tessarune/history/RecordingCatalog.h"
+
+#include "Tessarune/history/RecordingCatalog+Loading.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+
+#include <algorithm>
+#include <system_error>
+
+namespace tessarune {
+
+std::optional<RecordingCatalog::IndexRebuild> RecordingCatalog::rebuildUnreadableIndex() {
+    try {
+        LoadedIndex loaded = loadIndex();
+        if (loaded.failure)
+            loaded = loadIndex();
+        if (loaded.state == IndexState::good)
+            return std::nullopt;
+        const auto entries = entriesBesideTranscripts();
+        if (loaded.state == IndexState::missing && entries.empty())
+            return std::nullopt;
+        IndexRebuild rebuild;
+        rebuild.keptAside = loaded.failure ? moveAside() : keepAside(loaded.bytes);
+        RecordingIndex index = RecordingIndex::salvaged(loaded.bytes, entries);
+        rebuild.recordings = index.recordings().size();
+        writeIndex(index);
+        logger_.important("recording.catalog.rebuilt",
+                          {{"recordings", static_cast<std::int64_t>(rebuild.recordings)},
+                           {"keptAside", rebuild.keptAside.string()}});
+        return rebuild;
+    } catch (const std::exception& error) {
+        const std::string text = error.what();
+        TessaruneLog::storage.fault(
+            [&] { return "Tessarune failed to rebuild recording catalog: " + text; });
+        return std::nullopt;
+    }
+}
+
+void RecordingCatalog::healStaleRecordings() {
+    RecordingIndex index = loadIndex().index;
+    bool changed = false;
+    for (auto recording : index.recordings()) {
+        if (recording.endedAt)
+            continue;
+        recording.endedAt = recording.startedAt + recording.duration;
+        index.put(recording);
+        changed = true;
+    }
+    if (!changed)
+        return;
+    try {
+        writeIndex(index);
+    } catch (const std::exception&) { // the next start heals it
+    }
+}
+
+/// A disk that does not answer is no proof that a file is gone.
+bool RecordingCatalog::isSurelyMissing(const std::filesystem::path& path) {
+    try {
+        if (!files_.exists(path))
+            files_.size(path);
+        return false;
+    } catch (const std::system_error& error) {
+        return error.code() == std::errc::no_such_file_or_directory ||
+               error.code() == std::errc::not_a_directory;
+    }
+}
+
+void RecordingCatalog::reconcileIndex() {
+    const auto isMissing = [&](const RecordingMetadata& recording) {
+        return isSurelyMissing(recording.filePath);
+    };
+    const auto all = recordings();
+    const auto missing = std::count_if(all.begin(), all.end(), isMissing);
+    if (missing == 0)
+        return;
+    mutateIndex([&](RecordingIndex& index) { index.removeIf(isMissing); });
+    TessaruneLog::storage.notice([&] {
+        return "Tessarune catalog reconcile: pruned " + std::to_string(missing) +
+               " missing-audio entries";
+    });
+}
+
+void RecordingCatalog::cleanupOrphanTranscripts() {
+    const LoadedIndex loaded = loadIndex();
+    // A list that is not known to be whole must never cost the user's transcripts.
+    if (loaded.state != IndexState::good || loaded.index.hasNamelessElements())
+        return;
+    const auto known = loaded.index.ids();
+    std::vector<std::string> names;
+    try {
+        const auto beside = files_.list(paths_.appSupportBase());
+        if (std::any_of(beside.begin(), beside.end(),
+                        [&](const std::string& name) { return isAside(name); }))
+            return;
+        names = files_.list(paths_.transcripts());
+    } catch (const std::exception&) {
+        return;
+    }
+    std::size_t count = 0;
+    for (const auto& name : names) {
+        const std::size_t dot = name.find('.');
+        if (dot == std::string::npos)
+            continue;
+        const auto id = UUID::parse(std::string_view(name).substr(0, dot));
+        if (!id || known.contains(*id))
+            continue;
+        removeQuietly(paths_.transcripts() / name);
+        ++count;
+    }
+    if (count > 0) {
+        TessaruneLog::storage.notice([&] {
+            return "Tessarune catalog cleanup: removed " + std::to_string(count) +
+                   " orphan transcript sidecar(s)";
+        });
+    }
+}
+
+} // namespace tessarune

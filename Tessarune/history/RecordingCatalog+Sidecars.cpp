@@ -1,0 +1,181 @@
+#include "Tessarune/history/RecordingCatalog.h"
+
+#include "Tessarune/history/RecordingCatalog+Loading.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/Text.h"
+
+namespace tessarune {
+
+namespace {
+
+constexpr std::string_view entrySuffix = ".recording.json";
+
+} // namespace
+
+std::filesystem::path RecordingCatalog::sidecar(const UUID& id, std::string_view suffix) const {
+    return paths_.transcripts() / (id.text() + std::string(suffix));
+}
+std::filesystem::path RecordingCatalog::transcriptURL(const UUID& id) const {
+    return sidecar(id, ".txt");
+}
+std::filesystem::path RecordingCatalog::bilingualTranscriptURL(const UUID& id) const {
+    return sidecar(id, ".bilingual.txt");
+}
+std::filesystem::path RecordingCatalog::wordTimelineURL(const UUID& id) const {
+    return sidecar(id, ".words.json");
+}
+std::filesystem::path RecordingCatalog::journalURL(const UUID& id) const {
+    return sidecar(id, ".live.ndjson");
+}
+std::filesystem::path RecordingCatalog::entryURL(const UUID& id) const {
+    return sidecar(id, entrySuffix);
+}
+
+bool RecordingCatalog::saveTranscript(std::string_view text, const UUID& id) {
+    return saveSidecar({"source", "recording.transcript.source.saveFailed"}, id, transcriptURL(id),
+                       [&] { writeSidecar(transcriptURL(id), text); });
+}
+
+bool RecordingCatalog::saveBilingualTranscript(std::string_view text, const UUID& id) {
+    return saveSidecar({"bilingual", "recording.transcript.bilingual.saveFailed"}, id,
+                       bilingualTranscriptURL(id), [&] { writeBilingual(text, id); });
+}
+
+bool RecordingCatalog::saveWordTimeline(const std::optional<HistoryWordTimeline>& timeline,
+                                        const UUID& id) {
+    return saveSidecar({"wordTimeline", "recording.transcript.timeline.saveFailed"}, id,
+                       wordTimelineURL(id), [&] { writeTimeline(timeline, id); });
+}
+
+void RecordingCatalog::writeSidecar(const std::filesystem::path& path, std::string_view content) {
+    files_.createDirectories(path.parent_path());
+    files_.writeAtomically(path, content);
+}
+
+void RecordingCatalog::writeBilingual(std::string_view text, const UUID& id) {
+    const std::string_view trimmed = Text::trimmed(text);
+    if (trimmed.empty())
+        files_.remove(bilingualTranscriptURL(id));
+    else
+        writeSidecar(bilingualTranscriptURL(id), trimmed);
+}
+
+void RecordingCatalog::writeTimeline(const std::optional<HistoryWordTimeline>& timeline,
+                                     const UUID& id) {
+    if (!timeline || timeline->isEmpty())
+        files_.remove(wordTimelineURL(id));
+    else
+        writeSidecar(wordTimelineURL(id), timeline->encoded());
+}
+
+/// The entry beside the transcripts serves only to make a lost index again, so that its failure
+/// fails nothing else.
+void RecordingCatalog::writeEntry(const RecordingIndex& index, const UUID& id) {
+    if (const auto entry = index.encodedEntry(id))
+        saveSidecar({"entry", "recording.entry.saveFailed"}, id, entryURL(id),
+                    [&] { writeSidecar(entryURL(id), *entry); });
+}
+
+bool RecordingCatalog::saveSidecar(SidecarKind kind, const UUID& id,
+                                   const std::filesystem::path& path,
+                                   const std::function<void()>& save) {
+    try {
+        save();
+        return true;
+    } catch (const std::exception& error) {
+        recordSidecarSaveFailure(kind, id, path, error);
+        return false;
+    }
+}
+
+void RecordingCatalog::recordSidecarSaveFailure(SidecarKind kind, const UUID& id,
+                                                const std::filesystem::path& path,
+                                                const std::exception& error) {
+    const std::string text = error.what();
+    TessaruneLog::storage.fault([&] {
+        return std::string("Tessarune failed to save ") + kind.kind + " transcript sidecar for " +
+               id.text() + ": " + text;
+    });
+    logger_.important(kind.event, {{"recordingID", id.text()},
+                                   {"kind", std::string(kind.kind)},
+                                   {"path", path.string()},
+                                   {"error", text}});
+}
+
+void RecordingCatalog::removeSidecars(const UUID& id) {
+    for (const auto& path : {transcriptURL(id), bilingualTranscriptURL(id), wordTimelineURL(id),
+                             journalURL(id), entryURL(id)})
+        removeQuietly(path);
+}
+
+RecordingTranscriptSaveOutcome RecordingCatalog::saveRefinedTranscript(
+    std::string_view sourceText, std::string_view bilingualText,
+    const std::optional<HistoryWordTimeline>& wordTimeline, const UUID& id) {
+    return saveGuarded({"refined", "recording.transcript.refined.saveFailed"}, "refinement", id,
+                       [&] {
+                           writeSidecar(transcriptURL(id), sourceText);
+                           writeBilingual(bilingualText, id);
+                           writeTimeline(wordTimeline, id);
+                       });
+}
+
+RecordingTranscriptSaveOutcome RecordingCatalog::saveRefinedSourceTranscript(
+    std::string_view sourceText, const std::optional<HistoryWordTimeline>& wordTimeline,
+    const UUID& id) {
+    return saveGuarded({"refinedSource", "recording.transcript.refinedSource.saveFailed"},
+                       "source refinement", id, [&] {
+                           writeSidecar(transcriptURL(id), sourceText);
+                           writeTimeline(wordTimeline, id);
+                       });
+}
+
+RecordingTranscriptSaveOutcome
+RecordingCatalog::saveGuarded(SidecarKind kind, std::string_view what, const UUID& id,
+                              const std::function<void()>& save) {
+    using Outcome = RecordingTranscriptSaveOutcome;
+    Outcome outcome = Outcome::skippedDeleted;
+    queue_->sync([&] {
+        const bool wentWell = saveSidecar(kind, id, paths_.transcripts(), [&] {
+            LoadedIndex loaded = loadIndex();
+            // Not knowing whether the recording is there is no reason to remove its transcripts.
+            if (loaded.failure)
+                std::rethrow_exception(loaded.failure);
+            if (loaded.state == IndexState::unreadable)
+                loaded.index = RecordingIndex::salvaged(loaded.bytes, entriesBesideTranscripts());
+            if (!loaded.index.ids().contains(id))
+                return;
+            save();
+            outcome = Outcome::saved;
+        });
+        if (!wentWell)
+            outcome = Outcome::failed;
+    });
+    if (outcome == Outcome::saved)
+        announceTranscript(id);
+    if (outcome == Outcome::skippedDeleted) {
+        removeSidecars(id);
+        TessaruneLog::storage.notice([&] {
+            return "Tessarune " + std::string(what) + " skipped: recording " + id.text() +
+                   " was deleted";
+        });
+    }
+    return outcome;
+}
+
+/// All entries that stand beside transcripts, as JSON.
+std::vector<std::string> RecordingCatalog::entriesBesideTranscripts() {
+    std::vector<std::string> entries;
+    for (const auto& name : files_.list(paths_.transcripts())) {
+        if (!name.ends_with(entrySuffix))
+            continue;
+        try {
+            entries.push_back(files_.read(paths_.transcripts() / name));
+        } catch (const std::exception& error) { // one bad file must not cost the others
+            logger_.important("recording.entry.readFailed",
+                              {{"path", name}, {"error", std::string(error.what())}});
+        }
+    }
+    return entries;
+}
+
+} // namespace tessarune

@@ -1,0 +1,114 @@
+#include "Tessarune/history/RecordingCatalog.h"
+
+#include "Tessarune/history/RecordingIndex.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tessarune {
+
+RecordingCatalog::RecordingCatalog(Host& host, FileSystem& files, TessarunePaths paths,
+                                   TessaruneFileLogger& logger, NotificationCenter& notifications)
+    : host_(host),
+      files_(files),
+      paths_(std::move(paths)),
+      logger_(logger),
+      notifications_(notifications),
+      queue_(host.serialQueue("Tessarune.RecordingCatalog.index", QueuePriority::standard)) {}
+
+RecordingCatalog::~RecordingCatalog() = default;
+
+void RecordingCatalog::prepareDirectories() {
+    files_.createDirectories(paths_.recordings());
+    files_.createDirectories(paths_.diagnostics());
+}
+
+AudioSessionRecorder::Catalog RecordingCatalog::forRecorder() {
+    AudioSessionRecorder::Catalog catalog;
+    catalog.recordingsFolder = paths_.recordings();
+    catalog.prepareDirectories = [this] { prepareDirectories(); };
+    catalog.upsert = [this](const RecordingMetadata& recording) { upsert(recording); };
+    catalog.isNameTaken = [this](const std::string& baseName) {
+        const auto all = recordings();
+        return std::any_of(all.begin(), all.end(), [&](const RecordingMetadata& recording) {
+            const std::filesystem::path audio(recording.filePath);
+            return audio.parent_path() == paths_.recordings() && audio.stem() == baseName;
+        });
+    };
+    return catalog;
+}
+
+bool RecordingCatalog::upsert(const RecordingMetadata& recording) {
+    return mutateIndex([&](RecordingIndex& index) {
+        RecordingMetadata changed = recording;
+        if (!changed.note) {
+            if (const auto stored = index.find(recording.id))
+                changed.note = stored->note;
+        }
+        index.put(changed);
+        writeEntry(index, recording.id);
+    });
+}
+
+bool RecordingCatalog::setNote(const std::string& note, const UUID& id) {
+    return mutateIndex([&](RecordingIndex& index) {
+        auto recording = index.find(id);
+        if (!recording)
+            return;
+        recording->note = note.empty() ? std::nullopt : std::optional(note);
+        index.put(*recording);
+        writeEntry(index, id);
+    });
+}
+
+bool RecordingCatalog::deleteRecording(const UUID& id) {
+    return mutateIndex([&](RecordingIndex& index) {
+        const auto recording = index.find(id);
+        if (!recording)
+            return;
+        removeOwned(*recording);
+        index.removeIf([&](const RecordingMetadata& entry) { return entry.id == id; });
+    });
+}
+
+void RecordingCatalog::removeOwned(const RecordingMetadata& recording) {
+    const auto audio = audioArtifactURLs(recording);
+    std::set<std::string> tokens;
+    for (const auto& url : audio)
+        tokens.insert({url.string(), url.filename().string()});
+    for (const auto& url : audio)
+        removeQuietly(url);
+    removeSidecars(recording.id);
+    for (const auto& run : diagnosticsRunURLs({recording.id}))
+        removeQuietly(run);
+    logger_.deleteEntries({recording.id.text()}, tokens);
+}
+
+/// A file that is not ours, such as an import from elsewhere, has no siblings that are.
+std::vector<std::filesystem::path>
+RecordingCatalog::audioArtifactURLs(const RecordingMetadata& recording) const {
+    const std::filesystem::path audio(recording.filePath);
+    std::set<std::filesystem::path> urls{audio};
+    const auto folder = audio.parent_path().lexically_normal();
+    if (folder == paths_.recordings().lexically_normal()) {
+        for (const char* extension : {"wav", "m4a", "pcm"})
+            urls.insert(std::filesystem::path(audio).replace_extension(extension));
+    }
+    return {urls.begin(), urls.end()};
+}
+
+/// One file that cannot be removed must not keep the others.
+void RecordingCatalog::removeQuietly(const std::filesystem::path& path) {
+    try {
+        files_.remove(path);
+    } catch (const std::exception& error) {
+        logger_.event("recording.remove.failed",
+                      {{"path", path.string()}, {"error", std::string(error.what())}});
+    }
+}
+
+void RecordingCatalog::announceTranscript(const UUID& id) {
+    notifications_.post(NotificationName::recordingTranscriptDidUpdate, id);
+}
+
+} // namespace tessarune

@@ -1,0 +1,195 @@
+#include "Tessarune/history/RecordingRepair.h"
+
+#include "Tessarune/audio/WAVHeader.h"
+#include "Tessarune/history/HistoryWordTimeline.h"
+#include "Tessarune/history/SessionJournalContent.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/translation/SessionTranscriptBuilder.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+constexpr std::string_view journalSuffix = ".live.ndjson";
+
+bool isWAV(const RecordingMetadata& recording) {
+    const std::filesystem::path audio(recording.filePath);
+    return Text::lowercased(audio.extension().string()) == ".wav";
+}
+
+/// Bytes of sound that a file of `size` really has, in whole frames.
+std::uint64_t soundBytes(const WAVHeader& header, std::uint64_t size) {
+    const std::uint64_t bytes = size > header.dataOffset ? size - header.dataOffset : 0;
+    return bytes - bytes % (std::uint64_t{header.channels} * 2);
+}
+
+/// Names of writeAtomically and of the M4A writer for what they have not finished.
+bool isUnfinished(std::string_view name) {
+    if (name.ends_with(".part"))
+        return true;
+    const std::size_t mark = name.rfind(".new-");
+    return mark != std::string_view::npos && mark + 5 < name.size() &&
+           name.find_first_not_of("0123456789", mark + 5) == std::string_view::npos;
+}
+
+bool hasTranslation(const SessionJournalContent& journal) {
+    return std::any_of(journal.rows.begin(), journal.rows.end(), [](const CaptionSegment& row) {
+        return row.translatedText && !Text::trimmed(*row.translatedText).empty();
+    });
+}
+
+} // namespace
+
+RecordingRepair::RecordingRepair(FileSystem& files, RecordingCatalog& catalog,
+                                 TessaruneFileLogger& logger)
+    : files_(files), catalog_(catalog), logger_(logger) {}
+
+RecordingRepair::Report RecordingRepair::runAtLaunch() {
+    Report report;
+    report.rebuiltIndex = catalog_.rebuildUnreadableIndex();
+    removeUnfinishedFiles();
+    for (const auto& recording : catalog_.recordings()) {
+        if (!recording.endedAt && finishSession(recording))
+            report.recoveredSessions.push_back(recording.id);
+    }
+    restoreTranscripts();
+    catalog_.healStaleRecordings();
+    catalog_.reconcileIndex();
+    catalog_.cleanupOrphanTranscripts();
+    return report;
+}
+
+/// Makes the file say how long it is and the entry what the file says.
+bool RecordingRepair::finishSession(RecordingMetadata recording) {
+    if (!isWAV(recording) || !files_.exists(recording.filePath))
+        return false;
+    try {
+        const std::uint64_t size = files_.size(recording.filePath);
+        const WAVHeader header = repairedHeader(recording, size);
+        recording.duration = static_cast<double>(header.dataSize) /
+                             static_cast<double>(header.bytesPerSecond());
+        recording.byteCount =
+            static_cast<std::int64_t>(std::max<std::uint64_t>(size, WAVHeader::size));
+        recording.sampleRate = header.sampleRate;
+        recording.channelCount = header.channels;
+        recording.endedAt = recording.startedAt + recording.duration;
+    } catch (const std::exception& error) {
+        logger_.important("recording.repair.failed", {{"recordingID", recording.id.text()},
+                                                      {"path", recording.filePath},
+                                                      {"error", std::string(error.what())}});
+        return false;
+    }
+    if (!catalog_.upsert(recording))
+        return false;
+    logger_.important("recording.repair.done", {{"recordingID", recording.id.text()},
+                                                {"path", recording.filePath},
+                                                {"duration", recording.duration},
+                                                {"byteCount", recording.byteCount}});
+    return true;
+}
+
+/// The file's header, after it was made true where it was not.
+WAVHeader RecordingRepair::repairedHeader(const RecordingMetadata& recording, std::uint64_t size) {
+    const auto found =
+        WAVHeader::decoded(files_.read(recording.filePath, 0, WAVHeader::sizeToRead));
+    WAVHeader header = found.value_or(WAVHeader());
+    if (!found)
+        header.sampleRate = static_cast<std::uint32_t>(
+            std::clamp<std::int64_t>(recording.sampleRate.value_or(0), 0, 768000));
+    if (header.sampleRate == 0)
+        header.sampleRate = AudioSessionRecorder::sampleRate;
+    header.dataSize = soundBytes(header, size);
+    constexpr std::uint64_t largest = std::numeric_limits<std::uint32_t>::max();
+    if (found && std::min(header.dataSize, largest) == found->dataSize)
+        return header;
+    // A file that lost even its header, or never had a whole one, becomes one of ours again. A
+    // header of another layout gets only the size of its sound corrected.
+    const auto file = size < WAVHeader::size ? files_.create(recording.filePath)
+                                             : files_.openForAppending(recording.filePath);
+    if (size < WAVHeader::size)
+        file->append(header.encoded());
+    else if (!found || header.dataOffset == WAVHeader::size)
+        file->overwrite(0, header.encoded());
+    else
+        file->overwrite(header.dataOffset - 4, WAVHeader::encodedSize(header.dataSize));
+    file->synchronize();
+    file->close();
+    return header;
+}
+
+/// Writes the transcripts that a session did not come to write, from its journal.
+void RecordingRepair::restoreTranscripts() {
+    std::vector<std::string> names;
+    try {
+        names = files_.list(catalog_.paths().transcripts());
+    } catch (const std::exception&) {
+        return; // nothing can be done without the folder
+    }
+    for (const auto& name : names) {
+        const auto id = UUID::parse(std::string_view(name).substr(0, name.find('.')));
+        // A journal without an entry is left to the removal of orphans.
+        if (id && name == id->text() + std::string(journalSuffix) && catalog_.recording(*id))
+            restoreTranscripts(*id);
+    }
+}
+
+void RecordingRepair::restoreTranscripts(const UUID& id) {
+    try {
+        const auto journal = SessionJournalContent::decoded(files_.read(catalog_.journalURL(id)));
+        const bool isWritten = writeTranscripts(id, journal);
+        logger_.important(
+            "recording.repair.transcripts",
+            {{"recordingID", id.text()},
+             {"rows", static_cast<std::int64_t>(journal.rows.size())},
+             {"unreadableLines", static_cast<std::int64_t>(journal.unreadableLines)},
+             {"saved", isWritten}});
+        if (isWritten)
+            files_.remove(catalog_.journalURL(id));
+    } catch (const std::exception& error) {
+        logger_.important("recording.repair.failed", {{"recordingID", id.text()},
+                                                      {"path", catalog_.journalURL(id).string()},
+                                                      {"error", std::string(error.what())}});
+    }
+}
+
+/// Only those that are not there: what the session saved itself knows more.
+bool RecordingRepair::writeTranscripts(const UUID& id, const SessionJournalContent& journal) {
+    bool isWritten = true;
+    if (!files_.exists(catalog_.transcriptURL(id)))
+        isWritten = catalog_.saveTranscript(SessionTranscriptBuilder::sourceText(journal.rows), id);
+    if (hasTranslation(journal) && !files_.exists(catalog_.bilingualTranscriptURL(id)))
+        isWritten = catalog_.saveBilingualTranscript(
+                        SessionTranscriptBuilder::bilingualText(journal.rows), id) &&
+                    isWritten;
+    if (!files_.exists(catalog_.wordTimelineURL(id)))
+        isWritten = catalog_.saveWordTimeline(
+                        HistoryWordTimeline::build(journal.recordingStartedAt,
+                                                   journal.recognitionOptionID, journal.rows,
+                                                   journal.wordEvents),
+                        id) &&
+                    isWritten;
+    return isWritten;
+}
+
+/// What a process left that ended in the middle of writing a file.
+void RecordingRepair::removeUnfinishedFiles() {
+    const auto& paths = catalog_.paths();
+    for (const auto& folder : {paths.appSupportBase(), paths.recordings(), paths.transcripts()}) {
+        try {
+            for (const auto& name : files_.list(folder)) {
+                if (isUnfinished(name))
+                    files_.remove(folder / name);
+            }
+        } catch (const std::exception& error) {
+            logger_.important("recording.repair.failed", {{"path", folder.string()},
+                                                          {"error", std::string(error.what())}});
+        }
+    }
+}
+
+} // namespace tessarune

@@ -1,0 +1,100 @@
+#include "Tessarune/history/SessionJournal.h"
+
+#include "Tessarune/history/SessionJournalContent.h"
+
+#include <optional>
+#include <utility>
+#include <vector>
+
+namespace tessarune {
+
+namespace {
+
+/// A loss of power costs the captions of at most this many seconds.
+constexpr double synchronizeInterval = 5;
+
+} // namespace
+
+class SessionJournal::Writer {
+  public:
+    Writer(Host& host, FileSystem& files, TessaruneFileLogger& logger, std::filesystem::path path)
+        : host_(host), files_(files), logger_(logger), path_(std::move(path)) {}
+
+    void append(const std::optional<std::string>& line) {
+        if (!line || isDiscarded_)
+            return;
+        try {
+            if (!file_)
+                open();
+            // What a failed write left must not run into this line.
+            file_->append((std::exchange(isLineBroken_, false) ? "\n" : "") + *line + "\n");
+            if (host_.now() - synchronizedAt_ >= synchronizeInterval)
+                synchronize();
+        } catch (const std::exception& error) {
+            isLineBroken_ = true;
+            reportOnce(error);
+        }
+    }
+
+    void discard() {
+        isDiscarded_ = true;
+        file_.reset();
+        try {
+            files_.remove(path_);
+        } catch (const std::exception& error) { // the next start removes it
+            reportOnce(error);
+        }
+    }
+
+  private:
+    void open() {
+        files_.createDirectories(path_.parent_path());
+        file_ = files_.openForAppending(path_);
+        synchronizedAt_ = host_.now();
+    }
+    void synchronize() {
+        file_->synchronize();
+        synchronizedAt_ = host_.now();
+    }
+    void reportOnce(const std::exception& error) {
+        if (!std::exchange(hasReported_, true))
+            logger_.important("session.journal.failed",
+                              {{"path", path_.string()}, {"error", std::string(error.what())}});
+    }
+
+    Host& host_;
+    FileSystem& files_;
+    TessaruneFileLogger& logger_;
+    std::filesystem::path path_;
+    std::unique_ptr<AppendFile> file_;
+    double synchronizedAt_ = 0;
+    bool isLineBroken_ = false;
+    bool isDiscarded_ = false;
+    bool hasReported_ = false;
+};
+
+SessionJournal::SessionJournal(Host& host, FileSystem& files, TessaruneFileLogger& logger,
+                               std::filesystem::path path, double recordingStartedAt,
+                               std::string recognitionOptionID)
+    : writer_(std::make_shared<Writer>(host, files, logger, std::move(path))),
+      queue_(host.serialQueue("Tessarune.SessionJournal", QueuePriority::utility)) {
+    queue_->async([writer = writer_, recordingStartedAt, option = std::move(recognitionOptionID)] {
+        writer->append(SessionJournalContent::sessionLine(recordingStartedAt, option));
+    });
+}
+
+SessionJournal::~SessionJournal() {
+    queue_->sync([&] { writer_.reset(); });
+}
+
+void SessionJournal::append(const CaptionSegment& row, std::span<const WordEvent> words) {
+    queue_->async([writer = writer_, row, events = std::vector(words.begin(), words.end())] {
+        writer->append(SessionJournalContent::rowLine(row, events));
+    });
+}
+
+void SessionJournal::discard() {
+    queue_->sync([&] { writer_->discard(); });
+}
+
+} // namespace tessarune

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "TessaruneCore/UUID.h"
+#include "TessaruneCore/captions/CaptionSegment.h"
+#include "TessaruneCore/captions/WordEvent.h"
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace tessarune {
+
+/// What a session's journal says: NDJSON, one object a line (docs/data-directory.md).
+struct SessionJournalContent {
+    /// The start of the recording on the clock of the rows' times, in seconds; see
+    /// RecordingMetadata::monotonicStart.
+    std::optional<double> recordingStartedAt;
+    std::string recognitionOptionID;
+    std::vector<CaptionSegment> rows; ///< in the order in which they were committed
+    std::unordered_map<UUID, std::vector<WordEvent>> wordEvents;
+    std::size_t unreadableLines = 0;
+
+    /// Reads every line that is whole, whatever happened to the others.
+    static SessionJournalContent decoded(std::string_view text);
+
+    // Lines, without their line feed; nothing if a time is not finite.
+
+    static std::optional<std::string> sessionLine(double recordingStartedAt,
+                                                  std::string_view recognitionOptionID);
+    /// Without words the line leaves those of an earlier one as they are.
+    static std::optional<std::string> rowLine(const CaptionSegment& row,
+                                              std::span<const WordEvent> words);
+};
+
+} // namespace tessarune

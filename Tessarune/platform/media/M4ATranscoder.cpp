@@ -1,0 +1,200 @@
+#include "Tessarune/platform/media/M4ATranscoder.h"
+
+#include "Tessarune/platform/media/FFmpegMediaFile.h"
+#include "Tessarune/platform/media/FFmpegSupport.h"
+#include "Tessarune/platform/media/SwresampleConverter.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <vector>
+
+namespace tessarune {
+
+namespace {
+
+using namespace ffmpeg;
+using Kind = MediaFileError::Kind;
+
+constexpr double progressStep = 0.005;
+
+[[noreturn]] void fail(Kind kind, const std::filesystem::path& path, const std::string& why) {
+    throw MediaFileError(kind, path.string() + ": " + why);
+}
+
+/// One M4A file that is being written. Dropped before `finish` it leaves a file without an index.
+class M4AWriter {
+  public:
+    explicit M4AWriter(std::filesystem::path path)
+        : path_(std::move(path)), packet_(av_packet_alloc()), frame_(av_frame_alloc()) {
+        AVFormatContext* raw = nullptr;
+        check(avformat_alloc_output_context2(&raw, nullptr, "ipod", nullptr), Kind::cannotCreate);
+        output_.reset(raw);
+        const std::string url = "file:" + path_.string();
+        check(avio_open(&output_->pb, url.c_str(), AVIO_FLAG_WRITE), Kind::cannotCreate);
+        openEncoder();
+        AVStream* stream = avformat_new_stream(output_.get(), nullptr);
+        if (!stream)
+            fail(Kind::cannotCreate, path_, words(AVERROR(ENOMEM)));
+        check(avcodec_parameters_from_context(stream->codecpar, codec_.get()), Kind::cannotCreate);
+        stream->time_base = codec_->time_base;
+        check(avformat_write_header(output_.get(), nullptr), Kind::cannotCreate);
+    }
+
+    /// Takes one channel at the file's sample rate.
+    void append(const std::vector<float>& samples) {
+        waiting_.insert(waiting_.end(), samples.begin(), samples.end());
+        const auto size = static_cast<std::size_t>(codec_->frame_size);
+        std::size_t at = 0;
+        for (; at + size <= waiting_.size(); at += size)
+            encode(waiting_.data() + at, size);
+        waiting_.erase(waiting_.begin(), waiting_.begin() + static_cast<std::ptrdiff_t>(at));
+    }
+
+    void finish() {
+        if (!waiting_.empty())
+            encode(waiting_.data(), waiting_.size());
+        check(avcodec_send_frame(codec_.get(), nullptr), Kind::writeFailed);
+        writePackets();
+        check(av_write_trailer(output_.get()), Kind::writeFailed);
+        avio_flush(output_->pb);
+        check(output_->pb->error, Kind::writeFailed);
+        check(avio_closep(&output_->pb), Kind::writeFailed);
+    }
+
+  private:
+    void check(int result, Kind kind) const {
+        if (result < 0)
+            fail(kind, path_, words(result));
+    }
+
+    void openEncoder() {
+        const AVCodec* encoder = avcodec_find_encoder(AV_CODEC_ID_AAC);
+        if (!encoder)
+            fail(Kind::unsupported, path_, "there is no AAC encoder here");
+        codec_.reset(avcodec_alloc_context3(encoder));
+        codec_->sample_rate = M4A::sampleRate;
+        codec_->bit_rate = M4A::bitRate;
+        codec_->sample_fmt = AV_SAMPLE_FMT_FLTP;
+        codec_->time_base = {1, M4A::sampleRate};
+        av_channel_layout_default(&codec_->ch_layout, M4A::channels);
+        if (output_->oformat->flags & AVFMT_GLOBALHEADER)
+            codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+        check(avcodec_open2(codec_.get(), encoder, nullptr), Kind::cannotCreate);
+    }
+
+    void encode(const float* samples, std::size_t count) {
+        av_frame_unref(frame_.get());
+        frame_->nb_samples = static_cast<int>(count);
+        frame_->format = codec_->sample_fmt;
+        frame_->sample_rate = codec_->sample_rate;
+        frame_->pts = written_;
+        check(av_channel_layout_copy(&frame_->ch_layout, &codec_->ch_layout), Kind::writeFailed);
+        check(av_frame_get_buffer(frame_.get(), 0), Kind::writeFailed);
+        std::memcpy(frame_->data[0], samples, count * sizeof(float));
+        written_ += static_cast<std::int64_t>(count);
+        check(avcodec_send_frame(codec_.get(), frame_.get()), Kind::writeFailed);
+        writePackets();
+    }
+
+    void writePackets() {
+        while (avcodec_receive_packet(codec_.get(), packet_.get()) == 0) {
+            packet_->stream_index = 0;
+            av_packet_rescale_ts(packet_.get(), codec_->time_base, output_->streams[0]->time_base);
+            check(av_interleaved_write_frame(output_.get(), packet_.get()), Kind::writeFailed);
+        }
+        check(output_->pb->error, Kind::writeFailed);
+    }
+
+    std::filesystem::path path_;
+    Output output_;
+    Codec codec_;
+    Packet packet_;
+    Frame frame_;
+    std::vector<float> waiting_; // less than a frame of the encoder
+    std::int64_t written_ = 0;
+};
+
+/// Says how far it has come, not more often than a reader can see.
+class Progress {
+  public:
+    Progress(const MediaProgress& report, std::optional<double> seconds)
+        : report_(report), seconds_(seconds.value_or(0)) {}
+
+    void advance(double seconds) {
+        done_ += seconds;
+        if (!report_ || seconds_ <= 0)
+            return;
+        const double fraction = std::min(done_ / seconds_, 1.0);
+        if (fraction - reported_ < progressStep)
+            return;
+        reported_ = fraction;
+        report_(fraction);
+    }
+    void finish() const {
+        if (report_)
+            report_(1);
+    }
+
+  private:
+    const MediaProgress& report_;
+    double seconds_;
+    double done_ = 0;
+    double reported_ = 0;
+};
+
+void encode(const std::filesystem::path& from, const std::filesystem::path& to,
+            const MediaProgress& report, const std::stop_token& stop) {
+    const auto source = openFFmpegMediaFile(from);
+    const auto converter =
+        makeSwresampleConverter(source->format(), {M4A::sampleRate, M4A::channels});
+    M4AWriter writer(to);
+    Progress progress(report, source->duration());
+    while (const AudioBufferPtr block = source->read()) {
+        if (stop.stop_requested())
+            fail(Kind::cancelled, to, "stopped");
+        writer.append(converter->convert(*block).samples);
+        progress.advance(block->seconds());
+    }
+    writer.append(converter->flush().samples);
+    writer.finish();
+    progress.finish();
+}
+
+/// The name must not appear before the bytes are on the disk, nor be lost after that.
+void synchronize(const std::filesystem::path& path, int flags) {
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags);
+    const bool good = file >= 0 && ::fsync(file) == 0;
+    const int error = errno;
+    if (file >= 0)
+        ::close(file);
+    if (!good)
+        fail(Kind::writeFailed, path, std::strerror(error));
+}
+
+} // namespace
+
+void transcodeToM4A(const std::filesystem::path& from, const std::filesystem::path& to,
+                    const MediaProgress& progress, std::stop_token stop) {
+    beQuiet();
+    std::filesystem::path beside = to;
+    beside += ".part";
+    try {
+        encode(from, beside, progress, stop);
+        synchronize(beside, 0);
+        std::error_code renamed;
+        std::filesystem::rename(beside, to, renamed);
+        if (renamed)
+            fail(Kind::writeFailed, to, renamed.message());
+        synchronize(to.has_parent_path() ? to.parent_path() : ".", O_DIRECTORY);
+    } catch (...) {
+        std::error_code ignored;
+        std::filesystem::remove(beside, ignored);
+        throw;
+    }
+}
+
+} // namespace tessarune
