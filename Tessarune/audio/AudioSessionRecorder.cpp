@@ -152,9 +152,8 @@ void AudioSessionRecorder::startOnQueue() {
         fileHandle_.reset();
         if (!isDiskFull(error))
             throw;
-        logger_.important(
-            "audioRecorder.start.diskFull",
-            {{"recordingID", item.id.text()}, {"error", std::string(error.what())}});
+        logger_.important("audioRecorder.start.diskFull",
+                          {{"recordingID", item.id.text()}, {"error", std::string(error.what())}});
         report(localized("录音写入失败：%@", {error.what()}));
         return;
     }
@@ -169,8 +168,7 @@ void AudioSessionRecorder::startOnQueue() {
 /// Two sessions have the same second when the clock is set back. The earlier recording stays; a
 /// file that no entry knows gives way.
 std::filesystem::path AudioSessionRecorder::freshPath(double wallClock) const {
-    const std::string stamp =
-        DateText::formatted(wallClock, "yyyyMMdd-HHmmss", "en_US_POSIX");
+    const std::string stamp = DateText::formatted(wallClock, "yyyyMMdd-HHmmss", "en_US_POSIX");
     std::string name = stamp;
     for (int i = 2; catalog_.isNameTaken && catalog_.isNameTaken(name); ++i)
         name = stamp + "-" + std::to_string(i);

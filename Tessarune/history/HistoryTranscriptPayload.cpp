@@ -51,8 +51,7 @@ HistoryTranscriptPresentation HistoryTranscriptPayload::presentation(int request
         return Presentation::nothing;
     if (requestedMode != bilingualMode)
         return Presentation::source;
-    return bilingualText.empty() ? Presentation::sourceWithoutTranslation
-                                 : Presentation::bilingual;
+    return bilingualText.empty() ? Presentation::sourceWithoutTranslation : Presentation::bilingual;
 }
 
 } // namespace tessarune

@@ -47,9 +47,10 @@ RecordingAudioCompressor::RecordingAudioCompressor(FileSystem& files, RecordingC
       exporter_(exporter),
       open_(std::move(open)) {}
 
-Task<RecordingMetadata>
-RecordingAudioCompressor::compressWAVToM4A(RecordingMetadata recording, bool deleteSource,
-                                           MediaProgress progress, std::stop_token stop) {
+Task<RecordingMetadata> RecordingAudioCompressor::compressWAVToM4A(RecordingMetadata recording,
+                                                                   bool deleteSource,
+                                                                   MediaProgress progress,
+                                                                   std::stop_token stop) {
     const std::filesystem::path source(recording.filePath);
     if (!files_.exists(source))
         throw CompressionError(Kind::missingSource, source.string());

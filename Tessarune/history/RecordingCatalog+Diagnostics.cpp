@@ -1,5 +1,4 @@
 #include "Tessarune/history/RecordingCatalog.h"
-
 #include "TessaruneCore/text/BoundedJSON.h"
 #include "TessaruneCore/text/Text.h"
 

@@ -1,6 +1,5 @@
-#include "Tessarune/history/RecordingCatalog.h"
-
 #include "Tessarune/history/RecordingCatalog+Loading.h"
+#include "Tessarune/history/RecordingCatalog.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/DateText.h"
 #include "TessaruneCore/text/Text.h"

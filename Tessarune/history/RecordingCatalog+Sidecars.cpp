@@ -1,6 +1,5 @@
-#include "Tessarune/history/RecordingCatalog.h"
-
 #include "Tessarune/history/RecordingCatalog+Loading.h"
+#include "Tessarune/history/RecordingCatalog.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Text.h"
 
@@ -108,9 +107,10 @@ void RecordingCatalog::removeSidecars(const UUID& id) {
         removeQuietly(path);
 }
 
-RecordingTranscriptSaveOutcome RecordingCatalog::saveRefinedTranscript(
-    std::string_view sourceText, std::string_view bilingualText,
-    const std::optional<HistoryWordTimeline>& wordTimeline, const UUID& id) {
+RecordingTranscriptSaveOutcome
+RecordingCatalog::saveRefinedTranscript(std::string_view sourceText, std::string_view bilingualText,
+                                        const std::optional<HistoryWordTimeline>& wordTimeline,
+                                        const UUID& id) {
     return saveGuarded({"refined", "recording.transcript.refined.saveFailed"}, "refinement", id,
                        [&] {
                            writeSidecar(transcriptURL(id), sourceText);
@@ -129,9 +129,9 @@ RecordingTranscriptSaveOutcome RecordingCatalog::saveRefinedSourceTranscript(
                        });
 }
 
-RecordingTranscriptSaveOutcome
-RecordingCatalog::saveGuarded(SidecarKind kind, std::string_view what, const UUID& id,
-                              const std::function<void()>& save) {
+RecordingTranscriptSaveOutcome RecordingCatalog::saveGuarded(SidecarKind kind,
+                                                             std::string_view what, const UUID& id,
+                                                             const std::function<void()>& save) {
     using Outcome = RecordingTranscriptSaveOutcome;
     Outcome outcome = Outcome::skippedDeleted;
     queue_->sync([&] {

@@ -71,8 +71,8 @@ bool RecordingRepair::finishSession(RecordingMetadata recording) {
     try {
         const std::uint64_t size = files_.size(recording.filePath);
         const WAVHeader header = repairedHeader(recording, size);
-        recording.duration = static_cast<double>(header.dataSize) /
-                             static_cast<double>(header.bytesPerSecond());
+        recording.duration =
+            static_cast<double>(header.dataSize) / static_cast<double>(header.bytesPerSecond());
         recording.byteCount =
             static_cast<std::int64_t>(std::max<std::uint64_t>(size, WAVHeader::size));
         recording.sampleRate = header.sampleRate;
@@ -142,12 +142,11 @@ void RecordingRepair::restoreTranscripts(const UUID& id) {
     try {
         const auto journal = SessionJournalContent::decoded(files_.read(catalog_.journalURL(id)));
         const bool isWritten = writeTranscripts(id, journal);
-        logger_.important(
-            "recording.repair.transcripts",
-            {{"recordingID", id.text()},
-             {"rows", static_cast<std::int64_t>(journal.rows.size())},
-             {"unreadableLines", static_cast<std::int64_t>(journal.unreadableLines)},
-             {"saved", isWritten}});
+        logger_.important("recording.repair.transcripts",
+                          {{"recordingID", id.text()},
+                           {"rows", static_cast<std::int64_t>(journal.rows.size())},
+                           {"unreadableLines", static_cast<std::int64_t>(journal.unreadableLines)},
+                           {"saved", isWritten}});
         if (isWritten)
             files_.remove(catalog_.journalURL(id));
     } catch (const std::exception& error) {
@@ -167,12 +166,12 @@ bool RecordingRepair::writeTranscripts(const UUID& id, const SessionJournalConte
                         SessionTranscriptBuilder::bilingualText(journal.rows), id) &&
                     isWritten;
     if (!files_.exists(catalog_.wordTimelineURL(id)))
-        isWritten = catalog_.saveWordTimeline(
-                        HistoryWordTimeline::build(journal.recordingStartedAt,
-                                                   journal.recognitionOptionID, journal.rows,
-                                                   journal.wordEvents),
-                        id) &&
-                    isWritten;
+        isWritten =
+            catalog_.saveWordTimeline(HistoryWordTimeline::build(journal.recordingStartedAt,
+                                                                 journal.recognitionOptionID,
+                                                                 journal.rows, journal.wordEvents),
+                                      id) &&
+            isWritten;
     return isWritten;
 }
 
@@ -186,8 +185,8 @@ void RecordingRepair::removeUnfinishedFiles() {
                     files_.remove(folder / name);
             }
         } catch (const std::exception& error) {
-            logger_.important("recording.repair.failed", {{"path", folder.string()},
-                                                          {"error", std::string(error.what())}});
+            logger_.important("recording.repair.failed",
+                              {{"path", folder.string()}, {"error", std::string(error.what())}});
         }
     }
 }

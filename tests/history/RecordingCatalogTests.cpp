@@ -1,0 +1,326 @@
+#include "TessaruneCore/text/Text.h"
+#include "tests/history/CatalogFixture.h"
+
+#include <gtest/gtest.h>
+
+namespace tessarune {
+namespace {
+
+using Json = nlohmann::json;
+using Outcome = RecordingTranscriptSaveOutcome;
+
+const std::string unknownID = "11111111-1111-4111-8111-111111111111";
+
+class RecordingCatalogTests : public ::testing::Test, public testing::Catalogued {
+  protected:
+    bool hasSidecars(const UUID& id) const {
+        return disk.has(catalog.transcriptURL(id)) || disk.has(catalog.wordTimelineURL(id)) ||
+               disk.has(catalog.bilingualTranscriptURL(id)) || disk.has(catalog.entryURL(id));
+    }
+    static HistoryWordTimeline timeline(std::vector<HistoryWordTimeline::Sentence> sentences) {
+        HistoryWordTimeline made;
+        made.sentences = std::move(sentences);
+        return made;
+    }
+};
+
+TEST_F(RecordingCatalogTests, WritesItsFileFormatAndReadsItBack) {
+    auto entry = recording(1'760'000'000.75, "a.wav", makeID());
+    entry.note = "É";
+    entry.sampleRate = 48000;
+    ASSERT_TRUE(catalog.upsert(entry));
+    EXPECT_EQ(disk.contentsOf("/data/recordings.json"), R"([
+  {
+    "byteCount": 64044,
+    "duration": 2.0,
+    "endedAt": "2025-10-09T08:53:22Z",
+    "filePath": "/data/Recordings/a.wav",
+    "id": "00000000-0000-4000-8000-000000000001",
+    "note": "É",
+    "sampleRate": 48000,
+    "startedAt": "2025-10-09T08:53:20Z"
+  }
+]
+)");
+    entry.startedAt = 1'760'000'000;
+    entry.endedAt = 1'760'000'002;
+    EXPECT_EQ(catalog.recordings(), std::vector{entry}) << "dates have whole seconds";
+}
+
+TEST_F(RecordingCatalogTests, ListsTheNewestFirstAndCarriesNotesOver) {
+    std::size_t changes = 0;
+    const auto observation = notifications.observe(NotificationName::recordingCatalogDidChange,
+                                                   [&](const auto&) { ++changes; });
+    const UUID old = add(10, "old.wav");
+    const UUID b = add(30, "b.wav");
+    add(20, "a.wav");
+    add(30, "c.wav");
+    EXPECT_EQ(order(), "b c a old ");
+    EXPECT_TRUE(catalog.setNote("mine", old));
+    EXPECT_TRUE(catalog.setNote("nobody's", UUID::random()));
+    EXPECT_TRUE(catalog.upsert(recording(40, "old.m4a", old)));
+    EXPECT_EQ(order(), "old b c a ");
+    EXPECT_EQ(catalog.recording(old)->note, "mine");
+    EXPECT_TRUE(catalog.setNote("", old));
+    EXPECT_FALSE(index()[0].contains("note"));
+    EXPECT_TRUE(catalog.deleteRecording(b));
+    EXPECT_EQ(changes, 9U);
+    disk.failFrom = disk.operations + 1;
+    EXPECT_FALSE(catalog.upsert(recording(50, "lost.wav", makeID())));
+    EXPECT_EQ(changes, 9U) << "a change that was not saved is none";
+    EXPECT_EQ(log.back().rfind("Tessarune failed to update recording catalog: ", 0), 0U);
+    disk.recover();
+    EXPECT_EQ(order(), "old c a ");
+}
+
+TEST_F(RecordingCatalogTests, KeepsWhatItDoesNotUnderstand) {
+    const std::string entry =
+        R"({"id":")" + unknownID +
+        R"(","startedAt":"2025-10-09T10:00:00.5+02:00","filePath":"/x/a.mp3","duration":1.5,)"
+        R"("byteCount":7.0,"tags":["x",{"y":18446744073709551615}],"note":null})";
+    const std::string strange[] = {R"({"id":"22222222-2222-4222-8222-222222222222","startedAt":5})",
+                                   R"("text")", "null", R"([{"deep":[]}])"};
+    setIndex("[" + strange[0] + "," + entry + "," + strange[1] + "," + strange[2] + "," +
+             strange[3] + "]");
+    const UUID id = *UUID::parse(unknownID);
+    ASSERT_EQ(catalog.recordings().size(), 1U);
+    EXPECT_EQ(catalog.recording(id)->startedAt, 1'759'996'800.5);
+    add(1'800'000'000, "new.wav");
+    auto after = index();
+    ASSERT_EQ(after.size(), 6U);
+    EXPECT_EQ(after[1], Json::parse(entry));
+    for (std::size_t i = 0; i < 4; ++i)
+        EXPECT_EQ(after[i + 2], Json::parse(strange[i]));
+
+    auto changed = *catalog.recording(id);
+    changed.byteCount = 9;
+    catalog.upsert(changed);
+    auto expected = Json::parse(entry);
+    expected["byteCount"] = 9;
+    EXPECT_EQ(index()[1], expected) << "only what changed is written anew";
+    // Elements without a name may be anybody's; with one, its sidecars are known.
+    disk.setContents(catalog.transcriptURL(UUID::random()), "orphan");
+    const auto before = disk.usedSpace();
+    catalog.cleanupOrphanTranscripts();
+    EXPECT_EQ(disk.usedSpace(), before);
+}
+
+TEST_F(RecordingCatalogTests, AnUnreadableIndexIsKeptAsideAndSalvaged) {
+    const UUID a = add(20, "a.wav");
+    const UUID b = add(10, "b.wav");
+    catalog.saveTranscript("text", a);
+    const std::string whole = disk.contentsOf("/data/recordings.json");
+    const struct {
+        const char* name;
+        std::string index;
+        bool hasEntries; ///< beside the transcripts
+        std::string order;
+    } cases[] = {
+        {"garbage", "\xFF{{{[", false, "new "},
+        {"garbage with entries beside", "\xFF{{{[", true, "new a b "},
+        {"another type", "{}", false, "new "},
+        {"cut", whole.substr(0, whole.size() - 20), false, "new a "},
+        {"a lost comma", std::string(whole).erase(whole.find("},") + 1, 1), false, "new a b "},
+        {"too deep", std::string(100000, '['), true, "new a b "},
+        {"empty", "", true, "new a b "},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        for (const UUID& id : {a, b}) {
+            disk.setContents(catalog.entryURL(id), "");
+            if (c.hasEntries)
+                catalog.upsert(*catalog.recording(id));
+        }
+        setIndex(c.index);
+        catalog.healStaleRecordings();
+        catalog.reconcileIndex();
+        catalog.cleanupOrphanTranscripts();
+        EXPECT_EQ(disk.contentsOf("/data/recordings.json"), c.index);
+        EXPECT_TRUE(catalog.recordings().empty());
+        EXPECT_EQ(catalog.saveRefinedTranscript("t", "", {}, a),
+                  c.order.find('a') == std::string::npos ? Outcome::skippedDeleted : Outcome::saved);
+        catalog.saveTranscript("text", a);
+
+        const UUID id = makeID();
+        ASSERT_TRUE(catalog.upsert(recording(30, "new.wav", id)));
+        EXPECT_EQ(order(), c.order);
+        const std::filesystem::path aside = "/data/recordings.json.unreadable-20251009-200000";
+        EXPECT_EQ(disk.contentsOf(aside), c.index);
+        catalog.cleanupOrphanTranscripts();
+        EXPECT_EQ(disk.has(catalog.transcriptURL(a)), true) << "it may be one that was lost";
+        disk.remove(aside);
+        disk.remove(catalog.entryURL(id));
+        setIndex(whole);
+    }
+}
+
+TEST_F(RecordingCatalogTests, ADiskThatDoesNotAnswerCostsNoEntry) {
+    add(10, "a.wav");
+    disk.failAt = disk.operations + 3; // folders, folders, index
+    EXPECT_FALSE(catalog.upsert(recording(20, "b.wav", makeID())));
+    EXPECT_TRUE(catalog.upsert(recording(20, "b.wav", makeID())));
+    EXPECT_EQ(order(), "b a ");
+    disk.refused = "recordings.json";
+    EXPECT_EQ(catalog.saveRefinedTranscript("t", "", {}, makeID()), Outcome::failed);
+    disk.refused = "/data/Recordings";
+    catalog.reconcileIndex();
+    disk.recover();
+    EXPECT_EQ(order(), "b a ") << "sound that cannot be looked at is not gone";
+}
+
+TEST_F(RecordingCatalogTests, DeletingTakesAllThatIsTheRecordings) {
+    const UUID other = add(10, "20251009-110000.wav");
+    const UUID id = add(20, "20251009-120000.m4a");
+    for (const char* sibling : {"20251009-120000.wav", "20251009-120000.pcm"})
+        disk.setContents(paths.recordings() / sibling, "x");
+    for (const UUID& each : {id, other}) {
+        catalog.saveTranscript("a", each);
+        catalog.saveBilingualTranscript("a\nb", each);
+        disk.setContents(catalog.journalURL(each), "{}");
+    }
+    disk.setContents("/data/Diagnostics/Live-1/manifest.json",
+                     R"({"runs":[{"recordingID":")" + Text::lowercased(id.text()) + R"("}]})");
+    disk.setContents("/data/Diagnostics/Live-2/manifest.json",
+                     R"({"recordingID":")" + other.text() + R"("})");
+    logger.important("a", {{"recordingID", id.text()}});
+    logger.important("b", {{"path", std::string("/x/20251009-120000.wav")}});
+    logger.important("c", {{"recordingID", other.text()}});
+
+    disk.refused = ".bilingual.txt"; // one that cannot be removed keeps no other
+    ASSERT_TRUE(catalog.deleteRecording(id));
+    EXPECT_EQ(disk.list(paths.recordings()), std::vector<std::string>{"20251009-110000.wav"});
+    EXPECT_EQ(disk.list(paths.diagnostics()), std::vector<std::string>{"Live-2"});
+    EXPECT_EQ(disk.list(paths.transcripts()).size(), 4U + 1U);
+    EXPECT_TRUE(events("a").empty() && events("b").empty());
+    EXPECT_EQ(events("c").size(), 1U);
+    disk.recover();
+    catalog.cleanupOrphanTranscripts();
+    EXPECT_EQ(disk.list(paths.transcripts()).size(), 4U);
+    EXPECT_EQ(log.back(), "Tessarune catalog cleanup: removed 1 orphan transcript sidecar(s)");
+
+    const UUID imported = makeID();
+    auto foreign = recording(30, "", imported);
+    foreign.filePath = "/music/song.m4a";
+    disk.setContents("/music/song.m4a", "x");
+    disk.setContents("/music/song.wav", "x");
+    catalog.upsert(foreign);
+    catalog.deleteRecording(imported);
+    EXPECT_EQ(disk.list("/music"), std::vector<std::string>{"song.wav"});
+
+    ASSERT_TRUE(catalog.deleteAll());
+    EXPECT_TRUE(disk.list(paths.logs()).empty() && !hasSidecars(other));
+    EXPECT_EQ(disk.contentsOf("/data/recordings.json"), "[]\n");
+}
+
+TEST_F(RecordingCatalogTests, SidecarsThatAreEmptyAreNone) {
+    const UUID id = add(10, "a.wav");
+    EXPECT_TRUE(catalog.saveTranscript("", id));
+    EXPECT_TRUE(disk.has(catalog.transcriptURL(id)));
+    EXPECT_TRUE(catalog.saveBilingualTranscript(" \n a\nb\t", id));
+    EXPECT_EQ(disk.contentsOf(catalog.bilingualTranscriptURL(id)), "a\nb");
+    EXPECT_TRUE(catalog.saveWordTimeline(timeline({{"a", 0, 1, {}, "k"}}), id));
+    EXPECT_TRUE(disk.has(catalog.wordTimelineURL(id)));
+    EXPECT_TRUE(catalog.saveBilingualTranscript(" \n", id) &&
+                catalog.saveWordTimeline(timeline({}), id));
+    EXPECT_FALSE(disk.has(catalog.bilingualTranscriptURL(id)) ||
+                 disk.has(catalog.wordTimelineURL(id)));
+
+    catalog.saveTranscript("good", id);
+    disk.refused = "Transcripts/";
+    EXPECT_FALSE(catalog.saveTranscript("better", id));
+    EXPECT_EQ(log.back().rfind("Tessarune failed to save source transcript sidecar for " +
+                                   id.text() + ": ",
+                               0),
+              0U);
+    EXPECT_FALSE(catalog.saveBilingualTranscript("", id)) << "a removal that fails is a failure";
+    EXPECT_FALSE(catalog.saveWordTimeline(timeline({{"a", 0, 1, {}, "k"}}), id));
+    disk.recover();
+    EXPECT_EQ(disk.contentsOf(catalog.transcriptURL(id)), "good");
+    for (const char* kind : {"source", "bilingual", "timeline"})
+        EXPECT_EQ(events(std::string("recording.transcript.") + kind + ".saveFailed").size(), 1U);
+}
+
+TEST_F(RecordingCatalogTests, RefinedTranscriptsReplaceOnlyThoseOfALivingRecording) {
+    std::vector<NotificationObject> updated;
+    const auto observation =
+        notifications.observe(NotificationName::recordingTranscriptDidUpdate,
+                              [&](const NotificationObject& id) { updated.push_back(id); });
+    const UUID id = add(10, "a.wav");
+    catalog.saveBilingualTranscript("kept", id);
+    EXPECT_EQ(catalog.saveRefinedSourceTranscript("new", {}, id), Outcome::saved);
+    EXPECT_EQ(disk.contentsOf(catalog.bilingualTranscriptURL(id)), "kept");
+    EXPECT_EQ(catalog.saveRefinedTranscript("newer", "", {}, id), Outcome::saved);
+    EXPECT_FALSE(disk.has(catalog.bilingualTranscriptURL(id)));
+    disk.refused = ".words.json";
+    EXPECT_EQ(catalog.saveRefinedTranscript("newest", "b", {}, id), Outcome::failed);
+    disk.recover();
+    EXPECT_EQ(events("recording.transcript.refined.saveFailed")[0]["path"], "/data/Transcripts");
+    EXPECT_EQ(disk.contentsOf(catalog.bilingualTranscriptURL(id)), "b") << "what was written stays";
+    EXPECT_EQ(updated, (std::vector<NotificationObject>{id, id}));
+
+    catalog.deleteRecording(id);
+    catalog.saveTranscript("in flight", id);
+    EXPECT_EQ(catalog.saveRefinedTranscript("late", "late", {}, id), Outcome::skippedDeleted);
+    EXPECT_FALSE(hasSidecars(id));
+    EXPECT_EQ(log.back(),
+              "Tessarune refinement skipped: recording " + id.text() + " was deleted");
+    EXPECT_EQ(catalog.saveRefinedSourceTranscript("late", {}, id), Outcome::skippedDeleted);
+    EXPECT_EQ(log.back(),
+              "Tessarune source refinement skipped: recording " + id.text() + " was deleted");
+}
+
+TEST_F(RecordingCatalogTests, LaunchRepairsCloseTheGaps) {
+    const UUID stale = makeID();
+    auto unfinished = recording(10, "stale.m4a", stale);
+    unfinished.endedAt.reset();
+    disk.setContents(unfinished.filePath, "x");
+    catalog.upsert(unfinished);
+    const UUID gone = add(20, "gone.wav");
+    for (const UUID& id : {stale, gone})
+        catalog.saveTranscript("text", id);
+    disk.remove("/data/Recordings/gone.wav");
+    for (const char* name : {"notes.txt", "README", "11111111-1111-4111-8111-111111111111.txt"})
+        disk.setContents(paths.transcripts() / name, "x");
+
+    catalog.healStaleRecordings();
+    EXPECT_EQ(catalog.recording(stale)->endedAt, 12);
+    catalog.reconcileIndex();
+    EXPECT_EQ(order(), "stale ");
+    EXPECT_EQ(log.back(), "Tessarune catalog reconcile: pruned 1 missing-audio entries");
+    catalog.cleanupOrphanTranscripts();
+    EXPECT_EQ(log.back(), "Tessarune catalog cleanup: removed 3 orphan transcript sidecar(s)");
+    EXPECT_EQ(disk.list(paths.transcripts()),
+              (std::vector<std::string>{stale.text() + ".recording.json", stale.text() + ".txt",
+                                        "README", "notes.txt"}));
+    const auto operations = disk.contentsOf("/data/recordings.json");
+    catalog.healStaleRecordings();
+    catalog.reconcileIndex();
+    EXPECT_EQ(disk.contentsOf("/data/recordings.json"), operations);
+}
+
+TEST_F(RecordingCatalogTests, FindsTheNewestRunOfARecording) {
+    const UUID id = makeID();
+    const std::string named = R"({"recordingID":")" + id.text() + R"("})";
+    const auto run = [&](const std::string& name, double time, const char* file,
+                         const std::string& content) {
+        disk.setContents("/data/Diagnostics/" + name + "/" + file, content);
+        disk.setModifiedAt("/data/Diagnostics/" + name, time);
+    };
+    run("a", 5, "manifest.json", named);
+    run("b", 9, "manifest.json", R"({"list":[[{"recordingID":")" + id.text() + R"("}]]})");
+    run("c", 9, "recording.json", named);
+    run("d", 20, "manifest.json", R"({"recording":")" + id.text() + R"("})");
+    run("e", 20, "manifest.json", named.substr(1));
+    run(".hidden", 20, "manifest.json", named);
+    disk.setContents("/data/Diagnostics/c/manifest.json", "broken");
+    disk.setContents("/data/Diagnostics/file", named);
+    EXPECT_EQ(catalog.diagnosticsRunURLs({id}),
+              (std::vector<std::filesystem::path>{"/data/Diagnostics/c", "/data/Diagnostics/b",
+                                                  "/data/Diagnostics/a"}));
+    EXPECT_EQ(catalog.diagnosticsRunURL(id), "/data/Diagnostics/c");
+    EXPECT_FALSE(catalog.diagnosticsRunURL(makeID()));
+    EXPECT_TRUE(catalog.diagnosticsRunURLs({}).empty());
+}
+
+} // namespace
+} // namespace tessarune
