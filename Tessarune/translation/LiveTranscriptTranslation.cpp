@@ -160,6 +160,9 @@ void LiveTranscriptTranslation::translationSettingChanged(const std::string& rea
     runtime_->cancelCommittedTask();
     runtime_->committedHealth.reset();
     cancelGhostTranslation();
+    // Nobody will report the end of the former pair's preparation.
+    if (const auto pair = preparationDisplayState_->preparing)
+        clearTranslationPreparationStatus(pair->source, pair->target);
     if (TranslationSupport::isDisabledBackend(runtime_->settings().translationBackend)) {
         access_.setStatusMessage(localized("翻译已关闭。"));
         refresh(reason);

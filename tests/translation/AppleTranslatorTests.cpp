@@ -85,82 +85,60 @@ TEST_F(AppleTranslatorTests, OnlyAnImpossiblePairIsNotAskedAgain) {
 }
 
 TEST_F(AppleTranslatorTests, PreparationTellsWhatIsMissing) {
-    struct Case {
-        const char* name;
-        ScriptedTranslationService::Pair pair;
-        const char* outcome;
-        bool isPreparedThen;
-    };
-    const Case cases[] = {
-        {"ready", {Status::installed, true}, "ok", true},
-        {"downloaded", {Status::supported, false}, "ok", true},
-        {"still missing",
-         {Status::supported, false, false},
-         "failed: languageResourcesNotReady",
-         false},
-        {"installed but never ready", {Status::installed, false, false}, "ok", false},
-        {"download failed",
-         {Status::supported, false, true, {1, serviceError(std::nullopt)}},
-         "failed: unknown",
-         false},
-        {"no such language",
-         {Status::supported,
-          false,
-          true,
-          {0, serviceError(TranslationError::unsupportedTargetLanguage)}},
-         "failed: unsupportedTargetLanguage",
-         false},
-    };
-    for (const auto& c : cases) {
-        service->pairs[pairName] = c.pair;
-        EXPECT_EQ(rebuild(), c.outcome) << c.name;
+    const auto check = [this](const char* situation, ScriptedTranslationService::Pair pair,
+                              std::string_view outcome, bool isPreparedThen) {
+        service->pairs[pairName] = std::move(pair);
+        EXPECT_EQ(rebuild(), outcome) << situation;
         service->takeCalls();
         prepare();
-        EXPECT_EQ(service->takeCalls().empty(), c.isPreparedThen) << c.name;
-    }
+        EXPECT_EQ(service->takeCalls().empty(), isPreparedThen) << situation;
+    };
+    const auto notInTheList = serviceError(TranslationError::unsupportedTargetLanguage);
+    check("ready", {Status::installed, true}, "ok", true);
+    check("downloaded", {Status::supported, false}, "ok", true);
+    check("still missing", {Status::supported, false, false}, "failed: languageResourcesNotReady",
+          false);
+    check("installed but never ready", {Status::installed, false, false}, "ok", false);
+    check("download failed", {Status::supported, false, true, {1, serviceError(std::nullopt)}},
+          "failed: unknown", false);
+    check("no such language", {Status::supported, false, true, {0, notInTheList}},
+          "failed: unsupportedTargetLanguage", false);
 }
 
 TEST_F(AppleTranslatorTests, EveryFailureOfTheServiceGetsItsCategory) {
-    struct Case {
-        std::optional<TranslationError> kind;
-        Category category;
-        Calls nextTime; // the calls of the translation after it
-    };
-    const Calls asIfNothingHadHappened{"translate b"};
-    const Calls preparedAgain{"status en-US->fr-FR", "status en-US->fr-FR", "isReady",
-                              "translate b"};
-    const Calls newSession{"status en-US->fr-FR", "status en-US->fr-FR", "session en-US->fr-FR",
-                           "isReady", "translate b"};
     using Error = TranslationError;
-    const Case cases[] = {
-        {Error::unsupportedSourceLanguage, Category::unsupportedSourceLanguage,
-         asIfNothingHadHappened},
-        {Error::unsupportedTargetLanguage, Category::unsupportedTargetLanguage,
-         asIfNothingHadHappened},
-        {Error::unsupportedLanguagePairing, Category::unsupportedLanguagePairing,
-         asIfNothingHadHappened},
-        {Error::notInstalled, Category::languageResourcesNotReady, preparedAgain},
-        {Error::alreadyCancelled, Category::sessionCancelled, newSession},
-        {Error::unableToIdentifyLanguage, Category::unableToIdentifyLanguage,
-         asIfNothingHadHappened},
-        {Error::nothingToTranslate, Category::nothingToTranslate, asIfNothingHadHappened},
-        {Error::internalError, Category::internalError, asIfNothingHadHappened},
-        {std::nullopt, Category::unknown, asIfNothingHadHappened},
+    const std::pair<std::optional<Error>, Category> cases[] = {
+        {Error::unsupportedSourceLanguage, Category::unsupportedSourceLanguage},
+        {Error::unsupportedTargetLanguage, Category::unsupportedTargetLanguage},
+        {Error::unsupportedLanguagePairing, Category::unsupportedLanguagePairing},
+        {Error::notInstalled, Category::languageResourcesNotReady},
+        {Error::alreadyCancelled, Category::sessionCancelled},
+        {Error::unableToIdentifyLanguage, Category::unableToIdentifyLanguage},
+        {Error::nothingToTranslate, Category::nothingToTranslate},
+        {Error::internalError, Category::internalError},
+        {std::nullopt, Category::unknown},
     };
-    for (const auto& c : cases) {
+    for (const auto& [kind, category] : cases) {
+        const bool isCancelled = kind == Error::alreadyCancelled;
+        Calls nextTime{"translate b"};
+        if (isCancelled)
+            nextTime = {"status en-US->fr-FR", "status en-US->fr-FR", "session en-US->fr-FR",
+                        "isReady", "translate b"};
+        if (kind == Error::notInstalled)
+            nextTime = {"status en-US->fr-FR", "status en-US->fr-FR", "isReady", "translate b"};
+
         ASSERT_EQ(rebuild(), "ok");
-        service->answers = {{0.1, serviceError(c.kind, "no")}};
-        EXPECT_EQ(translate("a"), "failed: " + std::string(name(c.category)));
+        service->answers = {{0.1, serviceError(kind, "no")}};
+        EXPECT_EQ(translate("a"), "failed: " + std::string(name(category)));
         service->takeCalls();
         EXPECT_EQ(translate("b"), "fr-FR:b");
-        EXPECT_EQ(service->takeCalls(), c.nextTime) << name(c.category);
+        EXPECT_EQ(service->takeCalls(), nextTime) << name(category);
 
         // A session that has lost its files has one reason, whatever it says.
-        service->answers = {{0.1, serviceError(c.kind, "no")}};
+        service->answers = {{0.1, serviceError(kind, "no")}};
         host.after(0.05, [&] { service->pairs[pairName].isReady = false; });
-        const bool namesTheReason = c.kind == Error::alreadyCancelled;
-        EXPECT_EQ(translate("a"), namesTheReason ? "failed: sessionCancelled"
-                                                 : "failed: languageResourcesNotReady");
+        EXPECT_EQ(translate("a"),
+                  isCancelled ? "failed: sessionCancelled" : "failed: languageResourcesNotReady");
         service->pairs[pairName].isReady = true;
     }
 }

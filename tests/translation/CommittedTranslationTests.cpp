@@ -2,6 +2,7 @@
 #include "tests/translation/TranslatedSession.h"
 
 #include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
 
 namespace tessarune {
 namespace {
@@ -51,6 +52,11 @@ TEST_F(CommittedTranslationTests, SentencesAreTranslatedInOrderWhileNewOnesCome)
     EXPECT_EQ(observations[1].durationSeconds, 0.5);
     EXPECT_EQ(observations[1].diagnostics.preflightStatus, "installed");
     EXPECT_NEAR(*observations[1].queueDelaySeconds, 1.0, 0.01);
+    const nlohmann::ordered_json json = observations[3];
+    EXPECT_EQ(json["scope"], "committed");
+    EXPECT_EQ(json["segmentIDs"][1], json["resultSegmentID"]);
+    EXPECT_EQ(json["translatedCharacters"], 14);
+    EXPECT_FALSE(json.contains("error"));
 }
 
 TEST_F(CommittedTranslationTests, AResultForOldSettingsNeverLands) {
@@ -210,6 +216,9 @@ TEST_F(CommittedTranslationTests, APairThatIsStillToBeDownloadedHoldsTheQueueWit
     commit({"One."});
     host.advanceBy(20);
     commit({"Two."});
+    translation->setTranslationTarget("en");
+    EXPECT_FALSE(isPreparing()) << "not for this one";
+    translation->setTranslationTarget("fr");
     host.advanceBy(5);
     EXPECT_EQ(shown(), (Strings{"?", "?"}));
     EXPECT_TRUE(isPreparing());

@@ -156,14 +156,11 @@ TEST(SessionTranscriptBuilderTests, FourSourcesMakeOneTextWithoutRepetition) {
         std::size_t visibleWithoutTwo; // rows, when "Two." is cleared
     };
     const auto blank = row(" \n");
+    const SessionTranscriptBuilder::Sources all{committed, leading, soft, partial};
     const Case cases[] = {
         {"nothing", {none, none, none, blank}, "", "", 0},
         {"partial alone", {none, none, none, partial}, "four", "four", 1},
-        {"all",
-         {committed, leading, soft, partial},
-         "One.\nTwo.\nThree,\nfour",
-         "One.\nun\n\nseul\n\nTwo.\n\nThree,\n\nfour",
-         5},
+        {"all", all, "One.\nTwo.\nThree,\nfour", "One.\nun\n\nseul\n\nTwo.\n\nThree,\n\nfour", 5},
         {"repeated", {none, leading, soft, repeated}, "Two.\nThree,", "Two.\n\nThree,", 1},
         {"not the last",
          {soft, leading, none, repeated},
@@ -178,7 +175,6 @@ TEST(SessionTranscriptBuilderTests, FourSourcesMakeOneTextWithoutRepetition) {
             SessionTranscriptBuilder::visibleSourceSegments(c.sources, {leading.front().id});
         EXPECT_EQ(visible.size(), c.visibleWithoutTwo) << c.name;
     }
-    const SessionTranscriptBuilder::Sources all{committed, leading, soft, partial};
     EXPECT_EQ(SessionTranscriptBuilder::visibleSourceSegments(all, {}).back(), partial);
     EXPECT_EQ(SessionTranscriptBuilder::visibleSourceSegments(all, {partial.id}).back(),
               soft.back());

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "Tessarune/translation/LiveTranslationSettingsSnapshot.h"
+#include "Tessarune/translation/TranslationService.h"
+#include "TessaruneCore/UUID.h"
+#include "TessaruneCore/observation/Published.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tessarune {
+
+/// One test of a language pair that the user asked for.
+struct TranslationTestRequest {
+    UUID id;
+    std::string source;
+    std::string target;
+    std::string text;
+
+    bool operator==(const TranslationTestRequest&) const = default;
+};
+
+/// The settings' test of a language pair, which also is how its resources are downloaded: it
+/// prepares the pair over a session of its own, translates a sample, and says how it went. A test
+/// that succeeds repairs the failed rows of a running session at once.
+///
+/// Main queue. Made with `std::make_shared`: a test under way keeps it alive.
+class TranslationTaskBridge : public std::enable_shared_from_this<TranslationTaskBridge> {
+  public:
+    struct Environment {
+        Host& host;
+        std::shared_ptr<TranslationService> service;
+        /// Asked for the state of the pair; null where there is no translator.
+        std::function<std::shared_ptr<Translator>()> translator;
+        std::function<LiveTranslationSettingsSnapshot()> settings;
+        /// Of the live session.
+        std::function<void()> retryIncompleteTranslations;
+    };
+    explicit TranslationTaskBridge(Environment environment);
+    TranslationTaskBridge(const TranslationTaskBridge&) = delete;
+
+    /// Supersedes a test that is under way.
+    void runTranslationTest(const std::string& target);
+
+    const Published<bool>& isTestingTranslation() const { return isTestingTranslation_; }
+    const Published<std::string>& resultText() const { return resultText_; }
+    const Published<std::string>& statusText() const { return statusText_; }
+
+    /// The failure as the user reads it.
+    static std::string errorMessage(const std::exception& error,
+                                    const TranslationTestRequest& request);
+
+  private:
+    using Self = std::shared_ptr<TranslationTaskBridge>;
+
+    static Task<void> test(Self self, TranslationTestRequest request);
+    static Task<void> run(Self self, std::shared_ptr<TranslationSession> session,
+                          TranslationTestRequest request);
+    bool isCurrent(const TranslationTestRequest& request) const { return request_ == request; }
+    void retryLiveTranslationsIfCurrent(const TranslationTestRequest& request);
+    void finish();
+
+    Environment environment_;
+    std::optional<TranslationTestRequest> request_;
+    Published<bool> isTestingTranslation_{false};
+    Published<std::string> resultText_;
+    Published<std::string> statusText_;
+};
+
+} // namespace tessarune
