@@ -5,6 +5,8 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -148,6 +150,18 @@ bool isOnPath(const std::string& program) {
     return false;
 }
 
+bool isListening(const std::filesystem::path& socketFile) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const std::string name = socketFile.string();
+    name.copy(address.sun_path, sizeof address.sun_path - 1);
+    const int end = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const bool listens =
+        connect(end, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    close(end);
+    return listens;
+}
+
 /// Whether a server answers and has the output as its default.
 class Question {
   public:
@@ -257,7 +271,7 @@ void PrivateSoundServer::start() {
         launch({"pipewire", "-c", main.string()});
         // The others give up if there is nothing to connect to yet.
         const auto deadline = Clock::now() + 5s;
-        while (!std::filesystem::exists(folder_ / "pipewire-0") && Clock::now() < deadline)
+        while (!isListening(folder_ / "pipewire-0") && Clock::now() < deadline)
             std::this_thread::sleep_for(10ms);
         launch({"wireplumber"});
         launch({"pipewire-pulse", "-c", pulse.string()});

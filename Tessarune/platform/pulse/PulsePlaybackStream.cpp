@@ -14,12 +14,7 @@ PulsePlaybackStream::PulsePlaybackStream(std::shared_ptr<PulseConnection> connec
 PulsePlaybackStream::~PulsePlaybackStream() {
     PulseLock lock(connection_->loop());
     timer_.cancel();
-    if (stream_) {
-        pa_stream_set_state_callback(stream_.get(), nullptr, nullptr);
-        pa_stream_set_write_callback(stream_.get(), nullptr, nullptr);
-        pa_stream_disconnect(stream_.get());
-        stream_.reset();
-    }
+    closeStream(std::move(stream_));
 }
 
 void PulsePlaybackStream::open(const PlaybackRequest& request, OneShot<PulseOutcome> opened) {
@@ -112,11 +107,7 @@ void PulsePlaybackStream::end(const PulseOutcome& reason) {
     timer_.cancel();
     ended_ = reason;
     feeding_.reset();
-    if (stream_) {
-        pa_stream_set_state_callback(stream_.get(), nullptr, nullptr);
-        pa_stream_set_write_callback(stream_.get(), nullptr, nullptr);
-        pa_stream_disconnect(stream_.get());
-    }
+    closeStream(std::move(stream_));
     answer(reason);
 }
 

@@ -16,13 +16,7 @@ PulseRecordStream::~PulseRecordStream() {
     line_->isClosed = true;
     PulseLock lock(connection_->loop());
     timer_.cancel();
-    if (stream_) {
-        pa_stream_set_state_callback(stream_.get(), nullptr, nullptr);
-        pa_stream_set_read_callback(stream_.get(), nullptr, nullptr);
-        pa_stream_set_moved_callback(stream_.get(), nullptr, nullptr);
-        pa_stream_disconnect(stream_.get());
-        stream_.reset();
-    }
+    closeStream(std::move(stream_));
 }
 
 void PulseRecordStream::open(const RecordRequest& request, OneShot<PulseOutcome> opened) {
@@ -156,11 +150,7 @@ void PulseRecordStream::deliver() {
 
 void PulseRecordStream::end(const PulseOutcome& reason) {
     timer_.cancel();
-    if (stream_) {
-        pa_stream_set_state_callback(stream_.get(), nullptr, nullptr);
-        pa_stream_set_read_callback(stream_.get(), nullptr, nullptr);
-        pa_stream_disconnect(stream_.get());
-    }
+    closeStream(std::move(stream_));
     if (auto opened = std::exchange(opened_, std::nullopt)) {
         opened->resume(reason);
         return;

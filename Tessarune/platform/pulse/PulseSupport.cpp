@@ -38,4 +38,25 @@ void PulseTimer::cancel() {
         api_->time_free(event);
 }
 
+void closeStream(PulseStreamPtr stream) {
+    if (!stream)
+        return;
+    pa_stream_set_read_callback(stream.get(), nullptr, nullptr);
+    pa_stream_set_write_callback(stream.get(), nullptr, nullptr);
+    pa_stream_set_moved_callback(stream.get(), nullptr, nullptr);
+    pa_stream_set_state_callback(stream.get(), nullptr, nullptr);
+    if (pa_stream_get_state(stream.get()) != PA_STREAM_CREATING) {
+        pa_stream_disconnect(stream.get());
+        return;
+    }
+    // The context keeps the stream alive until then.
+    pa_stream_set_state_callback(
+        stream.get(),
+        [](pa_stream* made, void*) {
+            if (pa_stream_get_state(made) == PA_STREAM_READY)
+                pa_stream_disconnect(made);
+        },
+        nullptr);
+}
+
 } // namespace tessarune

@@ -67,6 +67,10 @@ struct PulseStreamUnref {
 };
 using PulseStreamPtr = std::unique_ptr<pa_stream, PulseStreamUnref>;
 
+/// Ends a stream without another callback. The server cannot be told to end one that it is still
+/// making; such a stream ends as soon as it is made. Under the loop's lock.
+void closeStream(PulseStreamPtr stream);
+
 /// Starts an operation whose end is told to its own callback.
 inline bool begin(pa_operation* operation) {
     if (operation)

@@ -215,15 +215,11 @@ TEST_P(PulseSoundServerTests, EverySecondThatIsPlayedArrivesInOrder) {
     EXPECT_EQ(recording->format(), (AudioFormat{48000, 1}));
     EXPECT_NEAR(recording->longest(), 0.01, 1e-9);
     EXPECT_GT(recording->loudest(), 0.8);
-    const std::vector<float> sound = recording->samples();
-    const std::size_t start = testing::onset(sound);
-    for (int second = 0; second < seconds; ++second) {
-        const auto from = start + static_cast<std::size_t>(second) * 48000;
-        // The whole second but its edges: a lost buffer would shift what follows into view.
-        EXPECT_GT(strength(sound, from + 2400, 43200, toneOfSecond(second), 48000), 0.4)
-            << "second " << second;
-        EXPECT_LT(strength(sound, from + 2400, 43200, toneOfSecond(second + 1), 48000), 0.05);
-    }
+    // A busy computer may tear the playing apart, but nothing may be missing or out of order.
+    const std::vector<int> heard = testing::secondsHeard(recording->samples(), 48000, seconds);
+    EXPECT_TRUE(std::is_sorted(heard.begin(), heard.end()));
+    for (int second = 0; second < seconds; ++second)
+        EXPECT_GE(std::count(heard.begin(), heard.end(), second), 95) << "second " << second;
     EXPECT_TRUE(recording->events().empty());
 }
 
@@ -286,8 +282,8 @@ TEST_P(PulseSoundServerTests, ListsMicrophonesAndLetsOneBeChosen) {
     EXPECT_TRUE(complete(microphone->stop()).isDone);
 }
 
-TEST_P(PulseSoundServerTests, StartsAndStopsInAnyOrderWithoutAStrayBuffer) {
-    for (int round = 0; round < 20; ++round) {
+TEST_P(PulseSoundServerTests, StartsAndStopsInAnyOrderWithoutAStreamLeftBehind) {
+    for (int round = 0; round < 6; ++round) {
         const auto outcome = begin(capture->start());
         if (round % 2 == 0)
             eventually([&] { return outcome->isDone; });
@@ -297,6 +293,8 @@ TEST_P(PulseSoundServerTests, StartsAndStopsInAnyOrderWithoutAStrayBuffer) {
     startCapture();
     capture->stop();
     capture->stop();
+    EXPECT_TRUE(eventually([&] { return control("list short source-outputs").empty(); }))
+        << "a stream that was given up while the server made it stayed open";
     capture.reset();
     server.reset();
 }

@@ -41,6 +41,20 @@ inline double strength(const std::vector<float>& sound, std::size_t from, std::s
     return 2 * std::hypot(real, imaginary) / static_cast<double>(count);
 }
 
+/// For each hundredth of a second that has one of the tones: of which second it is.
+inline std::vector<int> secondsHeard(const std::vector<float>& sound, double sampleRate,
+                                     int seconds) {
+    std::vector<int> heard;
+    const auto window = static_cast<std::size_t>(sampleRate / 100);
+    for (std::size_t at = 0; at + window <= sound.size(); at += window) {
+        for (int second = 0; second < seconds; ++second) {
+            if (strength(sound, at, window, toneOfSecond(second), sampleRate) > 0.3)
+                heard.push_back(second);
+        }
+    }
+    return heard;
+}
+
 /// The first sample that is no silence.
 inline std::size_t onset(const std::vector<float>& sound) {
     std::size_t at = 0;
