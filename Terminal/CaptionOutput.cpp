@@ -38,6 +38,7 @@ CaptionOutput makePlainOutput(std::FILE* out, std::FILE* errors, bool quiet) {
         if (!quiet)
             std::fprintf(errors, "%.*s\n", static_cast<int>(text.size()), text.data());
     };
+    output.progress = [](std::string_view) {}; // a file of captions has no place for it
     output.finish = output.update;
     return output;
 }

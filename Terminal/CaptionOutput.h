@@ -15,6 +15,8 @@ struct CaptionOutput {
     std::function<void(const CaptionCore&)> update;
     /// A word to the user about the run itself; not a caption.
     std::function<void(std::string_view)> status;
+    /// How far something that takes long has come; replaces the one before.
+    std::function<void(std::string_view)> progress;
     /// The last call: leaves the screen in order.
     std::function<void(const CaptionCore&)> finish;
 };

@@ -1,57 +1,78 @@
 #include "Terminal/CaptionsRun.h"
 
 #include "Terminal/CaptionOutput.h"
-#include "Terminal/DemoSound.h"
-#include "Terminal/ExitStatus.h"
-#include "Terminal/LiveCaptions.h"
+#include "Terminal/CaptionSound.h"
+#include "Terminal/RunFailure.h"
 #include "Terminal/SignalWatch.h"
-#include "Tessarune/audio/AudioInputDevices.h"
-#include "Tessarune/platform/file-sound/FileSoundServer.h"
-#include "Tessarune/platform/media/FFmpegMediaFile.h"
+#include "Tessarune/audio/RecognitionPermissionGate.h"
+#include "Tessarune/audio/SystemAudioCaptureError.h"
+#include "Tessarune/history/RecordingRepair.h"
+#include "Tessarune/platform/disk/DataFolderLock.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
-#include "Tessarune/platform/pulse/PulseSoundServer.h"
-#include "TessaruneCore/text/Text.h"
+#include "Tessarune/session/LiveCaptionUserMessages.h"
+#include "Tessarune/session/LiveTranscriptStore.h"
+#include "Tessarune/shell/DomainError.h"
+#include "TessaruneCore/recognition/ASREventLog.h"
+#include "TessaruneCore/recognition/ModelCatalog.h"
 
+#include <malloc.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <system_error>
+#include <utility>
 
 namespace tessarune {
 
 namespace {
 
-/// What a fast file may be ahead of the recogniser, in seconds of sound.
-constexpr double fastLead = 5.0;
-/// After the sample the last sentence still has to come out of the recogniser.
-constexpr double afterDemoSeconds = 2.0;
-
-/// A failure with the status that the program ends with.
-struct RunFailure : std::runtime_error {
-    RunFailure(ExitStatus how, const std::string& text) : std::runtime_error(text), status(how) {}
-    ExitStatus status;
-};
+/// How often the end of a stop is looked for, once the session is idle.
+constexpr double lookAgainSeconds = 0.01;
 
 /// Everything of one run, in one place that outlives all its callbacks.
-struct Run {
-    Run(Program& owner, const TerminalOptions& asked)
-        : program(owner), options(asked), ended(Executor::main(owner.host)) {}
+class CaptionsRun {
+  public:
+    CaptionsRun(Program& program, const TerminalOptions& options, CaptionsCommand command);
 
-    Program& program;
-    const TerminalOptions& options;
-    OneShot<std::string> ended; ///< empty for a good end, else what went wrong
-    CaptionOutput output;
-    std::unique_ptr<SoundServer> server;
-    std::unique_ptr<DemoSound> demo;
-    std::shared_ptr<LiveCaptions> captions;
-    AudioSource source = AudioSource::systemAudio();
+    /// From the first sound to the saved session. Throws RunFailure.
+    Task<void> run();
+    /// The first time the session is ended in order, the second time the program at once.
+    void interrupt();
+    void finishOutput();
 
-    SoundServer& sound() { return demo ? demo->server() : *server; }
-    Executor main() { return Executor::main(program.host); }
-    void say(const std::string& text) {
-        if (output.status)
-            output.status(text);
-    }
+  private:
+    void takeDataFolder();
+    void tellRepairs();
+    void overrideSettings();
+    void openEventLog();
+    void makeStore();
+    void observeStore();
+    Task<void> startListening();
+    [[noreturn]] void failStart();
+    Task<void> stopListening();
+    void tellSaved();
+    void endWith(std::exception_ptr failure);
+    double takenSeconds() const;
+
+    void say(const std::string& text) const { output_.status(text); }
+    Host& host() const { return program_.host; }
+    Executor main() const { return Executor::main(program_.host); }
+
+    Program& program_;
+    const TerminalOptions& options_;
+    const CaptionsCommand command_;
+    CaptionOutput output_;
+    CaptionSound sound_;
+    std::optional<DataFolderLock> dataFolder_;
+    std::unique_ptr<ASREventLog::Writer> eventLog_;
+    std::unique_ptr<PermissionsManager> permissions_;
+    std::shared_ptr<LiveTranscriptStore> store_;
+    OneShot<bool> started_;
+    OneShot<std::string> ended_; ///< empty for a good end, else what went wrong
+    bool interrupted_ = false;
+    std::string lastStatus_;
 };
 
 CaptionOutput makeOutput(Program& program, const TerminalOptions& options) {
@@ -63,169 +84,250 @@ CaptionOutput makeOutput(Program& program, const TerminalOptions& options) {
     return makePlainOutput(stdout, stderr, options.quiet);
 }
 
-void useFile(Run& run, const FileSource& file) {
-    auto pace = FileSoundServer::Pace::realTime();
-    if (file.fast) {
-        pace = FileSoundServer::Pace::following([&run] { return run.captions->takenSeconds(); },
-                                                fastLead);
+CaptionsRun::CaptionsRun(Program& program, const TerminalOptions& options, CaptionsCommand command)
+    : program_(program),
+      options_(options),
+      command_(std::move(command)),
+      output_(makeOutput(program, options)),
+      sound_(program.host, {[this](const std::string& text) { say(text); },
+                            [this](std::exception_ptr failure) { endWith(std::move(failure)); },
+                            [this] { return takenSeconds(); }}),
+      started_(Executor::main(program.host)),
+      ended_(Executor::main(program.host)) {}
+
+Task<void> CaptionsRun::run() {
+    overrideSettings();
+    if (*program_.settings.recordWhileCaptioning)
+        takeDataFolder();
+    openEventLog();
+    Task<void> opening = sound_.open(command_);
+    co_await opening;
+    makeStore();
+    Task<void> starting = startListening();
+    co_await starting;
+    if (!ended_.hasValue()) {
+        say(sound_.description());
+        sound_.begin();
     }
-    run.server =
-        std::make_unique<FileSoundServer>(run.program.host, openFFmpegMediaFile, file.path,
-                                          std::move(pace), [&run](std::exception_ptr failure) {
-                                              try {
-                                                  if (failure)
-                                                      std::rethrow_exception(failure);
-                                                  run.ended.resume("");
-                                              } catch (const std::exception& error) {
-                                                  run.ended.resume(error.what());
-                                              }
-                                          });
+    const std::string problem = co_await ended_;
+    Task<void> stopping = stopListening();
+    co_await stopping;
+    tellSaved();
+    if (!problem.empty())
+        throw RunFailure(ExitStatus::internal, problem);
 }
 
-/// A microphone by the server's id, or by the name that a person reads.
-AudioSource findMicrophone(SoundServer& server, const AudioSource& wanted) {
-    const auto devices = AudioInputDevices::inputDevices(server);
-    if (devices.empty())
-        throw RunFailure(ExitStatus::noSuchSource, "there is no microphone");
-    if (!wanted.deviceID())
-        return wanted;
-    for (const auto& device : devices) {
-        if (device.id == *wanted.deviceID() || Text::equal(device.name, *wanted.deviceID()))
-            return AudioSource::microphone(device.id);
+void CaptionsRun::overrideSettings() {
+    AppSettings& settings = program_.settings;
+    if (!command_.records) {
+        program_.override(settings.recordWhileCaptioning, false);
+        program_.override(settings.sessionDiagnosticsEnabled, false);
     }
-    std::string text = "there is no microphone '" + *wanted.deviceID() + "'; there are:";
-    for (const auto& device : devices)
-        text += "\n  mic:" + device.id + "  (" + device.name + ")";
-    throw RunFailure(ExitStatus::noSuchSource, text);
+    if (!command_.locale)
+        return;
+    for (const auto& option : ModelCatalog::recognitionOptions()) {
+        if (option.localeIdentifier == *command_.locale)
+            program_.override(settings.selectedRecognitionOptionID, option.id);
+    }
 }
 
-void useDemo(Run& run, const std::string& why) {
-    run.say("No sound server: " + why + ".");
-    run.say("So that there is something to see, a private one starts, and sample speech plays into "
-            "it.");
+/// Two programs must never write one catalog; what a crash left is put in order first.
+void CaptionsRun::takeDataFolder() {
     try {
-        run.demo = std::make_unique<DemoSound>(run.program.host);
-    } catch (const std::exception& error) {
-        throw RunFailure(ExitStatus::noSoundServer,
-                         "no sound server (" + why +
-                             "), and no private one either: " + error.what());
+        auto taken = DataFolderLock::take(program_.paths, "tessarune-terminal");
+        if (const auto* holder = std::get_if<DataFolderLock::Holder>(&taken)) {
+            throw RunFailure(
+                ExitStatus::dataInUse,
+                holder->program + " (process " + std::to_string(holder->processID) +
+                    ") is recording already; --no-record captions without a recording");
+        }
+        dataFolder_.emplace(std::move(std::get<DataFolderLock>(taken)));
+    } catch (const std::system_error& error) {
+        say(std::string("Nothing can be recorded: ") + error.what());
+        program_.override(program_.settings.recordWhileCaptioning, false);
+        return;
     }
+    tellRepairs();
 }
 
-Task<void> openSound(Run& run, CaptionsCommand command) {
-    if (const auto* file = std::get_if<FileSource>(&command.source)) {
-        useFile(run, *file);
-    } else {
-        run.source = std::get<AudioSource>(command.source);
-        run.server = std::make_unique<PulseSoundServer>();
+void CaptionsRun::tellRepairs() {
+    RecordingRepair repair(program_.files, program_.catalog, program_.logger);
+    const RecordingRepair::Report report = repair.runAtLaunch();
+    if (report.rebuiltIndex && !report.rebuiltIndex->keptAside.empty()) {
+        say("The list of recordings could not be read and was made anew (" +
+            std::to_string(report.rebuiltIndex->recordings) + " found); the old one is kept as " +
+            report.rebuiltIndex->keptAside.filename().string() + ".");
     }
-    std::string refused;
+    for (const UUID& id : report.recoveredSessions)
+        say("A session that had broken off was completed: --show " + id.text().substr(0, 8));
+}
+
+void CaptionsRun::openEventLog() {
+    if (!command_.eventLog)
+        return;
+    eventLog_ = ASREventLog::Writer::open(host(), *command_.eventLog);
+    if (!eventLog_)
+        throw RunFailure(ExitStatus::cannotWrite, "cannot write " + command_.eventLog->string());
+}
+
+void CaptionsRun::makeStore() {
+    SoundServer& server = sound_.server();
+    permissions_ = std::make_unique<PermissionsManager>(
+        host(), server, program_.defaults, SystemAuthorization::ofServer(host(), server));
+    SessionDiagnostics diagnostics;
+    diagnostics.appendASREvent = [this](const ASREvent& event) {
+        if (eventLog_)
+            eventLog_->append(event);
+    };
+    auto recorder =
+        AudioSessionRecorder::create(host(), program_.files, program_.logger,
+                                     program_.catalog.forRecorder(), makeSwresampleConverter);
+    store_ = LiveTranscriptStore::make({.speech = program_.speechPlatform(),
+                                        .sound = server,
+                                        .files = program_.files,
+                                        .settings = program_.settings,
+                                        .permissions = *permissions_,
+                                        .catalog = program_.catalog,
+                                        .recorder = std::move(recorder),
+                                        .compressor = program_.compressor,
+                                        .translation = {},
+                                        .diagnostics = std::move(diagnostics),
+                                        .scheduleHistoryRefinement = [](const auto&) {},
+                                        .returnMemory = [] { malloc_trim(0); }});
+    observeStore();
+}
+
+void CaptionsRun::observeStore() {
+    store_->captionDisplayRefresh.onDidChange(
+        [this](const std::string&) { output_.update(store_->core); });
+    store_->statusMessage.onDidChange([this](const std::string& text) {
+        const bool isNews = std::exchange(lastStatus_, text) != text;
+        if (isNews && !text.empty() && *store_->sessionPhase != LiveSessionPhase::idle)
+            say(text);
+    });
+    store_->presentedError.onDidChange([this](const std::string& text) {
+        if (*store_->isListening)
+            say(text);
+    });
+    store_->audioCompressProgress.onDidChange([this](const std::optional<double>& done) {
+        if (done)
+            output_.progress(std::to_string(static_cast<int>(*done * 100)) + " %");
+    });
+    store_->sessionPhase.onDidChange([this](LiveSessionPhase phase) {
+        if (phase == LiveSessionPhase::listening || phase == LiveSessionPhase::failed)
+            started_.resume(phase == LiveSessionPhase::listening);
+        // It may end by itself, after a long silence.
+        if (phase == LiveSessionPhase::stopping || phase == LiveSessionPhase::failed) {
+            started_.resume(false);
+            ended_.resume("");
+        }
+    });
+}
+
+Task<void> CaptionsRun::startListening() {
+    store_->selectSource(sound_.source());
+    store_->startListening(LiveSessionControlTrigger::programmatic());
+    const bool listening = co_await started_;
+    if (!listening && store_->startFailure() && *store_->sessionPhase == LiveSessionPhase::failed)
+        failStart();
+}
+
+/// Gives each failure of a start the status under which scripts can tell it apart.
+void CaptionsRun::failStart() {
     try {
-        Task<void> connecting = run.server->connect(run.main());
-        co_await connecting;
-    } catch (const MediaFileError& error) {
-        throw RunFailure(ExitStatus::unreadableFile, error.what());
+        std::rethrow_exception(store_->startFailure());
+    } catch (const SystemAudioCaptureError& error) {
+        throw RunFailure(ExitStatus::noSoundServer, error.what());
     } catch (const SoundServerError& error) {
-        refused = error.what();
-    }
-    if (!refused.empty()) {
-        if (command.sourceWasChosen)
-            throw RunFailure(ExitStatus::noSoundServer, "no sound server: " + refused);
-        useDemo(run, refused);
-        Task<void> connecting = run.demo->server().connect(run.main());
-        co_await connecting;
-    }
-    if (run.source.isMicrophone())
-        run.source = findMicrophone(run.sound(), run.source);
-}
-
-Task<void> playDemo(Run& run) {
-    try {
-        Task<void> playing = run.demo->play();
-        co_await playing;
-        Task<bool> waiting = sleep(run.main(), afterDemoSeconds);
-        co_await waiting;
-        run.ended.resume("");
-    } catch (const std::exception& error) {
-        run.ended.resume(error.what());
-    }
-}
-
-Task<void> startCaptions(Run& run, CaptionsCommand command) {
-    SpeechPlatform platform = run.program.speechPlatform();
-    run.captions = LiveCaptions::make(std::move(platform), run.sound(), run.program.settings);
-    run.captions->onChange = [&run] { run.output.update(run.captions->core); };
-    run.captions->onStatus = [&run](const std::string& text) { run.say(text); };
-    run.captions->onError = [&run](const std::string& text) { run.ended.resume(text); };
-    if (command.eventLog && !run.captions->writeEventLog(*command.eventLog)) {
-        throw RunFailure(ExitStatus::cannotWrite, "cannot write " + command.eventLog->string());
-    }
-    run.say("Loading the speech model…");
-    try {
-        Task<void> starting = run.captions->startRecogniser(command.locale);
-        co_await starting;
+        throw RunFailure(ExitStatus::noSoundServer, error.what());
+    } catch (const DomainError& error) {
+        const bool refused = error.domain() == RecognitionPermissionGate::errorDomain;
+        throw RunFailure(refused ? ExitStatus::notAllowed : ExitStatus::noSoundServer,
+                         error.what());
+    } catch (const std::system_error& error) {
+        throw RunFailure(ExitStatus::cannotWrite, error.what());
     } catch (const std::exception& error) {
         throw RunFailure(ExitStatus::noModel, error.what());
     }
+}
+
+Task<void> CaptionsRun::stopListening() {
+    store_->stopListening(LiveSessionControlTrigger::programmatic());
+    while (store_->isStopping()) {
+        Task<bool> waiting = sleep(main(), lookAgainSeconds);
+        co_await waiting;
+    }
+    if (eventLog_)
+        eventLog_->close();
+}
+
+void CaptionsRun::tellSaved() {
+    // Anything but the invitation to start again tells what could not be saved.
+    if (*store_->statusMessage != LiveCaptionUserMessages::idleTitle())
+        say(*store_->statusMessage);
+    const auto& saved = store_->recordingTracker().lastSavedID();
+    if (!saved)
+        return;
+    const auto recording = program_.catalog.recording(*saved);
+    if (recording)
+        say("Saved: --show " + saved->text().substr(0, 8) + "  (" + recording->filePath + ")");
+}
+
+void CaptionsRun::endWith(std::exception_ptr failure) {
     try {
-        Task<void> starting = run.captions->startCapture(run.source);
-        co_await starting;
+        if (failure)
+            std::rethrow_exception(failure);
+        ended_.resume("");
     } catch (const std::exception& error) {
-        throw RunFailure(ExitStatus::noSoundServer, error.what());
+        ended_.resume(error.what());
     }
 }
 
-std::string listeningText(Run& run, const CaptionsCommand& command) {
-    if (const auto* file = std::get_if<FileSource>(&command.source))
-        return "Captions of " + file->path.filename().string() + ". Ctrl-C ends.";
-    if (run.source.isMicrophone()) {
-        const auto devices = AudioInputDevices::inputDevices(run.sound());
-        return "Listening to " + AudioSourceDisplayName::name(run.source, devices) +
-               ". Ctrl-C ends.";
-    }
-    return "Listening to what this computer plays. Ctrl-C ends.";
+double CaptionsRun::takenSeconds() const {
+    const PerfStats stats = store_->liveTranscriber().perfStats();
+    const auto value = [&](const char* name) {
+        const auto found = stats.find(name);
+        return found == stats.end() ? 0.0 : found->second;
+    };
+    const double batches = value("analyzerInputBatches");
+    return batches == 0
+               ? 0
+               : value("convertedAudioSeconds") * (1 - value("analyzerInputsWaiting") / batches);
 }
 
-Task<std::string> captionUntilTheEnd(Run& run, CaptionsCommand command) {
-    Task<void> opening = openSound(run, command);
-    co_await opening;
-    Task<void> starting = startCaptions(run, command);
-    co_await starting;
-    run.say(listeningText(run, command));
-    if (run.demo)
-        spawn(run.main(), playDemo(run));
-    const std::string problem = co_await run.ended;
-    Task<void> finishing = run.captions->finish();
-    co_await finishing;
-    co_return problem;
+void CaptionsRun::interrupt() {
+    if (std::exchange(interrupted_, true)) {
+        std::fputs("\033[0m\033[?25h\n", stderr);
+        std::_Exit(static_cast<int>(ExitStatus::stoppedTwice));
+    }
+    started_.resume(false);
+    ended_.resume("");
+}
+
+void CaptionsRun::finishOutput() {
+    if (store_)
+        output_.finish(store_->core);
 }
 
 } // namespace
 
 Task<int> runCaptions(Program& program, const TerminalOptions& options, CaptionsCommand command) {
-    Run run(program, options);
-    run.output = makeOutput(program, options);
-    bool interrupted = false;
-    SignalWatch signals(program.host, [&] {
-        if (std::exchange(interrupted, true)) {
-            std::fputs("\033[0m\033[?25h\n", stderr);
-            std::_Exit(static_cast<int>(ExitStatus::stoppedTwice));
-        }
-        run.ended.resume("");
-    });
+    CaptionsRun captions(program, options, std::move(command));
+    SignalWatch signals(program.host, [&captions] { captions.interrupt(); });
+    program.logger.bootstrap(
+        {{"version", std::string(TESSARUNE_VERSION)},
+         {"diagnosticsLevel", std::string(storageName(*program.settings.diagnosticsLevel))},
+         {"baseDirectory", program.paths.appSupportBase().string()}});
     ExitStatus status = ExitStatus::ok;
     std::string problem;
     try {
-        Task<std::string> captioning = captionUntilTheEnd(run, std::move(command));
-        problem = co_await captioning;
-        if (!problem.empty())
-            status = ExitStatus::internal;
+        Task<void> running = captions.run();
+        co_await running;
     } catch (const RunFailure& failure) {
         problem = failure.what();
         status = failure.status;
     }
-    if (run.captions)
-        run.output.finish(run.captions->core);
+    captions.finishOutput();
     if (!problem.empty())
         std::fprintf(stderr, "tessarune-terminal: %s\n", problem.c_str());
     co_return static_cast<int>(status);

@@ -8,10 +8,13 @@ enum class ExitStatus : int {
     ok = 0,
     usage = 64,
     unreadableFile = 66,
+    noSuchRecording = 67,
     noSuchSource = 68,
     noSoundServer = 69,
     internal = 70,
     cannotWrite = 73,
+    dataInUse = 75, ///< another Tessarune records into the same data folder
+    notAllowed = 77,
     noModel = 78,
     stoppedTwice = 130, ///< the second Ctrl-C: ended without draining
 };

@@ -53,6 +53,14 @@ class Printer {
         print(line);
     }
 
+    void progress(std::string_view text) {
+        if (quiet_)
+            return;
+        Json line = object("progress");
+        line["text"] = text;
+        print(line);
+    }
+
     void finish(const CaptionCore& core) {
         update(core);
         print(object("end"));
@@ -102,6 +110,7 @@ CaptionOutput makeJSONOutput(std::FILE* out, std::function<double()> now, bool q
     auto printer = std::make_shared<Printer>(out, std::move(now), quiet);
     return {[printer](const CaptionCore& core) { printer->update(core); },
             [printer](std::string_view text) { printer->status(text); },
+            [printer](std::string_view text) { printer->progress(text); },
             [printer](const CaptionCore& core) { printer->finish(core); }};
 }
 

@@ -1,29 +1,36 @@
 #include "Terminal/Program.h"
 
 #include "Terminal/CaptionsRun.h"
+#include "Terminal/HistoryCommands.h"
 #include "Terminal/ModelCommands.h"
 #include "Terminal/SettingsCommands.h"
 #include "Terminal/SourcesCommand.h"
+#include "Tessarune/platform/media/FFmpegMediaFile.h"
+#include "Tessarune/platform/media/M4ATranscoder.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
 #include "Tessarune/platform/model-store/ProgramPlaces.h"
 #include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
+#include "Tessarune/shell/StringTables.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <utility>
 
 namespace tessarune {
 
 Program::Program()
-    : defaults(files, TessarunePaths::settingsFile()),
+    : storedDefaults(files, TessarunePaths::settingsFile()),
+      defaults(storedDefaults),
       settings(defaults),
       logger(host, files, paths),
       models(files, paths.models(), ProgramPlaces::modelFolders()),
       installer(host, models),
-      speechModels(models, installer, [this] { return *settings.speechModel; }) {
+      speechModels(models, installer, [this] { return *settings.speechModel; }),
+      catalog(host, files, paths, logger, notifications),
+      exporter(host, transcodeToM4A),
+      compressor(files, catalog, logger, exporter, openFFmpegMediaFile) {
+    setLocalizationTable(StringTables::forLocale(StringTables::userLocale()));
     TessaruneLog::setDiagnosticsLevel(*settings.diagnosticsLevel);
-    logger.bootstrap({{"version", std::string(TESSARUNE_VERSION)},
-                      {"diagnosticsLevel", std::string(storageName(*settings.diagnosticsLevel))},
-                      {"baseDirectory", paths.appSupportBase().string()}});
 }
 
 SpeechPlatform Program::speechPlatform() {
@@ -31,6 +38,11 @@ SpeechPlatform Program::speechPlatform() {
     auto choice = [name = *settings.speechModel] { return name; };
     return {host, makeSpeechEngine(host, models, std::move(choice)), speechModels,
             makeSwresampleConverter, logger};
+}
+
+void Program::override(AnySetting& setting, SettingValue value) {
+    defaults.override(std::string(setting.key()), std::move(value));
+    setting.reload();
 }
 
 namespace {
@@ -55,6 +67,12 @@ struct Dispatch {
     }
     Task<int> operator()(const RemoveModelCommand& command) const {
         return removeModel(program, command.name);
+    }
+    Task<int> operator()(const ListRecordingsCommand&) const {
+        return listRecordings(program, options);
+    }
+    Task<int> operator()(const ShowRecordingCommand& command) const {
+        return showRecording(program, options, command.id);
     }
     Task<int> operator()(const ShowSettingsCommand&) const {
         return showSettings(program, options);

@@ -1,6 +1,9 @@
 #pragma once
 
 #include "Terminal/TerminalOptions.h"
+#include "Tessarune/history/AudioExporter.h"
+#include "Tessarune/history/RecordingAudioCompressor.h"
+#include "Tessarune/history/RecordingCatalog.h"
 #include "Tessarune/platform/disk/JSONUserDefaults.h"
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 #include "Tessarune/platform/host/LoopHost.h"
@@ -8,6 +11,7 @@
 #include "Tessarune/platform/model-store/ModelStore.h"
 #include "Tessarune/platform/speech-engine/SpeechModelInventory.h"
 #include "Tessarune/shell/AppSettings.h"
+#include "Tessarune/shell/OverridingUserDefaults.h"
 #include "Tessarune/shell/TessaruneFileLogger.h"
 #include "Tessarune/speech/SpeechPlatform.h"
 
@@ -21,15 +25,23 @@ struct Program {
     LoopHost host;
     PosixFileSystem files;
     TessarunePaths paths;
-    JSONUserDefaults defaults;
+    JSONUserDefaults storedDefaults;
+    OverridingUserDefaults defaults;
     AppSettings settings;
     TessaruneFileLogger logger;
     ModelStore models;
     ModelInstaller installer;
     SpeechModelInventory speechModels;
+    NotificationCenter notifications;
+    RecordingCatalog catalog;
+    AudioExporter exporter;
+    RecordingAudioCompressor compressor;
 
     /// What a recogniser works with. The choice of the model is that of this moment.
     SpeechPlatform speechPlatform();
+
+    /// A setting for this run alone.
+    void override(AnySetting& setting, SettingValue value);
 };
 
 /// Runs what the user asked for, and gives the status to end with.

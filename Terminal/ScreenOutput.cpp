@@ -52,6 +52,13 @@ class Screen {
         rewrite(line + std::string(plain));
     }
 
+    void progress(std::string_view text) {
+        if (quiet_)
+            return;
+        live_ = text;
+        rewrite("");
+    }
+
     void finish(const CaptionCore& core) {
         update(core);
         live_.clear();
@@ -116,6 +123,7 @@ CaptionOutput makeScreenOutput(std::FILE* terminal, bool quiet) {
     auto screen = std::make_shared<Screen>(terminal, quiet);
     return {[screen](const CaptionCore& core) { screen->update(core); },
             [screen](std::string_view text) { screen->status(text); },
+            [screen](std::string_view text) { screen->progress(text); },
             [screen](const CaptionCore& core) { screen->finish(core); }};
 }
 

@@ -13,9 +13,9 @@ namespace {
 
 /// A file that is not understood is not used and never overwritten; the user should know.
 void warnOfProblem(const Program& program) {
-    if (!program.defaults.problem().empty())
+    if (!program.storedDefaults.problem().empty())
         std::fprintf(stderr, "tessarune-terminal: the settings file: %s\n",
-                     program.defaults.problem().c_str());
+                     program.storedDefaults.problem().c_str());
 }
 
 std::string line(const AnySetting& setting) {
@@ -67,7 +67,7 @@ Task<int> changeSettings(Program& program, SetCommand command) {
     }
     for (const auto& [key, text] : command.values)
         program.settings.find(key)->setText(text);
-    if (program.defaults.problem().empty())
+    if (program.storedDefaults.problem().empty())
         co_return static_cast<int>(ExitStatus::ok);
     warnOfProblem(program);
     co_return static_cast<int>(ExitStatus::cannotWrite);

@@ -16,6 +16,7 @@ constexpr const char* footer = R"(Examples:
   tessarune-terminal --source mic                   captions of the default microphone
   tessarune-terminal --source file:talk.m4a --fast  captions of a file, as fast as possible
   tessarune-terminal --event-log talk.ndjson        keep the events for tessarune --replay
+  tessarune-terminal --list                         the sessions that were recorded
   tessarune-terminal --json | jq .text              captions for another program
 
 Ctrl-C ends the captions after the last words; a second Ctrl-C ends at once.)";
@@ -33,13 +34,13 @@ std::variant<AudioSource, FileSource> parseSource(const std::string& text) {
                                "'" + text + "' is not system, mic, mic:NAME or file:PATH");
 }
 
-std::string checkedLocale(const std::string& text) {
+void checkLocale(const std::string& text) {
     const auto& options = ModelCatalog::recognitionOptions();
     const bool known = std::any_of(options.begin(), options.end(), [&](const auto& option) {
         return option.localeIdentifier == text;
     });
     if (known)
-        return text;
+        return;
     std::string message = "'" + text + "' is none of";
     for (const auto& option : options)
         message += " " + option.localeIdentifier;
@@ -67,6 +68,96 @@ SetCommand parseSet(const std::vector<std::string>& assignments) {
     return command;
 }
 
+/// The words of the command line, before they mean anything.
+struct Words {
+    std::string source = "system";
+    std::string locale;
+    std::string eventLog;
+    std::string show;
+    std::vector<std::string> model;
+    std::vector<std::string> assignments;
+    bool fast = false;
+    bool noRecord = false;
+    bool listSources = false;
+    bool listRecordings = false;
+    bool showSettings = false;
+    CLI::Option* sourceOption = nullptr;
+};
+
+void declareCaptions(CLI::App& app, Words& words) {
+    words.sourceOption = app.add_option("--source", words.source,
+                                        "What to listen to: system (what the computer plays), mic, "
+                                        "mic:NAME or file:PATH (anything that FFmpeg reads)")
+                             ->type_name("SOURCE")
+                             ->capture_default_str();
+    app.add_flag("--fast", words.fast,
+                 "With file:PATH: as fast as the recogniser goes, not at real speed");
+    app.add_option("--locale", words.locale, "The English that is spoken: en-US, en-GB, en-AU, …")
+        ->type_name("LOCALE");
+    app.add_flag("--no-record", words.noRecord,
+                 "Keep neither sound nor transcript of this session");
+    app.add_option("--event-log", words.eventLog,
+                   "Write the recogniser's events there, for tessarune --replay")
+        ->type_name("PATH");
+}
+
+void declareCommands(CLI::App& app, Words& words) {
+    CLI::Option_group& commands = *app.add_option_group("Instead of captions");
+    commands.require_option(0, 1);
+    commands.add_flag("--list-sources", words.listSources, "List what can be listened to");
+    commands.add_flag("--list", words.listRecordings, "List the recorded sessions");
+    commands
+        .add_option("--show", words.show,
+                    "Print a session's transcript, by its ID or the beginning of it")
+        ->type_name("ID");
+    commands
+        .add_option("--model", words.model,
+                    "list, NAME (download it) or remove NAME: the speech models")
+        ->type_name("NAME")
+        ->expected(1, 2);
+    commands.add_flag("--settings", words.showSettings,
+                      "Show all settings, those that were changed with a *");
+    commands.add_option("--set", words.assignments, "Change a setting; may be given several times")
+        ->type_name("KEY=VALUE")
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
+CaptionsCommand captionsCommand(const Words& words) {
+    CaptionsCommand command;
+    command.source = parseSource(words.source);
+    command.sourceWasChosen = words.sourceOption->count() > 0;
+    command.records = !words.noRecord;
+    if (!words.locale.empty()) {
+        checkLocale(words.locale);
+        command.locale = words.locale;
+    }
+    if (!words.eventLog.empty())
+        command.eventLog = words.eventLog;
+    auto* file = std::get_if<FileSource>(&command.source);
+    if (words.fast && !file)
+        throw CLI::ValidationError("--fast", "is for --source file:PATH");
+    if (file)
+        file->fast = words.fast;
+    return command;
+}
+
+TerminalOptions::Command command(const Words& words) {
+    if (words.listSources)
+        return ListSourcesCommand{};
+    if (words.listRecordings)
+        return ListRecordingsCommand{};
+    if (!words.show.empty())
+        return ShowRecordingCommand{words.show};
+    if (!words.model.empty())
+        return parseModel(words.model);
+    if (words.showSettings)
+        return ShowSettingsCommand{};
+    if (!words.assignments.empty())
+        return parseSet(words.assignments);
+    return captionsCommand(words);
+}
+
 } // namespace
 
 std::variant<TerminalOptions, int> TerminalOptions::parse(int argc, const char* const* argv,
@@ -75,70 +166,15 @@ std::variant<TerminalOptions, int> TerminalOptions::parse(int argc, const char* 
                  "tessarune-terminal");
     app.set_version_flag("--version", std::string("tessarune-terminal ") + TESSARUNE_VERSION);
     app.footer(footer);
-
     TerminalOptions options;
-    CaptionsCommand captions;
-    std::string source = "system";
-    std::string eventLog;
-    std::vector<std::string> model;
-    bool fast = false;
-    std::vector<std::string> assignments;
-    bool listSources = false;
-    bool showSettings = false;
-
-    auto* sourceOption = app.add_option("--source", source,
-                                        "What to listen to: system (what the computer plays), mic, "
-                                        "mic:NAME or file:PATH (anything that FFmpeg reads)")
-                             ->type_name("SOURCE")
-                             ->capture_default_str();
-    app.add_flag("--fast", fast,
-                 "With file:PATH: as fast as the recogniser goes, not at real speed");
-    auto* list =
-        app.add_flag("--list-sources", listSources, "List microphones and outputs, and end");
-    app.add_option("--locale", captions.locale,
-                   "The English that is spoken: en-US, en-GB, en-AU, …")
-        ->capture_default_str();
-    app.add_option("--event-log", eventLog,
-                   "Write the recogniser's events there, for tessarune --replay")
-        ->type_name("PATH");
-    auto* modelOption = app.add_option("--model", model,
-                                       "list, NAME (download it) or remove NAME: the speech models")
-                            ->type_name("NAME")
-                            ->expected(1, 2);
-    auto* settingsOption = app.add_flag("--settings", showSettings,
-                                        "Show all settings, those that were changed with a *");
-    auto* setOption =
-        app.add_option("--set", assignments, "Change a setting; may be given several times")
-            ->type_name("KEY=VALUE")
-            ->expected(1)
-            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    Words words;
+    declareCaptions(app, words);
     app.add_flag("--json", options.json, "One JSON object a change instead of text");
     app.add_flag("--quiet", options.quiet, "No status lines");
-    list->excludes(modelOption, settingsOption, setOption);
-    settingsOption->excludes(modelOption, setOption);
-    setOption->excludes(modelOption);
-
+    declareCommands(app, words);
     try {
         app.parse(argc, argv);
-        captions.source = parseSource(source);
-        captions.sourceWasChosen = sourceOption->count() > 0;
-        captions.locale = checkedLocale(captions.locale);
-        if (!eventLog.empty())
-            captions.eventLog = eventLog;
-        auto* file = std::get_if<FileSource>(&captions.source);
-        if (fast && !file)
-            throw CLI::ValidationError("--fast", "is for --source file:PATH");
-        if (file)
-            file->fast = fast;
-        options.command = std::move(captions);
-        if (listSources)
-            options.command = ListSourcesCommand{};
-        if (!model.empty())
-            options.command = parseModel(model);
-        if (showSettings)
-            options.command = ShowSettingsCommand{};
-        if (!assignments.empty())
-            options.command = parseSet(assignments);
+        options.command = tessarune::command(words);
     } catch (const CLI::ParseError& error) {
         const bool asked = error.get_exit_code() == 0; // --help and --version
         app.exit(error, out, err);

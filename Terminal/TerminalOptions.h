@@ -24,7 +24,8 @@ struct CaptionsCommand {
     std::variant<AudioSource, FileSource> source = AudioSource::systemAudio();
     bool sourceWasChosen = false;
     std::optional<std::filesystem::path> eventLog;
-    std::string locale = "en-US";
+    std::optional<std::string> locale; ///< absent: the one in the settings
+    bool records = true;               ///< unless this run must not leave anything behind
 };
 struct ListSourcesCommand {};
 struct ListModelsCommand {};
@@ -35,6 +36,10 @@ struct RemoveModelCommand {
     std::string name;
 };
 
+struct ListRecordingsCommand {};
+struct ShowRecordingCommand {
+    std::string id; ///< or the beginning of one
+};
 struct ShowSettingsCommand {};
 struct SetCommand {
     std::vector<std::pair<std::string, std::string>> values; ///< key and text, in order
@@ -42,9 +47,9 @@ struct SetCommand {
 
 /// The command line of `tessarune-terminal`, understood.
 struct TerminalOptions {
-    using Command =
-        std::variant<CaptionsCommand, ListSourcesCommand, ListModelsCommand, InstallModelCommand,
-                     RemoveModelCommand, ShowSettingsCommand, SetCommand>;
+    using Command = std::variant<CaptionsCommand, ListSourcesCommand, ListModelsCommand,
+                                 InstallModelCommand, RemoveModelCommand, ListRecordingsCommand,
+                                 ShowRecordingCommand, ShowSettingsCommand, SetCommand>;
 
     Command command;
     bool json = false;

@@ -44,7 +44,12 @@ TEST(TerminalOptionsTests, ReadsEachKindOfSource) {
     const auto plain = std::get<CaptionsCommand>(parse({}).options.value().command);
     EXPECT_EQ(std::get<AudioSource>(plain.source), AudioSource::systemAudio());
     EXPECT_FALSE(plain.sourceWasChosen);
-    EXPECT_EQ(plain.locale, "en-US");
+    EXPECT_FALSE(plain.locale) << "the settings decide";
+    EXPECT_TRUE(plain.records);
+    const auto asked =
+        std::get<CaptionsCommand>(parse({"--locale", "en-IN", "--no-record"}).options->command);
+    EXPECT_EQ(asked.locale, "en-IN");
+    EXPECT_FALSE(asked.records);
 }
 
 TEST(TerminalOptionsTests, RefusesWhatMakesNoSenseAndSaysWhy) {
@@ -60,6 +65,7 @@ TEST(TerminalOptionsTests, RefusesWhatMakesNoSenseAndSaysWhy) {
         {{"--model", "remove"}, "remove NAME"},
         {{"--model", "tiny-en", "extra"}, "--model"},
         {{"--list-sources", "--model", "list"}, "--model"},
+        {{"--list", "--show", "AB"}, "--show"},
         {{"--colour"}, "--colour"},
         {{"stray"}, "stray"},
     };

@@ -1,0 +1,121 @@
+#include "Terminal/CaptionSound.h"
+
+#include "Terminal/RunFailure.h"
+#include "Tessarune/audio/AudioInputDevices.h"
+#include "Tessarune/platform/file-sound/FileSoundServer.h"
+#include "Tessarune/platform/media/FFmpegMediaFile.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+/// What a fast file may be ahead of the recogniser, in seconds of sound.
+constexpr double fastLead = 5.0;
+/// After the sample the last sentence still has to come out of the recogniser.
+constexpr double afterDemoSeconds = 2.0;
+
+} // namespace
+
+Task<void> CaptionSound::open(CaptionsCommand command) {
+    if (const auto* file = std::get_if<FileSource>(&command.source)) {
+        useFile(*file);
+    } else {
+        source_ = std::get<AudioSource>(command.source);
+        server_ = std::make_unique<PulseSoundServer>();
+    }
+    Task<void> connecting = connect(!command.sourceWasChosen);
+    co_await connecting;
+    if (source_.isMicrophone())
+        source_ = microphone(source_);
+}
+
+void CaptionSound::useFile(const FileSource& file) {
+    fileName_ = file.path.filename().string();
+    auto pace = file.fast ? FileSoundServer::Pace::following(handlers_.takenSeconds, fastLead)
+                          : FileSoundServer::Pace::realTime();
+    server_ = std::make_unique<FileSoundServer>(host_, openFFmpegMediaFile, file.path,
+                                                std::move(pace), handlers_.onFinished);
+}
+
+Task<void> CaptionSound::connect(bool mayShowDemo) {
+    std::string refused;
+    try {
+        Task<void> connecting = server_->connect(Executor::main(host_));
+        co_await connecting;
+    } catch (const MediaFileError& error) {
+        throw RunFailure(ExitStatus::unreadableFile, error.what());
+    } catch (const SoundServerError& error) {
+        refused = error.what();
+    }
+    if (refused.empty())
+        co_return;
+    if (!mayShowDemo)
+        throw RunFailure(ExitStatus::noSoundServer, "no sound server: " + refused);
+    useDemo(refused);
+    Task<void> connecting = demo_->server().connect(Executor::main(host_));
+    co_await connecting;
+}
+
+void CaptionSound::useDemo(const std::string& why) {
+    handlers_.say("No sound server: " + why + ".");
+    handlers_.say("So that there is something to see, a private one starts, and sample speech "
+                  "plays into it.");
+    try {
+        demo_ = std::make_unique<DemoSound>(host_);
+    } catch (const std::exception& error) {
+        throw RunFailure(ExitStatus::noSoundServer,
+                         "no sound server (" + why +
+                             "), and no private one either: " + error.what());
+    }
+}
+
+/// A microphone by the server's id, or by the name that a person reads.
+AudioSource CaptionSound::microphone(const AudioSource& wanted) {
+    const auto devices = AudioInputDevices::inputDevices(server());
+    if (devices.empty())
+        throw RunFailure(ExitStatus::noSuchSource, "there is no microphone");
+    if (!wanted.deviceID())
+        return wanted;
+    for (const auto& device : devices) {
+        if (device.id == *wanted.deviceID() || Text::equal(device.name, *wanted.deviceID()))
+            return AudioSource::microphone(device.id);
+    }
+    std::string text = "there is no microphone '" + *wanted.deviceID() + "'; there are:";
+    for (const auto& device : devices)
+        text += "\n  mic:" + device.id + "  (" + device.name + ")";
+    throw RunFailure(ExitStatus::noSuchSource, text);
+}
+
+std::string CaptionSound::description() const {
+    if (!fileName_.empty())
+        return "Captions of " + fileName_ + ". Ctrl-C ends.";
+    if (source_.isSystemAudio())
+        return "Listening to what this computer plays. Ctrl-C ends.";
+    const SoundServer& connected = demo_ ? demo_->server() : *server_;
+    return "Listening to " +
+           AudioSourceDisplayName::name(source_, AudioInputDevices::inputDevices(connected)) +
+           ". Ctrl-C ends.";
+}
+
+void CaptionSound::begin() {
+    if (demo_)
+        spawn(Executor::main(host_), playDemo());
+}
+
+Task<void> CaptionSound::playDemo() {
+    std::exception_ptr failure;
+    try {
+        Task<void> playing = demo_->play();
+        co_await playing;
+        Task<bool> waiting = sleep(Executor::main(host_), afterDemoSeconds);
+        co_await waiting;
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    handlers_.onFinished(failure);
+}
+
+} // namespace tessarune

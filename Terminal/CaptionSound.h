@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Terminal/DemoSound.h"
+#include "Terminal/TerminalOptions.h"
+#include "Tessarune/audio/AudioSource.h"
+#include "Tessarune/audio/SoundServer.h"
+#include "TessaruneCore/host/Task.h"
+
+#include <exception>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace tessarune {
+
+/// The sound of a run: the desktop's server, a file that plays like one, or the private server with
+/// sample speech. Main queue.
+class CaptionSound {
+  public:
+    struct Handlers {
+        /// A word to the user.
+        std::function<void(const std::string&)> say;
+        /// The file or the sample is over; with the failure if it broke off.
+        std::function<void(std::exception_ptr)> onFinished;
+        /// Seconds of sound that the recogniser has taken, for a file that plays fast. Any thread.
+        std::function<double()> takenSeconds;
+    };
+
+    CaptionSound(Host& host, Handlers handlers) : host_(host), handlers_(std::move(handlers)) {}
+
+    /// Connects. Throws RunFailure.
+    Task<void> open(CaptionsCommand command);
+
+    SoundServer& server() { return demo_ ? demo_->server() : *server_; }
+    /// What to listen to on that server.
+    const AudioSource& source() const { return source_; }
+    /// For the user, once it is open.
+    std::string description() const;
+
+    /// To be called when the session listens: the sample begins to play.
+    void begin();
+
+  private:
+    void useFile(const FileSource& file);
+    Task<void> connect(bool mayShowDemo);
+    void useDemo(const std::string& why);
+    AudioSource microphone(const AudioSource& wanted);
+    Task<void> playDemo();
+
+    Host& host_;
+    Handlers handlers_;
+    AudioSource source_ = AudioSource::systemAudio();
+    std::string fileName_;
+    std::unique_ptr<SoundServer> server_;
+    std::unique_ptr<DemoSound> demo_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "Terminal/ExitStatus.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace tessarune {
+
+/// Why a run ends early, with the status that the program ends with.
+struct RunFailure : std::runtime_error {
+    RunFailure(ExitStatus how, const std::string& text) : std::runtime_error(text), status(how) {}
+    ExitStatus status;
+};
+
+} // namespace tessarune
