@@ -1,12 +1,16 @@
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
+#include "Tessarune/platform/media/M4ATranscoder.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WAVBytes.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <cmath>
 #include <fstream>
+#include <random>
+#include <thread>
 
 namespace tessarune {
 namespace {
@@ -89,15 +93,46 @@ TEST_F(MediaFileTests, WhatCannotBePlayedIsNamedAndSaid) {
     }
 }
 
-TEST_F(MediaFileTests, DamageInTheMiddleEndsAndNeverLoops) {
-    const std::string whole = wavBytes(tone(3, 16000), 16000);
-    for (std::size_t at = 0; at < 60; ++at) {
-        std::string damaged = whole;
-        damaged[at] = static_cast<char>(damaged[at] ^ 0x5A);
-        try {
-            const auto file = openFFmpegMediaFile(write("damaged.wav", damaged));
-            EXPECT_LE(readAll(*file).size(), whole.size()) << at;
-        } catch (const MediaFileError&) {
+TEST_F(MediaFileTests, AFileThatNamesOthersOpensNone) {
+    write("other.wav", wavBytes(tone(1, 16000), 16000));
+    for (const auto& [name, text] : {
+             std::pair{"list.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:1\n#EXTINF:1,\nother.wav\n"
+                                    "#EXT-X-ENDLIST\n"},
+             std::pair{"list.ffconcat", "ffconcat version 1.0\nfile other.wav\n"},
+         }) {
+        EXPECT_THROW(readAll(*openFFmpegMediaFile(write(name, text))), MediaFileError) << name;
+    }
+}
+
+TEST_F(MediaFileTests, APipeIsReadLikeAFile) {
+    const auto pipe = folder / "pipe.wav";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    const auto samples = tone(1, 16000);
+    std::thread writer([&] { std::ofstream(pipe, std::ios::binary) << wavBytes(samples, 16000); });
+    EXPECT_EQ(readAll(*openFFmpegMediaFile(pipe)).size(), samples.size());
+    writer.join();
+}
+
+TEST_F(MediaFileTests, DamageAnywhereEndsAndNeverLoops) {
+    const auto wav = write("whole.wav", wavBytes(tone(3, 16000), 16000));
+    transcodeToM4A(wav, folder / "whole.m4a", [](double) {}, {});
+    std::mt19937 random(7);
+    for (const char* name : {"whole.wav", "whole.m4a"}) {
+        std::ifstream stream(folder / name, std::ios::binary);
+        const std::string whole{std::istreambuf_iterator<char>(stream), {}};
+        for (int round = 0; round < 60; ++round) {
+            // The headers of both formats stand at one of the ends.
+            std::string damaged = whole;
+            for (int flips = 0; flips <= round % 4; ++flips) {
+                const std::size_t at = random() % 60;
+                const std::size_t place = random() % 2 ? at : damaged.size() - 1 - at * 10;
+                damaged[place] = static_cast<char>(damaged[place] ^ (1U << random() % 8));
+            }
+            try {
+                const auto file = openFFmpegMediaFile(write("damaged", damaged));
+                EXPECT_LE(readAll(*file).size(), std::size_t{3 * 16000 * 10}) << round;
+            } catch (const MediaFileError&) {
+            }
         }
     }
 }

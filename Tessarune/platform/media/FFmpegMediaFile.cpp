@@ -1,6 +1,7 @@
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 
 #include "Tessarune/platform/media/FFmpegSupport.h"
+#include "Tessarune/platform/media/FileInput.h"
 
 #include <algorithm>
 #include <cstring>
@@ -23,29 +24,10 @@ constexpr int mostFailuresInARow = 200;
     throw MediaFileError(kind, path.string() + ": " + why);
 }
 
-Input open(const std::filesystem::path& path) {
-    std::error_code ignored;
-    if (std::filesystem::is_directory(path, ignored))
-        fail(Kind::cannotOpen, path, "is a folder");
-    AVFormatContext* raw = nullptr;
-    // The prefix keeps a name with a colon from being taken for a network address.
-    const int opened =
-        avformat_open_input(&raw, ("file:" + path.string()).c_str(), nullptr, nullptr);
-    if (opened == AVERROR_INVALIDDATA)
-        fail(Kind::notMedia, path, "is no sound file that is known here");
-    if (opened < 0)
-        fail(Kind::cannotOpen, path, words(opened));
-    Input input(raw);
-    const int found = avformat_find_stream_info(input.get(), nullptr);
-    if (found < 0)
-        fail(Kind::damaged, path, words(found));
-    return input;
-}
-
 class FFmpegMediaFile final : public MediaFile {
   public:
     explicit FFmpegMediaFile(const std::filesystem::path& path)
-        : path_(path), input_(open(path)), packet_(av_packet_alloc()), frame_(av_frame_alloc()) {
+        : path_(path), input_(path), packet_(av_packet_alloc()), frame_(av_frame_alloc()) {
         const AVCodec* decoder = nullptr;
         stream_ = av_find_best_stream(input_.get(), AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
         if (stream_ == AVERROR_STREAM_NOT_FOUND)
@@ -205,7 +187,7 @@ class FFmpegMediaFile final : public MediaFile {
     }
 
     std::filesystem::path path_;
-    Input input_;
+    FileInput input_;
     Codec codec_;
     Packet packet_;
     Frame frame_;
