@@ -83,7 +83,7 @@ void FaultyServer::on(const std::string& path, Answer answer) {
 }
 
 void FaultyServer::on(const std::string& path, std::string body) {
-    on(path, [body = std::move(body)](const Request&) { return Reply{.body = body}; });
+    on(path, [body = std::move(body)](const Request&) { return Reply::whole(body); });
 }
 
 std::vector<Request> FaultyServer::requests() const {
@@ -94,13 +94,6 @@ std::vector<Request> FaultyServer::requests() const {
 void FaultyServer::forget() {
     std::lock_guard lock(mutex_);
     requests_.clear();
-}
-
-std::size_t FaultyServer::requestsFor(const std::string& path) const {
-    std::lock_guard lock(mutex_);
-    return static_cast<std::size_t>(
-        std::count_if(requests_.begin(), requests_.end(),
-                      [&](const Request& request) { return request.path == path; }));
 }
 
 std::size_t FaultyServer::mostAtATime() const {

@@ -20,6 +20,24 @@ struct Reply {
     std::optional<std::size_t> claimedLength = {}; ///< instead of what is sent
     std::size_t sendAtMost = std::string::npos; ///< bytes of the body, then the connection is cut
     bool stalls = false;                        ///< then nothing more comes, and no end either
+
+    static Reply whole(std::string file) { return {.body = std::move(file)}; }
+    static Reply cut(std::string file, std::size_t after) {
+        return {.body = std::move(file), .sendAtMost = after};
+    }
+    static Reply failure(int status, std::vector<std::string> headers = {}) {
+        return {.status = status, .headers = std::move(headers), .body = "no"};
+    }
+    Reply withoutRanges() const {
+        Reply other = *this;
+        other.honoursRange = false;
+        return other;
+    }
+    Reply stalling() const {
+        Reply other = *this;
+        other.stalls = true;
+        return other;
+    }
 };
 
 struct Request {
@@ -47,7 +65,6 @@ class FaultyServer {
     std::vector<Request> requests() const;
     /// As if no request had come so far.
     void forget();
-    std::size_t requestsFor(const std::string& path) const;
     /// The most connections that were open at the same time.
     std::size_t mostAtATime() const;
 
