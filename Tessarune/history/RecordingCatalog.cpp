@@ -39,7 +39,11 @@ AudioSessionRecorder::Catalog RecordingCatalog::forRecorder() {
 }
 
 bool RecordingCatalog::upsert(const RecordingMetadata& recording) {
-    return mutateIndex([&](RecordingIndex& index) {
+    bool isDeleted = false;
+    const bool saved = mutateIndex([&](RecordingIndex& index) {
+        isDeleted = deleted_.contains(recording.id);
+        if (isDeleted)
+            return;
         RecordingMetadata changed = recording;
         if (!changed.note) {
             if (const auto stored = index.find(recording.id))
@@ -48,6 +52,7 @@ bool RecordingCatalog::upsert(const RecordingMetadata& recording) {
         index.put(changed);
         writeEntry(index, recording.id);
     });
+    return saved && !isDeleted;
 }
 
 bool RecordingCatalog::setNote(const std::string& note, const UUID& id) {
@@ -63,6 +68,7 @@ bool RecordingCatalog::setNote(const std::string& note, const UUID& id) {
 
 bool RecordingCatalog::deleteRecording(const UUID& id) {
     return mutateIndex([&](RecordingIndex& index) {
+        deleted_.insert(id);
         const auto recording = index.find(id);
         if (!recording)
             return;

@@ -68,7 +68,8 @@ class RecordingCatalog {
     std::vector<RecordingMetadata> recordings();
     std::optional<RecordingMetadata> recording(const UUID& id);
 
-    /// Replaces the entry of the same id or adds one. A stored note outlives an absent one.
+    /// Replaces the entry of the same id or adds one. A stored note outlives an absent one. False
+    /// for a recording that was deleted: what is still being written brings no entry back.
     bool upsert(const RecordingMetadata& recording);
     /// Removes a recording with all it owns: audio, sidecars, diagnostics runs, log lines.
     bool deleteRecording(const UUID& id);
@@ -174,6 +175,7 @@ class RecordingCatalog {
     TessaruneFileLogger& logger_;
     NotificationCenter& notifications_;
     std::shared_ptr<SerialQueue> queue_;
+    std::set<UUID> deleted_; // in the life of this process; on the queue
 };
 
 } // namespace tessarune

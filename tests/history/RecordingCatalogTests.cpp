@@ -206,6 +206,8 @@ TEST_F(RecordingCatalogTests, DeletingTakesAllThatIsTheRecordings) {
     catalog.upsert(foreign);
     catalog.deleteRecording(imported);
     EXPECT_EQ(disk.list("/music"), std::vector<std::string>{"song.wav"});
+    EXPECT_FALSE(catalog.upsert(foreign)) << "a recorder that still closes its file";
+    EXPECT_EQ(catalog.recordings().size(), 1U);
 
     ASSERT_TRUE(catalog.deleteAll());
     EXPECT_TRUE(disk.list(paths.logs()).empty() && !hasSidecars(other));

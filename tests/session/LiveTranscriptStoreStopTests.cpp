@@ -1,0 +1,291 @@
+#include "Tessarune/session/TessaruneListeningLifecycleHandler.h"
+#include "tests/simulation/SimulatedSession.h"
+
+#include <gtest/gtest.h>
+
+namespace tessarune {
+namespace {
+
+using simulation::SimulatedSession;
+using Phase = LiveSessionPhase;
+using Strings = std::vector<std::string>;
+
+class LiveTranscriptStoreStopTests : public ::testing::Test {
+  protected:
+    void begin() {
+        session.launch();
+        session.start();
+        session.hear(2);
+    }
+    void endAndWait(double seconds = 20) {
+        session.stop();
+        session.host.advanceBy(seconds);
+    }
+    RecordingMetadata recording() { return session.catalog->recordings().at(0); }
+    /// Lifecycle entries from a point on, as "+ name" (start), "- name", "! name", ". name".
+    Strings lifecycle(std::size_t from) {
+        Strings all;
+        for (std::size_t i = from; i < session.lifecycle.size(); ++i) {
+            const auto& entry = session.lifecycle[i];
+            all.push_back(std::string(1, ".+-!"[static_cast<int>(entry.phase)]) + " " +
+                          entry.name.substr(sizeof("listen.stop") - 1));
+            EXPECT_EQ(entry.elapsedSeconds.has_value(),
+                      all.back()[0] == '-' || all.back()[0] == '!');
+        }
+        return all;
+    }
+    SimulatedSession session;
+};
+
+TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
+    session.diagnostics.closeLifecycle = [&] { session.translator.calls.push_back("close"); };
+    session.diagnostics.finish = [&](const SessionDiagnostics::Finish& finish) {
+        EXPECT_EQ(finish.snapshot.sourceText, "One is said.\nTwo follows late.\nthree is open");
+        EXPECT_TRUE(finish.recording && finish.recording->filePath.ends_with(".m4a"));
+        EXPECT_GT(finish.perfStats.at("fedAudioSeconds"), 0) << "of the engine that is gone";
+        session.translator.calls.push_back("finish");
+    };
+    session.diagnostics.recordLiveCaptionStopSnapshot = [&](const std::string& reason, bool done) {
+        session.translator.calls.push_back(reason + (done ? " done" : ""));
+    };
+    begin();
+    session.say(true, "One is said.");
+    session.say(false, "Two foll");
+    const UUID id = recording().id;
+    EXPECT_TRUE(session.files.has(session.catalog->journalURL(id)));
+    session.engine.session().give(simulation::spoken(false, "lost as a guess", 1.2, 0.1));
+    const std::size_t before = session.lifecycle.size();
+    session.refreshes.clear();
+    session.translator.calls.clear();
+    session.store->stopListening(LiveSessionControlTrigger::toolbarPill());
+    EXPECT_EQ(session.status(), "正在收尾保存…");
+    EXPECT_FALSE(*session.store->isListening);
+    // What the drain still brings: a final counts, a guess does not.
+    session.store->applyRecognition(ASREvent::partial("a guess", 9, session.host.now()));
+    session.store->applyRecognition(
+        ASREvent::final("Two follows late.", 1, 2, EndpointReason::engineFinal));
+    CaptionSegment open = *session.store->core.currentPartial;
+    open.sourceText = "three is open";
+    session.store->core.currentPartial = open;
+    session.host.advanceBy(20);
+
+    EXPECT_EQ(lifecycle(before),
+              (Strings{". .requested", "+ .engineDrain", "- .engineDrain", "+ .finalize", "+ .seal",
+                       "- .seal", "+ .translationDrain", "- .translationDrain", "+ .audioCompress",
+                       "- .audioCompress", "+ .diagnostics", "- .diagnostics", "+ .persist",
+                       "- .persist", "+ .cleanup", "- .cleanup", "- .finalize"}));
+    EXPECT_EQ(session.translator.calls,
+              (Strings{"run", "run", "listen.stop.afterTranslationDrain done", "finish", "cleanup",
+                       "close"}));
+    Strings stopReasons;
+    for (const auto& reason : session.refreshes) {
+        if (reason.starts_with("listen.") || reason.starts_with("session."))
+            stopReasons.push_back(reason);
+    }
+    EXPECT_EQ(stopReasons,
+              (Strings{"session.transition.stopping", "listen.stop.translationDrain.complete",
+                       "listen.stop.audioCompress.start", "listen.stop.audioCompress.done",
+                       "session.transition.idle", "listen.stop.finished"}));
+    EXPECT_EQ(
+        session.events("transcriber.finishDraining"),
+        (Strings{"transcriber.finishDraining.start", "transcriber.finishDraining.captureStopped",
+                 "transcriber.finishDraining.engineStopped", "transcriber.finishDraining.done"}));
+
+    EXPECT_EQ(session.phase(), Phase::idle);
+    EXPECT_EQ(session.status(), "点击开始，或按空格");
+    EXPECT_EQ(session.transcript(id), "One is said.\nTwo follows late.\nthree is open");
+    EXPECT_EQ(recording().audioFormat, "m4a/aac");
+    EXPECT_FALSE(session.files.has(session.catalog->journalURL(id)));
+    EXPECT_TRUE(session.files.has(session.catalog->wordTimelineURL(id)));
+    ASSERT_EQ(session.refinements.size(), 1U);
+    EXPECT_EQ(session.refinements[0]->audioPath, recording().filePath);
+    EXPECT_EQ(session.memoryReturns, 1);
+    EXPECT_TRUE(session.server.openSources().empty());
+    EXPECT_EQ(session.logLines("listen.stop.finalize.done")[0]["outcome"], "complete");
+}
+
+TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
+    const std::string idle = "点击开始，或按空格";
+    const std::string notSaved = "转写保存失败，请检查磁盘空间。";
+    using Session = SimulatedSession;
+    enum When { before, during };
+    struct Case {
+        const char* name;
+        When when;
+        std::function<void(Session&)> arrange;
+        std::string outcome;
+        std::string status;
+        std::string audio; // how its name ends; empty: none
+        std::string event; // one that tells of it
+    };
+    const std::vector<Case> cases{
+        {"the drain never ends", before, [](Session& s) { s.engine.script.finishNeverEnds = true; },
+         "complete", idle, ".m4a", "speechAnalyzer.drain.timeout"},
+        {"translations are left over", during,
+         [](Session& s) { s.translator.drainCompletes = false; }, "degraded", idle, ".m4a",
+         "listen.stop.translationDrain.done"},
+        {"no time to translate", during,
+         [](Session& s) { s.settings.translationDrainTimeoutSeconds = 0; }, "complete", idle,
+         ".m4a", "listen.stop.translationDrain.done"},
+        {"no compression", during, [](Session& s) { s.media.failure = "no encoder"; }, "complete",
+         idle, ".wav", "listen.stop.audioCompress.failed"},
+        {"lossless", during, [](Session& s) { s.settings.recordLosslessAudio = true; }, "complete",
+         idle, ".wav", "listen.stop.audioCompress.skipped"},
+        {"transcripts not writable", during, [](Session& s) { s.files.refused = ".txt"; },
+         "degraded", notSaved, ".m4a", "history.refine.schedule.skipped"},
+        {"disk full for all but the log", during,
+         [](Session& s) {
+             s.files.onOperation = [&s](const std::string&, const std::filesystem::path& path) {
+                 const bool isLog = path.string().find("Logs") != std::string::npos;
+                 s.files.capacity = isLog ? s.files.never : s.files.usedSpace();
+             };
+         },
+         "degraded", notSaved, ".wav", "audioRecorder.write.degraded"},
+        {"no recording", before, [](Session& s) { s.settings.recordWhileCaptioning = false; },
+         "complete", idle, "", "listen.stop.audioCompress.skipped"},
+        {"recogniser dies", during, [](Session& s) { s.engine.session().fail("out of memory"); },
+         "complete", idle, ".m4a", "listen.stop.audioCompress.done"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        Session session;
+        session.launch();
+        if (c.when == before)
+            c.arrange(session);
+        session.start();
+        session.hear(2);
+        session.say(true, "Said.");
+        if (c.when == during)
+            c.arrange(session);
+        session.hear(2);
+        session.stop();
+        session.host.advanceBy(20);
+        EXPECT_EQ(session.phase(), Phase::idle);
+        EXPECT_FALSE(session.store->isStopping());
+        EXPECT_EQ(session.status(), c.status);
+        session.files.onOperation = {};
+        session.files.recover();
+        EXPECT_EQ(session.logLines("listen.stop.finalize.done").at(0)["outcome"], c.outcome);
+        EXPECT_FALSE(session.events(c.event).empty());
+        const auto recordings = session.catalog->recordings();
+        ASSERT_EQ(recordings.size(), c.audio.empty() ? 0U : 1U);
+        if (recordings.empty())
+            continue;
+        const bool isSaved = c.status == idle;
+        EXPECT_TRUE(recordings[0].filePath.ends_with(c.audio)) << recordings[0].filePath;
+        EXPECT_TRUE(session.files.has(recordings[0].filePath));
+        EXPECT_EQ(session.transcript(recordings[0].id), isSaved ? "Said." : "");
+        EXPECT_EQ(session.refinements.size(), isSaved ? 1U : 0U);
+        // What could not be saved is made from the journal at the next start.
+        EXPECT_EQ(session.files.has(session.catalog->journalURL(recordings[0].id)), !isSaved);
+        session.launch();
+        EXPECT_EQ(session.transcript(recordings[0].id), "Said.");
+    }
+}
+
+TEST_F(LiveTranscriptStoreStopTests, MessagesAreNotSaved) {
+    begin();
+    session.say(true, "Said.");
+    session.store->showError("录音写入失败：x");
+    EXPECT_EQ(session.store->exportTranscriptSnapshot().sourceText, "Said.");
+    endAndWait();
+    EXPECT_EQ(session.transcript(recording().id), "Said.");
+}
+
+TEST_F(LiveTranscriptStoreStopTests, ATranslationAfterTheStopStillReachesTheTranscript) {
+    begin();
+    session.say(true, "Said.");
+    const auto translate = [&](const std::string& text) {
+        const UUID row = session.store->core.committedSegments->front().id;
+        session.store->changeCommittedSegments(
+            [&](std::span<CaptionSegment> rows) { rows.front().translatedText = text; });
+        session.store->translationLanded({&row, 1});
+        session.store->updatePersistedTranscriptIfStopped();
+        session.host.advanceBy(0);
+    };
+    const auto saved = [&] {
+        return session.files.contentsOf(session.catalog->bilingualTranscriptURL(recording().id));
+    };
+    translate("说了。");
+    EXPECT_EQ(saved(), "") << "not while it listens";
+    EXPECT_NE(session.files.contentsOf(session.catalog->journalURL(recording().id)).find("说了。"),
+              std::string::npos);
+    endAndWait();
+    EXPECT_EQ(saved(), "Said.\n说了。");
+    translate("已经说了。");
+    EXPECT_EQ(saved(), "Said.\n已经说了。");
+    session.files.refused = ".txt";
+    translate("再说。");
+    EXPECT_EQ(session.events("recording.transcript.updateSnapshot.skipped").size(), 1U);
+}
+
+TEST_F(LiveTranscriptStoreStopTests, AHoleInTheSoundIsSilenceAndTimesStayRight) {
+    begin();
+    session.say(true, "Before.");
+    session.setOutputs({}); // unplugged
+    session.host.advanceBy(10);
+    EXPECT_EQ(session.status(), "声音已中断，正在等待恢复…");
+    session.setOutputs({"b"});
+    session.hear(0.2);
+    EXPECT_EQ(session.status(), "正在接收：Output b");
+    session.hear(2);
+    session.say(true, "After.");
+    EXPECT_EQ(session.phase(), Phase::listening);
+    EXPECT_EQ(session.status(), "");
+    const double elapsed =
+        session.host.now() - *session.store->recordingTracker().currentStartedAt();
+    endAndWait();
+    EXPECT_NEAR(recording().duration, elapsed, 0.3);
+    const auto timeline = HistoryWordTimeline::decoded(
+        session.files.contentsOf(session.catalog->wordTimelineURL(recording().id)));
+    ASSERT_TRUE(timeline && timeline->sentences.size() == 2);
+    EXPECT_LT(timeline->sentences[0].end, 2.2);
+    EXPECT_GT(timeline->sentences[1].start, 12);
+}
+
+TEST_F(LiveTranscriptStoreStopTests, AKilledSessionIsReadableAtTheNextStart) {
+    begin();
+    session.say(true, "Said before the end.");
+    session.host.advanceBy(1);
+    const UUID id = recording().id;
+    session.files.failFrom = session.files.operations + 1; // nothing reaches the disk any more
+    session.hear(1);
+    endAndWait();
+    session.files.recover();
+    session.launch();
+    EXPECT_EQ(session.repaired.recoveredSessions, std::vector<UUID>{id});
+    EXPECT_EQ(session.transcript(id), "Said before the end.");
+    EXPECT_GT(recording().duration, 1.5);
+}
+
+TEST_F(LiveTranscriptStoreStopTests, TheProgramEndsWhenTheSessionIsSavedOrAfterFiveSeconds) {
+    using Handler = TessaruneListeningLifecycleHandler;
+    session.launch();
+    std::vector<double> replies;
+    Handler handler(session.host, session.logger, session.store,
+                    [&] { replies.push_back(session.host.now()); });
+    EXPECT_EQ(handler.applicationShouldTerminate(), Handler::TerminateReply::now);
+    for (const double translating : {1.0, 60.0}) {
+        session.translator.drainSeconds = translating;
+        session.settings.translationDrainTimeoutSeconds = 60;
+        session.start();
+        const double asked = session.host.now();
+        EXPECT_EQ(handler.applicationShouldTerminate(), Handler::TerminateReply::later);
+        session.host.advanceBy(10);
+        ASSERT_FALSE(replies.empty());
+        EXPECT_NEAR(replies.back() - asked, std::min(translating, 5.0), 0.06);
+        EXPECT_EQ(session.logLines("app.shouldTerminate.done").back()["completed"],
+                  translating < 5);
+        EXPECT_EQ(session.store->isStopping(), translating > 5);
+    }
+    EXPECT_EQ(handler.applicationShouldTerminate(), Handler::TerminateReply::later);
+    handler.handleApplicationWillTerminate();
+    session.host.advanceBy(60);
+    EXPECT_EQ(replies.size(), 3U);
+    EXPECT_EQ(session.events("listen.stop.requested").size(), 2U);
+    session.store.reset();
+    EXPECT_EQ(handler.applicationShouldTerminate(), Handler::TerminateReply::now);
+}
+
+} // namespace
+} // namespace tessarune

@@ -1,0 +1,255 @@
+#include "Tessarune/session/AudioTimeline.h"
+#include "Tessarune/session/LiveCaptionUserMessages.h"
+#include "Tessarune/session/LiveResourceCleanup.h"
+#include "Tessarune/session/SystemAudioSilentStartPolicy.h"
+#include "tests/simulation/SimulatedSession.h"
+
+#include <gtest/gtest.h>
+
+namespace tessarune {
+namespace {
+
+using simulation::SimulatedSession;
+
+TEST(LiveAudioInactivityAutoStopConfigurationTests, OddMinutesBecomeOne) {
+    struct Case {
+        std::int64_t chosen;
+        std::int64_t minutes;
+        std::optional<double> timeout;
+    };
+    for (const Case& c : {Case{0, 0, std::nullopt}, Case{1, 1, 60}, Case{5, 5, 300}, Case{7, 1, 60},
+                          Case{20, 20, 1200}, Case{21, 1, 60}, Case{-5, 1, 60}}) {
+        const LiveAudioInactivityAutoStopConfiguration configuration(c.chosen);
+        EXPECT_EQ(configuration.minutes, c.minutes) << c.chosen;
+        EXPECT_EQ(configuration.timeoutSeconds, c.timeout) << c.chosen;
+    }
+}
+
+class LiveAudioInactivityAutoStopTests : public ::testing::Test {
+  protected:
+    void start(std::optional<double> timeout) {
+        watch.start(timeout, [this](double idle, double limit) {
+            firedAt.push_back(host.now());
+            EXPECT_GE(idle, limit);
+        });
+    }
+    SimulatedHost host{1000};
+    LiveAudioInactivityAutoStop watch{host};
+    std::vector<double> firedAt;
+};
+
+TEST_F(LiveAudioInactivityAutoStopTests, FiresOnceAtTheFirstLookAfterTheLimit) {
+    start(12);
+    host.advanceTo(1014.9);
+    EXPECT_TRUE(firedAt.empty());
+    host.advanceTo(1100);
+    EXPECT_EQ(firedAt, std::vector<double>{1015});
+    watch.noteActivity(); // at 1100: watches again
+    host.advanceTo(1200);
+    EXPECT_EQ(firedAt, (std::vector<double>{1015, 1115}));
+}
+
+TEST_F(LiveAudioInactivityAutoStopTests, ActivityPutsItOffAndAStopEndsIt) {
+    start(10);
+    for (double at = 1004; at < 1040; at += 4) {
+        host.advanceTo(at);
+        watch.noteActivity();
+    }
+    EXPECT_TRUE(firedAt.empty());
+    watch.stop();
+    watch.noteActivity();
+    host.advanceTo(2000);
+    EXPECT_TRUE(firedAt.empty());
+    for (const std::optional<double> never : {std::optional<double>(), std::optional<double>(0)}) {
+        start(never);
+        EXPECT_FALSE(watch.isRunning());
+    }
+}
+
+TEST_F(LiveAudioInactivityAutoStopTests, FollowsAnotherClock) {
+    double clock = 50;
+    watch.now = [&clock] { return clock; };
+    start(10);
+    clock = 59;
+    watch.tick();
+    clock = 40; // set back: no time has passed
+    watch.tick();
+    EXPECT_TRUE(firedAt.empty());
+    clock = 60;
+    watch.tick();
+    EXPECT_EQ(firedAt.size(), 1U);
+}
+
+TEST(LiveAudioInactivitySleepTests, ASleepingComputerHearsNothingAndIsNotIdle) {
+    /// A host whose computer sleeps: its clock jumps, and delayed calls come late.
+    struct SleepyHost final : Host {
+        double now() const override { return time; }
+        double wallClock() const override { return time; }
+        void post(Block) override {}
+        DelayedCall after(double, Block block) override {
+            next = std::move(block);
+            return DelayedCall();
+        }
+        std::shared_ptr<SerialQueue> serialQueue(std::string_view, QueuePriority) override {
+            return nullptr;
+        }
+        bool isOnMainQueue() const override { return true; }
+        double time = 0;
+        Block next;
+    } host;
+    LiveAudioInactivityAutoStop watch(host);
+    int fired = 0;
+    watch.start(60, [&fired](double, double) { ++fired; });
+    const auto lookAt = [&host](double time) {
+        host.time = time;
+        const Block look = host.next;
+        look();
+    };
+    lookAt(5);
+    lookAt(3605); // an hour of sleep
+    for (double time = 3610; time < 3655; time += 5)
+        lookAt(time);
+    EXPECT_EQ(fired, 0);
+    lookAt(3660);
+    EXPECT_EQ(fired, 1);
+}
+
+TEST(SessionDurationClockTests, CountsSecondsFromItsStart) {
+    SimulatedHost host(100);
+    SessionDurationClock clock(host);
+    std::vector<double> ticks;
+    clock.start([&](double seconds) { ticks.push_back(seconds); });
+    host.advanceTo(101.5);
+    clock.start([&](double seconds) { ticks.push_back(seconds * 10); });
+    host.advanceTo(103.6);
+    clock.stop();
+    host.advanceTo(200);
+    EXPECT_EQ(ticks, (std::vector<double>{1, 10, 20}));
+}
+
+TEST(AudioTimelineTests, ShiftsWhatWasHeardAfterAHole) {
+    AudioTimeline timeline;
+    timeline.addGap(99); // before any sound there is nothing to shift
+    timeline.add(0.5, 1000.5);
+    timeline.add(9.5, 1010);
+    timeline.addGap(60);
+    timeline.add(10, 1080);
+    timeline.addGap(5);
+    timeline.add(10, 1095);
+    for (const auto& [engine, clock] : std::vector<std::pair<double, double>>{
+             {1000, 1000}, {1010, 1010}, {1010.5, 1070.5}, {1020, 1080}, {1021, 1086}})
+        EXPECT_DOUBLE_EQ(timeline.corrected(engine), clock);
+}
+
+TEST(LiveCaptionUserMessagesTests, KnowsItsOwnWarnings) {
+    EXPECT_TRUE(LiveCaptionUserMessages::isSilentMessage("没有听到系统声音"));
+    EXPECT_TRUE(LiveCaptionUserMessages::isSilentMessage("未检测到系统声音"));
+    EXPECT_FALSE(LiveCaptionUserMessages::isSilentMessage("正在检测系统声音"));
+}
+
+TEST(SystemAudioSilentStartPolicyTests, DeniesUnlessSoundWasThereBefore) {
+    using Status = PermissionsManager::Status;
+    SimulatedSession session;
+    const auto warning = [&](const AudioSource& source) {
+        return SystemAudioSilentStartPolicy::warningMessageIfNeeded(session.permissions, source);
+    };
+    EXPECT_EQ(warning(AudioSource::systemAudio()), "没有听到系统声音");
+    EXPECT_EQ(*session.permissions.systemAudio, Status::denied);
+    session.permissions.latch(PermissionsManager::Key::systemAudioStatus, Status::granted);
+    EXPECT_EQ(warning(AudioSource::systemAudio()), "没有听到系统声音");
+    EXPECT_EQ(*session.permissions.systemAudio, Status::granted);
+    EXPECT_EQ(warning(AudioSource::microphone()), std::nullopt);
+}
+
+TEST(LiveResourceCleanupTests, EmptiesTheDebugLogAndReturnsMemoryInTheBackground) {
+    SimulatedHost host;
+    simulation::FaultyFileSystem files;
+    files.setContents("/tmp/tessarune.log", "old");
+    bool onMain = true;
+    const LiveResourceCleanup::Resources resources{
+        files, host.serialQueue("utility", QueuePriority::utility),
+        [&] { onMain = host.isOnMainQueue(); }};
+    LiveResourceCleanup::releaseIdleResources(resources);
+    EXPECT_TRUE(onMain) << "not before the queue comes to it";
+    host.runUntilIdle();
+    EXPECT_FALSE(onMain);
+    EXPECT_EQ(files.contentsOf("/tmp/tessarune.log"), "");
+    files.failFrom = 0;
+    EXPECT_NO_THROW(LiveResourceCleanup::releaseIdleResources(resources));
+    host.runUntilIdle();
+}
+
+class LiveRecordingTrackerTests : public ::testing::Test {
+  protected:
+    LiveRecordingTrackerTests() {
+        metadata.id = UUID::random();
+        metadata.startedAt = 1000;
+        metadata.monotonicStart = 900;
+        metadata.filePath = (session.paths.recordings() / "a.wav").string();
+        session.files.setContents(metadata.filePath, "sound");
+        session.catalog->upsert(metadata);
+        announcement =
+            session.notifications.observe(NotificationName::recordingTranscriptDidUpdate,
+                                          [this](const NotificationObject& object) {
+                                              announced.push_back(std::get<UUID>(object));
+                                          });
+    }
+    struct Launched : SimulatedSession {
+        Launched() { launch(); }
+    } session;
+    RecordingMetadata metadata;
+    std::vector<UUID> announced;
+    NotificationCenter::Observation announcement;
+    LiveRecordingTracker tracker{*session.catalog, session.logger};
+};
+
+TEST_F(LiveRecordingTrackerTests, FollowsARecordingToItsSave) {
+    EXPECT_TRUE(tracker.saveTranscripts("nothing", "to save", std::nullopt));
+    tracker.handleStarted(metadata, true);
+    EXPECT_EQ(tracker.currentStartedAt(), 900) << "the clock of the words";
+    EXPECT_EQ(tracker.currentAudioPath(), metadata.filePath);
+    metadata.filePath = (session.paths.recordings() / "a.m4a").string();
+    session.catalog->upsert(metadata);
+    EXPECT_EQ(tracker.currentAudioPath(), metadata.filePath) << "as it stands on the disk";
+    EXPECT_TRUE(tracker.saveTranscripts("text", "both", std::nullopt));
+    EXPECT_FALSE(tracker.hasCurrentRecording());
+    EXPECT_EQ(tracker.currentRecordingMetadata(), std::nullopt);
+    EXPECT_TRUE(tracker.updateLastSavedTranscripts("better text", "both"));
+    EXPECT_EQ(session.transcript(metadata.id), "better text");
+    EXPECT_EQ(announced, (std::vector<UUID>{metadata.id, metadata.id}));
+}
+
+TEST_F(LiveRecordingTrackerTests, OneFailingSidecarLeavesTheOthersSaved) {
+    tracker.handleStarted(metadata, true);
+    session.files.refused = ".bilingual";
+    EXPECT_FALSE(tracker.saveTranscripts("text", "both", std::nullopt));
+    EXPECT_EQ(session.transcript(metadata.id), "text");
+    EXPECT_EQ(tracker.lastSavedID(), metadata.id);
+    EXPECT_FALSE(tracker.hasCurrentRecording());
+    EXPECT_FALSE(tracker.updateLastSavedTranscripts("new", "both"));
+    EXPECT_TRUE(announced.empty());
+    const auto lines = session.logLines("recording.transcript.persist.degraded");
+    ASSERT_EQ(lines.size(), 1U);
+    EXPECT_TRUE(lines[0]["sourceSaved"] && lines[0]["timelineSaved"]);
+    EXPECT_FALSE(lines[0]["bilingualSaved"]);
+    EXPECT_EQ(session.events("recording.transcript.update.").size(), 1U);
+}
+
+TEST_F(LiveRecordingTrackerTests, ALateOrDiscardedRecordingIsDeleted) {
+    tracker.handleStarted(metadata, false);
+    EXPECT_FALSE(tracker.hasCurrentRecording());
+    EXPECT_TRUE(session.catalog->recordings().empty());
+    EXPECT_FALSE(session.files.has(metadata.filePath));
+
+    RecordingMetadata other = metadata;
+    other.id = UUID::random();
+    session.files.setContents(other.filePath, "sound");
+    session.catalog->upsert(other);
+    tracker.handleStarted(other, true);
+    tracker.discardCurrentRecordingIfAny();
+    EXPECT_TRUE(session.catalog->recordings().empty());
+    EXPECT_FALSE(session.files.has(other.filePath));
+}
+
+} // namespace
+} // namespace tessarune

@@ -1,0 +1,238 @@
+#pragma once
+
+#include "Tessarune/history/RecordingRepair.h"
+#include "Tessarune/session/LiveTranscriptStore.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/host/SimulatedHost.h"
+#include "TessaruneCore/text/Text.h"
+#include "tests/simulation/FaultyFileSystem.h"
+#include "tests/simulation/MemoryDefaults.h"
+#include "tests/simulation/ScriptedAssetInventory.h"
+#include "tests/simulation/ScriptedAudioConverter.h"
+#include "tests/simulation/ScriptedMedia.h"
+#include "tests/simulation/ScriptedSoundServer.h"
+#include "tests/simulation/ScriptedSpeechEngine.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <map>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tessarune::simulation {
+
+/// What the desktop answers about permissions, each after a while.
+struct ScriptedPermissions {
+    SystemAuthorization::Status speech = SystemAuthorization::Status::authorized;
+    bool grantsMicrophone = true;
+    double microphoneSeconds = 0;
+
+    SystemAuthorization authorization(Host& host) {
+        return {[this] { return speech; }, [this, &host] { return answer(host, 0, true); },
+                [] { return SystemAuthorization::Status::notDetermined; },
+                [this, &host] { return answer(host, microphoneSeconds, grantsMicrophone); }};
+    }
+
+  private:
+    static Task<bool> answer(Host& host, double seconds, bool granted) {
+        Task<bool> thinking = sleep(Executor::main(host), seconds);
+        co_await thinking;
+        co_return granted;
+    }
+};
+
+/// A translator of which a test says how long its last words take.
+struct ScriptedTranslation {
+    double drainSeconds = 0;
+    bool drainCompletes = true;
+    bool hasPending = false;
+    std::vector<std::string> calls;
+
+    SessionTranslation translation(Host& host) {
+        SessionTranslation steps;
+        const auto note = [this](const char* call) {
+            return [this, call] { calls.push_back(call); };
+        };
+        steps.prewarmCurrentTranslationPair = [this](const std::string& reason) {
+            calls.push_back("prewarm " + reason);
+        };
+        steps.startCommittedRun = note("run");
+        steps.resetForNewSession = note("reset");
+        steps.bigCleanup = note("cleanup");
+        steps.hasPendingTranslations = [this] { return hasPending; };
+        steps.drainCommittedTranslationsBeforePersist = [this, &host](double timeout) {
+            return drain(host, std::min(drainSeconds, timeout), drainCompletes);
+        };
+        return steps;
+    }
+
+  private:
+    static Task<bool> drain(Host& host, double seconds, bool completes) {
+        Task<bool> translating = sleep(Executor::main(host), seconds);
+        co_await translating;
+        co_return completes;
+    }
+};
+
+/// A whole session on a simulated computer: everything below the front end is the program's own,
+/// everything below the platform line is scripted.
+class SimulatedSession {
+  public:
+    explicit SimulatedSession(std::uint64_t seed = 0) : host(1000000000.0, seed) {
+        TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::verbose);
+        files.createDirectories(paths.appSupportBase());
+        calm();
+        setOutputs({"a"});
+        diagnostics.lifecycle = [this](const SessionDiagnostics::LifecycleEntry& entry) {
+            lifecycle.push_back(entry);
+            if (onLifecycle)
+                onLifecycle(entry);
+        };
+    }
+    ~SimulatedSession() {
+        server.keepDelivering(std::nullopt);
+        store.reset();
+        host.runUntilIdle(host.now() + 100000);
+        TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::core);
+    }
+
+    /// Starts the program: repairs the data folder and makes the store.
+    void launch() {
+        store.reset();
+        catalog = std::make_unique<RecordingCatalog>(host, files, paths, logger, notifications);
+        repaired = RecordingRepair(files, *catalog, logger).runAtLaunch();
+        recorder = AudioSessionRecorder::create(host, files, logger, catalog->forRecorder(),
+                                                converters.maker());
+        compressor = std::make_unique<RecordingAudioCompressor>(files, *catalog, logger, exporter,
+                                                                media.opener());
+        store = LiveTranscriptStore::make(
+            {.speech = {host, engine.engine(), assets, converters.maker(), logger},
+             .sound = server,
+             .files = files,
+             .settings = settings,
+             .permissions = permissions,
+             .catalog = *catalog,
+             .recorder = recorder,
+             .compressor = *compressor,
+             .translation = translator.translation(host),
+             .diagnostics = diagnostics,
+             .scheduleHistoryRefinement =
+                 [this](const auto& request) { refinements.push_back(request); },
+             .returnMemory = [this] { ++memoryReturns; }});
+        store->sessionPhase.onDidChange([this](LiveSessionPhase phase) {
+            phases.push_back(phase);
+            if (onPhase)
+                onPhase(phase);
+        });
+        store->captionDisplayRefresh.onDidChange(
+            [this](const std::string& reason) { refreshes.push_back(reason); });
+    }
+
+    void setOutputs(const std::vector<std::string>& outputs,
+                    const std::vector<std::string>& inputs = {"mic", "usb"}) {
+        SoundDevices devices;
+        for (const auto& id : outputs)
+            devices.outputs.push_back(testing::ScriptedSoundServer::output(id, 1600));
+        for (const auto& id : inputs)
+            devices.inputs.push_back(testing::ScriptedSoundServer::input(id, {1600, 1}));
+        devices.defaultOutputID = outputs.empty() ? "" : outputs.front();
+        devices.defaultInputID = inputs.empty() ? "" : inputs.front();
+        server.setDevices(std::move(devices));
+    }
+
+    /// Whatever goes wrong or slowly is well again.
+    void calm() {
+        desktop = {};
+        engine.script = SpeechScript();
+        engine.script.format = {1600, 1};
+        server.connectFailure.reset();
+        server.openFailure.reset();
+        server.connectDelay = server.openDelay = 0;
+        files.recover();
+        media.failure.clear();
+        translator.drainSeconds = 0;
+        translator.drainCompletes = true;
+    }
+
+    using Trigger = LiveSessionControlTrigger;
+    void start() {
+        store->startListening(Trigger::programmatic());
+        host.advanceBy(0);
+    }
+    void stop() {
+        store->stopListening(Trigger::programmatic());
+        host.advanceBy(0);
+    }
+    /// Sound for a while, loud enough to count.
+    void hear(double seconds) {
+        server.keepDelivering(0.5F, 0.1);
+        host.advanceBy(seconds);
+        server.keepDelivering(std::nullopt);
+    }
+    void say(bool isFinal, const std::string& text) {
+        const double heard = engine.session().heardSeconds;
+        engine.session().give(spoken(isFinal, text, std::max(heard - 1, 0.0), 0.1));
+        host.advanceBy(0.1);
+    }
+
+    /// Names of the events in the runtime log that begin with `prefix`.
+    std::vector<std::string> events(const std::string& prefix) {
+        std::vector<std::string> names;
+        for (const auto& line : logLines(prefix))
+            names.push_back(line["event"]);
+        return names;
+    }
+    std::vector<nlohmann::json> logLines(const std::string& prefix) {
+        logger.flush();
+        std::vector<nlohmann::json> lines;
+        for (const auto& file : files.list(paths.logs())) {
+            std::istringstream text(files.contentsOf(paths.logs() / file));
+            for (std::string line; std::getline(text, line);) {
+                auto object = nlohmann::json::parse(line);
+                if (object["event"].get<std::string>().starts_with(prefix))
+                    lines.push_back(std::move(object));
+            }
+        }
+        return lines;
+    }
+    std::string transcript(const UUID& id) { return files.contentsOf(catalog->transcriptURL(id)); }
+    const std::string& status() const { return *store->statusMessage; }
+    LiveSessionPhase phase() const { return *store->sessionPhase; }
+
+    SimulatedHost host;
+    FaultyFileSystem files;
+    TessarunePaths paths{"/data"};
+    TessaruneFileLogger logger{host, files, paths};
+    MemoryDefaults defaults;
+    AppSettings settings{defaults};
+    NotificationCenter notifications;
+    testing::ScriptedSoundServer server{host};
+    ScriptedSpeechEngine engine{host};
+    ScriptedAssetInventory assets{host};
+    ScriptedAudioConverters converters;
+    ScriptedPermissions desktop;
+    PermissionsManager permissions{host, server, defaults, desktop.authorization(host)};
+    ScriptedMedia media{files};
+    AudioExporter exporter{host, media.transcoder()};
+    ScriptedTranslation translator;
+    SessionDiagnostics diagnostics; ///< read when the program is launched
+
+    std::unique_ptr<RecordingCatalog> catalog;
+    RecordingRepair::Report repaired;
+    std::shared_ptr<AudioSessionRecorder> recorder;
+    std::unique_ptr<RecordingAudioCompressor> compressor;
+    std::shared_ptr<LiveTranscriptStore> store;
+
+    std::vector<LiveSessionPhase> phases;
+    std::vector<std::string> refreshes;
+    std::vector<SessionDiagnostics::LifecycleEntry> lifecycle;
+    std::vector<std::optional<HistoryRefinementRequest>> refinements;
+    int memoryReturns = 0;
+    std::function<void(LiveSessionPhase)> onPhase;
+    std::function<void(const SessionDiagnostics::LifecycleEntry&)> onLifecycle;
+};
+
+} // namespace tessarune::simulation
