@@ -144,7 +144,7 @@ bool isOnPath(const std::string& program) {
     const char* path = std::getenv("PATH");
     std::istringstream folders(path ? path : "/usr/bin");
     for (std::string folder; std::getline(folders, folder, ':');) {
-        if (access((folder + "/" + program).c_str(), X_OK) == 0)
+        if (access((std::filesystem::path(folder) / program).c_str(), X_OK) == 0)
             return true;
     }
     return false;
@@ -296,6 +296,7 @@ void PrivateSoundServer::launch(const std::vector<std::string>& command) {
     };
     const auto pointers = [](const std::vector<std::string>& texts) {
         std::vector<char*> all;
+        all.reserve(texts.size() + 1);
         for (const auto& text : texts)
             all.push_back(const_cast<char*>(text.c_str()));
         all.push_back(nullptr);
