@@ -21,6 +21,7 @@
 #include "Tessarune/session/TranscriptSnapshot.h"
 #include "Tessarune/shell/AppSettings.h"
 #include "Tessarune/shell/FileSystem.h"
+#include "Tessarune/translation/TranslationLanguagePreparation.h"
 #include "TessaruneCore/CaptionCore.h"
 #include "TessaruneCore/observation/Published.h"
 
@@ -82,6 +83,7 @@ class LiveTranscriptStore : public std::enable_shared_from_this<LiveTranscriptSt
     CaptionCore core;
     Published<std::string> statusMessage;
     Published<std::string> translationStatusMessage;
+    Published<TranslationPreparationDisplayState> translationPreparationDisplayState;
     Published<std::string> ghostTranslationText;
     Published<bool> isTranslationVisible;
     Published<std::string> latestBoundarySummary;
@@ -136,7 +138,8 @@ class LiveTranscriptStore : public std::enable_shared_from_this<LiveTranscriptSt
 
     /// Changes translation fields of the committed rows, as one change.
     void changeCommittedSegments(const std::function<void(std::span<CaptionSegment>)>& change);
-    /// These rows have got their translation: they survive a crash from now on.
+    /// The translation of these rows has come, or was taken away: a crash from now on leaves them
+    /// as they are.
     void translationLanded(std::span<const UUID> segmentIDs);
     /// A translation that comes after the stop still reaches the saved transcript.
     void updatePersistedTranscriptIfStopped();

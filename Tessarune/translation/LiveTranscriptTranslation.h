@@ -50,12 +50,10 @@ class LiveTranscriptTranslation : public std::enable_shared_from_this<LiveTransc
 
     LiveTranslationRuntime& runtime() { return *runtime_; }
 
-    // What views show
-    const Published<std::string>& ghostTranslationText() const { return ghostTranslationText_; }
-    const Published<std::string>& translationStatusMessage() const {
-        return translationStatusMessage_;
-    }
-    const Published<TranslationPreparationDisplayState>& preparationDisplayState() const {
+    // What views show; others only read and observe it
+    Published<std::string>& ghostTranslationText() { return ghostTranslationText_; }
+    Published<std::string>& translationStatusMessage() { return translationStatusMessage_; }
+    Published<TranslationPreparationDisplayState>& preparationDisplayState() {
         return preparationDisplayState_;
     }
     bool isCommittedTranslating() const { return runtime_->hasCommittedTask(); }

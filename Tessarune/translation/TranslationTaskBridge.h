@@ -44,9 +44,10 @@ class TranslationTaskBridge : public std::enable_shared_from_this<TranslationTas
     /// Supersedes a test that is under way.
     void runTranslationTest(const std::string& target);
 
-    const Published<bool>& isTestingTranslation() const { return isTestingTranslation_; }
-    const Published<std::string>& resultText() const { return resultText_; }
-    const Published<std::string>& statusText() const { return statusText_; }
+    // What views show; others only read and observe it
+    Published<bool>& isTestingTranslation() { return isTestingTranslation_; }
+    Published<std::string>& resultText() { return resultText_; }
+    Published<std::string>& statusText() { return statusText_; }
 
     /// The failure as the user reads it.
     static std::string errorMessage(const std::exception& error,
