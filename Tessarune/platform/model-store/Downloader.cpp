@@ -19,6 +19,43 @@ constexpr std::uint64_t largestUnknownFile = 2'000'000'000;
 /// For a file whose unpacked size nobody knows.
 constexpr std::uint64_t largestUnpackingRatio = 20;
 
+[[noreturn]] void fail(const std::string& name, const std::string& url, const std::string& reason) {
+    throw DownloadFailed(name + " could not be downloaded from " + url + ": " + reason);
+}
+
+/// Whether and when to try again.
+class Tries {
+  public:
+    explicit Tries(const DownloadPolicy& policy) : policy_(policy) {}
+
+    /// Throws DownloadStopped after a request to stop, DownloadFailed when further tries are of no
+    /// use. `have`: bytes that are here now.
+    void afterFailure(const std::string& name, const std::string& url,
+                      const TransferOutcome& outcome, std::uint64_t have) {
+        if (outcome.kind == TransferOutcome::Kind::stopped)
+            throw DownloadStopped();
+        fruitless_ = have > longest_ ? 0 : fruitless_ + 1;
+        longest_ = std::max(longest_, have);
+        retryAfter_ = outcome.retryAfterSeconds;
+        TessaruneLog::app.info(
+            [&] { return "download of " + url + " interrupted: " + outcome.reason; });
+        if (outcome.kind == TransferOutcome::Kind::refused || fruitless_ > policy_.fruitlessTries)
+            fail(name, url, outcome.reason);
+    }
+
+    double pause() const {
+        const double doubled = policy_.firstPauseSeconds * std::exp2(std::max(fruitless_ - 1, 0));
+        const double wanted = std::max(doubled, retryAfter_.value_or(0));
+        return std::min(wanted, policy_.longestPauseSeconds);
+    }
+
+  private:
+    const DownloadPolicy& policy_;
+    int fruitless_ = 0;
+    std::uint64_t longest_ = 0;
+    std::optional<double> retryAfter_;
+};
+
 /// One file on its way; what `fetch` knows between two tries.
 class Fetch {
   public:
@@ -29,7 +66,8 @@ class Fetch {
           file_(std::move(file)),
           target_(folder / file_.name),
           part_(folder / (file_.name + ".part")),
-          progress_(std::move(progress)) {}
+          progress_(std::move(progress)),
+          tries_(policy) {}
 
     /// The sums of the file that is kept; false without one that could tell.
     bool isThere() {
@@ -65,18 +103,9 @@ class Fetch {
         return keepIfRight();
     }
 
-    double pause() const {
-        const double doubled = policy_.firstPauseSeconds * std::exp2(std::max(fruitless_ - 1, 0));
-        const double wanted = std::max(doubled, retryAfter_.value_or(0));
-        return std::min(wanted, policy_.longestPauseSeconds);
-    }
+    double pause() const { return tries_.pause(); }
 
   private:
-    [[noreturn]] void fail(const std::string& reason) const {
-        throw DownloadFailed(file_.name + " could not be downloaded from " + file_.url + ": " +
-                             reason);
-    }
-
     /// How much of the file is in its part; a part that cannot be one is removed.
     std::uint64_t here() {
         if (!files_.exists(part_))
@@ -117,18 +146,9 @@ class Fetch {
     }
 
     State afterFailure(const TransferOutcome& outcome) {
-        if (outcome.kind == TransferOutcome::Kind::stopped)
-            throw DownloadStopped();
         if (outcome.rangeWasWrong)
             files_.remove(part_);
-        const std::uint64_t have = here();
-        fruitless_ = have > longest_ ? 0 : fruitless_ + 1;
-        longest_ = std::max(longest_, have);
-        retryAfter_ = outcome.retryAfterSeconds;
-        TessaruneLog::app.info(
-            [&] { return "download of " + file_.url + " interrupted: " + outcome.reason; });
-        if (outcome.kind == TransferOutcome::Kind::refused || fruitless_ > policy_.fruitlessTries)
-            fail(outcome.reason);
+        tries_.afterFailure(file_.name, file_.url, outcome, here());
         return State::again;
     }
 
@@ -144,7 +164,7 @@ class Fetch {
         // Parts of two editions of a file make neither of them.
         if (std::exchange(wasContinued_, false))
             return State::again;
-        fail(wrong);
+        fail(file_.name, file_.url, wrong);
     }
 
     /// Empty if the transferred file has the right sums; if it is packed, it is unpacked then.
@@ -186,10 +206,8 @@ class Fetch {
     std::filesystem::path target_;
     std::filesystem::path part_;
     Downloader::Progress progress_;
+    Tries tries_;
     bool wasContinued_ = false;
-    int fruitless_ = 0;
-    std::uint64_t longest_ = 0;
-    std::optional<double> retryAfter_;
 };
 
 } // namespace
@@ -220,6 +238,29 @@ Task<void> Downloader::fetch(Executor executor, FileToFetch file, std::filesyste
         co_return;
     while (fetching.attempt(stop) == Fetch::State::again) {
         Task<bool> pause = sleep(executor, fetching.pause(), stop);
+        const bool slept = co_await pause;
+        if (!slept)
+            throw DownloadStopped();
+    }
+}
+
+Task<std::string> Downloader::fetchText(Executor executor, std::string name, std::string url,
+                                        std::uint64_t limit, std::stop_token stop) {
+    const std::string address = mirrored(url, policy_.mirror);
+    Tries tries(policy_);
+    const SwitchTo there = switchTo(executor);
+    co_await there;
+    while (true) {
+        std::string text;
+        const TransferSink sink{[&](std::uint64_t) { text.clear(); },
+                                [&](std::string_view bytes) { text += bytes; }};
+        const TransferRequest request{address, 0, limit, policy_.connectSeconds,
+                                      policy_.stallSeconds};
+        const TransferOutcome outcome = transfer(request, sink, stop);
+        if (outcome.kind == TransferOutcome::Kind::complete)
+            co_return text;
+        tries.afterFailure(name, address, outcome, 0);
+        Task<bool> pause = sleep(executor, tries.pause(), stop);
         const bool slept = co_await pause;
         if (!slept)
             throw DownloadStopped();

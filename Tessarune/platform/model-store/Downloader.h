@@ -76,6 +76,12 @@ class Downloader {
     Task<void> fetch(Executor executor, FileToFetch file, std::filesystem::path folder,
                      Progress progress, std::stop_token stop);
 
+    /// A list of at most `limit` bytes that is needed at once and kept nowhere; what the name says
+    /// stands in the failure's text. Tries and pauses as `fetch`, always from the beginning. The
+    /// caller has to see for himself whether it is right. Goes on on `executor`.
+    Task<std::string> fetchText(Executor executor, std::string name, std::string url,
+                                std::uint64_t limit, std::stop_token stop);
+
     const DownloadPolicy& policy() const { return policy_; }
     FileSystem& files() const { return files_; }
 

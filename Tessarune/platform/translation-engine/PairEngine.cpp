@@ -1,0 +1,85 @@
+#include "Tessarune/platform/translation-engine/PairEngine.h"
+
+#include "Tessarune/platform/translation-engine/TraditionalChinese.h"
+#include "Tessarune/platform/translation-engine/TranslationCatalogue.h"
+#include "Tessarune/platform/translation-engine/TranslationFailure.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+
+#include <malloc.h>
+
+#include <algorithm>
+#include <system_error>
+
+namespace tessarune {
+
+struct PairEngine::Loaded {
+    explicit Loaded(StoredModel what) : model(std::move(what)), engine(translationFilesOf(model)) {}
+
+    StoredModel model;
+    TranslationEngine engine;
+    std::unique_ptr<TraditionalChinese> traditional;
+};
+
+PairEngine::PairEngine(Host& host, ModelStore& store, const std::string& modelName)
+    : store_(store),
+      modelName_(modelName),
+      executor_(Executor::queue(host, host.serialQueue("tessarune.translate." + modelName,
+                                                       QueuePriority::userInitiated))) {}
+
+PairEngine::~PairEngine() {
+    executor_.run([loaded = std::move(loaded_)]() mutable {
+        loaded.reset();
+        malloc_trim(0); // many small blocks of the vocabularies
+    });
+}
+
+bool PairEngine::filesStand() const {
+    const StoredModel& model = loaded_->model;
+    return std::all_of(model.files.begin(), model.files.end(), [&](const ModelFile& file) {
+        try {
+            return store_.files().size(model.path(file.name)) == file.bytes;
+        } catch (const std::system_error&) {
+            return false;
+        }
+    });
+}
+
+void PairEngine::load() {
+    if (loaded_ && filesStand())
+        return;
+    loaded_.reset();
+    damaged_.reset();
+    const std::optional<StoredModel> model = store_.find(ModelKind::translation, modelName_);
+    if (!model)
+        throw translationFailure(TranslationError::notInstalled, "The translation model " +
+                                                                     modelName_ +
+                                                                     " is not on this computer.");
+    try {
+        ModelStore::verify(*model);
+        loaded_ = std::make_shared<Loaded>(*model);
+        TessaruneLog::translation.notice(
+            [&] { return "translation model " + modelName_ + " loaded"; });
+    } catch (const ModelDamaged& damage) {
+        damaged_ = model;
+        throw translationFailure(TranslationError::notInstalled, damage.what());
+    } catch (const std::exception& failure) {
+        throw translationFailure(TranslationError::internalError, failure.what());
+    }
+}
+
+std::string PairEngine::translate(const std::string& text, bool isForTraditional) {
+    load();
+    try {
+        std::string translation = loaded_->engine.translate(text);
+        if (!isForTraditional)
+            return translation;
+        if (!loaded_->traditional)
+            loaded_->traditional = std::make_unique<TraditionalChinese>();
+        return loaded_->traditional->of(translation);
+    } catch (const std::exception& failure) {
+        loaded_.reset(); // nobody knows what state it is in
+        throw translationFailure(TranslationError::internalError, failure.what());
+    }
+}
+
+} // namespace tessarune

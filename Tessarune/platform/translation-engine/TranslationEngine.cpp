@@ -1,0 +1,56 @@
+#include "Tessarune/platform/translation-engine/TranslationEngine.h"
+
+#include "Tessarune/platform/translation-engine/TranslationEngineABI.h"
+
+namespace tessarune {
+
+namespace {
+
+using namespace translationABI;
+
+BorrowedText borrowed(std::string_view text) {
+    return {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()};
+}
+
+std::string copied(const BorrowedText& text) {
+    return {reinterpret_cast<const char*>(text.data), text.length};
+}
+
+std::string taken(OwnedText text) {
+    std::string copy(reinterpret_cast<const char*>(text.data), text.length);
+    tessarune_text_free(text);
+    return copy;
+}
+
+} // namespace
+
+TranslationEngine::TranslationEngine(const Files& files) {
+    OwnedText failure{};
+    engine_ = tessarune_engine_load(borrowed(files.model.native()),
+                                    borrowed(files.sourceVocabulary.native()),
+                                    borrowed(files.targetVocabulary.native()), &failure);
+    if (engine_ == nullptr)
+        throw TranslationEngineError(files.model.string() + " does not load: " + taken(failure));
+}
+
+TranslationEngine::~TranslationEngine() {
+    tessarune_engine_free(engine_);
+}
+
+std::string TranslationEngine::translate(std::string_view text) const {
+    OwnedText result{};
+    const bool isTranslated = tessarune_engine_translate(engine_, borrowed(text), &result);
+    std::string translation = taken(result);
+    if (!isTranslated)
+        throw TranslationEngineError(translation);
+    return translation;
+}
+
+TranslationCatalogueSource TranslationCatalogueSource::ofEngine() {
+    const CatalogueSource source = tessarune_catalogue_source();
+    return {copied(source.endpoint) + "/v1/buckets/main/collections/" + copied(source.collection) +
+                "/records",
+            copied(source.attachments), static_cast<int>(source.majorVersion)};
+}
+
+} // namespace tessarune

@@ -1,0 +1,289 @@
+#include "Tessarune/platform/translation-engine/TranslationModelInventory.h"
+
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
+
+#include <map>
+#include <mutex>
+#include <vector>
+
+namespace tessarune {
+
+namespace {
+
+constexpr const char* catalogueName = "catalogue.json";
+/// The published one has less than one megabyte.
+constexpr std::uint64_t largestCatalogue = 16'000'000;
+
+[[noreturn]] void failUnknown(const std::string& id) {
+    throw std::runtime_error("There is no translation to the language " + id + ".");
+}
+
+/// Platform identifiers.
+struct Languages {
+    std::string source;
+    std::string target;
+
+    auto operator<=>(const Languages&) const = default;
+};
+
+/// Of a target that is offered.
+Languages languagesFor(const std::string& id) {
+    if (TranslationSupport::targetLanguage(id) == nullptr)
+        failUnknown(id);
+    return {TranslationSupport::appleLanguageIdentifier(TranslationSupport::defaultSourceLanguage),
+            TranslationSupport::appleLanguageIdentifier(id)};
+}
+
+} // namespace
+
+struct TranslationModelInventory::Shared {
+    Shared(Host& itsHost, ModelStore& itsStore, ModelInstaller& itsInstaller, DownloadPolicy policy,
+           TranslationCatalogueSource itsSource)
+        : host(itsHost),
+          main(Executor::main(itsHost)),
+          store(itsStore),
+          installer(itsInstaller),
+          downloader(itsStore.files(), std::move(policy)),
+          source(std::move(itsSource)) {}
+
+    Host& host;
+    Executor main;
+    ModelStore& store;
+    ModelInstaller& installer;
+    Downloader downloader;
+    TranslationCatalogueSource source;
+    std::optional<Executor> network; ///< waits for the catalogue; made when first needed
+
+    using Pointer = std::shared_ptr<Shared>;
+    using Waiters = std::vector<OneShot<std::exception_ptr>>;
+    std::map<Languages, Waiters> onTheWay; ///< main queue
+
+    mutable std::mutex mutex;
+    mutable std::shared_ptr<const TranslationCatalogue> current; ///< guarded by the mutex
+
+    std::filesystem::path catalogueFile() const {
+        return store.folder(ModelKind::translation, "any").parent_path() / catalogueName;
+    }
+
+    std::shared_ptr<const TranslationCatalogue> catalogue() const {
+        const std::lock_guard lock(mutex);
+        if (!current)
+            current = std::make_shared<const TranslationCatalogue>(kept());
+        return current;
+    }
+
+    TranslationCatalogue kept() const {
+        try {
+            if (store.files().exists(catalogueFile()))
+                return TranslationCatalogue::parse(store.files().read(catalogueFile()), source);
+        } catch (const std::exception& failure) {
+            TessaruneLog::translation.notice(
+                [&] { return std::string("the kept catalogue is of no use: ") + failure.what(); });
+        }
+        return TranslationCatalogue::builtIn();
+    }
+
+    std::optional<StoredModel> whole(const TranslationPair& pair) const {
+        std::optional<StoredModel> model = store.find(ModelKind::translation, pair.modelName());
+        return model && model->damage.empty() ? model : std::nullopt;
+    }
+
+    /// Brings the newest catalogue; the one that is there has to do if that fails.
+    static Task<void> refreshCatalogue(Pointer self, std::stop_token stop) {
+        if (!self->network)
+            self->network = Executor::queue(
+                self->host, self->host.serialQueue("tessarune.catalogue", QueuePriority::utility));
+        std::exception_ptr failure;
+        try {
+            Task<std::string> fetching =
+                self->downloader.fetchText(*self->network, "The list of translation models",
+                                           self->source.records, largestCatalogue, stop);
+            const std::string text = co_await fetching;
+            auto fetched = std::make_shared<const TranslationCatalogue>(
+                TranslationCatalogue::parse(text, self->source));
+            self->store.files().createDirectories(self->catalogueFile().parent_path());
+            self->store.files().writeAtomically(self->catalogueFile(), text);
+            const std::lock_guard lock(self->mutex);
+            self->current = std::move(fetched);
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        const SwitchTo toMain = switchTo(self->main);
+        co_await toMain;
+        if (failure)
+            std::rethrow_exception(failure);
+    }
+
+    static Task<void> install(Pointer self, Languages languages,
+                              ModelInstaller::ProgressHandler progress, std::stop_token stop) {
+        if (self->isInstalled(languages))
+            co_return;
+        std::exception_ptr failure;
+        try {
+            Task<void> refreshing = refreshCatalogue(self, stop);
+            co_await refreshing;
+        } catch (const DownloadStopped&) {
+            throw;
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        // Which pair serves is known for certain only now.
+        const std::optional<TranslationPair> pair = self->pairFor(languages);
+        std::optional<AvailableModel> model = pair ? self->catalogue()->model(*pair) : std::nullopt;
+        if (!model && failure)
+            std::rethrow_exception(failure);
+        if (!model)
+            throw std::runtime_error("There is no translation model from " + languages.source +
+                                     " to " + languages.target + ".");
+        Task<void> installing =
+            self->installer.install(std::move(*model), std::move(progress), stop);
+        co_await installing;
+    }
+
+    /// Main queue. Begins the job or joins the one that is under way.
+    static void join(const Pointer& self, const Languages& languages,
+                     const OneShot<std::exception_ptr>& outcome) {
+        Waiters& waiters = self->onTheWay[languages];
+        waiters.push_back(outcome);
+        if (waiters.size() == 1)
+            spawn(self->main, run(self, languages));
+    }
+
+    static Task<void> run(Pointer self, Languages languages) {
+        std::exception_ptr failure;
+        try {
+            Task<void> installing = install(self, languages, {}, {});
+            co_await installing;
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        const auto job = self->onTheWay.extract(languages);
+        for (const auto& waiter : job.mapped())
+            waiter.resume(failure);
+    }
+
+    bool isInstalled(const Languages& languages) const {
+        const std::optional<TranslationPair> pair = pairFor(languages);
+        return pair && whole(*pair);
+    }
+
+    std::optional<TranslationPair> pairFor(const Languages& languages) const {
+        const std::vector<TranslationPair> candidates =
+            LanguagePairs::candidates(languages.source, languages.target);
+        const auto known = catalogue();
+        for (const bool isForTraditional : {false, true}) {
+            for (const TranslationPair& pair : candidates) {
+                if (pair.isForTraditional == isForTraditional && whole(pair))
+                    return pair;
+            }
+            for (const TranslationPair& pair : candidates) {
+                if (pair.isForTraditional == isForTraditional && known->lists(pair))
+                    return pair;
+            }
+        }
+        return std::nullopt;
+    }
+
+    TranslationLanguageState stateOf(const std::string& id) const {
+        TranslationLanguageState state;
+        state.id = id;
+        const std::optional<TranslationPair> pair = pairFor(languagesFor(id));
+        if (!pair)
+            return state;
+        const std::optional<StoredModel> model =
+            store.find(ModelKind::translation, pair->modelName());
+        state.status = TranslationAvailabilityStatus::supported;
+        if (model) {
+            state.bytes = model->bytes();
+            state.isRemovable = model->isRemovable;
+            state.damage = model->damage;
+            if (model->damage.empty())
+                state.status = TranslationAvailabilityStatus::installed;
+        } else if (const auto available = catalogue()->model(*pair)) {
+            for (const FileToFetch& file : available->files)
+                state.bytes += file.bytes;
+        }
+        return state;
+    }
+
+    static Task<void> download(Pointer self, std::string id,
+                               std::function<void(TranslationDownloadProgress)> progress,
+                               std::stop_token stop) {
+        const Languages languages = languagesFor(id);
+        if (!self->pairFor(languages))
+            failUnknown(id);
+        ModelInstaller::ProgressHandler handler;
+        if (progress) {
+            handler = [progress = std::move(progress)](ModelInstaller::Progress now) {
+                progress({now.received, now.expected});
+            };
+        }
+        Task<void> installing = install(self, languages, std::move(handler), std::move(stop));
+        co_await installing;
+    }
+
+    void remove(const std::string& id) const {
+        const std::optional<TranslationPair> pair = pairFor(languagesFor(id));
+        if (!pair)
+            failUnknown(id);
+        store.remove(ModelKind::translation, pair->modelName());
+    }
+};
+
+TranslationModelInventory::TranslationModelInventory(Host& host, ModelStore& store,
+                                                     ModelInstaller& installer,
+                                                     DownloadPolicy policy,
+                                                     TranslationCatalogueSource source)
+    : shared_(
+          std::make_shared<Shared>(host, store, installer, std::move(policy), std::move(source))) {}
+
+std::optional<TranslationPair> TranslationModelInventory::pairFor(std::string_view source,
+                                                                  std::string_view target) const {
+    return shared_->pairFor({std::string(source), std::string(target)});
+}
+
+TranslationAvailabilityStatus TranslationModelInventory::status(std::string_view source,
+                                                                std::string_view target) const {
+    const std::optional<TranslationPair> pair = pairFor(source, target);
+    if (!pair)
+        return TranslationAvailabilityStatus::unsupported;
+    return shared_->whole(*pair) ? TranslationAvailabilityStatus::installed
+                                 : TranslationAvailabilityStatus::supported;
+}
+
+Task<void> TranslationModelInventory::bring(std::string source, std::string target,
+                                            Executor executor) {
+    const std::shared_ptr<Shared> shared = shared_;
+    const Languages languages{std::move(source), std::move(target)};
+    OneShot<std::exception_ptr> outcome(executor);
+    shared->main.run([shared, languages, outcome] { Shared::join(shared, languages, outcome); });
+    const std::exception_ptr failure = co_await outcome;
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
+void TranslationModelInventory::forget(const StoredModel& damaged) {
+    if (damaged.isRemovable)
+        shared_->store.remove(ModelKind::translation, damaged.name);
+}
+
+TranslationLanguages TranslationModelInventory::languages() {
+    const std::shared_ptr<Shared> shared = shared_;
+    TranslationLanguages functions;
+    functions.list = [shared] {
+        std::vector<TranslationLanguageState> states;
+        for (const auto& language : TranslationSupport::targetLanguages())
+            states.push_back(shared->stateOf(language.id));
+        return states;
+    };
+    functions.download = [shared](std::string id,
+                                  std::function<void(TranslationDownloadProgress)> progress,
+                                  std::stop_token stop) {
+        return Shared::download(shared, std::move(id), std::move(progress), std::move(stop));
+    };
+    functions.remove = [shared](const std::string& id) { shared->remove(id); };
+    return functions;
+}
+
+} // namespace tessarune

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "Tessarune/platform/model-store/ModelInstaller.h"
+#include "Tessarune/platform/translation-engine/TranslationCatalogue.h"
+#include "Tessarune/translation/TranslationLanguages.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tessarune {
+
+/// Which language pairs are on this computer, which can be had, and how to get them: the catalogue
+/// against the model store. The catalogue is the one that was fetched last, which is kept beside
+/// the models, or the built-in one; it is fetched anew with every download and at no other time.
+///
+/// Any thread, but for making it and for what `languages` gives: those are for the main queue.
+/// Store and installer must outlive it and every operation that it has begun.
+class TranslationModelInventory {
+  public:
+    /// `policy` is for the catalogue; the files follow that of the installer.
+    TranslationModelInventory(
+        Host& host, ModelStore& store, ModelInstaller& installer, DownloadPolicy policy = {},
+        TranslationCatalogueSource source = TranslationCatalogueSource::ofEngine());
+
+    /// The pair that serves these platform identifiers: one that is installed, or else one that is
+    /// listed, or nothing. A pair that needs a conversion comes last.
+    std::optional<TranslationPair> pairFor(std::string_view source, std::string_view target) const;
+
+    /// Looks at the disk, never at the network.
+    TranslationAvailabilityStatus status(std::string_view source, std::string_view target) const;
+
+    /// Returns when a model for these platform identifiers stands in the store, on `executor`;
+    /// throws DownloadFailed and others, each with a text that can be shown. A model is on its way
+    /// once for all who wait, and arrives also when nobody waits any more. A damaged one is
+    /// replaced.
+    Task<void> bring(std::string source, std::string target, Executor executor);
+
+    /// A model whose files turned out to be damaged is removed, so that `bring` fetches it.
+    void forget(const StoredModel& damaged);
+
+    /// Functions over this object; it must outlive them.
+    TranslationLanguages languages();
+
+  private:
+    struct Shared;
+    std::shared_ptr<Shared> shared_;
+};
+
+} // namespace tessarune
