@@ -89,7 +89,8 @@ struct ModelInstaller::Shared {
     Executor main;
     ModelStore& store;
     Downloader downloader;
-    std::vector<Executor> lanes; ///< threads that wait for the network; made when first needed
+    /// Threads that wait for the network; made when first needed.
+    std::vector<std::shared_ptr<SerialQueue>> lanes;
     std::map<Key, std::shared_ptr<Job>> jobs;
 
     using Pointer = std::shared_ptr<Shared>;
@@ -154,7 +155,7 @@ struct ModelInstaller::Shared {
         Task<void> fetching = fetchAll(self, job);
         co_await fetching;
         // Sums of hundreds of megabytes: not on the main queue.
-        const SwitchTo away = switchTo(self->lanes.front());
+        const SwitchTo away = switchTo(Executor::queue(self->host, self->lanes.front()));
         co_await away;
         std::vector<std::string> names;
         for (const FileToFetch& file : model.files)
@@ -181,11 +182,12 @@ struct ModelInstaller::Shared {
 
     static Task<void> fetchAll(Pointer self, JobPointer job) {
         while (self->lanes.size() < filesAtATime)
-            self->lanes.push_back(Executor::queue(
-                self->host, self->host.serialQueue("tessarune.download", QueuePriority::utility)));
+            self->lanes.push_back(
+                self->host.serialQueue("tessarune.download", QueuePriority::utility));
         std::vector<TaskHandle> fetching;
-        for (const Executor& lane : self->lanes)
-            fetching.push_back(spawn(self->main, fetchOnLane(self, job, lane)));
+        for (const auto& lane : self->lanes)
+            fetching.push_back(
+                spawn(self->main, fetchOnLane(self, job, Executor::queue(self->host, lane))));
         for (TaskHandle& handle : fetching) {
             OneShot<bool> finished = handle.finished();
             co_await finished;
@@ -238,6 +240,9 @@ ModelInstaller::ModelInstaller(Host& host, ModelStore& store, DownloadPolicy pol
 ModelInstaller::~ModelInstaller() {
     for (const auto& [key, job] : shared_->jobs)
         job->stop.request_stop();
+    // Also what nobody waits for any more may still be at work on the disk.
+    for (const auto& lane : shared_->lanes)
+        lane->sync([] {});
 }
 
 Task<void> ModelInstaller::install(AvailableModel model, ProgressHandler progress,

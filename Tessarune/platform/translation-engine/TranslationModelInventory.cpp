@@ -53,7 +53,8 @@ struct TranslationModelInventory::Shared {
     ModelInstaller& installer;
     Downloader downloader;
     TranslationCatalogueSource source;
-    std::optional<Executor> network; ///< waits for the catalogue; made when first needed
+    std::shared_ptr<SerialQueue> network; ///< waits for the catalogue; made when first needed
+    std::stop_source ending;
 
     using Pointer = std::shared_ptr<Shared>;
     using Waiters = std::vector<OneShot<std::exception_ptr>>;
@@ -92,13 +93,16 @@ struct TranslationModelInventory::Shared {
     /// Brings the newest catalogue; the one that is there has to do if that fails.
     static Task<void> refreshCatalogue(Pointer self, std::stop_token stop) {
         if (!self->network)
-            self->network = Executor::queue(
-                self->host, self->host.serialQueue("tessarune.catalogue", QueuePriority::utility));
+            self->network = self->host.serialQueue("tessarune.catalogue", QueuePriority::utility);
+        std::stop_source either;
+        const auto request = [&either] { either.request_stop(); };
+        const std::stop_callback onStop(stop, request);
+        const std::stop_callback onEnd(self->ending.get_token(), request);
         std::exception_ptr failure;
         try {
-            Task<std::string> fetching =
-                self->downloader.fetchText(*self->network, "The list of translation models",
-                                           self->source.records, largestCatalogue, stop);
+            Task<std::string> fetching = self->downloader.fetchText(
+                Executor::queue(self->host, self->network), "The list of translation models",
+                self->source.records, largestCatalogue, either.get_token());
             const std::string text = co_await fetching;
             auto fetched = std::make_shared<const TranslationCatalogue>(
                 TranslationCatalogue::parse(text, self->source));
@@ -237,6 +241,12 @@ TranslationModelInventory::TranslationModelInventory(Host& host, ModelStore& sto
                                                      TranslationCatalogueSource source)
     : shared_(
           std::make_shared<Shared>(host, store, installer, std::move(policy), std::move(source))) {}
+
+TranslationModelInventory::~TranslationModelInventory() {
+    shared_->ending.request_stop();
+    if (shared_->network)
+        shared_->network->sync([] {}); // it may be at work on the disk
+}
 
 std::optional<TranslationPair> TranslationModelInventory::pairFor(std::string_view source,
                                                                   std::string_view target) const {

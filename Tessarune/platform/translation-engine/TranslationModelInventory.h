@@ -16,13 +16,17 @@ namespace tessarune {
 /// the models, or the built-in one; it is fetched anew with every download and at no other time.
 ///
 /// Any thread, but for making it and for what `languages` gives: those are for the main queue.
-/// Store and installer must outlive it and every operation that it has begun.
+/// Store and installer must outlive it. Dropping it stops the catalogue that is on its way and
+/// waits for that; a model that is on its way is the installer's.
 class TranslationModelInventory {
   public:
     /// `policy` is for the catalogue; the files follow that of the installer.
     TranslationModelInventory(
         Host& host, ModelStore& store, ModelInstaller& installer, DownloadPolicy policy = {},
         TranslationCatalogueSource source = TranslationCatalogueSource::ofEngine());
+    ~TranslationModelInventory();
+    TranslationModelInventory(const TranslationModelInventory&) = delete;
+    TranslationModelInventory& operator=(const TranslationModelInventory&) = delete;
 
     /// The pair that serves these platform identifiers: one that is installed, or else one that is
     /// listed, or nothing. A pair that needs a conversion comes last.

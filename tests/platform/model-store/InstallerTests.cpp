@@ -5,12 +5,12 @@
 #include "Tessarune/platform/model-store/Checksums.h"
 #include "Tessarune/platform/model-store/ModelInstaller.h"
 #include "tests/platform/model-store/FaultyServer.h"
+#include "tests/platform/model-store/PackedBytes.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 #include <spawn.h>
 #include <sys/wait.h>
-#include <zstd.h>
 
 #include <algorithm>
 #include <fstream>
@@ -38,18 +38,6 @@ std::uint32_t crcOf(const std::string& bytes) {
     CRC32C sum;
     sum.update(bytes);
     return sum.value();
-}
-
-std::string sha256Of(const std::string& bytes) {
-    SHA256 sum;
-    sum.update(bytes);
-    return sum.hex();
-}
-
-std::string packed(const std::string& bytes) {
-    std::string out(ZSTD_compressBound(bytes.size()), '\0');
-    out.resize(ZSTD_compress(out.data(), out.size(), bytes.data(), bytes.size(), 3));
-    return out;
 }
 
 DownloadPolicy impatient() {
