@@ -30,6 +30,8 @@ namespace {
 
 /// How often the end of a stop is looked for, once the session is idle.
 constexpr double lookAgainSeconds = 0.01;
+/// A recogniser that is behind and gets no further for so long is not waited for.
+constexpr double longestStandstillSeconds = 30;
 
 /// Everything of one run, in one place that outlives all its callbacks.
 class CaptionsRun {
@@ -51,10 +53,12 @@ class CaptionsRun {
     void observeStore();
     Task<void> startListening();
     [[noreturn]] void failStart();
+    Task<void> catchUp();
     Task<void> stopListening();
     void tellSaved();
     void endWith(std::exception_ptr failure);
-    double takenSeconds() const;
+    double heardSeconds() const;
+    double secondsBehind() const;
 
     void say(const std::string& text) const { output_.status(text); }
     Host& host() const { return program_.host; }
@@ -68,6 +72,7 @@ class CaptionsRun {
     std::optional<DataFolderLock> dataFolder_;
     std::unique_ptr<ASREventLog::Writer> eventLog_;
     std::unique_ptr<PermissionsManager> permissions_;
+    SpeechEngine engine_;
     std::shared_ptr<LiveTranscriptStore> store_;
     OneShot<bool> started_;
     OneShot<std::string> ended_; ///< empty for a good end, else what went wrong
@@ -91,7 +96,7 @@ CaptionsRun::CaptionsRun(Program& program, const TerminalOptions& options, Capti
       output_(makeOutput(program, options)),
       sound_(program.host, {[this](const std::string& text) { say(text); },
                             [this](std::exception_ptr failure) { endWith(std::move(failure)); },
-                            [this] { return takenSeconds(); }}),
+                            [this] { return heardSeconds(); }}),
       started_(Executor::main(program.host)),
       ended_(Executor::main(program.host)) {}
 
@@ -110,6 +115,8 @@ Task<void> CaptionsRun::run() {
         sound_.begin();
     }
     const std::string problem = co_await ended_;
+    Task<void> catchingUp = catchUp();
+    co_await catchingUp;
     Task<void> stopping = stopListening();
     co_await stopping;
     tellSaved();
@@ -182,7 +189,9 @@ void CaptionsRun::makeStore() {
     auto recorder =
         AudioSessionRecorder::create(host(), program_.files, program_.logger,
                                      program_.catalog.forRecorder(), makeSwresampleConverter);
-    store_ = LiveTranscriptStore::make({.speech = program_.speechPlatform(),
+    SpeechPlatform speech = program_.speechPlatform();
+    engine_ = speech.engine;
+    store_ = LiveTranscriptStore::make({.speech = std::move(speech),
                                         .sound = server,
                                         .files = program_.files,
                                         .settings = program_.settings,
@@ -283,16 +292,37 @@ void CaptionsRun::endWith(std::exception_ptr failure) {
     }
 }
 
-double CaptionsRun::takenSeconds() const {
+/// How far the recogniser has come. Called from the file's queue too.
+double CaptionsRun::heardSeconds() const {
     const PerfStats stats = store_->liveTranscriber().perfStats();
-    const auto value = [&](const char* name) {
-        const auto found = stats.find(name);
-        return found == stats.end() ? 0.0 : found->second;
-    };
-    const double batches = value("analyzerInputBatches");
-    return batches == 0
-               ? 0
-               : value("convertedAudioSeconds") * (1 - value("analyzerInputsWaiting") / batches);
+    const auto converted = stats.find("convertedAudioSeconds");
+    return converted == stats.end() ? 0 : converted->second - secondsBehind();
+}
+
+double CaptionsRun::secondsBehind() const {
+    const PerfStats stats = store_->liveTranscriber().perfStats();
+    const auto batches = stats.find("analyzerInputBatches");
+    const auto waiting = stats.find("analyzerInputsWaiting");
+    const auto converted = stats.find("convertedAudioSeconds");
+    if (batches == stats.end() || waiting == stats.end() || batches->second == 0)
+        return 0;
+    return converted->second * waiting->second / batches->second + engine_.unheardSeconds();
+}
+
+/// A file is over before a slow computer has heard it; live sound that was stopped by hand is not
+/// waited for longer than the session's own drain.
+Task<void> CaptionsRun::catchUp() {
+    double least = secondsBehind();
+    double movedAt = host().now();
+    while (!interrupted_ && secondsBehind() > 0 &&
+           host().now() - movedAt < longestStandstillSeconds) {
+        Task<bool> waiting = sleep(main(), lookAgainSeconds);
+        co_await waiting;
+        if (secondsBehind() < least) {
+            least = secondsBehind();
+            movedAt = host().now();
+        }
+    }
 }
 
 void CaptionsRun::interrupt() {

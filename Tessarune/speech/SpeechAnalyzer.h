@@ -58,6 +58,9 @@ struct SpeechEngine {
     /// An analyzer that works for this transcriber, of the highest priority, its model kept for the
     /// life of the process.
     std::function<std::shared_ptr<SpeechAnalyzer>(std::shared_ptr<SpeechTranscriber>)> makeAnalyzer;
+    /// Seconds of sound that the running analyzer has taken and not looked at yet: how far it is
+    /// behind. Any thread.
+    std::function<double()> unheardSeconds = [] { return 0.0; };
 };
 
 } // namespace tessarune

@@ -59,11 +59,13 @@ MoonshineSpeechAnalyzer::MoonshineSpeechAnalyzer(Host& host, Executor worker,
                                                  std::shared_ptr<SpeechModels> models,
                                                  const MoonshineSpeechTranscriber& transcriber,
                                                  AsyncStream<SpeechResult> results,
-                                                 RecognitionPolicy policy)
+                                                 RecognitionPolicy policy,
+                                                 std::shared_ptr<RecognitionBacklog> backlog)
     : worker_(std::move(worker)),
       main_(Executor::main(host)),
-      session_(std::make_shared<RecognitionSession>(
-          host, worker_, std::move(models), transcriber.options(), std::move(results), policy)) {}
+      session_(std::make_shared<RecognitionSession>(host, worker_, std::move(models),
+                                                    transcriber.options(), std::move(results),
+                                                    policy, std::move(backlog))) {}
 
 MoonshineSpeechAnalyzer::~MoonshineSpeechAnalyzer() {
     abandon();

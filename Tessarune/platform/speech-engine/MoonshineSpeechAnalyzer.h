@@ -32,7 +32,8 @@ class MoonshineSpeechAnalyzer final : public SpeechAnalyzer {
   public:
     MoonshineSpeechAnalyzer(Host& host, Executor worker, std::shared_ptr<SpeechModels> models,
                             const MoonshineSpeechTranscriber& transcriber,
-                            AsyncStream<SpeechResult> results, RecognitionPolicy policy);
+                            AsyncStream<SpeechResult> results, RecognitionPolicy policy,
+                            std::shared_ptr<RecognitionBacklog> backlog);
     ~MoonshineSpeechAnalyzer() override;
 
     AudioFormat bestAvailableAudioFormat() const override { return {speechSampleRate, 1}; }

@@ -24,12 +24,14 @@ constexpr auto samplesIn(double seconds) {
 RecognitionSession::RecognitionSession(Host& host, Executor worker,
                                        std::shared_ptr<SpeechModels> models,
                                        SpeechTranscriberOptions options,
-                                       AsyncStream<SpeechResult> results, RecognitionPolicy policy)
+                                       AsyncStream<SpeechResult> results, RecognitionPolicy policy,
+                                       std::shared_ptr<RecognitionBacklog> backlog)
     : host_(host),
       worker_(std::move(worker)),
       models_(std::move(models)),
       results_(std::move(results)),
       policy_(policy),
+      backlog_(std::move(backlog)),
       reader_(std::move(options)) {}
 
 void RecognitionSession::prepare() {
@@ -65,6 +67,7 @@ void RecognitionSession::take(const AudioBuffer& buffer) {
             throw std::runtime_error("The speech engine was given sound in a wrong format.");
         stream_->add(buffer.samples);
         takenSamples_ += buffer.samples.size();
+        backlog_->seconds = backlog_->seconds + buffer.seconds();
         recent_.insert(recent_.end(), buffer.samples.begin(), buffer.samples.end());
         if (recent_.size() > samplesIn(recentSeconds))
             recent_.erase(recent_.begin(),
@@ -104,6 +107,7 @@ void RecognitionSession::pass() {
     nextPassAt_ = began + std::max(policy_.passInterval, policy_.passCostFactor * took);
     hasNewSound_ = false;
     deliver(transcript);
+    backlog_->seconds = 0;
     if (reader_.hasOpenLine()) {
         busySeconds_ += took;
         ++busyPasses_;
@@ -145,6 +149,7 @@ void RecognitionSession::finish() {
 
 void RecognitionSession::release() {
     stream_.reset();
+    backlog_->seconds = 0;
     if (busyPasses_ > 0)
         models_->observe(model_->name(), busySeconds_ / static_cast<double>(busyPasses_),
                          busyPasses_);

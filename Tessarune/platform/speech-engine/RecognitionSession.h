@@ -7,6 +7,7 @@
 #include "Tessarune/speech/SpeechTranscriber.h"
 #include "TessaruneCore/host/AsyncStream.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -25,6 +26,11 @@ struct RecognitionPolicy {
     std::size_t linesBeforeRestart = 300;
 };
 
+/// How far the running session is behind, for those who can wait for it. Any thread.
+struct RecognitionBacklog {
+    std::atomic<double> seconds = 0; ///< of sound that was taken and not looked at yet
+};
+
 /// One session's sound on its way through the engine. Everything happens on the worker queue that
 /// was given, `end` apart; the results go to a stream that is read elsewhere. The first failure of
 /// the engine ends the results with it, and what comes after is dropped.
@@ -32,7 +38,7 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
   public:
     RecognitionSession(Host& host, Executor worker, std::shared_ptr<SpeechModels> models,
                        SpeechTranscriberOptions options, AsyncStream<SpeechResult> results,
-                       RecognitionPolicy policy);
+                       RecognitionPolicy policy, std::shared_ptr<RecognitionBacklog> backlog);
 
     /// Loads the model and runs half a second of silence through it. Throws.
     void prepare();
@@ -68,6 +74,7 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     std::shared_ptr<SpeechModels> models_;
     AsyncStream<SpeechResult> results_;
     RecognitionPolicy policy_;
+    std::shared_ptr<RecognitionBacklog> backlog_;
     TranscriptReader reader_;
 
     std::shared_ptr<MoonshineModel> model_;

@@ -25,14 +25,16 @@ SpeechEngine makeSpeechEngine(Host& host, ModelStore& store,
         return std::make_shared<MoonshineSpeechTranscriber>(std::move(options),
                                                             std::move(resultsExecutor));
     };
+    auto backlog = std::make_shared<RecognitionBacklog>();
+    engine.unheardSeconds = [backlog] { return backlog->seconds.load(); };
     engine.makeAnalyzer =
-        [&host, worker, models, policy](
+        [&host, worker, models, policy, backlog](
             std::shared_ptr<SpeechTranscriber> transcriber) -> std::shared_ptr<SpeechAnalyzer> {
         const auto ours = std::dynamic_pointer_cast<MoonshineSpeechTranscriber>(transcriber);
         if (!ours)
             throw std::logic_error("an analyzer works for a transcriber of its own engine");
         return std::make_shared<MoonshineSpeechAnalyzer>(host, worker, models, *ours,
-                                                         ours->results(), policy);
+                                                         ours->results(), policy, backlog);
     };
     return engine;
 }

@@ -1,0 +1,154 @@
+// The terminal program as a user runs it: real recogniser, real files, a data folder of its own.
+#include "TessaruneCore/text/Text.h"
+#include "tests/support/ProgramRun.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/WordErrorRate.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <fstream>
+#include <sstream>
+
+namespace tessarune::testing {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+const fs::path samples = TESSARUNE_SAMPLE_SPEECH;
+
+std::vector<std::string> lines(const std::string& text) {
+    std::vector<std::string> all;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        all.push_back(line);
+    return all;
+}
+
+class TerminalProgramTests : public ::testing::Test {
+  protected:
+    ProgramRun terminal(std::vector<std::string> arguments) const {
+        return run(fs::path(TESSARUNE_BIN) / "tessarune-terminal", arguments, folder.path(),
+                   environment);
+    }
+    std::string file(const char* sample) const { return "file:" + (samples / sample).string(); }
+
+    TemporaryFolder folder;
+    std::vector<std::string> environment = {"XDG_DATA_HOME=" + (folder / "data").string(),
+                                            "XDG_CONFIG_HOME=" + (folder / "config").string(),
+                                            "LC_ALL=C", "PULSE_SERVER=unix:/nowhere"};
+};
+
+/// What a replay printed as committed rows, without the marks behind them.
+std::vector<std::string> replayedRows(const std::string& output) {
+    std::vector<std::string> rows;
+    for (const auto& line : lines(output)) {
+        const auto mark = line.find(" \xF0\x9F\x8F\x81"); // the chequered flag
+        if (mark != std::string::npos && mark + 5 == line.size())
+            rows.push_back(line.substr(0, mark));
+    }
+    return rows;
+}
+
+TEST_F(TerminalProgramTests, ALiveRunAndTheReplayOfItsEventLogCommitTheSameSentences) {
+    const ProgramRun live = terminal(
+        {"--source", file("two_cities.wav"), "--fast", "--quiet", "--event-log", "talk.ndjson"});
+    EXPECT_EQ(live.status, 0) << live.error;
+    EXPECT_EQ(live.error, "");
+    const std::string reference = bytes(fs::path(TESSARUNE_TEST_DATA) / "speech/two_cities.txt");
+    EXPECT_LE(wordErrorRate(reference, live.output), 0.15) << live.output;
+
+    const ProgramRun replay = run(fs::path(TESSARUNE_BIN) / "tessarune",
+                                  {"--replay", "talk.ndjson", "--self-segments", "--no-clause"},
+                                  folder.path(), environment);
+    EXPECT_EQ(replayedRows(replay.output), lines(live.output)) << replay.output;
+}
+
+TEST_F(TerminalProgramTests, TheSessionIsKeptWithSoundTranscriptAndWordTimes) {
+    const ProgramRun live = terminal({"--source", file("beckett.wav"), "--fast", "--json"});
+    ASSERT_EQ(live.status, 0) << live.error;
+    std::vector<std::string> committed;
+    std::string last;
+    for (const auto& line : lines(live.output)) {
+        const Json object = Json::parse(line);
+        last = object["type"];
+        if (last == "committed")
+            committed.push_back(object["text"]);
+    }
+    EXPECT_EQ(last, "end");
+    ASSERT_FALSE(committed.empty());
+
+    const ProgramRun list = terminal({"--list", "--json"});
+    ASSERT_EQ(lines(list.output).size(), 1u) << list.output;
+    const Json recording = Json::parse(list.output);
+    const std::string sound = recording["file"];
+    EXPECT_TRUE(sound.ends_with(".m4a")) << sound;
+    EXPECT_GT(fs::file_size(sound), 16384u);
+    EXPECT_NEAR(recording["duration"].get<double>(), 9.9, 0.5);
+
+    const ProgramRun show =
+        terminal({"--show", recording["id"].get<std::string>().substr(0, 6), "--json"});
+    ASSERT_EQ(show.status, 0) << show.error;
+    const Json shown = Json::parse(show.output);
+    EXPECT_EQ(lines(shown["text"]), committed);
+    ASSERT_FALSE(shown["timeline"]["words"].empty());
+    double before = -1;
+    for (const auto& word : shown["timeline"]["words"]) {
+        EXPECT_GE(word["t"].get<double>(), before);
+        before = word["t"];
+    }
+    EXPECT_LE(before, 10.0) << "seconds from the start of the recording";
+}
+
+TEST_F(TerminalProgramTests, NothingIsLeftBehindByASessionThatIsNotRecorded) {
+    const ProgramRun live =
+        terminal({"--source", file("beckett.wav"), "--fast", "--quiet", "--no-record"});
+    EXPECT_EQ(live.status, 0) << live.error;
+    EXPECT_FALSE(live.output.empty());
+    EXPECT_FALSE(fs::exists(folder / "data/Tessarune/recordings.json"));
+    EXPECT_FALSE(fs::exists(folder / "data/Tessarune/Transcripts"));
+    EXPECT_EQ(terminal({"--list", "--quiet"}).output, "");
+}
+
+TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
+    std::ofstream(folder / "words.txt") << "no sound";
+    const struct {
+        std::vector<std::string> arguments;
+        int status;
+        const char* says;
+    } cases[] = {
+        {{"--source", "radio"}, 64, "radio"},
+        {{"--source", "file:words.txt"}, 66, "words.txt"},
+        {{"--source", "file:missing.wav"}, 66, "missing.wav"},
+        {{"--show", "FEED"}, 67, "FEED"},
+        {{"--source", "mic"}, 69, "no sound server"},
+        {{"--source", "system"}, 69, "no sound server"},
+        {{"--list-sources"}, 69, "no sound server"},
+        {{"--source", file("beckett.wav"), "--event-log", "no/such/folder.ndjson"},
+         73,
+         "no/such/folder"},
+        {{"--model", "remove", "tiny-en"}, 78, "tiny-en"},
+    };
+    for (const auto& c : cases) {
+        const ProgramRun result = terminal(c.arguments);
+        EXPECT_EQ(result.status, c.status) << c.says << ": " << result.error;
+        EXPECT_NE((result.error + result.output).find(c.says), std::string::npos) << result.error;
+    }
+}
+
+/// The program alone in a folder: neither the engine nor a model is where it looks.
+TEST_F(TerminalProgramTests, WithoutItsModelTheProgramSaysSoAndListsWhatThereIsToGet) {
+    const fs::path alone = folder / "tessarune-terminal";
+    fs::copy_file(fs::path(TESSARUNE_BIN) / "tessarune-terminal", alone);
+    const ProgramRun captions =
+        run(alone, {"--source", file("beckett.wav"), "--quiet"}, folder.path(), environment);
+    EXPECT_EQ(captions.status, 78) << captions.error;
+    EXPECT_NE(captions.error, "");
+    const ProgramRun models = run(alone, {"--model", "list"}, folder.path(), environment);
+    EXPECT_EQ(models.status, 0);
+    EXPECT_NE(models.output.find("can be downloaded"), std::string::npos) << models.output;
+}
+
+} // namespace
+} // namespace tessarune::testing
