@@ -1,5 +1,6 @@
 // The terminal program as a user runs it: real recogniser, real files, a data folder of its own.
 #include "TessaruneCore/text/Text.h"
+#include "tests/support/FileContents.h"
 #include "tests/support/ProgramRun.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WordErrorRate.h"
@@ -56,7 +57,7 @@ TEST_F(TerminalProgramTests, ALiveRunAndTheReplayOfItsEventLogCommitTheSameSente
         {"--source", file("two_cities.wav"), "--fast", "--quiet", "--event-log", "talk.ndjson"});
     EXPECT_EQ(live.status, 0) << live.error;
     EXPECT_EQ(live.error, "");
-    const std::string reference = bytes(fs::path(TESSARUNE_TEST_DATA) / "speech/two_cities.txt");
+    const std::string reference = contentsOf(fs::path(TESSARUNE_TEST_DATA) / "speech/two_cities.txt");
     EXPECT_LE(wordErrorRate(reference, live.output), 0.15) << live.output;
 
     const ProgramRun replay = run(fs::path(TESSARUNE_BIN) / "tessarune",
