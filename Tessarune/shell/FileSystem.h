@@ -49,7 +49,7 @@ class FileSystem {
     /// Creates the file, emptying what stood there, and opens it. Its name survives a loss of power
     /// from then on, its bytes once they are synchronized.
     virtual std::unique_ptr<AppendFile> create(const Path& path) = 0;
-    /// Opens a file for writing at its end, creating it if it is missing.
+    /// Opens a file for writing at its end, creating it, as above, if it is missing.
     virtual std::unique_ptr<AppendFile> openForAppending(const Path& path) = 0;
 
     /// Makes the folder and those above it; fine if it is there.

@@ -16,8 +16,8 @@ TEST_F(HistoryItemTests, ListsWhatHasSoundWithItsTrueSize) {
         const char* name;
         std::size_t size;
         bool isListed;
-    } cases[] = {{"1.wav", 44, true},     {"2.WAV", 0, true},      {"3.pcm", 10, true},
-                 {"4.m4a", 16384, false}, {"5.m4a", 16385, true},  {"6.mp3", 20000, true},
+    } cases[] = {{"1.wav", 44, true},     {"2.WAV", 0, true},       {"3.pcm", 10, true},
+                 {"4.m4a", 16384, false}, {"5.m4a", 16385, true},   {"6.mp3", 20000, true},
                  {"7", 100, false},       {"missing.wav", 0, false}};
     std::string expected;
     for (const auto& c : cases) {
@@ -47,9 +47,9 @@ TEST_F(HistoryItemTests, ARowIsReadyToBeShown) {
     catalog.saveBilingualTranscript("a", id);
     auto items = HistoryItemLoader::load(catalog, disk);
     ASSERT_EQ(items.size(), 1U);
-    const HistoryItem expected{
-        id, id, true, true, "2025年10月9日", "16:53:20", "1:01:01", 3661.9, 1, "n",
-        entry.filePath, 2047, 1'760'000'000};
+    const HistoryItem expected{id,           id,     true, true, "2025年10月9日", "16:53:20",
+                               "1:01:01",    3661.9, 1,    "n",  entry.filePath,  2047,
+                               1'760'000'000};
     EXPECT_EQ(items[0], expected);
     setLocalizationTable({{"yyyy年M月d日", "d MMMM yyyy"}, {"zh_Hans_CN", "en_GB"}});
     disk.setContents(catalog.bilingualTranscriptURL(id), "");

@@ -138,7 +138,8 @@ TEST_F(RecordingCatalogTests, AnUnreadableIndexIsKeptAsideAndSalvaged) {
         EXPECT_EQ(disk.contentsOf("/data/recordings.json"), c.index);
         EXPECT_TRUE(catalog.recordings().empty());
         EXPECT_EQ(catalog.saveRefinedTranscript("t", "", {}, a),
-                  c.order.find('a') == std::string::npos ? Outcome::skippedDeleted : Outcome::saved);
+                  c.order.find('a') == std::string::npos ? Outcome::skippedDeleted
+                                                         : Outcome::saved);
         catalog.saveTranscript("text", a);
 
         const UUID id = makeID();
@@ -230,9 +231,8 @@ TEST_F(RecordingCatalogTests, SidecarsThatAreEmptyAreNone) {
     catalog.saveTranscript("good", id);
     disk.refused = "Transcripts/";
     EXPECT_FALSE(catalog.saveTranscript("better", id));
-    EXPECT_EQ(log.back().rfind("Tessarune failed to save source transcript sidecar for " +
-                                   id.text() + ": ",
-                               0),
+    EXPECT_EQ(log.back().rfind(
+                  "Tessarune failed to save source transcript sidecar for " + id.text() + ": ", 0),
               0U);
     EXPECT_FALSE(catalog.saveBilingualTranscript("", id)) << "a removal that fails is a failure";
     EXPECT_FALSE(catalog.saveWordTimeline(timeline({{"a", 0, 1, {}, "k"}}), id));
@@ -264,8 +264,7 @@ TEST_F(RecordingCatalogTests, RefinedTranscriptsReplaceOnlyThoseOfALivingRecordi
     catalog.saveTranscript("in flight", id);
     EXPECT_EQ(catalog.saveRefinedTranscript("late", "late", {}, id), Outcome::skippedDeleted);
     EXPECT_FALSE(hasSidecars(id));
-    EXPECT_EQ(log.back(),
-              "Tessarune refinement skipped: recording " + id.text() + " was deleted");
+    EXPECT_EQ(log.back(), "Tessarune refinement skipped: recording " + id.text() + " was deleted");
     EXPECT_EQ(catalog.saveRefinedSourceTranscript("late", {}, id), Outcome::skippedDeleted);
     EXPECT_EQ(log.back(),
               "Tessarune source refinement skipped: recording " + id.text() + " was deleted");

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <random>
@@ -135,6 +136,58 @@ TEST_F(MediaFileTests, DamageAnywhereEndsAndNeverLoops) {
             }
         }
     }
+}
+
+TEST_F(MediaFileTests, TranscodesToASmallFileOfTheSameLength) {
+    std::vector<double> fractions;
+    const auto source = write("a.wav", wavBytes(tone(20.3, 48000, 500, 2), 48000, 2));
+    transcodeToM4A(source, folder / "a.m4a",
+                   [&](double fraction) { fractions.push_back(fraction); }, {});
+    const auto file = openFFmpegMediaFile(folder / "a.m4a");
+    EXPECT_EQ(file->format(), (AudioFormat{16000, 1}));
+    EXPECT_NEAR(file->duration().value_or(0), 20.3, 0.1);
+    const auto samples = readAll(*file);
+    EXPECT_NEAR(static_cast<double>(samples.size()), 20.3 * 16000, 2048);
+    double energy = 0;
+    int crossings = 0;
+    for (std::size_t i = 16000; i < 176000; ++i) {
+        energy += samples[i] * samples[i];
+        crossings += (samples[i - 1] < 0) != (samples[i] < 0);
+    }
+    EXPECT_NEAR(std::sqrt(energy / 160000), 0.354, 0.03);
+    EXPECT_NEAR(crossings, 10000, 20) << "500 Hz over ten seconds";
+    const auto size = std::filesystem::file_size(folder / "a.m4a");
+    EXPECT_NEAR(static_cast<double>(size), 20.3 * 32000 / 8, 30000);
+    EXPECT_TRUE(std::is_sorted(fractions.begin(), fractions.end()));
+    EXPECT_GT(fractions.size(), 50U);
+    EXPECT_EQ(fractions.back(), 1);
+}
+
+TEST_F(MediaFileTests, ATranscodingThatFailsLeavesWhatWasThere) {
+    const auto source = write("a.wav", wavBytes(tone(5, 16000), 16000));
+    const auto check = [&](const std::filesystem::path& from, const std::filesystem::path& to,
+                           Kind kind, std::stop_token stop = {}) {
+        try {
+            transcodeToM4A(from, to, {}, stop);
+            ADD_FAILURE() << to;
+        } catch (const MediaFileError& error) {
+            EXPECT_EQ(error.kind(), kind) << error.what();
+        }
+    };
+    std::stop_source stopped;
+    stopped.request_stop();
+    const auto old = write("old.m4a", "old");
+    check(source, old, Kind::cancelled, stopped.get_token());
+    check(folder / "missing.wav", old, Kind::cannotOpen);
+    check(source, folder / "no folder" / "a.m4a", Kind::cannotCreate);
+    std::ifstream kept(old);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), "old");
+    std::filesystem::create_symlink("/dev/full", folder / "full.m4a.part");
+    check(source, folder / "full.m4a", Kind::cannotCreate);
+    std::size_t files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+        files += entry.path().extension() == ".part" ? 100 : 1;
+    EXPECT_EQ(files, 2U);
 }
 
 TEST(SwresampleConverterTests, KeepsTheToneAndTheLengthOverManyBuffers) {

@@ -23,6 +23,13 @@ class FaultyFileSystem final : public FileSystem {
   public:
     static constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
 
+    FaultyFileSystem() = default;
+    /// Another disk with the same content; open files stay those of the first.
+    FaultyFileSystem(const FaultyFileSystem& other) : capacity(other.capacity) {
+        for (const auto& [path, node] : other.nodes_)
+            nodes_[path] = std::make_shared<Node>(*node);
+    }
+
     std::uint64_t operations = 0;
     std::uint64_t failAt = never;   ///< this one operation fails
     std::uint64_t failFrom = never; ///< and all from this one on: also how a process is killed
@@ -208,8 +215,7 @@ class FaultyFileSystem final : public FileSystem {
         ++operations;
         if (onOperation)
             onOperation(operation, path);
-        const bool isRefused =
-            !refused.empty() && path.string().find(refused) != std::string::npos;
+        const bool isRefused = !refused.empty() && path.string().find(refused) != std::string::npos;
         if (operations == failAt || operations >= failFrom || isRefused)
             fail(failure, path);
     }

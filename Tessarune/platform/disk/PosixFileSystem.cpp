@@ -168,7 +168,11 @@ std::unique_ptr<AppendFile> PosixFileSystem::create(const Path& path) {
 }
 
 std::unique_ptr<AppendFile> PosixFileSystem::openForAppending(const Path& path) {
-    return std::make_unique<PosixAppendFile>(path, O_WRONLY | O_CREAT);
+    const bool isNew = !exists(path);
+    auto file = std::make_unique<PosixAppendFile>(path, O_WRONLY | O_CREAT);
+    if (isNew)
+        synchronizeFolderOf(path);
+    return file;
 }
 
 void PosixFileSystem::createDirectories(const Path& path) {

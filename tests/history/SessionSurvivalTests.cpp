@@ -1,0 +1,321 @@
+#include "Tessarune/audio/WAVHeader.h"
+#include "Tessarune/history/RecordingAudioCompressor.h"
+#include "Tessarune/history/RecordingRepair.h"
+#include "Tessarune/history/SessionJournal.h"
+#include "tests/history/CatalogFixture.h"
+#include "tests/support/Await.h"
+
+#include <gtest/gtest.h>
+
+namespace tessarune {
+namespace {
+
+using simulation::FaultyFileSystem;
+using PowerLoss = FaultyFileSystem::PowerLoss;
+
+/// A file that only knows how long it is.
+class SilentFile final : public MediaFile {
+  public:
+    explicit SilentFile(double seconds) : seconds_(seconds) {}
+    AudioFormat format() const override { return {16000, 1}; }
+    std::optional<double> duration() const override { return seconds_; }
+    AudioBufferPtr read() override { return nullptr; }
+
+  private:
+    double seconds_;
+};
+
+/// A computer on which one session is recorded; what it was told is what has to hold.
+class Computer : public testing::Catalogued {
+  public:
+    static constexpr int rows = 8;
+    static constexpr std::size_t rowBytes = 2 * 1600;
+
+    Computer() {
+        older = add(1'759'000'000, "older.wav");
+        catalog.saveTranscript("older text", older);
+        disk.operations = 0;
+    }
+
+    /// Start, rows, stop, compress, save: as a session does it.
+    void runSession() {
+        auto recorder = AudioSessionRecorder::create(host, disk, logger, catalog.forRecorder(), {});
+        std::unique_ptr<SessionJournal> journal;
+        recorder->onStarted = [&](const RecordingMetadata& metadata) {
+            id = metadata.id;
+            journal = std::make_unique<SessionJournal>(host, disk, logger,
+                                                       catalog.journalURL(metadata.id),
+                                                       *metadata.monotonicStart, "apple-en");
+        };
+        recorder->onError = [&](const std::string& text) { texts.push_back(text); };
+        try {
+            recorder->start();
+        } catch (const std::system_error&) {
+            return;
+        }
+        if (!id)
+            return;
+        for (int i = 0; i < rows; ++i)
+            hear(*recorder, *journal, i);
+        const auto finished = testing::await(host, recorder->finishAndStop());
+        isFinished = finished && texts.empty() && isOn();
+        if (finished)
+            compress(*finished);
+        isSaved = catalog.saveTranscript(transcript(rows), *id);
+        isSaved = catalog.saveBilingualTranscript("", *id) && isSaved;
+        isSaved = catalog.saveWordTimeline(HistoryWordTimeline(), *id) && isSaved;
+        if (isSaved)
+            journal->discard();
+    }
+
+    RecordingRepair::Report restart() {
+        disk.recover();
+        RecordingRepair repair(disk, catalog, logger);
+        return repair.runAtLaunch();
+    }
+
+    /// Holds whatever happened.
+    void expectOrder() {
+        std::string names = order();
+        ASSERT_NE(names.find("older "), std::string::npos);
+        EXPECT_EQ(disk.contentsOf(catalog.transcriptURL(older)), "older text");
+        EXPECT_EQ(disk.contentsOf("/data/Recordings/older.wav"), std::string(64044, 'x'));
+        for (const auto& entry : catalog.recordings()) {
+            EXPECT_TRUE(disk.has(entry.filePath));
+            EXPECT_TRUE(entry.endedAt);
+        }
+        for (const auto& name : disk.list(paths.transcripts()))
+            EXPECT_FALSE(name.ends_with(".live.ndjson")) << name;
+        const auto report = restart();
+        EXPECT_TRUE(report.recoveredSessions.empty() && !report.rebuiltIndex) << "told once";
+        EXPECT_EQ(order(), names);
+    }
+    /// The session is there with at least so much of its sound, and so many rows.
+    void expectSession(std::size_t bytes, int leastRows) {
+        const auto entry = catalog.recording(*id);
+        ASSERT_TRUE(entry);
+        if (entry->audioFormat == AudioSessionRecorder::audioFormat) {
+            const std::string file = disk.contentsOf(entry->filePath);
+            const auto header = WAVHeader::decoded(file);
+            ASSERT_TRUE(header);
+            EXPECT_EQ(header->dataSize, (file.size() - 44) / 2 * 2);
+            EXPECT_GE(header->dataSize, bytes);
+            EXPECT_EQ(entry->byteCount, static_cast<std::int64_t>(file.size()));
+            EXPECT_EQ(entry->duration, static_cast<double>(header->dataSize) / 32000);
+        }
+        const std::string text = disk.contentsOf(catalog.transcriptURL(*id));
+        EXPECT_TRUE(text.starts_with(transcript(leastRows))) << text;
+    }
+    static std::string transcript(int count) {
+        std::string text;
+        for (int i = 0; i < count; ++i)
+            text += (i > 0 ? "\nrow " : "row ") + std::to_string(i);
+        return text;
+    }
+
+    UUID older;
+    std::optional<UUID> id;
+    int rowsOnDisk = 0; ///< whose lines were written before the process ended
+    bool isFinished = false;
+    bool isSaved = false;
+    std::vector<std::string> texts;
+
+  private:
+    bool isOn() const { return disk.operations < disk.failFrom; }
+
+    void hear(AudioSessionRecorder& recorder, SessionJournal& journal, int i) {
+        recorder.append(std::make_shared<AudioBuffer>(
+            AudioBuffer{{16000, 1}, std::vector<float>(rowBytes / 2, 0.5F)}));
+        CaptionSegment row;
+        row.id = makeID();
+        row.sourceText = "row " + std::to_string(i);
+        row.startedAt = host.now();
+        journal.append(row);
+        host.advanceBy(2);
+        if (isOn())
+            rowsOnDisk = i + 1;
+    }
+    void compress(const RecordingMetadata& recording) {
+        AudioExporter exporter(host, [&](const auto& from, const auto& to, const auto&, auto) {
+            try {
+                disk.read(from);
+                disk.writeAtomically(to, std::string(20000, 'm'));
+            } catch (const std::system_error& error) {
+                throw MediaFileError(MediaFileError::Kind::writeFailed, error.what());
+            }
+        });
+        RecordingAudioCompressor compressor(
+            disk, catalog, logger, exporter,
+            [&](const auto&) { return std::make_unique<SilentFile>(recording.duration); });
+        try {
+            testing::await(host, compressor.compressWAVToM4A(recording, true));
+        } catch (const std::runtime_error&) { // the WAV stays
+        }
+    }
+};
+
+std::uint64_t operationsOfASession() {
+    Computer computer;
+    computer.runSession();
+    EXPECT_TRUE(computer.isSaved && computer.isFinished);
+    const auto operations = computer.disk.operations;
+    EXPECT_TRUE(computer.restart().recoveredSessions.empty());
+    computer.expectOrder();
+    computer.expectSession(0, Computer::rows);
+    EXPECT_EQ(computer.catalog.recording(*computer.id)->audioFormat, "m4a/aac");
+    EXPECT_EQ(computer.disk.list("/data/Recordings").size(), 2U);
+    return operations;
+}
+
+TEST(SessionSurvivalTests, OneFailureAnywhereCostsNothingThatWasGood) {
+    const auto last = operationsOfASession();
+    for (std::uint64_t n = 1; n <= last; ++n) {
+        SCOPED_TRACE("operation " + std::to_string(n));
+        Computer computer;
+        computer.disk.failAt = n;
+        computer.runSession();
+        computer.restart();
+        computer.expectOrder();
+        EXPECT_LE(computer.texts.size(), 1U) << "told once";
+        if (computer.id)
+            computer.expectSession((Computer::rows - 1) * Computer::rowBytes, Computer::rows);
+    }
+}
+
+TEST(SessionSurvivalTests, KilledAnywhereTheNextStartFinishesTheSession) {
+    const auto last = operationsOfASession();
+    std::size_t recovered = 0;
+    for (std::uint64_t n = 1; n <= last; ++n) {
+        SCOPED_TRACE("operation " + std::to_string(n));
+        Computer computer;
+        computer.disk.failFrom = n;
+        computer.runSession();
+        const auto report = computer.restart();
+        recovered += report.recoveredSessions.size();
+        computer.expectOrder();
+        EXPECT_LE(computer.texts.size(), 3U);
+        const bool wasCatalogued = computer.order() != "older ";
+        if (wasCatalogued)
+            computer.expectSession(
+                static_cast<std::size_t>(computer.rowsOnDisk) * Computer::rowBytes,
+                computer.rowsOnDisk);
+        EXPECT_TRUE(wasCatalogued || computer.rowsOnDisk == 0);
+    }
+    EXPECT_GT(recovered, last / 4);
+}
+
+TEST(SessionSurvivalTests, WhatWasReportedSavedSurvivesALossOfPower) {
+    const auto last = operationsOfASession();
+    for (const PowerLoss loss :
+         {PowerLoss::keepsNothing, PowerLoss::keepsSize, PowerLoss::keepsOverwrites}) {
+        for (std::uint64_t n = 1; n <= last + 1; ++n) {
+            SCOPED_TRACE("operation " + std::to_string(n) + ", kind " +
+                         std::to_string(static_cast<int>(loss)));
+            Computer computer;
+            computer.disk.failFrom = n;
+            computer.runSession();
+            computer.disk.losePower(loss);
+            computer.restart();
+            computer.expectOrder();
+            if (computer.rowsOnDisk > 0)
+                computer.expectSession(
+                    computer.isFinished ? Computer::rows * Computer::rowBytes : 0,
+                    computer.isSaved ? Computer::rows : std::max(0, computer.rowsOnDisk - 4));
+        }
+    }
+}
+
+TEST(SessionSurvivalTests, AFullDiskKeepsWhatIsThereAndTheNextSessionRecords) {
+    const auto last = operationsOfASession();
+    for (std::uint64_t n = 1; n <= last; ++n) {
+        SCOPED_TRACE("operation " + std::to_string(n));
+        Computer computer;
+        computer.disk.onOperation = [&](const std::string& operation, const auto&) {
+            const bool needsRoom =
+                operation == "write" || operation == "append" || operation == "create";
+            computer.disk.failAt = needsRoom && computer.disk.operations >= n
+                                       ? computer.disk.operations
+                                       : FaultyFileSystem::never;
+        };
+        computer.disk.failure = std::errc::no_space_on_device;
+        computer.runSession();
+        EXPECT_LE(computer.texts.size(), 2U);
+        computer.disk.onOperation = nullptr;
+        computer.restart();
+        computer.expectOrder();
+        computer.host.advanceBy(1);
+        computer.texts.clear();
+        computer.runSession();
+        EXPECT_TRUE(computer.isSaved && computer.texts.empty());
+        computer.expectSession(0, Computer::rows);
+    }
+}
+
+TEST(SessionSurvivalTests, TheWAVStaysUntilAnM4AOfItsLengthReplacesIt) {
+    using Kind = RecordingAudioCompressor::CompressionError::Kind;
+    const struct {
+        const char* name;
+        double seconds; ///< of the M4A; below zero if it cannot be read
+        const char* refused;
+        bool writes;
+        const char* error;
+        std::vector<std::string> audio;
+    } cases[] = {
+        {"good", 2.4, "", true, "", {"a.m4a"}},
+        {"too short", 1.4, "", true, "导出失败：", {"a.wav"}},
+        {"unreadable", -1, "", true, "导出失败：", {"a.wav"}},
+        {"not written", 2, "", false, "压缩完成但找不到 M4A 文件：", {"a.wav"}},
+        {"not catalogued", 2, "recordings.json", true, "导出失败：", {"a.wav"}},
+        {"WAV stays", 2, "a.wav", true, "", {"a.m4a", "a.wav"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        testing::Catalogued computer;
+        const UUID id = computer.add(10, "a.wav");
+        AudioExporter exporter(computer.host, [&](const auto&, const auto& to, const auto&, auto) {
+            if (c.writes)
+                computer.disk.setContents(to, std::string(20000, 'm'));
+        });
+        RecordingAudioCompressor compressor(
+            computer.disk, computer.catalog, computer.logger, exporter,
+            [&](const auto&) -> std::unique_ptr<MediaFile> {
+                if (c.seconds < 0)
+                    throw MediaFileError(MediaFileError::Kind::damaged, "no");
+                return std::make_unique<SilentFile>(c.seconds);
+            });
+        const auto recording = *computer.catalog.recording(id);
+        std::string error;
+        if (*c.refused)
+            computer.disk.onOperation = [&](const std::string& operation, const auto&) {
+                computer.disk.refused =
+                    operation == "remove" || operation == "write" ? c.refused : "";
+            };
+        try {
+            testing::await(computer.host, compressor.compressWAVToM4A(recording, true));
+        } catch (const std::runtime_error& failure) {
+            error = failure.what();
+        }
+        EXPECT_EQ(error.substr(0, std::string(c.error).size()), c.error) << error;
+        EXPECT_EQ(error.empty(), std::string(c.error).empty()) << error;
+        computer.disk.onOperation = nullptr;
+        computer.disk.recover();
+        EXPECT_EQ(computer.disk.list("/data/Recordings"), c.audio);
+        const auto now = *computer.catalog.recording(id);
+        if (!error.empty()) {
+            EXPECT_EQ(now, recording);
+            continue;
+        }
+        EXPECT_EQ(now.filePath, "/data/Recordings/a.m4a");
+        EXPECT_EQ(now.byteCount, 20000);
+        EXPECT_EQ(now.sampleRate, 16000);
+        EXPECT_EQ(computer.events("audio.compress.removeSource.failed").size(), c.audio.size() - 1);
+        try {
+            testing::await(computer.host, compressor.compressWAVToM4A(recording, true));
+        } catch (const RecordingAudioCompressor::CompressionError& failure) {
+            EXPECT_EQ(failure.kind(), Kind::missingSource);
+        }
+    }
+}
+
+} // namespace
+} // namespace tessarune

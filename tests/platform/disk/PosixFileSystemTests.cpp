@@ -1,0 +1,90 @@
+#include "Tessarune/platform/disk/DataFolderLock.h"
+#include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "tests/simulation/FaultyFileSystem.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace tessarune {
+namespace {
+
+/// What a disk answers to a course of operations: one line each.
+std::string answers(FileSystem& disk, const std::filesystem::path& base) {
+    std::string log;
+    const auto note = [&](const std::string& what) { log += what + "\n"; };
+    const auto attempt = [&](const char* name, const std::function<void()>& operation) {
+        try {
+            operation();
+            note(std::string(name) + " done");
+        } catch (const std::system_error& error) {
+            note(std::string(name) + " " + std::string(error.code().message()));
+        }
+    };
+    const auto file = base / "a" / "file";
+    attempt("write without folder", [&] { disk.writeAtomically(file, "x"); });
+    attempt("create without folder", [&] { disk.create(file); });
+    attempt("read missing", [&] { disk.read(file); });
+    attempt("size missing", [&] { disk.size(file); });
+    disk.createDirectories(base / "a" / "b");
+    attempt("folder again", [&] { disk.createDirectories(base / "a" / "b"); });
+    attempt("read folder", [&] { disk.read(base / "a"); });
+    const auto open = disk.create(file);
+    open->append("0123456789");
+    open->overwrite(2, "ab");
+    open->append("x");
+    open->synchronize();
+    note(disk.read(file) + " " + std::to_string(disk.size(file)));
+    note(disk.read(file, 9, 5) + "|" + disk.read(file, 20, 5) + "|" + disk.read(file, 1, 2));
+    disk.openForAppending(file)->append("end");
+    disk.writeAtomically(base / "a" / "c", "old");
+    disk.writeAtomically(base / "a" / "c", "new");
+    attempt("folder over file", [&] { disk.createDirectories(file / "x"); });
+    disk.rename(file, base / "a" / "d");
+    attempt("rename missing", [&] { disk.rename(file, base / "x"); });
+    for (const auto& name : disk.list(base / "a"))
+        note(name + (disk.isDirectory(base / "a" / name) ? "/" : ""));
+    note(disk.read(base / "a" / "c") + " " + disk.read(base / "a" / "d"));
+    note(disk.remove(base / "a") ? "removed" : "nothing");
+    note(disk.remove(base / "a") ? "removed" : "nothing");
+    note(std::to_string(disk.list(base / "a").size()) + (disk.exists(file) ? "there" : "gone"));
+    return log;
+}
+
+TEST(PosixFileSystemTests, AnswersAsTheDiskOfTheSimulationDoes) {
+    const testing::TemporaryFolder folder;
+    PosixFileSystem real;
+    simulation::FaultyFileSystem simulated;
+    simulated.createDirectories("/data");
+    const std::string expected = answers(simulated, "/data");
+    EXPECT_EQ(answers(real, folder.path()), expected);
+    EXPECT_NE(expected.find("01ab456789x 11"), std::string::npos);
+}
+
+TEST(DataFolderLockTests, OneProcessAtATimeWritesAFolder) {
+    const testing::TemporaryFolder folder;
+    const TessarunePaths paths{folder / "data"};
+    int toChild[2], toParent[2];
+    ASSERT_TRUE(::pipe(toChild) == 0 && ::pipe(toParent) == 0);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const auto lock = DataFolderLock::take(paths, "first");
+        char byte = std::holds_alternative<DataFolderLock>(lock) ? 'y' : 'n';
+        (void)!::write(toParent[1], &byte, 1);
+        (void)!::read(toChild[0], &byte, 1);
+        ::_exit(0); // no destructor runs, as when it is killed
+    }
+    char byte = 0;
+    ASSERT_EQ(::read(toParent[0], &byte, 1), 1);
+    EXPECT_EQ(byte, 'y');
+    const auto refused = DataFolderLock::take(paths, "second");
+    ASSERT_TRUE(std::holds_alternative<DataFolderLock::Holder>(refused));
+    EXPECT_EQ(std::get<DataFolderLock::Holder>(refused), (DataFolderLock::Holder{child, "first"}));
+    ASSERT_EQ(::write(toChild[1], &byte, 1), 1);
+    ::waitpid(child, nullptr, 0);
+    EXPECT_TRUE(std::holds_alternative<DataFolderLock>(DataFolderLock::take(paths, "second")));
+}
+
+} // namespace
+} // namespace tessarune
