@@ -17,9 +17,12 @@ namespace {
 
 constexpr std::string_view journalSuffix = ".live.ndjson";
 
-bool isWAV(const RecordingMetadata& recording) {
+/// Whether the recorder wrote the file: of others it is not known what may stand behind the sound.
+bool isOurWAV(const RecordingMetadata& recording) {
     const std::filesystem::path audio(recording.filePath);
-    return Text::lowercased(audio.extension().string()) == ".wav";
+    return Text::lowercased(audio.extension().string()) == ".wav" &&
+           recording.audioFormat.value_or(AudioSessionRecorder::audioFormat) ==
+               AudioSessionRecorder::audioFormat;
 }
 
 /// Bytes of sound that a file of `size` really has, in whole frames.
@@ -29,7 +32,7 @@ std::uint64_t soundBytes(const WAVHeader& header, std::uint64_t size) {
 }
 
 /// Names of writeAtomically and of the M4A writer for what they have not finished.
-bool isUnfinished(std::string_view name) {
+bool isUnfinishedFile(std::string_view name) {
     if (name.ends_with(".part"))
         return true;
     const std::size_t mark = name.rfind(".new-");
@@ -54,7 +57,7 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
     report.rebuiltIndex = catalog_.rebuildUnreadableIndex();
     removeUnfinishedFiles();
     for (const auto& recording : catalog_.recordings()) {
-        if (!recording.endedAt && finishSession(recording))
+        if (isUnfinished(recording) && finishSession(recording))
             report.recoveredSessions.push_back(recording.id);
     }
     restoreTranscripts();
@@ -64,10 +67,22 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
     return report;
 }
 
+/// Whether nobody has said how long the recording is: it has no end, or it was given one without a
+/// look at the file, because an earlier repair did not come through.
+bool RecordingRepair::isUnfinished(const RecordingMetadata& recording) {
+    if (!isOurWAV(recording) || !files_.exists(recording.filePath))
+        return false;
+    constexpr auto empty = static_cast<std::int64_t>(WAVHeader::size);
+    try {
+        return !recording.endedAt ||
+               (recording.byteCount <= empty && files_.size(recording.filePath) > WAVHeader::size);
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
 /// Makes the file say how long it is and the entry what the file says.
 bool RecordingRepair::finishSession(RecordingMetadata recording) {
-    if (!isWAV(recording) || !files_.exists(recording.filePath))
-        return false;
     try {
         const std::uint64_t size = files_.size(recording.filePath);
         const WAVHeader header = repairedHeader(recording, size);
@@ -181,7 +196,7 @@ void RecordingRepair::removeUnfinishedFiles() {
     for (const auto& folder : {paths.appSupportBase(), paths.recordings(), paths.transcripts()}) {
         try {
             for (const auto& name : files_.list(folder)) {
-                if (isUnfinished(name))
+                if (isUnfinishedFile(name))
                     files_.remove(folder / name);
             }
         } catch (const std::exception& error) {

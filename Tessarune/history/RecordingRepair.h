@@ -31,6 +31,7 @@ class RecordingRepair {
     Report runAtLaunch();
 
   private:
+    bool isUnfinished(const RecordingMetadata& recording);
     bool finishSession(RecordingMetadata recording);
     WAVHeader repairedHeader(const RecordingMetadata& recording, std::uint64_t size);
     void restoreTranscripts();

@@ -39,8 +39,8 @@ class AudioSessionRecorderTests : public ::testing::Test {
     }
 
     void append(std::vector<float> samples, double rate = 16000, int channels = 1) {
-        recorder->append(std::make_shared<AudioBuffer>(
-            AudioBuffer{{rate, channels}, std::move(samples)}));
+        recorder->append(
+            std::make_shared<AudioBuffer>(AudioBuffer{{rate, channels}, std::move(samples)}));
         host.runUntilIdle();
     }
     std::optional<RecordingMetadata> finish() {
@@ -52,8 +52,9 @@ class AudioSessionRecorderTests : public ::testing::Test {
         std::vector<std::int16_t> all;
         const std::string bytes = file();
         for (std::size_t at = 44; at + 1 < bytes.size(); at += 2)
-            all.push_back(static_cast<std::int16_t>(static_cast<unsigned char>(bytes[at]) |
-                                                    static_cast<unsigned char>(bytes[at + 1]) << 8));
+            all.push_back(
+                static_cast<std::int16_t>(static_cast<unsigned char>(bytes[at]) |
+                                          static_cast<unsigned char>(bytes[at + 1]) << 8));
         return all;
     }
     /// How much of a file that was loud throughout still is.
@@ -148,10 +149,7 @@ TEST_F(AudioSessionRecorderTests, ThreeWriteFailuresInARowEndTheRecordingAndNotT
     } cases[] = {
         {"..x..", {first}, 4, "write.pcmBuffer.failed stop.degraded "},
         {"xx.xx.xx.", {first}, 3, "write.pcmBuffer.failed stop.degraded "},
-        {".xxx..xxx",
-         {first, degraded},
-         1,
-         "write.pcmBuffer.failed write.degraded stop.degraded "},
+        {".xxx..xxx", {first, degraded}, 1, "write.pcmBuffer.failed write.degraded stop.degraded "},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.writes);
@@ -192,7 +190,8 @@ TEST_F(AudioSessionRecorderTests, AHeaderThatCannotBePatchedIsToldOnceAndTriedAg
     recorder->start();
     append({0.5F});
     disk.onOperation = [&](const std::string& operation, const auto&) {
-        disk.failAt = operation == "overwrite" ? disk.operations : simulation::FaultyFileSystem::never;
+        disk.failAt =
+            operation == "overwrite" ? disk.operations : simulation::FaultyFileSystem::never;
     };
     for (int i = 0; i < 100; ++i)
         append(std::vector<float>(16000, 0.5F));
@@ -216,9 +215,8 @@ TEST_F(AudioSessionRecorderTests, AFullDiskCostsTheRecordingOnly) {
     recorder->start();
     for (int i = 0; i < 300; ++i)
         append(std::vector<float>(16000, 0.5F));
-    EXPECT_EQ(told,
-              (std::vector<std::string>{"started", "录音写入失败",
-                                        "录音写入持续失败，已保留目前已写入的录音。"}));
+    EXPECT_EQ(told, (std::vector<std::string>{"started", "录音写入失败",
+                                              "录音写入持续失败，已保留目前已写入的录音。"}));
     EXPECT_GT(disk.freeSpace(folder), 10'000'000U) << "for the transcripts";
     EXPECT_EQ(finish()->byteCount, static_cast<std::int64_t>(file().size()));
 

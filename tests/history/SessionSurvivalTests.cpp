@@ -70,8 +70,10 @@ class Computer : public testing::Catalogued {
 
     RecordingRepair::Report restart() {
         disk.recover();
-        RecordingRepair repair(disk, catalog, logger);
-        return repair.runAtLaunch();
+        return repair();
+    }
+    RecordingRepair::Report repair() {
+        return RecordingRepair(disk, catalog, logger).runAtLaunch();
     }
 
     /// Holds whatever happened.
@@ -144,9 +146,9 @@ class Computer : public testing::Catalogued {
                 throw MediaFileError(MediaFileError::Kind::writeFailed, error.what());
             }
         });
-        RecordingAudioCompressor compressor(
-            disk, catalog, logger, exporter,
-            [&](const auto&) { return std::make_unique<SilentFile>(recording.duration); });
+        RecordingAudioCompressor compressor(disk, catalog, logger, exporter, [&](const auto&) {
+            return std::make_unique<SilentFile>(recording.duration);
+        });
         try {
             testing::await(host, compressor.compressWAVToM4A(recording, true));
         } catch (const std::runtime_error&) { // the WAV stays
@@ -196,12 +198,41 @@ TEST(SessionSurvivalTests, KilledAnywhereTheNextStartFinishesTheSession) {
         EXPECT_LE(computer.texts.size(), 3U);
         const bool wasCatalogued = computer.order() != "older ";
         if (wasCatalogued)
-            computer.expectSession(
-                static_cast<std::size_t>(computer.rowsOnDisk) * Computer::rowBytes,
-                computer.rowsOnDisk);
+            computer.expectSession(static_cast<std::size_t>(computer.rowsOnDisk) *
+                                       Computer::rowBytes,
+                                   computer.rowsOnDisk);
         EXPECT_TRUE(wasCatalogued || computer.rowsOnDisk == 0);
     }
     EXPECT_GT(recovered, last / 4);
+}
+
+TEST(SessionSurvivalTests, ARepairThatFailsOrIsKilledIsDoneByTheNext) {
+    Computer killed;
+    killed.disk.onOperation = [&](const std::string& operation, const std::filesystem::path& path) {
+        if (operation == "synchronize" && path.extension() == ".wav") // when the recorder stops
+            killed.disk.failFrom = killed.disk.operations;
+    };
+    killed.runSession();
+    ASSERT_EQ(killed.rowsOnDisk, Computer::rows);
+    killed.disk.onOperation = nullptr;
+    killed.disk.recover();
+    const FaultyFileSystem left(killed.disk);
+    const auto before = killed.disk.operations;
+    EXPECT_EQ(killed.repair().recoveredSessions.size(), 1U);
+    const auto last = killed.disk.operations - before;
+    EXPECT_GT(last, 30U);
+    for (const bool isKilled : {true, false}) {
+        for (std::uint64_t n = 1; n <= last; ++n) {
+            SCOPED_TRACE("operation " + std::to_string(n) + (isKilled ? " on" : " only"));
+            killed.disk.replaceContents(left);
+            const auto fault = killed.disk.operations + n;
+            (isKilled ? killed.disk.failFrom : killed.disk.failAt) = fault;
+            killed.repair();
+            killed.restart();
+            killed.expectOrder();
+            killed.expectSession(Computer::rows * Computer::rowBytes, Computer::rows);
+        }
+    }
 }
 
 TEST(SessionSurvivalTests, WhatWasReportedSavedSurvivesALossOfPower) {

@@ -25,7 +25,9 @@ class FaultyFileSystem final : public FileSystem {
 
     FaultyFileSystem() = default;
     /// Another disk with the same content; open files stay those of the first.
-    FaultyFileSystem(const FaultyFileSystem& other) : capacity(other.capacity) {
+    FaultyFileSystem(const FaultyFileSystem& other) { replaceContents(other); }
+    void replaceContents(const FaultyFileSystem& other) {
+        nodes_.clear();
         for (const auto& [path, node] : other.nodes_)
             nodes_[path] = std::make_shared<Node>(*node);
     }

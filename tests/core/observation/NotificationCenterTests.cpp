@@ -20,13 +20,12 @@ TEST(NotificationCenterTests, TellsThoseWhoAskedForTheNameInTheirOrder) {
     kept.push_back(center->observe("a", note('1')));
     kept.push_back(center->observe("aa", note('2')));
     kept.push_back(center->observe("a", note('3')));
-    {
-        const auto dropped = center->observe("a", note('4'));
-    }
+    { const auto dropped = center->observe("a", note('4')); }
     center->post("a", UUID());
     center->post("aa", std::filesystem::path("/x"));
     center->post("b");
-    EXPECT_EQ(told, "1131" "22");
+    EXPECT_EQ(told, "1131"
+                    "22");
 
     // A handler may end itself, ask for more and post.
     told.clear();
