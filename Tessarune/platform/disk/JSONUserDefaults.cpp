@@ -1,6 +1,7 @@
 #include "Tessarune/platform/disk/JSONUserDefaults.h"
 
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/BoundedJSON.h"
 
 #include <nlohmann/json.hpp>
 
@@ -25,7 +26,7 @@ void JSONUserDefaults::load() {
     if (!files_.exists(file_))
         return;
     try {
-        Json parsed = Json::parse(files_.read(file_));
+        Json parsed = BoundedJSON::parse(files_.read(file_));
         if (!parsed.is_object())
             throw std::runtime_error("not a JSON object");
         content_->object = std::move(parsed);

@@ -1,0 +1,45 @@
+// Any bytes as the recordings' index: no crash, nothing lost by a rewrite, and what a damaged index
+// still gives can be written.
+#include "Tessarune/history/RecordingIndex.h"
+#include "tests/fuzz/Fuzz.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+
+namespace {
+
+using namespace tessarune;
+
+void tryWhole(RecordingIndex index) {
+    const auto before = nlohmann::json::parse(index.encoded());
+    index.sort();
+    auto after = nlohmann::json::parse(index.encoded());
+    fuzz::require(std::is_permutation(before.begin(), before.end(), after.begin(), after.end()),
+                  "an element that sorting changed");
+    const auto all = index.recordings();
+    for (const auto& recording : all)
+        index.put(recording);
+    fuzz::require(nlohmann::json::parse(index.encoded()) == after,
+                  "an entry that changes when nothing of it did");
+
+    RecordingMetadata added;
+    added.startedAt = 1e15;
+    index.put(added);
+    index.sort();
+    const auto again = RecordingIndex::decoded(index.encoded());
+    fuzz::require(again && again->recordings().size() == index.recordings().size(),
+                  "an index that reads back otherwise");
+}
+
+} // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    fuzz::Input input(data, size);
+    if (auto index = RecordingIndex::decoded(input.rest()))
+        tryWhole(std::move(*index));
+    auto salvaged = RecordingIndex::salvaged(input.rest());
+    fuzz::require(!salvaged.hasNamelessElements(), "something else than an entry was salvaged");
+    tryWhole(std::move(salvaged));
+    return 0;
+}

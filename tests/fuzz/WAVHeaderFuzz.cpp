@@ -1,0 +1,23 @@
+// Any bytes as the beginning of a WAV file.
+#include "Tessarune/audio/WAVHeader.h"
+#include "tests/fuzz/Fuzz.h"
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    using namespace tessarune;
+    // The fuzzer rarely finds four letters twice; they are given to it.
+    fuzz::Input input(data, size);
+    const bool begins = input.flag();
+    const std::string bytes =
+        (begins ? std::string("RIFF\0\0\0\0WAVEfmt \x10\0\0\0", 20) : std::string()) +
+        std::string(input.rest());
+    const auto header = WAVHeader::decoded(bytes);
+    if (!header)
+        return 0;
+    fuzz::require(header->dataOffset >= WAVHeader::size && header->dataOffset <= bytes.size(),
+                  "sound outside of the file");
+    fuzz::require(header->bytesPerSecond() > 0, "a file without time");
+    WAVHeader plain = *header;
+    plain.dataOffset = WAVHeader::size;
+    fuzz::require(WAVHeader::decoded(plain.encoded()) == plain, "a header that changes on the way");
+    return 0;
+}
