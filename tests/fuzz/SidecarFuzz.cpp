@@ -14,8 +14,8 @@ void tryTimeline(std::string_view text) {
         return;
     fuzz::require(HistoryWordTimeline::decoded(timeline->encoded()) == timeline,
                   "a timeline that changes on the way");
-    fuzz::require(timeline->activeSentenceIndex(1).value_or(0) <= timeline->words.size() +
-                                                                      timeline->sentences.size(),
+    fuzz::require(timeline->activeSentenceIndex(1).value_or(0) <=
+                      timeline->words.size() + timeline->sentences.size(),
                   "a sentence that is not there");
 }
 

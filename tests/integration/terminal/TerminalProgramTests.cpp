@@ -57,7 +57,8 @@ TEST_F(TerminalProgramTests, ALiveRunAndTheReplayOfItsEventLogCommitTheSameSente
         {"--source", file("two_cities.wav"), "--fast", "--quiet", "--event-log", "talk.ndjson"});
     EXPECT_EQ(live.status, 0) << live.error;
     EXPECT_EQ(live.error, "");
-    const std::string reference = contentsOf(fs::path(TESSARUNE_TEST_DATA) / "speech/two_cities.txt");
+    const std::string reference =
+        contentsOf(fs::path(TESSARUNE_TEST_DATA) / "speech/two_cities.txt");
     EXPECT_LE(wordErrorRate(reference, live.output), 0.15) << live.output;
 
     const ProgramRun replay = run(fs::path(TESSARUNE_BIN) / "tessarune",
