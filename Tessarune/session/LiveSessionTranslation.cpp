@@ -1,6 +1,7 @@
 #include "Tessarune/session/LiveSessionTranslation.h"
 
 #include "Tessarune/translation/AppleTranslator.h"
+#include "Tessarune/translation/InstalledTranslationService.h"
 
 #include <utility>
 #include <vector>
@@ -19,7 +20,8 @@ makeRuntime(const LiveSessionTranslation::Environment& environment) {
         [&host = environment.host, service = environment.service]() -> std::shared_ptr<Translator> {
             if (!service)
                 return nullptr;
-            return std::make_shared<AppleTranslator>(host, service, Executor::main(host));
+            return std::make_shared<AppleTranslator>(
+                host, std::make_shared<InstalledTranslationService>(service), Executor::main(host));
         },
         [&logger = environment.logger](const std::string& name, const LogFields& fields) {
             logger.event(name, fields, Importance::important);

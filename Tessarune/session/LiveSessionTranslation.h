@@ -27,7 +27,7 @@ class LiveSessionTranslation {
         Host& host;
         AppSettings& settings;
         TessaruneFileLogger& logger;
-        /// Null where this computer has no translator.
+        /// Null where this computer has no translator. The session never downloads by it.
         std::shared_ptr<TranslationService> service;
         /// Drops the observation where no translation log is open.
         std::function<void(const TranslationObservation&)> appendTranslationObservation =
