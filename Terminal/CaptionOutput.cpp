@@ -1,9 +1,10 @@
 #include "Terminal/CaptionOutput.h"
 
 #include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/translation/GhostTranslationPlanner.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
 
-#include <cstddef>
-#include <memory>
+#include <algorithm>
 
 namespace tessarune {
 
@@ -22,25 +23,20 @@ std::string liveText(const CaptionCore& core) {
     return Text::joined(parts, " ");
 }
 
-CaptionOutput makePlainOutput(std::FILE* out, std::FILE* errors, bool quiet) {
-    auto printed = std::make_shared<std::size_t>(0);
-    CaptionOutput output;
-    output.update = [out, printed](const CaptionCore& core) {
-        const auto& rows = *core.committedSegments;
-        if (*printed == rows.size())
-            return;
-        for (; *printed < rows.size(); ++*printed) {
-            std::fprintf(out, "%s\n", rows[*printed].sourceText.c_str());
-        }
-        std::fflush(out);
-    };
-    output.status = [errors, quiet](std::string_view text) {
-        if (!quiet)
-            std::fprintf(errors, "%.*s\n", static_cast<int>(text.size()), text.data());
-    };
-    output.progress = [](std::string_view) {}; // a file of captions has no place for it
-    output.finish = output.update;
-    return output;
+bool isPreviewOf(const CaptionPreview& preview, std::span<const CaptionSegment> rows) {
+    if (preview.text.empty() || rows.empty())
+        return false;
+    const std::string key = GhostTranslationPlanner::normalizedKey(preview.source);
+    return std::ranges::any_of(rows, [&](const CaptionSegment& row) {
+        return Text::equal(GhostTranslationPlanner::normalizedKey(row.sourceText), key);
+    });
+}
+
+std::string translationFailureText(std::string_view error, std::string_view target) {
+    if (!TranslationSupport::isLanguageResourceNotReadyDisplayMessage(error))
+        return std::string(error);
+    return "the language's files are missing or damaged: --languages download " +
+           std::string(target);
 }
 
 } // namespace tessarune

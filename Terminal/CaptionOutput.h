@@ -1,32 +1,66 @@
 #pragma once
 
 #include "TessaruneCore/CaptionCore.h"
+#include "TessaruneCore/host/Host.h"
 
 #include <cstdio>
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace tessarune {
 
+/// A provisional translation, and the text that it translates.
+struct CaptionPreview {
+    std::string text; ///< empty: there is none
+    std::string source;
+
+    bool operator==(const CaptionPreview&) const = default;
+};
+
+/// What there is to print at one moment.
+struct CaptionPicture {
+    const CaptionCore& core;
+    /// The language that rows are translated into; empty: they are not.
+    std::string target;
+    /// Rows that have no translation yet may still get one.
+    bool awaitsTranslations = false;
+    CaptionPreview preview;
+};
+
 /// Where captions go: a screen that is rewritten, plain lines, or JSON. Main queue.
 struct CaptionOutput {
-    /// Something in the core has changed: prints what is new.
-    std::function<void(const CaptionCore&)> update;
+    /// Something has changed: prints what is new.
+    std::function<void(const CaptionPicture&)> update;
     /// A word to the user about the run itself; not a caption.
     std::function<void(std::string_view)> status;
     /// How far something that takes long has come; replaces the one before.
     std::function<void(std::string_view)> progress;
     /// The last call: leaves the screen in order.
-    std::function<void(const CaptionCore&)> finish;
+    std::function<void(const CaptionPicture&)> finish;
 };
 
-/// Settled rows scroll up; the live rest stands dim below them and is rewritten in place.
-/// `terminal` must be a terminal.
-CaptionOutput makeScreenOutput(std::FILE* terminal, bool quiet);
+/// The room on a terminal, asked for at each use.
+struct ScreenSize {
+    std::size_t columns = 80;
+    std::size_t rows = 24;
+};
+using ScreenSizeSource = std::function<ScreenSize()>;
 
-/// Settled rows, one a line; status lines go to `errors`.
-CaptionOutput makePlainOutput(std::FILE* out, std::FILE* errors, bool quiet);
+/// The size of the terminal that `terminal` writes to.
+ScreenSizeSource sizeOf(std::FILE* terminal);
+
+/// Settled rows scroll up, each with its translation under it; the live rest stands dim below them
+/// and is rewritten in place. A row that waits for its translation stands between the two, up to
+/// eight of them: what lands later is printed with its source said once more.
+CaptionOutput makeScreenOutput(std::FILE* terminal, ScreenSizeSource size, bool quiet);
+
+/// Settled rows, one a line, and translations as lines that begin with a tab; status lines and
+/// failed translations go to `errors`. A row waits for the translation of the row before it, so
+/// that the two stand together, but for a second at the most, and not at all while translations
+/// are that slow.
+CaptionOutput makePlainOutput(std::FILE* out, std::FILE* errors, Host& host, bool quiet);
 
 /// One JSON object a change, one a line, flushed at once; see docs/terminal.md. `now` dates them.
 CaptionOutput makeJSONOutput(std::FILE* out, std::function<double()> now, bool quiet);
@@ -34,5 +68,11 @@ CaptionOutput makeJSONOutput(std::FILE* out, std::function<double()> now, bool q
 /// The text that is not settled yet: complete sentences, clauses and the open rest, joined with
 /// blanks.
 std::string liveText(const CaptionCore& core);
+
+/// Whether the preview is of one of these rows.
+bool isPreviewOf(const CaptionPreview& preview, std::span<const CaptionSegment> rows);
+
+/// The row's failed translation, as a user of the terminal can act on it.
+std::string translationFailureText(std::string_view error, std::string_view target);
 
 } // namespace tessarune

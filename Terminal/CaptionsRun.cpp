@@ -4,16 +4,21 @@
 #include "Terminal/CaptionSound.h"
 #include "Terminal/RunFailure.h"
 #include "Terminal/SignalWatch.h"
+#include "Terminal/TranslationChoice.h"
 #include "Tessarune/audio/RecognitionPermissionGate.h"
 #include "Tessarune/audio/SystemAudioCaptureError.h"
 #include "Tessarune/history/RecordingRepair.h"
 #include "Tessarune/platform/disk/DataFolderLock.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
 #include "Tessarune/session/LiveCaptionUserMessages.h"
+#include "Tessarune/session/LiveSessionTranslation.h"
 #include "Tessarune/session/LiveTranscriptStore.h"
 #include "Tessarune/shell/DomainError.h"
 #include "TessaruneCore/recognition/ASREventLog.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
+#include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/translation/TranslationPresentationBuilder.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
 
 #include <malloc.h>
 #include <unistd.h>
@@ -21,6 +26,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <set>
 #include <system_error>
 #include <utility>
 
@@ -48,9 +54,13 @@ class CaptionsRun {
     void takeDataFolder();
     void tellRepairs();
     void overrideSettings();
+    void chooseTarget();
     void openEventLog();
     void makeStore();
     void observeStore();
+    void observeTranslation();
+    void tellTranslationStatus(const std::string& text);
+    CaptionPicture picture() const;
     Task<void> startListening();
     [[noreturn]] void failStart();
     Task<void> catchUp();
@@ -73,7 +83,12 @@ class CaptionsRun {
     std::unique_ptr<ASREventLog::Writer> eventLog_;
     std::unique_ptr<PermissionsManager> permissions_;
     SpeechEngine engine_;
+    std::unique_ptr<LiveSessionTranslation> translation_;
     std::shared_ptr<LiveTranscriptStore> store_;
+    std::string target_; ///< empty: nothing is translated
+    CaptionPreview preview_;
+    bool translationIsOver_ = false;
+    std::set<std::string> toldTranslationStatus_;
     OneShot<bool> started_;
     OneShot<std::string> ended_; ///< empty for a good end, else what went wrong
     bool interrupted_ = false;
@@ -85,8 +100,8 @@ CaptionOutput makeOutput(Program& program, const TerminalOptions& options) {
         return makeJSONOutput(
             stdout, [&program] { return program.host.now(); }, options.quiet);
     if (isatty(STDOUT_FILENO))
-        return makeScreenOutput(stdout, options.quiet);
-    return makePlainOutput(stdout, stderr, options.quiet);
+        return makeScreenOutput(stdout, sizeOf(stdout), options.quiet);
+    return makePlainOutput(stdout, stderr, program.host, options.quiet);
 }
 
 CaptionsRun::CaptionsRun(Program& program, const TerminalOptions& options, CaptionsCommand command)
@@ -102,6 +117,7 @@ CaptionsRun::CaptionsRun(Program& program, const TerminalOptions& options, Capti
 
 Task<void> CaptionsRun::run() {
     overrideSettings();
+    chooseTarget();
     if (*program_.settings.recordWhileCaptioning)
         takeDataFolder();
     openEventLog();
@@ -136,6 +152,24 @@ void CaptionsRun::overrideSettings() {
         if (option.localeIdentifier == *command_.locale)
             program_.override(settings.selectedRecognitionOptionID, option.id);
     }
+}
+
+/// What cannot be translated is said now and once; the session then does not try again and again.
+void CaptionsRun::chooseTarget() {
+    AppSettings& settings = program_.settings;
+    const TranslationChoice choice =
+        chooseTranslation(LiveTranslationSettingsSnapshot::current(settings), command_.target,
+                          program_.translationModels.languages().list());
+    if (!choice.failure.empty())
+        throw RunFailure(ExitStatus::noModel, choice.failure);
+    if (!choice.notice.empty())
+        say(choice.notice);
+    target_ = choice.target;
+    const auto backend = target_.empty() ? TranslationSupport::disabledBackendName
+                                         : TranslationSupport::appleBackendName;
+    program_.override(settings.translationBackend, std::string(backend));
+    if (!target_.empty())
+        program_.override(settings.translationTargetLanguage, target_);
 }
 
 /// Two programs must never write one catalog; what a crash left is put in order first.
@@ -191,6 +225,8 @@ void CaptionsRun::makeStore() {
                                      program_.catalog.forRecorder(), makeSwresampleConverter);
     SpeechPlatform speech = program_.speechPlatform();
     engine_ = speech.engine;
+    translation_ = std::make_unique<LiveSessionTranslation>(LiveSessionTranslation::Environment{
+        host(), program_.settings, program_.logger, program_.translation});
     store_ = LiveTranscriptStore::make({.speech = std::move(speech),
                                         .sound = server,
                                         .files = program_.files,
@@ -199,16 +235,21 @@ void CaptionsRun::makeStore() {
                                         .catalog = program_.catalog,
                                         .recorder = std::move(recorder),
                                         .compressor = program_.compressor,
-                                        .translation = {},
+                                        .translation = translation_->steps(),
                                         .diagnostics = std::move(diagnostics),
                                         .scheduleHistoryRefinement = [](const auto&) {},
                                         .returnMemory = [] { malloc_trim(0); }});
+    translation_->attach(store_);
     observeStore();
+    observeTranslation();
 }
 
 void CaptionsRun::observeStore() {
-    store_->captionDisplayRefresh.onDidChange(
-        [this](const std::string&) { output_.update(store_->core); });
+    store_->captionDisplayRefresh.onDidChange([this](const std::string& reason) {
+        translationIsOver_ =
+            translationIsOver_ || reason.starts_with("listen.stop.translationDrain.");
+        output_.update(picture());
+    });
     store_->statusMessage.onDidChange([this](const std::string& text) {
         const bool isNews = std::exchange(lastStatus_, text) != text;
         if (isNews && !text.empty() && *store_->sessionPhase != LiveSessionPhase::idle)
@@ -231,6 +272,36 @@ void CaptionsRun::observeStore() {
             ended_.resume("");
         }
     });
+}
+
+void CaptionsRun::observeTranslation() {
+    // The source of a preview is known for certain only at the moment at which it arrives.
+    LiveTranscriptTranslation& translation = translation_->translation();
+    translation.ghostTranslationText().onDidChange([this, &translation](const std::string& text) {
+        const std::string visible = TranslationPresentationBuilder::visibleGhostText(
+            text, *program_.settings.softTranslationEnabled);
+        preview_ = visible.empty() ? CaptionPreview()
+                                   : CaptionPreview{visible, translation.runtime().ghostSource()};
+    });
+    store_->translationStatusMessage.onDidChange(
+        [this](const std::string& text) { tellTranslationStatus(text); });
+}
+
+void CaptionsRun::tellTranslationStatus(const std::string& text) {
+    // Loading a model is no news. Of texts that differ only in a number the first is enough.
+    if (text.empty() || store_->translationPreparationDisplayState->preparing)
+        return;
+    std::string kind;
+    for (const char32_t codePoint : Text::codePoints(text)) {
+        if (!Text::isLetterOrNumber(codePoint) || Text::isLetter(codePoint))
+            Text::append(kind, codePoint);
+    }
+    if (toldTranslationStatus_.insert(kind).second)
+        say(translationFailureText(text, target_));
+}
+
+CaptionPicture CaptionsRun::picture() const {
+    return {store_->core, target_, !target_.empty() && !translationIsOver_, preview_};
 }
 
 Task<void> CaptionsRun::startListening() {
@@ -336,7 +407,7 @@ void CaptionsRun::interrupt() {
 
 void CaptionsRun::finishOutput() {
     if (store_)
-        output_.finish(store_->core);
+        output_.finish(picture());
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 #include "Terminal/CaptionOutput.h"
-#include "TessaruneCore/text/Text.h"
+#include "Terminal/TranslationNews.h"
 
 #include <nlohmann/json.hpp>
 
@@ -29,10 +29,15 @@ class Printer {
     Printer(std::FILE* out, std::function<double()> now, bool quiet)
         : out_(out), now_(std::move(now)), quiet_(quiet) {}
 
-    void update(const CaptionCore& core) {
+    void update(const CaptionPicture& picture) {
+        const CaptionCore& core = picture.core;
         const auto& rows = *core.committedSegments;
         for (; printed_ < rows.size(); ++printed_)
             print(committed(core, rows[printed_]));
+        for (const std::size_t i : news_.take(rows, rows.size()))
+            print(translation(rows, i, picture.target));
+        if (!(picture.preview == preview_))
+            printPreview(picture);
         Json live = object("live");
         live["leading"] = texts(*core.liveLeadingSentences);
         live["soft"] = texts(*core.softCaptionSegments);
@@ -61,8 +66,8 @@ class Printer {
         print(line);
     }
 
-    void finish(const CaptionCore& core) {
-        update(core);
+    void finish(const CaptionPicture& picture) {
+        update(picture);
         print(object("end"));
     }
 
@@ -91,6 +96,31 @@ class Printer {
         return line;
     }
 
+    Json translation(const CaptionCore::Rows& rows, std::size_t index,
+                     const std::string& target) const {
+        const CaptionSegment& row = rows[index];
+        Json line = object("translation");
+        line["unit"] = row.translationUnitID->text();
+        line["segments"] = Json::array();
+        for (const CaptionSegment& member : unitRows(rows, index))
+            line["segments"].push_back(member.id.text());
+        line["target"] = target;
+        if (row.translatedText)
+            line["text"] = *row.translatedText;
+        else
+            line["error"] = *row.translationError;
+        return line;
+    }
+
+    void printPreview(const CaptionPicture& picture) {
+        preview_ = picture.preview;
+        Json line = object("preview");
+        line["target"] = picture.target;
+        line["source"] = preview_.source;
+        line["text"] = preview_.text;
+        print(line);
+    }
+
     void print(const Json& object) const {
         const std::string line = object.dump(-1, ' ', false, Json::error_handler_t::replace);
         std::fprintf(out_, "%s\n", line.c_str());
@@ -101,6 +131,8 @@ class Printer {
     std::function<double()> now_;
     bool quiet_;
     std::size_t printed_ = 0;
+    TranslationNews news_;
+    CaptionPreview preview_;
     Json shown_;
 };
 
@@ -108,10 +140,10 @@ class Printer {
 
 CaptionOutput makeJSONOutput(std::FILE* out, std::function<double()> now, bool quiet) {
     auto printer = std::make_shared<Printer>(out, std::move(now), quiet);
-    return {[printer](const CaptionCore& core) { printer->update(core); },
+    return {[printer](const CaptionPicture& picture) { printer->update(picture); },
             [printer](std::string_view text) { printer->status(text); },
             [printer](std::string_view text) { printer->progress(text); },
-            [printer](const CaptionCore& core) { printer->finish(core); }};
+            [printer](const CaptionPicture& picture) { printer->finish(picture); }};
 }
 
 } // namespace tessarune

@@ -1,10 +1,9 @@
 #include "Terminal/ModelCommands.h"
 
+#include "Terminal/DownloadProgress.h"
 #include "Terminal/ExitStatus.h"
-#include "Terminal/SignalWatch.h"
 
 #include <nlohmann/json.hpp>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -25,17 +24,6 @@ std::string describe(const SpeechModelState& model) {
 
 void say(const char* what, const std::exception& error) {
     std::fprintf(stderr, "tessarune-terminal: %s: %s\n", what, error.what());
-}
-
-/// One line that is rewritten; only where somebody can see it.
-void showProgress(const std::string& name, AssetProgress progress) {
-    const double received = static_cast<double>(progress.received) / bytesAMegabyte;
-    const double expected = static_cast<double>(progress.expected) / bytesAMegabyte;
-    if (progress.expected > 0)
-        std::fprintf(stderr, "\r%s: %.1f of %.1f MB (%.0f %%) ", name.c_str(), received, expected,
-                     100 * received / expected);
-    else
-        std::fprintf(stderr, "\r%s: %.1f MB ", name.c_str(), received);
 }
 
 } // namespace
@@ -63,26 +51,14 @@ Task<int> listModels(Program& program, const TerminalOptions& options) {
 
 Task<int> installModel(Program& program, const TerminalOptions& options, std::string name) {
     const SpeechModelManager manager = program.speechModels.manager();
-    std::stop_source stop;
-    SignalWatch signals(program.host, [&stop] { stop.request_stop(); });
-    const bool shows = isatty(STDERR_FILENO) && !options.quiet;
-    std::function<void(AssetProgress)> progress;
-    if (shows)
-        progress = [name](AssetProgress state) { showProgress(name, state); };
-    if (!options.quiet)
-        std::fprintf(stderr, "Downloading %s…\n", name.c_str());
-    try {
-        Task<void> downloading = manager.download(name, std::move(progress), stop.get_token());
-        co_await downloading;
-    } catch (const std::exception& error) {
-        if (shows)
-            std::fputs("\n", stderr);
-        say(name.c_str(), error);
-        co_return static_cast<int>(ExitStatus::noModel);
-    }
-    if (!options.quiet)
-        std::fprintf(stderr, "%s%s is installed.\n", shows ? "\r\033[K" : "", name.c_str());
-    co_return static_cast<int>(ExitStatus::ok);
+    ShownDownload download{
+        name, [manager, name](ShownDownload::Progress progress, std::stop_token stop) {
+            std::function<void(AssetProgress)> handler;
+            if (progress)
+                handler = [progress](AssetProgress now) { progress(now.received, now.expected); };
+            return manager.download(name, std::move(handler), std::move(stop));
+        }};
+    return runDownload(program, options, std::move(download));
 }
 
 Task<int> removeModel(Program& program, std::string name) {

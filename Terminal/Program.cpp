@@ -2,6 +2,7 @@
 
 #include "Terminal/CaptionsRun.h"
 #include "Terminal/HistoryCommands.h"
+#include "Terminal/LanguageCommands.h"
 #include "Terminal/ModelCommands.h"
 #include "Terminal/SettingsCommands.h"
 #include "Terminal/SourcesCommand.h"
@@ -26,6 +27,8 @@ Program::Program()
       models(files, paths.models(), ProgramPlaces::modelFolders()),
       installer(host, models),
       speechModels(models, installer, [this] { return *settings.speechModel; }),
+      translationModels(host, models, installer),
+      translation(std::make_shared<OfflineTranslationService>(host, models, translationModels)),
       catalog(host, files, paths, logger, notifications),
       exporter(host, transcodeToM4A),
       compressor(files, catalog, logger, exporter, openFFmpegMediaFile) {
@@ -67,6 +70,18 @@ struct Dispatch {
     }
     Task<int> operator()(const RemoveModelCommand& command) const {
         return removeModel(program, command.name);
+    }
+    Task<int> operator()(const ListLanguagesCommand&) const {
+        return listLanguages(program, options);
+    }
+    Task<int> operator()(const DownloadLanguageCommand& command) const {
+        return downloadLanguage(program, options, command.id);
+    }
+    Task<int> operator()(const RemoveLanguageCommand& command) const {
+        return removeLanguage(program, command.id);
+    }
+    Task<int> operator()(const TestTranslationCommand& command) const {
+        return testTranslation(program, options, command.target);
     }
     Task<int> operator()(const ListRecordingsCommand&) const {
         return listRecordings(program, options);

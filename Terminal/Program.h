@@ -10,10 +10,14 @@
 #include "Tessarune/platform/model-store/ModelInstaller.h"
 #include "Tessarune/platform/model-store/ModelStore.h"
 #include "Tessarune/platform/speech-engine/SpeechModelInventory.h"
+#include "Tessarune/platform/translation-engine/OfflineTranslationService.h"
+#include "Tessarune/platform/translation-engine/TranslationModelInventory.h"
 #include "Tessarune/shell/AppSettings.h"
 #include "Tessarune/shell/OverridingUserDefaults.h"
 #include "Tessarune/shell/TessaruneFileLogger.h"
 #include "Tessarune/speech/SpeechPlatform.h"
+
+#include <memory>
 
 namespace tessarune {
 
@@ -32,6 +36,8 @@ struct Program {
     ModelStore models;
     ModelInstaller installer;
     SpeechModelInventory speechModels;
+    TranslationModelInventory translationModels;
+    std::shared_ptr<OfflineTranslationService> translation;
     NotificationCenter notifications;
     RecordingCatalog catalog;
     AudioExporter exporter;

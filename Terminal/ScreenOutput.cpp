@@ -1,6 +1,8 @@
 #include "Terminal/CaptionOutput.h"
+#include "Terminal/TranslationNews.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/text/TextColumns.h"
+#include "TessaruneCore/translation/TranslationSegmentMutator.h"
 
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -19,88 +21,148 @@ constexpr std::string_view hideCursor = "\033[?25l";
 constexpr std::string_view showCursor = "\033[?25h";
 /// The live text takes at most this many lines; of a longer one the end is shown.
 constexpr std::size_t mostLiveLines = 6;
+constexpr std::size_t mostPreviewLines = 3;
+/// More rows than this do not wait for their translations in the part that is rewritten.
+constexpr std::size_t mostWaitingRows = 8;
+constexpr std::string_view indent = "  ";
 
-struct Size {
-    std::size_t columns = 80;
-    std::size_t rows = 24;
-};
+using Lines = std::vector<std::string>;
+
+void append(Lines& to, Lines lines) {
+    std::ranges::move(lines, std::back_inserter(to));
+}
+
+Lines indented(std::string_view text, std::size_t width) {
+    Lines lines = Text::wrapped(text, width > 2 * indent.size() ? width - indent.size() : width);
+    for (std::string& line : lines)
+        line.insert(0, indent);
+    return lines;
+}
+
+Lines dimmed(Lines lines) {
+    for (std::string& line : lines)
+        line = std::string(dim) + line + std::string(plain);
+    return lines;
+}
+
+/// The last of the lines.
+Lines tail(Lines lines, std::size_t count) {
+    if (lines.size() > count)
+        lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(count));
+    return lines;
+}
 
 /// The lower part of a terminal, rewritten in place. Each change is one write, so that nothing
 /// flickers.
 class Screen {
   public:
-    Screen(std::FILE* terminal, bool quiet) : terminal_(terminal), quiet_(quiet) {}
+    Screen(std::FILE* terminal, ScreenSizeSource size, bool quiet)
+        : terminal_(terminal), size_(std::move(size)), quiet_(quiet) {}
 
-    void update(const CaptionCore& core) {
-        std::string settled;
-        const auto& rows = *core.committedSegments;
-        const std::size_t width = size().columns;
-        for (; printed_ < rows.size(); ++printed_)
-            addLines(settled, rows[printed_].sourceText, width);
-        std::string live = liveText(core);
-        if (settled.empty() && live == live_ && width == width_)
-            return;
-        live_ = std::move(live);
-        rewrite(settled);
+    void update(const CaptionPicture& picture) {
+        const ScreenSize size = size_();
+        const CaptionCore::Rows& rows = *picture.core.committedSegments;
+        Lines settled = lateOutcomes(picture, size.columns);
+        const Lines live = liveLines(picture, size);
+        while (printed_ < rows.size() && isSettled(picture, rows[printed_]))
+            append(settled, rowLines(picture, rows[printed_++], size.columns));
+        Lines waiting = waitingLines(picture, size.columns);
+        while (rows.size() - printed_ > mostWaitingRows ||
+               (printed_ < rows.size() && waiting.size() + live.size() >= size.rows)) {
+            append(settled, rowLines(picture, rows[printed_++], size.columns));
+            waiting = waitingLines(picture, size.columns);
+        }
+        news_.take(rows, printed_);
+        append(waiting, live);
+        if (!settled.empty() || waiting != shown_ || size.columns != width_)
+            rewrite(settled, std::move(waiting), size.columns);
     }
 
     void status(std::string_view text) {
         if (quiet_)
             return;
-        std::string line(dim);
-        addLines(line, "· " + std::string(text), size().columns);
-        rewrite(line + std::string(plain));
+        const std::size_t width = size_().columns;
+        rewrite(dimmed(Text::wrapped("· " + std::string(text), width)), shown_, width);
     }
 
     void progress(std::string_view text) {
-        if (quiet_)
-            return;
-        live_ = text;
-        rewrite("");
+        if (!quiet_)
+            rewrite({}, dimmed({std::string(text)}), size_().columns);
     }
 
-    void finish(const CaptionCore& core) {
-        update(core);
-        live_.clear();
-        rewrite("");
+    void finish(CaptionPicture picture) {
+        picture.awaitsTranslations = false;
+        update(picture);
+        rewrite({}, {}, size_().columns);
         write(showCursor);
     }
 
   private:
-    static void addLines(std::string& to, std::string_view text, std::size_t width) {
-        for (const auto& line : Text::wrapped(text, width))
-            to += line + "\n";
+    static bool isSettled(const CaptionPicture& picture, const CaptionSegment& row) {
+        return !picture.awaitsTranslations || !TranslationSegmentMutator::isPending(row);
     }
 
-    Size size() const {
-        Size size;
-        winsize window{};
-        if (ioctl(fileno(terminal_), TIOCGWINSZ, &window) == 0 && window.ws_col > 0) {
-            size.columns = window.ws_col;
-            size.rows = std::max<std::size_t>(window.ws_row, 2);
+    /// A committed row and what is known of its translation.
+    static Lines rowLines(const CaptionPicture& picture, const CaptionSegment& row,
+                          std::size_t width) {
+        Lines lines = Text::wrapped(row.sourceText, width);
+        if (showsOutcome(row))
+            append(lines, outcomeLines(picture, row, width));
+        else if (isPreviewOf(picture.preview, std::span(&row, 1)))
+            append(lines, dimmed(indented(picture.preview.text, width)));
+        return lines;
+    }
+
+    static Lines outcomeLines(const CaptionPicture& picture, const CaptionSegment& row,
+                              std::size_t width) {
+        if (row.translatedText)
+            return indented(*row.translatedText, width);
+        return dimmed(
+            indented("✗ " + translationFailureText(*row.translationError, picture.target), width));
+    }
+
+    /// What has come for rows that scrolled up without it.
+    Lines lateOutcomes(const CaptionPicture& picture, std::size_t width) {
+        const CaptionCore::Rows& rows = *picture.core.committedSegments;
+        Lines lines;
+        for (const std::size_t i : news_.take(rows, printed_)) {
+            append(lines, dimmed(Text::wrapped("↑ " + sourceText(unitRows(rows, i)), width)));
+            append(lines, outcomeLines(picture, rows[i], width));
         }
-        return size;
+        return lines;
     }
 
-    /// Replaces the live lines on the screen by `settled`, which scrolls up from now on, and the
-    /// live lines of now.
-    void rewrite(const std::string& settled) {
-        const Size now = size();
+    Lines waitingLines(const CaptionPicture& picture, std::size_t width) const {
+        const CaptionCore::Rows& rows = *picture.core.committedSegments;
+        Lines lines;
+        for (std::size_t i = printed_; i < rows.size(); ++i)
+            append(lines, rowLines(picture, rows[i], width));
+        return lines;
+    }
+
+    static Lines liveLines(const CaptionPicture& picture, const ScreenSize& size) {
+        const CaptionCore& core = picture.core;
+        Lines preview;
+        if (isPreviewOf(picture.preview, *core.liveLeadingSentences) ||
+            isPreviewOf(picture.preview, *core.softCaptionSegments))
+            preview = tail(indented(picture.preview.text, size.columns), mostPreviewLines);
+        Lines lines = tail(Text::wrapped(liveText(core), size.columns), mostLiveLines);
+        append(lines, std::move(preview));
+        return dimmed(tail(std::move(lines), size.rows - 1));
+    }
+
+    /// Replaces the lower part by `settled`, which scrolls up from now on, and the lines of now.
+    void rewrite(const Lines& settled, Lines lines, std::size_t width) {
         std::string out(hideCursor);
-        if (liveLines_ > 1)
-            out += "\033[" + std::to_string(liveLines_ - 1) + "A";
+        if (shown_.size() > 1)
+            out += "\033[" + std::to_string(shown_.size() - 1) + "A";
         out += "\r";
         out += eraseBelow;
-        out += settled;
-        auto lines = Text::wrapped(live_, now.columns);
-        const std::size_t room = std::min(mostLiveLines, now.rows - 1);
-        if (lines.size() > room)
-            lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(room));
-        out += dim;
+        for (const std::string& line : settled)
+            out += line + "\n";
         out += Text::joined(lines, "\n");
-        out += plain;
-        liveLines_ = lines.size();
-        width_ = now.columns;
+        shown_ = std::move(lines);
+        width_ = width;
         write(out);
     }
 
@@ -110,21 +172,34 @@ class Screen {
     }
 
     std::FILE* terminal_;
+    ScreenSizeSource size_;
     bool quiet_;
-    std::size_t printed_ = 0;
-    std::string live_;
-    std::size_t liveLines_ = 0;
+    std::size_t printed_ = 0; // rows that have scrolled up
+    TranslationNews news_;
+    Lines shown_; // the part that is rewritten
     std::size_t width_ = 0;
 };
 
 } // namespace
 
-CaptionOutput makeScreenOutput(std::FILE* terminal, bool quiet) {
-    auto screen = std::make_shared<Screen>(terminal, quiet);
-    return {[screen](const CaptionCore& core) { screen->update(core); },
+ScreenSizeSource sizeOf(std::FILE* terminal) {
+    return [terminal] {
+        ScreenSize size;
+        winsize window{};
+        if (ioctl(fileno(terminal), TIOCGWINSZ, &window) == 0 && window.ws_col > 0) {
+            size.columns = window.ws_col;
+            size.rows = std::max<std::size_t>(window.ws_row, 2);
+        }
+        return size;
+    };
+}
+
+CaptionOutput makeScreenOutput(std::FILE* terminal, ScreenSizeSource size, bool quiet) {
+    auto screen = std::make_shared<Screen>(terminal, std::move(size), quiet);
+    return {[screen](const CaptionPicture& picture) { screen->update(picture); },
             [screen](std::string_view text) { screen->status(text); },
             [screen](std::string_view text) { screen->progress(text); },
-            [screen](const CaptionCore& core) { screen->finish(core); }};
+            [screen](const CaptionPicture& picture) { screen->finish(picture); }};
 }
 
 } // namespace tessarune

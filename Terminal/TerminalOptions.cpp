@@ -2,6 +2,7 @@
 
 #include "Terminal/ExitStatus.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
 
 #include <CLI/CLI.hpp>
 
@@ -15,6 +16,7 @@ constexpr const char* footer = R"(Examples:
   tessarune-terminal                                captions of what the computer plays
   tessarune-terminal --source mic                   captions of the default microphone
   tessarune-terminal --source file:talk.m4a --fast  captions of a file, as fast as possible
+  tessarune-terminal --target pt-BR                 with a Portuguese translation
   tessarune-terminal --event-log talk.ndjson        keep the events for tessarune --replay
   tessarune-terminal --list                         the sessions that were recorded
   tessarune-terminal --json | jq .text              captions for another program
@@ -57,6 +59,26 @@ TerminalOptions::Command parseModel(const std::vector<std::string>& words) {
     throw CLI::ValidationError("--model", "needs list, NAME or remove NAME");
 }
 
+std::string checkedTarget(const char* option, const std::string& text) {
+    if (TranslationSupport::targetLanguage(text))
+        return text;
+    std::string message = "'" + text + "' is none of";
+    for (const auto& language : TranslationSupport::targetLanguages())
+        message += " " + language.id;
+    throw CLI::ValidationError(option, message);
+}
+
+TerminalOptions::Command parseLanguages(const std::vector<std::string>& words) {
+    constexpr const char* option = "--languages";
+    if (words.size() <= 1 && (words.empty() || words[0].empty() || words[0] == "list"))
+        return ListLanguagesCommand{};
+    if (words.size() == 2 && words[0] == "download")
+        return DownloadLanguageCommand{checkedTarget(option, words[1])};
+    if (words.size() == 2 && words[0] == "remove")
+        return RemoveLanguageCommand{checkedTarget(option, words[1])};
+    throw CLI::ValidationError(option, "takes nothing, list, download LANG or remove LANG");
+}
+
 SetCommand parseSet(const std::vector<std::string>& assignments) {
     SetCommand command;
     for (const auto& assignment : assignments) {
@@ -74,7 +96,10 @@ struct Words {
     std::string locale;
     std::string eventLog;
     std::string show;
+    std::string target;
+    std::string testTranslation;
     std::vector<std::string> model;
+    std::vector<std::string> languages;
     std::vector<std::string> assignments;
     bool fast = false;
     bool noRecord = false;
@@ -82,6 +107,7 @@ struct Words {
     bool listRecordings = false;
     bool showSettings = false;
     CLI::Option* sourceOption = nullptr;
+    CLI::Option* languagesOption = nullptr;
 };
 
 void declareCaptions(CLI::App& app, Words& words) {
@@ -94,6 +120,9 @@ void declareCaptions(CLI::App& app, Words& words) {
                  "With file:PATH: as fast as the recogniser goes, not at real speed");
     app.add_option("--locale", words.locale, "The English that is spoken: en-US, en-GB, en-AU, …")
         ->type_name("LOCALE");
+    app.add_option("--target", words.target,
+                   "The language to translate into, or off; without it as in the settings")
+        ->type_name("LANG");
     app.add_flag("--no-record", words.noRecord,
                  "Keep neither sound nor transcript of this session");
     app.add_option("--event-log", words.eventLog,
@@ -115,6 +144,16 @@ void declareCommands(CLI::App& app, Words& words) {
                     "list, NAME (download it) or remove NAME: the speech models")
         ->type_name("NAME")
         ->expected(1, 2);
+    words.languagesOption =
+        commands
+            .add_option("--languages", words.languages,
+                        "The languages to translate into: list them, download LANG or remove LANG")
+            ->type_name("LANG")
+            ->expected(0, 2);
+    commands
+        .add_option("--test-translation", words.testTranslation,
+                    "Translate a sample, and download the language first if it is missing")
+        ->type_name("LANG");
     commands.add_flag("--settings", words.showSettings,
                       "Show all settings, those that were changed with a *");
     commands.add_option("--set", words.assignments, "Change a setting; may be given several times")
@@ -132,6 +171,9 @@ CaptionsCommand captionsCommand(const Words& words) {
         checkLocale(words.locale);
         command.locale = words.locale;
     }
+    if (!words.target.empty())
+        command.target =
+            words.target == "off" ? std::string() : checkedTarget("--target", words.target);
     if (!words.eventLog.empty())
         command.eventLog = words.eventLog;
     auto* file = std::get_if<FileSource>(&command.source);
@@ -151,6 +193,10 @@ TerminalOptions::Command command(const Words& words) {
         return ShowRecordingCommand{words.show};
     if (!words.model.empty())
         return parseModel(words.model);
+    if (words.languagesOption->count() > 0)
+        return parseLanguages(words.languages);
+    if (!words.testTranslation.empty())
+        return TestTranslationCommand{checkedTarget("--test-translation", words.testTranslation)};
     if (words.showSettings)
         return ShowSettingsCommand{};
     if (!words.assignments.empty())

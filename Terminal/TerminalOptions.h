@@ -25,7 +25,9 @@ struct CaptionsCommand {
     bool sourceWasChosen = false;
     std::optional<std::filesystem::path> eventLog;
     std::optional<std::string> locale; ///< absent: the one in the settings
-    bool records = true;               ///< unless this run must not leave anything behind
+    /// What to translate into; empty: nothing is translated; absent: as the settings say.
+    std::optional<std::string> target;
+    bool records = true; ///< unless this run must not leave anything behind
 };
 struct ListSourcesCommand {};
 struct ListModelsCommand {};
@@ -34,6 +36,16 @@ struct InstallModelCommand {
 };
 struct RemoveModelCommand {
     std::string name;
+};
+struct ListLanguagesCommand {};
+struct DownloadLanguageCommand {
+    std::string id;
+};
+struct RemoveLanguageCommand {
+    std::string id;
+};
+struct TestTranslationCommand {
+    std::string target;
 };
 
 struct ListRecordingsCommand {};
@@ -47,9 +59,11 @@ struct SetCommand {
 
 /// The command line of `tessarune-terminal`, understood.
 struct TerminalOptions {
-    using Command = std::variant<CaptionsCommand, ListSourcesCommand, ListModelsCommand,
-                                 InstallModelCommand, RemoveModelCommand, ListRecordingsCommand,
-                                 ShowRecordingCommand, ShowSettingsCommand, SetCommand>;
+    using Command =
+        std::variant<CaptionsCommand, ListSourcesCommand, ListModelsCommand, InstallModelCommand,
+                     RemoveModelCommand, ListLanguagesCommand, DownloadLanguageCommand,
+                     RemoveLanguageCommand, TestTranslationCommand, ListRecordingsCommand,
+                     ShowRecordingCommand, ShowSettingsCommand, SetCommand>;
 
     Command command;
     bool json = false;

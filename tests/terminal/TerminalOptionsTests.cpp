@@ -66,6 +66,12 @@ TEST(TerminalOptionsTests, RefusesWhatMakesNoSenseAndSaysWhy) {
         {{"--model", "tiny-en", "extra"}, "--model"},
         {{"--list-sources", "--model", "list"}, "--model"},
         {{"--list", "--show", "AB"}, "--show"},
+        {{"--target", "xx"}, "pt-BR"},
+        {{"--languages", "download"}, "download LANG"},
+        {{"--languages", "remove", "xx"}, "pt-BR"},
+        {{"--languages", "pt-BR"}, "download LANG"},
+        {{"--languages", "--list"}, "--list"},
+        {{"--test-translation", "en"}, "zh-Hans"},
         {{"--colour"}, "--colour"},
         {{"stray"}, "stray"},
     };
@@ -93,6 +99,26 @@ TEST(TerminalOptionsTests, ReadsTheModelCommands) {
     EXPECT_EQ(
         std::get<RemoveModelCommand>(parse({"--model", "remove", "small"}).options->command).name,
         "small");
+}
+
+TEST(TerminalOptionsTests, ReadsWhatToTranslateInto) {
+    const auto command = [](std::vector<const char*> arguments) {
+        return parse(std::move(arguments)).options.value().command;
+    };
+    const auto target = [&](std::vector<const char*> arguments) {
+        return std::get<CaptionsCommand>(command(std::move(arguments))).target;
+    };
+    EXPECT_EQ(target({}), std::nullopt) << "the settings decide";
+    EXPECT_EQ(target({"--target", "zh-Hant"}), "zh-Hant");
+    EXPECT_EQ(target({"--target", "off"}), "");
+    EXPECT_TRUE(std::holds_alternative<ListLanguagesCommand>(command({"--languages"})));
+    EXPECT_TRUE(std::holds_alternative<ListLanguagesCommand>(command({"--languages", "--json"})));
+    EXPECT_TRUE(std::holds_alternative<ListLanguagesCommand>(command({"--languages", "list"})));
+    EXPECT_EQ(
+        std::get<DownloadLanguageCommand>(command({"--languages", "download", "ja", "--quiet"})).id,
+        "ja");
+    EXPECT_EQ(std::get<RemoveLanguageCommand>(command({"--languages", "remove", "ja"})).id, "ja");
+    EXPECT_EQ(std::get<TestTranslationCommand>(command({"--test-translation", "ja"})).target, "ja");
 }
 
 TEST(TerminalOptionsTests, AssignmentsKeepTheirOrderAndEverythingBehindTheFirstEqualsSign) {

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "Terminal/Program.h"
+#include "TessaruneCore/host/Task.h"
+
+#include <cstdint>
+#include <functional>
+#include <stop_token>
+#include <string>
+
+namespace tessarune {
+
+/// Downloads one thing, with a line of progress on standard error where somebody can see it. Ctrl-C
+/// ends it; what has arrived by then is kept for the next attempt. Gives the status to end with.
+/// Main queue.
+struct ShownDownload {
+    using Progress = std::function<void(std::uint64_t received, std::uint64_t expected)>;
+
+    std::string name;
+    std::function<Task<void>(Progress progress, std::stop_token stop)> begin;
+};
+Task<int> runDownload(Program& program, const TerminalOptions& options, ShownDownload download);
+
+/// "38.2 MB", of bytes.
+std::string megabytes(std::uint64_t bytes);
+
+} // namespace tessarune

@@ -1,0 +1,151 @@
+#include "Terminal/LanguageCommands.h"
+
+#include "Terminal/DownloadProgress.h"
+#include "Terminal/ExitStatus.h"
+#include "Terminal/SignalWatch.h"
+#include "Tessarune/translation/AppleTranslator.h"
+#include "Tessarune/translation/TranslationTaskBridge.h"
+#include "TessaruneCore/text/TextColumns.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace tessarune {
+
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+std::string displayName(const std::string& id) {
+    return TranslationSupport::translationTargetDisplayName({id, ""});
+}
+
+std::string describe(const TranslationLanguageState& language) {
+    if (!language.damage.empty())
+        return "damaged: " + language.damage;
+    switch (language.status) {
+    case TranslationAvailabilityStatus::installed:
+        return language.isRemovable ? "installed" : "installed, came with the program";
+    case TranslationAvailabilityStatus::supported:
+        return "can be downloaded";
+    case TranslationAvailabilityStatus::unsupported:
+        return "no model yet";
+    }
+    return {};
+}
+
+void printJSON(const Json& line) {
+    std::puts(line.dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
+}
+
+std::string padded(const std::string& text, std::size_t width) {
+    return text + std::string(width - std::min(width, Text::columns(text)), ' ');
+}
+
+/// The test of the settings, from its beginning to its end.
+Task<int> runTest(Program& program, const TerminalOptions& options, std::string target) {
+    const auto makeTranslator = [&program]() -> std::shared_ptr<Translator> {
+        return std::make_shared<AppleTranslator>(program.host, program.translation,
+                                                 Executor::main(program.host));
+    };
+    const auto bridge = std::make_shared<TranslationTaskBridge>(TranslationTaskBridge::Environment{
+        program.host, program.translation, makeTranslator,
+        [&program] { return LiveTranslationSettingsSnapshot::current(program.settings); }, [] {}});
+    OneShot<bool> ended(Executor::main(program.host));
+    bridge->isTestingTranslation().onDidChange([ended](bool isTesting) {
+        if (!isTesting)
+            ended.resume(true);
+    });
+    SignalWatch signals(program.host, [ended] { ended.resume(false); });
+    bridge->runTranslationTest(target);
+    const bool wasRun = co_await ended;
+
+    const std::string& text = *bridge->resultText();
+    const bool succeeded = wasRun && !text.empty();
+    if (options.json)
+        printJSON({{"type", "translationTest"},
+                   {"target", target},
+                   {"ok", succeeded},
+                   {"status", *bridge->statusText()},
+                   {"text", text}});
+    else if (succeeded)
+        std::printf("%s\n", text.c_str());
+    if (!options.json && (!options.quiet || !succeeded))
+        std::fprintf(stderr, "%s\n", bridge->statusText()->c_str());
+    co_return static_cast<int>(succeeded ? ExitStatus::ok : ExitStatus::noModel);
+}
+
+} // namespace
+
+Task<int> listLanguages(Program& program, const TerminalOptions& options) {
+    const auto languages = program.translationModels.languages().list();
+    std::size_t idWidth = 0;
+    std::size_t nameWidth = 0;
+    for (const auto& language : languages) {
+        idWidth = std::max(idWidth, language.id.size());
+        nameWidth = std::max(nameWidth, Text::columns(displayName(language.id)));
+    }
+    for (const auto& language : languages) {
+        const std::string name = displayName(language.id);
+        if (options.json) {
+            printJSON({{"type", "language"},
+                       {"id", language.id},
+                       {"name", name},
+                       {"state", tessarune::name(language.status)},
+                       {"bytes", language.bytes},
+                       {"damage", language.damage},
+                       {"chosen", language.id == *program.settings.translationTargetLanguage}});
+            continue;
+        }
+        std::printf("%s  %s  %9s  %s\n", padded(language.id, idWidth).c_str(),
+                    padded(name, nameWidth).c_str(),
+                    language.bytes > 0 ? megabytes(language.bytes).c_str() : "",
+                    describe(language).c_str());
+    }
+    co_return static_cast<int>(ExitStatus::ok);
+}
+
+Task<int> downloadLanguage(Program& program, const TerminalOptions& options, std::string id) {
+    const TranslationLanguages languages = program.translationModels.languages();
+    return runDownload(
+        program, options,
+        {id, [languages, id](ShownDownload::Progress progress, std::stop_token stop) {
+             std::function<void(TranslationDownloadProgress)> handler;
+             if (progress)
+                 handler = [progress](TranslationDownloadProgress now) {
+                     progress(now.received, now.expected);
+                 };
+             return languages.download(id, std::move(handler), std::move(stop));
+         }});
+}
+
+Task<int> removeLanguage(Program& program, std::string id) {
+    try {
+        program.translationModels.languages().remove(id);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tessarune-terminal: %s: %s\n", id.c_str(), error.what());
+        co_return static_cast<int>(ExitStatus::noModel);
+    }
+    co_return static_cast<int>(ExitStatus::ok);
+}
+
+Task<int> testTranslation(Program& program, const TerminalOptions& options, std::string target) {
+    const auto languages = program.translationModels.languages().list();
+    const bool canBeFetched = std::ranges::any_of(languages, [&](const auto& language) {
+        return language.id == target && language.status == TranslationAvailabilityStatus::supported;
+    });
+    if (canBeFetched) {
+        Task<int> downloading = downloadLanguage(program, options, target);
+        const int status = co_await downloading;
+        if (status != static_cast<int>(ExitStatus::ok))
+            co_return status;
+    }
+    Task<int> testing = runTest(program, options, std::move(target));
+    const int status = co_await testing;
+    co_return status;
+}
+
+} // namespace tessarune

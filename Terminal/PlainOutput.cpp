@@ -1,0 +1,118 @@
+#include "Terminal/CaptionOutput.h"
+#include "Terminal/TranslationNews.h"
+#include "TessaruneCore/translation/CommittedTranslationUnitPlanner.h"
+#include "TessaruneCore/translation/TranslationSegmentMutator.h"
+
+#include <memory>
+#include <span>
+
+namespace tessarune {
+
+namespace {
+
+/// How long a row may wait for the translation of the row before it.
+constexpr double patienceSeconds = 1.0;
+
+/// Lines for a file or another program. A translation that is late must never hold up a caption:
+/// once a wait was in vain, nothing waits until all translations have come.
+class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
+  public:
+    PlainPrinter(std::FILE* out, std::FILE* errors, Host& host, bool quiet)
+        : out_(out), errors_(errors), host_(host), quiet_(quiet) {}
+
+    void update(const CaptionPicture& picture) {
+        core_ = &picture.core;
+        target_ = picture.target;
+        awaits_ = picture.awaitsTranslations;
+        print();
+    }
+
+    void status(std::string_view text) const {
+        if (!quiet_)
+            std::fprintf(errors_, "%.*s\n", static_cast<int>(text.size()), text.data());
+    }
+
+    void finish(const CaptionPicture& picture) {
+        update(picture);
+        awaits_ = false;
+        print();
+        wait_.cancel();
+    }
+
+  private:
+    void print() {
+        const CaptionCore::Rows& rows = *core_->committedSegments;
+        for (;;) {
+            for (const std::size_t i : news_.take(rows, printed_))
+                printOutcome(rows, i);
+            const auto printed = std::span(rows).first(printed_);
+            if (!awaits_ || !TranslationSegmentMutator::nextPendingIndex(printed))
+                endWait(true);
+            if (printed_ == rows.size())
+                break;
+            if (isUnderWay(printed) && isPatient_) {
+                beginWait();
+                break;
+            }
+            std::fprintf(out_, "%s\n", rows[printed_++].sourceText.c_str());
+        }
+        std::fflush(out_);
+    }
+
+    /// Rows that still wait for more text to be translated with hold up nothing: the next row may
+    /// be that text.
+    bool isUnderWay(std::span<const CaptionSegment> rows) const {
+        return awaits_ && CommittedTranslationUnitPlanner::nextPendingUnit(rows);
+    }
+
+    void printOutcome(const CaptionCore::Rows& rows, std::size_t index) const {
+        const CaptionSegment& row = rows[index];
+        if (!row.translatedText)
+            status("Not translated: " + sourceText(unitRows(rows, index)) + " (" +
+                   translationFailureText(*row.translationError, target_) + ")");
+        else if (!row.translatedText->empty())
+            std::fprintf(out_, "\t%s\n", row.translatedText->c_str());
+    }
+
+    void beginWait() {
+        if (std::exchange(isWaiting_, true))
+            return;
+        wait_ = host_.after(patienceSeconds, [weak = weak_from_this()] {
+            if (const auto self = weak.lock()) {
+                self->endWait(false);
+                self->print();
+            }
+        });
+    }
+
+    void endWait(bool wasWorthIt) {
+        wait_.cancel();
+        isWaiting_ = false;
+        isPatient_ = wasWorthIt;
+    }
+
+    std::FILE* out_;
+    std::FILE* errors_;
+    Host& host_;
+    bool quiet_;
+    const CaptionCore* core_ = nullptr;
+    std::string target_;
+    bool awaits_ = false;
+    std::size_t printed_ = 0;
+    TranslationNews news_;
+    DelayedCall wait_;
+    bool isWaiting_ = false;
+    bool isPatient_ = true;
+};
+
+} // namespace
+
+CaptionOutput makePlainOutput(std::FILE* out, std::FILE* errors, Host& host, bool quiet) {
+    auto printer = std::make_shared<PlainPrinter>(out, errors, host, quiet);
+    return {[printer](const CaptionPicture& picture) { printer->update(picture); },
+            [printer](std::string_view text) { printer->status(text); },
+            [](std::string_view) {}, // a file of captions has no place for it
+            [printer](const CaptionPicture& picture) { printer->finish(picture); }};
+}
+
+} // namespace tessarune

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Tessarune/translation/LiveTranslationSettingsSnapshot.h"
+#include "Tessarune/translation/TranslationLanguages.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// What becomes of translation in one run of the terminal. Captions never depend on it: what the
+/// settings want and cannot have is said once and left out; what the command line asks for and
+/// cannot have is a failure before anything begins.
+struct TranslationChoice {
+    std::string target;  ///< empty: nothing is translated
+    std::string notice;  ///< for the user, once; may be empty
+    std::string failure; ///< why the run cannot begin; empty: it can
+
+    bool operator==(const TranslationChoice&) const = default;
+};
+
+/// `wanted` is that of the command line: a language, empty for none, absent for the settings'.
+TranslationChoice chooseTranslation(const LiveTranslationSettingsSnapshot& settings,
+                                    const std::optional<std::string>& wanted,
+                                    const std::vector<TranslationLanguageState>& languages);
+
+/// "zh-Hans (中文（中国大陆）)".
+std::string languageName(const std::string& id);
+
+} // namespace tessarune

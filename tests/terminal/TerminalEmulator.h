@@ -1,0 +1,80 @@
+#pragma once
+
+#include "TessaruneCore/text/Text.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace tessarune::testing {
+
+/// As much of a terminal as the screen output uses. Lines that scroll off the top are out of reach,
+/// as on a real one: what is rewritten too late shows up twice.
+class TerminalEmulator {
+  public:
+    explicit TerminalEmulator(std::size_t rows) : rows_(rows) {}
+
+    void write(const std::string& bytes) {
+        for (std::size_t i = 0; i < bytes.size();) {
+            if (bytes[i] == '\033') {
+                std::size_t end = i + 2;
+                while (!(bytes[end] >= '@' && bytes[end] <= '~'))
+                    ++end;
+                escape(bytes.substr(i + 2, end - i - 2), bytes[end]);
+                i = end + 1;
+            } else if (bytes[i] == '\n') {
+                lineFeed();
+                ++i;
+            } else if (bytes[i] == '\r') {
+                ++i;
+                column_ = 0;
+            } else {
+                const std::size_t end = std::min(bytes.find_first_of("\033\n\r", i), bytes.size());
+                EXPECT_EQ(column_, lines_[line_].size()) << "nothing is written over";
+                lines_[line_] += (isDim_ ? "~" : "") + bytes.substr(i, end - i);
+                column_ = lines_[line_].size();
+                i = end;
+            }
+        }
+    }
+
+    /// All that can be read, scrolled lines too; dim lines begin with "~".
+    std::vector<std::string> text() const {
+        std::vector<std::string> all = lines_;
+        while (!all.empty() && all.back().empty())
+            all.pop_back();
+        return all;
+    }
+
+  private:
+    void escape(const std::string& parameters, char command) {
+        if (command == 'm') {
+            isDim_ = parameters == "2";
+        } else if (command == 'J') {
+            lines_.resize(line_ + 1);
+            lines_[line_].resize(column_);
+        } else if (command == 'A') {
+            const std::size_t top = lines_.size() > rows_ ? lines_.size() - rows_ : 0;
+            const std::size_t count = std::stoul(parameters);
+            line_ = std::max(top, line_ - std::min(line_, count));
+        } else {
+            EXPECT_EQ(parameters + command,
+                      parameters[1] == '2' && command == 'h' ? "?25h" : "?25l");
+        }
+    }
+    void lineFeed() {
+        column_ = 0;
+        if (++line_ == lines_.size())
+            lines_.emplace_back();
+    }
+
+    std::size_t rows_;
+    std::vector<std::string> lines_{""};
+    std::size_t line_ = 0;
+    std::size_t column_ = 0;
+    bool isDim_ = false;
+};
+
+} // namespace tessarune::testing
