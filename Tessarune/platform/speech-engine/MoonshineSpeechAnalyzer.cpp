@@ -91,8 +91,12 @@ Task<void> MoonshineSpeechAnalyzer::start(AsyncStream<AnalyzerInput> inputSequen
     reading_ = spawn(worker_, std::move(reading), stopReading_);
 }
 
-Task<void> MoonshineSpeechAnalyzer::finalize(double) {
-    return onWorker(worker_, main_, [] {});
+Task<void> MoonshineSpeechAnalyzer::finalize(double through) {
+    const OneShot<bool> decided(main_);
+    worker_.run([session = session_, through, decided] { session->closeLine(through, decided); });
+    co_await decided;
+    const SwitchTo toMain = switchTo(main_);
+    co_await toMain; // the decision may have been there before the wait
 }
 
 Task<void> MoonshineSpeechAnalyzer::cancelAnalysis(double) {

@@ -27,7 +27,8 @@ class MoonshineSpeechTranscriber final : public SpeechTranscriber {
 /// The half that takes sound: brings every operation to the worker queue, where the session is, and
 /// its outcome back to the main queue. Dropping it ends the session.
 ///
-/// `finalize` leaves an open line to the engine, which closes lines at the speaker's own pauses.
+/// The engine closes a line at the speaker's pauses. `finalize` closes it earlier, at a rest
+/// between two words, if there is one soon; else it leaves the line to the engine.
 class MoonshineSpeechAnalyzer final : public SpeechAnalyzer {
   public:
     MoonshineSpeechAnalyzer(Host& host, Executor worker, std::shared_ptr<SpeechModels> models,

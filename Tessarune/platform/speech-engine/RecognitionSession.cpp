@@ -73,8 +73,43 @@ void RecognitionSession::take(const AudioBuffer& buffer) {
             recent_.erase(recent_.begin(),
                           recent_.end() - static_cast<std::ptrdiff_t>(samplesIn(recentSeconds)));
         hasNewSound_ = true;
+        quiet_.hear(buffer.samples);
+        closeIfResting();
         passIfDue();
     });
+}
+
+void RecognitionSession::closeLine(double through, OneShot<bool> done) {
+    const std::optional<double> openSince = reader_.openSince();
+    if (!stream_ || !openSince || *openSince >= through) {
+        done.resume(false);
+        return;
+    }
+    if (!closing_)
+        closing_.emplace();
+    closing_->before = takenSeconds() + policy_.longestWaitForRest;
+    closing_->waiting.push_back(done);
+    // Whoever waits goes on even if no more sound comes.
+    host_.after(policy_.longestWaitForRest, [done] { done.resume(false); });
+}
+
+void RecognitionSession::closeIfResting() {
+    if (!closing_)
+        return;
+    const bool isTooLate = !reader_.openSince() || takenSeconds() > closing_->before;
+    if (!isTooLate && !quiet_.isQuiet())
+        return;
+    if (!isTooLate)
+        pass(true);
+    endClosing();
+}
+
+void RecognitionSession::endClosing() {
+    if (!closing_)
+        return;
+    for (const OneShot<bool>& done : closing_->waiting)
+        done.resume(true);
+    closing_.reset();
 }
 
 void RecognitionSession::passIfDue() {
@@ -100,15 +135,21 @@ void RecognitionSession::passIfDue() {
     });
 }
 
-void RecognitionSession::pass() {
+/// A line that is closed ends the engine's stream, and a new one goes on from this moment.
+void RecognitionSession::pass(bool closesLine) {
     const double began = host_.now();
+    if (closesLine)
+        stream_->stop();
     const moonshine::Transcript& transcript = stream_->transcribe();
     const double took = host_.now() - began;
     nextPassAt_ = began + std::max(policy_.passInterval, policy_.passCostFactor * took);
     hasNewSound_ = false;
     deliver(transcript);
     backlog_->seconds = 0;
-    if (reader_.hasOpenLine()) {
+    if (closesLine) {
+        stream_.emplace(model_);
+        reader_.restarted(takenSeconds());
+    } else if (reader_.openSince()) {
         busySeconds_ += took;
         ++busyPasses_;
     }
@@ -120,7 +161,7 @@ void RecognitionSession::deliver(const moonshine::Transcript& transcript) {
 }
 
 void RecognitionSession::forgetOldLines() {
-    if (reader_.completeLines() >= policy_.linesBeforeRestart && !reader_.hasOpenLine())
+    if (reader_.completeLines() >= policy_.linesBeforeRestart && !reader_.openSince())
         guarded([&] { restart(); });
 }
 
@@ -150,6 +191,7 @@ void RecognitionSession::finish() {
 void RecognitionSession::release() {
     stream_.reset();
     backlog_->seconds = 0;
+    endClosing();
     if (busyPasses_ > 0)
         models_->observe(model_->name(), busySeconds_ / static_cast<double>(busyPasses_),
                          busyPasses_);
@@ -158,6 +200,8 @@ void RecognitionSession::release() {
 
 void RecognitionSession::fail(std::exception_ptr failure) {
     stream_.reset();
+    backlog_->seconds = 0;
+    endClosing();
     results_.fail(std::move(failure));
 }
 

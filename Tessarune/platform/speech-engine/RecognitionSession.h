@@ -2,6 +2,7 @@
 
 #include "Tessarune/audio/AudioBuffer.h"
 #include "Tessarune/platform/speech-engine/MoonshineModel.h"
+#include "Tessarune/platform/speech-engine/QuietDetector.h"
 #include "Tessarune/platform/speech-engine/SpeechModels.h"
 #include "Tessarune/platform/speech-engine/TranscriptReader.h"
 #include "Tessarune/speech/SpeechTranscriber.h"
@@ -22,6 +23,8 @@ struct RecognitionPolicy {
     /// Of these, how many times the last look's own time must have passed; leaves the computer half
     /// of its time however slow it is.
     double passCostFactor = 2;
+    /// How long a line that is to be closed may wait for a rest between two words.
+    double longestWaitForRest = 1.0;
     /// Complete lines after which the engine's stream is made anew, so that its list stays short.
     std::size_t linesBeforeRestart = 300;
 };
@@ -48,6 +51,10 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     void take(const AudioBuffer& buffer);
     /// All sound has been given: recognises what is left and ends the results.
     void finish();
+    /// Closes the open line if it began before this time of the session, as soon as the sound rests
+    /// for a moment; if it does not, the engine closes the line when it finds its end. `done` is
+    /// resumed when that is decided.
+    void closeLine(double through, OneShot<bool> done);
     /// Makes the engine's stream anew if its list has grown long and no line is open.
     void forgetOldLines();
     /// Frees the engine's stream.
@@ -62,8 +69,15 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     double takenSeconds() const;
 
   private:
+    struct Closing {
+        double before; ///< seconds of the session
+        std::vector<OneShot<bool>> waiting;
+    };
+
     void passIfDue();
-    void pass();
+    void pass(bool closesLine = false);
+    void closeIfResting();
+    void endClosing();
     void deliver(const moonshine::Transcript& transcript);
     void restart();
     template <typename Work>
@@ -84,6 +98,8 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     double nextPassAt_ = 0;     ///< host time
     bool passIsScheduled_ = false;
     bool hasNewSound_ = false;
+    QuietDetector quiet_;
+    std::optional<Closing> closing_;
 
     double busySeconds_ = 0; ///< in passes that recognised something
     std::size_t busyPasses_ = 0;

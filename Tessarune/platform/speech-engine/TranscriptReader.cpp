@@ -39,7 +39,7 @@ std::vector<Token> tokensOf(std::string_view text) {
 
 std::vector<SpeechResult> TranscriptReader::read(const moonshine::Transcript& transcript) {
     std::vector<SpeechResult> results;
-    hasOpenLine_ = false;
+    openSince_.reset();
     for (std::size_t i = completeLines_; i < transcript.lineCount; ++i) {
         const moonshine::Line& line = transcript.lines[i];
         const std::string text = textOf(line.text);
@@ -53,7 +53,7 @@ std::vector<SpeechResult> TranscriptReader::read(const moonshine::Transcript& tr
                 std::max(completeThrough_, clockOffset_ + line.start + line.duration);
             continue;
         }
-        hasOpenLine_ = true;
+        openSince_ = clockOffset_ + line.start;
         if (text != openText_ &&
             options_.reporting.contains(SpeechReportingOption::volatileResults))
             results.push_back(result(line, false));
@@ -67,7 +67,7 @@ void TranscriptReader::restarted(double at) {
     clockOffset_ = at;
     completeLines_ = 0;
     completeThrough_ = std::max(completeThrough_, at);
-    hasOpenLine_ = false;
+    openSince_.reset();
     openText_.clear();
 }
 

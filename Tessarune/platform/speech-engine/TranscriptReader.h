@@ -4,6 +4,7 @@
 #include "Tessarune/speech/SpeechTranscriber.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,7 +28,8 @@ class TranscriptReader {
     std::size_t completeLines() const { return completeLines_; }
     /// Where the last complete line ends, in seconds of the session; the stream's begin before.
     double completeThrough() const { return completeThrough_; }
-    bool hasOpenLine() const { return hasOpenLine_; }
+    /// Where the open line begins, in seconds of the session; nothing if there is none.
+    std::optional<double> openSince() const { return openSince_; }
 
   private:
     SpeechResult result(const moonshine::Line& line, bool isFinal) const;
@@ -38,7 +40,7 @@ class TranscriptReader {
     double clockOffset_ = 0;
     std::size_t completeLines_ = 0;
     double completeThrough_ = 0;
-    bool hasOpenLine_ = false;
+    std::optional<double> openSince_;
     std::string openText_; ///< what the last volatile result of the open line said
 };
 

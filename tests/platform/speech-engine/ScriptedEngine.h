@@ -53,7 +53,13 @@ class ScriptedEngine {
 
     std::shared_ptr<const MoonshineLibrary> library() const;
 
+    /// The sample of this time of the session.
+    static float sound(double at, bool isLoud) {
+        return static_cast<float>(at * 1e-6 + (isLoud ? loud : 0));
+    }
+
     std::vector<Spoken> script; ///< times of the whole session
+    double completionLag = 0.1;
     double passCost = 0;
     std::string dependencies; ///< the list of a model's files, JSON
     std::string failing;      ///< the call that fails: "load", "start", "add", "transcribe"
@@ -64,6 +70,7 @@ class ScriptedEngine {
     std::size_t modelsLoaded = 0;
 
   private:
+    static constexpr double loud = 0.125;
     struct Stream {
         double begin = 0; ///< what the session had heard when it began
         double heard = 0;
@@ -93,7 +100,7 @@ inline std::int32_t ScriptedEngine::transcribe(Stream& stream, moonshine::Transc
         if (spoken.end < stream.begin || until < spoken.start + 0.5)
             continue;
         moonshine::Line line{};
-        line.isComplete = stream.stopped || until >= spoken.end + 0.1;
+        line.isComplete = stream.stopped || until >= spoken.end + completionLag;
         const double said = (until - spoken.start) / (spoken.end - spoken.start);
         const std::size_t cut =
             said >= 1 ? std::string::npos
@@ -140,9 +147,9 @@ inline std::shared_ptr<const MoonshineLibrary> ScriptedEngine::library() const {
     calls.addAudioToStream = [](Handle, Handle stream, const float* samples, std::uint64_t count,
                                 std::int32_t rate, std::uint32_t) -> std::int32_t {
         Stream& to = current->streams_[stream];
-        // Each sample says when it was spoken, so that what is given again is recognised.
+        const auto first = static_cast<double>(samples[0]);
         if (to.heard == 0)
-            to.begin = static_cast<double>(samples[0]);
+            to.begin = (first >= loud ? first - loud : first) * 1e6;
         to.heard += static_cast<double>(count) / rate;
         current->heard = std::max(current->heard, to.begin + to.heard);
         return current->result("add");

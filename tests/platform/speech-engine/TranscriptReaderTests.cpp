@@ -39,7 +39,7 @@ TEST(TranscriptReaderTest, GivesWhatChangedOnceAndInOrder) {
     EXPECT_EQ(read(reader, {}), Texts{});
     EXPECT_EQ(read(reader, {line("Ever", false)}), Texts{"~Ever"});
     EXPECT_EQ(read(reader, {line("Ever", false)}), Texts{});
-    EXPECT_TRUE(reader.hasOpenLine());
+    EXPECT_EQ(reader.openSince(), 0.0);
     EXPECT_EQ(read(reader, {line("Ever tried.", true)}), Texts{"Ever tried."});
     EXPECT_EQ(read(reader, {line("Ever tried.", true)}), Texts{});
     // The same words once more are another line.

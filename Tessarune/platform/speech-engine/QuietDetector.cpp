@@ -1,0 +1,45 @@
+#include "Tessarune/platform/speech-engine/QuietDetector.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace tessarune {
+
+namespace {
+
+/// How much louder than the floor a rest may be.
+constexpr double quietFactor = 2;
+/// Below this the floor does not go: a track that was silent for a while must not make a whisper of
+/// what follows.
+constexpr double lowestFloor = 0.001;
+/// Of one frame: doubles the floor in 1.4 s, so that it follows a place that has become louder.
+constexpr double floorRise = 1.01;
+
+} // namespace
+
+void QuietDetector::hear(std::span<const float> samples) {
+    for (const float sample : samples) {
+        frameEnergy_ += static_cast<double>(sample) * static_cast<double>(sample);
+        if (++frameFill_ == frameLength)
+            endFrame();
+    }
+}
+
+void QuietDetector::endFrame() {
+    const double loudness = std::sqrt(frameEnergy_ / static_cast<double>(frameLength));
+    floor_ = std::max(std::min(loudness, floor_ * floorRise), lowestFloor);
+    energies_[framesHeard_++ % framesThatCount] = frameEnergy_;
+    frameEnergy_ = 0;
+    frameFill_ = 0;
+}
+
+bool QuietDetector::isQuiet() const {
+    if (framesHeard_ < framesThatCount)
+        return false;
+    const double energy = std::accumulate(energies_.begin(), energies_.end(), 0.0);
+    const double loudness = std::sqrt(energy / static_cast<double>(frameLength * framesThatCount));
+    return loudness < quietFactor * floor_;
+}
+
+} // namespace tessarune
