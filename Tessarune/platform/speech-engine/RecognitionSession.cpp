@@ -81,7 +81,8 @@ void RecognitionSession::take(const AudioBuffer& buffer) {
 
 void RecognitionSession::closeLine(double through, OneShot<bool> done) {
     const std::optional<double> openSince = reader_.openSince();
-    if (!stream_ || !openSince || *openSince >= through) {
+    if (!stream_ || !openSince || *openSince >= through ||
+        takenSeconds() - *openSince < policy_.shortestLineToClose) {
         done.resume(false);
         return;
     }

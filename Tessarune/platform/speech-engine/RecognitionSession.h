@@ -23,6 +23,8 @@ struct RecognitionPolicy {
     /// Of these, how many times the last look's own time must have passed; leaves the computer half
     /// of its time however slow it is.
     double passCostFactor = 2;
+    /// A shorter line is left to the engine, which closes it at the next pause and better.
+    double shortestLineToClose = 5;
     /// How long a line that is to be closed may wait for a rest between two words.
     double longestWaitForRest = 1.0;
     /// Complete lines after which the engine's stream is made anew, so that its list stays short.
@@ -51,8 +53,8 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     void take(const AudioBuffer& buffer);
     /// All sound has been given: recognises what is left and ends the results.
     void finish();
-    /// Closes the open line if it began before this time of the session, as soon as the sound rests
-    /// for a moment; if it does not, the engine closes the line when it finds its end. `done` is
+    /// Closes the open line, if it began before this time of the session and is long, as soon as
+    /// the sound rests for a moment; else the engine closes it when it finds its end. `done` is
     /// resumed when that is decided.
     void closeLine(double through, OneShot<bool> done);
     /// Makes the engine's stream anew if its list has grown long and no line is open.

@@ -228,32 +228,35 @@ TEST_F(SpeechAnalyzerTest, OldLinesAreDroppedBetweenLinesAndTheClockGoesOn) {
     EXPECT_NEAR(results_.back().runs.back().audioEnd.value(), 8.0, 0.01);
 }
 
-TEST_F(SpeechAnalyzerTest, FinalizeClosesTheLineAtARestIfThereIsOneSoon) {
+TEST_F(SpeechAnalyzerTest, FinalizeClosesALongLineAtARestIfThereIsOneSoon) {
     struct Case {
         const char* name;
+        double lineStart;
         Rest rest;
         double through;
-        std::vector<std::string> finalsAt4; ///< before the engine itself closes the line
+        std::vector<std::string> finalsAt9; ///< before the engine itself closes the line
     };
-    for (const auto& [name, rest, through, finalsAt4] :
-         {Case{"a rest", {3.5, 3.65}, 2.6, {"Ever tried."}},
-          Case{"too short", {3.5, 3.53}, 2.6, {}}, Case{"too late", {4.2, 4.4}, 2.6, {}},
-          Case{"the line began later", {3.5, 3.65}, 0.9, {}}}) {
+    const std::vector<Case> cases{{"a rest", 1, {8.5, 8.65}, 7.6, {"Ever tried."}},
+                                  {"too short a rest", 1, {8.5, 8.53}, 7.6, {}},
+                                  {"too late a rest", 1, {9.2, 9.4}, 7.6, {}},
+                                  {"a line that began later", 1, {8.5, 8.65}, 0.9, {}},
+                                  {"a short line", 4, {8.5, 8.65}, 7.6, {}}};
+    for (const auto& [name, lineStart, rest, through, finalsAt9] : cases) {
         SCOPED_TRACE(name);
-        engine_.script = {{"Ever tried.", 1, 3.5}, {"Ever failed.", 3.5, 6}};
+        engine_.script = {{"Ever tried.", lineStart, 8.5}, {"Ever failed.", 8.5, 11}};
         engine_.completionLag = 1.5;
         rests_ = {rest};
         results_.clear();
         startUp();
-        hearUntilAnew(3.05);
+        hearUntilAnew(8.05);
         bool isDecided = false;
         spawn(Executor::main(host_), tell(analyzer_->finalize(through), &isDecided));
-        hearUntil(4.1);
-        EXPECT_EQ(texts(true), finalsAt4);
+        hearUntil(9.1);
+        EXPECT_EQ(texts(true), finalsAt9);
         EXPECT_TRUE(isDecided) << "nobody waits longer than a second";
-        hearUntil(8);
+        hearUntil(13);
         EXPECT_EQ(texts(true), textsOf(engine_.script)) << "nothing is lost and nothing twice";
-        EXPECT_NEAR(results_.back().runs.front().audioStart.value(), 3.5, 0.01);
+        EXPECT_NEAR(results_.back().runs.front().audioStart.value(), 8.5, 0.01);
         TearDown();
     }
 }
