@@ -33,11 +33,13 @@ bool LiveRecordingTracker::saveTranscripts(std::string_view sourceText,
     const bool sourceSaved = catalog_.saveTranscript(sourceText, id);
     const bool bilingualSaved = catalog_.saveBilingualTranscript(bilingualText, id);
     const bool timelineSaved = catalog_.saveWordTimeline(wordTimeline, id);
+    // Texts of a recording that the catalog could not take are not kept beyond this run.
+    const bool isListed = catalog_.recording(id).has_value();
     lastSavedID_ = id;
     currentID_.reset();
     currentStartedAt_.reset();
 
-    const bool allSaved = sourceSaved && bilingualSaved && timelineSaved;
+    const bool allSaved = sourceSaved && bilingualSaved && timelineSaved && isListed;
     if (allSaved) {
         catalog_.announceTranscript(id);
     } else {
@@ -45,7 +47,8 @@ bool LiveRecordingTracker::saveTranscripts(std::string_view sourceText,
                           {{"recordingID", id.text()},
                            {"sourceSaved", sourceSaved},
                            {"bilingualSaved", bilingualSaved},
-                           {"timelineSaved", timelineSaved}});
+                           {"timelineSaved", timelineSaved},
+                           {"isListed", isListed}});
     }
     return allSaved;
 }
@@ -68,13 +71,7 @@ bool LiveRecordingTracker::updateLastSavedTranscripts(std::string_view sourceTex
 }
 
 std::optional<RecordingMetadata> LiveRecordingTracker::currentRecordingMetadata() const {
-    if (!currentID_)
-        return std::nullopt;
-    for (auto& recording : catalog_.recordings()) {
-        if (recording.id == *currentID_)
-            return recording;
-    }
-    return std::nullopt;
+    return currentID_ ? catalog_.recording(*currentID_) : std::nullopt;
 }
 
 std::optional<std::filesystem::path> LiveRecordingTracker::currentAudioPath() const {

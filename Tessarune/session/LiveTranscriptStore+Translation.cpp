@@ -45,6 +45,8 @@ void LiveTranscriptStore::beginJournal(const RecordingMetadata& metadata) {
         host(), environment_.files, logger(), environment_.catalog.journalURL(metadata.id),
         metadata.monotonicStart.value_or(metadata.startedAt),
         *environment_.settings.selectedRecognitionOptionID);
+    for (const CaptionSegment& row : *core.committedSegments)
+        journal(row);
 }
 
 void LiveTranscriptStore::journal(const CaptionSegment& row) {

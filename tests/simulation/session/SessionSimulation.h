@@ -1,0 +1,89 @@
+#pragma once
+
+#include "Tessarune/session/TessaruneListeningLifecycleHandler.h"
+#include "tests/simulation/SimulatedSession.h"
+
+#include <cstdint>
+#include <map>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace tessarune::simulation {
+
+/// Sessions of random events on one simulated computer, all decided by a seed. After every single
+/// step of the host it is checked that nothing happened that must never happen; the first violation
+/// ends the run.
+///
+/// Everything that is spoken is a word of its own, so that a word that is lost or comes twice is
+/// seen at once.
+class SessionSimulation {
+  public:
+    explicit SessionSimulation(std::uint64_t seed);
+
+    /// What was violated; empty if nothing was.
+    std::string run();
+    /// What happened, one line each with its time.
+    const std::vector<std::string>& trace() const { return trace_; }
+
+  private:
+    using Phase = LiveSessionPhase;
+
+    // What happens
+    void act();
+    void actOnSession(const std::string& action);
+    void disturb();
+    void disturbDisk();
+    void changeSetting();
+    void speak();
+    void landTranslation();
+    void askToTerminate();
+    void advance(double seconds);
+    void endWell();
+    void endKilled();
+
+    // What must hold
+    void watch();
+    void checkPhase(Phase phase);
+    void checkCommitted(const CaptionCore::Rows& rows);
+    void checkFinals();
+    void checkLifecycle(const SessionDiagnostics::LifecycleEntry& entry);
+    void checkSaved();
+    void checkStep();
+    void checkRest();
+    void checkFiles();
+    void require(bool holds, const std::string& what);
+
+    void note(const std::string& what);
+    std::uint64_t upTo(std::uint64_t limit) { return random_() % (limit + 1); }
+    bool chance(int percent) { return upTo(99) < static_cast<std::uint64_t>(percent); }
+    double seconds(double limit) { return limit * static_cast<double>(upTo(1000)) / 1000; }
+    template <typename T>
+    const T& oneOf(const std::vector<T>& choices) {
+        return choices[upTo(choices.size() - 1)];
+    }
+    std::string newWords();
+    std::string committedText() const;
+
+    std::mt19937_64 random_;
+    SimulatedSession session_;
+    std::unique_ptr<TessaruneListeningLifecycleHandler> handler_;
+    std::vector<std::string> trace_;
+    std::string violation_;
+
+    std::uint64_t lastWord_ = 0;
+    std::string openWords_; ///< spoken, and not final yet
+    const ScriptedAnalyzer* speaker_ = nullptr;
+
+    Phase lastPhase_ = Phase::idle;
+    std::size_t committedRows_ = 0;
+    std::set<std::string> committedWords_;
+    std::set<std::string> finalWords_; ///< of finals that the session accepted
+    std::set<std::string> openSpans_;
+    std::map<UUID, std::string> savedTexts_;
+    int awaitedReplies_ = 0;
+    bool diskWasFaulty_ = false;
+};
+
+} // namespace tessarune::simulation
