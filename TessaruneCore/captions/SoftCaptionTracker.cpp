@@ -1,6 +1,5 @@
 #include "TessaruneCore/captions/SoftCaptionTracker.h"
 
-#include "TessaruneCore/segmentation/SentenceStabilityKey.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <utility>
@@ -39,13 +38,17 @@ SoftCaptionTracker::Advance SoftCaptionTracker::advance(const std::vector<std::s
         return result;
     }
 
-    std::size_t position = 0;
+    std::vector<std::string_view> texts;
+    texts.reserve(candidates.size());
     for (const auto& candidate : candidates) {
         const std::string_view text = Text::trimmed(candidate);
         if (!text.empty())
-            place(position++, text, stableSeconds, now, newID);
+            texts.push_back(text);
     }
-    rows.resize(position);
+    keys_.assign(texts);
+    for (std::size_t position = 0; position < texts.size(); ++position)
+        place(position, texts[position], stableSeconds, now, newID);
+    rows.resize(texts.size());
 
     result.segments.reserve(rows.size());
     for (const auto& row : rows) {
@@ -70,15 +73,14 @@ SoftCaptionTracker::Advance SoftCaptionTracker::advance(const std::vector<std::s
 void SoftCaptionTracker::place(std::size_t position, std::string_view text, double stableSeconds,
                                double now, const UUIDSource& newID) {
     const bool known = position < rows.size();
-    if (known && (rows[position].text == text ||
-                  rows[position].normalized == SentenceStabilityKey::normalize(text))) {
+    const std::string& key = keys_.keys()[position];
+    if (known && rows[position].normalized == key) {
         Row& row = rows[position];
         row.text = text;
         row.visible = row.visible || now - row.stableSince >= stableSeconds;
         return;
     }
-    Row fresh{newID(), std::string(text), SentenceStabilityKey::normalize(text), now,
-              now,     stableSeconds <= 0};
+    Row fresh{newID(), std::string(text), key, now, now, stableSeconds <= 0};
     if (known)
         rows[position] = std::move(fresh);
     else

@@ -2,6 +2,7 @@
 
 #include "TessaruneCore/UUID.h"
 #include "TessaruneCore/captions/CaptionSegment.h"
+#include "TessaruneCore/segmentation/StabilityKeyList.h"
 
 #include <cstdint>
 #include <string>
@@ -44,6 +45,8 @@ struct SoftCaptionTracker {
   private:
     void place(std::size_t position, std::string_view text, double stableSeconds, double now,
                const UUIDSource& newID);
+
+    StabilityKeyList keys_; ///< of the last candidates; a memory of work done, which `clear` keeps
 };
 
 } // namespace tessarune

@@ -1,8 +1,10 @@
 #include "TessaruneCore/segmentation/SentenceStabilityKey.h"
 
+#include "TessaruneCore/text/CodePoints.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <array>
+#include <optional>
 
 namespace tessarune::SentenceStabilityKey {
 
@@ -64,10 +66,36 @@ std::string normalizeASCII(std::string_view text) {
     return key;
 }
 
+/// Nothing where a code point is not plain.
+std::optional<std::string> normalizePlain(std::string_view text) {
+    const std::string lower = Text::lowercased(text);
+    std::string key;
+    key.reserve(lower.size());
+    bool blankWaits = false;
+    for (std::size_t at = 0; at < lower.size();) {
+        const std::size_t start = at;
+        const char32_t codePoint = Text::decode(lower, at);
+        if (!Text::isPlain(codePoint))
+            return std::nullopt;
+        if (Text::isWhiteSpace(codePoint)) {
+            blankWaits = true;
+        } else if (!isIgnored(codePoint)) {
+            if (blankWaits && !key.empty())
+                key += ' ';
+            blankWaits = false;
+            key.append(lower, start, at - start);
+        }
+    }
+    return key;
+}
+
 } // namespace
 
 std::string normalize(std::string_view text) {
-    return Text::isASCII(text) ? normalizeASCII(text) : normalizeByCodePoints(text);
+    if (Text::isASCII(text))
+        return normalizeASCII(text);
+    const auto key = normalizePlain(text);
+    return key ? *key : normalizeByCodePoints(text);
 }
 
 std::string normalizeByCodePoints(std::string_view text) {

@@ -14,7 +14,7 @@ namespace tessarune::SentenceStabilityKey {
 std::string normalize(std::string_view text);
 std::vector<std::string> normalize(const std::vector<std::string>& texts);
 
-/// The same key without the quick way for ASCII, to test that against.
+/// The same key without the quick ways, to test those against.
 std::string normalizeByCodePoints(std::string_view text);
 
 } // namespace tessarune::SentenceStabilityKey

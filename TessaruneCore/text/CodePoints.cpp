@@ -69,9 +69,7 @@ bool isASCII(std::string_view text) {
     return true;
 }
 
-bool isPlain(char32_t codePoint) {
-    if (codePoint < 0x80 || (codePoint >= 0x4E00 && codePoint <= 0x9FFF))
-        return true;
+bool isPlainByTable(char32_t codePoint) {
     for (const auto& range : plainRanges) {
         if (codePoint <= range.last)
             return codePoint >= range.first;
@@ -94,7 +92,8 @@ bool isLetterOrNumber(char32_t codePoint) {
 bool isWhiteSpace(char32_t codePoint) {
     if (codePoint < 0x80)
         return isASCIIWhiteSpace(codePoint);
-    return u_isUWhiteSpace(static_cast<UChar32>(codePoint));
+    constexpr char32_t lastWhiteSpace = 0x3000;
+    return codePoint <= lastWhiteSpace && u_isUWhiteSpace(static_cast<UChar32>(codePoint));
 }
 
 bool isCJKIdeograph(char32_t codePoint) {
@@ -136,6 +135,10 @@ bool isValidUTF8(std::string_view bytes) {
         if (static_cast<unsigned char>(bytes[at]) < 0x80) {
             const bool skips = bytes.size() - at >= stride && isASCII(bytes.substr(at, stride));
             at += skips ? stride : 1;
+            continue;
+        }
+        if (surelyHasThreeBytes(bytes, at)) {
+            at += 3;
             continue;
         }
         UChar32 codePoint;

@@ -172,8 +172,11 @@ std::string lowercased(std::string_view text) {
     std::string result;
     result.reserve(text.size());
     for (std::size_t at = 0; at < text.size();) {
+        const std::size_t start = at;
         const char32_t codePoint = decode(text, at);
-        if (codePoint < 0x80) {
+        if (isCJKIdeograph(codePoint)) {
+            result.append(text, start, at - start);
+        } else if (codePoint < 0x80) {
             const bool isUpper = codePoint >= 'A' && codePoint <= 'Z';
             result += static_cast<char>(isUpper ? codePoint - 'A' + 'a' : codePoint);
         } else if (isPlain(codePoint) && codePoint != capitalSigma && codePoint != dottedCapitalI) {
