@@ -52,11 +52,15 @@ std::string Output::transcript() const {
 }
 
 Output run(const std::vector<ASREventRecord>& records, const CaptionCore::Config& config,
-           const EngineCapabilities& caps) {
+           const EngineCapabilities& caps, const Observer& observer) {
     const double t0 = records.empty() ? 0 : records.front().t;
     SimulatedHost host(t0);
     CaptionCore core = CaptionCore::onHost([&] { return config; }, [&] { return caps; }, host,
                                            countingUUIDSource());
+    if (observer)
+        core.onActivity = [&](CaptionCore::Activity activity) {
+            observer(core, activity, host.now());
+        };
     for (const ASREventRecord& record : records) {
         const std::optional<ASREvent> event = record.asEvent();
         if (!event)

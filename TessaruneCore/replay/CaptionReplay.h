@@ -5,6 +5,7 @@
 #include "TessaruneCore/recognition/EngineCapabilities.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,8 +27,13 @@ struct Output {
     std::string transcript() const;
 };
 
+/// Sees the core after each of its activities, when a display would draw. `t` is the simulated
+/// time.
+using Observer =
+    std::function<void(const CaptionCore& core, CaptionCore::Activity activity, double t)>;
+
 /// `records` in the order in which the log's reader gives them.
 Output run(const std::vector<ASREventRecord>& records, const CaptionCore::Config& config,
-           const EngineCapabilities& caps);
+           const EngineCapabilities& caps, const Observer& observer = {});
 
 } // namespace tessarune::CaptionReplay

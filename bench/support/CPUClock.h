@@ -1,0 +1,22 @@
+#pragma once
+
+#include <ctime>
+
+/// Processor time, in seconds. It does not count what others do on the same computer, as the time
+/// on the wall does; it still depends on how warm they leave the caches.
+namespace tessarune::CPUClock {
+
+inline double read(clockid_t clock) {
+    timespec time{};
+    clock_gettime(clock, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+inline double thread() {
+    return read(CLOCK_THREAD_CPUTIME_ID);
+}
+inline double process() {
+    return read(CLOCK_PROCESS_CPUTIME_ID);
+}
+
+} // namespace tessarune::CPUClock

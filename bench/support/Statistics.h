@@ -1,0 +1,14 @@
+#pragma once
+
+#include <vector>
+
+/// What is said about many measurements of one thing. Values in any order; none give 0.
+namespace tessarune::Statistics {
+
+/// The smallest value that at least `share` (0 to 1) of the values do not exceed.
+double percentile(std::vector<double> values, double share);
+
+/// The middle value, or the mean of the two in the middle.
+double median(std::vector<double> values);
+
+} // namespace tessarune::Statistics
