@@ -216,7 +216,8 @@ class Drawing {
             addLine(share == 0 ? "axis" : "grid", rightAxis, y, rightEnd, y);
             addText(rightAxis - 8, y + 4, "small", "end", std::to_string(share) + " %");
         }
-        for (std::size_t i = 0; i < report_.rows.size(); ++i)
+        // The first is dashed and comes last, so that a curve which it meets shows through.
+        for (std::size_t i = report_.rows.size(); i-- > 0;)
             addCurve(i, scale, report_.rows[i].text.spoken);
         addLegend();
     }

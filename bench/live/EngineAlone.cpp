@@ -1,0 +1,87 @@
+#include "bench/live/EngineAlone.h"
+
+#include "Tessarune/platform/media/FFmpegMediaFile.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+namespace tessarune {
+
+namespace {
+
+/// As `SpeechAnalyzerTranscriber` batches.
+constexpr double batchSeconds = 0.085;
+
+std::vector<AudioBufferPtr> batches(const SpeechPlatform& platform,
+                                    const std::filesystem::path& path, AudioFormat format) {
+    AudioBuffer all{format, {}};
+    const auto file = openFFmpegMediaFile(path);
+    const auto converter = platform.makeConverter(file->format(), format);
+    while (const AudioBufferPtr block = file->read()) {
+        const AudioBuffer converted = converter->convert(*block);
+        all.samples.insert(all.samples.end(), converted.samples.begin(), converted.samples.end());
+    }
+    const auto step = static_cast<std::size_t>(format.sampleRate * batchSeconds);
+    std::vector<AudioBufferPtr> result;
+    for (std::size_t at = 0; at < all.samples.size(); at += step) {
+        const auto begin = all.samples.begin() + static_cast<std::ptrdiff_t>(at);
+        const auto count = static_cast<std::ptrdiff_t>(std::min(step, all.samples.size() - at));
+        result.push_back(std::make_shared<const AudioBuffer>(
+            AudioBuffer{format, std::vector<float>(begin, begin + count)}));
+    }
+    return result;
+}
+
+Task<void> dropResults(AsyncStream<SpeechResult> results) {
+    try {
+        for (;;) {
+            Task<std::optional<SpeechResult>> arriving = results.next();
+            const std::optional<SpeechResult> result = co_await arriving;
+            if (!result)
+                co_return;
+        }
+    } catch (const std::exception&) {
+        // The session's end tells of it.
+    }
+}
+
+} // namespace
+
+Task<void> runEngineAlone(SpeechPlatform platform, std::filesystem::path file,
+                          std::function<void()> onListening) {
+    Host& host = platform.host;
+    const Executor main = Executor::main(host);
+    const Executor resultsExecutor =
+        Executor::queue(host, host.serialQueue("bench.results", QueuePriority::userInitiated));
+    SpeechTranscriberOptions options;
+    options.localeIdentifier = "en-US";
+    options.reporting = {SpeechReportingOption::volatileResults,
+                         SpeechReportingOption::fastResults};
+    options.attributes = {SpeechAttributeOption::audioTimeRange};
+    const auto transcriber = platform.engine.makeTranscriber(options, resultsExecutor);
+    const auto analyzer = platform.engine.makeAnalyzer(transcriber);
+    const AudioFormat format = analyzer->bestAvailableAudioFormat();
+    const std::vector<AudioBufferPtr> sound = batches(platform, file, format);
+    Task<void> preparing = analyzer->prepareToAnalyze(format);
+    co_await preparing;
+    spawn(resultsExecutor, dropResults(transcriber->results()));
+    const AsyncStream<AnalyzerInput> input(analyzer->inputExecutor());
+    Task<void> starting = analyzer->start(input);
+    co_await starting;
+
+    onListening();
+    const double startedAt = host.now();
+    double given = 0;
+    for (const AudioBufferPtr& batch : sound) {
+        given += batch->seconds();
+        Task<bool> waiting = sleep(main, std::max(startedAt + given - host.now(), 0.0));
+        co_await waiting;
+        input.yield(AnalyzerInput{batch});
+    }
+    input.finish();
+    Task<void> finishing = analyzer->finalizeAndFinishThroughEndOfInput();
+    co_await finishing;
+}
+
+} // namespace tessarune

@@ -1,0 +1,42 @@
+#pragma once
+
+#include "Terminal/CaptionOutput.h"
+#include "Terminal/CaptionSound.h"
+#include "Terminal/Program.h"
+#include "Tessarune/session/LiveTranscriptStore.h"
+#include "bench/live/ResultLatency.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace tessarune {
+
+/// A session of the real program over a file at real speed, from the capture to the printed
+/// captions, with an engine that is watched. Main queue.
+class LiveSession {
+  public:
+    /// `platform` is what the program recognises with; its engine's results go through `latency`.
+    LiveSession(Program& program, SpeechPlatform platform, ResultLatency& latency,
+                CaptionOutput output);
+
+    /// `onListening` is called when everything is loaded and the sound begins. Throws.
+    Task<void> run(std::filesystem::path file, std::function<void()> onListening);
+
+  private:
+    void makeStore();
+    void observe();
+
+    Program& program_;
+    SpeechPlatform platform_;
+    ResultLatency& latency_;
+    CaptionOutput output_;
+    CaptionSound sound_;
+    std::unique_ptr<PermissionsManager> permissions_;
+    std::shared_ptr<LiveTranscriptStore> store_;
+    OneShot<bool> started_;
+    OneShot<bool> ended_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,112 @@
+#include "bench/live/ResultLatency.h"
+
+#include "TessaruneCore/text/Text.h"
+
+#include <memory>
+#include <stdexcept>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+/// Gives on the results of a transcriber of the engine.
+class RelayedTranscriber final : public SpeechTranscriber {
+  public:
+    RelayedTranscriber(std::shared_ptr<SpeechTranscriber> inner, Executor resultsExecutor)
+        : engines(std::move(inner)), results_(std::move(resultsExecutor)) {}
+
+    AsyncStream<SpeechResult> results() override { return results_; }
+
+    const std::shared_ptr<SpeechTranscriber> engines;
+
+  private:
+    AsyncStream<SpeechResult> results_;
+};
+
+} // namespace
+
+ResultLatency::ResultLatency(Host& host)
+    : host_(host),
+      relayExecutor_(
+          Executor::queue(host, host.serialQueue("bench.results", QueuePriority::userInitiated))) {}
+
+SpeechEngine ResultLatency::watching(SpeechEngine engine) {
+    SpeechEngine watched;
+    watched.makeTranscriber = [this, make = engine.makeTranscriber](
+                                  SpeechTranscriberOptions options, Executor resultsExecutor) {
+        auto inner = make(std::move(options), relayExecutor_);
+        auto relayed = std::make_shared<RelayedTranscriber>(inner, std::move(resultsExecutor));
+        spawn(relayExecutor_, relay(*this, inner->results(), relayed->results()));
+        return relayed;
+    };
+    watched.makeAnalyzer =
+        [make = engine.makeAnalyzer](std::shared_ptr<SpeechTranscriber> transcriber) {
+            return make(dynamic_cast<RelayedTranscriber&>(*transcriber).engines);
+        };
+    return watched;
+}
+
+Task<void> ResultLatency::relay(ResultLatency& latency, AsyncStream<SpeechResult> from,
+                                AsyncStream<SpeechResult> to) {
+    try {
+        for (;;) {
+            Task<std::optional<SpeechResult>> arriving = from.next();
+            std::optional<SpeechResult> result = co_await arriving;
+            if (!result)
+                break;
+            latency.note(*result);
+            to.yield(std::move(*result));
+        }
+        to.finish();
+    } catch (...) {
+        to.fail(std::current_exception());
+    }
+}
+
+void ResultLatency::note(const SpeechResult& result) {
+    const std::string whole = result.text();
+    Result noted{std::string(Text::trimmed(whole)), result.isFinal, host_.now(), 0};
+    std::lock_guard lock(mutex_);
+    underWay_.push_back(std::move(noted));
+}
+
+/// How many of the results under way the event stands for: all up to the newest guess with its
+/// text, or up to the oldest final, whose text may have been replaced by that of a guess.
+std::size_t ResultLatency::countCovered(const ASREvent& event) const {
+    const auto* partial = std::get_if<ASREvent::Partial>(&event.value);
+    std::size_t covered = 0;
+    for (std::size_t i = 0; i < underWay_.size(); ++i) {
+        const Result& result = underWay_[i];
+        if (result.isFinal) {
+            // Where a final was dropped, later guesses show that it will not come any more.
+            if (!partial)
+                return i + 1;
+        } else if (partial && result.text == partial->text) {
+            covered = i + 1;
+        }
+    }
+    return covered;
+}
+
+void ResultLatency::eventArrived(const ASREvent& event) {
+    const double now = host_.now();
+    std::lock_guard lock(mutex_);
+    for (std::size_t left = countCovered(event); left > 0; --left) {
+        arrived_.push_back(std::move(underWay_.front()));
+        arrived_.back().arrivedAt = now;
+        underWay_.pop_front();
+    }
+}
+
+void ResultLatency::coreChanged() {
+    const double now = host_.now();
+    for (const Result& result : std::exchange(arrived_, {})) {
+        Times& times = result.isFinal ? finals : guesses;
+        times.toEvent.push_back(result.arrivedAt - result.cameAt);
+        times.toChange.push_back(now - result.arrivedAt);
+        times.whole.push_back(now - result.cameAt);
+    }
+}
+
+} // namespace tessarune

@@ -1,0 +1,157 @@
+#include "bench/stability/DisplayedWords.h"
+#include "bench/stability/WordTrace.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <sstream>
+
+namespace tessarune {
+namespace {
+
+using Words = std::vector<std::string>;
+using Times = std::vector<double>;
+
+/// "1.5 a b|c; 2 |d": at these times, what is settled now and what is open.
+Stability trace(const std::string& script) {
+    WordTrace trace;
+    std::istringstream steps(script);
+    for (std::string step; std::getline(steps, step, ';');) {
+        std::istringstream in(step);
+        double time = 0;
+        std::string settled, open;
+        in >> time;
+        std::getline(in, settled, '|');
+        std::getline(in, open);
+        trace.show(time, DisplayedWords::asPrinted(settled), DisplayedWords::asPrinted(open));
+    }
+    return trace.stability();
+}
+
+TEST(WordTraceTests, CountsWhatIsTakenBackAndTimesWhatStays) {
+    struct Case {
+        const char* name;
+        const char* script;
+        std::size_t words, updates, erased, unstable;
+        Times untilSteady, untilSettled;
+    };
+    const Case cases[] = {
+        {"nothing", "", 0, 0, 0, 0, {}, {}},
+        {"text that only grows", "0 |a;1 |a b;1 |a b;3 a b|", 2, 2, 0, 0, {0, 0}, {3, 2}},
+        {"a word is replaced", "0 |a b;2 |a c;5 a c|", 2, 2, 1, 1, {0, 2}, {5, 5}},
+        {"and again", "0 |a b;1 |a c;2 |a b", 2, 3, 2, 1, {0, 2}, {}},
+        {"a word in front erases all behind it, but makes none of them unstable",
+         "0 |b c;1 |a b c",
+         3,
+         2,
+         2,
+         0,
+         {0, 0, 0},
+         {}},
+        {"so does a word that is left out", "0 |a b c;1 |b c", 2, 2, 3, 0, {0, 0}, {}},
+        {"one word becomes two", "0 |a x c;1 |a y z c", 4, 2, 2, 1, {0, 1, 0, 0}, {}},
+        {"taken back and said again",
+         "0 |a b c;1 |a;3 |a b c;4 a b c|",
+         3,
+         3,
+         2,
+         2,
+         {0, 0, 0},
+         {4, 1, 1}},
+        {"taken back, and another one said",
+         "0 |a b;1 |a;2 |a c;3 |a c b",
+         3,
+         4,
+         1,
+         0,
+         {0, 0, 0},
+         {}},
+        {"another utterance may say what the one before took back",
+         "0 |a b;1 a|;2 |b",
+         2,
+         3,
+         1,
+         0,
+         {0, 0},
+         {1}},
+        {"the final says something else than the guess",
+         "0 |a b;1 c b d|",
+         3,
+         2,
+         2,
+         1,
+         {1, 0, 0},
+         {1, 1, 0}},
+        {"what is settled is not taken back",
+         "0 |a b c;1 a b|c;2 |d;3 d|",
+         3,
+         2,
+         1,
+         1,
+         {0, 0, 2},
+         {1, 1, 3}},
+    };
+    for (const Case& c : cases) {
+        const Stability found = trace(c.script);
+        EXPECT_EQ(found.words, c.words) << c.name;
+        EXPECT_EQ(found.updates, c.updates) << c.name;
+        EXPECT_EQ(found.erased, c.erased) << c.name;
+        EXPECT_EQ(found.unstable, c.unstable) << c.name;
+        EXPECT_EQ(found.untilSteady, c.untilSteady) << c.name;
+        EXPECT_EQ(found.untilSettled, c.untilSettled) << c.name;
+    }
+}
+
+TEST(WordTraceTests, RatiosAreOfTheWordsOfAllTextsTogether) {
+    Stability sum = trace("0 |a b;1 |a c");
+    sum.add(trace("0 |d e;1 d e|"));
+    EXPECT_DOUBLE_EQ(sum.erasedPerWord(), 0.25);
+    EXPECT_DOUBLE_EQ(sum.unstableShare(), 0.25);
+    EXPECT_EQ(sum.untilSettled, (Times{1, 1}));
+    EXPECT_EQ(trace("").erasedPerWord(), 0);
+}
+
+RC_GTEST_PROP(WordTraceTests, NothingIsUnstableThatWasNotErased, ()) {
+    WordTrace trace;
+    std::size_t settledWords = 0;
+    Words open;
+    const auto someWords =
+        rc::gen::container<Words>(rc::gen::elementOf(std::vector<std::string>{"a", "b", "c"}));
+    const int steps = *rc::gen::inRange(1, 12);
+    for (int time = 0; time < steps; ++time) {
+        const Words settled = *rc::gen::resize(3, someWords);
+        open = *rc::gen::resize(6, someWords);
+        settledWords += settled.size();
+        trace.show(time, settled, open);
+    }
+    const Stability found = trace.stability();
+    RC_ASSERT(found.words == settledWords + open.size());
+    RC_ASSERT(found.untilSteady.size() == found.words);
+    RC_ASSERT(found.untilSettled.size() == settledWords);
+    RC_ASSERT(found.unstable <= std::min(found.words, found.erased));
+    for (std::size_t i = 0; i < settledWords; ++i)
+        RC_ASSERT(found.untilSteady[i] <= found.untilSettled[i]);
+}
+
+TEST(DisplayedWordsTests, CutsAtWhiteSpaceAndBeforeIdeographs) {
+    struct Case {
+        std::string text;
+        Words printed, spoken;
+    };
+    const Case cases[] = {
+        {"", {}, {}},
+        {" Hello,\n  World ", {"Hello,", "World"}, {"hello", "world"}},
+        {"It's 3.5 – no", {"It's", "3.5", "–", "no"}, {"its", "35", "no"}},
+        {"你好，世界。", {"你", "好，", "世", "界。"}, {"你", "好", "世", "界"}},
+        {"用GPU计算 ok", {"用", "GPU", "计", "算", "ok"}, {"用", "gpu", "计", "算", "ok"}},
+        {"他说“好”1", {"他", "说“", "好”", "1"}, {"他", "说", "好", "1"}},
+        {"Cafe\u0301", {"Cafe\u0301"}, {"café"}},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(DisplayedWords::asPrinted(c.text), c.printed) << c.text;
+        EXPECT_EQ(DisplayedWords::asSpoken(c.text), c.spoken) << c.text;
+    }
+}
+
+} // namespace
+} // namespace tessarune
