@@ -25,7 +25,7 @@ Program::Program()
       settings(defaults),
       logger(host, files, paths),
       models(files, paths.models(), ProgramPlaces::modelFolders()),
-      installer(host, models),
+      installer(host, models, DownloadPolicy::withMirror(*settings.modelMirror)),
       speechModels(models, installer, [this] { return *settings.speechModel; }),
       translationModels(host, models, installer),
       translation(std::make_shared<OfflineTranslationService>(host, models, translationModels)),

@@ -81,6 +81,7 @@ AppSettings::AppSettings(UserDefaults& store)
       SETTING(selectedRecognitionOptionID, std::string(ModelCatalog::defaultRecognitionOptionID),
               recognitionOptionCodec()),
       SETTING(speechModel, "automatic", textCodec()),
+      SETTING(modelMirror, "", textCodec()),
       SETTING(sentenceSegmentation, true, boolCodec()),
       SETTING(trueFreeze, true, boolCodec()),
       SETTING(clauseLevelSegmentation, true, boolCodec()),

@@ -39,6 +39,7 @@ class AppSettings {
     // Recognition and captions
     Setting<std::string> selectedRecognitionOptionID;
     Setting<std::string> speechModel; ///< "automatic" or a model's name
+    Setting<std::string> modelMirror; ///< where downloads come from instead; empty: their makers
     Setting<bool> sentenceSegmentation;
     Setting<bool> trueFreeze;
     Setting<bool> clauseLevelSegmentation;

@@ -217,6 +217,13 @@ std::string DownloadPolicy::mirrorFromEnvironment() {
     return value != nullptr ? value : "";
 }
 
+DownloadPolicy DownloadPolicy::withMirror(std::string chosen) {
+    DownloadPolicy policy;
+    if (policy.mirror.empty())
+        policy.mirror = std::move(chosen);
+    return policy;
+}
+
 std::string mirrored(const std::string& url, const std::string& mirror) {
     const std::size_t host = url.find("://");
     if (mirror.empty() || host == std::string::npos)

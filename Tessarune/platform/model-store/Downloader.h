@@ -1,29 +1,17 @@
 #pragma once
 
+#include "Tessarune/platform/model-store/AvailableModel.h"
 #include "Tessarune/shell/FileSystem.h"
 #include "TessaruneCore/host/Task.h"
 
 #include <cstdint>
 #include <filesystem>
 #include <functional>
-#include <optional>
 #include <stdexcept>
 #include <stop_token>
 #include <string>
 
 namespace tessarune {
-
-/// A file to be fetched and what it must be. At least one of the sums is needed: what nobody can
-/// check is not fetched.
-struct FileToFetch {
-    std::string name; ///< under which it is kept
-    std::string url;
-    std::uint64_t bytes = 0;             ///< of what is transferred; 0 if that is unknown
-    bool isZstd = false;                 ///< what is transferred is packed, what is kept is not
-    std::uint64_t unpackedBytes = 0;     ///< of what is kept, if it is packed; 0 if that is unknown
-    std::optional<std::uint32_t> crc32c; ///< of what is transferred
-    std::string sha256; ///< of what is kept, 64 hexadecimal digits; empty if unknown
-};
 
 /// A download that did not work. The text names the file and can be shown.
 struct DownloadFailed : std::runtime_error {
@@ -52,6 +40,8 @@ struct DownloadPolicy {
 
     /// $TESSARUNE_MODEL_MIRROR, or empty.
     static std::string mirrorFromEnvironment();
+    /// With this mirror, unless the environment names one.
+    static DownloadPolicy withMirror(std::string chosen);
 };
 
 /// The address of a file on a mirror that keeps each server's files under the server's name, as

@@ -245,6 +245,10 @@ ModelInstaller::~ModelInstaller() {
         lane->sync([] {});
 }
 
+const DownloadPolicy& ModelInstaller::policy() const {
+    return shared_->downloader.policy();
+}
+
 Task<void> ModelInstaller::install(AvailableModel model, ProgressHandler progress,
                                    std::stop_token stop) {
     const std::shared_ptr<Shared> shared = shared_;

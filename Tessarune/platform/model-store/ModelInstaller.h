@@ -4,20 +4,9 @@
 #include "Tessarune/platform/model-store/ModelStore.h"
 
 #include <functional>
-#include <map>
 #include <memory>
-#include <string>
-#include <vector>
 
 namespace tessarune {
-
-/// A model that can be had: its files and what the store notes beside them.
-struct AvailableModel {
-    ModelKind kind = ModelKind::speech;
-    std::string name;
-    std::vector<FileToFetch> files;
-    std::map<std::string, std::string> details;
-};
 
 /// Brings models into the store: fetches their files, at most two at a time over all models, checks
 /// them and gives the model its name once all are whole and right.
@@ -43,6 +32,8 @@ class ModelInstaller {
     /// `stop` asks for it, and the download goes on only as long as somebody waits for it.
     /// `progress` is called on the main queue, a few times a second.
     Task<void> install(AvailableModel model, ProgressHandler progress, std::stop_token stop);
+
+    const DownloadPolicy& policy() const;
 
   private:
     struct Shared;

@@ -390,7 +390,10 @@ TEST_F(InstallerTest, MirrorStandsInForTheServers) {
               "http://here/m/models.example/a/b.ort");
     server_.on("/m/models.example/a.ort", bytes_);
     DownloadPolicy policy = impatient();
-    policy.mirror = server_.url("/m/");
+    setenv("TESSARUNE_MODEL_MIRROR", "http://environment", 1);
+    EXPECT_EQ(DownloadPolicy::withMirror("http://setting").mirror, "http://environment");
+    unsetenv("TESSARUNE_MODEL_MIRROR");
+    policy.mirror = DownloadPolicy::withMirror(server_.url("/m/")).mirror;
     ModelInstaller installer(host_, store_, policy);
     FileToFetch wanted = file("a.ort", bytes_);
     wanted.url = "https://models.example/a.ort";
