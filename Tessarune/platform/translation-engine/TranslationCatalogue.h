@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tessarune/platform/model-store/ModelInstaller.h"
+#include "Tessarune/platform/model-store/AvailableModel.h"
 #include "Tessarune/platform/translation-engine/LanguagePairs.h"
 #include "Tessarune/platform/translation-engine/TranslationEngine.h"
 

@@ -38,13 +38,13 @@ Languages languagesFor(const std::string& id) {
 } // namespace
 
 struct TranslationModelInventory::Shared {
-    Shared(Host& itsHost, ModelStore& itsStore, ModelInstaller& itsInstaller, DownloadPolicy policy,
+    Shared(Host& itsHost, ModelStore& itsStore, ModelInstaller& itsInstaller,
            TranslationCatalogueSource itsSource)
         : host(itsHost),
           main(Executor::main(itsHost)),
           store(itsStore),
           installer(itsInstaller),
-          downloader(itsStore.files(), std::move(policy)),
+          downloader(itsStore.files(), itsInstaller.policy()),
           source(std::move(itsSource)) {}
 
     Host& host;
@@ -237,10 +237,8 @@ struct TranslationModelInventory::Shared {
 
 TranslationModelInventory::TranslationModelInventory(Host& host, ModelStore& store,
                                                      ModelInstaller& installer,
-                                                     DownloadPolicy policy,
                                                      TranslationCatalogueSource source)
-    : shared_(
-          std::make_shared<Shared>(host, store, installer, std::move(policy), std::move(source))) {}
+    : shared_(std::make_shared<Shared>(host, store, installer, std::move(source))) {}
 
 TranslationModelInventory::~TranslationModelInventory() {
     shared_->ending.request_stop();

@@ -20,9 +20,9 @@ namespace tessarune {
 /// waits for that; a model that is on its way is the installer's.
 class TranslationModelInventory {
   public:
-    /// `policy` is for the catalogue; the files follow that of the installer.
+    /// The catalogue is fetched as the installer fetches files.
     TranslationModelInventory(
-        Host& host, ModelStore& store, ModelInstaller& installer, DownloadPolicy policy = {},
+        Host& host, ModelStore& store, ModelInstaller& installer,
         TranslationCatalogueSource source = TranslationCatalogueSource::ofEngine());
     ~TranslationModelInventory();
     TranslationModelInventory(const TranslationModelInventory&) = delete;

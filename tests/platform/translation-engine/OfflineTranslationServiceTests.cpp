@@ -200,7 +200,7 @@ TEST_F(OwnTranslationTest, WritesTraditionalCharactersWhereThereIsNoModelForThem
         << "one that is listed goes before a conversion";
     writeContents(folder / "own" / "translation" / "catalogue.json",
                   catalogueOfPairs({{"en", "zh"}}));
-    TranslationModelInventory other(host, store, installer, policy());
+    TranslationModelInventory other(host, store, installer);
     EXPECT_EQ(other.pairFor("en-US", "zh-Hans"), simplified) << "what is here goes before a list";
     EXPECT_EQ(other.pairFor("en-US", "zh-Hant"), (TranslationPair{"en", "zh-Hans", true}));
     service = std::make_unique<OfflineTranslationService>(host, store, other);

@@ -122,13 +122,3 @@ TEST(TranslationCatalogueTest, RefusesWhatIsNoList) {
     records.push_back(Json{{"deleted", true}});
     EXPECT_TRUE(TranslationCatalogue::parse(catalogueOf(records), source).lists({"en", "fr"}));
 }
-
-TEST(TranslationCatalogueTest, BuiltInListIsWhatTheEngineCouldBeGiven) {
-    const TranslationCatalogue builtIn = TranslationCatalogue::builtIn();
-    EXPECT_TRUE(builtIn.lists({"en", "pt"}));
-    EXPECT_FALSE(builtIn.lists({"en", "th"}));
-    EXPECT_FALSE(builtIn.model({"en", "pt"}).has_value()) << "its files are not known";
-    const TranslationCatalogueSource engine = TranslationCatalogueSource::ofEngine();
-    EXPECT_TRUE(engine.records.starts_with("https://") && engine.records.ends_with("/records"));
-    EXPECT_EQ(engine.majorVersion, 3);
-}

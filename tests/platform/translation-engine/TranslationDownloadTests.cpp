@@ -96,7 +96,6 @@ TEST_F(TranslationDownloadTest, PreparingFetchesWhatIsMissingAndThenTranslates) 
     std::string bytes = contentsOf(stored.path(vocabulary));
     bytes[1000] ^= 1;
     writeContents(stored.path(vocabulary), bytes);
-    const auto another = session("pt-BR");
     service = std::make_unique<OfflineTranslationService>(host, store, inventory);
     const auto fresh = session("pt-BR");
     EXPECT_EQ(run(fresh->isReady()).text, "no");
@@ -104,7 +103,7 @@ TEST_F(TranslationDownloadTest, PreparingFetchesWhatIsMissingAndThenTranslates) 
     EXPECT_EQ(run(fresh->translate("Hello, world!")).text, "Olá, mundo!");
 }
 
-TEST_F(TranslationDownloadTest, OneDownloadServesAllWhoWaitAndNeedsNoneOfThem) {
+TEST_F(TranslationDownloadTest, OneDownloadServesAllWhoWait) {
     const auto paths = publish("fr", "no model", "no vocabulary");
     const Executor main = Executor::main(host);
     auto given = session("fr-FR");
@@ -115,7 +114,7 @@ TEST_F(TranslationDownloadTest, OneDownloadServesAllWhoWaitAndNeedsNoneOfThem) {
     given.reset();
     finish();
     for (const auto& outcome : waiting)
-        EXPECT_EQ(outcome->text, "done") << outcome->failure;
+        EXPECT_EQ(outcome->failure, "");
     EXPECT_EQ(up->kind, TranslationError::alreadyCancelled);
     for (const std::string& path : {records_, paths[0], paths[1]})
         EXPECT_EQ(requestsFor(path), 1u) << path;
@@ -157,7 +156,7 @@ TEST_F(TranslationDownloadTest, CatalogueComesThroughABadNetworkOrItIsSaid) {
           Case{"too long", always(Reply::whole(std::string(17'000'000, ' '))), undone},
           Case{"another language", always(Reply::whole(catalogueOfPairs({{"en", "de"}}))),
                absent}}) {
-        TranslationModelInventory fresh(host, store, installer, policy());
+        TranslationModelInventory fresh(host, store, installer);
         server.forget();
         server.on(records_, answer);
         const auto outcome = run(fresh.bring("en-US", "fr-FR", Executor::main(host)));
@@ -192,7 +191,7 @@ TEST_F(TranslationDownloadTest, FetchedCatalogueReplacesTheBuiltInAndIsKept) {
     EXPECT_EQ(bring("fr-FR"), "");
     EXPECT_EQ(status("en-US", "de-DE"), "unsupported");
     EXPECT_EQ(status("en-US", "th-TH"), "supported");
-    TranslationModelInventory later(host, store, installer, policy());
+    TranslationModelInventory later(host, store, installer);
     EXPECT_EQ(later.status("en-US", "th-TH"), TranslationAvailabilityStatus::supported);
 
     // Without the list's server, the list that is here has to do.
@@ -200,7 +199,7 @@ TEST_F(TranslationDownloadTest, FetchedCatalogueReplacesTheBuiltInAndIsKept) {
     server.on(records_, [](const Request&) { return Reply::failure(404); });
     EXPECT_EQ(run(later.bring("en-US", "fr-FR", Executor::main(host))).failure, "");
     writeContents(folder / "own" / "translation" / "catalogue.json", "{");
-    TranslationModelInventory damaged(host, store, installer, policy());
+    TranslationModelInventory damaged(host, store, installer);
     EXPECT_EQ(damaged.status("en-US", "de-DE"), TranslationAvailabilityStatus::supported);
 }
 

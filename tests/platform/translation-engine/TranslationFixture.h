@@ -12,6 +12,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 namespace tessarune::testing {
@@ -24,7 +25,6 @@ struct Outcome {
     std::string text;
     std::string failure;
     std::optional<TranslationError> kind;
-    bool isOver = false;
 };
 
 /// The real engine in real time, with a model store of its own and a server that stands for all
@@ -48,20 +48,14 @@ class TranslationFixture : public ::testing::Test {
         return service->session("en-US", target, Executor::main(host));
     }
 
-    // Operations that run side by side until `finish`.
-
-    std::shared_ptr<Outcome> begin(Task<TranslationSession::Response> task) {
+    /// Begins an operation; it runs side by side with others until `finish`.
+    template <typename T>
+    std::shared_ptr<Outcome> begin(Task<T> task) {
         auto outcome = std::make_shared<Outcome>();
         spawn(Executor::main(host), follow(std::move(task), outcome, this));
         ++running;
         return outcome;
     }
-    std::shared_ptr<Outcome> begin(Task<void> task) { return begin(said(std::move(task), "done")); }
-    std::shared_ptr<Outcome> begin(Task<bool> task) { return begin(answered(std::move(task))); }
-    std::shared_ptr<Outcome> begin(Task<TranslationAvailabilityStatus> task) {
-        return begin(named(std::move(task)));
-    }
-
     void finish() {
         if (running > 0)
             host.run();
@@ -88,37 +82,36 @@ class TranslationFixture : public ::testing::Test {
     FaultyServer server;
     ModelStore store;
     ModelInstaller installer;
-    TranslationModelInventory inventory{host, store, installer, policy()};
+    TranslationModelInventory inventory{host, store, installer};
     std::unique_ptr<OfflineTranslationService> service =
         std::make_unique<OfflineTranslationService>(host, store, inventory);
     int running = 0;
 
   private:
-    static Task<TranslationSession::Response> said(Task<void> task, std::string text) {
-        co_await task;
-        co_return {text};
+    static std::string textOf(const TranslationSession::Response& response) {
+        return response.targetText;
     }
-    static Task<TranslationSession::Response> answered(Task<bool> task) {
-        const bool answer = co_await task;
-        co_return {answer ? "yes" : "no"};
-    }
-    static Task<TranslationSession::Response> named(Task<TranslationAvailabilityStatus> task) {
-        const TranslationAvailabilityStatus status = co_await task;
-        co_return {std::string(name(status))};
+    static std::string textOf(bool answer) { return answer ? "yes" : "no"; }
+    static std::string textOf(TranslationAvailabilityStatus status) {
+        return std::string(name(status));
     }
 
-    static Task<void> follow(Task<TranslationSession::Response> task,
-                             std::shared_ptr<Outcome> outcome, TranslationFixture* self) {
+    template <typename T>
+    static Task<void> follow(Task<T> task, std::shared_ptr<Outcome> outcome,
+                             TranslationFixture* self) {
         try {
-            const TranslationSession::Response response = co_await task;
-            outcome->text = response.targetText;
+            if constexpr (std::is_void_v<T>) {
+                co_await task;
+            } else {
+                const T result = co_await task;
+                outcome->text = textOf(result);
+            }
         } catch (const TranslationServiceError& failure) {
             outcome->failure = failure.errorDescription();
             outcome->kind = failure.kind();
         } catch (const std::exception& failure) {
             outcome->failure = failure.what();
         }
-        outcome->isOver = true;
         if (--self->running == 0)
             self->host.quit();
     }
