@@ -1,0 +1,215 @@
+// What the program adds to the translation engine: the same sentences through the engine alone,
+// through the offline translation service, and through the translator that the session asks. The
+// three take turns at each sentence, each as often the first, so that what else the computer does
+// and what the caches hold is the same for all. Of the times on the wall the shortest counts, of
+// those of the processor the middle one.
+//
+// Usage: bench-translate [ROUNDS]
+
+#include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "Tessarune/platform/host/LoopHost.h"
+#include "Tessarune/platform/translation-engine/OfflineTranslationService.h"
+#include "Tessarune/translation/AppleTranslator.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <string>
+#include <vector>
+
+using namespace tessarune;
+
+namespace {
+
+double clockNow(clockid_t clock) {
+    timespec time{};
+    clock_gettime(clock, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
+
+/// Seconds on the wall and of the processor, of all threads together.
+struct Seconds {
+    double wall = clockNow(CLOCK_MONOTONIC);
+    double processor = clockNow(CLOCK_PROCESS_CPUTIME_ID);
+
+    Seconds since() const {
+        const Seconds now;
+        Seconds passed;
+        passed.wall = now.wall - wall;
+        passed.processor = now.processor - processor;
+        return passed;
+    }
+};
+
+double median(std::vector<double> values) {
+    std::sort(values.begin(), values.end());
+    return values.at(values.size() / 2);
+}
+
+double residentMegabytes() {
+    std::ifstream statm("/proc/self/statm");
+    double pages = 0;
+    statm >> pages >> pages;
+    return pages * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
+}
+
+/// Of a talk as captions have it.
+std::vector<std::string> sentences() {
+    std::ifstream file(TESSARUNE_BENCH_SENTENCES);
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+std::size_t wordsOf(const std::string& text) {
+    std::istringstream words(text);
+    return static_cast<std::size_t>(std::distance(std::istream_iterator<std::string>(words), {}));
+}
+
+/// Times of one way, a list a sentence.
+struct Way {
+    explicit Way(std::size_t count) : wall(count), processor(count) {}
+
+    void note(std::size_t sentence, Seconds passed) {
+        wall[sentence].push_back(passed.wall);
+        processor[sentence].push_back(passed.processor);
+    }
+    double wallSeconds() const {
+        double sum = 0;
+        for (const auto& times : wall)
+            sum += *std::min_element(times.begin(), times.end());
+        return sum;
+    }
+    double processorSeconds() const {
+        double sum = 0;
+        for (const auto& times : processor)
+            sum += median(times);
+        return sum;
+    }
+
+    std::vector<std::vector<double>> wall;
+    std::vector<std::vector<double>> processor;
+};
+
+struct Bench {
+    LoopHost host;
+    PosixFileSystem files;
+    ModelStore store{files, "/nonexistent", {TESSARUNE_MODELS}};
+    ModelInstaller installer{host, store};
+    TranslationModelInventory inventory{host, store, installer};
+    std::shared_ptr<OfflineTranslationService> service =
+        std::make_shared<OfflineTranslationService>(host, store, inventory);
+    std::vector<std::string> texts = sentences();
+    int rounds = 21;
+
+    struct Ways {
+        std::unique_ptr<TranslationEngine> engine;
+        std::shared_ptr<TranslationSession> session;
+        std::shared_ptr<Translator> translator;
+    };
+
+    /// The translation of a text by the first, second or third way.
+    static Task<std::string> translated(const Ways* ways, std::size_t way, std::string text) {
+        if (way == 0)
+            co_return ways->engine->translate(text);
+        if (way == 2) {
+            Task<std::string> asking = ways->translator->translate(text, "en", "pt-BR");
+            const std::string answer = co_await asking;
+            co_return answer;
+        }
+        Task<TranslationSession::Response> serving = ways->session->translate(text);
+        const TranslationSession::Response response = co_await serving;
+        co_return response.targetText;
+    }
+
+    Task<void> measure(Ways ways) {
+        std::vector<Way> times(3, Way(texts.size()));
+        std::size_t differing = 0;
+        for (int round = 0; round < rounds; ++round) {
+            for (std::size_t i = 0; i < texts.size(); ++i) {
+                const std::string expected = ways.engine->translate(texts[i]);
+                for (std::size_t turn = 0; turn < times.size(); ++turn) {
+                    const std::size_t way = (turn + static_cast<std::size_t>(round)) % times.size();
+                    const Seconds start;
+                    Task<std::string> translating = translated(&ways, way, texts[i]);
+                    const std::string translation = co_await translating;
+                    times[way].note(i, start.since());
+                    differing += translation != expected ? 1 : 0;
+                }
+            }
+        }
+        std::size_t words = 0;
+        for (const std::string& text : texts)
+            words += wordsOf(text);
+        report("engine alone", times[0], times[0], words);
+        report("service", times[1], times[0], words);
+        report("translator", times[2], times[0], words);
+        if (differing > 0)
+            std::printf("%zu translations differ\n", differing);
+        host.quit();
+    }
+
+    void report(const char* name, const Way& way, const Way& alone, std::size_t words) const {
+        std::printf(
+            "%-13s %7.2f ms a sentence, %.3f of the engine alone; processor %7.2f ms, %.3f; "
+            "%.0f words a second of one core\n",
+            name, 1e3 * way.wallSeconds() / static_cast<double>(texts.size()),
+            way.wallSeconds() / alone.wallSeconds(),
+            1e3 * way.processorSeconds() / static_cast<double>(texts.size()),
+            way.processorSeconds() / alone.processorSeconds(),
+            static_cast<double>(words) / way.processorSeconds());
+    }
+
+    /// Loads the pair, uses it, drops it.
+    void measureMemory() {
+        const double before = residentMegabytes();
+        auto session = service->session("en-US", "pt-BR", Executor::main(host));
+        const Seconds start;
+        spawn(Executor::main(host), onePass(session));
+        host.run();
+        const double loaded = residentMegabytes();
+        session.reset();
+        std::printf("memory        %.1f MB before, %.1f MB with the pair loaded, %.1f MB after\n",
+                    before, loaded, residentMegabytes());
+    }
+
+    Task<void> onePass(std::shared_ptr<TranslationSession> session) {
+        const Seconds start;
+        Task<bool> loading = session->isReady();
+        const bool isReady = co_await loading;
+        if (!isReady) {
+            std::fprintf(stderr, "bench-translate: no model; run scripts/setup\n");
+            std::exit(1);
+        }
+        std::printf("load          %.1f ms, with the check of the files\n",
+                    1e3 * start.since().wall);
+        for (const std::string& text : texts) {
+            Task<TranslationSession::Response> translating = session->translate(text);
+            const TranslationSession::Response response = co_await translating;
+        }
+        host.quit();
+    }
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    Bench bench;
+    if (argc > 1)
+        bench.rounds = std::max(std::atoi(argv[1]), 1);
+    for (int i = 0; i < 2; ++i) // the second time shows what the first use of all left behind
+        bench.measureMemory();
+    const std::optional<StoredModel> model = bench.store.find(ModelKind::translation, "en-pt");
+    auto engine = std::make_unique<TranslationEngine>(translationFilesOf(*model));
+    const Executor main = Executor::main(bench.host);
+    spawn(main,
+          bench.measure({std::move(engine), bench.service->session("en-US", "pt-BR", main),
+                         std::make_shared<AppleTranslator>(bench.host, bench.service, main)}));
+    return bench.host.run();
+}
