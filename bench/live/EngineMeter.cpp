@@ -17,6 +17,7 @@ namespace {
 
 std::mutex mutex;
 double inCalls = 0;
+std::size_t passCount = 0;
 std::set<long> engineThreads;
 
 std::set<long> threads() {
@@ -89,6 +90,15 @@ struct Timed<Member> {
     }
 };
 
+std::int32_t countedPass(moonshine::Calls::Handle transcriber, moonshine::Calls::Handle stream,
+                         std::uint32_t flags, moonshine::Transcript** transcript) {
+    {
+        std::lock_guard lock(mutex);
+        ++passCount;
+    }
+    return Timed<&moonshine::Calls::transcribeStream>::call(transcriber, stream, flags, transcript);
+}
+
 template <auto Member>
 void watch(moonshine::Calls& calls) {
     Timed<Member>::original = calls.*Member;
@@ -115,6 +125,7 @@ std::shared_ptr<const MoonshineLibrary> library() {
         watch<&Calls::stopStream>(calls);
         watch<&Calls::addAudioToStream>(calls);
         watch<&Calls::transcribeStream>(calls);
+        calls.transcribeStream = countedPass;
         return std::make_shared<const MoonshineLibrary>(calls);
     }();
     return timed;
@@ -131,6 +142,11 @@ double seconds() {
 std::size_t ownThreads() {
     std::lock_guard lock(mutex);
     return engineThreads.size();
+}
+
+std::size_t passes() {
+    std::lock_guard lock(mutex);
+    return passCount;
 }
 
 } // namespace tessarune::EngineMeter

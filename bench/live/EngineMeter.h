@@ -17,4 +17,7 @@ double seconds();
 /// How many threads the engine has started.
 std::size_t ownThreads();
 
+/// How often the engine has looked at the sound.
+std::size_t passes();
+
 } // namespace tessarune::EngineMeter

@@ -31,18 +31,22 @@ struct Costs {
     void begin() {
         wholeBefore_ = CPUClock::process();
         engineBefore_ = EngineMeter::seconds();
+        passesBefore_ = EngineMeter::passes();
     }
     void end() {
         whole = CPUClock::process() - wholeBefore_;
         engine = EngineMeter::seconds() - engineBefore_;
+        passes = EngineMeter::passes() - passesBefore_;
     }
 
     double whole = 0;
     double engine = 0;
+    std::size_t passes = 0;
 
   private:
     double wholeBefore_ = 0;
     double engineBefore_ = 0;
+    std::size_t passesBefore_ = 0;
 };
 
 /// Settings, recordings and logs of the run go to a folder that is removed afterwards.
@@ -75,10 +79,11 @@ void printLine(const char* name, const std::vector<double>& times, const char* m
 
 void printCosts(const Costs& costs) {
     const double rest = costs.whole - costs.engine;
-    std::printf("processor time: whole program %.3f s, engine %.3f s (its own threads: %zu), "
-                "rest %.3f s = %.2f %% of the engine's\n",
-                costs.whole, costs.engine, EngineMeter::ownThreads(), rest,
-                rest / costs.engine * 100);
+    std::printf(
+        "processor time: whole program %.3f s, engine %.3f s (%zu passes, %zu threads of its "
+        "own), rest %.3f s = %.2f %% of the engine's\n",
+        costs.whole, costs.engine, costs.passes, EngineMeter::ownThreads(), rest,
+        rest / costs.engine * 100);
 }
 
 void printLatency(const ResultLatency& latency) {
