@@ -279,25 +279,23 @@ void AudioSessionRecorder::appendSilenceOnQueue(double seconds) {
         pendingSilence_ += seconds;
         return;
     }
-    constexpr std::uint64_t block = 65536;
-    auto left = static_cast<std::uint64_t>(
-                    std::llround(std::min(seconds, longestSilenceSeconds) * headerSampleRate())) *
-                bytesPerSample;
-    while (left > 0 && !recordingWriteDisabled_) {
-        const std::uint64_t size = std::min(left, block);
-        write(std::string(size, '\0'));
-        left -= size;
-    }
+    const double samples = std::min(seconds, longestSilenceSeconds) * headerSampleRate();
+    const auto bytes = static_cast<std::uint64_t>(std::llround(samples)) * bytesPerSample;
+    write(bytes, [&] { fileHandle_->appendZeros(bytes); });
 }
 
 void AudioSessionRecorder::write(const std::string& pcm) {
+    write(pcm.size(), [&] { fileHandle_->append(pcm); });
+}
+
+void AudioSessionRecorder::write(std::uint64_t bytes, const std::function<void()>& put) {
     try {
-        fileHandle_->append(pcm);
+        put();
     } catch (const std::exception& error) {
         handleWriteFailure("audioRecorder.write.pcmBuffer.failed", error);
         return;
     }
-    dataByteCount_ += pcm.size();
+    dataByteCount_ += bytes;
     consecutiveWriteFailures_ = 0;
     keepHeaderCurrent();
 }
@@ -350,7 +348,7 @@ std::optional<RecordingMetadata> AudioSessionRecorder::stopOnQueue() {
     catalog_.upsert(item);
     logStopped();
     fileHandle_.reset();
-    const auto finished = std::exchange(item_, std::nullopt);
+    auto finished = std::exchange(item_, std::nullopt);
     if (onFinished)
         onFinished(*finished);
     return finished;

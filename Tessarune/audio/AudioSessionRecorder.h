@@ -93,6 +93,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     void observeFormat(const AudioBuffer& buffer);
     std::vector<float> atRateOfFile(std::vector<float> mono, double sampleRate);
     void write(const std::string& pcm);
+    void write(std::uint64_t bytes, const std::function<void()>& put);
     void keepHeaderCurrent();
     void patchHeader();
     std::optional<RecordingMetadata> stopOnQueue();

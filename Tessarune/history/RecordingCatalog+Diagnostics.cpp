@@ -60,6 +60,7 @@ RecordingCatalog::diagnosticsRunURLs(const std::set<UUID>& matching) {
     }
     std::sort(runs.rbegin(), runs.rend());
     std::vector<std::filesystem::path> urls;
+    urls.reserve(runs.size());
     for (const auto& [modified, name] : runs)
         urls.push_back(paths_.diagnostics() / name);
     return urls;

@@ -87,7 +87,7 @@ bool RecordingCatalog::isAside(const std::string& name) const {
 std::filesystem::path RecordingCatalog::keepAside(const std::string& bytes) {
     if (Text::trimmed(bytes).empty())
         return {};
-    const auto aside = asidePath();
+    auto aside = asidePath();
     files_.writeAtomically(aside, bytes);
     logger_.important("recording.catalog.unreadable", {{"keptAside", aside.string()}});
     return aside;
@@ -95,7 +95,7 @@ std::filesystem::path RecordingCatalog::keepAside(const std::string& bytes) {
 
 /// For an index of which the disk does not give the bytes.
 std::filesystem::path RecordingCatalog::moveAside() {
-    const auto aside = asidePath();
+    auto aside = asidePath();
     files_.rename(paths_.recordingIndex(), aside);
     logger_.important("recording.catalog.unreadable", {{"keptAside", aside.string()}});
     return aside;

@@ -126,8 +126,8 @@ std::optional<double> parse(std::string_view text) {
     std::int64_t days = daysBeforeYear(year) + day - 1;
     for (int before = 1; before < month; ++before)
         days += daysInMonth(year, before);
-    return static_cast<double>(days * secondsADay + hour * 3600 + minute * 60 + second - offset) +
-           fraction;
+    const int ofDay = hour * 3600 + minute * 60 + second;
+    return static_cast<double>(days * secondsADay + ofDay - offset) + fraction;
 }
 
 } // namespace tessarune::ISO8601Date

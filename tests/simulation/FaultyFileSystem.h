@@ -191,6 +191,11 @@ class FaultyFileSystem final : public FileSystem {
             put(bytes);
             end_ += bytes.size();
         }
+        void appendZeros(std::uint64_t count) override {
+            disk_.begin("append", path_);
+            put(std::string(count, '\0'));
+            end_ += count;
+        }
         void overwrite(std::uint64_t offset, std::string_view bytes) override {
             disk_.begin("overwrite", path_);
             node_->bytes.replace(offset, bytes.size(), bytes);

@@ -58,6 +58,10 @@ class Descriptor {
             offset += static_cast<std::uint64_t>(written);
         }
     }
+    void resize(std::uint64_t size) const {
+        if (::ftruncate(number_, static_cast<off_t>(size)) != 0)
+            fail("cannot write", path_);
+    }
     std::string readAll() const {
         std::string all;
         char block[1 << 16];
@@ -112,6 +116,11 @@ class PosixAppendFile final : public AppendFile {
     void append(std::string_view bytes) override {
         file_.writeAllAt(end_, bytes);
         end_ += bytes.size();
+    }
+    void appendZeros(std::uint64_t count) override {
+        file_.resize(end_); // what a failed append left is no zeros
+        file_.resize(end_ + count);
+        end_ += count;
     }
     void overwrite(std::uint64_t offset, std::string_view bytes) override {
         file_.writeAllAt(offset, bytes);

@@ -1,0 +1,182 @@
+#include "Tessarune/audio/WAVHeader.h"
+#include "Tessarune/history/RecordingAudioCompressor.h"
+#include "Tessarune/history/RecordingRepair.h"
+#include "Tessarune/history/SessionJournal.h"
+#include "Tessarune/history/SessionJournalContent.h"
+#include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "Tessarune/platform/host/LoopHost.h"
+#include "Tessarune/platform/media/FFmpegMediaFile.h"
+#include "Tessarune/platform/media/M4ATranscoder.h"
+#include "Tessarune/platform/media/SwresampleConverter.h"
+#include "TessaruneCore/host/SimulatedHost.h"
+#include "TessaruneCore/text/Text.h"
+#include "tests/support/FileContents.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
+#include <random>
+#include <thread>
+
+namespace tessarune {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// What both processes have of the program: the one that records, and the one that repairs.
+struct Program {
+    Program(Host& host, const fs::path& folder)
+        : paths{folder}, logger(host, files, paths), catalog(host, files, paths, logger, center) {}
+
+    PosixFileSystem files;
+    TessarunePaths paths;
+    TessaruneFileLogger logger;
+    NotificationCenter center;
+    RecordingCatalog catalog;
+};
+
+/// One session after the other, as fast as the disk takes them, until somebody kills the process.
+/// Each one that is saved is told through `told`.
+Task<void> recordForEver(LoopHost& host, Program& program, int told) {
+    AudioExporter exporter(host, transcodeToM4A);
+    RecordingAudioCompressor compressor(program.files, program.catalog, program.logger, exporter,
+                                        openFFmpegMediaFile);
+    const auto recorder =
+        AudioSessionRecorder::create(host, program.files, program.logger,
+                                     program.catalog.forRecorder(), makeSwresampleConverter);
+    RecordingMetadata current;
+    recorder->onStarted = [&](const RecordingMetadata& metadata) { current = metadata; };
+    for (;;) {
+        recorder->start();
+        SessionJournal journal(host, program.files, program.logger,
+                               program.catalog.journalURL(current.id), *current.monotonicStart,
+                               "apple-en");
+        std::vector<CaptionSegment> rows;
+        for (int i = 0; i < 40; ++i) {
+            recorder->append(std::make_shared<AudioBuffer>(
+                AudioBuffer{{48000, 1}, std::vector<float>(48000, 0.25F)}));
+            rows.emplace_back();
+            rows.back().id = UUID::random();
+            rows.back().sourceText = "row " + std::to_string(i);
+            journal.append(rows.back());
+        }
+        Task<std::optional<RecordingMetadata>> finishing = recorder->finishAndStop();
+        const auto finished = co_await finishing;
+        Task<RecordingMetadata> compressing = compressor.compressWAVToM4A(*finished, true);
+        co_await compressing;
+        std::string text = "saved";
+        program.catalog.saveTranscript(text, current.id);
+        journal.discard();
+        text = current.id.text();
+        if (::write(told, text.data(), text.size()) < 0)
+            ::_exit(1);
+    }
+}
+
+/// Starts a process that records into `folder`, kills it after a while, and gives what it had told.
+std::vector<UUID> recordAndKill(const fs::path& folder, std::chrono::microseconds after) {
+    int told[2];
+    if (::pipe(told) != 0)
+        throw std::runtime_error("no pipe");
+    const pid_t child = ::fork();
+    if (child == 0) {
+        LoopHost host;
+        Program program(host, folder);
+        spawn(Executor::main(host), recordForEver(host, program, told[1]));
+        host.run();
+        ::_exit(1);
+    }
+    ::close(told[1]);
+    std::this_thread::sleep_for(after);
+    ::kill(child, SIGKILL);
+    ::waitpid(child, nullptr, 0);
+    std::string all;
+    char bytes[360];
+    for (ssize_t count = 0; (count = ::read(told[0], bytes, sizeof bytes)) > 0;)
+        all.append(bytes, static_cast<std::size_t>(count));
+    ::close(told[0]);
+    std::vector<UUID> ids;
+    for (std::size_t at = 0; at + 36 <= all.size(); at += 36)
+        ids.push_back(UUID::parse(all.substr(at, 36)).value());
+    return ids;
+}
+
+double playedSeconds(const fs::path& audio) {
+    const auto file = openFFmpegMediaFile(audio);
+    double seconds = 0;
+    while (const AudioBufferPtr block = file->read())
+        seconds += block->seconds();
+    return seconds;
+}
+
+/// What is there before anything is repaired.
+void expectPlayable(Program& program) {
+    for (const auto& entry : program.catalog.recordings()) {
+        if (!entry.filePath.ends_with(".wav"))
+            continue;
+        const auto header = WAVHeader::decoded(program.files.read(entry.filePath, 0, 64));
+        ASSERT_TRUE(header);
+        EXPECT_GE(header->dataSize + 44 + AudioSessionRecorder::headerFlushIntervalBytes + 96000,
+                  program.files.size(entry.filePath));
+    }
+}
+
+void expectRepaired(Program& program, const std::vector<UUID>& saved) {
+    const auto text = [&](const UUID& id) {
+        return testing::contentsOf(program.catalog.transcriptURL(id));
+    };
+    for (const auto& id : saved)
+        EXPECT_EQ(text(id), "saved");
+    for (const auto& entry : program.catalog.recordings()) {
+        EXPECT_TRUE(entry.endedAt);
+        EXPECT_NEAR(playedSeconds(entry.filePath), entry.duration, 0.5) << entry.filePath;
+        EXPECT_FALSE(fs::exists(program.catalog.journalURL(entry.id)));
+    }
+    for (const auto& folder : {program.paths.recordings(), program.paths.transcripts()}) {
+        for (const auto& name : program.files.list(folder))
+            EXPECT_TRUE(name.find(".part") == std::string::npos &&
+                        name.find(".new-") == std::string::npos)
+                << name;
+    }
+}
+
+TEST(KilledSessionTests, WhateverMomentItIsTheNextStartHasItAll) {
+    const char* wanted = std::getenv("TESSARUNE_KILLS");
+    const int kills = wanted ? std::atoi(wanted) : 20;
+    const auto seed = std::random_device()();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    std::size_t recovered = 0;
+    for (int i = 0; i < kills; ++i) {
+        SCOPED_TRACE("kill " + std::to_string(i));
+        const testing::TemporaryFolder folder;
+        const auto saved =
+            recordAndKill(folder.path(), std::chrono::microseconds(random() % 1'500'000));
+        SimulatedHost host;
+        Program program(host, folder.path());
+        expectPlayable(program);
+        std::map<UUID, std::size_t> journaled;
+        for (const auto& entry : program.catalog.recordings())
+            journaled[entry.id] =
+                SessionJournalContent::decoded(
+                    testing::contentsOf(program.catalog.journalURL(entry.id)))
+                    .rows.size();
+        RecordingRepair repair(program.files, program.catalog, program.logger);
+        recovered += repair.runAtLaunch().recoveredSessions.size();
+        expectRepaired(program, saved);
+        for (const auto& [id, rows] : journaled) {
+            const auto text = testing::contentsOf(program.catalog.transcriptURL(id));
+            EXPECT_TRUE(text == "saved" || Text::countOfWhiteSpaceSeparated(text) == 2 * rows);
+        }
+        EXPECT_TRUE(repair.runAtLaunch().recoveredSessions.empty());
+    }
+    EXPECT_GT(recovered, 0U) << "none was hit while it recorded";
+}
+
+} // namespace
+} // namespace tessarune
