@@ -50,7 +50,7 @@ bool RecordingCatalog::mutateIndex(const std::function<void(RecordingIndex&)>& m
             // A disk that does not answer now may do so later: its index is not replaced.
             if (loaded.failure)
                 std::rethrow_exception(loaded.failure);
-            if (loaded.state == IndexState::unreadable) {
+            if (loaded.state != IndexState::good) {
                 keepAside(loaded.bytes);
                 loaded.index = RecordingIndex::salvaged(loaded.bytes, entriesBesideTranscripts());
             }

@@ -140,7 +140,7 @@ RecordingTranscriptSaveOutcome RecordingCatalog::saveGuarded(SidecarKind kind,
             // Not knowing whether the recording is there is no reason to remove its transcripts.
             if (loaded.failure)
                 std::rethrow_exception(loaded.failure);
-            if (loaded.state == IndexState::unreadable)
+            if (loaded.state != IndexState::good)
                 loaded.index = RecordingIndex::salvaged(loaded.bytes, entriesBesideTranscripts());
             if (!loaded.index.ids().contains(id))
                 return;

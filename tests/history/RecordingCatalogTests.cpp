@@ -167,6 +167,9 @@ TEST_F(RecordingCatalogTests, ADiskThatDoesNotAnswerCostsNoEntry) {
     catalog.reconcileIndex();
     disk.recover();
     EXPECT_EQ(order(), "b a ") << "sound that cannot be looked at is not gone";
+    disk.remove("/data/recordings.json");
+    add(30, "c.wav");
+    EXPECT_EQ(order(), "c b a ") << "a list that somebody took away comes back";
 }
 
 TEST_F(RecordingCatalogTests, DeletingTakesAllThatIsTheRecordings) {

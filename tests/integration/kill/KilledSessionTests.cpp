@@ -162,10 +162,9 @@ TEST(KilledSessionTests, WhateverMomentItIsTheNextStartHasItAll) {
         expectPlayable(program);
         std::map<UUID, std::size_t> journaled;
         for (const auto& entry : program.catalog.recordings())
-            journaled[entry.id] =
-                SessionJournalContent::decoded(
-                    testing::contentsOf(program.catalog.journalURL(entry.id)))
-                    .rows.size();
+            journaled[entry.id] = SessionJournalContent::decoded(
+                                      testing::contentsOf(program.catalog.journalURL(entry.id)))
+                                      .rows.size();
         RecordingRepair repair(program.files, program.catalog, program.logger);
         recovered += repair.runAtLaunch().recoveredSessions.size();
         expectRepaired(program, saved);
