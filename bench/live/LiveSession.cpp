@@ -54,8 +54,9 @@ void LiveSession::makeStore() {
 }
 
 void LiveSession::observe() {
-    store_->captionDisplayRefresh.onDidChange(
-        [this](const std::string&) { output_.update(store_->core); });
+    store_->captionDisplayRefresh.onDidChange([this](const std::string&) {
+        output_.update({store_->core, {}, false, {}});
+    });
     auto ofStore = std::move(store_->core.onActivity);
     store_->core.onActivity = [this, ofStore](CaptionCore::Activity activity) {
         latency_.coreChanged();
@@ -87,7 +88,7 @@ Task<void> LiveSession::run(std::filesystem::path file, std::function<void()> on
         Task<bool> waiting = sleep(Executor::main(program_.host), lookAgainSeconds);
         co_await waiting;
     }
-    output_.finish(store_->core);
+    output_.finish({store_->core, {}, false, {}});
     if (!played)
         throw std::runtime_error("the file broke off");
 }

@@ -121,7 +121,8 @@ Task<void> captionTheFile(Bench& bench) {
     platform.engine = bench.latency.watching(std::move(platform.engine));
     std::FILE* const screen = std::fopen("/dev/null", "w");
     LiveSession session(program, std::move(platform), bench.latency,
-                        makeScreenOutput(screen, false));
+                        makeScreenOutput(
+                            screen, [] { return ScreenSize{}; }, false));
     std::function<void()> begin = [&bench] { bench.costs.begin(); };
     Task<void> running = session.run(bench.options.file, std::move(begin));
     co_await running;
