@@ -24,9 +24,11 @@ CaptionCore::CaptionCore(ConfigProvider config, CapabilitiesProvider caps, Clock
       now_(std::move(now)),
       scheduleDelayedFlush_(std::move(scheduleFlush)),
       newUUID_(std::move(newUUID)),
-      wallClock_(wallClock ? std::move(wallClock) : now_),
+      wallClock_(std::move(wallClock)),
       boundaryEngine_(config_().freezeStableSeconds),
       self_(std::make_shared<CaptionCore*>(this)) {
+    if (!wallClock_)
+        wallClock_ = now_;
     committedSegments.onDidChange([this](const Rows& rows) {
         if (rows.empty() && !wordEvents_.empty())
             wordEvents_.clear();

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <functional>
 #include <map>
+#include <memory>
 #include <utility>
 
 namespace tessarune {
@@ -44,22 +45,31 @@ class Published {
     Token onWillChange(Observer observer) { return add(willChange_, std::move(observer)); }
     Token onDidChange(Observer observer) { return add(didChange_, std::move(observer)); }
     void remove(Token token) {
-        willChange_.erase(token);
-        didChange_.erase(token);
+        for (Observers* observers : {&willChange_, &didChange_})
+            replace(*observers, [token](List& list) { list.erase(token); });
     }
 
   private:
-    using Observers = std::map<Token, Observer>;
+    using List = std::map<Token, Observer>;
+    /// Replaced and never changed, so that a list which is being called may get a successor.
+    using Observers = std::shared_ptr<const List>;
 
+    template <typename Change>
+    static void replace(Observers& observers, Change change) {
+        List list = observers ? *observers : List();
+        change(list);
+        observers = list.empty() ? nullptr : std::make_shared<const List>(std::move(list));
+    }
     Token add(Observers& observers, Observer observer) {
-        observers.emplace(nextToken_, std::move(observer));
-        return nextToken_++;
+        const Token token = nextToken_++;
+        replace(observers, [&](List& list) { list.emplace(token, std::move(observer)); });
+        return token;
     }
     void notify(const Observers& observers) const {
-        if (observers.empty())
+        if (!observers)
             return;
-        const Observers snapshot = observers;
-        for (const auto& [token, observer] : snapshot)
+        const Observers called = observers; // NOLINT(performance-unnecessary-copy-initialization)
+        for (const auto& [token, observer] : *called)
             observer(value_);
     }
 
