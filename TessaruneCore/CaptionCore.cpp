@@ -18,17 +18,16 @@ constexpr std::size_t maxDebugEvents = 300;
 } // namespace
 
 CaptionCore::CaptionCore(ConfigProvider config, CapabilitiesProvider caps, Clock now,
-                         DelayedCallScheduler scheduleFlush, UUIDSource newUUID, Clock wallClock)
+                         DelayedCallScheduler scheduleFlush, UUIDSource newUUID,
+                         const Clock& wallClock)
     : config_(std::move(config)),
       caps_(std::move(caps)),
       now_(std::move(now)),
       scheduleDelayedFlush_(std::move(scheduleFlush)),
       newUUID_(std::move(newUUID)),
-      wallClock_(std::move(wallClock)),
+      wallClock_(wallClock ? wallClock : now_),
       boundaryEngine_(config_().freezeStableSeconds),
       self_(std::make_shared<CaptionCore*>(this)) {
-    if (!wallClock_)
-        wallClock_ = now_;
     committedSegments.onDidChange([this](const Rows& rows) {
         if (rows.empty() && !wordEvents_.empty())
             wordEvents_.clear();

@@ -81,7 +81,7 @@ class CaptionCore {
     /// `wallClock` dates the debug events; without one they take `now`.
     CaptionCore(ConfigProvider config, CapabilitiesProvider caps, Clock now,
                 DelayedCallScheduler scheduleFlush, UUIDSource newUUID = UUID::random,
-                Clock wallClock = {});
+                const Clock& wallClock = {});
     CaptionCore(const CaptionCore&) = delete;
     CaptionCore& operator=(const CaptionCore&) = delete;
 
