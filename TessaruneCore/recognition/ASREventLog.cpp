@@ -99,7 +99,8 @@ void Writer::append(ASREvent event, std::optional<double> t) {
 }
 
 std::vector<ASREventRecord> read(const std::filesystem::path& path) {
-    const std::string contents = File(path).contents();
+    const std::string bytes = File(path).contents();
+    const std::string_view contents = Text::withoutCutCharacter(bytes);
     if (!Text::isValidUTF8(contents))
         throw std::runtime_error(path.string() + ": not UTF-8 text");
     std::vector<ASREventRecord> records;

@@ -30,7 +30,7 @@ class Writer {
 };
 
 /// The records of a file in the order of their times; those of the same time in the order of the
-/// file. Lines that are no records are skipped.
+/// file. Lines that are no records are skipped, as is a last line that was cut off anywhere.
 ///
 /// Throws `std::system_error` if the file can't be read, and `std::runtime_error` if it is not
 /// UTF-8. Takes memory for the file and its records.

@@ -129,6 +129,12 @@ void append(std::string& text, char32_t codePoint) {
     text.append(bytes, length);
 }
 
+std::string_view withoutCutCharacter(std::string_view bytes) {
+    std::size_t size = bytes.size();
+    U8_TRUNCATE_IF_INCOMPLETE(bytes.data(), std::size_t{0}, size);
+    return bytes.substr(0, size);
+}
+
 bool isValidUTF8(std::string_view bytes) {
     constexpr std::size_t stride = 64;
     for (std::size_t at = 0; at < bytes.size();) {

@@ -84,6 +84,8 @@ std::vector<char32_t> codePoints(std::string_view text);
 char32_t firstCodePoint(std::string_view text);
 void append(std::string& text, char32_t codePoint);
 bool isValidUTF8(std::string_view bytes);
+/// Without the bytes at the end that only begin a code point, as they stand where a file was cut.
+std::string_view withoutCutCharacter(std::string_view bytes);
 /// Whether all bytes are below 128. Each is a character then (CR LF are one), and may be walked as
 /// such where CR LF makes no difference.
 bool isASCII(std::string_view text);
