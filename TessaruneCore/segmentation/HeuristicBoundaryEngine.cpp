@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <optional>
 #include <span>
+#include <unordered_set>
 #include <utility>
 
 namespace tessarune {
@@ -37,6 +38,24 @@ std::optional<BoundaryReason> pieceReason(std::string_view piece, const Boundary
     return context.boundaryUnit == BoundaryUnit::characters ? BoundaryReason::maxCharacters(limit)
                                                             : BoundaryReason::maxWords(limit);
 }
+
+/// A few keys are looked through faster than a set of them is made; a text without end has many.
+class KeySet {
+  public:
+    explicit KeySet(std::span<const std::string> keys) : keys_(keys) {
+        if (keys.size() > few)
+            set_.insert(keys.begin(), keys.end());
+    }
+    bool contains(std::string_view key) const {
+        return keys_.size() > few ? set_.contains(key)
+                                  : std::find(keys_.begin(), keys_.end(), key) != keys_.end();
+    }
+
+  private:
+    static constexpr std::size_t few = 16;
+    std::span<const std::string> keys_;
+    std::unordered_set<std::string_view> set_;
+};
 
 /// Reasons in the order in which they are met, each once.
 class ReasonList {
@@ -121,9 +140,9 @@ HeuristicBoundaryEngine::softPieces(const std::vector<std::string>& excludedKeys
         return soft;
     const std::span settled(clauses.data(), clauses.size() - 1);
     clauseKeys_.assign(settled);
-    const auto first = excludedKeys.begin() + static_cast<std::ptrdiff_t>(firstExcluded);
+    const KeySet excluded{std::span(excludedKeys).subspan(firstExcluded)};
     for (std::size_t i = 0; i < settled.size(); ++i) {
-        if (std::find(first, excludedKeys.end(), clauseKeys_.keys()[i]) == excludedKeys.end())
+        if (!excluded.contains(clauseKeys_.keys()[i]))
             soft.emplace_back(settled[i]);
     }
     return soft;

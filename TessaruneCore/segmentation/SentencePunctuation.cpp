@@ -52,6 +52,7 @@ Traits traits(std::string_view character) {
 }
 
 std::optional<EndMark> endMark(std::string_view piece) {
+    piece = Text::trimmed(piece);
     while (!piece.empty()) {
         const std::string_view last = Text::lastCharacter(piece);
         const Traits lastTraits = traits(last);

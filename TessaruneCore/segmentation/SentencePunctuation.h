@@ -43,8 +43,8 @@ inline Traits traitsOfASCII(char character) {
 /// Of any character; one with combining marks is none of the marks above.
 Traits traits(std::string_view character);
 
-/// The mark that a trimmed piece ends in, closing quotes and brackets aside, if it is terminal or
-/// clause punctuation.
+/// The mark that a piece ends in, white space, closing quotes and brackets aside, if it is terminal
+/// or clause punctuation.
 struct EndMark {
     char32_t character;
     Traits traits;

@@ -139,9 +139,22 @@ TEST(HeuristicBoundaryEngineTests, WhatWasFrozenFromPartialsIsNotInTheFinalAgain
     EXPECT_EQ(rest.hardPieces, Texts{"Two"});
     EXPECT_EQ(labels(rest), "engineFinal");
     EXPECT_EQ(engine.ingestFinal("", {.segment = false}), BoundaryDecision());
+    EXPECT_EQ(labels(engine.ingestFinal("Is it so?\" ", {.segment = false})),
+              "engineFinal punctuation:?");
 
     engine.reset();
     EXPECT_EQ(engine.ingestFinal("One is here. Two", context).hardPieces.size(), 2u);
+}
+
+TEST(HeuristicBoundaryEngineTests, NoNumberOfPiecesIsTooMany) {
+    // Every piece is a leading sentence and a clause, so that each is looked up among all others.
+    const int pieces = 100'000;
+    std::string text;
+    for (int i = 0; i < pieces; ++i)
+        text += "number " + std::to_string(i) + ". ";
+    const auto decision = HeuristicBoundaryEngine().ingestPartial(text + "a, b", live(), 0);
+    EXPECT_EQ(decision.leading.size(), static_cast<std::size_t>(pieces));
+    EXPECT_EQ(decision.softPieces, Texts());
 }
 
 TEST(HeuristicBoundaryEngineTests, ARecogniserThatSegmentsIsLeftAloneUnlessCutEarly) {
