@@ -53,8 +53,8 @@ CaptionCore::Rows CaptionCore::commitSentences(const Sentences& sentences, Freez
                                                const std::vector<SegmentMeta>& meta) {
     const double t = now_();
     const std::size_t skip = committedOverlapPrefixCount(sentences, kind, t);
-    if (skip >= 1 && TessaruneLog::diagnosticsLevel() >= DiagnosticsLevel::verbose) {
-        TessaruneLog::asr.debug([&] {
+    if (skip >= 1) {
+        TessaruneLog::asr.verbose([&] {
             return "Tessarune skipped " + std::to_string(skip) + " duplicate " +
                    (kind == FreezeKind::engine ? "engine final" : "local agreement") +
                    " segment(s) already committed";
@@ -183,8 +183,8 @@ std::vector<UUID> CaptionCore::sealLiveIntoHistory(double t) {
         seal(*currentPartial);
 
     const std::size_t skip = sealedLiveOverlapPrefixCount(rows, t);
-    if (skip >= 1 && TessaruneLog::diagnosticsLevel() >= DiagnosticsLevel::verbose) {
-        TessaruneLog::asr.debug([&] {
+    if (skip >= 1) {
+        TessaruneLog::asr.verbose([&] {
             return "Tessarune skipped " + std::to_string(skip) +
                    " duplicate live seal segment(s) already committed";
         });

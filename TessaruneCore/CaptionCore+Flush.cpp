@@ -1,5 +1,4 @@
 #include "TessaruneCore/CaptionCore.h"
-#include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
@@ -95,12 +94,7 @@ void CaptionCore::commitFrozen(const std::string& text, const BoundaryDecision& 
     lockCount = *lockCount + std::ssize(committed);
     if (committed.empty())
         return;
-    if (TessaruneLog::diagnosticsLevel() >= DiagnosticsLevel::verbose) {
-        for (const CaptionSegment& row : committed)
-            TessaruneLog::asr.debug(
-                [&] { return "Tessarune B2b FREEZE 🔒 -> '" + row.sourceText + "'"; });
-    }
-    announceCommit("🔒", committed);
+    announceCommit(FreezeKind::ours, committed);
     resetSoftCaptions(SoftCaptionObservation::Phase::hardLock, "localAgreement", cfg);
 }
 

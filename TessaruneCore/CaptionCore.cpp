@@ -1,6 +1,7 @@
 #include "TessaruneCore/CaptionCore.h"
 
 #include "TessaruneCore/captions/CorrectionDiff.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <iterator>
@@ -103,7 +104,7 @@ void CaptionCore::ingestFinal(const ASREvent::Final& final) {
     const Rows committed =
         commitSentences(decision.hardPieces, FreezeKind::engine, final.start, final.end, meta);
     finalCount = *finalCount + std::ssize(committed);
-    announceCommit("🏁", committed);
+    announceCommit(FreezeKind::engine, committed);
 
     liveLeadingSentences = Rows();
     resetSoftCaptions(SoftCaptionObservation::Phase::engineFinal, "engineFinal", cfg);
@@ -113,11 +114,17 @@ void CaptionCore::ingestFinal(const ASREvent::Final& final) {
     report(onActivity, Activity::finalApplied);
 }
 
-void CaptionCore::announceCommit(std::string_view kind, const Rows& committed) {
+void CaptionCore::announceCommit(FreezeKind kind, const Rows& committed) {
     if (committed.empty())
         return;
-    for (const CaptionSegment& row : committed)
-        logEvent(kind, row.sourceText);
+    const bool isFreeze = kind == FreezeKind::ours;
+    for (const CaptionSegment& row : committed) {
+        if (isFreeze) {
+            TessaruneLog::asr.verbose(
+                [&] { return "Tessarune B2b FREEZE 🔒 -> '" + row.sourceText + "'"; });
+        }
+        logEvent(isFreeze ? "🔒" : "🏁", row.sourceText);
+    }
     report(onCommit, committed);
 }
 

@@ -169,7 +169,7 @@ class CaptionCore {
                            const std::optional<Config>& cfg);
     SoftCaptionObservation softCaptionObservation(SoftCaptionObservation::Phase phase,
                                                   const Config& cfg) const;
-    void announceCommit(std::string_view kind, const Rows& committed);
+    void announceCommit(FreezeKind kind, const Rows& committed);
     void emitPartialBoundaryObservation(const std::string& inputText,
                                         const BoundaryDecision& decision);
     void emitCorrectionObservation(const std::string& finalText);

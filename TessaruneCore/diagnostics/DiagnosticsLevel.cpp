@@ -1,5 +1,7 @@
 #include "TessaruneCore/diagnostics/DiagnosticsLevel.h"
 
+#include "TessaruneCore/text/Localization.h"
+
 namespace tessarune {
 
 std::string_view storageName(DiagnosticsLevel level) {
@@ -28,18 +30,18 @@ std::optional<DiagnosticsLevel> diagnosticsLevel(std::string_view word) {
     return std::nullopt;
 }
 
-std::string_view detail(DiagnosticsLevel level) {
+std::string detail(DiagnosticsLevel level) {
     switch (level) {
     case DiagnosticsLevel::off:
-        return "出事只剩崩溃日志，几乎零开销。除非要绝对零负担，否则别选。";
+        return localized("出事只剩崩溃日志，几乎零开销。除非要绝对零负担，否则别选。");
     case DiagnosticsLevel::core:
-        return "默认。极致性能：只记错误与关键启停，内存哨兵常驻，能定位大体问题。";
+        return localized("默认。极致性能：只记错误与关键启停，内存哨兵常驻，能定位大体问题。");
     case DiagnosticsLevel::standard:
-        return "复现/长测推荐：额外写每会话诊断（性能、边界、仲裁、翻译摘要）。";
+        return localized("复现/长测推荐：额外写每会话诊断（性能、边界、仲裁、翻译摘要）。");
     case DiagnosticsLevel::verbose:
-        return "全链路运行时事件 + debug 日志，开发排查用，会持续写盘。";
+        return localized("全链路运行时事件 + debug 日志，开发排查用，会持续写盘。");
     case DiagnosticsLevel::trace:
-        return "☢ 全部 + Apple 完整原始流。会卡、文件巨大，用完记得调回去。";
+        return localized("☢ 全部 + Apple 完整原始流。会卡、文件巨大，用完记得调回去。");
     }
     return {};
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace tessarune {
@@ -25,7 +26,7 @@ constexpr bool expandsAppleRaw(DiagnosticsLevel level) {
 std::string_view storageName(DiagnosticsLevel level);
 /// Nothing for an unknown word.
 std::optional<DiagnosticsLevel> diagnosticsLevel(std::string_view storageName);
-/// The level's description: a localisation key.
-std::string_view detail(DiagnosticsLevel level);
+/// The level's description for users, localised.
+std::string detail(DiagnosticsLevel level);
 
 } // namespace tessarune

@@ -22,6 +22,11 @@ Shared& shared() {
 
 } // namespace
 
+void TessaruneLogger::verbose(const Text& text) const {
+    if (TessaruneLog::diagnosticsLevel() >= DiagnosticsLevel::verbose)
+        debug(text);
+}
+
 void TessaruneLogger::write(Level level, const Text& text) const {
     const auto sink = shared().sink.load();
     if (!sink)

@@ -18,6 +18,8 @@ class TessaruneLogger {
 
     explicit constexpr TessaruneLogger(std::string_view category) : category_(category) {}
 
+    /// A debug line that is written from the diagnostics level `verbose` on.
+    void verbose(const Text& text) const;
     void debug(const Text& text) const { write(Level::debug, text); }
     void info(const Text& text) const { write(Level::info, text); }
     void notice(const Text& text) const { write(Level::notice, text); }

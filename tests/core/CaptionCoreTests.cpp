@@ -1,3 +1,4 @@
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "tests/core/CaptionCoreFixture.h"
 
 #include <gtest/gtest.h>
@@ -144,6 +145,39 @@ TEST(CaptionCoreTests, ChangesAndCallbacksComeInOneFixedOrder) {
     EXPECT_EQ(trace.since(), "leading, soft seal sealLiveIntoHistory 0 0 same '', committed, open");
     f.core->reset(106);
     EXPECT_EQ(trace.since(), "committed, leading, soft reset core.reset 0 0 same '', open");
+}
+
+TEST(CaptionCoreTests, AVerboseLogTellsOfFreezesAndRepetitions) {
+    struct Verbosity {
+        explicit Verbosity(TessaruneLog::Sink sink) {
+            TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::verbose);
+            TessaruneLog::setSink(std::move(sink));
+        }
+        ~Verbosity() {
+            TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::core);
+            TessaruneLog::setSink({});
+        }
+    };
+    CaptionCoreFixture f;
+    Lines lines;
+    f.core->debugEvents.onDidChange([&](const auto& all) { lines.push_back(all.back().kind); });
+    {
+        const Verbosity verbosity([&](auto, auto, const auto& line) { lines.push_back(line); });
+        f.play("100 p A one. B two. c;100.7 p A one. B two. c");
+        f.core->resetFreezeState();
+        f.play("101 p A one. B two. c d;101.7 p A one. B two. c d");
+        f.core->resetFreezeState();
+        f.play("102 p A one. B two. c");
+        f.core->sealLiveIntoHistory(102);
+    }
+    f.core->committedSegments.mutate([](auto& rows) { rows.pop_back(); });
+    f.play("103 f A one. B two.");
+    EXPECT_EQ(
+        lines,
+        (Lines{"Tessarune B2b FREEZE 🔒 -> 'A one.'", "🔒", "Tessarune B2b FREEZE 🔒 -> 'B two.'", "🔒",
+               "Tessarune skipped 2 duplicate local agreement segment(s) already "
+               "committed",
+               "Tessarune skipped 2 duplicate live seal segment(s) already committed"}));
 }
 
 TEST(CaptionCoreTests, SoftCaptionsAppearAndAreWithdrawn) {

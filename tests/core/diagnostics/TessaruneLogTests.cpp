@@ -1,4 +1,5 @@
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <gtest/gtest.h>
 
@@ -39,6 +40,10 @@ TEST(DiagnosticsLevelTests, EachLevelAddsOneKindOfTrace) {
     }
     EXPECT_FALSE(diagnosticsLevel("Core"));
     EXPECT_FALSE(diagnosticsLevel(""));
+    const std::string detailOfOff = detail(DiagnosticsLevel::off);
+    setLocalizationTable({{detailOfOff, "Nothing but crashes"}});
+    EXPECT_EQ(detail(DiagnosticsLevel::off), "Nothing but crashes");
+    setLocalizationTable({});
 }
 
 } // namespace
