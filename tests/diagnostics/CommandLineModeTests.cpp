@@ -72,50 +72,6 @@ TEST_F(CommandLineModeTests, RepliesToEachKindOfCall) {
     EXPECT_TRUE(retired.ends_with("\nexit 64")) << retired;
 }
 
-TEST_F(CommandLineModeTests, SweepsTheFreezeValues) {
-    const std::string log =
-        write("talk.v1.ndjson", R"({"t":10,"kind":"partial","text":"One two. x","revision":1}
-{"t":10.7,"kind":"partial","text":"One two. x y","revision":2}
-broken
-{"t":11.5,"kind":"final","text":"One two. X y.","start":10,"end":11.5}
-{"t":12.06,"kind":"partial","text":"if it is later, so"}
-)");
-    const auto freeze = [](const std::string& value) {
-        return "\n-- freeze=" + value + "s · 🔒1 🏁1 · 段 2 --\n" +
-               "One two. 🔒\nX y. 🏁\n-- live --\nif it is later,\nso\n";
-    };
-    const auto wait = [](const std::string& value) {
-        return "\n-- freeze=" + value + "s · 🔒0 🏁2 · 段 2 --\n" +
-               "One two. 🏁\nX y. 🏁\n-- live --\nif it is later,\nso\n";
-    };
-    const std::string words =
-        "·· T4 时间线(相对首事件) ··\n"
-        "「One two.」 firstSeen=+0.00 committed=+0.70 改写=0  词: One@+0.00 two.@+0.00\n"
-        "「X y.」 firstSeen=+0.00 committed=+1.50 改写=0  词: X@+0.00 y.@+0.70\n";
-    const std::pair<std::string, std::string> cases[] = {
-        {"", freeze("0.6")},
-        {"--cumulative-partials --what", freeze("0.6")},
-        {"--freeze", freeze("0.6")},
-        {"--freeze abc", freeze("0.6")},
-        {"--freeze 0.3,abc,1", freeze("0.3") + wait("1.0")},
-        {"--freeze ,0.6,,0.6,", freeze("0.6") + freeze("0.6")},
-        {"--freeze +5e-1,.7,0.6s,inf,nan,0x1,1e999,++1,-1",
-         freeze("0.5") + wait("0.7") + freeze("-1.0")},
-        {"--freeze 9 --freeze 0.6", wait("9.0")},
-        {"--freeze --words", freeze("0.6") + words},
-        {"--self-segments", wait("0.6")},
-        {"--self-segments --early-cut", freeze("0.6")},
-        {"--no-clause", "\n-- freeze=0.6s · 🔒1 🏁1 · 段 2 --\n"
-                        "One two. 🔒\nX y. 🏁\n-- live --\nif it is later, so\n"},
-        {"--no-segment", "\n-- freeze=0.6s · 🔒0 🏁1 · 段 1 --\n"
-                         "One two. X y. 🏁\n-- live --\nif it is later, so\n"},
-    };
-    for (const auto& [options, expected] : cases)
-        EXPECT_EQ(run("--replay " + log + " " + options),
-                  "== replay talk.v1.ndjson · 事件 4 条 · 跨度 2.1s ==\n" + expected + "exit 0")
-            << options;
-}
-
 TEST_F(CommandLineModeTests, WritesATimelineForEachValue) {
     const std::string log = write("talk.v1.ndjson", R"({"t":10,"kind":"partial","text":"So"}
 {"t":10.7,"kind":"final","text":"So!","start":10,"end":10.7}

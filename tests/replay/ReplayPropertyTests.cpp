@@ -150,16 +150,6 @@ std::string describe(const Log& log) {
     return lines;
 }
 
-RC_GTEST_PROP(ReplayProperties, twiceGivesTheSame, ()) {
-    const Log log = *logs();
-    const Settings with = settings(false);
-    const auto once = replay(log, with);
-    const auto again = replay(log, with);
-    RC_ASSERT(once.transcript() == again.transcript());
-    RC_ASSERT(once.segmentTimings == again.segmentTimings);
-    RC_ASSERT(once.segments == again.segments);
-}
-
 RC_GTEST_PROP(ReplayProperties, noCommittedRowIsEverReopenedOrLost, ()) {
     const Log log = *logs();
     const Settings with = settings(false);
