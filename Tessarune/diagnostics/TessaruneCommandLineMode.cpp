@@ -50,9 +50,8 @@ std::optional<int> runIfRequested(const std::vector<std::string>& arguments, std
     }
     if (!flags.empty()) {
         out << "Tessarune: unknown command-line flag " << flags.front()
-            << ".\nRefusing to launch the GUI from a CLI-looking invocation; run the app bundle "
-               "for "
-               "the interactive app.\n";
+            << ".\nRefusing to launch the GUI from a CLI-looking invocation; "
+               "run the app bundle for the interactive app.\n";
         return usageError;
     }
     return std::nullopt;
