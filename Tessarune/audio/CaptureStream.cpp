@@ -23,6 +23,10 @@ std::optional<CaptureStream::Source> monitorOf(const SoundOutput* output) {
     return CaptureStream::Source{output->monitorID, output->name, {output->format.sampleRate, 1}};
 }
 
+SoundServerError noSound() {
+    return {SoundServerError::timeout, "the device gives no sound"};
+}
+
 } // namespace
 
 /// The state behind a capture. It is shared with what is still under way when the capture stops:
@@ -44,6 +48,7 @@ class CaptureStream::Keeper : public std::enable_shared_from_this<Keeper> {
 
     void adopt(Source source, std::unique_ptr<RecordStream> stream);
     void handleBuffer(AudioBufferPtr buffer);
+    void reportHole(double seconds);
     void handleEnd(const SoundServerError& error);
     void interrupt(const SoundServerError& error);
     void follow();
@@ -71,7 +76,8 @@ class CaptureStream::Keeper : public std::enable_shared_from_this<Keeper> {
 
     double lastSoundAt_ = 0; // end of the last buffer, at first when the capture began
     double openedAt_ = 0;
-    std::optional<double> silentSince_;
+    bool isInterrupted_ = false;    // that was reported, and nothing has come since
+    bool isFirstOfAnother_ = false; // the next buffer is the first of a stream that took over
     double retrySeconds_ = 0;
     double openSeconds_ = shortestOpenSeconds;
     DelayedCall retry_;
@@ -110,7 +116,8 @@ void CaptureStream::Keeper::stop() {
     subscription_.reset();
     stream_.reset();
     stalled_ = false;
-    silentSince_.reset();
+    isInterrupted_ = false;
+    isFirstOfAnother_ = false;
     retry_.cancel();
     stallCheck_.cancel();
 }
@@ -170,6 +177,7 @@ void CaptureStream::Keeper::adopt(Source source, std::unique_ptr<RecordStream> s
     current_ = std::move(source);
     openedAt_ = now();
     stalled_ = false;
+    isFirstOfAnother_ = running_;
     watchForStall();
     if (isAnother)
         report({CaptureEvent::Kind::deviceChanged, 0, current_.deviceName, 0});
@@ -180,14 +188,23 @@ void CaptureStream::Keeper::handleBuffer(AudioBufferPtr buffer) {
     openSeconds_ = shortestOpenSeconds;
     if (std::exchange(stalled_, false))
         watchForStall();
-    if (silentSince_) {
-        const double gap = std::max(0.0, now() - buffer->seconds() - *silentSince_);
-        silentSince_.reset();
-        report({CaptureEvent::Kind::resumed, 0, current_.deviceName, gap});
-    }
+    reportHole(std::max(0.0, now() - buffer->seconds() - lastSoundAt_));
     lastSoundAt_ = now();
     if (handlers_.onBuffer)
         handlers_.onBuffer(std::move(buffer));
+}
+
+/// Before a buffer that comes so many seconds after the end of the last one. A buffer that is a
+/// little late in an open stream has left nothing out: the sound was waiting somewhere.
+void CaptureStream::Keeper::reportHole(double seconds) {
+    const bool isFirstOfAnother = std::exchange(isFirstOfAnother_, false);
+    if (!isInterrupted_ && seconds < (isFirstOfAnother ? smallestHoleSeconds : stallSeconds))
+        return;
+    // After a sleep of the whole computer the sound may be faster than the look for a stall.
+    if (!isFirstOfAnother)
+        interrupt(noSound());
+    isInterrupted_ = false;
+    report({CaptureEvent::Kind::resumed, 0, current_.deviceName, seconds});
 }
 
 void CaptureStream::Keeper::handleEnd(const SoundServerError& error) {
@@ -197,9 +214,8 @@ void CaptureStream::Keeper::handleEnd(const SoundServerError& error) {
 }
 
 void CaptureStream::Keeper::interrupt(const SoundServerError& error) {
-    if (silentSince_)
+    if (std::exchange(isInterrupted_, true))
         return;
-    silentSince_ = lastSoundAt_;
     report({CaptureEvent::Kind::interrupted, error.status(), error.what(), 0});
 }
 
@@ -248,7 +264,7 @@ void CaptureStream::Keeper::checkForStall() {
         return;
     }
     stalled_ = true;
-    interrupt(SoundServerError(SoundServerError::timeout, "the device gives no sound"));
+    interrupt(noSound());
     // Not at once: a device that is asleep would be opened over and over.
     retryLater();
 }

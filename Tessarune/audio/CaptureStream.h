@@ -14,7 +14,8 @@ namespace tessarune {
 struct CaptureEvent {
     enum class Kind {
         interrupted,  ///< no sound comes any more; `status` and `text` say why
-        resumed,      ///< sound comes again: the next buffer follows a hole of `gapSeconds`
+        resumed,      ///< the next buffer follows a hole of `gapSeconds`: after an interruption,
+                      ///< or where another device took over and its first sound was late
         deviceChanged ///< the capture went over to another device, whose name is `text`
     };
     Kind kind;
@@ -50,6 +51,8 @@ class CaptureStream {
 
     /// Longer than the two seconds for which an idle output may sleep.
     static constexpr double stallSeconds = 2.5;
+    /// Less is left out where one device takes over from another one that still gave sound.
+    static constexpr double smallestHoleSeconds = 0.25;
     /// A server that is just moving things around may never answer one request and the next one at
     /// once, while a slow device needs its time: so the patience grows.
     static constexpr double shortestOpenSeconds = 1.0;

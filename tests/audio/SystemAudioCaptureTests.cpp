@@ -1,5 +1,6 @@
 #include "Tessarune/audio/SystemAudioCapture.h"
 #include "tests/simulation/ScriptedSoundServer.h"
+#include "tests/simulation/WorkingHost.h"
 
 #include <gtest/gtest.h>
 
@@ -288,6 +289,55 @@ TEST_F(SystemAudioCaptureTests, GoesOnAfterWhateverTookTheSoundAwayAndReportsThe
         EXPECT_EQ(listener->events.front().status, step.status);
         EXPECT_NEAR(listener->events.back().gapSeconds, step.gap + 1, 1.03);
         EXPECT_EQ(server.openSources().size(), 1U);
+    }
+}
+
+TEST_F(SystemAudioCaptureTests, LateFirstSoundOfAnotherOutputIsAHoleAndLateSoundIsNot) {
+    server.setDevices(devices({"a", "b"}, "a"));
+    start();
+    server.keepDelivering(0.5F);
+    host.advanceBy(1);
+    server.keepDelivering(std::nullopt); // what waits in the server comes later, all of it
+    host.advanceBy(2);
+    server.keepDelivering(0.5F);
+    host.advanceBy(1);
+    EXPECT_TRUE(listener->events.empty());
+
+    server.keepDelivering(std::nullopt);
+    server.setDevices(devices({"a", "b"}, "b"));
+    host.advanceBy(1.5);
+    server.keepDelivering(0.5F);
+    host.advanceBy(1);
+    EXPECT_EQ(kinds(), (std::vector<Kind>{Kind::deviceChanged, Kind::resumed}));
+    EXPECT_NEAR(listener->events.back().gapSeconds, 1.5, 0.02);
+}
+
+TEST(SystemAudioCaptureSleepTests, TheTimeOfASleepingComputerIsAHoleWhateverWakesFirst) {
+    for (const double asleep : {2.0, 3600.0}) {
+        testing::WorkingHost laptop;
+        ScriptedSoundServer server(laptop.simulated);
+        auto ears = std::make_shared<Listener>(laptop.simulated);
+        auto capture = SystemAudioCapture::create(laptop, server);
+        capture->delegate = ears;
+        SoundDevices devices;
+        devices.outputs = {ScriptedSoundServer::output("a")};
+        devices.defaultOutputID = "a";
+        server.setDevices(devices);
+        spawn(Executor::main(laptop),
+              startAndKeepFailure(capture, std::make_shared<std::string>()));
+        laptop.simulated.advanceBy(0);
+        server.keepDelivering(0.5F);
+        laptop.simulated.advanceBy(1);
+        laptop.worked += asleep;
+        laptop.simulated.advanceBy(1);
+        if (asleep < CaptureStream::stallSeconds) {
+            EXPECT_TRUE(ears->events.empty());
+            continue;
+        }
+        ASSERT_EQ(ears->events.size(), 2U);
+        EXPECT_EQ(ears->events.front().kind, Kind::interrupted);
+        EXPECT_EQ(ears->events.back().kind, Kind::resumed);
+        EXPECT_NEAR(ears->events.back().gapSeconds, asleep, 0.02);
     }
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Tessarune/platform/speech-engine/MoonshineLibrary.h"
-#include "TessaruneCore/host/SimulatedHost.h"
+#include "tests/simulation/WorkingHost.h"
 
 #include <cmath>
 #include <functional>
@@ -11,25 +11,6 @@
 #include <vector>
 
 namespace tessarune::testing {
-
-/// Virtual time that also passes while the engine works.
-class WorkingHost final : public Host {
-  public:
-    double now() const override { return simulated.now() + worked; }
-    double wallClock() const override { return now(); }
-    void post(Block block) override { simulated.post(std::move(block)); }
-    DelayedCall after(double seconds, Block block) override {
-        return simulated.after(seconds, std::move(block));
-    }
-    std::shared_ptr<SerialQueue> serialQueue(std::string_view label,
-                                             QueuePriority priority) override {
-        return simulated.serialQueue(label, priority);
-    }
-    bool isOnMainQueue() const override { return simulated.isOnMainQueue(); }
-
-    SimulatedHost simulated{1000};
-    double worked = 0;
-};
 
 /// An engine that "hears" lines which are written down beforehand, through the same functions as
 /// the real one. A line opens half a second after its start with the words that were spoken by
