@@ -37,7 +37,7 @@ std::string captureInterrupted() {
     return localized("声音已中断，正在等待恢复…");
 }
 
-std::string captureDeviceChanged(const std::string& deviceName) {
+std::string captureListeningTo(const std::string& deviceName) {
     return localized("正在接收：%@", {deviceName});
 }
 

@@ -19,7 +19,7 @@ bool isSilentMessage(std::string_view text);
 
 /// While the source is gone, until it gives sound again.
 std::string captureInterrupted();
-/// The capture went over to another device.
-std::string captureDeviceChanged(const std::string& deviceName);
+/// The capture went over to another device, or gives sound again.
+std::string captureListeningTo(const std::string& deviceName);
 
 } // namespace tessarune::LiveCaptionUserMessages

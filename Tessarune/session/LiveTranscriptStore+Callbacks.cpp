@@ -180,6 +180,7 @@ void LiveTranscriptStore::handleSystemAudioSilent() {
 void LiveTranscriptStore::handleCaptureEvent(const CaptureEvent& event) {
     if (!*isListening)
         return;
+    isCaptureInterrupted_ = event.kind == CaptureEvent::Kind::interrupted;
     switch (event.kind) {
     case CaptureEvent::Kind::interrupted:
         log("listen.capture.interrupted",
@@ -191,12 +192,12 @@ void LiveTranscriptStore::handleCaptureEvent(const CaptureEvent& event) {
         log("listen.capture.resumed", {{"device", event.text}, {"gapSeconds", event.gapSeconds}},
             Importance::important);
         if (Text::equal(*statusMessage, LiveCaptionUserMessages::captureInterrupted()))
-            statusMessage = std::string();
+            statusMessage = LiveCaptionUserMessages::captureListeningTo(event.text);
         refreshCaptionDisplay("capture.resumed");
         break;
     case CaptureEvent::Kind::deviceChanged:
         log("listen.capture.deviceChanged", {{"device", event.text}}, Importance::important);
-        statusMessage = LiveCaptionUserMessages::captureDeviceChanged(event.text);
+        statusMessage = LiveCaptionUserMessages::captureListeningTo(event.text);
         refreshCaptionDisplay("capture.deviceChanged");
         break;
     }
@@ -211,7 +212,9 @@ void LiveTranscriptStore::handleCommit(const CaptionCore::Rows& rows) {
 }
 
 void LiveTranscriptStore::handleActivity(CaptionCore::Activity activity) {
-    statusMessage = std::string();
+    // The last words before an interruption come after the news of it, which must not go with them.
+    const bool isInterrupted = isCaptureInterrupted_ && *isListening;
+    statusMessage = isInterrupted ? LiveCaptionUserMessages::captureInterrupted() : std::string();
     if (activity != CaptionCore::Activity::partialDeduped)
         isTranslationVisible = false;
     updateVisibleSourceTextFlag();

@@ -183,6 +183,7 @@ void LiveTranscriptStore::discardCurrentRecording() {
 void LiveTranscriptStore::resetTranscriptForNewSession() {
     environment_.translation.resetForNewSession();
     message_.reset();
+    isCaptureInterrupted_ = false;
     core.reset(now());
     clearedSegmentIDs = std::unordered_set<UUID>();
     ghostTranslationText = std::string();

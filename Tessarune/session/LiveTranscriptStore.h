@@ -277,6 +277,7 @@ class LiveTranscriptStore : public std::enable_shared_from_this<LiveTranscriptSt
     double stopRequestedAt_ = 0;
     bool isFinalizing_ = false; // as `stopTask_`, but over when a restart may begin
     bool didReachListening_ = false;
+    bool isCaptureInterrupted_ = false; // and the status line says so
 
     std::optional<LiveAudioInactivityAutoStopConfiguration>
         sessionAudioInactivityAutoStopConfiguration_;

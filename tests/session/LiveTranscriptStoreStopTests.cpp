@@ -232,13 +232,22 @@ TEST_F(LiveTranscriptStoreStopTests, AHoleInTheSoundIsSilenceAndTimesStayRight) 
     session.say(true, "After.");
     EXPECT_EQ(session.phase(), Phase::listening);
     EXPECT_EQ(session.status(), "");
+    session.server.goDown();
+    session.host.advanceBy(0.1);
+    session.say(true, "Still on their way.");
+    EXPECT_EQ(session.status(), "声音已中断，正在等待恢复…") << "words must not hide it";
+    session.server.comeBack();
+    session.hear(1);
+    EXPECT_EQ(session.status(), "正在接收：Output b");
+    session.say(true, "Back.");
+    EXPECT_EQ(session.status(), "");
     const double elapsed =
         session.host.now() - *session.store->recordingTracker().currentStartedAt();
     endAndWait();
     EXPECT_NEAR(recording().duration, elapsed, 0.3);
     const auto timeline = HistoryWordTimeline::decoded(
         session.files.contentsOf(session.catalog->wordTimelineURL(recording().id)));
-    ASSERT_TRUE(timeline && timeline->sentences.size() == 2);
+    ASSERT_TRUE(timeline && timeline->sentences.size() == 4);
     EXPECT_LT(timeline->sentences[0].end, 2.2);
     EXPECT_GT(timeline->sentences[1].start, 12);
 }
