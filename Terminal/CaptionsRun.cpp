@@ -38,6 +38,7 @@ namespace {
 constexpr double lookAgainSeconds = 0.01;
 /// A recogniser that is behind and gets no further for so long is not waited for.
 constexpr double longestStandstillSeconds = 30;
+constexpr double delayWatchSeconds = 1;
 
 /// Everything of one run, in one place that outlives all its callbacks.
 class CaptionsRun {
@@ -69,6 +70,7 @@ class CaptionsRun {
     void endWith(std::exception_ptr failure);
     double heardSeconds() const;
     double secondsBehind() const;
+    void watchDelay();
 
     void say(const std::string& text) const { output_.status(text); }
     Host& host() const { return program_.host; }
@@ -93,6 +95,8 @@ class CaptionsRun {
     OneShot<std::string> ended_; ///< empty for a good end, else what went wrong
     bool interrupted_ = false;
     std::string lastStatus_;
+    double delayWorthTelling_ = 5;
+    DelayedCall delayWatch_;
 };
 
 CaptionOutput makeOutput(Program& program, const TerminalOptions& options) {
@@ -129,8 +133,10 @@ Task<void> CaptionsRun::run() {
     if (!ended_.hasValue()) {
         say(sound_.description());
         sound_.begin();
+        watchDelay();
     }
     const std::string problem = co_await ended_;
+    delayWatch_.cancel();
     Task<void> catchingUp = catchUp();
     co_await catchingUp;
     Task<void> stopping = stopListening();
@@ -372,12 +378,22 @@ double CaptionsRun::heardSeconds() const {
 
 double CaptionsRun::secondsBehind() const {
     const PerfStats stats = store_->liveTranscriber().perfStats();
-    const auto batches = stats.find("analyzerInputBatches");
-    const auto waiting = stats.find("analyzerInputsWaiting");
-    const auto converted = stats.find("convertedAudioSeconds");
-    if (batches == stats.end() || waiting == stats.end() || batches->second == 0)
-        return 0;
-    return converted->second * waiting->second / batches->second + engine_.unheardSeconds();
+    const auto behind = stats.find("secondsBehind");
+    return behind == stats.end() ? 0 : behind->second;
+}
+
+/// A delay that grows is told each time that it has doubled. A file that waits for the recogniser
+/// is always some seconds ahead of it.
+void CaptionsRun::watchDelay() {
+    const auto* file = std::get_if<FileSource>(&command_.source);
+    if (ended_.hasValue() || (file && file->fast))
+        return;
+    if (const double behind = secondsBehind(); behind >= delayWorthTelling_) {
+        say("The captions are " + std::to_string(static_cast<int>(behind)) +
+            " s behind: this computer is too slow for the speech model.");
+        delayWorthTelling_ = 2 * behind;
+    }
+    delayWatch_ = host().after(delayWatchSeconds, [this] { watchDelay(); });
 }
 
 /// A file is over before a slow computer has heard it; live sound that was stopped by hand is not

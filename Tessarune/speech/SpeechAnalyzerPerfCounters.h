@@ -35,7 +35,7 @@ struct SpeechAnalyzerPerfCounters {
     double perfAnalyzerInputFlushes = 0;
     double perfAnalyzerInputYieldBusySeconds = 0;
 
-    /// By name without the prefix: "fedAudioSeconds".
+    /// By name without the prefix, as the session's other counters: "fedAudioSeconds".
     PerfStats stats() const;
 };
 

@@ -6,6 +6,29 @@
 
 namespace tessarune {
 
+namespace {
+
+/// What the operation threw, as a text; nothing if it went well.
+Task<std::optional<std::string>> failureOf(Task<void> operation) {
+    std::optional<std::string> failure;
+    try {
+        co_await operation;
+    } catch (const std::exception& error) {
+        failure = error.what();
+    }
+    co_return failure;
+}
+
+template <typename Plan>
+LogFields fieldsOf(const Plan& plan, const std::string& locale, const std::string& reason) {
+    return {{"locale", locale},
+            {"reason", reason},
+            {"audioCutoff", plan.cutoff},
+            {"generation", plan.generation}};
+}
+
+} // namespace
+
 void SpeechAnalyzerTranscriber::requestFinalization(std::string reason) {
     auto plan = makeFinalizationPlan();
     if (!plan)
@@ -39,19 +62,12 @@ SpeechAnalyzerTranscriber::makeFinalizationPlan() {
 
 Task<void> SpeechAnalyzerTranscriber::finalizeThrough(WeakSelf weak, FinalizationPlan plan,
                                                       std::string reason) {
-    std::optional<std::string> failure;
-    try {
-        Task<void> finalizing = plan.analyzer->finalize(plan.cutoff);
-        co_await finalizing;
-    } catch (const std::exception& error) {
-        failure = error.what();
-    }
+    Task<std::optional<std::string>> finalizing = failureOf(plan.analyzer->finalize(plan.cutoff));
+    const std::optional<std::string> failure = co_await finalizing;
     const Self self = weak.lock();
     if (!self)
         co_return;
-    LogFields fields;
-    fields.add("locale", self->localeID_).add("reason", reason).add("audioCutoff", plan.cutoff);
-    fields.add("generation", plan.generation);
+    LogFields fields = fieldsOf(plan, self->localeID_, reason);
     if (failure) {
         self->platform_.logger.important("speechAnalyzer.finalize.failed",
                                          fields.add("error", *failure));
@@ -98,19 +114,13 @@ SpeechAnalyzerTranscriber::makeCancellationPlan(double beforeAudioTime, bool for
 
 Task<void> SpeechAnalyzerTranscriber::cancelBefore(WeakSelf weak, CancellationPlan plan,
                                                    std::string reason) {
-    std::optional<std::string> failure;
-    try {
-        Task<void> cancelling = plan.analyzer->cancelAnalysis(plan.cutoff);
-        co_await cancelling;
-    } catch (const std::exception& error) {
-        failure = error.what();
-    }
+    Task<std::optional<std::string>> cancelling =
+        failureOf(plan.analyzer->cancelAnalysis(plan.cutoff));
+    const std::optional<std::string> failure = co_await cancelling;
     const Self self = weak.lock();
     if (!self)
         co_return;
-    LogFields fields;
-    fields.add("locale", self->localeID_).add("reason", reason).add("audioCutoff", plan.cutoff);
-    fields.add("generation", plan.generation);
+    LogFields fields = fieldsOf(plan, self->localeID_, reason);
     if (failure) {
         self->platform_.logger.important("speechAnalyzer.cancel.failed",
                                          fields.add("error", *failure));

@@ -149,8 +149,15 @@ PerfStats SpeechAnalyzerTranscriber::perfStats() const {
         input = state_.inputCont;
     }
     PerfStats stats = perf.stats();
-    // How far the engine is behind: batches that it has not taken yet.
-    stats["analyzerInputsWaiting"] = input ? static_cast<double>(input->waiting()) : 0;
+    // How far the engine is behind: batches that it has not taken yet, and what it has taken and
+    // not looked at.
+    double behind = 0;
+    if (input && perf.perfAnalyzerInputBatches > 0) {
+        const double secondsABatch = perf.perfConvertedAudioSeconds / perf.perfAnalyzerInputBatches;
+        behind = static_cast<double>(input->waiting()) * secondsABatch +
+                 platform_.engine.unheardSeconds();
+    }
+    stats["secondsBehind"] = behind;
     return stats;
 }
 

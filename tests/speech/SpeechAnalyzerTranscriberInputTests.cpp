@@ -78,7 +78,9 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, ABatchThatCannotBeConvertedIsLostAnd
     converters.failures = 1;
     append(0.5);
     append(0.25);
+    EXPECT_EQ(perf("secondsBehind"), 0.25) << "the engine has not been given its turn yet";
     EXPECT_EQ(batches(), std::vector<std::size_t>{4000});
+    EXPECT_EQ(perf("secondsBehind"), 0);
     EXPECT_EQ(perf("fedAudioSeconds"), 0.75);
     EXPECT_EQ(perf("convertedAudioSeconds"), 0.25);
 }
