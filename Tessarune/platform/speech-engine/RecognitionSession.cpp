@@ -1,10 +1,12 @@
 #include "Tessarune/platform/speech-engine/RecognitionSession.h"
 
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 namespace tessarune {
 
@@ -65,6 +67,8 @@ void RecognitionSession::take(const AudioBuffer& buffer) {
     guarded([&] {
         if (buffer.format != AudioFormat{speechSampleRate, 1})
             throw std::runtime_error("The speech engine was given sound in a wrong format.");
+        if (backlog_->seconds + buffer.seconds() > policy_.mostUnheardSeconds)
+            giveUpUnheard();
         stream_->add(buffer.samples);
         takenSamples_ += buffer.samples.size();
         backlog_->seconds = backlog_->seconds + buffer.seconds();
@@ -73,6 +77,8 @@ void RecognitionSession::take(const AudioBuffer& buffer) {
             recent_.erase(recent_.begin(),
                           recent_.end() - static_cast<std::ptrdiff_t>(samplesIn(recentSeconds)));
         hasNewSound_ = true;
+        movedAt_ = host_.now();
+        watchForStandstill();
         quiet_.hear(buffer.samples);
         closeIfResting();
         passIfDue();
@@ -122,16 +128,55 @@ void RecognitionSession::passIfDue() {
     if (passIsScheduled_)
         return;
     passIsScheduled_ = true;
-    host_.after(wait, [weak = weak_from_this(), worker = worker_] {
-        worker.run([weak] {
-            const auto session = weak.lock();
-            if (!session)
-                return;
-            session->passIsScheduled_ = false;
-            session->guarded([&] {
-                if (session->hasNewSound_)
-                    session->passIfDue();
-            });
+    later(wait, &RecognitionSession::passIfThereIsNews);
+}
+
+void RecognitionSession::passIfThereIsNews() {
+    passIsScheduled_ = false;
+    if (hasNewSound_)
+        passIfDue();
+}
+
+/// What was shown of the open line stays as its final.
+void RecognitionSession::giveUpUnheard() {
+    TessaruneLog::asr.notice([&] {
+        return "too slow: " + Text::fixed(backlog_->seconds, 1) + " s of sound were not recognised";
+    });
+    if (std::optional<SpeechResult> shown = reader_.takeOpen())
+        results_.yield(std::move(*shown));
+    stream_.emplace(model_);
+    reader_.restarted(takenSeconds());
+    backlog_->seconds = 0;
+    endClosing();
+}
+
+void RecognitionSession::watchForStandstill() {
+    if (std::exchange(standstillIsWatchedFor_, true))
+        return;
+    // Never a shorter wait: rounding could otherwise have it look a moment too early for ever.
+    constexpr double shortestWait = 0.05;
+    later(std::max(movedAt_ + policy_.longestStandstill - host_.now(), shortestWait),
+          &RecognitionSession::closeIfStandingStill);
+}
+
+void RecognitionSession::closeIfStandingStill() {
+    standstillIsWatchedFor_ = false;
+    // A file that waits for the recogniser stands still only once the recogniser has caught up.
+    if (hasNewSound_ || host_.now() - movedAt_ < policy_.longestStandstill) {
+        watchForStandstill();
+        return;
+    }
+    if (reader_.openSince())
+        pass(true);
+    endClosing();
+}
+
+/// Goes on on the worker queue, unless the session is over by then.
+void RecognitionSession::later(double seconds, void (RecognitionSession::*work)()) {
+    host_.after(seconds, [weak = weak_from_this(), worker = worker_, work] {
+        worker.run([weak, work] {
+            if (const auto session = weak.lock())
+                session->guarded([&] { (*session.*work)(); });
         });
     });
 }
@@ -145,7 +190,8 @@ void RecognitionSession::pass(bool closesLine) {
     const double took = host_.now() - began;
     nextPassAt_ = began + std::max(policy_.passInterval, policy_.passCostFactor * took);
     hasNewSound_ = false;
-    deliver(transcript);
+    movedAt_ = began + took;
+    deliver(transcript, nextPassAt_ - began <= policy_.longestWaitForAgreement);
     backlog_->seconds = 0;
     if (closesLine) {
         stream_.emplace(model_);
@@ -156,8 +202,8 @@ void RecognitionSession::pass(bool closesLine) {
     }
 }
 
-void RecognitionSession::deliver(const moonshine::Transcript& transcript) {
-    for (SpeechResult& result : reader_.read(transcript))
+void RecognitionSession::deliver(const moonshine::Transcript& transcript, bool looksAgainSoon) {
+    for (SpeechResult& result : reader_.read(transcript, looksAgainSoon))
         results_.yield(std::move(result));
 }
 
@@ -183,7 +229,7 @@ void RecognitionSession::restart() {
 void RecognitionSession::finish() {
     guarded([&] {
         stream_->stop();
-        deliver(stream_->transcribe());
+        deliver(stream_->transcribe(), false);
     });
     release();
     results_.finish();

@@ -23,10 +23,18 @@ struct RecognitionPolicy {
     /// Of these, how many times the last look's own time must have passed; leaves the computer half
     /// of its time however slow it is.
     double passCostFactor = 2;
+    /// How soon the next look must come for words to wait until it agrees on them.
+    double longestWaitForAgreement = 0.6;
     /// A shorter line is left to the engine, which closes it at the next pause and better.
     double shortestLineToClose = 5;
     /// How long a line that is to be closed may wait for a rest between two words.
     double longestWaitForRest = 1.0;
+    /// Live sound comes without a pause. Where none has come for so long, its source is gone, and
+    /// the open line is closed: nobody should wait for its end until the source is back.
+    double longestStandstill = 2.0;
+    /// Sound that was not looked at beyond this is given up, so that a computer that cannot keep up
+    /// at all skips something now and then and holds no more and no more of it.
+    double mostUnheardSeconds = 60;
     /// Complete lines after which the engine's stream is made anew, so that its list stays short.
     std::size_t linesBeforeRestart = 300;
 };
@@ -77,13 +85,18 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     };
 
     void passIfDue();
+    void passIfThereIsNews();
     void pass(bool closesLine = false);
+    void giveUpUnheard();
+    void watchForStandstill();
+    void closeIfStandingStill();
     void closeIfResting();
     void endClosing();
-    void deliver(const moonshine::Transcript& transcript);
+    void deliver(const moonshine::Transcript& transcript, bool looksAgainSoon);
     void restart();
     template <typename Work>
     void guarded(Work work);
+    void later(double seconds, void (RecognitionSession::*work)());
 
     Host& host_;
     Executor worker_;
@@ -100,6 +113,8 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     double nextPassAt_ = 0;     ///< host time
     bool passIsScheduled_ = false;
     bool hasNewSound_ = false;
+    double movedAt_ = 0; ///< host time at which sound was last taken or looked at
+    bool standstillIsWatchedFor_ = false;
     QuietDetector quiet_;
     std::optional<Closing> closing_;
 

@@ -1,16 +1,22 @@
 #include "Tessarune/platform/speech-engine/TranscriptReader.h"
 
+#include "TessaruneCore/segmentation/SentenceStabilityKey.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 namespace tessarune {
 
 namespace {
 
+/// The engine at times writes a comma twice.
 std::string textOf(const char* bytes) {
-    return bytes != nullptr ? bytes : "";
+    std::string text = bytes != nullptr ? bytes : "";
+    const auto isRepeated = [](char a, char b) { return a == ',' && b == ','; };
+    text.erase(std::unique(text.begin(), text.end(), isRepeated), text.end());
+    return text;
 }
 
 /// A word of a text with the white space before it.
@@ -37,7 +43,8 @@ std::vector<Token> tokensOf(std::string_view text) {
 
 } // namespace
 
-std::vector<SpeechResult> TranscriptReader::read(const moonshine::Transcript& transcript) {
+std::vector<SpeechResult> TranscriptReader::read(const moonshine::Transcript& transcript,
+                                                 bool looksAgainSoon) {
     std::vector<SpeechResult> results;
     openSince_.reset();
     for (std::size_t i = completeLines_; i < transcript.lineCount; ++i) {
@@ -45,19 +52,18 @@ std::vector<SpeechResult> TranscriptReader::read(const moonshine::Transcript& tr
         const std::string text = textOf(line.text);
         if (line.isComplete != 0) {
             // A line that comes to nothing must take back what was shown of it.
-            if (!text.empty() || !openText_.empty())
+            if (!text.empty() || open_)
                 results.push_back(result(line, true));
-            openText_.clear();
+            forgetOpen();
             completeLines_ = i + 1;
             completeThrough_ =
                 std::max(completeThrough_, clockOffset_ + line.start + line.duration);
             continue;
         }
         openSince_ = clockOffset_ + line.start;
-        if (text != openText_ &&
-            options_.reporting.contains(SpeechReportingOption::volatileResults))
-            results.push_back(result(line, false));
-        openText_ = text;
+        std::optional<SpeechResult> changed = readOpen(line, looksAgainSoon);
+        if (changed && options_.reporting.contains(SpeechReportingOption::volatileResults))
+            results.push_back(std::move(*changed));
         break;
     }
     return results;
@@ -68,7 +74,42 @@ void TranscriptReader::restarted(double at) {
     completeLines_ = 0;
     completeThrough_ = std::max(completeThrough_, at);
     openSince_.reset();
-    openText_.clear();
+    forgetOpen();
+}
+
+void TranscriptReader::forgetOpen() {
+    looked_.clear();
+    given_.clear();
+    open_.reset();
+}
+
+std::optional<SpeechResult> TranscriptReader::readOpen(const moonshine::Line& line,
+                                                       bool looksAgainSoon) {
+    SpeechResult now = result(line, false);
+    std::vector<std::string> keys;
+    for (const SpeechRun& run : now.runs)
+        keys.push_back(SentenceStabilityKey::normalize(run.text));
+    const std::vector<std::string> before = std::exchange(looked_, keys);
+    if (looksAgainSoon) {
+        const auto agreed = std::ranges::mismatch(keys, before).in1;
+        keys.erase(agreed, keys.end());
+        if (keys.size() < given_.size() && std::equal(keys.begin(), keys.end(), given_.begin()))
+            return std::nullopt;
+        now.runs.resize(keys.size());
+        now.alternatives = {now.text()};
+    }
+    given_ = std::move(keys);
+    if (now.text() == (open_ ? open_->text() : std::string()))
+        return std::nullopt;
+    open_ = now;
+    return now;
+}
+
+std::optional<SpeechResult> TranscriptReader::takeOpen() {
+    std::optional<SpeechResult> taken = std::exchange(open_, std::nullopt);
+    if (taken)
+        taken->isFinal = true;
+    return taken;
 }
 
 SpeechResult TranscriptReader::result(const moonshine::Line& line, bool isFinal) const {

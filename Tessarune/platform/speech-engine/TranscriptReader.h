@@ -13,16 +13,23 @@ namespace tessarune {
 /// Turns the lines of one stream, read again and again as they grow, into results: a volatile one
 /// when the open line has changed, a final one when a line has become complete. Each line gives one
 /// final. Pure; one thread.
+///
+/// The engine guesses the end of a line anew at each look, and its last words are often others the
+/// next time. Where the next look comes soon, only the words are given on which two looks in a row
+/// agree, and they stay until two looks agree on other ones.
 class TranscriptReader {
   public:
     explicit TranscriptReader(SpeechTranscriberOptions options) : options_(std::move(options)) {}
 
     /// The results that are new since the last call, in order.
-    std::vector<SpeechResult> read(const moonshine::Transcript& transcript);
+    std::vector<SpeechResult> read(const moonshine::Transcript& transcript, bool looksAgainSoon);
 
     /// The engine's stream was made anew and begins at this time of the session; its lines count
     /// from 0 again.
     void restarted(double at);
+
+    /// What was given of the open line, as if it were complete.
+    std::optional<SpeechResult> takeOpen();
 
     /// How many lines of the stream are complete.
     std::size_t completeLines() const { return completeLines_; }
@@ -32,6 +39,8 @@ class TranscriptReader {
     std::optional<double> openSince() const { return openSince_; }
 
   private:
+    std::optional<SpeechResult> readOpen(const moonshine::Line& line, bool looksAgainSoon);
+    void forgetOpen();
     SpeechResult result(const moonshine::Line& line, bool isFinal) const;
     std::vector<SpeechRun> timedRuns(const std::string& text, const moonshine::Line& line) const;
     std::vector<SpeechRun> evenRuns(const std::string& text, double start, double end) const;
@@ -41,7 +50,9 @@ class TranscriptReader {
     std::size_t completeLines_ = 0;
     double completeThrough_ = 0;
     std::optional<double> openSince_;
-    std::string openText_; ///< what the last volatile result of the open line said
+    std::vector<std::string> looked_;  ///< keys of all words of the open line at the last look
+    std::vector<std::string> given_;   ///< of those that were given
+    std::optional<SpeechResult> open_; ///< what was given, whether it was asked for or not
 };
 
 } // namespace tessarune

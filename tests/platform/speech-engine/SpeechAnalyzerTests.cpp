@@ -47,6 +47,7 @@ class SpeechAnalyzerTest : public ::testing::Test {
         const SpeechTranscriberOptions options{"en-US",
                                                {SpeechReportingOption::volatileResults},
                                                {SpeechAttributeOption::audioTimeRange}};
+        unheardSeconds_ = engine.unheardSeconds;
         transcriber_ = engine.makeTranscriber(options, Executor::main(host_));
         analyzer_ = engine.makeAnalyzer(transcriber_);
         input_.emplace(analyzer_->inputExecutor());
@@ -81,6 +82,7 @@ class SpeechAnalyzerTest : public ::testing::Test {
             const double due = startedAt_ + fed_;
             if (host_.now() < due)
                 host_.simulated.advanceBy(due - host_.now());
+            mostUnheard_ = std::max(mostUnheard_, unheardSeconds_());
         }
         host_.simulated.runDue(host_.simulated.now());
     }
@@ -152,6 +154,8 @@ class SpeechAnalyzerTest : public ::testing::Test {
     };
     std::vector<Rest> rests_;
     double fed_ = 0;
+    std::function<double()> unheardSeconds_;
+    double mostUnheard_ = 0;
     std::vector<SpeechResult> results_;
     std::string failure_;
     bool ended_ = false;
@@ -208,9 +212,64 @@ TEST_F(SpeechAnalyzerTest, SoundThatStopsComingIsStillLookedAt) {
     startUp();
     hearUntil(1.9);
     const std::size_t before = engine_.passes.size();
-    host_.simulated.advanceBy(5);
+    host_.simulated.advanceBy(1);
     ASSERT_EQ(engine_.passes.size(), before + 1) << "once, and not again and again";
     EXPECT_NEAR(engine_.passes.back().heard, fed_, 0.01);
+}
+
+TEST_F(SpeechAnalyzerTest, AComputerThatIsMuchTooSlowSkipsSoundAndHoldsNoMoreAndMoreOfIt) {
+    engine_.script.clear();
+    for (int i = 0; i < 30; ++i)
+        engine_.script.push_back({"Line " + std::to_string(i) + ".", i * 2.0, i * 2.0 + 1.5});
+    startUp({.mostUnheardSeconds = 4});
+    hearUntil(1.2);
+    EXPECT_TRUE(texts(true).empty());
+    engine_.passCost = 6; // and after it as long a rest
+    hearUntil(59);
+    EXPECT_GT(mostUnheard_, 3);
+    EXPECT_LE(mostUnheard_, 4);
+    EXPECT_GT(engine_.passes.back().heard, 45) << "it goes on with what is said now";
+    EXPECT_LT(texts(true).size(), 25u);
+    ASSERT_GE(results_.size(), 2u);
+    const auto final = std::find_if(results_.begin(), results_.end(),
+                                    [](const SpeechResult& result) { return result.isFinal; });
+    ASSERT_TRUE(final != results_.begin() && final != results_.end());
+    EXPECT_EQ(final->text(), std::prev(final)->text()) << "what was shown stays";
+    double before = -1;
+    for (const SpeechResult& result : results_) {
+        if (!result.isFinal)
+            continue;
+        const double start = result.runs.front().audioStart.value();
+        EXPECT_GT(start, before);
+        EXPECT_NEAR(start, std::stod(result.text().substr(5)) * 2, 0.1) << "times stay right";
+        before = start;
+    }
+}
+
+TEST_F(SpeechAnalyzerTest, ALineIsClosedWhereItsSoundStopsAndWhatFollowsIsAnotherOne) {
+    for (const double cost : {0.0, 1.5}) {
+        SCOPED_TRACE(cost);
+        engine_.script = {{"Ever tried.", 1, 4}, {"Fail better.", 4.5, 6}};
+        results_.clear();
+        engine_.passCost = 0;
+        startUp();
+        engine_.passCost = cost;
+        hearUntilAnew(3);
+        host_.simulated.advanceBy(1.5);
+        EXPECT_TRUE(texts(true).empty()) << "sound may be a little late";
+        host_.simulated.advanceBy(8);
+        ASSERT_EQ(texts(true).size(), 1u) << "the source may be gone for hours";
+        const std::size_t passes = engine_.passes.size();
+        host_.simulated.advanceBy(60);
+        EXPECT_EQ(engine_.passes.size(), passes);
+        startedAt_ = host_.now() - fed_;
+        hearUntil(9);
+        host_.simulated.advanceBy(5);
+        ASSERT_GE(texts(true).size(), 2u);
+        EXPECT_EQ(texts(true).back(), "Fail better.");
+        EXPECT_NEAR(results_.back().runs.front().audioStart.value(), 4.5, 0.1);
+        TearDown();
+    }
 }
 
 TEST_F(SpeechAnalyzerTest, OldLinesAreDroppedBetweenLinesAndTheClockGoesOn) {
