@@ -41,7 +41,7 @@ Lines indented(std::string_view text, std::size_t width) {
 
 Lines dimmed(Lines lines) {
     for (std::string& line : lines)
-        line = std::string(dim) + line + std::string(plain);
+        line.insert(0, dim).append(plain);
     return lines;
 }
 
