@@ -86,7 +86,8 @@ void LiveTranscriptStore::updateLiveHistoryTextIfNeeded(bool force) {
         startedAt - liveHistoryTextLastUpdateWall_ < liveHistoryTextMinInterval)
         return;
     // 2.
-    std::string text = SessionTranscriptBuilder::sourceText(sources(core, !showsMessage()));
+    LiveHistoryText::Built built =
+        liveHistory_.build(*liveHistoryText, sources(core, !showsMessage()));
     // 3.
     liveHistoryTextLastUpdateWall_ = startedAt;
     const double busy = now() - startedAt;
@@ -94,10 +95,10 @@ void LiveTranscriptStore::updateLiveHistoryTextIfNeeded(bool force) {
     pipelinePerf_.liveHistoryTextBuildSeconds += busy;
     pipelinePerf_.liveHistoryTextBuildMaxMS =
         std::max(pipelinePerf_.liveHistoryTextBuildMaxMS, busy * 1000);
-    pipelinePerf_.liveHistoryTextCharacters = static_cast<double>(Text::length(text));
+    pipelinePerf_.liveHistoryTextCharacters = static_cast<double>(built.characters);
     // 4.
-    if (text != *liveHistoryText)
-        liveHistoryText = std::move(text);
+    if (built.text != *liveHistoryText)
+        liveHistoryText = std::move(built.text);
 }
 
 } // namespace tessarune

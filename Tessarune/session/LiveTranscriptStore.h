@@ -11,6 +11,7 @@
 #include "Tessarune/session/LiveAudioInactivityAutoStop.h"
 #include "Tessarune/session/LiveAudioInactivityAutoStopConfiguration.h"
 #include "Tessarune/session/LiveCaptionPerfCounters.h"
+#include "Tessarune/session/LiveHistoryText.h"
 #include "Tessarune/session/LiveRecordingTracker.h"
 #include "Tessarune/session/LiveSessionControlTrigger.h"
 #include "Tessarune/session/LiveSessionStateMachine.h"
@@ -285,6 +286,7 @@ class LiveTranscriptStore : public std::enable_shared_from_this<LiveTranscriptSt
     SessionDurationClock durationClock_;
     LiveCaptionPerfCounters pipelinePerf_;
     double liveHistoryTextLastUpdateWall_ = 0;
+    LiveHistoryText liveHistory_;
     std::optional<CaptionSegment> message_; // what `presentMessage` put in the live caption line
     Published<DiagnosticsLevel>::Token diagnosticsSettingBridge_ = 0;
 };

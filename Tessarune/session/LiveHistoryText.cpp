@@ -1,0 +1,56 @@
+#include "Tessarune/session/LiveHistoryText.h"
+
+#include "TessaruneCore/text/Text.h"
+
+#include <algorithm>
+
+namespace tessarune {
+
+namespace {
+
+/// Appends a line, and gives how many characters that makes. A line end stands by itself, whatever
+/// the line begins with, so characters of lines can be added up.
+std::size_t appendLine(std::string& text, const std::string& line) {
+    if (line.empty())
+        return 0;
+    const bool isFirst = text.empty();
+    if (!isFirst)
+        text += '\n';
+    text += line;
+    return Text::length(line) + (isFirst ? 0 : 1);
+}
+
+} // namespace
+
+LiveHistoryText::Built LiveHistoryText::build(std::string_view previous,
+                                              const SessionTranscriptBuilder::Sources& sources) {
+    const auto rows = sources.committedSegments;
+    if (!goesOn(previous, rows))
+        *this = LiveHistoryText();
+    Built built{std::string(previous.substr(0, settledBytes_)), settledCharacters_};
+    // Whether the open row repeats the last committed one is seen only where that one is there.
+    const auto last = rows.last(std::min<std::size_t>(rows.size(), 1));
+    const auto settled = rows.first(rows.size() - last.size());
+    if (settled.size() > settledRows_) {
+        built.characters += appendLine(
+            built.text, SessionTranscriptBuilder::sourceText(settled.subspan(settledRows_)));
+        settledBytes_ = built.text.size();
+        settledCharacters_ = built.characters;
+        settledRows_ = settled.size();
+        lastSettledRow_ = settled.back().id;
+    }
+    built.characters +=
+        appendLine(built.text, SessionTranscriptBuilder::sourceText(
+                                   {last, sources.liveLeadingSentences, sources.softCaptionSegments,
+                                    sources.currentPartial}));
+    return built;
+}
+
+bool LiveHistoryText::goesOn(std::string_view previous,
+                             std::span<const CaptionSegment> rows) const {
+    return settledRows_ == 0 ||
+           (rows.size() > settledRows_ && rows[settledRows_ - 1].id == *lastSettledRow_ &&
+            previous.size() >= settledBytes_);
+}
+
+} // namespace tessarune
