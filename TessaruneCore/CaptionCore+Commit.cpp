@@ -12,6 +12,14 @@ namespace {
 
 using RowIterator = CaptionCore::Rows::const_iterator;
 
+/// A list that lives for hours and is never cut would stand half empty if it doubled.
+void append(CaptionCore::Rows& rows, const CaptionSegment& row) {
+    constexpr std::size_t smallest = 64;
+    if (rows.size() == rows.capacity())
+        rows.reserve(rows.size() + std::max(rows.size() / 8, smallest));
+    rows.push_back(row);
+}
+
 } // namespace
 
 std::vector<CaptionCore::SegmentMeta>
@@ -76,7 +84,7 @@ CaptionCore::Rows CaptionCore::commitSentences(const Sentences& sentences, Freez
             row.firstSeenAt = meta[i].firstSeenAt;
             row.revisionCount = meta[i].revisionCount;
         }
-        committedSegments.mutate([&](Rows& rows) { rows.push_back(row); });
+        committedSegments.mutate([&](Rows& rows) { append(rows, row); });
         if (i < meta.size() && !meta[i].words.empty())
             wordEvents_[row.id] = meta[i].words;
         added.push_back(std::move(row));
