@@ -6,6 +6,7 @@
 #include "Terminal/ModelCommands.h"
 #include "Terminal/SettingsCommands.h"
 #include "Terminal/SourcesCommand.h"
+#include "Tessarune/platform/host/ProcessMemory.h"
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 #include "Tessarune/platform/media/M4ATranscoder.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
@@ -32,6 +33,7 @@ Program::Program()
       catalog(host, files, paths, logger, notifications),
       exporter(host, transcodeToM4A),
       compressor(files, catalog, logger, exporter, openFFmpegMediaFile) {
+    ProcessMemory::returnLargeBlocks();
     setLocalizationTable(StringTables::forLocale(StringTables::userLocale()));
     TessaruneLog::setDiagnosticsLevel(*settings.diagnosticsLevel);
 }
