@@ -48,6 +48,7 @@ constexpr std::string_view style = R"(<style>
 text{font:13px system-ui,sans-serif;fill:#24292f}
 .title{font-weight:600;font-size:15px}
 .small{font-size:12px;fill:#57606a}
+.value{stroke:#ffffff;stroke-width:4px;paint-order:stroke}
 .paper{fill:#ffffff}
 .axis{stroke:#8c959f}
 .grid{stroke:#d8dee4}
@@ -55,6 +56,7 @@ text{font:13px system-ui,sans-serif;fill:#24292f}
 @media (prefers-color-scheme:dark){
 text{fill:#e6edf3}
 .small{fill:#9aa4af}
+.value{stroke:#0d1117}
 .paper{fill:#0d1117}
 .axis{stroke:#6e7681}
 .grid{stroke:#30363d}
@@ -198,7 +200,7 @@ class Drawing {
             addBar(i, middle - barHeight / 2, leftAxis, spoken, false);
             addBar(i, middle - barHeight / 2, spoken, printed, true);
             addText(leftAxis - 10, middle + 4, "", "end", row.name);
-            addText(std::max(spoken, printed) + 6, middle + 4, "small", "start",
+            addText(std::max(spoken, printed) + 6, middle + 4, "small value", "start",
                     Text::fixed(row.text.printed.erasedPerWord(), 2));
         }
         addLine("axis", leftAxis, top, leftAxis, bottom_);
@@ -208,7 +210,7 @@ class Drawing {
         addText(rightAxis, 56, "", "start", "Words settled, by the time since they first appeared");
         double largest = 0;
         for (const StabilityRow& row : report_.rows)
-            largest = std::max(largest, Statistics::percentile(row.text.spoken.untilSettled, 0.98));
+            largest = std::max(largest, Statistics::percentile(row.text.spoken.untilSettled, 0.95));
         const Scale scale(largest, rightAxis, rightEnd);
         addHorizontalAxis(scale, rightAxis, rightEnd, "seconds");
         for (int share = 0; share <= 100; share += 25) {

@@ -29,7 +29,7 @@ struct Stability {
 /// Erasure is counted as the literature does: going from one text to the next takes back all words
 /// behind the first difference. Whether a single word is stable is judged less strictly, along the
 /// longest common subsequence of the two texts: a word that is changed, put in or left out does not
-/// make the words behind it unstable. See docs/stability.md.
+/// make the words behind it unstable. See bench/README.md.
 class WordTrace {
   public:
     /// What is shown from `time` on: what was settled before, then the words that are settled now,

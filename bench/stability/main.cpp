@@ -111,7 +111,7 @@ int main(int argc, char** argv) {
     tessarune::Options options;
     CLI::App app(
         "How much shown text is taken back, and how soon words are settled: the quality of "
-        "captions in numbers. What they mean: docs/stability.md.",
+        "captions in numbers. What they mean: bench/README.md.",
         "stability");
     app.add_option("LOG", options.logs, "event logs; more than one are taken together")
         ->required()
