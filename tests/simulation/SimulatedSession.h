@@ -81,7 +81,8 @@ struct ScriptedTranslation {
 /// everything below the platform line is scripted.
 class SimulatedSession {
   public:
-    explicit SimulatedSession(std::uint64_t seed = 0) : host(1000000000.0, seed) {
+    explicit SimulatedSession(std::uint64_t seed = 0, double itsSampleRate = 1600)
+        : host(1000000000.0, seed), sampleRate(itsSampleRate) {
         TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::verbose);
         files.createDirectories(paths.appSupportBase());
         calm();
@@ -117,7 +118,7 @@ class SimulatedSession {
              .catalog = *catalog,
              .recorder = recorder,
              .compressor = *compressor,
-             .translation = translator.translation(host),
+             .translation = translation(),
              .diagnostics = diagnostics,
              .scheduleHistoryRefinement =
                  [this](const auto& request) { refinements.push_back(request); },
@@ -135,9 +136,9 @@ class SimulatedSession {
                     const std::vector<std::string>& inputs = {"mic", "usb"}) {
         SoundDevices devices;
         for (const auto& id : outputs)
-            devices.outputs.push_back(testing::ScriptedSoundServer::output(id, 1600));
+            devices.outputs.push_back(testing::ScriptedSoundServer::output(id, sampleRate));
         for (const auto& id : inputs)
-            devices.inputs.push_back(testing::ScriptedSoundServer::input(id, {1600, 1}));
+            devices.inputs.push_back(testing::ScriptedSoundServer::input(id, {sampleRate, 1}));
         devices.defaultOutputID = outputs.empty() ? "" : outputs.front();
         devices.defaultInputID = inputs.empty() ? "" : inputs.front();
         server.setDevices(std::move(devices));
@@ -147,7 +148,7 @@ class SimulatedSession {
     void calm() {
         desktop = {};
         engine.script = SpeechScript();
-        engine.script.format = {1600, 1};
+        engine.script.format = {sampleRate, 1};
         server.connectFailure.reset();
         server.openFailure.reset();
         server.connectDelay = server.openDelay = 0;
@@ -203,6 +204,7 @@ class SimulatedSession {
     LiveSessionPhase phase() const { return *store->sessionPhase; }
 
     SimulatedHost host;
+    const double sampleRate;
     FaultyFileSystem files;
     TessarunePaths paths{"/data"};
     TessaruneFileLogger logger{host, files, paths};
@@ -218,6 +220,9 @@ class SimulatedSession {
     ScriptedMedia media{files};
     AudioExporter exporter{host, media.transcoder()};
     ScriptedTranslation translator;
+    std::function<SessionTranslation()> translation = [this] {
+        return translator.translation(host);
+    };
     SessionDiagnostics diagnostics; ///< read when the program is launched
 
     std::unique_ptr<RecordingCatalog> catalog;

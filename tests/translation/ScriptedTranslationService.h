@@ -2,18 +2,22 @@
 
 #include "Tessarune/translation/TranslationService.h"
 
+#include <algorithm>
 #include <deque>
 #include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tessarune::testing {
 
-TranslationServiceError serviceError(std::optional<TranslationError> kind,
-                                     std::string message = "went wrong");
+inline TranslationServiceError serviceError(std::optional<TranslationError> kind,
+                                            std::string message = "went wrong") {
+    return {kind, LocalizedError(std::move(message), "Scripted", 7, "because")};
+}
 
 /// A translation service that does what a test tells it, in simulated time, and writes down what it
 /// was asked. Pairs are named as "en-US->fr-FR".
@@ -56,5 +60,96 @@ class ScriptedTranslationService final
     class Session;
     void note(const std::string& call, const Executor& executor);
 };
+
+inline void ScriptedTranslationService::note(const std::string& call, const Executor& executor) {
+    calls.push_back(call);
+    callsOnMainQueue += executor.host().isOnMainQueue() ? 1 : 0;
+}
+
+class ScriptedTranslationService::Availability final : public LanguageAvailability {
+  public:
+    Availability(std::shared_ptr<ScriptedTranslationService> service, Executor executor)
+        : service_(std::move(service)), executor_(std::move(executor)) {}
+
+    Task<TranslationAvailabilityStatus> status(std::string from, std::string to) override {
+        const std::string pair = from + "->" + to;
+        service_->note("status " + pair, executor_);
+        Task<bool> pause = sleep(executor_, 0);
+        co_await pause;
+        co_return service_->pairs[pair].status;
+    }
+
+  private:
+    std::shared_ptr<ScriptedTranslationService> service_;
+    Executor executor_;
+};
+
+class ScriptedTranslationService::Session final : public TranslationSession {
+  public:
+    Session(std::shared_ptr<ScriptedTranslationService> service, std::string target,
+            std::string pair, Executor executor)
+        : service_(std::move(service)),
+          target_(std::move(target)),
+          pair_(std::move(pair)),
+          executor_(std::move(executor)) {}
+
+    Task<bool> isReady() override {
+        service_->note("isReady", executor_);
+        Task<bool> pause = sleep(executor_, 0);
+        co_await pause;
+        co_return service_->pairs[pair_].isReady;
+    }
+
+    Task<void> prepareTranslation() override {
+        service_->note("prepare", executor_);
+        const Answer answer = service_->pairs[pair_].preparation;
+        Task<bool> pause = sleep(executor_, answer.delay);
+        co_await pause;
+        if (answer.error)
+            throw *answer.error;
+        auto& pair = service_->pairs[pair_];
+        pair.isReady = pair.readyAfterPreparation.value_or(pair.isReady);
+        if (pair.isReady)
+            pair.status = TranslationAvailabilityStatus::installed;
+    }
+
+    Task<Response> translate(std::string text) override {
+        service_->note("translate " + text, executor_);
+        Answer answer;
+        if (!service_->answers.empty()) {
+            answer = service_->answers.front();
+            service_->answers.pop_front();
+        } else if (service_->answer) {
+            answer = service_->answer(text);
+        }
+        service_->mostTranslationsInFlight =
+            std::max(service_->mostTranslationsInFlight, ++service_->translationsInFlight);
+        Task<bool> pause = sleep(executor_, answer.delay);
+        co_await pause;
+        --service_->translationsInFlight;
+        if (answer.error)
+            throw *answer.error;
+        co_return Response{service_->translation(text, target_)};
+    }
+
+  private:
+    std::shared_ptr<ScriptedTranslationService> service_;
+    std::string target_;
+    std::string pair_;
+    Executor executor_;
+};
+
+inline std::shared_ptr<LanguageAvailability>
+ScriptedTranslationService::languageAvailability(Executor executor) {
+    return std::make_shared<Availability>(shared_from_this(), std::move(executor));
+}
+
+inline std::shared_ptr<TranslationSession>
+ScriptedTranslationService::session(std::string installedSource, std::string target,
+                                    Executor executor) {
+    const std::string pair = installedSource + "->" + target;
+    note("session " + pair, executor);
+    return std::make_shared<Session>(shared_from_this(), target, pair, std::move(executor));
+}
 
 } // namespace tessarune::testing

@@ -1,0 +1,95 @@
+#include "TessaruneCore/translation/TranslationSupport.h"
+#include "tests/simulation/TranslatedLiveSession.h"
+
+#include <gtest/gtest.h>
+
+namespace tessarune {
+namespace {
+
+using simulation::TranslatedLiveSession;
+using Answer = testing::ScriptedTranslationService::Answer;
+using Status = TranslationAvailabilityStatus;
+using Strings = std::vector<std::string>;
+
+TEST(LiveSessionTranslationTests, ASessionIsTranslatedPreviewedAndSavedInBothLanguages) {
+    TranslatedLiveSession session;
+    session.begin();
+    session.say(false, "One is said. And then");
+    EXPECT_EQ(*session.store->ghostTranslationText, "fr-FR:One is said.");
+    session.say(true, "One is said.");
+    EXPECT_EQ(*session.store->ghostTranslationText, "") << "its own translation is there";
+    session.say(true, "Two has no end");
+    EXPECT_EQ(session.shown(), (Strings{"fr-FR:One is said.", "?"}));
+    const auto usersOfService = session.service.use_count();
+    const UUID id = session.recordingID();
+    session.stop();
+    session.host.advanceBy(20);
+    EXPECT_EQ(session.bilingual(id), "One is said.\nfr-FR:One is said.\n\n"
+                                     "Two has no end\nfr-FR:Two has no end");
+    EXPECT_EQ(session.translationStatus(), "");
+    EXPECT_LT(session.service.use_count(), usersOfService) << "the translator was let go";
+}
+
+TEST(LiveSessionTranslationTests, MissingLanguageFilesAreSaidAndNeverDownloaded) {
+    TranslatedLiveSession session;
+    session.service->pairs["en-US->fr-FR"] = {Status::supported, false, true, {}};
+    session.begin();
+    session.say(true, "One is said.");
+    EXPECT_TRUE(session.store->translationPreparationDisplayState->preparing);
+    session.host.advanceBy(5);
+    EXPECT_FALSE(session.store->translationPreparationDisplayState->preparing);
+    EXPECT_EQ(session.translationStatus(),
+              TranslationSupport::languageResourceNotReadyMessage("fr"));
+    // The user gets them elsewhere: the session finds out.
+    session.service->pairs["en-US->fr-FR"] = {};
+    session.say(true, "Two is said.");
+    session.host.advanceBy(2);
+    EXPECT_EQ(session.shown(), (Strings{"fr-FR:One is said.", "fr-FR:Two is said."}));
+    EXPECT_EQ(session.translationStatus(), "");
+    for (const std::string& call : session.service->calls)
+        EXPECT_NE(call, "prepare") << "that is what downloads";
+}
+
+TEST(LiveSessionTranslationTests, WhatTheStopCouldNotWaitForIsAddedWhenItComes) {
+    TranslatedLiveSession session;
+    session.begin();
+    session.service->answer = [](auto&) { return Answer{1e5, std::nullopt}; };
+    session.say(true, "One is said.");
+    const UUID id = session.recordingID();
+    const double stoppedAt = session.host.now();
+    session.store->sessionPhase.onDidChange([&](LiveSessionPhase phase) {
+        const double limit = *session.settings.translationDrainTimeoutSeconds + 0.5;
+        EXPECT_TRUE(phase != LiveSessionPhase::idle || session.host.now() - stoppedAt < limit);
+    });
+    session.stop();
+    session.host.advanceBy(20);
+    EXPECT_EQ(session.phase(), LiveSessionPhase::idle);
+    EXPECT_EQ(session.translationStatus(), "部分译文未完成，已保存当前可用结果");
+    EXPECT_EQ(session.bilingual(id), "One is said.");
+
+    session.service->answer = [](auto&) { return Answer{}; };
+    session.live->translation().retryIncompleteTranslations();
+    session.host.advanceBy(5);
+    EXPECT_EQ(session.bilingual(id), "One is said.\nfr-FR:One is said.");
+    session.host.advanceBy(2e5);
+    EXPECT_EQ(session.shown(), Strings{"fr-FR:One is said."}) << "the late answer finds nobody";
+}
+
+TEST(LiveSessionTranslationTests, ACrashKeepsTranslationsOfTheLastTargetOnly) {
+    TranslatedLiveSession session;
+    session.begin();
+    session.say(true, "One is said.");
+    session.say(true, "Two is said.");
+    session.host.advanceBy(1);
+    const UUID id = session.recordingID();
+    session.service->answer = [](const std::string& text) {
+        return Answer{text == "Two is said." ? 1e5 : 0, std::nullopt};
+    };
+    session.live->translation().setTranslationTarget("de");
+    session.host.advanceBy(1);
+    session.crash();
+    EXPECT_EQ(session.bilingual(id), "One is said.\nde-DE:One is said.\n\nTwo is said.");
+}
+
+} // namespace
+} // namespace tessarune

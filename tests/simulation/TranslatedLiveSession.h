@@ -1,0 +1,66 @@
+#pragma once
+
+#include "Tessarune/session/LiveSessionTranslation.h"
+#include "tests/simulation/SimulatedSession.h"
+#include "tests/translation/ScriptedTranslationService.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tessarune::simulation {
+
+/// A simulated session whose captions are translated by a scripted service.
+class TranslatedLiveSession : public SimulatedSession {
+  public:
+    explicit TranslatedLiveSession(std::uint64_t seed = 0, double itsSampleRate = 1600)
+        : SimulatedSession(seed, itsSampleRate) {
+        settings.translationTargetLanguage = "fr";
+        service->answer = [](auto&) {
+            return testing::ScriptedTranslationService::Answer{0.01, std::nullopt};
+        };
+        translation = [this] {
+            live = std::make_unique<LiveSessionTranslation>(
+                LiveSessionTranslation::Environment{host, settings, logger, service});
+            return live->steps();
+        };
+    }
+
+    ~TranslatedLiveSession() { service->answer = nullptr; } // it may be asked once more
+
+    void begin() {
+        launch();
+        live->attach(store);
+        start();
+        hear(2);
+    }
+    const CaptionCore::Rows& rows() const { return *store->core.committedSegments; }
+    /// Each row as its translation, "!" and its failure, or "?" while it waits.
+    std::vector<std::string> shown() const {
+        std::vector<std::string> texts;
+        for (const CaptionSegment& row : rows())
+            texts.push_back(row.translationError ? "!" + *row.translationError
+                                                 : row.translatedText.value_or("?"));
+        return texts;
+    }
+    std::string bilingual(const UUID& id) {
+        return files.contentsOf(catalog->bilingualTranscriptURL(id));
+    }
+    UUID recordingID() const { return catalog->recordings().at(0).id; }
+    const std::string& translationStatus() const { return *store->translationStatusMessage; }
+    /// The program is killed, and started again.
+    void crash() {
+        files.failFrom = files.operations + 1;
+        stop();
+        host.advanceBy(60);
+        files.recover();
+        launch();
+    }
+
+    std::shared_ptr<testing::ScriptedTranslationService> service =
+        std::make_shared<testing::ScriptedTranslationService>();
+    std::unique_ptr<LiveSessionTranslation> live;
+};
+
+} // namespace tessarune::simulation

@@ -1,0 +1,235 @@
+#include "tests/simulation/translation/TranslationSimulation.h"
+
+#include "TessaruneCore/translation/CommittedTranslationUnitPlanner.h"
+#include "TessaruneCore/translation/TranslationSegmentMutator.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
+
+#include <algorithm>
+
+namespace tessarune::simulation {
+
+namespace {
+
+using Answer = testing::ScriptedTranslationService::Answer;
+using Strings = std::vector<std::string>;
+
+constexpr double neverSeconds = 1000;
+/// What hangs in the engine is given up after this time, and its session with it.
+constexpr double givenUpSeconds = 20;
+/// Little sound is enough here.
+constexpr double coarseRate = 160;
+
+} // namespace
+
+TranslationSimulation::TranslationSimulation(std::uint64_t seed) : random_(seed), seed_(seed) {
+    std::mt19937_64 script(seed);
+    const auto below = [&](std::size_t limit) { return script() % limit; };
+    for (std::size_t i = 0, count = 5 + below(12); i < count; ++i)
+        events_.push_back({static_cast<double>(below(20)) / 10, below(12), script()});
+}
+
+/// The session with or without translation, through the events and to its end.
+class TranslationSimulation::Session : public TranslatedLiveSession {
+  public:
+    Session(TranslationSimulation& scene, bool translates)
+        : TranslatedLiveSession(scene.seed_, coarseRate), scene_(scene), translates_(translates) {
+        TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::off);
+        settings.translationBackend = translates ? "苹果" : "关闭";
+        service->answer = [this](auto&) { return troubledAnswer(); };
+    }
+
+    /// The captions with their times, then the saved transcript and the recording.
+    Strings course;
+    double stopSeconds = 0;
+
+    void run() {
+        begin();
+        watch();
+        server.keepDelivering(0.5F, 0.5);
+        int number = 0;
+        for (const Event& event : scene_.events_) {
+            host.advanceBy(event.pause);
+            if (event.kind < firstTrouble)
+                speak(event, ++number);
+            else if (translates_)
+                trouble(event);
+            checkLanguages();
+        }
+        end();
+        if (!translates_)
+            return;
+        checkTold();
+        endWell();
+        anotherSession();
+    }
+
+  private:
+    void require(bool holds, const std::string& what) {
+        if (!holds && scene_.violation_.empty())
+            scene_.violation_ = what;
+    }
+    void note(const std::string& what) {
+        if (translates_)
+            scene_.trace_.push_back(Text::fixed(host.now() - 1000000000, 3) + "  " + what);
+    }
+
+    void watch() {
+        store->core.committedSegments.onWillChange([this](const auto& rows) { before_ = rows; });
+        store->core.committedSegments.onDidChange(
+            [this](const CaptionCore::Rows& rows) { checkChange(rows); });
+        store->sessionPhase.onDidChange([this](LiveSessionPhase phase) {
+            if (phase == LiveSessionPhase::idle && !hasEnded_)
+                stopSeconds += host.now();
+        });
+    }
+
+    void checkChange(const CaptionCore::Rows& rows) {
+        for (std::size_t i = before_.size(); i < rows.size() && !hasEnded_; ++i)
+            course.push_back(std::to_string(host.now()) + " " + rows[i].sourceText);
+        for (std::size_t i = 0; i < std::min(rows.size(), before_.size()); ++i) {
+            require(rows[i].sourceText == before_[i].sourceText, "a caption changed");
+            const bool isNews =
+                rows[i].translatedText && rows[i].translatedText != before_[i].translatedText;
+            if (isNews)
+                note("-> " + *rows[i].translatedText);
+            require(!isNews || TranslationSegmentMutator::isPending(before_[i]),
+                    "translated twice: " + rows[i].sourceText);
+        }
+    }
+
+    void speak(const Event& event, int number) {
+        const std::string text = "Sentence " + std::to_string(number) + " is here";
+        const bool isFinal = event.kind < 4;
+        note(isFinal ? "final" : "guess");
+        say(isFinal, text + (event.choice % 3 == 0 ? "" : "."));
+    }
+
+    Answer troubledAnswer() {
+        const auto below = [this](std::size_t limit) { return scene_.random_() % limit; };
+        Answer answer{static_cast<double>(below(20)) / 10, std::nullopt};
+        if (below(3) == 0)
+            answer.error =
+                testing::serviceError(static_cast<TranslationError>(below(8)), "went wrong");
+        if (below(25) == 0)
+            answer = {neverSeconds, std::nullopt};
+        if (below(25) == 0)
+            answer = {givenUpSeconds, testing::serviceError(TranslationError::alreadyCancelled)};
+        return answer;
+    }
+
+    void trouble(const Event& event) {
+        static const Strings targets = {"fr", "de", "en"};
+        static const Strings backends = {"关闭", "苹果", "苹果", "苹果", "X"};
+        LiveTranscriptTranslation& wishes = live->translation();
+        auto& pair = service->pairs[event.choice % 2 == 0 ? "en-US->fr-FR" : "en-US->de-DE"];
+        switch (event.kind) {
+        case 6:
+            note("target " + targets[event.choice % targets.size()]);
+            return wishes.setTranslationTarget(targets[event.choice % targets.size()]);
+        case 7:
+            note("backend " + backends[event.choice % backends.size()]);
+            return wishes.setTranslationBackend(backends[event.choice % backends.size()]);
+        case 8:
+            note("previews");
+            return wishes.setSoftTranslationEnabled(event.choice % 2 == 0);
+        case 9:
+            note("retry");
+            return wishes.retryIncompleteTranslations();
+        default:
+            note("files");
+            pair.status = static_cast<TranslationAvailabilityStatus>(event.choice / 2 % 3);
+            pair.isReady = event.choice / 6 % 3 != 0;
+        }
+    }
+
+    void end() {
+        const UUID id = recordingID();
+        note("stop");
+        server.keepDelivering(std::nullopt);
+        stopSeconds = -host.now();
+        stop();
+        host.advanceBy(60);
+        require(phase() == LiveSessionPhase::idle, "the stop does not end");
+        hasEnded_ = true;
+        course.push_back(transcript(id));
+        course.push_back(files.contentsOf(catalog->recordings().at(0).filePath));
+    }
+
+    /// No row shows a translation into another language than the one chosen.
+    void checkLanguages() {
+        if (TranslationSupport::isDisabledBackend(*settings.translationBackend))
+            return; // what stands stays until it is switched on again
+        const std::string& target = *settings.translationTargetLanguage;
+        const std::string mark =
+            target == "en" ? "" : TranslationSupport::appleLanguageIdentifier(target) + ":";
+        for (const CaptionSegment& row : rows()) {
+            const std::string text = row.translatedText.value_or("");
+            require(text.empty() || text.starts_with(mark + "Sentence"), target + ": " + text);
+        }
+    }
+
+    /// A row that is not translated has its failure, or the status line says that something is
+    /// left.
+    void checkTold() {
+        checkLanguages();
+        if (!TranslationSupport::isAppleBackend(*settings.translationBackend))
+            return;
+        for (const CaptionSegment& row : rows())
+            require(!TranslationSegmentMutator::isPending(row) || !translationStatus().empty(),
+                    "nobody was told of: " + row.sourceText);
+    }
+
+    /// The trouble is over, and the user asks once more.
+    void endWell() {
+        service->answer = [](auto&) { return Answer{0.01, std::nullopt}; };
+        service->pairs.clear();
+        live->translation().setTranslationBackend("苹果");
+        note("retry, all well");
+        live->translation().retryIncompleteTranslations();
+        host.advanceBy(60);
+        checkLanguages();
+        for (const CaptionSegment& row : rows())
+            require(!row.translationError, row.translationError.value_or(""));
+        require(!CommittedTranslationUnitPlanner::nextPendingUnit(rows()), "something waits");
+        require(!live->translation().isCommittedTranslating(), "a run does not end");
+        const std::string saved = bilingual(recordingID());
+        for (const CaptionSegment& row : rows()) {
+            const std::string text = row.translatedText.value_or("");
+            require(saved.find(text) != std::string::npos, "not saved: " + text);
+        }
+    }
+
+    /// What still hung answers now, into another session.
+    void anotherSession() {
+        start();
+        hear(2);
+        say(true, "Sentence 1 is another.");
+        host.advanceBy(2);
+        const Strings before = shown();
+        require(before.size() == 1 && before[0].ends_with("Sentence 1 is another."),
+                "the next session is not translated");
+        host.advanceBy(1.1 * neverSeconds);
+        require(shown() == before, "a late answer landed");
+    }
+
+    TranslationSimulation& scene_;
+    bool translates_;
+    bool hasEnded_ = false;
+    CaptionCore::Rows before_;
+};
+
+std::string TranslationSimulation::run() {
+    Session translated(*this, true);
+    translated.run();
+    Session plain(*this, false);
+    plain.run();
+    if (violation_.empty() && translated.course != plain.course)
+        violation_ = "captions or recording differ from those without translation";
+    if (violation_.empty() &&
+        translated.stopSeconds >
+            plain.stopSeconds + *translated.settings.translationDrainTimeoutSeconds + 0.1)
+        violation_ = "the stop took " + Text::fixed(translated.stopSeconds, 3) + " s";
+    return violation_;
+}
+
+} // namespace tessarune::simulation
