@@ -5,7 +5,7 @@
 namespace tessarune {
 
 /// The computer's own disk, through POSIX calls, so that every error code and every fsync is seen.
-class PosixFileSystem final : public FileSystem {
+class PosixFileSystem : public FileSystem {
   public:
     std::string read(const Path& path) override;
     std::string read(const Path& path, std::uint64_t offset, std::size_t count) override;

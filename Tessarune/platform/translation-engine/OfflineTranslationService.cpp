@@ -10,30 +10,53 @@
 #include <map>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 namespace tessarune {
 
 struct OfflineTranslationService::Shared {
-    Shared(Host& itsHost, ModelStore& itsStore, TranslationModelInventory& itsInventory)
-        : host(itsHost), store(itsStore), inventory(itsInventory) {}
+    Shared(Host& itsHost, ModelStore& itsStore, TranslationModelInventory& itsInventory,
+           TranslationLimits itsLimits)
+        : host(itsHost), store(itsStore), inventory(itsInventory), limits(itsLimits) {}
 
     Host& host;
     ModelStore& store;
     TranslationModelInventory& inventory;
+    const TranslationLimits limits;
     std::atomic<bool> isOver = false;
 
+    /// Of one model. An engine that hangs keeps its thread and its memory.
+    struct Engines {
+        std::weak_ptr<PairEngine> current;
+        std::vector<std::weak_ptr<PairEngine>> hanging;
+    };
+    static constexpr std::size_t mostHanging = 3;
     std::mutex mutex;
-    std::map<std::string, std::weak_ptr<PairEngine>> engines; ///< guarded by the mutex
+    std::map<std::string, Engines> engines; ///< guarded by the mutex
 
     std::shared_ptr<PairEngine> engineFor(const std::string& modelName) {
         const std::lock_guard lock(mutex);
-        std::weak_ptr<PairEngine>& known = engines[modelName];
-        std::shared_ptr<PairEngine> engine = known.lock();
-        if (!engine) {
-            engine = std::make_shared<PairEngine>(host, store, modelName);
-            known = engine;
-        }
+        Engines& known = engines[modelName];
+        std::shared_ptr<PairEngine> engine = known.current.lock();
+        if (engine)
+            return engine;
+        std::erase_if(known.hanging, [](const auto& hanging) { return hanging.expired(); });
+        if (known.hanging.size() >= mostHanging)
+            throw translationFailure(TranslationError::internalError,
+                                     "The translation engine does not answer.");
+        engine = std::make_shared<PairEngine>(host, store, modelName);
+        known.current = engine;
         return engine;
+    }
+
+    /// Nobody gets this engine any more.
+    void giveUp(const std::string& modelName, const std::shared_ptr<PairEngine>& engine) {
+        const std::lock_guard lock(mutex);
+        Engines& known = engines[modelName];
+        if (known.current.lock() != engine)
+            return;
+        known.hanging.push_back(engine);
+        known.current.reset();
     }
 };
 
@@ -61,6 +84,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
 
   private:
     struct Route {
+        std::string modelName;
         bool isForTraditional = false;
         std::shared_ptr<PairEngine> engine;
     };
@@ -101,39 +125,60 @@ class OfflineTranslationService::Session final : public TranslationSession {
                 throw translationFailure(TranslationError::notInstalled,
                                          "The translation model " + pair->modelName() +
                                              " is not on this computer.");
-            route = Route{pair->isForTraditional, service->engineFor(pair->modelName())};
+            route = Route{pair->modelName(), pair->isForTraditional,
+                          service->engineFor(pair->modelName())};
             return *route;
+        }
+
+        [[noreturn]] void giveUp(const Route& hanging) {
+            service->giveUp(hanging.modelName, hanging.engine);
+            isOver = true;
+            route.reset();
+            TessaruneLog::translation.notice(
+                [&] { return "the engine of " + hanging.modelName + " does not answer"; });
+            throw translationFailure(TranslationError::alreadyCancelled,
+                                     "The translation engine did not answer in time.");
         }
     };
     using Pointer = std::shared_ptr<State>;
 
-    /// Runs `work` on the pair's thread and comes back; throws what it threw.
+    /// Runs `work` on the pair's thread and comes back after `limit` seconds at the latest; throws
+    /// what it threw. Work that hangs outlives the caller: what it touches must be its own.
     template <typename Work>
-    static Task<void> onEngine(Pointer state, Work work) {
+    static Task<void> onEngine(Pointer state, double limit, Work work) {
         const Route route = state->findRoute();
-        const SwitchTo there = switchTo(route.engine->executor());
-        co_await there;
-        std::exception_ptr failure;
-        try {
-            state->requireAlive();
-            work(route);
-            state->requireAlive();
-        } catch (...) {
-            failure = std::current_exception();
-        }
-        const SwitchTo back = switchTo(state->executor);
-        co_await back;
-        if (failure) {
+        const OneShot<std::optional<std::exception_ptr>> ended(state->executor);
+        route.engine->executor().run([state, route = Route(route), work, ended]() mutable {
+            std::exception_ptr failure;
+            try {
+                state->requireAlive();
+                work(route);
+                state->requireAlive();
+            } catch (...) {
+                failure = std::current_exception();
+            }
+            // Whoever asked decides when the engine goes; after a limit nobody asks any more.
+            route.engine.reset();
+            state.reset();
+            ended.resume(failure);
+        });
+        DelayedCall tooLong =
+            state->service->host.after(limit, [ended] { ended.resume(std::nullopt); });
+        const std::optional<std::exception_ptr> failure = co_await ended;
+        tooLong.cancel();
+        if (!failure)
+            state->giveUp(route);
+        if (*failure) {
             // Another model may serve the next time.
             state->route.reset();
-            std::rethrow_exception(failure);
+            std::rethrow_exception(*failure);
         }
     }
 
     static Task<bool> readiness(Pointer state) {
         try {
             const auto load = [](const Route& route) { route.engine->load(); };
-            Task<void> loading = onEngine(state, load);
+            Task<void> loading = onEngine(state, state->service->limits.load, load);
             co_await loading;
             co_return true;
         } catch (const std::exception& failure) {
@@ -146,6 +191,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
     }
 
     static Task<void> prepared(Pointer state) {
+        const TranslationLimits limits = state->service->limits;
         const auto load = [service = state->service](const Route& route) {
             try {
                 route.engine->load();
@@ -157,7 +203,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
         };
         bool isThere = true;
         try {
-            Task<void> loading = onEngine(state, load);
+            Task<void> loading = onEngine(state, limits.load, load);
             co_await loading;
         } catch (const TranslationServiceError& failure) {
             if (failure.kind() != TranslationError::notInstalled)
@@ -171,7 +217,8 @@ class OfflineTranslationService::Session final : public TranslationSession {
         const auto warmUp = [](const Route& route) {
             route.engine->translate(warmUpText, route.isForTraditional);
         };
-        Task<void> warming = onEngine(state, warmUp);
+        // It loads what was brought.
+        Task<void> warming = onEngine(state, limits.load + limits.translate, warmUp);
         co_await warming;
     }
 
@@ -190,13 +237,13 @@ class OfflineTranslationService::Session final : public TranslationSession {
         if (Text::trimmed(text).empty())
             throw translationFailure(TranslationError::nothingToTranslate,
                                      "There is nothing to translate.");
-        Response response;
-        const auto translate = [&](const Route& route) {
-            response.targetText = route.engine->translate(text, route.isForTraditional);
+        const auto response = std::make_shared<Response>();
+        const auto translate = [text, response](const Route& route) {
+            response->targetText = route.engine->translate(text, route.isForTraditional);
         };
-        Task<void> translating = onEngine(state, translate);
+        Task<void> translating = onEngine(state, state->service->limits.translate, translate);
         co_await translating;
-        co_return response;
+        co_return *response;
     }
 
     Pointer state_;
@@ -224,8 +271,9 @@ class Availability final : public LanguageAvailability {
 } // namespace
 
 OfflineTranslationService::OfflineTranslationService(Host& host, ModelStore& store,
-                                                     TranslationModelInventory& inventory)
-    : shared_(std::make_shared<Shared>(host, store, inventory)) {}
+                                                     TranslationModelInventory& inventory,
+                                                     TranslationLimits limits)
+    : shared_(std::make_shared<Shared>(host, store, inventory, limits)) {}
 
 OfflineTranslationService::~OfflineTranslationService() {
     shared_->isOver = true;

@@ -11,7 +11,8 @@
 namespace tessarune {
 
 /// The engine of one language pair and the thread that it lives on. Made and dropped anywhere;
-/// dropping it waits for what is running there. Store and host must outlive it.
+/// dropping it waits for what is running there, unless that itself drops it. Store and host must
+/// outlive it.
 class PairEngine {
   public:
     PairEngine(Host& host, ModelStore& store, const std::string& modelName);

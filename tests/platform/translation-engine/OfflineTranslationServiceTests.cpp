@@ -9,8 +9,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <fstream>
 #include <functional>
+#include <future>
+#include <thread>
 
 using namespace tessarune;
 using namespace tessarune::testing;
@@ -240,6 +243,58 @@ TEST_F(OfflineTranslationTest, OperationsOfWhatIsGoneAreCancelled) {
     service.reset();
     EXPECT_EQ(run(kept->translate("Hello, world!")).kind, TranslationError::alreadyCancelled);
     EXPECT_EQ(run(kept->prepareTranslation()).kind, TranslationError::alreadyCancelled);
+}
+
+namespace {
+
+/// A disk that lets the threads of engines wait, as one in the network does that is not there.
+class HangingDisk : public PosixFileSystem {
+  public:
+    std::uint64_t size(const Path& path) override {
+        if (hangs && std::this_thread::get_id() != mainThread_)
+            back_.wait();
+        return PosixFileSystem::size(path);
+    }
+    std::atomic<bool> hangs = false; ///< for who asks from now on
+    void comeBack() { comingBack_.set_value(); }
+
+  private:
+    const std::thread::id mainThread_ = std::this_thread::get_id();
+    std::promise<void> comingBack_;
+    const std::shared_future<void> back_ = comingBack_.get_future().share();
+};
+
+std::ptrdiff_t threads() {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+}
+
+} // namespace
+
+TEST_F(OfflineTranslationTest, AnEngineThatHangsIsGivenUpAndTheNextSessionHasAnother) {
+    HangingDisk unsure;
+    ModelStore shipped(unsure, folder / "own", {TESSARUNE_MODELS});
+    TranslationModelInventory models(host, shipped, installer);
+    service = std::make_unique<OfflineTranslationService>(host, shipped, models,
+                                                          TranslationLimits{60, 0.2});
+    const std::ptrdiff_t before = threads();
+    for (int i = 0; i < 3; ++i) {
+        unsure.hangs = false;
+        const auto portuguese = session("pt-BR");
+        ASSERT_EQ(run(portuguese->isReady()).text, "yes") << "with an engine of its own";
+        unsure.hangs = true;
+        const auto first = begin(portuguese->translate("Hello, world!"));
+        const auto second = begin(portuguese->translate("And this one waits behind it."));
+        finish();
+        EXPECT_EQ(first->kind, TranslationError::alreadyCancelled);
+        EXPECT_EQ(second->kind, TranslationError::alreadyCancelled);
+        EXPECT_EQ(run(portuguese->isReady()).text, "no");
+    }
+    EXPECT_EQ(translate("Hello, world!").kind, TranslationError::internalError)
+        << "threads that hang do not become ever more";
+    unsure.comeBack();
+    while (threads() > before)
+        std::this_thread::yield();
+    EXPECT_EQ(run(session("pt-BR")->isReady()).text, "yes") << "they have ended, late";
 }
 
 TEST_F(OfflineTranslationTest, GivesItsMemoryBackWithTheLastSession) {
