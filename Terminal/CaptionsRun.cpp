@@ -333,7 +333,10 @@ void CaptionsRun::failStart() {
     } catch (const std::system_error& error) {
         throw RunFailure(ExitStatus::cannotWrite, error.what());
     } catch (const std::exception& error) {
-        throw RunFailure(ExitStatus::noModel, error.what());
+        throw RunFailure(ExitStatus::noModel,
+                         std::string(error.what()) +
+                             "\n--model list shows the speech models, --model NAME downloads one, "
+                             "also in place of a damaged one; --list and --show need none");
     }
 }
 

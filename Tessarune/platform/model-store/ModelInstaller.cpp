@@ -1,6 +1,7 @@
 #include "Tessarune/platform/model-store/ModelInstaller.h"
 
 #include "Tessarune/platform/disk/FileLock.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
 
 #include <algorithm>
 #include <atomic>
@@ -91,14 +92,30 @@ struct ModelInstaller::Shared {
     Downloader downloader;
     /// Threads that wait for the network; made when first needed.
     std::vector<std::shared_ptr<SerialQueue>> lanes;
+    std::shared_ptr<SerialQueue> checks; ///< for sums of what is there; made when first needed
     std::map<Key, std::shared_ptr<Job>> jobs;
 
     using Pointer = std::shared_ptr<Shared>;
     using JobPointer = std::shared_ptr<Job>;
 
-    bool isInstalled(const AvailableModel& model) const {
-        const std::optional<StoredModel> found = store.find(model.kind, model.name);
-        return found && found->damage.empty();
+    static Task<bool> isSound(Pointer self, ModelKind kind, std::string name) {
+        const std::optional<StoredModel> found = self->store.find(kind, name);
+        if (!found || !found->damage.empty())
+            co_return false;
+        if (!self->checks)
+            self->checks = self->host.serialQueue("tessarune.check", QueuePriority::utility);
+        const SwitchTo away = switchTo(Executor::queue(self->host, self->checks));
+        co_await away;
+        bool isSound = true;
+        try {
+            ModelStore::verify(*found);
+        } catch (const ModelDamaged& damage) {
+            isSound = false;
+            TessaruneLog::app.notice([&] { return std::string(damage.what()); });
+        }
+        const SwitchTo toMain = switchTo(self->main);
+        co_await toMain;
+        co_return isSound;
     }
 
     /// The job that fetches this model: the one under way, or a new one.
@@ -148,7 +165,9 @@ struct ModelInstaller::Shared {
             if (!slept)
                 throw DownloadStopped();
         }
-        if (self->isInstalled(model))
+        Task<bool> looking = isSound(self, model.kind, model.name);
+        const bool isThere = co_await looking; // another process may have brought it
+        if (isThere)
             co_return;
         store.files().createDirectories(partial);
         self->checkRoom(model);
@@ -243,17 +262,25 @@ ModelInstaller::~ModelInstaller() {
     // Also what nobody waits for any more may still be at work on the disk.
     for (const auto& lane : shared_->lanes)
         lane->sync([] {});
+    if (shared_->checks)
+        shared_->checks->sync([] {});
 }
 
 const DownloadPolicy& ModelInstaller::policy() const {
     return shared_->downloader.policy();
 }
 
+Task<bool> ModelInstaller::isSound(ModelKind kind, std::string name) {
+    return Shared::isSound(shared_, kind, std::move(name));
+}
+
 Task<void> ModelInstaller::install(AvailableModel model, ProgressHandler progress,
                                    std::stop_token stop) {
     const std::shared_ptr<Shared> shared = shared_;
     checkNames(model);
-    if (shared->isInstalled(model))
+    Task<bool> looking = Shared::isSound(shared, model.kind, model.name);
+    const bool isThere = co_await looking;
+    if (isThere)
         co_return;
     if (stop.stop_requested())
         throw DownloadStopped();

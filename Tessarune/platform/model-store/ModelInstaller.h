@@ -27,10 +27,13 @@ class ModelInstaller {
     ModelInstaller(const ModelInstaller&) = delete;
     ModelInstaller& operator=(const ModelInstaller&) = delete;
 
-    /// Returns when the model stands in the store; at once if it does, is not damaged and lies in
-    /// whatever part of it. Throws an exception with a text that can be shown: DownloadStopped if
-    /// `stop` asks for it, and the download goes on only as long as somebody waits for it.
-    /// `progress` is called on the main queue, a few times a second.
+    /// Whether the model stands in the store, in whatever part of it, and all its sums are right.
+    Task<bool> isSound(ModelKind kind, std::string name);
+
+    /// Returns when the model stands in the store: a sound one stays, a damaged one is replaced
+    /// once the new one is whole. Throws an exception with a text that can be shown:
+    /// DownloadStopped if `stop` asks for it, and the download goes on only as long as somebody
+    /// waits for it. `progress` is called on the main queue, a few times a second.
     Task<void> install(AvailableModel model, ProgressHandler progress, std::stop_token stop);
 
     const DownloadPolicy& policy() const;

@@ -121,7 +121,9 @@ struct TranslationModelInventory::Shared {
 
     static Task<void> install(Pointer self, Languages languages,
                               ModelInstaller::ProgressHandler progress, std::stop_token stop) {
-        if (self->isInstalled(languages))
+        Task<bool> looking = isSound(self, languages);
+        const bool isThere = co_await looking;
+        if (isThere)
             co_return;
         std::exception_ptr failure;
         try {
@@ -167,9 +169,13 @@ struct TranslationModelInventory::Shared {
             waiter.resume(failure);
     }
 
-    bool isInstalled(const Languages& languages) const {
-        const std::optional<TranslationPair> pair = pairFor(languages);
-        return pair && whole(*pair);
+    static Task<bool> isSound(Pointer self, Languages languages) {
+        const std::optional<TranslationPair> pair = self->pairFor(languages);
+        if (!pair)
+            co_return false;
+        Task<bool> looking = self->installer.isSound(ModelKind::translation, pair->modelName());
+        const bool isSound = co_await looking;
+        co_return isSound;
     }
 
     std::optional<TranslationPair> pairFor(const Languages& languages) const {

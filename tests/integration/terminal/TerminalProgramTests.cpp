@@ -139,6 +139,32 @@ TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
     }
 }
 
+TEST_F(TerminalProgramTests, ADamagedModelIsNamedBeforeItIsLoadedAndTheRestWorks) {
+    const auto damage = [this](const char* model, const char* file) {
+        const fs::path own = folder / "data/Tessarune/Models" / model;
+        fs::create_directories(own.parent_path());
+        fs::copy(fs::path(TESSARUNE_MODELS) / model, own, fs::copy_options::recursive);
+        std::fstream bytes(own / file, std::ios::binary | std::ios::in | std::ios::out);
+        bytes.seekp(100'000);
+        bytes.put('\x7f');
+    };
+    const std::vector<std::string> captions = {"--source", file("beckett.wav"), "--fast",
+                                               "--target", "pt-BR"};
+    damage("translation/en-pt", "vocab.enpt.spm");
+    const ProgramRun untranslated = terminal(captions);
+    EXPECT_EQ(untranslated.status, 0) << untranslated.error;
+    EXPECT_NE(untranslated.error.find("--languages download pt-BR"), std::string::npos);
+    const std::string reference = contentsOf(fs::path(TESSARUNE_TEST_DATA) / "speech/beckett.txt");
+    EXPECT_LE(wordErrorRate(reference, untranslated.output), 0.3) << untranslated.output;
+
+    damage("speech/tiny-en", "encoder_model.ort");
+    const ProgramRun none = terminal(captions);
+    EXPECT_EQ(none.status, 78);
+    EXPECT_NE(none.error.find("tiny-en/encoder_model.ort"), std::string::npos) << none.error;
+    EXPECT_NE(none.error.find("--model NAME"), std::string::npos) << "how to get it anew";
+    EXPECT_EQ(lines(terminal({"--list", "--json"}).output).size(), 1u) << "recorded before";
+}
+
 /// The program alone in a folder: neither the engine nor a model is where it looks.
 TEST_F(TerminalProgramTests, WithoutItsModelTheProgramSaysSoAndListsWhatThereIsToGet) {
     const fs::path alone = folder / "tessarune-terminal";

@@ -297,6 +297,30 @@ TEST_F(InstallerTest, LeftoversOfAnEarlierRunAreUsedOrReplaced) {
     }
 }
 
+TEST_F(InstallerTest, AModelThatWasDamagedSinceIsReplaced) {
+    const auto flip = [](const std::filesystem::path& path) {
+        std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
+        file.seekp(1000);
+        file.put('\xff');
+    };
+    const AvailableModel wanted = model({file("a.ort", bytes_)});
+    server_.on("/a.ort", bytes_);
+    ASSERT_EQ(install(wanted), "");
+    flip(store_.folder(ModelKind::speech, "some-en") / "a.ort");
+    EXPECT_EQ(install(wanted), "");
+    EXPECT_TRUE(stored("a.ort") == bytes_);
+
+    // One that came with the program cannot be replaced; the new one stands before it.
+    ModelStore own(disk_, folder_ / "own", {folder_ / "Models"});
+    ModelInstaller installer(host_, own, impatient());
+    EXPECT_EQ(install(installer, wanted), "");
+    EXPECT_EQ(server_.requests().size(), 2u);
+    flip(store_.folder(ModelKind::speech, "some-en") / "a.ort");
+    EXPECT_EQ(install(installer, wanted), "");
+    EXPECT_EQ(server_.requests().size(), 3u);
+    EXPECT_NO_THROW(ModelStore::verify(own.find(ModelKind::speech, "some-en").value()));
+}
+
 TEST_F(InstallerTest, NoRoomIsSaidBeforeAnythingIsFetched) {
     server_.on("/a.ort", bytes_);
     FileToFetch huge = file("a.ort", bytes_);

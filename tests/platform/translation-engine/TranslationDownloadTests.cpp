@@ -225,6 +225,12 @@ TEST_F(TranslationDownloadTest, LanguagesAreListedDownloadedAndRemoved) {
     EXPECT_EQ(run(languages.download("fr", {}, {})).failure, "") << "brought anew";
     EXPECT_EQ(state("fr").damage, "");
 
+    const auto vocabulary =
+        store.find(ModelKind::translation, "en-fr").value().path("vocab.enfr.spm");
+    writeContents(vocabulary, "NO vocabulary");
+    EXPECT_EQ(run(languages.download("fr", {}, {})).failure, "");
+    EXPECT_EQ(contentsOf(vocabulary), "no vocabulary") << "also if only its sum is wrong";
+
     languages.remove("fr");
     EXPECT_EQ(state("fr").status, TranslationAvailabilityStatus::supported);
     EXPECT_EQ(state("fr").bytes, last.expected) << "what a download would bring";
