@@ -165,7 +165,6 @@ void LiveTranscriptTranslation::translationSettingChanged(const std::string& rea
         clearTranslationPreparationStatus(pair->source, pair->target);
     if (TranslationSupport::isDisabledBackend(runtime_->settings().translationBackend)) {
         access_.setStatusMessage(localized("翻译已关闭。"));
-        refresh(reason);
         return;
     }
     access_.changeCommittedSegments(TranslationSegmentMutator::clearResults);

@@ -82,6 +82,7 @@ TEST_F(CommittedTranslationTests, AResultForOldSettingsNeverLands) {
     settle();
     EXPECT_EQ(shown(), (Strings{"de-DE:Warm up.", "de-DE:Hello.", "?"}));
     EXPECT_EQ(statusMessage, "翻译已关闭。");
+    EXPECT_FALSE(hasRefreshed("settings.translationBackend")) << "what is shown stays";
     translation->retryIncompleteTranslations();
     EXPECT_EQ(status(), "请先开启 Apple 离线翻译后再补齐译文");
 
