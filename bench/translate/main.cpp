@@ -1,8 +1,8 @@
 // What the program adds to the translation engine: the same sentences through the engine alone,
-// through the offline translation service, and through the translator that the session asks. The
-// three take turns at each sentence, each as often the first, so that what else the computer does
-// and what the caches hold is the same for all. Of the times on the wall the shortest counts, of
-// those of the processor the middle one.
+// through the offline translation service, through the translator that the session asks, and as
+// rows that a session commits. The ways take turns at each sentence, each as often the first, so
+// that what else the computer does and what the caches hold is the same for all. Of the times on
+// the wall the shortest counts, of those of the processor the middle one.
 //
 // Usage: bench-translate [ROUNDS]
 
@@ -10,6 +10,7 @@
 #include "Tessarune/platform/host/LoopHost.h"
 #include "Tessarune/platform/translation-engine/OfflineTranslationService.h"
 #include "Tessarune/translation/AppleTranslator.h"
+#include "bench/translate/CommittedRows.h"
 
 #include <unistd.h>
 
@@ -112,9 +113,10 @@ struct Bench {
         std::unique_ptr<TranslationEngine> engine;
         std::shared_ptr<TranslationSession> session;
         std::shared_ptr<Translator> translator;
+        std::shared_ptr<CommittedRows> rows;
     };
 
-    /// The translation of a text by the first, second or third way.
+    /// The translation of a text by one of the four ways.
     static Task<std::string> translated(const Ways* ways, std::size_t way, std::string text) {
         if (way == 0)
             co_return ways->engine->translate(text);
@@ -123,13 +125,18 @@ struct Bench {
             const std::string answer = co_await asking;
             co_return answer;
         }
+        if (way == 3) {
+            Task<std::string> committing = ways->rows->commit(text);
+            const std::string shown = co_await committing;
+            co_return shown;
+        }
         Task<TranslationSession::Response> serving = ways->session->translate(text);
         const TranslationSession::Response response = co_await serving;
         co_return response.targetText;
     }
 
     Task<void> measure(Ways ways) {
-        std::vector<Way> times(3, Way(texts.size()));
+        std::vector<Way> times(4, Way(texts.size()));
         std::size_t differing = 0;
         for (int round = 0; round < rounds; ++round) {
             for (std::size_t i = 0; i < texts.size(); ++i) {
@@ -150,6 +157,8 @@ struct Bench {
         report("engine alone", times[0], times[0], words);
         report("service", times[1], times[0], words);
         report("translator", times[2], times[0], words);
+        report("commit to row", times[3], times[0], words);
+        reportStages(ways.rows->stages());
         if (differing > 0)
             std::printf("%zu translations differ\n", differing);
         host.quit();
@@ -164,6 +173,13 @@ struct Bench {
             1e3 * way.processorSeconds() / static_cast<double>(texts.size()),
             way.processorSeconds() / alone.processorSeconds(),
             static_cast<double>(words) / way.processorSeconds());
+    }
+
+    static void reportStages(const CommittedRows::Stages& stages) {
+        std::printf("of which, middle times: queue %.3f ms, availability %.3f ms, engine %.3f ms, "
+                    "apply %.3f ms\n",
+                    1e3 * median(stages.queue), 1e3 * median(stages.availability),
+                    1e3 * median(stages.engine), 1e3 * median(stages.apply));
     }
 
     /// Loads the pair, uses it, drops it.
@@ -208,8 +224,8 @@ int main(int argc, char** argv) {
     const std::optional<StoredModel> model = bench.store.find(ModelKind::translation, "en-pt");
     auto engine = std::make_unique<TranslationEngine>(translationFilesOf(*model));
     const Executor main = Executor::main(bench.host);
-    spawn(main,
-          bench.measure({std::move(engine), bench.service->session("en-US", "pt-BR", main),
-                         std::make_shared<AppleTranslator>(bench.host, bench.service, main)}));
+    spawn(main, bench.measure({std::move(engine), bench.service->session("en-US", "pt-BR", main),
+                               std::make_shared<AppleTranslator>(bench.host, bench.service, main),
+                               std::make_shared<CommittedRows>(bench.host, bench.service)}));
     return bench.host.run();
 }

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Tessarune/shell/AppSettings.h"
+#include "Tessarune/translation/LiveTranscriptTranslation.h"
+#include "Tessarune/translation/TranslationService.h"
+#include "TessaruneCore/host/OneShot.h"
+#include "tests/support/MemoryUserDefaults.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// The translation half of a session with rows that are committed one by one, and the time that
+/// each of its translations spent where. Main queue; into Brazilian Portuguese.
+class CommittedRows {
+  public:
+    CommittedRows(Host& host, std::shared_ptr<TranslationService> service);
+    ~CommittedRows();
+    CommittedRows(const CommittedRows&) = delete;
+
+    /// Commits a row and waits until its translation stands on it.
+    Task<std::string> commit(std::string text);
+
+    /// In seconds, one for each row.
+    struct Stages {
+        std::vector<double> queue;        ///< from the commit to the start of its unit
+        std::vector<double> availability; ///< the question whether the pair is there
+        std::vector<double> engine;       ///< the call of the translator
+        std::vector<double> apply;        ///< from its answer until the row shows it
+    };
+    const Stages& stages() const { return stages_; }
+
+  private:
+    LiveTranscriptTranslationAccess access();
+    void note(const TranslationObservation& observation);
+
+    Host& host_;
+    testing::MemoryUserDefaults defaults_;
+    AppSettings settings_{defaults_};
+    std::vector<CaptionSegment> rows_;
+    std::shared_ptr<LiveTranscriptTranslation> translation_;
+    OneShot<bool> landed_;
+    Stages stages_;
+    double committedAt_ = 0;
+    double startedAt_ = 0;
+};
+
+} // namespace tessarune
