@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <coroutine>
 #include <functional>
 #include <memory>
 #include <string>
@@ -75,6 +76,11 @@ class Host {
                                                      QueuePriority priority) = 0;
 
     virtual bool isOnMainQueue() const = 0;
+
+    /// `spawn` tells of each frame that it starts, and of its end, on the thread where it happens:
+    /// a host that ends before its tasks can then destroy what nobody will ever resume.
+    virtual void taskBegan(std::coroutine_handle<>) {}
+    virtual void taskEnded(std::coroutine_handle<>) {}
 };
 
 } // namespace tessarune

@@ -10,9 +10,7 @@ class SimulatedHost::Queue final : public SerialQueue {
     Queue(SimulatedHost& host, std::size_t lane, std::string_view label)
         : host_(host), lane_(lane), label_(label) {}
 
-    void async(Block block) override {
-        host_.lanes_[lane_]->push_back({host_.nextOrder_++, std::move(block)});
-    }
+    void async(Block block) override { host_.push(lane_, std::move(block)); }
 
     void sync(const Block& block) override {
         host_.drainLane(lane_);
@@ -36,12 +34,19 @@ SimulatedHost::SimulatedHost(double startTime, std::uint64_t seed)
 
 SimulatedHost::~SimulatedHost() = default;
 
+void SimulatedHost::push(std::size_t lane, Block block) {
+    if (!hasEnded_)
+        lanes_[lane]->push_back({nextOrder_++, std::move(block)});
+}
+
 void SimulatedHost::post(Block block) {
-    lanes_[0]->push_back({nextOrder_++, std::move(block)});
+    push(0, std::move(block));
 }
 
 DelayedCall SimulatedHost::after(double seconds, Block block) {
     auto cancelled = std::make_shared<std::atomic<bool>>(false);
+    if (hasEnded_)
+        return DelayedCall(cancelled);
     timers_.push_back({now_ + std::max(seconds, 0.0), nextOrder_++, std::move(block), cancelled});
     return DelayedCall(cancelled);
 }
@@ -106,6 +111,28 @@ bool SimulatedHost::step(double limit) {
     block();
     runningQueue_ = caller;
     return true;
+}
+
+void SimulatedHost::end() {
+    hasEnded_ = true;
+    // What is destroyed may hand over more, which is not taken any more.
+    for (std::size_t lane = 0; lane < lanes_.size(); ++lane)
+        Lane().swap(*lanes_[lane]);
+    std::vector<Timer>().swap(timers_);
+    while (!tasks_.empty()) {
+        const auto task = tasks_.back();
+        tasks_.pop_back();
+        task.destroy();
+    }
+}
+
+std::size_t SimulatedHost::waitingBlocks() const {
+    std::size_t count = 0;
+    for (const auto& lane : lanes_)
+        count += lane->size();
+    for (const Timer& timer : timers_)
+        count += timer.cancelled->load() ? 0 : 1;
+    return count;
 }
 
 void SimulatedHost::runDue(double limit) {

@@ -4,7 +4,7 @@ namespace tessarune {
 
 namespace taskDetail {
 
-Detached runDetached(Task<void> task, OneShot<bool> finished) {
+Detached runDetached(Task<void> task, OneShot<bool> finished, Host&) {
     co_await task;
     finished.resume(true);
 }
@@ -15,7 +15,9 @@ TaskHandle spawn(const Executor& executor, Task<void> task, std::stop_source sto
     OneShot<bool> finished(executor);
     // std::function wants something that can be copied, a task can only be moved.
     auto shared = std::make_shared<Task<void>>(std::move(task));
-    executor.run([shared, finished] { taskDetail::runDetached(std::move(*shared), finished); });
+    executor.run([shared, finished, &host = executor.host()] {
+        taskDetail::runDetached(std::move(*shared), finished, host);
+    });
     return TaskHandle(std::move(stop), std::move(finished));
 }
 

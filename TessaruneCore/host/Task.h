@@ -117,10 +117,22 @@ inline Task<void> TaskPromise<void>::get_return_object() {
     return Task<void>(std::coroutine_handle<TaskPromise<void>>::from_promise(*this));
 }
 
-/// The frame under a spawned task: starts at once and frees itself at the end.
+/// The frame under a spawned task: starts at once and frees itself at the end. With it go the
+/// frames of all that the task awaits.
 struct Detached {
     struct promise_type {
-        Detached get_return_object() const noexcept { return {}; }
+        promise_type(const Task<void>&, const OneShot<bool>&, Host& on) : host(on) {}
+        ~promise_type() {
+            host.taskEnded(std::coroutine_handle<promise_type>::from_promise(*this));
+        }
+        promise_type(const promise_type&) = delete;
+        promise_type& operator=(const promise_type&) = delete;
+        Host& host;
+
+        Detached get_return_object() {
+            host.taskBegan(std::coroutine_handle<promise_type>::from_promise(*this));
+            return {};
+        }
         std::suspend_never initial_suspend() const noexcept { return {}; }
         std::suspend_never final_suspend() const noexcept { return {}; }
         void return_void() const noexcept {}
@@ -128,7 +140,7 @@ struct Detached {
     };
 };
 
-Detached runDetached(Task<void> task, OneShot<bool> finished);
+Detached runDetached(Task<void> task, OneShot<bool> finished, Host& host);
 
 } // namespace taskDetail
 

@@ -97,6 +97,7 @@ class SimulatedSession {
         server.keepDelivering(std::nullopt);
         store.reset();
         host.runUntilIdle(host.now() + 100000);
+        host.end(); // a recogniser that hangs does so for ever
         TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::core);
     }
 
@@ -133,7 +134,8 @@ class SimulatedSession {
     }
 
     void setOutputs(const std::vector<std::string>& outputs,
-                    const std::vector<std::string>& inputs = {"mic", "usb"}) {
+                    const std::vector<std::string>& inputs = {"mic", "usb"},
+                    double sampleRate = 1600) {
         SoundDevices devices;
         for (const auto& id : outputs)
             devices.outputs.push_back(testing::ScriptedSoundServer::output(id, sampleRate));

@@ -22,6 +22,7 @@ struct TranslatedSession {
     ~TranslatedSession() {
         translation->shutDown();
         host.runUntilIdle(); // what still hangs in the service ends before the host does
+        host.end();
     }
 
     SimulatedHost host;

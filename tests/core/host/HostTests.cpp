@@ -45,6 +45,50 @@ Task<void> sleepLong(Executor main, std::stop_token stop, std::vector<std::strin
     log.push_back(slept ? "slept" : "woken");
 }
 
+Task<void> waitFor(OneShot<bool> never, std::shared_ptr<int> held) {
+    co_await never;
+    ++*held;
+}
+Task<void> waitWithin(SimulatedHost& host, OneShot<bool> never, std::shared_ptr<int> held) {
+    Task<void> inner = waitFor(never, std::move(held));
+    co_await inner;
+    host.post([] { FAIL() << "nothing runs after the end"; });
+}
+
+TEST(TaskTests, AHostThatEndsDestroysWhatNobodyWillResume) {
+    SimulatedHost host;
+    const auto held = std::make_shared<int>(0);
+    const OneShot<bool> never(Executor::main(host));
+    const auto queue = host.serialQueue("queue", QueuePriority::utility);
+    spawn(Executor::main(host), waitWithin(host, never, held));
+    host.runUntilIdle();
+    spawn(Executor::queue(host, queue), waitFor(never, held)); // not even begun
+    host.after(1, [held] { ++*held; });
+    EXPECT_EQ(host.liveTasks(), 1U);
+    EXPECT_EQ(host.waitingBlocks(), 2U);
+    EXPECT_GE(held.use_count(), 4);
+    host.end();
+    EXPECT_EQ(held.use_count(), 1);
+    EXPECT_EQ(host.liveTasks() + host.waitingBlocks(), 0U);
+    never.resume(true);
+    queue->async([] {});
+    host.runUntilIdle();
+    EXPECT_EQ(*held, 0);
+    bool ran = false;
+    queue->sync([&ran] { ran = true; });
+    EXPECT_TRUE(ran) << "whoever tidies up may still wait for a queue";
+}
+
+TEST(SimulatedHostTests, WhatWasDueWhileTheComputerSleptComesLate) {
+    SimulatedHost host(100);
+    std::vector<double> at;
+    host.after(1, [&] { at.push_back(host.now()); });
+    host.after(60, [&] { at.push_back(host.now()); });
+    host.sleepComputer(50);
+    host.advanceBy(20);
+    EXPECT_EQ(at, (std::vector<double>{150, 160}));
+}
+
 TEST(TaskTests, CancellingEndsASleepAtOnce) {
     SimulatedHost host;
     std::vector<std::string> log;
