@@ -92,9 +92,20 @@ void AudioSessionRecorder::start() {
 }
 
 void AudioSessionRecorder::append(AudioBufferPtr buffer) {
-    queue_->async([weak = weak_from_this(), buffer = std::move(buffer)] {
-        if (const auto self = weak.lock())
-            self->appendOnQueue(*buffer);
+    const std::size_t bytes = buffer->samples.size() * sizeof(float);
+    if (waitingBytes_ + bytes > mostWaitingBytes) {
+        lostSeconds_ += buffer->seconds();
+        return;
+    }
+    waitingBytes_ += bytes;
+    const double lost = lostSeconds_.exchange(0);
+    queue_->async([weak = weak_from_this(), buffer = std::move(buffer), bytes, lost] {
+        const auto self = weak.lock();
+        if (!self)
+            return;
+        self->waitingBytes_ -= bytes;
+        self->replaceLostSound(lost);
+        self->appendOnQueue(*buffer);
     });
 }
 
@@ -272,6 +283,16 @@ std::vector<float> AudioSessionRecorder::atRateOfFile(std::vector<float> mono, d
     return result;
 }
 
+/// The disk was too slow for too long: told as any failure to write, and later times stay right.
+void AudioSessionRecorder::replaceLostSound(double seconds) {
+    if (!fileHandle_ || recordingWriteDisabled_ || seconds <= 0)
+        return;
+    const std::system_error tooSlow(std::make_error_code(std::errc::device_or_resource_busy),
+                                    item_->filePath);
+    handleWriteFailure("audioRecorder.write.tooSlow", tooSlow);
+    appendSilenceOnQueue(seconds);
+}
+
 void AudioSessionRecorder::appendSilenceOnQueue(double seconds) {
     if (!fileHandle_ || recordingWriteDisabled_ || !(seconds > 0))
         return;
@@ -336,8 +357,10 @@ int AudioSessionRecorder::headerSampleRate() const {
 // Stop
 
 std::optional<RecordingMetadata> AudioSessionRecorder::stopOnQueue() {
+    const double lost = lostSeconds_.exchange(0);
     if (!fileHandle_)
         return std::nullopt;
+    replaceLostSound(lost);
     closeFile();
     RecordingMetadata& item = *item_;
     item.duration = static_cast<double>(dataByteCount_) /

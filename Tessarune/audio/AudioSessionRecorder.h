@@ -8,6 +8,7 @@
 #include "TessaruneCore/host/Host.h"
 #include "TessaruneCore/host/Task.h"
 
+#include <atomic>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -41,6 +42,8 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     static constexpr std::uint64_t headerFlushIntervalBytes = 2'000'000;
     /// Recording stops while this much is left of the disk, for the transcripts that follow.
     static constexpr std::uint64_t reservedDiskBytes = 16'000'000;
+    /// Sound that may wait for a slow disk, some minutes of it. What is beyond becomes silence.
+    static constexpr std::size_t mostWaitingBytes = 64'000'000;
     /// A longer gap is not filled to its end.
     static constexpr double longestSilenceSeconds = 24 * 3600;
     static constexpr int sampleRate = 16000; ///< of a file in which nothing was heard
@@ -89,6 +92,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     std::filesystem::path freshPath(double wallClock) const;
     void checkFreeSpace();
     void appendOnQueue(const AudioBuffer& buffer);
+    void replaceLostSound(double seconds);
     void appendSilenceOnQueue(double seconds);
     void observeFormat(const AudioBuffer& buffer);
     std::vector<float> atRateOfFile(std::vector<float> mono, double sampleRate);
@@ -112,6 +116,9 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     Catalog catalog_;
     MakeAudioConverter makeConverter_;
     std::shared_ptr<SerialQueue> queue_;
+
+    std::atomic<std::size_t> waitingBytes_ = 0; ///< handed over and not written yet
+    std::atomic<double> lostSeconds_ = 0;       ///< what found no room among them
 
     // The queue's alone from here on.
     std::unique_ptr<AppendFile> fileHandle_;

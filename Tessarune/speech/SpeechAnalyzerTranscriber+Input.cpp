@@ -84,6 +84,10 @@ void SpeechAnalyzerTranscriber::feedAnalyzerInput(const AudioBuffer& batch) {
     const auto session = inputSession();
     if (!session)
         return;
+    if (session->continuation.waiting() >= mostWaitingBatches) {
+        reportFullInput();
+        return;
+    }
     const double before = now();
     AudioBufferPtr converted = convert(batch, session->format);
     const double busy = now() - before;
@@ -98,6 +102,17 @@ void SpeechAnalyzerTranscriber::feedAnalyzerInput(const AudioBuffer& batch) {
     const double yielded = now() - yielding;
     std::lock_guard lock(stateLock_);
     state_.perf.perfAnalyzerInputYieldBusySeconds += yielded;
+}
+
+/// A recogniser that is only slow takes its sound in long before this one: it hangs, and must not
+/// take the memory with it.
+void SpeechAnalyzerTranscriber::reportFullInput() {
+    {
+        std::lock_guard lock(stateLock_);
+        if (std::exchange(state_.didReportFullInput, true))
+            return;
+    }
+    platform_.logger.important("speechAnalyzer.input.full", {{"locale", localeID_}});
 }
 
 /// Nothing if the conversion gave no sound or failed: that batch is lost.

@@ -75,6 +75,7 @@ class SpeechAnalyzerTranscriber final
     static constexpr double partialCoalesceWindowSeconds = 0.055;
     static constexpr double analyzerInputChunkSeconds = 0.085;
     static constexpr double drainTimeoutSeconds = 3.0;
+    static constexpr std::size_t mostWaitingBatches = 3600; ///< some five minutes
 
     /// Guarded by `stateLock_`.
     struct State {
@@ -86,6 +87,7 @@ class SpeechAnalyzerTranscriber final
         double segmentStart = 0;   ///< wall clock at which the running utterance began
         std::int64_t revision = 0; ///< partials in the running utterance
         std::int64_t rawResultSequence = 0;
+        bool didReportFullInput = false;
         std::int64_t generation = 0; ///< raised by each engine session and by its end
         std::vector<std::string> requestedSpeechOptionStrings;
         double audioEpoch = 0; ///< wall clock of audio time 0; 0 before the first sound
@@ -170,6 +172,7 @@ class SpeechAnalyzerTranscriber final
     std::vector<AudioBuffer> enqueueAnalyzerInput(const AudioBuffer& buffer);
     void flushInputAccumulator(const std::string& reason);
     void feedAnalyzerInput(const AudioBuffer& batch);
+    void reportFullInput();
     AudioBufferPtr convert(const AudioBuffer& batch, AudioFormat format);
     bool recordAnalyzerInput(double convertedAudioSeconds, std::size_t sourceFrames,
                              const AnalyzerInputSession& session);

@@ -247,6 +247,36 @@ TEST_F(AudioSessionRecorderTests, AnEarlierRecordingOfTheSameSecondStays) {
     EXPECT_EQ(entries.back().filePath, folder / "20251009-120000-3.wav");
 }
 
+TEST_F(AudioSessionRecorderTests, ADiskThatHangsCostsAtMostWhatComesAfterSomeMinutes) {
+    constexpr std::size_t channels = 50; // much to keep, little to write
+    constexpr std::size_t frames = 20'000;
+    constexpr std::size_t blockBytes = frames * channels * sizeof(float);
+    constexpr std::size_t room = AudioSessionRecorder::mostWaitingBytes / blockBytes;
+    const auto loud = std::make_shared<AudioBuffer>(
+        AudioBuffer{{48000, channels}, std::vector<float>(frames * channels, 0.05F)});
+    const auto hear = [&](std::size_t blocks) {
+        for (std::size_t i = 0; i < blocks; ++i)
+            recorder->append(loud);
+    };
+    recorder->start();
+    hear(room + 3);
+    host.runUntilIdle();
+    EXPECT_EQ(samples().size(), room * frames);
+    EXPECT_EQ(told, std::vector<std::string>{"started"});
+    hear(1);
+    host.runUntilIdle();
+    EXPECT_EQ(told.back(), "录音写入失败");
+    hear(room + 2); // and it is over before there is room again
+    finish();
+    std::string blocks; // "x" for sound
+    const auto sound = samples();
+    for (std::size_t at = 0; at < sound.size(); at += frames)
+        blocks += sound[at] == 0 ? '.' : 'x';
+    EXPECT_EQ(sound.size() % frames, 0U);
+    EXPECT_EQ(blocks, std::string(room, 'x') + "...x" + std::string(room, 'x') + "..")
+        << "as long as what was heard";
+}
+
 TEST_F(AudioSessionRecorderTests, GapsBecomeSilenceAndOtherRatesAreConverted) {
     recorder->start();
     recorder->appendSilence(0.000125); // before the rate is known

@@ -46,6 +46,16 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, TinyBuffersAreJoinedUpToTheChunk) {
     }
 }
 
+TEST_F(SpeechAnalyzerTranscriberInputTests, ARecogniserThatHangsDoesNotPileUpSoundForEver) {
+    start();
+    for (int i = 0; i < 5000; ++i)
+        append(0.1, {100, 1});
+    EXPECT_EQ(batches().size(), 3600U);
+    EXPECT_EQ(log.events("speechAnalyzer.input.full").size(), 1U) << "told once";
+    append(0.1, {100, 1});
+    EXPECT_EQ(batches().size(), 3601U) << "it goes on when the recogniser does";
+}
+
 TEST_F(SpeechAnalyzerTranscriberInputTests, SoundWithoutASessionIsDropped) {
     append(1);
     start();
