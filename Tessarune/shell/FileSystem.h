@@ -51,10 +51,11 @@ class FileSystem {
     /// Creates the file, emptying what stood there, and opens it. Its name survives a loss of power
     /// from then on, its bytes once they are synchronized.
     virtual std::unique_ptr<AppendFile> create(const Path& path) = 0;
-    /// Opens a file for writing at its end, creating it, as above, if it is missing.
+    /// Opens a file for writing at its end, creating it, as above, if it is missing. Several
+    /// programs may append to one file: each append goes to where the file ends then.
     virtual std::unique_ptr<AppendFile> openForAppending(const Path& path) = 0;
 
-    /// Makes the folder and those above it; fine if it is there.
+    /// Makes the folder and those above it, private to the user; fine if it is there.
     virtual void createDirectories(const Path& path) = 0;
     /// Removes a file, or a folder with all that is in it. False if there was nothing.
     virtual bool remove(const Path& path) = 0;

@@ -54,7 +54,9 @@ class TessaruneFileLogger::Writer {
     void write(double wallClock, const std::string& line) {
         try {
             open(dayStamp(wallClock));
-            file_->append(line);
+            const bool isAfterBrokenLine = std::exchange(isLineBroken_, true);
+            file_->append(isAfterBrokenLine ? "\n" + line : line);
+            isLineBroken_ = false;
             failing_ = false;
         } catch (const std::exception& error) {
             file_.reset();
@@ -132,6 +134,7 @@ class TessaruneFileLogger::Writer {
     std::unique_ptr<AppendFile> file_;
     std::string day_;
     bool failing_ = false;
+    bool isLineBroken_ = false; // a failed write may have left a part
 };
 
 TessaruneFileLogger::TessaruneFileLogger(Host& host, FileSystem& files, TessarunePaths paths)

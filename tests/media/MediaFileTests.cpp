@@ -161,6 +161,11 @@ TEST_F(MediaFileTests, TranscodesToASmallFileOfTheSameLength) {
     EXPECT_TRUE(std::is_sorted(fractions.begin(), fractions.end()));
     EXPECT_GT(fractions.size(), 50U);
     EXPECT_EQ(fractions.back(), 1);
+    using std::filesystem::perms;
+    EXPECT_EQ(std::filesystem::status(folder / "a.m4a").permissions() &
+                  (perms::group_all | perms::others_all),
+              perms::none)
+        << "what was heard is the user's alone";
 }
 
 TEST_F(MediaFileTests, ATranscodingThatFailsLeavesWhatWasThere) {

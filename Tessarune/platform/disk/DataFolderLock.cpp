@@ -1,5 +1,7 @@
 #include "Tessarune/platform/disk/DataFolderLock.h"
 
+#include "Tessarune/platform/disk/PosixFileSystem.h"
+
 #include <unistd.h>
 
 #include <fstream>
@@ -20,7 +22,7 @@ DataFolderLock::Holder holderOf(const std::filesystem::path& file) {
 
 std::variant<DataFolderLock, DataFolderLock::Holder>
 DataFolderLock::take(const TessarunePaths& paths, std::string_view program) {
-    std::filesystem::create_directories(paths.appSupportBase());
+    PosixFileSystem().createDirectories(paths.appSupportBase());
     auto lock = FileLock::tryToTake(paths.lock());
     if (!lock)
         return holderOf(paths.lock());

@@ -10,7 +10,7 @@
 namespace tessarune {
 
 std::optional<FileLock> FileLock::tryToTake(const std::filesystem::path& path) {
-    const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0644);
+    const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (file < 0)
         throw std::system_error(errno, std::generic_category(), path.string());
     FileLock lock(file);

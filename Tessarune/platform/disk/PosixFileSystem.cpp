@@ -20,12 +20,15 @@ namespace {
                             std::string(what) + " " + path.string());
 }
 
+// Private to the user: what one listens to is nobody else's business.
+constexpr mode_t privateFile = 0600;
+constexpr mode_t privateFolder = 0700;
+
 /// An open descriptor that is closed when it goes out of scope.
 class Descriptor {
   public:
     Descriptor(fs::path path, int flags) : path_(std::move(path)) {
-        // Private to the user: what one listens to is nobody else's business.
-        number_ = ::open(path_.c_str(), flags | O_CLOEXEC, 0600);
+        number_ = ::open(path_.c_str(), flags | O_CLOEXEC, privateFile);
         if (number_ < 0)
             fail("cannot open", path_);
     }
@@ -110,9 +113,8 @@ class Descriptor {
 
 class PosixAppendFile final : public AppendFile {
   public:
-    PosixAppendFile(const fs::path& path, int flags) : file_(path, flags) {
-        end_ = static_cast<std::uint64_t>(fs::file_size(path));
-    }
+    explicit PosixAppendFile(const fs::path& path) : file_(path, O_WRONLY | O_CREAT | O_TRUNC) {}
+
     void append(std::string_view bytes) override {
         file_.writeAllAt(end_, bytes);
         end_ += bytes.size();
@@ -131,6 +133,30 @@ class PosixAppendFile final : public AppendFile {
   private:
     Descriptor file_;
     std::uint64_t end_ = 0; // a failed append is overwritten by the next one
+};
+
+/// Appends where the file ends at that moment: programs that write lines into the same log do not
+/// overwrite each other's.
+class PosixLineFile final : public AppendFile {
+  public:
+    explicit PosixLineFile(const fs::path& path)
+        : path_(path), end_(path, O_WRONLY | O_CREAT | O_APPEND), file_(path, O_WRONLY) {}
+
+    void append(std::string_view bytes) override { end_.writeAll(bytes); }
+    void appendZeros(std::uint64_t count) override { file_.resize(fs::file_size(path_) + count); }
+    void overwrite(std::uint64_t offset, std::string_view bytes) override {
+        file_.writeAllAt(offset, bytes);
+    }
+    void synchronize() override { file_.synchronize(); }
+    void close() override {
+        file_.close();
+        end_.close();
+    }
+
+  private:
+    fs::path path_;
+    Descriptor end_;
+    Descriptor file_; // the kernel would append what is to be overwritten through the other
 };
 
 /// A new name is on the disk only once its folder is.
@@ -171,21 +197,30 @@ void PosixFileSystem::writeAtomically(const Path& path, std::string_view bytes) 
 }
 
 std::unique_ptr<AppendFile> PosixFileSystem::create(const Path& path) {
-    auto file = std::make_unique<PosixAppendFile>(path, O_WRONLY | O_CREAT | O_TRUNC);
+    auto file = std::make_unique<PosixAppendFile>(path);
     synchronizeFolderOf(path);
     return file;
 }
 
 std::unique_ptr<AppendFile> PosixFileSystem::openForAppending(const Path& path) {
     const bool isNew = !exists(path);
-    auto file = std::make_unique<PosixAppendFile>(path, O_WRONLY | O_CREAT);
+    auto file = std::make_unique<PosixLineFile>(path);
     if (isNew)
         synchronizeFolderOf(path);
     return file;
 }
 
 void PosixFileSystem::createDirectories(const Path& path) {
-    fs::create_directories(path);
+    std::error_code ignored;
+    if (fs::is_directory(path, ignored))
+        return;
+    if (path.has_parent_path() && path.parent_path() != path)
+        createDirectories(path.parent_path());
+    if (::mkdir(path.c_str(), privateFolder) == 0 || fs::is_directory(path, ignored))
+        return; // another program may have been faster
+    if (errno == EEXIST)
+        errno = ENOTDIR;
+    fail("cannot make", path);
 }
 
 bool PosixFileSystem::remove(const Path& path) {

@@ -33,6 +33,7 @@ class M4AWriter {
         AVFormatContext* raw = nullptr;
         check(avformat_alloc_output_context2(&raw, nullptr, "ipod", nullptr), Kind::cannotCreate);
         output_.reset(raw);
+        createPrivately();
         const std::string url = "file:" + path_.string();
         check(avio_open(&output_->pb, url.c_str(), AVIO_FLAG_WRITE), Kind::cannotCreate);
         openEncoder();
@@ -69,6 +70,14 @@ class M4AWriter {
     void check(int result, Kind kind) const {
         if (result < 0)
             fail(kind, path_, words(result));
+    }
+
+    /// The library would let everybody read what was heard.
+    void createPrivately() const {
+        const int file = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+        if (file < 0)
+            fail(Kind::cannotCreate, path_, std::strerror(errno));
+        ::close(file);
     }
 
     void openEncoder() {

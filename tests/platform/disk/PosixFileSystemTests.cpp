@@ -4,8 +4,11 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include <sstream>
 
 namespace tessarune {
 namespace {
@@ -61,6 +64,51 @@ TEST(PosixFileSystemTests, AnswersAsTheDiskOfTheSimulationDoes) {
     const std::string expected = answers(simulated, "/data");
     EXPECT_EQ(answers(real, folder.path()), expected);
     EXPECT_NE(expected.find(std::string("01ab456789x\0\0\0 14", 17)), std::string::npos);
+}
+
+TEST(PosixFileSystemTests, WhatItMakesIsTheUsersAlone) {
+    const testing::TemporaryFolder folder;
+    const mode_t before = ::umask(0);
+    PosixFileSystem disk;
+    const TessarunePaths paths{folder / "share" / "data"};
+    const auto lock = DataFolderLock::take(paths, "test");
+    disk.createDirectories(paths.recordings());
+    disk.writeAtomically(paths.recordingIndex(), "[]");
+    disk.create(paths.recordings() / "a.wav");
+    disk.openForAppending(paths.recordings() / "b.ndjson");
+    ::umask(before);
+    int count = 0;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder.path())) {
+        using std::filesystem::perms;
+        EXPECT_EQ(entry.status().permissions() & (perms::group_all | perms::others_all),
+                  perms::none)
+            << entry.path();
+        ++count;
+    }
+    EXPECT_EQ(count, 7);
+}
+
+TEST(PosixFileSystemTests, TwoProgramsMayAppendLinesToOneLog) {
+    const testing::TemporaryFolder folder;
+    constexpr int lines = 500;
+    const auto write = [&](char letter) {
+        PosixFileSystem disk;
+        const auto log = disk.openForAppending(folder / "log");
+        for (int i = 0; i < lines; ++i)
+            log->append(std::string(40, letter) + "\n");
+    };
+    const pid_t child = ::fork();
+    if (child == 0) {
+        write('b');
+        ::_exit(0);
+    }
+    write('a');
+    ::waitpid(child, nullptr, 0);
+    std::istringstream all(PosixFileSystem().read(folder / "log"));
+    int whole = 0;
+    for (std::string line; std::getline(all, line);)
+        whole += line == std::string(40, 'a') || line == std::string(40, 'b') ? 1 : 0;
+    EXPECT_EQ(whole, 2 * lines);
 }
 
 TEST(DataFolderLockTests, OneProcessAtATimeWritesAFolder) {
