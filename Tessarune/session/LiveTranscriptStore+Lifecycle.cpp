@@ -318,10 +318,10 @@ void LiveTranscriptStore::selectRecognitionOption(const std::string& id) {
     presentMessage(localized("正在切换识别模型…"));
     updateVisibleSourceTextFlag();
     refreshCaptionDisplay("recognition.optionSwitch");
-    spawn(Executor::main(host()), runSwap(weak_from_this(), hadRun));
+    spawn(Executor::main(host()), runSwap(weak_from_this(), startNumber_, hadRun));
 }
 
-Task<void> LiveTranscriptStore::runSwap(WeakSelf weak, bool hadRun) {
+Task<void> LiveTranscriptStore::runSwap(WeakSelf weak, std::uint64_t session, bool hadRun) {
     const Self self = weak.lock();
     if (!self)
         co_return;
@@ -332,6 +332,9 @@ Task<void> LiveTranscriptStore::runSwap(WeakSelf weak, bool hadRun) {
     } catch (...) {
         failure = std::current_exception();
     }
+    // The next session has a run of its own.
+    if (session != self->startNumber_)
+        co_return;
     if (failure && !isCancellation(failure)) {
         self->showError(localizedDescription(failure));
         co_return;

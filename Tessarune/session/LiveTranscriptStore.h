@@ -196,7 +196,7 @@ class LiveTranscriptStore : public std::enable_shared_from_this<LiveTranscriptSt
     void startAudioInactivityAutoStop();
     void handleAudioInactivityTimeout(double idleSeconds, double timeoutSeconds);
     void startDurationTimer();
-    static Task<void> runSwap(WeakSelf weak, bool hadRun);
+    static Task<void> runSwap(WeakSelf weak, std::uint64_t session, bool hadRun);
     void applySessionTransition(const std::optional<LiveSessionTransition>& transition);
 
     // LiveTranscriptStore.cpp

@@ -251,6 +251,28 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherRecognitionModelTakesOverInTheSessi
         << "the program's own words are no transcript";
 }
 
+TEST_F(LiveTranscriptStoreStartTests, AModelThatComesTooLateStartsNoRunInTheNextSession) {
+    bool isRunning = false;
+    int runs = 0;
+    session.diagnostics.isRunning = [&] { return isRunning; };
+    session.diagnostics.startIfNeeded = [&](const auto&) {
+        isRunning = true;
+        ++runs;
+    };
+    session.diagnostics.finish = [&](const auto&) { isRunning = false; };
+    session.launch();
+    session.start();
+    session.engine.script.prepareSeconds = 5;
+    session.store->selectRecognitionOption(ModelCatalog::recognitionOptions().at(1).id);
+    session.stop();
+    session.host.advanceBy(3.5); // as long as a drain may take
+    session.start();
+    EXPECT_EQ(runs, 2);
+    session.host.advanceBy(20);
+    EXPECT_EQ(session.phase(), Phase::listening);
+    EXPECT_EQ(runs, 2);
+}
+
 TEST_F(LiveTranscriptStoreStartTests, SilenceStopsTheSessionAndAnySoundPutsItOff) {
     session.launch();
     session.settings.audioInactivityAutoStopMinutes = 1;

@@ -117,10 +117,11 @@ void SessionSimulation::actOnSession(const std::string& action) {
 
 void SessionSimulation::disturb() {
     SpeechScript& script = session_.engine.script;
-    const std::string what = oneOf<std::string>(
-        {"calm", "calm", "slow engine", "damaged model", "engine refuses", "endless drain",
-         "engine dies", "slow dialog", "refused", "slow server", "stream refused", "unplugged",
-         "other output", "server gone", "silence", "sound", "slow translation", "clock set"});
+    const std::string what =
+        oneOf<std::string>({"calm", "calm", "slow engine", "damaged model", "engine refuses",
+                            "endless drain", "engine dies", "slow dialog", "refused", "slow server",
+                            "stream refused", "unplugged", "other output", "server gone", "silence",
+                            "sound", "slow translation", "clock set", "asleep"});
     note(what);
     if (what == "calm") {
         const auto lines = script.lines;
@@ -163,6 +164,8 @@ void SessionSimulation::disturb() {
     } else if (what == "slow translation") {
         session_.translator.drainSeconds = seconds(8);
         session_.translator.drainCompletes = chance(50);
+    } else if (what == "asleep") {
+        session_.host.sleepComputer(chance(50) ? 3600 : 2);
     } else {
         session_.host.shiftWallClock(chance(50) ? 3600 : -3600);
     }
