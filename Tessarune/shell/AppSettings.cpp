@@ -53,6 +53,19 @@ SettingCodec<SubtitleLayoutMode> layoutCodec() {
          {SubtitleLayoutMode::bilingualCompare, "bilingualCompare"}});
 }
 
+SettingCodec<std::int64_t> modifiersCodec() {
+    SettingCodec<std::int64_t> codec = integerCodec(0, 0xFFFFFFFF);
+    codec.read = [read = codec.read](const SettingValue& stored) {
+        const auto mask = read(stored);
+        return mask ? std::optional(AppSettings::normalizeShortcutModifiers(*mask)) : std::nullopt;
+    };
+    codec.parse = [parse = codec.parse](std::string_view text) {
+        const auto mask = parse(text);
+        return mask ? std::optional(AppSettings::normalizeShortcutModifiers(*mask)) : std::nullopt;
+    };
+    return codec;
+}
+
 SettingCodec<std::int64_t> percentCodec() {
     return integerCodec(0, 100);
 }
@@ -67,9 +80,8 @@ SettingCodec<std::int64_t> millisecondsCodec() {
 
 ShortcutSetting AppSettings::shortcut(const char* name, std::int64_t keyCode,
                                       std::int64_t modifiers) {
-    return {
-        {store_, all_, std::string(name) + "KeyCode", keyCode, integerCodec(0, 0xFFFF)},
-        {store_, all_, std::string(name) + "Modifiers", modifiers, integerCodec(0, 0xFFFFFFFF)}};
+    return {{store_, all_, std::string(name) + "KeyCode", keyCode, integerCodec(0, 0xFFFF)},
+            {store_, all_, std::string(name) + "Modifiers", modifiers, modifiersCodec()}};
 }
 
 // A setting enters itself under its own name: the key is the member's name, always.
@@ -232,6 +244,13 @@ void AppSettings::resetSubtitleDefaults() {
                                    &bgOpacity};
     for (auto* setting : ordered)
         setting->restore();
+}
+
+std::int64_t AppSettings::normalizeShortcutModifiers(std::int64_t mask) {
+    constexpr std::int64_t shiftKey = 0x20000;
+    constexpr std::int64_t controlKey = 0x40000;
+    constexpr std::int64_t optionKey = 0x80000;
+    return mask & (shiftKey | controlKey | optionKey | commandKey);
 }
 
 void AppSettings::resetShortcutDefaults() {

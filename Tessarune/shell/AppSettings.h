@@ -128,6 +128,10 @@ class AppSettings {
     void resetSubtitleDefaults();
     void resetShortcutDefaults();
 
+    /// Of a mask only the keys that a shortcut can be made of: neither Caps Lock nor which of two
+    /// Shift keys it was.
+    static std::int64_t normalizeShortcutModifiers(std::int64_t mask);
+
     /// The tuning settings as text, to be copied into a report.
     std::string currentTuningSummaryText() const;
 

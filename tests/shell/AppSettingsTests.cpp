@@ -36,6 +36,7 @@ TEST_F(AppSettingsTests, StoredValuesThatMakeNoSenseReadAsTheDefaultAndStayWhere
 TEST_F(AppSettingsTests, NumbersAndFlagsAreReadInTheFormsThatPeopleWrite) {
     write(R"({"freezeStableSeconds": 1, "trueFreeze": 0, "smoothPaceMS": 120.0,
         "audioInactivityAutoStopMinutes": -5, "diagnosticsLevel": "verbose",
+        "shortcutPinModifiers": 1769738,
         "selectedRecognitionOptionID": "apple-analyzer-en-gb"})");
     JSONUserDefaults defaults(files, file);
     AppSettings settings(defaults);
@@ -43,6 +44,7 @@ TEST_F(AppSettingsTests, NumbersAndFlagsAreReadInTheFormsThatPeopleWrite) {
     EXPECT_FALSE(*settings.trueFreeze);
     EXPECT_EQ(*settings.smoothPaceMS, 120);
     EXPECT_EQ(*settings.audioInactivityAutoStopMinutes, -5);
+    EXPECT_EQ(*settings.shortcutPin.modifiers, 0x1A0000) << "without Caps Lock and sides";
     EXPECT_EQ(*settings.diagnosticsLevel, DiagnosticsLevel::verbose);
     EXPECT_EQ(*settings.selectedRecognitionOptionID, "apple-analyzer-en-gb");
 }
