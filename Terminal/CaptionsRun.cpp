@@ -55,6 +55,8 @@ class CaptionsRun {
     void takeDataFolder();
     void tellRepairs();
     void overrideSettings();
+    bool recordsSound() const;
+    void recordNothing();
     void chooseTarget();
     void openEventLog();
     void makeStore();
@@ -122,7 +124,7 @@ CaptionsRun::CaptionsRun(Program& program, const TerminalOptions& options, Capti
 Task<void> CaptionsRun::run() {
     overrideSettings();
     chooseTarget();
-    if (*program_.settings.recordWhileCaptioning)
+    if (recordsSound())
         takeDataFolder();
     openEventLog();
     Task<void> opening = sound_.open(command_);
@@ -148,16 +150,24 @@ Task<void> CaptionsRun::run() {
 
 void CaptionsRun::overrideSettings() {
     AppSettings& settings = program_.settings;
-    if (!command_.records) {
-        program_.override(settings.recordWhileCaptioning, false);
-        program_.override(settings.sessionDiagnosticsEnabled, false);
-    }
+    if (!command_.records)
+        recordNothing();
     if (!command_.locale)
         return;
     for (const auto& option : ModelCatalog::recognitionOptions()) {
         if (option.localeIdentifier == *command_.locale)
             program_.override(settings.selectedRecognitionOptionID, option.id);
     }
+}
+
+/// A session with diagnostics records whatever the other setting says.
+bool CaptionsRun::recordsSound() const {
+    return *program_.settings.recordWhileCaptioning || *program_.settings.sessionDiagnosticsEnabled;
+}
+
+void CaptionsRun::recordNothing() {
+    program_.override(program_.settings.recordWhileCaptioning, false);
+    program_.override(program_.settings.sessionDiagnosticsEnabled, false);
 }
 
 /// What cannot be translated is said now and once; the session then does not try again and again.
@@ -191,7 +201,7 @@ void CaptionsRun::takeDataFolder() {
         dataFolder_.emplace(std::move(std::get<DataFolderLock>(taken)));
     } catch (const std::system_error& error) {
         say(std::string("Nothing can be recorded: ") + error.what());
-        program_.override(program_.settings.recordWhileCaptioning, false);
+        recordNothing();
         return;
     }
     tellRepairs();
@@ -434,10 +444,7 @@ void CaptionsRun::finishOutput() {
 Task<int> runCaptions(Program& program, const TerminalOptions& options, CaptionsCommand command) {
     CaptionsRun captions(program, options, std::move(command));
     SignalWatch signals(program.host, [&captions] { captions.interrupt(); });
-    program.logger.bootstrap(
-        {{"version", std::string(TESSARUNE_VERSION)},
-         {"diagnosticsLevel", std::string(storageName(*program.settings.diagnosticsLevel))},
-         {"baseDirectory", program.paths.appSupportBase().string()}});
+    program.logger.bootstrap(program.bootstrapFields());
     ExitStatus status = ExitStatus::ok;
     std::string problem;
     try {

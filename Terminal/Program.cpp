@@ -6,6 +6,7 @@
 #include "Terminal/ModelCommands.h"
 #include "Terminal/SettingsCommands.h"
 #include "Terminal/SourcesCommand.h"
+#include "Tessarune/platform/host/HostFacts.h"
 #include "Tessarune/platform/host/ProcessMemory.h"
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 #include "Tessarune/platform/media/M4ATranscoder.h"
@@ -43,6 +44,21 @@ SpeechPlatform Program::speechPlatform() {
     auto choice = [name = *settings.speechModel] { return name; };
     return {host, makeSpeechEngine(host, models, std::move(choice)), speechModels,
             makeSwresampleConverter, logger};
+}
+
+LogFields Program::bootstrapFields() const {
+    const HostFacts facts = HostFacts::current();
+    return {{"version", TESSARUNE_VERSION},
+            {"build", TESSARUNE_VERSION},
+            {"bundleID", std::string(TessaruneLog::subsystem)},
+            {"buildConfiguration", "release"},
+            {"internalToolsEnabled", false},
+            {"diagnosticsLevel", std::string(storageName(*settings.diagnosticsLevel))},
+            {"physicalMemoryGB", facts.physicalMemoryGB},
+            {"activeProcessorCount", std::int64_t{facts.activeProcessorCount}},
+            {"baseDirectory", paths.appSupportBase().string()},
+            {"host", facts.system},
+            {"runtime", "terminal"}};
 }
 
 void Program::override(AnySetting& setting, SettingValue value) {

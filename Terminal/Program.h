@@ -46,6 +46,9 @@ struct Program {
     /// What a recogniser works with. The choice of the model is that of this moment.
     SpeechPlatform speechPlatform();
 
+    /// What the log says about this program and computer when it begins.
+    LogFields bootstrapFields() const;
+
     /// A setting for this run alone.
     void override(AnySetting& setting, SettingValue value);
 };

@@ -1,5 +1,6 @@
 #include "Terminal/Program.h"
 #include "Terminal/SignalWatch.h"
+#include "Tessarune/platform/host/PlatformLog.h"
 
 #include <iostream>
 
@@ -8,6 +9,7 @@ int main(int argc, char** argv) {
     if (const int* status = std::get_if<int>(&parsed))
         return *status;
     tessarune::SignalWatch::blockSignals();
+    tessarune::PlatformLog::open("tessarune-terminal");
     tessarune::Program program;
     return tessarune::run(program, std::get<tessarune::TerminalOptions>(parsed));
 }

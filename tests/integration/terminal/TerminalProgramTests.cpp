@@ -1,4 +1,5 @@
 // The terminal program as a user runs it: real recogniser, real files, a data folder of its own.
+#include "Tessarune/platform/disk/DataFolderLock.h"
 #include "TessaruneCore/text/Text.h"
 #include "tests/support/FileContents.h"
 #include "tests/support/ProgramRun.h"
@@ -7,6 +8,7 @@
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 #include <fstream>
 #include <sstream>
@@ -111,6 +113,59 @@ TEST_F(TerminalProgramTests, NothingIsLeftBehindByASessionThatIsNotRecorded) {
     EXPECT_FALSE(fs::exists(folder / "data/Tessarune/recordings.json"));
     EXPECT_FALSE(fs::exists(folder / "data/Tessarune/Transcripts"));
     EXPECT_EQ(terminal({"--list", "--quiet"}).output, "");
+}
+
+TEST_F(TerminalProgramTests, ASecondProgramDoesNotRecordIntoTheSameFolder) {
+    const auto lock =
+        DataFolderLock::take(TessarunePaths{folder / "data/Tessarune"}, "another program");
+    const auto captions = [&](std::vector<std::string> options) {
+        options.insert(options.end(), {"--source", file("beckett.wav"), "--fast"});
+        return terminal(std::move(options));
+    };
+    const ProgramRun refused = captions({});
+    EXPECT_EQ(refused.status, 75);
+    EXPECT_NE(refused.error.find("another program (process " + std::to_string(::getpid()) + ")"),
+              std::string::npos)
+        << refused.error;
+    const ProgramRun alone = captions({"--no-record"});
+    EXPECT_EQ(alone.status, 0) << alone.error;
+    EXPECT_NE(alone.output, "");
+    // Diagnostics record too, whatever else is set.
+    ASSERT_EQ(terminal({"--set", "recordWhileCaptioning=false", "--set",
+                        "sessionDiagnosticsEnabled=true"})
+                  .status,
+              0);
+    EXPECT_EQ(captions({}).status, 75);
+    EXPECT_FALSE(fs::exists(folder / "data/Tessarune/recordings.json"));
+}
+
+TEST_F(TerminalProgramTests, WithoutADataFolderThereAreStillCaptions) {
+    std::ofstream(folder / "data") << "no folder";
+    const ProgramRun live = terminal({"--source", file("beckett.wav"), "--fast"});
+    EXPECT_EQ(live.status, 0) << live.error;
+    EXPECT_NE(live.output, "");
+    EXPECT_NE(live.error.find("Nothing can be recorded: "), std::string::npos) << live.error;
+}
+
+TEST_F(TerminalProgramTests, ASessionThatWasKilledIsCompletedAtTheNextStartAndToldOnce) {
+    const ProgramRun killed =
+        run("/bin/sh",
+            {"-c",
+             "\"$0\" \"$@\" & until grep -qs wav data/Tessarune/recordings.json; do "
+             "kill -0 $! || exit 1; sleep 0.05; done; sleep 1; kill -9 $!; wait; true",
+             (fs::path(TESSARUNE_BIN) / "tessarune-terminal").string(), "--source",
+             file("two_cities.wav")},
+            folder.path(), environment);
+    ASSERT_EQ(killed.status, 0) << killed.error;
+    const std::string told = "A session that had broken off was completed";
+    const std::vector<std::string> next{"--source", file("beckett.wav"), "--fast"};
+    EXPECT_NE(terminal(next).error.find(told), std::string::npos);
+    EXPECT_EQ(terminal(next).error.find(told), std::string::npos) << "once";
+    const auto all = lines(terminal({"--list", "--json"}).output);
+    ASSERT_EQ(all.size(), 3U);
+    const Json first = Json::parse(all.back());
+    EXPECT_TRUE(first["file"].get<std::string>().ends_with(".wav"));
+    EXPECT_GT(first["duration"], 0.2);
 }
 
 TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
