@@ -31,9 +31,7 @@ struct Holdings {
 
 TEST(LongSessionTests, NothingButTheTextAndTheSoundGrowsWithTheHours) {
     constexpr double sampleRate = 160; // hours of it
-    SimulatedSession session;
-    session.engine.script.format = {sampleRate, 1};
-    session.setOutputs({"a"}, {}, sampleRate);
+    SimulatedSession session(0, sampleRate);
     session.launch();
     TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::core);
     session.start();
@@ -51,7 +49,7 @@ TEST(LongSessionTests, NothingButTheTextAndTheSoundGrowsWithTheHours) {
         session.server.goDown();
         session.host.advanceBy(60);
         session.server.comeBack();
-        session.setOutputs({hour % 2 == 0 ? "b" : "a"}, {}, sampleRate);
+        session.setOutputs({hour % 2 == 0 ? "b" : "a"});
         session.host.advanceBy(600);
         hours.emplace_back(session);
     }

@@ -135,12 +135,13 @@ class SimulatedSession {
 
     void setOutputs(const std::vector<std::string>& outputs,
                     const std::vector<std::string>& inputs = {"mic", "usb"},
-                    double sampleRate = 1600) {
+                    std::optional<double> anotherRate = {}) {
+        const double rate = anotherRate.value_or(sampleRate);
         SoundDevices devices;
         for (const auto& id : outputs)
-            devices.outputs.push_back(testing::ScriptedSoundServer::output(id, sampleRate));
+            devices.outputs.push_back(testing::ScriptedSoundServer::output(id, rate));
         for (const auto& id : inputs)
-            devices.inputs.push_back(testing::ScriptedSoundServer::input(id, {sampleRate, 1}));
+            devices.inputs.push_back(testing::ScriptedSoundServer::input(id, {rate, 1}));
         devices.defaultOutputID = outputs.empty() ? "" : outputs.front();
         devices.defaultInputID = inputs.empty() ? "" : inputs.front();
         server.setDevices(std::move(devices));
