@@ -79,7 +79,6 @@ class CaptionsRun {
     Executor main() const { return Executor::main(program_.host); }
 
     Program& program_;
-    const TerminalOptions& options_;
     const CaptionsCommand command_;
     CaptionOutput output_;
     CaptionSound sound_;
@@ -112,7 +111,6 @@ CaptionOutput makeOutput(Program& program, const TerminalOptions& options) {
 
 CaptionsRun::CaptionsRun(Program& program, const TerminalOptions& options, CaptionsCommand command)
     : program_(program),
-      options_(options),
       command_(std::move(command)),
       output_(makeOutput(program, options)),
       sound_(program.host, {[this](const std::string& text) { say(text); },
