@@ -157,6 +157,16 @@ LocalizationTable english() {
          "yyyy-MM-dd"},
         {"zh_Hans_CN",
          "en_US"},
+        {"出事只剩崩溃日志，几乎零开销。除非要绝对零负担，否则别选。",
+         "Only crash logs are left when something goes wrong; costs next to nothing. Not to be chosen unless nothing at all may be spent."},
+        {"默认。极致性能：只记错误与关键启停，内存哨兵常驻，能定位大体问题。",
+         "The default. Fastest: errors, starts and stops only, with an eye on memory; enough to find most problems."},
+        {"复现/长测推荐：额外写每会话诊断（性能、边界、仲裁、翻译摘要）。",
+         "For reproducing a problem and for long tests: writes diagnostics of each session too (performance, boundaries, arbitration, summaries of translations)."},
+        {"全链路运行时事件 + debug 日志，开发排查用，会持续写盘。",
+         "Every event of the run and debug logs, for developers; writes to the disk all the time."},
+        {"☢ 全部 + Apple 完整原始流。会卡、文件巨大，用完记得调回去。",
+         "☢ Everything, and all that the recogniser says. Slow, with huge files; set it back when done."},
     };
 }
 // clang-format on
