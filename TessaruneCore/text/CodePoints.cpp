@@ -130,9 +130,9 @@ void append(std::string& text, char32_t codePoint) {
 }
 
 std::string_view withoutCutCharacter(std::string_view bytes) {
-    std::size_t size = bytes.size();
-    U8_TRUNCATE_IF_INCOMPLETE(bytes.data(), std::size_t{0}, size);
-    return bytes.substr(0, size);
+    auto size = std::ssize(bytes); // signed: the macro looks for the bytes before it
+    U8_TRUNCATE_IF_INCOMPLETE(bytes.data(), 0, size);
+    return bytes.substr(0, static_cast<std::size_t>(size));
 }
 
 bool isValidUTF8(std::string_view bytes) {

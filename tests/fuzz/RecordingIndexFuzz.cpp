@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <set>
 
 namespace {
 
@@ -17,9 +18,12 @@ void tryWhole(RecordingIndex index) {
     auto after = nlohmann::json::parse(index.encoded());
     fuzz::require(std::is_permutation(before.begin(), before.end(), after.begin(), after.end()),
                   "an element that sorting changed");
-    const auto all = index.recordings();
-    for (const auto& recording : all)
-        index.put(recording);
+    // Of two entries with one ID the first is the one that is put back.
+    std::set<UUID> seen;
+    for (const auto& recording : index.recordings()) {
+        if (seen.insert(recording.id).second)
+            index.put(recording);
+    }
     fuzz::require(nlohmann::json::parse(index.encoded()) == after,
                   "an entry that changes when nothing of it did");
 

@@ -112,6 +112,10 @@ TEST(ASREventLogTests, ALogThatIsCutAnywhereGivesItsWholeLines) {
         writeContents(path, earlier + last.substr(0, size));
         EXPECT_EQ(ASREventLog::read(path).size(), size < last.size() ? 1u : 2u) << size;
     }
+    writeContents(path, "\xE6");
+    EXPECT_TRUE(ASREventLog::read(path).empty()) << "the first byte of a character alone";
+    writeContents(path, "\x80");
+    EXPECT_THROW(ASREventLog::read(path), std::exception) << "the last one alone";
 }
 
 TEST(ASREventLogTests, ReadingFailsOnlyWhereThereIsNoText) {
