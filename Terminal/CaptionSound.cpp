@@ -36,8 +36,8 @@ void CaptionSound::useFile(const FileSource& file) {
     fileName_ = file.path.filename().string();
     auto pace = file.fast ? FileSoundServer::Pace::following(handlers_.takenSeconds, fastLead)
                           : FileSoundServer::Pace::realTime();
-    server_ = std::make_unique<FileSoundServer>(host_, openFFmpegMediaFile, file.path,
-                                                std::move(pace), handlers_.onFinished);
+    server_ = std::make_unique<FileSoundServer>(openFFmpegMediaFile, file.path, std::move(pace),
+                                                handlers_.onFinished);
 }
 
 Task<void> CaptionSound::connect(bool mayShowDemo) {

@@ -22,7 +22,7 @@ std::string localizedDescription(const std::exception_ptr& failure) {
 
 std::shared_ptr<LiveSystemAudioTranscriber>
 LiveSystemAudioTranscriber::make(Environment environment) {
-    const Self self(new LiveSystemAudioTranscriber(std::move(environment)));
+    Self self(new LiveSystemAudioTranscriber(std::move(environment)));
     self->connect();
     return self;
 }

@@ -17,7 +17,7 @@ transcriberEnvironment(const LiveTranscriptStore::Environment& environment) {
 } // namespace
 
 std::shared_ptr<LiveTranscriptStore> LiveTranscriptStore::make(Environment environment) {
-    const Self self(new LiveTranscriptStore(std::move(environment)));
+    Self self(new LiveTranscriptStore(std::move(environment)));
     self->bridgeCoreChanges();
     self->bridgeDiagnosticsSetting();
     self->configureCoreCallbacks();

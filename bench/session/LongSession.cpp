@@ -41,7 +41,7 @@ LongSession::LongSession(std::filesystem::path sound, double seconds)
       compressor_(files_, catalog_, logger_, exporter_, openFFmpegMediaFile),
       engine_(host_),
       assets_(host_),
-      server_(host_, repeatedSound(seconds + longestStart), std::move(sound),
+      server_(repeatedSound(seconds + longestStart), std::move(sound),
               FileSoundServer::Pace::realTime(), [](std::exception_ptr) {}),
       permissions_(host_, server_, defaults_, SystemAuthorization::ofServer(host_, server_)),
       hour_(HourLog::make(HourLog::Language::english)) {

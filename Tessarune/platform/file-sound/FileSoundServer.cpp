@@ -96,10 +96,9 @@ class FileStream final : public RecordStream {
 
 } // namespace
 
-FileSoundServer::FileSoundServer(Host& host, OpenMediaFile open, std::filesystem::path file,
-                                 Pace pace, std::function<void(std::exception_ptr)> onFinished)
-    : host_(host),
-      open_(std::move(open)),
+FileSoundServer::FileSoundServer(OpenMediaFile open, std::filesystem::path file, Pace pace,
+                                 std::function<void(std::exception_ptr)> onFinished)
+    : open_(std::move(open)),
       file_(std::move(file)),
       pace_(std::move(pace)),
       onFinished_(std::move(onFinished)) {}

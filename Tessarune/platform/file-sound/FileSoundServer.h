@@ -29,7 +29,7 @@ class FileSoundServer final : public SoundServer {
 
     /// `onFinished` is called on the main queue when the file has been played, with the failure if
     /// it could not be read to its end (null otherwise).
-    FileSoundServer(Host& host, OpenMediaFile open, std::filesystem::path file, Pace pace,
+    FileSoundServer(OpenMediaFile open, std::filesystem::path file, Pace pace,
                     std::function<void(std::exception_ptr)> onFinished);
 
     /// Opens the file; throws MediaFileError if it cannot be played at all.
@@ -43,7 +43,6 @@ class FileSoundServer final : public SoundServer {
                                                              Executor executor) override;
 
   private:
-    Host& host_;
     OpenMediaFile open_;
     std::filesystem::path file_;
     Pace pace_;

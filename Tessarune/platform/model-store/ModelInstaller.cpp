@@ -177,6 +177,7 @@ struct ModelInstaller::Shared {
         const SwitchTo away = switchTo(Executor::queue(self->host, self->lanes.front()));
         co_await away;
         std::vector<std::string> names;
+        names.reserve(model.files.size());
         for (const FileToFetch& file : model.files)
             names.push_back(file.name);
         store.adopt(model.kind, model.name, names, model.details);

@@ -135,6 +135,7 @@ std::vector<StoredModel> ModelStore::list(ModelKind kind) const {
     for (const auto& part : readOnly_)
         add(part, false);
     std::vector<StoredModel> models;
+    models.reserve(byName.size());
     for (auto& [name, model] : byName)
         models.push_back(std::move(model));
     return models;

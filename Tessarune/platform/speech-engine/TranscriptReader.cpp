@@ -87,6 +87,7 @@ std::optional<SpeechResult> TranscriptReader::readOpen(const moonshine::Line& li
                                                        bool looksAgainSoon) {
     SpeechResult now = result(line, false);
     std::vector<std::string> keys;
+    keys.reserve(now.runs.size());
     for (const SpeechRun& run : now.runs)
         keys.push_back(SentenceStabilityKey::normalize(run.text));
     const std::vector<std::string> before = std::exchange(looked_, keys);
