@@ -32,6 +32,7 @@ void to_json(nlohmann::ordered_json& json, const TranslationObservation& observa
         return id ? std::optional(id->text()) : std::nullopt;
     };
     std::vector<std::string> segmentIDs;
+    segmentIDs.reserve(observation.segmentIDs.size());
     for (const auto& id : observation.segmentIDs)
         segmentIDs.push_back(id.text());
 

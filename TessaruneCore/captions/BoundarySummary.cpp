@@ -13,6 +13,7 @@ std::string reasonsOf(const BoundaryDecision& decision) {
     if (decision.reasons.empty())
         return "reason -";
     std::vector<std::string> values;
+    values.reserve(decision.reasons.size());
     for (const auto& reason : decision.reasons)
         values.push_back(reason.diagnosticValue());
     return Text::joined(values, ", ");

@@ -52,7 +52,7 @@ class File {
 
   private:
     std::size_t readSome(char* bytes, std::size_t size) const {
-        ssize_t count;
+        ssize_t count = 0;
         do {
             count = ::read(descriptor_, bytes, size);
         } while (count < 0 && errno == EINTR);
@@ -62,7 +62,7 @@ class File {
     }
 
     std::string requireEnd() const {
-        char byte;
+        char byte = 0;
         if (readSome(&byte, 1) != 0)
             fail(EINVAL);
         return {};

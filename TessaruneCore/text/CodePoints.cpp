@@ -36,7 +36,7 @@ bool isInCategories(char32_t codePoint, std::uint32_t mask) {
 
 char32_t decodeMultibyte(std::string_view text, std::size_t& at) {
     std::size_t next = at;
-    UChar32 codePoint;
+    UChar32 codePoint = 0;
     U8_NEXT(text.data(), next, text.size(), codePoint);
     at = codePoint < 0 ? at + 1 : next;
     return codePoint < 0 ? replacement : static_cast<char32_t>(codePoint);
@@ -56,7 +56,7 @@ bool isASCII(std::string_view text) {
     const char* bytes = text.data();
     std::size_t left = text.size();
     for (; left >= sizeof(std::uint64_t); left -= sizeof(std::uint64_t)) {
-        std::uint64_t word;
+        std::uint64_t word = 0;
         std::memcpy(&word, bytes, sizeof word);
         if (word & 0x8080808080808080)
             return false;
@@ -147,7 +147,7 @@ bool isValidUTF8(std::string_view bytes) {
             at += 3;
             continue;
         }
-        UChar32 codePoint;
+        UChar32 codePoint = 0;
         U8_NEXT(bytes.data(), at, bytes.size(), codePoint);
         if (codePoint < 0)
             return false;

@@ -144,7 +144,7 @@ std::size_t countOfBlankSeparated(std::string_view text) {
         return countOfByteRuns(text, [](char byte) { return byte == ' '; });
     std::size_t count = 0;
     std::size_t start = 0;
-    for (std::size_t at; (at = text.find(' ', start)) != text.npos; start = at + 1) {
+    for (std::size_t at = 0; (at = text.find(' ', start)) != text.npos; start = at + 1) {
         if (!isLoneBlank(text, at))
             return countOfPieces(text, isBlank);
         count += at > start ? 1 : 0;

@@ -118,6 +118,7 @@ std::string simplified(std::string_view text) {
 const std::vector<TranslationTargetLanguage>& targetLanguages() {
     static const std::vector<TranslationTargetLanguage> targets = [] {
         std::vector<TranslationTargetLanguage> made;
+        made.reserve(std::size(languages));
         for (const auto& row : languages)
             made.push_back(
                 {std::string(row.id),
