@@ -12,8 +12,6 @@ namespace tessarune {
 
 namespace {
 
-constexpr double bytesAMegabyte = 1e6;
-
 /// One line that is rewritten.
 void showProgress(const std::string& name, std::uint64_t received, std::uint64_t expected) {
     std::string text = name + ": " + megabytes(received);

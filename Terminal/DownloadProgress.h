@@ -21,6 +21,8 @@ struct ShownDownload {
 };
 Task<int> runDownload(Program& program, const TerminalOptions& options, ShownDownload download);
 
+constexpr double bytesAMegabyte = 1e6;
+
 /// "38.2 MB", of bytes.
 std::string megabytes(std::uint64_t bytes);
 

@@ -12,8 +12,6 @@ namespace tessarune {
 
 namespace {
 
-constexpr double bytesAMegabyte = 1e6;
-
 std::string describe(const SpeechModelState& model) {
     if (!model.damage.empty())
         return "damaged: " + model.damage;

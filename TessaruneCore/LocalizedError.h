@@ -32,4 +32,13 @@ class LocalizedError : public std::exception {
     std::optional<std::string> failureReason_;
 };
 
+/// What a failure says of itself.
+inline std::string localizedDescription(const std::exception_ptr& failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+}
+
 } // namespace tessarune

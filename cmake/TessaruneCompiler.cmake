@@ -16,7 +16,7 @@ target_compile_options(tessarune-options INTERFACE
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # GCC 12 reports these inside its own standard library once coroutines and -O2 meet.
   target_compile_options(tessarune-options INTERFACE
-    -Wno-maybe-uninitialized -Wno-dangling-pointer -Wno-restrict)
+    -Wno-maybe-uninitialized -Wno-dangling-pointer -Wno-restrict -Wno-subobject-linkage)
 endif()
 target_include_directories(tessarune-options INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_definitions(tessarune-options INTERFACE

@@ -13,7 +13,6 @@ namespace tessarune {
 
 namespace {
 
-constexpr int buffersPerLevel = 8;
 /// Speech at a usual distance fills only a part of the scale; a meter should show it.
 constexpr double levelGain = 6.0;
 
@@ -156,7 +155,7 @@ void MicrophoneCapture::process(AudioBufferPtr buffer) {
     if (onBuffer)
         onBuffer(buffer);
     ++levelTick_;
-    if (levelTick_ % buffersPerLevel == 0 && onLevel)
+    if (levelTick_ % AudioLevel::buffersPerLevel == 0 && onLevel)
         onLevel(std::min(AudioLevel::rms(*buffer) * levelGain, 1.0));
 }
 

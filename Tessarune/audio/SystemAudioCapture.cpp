@@ -9,14 +9,7 @@
 
 namespace tessarune {
 
-namespace {
-
 using Case = SystemAudioCaptureError::Case;
-
-/// A level is worth computing a few times a second, not a hundred.
-constexpr int buffersPerLevel = 8;
-
-} // namespace
 
 std::shared_ptr<SystemAudioCapture> SystemAudioCapture::create(Host& host, SoundServer& server) {
     return std::shared_ptr<SystemAudioCapture>(new SystemAudioCapture(host, server));
@@ -135,7 +128,7 @@ void SystemAudioCapture::handleInput(AudioBufferPtr buffer) {
     if (!listener)
         return;
     listener->systemAudioCapture(*this, buffer);
-    if (sampleCount_ == 1 || sampleCount_ % buffersPerLevel == 0)
+    if (sampleCount_ == 1 || sampleCount_ % AudioLevel::buffersPerLevel == 0)
         listener->systemAudioCaptureDidMeasure(*this, audioLevel(*buffer));
 }
 

@@ -9,31 +9,31 @@ namespace tessarune {
 
 namespace {
 
-using Status = SystemAuthorization::Status;
-
 Task<bool> granted() {
     co_return true;
 }
 
-Task<bool> tryMicrophone(Host& host, SoundServer& server, std::shared_ptr<Status> answer) {
+Task<bool> tryMicrophone(Host& host, SoundServer& server,
+                         std::shared_ptr<SystemAuthorization::Status> answer) {
     try {
         CaptureStream stream(server, Executor::main(host), AudioSource::microphone(), {});
         auto starting = stream.start();
         co_await starting;
-        *answer = Status::authorized;
+        *answer = SystemAuthorization::Status::authorized;
     } catch (const SoundServerError& error) {
         if (error.status() == SoundServerError::accessDenied)
-            *answer = Status::denied;
+            *answer = SystemAuthorization::Status::denied;
     }
-    co_return *answer != Status::denied;
+    co_return *answer != SystemAuthorization::Status::denied;
 }
 
 } // namespace
 
 SystemAuthorization SystemAuthorization::ofServer(Host& host, SoundServer& server) {
-    auto microphone = std::make_shared<Status>(Status::notDetermined);
+    auto microphone =
+        std::make_shared<SystemAuthorization::Status>(SystemAuthorization::Status::notDetermined);
     return {
-        .speechStatus = [] { return Status::authorized; },
+        .speechStatus = [] { return SystemAuthorization::Status::authorized; },
         .requestSpeech = [] { return granted(); },
         .microphoneStatus = [microphone] { return *microphone; },
         .requestMicrophone = [&host, &server,

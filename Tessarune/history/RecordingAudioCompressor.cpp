@@ -12,15 +12,14 @@ namespace tessarune {
 namespace {
 
 using CompressionError = RecordingAudioCompressor::CompressionError;
-using Kind = CompressionError::Kind;
 
-std::string description(Kind kind, const std::string& path) {
+std::string description(CompressionError::Kind kind, const std::string& path) {
     switch (kind) {
-    case Kind::missingSource:
+    case CompressionError::Kind::missingSource:
         return localized("找不到待压缩录音：%@", {path});
-    case Kind::missingOutput:
+    case CompressionError::Kind::missingOutput:
         return localized("压缩完成但找不到 M4A 文件：%@", {path});
-    case Kind::missingOutputSize:
+    case CompressionError::Kind::missingOutputSize:
         return localized("无法读取 M4A 文件大小：%@", {path});
     }
     return path;
@@ -53,7 +52,7 @@ Task<RecordingMetadata> RecordingAudioCompressor::compressWAVToM4A(RecordingMeta
                                                                    std::stop_token stop) {
     const std::filesystem::path source(recording.filePath);
     if (!files_.exists(source))
-        throw CompressionError(Kind::missingSource, source.string());
+        throw CompressionError(CompressionError::Kind::missingSource, source.string());
     const auto destination = destinationOf(source);
     {
         Task<void> transcoding =
@@ -76,12 +75,12 @@ Task<RecordingMetadata> RecordingAudioCompressor::compressWAVToM4A(RecordingMeta
 std::int64_t RecordingAudioCompressor::checkedSize(const RecordingMetadata& recording,
                                                    const std::filesystem::path& output) {
     if (!files_.exists(output))
-        throw CompressionError(Kind::missingOutput, output.string());
+        throw CompressionError(CompressionError::Kind::missingOutput, output.string());
     std::uint64_t size = 0;
     try {
         size = files_.size(output);
     } catch (const std::system_error&) {
-        throw CompressionError(Kind::missingOutputSize, output.string());
+        throw CompressionError(CompressionError::Kind::missingOutputSize, output.string());
     }
     if (!lastsAsLong(recording, output))
         discard(output, output.string());

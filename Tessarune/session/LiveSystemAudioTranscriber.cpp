@@ -1,5 +1,6 @@
 #include "Tessarune/session/LiveSystemAudioTranscriber.h"
 
+#include "TessaruneCore/LocalizedError.h"
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
 
@@ -7,18 +8,6 @@
 #include <utility>
 
 namespace tessarune {
-
-namespace {
-
-std::string localizedDescription(const std::exception_ptr& failure) {
-    try {
-        std::rethrow_exception(failure);
-    } catch (const std::exception& error) {
-        return error.what();
-    }
-}
-
-} // namespace
 
 std::shared_ptr<LiveSystemAudioTranscriber>
 LiveSystemAudioTranscriber::make(Environment environment) {

@@ -1,6 +1,7 @@
 #include "Tessarune/audio/RecognitionPermissionGate.h"
 #include "Tessarune/session/LiveCaptionUserMessages.h"
 #include "Tessarune/session/LiveTranscriptStore.h"
+#include "TessaruneCore/LocalizedError.h"
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
@@ -10,14 +11,6 @@
 namespace tessarune {
 
 namespace {
-
-std::string localizedDescription(const std::exception_ptr& failure) {
-    try {
-        std::rethrow_exception(failure);
-    } catch (const std::exception& error) {
-        return error.what();
-    }
-}
 
 bool isCancellation(const std::exception_ptr& failure) {
     try {

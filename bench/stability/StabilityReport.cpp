@@ -19,7 +19,7 @@ struct Column {
     std::string_view group;
     std::string_view name;
 };
-constexpr Column columns[] = {
+constexpr Column reportColumns[] = {
     {"", ""},
     {"updates", "per word"},
     {"erased", "printed"},
@@ -66,7 +66,7 @@ Cells cells(const StabilityRow& row) {
 
 std::string aligned(const std::vector<Cells>& lines) {
     std::string text;
-    std::vector<std::size_t> widths(std::size(columns), 0);
+    std::vector<std::size_t> widths(std::size(reportColumns), 0);
     for (const Cells& line : lines) {
         for (std::size_t i = 0; i < line.size(); ++i)
             widths[i] = std::max(widths[i], Text::columns(line[i]));
@@ -86,7 +86,7 @@ std::string aligned(const std::vector<Cells>& lines) {
 
 std::string StabilityReport::table() const {
     std::vector<Cells> lines(2);
-    for (const Column& column : columns) {
+    for (const Column& column : reportColumns) {
         lines[0].emplace_back(column.group);
         lines[1].emplace_back(column.name);
     }

@@ -8,7 +8,7 @@ namespace {
 
 using simulation::TranslatedLiveSession;
 using Answer = testing::ScriptedTranslationService::Answer;
-using Status = TranslationAvailabilityStatus;
+using Availability = TranslationAvailabilityStatus;
 using Strings = std::vector<std::string>;
 
 TEST(LiveSessionTranslationTests, ASessionIsTranslatedPreviewedAndSavedInBothLanguages) {
@@ -32,7 +32,7 @@ TEST(LiveSessionTranslationTests, ASessionIsTranslatedPreviewedAndSavedInBothLan
 
 TEST(LiveSessionTranslationTests, MissingLanguageFilesAreSaidAndNeverDownloaded) {
     TranslatedLiveSession session;
-    session.service->pairs["en-US->fr-FR"] = {Status::supported, false, true, {}};
+    session.service->pairs["en-US->fr-FR"] = {Availability::supported, false, true, {}};
     session.begin();
     session.say(true, "One is said.");
     EXPECT_TRUE(session.store->translationPreparationDisplayState->preparing);

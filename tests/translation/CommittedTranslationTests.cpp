@@ -12,7 +12,7 @@ using testing::serviceError;
 using Status = TranslationAvailabilityStatus;
 using Strings = std::vector<std::string>;
 
-constexpr const char* pairName = "en-US->fr-FR";
+constexpr const char* pairKey = "en-US->fr-FR";
 
 struct CommittedTranslationTests : ::testing::Test, testing::TranslatedSession {
     void answerWith(std::vector<std::optional<TranslationError>> errors, double delay = 0) {
@@ -28,8 +28,8 @@ struct CommittedTranslationTests : ::testing::Test, testing::TranslatedSession {
 };
 
 TEST_F(CommittedTranslationTests, SentencesAreTranslatedInOrderWhileNewOnesCome) {
-    service->pairs[pairName].preparation.delay = 1;
-    service->pairs[pairName].isReady = false;
+    service->pairs[pairKey].preparation.delay = 1;
+    service->pairs[pairKey].isReady = false;
     service->answer = [](auto&) { return ScriptedTranslationService::Answer{0.5, std::nullopt}; };
     commit({"One."});
     EXPECT_TRUE(isPreparing());
@@ -148,7 +148,7 @@ TEST_F(CommittedTranslationTests, FailuresInARowRebuildThePairAndThenWarn) {
         EXPECT_EQ(shown().back(), "!no");
     }
     const auto calls = service->takeCalls();
-    EXPECT_EQ(std::count(calls.begin(), calls.end(), std::string("session ") + pairName), 1);
+    EXPECT_EQ(std::count(calls.begin(), calls.end(), std::string("session ") + pairKey), 1);
 
     commit({"Better."});
     settle();
@@ -174,7 +174,7 @@ TEST_F(CommittedTranslationTests, AFailedRecoveryGoesOnOrTellsTheUser) {
     };
     for (const auto& c : cases) {
         rows.clear();
-        service->pairs[pairName] = {};
+        service->pairs[pairKey] = {};
         translation->retryIncompleteTranslations();
         commit({"Warm up."});
         settle();
@@ -182,7 +182,7 @@ TEST_F(CommittedTranslationTests, AFailedRecoveryGoesOnOrTellsTheUser) {
         commit({"One.", "Two.", "Three.", "Four."});
         onChange = [&](auto&) { // at the failure that asks for the recovery
             if (rows.back().translationError == std::nullopt && rows[3].translationError)
-                service->pairs[pairName] = c.pair;
+                service->pairs[pairKey] = c.pair;
         };
         settle();
         EXPECT_EQ(shown().back(), c.last);
@@ -213,7 +213,7 @@ TEST_F(CommittedTranslationTests, WhatTheUserMustDoIsSaidInTheTargetsLanguage) {
 }
 
 TEST_F(CommittedTranslationTests, APairThatIsStillToBeDownloadedHoldsTheQueueWithoutFailures) {
-    service->pairs[pairName] = {Status::supported, false, true, {30, std::nullopt}};
+    service->pairs[pairKey] = {Status::supported, false, true, {30, std::nullopt}};
     commit({"One."});
     host.advanceBy(20);
     commit({"Two."});
@@ -249,7 +249,7 @@ TEST_F(CommittedTranslationTests, ThePreparationIsTriedFiveTimesASecondApart) {
     };
     for (const auto& c : cases) {
         testing::TranslatedSession session;
-        session.service->pairs[pairName] = c.pair;
+        session.service->pairs[pairKey] = c.pair;
         session.commit({"One."});
         session.host.advanceBy(3.5);
         EXPECT_TRUE(session.isPreparing() || c.attempts == 0);

@@ -20,10 +20,6 @@ constexpr int mostChannels = 64;
 /// Packets in a row that give no sound before the file counts as damaged.
 constexpr int mostFailuresInARow = 200;
 
-[[noreturn]] void fail(Kind kind, const std::filesystem::path& path, const std::string& why) {
-    throw MediaFileError(kind, path.string() + ": " + why);
-}
-
 class FFmpegMediaFile final : public MediaFile {
   public:
     explicit FFmpegMediaFile(const std::filesystem::path& path)

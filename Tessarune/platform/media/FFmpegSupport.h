@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Tessarune/audio/MediaFile.h"
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
@@ -8,6 +10,7 @@ extern "C" {
 #include <libswresample/swresample.h>
 }
 
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -41,6 +44,11 @@ inline std::string words(int error) {
     char text[AV_ERROR_MAX_STRING_SIZE] = {};
     av_strerror(error, text, sizeof text);
     return text;
+}
+
+[[noreturn]] inline void fail(MediaFileError::Kind kind, const std::filesystem::path& path,
+                              const std::string& why) {
+    throw MediaFileError(kind, path.string() + ": " + why);
 }
 
 /// Keeps the library from writing to standard error; failures reach the user as exceptions.

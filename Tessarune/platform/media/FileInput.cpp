@@ -17,10 +17,6 @@ using Kind = MediaFileError::Kind;
 
 constexpr int bufferBytes = 64 * 1024;
 
-[[noreturn]] void fail(Kind kind, const std::filesystem::path& path, const std::string& why) {
-    throw MediaFileError(kind, path.string() + ": " + why);
-}
-
 } // namespace
 
 FileInput::FileInput(const std::filesystem::path& path) {

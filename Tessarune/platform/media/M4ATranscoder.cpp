@@ -21,10 +21,6 @@ using Kind = MediaFileError::Kind;
 
 constexpr double progressStep = 0.005;
 
-[[noreturn]] void fail(Kind kind, const std::filesystem::path& path, const std::string& why) {
-    throw MediaFileError(kind, path.string() + ": " + why);
-}
-
 /// One M4A file that is being written. Dropped before `finish` it leaves a file without an index.
 class M4AWriter {
   public:

@@ -8,7 +8,7 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-std::string words(int count) {
+std::string wordsOf(int count) {
     Texts all(static_cast<std::size_t>(count), "word");
     return Text::joined(all, " ");
 }
@@ -80,20 +80,20 @@ TEST(HeuristicBoundaryEngineTests, AFirstPartialIsDividedAndExplained) {
          "as ever",
          "clausePunctuation:,"},
         {"a piece that is cut for its length",
-         words(28) + " " + words(9),
+         wordsOf(28) + " " + wordsOf(9),
          live(),
          {},
-         {words(28)},
-         words(9),
+         {wordsOf(28)},
+         wordsOf(9),
          "maxWords:28"},
         {"a comma by chance gives what the count gives",
-         words(27) + " word, " + words(9),
+         wordsOf(27) + " word, " + wordsOf(9),
          {.segment = true},
          {},
-         {words(27) + " word,"},
-         words(9),
+         {wordsOf(27) + " word,"},
+         wordsOf(9),
          "maxWords:28"},
-        {"an unfinished tail gives no reason", words(27), live(), {}, {}, words(27), ""},
+        {"an unfinished tail gives no reason", wordsOf(27), live(), {}, {}, wordsOf(27), ""},
         {"characters",
          "一二三四五六七八九十一二三四五",
          {.segment = true, .maxUnpunctuatedWords = 2, .boundaryUnit = BoundaryUnit::characters},

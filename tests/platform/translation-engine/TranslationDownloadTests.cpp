@@ -14,12 +14,12 @@ namespace {
 class TranslationDownloadTest : public TranslationFixture {
   protected:
     TranslationDownloadTest() : TranslationFixture({}) {
-        const TranslationCatalogueSource source = TranslationCatalogueSource::ofEngine();
+        const TranslationCatalogueSource engine = TranslationCatalogueSource::ofEngine();
         const auto path = [](const std::string& url) {
             return "/" + url.substr(url.find("://") + 3);
         };
-        records_ = path(source.records);
-        attachments_ = path(source.attachments) + "/";
+        records_ = path(engine.records);
+        attachments_ = path(engine.attachments) + "/";
     }
 
     /// Serves a model from English to `target`, and a list that has nothing else.
