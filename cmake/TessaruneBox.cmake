@@ -42,3 +42,19 @@ function(tessarune_test target)
   endif()
   gtest_discover_tests(${target} DISCOVERY_MODE PRE_TEST PROPERTIES ${properties})
 endfunction()
+
+# tessarune_program(<target>)
+#
+# For a program that users get: its debug information moves into <target>.debug beside it, where
+# debuggers look for it.
+function(tessarune_program target)
+  if(NOT CMAKE_BUILD_TYPE STREQUAL "RelWithDebInfo")
+    return()
+  endif()
+  set(program "$<TARGET_FILE:${target}>")
+  add_custom_command(TARGET ${target} POST_BUILD VERBATIM
+    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug "${program}" "${program}.debug"
+    COMMAND ${CMAKE_OBJCOPY} --strip-debug "${program}"
+    COMMAND ${CMAKE_COMMAND} -E chdir "$<TARGET_FILE_DIR:${target}>"
+      ${CMAKE_OBJCOPY} "--add-gnu-debuglink=$<TARGET_FILE_NAME:${target}>.debug" "${program}")
+endfunction()
