@@ -12,7 +12,7 @@ namespace {
 
 using RowIterator = CaptionCore::Rows::const_iterator;
 
-/// A list that lives for hours and is never cut would stand half empty if it doubled.
+/// Doubling would leave a list that only grows, for hours, up to half empty.
 void append(CaptionCore::Rows& rows, const CaptionSegment& row) {
     constexpr std::size_t smallest = 64;
     if (rows.size() == rows.capacity())
@@ -29,8 +29,8 @@ CaptionCore::consumeMeta(const Sentences& sentences, const std::vector<std::int6
     metas.reserve(sentences.size());
     for (std::size_t i = 0; i < sentences.size(); ++i) {
         SegmentMeta meta;
-        // Words count through the whole utterance: what is skipped as a duplicate later uses up its
-        // positions too.
+        // Word positions count through the whole utterance, including sentences that are skipped as
+        // duplicates later.
         auto k = static_cast<std::size_t>(tracker_.committedWordCount);
         for (const std::string_view word : Text::splitAtBlanks(sentences[i])) {
             WordEvent event;
@@ -48,7 +48,7 @@ CaptionCore::consumeMeta(const Sentences& sentences, const std::vector<std::int6
         }
         if (!meta.words.empty())
             meta.firstSeenAt = meta.words.front().firstSeenAt;
-        // A sentence that never stood among the leading ones has the changes of the tail.
+        // A sentence that was never a leading one takes the tail's change count.
         meta.revisionCount = i < churn.size() ? churn[i] : tracker_.tailChangeCount;
         tracker_.committedWordCount = static_cast<std::int64_t>(k);
         metas.push_back(std::move(meta));
@@ -92,8 +92,8 @@ CaptionCore::Rows CaptionCore::commitSentences(const Sentences& sentences, Freez
     return added;
 }
 
-/// The longest beginning of `keys` that equals the end of what is committed, row for row, where
-/// `mayMatch` allows those last rows to count.
+/// The length of the longest prefix of `keys` that equals a suffix of the committed rows, counting
+/// only rows that `mayMatch` accepts.
 template <typename MayMatch>
 std::size_t CaptionCore::overlapPrefixCount(const Sentences& keys, MayMatch mayMatch) const {
     const Rows& rows = *committedSegments;
@@ -120,7 +120,7 @@ std::size_t CaptionCore::committedOverlapPrefixCount(const Sentences& sentences,
         return recentLocalAgreementOverlapPrefixCount(sentences, t);
     if (kind != FreezeKind::engine)
         return 0;
-    // A final may confirm a freeze of any age; finals do not suppress finals.
+    // A final may confirm a freeze of any age; a final never suppresses another final.
     return overlapPrefixCount(SentenceStabilityKey::normalize(sentences),
                               [](RowIterator first, RowIterator last) {
                                   return std::any_of(first, last, [](const CaptionSegment& row) {

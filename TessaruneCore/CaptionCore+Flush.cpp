@@ -53,7 +53,7 @@ void CaptionCore::flushPartial() {
     commitFrozen(text, decision, cfg);
     SoftStep soft = advanceSoftCaptions(decision, cfg);
 
-    // A commit does not exempt from this: what is open may look as before.
+    // This applies after a commit, too: the open text may be unchanged.
     if (!isNewUtterance && showsAlready(soft, decision.leading)) {
         report(onActivity, Activity::partialDeduped);
         return;
@@ -146,7 +146,7 @@ bool CaptionCore::showsAlready(const SoftStep& soft, const Sentences& leading) c
 void CaptionCore::setLiveLeading(const Sentences& sentences) {
     const Rows& shown = *liveLeadingSentences;
     if (sentences.size() == shown.size()) {
-        // In place, so that a display can animate the change and an unchanged list is silent.
+        // Edit in place: a display can animate the change, and an unchanged list is not announced.
         for (std::size_t i = 0; i < sentences.size(); ++i) {
             if (!Text::equal(shown[i].sourceText, sentences[i]))
                 liveLeadingSentences.mutate([&](Rows& rows) { rows[i].sourceText = sentences[i]; });

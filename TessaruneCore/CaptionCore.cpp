@@ -12,7 +12,7 @@ namespace tessarune {
 
 namespace {
 
-/// Partials come at any rate; the expensive work runs at most this often, in seconds.
+/// The minimum time between two flushes, in seconds; partials arrive at any rate.
 constexpr double partialMinInterval = 0.06;
 constexpr std::size_t maxDebugEvents = 300;
 
@@ -53,7 +53,7 @@ void CaptionCore::ingest(const ASREvent& event) {
 }
 
 void CaptionCore::ingestPartial(const ASREvent::Partial& partial) {
-    // A recogniser that clears its guess does not clear the caption.
+    // An empty partial does not clear the caption.
     const std::string_view text = Text::trimmed(partial.text);
     if (text.empty())
         return;
@@ -86,7 +86,7 @@ void CaptionCore::ingestFinal(const ASREvent::Final& final) {
     if (text.empty())
         return;
     pendingPartial_.reset();
-    // While the tracker still knows what was shown.
+    // Must run while the tracker still knows what was on screen.
     emitCorrectionObservation(text);
 
     const Config cfg = config_();
@@ -97,7 +97,7 @@ void CaptionCore::ingestFinal(const ASREvent::Final& final) {
         report(onBoundaryDecision, {BoundaryObservation::Phase::final, now_(), text, decision});
 
     tracker_.alignWords(text, final.end);
-    // Timings that do not line up with the words of the text are worth nothing.
+    // Timings that do not match the words of the text are useless.
     const bool timingsFit = final.words && final.words->size() == Text::countOfBlankSeparated(text);
     const auto meta = consumeMeta(decision.hardPieces, tracker_.leadingChangeCounts,
                                   timingsFit ? &*final.words : nullptr);
@@ -188,7 +188,7 @@ CaptionSegment CaptionCore::freshPartial(double startedAt) const {
 }
 
 std::int64_t CaptionCore::nextRevision() const {
-    // A recogniser's revision is taken over as it is, so the last number can come up.
+    // The recogniser's revision is adopted as it is, so it may equal the last one.
     return revision_ == std::numeric_limits<std::int64_t>::max() ? revision_ : revision_ + 1;
 }
 
@@ -204,7 +204,7 @@ void CaptionCore::resetSoftCaptions(SoftCaptionObservation::Phase phase, std::st
     softCaptionTracker_.clear();
     if (!softCaptionSegments->empty())
         softCaptionSegments = Rows();
-    // Every reset is reported, also one that found nothing.
+    // Every reset is reported, even one that changes nothing.
     if (!onSoftCaptionChange || (!hadAny && phase == SoftCaptionObservation::Phase::partial))
         return;
     SoftCaptionObservation observation = softCaptionObservation(phase, used);
@@ -225,7 +225,7 @@ SoftCaptionObservation CaptionCore::softCaptionObservation(SoftCaptionObservatio
 
 void CaptionCore::emitPartialBoundaryObservation(const std::string& inputText,
                                                  const BoundaryDecision& decision) {
-    // An unchanged picture is not reported, however often it is computed.
+    // Unchanged state is not reported again.
     if (decision.hardPieces.empty() && Text::equal(decision.leading, lastBoundaryLeading_))
         return;
     lastBoundaryLeading_ = decision.leading;

@@ -27,18 +27,18 @@
 
 namespace tessarune {
 
-/// The state machine in the middle of the program: recognition events go in, four lists of caption
-/// text come out. It knows no sound, no window, no file and no clock; time and the one delayed call
-/// reach it through closures, so that it runs the same live and in a replay.
+/// The caption state machine: recognition events in, four lists of caption text out. It has no
+/// access to sound, windows, files or clocks. Time and the one delayed call come through closures,
+/// so it behaves the same live and in a replay.
 ///
-/// A text passes through the lists in one direction: `currentPartial`, then `softCaptionSegments`
-/// or `liveLeadingSentences`, then `committedSegments`. Until it is committed a rewrite by the
-/// recogniser can move it back. One flush changes the lists one after the other, committed rows
-/// first: whoever draws samples all four together, after the activity callback.
+/// Text moves through the lists in one direction: `currentPartial`, then `softCaptionSegments` or
+/// `liveLeadingSentences`, then `committedSegments`. Until it is committed, a rewrite by the
+/// recogniser can move it back. A flush updates the lists one after the other, committed rows
+/// first, so a view reads all four together after the activity callback.
 ///
-/// Confined to the main thread, without a lock. No operation fails. Callbacks run synchronously
-/// inside the operation that caused them, and must not call `ingest`. The cost of an event does not
-/// grow with the length of `committedSegments`, which is never cut.
+/// Main thread only, no locks. No operation fails. Callbacks run synchronously within the operation
+/// that causes them and must not call `ingest`. The cost of an event does not depend on the length
+/// of `committedSegments`, which is never truncated.
 class CaptionCore {
   public:
     struct Config {
@@ -74,29 +74,29 @@ class CaptionCore {
     using ConfigProvider = std::function<Config()>;
     using CapabilitiesProvider = std::function<EngineCapabilities()>;
     using Clock = std::function<double()>;
-    /// Runs the block on the main thread, not before the delay in seconds has passed.
+    /// Runs the block on the main thread after at least the given delay in seconds.
     using DelayedCallScheduler = std::function<void(double delay, Block block)>;
 
-    /// `config` and `caps` are asked afresh at each use, so a changed setting counts at once.
-    /// `wallClock` dates the debug events; without one they take `now`.
+    /// `config` and `caps` are called at each use, so changed settings take effect at once.
+    /// `wallClock` dates the debug events and defaults to `now`.
     CaptionCore(ConfigProvider config, CapabilitiesProvider caps, Clock now,
                 DelayedCallScheduler scheduleFlush, UUIDSource newUUID = UUID::random,
                 const Clock& wallClock = {});
     CaptionCore(const CaptionCore&) = delete;
     CaptionCore& operator=(const CaptionCore&) = delete;
 
-    /// A core on the clock and the main queue of `host`, which outlives it.
+    /// A core that uses the clock and main queue of `host`, which must outlive it.
     static CaptionCore onHost(ConfigProvider config, CapabilitiesProvider caps, Host& host,
                               UUIDSource newUUID = UUID::random);
 
-    // What happens to the text. Each may be set or cleared at any time.
+    // Callbacks; each may be set or cleared at any time.
     std::function<void(const Rows&)> onCommit;
     std::function<void(Activity)> onActivity;
     std::function<void(const BoundaryObservation&)> onBoundaryDecision;
     std::function<void(const SoftCaptionObservation&)> onSoftCaptionChange;
     std::function<void(const CorrectionObservation&)> onCorrection;
 
-    // The lists. Their owner may assign them; the core never edits a committed row.
+    // The lists. The owner may assign them; the core never edits a committed row.
     Published<Rows> committedSegments;        ///< fixed rows, oldest first
     Published<Rows> liveLeadingSentences;     ///< complete sentences that may still change
     Published<Rows> softCaptionSegments;      ///< clauses of the open sentence that stood still
@@ -105,34 +105,33 @@ class CaptionCore {
     Published<std::int64_t> finalCount;       ///< rows committed by finals since `resetCounters`
     Published<DebugEvents> debugEvents;       ///< at most 300, newest last
 
-    /// The last revision given out.
+    /// The last revision number assigned.
     std::int64_t revision() const { return revision_; }
-    /// The words of committed rows. Emptied when `committedSegments` becomes empty, in no other
-    /// way.
+    /// The words of committed rows; cleared only when `committedSegments` becomes empty.
     const WordEvents& wordEvents() const { return wordEvents_; }
 
-    /// A partial replaces the one that waits and is flushed at most every 0.06 seconds; a final is
-    /// handled at once and ends the utterance.
+    /// A partial replaces the pending one and is flushed at most every 0.06 seconds. A final is
+    /// processed at once and ends the utterance.
     void ingest(const ASREvent& event);
 
-    /// Drops the partial that waits. A flush that is under way finds nothing.
+    /// Drops the pending partial; a scheduled flush then does nothing.
     void cancelPendingPartial();
 
-    /// Starts over with an open row that begins at `startedAt`. Counters and debug events stay.
+    /// Resets the state; the open row begins at `startedAt`. Keeps counters and debug events.
     void reset(double startedAt);
-    /// Forgets what is stable; rows and revision stay.
+    /// Resets stability tracking; keeps rows and revision.
     void resetFreezeState();
     void resetCounters();
     void clearDebugEvents();
     void logEvent(std::string_view kind, std::string_view text);
 
-    /// Ends a session: everything live becomes committed rows that end at `t`, except what repeats
-    /// rows committed just before. Returns the ids of the rows added. Neither counters nor
-    /// callbacks notice. Call `cancelPendingPartial` first.
+    /// Ends a session: commits everything live as rows that end at `t`, except repeats of the last
+    /// committed rows. Returns the ids of the new rows. Updates no counters and makes no callbacks.
+    /// Call `cancelPendingPartial` first.
     std::vector<UUID> sealLiveIntoHistory(double t);
 
     /// For a display that reveals text gradually: the first `count` characters of the open row are
-    /// on screen. A word keeps the time at which it was first revealed.
+    /// visible. A word keeps the time of its first reveal.
     void recordRevealedPrefix(std::int64_t count);
 
   private:
@@ -173,8 +172,7 @@ class CaptionCore {
     void emitPartialBoundaryObservation(const std::string& inputText,
                                         const BoundaryDecision& decision);
     void emitCorrectionObservation(const std::string& finalText);
-    /// Calls `callback` if it is set; the copy keeps its code alive if it clears or replaces
-    /// itself.
+    /// Calls `callback` if it is set. The copy stays alive if the callback replaces itself.
     template <typename Argument>
     static void report(const std::function<void(Argument)>& callback,
                        std::type_identity_t<Argument> argument) {
@@ -182,7 +180,7 @@ class CaptionCore {
             current(argument);
     }
 
-    // CaptionCore+Flush.cpp: from the newest partial to the lists
+    // CaptionCore+Flush.cpp: updates the lists from the newest partial
     void flushPartial();
     bool utteranceIsOver() const;
     void beginUtterance(double timestamp, const Config& cfg);
@@ -192,7 +190,7 @@ class CaptionCore {
     bool showsAlready(const SoftStep& soft, const Sentences& leading) const;
     void setLiveLeading(const Sentences& sentences);
 
-    // CaptionCore+Commit.cpp: committed rows and what keeps a sentence from appearing twice
+    // CaptionCore+Commit.cpp: committed rows and duplicate suppression
     std::vector<SegmentMeta> consumeMeta(const Sentences& sentences,
                                          const std::vector<std::int64_t>& churn,
                                          const std::vector<ASRWordTiming>* audioTimings);
@@ -224,7 +222,7 @@ class CaptionCore {
     bool partialFlushScheduled_ = false;
     double lastPartialFlush_ = 0;
 
-    /// What the delayed block holds weakly: expired once the core is gone.
+    /// Held weakly by the delayed block; expires with the core.
     std::shared_ptr<CaptionCore*> self_;
 };
 

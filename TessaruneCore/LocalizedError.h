@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// A failure that can be shown: its texts are localised. `domain` and `code` name it in logs.
+/// A failure with localised texts for the user. `domain` and `code` identify it in logs.
 class LocalizedError : public std::exception {
   public:
     LocalizedError(std::string errorDescription, std::string domain, std::int64_t code,
@@ -20,7 +20,7 @@ class LocalizedError : public std::exception {
     const std::string& errorDescription() const { return errorDescription_; }
     const std::string& domain() const { return domain_; }
     std::int64_t code() const { return code_; }
-    /// Why, where more is known than the description says.
+    /// The cause, where more is known than the description says.
     const std::optional<std::string>& failureReason() const { return failureReason_; }
 
     const char* what() const noexcept override { return errorDescription_.c_str(); }
@@ -32,7 +32,7 @@ class LocalizedError : public std::exception {
     std::optional<std::string> failureReason_;
 };
 
-/// What a failure says of itself.
+/// The description of a caught exception.
 inline std::string localizedDescription(const std::exception_ptr& failure) {
     try {
         std::rethrow_exception(failure);

@@ -10,14 +10,14 @@
 
 namespace tessarune {
 
-/// A 128-bit identity (RFC 9562, version 4). Its text form has upper-case digits.
+/// A 128-bit identifier (RFC 9562, version 4). Its text form has upper-case digits.
 struct UUID {
     std::array<std::uint8_t, 16> bytes{};
 
-    /// A new random identity. Any thread.
+    /// A new random identifier. Any thread.
     static UUID random();
 
-    /// From 36 characters of the form 8-4-4-4-12, in either case.
+    /// Parses 36 characters of the form 8-4-4-4-12, in either case.
     static std::optional<UUID> parse(std::string_view text);
 
     std::string text() const;
@@ -25,11 +25,11 @@ struct UUID {
     auto operator<=>(const UUID&) const = default;
 };
 
-/// Where new identities come from. The program uses `UUID::random`; a replay counts, so that the
-/// same log gives the same bytes.
+/// A source of new identifiers. The program uses `UUID::random`; a replay counts, so the same log
+/// gives the same bytes.
 using UUIDSource = std::function<UUID()>;
 
-/// Identities 1, 2, 3, … in the form of version 4.
+/// Identifiers 1, 2, 3, … in the form of version 4.
 UUIDSource countingUUIDSource();
 
 } // namespace tessarune

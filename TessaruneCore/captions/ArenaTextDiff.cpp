@@ -12,7 +12,7 @@ namespace {
 
 using Characters = std::vector<std::string_view>;
 
-/// Lengths of the longest common subsequences of all beginnings of two texts.
+/// Lengths of the longest common subsequences of all pairs of prefixes of two texts.
 class Table {
   public:
     Table(const Characters& a, const Characters& b)
@@ -36,7 +36,7 @@ struct Step {
     std::string_view character;
 };
 
-/// From the end of both texts to their beginning.
+/// Walks the table from the end of both texts to their beginning.
 std::vector<Step> stepsBackwards(const Characters& a, const Characters& b) {
     Table table(a, b);
     std::vector<Step> steps;

@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// A boundary decision that changed something, as the core reports it.
+/// A boundary decision that changed the captions, as the core reports it.
 struct BoundaryObservation {
     enum class Phase { partial, final };
 

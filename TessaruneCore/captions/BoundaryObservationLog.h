@@ -24,22 +24,22 @@ struct BoundaryObservationRecord {
 
     explicit BoundaryObservationRecord(BoundaryObservation observation);
 
-    /// As a JSON object without a line feed, with every key; nothing if `t` is no number.
+    /// A JSON object without a line feed that has every key; `nullopt` if `t` is not finite.
     std::optional<std::string> line() const;
 };
 
-/// The file that tells why sentences were cut where they were.
+/// Log of boundary decisions: why sentences were cut where they were.
 namespace BoundaryObservationLog {
 
-/// Writes one record a line; see `LineLogWriter` for threads and failures.
+/// Writes one record per line; see `LineLogWriter` for threads and failures.
 class Writer {
   public:
-    /// Creates the file, or empties the one that is there. Null if it can't be opened.
+    /// Creates or truncates the file. Null if it cannot be opened.
     static std::unique_ptr<Writer> open(Host& host, const std::filesystem::path& path);
 
     /// Returns at once.
     void append(BoundaryObservation observation);
-    /// Waits for what was appended before, and closes the file.
+    /// Writes what is queued, then closes the file.
     void close() { lines_->close(); }
 
   private:

@@ -19,7 +19,7 @@ std::string reasonsOf(const BoundaryDecision& decision) {
     return Text::joined(values, ", ");
 }
 
-/// The newest text, the more settled the better.
+/// The newest text of the most settled kind that there is.
 std::string_view newestText(const BoundaryDecision& decision) {
     for (const auto* pieces : {&decision.hardPieces, &decision.softPieces, &decision.leading}) {
         if (!pieces->empty())

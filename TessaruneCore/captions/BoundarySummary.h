@@ -4,7 +4,7 @@
 
 #include <string>
 
-/// One line about a boundary decision, for the diagnostics display. Pure.
+/// One line that describes a boundary decision, for the diagnostics display. Pure.
 namespace tessarune::BoundarySummary {
 
 std::string text(const BoundaryObservation& observation);

@@ -12,7 +12,7 @@ bool equal(const std::optional<std::string>& a, const std::optional<std::string>
     return a && b ? Text::equal(*a, *b) : a.has_value() == b.has_value();
 }
 
-/// All fields that are no texts.
+/// All fields except texts.
 auto plainFields(const CaptionSegment& s) {
     return std::tie(s.id, s.translationUnitID, s.translationResultSegmentID, s.translationUnitIndex,
                     s.translationUnitCount, s.revision, s.state, s.freezeKind, s.startedAt,

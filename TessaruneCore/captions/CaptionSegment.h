@@ -11,7 +11,7 @@ namespace tessarune {
 
 enum class CaptionSegmentState { partial, final };
 
-/// How a row became fixed.
+/// How a row was frozen.
 enum class FreezeKind {
     none,
     soft,  ///< shown, but not committed and perhaps withdrawn
@@ -21,11 +21,11 @@ enum class FreezeKind {
 
 std::string_view name(CaptionSegmentState state);
 std::string_view name(FreezeKind kind);
-/// The mark behind a row's text in plain listings; empty for `none`.
+/// The suffix that marks a row in plain listings; empty for `none`.
 std::string_view markerSuffix(FreezeKind kind);
 
-/// One row of caption text: the value that the whole program shares. Texts are compared by
-/// canonical equivalence.
+/// One row of caption text, the value type that the whole program shares. Equality compares texts
+/// by canonical equivalence.
 struct CaptionSegment {
     UUID id; ///< identity for display, translation and history; never changes
     std::string sourceText;
@@ -38,8 +38,8 @@ struct CaptionSegment {
     std::int64_t revision = 0; ///< the core's revision when the row was last written
     CaptionSegmentState state = CaptionSegmentState::partial;
     FreezeKind freezeKind = FreezeKind::none;
-    /// Seconds: the core's clock for rows committed from a partial, the recogniser's times for rows
-    /// committed from a final.
+    /// Seconds. Rows committed from a partial use the core's clock, rows committed from a final the
+    /// recogniser's times.
     double startedAt = 0;
     std::optional<double> endedAt;
     std::optional<double> committedAt; ///< seconds since 1970; absent in sealed rows

@@ -10,7 +10,7 @@ namespace tessarune::CorrectionDiff {
 
 namespace {
 
-/// Two rows of the table are enough for the length alone.
+/// Two rows of the dynamic-programming table suffice, as only the length is needed.
 std::int64_t longestCommonSubsequence(const std::vector<std::string>& a,
                                       const std::vector<std::string>& b) {
     std::vector<std::int64_t> above(b.size() + 1, 0);

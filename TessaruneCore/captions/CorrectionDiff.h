@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-/// How many words of a shown text a final kept. Pure functions; time grows with the
-/// product of the two lengths.
+/// How many words of a text on screen a final kept. Pure functions; time is O(n·m) in the two
+/// lengths.
 namespace tessarune::CorrectionDiff {
 
 struct WordCounts {
@@ -17,11 +17,11 @@ struct WordCounts {
     bool operator==(const WordCounts&) const = default;
 };
 
-/// By the longest common subsequence of the normalised words.
+/// Counts kept words as the longest common subsequence of the normalised words.
 WordCounts wordCounts(std::string_view shown, std::string_view final);
 
-/// The lower-case pieces between blanks, letters and numbers only, empty ones dropped. Canonical:
-/// words that are equivalent are the same bytes.
+/// The blank-separated words in lower case, reduced to letters and numbers; empty ones are dropped.
+/// Words are normalised (NFC): canonically equivalent words are the same bytes.
 std::vector<std::string> normalizedWords(std::string_view text);
 
 } // namespace tessarune::CorrectionDiff

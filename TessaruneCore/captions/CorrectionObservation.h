@@ -5,7 +5,7 @@
 
 namespace tessarune {
 
-/// What a final corrected of the text that was last on screen.
+/// How a final differs from the text that was last on screen.
 struct CorrectionObservation {
     double t = 0;                  ///< the core's clock when the final arrived
     std::string shownText;         ///< leading sentences and tail, joined with one blank

@@ -12,22 +12,22 @@ namespace tessarune {
 
 /// One line of a correction log: the observation, field by field.
 struct CorrectionObservationRecord : CorrectionObservation {
-    /// As a JSON object without a line feed; nothing if `t` is no number.
+    /// A JSON object without a line feed; `nullopt` if `t` is not finite.
     std::optional<std::string> line() const;
 };
 
-/// The file that tells how much of the text shown was wrong.
+/// Log of what finals corrected: how much of the text on screen was wrong.
 namespace CorrectionObservationLog {
 
-/// Writes one record a line; see `LineLogWriter` for threads and failures.
+/// Writes one record per line; see `LineLogWriter` for threads and failures.
 class Writer {
   public:
-    /// Creates the file, or empties the one that is there. Null if it can't be opened.
+    /// Creates or truncates the file. Null if it cannot be opened.
     static std::unique_ptr<Writer> open(Host& host, const std::filesystem::path& path);
 
     /// Returns at once.
     void append(CorrectionObservation observation);
-    /// Waits for what was appended before, and closes the file.
+    /// Writes what is queued, then closes the file.
     void close() { lines_->close(); }
 
   private:

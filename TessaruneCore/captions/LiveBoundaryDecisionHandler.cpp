@@ -10,7 +10,7 @@ namespace tessarune::LiveBoundaryDecisionHandler {
 
 namespace {
 
-/// Shorter sentences are left to the recogniser.
+/// For shorter sentences the recogniser is not interrupted.
 constexpr std::size_t minSentenceWords = 3;
 
 template <typename Case>
@@ -19,7 +19,7 @@ bool contains(const std::vector<BoundaryReason>& reasons) {
                        [](const BoundaryReason& reason) { return reason.is<Case>(); });
 }
 
-/// In what is complete but not fixed: fixed pieces need no final any more.
+/// Counts only pieces that are complete but not frozen; frozen pieces need no final.
 std::size_t countOfOpenWords(const BoundaryDecision& decision) {
     std::vector<std::string> pieces = decision.leading;
     pieces.insert(pieces.end(), decision.softPieces.begin(), decision.softPieces.end());

@@ -7,8 +7,8 @@
 
 namespace tessarune::LiveBoundaryDecisionHandler {
 
-/// Whether a boundary decision is worth asking the recogniser for an early final, and the reason to
-/// give it; nothing if not. `appleAnalyzerEarlyFinalize` is the setting of that name. Pure.
+/// The reason to ask the recogniser for an early final after this boundary decision, or `nullopt`
+/// if it should not be asked. `appleAnalyzerEarlyFinalize` is the setting of that name. Pure.
 std::optional<std::string> engineFinalizationReason(const BoundaryObservation& observation,
                                                     bool appleAnalyzerEarlyFinalize);
 

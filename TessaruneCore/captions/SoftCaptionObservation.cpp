@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// In the order of the cases.
+/// In the order of the enumerators.
 constexpr std::array<std::string_view, 5> phaseNames = {"partial", "reset", "hardLock",
                                                         "engineFinal", "seal"};
 

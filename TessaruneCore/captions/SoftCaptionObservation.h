@@ -7,9 +7,9 @@
 
 namespace tessarune {
 
-/// A change of the soft captions, for the diagnostics log.
+/// One change to the soft captions, for the diagnostics log.
 struct SoftCaptionObservation {
-    /// What brought the change about.
+    /// The cause of the change.
     enum class Phase { partial, reset, hardLock, engineFinal, seal };
 
     Phase phase = Phase::partial;
@@ -22,14 +22,14 @@ struct SoftCaptionObservation {
     std::optional<std::string> resetReason;
     std::string sample; ///< at most 120 characters plus "..."
 
-    /// Makes a `sample` of a text of any length.
+    /// Shortens a text to the length of `sample`.
     static std::string sampleOf(std::string_view text);
 
     bool operator==(const SoftCaptionObservation&) const;
 };
 
 std::string_view name(SoftCaptionObservation::Phase phase);
-/// Nothing for an unknown name.
+/// `nullopt` for an unknown name.
 std::optional<SoftCaptionObservation::Phase> softCaptionPhase(std::string_view name);
 
 } // namespace tessarune

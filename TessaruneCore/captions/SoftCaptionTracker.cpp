@@ -68,8 +68,8 @@ SoftCaptionTracker::Advance SoftCaptionTracker::advance(const std::vector<std::s
     return result;
 }
 
-/// Keeps the row at `position` if the text has its key, else puts a new one there. A change at one
-/// position does not disturb the clocks of its neighbours.
+/// Keeps the row at `position` if `text` has its key, otherwise replaces it. Neighbouring rows keep
+/// their clocks.
 void SoftCaptionTracker::place(std::size_t position, std::string_view text, double stableSeconds,
                                double now, const UUIDSource& newID) {
     const bool known = position < rows.size();

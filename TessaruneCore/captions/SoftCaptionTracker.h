@@ -11,9 +11,9 @@
 
 namespace tessarune {
 
-/// Follows the clauses of the open tail by position and says which have stood still long enough to
-/// be shown. Nothing commits them, and they may be withdrawn. Stability is judged on
-/// `SentenceStabilityKey`.
+/// Tracks the clauses of the open tail by position and shows those that have been stable long
+/// enough (soft captions). Soft captions are never committed and may be withdrawn. Two texts are
+/// the same if their `SentenceStabilityKey` is.
 struct SoftCaptionTracker {
     struct Row {
         UUID id; ///< also the identity of the caption row made from it
@@ -37,8 +37,8 @@ struct SoftCaptionTracker {
     bool isEmpty() const { return rows.empty() && visibleSnapshot.empty(); }
     void clear();
 
-    /// One step with the newest candidates. `newID` gives the identities of new rows, `revision`
-    /// goes into the segments.
+    /// Advances to the newest candidates. `newID` creates the identities of new rows; `revision` is
+    /// stored in the segments.
     Advance advance(const std::vector<std::string>& candidates, bool enabled, double stableSeconds,
                     double now, std::int64_t revision, const UUIDSource& newID);
 

@@ -18,7 +18,7 @@ std::vector<std::int64_t> UtteranceTracker::observe(std::string_view fullText,
                                                     std::size_t newlyFrozenCount, double t) {
     alignWords(fullText, t);
 
-    // What froze stood in front, and everything behind it moves up.
+    // Frozen sentences leave from the front, so the positions of all others shift.
     std::vector<std::int64_t> churn(newlyFrozenCount, 0);
     const auto counted =
         static_cast<std::ptrdiff_t>(std::min(newlyFrozenCount, leadingChangeCounts.size()));

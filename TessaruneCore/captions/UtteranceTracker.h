@@ -9,9 +9,9 @@
 
 namespace tessarune {
 
-/// Follows one utterance word by word and sentence by sentence: when each word was first seen, how
-/// often each leading sentence and the tail were rewritten. Words are what stands between blanks,
-/// matched by position only. Times are seconds of the core's clock.
+/// Tracks one utterance by word and by sentence: when each word was first seen, and how often each
+/// leading sentence and the tail were rewritten. Words are separated by blanks and matched by
+/// position only. Times are seconds on the core's clock.
 struct UtteranceTracker {
     std::vector<double> wordFirstSeen;               ///< per word of the whole utterance
     std::vector<std::optional<double>> wordRevealed; ///< per word, when it was first shown
@@ -21,11 +21,11 @@ struct UtteranceTracker {
     std::string prevTail;                          ///< of the last observation
     std::vector<std::string> prevDisplayLeading;   ///< likewise
 
-    /// Gives every word of `fullText` a time: new ones get `t`.
+    /// Records `t` as the first-seen time of every new word of `fullText`.
     void alignWords(std::string_view fullText, double t);
 
-    /// Takes in what is displayed now. Returns the change counts of the sentences that were frozen
-    /// from the front of the leading ones.
+    /// Updates to what is displayed now. Returns the change counts of the leading sentences that
+    /// were frozen.
     std::vector<std::int64_t> observe(std::string_view fullText,
                                       const std::vector<std::string>& displayLeading,
                                       std::string_view tail, std::size_t newlyFrozenCount,

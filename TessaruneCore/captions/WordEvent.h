@@ -5,7 +5,7 @@
 
 namespace tessarune {
 
-/// One word of a committed row, with the times that are known of it, in seconds.
+/// One word of a committed row with the times known for it, in seconds.
 struct WordEvent {
     std::string word;
     std::optional<double> firstSeenAt; ///< when a guess first had a word in its place

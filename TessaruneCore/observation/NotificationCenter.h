@@ -12,21 +12,21 @@
 
 namespace tessarune {
 
-/// What a notification is about: nothing in particular, a recording, or a file or folder.
+/// The subject of a notification: none, a recording, or a file or folder.
 using NotificationObject = std::variant<std::monostate, UUID, std::filesystem::path>;
 
-/// Tells those who asked that something has happened, by name, so that the one who tells need not
-/// know them.
+/// Delivers named notifications to all observers of that name, so that senders and receivers need
+/// not know each other.
 ///
 /// Any thread may post and observe. Handlers run on the posting thread before `post` returns, in
-/// the order in which they were added; a handler may observe, end an observation and post. An
+/// the order in which they were added. A handler may add and remove observations and may post. An
 /// `Observation` may outlive the center.
 class NotificationCenter {
   public:
     using Handler = std::function<void(const NotificationObject&)>;
 
-    /// Keeps a handler in place; dropping it takes the handler away. One that is running on another
-    /// thread at that moment runs to its end.
+    /// Owns a registration; its destructor removes the handler. A handler that is running on
+    /// another thread then still completes.
     class [[nodiscard]] Observation {
       public:
         Observation() = default;

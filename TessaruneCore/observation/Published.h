@@ -8,9 +8,9 @@
 
 namespace tessarune {
 
-/// A value whose changes can be observed. Observers run synchronously, in the order in which they
-/// were added: `onWillChange` before the value changes, `onDidChange` after. Every assignment
-/// counts as a change, also one of an equal value; whoever wants silence compares first.
+/// A value whose changes can be observed. Observers run synchronously in the order in which they
+/// were added: `onWillChange` before the value changes, `onDidChange` after. Every assignment is a
+/// change, even of an equal value; compare first to avoid a notification.
 ///
 /// Confined to one thread. An observer may add and remove observers, but not change the value.
 template <typename T>
@@ -34,7 +34,7 @@ class Published {
     const T& operator*() const { return value_; }
     const T* operator->() const { return &value_; }
 
-    /// Changes the value in place, as one change. For lists that are too long to copy.
+    /// Changes the value in place, with one notification. For lists that are too long to copy.
     template <typename Change>
     void mutate(Change change) {
         notify(willChange_);
@@ -51,7 +51,7 @@ class Published {
 
   private:
     using List = std::map<Token, Observer>;
-    /// Replaced and never changed, so that a list which is being called may get a successor.
+    /// Replaced, never modified, so that observers may be added and removed during a notification.
     using Observers = std::shared_ptr<const List>;
 
     template <typename Change>

@@ -9,7 +9,7 @@ namespace tessarune::CaptionReplay {
 
 namespace {
 
-/// The sign is written, not computed: a negative offset has both.
+/// The sign is always written: a negative offset shows both.
 std::string offset(const std::optional<double>& time, double t0) {
     return time ? "+" + Text::fixed(*time - t0, 2) : "—";
 }

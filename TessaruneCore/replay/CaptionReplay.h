@@ -9,9 +9,9 @@
 #include <string>
 #include <vector>
 
-/// Runs a recorded event log through a real `CaptionCore` on simulated time: how a change to the
-/// caption logic is judged against real sessions. No real time passes, and the same records with
-/// the same settings give the same output, identities included.
+/// Runs a recorded event log through a real `CaptionCore` in simulated time, to judge changes of
+/// the caption logic on real sessions. The same records with the same settings give the same
+/// output, including identifiers.
 namespace tessarune::CaptionReplay {
 
 struct Output {
@@ -23,16 +23,15 @@ struct Output {
     CaptionCore::Rows segments;
     CaptionCore::WordEvents wordEvents;
 
-    /// What a reader of the captions would have in front of them.
+    /// The captions as a reader sees them.
     std::string transcript() const;
 };
 
-/// Sees the core after each of its activities, when a display would draw. `t` is the simulated
-/// time.
+/// Called after each activity of the core, when a display would draw. `t` is the simulated time.
 using Observer =
     std::function<void(const CaptionCore& core, CaptionCore::Activity activity, double t)>;
 
-/// `records` in the order in which the log's reader gives them.
+/// `records` are in the order of the log's reader.
 Output run(const std::vector<ASREventRecord>& records, const CaptionCore::Config& config,
            const EngineCapabilities& caps, const Observer& observer = {});
 

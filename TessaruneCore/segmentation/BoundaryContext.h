@@ -6,7 +6,7 @@
 
 namespace tessarune {
 
-/// What a boundary engine is told with every text, so that a changed setting takes effect at once.
+/// The settings that a boundary engine gets with every text, so that changes take effect at once.
 struct BoundaryContext {
     EngineCapabilities caps{};
     bool segment = false;         ///< split text into sentences at all

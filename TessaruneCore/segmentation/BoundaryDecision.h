@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// What a boundary engine makes of one text.
+/// The result of a boundary engine for one text.
 struct BoundaryDecision {
     std::vector<std::string> softPieces{}; ///< clauses, for soft display only; never committed
     std::vector<std::string> hardPieces{}; ///< fixed by this decision, in reading order
@@ -15,7 +15,7 @@ struct BoundaryDecision {
     std::string tail{};                    ///< the unfinished rest
     std::vector<BoundaryReason> reasons{}; ///< each once, in the order in which they were first met
 
-    /// Texts by canonical equivalence.
+    /// Compares texts by canonical equivalence.
     bool operator==(const BoundaryDecision&) const;
 };
 

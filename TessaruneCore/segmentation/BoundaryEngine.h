@@ -7,18 +7,18 @@
 
 namespace tessarune {
 
-/// Seam: between recognised text and everything that depends on where sentences begin and end.
+/// Seam: decides where sentences begin and end in recognised text.
 ///
-/// Confined to its owner's thread; it has no clock of its own. No operation fails: empty text gives
+/// Confined to its owner's thread; it has no clock of its own. No operation fails; empty text gives
 /// an empty decision.
 class BoundaryEngine {
   public:
     virtual ~BoundaryEngine() = default;
 
-    /// Forgets what was seen.
+    /// Forgets all previous texts.
     virtual void reset() = 0;
 
-    /// `text` is the whole current guess of the utterance, `now` in seconds.
+    /// `text` is the whole current partial of the utterance; `now` is in seconds.
     virtual BoundaryDecision ingestPartial(std::string_view text, const BoundaryContext& context,
                                            double now) = 0;
 

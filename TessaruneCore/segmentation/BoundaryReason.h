@@ -6,7 +6,7 @@
 
 namespace tessarune {
 
-/// Why text was cut where it was cut.
+/// Why a text was cut at some place.
 struct BoundaryReason {
     struct Punctuation {
         char32_t character;
@@ -20,7 +20,7 @@ struct BoundaryReason {
         double seconds;
         bool operator==(const Pause&) const = default;
     };
-    /// The limit that was reached, not the number of words.
+    /// The limit that was reached, not the word count.
     struct MaxWords {
         std::int64_t limit;
         bool operator==(const MaxWords&) const = default;

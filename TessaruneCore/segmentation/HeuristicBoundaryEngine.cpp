@@ -13,7 +13,7 @@ namespace tessarune {
 
 namespace {
 
-/// A recogniser that segments by itself is left alone unless early cutting is wanted.
+/// A self-segmenting recogniser needs no early cuts unless the configuration asks for them.
 bool isFreezeActive(const BoundaryContext& context) {
     return context.freeze && (!context.caps.selfSegments || context.earlyCutSelfSegmenting);
 }
@@ -39,7 +39,8 @@ std::optional<BoundaryReason> pieceReason(std::string_view piece, const Boundary
                                                             : BoundaryReason::maxWords(limit);
 }
 
-/// A few keys are looked through faster than a set of them is made; a text without end has many.
+/// A linear search through few keys is faster than building a set; texts without punctuation give
+/// many.
 class KeySet {
   public:
     explicit KeySet(std::span<const std::string> keys) : keys_(keys) {
@@ -57,7 +58,7 @@ class KeySet {
     std::unordered_set<std::string_view> set_;
 };
 
-/// Reasons in the order in which they are met, each once.
+/// Distinct reasons in order of occurrence.
 class ReasonList {
   public:
     explicit ReasonList(const BoundaryContext& context) : context_(context) {}
@@ -129,8 +130,8 @@ BoundaryDecision HeuristicBoundaryEngine::ingestPartial(std::string_view text,
     return decision;
 }
 
-/// The clauses but the last, without those that are one of the excluded sentences. The excluded
-/// keys before the given index are of sentences that were fixed earlier, and do not count.
+/// All clauses except the last and those whose key is excluded. Excluded keys before the given
+/// index belong to sentences frozen earlier and do not count.
 std::vector<std::string>
 HeuristicBoundaryEngine::softPieces(const std::vector<std::string>& excludedKeys,
                                     std::size_t firstExcluded) {

@@ -12,9 +12,9 @@
 
 namespace tessarune {
 
-/// Cuts by punctuation and length (`SentenceSegmenter`) and fixes what stays unchanged
-/// (`SentencePipeline`). A partial costs one walk over its text; keys are made only of pieces that
-/// changed since the partial before.
+/// Cuts by punctuation and length (`SentenceSegmenter`) and freezes what stays unchanged
+/// (`SentencePipeline`). A partial costs one pass over its text; keys are computed only for pieces
+/// that changed since the previous partial.
 class HeuristicBoundaryEngine final : public BoundaryEngine {
   public:
     explicit HeuristicBoundaryEngine(double freezeStableSeconds = 0.6)

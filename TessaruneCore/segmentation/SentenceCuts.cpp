@@ -15,8 +15,8 @@ using namespace SentencePunctuation;
 
 namespace {
 
-/// In alphabetical order, without the dot at the end. There is deliberately no "may", and ordinary
-/// words like "no" and "sun" stand here: a sentence that ends in one of them goes on.
+/// Sorted, without the final dot. "may" is left out on purpose. Ordinary words such as "no" and
+/// "sun" are listed, so a sentence that ends in one of them is joined with the next.
 constexpr std::array<std::string_view, 48> commonAbbreviations = {
     "a.m", "apr", "aug", "co",  "corp", "dec",   "dept", "dr",   "e.g",  "eq",  "etc", "feb",
     "fig", "fri", "i.e", "inc", "jan",  "jr",    "jul",  "jun",  "ltd",  "m.d", "mar", "mon",
@@ -26,7 +26,7 @@ static_assert(std::is_sorted(commonAbbreviations.begin(), commonAbbreviations.en
 
 constexpr std::size_t longestAbbreviation = 5;
 
-/// Characters of a text that is ASCII throughout: one a byte.
+/// Characters of an ASCII text: one per byte.
 struct ByteCharacters {
     std::string_view text;
 
@@ -37,7 +37,7 @@ struct ByteCharacters {
     }
 };
 
-/// Characters of any text, looked up beforehand.
+/// Characters of any text, classified in advance.
 struct SplitCharacters {
     std::string_view text;
     const std::vector<std::size_t>& ends; ///< of what stands before each character, and of all
@@ -76,7 +76,7 @@ bool isInitial(std::string_view word) {
                        [](char32_t codePoint) { return Text::isLetter(codePoint); });
 }
 
-/// Whether the dot before `end` belongs to its word. The word goes back to `start` at most.
+/// Whether the dot before `end` belongs to its word. The word starts at or after `start`.
 template <typename Characters>
 bool isProtectedAbbreviation(const Characters& characters, std::size_t start, std::size_t end) {
     std::size_t first = end;
@@ -103,7 +103,7 @@ bool isProtectedAbbreviation(const Characters& characters, std::size_t start, st
     return dotted ? isDottedShortForm(word) : isInitial(word);
 }
 
-/// Whether enough stands between the two for a clause of its own.
+/// Whether the text between the two is long enough for a clause.
 template <typename Characters>
 bool isLongEnoughForClause(const Characters& characters, std::size_t start, std::size_t end,
                            BoundaryUnit unit) {
@@ -124,7 +124,7 @@ BoundaryUnit unitFor(std::string_view text, const SentenceCuts::Rules& rules) {
                : BoundaryUnit::words;
 }
 
-/// How many bytes at the front of both texts are the same.
+/// The length in bytes of the common prefix.
 std::size_t commonBytes(std::string_view a, std::string_view b) {
     const std::size_t most = std::min(a.size(), b.size());
     std::size_t at = 0;
@@ -146,7 +146,7 @@ void SentenceCuts::cut(std::string_view text, const Rules& rules) {
         finish(rules.limit);
         return;
     }
-    // Whether a character ends is decided by the code point behind it, which has up to four bytes.
+    // The code point behind a character, up to four bytes, decides whether the character ends.
     while (ends_.back() > 0 && ends_.back() + 4 > unchanged) {
         ends_.pop_back();
         traits_.pop_back();
@@ -171,8 +171,7 @@ void SentenceCuts::cut(std::string_view text, const std::vector<std::string_view
     finish(rules.limit);
 }
 
-/// Puts `text` in the place of the previous one, and returns how many bytes at its front are known
-/// from that.
+/// Replaces the previous text and returns how many leading bytes the two share.
 std::size_t SentenceCuts::takeText(std::string_view text, const Rules& rules) {
     const bool isASCII = Text::isASCII(text);
     const bool comparable = isASCII == isASCII_ && rules.sentences == sentences_.wanted &&
@@ -190,10 +189,10 @@ void SentenceCuts::append(std::string_view character) {
     traits_.push_back(traits(character));
 }
 
-/// Finds the cuts from the first character on that may be decided otherwise than before.
+/// Recomputes the cuts, starting at the first character whose decision may have changed.
 template <typename Characters>
 void SentenceCuts::walk(const Characters& characters, std::size_t unchanged, BoundaryUnit unit) {
-    // A mark is decided together with the closing marks and the character behind it.
+    // The decision about a mark depends on the closing marks and the character behind it.
     std::size_t i = unit == unit_ ? std::min(unchanged, characters.size()) : 0;
     while (i > 0 && (characters.traits(i - 1) & (terminal | clause | closing)) != 0)
         --i;
@@ -233,7 +232,7 @@ bool SentenceCuts::endsPiece(const Characters& characters, std::size_t start, st
     return (mark & terminal) != 0 || isLongEnoughForClause(characters, start, end, unit_);
 }
 
-/// Makes the pieces of the cuts and of what is left behind the last.
+/// Builds the pieces between the cuts, and the remainder.
 void SentenceCuts::finish(std::int64_t limit) {
     joined_.clear();
     const std::string_view text = text_;
@@ -251,7 +250,7 @@ void SentenceCuts::finish(std::int64_t limit) {
     }
 }
 
-/// `text` has at most `mostCharacters`, so that a short one needs no counting.
+/// `mostCharacters` is an upper bound of the length, so short texts need no counting.
 void SentenceCuts::appendLongTail(std::string_view text, std::size_t mostCharacters,
                                   std::int64_t limit, std::vector<std::string_view>& pieces) {
     const bool countsCharacters = unit_ == BoundaryUnit::characters;

@@ -12,12 +12,12 @@
 
 namespace tessarune {
 
-/// The pieces of one text, as sentences and as sentences and clauses, both from one walk: whoever
-/// needs the two pays for one. `SentenceSegmenter` says what a piece is.
+/// The pieces of one text, both as sentences and as sentences and clauses, computed in one pass.
+/// `SentenceSegmenter` defines what a piece is.
 ///
-/// Made to be used again and again on a text that grows and changes at its end: what it has in
-/// common with the text before is not walked again. The pieces point into this object, until the
-/// next cut. Confined to its owner's thread.
+/// Designed for a text that grows and changes at its end: the prefix shared with the previous text
+/// is not processed again. The pieces point into this object and are valid until the next cut.
+/// Confined to its owner's thread.
 class SentenceCuts {
   public:
     SentenceCuts() = default;
@@ -33,8 +33,8 @@ class SentenceCuts {
 
     void cut(std::string_view text, const Rules& rules);
 
-    /// As `cut`, for a trimmed text whose characters are given. Slow and obvious, to test the quick
-    /// way against.
+    /// Like `cut`, for a trimmed text that is already split into characters. The slow, obvious
+    /// implementation that tests compare the fast path with.
     void cut(std::string_view text, const std::vector<std::string_view>& characters,
              const Rules& rules);
 

@@ -59,7 +59,7 @@ SentencePipeline::Freeze SentencePipeline::advanceFreeze(const std::vector<std::
             leadingStableSince_[i] = now;
     }
 
-    // Strictly from the front: a later sentence never freezes before an earlier one.
+    // Freeze in order: a later sentence never freezes before an earlier one.
     std::size_t end = overlap;
     while (end < count && leadingKeys_.isUnchanged(end) &&
            now - leadingStableSince_[end] >= freezeStableSeconds)

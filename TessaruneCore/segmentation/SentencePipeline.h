@@ -12,12 +12,12 @@
 
 namespace tessarune {
 
-/// Decides which sentences of a growing guess are settled: one that has stood unchanged, in the
-/// same place, for `freezeStableSeconds` is frozen before the recogniser is final, and is never
-/// reopened. A change of case, spacing or punctuation alone does not count as a change.
+/// Decides which sentences of a growing partial are stable. A sentence that stays unchanged at its
+/// position for `freezeStableSeconds` is frozen before the recogniser's final and never reopened.
+/// Changes of case, spacing or punctuation alone do not count.
 ///
-/// Confined to its owner's thread. Times are seconds on the time base of the caller's `now`; a
-/// clock that runs backwards only delays freezing.
+/// Confined to its owner's thread. Times are seconds on the caller's clock; if that clock runs
+/// backwards, freezing is delayed.
 class SentencePipeline final {
   public:
     explicit SentencePipeline(double stableSeconds = 0.6) : freezeStableSeconds(stableSeconds) {}
@@ -37,7 +37,7 @@ class SentencePipeline final {
         bool operator==(const Freeze&) const;
     };
 
-    /// How a text is cut, and whether it is frozen.
+    /// How texts are cut, and whether sentences are frozen.
     struct Options {
         bool segment = true;
         bool freeze = true;
@@ -50,35 +50,35 @@ class SentencePipeline final {
     PartialResult ingestPartial(std::string_view text, const Options& options, double now,
                                 bool cumulativePartials = false);
 
-    /// The sentences of a final that were not frozen from partials. Changes nothing.
+    /// The sentences of a final that were not frozen from partials before.
     std::vector<std::string> ingestFinal(std::string_view text, const Options& options) const;
 
-    /// One step of the freeze over the leading sentences of a partial.
+    /// Updates stability with the leading sentences of a partial and returns what froze.
     Freeze advanceFreeze(const std::vector<std::string>& leading, double now,
                          bool cumulativePartials = false);
 
-    /// How many first elements of `current` are covered by the end of `frozen`: the longest match.
-    /// If partials always restate everything since the start, the two align by position instead.
+    /// The length of the longest prefix of `current` that equals a suffix of `frozen`. With
+    /// cumulative partials, which always restate everything, the two align by position instead.
     static std::size_t frozenOverlapPrefixCount(const std::vector<std::string>& current,
                                                 const std::vector<std::string>& frozen,
                                                 bool cumulativePartials = false);
 
-    /// How many first pieces of a final were frozen from partials before.
+    /// How many leading pieces of a final were frozen from partials before.
     std::size_t frozenPrefixCount(const std::vector<std::string>& pieces) const;
 
     static std::string normalizeForStability(std::string_view text);
 
-    /// Forgets all sentences; `freezeStableSeconds` stays.
+    /// Forgets all sentences and keeps `freezeStableSeconds`.
     void reset();
 
-    /// Keys of the sentences frozen since the last reset, in order.
+    /// Keys of the sentences frozen since the last reset, in reading order.
     const std::vector<std::string>& frozenSentenceNorms() const { return frozenSentenceNorms_; }
     /// Keys of the previous partial's leading sentences, by position.
     const std::vector<std::string>& prevLeadingNorm() const { return leadingKeys_.keys(); }
-    /// For each position, since when its key has been unchanged.
+    /// For each position, the time since which its key is unchanged.
     const std::vector<double>& leadingStableSince() const { return leadingStableSince_; }
 
-    /// How long a sentence must stand; may be changed between calls.
+    /// How long a sentence must stay unchanged; may be changed between calls.
     double freezeStableSeconds;
 
   private:

@@ -6,7 +6,7 @@ namespace tessarune::SentencePunctuation {
 
 namespace {
 
-/// The Greek question mark is canonically the semicolon.
+/// The Greek question mark is canonically equivalent to the semicolon.
 char32_t canonical(char32_t codePoint) {
     return codePoint == U'\u037E' ? U';' : codePoint;
 }

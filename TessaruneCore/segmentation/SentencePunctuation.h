@@ -5,8 +5,8 @@
 #include <optional>
 #include <string_view>
 
-/// What single characters mean for the cutting of text. The colon, the ideographic comma and the
-/// ellipsis mean nothing. Pure functions, safe from any thread.
+/// Which characters end or separate sentences. The colon, the ideographic comma and the ellipsis do
+/// neither. Pure functions, safe from any thread.
 namespace tessarune::SentencePunctuation {
 
 /// A set of the properties below.
@@ -35,16 +35,16 @@ consteval std::array<Traits, 128> makeAsciiTraits() {
 inline constexpr std::array<Traits, 128> asciiTraits = makeAsciiTraits();
 } // namespace detail
 
-/// Of a character that is one byte below 128.
+/// The properties of an ASCII character.
 inline Traits traitsOfASCII(char character) {
     return detail::asciiTraits[static_cast<unsigned char>(character)];
 }
 
-/// Of any character; one with combining marks is none of the marks above.
+/// The properties of any character; one with combining marks has none.
 Traits traits(std::string_view character);
 
-/// The mark that a piece ends in, white space, closing quotes and brackets aside, if it is terminal
-/// or clause punctuation.
+/// The terminal or clause punctuation at the end of a piece, ignoring white space, closing quotes
+/// and brackets.
 struct EndMark {
     char32_t character;
     Traits traits;

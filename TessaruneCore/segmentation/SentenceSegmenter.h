@@ -9,22 +9,22 @@
 
 namespace tessarune {
 
-/// Cuts a recognised text into sentences, or into sentences and clauses, and a remainder that has
-/// no closing punctuation yet. English, Chinese and mixed text; abbreviations, initials and decimal
-/// numbers do not end a sentence, and a run-on text without punctuation is cut at fixed lengths.
+/// Cuts recognised text into sentences, or into sentences and clauses, plus a remainder without
+/// closing punctuation. Handles English, Chinese and mixed text. Abbreviations, initials and
+/// decimal numbers do not end a sentence; run-on text without punctuation is cut at fixed lengths.
 ///
-/// Pure functions, safe from any thread. They run on every update of the recogniser: one pass over
-/// the text, with a walk over bytes where the text is ASCII.
+/// Pure functions, safe from any thread. They run on every recogniser update, so they make one pass
+/// over the text and have a fast path for ASCII.
 namespace SentenceSegmenter {
 
-/// A clause is cut off only if it holds at least this many units.
+/// The minimum number of units in a clause.
 inline constexpr std::int64_t minClauseWords = 3;
-/// Default length of a cut in a remainder without punctuation.
+/// The default limit for a remainder without punctuation, in words.
 inline constexpr std::int64_t maxUnpunctuatedWords = 28;
-/// The same for languages that are counted in characters; recognisers of such languages declare it.
+/// The limit for languages that are counted in characters; their recognisers declare it.
 inline constexpr std::int64_t maxUnpunctuatedCharacters = 48;
-/// A remainder is cut only if it is longer than the limit by more than this, so that no fragment is
-/// left hanging alone.
+/// A remainder is cut only if it exceeds the limit by more than this, so that no short fragment
+/// remains.
 inline constexpr std::int64_t minTailWordsAfterLongSplit = 8;
 inline constexpr std::int64_t minTailCharactersAfterLongSplit = 12;
 

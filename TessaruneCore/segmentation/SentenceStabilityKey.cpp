@@ -35,7 +35,8 @@ bool isIgnored(char32_t codePoint) {
     }
 }
 
-/// What an ASCII byte contributes: itself in lower case, a blank for white space, or nothing (0).
+/// What an ASCII byte contributes to the key: itself in lower case, a blank for white space, or
+/// nothing (0).
 consteval std::array<char, 128> makeAsciiContributions() {
     std::array<char, 128> table{};
     for (std::size_t i = 1; i < table.size(); ++i)
@@ -66,7 +67,7 @@ std::string normalizeASCII(std::string_view text) {
     return key;
 }
 
-/// Nothing where a code point is not plain.
+/// The fast path; `nullopt` if a code point needs the general one.
 std::optional<std::string> normalizePlain(std::string_view text) {
     const std::string lower = Text::lowercased(text);
     std::string key;

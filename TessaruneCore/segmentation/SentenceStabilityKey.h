@@ -4,17 +4,17 @@
 #include <string_view>
 #include <vector>
 
-/// The one text key for stability and for the suppression of duplicates: sentences that differ only
-/// in case, common punctuation or spacing have the same key. Closing brackets count.
+/// The key by which texts are compared for stability and duplicate suppression. Sentences that
+/// differ only in case, common punctuation or spacing share a key. Closing brackets are
+/// significant.
 ///
-/// Keys are in a canonical form: two that are canonically equivalent are the same bytes, so they
-/// are compared with ==.
+/// Keys are normalised, so canonically equivalent keys are the same bytes and == compares them.
 namespace tessarune::SentenceStabilityKey {
 
 std::string normalize(std::string_view text);
 std::vector<std::string> normalize(const std::vector<std::string>& texts);
 
-/// The same key without the quick ways, to test those against.
+/// The same key computed without the fast paths; tests compare the two.
 std::string normalizeByCodePoints(std::string_view text);
 
 } // namespace tessarune::SentenceStabilityKey

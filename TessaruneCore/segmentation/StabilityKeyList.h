@@ -7,13 +7,13 @@
 
 namespace tessarune {
 
-/// The stability keys of a list of sentences that comes again and again with few changes. A text
-/// that stands where it stood before is not normalised again.
+/// The stability keys of a list of sentences that is updated often with few changes. A text that
+/// is unchanged at its position is not normalised again.
 ///
 /// Confined to its owner's thread.
 class StabilityKeyList {
   public:
-    /// Puts `texts` in the place of the previous list.
+    /// Replaces the previous list.
     template <typename Texts>
     void assign(const Texts& texts) {
         resize(texts.size());
