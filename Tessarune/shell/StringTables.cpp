@@ -3,26 +3,53 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <cstdlib>
-#include <string>
 
 namespace tessarune::StringTables {
 
-LocalizationTable forLocale(std::string_view locale) {
-    const std::string name = Text::lowercased(locale);
-    if (!name.starts_with("zh"))
-        return english();
-    for (const char* traditional : {"tw", "hk", "mo", "hant"}) {
-        if (name.find(traditional) != std::string::npos)
-            return traditionalChinese();
-    }
-    return simplifiedChinese();
+namespace {
+
+std::string variable(const char* name) {
+    const char* value = std::getenv(name);
+    return value ? value : "";
 }
 
-std::string_view userLocale() {
-    for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        const char* value = std::getenv(variable);
-        if (value && *value)
-            return value;
+/// The file of po/ for a locale; none means English.
+std::string languageOf(std::string_view locale) {
+    const std::string name = Text::lowercased(locale);
+    if (name.starts_with("zh")) {
+        for (const char* traditional : {"tw", "hk", "mo", "hant"}) {
+            if (name.find(traditional) != std::string::npos)
+                return "zh_TW";
+        }
+        return "zh_CN";
+    }
+    std::string full(locale.substr(0, locale.find_first_of(".@")));
+    return rows(full).empty() ? full.substr(0, full.find('_')) : full;
+}
+
+} // namespace
+
+LocalizationTable forLocale(std::string_view locale) {
+    LocalizationTable table;
+    const auto add = [&](std::string_view language) {
+        for (const auto& [key, text] : rows(language))
+            table.insert_or_assign(std::string(key), std::string(text));
+    };
+    const std::string language = languageOf(locale);
+    if (!language.starts_with("zh")) // whose readers can read the keys
+        add("en");
+    add(language);
+    return table;
+}
+
+std::string userLocale() {
+    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
+        const std::string locale = variable(name);
+        if (locale.empty())
+            continue;
+        const bool isLanguage = locale != "C" && !locale.starts_with("C.") && locale != "POSIX";
+        const std::string languages = isLanguage ? variable("LANGUAGE") : "";
+        return languages.empty() ? locale : languages.substr(0, languages.find(':'));
     }
     return "C";
 }

@@ -2,22 +2,28 @@
 
 #include "TessaruneCore/text/Localization.h"
 
+#include <span>
+#include <string>
 #include <string_view>
+#include <utility>
 
-/// The fixed texts in the languages that the program speaks. The keys are the Chinese literals of
-/// the code, which are Simplified Chinese themselves; a text that a table lacks shows as its key.
+/// The fixed texts in the languages of po/, compiled into the program and independent of the
+/// system's locales. A text that no table has shows as its key.
 namespace tessarune::StringTables {
 
-LocalizationTable english();
-LocalizationTable traditionalChinese();
-/// Replaces only the texts that name what a Linux desktop does not have.
-LocalizationTable simplifiedChinese();
+/// A key and its text.
+using Row = std::pair<std::string_view, std::string_view>;
 
-/// The table for a locale as the environment names it ("zh_TW.UTF-8", "de_DE", "C"): one of the two
-/// Chinese ones, else English.
+/// The rows of po/<language>.po; none where there is no such file. `scripts/texts` writes the
+/// source.
+std::span<const Row> rows(std::string_view language);
+
+/// The table for a locale as the environment names it ("zh_TW.UTF-8", "de_DE", "C"): that of the
+/// locale, of its language, or the English one. Every Chinese locale has one of the two scripts.
 LocalizationTable forLocale(std::string_view locale);
 
-/// The user's locale for messages: LC_ALL, LC_MESSAGES or LANG, the first that is set.
-std::string_view userLocale();
+/// The user's locale for messages: LC_ALL, LC_MESSAGES or LANG, the first that is set; but where
+/// that is a language at all, the first of LANGUAGE goes before.
+std::string userLocale();
 
 } // namespace tessarune::StringTables
