@@ -18,8 +18,13 @@ namespace tessarune {
 /// awaits. It owns its frame; dropping a task that is not awaited destroys the frame. Every
 /// suspension names the executor on which the task goes on, so its code always knows its thread.
 ///
-/// Write coroutines as functions with parameters by value, never as lambdas with captures, and keep
-/// temporaries with destructors out of `co_await` expressions: GCC 12 mishandles both.
+/// Write coroutines as functions with parameters by value, never as lambdas with captures: captures
+/// go with the lambda and references with their objects, the frame stays.
+///
+/// GCC 12 destroys twice what an expression with `co_await` builds without calling a constructor or
+/// a function: a lambda whose captures have destructors, an aggregate (`{a, b}`), the outcome of
+/// `a ? b : c`, a thrown object. Give such a value a name in a statement of its own. All other
+/// temporaries are safe: `f(co_await g(std::string("x")))`.
 template <typename T = void>
 class Task;
 

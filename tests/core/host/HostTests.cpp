@@ -1,4 +1,5 @@
 #include "TessaruneCore/host/AsyncStream.h"
+#include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/host/SimulatedHost.h"
 #include "TessaruneCore/host/Task.h"
 
@@ -117,6 +118,56 @@ TEST(TaskTests, SwitchingMovesTheCoroutineBetweenQueues) {
           hop(Executor::main(host), Executor::queue(host, queue), host, onMain));
     host.runUntilIdle();
     EXPECT_EQ(onMain, (std::vector<bool>{true, false, true}));
+}
+
+/// Where what happened, and how many of these are alive.
+struct Witness {
+    explicit Witness(std::string itsText) : text(std::move(itsText)) { ++alive; }
+    Witness(const Witness& other) : text(other.text) { ++alive; }
+    ~Witness() { --alive; }
+    std::string text;
+    static inline int alive = 0;
+};
+
+Task<Witness> described(SimulatedHost& host, Executor worker, Witness what, Executor back) {
+    if (host.isOnMainQueue() && what.text.empty())
+        throw std::invalid_argument("nothing");
+    co_return co_await runOn(
+        worker,
+        [&] {
+            if (what.text.empty())
+                throw std::invalid_argument("nothing, elsewhere");
+            return Witness(what.text + (host.isOnMainQueue() ? " on main" : " elsewhere"));
+        },
+        back);
+}
+
+Task<void> workElsewhere(SimulatedHost& host, Executor worker, std::vector<std::string>& log) {
+    const Executor main = Executor::main(host);
+    log.push_back((co_await described(host, worker, Witness("work"), main)).text);
+    log.push_back(
+        (co_await runOn(worker, described(host, main, Witness("task"), worker), main)).text);
+    for (const Executor& from : {main, worker}) {
+        try {
+            co_await runOn(from, described(host, worker, Witness(""), main), main);
+        } catch (const std::invalid_argument& failure) {
+            log.push_back(failure.what());
+        }
+    }
+    bool isDone = false;
+    co_await runOn(worker, [&] { isDone = !host.isOnMainQueue(); });
+    log.push_back(isDone && host.isOnMainQueue() ? "back" : "lost");
+}
+
+TEST(TaskTests, WorkRunsOnAnotherQueueAndItsOutcomeComesBack) {
+    SimulatedHost host;
+    std::vector<std::string> log;
+    const auto queue = host.serialQueue("other", QueuePriority::utility);
+    spawn(Executor::main(host), workElsewhere(host, Executor::queue(host, queue), log));
+    host.runUntilIdle();
+    EXPECT_EQ(log, (std::vector<std::string>{"work elsewhere", "task on main", "nothing",
+                                             "nothing, elsewhere", "back"}));
+    EXPECT_EQ(Witness::alive, 0) << "temporaries beside co_await are destroyed once";
 }
 
 Task<void> readAll(AsyncStream<int> stream, std::stop_token stop, std::vector<std::string>& log) {

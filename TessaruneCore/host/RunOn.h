@@ -1,0 +1,71 @@
+#pragma once
+
+#include "TessaruneCore/host/Task.h"
+
+#include <exception>
+#include <functional>
+#include <optional>
+#include <type_traits>
+#include <utility>
+
+namespace tessarune {
+
+/// `co_await runOn(worker, [&] { … }, back)`: does `work` on `worker` and goes on on `back` with its
+/// result, or with the exception that it threw.
+///
+/// The coroutine that awaits keeps alive what `work` uses, so `work` captures by reference. It must
+/// be awaited: the work begins then and not before.
+template <typename Work>
+Task<std::invoke_result_t<Work&>> runOn(Executor worker, Work work, Executor back) {
+    static_assert(std::is_trivially_destructible_v<Work>,
+                  "capture by reference: a capture with a destructor is destroyed twice by GCC 12");
+    using Result = std::invoke_result_t<Work&>;
+    std::conditional_t<std::is_void_v<Result>, std::nullptr_t, std::optional<Result>> result;
+    std::exception_ptr failure;
+    co_await switchTo(std::move(worker));
+    try {
+        if constexpr (std::is_void_v<Result>) {
+            work();
+        } else {
+            result.emplace(work());
+        }
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    co_await switchTo(std::move(back));
+    if (failure)
+        std::rethrow_exception(failure);
+    if constexpr (!std::is_void_v<Result>)
+        co_return std::move(*result);
+}
+
+/// As above for a task, which begins on `worker`.
+template <typename T>
+Task<T> runOn(Executor worker, Task<T> work, Executor back) {
+    std::conditional_t<std::is_void_v<T>, std::nullptr_t, std::optional<T>> result;
+    std::exception_ptr failure;
+    co_await switchTo(std::move(worker));
+    try {
+        if constexpr (std::is_void_v<T>) {
+            co_await work;
+        } else {
+            result.emplace(co_await work);
+        }
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    co_await switchTo(std::move(back));
+    if (failure)
+        std::rethrow_exception(failure);
+    if constexpr (!std::is_void_v<T>)
+        co_return std::move(*result);
+}
+
+/// Goes on on the main queue.
+template <typename Work>
+auto runOn(Executor worker, Work work) {
+    const Executor main = Executor::main(worker.host());
+    return runOn(std::move(worker), std::move(work), main);
+}
+
+} // namespace tessarune
