@@ -1,7 +1,7 @@
 #pragma once
 
-#include "Terminal/DemoSound.h"
 #include "Terminal/TerminalOptions.h"
+#include "Tessarune/app/DemoSound.h"
 #include "Tessarune/audio/AudioSource.h"
 #include "Tessarune/audio/SoundServer.h"
 #include "TessaruneCore/host/Task.h"
@@ -34,6 +34,9 @@ class CaptionSound {
     SoundServer& server() { return demo_ ? demo_->server() : *server_; }
     /// What to listen to on that server.
     const AudioSource& source() const { return source_; }
+    bool isFile() const { return !fileName_.empty(); }
+    /// Nothing of the user's is heard, but the program's own sample.
+    bool isDemo() const { return demo_ != nullptr; }
     /// For the user, once it is open.
     std::string description() const;
 

@@ -6,72 +6,17 @@
 #include "Terminal/ModelCommands.h"
 #include "Terminal/SettingsCommands.h"
 #include "Terminal/SourcesCommand.h"
-#include "Tessarune/platform/host/HostFacts.h"
-#include "Tessarune/platform/host/ProcessMemory.h"
-#include "Tessarune/platform/media/FFmpegMediaFile.h"
-#include "Tessarune/platform/media/M4ATranscoder.h"
-#include "Tessarune/platform/media/SwresampleConverter.h"
-#include "Tessarune/platform/model-store/ProgramPlaces.h"
-#include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
-#include "Tessarune/shell/StringTables.h"
-#include "TessaruneCore/diagnostics/TessaruneLog.h"
-#include "TessaruneCore/text/Localization.h"
 
 #include <utility>
 
 namespace tessarune {
-
-Program::Program()
-    : storedDefaults(files, TessarunePaths::settingsFile()),
-      defaults(storedDefaults),
-      settings(defaults),
-      logger(host, files, paths),
-      models(files, paths.models(), ProgramPlaces::modelFolders()),
-      installer(host, models, DownloadPolicy::withMirror(*settings.modelMirror)),
-      speechModels(models, installer, [this] { return *settings.speechModel; }),
-      translationModels(host, models, installer),
-      translation(std::make_shared<OfflineTranslationService>(host, models, translationModels)),
-      catalog(host, files, paths, logger, notifications),
-      exporter(host, transcodeToM4A),
-      compressor(files, catalog, logger, exporter, openFFmpegMediaFile) {
-    ProcessMemory::returnLargeBlocks();
-    setLocalizationTable(StringTables::forLocale(StringTables::userLocale()));
-    TessaruneLog::setDiagnosticsLevel(*settings.diagnosticsLevel);
-}
-
-SpeechPlatform Program::speechPlatform() {
-    // The engine asks for the choice on a thread of its own, where the settings may not be read.
-    auto choice = [name = *settings.speechModel] { return name; };
-    return {host, makeSpeechEngine(host, models, std::move(choice)), speechModels,
-            makeSwresampleConverter, logger};
-}
-
-LogFields Program::bootstrapFields() const {
-    const HostFacts facts = HostFacts::current();
-    return {{"version", TESSARUNE_VERSION},
-            {"build", TESSARUNE_VERSION},
-            {"bundleID", std::string(TessaruneLog::subsystem)},
-            {"buildConfiguration", "release"},
-            {"internalToolsEnabled", false},
-            {"diagnosticsLevel", std::string(storageName(*settings.diagnosticsLevel))},
-            {"physicalMemoryGB", facts.physicalMemoryGB},
-            {"activeProcessorCount", std::int64_t{facts.activeProcessorCount}},
-            {"baseDirectory", paths.appSupportBase().string()},
-            {"host", facts.system},
-            {"runtime", "terminal"}};
-}
-
-void Program::override(AnySetting& setting, SettingValue value) {
-    defaults.override(std::string(setting.key()), std::move(value));
-    setting.reload();
-}
 
 namespace {
 
 /// A command's task brought to an end of the main loop.
 Task<void> runThenQuit(Program& program, Task<int> task) {
     const int status = co_await task;
-    program.host.quit(status);
+    program.loop.quit(status);
 }
 
 struct Dispatch {
@@ -120,7 +65,7 @@ struct Dispatch {
 int run(Program& program, const TerminalOptions& options) {
     Task<int> task = std::visit(Dispatch{program, options}, options.command);
     spawn(Executor::main(program.host), runThenQuit(program, std::move(task)));
-    return program.host.run();
+    return program.loop.run();
 }
 
 } // namespace tessarune

@@ -1,4 +1,4 @@
-#include "Terminal/DemoSound.h"
+#include "Tessarune/app/DemoSound.h"
 
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 #include "Tessarune/platform/model-store/ProgramPlaces.h"

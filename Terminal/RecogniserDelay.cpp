@@ -1,0 +1,72 @@
+#include "Terminal/RecogniserDelay.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+constexpr double lookEverySeconds = 1;
+/// A look that comes so late was held up together with the whole program.
+constexpr double standstillSeconds = 1;
+/// What has piled up meanwhile may take as long again, and somewhat more.
+constexpr double catchUpSeconds = 10;
+
+constexpr double lookForProgressSeconds = 0.01;
+/// A recogniser that is behind and gets no further for so long is not waited for.
+constexpr double longestStandstillSeconds = 30;
+
+double stat(const LiveSystemAudioTranscriber& transcriber, std::string_view name) {
+    const PerfStats stats = transcriber.perfStats();
+    const auto found = stats.find(std::string(name));
+    return found == stats.end() ? 0 : found->second;
+}
+
+} // namespace
+
+double RecogniserDelay::heardSeconds() const {
+    return std::max(stat(transcriber_, "convertedAudioSeconds") - secondsBehind(), 0.0);
+}
+
+double RecogniserDelay::secondsBehind() const {
+    return stat(transcriber_, "secondsBehind");
+}
+
+void RecogniserDelay::watch(std::function<void(const std::string&)> say) {
+    say_ = std::move(say);
+    nextLookAt_ = host_.now() + lookEverySeconds;
+    watch_ = host_.after(lookEverySeconds, [this] { look(); });
+}
+
+void RecogniserDelay::look() {
+    const double now = host_.now();
+    const double late = now - nextLookAt_;
+    if (late > standstillSeconds)
+        excusedUntil_ = now + late + catchUpSeconds;
+    const double behind = secondsBehind();
+    if (now >= excusedUntil_ && behind >= worthTelling_) {
+        say_("The captions are " + std::to_string(static_cast<int>(behind)) +
+             " s behind: this computer is too slow for the speech model.");
+        worthTelling_ = 2 * behind;
+    }
+    nextLookAt_ = now + lookEverySeconds;
+    watch_ = host_.after(lookEverySeconds, [this] { look(); });
+}
+
+Task<void> RecogniserDelay::caughtUp(std::function<bool()> isCancelled) {
+    double least = secondsBehind();
+    double movedAt = host_.now();
+    while (!isCancelled() && secondsBehind() > 0 &&
+           host_.now() - movedAt < longestStandstillSeconds) {
+        Task<bool> waiting = sleep(Executor::main(host_), lookForProgressSeconds);
+        co_await waiting;
+        if (secondsBehind() < least) {
+            least = secondsBehind();
+            movedAt = host_.now();
+        }
+    }
+}
+
+} // namespace tessarune

@@ -1,0 +1,32 @@
+#include "Terminal/RunFailure.h"
+
+#include "Tessarune/audio/RecognitionPermissionGate.h"
+#include "Tessarune/audio/SoundServer.h"
+#include "Tessarune/audio/SystemAudioCaptureError.h"
+#include "Tessarune/shell/DomainError.h"
+
+#include <system_error>
+
+namespace tessarune {
+
+RunFailure RunFailure::ofStart(const std::exception_ptr& failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const SystemAudioCaptureError& error) {
+        return {ExitStatus::noSoundServer, error.what()};
+    } catch (const SoundServerError& error) {
+        return {ExitStatus::noSoundServer, error.what()};
+    } catch (const DomainError& error) {
+        const bool refused = error.domain() == RecognitionPermissionGate::errorDomain;
+        return {refused ? ExitStatus::notAllowed : ExitStatus::noSoundServer, error.what()};
+    } catch (const std::system_error& error) {
+        return {ExitStatus::cannotWrite, error.what()};
+    } catch (const std::exception& error) {
+        return {ExitStatus::noModel,
+                std::string(error.what()) +
+                    "\n--model list shows the speech models, --model NAME downloads one, "
+                    "also in place of a damaged one; --list and --show need none"};
+    }
+}
+
+} // namespace tessarune

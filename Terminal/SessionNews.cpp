@@ -1,0 +1,93 @@
+#include "Terminal/SessionNews.h"
+
+#include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/translation/TranslationPresentationBuilder.h"
+
+#include <utility>
+
+namespace tessarune {
+
+SessionNews::SessionNews(ListeningSession& session, const AppSettings& settings,
+                         std::string target, bool isRecorded, Handlers handlers)
+    : session_(session),
+      store_(session.store()),
+      settings_(settings),
+      target_(std::move(target)),
+      isRecorded_(isRecorded),
+      handlers_(std::move(handlers)) {
+    store_.captionDisplayRefresh.onDidChange([this](const std::string& reason) {
+        translationIsOver_ =
+            translationIsOver_ || reason.starts_with("listen.stop.translationDrain.");
+        handlers_.onChange();
+    });
+    store_.sessionPhase.onDidChange(handlers_.onPhase);
+    observeStatus();
+    observeTranslation();
+}
+
+CaptionPicture SessionNews::picture() const {
+    return {store_.core, target_, !target_.empty() && !translationIsOver_, preview_};
+}
+
+void SessionNews::observeStatus() {
+    store_.statusMessage.onDidChange([this](const std::string& text) {
+        const bool isNews = std::exchange(lastStatus_, text) != text;
+        if (isNews && !text.empty() && isWorthTelling())
+            handlers_.say(text);
+    });
+    store_.presentedError.onDidChange([this](const std::string& text) {
+        if (*store_.isListening)
+            handlers_.say(text);
+    });
+    store_.audioCompressProgress.onDidChange([this](const std::optional<double>& done) {
+        const auto percent =
+            done ? std::optional(static_cast<int>(*done * 100)) : std::optional<int>();
+        if (percent && std::exchange(lastProgress_, percent) != percent)
+            handlers_.progress(std::to_string(*percent) + " %");
+    });
+}
+
+/// Of a start the run itself says what it listens to, and a session that is not recorded has
+/// nothing to save when it stops.
+bool SessionNews::isWorthTelling() const {
+    switch (*store_.sessionPhase) {
+    case LiveSessionPhase::listening:
+    case LiveSessionPhase::failed:
+        return true;
+    case LiveSessionPhase::stopping:
+        return isRecorded_;
+    case LiveSessionPhase::idle:
+    case LiveSessionPhase::preparing:
+    case LiveSessionPhase::loading:
+        break;
+    }
+    return false;
+}
+
+void SessionNews::observeTranslation() {
+    // The source of a preview is known for certain only at the moment at which it arrives.
+    LiveTranscriptTranslation& translation = session_.translation();
+    translation.ghostTranslationText().onDidChange([this, &translation](const std::string& text) {
+        const std::string visible = TranslationPresentationBuilder::visibleGhostText(
+            text, *settings_.softTranslationEnabled);
+        preview_ = visible.empty() ? CaptionPreview()
+                                   : CaptionPreview{visible, translation.runtime().ghostSource()};
+    });
+    store_.translationStatusMessage.onDidChange(
+        [this](const std::string& text) { tellTranslationStatus(text); });
+}
+
+void SessionNews::tellTranslationStatus(const std::string& text) {
+    // Loading a model is no news. Of texts that differ only in a number the first is enough.
+    if (text.empty() || store_.translationPreparationDisplayState->preparing)
+        return;
+    std::string kind;
+    for (const char32_t codePoint : Text::codePoints(text)) {
+        if (!Text::isLetterOrNumber(codePoint) || Text::isLetter(codePoint))
+            Text::append(kind, codePoint);
+    }
+    if (toldTranslationStatus_.insert(kind).second)
+        handlers_.say(translationFailureText(text, target_));
+}
+
+} // namespace tessarune

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Terminal/CaptionOutput.h"
+#include "Tessarune/app/ListeningSession.h"
+
+#include <functional>
+#include <optional>
+#include <set>
+#include <string>
+
+namespace tessarune {
+
+/// What happens in a session, told to the output of a terminal: captions, translations, status
+/// texts and progress. Main queue; all that it is given outlives it, and the session ends first.
+class SessionNews {
+  public:
+    struct Handlers {
+        std::function<void()> onChange; ///< there may be something new to print
+        /// A word to the user.
+        std::function<void(const std::string&)> say;
+        std::function<void(const std::string&)> progress;
+        std::function<void(LiveSessionPhase)> onPhase;
+    };
+    /// `target` is the language that is translated into; empty: none.
+    SessionNews(ListeningSession& session, const AppSettings& settings, std::string target,
+                bool isRecorded, Handlers handlers);
+    SessionNews(const SessionNews&) = delete;
+
+    CaptionPicture picture() const;
+
+  private:
+    void observeStatus();
+    void observeTranslation();
+    bool isWorthTelling() const;
+    void tellTranslationStatus(const std::string& text);
+
+    ListeningSession& session_;
+    LiveTranscriptStore& store_;
+    const AppSettings& settings_;
+    const std::string target_;
+    const bool isRecorded_;
+    const Handlers handlers_;
+    CaptionPreview preview_;
+    bool translationIsOver_ = false;
+    std::string lastStatus_;
+    std::optional<int> lastProgress_;
+    std::set<std::string> toldTranslationStatus_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,89 @@
+#include "Tessarune/app/Application.h"
+
+#include "Tessarune/app/TessaruneStartupServices.h"
+#include "Tessarune/platform/host/HostFacts.h"
+#include "Tessarune/platform/host/ProcessMemory.h"
+#include "Tessarune/platform/media/FFmpegMediaFile.h"
+#include "Tessarune/platform/media/M4ATranscoder.h"
+#include "Tessarune/platform/media/SwresampleConverter.h"
+#include "Tessarune/platform/model-store/ProgramPlaces.h"
+#include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
+#include "Tessarune/shell/StringTables.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/Localization.h"
+
+#include <utility>
+
+namespace tessarune {
+
+Application::Application(Host& itsHost, std::string itsProgram)
+    : host(itsHost),
+      program(std::move(itsProgram)),
+      storedDefaults(files, TessarunePaths::settingsFile()),
+      defaults(storedDefaults),
+      settings(defaults),
+      logger(host, files, paths),
+      models(files, paths.models(), ProgramPlaces::modelFolders()),
+      installer(host, models, DownloadPolicy::withMirror(*settings.modelMirror)),
+      speechModels(models, installer, [this] { return *settings.speechModel; }),
+      translationModels(host, models, installer),
+      translation(std::make_shared<OfflineTranslationService>(host, models, translationModels)),
+      catalog(host, files, paths, logger, notifications),
+      exporter(host, transcodeToM4A),
+      compressor(files, catalog, logger, exporter, openFFmpegMediaFile) {
+    ProcessMemory::returnLargeBlocks();
+    setLocalizationTable(StringTables::forLocale(StringTables::userLocale()));
+    TessaruneLog::setDiagnosticsLevel(*settings.diagnosticsLevel);
+}
+
+SpeechPlatform Application::speechPlatform() {
+    // The engine asks for the choice on a thread of its own, where the settings may not be read.
+    auto choice = [name = *settings.speechModel] { return name; };
+    return {host, makeSpeechEngine(host, models, std::move(choice)), speechModels,
+            makeSwresampleConverter, logger};
+}
+
+void Application::override(AnySetting& setting, SettingValue value) {
+    defaults.override(std::string(setting.key()), std::move(value));
+    setting.reload();
+}
+
+bool Application::recordsSessions() const {
+    return *settings.recordWhileCaptioning || *settings.sessionDiagnosticsEnabled;
+}
+
+void Application::recordNothing() {
+    override(settings.recordWhileCaptioning, false);
+    override(settings.sessionDiagnosticsEnabled, false);
+}
+
+std::optional<DataFolderLock::Holder> Application::takeDataFolder() {
+    auto taken = DataFolderLock::take(paths, program);
+    if (const auto* holder = std::get_if<DataFolderLock::Holder>(&taken))
+        return *holder;
+    dataFolder_.emplace(std::move(std::get<DataFolderLock>(taken)));
+    return std::nullopt;
+}
+
+RecordingRepair::Report Application::prepare() {
+    RecordingRepair repair(files, catalog, logger);
+    return TessaruneStartupServices::prepare(
+        {logger, bootstrapFields(), dataFolder_ ? &repair : nullptr});
+}
+
+LogFields Application::bootstrapFields() const {
+    const HostFacts facts = HostFacts::current();
+    return {{"version", TESSARUNE_VERSION},
+            {"build", TESSARUNE_VERSION},
+            {"bundleID", std::string(TessaruneLog::subsystem)},
+            {"buildConfiguration", "release"},
+            {"internalToolsEnabled", false},
+            {"diagnosticsLevel", std::string(storageName(*settings.diagnosticsLevel))},
+            {"physicalMemoryGB", facts.physicalMemoryGB},
+            {"activeProcessorCount", std::int64_t{facts.activeProcessorCount}},
+            {"baseDirectory", paths.appSupportBase().string()},
+            {"host", facts.system},
+            {"runtime", program}};
+}
+
+} // namespace tessarune

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "Tessarune/history/AudioExporter.h"
+#include "Tessarune/history/RecordingAudioCompressor.h"
+#include "Tessarune/history/RecordingCatalog.h"
+#include "Tessarune/history/RecordingRepair.h"
+#include "Tessarune/platform/disk/DataFolderLock.h"
+#include "Tessarune/platform/disk/JSONUserDefaults.h"
+#include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "Tessarune/platform/model-store/ModelInstaller.h"
+#include "Tessarune/platform/model-store/ModelStore.h"
+#include "Tessarune/platform/speech-engine/SpeechModelInventory.h"
+#include "Tessarune/platform/translation-engine/OfflineTranslationService.h"
+#include "Tessarune/platform/translation-engine/TranslationModelInventory.h"
+#include "Tessarune/shell/AppSettings.h"
+#include "Tessarune/shell/OverridingUserDefaults.h"
+#include "Tessarune/shell/TessaruneFileLogger.h"
+#include "Tessarune/speech/SpeechPlatform.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tessarune {
+
+/// What every front end works with: the real disk, stores and engines, made once and in the order
+/// in which they need each other. A front end brings its host and, for each session, the sound.
+///
+/// Main queue; the host outlives it. Nothing here throws for a damaged or missing file: what cannot
+/// be used says so when it is asked for.
+struct Application {
+    /// `program` is the name under which this front end appears in logs and to its neighbours.
+    Application(Host& host, std::string program);
+    Application(const Application&) = delete;
+
+    Host& host;
+    const std::string program;
+    PosixFileSystem files;
+    TessarunePaths paths;
+    JSONUserDefaults storedDefaults;
+    OverridingUserDefaults defaults;
+    AppSettings settings;
+    TessaruneFileLogger logger;
+    ModelStore models;
+    ModelInstaller installer;
+    SpeechModelInventory speechModels;
+    TranslationModelInventory translationModels;
+    std::shared_ptr<OfflineTranslationService> translation;
+    NotificationCenter notifications;
+    RecordingCatalog catalog;
+    AudioExporter exporter;
+    RecordingAudioCompressor compressor;
+
+    /// What a recogniser works with. The choice of the model is that of this moment.
+    SpeechPlatform speechPlatform();
+
+    /// A setting for this run alone.
+    void override(AnySetting& setting, SettingValue value);
+
+    /// Whether a session that starts now is recorded. One with diagnostics is, whatever else is
+    /// set.
+    bool recordsSessions() const;
+    /// No session of this run is recorded.
+    void recordNothing();
+
+    /// Makes this program the one that writes the data folder, until it ends; gives who has it
+    /// instead. Throws std::system_error where there can be no such folder.
+    std::optional<DataFolderLock::Holder> takeDataFolder();
+
+    /// The start-up services, see there. The data folder is put in order if it was taken.
+    RecordingRepair::Report prepare();
+
+  private:
+    LogFields bootstrapFields() const;
+
+    std::optional<DataFolderLock> dataFolder_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Tessarune/app/Application.h"
+#include "Tessarune/audio/PermissionsManager.h"
+#include "Tessarune/audio/SoundServer.h"
+#include "Tessarune/session/LiveSessionTranslation.h"
+#include "Tessarune/session/LiveTranscriptStore.h"
+
+#include <memory>
+
+namespace tessarune {
+
+/// The store of a listening session with everything that it needs: recogniser, recorder,
+/// translation and permissions, over one sound server. One for the life of a front end's sound.
+///
+/// Main queue; application and server outlive it.
+class ListeningSession {
+  public:
+    struct Options {
+        SessionDiagnostics diagnostics;
+        /// The sound is a file's or a private server's: what is learned of permissions there says
+        /// nothing about the desktop and is forgotten.
+        bool forgetsPermissions = false;
+    };
+    ListeningSession(Application& application, SoundServer& sound, Options options);
+    ListeningSession(const ListeningSession&) = delete;
+
+    LiveTranscriptStore& store() { return *store_; }
+    const LiveTranscriptStore& store() const { return *store_; }
+    LiveTranscriptTranslation& translation() { return translation_->translation(); }
+
+  private:
+    OverridingUserDefaults permissionDefaults_;
+    std::unique_ptr<PermissionsManager> permissions_;
+    SpeechEngine engine_; // outlives what the store still has running in it
+    std::unique_ptr<LiveSessionTranslation> translation_;
+    std::shared_ptr<LiveTranscriptStore> store_;
+};
+
+} // namespace tessarune

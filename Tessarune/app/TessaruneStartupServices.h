@@ -1,0 +1,26 @@
+#pragma once
+
+#include "Tessarune/history/RecordingRepair.h"
+#include "Tessarune/shell/TessaruneFileLogger.h"
+#include "TessaruneCore/diagnostics/LogFields.h"
+
+#include <functional>
+
+/// What every front end starts before it shows anything.
+namespace tessarune::TessaruneStartupServices {
+
+struct Environment {
+    TessaruneFileLogger& logger;
+    LogFields bootstrapFields; ///< what the log says of the program and the computer
+    /// Null where the data folder is another program's, or nobody's.
+    RecordingRepair* repair;
+    /// Gets the chosen recogniser ready ahead of the first session; absent where that begins at
+    /// once.
+    std::function<void()> preheatSelectedOption = {};
+};
+
+/// In this order: the runtime log, the repairs of the data folder, the recogniser. Main queue;
+/// gives what the user is to hear of the repairs.
+RecordingRepair::Report prepare(const Environment& environment);
+
+} // namespace tessarune::TessaruneStartupServices
