@@ -6,7 +6,7 @@
 
 namespace tessarune {
 
-/// How much a session leaves behind for analysis; the raw values rise with verbosity.
+/// How much diagnostic data a session leaves behind; raw values rise with verbosity.
 enum class DiagnosticsLevel { off = 0, core = 1, standard = 2, verbose = 3, trace = 4 };
 
 constexpr bool writesCoreSessionRun(DiagnosticsLevel level) {
@@ -22,11 +22,11 @@ constexpr bool expandsAppleRaw(DiagnosticsLevel level) {
     return level > DiagnosticsLevel::verbose;
 }
 
-/// The level's word in settings and manifests.
+/// The level's name in settings and manifests.
 std::string_view storageName(DiagnosticsLevel level);
-/// Nothing for an unknown word.
+/// `nullopt` for an unknown name.
 std::optional<DiagnosticsLevel> diagnosticsLevel(std::string_view storageName);
-/// The level's description for users, localised.
+/// The localised description of the level.
 std::string detail(DiagnosticsLevel level);
 
 } // namespace tessarune

@@ -9,7 +9,7 @@ namespace tessarune {
 
 std::unique_ptr<LineLogWriter> LineLogWriter::open(Host& host, std::string_view queueLabel,
                                                    const std::filesystem::path& path) {
-    // Appending, so that a file which somebody empties meanwhile gets no hole.
+    // O_APPEND: a file that somebody truncates meanwhile gets no hole.
     const int file =
         ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0644);
     if (file < 0)

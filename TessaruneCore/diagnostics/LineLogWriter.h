@@ -11,30 +11,30 @@
 
 namespace tessarune {
 
-/// A file to which lines are added, on a serial queue of its own and of low priority.
+/// Appends lines to a file on a serial queue of its own with low priority.
 ///
-/// Each line goes to the file at once, in one piece and unbuffered, so that a crash loses no more
-/// than what still waits in the queue. What can't be encoded or written is lost without a word, and
-/// later lines are tried all the same; a line that was cut short never runs into the next.
+/// Each line is written at once, in one unbuffered write, so a crash loses only queued lines. Lines
+/// that cannot be encoded or written are dropped silently, since a diagnostic log must not disturb
+/// its caller. Later lines are still tried, and a partial line never runs into the next.
 ///
 /// Any thread may append. Neither `close` nor the destructor may run on the writer's own queue.
 class LineLogWriter {
   public:
-    /// Makes a line without its line feed, or nothing if it can't be made. Runs on the queue.
+    /// Encodes a line without its line feed; `nullopt` on failure. Runs on the queue.
     using Encode = std::function<std::optional<std::string>()>;
 
-    /// Creates the file, or empties the one that is there. Null if it can't be opened. The host
-    /// must outlive the writer.
+    /// Creates or truncates the file. Null if it cannot be opened. The host must outlive the
+    /// writer.
     static std::unique_ptr<LineLogWriter> open(Host& host, std::string_view queueLabel,
                                                const std::filesystem::path& path);
     ~LineLogWriter();
     LineLogWriter(const LineLogWriter&) = delete;
     LineLogWriter& operator=(const LineLogWriter&) = delete;
 
-    /// Returns at once. After `close` the line is lost.
+    /// Returns at once. Does nothing after `close`.
     void append(Encode encode);
 
-    /// Waits for what was appended before, and closes the file. The second time does nothing.
+    /// Writes what is queued, then closes the file. Idempotent.
     void close();
 
   private:

@@ -9,10 +9,10 @@
 
 namespace tessarune {
 
-/// A plain value of a log field. A double that is not finite is left out by whoever writes it.
+/// A plain value of a log field. Writers omit doubles that are not finite.
 using LogValue = std::variant<bool, std::int64_t, double, std::string, std::vector<std::string>>;
 
-/// Named values of one event, in the order in which they were added.
+/// The named values of one event in insertion order.
 class LogFields {
     using Fields = std::vector<std::pair<std::string, LogValue>>;
 

@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// Constructed on first use, so that what logs while the program starts or ends is safe.
+/// Constructed on first use, so that logging is safe during start-up and shutdown.
 struct Shared {
     std::atomic<std::shared_ptr<const TessaruneLog::Sink>> sink;
     std::mutex line; // keeps lines apart

@@ -8,17 +8,17 @@
 
 namespace tessarune {
 
-/// The levelled text log, one logger a category. Lines go to the sink that the program sets at its
-/// start (the journal or standard error); without one they are dropped. Any thread.
+/// The levelled text log with one logger per category. Lines go to the sink that the program sets
+/// at start (the journal or standard error); without a sink they are dropped. Any thread.
 class TessaruneLogger {
   public:
     enum class Level { debug, info, notice, fault };
-    /// Makes the text of a line; called only if the line is written.
+    /// Builds the text of a line; called only if the line is written.
     using Text = std::function<std::string()>;
 
     explicit constexpr TessaruneLogger(std::string_view category) : category_(category) {}
 
-    /// A debug line that is written from the diagnostics level `verbose` on.
+    /// A debug line that is written at the diagnostics level `verbose` and above.
     void verbose(const Text& text) const;
     void debug(const Text& text) const { write(Level::debug, text); }
     void info(const Text& text) const { write(Level::info, text); }
@@ -45,11 +45,11 @@ inline constexpr TessaruneLogger app{"app"};
 using Sink =
     std::function<void(TessaruneLogger::Level, std::string_view category, const std::string& text)>;
 
-/// Replaces the sink; an empty one drops all lines. The sink is called from any thread, one line at
-/// a time.
+/// Replaces the sink; an empty one drops all lines. The sink is called from any thread, but never
+/// concurrently.
 void setSink(Sink sink);
 
-/// The level of the running program: what costs too much for everyday use asks for it first.
+/// The diagnostics level of the running program; expensive diagnostics check it first.
 DiagnosticsLevel diagnosticsLevel();
 void setDiagnosticsLevel(DiagnosticsLevel level);
 

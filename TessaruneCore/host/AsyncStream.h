@@ -14,15 +14,15 @@
 
 namespace tessarune {
 
-/// A sequence whose elements arrive over time: producers `yield` from any thread, one consumer
-/// awaits `next`, which goes on on the executor given at construction. Copies name the same stream.
+/// A sequence whose elements arrive over time. Producers `yield` from any thread; one consumer
+/// awaits `next` and resumes on the executor given at construction. Copies share the stream.
 template <typename T>
 class AsyncStream {
   public:
     explicit AsyncStream(Executor executor)
         : state_(std::make_shared<State>(std::move(executor))) {}
 
-    /// False if the stream has ended and the element was dropped.
+    /// Returns false, and drops the element, if the stream has ended.
     bool yield(T element) const {
         return state_->change([&](State& state) {
             if (state.ended)
@@ -32,12 +32,12 @@ class AsyncStream {
         });
     }
 
-    /// No more elements; what is waiting is still delivered.
+    /// Ends the stream; queued elements are still delivered.
     void finish() const {
         state_->change([](State& state) { return state.ended = true; });
     }
 
-    /// As `finish`, and then `next` throws `failure` once.
+    /// Like `finish`, but `next` then throws `failure` once.
     void fail(std::exception_ptr failure) const {
         state_->change([&](State& state) {
             if (state.ended)
@@ -52,7 +52,7 @@ class AsyncStream {
         return state_->ended;
     }
 
-    /// How many elements have arrived and were not taken yet.
+    /// The number of queued elements.
     std::size_t waiting() const {
         std::lock_guard lock(state_->mutex);
         return state_->elements.size();
@@ -60,7 +60,7 @@ class AsyncStream {
 
     bool operator==(const AsyncStream& other) const { return state_ == other.state_; }
 
-    /// `co_await stream.next(stop)`: the next element, or nothing at the end or when asked to stop.
+    /// `co_await stream.next(stop)`: the next element, or `nullopt` at the end or on cancellation.
     Task<std::optional<T>> next(std::stop_token stop = {}) const {
         return nextOf(state_, std::move(stop));
     }
@@ -121,8 +121,8 @@ class AsyncStream {
     };
 
     static Task<std::optional<T>> nextOf(std::shared_ptr<State> state, std::stop_token stop) {
-        // Registered before the suspension: a request that comes between the two finds no waiter,
-        // and the awaiter then sees the request itself.
+        // Registered before the suspension: a stop request in between finds no waiter, and the
+        // awaiter then sees the request itself.
         std::stop_callback<Wake> onStop(stop, Wake{state});
         Awaiter arrival{*state, stop};
         co_await arrival;

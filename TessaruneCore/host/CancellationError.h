@@ -4,7 +4,7 @@
 
 namespace tessarune {
 
-/// A step gave up because its task was asked to stop. It is no failure and is shown to nobody.
+/// Thrown by a step that stops because its task was cancelled. Not a failure; never shown.
 class CancellationError : public std::exception {
   public:
     const char* what() const noexcept override { return "cancelled"; }

@@ -4,8 +4,8 @@
 
 namespace tessarune {
 
-/// Where a suspended coroutine goes on: the main queue of a host, or one of its serial queues.
-/// A small value; it keeps the queue alive, and the host must outlive it.
+/// Where a suspended coroutine resumes: the main queue of a host, or one of its serial queues.
+/// A small value that keeps the queue alive; the host must outlive it.
 class Executor {
   public:
     static Executor main(Host& host) { return Executor(host, nullptr); }

@@ -11,35 +11,35 @@ namespace tessarune {
 
 using Block = std::function<void()>;
 
-/// How urgently a serial queue's work is wanted. A host may map it to thread priorities or ignore
-/// it.
+/// The priority of a serial queue's work. A host may map it to thread priorities or ignore it.
 enum class QueuePriority { userInitiated, standard, utility };
 
-/// Runs blocks one after the other, in the order in which they were handed over.
+/// Runs blocks one after the other in the order in which they were queued.
 ///
-/// Any thread may call; the blocks run on the queue's own thread (or in simulated time). Blocks
-/// that are still waiting when the last reference goes away are run before the queue ends.
+/// Any thread may call; the blocks run on the queue's own thread (or in simulated time). The
+/// destructor runs all queued blocks first.
 class SerialQueue {
   public:
     virtual ~SerialQueue() = default;
 
     virtual void async(Block block) = 0;
 
-    /// Runs `block` after everything handed over before it, and returns when it is done.
+    /// Runs `block` after all blocks queued before it and returns when it has finished.
     /// Must not be called from a block of the same queue.
     virtual void sync(const Block& block) = 0;
 
     virtual const std::string& label() const = 0;
 };
 
-/// Handle of a delayed call. Copies name the same call; dropping the handle does not cancel it.
+/// Handle of a delayed call. Copies refer to the same call; destroying the handle does not cancel
+/// it.
 class DelayedCall {
   public:
     DelayedCall() = default;
     explicit DelayedCall(std::shared_ptr<std::atomic<bool>> cancelled)
         : cancelled_(std::move(cancelled)) {}
 
-    /// After this the block does not start any more. One that is running goes on.
+    /// Prevents the block from starting; a block that is already running continues.
     void cancel() {
         if (cancelled_)
             cancelled_->store(true);
@@ -49,27 +49,27 @@ class DelayedCall {
     std::shared_ptr<std::atomic<bool>> cancelled_;
 };
 
-/// Time, the main queue, delayed calls and serial queues: all that the program above the platform
-/// line may know of clocks and threads.
+/// Time, the main queue, delayed calls and serial queues. Code above the platform line uses no
+/// other clock or thread.
 ///
-/// All operations may be called from any thread. A host outlives everything that was made with it.
+/// All operations may be called from any thread. A host must outlive everything created with it.
 class Host {
   public:
     virtual ~Host() = default;
 
-    /// Seconds since 1970, on a clock that never jumps: it starts at the wall clock's value and
-    /// then advances with real time, whatever happens to the wall clock. Captions, intervals and
-    /// recordings are measured with it.
+    /// Seconds since 1970 on a clock that never jumps: it starts at the wall clock's value and then
+    /// advances with real time, even if the wall clock is set. Captions, intervals and recordings
+    /// use it.
     virtual double now() const = 0;
 
-    /// Seconds since 1970 as the wall clock says at this moment: for names of files and dates that
-    /// a person reads. It may jump either way.
+    /// Seconds since 1970 on the wall clock, for file names and dates that people read. May jump in
+    /// either direction.
     virtual double wallClock() const = 0;
 
-    /// Runs `block` on the main queue, after what was posted before.
+    /// Runs `block` on the main queue after all blocks posted before it.
     virtual void post(Block block) = 0;
 
-    /// Runs `block` on the main queue, not before `seconds` have passed.
+    /// Runs `block` on the main queue after at least `seconds`.
     virtual DelayedCall after(double seconds, Block block) = 0;
 
     virtual std::shared_ptr<SerialQueue> serialQueue(std::string_view label,
@@ -77,8 +77,8 @@ class Host {
 
     virtual bool isOnMainQueue() const = 0;
 
-    /// `spawn` tells of each frame that it starts, and of its end, on the thread where it happens:
-    /// a host that ends before its tasks can then destroy what nobody will ever resume.
+    /// `spawn` reports the start and the end of each coroutine frame, on the thread where it
+    /// happens, so that a host that ends before its tasks can destroy the suspended frames.
     virtual void taskBegan(std::coroutine_handle<>) {}
     virtual void taskEnded(std::coroutine_handle<>) {}
 };

@@ -10,11 +10,11 @@
 
 namespace tessarune {
 
-/// A value that arrives once: the first `resume` stores it and wakes the one waiter, later ones do
-/// nothing. It is the means by which two tasks race.
+/// A value that arrives once: the first `resume` stores it and wakes the waiter, later calls do
+/// nothing. Used where several events race.
 ///
-/// `resume` may be called from any thread; the waiter goes on on the executor given at
-/// construction. Copies name the same slot.
+/// `resume` may be called from any thread; the waiter resumes on the executor given at
+/// construction. Copies share the slot.
 template <typename T>
 class OneShot {
   public:
@@ -38,7 +38,7 @@ class OneShot {
         return state_->value.has_value();
     }
 
-    /// Awaitable, by one coroutine; goes on at once if the value is there already.
+    /// Awaitable by one coroutine, which continues at once if the value has already arrived.
     auto value() const { return Awaiter{state_}; }
     auto operator co_await() const { return Awaiter{state_}; }
 

@@ -115,7 +115,7 @@ bool SimulatedHost::step(double limit) {
 
 void SimulatedHost::end() {
     hasEnded_ = true;
-    // What is destroyed may hand over more, which is not taken any more.
+    // Destructors may queue more blocks; these are dropped.
     for (std::size_t lane = 0; lane < lanes_.size(); ++lane)
         Lane().swap(*lanes_[lane]);
     std::vector<Timer>().swap(timers_);

@@ -11,14 +11,14 @@
 
 namespace tessarune {
 
-/// A host in virtual time: one thread, no waiting, the same course every time.
+/// A host in virtual time: single-threaded, without waiting, deterministic.
 ///
-/// Nothing runs but inside `run…`. Time advances only from one due time to the next. Where several
-/// things could happen next at the same time (blocks of different queues, delayed calls that are
-/// due together), the seed decides; seed 0 takes them in the order in which they were handed over.
-/// One queue's blocks always keep their order.
+/// Blocks run only inside `run…`, and time advances from one due time to the next. Where several
+/// blocks could run at the same time (blocks of different queues, delayed calls with equal due
+/// times), the seed decides; seed 0 runs them in the order in which they were queued. Blocks of one
+/// queue always keep their order.
 ///
-/// Not thread-safe: everything happens on the caller's thread.
+/// Not thread-safe: everything runs on the caller's thread.
 class SimulatedHost final : public Host {
   public:
     explicit SimulatedHost(double startTime = 0, std::uint64_t seed = 0);
@@ -33,35 +33,36 @@ class SimulatedHost final : public Host {
     void taskBegan(std::coroutine_handle<> task) override { tasks_.push_back(task); }
     void taskEnded(std::coroutine_handle<> task) override { std::erase(tasks_, task); }
 
-    /// Runs everything that is due up to and including `limit`. The clock stays at the last due
-    /// time that was reached; see `advanceTo`.
+    /// Runs everything that is due up to and including `limit`. The clock stops at the last due
+    /// time reached; see `advanceTo`.
     void runDue(double limit);
 
-    /// As `runDue`, and then sets the clock to `time` if it is later.
+    /// Like `runDue`, then sets the clock to `time` if that is later.
     void advanceTo(double time);
     void advanceBy(double seconds) { advanceTo(now_ + seconds); }
 
-    /// Runs until nothing is left to happen, or until `limit`.
+    /// Runs until nothing is queued or scheduled, or until `limit`.
     void runUntilIdle(double limit = std::numeric_limits<double>::max()) { runDue(limit); }
 
-    /// Runs the next single thing that is due up to `limit`; false if there is none.
+    /// Runs the next single block that is due up to `limit`; false if there is none.
     bool step(double limit = std::numeric_limits<double>::max());
 
-    /// Sets the wall clock ahead or back, as a user or a time server does; `now` does not move.
+    /// Sets the wall clock forward or back, as a user or a time server does; `now` is unaffected.
     void shiftWallClock(double seconds) { wallClockOffset_ += seconds; }
 
-    /// The computer sleeps: both clocks go on, and delayed calls that were due meanwhile come late.
+    /// Simulates a suspended computer: both clocks advance, and delayed calls due meanwhile run
+    /// late.
     void sleepComputer(double seconds) { now_ += seconds; }
 
-    /// Destroys all that is suspended or waits to be run. Nothing runs after it but what `sync`
-    /// brings. What the suspended tasks refer to must still be there.
+    /// Destroys all suspended tasks and queued blocks. Afterwards only `sync` runs blocks. Objects
+    /// that the suspended tasks refer to must still exist.
     void end();
 
-    /// How much is suspended, and how much waits to be run: what must level off in a long session.
+    /// The numbers of suspended tasks and queued blocks, which must level off in a long session.
     std::size_t liveTasks() const { return tasks_.size(); }
     std::size_t waitingBlocks() const;
 
-    /// The seed's random numbers, for scripted partners of the simulation.
+    /// Random numbers from the seed, for scripted participants of the simulation.
     std::mt19937_64& random() { return random_; }
 
   private:

@@ -13,7 +13,7 @@ Detached runDetached(Task<void> task, OneShot<bool> finished, Host&) {
 
 TaskHandle spawn(const Executor& executor, Task<void> task, std::stop_source stop) {
     OneShot<bool> finished(executor);
-    // std::function wants something that can be copied, a task can only be moved.
+    // std::function requires a copyable callable, but a task can only be moved.
     auto shared = std::make_shared<Task<void>>(std::move(task));
     executor.run([shared, finished, &host = executor.host()] {
         taskDetail::runDetached(std::move(*shared), finished, host);

@@ -13,7 +13,7 @@ namespace tessarune {
 enum class EndpointReason { silence, hardLimit, manual, engineFinal };
 
 std::string_view name(EndpointReason reason);
-/// Nothing for an unknown name.
+/// `nullopt` for an unknown name.
 std::optional<EndpointReason> endpointReason(std::string_view name);
 
 /// One word of a result, with its span in seconds.
@@ -25,9 +25,9 @@ struct ASRWordTiming {
     bool operator==(const ASRWordTiming&) const;
 };
 
-/// What a recogniser says: the only input of the caption engine.
+/// A result of the recogniser: the only input of the caption engine.
 struct ASREvent {
-    /// The current guess at the running utterance.
+    /// The current hypothesis for the open utterance.
     struct Partial {
         std::string text;
         std::int64_t revision = 0; ///< grows from the recogniser's side
@@ -36,7 +36,7 @@ struct ASREvent {
         bool operator==(const Partial&) const;
     };
 
-    /// A finished utterance and the span that it covers, in seconds.
+    /// A finished utterance and its time span in seconds.
     struct Final {
         std::string text;
         double start = 0;

@@ -35,10 +35,10 @@ class File {
             fail(errno);
         if (S_ISDIR(status.st_mode))
             fail(EISDIR);
-        // Devices may have no end. A pipe has one, and no size.
+        // Devices may be endless. A pipe ends but has no size.
         if (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode))
             return requireEnd();
-        // One byte more, so that the end of the file shows without another round.
+        // One byte more than the file's size, so that the first read detects the end.
         std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
         std::size_t filled = 0;
         while (const std::size_t count = readSome(bytes.data() + filled, bytes.size() - filled)) {

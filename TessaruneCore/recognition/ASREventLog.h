@@ -8,18 +8,18 @@
 #include <optional>
 #include <vector>
 
-/// The file in which a session's recognition events are kept, to make its captions again later.
+/// The file of a session's recognition events, from which its captions can be replayed.
 namespace tessarune::ASREventLog {
 
-/// Writes one record a line; see `LineLogWriter` for threads and failures.
+/// Writes one record per line; see `LineLogWriter` for threads and failures.
 class Writer {
   public:
-    /// Creates the file, or empties the one that is there. Null if it can't be opened.
+    /// Creates or truncates the file. Null if it cannot be opened.
     static std::unique_ptr<Writer> open(Host& host, const std::filesystem::path& path);
 
-    /// Returns at once. `t` is when the event is logged, by default now.
+    /// Returns at once. `t` is the time at which the event is logged; defaults to now.
     void append(ASREvent event, std::optional<double> t = std::nullopt);
-    /// Waits for what was appended before, and closes the file.
+    /// Writes what is queued, then closes the file.
     void close() { lines_->close(); }
 
   private:
@@ -29,11 +29,11 @@ class Writer {
     std::unique_ptr<LineLogWriter> lines_;
 };
 
-/// The records of a file in the order of their times; those of the same time in the order of the
-/// file. Lines that are no records are skipped, as is a last line that was cut off anywhere.
+/// The records of a file, sorted by time; records with equal times keep the file's order. Skips
+/// lines that are not records, including a truncated last line.
 ///
-/// Throws `std::system_error` if the file can't be read, and `std::runtime_error` if it is not
-/// UTF-8. Takes memory for the file and its records.
+/// Throws `std::system_error` if the file cannot be read and `std::runtime_error` if it is not
+/// UTF-8. Uses memory for the file and its records.
 std::vector<ASREventRecord> read(const std::filesystem::path& path);
 
 } // namespace tessarune::ASREventLog

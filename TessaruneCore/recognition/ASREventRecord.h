@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// One line of an event log: an event and when it was logged. What is read from a file may hold
-/// any kind and any selection of the optional fields. Compared byte for byte.
+/// One line of an event log: an event and the time at which it was logged. A record read from a
+/// file may have any kind and any subset of the optional fields. Compared byte for byte.
 struct ASREventRecord {
     double t = 0; ///< seconds since 1970
     std::string kind;
@@ -26,12 +26,12 @@ struct ASREventRecord {
     ASREventRecord() = default;
     ASREventRecord(double t, ASREvent event);
 
-    /// The event, what is absent being filled in; nothing for an unknown kind.
+    /// The event, with defaults for absent fields; `nullopt` for an unknown kind.
     std::optional<ASREvent> asEvent() const;
 
-    /// As a JSON object without a line feed; nothing if a number is infinite or none.
+    /// A JSON object without a line feed; `nullopt` if a number is not finite.
     std::optional<std::string> line() const;
-    /// From a JSON object; nothing if it is no record.
+    /// Parses a JSON object; `nullopt` if it is not a record.
     static std::optional<ASREventRecord> fromLine(std::string_view line);
 };
 

@@ -6,18 +6,18 @@
 
 namespace tessarune {
 
-/// In which unit a run of text without punctuation is measured.
+/// The unit in which text without punctuation is measured.
 enum class BoundaryUnit { words, characters };
 
 /// "words" or "characters": the raw value, and the label in diagnostics.
 std::string_view diagnosticLabel(BoundaryUnit unit);
-/// Nothing for an unknown raw value.
+/// `nullopt` for an unknown raw value.
 std::optional<BoundaryUnit> boundaryUnit(std::string_view rawValue);
 
-/// What a recogniser does by itself, and so need not be done for it.
+/// What a recogniser already does by itself.
 struct EngineCapabilities {
     bool punctuatesNatively = false; ///< text comes punctuated
-    /// The recogniser ends utterances by itself, and cutting is left to it.
+    /// The recogniser ends utterances by itself, so sentences are not cut early.
     bool selfSegments = false;
     bool streamsWordByWord = false;                         ///< partials grow word by word
     bool providesWordTimestamps = false;                    ///< finals carry words
@@ -26,7 +26,7 @@ struct EngineCapabilities {
     BoundaryUnit boundaryUnit = BoundaryUnit::words;
     std::int64_t maxUnpunctuatedUnits = 28; ///< longer runs without punctuation are cut
 
-    /// A copy for texts of that language: Chinese is measured in characters, 48 of them.
+    /// A copy for texts in that language: Chinese uses characters and a limit of 48.
     EngineCapabilities localized(std::string_view localeIdentifier) const;
 
     bool operator==(const EngineCapabilities&) const = default;

@@ -14,11 +14,11 @@ inline constexpr std::string_view defaultRecognitionOptionID = "apple-analyzer-e
 inline constexpr std::string_view groupEnglish = "English";
 
 const std::vector<RecognitionOption>& recognitionOptions();
-/// Those that a menu offers: all of them.
+/// The options that a menu offers: all of them.
 const std::vector<RecognitionOption>& visibleRecognitionOptions();
 
 std::optional<RecognitionOption> recognitionOption(std::string_view id);
-/// `id` if the list has it, else the default: settings may hold an id of another version.
+/// `id` if it is listed, else the default; settings may hold an id of another version.
 std::string normalizedRecognitionOptionID(std::string_view id);
 
 } // namespace tessarune::ModelCatalog

@@ -6,7 +6,7 @@
 
 namespace tessarune {
 
-/// Which recogniser hears a language. There is one kind: the analyzer on the device.
+/// The recogniser that handles a language. There is one kind: the on-device analyzer.
 struct RecognitionEngine {
     struct AppleAnalyzer {
         std::string localeIdentifier;

@@ -6,7 +6,7 @@
 
 namespace tessarune {
 
-/// A row of the choice of recognition languages. All but `group` stays as it was made.
+/// One selectable recognition language. Only `group` may change after construction.
 struct RecognitionOption {
     std::string id; ///< what settings store
     std::string title;
@@ -15,7 +15,7 @@ struct RecognitionOption {
     RecognitionEngine engine;
     std::string group;
 
-    /// Those of the engine, for texts of this language.
+    /// The engine's capabilities for texts in this language.
     EngineCapabilities capabilities() const {
         return engine.capabilities().localized(localeIdentifier);
     }

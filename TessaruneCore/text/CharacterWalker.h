@@ -6,16 +6,16 @@
 
 namespace tessarune::Text {
 
-/// Gives the characters of a text one after the other, without a list of them all.
+/// Iterates over the characters of a text without building a list.
 ///
-/// ASCII and the common letters of the world's scripts are cut here, and cost neither a call of ICU
-/// nor an allocation; a stretch in which code points join (marks, emoji, jamo, flags) goes through
-/// ICU as a whole. The text must outlive the walker. Confined to one thread.
+/// ASCII and the common letters of the world's scripts take a fast path without ICU or allocation.
+/// Runs in which code points join (marks, emoji, jamo, flags) go through ICU as a whole. The text
+/// must outlive the walker. Confined to one thread.
 class CharacterWalker {
   public:
     explicit CharacterWalker(std::string_view text) : text_(text) {}
 
-    /// The next character into `character`; false at the end.
+    /// Stores the next character in `character`; false at the end.
     bool next(std::string_view& character) {
         if (at_ == text_.size())
             return false;
@@ -30,7 +30,7 @@ class CharacterWalker {
         return true;
     }
 
-    /// How many bytes have been walked over.
+    /// The number of bytes consumed.
     std::size_t position() const { return at_; }
 
   private:

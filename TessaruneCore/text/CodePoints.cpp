@@ -19,8 +19,8 @@ struct Range {
     char32_t last;
 };
 
-// Left out: the soft hyphen, emoji (© ® ‼ ⁉ 〰 〽), marks, and code points that normalisation
-// replaces (a few Greek ones, some spaces).
+// Excluded: the soft hyphen, emoji (© ® ‼ ⁉ 〰 〽), marks, and code points that normalisation
+// replaces (a few Greek letters, some spaces).
 constexpr Range plainRanges[] = {
     {0x0000, 0x00A8}, {0x00AA, 0x00AC}, {0x00AF, 0x02FF}, {0x0388, 0x0482}, {0x048A, 0x052F},
     {0x1E00, 0x1EFF}, {0x2010, 0x2027}, {0x2030, 0x203B}, {0x203D, 0x2048}, {0x20A0, 0x20BF},

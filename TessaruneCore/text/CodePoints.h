@@ -3,13 +3,13 @@
 #include <cstddef>
 #include <string_view>
 
-/// Reading code points, and which of them need no thought; for the sources of `Text` and its tests.
+/// Decodes code points and classifies the simple ones. Internal to `Text` and its tests.
 namespace tessarune::Text {
 
 char32_t decodeMultibyte(std::string_view text, std::size_t& at);
 
-/// Whether the next code point surely has three bytes, as Han and kana do. After E0 and ED not
-/// every byte may follow.
+/// Whether the next code point certainly has three bytes, as Han and kana do. E0 and ED are left
+/// out, since they restrict the byte that follows.
 inline bool surelyHasThreeBytes(std::string_view text, std::size_t at) {
     const auto byte = [&](std::size_t offset) {
         return static_cast<unsigned char>(text[at + offset]);
@@ -18,7 +18,7 @@ inline bool surelyHasThreeBytes(std::string_view text, std::size_t at) {
            (byte(1) & 0xC0) == 0x80 && (byte(2) & 0xC0) == 0x80;
 }
 
-/// The code point at `at`, which moves on behind it. A byte that is no UTF-8 gives U+FFFD.
+/// Decodes the code point at `at` and advances `at` past it. An invalid UTF-8 byte gives U+FFFD.
 inline char32_t decode(std::string_view text, std::size_t& at) {
     const auto byte = [&](std::size_t offset) -> char32_t {
         return static_cast<unsigned char>(text[at + offset]);
@@ -35,17 +35,17 @@ inline char32_t decode(std::string_view text, std::size_t& at) {
     return codePoint;
 }
 
-/// The code point that ends at `end`, which moves back before it.
+/// Decodes the code point that ends at `end` and moves `end` to its start.
 char32_t decodeBackwards(std::string_view text, std::size_t& end);
 
-/// U+0009 to U+000D and the blank: what counts as white space in ASCII, by every rule.
+/// ASCII white space under every rule: U+0009 to U+000D and U+0020.
 inline bool isASCIIWhiteSpace(char32_t codePoint) {
     return codePoint == ' ' || (codePoint >= '\t' && codePoint <= '\r');
 }
 
-/// Whether a code point surely never joins another plain one, neither in a character (apart from CR
-/// LF) nor by normalisation, and is its own normal form. Covers what captions mostly consist of;
-/// false only means that ICU has to be asked.
+/// Whether a code point is plain: it never combines with another plain one, neither in a character
+/// (except CR LF) nor by normalisation, and it is its own normal form. Covers most caption text;
+/// false means that ICU must decide.
 bool isPlainByTable(char32_t codePoint);
 inline bool isPlain(char32_t codePoint) {
     return codePoint < 0x80 || (codePoint >= 0x4E00 && codePoint <= 0x9FFF) ||

@@ -23,14 +23,14 @@ int daysInMonth(int year, int month) {
     return month == 2 && isLeapYear(year) ? 29 : days[static_cast<std::size_t>(month - 1)];
 }
 
-/// Days from 1970-01-01 to the first of January of a year from 1 on.
+/// Days from 1970-01-01 to January 1st of a year of 1 or later.
 std::int64_t daysBeforeYear(int year) {
     constexpr std::int64_t daysTo1970 = 719162;
     const std::int64_t past = year - 1;
     return past * 365 + past / 4 - past / 100 + past / 400 - daysTo1970;
 }
 
-/// Takes a text apart, front to back; `isGood` tells whether all was as it had to be.
+/// Parses a text front to back; `isGood` is false after the first mismatch.
 struct Reader {
     std::string_view rest;
     bool isGood = true;

@@ -42,7 +42,7 @@ std::string_view trimmedOf(std::string_view text, Test isTrimmed) {
     return text.substr(start, end - start);
 }
 
-/// Calls `use` with each maximal run of characters that are no separators.
+/// Calls `use` with each maximal run of characters that are not separators.
 template <typename Test, typename Use>
 void forEachPiece(std::string_view text, Test isSeparator, Use use) {
     std::size_t start = 0;
@@ -60,7 +60,7 @@ void forEachPiece(std::string_view text, Test isSeparator, Use use) {
         use(text.substr(start, end - start));
 }
 
-/// How many runs of other bytes stand between the bytes that a test finds, without a branch.
+/// Counts the runs of bytes between separators without branches.
 template <typename Test>
 std::size_t countOfByteRuns(std::string_view text, Test isSeparator) {
     std::size_t count = 0;
@@ -77,7 +77,7 @@ bool isBlank(std::string_view character) {
     return character == " ";
 }
 
-/// Whether the blank at `at` is a character for certain, nothing on either side being joined to it.
+/// Whether the blank at `at` is certainly a character of its own.
 bool isLoneBlank(std::string_view text, std::size_t at) {
     std::size_t end = at;
     std::size_t next = at + 1;

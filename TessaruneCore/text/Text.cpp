@@ -18,27 +18,27 @@ bool isContinuation(std::string_view text, std::size_t at) {
     return at < text.size() && (static_cast<unsigned char>(text[at]) & 0xC0) == 0x80;
 }
 
-/// Whether the next code point at `at` is plain, or there is none.
+/// Whether the code point at `at` is plain or `at` is the end.
 bool isPlainOrEnd(std::string_view text, std::size_t at) {
     return at == text.size() || isPlain(decode(text, at));
 }
 
-/// Whether `text` begins with one plain code point that nothing joins.
+/// Whether `text` begins with a plain code point that is a character of its own.
 bool beginsWithLonePlain(std::string_view text) {
     std::size_t at = 0;
     return isPlain(decode(text, at)) && isPlainOrEnd(text, at);
 }
 
-/// Whether a character surely ends at `at`, inside of `text`.
+/// Whether a character certainly ends at `at`, inside `text`.
 bool surelyEndsAt(std::string_view text, std::size_t at) {
     std::size_t end = at;
     const char32_t before = decodeBackwards(text, end);
     return isPlain(before) && isPlainOrEnd(text, at) && !(before == '\r' && text[at] == '\n');
 }
 
-/// Whether the difference of two texts (neither being the other) shows that they are no equivalents
-/// and `b` no beginning of `a`. Up to the difference they are the same bytes, so that the code
-/// points there decide if nothing joins them.
+/// Whether the first difference of two texts proves that they are not equivalent and that `b` is
+/// not a prefix of `a`. The bytes before it are equal, so the code points at the difference decide
+/// if they do not combine with their neighbours.
 bool surelyDiffer(std::string_view a, std::string_view b) {
     auto at = static_cast<std::size_t>(std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first -
                                        a.begin());
@@ -70,7 +70,7 @@ std::size_t CharacterWalker::endOfNext() {
     return end;
 }
 
-/// Where, from here on, a code point is the first that begins a character for certain.
+/// The next position at which a character certainly begins.
 std::size_t CharacterWalker::endOfJoinedStretch() const {
     std::size_t end = at_;
     for (;;) {
@@ -79,8 +79,7 @@ std::size_t CharacterWalker::endOfJoinedStretch() const {
             return end;
         std::size_t next = end;
         const char32_t after = decode(text_, next);
-        // A plain code point joins what stands before it only as a syllable joins a leading jamo,
-        // and as anything joins a prepended mark.
+        // A plain code point joins the one before it only after a leading jamo or a prepended mark.
         const auto kind =
             u_getIntPropertyValue(static_cast<UChar32>(before), UCHAR_GRAPHEME_CLUSTER_BREAK);
         if (isPlain(after) && kind != U_GCB_PREPEND && kind != U_GCB_L && kind != U_GCB_CR)
@@ -189,7 +188,7 @@ std::string lowercased(std::string_view text) {
 }
 
 std::string shortest(double value) {
-    // Between these bounds the digits stand without an exponent.
+    // Between these bounds the number is written without an exponent.
     const double size = std::abs(value);
     const bool isPlainNumber = size == 0 || (size >= 1e-4 && size < 1e16);
     char digits[32];

@@ -18,14 +18,14 @@ std::size_t columnsOfCharacter(std::string_view character) {
     const int width = u_getIntPropertyValue(codePoint, UCHAR_EAST_ASIAN_WIDTH);
     if (width == U_EA_WIDE || width == U_EA_FULLWIDTH)
         return 2;
-    // A flag is a pair of letters, each narrow by itself.
+    // A flag is a pair of regional indicators, each narrow by itself.
     if (u_hasBinaryProperty(codePoint, UCHAR_REGIONAL_INDICATOR))
         return 2;
     const int type = u_charType(codePoint);
     return type == U_NON_SPACING_MARK || type == U_FORMAT_CHAR ? 0 : 1;
 }
 
-/// One line under construction, which remembers the last place where it may be broken.
+/// A line under construction and the last position at which it may be broken.
 class Line {
   public:
     explicit Line(std::size_t width) : width_(width) {}

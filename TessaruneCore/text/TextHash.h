@@ -5,8 +5,8 @@
 
 namespace tessarune {
 
-/// FNV-1a, 64 bit, over the bytes of `text`, as 16 lower-case hexadecimal digits. Diagnostics name
-/// a text by it, so that tools can follow the text through files that do not hold it.
+/// FNV-1a, 64 bit, over the bytes of `text`, as 16 lower-case hexadecimal digits. Diagnostics files
+/// identify a text by its hash, so tools can follow it without seeing it.
 std::string fnv1a64Hex(std::string_view text);
 
 } // namespace tessarune

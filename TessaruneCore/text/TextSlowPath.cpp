@@ -14,7 +14,7 @@ namespace tessarune::Text::SlowPath {
 
 namespace {
 
-/// ICU fails only where its own data is missing, which no text can cause.
+/// ICU fails only if its data is missing; no text can cause that.
 void require(UErrorCode status) {
     if (U_FAILURE(status))
         throw std::runtime_error(std::string("ICU: ") + u_errorName(status));
@@ -33,7 +33,7 @@ std::string utf8(const icu::UnicodeString& text) {
     return result;
 }
 
-/// Costs a copy of ICU's rules to make, and keeps a position: one for each thread.
+/// Expensive to create and stateful, hence one per thread.
 icu::BreakIterator& characterBreaks() {
     thread_local const std::unique_ptr<icu::BreakIterator> breaks = [] {
         UErrorCode status = U_ZERO_ERROR;

@@ -5,11 +5,11 @@
 #include <string_view>
 #include <vector>
 
-/// What `Text` does where it knows no short cut: the whole text through ICU, by the book. Apart
-/// from `Text` only its tests use this, as the answer that every short cut has to give too.
+/// The general implementation behind `Text`, which passes whole texts through ICU. Tests use it as
+/// the reference for every fast path.
 namespace tessarune::Text::SlowPath {
 
-/// The byte offset of the end of each character.
+/// The byte offsets at which characters end.
 std::vector<std::size_t> characterEnds(std::string_view text);
 std::vector<std::string_view> characters(std::string_view text);
 bool equal(std::string_view a, std::string_view b);

@@ -8,10 +8,10 @@
 
 namespace tessarune {
 
-/// Whether trying again may help, or the user has to do something.
+/// Whether a retry may help or the user has to act.
 enum class CommittedTranslationFailureSeverity { recoverable, actionable };
 
-/// What follows from a failed unit.
+/// How to react to a failed unit.
 enum class CommittedTranslationFailureAction {
     continueSilently,
     rebuildLanguagePair,
@@ -21,9 +21,9 @@ enum class CommittedTranslationFailureAction {
 
 std::string_view name(CommittedTranslationFailureAction action);
 
-/// Counts the failures of one language pair's units and turns each into an action: single
-/// recoverable ones pass in silence, the third in a row asks for a new pair, the fifth and later
-/// ones are told to the user; what the user must act on is told at once.
+/// Counts the failures of one language pair's units and maps each to an action. Single recoverable
+/// failures are silent; the third in a row reloads the pair; the fifth and later ones are shown to
+/// the user. Failures that the user must resolve are shown at once.
 struct CommittedTranslationHealthState {
     std::int64_t consecutiveFailedUnits = 0;
     std::unordered_set<UUID> unresolvedUnitIDs;
@@ -33,7 +33,7 @@ struct CommittedTranslationHealthState {
     void recordSuccess(const UUID& unitID);
     CommittedTranslationFailureAction recordFailure(const UUID& unitID,
                                                     CommittedTranslationFailureSeverity severity);
-    /// The failures are gone, but the count goes on: nothing has succeeded yet.
+    /// Clears the failures but keeps the count, since nothing has succeeded yet.
     void resolveFailures(const std::unordered_set<UUID>& unitIDs);
     void reset();
 

@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// A run of consecutive committed rows that is translated as one text. Texts are compared by
-/// canonical equivalence.
+/// Consecutive committed rows that are translated as one text. Equality compares texts by canonical
+/// equivalence.
 struct CommittedTranslationUnit {
     UUID translationUnitID;            ///< fresh for each unit that is planned
     std::vector<UUID> segmentIDs;      ///< all members in order, blank ones included

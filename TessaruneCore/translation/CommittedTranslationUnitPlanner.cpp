@@ -31,7 +31,7 @@ bool contains(const std::array<std::string_view, N>& set, std::string_view chara
     return std::find(set.begin(), set.end(), character) != set.end();
 }
 
-/// The group that is being collected.
+/// The group under construction.
 struct Group {
     std::vector<UUID> segmentIDs;
     std::string joined;
@@ -79,7 +79,7 @@ std::optional<CommittedTranslationUnit> nextPendingUnit(std::span<const CaptionS
         return std::nullopt;
     Group group;
     for (const auto& segment : segments.subspan(*first)) {
-        // A group never reaches over a row that has a result: the reader sees them in order.
+        // A group never spans a row that already has a result, since rows are read in order.
         if (!TranslationSegmentMutator::isPending(segment))
             break;
         group.segmentIDs.push_back(segment.id);
@@ -90,7 +90,7 @@ std::optional<CommittedTranslationUnit> nextPendingUnit(std::span<const CaptionS
         if (group.isComplete())
             return group.unit(newID);
     }
-    // A unit without text lets the caller close blank rows without translating anything.
+    // A unit without text lets the caller finish blank rows without a translation.
     if (group.joined.empty() || forceTail)
         return group.unit(newID);
     return std::nullopt;

@@ -7,20 +7,19 @@
 #include <span>
 #include <string_view>
 
-/// Groups committed rows that still wait for a translation into texts that are sensible to
-/// translate as a whole. Pure functions, safe from any thread.
+/// Groups committed rows without a translation into texts that are worth translating as a whole.
+/// Pure functions, safe from any thread.
 namespace tessarune::CommittedTranslationUnitPlanner {
 
-/// The next unit, beginning with the first pending row, or nothing while its text should still
-/// grow. With `forceTail` an unfinished group is a unit too. Nothing is changed: the caller marks
-/// the members and asks again.
+/// The next unit, starting at the first pending row, or `nullopt` while its text should still grow.
+/// `forceTail` accepts an unfinished group. The caller marks the members and calls again.
 std::optional<CommittedTranslationUnit> nextPendingUnit(std::span<const CaptionSegment> segments,
                                                         bool forceTail = false,
                                                         const UUIDSource& newID = UUID::random);
 
-/// Whether the text ends a sentence, closing quotes and brackets aside.
+/// Whether the text ends a sentence, ignoring closing quotes and brackets.
 bool hasTerminalPunctuation(std::string_view text);
-/// Whether there is a letter, mark or digit in the text.
+/// Whether the text contains a letter, mark or digit.
 bool hasTranslatableContent(std::string_view text);
 
 } // namespace tessarune::CommittedTranslationUnitPlanner

@@ -8,8 +8,7 @@
 
 namespace tessarune {
 
-/// One translation result on its way to the display, so that only the rows of its unit are made
-/// anew.
+/// One translation result for the display, which then updates only the rows of its unit.
 struct LiveCaptionDisplayTranslationPatch {
     UUID translationUnitID;
     std::vector<UUID> segmentIDs;              ///< the unit's rows, in order

@@ -30,7 +30,7 @@ void appendBlocks(std::vector<std::string>& blocks, std::span<const CaptionSegme
     }
 }
 
-/// The last row before the partial, or null.
+/// The last row in front of the partial, or null.
 const CaptionSegment* lastRow(const Sources& sources) {
     for (const auto rows :
          {sources.softCaptionSegments, sources.liveLeadingSentences, sources.committedSegments}) {

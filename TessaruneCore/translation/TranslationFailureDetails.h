@@ -25,10 +25,11 @@ enum class TranslationFailureCategory {
 
 std::string_view name(TranslationFailureCategory category);
 
-/// Languages and missing resources are the user's to change; all else may pass.
+/// The user must resolve unsupported languages and missing resources; other failures may be
+/// temporary.
 CommittedTranslationFailureSeverity severity(TranslationFailureCategory category);
 
-/// A failed translation as a plain value: for the logic that reacts by category, and for logs.
+/// A failed translation as a plain value, for the logic that reacts to its category and for logs.
 struct TranslationFailureDetails {
     TranslationFailureCategory category = TranslationFailureCategory::unknown;
     std::string message; ///< can be shown
@@ -40,7 +41,7 @@ struct TranslationFailureDetails {
 
     static TranslationFailureDetails of(const LocalizedError& error,
                                         TranslationFailureCategory category);
-    /// Of any exception: what is known of it depends on its type.
+    /// The details of any exception, as far as its type provides them.
     static TranslationFailureDetails of(const std::exception& error,
                                         TranslationFailureCategory category);
 };

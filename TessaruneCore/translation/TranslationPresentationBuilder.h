@@ -11,11 +11,11 @@
 #include <unordered_set>
 #include <vector>
 
-/// What a list of caption rows means for translation: which translations are visible, what the
-/// status line says, whether a retry makes sense. Pure functions, safe from any thread.
+/// Derives from a list of caption rows which translations are visible, what the status line says
+/// and whether a retry makes sense. Pure functions, safe from any thread.
 namespace tessarune::TranslationPresentationBuilder {
 
-/// Why a retry cannot run: a short text beside the captions and a sentence for the status line.
+/// Why a retry cannot run: a short text beside the captions, and a sentence for the status line.
 struct RetryBlockedStatus {
     std::string translationStatusMessage;
     std::string statusMessage;
@@ -27,7 +27,7 @@ bool hasFailures(std::span<const CaptionSegment> segments);
 /// Whether a row has no translation, failed ones included.
 bool hasIncomplete(std::span<const CaptionSegment> segments);
 std::size_t pendingCount(std::span<const CaptionSegment> segments);
-/// Rows that carry the text of a unit; its other members do not count.
+/// Rows that carry the text of a unit; its other members are not counted.
 std::size_t translatedCount(std::span<const CaptionSegment> segments);
 
 std::vector<std::string> visibleTranslations(std::span<const CaptionSegment> segments,
@@ -37,11 +37,11 @@ std::string flow(const std::vector<std::string>& translations);
 
 bool canRetryFailures(std::span<const CaptionSegment> segments, bool backendCanRun);
 bool canRetryIncomplete(std::span<const CaptionSegment> segments, bool backendCanRun);
-/// For every target, the source language too: it is passed through.
+/// True for every target, even the source language, whose text is passed through.
 bool backendCanRun(std::string_view backend, std::string_view target);
 std::optional<RetryBlockedStatus> retryBlockedStatus(bool hasIncomplete, std::string_view backend);
 
-/// What the status line needs beside the rows.
+/// What the status line needs in addition to the rows.
 struct StatusInput {
     std::string_view backend;
     std::string_view target;

@@ -14,7 +14,7 @@ void clearUnit(CaptionSegment& segment) {
     segment.translationUnitCount.reset();
 }
 
-/// Calls `write` for each member row and sets its unit fields; true if a row differs afterwards.
+/// Calls `write` for each member row and sets its unit fields. Returns whether a row changed.
 template <typename Write>
 bool applyToMembers(const UUID& translationUnitID, const std::vector<UUID>& segmentIDs,
                     const UUID& resultSegmentID, std::span<CaptionSegment> segments, Write write) {

@@ -10,12 +10,12 @@
 #include <string_view>
 #include <vector>
 
-/// How the outcome of a translation unit is written into caption rows: the unit's text lands on one
-/// row, the other members are only marked as belonging to it. Touches the translation fields alone.
-/// Pure functions on the given rows, safe from any thread.
+/// Writes the outcome of a translation unit into caption rows: one row gets the unit's text, the
+/// other members are only marked as belonging to it. Changes translation fields only. Pure
+/// functions on the given rows, safe from any thread.
 namespace tessarune::TranslationSegmentMutator {
 
-/// Neither a translation nor a failure: the row still waits.
+/// The row has neither a translation nor a failure.
 bool isPending(const CaptionSegment& segment);
 
 std::optional<std::size_t> nextPendingIndex(std::span<const CaptionSegment> segments);
@@ -23,22 +23,22 @@ std::optional<std::size_t> nextPendingIndex(std::span<const CaptionSegment> segm
 /// Every row becomes pending.
 void clearResults(std::span<CaptionSegment> segments);
 
-/// Rows with a failure lose it and their unit; a translation stays.
+/// Clears the failure and the unit of every failed row; keeps translations.
 void clearErrors(std::span<CaptionSegment> segments);
-/// The same for failures that `matching` accepts. `onClear` sees each such row as it was before.
-/// True if anything was cleared.
+/// The same for failures that `matching` accepts. `onClear` gets each such row before the change.
+/// Returns whether anything was cleared.
 bool clearErrors(std::span<CaptionSegment> segments,
                  const std::function<bool(const std::string& error)>& matching,
                  const std::function<void(const CaptionSegment& segment)>& onClear);
 
-/// The unit's text goes to the row `resultSegmentID`, "" to the other members: they have a result,
-/// and do not show it a second time. True if a field of a row differs afterwards.
+/// Writes the unit's text to the row `resultSegmentID` and "" to the other members, which marks
+/// them as done without showing the text twice. Returns whether a field of a row changed.
 bool applySuccess(const UUID& translationUnitID, const std::vector<UUID>& segmentIDs,
                   const UUID& resultSegmentID, std::string_view translatedText,
                   std::span<CaptionSegment> segments);
 
-/// Every member carries the failure; a translation that stands there stays. True if a field of a
-/// row differs afterwards.
+/// Writes the failure to every member; keeps existing translations. Returns whether a field of a
+/// row changed.
 bool applyFailure(const UUID& translationUnitID, const std::vector<UUID>& segmentIDs,
                   const UUID& resultSegmentID, std::string_view error,
                   std::span<CaptionSegment> segments);

@@ -96,7 +96,7 @@ std::string primarySubtag(std::string_view id) {
 }
 
 std::string simplified(std::string_view text) {
-    // Making one parses some thousand rules; using one is safe from any thread.
+    // Construction parses some thousand rules, so there is one instance; its use is thread-safe.
     static const std::unique_ptr<const icu::Transliterator> transform = [] {
         UErrorCode status = U_ZERO_ERROR;
         std::unique_ptr<const icu::Transliterator> made(

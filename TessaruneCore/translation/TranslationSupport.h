@@ -4,9 +4,9 @@
 #include <string_view>
 #include <vector>
 
-/// All that the program knows about translation languages and translation backends: the targets and
-/// their platform identifiers, the state of a backend as text, and the message about missing
-/// language resources in each target language. Pure functions, safe from any thread.
+/// The translation languages and backends: targets with their platform identifiers, the state of a
+/// backend as text, and the message about missing language resources in each target language. Pure
+/// functions, safe from any thread.
 namespace tessarune::TranslationSupport {
 
 inline constexpr std::string_view defaultSourceLanguage = "en";
@@ -14,7 +14,7 @@ inline constexpr std::string_view appleBackendName = "苹果";
 inline constexpr std::string_view disabledBackendName = "关闭";
 inline constexpr bool appleOfflineSupported = true;
 inline constexpr std::string_view appleOfflineRequirementText = "macOS 26 或更高版本";
-/// Localisation keys: the sentence as a short status, and with its full stop.
+/// Localisation keys: a short status without a full stop, and a sentence.
 inline constexpr std::string_view appleOfflineUnsupportedMessage = "当前系统不支持 Apple 离线翻译";
 inline constexpr std::string_view appleOfflineUnsupportedSentence =
     "当前系统不支持 Apple 离线翻译。";
@@ -37,23 +37,23 @@ struct BackendStatus {
 const std::vector<TranslationTargetLanguage>& targetLanguages();
 /// The target with this `id`, or null.
 const TranslationTargetLanguage* targetLanguage(std::string_view id);
-/// The language's name in that language, localised; an unknown `id` as it stands.
+/// The language's localised name; an unknown `id` is returned unchanged.
 std::string translationTargetDisplayName(const TranslationTargetLanguage& language);
-/// The identifier that the translation service knows; an unknown `id` as it stands.
+/// The identifier that the translation service uses; an unknown `id` is returned unchanged.
 std::string appleLanguageIdentifier(std::string_view id);
 
-/// Whether two identifiers share their primary subtag: "zh-Hans" and "zh-Hant" do.
+/// Whether two identifiers share their primary subtag, as "zh-Hans" and "zh-Hant" do.
 bool isSameLanguageTarget(std::string_view target, std::string_view source = defaultSourceLanguage);
-/// Always: a test translation is allowed for the same-language target too.
+/// Always true: the source language may be tested as a target, too.
 bool canRunAppleTranslationTest(std::string_view target);
 
-/// What a translation looks like when it is shown: the service sometimes gives traditional
-/// characters for simplified Chinese.
+/// Prepares a translation for display: the service sometimes returns traditional characters for
+/// simplified Chinese.
 std::string normalizedTranslatedText(std::string_view text, std::string_view target);
 
 bool isAppleBackend(std::string_view name);
 bool isDisabledBackend(std::string_view name);
-/// The stored name of a backend; an unknown one becomes the default backend.
+/// The stored name of a backend; an unknown name maps to the default backend.
 std::string_view normalizedBackend(std::string_view name);
 bool canUseSoftTranslation(std::string_view backend);
 std::string backendDisplayName(std::string_view name);
@@ -62,7 +62,7 @@ BackendStatus backendStatus(std::string_view backend, std::string_view target);
 std::string backendNotConnectedMessage(std::string_view backend);
 std::string backendNotConnectedSentence(std::string_view backend);
 
-/// In the language of the target, since it stands where the translation would stand.
+/// In the target language, since it replaces the translation on screen.
 std::string_view languageResourceNotReadyMessage(std::string_view target);
 bool isLanguageResourceNotReadyDisplayMessage(std::string_view text);
 /// The text of a row's failure as a status line.

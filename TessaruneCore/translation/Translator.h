@@ -18,21 +18,21 @@ std::string_view name(TranslationAvailabilityStatus status);
 /// Seam between the translation logic and the offline translation service. Languages are the
 /// identifiers of `TranslationSupport`.
 ///
-/// The operations may run side by side. Each is started and goes on on the executor that the
-/// translator was made for, and the caller keeps the translator alive until it has ended. Failures
-/// are `TranslatorError`s.
+/// Operations may run concurrently. Each starts and resumes on the executor that the translator was
+/// created for; the caller keeps the translator alive until the operation has ended. Failures are
+/// `TranslatorError`s.
 class Translator {
   public:
     virtual ~Translator() = default;
 
-    /// Does not fail.
+    /// Never fails.
     virtual Task<TranslationAvailabilityStatus> availabilityStatus(std::string source,
                                                                    std::string target) = 0;
-    /// Gets what the pair needs and loads it; returns at once for a pair that is ready.
+    /// Downloads and loads what the pair needs; returns at once for a pair that is ready.
     virtual Task<void> prepareLanguages(std::string source, std::string target) = 0;
-    /// Drops all that is known of the pair and prepares it anew.
+    /// Drops all state of the pair and prepares it again.
     virtual Task<void> rebuildLanguagePair(std::string source, std::string target) = 0;
-    /// Prepares the pair first if need be. Blank text gives "".
+    /// Prepares the pair first if necessary. Blank text gives "".
     virtual Task<std::string> translate(std::string text, std::string source,
                                         std::string target) = 0;
 };

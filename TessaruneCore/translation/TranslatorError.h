@@ -9,21 +9,21 @@
 
 namespace tessarune {
 
-/// What a `Translator` fails with; nothing of the service behind it comes through.
+/// The failure of a `Translator`. Errors of the service behind it are mapped to one of these cases.
 class TranslatorError : public LocalizedError {
   public:
-    /// The service does not know this direction.
+    /// The service does not support this language pair.
     static TranslatorError unsupportedPair(std::string_view source, std::string_view target);
-    /// It does, but its files are not there yet. The text is in the target's language.
+    /// The pair is supported, but its files are not installed. The text is in the target language.
     static TranslatorError languageResourcesNotReady(std::string_view source,
                                                      std::string_view target);
     static TranslatorError backendFailure(const TranslationFailureDetails& details);
 
     const TranslationFailureDetails& details() const { return details_; }
 
-    /// The details of any error; one that is no `TranslatorError` is of the category `unknown`.
+    /// The details of any exception; other types than `TranslatorError` get the category `unknown`.
     static TranslationFailureDetails details(const std::exception& error);
-    /// The same for an exception that was caught with `std::current_exception`.
+    /// The same for a captured exception.
     static TranslationFailureDetails details(const std::exception_ptr& error);
 
   private:
@@ -33,7 +33,7 @@ class TranslatorError : public LocalizedError {
     TranslationFailureDetails details_;
 };
 
-/// There is no translator on this computer at all.
+/// This computer has no translator at all.
 class TranslatorRuntimeError : public LocalizedError {
   public:
     static TranslatorRuntimeError translatorUnavailable();
