@@ -1,6 +1,6 @@
 #include "Tessarune/diagnostics/ArenaTimelineExport.h"
 
-#include "TessaruneCore/text/PrettyJSON.h"
+#include "TessaruneCore/text/JSON.h"
 
 #include <nlohmann/json.hpp>
 
@@ -186,7 +186,7 @@ std::optional<std::string> encode(const File& file) {
         engines.push_back(json(engine));
     Json reference = Json::object();
     put(reference, "srt", file.reference.srt);
-    return PrettyJSON::encode({
+    return JSON::pretty({
         {"schemaVersion", file.schemaVersion},
         {"run", json(file.run)},
         {"engines", std::move(engines)},

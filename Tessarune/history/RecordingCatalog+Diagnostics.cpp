@@ -1,8 +1,6 @@
 #include "Tessarune/history/RecordingCatalog.h"
-#include "TessaruneCore/text/BoundedJSON.h"
+#include "TessaruneCore/text/JSON.h"
 #include "TessaruneCore/text/Text.h"
-
-#include <nlohmann/json.hpp>
 
 #include <algorithm>
 #include <limits>
@@ -12,7 +10,7 @@ namespace tessarune {
 
 namespace {
 
-using Json = nlohmann::json;
+using Json = JSON::Value;
 
 /// Whether a key "recordingID", at any depth, names one of the recordings.
 bool jsonObject(const Json& value, const std::set<std::string>& lowerCaseIDs) {
@@ -70,7 +68,7 @@ bool RecordingCatalog::namesRecording(const std::filesystem::path& run,
                                       const std::set<std::string>& ids) {
     for (const char* name : {"recording.json", "manifest.json"}) {
         try {
-            if (jsonObject(BoundedJSON::parse(files_.read(run / name)), ids))
+            if (jsonObject(JSON::parse(files_.read(run / name)), ids))
                 return true;
         } catch (const std::exception&) { // missing or unreadable: the next one
         }

@@ -1,10 +1,7 @@
 #include "Tessarune/history/RecordingIndex.h"
 
-#include "TessaruneCore/text/BoundedJSON.h"
 #include "TessaruneCore/text/ISO8601Date.h"
-#include "TessaruneCore/text/PrettyJSON.h"
-
-#include <nlohmann/json.hpp>
+#include "TessaruneCore/text/JSON.h"
 
 #include <algorithm>
 #include <cmath>
@@ -13,54 +10,7 @@ namespace tessarune {
 
 namespace {
 
-using Json = nlohmann::json;
-
-// How each type of field stands in JSON.
-
-bool read(const Json& value, std::string& text) {
-    if (!value.is_string())
-        return false;
-    text = value.get<std::string>();
-    return true;
-}
-
-bool read(const Json& value, UUID& id) {
-    const auto parsed = value.is_string() ? UUID::parse(value.get<std::string>()) : std::nullopt;
-    id = parsed.value_or(UUID());
-    return parsed.has_value();
-}
-
-bool read(const Json& value, double& number) {
-    if (!value.is_number())
-        return false;
-    number = value.get<double>();
-    return true;
-}
-
-bool read(const Json& value, std::int64_t& integer) {
-    constexpr double exact = 9007199254740992.0; // 2^53
-    if (value.is_number_integer()) {
-        integer = value.get<std::int64_t>();
-        return !value.is_number_unsigned() || integer >= 0;
-    }
-    const double number = value.is_number() ? value.get<double>() : 0.5;
-    if (std::trunc(number) != number || std::abs(number) > exact)
-        return false;
-    integer = static_cast<std::int64_t>(number);
-    return true;
-}
-
-/// A moment, so that it is told from a number.
-struct Date {
-    double& seconds;
-};
-
-bool read(const Json& value, Date date) {
-    const auto parsed =
-        value.is_string() ? ISO8601Date::parse(value.get<std::string>()) : std::nullopt;
-    date.seconds = parsed.value_or(0);
-    return parsed.has_value();
-}
+using Json = JSON::Value;
 
 Json written(const std::string& text) {
     return text;
@@ -75,48 +25,31 @@ Json written(std::int64_t integer) {
     return integer;
 }
 
-bool readRequired(const Json& object, const char* key, auto&& field) {
-    const auto found = object.find(key);
-    return found != object.end() && read(*found, std::forward<decltype(field)>(field));
-}
-
-/// A key that is missing or null is an absent value.
-template <typename Value>
-bool readOptional(const Json& object, const char* key, std::optional<Value>& field) {
-    const auto found = object.find(key);
-    if (found == object.end() || found->is_null())
-        return true;
-    return read(*found, field.emplace());
-}
-
-bool readOptionalDate(const Json& object, const char* key, std::optional<double>& field) {
-    const auto found = object.find(key);
-    if (found == object.end() || found->is_null())
-        return true;
-    return read(*found, Date{field.emplace()});
-}
-
 std::optional<RecordingMetadata> recordingOf(const Json& object) {
     RecordingMetadata recording;
-    if (!object.is_object() || !readRequired(object, "id", recording.id) ||
-        !readRequired(object, "startedAt", Date{recording.startedAt}) ||
-        !readOptionalDate(object, "endedAt", recording.endedAt) ||
-        !readRequired(object, "filePath", recording.filePath) ||
-        !readRequired(object, "duration", recording.duration) ||
-        !readRequired(object, "byteCount", recording.byteCount) ||
-        !readOptional(object, "audioFormat", recording.audioFormat) ||
-        !readOptional(object, "sampleRate", recording.sampleRate) ||
-        !readOptional(object, "channelCount", recording.channelCount) ||
-        !readOptional(object, "note", recording.note))
+    JSON::Date startedAt;
+    std::optional<JSON::Date> endedAt;
+    JSON::Reader reader(object);
+    reader.required("id", recording.id)
+        .required("startedAt", startedAt)
+        .optional("endedAt", endedAt)
+        .required("filePath", recording.filePath)
+        .required("duration", recording.duration)
+        .required("byteCount", recording.byteCount)
+        .optional("audioFormat", recording.audioFormat)
+        .optional("sampleRate", recording.sampleRate)
+        .optional("channelCount", recording.channelCount)
+        .optional("note", recording.note);
+    if (!reader.isGood())
         return std::nullopt;
+    recording.startedAt = startedAt.seconds;
+    if (endedAt)
+        recording.endedAt = endedAt->seconds;
     return recording;
 }
 
 std::optional<UUID> idOf(const Json& value) {
-    UUID id;
-    if (!value.is_object() || !readRequired(value, "id", id))
-        return std::nullopt;
-    return id;
+    return JSON::member<UUID>(value, "id");
 }
 
 /// Writes the fields of a recording over an object of which `before` was read. A field that is as
@@ -208,7 +141,7 @@ void forEachObject(std::string_view text, const std::function<void(std::string_v
 } // namespace
 
 std::optional<RecordingIndex> RecordingIndex::decoded(std::string_view json) {
-    Json array = BoundedJSON::parse(json);
+    Json array = JSON::parse(json);
     if (!array.is_array())
         return std::nullopt;
     RecordingIndex index;
@@ -224,7 +157,7 @@ RecordingIndex RecordingIndex::salvaged(std::string_view damaged,
     RecordingIndex index;
     std::set<UUID> known;
     const auto adopt = [&](std::string_view json) {
-        auto source = std::make_shared<const Json>(BoundedJSON::parse(json));
+        auto source = std::make_shared<const Json>(JSON::parse(json));
         auto recording = recordingOf(*source);
         if (recording && known.insert(recording->id).second)
             index.elements_.push_back({std::move(source), std::move(recording)});
@@ -300,13 +233,13 @@ std::string RecordingIndex::encoded() const {
     for (const auto& element : elements_)
         array.push_back(*element.source);
     // Nothing in it is infinite: neither what was parsed nor what `written` gave.
-    return PrettyJSON::encode(array).value() + "\n";
+    return JSON::pretty(array).value() + "\n";
 }
 
 std::optional<std::string> RecordingIndex::encodedEntry(const UUID& id) const {
     for (const auto& element : elements_) {
         if (element.recording && element.recording->id == id)
-            return PrettyJSON::encode(*element.source).value() + "\n";
+            return JSON::pretty(*element.source).value() + "\n";
     }
     return std::nullopt;
 }

@@ -1,39 +1,30 @@
 #include "Tessarune/history/SessionJournalContent.h"
 
-#include "TessaruneCore/diagnostics/JSONLine.h"
-#include "TessaruneCore/text/BoundedJSON.h"
-
-#include <nlohmann/json.hpp>
+#include "TessaruneCore/text/JSON.h"
 
 namespace tessarune {
 
 namespace {
 
-using Json = nlohmann::json;
+using Json = JSON::Value;
 using Content = SessionJournalContent;
 
-JSONLine encoded(const WordEvent& word) {
-    JSONLine line;
-    line.add("word", word.word)
+JSON::Ordered encoded(const WordEvent& word) {
+    return JSON::Object()
+        .add("word", word.word)
         .add("firstSeenAt", word.firstSeenAt)
         .add("revealedAt", word.revealedAt)
         .add("audioStart", word.audioStart)
-        .add("audioEnd", word.audioEnd);
-    return line;
+        .add("audioEnd", word.audioEnd)
+        .take();
 }
 
 std::optional<std::string> string(const Json& object, const char* key) {
-    const auto found = object.find(key);
-    if (found == object.end() || !found->is_string())
-        return std::nullopt;
-    return found->get<std::string>();
+    return JSON::member<std::string>(object, key);
 }
 
 std::optional<double> number(const Json& object, const char* key) {
-    const auto found = object.find(key);
-    if (found == object.end() || !found->is_number())
-        return std::nullopt;
-    return found->get<double>();
+    return JSON::member<double>(object, key);
 }
 
 std::optional<std::vector<WordEvent>> words(const Json& object) {
@@ -98,16 +89,16 @@ struct Reader {
 
 std::optional<std::string> Content::sessionLine(double recordingStartedAt,
                                                 std::string_view recognitionOptionID) {
-    return JSONLine()
+    return JSON::Object()
         .add("kind", "session")
         .add("startedAt", recordingStartedAt)
         .add("recognitionOptionID", recognitionOptionID)
-        .text();
+        .line();
 }
 
 std::optional<std::string> Content::rowLine(const CaptionSegment& row,
                                             std::span<const WordEvent> words) {
-    JSONLine line;
+    JSON::Object line;
     line.add("kind", "row")
         .add("id", row.id.text())
         .add("source", row.sourceText)
@@ -116,12 +107,12 @@ std::optional<std::string> Content::rowLine(const CaptionSegment& row,
         .add("endedAt", row.endedAt)
         .add("firstSeenAt", row.firstSeenAt);
     if (!words.empty()) {
-        std::vector<JSONLine> events;
+        std::vector<JSON::Ordered> events;
         for (const auto& word : words)
             events.push_back(encoded(word));
         line.add("words", events);
     }
-    return line.text();
+    return line.line();
 }
 
 SessionJournalContent Content::decoded(std::string_view text) {
@@ -130,7 +121,7 @@ SessionJournalContent Content::decoded(std::string_view text) {
         const std::size_t end = text.find('\n');
         const std::string_view line = text.substr(0, end);
         text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-        if (!line.empty() && !reader.read(BoundedJSON::parse(line)))
+        if (!line.empty() && !reader.read(JSON::parse(line)))
             ++reader.content.unreadableLines;
     }
     return std::move(reader.content);

@@ -1,8 +1,7 @@
 #include "Tessarune/shell/TessaruneFileLogger.h"
 
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
-
-#include <nlohmann/json.hpp>
+#include "TessaruneCore/text/JSON.h"
 
 #include <algorithm>
 #include <cmath>
@@ -14,7 +13,7 @@ namespace tessarune {
 
 namespace {
 
-using Json = nlohmann::json;
+using Json = JSON::Value;
 
 constexpr double secondsADay = 86400;
 constexpr int daysKept = 14;
@@ -168,8 +167,8 @@ void TessaruneFileLogger::event(std::string name, LogFields fields, Importance i
         object["mainThread"] = mainThread;
         object["source"] = std::filesystem::path(source.file_name()).filename().string() + ":" +
                            std::to_string(source.line());
-        writer->write(wallClock,
-                      object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n");
+        if (const auto line = JSON::line(object))
+            writer->write(wallClock, *line + "\n");
     });
 }
 
@@ -181,8 +180,7 @@ void TessaruneFileLogger::deleteEntries(const std::set<std::string>& matchingRec
             if (text.empty())
                 continue;
             // As it stands inside a JSON string, without the quotes around it.
-            const std::string quoted =
-                Json(text).dump(-1, ' ', false, Json::error_handler_t::replace);
+            const std::string quoted = JSON::line(Json(text)).value();
             needles.insert(quoted.substr(1, quoted.size() - 2));
         }
     }

@@ -1,7 +1,7 @@
 #include "Tessarune/speech/AppleFinalReconcileRecord.h"
 
 #include "Tessarune/speech/AppleFinalReconciler.h"
-#include "Tessarune/speech/RecordFields.h"
+#include "TessaruneCore/text/JSON.h"
 #include "TessaruneCore/text/Text.h"
 
 namespace tessarune {
@@ -29,45 +29,47 @@ std::string_view name(AppleFinalReconcileDecisionRecord::Decision decision) {
 }
 
 void to_json(nlohmann::ordered_json& json, const AppleFinalReconcileCandidate& candidate) {
-    RecordFields(json)
-        .add("sequence", candidate.sequence)
-        .add("receivedAt", candidate.receivedAt)
-        .add("isFinal", candidate.isFinal)
-        .add("text", candidate.text)
-        .add("textHash", candidate.textHash)
-        .add("textPreview", candidate.textPreview)
-        .add("characterCount", candidate.characterCount)
-        .add("wordCount", candidate.wordCount)
-        .add("runCount", candidate.runCount)
-        .add("timedRunCount", candidate.timedRunCount)
-        .add("confidenceRunCount", candidate.confidenceRunCount)
-        .add("minConfidence", candidate.minConfidence)
-        .add("avgConfidence", candidate.avgConfidence)
-        .add("audioStartSeconds", candidate.audioStartSeconds)
-        .add("audioEndSeconds", candidate.audioEndSeconds)
-        .add("latestAudioTimeSeconds", candidate.latestAudioTimeSeconds)
-        .add("requestedSpeechOptions", candidate.requestedSpeechOptions);
+    json = JSON::Object()
+               .add("sequence", candidate.sequence)
+               .add("receivedAt", candidate.receivedAt)
+               .add("isFinal", candidate.isFinal)
+               .add("text", candidate.text)
+               .add("textHash", candidate.textHash)
+               .add("textPreview", candidate.textPreview)
+               .add("characterCount", candidate.characterCount)
+               .add("wordCount", candidate.wordCount)
+               .add("runCount", candidate.runCount)
+               .add("timedRunCount", candidate.timedRunCount)
+               .add("confidenceRunCount", candidate.confidenceRunCount)
+               .add("minConfidence", candidate.minConfidence)
+               .add("avgConfidence", candidate.avgConfidence)
+               .add("audioStartSeconds", candidate.audioStartSeconds)
+               .add("audioEndSeconds", candidate.audioEndSeconds)
+               .add("latestAudioTimeSeconds", candidate.latestAudioTimeSeconds)
+               .add("requestedSpeechOptions", candidate.requestedSpeechOptions)
+               .take();
 }
 
 void to_json(nlohmann::ordered_json& json, const AppleFinalReconcileDecisionRecord& record) {
-    RecordFields(json)
-        .add("schemaVersion", record.schemaVersion)
-        .add("kind", record.kind)
-        .add("sequence", record.sequence)
-        .add("receivedAt", record.receivedAt)
-        .add("decision", name(record.decision))
-        .add("reasons", record.reasons)
-        .add("final", record.final)
-        .add("lastPartial", record.lastPartial)
-        .add("outputTextHash", record.outputTextHash)
-        .add("outputTextPreview", record.outputTextPreview)
-        .add("outputCharacterCount", record.outputCharacterCount)
-        .add("outputWordCount", record.outputWordCount)
-        .add("finalLastPartialSimilarity", record.finalLastPartialSimilarity)
-        .add("finalToLastPartialWordRatio", record.finalToLastPartialWordRatio)
-        .add("alternativeTranscriptionsRequested", record.alternativeTranscriptionsRequested)
-        .add("shouldKeepFinalWordTimings", record.shouldKeepFinalWordTimings)
-        .add("suppressedFinalsUntilAudioTime", record.suppressedFinalsUntilAudioTime);
+    json = JSON::Object()
+               .add("schemaVersion", record.schemaVersion)
+               .add("kind", record.kind)
+               .add("sequence", record.sequence)
+               .add("receivedAt", record.receivedAt)
+               .add("decision", name(record.decision))
+               .add("reasons", record.reasons)
+               .add("final", record.final)
+               .add("lastPartial", record.lastPartial)
+               .add("outputTextHash", record.outputTextHash)
+               .add("outputTextPreview", record.outputTextPreview)
+               .add("outputCharacterCount", record.outputCharacterCount)
+               .add("outputWordCount", record.outputWordCount)
+               .add("finalLastPartialSimilarity", record.finalLastPartialSimilarity)
+               .add("finalToLastPartialWordRatio", record.finalToLastPartialWordRatio)
+               .add("alternativeTranscriptionsRequested", record.alternativeTranscriptionsRequested)
+               .add("shouldKeepFinalWordTimings", record.shouldKeepFinalWordTimings)
+               .add("suppressedFinalsUntilAudioTime", record.suppressedFinalsUntilAudioTime)
+               .take();
 }
 
 } // namespace tessarune

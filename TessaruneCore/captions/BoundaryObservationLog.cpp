@@ -1,6 +1,6 @@
 #include "TessaruneCore/captions/BoundaryObservationLog.h"
 
-#include "TessaruneCore/diagnostics/JSONLine.h"
+#include "TessaruneCore/text/JSON.h"
 
 #include <utility>
 
@@ -19,7 +19,7 @@ BoundaryObservationRecord::BoundaryObservationRecord(BoundaryObservation observa
 }
 
 std::optional<std::string> BoundaryObservationRecord::line() const {
-    return JSONLine()
+    return JSON::Object()
         .add("t", t)
         .add("phase", phase)
         .add("inputText", inputText)
@@ -28,7 +28,7 @@ std::optional<std::string> BoundaryObservationRecord::line() const {
         .add("leading", leading)
         .add("tail", tail)
         .add("reasons", reasons)
-        .text();
+        .line();
 }
 
 namespace BoundaryObservationLog {

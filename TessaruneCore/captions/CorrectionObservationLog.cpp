@@ -1,20 +1,20 @@
 #include "TessaruneCore/captions/CorrectionObservationLog.h"
 
-#include "TessaruneCore/diagnostics/JSONLine.h"
+#include "TessaruneCore/text/JSON.h"
 
 #include <utility>
 
 namespace tessarune {
 
 std::optional<std::string> CorrectionObservationRecord::line() const {
-    return JSONLine()
+    return JSON::Object()
         .add("t", t)
         .add("shownText", shownText)
         .add("finalText", finalText)
         .add("droppedWords", droppedWords)
         .add("addedWords", addedWords)
         .add("commonWords", commonWords)
-        .text();
+        .line();
 }
 
 namespace CorrectionObservationLog {

@@ -1,19 +1,22 @@
 #include "TessaruneCore/recognition/ASREventRecord.h"
 
-#include "TessaruneCore/diagnostics/JSONLine.h"
+#include "TessaruneCore/text/JSON.h"
 
 namespace tessarune {
 
 namespace {
 
-std::optional<std::vector<JSONLine>>
+std::optional<std::vector<JSON::Ordered>>
 objects(const std::optional<std::vector<ASRWordTiming>>& words) {
     if (!words)
         return std::nullopt;
-    std::vector<JSONLine> result;
+    std::vector<JSON::Ordered> result;
     for (const auto& word : *words)
-        result.push_back(
-            JSONLine().add("word", word.word).add("start", word.start).add("end", word.end));
+        result.push_back(JSON::Object()
+                             .add("word", word.word)
+                             .add("start", word.start)
+                             .add("end", word.end)
+                             .take());
     return result;
 }
 
@@ -46,7 +49,7 @@ std::optional<ASREvent> ASREventRecord::asEvent() const {
 }
 
 std::optional<std::string> ASREventRecord::line() const {
-    return JSONLine()
+    return JSON::Object()
         .add("t", t)
         .add("kind", kind)
         .add("text", text)
@@ -56,7 +59,7 @@ std::optional<std::string> ASREventRecord::line() const {
         .add("end", end)
         .add("reason", reason)
         .add("words", objects(words))
-        .text();
+        .line();
 }
 
 } // namespace tessarune

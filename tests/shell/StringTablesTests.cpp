@@ -13,8 +13,9 @@ TEST(StringTablesTests, TheEnvironmentNamesALanguageAndEverythingElseIsEnglish) 
         const char* locale;
         std::string text; // "" is the key
     } cases[] = {
-        {"", "zh_TW.UTF-8", "系統聲音"},   {"", "zh_Hant_HK", "系統聲音"}, {"", "zh_CN.UTF-8", ""},
-        {"", "zh", ""},                    {"", "de_DE", "System sound"},  {"", "C", "System sound"},
+        {"", "zh_TW.UTF-8", "系統聲音"},   {"", "zh_Hant_HK", "系統聲音"},
+        {"", "zh_CN.UTF-8", ""},           {"", "zh", ""},
+        {"", "de_DE", "System sound"},     {"", "C", "System sound"},
         {"zh_TW:en", "de_DE", "系統聲音"}, {"zh_TW", "C.UTF-8", "System sound"},
     };
     const std::string key = "系统声音";

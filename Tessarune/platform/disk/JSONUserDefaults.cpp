@@ -1,15 +1,13 @@
 #include "Tessarune/platform/disk/JSONUserDefaults.h"
 
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
-#include "TessaruneCore/text/BoundedJSON.h"
-
-#include <nlohmann/json.hpp>
+#include "TessaruneCore/text/JSON.h"
 
 #include <system_error>
 
 namespace tessarune {
 
-using Json = nlohmann::json;
+using Json = JSON::Value;
 
 struct JSONUserDefaults::Content {
     Json object = Json::object();
@@ -26,7 +24,7 @@ void JSONUserDefaults::load() {
     if (!files_.exists(file_))
         return;
     try {
-        Json parsed = BoundedJSON::parse(files_.read(file_));
+        Json parsed = JSON::parse(files_.read(file_));
         if (!parsed.is_object())
             throw std::runtime_error("not a JSON object");
         content_->object = std::move(parsed);

@@ -1,4 +1,3 @@
-#include "TessaruneCore/diagnostics/JSONLine.h"
 #include "TessaruneCore/diagnostics/LineLogWriter.h"
 #include "TessaruneCore/host/SimulatedHost.h"
 #include "tests/support/FileContents.h"
@@ -51,24 +50,6 @@ TEST(LineLogWriterTests, ALineThatWasCutShortDoesNotRunIntoTheNext) {
     writer->append(line("and again"));
     writer->close();
     EXPECT_EQ(contentsOf(folder / "log"), "whole\ncut\nwhole again\nand again\n");
-}
-
-TEST(JSONLineTests, ObjectsKeepTheOrderAndThePrecisionOfTheirFields) {
-    const auto text =
-        JSONLine()
-            .add("z", 0.1 + 0.2)
-            .add("a", std::int64_t{-9223372036854775807})
-            .add("absent", std::optional<double>())
-            .add("text", std::string("q\"\\\n\t\x01\x1F/\u007Fé😀\xE4\xBD"))
-            .add("none", std::vector<std::string>{})
-            .add("texts", std::vector<std::string>{"", "b"})
-            .add("objects", std::vector<JSONLine>{JSONLine(), JSONLine().add("x", 1.0)})
-            .text();
-    EXPECT_EQ(text, "{\"z\":0.30000000000000004,\"a\":-9223372036854775807,"
-                    "\"text\":\"q\\\"\\\\\\n\\t\\u0001\\u001f/\u007Fé😀\uFFFD\uFFFD\","
-                    "\"none\":[],\"texts\":[\"\",\"b\"],\"objects\":[{},{\"x\":1.0}]}");
-    EXPECT_EQ(JSONLine().text(), "{}");
-    EXPECT_FALSE(JSONLine().add("x", 1e308 * 10).add("y", 1.0).text());
 }
 
 } // namespace
