@@ -94,7 +94,6 @@ class LiveSystemAudioTranscriber final
     void attachCallbacks(SpeechAnalyzerTranscriber& engine, AppleAnalyzerDiagnosticsMode mode);
     AppleAnalyzerDiagnosticsMode diagnosticsMode() const;
     std::optional<double> preferredSampleRate() const;
-    void endCapture();
     void abandon();
     /// Takes the engine out, or puts another in its place.
     Engine exchangeEngine(Engine next);
@@ -105,7 +104,6 @@ class LiveSystemAudioTranscriber final
     void handle(AudioBufferPtr buffer);
     void handleLevel(double level);
     void handleCaptureEvent(const CaptureEvent& event);
-    void handleEngineEvent(const ASREvent& event);
     void latchSystemAudioPermission();
 
     void systemAudioCapture(SystemAudioCapture& capture, AudioBufferPtr didOutput) override;

@@ -31,20 +31,4 @@ std::optional<std::string> BoundaryObservationRecord::line() const {
         .line();
 }
 
-namespace BoundaryObservationLog {
-
-std::unique_ptr<Writer> Writer::open(Host& host, const std::filesystem::path& path) {
-    auto lines = LineLogWriter::open(host, "Tessarune.BoundaryObservationLog.Writer", path);
-    if (!lines)
-        return nullptr;
-    return std::unique_ptr<Writer>(new Writer(std::move(lines)));
-}
-
-void Writer::append(BoundaryObservation observation) {
-    lines_->append(
-        [record = BoundaryObservationRecord(std::move(observation))] { return record.line(); });
-}
-
-} // namespace BoundaryObservationLog
-
 } // namespace tessarune

@@ -3,16 +3,17 @@
 #include "TessaruneCore/captions/BoundaryObservation.h"
 #include "TessaruneCore/diagnostics/LineLogWriter.h"
 
-#include <filesystem>
-#include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tessarune {
 
 /// One line of a boundary log.
 struct BoundaryObservationRecord {
+    static constexpr std::string_view queueLabel = "Tessarune.BoundaryObservationLog.Writer";
+
     double t = 0;
     std::string phase;
     std::string inputText;
@@ -31,22 +32,7 @@ struct BoundaryObservationRecord {
 /// Log of boundary decisions: why sentences were cut where they were.
 namespace BoundaryObservationLog {
 
-/// Writes one record per line; see `LineLogWriter` for threads and failures.
-class Writer {
-  public:
-    /// Creates or truncates the file. Null if it cannot be opened.
-    static std::unique_ptr<Writer> open(Host& host, const std::filesystem::path& path);
-
-    /// Returns at once.
-    void append(BoundaryObservation observation);
-    /// Writes what is queued, then closes the file.
-    void close() { lines_->close(); }
-
-  private:
-    explicit Writer(std::unique_ptr<LineLogWriter> lines) : lines_(std::move(lines)) {}
-
-    std::unique_ptr<LineLogWriter> lines_;
-};
+using Writer = RecordLogWriter<BoundaryObservationRecord, BoundaryObservation>;
 
 } // namespace BoundaryObservationLog
 

@@ -2,8 +2,6 @@
 
 #include "TessaruneCore/text/JSON.h"
 
-#include <utility>
-
 namespace tessarune {
 
 std::optional<std::string> CorrectionObservationRecord::line() const {
@@ -16,21 +14,5 @@ std::optional<std::string> CorrectionObservationRecord::line() const {
         .add("commonWords", commonWords)
         .line();
 }
-
-namespace CorrectionObservationLog {
-
-std::unique_ptr<Writer> Writer::open(Host& host, const std::filesystem::path& path) {
-    auto lines = LineLogWriter::open(host, "Tessarune.CorrectionObservationLog.Writer", path);
-    if (!lines)
-        return nullptr;
-    return std::unique_ptr<Writer>(new Writer(std::move(lines)));
-}
-
-void Writer::append(CorrectionObservation observation) {
-    lines_->append(
-        [record = CorrectionObservationRecord{std::move(observation)}] { return record.line(); });
-}
-
-} // namespace CorrectionObservationLog
 
 } // namespace tessarune

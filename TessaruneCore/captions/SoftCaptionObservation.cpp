@@ -31,12 +31,4 @@ std::string_view name(SoftCaptionObservation::Phase phase) {
     return phaseNames[static_cast<std::size_t>(phase)];
 }
 
-std::optional<SoftCaptionObservation::Phase> softCaptionPhase(std::string_view name) {
-    for (std::size_t i = 0; i < phaseNames.size(); ++i) {
-        if (phaseNames[i] == name)
-            return static_cast<SoftCaptionObservation::Phase>(i);
-    }
-    return std::nullopt;
-}
-
 } // namespace tessarune

@@ -29,7 +29,5 @@ struct SoftCaptionObservation {
 };
 
 std::string_view name(SoftCaptionObservation::Phase phase);
-/// `nullopt` for an unknown name.
-std::optional<SoftCaptionObservation::Phase> softCaptionPhase(std::string_view name);
 
 } // namespace tessarune
