@@ -147,14 +147,14 @@ Task<void> runThenQuit(Bench& bench) {
         std::fprintf(stderr, "bench-live: %s\n", error.what());
         status = EXIT_FAILURE;
     }
-    bench.program.host.quit(status);
+    bench.program.loop.quit(status);
 }
 
 int measureFile(const Options& options) {
     const TemporaryHome home;
     Bench bench(options);
     spawn(Executor::main(bench.program.host), runThenQuit(bench));
-    if (const int status = bench.program.host.run(); status != EXIT_SUCCESS)
+    if (const int status = bench.program.loop.run(); status != EXIT_SUCCESS)
         return status;
     std::printf("%s, %s, %s, %u processors\n",
                 std::filesystem::path(options.file).filename().c_str(),
