@@ -1,6 +1,7 @@
 #include "bench/live/EngineAlone.h"
 
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
+#include "Tessarune/platform/media/SwresampleConverter.h"
 
 #include <algorithm>
 #include <utility>
@@ -13,11 +14,10 @@ namespace {
 /// As `SpeechAnalyzerTranscriber` batches.
 constexpr double batchSeconds = 0.085;
 
-std::vector<AudioBufferPtr> batches(const SpeechPlatform& platform,
-                                    const std::filesystem::path& path, AudioFormat format) {
+std::vector<AudioBufferPtr> batches(const std::filesystem::path& path, AudioFormat format) {
     AudioBuffer all{format, {}};
     const auto file = openFFmpegMediaFile(path);
-    const auto converter = platform.makeConverter(file->format(), format);
+    const auto converter = makeSwresampleConverter(file->format(), format);
     while (const AudioBufferPtr block = file->read()) {
         const AudioBuffer converted = converter->convert(*block);
         all.samples.insert(all.samples.end(), converted.samples.begin(), converted.samples.end());
@@ -33,13 +33,15 @@ std::vector<AudioBufferPtr> batches(const SpeechPlatform& platform,
     return result;
 }
 
-Task<void> dropResults(AsyncStream<SpeechResult> results) {
+Task<void> readResults(AsyncStream<SpeechResult> results,
+                       std::function<void(const SpeechResult&)> onResult) {
     try {
         for (;;) {
             Task<std::optional<SpeechResult>> arriving = results.next();
             const std::optional<SpeechResult> result = co_await arriving;
             if (!result)
                 co_return;
+            onResult(*result);
         }
     } catch (const std::exception&) {
         // The session's end tells of it.
@@ -48,9 +50,9 @@ Task<void> dropResults(AsyncStream<SpeechResult> results) {
 
 } // namespace
 
-Task<void> runEngineAlone(SpeechPlatform platform, std::filesystem::path file,
-                          std::function<void()> onListening) {
-    Host& host = platform.host;
+Task<void> runEngineAlone(Host& host, SpeechEngine engine, std::filesystem::path file,
+                          std::function<void()> onListening,
+                          std::function<void(const SpeechResult&)> onResult) {
     const Executor main = Executor::main(host);
     const Executor resultsExecutor =
         Executor::queue(host, host.serialQueue("bench.results", QueuePriority::userInitiated));
@@ -59,13 +61,13 @@ Task<void> runEngineAlone(SpeechPlatform platform, std::filesystem::path file,
     options.reporting = {SpeechReportingOption::volatileResults,
                          SpeechReportingOption::fastResults};
     options.attributes = {SpeechAttributeOption::audioTimeRange};
-    const auto transcriber = platform.engine.makeTranscriber(options, resultsExecutor);
-    const auto analyzer = platform.engine.makeAnalyzer(transcriber);
+    const auto transcriber = engine.makeTranscriber(options, resultsExecutor);
+    const auto analyzer = engine.makeAnalyzer(transcriber);
     const AudioFormat format = analyzer->bestAvailableAudioFormat();
-    const std::vector<AudioBufferPtr> sound = batches(platform, file, format);
+    const std::vector<AudioBufferPtr> sound = batches(file, format);
     Task<void> preparing = analyzer->prepareToAnalyze(format);
     co_await preparing;
-    spawn(resultsExecutor, dropResults(transcriber->results()));
+    spawn(resultsExecutor, readResults(transcriber->results(), std::move(onResult)));
     const AsyncStream<AnalyzerInput> input(analyzer->inputExecutor());
     Task<void> starting = analyzer->start(input);
     co_await starting;

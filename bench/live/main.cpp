@@ -132,7 +132,8 @@ Task<void> captionTheFile(Bench& bench) {
 
 Task<void> recogniseTheFile(Bench& bench) {
     std::function<void()> begin = [&bench] { bench.costs.begin(); };
-    Task<void> running = runEngineAlone(bench.platform(), bench.options.file, std::move(begin));
+    Task<void> running = runEngineAlone(bench.program.host, bench.platform().engine,
+                                        bench.options.file, std::move(begin), [](const auto&) {});
     co_await running;
     bench.costs.end();
 }

@@ -1,5 +1,6 @@
-#include "bench/stability/DisplayedWords.h"
-#include "bench/stability/WordTrace.h"
+#include "bench/quality/CaptionTrace.h"
+#include "bench/quality/DisplayedWords.h"
+#include "bench/quality/WordTrace.h"
 
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -13,7 +14,7 @@ using Words = std::vector<std::string>;
 using Times = std::vector<double>;
 
 /// "1.5 a b|c; 2 |d": at these times, what is settled now and what is open.
-Stability trace(const std::string& script) {
+WordHistory trace(const std::string& script) {
     WordTrace trace;
     std::istringstream steps(script);
     for (std::string step; std::getline(steps, step, ';');) {
@@ -25,7 +26,7 @@ Stability trace(const std::string& script) {
         std::getline(in, open);
         trace.show(time, DisplayedWords::asPrinted(settled), DisplayedWords::asPrinted(open));
     }
-    return trace.stability();
+    return trace.history();
 }
 
 TEST(WordTraceTests, CountsWhatIsTakenBackAndTimesWhatStays) {
@@ -92,23 +93,22 @@ TEST(WordTraceTests, CountsWhatIsTakenBackAndTimesWhatStays) {
          {1, 1, 3}},
     };
     for (const Case& c : cases) {
-        const Stability found = trace(c.script);
-        EXPECT_EQ(found.words, c.words) << c.name;
+        const WordHistory found = trace(c.script);
+        std::size_t unstable = 0;
+        Times untilSteady, untilSettled;
+        for (const TracedWord& word : found.words) {
+            unstable += word.isUnstable ? 1 : 0;
+            untilSteady.push_back(word.changedAt - word.shownAt);
+            if (word.settledAt)
+                untilSettled.push_back(*word.settledAt - word.shownAt);
+        }
+        EXPECT_EQ(found.words.size(), c.words) << c.name;
         EXPECT_EQ(found.updates, c.updates) << c.name;
         EXPECT_EQ(found.erased, c.erased) << c.name;
-        EXPECT_EQ(found.unstable, c.unstable) << c.name;
-        EXPECT_EQ(found.untilSteady, c.untilSteady) << c.name;
-        EXPECT_EQ(found.untilSettled, c.untilSettled) << c.name;
+        EXPECT_EQ(unstable, c.unstable) << c.name;
+        EXPECT_EQ(untilSteady, c.untilSteady) << c.name;
+        EXPECT_EQ(untilSettled, c.untilSettled) << c.name;
     }
-}
-
-TEST(WordTraceTests, RatiosAreOfTheWordsOfAllTextsTogether) {
-    Stability sum = trace("0 |a b;1 |a c");
-    sum.add(trace("0 |d e;1 d e|"));
-    EXPECT_DOUBLE_EQ(sum.erasedPerWord(), 0.25);
-    EXPECT_DOUBLE_EQ(sum.unstableShare(), 0.25);
-    EXPECT_EQ(sum.untilSettled, (Times{1, 1}));
-    EXPECT_EQ(trace("").erasedPerWord(), 0);
 }
 
 RC_GTEST_PROP(WordTraceTests, NothingIsUnstableThatWasNotErased, ()) {
@@ -124,13 +124,40 @@ RC_GTEST_PROP(WordTraceTests, NothingIsUnstableThatWasNotErased, ()) {
         settledWords += settled.size();
         trace.show(time, settled, open);
     }
-    const Stability found = trace.stability();
-    RC_ASSERT(found.words == settledWords + open.size());
-    RC_ASSERT(found.untilSteady.size() == found.words);
-    RC_ASSERT(found.untilSettled.size() == settledWords);
-    RC_ASSERT(found.unstable <= std::min(found.words, found.erased));
-    for (std::size_t i = 0; i < settledWords; ++i)
-        RC_ASSERT(found.untilSteady[i] <= found.untilSettled[i]);
+    const WordHistory found = trace.history();
+    std::size_t unstable = 0;
+    for (const TracedWord& word : found.words) {
+        unstable += word.isUnstable ? 1 : 0;
+        RC_ASSERT(word.shownAt <= word.changedAt);
+        RC_ASSERT(!word.settledAt || word.changedAt <= *word.settledAt);
+    }
+    RC_ASSERT(found.words.size() == settledWords + open.size());
+    RC_ASSERT(unstable <= std::min(found.words.size(), found.erased));
+}
+
+TEST(CaptionTraceTests, TakesTheLinesOfAChangeTogetherAndLeavesTheLeadInOut) {
+    CaptionTrace trace(9);
+    for (const char* line : {
+             R"({"type":"live","t":1,"leading":["Not."],"soft":[],"partial":"this"})",
+             R"({"type":"committed","t":2,"text":"Not this.","start":0.5})",
+             R"({"type":"live","t":2,"leading":[],"soft":[],"partial":""})",
+             R"({"type":"status","t":3,"text":"no caption"})",
+             R"({"type":"live","t":11,"leading":["One."],"soft":[],"partial":"two"})",
+             R"({"type":"committed","t":12,"text":"One.","start":10})",
+             R"({"type":"live","t":12,"leading":[],"soft":[],"partial":"two"})",
+             R"({"type":"committed","t":13,"text":"Two.","start":11})",
+             R"({"type":"live","t":13,"leading":[],"soft":[],"partial":""})",
+             R"({"type":"committed","t":15,"text":"Three.","start":14})",
+         })
+        trace.read(line);
+    const WordHistory found = trace.finish();
+    EXPECT_EQ(found.erased, 0u);
+    ASSERT_EQ(found.words.size(), 3u);
+    const double expected[][2] = {{11, 12}, {11, 13}, {15, 15}};
+    for (std::size_t i = 0; i < found.words.size(); ++i) {
+        EXPECT_EQ(found.words[i].shownAt, expected[i][0]) << i;
+        EXPECT_EQ(found.words[i].settledAt, expected[i][1]) << i;
+    }
 }
 
 TEST(DisplayedWordsTests, CutsAtWhiteSpaceAndBeforeIdeographs) {

@@ -1,26 +1,26 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace tessarune {
 
-/// How calm a text was while it came into being. Times are in seconds; each list has an element a
-/// word of the final text, `untilSettled` only for those that were settled.
-struct Stability {
-    std::size_t words = 0;            ///< of the final text
-    std::size_t updates = 0;          ///< how often the text became another one
-    std::size_t erased = 0;           ///< words taken back, each time counted
-    std::size_t unstable = 0;         ///< final words that replaced another one, or were gone once
-    std::vector<double> untilSteady;  ///< from a word's first appearance to its last change
-    std::vector<double> untilSettled; ///< from there to when it was settled
+/// A word of the final text. Times in seconds.
+struct TracedWord {
+    std::string text;
+    double shownAt = 0;              ///< when a word first stood in its place
+    double changedAt = 0;            ///< when it last became another one
+    std::optional<double> settledAt; ///< nothing if it was still open at the end
+    bool isUnstable = false;         ///< replaced another word, or was gone once
+};
 
-    void add(const Stability& other);
-
-    /// Normalised erasure: 0 for a text that only ever grew.
-    double erasedPerWord() const;
-    double unstableShare() const;
+/// How a text came into being.
+struct WordHistory {
+    std::vector<TracedWord> words; ///< of the final text
+    std::size_t updates = 0;       ///< how often the text became another one
+    std::size_t erased = 0;        ///< words taken back, each time counted
 };
 
 /// Follows a text whose settled front never changes and whose open rest is rewritten again and
@@ -38,25 +38,17 @@ class WordTrace {
               const std::vector<std::string>& open);
 
     /// For the text as it stands; words that are still open count as final.
-    Stability stability() const;
+    WordHistory history() const;
 
   private:
-    struct Word {
-        std::string text;
-        double shownAt = 0;
-        double changedAt = 0;
-        bool isUnstable = false;
-    };
-    using Words = std::vector<Word>;
+    using Words = std::vector<TracedWord>;
     using Texts = std::vector<std::string>;
     class Following;
 
     void countErased(const Texts& texts);
-    static void finish(const Word& word, Stability& stability);
-
     Words open_;
     Words gone_; ///< taken back from the end of the open words, and not yet said again
-    Stability settled_;
+    WordHistory settled_;
 };
 
 } // namespace tessarune

@@ -1,4 +1,4 @@
-#include "bench/stability/WordTrace.h"
+#include "bench/quality/WordTrace.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -49,23 +49,6 @@ std::vector<std::pair<std::size_t, std::size_t>> commonSubsequence(const A& a, c
 
 } // namespace
 
-void Stability::add(const Stability& other) {
-    words += other.words;
-    updates += other.updates;
-    erased += other.erased;
-    unstable += other.unstable;
-    untilSteady.insert(untilSteady.end(), other.untilSteady.begin(), other.untilSteady.end());
-    untilSettled.insert(untilSettled.end(), other.untilSettled.begin(), other.untilSettled.end());
-}
-
-double Stability::erasedPerWord() const {
-    return words == 0 ? 0 : static_cast<double>(erased) / static_cast<double>(words);
-}
-
-double Stability::unstableShare() const {
-    return words == 0 ? 0 : static_cast<double>(unstable) / static_cast<double>(words);
-}
-
 /// One step from the words that were open to those of the next text.
 class WordTrace::Following {
   public:
@@ -75,12 +58,12 @@ class WordTrace::Following {
     }
 
     void run() {
-        const auto same = [](const Word& word, const std::string& text) {
+        const auto same = [](const TracedWord& word, const std::string& text) {
             return word.text == text;
         };
         for (const auto& [old, now] : commonSubsequence(before_, texts_, same)) {
             fillGap(old, now);
-            Word word = std::move(before_[nextOld_++]);
+            TracedWord word = std::move(before_[nextOld_++]);
             if (old >= visible_) {
                 word.shownAt = word.changedAt = time_;
                 word.isUnstable = true;
@@ -100,14 +83,14 @@ class WordTrace::Following {
     /// there are any. True if some have a place of their own.
     bool fillGap(std::size_t oldEnd, std::size_t newEnd) {
         while (after.size() < newEnd && nextOld_ < std::min(oldEnd, visible_)) {
-            Word& old = before_[nextOld_++];
-            after.push_back({texts_[after.size()], old.shownAt, time_, true});
+            TracedWord& old = before_[nextOld_++];
+            after.push_back({texts_[after.size()], old.shownAt, time_, std::nullopt, true});
         }
         keptFrom_ = nextOld_;
         nextOld_ = oldEnd;
         const bool grows = after.size() < newEnd;
         while (after.size() < newEnd)
-            after.push_back({texts_[after.size()], time_, time_, false});
+            after.push_back({texts_[after.size()], time_, time_, std::nullopt, false});
         return grows;
     }
 
@@ -130,8 +113,8 @@ void WordTrace::show(double time, const Texts& newlySettled, const Texts& open) 
     gone_ = std::move(step.gone);
     const auto settled = static_cast<std::ptrdiff_t>(newlySettled.size());
     for (auto word = open_.begin(); word != open_.begin() + settled; ++word) {
-        finish(*word, settled_);
-        settled_.untilSettled.push_back(time - word->shownAt);
+        word->settledAt = time;
+        settled_.words.push_back(std::move(*word));
     }
     open_.erase(open_.begin(), open_.begin() + settled);
     if (open_.empty())
@@ -139,24 +122,17 @@ void WordTrace::show(double time, const Texts& newlySettled, const Texts& open) 
 }
 
 void WordTrace::countErased(const Texts& texts) {
-    const auto differs =
-        std::mismatch(open_.begin(), open_.end(), texts.begin(), texts.end(),
-                      [](const Word& word, const std::string& text) { return word.text == text; });
+    const auto differs = std::mismatch(
+        open_.begin(), open_.end(), texts.begin(), texts.end(),
+        [](const TracedWord& word, const std::string& text) { return word.text == text; });
     settled_.erased += static_cast<std::size_t>(open_.end() - differs.first);
     if (differs.first != open_.end() || differs.second != texts.end())
         ++settled_.updates;
 }
 
-void WordTrace::finish(const Word& word, Stability& stability) {
-    ++stability.words;
-    stability.unstable += word.isUnstable ? 1 : 0;
-    stability.untilSteady.push_back(word.changedAt - word.shownAt);
-}
-
-Stability WordTrace::stability() const {
-    Stability result = settled_;
-    for (const Word& word : open_)
-        finish(word, result);
+WordHistory WordTrace::history() const {
+    WordHistory result = settled_;
+    result.words.insert(result.words.end(), open_.begin(), open_.end());
     return result;
 }
 

@@ -1,4 +1,4 @@
-#include "bench/stability/DisplayedWords.h"
+#include "bench/quality/DisplayedWords.h"
 
 #include "TessaruneCore/captions/CorrectionDiff.h"
 #include "TessaruneCore/text/Text.h"

@@ -1,0 +1,102 @@
+#include "bench/quality/simulated/SimulatedRun.h"
+
+#include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
+#include "TessaruneCore/host/SimulatedHost.h"
+#include "bench/live/EngineAlone.h"
+#include "bench/quality/DisplayedWords.h"
+#include "bench/support/CPUClock.h"
+
+#include <exception>
+#include <optional>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+/// How long a guess takes from the recogniser to the screen, in which newer ones may replace it.
+constexpr double guessToScreen = 0.06;
+
+SimulatedHost* lookingHost = nullptr;
+std::int32_t (*realLook)(moonshine::Calls::Handle, moonshine::Calls::Handle, std::uint32_t,
+                         moonshine::Transcript**) = nullptr;
+
+/// The engine recognises its open line anew at each look, so that a look takes longer the longer
+/// the line is: as measured with the smallest model on two idle cores.
+double lookSeconds(const moonshine::Transcript& transcript) {
+    if (transcript.lineCount == 0 || transcript.lines[transcript.lineCount - 1].isComplete)
+        return 0.002;
+    return 0.03 + 0.045 * static_cast<double>(transcript.lines[transcript.lineCount - 1].duration);
+}
+
+std::int32_t timedLook(moonshine::Calls::Handle transcriber, moonshine::Calls::Handle stream,
+                       std::uint32_t flags, moonshine::Transcript** transcript) {
+    const std::int32_t result = realLook(transcriber, stream, flags, transcript);
+    if (result >= 0 && *transcript)
+        lookingHost->sleepComputer(lookSeconds(**transcript));
+    return result;
+}
+
+std::shared_ptr<const MoonshineLibrary> library() {
+    moonshine::Calls calls = MoonshineLibrary::shared()->calls();
+    realLook = std::exchange(calls.transcribeStream, timedLook);
+    return std::make_shared<const MoonshineLibrary>(calls);
+}
+
+/// Follows the recogniser's results.
+class ResultTrace {
+  public:
+    explicit ResultTrace(double from) : from_(from) {}
+
+    void read(const SpeechResult& result, double t) {
+        const std::vector<std::string> words = DisplayedWords::asSpoken(result.text());
+        if (!result.isFinal)
+            trace_.show(t + guessToScreen, {}, words);
+        else if (!result.runs.empty() && result.runs.front().audioStart.value_or(t) < from_)
+            trace_ = {}; // of the lead-in
+        else
+            trace_.show(t, words, {});
+    }
+
+    WordHistory history() const { return trace_.history(); }
+
+  private:
+    double from_;
+    WordTrace trace_;
+};
+
+Task<void> noteFailure(Task<void> running, std::exception_ptr& failure) {
+    try {
+        co_await running;
+    } catch (...) {
+        failure = std::current_exception();
+    }
+}
+
+} // namespace
+
+SimulatedRun::SimulatedRun(ModelStore& models, const std::filesystem::path& file, double from) {
+    const double before = CPUClock::process();
+    SimulatedHost host;
+    lookingHost = &host;
+    SpeechEngine engine = makeSpeechEngine(
+        host, models, [] { return std::string(SpeechModels::smallest); }, library, {});
+    double startedAt = 0;
+    ResultTrace trace(from);
+    std::exception_ptr failure;
+    std::function<void()> begin = [&] { startedAt = host.now(); };
+    std::function<void(const SpeechResult&)> read = [&](const SpeechResult& result) {
+        trace.read(result, host.now() - startedAt);
+    };
+    Task<void> running =
+        runEngineAlone(host, std::move(engine), file, std::move(begin), std::move(read));
+    spawn(Executor::main(host), noteFailure(std::move(running), failure));
+    host.runUntilIdle();
+    host.end();
+    if (failure)
+        std::rethrow_exception(failure);
+    history_ = trace.history();
+    processorSeconds_ = CPUClock::process() - before;
+}
+
+} // namespace tessarune
