@@ -34,7 +34,8 @@ RecognitionSession::RecognitionSession(Host& host, Executor worker,
       results_(std::move(results)),
       policy_(policy),
       backlog_(std::move(backlog)),
-      reader_(std::move(options)) {}
+      reader_(std::move(options)),
+      highPass_(policy_.lowestHertz, speechSampleRate) {}
 
 void RecognitionSession::prepare() {
     model_ = models_->loaded();
@@ -69,17 +70,18 @@ void RecognitionSession::take(const AudioBuffer& buffer) {
             throw std::runtime_error("The speech engine was given sound in a wrong format.");
         if (backlog_->seconds + buffer.seconds() > policy_.mostUnheardSeconds)
             giveUpUnheard();
-        stream_->add(buffer.samples);
+        const std::vector<float> samples = highPass_.filtered(buffer.samples);
+        stream_->add(samples);
         takenSamples_ += buffer.samples.size();
         backlog_->seconds = backlog_->seconds + buffer.seconds();
-        recent_.insert(recent_.end(), buffer.samples.begin(), buffer.samples.end());
+        recent_.insert(recent_.end(), samples.begin(), samples.end());
         if (recent_.size() > samplesIn(recentSeconds))
             recent_.erase(recent_.begin(),
                           recent_.end() - static_cast<std::ptrdiff_t>(samplesIn(recentSeconds)));
         hasNewSound_ = true;
         movedAt_ = host_.now();
         watchForStandstill();
-        quiet_.hear(buffer.samples);
+        quiet_.hear(samples);
         closeIfResting();
         passIfDue();
     });

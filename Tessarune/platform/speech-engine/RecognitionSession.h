@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessarune/audio/AudioBuffer.h"
+#include "Tessarune/platform/speech-engine/HighPass.h"
 #include "Tessarune/platform/speech-engine/MoonshineModel.h"
 #include "Tessarune/platform/speech-engine/QuietDetector.h"
 #include "Tessarune/platform/speech-engine/SpeechModels.h"
@@ -18,6 +19,9 @@ namespace tessarune {
 
 /// How the engine is driven.
 struct RecognitionPolicy {
+    /// What is below is kept from the engine: rumble costs it words, and speech has little there
+    /// that it needs. 0: it hears everything.
+    double lowestHertz = 200;
     /// Seconds from one look at the sound to the next, while the computer is quick enough.
     double passInterval = 0.2;
     /// Of these, how many times the last look's own time must have passed; leaves the computer half
@@ -105,6 +109,7 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     RecognitionPolicy policy_;
     std::shared_ptr<RecognitionBacklog> backlog_;
     TranscriptReader reader_;
+    HighPass highPass_;
 
     std::shared_ptr<MoonshineModel> model_;
     std::optional<MoonshineStream> stream_;

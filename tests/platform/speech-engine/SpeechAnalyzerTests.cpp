@@ -43,7 +43,7 @@ class SpeechAnalyzerTest : public ::testing::Test {
     void make(RecognitionPolicy policy = {}) {
         const SpeechEngine engine = makeSpeechEngine(
             host_, store_, [this] { return choice_; }, [this] { return engine_.library(); },
-            policy);
+            hearingAll(policy));
         const SpeechTranscriberOptions options{"en-US",
                                                {SpeechReportingOption::volatileResults},
                                                {SpeechAttributeOption::audioTimeRange}};
@@ -52,6 +52,12 @@ class SpeechAnalyzerTest : public ::testing::Test {
         analyzer_ = engine.makeAnalyzer(transcriber_);
         input_.emplace(analyzer_->inputExecutor());
         spawn(Executor::main(host_), collect(transcriber_->results(), this));
+    }
+
+    /// The script tells sound by its samples.
+    static RecognitionPolicy hearingAll(RecognitionPolicy policy) {
+        policy.lowestHertz = 0;
+        return policy;
     }
 
     void startUp(RecognitionPolicy policy = {}) {
