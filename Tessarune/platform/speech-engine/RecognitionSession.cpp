@@ -3,6 +3,8 @@
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Text.h"
 
+#include <time.h>
+
 #include <algorithm>
 #include <stdexcept>
 #include <string>
@@ -16,12 +18,22 @@ constexpr double warmUpSeconds = 0.5;
 /// Sound that is given to a new stream once more. The engine opens a line at most this long after
 /// its first sound.
 constexpr double recentSeconds = 3;
+/// By how much sound may come sooner than it is spoken and still be live: it comes in batches.
+constexpr double liveSlackSeconds = 0.5;
+/// A look for a standstill that is so late says that the program itself did not run.
+constexpr double lateLookSeconds = 1.0;
 
 constexpr auto samplesIn(double seconds) {
     return static_cast<std::size_t>(seconds * speechSampleRate);
 }
 
 } // namespace
+
+double processorSecondsOfProcess() {
+    timespec time{};
+    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
+}
 
 RecognitionSession::RecognitionSession(Host& host, Executor worker,
                                        std::shared_ptr<SpeechModels> models,
@@ -32,7 +44,7 @@ RecognitionSession::RecognitionSession(Host& host, Executor worker,
       worker_(std::move(worker)),
       models_(std::move(models)),
       results_(std::move(results)),
-      policy_(policy),
+      policy_(std::move(policy)),
       backlog_(std::move(backlog)),
       reader_(std::move(options)),
       highPass_(policy_.lowestHertz, speechSampleRate) {}
@@ -49,7 +61,8 @@ void RecognitionSession::begin() {
     if (!model_)
         model_ = models_->loaded();
     stream_.emplace(model_);
-    nextPassAt_ = host_.now() + policy_.passInterval;
+    lastPassAt_ = host_.now();
+    nextPassAt_ = lastPassAt_ + policy_.passInterval;
 }
 
 /// Runs work that may fail, unless the session is over.
@@ -83,7 +96,7 @@ void RecognitionSession::take(const AudioBuffer& buffer) {
         watchForStandstill();
         quiet_.hear(samples);
         closeIfResting();
-        passIfDue();
+        schedulePass();
     });
 }
 
@@ -121,22 +134,28 @@ void RecognitionSession::endClosing() {
     closing_.reset();
 }
 
-void RecognitionSession::passIfDue() {
-    const double wait = nextPassAt_ - host_.now();
-    if (wait <= 0) {
-        pass();
+/// A pass comes behind all sound that waits on the queue, so that one look is enough for it.
+void RecognitionSession::schedulePass() {
+    if (!hasNewSound_)
         return;
-    }
-    if (passIsScheduled_)
+    const bool isEnough = backlog_->seconds >= policy_.enoughSound;
+    const double due = isEnough ? host_.now() : std::max(nextPassAt_, host_.now());
+    if (passDueAt_ && *passDueAt_ <= due)
         return;
-    passIsScheduled_ = true;
-    later(wait, &RecognitionSession::passIfThereIsNews);
+    passDueAt_ = due;
+    later(due - host_.now(), [round = ++passRound_](RecognitionSession& session) {
+        if (round == session.passRound_)
+            session.passAsScheduled();
+    });
 }
 
-void RecognitionSession::passIfThereIsNews() {
-    passIsScheduled_ = false;
-    if (hasNewSound_)
-        passIfDue();
+void RecognitionSession::passAsScheduled() {
+    passDueAt_.reset();
+    const bool isDue = host_.now() >= nextPassAt_ || backlog_->seconds >= policy_.enoughSound;
+    if (hasNewSound_ && isDue)
+        pass();
+    else
+        schedulePass();
 }
 
 /// What was shown of the open line stays as its final.
@@ -149,6 +168,7 @@ void RecognitionSession::giveUpUnheard() {
     stream_.emplace(model_);
     reader_.restarted(takenSeconds());
     backlog_->seconds = 0;
+    nextPassAt_ = host_.now(); // the sound that is still to come has waited long enough
     endClosing();
 }
 
@@ -157,12 +177,15 @@ void RecognitionSession::watchForStandstill() {
         return;
     // Never a shorter wait: rounding could otherwise have it look a moment too early for ever.
     constexpr double shortestWait = 0.05;
-    later(std::max(movedAt_ + policy_.longestStandstill - host_.now(), shortestWait),
-          &RecognitionSession::closeIfStandingStill);
+    const double wait = std::max(movedAt_ + policy_.longestStandstill - host_.now(), shortestWait);
+    standstillLookAt_ = host_.now() + wait;
+    later(wait, [](RecognitionSession& session) { session.closeIfStandingStill(); });
 }
 
 void RecognitionSession::closeIfStandingStill() {
     standstillIsWatchedFor_ = false;
+    if (const double late = host_.now() - standstillLookAt_; late > lateLookSeconds)
+        movedAt_ += late;
     // A file that waits for the recogniser stands still only once the recogniser has caught up.
     if (hasNewSound_ || host_.now() - movedAt_ < policy_.longestStandstill) {
         watchForStandstill();
@@ -173,35 +196,56 @@ void RecognitionSession::closeIfStandingStill() {
     endClosing();
 }
 
-/// Goes on on the worker queue, unless the session is over by then.
-void RecognitionSession::later(double seconds, void (RecognitionSession::*work)()) {
-    host_.after(seconds, [weak = weak_from_this(), worker = worker_, work] {
+/// Does `work` on the worker queue, after what waits there, unless the session is over by then.
+template <typename Work>
+void RecognitionSession::later(double seconds, Work work) {
+    const auto onWorker = [weak = weak_from_this(), worker = worker_, work] {
         worker.run([weak, work] {
             if (const auto session = weak.lock())
-                session->guarded([&] { (*session.*work)(); });
+                session->guarded([&] { work(*session); });
         });
-    });
+    };
+    if (seconds > 0)
+        host_.after(seconds, onWorker);
+    else
+        onWorker();
 }
 
 /// A line that is closed ends the engine's stream, and a new one goes on from this moment.
 void RecognitionSession::pass(bool closesLine) {
     const double began = host_.now();
+    const double workedBefore = policy_.processorSeconds();
     if (closesLine)
         stream_->stop();
     const moonshine::Transcript& transcript = stream_->transcribe();
-    const double took = host_.now() - began;
-    nextPassAt_ = began + std::max(policy_.passInterval, policy_.passCostFactor * took);
+    const double ended = host_.now();
+    // The engine works on several threads, other work may go on beside it, and the process may have
+    // stood still: the smaller of the two is the nearest to what a look costs.
+    const double cost = std::min(ended - began, policy_.processorSeconds() - workedBefore);
+    const double rest = std::min(cost * (policy_.passCostFactor - 1), policy_.longestRest);
+    nextPassAt_ = std::max(began + policy_.passInterval, ended + rest);
     hasNewSound_ = false;
-    movedAt_ = began + took;
+    movedAt_ = ended;
     deliver(transcript, nextPassAt_ - began <= policy_.longestWaitForAgreement);
-    backlog_->seconds = 0;
     if (closesLine) {
         stream_.emplace(model_);
         reader_.restarted(takenSeconds());
-    } else if (reader_.openSince()) {
-        busySeconds_ += took;
-        ++busyPasses_;
+    } else {
+        noteCost(began, cost);
     }
+    lastPassAt_ = began;
+    backlog_->seconds = 0;
+}
+
+/// What tells how quick this computer is: looks at an open line of live sound. A file that plays
+/// faster gives each look much more to do.
+void RecognitionSession::noteCost(double began, double cost) {
+    const bool isLive = backlog_->seconds <= began - lastPassAt_ + liveSlackSeconds;
+    if (!isLive || !reader_.openSince())
+        return;
+    busySeconds_ += cost;
+    busyLineSeconds_ += takenSeconds() - *reader_.openSince();
+    ++busyPasses_;
 }
 
 void RecognitionSession::deliver(const moonshine::Transcript& transcript, bool looksAgainSoon) {
@@ -241,9 +285,10 @@ void RecognitionSession::release() {
     stream_.reset();
     backlog_->seconds = 0;
     endClosing();
-    if (busyPasses_ > 0)
-        models_->observe(model_->name(), busySeconds_ / static_cast<double>(busyPasses_),
-                         busyPasses_);
+    if (busyLineSeconds_ > 0)
+        models_->observe(model_->name(), busySeconds_ / busyLineSeconds_, busyPasses_);
+    busySeconds_ = 0;
+    busyLineSeconds_ = 0;
     busyPasses_ = 0;
 }
 

@@ -11,11 +11,16 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <vector>
 
 namespace tessarune {
+
+/// Seconds of processor time that this process has used, on all its threads. Stands still while
+/// the process is stopped, swapped out or asleep with the computer. Any thread.
+double processorSecondsOfProcess();
 
 /// How the engine is driven.
 struct RecognitionPolicy {
@@ -25,8 +30,16 @@ struct RecognitionPolicy {
     /// Seconds from one look at the sound to the next, while the computer is quick enough.
     double passInterval = 0.2;
     /// Of these, how many times the last look's own time must have passed; leaves the computer half
-    /// of its time however slow it is.
+    /// of its time.
     double passCostFactor = 2;
+    /// However much a look has cost, no longer rest follows it.
+    double longestRest = 2.0;
+    /// So much new sound is looked at without any rest: that of a file that plays faster than it
+    /// sounds comes in such pieces.
+    double enoughSound = 4.0;
+    /// What the cost of a look is taken from. The time that has gone by is not enough: it also
+    /// holds what passed while the process did not run.
+    std::function<double()> processorSeconds = processorSecondsOfProcess;
     /// How soon the next look must come for words to wait until it agrees on them.
     double longestWaitForAgreement = 0.6;
     /// A shorter line is left to the engine, which closes it at the next pause and better.
@@ -88,9 +101,10 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
         std::vector<OneShot<bool>> waiting;
     };
 
-    void passIfDue();
-    void passIfThereIsNews();
+    void schedulePass();
+    void passAsScheduled();
     void pass(bool closesLine = false);
+    void noteCost(double began, double cost);
     void giveUpUnheard();
     void watchForStandstill();
     void closeIfStandingStill();
@@ -100,7 +114,8 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     void restart();
     template <typename Work>
     void guarded(Work work);
-    void later(double seconds, void (RecognitionSession::*work)());
+    template <typename Work>
+    void later(double seconds, Work work);
 
     Host& host_;
     Executor worker_;
@@ -114,16 +129,21 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     std::shared_ptr<MoonshineModel> model_;
     std::optional<MoonshineStream> stream_;
     std::uint64_t takenSamples_ = 0;
-    std::vector<float> recent_; ///< the end of the sound that was taken
-    double nextPassAt_ = 0;     ///< host time
-    bool passIsScheduled_ = false;
+    std::vector<float> recent_;       ///< the end of the sound that was taken
+    double nextPassAt_ = 0;           ///< host time; before it only where there is enough sound
+    double lastPassAt_ = 0;           ///< host time
+    std::optional<double> passDueAt_; ///< host time for which the next pass is scheduled
+    std::uint64_t passRound_ = 0;     ///< the schedule that counts
     bool hasNewSound_ = false;
     double movedAt_ = 0; ///< host time at which sound was last taken or looked at
     bool standstillIsWatchedFor_ = false;
+    double standstillLookAt_ = 0; ///< host time
     QuietDetector quiet_;
     std::optional<Closing> closing_;
 
-    double busySeconds_ = 0; ///< in passes that recognised something
+    // Of passes over live sound that recognised something:
+    double busySeconds_ = 0;
+    double busyLineSeconds_ = 0; ///< of open line, each as often as it was looked at
     std::size_t busyPasses_ = 0;
 };
 

@@ -15,8 +15,8 @@ SpeechEngine makeSpeechEngine(Host& host, ModelStore& store,
                               std::function<std::string()> modelChoice,
                               std::function<std::shared_ptr<const MoonshineLibrary>()> library,
                               RecognitionPolicy policy) {
-    auto models = std::make_shared<SpeechModels>(store, std::move(modelChoice), std::move(library),
-                                                 policy.passInterval / 2);
+    auto models = std::make_shared<SpeechModels>(host, store, std::move(modelChoice),
+                                                 std::move(library), policy.passInterval / 2);
     const Executor worker = Executor::queue(
         host, host.serialQueue("tessarune.speech-engine", QueuePriority::userInitiated));
 

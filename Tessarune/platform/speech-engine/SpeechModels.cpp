@@ -5,16 +5,19 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <cmath>
 
 namespace tessarune {
 
 namespace {
 
-/// A pass that takes longer shows less than one update a second, since another as long follows it
-/// before the next.
-constexpr double slowPassSeconds = 0.5;
+/// Seconds of work for each second of the open line, at every look. At more than this a line of
+/// five seconds is shown anew less than once a second, since a rest as long follows each look.
+constexpr double slowLookRatio = 0.1;
 /// Fewer say nothing about a computer.
 constexpr std::size_t passesThatTell = 50;
+/// After so long a slow model gets another trial: computers, drivers and programs change.
+constexpr double verdictSeconds = 30.0 * 24 * 3600;
 
 constexpr const char* speedsName = "speeds.json";
 
@@ -30,10 +33,11 @@ const std::vector<OfferedSpeechModel>& SpeechModels::offered() {
     return models;
 }
 
-SpeechModels::SpeechModels(ModelStore& store, std::function<std::string()> choice,
+SpeechModels::SpeechModels(Host& host, ModelStore& store, std::function<std::string()> choice,
                            std::function<std::shared_ptr<const MoonshineLibrary>()> library,
                            double passInterval)
-    : store_(store),
+    : host_(host),
+      store_(store),
       choice_(std::move(choice)),
       library_(std::move(library)),
       passInterval_(passInterval) {}
@@ -67,34 +71,43 @@ std::shared_ptr<MoonshineModel> SpeechModels::loaded() {
 }
 
 bool SpeechModels::isTooSlow(const std::string& model) const {
-    const std::map<std::string, double> known = speeds();
+    const std::map<std::string, Speed> known = speeds();
     const auto speed = known.find(model);
-    return speed != known.end() && speed->second > slowPassSeconds;
+    if (speed == known.end() || speed->second.lookRatio <= slowLookRatio)
+        return false;
+    return std::abs(host_.wallClock() - speed->second.measuredAt) < verdictSeconds;
 }
 
-std::map<std::string, double> SpeechModels::speeds() const {
+std::filesystem::path SpeechModels::speedsFile() const {
+    return store_.folder(ModelKind::speech, smallest).parent_path() / speedsName;
+}
+
+std::map<std::string, SpeechModels::Speed> SpeechModels::speeds() const {
+    std::map<std::string, Speed> known;
     try {
-        const std::filesystem::path file =
-            store_.folder(ModelKind::speech, smallest).parent_path() / speedsName;
-        if (store_.files().exists(file))
-            return nlohmann::json::parse(store_.files().read(file))
-                .get<std::map<std::string, double>>();
+        if (!store_.files().exists(speedsFile()))
+            return {};
+        const auto stored = nlohmann::json::parse(store_.files().read(speedsFile()));
+        for (const auto& [model, speed] : stored.items())
+            known[model] = {speed.at("lookRatio").get<double>(),
+                            speed.at("measuredAt").get<double>()};
     } catch (const std::exception&) {
-        // Not worth more: it is measured again.
+        return {}; // not worth more: it is measured again
     }
-    return {};
+    return known;
 }
 
-void SpeechModels::observe(const std::string& model, double secondsPerPass, std::size_t passes) {
+void SpeechModels::observe(const std::string& model, double lookRatio, std::size_t passes) {
     if (passes < passesThatTell)
         return;
-    std::map<std::string, double> known = speeds();
-    known[model] = secondsPerPass;
+    std::map<std::string, Speed> known = speeds();
+    known[model] = {lookRatio, host_.wallClock()};
+    nlohmann::json stored;
+    for (const auto& [name, speed] : known)
+        stored[name] = {{"lookRatio", speed.lookRatio}, {"measuredAt", speed.measuredAt}};
     try {
-        const std::filesystem::path folder =
-            store_.folder(ModelKind::speech, smallest).parent_path();
-        store_.files().createDirectories(folder);
-        store_.files().writeAtomically(folder / speedsName, nlohmann::json(known).dump() + "\n");
+        store_.files().createDirectories(speedsFile().parent_path());
+        store_.files().writeAtomically(speedsFile(), stored.dump() + "\n");
     } catch (const std::exception& failure) {
         TessaruneLog::asr.notice(
             [&] { return std::string("the speed of a model was not kept: ") + failure.what(); });

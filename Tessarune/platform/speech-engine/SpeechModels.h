@@ -2,6 +2,7 @@
 
 #include "Tessarune/platform/model-store/ModelStore.h"
 #include "Tessarune/platform/speech-engine/MoonshineModel.h"
+#include "TessaruneCore/host/Host.h"
 
 #include <functional>
 #include <map>
@@ -31,26 +32,34 @@ class SpeechModels {
     /// All models that can be chosen, the smallest first.
     static const std::vector<OfferedSpeechModel>& offered();
 
-    SpeechModels(ModelStore& store, std::function<std::string()> choice,
+    SpeechModels(Host& host, ModelStore& store, std::function<std::string()> choice,
                  std::function<std::shared_ptr<const MoonshineLibrary>()> library,
                  double passInterval);
 
     /// The chosen model, or of those that are here the largest that has not been seen to be too
-    /// slow on this computer. Throws std::runtime_error if there is none, ModelDamaged if what was
-    /// chosen is no longer whole.
+    /// slow on this computer lately. Throws std::runtime_error if there is none, ModelDamaged if
+    /// what was chosen is no longer whole.
     StoredModel choose() const;
 
     /// The chosen model in memory; loads it the first time and keeps it. Throws as `choose`, and
     /// what MoonshineModel throws.
     std::shared_ptr<MoonshineModel> loaded();
 
-    /// Remembers how long a pass over a line takes here, for the next choice.
-    void observe(const std::string& model, double secondsPerPass, std::size_t passes);
+    /// Remembers for the next choice how many seconds of work a look at live sound costs here for
+    /// each second of the line that is open, on average over so many looks.
+    void observe(const std::string& model, double lookRatio, std::size_t passes);
 
   private:
-    bool isTooSlow(const std::string& model) const;
-    std::map<std::string, double> speeds() const;
+    struct Speed {
+        double lookRatio;
+        double measuredAt; ///< wall clock
+    };
 
+    bool isTooSlow(const std::string& model) const;
+    std::filesystem::path speedsFile() const;
+    std::map<std::string, Speed> speeds() const;
+
+    Host& host_;
     ModelStore& store_;
     std::function<std::string()> choice_;
     std::function<std::shared_ptr<const MoonshineLibrary>()> library_;

@@ -8,6 +8,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tessarune::testing {
@@ -42,8 +43,10 @@ class ScriptedEngine {
     std::vector<Spoken> script; ///< times of the whole session
     double completionLag = 0.1;
     double passCost = 0;
-    std::string dependencies; ///< the list of a model's files, JSON
-    std::string failing;      ///< the call that fails: "load", "start", "add", "transcribe"
+    double stoppedInPass = 0;    ///< so long the process does not run, in the next pass
+    double processorSeconds = 0; ///< what the passes have cost
+    std::string dependencies;    ///< the list of a model's files, JSON
+    std::string failing;         ///< the call that fails: "load", "start", "add", "transcribe"
     std::vector<Pass> passes;
     double heard = 0; ///< seconds in all, what a new stream is given again counted once
     std::size_t streamsMade = 0;
@@ -73,7 +76,8 @@ inline ScriptedEngine* ScriptedEngine::current = nullptr;
 
 inline std::int32_t ScriptedEngine::transcribe(Stream& stream, moonshine::Transcript** transcript) {
     passes.push_back({host_.now(), stream.begin + stream.heard});
-    host_.worked += passCost;
+    host_.worked += passCost + std::exchange(stoppedInPass, 0);
+    processorSeconds += passCost;
     stream.texts.clear();
     stream.lines.clear();
     const double until = stream.begin + stream.heard;
