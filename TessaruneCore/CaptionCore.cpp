@@ -132,6 +132,14 @@ void CaptionCore::cancelPendingPartial() {
     pendingPartial_.reset();
 }
 
+void CaptionCore::withdrawOpenText() {
+    pendingPartial_.reset();
+    liveLeadingSentences = Rows();
+    resetFreezeState();
+    tracker_ = UtteranceTracker();
+    currentPartial = freshPartial(now_());
+}
+
 void CaptionCore::reset(double startedAt) {
     pendingPartial_.reset();
     committedSegments = Rows();

@@ -117,6 +117,10 @@ class CaptionCore {
     /// Drops the pending partial; a scheduled flush then does nothing.
     void cancelPendingPartial();
 
+    /// The recogniser takes back its guess without a final: what is open is as after a final,
+    /// and nothing was committed.
+    void withdrawOpenText();
+
     /// Resets the state; the open row begins at `startedAt`. Keeps counters and debug events.
     void reset(double startedAt);
     /// Resets stability tracking; keeps rows and revision.

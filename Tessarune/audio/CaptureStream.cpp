@@ -1,5 +1,6 @@
 #include "Tessarune/audio/CaptureStream.h"
 
+#include "Tessarune/audio/LateSound.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Text.h"
 
@@ -22,6 +23,12 @@ std::optional<CaptureStream::Source> monitorOf(const SoundOutput* output) {
         return std::nullopt;
     return CaptureStream::Source{output->monitorID, output->name, {output->format.sampleRate, 1}};
 }
+
+/// How often sound that is late is looked at, and how many times at the most.
+constexpr double paceLookSeconds = 0.25;
+constexpr int mostPaceLooks = 20;
+/// A look that is so late says that the program itself did not run: its sound may be waiting.
+constexpr double lateLookSeconds = 0.5;
 
 SoundServerError noSound() {
     return {SoundServerError::timeout, "the device gives no sound"};
@@ -48,7 +55,11 @@ class CaptureStream::Keeper : public std::enable_shared_from_this<Keeper> {
 
     void adopt(Source source, std::unique_ptr<RecordStream> stream);
     void handleBuffer(AudioBufferPtr buffer);
-    void reportHole(double seconds);
+    void deliver(AudioBufferPtr buffer);
+    void reportHole(double seconds, bool tookOver);
+    void watchPace();
+    void checkPace();
+    void releaseHeld();
     void handleEnd(const SoundServerError& error);
     void interrupt(const SoundServerError& error);
     void follow();
@@ -74,14 +85,18 @@ class CaptureStream::Keeper : public std::enable_shared_from_this<Keeper> {
     bool stalled_ = false;            // `stream_` is still open but gives nothing
     std::uint64_t currentStream_ = 0; // the attempt that opened `stream_`
 
-    double lastSoundAt_ = 0; // end of the last buffer, at first when the capture began
-    double openedAt_ = 0;
-    bool isInterrupted_ = false;    // that was reported, and nothing has come since
-    bool isFirstOfAnother_ = false; // the next buffer is the first of a stream that took over
+    double quietSince_ = 0; // when the last buffer came, or the stream was opened
+    double stallLookAt_ = 0;
+    LateSound late_;
+    int paceLooks_ = 0;
+    bool isInterrupted_ = false;   // that was reported, and nothing has come since
+    bool isFirstOfStream_ = false; // the next buffer is
+    bool tookOver_ = false;        // the stream followed another one
     double retrySeconds_ = 0;
     double openSeconds_ = shortestOpenSeconds;
     DelayedCall retry_;
     DelayedCall stallCheck_;
+    DelayedCall paceCheck_;
 };
 
 Task<void> CaptureStream::Keeper::start(std::shared_ptr<Keeper> self) {
@@ -98,7 +113,7 @@ Task<void> CaptureStream::Keeper::start(std::shared_ptr<Keeper> self) {
     if (attempt != self->attempt_)
         throw SoundServerError(SoundServerError::streamKilled, "stopped while starting");
     self->running_ = true;
-    self->lastSoundAt_ = self->now();
+    self->late_.begin(self->now());
     std::weak_ptr<Keeper> weak = self;
     self->subscription_ = self->server_.observe(self->executor_, [weak] {
         if (auto keeper = weak.lock())
@@ -110,6 +125,7 @@ Task<void> CaptureStream::Keeper::start(std::shared_ptr<Keeper> self) {
 }
 
 void CaptureStream::Keeper::stop() {
+    releaseHeld();
     running_ = false;
     ++attempt_;
     opening_.reset();
@@ -117,7 +133,6 @@ void CaptureStream::Keeper::stop() {
     stream_.reset();
     stalled_ = false;
     isInterrupted_ = false;
-    isFirstOfAnother_ = false;
     retry_.cancel();
     stallCheck_.cancel();
 }
@@ -173,11 +188,13 @@ Task<void> CaptureStream::Keeper::reopen(std::shared_ptr<Keeper> self, Source so
 
 void CaptureStream::Keeper::adopt(Source source, std::unique_ptr<RecordStream> stream) {
     const bool isAnother = !current_.id.empty() && current_.id != source.id;
+    releaseHeld();
     stream_ = std::move(stream);
     current_ = std::move(source);
-    openedAt_ = now();
+    quietSince_ = now();
     stalled_ = false;
-    isFirstOfAnother_ = running_;
+    isFirstOfStream_ = true;
+    tookOver_ = running_;
     watchForStall();
     if (isAnother)
         report({CaptureEvent::Kind::deviceChanged, 0, current_.deviceName, 0});
@@ -186,28 +203,80 @@ void CaptureStream::Keeper::adopt(Source source, std::unique_ptr<RecordStream> s
 void CaptureStream::Keeper::handleBuffer(AudioBufferPtr buffer) {
     retrySeconds_ = 0;
     openSeconds_ = shortestOpenSeconds;
+    quietSince_ = now();
     if (std::exchange(stalled_, false))
         watchForStall();
-    reportHole(std::max(0.0, now() - buffer->seconds() - lastSoundAt_));
-    lastSoundAt_ = now();
+    if (std::exchange(isFirstOfStream_, false)) {
+        const double missing = late_.begin(*buffer, now());
+        reportHole(stream_->isContinuous() ? missing : 0, tookOver_);
+        deliver(std::move(buffer));
+        return;
+    }
+    const double late = late_.add(*buffer, now());
+    const bool isInTime = late < stallSeconds && !isInterrupted_ && !late_.isHolding();
+    if (isInTime || !stream_->isContinuous()) {
+        deliver(std::move(buffer));
+        return;
+    }
+    const bool isFirstLate = !late_.isHolding();
+    late_.hold(std::move(buffer), late, now());
+    if (late < smallestHoleSeconds) {
+        releaseHeld();
+    } else if (isFirstLate) {
+        paceLooks_ = 0;
+        watchPace();
+    }
+}
+
+void CaptureStream::Keeper::deliver(AudioBufferPtr buffer) {
     if (handlers_.onBuffer)
         handlers_.onBuffer(std::move(buffer));
 }
 
-/// Before a buffer that comes so many seconds after the end of the last one. A buffer that is a
-/// little late in an open stream has left nothing out: the sound was waiting somewhere.
-void CaptureStream::Keeper::reportHole(double seconds) {
-    const bool isFirstOfAnother = std::exchange(isFirstOfAnother_, false);
-    if (!isInterrupted_ && seconds < (isFirstOfAnother ? smallestHoleSeconds : stallSeconds))
+/// Before a buffer. In a stream that has been open all the time, a little that is missing is none.
+void CaptureStream::Keeper::reportHole(double seconds, bool tookOver) {
+    if (!isInterrupted_ && seconds < (tookOver ? smallestHoleSeconds : stallSeconds))
         return;
-    // After a sleep of the whole computer the sound may be faster than the look for a stall.
-    if (!isFirstOfAnother)
+    // Sound that was lost while the program did not run was never seen to stop.
+    if (!tookOver)
         interrupt(noSound());
     isInterrupted_ = false;
     report({CaptureEvent::Kind::resumed, 0, current_.deviceName, seconds});
 }
 
+void CaptureStream::Keeper::watchPace() {
+    paceCheck_ = later(paceLookSeconds, &Keeper::checkPace);
+}
+
+void CaptureStream::Keeper::checkPace() {
+    if (!late_.isHolding())
+        return;
+    if (late_.hasFoundItsPace(now()) || ++paceLooks_ >= mostPaceLooks)
+        releaseHeld();
+    else
+        watchPace();
+}
+
+void CaptureStream::Keeper::releaseHeld() {
+    paceCheck_.cancel();
+    if (!late_.isHolding())
+        return;
+    std::vector<LateSound::Piece> pieces = late_.release();
+    const bool isWhole =
+        std::ranges::none_of(pieces, [](const LateSound::Piece& piece) { return piece.hole > 0; });
+    if (isWhole)
+        reportHole(0, false);
+    for (LateSound::Piece& piece : pieces) {
+        if (piece.hole > 0) {
+            interrupt(noSound());
+            reportHole(piece.hole, false);
+        }
+        deliver(std::move(piece.buffer));
+    }
+}
+
 void CaptureStream::Keeper::handleEnd(const SoundServerError& error) {
+    releaseHeld();
     stream_.reset();
     interrupt(error);
     follow();
@@ -252,18 +321,22 @@ void CaptureStream::Keeper::watchForStall() {
         return;
     // Never a shorter wait: rounding could otherwise have it look a moment too early for ever.
     constexpr double shortestWait = 0.05;
-    const double left = std::max(lastSoundAt_, openedAt_) + stallSeconds - now();
-    stallCheck_ = later(std::max(left, shortestWait), &Keeper::checkForStall);
+    const double wait = std::max(quietSince_ + stallSeconds - now(), shortestWait);
+    stallLookAt_ = now() + wait;
+    stallCheck_ = later(wait, &Keeper::checkForStall);
 }
 
 void CaptureStream::Keeper::checkForStall() {
     if (!stream_)
         return;
-    if (now() - std::max(lastSoundAt_, openedAt_) < stallSeconds) {
+    if (now() - stallLookAt_ > lateLookSeconds)
+        quietSince_ = now();
+    if (now() - quietSince_ < stallSeconds) {
         watchForStall();
         return;
     }
     stalled_ = true;
+    releaseHeld();
     interrupt(noSound());
     // Not at once: a device that is asleep would be opened over and over.
     retryLater();

@@ -1,6 +1,5 @@
 #include "Tessarune/audio/MicrophoneCapture.h"
 
-#include "Tessarune/audio/AudioLevel.h"
 #include "Tessarune/shell/DomainError.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Localization.h"
@@ -38,116 +37,40 @@ std::shared_ptr<MicrophoneCapture> MicrophoneCapture::create(Host& host, SoundSe
 MicrophoneCapture::MicrophoneCapture(Host& host, SoundServer& server,
                                      MakeAudioConverter makeConverter,
                                      std::optional<std::string> deviceID)
-    : host_(host),
-      server_(server),
-      makeConverter_(std::move(makeConverter)),
-      source_(AudioSource::microphone(std::move(deviceID))),
-      queue_(host.serialQueue("Tessarune.MicrophoneCapture", QueuePriority::userInitiated)),
-      executor_(Executor::queue(host, queue_)) {}
-
-MicrophoneCapture::~MicrophoneCapture() {
-    if (stream_)
-        queue_->async([stream = std::move(stream_)] { stream->stop(); });
-}
+    : AudioCapture(host, server, AudioSource::microphone(std::move(deviceID)),
+                   "Tessarune.MicrophoneCapture"),
+      makeConverter_(std::move(makeConverter)) {}
 
 Task<void> MicrophoneCapture::start(std::optional<double> sampleRate) {
-    return startOnQueue(shared_from_this(), sampleRate);
+    queue().async([this, self = shared_from_this(), sampleRate] {
+        targetFormat_ = sampleRate ? std::optional(AudioFormat{*sampleRate, 1}) : std::nullopt;
+    });
+    return begin();
 }
 
-Task<void> MicrophoneCapture::stop() {
-    return stopOnQueue(shared_from_this());
-}
-
-Task<void> MicrophoneCapture::startOnQueue(std::shared_ptr<MicrophoneCapture> self,
-                                           std::optional<double> sampleRate) {
-    auto toQueue = switchTo(self->executor_);
-    auto toMain = switchTo(Executor::main(self->host_));
-    co_await toQueue;
-    std::exception_ptr failure;
-    try {
-        auto opening = open(self, sampleRate);
-        co_await opening;
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    co_await toMain;
-    if (failure)
-        std::rethrow_exception(failure);
-}
-
-Task<void> MicrophoneCapture::stopOnQueue(std::shared_ptr<MicrophoneCapture> self) {
-    auto toQueue = switchTo(self->executor_);
-    auto toMain = switchTo(Executor::main(self->host_));
-    co_await toQueue;
-    self->stopSync();
-    co_await toMain;
-}
-
-Task<void> MicrophoneCapture::open(std::shared_ptr<MicrophoneCapture> self,
-                                   std::optional<double> sampleRate) {
-    self->stopSync();
-    self->levelTick_ = 0;
-    const int start = ++self->startCount_;
-    try {
-        auto connecting = self->server_.connect(self->executor_);
-        co_await connecting;
-    } catch (const SoundServerError&) {
-        throw notAvailable();
-    }
-    const auto input = CaptureStream::resolveExactly(self->source_, self->server_.devices());
-    if (!input && self->source_.deviceID())
+void MicrophoneCapture::prepare(const std::optional<CaptureStream::Source>& device) {
+    levelTick_ = 0;
+    if (!device && source().deviceID())
         throw notSelectable();
-    if (!input || input->format.channels <= 0 || input->format.sampleRate <= 0)
+    if (!device || device->format.channels <= 0 || device->format.sampleRate <= 0)
         throw notAvailable();
-    if (start != self->startCount_)
-        throw SoundServerError(SoundServerError::streamKilled, "stopped while starting");
-    if (sampleRate) {
-        self->targetFormat_ = AudioFormat{*sampleRate, 1};
-        try {
-            self->converter_ = self->makeConverter_(input->format, *self->targetFormat_);
-            self->converterInput_ = input->format;
-        } catch (const std::exception&) {
-            throw notAvailable();
-        }
-    }
-
-    std::weak_ptr<MicrophoneCapture> weak = self;
-    CaptureStream::Handlers handlers;
-    handlers.onBuffer = [weak](AudioBufferPtr buffer) {
-        if (auto capture = weak.lock())
-            capture->process(std::move(buffer));
-    };
-    handlers.onEvent = [weak](const CaptureEvent& event) {
-        auto capture = weak.lock();
-        if (capture && capture->onEvent)
-            capture->onEvent(event);
-    };
-    auto stream = std::make_shared<CaptureStream>(self->server_, self->executor_, self->source_,
-                                                  std::move(handlers));
-    self->stream_ = stream;
-    std::exception_ptr failure;
+    if (!targetFormat_)
+        return;
     try {
-        auto starting = stream->start();
-        co_await starting;
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    if (failure) {
-        if (self->stream_ == stream)
-            self->stopSync();
-        std::rethrow_exception(failure);
+        converter_ = makeConverter_(device->format, *targetFormat_);
+        converterInput_ = device->format;
+    } catch (const std::exception&) {
+        throw notAvailable();
     }
 }
 
-void MicrophoneCapture::stopSync() {
-    ++startCount_;
-    if (auto stream = std::exchange(stream_, nullptr))
-        stream->stop();
-    converter_.reset();
-    targetFormat_.reset();
+void MicrophoneCapture::fail(Step step, const SoundServerError& error) {
+    if (step == Step::connecting)
+        throw notAvailable();
+    throw SoundServerError(error);
 }
 
-void MicrophoneCapture::process(AudioBufferPtr buffer) {
+void MicrophoneCapture::handleInput(AudioBufferPtr buffer) {
     if (targetFormat_)
         buffer = converted(std::move(buffer));
     if (!buffer || buffer->samples.empty())
@@ -155,8 +78,13 @@ void MicrophoneCapture::process(AudioBufferPtr buffer) {
     if (onBuffer)
         onBuffer(buffer);
     ++levelTick_;
-    if (levelTick_ % AudioLevel::buffersPerLevel == 0 && onLevel)
-        onLevel(std::min(AudioLevel::rms(*buffer) * levelGain, 1.0));
+    if (levelTick_ % buffersPerLevel == 0 && onLevel)
+        onLevel(std::min(rms(*buffer) * levelGain, 1.0));
+}
+
+void MicrophoneCapture::handleEvent(const CaptureEvent& event) {
+    if (onEvent)
+        onEvent(event);
 }
 
 AudioBufferPtr MicrophoneCapture::converted(AudioBufferPtr buffer) {

@@ -1,9 +1,7 @@
 #pragma once
 
+#include "Tessarune/audio/AudioCapture.h"
 #include "Tessarune/audio/AudioConverter.h"
-#include "Tessarune/audio/CaptureStream.h"
-#include "TessaruneCore/host/Host.h"
-#include "TessaruneCore/host/Task.h"
 
 #include <functional>
 #include <memory>
@@ -16,7 +14,7 @@ namespace tessarune {
 ///
 /// `start` and `stop` may be called from any thread; the callbacks run on the capture's own queue
 /// and are set before `start`. The host and the server must outlive it.
-class MicrophoneCapture : public std::enable_shared_from_this<MicrophoneCapture> {
+class MicrophoneCapture final : public AudioCapture {
   public:
     static constexpr const char* errorDomain = "Tessarune.MicrophoneCapture";
     static constexpr int deviceNotSelectable = 1;
@@ -25,9 +23,6 @@ class MicrophoneCapture : public std::enable_shared_from_this<MicrophoneCapture>
     static std::shared_ptr<MicrophoneCapture>
     create(Host& host, SoundServer& server, MakeAudioConverter makeConverter,
            std::optional<std::string> deviceID = std::nullopt);
-    ~MicrophoneCapture();
-    MicrophoneCapture(const MicrophoneCapture&) = delete;
-    MicrophoneCapture& operator=(const MicrophoneCapture&) = delete;
 
     std::function<void(AudioBufferPtr)> onBuffer;
     /// The linear level of each eighth buffer, 0 to 1.
@@ -39,34 +34,25 @@ class MicrophoneCapture : public std::enable_shared_from_this<MicrophoneCapture>
     /// the server refuses the stream.
     Task<void> start(std::optional<double> sampleRate);
     /// Goes on on the main queue; no callback runs after that.
-    Task<void> stop();
+    Task<void> stop() { return end(); }
 
   private:
     MicrophoneCapture(Host& host, SoundServer& server, MakeAudioConverter makeConverter,
                       std::optional<std::string> deviceID);
 
-    static Task<void> startOnQueue(std::shared_ptr<MicrophoneCapture> self,
-                                   std::optional<double> sampleRate);
-    static Task<void> stopOnQueue(std::shared_ptr<MicrophoneCapture> self);
-    static Task<void> open(std::shared_ptr<MicrophoneCapture> self,
-                           std::optional<double> sampleRate);
-    void stopSync();
-    void process(AudioBufferPtr buffer);
+    void prepare(const std::optional<CaptureStream::Source>& device) override;
+    void willClose() override { converter_.reset(); }
+    [[noreturn]] void fail(Step step, const SoundServerError& error) override;
+    void handleInput(AudioBufferPtr buffer) override;
+    void handleEvent(const CaptureEvent& event) override;
     AudioBufferPtr converted(AudioBufferPtr buffer);
 
-    Host& host_;
-    SoundServer& server_;
-    MakeAudioConverter makeConverter_;
-    AudioSource source_;
-    std::shared_ptr<SerialQueue> queue_;
-    Executor executor_;
-    // On the queue:
-    std::shared_ptr<CaptureStream> stream_;
+    const MakeAudioConverter makeConverter_;
+    // Set by `start`, then on the queue:
     std::optional<AudioFormat> targetFormat_;
     std::unique_ptr<AudioConverter> converter_;
     AudioFormat converterInput_;
     int levelTick_ = 0;
-    int startCount_ = 0;
 };
 
 } // namespace tessarune

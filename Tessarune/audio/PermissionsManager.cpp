@@ -1,6 +1,6 @@
 #include "Tessarune/audio/PermissionsManager.h"
 
-#include "Tessarune/audio/SystemAudioPermissionProber.h"
+#include "Tessarune/audio/CaptureStream.h"
 
 #include <optional>
 #include <string>
@@ -42,6 +42,34 @@ Task<void> askForSpeech(PermissionsManager& manager, std::weak_ptr<bool> alive) 
     auto asking = manager.requestSpeech();
     co_await asking;
 }
+
+namespace SystemAudioPermissionProber {
+
+/// Listens to the default output for `timeout` seconds, apart from any capture that runs: granted
+/// if anything arrived, denied if nothing did, unknown if no stream could be opened.
+Task<Status> run(Host& host, SoundServer& server, double timeout) {
+    const Executor main = Executor::main(host);
+    auto gotAudio = std::make_shared<bool>(false);
+    RecordHandlers handlers;
+    handlers.onBuffer = [gotAudio](AudioBufferPtr buffer) {
+        *gotAudio = *gotAudio || !buffer->samples.empty();
+    };
+    try {
+        co_await server.connect(main);
+        const auto tap = CaptureStream::resolve(AudioSource::systemAudio(), server.devices());
+        if (!tap)
+            co_return Status::unknown;
+        RecordRequest request{tap->id, 1, "Tessarune Permission Probe", timeout};
+        auto opening = server.openRecordStream(std::move(request), std::move(handlers), main);
+        const std::unique_ptr<RecordStream> stream = co_await opening;
+        co_await sleep(main, timeout);
+    } catch (const SoundServerError&) {
+        co_return Status::unknown;
+    }
+    co_return *gotAudio ? Status::granted : Status::denied;
+}
+
+} // namespace SystemAudioPermissionProber
 
 } // namespace
 
@@ -103,9 +131,9 @@ Task<bool> PermissionsManager::requestSpeech() {
     co_return answer;
 }
 
-Task<bool> PermissionsManager::requestMicrophone() {
+Task<bool> PermissionsManager::requestMicrophone(AudioSource source) {
     const std::weak_ptr<bool> alive = alive_;
-    auto asking = system_.requestMicrophone();
+    auto asking = system_.requestMicrophone(std::move(source));
     const bool answer = co_await asking;
     if (!alive.expired())
         latch(Key::microphoneStatus, answer ? Status::granted : Status::denied);

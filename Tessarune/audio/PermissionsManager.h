@@ -45,7 +45,7 @@ class PermissionsManager {
     SystemAuthorization::Status speechAuthorization() const { return system_.speechStatus(); }
     /// Asks for the permission, latches the answer and gives it. Go on on the main queue.
     Task<bool> requestSpeech();
-    Task<bool> requestMicrophone();
+    Task<bool> requestMicrophone(AudioSource source = AudioSource::microphone());
     /// Listens for `timeout` seconds whether system audio delivers anything, and latches that.
     Task<void> deepProbeSystemAudio(double timeout);
 

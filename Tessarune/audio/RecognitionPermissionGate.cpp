@@ -22,7 +22,7 @@ DomainError refusal(int code) {
 Task<void> requestRequiredPermissions(PermissionsManager& permissions, AudioSource source,
                                       std::string /*recognitionOptionID*/) {
     if (source.isMicrophone()) {
-        auto asking = permissions.requestMicrophone();
+        auto asking = permissions.requestMicrophone(source);
         const bool granted = co_await asking;
         if (!granted)
             throw refusal(microphoneRefused);

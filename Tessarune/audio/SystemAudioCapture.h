@@ -1,13 +1,9 @@
 #pragma once
 
-#include "Tessarune/audio/AudioBuffer.h"
-#include "Tessarune/audio/CaptureStream.h"
+#include "Tessarune/audio/AudioCapture.h"
 #include "Tessarune/audio/SystemAudioCaptureError.h"
-#include "TessaruneCore/host/Host.h"
-#include "TessaruneCore/host/Task.h"
 
 #include <memory>
-#include <optional>
 
 namespace tessarune {
 
@@ -35,25 +31,23 @@ class SystemAudioCaptureDelegate {
 ///
 /// `start` and `stop` may be called from any thread; the work is done on the capture queue. The
 /// host and the server must outlive it.
-class SystemAudioCapture : public std::enable_shared_from_this<SystemAudioCapture> {
+class SystemAudioCapture final : public AudioCapture {
   public:
     static constexpr double silentStartTimeoutSeconds = 10.0;
 
     static std::shared_ptr<SystemAudioCapture> create(Host& host, SoundServer& server);
-    ~SystemAudioCapture();
-    SystemAudioCapture(const SystemAudioCapture&) = delete;
-    SystemAudioCapture& operator=(const SystemAudioCapture&) = delete;
+    ~SystemAudioCapture() override;
 
     /// Set before `start`; it is not changed while a capture runs.
     std::weak_ptr<SystemAudioCaptureDelegate> delegate;
 
     /// Begins a capture, after ending one that is still running. Goes on on the main queue. Throws
     /// SystemAudioCaptureError, and then nothing is left open.
-    Task<void> start();
+    Task<void> start() { return begin(); }
     /// Ends the capture; nothing is delivered once the capture queue has come to it.
-    void stop();
+    void stop() { endLater(); }
     /// As `stop`, and goes on on the main queue when nothing is delivered any more.
-    Task<void> finish();
+    Task<void> finish() { return end(); }
 
     /// The loudness of a buffer on a scale of 60 decibels: 0 at -60 dB and below, 1 at full scale.
     static double audioLevel(const AudioBuffer& buffer);
@@ -61,22 +55,16 @@ class SystemAudioCapture : public std::enable_shared_from_this<SystemAudioCaptur
   private:
     SystemAudioCapture(Host& host, SoundServer& server);
 
-    static Task<void> startOnQueue(std::shared_ptr<SystemAudioCapture> self);
-    static Task<void> finishOnQueue(std::shared_ptr<SystemAudioCapture> self);
-    static Task<void> open(std::shared_ptr<SystemAudioCapture> self);
-    void stopSync();
-    void handleInput(AudioBufferPtr buffer);
-    void scheduleSilentStartCheck();
+    void prepare(const std::optional<CaptureStream::Source>& device) override;
+    void didOpen() override;
+    void willClose() override { silentStartCheck_.cancel(); }
+    [[noreturn]] void fail(Step step, const SoundServerError& error) override;
+    void handleInput(AudioBufferPtr buffer) override;
+    void handleEvent(const CaptureEvent& event) override;
     void checkForSilentStart(int start);
 
-    Host& host_;
-    SoundServer& server_;
-    std::shared_ptr<SerialQueue> ioQueue_;
-    Executor ioExecutor_;
     // On the capture queue:
-    std::shared_ptr<CaptureStream> stream_;
     int sampleCount_ = 0; // buffers delivered since start
-    int startCount_ = 0;
     DelayedCall silentStartCheck_;
 };
 

@@ -13,10 +13,11 @@ Task<bool> granted() {
     co_return true;
 }
 
-Task<bool> tryMicrophone(Host& host, SoundServer& server,
+Task<bool> tryMicrophone(Host& host, SoundServer& server, AudioSource source,
                          std::shared_ptr<SystemAuthorization::Status> answer) {
+    *answer = SystemAuthorization::Status::notDetermined;
     try {
-        CaptureStream stream(server, Executor::main(host), AudioSource::microphone(), {});
+        CaptureStream stream(server, Executor::main(host), std::move(source), {});
         auto starting = stream.start();
         co_await starting;
         *answer = SystemAuthorization::Status::authorized;
@@ -36,8 +37,10 @@ SystemAuthorization SystemAuthorization::ofServer(Host& host, SoundServer& serve
         .speechStatus = [] { return SystemAuthorization::Status::authorized; },
         .requestSpeech = [] { return granted(); },
         .microphoneStatus = [microphone] { return *microphone; },
-        .requestMicrophone = [&host, &server,
-                              microphone] { return tryMicrophone(host, server, microphone); },
+        .requestMicrophone =
+            [&host, &server, microphone](AudioSource source) {
+                return tryMicrophone(host, server, std::move(source), microphone);
+            },
     };
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessarune/audio/AudioSource.h"
 #include "Tessarune/audio/SoundServer.h"
 #include "TessaruneCore/host/Host.h"
 #include "TessaruneCore/host/Task.h"
@@ -16,11 +17,13 @@ struct SystemAuthorization {
     std::function<Status()> speechStatus;
     std::function<Task<bool>()> requestSpeech;
     std::function<Status()> microphoneStatus;
-    std::function<Task<bool>()> requestMicrophone;
+    /// For this microphone.
+    std::function<Task<bool>(AudioSource)> requestMicrophone;
 
     /// A desktop that has no permission for speech, and for microphones only what the sound server
-    /// says: asking opens a short record stream, and access is denied if the server refuses that
-    /// for want of access. A missing device or server is no refusal.
+    /// says: asking opens a short record stream on the microphone in question, and access is denied
+    /// if the server refuses that for want of access. A missing device or server is no refusal, and
+    /// a refusal lasts until the next time somebody asks.
     static SystemAuthorization ofServer(Host& host, SoundServer& server);
 };
 

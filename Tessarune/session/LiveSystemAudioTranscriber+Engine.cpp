@@ -58,12 +58,17 @@ void LiveSystemAudioTranscriber::attachCallbacks(SpeechAnalyzerTranscriber& engi
     using This = LiveSystemAudioTranscriber;
     engine.onEvent = whileCurrent(engine, [](This& self, const ASREvent& event) {
         if (self.onASREvent)
-            self.onASREvent(self.onTheClock(event));
+            self.onASREvent(event);
     });
     engine.onError = whileCurrent(engine, [](This& self, const std::exception& error) {
         if (self.onError)
             self.onError(error.what());
     });
+    engine.onGuessWithdrawn = [weak = weak_from_this(), identity = &engine] {
+        const auto self = weak.lock();
+        if (self && self->isCurrent(identity) && self->onGuessWithdrawn)
+            self->onGuessWithdrawn();
+    };
     engine.onReconcileDecision =
         whileCurrent(engine, [](This& self, const AppleFinalReconcileDecisionRecord& record) {
             if (self.onAppleFinalReconcile)
@@ -93,7 +98,6 @@ LiveSystemAudioTranscriber::Engine LiveSystemAudioTranscriber::exchangeEngine(En
     }
     const PerfStats formerPerf = former ? former->perfStats() : PerfStats();
     std::lock_guard lock(perfLock_);
-    timeline_ = AudioTimeline();
     if (former)
         lastEnginePerf_ = formerPerf;
     return former;
@@ -143,7 +147,6 @@ void LiveSystemAudioTranscriber::handle(AudioBufferPtr buffer) {
             reportedAudioSampleRate_ = sampleRate;
             ++perfAudioBufferInfoEvents_;
         }
-        timeline_.add(buffer->seconds(), host().now());
     }
     if (isAnotherRate && onAudioBufferInfo)
         onAudioBufferInfo(sampleRate);
@@ -164,35 +167,11 @@ void LiveSystemAudioTranscriber::handleLevel(double level) {
 void LiveSystemAudioTranscriber::handleCaptureEvent(const CaptureEvent& event) {
     if (event.kind == CaptureEvent::Kind::resumed) {
         environment_.recorder->appendSilence(event.gapSeconds);
-        std::lock_guard lock(perfLock_);
-        timeline_.addGap(event.gapSeconds);
+        if (const Engine engine = currentEngine())
+            engine->skip(event.gapSeconds);
     }
     if (onCaptureEvent)
         onCaptureEvent(event);
-}
-
-ASREvent LiveSystemAudioTranscriber::onTheClock(ASREvent event) const {
-    AudioTimeline timeline;
-    {
-        std::lock_guard lock(perfLock_);
-        if (!timeline_.hasGaps())
-            return event;
-        timeline = timeline_;
-    }
-    if (auto* partial = std::get_if<ASREvent::Partial>(&event.value)) {
-        partial->timestamp = timeline.corrected(partial->timestamp);
-        return event;
-    }
-    auto& final = std::get<ASREvent::Final>(event.value);
-    final.start = timeline.corrected(final.start);
-    final.end = timeline.corrected(final.end);
-    if (final.words) {
-        for (ASRWordTiming& word : *final.words) {
-            word.start = timeline.corrected(word.start);
-            word.end = timeline.corrected(word.end);
-        }
-    }
-    return event;
 }
 
 void LiveSystemAudioTranscriber::latchSystemAudioPermission() {

@@ -232,9 +232,6 @@ Task<void> LiveSystemAudioTranscriber::swap(Self self) {
         throw CancellationError();
     if (failure)
         std::rethrow_exception(failure);
-    // What came while it was being made ready was not heard by it.
-    std::lock_guard lock(self->perfLock_);
-    self->timeline_ = AudioTimeline();
 }
 
 void LiveSystemAudioTranscriber::throwIfOvertaken(std::uint64_t attempt) const {

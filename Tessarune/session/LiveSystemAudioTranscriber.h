@@ -5,7 +5,6 @@
 #include "Tessarune/audio/MicrophoneCapture.h"
 #include "Tessarune/audio/PermissionsManager.h"
 #include "Tessarune/audio/SystemAudioCapture.h"
-#include "Tessarune/session/AudioTimeline.h"
 #include "Tessarune/shell/AppSettings.h"
 #include "Tessarune/speech/SoleLock.h"
 #include "Tessarune/speech/SpeechAnalyzerTranscriber.h"
@@ -44,6 +43,8 @@ class LiveSystemAudioTranscriber final
     LiveSystemAudioTranscriber& operator=(const LiveSystemAudioTranscriber&) = delete;
 
     std::function<void(const ASREvent&)> onASREvent;
+    /// What was guessed since the last final comes to nothing, and no final follows.
+    std::function<void()> onGuessWithdrawn;
     std::function<void(double)> onLevel;
     std::function<void(const RecordingMetadata&)> onRecordingStarted;
     std::function<void(const RecordingMetadata&)> onRecordingFinished;
@@ -114,7 +115,6 @@ class LiveSystemAudioTranscriber final
 
     template <typename Callback>
     auto whileCurrent(const AudioTranscriber& engine, Callback callback);
-    ASREvent onTheClock(ASREvent event) const;
 
     Executor mainExecutor() const { return Executor::main(host()); }
     Host& host() const { return environment_.speech.host; }
@@ -139,7 +139,6 @@ class LiveSystemAudioTranscriber final
     double perfAudioBufferInfoEvents_ = 0;
     double perfSystemAudioPermissionMarkEvents_ = 0;
     double perfAudioLevelEvents_ = 0;
-    AudioTimeline timeline_; ///< of the current engine
     PerfStats lastEnginePerf_;
 };
 

@@ -97,6 +97,12 @@ void LiveTranscriptStore::configureTranscriberCallbacks() {
         onMain<double>([](Store& self, double level) { self.handleLevelEvent(level); });
     transcriber.onError = onMain<std::string>(
         [](Store& self, const std::string& message) { self.showError(message); });
+    transcriber.onGuessWithdrawn = [weak = weak_from_this(), &main = host()] {
+        main.post([weak] {
+            if (const Self self = weak.lock())
+                self->handleGuessWithdrawn();
+        });
+    };
     transcriber.onSystemAudioSilent = [weak = weak_from_this(), &main = host()] {
         main.post([weak] {
             if (const Self self = weak.lock())
@@ -156,6 +162,14 @@ void LiveTranscriptStore::applyRecognition(const ASREvent& event) {
     pipelinePerf_.asrMainMaxMS = std::max(pipelinePerf_.asrMainMaxMS, busy * 1000);
     if (environment_.diagnostics.isRunning())
         environment_.diagnostics.notePerfStats(mergedLivePerfStats());
+}
+
+void LiveTranscriptStore::handleGuessWithdrawn() {
+    if (!*isListening && *sessionPhase != LiveSessionPhase::stopping)
+        return;
+    core.withdrawOpenText();
+    updateVisibleSourceTextFlag();
+    refreshCaptionDisplay("asr.withdrawn");
 }
 
 void LiveTranscriptStore::handleLevelEvent(double level) {

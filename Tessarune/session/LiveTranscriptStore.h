@@ -179,6 +179,7 @@ class LiveTranscriptStore : public std::enable_shared_from_this<LiveTranscriptSt
     void handleRecordingStarted(const RecordingMetadata& metadata);
     void handleRecognitionEvent(const ASREvent& event);
     void handleLevelEvent(double level);
+    void handleGuessWithdrawn();
     void handleSystemAudioSilent();
     void handleCaptureEvent(const CaptureEvent& event);
 

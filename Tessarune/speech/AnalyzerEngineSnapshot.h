@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Tessarune/speech/AudioTimeline.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -15,12 +17,16 @@ struct AnalyzerEngineSnapshot {
     double segmentStart = 0;    ///< wall clock at which the running utterance began
     std::int64_t revision = 0;  ///< partials in the running utterance
     std::vector<std::string> requestedSpeechOptions;
+    AudioTimeline timeline; ///< what was lost of the sound
 
+    double onTheClock(double audioTime) const {
+        return audioEpoch + audioTime + timeline.lostBefore(audioTime);
+    }
     /// Nothing before the first sound.
     std::optional<double> wallTime(std::optional<double> audioTime) const {
         if (!audioTime || !(audioEpoch > 0))
             return std::nullopt;
-        return audioEpoch + *audioTime;
+        return onTheClock(*audioTime);
     }
 };
 

@@ -159,7 +159,7 @@ RunAggregate aggregate(const std::vector<RunTiming>& runs) {
     return result;
 }
 
-TimingInfo timingInfo(const std::vector<SpeechRun>& runs, double audioEpoch) {
+TimingInfo timingInfo(const std::vector<SpeechRun>& runs, const AnalyzerEngineSnapshot& snapshot) {
     TimingInfo info;
     std::vector<ASRWordTiming> words;
     for (const auto& run : runs) {
@@ -172,7 +172,8 @@ TimingInfo timingInfo(const std::vector<SpeechRun>& runs, double audioEpoch) {
                                           std::max(info.span->second, end))
                               : std::pair(start, end);
         if (const auto word = Text::trimmed(run.text); !word.empty())
-            words.push_back({std::string(word), audioEpoch + start, audioEpoch + end});
+            words.push_back(
+                {std::string(word), snapshot.onTheClock(start), snapshot.onTheClock(end)});
     }
     if (!words.empty())
         info.words = std::move(words);

@@ -41,7 +41,7 @@ struct TimingInfo {
 
 std::vector<RunTiming> runTimings(const std::vector<SpeechRun>& runs);
 RunAggregate aggregate(const std::vector<RunTiming>& runs);
-TimingInfo timingInfo(const std::vector<SpeechRun>& runs, double audioEpoch);
+TimingInfo timingInfo(const std::vector<SpeechRun>& runs, const AnalyzerEngineSnapshot& snapshot);
 
 /// `text` is the result's, trimmed.
 AppleFinalReconcileCandidate candidate(const SpeechResult& result, std::string text,

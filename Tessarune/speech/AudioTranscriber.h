@@ -28,6 +28,9 @@ class AudioTranscriber {
     /// Takes sound, in the order in which it was captured. Without a session it is dropped.
     virtual void append(AudioBufferPtr buffer) = 0;
 
+    /// Before the sound that is appended next, so many seconds of it were lost. Called as `append`.
+    virtual void skip(double seconds) = 0;
+
     /// Ends the session at once; what the engine still holds is lost.
     virtual void stop() = 0;
 

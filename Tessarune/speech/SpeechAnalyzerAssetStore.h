@@ -1,14 +1,28 @@
 #pragma once
 
-#include "Tessarune/speech/SpeechAnalyzerAssetStatus.h"
 #include "Tessarune/speech/SpeechAnalyzerAssets.h"
 #include "TessaruneCore/host/Host.h"
 #include "TessaruneCore/observation/Published.h"
 
 #include <map>
 #include <string>
+#include <utility>
 
 namespace tessarune {
+
+/// Whether a locale's speech model can be used.
+struct SpeechAnalyzerAssetStatus {
+    enum class Kind { failed, unsupported, checking, installed, needsDownload, downloading };
+
+    Kind kind = Kind::needsDownload;
+    std::string message; ///< of `failed`: why
+
+    static SpeechAnalyzerAssetStatus failed(std::string message) {
+        return {Kind::failed, std::move(message)};
+    }
+
+    bool operator==(const SpeechAnalyzerAssetStatus&) const = default;
+};
 
 /// The state of the speech models, for whoever shows it, and their installation on demand. Main
 /// queue only; one of them lives as long as the program.

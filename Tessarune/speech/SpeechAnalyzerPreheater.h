@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessarune/speech/SpeechAnalyzerAssetStore.h"
+#include "TessaruneCore/recognition/ModelCatalog.h"
 
 #include <functional>
 #include <set>
@@ -19,7 +20,13 @@ class SpeechAnalyzerPreheater {
 
     /// At most once a locale in the life of the program, so that a failed download is not tried
     /// again without the user.
-    void preheatSelectedOptionIfNeeded();
+    void preheatSelectedOptionIfNeeded() {
+        // A stored id that is unknown means the default, as it will when a session starts.
+        const auto option = ModelCatalog::recognitionOption(
+            ModelCatalog::normalizedRecognitionOptionID(selectedRecognitionOptionID_()));
+        if (option && preheatedLocales_.insert(option->localeIdentifier).second)
+            store_.preheat(option->localeIdentifier);
+    }
 
   private:
     SpeechAnalyzerAssetStore& store_;

@@ -17,6 +17,14 @@ void SpeechAnalyzerTranscriber::append(AudioBufferPtr buffer) {
         feedAnalyzerInput(batch);
 }
 
+void SpeechAnalyzerTranscriber::skip(double seconds) {
+    // What is waiting came before the hole.
+    if (const auto rest = takeAccumulator())
+        feedAnalyzerInput(*rest);
+    if (const auto session = inputSession())
+        noteLostInput(seconds, session->generation);
+}
+
 /// Gives back the batches that have become full. An element of the input stream costs more than
 /// the conversion of its sound, and capture buffers are tiny.
 std::vector<AudioBuffer>
@@ -52,13 +60,16 @@ SpeechAnalyzerTranscriber::enqueueAnalyzerInput(const AudioBuffer& buffer) {
     return batches;
 }
 
+/// What waits to become a batch, unless that is nothing.
+std::optional<AudioBuffer> SpeechAnalyzerTranscriber::takeAccumulator() {
+    std::lock_guard lock(inputLock_);
+    std::optional<AudioBuffer> rest = std::exchange(inputAccumulator_, std::nullopt);
+    return rest && rest->frames() > 0 ? std::move(rest) : std::nullopt;
+}
+
 void SpeechAnalyzerTranscriber::flushInputAccumulator(const std::string& reason) {
-    std::optional<AudioBuffer> rest;
-    {
-        std::lock_guard lock(inputLock_);
-        rest = std::exchange(inputAccumulator_, std::nullopt);
-    }
-    if (!rest || rest->frames() == 0)
+    const std::optional<AudioBuffer> rest = takeAccumulator();
+    if (!rest)
         return;
     {
         std::lock_guard lock(stateLock_);
@@ -85,23 +96,34 @@ void SpeechAnalyzerTranscriber::feedAnalyzerInput(const AudioBuffer& batch) {
     if (!session)
         return;
     if (session->continuation.waiting() >= mostWaitingBatches) {
+        noteLostInput(batch.seconds(), session->generation);
         reportFullInput();
         return;
     }
     const double before = now();
-    AudioBufferPtr converted = convert(batch, session->format);
+    std::optional<AudioBuffer> converted = convert(batch, session->format);
     const double busy = now() - before;
     {
         std::lock_guard lock(stateLock_);
         state_.perf.perfConversionBusySeconds += busy;
     }
-    if (!converted || !recordAnalyzerInput(converted->seconds(), batch.frames(), *session))
+    if (!converted)
+        noteLostInput(batch.seconds(), session->generation);
+    if (!converted || converted->frames() == 0 ||
+        !recordAnalyzerInput(converted->seconds(), batch.frames(), *session))
         return;
     const double yielding = now();
-    session->continuation.yield(AnalyzerInput{std::move(converted)});
+    session->continuation.yield({std::make_shared<const AudioBuffer>(std::move(*converted))});
     const double yielded = now() - yielding;
     std::lock_guard lock(stateLock_);
     state_.perf.perfAnalyzerInputYieldBusySeconds += yielded;
+}
+
+/// Before the first sound nothing can be missing.
+void SpeechAnalyzerTranscriber::noteLostInput(double seconds, std::int64_t generation) {
+    std::lock_guard lock(stateLock_);
+    if (state_.generation == generation && state_.audioEpoch > 0)
+        state_.timeline.addGap(state_.latestAudioTime, seconds);
 }
 
 /// A recogniser that is only slow takes its sound in long before this one: it hangs, and must not
@@ -115,8 +137,10 @@ void SpeechAnalyzerTranscriber::reportFullInput() {
     platform_.logger.important("speechAnalyzer.input.full", {{"locale", localeID_}});
 }
 
-/// Nothing if the conversion gave no sound or failed: that batch is lost.
-AudioBufferPtr SpeechAnalyzerTranscriber::convert(const AudioBuffer& batch, AudioFormat format) {
+/// Nothing if the conversion failed: that batch is lost. It may come out empty while a filter
+/// fills.
+std::optional<AudioBuffer> SpeechAnalyzerTranscriber::convert(const AudioBuffer& batch,
+                                                              AudioFormat format) {
     std::lock_guard lock(converterLock_);
     try {
         if (!converter_ || converterInput_ != batch.format ||
@@ -125,14 +149,11 @@ AudioBufferPtr SpeechAnalyzerTranscriber::convert(const AudioBuffer& batch, Audi
             converter_ = platform_.makeConverter(batch.format, format);
             converterInput_ = batch.format;
         }
-        AudioBuffer converted = converter_->convert(batch);
-        if (converted.frames() == 0)
-            return nullptr;
-        return std::make_shared<const AudioBuffer>(std::move(converted));
+        return converter_->convert(batch);
     } catch (const std::exception&) {
         // A converter that has failed is of no more use; the next batch gets a new one.
         converter_.reset();
-        return nullptr;
+        return std::nullopt;
     }
 }
 

@@ -52,7 +52,8 @@ void SpeechAnalyzerTranscriber::handleResult(const SpeechResult& result, std::in
             return;
         sequence = ++state_.rawResultSequence;
         snapshot = {generation,          state_.audioEpoch, state_.latestAudioTime,
-                    state_.segmentStart, state_.revision,   state_.requestedSpeechOptionStrings};
+                    state_.segmentStart, state_.revision,   state_.requestedSpeechOptionStrings,
+                    state_.timeline};
     }
     const ResultInHand hand{
         result, AppleResultMapping::candidate(result, text, sequence, receivedAt, snapshot),
@@ -131,11 +132,22 @@ void SpeechAnalyzerTranscriber::handleFinal(const ResultInHand& hand) {
         if (text.empty())
             state_.lastApplePartialCandidate.reset();
     }
-    if (text.empty())
+    if (text.empty()) {
+        // What the arbiter drops has another text in its place; here the engine itself has none.
+        if (lastPartial && hand.candidate.text.empty())
+            withdrawGuess();
         return;
+    }
     // A partial that is still waiting must not arrive after its final.
     discardPendingPartial();
     emitFinal(hand, outcome, std::move(text));
+}
+
+void SpeechAnalyzerTranscriber::withdrawGuess() {
+    discardPendingPartial();
+    SoleLock::assertNoneHeld();
+    if (onGuessWithdrawn)
+        onGuessWithdrawn();
 }
 
 /// Counts the decision and moves the mark. With `stateLock_` held.
@@ -170,8 +182,8 @@ void SpeechAnalyzerTranscriber::emitFinal(const ResultInHand& hand,
     const auto wallTime = [&](std::optional<double> chosen, std::optional<double> timed,
                               double otherwise) {
         if (isFinite(chosen) && snapshot.audioEpoch > 0)
-            return snapshot.audioEpoch + *chosen;
-        return timed ? snapshot.audioEpoch + *timed : otherwise;
+            return snapshot.onTheClock(*chosen);
+        return timed ? snapshot.onTheClock(*timed) : otherwise;
     };
     std::optional<double> spanStart, spanEnd;
     if (timing.span)
@@ -202,7 +214,7 @@ void SpeechAnalyzerTranscriber::emitFinal(const ResultInHand& hand,
 
 AppleResultMapping::TimingInfo SpeechAnalyzerTranscriber::timingInfo(const ResultInHand& hand) {
     const double before = now();
-    auto timing = AppleResultMapping::timingInfo(hand.result.runs, hand.snapshot.audioEpoch);
+    auto timing = AppleResultMapping::timingInfo(hand.result.runs, hand.snapshot);
     const double busy = now() - before;
     std::lock_guard lock(stateLock_);
     state_.perf.perfTimingBusySeconds += busy;

@@ -48,6 +48,8 @@ class SpeechAnalyzerTranscriber final
     /// cost.
     std::function<void(const ASREvent&)> onEvent;
     std::function<void(const std::exception&)> onError; ///< the session gives no more results
+    /// What was guessed since the last final comes to nothing: there is no final for it.
+    std::function<void()> onGuessWithdrawn;
     std::function<void(const AppleSpeechAnalyzerRawResultRecord&)> onRawResult;
     std::function<void(const AppleSpeechAnalyzerSummaryRecord&)> onSummaryResult;
     std::function<void(const AppleFinalReconcileDecisionRecord&)> onReconcileDecision;
@@ -55,6 +57,7 @@ class SpeechAnalyzerTranscriber final
     /// The engine works for the locale that this object was made for.
     Task<void> start(std::string locale) override;
     void append(AudioBufferPtr buffer) override;
+    void skip(double seconds) override;
     void stop() override;
     Task<void> finishDrainingAndStop() override;
     void reset() override;
@@ -92,6 +95,7 @@ class SpeechAnalyzerTranscriber final
         std::vector<std::string> requestedSpeechOptionStrings;
         double audioEpoch = 0; ///< wall clock of audio time 0; 0 before the first sound
         double latestAudioTime = 0;
+        AudioTimeline timeline; ///< what is missing from the audio time
         double lastFinalizeRequestAudioTime = std::numeric_limits<double>::lowest();
         double lastFinalizeRequestWallTime = 0;
         double lastCancelRequestAudioTime = 0;
@@ -169,11 +173,13 @@ class SpeechAnalyzerTranscriber final
 
     // Sound in
     std::optional<AnalyzerInputSession> inputSession() const;
+    std::optional<AudioBuffer> takeAccumulator();
     std::vector<AudioBuffer> enqueueAnalyzerInput(const AudioBuffer& buffer);
     void flushInputAccumulator(const std::string& reason);
     void feedAnalyzerInput(const AudioBuffer& batch);
+    void noteLostInput(double seconds, std::int64_t generation);
     void reportFullInput();
-    AudioBufferPtr convert(const AudioBuffer& batch, AudioFormat format);
+    std::optional<AudioBuffer> convert(const AudioBuffer& batch, AudioFormat format);
     bool recordAnalyzerInput(double convertedAudioSeconds, std::size_t sourceFrames,
                              const AnalyzerInputSession& session);
 
@@ -184,6 +190,7 @@ class SpeechAnalyzerTranscriber final
     void sendDiagnostics(const ResultInHand& hand);
     void handlePartial(const ResultInHand& hand);
     void handleFinal(const ResultInHand& hand);
+    void withdrawGuess();
     void applyDecision(const AppleFinalReconcileDecisionRecord& record);
     void emitFinal(const ResultInHand& hand, const AppleFinalReconcileOutcome& outcome,
                    std::string text);

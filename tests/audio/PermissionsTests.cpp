@@ -57,7 +57,7 @@ Task<void> probe(PermissionsManager& permissions, double timeout) {
 class PermissionsTests : public ::testing::Test {
   protected:
     PermissionsTests() {
-        server.setDevices({{ScriptedSoundServer::input("mic")},
+        server.setDevices({{ScriptedSoundServer::input("mic"), ScriptedSoundServer::input("usb")},
                            {ScriptedSoundServer::output("speaker")},
                            "mic",
                            "speaker"});
@@ -107,6 +107,8 @@ TEST_F(PermissionsTests, TheGatePassesOrSaysWhatIsRefused) {
          Status::unknown},
         {"system audio asks no microphone", tap, 1, System::authorized, true, "passed",
          Status::unknown, Status::unknown},
+        {"the microphone that was chosen", AudioSource::microphone("usb"), 0, System::authorized,
+         true, "passed", Status::granted, Status::unknown},
         {"server refuses", mic, 1, System::authorized, true, microphone, Status::denied,
          Status::unknown},
         {"server broken is no refusal", mic, 8, System::authorized, true, "passed", Status::granted,
@@ -130,9 +132,23 @@ TEST_F(PermissionsTests, TheGatePassesOrSaysWhatIsRefused) {
         EXPECT_EQ(*permissions.microphone, step.microphoneAfter);
         EXPECT_EQ(*permissions.speech, step.speechAfter);
         EXPECT_TRUE(server.openSources().empty()) << "asking leaves no stream open";
+        if (step.source.isMicrophone()) {
+            EXPECT_EQ(server.requests.back().sourceID, step.source.deviceID().value_or("mic"));
+        }
         PermissionsManager again(host, server, defaults, system(step.speech, step.answer));
         EXPECT_EQ(*again.microphone, step.microphoneAfter) << "kept in the defaults";
     }
+}
+
+TEST_F(PermissionsTests, ARefusalLastsAsLongAsItsReason) {
+    PermissionsManager permissions(host, server, defaults, system(System::authorized, true));
+    const auto ask = [&] { return gate(permissions, AudioSource::microphone()); };
+    server.openFailure = SoundServerError(SoundServerError::accessDenied, "no");
+    EXPECT_NE(ask(), "passed");
+    server.openFailure = SoundServerError(SoundServerError::timeout, "busy");
+    EXPECT_EQ(ask(), "passed") << "another failure says nothing about permissions";
+    permissions.refresh();
+    EXPECT_EQ(*permissions.microphone, Status::granted);
 }
 
 TEST_F(PermissionsTests, ALatchPublishesAndStoresOnlyWhatChanges) {

@@ -31,12 +31,14 @@ class Listener final : public SystemAudioCaptureDelegate {
     }
     void systemAudioCaptureDidChange(SystemAudioCapture&, const CaptureEvent& event) override {
         events.push_back(event);
+        eventsAfter.push_back(buffers.size());
     }
 
     std::vector<AudioBufferPtr> buffers;
     std::vector<std::pair<std::size_t, double>> levels; // after how many buffers
     std::vector<double> silentAt;
     std::vector<CaptureEvent> events;
+    std::vector<std::size_t> eventsAfter; // after how many buffers
 
   private:
     SimulatedHost& host_;
@@ -299,6 +301,7 @@ TEST_F(SystemAudioCaptureTests, LateFirstSoundOfAnotherOutputIsAHoleAndLateSound
     host.advanceBy(1);
     server.keepDelivering(std::nullopt); // what waits in the server comes later, all of it
     host.advanceBy(2);
+    server.deliver("a.monitor", 0.5F, 2);
     server.keepDelivering(0.5F);
     host.advanceBy(1);
     EXPECT_TRUE(listener->events.empty());
@@ -338,6 +341,53 @@ TEST(SystemAudioCaptureSleepTests, TheTimeOfASleepingComputerIsAHoleWhateverWake
         EXPECT_EQ(ears->events.front().kind, Kind::interrupted);
         EXPECT_EQ(ears->events.back().kind, Kind::resumed);
         EXPECT_NEAR(ears->events.back().gapSeconds, asleep, 0.02);
+    }
+}
+
+TEST(SystemAudioCaptureSleepTests, AProgramThatDidNotRunFindsItsSoundWaitingAndOnlyTheRestIsLost) {
+    struct Step {
+        double stopped; // seconds
+        double waiting; // of sound that the server kept
+        double lost;
+    };
+    for (const Step& step : {Step{6, 6, 0}, Step{30, 20, 10}, Step{6, 0, 6}, Step{1, 1, 0}}) {
+        SCOPED_TRACE(step.waiting);
+        testing::WorkingHost host;
+        ScriptedSoundServer server(host.simulated);
+        auto ears = std::make_shared<Listener>(host.simulated);
+        auto capture = SystemAudioCapture::create(host, server);
+        capture->delegate = ears;
+        SoundDevices devices;
+        devices.outputs = {ScriptedSoundServer::output("a")};
+        devices.defaultOutputID = "a";
+        server.setDevices(devices);
+        spawn(Executor::main(host), startAndKeepFailure(capture, std::make_shared<std::string>()));
+        host.simulated.advanceBy(0);
+        server.keepDelivering(0.5F);
+        host.simulated.advanceBy(5);
+        host.worked += step.stopped;
+        const std::size_t before = ears->buffers.size();
+        const auto waiting = static_cast<std::size_t>(step.waiting * 100 + 0.5);
+        for (std::size_t i = 0; i < waiting; ++i)
+            server.deliver("a.monitor", 0.25F);
+        host.simulated.advanceBy(5);
+        capture->stop();
+        host.simulated.advanceBy(0);
+
+        double heard = 0;
+        for (const AudioBufferPtr& buffer : ears->buffers)
+            heard += buffer->seconds();
+        double holes = 0;
+        for (const CaptureEvent& event : ears->events)
+            holes += event.gapSeconds;
+        EXPECT_NEAR(holes, step.lost, 0.05);
+        EXPECT_NEAR(heard + holes, 10 + step.stopped, 0.1) << "no second twice and none left out";
+        EXPECT_EQ(ears->events.size(), step.lost > 0 ? 2U : 0U);
+        if (step.lost > 0) {
+            EXPECT_NEAR(static_cast<double>(ears->eventsAfter.back()),
+                        static_cast<double>(before + waiting), 4)
+                << "where it is";
+        }
     }
 }
 

@@ -280,7 +280,7 @@ TEST(LiveTranscriptStoreInterruptionTests, WhateverTakesTheSoundAwayTheSessionGo
          [](Session& s) { s.setOutputs({"b"}); }, 10, interrupted},
         {"server restarted", [](Session& s) { s.server.goDown(); }, 7,
          [](Session& s) { s.server.comeBack(); }, 7, interrupted},
-        {"computer asleep", [](Session& s) { s.host.sleepComputer(3600); }, 0, [](Session&) {},
+        {"computer asleep", [](Session& s) { s.host.sleepComputer(3600); }, 1, [](Session&) {},
          3600, "正在接收：Output a"},
         {"another default output",
          [](Session& s) {
@@ -331,6 +331,18 @@ TEST(LiveTranscriptStoreInterruptionTests, WhateverTakesTheSoundAwayTheSessionGo
         EXPECT_LT(timeline->sentences[0].end, 2.2);
         EXPECT_NEAR(timeline->sentences[1].start, elapsed - 1.1, 0.5);
     }
+}
+
+TEST_F(LiveTranscriptStoreStopTests, AGuessThatComesToNothingIsGoneAtOnceAndForGood) {
+    begin();
+    session.say(true, "Before.");
+    session.say(false, "Um");
+    EXPECT_EQ(session.store->core.currentPartial->sourceText, "Um");
+    session.engine.session().give({{}, true, {""}});
+    session.host.advanceBy(0);
+    EXPECT_EQ(session.store->core.currentPartial->sourceText, "");
+    endAndWait();
+    EXPECT_EQ(session.transcript(recording().id), "Before.");
 }
 
 TEST_F(LiveTranscriptStoreStopTests, AKilledSessionIsReadableAtTheNextStart) {

@@ -1,4 +1,3 @@
-#include "Tessarune/session/AudioTimeline.h"
 #include "Tessarune/session/LiveCaptionUserMessages.h"
 #include "Tessarune/session/LiveResourceCleanup.h"
 #include "Tessarune/session/SystemAudioSilentStartPolicy.h"
@@ -125,20 +124,6 @@ TEST(SessionDurationClockTests, CountsSecondsFromItsStart) {
     clock.stop();
     host.advanceTo(200);
     EXPECT_EQ(ticks, (std::vector<double>{1, 10, 20}));
-}
-
-TEST(AudioTimelineTests, ShiftsWhatWasHeardAfterAHole) {
-    AudioTimeline timeline;
-    timeline.addGap(99); // before any sound there is nothing to shift
-    timeline.add(0.5, 1000.5);
-    timeline.add(9.5, 1010);
-    timeline.addGap(60);
-    timeline.add(10, 1080);
-    timeline.addGap(5);
-    timeline.add(10, 1095);
-    for (const auto& [engine, clock] : std::vector<std::pair<double, double>>{
-             {1000, 1000}, {1010, 1010}, {1010.5, 1070.5}, {1020, 1080}, {1021, 1086}})
-        EXPECT_DOUBLE_EQ(timeline.corrected(engine), clock);
 }
 
 TEST(LiveCaptionUserMessagesTests, KnowsItsOwnWarnings) {

@@ -33,7 +33,9 @@ struct ScriptedPermissions {
     SystemAuthorization authorization(Host& host) {
         return {[this] { return speech; }, [this, &host] { return answer(host, 0, true); },
                 [] { return SystemAuthorization::Status::notDetermined; },
-                [this, &host] { return answer(host, microphoneSeconds, grantsMicrophone); }};
+                [this, &host](const AudioSource&) {
+                    return answer(host, microphoneSeconds, grantsMicrophone);
+                }};
     }
 
   private:

@@ -13,6 +13,7 @@ struct SpeechAnalyzerTranscriberInputTests : TranscriberFixture {
             frames.push_back(input->frames());
         return frames;
     }
+    std::vector<AppleSpeechAnalyzerSummaryRecord> summaries;
 };
 
 TEST_F(SpeechAnalyzerTranscriberInputTests, TinyBuffersAreJoinedUpToTheChunk) {
@@ -105,6 +106,64 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, AudioTimeZeroIsWhenTheFirstBatchBega
     host.advanceBy(1);
     ASSERT_EQ(partials.size(), 1u);
     EXPECT_EQ(partials[0].timestamp, 1009.75);
+}
+
+TEST_F(SpeechAnalyzerTranscriberInputTests, WhatIsLostOnTheWayMovesWhatFollowsOnTheClock) {
+    struct Step {
+        const char* name;
+        std::function<void()> lose; ///< after ten seconds of sound
+        double lost;
+    };
+    const Step steps[] = {
+        {"a hole in the capture",
+         [&] {
+             append(0.04); // still waits to become a batch
+             transcriber->skip(60);
+         },
+         60},
+        {"a batch that cannot be converted",
+         [&] {
+             converters.failures = 1;
+             append(0.5, {48000, 1});
+         },
+         0.5},
+        {"a recogniser that hangs",
+         [&] {
+             for (int i = 10; i < 3600 + 20; ++i)
+                 append(0.1);
+         },
+         2},
+    };
+    for (const auto& step : steps) {
+        SCOPED_TRACE(step.name);
+        finals.clear();
+        make();
+        transcriber->onSummaryResult = [&](const AppleSpeechAnalyzerSummaryRecord& record) {
+            summaries.push_back(record);
+        };
+        // A hole in the time in which the model is loaded counts as any other.
+        engine.script.prepareSeconds = 3;
+        begin(transcriber->start("en-US"));
+        const double epoch = host.now() - 1;
+        for (int i = 0; i < 10; ++i)
+            append(1);
+        step.lose();
+        host.advanceBy(3);
+        append(1);
+        host.runDue(host.now());
+        ASSERT_EQ(outcome, "done");
+        const double heard = engine.session().heardSeconds;
+        give(simulation::spoken(true, "before", 9, 0.5));
+        give(simulation::spoken(true, "after", heard - 0.75, 0.5));
+        ASSERT_EQ(finals.size(), 2u);
+        EXPECT_NEAR(finals[0].start, epoch + 9, 1e-6);
+        EXPECT_NEAR(finals[1].start, epoch + heard - 0.75 + step.lost, 1e-6);
+        EXPECT_NEAR(finals[1].words.value().at(0).end, epoch + heard - 0.25 + step.lost, 1e-6);
+        EXPECT_NEAR(summaries.back().mappedEndEpochSeconds.value(), finals[1].end, 1e-6)
+            << "what is told for diagnosis is on the same clock";
+        transcriber->stop();
+        host.runUntilIdle();
+    }
 }
 
 TEST_F(SpeechAnalyzerTranscriberInputTests, FinalizationIsThrottledByAudioAndByWallTime) {

@@ -112,6 +112,20 @@ TEST_F(SpeechAnalyzerTranscriberResultTests, FinalsAreArbitratedAgainstTheLastPa
     }
 }
 
+TEST_F(SpeechAnalyzerTranscriberResultTests, AnEmptyFinalTakesTheGuessBackAtOnce) {
+    int withdrawn = 0;
+    transcriber->onGuessWithdrawn = [&] { ++withdrawn; };
+    start();
+    append(4);
+    give(spoken(true, "")); // nothing was shown
+    EXPECT_EQ(withdrawn, 0);
+    give(spoken(false, "um"));
+    give(spoken(true, ""));
+    EXPECT_EQ(withdrawn, 1);
+    host.advanceBy(1);
+    EXPECT_TRUE(sent.empty()) << "a guess that waits does not come after it was taken back";
+}
+
 TEST_F(SpeechAnalyzerTranscriberResultTests, AFinalCarriesTheTimesOfTheTextThatWasChosen) {
     start();
     host.advanceTo(1004);

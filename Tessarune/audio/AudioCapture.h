@@ -1,0 +1,77 @@
+#pragma once
+
+#include "Tessarune/audio/CaptureStream.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/host/Task.h"
+
+#include <memory>
+#include <optional>
+#include <string_view>
+
+namespace tessarune {
+
+/// What the captures of system audio and of a microphone have in common: a capture stream on a
+/// queue of its own, which is started and stopped from any thread. The concrete captures say what
+/// becomes of its sound and how a failure is told.
+///
+/// Host and server must outlive it.
+class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
+  public:
+    virtual ~AudioCapture();
+    AudioCapture(const AudioCapture&) = delete;
+    AudioCapture& operator=(const AudioCapture&) = delete;
+
+  protected:
+    enum class Step { connecting, opening };
+
+    AudioCapture(Host& host, SoundServer& server, AudioSource source, std::string_view queueLabel);
+
+    /// Begins a capture, after ending one that is still running. Goes on on the main queue. Throws
+    /// what the hooks below throw, and then nothing is left open.
+    Task<void> begin();
+    /// Ends the capture once its queue has come to it.
+    void endLater();
+    /// As `endLater`, and goes on on the main queue when nothing is delivered any more.
+    Task<void> end();
+
+    // Hooks, all on the queue.
+
+    /// The server is connected; `device` is what it has for the source. Throws if that will not do.
+    virtual void prepare(const std::optional<CaptureStream::Source>& device) = 0;
+    virtual void didOpen() {}
+    virtual void willClose() {}
+    /// Throws the failure as the caller of the start is to see it.
+    [[noreturn]] virtual void fail(Step step, const SoundServerError& error) = 0;
+    virtual void handleInput(AudioBufferPtr buffer) = 0;
+    virtual void handleEvent(const CaptureEvent& event) = 0;
+
+    /// A level is worth computing a few times a second, not with each buffer.
+    static constexpr int buffersPerLevel = 8;
+    /// The root mean square over all channels and frames: 0 for an empty buffer, 1 for full scale.
+    static double rms(const AudioBuffer& buffer);
+
+    const AudioSource& source() const { return source_; }
+    Host& host() const { return host_; }
+    SerialQueue& queue() const { return *queue_; }
+    /// Tells one start from the next. On the queue.
+    int startCount() const { return startCount_; }
+
+  private:
+    using Self = std::shared_ptr<AudioCapture>;
+
+    static Task<void> endOnQueue(Self self);
+    static Task<void> open(Self self);
+    std::shared_ptr<CaptureStream> makeStream();
+    void close();
+
+    Host& host_;
+    SoundServer& server_;
+    const AudioSource source_;
+    std::shared_ptr<SerialQueue> queue_;
+    Executor executor_;
+    // On the queue:
+    std::shared_ptr<CaptureStream> stream_;
+    int startCount_ = 0;
+};
+
+} // namespace tessarune

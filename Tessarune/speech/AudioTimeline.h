@@ -1,0 +1,38 @@
+#pragma once
+
+#include <vector>
+
+namespace tessarune {
+
+/// Puts the recogniser's times right after holes in the sound. The recogniser counts the sound that
+/// it was fed; whatever was lost on the way to it is missing from its times, and from then on they
+/// are too early. A value; audio times are seconds of the sound that was fed.
+class AudioTimeline {
+  public:
+    /// At this audio time, `seconds` of sound were lost.
+    void addGap(double at, double seconds) {
+        if (!(seconds > 0))
+            return;
+        if (gaps_.empty() || gaps_.back().at != at)
+            gaps_.push_back({at, 0});
+        gaps_.back().seconds += seconds;
+    }
+    /// Seconds that were lost before the sound of this audio time.
+    double lostBefore(double audioTime) const {
+        double lost = 0;
+        for (const Gap& gap : gaps_) {
+            if (audioTime > gap.at)
+                lost += gap.seconds;
+        }
+        return lost;
+    }
+
+  private:
+    struct Gap {
+        double at;
+        double seconds;
+    };
+    std::vector<Gap> gaps_;
+};
+
+} // namespace tessarune
