@@ -4,6 +4,7 @@
 #include "Tessarune/audio/AudioInputDevices.h"
 #include "Tessarune/platform/file-sound/FileSoundServer.h"
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
+#include "Tessarune/platform/media/SwresampleConverter.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <utility>
@@ -32,12 +33,20 @@ Task<void> CaptionSound::open(CaptionsCommand command) {
         source_ = microphone(source_);
 }
 
+void CaptionSound::giveUp() {
+    if (giveUp_)
+        giveUp_();
+}
+
 void CaptionSound::useFile(const FileSource& file) {
     fileName_ = file.path.filename().string();
     auto pace = file.fast ? FileSoundServer::Pace::following(handlers_.takenSeconds, fastLead)
                           : FileSoundServer::Pace::realTime();
-    server_ = std::make_unique<FileSoundServer>(openFFmpegMediaFile, file.path, std::move(pace),
-                                                handlers_.onFinished);
+    auto server = std::make_unique<FileSoundServer>(
+        host_, FileSoundServer::Media{openAwaitedFFmpegMediaFile, makeSwresampleConverter},
+        file.path, std::move(pace), handlers_.onFinished);
+    giveUp_ = [&file = *server] { file.giveUp(); };
+    server_ = std::move(server);
 }
 
 Task<void> CaptionSound::connect(bool mayShowDemo) {

@@ -30,6 +30,9 @@ class CaptionSound {
 
     /// Connects. Throws RunFailure.
     Task<void> open(CaptionsCommand command);
+    /// The user does not want to wait any more: a file that is still being opened, as a pipe into
+    /// which nobody writes, makes `open` throw.
+    void giveUp();
 
     SoundServer& server() { return demo_ ? demo_->server() : *server_; }
     /// What to listen to on that server.
@@ -55,6 +58,7 @@ class CaptionSound {
     AudioSource source_ = AudioSource::systemAudio();
     std::string fileName_;
     std::unique_ptr<SoundServer> server_;
+    std::function<void()> giveUp_;
     std::unique_ptr<DemoSound> demo_;
 };
 

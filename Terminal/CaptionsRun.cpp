@@ -91,8 +91,13 @@ CaptionsRun::CaptionsRun(Program& program, const TerminalOptions& options, Capti
 
 Task<void> CaptionsRun::run() {
     overrideSettings();
-    Task<void> opening = sound_.open(command_);
-    co_await opening;
+    try {
+        co_await sound_.open(command_);
+    } catch (const RunFailure&) {
+        if (interrupted_)
+            co_return; // it was given up and did not fail
+        throw;
+    }
     prepare();
     openEventLog();
     makeSession();
@@ -269,6 +274,7 @@ void CaptionsRun::interrupt() {
         std::fputs("\033[0m\033[?25h\n", stderr);
         std::_Exit(static_cast<int>(ExitStatus::stoppedTwice));
     }
+    sound_.giveUp();
     started_.resume(false);
     ended_.resume("");
 }

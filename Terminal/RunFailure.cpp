@@ -1,5 +1,6 @@
 #include "Terminal/RunFailure.h"
 
+#include "Tessarune/audio/MediaFile.h"
 #include "Tessarune/audio/RecognitionPermissionGate.h"
 #include "Tessarune/audio/SoundServer.h"
 #include "Tessarune/audio/SystemAudioCaptureError.h"
@@ -12,6 +13,8 @@ namespace tessarune {
 RunFailure RunFailure::ofStart(const std::exception_ptr& failure) {
     try {
         std::rethrow_exception(failure);
+    } catch (const MediaFileError& error) {
+        return {ExitStatus::unreadableFile, error.what()};
     } catch (const SystemAudioCaptureError& error) {
         return {ExitStatus::noSoundServer, error.what()};
     } catch (const SoundServerError& error) {

@@ -56,6 +56,12 @@ class MediaFile {
 /// Opens the first audio track of a file. Throws MediaFileError.
 using OpenMediaFile = std::function<std::unique_ptr<MediaFile>(const std::filesystem::path& path)>;
 
+/// As `OpenMediaFile`, for what may have to be waited for: a pipe into which nobody writes yet. "-"
+/// is the standard input. A request to stop ends the wait, while it opens and while the file is
+/// read, with `cancelled`.
+using OpenAwaitedMediaFile = std::function<std::unique_ptr<MediaFile>(
+    const std::filesystem::path& path, std::stop_token stop)>;
+
 /// How far a conversion has come: 0 to 1. Called on the converting thread, a few times a second.
 using MediaProgress = std::function<void(double fraction)>;
 

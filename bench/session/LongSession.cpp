@@ -41,8 +41,11 @@ LongSession::LongSession(std::filesystem::path sound, double seconds)
       compressor_(files_, catalog_, logger_, exporter_, openFFmpegMediaFile),
       engine_(host_),
       assets_(host_),
-      server_(repeatedSound(seconds + longestStart), std::move(sound),
-              FileSoundServer::Pace::realTime(), [](std::exception_ptr) {}),
+      server_(host_,
+              {[open = repeatedSound(seconds + longestStart)](
+                   const std::filesystem::path& path, std::stop_token) { return open(path); },
+               makeSwresampleConverter},
+              std::move(sound), FileSoundServer::Pace::realTime(), [](std::exception_ptr) {}),
       permissions_(host_, server_, defaults_, SystemAuthorization::ofServer(host_, server_)),
       hour_(HourLog::make(HourLog::Language::english)) {
     makeStore();

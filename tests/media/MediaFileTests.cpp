@@ -11,6 +11,7 @@
 #include <cmath>
 #include <fstream>
 #include <random>
+#include <stop_token>
 #include <thread>
 
 namespace tessarune {
@@ -62,6 +63,25 @@ TEST_F(MediaFileTests, ACutFileGivesWhatIsThere) {
             openFFmpegMediaFile(write("cut.wav", wavBytes(samples, 16000, 1, claimed)));
         EXPECT_EQ(readAll(*file).size(), samples.size()) << claimed;
     }
+}
+
+TEST_F(MediaFileTests, APipeIsWaitedForUntilItIsGivenUp) {
+    const auto pipe = folder / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    std::stop_source stop;
+    std::jthread impatient([&] { stop.request_stop(); });
+    try {
+        openAwaitedFFmpegMediaFile(pipe, stop.get_token());
+        FAIL() << "nobody writes into it";
+    } catch (const MediaFileError& error) {
+        EXPECT_EQ(error.kind(), Kind::cancelled);
+    }
+    const auto samples = tone(2, 16000);
+    std::stop_source never;
+    std::jthread writer(
+        [&] { std::ofstream(pipe, std::ios::binary) << wavBytes(samples, 16000, 1); });
+    const auto file = openAwaitedFFmpegMediaFile(pipe, never.get_token());
+    EXPECT_EQ(readAll(*file).size(), samples.size());
 }
 
 TEST_F(MediaFileTests, WhatCannotBePlayedIsNamedAndSaid) {

@@ -1,6 +1,10 @@
 #include "Tessarune/platform/file-sound/FileSoundServer.h"
 
+#include "TessaruneCore/host/RunOn.h"
+
 #include <algorithm>
+#include <mutex>
+#include <optional>
 #include <utility>
 
 namespace tessarune {
@@ -25,31 +29,131 @@ AudioBufferPtr piece(const AudioBuffer& block, std::size_t first, std::size_t fr
     return part;
 }
 
-struct Playing {
+/// The file on its way to one listener, in as many channels as that one wants. Used on the reader's
+/// queue.
+struct PlayedFile {
     std::unique_ptr<MediaFile> file;
+    std::stop_source stop; ///< ends a wait inside `file`
+    std::unique_ptr<AudioConverter> mixer;
+    AudioFormat format; ///< after mixing
+
+    AudioBufferPtr read() const {
+        AudioBufferPtr block = file->read();
+        return block && mixer ? std::make_shared<AudioBuffer>(mixer->convert(*block)) : block;
+    }
+};
+
+} // namespace
+
+/// What outlives the server while something is still under way.
+class FileSoundServer::Source : public std::enable_shared_from_this<Source> {
+  public:
+    Source(Host& host, Media media, std::filesystem::path path)
+        : media_(std::move(media)),
+          path_(std::move(path)),
+          reader_(Executor::queue(
+              host, host.serialQueue("Tessarune.FileSoundServer", QueuePriority::userInitiated))) {}
+
+    static Task<void> connect(std::shared_ptr<Source> self, Executor resumeOn) {
+        auto opening = runOn(
+            self->reader_, [&self] { self->openOnce(); }, std::move(resumeOn));
+        co_await opening;
+    }
+
+    /// On the reader's queue.
+    std::shared_ptr<PlayedFile> take(int channels) {
+        openOnce();
+        auto played = std::make_shared<PlayedFile>();
+        played->file = std::move(opened_);
+        played->format = played->file->format();
+        {
+            std::lock_guard lock(mutex_);
+            played->stop = stop_;
+        }
+        if (channels > 0 && channels != played->format.channels) {
+            const AudioFormat wanted{played->format.sampleRate, channels};
+            played->mixer = media_.makeConverter(played->format, wanted);
+            played->format = wanted;
+        }
+        return played;
+    }
+
+    void giveUp() {
+        std::lock_guard lock(mutex_);
+        isGivenUp_ = true;
+        stop_.request_stop();
+    }
+
+    SoundOutput output() const {
+        std::lock_guard lock(mutex_);
+        return {outputID, path_.filename().string(), monitorID, format_.value_or(AudioFormat())};
+    }
+    const Executor& reader() const { return reader_; }
+
+  private:
+    void openOnce() {
+        if (opened_)
+            return;
+        std::stop_token stop;
+        {
+            std::lock_guard lock(mutex_);
+            if (isGivenUp_)
+                throw MediaFileError(MediaFileError::Kind::cancelled, path_.string());
+            stop_ = std::stop_source();
+            stop = stop_.get_token();
+        }
+        opened_ = media_.open(path_, stop);
+        std::lock_guard lock(mutex_);
+        format_ = opened_->format();
+    }
+
+    const Media media_;
+    const std::filesystem::path path_;
+    const Executor reader_;
+    std::unique_ptr<MediaFile> opened_; // not read from yet; the reader's alone
+
+    mutable std::mutex mutex_; // held for a moment only
+    std::stop_source stop_;    // of the file that is being opened or was opened last
+    std::optional<AudioFormat> format_;
+    bool isGivenUp_ = false;
+};
+
+namespace {
+
+struct Playing {
+    std::shared_ptr<PlayedFile> file;
+    Executor reader;
     FileSoundServer::Pace pace;
     RecordHandlers handlers;
     Executor executor;
     std::function<void(std::exception_ptr)> onFinished;
+    double heard = 0; ///< what the listener had heard when it was last asked
 };
 
-Task<void> keepPace(const Playing& playing, double startedAt, double given, std::stop_token stop) {
-    Host& host = playing.executor.host();
+Task<void> keepPace(Playing& playing, double startedAt, double given, std::stop_token stop) {
     if (!playing.pace.heardSeconds) {
-        const double ahead = startedAt + given - host.now();
+        const double ahead = startedAt + given - playing.executor.host().now();
         if (ahead > 0)
             co_await sleep(playing.executor, ahead, stop);
         co_return;
     }
-    while (!stop.stop_requested() && given - playing.pace.heardSeconds() > playing.pace.lead) {
-        co_await sleep(playing.executor, lookAgainSeconds, stop);
+    // The listener only gets further, so most of the time there is no need to ask.
+    while (!stop.stop_requested() && given - playing.heard > playing.pace.lead) {
+        playing.heard = playing.pace.heardSeconds();
+        if (given - playing.heard > playing.pace.lead)
+            co_await sleep(playing.executor, lookAgainSeconds, stop);
     }
 }
 
-Task<void> playAll(const Playing& playing, std::stop_token stop) {
+Task<void> playAll(Playing& playing, std::stop_token stop) {
     const double startedAt = playing.executor.host().now();
     double given = 0;
-    while (const AudioBufferPtr block = playing.file->read()) {
+    for (;;) {
+        auto reading = runOn(
+            playing.reader, [&playing] { return playing.file->read(); }, playing.executor);
+        const AudioBufferPtr block = co_await reading;
+        if (!block)
+            co_return;
         const auto step = std::max<std::size_t>(
             1, static_cast<std::size_t>(block->format.sampleRate * bufferSeconds));
         for (std::size_t first = 0; first < block->frames(); first += step) {
@@ -59,7 +163,8 @@ Task<void> playAll(const Playing& playing, std::stop_token stop) {
                 piece(*block, first, std::min(step, block->frames() - first));
             playing.handlers.onBuffer(next);
             given += next->seconds();
-            co_await keepPace(playing, startedAt, given, stop);
+            auto waiting = keepPace(playing, startedAt, given, stop);
+            co_await waiting;
         }
     }
 }
@@ -67,7 +172,8 @@ Task<void> playAll(const Playing& playing, std::stop_token stop) {
 Task<void> play(std::shared_ptr<Playing> playing, std::stop_token stop) {
     std::exception_ptr failure;
     try {
-        co_await playAll(*playing, stop);
+        auto all = playAll(*playing, stop);
+        co_await all;
     } catch (...) {
         failure = std::current_exception();
     }
@@ -78,39 +184,53 @@ Task<void> play(std::shared_ptr<Playing> playing, std::stop_token stop) {
 
 class FileStream final : public RecordStream {
   public:
-    FileStream(AudioFormat format, std::shared_ptr<Playing> playing)
-        : format_(format),
+    explicit FileStream(const std::shared_ptr<Playing>& playing)
+        : format_(playing->file->format),
+          reading_(playing->file->stop),
           task_(spawn(playing->executor, play(playing, stop_.get_token()), stop_)) {}
-    ~FileStream() override { task_.cancel(); }
+    ~FileStream() override {
+        task_.cancel();
+        reading_.request_stop();
+    }
 
     AudioFormat format() const override { return format_; }
-    bool isContinuous() const override {
-        return false;
-    } // it ends, and it may wait for its listener
+    // It ends, and it may wait for its listener.
+    bool isContinuous() const override { return false; }
 
   private:
     AudioFormat format_;
+    std::stop_source reading_;
     std::stop_source stop_;
     TaskHandle task_;
 };
 
 } // namespace
 
-FileSoundServer::FileSoundServer(OpenMediaFile open, std::filesystem::path file, Pace pace,
+FileSoundServer::FileSoundServer(Host& host, Media media, std::filesystem::path file, Pace pace,
                                  std::function<void(std::exception_ptr)> onFinished)
-    : open_(std::move(open)),
-      file_(std::move(file)),
+    : source_(std::make_shared<Source>(host, std::move(media), std::move(file))),
       pace_(std::move(pace)),
       onFinished_(std::move(onFinished)) {}
 
+FileSoundServer::~FileSoundServer() {
+    giveUp();
+}
+
 Task<void> FileSoundServer::connect(Executor resumeOn) {
-    format_ = open_(file_)->format();
-    co_await switchTo(resumeOn);
+    // Once is enough; a pipe that was opened again would have lost its beginning.
+    if (source_->output().format.channels > 0)
+        return runOn(
+            resumeOn, [] {}, resumeOn);
+    return Source::connect(source_, std::move(resumeOn));
+}
+
+void FileSoundServer::giveUp() {
+    source_->giveUp();
 }
 
 SoundDevices FileSoundServer::devices() const {
     SoundDevices devices;
-    devices.outputs.push_back({outputID, file_.filename().string(), monitorID, format_});
+    devices.outputs.push_back(source_->output());
     devices.defaultOutputID = outputID;
     return devices;
 }
@@ -122,15 +242,17 @@ SoundServer::Subscription FileSoundServer::observe(Executor, std::function<void(
 Task<std::unique_ptr<RecordStream>> FileSoundServer::openRecordStream(RecordRequest request,
                                                                       RecordHandlers handlers,
                                                                       Executor executor) {
-    co_await switchTo(executor);
+    const std::shared_ptr<Source> source = source_;
+    auto playing = std::make_shared<Playing>(
+        Playing{nullptr, source->reader(), pace_, std::move(handlers), executor, onFinished_});
     if (request.sourceID != monitorID) {
         throw SoundServerError(SoundServerError::noSuchDevice,
                                "no such source: " + request.sourceID);
     }
-    auto playing = std::make_shared<Playing>(
-        Playing{open_(file_), pace_, std::move(handlers), executor, onFinished_});
-    const AudioFormat format = playing->file->format();
-    std::unique_ptr<RecordStream> stream = std::make_unique<FileStream>(format, std::move(playing));
+    auto taking = runOn(
+        source->reader(), [&] { return source->take(request.channels); }, executor);
+    playing->file = co_await taking;
+    std::unique_ptr<RecordStream> stream = std::make_unique<FileStream>(playing);
     co_return stream;
 }
 

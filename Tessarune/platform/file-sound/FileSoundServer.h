@@ -1,7 +1,9 @@
 #pragma once
 
+#include "Tessarune/audio/AudioConverter.h"
 #include "Tessarune/audio/MediaFile.h"
 #include "Tessarune/audio/SoundServer.h"
+#include "TessaruneCore/host/Host.h"
 
 #include <filesystem>
 #include <functional>
@@ -9,8 +11,12 @@
 
 namespace tessarune {
 
-/// A sound server whose one output plays a file: whoever records its monitor hears the file from
-/// the beginning. So a file takes the same road through the program as live sound.
+/// A sound server whose one output plays a file, or what comes through a pipe: whoever records its
+/// monitor hears it from the beginning. So a file takes the same road through the program as live
+/// sound.
+///
+/// The file is opened and read on a queue of its own, since both may wait: for a slow disk, for
+/// somebody who writes into the pipe. Closing a stream ends such a wait and does not wait itself.
 class FileSoundServer final : public SoundServer {
   public:
     /// How fast the file plays.
@@ -26,28 +32,38 @@ class FileSoundServer final : public SoundServer {
         std::function<double()> heardSeconds;
         double lead = 0;
     };
+    /// What the server needs of the media library.
+    struct Media {
+        OpenAwaitedMediaFile open;
+        MakeAudioConverter makeConverter;
+    };
 
     /// `onFinished` is called on the main queue when the file has been played, with the failure if
     /// it could not be read to its end (null otherwise).
-    FileSoundServer(OpenMediaFile open, std::filesystem::path file, Pace pace,
+    FileSoundServer(Host& host, Media media, std::filesystem::path file, Pace pace,
                     std::function<void(std::exception_ptr)> onFinished);
+    ~FileSoundServer() override;
 
-    /// Opens the file; throws MediaFileError if it cannot be played at all.
+    /// Opens the file, once; throws MediaFileError if it cannot be played at all.
     Task<void> connect(Executor resumeOn) override;
+    /// Nobody wants the file any more: whoever waits for it goes on with MediaFileError
+    /// `cancelled`. Any thread.
+    void giveUp();
+
     SoundServerState state() const override { return SoundServerState::connected; }
     SoundDevices devices() const override;
     Subscription observe(Executor executor, std::function<void()> onChange) override;
+    /// The first stream plays the file that `connect` opened; each later one opens it again.
     Task<std::unique_ptr<RecordStream>>
     openRecordStream(RecordRequest request, RecordHandlers handlers, Executor executor) override;
     Task<std::unique_ptr<PlaybackStream>> openPlaybackStream(PlaybackRequest request,
                                                              Executor executor) override;
 
   private:
-    OpenMediaFile open_;
-    std::filesystem::path file_;
+    class Source;
+    std::shared_ptr<Source> source_;
     Pace pace_;
     std::function<void(std::exception_ptr)> onFinished_;
-    AudioFormat format_;
 };
 
 } // namespace tessarune

@@ -22,8 +22,11 @@ constexpr int mostFailuresInARow = 200;
 
 class FFmpegMediaFile final : public MediaFile {
   public:
-    explicit FFmpegMediaFile(const std::filesystem::path& path)
-        : path_(path), input_(path), packet_(av_packet_alloc()), frame_(av_frame_alloc()) {
+    FFmpegMediaFile(const std::filesystem::path& path, std::stop_token stop)
+        : path_(path),
+          input_(path, std::move(stop)),
+          packet_(av_packet_alloc()),
+          frame_(av_frame_alloc()) {
         const AVCodec* decoder = nullptr;
         stream_ = av_find_best_stream(input_.get(), AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
         if (stream_ == AVERROR_STREAM_NOT_FOUND)
@@ -85,6 +88,8 @@ class FFmpegMediaFile final : public MediaFile {
         const int result = av_read_frame(input_.get(), packet_.get());
         if (result < 0) {
             ended_ = true;
+            if (result == AVERROR_EXIT)
+                fail(Kind::cancelled, path_, words(result));
             avcodec_send_packet(codec_.get(), nullptr);
             takeFrames();
             takeConverted(nullptr);
@@ -202,8 +207,13 @@ class FFmpegMediaFile final : public MediaFile {
 } // namespace
 
 std::unique_ptr<MediaFile> openFFmpegMediaFile(const std::filesystem::path& path) {
+    return openAwaitedFFmpegMediaFile(path, {});
+}
+
+std::unique_ptr<MediaFile> openAwaitedFFmpegMediaFile(const std::filesystem::path& path,
+                                                      std::stop_token stop) {
     beQuiet();
-    return std::make_unique<FFmpegMediaFile>(path);
+    return std::make_unique<FFmpegMediaFile>(path, std::move(stop));
 }
 
 } // namespace tessarune

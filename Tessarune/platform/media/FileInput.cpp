@@ -3,11 +3,15 @@
 #include "Tessarune/audio/MediaFile.h"
 
 #include <fcntl.h>
+#include <poll.h>
+#include <sys/eventfd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <new>
+#include <utility>
 
 namespace tessarune::ffmpeg {
 
@@ -19,57 +23,93 @@ constexpr int bufferBytes = 64 * 1024;
 
 } // namespace
 
-FileInput::FileInput(const std::filesystem::path& path) {
-    file_ = open(path.c_str(), O_RDONLY | O_CLOEXEC);
-    struct stat properties {};
-    if (file_ < 0 || fstat(file_, &properties) < 0) {
-        const int error = errno;
-        if (file_ >= 0)
-            close(file_);
-        fail(Kind::cannotOpen, path, words(AVERROR(error)));
-    }
+FileInput::FileInput(const std::filesystem::path& path, std::stop_token stop) {
     try {
-        if (S_ISDIR(properties.st_mode))
-            fail(Kind::cannotOpen, path, "is a folder");
-        auto* buffer = static_cast<unsigned char*>(av_malloc(bufferBytes));
-        io_.reset(avio_alloc_context(buffer, bufferBytes, 0, this, read, nullptr,
-                                     S_ISREG(properties.st_mode) ? seek : nullptr));
-        AVFormatContext* raw = avformat_alloc_context();
-        if (!io_ || !raw)
-            throw std::bad_alloc();
-        raw->pb = io_.get();
-        // No protocol is called so: whatever else the file wants opened is refused.
-        raw->protocol_whitelist = av_strdup("none");
-        const int opened = avformat_open_input(&raw, path.c_str(), nullptr, nullptr);
-        if (opened == AVERROR_INVALIDDATA || opened == AVERROR_EOF)
-            fail(Kind::notMedia, path, "is no sound file that is known here");
-        if (opened < 0)
-            fail(Kind::cannotOpen, path, words(opened));
-        format_.reset(raw);
-        const int found = avformat_find_stream_info(raw, nullptr);
-        if (found < 0)
-            fail(Kind::damaged, path, words(found));
+        openFile(path);
+        if (!isRegular_ && stop.stop_possible()) {
+            stopSignal_ = eventfd(0, EFD_CLOEXEC);
+            onStop_.emplace(std::move(stop), [signal = stopSignal_] { eventfd_write(signal, 1); });
+        }
+        openContainer(path);
     } catch (...) {
-        format_.reset();
-        close(file_);
+        closeFile();
         throw;
     }
 }
 
 FileInput::~FileInput() {
+    closeFile();
+}
+
+void FileInput::openFile(const std::filesystem::path& path) {
+    // A pipe without a writer must not hold up whoever opens it: that can be waited for and given
+    // up. The standard input is shared with others and stays as it is.
+    const bool isInput = path == "-" || path == "/dev/stdin";
+    file_ = isInput ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                    : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    struct stat properties {};
+    if (file_ < 0 || fstat(file_, &properties) < 0)
+        fail(Kind::cannotOpen, path, words(AVERROR(errno)));
+    if (S_ISDIR(properties.st_mode))
+        fail(Kind::cannotOpen, path, "is a folder");
+    if (isatty(file_) != 0)
+        fail(Kind::notMedia, path, "is a terminal and no sound file");
+    isRegular_ = S_ISREG(properties.st_mode);
+}
+
+void FileInput::openContainer(const std::filesystem::path& path) {
+    auto* buffer = static_cast<unsigned char*>(av_malloc(bufferBytes));
+    io_.reset(avio_alloc_context(buffer, bufferBytes, 0, this, read, nullptr,
+                                 isRegular_ ? seek : nullptr));
+    AVFormatContext* raw = avformat_alloc_context();
+    if (!io_ || !raw)
+        throw std::bad_alloc();
+    raw->pb = io_.get();
+    // No protocol is called so: whatever else the file wants opened is refused.
+    raw->protocol_whitelist = av_strdup("none");
+    const int opened = avformat_open_input(&raw, path.c_str(), nullptr, nullptr);
+    if (opened == AVERROR_EXIT)
+        fail(Kind::cancelled, path, words(opened));
+    if (opened == AVERROR_INVALIDDATA || opened == AVERROR_EOF)
+        fail(Kind::notMedia, path, "is no sound file that is known here");
+    if (opened < 0)
+        fail(Kind::cannotOpen, path, words(opened));
+    format_.reset(raw);
+    const int found = avformat_find_stream_info(raw, nullptr);
+    if (found < 0)
+        fail(found == AVERROR_EXIT ? Kind::cancelled : Kind::damaged, path, words(found));
+}
+
+void FileInput::closeFile() {
     format_.reset();
-    close(file_);
+    onStop_.reset(); // waits for a callback that is running
+    for (int* file : {&file_, &stopSignal_}) {
+        if (*file >= 0)
+            close(std::exchange(*file, -1));
+    }
+}
+
+/// False if it was asked to stop first.
+bool FileInput::waitForData() const {
+    if (isRegular_)
+        return true;
+    std::array<pollfd, 2> files{{{file_, POLLIN, 0}, {stopSignal_, POLLIN, 0}}};
+    while (poll(files.data(), files.size(), -1) < 0 && errno == EINTR) {
+    }
+    return files[1].revents == 0;
 }
 
 int FileInput::read(void* self, uint8_t* into, int size) {
+    const auto& input = *static_cast<FileInput*>(self);
     for (;;) {
-        const ssize_t got =
-            ::read(static_cast<FileInput*>(self)->file_, into, static_cast<std::size_t>(size));
+        if (!input.waitForData())
+            return AVERROR_EXIT;
+        const ssize_t got = ::read(input.file_, into, static_cast<std::size_t>(size));
         if (got > 0)
             return static_cast<int>(got);
         if (got == 0)
             return AVERROR_EOF;
-        if (errno != EINTR)
+        if (errno != EINTR && errno != EAGAIN)
             return AVERROR(errno);
     }
 }

@@ -3,16 +3,20 @@
 #include "Tessarune/platform/media/FFmpegSupport.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <stop_token>
 
 namespace tessarune::ffmpeg {
 
 /// One file that FFmpeg's libraries read, and nothing else: a playlist or a script in it may name
-/// other files and addresses, and those stay closed. Pipes can be read too, without going back.
+/// other files and addresses, and those stay closed. Pipes can be read too, without going back; "-"
+/// is the standard input.
 class FileInput {
   public:
-    /// Throws MediaFileError.
-    explicit FileInput(const std::filesystem::path& path);
+    /// Throws MediaFileError: `cancelled` if it was asked to stop while it waited for a pipe.
+    explicit FileInput(const std::filesystem::path& path, std::stop_token stop = {});
     ~FileInput();
     FileInput(const FileInput&) = delete;
     FileInput& operator=(const FileInput&) = delete;
@@ -28,10 +32,18 @@ class FileInput {
         }
     };
 
+    void openFile(const std::filesystem::path& path);
+    void openContainer(const std::filesystem::path& path);
+    void closeFile();
+    bool waitForData() const;
     static int read(void* self, uint8_t* into, int size);
     static int64_t seek(void* self, int64_t offset, int whence);
 
     int file_ = -1;
+    bool isRegular_ = false;
+    int stopSignal_ =
+        -1; ///< can be read once a stop is asked for; only for what has to be waited for
+    std::optional<std::stop_callback<std::function<void()>>> onStop_;
     std::unique_ptr<AVIOContext, IODeleter> io_;
     Input format_;
 };

@@ -1,0 +1,130 @@
+#include "Tessarune/audio/SystemAudioCapture.h"
+#include "Tessarune/platform/file-sound/FileSoundServer.h"
+#include "Tessarune/platform/media/SwresampleConverter.h"
+#include "TessaruneCore/host/SimulatedHost.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace tessarune {
+namespace {
+
+/// So many seconds of stereo, of which one channel is loud and the other at half of that.
+class Stereo final : public MediaFile {
+  public:
+    explicit Stereo(double seconds) : left_(static_cast<int>(seconds * 10)) {}
+    AudioFormat format() const override { return {8000, 2}; }
+    std::optional<double> duration() const override { return std::nullopt; }
+    AudioBufferPtr read() override {
+        if (left_-- <= 0)
+            return nullptr;
+        auto block = std::make_shared<AudioBuffer>(AudioBuffer{format(), {}});
+        for (int frame = 0; frame < 800; ++frame)
+            block->samples.insert(block->samples.end(), {1.0F, 0.5F});
+        return block;
+    }
+
+  private:
+    int left_;
+};
+
+class Ears final : public SystemAudioCaptureDelegate {
+  public:
+    void systemAudioCapture(SystemAudioCapture&, AudioBufferPtr buffer) override {
+        heard += buffer->seconds();
+        last = buffer;
+    }
+    void systemAudioCaptureDidMeasure(SystemAudioCapture&, double) override {}
+    void systemAudioCaptureDidStaySilent(SystemAudioCapture&) override {}
+    void systemAudioCaptureDidChange(SystemAudioCapture&, const CaptureEvent&) override {
+        ++events;
+    }
+    double heard = 0;
+    AudioBufferPtr last;
+    int events = 0;
+};
+
+Task<void> keepFailure(Task<void> task, std::string* failure) {
+    try {
+        co_await task;
+        *failure = "none";
+    } catch (const std::exception& error) {
+        *failure = error.what();
+    }
+}
+
+struct FileSoundServerTests : ::testing::Test {
+    void play(FileSoundServer::Pace pace) {
+        server = std::make_unique<FileSoundServer>(
+            host,
+            FileSoundServer::Media{[this](const std::filesystem::path&, std::stop_token) {
+                                       ++opened;
+                                       return std::make_unique<Stereo>(seconds);
+                                   },
+                                   makeSwresampleConverter},
+            "talk.wav", std::move(pace), [this](std::exception_ptr) { endedAt = host.now(); });
+        capture = SystemAudioCapture::create(host, *server);
+        capture->delegate = ears;
+        run(server->connect(Executor::main(host)));
+        run(capture->start());
+    }
+    void run(Task<void> task) {
+        std::string failure;
+        spawn(Executor::main(host), keepFailure(std::move(task), &failure));
+        host.advanceBy(0);
+        EXPECT_EQ(failure, "none");
+    }
+
+    SimulatedHost host{1000};
+    double seconds = 3;
+    int opened = 0;
+    double endedAt = 0;
+    std::shared_ptr<Ears> ears = std::make_shared<Ears>();
+    std::unique_ptr<FileSoundServer> server;
+    std::shared_ptr<SystemAudioCapture> capture;
+};
+
+TEST_F(FileSoundServerTests, PlaysOnceThroughInTheChannelsThatAreWantedAndWithoutHoles) {
+    play(FileSoundServer::Pace::realTime());
+    host.advanceBy(1);
+    EXPECT_NEAR(ears->heard, 1, 0.02);
+    host.sleepComputer(60); // whatever holds it up
+    host.runUntilIdle();
+    EXPECT_NEAR(ears->heard, seconds, 1e-6);
+    EXPECT_GT(endedAt, 0);
+    EXPECT_EQ(opened, 1) << "what came through a pipe comes only once";
+    EXPECT_EQ(ears->events, 0);
+    EXPECT_EQ(ears->last->format, (AudioFormat{8000, 1}));
+    EXPECT_NEAR(ears->last->samples.front(), 0.75, 1e-3);
+    run(capture->start());
+    EXPECT_EQ(opened, 2);
+}
+
+TEST_F(FileSoundServerTests, FollowsItsListenerWithoutWaitingWhereItIsQuick) {
+    seconds = 100;
+    double lag = 0;
+    int asked = 0;
+    play(FileSoundServer::Pace::following(
+        [&] {
+            ++asked;
+            return ears->heard - lag;
+        },
+        5));
+    host.runUntilIdle();
+    EXPECT_NEAR(ears->heard, seconds, 1e-6);
+    EXPECT_EQ(endedAt, 1000) << "no time goes by where nothing has to be waited for";
+    EXPECT_LT(asked, 50);
+
+    lag = 6;
+    run(capture->start());
+    const double before = ears->heard;
+    host.advanceBy(10);
+    EXPECT_LT(ears->heard - before, 6) << "it is never further ahead";
+    capture->stop();
+    host.runUntilIdle();
+}
+
+} // namespace
+} // namespace tessarune
