@@ -31,7 +31,7 @@ struct ScriptedPermissions {
     double microphoneSeconds = 0;
 
     SystemAuthorization authorization(Host& host) {
-        return {[this] { return speech; }, [this, &host] { return answer(host, 0, true); },
+        return {[this] { return speech; }, [&host] { return answer(host, 0, true); },
                 [] { return SystemAuthorization::Status::notDetermined; },
                 [this, &host](const AudioSource&) {
                     return answer(host, microphoneSeconds, grantsMicrophone);

@@ -102,11 +102,11 @@ class ScriptedTranslationService::Session final : public TranslationSession {
 
     Task<void> prepareTranslation() override {
         service_->note("prepare", executor_);
-        const Answer answer = service_->pairs[pair_].preparation;
-        Task<bool> pause = sleep(executor_, answer.delay);
+        const Answer given = service_->pairs[pair_].preparation;
+        Task<bool> pause = sleep(executor_, given.delay);
         co_await pause;
-        if (answer.error)
-            throw *answer.error;
+        if (given.error)
+            throw *given.error;
         auto& pair = service_->pairs[pair_];
         pair.isReady = pair.readyAfterPreparation.value_or(pair.isReady);
         if (pair.isReady)
@@ -115,20 +115,20 @@ class ScriptedTranslationService::Session final : public TranslationSession {
 
     Task<Response> translate(std::string text) override {
         service_->note("translate " + text, executor_);
-        Answer answer;
+        Answer given;
         if (!service_->answers.empty()) {
-            answer = service_->answers.front();
+            given = service_->answers.front();
             service_->answers.pop_front();
         } else if (service_->answer) {
-            answer = service_->answer(text);
+            given = service_->answer(text);
         }
         service_->mostTranslationsInFlight =
             std::max(service_->mostTranslationsInFlight, ++service_->translationsInFlight);
-        Task<bool> pause = sleep(executor_, answer.delay);
+        Task<bool> pause = sleep(executor_, given.delay);
         co_await pause;
         --service_->translationsInFlight;
-        if (answer.error)
-            throw *answer.error;
+        if (given.error)
+            throw *given.error;
         co_return Response{service_->translation(text, target_)};
     }
 
