@@ -79,8 +79,10 @@ SimulatedRun::SimulatedRun(ModelStore& models, const std::filesystem::path& file
     const double before = CPUClock::process();
     SimulatedHost host;
     lookingHost = &host;
+    RecognitionPolicy policy;
+    policy.processorSeconds = [&host] { return host.now(); };
     SpeechEngine engine = makeSpeechEngine(
-        host, models, [] { return std::string(SpeechModels::smallest); }, library, {});
+        host, models, [] { return std::string(SpeechModels::smallest); }, library, policy);
     double startedAt = 0;
     ResultTrace trace(from);
     std::exception_ptr failure;
