@@ -1,5 +1,7 @@
 #include "Terminal/RecogniserDelay.h"
 
+#include "TessaruneCore/text/Localization.h"
+
 #include <algorithm>
 #include <string_view>
 #include <utility>
@@ -47,8 +49,9 @@ void RecogniserDelay::look() {
         excusedUntil_ = now + late + catchUpSeconds;
     const double behind = secondsBehind();
     if (now >= excusedUntil_ && behind >= worthTelling_) {
-        say_("The captions are " + std::to_string(static_cast<int>(behind)) +
-             " s behind: this computer is too slow for the speech model.");
+        say_(localized("The captions are %lld s behind: this computer is too slow for the speech "
+                       "model.",
+                       {std::to_string(static_cast<int>(behind))}));
         worthTelling_ = 2 * behind;
     }
     nextLookAt_ = now + lookEverySeconds;

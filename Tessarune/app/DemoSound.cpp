@@ -2,6 +2,7 @@
 
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 #include "Tessarune/platform/model-store/ProgramPlaces.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <stdexcept>
 
@@ -15,7 +16,7 @@ std::filesystem::path sample() {
         if (std::filesystem::exists(path))
             return path;
     }
-    throw std::runtime_error("the sample speech is missing; scripts/setup fetches it");
+    throw std::runtime_error(localized("the sample speech is missing; scripts/setup fetches it"));
 }
 
 } // namespace

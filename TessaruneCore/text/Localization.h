@@ -23,6 +23,11 @@ using LocalizationTable =
 /// Replaces the table, at the start of the program or when the language changes. Any thread.
 void setLocalizationTable(LocalizationTable table);
 
+/// Marks a literal as a key that is looked up later, for those who collect the keys of the code.
+constexpr std::string_view localizationKey(std::string_view key) {
+    return key;
+}
+
 /// The text for a key, or the key itself where the table has none. Any thread.
 std::string localized(std::string_view key);
 

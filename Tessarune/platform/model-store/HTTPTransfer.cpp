@@ -1,5 +1,7 @@
 #include "Tessarune/platform/model-store/HTTPTransfer.h"
 
+#include "TessaruneCore/text/Localization.h"
+
 #include <curl/curl.h>
 
 #include <charconv>
@@ -149,13 +151,13 @@ TransferOutcome outcomeOf(CURLcode code, const Exchange& exchange, const char* m
         outcome.kind = Kind::complete;
     } else if (code == CURLE_ABORTED_BY_CALLBACK) {
         outcome.kind = Kind::stopped;
-        outcome.reason = "stopped";
+        outcome.reason = localized("stopped");
     } else if (exchange.isTooLong) {
-        outcome.reason = "the server sends more than the file's size";
+        outcome.reason = localized("the server sends more than the file's size");
     } else if (exchange.rangeWasWrong || (code == CURLE_HTTP_RETURNED_ERROR && status == 416)) {
         outcome.kind = Kind::again;
         outcome.rangeWasWrong = true;
-        outcome.reason = "the server did not send the part that was asked for";
+        outcome.reason = localized("the server did not send the part that was asked for");
     } else {
         outcome.kind = isWorthAnotherTry(code, status) ? Kind::again : Kind::refused;
         outcome.reason = *message != '\0' ? message : curl_easy_strerror(code);

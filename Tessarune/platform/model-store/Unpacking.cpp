@@ -1,6 +1,7 @@
 #include "Tessarune/platform/model-store/Unpacking.h"
 
 #include "Tessarune/platform/model-store/Checksums.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <zstd.h>
 
@@ -37,11 +38,11 @@ UnpackingOutcome unpackZstd(const std::filesystem::path& packed, AppendFile& out
             ZSTD_outBuffer output{outBuffer.data(), outBuffer.size(), 0};
             wanted = ZSTD_decompressStream(stream.get(), &output, &input);
             if (ZSTD_isError(wanted) != 0) {
-                outcome.failure = std::string("it does not unpack: ") + ZSTD_getErrorName(wanted);
+                outcome.failure = localized("it does not unpack: %@", {ZSTD_getErrorName(wanted)});
                 return outcome;
             }
             if (output.pos > most - written) {
-                outcome.failure = "it unpacks to more than its size";
+                outcome.failure = localized("it unpacks to more than its size");
                 return outcome;
             }
             const std::string_view piece(outBuffer.data(), output.pos);
@@ -54,7 +55,7 @@ UnpackingOutcome unpackZstd(const std::filesystem::path& packed, AppendFile& out
     if (in.bad())
         throw std::system_error(EIO, std::generic_category(), packed.string());
     if (wanted != 0)
-        outcome.failure = "it ends before it is unpacked";
+        outcome.failure = localized("it ends before it is unpacked");
     outcome.sha256 = sum.hex();
     return outcome;
 }

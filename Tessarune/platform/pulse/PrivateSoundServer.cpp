@@ -1,6 +1,7 @@
 #include "Tessarune/platform/pulse/PrivateSoundServer.h"
 
 #include "Tessarune/platform/pulse/PulseSupport.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <fcntl.h>
 #include <signal.h>
@@ -209,7 +210,8 @@ PrivateSoundServer::Kind firstInstalled() {
         if (PrivateSoundServer::isInstalled(kind))
             return kind;
     }
-    throw std::runtime_error("neither PulseAudio nor PipeWire with its Pulse server is installed");
+    throw std::runtime_error(
+        localized("neither PulseAudio nor PipeWire with its Pulse server is installed"));
 }
 
 } // namespace
@@ -309,7 +311,7 @@ void PrivateSoundServer::launch(const std::vector<std::string>& command) {
 
     const pid_t child = fork();
     if (child < 0)
-        throw std::runtime_error("cannot start " + command.front());
+        throw std::runtime_error(localized("cannot start %@", {command.front()}));
     if (child == 0) {
         // Between fork and exec only what is safe there.
         prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -336,14 +338,16 @@ void PrivateSoundServer::waitUntilReady() {
         for (const pid_t process : processes_) {
             if (waitpid(process, nullptr, WNOHANG) == process) {
                 std::erase(processes_, process);
-                throw std::runtime_error("the private sound server ended: " + whatItSaid());
+                throw std::runtime_error(
+                    localized("the private sound server ended: %@", {whatItSaid()}));
             }
         }
         if (Question::outputIsThere(address_))
             return;
         std::this_thread::sleep_for(20ms);
     }
-    throw std::runtime_error("the private sound server does not answer: " + whatItSaid());
+    throw std::runtime_error(
+        localized("the private sound server does not answer: %@", {whatItSaid()}));
 }
 
 void PrivateSoundServer::end(int signal) {

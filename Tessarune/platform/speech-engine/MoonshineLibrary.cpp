@@ -1,6 +1,7 @@
 #include "Tessarune/platform/speech-engine/MoonshineLibrary.h"
 
 #include "Tessarune/platform/model-store/ProgramPlaces.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <dlfcn.h>
 
@@ -18,7 +19,7 @@ template <typename Function>
 void resolve(void* library, const char* name, Function& slot) {
     slot = reinterpret_cast<Function>(dlsym(library, name));
     if (slot == nullptr)
-        throw std::runtime_error(std::string("The speech engine has no function ") + name + ".");
+        throw std::runtime_error(localized("The speech engine has no function %@.", {name}));
 }
 
 moonshine::Calls resolveAll(void* library) {
@@ -26,9 +27,9 @@ moonshine::Calls resolveAll(void* library) {
     // Before anything else: another version may lack the rest.
     resolve(library, "moonshine_get_version", calls.getVersion);
     if (const std::int32_t version = calls.getVersion(); version != moonshine::interfaceVersion)
-        throw std::runtime_error("The speech engine has interface version " +
-                                 std::to_string(version) + ", needed is " +
-                                 std::to_string(moonshine::interfaceVersion) + ".");
+        throw std::runtime_error(
+            localized("The speech engine has interface version %lld, needed is %lld.",
+                      {std::to_string(version), std::to_string(moonshine::interfaceVersion)}));
     resolve(library, "moonshine_error_to_string", calls.errorToString);
     resolve(library, "moonshine_free_buffer", calls.freeBuffer);
     resolve(library, "moonshine_load_transcriber_from_files", calls.loadTranscriberFromFiles);
@@ -67,17 +68,17 @@ MoonshineLibrary::open(const std::vector<std::filesystem::path>& folders) {
         // Local: what the engine carries of other libraries must not meet ours.
         void* library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
         if (library == nullptr)
-            throw std::runtime_error(std::string("The speech engine does not load: ") + dlerror());
+            throw std::runtime_error(localized("The speech engine does not load: %@", {dlerror()}));
         return std::make_shared<const MoonshineLibrary>(resolveAll(library));
     }
-    throw std::runtime_error("There is no speech engine; looked for " + searched + ".");
+    throw std::runtime_error(localized("There is no speech engine; looked for %@.", {searched}));
 }
 
-std::int32_t MoonshineLibrary::check(std::int32_t result, const char* doing) const {
+std::int32_t MoonshineLibrary::check(std::int32_t result, std::string_view doing) const {
     if (result >= 0)
         return result;
     const char* words = calls_.errorToString(result);
-    throw std::runtime_error(std::string(doing) + ": " +
+    throw std::runtime_error(localized(doing) + ": " +
                              (words != nullptr ? words : "error " + std::to_string(result)));
 }
 
@@ -88,7 +89,7 @@ std::string MoonshineLibrary::dependencies(moonshine::Architecture architecture,
         {{"model_arch", number.c_str()}, {"word_timestamps", withWordTimes ? "true" : "false"}}};
     char* json = nullptr;
     check(calls_.getDependencies("en", options.data(), options.size(), &json),
-          "The speech engine lists no files for this model");
+          localizationKey("The speech engine lists no files for this model"));
     if (json == nullptr)
         return {};
     std::string text(json);

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tessarune {
@@ -31,7 +32,7 @@ class MoonshineLibrary {
 
     /// Throws std::runtime_error with `doing` and the engine's words if `result` is a failure, else
     /// gives it back.
-    std::int32_t check(std::int32_t result, const char* doing) const;
+    std::int32_t check(std::int32_t result, std::string_view doing) const;
 
     /// The engine's list of the files of an English model, JSON. Throws std::runtime_error.
     std::string dependencies(moonshine::Architecture architecture, bool withWordTimes) const;

@@ -1,5 +1,6 @@
 #include "Tessarune/platform/speech-engine/MoonshineModel.h"
 
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
@@ -29,7 +30,8 @@ std::uint32_t architectureOf(const StoredModel& model) {
         if (failed == std::errc() && rest == end)
             return number;
     }
-    throw ModelDamaged(model.name + ": its record does not say which architecture it has");
+    throw ModelDamaged(
+        localized("%@: its record does not say which architecture it has", {model.name}));
 }
 
 } // namespace
@@ -46,7 +48,7 @@ MoonshineModel::MoonshineModel(std::shared_ptr<const MoonshineLibrary> library,
     handle_ = library_->check(library_->calls().loadTranscriberFromFiles(
                                   stored.folder.c_str(), architectureOf(stored), options.data(),
                                   options.size(), moonshine::interfaceVersion),
-                              ("The speech model " + name_ + " does not load").c_str());
+                              localized("The speech model %@ does not load", {name_}).c_str());
 }
 
 MoonshineModel::~MoonshineModel() {
@@ -59,18 +61,18 @@ const moonshine::Transcript& MoonshineModel::transcribe(std::span<const float> s
     moonshine::Transcript* transcript = nullptr;
     library_->check(library_->calls().transcribeWithoutStreaming(
                         handle_, samples.data(), samples.size(), sampleRate, 0, &transcript),
-                    "The speech engine failed on a recording");
+                    localizationKey("The speech engine failed on a recording"));
     return transcript != nullptr ? *transcript : nothing;
 }
 
 MoonshineStream::MoonshineStream(std::shared_ptr<MoonshineModel> model)
     : model_(std::move(model)),
       handle_(model_->library_->check(model_->library_->calls().createStream(model_->handle_, 0),
-                                      "The speech engine makes no stream")) {
+                                      localizationKey("The speech engine makes no stream"))) {
     const std::int32_t started = model_->library_->calls().startStream(model_->handle_, handle_);
     if (started < 0)
         model_->library_->calls().freeStream(model_->handle_, handle_);
-    model_->library_->check(started, "The speech engine does not start");
+    model_->library_->check(started, localizationKey("The speech engine does not start"));
 }
 
 MoonshineStream::~MoonshineStream() {
@@ -83,20 +85,20 @@ void MoonshineStream::add(std::span<const float> samples) {
     model_->library_->check(
         model_->library_->calls().addAudioToStream(model_->handle_, handle_, samples.data(),
                                                    samples.size(), speechSampleRate, 0),
-        "The speech engine takes no sound");
+        localizationKey("The speech engine takes no sound"));
 }
 
 const moonshine::Transcript& MoonshineStream::transcribe() {
     moonshine::Transcript* transcript = nullptr;
     model_->library_->check(
         model_->library_->calls().transcribeStream(model_->handle_, handle_, 0, &transcript),
-        "The speech engine failed");
+        localizationKey("The speech engine failed"));
     return transcript != nullptr ? *transcript : nothing;
 }
 
 void MoonshineStream::stop() {
     model_->library_->check(model_->library_->calls().stopStream(model_->handle_, handle_),
-                            "The speech engine does not end");
+                            localizationKey("The speech engine does not end"));
 }
 
 } // namespace tessarune

@@ -1,6 +1,7 @@
 #include "Tessarune/platform/speech-engine/SpeechModelInventory.h"
 
 #include "Tessarune/platform/model-store/Checksums.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <nlohmann/json.hpp>
 
@@ -19,7 +20,7 @@ const OfferedSpeechModel* offered(std::string_view name) {
 }
 
 [[noreturn]] void failUnknown(const std::string& name) {
-    throw std::runtime_error("There is no speech model named " + name + ".");
+    throw std::runtime_error(localized("There is no speech model named %@.", {name}));
 }
 
 FileToFetch fileOf(const nlohmann::json& entry) {
@@ -30,7 +31,7 @@ FileToFetch fileOf(const nlohmann::json& entry) {
     if (entry.at("checksum_type").get<std::string>() == "crc32c")
         file.crc32c = CRC32C::fromBase64(entry.at("checksum").get<std::string>());
     if (!file.crc32c)
-        throw std::runtime_error(file.name + " has no sum that can be checked");
+        throw std::runtime_error(localized("%@ has no sum that can be checked", {file.name}));
     return file;
 }
 
@@ -66,7 +67,8 @@ bool SpeechModelInventory::isWhole(const std::string& name) const {
 Task<std::shared_ptr<AssetInstallationRequest>>
 SpeechModelInventory::assetInstallationRequest(std::string localeIdentifier) {
     if (localeIdentifier.substr(0, localeIdentifier.find_first_of("-_")) != "en")
-        throw UnsupportedSpeechLocale("There is no speech model for " + localeIdentifier + ".");
+        throw UnsupportedSpeechLocale(
+            localized("There is no speech model for %@.", {localeIdentifier}));
     std::string wanted = choice_ ? choice_() : std::string(SpeechModels::automatic);
     if (wanted == SpeechModels::automatic) {
         const auto& all = SpeechModels::offered();
@@ -113,8 +115,9 @@ AvailableModel SpeechModelInventory::availableModel(const OfferedSpeechModel& of
                 model.files.push_back(fileOf(entry));
         }
     } catch (const std::exception& failure) {
-        throw std::runtime_error("The speech engine's list of the files of " + model.name +
-                                 " is not usable: " + failure.what());
+        throw std::runtime_error(
+            localized("The speech engine's list of the files of %@ is not usable: %@",
+                      {model.name, failure.what()}));
     }
     return model;
 }

@@ -1,5 +1,7 @@
 #include "Tessarune/platform/translation-engine/TranslationCatalogue.h"
 
+#include "TessaruneCore/text/Localization.h"
+
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
@@ -159,7 +161,7 @@ TranslationCatalogue TranslationCatalogue::parse(const std::string& text,
                                                  const TranslationCatalogueSource& source) {
     const Json json = Json::parse(text, nullptr, false);
     if (!json.is_object() || !json.contains("data") || !json["data"].is_array())
-        throw std::runtime_error("The list of translation models is not one.");
+        throw std::runtime_error(localized("The list of translation models is not one."));
     std::vector<Record> records;
     for (const Json& entry : json["data"]) {
         if (std::optional<Record> record = recordOf(entry, source))
@@ -184,7 +186,8 @@ TranslationCatalogue TranslationCatalogue::parse(const std::string& text,
             catalogue.models_.emplace(pair, Model{best->model().versionText, best->files()});
     }
     if (catalogue.models_.empty())
-        throw std::runtime_error("The list of translation models has none for this program.");
+        throw std::runtime_error(
+            localized("The list of translation models has none for this program."));
     return catalogue;
 }
 
@@ -211,8 +214,8 @@ TranslationEngine::Files translationFilesOf(const StoredModel& model) {
     const auto source = shared ? shared : find(sourceRole);
     const auto target = shared ? shared : find(targetRole);
     if (!network || !source || !target)
-        throw std::runtime_error("The translation model " + model.name +
-                                 " does not consist of what it must.");
+        throw std::runtime_error(
+            localized("The translation model %@ does not consist of what it must.", {model.name}));
     return {*network, *source, *target};
 }
 

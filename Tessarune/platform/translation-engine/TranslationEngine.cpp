@@ -1,6 +1,7 @@
 #include "Tessarune/platform/translation-engine/TranslationEngine.h"
 
 #include "Tessarune/platform/translation-engine/TranslationEngineABI.h"
+#include "TessaruneCore/text/Localization.h"
 
 namespace tessarune {
 
@@ -30,7 +31,8 @@ TranslationEngine::TranslationEngine(const Files& files) {
                                     borrowed(files.sourceVocabulary.native()),
                                     borrowed(files.targetVocabulary.native()), &failure);
     if (engine_ == nullptr)
-        throw TranslationEngineError(files.model.string() + " does not load: " + taken(failure));
+        throw TranslationEngineError(
+            localized("%@ does not load: %@", {files.model.string(), taken(failure)}));
 }
 
 TranslationEngine::~TranslationEngine() {
