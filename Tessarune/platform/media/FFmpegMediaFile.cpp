@@ -2,6 +2,7 @@
 
 #include "Tessarune/platform/media/FFmpegSupport.h"
 #include "Tessarune/platform/media/FileInput.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <algorithm>
 #include <cstring>
@@ -30,9 +31,9 @@ class FFmpegMediaFile final : public MediaFile {
         const AVCodec* decoder = nullptr;
         stream_ = av_find_best_stream(input_.get(), AVMEDIA_TYPE_AUDIO, -1, -1, &decoder, 0);
         if (stream_ == AVERROR_STREAM_NOT_FOUND)
-            fail(Kind::noAudioTrack, path_, "has no sound");
+            fail(Kind::noAudioTrack, path_, localized("has no sound"));
         if (stream_ < 0 || !decoder)
-            fail(Kind::unsupported, path_, "has sound of a kind that is not known here");
+            fail(Kind::unsupported, path_, localized("has sound of a kind that is not known here"));
         openDecoder(*decoder);
         for (unsigned i = 0; i < input_->nb_streams; ++i) {
             if (static_cast<int>(i) != stream_)
@@ -80,7 +81,8 @@ class FFmpegMediaFile final : public MediaFile {
         const bool possible = codec_->sample_rate > 0 && codec_->sample_rate <= highestSampleRate &&
                               format_.channels > 0 && format_.channels <= mostChannels;
         if (!possible)
-            fail(Kind::unsupported, path_, "has an impossible sample rate or number of channels");
+            fail(Kind::unsupported, path_,
+                 localized("has an impossible sample rate or number of channels"));
     }
 
     /// One packet further; at the end of the file what the decoder still holds.
@@ -96,7 +98,7 @@ class FFmpegMediaFile final : public MediaFile {
             if (result != AVERROR_EOF && ready_.empty())
                 fail(Kind::damaged, path_, words(result));
             if (!gaveAnything_ && ready_.empty() && failuresInARow_ > 0)
-                fail(Kind::damaged, path_, "no sound in it can be decoded");
+                fail(Kind::damaged, path_, localized("no sound in it can be decoded"));
             return;
         }
         const bool ours = packet_->stream_index == stream_;

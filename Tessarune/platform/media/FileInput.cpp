@@ -1,6 +1,7 @@
 #include "Tessarune/platform/media/FileInput.h"
 
 #include "Tessarune/audio/MediaFile.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <fcntl.h>
 #include <poll.h>
@@ -53,7 +54,7 @@ void FileInput::openFile(const std::filesystem::path& path) {
     if (S_ISDIR(properties.st_mode))
         fail(Kind::cannotOpen, path, "is a folder");
     if (isatty(file_) != 0)
-        fail(Kind::notMedia, path, "is a terminal and no sound file");
+        fail(Kind::notMedia, path, localized("is a terminal and no sound file"));
     isRegular_ = S_ISREG(properties.st_mode);
 }
 
@@ -71,7 +72,7 @@ void FileInput::openContainer(const std::filesystem::path& path) {
     if (opened == AVERROR_EXIT)
         fail(Kind::cancelled, path, words(opened));
     if (opened == AVERROR_INVALIDDATA || opened == AVERROR_EOF)
-        fail(Kind::notMedia, path, "is no sound file that is known here");
+        fail(Kind::notMedia, path, localized("is no sound file that is known here"));
     if (opened < 0)
         fail(Kind::cannotOpen, path, words(opened));
     format_.reset(raw);

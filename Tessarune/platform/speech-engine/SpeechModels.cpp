@@ -1,6 +1,7 @@
 #include "Tessarune/platform/speech-engine/SpeechModels.h"
 
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <nlohmann/json.hpp>
 
@@ -47,7 +48,8 @@ StoredModel SpeechModels::choose() const {
     if (choice != automatic) {
         if (std::optional<StoredModel> model = store_.find(ModelKind::speech, choice))
             return std::move(*model);
-        throw std::runtime_error("The speech model " + choice + " is not on this computer.");
+        throw std::runtime_error(
+            localized("The speech model %@ is not on this computer.", {choice}));
     }
     std::vector<StoredModel> here;
     for (const OfferedSpeechModel& offer : offered()) {
@@ -56,7 +58,7 @@ StoredModel SpeechModels::choose() const {
             here.push_back(std::move(*model));
     }
     if (here.empty())
-        throw std::runtime_error("There is no speech model on this computer.");
+        throw std::runtime_error(localized("There is no speech model on this computer."));
     return here.back();
 }
 
