@@ -37,6 +37,8 @@ struct CaptionOutput {
     std::function<void(std::string_view)> status;
     /// How far something that takes long has come; replaces the one before.
     std::function<void(std::string_view)> progress;
+    /// Somebody else has written to the terminal: what is rewritten in place begins anew below.
+    std::function<void()> beginAnew = [] {};
     /// The last call: leaves the screen in order.
     std::function<void(const CaptionPicture&)> finish;
 };
@@ -47,6 +49,9 @@ struct ScreenSize {
     std::size_t rows = 24;
 };
 using ScreenSizeSource = std::function<ScreenSize()>;
+
+/// Whether the descriptor is a terminal that can rewrite lines in place.
+bool isScreen(int descriptor);
 
 /// The size of the terminal that `terminal` writes to.
 ScreenSizeSource sizeOf(std::FILE* terminal);

@@ -39,7 +39,7 @@ void CaptionSound::giveUp() {
 }
 
 void CaptionSound::useFile(const FileSource& file) {
-    fileName_ = file.path.filename().string();
+    file_ = file.path;
     auto pace = file.fast ? FileSoundServer::Pace::following(handlers_.takenSeconds, fastLead)
                           : FileSoundServer::Pace::realTime();
     auto server = std::make_unique<FileSoundServer>(
@@ -99,8 +99,8 @@ AudioSource CaptionSound::microphone(const AudioSource& wanted) {
 }
 
 std::string CaptionSound::description() const {
-    if (!fileName_.empty())
-        return "Captions of " + fileName_ + ". Ctrl-C ends.";
+    if (file_)
+        return "Captions of " + file_->filename().string() + ". Ctrl-C ends.";
     if (source_.isSystemAudio())
         return "Listening to what this computer plays. Ctrl-C ends.";
     const SoundServer& connected = demo_ ? demo_->server() : *server_;

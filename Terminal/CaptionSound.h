@@ -7,8 +7,10 @@
 #include "TessaruneCore/host/Task.h"
 
 #include <exception>
+#include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tessarune {
@@ -37,7 +39,8 @@ class CaptionSound {
     SoundServer& server() { return demo_ ? demo_->server() : *server_; }
     /// What to listen to on that server.
     const AudioSource& source() const { return source_; }
-    bool isFile() const { return !fileName_.empty(); }
+    bool isFile() const { return file_.has_value(); }
+    const std::optional<std::filesystem::path>& file() const { return file_; }
     /// Nothing of the user's is heard, but the program's own sample.
     bool isDemo() const { return demo_ != nullptr; }
     /// For the user, once it is open.
@@ -56,7 +59,7 @@ class CaptionSound {
     Host& host_;
     Handlers handlers_;
     AudioSource source_ = AudioSource::systemAudio();
-    std::string fileName_;
+    std::optional<std::filesystem::path> file_;
     std::unique_ptr<SoundServer> server_;
     std::function<void()> giveUp_;
     std::unique_ptr<DemoSound> demo_;

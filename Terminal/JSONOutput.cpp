@@ -142,7 +142,7 @@ CaptionOutput makeJSONOutput(std::FILE* out, std::function<double()> now, bool q
     auto printer = std::make_shared<Printer>(out, std::move(now), quiet);
     return {[printer](const CaptionPicture& picture) { printer->update(picture); },
             [printer](std::string_view text) { printer->status(text); },
-            [printer](std::string_view text) { printer->progress(text); },
+            [printer](std::string_view text) { printer->progress(text); }, [] {},
             [printer](const CaptionPicture& picture) { printer->finish(picture); }};
 }
 

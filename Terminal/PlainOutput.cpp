@@ -112,7 +112,7 @@ CaptionOutput makePlainOutput(std::FILE* out, std::FILE* errors, Host& host, boo
     return {[printer](const CaptionPicture& picture) { printer->update(picture); },
             [printer](std::string_view text) { printer->status(text); },
             [](std::string_view) {}, // a file of captions has no place for it
-            [printer](const CaptionPicture& picture) { printer->finish(picture); }};
+            [] {}, [printer](const CaptionPicture& picture) { printer->finish(picture); }};
 }
 
 } // namespace tessarune

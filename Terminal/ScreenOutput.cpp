@@ -8,7 +8,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <memory>
+#include <utility>
 
 namespace tessarune {
 
@@ -89,6 +91,8 @@ class Screen {
         if (!quiet_)
             rewrite({}, dimmed({std::string(text)}), size_().columns);
     }
+
+    void beginAnew() { rewrite({}, std::exchange(shown_, {}), size_().columns); }
 
     void finish(CaptionPicture picture) {
         picture.awaitsTranslations = false;
@@ -182,6 +186,11 @@ class Screen {
 
 } // namespace
 
+bool isScreen(int descriptor) {
+    const char* kind = std::getenv("TERM");
+    return isatty(descriptor) != 0 && kind && *kind && std::string_view(kind) != "dumb";
+}
+
 ScreenSizeSource sizeOf(std::FILE* terminal) {
     return [terminal] {
         ScreenSize size;
@@ -199,6 +208,7 @@ CaptionOutput makeScreenOutput(std::FILE* terminal, ScreenSizeSource size, bool 
     return {[screen](const CaptionPicture& picture) { screen->update(picture); },
             [screen](std::string_view text) { screen->status(text); },
             [screen](std::string_view text) { screen->progress(text); },
+            [screen] { screen->beginAnew(); },
             [screen](const CaptionPicture& picture) { screen->finish(picture); }};
 }
 

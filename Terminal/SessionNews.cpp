@@ -7,8 +7,8 @@
 
 namespace tessarune {
 
-SessionNews::SessionNews(ListeningSession& session, const AppSettings& settings,
-                         std::string target, bool isRecorded, Handlers handlers)
+SessionNews::SessionNews(ListeningSession& session, const AppSettings& settings, std::string target,
+                         bool isRecorded, Handlers handlers)
     : session_(session),
       store_(session.store()),
       settings_(settings),

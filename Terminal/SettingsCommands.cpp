@@ -65,6 +65,11 @@ Task<int> changeSettings(Program& program, SetCommand command) {
             co_return static_cast<int>(ExitStatus::usage);
         }
     }
+    if (const auto aside = program.renewSettingsFile(); !aside.empty())
+        std::fprintf(stderr,
+                     "The settings file could not be read. It is kept as %s; a new one begins, "
+                     "with recordWhileCaptioning=false.\n",
+                     aside.c_str());
     for (const auto& [key, text] : command.values)
         program.settings.find(key)->setText(text);
     if (program.storedDefaults.problem().empty())

@@ -1,44 +1,146 @@
 #include "Terminal/SignalWatch.h"
 
-#include <pthread.h>
+#include "Terminal/ExitStatus.h"
+#include "Terminal/TerminalCursor.h"
 
+#include <pthread.h>
+#include <unistd.h>
+
+#include <chrono>
 #include <csignal>
+#include <cstdlib>
+#include <mutex>
+#include <thread>
 #include <utility>
 
 namespace tessarune {
 
 namespace {
 
-/// Ends the waiting thread; no user sends it.
-constexpr int endOfWatch = SIGUSR2;
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::milliseconds samePress{300};
 
-sigset_t watched() {
+/// What is to be told of signals, if anybody wants to know.
+struct Interest {
+    std::mutex mutex;
+    Host* host = nullptr;
+    std::function<void()> onSignal;
+    std::function<void()> onContinue;
+    bool isEnding = false;
+    Clock::time_point endingSince;
+};
+
+Interest& interest() {
+    static Interest only;
+    return only;
+}
+
+bool isIgnored(int signal) {
+    struct sigaction action {};
+    return sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+/// Ends the process as if the signal had not been caught.
+[[noreturn]] void dieOf(int signal) {
+    TerminalCursor::setPaused(true);
+    TerminalCursor::restore();
+    std::signal(signal, SIG_DFL);
     sigset_t set;
     sigemptyset(&set);
-    for (int signal : {SIGINT, SIGTERM, SIGHUP, endOfWatch})
-        sigaddset(&set, signal);
-    return set;
+    sigaddset(&set, signal);
+    ::kill(::getpid(), signal);
+    pthread_sigmask(SIG_UNBLOCK, &set, nullptr);
+    std::_Exit(128 + signal);
+}
+
+void stop() {
+    TerminalCursor::setPaused(true);
+    TerminalCursor::restore();
+    ::kill(::getpid(), SIGSTOP);
+}
+
+void goOn() {
+    TerminalCursor::setPaused(false);
+    Interest& now = interest();
+    const std::lock_guard lock(now.mutex);
+    if (now.host && now.onContinue)
+        now.host->post(now.onContinue);
+}
+
+void end(int signal) {
+    Interest& now = interest();
+    const std::lock_guard lock(now.mutex);
+    if (!now.host)
+        dieOf(signal);
+    if (!std::exchange(now.isEnding, true)) {
+        now.endingSince = Clock::now();
+        now.host->post(now.onSignal);
+    } else if (Clock::now() - now.endingSince > samePress) {
+        TerminalCursor::setPaused(true);
+        TerminalCursor::restore();
+        std::_Exit(static_cast<int>(ExitStatus::stoppedTwice));
+    }
+}
+
+void watch(const sigset_t& set) {
+    int signal = 0;
+    while (sigwait(&set, &signal) == 0) {
+        if (signal == SIGTSTP)
+            stop();
+        else if (signal == SIGCONT)
+            goOn();
+        else if (signal == SIGQUIT)
+            dieOf(signal);
+        else
+            end(signal);
+    }
+}
+
+/// The system's own handling goes on afterwards.
+void handleCrash(int signal) {
+    TerminalCursor::restore();
+    ::raise(signal);
 }
 
 } // namespace
 
-void SignalWatch::blockSignals() {
-    const sigset_t set = watched();
+void SignalWatch::begin() {
+    sigset_t set;
+    sigemptyset(&set);
+    for (int signal : {SIGINT, SIGTERM, SIGQUIT, SIGCONT})
+        sigaddset(&set, signal);
+    // Under nohup, or without job control, these are none of the program's business.
+    for (int signal : {SIGHUP, SIGTSTP})
+        if (!isIgnored(signal))
+            sigaddset(&set, signal);
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
     std::signal(SIGPIPE, SIG_IGN); // a reader that goes away is a failed write, not the end
+    for (int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT}) {
+        struct sigaction action {};
+        action.sa_handler = handleCrash;
+        action.sa_flags = static_cast<int>(SA_RESETHAND);
+        sigaction(signal, &action, nullptr);
+    }
+    interest(); // made before the thread, so that it outlives it
+    std::thread([set] { watch(set); }).detach();
 }
 
-SignalWatch::SignalWatch(Host& host, std::function<void()> onSignal) {
-    thread_ = std::thread([&host, set = watched(), onSignal = std::move(onSignal)] {
-        int signal = 0;
-        while (sigwait(&set, &signal) == 0 && signal != endOfWatch)
-            host.post(onSignal);
-    });
+SignalWatch::SignalWatch(Host& host, std::function<void()> onSignal,
+                         std::function<void()> onContinue) {
+    Interest& now = interest();
+    const std::lock_guard lock(now.mutex);
+    now.host = &host;
+    now.onSignal = std::move(onSignal);
+    now.onContinue = std::move(onContinue);
+    now.isEnding = false;
 }
 
 SignalWatch::~SignalWatch() {
-    pthread_kill(thread_.native_handle(), endOfWatch);
-    thread_.join();
+    Interest& now = interest();
+    const std::lock_guard lock(now.mutex);
+    now.host = nullptr;
+    now.onSignal = {};
+    now.onContinue = {};
 }
 
 } // namespace tessarune

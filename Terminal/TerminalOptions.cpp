@@ -95,6 +95,7 @@ struct Words {
     std::string source = "system";
     std::string locale;
     std::string eventLog;
+    bool overwrites = false;
     std::string show;
     std::string target;
     std::string testTranslation;
@@ -128,6 +129,7 @@ void declareCaptions(CLI::App& app, Words& words) {
     app.add_option("--event-log", words.eventLog,
                    "Write the recogniser's events there, for tessarune --replay")
         ->type_name("PATH");
+    app.add_flag("--overwrite", words.overwrites, "Replace an event log that is there already");
 }
 
 void declareCommands(CLI::App& app, Words& words) {
@@ -176,6 +178,7 @@ CaptionsCommand captionsCommand(const Words& words) {
             words.target == "off" ? std::string() : checkedTarget("--target", words.target);
     if (!words.eventLog.empty())
         command.eventLog = words.eventLog;
+    command.overwrites = words.overwrites;
     auto* file = std::get_if<FileSource>(&command.source);
     if (words.fast && !file)
         throw CLI::ValidationError("--fast", "is for --source file:PATH");

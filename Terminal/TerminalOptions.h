@@ -24,6 +24,7 @@ struct CaptionsCommand {
     std::variant<AudioSource, FileSource> source = AudioSource::systemAudio();
     bool sourceWasChosen = false;
     std::optional<std::filesystem::path> eventLog;
+    bool overwrites = false;           ///< an event log that is there already
     std::optional<std::string> locale; ///< absent: the one in the settings
     /// What to translate into; empty: nothing is translated; absent: as the settings say.
     std::optional<std::string> target;

@@ -20,7 +20,7 @@ std::string obstacle(const std::string& target,
         return "";
     return "the model for " + name +
            (found->damage.empty() ? " is not on this computer" : " is damaged: " + found->damage) +
-           "; --languages download " + target + " gets it";
+           "; tessarune-terminal --languages download " + target + " gets it";
 }
 
 } // namespace

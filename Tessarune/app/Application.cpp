@@ -34,6 +34,13 @@ Application::Application(Host& itsHost, std::string itsProgram)
     ProcessMemory::returnLargeBlocks();
     setLocalizationTable(StringTables::forLocale(StringTables::userLocale()));
     TessaruneLog::setDiagnosticsLevel(*settings.diagnosticsLevel);
+    levelObserver_ =
+        settings.diagnosticsLevel.published().onDidChange(TessaruneLog::setDiagnosticsLevel);
+    storedDefaults.watch(host);
+}
+
+Application::~Application() {
+    settings.diagnosticsLevel.published().remove(levelObserver_);
 }
 
 SpeechPlatform Application::speechPlatform() {
@@ -55,6 +62,26 @@ bool Application::recordsSessions() const {
 void Application::recordNothing() {
     override(settings.recordWhileCaptioning, false);
     override(settings.sessionDiagnosticsEnabled, false);
+}
+
+std::string Application::recordingDoubt() const {
+    if (!settings.recordWhileCaptioning.isUnreadable())
+        return {};
+    const std::string file = TessarunePaths::settingsFile().string();
+    const std::string what =
+        storedDefaults.problem().empty()
+            ? localized("%@: recordWhileCaptioning is neither true nor false.", {file})
+            : localized("The settings cannot be read: %@.", {storedDefaults.problem()});
+    return what + " " +
+           localized("Nothing is recorded, because it is not known whether you want that. "
+                     "`tessarune-terminal --set recordWhileCaptioning=true` (or false) says so.");
+}
+
+std::filesystem::path Application::renewSettingsFile() {
+    const std::filesystem::path aside = storedDefaults.keepAside();
+    if (!aside.empty())
+        settings.recordWhileCaptioning = false;
+    return aside;
 }
 
 std::optional<DataFolderLock::Holder> Application::takeDataFolder() {

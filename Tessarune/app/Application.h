@@ -17,6 +17,7 @@
 #include "Tessarune/shell/TessaruneFileLogger.h"
 #include "Tessarune/speech/SpeechPlatform.h"
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,7 +32,9 @@ namespace tessarune {
 struct Application {
     /// `program` is the name under which this front end appears in logs and to its neighbours.
     Application(Host& host, std::string program);
+    ~Application();
     Application(const Application&) = delete;
+    Application& operator=(const Application&) = delete;
 
     Host& host;
     const std::string program;
@@ -62,6 +65,12 @@ struct Application {
     bool recordsSessions() const;
     /// No session of this run is recorded.
     void recordNothing();
+    /// Why nobody can tell whether the user wants recordings, and how to say it; empty where it is
+    /// known. To be shown, and nothing is to be recorded.
+    std::string recordingDoubt() const;
+    /// Keeps a settings file that cannot be read aside and begins a new one, in which nothing is
+    /// recorded until the user says so. Gives where the old one is; empty if there was no need.
+    std::filesystem::path renewSettingsFile();
 
     /// Makes this program the one that writes the data folder, until it ends; gives who has it
     /// instead. Throws std::system_error where there can be no such folder.
@@ -74,6 +83,7 @@ struct Application {
     LogFields bootstrapFields() const;
 
     std::optional<DataFolderLock> dataFolder_;
+    Published<DiagnosticsLevel>::Token levelObserver_;
 };
 
 } // namespace tessarune

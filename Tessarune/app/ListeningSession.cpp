@@ -25,8 +25,8 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
     Host& host = application.host;
     if (options.forgetsPermissions)
         forgetWhatIsLearned(permissionDefaults_);
-    permissions_ = std::make_unique<PermissionsManager>(
-        host, sound, permissionDefaults_, SystemAuthorization::ofServer(host, sound));
+    permissions_ = std::make_unique<PermissionsManager>(host, sound, permissionDefaults_,
+                                                        SystemAuthorization::ofServer(host, sound));
     auto recorder =
         AudioSessionRecorder::create(host, application.files, application.logger,
                                      application.catalog.forRecorder(), makeSwresampleConverter);

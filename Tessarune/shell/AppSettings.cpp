@@ -31,6 +31,13 @@ SettingCodec<std::string> recognitionOptionCodec() {
     return codec;
 }
 
+/// Whoever said something about it that is not understood may have said no.
+SettingCodec<bool> recordingCodec() {
+    SettingCodec<bool> codec = boolCodec();
+    codec.cautious = false;
+    return codec;
+}
+
 SettingCodec<DiagnosticsLevel> levelCodec() {
     std::vector<std::pair<DiagnosticsLevel, std::string>> words;
     for (const auto level :
@@ -107,7 +114,7 @@ AppSettings::AppSettings(UserDefaults& store)
       SETTING(translationTargetLanguage, "zh-Hans", textCodec()),
       SETTING(softTranslationEnabled, true, boolCodec()),
       SETTING(translationDrainTimeoutSeconds, 4.0, secondsCodec(0, 600)),
-      SETTING(recordWhileCaptioning, true, boolCodec()),
+      SETTING(recordWhileCaptioning, true, recordingCodec()),
       SETTING(recordLosslessAudio, false, boolCodec()),
       SETTING(audioInactivityAutoStopMinutes, 10, integerCodec(-anyInteger, anyInteger)),
       SETTING(diagnosticsLevel, DiagnosticsLevel::core, levelCodec()),
@@ -161,6 +168,11 @@ AppSettings::AppSettings(UserDefaults& store)
       SHORTCUT(shortcutSwapLayout, 15, commandKey) {
     std::sort(all_.begin(), all_.end(),
               [](const auto* a, const auto* b) { return a->key() < b->key(); });
+    store_.observe([this] { reload(); });
+}
+
+AppSettings::~AppSettings() {
+    store_.observe({});
 }
 
 #undef SETTING

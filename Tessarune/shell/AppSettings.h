@@ -25,7 +25,9 @@ class AppSettings {
     std::vector<AnySetting*> all_; // before the settings: they enter themselves
 
   public:
+    /// What others change in the store arrives as changes of the settings.
     explicit AppSettings(UserDefaults& store);
+    ~AppSettings();
     AppSettings(const AppSettings&) = delete;
     AppSettings& operator=(const AppSettings&) = delete;
 

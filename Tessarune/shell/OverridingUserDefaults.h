@@ -33,6 +33,10 @@ class OverridingUserDefaults final : public UserDefaults {
         if (!overrides_.contains(key))
             behind_.remove(key);
     }
+    bool isUnreadable(std::string_view key) const override {
+        return !overrides_.contains(key) && behind_.isUnreadable(key);
+    }
+    void observe(std::function<void()> onChange) override { behind_.observe(std::move(onChange)); }
 
   private:
     UserDefaults& behind_;

@@ -23,14 +23,18 @@ class AnySetting {
     virtual bool accepts(std::string_view text) const = 0;
     /// False, and nothing changes, if it is not.
     virtual bool setText(std::string_view text) = 0;
+    /// Something is stored that is no value of this setting.
+    virtual bool isUnreadable() const = 0;
     /// Back to the first-launch value.
     virtual void restore() = 0;
-    /// Takes the stored value again, as after a change by another program.
+    /// Takes the stored value again, as after a change by another program; announces it if it is
+    /// another one.
     virtual void reload() = 0;
 };
 
 /// How a value of type T is stored and written. `read` gives nothing for a stored value that makes
-/// no sense; the setting then has its default, and the stored value stays where it is.
+/// no sense; the setting then has its default or its cautious value, and the stored one stays where
+/// it is.
 template <typename T>
 struct SettingCodec {
     std::function<std::optional<T>(const SettingValue&)> read;
@@ -38,6 +42,8 @@ struct SettingCodec {
     std::function<std::optional<T>(std::string_view)> parse;
     std::function<std::string(const T&)> print;
     std::string expected;
+    /// What a stored value counts as that makes no sense; absent: as the default.
+    std::optional<T> cautious = std::nullopt;
 };
 
 SettingCodec<bool> boolCodec();
@@ -95,6 +101,8 @@ class Setting final : public AnySetting {
     /// The value as others can observe it; assign through the setting, which stores it too.
     Published<T>& published() { return value_; }
     const T& defaultValue() const { return default_; }
+    /// Whether somebody chose the value, be it the default one.
+    bool isStored() const { return store_.value(key_).has_value(); }
 
     std::string_view key() const override { return key_; }
     std::string text() const override { return codec_.print(*value_); }
@@ -108,11 +116,18 @@ class Setting final : public AnySetting {
         *this = std::move(*value);
         return true;
     }
+    bool isUnreadable() const override {
+        const std::optional<SettingValue> stored = store_.value(key_);
+        return stored ? !codec_.read(*stored) : store_.isUnreadable(key_);
+    }
     void restore() override { *this = default_; }
     void reload() override {
         const std::optional<SettingValue> stored = store_.value(key_);
         std::optional<T> value = stored ? codec_.read(*stored) : std::nullopt;
-        value_ = value ? std::move(*value) : default_;
+        if (!value)
+            value = isUnreadable() ? codec_.cautious.value_or(default_) : default_;
+        if (!(*value == *value_))
+            value_ = std::move(*value);
     }
 
   private:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,6 +24,13 @@ class UserDefaults {
     /// and reports through the text log.
     virtual void set(std::string_view key, SettingValue value) = 0;
     virtual void remove(std::string_view key) = 0;
+
+    /// Whether something may be stored under the key that cannot be had as a plain value: it is
+    /// none, or the store as a whole cannot be read.
+    virtual bool isUnreadable(std::string_view /*key*/) const { return false; }
+    /// Calls `onChange` after each change that was made by somebody else, such as another program.
+    /// There is one observer, the newest; an empty one ends it.
+    virtual void observe(std::function<void()> /*onChange*/) {}
 };
 
 } // namespace tessarune

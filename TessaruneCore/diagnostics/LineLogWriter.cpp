@@ -8,10 +8,11 @@
 namespace tessarune {
 
 std::unique_ptr<LineLogWriter> LineLogWriter::open(Host& host, std::string_view queueLabel,
-                                                   const std::filesystem::path& path) {
+                                                   const std::filesystem::path& path,
+                                                   Existing existing) {
+    const int one = existing == Existing::isRefused ? O_EXCL : O_TRUNC;
     // O_APPEND: a file that somebody truncates meanwhile gets no hole.
-    const int file =
-        ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC, 0644);
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | one | O_APPEND | O_CLOEXEC, 0644);
     if (file < 0)
         return nullptr;
     return std::unique_ptr<LineLogWriter>(
@@ -54,8 +55,10 @@ void LineLogWriter::writeAll(std::string_view bytes) {
         const ssize_t written = ::write(file_, bytes.data(), bytes.size());
         if (written < 0 && errno == EINTR)
             continue;
-        if (written <= 0)
+        if (written <= 0) {
+            hasLostLines_ = true;
             return;
+        }
         bytes.remove_prefix(static_cast<std::size_t>(written));
         endsInsideALine_ = !bytes.empty();
     }

@@ -24,10 +24,14 @@ class LineLogWriter {
     /// Encodes a line without its line feed; `nullopt` on failure. Runs on the queue.
     using Encode = std::function<std::optional<std::string>()>;
 
-    /// Creates or truncates the file. Null if it cannot be opened. The host must outlive the
-    /// writer.
+    /// What happens to a file that exists.
+    enum class Existing { isTruncated, isRefused };
+
+    /// Creates or truncates the file. Null if it cannot be opened; `errno` then says why. The host
+    /// must outlive the writer.
     static std::unique_ptr<LineLogWriter> open(Host& host, std::string_view queueLabel,
-                                               const std::filesystem::path& path);
+                                               const std::filesystem::path& path,
+                                               Existing existing = Existing::isTruncated);
     ~LineLogWriter();
     LineLogWriter(const LineLogWriter&) = delete;
     LineLogWriter& operator=(const LineLogWriter&) = delete;
@@ -38,6 +42,9 @@ class LineLogWriter {
     /// Writes what is queued, then closes the file. Idempotent.
     void close();
 
+    /// Whether a line could not be written. To be asked after `close`.
+    bool hasLostLines() const { return hasLostLines_; }
+
   private:
     LineLogWriter(std::shared_ptr<SerialQueue> queue, int file);
     void write(const Encode& encode);
@@ -46,6 +53,7 @@ class LineLogWriter {
     std::shared_ptr<SerialQueue> queue_;
     int file_; // the queue's alone; below 0 once closed
     bool endsInsideALine_ = false;
+    bool hasLostLines_ = false;
 };
 
 /// A log of one kind of record, which is made of an observation, has a `line()` and the label of

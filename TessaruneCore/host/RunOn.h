@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// `co_await runOn(worker, [&] { … }, back)`: does `work` on `worker` and goes on on `back` with its
-/// result, or with the exception that it threw.
+/// `co_await runOn(worker, [&] { … }, back)`: does `work` on `worker` and goes on on `back` with
+/// its result, or with the exception that it threw.
 ///
 /// The coroutine that awaits keeps alive what `work` uses, so `work` captures by reference. It must
 /// be awaited: the work begins then and not before.

@@ -85,8 +85,9 @@ bool isEarlier(const ASREventRecord& a, const ASREventRecord& b) {
 Writer::Writer(Host& host, std::unique_ptr<LineLogWriter> lines)
     : host_(host), lines_(std::move(lines)) {}
 
-std::unique_ptr<Writer> Writer::open(Host& host, const std::filesystem::path& path) {
-    auto lines = LineLogWriter::open(host, "Tessarune.ASREventLog.Writer", path);
+std::unique_ptr<Writer> Writer::open(Host& host, const std::filesystem::path& path,
+                                     Existing existing) {
+    auto lines = LineLogWriter::open(host, "Tessarune.ASREventLog.Writer", path, existing);
     if (!lines)
         return nullptr;
     return std::unique_ptr<Writer>(new Writer(host, std::move(lines)));

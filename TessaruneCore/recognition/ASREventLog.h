@@ -14,13 +14,18 @@ namespace tessarune::ASREventLog {
 /// Writes one record per line; see `LineLogWriter` for threads and failures.
 class Writer {
   public:
-    /// Creates or truncates the file. Null if it cannot be opened.
-    static std::unique_ptr<Writer> open(Host& host, const std::filesystem::path& path);
+    using Existing = LineLogWriter::Existing;
+
+    /// Creates or truncates the file. Null if it cannot be opened; `errno` then says why.
+    static std::unique_ptr<Writer> open(Host& host, const std::filesystem::path& path,
+                                        Existing existing = Existing::isTruncated);
 
     /// Returns at once. `t` is the time at which the event is logged; defaults to now.
     void append(ASREvent event, std::optional<double> t = std::nullopt);
     /// Writes what is queued, then closes the file.
     void close() { lines_->close(); }
+    /// To be asked after `close`.
+    bool hasLostLines() const { return lines_->hasLostLines(); }
 
   private:
     Writer(Host& host, std::unique_ptr<LineLogWriter> lines);

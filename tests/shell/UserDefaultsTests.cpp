@@ -1,5 +1,7 @@
 #include "Tessarune/platform/disk/JSONUserDefaults.h"
 #include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "Tessarune/platform/host/LoopHost.h"
+#include "Tessarune/shell/AppSettings.h"
 #include "Tessarune/shell/OverridingUserDefaults.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -58,11 +60,64 @@ TEST_F(UserDefaultsTests, AFileThatIsNotUnderstoodIsNeverOverwritten) {
         write(text);
         JSONUserDefaults defaults(files, file);
         EXPECT_FALSE(defaults.problem().empty());
+        EXPECT_TRUE(defaults.isUnreadable("a"));
         defaults.set("a", std::int64_t{2});
         EXPECT_EQ(defaults.value("a"), SettingValue(std::int64_t{2}))
             << "for the life of the process";
         EXPECT_EQ(files.read(file), text);
+        EXPECT_EQ(files.read(defaults.keepAside()), text);
+        defaults.set("b", true);
+        EXPECT_EQ(stored()["b"], true);
     }
+}
+
+/// Whoever switched recording off and spoiled the file must not be recorded.
+TEST_F(UserDefaultsTests, WhatMayHaveBeenANoToRecordingIsOne) {
+    const struct {
+        const char* text;
+        bool isUnreadable;
+        bool records;
+    } cases[] = {
+        {R"({"recordWhileCaptioning": fal)", true, false},
+        {R"({"recordWhileCaptioning": "no"})", true, false},
+        {R"({"recordWhileCaptioning": 2})", true, false},
+        {R"({"recordWhileCaptioning": null})", true, false},
+        {R"({"recordWhileCaptioning": [false]})", true, false},
+        {R"({"recordWhileCaptioning": false})", false, false},
+        {R"({"recordWhileCaptioning": 1})", false, true},
+        {R"({"other": []})", false, true},
+    };
+    for (const auto& c : cases) {
+        write(c.text);
+        JSONUserDefaults defaults(files, file);
+        const AppSettings settings(defaults);
+        EXPECT_EQ(settings.recordWhileCaptioning.isUnreadable(), c.isUnreadable) << c.text;
+        EXPECT_EQ(*settings.recordWhileCaptioning, c.records) << c.text;
+    }
+}
+
+TEST_F(UserDefaultsTests, WhatTheOtherFrontEndStoresArrivesAsAChange) {
+    LoopHost host;
+    JSONUserDefaults own(files, file);
+    OverridingUserDefaults run(own);
+    run.override("translationBackend", std::string("Off"));
+    AppSettings settings(run);
+    own.watch(host);
+    int strayChanges = 0;
+    for (AnySetting* setting : settings.all())
+        if (auto* flag = dynamic_cast<Setting<bool>*>(setting))
+            flag->published().onDidChange([&](bool) { ++strayChanges; });
+    settings.translationBackend.published().onDidChange([&](const auto&) { ++strayChanges; });
+    settings.translationTargetLanguage.published().onDidChange(
+        [&](const std::string&) { host.quit(); });
+    // A change that never arrives fails the test instead of hanging it.
+    host.after(30, [&] { host.quit(1); });
+    JSONUserDefaults other(files, file);
+    other.set("translationBackend", std::string("other"));
+    other.set("translationTargetLanguage", std::string("ja"));
+    EXPECT_EQ(host.run(), 0);
+    EXPECT_EQ(*settings.translationTargetLanguage, "ja");
+    EXPECT_EQ(strayChanges, 0) << "what is the same, or this run's own, does not change";
 }
 
 TEST_F(UserDefaultsTests, AFolderThatCannotBeWrittenKeepsTheValueAndSaysSo) {

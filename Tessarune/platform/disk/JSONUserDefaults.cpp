@@ -20,6 +20,26 @@ JSONUserDefaults::JSONUserDefaults(FileSystem& files, std::filesystem::path file
 
 JSONUserDefaults::~JSONUserDefaults() = default;
 
+void JSONUserDefaults::watch(Host& host) {
+    try {
+        if (file_.has_parent_path())
+            files_.createDirectories(file_.parent_path());
+        watch_ = std::make_unique<FileWatch>(file_, host, [this] { handleChange(); });
+    } catch (const std::exception& error) {
+        const std::string reason = error.what();
+        TessaruneLog::storage.notice([&] { return "Tessarune settings not watched: " + reason; });
+    }
+}
+
+void JSONUserDefaults::handleChange() {
+    // After a failed write the memory holds more than the file.
+    if (!problem_.empty() && !readOnly_)
+        return;
+    load();
+    if (onChange_)
+        onChange_();
+}
+
 void JSONUserDefaults::load() {
     if (!files_.exists(file_))
         return;
@@ -75,6 +95,28 @@ std::optional<SettingValue> JSONUserDefaults::value(std::string_view key) const 
     if (found->is_string())
         return found->get<std::string>();
     return std::nullopt;
+}
+
+bool JSONUserDefaults::isUnreadable(std::string_view key) const {
+    return content_->object.contains(key) ? !value(key) : readOnly_;
+}
+
+std::filesystem::path JSONUserDefaults::keepAside() {
+    if (!readOnly_)
+        return {};
+    std::filesystem::path aside = file_;
+    aside += ".unreadable";
+    for (int number = 2; files_.exists(aside); ++number)
+        aside.replace_filename(file_.filename().string() + ".unreadable-" + std::to_string(number));
+    try {
+        files_.rename(file_, aside);
+    } catch (const std::exception& error) {
+        problem_ = error.what();
+        return {};
+    }
+    readOnly_ = false;
+    problem_.clear();
+    return aside;
 }
 
 void JSONUserDefaults::set(std::string_view key, SettingValue value) {

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "Tessarune/platform/disk/FileWatch.h"
 #include "Tessarune/shell/FileSystem.h"
 #include "Tessarune/shell/UserDefaults.h"
+#include "TessaruneCore/host/Host.h"
 
 #include <memory>
 
@@ -18,12 +20,21 @@ class JSONUserDefaults final : public UserDefaults {
     JSONUserDefaults(FileSystem& files, std::filesystem::path file);
     ~JSONUserDefaults() override;
 
+    /// From now on notices what others write into the file. The host outlives the store. Where the
+    /// file's folder cannot be watched, nothing is ever noticed.
+    void watch(Host& host);
+
     std::optional<SettingValue> value(std::string_view key) const override;
     void set(std::string_view key, SettingValue value) override;
     void remove(std::string_view key) override;
+    bool isUnreadable(std::string_view key) const override;
+    void observe(std::function<void()> onChange) override { onChange_ = std::move(onChange); }
 
     /// What is wrong with the file, for the user; empty while all is well.
     const std::string& problem() const { return problem_; }
+    /// Renames a file that cannot be understood and goes on with an empty one. Gives its new name;
+    /// empty if there was no need or it failed, which `problem` says then.
+    std::filesystem::path keepAside();
 
   private:
     struct Content;
@@ -31,12 +42,15 @@ class JSONUserDefaults final : public UserDefaults {
     void store();
     template <typename Change>
     void change(Change apply);
+    void handleChange();
 
     FileSystem& files_;
     std::filesystem::path file_;
     std::unique_ptr<Content> content_;
     bool readOnly_ = false;
     std::string problem_;
+    std::function<void()> onChange_;
+    std::unique_ptr<FileWatch> watch_; // ends before what it calls
 };
 
 } // namespace tessarune

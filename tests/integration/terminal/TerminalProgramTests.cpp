@@ -168,8 +168,55 @@ TEST_F(TerminalProgramTests, ASessionThatWasKilledIsCompletedAtTheNextStartAndTo
     EXPECT_GT(first["duration"], 0.2);
 }
 
+/// The pipe is full and nobody reads it: neither the session nor a signal waits for that.
+TEST_F(TerminalProgramTests, AReaderThatDoesNotReadHoldsUpNothing) {
+    const auto stuck = [this](std::vector<std::string> source, const std::string& then) {
+        std::vector<std::string> words = {
+            "-c",
+            "rm -f pipe; mkfifo pipe; exec 3<>pipe; head -c 65536 /dev/zero >&3; "
+            "\"$0\" \"$@\" >&3 & " +
+                then,
+            (fs::path(TESSARUNE_BIN) / "tessarune-terminal").string(), "--json", "--source"};
+        words.insert(words.end(), source.begin(), source.end());
+        return run("/bin/sh", words, folder.path(), environment);
+    };
+    const std::string untilThereIs = "until grep -qs %s data/Tessarune/recordings.json; do "
+                                     "kill -0 $! || exit 99; sleep 0.05; done; ";
+    const auto until = [&](const char* sign) {
+        std::string text = untilThereIs;
+        return text.replace(text.find("%s"), 2, sign);
+    };
+    // The second Ctrl-C ends it at once, whatever the first was for.
+    EXPECT_EQ(stuck({file("two_cities.wav")},
+                    until("wav") + "kill -INT $!; sleep 0.4; kill -INT $!; wait $!")
+                  .status,
+              130);
+    const ProgramRun lost = stuck({file("beckett.wav"), "--fast"},
+                                  until("m4a") + "kill -INT $!; sleep 0.4; kill -INT $!; wait $!");
+    EXPECT_TRUE(lost.status == 74 || lost.status == 130) << lost.status;
+    // What was not read in time is there when it is read at last, and whole.
+    const ProgramRun late = stuck({file("beckett.wav"), "--fast", "--no-record"},
+                                  "program=$!; head -c 65536 <&3 >/dev/null; "
+                                  "while IFS= read -r line <&3; do echo \"$line\"; "
+                                  "case $line in *'\"end\"'*) wait $program; exit $?; esac; done");
+    EXPECT_EQ(late.status, 0) << late.error;
+    EXPECT_NE(late.output.find("\"committed\""), std::string::npos);
+    for (const std::string& line : lines(late.output))
+        EXPECT_TRUE(Json::accept(line)) << line;
+
+    const ProgramRun full = run("/bin/sh",
+                                {"-c", "\"$0\" \"$@\" >/dev/full",
+                                 (fs::path(TESSARUNE_BIN) / "tessarune-terminal").string(),
+                                 "--source", file("beckett.wav"), "--fast", "--no-record"},
+                                folder.path(), environment);
+    EXPECT_EQ(full.status, 74);
+    EXPECT_NE(full.error.find("could not be written"), std::string::npos) << full.error;
+}
+
 TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
     std::ofstream(folder / "words.txt") << "no sound";
+    const fs::path sound = folder / "a.wav";
+    fs::copy_file(samples / "beckett.wav", sound);
     const struct {
         std::vector<std::string> arguments;
         int status;
@@ -185,6 +232,7 @@ TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
         {{"--source", file("beckett.wav"), "--event-log", "no/such/folder.ndjson"},
          73,
          "no/such/folder"},
+        {{"--source", "file:a.wav", "--event-log", "a.wav", "--overwrite"}, 73, "the sound"},
         {{"--model", "remove", "tiny-en"}, 78, "tiny-en"},
     };
     for (const auto& c : cases) {
@@ -192,6 +240,24 @@ TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
         EXPECT_EQ(result.status, c.status) << c.says << ": " << result.error;
         EXPECT_NE((result.error + result.output).find(c.says), std::string::npos) << result.error;
     }
+    EXPECT_EQ(contentsOf(sound), contentsOf(samples / "beckett.wav")) << "as it was";
+}
+
+TEST_F(TerminalProgramTests, WhoeverMayHaveSwitchedRecordingOffIsNotRecordedAndHearsOfIt) {
+    fs::create_directories(folder / "config/Tessarune");
+    std::ofstream(folder / "config/Tessarune/settings.json")
+        << R"({"recordWhileCaptioning": fals, "sessionDiagnosticsEnabled": true})";
+    const std::vector<std::string> captions = {"--source", file("beckett.wav"), "--fast",
+                                               "--quiet"};
+    const ProgramRun live = terminal(captions);
+    EXPECT_EQ(live.status, 0);
+    EXPECT_NE(live.output, "");
+    EXPECT_NE(live.error.find("--set recordWhileCaptioning="), std::string::npos) << live.error;
+    EXPECT_FALSE(fs::exists(folder / "data/Tessarune/recordings.json"));
+    EXPECT_EQ(terminal({"--set", "bgOpacity=50"}).status, 0);
+    EXPECT_TRUE(fs::exists(folder / "config/Tessarune/settings.json.unreadable"));
+    EXPECT_EQ(terminal(captions).error, "") << "it is a plain no now";
+    EXPECT_FALSE(fs::exists(folder / "data/Tessarune/recordings.json"));
 }
 
 TEST_F(TerminalProgramTests, ADamagedModelIsNamedBeforeItIsLoadedAndTheRestWorks) {

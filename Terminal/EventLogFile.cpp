@@ -1,0 +1,60 @@
+#include "Terminal/EventLogFile.h"
+
+#include "Terminal/RunFailure.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace tessarune {
+
+namespace fs = std::filesystem;
+
+void EventLogFile::fail(const std::string& why) const {
+    throw RunFailure(ExitStatus::cannotWrite,
+                     "cannot write the event log " + path_.string() + ": " + why);
+}
+
+void EventLogFile::check(const std::optional<fs::path>& source) const {
+    std::error_code error;
+    // The same file may have two names.
+    if (source && fs::equivalent(*source, path_, error))
+        fail("it is the sound that is to be captioned");
+    const bool exists = fs::exists(path_, error);
+    // A device or a pipe holds nothing that could be lost.
+    const bool isFile = exists && fs::is_regular_file(path_, error);
+    if (isFile && !overwrites_)
+        fail("it exists already; --overwrite replaces it");
+    const fs::path folder = path_.has_parent_path() ? path_.parent_path() : fs::path(".");
+    const int mode = exists ? W_OK : W_OK | X_OK;
+    if (fs::is_directory(path_, error))
+        fail(std::generic_category().message(EISDIR));
+    if (::access((exists ? path_ : folder).c_str(), mode) != 0)
+        fail(std::generic_category().message(errno));
+}
+
+void EventLogFile::begin() {
+    std::error_code error;
+    const bool mayExist = overwrites_ || (fs::exists(path_, error) && !fs::is_regular_file(path_));
+    writer_ = ASREventLog::Writer::open(host_, path_,
+                                        mayExist ? LineLogWriter::Existing::isTruncated
+                                                 : LineLogWriter::Existing::isRefused);
+    if (!writer_)
+        fail(std::generic_category().message(errno));
+}
+
+void EventLogFile::append(const ASREvent& event) {
+    if (writer_)
+        writer_->append(event);
+}
+
+void EventLogFile::close() {
+    if (!writer_)
+        return;
+    writer_->close();
+    if (writer_->hasLostLines())
+        fail("a part of it was lost");
+}
+
+} // namespace tessarune

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/recognition/ASREventLog.h"
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+
+namespace tessarune {
+
+/// The file of `--event-log`. What stands there is touched only once the session listens, and only
+/// if the user said so. Main queue; failures are RunFailure with ExitStatus::cannotWrite.
+class EventLogFile {
+  public:
+    EventLogFile(Host& host, std::filesystem::path path, bool overwrites)
+        : host_(host), path_(std::move(path)), overwrites_(overwrites) {}
+
+    /// Throws if the log cannot be written there, as far as that shows without touching anything.
+    /// `source` is the file that is captioned, which is never written over.
+    void check(const std::optional<std::filesystem::path>& source) const;
+    void begin();
+    void append(const ASREvent& event);
+    /// Throws if a part of the log was lost.
+    void close();
+
+  private:
+    [[noreturn]] void fail(const std::string& why) const;
+
+    Host& host_;
+    std::filesystem::path path_;
+    bool overwrites_;
+    std::unique_ptr<ASREventLog::Writer> writer_;
+};
+
+} // namespace tessarune

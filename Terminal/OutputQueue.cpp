@@ -1,0 +1,140 @@
+#include "Terminal/OutputQueue.h"
+
+#include "Terminal/TerminalCursor.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+constexpr std::size_t behindBytes = 1 << 16;
+/// A pipe that is ready takes so much without making the writer wait.
+constexpr std::size_t pieceBytes = 4096;
+constexpr std::chrono::milliseconds pauseStep{10};
+
+/// Writes some of the bytes, once there is room for them; gives how many, or 0 with `errno`.
+std::size_t writeSome(int descriptor, std::string_view bytes) {
+    for (;;) {
+        while (TerminalCursor::isPaused())
+            std::this_thread::sleep_for(pauseStep);
+        pollfd room{descriptor, POLLOUT, 0};
+        if (::poll(&room, 1, -1) < 0 && errno != EINTR)
+            return 0;
+        const ssize_t written =
+            ::write(descriptor, bytes.data(), std::min(bytes.size(), pieceBytes));
+        if (written > 0)
+            return static_cast<std::size_t>(written);
+        if (errno != EINTR && errno != EAGAIN)
+            return 0;
+    }
+}
+
+} // namespace
+
+struct OutputQueue::State {
+    explicit State(int number) : descriptor(number) {}
+
+    const int descriptor;
+    std::function<void()> onChange;
+    mutable std::mutex mutex;
+    std::condition_variable arrived;
+    std::string waiting;
+    std::size_t unwritten = 0;     // those that wait, and those that are being written
+    bool tellsWhenWritten = false; // somebody has seen that it is behind, or should see a failure
+    bool isEnding = false;
+    int failure = 0;
+
+    void add(std::string_view bytes) {
+        const std::lock_guard lock(mutex);
+        if (failure != 0)
+            return;
+        waiting += bytes;
+        unwritten += bytes.size();
+        tellsWhenWritten = tellsWhenWritten || unwritten > behindBytes;
+        arrived.notify_one();
+    }
+};
+
+OutputQueue::OutputQueue(int descriptor, std::function<void()> onChange)
+    : state_(std::make_shared<State>(descriptor)) {
+    state_->onChange = std::move(onChange);
+    cookie_io_functions_t functions{};
+    functions.write = [](void* state, const char* bytes, std::size_t count) {
+        static_cast<State*>(state)->add({bytes, count});
+        return static_cast<ssize_t>(count);
+    };
+    stream_ = fopencookie(state_.get(), "w", functions);
+    std::setvbuf(stream_, nullptr, _IOLBF, BUFSIZ);
+    thread_ = std::thread([state = state_] { write(state); });
+}
+
+OutputQueue::~OutputQueue() {
+    std::fclose(stream_);
+    bool isIdle = false;
+    {
+        const std::lock_guard lock(state_->mutex);
+        state_->isEnding = true;
+        state_->onChange = {};
+        isIdle = state_->unwritten == 0;
+        state_->arrived.notify_one();
+    }
+    if (isIdle)
+        thread_.join();
+    else
+        thread_.detach();
+}
+
+bool OutputQueue::isBehind() const {
+    const std::lock_guard lock(state_->mutex);
+    return state_->unwritten > behindBytes;
+}
+
+bool OutputQueue::isWritten() const {
+    const std::lock_guard lock(state_->mutex);
+    return state_->unwritten == 0;
+}
+
+int OutputQueue::failure() const {
+    const std::lock_guard lock(state_->mutex);
+    return state_->failure;
+}
+
+void OutputQueue::write(const std::shared_ptr<State>& state) {
+    std::unique_lock lock(state->mutex);
+    for (;;) {
+        if (state->waiting.empty() && std::exchange(state->tellsWhenWritten, false) &&
+            state->onChange)
+            state->onChange();
+        state->arrived.wait(lock, [&] { return state->isEnding || !state->waiting.empty(); });
+        if (state->waiting.empty() && state->isEnding)
+            return;
+        const std::string bytes = std::exchange(state->waiting, {});
+        for (std::string_view rest = bytes; !rest.empty() && state->failure == 0;) {
+            lock.unlock();
+            const std::size_t written = writeSome(state->descriptor, rest);
+            const int error = errno;
+            lock.lock();
+            rest.remove_prefix(written);
+            state->unwritten -= written;
+            if (written > 0)
+                continue;
+            state->failure = error;
+            state->unwritten = 0;
+            state->waiting.clear();
+            state->tellsWhenWritten = true;
+        }
+    }
+}
+
+} // namespace tessarune

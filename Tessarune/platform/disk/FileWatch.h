@@ -1,0 +1,32 @@
+#pragma once
+
+#include "TessaruneCore/host/Host.h"
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <thread>
+
+namespace tessarune {
+
+/// Notices when a file is written, replaced or removed, by whichever program. The file need not
+/// exist; its folder must.
+class FileWatch {
+  public:
+    /// `onChange` is called on the main queue, once for changes that come together; never after the
+    /// watch has gone, which goes on the main queue too. Throws std::system_error if the folder
+    /// cannot be watched.
+    FileWatch(const std::filesystem::path& file, Host& host, std::function<void()> onChange);
+    ~FileWatch();
+    FileWatch(const FileWatch&) = delete;
+    FileWatch& operator=(const FileWatch&) = delete;
+
+  private:
+    struct State;
+    static void watch(const std::shared_ptr<State>& state);
+
+    std::shared_ptr<State> state_;
+    std::thread thread_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,55 @@
+#include "Terminal/EventLogFile.h"
+#include "Terminal/RunFailure.h"
+#include "TessaruneCore/host/SimulatedHost.h"
+#include "tests/support/FileContents.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace tessarune {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(EventLogFileTests, NothingIsWrittenOverUnlessTheUserSaysSoAndTheSourceNever) {
+    testing::TemporaryFolder folder;
+    SimulatedHost host;
+    for (const char* name : {"talk.wav", "old.ndjson"})
+        std::ofstream(folder / name) << name;
+    fs::create_hard_link(folder / "talk.wav", folder / "same.wav");
+    fs::create_directory(folder / "folder");
+    const struct {
+        const char* path;
+        bool overwrites;
+        const char* problem; ///< null: the log is written
+    } cases[] = {
+        {"talk.wav", true, "the sound"},         {"same.wav", true, "the sound"},
+        {"old.ndjson", false, "--overwrite"},    {"folder", true, "irectory"},
+        {"missing/new.ndjson", false, "o such"}, {"new.ndjson", false, nullptr},
+        {"old.ndjson", true, nullptr},           {"/dev/full", false, nullptr},
+    };
+    for (const auto& c : cases) {
+        EventLogFile log(host, folder / c.path, c.overwrites);
+        try {
+            log.check(folder / "talk.wav");
+            EXPECT_EQ(c.problem, nullptr) << c.path;
+        } catch (const RunFailure& failure) {
+            EXPECT_EQ(failure.status, ExitStatus::cannotWrite);
+            ASSERT_NE(c.problem, nullptr) << c.path << failure.what();
+            EXPECT_NE(std::string(failure.what()).find(c.problem), std::string::npos)
+                << failure.what();
+        }
+    }
+    EXPECT_EQ(testing::contentsOf(folder / "old.ndjson"), "old.ndjson") << "a look touches nothing";
+    EXPECT_FALSE(fs::exists(folder / "new.ndjson"));
+
+    EventLogFile lost(host, "/dev/full", false);
+    lost.begin();
+    lost.append(ASREvent::partial("a", 1, 1));
+    EXPECT_THROW(lost.close(), RunFailure);
+}
+
+} // namespace
+} // namespace tessarune
