@@ -5,6 +5,7 @@
 #include "Tessarune/platform/file-sound/FileSoundServer.h"
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <utility>
@@ -40,6 +41,7 @@ void CaptionSound::giveUp() {
 
 void CaptionSound::useFile(const FileSource& file) {
     file_ = file.path;
+    isFast_ = file.fast;
     auto pace = file.fast ? FileSoundServer::Pace::following(handlers_.takenSeconds, fastLead)
                           : FileSoundServer::Pace::realTime();
     auto server = std::make_unique<FileSoundServer>(
@@ -59,25 +61,27 @@ Task<void> CaptionSound::connect(bool mayShowDemo) {
     } catch (const SoundServerError& error) {
         refused = error.what();
     }
+    if (const auto* file = dynamic_cast<FileSoundServer*>(server_.get()); file && isFast_)
+        fastDuration_ = file->duration();
     if (refused.empty())
         co_return;
     if (!mayShowDemo)
-        throw RunFailure(ExitStatus::noSoundServer, "no sound server: " + refused);
+        throw RunFailure(ExitStatus::noSoundServer, localized("no sound server: %@", {refused}));
     useDemo(refused);
     Task<void> connecting = demo_->server().connect(Executor::main(host_));
     co_await connecting;
 }
 
 void CaptionSound::useDemo(const std::string& why) {
-    handlers_.say("No sound server: " + why + ".");
-    handlers_.say("So that there is something to see, a private one starts, and sample speech "
-                  "plays into it.");
+    handlers_.say(localized("No sound server: %@.", {why}));
+    handlers_.say(localized("So that there is something to see, a private one starts, and sample "
+                            "speech plays into it. It is not recorded."));
     try {
         demo_ = std::make_unique<DemoSound>(host_);
     } catch (const std::exception& error) {
-        throw RunFailure(ExitStatus::noSoundServer,
-                         "no sound server (" + why +
-                             "), and no private one either: " + error.what());
+        throw RunFailure(
+            ExitStatus::noSoundServer,
+            localized("no sound server (%@), and no private one either: %@", {why, error.what()}));
     }
 }
 
@@ -85,14 +89,14 @@ void CaptionSound::useDemo(const std::string& why) {
 AudioSource CaptionSound::microphone(const AudioSource& wanted) {
     const auto devices = AudioInputDevices::inputDevices(server());
     if (devices.empty())
-        throw RunFailure(ExitStatus::noSuchSource, "there is no microphone");
+        throw RunFailure(ExitStatus::noSuchSource, localized("there is no microphone"));
     if (!wanted.deviceID())
         return wanted;
     for (const auto& device : devices) {
         if (device.id == *wanted.deviceID() || Text::equal(device.name, *wanted.deviceID()))
             return AudioSource::microphone(device.id);
     }
-    std::string text = "there is no microphone '" + *wanted.deviceID() + "'; there are:";
+    std::string text = localized("there is no microphone '%@'; there are:", {*wanted.deviceID()});
     for (const auto& device : devices)
         text += "\n  mic:" + device.id + "  (" + device.name + ")";
     throw RunFailure(ExitStatus::noSuchSource, text);
@@ -100,13 +104,13 @@ AudioSource CaptionSound::microphone(const AudioSource& wanted) {
 
 std::string CaptionSound::description() const {
     if (file_)
-        return "Captions of " + file_->filename().string() + ". Ctrl-C ends.";
+        return localized("Captions of %@. Ctrl-C ends.", {file_->filename().string()});
     if (source_.isSystemAudio())
-        return "Listening to what this computer plays. Ctrl-C ends.";
+        return localized("Listening to what this computer plays. Ctrl-C ends.");
     const SoundServer& connected = demo_ ? demo_->server() : *server_;
-    return "Listening to " +
-           AudioSourceDisplayName::name(source_, AudioInputDevices::inputDevices(connected)) +
-           ". Ctrl-C ends.";
+    return localized(
+        "Listening to %@. Ctrl-C ends.",
+        {AudioSourceDisplayName::name(source_, AudioInputDevices::inputDevices(connected))});
 }
 
 void CaptionSound::begin() {

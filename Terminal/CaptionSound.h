@@ -43,6 +43,8 @@ class CaptionSound {
     const std::optional<std::filesystem::path>& file() const { return file_; }
     /// Nothing of the user's is heard, but the program's own sample.
     bool isDemo() const { return demo_ != nullptr; }
+    /// How long a file is that plays as fast as it can, where that is known. Seconds.
+    std::optional<double> fastDuration() const { return fastDuration_; }
     /// For the user, once it is open.
     std::string description() const;
 
@@ -60,6 +62,8 @@ class CaptionSound {
     Handlers handlers_;
     AudioSource source_ = AudioSource::systemAudio();
     std::optional<std::filesystem::path> file_;
+    bool isFast_ = false;
+    std::optional<double> fastDuration_;
     std::unique_ptr<SoundServer> server_;
     std::function<void()> giveUp_;
     std::unique_ptr<DemoSound> demo_;

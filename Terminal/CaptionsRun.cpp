@@ -1,26 +1,20 @@
 #include "Terminal/CaptionsRun.h"
 
-#include "Terminal/CaptionOutput.h"
 #include "Terminal/CaptionSound.h"
 #include "Terminal/EventLogFile.h"
-#include "Terminal/OutputQueue.h"
 #include "Terminal/RecogniserDelay.h"
 #include "Terminal/RunFailure.h"
+#include "Terminal/RunOutput.h"
+#include "Terminal/RunTranslation.h"
 #include "Terminal/SessionNews.h"
 #include "Terminal/SignalWatch.h"
-#include "Terminal/TerminalCursor.h"
-#include "Terminal/TranslationChoice.h"
 #include "Tessarune/app/ListeningSession.h"
 #include "Tessarune/history/HistoryItemLoader.h"
 #include "Tessarune/session/LiveCaptionUserMessages.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
-#include "TessaruneCore/translation/TranslationSupport.h"
-
-#include <unistd.h>
+#include "TessaruneCore/text/Localization.h"
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <system_error>
 #include <utility>
 
@@ -35,6 +29,7 @@ constexpr double lookAgainSeconds = 0.01;
 class CaptionsRun {
   public:
     CaptionsRun(Program& program, const TerminalOptions& options, CaptionsCommand command);
+    CaptionsRun(const CaptionsRun&) = delete;
 
     /// From the first sound to the saved session. Throws RunFailure.
     Task<void> run();
@@ -49,14 +44,9 @@ class CaptionsRun {
     void overrideSettings();
     void prepare();
     void tellRepairs(const RecordingRepair::Report& report) const;
-    std::string chooseTarget();
-    void sayMissingTranslation(const std::string& notice);
     void checkEventLog();
     void makeSession();
-    CaptionOutput makeOutput(const TerminalOptions& options);
-    void refresh();
-    void handleOutputChange();
-    Task<void> written(const OutputQueue& queue);
+    void update();
     void handlePhase(LiveSessionPhase phase);
     Task<void> startListening();
     Task<void> stopListening();
@@ -65,15 +55,13 @@ class CaptionsRun {
     bool isFast() const;
     std::string silenceHint() const;
 
-    void say(const std::string& text) const { output_.status(text); }
+    void say(const std::string& text) const { output_.say(text); }
     LiveTranscriptStore& store() { return session_->store(); }
 
     Program& program_;
     const CaptionsCommand command_;
-    const std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); // for what the queues post
-    OutputQueue out_;
-    OutputQueue errors_;
-    CaptionOutput output_;
+    RunOutput output_;
+    RunTranslation translation_;
     CaptionSound sound_;
     std::optional<EventLogFile> eventLog_;
     std::unique_ptr<ListeningSession> session_;
@@ -82,22 +70,13 @@ class CaptionsRun {
     OneShot<bool> started_;
     OneShot<std::exception_ptr> ended_; ///< null for a good end
     bool interrupted_ = false;
-    bool isFinishing_ = false;
-    bool givesUpOutput_ = false;
 };
 
 CaptionsRun::CaptionsRun(Program& program, const TerminalOptions& options, CaptionsCommand command)
     : program_(program),
       command_(std::move(command)),
-      out_(STDOUT_FILENO,
-           [this, &host = program.host, alive = std::weak_ptr(alive_)] {
-               host.post([this, alive] {
-                   if (!alive.expired())
-                       handleOutputChange();
-               });
-           }),
-      errors_(STDERR_FILENO, [] {}),
-      output_(makeOutput(options)),
+      output_(program.host, options, {[this] { update(); }, [this] { interrupt(); }}),
+      translation_(program, command_.target, [this](const std::string& text) { say(text); }),
       sound_(program.host, {[this](const std::string& text) { say(text); },
                             [this](std::exception_ptr failure) { endWith(std::move(failure)); },
                             [this] { return delay_->heardSeconds(); }}),
@@ -124,6 +103,10 @@ Task<void> CaptionsRun::run() {
         // A file that waits for the recogniser is always some seconds ahead of it.
         if (!isFast())
             delay_->watch([this](const std::string& text) { say(text); });
+        else if (const auto duration = sound_.fastDuration(); duration && *duration > 0)
+            delay_->watchProgress(*duration, [this](int percent) {
+                output_.progress(std::to_string(percent) + " %");
+            });
     }
     const std::exception_ptr failure = co_await ended_;
     delay_->endWatch();
@@ -131,6 +114,7 @@ Task<void> CaptionsRun::run() {
     // not waited for longer than the session's own drain.
     Task<void> catchingUp = delay_->caughtUp([this] { return interrupted_; });
     co_await catchingUp;
+    delay_->endProgress();
     Task<void> stopping = stopListening();
     co_await stopping;
     tellSaved();
@@ -161,15 +145,21 @@ void CaptionsRun::prepare() {
     // The sample is the program's own and no part of the user's history.
     if (sound_.isDemo())
         program_.recordNothing();
+    if (const std::string doubt = program_.recordingDoubt(); !doubt.empty()) {
+        program_.recordNothing();
+        if (command_.records)
+            output_.warn(doubt);
+    }
     try {
         const auto holder = program_.recordsSessions() ? program_.takeDataFolder() : std::nullopt;
         if (holder)
             throw RunFailure(
                 ExitStatus::dataInUse,
-                holder->program + " (process " + std::to_string(holder->processID) +
-                    ") is recording already; --no-record captions without a recording");
+                localized("%@ (process %lld) is recording already; --no-record captions without a "
+                          "recording",
+                          {holder->program, std::to_string(holder->processID)}));
     } catch (const std::system_error& error) {
-        say(std::string("Nothing can be recorded: ") + error.what());
+        say(localized("Nothing can be recorded: %@", {error.what()}));
         program_.recordNothing();
     }
     tellRepairs(program_.prepare());
@@ -177,42 +167,15 @@ void CaptionsRun::prepare() {
 
 void CaptionsRun::tellRepairs(const RecordingRepair::Report& report) const {
     if (report.rebuiltIndex && !report.rebuiltIndex->keptAside.empty()) {
-        say("The list of recordings could not be read and was made anew (" +
-            std::to_string(report.rebuiltIndex->recordings) + " found); the old one is kept as " +
-            report.rebuiltIndex->keptAside.filename().string() + ".");
+        say(localized(
+            "The list of recordings could not be read and was made anew (%lld found); the "
+            "old one is kept as %@.",
+            {std::to_string(report.rebuiltIndex->recordings),
+             report.rebuiltIndex->keptAside.filename().string()}));
     }
     for (const UUID& id : report.recoveredSessions)
-        say("A session that had broken off was completed: --show " + id.text().substr(0, 8));
-}
-
-/// The session does not try again and again what cannot be translated.
-std::string CaptionsRun::chooseTarget() {
-    AppSettings& settings = program_.settings;
-    const TranslationChoice choice =
-        chooseTranslation(LiveTranslationSettingsSnapshot::current(settings), command_.target,
-                          program_.translationModels.languages().list());
-    if (!choice.failure.empty())
-        throw RunFailure(ExitStatus::noModel, choice.failure);
-    if (!choice.notice.empty())
-        sayMissingTranslation(choice.notice);
-    const auto backend = choice.target.empty() ? TranslationSupport::disabledBackendName
-                                               : TranslationSupport::appleBackendName;
-    program_.override(settings.translationBackend, std::string(backend));
-    if (!choice.target.empty())
-        program_.override(settings.translationTargetLanguage, choice.target);
-    return choice.target;
-}
-
-/// Once for each choice that cannot be had, and not at every start.
-void CaptionsRun::sayMissingTranslation(const std::string& notice) {
-    constexpr std::string_view toldKey = "toldMissingTranslation";
-    const AppSettings& settings = program_.settings;
-    const SettingValue choice =
-        *settings.translationBackend + " " + *settings.translationTargetLanguage;
-    if (program_.defaults.value(toldKey) == choice)
-        return;
-    say(notice);
-    program_.defaults.set(toldKey, choice);
+        say(localized("A session that had broken off was completed: --show %@",
+                      {id.text().substr(0, 8)}));
 }
 
 void CaptionsRun::checkEventLog() {
@@ -223,7 +186,7 @@ void CaptionsRun::checkEventLog() {
 }
 
 void CaptionsRun::makeSession() {
-    const std::string target = chooseTarget();
+    const std::string target = translation_.choose();
     SessionDiagnostics diagnostics;
     diagnostics.appendASREvent = [this](const ASREvent& event) {
         if (eventLog_)
@@ -235,35 +198,15 @@ void CaptionsRun::makeSession() {
     delay_ = std::make_unique<RecogniserDelay>(program_.host, store().liveTranscriber());
     news_ = std::make_unique<SessionNews>(
         *session_, program_.settings, target, program_.recordsSessions(),
-        SessionNews::Handlers{[this] { refresh(); }, [this](const std::string& text) { say(text); },
+        SessionNews::Handlers{[this] { update(); }, [this](const std::string& text) { say(text); },
                               [this](const std::string& text) { output_.progress(text); },
                               [this](LiveSessionPhase phase) { handlePhase(phase); }});
+    translation_.follow([this](std::string changed) { news_->setTarget(std::move(changed)); });
 }
 
-CaptionOutput CaptionsRun::makeOutput(const TerminalOptions& options) {
-    if (options.json)
-        return makeJSONOutput(
-            out_.stream(), [this] { return program_.host.now(); }, options.quiet);
-    if (!isScreen(STDOUT_FILENO))
-        return makePlainOutput(out_.stream(), errors_.stream(), program_.host, options.quiet);
-    TerminalCursor::guard(STDOUT_FILENO);
-    return makeScreenOutput(out_.stream(), sizeOf(stdout), options.quiet);
-}
-
-/// Captions never wait for a slow reader: while one is behind, states that pass are left out; the
-/// rows that have come meanwhile are printed when it has caught up.
-void CaptionsRun::refresh() {
-    if (!out_.isBehind())
+void CaptionsRun::update() {
+    if (news_)
         output_.update(news_->picture());
-}
-
-void CaptionsRun::handleOutputChange() {
-    if (news_ && !isFinishing_)
-        refresh();
-    if (out_.failure() == EPIPE)
-        interrupt(); // nobody reads any more
-    else if (out_.failure() != 0)
-        std::fputs("tessarune-terminal: the captions can no longer be written\n", errors_.stream());
 }
 
 void CaptionsRun::handlePhase(LiveSessionPhase phase) {
@@ -309,11 +252,12 @@ void CaptionsRun::tellSaved() {
         return;
     const auto listed = HistoryItemLoader::load(program_.catalog, program_.files);
     const auto item = std::ranges::find(listed, *saved, &HistoryItem::id);
-    if (item == listed.end())
-        say("The session was too short to be kept.");
-    else
-        say((isWhole ? "Saved: --show " : "The sound alone is kept: --show ") +
-            saved->text().substr(0, 8) + "  (" + item->filePath.value_or("") + ")");
+    if (item != listed.end())
+        say(localized(isWhole ? "Saved: --show %@  (%@)"
+                              : "The sound alone is kept: --show %@  (%@)",
+                      {saved->text().substr(0, 8), item->filePath.value_or("")}));
+    else if (program_.catalog.recording(*saved))
+        say(localized("The session was too short to be kept."));
 }
 
 void CaptionsRun::endWith(std::exception_ptr failure) {
@@ -333,44 +277,22 @@ bool CaptionsRun::isFast() const {
 
 std::string CaptionsRun::silenceHint() const {
     const std::int64_t minutes = *program_.settings.audioInactivityAutoStopMinutes;
-    return minutes > 0 ? " So do " + std::to_string(minutes) + " minutes of silence." : "";
+    return minutes > 0
+               ? " " + localized("So do %lld minutes of silence.", {std::to_string(minutes)})
+               : "";
 }
 
 void CaptionsRun::interrupt() {
-    givesUpOutput_ = isFinishing_;
+    output_.giveUp();
     interrupted_ = true;
     sound_.giveUp();
     started_.resume(false);
     ended_.resume(nullptr);
 }
 
-/// Goes on when everything has been written, or never will be.
-Task<void> CaptionsRun::written(const OutputQueue& queue) {
-    while (!queue.isWritten() && !givesUpOutput_) {
-        Task<bool> waiting = sleep(Executor::main(program_.host), lookAgainSeconds);
-        co_await waiting;
-    }
-}
-
 Task<ExitStatus> CaptionsRun::finish(ExitStatus status, std::string problem) {
-    isFinishing_ = true;
-    if (news_)
-        output_.finish(news_->picture());
-    Task<void> writing = written(out_);
-    co_await writing;
-    TerminalCursor::release();
-    const int failure = out_.failure();
-    if ((failure != 0 && failure != EPIPE) || !out_.isWritten()) {
-        problem += (problem.empty() ? "" : "\n") + std::string("the output could not be written");
-        if (failure != 0)
-            problem += ": " + std::generic_category().message(failure);
-        status = status == ExitStatus::ok ? ExitStatus::ioError : status;
-    }
-    if (!problem.empty())
-        std::fprintf(errors_.stream(), "tessarune-terminal: %s\n", problem.c_str());
-    Task<void> writingErrors = written(errors_);
-    co_await writingErrors;
-    co_return status;
+    return output_.finish(news_ ? std::optional(news_->picture()) : std::nullopt, status,
+                          std::move(problem));
 }
 
 } // namespace

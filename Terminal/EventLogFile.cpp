@@ -1,6 +1,7 @@
 #include "Terminal/EventLogFile.h"
 
 #include "Terminal/RunFailure.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <unistd.h>
 
@@ -13,19 +14,19 @@ namespace fs = std::filesystem;
 
 void EventLogFile::fail(const std::string& why) const {
     throw RunFailure(ExitStatus::cannotWrite,
-                     "cannot write the event log " + path_.string() + ": " + why);
+                     localized("cannot write the event log %@: %@", {path_.string(), why}));
 }
 
 void EventLogFile::check(const std::optional<fs::path>& source) const {
     std::error_code error;
     // The same file may have two names.
     if (source && fs::equivalent(*source, path_, error))
-        fail("it is the sound that is to be captioned");
+        fail(localized("it is the sound that is to be captioned"));
     const bool exists = fs::exists(path_, error);
     // A device or a pipe holds nothing that could be lost.
     const bool isFile = exists && fs::is_regular_file(path_, error);
     if (isFile && !overwrites_)
-        fail("it exists already; --overwrite replaces it");
+        fail(localized("it exists already; --overwrite replaces it"));
     const fs::path folder = path_.has_parent_path() ? path_.parent_path() : fs::path(".");
     const int mode = exists ? W_OK : W_OK | X_OK;
     if (fs::is_directory(path_, error))
@@ -54,7 +55,7 @@ void EventLogFile::close() {
         return;
     writer_->close();
     if (writer_->hasLostLines())
-        fail("a part of it was lost");
+        fail(localized("a part of it was lost"));
 }
 
 } // namespace tessarune

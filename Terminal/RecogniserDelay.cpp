@@ -16,6 +16,7 @@ constexpr double standstillSeconds = 1;
 /// What has piled up meanwhile may take as long again, and somewhat more.
 constexpr double catchUpSeconds = 10;
 
+constexpr double progressEverySeconds = 0.2;
 constexpr double lookForProgressSeconds = 0.01;
 /// A recogniser that is behind and gets no further for so long is not waited for.
 constexpr double longestStandstillSeconds = 30;
@@ -56,6 +57,20 @@ void RecogniserDelay::look() {
     }
     nextLookAt_ = now + lookEverySeconds;
     watch_ = host_.after(lookEverySeconds, [this] { look(); });
+}
+
+void RecogniserDelay::watchProgress(double duration, std::function<void(int percent)> say) {
+    sayProgress_ = std::move(say);
+    lookForProgress(duration);
+}
+
+void RecogniserDelay::lookForProgress(double duration) {
+    // The last pieces are heard while the rest of the program catches up.
+    const int now = static_cast<int>(std::clamp(100 * heardSeconds() / duration, 0.0, 100.0));
+    if (now > std::exchange(percent_, std::max(now, percent_)))
+        sayProgress_(now);
+    progressWatch_ =
+        host_.after(progressEverySeconds, [this, duration] { lookForProgress(duration); });
 }
 
 Task<void> RecogniserDelay::caughtUp(std::function<bool()> isCancelled) {

@@ -15,7 +15,10 @@ class RecogniserDelay {
   public:
     RecogniserDelay(Host& host, const LiveSystemAudioTranscriber& transcriber)
         : host_(host), transcriber_(transcriber) {}
-    ~RecogniserDelay() { watch_.cancel(); }
+    ~RecogniserDelay() {
+        endWatch();
+        endProgress();
+    }
     RecogniserDelay(const RecogniserDelay&) = delete;
 
     /// Seconds of sound that it has worked through. Any thread.
@@ -27,16 +30,24 @@ class RecogniserDelay {
     void watch(std::function<void(const std::string&)> say);
     void endWatch() { watch_.cancel(); }
 
+    /// Says how much of `duration` seconds it has worked through, at each new per cent.
+    void watchProgress(double duration, std::function<void(int percent)> say);
+    void endProgress() { progressWatch_.cancel(); }
+
     /// Goes on when it has caught up, when `isCancelled` says so, or when it gets no further.
     Task<void> caughtUp(std::function<bool()> isCancelled);
 
   private:
     void look();
+    void lookForProgress(double duration);
 
     Host& host_;
     const LiveSystemAudioTranscriber& transcriber_;
     std::function<void(const std::string&)> say_;
     DelayedCall watch_;
+    std::function<void(int percent)> sayProgress_;
+    DelayedCall progressWatch_;
+    int percent_ = 0;
     double nextLookAt_ = 0;
     double excusedUntil_ = 0;
     double worthTelling_ = 5;

@@ -5,6 +5,7 @@
 #include "Tessarune/audio/SoundServer.h"
 #include "Tessarune/audio/SystemAudioCaptureError.h"
 #include "Tessarune/shell/DomainError.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <system_error>
 
@@ -26,9 +27,9 @@ RunFailure RunFailure::ofStart(const std::exception_ptr& failure) {
         return {ExitStatus::cannotWrite, error.what()};
     } catch (const std::exception& error) {
         return {ExitStatus::noModel,
-                std::string(error.what()) +
-                    "\n--model list shows the speech models, --model NAME downloads one, "
-                    "also in place of a damaged one; --list and --show need none"};
+                std::string(error.what()) + "\n" +
+                    localized("--model list shows the speech models, --model NAME downloads one, "
+                              "also in place of a damaged one; --list and --show need none")};
     }
 }
 

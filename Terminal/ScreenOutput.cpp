@@ -87,15 +87,22 @@ class Screen {
         rewrite(dimmed(Text::wrapped("· " + std::string(text), width)), shown_, width);
     }
 
+    /// It stands below the live text until the end.
     void progress(std::string_view text) {
-        if (!quiet_)
-            rewrite({}, dimmed({std::string(text)}), size_().columns);
+        if (quiet_)
+            return;
+        progress_ = text;
+        rewrite({}, shown_, size_().columns);
     }
 
-    void beginAnew() { rewrite({}, std::exchange(shown_, {}), size_().columns); }
+    void beginAnew() {
+        linesBelow_ = 0;
+        rewrite({}, shown_, size_().columns);
+    }
 
     void finish(CaptionPicture picture) {
         picture.awaitsTranslations = false;
+        progress_.clear();
         update(picture);
         rewrite({}, {}, size_().columns);
         write(showCursor);
@@ -158,13 +165,17 @@ class Screen {
     /// Replaces the lower part by `settled`, which scrolls up from now on, and the lines of now.
     void rewrite(const Lines& settled, Lines lines, std::size_t width) {
         std::string out(hideCursor);
-        if (shown_.size() > 1)
-            out += "\033[" + std::to_string(shown_.size() - 1) + "A";
+        if (linesBelow_ > 1)
+            out += "\033[" + std::to_string(linesBelow_ - 1) + "A";
         out += "\r";
         out += eraseBelow;
         for (const std::string& line : settled)
             out += line + "\n";
-        out += Text::joined(lines, "\n");
+        Lines below = lines;
+        if (!progress_.empty())
+            append(below, dimmed({progress_}));
+        out += Text::joined(below, "\n");
+        linesBelow_ = below.size();
         shown_ = std::move(lines);
         width_ = width;
         write(out);
@@ -180,7 +191,9 @@ class Screen {
     bool quiet_;
     std::size_t printed_ = 0; // rows that have scrolled up
     TranslationNews news_;
-    Lines shown_; // the part that is rewritten
+    Lines shown_;                // the part that is rewritten
+    std::string progress_;       // stands under it
+    std::size_t linesBelow_ = 0; // of both
     std::size_t width_ = 0;
 };
 

@@ -26,6 +26,9 @@ class SessionNews {
                 bool isRecorded, Handlers handlers);
     SessionNews(const SessionNews&) = delete;
 
+    /// Another language is translated into from now on; empty: none.
+    void setTarget(std::string target) { target_ = std::move(target); }
+
     CaptionPicture picture() const;
 
   private:
@@ -37,7 +40,7 @@ class SessionNews {
     ListeningSession& session_;
     LiveTranscriptStore& store_;
     const AppSettings& settings_;
-    const std::string target_;
+    std::string target_;
     const bool isRecorded_;
     const Handlers handlers_;
     CaptionPreview preview_;

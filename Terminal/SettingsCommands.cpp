@@ -1,6 +1,7 @@
 #include "Terminal/SettingsCommands.h"
 
 #include "Terminal/ExitStatus.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <nlohmann/json.hpp>
 
@@ -66,10 +67,11 @@ Task<int> changeSettings(Program& program, SetCommand command) {
         }
     }
     if (const auto aside = program.renewSettingsFile(); !aside.empty())
-        std::fprintf(stderr,
-                     "The settings file could not be read. It is kept as %s; a new one begins, "
-                     "with recordWhileCaptioning=false.\n",
-                     aside.c_str());
+        std::fprintf(stderr, "%s\n",
+                     localized("The settings file could not be read. It is kept as %@; a new one "
+                               "begins, with recordWhileCaptioning=false.",
+                               {aside.string()})
+                         .c_str());
     for (const auto& [key, text] : command.values)
         program.settings.find(key)->setText(text);
     if (program.storedDefaults.problem().empty())

@@ -1,5 +1,6 @@
 #include "Terminal/TranslationChoice.h"
 
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
 #include <algorithm>
@@ -15,12 +16,14 @@ std::string obstacle(const std::string& target,
         std::ranges::find_if(languages, [&](const auto& state) { return state.id == target; });
     const std::string name = languageName(target);
     if (found == languages.end() || found->status == TranslationAvailabilityStatus::unsupported)
-        return "there is no model for " + name + " yet; --languages lists those that there are";
+        return localized("there is no model for %@ yet; --languages lists those that there are",
+                         {name});
     if (found->status == TranslationAvailabilityStatus::installed)
         return "";
-    return "the model for " + name +
-           (found->damage.empty() ? " is not on this computer" : " is damaged: " + found->damage) +
-           "; tessarune-terminal --languages download " + target + " gets it";
+    const std::string what =
+        found->damage.empty() ? localized("the model for %@ is not on this computer", {name})
+                              : localized("the model for %@ is damaged: %@", {name, found->damage});
+    return what + "; " + localized("tessarune-terminal --languages download %@ gets it", {target});
 }
 
 } // namespace
@@ -48,7 +51,8 @@ TranslationChoice chooseTranslation(const LiveTranslationSettingsSnapshot& setti
         return {target, "", ""};
     if (wanted)
         return {"", "", why};
-    return {"", "Captions only, no translation: " + why + ", --target off says no to it.", ""};
+    return {"", localized("Captions only, no translation: %@, --target off says no to it.", {why}),
+            ""};
 }
 
 } // namespace tessarune

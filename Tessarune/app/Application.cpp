@@ -55,6 +55,11 @@ void Application::override(AnySetting& setting, SettingValue value) {
     setting.reload();
 }
 
+void Application::endOverride(AnySetting& setting) {
+    defaults.endOverride(setting.key());
+    setting.reload();
+}
+
 bool Application::recordsSessions() const {
     return *settings.recordWhileCaptioning || *settings.sessionDiagnosticsEnabled;
 }

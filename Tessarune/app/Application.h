@@ -59,6 +59,7 @@ struct Application {
 
     /// A setting for this run alone.
     void override(AnySetting& setting, SettingValue value);
+    void endOverride(AnySetting& setting);
 
     /// Whether a session that starts now is recorded. One with diagnostics is, whatever else is
     /// set.

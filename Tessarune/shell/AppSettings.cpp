@@ -168,7 +168,10 @@ AppSettings::AppSettings(UserDefaults& store)
       SHORTCUT(shortcutSwapLayout, 15, commandKey) {
     std::sort(all_.begin(), all_.end(),
               [](const auto* a, const auto* b) { return a->key() < b->key(); });
-    store_.observe([this] { reload(); });
+    store_.observe([this] {
+        reload();
+        changesFromElsewhere = *changesFromElsewhere + 1;
+    });
 }
 
 AppSettings::~AppSettings() {

@@ -38,6 +38,9 @@ class AppSettings {
     /// Takes all stored values again.
     void reload();
 
+    /// Counts the changes of the store that others made; assigned when the settings have taken them.
+    Published<std::uint64_t> changesFromElsewhere;
+
     // Recognition and captions
     Setting<std::string> selectedRecognitionOptionID;
     Setting<std::string> speechModel; ///< "automatic" or a model's name

@@ -18,6 +18,12 @@ class OverridingUserDefaults final : public UserDefaults {
         overrides_.insert_or_assign(std::move(key), std::move(value));
     }
 
+    /// The key has the value of the store behind again.
+    void endOverride(std::string_view key) {
+        if (const auto found = overrides_.find(key); found != overrides_.end())
+            overrides_.erase(found);
+    }
+
     std::optional<SettingValue> value(std::string_view key) const override {
         const auto found = overrides_.find(key);
         return found != overrides_.end() ? found->second : behind_.value(key);

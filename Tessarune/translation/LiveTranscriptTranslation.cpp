@@ -7,12 +7,17 @@
 #include "TessaruneCore/translation/TranslationSegmentMutator.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
+#include <utility>
+
 namespace tessarune {
 
 LiveTranscriptTranslation::LiveTranscriptTranslation(
     std::shared_ptr<LiveTranslationRuntime> runtime, AppSettings& settings,
     LiveTranscriptTranslationAccess access)
-    : runtime_(std::move(runtime)), settings_(settings), access_(std::move(access)) {}
+    : runtime_(std::move(runtime)),
+      settings_(settings),
+      access_(std::move(access)),
+      applied_(runtime_->settings()) {}
 
 bool LiveTranscriptTranslation::hasPendingTranslations() const {
     return TranslationSegmentMutator::nextPendingIndex(access_.committedSegments()).has_value();
@@ -146,17 +151,23 @@ void LiveTranscriptTranslation::setTranslationTarget(const std::string& target) 
     if (*settings_.translationTargetLanguage == target)
         return;
     settings_.translationTargetLanguage = target;
-    translationSettingChanged("settings.translationTarget");
+    applySettings("settings.translationTarget");
 }
 
 void LiveTranscriptTranslation::setTranslationBackend(const std::string& backend) {
     if (*settings_.translationBackend == backend)
         return;
     settings_.translationBackend = backend;
-    translationSettingChanged("settings.translationBackend");
+    applySettings("settings.translationBackend");
 }
 
-void LiveTranscriptTranslation::translationSettingChanged(const std::string& reason) {
+void LiveTranscriptTranslation::applySettings(const std::string& reason) {
+    const auto before = std::exchange(applied_, runtime_->settings());
+    const auto isOff = [](const LiveTranslationSettingsSnapshot& settings) {
+        return TranslationSupport::isDisabledBackend(settings.translationBackend);
+    };
+    if (before == applied_ || (isOff(before) && isOff(applied_)))
+        return;
     runtime_->cancelCommittedTask();
     runtime_->committedHealth.reset();
     cancelGhostTranslation();

@@ -4,6 +4,7 @@
 #include "Tessarune/translation/CommittedTranslationRunPreparer.h"
 #include "Tessarune/translation/CommittedTranslationUnitProcessor.h"
 #include "Tessarune/translation/LiveTranslationRuntime.h"
+#include "Tessarune/translation/LiveTranslationSettingsSnapshot.h"
 #include "Tessarune/translation/TranslationObservation.h"
 #include "TessaruneCore/captions/BoundaryObservation.h"
 #include "TessaruneCore/captions/CaptionSegment.h"
@@ -91,6 +92,9 @@ class LiveTranscriptTranslation : public std::enable_shared_from_this<LiveTransc
 
     // Settings
 
+    /// To be called when the target or the backend was changed by whatever other way: what was
+    /// translated for another one goes, and what can be translated now is. Once for each change.
+    void applySettings(const std::string& reason);
     void setTranslationTarget(const std::string& target);
     void setTranslationBackend(const std::string& backend);
     void setSoftTranslationEnabled(bool enabled);
@@ -143,12 +147,12 @@ class LiveTranscriptTranslation : public std::enable_shared_from_this<LiveTransc
                                    const TranslationRunContext& context, const UUID& requestID);
     void setGhostTranslationText(const std::string& text);
 
-    void translationSettingChanged(const std::string& reason);
     void refresh(const std::string& reason) { access_.refreshCaptionDisplay(reason, nullptr); }
 
     std::shared_ptr<LiveTranslationRuntime> runtime_;
     AppSettings& settings_;
     LiveTranscriptTranslationAccess access_;
+    LiveTranslationSettingsSnapshot applied_;
     Published<std::string> ghostTranslationText_;
     Published<std::string> translationStatusMessage_;
     Published<TranslationPreparationDisplayState> preparationDisplayState_;

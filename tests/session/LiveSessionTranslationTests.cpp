@@ -85,7 +85,8 @@ TEST(LiveSessionTranslationTests, ACrashKeepsTranslationsOfTheLastTargetOnly) {
     session.service->answer = [](const std::string& text) {
         return Answer{text == "Two is said." ? 1e5 : 0, std::nullopt};
     };
-    session.live->translation().setTranslationTarget("de");
+    session.settings.translationTargetLanguage = "de"; // as another program may
+    session.live->translation().applySettings("settings.translationTarget");
     session.host.advanceBy(1);
     session.crash();
     EXPECT_EQ(session.bilingual(id), "One is said.\nde-DE:One is said.\n\nTwo is said.");

@@ -106,7 +106,10 @@ TEST(ScreenOutputTests, NothingIsLostOrShownTwiceOnAnyScreen) {
                 screen.live(std::string(below(80), 'x'));
                 break;
             case 1:
-                screen.output.status("status");
+                if (below(2) == 0)
+                    screen.output.status("status");
+                else
+                    screen.output.progress("12 %");
                 break;
             case 2:
             case 3:
@@ -136,6 +139,7 @@ TEST(ScreenOutputTests, NothingIsLostOrShownTwiceOnAnyScreen) {
             else if (line.starts_with("  unit"))
                 foundTranslations.push_back(line.substr(2));
             ASSERT_FALSE(line.starts_with("~x")) << "live text was left behind";
+            ASSERT_NE(line, "~12 %") << "progress is not kept";
         }
         ASSERT_EQ(foundSources, sources);
         ASSERT_EQ(foundTranslations, translations);

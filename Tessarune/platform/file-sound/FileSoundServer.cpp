@@ -88,6 +88,10 @@ class FileSoundServer::Source : public std::enable_shared_from_this<Source> {
         std::lock_guard lock(mutex_);
         return {outputID, path_.filename().string(), monitorID, format_.value_or(AudioFormat())};
     }
+    std::optional<double> duration() const {
+        std::lock_guard lock(mutex_);
+        return duration_;
+    }
     const Executor& reader() const { return reader_; }
 
   private:
@@ -105,6 +109,7 @@ class FileSoundServer::Source : public std::enable_shared_from_this<Source> {
         opened_ = media_.open(path_, stop);
         std::lock_guard lock(mutex_);
         format_ = opened_->format();
+        duration_ = opened_->duration();
     }
 
     const Media media_;
@@ -115,6 +120,7 @@ class FileSoundServer::Source : public std::enable_shared_from_this<Source> {
     mutable std::mutex mutex_; // held for a moment only
     std::stop_source stop_;    // of the file that is being opened or was opened last
     std::optional<AudioFormat> format_;
+    std::optional<double> duration_;
     bool isGivenUp_ = false;
 };
 
@@ -226,6 +232,10 @@ Task<void> FileSoundServer::connect(Executor resumeOn) {
 
 void FileSoundServer::giveUp() {
     source_->giveUp();
+}
+
+std::optional<double> FileSoundServer::duration() const {
+    return source_->duration();
 }
 
 SoundDevices FileSoundServer::devices() const {

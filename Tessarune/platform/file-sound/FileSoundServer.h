@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 
 namespace tessarune {
 
@@ -49,6 +50,8 @@ class FileSoundServer final : public SoundServer {
     /// Nobody wants the file any more: whoever waits for it goes on with MediaFileError
     /// `cancelled`. Any thread.
     void giveUp();
+    /// Seconds, once connected, where the file says so.
+    std::optional<double> duration() const;
 
     SoundServerState state() const override { return SoundServerState::connected; }
     SoundDevices devices() const override;

@@ -1,0 +1,104 @@
+#include "Terminal/RunOutput.h"
+
+#include "Terminal/TerminalCursor.h"
+#include "TessaruneCore/text/Localization.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <system_error>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+constexpr double lookForReaderSeconds = 0.01;
+
+} // namespace
+
+RunOutput::RunOutput(Host& host, const TerminalOptions& options, Handlers handlers)
+    : host_(host),
+      handlers_(std::move(handlers)),
+      out_(STDOUT_FILENO,
+           [this, &host, alive = std::weak_ptr(alive_)] {
+               host.post([this, alive] {
+                   if (!alive.expired())
+                       handleChange();
+               });
+           }),
+      errors_(STDERR_FILENO, [] {}),
+      captions_(make(options)) {}
+
+CaptionOutput RunOutput::make(const TerminalOptions& options) {
+    if (options.json)
+        return makeJSONOutput(
+            out_.stream(), [this] { return host_.now(); }, options.quiet);
+    showsProgressBeside_ = !isatty(STDOUT_FILENO) && isScreen(STDERR_FILENO) && !options.quiet;
+    if (!isScreen(STDOUT_FILENO))
+        return makePlainOutput(out_.stream(), errors_.stream(), host_, options.quiet);
+    TerminalCursor::guard(STDOUT_FILENO);
+    return makeScreenOutput(out_.stream(), sizeOf(stdout), options.quiet);
+}
+
+void RunOutput::update(const CaptionPicture& picture) {
+    if (!out_.isBehind())
+        captions_.update(picture);
+}
+
+/// Beside plain captions, which go elsewhere, a person may watch the errors.
+void RunOutput::progress(const std::string& text) {
+    captions_.progress(text);
+    if (!showsProgressBeside_)
+        return;
+    std::fprintf(errors_.stream(), "\033[K%s\r", text.c_str());
+    std::fflush(errors_.stream());
+}
+
+void RunOutput::warn(const std::string& text) const {
+    std::fprintf(errors_.stream(), "tessarune-terminal: %s\n", text.c_str());
+}
+
+void RunOutput::handleChange() {
+    if (out_.failure() == EPIPE)
+        handlers_.onReaderGone();
+    else if (out_.failure() != 0)
+        warn(localized("the captions can no longer be written"));
+    else if (!isFinishing_)
+        handlers_.onRoom();
+}
+
+/// Goes on when everything has been written, or never will be.
+Task<void> RunOutput::written(const OutputQueue& queue) {
+    while (!queue.isWritten() && !givesUp_) {
+        Task<bool> waiting = sleep(Executor::main(host_), lookForReaderSeconds);
+        co_await waiting;
+    }
+}
+
+Task<ExitStatus> RunOutput::finish(std::optional<CaptionPicture> last, ExitStatus status,
+                                   std::string problem) {
+    isFinishing_ = true;
+    if (last)
+        captions_.finish(*last);
+    Task<void> writing = written(out_);
+    co_await writing;
+    TerminalCursor::release();
+    const int failure = out_.failure();
+    if ((failure != 0 && failure != EPIPE) || !out_.isWritten()) {
+        const std::string why =
+            failure != 0 ? std::generic_category().message(failure) : localized("nobody read it");
+        problem +=
+            (problem.empty() ? "" : "\n") + localized("the output could not be written: %@", {why});
+        status = status == ExitStatus::ok ? ExitStatus::ioError : status;
+    }
+    if (!problem.empty())
+        warn(problem);
+    givesUp_ = false; // that was about the captions
+    Task<void> writingErrors = written(errors_);
+    co_await writingErrors;
+    co_return status;
+}
+
+} // namespace tessarune
