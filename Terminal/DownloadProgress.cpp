@@ -29,6 +29,12 @@ std::string megabytes(std::uint64_t bytes) {
     return Text::fixed(static_cast<double>(bytes) / bytesAMegabyte, 1) + " MB";
 }
 
+std::string sizeCell(std::uint64_t bytes) {
+    constexpr std::size_t columns = 9;
+    const std::string text = bytes > 0 ? megabytes(bytes) : "";
+    return std::string(columns - std::min(columns, text.size()), ' ') + text;
+}
+
 Task<int> runDownload(Program& program, const TerminalOptions& options, ShownDownload download) {
     std::stop_source stop;
     SignalWatch signals(program.host, [&stop] { stop.request_stop(); });

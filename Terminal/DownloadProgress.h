@@ -25,5 +25,7 @@ constexpr double bytesAMegabyte = 1e6;
 
 /// "38.2 MB", of bytes.
 std::string megabytes(std::uint64_t bytes);
+/// The same as a cell of a table, flush right; blank for an unknown size.
+std::string sizeCell(std::uint64_t bytes);
 
 } // namespace tessarune

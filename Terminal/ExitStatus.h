@@ -17,7 +17,7 @@ enum class ExitStatus : int {
     dataInUse = 75, ///< another Tessarune records into the same data folder
     notAllowed = 77,
     noModel = 78,
-    stoppedTwice = 130, ///< the second Ctrl-C: ended without draining
+    stoppedTwice = 130, ///< ended at once: the second Ctrl-C, or one where nothing runs yet
 };
 
 } // namespace tessarune

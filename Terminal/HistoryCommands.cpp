@@ -1,110 +1,156 @@
 #include "Terminal/HistoryCommands.h"
 
+#include "Terminal/CommandOutput.h"
 #include "Terminal/ExitStatus.h"
 #include "Tessarune/history/HistoryItemLoader.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/text/TextColumns.h"
 
 #include <nlohmann/json.hpp>
-
-#include <cstdio>
 
 namespace tessarune {
 
 namespace {
 
-using Json = nlohmann::ordered_json;
-
 /// As much of an identifier as a person types.
 constexpr std::size_t shortIDLength = 8;
-/// As much of a session's beginning as fits beside its date.
-constexpr std::size_t beginningLength = 40;
+constexpr std::size_t rowColumns = 80;
+/// Of several sessions that could be meant, as many are named.
+constexpr std::size_t mostNamed = 10;
 
-std::string read(Program& program, const std::filesystem::path& path) {
-    try {
-        return program.files.exists(path) ? program.files.read(path) : std::string();
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "tessarune-terminal: %s\n", error.what());
-        return {};
+/// The sidecars of recordings, and whether one could not be read.
+class Transcripts {
+  public:
+    explicit Transcripts(Program& program) : program_(program) {}
+
+    std::string read(const std::filesystem::path& path) {
+        try {
+            return program_.files.exists(path) ? program_.files.read(path) : std::string();
+        } catch (const std::exception& error) {
+            printProblem(error.what());
+            failed_ = true;
+            return {};
+        }
     }
-}
+    std::string source(const HistoryItem& item) {
+        return read(program_.catalog.transcriptURL(item.id));
+    }
+    std::string bilingual(const HistoryItem& item) {
+        return read(program_.catalog.bilingualTranscriptURL(item.id));
+    }
+    ExitStatus status() const { return failed_ ? ExitStatus::ioError : ExitStatus::ok; }
 
-void print(const Json& object) {
-    std::puts(object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
-}
+  private:
+    Program& program_;
+    bool failed_ = false;
+};
 
-Json json(const HistoryItem& item) {
+nlohmann::ordered_json json(const HistoryItem& item) {
     return {{"type", "recording"},         {"id", item.id.text()},
             {"startedAt", item.startedAt}, {"duration", item.durationSeconds},
             {"bytes", item.byteCount},     {"file", item.filePath.value_or("")},
             {"note", item.note},           {"bilingual", item.hasBilingualTranscript}};
 }
 
-/// The recordings whose identifier begins so, in either case.
+/// One line that fits a screen; the note tells more than how the session began.
+std::string recordingRow(const HistoryItem& item, std::size_t idLength, const std::string& text) {
+    const std::string row = item.id.text().substr(0, idLength) + "  " + item.date + " " +
+                            item.time + "  " + Text::padded(item.dur, shortIDLength) + "  ";
+    const std::string_view content = Text::trimmed(item.note.empty() ? text : item.note);
+    const std::size_t room = rowColumns - std::min(rowColumns, Text::columns(row));
+    return row + Text::fitted(Text::printableLine(Text::prefix(content, rowColumns)), room);
+}
+
+/// The recordings whose identifier begins so, in either case; also those that are not listed.
 std::vector<HistoryItem> matching(Program& program, const std::string& id) {
     const std::string wanted = Text::lowercased(id);
     std::vector<HistoryItem> found;
-    for (const auto& item : HistoryItemLoader::load(program.catalog, program.files)) {
-        if (Text::lowercased(item.id.text()).starts_with(wanted))
-            found.push_back(item);
+    for (const auto& recording : program.catalog.recordings()) {
+        if (Text::lowercased(recording.id.text()).starts_with(wanted))
+            found.push_back(HistoryItemLoader::row(recording, program.catalog, program.files));
     }
     return found;
 }
 
-void printTranscript(Program& program, const HistoryItem& item) {
-    const std::string bilingual = read(program, program.catalog.bilingualTranscriptURL(item.id));
-    const std::string text =
-        bilingual.empty() ? read(program, program.catalog.transcriptURL(item.id)) : bilingual;
-    std::printf("%s %s  %s  %s\n", item.date.c_str(), item.time.c_str(), item.dur.c_str(),
-                item.filePath.value_or("").c_str());
+/// None of them, or more than one.
+void tellWhichWereFound(Program& program, const std::vector<HistoryItem>& found,
+                        const std::string& id) {
+    if (found.empty()) {
+        printProblem(
+            localized("There is no session '%@'; --list shows those that there are.", {id}));
+        return;
+    }
+    printProblem(localized("The IDs of several sessions begin with '%@':", {id}));
+    Transcripts transcripts(program);
+    for (std::size_t i = 0; i < std::min(found.size(), mostNamed); ++i)
+        printNotice(recordingRow(found[i], std::string::npos, transcripts.source(found[i])));
+    if (found.size() > mostNamed)
+        printNotice("…");
+}
+
+void printTranscript(Transcripts& transcripts, const HistoryItem& item) {
+    const std::string bilingual = transcripts.bilingual(item);
+    const std::string text = bilingual.empty() ? transcripts.source(item) : bilingual;
+    printText(item.date + " " + item.time + "  " + item.dur + "  " +
+              Text::printableLine(item.filePath.value_or("")));
     if (!item.note.empty())
-        std::printf("%s\n", item.note.c_str());
-    std::printf("\n%s\n",
-                text.empty() ? "(no transcript)" : std::string(Text::trimmed(text)).c_str());
+        printText(item.note);
+    printText("");
+    printText(text.empty() ? localized("(no transcript)") : std::string(Text::trimmed(text)));
 }
 
 } // namespace
 
 Task<int> listRecordings(Program& program, const TerminalOptions& options) {
+    const std::string problem = program.catalog.readingProblem();
     const auto items = HistoryItemLoader::load(program.catalog, program.files);
+    Transcripts transcripts(program);
     for (const auto& item : items) {
-        if (options.json) {
-            print(json(item));
-            continue;
-        }
-        std::string text = read(program, program.catalog.transcriptURL(item.id));
-        text =
-            Text::collapsingWhiteSpace(Text::truncated(Text::trimmed(text), beginningLength, "…"));
-        std::printf("%s  %s %s  %8s  %s\n", item.id.text().substr(0, shortIDLength).c_str(),
-                    item.date.c_str(), item.time.c_str(), item.dur.c_str(),
-                    (item.note.empty() ? text : item.note).c_str());
+        if (options.json)
+            printJSON(json(item));
+        else
+            printText(recordingRow(item, shortIDLength, transcripts.source(item)));
     }
-    if (items.empty() && !options.json && !options.quiet)
-        std::fputs("No sessions have been recorded yet.\n", stderr);
-    co_return static_cast<int>(ExitStatus::ok);
+    if (!problem.empty()) {
+        printProblem(problem);
+        co_return static_cast<int>(ExitStatus::ioError);
+    }
+    const std::size_t unlisted = program.catalog.recordings().size() - items.size();
+    if (!options.json && !options.quiet && unlisted > 0)
+        printNotice(localized("Not listed: sessions without sound, or of a moment only: %lld",
+                              {std::to_string(unlisted)}));
+    else if (items.empty() && !options.json && !options.quiet)
+        printNotice(localized("No sessions have been recorded yet."));
+    co_return static_cast<int>(transcripts.status());
 }
 
 Task<int> showRecording(Program& program, const TerminalOptions& options, std::string id) {
     const auto found = matching(program, id);
+    if (const std::string problem = program.catalog.readingProblem();
+        found.empty() && !problem.empty()) {
+        printProblem(problem);
+        co_return static_cast<int>(ExitStatus::ioError);
+    }
     if (found.size() != 1) {
-        std::fprintf(stderr, "tessarune-terminal: %s '%s'; --list shows them\n",
-                     found.empty() ? "there is no session" : "several sessions begin with",
-                     id.c_str());
+        tellWhichWereFound(program, found, id);
         co_return static_cast<int>(ExitStatus::noSuchRecording);
     }
     const HistoryItem& item = found.front();
+    Transcripts transcripts(program);
     if (options.json) {
-        Json object = json(item);
-        object["text"] = read(program, program.catalog.transcriptURL(item.id));
-        object["bilingualText"] = read(program, program.catalog.bilingualTranscriptURL(item.id));
-        const std::string words = read(program, program.catalog.wordTimelineURL(item.id));
-        const Json timeline = Json::parse(words, nullptr, false);
+        nlohmann::ordered_json object = json(item);
+        object["text"] = transcripts.source(item);
+        object["bilingualText"] = transcripts.bilingual(item);
+        const auto timeline = nlohmann::ordered_json::parse(
+            transcripts.read(program.catalog.wordTimelineURL(item.id)), nullptr, false);
         if (!timeline.is_discarded())
             object["timeline"] = timeline;
-        print(object);
+        printJSON(object);
     } else {
-        printTranscript(program, item);
+        printTranscript(transcripts, item);
     }
-    co_return static_cast<int>(ExitStatus::ok);
+    co_return static_cast<int>(transcripts.status());
 }
 
 } // namespace tessarune

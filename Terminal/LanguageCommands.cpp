@@ -1,23 +1,22 @@
 #include "Terminal/LanguageCommands.h"
 
+#include "Terminal/CommandOutput.h"
 #include "Terminal/DownloadProgress.h"
 #include "Terminal/ExitStatus.h"
 #include "Terminal/SignalWatch.h"
 #include "Tessarune/translation/AppleTranslator.h"
 #include "Tessarune/translation/TranslationTaskBridge.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/TextColumns.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cstdio>
 
 namespace tessarune {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 std::string displayName(const std::string& id) {
     return TranslationSupport::translationTargetDisplayName({id, ""});
@@ -25,24 +24,17 @@ std::string displayName(const std::string& id) {
 
 std::string describe(const TranslationLanguageState& language) {
     if (!language.damage.empty())
-        return "damaged: " + language.damage;
+        return localized("damaged: %@", {language.damage});
     switch (language.status) {
     case TranslationAvailabilityStatus::installed:
-        return language.isRemovable ? "installed" : "installed, came with the program";
+        return language.isRemovable ? localized("installed")
+                                    : localized("installed, came with the program");
     case TranslationAvailabilityStatus::supported:
-        return "can be downloaded";
+        return localized("can be downloaded");
     case TranslationAvailabilityStatus::unsupported:
-        return "no model yet";
+        return localized("no model yet");
     }
     return {};
-}
-
-void printJSON(const Json& line) {
-    std::puts(line.dump(-1, ' ', false, Json::error_handler_t::replace).c_str());
-}
-
-std::string padded(const std::string& text, std::size_t width) {
-    return text + std::string(width - std::min(width, Text::columns(text)), ' ');
 }
 
 /// The test of the settings, from its beginning to its end.
@@ -72,9 +64,9 @@ Task<int> runTest(Program& program, const TerminalOptions& options, std::string 
                    {"status", *bridge->statusText()},
                    {"text", text}});
     else if (succeeded)
-        std::printf("%s\n", text.c_str());
+        printText(text);
     if (!options.json && (!options.quiet || !succeeded))
-        std::fprintf(stderr, "%s\n", bridge->statusText()->c_str());
+        printNotice(*bridge->statusText());
     co_return static_cast<int>(succeeded ? ExitStatus::ok : ExitStatus::noModel);
 }
 
@@ -100,10 +92,8 @@ Task<int> listLanguages(Program& program, const TerminalOptions& options) {
                        {"chosen", language.id == *program.settings.translationTargetLanguage}});
             continue;
         }
-        std::printf("%s  %s  %9s  %s\n", padded(language.id, idWidth).c_str(),
-                    padded(name, nameWidth).c_str(),
-                    language.bytes > 0 ? megabytes(language.bytes).c_str() : "",
-                    describe(language).c_str());
+        printText(Text::padded(language.id, idWidth) + "  " + Text::padded(name, nameWidth) + "  " +
+                  sizeCell(language.bytes) + "  " + describe(language));
     }
     co_return static_cast<int>(ExitStatus::ok);
 }
@@ -126,7 +116,7 @@ Task<int> removeLanguage(Program& program, std::string id) {
     try {
         program.translationModels.languages().remove(id);
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "tessarune-terminal: %s: %s\n", id.c_str(), error.what());
+        printProblem(id + ": " + error.what());
         co_return static_cast<int>(ExitStatus::noModel);
     }
     co_return static_cast<int>(ExitStatus::ok);

@@ -1,12 +1,14 @@
 #include "Terminal/ModelCommands.h"
 
+#include "Terminal/CommandOutput.h"
 #include "Terminal/DownloadProgress.h"
 #include "Terminal/ExitStatus.h"
+#include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/TextColumns.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cstdio>
 
 namespace tessarune {
 
@@ -14,35 +16,31 @@ namespace {
 
 std::string describe(const SpeechModelState& model) {
     if (!model.damage.empty())
-        return "damaged: " + model.damage;
+        return localized("damaged: %@", {model.damage});
     if (!model.isInstalled)
-        return "can be downloaded";
-    return model.isRemovable ? "installed" : "installed, came with the program";
-}
-
-void say(const char* what, const std::exception& error) {
-    std::fprintf(stderr, "tessarune-terminal: %s: %s\n", what, error.what());
+        return localized("can be downloaded");
+    return model.isRemovable ? localized("installed")
+                             : localized("installed, came with the program");
 }
 
 } // namespace
 
 Task<int> listModels(Program& program, const TerminalOptions& options) {
-    const SpeechModelManager manager = program.speechModels.manager();
-    const std::vector<SpeechModelState> models = manager.list();
-    int width = 0;
+    const std::vector<SpeechModelState> models = program.speechModels.manager().list();
+    std::size_t width = 0;
     for (const auto& model : models)
-        width = std::max(width, static_cast<int>(model.name.size()));
+        width = std::max(width, Text::columns(model.name));
     for (const auto& model : models) {
-        if (options.json) {
-            const nlohmann::ordered_json line = {
-                {"type", "model"},        {"name", model.name},
-                {"bytes", model.bytes},   {"installed", model.isInstalled},
-                {"damage", model.damage}, {"chosen", model.name == *program.settings.speechModel}};
-            std::puts(line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
-            continue;
-        }
-        std::printf("%-*s %6.0f MB  %s\n", width, model.name.c_str(),
-                    static_cast<double>(model.bytes) / bytesAMegabyte, describe(model).c_str());
+        if (options.json)
+            printJSON({{"type", "model"},
+                       {"name", model.name},
+                       {"bytes", model.bytes},
+                       {"installed", model.isInstalled},
+                       {"damage", model.damage},
+                       {"chosen", model.name == *program.settings.speechModel}});
+        else
+            printText(Text::padded(model.name, width) + "  " + sizeCell(model.bytes) + "  " +
+                      describe(model));
     }
     co_return static_cast<int>(ExitStatus::ok);
 }
@@ -64,7 +62,7 @@ Task<int> removeModel(Program& program, std::string name) {
     try {
         manager.remove(name);
     } catch (const std::exception& error) {
-        say(name.c_str(), error);
+        printProblem(name + ": " + error.what());
         co_return static_cast<int>(ExitStatus::noModel);
     }
     co_return static_cast<int>(ExitStatus::ok);

@@ -1,13 +1,14 @@
 #include "Terminal/SourcesCommand.h"
 
+#include "Terminal/CommandOutput.h"
 #include "Terminal/ExitStatus.h"
 #include "Tessarune/platform/pulse/PulseSoundServer.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/TextColumns.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <cstdio>
 
 namespace tessarune {
 
@@ -34,16 +35,15 @@ void print(const std::vector<Row>& list, bool json) {
         width = std::max(width, Text::columns(row.source));
     for (const auto& row : list) {
         if (json) {
-            const nlohmann::ordered_json line = {{"type", "source"},
-                                                 {"source", row.source},
-                                                 {"name", row.name},
-                                                 {"default", row.isDefault}};
-            std::puts(line.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+            printJSON({{"type", "source"},
+                       {"source", row.source},
+                       {"name", row.name},
+                       {"default", row.isDefault}});
             continue;
         }
-        const std::string padding(width - Text::columns(row.source) + 2, ' ');
-        std::printf("%s%s%s%s\n", row.source.c_str(), padding.c_str(), row.name.c_str(),
-                    row.isDefault ? "  (default)" : "");
+        const std::string name = Text::printableLine(row.name);
+        printText(Text::padded(Text::printableLine(row.source), width) + "  " +
+                  (row.isDefault ? localized("%@ (default)", {name}) : name));
     }
 }
 
@@ -55,12 +55,12 @@ Task<int> listSources(Program& program, const TerminalOptions& options) {
         Task<void> connecting = server.connect(Executor::main(program.host));
         co_await connecting;
     } catch (const SoundServerError& error) {
-        std::fprintf(stderr, "tessarune-terminal: no sound server: %s\n", error.what());
+        printProblem(localized("There is no sound server: %@", {error.what()}));
         co_return static_cast<int>(ExitStatus::noSoundServer);
     }
     const std::vector<Row> list = rows(server.devices());
     if (list.empty())
-        std::fputs("The sound server has no outputs and no microphones.\n", stderr);
+        printNotice(localized("The sound server has no outputs and no microphones."));
     print(list, options.json);
     co_return static_cast<int>(ExitStatus::ok);
 }

@@ -1,52 +1,72 @@
 #include "Terminal/TerminalOptions.h"
 
 #include "Terminal/ExitStatus.h"
+#include "Terminal/HelpText.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
+#include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/text/TextColumns.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace tessarune {
 
 namespace {
 
-constexpr const char* footer = R"(Examples:
-  tessarune-terminal                                captions of what the computer plays
-  tessarune-terminal --source mic                   captions of the default microphone
-  tessarune-terminal --source file:talk.m4a --fast  captions of a file, as fast as possible
-  tessarune-terminal --target pt-BR                 with a Portuguese translation
-  tessarune-terminal --event-log talk.ndjson        keep the events for tessarune --replay
-  tessarune-terminal --list                         the sessions that were recorded
-  tessarune-terminal --json | jq .text              captions for another program
+/// What is wrong with the command line, for the user.
+struct UsageProblem : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
 
-Ctrl-C ends the captions after the last words; a second Ctrl-C ends at once.)";
+using SourceChoice = std::variant<AudioSource, FileSource>;
 
-std::variant<AudioSource, FileSource> parseSource(const std::string& text) {
+SourceChoice parseSource(const std::string& text) {
     if (text == "system")
         return AudioSource::systemAudio();
     if (text == "mic")
         return AudioSource::microphone();
-    if (text.starts_with("mic:") && text.size() > 4)
+    if (text == "-")
+        return FileSource{"/dev/stdin"};
+    if (text.starts_with("mic:") && !Text::trimmed(text.substr(4)).empty())
         return AudioSource::microphone(text.substr(4));
     if (text.starts_with("file:") && text.size() > 5)
         return FileSource{text.substr(5)};
-    throw CLI::ValidationError("--source",
-                               "'" + text + "' is not system, mic, mic:NAME or file:PATH");
+    throw UsageProblem(
+        localized("--source is system, mic, mic:NAME, file:PATH or -, not '%@'.", {text}));
 }
 
-void checkLocale(const std::string& text) {
-    const auto& options = ModelCatalog::recognitionOptions();
-    const bool known = std::any_of(options.begin(), options.end(), [&](const auto& option) {
-        return option.localeIdentifier == text;
-    });
-    if (known)
-        return;
-    std::string message = "'" + text + "' is none of";
-    for (const auto& option : options)
-        message += " " + option.localeIdentifier;
-    throw CLI::ValidationError("--locale", message);
+/// The recogniser's identifier for an English that is written in any case.
+std::string checkedLocale(const std::string& text) {
+    std::string wanted = Text::lowercased(text);
+    std::ranges::replace(wanted, '_', '-');
+    std::vector<std::string> known;
+    for (const auto& option : ModelCatalog::recognitionOptions()) {
+        if (Text::lowercased(option.localeIdentifier) == wanted)
+            return option.localeIdentifier;
+        known.push_back(option.localeIdentifier);
+    }
+    throw UsageProblem(
+        localized("--locale is one of %@, not '%@'.", {Text::joined(known, ", "), text}));
+}
+
+std::string checkedTarget(const std::string& option, const std::string& text) {
+    if (auto id = TranslationSupport::targetLanguageID(text))
+        return *id;
+    std::vector<std::string> known;
+    for (const auto& language : TranslationSupport::targetLanguages())
+        known.push_back(language.id);
+    throw UsageProblem(localized("%@ knows no language '%@'. It knows: %@.",
+                                 {option, text, Text::joined(known, ", ")}));
+}
+
+/// Empty where nothing is to be translated.
+std::string checkedTargetOrNone(const std::string& text) {
+    const std::string word = Text::lowercased(text);
+    return word == "off" || word == "none" ? std::string() : checkedTarget("--target", text);
 }
 
 TerminalOptions::Command parseModel(const std::vector<std::string>& words) {
@@ -56,16 +76,7 @@ TerminalOptions::Command parseModel(const std::vector<std::string>& words) {
         return RemoveModelCommand{words[1]};
     if (words.size() == 1 && words[0] != "remove")
         return InstallModelCommand{words[0]};
-    throw CLI::ValidationError("--model", "needs list, NAME or remove NAME");
-}
-
-std::string checkedTarget(const char* option, const std::string& text) {
-    if (TranslationSupport::targetLanguage(text))
-        return text;
-    std::string message = "'" + text + "' is none of";
-    for (const auto& language : TranslationSupport::targetLanguages())
-        message += " " + language.id;
-    throw CLI::ValidationError(option, message);
+    throw UsageProblem(localized("--model takes list, NAME or remove NAME."));
 }
 
 TerminalOptions::Command parseLanguages(const std::vector<std::string>& words) {
@@ -76,7 +87,7 @@ TerminalOptions::Command parseLanguages(const std::vector<std::string>& words) {
         return DownloadLanguageCommand{checkedTarget(option, words[1])};
     if (words.size() == 2 && words[0] == "remove")
         return RemoveLanguageCommand{checkedTarget(option, words[1])};
-    throw CLI::ValidationError(option, "takes nothing, list, download LANG or remove LANG");
+    throw UsageProblem(localized("--languages takes nothing, list, download LANG or remove LANG."));
 }
 
 SetCommand parseSet(const std::vector<std::string>& assignments) {
@@ -84,7 +95,9 @@ SetCommand parseSet(const std::vector<std::string>& assignments) {
     for (const auto& assignment : assignments) {
         const auto equals = assignment.find('=');
         if (equals == std::string::npos || equals == 0)
-            throw CLI::ValidationError("--set", "'" + assignment + "' is not KEY=VALUE");
+            throw UsageProblem(localized("--set takes KEY=VALUE, not '%@'.", {assignment}));
+        if (Text::trimmed(assignment.substr(equals + 1)).empty())
+            throw UsageProblem(localized("--set %@ has no value.", {assignment}));
         command.values.emplace_back(assignment.substr(0, equals), assignment.substr(equals + 1));
     }
     return command;
@@ -107,127 +120,196 @@ struct Words {
     bool listSources = false;
     bool listRecordings = false;
     bool showSettings = false;
-    CLI::Option* sourceOption = nullptr;
-    CLI::Option* languagesOption = nullptr;
+    std::vector<CLI::Option*> captions; ///< that only captions can have
+    std::vector<CLI::Option*> commands; ///< that stand instead of captions
 };
 
+bool isGiven(const CLI::Option* option) {
+    return option->count() > 0;
+}
+
 void declareCaptions(CLI::App& app, Words& words) {
-    words.sourceOption = app.add_option("--source", words.source,
-                                        "What to listen to: system (what the computer plays), mic, "
-                                        "mic:NAME or file:PATH (anything that FFmpeg reads)")
-                             ->type_name("SOURCE")
-                             ->capture_default_str();
-    app.add_flag("--fast", words.fast,
-                 "With file:PATH: as fast as the recogniser goes, not at real speed");
-    app.add_option("--locale", words.locale, "The English that is spoken: en-US, en-GB, en-AU, …")
+    const auto add = [&](CLI::Option* option) {
+        option->group(localized("Captions"));
+        words.captions.push_back(option);
+        return option;
+    };
+    add(app.add_option("--source", words.source,
+                       localized("What to listen to: system (what the computer plays, as without "
+                                 "the option), mic, mic:NAME, file:PATH (any sound or film), or - "
+                                 "(standard input)")))
+        ->type_name("SOURCE");
+    add(app.add_flag("--fast", words.fast,
+                     localized("A file as fast as the recogniser goes, not at real speed")));
+    add(app.add_option("--locale", words.locale,
+                       localized("The English that is spoken: en-US, en-GB, en-AU and others")))
         ->type_name("LOCALE");
-    app.add_option("--target", words.target,
-                   "The language to translate into, or off; without it as in the settings")
+    add(app.add_option("--target", words.target,
+                       localized("The language to translate into, or off; without it as in the "
+                                 "settings")))
         ->type_name("LANG");
-    app.add_flag("--no-record", words.noRecord,
-                 "Keep neither sound nor transcript of this session");
-    app.add_option("--event-log", words.eventLog,
-                   "Write the recogniser's events there, for tessarune --replay")
+    add(app.add_flag("--no-record", words.noRecord,
+                     localized("Keep neither sound nor transcript of this session")));
+    add(app.add_option("--event-log", words.eventLog,
+                       localized("Write what the recogniser said there, for tessarune --replay")))
         ->type_name("PATH");
-    app.add_flag("--overwrite", words.overwrites, "Replace an event log that is there already");
+    add(app.add_flag("--overwrite", words.overwrites,
+                     localized("Replace an event log that is there already")));
+}
+
+void declareOutput(CLI::App& app, TerminalOptions& options) {
+    const std::string group = localized("Output");
+    app.add_flag("--json", options.json, localized("One JSON object a line instead of text"))
+        ->group(group);
+    app.add_flag("--quiet", options.quiet, localized("No status lines"))->group(group);
+    app.set_help_flag("-h,--help", localized("Print this and end"))->group(group);
+    app.set_version_flag("--version", "tessarune-terminal " TESSARUNE_VERSION,
+                         localized("Print the version and end"))
+        ->group(group);
 }
 
 void declareCommands(CLI::App& app, Words& words) {
-    CLI::Option_group& commands = *app.add_option_group("Instead of captions");
-    commands.require_option(0, 1);
-    commands.add_flag("--list-sources", words.listSources, "List what can be listened to");
-    commands.add_flag("--list", words.listRecordings, "List the recorded sessions");
-    commands
-        .add_option("--show", words.show,
-                    "Print a session's transcript, by its ID or the beginning of it")
+    std::string group = localized("Recorded sessions");
+    const auto add = [&](CLI::Option* option) {
+        option->group(group);
+        words.commands.push_back(option);
+        return option;
+    };
+    add(app.add_flag("--list", words.listRecordings, localized("List them, the newest first")));
+    add(app.add_option("--show", words.show,
+                       localized("Print a transcript, by its ID or the beginning of it")))
         ->type_name("ID");
-    commands
-        .add_option("--model", words.model,
-                    "list, NAME (download it) or remove NAME: the speech models")
+    group = localized("Sound, models and languages");
+    add(app.add_flag("--list-sources", words.listSources,
+                     localized("List what can be listened to")));
+    add(app.add_option("--model", words.model,
+                       localized("The speech models: list, NAME (download it) or remove NAME")))
         ->type_name("NAME")
         ->expected(1, 2);
-    words.languagesOption =
-        commands
-            .add_option("--languages", words.languages,
-                        "The languages to translate into: list them, download LANG or remove LANG")
-            ->type_name("LANG")
-            ->expected(0, 2);
-    commands
-        .add_option("--test-translation", words.testTranslation,
-                    "Translate a sample, and download the language first if it is missing")
+    add(app.add_option("--languages", words.languages,
+                       localized("The languages to translate into: list (also without a word), "
+                                 "download LANG or remove LANG")))
+        ->type_name("[LANG]")
+        ->expected(0, 2);
+    add(app.add_option("--test-translation", words.testTranslation,
+                       localized("Translate a sample; downloads the language if it is missing")))
         ->type_name("LANG");
-    commands.add_flag("--settings", words.showSettings,
-                      "Show all settings, those that were changed with a *");
-    commands.add_option("--set", words.assignments, "Change a setting; may be given several times")
+    group = localized("Settings");
+    add(app.add_flag("--settings", words.showSettings,
+                     localized("Show all settings, what they do and which values they take")));
+    add(app.add_option("--set", words.assignments,
+                       localized("Change a setting; may be given several times")))
         ->type_name("KEY=VALUE")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
-CaptionsCommand captionsCommand(const Words& words) {
+/// An empty word comes from a shell variable that is not set; whatever was meant, it was not this.
+void refuseEmptyWords(int argc, const char* const* argv) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view word = argv[i];
+        const bool isOption = word.starts_with("--");
+        if (Text::trimmed(word).empty())
+            throw UsageProblem(i > 1 ? localized("There is an empty value after %@.", {argv[i - 1]})
+                                     : localized("The first word of the command line is empty."));
+        if (isOption && word.find('=') == word.size() - 1)
+            throw UsageProblem(
+                localized("%@ has no value.", {std::string(word.substr(0, word.size() - 1))}));
+    }
+}
+
+void refuseWhatDoesNotGoTogether(const CLI::App& app, const Words& words) {
+    const std::vector<std::string> strays = app.remaining();
+    if (!strays.empty())
+        throw UsageProblem(localized("'%@' is not understood.", {strays.front()}));
+    const auto command = std::ranges::find_if(words.commands, isGiven);
+    if (command == words.commands.end())
+        return;
+    const auto clash = [&](const CLI::Option* other) {
+        throw UsageProblem(localized("%@ and %@ do not go together.",
+                                     {(*command)->get_name(), other->get_name()}));
+    };
+    std::for_each(command + 1, words.commands.end(), [&](const CLI::Option* other) {
+        if (isGiven(other))
+            clash(other);
+    });
+    if (const auto captions = std::ranges::find_if(words.captions, isGiven);
+        captions != words.captions.end())
+        clash(*captions);
+}
+
+CaptionsCommand captionsCommand(const Words& words, bool sourceWasChosen) {
     CaptionsCommand command;
     command.source = parseSource(words.source);
-    command.sourceWasChosen = words.sourceOption->count() > 0;
+    command.sourceWasChosen = sourceWasChosen;
     command.records = !words.noRecord;
-    if (!words.locale.empty()) {
-        checkLocale(words.locale);
-        command.locale = words.locale;
-    }
+    if (!words.locale.empty())
+        command.locale = checkedLocale(words.locale);
     if (!words.target.empty())
-        command.target =
-            words.target == "off" ? std::string() : checkedTarget("--target", words.target);
+        command.target = checkedTargetOrNone(words.target);
     if (!words.eventLog.empty())
         command.eventLog = words.eventLog;
     command.overwrites = words.overwrites;
     auto* file = std::get_if<FileSource>(&command.source);
     if (words.fast && !file)
-        throw CLI::ValidationError("--fast", "is for --source file:PATH");
+        throw UsageProblem(localized("--fast is for files: it needs --source file:PATH."));
     if (file)
         file->fast = words.fast;
     return command;
 }
 
-TerminalOptions::Command command(const Words& words) {
+TerminalOptions::Command commandOf(const CLI::App& app, const Words& words) {
+    refuseWhatDoesNotGoTogether(app, words);
     if (words.listSources)
         return ListSourcesCommand{};
     if (words.listRecordings)
         return ListRecordingsCommand{};
-    if (!words.show.empty())
+    if (isGiven(app.get_option("--show")))
         return ShowRecordingCommand{words.show};
-    if (!words.model.empty())
+    if (isGiven(app.get_option("--model")))
         return parseModel(words.model);
-    if (words.languagesOption->count() > 0)
+    if (isGiven(app.get_option("--languages")))
         return parseLanguages(words.languages);
-    if (!words.testTranslation.empty())
+    if (isGiven(app.get_option("--test-translation")))
         return TestTranslationCommand{checkedTarget("--test-translation", words.testTranslation)};
     if (words.showSettings)
         return ShowSettingsCommand{};
-    if (!words.assignments.empty())
+    if (isGiven(app.get_option("--set")))
         return parseSet(words.assignments);
-    return captionsCommand(words);
+    return captionsCommand(words, isGiven(app.get_option("--source")));
+}
+
+int tellUsageProblem(const std::string& problem, std::ostream& err) {
+    err << "tessarune-terminal: " << Text::printable(problem) << "\n"
+        << localized("--help lists the options.") << "\n";
+    return static_cast<int>(ExitStatus::usage);
 }
 
 } // namespace
 
 std::variant<TerminalOptions, int> TerminalOptions::parse(int argc, const char* const* argv,
                                                           std::ostream& out, std::ostream& err) {
-    CLI::App app("Live captions of English speech in the terminal, on this computer alone.",
-                 "tessarune-terminal");
-    app.set_version_flag("--version", std::string("tessarune-terminal ") + TESSARUNE_VERSION);
-    app.footer(footer);
+    CLI::App app("", "tessarune-terminal");
+    app.allow_extras();
     TerminalOptions options;
     Words words;
     declareCaptions(app, words);
-    app.add_flag("--json", options.json, "One JSON object a change instead of text");
-    app.add_flag("--quiet", options.quiet, "No status lines");
     declareCommands(app, words);
+    declareOutput(app, options);
     try {
+        refuseEmptyWords(argc, argv);
         app.parse(argc, argv);
-        options.command = tessarune::command(words);
+        options.command = commandOf(app, words);
+    } catch (const UsageProblem& problem) {
+        return tellUsageProblem(problem.what(), err);
+    } catch (const CLI::CallForHelp&) {
+        out << helpText(app);
+        return static_cast<int>(ExitStatus::ok);
+    } catch (const CLI::CallForVersion& version) {
+        out << version.what() << "\n";
+        return static_cast<int>(ExitStatus::ok);
     } catch (const CLI::ParseError& error) {
-        const bool asked = error.get_exit_code() == 0; // --help and --version
-        app.exit(error, out, err);
-        return static_cast<int>(asked ? ExitStatus::ok : ExitStatus::usage);
+        return tellUsageProblem(error.what(), err);
     }
     return options;
 }

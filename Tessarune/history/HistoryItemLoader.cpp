@@ -35,41 +35,33 @@ std::optional<RecordingMetadata> normalizedRecording(RecordingMetadata recording
     return std::nullopt;
 }
 
-/// Makes the rows' texts, all in one language.
-struct RowBuilder {
-    std::string locale = localized("zh_Hans_CN");
-    std::string datePattern = localized("yyyy年M月d日");
-
-    HistoryItem row(const RecordingMetadata& recording, bool hasBilingualTranscript) const {
-        HistoryItem item;
-        item.id = recording.id;
-        item.recordingID = recording.id;
-        item.live = !recording.endedAt;
-        item.hasBilingualTranscript = hasBilingualTranscript;
-        item.date = DateText::formatted(recording.startedAt, datePattern, locale);
-        item.time = DateText::formatted(recording.startedAt, "HH:mm:ss", locale);
-        item.dur = DurationTextFormatter::compact(recording.duration);
-        item.durationSeconds = recording.duration;
-        item.words = recording.byteCount / 1024;
-        item.note = recording.note.value_or("");
-        item.filePath = recording.filePath;
-        item.byteCount = recording.byteCount;
-        item.startedAt = recording.startedAt;
-        return item;
-    }
-};
-
 } // namespace
 
+HistoryItem row(const RecordingMetadata& recording, RecordingCatalog& catalog, FileSystem& files) {
+    const std::string locale = localized("zh_Hans_CN");
+    const auto bilingual = sizeOf(files, catalog.bilingualTranscriptURL(recording.id));
+    HistoryItem item;
+    item.id = recording.id;
+    item.recordingID = recording.id;
+    item.live = !recording.endedAt;
+    item.hasBilingualTranscript = bilingual.value_or(0) > 0;
+    item.date = DateText::formatted(recording.startedAt, localized("yyyy年M月d日"), locale);
+    item.time = DateText::formatted(recording.startedAt, "HH:mm:ss", locale);
+    item.dur = DurationTextFormatter::compact(recording.duration);
+    item.durationSeconds = recording.duration;
+    item.words = recording.byteCount / 1024;
+    item.note = recording.note.value_or("");
+    item.filePath = recording.filePath;
+    item.byteCount = recording.byteCount;
+    item.startedAt = recording.startedAt;
+    return item;
+}
+
 std::vector<HistoryItem> load(RecordingCatalog& catalog, FileSystem& files) {
-    const RowBuilder builder;
     std::vector<HistoryItem> items;
     for (const auto& entry : catalog.recordings()) {
-        const auto recording = normalizedRecording(entry, files);
-        if (!recording)
-            continue;
-        const auto bilingual = sizeOf(files, catalog.bilingualTranscriptURL(recording->id));
-        items.push_back(builder.row(*recording, bilingual.value_or(0) > 0));
+        if (const auto recording = normalizedRecording(entry, files))
+            items.push_back(row(*recording, catalog, files));
     }
     return items;
 }

@@ -15,4 +15,7 @@ inline constexpr std::int64_t emptyCompressedSize = 16384;
 /// thread.
 std::vector<HistoryItem> load(RecordingCatalog& catalog, FileSystem& files);
 
+/// The row of any entry, also of one that is not listed. Any thread.
+HistoryItem row(const RecordingMetadata& recording, RecordingCatalog& catalog, FileSystem& files);
+
 } // namespace tessarune::HistoryItemLoader

@@ -2,6 +2,7 @@
 #include "Tessarune/history/RecordingCatalog.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/DateText.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <system_error>
@@ -39,6 +40,23 @@ std::vector<RecordingMetadata> RecordingCatalog::recordings() {
 
 std::optional<RecordingMetadata> RecordingCatalog::recording(const UUID& id) {
     return loadIndex().index.find(id);
+}
+
+std::string RecordingCatalog::readingProblem() {
+    const LoadedIndex loaded = loadIndex();
+    try {
+        if (loaded.failure)
+            std::rethrow_exception(loaded.failure);
+        if (loaded.state == IndexState::unreadable)
+            return localized("The list of recordings, %@, is damaged; the next session that is "
+                             "recorded makes it anew.",
+                             {paths_.recordingIndex().string()});
+        // A folder that cannot be looked into makes recordings look as if they were gone.
+        files_.list(paths_.recordings());
+    } catch (const std::exception& error) {
+        return localized("The recordings cannot be read: %@", {error.what()});
+    }
+    return {};
 }
 
 bool RecordingCatalog::mutateIndex(const std::function<void(RecordingIndex&)>& mutate) {

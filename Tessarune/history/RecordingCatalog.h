@@ -67,6 +67,9 @@ class RecordingCatalog {
     /// The entries as they stand on the disk, newest first. An unreadable index is an empty list.
     std::vector<RecordingMetadata> recordings();
     std::optional<RecordingMetadata> recording(const UUID& id);
+    /// Why recordings cannot be listed, for the user; empty if they can, also if there are none
+    /// yet.
+    std::string readingProblem();
 
     /// Replaces the entry of the same id or adds one. A stored note outlives an absent one. False
     /// for a recording that was deleted: what is still being written brings no entry back.

@@ -84,15 +84,14 @@ std::optional<ASREventRecord> ASREventRecord::fromLine(std::string_view line) {
         parser.parse(line.data(), line.size()).get(fields) != simdjson::SUCCESS)
         return std::nullopt;
     ASREventRecord record;
-    const bool isGood = readRequired(fields, "t", record.t) &&
-                        readRequired(fields, "kind", record.kind) &&
-                        readRequired(fields, "text", record.text) &&
-                        readOptional(fields, "revision", record.revision) &&
-                        readOptional(fields, "timestamp", record.timestamp) &&
-                        readOptional(fields, "start", record.start) &&
-                        readOptional(fields, "end", record.end) &&
-                        readOptional(fields, "reason", record.reason) &&
-                        readOptional(fields, "words", record.words);
+    const bool isGood =
+        readRequired(fields, "t", record.t) && readRequired(fields, "kind", record.kind) &&
+        readRequired(fields, "text", record.text) &&
+        readOptional(fields, "revision", record.revision) &&
+        readOptional(fields, "timestamp", record.timestamp) &&
+        readOptional(fields, "start", record.start) && readOptional(fields, "end", record.end) &&
+        readOptional(fields, "reason", record.reason) &&
+        readOptional(fields, "words", record.words);
     return isGood ? std::optional(std::move(record)) : std::nullopt;
 }
 

@@ -4,6 +4,8 @@
 
 #include <unicode/uchar.h>
 
+#include <algorithm>
+
 namespace tessarune::Text {
 
 namespace {
@@ -23,6 +25,17 @@ std::size_t columnsOfCharacter(std::string_view character) {
         return 2;
     const int type = u_charType(codePoint);
     return type == U_NON_SPACING_MARK || type == U_FORMAT_CHAR ? 0 : 1;
+}
+
+constexpr char32_t unshowable = 0xFFFD;
+
+bool mayBeShown(char32_t codePoint) {
+    if (codePoint == '\n' || codePoint == '\t')
+        return true;
+    const bool isControl = codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0);
+    const bool turnsText = (codePoint >= 0x202A && codePoint <= 0x202E) ||
+                           (codePoint >= 0x2066 && codePoint <= 0x2069);
+    return !isControl && !turnsText && codePoint != 0x2028 && codePoint != 0x2029;
 }
 
 /// A line under construction and the last position at which it may be broken.
@@ -88,6 +101,35 @@ std::vector<std::string> wrapped(std::string_view text, std::size_t width) {
         line.add(character, lines);
     line.finish(lines);
     return lines;
+}
+
+std::string fitted(std::string_view text, std::size_t width) {
+    if (columns(text) <= width)
+        return std::string(text);
+    std::string head;
+    std::size_t cells = 1; // of the mark
+    for (const auto character : characters(text)) {
+        cells += columnsOfCharacter(character);
+        if (cells > width)
+            break;
+        head += character;
+    }
+    return head + "…";
+}
+
+std::string padded(std::string_view text, std::size_t width) {
+    return std::string(text) + std::string(width - std::min(width, columns(text)), ' ');
+}
+
+std::string printable(std::string_view text) {
+    std::string shown;
+    for (const char32_t codePoint : codePoints(text))
+        append(shown, mayBeShown(codePoint) ? codePoint : unshowable);
+    return shown;
+}
+
+std::string printableLine(std::string_view text) {
+    return printable(collapsingWhiteSpace(text));
 }
 
 } // namespace tessarune::Text

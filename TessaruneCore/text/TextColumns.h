@@ -17,4 +17,19 @@ std::size_t columns(std::string_view text);
 /// wider than `width` gets a line of its own.
 std::vector<std::string> wrapped(std::string_view text, std::size_t width);
 
+/// `text` if it fills at most `width` cells, else as much of its beginning as does, with "…" behind
+/// it.
+std::string fitted(std::string_view text, std::size_t width);
+
+/// `text` and blanks behind it that make it at least `width` cells.
+std::string padded(std::string_view text, std::size_t width);
+
+/// `text` as it may be shown: control characters are orders to a terminal, directional overrides
+/// turn around what stands behind them. Each becomes U+FFFD, as do bytes that are no UTF-8. Line
+/// ends and tabs stay.
+std::string printable(std::string_view text);
+
+/// The same for one line: white space of any kind becomes one blank.
+std::string printableLine(std::string_view text);
+
 } // namespace tessarune::Text

@@ -95,6 +95,20 @@ std::string primarySubtag(std::string_view id) {
     return Text::lowercased(part.empty() ? whole : part);
 }
 
+/// "zh", "zh_TW", "zh-Hant-HK": the writing decides, and without it the place.
+std::optional<std::string> chineseID(std::string_view lowercaseRest) {
+    if (lowercaseRest.empty())
+        return "zh-Hans";
+    constexpr std::pair<std::string_view, const char*> marks[] = {
+        {"-hans", "zh-Hans"}, {"-hant", "zh-Hant"}, {"-cn", "zh-Hans"}, {"-sg", "zh-Hans"},
+        {"-tw", "zh-Hant"},   {"-hk", "zh-Hant"},   {"-mo", "zh-Hant"}};
+    for (const auto& [mark, id] : marks) {
+        if (lowercaseRest.find(mark) != std::string_view::npos)
+            return id;
+    }
+    return std::nullopt;
+}
+
 std::string simplified(std::string_view text) {
     // Construction parses some thousand rules, so there is one instance; its use is thread-safe.
     static const std::unique_ptr<const icu::Transliterator> transform = [] {
@@ -134,6 +148,24 @@ const TranslationTargetLanguage* targetLanguage(std::string_view id) {
     const auto found = std::find_if(targets.begin(), targets.end(),
                                     [&](const auto& target) { return target.id == id; });
     return found == targets.end() ? nullptr : &*found;
+}
+
+std::optional<std::string> targetLanguageID(std::string_view written) {
+    std::string wanted = Text::lowercased(written);
+    std::ranges::replace(wanted, '_', '-');
+    const std::string primary = wanted.substr(0, wanted.find('-'));
+    const std::string_view rest = std::string_view(wanted).substr(primary.size());
+    if (primary == "zh")
+        return chineseID(rest);
+    const bool hasRegion = rest.size() == 3 || rest.size() == 4; // with the "-"
+    for (const auto& row : languages) {
+        const std::string id = Text::lowercased(row.id);
+        const bool isOfAnyRegion = id == primary && hasRegion;
+        const bool isOfOneRegion = rest.empty() && id.starts_with(primary + "-");
+        if (id == wanted || isOfAnyRegion || isOfOneRegion)
+            return std::string(row.id);
+    }
+    return std::nullopt;
 }
 
 std::string translationTargetDisplayName(const TranslationTargetLanguage& target) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -37,6 +38,10 @@ struct BackendStatus {
 const std::vector<TranslationTargetLanguage>& targetLanguages();
 /// The target with this `id`, or null.
 const TranslationTargetLanguage* targetLanguage(std::string_view id);
+/// The `id` of the target that a person means who writes it in any case, with "_" for "-", with a
+/// region that makes no difference here ("ja-JP"), or without the one that is known ("pt"). Chinese
+/// goes by the script or by the place. Nothing for what is no target.
+std::optional<std::string> targetLanguageID(std::string_view written);
 /// The language's localised name; an unknown `id` is returned unchanged.
 std::string translationTargetDisplayName(const TranslationTargetLanguage& language);
 /// The identifier that the translation service uses; an unknown `id` is returned unchanged.

@@ -132,6 +132,7 @@ TEST_F(RecordingCatalogTests, AnUnreadableIndexIsKeptAsideAndSalvaged) {
                 catalog.upsert(*catalog.recording(id));
         }
         setIndex(c.index);
+        EXPECT_NE(catalog.readingProblem(), "");
         catalog.healStaleRecordings();
         catalog.reconcileIndex();
         catalog.cleanupOrphanTranscripts();
@@ -156,6 +157,7 @@ TEST_F(RecordingCatalogTests, AnUnreadableIndexIsKeptAsideAndSalvaged) {
 }
 
 TEST_F(RecordingCatalogTests, ADiskThatDoesNotAnswerCostsNoEntry) {
+    EXPECT_EQ(catalog.readingProblem(), "") << "none yet";
     add(10, "a.wav");
     disk.failAt = disk.operations + 3; // folders, folders, index
     EXPECT_FALSE(catalog.upsert(recording(20, "b.wav", makeID())));
@@ -163,7 +165,9 @@ TEST_F(RecordingCatalogTests, ADiskThatDoesNotAnswerCostsNoEntry) {
     EXPECT_EQ(order(), "b a ");
     disk.refused = "recordings.json";
     EXPECT_EQ(catalog.saveRefinedTranscript("t", "", {}, makeID()), Outcome::failed);
+    EXPECT_NE(catalog.readingProblem(), "");
     disk.refused = "/data/Recordings";
+    EXPECT_NE(catalog.readingProblem(), "");
     catalog.reconcileIndex();
     disk.recover();
     EXPECT_EQ(order(), "b a ") << "sound that cannot be looked at is not gone";

@@ -38,5 +38,37 @@ TEST(TextColumnsTests, BreaksAtBlanksAndBetweenWideCharacters) {
         EXPECT_EQ(Text::wrapped(c.text, c.width), c.expected) << c.text << " in " << c.width;
 }
 
+TEST(TextColumnsTests, CutsWhereTheCellsEnd) {
+    const struct {
+        const char* text;
+        std::size_t width;
+        const char* expected;
+    } cases[] = {
+        {"hello", 5, "hello"},  {"hello!", 5, "hell…"}, {"字幕", 4, "字幕"},
+        {"字幕窗", 5, "字幕…"}, {"字幕窗", 4, "字…"},   {"", 0, ""},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(Text::fitted(c.text, c.width), c.expected) << c.text << " in " << c.width;
+}
+
+TEST(TextColumnsTests, WhatIsShownGivesATerminalNoOrders) {
+    const struct {
+        const char* text;
+        const char* expected;
+    } cases[] = {
+        {"Zeit: 3 µs, 字幕\n\tÀ", "Zeit: 3 µs, 字幕\n\tÀ"},
+        {"\033]0;title\007", "\uFFFD]0;title\uFFFD"},
+        {"a\rb\bc\x7F", "a\uFFFDb\uFFFDc\uFFFD"},
+        {"\u009B2J", "\uFFFD2J"},
+        {"\x9B"
+         "2J",
+         "\uFFFD2J"},
+        {"user\u202Egpj.exe\u2066", "user\uFFFDgpj.exe\uFFFD"},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(Text::printable(c.text), c.expected);
+    EXPECT_EQ(Text::printableLine("a\n\r\tb\033[1m"), "a b\uFFFD[1m");
+}
+
 } // namespace
 } // namespace tessarune

@@ -116,5 +116,33 @@ TEST(GhostTranslationPlannerTests, SameWordsAreTheSameCandidate) {
     EXPECT_FALSE(matches("I think so", "fr", "I think", "fr"));
 }
 
+TEST(TranslationSupportTests, ALanguageIsUnderstoodHoweverItIsWritten) {
+    const struct {
+        const char* written;
+        const char* id; ///< empty: none
+    } cases[] = {
+        {"pt-BR", "pt-BR"},
+        {"PT_br", "pt-BR"},
+        {"pt", "pt-BR"},
+        {"pt-PT", ""},
+        {"ja", "ja"},
+        {"ja-JP", "ja"},
+        {"es-419", "es"},
+        {"jap", ""},
+        {"zh", "zh-Hans"},
+        {"zh-cn", "zh-Hans"},
+        {"ZH_SG", "zh-Hans"},
+        {"zh-tw", "zh-Hant"},
+        {"zh-hk", "zh-Hant"},
+        {"zh-Hans-HK", "zh-Hans"},
+        {"zh-xx", ""},
+        {"en", ""},
+        {"", ""},
+        {"-", ""},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(TranslationSupport::targetLanguageID(c.written).value_or(""), c.id) << c.written;
+}
+
 } // namespace
 } // namespace tessarune

@@ -217,12 +217,24 @@ TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
     std::ofstream(folder / "words.txt") << "no sound";
     const fs::path sound = folder / "a.wav";
     fs::copy_file(samples / "beckett.wav", sound);
+    const auto shell = [this](const char* redirection, const char* arguments) {
+        const std::string program = (fs::path(TESSARUNE_BIN) / "tessarune-terminal").string();
+        return run("/bin/sh", {"-c", program + " " + arguments + redirection}, folder.path(),
+                   environment);
+    };
+    EXPECT_EQ(shell(" >/dev/full", "--settings").status, 74);
+    EXPECT_EQ(shell(" | head -n 1", "--settings").error, "") << "the reader has had enough";
+    const ProgramRun piped = shell(" <words.txt", "--source - --fast");
+    EXPECT_EQ(piped.status, 66) << piped.error;
+    EXPECT_EQ(piped.error.find("model"), std::string::npos) << piped.error;
     const struct {
         std::vector<std::string> arguments;
         int status;
         const char* says;
     } cases[] = {
         {{"--source", "radio"}, 64, "radio"},
+        {{"--show", ""}, 64, "--show"},
+        {{"--set", "speechModel=huge"}, 64, "tiny-en"},
         {{"--source", "file:words.txt"}, 66, "words.txt"},
         {{"--source", "file:missing.wav"}, 66, "missing.wav"},
         {{"--show", "FEED"}, 67, "FEED"},
@@ -241,6 +253,10 @@ TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
         EXPECT_NE((result.error + result.output).find(c.says), std::string::npos) << result.error;
     }
     EXPECT_EQ(contentsOf(sound), contentsOf(samples / "beckett.wav")) << "as it was";
+    fs::create_directories(folder / "data/Tessarune");
+    std::ofstream(folder / "data/Tessarune/recordings.json") << "[{";
+    EXPECT_EQ(terminal({"--list"}).status, 74);
+    EXPECT_EQ(terminal({"--show", "FEED"}).status, 74);
 }
 
 TEST_F(TerminalProgramTests, WhoeverMayHaveSwitchedRecordingOffIsNotRecordedAndHearsOfIt) {

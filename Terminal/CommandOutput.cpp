@@ -1,0 +1,60 @@
+#include "Terminal/CommandOutput.h"
+
+#include "Terminal/ExitStatus.h"
+#include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/TextColumns.h"
+
+#include <nlohmann/json.hpp>
+#include <poll.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <system_error>
+
+namespace tessarune {
+
+namespace {
+
+void printLine(std::FILE* stream, std::string_view text) {
+    std::fputs((Text::printable(text) + "\n").c_str(), stream);
+}
+
+bool readerWentAway() {
+    pollfd output{fileno(stdout), POLLOUT, 0};
+    return poll(&output, 1, 0) > 0 && (output.revents & (POLLERR | POLLHUP)) != 0;
+}
+
+} // namespace
+
+void printText(std::string_view text) {
+    printLine(stdout, text);
+}
+
+void printJSON(const nlohmann::ordered_json& object) {
+    std::puts(object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+}
+
+void printNotice(std::string_view text) {
+    printLine(stderr, text);
+}
+
+void printProblem(std::string_view text) {
+    printLine(stderr, "tessarune-terminal: " + std::string(text));
+}
+
+int statusOfOutput(int status) {
+    const bool wasLostBefore = std::ferror(stdout) != 0;
+    errno = 0;
+    const bool isLost = std::fflush(stdout) != 0;
+    if ((!isLost && !wasLostBefore) || readerWentAway())
+        return status;
+    const std::string reason = isLost && errno != 0 ? std::generic_category().message(errno)
+                                                    : localized("a part of it was lost");
+    printProblem(localized("The output could not be written: %@", {reason}));
+    return status == static_cast<int>(ExitStatus::ok) ? static_cast<int>(ExitStatus::ioError)
+                                                      : status;
+}
+
+} // namespace tessarune
