@@ -1,31 +1,50 @@
 #include "Terminal/SettingsCommands.h"
 
+#include "Terminal/CommandOutput.h"
 #include "Terminal/ExitStatus.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/TextColumns.h"
 
 #include <nlohmann/json.hpp>
 
-#include <algorithm>
-#include <cstdio>
+#include <map>
 
 namespace tessarune {
 
 namespace {
 
+constexpr std::size_t settingColumns = 80;
+constexpr const char* settingIndent = "    ";
+
 /// A file that is not understood is not used and never overwritten; the user should know.
 void warnOfProblem(const Program& program) {
     if (!program.storedDefaults.problem().empty())
-        std::fprintf(stderr, "tessarune-terminal: the settings file: %s\n",
-                     program.storedDefaults.problem().c_str());
+        printProblem(localized("The settings file: %@", {program.storedDefaults.problem()}));
 }
 
-std::string line(const AnySetting& setting) {
-    const nlohmann::ordered_json object = {{"type", "setting"},
-                                           {"key", setting.key()},
-                                           {"value", setting.text()},
-                                           {"default", setting.defaultText()},
-                                           {"expected", setting.expected()}};
-    return object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+nlohmann::ordered_json json(const AnySetting& setting) {
+    const SettingInfo& info = setting.info();
+    return {{"type", "setting"},
+            {"key", setting.key()},
+            {"value", setting.text()},
+            {"default", setting.defaultText()},
+            {"expected", setting.expected()},
+            {"choices", setting.choices()},
+            {"group", localized(title(info.group))},
+            {"about", localized(info.about)},
+            {"windowOnly", isForWindowAlone(info.group)}};
+}
+
+/// Key and value, and under them what it does and what it takes.
+void print(const AnySetting& setting) {
+    const bool changed = setting.text() != setting.defaultText();
+    const std::string row =
+        std::string(changed ? "* " : "  ") + std::string(setting.key()) + " = " + setting.text();
+    printText(changed ? localized("%@  (by default %@)", {row, setting.defaultText()}) : row);
+    const std::string about =
+        localized("%@ Values: %@.", {localized(setting.info().about), setting.expected()});
+    for (const auto& line : Text::wrapped(about, settingColumns - Text::columns(settingIndent)))
+        printText(settingIndent + line);
 }
 
 /// Says what is wrong with an assignment; empty if it is fine.
@@ -33,26 +52,33 @@ std::string problemWith(const AppSettings& settings, const std::string& key,
                         const std::string& text) {
     const AnySetting* setting = settings.find(key);
     if (!setting)
-        return "there is no setting '" + key + "'; --settings lists them";
+        return localized("There is no setting '%@'; --settings lists them.", {key});
     if (!setting->accepts(text))
-        return key + " is " + setting->expected() + ", not '" + text + "'";
+        return localized("%@ takes %@, not '%@'.", {key, setting->expected(), text});
     return {};
 }
 
 } // namespace
 
 Task<int> showSettings(Program& program, const TerminalOptions& options) {
-    int width = 0;
+    std::map<SettingGroup, std::vector<const AnySetting*>> groups;
     for (const auto* setting : program.settings.all())
-        width = std::max(width, static_cast<int>(setting->key().size()));
-    for (const auto* setting : program.settings.all()) {
-        if (options.json) {
-            std::puts(line(*setting).c_str());
-            continue;
+        groups[setting->info().group].push_back(setting);
+    for (const auto& [group, settings] : groups) {
+        if (!options.json) {
+            const std::string heading = localized(title(group));
+            printText(isForWindowAlone(group) ? localized("%@ (only for the window)", {heading})
+                                              : heading);
+            printText("");
         }
-        const bool changed = setting->text() != setting->defaultText();
-        std::printf("%c %-*s  %s\n", changed ? '*' : ' ', width,
-                    std::string(setting->key()).c_str(), setting->text().c_str());
+        for (const auto* setting : settings) {
+            if (options.json)
+                printJSON(json(*setting));
+            else
+                print(*setting);
+        }
+        if (!options.json)
+            printText("");
     }
     warnOfProblem(program);
     co_return static_cast<int>(ExitStatus::ok);
@@ -62,7 +88,7 @@ Task<int> changeSettings(Program& program, SetCommand command) {
     for (const auto& [key, text] : command.values) {
         const std::string problem = problemWith(program.settings, key, text);
         if (!problem.empty()) {
-            std::fprintf(stderr, "tessarune-terminal: %s\n", problem.c_str());
+            printProblem(problem);
             co_return static_cast<int>(ExitStatus::usage);
         }
     }

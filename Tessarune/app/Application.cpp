@@ -8,6 +8,7 @@
 #include "Tessarune/platform/media/SwresampleConverter.h"
 #include "Tessarune/platform/model-store/ProgramPlaces.h"
 #include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
+#include "Tessarune/platform/speech-engine/SpeechModels.h"
 #include "Tessarune/shell/StringTables.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Localization.h"
@@ -34,6 +35,12 @@ Application::Application(Host& itsHost, std::string itsProgram)
     ProcessMemory::returnLargeBlocks();
     setLocalizationTable(StringTables::forLocale(StringTables::userLocale()));
     TessaruneLog::setDiagnosticsLevel(*settings.diagnosticsLevel);
+    settings.speechModelNames = [this] {
+        std::vector<std::string> names{std::string(SpeechModels::automatic)};
+        for (const auto& model : speechModels.manager().list())
+            names.push_back(model.name);
+        return names;
+    };
     levelObserver_ =
         settings.diagnosticsLevel.published().onDidChange(TessaruneLog::setDiagnosticsLevel);
     storedDefaults.watch(host);

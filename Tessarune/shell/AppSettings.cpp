@@ -1,7 +1,9 @@
 #include "Tessarune/shell/AppSettings.h"
 
 #include "TessaruneCore/recognition/ModelCatalog.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
 
 #include <algorithm>
 
@@ -13,7 +15,7 @@ constexpr std::int64_t commandKey = 0x100000;
 constexpr std::int64_t commandAndOptionKeys = 0x180000;
 constexpr std::int64_t anyInteger = std::int64_t{1} << 53; // what a JSON number holds exactly
 
-/// A stored id that is no option reads as the default one.
+/// A stored id that is no option reads as the default one. People write the locale.
 SettingCodec<std::string> recognitionOptionCodec() {
     SettingCodec<std::string> codec = textCodec();
     codec.read = [read = codec.read](const SettingValue& stored) -> std::optional<std::string> {
@@ -21,13 +23,75 @@ SettingCodec<std::string> recognitionOptionCodec() {
         return id ? std::optional(ModelCatalog::normalizedRecognitionOptionID(*id)) : std::nullopt;
     };
     codec.parse = [](std::string_view text) -> std::optional<std::string> {
-        return ModelCatalog::recognitionOption(text) ? std::optional(std::string(text))
-                                                     : std::nullopt;
+        std::string wanted = Text::lowercased(text);
+        std::ranges::replace(wanted, '_', '-');
+        for (const auto& option : ModelCatalog::recognitionOptions()) {
+            if (wanted == option.id || wanted == Text::lowercased(option.localeIdentifier))
+                return option.id;
+        }
+        return std::nullopt;
     };
-    codec.expected.clear();
-    for (const auto& option : ModelCatalog::recognitionOptions()) {
-        codec.expected += (codec.expected.empty() ? "" : ", ") + option.id;
-    }
+    codec.print = [](const std::string& id) {
+        const auto option = ModelCatalog::recognitionOption(id);
+        return option ? option->localeIdentifier : id;
+    };
+    codec.choices = [] {
+        std::vector<std::string> all;
+        for (const auto& option : ModelCatalog::recognitionOptions())
+            all.push_back(option.localeIdentifier);
+        return all;
+    };
+    return codec;
+}
+
+/// Addresses that a download can begin with; "none" is the word for none.
+SettingCodec<std::string> mirrorCodec() {
+    SettingCodec<std::string> codec = textCodec();
+    codec.parse = [](std::string_view text) -> std::optional<std::string> {
+        if (Text::lowercased(text) == "none")
+            return "";
+        for (const std::string_view scheme : {"https://", "http://"}) {
+            const bool isAddress = text.starts_with(scheme) && text.size() > scheme.size() &&
+                                   text[scheme.size()] != '/';
+            if (isAddress && std::ranges::all_of(text, [](char c) { return c > ' ' && c < 0x7F; }))
+                return std::string(text);
+        }
+        return std::nullopt;
+    };
+    codec.print = [](const std::string& value) { return value.empty() ? "none" : value; };
+    codec.expected = [] { return localized("an address (https://…), or none"); };
+    return codec;
+}
+
+/// Stored is the translator's name. One that is not known stays as it is: it is told, not replaced.
+SettingCodec<std::string> backendCodec() {
+    SettingCodec<std::string> codec = textCodec();
+    codec.parse = [](std::string_view text) -> std::optional<std::string> {
+        const std::string word = Text::lowercased(text);
+        if (word == "offline" || word == "on" || TranslationSupport::isAppleBackend(text))
+            return std::string(TranslationSupport::appleBackendName);
+        if (word == "off" || word == "none" || TranslationSupport::isDisabledBackend(text))
+            return std::string(TranslationSupport::disabledBackendName);
+        return std::nullopt;
+    };
+    codec.print = [](const std::string& name) -> std::string {
+        if (TranslationSupport::isAppleBackend(name))
+            return "offline";
+        return TranslationSupport::isDisabledBackend(name) ? "off" : name;
+    };
+    codec.choices = [] { return std::vector<std::string>{"offline", "off"}; };
+    return codec;
+}
+
+SettingCodec<std::string> targetLanguageCodec() {
+    SettingCodec<std::string> codec = textCodec();
+    codec.parse = [](std::string_view text) { return TranslationSupport::targetLanguageID(text); };
+    codec.choices = [] {
+        std::vector<std::string> all;
+        for (const auto& language : TranslationSupport::targetLanguages())
+            all.push_back(language.id);
+        return all;
+    };
     return codec;
 }
 
@@ -85,87 +149,205 @@ SettingCodec<std::int64_t> millisecondsCodec() {
 
 } // namespace
 
-ShortcutSetting AppSettings::shortcut(const char* name, std::int64_t keyCode,
-                                      std::int64_t modifiers) {
-    return {{store_, all_, std::string(name) + "KeyCode", keyCode, integerCodec(0, 0xFFFF)},
-            {store_, all_, std::string(name) + "Modifiers", modifiers, modifiersCodec()}};
+ShortcutSetting AppSettings::shortcut(const char* name, std::string_view about,
+                                      std::int64_t keyCode, std::int64_t modifiers) {
+    const SettingInfo info{SettingGroup::shortcuts, about};
+    return {{store_, all_, std::string(name) + "KeyCode", info, keyCode, integerCodec(0, 0xFFFF)},
+            {store_, all_, std::string(name) + "Modifiers", info, modifiers, modifiersCodec()}};
+}
+
+SettingCodec<std::string> AppSettings::speechModelCodec() {
+    SettingCodec<std::string> codec = textCodec();
+    codec.choices = [this] {
+        return speechModelNames ? speechModelNames() : std::vector<std::string>();
+    };
+    codec.parse = [this](std::string_view text) -> std::optional<std::string> {
+        if (!speechModelNames)
+            return std::string(text);
+        for (const auto& name : speechModelNames()) {
+            if (Text::lowercased(name) == Text::lowercased(text))
+                return name;
+        }
+        return std::nullopt;
+    };
+    return codec;
 }
 
 // A setting enters itself under its own name: the key is the member's name, always.
-#define SETTING(member, ...) member(store_, all_, #member, __VA_ARGS__)
-#define SHORTCUT(member, keyCode, modifiers) member(shortcut(#member, keyCode, modifiers))
+#define SETTING(member, group, about, ...)                                                         \
+    member(store_, all_, #member, {SettingGroup::group, about}, __VA_ARGS__)
+#define SHORTCUT(member, about, keyCode, modifiers)                                                \
+    member(shortcut(#member, about, keyCode, modifiers))
 
 AppSettings::AppSettings(UserDefaults& store)
     : store_(store),
-      SETTING(selectedRecognitionOptionID, std::string(ModelCatalog::defaultRecognitionOptionID),
-              recognitionOptionCodec()),
-      SETTING(speechModel, "automatic", textCodec()),
-      SETTING(modelMirror, "", textCodec()),
-      SETTING(sentenceSegmentation, true, boolCodec()),
-      SETTING(trueFreeze, true, boolCodec()),
-      SETTING(clauseLevelSegmentation, true, boolCodec()),
-      SETTING(freezeStableSeconds, 0.6, secondsCodec(0, 60)),
-      SETTING(duplicateCommitWindowSeconds, 4.0, secondsCodec(-1, 3600)),
-      SETTING(softCaptionEnabled, true, boolCodec()),
-      SETTING(softCaptionStableSeconds, 0.3, secondsCodec(0, 60)),
-      SETTING(appleAnalyzerEarlyFinalize, true, boolCodec()),
-      SETTING(appleAnalyzerHistoryRefinement, true, boolCodec()),
-      SETTING(translationBackend, "苹果", textCodec()),
-      SETTING(translationTargetLanguage, "zh-Hans", textCodec()),
-      SETTING(softTranslationEnabled, true, boolCodec()),
-      SETTING(translationDrainTimeoutSeconds, 4.0, secondsCodec(0, 600)),
-      SETTING(recordWhileCaptioning, true, recordingCodec()),
-      SETTING(recordLosslessAudio, false, boolCodec()),
-      SETTING(audioInactivityAutoStopMinutes, 10, integerCodec(-anyInteger, anyInteger)),
-      SETTING(diagnosticsLevel, DiagnosticsLevel::core, levelCodec()),
-      SETTING(sessionDiagnosticsEnabled, false, boolCodec()),
-      SETTING(appleAnalyzerDiagnosticsMode, AppleAnalyzerDiagnosticsMode::summary,
-              analyzerModeCodec()),
-      SETTING(perfSampleIntervalSeconds, 2.0, secondsCodec(0, 3600)),
-      SETTING(historyPlaybackDiagnosticsEnabled, false, boolCodec()),
-      SETTING(subtitleLayoutMode, SubtitleLayoutMode::bilingualCompare, layoutCodec()),
-      SETTING(subtitleLyricsLayout, false, boolCodec()),
-      SETTING(swapCaptionOrder, false, boolCodec()),
-      SETTING(mergeBilingualRows, false, boolCodec()),
-      SETTING(subtitleBottomPadding, 100, integerCodec(0, 10000)),
-      SETTING(subtitleReviewAutoReturnSeconds, 30, integerCodec(0, 3600)),
-      SETTING(smoothStreaming, true, boolCodec()),
-      SETTING(smoothPaceMS, 150, millisecondsCodec()),
-      SETTING(highlightChanges, true, boolCodec()),
-      SETTING(highlightColorHex, 0x21BB54, colorCodec()),
-      SETTING(sourceFontSize, 24, pointsCodec()),
-      SETTING(translationFontSize, 20, pointsCodec()),
-      SETTING(sourceFontColorHex, 0xF2F2F4, colorCodec()),
-      SETTING(translationFontColorHex, 0xF2F2F4, colorCodec()),
-      SETTING(bgColorHex, 0, colorCodec()),
-      SETTING(bgOpacity, 100, percentCodec()),
-      SETTING(keepOnTop, true, boolCodec()),
-      SETTING(compactToolbar, false, boolCodec()),
-      SETTING(screenCaptureProtected, false, boolCodec()),
-      SETTING(showClearSubtitlesInSubtitleToolbar, false, boolCodec()),
-      SETTING(showCopyBilingualInSubtitleToolbar, false, boolCodec()),
-      SETTING(showCopyOriginalInSubtitleToolbar, false, boolCodec()),
-      SETTING(showHistoryInSubtitleToolbar, false, boolCodec()),
-      SETTING(showLayoutModeInSubtitleToolbar, false, boolCodec()),
-      SETTING(showPinWindowInSubtitleToolbar, true, boolCodec()),
-      SETTING(showSettingsInSubtitleToolbar, true, boolCodec()),
-      SETTING(showSwapCaptionOrderInSubtitleToolbar, false, boolCodec()),
-      SETTING(dockClickTogglesRecord, false, boolCodec()),
-      SETTING(launchAtLogin, false, boolCodec()),
-      SETTING(showDockIcon, true, boolCodec()),
-      SETTING(screenshotEnabled, false, boolCodec()),
-      SETTING(screenshotIntervalMs, 1000, millisecondsCodec()),
-      SETTING(arenaScreenshotEnabled, false, boolCodec()),
-      SETTING(arenaScreenshotIntervalMs, 1000, millisecondsCodec()),
-      SHORTCUT(shortcutCopy, 8, commandKey),
-      SHORTCUT(shortcutCopyOriginal, 8, commandAndOptionKeys),
-      SHORTCUT(shortcutClear, 14, commandKey),
-      SHORTCUT(shortcutPin, 35, commandKey),
-      SHORTCUT(shortcutHistory, 4, commandKey),
-      SHORTCUT(shortcutToggleWindow, 13, commandKey),
-      SHORTCUT(shortcutToggleRecord, 49, 0),
-      SHORTCUT(shortcutLyricsLayout, 37, commandKey),
-      SHORTCUT(shortcutSwapLayout, 15, commandKey) {
+      SETTING(selectedRecognitionOptionID, recognition,
+              localizationKey("The English that is spoken."),
+              std::string(ModelCatalog::defaultRecognitionOptionID), recognitionOptionCodec()),
+      SETTING(speechModel, recognition,
+              localizationKey(
+                  "The model that recognises speech; automatic takes the best one that keeps up on "
+                  "this computer."),
+              "automatic", speechModelCodec()),
+      SETTING(modelMirror, recognition,
+              localizationKey("Where models are downloaded from instead of their makers' servers."),
+              "", mirrorCodec()),
+      SETTING(sentenceSegmentation, recognition,
+              localizationKey("Cuts what is heard into sentences."), true, boolCodec()),
+      SETTING(
+          trueFreeze, recognition,
+          localizationKey(
+              "Settles a sentence once it has stood still, before the recogniser has ended it."),
+          true, boolCodec()),
+      SETTING(clauseLevelSegmentation, recognition,
+              localizationKey("Shows finished clauses of a sentence that is still being spoken."),
+              true, boolCodec()),
+      SETTING(freezeStableSeconds, recognition,
+              localizationKey("How long a sentence has to stand still before it is settled."), 0.6,
+              secondsCodec(0, 60)),
+      SETTING(duplicateCommitWindowSeconds, recognition,
+              localizationKey("How long the same sentence is not settled a second time."), 4.0,
+              secondsCodec(-1, 3600)),
+      SETTING(softCaptionEnabled, recognition,
+              localizationKey("Keeps clauses that stood still apart from the open rest."), true,
+              boolCodec()),
+      SETTING(softCaptionStableSeconds, recognition,
+              localizationKey("How long a clause has to stand still for that."), 0.3,
+              secondsCodec(0, 60)),
+      SETTING(
+          appleAnalyzerEarlyFinalize, recognition,
+          localizationKey("Asks the recogniser to end a line early where a sentence is complete."),
+          true, boolCodec()),
+      SETTING(appleAnalyzerHistoryRefinement, recording,
+              localizationKey(
+                  "Recognises a recording once more after the session, for a better transcript."),
+              true, boolCodec()),
+      SETTING(translationBackend, translation,
+              localizationKey("What translates: the translator on this computer, or nothing."),
+              std::string(TranslationSupport::appleBackendName), backendCodec()),
+      SETTING(translationTargetLanguage, translation,
+              localizationKey("The language to translate into."), "zh-Hans", targetLanguageCodec()),
+      SETTING(softTranslationEnabled, translation,
+              localizationKey("Shows a provisional translation of what is still being spoken."),
+              true, boolCodec()),
+      SETTING(translationDrainTimeoutSeconds, translation,
+              localizationKey("How long the end of a session waits for translations."), 4.0,
+              secondsCodec(0, 600)),
+      SETTING(recordWhileCaptioning, recording,
+              localizationKey("Keeps sound and transcript of sessions."), true, recordingCodec()),
+      SETTING(recordLosslessAudio, recording,
+              localizationKey("Keeps the sound as it was recorded, several times as large."), false,
+              boolCodec()),
+      SETTING(audioInactivityAutoStopMinutes, recording,
+              localizationKey(
+                  "Minutes of silence after which a session ends by itself; 0 or less: never."),
+              10, integerCodec(-anyInteger, anyInteger)),
+      SETTING(diagnosticsLevel, diagnostics, localizationKey("How much is written to the logs."),
+              DiagnosticsLevel::core, levelCodec()),
+      SETTING(sessionDiagnosticsEnabled, diagnostics,
+              localizationKey("Keeps a diagnostics run of each session, and records it."), false,
+              boolCodec()),
+      SETTING(appleAnalyzerDiagnosticsMode, diagnostics,
+              localizationKey("How much of the recogniser's own results a diagnostics run keeps."),
+              AppleAnalyzerDiagnosticsMode::summary, analyzerModeCodec()),
+      SETTING(perfSampleIntervalSeconds, diagnostics,
+              localizationKey("How often a diagnostics run measures memory and processor."), 2.0,
+              secondsCodec(0, 3600)),
+      SETTING(historyPlaybackDiagnosticsEnabled, application,
+              localizationKey("Logs how recordings are played back."), false, boolCodec()),
+      SETTING(subtitleLayoutMode, stage,
+              localizationKey("How source and translation stand to each other."),
+              SubtitleLayoutMode::bilingualCompare, layoutCodec()),
+      SETTING(subtitleLyricsLayout, stage,
+              localizationKey("Sets captions like the lines of a song."), false, boolCodec()),
+      SETTING(swapCaptionOrder, stage, localizationKey("Puts the translation above the source."),
+              false, boolCodec()),
+      SETTING(mergeBilingualRows, stage, localizationKey("Joins the rows of one translation."),
+              false, boolCodec()),
+      SETTING(subtitleBottomPadding, stage, localizationKey("Room below the captions, in pixels."),
+              100, integerCodec(0, 10000)),
+      SETTING(subtitleReviewAutoReturnSeconds, stage,
+              localizationKey(
+                  "Seconds after which captions that were scrolled back return to the newest."),
+              30, integerCodec(0, 3600)),
+      SETTING(smoothStreaming, stage, localizationKey("Lets words appear one after the other."),
+              true, boolCodec()),
+      SETTING(smoothPaceMS, stage, localizationKey("How fast they appear, in milliseconds."), 150,
+              millisecondsCodec()),
+      SETTING(highlightChanges, stage, localizationKey("Marks words that have changed."), true,
+              boolCodec()),
+      SETTING(highlightColorHex, stage, localizationKey("The colour of changed words."), 0x21BB54,
+              colorCodec()),
+      SETTING(sourceFontSize, stage, localizationKey("The size of the source, in points."), 24,
+              pointsCodec()),
+      SETTING(translationFontSize, stage,
+              localizationKey("The size of the translation, in points."), 20, pointsCodec()),
+      SETTING(sourceFontColorHex, stage, localizationKey("The colour of the source."), 0xF2F2F4,
+              colorCodec()),
+      SETTING(translationFontColorHex, stage, localizationKey("The colour of the translation."),
+              0xF2F2F4, colorCodec()),
+      SETTING(bgColorHex, stage, localizationKey("The colour of the background."), 0, colorCodec()),
+      SETTING(bgOpacity, stage, localizationKey("The opacity of the background, in per cent."), 100,
+              percentCodec()),
+      SETTING(keepOnTop, window, localizationKey("Keeps the window above all others."), true,
+              boolCodec()),
+      SETTING(compactToolbar, window, localizationKey("Makes the toolbar small."), false,
+              boolCodec()),
+      SETTING(screenCaptureProtected, window,
+              localizationKey("Keeps the window out of screenshots and shared screens."), false,
+              boolCodec()),
+      SETTING(showClearSubtitlesInSubtitleToolbar, window,
+              localizationKey("The toolbar has a button that clears the captions."), false,
+              boolCodec()),
+      SETTING(showCopyBilingualInSubtitleToolbar, window,
+              localizationKey("The toolbar has a button that copies captions with translations."),
+              false, boolCodec()),
+      SETTING(showCopyOriginalInSubtitleToolbar, window,
+              localizationKey("The toolbar has a button that copies the captions."), false,
+              boolCodec()),
+      SETTING(showHistoryInSubtitleToolbar, window,
+              localizationKey("The toolbar has a button for the history."), false, boolCodec()),
+      SETTING(showLayoutModeInSubtitleToolbar, window,
+              localizationKey("The toolbar has a button for the layout."), false, boolCodec()),
+      SETTING(showPinWindowInSubtitleToolbar, window,
+              localizationKey("The toolbar has a button that keeps the window on top."), true,
+              boolCodec()),
+      SETTING(showSettingsInSubtitleToolbar, window,
+              localizationKey("The toolbar has a button for the settings."), true, boolCodec()),
+      SETTING(showSwapCaptionOrderInSubtitleToolbar, window,
+              localizationKey("The toolbar has a button that swaps source and translation."), false,
+              boolCodec()),
+      SETTING(dockClickTogglesRecord, application,
+              localizationKey("A click on the program's icon starts and stops a session."), false,
+              boolCodec()),
+      SETTING(launchAtLogin, application, localizationKey("Starts the program with the desktop."),
+              false, boolCodec()),
+      SETTING(showDockIcon, application,
+              localizationKey("Shows the program among the running ones."), true, boolCodec()),
+      SETTING(screenshotEnabled, application,
+              localizationKey("A diagnostics run keeps pictures of the window."), false,
+              boolCodec()),
+      SETTING(screenshotIntervalMs, application,
+              localizationKey("Milliseconds between two such pictures."), 1000,
+              millisecondsCodec()),
+      SETTING(
+          arenaScreenshotEnabled, application,
+          localizationKey("A diagnostics run keeps pictures for comparisons with other programs."),
+          false, boolCodec()),
+      SETTING(arenaScreenshotIntervalMs, application,
+              localizationKey("Milliseconds between two of those."), 1000, millisecondsCodec()),
+      SHORTCUT(shortcutCopy, localizationKey("Copies captions with translations."), 8, commandKey),
+      SHORTCUT(shortcutCopyOriginal, localizationKey("Copies the captions."), 8,
+               commandAndOptionKeys),
+      SHORTCUT(shortcutClear, localizationKey("Clears the captions."), 14, commandKey),
+      SHORTCUT(shortcutPin, localizationKey("Keeps the window on top, or no longer."), 35,
+               commandKey),
+      SHORTCUT(shortcutHistory, localizationKey("Shows the history."), 4, commandKey),
+      SHORTCUT(shortcutToggleWindow, localizationKey("Shows or hides the window."), 13, commandKey),
+      SHORTCUT(shortcutToggleRecord, localizationKey("Starts or stops a session."), 49, 0),
+      SHORTCUT(shortcutLyricsLayout, localizationKey("Changes the layout."), 37, commandKey),
+      SHORTCUT(shortcutSwapLayout, localizationKey("Swaps source and translation."), 15,
+               commandKey) {
     std::sort(all_.begin(), all_.end(),
               [](const auto* a, const auto* b) { return a->key() < b->key(); });
     store_.observe([this] {

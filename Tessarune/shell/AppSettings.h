@@ -5,6 +5,7 @@
 #include "TessaruneCore/diagnostics/DiagnosticsLevel.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -38,8 +39,11 @@ class AppSettings {
     /// Takes all stored values again.
     void reload();
 
-    /// Counts the changes of the store that others made; assigned when the settings have taken them.
+    /// Counts the changes of the store that others made; assigned when the settings have taken
+    /// them.
     Published<std::uint64_t> changesFromElsewhere;
+    /// The speech models that `speechModel` may name; whoever knows them sets it. Absent: any name.
+    std::function<std::vector<std::string>()> speechModelNames;
 
     // Recognition and captions
     Setting<std::string> selectedRecognitionOptionID;
@@ -148,7 +152,9 @@ class AppSettings {
   private:
     struct Profile;
     void apply(const Profile& profile);
-    ShortcutSetting shortcut(const char* name, std::int64_t keyCode, std::int64_t modifiers);
+    ShortcutSetting shortcut(const char* name, std::string_view about, std::int64_t keyCode,
+                             std::int64_t modifiers);
+    SettingCodec<std::string> speechModelCodec();
 };
 
 } // namespace tessarune

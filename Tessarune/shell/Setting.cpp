@@ -1,5 +1,6 @@
 #include "Tessarune/shell/Setting.h"
 
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <charconv>
@@ -54,7 +55,8 @@ SettingCodec<bool> boolCodec() {
                 return std::nullopt;
             },
             [](const bool& value) { return std::string(value ? "true" : "false"); },
-            "true or false"};
+            [] { return localized("true or false"); },
+            {}};
 }
 
 SettingCodec<std::int64_t> integerCodec(std::int64_t lowest, std::int64_t highest) {
@@ -62,7 +64,11 @@ SettingCodec<std::int64_t> integerCodec(std::int64_t lowest, std::int64_t highes
             [](const std::int64_t& value) -> SettingValue { return value; },
             [=](std::string_view text) { return whole(number(text), lowest, highest); },
             [](const std::int64_t& value) { return std::to_string(value); },
-            "a whole number from " + std::to_string(lowest) + " to " + std::to_string(highest)};
+            [=] {
+                return localized("a whole number from %lld to %lld",
+                                 {std::to_string(lowest), std::to_string(highest)});
+            },
+            {}};
 }
 
 SettingCodec<double> secondsCodec(double lowest, double highest) {
@@ -73,13 +79,17 @@ SettingCodec<double> secondsCodec(double lowest, double highest) {
             [](const double& value) -> SettingValue { return value; },
             [=](std::string_view text) { return within(number(text)); },
             [](const double& value) { return Text::shortest(value); },
-            "seconds from " + Text::shortest(lowest) + " to " + Text::shortest(highest)};
+            [=] {
+                return localized("seconds from %@ to %@",
+                                 {Text::shortest(lowest), Text::shortest(highest)});
+            },
+            {}};
 }
 
 SettingCodec<std::int64_t> colorCodec() {
     constexpr std::int64_t brightest = 0xFFFFFF;
     SettingCodec<std::int64_t> codec = integerCodec(0, brightest);
-    codec.expected = "a colour as #RRGGBB";
+    codec.expected = [] { return localized("a colour as #RRGGBB"); };
     codec.print = [](const std::int64_t& value) {
         constexpr std::string_view digits = "0123456789ABCDEF";
         std::string text = "#";
@@ -105,7 +115,9 @@ SettingCodec<std::string> textCodec() {
             },
             [](const std::string& value) -> SettingValue { return value; },
             [](std::string_view text) { return std::optional(std::string(text)); },
-            [](const std::string& value) { return value; }, "a text"};
+            [](const std::string& value) { return value; },
+            [] { return localized("a text"); },
+            {}};
 }
 
 } // namespace tessarune

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "Tessarune/shell/SettingTypes.h"
 #include "Tessarune/shell/UserDefaults.h"
 #include "TessaruneCore/observation/Published.h"
+#include "TessaruneCore/text/Text.h"
 
 #include <functional>
 #include <string>
@@ -17,7 +19,10 @@ class AnySetting {
     virtual std::string_view key() const = 0;
     virtual std::string text() const = 0;
     virtual std::string defaultText() const = 0;
-    /// What may be written: "true or false", "a number", the words of an enumeration.
+    virtual const SettingInfo& info() const = 0;
+    /// All texts that it takes, where there is a closed list of them; else empty.
+    virtual std::vector<std::string> choices() const = 0;
+    /// What may be written, for the user: "true or false", the choices.
     virtual std::string expected() const = 0;
     /// Whether the text is a value of this setting.
     virtual bool accepts(std::string_view text) const = 0;
@@ -41,7 +46,8 @@ struct SettingCodec {
     std::function<SettingValue(const T&)> store;
     std::function<std::optional<T>(std::string_view)> parse;
     std::function<std::string(const T&)> print;
-    std::string expected;
+    std::function<std::string()> expected;             ///< for the user; absent: the choices
+    std::function<std::vector<std::string>()> choices; ///< absent: no closed list
     /// What a stored value counts as that makes no sense; absent: as the default.
     std::optional<T> cautious = std::nullopt;
 };
@@ -53,7 +59,7 @@ SettingCodec<double> secondsCodec(double lowest, double highest);
 SettingCodec<std::int64_t> colorCodec();
 SettingCodec<std::string> textCodec();
 
-/// An enumeration that is stored as a word.
+/// An enumeration that is stored as a word. Whoever writes it by hand need not care for case.
 template <typename E>
 SettingCodec<E> wordCodec(std::vector<std::pair<E, std::string>> words) {
     auto find = [words](std::string_view word) -> std::optional<E> {
@@ -70,14 +76,28 @@ SettingCodec<E> wordCodec(std::vector<std::pair<E, std::string>> words) {
         }
         return std::string();
     };
-    std::string expected;
-    for (const auto& [value, word] : words)
-        expected += (expected.empty() ? "" : ", ") + word;
+    auto parse = [words](std::string_view text) -> std::optional<E> {
+        for (const auto& [value, word] : words) {
+            if (Text::lowercased(word) == Text::lowercased(text))
+                return value;
+        }
+        return std::nullopt;
+    };
+    auto choices = [words] {
+        std::vector<std::string> all;
+        for (const auto& [value, word] : words)
+            all.push_back(word);
+        return all;
+    };
     return {[find](const SettingValue& stored) {
                 const auto* word = std::get_if<std::string>(&stored);
                 return word ? find(*word) : std::nullopt;
             },
-            [name](const E& value) -> SettingValue { return name(value); }, find, name, expected};
+            [name](const E& value) -> SettingValue { return name(value); },
+            parse,
+            name,
+            {},
+            choices};
 }
 
 /// A setting: observable, and stored at once when it changes. Main queue.
@@ -85,8 +105,12 @@ template <typename T>
 class Setting final : public AnySetting {
   public:
     Setting(UserDefaults& store, std::vector<AnySetting*>& all, std::string_view key,
-            T defaultValue, SettingCodec<T> codec)
-        : store_(store), key_(key), default_(std::move(defaultValue)), codec_(std::move(codec)) {
+            SettingInfo info, T defaultValue, SettingCodec<T> codec)
+        : store_(store),
+          key_(key),
+          info_(info),
+          default_(std::move(defaultValue)),
+          codec_(std::move(codec)) {
         all.push_back(this);
         reload();
     }
@@ -107,7 +131,14 @@ class Setting final : public AnySetting {
     std::string_view key() const override { return key_; }
     std::string text() const override { return codec_.print(*value_); }
     std::string defaultText() const override { return codec_.print(default_); }
-    std::string expected() const override { return codec_.expected; }
+    const SettingInfo& info() const override { return info_; }
+    std::vector<std::string> choices() const override {
+        return codec_.choices ? codec_.choices() : std::vector<std::string>();
+    }
+    std::string expected() const override {
+        const auto all = choices();
+        return all.empty() ? codec_.expected() : Text::joined(all, ", ");
+    }
     bool accepts(std::string_view text) const override { return codec_.parse(text).has_value(); }
     bool setText(std::string_view text) override {
         std::optional<T> value = codec_.parse(text);
@@ -133,6 +164,7 @@ class Setting final : public AnySetting {
   private:
     UserDefaults& store_;
     std::string key_;
+    SettingInfo info_;
     T default_;
     SettingCodec<T> codec_;
     Published<T> value_;

@@ -1,8 +1,56 @@
 #pragma once
 
+#include "TessaruneCore/text/Localization.h"
+
 #include <string_view>
 
 namespace tessarune {
+
+/// What settings are about, in the order in which they are shown.
+enum class SettingGroup {
+    recognition,
+    translation,
+    recording,
+    diagnostics,
+    stage,
+    window,
+    application,
+    shortcuts,
+};
+
+/// The group's heading, as a localisation key.
+constexpr std::string_view title(SettingGroup group) {
+    switch (group) {
+    case SettingGroup::recognition:
+        return localizationKey("Recognition and captions");
+    case SettingGroup::translation:
+        return localizationKey("Translation");
+    case SettingGroup::recording:
+        return localizationKey("Recording and the session");
+    case SettingGroup::diagnostics:
+        return localizationKey("Diagnostics");
+    case SettingGroup::stage:
+        return localizationKey("Captions in the window");
+    case SettingGroup::window:
+        return localizationKey("The caption window and its toolbar");
+    case SettingGroup::application:
+        return localizationKey("The application");
+    case SettingGroup::shortcuts:
+        return localizationKey("Keyboard shortcuts");
+    }
+    return {};
+}
+
+/// Whether the terminal program makes no use of these settings.
+constexpr bool isForWindowAlone(SettingGroup group) {
+    return group >= SettingGroup::stage;
+}
+
+/// What a user is told about a setting.
+struct SettingInfo {
+    SettingGroup group = SettingGroup::application;
+    std::string_view about; ///< what it does: a sentence, as a localisation key
+};
 
 /// How source and translation stand to each other on the caption stage.
 enum class SubtitleLayoutMode {

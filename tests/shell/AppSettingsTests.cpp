@@ -65,11 +65,28 @@ TEST_F(AppSettingsTests, TextIsTakenOrRefusedAndWhatIsTakenIsStored) {
         {"bgColorHex", "#-12345", false, "#0A0B0C"},
         {"bgOpacity", "101", false, "100"},
         {"diagnosticsLevel", "trace", true, "trace"},
-        {"subtitleLayoutMode", "lyrics", true, "lyrics"},
-        {"selectedRecognitionOptionID", "klingon", false, "apple-analyzer-en"},
+        {"subtitleLayoutMode", "Lyrics", true, "lyrics"},
+        {"subtitleLayoutMode", "sonnets", false, "lyrics"},
+        {"selectedRecognitionOptionID", "klingon", false, "en-US"},
+        {"selectedRecognitionOptionID", "EN_gb", true, "en-GB"},
+        {"selectedRecognitionOptionID", "apple-analyzer-en-in", true, "en-IN"},
+        {"translationTargetLanguage", "xx", false, "zh-Hans"},
+        {"translationTargetLanguage", "pt", true, "pt-BR"},
+        {"translationTargetLanguage", "ZH_tw", true, "zh-Hant"},
+        {"translationBackend", "Google", false, "offline"},
+        {"translationBackend", "OFF", true, "off"},
+        {"translationBackend", "offline", true, "offline"},
+        {"speechModel", "huge", false, "automatic"},
+        {"speechModel", "Tiny-EN", true, "tiny-en"},
+        {"modelMirror", "ftp://host", false, "none"},
+        {"modelMirror", "https://", false, "none"},
+        {"modelMirror", "https://host/a\033", false, "none"},
+        {"modelMirror", "https://host/models", true, "https://host/models"},
+        {"modelMirror", "None", true, "none"},
     };
     JSONUserDefaults defaults(files, file);
     AppSettings settings(defaults);
+    settings.speechModelNames = [] { return std::vector<std::string>{"automatic", "tiny-en"}; };
     for (const auto& c : cases) {
         EXPECT_EQ(settings.find(c.key)->setText(c.text), c.taken) << c.key << "=" << c.text;
         JSONUserDefaults again(files, file);
@@ -85,6 +102,13 @@ TEST_F(AppSettingsTests, KeysAreUniqueAndAssignmentsNotify) {
     std::set<std::string_view> keys;
     for (const auto* setting : settings.all())
         keys.insert(setting->key());
+    for (const auto* setting : settings.all()) {
+        EXPECT_FALSE(setting->info().about.empty()) << setting->key();
+        EXPECT_FALSE(setting->expected().empty()) << setting->key();
+        for (const auto& choice : setting->choices())
+            EXPECT_TRUE(setting->accepts(choice)) << setting->key() << "=" << choice;
+        EXPECT_TRUE(setting->accepts(setting->text())) << setting->key();
+    }
     EXPECT_EQ(keys.size(), settings.all().size());
     EXPECT_TRUE(keys.contains("shortcutToggleRecordKeyCode"));
 
