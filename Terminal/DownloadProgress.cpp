@@ -1,29 +1,116 @@
 #include "Terminal/DownloadProgress.h"
 
+#include "Terminal/CommandOutput.h"
 #include "Terminal/ExitStatus.h"
 #include "Terminal/SignalWatch.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/text/TextColumns.h"
 
+#include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace tessarune {
 
 namespace {
 
-/// One line that is rewritten.
-void showProgress(const std::string& name, std::uint64_t received, std::uint64_t expected) {
-    std::string text = name + ": " + megabytes(received);
-    if (expected > 0)
-        text = name + ": " + Text::fixed(static_cast<double>(received) / bytesAMegabyte, 1) +
-               " of " + megabytes(expected) + " (" +
-               Text::fixed(100 * static_cast<double>(received) / static_cast<double>(expected), 0) +
-               " %)";
-    std::fprintf(stderr, "\r%s ", text.c_str());
+/// On a terminal one line that is rewritten.
+void rewriteLine(const std::string& text) {
+    std::fprintf(stderr, "\r\033[K%s", Text::printableLine(text).c_str());
 }
 
+std::string progressText(const std::string& name, std::uint64_t received, std::uint64_t expected) {
+    if (expected == 0)
+        return localized("%@: %@", {name, megabytes(received)});
+    const int percent = DownloadPercent::of(received, expected);
+    return localized("%@: %@ of %@ (%@)", {name, megabytes(received), megabytes(expected),
+                                           std::to_string(percent) + " %"});
+}
+
+std::string troubleText(const std::string& name, const DownloadTrouble& trouble) {
+    return localized("%@: %@ The next attempt follows in %lld s.",
+                     {name, trouble.reason + (trouble.reason.ends_with('.') ? "" : "."),
+                      std::to_string(std::lround(std::ceil(trouble.secondsToNextTry)))});
+}
+
+/// Says how a download goes: on a terminal, in a log, or as JSON.
+class DownloadNews {
+  public:
+    DownloadNews(Program& program, const TerminalOptions& options, std::string name)
+        : program_(program),
+          isJSON_(options.json),
+          isQuiet_(options.quiet),
+          isSeen_(isatty(STDERR_FILENO) && !options.quiet && !options.json),
+          name_(std::move(name)) {
+        program_.onDownloadTrouble = [this](const DownloadTrouble& trouble) { tell(trouble); };
+        if (!isJSON_ && !isQuiet_)
+            printNotice(localized("Downloading %@…", {name_}));
+    }
+    ~DownloadNews() { program_.onDownloadTrouble = {}; }
+    DownloadNews(const DownloadNews&) = delete;
+
+    void tell(std::uint64_t received, std::uint64_t expected) {
+        const bool isNews = percent_.isNews(received, expected);
+        if (isSeen_)
+            rewriteLine(progressText(name_, received, expected));
+        else if (isJSON_ && isNews)
+            printLine({{"received", received}, {"expected", expected}});
+    }
+
+    /// The line stands as it is, so that what follows does not overwrite it.
+    void endLine(bool erase) const {
+        if (isSeen_)
+            std::fputs(erase ? "\r\033[K" : "\n", stderr);
+    }
+
+    void tellEnd() const {
+        endLine(true);
+        if (!isJSON_ && !isQuiet_)
+            printNotice(localized("%@ is installed.", {name_}));
+    }
+
+  private:
+    void tell(const DownloadTrouble& trouble) const {
+        const std::string text = troubleText(name_, trouble);
+        if (isSeen_)
+            rewriteLine(text);
+        else if (isJSON_)
+            printLine({{"problem", trouble.reason}, {"nextTry", trouble.secondsToNextTry}});
+        else if (!isQuiet_)
+            printNotice(text);
+    }
+
+    void printLine(const nlohmann::ordered_json& fields) const {
+        nlohmann::ordered_json line = {{"type", "download"}, {"name", name_}};
+        line.update(fields);
+        printJSON(line);
+        std::fflush(stdout);
+    }
+
+    Program& program_;
+    const bool isJSON_;
+    const bool isQuiet_;
+    const bool isSeen_; ///< by somebody at a terminal
+    const std::string name_;
+    DownloadPercent percent_;
+};
+
 } // namespace
+
+int DownloadPercent::of(std::uint64_t received, std::uint64_t expected) {
+    return static_cast<int>(
+        std::floor(100 * static_cast<double>(received) / static_cast<double>(expected)));
+}
+
+bool DownloadPercent::isNews(std::uint64_t received, std::uint64_t expected) {
+    const int now = expected > 0 ? of(received, expected)
+                                 : static_cast<int>(static_cast<double>(received) / bytesAMegabyte);
+    return std::exchange(last_, now) != now;
+}
 
 std::string megabytes(std::uint64_t bytes) {
     return Text::fixed(static_cast<double>(bytes) / bytesAMegabyte, 1) + " MB";
@@ -38,25 +125,18 @@ std::string sizeCell(std::uint64_t bytes) {
 Task<int> runDownload(Program& program, const TerminalOptions& options, ShownDownload download) {
     std::stop_source stop;
     SignalWatch signals(program.host, [&stop] { stop.request_stop(); });
-    const std::string name = download.name;
-    const bool shows = isatty(STDERR_FILENO) && !options.quiet;
-    ShownDownload::Progress progress;
-    if (shows)
-        progress = [name](std::uint64_t received, std::uint64_t expected) {
-            showProgress(name, received, expected);
-        };
-    if (!options.quiet)
-        std::fprintf(stderr, "Downloading %s…\n", name.c_str());
+    DownloadNews news(program, options, download.name);
+    const ShownDownload::Progress progress =
+        [&news](std::uint64_t received, std::uint64_t expected) { news.tell(received, expected); };
     try {
-        Task<void> downloading = download.begin(std::move(progress), stop.get_token());
-        co_await downloading;
+        co_await download.begin(progress, stop.get_token());
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "%stessarune-terminal: %s: %s\n", shows ? "\n" : "", name.c_str(),
-                     error.what());
-        co_return static_cast<int>(ExitStatus::noModel);
+        news.endLine(false);
+        printProblem(download.name + ": " + error.what());
+        co_return static_cast<int>(stop.stop_requested() ? ExitStatus::stoppedTwice
+                                                         : ExitStatus::noModel);
     }
-    if (!options.quiet)
-        std::fprintf(stderr, "%s%s is installed.\n", shows ? "\r\033[K" : "", name.c_str());
+    news.tellEnd();
     co_return static_cast<int>(ExitStatus::ok);
 }
 

@@ -10,9 +10,20 @@
 
 namespace tessarune {
 
-/// Downloads one thing, with a line of progress on standard error where somebody can see it. Ctrl-C
-/// ends it; what has arrived by then is kept for the next attempt. Gives the status to end with.
-/// Main queue.
+/// When a download has got so far that a program that reads along should hear of it: once for each
+/// per cent, or for each megabyte while the size is unknown.
+class DownloadPercent {
+  public:
+    static int of(std::uint64_t received, std::uint64_t expected);
+    bool isNews(std::uint64_t received, std::uint64_t expected);
+
+  private:
+    int last_ = -1;
+};
+
+/// Downloads one thing, and says how it goes on standard error where somebody can see it, or as
+/// JSON; why it gets nowhere, too. Ctrl-C ends it with ExitStatus::stoppedTwice; what has arrived
+/// by then is kept for the next attempt. Gives the status to end with. Main queue.
 struct ShownDownload {
     using Progress = std::function<void(std::uint64_t received, std::uint64_t expected)>;
 

@@ -29,7 +29,7 @@ RunFailure RunFailure::ofStart(const std::exception_ptr& failure) {
         return {ExitStatus::noModel,
                 std::string(error.what()) + "\n" +
                     localized("--model list shows the speech models, --model NAME downloads one, "
-                              "also in place of a damaged one; --list and --show need none")};
+                              "also in place of a damaged one; --list and --show need none.")};
     }
 }
 

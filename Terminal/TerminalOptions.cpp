@@ -30,7 +30,7 @@ SourceChoice parseSource(const std::string& text) {
     if (text == "mic")
         return AudioSource::microphone();
     if (text == "-")
-        return FileSource{"/dev/stdin"};
+        return FileSource{FileSource::standardInput};
     if (text.starts_with("mic:") && !Text::trimmed(text.substr(4)).empty())
         return AudioSource::microphone(text.substr(4));
     if (text.starts_with("file:") && text.size() > 5)

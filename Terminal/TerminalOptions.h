@@ -14,6 +14,9 @@ namespace tessarune {
 
 /// A file to be captioned.
 struct FileSource {
+    /// What "-" stands for.
+    static constexpr const char* standardInput = "/dev/stdin";
+
     std::filesystem::path path;
     bool fast = false; ///< as fast as the recogniser goes, instead of at real speed
 };

@@ -1,5 +1,6 @@
 #include "Terminal/TranslationChoice.h"
 
+#include "Terminal/DownloadProgress.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
@@ -9,21 +10,30 @@ namespace tessarune {
 
 namespace {
 
-/// Why the language cannot be had now; empty if it can.
-std::string obstacle(const std::string& target,
-                     const std::vector<TranslationLanguageState>& languages) {
+std::optional<TranslationLanguageState>
+stateOf(const std::string& target, const std::vector<TranslationLanguageState>& languages) {
     const auto found =
         std::ranges::find_if(languages, [&](const auto& state) { return state.id == target; });
+    return found == languages.end() ? std::nullopt : std::optional(*found);
+}
+
+/// Why the language cannot be had now; empty if it can.
+std::string obstacle(const std::string& target,
+                     const std::optional<TranslationLanguageState>& state) {
     const std::string name = languageName(target);
-    if (found == languages.end() || found->status == TranslationAvailabilityStatus::unsupported)
-        return localized("there is no model for %@ yet; --languages lists those that there are",
-                         {name});
-    if (found->status == TranslationAvailabilityStatus::installed)
+    if (!state || state->status == TranslationAvailabilityStatus::unsupported)
+        return localized(
+            "There is no translation model for %@ yet; --languages lists those that there are.",
+            {name});
+    if (state->status == TranslationAvailabilityStatus::installed)
         return "";
-    const std::string what =
-        found->damage.empty() ? localized("the model for %@ is not on this computer", {name})
-                              : localized("the model for %@ is damaged: %@", {name, found->damage});
-    return what + "; " + localized("tessarune-terminal --languages download %@ gets it", {target});
+    if (!state->damage.empty())
+        return localized("The translation model for %@ is damaged (%@); this gets it anew: "
+                         "tessarune-terminal --languages download %@",
+                         {name, state->damage, target});
+    return localized("The translation model for %@ is not on this computer; this downloads it "
+                     "(%@): tessarune-terminal --languages download %@",
+                     {name, downloadSize(state->bytes), target});
 }
 
 } // namespace
@@ -34,6 +44,10 @@ std::string languageName(const std::string& id) {
                     : id;
 }
 
+std::string downloadSize(std::uint64_t bytes) {
+    return bytes > 0 ? megabytes(bytes) : localized("20 to 60 MB");
+}
+
 TranslationChoice chooseTranslation(const LiveTranslationSettingsSnapshot& settings,
                                     const std::optional<std::string>& wanted,
                                     const std::vector<TranslationLanguageState>& languages) {
@@ -41,18 +55,23 @@ TranslationChoice chooseTranslation(const LiveTranslationSettingsSnapshot& setti
     if (!wanted && TranslationSupport::isDisabledBackend(backend))
         return {};
     if (!wanted && !TranslationSupport::isAppleBackend(backend))
-        return {"", TranslationSupport::backendNotConnectedSentence(backend), ""};
+        return {"", TranslationSupport::backendNotConnectedSentence(backend), "", std::nullopt};
     const std::string target = wanted.value_or(settings.translationTargetLanguage);
     // The source's own language would say everything twice.
     if (target.empty() || TranslationSupport::isSameLanguageTarget(target))
         return {};
-    const std::string why = obstacle(target, languages);
+    const auto state = stateOf(target, languages);
+    const std::string why = obstacle(target, state);
     if (why.empty())
-        return {target, "", ""};
+        return {target, "", "", std::nullopt};
+    TranslationChoice choice;
+    if (state && state->status == TranslationAvailabilityStatus::supported)
+        choice.missing = state;
     if (wanted)
-        return {"", "", why};
-    return {"", localized("Captions only, no translation: %@, --target off says no to it.", {why}),
-            ""};
+        choice.failure = why;
+    else
+        choice.notice = localized("Captions without a translation.") + " " + why;
+    return choice;
 }
 
 } // namespace tessarune

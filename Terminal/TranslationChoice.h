@@ -16,6 +16,8 @@ struct TranslationChoice {
     std::string target;  ///< empty: nothing is translated
     std::string notice;  ///< for the user, once; may be empty
     std::string failure; ///< why the run cannot begin; empty: it can
+    /// What a download would bring, where it is only that which is missing.
+    std::optional<TranslationLanguageState> missing;
 
     bool operator==(const TranslationChoice&) const = default;
 };
@@ -27,5 +29,8 @@ TranslationChoice chooseTranslation(const LiveTranslationSettingsSnapshot& setti
 
 /// "zh-Hans (中文（中国大陆）)".
 std::string languageName(const std::string& id);
+
+/// "38.2 MB"; a range while the size is unknown.
+std::string downloadSize(std::uint64_t bytes);
 
 } // namespace tessarune

@@ -25,7 +25,7 @@ Application::Application(Host& itsHost, std::string itsProgram)
       settings(defaults),
       logger(host, files, paths),
       models(files, paths.models(), ProgramPlaces::modelFolders()),
-      installer(host, models, DownloadPolicy::withMirror(*settings.modelMirror)),
+      installer(host, models, downloadPolicy()),
       speechModels(models, installer, [this] { return *settings.speechModel; }),
       translationModels(host, models, installer),
       translation(std::make_shared<OfflineTranslationService>(host, models, translationModels)),
@@ -48,6 +48,17 @@ Application::Application(Host& itsHost, std::string itsProgram)
 
 Application::~Application() {
     settings.diagnosticsLevel.published().remove(levelObserver_);
+}
+
+DownloadPolicy Application::downloadPolicy() {
+    DownloadPolicy policy = DownloadPolicy::withMirror(*settings.modelMirror);
+    policy.onTrouble = [this](const DownloadTrouble& trouble) {
+        host.post([this, trouble] {
+            if (onDownloadTrouble)
+                onDownloadTrouble(trouble);
+        });
+    };
+    return policy;
 }
 
 SpeechPlatform Application::speechPlatform() {

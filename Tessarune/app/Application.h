@@ -18,6 +18,7 @@
 #include "Tessarune/speech/SpeechPlatform.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -54,6 +55,9 @@ struct Application {
     AudioExporter exporter;
     RecordingAudioCompressor compressor;
 
+    /// Hears why a download gets nowhere, from its first failure on.
+    std::function<void(const DownloadTrouble&)> onDownloadTrouble;
+
     /// What a recogniser works with. The choice of the model is that of this moment.
     SpeechPlatform speechPlatform();
 
@@ -81,6 +85,7 @@ struct Application {
     RecordingRepair::Report prepare();
 
   private:
+    DownloadPolicy downloadPolicy();
     LogFields bootstrapFields() const;
 
     std::optional<DataFolderLock> dataFolder_;

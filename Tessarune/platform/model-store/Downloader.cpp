@@ -41,6 +41,8 @@ class Tries {
             [&] { return "download of " + url + " interrupted: " + outcome.reason; });
         if (outcome.kind == TransferOutcome::Kind::refused || fruitless_ > policy_.fruitlessTries)
             fail(name, url, outcome.reason);
+        if (policy_.onTrouble)
+            policy_.onTrouble({name, outcome.reason, pause()});
     }
 
     double pause() const {

@@ -22,6 +22,13 @@ struct DownloadStopped : DownloadFailed {
     DownloadStopped() : DownloadFailed("The download was stopped.") {}
 };
 
+/// A try that failed and will be followed by another.
+struct DownloadTrouble {
+    std::string name;   ///< of the file
+    std::string reason; ///< for the user
+    double secondsToNextTry = 0;
+};
+
 struct DownloadPolicy {
     double connectSeconds = 15;
     double stallSeconds = 20;
@@ -37,6 +44,8 @@ struct DownloadPolicy {
     /// An address that stands in for the servers of all files; empty for the servers themselves.
     /// See `mirrored`.
     std::string mirror = mirrorFromEnvironment();
+    /// Hears of each try that failed, on the thread that downloads. May be empty.
+    std::function<void(const DownloadTrouble&)> onTrouble{};
 
     /// $TESSARUNE_MODEL_MIRROR, or empty.
     static std::string mirrorFromEnvironment();

@@ -13,6 +13,7 @@
 #include <sys/wait.h>
 
 #include <algorithm>
+#include <atomic>
 #include <fstream>
 #include <optional>
 #include <random>
@@ -97,7 +98,12 @@ class InstallerTest : public ::testing::Test {
     }
 
     std::string install(AvailableModel what) {
-        ModelInstaller installer(host_, store_, impatient());
+        DownloadPolicy policy = impatient();
+        policy.onTrouble = [this](const DownloadTrouble& trouble) {
+            EXPECT_NE(trouble.reason, "");
+            ++troubles_;
+        };
+        ModelInstaller installer(host_, store_, std::move(policy));
         return install(installer, std::move(what));
     }
 
@@ -135,6 +141,7 @@ class InstallerTest : public ::testing::Test {
     FaultyServer server_;
     std::string bytes_;
     ModelInstaller::Progress progress_;
+    std::atomic<std::size_t> troubles_ = 0;
     bool stopAtProgress_ = false;
 };
 
@@ -202,6 +209,7 @@ TEST_F(InstallerTest, ServerThatFailsIsAskedAgainAndGoesOnWhereItStopped) {
         EXPECT_EQ(install(model({file("a.ort", b)})), "");
         EXPECT_TRUE(isStored() && stored("a.ort") == b);
         EXPECT_EQ(ranges(), one.ranges);
+        EXPECT_EQ(troubles_.exchange(0), one.replies.size() - 1) << "each is told at once";
         startOver();
     }
 }
