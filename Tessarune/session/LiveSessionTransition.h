@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tessarune/session/LiveSessionPhase.h"
+#include "Tessarune/display/LiveSessionPhase.h"
 
 #include <optional>
 #include <string>

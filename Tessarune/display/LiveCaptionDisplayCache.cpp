@@ -1,0 +1,278 @@
+#include "Tessarune/display/LiveCaptionDisplayCache.h"
+
+#include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/translation/TranslationPresentationBuilder.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+/// As the signature sees it: whether the row is still the one that was taken over.
+bool isUnchanged(const CaptionSegment& taken, const CaptionSegment& now) {
+    return taken.id == now.id && taken.revision == now.revision && taken.state == now.state &&
+           Text::equal(taken.sourceText, now.sourceText);
+}
+
+} // namespace
+
+bool LiveCaptionDisplayCache::isForced(std::string_view reason) {
+    return reason.starts_with("settings.translation") || reason.starts_with("session.") ||
+           reason.starts_with("listen.start") || reason == "caption.clear" ||
+           reason == "translation.retry" || reason == "store.init";
+}
+
+void LiveCaptionDisplayCache::update(const Captions& captions, bool force, const Patch* patch) {
+    const double startedAt = now_();
+    updateSourceRows(captions, force, patch);
+    updateLiveTailRows(captions);
+    updateLivePartial(captions);
+    const double sourceDoneAt = now_();
+    lastSourceUpdateElapsed_ = sourceDoneAt - startedAt;
+    updateTranslationRows(captions, force, patch);
+    lastTranslationUpdateElapsed_ = now_() - sourceDoneAt;
+}
+
+LiveCaptionDisplayFrame LiveCaptionDisplayCache::frame() const {
+    LiveCaptionDisplayFrame frame;
+    frame.sourceRevision = sourceRevision_;
+    frame.translationRevision = translationRevision_;
+    frame.sourceTextTail = sourceTextRows_;
+    frame.liveTailRows = liveTailRows_;
+    frame.mergedBilingualSourceTail = mergedBilingual_.rows();
+    frame.mergedBilingualLiveTailRows = mergedBilingualLiveTailRows_;
+    frame.livePartialRow = livePartialRow_;
+    frame.translationTail = translationRows_;
+    return frame;
+}
+
+SharedVector<CaptionSegment> LiveCaptionDisplayCache::sourceSegments() const {
+    SharedVector<CaptionSegment> all = stableSourceSegments_;
+    for (const CaptionSegment& segment : liveTailSegments_)
+        all.push_back(segment);
+    if (livePartialSegment_)
+        all.push_back(*livePartialSegment_);
+    return all;
+}
+
+std::size_t LiveCaptionDisplayCache::sourceSegmentCount() const {
+    return stableSourceSegments_.size() + liveTailSegments_.size() + (livePartialSegment_ ? 1 : 0);
+}
+
+// Committed rows
+
+void LiveCaptionDisplayCache::updateSourceRows(const Captions& captions, bool force,
+                                               const Patch* patch) {
+    SourceSignature signature{SourceSegmentArraySignature::of(captions.committed),
+                              captions.clearedSegmentIDs.size()};
+    const bool isChanged = sourceSignature_ != signature;
+    if (force || (isChanged && !appendSourceRowsIfPossible(captions))) {
+        rebuildSourceRows(captions);
+    } else if (patch) {
+        // Also after an append: the unit may be of the rows before it.
+        patchSourceRows(*patch);
+    }
+    if (force || isChanged)
+        sourceSignature_ = std::move(signature);
+}
+
+void LiveCaptionDisplayCache::rebuildSourceRows(const Captions& captions) {
+    stableSourceSegments_ = {};
+    stableSourceSegmentIndexByID_.clear();
+    sourceTextRows_ = {};
+    sourceRowIndexByID_.clear();
+    for (const CaptionSegment& segment : captions.committed) {
+        if (!captions.clearedSegmentIDs.contains(segment.id))
+            addSourceSegment(segment);
+    }
+    mergedBilingual_.rebuild(sourceTextRows_);
+    // What is live and not committed may be another choice now.
+    liveTailSignature_.reset();
+    ++sourceRevision_;
+    ++sourceFullRebuildCount_;
+}
+
+bool LiveCaptionDisplayCache::appendSourceRowsIfPossible(const Captions& captions) {
+    const std::size_t oldCount = stableSourceSegments_.size();
+    if (!sourceSignature_ || !captions.clearedSegmentIDs.empty() ||
+        captions.committed.size() <= oldCount)
+        return false;
+    if (oldCount > 0 &&
+        (!isUnchanged(stableSourceSegments_.front(), captions.committed.front()) ||
+         !isUnchanged(stableSourceSegments_.back(), captions.committed[oldCount - 1])))
+        return false;
+    const std::size_t oldRowCount = sourceTextRows_.size();
+    for (const CaptionSegment& segment : captions.committed.subspan(oldCount)) {
+        addSourceSegment(segment);
+        // It is committed now, and shows there alone.
+        if (isShownInLiveTail(segment.id))
+            liveTailSignature_.reset();
+    }
+    mergedBilingual_.patchAfterAppend(sourceTextRows_, oldRowCount);
+    ++sourceRevision_;
+    ++sourceAppendUpdateCount_;
+    return true;
+}
+
+void LiveCaptionDisplayCache::addSourceSegment(const CaptionSegment& segment) {
+    stableSourceSegmentIndexByID_[segment.id] = stableSourceSegments_.size();
+    stableSourceSegments_.push_back(segment);
+    if (auto row = LiveCaptionDisplaySegment::from(segment)) {
+        sourceRowIndexByID_[segment.id] = sourceTextRows_.size();
+        sourceTextRows_.push_back(std::move(*row));
+    }
+}
+
+void LiveCaptionDisplayCache::patchSourceRows(const Patch& patch) {
+    const std::string text(Text::trimmed(patch.translatedText.value_or("")));
+    std::vector<std::size_t> affected;
+    for (std::size_t i = 0; i < patch.segmentIDs.size(); ++i) {
+        const UUID& id = patch.segmentIDs[i];
+        const std::string shown = id == patch.resultSegmentID ? text : "";
+        if (const auto at = stableSourceSegmentIndexByID_.find(id);
+            at != stableSourceSegmentIndexByID_.end()) {
+            CaptionSegment segment = stableSourceSegments_[at->second];
+            segment.translationUnitID = patch.translationUnitID;
+            segment.translationResultSegmentID = patch.resultSegmentID;
+            segment.translationUnitIndex = static_cast<std::int64_t>(i);
+            segment.translationUnitCount = static_cast<std::int64_t>(patch.segmentIDs.size());
+            segment.translatedText = shown;
+            if (patch.translatedText)
+                segment.translationError.reset();
+            stableSourceSegments_.set(at->second, std::move(segment));
+        }
+        if (const auto at = sourceRowIndexByID_.find(id); at != sourceRowIndexByID_.end()) {
+            LiveCaptionDisplaySegment row = sourceTextRows_[at->second];
+            row.translationUnitID = patch.translationUnitID;
+            row.translatedText = shown;
+            sourceTextRows_.set(at->second, std::move(row));
+            affected.push_back(at->second);
+        }
+    }
+    if (affected.empty())
+        return;
+    mergedBilingual_.patch(sourceTextRows_, affected);
+    ++sourceRevision_;
+}
+
+// What is live
+
+void LiveCaptionDisplayCache::updateLiveTailRows(const Captions& captions) {
+    LiveTailSignature signature{LiveTailSegmentArraySignature::of(captions.liveLeading),
+                                LiveTailSegmentArraySignature::of(captions.softCaptions),
+                                captions.clearedSegmentIDs.size()};
+    if (liveTailSignature_ == signature)
+        return;
+    liveTailSignature_ = std::move(signature);
+    liveTailSegments_.clear();
+    liveTailRows_ = {};
+    for (const auto segments : {captions.liveLeading, captions.softCaptions}) {
+        for (const CaptionSegment& segment : segments) {
+            auto row = LiveCaptionDisplaySegment::from(segment);
+            if (!row || captions.clearedSegmentIDs.contains(segment.id) ||
+                stableSourceSegmentIndexByID_.contains(segment.id) || isShownInLiveTail(segment.id))
+                continue;
+            liveTailSegments_.push_back(segment);
+            liveTailRows_.push_back(std::move(*row));
+        }
+    }
+    MergedBilingualRows merged;
+    merged.rebuild(liveTailRows_);
+    mergedBilingualLiveTailRows_ = merged.rows();
+    ++sourceRevision_;
+}
+
+bool LiveCaptionDisplayCache::isShownInLiveTail(const UUID& id) const {
+    return std::ranges::any_of(liveTailSegments_,
+                               [&](const CaptionSegment& segment) { return segment.id == id; });
+}
+
+void LiveCaptionDisplayCache::updateLivePartial(const Captions& captions) {
+    const CaptionSegment& partial = captions.partial;
+    auto row = LiveCaptionDisplaySegment::from(partial);
+    const bool isVisible = row && !captions.clearedSegmentIDs.contains(partial.id) &&
+                           !stableSourceSegmentIndexByID_.contains(partial.id) &&
+                           !isShownInLiveTail(partial.id);
+    PartialSignature signature{SegmentEdgeSignature::of(partial), isVisible};
+    if (partialSignature_ == signature)
+        return;
+    partialSignature_ = std::move(signature);
+    livePartialSegment_ = isVisible ? std::optional(partial) : std::nullopt;
+    livePartialRow_ = isVisible ? std::move(row) : std::nullopt;
+    ++sourceRevision_;
+}
+
+// Translations
+
+void LiveCaptionDisplayCache::updateTranslationRows(const Captions& captions, bool force,
+                                                    const Patch* patch) {
+    auto signature =
+        TranslationSignature::of(captions.committed, captions.clearedSegmentIDs.size());
+    const auto before = std::exchange(translationSignature_, signature);
+    const bool isChanged = before != signature;
+    if (force || (isChanged && !(before && before->isContinuedBy(captions.committed, signature,
+                                                                 patch != nullptr)))) {
+        rebuildTranslationRows(captions);
+        return;
+    }
+    if (isChanged) {
+        for (const CaptionSegment& segment : captions.committed.subspan(before->committedCount))
+            addTranslationRow(captions, segment);
+    }
+    if (!patch) {
+        translationRevision_ += isChanged ? 1 : 0;
+        return;
+    }
+    // A unit between the edges changes no signature; its text must not wait for one that does.
+    if (patch->translatedText && stableSourceSegmentIndexByID_.contains(patch->resultSegmentID) &&
+        !patchTranslationRows(*patch))
+        rebuildTranslationRows(captions);
+}
+
+/// Whether the text could be put where it belongs: in its row of before, or at the end.
+bool LiveCaptionDisplayCache::patchTranslationRows(const Patch& patch) {
+    const std::string text(Text::trimmed(*patch.translatedText));
+    if (translationRows_.empty() || text.empty())
+        return false;
+    const auto row = translationRowIndexByResultSegmentID_.find(patch.resultSegmentID);
+    if (row != translationRowIndexByResultSegmentID_.end()) {
+        if (Text::equal(translationRows_[row->second], text))
+            return true;
+        translationRows_.set(row->second, text);
+    } else {
+        const std::size_t segment = stableSourceSegmentIndexByID_.at(patch.resultSegmentID);
+        if (segment < lastTranslatedSegmentIndex_)
+            return false;
+        translationRowIndexByResultSegmentID_[patch.resultSegmentID] = translationRows_.size();
+        lastTranslatedSegmentIndex_ = segment;
+        translationRows_.push_back(text);
+    }
+    ++translationRevision_;
+    return true;
+}
+
+void LiveCaptionDisplayCache::rebuildTranslationRows(const Captions& captions) {
+    translationRows_ = {};
+    translationRowIndexByResultSegmentID_.clear();
+    lastTranslatedSegmentIndex_ = 0;
+    for (const CaptionSegment& segment : captions.committed)
+        addTranslationRow(captions, segment);
+    ++translationRevision_;
+}
+
+void LiveCaptionDisplayCache::addTranslationRow(const Captions& captions,
+                                                const CaptionSegment& segment) {
+    const auto visible = TranslationPresentationBuilder::visibleTranslations(
+        std::span(&segment, 1), captions.clearedSegmentIDs);
+    if (visible.empty())
+        return;
+    translationRowIndexByResultSegmentID_[segment.id] = translationRows_.size();
+    translationRows_.push_back(visible.front());
+    const auto at = stableSourceSegmentIndexByID_.find(segment.id);
+    if (at != stableSourceSegmentIndexByID_.end())
+        lastTranslatedSegmentIndex_ = at->second;
+}
+
+} // namespace tessarune

@@ -1,0 +1,47 @@
+#pragma once
+
+#include "Tessarune/display/LiveCaptionDisplaySegment.h"
+#include "Tessarune/display/LiveSessionPhase.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace tessarune {
+
+/// What the line about the translation says, and whether a retry is offered beside it.
+struct SubtitleTranslationStatusViewState {
+    std::string text;
+    bool hasIncomplete = false; ///< some committed row has no translation
+    bool canRetryIncomplete = false;
+
+    bool operator==(const SubtitleTranslationStatusViewState& other) const;
+};
+
+/// All that views draw of a session at one moment. A value: a view may keep an old one, whose rows
+/// stay as they were, and a copy costs the same for ten rows and for ten thousand.
+///
+/// Two frames are equal if their revisions, texts, phase and status are: rows never change without
+/// a change of a revision, and are not compared.
+struct LiveCaptionDisplayFrame {
+    std::int64_t sourceRevision = 0;
+    std::int64_t translationRevision = 0;
+    LiveCaptionDisplayRows sourceTextTail; ///< all committed rows, oldest first
+    LiveCaptionDisplayRows liveTailRows;   ///< complete sentences and clauses that may still change
+    LiveCaptionDisplayRows mergedBilingualSourceTail;        ///< a translation unit is one row
+    LiveCaptionDisplayRows mergedBilingualLiveTailRows;      ///< likewise
+    std::optional<LiveCaptionDisplaySegment> livePartialRow; ///< the open rest, if it has a text
+    SharedVector<std::string> translationTail;               ///< the visible translations
+    std::string ghostTranslationText;                        ///< the preview; empty: there is none
+    std::string ghostTranslationSourceText;                  ///< the text that the preview is of
+    std::string statusMessage;
+    LiveSessionPhase sessionPhase = LiveSessionPhase::idle;
+    SubtitleTranslationStatusViewState translationStatus;
+
+    /// Before anything has happened.
+    static LiveCaptionDisplayFrame empty();
+
+    bool operator==(const LiveCaptionDisplayFrame& other) const;
+};
+
+} // namespace tessarune

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Tessarune/display/SharedVector.h"
+#include "TessaruneCore/captions/CaptionSegment.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace tessarune {
+
+/// One caption row as views see it. A value.
+struct LiveCaptionDisplaySegment {
+    UUID id;                    ///< the segment's; of a merged row, that of the group's last row
+    std::string sourceText;     ///< trimmed, never empty
+    std::string translatedText; ///< trimmed; empty: there is none
+    std::optional<UUID> translationUnitID;
+    std::string normalizedSourceKey; ///< `GhostTranslationPlanner::normalizedKey` of the source
+    std::int64_t revision = 0;
+    CaptionSegmentState state = CaptionSegmentState::partial;
+
+    /// Nothing for a segment without a visible text.
+    static std::optional<LiveCaptionDisplaySegment> from(const CaptionSegment& segment);
+
+    bool operator==(const LiveCaptionDisplaySegment&) const = default;
+};
+
+/// The rows of a list, copied in constant time.
+using LiveCaptionDisplayRows = SharedVector<LiveCaptionDisplaySegment>;
+
+} // namespace tessarune

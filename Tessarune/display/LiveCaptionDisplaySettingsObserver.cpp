@@ -1,0 +1,40 @@
+#include "Tessarune/display/LiveCaptionDisplaySettingsObserver.h"
+
+#include <utility>
+
+namespace tessarune {
+
+LiveCaptionDisplaySettingsObserver::LiveCaptionDisplaySettingsObserver(AppSettings& settings,
+                                                                       Handler handler)
+    : handler_(std::move(handler)) {
+    observe(settings.subtitleLayoutMode);
+    observe(settings.swapCaptionOrder);
+    observe(settings.translationBackend);
+    observe(settings.translationTargetLanguage);
+    observe(settings.smoothStreaming);
+    observe(settings.smoothPaceMS);
+    observe(settings.sourceFontSize);
+    observe(settings.translationFontSize);
+    observe(settings.bgOpacity);
+    observe(settings.highlightChanges);
+    observe(settings.softCaptionEnabled);
+    observe(settings.softCaptionStableSeconds);
+}
+
+LiveCaptionDisplaySettingsObserver::~LiveCaptionDisplaySettingsObserver() {
+    for (const auto& end : endings_)
+        end();
+}
+
+/// An assignment of the value of before is no change: a file that is read again assigns all.
+template <typename T>
+void LiveCaptionDisplaySettingsObserver::observe(Setting<T>& setting) {
+    const auto token =
+        setting.published().onDidChange([this, &setting, last = setting.text()](const T&) mutable {
+            if (std::string text = setting.text(); text != std::exchange(last, text))
+                handler_(std::string(setting.key()), text);
+        });
+    endings_.push_back([&setting, token] { setting.published().remove(token); });
+}
+
+} // namespace tessarune

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Tessarune/shell/AppSettings.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// Tells when a setting changes that decides how captions look, for the diagnostics run: views read
+/// such settings themselves. Main queue; the settings outlive it.
+class LiveCaptionDisplaySettingsObserver {
+  public:
+    /// The setting's key, and its new value as it is written in settings.
+    using Handler = std::function<void(const std::string& name, const std::string& value)>;
+
+    LiveCaptionDisplaySettingsObserver(AppSettings& settings, Handler handler);
+    ~LiveCaptionDisplaySettingsObserver();
+    LiveCaptionDisplaySettingsObserver(const LiveCaptionDisplaySettingsObserver&) = delete;
+
+  private:
+    template <typename T>
+    void observe(Setting<T>& setting);
+
+    const Handler handler_;
+    std::vector<std::function<void()>> endings_;
+};
+
+} // namespace tessarune

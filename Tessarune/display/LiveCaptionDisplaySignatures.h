@@ -1,0 +1,98 @@
+#pragma once
+
+#include "TessaruneCore/captions/CaptionSegment.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// Signatures stand for a list without a walk over it: its edges and its length. Two equal ones
+/// mean that what was made of the list is still good. A long list that changed only between its
+/// edges has the same signature: committed rows change in no other way than by a translation, which
+/// brings its own patch.
+
+/// A committed row, without its translation.
+struct SourceSegmentEdgeSignature {
+    UUID id;
+    std::int64_t revision = 0;
+    std::string sourceText;
+    CaptionSegmentState state = CaptionSegmentState::partial;
+
+    static SourceSegmentEdgeSignature of(const CaptionSegment& segment);
+    bool operator==(const SourceSegmentEdgeSignature& other) const;
+};
+
+struct SourceSegmentArraySignature {
+    std::size_t count = 0;
+    std::optional<SourceSegmentEdgeSignature> first;
+    std::optional<SourceSegmentEdgeSignature> last;
+
+    static SourceSegmentArraySignature of(std::span<const CaptionSegment> segments);
+    bool operator==(const SourceSegmentArraySignature&) const = default;
+};
+
+struct SourceSignature {
+    SourceSegmentArraySignature committed;
+    std::size_t clearedCount = 0;
+
+    bool operator==(const SourceSignature&) const = default;
+};
+
+/// A row with its translation; an absent text reads as an empty one.
+struct SegmentEdgeSignature {
+    UUID id;
+    std::int64_t revision = 0;
+    std::string sourceText;
+    std::string translatedText;
+    std::optional<UUID> translationUnitID;
+    CaptionSegmentState state = CaptionSegmentState::partial;
+
+    static SegmentEdgeSignature of(const CaptionSegment& segment);
+    bool hasSameSource(const SegmentEdgeSignature& other) const;
+    bool operator==(const SegmentEdgeSignature& other) const;
+};
+
+/// The live tail is short, and is compared whole.
+struct LiveTailSegmentArraySignature {
+    std::vector<SegmentEdgeSignature> edges;
+
+    static LiveTailSegmentArraySignature of(std::span<const CaptionSegment> segments);
+    bool operator==(const LiveTailSegmentArraySignature&) const = default;
+};
+
+struct LiveTailSignature {
+    LiveTailSegmentArraySignature liveLeading;
+    LiveTailSegmentArraySignature softCaptions;
+    std::size_t clearedCount = 0;
+
+    bool operator==(const LiveTailSignature&) const = default;
+};
+
+struct PartialSignature {
+    SegmentEdgeSignature edge;
+    bool visible = false;
+
+    bool operator==(const PartialSignature&) const = default;
+};
+
+struct TranslationSignature {
+    std::size_t committedCount = 0;
+    std::size_t clearedCount = 0;
+    std::optional<SegmentEdgeSignature> first;
+    std::optional<SegmentEdgeSignature> last;
+
+    static TranslationSignature of(std::span<const CaptionSegment> committed,
+                                   std::size_t clearedCount);
+    /// Whether the list of which `now` is the signature begins with the rows of before.
+    /// `exceptTranslations`: they may have got other translations.
+    bool isContinuedBy(std::span<const CaptionSegment> committed, const TranslationSignature& now,
+                       bool exceptTranslations) const;
+    bool operator==(const TranslationSignature&) const = default;
+};
+
+} // namespace tessarune

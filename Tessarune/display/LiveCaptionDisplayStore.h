@@ -1,0 +1,76 @@
+#pragma once
+
+#include "Tessarune/display/LiveCaptionDisplayFrame.h"
+#include "Tessarune/shell/SettingTypes.h"
+#include "TessaruneCore/observation/NotificationCenter.h"
+#include "TessaruneCore/observation/Published.h"
+
+#include <functional>
+#include <string_view>
+
+namespace tessarune {
+
+/// Posted after each published frame, without an object.
+inline constexpr std::string_view liveCaptionFramePublished = "TessaruneLiveCaptionFramePublished";
+
+/// What became of a frame.
+struct LiveCaptionDisplayUpdateResult {
+    double updateRequests = 0;  ///< running total, this one included
+    double publishedFrames = 0; ///< likewise
+    double compareMS = 0;
+    bool isPublished = false;
+};
+
+/// Where views find the frame to draw. A frame that is equal to the published one goes no further,
+/// so that views are not told of nothing.
+///
+/// Main queue. The session owns it for as long as the program runs; views observe `frame` and read
+/// nothing else of the captions.
+class LiveCaptionDisplayStore {
+  public:
+    /// Zeroed by `resetPerfCounters`. Views raise those that count what they draw.
+    struct PerfCounters {
+        double updateRequests = 0;
+        double publishedFrames = 0;
+        double skippedFramePublishes = 0;
+        double frameCompareSeconds = 0;
+        double frameCompareMaxMS = 0;
+        double historyLiveRenders = 0;
+        double historyLiveSourceRenders = 0;
+        double historyLiveBilingualRenders = 0;
+        double historyLiveLatestRowCount = 0;
+        double historyLiveLatestMode = 0;
+        double historySidebarLiveRowRenders = 0;
+        double historySidebarLiveActiveRowRenders = 0;
+        double captionStageRenders = 0;
+        double captionStageSourceOnlyRenders = 0;
+        double captionStageStandardRenders = 0;
+        double captionStageLyricsRenders = 0;
+        double captionStageBilingualCompareRenders = 0;
+    };
+
+    /// `now` gives seconds, for the time that a comparison takes. `notifications` outlives the
+    /// store; without them nothing is posted.
+    explicit LiveCaptionDisplayStore(std::function<double()> now,
+                                     const NotificationCenter* notifications = nullptr);
+    LiveCaptionDisplayStore(const LiveCaptionDisplayStore&) = delete;
+
+    /// Publishes the frame if it differs from the published one.
+    LiveCaptionDisplayUpdateResult update(LiveCaptionDisplayFrame newFrame);
+    void resetPerfCounters() { perf = PerfCounters(); }
+
+    /// Assigned by `update` alone.
+    Published<LiveCaptionDisplayFrame> frame;
+    PerfCounters perf;
+
+  private:
+    const std::function<double()> now_;
+    const NotificationCenter* const notifications_;
+};
+
+/// Whether a refresh is worth a line in a diagnostics run: what happens many times a second is
+/// sampled. `publishedFrameIndex` counts from 0.
+bool shouldRecordDisplayDiagnostics(std::string_view reason, double publishedFrameIndex,
+                                    bool isPublished, AppleAnalyzerDiagnosticsMode mode);
+
+} // namespace tessarune

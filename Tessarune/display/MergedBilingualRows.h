@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Tessarune/display/LiveCaptionDisplaySegment.h"
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+namespace tessarune {
+
+/// Rows of which each shows a whole translation unit: neighbouring final rows of one unit become
+/// one row with their texts joined, under the id of the last. Kept current with the rows that it is
+/// made of by making only those units anew that have changed.
+///
+/// Main queue.
+class MergedBilingualRows {
+  public:
+    /// Indexes into the rows that are merged, from `lower` to before `upper`.
+    struct Span {
+        std::size_t lower = 0;
+        std::size_t upper = 0;
+
+        bool operator==(const Span&) const = default;
+    };
+
+    const LiveCaptionDisplayRows& rows() const { return rows_; }
+    /// Which source rows each merged row covers, in order and without gaps.
+    const std::vector<Span>& spans() const { return spans_; }
+
+    void rebuild(const LiveCaptionDisplayRows& source);
+    /// There are more source rows than the `oldCount` of before.
+    void patchAfterAppend(const LiveCaptionDisplayRows& source, std::size_t oldCount);
+    /// These source rows have changed. None at all, or one that does not exist, makes all anew.
+    void patch(const LiveCaptionDisplayRows& source, std::span<const std::size_t> affected);
+
+  private:
+    /// Indexes of merged rows.
+    struct Merged {
+        std::size_t first = 0;
+        std::size_t last = 0; // behind the last
+    };
+
+    static bool canMerge(const LiveCaptionDisplayRows& source, std::size_t first,
+                         std::size_t second);
+    Merged overlapping(Span range) const;
+    void replace(Merged merged, const LiveCaptionDisplayRows& source, Span range);
+    void append(const LiveCaptionDisplayRows& source, Span range);
+    void appendGroup(const LiveCaptionDisplayRows& source, Span group);
+
+    LiveCaptionDisplayRows rows_;
+    std::vector<Span> spans_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,159 @@
+#pragma once
+
+#include <cstddef>
+#include <iterator>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace tessarune {
+
+/// A list that is copied in constant time, however long it is: copies share their elements, and a
+/// change of one of them copies a few nodes of 32 pointers and leaves the others as they were.
+///
+/// A tree whose leaves point to the elements. An append or an assignment costs the depth of the
+/// tree (three levels up to 32,768 elements); where nobody shares a node it changes in place.
+/// Elements never change themselves, so that references stay valid as long as some copy has them.
+///
+/// Like a `std::vector` for readers. Copies that share elements belong to one thread.
+template <typename T>
+class SharedVector {
+  public:
+    using Element = std::shared_ptr<const T>;
+
+    class Iterator {
+      public:
+        using iterator_category = std::forward_iterator_tag;
+        using value_type = T;
+        using difference_type = std::ptrdiff_t;
+        using pointer = const T*;
+        using reference = const T&;
+
+        Iterator() = default;
+        Iterator(const SharedVector* list, std::size_t index) : list_(list), index_(index) {}
+        const T& operator*() const { return (*list_)[index_]; }
+        const T* operator->() const { return &**this; }
+        Iterator& operator++() {
+            ++index_;
+            return *this;
+        }
+        Iterator operator++(int) { return {list_, index_++}; }
+        bool operator==(const Iterator&) const = default;
+
+      private:
+        const SharedVector* list_ = nullptr;
+        std::size_t index_ = 0;
+    };
+    using value_type = T;
+    using const_iterator = Iterator;
+
+    SharedVector() = default;
+    explicit SharedVector(std::vector<T> values) {
+        for (T& value : values)
+            push_back(std::move(value));
+    }
+
+    std::size_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
+    const T& operator[](std::size_t index) const { return *element(index); }
+    const T& front() const { return (*this)[0]; }
+    const T& back() const { return (*this)[size_ - 1]; }
+    Iterator begin() const { return {this, 0}; }
+    Iterator end() const { return {this, size_}; }
+
+    /// The element itself, to be put into another list without a copy of what it holds.
+    const Element& element(std::size_t index) const {
+        const Node* node = root_.get();
+        for (unsigned level = levels_; level > 0; --level)
+            node = node->children[slot(index, level)].get();
+        return node->elements[slot(index, 0)];
+    }
+
+    void push_back(T value) { append(std::make_shared<const T>(std::move(value))); }
+    void append(Element element) {
+        if (size_ == std::size_t{1} << (bits * (levels_ + 1))) {
+            auto root = std::make_shared<Node>();
+            root->children.push_back(std::move(root_));
+            root_ = std::move(root);
+            ++levels_;
+        }
+        leaf(size_++).elements.push_back(std::move(element));
+    }
+    void set(std::size_t index, T value) {
+        leaf(index).elements[slot(index, 0)] = std::make_shared<const T>(std::move(value));
+    }
+    /// Keeps the first `size` elements; there are at least as many.
+    void truncate(std::size_t size) {
+        if (size == 0) {
+            *this = SharedVector();
+        } else if (size < size_) {
+            Node* node = &own(root_);
+            for (unsigned level = levels_; level > 0; --level) {
+                node->children.resize(slot(size - 1, level) + 1);
+                node = &own(node->children.back());
+            }
+            node->elements.resize(slot(size - 1, 0) + 1);
+            size_ = size;
+        }
+    }
+    /// Puts other elements in the place of those from `first` to before `last`. What stands behind
+    /// them is put in its place anew, which costs as much as there is of it.
+    void replace(std::size_t first, std::size_t last, const SharedVector& with) {
+        std::vector<Element> behind;
+        for (std::size_t i = last; i < size_; ++i)
+            behind.push_back(element(i));
+        truncate(first);
+        for (std::size_t i = 0; i < with.size(); ++i)
+            append(with.element(i));
+        for (Element& kept : behind)
+            append(std::move(kept));
+    }
+
+    bool operator==(const SharedVector& other) const {
+        if (size_ != other.size_)
+            return false;
+        for (std::size_t i = 0; i < size_; ++i) {
+            if (element(i) != other.element(i) && !((*this)[i] == other[i]))
+                return false;
+        }
+        return true;
+    }
+
+  private:
+    static constexpr unsigned bits = 5;
+
+    /// Has children, or as a leaf elements.
+    struct Node {
+        std::vector<std::shared_ptr<Node>> children;
+        std::vector<Element> elements;
+    };
+
+    static std::size_t slot(std::size_t index, unsigned level) {
+        return (index >> (bits * level)) & ((std::size_t{1} << bits) - 1);
+    }
+    /// The node to write to: this list's own, by a copy if another list has it too.
+    static Node& own(std::shared_ptr<Node>& node) {
+        if (!node)
+            node = std::make_shared<Node>();
+        else if (node.use_count() > 1)
+            node = std::make_shared<Node>(*node);
+        return *node;
+    }
+    /// The leaf of the element, which may be the one behind the last.
+    Node& leaf(std::size_t index) {
+        Node* node = &own(root_);
+        for (unsigned level = levels_; level > 0; --level) {
+            const std::size_t child = slot(index, level);
+            if (child == node->children.size())
+                node->children.emplace_back();
+            node = &own(node->children[child]);
+        }
+        return *node;
+    }
+
+    std::size_t size_ = 0;
+    unsigned levels_ = 0; // above the leaves
+    std::shared_ptr<Node> root_;
+};
+
+} // namespace tessarune

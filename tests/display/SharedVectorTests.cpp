@@ -1,0 +1,55 @@
+#include "Tessarune/display/SharedVector.h"
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include <vector>
+
+namespace tessarune {
+namespace {
+
+/// Every operation against a plain vector, with copies taken at any time, which stay as they were.
+RC_GTEST_PROP(SharedVectorTests, DoesWhatAVectorDoes, ()) {
+    SharedVector<int> list;
+    std::vector<int> expected;
+    std::vector<std::pair<SharedVector<int>, std::vector<int>>> copies;
+    const int operations = *rc::gen::inRange(1, 60);
+    for (int value = 0; value < operations; ++value) {
+        const auto index = [&](std::size_t limit) {
+            return *rc::gen::inRange<std::size_t>(0, limit + 1);
+        };
+        const int operation = *rc::gen::inRange(0, 6);
+        if (operation < 2) { // many at once, so that the tree gets levels
+            for (int i = *rc::gen::element(1, 31, 33, 700); i > 0; --i) {
+                list.push_back(value + i);
+                expected.push_back(value + i);
+            }
+        } else if (operation == 2 && !expected.empty()) {
+            const std::size_t at = index(expected.size() - 1);
+            list.set(at, -value);
+            expected[at] = -value;
+        } else if (operation == 3) {
+            const std::size_t size = index(expected.size());
+            list.truncate(size);
+            expected.resize(size);
+        } else if (operation == 4) {
+            const std::size_t last = index(expected.size());
+            const std::size_t first = index(last);
+            const std::vector<int> with(index(40), value);
+            list.replace(first, last, SharedVector<int>(with));
+            const auto at = expected.erase(expected.begin() + std::ptrdiff_t(first),
+                                           expected.begin() + std::ptrdiff_t(last));
+            expected.insert(at, with.begin(), with.end());
+        } else {
+            copies.emplace_back(list, expected);
+        }
+    }
+    copies.emplace_back(list, expected);
+    for (const auto& [copy, then] : copies) {
+        RC_ASSERT(std::vector<int>(copy.begin(), copy.end()) == then);
+        RC_ASSERT(copy == SharedVector<int>(then));
+    }
+}
+
+} // namespace
+} // namespace tessarune
