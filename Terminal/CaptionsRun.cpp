@@ -10,7 +10,6 @@
 #include "Terminal/SignalWatch.h"
 #include "Tessarune/app/ListeningSession.h"
 #include "Tessarune/history/HistoryItemLoader.h"
-#include "Tessarune/session/LiveCaptionUserMessages.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
 
@@ -24,6 +23,16 @@ namespace {
 
 /// How often the end of a stop is looked for, once the session is idle.
 constexpr double lookAgainSeconds = 0.01;
+
+/// Writes what the recogniser says to the log that the user asked for.
+class EventLogObserver final : public SessionDiagnostics {
+  public:
+    explicit EventLogObserver(EventLogFile& log) : log_(log) {}
+    void appendASREvent(const ASREvent& event) override { log_.append(event); }
+
+  private:
+    EventLogFile& log_;
+};
 
 /// Everything of one run, in one place that outlives all its callbacks.
 class CaptionsRun {
@@ -187,11 +196,9 @@ void CaptionsRun::checkEventLog() {
 
 void CaptionsRun::makeSession() {
     const std::string target = translation_.choose();
-    SessionDiagnostics diagnostics;
-    diagnostics.appendASREvent = [this](const ASREvent& event) {
-        if (eventLog_)
-            eventLog_->append(event);
-    };
+    std::shared_ptr<SessionDiagnostics> diagnostics;
+    if (eventLog_)
+        diagnostics = std::make_shared<EventLogObserver>(*eventLog_);
     session_ = std::make_unique<ListeningSession>(
         program_, sound_.server(),
         ListeningSession::Options{std::move(diagnostics), sound_.isFile() || sound_.isDemo()});
@@ -230,7 +237,8 @@ Task<void> CaptionsRun::startListening() {
     store().selectSource(sound_.source());
     store().startListening(LiveSessionControlTrigger::programmatic());
     const bool listening = co_await started_;
-    if (!listening && store().startFailure() && *store().sessionPhase == LiveSessionPhase::failed)
+    if (!listening && store().startFailure() &&
+        *store().view().sessionPhase == LiveSessionPhase::failed)
         throw RunFailure::ofStart(store().startFailure());
 }
 
@@ -243,11 +251,13 @@ Task<void> CaptionsRun::stopListening() {
 }
 
 void CaptionsRun::tellSaved() {
-    // Anything but the invitation to start again tells what could not be saved.
-    const bool isWhole = *store().statusMessage == LiveCaptionUserMessages::idleTitle();
+    const auto& outcome = *store().view().outcome;
+    if (!outcome)
+        return;
+    const bool isWhole = outcome->transcriptPersisted;
     if (!isWhole)
-        say(*store().statusMessage);
-    const auto& saved = store().recordingTracker().lastSavedID();
+        say(store().view().status->text());
+    const auto& saved = outcome->recording;
     if (!saved)
         return;
     const auto listed = HistoryItemLoader::load(program_.catalog, program_.files);

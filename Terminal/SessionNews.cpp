@@ -11,35 +11,33 @@ SessionNews::SessionNews(ListeningSession& session, const AppSettings& settings,
                          bool isRecorded, Handlers handlers)
     : session_(session),
       store_(session.store()),
+      view_(store_.view()),
       settings_(settings),
       target_(std::move(target)),
       isRecorded_(isRecorded),
       handlers_(std::move(handlers)) {
-    store_.captionDisplayRefresh.onDidChange([this](const std::string& reason) {
-        translationIsOver_ =
-            translationIsOver_ || reason.starts_with("listen.stop.translationDrain.");
-        handlers_.onChange();
-    });
-    store_.sessionPhase.onDidChange(handlers_.onPhase);
+    view_.captionDisplayRefresh.onDidChange([this](const std::string&) { handlers_.onChange(); });
+    view_.sessionPhase.onDidChange(handlers_.onPhase);
     observeStatus();
     observeTranslation();
 }
 
 CaptionPicture SessionNews::picture() const {
-    return {store_.core, target_, !target_.empty() && !translationIsOver_, preview_};
+    return {store_.core, target_, !target_.empty() && !*view_.isTranslationOver, preview_};
 }
 
 void SessionNews::observeStatus() {
-    store_.statusMessage.onDidChange([this](const std::string& text) {
+    view_.status.onDidChange([this](const SessionStatus& status) {
+        const std::string text = status.text();
         const bool isNews = std::exchange(lastStatus_, text) != text;
         if (isNews && !text.empty() && isWorthTelling())
             handlers_.say(text);
     });
-    store_.presentedError.onDidChange([this](const std::string& text) {
-        if (*store_.isListening)
+    view_.presentedError.onDidChange([this](const std::string& text) {
+        if (*view_.isListening)
             handlers_.say(text);
     });
-    store_.audioCompressProgress.onDidChange([this](const std::optional<double>& done) {
+    view_.audioCompressProgress.onDidChange([this](const std::optional<double>& done) {
         const auto percent =
             done ? std::optional(static_cast<int>(*done * 100)) : std::optional<int>();
         if (percent && std::exchange(lastProgress_, percent) != percent)
@@ -50,7 +48,7 @@ void SessionNews::observeStatus() {
 /// Of a start the run itself says what it listens to, and a session that is not recorded has
 /// nothing to save when it stops.
 bool SessionNews::isWorthTelling() const {
-    switch (*store_.sessionPhase) {
+    switch (*view_.sessionPhase) {
     case LiveSessionPhase::listening:
     case LiveSessionPhase::failed:
         return true;
@@ -73,13 +71,13 @@ void SessionNews::observeTranslation() {
         preview_ = visible.empty() ? CaptionPreview()
                                    : CaptionPreview{visible, translation.runtime().ghostSource()};
     });
-    store_.translationStatusMessage.onDidChange(
+    view_.translationStatusMessage.onDidChange(
         [this](const std::string& text) { tellTranslationStatus(text); });
 }
 
 void SessionNews::tellTranslationStatus(const std::string& text) {
     // Loading a model is no news. Of texts that differ only in a number the first is enough.
-    if (text.empty() || store_.translationPreparationDisplayState->preparing)
+    if (text.empty() || view_.translationPreparationDisplayState->preparing)
         return;
     std::string kind;
     for (const char32_t codePoint : Text::codePoints(text)) {

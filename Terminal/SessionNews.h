@@ -38,13 +38,13 @@ class SessionNews {
     void tellTranslationStatus(const std::string& text);
 
     ListeningSession& session_;
-    LiveTranscriptStore& store_;
+    const LiveTranscriptStore& store_;
+    const SessionView& view_;
     const AppSettings& settings_;
     std::string target_;
     const bool isRecorded_;
     const Handlers handlers_;
     CaptionPreview preview_;
-    bool translationIsOver_ = false;
     std::string lastStatus_;
     std::optional<int> lastProgress_;
     std::set<std::string> toldTranslationStatus_;

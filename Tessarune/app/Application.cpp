@@ -31,7 +31,7 @@ Application::Application(Host& itsHost, std::string itsProgram)
       translation(std::make_shared<OfflineTranslationService>(host, models, translationModels)),
       catalog(host, files, paths, logger, notifications),
       exporter(host, transcodeToM4A),
-      compressor(files, catalog, logger, exporter, openFFmpegMediaFile) {
+      compressor(host, files, catalog, logger, exporter, openFFmpegMediaFile, createM4A) {
     ProcessMemory::returnLargeBlocks();
     setLocalizationTable(StringTables::forLocale(StringTables::userLocale()));
     TessaruneLog::setDiagnosticsLevel(*settings.diagnosticsLevel);
@@ -117,8 +117,11 @@ std::optional<DataFolderLock::Holder> Application::takeDataFolder() {
 
 RecordingRepair::Report Application::prepare() {
     RecordingRepair repair(files, catalog, logger);
-    return TessaruneStartupServices::prepare(
+    const RecordingRepair::Report report = TessaruneStartupServices::prepare(
         {logger, bootstrapFields(), dataFolder_ ? &repair : nullptr});
+    if (dataFolder_ && !*settings.recordLosslessAudio)
+        compressor.compressLeftovers();
+    return report;
 }
 
 LogFields Application::bootstrapFields() const {

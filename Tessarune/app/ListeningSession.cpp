@@ -21,7 +21,7 @@ void forgetWhatIsLearned(OverridingUserDefaults& defaults) {
 } // namespace
 
 ListeningSession::ListeningSession(Application& application, SoundServer& sound, Options options)
-    : settings_(application.settings), permissionDefaults_(application.defaults) {
+    : permissionDefaults_(application.defaults) {
     Host& host = application.host;
     if (options.forgetsPermissions)
         forgetWhatIsLearned(permissionDefaults_);
@@ -47,15 +47,6 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
                                         .scheduleHistoryRefinement = [](const auto&) {},
                                         .returnMemory = [] { malloc_trim(0); }});
     translation_->attach(store_);
-    targetObserver_ = settings_.translationTargetLanguage.published().onDidChange(
-        [this](const std::string&) { translation().applySettings("settings.translationTarget"); });
-    backendObserver_ = settings_.translationBackend.published().onDidChange(
-        [this](const std::string&) { translation().applySettings("settings.translationBackend"); });
-}
-
-ListeningSession::~ListeningSession() {
-    settings_.translationTargetLanguage.published().remove(targetObserver_);
-    settings_.translationBackend.published().remove(backendObserver_);
 }
 
 } // namespace tessarune

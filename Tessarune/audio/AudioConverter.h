@@ -4,15 +4,22 @@
 
 #include <functional>
 #include <memory>
+#include <stdexcept>
 
 namespace tessarune {
+
+/// Sound that cannot be converted. The text can be shown.
+class AudioConversionError : public std::runtime_error {
+  public:
+    using std::runtime_error::runtime_error;
+};
 
 /// Seam: turns a stream of sound of one format into another sample rate and number of channels. It
 /// keeps what its filter needs between two buffers, so one converter serves one stream, and a
 /// buffer may come out a little shorter or longer than it went in.
 ///
-/// Used by one thread at a time. Operations throw an exception derived from std::exception, whose
-/// text can be shown; the converter is useless after that.
+/// Used by one thread at a time. Operations throw AudioConversionError; the converter is useless
+/// after that.
 class AudioConverter {
   public:
     virtual ~AudioConverter() = default;

@@ -203,7 +203,7 @@ void AudioSessionRecorder::openFile(const RecordingMetadata& item) {
     fileHandle_ = files_.create(item.filePath);
     observedSampleRate_ = 0;
     dataByteCount_ = 0;
-    lastHeaderFlushBytes_ = 0;
+    nextHeaderFlushBytes_ = headerFlushIntervalBytes;
     writeFailureCount_ = 0;
     consecutiveWriteFailures_ = 0;
     finalizeFailureCount_ = 0;
@@ -323,15 +323,16 @@ void AudioSessionRecorder::write(std::uint64_t bytes, const std::function<void()
 
 /// Puts what was written so far beyond the reach of a crash and a loss of power.
 void AudioSessionRecorder::keepHeaderCurrent() {
-    if (dataByteCount_ - lastHeaderFlushBytes_ < headerFlushIntervalBytes)
+    if (dataByteCount_ < nextHeaderFlushBytes_)
         return;
     try {
         patchHeader();
         fileHandle_->synchronize();
-        lastHeaderFlushBytes_ = dataByteCount_;
+        nextHeaderFlushBytes_ = dataByteCount_ + headerFlushIntervalBytes;
         headerPatchIsFailing_ = false;
     } catch (const std::exception& error) {
-        // Tried again with the next buffer, told once.
+        // Tried again after some more sound, told once.
+        nextHeaderFlushBytes_ = dataByteCount_ + headerRetryIntervalBytes;
         if (!std::exchange(headerPatchIsFailing_, true))
             reportFileError("audioRecorder.patchHeader.failed", error);
         return;

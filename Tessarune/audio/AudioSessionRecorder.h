@@ -40,6 +40,8 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
 
     static constexpr int maxConsecutiveWriteFailures = 3;
     static constexpr std::uint64_t headerFlushIntervalBytes = 2'000'000;
+    /// After a flush that failed: some seconds of sound.
+    static constexpr std::uint64_t headerRetryIntervalBytes = 200'000;
     /// Recording stops while this much is left of the disk, for the transcripts that follow.
     static constexpr std::uint64_t reservedDiskBytes = 16'000'000;
     /// Sound that may wait for a slow disk, some minutes of it. What is beyond becomes silence.
@@ -125,7 +127,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     std::optional<RecordingMetadata> item_;
     double observedSampleRate_ = 0; // 0 until the first buffer
     std::uint64_t dataByteCount_ = 0;
-    std::uint64_t lastHeaderFlushBytes_ = 0;
+    std::uint64_t nextHeaderFlushBytes_ = 0;
     int writeFailureCount_ = 0;
     int consecutiveWriteFailures_ = 0;
     int finalizeFailureCount_ = 0;

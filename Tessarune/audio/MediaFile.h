@@ -72,6 +72,25 @@ struct M4A {
     static constexpr int bitRate = 32000; ///< bits a second
 };
 
+/// Seam: an M4A that is encoded piece by piece, as `M4A` says. Nothing has its name until it is
+/// whole: it is written beside it, and what was not finished is removed with the object.
+///
+/// Used by one thread at a time; waits for the disk. Operations throw MediaFileError; the file is
+/// useless after that. Memory grows by some MB for an hour of sound, the container's index.
+class M4AFile {
+  public:
+    virtual ~M4AFile() = default;
+
+    /// Sound of the format that the file was created for.
+    virtual void append(const AudioBuffer& sound) = 0;
+    /// The file is whole and on the disk, and has its name.
+    virtual void finish() = 0;
+};
+
+/// Begins the M4A `to` for sound of the format `from`. Throws MediaFileError.
+using CreateM4A =
+    std::function<std::unique_ptr<M4AFile>(const std::filesystem::path& to, AudioFormat from)>;
+
 /// Decodes `from` and writes it to `to` as M4A: AAC, 16000 Hz, one channel, 32000 bits a second.
 /// Blocks until it is done. A failure or a request to stop removes what was written of `to` and
 /// throws MediaFileError.

@@ -22,6 +22,9 @@ struct RecordingMetadata {
     std::optional<std::int64_t> sampleRate;
     std::optional<std::int64_t> channelCount;
     std::optional<std::string> note; ///< the user's; absent, never empty
+    /// The session meant to leave an M4A: where it did not come to that, a later start of the
+    /// program makes it. Absent means no.
+    std::optional<bool> awaitsCompression;
 
     /// `Host::now` at the moment of `startedAt`: the base for times of this run of the program,
     /// which stay right when somebody sets the clock. Never stored; absent in what was read back.

@@ -37,10 +37,10 @@ std::string description(Kind kind, const std::string& detail) {
         throw ExportError(Kind::noAudioTrack, error.what());
     case MediaFileError::Kind::notMedia:
     case MediaFileError::Kind::unsupported:
+    case MediaFileError::Kind::damaged:
         throw ExportError(Kind::cannotCreateReader, error.what());
     case MediaFileError::Kind::cannotCreate:
         throw ExportError(Kind::cannotCreateWriter, error.what());
-    case MediaFileError::Kind::damaged:
     case MediaFileError::Kind::writeFailed:
         break;
     }

@@ -1,5 +1,8 @@
 #include "Tessarune/history/RecordingAudioCompressor.h"
 
+#include "Tessarune/history/HistoryItemLoader.h"
+#include "Tessarune/history/WAVEncoding.h"
+#include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
@@ -21,6 +24,8 @@ std::string description(CompressionError::Kind kind, const std::string& path) {
         return localized("压缩完成但找不到 M4A 文件：%@", {path});
     case CompressionError::Kind::missingOutputSize:
         return localized("无法读取 M4A 文件大小：%@", {path});
+    case CompressionError::Kind::emptyOutput:
+        return path + ": too short";
     }
     return path;
 }
@@ -37,14 +42,117 @@ std::filesystem::path destinationOf(const std::filesystem::path& source) {
 RecordingAudioCompressor::CompressionError::CompressionError(Kind kind, const std::string& path)
     : std::runtime_error(description(kind, path)), kind_(kind) {}
 
-RecordingAudioCompressor::RecordingAudioCompressor(FileSystem& files, RecordingCatalog& catalog,
+RecordingAudioCompressor::RecordingAudioCompressor(Host& host, FileSystem& files,
+                                                   RecordingCatalog& catalog,
                                                    TessaruneFileLogger& logger,
-                                                   AudioExporter& exporter, OpenMediaFile open)
-    : files_(files),
+                                                   AudioExporter& exporter, OpenMediaFile open,
+                                                   CreateM4A create)
+    : host_(host),
+      files_(files),
       catalog_(catalog),
       logger_(logger),
       exporter_(exporter),
-      open_(std::move(open)) {}
+      open_(std::move(open)),
+      create_(std::move(create)),
+      queue_(host.serialQueue("Tessarune.audio.backgroundEncoder", QueuePriority::utility)) {}
+
+// While a session records
+
+void RecordingAudioCompressor::follow(const RecordingMetadata& recording) {
+    forget();
+    catalog_.markForCompression(true, recording.id);
+    followed_ = std::make_shared<WAVEncoding>(files_, create_, recording.filePath,
+                                              destinationOf(recording.filePath));
+    spawn(Executor::main(host_), keepUp(alive_, *this, followed_));
+}
+
+void RecordingAudioCompressor::forget() {
+    if (const auto encoding = std::exchange(followed_, nullptr))
+        queue_->async([encoding] { encoding->abandon(); });
+}
+
+Task<void> RecordingAudioCompressor::keepUp(Alive alive, RecordingAudioCompressor& self,
+                                            std::shared_ptr<WAVEncoding> encoding) {
+    // What one look may encode: after a sleep of the computer there are hours of silence.
+    constexpr double mostSeconds = 600;
+    Host& host = self.host_;
+    const Executor worker = Executor::queue(host, self.queue_);
+    for (;;) {
+        co_await sleep(Executor::main(host), followSeconds);
+        if (alive.expired() || self.followed_ != encoding)
+            co_return;
+        co_await runOn(worker, [&] { encoding->follow(mostSeconds); });
+    }
+}
+
+/// False where the whole WAV is still to be encoded.
+Task<bool> RecordingAudioCompressor::finishFollowed(RecordingMetadata recording,
+                                                    MediaProgress progress, std::stop_token stop) {
+    const auto encoding = std::exchange(followed_, nullptr);
+    if (!encoding)
+        co_return false;
+    const Executor worker = Executor::queue(host_, queue_);
+    if (encoding->source() != recording.filePath) {
+        co_await runOn(worker, [&] { encoding->abandon(); });
+        co_return false;
+    }
+    const bool isWhole = co_await runOn(worker, [&] { return encoding->finish(progress, stop); });
+    if (!isWhole)
+        logBackgroundFailure(recording, encoding->failure());
+    co_return isWhole;
+}
+
+// What a session left that was cut off
+
+void RecordingAudioCompressor::compressLeftovers() {
+    std::vector<RecordingMetadata> waiting;
+    for (const RecordingMetadata& recording : catalog_.recordings()) {
+        if (recording.awaitsCompression == true && recording.endedAt &&
+            recording.filePath.ends_with(".wav") && files_.exists(recording.filePath))
+            waiting.push_back(recording);
+    }
+    if (!waiting.empty())
+        spawn(Executor::main(host_), encodeLeftovers(alive_, *this, std::move(waiting)));
+}
+
+Task<void> RecordingAudioCompressor::encodeLeftovers(Alive alive, RecordingAudioCompressor& self,
+                                                     std::vector<RecordingMetadata> recordings) {
+    Host& host = self.host_;
+    const Executor worker = Executor::queue(host, self.queue_);
+    for (const RecordingMetadata& recording : recordings) {
+        WAVEncoding encoding(self.files_, self.create_, recording.filePath,
+                             destinationOf(recording.filePath));
+        bool isWhole = false;
+        while (!isWhole && encoding.failure().empty()) {
+            co_await sleep(Executor::main(host), 1);
+            if (alive.expired())
+                co_return;
+            isWhole = co_await runOn(worker, [&] {
+                return encoding.advance(leftoverSecondsASecond) && encoding.finish();
+            });
+            if (alive.expired())
+                co_return;
+        }
+        std::string error = encoding.failure();
+        try {
+            if (isWhole)
+                self.adopt(recording, true);
+        } catch (const std::exception& failure) {
+            error = failure.what();
+        }
+        if (!error.empty())
+            self.logBackgroundFailure(recording, error);
+    }
+}
+
+void RecordingAudioCompressor::logBackgroundFailure(const RecordingMetadata& recording,
+                                                    const std::string& error) {
+    logger_.important("audio.compress.background.failed", {{"recordingID", recording.id.text()},
+                                                           {"sourcePath", recording.filePath},
+                                                           {"error", error}});
+}
+
+// At the end of a session
 
 Task<RecordingMetadata> RecordingAudioCompressor::compressWAVToM4A(RecordingMetadata recording,
                                                                    bool deleteSource,
@@ -53,23 +161,34 @@ Task<RecordingMetadata> RecordingAudioCompressor::compressWAVToM4A(RecordingMeta
     const std::filesystem::path source(recording.filePath);
     if (!files_.exists(source))
         throw CompressionError(CompressionError::Kind::missingSource, source.string());
-    const auto destination = destinationOf(source);
-    {
+    Task<bool> finishing = finishFollowed(recording, progress, stop);
+    const bool isEncoded = co_await finishing;
+    if (!isEncoded) {
         Task<void> transcoding =
-            exporter_.transcodeToM4A(source, destination, std::move(progress), stop);
+            exporter_.transcodeToM4A(source, destinationOf(source), std::move(progress), stop);
         co_await transcoding;
     }
+    co_return adopt(std::move(recording), deleteSource);
+}
+
+/// The M4A is there: makes it the recording, unless it is no replacement.
+RecordingMetadata RecordingAudioCompressor::adopt(RecordingMetadata recording, bool deleteSource) {
+    const std::filesystem::path source(recording.filePath);
+    const auto destination = destinationOf(source);
     recording.byteCount = checkedSize(recording, destination);
     recording.filePath = destination.string();
     recording.audioFormat = "m4a/aac";
     recording.sampleRate = M4A::sampleRate;
     recording.channelCount = M4A::channels;
+    recording.awaitsCompression = false;
     // Without its WAV an entry that still names it would be dropped at the next start.
     if (!catalog_.upsert(recording))
-        discard(destination, catalog_.paths().recordingIndex().string());
+        discard(destination,
+                catalog_.paths().recordingIndex().string() + " could not be brought up to date");
     if (deleteSource)
         removeSource(recording, source, destination);
-    co_return recording;
+    recording.awaitsCompression.reset();
+    return recording;
 }
 
 std::int64_t RecordingAudioCompressor::checkedSize(const RecordingMetadata& recording,
@@ -83,7 +202,12 @@ std::int64_t RecordingAudioCompressor::checkedSize(const RecordingMetadata& reco
         throw CompressionError(CompressionError::Kind::missingOutputSize, output.string());
     }
     if (!lastsAsLong(recording, output))
-        discard(output, output.string());
+        discard(output, output.string() + " is not as long as the recording");
+    if (size <= HistoryItemLoader::emptyCompressedSize) {
+        removeOutput(output);
+        catalog_.markForCompression(false, recording.id);
+        throw CompressionError(CompressionError::Kind::emptyOutput, output.string());
+    }
     return static_cast<std::int64_t>(size);
 }
 
@@ -99,12 +223,16 @@ bool RecordingAudioCompressor::lastsAsLong(const RecordingMetadata& recording,
     }
 }
 
-void RecordingAudioCompressor::discard(const std::filesystem::path& output,
-                                       const std::string& why) {
+void RecordingAudioCompressor::removeOutput(const std::filesystem::path& output) {
     try {
         files_.remove(output);
     } catch (const std::system_error&) { // it stays beside the WAV and goes with it
     }
+}
+
+void RecordingAudioCompressor::discard(const std::filesystem::path& output,
+                                       const std::string& why) {
+    removeOutput(output);
     throw AudioExporter::ExportError(AudioExporter::ExportError::Kind::exportFailed, why);
 }
 

@@ -145,6 +145,7 @@ RecordingTranscriptSaveOutcome RecordingCatalog::saveGuarded(SidecarKind kind,
             if (!loaded.index.ids().contains(id))
                 return;
             save();
+            refined_.insert(id);
             outcome = Outcome::saved;
         });
         if (!wentWell)
@@ -160,6 +161,30 @@ RecordingTranscriptSaveOutcome RecordingCatalog::saveGuarded(SidecarKind kind,
         });
     }
     return outcome;
+}
+
+RecordingCatalog::TranscriptUpdate
+RecordingCatalog::updateTranscripts(std::string_view sourceText, std::string_view bilingualText,
+                                    const UUID& id) {
+    using Outcome = RecordingTranscriptSaveOutcome;
+    TranscriptUpdate update;
+    queue_->sync([&] {
+        const LoadedIndex loaded = loadIndex();
+        const bool isListed = loaded.index.find(id).has_value();
+        if (refined_.contains(id)) {
+            update.outcome = Outcome::skippedRefined;
+        } else if (deleted_.contains(id) || (loaded.state == IndexState::good && !isListed)) {
+            update.outcome = Outcome::skippedDeleted;
+        } else if (isListed) {
+            update.sourceSaved = saveTranscript(sourceText, id);
+            update.bilingualSaved = saveBilingualTranscript(bilingualText, id);
+            update.outcome =
+                update.sourceSaved && update.bilingualSaved ? Outcome::saved : Outcome::failed;
+        }
+    });
+    if (update.outcome == Outcome::saved)
+        announceTranscript(id);
+    return update;
 }
 
 /// All entries that stand beside transcripts, as JSON.

@@ -45,14 +45,29 @@ bool RecordingCatalog::upsert(const RecordingMetadata& recording) {
         if (isDeleted)
             return;
         RecordingMetadata changed = recording;
-        if (!changed.note) {
-            if (const auto stored = index.find(recording.id))
+        if (const auto stored = index.find(recording.id)) {
+            if (!changed.note)
                 changed.note = stored->note;
+            if (!changed.awaitsCompression)
+                changed.awaitsCompression = stored->awaitsCompression;
         }
+        if (changed.awaitsCompression == false)
+            changed.awaitsCompression.reset();
         index.put(changed);
         writeEntry(index, recording.id);
     });
     return saved && !isDeleted;
+}
+
+bool RecordingCatalog::markForCompression(bool awaitsCompression, const UUID& id) {
+    return mutateIndex([&](RecordingIndex& index) {
+        auto recording = index.find(id);
+        if (!recording)
+            return;
+        recording->awaitsCompression = awaitsCompression ? std::optional(true) : std::nullopt;
+        index.put(*recording);
+        writeEntry(index, id);
+    });
 }
 
 bool RecordingCatalog::setNote(const std::string& note, const UUID& id) {

@@ -71,13 +71,17 @@ class RecordingCatalog {
     /// yet.
     std::string readingProblem();
 
-    /// Replaces the entry of the same id or adds one. A stored note outlives an absent one. False
+    /// Replaces the entry of the same id or adds one. A stored note, and a stored mark for
+    /// compression, outlive an absent one. False
     /// for a recording that was deleted: what is still being written brings no entry back.
     bool upsert(const RecordingMetadata& recording);
     /// Removes a recording with all it owns: audio, sidecars, diagnostics runs, log lines.
     bool deleteRecording(const UUID& id);
     /// An empty note is stored as none. An unknown id changes nothing.
     bool setNote(const std::string& note, const UUID& id);
+    /// Whether a later start of the program is to make an M4A of the WAV. An unknown id changes
+    /// nothing.
+    bool markForCompression(bool awaitsCompression, const UUID& id);
     bool deleteAll();
 
     // Sidecars. False if the sidecar could not be saved; the earlier one is then still there.
@@ -97,6 +101,16 @@ class RecordingCatalog {
     saveRefinedSourceTranscript(std::string_view sourceText,
                                 const std::optional<HistoryWordTimeline>& wordTimeline,
                                 const UUID& id);
+
+    struct TranscriptUpdate {
+        RecordingTranscriptSaveOutcome outcome = RecordingTranscriptSaveOutcome::failed;
+        bool sourceSaved = false;
+        bool bilingualSaved = false;
+    };
+    /// Replaces what a session saved by what it knows later: only of a recording that is listed,
+    /// and that was not refined since. No deletion can come between.
+    TranscriptUpdate updateTranscripts(std::string_view sourceText, std::string_view bilingualText,
+                                       const UUID& id);
 
     std::filesystem::path transcriptURL(const UUID& id) const;
     std::filesystem::path bilingualTranscriptURL(const UUID& id) const;
@@ -178,7 +192,9 @@ class RecordingCatalog {
     TessaruneFileLogger& logger_;
     NotificationCenter& notifications_;
     std::shared_ptr<SerialQueue> queue_;
-    std::set<UUID> deleted_; // in the life of this process; on the queue
+    // In the life of this process; on the queue
+    std::set<UUID> deleted_;
+    std::set<UUID> refined_;
 };
 
 } // namespace tessarune

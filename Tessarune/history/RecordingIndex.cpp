@@ -18,6 +18,9 @@ Json written(const std::string& text) {
 Json written(const UUID& id) {
     return id.text();
 }
+Json written(bool flag) {
+    return flag;
+}
 Json written(double number) {
     return std::isfinite(number) ? number : 0.0;
 }
@@ -39,7 +42,8 @@ std::optional<RecordingMetadata> recordingOf(const Json& object) {
         .optional("audioFormat", recording.audioFormat)
         .optional("sampleRate", recording.sampleRate)
         .optional("channelCount", recording.channelCount)
-        .optional("note", recording.note);
+        .optional("note", recording.note)
+        .optional("awaitsCompression", recording.awaitsCompression);
     if (!reader.isGood())
         return std::nullopt;
     recording.startedAt = startedAt.seconds;
@@ -109,6 +113,7 @@ void write(Json& object, const std::optional<RecordingMetadata>& before,
     writer.field("sampleRate", &RecordingMetadata::sampleRate);
     writer.field("channelCount", &RecordingMetadata::channelCount);
     writer.field("note", &RecordingMetadata::note);
+    writer.field("awaitsCompression", &RecordingMetadata::awaitsCompression);
 }
 
 /// Calls `found` with each stretch from a "{" to its "}" that is not nested deeper than entries

@@ -8,6 +8,7 @@ namespace tessarune {
 enum class RecordingTranscriptSaveOutcome {
     saved,
     skippedDeleted, ///< the recording is gone, and so is what was written for it
+    skippedRefined, ///< a refined text is there, which knows more
     failed
 };
 
@@ -17,6 +18,8 @@ constexpr std::string_view name(RecordingTranscriptSaveOutcome outcome) {
         return "saved";
     case RecordingTranscriptSaveOutcome::skippedDeleted:
         return "skippedDeleted";
+    case RecordingTranscriptSaveOutcome::skippedRefined:
+        return "skippedRefined";
     case RecordingTranscriptSaveOutcome::failed:
         return "failed";
     }

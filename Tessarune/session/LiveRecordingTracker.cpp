@@ -1,32 +1,72 @@
 #include "Tessarune/session/LiveRecordingTracker.h"
 
+#include <algorithm>
+
 namespace tessarune {
 
 void LiveRecordingTracker::reset() {
     currentID_.reset();
     lastSavedID_.reset();
     currentStartedAt_.reset();
+    journal_.reset();
 }
 
-void LiveRecordingTracker::handleStarted(const RecordingMetadata& metadata, bool isListening) {
+void LiveRecordingTracker::handleStarted(const RecordingMetadata& metadata, bool isListening,
+                                         const CaptionCore& core,
+                                         const std::string& recognitionOptionID) {
     if (!isListening) {
         catalog_.deleteRecording(metadata.id);
         return;
     }
+    discardCurrentRecordingIfAny();
     currentID_ = metadata.id;
-    lastSavedID_.reset();
     currentStartedAt_ = metadata.monotonicStart.value_or(metadata.startedAt);
+    journal_ =
+        std::make_unique<SessionJournal>(host_, files_, logger_, catalog_.journalURL(metadata.id),
+                                         *currentStartedAt_, recognitionOptionID);
+    journal(core, *core.committedSegments);
 }
 
 void LiveRecordingTracker::discardCurrentRecordingIfAny() {
+    if (journal_)
+        journal_->discard();
     if (currentID_)
         catalog_.deleteRecording(*currentID_);
     reset();
 }
 
+void LiveRecordingTracker::journal(const CaptionCore& core, std::span<const CaptionSegment> rows) {
+    if (!journal_)
+        return;
+    for (const CaptionSegment& row : rows) {
+        const auto words = core.wordEvents().find(row.id);
+        if (words == core.wordEvents().end()) {
+            journal_->append(row);
+        } else {
+            journal_->append(row, words->second);
+        }
+    }
+}
+
+void LiveRecordingTracker::journalTranslations(const CaptionCore& core,
+                                               std::span<const UUID> segmentIDs) {
+    if (!journal_)
+        return;
+    // Translations land on rows near the end.
+    auto left = static_cast<std::ptrdiff_t>(segmentIDs.size());
+    const CaptionCore::Rows& rows = *core.committedSegments;
+    for (auto row = rows.rbegin(); row != rows.rend() && left > 0; ++row) {
+        if (std::find(segmentIDs.begin(), segmentIDs.end(), row->id) == segmentIDs.end())
+            continue;
+        journal_->append(*row);
+        --left;
+    }
+}
+
 bool LiveRecordingTracker::saveTranscripts(std::string_view sourceText,
                                            std::string_view bilingualText,
                                            const std::optional<HistoryWordTimeline>& wordTimeline) {
+    const std::unique_ptr<SessionJournal> journal = std::move(journal_);
     if (!currentID_)
         return true;
     const UUID id = *currentID_;
@@ -35,12 +75,13 @@ bool LiveRecordingTracker::saveTranscripts(std::string_view sourceText,
     const bool timelineSaved = catalog_.saveWordTimeline(wordTimeline, id);
     // Texts of a recording that the catalog could not take are not kept beyond this run.
     const bool isListed = catalog_.recording(id).has_value();
+    reset();
     lastSavedID_ = id;
-    currentID_.reset();
-    currentStartedAt_.reset();
 
     const bool allSaved = sourceSaved && bilingualSaved && timelineSaved && isListed;
     if (allSaved) {
+        if (journal)
+            journal->discard();
         catalog_.announceTranscript(id);
     } else {
         logger_.important("recording.transcript.persist.degraded",
@@ -53,21 +94,20 @@ bool LiveRecordingTracker::saveTranscripts(std::string_view sourceText,
     return allSaved;
 }
 
-bool LiveRecordingTracker::updateLastSavedTranscripts(std::string_view sourceText,
-                                                      std::string_view bilingualText) {
+RecordingTranscriptSaveOutcome
+LiveRecordingTracker::updateLastSavedTranscripts(std::string_view sourceText,
+                                                 std::string_view bilingualText) {
+    using Outcome = RecordingTranscriptSaveOutcome;
     if (!lastSavedID_)
-        return true;
-    const bool sourceSaved = catalog_.saveTranscript(sourceText, *lastSavedID_);
-    const bool bilingualSaved = catalog_.saveBilingualTranscript(bilingualText, *lastSavedID_);
-    if (sourceSaved && bilingualSaved) {
-        catalog_.announceTranscript(*lastSavedID_);
-        return true;
+        return Outcome::skippedDeleted;
+    const auto update = catalog_.updateTranscripts(sourceText, bilingualText, *lastSavedID_);
+    if (update.outcome == Outcome::failed) {
+        logger_.important("recording.transcript.update.degraded",
+                          {{"recordingID", lastSavedID_->text()},
+                           {"sourceSaved", update.sourceSaved},
+                           {"bilingualSaved", update.bilingualSaved}});
     }
-    logger_.important("recording.transcript.update.degraded",
-                      {{"recordingID", lastSavedID_->text()},
-                       {"sourceSaved", sourceSaved},
-                       {"bilingualSaved", bilingualSaved}});
-    return false;
+    return update.outcome;
 }
 
 std::optional<RecordingMetadata> LiveRecordingTracker::currentRecordingMetadata() const {

@@ -10,8 +10,8 @@ namespace {
 
 void truncateDebugLog(const Resources& resources) {
     try {
-        if (resources.files.exists(resources.debugLog))
-            resources.files.create(resources.debugLog)->close();
+        if (resources.debugLog)
+            resources.files.empty(*resources.debugLog);
     } catch (const std::exception&) {
         // It is only a trace for developers.
     }

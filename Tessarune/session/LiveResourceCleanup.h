@@ -1,11 +1,13 @@
 #pragma once
 
 #include "Tessarune/shell/FileSystem.h"
+#include "Tessarune/shell/TessarunePaths.h"
 #include "TessaruneCore/host/Host.h"
 
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 
 /// Gives back what a session no longer needs.
 namespace tessarune::LiveResourceCleanup {
@@ -15,7 +17,7 @@ struct Resources {
     std::shared_ptr<SerialQueue> utilityQueue;
     /// Returns free memory to the operating system. Runs on the utility queue; may be empty.
     std::function<void()> returnMemory;
-    std::filesystem::path debugLog = "/tmp/tessarune.log";
+    std::optional<std::filesystem::path> debugLog = TessarunePaths::debugLog();
 };
 
 /// Empties the debug log if there is one, and returns memory in the background. What fails is left

@@ -1,8 +1,5 @@
 #include "Tessarune/session/LiveSessionStateMachine.h"
 
-#include "Tessarune/session/LiveCaptionUserMessages.h"
-#include "TessaruneCore/text/Localization.h"
-
 namespace tessarune {
 
 namespace {
@@ -26,7 +23,7 @@ std::optional<LiveSessionTransition> LiveSessionStateMachine::beginStart() {
     return LiveSessionTransition{.phase = phase,
                                  .isListening = true,
                                  .isStarting = true,
-                                 .statusMessage = LiveCaptionUserMessages::checkingTitle()};
+                                 .status = SessionStatus{SessionStatus::Kind::checking}};
 }
 
 std::optional<LiveSessionTransition> LiveSessionStateMachine::permissionsGranted() {
@@ -36,7 +33,7 @@ std::optional<LiveSessionTransition> LiveSessionStateMachine::permissionsGranted
     return LiveSessionTransition{.phase = phase,
                                  .isListening = true,
                                  .isStarting = true,
-                                 .statusMessage = LiveCaptionUserMessages::checkingTitle()};
+                                 .status = SessionStatus{SessionStatus::Kind::checking}};
 }
 
 std::optional<LiveSessionTransition> LiveSessionStateMachine::transcriberReady() {
@@ -45,8 +42,7 @@ std::optional<LiveSessionTransition> LiveSessionStateMachine::transcriberReady()
         return LiveSessionTransition{.phase = phase, .discardLateStartArtifacts = true};
     }
     phase = Phase::listening;
-    return LiveSessionTransition{
-        .phase = phase, .isListening = true, .statusMessage = std::string()};
+    return LiveSessionTransition{.phase = phase, .isListening = true, .status = SessionStatus()};
 }
 
 std::optional<LiveSessionTransition> LiveSessionStateMachine::startFailed() {
@@ -62,14 +58,14 @@ std::optional<LiveSessionTransition> LiveSessionStateMachine::requestStop(bool h
         return std::nullopt;
     phase = Phase::stopping;
     return LiveSessionTransition{.phase = phase,
-                                 .statusMessage = localized("正在收尾保存…"),
+                                 .status = SessionStatus{SessionStatus::Kind::saving},
                                  .audioLevel = restingAudioLevel};
 }
 
 std::optional<LiveSessionTransition> LiveSessionStateMachine::stopFinished() {
     phase = Phase::idle;
     return LiveSessionTransition{.phase = phase,
-                                 .statusMessage = LiveCaptionUserMessages::idleTitle(),
+                                 .status = SessionStatus{SessionStatus::Kind::idle},
                                  .audioLevel = restingAudioLevel};
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include "Tessarune/display/LiveSessionPhase.h"
+#include "Tessarune/session/SessionStatus.h"
 
 #include <optional>
-#include <string>
 
 namespace tessarune {
 
@@ -12,9 +12,8 @@ struct LiveSessionTransition {
     LiveSessionPhase phase = LiveSessionPhase::idle; ///< after the step
     bool isListening = false;
     bool isStarting = false;
-    std::optional<std::string> statusMessage =
-        std::nullopt;                                ///< absent: stays as it is; empty: cleared
-    std::optional<double> audioLevel = std::nullopt; ///< absent: stays as it is
+    std::optional<SessionStatus> status = std::nullopt; ///< absent: stays as it is
+    std::optional<double> audioLevel = std::nullopt;    ///< absent: stays as it is
     /// The start ended after the session had been given up: what it made is thrown away.
     bool discardLateStartArtifacts = false;
     bool presentStartFailure = false; ///< the user is to be told why the start failed

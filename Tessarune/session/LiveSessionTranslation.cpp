@@ -28,13 +28,13 @@ makeRuntime(const LiveSessionTranslation::Environment& environment) {
         }});
 }
 
-/// Keeps `copy` equal to `original` without announcing what it says already.
-template <typename T, typename Copy>
-void follow(Published<T>& original, std::weak_ptr<LiveTranscriptStore> weak, Copy copy) {
-    original.onDidChange([weak = std::move(weak), copy](const T& value) {
-        const auto store = weak.lock();
-        if (store && !(*(store.get()->*copy) == value))
-            store.get()->*copy = value;
+/// Keeps what the session shows equal to `original`.
+template <typename T>
+void follow(Published<T>& original, std::weak_ptr<LiveTranscriptStore> weak,
+            void (LiveTranscriptStore::*show)(T)) {
+    original.onDidChange([weak = std::move(weak), show](const T& value) {
+        if (const auto store = weak.lock())
+            (store.get()->*show)(value);
     });
 }
 
@@ -81,7 +81,7 @@ LiveSessionTranslation::access(const std::shared_ptr<Session>& session,
         .setStatusMessage =
             [session](std::string text) {
                 if (const auto store = session->store.lock())
-                    store->statusMessage = std::move(text);
+                    store->showTranslationStatus(std::move(text));
             },
         .refreshCaptionDisplay =
             [session](const std::string& reason, const LiveCaptionDisplayTranslationPatch*) {
@@ -102,6 +102,7 @@ SessionTranslation LiveSessionTranslation::steps() const {
     return {
         .prewarmCurrentTranslationPair =
             [self](const std::string& reason) { self->prewarmCurrentTranslationPair(reason); },
+        .settingChanged = [self](const std::string& reason) { self->applySettings(reason); },
         .startCommittedRun = [self] { self->startCommittedRun(); },
         .pumpGhostTranslation =
             [self](const BoundaryObservation& observation) {
@@ -125,11 +126,11 @@ SessionTranslation LiveSessionTranslation::steps() const {
 
 void LiveSessionTranslation::attach(const std::shared_ptr<LiveTranscriptStore>& store) {
     session_->store = store;
-    follow(translation_->ghostTranslationText(), store, &LiveTranscriptStore::ghostTranslationText);
+    follow(translation_->ghostTranslationText(), store, &LiveTranscriptStore::showGhostTranslation);
     follow(translation_->translationStatusMessage(), store,
-           &LiveTranscriptStore::translationStatusMessage);
+           &LiveTranscriptStore::showTranslationMessage);
     follow(translation_->preparationDisplayState(), store,
-           &LiveTranscriptStore::translationPreparationDisplayState);
+           &LiveTranscriptStore::showTranslationPreparation);
 }
 
 } // namespace tessarune

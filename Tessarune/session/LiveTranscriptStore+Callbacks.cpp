@@ -1,17 +1,16 @@
-#include "Tessarune/session/LiveCaptionUserMessages.h"
 #include "Tessarune/session/LiveTranscriptStore.h"
 #include "Tessarune/session/SystemAudioSilentStartPolicy.h"
 #include "TessaruneCore/captions/BoundarySummary.h"
 #include "TessaruneCore/captions/LiveBoundaryDecisionHandler.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
-#include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tessarune {
 
 /// A live caption changes many times a second; views hear of it through the display only.
-void LiveTranscriptStore::bridgeCoreChanges() {
+void LiveTranscriptStore::countCoreChanges() {
     const auto count = [this](const auto&) {
         ++pipelinePerf_.coreChangeNotifications;
         ++pipelinePerf_.coreChangeObjectWillChangeSuppressed;
@@ -25,12 +24,32 @@ void LiveTranscriptStore::bridgeCoreChanges() {
     core.debugEvents.onWillChange(count);
 }
 
-void LiveTranscriptStore::bridgeDiagnosticsSetting() {
-    diagnosticsSettingBridge_ = environment_.settings.diagnosticsLevel.published().onDidChange(
-        [this](DiagnosticsLevel level) {
-            TessaruneLog::setDiagnosticsLevel(level);
-            isDiagnosticsRunning = environment_.diagnostics.isRunning();
+/// Calls `changed` with each value of a setting that is another than the one before.
+template <typename Value, typename Changed>
+void LiveTranscriptStore::observe(Setting<Value>& setting, Changed changed) {
+    const auto token = setting.published().onDidChange(
+        [changed, before = std::make_shared<Value>(*setting)](const Value& value) {
+            if (std::exchange(*before, value) != value)
+                changed(value);
         });
+    endObservations_.push_back([&setting, token] { setting.published().remove(token); });
+}
+
+/// These take effect wherever they are changed from.
+void LiveTranscriptStore::observeSettings() {
+    AppSettings& settings = environment_.settings;
+    observe(settings.diagnosticsLevel, [this](DiagnosticsLevel level) {
+        TessaruneLog::setDiagnosticsLevel(level);
+        view_.isDiagnosticsRunning = environment_.diagnostics->isRunning();
+    });
+    observe(settings.selectedRecognitionOptionID,
+            [this](const std::string& id) { recognitionOptionChanged(id); });
+    observe(settings.translationTargetLanguage, [this](const std::string&) {
+        environment_.translation.settingChanged("settings.translationTarget");
+    });
+    observe(settings.translationBackend, [this](const std::string&) {
+        environment_.translation.settingChanged("settings.translationBackend");
+    });
 }
 
 void LiveTranscriptStore::configureCoreCallbacks() {
@@ -49,11 +68,11 @@ void LiveTranscriptStore::configureCoreCallbacks() {
     };
     core.onSoftCaptionChange = [weak](const SoftCaptionObservation& observation) {
         if (const Self self = weak.lock())
-            self->environment_.diagnostics.recordSoftCaption(observation);
+            self->environment_.diagnostics->recordSoftCaption(observation);
     };
     core.onCorrection = [weak](const CorrectionObservation& observation) {
         if (const Self self = weak.lock())
-            self->environment_.diagnostics.appendCorrection(observation);
+            self->environment_.diagnostics->appendCorrection(observation);
     };
 }
 
@@ -74,24 +93,28 @@ void LiveTranscriptStore::configureTranscriberCallbacks() {
     LiveSystemAudioTranscriber& transcriber = *liveTranscriber_;
     transcriber.onRecordingStarted =
         onMain<RecordingMetadata>([](Store& self, const RecordingMetadata& metadata) {
-            self.handleRecordingStarted(metadata);
+            const AppSettings& settings = self.environment_.settings;
+            self.recordingTracker_.handleStarted(metadata, *self.view_.isListening, self.core,
+                                                 *settings.selectedRecognitionOptionID);
+            if (self.recordingTracker_.currentID() == metadata.id && !*settings.recordLosslessAudio)
+                self.environment_.compressor.follow(metadata);
         });
     transcriber.onASREvent = onMain<ASREvent>(
         [](Store& self, const ASREvent& event) { self.handleRecognitionEvent(event); });
     transcriber.onAppleRawResult = onMain<AppleSpeechAnalyzerRawResultRecord>(
         [](Store& self, const AppleSpeechAnalyzerRawResultRecord& record) {
-            self.environment_.diagnostics.appendAppleRawResult(record);
+            self.environment_.diagnostics->appendAppleRawResult(record);
         });
     transcriber.onAppleSummaryResult = onMain<AppleSpeechAnalyzerSummaryRecord>(
         [](Store& self, const AppleSpeechAnalyzerSummaryRecord& record) {
-            self.environment_.diagnostics.appendAppleSummaryResult(record);
+            self.environment_.diagnostics->appendAppleSummaryResult(record);
         });
     transcriber.onAppleFinalReconcile = onMain<AppleFinalReconcileDecisionRecord>(
         [](Store& self, const AppleFinalReconcileDecisionRecord& record) {
-            self.environment_.diagnostics.appendAppleFinalReconcile(record);
+            self.environment_.diagnostics->appendAppleFinalReconcile(record);
         });
     transcriber.onAudioBufferInfo = onMain<double>([](Store& self, double sampleRate) {
-        self.environment_.diagnostics.noteAudioBuffer(sampleRate);
+        self.environment_.diagnostics->noteAudioBuffer(sampleRate);
     });
     transcriber.onLevel =
         onMain<double>([](Store& self, double level) { self.handleLevelEvent(level); });
@@ -115,15 +138,9 @@ void LiveTranscriptStore::configureTranscriberCallbacks() {
 
 // What the transcriber's callbacks do on the main queue
 
-void LiveTranscriptStore::handleRecordingStarted(const RecordingMetadata& metadata) {
-    recordingTracker_.handleStarted(metadata, *isListening);
-    if (recordingTracker_.currentID() == metadata.id)
-        beginJournal(metadata);
-}
-
 void LiveTranscriptStore::handleRecognitionEvent(const ASREvent& event) {
     const double before = now();
-    environment_.diagnostics.appendASREvent(event);
+    environment_.diagnostics->appendASREvent(event);
     const double busy = now() - before;
     pipelinePerf_.asrDiagnosticsBusySeconds += busy;
     pipelinePerf_.asrDiagnosticsMaxMS = std::max(pipelinePerf_.asrDiagnosticsMaxMS, busy * 1000);
@@ -133,39 +150,32 @@ void LiveTranscriptStore::handleRecognitionEvent(const ASREvent& event) {
 void LiveTranscriptStore::applyRecognition(const ASREvent& event) {
     const double before = now();
     const bool isFinal = std::holds_alternative<ASREvent::Final>(event.value);
-    // 1.
     ++pipelinePerf_.asrEventCount;
     ++(isFinal ? pipelinePerf_.asrFinalCount : pipelinePerf_.asrPartialCount);
-    // 2. After a stop was asked for, the last finals still count; guesses do not.
-    if (!*isListening && !(isFinal && *sessionPhase == LiveSessionPhase::stopping))
+    // After a stop was asked for, the last finals still count; guesses do not.
+    if (!*view_.isListening && !(isFinal && *view_.sessionPhase == LiveSessionPhase::stopping))
         return;
-    // 3.
     environment_.permissions.latch(PermissionsManager::Key::speechStatus,
                                    PermissionsManager::Status::granted);
-    // 4. Speech is activity, however quiet it is.
-    audioInactivityAutoStop_.noteActivity();
-    // 5.
+    // Speech is activity, however quiet it is.
+    inactivity_.noteActivity();
     const double ingestedFrom = now();
     core.ingest(event);
     const double ingest = now() - ingestedFrom;
     pipelinePerf_.coreIngestBusySeconds += ingest;
     pipelinePerf_.coreIngestMaxMS = std::max(pipelinePerf_.coreIngestMaxMS, ingest * 1000);
-    // 6.
     updateVisibleSourceTextFlag();
-    // 7.
     updateLiveHistoryTextIfNeeded(isFinal);
-    // 8.
     refreshCaptionDisplay(isFinal ? "asr.final" : "asr.partial");
-    // 9.
     const double busy = now() - before;
     pipelinePerf_.asrMainBusySeconds += busy;
     pipelinePerf_.asrMainMaxMS = std::max(pipelinePerf_.asrMainMaxMS, busy * 1000);
-    if (environment_.diagnostics.isRunning())
-        environment_.diagnostics.notePerfStats(mergedLivePerfStats());
+    if (environment_.diagnostics->isRunning())
+        environment_.diagnostics->notePerfStats(mergedLivePerfStats());
 }
 
 void LiveTranscriptStore::handleGuessWithdrawn() {
-    if (!*isListening && *sessionPhase != LiveSessionPhase::stopping)
+    if (!*view_.isListening && *view_.sessionPhase != LiveSessionPhase::stopping)
         return;
     core.withdrawOpenText();
     updateVisibleSourceTextFlag();
@@ -176,42 +186,44 @@ void LiveTranscriptStore::handleLevelEvent(double level) {
     handleAudioLevel(level);
     environment_.permissions.latch(PermissionsManager::Key::systemAudioStatus,
                                    PermissionsManager::Status::granted);
-    if (LiveCaptionUserMessages::isSilentMessage(*statusMessage))
-        statusMessage = std::string();
+    if (view_.status->kind == SessionStatus::Kind::silent)
+        view_.status = SessionStatus();
 }
 
 void LiveTranscriptStore::handleSystemAudioSilent() {
-    if (!*isListening)
+    if (!*view_.isListening)
         return;
-    const auto message = SystemAudioSilentStartPolicy::warningMessageIfNeeded(
-        environment_.permissions, *selectedSource);
-    if (!message)
+    if (!SystemAudioSilentStartPolicy::warnsOfSilence(environment_.permissions,
+                                                      *view_.selectedSource))
         return;
-    statusMessage = *message;
+    view_.status = SessionStatus{SessionStatus::Kind::silent};
     refreshCaptionDisplay("systemAudio.silent");
 }
 
 void LiveTranscriptStore::handleCaptureEvent(const CaptureEvent& event) {
-    if (!*isListening)
+    if (!*view_.isListening)
         return;
+    using Status = SessionStatus::Kind;
     isCaptureInterrupted_ = event.kind == CaptureEvent::Kind::interrupted;
     switch (event.kind) {
     case CaptureEvent::Kind::interrupted:
-        log("listen.capture.interrupted",
-            {{"status", std::int64_t{event.status}}, {"error", event.text}}, Importance::important);
-        statusMessage = LiveCaptionUserMessages::captureInterrupted();
+        log_.event("listen.capture.interrupted",
+                   {{"status", std::int64_t{event.status}}, {"error", event.text}},
+                   Importance::important);
+        view_.status = SessionStatus{Status::interrupted};
         refreshCaptionDisplay("capture.interrupted");
         break;
     case CaptureEvent::Kind::resumed:
-        log("listen.capture.resumed", {{"device", event.text}, {"gapSeconds", event.gapSeconds}},
-            Importance::important);
-        if (Text::equal(*statusMessage, LiveCaptionUserMessages::captureInterrupted()))
-            statusMessage = LiveCaptionUserMessages::captureListeningTo(event.text);
+        log_.event("listen.capture.resumed",
+                   {{"device", event.text}, {"gapSeconds", event.gapSeconds}},
+                   Importance::important);
+        if (view_.status->kind == Status::interrupted)
+            view_.status = SessionStatus{Status::listeningTo, event.text};
         refreshCaptionDisplay("capture.resumed");
         break;
     case CaptureEvent::Kind::deviceChanged:
-        log("listen.capture.deviceChanged", {{"device", event.text}}, Importance::important);
-        statusMessage = LiveCaptionUserMessages::captureListeningTo(event.text);
+        log_.event("listen.capture.deviceChanged", {{"device", event.text}}, Importance::important);
+        view_.status = SessionStatus{Status::listeningTo, event.text};
         refreshCaptionDisplay("capture.deviceChanged");
         break;
     }
@@ -220,24 +232,24 @@ void LiveTranscriptStore::handleCaptureEvent(const CaptureEvent& event) {
 // What the core's callbacks do, inside its operations
 
 void LiveTranscriptStore::handleCommit(const CaptionCore::Rows& rows) {
-    for (const CaptionSegment& row : rows)
-        journal(row);
+    recordingTracker_.journal(core, rows);
     environment_.translation.startCommittedRun();
 }
 
 void LiveTranscriptStore::handleActivity(CaptionCore::Activity activity) {
     // The last words before an interruption come after the news of it, which must not go with them.
-    const bool isInterrupted = isCaptureInterrupted_ && *isListening;
-    statusMessage = isInterrupted ? LiveCaptionUserMessages::captureInterrupted() : std::string();
+    const bool isInterrupted = isCaptureInterrupted_ && *view_.isListening;
+    view_.status =
+        SessionStatus{isInterrupted ? SessionStatus::Kind::interrupted : SessionStatus::Kind::none};
     if (activity != CaptionCore::Activity::partialDeduped)
-        isTranslationVisible = false;
+        view_.isTranslationVisible = false;
     updateVisibleSourceTextFlag();
     refreshCaptionDisplay("core.activity");
 }
 
 void LiveTranscriptStore::handleBoundaryDecision(const BoundaryObservation& observation) {
-    latestBoundarySummary = BoundarySummary::text(observation);
-    environment_.diagnostics.appendBoundary(observation);
+    view_.latestBoundarySummary = BoundarySummary::text(observation);
+    environment_.diagnostics->appendBoundary(observation);
     environment_.translation.pumpGhostTranslation(observation);
     const auto reason = LiveBoundaryDecisionHandler::engineFinalizationReason(
         observation, *environment_.settings.appleAnalyzerEarlyFinalize);

@@ -13,12 +13,12 @@ constexpr double liveHistoryTextMinInterval = 1.0;
 } // namespace
 
 void LiveTranscriptStore::refreshCaptionDisplay(const std::string& reason) {
-    captionDisplayRefresh = reason;
+    view_.captionDisplayRefresh = reason;
 }
 
 void LiveTranscriptStore::showError(const std::string& message) {
     presentMessage(message);
-    presentedError = message;
+    view_.presentedError = message;
     refreshCaptionDisplay("error.presentation");
 }
 
@@ -46,7 +46,7 @@ void LiveTranscriptStore::takeMessageAway() {
 
 bool LiveTranscriptStore::hasVisibleSourceText() const {
     const auto isVisible = [this](const CaptionSegment& row) {
-        return !Text::trimmed(row.sourceText).empty() && !clearedSegmentIDs->contains(row.id);
+        return !Text::trimmed(row.sourceText).empty() && !view_.clearedSegmentIDs->contains(row.id);
     };
     const CaptionCore::Rows& committed = *core.committedSegments;
     return isVisible(*core.currentPartial) ||
@@ -57,9 +57,9 @@ bool LiveTranscriptStore::hasVisibleSourceText() const {
 
 void LiveTranscriptStore::updateVisibleSourceTextFlag() {
     const bool visible = hasVisibleSourceText();
-    if (visible == *hasVisibleSourceTextFlag)
+    if (visible == *view_.hasVisibleSourceTextFlag)
         return;
-    hasVisibleSourceTextFlag = visible;
+    view_.hasVisibleSourceTextFlag = visible;
     ++pipelinePerf_.toolbarTextFlagUpdates;
 }
 
@@ -79,16 +79,22 @@ TranscriptSnapshot LiveTranscriptStore::exportTranscriptSnapshot() const {
             SessionTranscriptBuilder::bilingualText(all)};
 }
 
+/// How many rows have a translation.
+std::size_t LiveTranscriptStore::translatedRows() const {
+    return static_cast<std::size_t>(
+        std::ranges::count_if(*core.committedSegments, [](const CaptionSegment& row) {
+            return row.translatedText && !Text::trimmed(*row.translatedText).empty();
+        }));
+}
+
 void LiveTranscriptStore::updateLiveHistoryTextIfNeeded(bool force) {
-    // 1. An empty text is always rebuilt, so that the first words appear at once.
+    // An empty text is always rebuilt, so that the first words appear at once.
     const double startedAt = now();
-    if (!force && !liveHistoryText->empty() &&
+    if (!force && !view_.liveHistoryText->empty() &&
         startedAt - liveHistoryTextLastUpdateWall_ < liveHistoryTextMinInterval)
         return;
-    // 2.
     LiveHistoryText::Built built =
-        liveHistory_.build(*liveHistoryText, sources(core, !showsMessage()));
-    // 3.
+        liveHistory_.build(*view_.liveHistoryText, sources(core, !showsMessage()));
     liveHistoryTextLastUpdateWall_ = startedAt;
     const double busy = now() - startedAt;
     ++pipelinePerf_.liveHistoryTextBuilds;
@@ -96,9 +102,8 @@ void LiveTranscriptStore::updateLiveHistoryTextIfNeeded(bool force) {
     pipelinePerf_.liveHistoryTextBuildMaxMS =
         std::max(pipelinePerf_.liveHistoryTextBuildMaxMS, busy * 1000);
     pipelinePerf_.liveHistoryTextCharacters = static_cast<double>(built.characters);
-    // 4.
-    if (built.text != *liveHistoryText)
-        liveHistoryText = std::move(built.text);
+    if (built.text != *view_.liveHistoryText)
+        view_.liveHistoryText = std::move(built.text);
 }
 
 } // namespace tessarune

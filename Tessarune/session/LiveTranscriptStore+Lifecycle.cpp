@@ -1,5 +1,4 @@
 #include "Tessarune/audio/RecognitionPermissionGate.h"
-#include "Tessarune/session/LiveCaptionUserMessages.h"
 #include "Tessarune/session/LiveTranscriptStore.h"
 #include "TessaruneCore/LocalizedError.h"
 #include "TessaruneCore/host/CancellationError.h"
@@ -22,18 +21,27 @@ bool isCancellation(const std::exception_ptr& failure) {
     }
 }
 
-/// Sound at least this loud counts as something that is heard.
-constexpr double activeLevelThreshold = 0.01;
-
 } // namespace
 
+struct LiveTranscriptStore::Start {
+    std::uint64_t number;
+    AudioSource source;
+    std::string optionID;
+    double startedAt;
+    LiveSessionControlTrigger trigger;
+};
+
+bool LiveTranscriptStore::isSuperseded(const Start& start) const {
+    return start.number != startNumber_;
+}
+
 void LiveTranscriptStore::toggleListening(const LiveSessionControlTrigger& trigger) {
-    if (*sessionPhase == LiveSessionPhase::stopping) {
-        logLifecycle("listen.toggle.ignoredWhileStopping", trigger.logFields(),
-                     Importance::important);
+    if (*view_.sessionPhase == LiveSessionPhase::stopping) {
+        log_.milestone("listen.toggle.ignoredWhileStopping", trigger.logFields(),
+                       Importance::important);
         return;
     }
-    if (*isListening) {
+    if (*view_.isListening) {
         stopListening(trigger);
     } else {
         startListening(trigger);
@@ -41,12 +49,12 @@ void LiveTranscriptStore::toggleListening(const LiveSessionControlTrigger& trigg
 }
 
 void LiveTranscriptStore::startListening(const LiveSessionControlTrigger& trigger) {
-    // 1. A late start can have dropped the phase to idle while the stop goes on: two sessions must
-    //    never share the recorder and the texts that are being saved.
-    if (*sessionPhase == LiveSessionPhase::stopping || isFinalizing_) {
+    // A late start can have dropped the phase to idle while the stop goes on: two sessions must
+    // never share the recorder and the texts that are being saved.
+    if (*view_.sessionPhase == LiveSessionPhase::stopping || stop_.isFinalizing()) {
         const std::string event = "listen.start.ignoredWhileStopping";
-        logLifecycle(event, trigger.logFields(), Importance::important);
-        statusMessage = localized("正在收尾保存，请稍候…");
+        log_.milestone(event, trigger.logFields(), Importance::important);
+        view_.status = SessionStatus{SessionStatus::Kind::stillSaving};
         refreshCaptionDisplay(event);
         return;
     }
@@ -57,37 +65,31 @@ void LiveTranscriptStore::startListening(const LiveSessionControlTrigger& trigge
 }
 
 void LiveTranscriptStore::beginSession(const LiveSessionControlTrigger& trigger) {
-    // 2.
     startFailure_ = nullptr;
-    didReachListening_ = false;
+    stop_.sessionBegins();
+    view_.outcome = std::optional<SessionOutcome>();
     applySessionTransition(sessionState_.beginStart());
-    const AudioSource source = *selectedSource;
-    // 3.
-    environment_.diagnostics.stopIdleMemorySentinel("listen.start");
-    // 4.
-    startDurationTimer();
-    // 5.
+    const AudioSource source = *view_.selectedSource;
+    environment_.diagnostics->stopIdleMemorySentinel("listen.start");
+    durationClock_.start([weak = weak_from_this()](double seconds) {
+        if (const Self self = weak.lock())
+            self->view_.sessionDuration = seconds;
+    });
+    view_.sessionDuration = 0.0;
     resetTranscriptForNewSession();
-    // 6. A later change of the setting has no effect on this session.
-    sessionAudioInactivityAutoStopConfiguration_.emplace(
-        *environment_.settings.audioInactivityAutoStopMinutes);
-    // 7.
+    inactivity_.configure(*environment_.settings.audioInactivityAutoStopMinutes);
     startDiagnostics(source);
-    // 8.
     environment_.translation.prewarmCurrentTranslationPair("listen.start");
-    // 9.
     logPrepared(source, trigger);
-    // 10.
     const Start start{++startNumber_, source, *environment_.settings.selectedRecognitionOptionID,
                       now(), trigger};
     LogFields fields{{"source", source.logName()}, {"optionID", start.optionID}};
     fields.add(trigger.logFields());
-    logLifecycle("listen.start.task", fields, Importance::important);
+    log_.milestone("listen.start.task", fields, Importance::important);
     spawn(Executor::main(host()), runStart(weak_from_this(), start));
 }
 
 Task<void> LiveTranscriptStore::runStart(WeakSelf weak, Start start) {
-    // 11.
     const Self self = weak.lock();
     if (!self)
         co_return;
@@ -105,71 +107,68 @@ Task<void> LiveTranscriptStore::runStart(WeakSelf weak, Start start) {
 
 Task<void> LiveTranscriptStore::startSteps(Self self, Start start) {
     const LogFields about{{"source", start.source.logName()}, {"optionID", start.optionID}};
-    self->logLifecycle("listen.start.permissions.request", about);
+    self->log_.milestone("listen.start.permissions.request", about);
     Task<void> asking = RecognitionPermissionGate::requestRequiredPermissions(
         self->environment_.permissions, start.source, start.optionID);
     co_await asking;
     if (self->isSuperseded(start))
         co_return;
-    // 12.
-    self->logLifecycle("listen.start.permissions.granted", self->elapsed(start.startedAt));
+    self->log_.milestone("listen.start.permissions.granted", self->log_.elapsed(start.startedAt));
     self->applySessionTransition(self->sessionState_.permissionsGranted());
-    // 13.
     const double transcriberStartedAt = self->now();
     Task<void> starting = self->liveTranscriber_->start(start.source);
     co_await starting;
     if (self->isSuperseded(start)) {
         // The newer start still waits for its permissions; the sound is this one's.
         self->liveTranscriber_->stop();
-        self->discardCurrentRecording();
+        self->discardRecording();
         co_return;
     }
-    // 14.
-    LogFields times = self->elapsed(transcriberStartedAt);
-    times.add("totalElapsedMS", self->elapsedMS(start.startedAt));
-    self->logLifecycle("listen.start.transcriber.ready", times);
+    LogFields times = self->log_.elapsed(transcriberStartedAt);
+    times.add("totalElapsedMS", self->log_.elapsedMS(start.startedAt));
+    self->log_.milestone("listen.start.transcriber.ready", times);
     const auto transition = self->sessionState_.transcriberReady();
     self->applySessionTransition(transition);
     if (transition && transition->discardLateStartArtifacts) {
         self->discardLateStart();
         co_return;
     }
-    self->didReachListening_ = true;
-    self->startAudioInactivityAutoStop();
+    self->stop_.sessionListens();
+    self->inactivity_.start([weak = self->weak_from_this()](double idle, double timeout) {
+        if (const Self still = weak.lock())
+            still->handleAudioInactivityTimeout(idle, timeout);
+    });
 }
 
 void LiveTranscriptStore::discardLateStart() {
     liveTranscriber_->stop();
-    discardCurrentRecording();
-    environment_.diagnostics.discardCurrentRun();
-    isDiagnosticsRunning = environment_.diagnostics.isRunning();
+    discardRecording();
+    environment_.diagnostics->discardCurrentRun();
+    view_.isDiagnosticsRunning = environment_.diagnostics->isRunning();
 }
 
 void LiveTranscriptStore::failStart(const Start& start, const std::exception_ptr& failure) {
-    // 15.
     const std::string error = localizedDescription(failure);
-    LogFields fields = elapsed(start.startedAt);
+    LogFields fields = log_.elapsed(start.startedAt);
     fields.add("source", start.source.logName()).add("optionID", start.optionID);
     fields.add("error", error).add(start.trigger.logFields());
-    logLifecycle("listen.start.failed", fields, Importance::important);
+    log_.milestone("listen.start.failed", fields, Importance::important);
     const auto transition = sessionState_.startFailed();
     if (transition && transition->presentStartFailure)
         startFailure_ = failure; // in its place before anybody sees the phase
     applySessionTransition(transition);
-    audioInactivityAutoStop_.stop();
+    inactivity_.stop();
     if (!transition || !transition->presentStartFailure)
         return;
     durationClock_.stop();
-    discardCurrentRecording();
-    environment_.diagnostics.discardCurrentRun();
-    isDiagnosticsRunning = environment_.diagnostics.isRunning();
+    discardRecording();
+    environment_.diagnostics->discardCurrentRun();
+    view_.isDiagnosticsRunning = environment_.diagnostics->isRunning();
     showError(error);
 }
 
-void LiveTranscriptStore::discardCurrentRecording() {
-    if (journal_)
-        journal_->discard();
-    journal_.reset();
+void LiveTranscriptStore::discardRecording() {
+    environment_.compressor.forget();
     recordingTracker_.discardCurrentRecordingIfAny();
 }
 
@@ -178,35 +177,47 @@ void LiveTranscriptStore::resetTranscriptForNewSession() {
     message_.reset();
     isCaptureInterrupted_ = false;
     core.reset(now());
-    clearedSegmentIDs = std::unordered_set<UUID>();
-    ghostTranslationText = std::string();
-    translationStatusMessage = std::string();
+    view_.clearedSegmentIDs = std::unordered_set<UUID>();
+    view_.ghostTranslationText = std::string();
+    view_.translationStatusMessage = std::string();
     environment_.translation.setPreparationIdle();
     core.resetCounters();
     recordingTracker_.reset();
-    journal_.reset();
-    latestBoundarySummary = std::string("—");
-    sessionAudioInactivityAutoStopConfiguration_.reset();
+    view_.latestBoundarySummary = std::string("—");
+    inactivity_.forget();
+    savedTranslations_ = 0;
+    view_.isTranslationOver = false;
     pipelinePerf_ = LiveCaptionPerfCounters();
-    liveHistoryText = std::string();
+    view_.liveHistoryText = std::string();
     liveHistoryTextLastUpdateWall_ = 0;
     updateVisibleSourceTextFlag();
     refreshCaptionDisplay("session.reset");
 }
 
 void LiveTranscriptStore::startDiagnostics(const AudioSource& source) {
-    if (sessionAudioInactivityAutoStopConfiguration_) {
-        environment_.diagnostics.startIfNeeded({source,
-                                                AudioSourceDisplayName::name(source, *inputDevices),
-                                                *sessionAudioInactivityAutoStopConfiguration_});
+    if (inactivity_.configuration()) {
+        environment_.diagnostics->startIfNeeded(
+            {source, AudioSourceDisplayName::name(source, *view_.inputDevices),
+             *inactivity_.configuration()});
     }
-    isDiagnosticsRunning = environment_.diagnostics.isRunning();
+    view_.isDiagnosticsRunning = environment_.diagnostics->isRunning();
+}
+
+void LiveTranscriptStore::finishDiagnosticsSnapshot() {
+    SessionDiagnostics& diagnostics = *environment_.diagnostics;
+    const auto recording = recordingTracker_.currentRecordingMetadata();
+    LogFields fields{{"running", diagnostics.isRunning()}};
+    if (recording)
+        fields.add("recordingID", recording->id.text()).add("recordingPath", recording->filePath);
+    log_.event("diagnostics.finish.request", fields);
+    diagnostics.finish({exportTranscriptSnapshot(), mergedLivePerfStats(), recording});
+    view_.isDiagnosticsRunning = diagnostics.isRunning();
 }
 
 void LiveTranscriptStore::logPrepared(const AudioSource& source,
                                       const LiveSessionControlTrigger& trigger) {
     const AppSettings& settings = environment_.settings;
-    const auto& autoStop = *sessionAudioInactivityAutoStopConfiguration_;
+    const auto& autoStop = *inactivity_.configuration();
     const auto mode = *settings.sessionDiagnosticsEnabled ? *settings.appleAnalyzerDiagnosticsMode
                                                           : AppleAnalyzerDiagnosticsMode::off;
     LogFields fields{{"source", source.logName()},
@@ -223,90 +234,60 @@ void LiveTranscriptStore::logPrepared(const AudioSource& source,
                      {"audioInactivityAutoStopMinutes", autoStop.minutes},
                      {"audioInactivityAutoStopSeconds", autoStop.timeoutSeconds.value_or(0)}};
     fields.add(trigger.logFields());
-    logLifecycle("listen.start.prepared", fields, Importance::important);
-}
-
-void LiveTranscriptStore::startAudioInactivityAutoStop() {
-    if (!sessionAudioInactivityAutoStopConfiguration_)
-        sessionAudioInactivityAutoStopConfiguration_.emplace(
-            *environment_.settings.audioInactivityAutoStopMinutes);
-    const auto& configuration = *sessionAudioInactivityAutoStopConfiguration_;
-    LogFields fields{{"configuredMinutes", configuration.minutes}};
-    if (!configuration.timeoutSeconds) {
-        audioInactivityAutoStop_.stop();
-        logLifecycle("listen.audioInactivityAutoStop.disabled", fields);
-        return;
-    }
-    const WeakSelf weak = weak_from_this();
-    audioInactivityAutoStop_.start(
-        configuration.timeoutSeconds, [weak](double idleSeconds, double timeoutSeconds) {
-            if (const Self self = weak.lock())
-                self->handleAudioInactivityTimeout(idleSeconds, timeoutSeconds);
-        });
-    fields.add("timeoutSeconds", *configuration.timeoutSeconds)
-        .add("activeLevelThreshold", activeLevelThreshold);
-    logLifecycle("listen.audioInactivityAutoStop.started", fields);
+    log_.milestone("listen.start.prepared", fields, Importance::important);
 }
 
 void LiveTranscriptStore::handleAudioInactivityTimeout(double idleSeconds, double timeoutSeconds) {
-    if (!*isListening || *sessionPhase != LiveSessionPhase::listening)
+    if (!*view_.isListening || *view_.sessionPhase != LiveSessionPhase::listening)
         return;
-    statusMessage = localized("%lld 分钟未检测到声音，正在自动停止…",
-                              {std::to_string(static_cast<std::int64_t>(timeoutSeconds / 60))});
+    view_.status = SessionStatus{
+        SessionStatus::Kind::inactive, {}, static_cast<std::int64_t>(timeoutSeconds / 60)};
     refreshCaptionDisplay("audioInactivity.timeout");
-    logLifecycle("listen.audioInactivityAutoStop.timeout",
-                 {{"idleSeconds", idleSeconds},
-                  {"timeoutSeconds", timeoutSeconds},
-                  {"activeLevelThreshold", activeLevelThreshold}},
-                 Importance::important);
+    log_.milestone("listen.audioInactivityAutoStop.timeout",
+                   {{"idleSeconds", idleSeconds},
+                    {"timeoutSeconds", timeoutSeconds},
+                    {"activeLevelThreshold", SessionInactivityStop::activeLevelThreshold}},
+                   Importance::important);
     ++pipelinePerf_.audioInactivityAutoStops;
     stopListening(LiveSessionControlTrigger::audioInactivityTimeout(idleSeconds, timeoutSeconds));
 }
 
 void LiveTranscriptStore::handleAudioLevel(double level) {
-    audioLevel = level;
-    if (*isListening && *sessionPhase == LiveSessionPhase::listening &&
-        level >= activeLevelThreshold)
-        audioInactivityAutoStop_.noteActivity();
-}
-
-void LiveTranscriptStore::startDurationTimer() {
-    durationClock_.start([weak = weak_from_this()](double seconds) {
-        if (const Self self = weak.lock())
-            self->sessionDuration = seconds;
-    });
-    sessionDuration = 0.0;
+    view_.audioLevel = level;
+    if (*view_.isListening && *view_.sessionPhase == LiveSessionPhase::listening)
+        inactivity_.noteLevel(level);
 }
 
 void LiveTranscriptStore::selectSource(const AudioSource& source) {
-    if (*selectedSource == source)
+    if (*view_.selectedSource == source)
         return;
-    const bool wasListening = *isListening;
-    selectedSource = source;
+    const bool wasListening = *view_.isListening;
+    view_.selectedSource = source;
     if (!wasListening)
         return;
     stopListening(LiveSessionControlTrigger::sourceSwitch());
-    pendingStartAfterStop_ = true;
+    stop_.startAgainAfterwards();
 }
 
 void LiveTranscriptStore::selectRecognitionOption(const std::string& id) {
-    AppSettings& settings = environment_.settings;
-    if (*settings.selectedRecognitionOptionID == id)
-        return;
-    settings.selectedRecognitionOptionID = id;
+    if (*environment_.settings.selectedRecognitionOptionID != id)
+        environment_.settings.selectedRecognitionOptionID = id;
+}
+
+void LiveTranscriptStore::recognitionOptionChanged(const std::string& id) {
     const auto option = ModelCatalog::recognitionOption(id);
     core.logEvent("⇄", localized("切换引擎 → ") + (option ? option->title : id));
-    if (!*isListening)
+    if (!*view_.isListening)
         return;
 
-    const bool hadRun = environment_.diagnostics.isRunning();
+    const bool hadRun = environment_.diagnostics->isRunning();
     if (hadRun)
         finishDiagnosticsSnapshot();
     core.softCaptionSegments = CaptionCore::Rows();
     core.liveLeadingSentences = CaptionCore::Rows();
     core.committedSegments = CaptionCore::Rows();
     environment_.translation.cancelGhostTranslation();
-    ghostTranslationText = std::string();
+    view_.ghostTranslationText = std::string();
     core.resetFreezeState();
     presentMessage(localized("正在切换识别模型…"));
     updateVisibleSourceTextFlag();
@@ -332,11 +313,11 @@ Task<void> LiveTranscriptStore::runSwap(WeakSelf weak, std::uint64_t session, bo
         self->showError(localizedDescription(failure));
         co_return;
     }
-    if (!*self->isListening)
+    if (!*self->view_.isListening)
         co_return;
     if (hadRun)
-        self->startDiagnostics(*self->selectedSource);
-    self->statusMessage = std::string();
+        self->startDiagnostics(*self->view_.selectedSource);
+    self->view_.status = SessionStatus();
 }
 
 } // namespace tessarune

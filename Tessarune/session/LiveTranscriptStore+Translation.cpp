@@ -1,13 +1,8 @@
 #include "Tessarune/session/LiveTranscriptStore.h"
 
-#include <algorithm>
+#include <utility>
 
 namespace tessarune {
-
-void LiveTranscriptStore::setTranslationStatusMessage(const std::string& text) {
-    translationStatusMessage = text;
-    environment_.translation.setTranslationStatusMessage(text);
-}
 
 void LiveTranscriptStore::changeCommittedSegments(
     const std::function<void(std::span<CaptionSegment>)>& change) {
@@ -15,49 +10,50 @@ void LiveTranscriptStore::changeCommittedSegments(
 }
 
 void LiveTranscriptStore::translationLanded(std::span<const UUID> segmentIDs) {
-    if (!journal_)
-        return;
-    // Translations land on rows near the end.
-    auto left = static_cast<std::ptrdiff_t>(segmentIDs.size());
-    const CaptionCore::Rows& rows = *core.committedSegments;
-    for (auto row = rows.rbegin(); row != rows.rend() && left > 0; ++row) {
-        if (std::find(segmentIDs.begin(), segmentIDs.end(), row->id) == segmentIDs.end())
-            continue;
-        journal_->append(*row);
-        --left;
-    }
+    recordingTracker_.journalTranslations(core, segmentIDs);
+}
+
+void LiveTranscriptStore::showTranslationStatus(std::string text) {
+    view_.status = SessionStatus{SessionStatus::Kind::translation, std::move(text)};
+}
+
+void LiveTranscriptStore::showTranslationMessage(std::string text) {
+    if (*view_.translationStatusMessage != text)
+        view_.translationStatusMessage = std::move(text);
+}
+
+void LiveTranscriptStore::showGhostTranslation(std::string text) {
+    if (*view_.ghostTranslationText != text)
+        view_.ghostTranslationText = std::move(text);
+}
+
+void LiveTranscriptStore::showTranslationPreparation(TranslationPreparationDisplayState state) {
+    if (!(*view_.translationPreparationDisplayState == state))
+        view_.translationPreparationDisplayState = std::move(state);
+}
+
+/// As they are saved: a text without any translation is no bilingual one.
+TranscriptSnapshot LiveTranscriptStore::textsToSave() {
+    TranscriptSnapshot texts = exportTranscriptSnapshot();
+    savedTranslations_ = translatedRows();
+    if (savedTranslations_ == 0)
+        texts.bilingualText.clear();
+    return texts;
 }
 
 void LiveTranscriptStore::updatePersistedTranscriptIfStopped() {
-    if (*isListening)
+    // Translations that were taken away stay saved until others have come in their place.
+    if (*view_.isListening || translatedRows() < savedTranslations_)
         return;
-    const TranscriptSnapshot snapshot = exportTranscriptSnapshot();
-    if (recordingTracker_.updateLastSavedTranscripts(snapshot.sourceText, snapshot.bilingualText)) {
-        environment_.diagnostics.updateFinishedSnapshot(snapshot);
-        return;
-    }
-    log("recording.transcript.updateSnapshot.skipped", {{"reason", "transcriptPersistFailed"}},
-        Importance::important);
-}
-
-void LiveTranscriptStore::beginJournal(const RecordingMetadata& metadata) {
-    journal_ = std::make_unique<SessionJournal>(
-        host(), environment_.files, logger(), environment_.catalog.journalURL(metadata.id),
-        metadata.monotonicStart.value_or(metadata.startedAt),
-        *environment_.settings.selectedRecognitionOptionID);
-    for (const CaptionSegment& row : *core.committedSegments)
-        journal(row);
-}
-
-void LiveTranscriptStore::journal(const CaptionSegment& row) {
-    if (!journal_)
-        return;
-    const auto words = core.wordEvents().find(row.id);
-    if (words == core.wordEvents().end()) {
-        journal_->append(row);
-    } else {
-        journal_->append(row, words->second);
-    }
+    using Outcome = RecordingTranscriptSaveOutcome;
+    const TranscriptSnapshot texts = textsToSave();
+    const Outcome outcome =
+        recordingTracker_.updateLastSavedTranscripts(texts.sourceText, texts.bilingualText);
+    if (outcome == Outcome::saved)
+        environment_.diagnostics->updateFinishedSnapshot(texts);
+    if (outcome == Outcome::failed)
+        log_.event("recording.transcript.updateSnapshot.skipped",
+                   {{"reason", "transcriptPersistFailed"}}, Importance::important);
 }
 
 } // namespace tessarune

@@ -1,7 +1,6 @@
 #include "Tessarune/session/LiveTranscriptStore.h"
 
 #include "Tessarune/session/LiveCaptionCoreFactory.h"
-#include "Tessarune/session/LiveCaptionUserMessages.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 
 namespace tessarune {
@@ -17,9 +16,11 @@ transcriberEnvironment(const LiveTranscriptStore::Environment& environment) {
 } // namespace
 
 std::shared_ptr<LiveTranscriptStore> LiveTranscriptStore::make(Environment environment) {
+    if (!environment.diagnostics)
+        environment.diagnostics = std::make_shared<SessionDiagnostics>();
     Self self(new LiveTranscriptStore(std::move(environment)));
-    self->bridgeCoreChanges();
-    self->bridgeDiagnosticsSetting();
+    self->countCoreChanges();
+    self->observeSettings();
     self->configureCoreCallbacks();
     self->configureTranscriberCallbacks();
     self->refreshCaptionDisplay("store.init");
@@ -27,25 +28,19 @@ std::shared_ptr<LiveTranscriptStore> LiveTranscriptStore::make(Environment envir
 }
 
 LiveTranscriptStore::LiveTranscriptStore(Environment environment)
-    : isListening(false),
-      sessionPhase(LiveSessionPhase::idle),
-      core(LiveCaptionCoreFactory::make(environment.speech.host, environment.settings)),
-      statusMessage(LiveCaptionUserMessages::idleTitle()),
-      isTranslationVisible(false),
-      latestBoundarySummary("—"),
-      selectedSource(AudioSource::systemAudio()),
-      hasVisibleSourceTextFlag(false),
-      sessionDuration(0.0),
-      isDiagnosticsRunning(false),
+    : core(LiveCaptionCoreFactory::make(environment.speech.host, environment.settings)),
       environment_(std::move(environment)),
+      log_(host(), environment_.speech.logger, *environment_.diagnostics),
       liveTranscriber_(LiveSystemAudioTranscriber::make(transcriberEnvironment(environment_))),
-      utilityQueue_(host().serialQueue("Tessarune.LiveResourceCleanup", QueuePriority::utility)),
-      recordingTracker_(environment_.catalog, logger()),
-      audioInactivityAutoStop_(host()),
+      recordingTracker_(host(), environment_.files, environment_.catalog,
+                        environment_.speech.logger),
+      stop_(*this),
+      inactivity_(host(), log_),
       durationClock_(host()) {}
 
 LiveTranscriptStore::~LiveTranscriptStore() {
-    environment_.settings.diagnosticsLevel.published().remove(diagnosticsSettingBridge_);
+    for (const Block& end : endObservations_)
+        end();
     environment_.translation.shutDown();
     liveTranscriber_->stop();
 }
@@ -58,46 +53,20 @@ PerfStats LiveTranscriptStore::mergedLivePerfStats() const {
 }
 
 void LiveTranscriptStore::refreshInputDevices() {
-    inputDevices = AudioInputDevices::inputDevices(environment_.sound);
+    view_.inputDevices = AudioInputDevices::inputDevices(environment_.sound);
 }
 
 void LiveTranscriptStore::applySessionTransition(
     const std::optional<LiveSessionTransition>& transition) {
     if (!transition)
         return;
-    sessionPhase = transition->phase;
-    isListening = transition->isListening;
-    isStarting_ = transition->isStarting;
-    if (transition->statusMessage)
-        statusMessage = *transition->statusMessage;
+    view_.sessionPhase = transition->phase;
+    view_.isListening = transition->isListening;
+    if (transition->status)
+        view_.status = *transition->status;
     if (transition->audioLevel)
-        audioLevel = *transition->audioLevel;
+        view_.audioLevel = *transition->audioLevel;
     refreshCaptionDisplay("session.transition." + std::string(name(transition->phase)));
-}
-
-void LiveTranscriptStore::log(const std::string& name, const LogFields& fields,
-                              Importance importance, std::source_location source) {
-    logger().event(name, fields, importance, source);
-}
-
-void LiveTranscriptStore::logLifecycle(const std::string& name, const LogFields& fields,
-                                       Importance importance, std::source_location source) {
-    log(name, fields, importance, source);
-    recordLifecycle(name, Phase::instant, fields);
-}
-
-void LiveTranscriptStore::recordLifecycle(const std::string& name, Phase phase,
-                                          const LogFields& fields,
-                                          std::optional<double> elapsedSeconds) {
-    environment_.diagnostics.lifecycle({now(), name, phase, elapsedSeconds, fields});
-}
-
-std::int64_t LiveTranscriptStore::elapsedMS(double since) const {
-    return static_cast<std::int64_t>((now() - since) * 1000.0);
-}
-
-LogFields LiveTranscriptStore::elapsed(double since) const {
-    return {{"elapsedMS", elapsedMS(since)}};
 }
 
 } // namespace tessarune

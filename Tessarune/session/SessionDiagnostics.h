@@ -21,9 +21,11 @@
 
 namespace tessarune {
 
-/// What a session tells the diagnostics run that it may leave behind, each step a function. As it
-/// is made, no run is ever open. Called on the main queue; nothing may throw.
-struct SessionDiagnostics {
+/// Watches a session for the diagnostics run that it may leave behind, and for logs of its events.
+/// As it stands it keeps nothing and no run is ever open; an observer overrides what it wants to
+/// hear. Called on the main queue; nothing may throw.
+class SessionDiagnostics {
+  public:
     struct Start {
         AudioSource source;
         std::string sourceName; ///< as a person calls it
@@ -43,50 +45,47 @@ struct SessionDiagnostics {
         std::optional<double> elapsedSeconds;
         LogFields fields;
     };
-
-    // The run
-    std::function<void(const Start&)> startIfNeeded = [](const Start&) {};
-    std::function<bool()> isRunning = [] { return false; };
-    std::function<bool()> capturesFullDiagnostics = [] { return false; };
-    std::function<std::optional<std::filesystem::path>()> runDirectory =
-        []() -> std::optional<std::filesystem::path> { return std::nullopt; };
-    std::function<void(const LogFields&)> setStopRequestFields = [](const LogFields&) {};
-    std::function<void(const std::string& reason, bool completedTranslations)>
-        recordLiveCaptionStopSnapshot = [](const std::string&, bool) {};
-    std::function<void(const Finish&)> finish = [](const Finish&) {};
-    std::function<void()> discardCurrentRun = [] {};
-    std::function<void()> closeLifecycle = [] {};
-    /// The texts have changed since the run was finished.
-    std::function<void(const TranscriptSnapshot&)> updateFinishedSnapshot =
-        [](const TranscriptSnapshot&) {};
-
-    // Its logs; each drops what it gets where the log is not open
-    std::function<void(const LifecycleEntry&)> lifecycle = [](const LifecycleEntry&) {};
-    std::function<void(double sampleRate)> noteAudioBuffer = [](double) {};
-    std::function<void(const PerfStats&)> notePerfStats = [](const PerfStats&) {};
-    std::function<void(const ASREvent&)> appendASREvent = [](const ASREvent&) {};
-    std::function<void(const AppleSpeechAnalyzerRawResultRecord&)> appendAppleRawResult =
-        [](const AppleSpeechAnalyzerRawResultRecord&) {};
-    std::function<void(const AppleSpeechAnalyzerSummaryRecord&)> appendAppleSummaryResult =
-        [](const AppleSpeechAnalyzerSummaryRecord&) {};
-    std::function<void(const AppleFinalReconcileDecisionRecord&)> appendAppleFinalReconcile =
-        [](const AppleFinalReconcileDecisionRecord&) {};
-    std::function<void(const BoundaryObservation&)> appendBoundary =
-        [](const BoundaryObservation&) {};
-    std::function<void(const CorrectionObservation&)> appendCorrection =
-        [](const CorrectionObservation&) {};
-    std::function<void(const SoftCaptionObservation&)> recordSoftCaption =
-        [](const SoftCaptionObservation&) {};
-
-    // The watch over memory and load between two sessions
+    /// The watch over memory and load between two sessions.
     struct IdleWatch {
         std::optional<std::filesystem::path> runDirectory;
         std::string reason;
         std::function<LogFields()> snapshotProvider; ///< what the program is doing
     };
-    std::function<void(const IdleWatch&)> startIdleMemorySentinel = [](const IdleWatch&) {};
-    std::function<void(const std::string& reason)> stopIdleMemorySentinel = [](const std::string&) {
-    };
+
+    virtual ~SessionDiagnostics() = default;
+
+    // The run
+
+    virtual void startIfNeeded(const Start&) {}
+    virtual bool isRunning() const { return false; }
+    virtual bool capturesFullDiagnostics() const { return false; }
+    virtual std::optional<std::filesystem::path> runDirectory() const { return std::nullopt; }
+    virtual void setStopRequestFields(const LogFields&) {}
+    virtual void recordLiveCaptionStopSnapshot(const std::string& /*reason*/,
+                                               bool /*completedTranslations*/) {}
+    virtual void finish(const Finish&) {}
+    virtual void discardCurrentRun() {}
+    virtual void closeLifecycle() {}
+    /// The texts have changed since the run was finished.
+    virtual void updateFinishedSnapshot(const TranscriptSnapshot&) {}
+
+    // What happens; an observer drops what it keeps no log of
+
+    virtual void lifecycle(const LifecycleEntry&) {}
+    virtual void noteAudioBuffer(double /*sampleRate*/) {}
+    virtual void notePerfStats(const PerfStats&) {}
+    virtual void appendASREvent(const ASREvent&) {}
+    virtual void appendAppleRawResult(const AppleSpeechAnalyzerRawResultRecord&) {}
+    virtual void appendAppleSummaryResult(const AppleSpeechAnalyzerSummaryRecord&) {}
+    virtual void appendAppleFinalReconcile(const AppleFinalReconcileDecisionRecord&) {}
+    virtual void appendBoundary(const BoundaryObservation&) {}
+    virtual void appendCorrection(const CorrectionObservation&) {}
+    virtual void recordSoftCaption(const SoftCaptionObservation&) {}
+
+    // Between two sessions
+
+    virtual void startIdleMemorySentinel(const IdleWatch&) {}
+    virtual void stopIdleMemorySentinel(const std::string& /*reason*/) {}
 };
 
 } // namespace tessarune

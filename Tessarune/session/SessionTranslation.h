@@ -14,6 +14,8 @@ struct SessionTranslation {
     /// Makes the pair that the settings name ready. `reason` is for the log.
     std::function<void(const std::string& reason)> prewarmCurrentTranslationPair =
         [](const std::string&) {};
+    /// Target or backend has got another value, by whatever way.
+    std::function<void(const std::string& reason)> settingChanged = [](const std::string&) {};
     /// Rows were committed or sealed: ends a preview and starts a run for what waits, if one can
     /// run now.
     std::function<void()> startCommittedRun = [] {};

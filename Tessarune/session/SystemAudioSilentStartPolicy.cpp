@@ -1,17 +1,12 @@
 #include "Tessarune/session/SystemAudioSilentStartPolicy.h"
 
-#include "Tessarune/session/LiveCaptionUserMessages.h"
-
 namespace tessarune::SystemAudioSilentStartPolicy {
 
-std::optional<std::string> warningMessageIfNeeded(PermissionsManager& permissions,
-                                                  const AudioSource& source) {
+bool warnsOfSilence(PermissionsManager& permissions, const AudioSource& source) {
     using Status = PermissionsManager::Status;
     if (*permissions.systemAudio != Status::granted)
         permissions.latch(PermissionsManager::Key::systemAudioStatus, Status::denied);
-    if (source.isMicrophone())
-        return std::nullopt;
-    return LiveCaptionUserMessages::silentTitle();
+    return !source.isMicrophone();
 }
 
 } // namespace tessarune::SystemAudioSilentStartPolicy

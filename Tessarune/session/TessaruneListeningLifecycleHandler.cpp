@@ -14,13 +14,11 @@ TessaruneListeningLifecycleHandler::TessaruneListeningLifecycleHandler(
 
 TessaruneListeningLifecycleHandler::TerminateReply
 TessaruneListeningLifecycleHandler::applicationShouldTerminate() {
-    // 1.
     const auto store = store_.lock();
-    if (!store || (!*store->isListening && !store->isStopping()))
+    if (!store || (!*store->view().isListening && !store->isStopping()))
         return TerminateReply::now;
-    // 2.
-    logger_.event("app.shouldTerminate.draining",
-                  {{"isListening", *store->isListening}, {"hasStopTask", store->isStopping()}});
+    logger_.event("app.shouldTerminate.draining", {{"isListening", *store->view().isListening},
+                                                   {"hasStopTask", store->isStopping()}});
     store->stopListening(LiveSessionControlTrigger::applicationShouldTerminate());
     spawn(Executor::main(host_), waitForStop(host_, logger_, store_, reply_));
     return TerminateReply::later;
@@ -29,7 +27,6 @@ TessaruneListeningLifecycleHandler::applicationShouldTerminate() {
 Task<void> TessaruneListeningLifecycleHandler::waitForStop(Host& host, TessaruneFileLogger& logger,
                                                            std::weak_ptr<LiveTranscriptStore> store,
                                                            std::function<void()> reply) {
-    // 3.
     constexpr double secondsBetweenLooks = 0.05;
     const double deadline = host.now() + longestWaitSeconds;
     const auto isStopping = [&store] {
@@ -40,7 +37,6 @@ Task<void> TessaruneListeningLifecycleHandler::waitForStop(Host& host, Tessarune
         Task<bool> sleeping = sleep(Executor::main(host), secondsBetweenLooks);
         co_await sleeping;
     }
-    // 4.
     logger.event("app.shouldTerminate.done", {{"completed", host.now() < deadline}});
     if (reply)
         reply();

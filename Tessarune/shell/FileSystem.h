@@ -55,6 +55,9 @@ class FileSystem {
     /// programs may append to one file: each append goes to where the file ends then.
     virtual std::unique_ptr<AppendFile> openForAppending(const Path& path) = 0;
 
+    /// Empties a file. What is not there stays so, and no link is followed.
+    virtual void empty(const Path& path) = 0;
+
     /// Makes the folder and those above it, private to the user; fine if it is there.
     virtual void createDirectories(const Path& path) = 0;
     /// Removes a file, or a folder with all that is in it. False if there was nothing.

@@ -165,8 +165,10 @@ void TessaruneFileLogger::event(std::string name, LogFields fields, Importance i
         object["event"] = name;
         object["t"] = wallClock;
         object["mainThread"] = mainThread;
-        object["source"] = std::filesystem::path(source.file_name()).filename().string() + ":" +
-                           std::to_string(source.line());
+        // An event that tells of a source of sound or of a language keeps that field.
+        object[object.contains("source") ? "sourceLocation" : "source"] =
+            std::filesystem::path(source.file_name()).filename().string() + ":" +
+            std::to_string(source.line());
         if (const auto line = JSON::line(object))
             writer->write(wallClock, *line + "\n");
     });

@@ -25,6 +25,13 @@ std::filesystem::path TessarunePaths::appSupportBase() const {
     return userFolder("XDG_DATA_HOME", ".local/share") / "Tessarune";
 }
 
+std::optional<std::filesystem::path> TessarunePaths::debugLog() {
+    const char* folder = std::getenv("XDG_RUNTIME_DIR");
+    if (!folder || !std::filesystem::path(folder).is_absolute())
+        return std::nullopt;
+    return std::filesystem::path(folder) / "tessarune.log";
+}
+
 std::filesystem::path TessarunePaths::settingsFile() {
     return userFolder("XDG_CONFIG_HOME", ".config") / "Tessarune" / "settings.json";
 }

@@ -23,6 +23,8 @@ struct TessarunePaths {
 
     /// `$XDG_CONFIG_HOME/Tessarune/settings.json`, by default under `~/.config`.
     static std::filesystem::path settingsFile();
+    /// `$XDG_RUNTIME_DIR/tessarune.log`, a trace for developers. Nothing without such a folder.
+    static std::optional<std::filesystem::path> debugLog();
 };
 
 } // namespace tessarune

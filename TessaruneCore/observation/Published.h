@@ -42,9 +42,11 @@ class Published {
         notify(didChange_);
     }
 
-    Token onWillChange(Observer observer) { return add(willChange_, std::move(observer)); }
-    Token onDidChange(Observer observer) { return add(didChange_, std::move(observer)); }
-    void remove(Token token) {
+    // Whoever may only read may observe too.
+
+    Token onWillChange(Observer observer) const { return add(willChange_, std::move(observer)); }
+    Token onDidChange(Observer observer) const { return add(didChange_, std::move(observer)); }
+    void remove(Token token) const {
         for (Observers* observers : {&willChange_, &didChange_})
             replace(*observers, [token](List& list) { list.erase(token); });
     }
@@ -60,7 +62,7 @@ class Published {
         change(list);
         observers = list.empty() ? nullptr : std::make_shared<const List>(std::move(list));
     }
-    Token add(Observers& observers, Observer observer) {
+    Token add(Observers& observers, Observer observer) const {
         const Token token = nextToken_++;
         replace(observers, [&](List& list) { list.emplace(token, std::move(observer)); });
         return token;
@@ -74,9 +76,9 @@ class Published {
     }
 
     T value_{};
-    Observers willChange_;
-    Observers didChange_;
-    Token nextToken_ = 0;
+    mutable Observers willChange_;
+    mutable Observers didChange_;
+    mutable Token nextToken_ = 0;
 };
 
 } // namespace tessarune

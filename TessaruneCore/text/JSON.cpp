@@ -83,6 +83,13 @@ bool read(const Value& value, std::string& text) {
     return true;
 }
 
+bool read(const Value& value, bool& flag) {
+    if (!value.is_boolean())
+        return false;
+    flag = value.get<bool>();
+    return true;
+}
+
 bool read(const Value& value, double& number) {
     if (!value.is_number())
         return false;

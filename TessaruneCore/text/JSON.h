@@ -63,6 +63,7 @@ struct Date {
 // How each type stands in JSON: false if the value is of another. An integer may be written as a
 // double that is one, up to 2^53.
 bool read(const Value& value, std::string& text);
+bool read(const Value& value, bool& flag);
 bool read(const Value& value, double& number);
 bool read(const Value& value, std::int64_t& integer);
 bool read(const Value& value, UUID& id);

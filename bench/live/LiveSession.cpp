@@ -33,8 +33,11 @@ void LiveSession::makeStore() {
     permissions_ =
         std::make_unique<PermissionsManager>(program_.host, server, program_.defaults,
                                              SystemAuthorization::ofServer(program_.host, server));
-    SessionDiagnostics diagnostics;
-    diagnostics.appendASREvent = [this](const ASREvent& event) { latency_.eventArrived(event); };
+    struct Watch final : SessionDiagnostics {
+        explicit Watch(ResultLatency& its) : latency(its) {}
+        void appendASREvent(const ASREvent& event) override { latency.eventArrived(event); }
+        ResultLatency& latency;
+    };
     store_ =
         LiveTranscriptStore::make({.speech = platform_,
                                    .sound = server,
@@ -47,14 +50,14 @@ void LiveSession::makeStore() {
                                        program_.catalog.forRecorder(), makeSwresampleConverter),
                                    .compressor = program_.compressor,
                                    .translation = {},
-                                   .diagnostics = std::move(diagnostics),
+                                   .diagnostics = std::make_shared<Watch>(latency_),
                                    .scheduleHistoryRefinement = [](const auto&) {},
                                    .returnMemory = [] { malloc_trim(0); }});
     observe();
 }
 
 void LiveSession::observe() {
-    store_->captionDisplayRefresh.onDidChange([this](const std::string&) {
+    store_->view().captionDisplayRefresh.onDidChange([this](const std::string&) {
         output_.update({store_->core, {}, false, {}});
     });
     auto ofStore = std::move(store_->core.onActivity);
@@ -62,7 +65,7 @@ void LiveSession::observe() {
         latency_.coreChanged();
         ofStore(activity);
     };
-    store_->sessionPhase.onDidChange([this](LiveSessionPhase phase) {
+    store_->view().sessionPhase.onDidChange([this](LiveSessionPhase phase) {
         if (phase == LiveSessionPhase::listening || phase == LiveSessionPhase::failed)
             started_.resume(phase == LiveSessionPhase::listening);
     });

@@ -31,14 +31,14 @@ std::size_t heapBytes(const std::string& text) {
 
 } // namespace
 
-LongSession::LongSession(std::filesystem::path sound, double seconds)
+LongSession::LongSession(std::filesystem::path sound, double seconds, bool makesM4A)
     : host_(startTime),
       paths_{folder_.path()},
       logger_(host_, files_, paths_),
       settings_(defaults_),
       catalog_(host_, files_, paths_, logger_, notifications_),
       exporter_(host_, transcodeToM4A),
-      compressor_(files_, catalog_, logger_, exporter_, openFFmpegMediaFile),
+      compressor_(host_, files_, catalog_, logger_, exporter_, openFFmpegMediaFile, createM4A),
       engine_(host_),
       assets_(host_),
       server_(host_,
@@ -48,6 +48,7 @@ LongSession::LongSession(std::filesystem::path sound, double seconds)
               std::move(sound), FileSoundServer::Pace::realTime(), [](std::exception_ptr) {}),
       permissions_(host_, server_, defaults_, SystemAuthorization::ofServer(host_, server_)),
       hour_(HourLog::make(HourLog::Language::english)) {
+    settings_.recordLosslessAudio = !makesM4A;
     makeStore();
 }
 
@@ -57,9 +58,10 @@ LongSession::~LongSession() {
 }
 
 void LongSession::makeStore() {
-    SessionDiagnostics diagnostics;
-    diagnostics.lifecycle = [this](const SessionDiagnostics::LifecycleEntry& entry) {
-        noteStep(entry);
+    struct Watch final : SessionDiagnostics {
+        explicit Watch(LongSession& its) : session(its) {}
+        void lifecycle(const LifecycleEntry& entry) override { session.noteStep(entry); }
+        LongSession& session;
     };
     store_ = LiveTranscriptStore::make(
         {.speech = {host_, engine_.engine(), assets_, makeSwresampleConverter, logger_},
@@ -72,7 +74,7 @@ void LongSession::makeStore() {
                                                   makeSwresampleConverter),
          .compressor = compressor_,
          .translation = {},
-         .diagnostics = std::move(diagnostics),
+         .diagnostics = std::make_shared<Watch>(*this),
          .scheduleHistoryRefinement = [](const auto&) {},
          .returnMemory = [] { malloc_trim(0); }});
 }
@@ -82,9 +84,9 @@ void LongSession::start() {
     host_.advanceBy(0);
     store_->startListening(LiveSessionControlTrigger::programmatic());
     const double limit = host_.now() + longestStart;
-    while (*store_->sessionPhase != LiveSessionPhase::listening && host_.step(limit)) {
+    while (*store_->view().sessionPhase != LiveSessionPhase::listening && host_.step(limit)) {
     }
-    if (*store_->sessionPhase != LiveSessionPhase::listening)
+    if (*store_->view().sessionPhase != LiveSessionPhase::listening)
         throw std::runtime_error("the session did not start");
     startedAt_ = host_.now();
 }

@@ -23,8 +23,9 @@ namespace tessarune {
 /// on the caller's thread, so what a step costs is the time that passes while it runs.
 class LongSession {
   public:
-    /// The session lasts for at most `seconds` and listens to `sound` until then.
-    LongSession(std::filesystem::path sound, double seconds);
+    /// The session lasts for at most `seconds` and listens to `sound` until then. Without an M4A
+    /// it leaves the WAV that it recorded.
+    LongSession(std::filesystem::path sound, double seconds, bool makesM4A);
     ~LongSession();
 
     /// Begins to listen. Throws if that fails.

@@ -21,6 +21,7 @@ struct Options {
     std::string sound = TESSARUNE_BENCH_SOUND;
     std::vector<double> minutes{1, 60};
     std::string compressTo;
+    bool leavesWAV = false;
 };
 
 double heapBytes() {
@@ -81,7 +82,7 @@ void printSteps(const LongSession& session) {
 }
 
 void measure(const Options& options, double minutes) {
-    LongSession session(options.sound, minutes * 60);
+    LongSession session(options.sound, minutes * 60, !options.leavesWAV);
     session.start();
     const std::vector<Sample> samples = run(session, minutes);
     std::printf("%g minutes\n", minutes);
@@ -105,6 +106,7 @@ int main(int argc, char** argv) {
     app.add_option("--sound", options.sound, "what is heard, again and again")
         ->check(CLI::ExistingFile)
         ->capture_default_str();
+    app.add_flag("--wav", options.leavesWAV, "no M4A: what recording costs without its encoding");
     app.add_option("--compress-to", options.compressTo, "only compress the sound, as a stop does");
     CLI11_PARSE(app, argc, argv);
     try {

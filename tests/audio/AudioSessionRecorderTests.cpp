@@ -186,18 +186,22 @@ TEST_F(AudioSessionRecorderTests, AnEndThatFailsIsToldOnceAndKeepsTheEntry) {
                         "stop.close.failed stop.degraded ");
 }
 
-TEST_F(AudioSessionRecorderTests, AHeaderThatCannotBePatchedIsToldOnceAndTriedAgain) {
+TEST_F(AudioSessionRecorderTests, AHeaderThatCannotBePatchedIsToldOnceAndTriedAgainNowAndThen) {
+    int attempts = 0;
     recorder->start();
     append({0.5F});
     disk.onOperation = [&](const std::string& operation, const auto&) {
+        attempts += operation == "overwrite" ? 1 : 0;
         disk.failAt =
             operation == "overwrite" ? disk.operations : simulation::FaultyFileSystem::never;
     };
-    for (int i = 0; i < 100; ++i)
-        append(std::vector<float>(16000, 0.5F));
+    for (int i = 0; i < 10000; ++i)
+        append(std::vector<float>(160, 0.5F));
     EXPECT_EQ(header().dataSize, 0U);
+    EXPECT_LE(attempts, 7);
     disk.onOperation = nullptr;
-    append({0.5F});
+    for (int i = 0; i < 700; ++i)
+        append(std::vector<float>(160, 0.5F));
     EXPECT_GT(header().dataSize, 3'000'000U);
     EXPECT_EQ(told, (std::vector<std::string>{"started", "录音文件收尾失败"}));
 }

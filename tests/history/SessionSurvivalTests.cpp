@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include <map>
+
 namespace tessarune {
 namespace {
 
@@ -146,9 +148,9 @@ class Computer : public testing::Catalogued {
                 throw MediaFileError(MediaFileError::Kind::writeFailed, error.what());
             }
         });
-        RecordingAudioCompressor compressor(disk, catalog, logger, exporter, [&](const auto&) {
-            return std::make_unique<SilentFile>(recording.duration);
-        });
+        RecordingAudioCompressor compressor(
+            host, disk, catalog, logger, exporter,
+            [&](const auto&) { return std::make_unique<SilentFile>(recording.duration); }, {});
         try {
             testing::await(host, compressor.compressWAVToM4A(recording, true));
         } catch (const std::runtime_error&) { // the WAV stays
@@ -308,12 +310,13 @@ TEST(SessionSurvivalTests, TheWAVStaysUntilAnM4AOfItsLengthReplacesIt) {
                 computer.disk.setContents(to, std::string(20000, 'm'));
         });
         RecordingAudioCompressor compressor(
-            computer.disk, computer.catalog, computer.logger, exporter,
+            computer.host, computer.disk, computer.catalog, computer.logger, exporter,
             [&](const auto&) -> std::unique_ptr<MediaFile> {
                 if (c.seconds < 0)
                     throw MediaFileError(MediaFileError::Kind::damaged, "no");
                 return std::make_unique<SilentFile>(c.seconds);
-            });
+            },
+            {});
         const auto recording = *computer.catalog.recording(id);
         std::string error;
         if (*c.refused)
@@ -344,6 +347,33 @@ TEST(SessionSurvivalTests, TheWAVStaysUntilAnM4AOfItsLengthReplacesIt) {
             testing::await(computer.host, compressor.compressWAVToM4A(recording, true));
         } catch (const RecordingAudioCompressor::CompressionError& failure) {
             EXPECT_EQ(failure.kind(), Kind::missingSource);
+        }
+    }
+}
+
+Task<bool> transcode(AudioExporter& exporter) {
+    co_await exporter.transcodeToM4A("a", "b");
+    co_return true;
+}
+
+TEST(AudioExporterTests, SaysWhichSideFailedAndWhy) {
+    using Kind = MediaFileError::Kind;
+    for (const auto& [kind, side] : std::map<Kind, std::string>{
+             {Kind::cannotOpen, "无法读取录音"},
+             {Kind::unsupported, "无法读取录音"},
+             {Kind::damaged, "无法读取录音"},
+             {Kind::cannotCreate, "无法创建 M4A"},
+             {Kind::writeFailed, "导出失败"},
+         }) {
+        SimulatedHost host;
+        AudioExporter exporter(host, [kind = kind](const auto&, const auto&, const auto&, auto) {
+            throw MediaFileError(kind, "because");
+        });
+        try {
+            testing::await(host, transcode(exporter));
+            ADD_FAILURE() << side;
+        } catch (const AudioExporter::ExportError& error) {
+            EXPECT_EQ(error.what(), side + "：because");
         }
     }
 }

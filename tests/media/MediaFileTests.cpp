@@ -188,6 +188,26 @@ TEST_F(MediaFileTests, TranscodesToASmallFileOfTheSameLength) {
         << "what was heard is the user's alone";
 }
 
+TEST_F(MediaFileTests, AnM4AGrowsPieceByPieceAndHasItsNameOnceItIsWhole) {
+    const auto samples = tone(5, 48000);
+    for (const bool isFinished : {false, true}) {
+        auto file = createM4A(folder / "a.m4a", {48000, 1});
+        for (std::size_t at = 0; at < samples.size(); at += 777) {
+            const auto begin = samples.begin() + static_cast<std::ptrdiff_t>(at);
+            const auto left = static_cast<std::ptrdiff_t>(std::min(samples.size() - at, 777UL));
+            file->append({{48000, 1}, {begin, begin + left}});
+        }
+        EXPECT_FALSE(std::filesystem::exists(folder / "a.m4a"));
+        EXPECT_TRUE(std::filesystem::exists(folder / "a.m4a.part"));
+        if (isFinished)
+            file->finish();
+        file.reset();
+        EXPECT_FALSE(std::filesystem::exists(folder / "a.m4a.part"));
+        EXPECT_EQ(std::filesystem::exists(folder / "a.m4a"), isFinished);
+    }
+    EXPECT_NEAR(openFFmpegMediaFile(folder / "a.m4a")->duration().value_or(0), 5, 0.1);
+}
+
 TEST_F(MediaFileTests, ATranscodingThatFailsLeavesWhatWasThere) {
     const auto source = write("a.wav", wavBytes(tone(5, 16000), 16000));
     const auto check = [&](const std::filesystem::path& from, const std::filesystem::path& to,

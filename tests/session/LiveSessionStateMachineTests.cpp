@@ -20,8 +20,8 @@ std::string described(const std::optional<LiveSessionTransition>& transition) {
     std::string text(name(transition->phase));
     text += transition->isListening ? " listening" : "";
     text += transition->isStarting ? " starting" : "";
-    if (transition->statusMessage)
-        text += " '" + *transition->statusMessage + "'";
+    if (transition->status)
+        text += " '" + transition->status->text() + "'";
     if (transition->audioLevel)
         text += *transition->audioLevel == 0.08 ? " level" : " another level";
     text += transition->discardLateStartArtifacts ? " discard" : "";

@@ -25,10 +25,10 @@ class LiveTranscriptStoreStartTests : public ::testing::Test {
 
 TEST_F(LiveTranscriptStoreStartTests, TakesItsStepsInOrder) {
     Strings& calls = session.translator.calls;
-    session.diagnostics.stopIdleMemorySentinel = [&](const std::string& reason) {
+    session.diagnostics->onSentinelStop = [&](const std::string& reason) {
         calls.push_back("sentinel " + reason);
     };
-    session.diagnostics.startIfNeeded = [&](const SessionDiagnostics::Start& start) {
+    session.diagnostics->onStart = [&](const SessionDiagnostics::Start& start) {
         calls.push_back("run of " + start.source.logName());
     };
     session.launch();
@@ -37,7 +37,7 @@ TEST_F(LiveTranscriptStoreStartTests, TakesItsStepsInOrder) {
     EXPECT_EQ(session.phases,
               (std::vector<Phase>{Phase::preparing, Phase::loading, Phase::listening}));
     EXPECT_EQ(session.status(), "");
-    EXPECT_TRUE(*session.store->isListening);
+    EXPECT_TRUE(*session.store->view().isListening);
     EXPECT_EQ(calls, (Strings{"sentinel listen.start", "reset", "run of systemAudio",
                               "prewarm listen.start"}));
     EXPECT_EQ(session.refreshes,
@@ -56,7 +56,7 @@ TEST_F(LiveTranscriptStoreStartTests, TakesItsStepsInOrder) {
     EXPECT_EQ(session.server.openSources(), Strings{"a.monitor"});
     EXPECT_TRUE(session.store->recordingTracker().hasCurrentRecording());
     session.host.advanceBy(3.5);
-    EXPECT_EQ(*session.store->sessionDuration, 3);
+    EXPECT_EQ(*session.store->view().sessionDuration, 3);
     session.start(); // one is running
     EXPECT_EQ(session.events("listen.start.task").size(), 1U);
 }
@@ -93,7 +93,7 @@ TEST_F(LiveTranscriptStoreStartTests, AFailureIsShownAndLeavesNothingBehind) {
         c.arrange();
         session.start();
         EXPECT_EQ(session.phase(), Phase::failed);
-        EXPECT_FALSE(*session.store->isListening);
+        EXPECT_FALSE(*session.store->view().isListening);
         EXPECT_TRUE(liveLine().starts_with(c.message)) << liveLine();
         EXPECT_FALSE(liveLine().empty());
         EXPECT_EQ(field("listen.start.failed", "error"), liveLine());
@@ -157,7 +157,7 @@ TEST_F(LiveTranscriptStoreStartTests, AStopOvertakesAStart) {
         c.delay();
         session.store->toggleListening(LiveSessionControlTrigger::keyboardShortcut());
         session.host.advanceBy(0.5);
-        EXPECT_TRUE(*session.store->isListening);
+        EXPECT_TRUE(*session.store->view().isListening);
         session.store->toggleListening(LiveSessionControlTrigger::keyboardShortcut());
         session.host.advanceBy(3.1); // as long as a drain may take
         if (c.startsAnew)
@@ -217,6 +217,11 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherSourceEndsTheSessionAndBeginsTheNex
     EXPECT_TRUE(session.store->core.committedSegments->empty());
     ASSERT_EQ(session.catalog->recordings().size(), 2U);
     EXPECT_EQ(session.transcript(session.catalog->recordings()[1].id), "Before the switch.");
+
+    session.store->selectSource(AudioSource::microphone("usb"));
+    session.stop(); // what was said last counts
+    session.host.advanceBy(5);
+    EXPECT_EQ(session.phase(), Phase::idle);
 }
 
 TEST_F(LiveTranscriptStoreStartTests, AnotherRecognitionModelTakesOverInTheSession) {
@@ -231,11 +236,11 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherRecognitionModelTakesOverInTheSessi
     EXPECT_EQ(liveLine(), "正在切换识别模型…");
     EXPECT_TRUE(session.store->core.committedSegments->empty());
     session.host.advanceBy(0.5);
-    session.store->selectRecognitionOption(third); // the second never came to hear anything
+    session.settings.selectedRecognitionOptionID = third; // the second never came to hear anything
     session.host.advanceBy(2);
     EXPECT_EQ(session.phase(), Phase::listening);
     EXPECT_EQ(session.engine.sessions.size(), 3U);
-    EXPECT_EQ(*session.store->presentedError, "");
+    EXPECT_EQ(*session.store->view().presentedError, "");
     session.hear(1);
     EXPECT_EQ(session.engine.sessions[1]->heardSeconds, 0);
     session.say(true, "Third model.");
@@ -252,14 +257,12 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherRecognitionModelTakesOverInTheSessi
 }
 
 TEST_F(LiveTranscriptStoreStartTests, AModelThatComesTooLateStartsNoRunInTheNextSession) {
-    bool isRunning = false;
     int runs = 0;
-    session.diagnostics.isRunning = [&] { return isRunning; };
-    session.diagnostics.startIfNeeded = [&](const auto&) {
-        isRunning = true;
+    session.diagnostics->onStart = [&](const auto&) {
+        session.diagnostics->running = true;
         ++runs;
     };
-    session.diagnostics.finish = [&](const auto&) { isRunning = false; };
+    session.diagnostics->onFinish = [&](const auto&) { session.diagnostics->running = false; };
     session.launch();
     session.start();
     session.engine.script.prepareSeconds = 5;

@@ -26,8 +26,8 @@ class LiveTranscriptStoreStopTests : public ::testing::Test {
     /// Lifecycle entries from a point on, as "+ name" (start), "- name", "! name", ". name".
     Strings lifecycle(std::size_t from) {
         Strings all;
-        for (std::size_t i = from; i < session.lifecycle.size(); ++i) {
-            const auto& entry = session.lifecycle[i];
+        for (std::size_t i = from; i < session.diagnostics->entries.size(); ++i) {
+            const auto& entry = session.diagnostics->entries[i];
             all.push_back(std::string(1, ".+-!"[static_cast<int>(entry.phase)]) + " " +
                           entry.name.substr(sizeof("listen.stop") - 1));
             EXPECT_EQ(entry.elapsedSeconds.has_value(),
@@ -39,14 +39,14 @@ class LiveTranscriptStoreStopTests : public ::testing::Test {
 };
 
 TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
-    session.diagnostics.closeLifecycle = [&] { session.translator.calls.push_back("close"); };
-    session.diagnostics.finish = [&](const SessionDiagnostics::Finish& finish) {
+    session.diagnostics->onCloseLifecycle = [&] { session.translator.calls.push_back("close"); };
+    session.diagnostics->onFinish = [&](const SessionDiagnostics::Finish& finish) {
         EXPECT_EQ(finish.snapshot.sourceText, "One is said.\nTwo follows late.\nthree is open");
         EXPECT_TRUE(finish.recording && finish.recording->filePath.ends_with(".m4a"));
         EXPECT_GT(finish.perfStats.at("fedAudioSeconds"), 0) << "of the engine that is gone";
         session.translator.calls.push_back("finish");
     };
-    session.diagnostics.recordLiveCaptionStopSnapshot = [&](const std::string& reason, bool done) {
+    session.diagnostics->onStopSnapshot = [&](const std::string& reason, bool done) {
         session.translator.calls.push_back(reason + (done ? " done" : ""));
     };
     begin();
@@ -55,12 +55,12 @@ TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
     const UUID id = recording().id;
     EXPECT_TRUE(session.files.has(session.catalog->journalURL(id)));
     session.engine.session().give(simulation::spoken(false, "lost as a guess", 1.2, 0.1));
-    const std::size_t before = session.lifecycle.size();
+    const std::size_t before = session.diagnostics->entries.size();
     session.refreshes.clear();
     session.translator.calls.clear();
     session.store->stopListening(LiveSessionControlTrigger::toolbarPill());
     EXPECT_EQ(session.status(), "正在收尾保存…");
-    EXPECT_FALSE(*session.store->isListening);
+    EXPECT_FALSE(*session.store->view().isListening);
     // What the drain still brings: a final counts, a guess does not.
     session.store->applyRecognition(ASREvent::partial("a guess", 9, session.host.now()));
     session.store->applyRecognition(
@@ -68,8 +68,10 @@ TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
     CaptionSegment open = *session.store->core.currentPartial;
     open.sourceText = "three is open";
     session.store->core.currentPartial = open;
+    session.translator.isPreparing = true;
     session.host.advanceBy(20);
 
+    EXPECT_FALSE(session.translator.isPreparing);
     EXPECT_EQ(lifecycle(before),
               (Strings{". .requested", "+ .engineDrain", "- .engineDrain", "+ .finalize", "+ .seal",
                        "- .seal", "+ .translationDrain", "- .translationDrain", "+ .audioCompress",
@@ -98,6 +100,8 @@ TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
     EXPECT_EQ(recording().audioFormat, "m4a/aac");
     EXPECT_FALSE(session.files.has(session.catalog->journalURL(id)));
     EXPECT_TRUE(session.files.has(session.catalog->wordTimelineURL(id)));
+    EXPECT_FALSE(session.files.has(session.catalog->bilingualTranscriptURL(id)))
+        << "nothing was translated";
     ASSERT_EQ(session.refinements.size(), 1U);
     EXPECT_EQ(session.refinements[0]->audioPath, recording().filePath);
     EXPECT_EQ(session.memoryReturns, 1);
@@ -130,6 +134,8 @@ TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
          ".m4a", "listen.stop.translationDrain.done"},
         {"no compression", during, [](Session& s) { s.media.failure = "no encoder"; }, "complete",
          idle, ".wav", "listen.stop.audioCompress.failed"},
+        {"too little sound for history", during, [](Session& s) { s.media.bytes = 1000; },
+         "complete", idle, ".wav", "listen.stop.audioCompress.skipped"},
         {"lossless", during, [](Session& s) { s.settings.recordLosslessAudio = true; }, "complete",
          idle, ".wav", "listen.stop.audioCompress.skipped"},
         {"transcripts not writable", during, [](Session& s) { s.files.refused = ".txt"; },
@@ -218,6 +224,34 @@ TEST_F(LiveTranscriptStoreStopTests, ATranslationAfterTheStopStillReachesTheTran
     session.files.refused = ".txt";
     translate("再说。");
     EXPECT_EQ(session.events("recording.transcript.updateSnapshot.skipped").size(), 1U);
+    session.files.recover();
+    translate(""); // another language was chosen, and nothing has come yet
+    EXPECT_EQ(saved(), "Said.\n已经说了。");
+    session.catalog->saveRefinedTranscript("Said better.", "", {}, recording().id);
+    translate("再说。");
+    EXPECT_EQ(session.transcript(recording().id), "Said better.");
+    const UUID id = recording().id;
+    session.catalog->deleteRecording(id);
+    translate("又说。");
+    EXPECT_EQ(session.transcript(id), "");
+}
+
+TEST_F(LiveTranscriptStoreStopTests, TheM4AIsMadeWhileTheSessionIsRecorded) {
+    for (const bool encoderFails : {false, true}) {
+        begin();
+        session.hear(10);
+        const auto part = std::filesystem::path(recording().filePath).stem().string() + ".m4a.part";
+        EXPECT_TRUE(session.files.has(session.paths.recordings() / part));
+        session.media.failure = encoderFails ? "busy" : "";
+        session.hear(6);
+        session.media.failure.clear();
+        EXPECT_TRUE(recording().filePath.ends_with(".wav"));
+        endAndWait();
+        EXPECT_TRUE(recording().filePath.ends_with(".m4a"));
+        EXPECT_NEAR(recording().duration, 18, 0.5);
+        EXPECT_EQ(session.media.transcodings, encoderFails ? 1 : 0);
+        EXPECT_EQ(session.files.list(session.paths.recordings()).size(), encoderFails ? 2U : 1U);
+    }
 }
 
 TEST_F(LiveTranscriptStoreStopTests, AHoleInTheSoundIsSilenceAndTimesStayRight) {
@@ -358,6 +392,10 @@ TEST_F(LiveTranscriptStoreStopTests, AKilledSessionIsReadableAtTheNextStart) {
     EXPECT_EQ(session.repaired.recoveredSessions, std::vector<UUID>{id});
     EXPECT_EQ(session.transcript(id), "Said before the end.");
     EXPECT_GT(recording().duration, 1.5);
+    EXPECT_TRUE(recording().filePath.ends_with(".wav"));
+    session.host.advanceBy(10);
+    EXPECT_TRUE(recording().filePath.ends_with(".m4a")) << "as the session meant it";
+    EXPECT_EQ(session.files.list(session.paths.recordings()).size(), 1U);
 }
 
 TEST_F(LiveTranscriptStoreStopTests, TheProgramEndsWhenTheSessionIsSavedOrAfterFiveSeconds) {

@@ -61,7 +61,7 @@ TEST(LongSessionTests, NothingButTheTextAndTheSoundGrowsWithTheHours) {
     session.stop();
     session.server.keepDelivering(std::nullopt);
     session.host.advanceBy(60);
-    EXPECT_EQ(*session.store->sessionPhase, LiveSessionPhase::idle);
+    EXPECT_EQ(*session.store->view().sessionPhase, LiveSessionPhase::idle);
     EXPECT_EQ(session.host.liveTasks(), 0U);
     EXPECT_EQ(session.host.waitingBlocks(), 0U);
     EXPECT_NEAR(session.catalog->recordings().at(0).duration, elapsed, 2);

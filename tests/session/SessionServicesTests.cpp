@@ -1,4 +1,4 @@
-#include "Tessarune/session/LiveCaptionUserMessages.h"
+#include "Tessarune/session/LiveCaptionCoreFactory.h"
 #include "Tessarune/session/LiveResourceCleanup.h"
 #include "Tessarune/session/SystemAudioSilentStartPolicy.h"
 #include "tests/simulation/SimulatedSession.h"
@@ -126,39 +126,33 @@ TEST(SessionDurationClockTests, CountsSecondsFromItsStart) {
     EXPECT_EQ(ticks, (std::vector<double>{1, 10, 20}));
 }
 
-TEST(LiveCaptionUserMessagesTests, KnowsItsOwnWarnings) {
-    EXPECT_TRUE(LiveCaptionUserMessages::isSilentMessage("没有听到系统声音"));
-    EXPECT_TRUE(LiveCaptionUserMessages::isSilentMessage("未检测到系统声音"));
-    EXPECT_FALSE(LiveCaptionUserMessages::isSilentMessage("正在检测系统声音"));
-}
-
 TEST(SystemAudioSilentStartPolicyTests, DeniesUnlessSoundWasThereBefore) {
     using Status = PermissionsManager::Status;
     SimulatedSession session;
     const auto warning = [&](const AudioSource& source) {
-        return SystemAudioSilentStartPolicy::warningMessageIfNeeded(session.permissions, source);
+        return SystemAudioSilentStartPolicy::warnsOfSilence(session.permissions, source);
     };
-    EXPECT_EQ(warning(AudioSource::systemAudio()), "没有听到系统声音");
+    EXPECT_TRUE(warning(AudioSource::systemAudio()));
     EXPECT_EQ(*session.permissions.systemAudio, Status::denied);
     session.permissions.latch(PermissionsManager::Key::systemAudioStatus, Status::granted);
-    EXPECT_EQ(warning(AudioSource::systemAudio()), "没有听到系统声音");
+    EXPECT_TRUE(warning(AudioSource::systemAudio()));
     EXPECT_EQ(*session.permissions.systemAudio, Status::granted);
-    EXPECT_EQ(warning(AudioSource::microphone()), std::nullopt);
+    EXPECT_FALSE(warning(AudioSource::microphone()));
 }
 
 TEST(LiveResourceCleanupTests, EmptiesTheDebugLogAndReturnsMemoryInTheBackground) {
     SimulatedHost host;
     simulation::FaultyFileSystem files;
-    files.setContents("/tmp/tessarune.log", "old");
+    files.setContents("/run/me/tessarune.log", "old");
     bool onMain = true;
     const LiveResourceCleanup::Resources resources{
         files, host.serialQueue("utility", QueuePriority::utility),
-        [&] { onMain = host.isOnMainQueue(); }};
+        [&] { onMain = host.isOnMainQueue(); }, "/run/me/tessarune.log"};
     LiveResourceCleanup::releaseIdleResources(resources);
     EXPECT_TRUE(onMain) << "not before the queue comes to it";
     host.runUntilIdle();
     EXPECT_FALSE(onMain);
-    EXPECT_EQ(files.contentsOf("/tmp/tessarune.log"), "");
+    EXPECT_EQ(files.contentsOf("/run/me/tessarune.log"), "");
     files.failFrom = 0;
     EXPECT_NO_THROW(LiveResourceCleanup::releaseIdleResources(resources));
     host.runUntilIdle();
@@ -166,6 +160,7 @@ TEST(LiveResourceCleanupTests, EmptiesTheDebugLogAndReturnsMemoryInTheBackground
 
 class LiveRecordingTrackerTests : public ::testing::Test {
   protected:
+    using Outcome = RecordingTranscriptSaveOutcome;
     LiveRecordingTrackerTests() {
         metadata.id = UUID::random();
         metadata.startedAt = 1000;
@@ -185,12 +180,13 @@ class LiveRecordingTrackerTests : public ::testing::Test {
     RecordingMetadata metadata;
     std::vector<UUID> announced;
     NotificationCenter::Observation announcement;
-    LiveRecordingTracker tracker{*session.catalog, session.logger};
+    CaptionCore core = LiveCaptionCoreFactory::make(session.host, session.settings);
+    LiveRecordingTracker tracker{session.host, session.files, *session.catalog, session.logger};
 };
 
 TEST_F(LiveRecordingTrackerTests, FollowsARecordingToItsSave) {
     EXPECT_TRUE(tracker.saveTranscripts("nothing", "to save", std::nullopt));
-    tracker.handleStarted(metadata, true);
+    tracker.handleStarted(metadata, true, core, "option");
     EXPECT_EQ(tracker.currentStartedAt(), 900) << "the clock of the words";
     EXPECT_EQ(tracker.currentAudioPath(), metadata.filePath);
     metadata.filePath = (session.paths.recordings() / "a.m4a").string();
@@ -199,19 +195,19 @@ TEST_F(LiveRecordingTrackerTests, FollowsARecordingToItsSave) {
     EXPECT_TRUE(tracker.saveTranscripts("text", "both", std::nullopt));
     EXPECT_FALSE(tracker.hasCurrentRecording());
     EXPECT_EQ(tracker.currentRecordingMetadata(), std::nullopt);
-    EXPECT_TRUE(tracker.updateLastSavedTranscripts("better text", "both"));
+    EXPECT_EQ(tracker.updateLastSavedTranscripts("better text", "both"), Outcome::saved);
     EXPECT_EQ(session.transcript(metadata.id), "better text");
     EXPECT_EQ(announced, (std::vector<UUID>{metadata.id, metadata.id}));
 }
 
 TEST_F(LiveRecordingTrackerTests, OneFailingSidecarLeavesTheOthersSaved) {
-    tracker.handleStarted(metadata, true);
+    tracker.handleStarted(metadata, true, core, "option");
     session.files.refused = ".bilingual";
     EXPECT_FALSE(tracker.saveTranscripts("text", "both", std::nullopt));
     EXPECT_EQ(session.transcript(metadata.id), "text");
     EXPECT_EQ(tracker.lastSavedID(), metadata.id);
     EXPECT_FALSE(tracker.hasCurrentRecording());
-    EXPECT_FALSE(tracker.updateLastSavedTranscripts("new", "both"));
+    EXPECT_EQ(tracker.updateLastSavedTranscripts("new", "both"), Outcome::failed);
     EXPECT_TRUE(announced.empty());
     const auto lines = session.logLines("recording.transcript.persist.degraded");
     ASSERT_EQ(lines.size(), 1U);
@@ -221,7 +217,7 @@ TEST_F(LiveRecordingTrackerTests, OneFailingSidecarLeavesTheOthersSaved) {
 }
 
 TEST_F(LiveRecordingTrackerTests, ALateOrDiscardedRecordingIsDeleted) {
-    tracker.handleStarted(metadata, false);
+    tracker.handleStarted(metadata, false, core, "option");
     EXPECT_FALSE(tracker.hasCurrentRecording());
     EXPECT_TRUE(session.catalog->recordings().empty());
     EXPECT_FALSE(session.files.has(metadata.filePath));
@@ -230,10 +226,18 @@ TEST_F(LiveRecordingTrackerTests, ALateOrDiscardedRecordingIsDeleted) {
     other.id = UUID::random();
     session.files.setContents(other.filePath, "sound");
     session.catalog->upsert(other);
-    tracker.handleStarted(other, true);
+    tracker.handleStarted(other, true, core, "option");
+    RecordingMetadata later = other;
+    later.id = UUID::random();
+    later.filePath += ".later.wav";
+    session.files.setContents(later.filePath, "sound");
+    session.catalog->upsert(later);
+    tracker.handleStarted(later, true, core, "option"); // of a start that was superseded
+    EXPECT_FALSE(session.catalog->recording(other.id));
+    EXPECT_FALSE(session.files.has(session.catalog->journalURL(other.id)));
     tracker.discardCurrentRecordingIfAny();
     EXPECT_TRUE(session.catalog->recordings().empty());
-    EXPECT_FALSE(session.files.has(other.filePath));
+    EXPECT_FALSE(session.files.has(later.filePath));
 }
 
 } // namespace

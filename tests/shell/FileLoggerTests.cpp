@@ -78,6 +78,10 @@ TEST_F(FileLoggerTests, ALineCarriesItsFieldsAndWhereItCameFrom) {
     EXPECT_EQ(all[0]["mainThread"], true);
     EXPECT_FALSE(all[0].contains("infinite"));
     EXPECT_EQ(all[0]["source"].get<std::string>().rfind("FileLoggerTests.cpp:", 0), 0u);
+    logger.event("listen.start", {{"source", std::string("systemAudio")}});
+    const auto ofSound = lines().at(1);
+    EXPECT_EQ(ofSound["source"], "systemAudio");
+    EXPECT_TRUE(ofSound["sourceLocation"].get<std::string>().starts_with("FileLoggerTests.cpp:"));
 }
 
 TEST_F(FileLoggerTests, EachDayHasAFileAndOldOnesGo) {

@@ -118,6 +118,10 @@ class FaultyFileSystem final : public FileSystem {
             node = std::make_shared<Node>();
         return std::make_unique<File>(*this, path, node);
     }
+    void empty(const Path& path) override {
+        if (exists(path))
+            create(path)->close();
+    }
     void createDirectories(const Path& path) override {
         begin("createDirectories", path);
         makeFolders(path);

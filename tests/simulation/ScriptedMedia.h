@@ -14,13 +14,16 @@ class ScriptedMedia {
   public:
     explicit ScriptedMedia(FaultyFileSystem& files) : files_(files) {}
 
-    std::string failure; ///< of the conversion; empty: none
+    std::string failure;       ///< of each encoder; empty: none
+    std::size_t bytes = 20000; ///< of an M4A; more than of what history takes for no sound
+    int transcodings = 0;      ///< of whole files
 
     TranscodeToM4A transcoder() {
         return [this](const std::filesystem::path& from, const std::filesystem::path& to,
                       const MediaProgress& progress, const std::stop_token&) {
             if (!failure.empty())
                 throw MediaFileError(MediaFileError::Kind::writeFailed, failure);
+            ++transcodings;
             try {
                 const std::string sound = files_.read(from);
                 const auto header = WAVHeader::decoded(sound);
@@ -30,23 +33,80 @@ class ScriptedMedia {
                     progress(0.5);
                 const double seconds = static_cast<double>(header->dataSize) /
                                        static_cast<double>(header->bytesPerSecond());
-                files_.writeAtomically(to, "m4a " + std::to_string(seconds));
+                files_.writeAtomically(to, content(seconds));
             } catch (const std::system_error& error) {
                 throw MediaFileError(MediaFileError::Kind::writeFailed, error.what());
             }
         };
     }
 
+    CreateM4A creator() {
+        return [this](const std::filesystem::path& to, AudioFormat from) {
+            return std::make_unique<Growing>(*this, to, from.sampleRate);
+        };
+    }
+
     OpenMediaFile opener() {
         return [this](const std::filesystem::path& path) {
-            const std::string bytes = files_.contentsOf(path);
-            if (!bytes.starts_with("m4a "))
+            const std::string media = files_.contentsOf(path);
+            if (!media.starts_with("m4a "))
                 throw MediaFileError(MediaFileError::Kind::notMedia, path.string());
-            return std::make_unique<File>(std::stod(bytes.substr(4)));
+            return std::make_unique<File>(std::stod(media.substr(4)));
         };
     }
 
   private:
+    /// As an M4A that is written while its sound comes: a part beside its name until it is whole.
+    class Growing final : public M4AFile {
+      public:
+        Growing(ScriptedMedia& media, std::filesystem::path to, double sampleRate)
+            : media_(media), to_(std::move(to)), sampleRate_(sampleRate) {
+            writing([&] { media_.files_.writeAtomically(part(), ""); });
+        }
+        ~Growing() override {
+            try {
+                media_.files_.remove(part());
+            } catch (const std::system_error&) { // it is removed at the next start
+            }
+        }
+        void append(const AudioBuffer& sound) override {
+            writing([&] { frames_ += sound.frames(); });
+        }
+        void finish() override {
+            writing([&] {
+                media_.files_.writeAtomically(
+                    to_, media_.content(static_cast<double>(frames_) / sampleRate_));
+            });
+        }
+
+      private:
+        template <typename Step>
+        void writing(Step step) {
+            if (!media_.failure.empty())
+                throw MediaFileError(MediaFileError::Kind::writeFailed, media_.failure);
+            try {
+                step();
+            } catch (const std::system_error& error) {
+                throw MediaFileError(MediaFileError::Kind::writeFailed, error.what());
+            }
+        }
+        std::filesystem::path part() const {
+            std::filesystem::path path = to_;
+            return path += ".part";
+        }
+
+        ScriptedMedia& media_;
+        const std::filesystem::path to_;
+        const double sampleRate_;
+        std::size_t frames_ = 0;
+    };
+
+    std::string content(double seconds) const {
+        std::string text = "m4a " + std::to_string(seconds);
+        text.resize(bytes, ' ');
+        return text;
+    }
+
     class File final : public MediaFile {
       public:
         explicit File(double seconds) : seconds_(seconds) {}

@@ -51,6 +51,7 @@ struct ScriptedTranslation {
     double drainSeconds = 0;
     bool drainCompletes = true;
     bool hasPending = false;
+    bool isPreparing = false; ///< a pair is shown as being prepared
     std::vector<std::string> calls;
 
     SessionTranslation translation(Host& host) {
@@ -62,6 +63,7 @@ struct ScriptedTranslation {
             calls.push_back("prewarm " + reason);
         };
         steps.startCommittedRun = note("run");
+        steps.setPreparationIdle = [this] { isPreparing = false; };
         steps.resetForNewSession = note("reset");
         steps.bigCleanup = note("cleanup");
         steps.hasPendingTranslations = [this] { return hasPending; };
@@ -79,6 +81,33 @@ struct ScriptedTranslation {
     }
 };
 
+/// Hears what a session tells its diagnostics; a test takes of it what it wants.
+struct WatchedDiagnostics final : SessionDiagnostics {
+    void startIfNeeded(const Start& start) override { onStart(start); }
+    bool isRunning() const override { return running; }
+    void recordLiveCaptionStopSnapshot(const std::string& reason, bool completed) override {
+        onStopSnapshot(reason, completed);
+    }
+    void finish(const Finish& finish) override { onFinish(finish); }
+    void closeLifecycle() override { onCloseLifecycle(); }
+    void lifecycle(const LifecycleEntry& entry) override {
+        entries.push_back(entry);
+        onLifecycle(entry);
+    }
+    void appendASREvent(const ASREvent& event) override { onASREvent(event); }
+    void stopIdleMemorySentinel(const std::string& reason) override { onSentinelStop(reason); }
+
+    bool running = false;
+    std::vector<LifecycleEntry> entries;
+    std::function<void(const Start&)> onStart = [](const auto&) {};
+    std::function<void(const std::string&, bool)> onStopSnapshot = [](const auto&, bool) {};
+    std::function<void(const Finish&)> onFinish = [](const auto&) {};
+    std::function<void()> onCloseLifecycle = [] {};
+    std::function<void(const LifecycleEntry&)> onLifecycle = [](const auto&) {};
+    std::function<void(const ASREvent&)> onASREvent = [](const auto&) {};
+    std::function<void(const std::string&)> onSentinelStop = [](const auto&) {};
+};
+
 /// A whole session on a simulated computer: everything below the front end is the program's own,
 /// everything below the platform line is scripted.
 class SimulatedSession {
@@ -89,11 +118,6 @@ class SimulatedSession {
         files.createDirectories(paths.appSupportBase());
         calm();
         setOutputs({"a"});
-        diagnostics.lifecycle = [this](const SessionDiagnostics::LifecycleEntry& entry) {
-            lifecycle.push_back(entry);
-            if (onLifecycle)
-                onLifecycle(entry);
-        };
     }
     ~SimulatedSession() {
         server.keepDelivering(std::nullopt);
@@ -110,8 +134,10 @@ class SimulatedSession {
         repaired = RecordingRepair(files, *catalog, logger).runAtLaunch();
         recorder = AudioSessionRecorder::create(host, files, logger, catalog->forRecorder(),
                                                 converters.maker());
-        compressor = std::make_unique<RecordingAudioCompressor>(files, *catalog, logger, exporter,
-                                                                media.opener());
+        compressor = std::make_unique<RecordingAudioCompressor>(
+            host, files, *catalog, logger, exporter, media.opener(), media.creator());
+        if (!*settings.recordLosslessAudio)
+            compressor->compressLeftovers();
         store = LiveTranscriptStore::make(
             {.speech = {host, engine.engine(), assets, converters.maker(), logger},
              .sound = server,
@@ -126,12 +152,12 @@ class SimulatedSession {
              .scheduleHistoryRefinement =
                  [this](const auto& request) { refinements.push_back(request); },
              .returnMemory = [this] { ++memoryReturns; }});
-        store->sessionPhase.onDidChange([this](LiveSessionPhase phase) {
+        store->view().sessionPhase.onDidChange([this](LiveSessionPhase phase) {
             phases.push_back(phase);
             if (onPhase)
                 onPhase(phase);
         });
-        store->captionDisplayRefresh.onDidChange(
+        store->view().captionDisplayRefresh.onDidChange(
             [this](const std::string& reason) { refreshes.push_back(reason); });
     }
 
@@ -205,8 +231,8 @@ class SimulatedSession {
         return lines;
     }
     std::string transcript(const UUID& id) { return files.contentsOf(catalog->transcriptURL(id)); }
-    const std::string& status() const { return *store->statusMessage; }
-    LiveSessionPhase phase() const { return *store->sessionPhase; }
+    std::string status() const { return store->view().status->text(); }
+    LiveSessionPhase phase() const { return *store->view().sessionPhase; }
 
     SimulatedHost host;
     const double sampleRate;
@@ -228,7 +254,7 @@ class SimulatedSession {
     std::function<SessionTranslation()> translation = [this] {
         return translator.translation(host);
     };
-    SessionDiagnostics diagnostics; ///< read when the program is launched
+    const std::shared_ptr<WatchedDiagnostics> diagnostics = std::make_shared<WatchedDiagnostics>();
 
     std::unique_ptr<RecordingCatalog> catalog;
     RecordingRepair::Report repaired;
@@ -238,11 +264,9 @@ class SimulatedSession {
 
     std::vector<LiveSessionPhase> phases;
     std::vector<std::string> refreshes;
-    std::vector<SessionDiagnostics::LifecycleEntry> lifecycle;
     std::vector<std::optional<HistoryRefinementRequest>> refinements;
     int memoryReturns = 0;
     std::function<void(LiveSessionPhase)> onPhase;
-    std::function<void(const SessionDiagnostics::LifecycleEntry&)> onLifecycle;
 };
 
 } // namespace tessarune::simulation

@@ -48,7 +48,7 @@ class TranslatedLiveSession : public SimulatedSession {
         return files.contentsOf(catalog->bilingualTranscriptURL(id));
     }
     UUID recordingID() const { return catalog->recordings().at(0).id; }
-    const std::string& translationStatus() const { return *store->translationStatusMessage; }
+    const std::string& translationStatus() const { return *store->view().translationStatusMessage; }
     /// The program is killed, and started again.
     void crash() {
         files.failFrom = files.operations + 1;

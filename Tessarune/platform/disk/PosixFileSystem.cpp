@@ -210,6 +210,14 @@ std::unique_ptr<AppendFile> PosixFileSystem::openForAppending(const Path& path) 
     return file;
 }
 
+void PosixFileSystem::empty(const Path& path) {
+    const int file = ::open(path.c_str(), O_WRONLY | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    if (file >= 0)
+        ::close(file);
+    else if (errno != ENOENT)
+        fail("cannot empty", path);
+}
+
 void PosixFileSystem::createDirectories(const Path& path) {
     std::error_code ignored;
     if (fs::is_directory(path, ignored))

@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 namespace tessarune {
@@ -21,10 +22,21 @@ using Kind = MediaFileError::Kind;
 
 constexpr double progressStep = 0.005;
 
-/// One M4A file that is being written. Dropped before `finish` it leaves a file without an index.
-class M4AWriter {
+/// The name must not appear before the bytes are on the disk, nor be lost after that.
+void synchronize(const std::filesystem::path& path, int flags) {
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags);
+    const bool good = file >= 0 && ::fsync(file) == 0;
+    const int error = errno;
+    if (file >= 0)
+        ::close(file);
+    if (!good)
+        fail(Kind::writeFailed, path, std::strerror(error));
+}
+
+/// An MP4 container with one track, without an index until `finish`.
+class M4AContainer {
   public:
-    explicit M4AWriter(std::filesystem::path path)
+    explicit M4AContainer(std::filesystem::path path)
         : path_(std::move(path)), packet_(av_packet_alloc()), frame_(av_frame_alloc()) {
         AVFormatContext* raw = nullptr;
         check(avformat_alloc_output_context2(&raw, nullptr, "ipod", nullptr), Kind::cannotCreate);
@@ -41,7 +53,7 @@ class M4AWriter {
         check(avformat_write_header(output_.get(), nullptr), Kind::cannotCreate);
     }
 
-    /// Takes one channel at the file's sample rate.
+    /// One channel at the file's sample rate.
     void append(const std::vector<float>& samples) {
         waiting_.insert(waiting_.end(), samples.begin(), samples.end());
         const auto size = static_cast<std::size_t>(codec_->frame_size);
@@ -79,7 +91,7 @@ class M4AWriter {
     void openEncoder() {
         const AVCodec* encoder = avcodec_find_encoder(AV_CODEC_ID_AAC);
         if (!encoder)
-            fail(Kind::unsupported, path_, "there is no AAC encoder here");
+            fail(Kind::cannotCreate, path_, "there is no AAC encoder here");
         codec_.reset(avcodec_alloc_context3(encoder));
         codec_->sample_rate = M4A::sampleRate;
         codec_->bit_rate = M4A::bitRate;
@@ -123,6 +135,63 @@ class M4AWriter {
     std::int64_t written_ = 0;
 };
 
+/// Sound of any format on its way into the container, under another name until it is whole.
+class FFmpegM4AFile final : public M4AFile {
+  public:
+    FFmpegM4AFile(std::filesystem::path to, AudioFormat from) : to_(std::move(to)) {
+        converting([&] {
+            converter_ = makeSwresampleConverter(from, {M4A::sampleRate, M4A::channels});
+        });
+        try {
+            container_ = std::make_unique<M4AContainer>(beside());
+        } catch (...) {
+            removeUnfinished();
+            throw;
+        }
+    }
+    ~FFmpegM4AFile() override {
+        if (std::exchange(container_, nullptr))
+            removeUnfinished();
+    }
+
+    void append(const AudioBuffer& sound) override {
+        converting([&] { container_->append(converter_->convert(sound).samples); });
+    }
+
+    void finish() override {
+        converting([&] { container_->append(converter_->flush().samples); });
+        container_->finish();
+        synchronize(beside(), 0);
+        std::error_code renamed;
+        std::filesystem::rename(beside(), to_, renamed);
+        if (renamed)
+            fail(Kind::writeFailed, to_, renamed.message());
+        container_.reset();
+        synchronize(to_.has_parent_path() ? to_.parent_path() : ".", O_DIRECTORY);
+    }
+
+  private:
+    void converting(const std::function<void()>& step) const {
+        try {
+            step();
+        } catch (const AudioConversionError& error) {
+            fail(Kind::unsupported, to_, error.what());
+        }
+    }
+    std::filesystem::path beside() const {
+        std::filesystem::path path = to_;
+        return path += ".part";
+    }
+    void removeUnfinished() const {
+        std::error_code ignored;
+        std::filesystem::remove(beside(), ignored);
+    }
+
+    const std::filesystem::path to_;
+    std::unique_ptr<AudioConverter> converter_;
+    std::unique_ptr<M4AContainer> container_; // until the file has its name
+};
+
 /// Says how far it has come, not more often than a reader can see.
 class Progress {
   public:
@@ -151,55 +220,26 @@ class Progress {
     double reported_ = 0;
 };
 
-void encode(const std::filesystem::path& from, const std::filesystem::path& to,
-            const MediaProgress& report, const std::stop_token& stop) {
+} // namespace
+
+std::unique_ptr<M4AFile> createM4A(const std::filesystem::path& to, AudioFormat from) {
+    beQuiet();
+    return std::make_unique<FFmpegM4AFile>(to, from);
+}
+
+void transcodeToM4A(const std::filesystem::path& from, const std::filesystem::path& to,
+                    const MediaProgress& report, std::stop_token stop) {
     const auto source = openFFmpegMediaFile(from);
-    const auto converter =
-        makeSwresampleConverter(source->format(), {M4A::sampleRate, M4A::channels});
-    M4AWriter writer(to);
+    const auto file = createM4A(to, source->format());
     Progress progress(report, source->duration());
     while (const AudioBufferPtr block = source->read()) {
         if (stop.stop_requested())
             fail(Kind::cancelled, to, "stopped");
-        writer.append(converter->convert(*block).samples);
+        file->append(*block);
         progress.advance(block->seconds());
     }
-    writer.append(converter->flush().samples);
-    writer.finish();
+    file->finish();
     progress.finish();
-}
-
-/// The name must not appear before the bytes are on the disk, nor be lost after that.
-void synchronize(const std::filesystem::path& path, int flags) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags);
-    const bool good = file >= 0 && ::fsync(file) == 0;
-    const int error = errno;
-    if (file >= 0)
-        ::close(file);
-    if (!good)
-        fail(Kind::writeFailed, path, std::strerror(error));
-}
-
-} // namespace
-
-void transcodeToM4A(const std::filesystem::path& from, const std::filesystem::path& to,
-                    const MediaProgress& progress, std::stop_token stop) {
-    beQuiet();
-    std::filesystem::path beside = to;
-    beside += ".part";
-    try {
-        encode(from, beside, progress, stop);
-        synchronize(beside, 0);
-        std::error_code renamed;
-        std::filesystem::rename(beside, to, renamed);
-        if (renamed)
-            fail(Kind::writeFailed, to, renamed.message());
-        synchronize(to.has_parent_path() ? to.parent_path() : ".", O_DIRECTORY);
-    } catch (...) {
-        std::error_code ignored;
-        std::filesystem::remove(beside, ignored);
-        throw;
-    }
 }
 
 } // namespace tessarune

@@ -2,8 +2,6 @@
 
 #include "Tessarune/platform/media/FFmpegSupport.h"
 
-#include <stdexcept>
-
 namespace tessarune {
 
 namespace {
@@ -14,7 +12,7 @@ class SwresampleConverter final : public AudioConverter {
   public:
     SwresampleConverter(AudioFormat from, AudioFormat to) : to_(to) {
         if (from.channels < 1 || to.channels < 1 || from.sampleRate < 1 || to.sampleRate < 1)
-            throw std::runtime_error("sound without channels or sample rate cannot be converted");
+            throw AudioConversionError("sound without channels or sample rate cannot be converted");
         AVChannelLayout in{};
         AVChannelLayout out{};
         av_channel_layout_default(&in, from.channels);
@@ -30,7 +28,7 @@ class SwresampleConverter final : public AudioConverter {
         if (result >= 0)
             result = swr_init(context_.get());
         if (result < 0)
-            throw std::runtime_error("sound cannot be converted: " + words(result));
+            throw AudioConversionError("sound cannot be converted: " + words(result));
     }
 
     AudioFormat outputFormat() const override { return to_; }
@@ -54,7 +52,7 @@ class SwresampleConverter final : public AudioConverter {
         auto* out = reinterpret_cast<uint8_t*>(output.samples.data());
         const int given = swr_convert(context_.get(), &out, room, in, frames);
         if (given < 0)
-            throw std::runtime_error("sound cannot be converted: " + words(given));
+            throw AudioConversionError("sound cannot be converted: " + words(given));
         output.samples.resize(static_cast<std::size_t>(given) * channels);
         return output;
     }

@@ -4,8 +4,8 @@
 
 namespace tessarune {
 
-/// A converter on libswresample; a `MakeAudioConverter`. Throws std::runtime_error for formats that
-/// it cannot convert.
+/// A converter on libswresample; a `MakeAudioConverter`. Throws AudioConversionError for formats
+/// that it cannot convert.
 std::unique_ptr<AudioConverter> makeSwresampleConverter(AudioFormat from, AudioFormat to);
 
 } // namespace tessarune

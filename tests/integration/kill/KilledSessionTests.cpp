@@ -44,8 +44,8 @@ struct Program {
 /// Each one that is saved is told through `told`.
 Task<void> recordForEver(LoopHost& host, Program& program, int told) {
     AudioExporter exporter(host, transcodeToM4A);
-    RecordingAudioCompressor compressor(program.files, program.catalog, program.logger, exporter,
-                                        openFFmpegMediaFile);
+    RecordingAudioCompressor compressor(host, program.files, program.catalog, program.logger,
+                                        exporter, openFFmpegMediaFile, createM4A);
     const auto recorder =
         AudioSessionRecorder::create(host, program.files, program.logger,
                                      program.catalog.forRecorder(), makeSwresampleConverter);
@@ -53,6 +53,7 @@ Task<void> recordForEver(LoopHost& host, Program& program, int told) {
     recorder->onStarted = [&](const RecordingMetadata& metadata) { current = metadata; };
     for (;;) {
         recorder->start();
+        compressor.follow(current);
         SessionJournal journal(host, program.files, program.logger,
                                program.catalog.journalURL(current.id), *current.monotonicStart,
                                "apple-en");

@@ -88,6 +88,19 @@ TEST(PosixFileSystemTests, WhatItMakesIsTheUsersAlone) {
     EXPECT_EQ(count, 7);
 }
 
+TEST(PosixFileSystemTests, EmptiesFilesAndFollowsNoLink) {
+    testing::TemporaryFolder folder;
+    PosixFileSystem files;
+    files.writeAtomically(folder / "log", "old");
+    std::filesystem::create_symlink(folder / "log", folder / "link");
+    EXPECT_THROW(files.empty(folder / "link"), std::system_error);
+    EXPECT_EQ(files.read(folder / "log"), "old");
+    files.empty(folder / "log");
+    files.empty(folder / "absent");
+    EXPECT_EQ(files.read(folder / "log"), "");
+    EXPECT_FALSE(files.exists(folder / "absent"));
+}
+
 TEST(PosixFileSystemTests, TwoProgramsMayAppendLinesToOneLog) {
     const testing::TemporaryFolder folder;
     constexpr int lines = 500;

@@ -35,13 +35,13 @@ const std::map<LiveSessionPhase, std::set<LiveSessionPhase>>& followers() {
 
 SessionSimulation::SessionSimulation(std::uint64_t seed) : random_(seed), session_(seed + 1) {
     TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::off);
-    session_.diagnostics.appendASREvent = [this](const ASREvent& event) {
+    session_.diagnostics->onASREvent = [this](const ASREvent& event) {
         const auto* final = std::get_if<ASREvent::Final>(&event.value);
-        if (final && (*session_.store->isListening || session_.phase() == Phase::stopping))
+        if (final && (*session_.store->view().isListening || session_.phase() == Phase::stopping))
             finalWords_.merge(wordsOf(final->text));
     };
     session_.onPhase = [this](Phase phase) { checkPhase(phase); };
-    session_.onLifecycle = [this](const auto& entry) { checkLifecycle(entry); };
+    session_.diagnostics->onLifecycle = [this](const auto& entry) { checkLifecycle(entry); };
     session_.launch();
     watch();
 }
@@ -301,7 +301,7 @@ void SessionSimulation::endKilled() {
 void SessionSimulation::watch() {
     LiveTranscriptStore& store = *session_.store;
     store.core.committedSegments.onDidChange([this](const auto& rows) { checkCommitted(rows); });
-    store.captionDisplayRefresh.onDidChange([this](const std::string& reason) {
+    store.view().captionDisplayRefresh.onDidChange([this](const std::string& reason) {
         if (reason == "asr.final")
             checkFinals();
     });
@@ -320,7 +320,7 @@ void SessionSimulation::checkStep() {
     const Phase phase = session_.phase();
     const bool isUnderWay =
         phase == Phase::preparing || phase == Phase::loading || phase == Phase::listening;
-    require(*session_.store->isListening == isUnderWay, "isListening contradicts the phase");
+    require(*session_.store->view().isListening == isUnderWay, "isListening contradicts the phase");
     require(phase != Phase::stopping || session_.store->isStopping(), "stopping without a task");
 }
 
@@ -330,7 +330,7 @@ void SessionSimulation::checkCommitted(const CaptionCore::Rows& rows) {
         committedWords_.clear();
         finalWords_.clear();
     }
-    require(rows.size() == committedRows_ || *session_.store->isListening ||
+    require(rows.size() == committedRows_ || *session_.store->view().isListening ||
                 session_.phase() == Phase::stopping,
             "a row came after the teardown");
     for (; committedRows_ < rows.size(); ++committedRows_) {

@@ -77,7 +77,7 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
         store->core.committedSegments.onWillChange([this](const auto& rows) { before_ = rows; });
         store->core.committedSegments.onDidChange(
             [this](const CaptionCore::Rows& rows) { checkChange(rows); });
-        store->sessionPhase.onDidChange([this](LiveSessionPhase phase) {
+        store->view().sessionPhase.onDidChange([this](LiveSessionPhase phase) {
             if (phase == LiveSessionPhase::idle && !hasEnded_)
                 stopSeconds += host.now();
         });

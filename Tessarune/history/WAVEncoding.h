@@ -1,0 +1,59 @@
+#pragma once
+
+#include "Tessarune/audio/MediaFile.h"
+#include "Tessarune/audio/WAVHeader.h"
+#include "Tessarune/shell/FileSystem.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <stop_token>
+#include <string>
+
+namespace tessarune {
+
+/// Encodes a recording's WAV as M4A piece by piece, also one that is still being written: the WAV
+/// holds what waits, so that nothing is lost by being slow.
+///
+/// Used by one thread at a time; waits for the disk. Never throws: after a failure it does nothing
+/// more, and what it wrote is removed.
+class WAVEncoding {
+  public:
+    /// `files` must outlive it.
+    WAVEncoding(FileSystem& files, CreateM4A create, std::filesystem::path wav,
+                std::filesystem::path m4a)
+        : files_(files), create_(std::move(create)), wav_(std::move(wav)), m4a_(std::move(m4a)) {}
+
+    const std::filesystem::path& source() const { return wav_; }
+    /// Empty unless it has failed.
+    const std::string& failure() const { return failure_; }
+
+    /// Of a WAV that grows: encodes what is there, but for the last second, which a failed write
+    /// may have left. At most so many seconds of sound.
+    void follow(double mostSeconds);
+    /// Of a closed WAV: encodes so many seconds more. True once nothing is left.
+    bool advance(double seconds);
+    /// Encodes what is left of a closed WAV and gives the M4A its name. False after a failure, or
+    /// when asked to stop.
+    bool finish(const MediaProgress& progress = {}, const std::stop_token& stop = {});
+    /// Removes what was written.
+    void abandon() { file_.reset(); }
+
+  private:
+    template <typename Step>
+    void attempt(Step step);
+    bool open();
+    std::uint64_t soundBytes();
+    void encode(std::uint64_t until);
+
+    FileSystem& files_;
+    const CreateM4A create_;
+    const std::filesystem::path wav_;
+    const std::filesystem::path m4a_;
+    WAVHeader header_;              // as it was at the beginning
+    std::unique_ptr<M4AFile> file_; // from the first sound on
+    std::uint64_t encoded_ = 0;     // bytes of sound
+    std::string failure_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Tessarune/audio/AudioSessionRecorder.h"
+#include "Tessarune/audio/PermissionsManager.h"
+#include "Tessarune/audio/SoundServer.h"
+#include "Tessarune/history/HistoryRefinementRequest.h"
+#include "Tessarune/history/RecordingAudioCompressor.h"
+#include "Tessarune/history/RecordingCatalog.h"
+#include "Tessarune/session/SessionDiagnostics.h"
+#include "Tessarune/session/SessionTranslation.h"
+#include "Tessarune/shell/AppSettings.h"
+#include "Tessarune/shell/FileSystem.h"
+#include "Tessarune/speech/SpeechPlatform.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace tessarune {
+
+/// What a session works with. All that is named by reference outlives the session.
+struct LiveSessionEnvironment {
+    SpeechPlatform speech;
+    SoundServer& sound;
+    FileSystem& files;
+    AppSettings& settings;
+    PermissionsManager& permissions;
+    RecordingCatalog& catalog;
+    std::shared_ptr<AudioSessionRecorder> recorder;
+    RecordingAudioCompressor& compressor;
+    SessionTranslation translation;
+    /// Null: nobody watches.
+    std::shared_ptr<SessionDiagnostics> diagnostics;
+    /// A recording was saved; nothing to do for an absent request.
+    std::function<void(const std::optional<HistoryRefinementRequest>&)> scheduleHistoryRefinement;
+    /// Returns free memory to the operating system; any thread.
+    std::function<void()> returnMemory;
+};
+
+} // namespace tessarune

@@ -1,0 +1,268 @@
+#include "Tessarune/session/LiveSessionStop.h"
+
+#include "Tessarune/session/LiveResourceCleanup.h"
+#include "Tessarune/session/LiveTranscriptStore.h"
+#include "TessaruneCore/recognition/ModelCatalog.h"
+#include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <utility>
+
+namespace tessarune {
+
+LiveSessionStop::LiveSessionStop(LiveTranscriptStore& store)
+    : store_(store),
+      utilityQueue_(
+          store.host().serialQueue("Tessarune.LiveResourceCleanup", QueuePriority::utility)) {}
+
+LiveSessionStop::~LiveSessionStop() = default;
+
+SessionLog& LiveSessionStop::log() const {
+    return store_.log_;
+}
+
+void LiveSessionStop::request(const LiveSessionControlTrigger& trigger) {
+    // A late start can have dropped the phase while a stop goes on; there is never a second one.
+    if (isFinalizing_) {
+        startsAgain_ = false;
+        return;
+    }
+    const LiveSessionPhase phaseBefore = *store_.view_.sessionPhase;
+    const bool hasRecording = store_.recordingTracker_.hasCurrentRecording();
+    const auto transition = store_.sessionState_.requestStop(hasRecording);
+    if (!transition)
+        return;
+    requestedAt_ = store_.now();
+    trigger_ = trigger;
+    LogFields fields{{"phase", std::string(name(phaseBefore))}, {"hasRecording", hasRecording}};
+    fields.add(liveCounts())
+        .add("pendingTranslations", store_.environment_.translation.hasPendingTranslations())
+        .add(trigger.logFields());
+    store_.environment_.diagnostics->setStopRequestFields(fields);
+    log().milestone("listen.stop.requested", fields, Importance::important);
+    store_.applySessionTransition(transition);
+    store_.inactivity_.stop();
+    store_.core.cancelPendingPartial();
+    store_.durationClock_.stop();
+    store_.updateVisibleSourceTextFlag();
+    isFinalizing_ = true;
+    task_ = spawn(Executor::main(store_.host()), run(store_.weak_from_this(), ++number_));
+}
+
+Task<void> LiveSessionStop::run(std::weak_ptr<LiveTranscriptStore> weak, std::uint64_t number) {
+    const Store store = weak.lock();
+    if (!store)
+        co_return;
+    LiveSessionStop& stop = store->stop_;
+    const double requestedAt = stop.requestedAt_;
+    Task<void> draining = stop.drainEngine(store);
+    co_await draining;
+    Task<void> finalizing = stop.finalize(store);
+    co_await finalizing;
+    stop.log().event("listen.stop.task.done", stop.log().elapsed(requestedAt));
+    // A session that was started meanwhile may have a stop of its own by now.
+    if (stop.number_ == number)
+        stop.task_.reset();
+}
+
+Task<void> LiveSessionStop::drainEngine(Store store) {
+    const Step step = log().begin("listen.stop.engineDrain");
+    log().event("listen.stop.engineDrain.start");
+    Task<void> draining = store->liveTranscriber_->finishDrainingAndStop();
+    co_await draining;
+    log().event("listen.stop.engineDrain.done", log().elapsed(step.startedAt));
+    log().finish(step);
+}
+
+Task<void> LiveSessionStop::finalize(Store store) {
+    const Step step = beginFinalize();
+    sealLiveIntoCommitted();
+    Task<bool> translating = drainTranslation(store);
+    const bool translationCompleted = co_await translating;
+    Task<void> compressing = compressRecordingIfNeeded(store);
+    co_await compressing;
+    store->environment_.compressor.forget(); // whatever the end made of it
+    finishDiagnostics();
+    const bool transcriptPersisted = persist();
+    cleanUp();
+    returnToIdle(transcriptPersisted, translationCompleted);
+    report(step, transcriptPersisted, translationCompleted);
+    finishFinalize();
+}
+
+LiveSessionStop::Step LiveSessionStop::beginFinalize() {
+    LogFields fields = liveCounts();
+    fields.add(triggerFields());
+    log().event("listen.stop.finalize.start", fields, Importance::important);
+    fields.add("capturesFullDiagnostics",
+               store_.environment_.diagnostics->capturesFullDiagnostics());
+    if (!isWorthKeeping_)
+        store_.discardRecording();
+    return log().begin("listen.stop.finalize", fields);
+}
+
+void LiveSessionStop::sealLiveIntoCommitted() {
+    const Step step = log().begin("listen.stop.seal");
+    store_.takeMessageAway();
+    const std::size_t before = store_.core.committedSegments->size();
+    const std::vector<UUID> added = store_.core.sealLiveIntoHistory(store_.now());
+    if (!added.empty()) {
+        const CaptionCore::Rows& rows = *store_.core.committedSegments;
+        store_.recordingTracker_.journal(store_.core, std::span(rows).subspan(before));
+        store_.environment_.translation.startCommittedRun();
+    }
+    store_.updateLiveHistoryTextIfNeeded(true);
+    LogFields fields = log().elapsed(step.startedAt);
+    fields.add("committedSegments", std::ssize(*store_.core.committedSegments))
+        .add("pendingTranslations", store_.environment_.translation.hasPendingTranslations());
+    log().event("listen.stop.seal.done", fields);
+    log().finish(step);
+}
+
+Task<bool> LiveSessionStop::drainTranslation(Store store) {
+    const double timeout = *store->environment_.settings.translationDrainTimeoutSeconds;
+    const SessionTranslation& translation = store->environment_.translation;
+    const Step step = log().begin("listen.stop.translationDrain",
+                                  {{"timeoutSeconds", timeout},
+                                   {"pendingTranslations", translation.hasPendingTranslations()}});
+    Task<bool> draining = translation.drainCommittedTranslationsBeforePersist(timeout);
+    const bool completed = co_await draining;
+    LogFields fields = log().elapsed(step.startedAt);
+    fields.add("completed", completed)
+        .add("pendingTranslations", translation.hasPendingTranslations());
+    log().event("listen.stop.translationDrain.done", fields);
+    log().finish(step);
+    store->view_.isTranslationOver = true;
+    if (completed) {
+        store->refreshCaptionDisplay("listen.stop.translationDrain.complete");
+    } else {
+        translation.setPreparationIdle();
+        const std::string text = localized("部分译文未完成，已保存当前可用结果");
+        store->showTranslationMessage(text);
+        translation.setTranslationStatusMessage(text);
+        store->refreshCaptionDisplay("listen.stop.translationDrain.degraded");
+    }
+    store->environment_.diagnostics->recordLiveCaptionStopSnapshot(
+        "listen.stop.afterTranslationDrain", completed);
+    co_return completed;
+}
+
+void LiveSessionStop::finishDiagnostics() {
+    const Step step = log().begin("listen.stop.diagnostics");
+    store_.finishDiagnosticsSnapshot();
+    log().event("listen.stop.diagnostics.done", log().elapsed(step.startedAt));
+    log().finish(step);
+}
+
+bool LiveSessionStop::persist() {
+    const Step step = log().begin("listen.stop.persist");
+    const bool persisted = persistTranscript();
+    log().event("listen.stop.persist.done", log().elapsed(step.startedAt));
+    log().finish(step, {{"transcriptPersisted", persisted}});
+    return persisted;
+}
+
+bool LiveSessionStop::persistTranscript() {
+    const auto request = refinementRequest();
+    LiveRecordingTracker& recording = store_.recordingTracker_;
+    const auto timeline = HistoryWordTimeline::build(
+        recording.currentStartedAt(), *store_.environment_.settings.selectedRecognitionOptionID,
+        *store_.core.committedSegments, store_.core.wordEvents());
+    const TranscriptSnapshot texts = store_.textsToSave();
+    const bool persisted =
+        recording.saveTranscripts(texts.sourceText, texts.bilingualText, timeline);
+    if (!persisted) {
+        log().event("history.refine.schedule.skipped", {{"reason", "transcriptPersistFailed"}},
+                    Importance::important);
+    } else if (store_.environment_.scheduleHistoryRefinement) {
+        store_.environment_.scheduleHistoryRefinement(request);
+    }
+    return persisted;
+}
+
+std::optional<HistoryRefinementRequest> LiveSessionStop::refinementRequest() const {
+    const AppSettings& settings = store_.environment_.settings;
+    const LiveRecordingTracker& recording = store_.recordingTracker_;
+    if (!*settings.appleAnalyzerHistoryRefinement || !recording.currentID())
+        return std::nullopt;
+    const auto path = recording.currentAudioPath();
+    const auto option = ModelCatalog::recognitionOption(*settings.selectedRecognitionOptionID);
+    if (!path || path->empty() || !option || !store_.environment_.files.exists(*path))
+        return std::nullopt;
+    return HistoryRefinementRequest{*recording.currentID(),
+                                    path->string(),
+                                    option->id,
+                                    option->localeIdentifier,
+                                    *settings.translationBackend,
+                                    *settings.translationTargetLanguage};
+}
+
+void LiveSessionStop::cleanUp() {
+    const Step step = log().begin("listen.stop.cleanup");
+    bigCleanup();
+    log().event("listen.stop.cleanup.done", log().elapsed(step.startedAt));
+    log().finish(step);
+}
+
+void LiveSessionStop::bigCleanup() {
+    const SessionTranslation& translation = store_.environment_.translation;
+    translation.cancelCommittedTranslationTask();
+    translation.cancelGhostTranslation();
+    translation.bigCleanup();
+    translation.setPreparationIdle();
+    store_.core.clearDebugEvents();
+    store_.core.resetCounters();
+    const LiveSessionEnvironment& environment = store_.environment_;
+    LiveResourceCleanup::releaseIdleResources(
+        {environment.files, utilityQueue_, environment.returnMemory});
+}
+
+void LiveSessionStop::returnToIdle(bool transcriptPersisted, bool translationCompleted) {
+    store_.view_.outcome = SessionOutcome{store_.recordingTracker_.lastSavedID(),
+                                          transcriptPersisted, translationCompleted};
+    store_.applySessionTransition(store_.sessionState_.stopFinished());
+    if (!transcriptPersisted)
+        store_.view_.status = SessionStatus{SessionStatus::Kind::transcriptNotSaved};
+    store_.updateVisibleSourceTextFlag();
+    store_.refreshCaptionDisplay(transcriptPersisted ? "listen.stop.finished"
+                                                     : "listen.stop.transcriptPersist.failed");
+}
+
+void LiveSessionStop::report(const Step& step, bool transcriptPersisted,
+                             bool translationCompleted) {
+    const bool isComplete = transcriptPersisted && translationCompleted;
+    LogFields fields = log().elapsed(step.startedAt);
+    fields.add("pendingStartAfterStop", startsAgain_)
+        .add("outcome", isComplete ? "complete" : "degraded")
+        .add("transcriptPersisted", transcriptPersisted)
+        .add(triggerFields());
+    log().event("listen.stop.finalize.done", fields, Importance::important);
+    log().finish(step, fields);
+}
+
+void LiveSessionStop::finishFinalize() {
+    SessionDiagnostics& diagnostics = *store_.environment_.diagnostics;
+    diagnostics.closeLifecycle();
+    diagnostics.startIdleMemorySentinel(
+        {diagnostics.runDirectory(), "listen.stop.finalize.done", [weak = store_.weak_from_this()] {
+             const Store store = weak.lock();
+             return store ? store->stop_.liveCounts() : LogFields();
+         }});
+    trigger_.reset();
+    isFinalizing_ = false;
+    if (std::exchange(startsAgain_, false))
+        store_.startListening(LiveSessionControlTrigger::pendingRestart());
+}
+
+LogFields LiveSessionStop::triggerFields() const {
+    return trigger_.value_or(LiveSessionControlTrigger::programmatic()).logFields();
+}
+
+LogFields LiveSessionStop::liveCounts() const {
+    const CaptionCore& core = store_.core;
+    return {{"committedSegments", std::ssize(*core.committedSegments)},
+            {"liveLeadingSentences", std::ssize(*core.liveLeadingSentences)},
+            {"hasPartial", !Text::trimmed(core.currentPartial->sourceText).empty()}};
+}
+
+} // namespace tessarune

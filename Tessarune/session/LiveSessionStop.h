@@ -1,0 +1,87 @@
+#pragma once
+
+#include "Tessarune/history/HistoryRefinementRequest.h"
+#include "Tessarune/session/LiveSessionControlTrigger.h"
+#include "Tessarune/session/SessionLog.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/host/Task.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tessarune {
+
+class LiveTranscriptStore;
+struct RecordingMetadata;
+
+/// The stop of a session: the last words are drained from the recogniser and sealed, translations
+/// get a bounded time, the recording is compressed, everything is saved, and the session is idle
+/// again. What fails on the way is shown and logged, and the stop goes on.
+///
+/// Main queue. A part of the store, which it belongs to; its task keeps the store alive.
+class LiveSessionStop {
+  public:
+    explicit LiveSessionStop(LiveTranscriptStore& store);
+    ~LiveSessionStop();
+    LiveSessionStop(const LiveSessionStop&) = delete;
+
+    /// Ends the session, if there is one. While one is being saved this only takes back the start
+    /// that was to follow.
+    void request(const LiveSessionControlTrigger& trigger);
+    /// Another session begins as soon as this one is saved.
+    void startAgainAfterwards() { startsAgain_ = true; }
+    /// A session begins: nothing of it is worth keeping before it listens.
+    void sessionBegins() { isWorthKeeping_ = false; }
+    void sessionListens() { isWorthKeeping_ = true; }
+
+    /// The task of a stop lives.
+    bool isRunning() const { return task_.has_value(); }
+    /// As `isRunning`, but over when another session may begin.
+    bool isFinalizing() const { return isFinalizing_; }
+
+  private:
+    using Store = std::shared_ptr<LiveTranscriptStore>;
+    using Step = SessionLog::Step;
+
+    static Task<void> run(std::weak_ptr<LiveTranscriptStore> weak, std::uint64_t number);
+    Task<void> drainEngine(Store store);
+    Task<void> finalize(Store store);
+    Step beginFinalize();
+    void sealLiveIntoCommitted();
+    Task<bool> drainTranslation(Store store);
+    void finishDiagnostics();
+    bool persist();
+    bool persistTranscript();
+    std::optional<HistoryRefinementRequest> refinementRequest() const;
+    void cleanUp();
+    void bigCleanup();
+    void returnToIdle(bool transcriptPersisted, bool translationCompleted);
+    void report(const Step& step, bool transcriptPersisted, bool translationCompleted);
+    void finishFinalize();
+
+    // LiveSessionStop+Compression.cpp
+    Task<void> compressRecordingIfNeeded(Store store);
+    void skipCompression(const char* reason, LogFields fields = {});
+    void reportCompressed(const RecordingMetadata& source, const RecordingMetadata& result,
+                          const Step& step);
+    void reportCompressFailure(const RecordingMetadata& source, const std::string& error,
+                               const Step& step);
+
+    LogFields triggerFields() const;
+    LogFields liveCounts() const;
+    SessionLog& log() const;
+
+    LiveTranscriptStore& store_;
+    const std::shared_ptr<SerialQueue> utilityQueue_;
+    std::optional<TaskHandle> task_; // present exactly while the task lives
+    std::uint64_t number_ = 0;
+    double requestedAt_ = 0;
+    bool isFinalizing_ = false;
+    bool startsAgain_ = false;
+    bool isWorthKeeping_ = false;
+    std::optional<LiveSessionControlTrigger> trigger_;
+};
+
+} // namespace tessarune

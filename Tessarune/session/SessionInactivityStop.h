@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Tessarune/session/LiveAudioInactivityAutoStop.h"
+#include "Tessarune/session/LiveAudioInactivityAutoStopConfiguration.h"
+#include "Tessarune/session/SessionLog.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace tessarune {
+
+/// Ends a session in which nothing is heard for too long. The minutes are those of the session's
+/// beginning; a later change of the setting counts for the next one. Main queue. Host and log must
+/// outlive it.
+class SessionInactivityStop {
+  public:
+    /// Sound at least this loud counts as something that is heard.
+    static constexpr double activeLevelThreshold = 0.01;
+
+    SessionInactivityStop(Host& host, SessionLog& log) : log_(log), watch_(host) {}
+
+    void configure(std::int64_t minutes) { configuration_.emplace(minutes); }
+    void forget() { configuration_.reset(); }
+    const std::optional<LiveAudioInactivityAutoStopConfiguration>& configuration() const {
+        return configuration_;
+    }
+
+    /// Once `configure` was called. `onTimeout` as in LiveAudioInactivityAutoStop, after the log.
+    void start(LiveAudioInactivityAutoStop::OnTimeout onTimeout);
+    void stop() { watch_.stop(); }
+    void noteActivity() { watch_.noteActivity(); }
+    void noteLevel(double level);
+
+  private:
+    SessionLog& log_;
+    LiveAudioInactivityAutoStop watch_;
+    std::optional<LiveAudioInactivityAutoStopConfiguration> configuration_;
+};
+
+} // namespace tessarune

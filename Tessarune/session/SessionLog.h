@@ -1,0 +1,55 @@
+#pragma once
+
+#include "Tessarune/session/SessionDiagnostics.h"
+#include "Tessarune/shell/TessaruneFileLogger.h"
+#include "TessaruneCore/host/Host.h"
+
+#include <cstdint>
+#include <source_location>
+#include <string>
+
+namespace tessarune {
+
+/// What a session writes about itself: into the runtime log, and into the lifecycle log of the
+/// diagnostics run while one is open. Main queue. All references must outlive it.
+class SessionLog {
+  public:
+    using Phase = SessionDiagnostics::LifecycleEntry::Phase;
+
+    /// Something that the run's lifecycle log shows as a span.
+    struct Step {
+        std::string name;
+        double startedAt = 0;
+    };
+
+    SessionLog(Host& host, TessaruneFileLogger& logger, SessionDiagnostics& diagnostics)
+        : host_(host), logger_(logger), diagnostics_(diagnostics) {}
+
+    /// Writes to the runtime log.
+    void event(const std::string& name, const LogFields& fields = {},
+               Importance importance = Importance::routine,
+               std::source_location source = std::source_location::current());
+    /// As `event`, and an instant in the run's lifecycle log.
+    void milestone(const std::string& name, const LogFields& fields,
+                   Importance importance = Importance::routine,
+                   std::source_location source = std::source_location::current());
+    /// An instant in the run's lifecycle log alone.
+    void instant(const std::string& name, const LogFields& fields);
+
+    Step begin(std::string name, const LogFields& fields = {});
+    void finish(const Step& step, const LogFields& fields = {});
+    void fail(const Step& step, const LogFields& fields);
+
+    /// "elapsedMS" since a moment of the host's clock, in whole milliseconds.
+    LogFields elapsed(double since) const;
+    std::int64_t elapsedMS(double since) const;
+
+  private:
+    void end(const Step& step, Phase phase, const LogFields& fields);
+
+    Host& host_;
+    TessaruneFileLogger& logger_;
+    SessionDiagnostics& diagnostics_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "Tessarune/audio/AudioInputDevices.h"
+#include "Tessarune/audio/AudioSource.h"
+#include "Tessarune/display/LiveSessionPhase.h"
+#include "Tessarune/session/LiveSessionStateMachine.h"
+#include "Tessarune/session/SessionStatus.h"
+#include "Tessarune/translation/TranslationLanguagePreparation.h"
+#include "TessaruneCore/UUID.h"
+#include "TessaruneCore/observation/Published.h"
+
+#include <optional>
+#include <string>
+#include <unordered_set>
+#include <vector>
+
+namespace tessarune {
+
+/// How a session ended.
+struct SessionOutcome {
+    std::optional<UUID> recording;    ///< absent if nothing was recorded
+    bool transcriptPersisted = false; ///< nothing to save counts as saved
+    bool translationCompleted = false;
+};
+
+/// What a session shows of itself. The session writes it; everybody else has it by const reference,
+/// reads and observes. Main queue.
+struct SessionView {
+    /// From the moment at which a start is accepted until a stop is.
+    Published<bool> isListening{false};
+    Published<LiveSessionPhase> sessionPhase{LiveSessionPhase::idle};
+    double audioLevel = LiveSessionStateMachine::restingAudioLevel; ///< 0 to 1; views poll it
+    Published<SessionStatus> status{SessionStatus{SessionStatus::Kind::idle}};
+    Published<std::string> translationStatusMessage;
+    Published<TranslationPreparationDisplayState> translationPreparationDisplayState;
+    Published<std::string> ghostTranslationText;
+    Published<bool> isTranslationVisible{false};
+    Published<std::string> latestBoundarySummary{"—"};
+    Published<std::vector<AudioInputDevices::Device>> inputDevices;
+    Published<AudioSource> selectedSource{AudioSource::systemAudio()};
+    Published<std::unordered_set<UUID>> clearedSegmentIDs; ///< rows that the user cleared
+    Published<bool> hasVisibleSourceTextFlag{false};
+    Published<std::string> liveHistoryText; ///< all that was said so far, renewed once a second
+    Published<double> sessionDuration{0.0}; ///< seconds
+    /// The stop no longer waits for translations: rows that have none now may never get one.
+    Published<bool> isTranslationOver{false};
+    /// How much of the recording has been compressed, 0 to 1; nothing while none is.
+    Published<std::optional<double>> audioCompressProgress;
+    /// Of the session before; nothing from a start on, until that session has ended.
+    Published<std::optional<SessionOutcome>> outcome;
+    /// The last text that was shown as a failure in the live caption line.
+    Published<std::string> presentedError;
+    /// Assigned whenever a diagnostics run may have begun or ended.
+    Published<bool> isDiagnosticsRunning{false};
+    /// Assigned with each change of what is on the screen; its name, for logs and measurements.
+    Published<std::string> captionDisplayRefresh;
+};
+
+} // namespace tessarune
