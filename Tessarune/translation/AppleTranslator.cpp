@@ -1,5 +1,6 @@
 #include "Tessarune/translation/AppleTranslator.h"
 
+#include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
@@ -18,57 +19,25 @@ AppleTranslator::Pair AppleTranslator::pair(std::string source, std::string targ
     return {std::move(source), std::move(target), std::move(key)};
 }
 
-template <typename T>
-Task<T> AppleTranslator::isolated(Task<T> work) {
-    const SwitchTo toIsolation = switchTo(isolation_);
-    const SwitchTo toCaller = switchTo(caller_);
-    co_await toIsolation;
-    std::optional<T> result;
-    std::exception_ptr error;
-    try {
-        T value = co_await work;
-        result.emplace(std::move(value));
-    } catch (...) {
-        error = std::current_exception();
-    }
-    co_await toCaller;
-    if (error)
-        std::rethrow_exception(error);
-    co_return std::move(*result);
-}
-
-Task<void> AppleTranslator::isolated(Task<void> work) {
-    const SwitchTo toIsolation = switchTo(isolation_);
-    const SwitchTo toCaller = switchTo(caller_);
-    co_await toIsolation;
-    std::exception_ptr error;
-    try {
-        co_await work;
-    } catch (...) {
-        error = std::current_exception();
-    }
-    co_await toCaller;
-    if (error)
-        std::rethrow_exception(error);
-}
-
 Task<TranslationAvailabilityStatus> AppleTranslator::availabilityStatus(std::string source,
                                                                         std::string target) {
-    return isolated(statusOf(pair(std::move(source), std::move(target))));
+    return runOn(isolation_, statusOf(pair(std::move(source), std::move(target))), caller_);
 }
 
 Task<void> AppleTranslator::prepareLanguages(std::string source, std::string target) {
-    return isolated(prepare(pair(std::move(source), std::move(target))));
+    return runOn(isolation_, prepare(pair(std::move(source), std::move(target))), caller_);
 }
 
 Task<void> AppleTranslator::rebuildLanguagePair(std::string source, std::string target) {
-    return isolated(rebuild(pair(std::move(source), std::move(target))));
+    return runOn(isolation_, rebuild(pair(std::move(source), std::move(target))), caller_);
 }
 
 Task<std::string> AppleTranslator::translate(std::string text, std::string source,
                                              std::string target) {
-    return isolated(
-        translated(std::string(Text::trimmed(text)), pair(std::move(source), std::move(target))));
+    return runOn(
+        isolation_,
+        translated(std::string(Text::trimmed(text)), pair(std::move(source), std::move(target))),
+        caller_);
 }
 
 Task<TranslationAvailabilityStatus> AppleTranslator::statusOf(Pair pair) {
@@ -80,10 +49,9 @@ Task<TranslationAvailabilityStatus> AppleTranslator::statusOf(Pair pair) {
         cached->second == TranslationAvailabilityStatus::unsupported)
         co_return cached->second;
 
-    Task<TranslationAvailabilityStatus> asking =
-        availability_->status(TranslationSupport::appleLanguageIdentifier(pair.source),
-                              TranslationSupport::appleLanguageIdentifier(pair.target));
-    const TranslationAvailabilityStatus status = co_await asking;
+    const TranslationAvailabilityStatus status =
+        co_await availability_->status(TranslationSupport::appleLanguageIdentifier(pair.source),
+                                       TranslationSupport::appleLanguageIdentifier(pair.target));
     availabilityCache_[pair.key] = status;
     co_return status;
 }
@@ -91,23 +59,19 @@ Task<TranslationAvailabilityStatus> AppleTranslator::statusOf(Pair pair) {
 Task<void> AppleTranslator::prepare(Pair pair) {
     if (preparedPairs_.contains(pair.key))
         co_return;
-    Task<TranslationAvailabilityStatus> asking = statusOf(pair);
-    const TranslationAvailabilityStatus status = co_await asking;
+    const TranslationAvailabilityStatus status = co_await statusOf(pair);
     if (status == TranslationAvailabilityStatus::unsupported)
         throw TranslatorError::unsupportedPair(pair.source, pair.target);
 
     const auto session = translationSession(pair);
-    Task<bool> readiness = session->isReady();
-    bool isReady = co_await readiness;
+    bool isReady = co_await session->isReady();
     if (!isReady) {
         try {
-            Task<void> preparing = session->prepareTranslation();
-            co_await preparing;
+            co_await session->prepareTranslation();
         } catch (...) {
             throw mappedTranslationError(std::current_exception(), pair);
         }
-        Task<bool> readinessNow = session->isReady();
-        isReady = co_await readinessNow;
+        isReady = co_await session->isReady();
     }
     if (!isReady && status == TranslationAvailabilityStatus::supported)
         throw TranslatorError::languageResourcesNotReady(pair.source, pair.target);
@@ -122,33 +86,27 @@ Task<void> AppleTranslator::rebuild(Pair pair) {
     sessions_.erase(pair.key);
     preparedPairs_.erase(pair.key);
     availabilityCache_.erase(pair.key);
-    Task<void> preparing = prepare(pair);
-    co_await preparing;
+    co_await prepare(pair);
 }
 
 Task<std::string> AppleTranslator::translated(std::string text, Pair pair) {
     if (text.empty())
         co_return "";
     if (!preparedPairs_.contains(pair.key)) {
-        Task<TranslationAvailabilityStatus> asking = statusOf(pair);
-        const TranslationAvailabilityStatus status = co_await asking;
-        if (status == TranslationAvailabilityStatus::unsupported)
+        if (co_await statusOf(pair) == TranslationAvailabilityStatus::unsupported)
             throw TranslatorError::unsupportedPair(pair.source, pair.target);
-        Task<void> preparing = prepare(pair);
-        co_await preparing;
+        co_await prepare(pair);
     }
 
     const auto session = translationSession(pair);
     std::exception_ptr error;
     try {
-        Task<TranslationSession::Response> translating = session->translate(text);
-        const TranslationSession::Response response = co_await translating;
+        const TranslationSession::Response response = co_await session->translate(text);
         co_return TranslationSupport::normalizedTranslatedText(response.targetText, pair.target);
     } catch (...) {
         error = std::current_exception();
     }
-    Task<TranslatorError> classifying = failure(error, pair, session);
-    const TranslatorError classified = co_await classifying;
+    const TranslatorError classified = co_await failure(error, pair, session);
     throw classified;
 }
 
@@ -196,9 +154,7 @@ Task<TranslatorError> AppleTranslator::failure(std::exception_ptr error, Pair pa
     if (kind == TranslationError::alreadyCancelled || kind == TranslationError::notInstalled)
         co_return mappedTranslationError(error, pair);
     // Whatever a session says that has lost its files, the files are the reason.
-    Task<bool> readiness = session->isReady();
-    const bool isReady = co_await readiness;
-    if (isReady)
+    if (co_await session->isReady())
         co_return mappedTranslationError(error, pair);
     preparedPairs_.erase(pair.key);
     co_return TranslatorError::languageResourcesNotReady(pair.source, pair.target);

@@ -35,11 +35,6 @@ class AppleTranslator final : public Translator {
     };
     static Pair pair(std::string source, std::string target);
 
-    /// Runs `work` on the translator's own queue and goes on on the caller's executor.
-    template <typename T>
-    Task<T> isolated(Task<T> work);
-    Task<void> isolated(Task<void> work);
-
     Task<TranslationAvailabilityStatus> statusOf(Pair pair);
     Task<void> prepare(Pair pair);
     Task<void> rebuild(Pair pair);

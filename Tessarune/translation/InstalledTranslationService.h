@@ -7,8 +7,8 @@
 
 namespace tessarune {
 
-/// A translation service without its downloads: a pair whose files are not there, or do not load,
-/// fails with `notInstalled`. A running session translates with this one, so that nothing is sent
+/// A translation service without its downloads: a pair that is not ready fails with the reason that
+/// the service gives for it. A running session translates with this one, so that nothing is sent
 /// over the network that the user did not ask for.
 class InstalledTranslationService final : public TranslationService {
   public:

@@ -68,4 +68,8 @@ auto runOn(Executor worker, Work work) {
     return runOn(std::move(worker), std::move(work), main);
 }
 
+/// For work that may hang: after `seconds` it is left to itself, and the result is false. Otherwise
+/// as `runOn`. What the work captures must be its own, and is released before this returns true.
+Task<bool> runOnWithin(Executor worker, double seconds, Block work, Executor back);
+
 } // namespace tessarune

@@ -1,4 +1,5 @@
 #include "Tessarune/translation/AppleTranslator.h"
+#include "Tessarune/translation/InstalledTranslationService.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 #include "tests/support/Await.h"
 #include "tests/translation/ScriptedTranslationService.h"
@@ -161,6 +162,26 @@ TEST_F(AppleTranslatorTests, ErrorsCarryWhatIsKnownOfThem) {
               "odd");
     EXPECT_EQ(TranslatorError::languageResourcesNotReady("en", "ja").details().message,
               TranslationSupport::languageResourceNotReadyMessage("ja"));
+}
+
+Task<std::string> messageOf(Task<std::string> task) {
+    try {
+        co_return co_await task;
+    } catch (const TranslatorError& error) {
+        co_return error.details().message;
+    }
+}
+
+TEST_F(AppleTranslatorTests, ALoadThatFailsSaysWhyAndTheNextSentenceLoadsAgain) {
+    for (const auto kind : {TranslationError::alreadyCancelled, TranslationError::internalError}) {
+        AppleTranslator offline{host, std::make_shared<InstalledTranslationService>(service),
+                                Executor::main(host)};
+        service->pairs[pairName].load = {30, serviceError(kind, "gave no answer")};
+        EXPECT_EQ(await(host, messageOf(offline.translate("a", "en", "fr"))), "gave no answer");
+        service->pairs[pairName].load = {};
+        EXPECT_EQ(await(host, messageOf(offline.translate("a", "en", "fr"))), "fr-FR:a");
+    }
+    EXPECT_EQ(std::ranges::count(service->calls, "prepare"), 0) << "that would download";
 }
 
 TEST_F(AppleTranslatorTests, SentencesOfOnePairMayBeUnderWayTogether) {

@@ -35,6 +35,8 @@ class ScriptedTranslationService final
         /// What a preparation makes of the pair; nothing: it stays as it is.
         std::optional<bool> readyAfterPreparation = true;
         Answer preparation{};
+        /// What a session meets when it is first used. One that is given up is over for good.
+        Answer load{};
     };
 
     std::map<std::string, Pair> pairs; ///< others are installed
@@ -74,8 +76,7 @@ class ScriptedTranslationService::Availability final : public LanguageAvailabili
     Task<TranslationAvailabilityStatus> status(std::string from, std::string to) override {
         const std::string pair = from + "->" + to;
         service_->note("status " + pair, executor_);
-        Task<bool> pause = sleep(executor_, 0);
-        co_await pause;
+        co_await sleep(executor_, 0);
         co_return service_->pairs[pair].status;
     }
 
@@ -95,18 +96,19 @@ class ScriptedTranslationService::Session final : public TranslationSession {
 
     Task<bool> isReady() override {
         service_->note("isReady", executor_);
-        Task<bool> pause = sleep(executor_, 0);
-        co_await pause;
-        co_return service_->pairs[pair_].isReady;
+        try {
+            co_await load();
+            co_return true;
+        } catch (const TranslationServiceError&) {
+            co_return false;
+        }
     }
 
     Task<void> prepareTranslation() override {
         service_->note("prepare", executor_);
         const Answer given = service_->pairs[pair_].preparation;
-        Task<bool> pause = sleep(executor_, given.delay);
-        co_await pause;
-        if (given.error)
-            throw *given.error;
+        co_await sleep(executor_, given.delay);
+        failAs(given);
         auto& pair = service_->pairs[pair_];
         pair.isReady = pair.readyAfterPreparation.value_or(pair.isReady);
         if (pair.isReady)
@@ -115,6 +117,8 @@ class ScriptedTranslationService::Session final : public TranslationSession {
 
     Task<Response> translate(std::string text) override {
         service_->note("translate " + text, executor_);
+        if (!isLoaded_ || over_)
+            co_await load();
         Answer given;
         if (!service_->answers.empty()) {
             given = service_->answers.front();
@@ -124,15 +128,33 @@ class ScriptedTranslationService::Session final : public TranslationSession {
         }
         service_->mostTranslationsInFlight =
             std::max(service_->mostTranslationsInFlight, ++service_->translationsInFlight);
-        Task<bool> pause = sleep(executor_, given.delay);
-        co_await pause;
+        co_await sleep(executor_, given.delay);
         --service_->translationsInFlight;
-        if (given.error)
-            throw *given.error;
+        failAs(given);
         co_return Response{service_->translation(text, target_)};
     }
 
   private:
+    Task<void> load() {
+        const Answer given = isLoaded_ ? Answer() : service_->pairs[pair_].load;
+        co_await sleep(executor_, given.delay);
+        if (over_)
+            throw *over_;
+        failAs(given);
+        if (!service_->pairs[pair_].isReady)
+            throw serviceError(TranslationError::notInstalled);
+        isLoaded_ = true;
+    }
+    void failAs(const Answer& given) {
+        if (!given.error)
+            return;
+        if (given.error->kind() == TranslationError::alreadyCancelled)
+            over_ = given.error;
+        throw *given.error;
+    }
+
+    bool isLoaded_ = false;
+    std::optional<TranslationServiceError> over_; ///< why nothing works here any more
     std::shared_ptr<ScriptedTranslationService> service_;
     std::string target_;
     std::string pair_;

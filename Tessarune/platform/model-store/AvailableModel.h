@@ -1,8 +1,10 @@
 #pragma once
 
 #include "Tessarune/platform/model-store/ModelStore.h"
+#include "TessaruneCore/host/Task.h"
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <optional>
 #include <string>
@@ -22,12 +24,17 @@ struct FileToFetch {
     std::string sha256; ///< of what is kept, 64 hexadecimal digits; empty if unknown
 };
 
+/// Whether an engine can use a model whose sums are right: throws ModelDamaged if not, and anything
+/// else if it could not be tried. On the main queue. Empty: sums are enough.
+using ModelTrial = std::function<Task<void>(StoredModel model)>;
+
 /// A model that can be had: its files and what the store notes beside them.
 struct AvailableModel {
     ModelKind kind = ModelKind::speech;
     std::string name;
     std::vector<FileToFetch> files;
     std::map<std::string, std::string> details;
+    ModelTrial trial{};
 };
 
 } // namespace tessarune

@@ -164,7 +164,7 @@ class Fetch {
         }
         files_.remove(part_);
         // Parts of two editions of a file make neither of them.
-        if (std::exchange(wasContinued_, false))
+        if (wasContinued_ && !std::exchange(hasBegunAnew_, true))
             return State::again;
         fail(file_.name, file_.url, wrong);
     }
@@ -210,6 +210,7 @@ class Fetch {
     Downloader::Progress progress_;
     Tries tries_;
     bool wasContinued_ = false;
+    bool hasBegunAnew_ = false;
 };
 
 } // namespace
@@ -241,14 +242,11 @@ Task<void> Downloader::fetch(Executor executor, FileToFetch file, std::filesyste
         throw DownloadFailed(file.name + " has no sum of its unpacked form and is not downloaded.");
     file.url = mirrored(file.url, policy_.mirror);
     Fetch fetching(files_, policy_, std::move(file), std::move(folder), std::move(progress));
-    const SwitchTo there = switchTo(executor);
-    co_await there;
+    co_await switchTo(executor);
     if (fetching.isThere())
         co_return;
     while (fetching.attempt(stop) == Fetch::State::again) {
-        Task<bool> pause = sleep(executor, fetching.pause(), stop);
-        const bool slept = co_await pause;
-        if (!slept)
+        if (!co_await sleep(executor, fetching.pause(), stop))
             throw DownloadStopped();
     }
 }
@@ -257,8 +255,7 @@ Task<std::string> Downloader::fetchText(Executor executor, std::string name, std
                                         std::uint64_t limit, std::stop_token stop) {
     const std::string address = mirrored(url, policy_.mirror);
     Tries tries(policy_);
-    const SwitchTo there = switchTo(executor);
-    co_await there;
+    co_await switchTo(executor);
     while (true) {
         std::string text;
         const TransferSink sink{[&](std::uint64_t) { text.clear(); },
@@ -269,9 +266,7 @@ Task<std::string> Downloader::fetchText(Executor executor, std::string name, std
         if (outcome.kind == TransferOutcome::Kind::complete)
             co_return text;
         tries.afterFailure(name, address, outcome, 0);
-        Task<bool> pause = sleep(executor, tries.pause(), stop);
-        const bool slept = co_await pause;
-        if (!slept)
+        if (!co_await sleep(executor, tries.pause(), stop))
             throw DownloadStopped();
     }
 }

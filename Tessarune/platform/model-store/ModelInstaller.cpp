@@ -1,7 +1,7 @@
 #include "Tessarune/platform/model-store/ModelInstaller.h"
 
-#include "Tessarune/platform/disk/FileLock.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/host/RunOn.h"
 
 #include <algorithm>
 #include <atomic>
@@ -98,24 +98,22 @@ struct ModelInstaller::Shared {
     using Pointer = std::shared_ptr<Shared>;
     using JobPointer = std::shared_ptr<Job>;
 
-    static Task<bool> isSound(Pointer self, ModelKind kind, std::string name) {
+    static Task<bool> isSound(Pointer self, ModelKind kind, std::string name, ModelTrial trial) {
         const std::optional<StoredModel> found = self->store.find(kind, name);
         if (!found || !found->damage.empty())
             co_return false;
         if (!self->checks)
             self->checks = self->host.serialQueue("tessarune.check", QueuePriority::utility);
-        const SwitchTo away = switchTo(Executor::queue(self->host, self->checks));
-        co_await away;
-        bool isSound = true;
+        const Executor checks = Executor::queue(self->host, self->checks);
         try {
-            ModelStore::verify(*found);
+            co_await runOn(checks, [&] { ModelStore::verify(*found); });
+            if (trial)
+                co_await trial(*found);
         } catch (const ModelDamaged& damage) {
-            isSound = false;
             TessaruneLog::app.notice([&] { return std::string(damage.what()); });
+            co_return false;
         }
-        const SwitchTo toMain = switchTo(self->main);
-        co_await toMain;
-        co_return isSound;
+        co_return true;
     }
 
     /// The job that fetches this model: the one under way, or a new one.
@@ -137,13 +135,10 @@ struct ModelInstaller::Shared {
     static Task<void> run(Pointer self, JobPointer job) {
         std::exception_ptr failure;
         try {
-            Task<void> bringing = bringIn(self, job);
-            co_await bringing;
+            co_await bringIn(self, job);
         } catch (...) {
             failure = std::current_exception();
         }
-        const SwitchTo toMain = switchTo(self->main);
-        co_await toMain;
         self->forget(job);
         if (!failure)
             job->report();
@@ -154,33 +149,55 @@ struct ModelInstaller::Shared {
     static Task<void> bringIn(Pointer self, JobPointer job) {
         const AvailableModel& model = job->model;
         ModelStore& store = self->store;
-        const std::filesystem::path partial = store.partialFolder(model.kind, model.name);
-        store.files().createDirectories(partial.parent_path());
         std::optional<FileLock> lock;
-        const std::filesystem::path lockFile = partial.parent_path() / (".lock-" + model.name);
-        while (!(lock = FileLock::tryToTake(lockFile))) {
-            Task<bool> pause = sleep(self->main, self->downloader.policy().lockPauseSeconds,
-                                     job->stop.get_token());
-            const bool slept = co_await pause;
-            if (!slept)
+        while (!(lock = store.tryToLock(model.kind, model.name))) {
+            if (!co_await sleep(self->main, self->downloader.policy().lockPauseSeconds,
+                                job->stop.get_token()))
                 throw DownloadStopped();
         }
-        Task<bool> looking = isSound(self, model.kind, model.name);
-        const bool isThere = co_await looking; // another process may have brought it
-        if (isThere)
+        // Another process may have brought it.
+        if (co_await isSound(self, model.kind, model.name, model.trial))
             co_return;
-        store.files().createDirectories(partial);
+        store.files().createDirectories(store.partialFolder(model.kind, model.name));
         self->checkRoom(model);
-        Task<void> fetching = fetchAll(self, job);
-        co_await fetching;
+        co_await fetchAll(self, job);
+        if (model.trial)
+            co_await tryOut(self, job);
         // Sums of hundreds of megabytes: not on the main queue.
-        const SwitchTo away = switchTo(Executor::queue(self->host, self->lanes.front()));
-        co_await away;
+        const Executor lane = Executor::queue(self->host, self->lanes.front());
+        co_await runOn(lane,
+                       [&] { store.adopt(model.kind, model.name, namesOf(model), model.details); });
+    }
+
+    static std::vector<std::string> namesOf(const AvailableModel& model) {
         std::vector<std::string> names;
         names.reserve(model.files.size());
         for (const FileToFetch& file : model.files)
             names.push_back(file.name);
-        store.adopt(model.kind, model.name, names, model.details);
+        return names;
+    }
+
+    /// Files can be what was published and be of no use all the same.
+    static Task<void> tryOut(Pointer self, JobPointer job) {
+        const AvailableModel& model = job->model;
+        StoredModel arrived;
+        arrived.kind = model.kind;
+        arrived.name = model.name;
+        arrived.folder = self->store.partialFolder(model.kind, model.name);
+        arrived.details = model.details;
+        for (const std::string& name : namesOf(model))
+            arrived.files.push_back({name, self->store.files().size(arrived.path(name)), ""});
+        std::string flaw;
+        try {
+            co_await model.trial(arrived);
+        } catch (const ModelDamaged& damage) {
+            flaw = damage.what();
+        }
+        if (flaw.empty())
+            co_return;
+        self->store.files().remove(arrived.folder);
+        throw DownloadFailed("The model " + model.name +
+                             " was downloaded and removed again, for it cannot be used: " + flaw);
     }
 
     void checkRoom(const AvailableModel& model) const {
@@ -208,10 +225,8 @@ struct ModelInstaller::Shared {
         for (const auto& lane : self->lanes)
             fetching.push_back(
                 spawn(self->main, fetchOnLane(self, job, Executor::queue(self->host, lane))));
-        for (TaskHandle& handle : fetching) {
-            OneShot<bool> finished = handle.finished();
-            co_await finished;
-        }
+        for (TaskHandle& handle : fetching)
+            co_await handle.finished();
         if (job->failure)
             std::rethrow_exception(job->failure);
     }
@@ -220,22 +235,20 @@ struct ModelInstaller::Shared {
     static Task<void> fetchOnLane(Pointer self, JobPointer job, Executor lane) {
         while (job->nextFile < job->model.files.size() && !job->failure) {
             const std::size_t index = job->nextFile++;
+            const std::filesystem::path folder =
+                self->store.partialFolder(job->model.kind, job->model.name);
+            const Downloader::Progress progress = [self, job, index](std::uint64_t received) {
+                self->note(job, index, received);
+            };
             std::exception_ptr failure;
             try {
-                const FileToFetch file = job->model.files[index];
-                const std::filesystem::path folder =
-                    self->store.partialFolder(job->model.kind, job->model.name);
-                const Downloader::Progress progress = [self, job, index](std::uint64_t received) {
-                    self->note(job, index, received);
-                };
-                Task<void> fetching =
-                    self->downloader.fetch(lane, file, folder, progress, job->stop.get_token());
-                co_await fetching;
+                co_await runOn(lane,
+                               self->downloader.fetch(lane, job->model.files[index], folder,
+                                                      progress, job->stop.get_token()),
+                               self->main);
             } catch (...) {
                 failure = std::current_exception();
             }
-            const SwitchTo toMain = switchTo(self->main);
-            co_await toMain;
             if (failure && !job->failure) {
                 job->failure = failure;
                 job->stop.request_stop(); // the other files are of no use now
@@ -271,17 +284,15 @@ const DownloadPolicy& ModelInstaller::policy() const {
     return shared_->downloader.policy();
 }
 
-Task<bool> ModelInstaller::isSound(ModelKind kind, std::string name) {
-    return Shared::isSound(shared_, kind, std::move(name));
+Task<bool> ModelInstaller::isSound(ModelKind kind, std::string name, ModelTrial trial) {
+    return Shared::isSound(shared_, kind, std::move(name), std::move(trial));
 }
 
 Task<void> ModelInstaller::install(AvailableModel model, ProgressHandler progress,
                                    std::stop_token stop) {
     const std::shared_ptr<Shared> shared = shared_;
     checkNames(model);
-    Task<bool> looking = Shared::isSound(shared, model.kind, model.name);
-    const bool isThere = co_await looking;
-    if (isThere)
+    if (co_await Shared::isSound(shared, model.kind, model.name, model.trial))
         co_return;
     if (stop.stop_requested())
         throw DownloadStopped();

@@ -27,13 +27,14 @@ class ModelInstaller {
     ModelInstaller(const ModelInstaller&) = delete;
     ModelInstaller& operator=(const ModelInstaller&) = delete;
 
-    /// Whether the model stands in the store, in whatever part of it, and all its sums are right.
-    Task<bool> isSound(ModelKind kind, std::string name);
+    /// Whether the model stands in the store, in whatever part of it, all its sums are right and
+    /// the trial, if there is one, does not fail.
+    Task<bool> isSound(ModelKind kind, std::string name, ModelTrial trial = {});
 
-    /// Returns when the model stands in the store: a sound one stays, a damaged one is replaced
-    /// once the new one is whole. Throws an exception with a text that can be shown:
-    /// DownloadStopped if `stop` asks for it, and the download goes on only as long as somebody
-    /// waits for it. `progress` is called on the main queue, a few times a second.
+    /// Returns when the model stands in the store: a sound one stays, another is replaced once the
+    /// new one is whole. A new one that fails its trial is removed. Throws an exception with a text
+    /// that can be shown: DownloadStopped if `stop` asks for it, and the download goes on only as
+    /// long as somebody waits for it. `progress` is called on the main queue, a few times a second.
     Task<void> install(AvailableModel model, ProgressHandler progress, std::stop_token stop);
 
     const DownloadPolicy& policy() const;

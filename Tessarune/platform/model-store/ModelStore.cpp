@@ -170,8 +170,21 @@ void ModelStore::verify(const StoredModel& model) {
     }
 }
 
+std::optional<FileLock> ModelStore::tryToLock(ModelKind kind, std::string_view name) {
+    const std::filesystem::path parent = folder(kind, name).parent_path();
+    files_.createDirectories(parent);
+    return FileLock::tryToTake(parent / (".lock-" + std::string(name)));
+}
+
 void ModelStore::remove(ModelKind kind, std::string_view name) {
     const std::filesystem::path own = folder(kind, name);
+    std::optional<FileLock> lock;
+    if (files_.exists(own) || files_.exists(partialFolder(kind, name))) {
+        lock = tryToLock(kind, name);
+        if (!lock)
+            throw std::runtime_error(std::string(name) +
+                                     " is being downloaded and cannot be removed now.");
+    }
     files_.remove(partialFolder(kind, name));
     if (files_.exists(own)) {
         // The record goes first: a removal that is cut short leaves no model that looks whole.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessarune/platform/disk/FileLock.h"
 #include "Tessarune/shell/FileSystem.h"
 
 #include <cstdint>
@@ -37,7 +38,8 @@ struct StoredModel {
     std::filesystem::path path(std::string_view file) const { return folder / file; }
 };
 
-/// A model that is not as it was when it was stored. The text names it and the file.
+/// A model that is not as it was when it was stored, or that its engine cannot use. The text names
+/// it, and the file where one is to blame.
 struct ModelDamaged : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -67,7 +69,8 @@ class ModelStore {
     static void verify(const StoredModel& model);
 
     /// Removes a model from the user's part, with what is left of an interrupted download. Throws
-    /// std::runtime_error if it is another part's, std::system_error if the disk refuses.
+    /// std::runtime_error if it is another part's or is being downloaded, std::system_error if the
+    /// disk refuses.
     void remove(ModelKind kind, std::string_view name);
 
     /// Whether a name can be one of a model or of a file: letters, digits, ".", "_" and "-", not
@@ -76,10 +79,14 @@ class ModelStore {
 
     // For the installer.
 
+    /// The right to change this model, here and in other processes. Nothing if another has it.
+    /// Throws std::system_error if the disk refuses.
+    std::optional<FileLock> tryToLock(ModelKind kind, std::string_view name);
     std::filesystem::path folder(ModelKind kind, std::string_view name) const;
     /// Where files gather until the model is whole.
     std::filesystem::path partialFolder(ModelKind kind, std::string_view name) const;
-    /// Writes the record of the files in `partialFolder` and gives it its final name.
+    /// Writes the record of the files in `partialFolder` and gives it its final name, in place of
+    /// what has that name. The model must be locked.
     StoredModel adopt(ModelKind kind, const std::string& name,
                       const std::vector<std::string>& files,
                       const std::map<std::string, std::string>& details);

@@ -3,6 +3,7 @@
 #include "Tessarune/platform/translation-engine/PairEngine.h"
 #include "Tessarune/platform/translation-engine/TranslationFailure.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <atomic>
@@ -42,7 +43,7 @@ struct OfflineTranslationService::Shared {
             return engine;
         std::erase_if(known.hanging, [](const auto& hanging) { return hanging.expired(); });
         if (known.hanging.size() >= mostHanging)
-            throw translationFailure(TranslationError::internalError,
+            throw translationFailure(TranslationError::alreadyCancelled,
                                      "The translation engine does not answer.");
         engine = std::make_shared<PairEngine>(host, store, modelName);
         known.current = engine;
@@ -59,13 +60,6 @@ struct OfflineTranslationService::Shared {
         known.current.reset();
     }
 };
-
-namespace {
-
-/// Long enough to touch every part of the engine.
-constexpr const char* warmUpText = "This is a short sentence.";
-
-} // namespace
 
 /// A session is what its operations share; they keep it until they have ended.
 class OfflineTranslationService::Session final : public TranslationSession {
@@ -102,10 +96,14 @@ class OfflineTranslationService::Session final : public TranslationSession {
         std::string target;
         Executor executor;
         std::atomic<bool> isOver = false;
+        std::atomic<bool> wasGivenUp = false; ///< which is why it is over
 
         std::optional<Route> route; ///< on the executor
 
         void requireAlive() const {
+            if (wasGivenUp)
+                throw translationFailure(TranslationError::alreadyCancelled,
+                                         "The translation engine did not answer in time.");
             if (isOver || service->isOver)
                 throw translationFailure(TranslationError::alreadyCancelled,
                                          "The translation session is over.");
@@ -130,14 +128,13 @@ class OfflineTranslationService::Session final : public TranslationSession {
             return *route;
         }
 
-        [[noreturn]] void giveUp(const Route& hanging) {
+        void giveUp(const Route& hanging) {
             service->giveUp(hanging.modelName, hanging.engine);
-            isOver = true;
+            wasGivenUp = true;
             route.reset();
             TessaruneLog::translation.notice(
                 [&] { return "the engine of " + hanging.modelName + " does not answer"; });
-            throw translationFailure(TranslationError::alreadyCancelled,
-                                     "The translation engine did not answer in time.");
+            requireAlive();
         }
     };
     using Pointer = std::shared_ptr<State>;
@@ -147,39 +144,31 @@ class OfflineTranslationService::Session final : public TranslationSession {
     template <typename Work>
     static Task<void> onEngine(Pointer state, double limit, Work work) {
         const Route route = state->findRoute();
-        const OneShot<std::optional<std::exception_ptr>> ended(state->executor);
-        route.engine->executor().run([state, route = Route(route), work, ended]() mutable {
-            std::exception_ptr failure;
-            try {
-                state->requireAlive();
-                work(route);
-                state->requireAlive();
-            } catch (...) {
-                failure = std::current_exception();
-            }
-            // Whoever asked decides when the engine goes; after a limit nobody asks any more.
-            route.engine.reset();
-            state.reset();
-            ended.resume(failure);
-        });
-        DelayedCall tooLong =
-            state->service->host.after(limit, [ended] { ended.resume(std::nullopt); });
-        const std::optional<std::exception_ptr> failure = co_await ended;
-        tooLong.cancel();
-        if (!failure)
-            state->giveUp(route);
-        if (*failure) {
-            // Another model may serve the next time.
-            state->route.reset();
-            std::rethrow_exception(*failure);
+        const Block block = [state, route, work] {
+            state->requireAlive();
+            work(route);
+            state->requireAlive();
+        };
+        bool hasAnswered = false;
+        try {
+            hasAnswered =
+                co_await runOnWithin(route.engine->executor(), limit, block, state->executor);
+        } catch (...) {
+            state->route.reset(); // another model may serve the next time
+            throw;
         }
+        if (!hasAnswered)
+            state->giveUp(route);
+    }
+
+    static void load(const Route& route) { route.engine->load(); }
+    static void warmUp(const Route& route) {
+        route.engine->translate(warmUpText, route.isForTraditional);
     }
 
     static Task<bool> readiness(Pointer state) {
         try {
-            const auto load = [](const Route& route) { route.engine->load(); };
-            Task<void> loading = onEngine(state, state->service->limits.load, load);
-            co_await loading;
+            co_await onEngine(state, state->service->limits.load, load);
             co_return true;
         } catch (const std::exception& failure) {
             TessaruneLog::translation.info([&] {
@@ -192,41 +181,24 @@ class OfflineTranslationService::Session final : public TranslationSession {
 
     static Task<void> prepared(Pointer state) {
         const TranslationLimits limits = state->service->limits;
-        const auto load = [service = state->service](const Route& route) {
-            try {
-                route.engine->load();
-            } catch (const TranslationServiceError&) {
-                if (const auto& damaged = route.engine->damaged())
-                    service->inventory.forget(*damaged);
-                throw;
-            }
-        };
-        bool isThere = true;
+        bool isUsable = true;
         try {
-            Task<void> loading = onEngine(state, limits.load, load);
-            co_await loading;
+            co_await onEngine(state, limits.load, load);
         } catch (const TranslationServiceError& failure) {
-            if (failure.kind() != TranslationError::notInstalled)
+            if (failure.kind() != TranslationError::notInstalled &&
+                failure.kind() != TranslationError::internalError)
                 throw;
-            isThere = false;
+            isUsable = false;
         }
-        if (!isThere) {
-            Task<void> bringing = brought(state);
-            co_await bringing;
-        }
-        const auto warmUp = [](const Route& route) {
-            route.engine->translate(warmUpText, route.isForTraditional);
-        };
+        if (!isUsable)
+            co_await brought(state);
         // It loads what was brought.
-        Task<void> warming = onEngine(state, limits.load + limits.translate, warmUp);
-        co_await warming;
+        co_await onEngine(state, limits.load + limits.translate, warmUp);
     }
 
     static Task<void> brought(Pointer state) {
         try {
-            Task<void> bringing =
-                state->service->inventory.bring(state->source, state->target, state->executor);
-            co_await bringing;
+            co_await state->service->inventory.bring(state->source, state->target, state->executor);
         } catch (const std::exception& failure) {
             throw translationFailure(TranslationError::notInstalled, failure.what());
         }
@@ -241,8 +213,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
         const auto translate = [text, response](const Route& route) {
             response->targetText = route.engine->translate(text, route.isForTraditional);
         };
-        Task<void> translating = onEngine(state, state->service->limits.translate, translate);
-        co_await translating;
+        co_await onEngine(state, state->service->limits.translate, translate);
         co_return *response;
     }
 

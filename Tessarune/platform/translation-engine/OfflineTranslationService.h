@@ -21,8 +21,8 @@ struct TranslationLimits {
 /// them. Nothing but `prepareTranslation` uses the network.
 ///
 /// An engine that reaches a limit is left to itself: the operation fails with `alreadyCancelled`,
-/// its session is over, and the next session has another engine. Once three of a pair hang, its
-/// operations fail with `internalError` until one of them has ended.
+/// its session is over, and the next session has another engine. Once three of a pair hang, all
+/// its operations fail so until one of them has ended.
 ///
 /// Any thread. Host, store and inventory must outlive it and its sessions. Sessions that are left
 /// when it goes fail with `alreadyCancelled`, and so does an operation whose session went.

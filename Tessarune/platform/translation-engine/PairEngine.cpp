@@ -4,6 +4,7 @@
 #include "Tessarune/platform/translation-engine/TranslationCatalogue.h"
 #include "Tessarune/platform/translation-engine/TranslationFailure.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/host/RunOn.h"
 
 #include <malloc.h>
 
@@ -48,7 +49,6 @@ void PairEngine::load() {
     if (loaded_ && filesStand())
         return;
     loaded_.reset();
-    damaged_.reset();
     const std::optional<StoredModel> model = store_.find(ModelKind::translation, modelName_);
     if (!model)
         throw translationFailure(TranslationError::notInstalled, "The translation model " +
@@ -60,7 +60,6 @@ void PairEngine::load() {
         TessaruneLog::translation.notice(
             [&] { return "translation model " + modelName_ + " loaded"; });
     } catch (const ModelDamaged& damage) {
-        damaged_ = model;
         throw translationFailure(TranslationError::notInstalled, damage.what());
     } catch (const std::exception& failure) {
         throw translationFailure(TranslationError::internalError, failure.what());
@@ -80,6 +79,24 @@ std::string PairEngine::translate(const std::string& text, bool isForTraditional
         loaded_.reset(); // nobody knows what state it is in
         throw translationFailure(TranslationError::internalError, failure.what());
     }
+}
+
+Task<void> PairEngine::tryOut(Host& host, StoredModel model, double seconds) {
+    const Executor apart =
+        Executor::queue(host, host.serialQueue("tessarune.trial", QueuePriority::utility));
+    const Block trial = [model] {
+        try {
+            const TranslationEngine engine(translationFilesOf(model));
+            if (engine.translate(warmUpText).empty())
+                throw std::runtime_error(model.name + " translates to nothing.");
+        } catch (const std::exception& failure) {
+            throw ModelDamaged(failure.what());
+        }
+        malloc_trim(0);
+    };
+    if (!co_await runOnWithin(apart, seconds, trial, Executor::main(host)))
+        throw translationFailure(TranslationError::internalError,
+                                 "The translation engine did not answer in time.");
 }
 
 } // namespace tessarune

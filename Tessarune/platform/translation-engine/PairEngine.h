@@ -4,11 +4,15 @@
 #include "Tessarune/platform/translation-engine/LanguagePairs.h"
 #include "Tessarune/platform/translation-engine/TranslationEngine.h"
 #include "TessaruneCore/host/Executor.h"
+#include "TessaruneCore/host/Task.h"
 
 #include <memory>
 #include <string>
 
 namespace tessarune {
+
+/// A sentence that touches every part of the engine.
+inline constexpr const char* warmUpText = "This is a short sentence.";
 
 /// The engine of one language pair and the thread that it lives on. Made and dropped anywhere;
 /// dropping it waits for what is running there, unless that itself drops it. Store and host must
@@ -29,8 +33,11 @@ class PairEngine {
     void load();
     /// Loads first if need be. `isForTraditional` as of the pair.
     std::string translate(const std::string& text, bool isForTraditional);
-    /// What was found to be damaged by the last `load`; nothing if that was not the reason.
-    const std::optional<StoredModel>& damaged() const { return damaged_; }
+
+    /// Loads a model that lies anywhere, translates one sentence and drops it, on `host`'s queue of
+    /// its own. Throws ModelDamaged if that does not work, and TranslationServiceError if it takes
+    /// longer than `seconds`. Begun and ended on the main queue.
+    static Task<void> tryOut(Host& host, StoredModel model, double seconds);
 
   private:
     struct Loaded;
@@ -40,7 +47,6 @@ class PairEngine {
     std::string modelName_;
     Executor executor_;
     std::shared_ptr<Loaded> loaded_;
-    std::optional<StoredModel> damaged_;
 };
 
 } // namespace tessarune

@@ -1,6 +1,7 @@
 #include "Tessarune/platform/translation-engine/TranslationEngine.h"
 
 #include "Tessarune/platform/translation-engine/TranslationEngineABI.h"
+#include "Tessarune/platform/translation-engine/VocabularyFile.h"
 #include "TessaruneCore/text/Localization.h"
 
 namespace tessarune {
@@ -26,6 +27,13 @@ std::string taken(OwnedText text) {
 } // namespace
 
 TranslationEngine::TranslationEngine(const Files& files) {
+    try {
+        VocabularyFile::requireWhole(files.sourceVocabulary);
+        if (files.targetVocabulary != files.sourceVocabulary)
+            VocabularyFile::requireWhole(files.targetVocabulary);
+    } catch (const std::exception& flaw) {
+        throw TranslationEngineError(flaw.what());
+    }
     OwnedText failure{};
     engine_ = tessarune_engine_load(borrowed(files.model.native()),
                                     borrowed(files.sourceVocabulary.native()),

@@ -1,6 +1,8 @@
 #include "Tessarune/platform/translation-engine/TranslationModelInventory.h"
 
+#include "Tessarune/platform/translation-engine/PairEngine.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
 #include <map>
@@ -14,6 +16,8 @@ namespace {
 constexpr const char* catalogueName = "catalogue.json";
 /// The published one has less than one megabyte.
 constexpr std::uint64_t largestCatalogue = 16'000'000;
+/// A model loads and translates a sentence in some hundredth of it.
+constexpr double trialSeconds = 30;
 
 [[noreturn]] void failUnknown(const std::string& id) {
     throw std::runtime_error("There is no translation to the language " + id + ".");
@@ -39,13 +43,19 @@ Languages languagesFor(const std::string& id) {
 
 struct TranslationModelInventory::Shared {
     Shared(Host& itsHost, ModelStore& itsStore, ModelInstaller& itsInstaller,
-           TranslationCatalogueSource itsSource)
+           TranslationCatalogueSource itsSource, ModelTrial itsTrial)
         : host(itsHost),
           main(Executor::main(itsHost)),
           store(itsStore),
           installer(itsInstaller),
           downloader(itsStore.files(), itsInstaller.policy()),
-          source(std::move(itsSource)) {}
+          source(std::move(itsSource)),
+          trial(std::move(itsTrial)) {
+        if (!trial)
+            trial = [&itsHost](StoredModel model) {
+                return PairEngine::tryOut(itsHost, std::move(model), trialSeconds);
+            };
+    }
 
     Host& host;
     Executor main;
@@ -53,6 +63,7 @@ struct TranslationModelInventory::Shared {
     ModelInstaller& installer;
     Downloader downloader;
     TranslationCatalogueSource source;
+    ModelTrial trial;
     std::shared_ptr<SerialQueue> network; ///< waits for the catalogue; made when first needed
     std::stop_source ending;
 
@@ -98,37 +109,29 @@ struct TranslationModelInventory::Shared {
         const auto request = [&either] { either.request_stop(); };
         const std::stop_callback onStop(stop, request);
         const std::stop_callback onEnd(self->ending.get_token(), request);
-        std::exception_ptr failure;
-        try {
-            Task<std::string> fetching = self->downloader.fetchText(
-                Executor::queue(self->host, self->network), "The list of translation models",
-                self->source.records, largestCatalogue, either.get_token());
-            const std::string text = co_await fetching;
-            auto fetched = std::make_shared<const TranslationCatalogue>(
-                TranslationCatalogue::parse(text, self->source));
-            self->store.files().createDirectories(self->catalogueFile().parent_path());
-            self->store.files().writeAtomically(self->catalogueFile(), text);
-            const std::lock_guard lock(self->mutex);
-            self->current = std::move(fetched);
-        } catch (...) {
-            failure = std::current_exception();
-        }
-        const SwitchTo toMain = switchTo(self->main);
-        co_await toMain;
-        if (failure)
-            std::rethrow_exception(failure);
+        const Executor network = Executor::queue(self->host, self->network);
+        co_await runOn(network, fetchCatalogue(self, network, either.get_token()), self->main);
+    }
+
+    static Task<void> fetchCatalogue(Pointer self, Executor network, std::stop_token stop) {
+        const std::string text =
+            co_await self->downloader.fetchText(network, "The list of translation models",
+                                                self->source.records, largestCatalogue, stop);
+        auto fetched = std::make_shared<const TranslationCatalogue>(
+            TranslationCatalogue::parse(text, self->source));
+        self->store.files().createDirectories(self->catalogueFile().parent_path());
+        self->store.files().writeAtomically(self->catalogueFile(), text);
+        const std::lock_guard lock(self->mutex);
+        self->current = std::move(fetched);
     }
 
     static Task<void> install(Pointer self, Languages languages,
                               ModelInstaller::ProgressHandler progress, std::stop_token stop) {
-        Task<bool> looking = isSound(self, languages);
-        const bool isThere = co_await looking;
-        if (isThere)
+        if (co_await isSound(self, languages))
             co_return;
         std::exception_ptr failure;
         try {
-            Task<void> refreshing = refreshCatalogue(self, stop);
-            co_await refreshing;
+            co_await refreshCatalogue(self, stop);
         } catch (const DownloadStopped&) {
             throw;
         } catch (...) {
@@ -142,9 +145,8 @@ struct TranslationModelInventory::Shared {
         if (!model)
             throw std::runtime_error("There is no translation model from " + languages.source +
                                      " to " + languages.target + ".");
-        Task<void> installing =
-            self->installer.install(std::move(*model), std::move(progress), stop);
-        co_await installing;
+        model->trial = self->trial;
+        co_await self->installer.install(std::move(*model), std::move(progress), stop);
     }
 
     /// Main queue. Begins the job or joins the one that is under way.
@@ -159,8 +161,7 @@ struct TranslationModelInventory::Shared {
     static Task<void> run(Pointer self, Languages languages) {
         std::exception_ptr failure;
         try {
-            Task<void> installing = install(self, languages, {}, {});
-            co_await installing;
+            co_await install(self, languages, nullptr, std::stop_token());
         } catch (...) {
             failure = std::current_exception();
         }
@@ -173,9 +174,8 @@ struct TranslationModelInventory::Shared {
         const std::optional<TranslationPair> pair = self->pairFor(languages);
         if (!pair)
             co_return false;
-        Task<bool> looking = self->installer.isSound(ModelKind::translation, pair->modelName());
-        const bool isSound = co_await looking;
-        co_return isSound;
+        co_return co_await self->installer.isSound(ModelKind::translation, pair->modelName(),
+                                                   self->trial);
     }
 
     std::optional<TranslationPair> pairFor(const Languages& languages) const {
@@ -229,8 +229,7 @@ struct TranslationModelInventory::Shared {
                 progress({now.received, now.expected});
             };
         }
-        Task<void> installing = install(self, languages, std::move(handler), std::move(stop));
-        co_await installing;
+        co_await install(self, languages, std::move(handler), std::move(stop));
     }
 
     void remove(const std::string& id) const {
@@ -243,8 +242,10 @@ struct TranslationModelInventory::Shared {
 
 TranslationModelInventory::TranslationModelInventory(Host& host, ModelStore& store,
                                                      ModelInstaller& installer,
-                                                     TranslationCatalogueSource source)
-    : shared_(std::make_shared<Shared>(host, store, installer, std::move(source))) {}
+                                                     TranslationCatalogueSource source,
+                                                     ModelTrial trial)
+    : shared_(
+          std::make_shared<Shared>(host, store, installer, std::move(source), std::move(trial))) {}
 
 TranslationModelInventory::~TranslationModelInventory() {
     shared_->ending.request_stop();
@@ -275,11 +276,6 @@ Task<void> TranslationModelInventory::bring(std::string source, std::string targ
     const std::exception_ptr failure = co_await outcome;
     if (failure)
         std::rethrow_exception(failure);
-}
-
-void TranslationModelInventory::forget(const StoredModel& damaged) {
-    if (damaged.isRemovable)
-        shared_->store.remove(ModelKind::translation, damaged.name);
 }
 
 TranslationLanguages TranslationModelInventory::languages() {

@@ -20,10 +20,12 @@ namespace tessarune {
 /// waits for that; a model that is on its way is the installer's.
 class TranslationModelInventory {
   public:
-    /// The catalogue is fetched as the installer fetches files.
+    /// The catalogue is fetched as the installer fetches files. `trial` is that of each model; by
+    /// default the engine has to load it and translate with it.
     TranslationModelInventory(
         Host& host, ModelStore& store, ModelInstaller& installer,
-        TranslationCatalogueSource source = TranslationCatalogueSource::ofEngine());
+        TranslationCatalogueSource source = TranslationCatalogueSource::ofEngine(),
+        ModelTrial trial = {});
     ~TranslationModelInventory();
     TranslationModelInventory(const TranslationModelInventory&) = delete;
     TranslationModelInventory& operator=(const TranslationModelInventory&) = delete;
@@ -37,12 +39,9 @@ class TranslationModelInventory {
 
     /// Returns when a model for these platform identifiers stands in the store, on `executor`;
     /// throws DownloadFailed and others, each with a text that can be shown. A model is on its way
-    /// once for all who wait, and arrives also when nobody waits any more. A damaged one is
-    /// replaced.
+    /// once for all who wait, and arrives also when nobody waits any more. One that is damaged, or
+    /// that the engine cannot use, stays until another has arrived in its place.
     Task<void> bring(std::string source, std::string target, Executor executor);
-
-    /// A model whose files turned out to be damaged is removed, so that `bring` fetches it.
-    void forget(const StoredModel& damaged);
 
     /// Functions over this object; it must outlive them.
     TranslationLanguages languages();

@@ -244,6 +244,8 @@ TEST_F(InstallerTest, WhatIsWrongIsRefusedNamedAndRemoved) {
         {"short", Reply::whole(b.substr(9)).withoutRanges(), plain,
          "ended the file before its size", 4},
         {"in a circle", Reply::failure(302, {"Location: /a.ort"}), plain, "redirect", 6},
+        {"wrong and always cut", Reply::cut(wrong, 150'000), plain, "its sum is wrong (CRC-32C)",
+         4},
         {"to a file", Reply::failure(302, {"Location: file:///etc/passwd"}), plain, "", 1},
         {"not packed", Reply::whole(b), zstd, "it does not unpack", 1},
         {"packed, cut", Reply::whole(packed(b).substr(9)), zstd, "it does not unpack", 1},
@@ -327,6 +329,16 @@ TEST_F(InstallerTest, AModelThatWasDamagedSinceIsReplaced) {
     EXPECT_EQ(install(installer, wanted), "");
     EXPECT_EQ(server_.requests().size(), 3u);
     EXPECT_NO_THROW(ModelStore::verify(own.find(ModelKind::speech, "some-en").value()));
+}
+
+TEST_F(InstallerTest, WhatIsBeingDownloadedIsNotRemoved) {
+    server_.on("/a.ort", [&](const Request&) {
+        EXPECT_THROW(store_.remove(ModelKind::speech, "some-en"), std::runtime_error);
+        return Reply::whole(bytes_);
+    });
+    EXPECT_EQ(install(model({file("a.ort", bytes_)})), "");
+    store_.remove(ModelKind::speech, "some-en");
+    EXPECT_FALSE(isStored());
 }
 
 TEST_F(InstallerTest, NoRoomIsSaidBeforeAnythingIsFetched) {

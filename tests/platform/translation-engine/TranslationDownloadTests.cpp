@@ -13,7 +13,8 @@ namespace {
 
 class TranslationDownloadTest : public TranslationFixture {
   protected:
-    TranslationDownloadTest() : TranslationFixture({}) {
+    explicit TranslationDownloadTest(ModelTrial trial = acceptAnything)
+        : TranslationFixture({}, std::move(trial)) {
         const TranslationCatalogueSource engine = TranslationCatalogueSource::ofEngine();
         const auto path = [](const std::string& url) {
             return "/" + url.substr(url.find("://") + 3);
@@ -57,11 +58,44 @@ class TranslationDownloadTest : public TranslationFixture {
                              [&](const auto& language) { return language.id == id; });
     }
 
+    static Task<void> acceptAnything(StoredModel) { co_return; }
+
     std::string records_;
     std::string attachments_;
 };
 
+/// The engine decides whether a model is of use.
+class TriedTranslationDownloadTest : public TranslationDownloadTest {
+  protected:
+    TriedTranslationDownloadTest() : TranslationDownloadTest(ModelTrial()) {}
+};
+
 } // namespace
+
+TEST_F(TriedTranslationDownloadTest, WhatWasPublishedBrokenIsNoSuccess) {
+    const auto real = std::filesystem::path(TESSARUNE_MODELS) / "translation" / "en-pt";
+    const std::string model = contentsOf(real / portugueseModel);
+    const std::string vocabulary = contentsOf(real / portugueseVocabulary);
+    const auto broken = publish("pt", model, vocabulary.substr(0, vocabulary.size() / 2));
+    EXPECT_NE(bring("pt-BR").find("cannot be used"), std::string::npos);
+    EXPECT_EQ(requestsFor(broken[1]), 1u);
+    EXPECT_EQ(status("en-US", "pt-BR"), "supported");
+
+    // One that an earlier version of the program took is there, and is not sound.
+    const std::filesystem::path partial = store.partialFolder(ModelKind::translation, "en-pt");
+    std::filesystem::create_directories(partial);
+    writeContents(partial / "model.enpt.bin", model);
+    writeContents(partial / "vocab.enpt.spm", "no vocabulary");
+    store.adopt(ModelKind::translation, "en-pt", {"model.enpt.bin", "vocab.enpt.spm"}, {});
+    const auto portuguese = session("pt-BR");
+    EXPECT_NE(run(portuguese->prepareTranslation()).failure.find("cannot be used"),
+              std::string::npos);
+    EXPECT_EQ(requestsFor(broken[1]), 2u) << "once more, and no more";
+    EXPECT_EQ(status("en-US", "pt-BR"), "installed") << "it stays until there is a better one";
+    publishPortuguese();
+    EXPECT_EQ(run(portuguese->prepareTranslation()).failure, "");
+    EXPECT_EQ(run(portuguese->translate("Hello, world!")).text, "Olá, mundo!");
+}
 
 TEST_F(TranslationDownloadTest, PreparingFetchesWhatIsMissingAndThenTranslates) {
     const auto paths = publishPortuguese();
@@ -156,7 +190,8 @@ TEST_F(TranslationDownloadTest, CatalogueComesThroughABadNetworkOrItIsSaid) {
           Case{"too long", always(Reply::whole(std::string(17'000'000, ' '))), undone},
           Case{"another language", always(Reply::whole(catalogueOfPairs({{"en", "de"}}))),
                absent}}) {
-        TranslationModelInventory fresh(host, store, installer);
+        TranslationModelInventory fresh(host, store, installer,
+                                        TranslationCatalogueSource::ofEngine(), acceptAnything);
         server.forget();
         server.on(records_, answer);
         const auto outcome = run(fresh.bring("en-US", "fr-FR", Executor::main(host)));
@@ -191,7 +226,8 @@ TEST_F(TranslationDownloadTest, FetchedCatalogueReplacesTheBuiltInAndIsKept) {
     EXPECT_EQ(bring("fr-FR"), "");
     EXPECT_EQ(status("en-US", "de-DE"), "unsupported");
     EXPECT_EQ(status("en-US", "th-TH"), "supported");
-    TranslationModelInventory later(host, store, installer);
+    TranslationModelInventory later(host, store, installer, TranslationCatalogueSource::ofEngine(),
+                                    acceptAnything);
     EXPECT_EQ(later.status("en-US", "th-TH"), TranslationAvailabilityStatus::supported);
 
     // Without the list's server, the list that is here has to do.

@@ -31,8 +31,12 @@ struct Outcome {
 /// others. The English to Portuguese model that scripts/setup unpacked came "with the program".
 class TranslationFixture : public ::testing::Test {
   protected:
-    explicit TranslationFixture(std::vector<std::filesystem::path> shipped = {TESSARUNE_MODELS})
-        : store(disk, folder / "own", std::move(shipped)), installer(host, store, policy()) {}
+    explicit TranslationFixture(std::vector<std::filesystem::path> shipped = {TESSARUNE_MODELS},
+                                ModelTrial trial = {})
+        : store(disk, folder / "own", std::move(shipped)),
+          installer(host, store, policy()),
+          inventory(host, store, installer, TranslationCatalogueSource::ofEngine(),
+                    std::move(trial)) {}
 
     DownloadPolicy policy() const {
         DownloadPolicy impatient;
@@ -82,7 +86,7 @@ class TranslationFixture : public ::testing::Test {
     FaultyServer server;
     ModelStore store;
     ModelInstaller installer;
-    TranslationModelInventory inventory{host, store, installer};
+    TranslationModelInventory inventory;
     std::unique_ptr<OfflineTranslationService> service =
         std::make_unique<OfflineTranslationService>(host, store, inventory);
     int running = 0;

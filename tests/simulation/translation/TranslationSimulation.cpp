@@ -16,6 +16,7 @@ using Strings = std::vector<std::string>;
 constexpr double neverSeconds = 1000;
 /// What hangs in the engine is given up after this time, and its session with it.
 constexpr double givenUpSeconds = 20;
+constexpr double loadGivenUpSeconds = 30;
 /// Little sound is enough here.
 constexpr double coarseRate = 160;
 
@@ -36,6 +37,8 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
         TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::off);
         settings.translationBackend = translates ? "苹果" : "关闭";
         service->answer = [this](auto&) { return troubledAnswer(); };
+        if (scene.seed_ % 4 == 0)
+            service->pairs["en-US->fr-FR"].load = givenUpLoad();
     }
 
     /// The captions with their times, then the saved transcript and the recording.
@@ -55,6 +58,8 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
                 trouble(event);
             checkLanguages();
         }
+        if (scene_.seed_ % 2 == 0)
+            calmDown();
         end();
         if (!translates_)
             return;
@@ -117,6 +122,11 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
         return answer;
     }
 
+    static Answer givenUpLoad() {
+        return {loadGivenUpSeconds,
+                testing::serviceError(TranslationError::alreadyCancelled, "given up")};
+    }
+
     void trouble(const Event& event) {
         static const Strings targets = {"fr", "de", "en"};
         static const Strings backends = {"关闭", "苹果", "苹果", "苹果", "X"};
@@ -139,7 +149,40 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
             note("files");
             pair.status = static_cast<TranslationAvailabilityStatus>(event.choice / 2 % 3);
             pair.isReady = event.choice / 6 % 3 != 0;
+            pair.load = event.choice / 18 % 3 == 0 ? givenUpLoad() : Answer{};
+            sawUnsupported_ |= pair.status == TranslationAvailabilityStatus::unsupported;
         }
+    }
+
+    void wellAgain() {
+        service->answer = [](auto&) { return Answer{0.01, std::nullopt}; };
+        service->pairs.clear();
+    }
+
+    /// The trouble passes while the session runs: nothing of it stays but what hangs for ever.
+    void calmDown() {
+        if (translates_)
+            wellAgain();
+        host.advanceBy(2 * loadGivenUpSeconds);
+        // That a pair is unsupported is remembered until the session ends.
+        const bool isChecked =
+            translates_ && service->translationsInFlight == 0 && !sawUnsupported_;
+        if (isChecked) {
+            live->translation().setTranslationBackend("苹果");
+            note("retry, the session goes on");
+            live->translation().retryIncompleteTranslations();
+        }
+        host.advanceBy(10);
+        if (isChecked)
+            checkAllTranslated();
+    }
+
+    void checkAllTranslated() {
+        checkLanguages();
+        for (const CaptionSegment& row : rows())
+            require(!row.translationError, row.translationError.value_or(""));
+        require(!CommittedTranslationUnitPlanner::nextPendingUnit(rows()), "something waits");
+        require(!live->translation().isCommittedTranslating(), "a run does not end");
     }
 
     void end() {
@@ -181,17 +224,12 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
 
     /// The trouble is over, and the user asks once more.
     void endWell() {
-        service->answer = [](auto&) { return Answer{0.01, std::nullopt}; };
-        service->pairs.clear();
+        wellAgain();
         live->translation().setTranslationBackend("苹果");
         note("retry, all well");
         live->translation().retryIncompleteTranslations();
         host.advanceBy(60);
-        checkLanguages();
-        for (const CaptionSegment& row : rows())
-            require(!row.translationError, row.translationError.value_or(""));
-        require(!CommittedTranslationUnitPlanner::nextPendingUnit(rows()), "something waits");
-        require(!live->translation().isCommittedTranslating(), "a run does not end");
+        checkAllTranslated();
         const std::string saved = bilingual(recordingID());
         for (const CaptionSegment& row : rows()) {
             const std::string text = row.translatedText.value_or("");
@@ -214,6 +252,7 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
 
     TranslationSimulation& scene_;
     bool translates_;
+    bool sawUnsupported_ = false;
     bool hasEnded_ = false;
     CaptionCore::Rows before_;
 };

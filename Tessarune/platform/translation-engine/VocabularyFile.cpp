@@ -1,0 +1,82 @@
+#include "Tessarune/platform/translation-engine/VocabularyFile.h"
+
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace tessarune::VocabularyFile {
+
+namespace {
+
+/// The fields of a SentencePiece model, a protocol buffer.
+constexpr std::uint64_t piecesField = 1;
+constexpr std::uint64_t normalizerField = 3;
+
+std::optional<std::uint64_t> takeNumber(std::string_view& bytes) {
+    std::uint64_t number = 0;
+    for (unsigned shift = 0; shift < 64 && !bytes.empty(); shift += 7) {
+        const auto byte = static_cast<unsigned char>(bytes.front());
+        bytes.remove_prefix(1);
+        number |= static_cast<std::uint64_t>(byte & 0x7FU) << shift;
+        if (byte < 0x80)
+            return number;
+    }
+    return std::nullopt;
+}
+
+/// The number of the next field, which is passed over; nothing if it does not end in time.
+std::optional<std::uint64_t> takeField(std::string_view& bytes) {
+    const auto key = takeNumber(bytes);
+    if (!key)
+        return std::nullopt;
+    std::optional<std::uint64_t> length;
+    switch (*key & 7U) {
+    case 0:
+        if (!takeNumber(bytes))
+            return std::nullopt;
+        length = 0;
+        break;
+    case 1:
+        length = 8;
+        break;
+    case 2:
+        length = takeNumber(bytes);
+        break;
+    case 5:
+        length = 4;
+        break;
+    default:
+        break;
+    }
+    if (!length || *length > bytes.size())
+        return std::nullopt;
+    bytes.remove_prefix(*length);
+    return *key >> 3U;
+}
+
+} // namespace
+
+void requireWhole(const std::filesystem::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    const std::string content((std::istreambuf_iterator<char>(stream)), {});
+    std::string_view left = content;
+    bool hasPieces = false;
+    bool isComplete = false;
+    while (!left.empty()) {
+        const auto field = takeField(left);
+        if (!field) {
+            isComplete = false;
+            break;
+        }
+        hasPieces = hasPieces || *field == piecesField;
+        isComplete = isComplete || *field == normalizerField;
+    }
+    if (!hasPieces || !isComplete)
+        throw std::runtime_error(file.string() + " is not a whole vocabulary.");
+}
+
+} // namespace tessarune::VocabularyFile

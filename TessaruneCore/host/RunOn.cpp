@@ -1,0 +1,29 @@
+#include "TessaruneCore/host/RunOn.h"
+
+namespace tessarune {
+
+Task<bool> runOnWithin(Executor worker, double seconds, Block work, Executor back) {
+    const OneShot<std::optional<std::exception_ptr>> ended(back);
+    // The queue of work that hangs must not be dropped by whoever waited for it.
+    const auto kept = std::make_shared<Executor>(worker);
+    worker.run([work = std::move(work), ended, kept]() mutable {
+        std::exception_ptr failure;
+        try {
+            work();
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        work = nullptr;
+        ended.resume(failure);
+    });
+    DelayedCall tooLong = back.host().after(seconds, [ended] { ended.resume(std::nullopt); });
+    const std::optional<std::exception_ptr> failure = co_await ended;
+    tooLong.cancel();
+    if (!failure)
+        co_return false;
+    if (*failure)
+        std::rethrow_exception(*failure);
+    co_return true;
+}
+
+} // namespace tessarune
