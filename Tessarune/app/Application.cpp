@@ -101,7 +101,7 @@ std::string Application::recordingDoubt() const {
 }
 
 std::filesystem::path Application::renewSettingsFile() {
-    const std::filesystem::path aside = storedDefaults.keepAside();
+    std::filesystem::path aside = storedDefaults.keepAside();
     if (!aside.empty())
         settings.recordWhileCaptioning = false;
     return aside;
@@ -117,7 +117,7 @@ std::optional<DataFolderLock::Holder> Application::takeDataFolder() {
 
 RecordingRepair::Report Application::prepare() {
     RecordingRepair repair(files, catalog, logger);
-    const RecordingRepair::Report report = TessaruneStartupServices::prepare(
+    RecordingRepair::Report report = TessaruneStartupServices::prepare(
         {logger, bootstrapFields(), dataFolder_ ? &repair : nullptr});
     if (dataFolder_ && !*settings.recordLosslessAudio)
         compressor.compressLeftovers();
