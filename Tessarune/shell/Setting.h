@@ -85,6 +85,7 @@ SettingCodec<E> wordCodec(std::vector<std::pair<E, std::string>> words) {
     };
     auto choices = [words] {
         std::vector<std::string> all;
+        all.reserve(words.size());
         for (const auto& [value, word] : words)
             all.push_back(word);
         return all;
