@@ -100,6 +100,8 @@ TEST_F(FileSoundServerTests, PlaysOnceThroughInTheChannelsThatAreWantedAndWithou
     EXPECT_NEAR(ears->last->samples.front(), 0.75, 1e-3);
     run(capture->start());
     EXPECT_EQ(opened, 2);
+    capture->stop();
+    host.runUntilIdle();
 }
 
 TEST_F(FileSoundServerTests, FollowsItsListenerWithoutWaitingWhereItIsQuick) {
