@@ -37,7 +37,7 @@ struct CaptionOutput {
     std::function<void(std::string_view)> status;
     /// How far something that takes long has come; replaces the one before.
     std::function<void(std::string_view)> progress;
-    /// Somebody else has written to the terminal: what is rewritten in place begins anew below.
+    /// Another program has written to the terminal: live text is drawn again on the next line.
     std::function<void()> beginAnew = [] {};
     /// The last call: leaves the screen in order.
     std::function<void(const CaptionPicture&)> finish;

@@ -137,7 +137,7 @@ void CaptionsRun::overrideSettings() {
     AppSettings& settings = program_.settings;
     if (!command_.records)
         program_.recordNothing();
-    // Whoever sits at a terminal says when it ends, unless it was said for good; a file has an end.
+    // A terminal session runs until the user stops it, unless the setting is stored; a file ends.
     if (std::holds_alternative<FileSource>(command_.source) ||
         !settings.audioInactivityAutoStopMinutes.isStored())
         program_.override(settings.audioInactivityAutoStopMinutes, std::int64_t{0});

@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// The file of `--event-log`. What stands there is touched only once the session listens, and only
-/// if the user said so. Main queue; failures are RunFailure with ExitStatus::cannotWrite.
+/// The file of `--event-log`. An existing file is overwritten only if the user allows it, and not
+/// before the session listens. Main queue; failures are RunFailure with ExitStatus::cannotWrite.
 class EventLogFile {
   public:
     EventLogFile(Host& host, std::filesystem::path path, bool overwrites)

@@ -11,9 +11,9 @@ namespace tessarune {
 /// Bytes on their way to a descriptor. A thread of its own writes them, so that nobody who prints
 /// waits for a reader: what a slow one has not taken waits here.
 ///
-/// It has no limit of its own. Whoever prints states that pass, one after the other, looks at
-/// `isBehind` first and prints the newest once `onChange` says that there is room again; then what
-/// waits is bounded, and only states that were never the newest are left out.
+/// It has no limit of its own. A caller that prints successive states checks `isBehind` first, and
+/// prints only the newest state once `onChange` reports room. That bounds what is queued, and drops
+/// only states that a newer one replaced.
 class OutputQueue {
   public:
     /// `onChange` is called on the writing thread: when all is written after `isBehind`, and when
