@@ -116,6 +116,8 @@ class TranslationFixture : public ::testing::Test {
         } catch (const std::exception& failure) {
             outcome->failure = failure.what();
         }
+        // The session's own executor may have been another than the one that counts.
+        co_await switchTo(Executor::main(self->host));
         if (--self->running == 0)
             self->host.quit();
     }
