@@ -1,0 +1,66 @@
+#pragma once
+
+#include "TessaruneCore/host/Host.h"
+
+#include <atomic>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <queue>
+#include <vector>
+
+namespace tessarune {
+
+/// The clocks, posted blocks and delayed calls behind a host's main queue; a host adds the loop
+/// that runs them. Any thread may add, one thread runs.
+///
+/// The clock behind `now` and the delayed calls counts the time of a suspended computer too, so
+/// that after a resume whatever has become due runs at once.
+class MainQueue {
+  public:
+    /// `arrived` is called, with the queue's lock held, whenever something was added: from any
+    /// thread, and it must not call back.
+    explicit MainQueue(std::function<void()> arrived);
+
+    double now() const;
+    static double wallClock();
+
+    void post(Block block);
+    DelayedCall after(double seconds, Block block);
+
+    /// The next block that may run now: delayed calls that are due come first.
+    std::optional<Block> takeNext();
+    /// Held while `arrived` is called. A loop takes it to look for work and waits with it.
+    std::unique_lock<std::mutex> lock() { return std::unique_lock(mutex_); }
+    /// Seconds until a block may run, 0 if one may run now; `nullopt` if nothing is queued. Only
+    /// with the lock.
+    std::optional<double> secondsUntilNext(const std::unique_lock<std::mutex>& lock);
+    /// No loop should sleep longer: the clocks that threads sleep by stop while the computer is
+    /// suspended, and this bounds how late a delayed call runs after it.
+    static constexpr double longestWait = 1.0;
+
+  private:
+    struct Timer {
+        double due;
+        std::uint64_t order;
+        std::shared_ptr<Block> block;
+        std::shared_ptr<std::atomic<bool>> cancelled;
+        bool operator>(const Timer& other) const {
+            return due != other.due ? due > other.due : order > other.order;
+        }
+    };
+    void dropCancelledTimers();
+
+    const std::function<void()> arrived_;
+    const double startedAtBootTime_;
+    const double startedAtWallClock_;
+    std::mutex mutex_;
+    std::deque<Block> posted_;
+    std::priority_queue<Timer, std::vector<Timer>, std::greater<>> timers_;
+    std::uint64_t nextOrder_ = 0;
+};
+
+} // namespace tessarune

@@ -1,0 +1,74 @@
+#include "Tessarune/platform/qt-host/QtHost.h"
+
+#include "Tessarune/platform/host/ThreadQueue.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QThread>
+#include <algorithm>
+#include <cmath>
+
+namespace tessarune {
+
+namespace {
+
+/// After so many blocks the toolkit gets a turn to draw and to take input.
+constexpr int mostBlocksAtATime = 32;
+
+const auto wakeEvent = static_cast<QEvent::Type>(QEvent::registerEventType());
+
+} // namespace
+
+QtHost::QtHost() : queue_([this] { wake(); }) {
+    timer_.setSingleShot(true);
+    timer_.setTimerType(Qt::PreciseTimer);
+    connect(&timer_, &QTimer::timeout, this, [this] { runDue(); });
+}
+
+QtHost::~QtHost() {
+    QCoreApplication::removePostedEvents(this);
+}
+
+std::shared_ptr<SerialQueue> QtHost::serialQueue(std::string_view label, QueuePriority priority) {
+    return std::make_shared<ThreadQueue>(label, priority);
+}
+
+bool QtHost::isOnMainQueue() const {
+    return QThread::currentThread() == thread();
+}
+
+void QtHost::wake() {
+    if (!wakePending_.exchange(true))
+        QCoreApplication::postEvent(this, new QEvent(wakeEvent));
+}
+
+bool QtHost::event(QEvent* event) {
+    if (event->type() != wakeEvent)
+        return QObject::event(event);
+    wakePending_ = false;
+    runDue();
+    return true;
+}
+
+void QtHost::runDue() {
+    for (int i = 0; i < mostBlocksAtATime; ++i) {
+        std::optional<Block> next = queue_.takeNext();
+        if (!next)
+            break;
+        (*next)();
+    }
+    armTimer();
+}
+
+void QtHost::armTimer() {
+    const auto lock = queue_.lock();
+    const std::optional<double> wait = queue_.secondsUntilNext(lock);
+    if (!wait)
+        timer_.stop();
+    else if (*wait == 0)
+        wake();
+    else
+        timer_.start(static_cast<int>(std::ceil(std::min(*wait, MainQueue::longestWait) * 1000)));
+}
+
+} // namespace tessarune

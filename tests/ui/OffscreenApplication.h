@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QGuiApplication>
+#include <functional>
+
+namespace tessarune {
+
+/// The one application object of a test program; it needs no display.
+inline QGuiApplication& offscreenApplication() {
+    static int argc = 1;
+    static char name[] = "ui-tests";
+    static char* argv[] = {name, nullptr};
+    static const bool isOffscreen = qputenv("QT_QPA_PLATFORM", "offscreen");
+    static QGuiApplication application(argc, argv);
+    Q_UNUSED(isOffscreen);
+    return application;
+}
+
+/// Runs the event loop until the condition holds; false if it does not within ten seconds.
+inline bool runUntil(const std::function<bool()>& condition) {
+    QElapsedTimer running;
+    running.start();
+    while (!condition()) {
+        if (running.hasExpired(10'000))
+            return false;
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
+    }
+    return true;
+}
+
+} // namespace tessarune

@@ -1,0 +1,54 @@
+#include "Tessarune/platform/qt-host/QtHost.h"
+#include "tests/ui/OffscreenApplication.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+
+namespace tessarune {
+namespace {
+
+TEST(QtHost, RunsBlocksOfAnyThreadInOrderAndDelayedOnesWhenTheyAreDue) {
+    offscreenApplication();
+    QtHost host;
+    std::string order;
+    host.after(0.02, [&] { order += "later "; });
+    DelayedCall cancelled = host.after(0.01, [&] { order += "cancelled "; });
+    host.post([&] {
+        order += host.isOnMainQueue() ? "first " : "elsewhere ";
+        cancelled.cancel();
+        host.post([&] { order += "third "; });
+    });
+    host.post([&] { order += "second "; });
+    ASSERT_TRUE(runUntil([&] { return order.ends_with("later "); }));
+    EXPECT_EQ(order, "first second third later ");
+
+    bool wasMain = true;
+    std::thread([&] {
+        wasMain = host.isOnMainQueue();
+        host.post([&] { order = "from elsewhere"; });
+    }).join();
+    EXPECT_FALSE(wasMain);
+    EXPECT_TRUE(runUntil([&] { return order == "from elsewhere"; }));
+}
+
+/// More blocks than one turn of the event loop runs.
+TEST(QtHost, LosesNoBlockOfManyAndNoneThatIsLeftAtTheEnd) {
+    offscreenApplication();
+    int runs = 0;
+    const auto held = std::make_shared<int>(0);
+    {
+        QtHost host;
+        for (int i = 0; i < 1000; ++i)
+            host.post([&] { ++runs; });
+        ASSERT_TRUE(runUntil([&] { return runs == 1000; }));
+        host.after(0, [held, &runs] { ++runs; });
+    }
+    QCoreApplication::processEvents();
+    EXPECT_EQ(runs, 1000);
+    EXPECT_EQ(held.use_count(), 1);
+}
+
+} // namespace
+} // namespace tessarune
