@@ -65,19 +65,20 @@ bool SessionNews::isWorthTelling() const {
 void SessionNews::observeTranslation() {
     // The source of a preview is known for certain only at the moment at which it arrives.
     LiveTranscriptTranslation& translation = session_.translation();
-    translation.ghostTranslationText().onDidChange([this, &translation](const std::string& text) {
+    translation.view().ghostTranslationText.onDidChange([this,
+                                                         &translation](const std::string& text) {
         const std::string visible = TranslationPresentationBuilder::visibleGhostText(
             text, *settings_.softTranslationEnabled);
         preview_ = visible.empty() ? CaptionPreview()
                                    : CaptionPreview{visible, translation.runtime().ghostSource()};
     });
-    view_.translationStatusMessage.onDidChange(
+    translation.view().translationStatusMessage.onDidChange(
         [this](const std::string& text) { tellTranslationStatus(text); });
 }
 
 void SessionNews::tellTranslationStatus(const std::string& text) {
     // Loading a model is no news. Of texts that differ only in a number the first is enough.
-    if (text.empty() || view_.translationPreparationDisplayState->preparing)
+    if (text.empty() || store_.translation().translationPreparationDisplayState->preparing)
         return;
     std::string kind;
     for (const char32_t codePoint : Text::codePoints(text)) {

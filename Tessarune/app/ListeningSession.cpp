@@ -32,8 +32,8 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
                                      application.catalog.forRecorder(), makeSwresampleConverter);
     SpeechPlatform speech = application.speechPlatform();
     engine_ = speech.engine;
-    translation_ = std::make_unique<LiveSessionTranslation>(LiveSessionTranslation::Environment{
-        host, application.settings, application.logger, application.translation});
+    translation_ = LiveTranscriptTranslation::make(host, application.settings, application.logger,
+                                                   application.translation);
     store_ = LiveTranscriptStore::make({.speech = std::move(speech),
                                         .sound = sound,
                                         .files = application.files,
@@ -42,11 +42,10 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
                                         .catalog = application.catalog,
                                         .recorder = std::move(recorder),
                                         .compressor = application.compressor,
-                                        .translation = translation_->steps(),
+                                        .translation = translation_,
                                         .diagnostics = std::move(options.diagnostics),
                                         .scheduleHistoryRefinement = [](const auto&) {},
                                         .returnMemory = [] { malloc_trim(0); }});
-    translation_->attach(store_);
 }
 
 } // namespace tessarune

@@ -3,8 +3,8 @@
 #include "Tessarune/app/Application.h"
 #include "Tessarune/audio/PermissionsManager.h"
 #include "Tessarune/audio/SoundServer.h"
-#include "Tessarune/session/LiveSessionTranslation.h"
 #include "Tessarune/session/LiveTranscriptStore.h"
+#include "Tessarune/translation/LiveTranscriptTranslation.h"
 
 #include <memory>
 
@@ -29,13 +29,13 @@ class ListeningSession {
 
     LiveTranscriptStore& store() { return *store_; }
     const LiveTranscriptStore& store() const { return *store_; }
-    LiveTranscriptTranslation& translation() { return translation_->translation(); }
+    LiveTranscriptTranslation& translation() { return *translation_; }
 
   private:
     OverridingUserDefaults permissionDefaults_;
     std::unique_ptr<PermissionsManager> permissions_;
     SpeechEngine engine_; // outlives what the store still has running in it
-    std::unique_ptr<LiveSessionTranslation> translation_;
+    std::shared_ptr<LiveTranscriptTranslation> translation_;
     std::shared_ptr<LiveTranscriptStore> store_;
 };
 

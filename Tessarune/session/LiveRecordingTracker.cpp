@@ -48,19 +48,9 @@ void LiveRecordingTracker::journal(const CaptionCore& core, std::span<const Capt
     }
 }
 
-void LiveRecordingTracker::journalTranslations(const CaptionCore& core,
-                                               std::span<const UUID> segmentIDs) {
-    if (!journal_)
-        return;
-    // Translations land on rows near the end.
-    auto left = static_cast<std::ptrdiff_t>(segmentIDs.size());
-    const CaptionCore::Rows& rows = *core.committedSegments;
-    for (auto row = rows.rbegin(); row != rows.rend() && left > 0; ++row) {
-        if (std::find(segmentIDs.begin(), segmentIDs.end(), row->id) == segmentIDs.end())
-            continue;
-        journal_->append(*row);
-        --left;
-    }
+void LiveRecordingTracker::journalTranslation(const CaptionSegment& row) {
+    if (journal_)
+        journal_->append(row);
 }
 
 bool LiveRecordingTracker::saveTranscripts(std::string_view sourceText,

@@ -43,8 +43,8 @@ class LiveRecordingTracker {
 
     /// Rows were committed: a crash from now on leaves them in the journal.
     void journal(const CaptionCore& core, std::span<const CaptionSegment> rows);
-    /// The translation of these rows has come, or was taken away.
-    void journalTranslations(const CaptionCore& core, std::span<const UUID> segmentIDs);
+    /// The translation of this row has come, or was taken away.
+    void journalTranslation(const CaptionSegment& row);
 
     /// Saves the texts of the current recording, which is then no longer current, whatever could
     /// be saved of them. False if anything could not; the next start then makes it from the

@@ -7,10 +7,10 @@
 #include "Tessarune/history/RecordingAudioCompressor.h"
 #include "Tessarune/history/RecordingCatalog.h"
 #include "Tessarune/session/SessionDiagnostics.h"
-#include "Tessarune/session/SessionTranslation.h"
 #include "Tessarune/shell/AppSettings.h"
 #include "Tessarune/shell/FileSystem.h"
 #include "Tessarune/speech/SpeechPlatform.h"
+#include "Tessarune/translation/SessionTranslation.h"
 
 #include <functional>
 #include <memory>
@@ -28,7 +28,8 @@ struct LiveSessionEnvironment {
     RecordingCatalog& catalog;
     std::shared_ptr<AudioSessionRecorder> recorder;
     RecordingAudioCompressor& compressor;
-    SessionTranslation translation;
+    /// Null: nothing is translated.
+    std::shared_ptr<SessionTranslation> translation;
     /// Null: nobody watches.
     std::shared_ptr<SessionDiagnostics> diagnostics;
     /// A recording was saved; nothing to do for an absent request.

@@ -36,7 +36,7 @@ void LiveSessionStop::request(const LiveSessionControlTrigger& trigger) {
     trigger_ = trigger;
     LogFields fields{{"phase", std::string(name(phaseBefore))}, {"hasRecording", hasRecording}};
     fields.add(liveCounts())
-        .add("pendingTranslations", store_.environment_.translation.hasPendingTranslations())
+        .add("pendingTranslations", store_.environment_.translation->hasPendingTranslations())
         .add(trigger.logFields());
     store_.environment_.diagnostics->setStopRequestFields(fields);
     log().milestone("listen.stop.requested", fields, Importance::important);
@@ -109,19 +109,19 @@ void LiveSessionStop::sealLiveIntoCommitted() {
     if (!added.empty()) {
         const CaptionCore::Rows& rows = *store_.core.committedSegments;
         store_.recordingTracker_.journal(store_.core, std::span(rows).subspan(before));
-        store_.environment_.translation.startCommittedRun();
+        store_.environment_.translation->startCommittedRun();
     }
     store_.updateLiveHistoryTextIfNeeded(true);
     LogFields fields = log().elapsed(step.startedAt);
     fields.add("committedSegments", std::ssize(*store_.core.committedSegments))
-        .add("pendingTranslations", store_.environment_.translation.hasPendingTranslations());
+        .add("pendingTranslations", store_.environment_.translation->hasPendingTranslations());
     log().event("listen.stop.seal.done", fields);
     log().finish(step);
 }
 
 Task<bool> LiveSessionStop::drainTranslation(Store store) {
     const double timeout = *store->environment_.settings.translationDrainTimeoutSeconds;
-    const SessionTranslation& translation = store->environment_.translation;
+    SessionTranslation& translation = *store->environment_.translation;
     const Step step = log().begin("listen.stop.translationDrain",
                                   {{"timeoutSeconds", timeout},
                                    {"pendingTranslations", translation.hasPendingTranslations()}});
@@ -137,9 +137,7 @@ Task<bool> LiveSessionStop::drainTranslation(Store store) {
         store->refreshCaptionDisplay("listen.stop.translationDrain.complete");
     } else {
         translation.setPreparationIdle();
-        const std::string text = localized("部分译文未完成，已保存当前可用结果");
-        store->showTranslationMessage(text);
-        translation.setTranslationStatusMessage(text);
+        translation.setTranslationStatusMessage(localized("部分译文未完成，已保存当前可用结果"));
         store->refreshCaptionDisplay("listen.stop.translationDrain.degraded");
     }
     store->environment_.diagnostics->recordLiveCaptionStopSnapshot(
@@ -205,7 +203,7 @@ void LiveSessionStop::cleanUp() {
 }
 
 void LiveSessionStop::bigCleanup() {
-    const SessionTranslation& translation = store_.environment_.translation;
+    SessionTranslation& translation = *store_.environment_.translation;
     translation.cancelCommittedTranslationTask();
     translation.cancelGhostTranslation();
     translation.bigCleanup();

@@ -44,12 +44,6 @@ void LiveTranscriptStore::observeSettings() {
     });
     observe(settings.selectedRecognitionOptionID,
             [this](const std::string& id) { recognitionOptionChanged(id); });
-    observe(settings.translationTargetLanguage, [this](const std::string&) {
-        environment_.translation.settingChanged("settings.translationTarget");
-    });
-    observe(settings.translationBackend, [this](const std::string&) {
-        environment_.translation.settingChanged("settings.translationBackend");
-    });
 }
 
 void LiveTranscriptStore::configureCoreCallbacks() {
@@ -233,7 +227,7 @@ void LiveTranscriptStore::handleCaptureEvent(const CaptureEvent& event) {
 
 void LiveTranscriptStore::handleCommit(const CaptionCore::Rows& rows) {
     recordingTracker_.journal(core, rows);
-    environment_.translation.startCommittedRun();
+    environment_.translation->startCommittedRun();
 }
 
 void LiveTranscriptStore::handleActivity(CaptionCore::Activity activity) {
@@ -250,7 +244,7 @@ void LiveTranscriptStore::handleActivity(CaptionCore::Activity activity) {
 void LiveTranscriptStore::handleBoundaryDecision(const BoundaryObservation& observation) {
     view_.latestBoundarySummary = BoundarySummary::text(observation);
     environment_.diagnostics->appendBoundary(observation);
-    environment_.translation.pumpGhostTranslation(observation);
+    environment_.translation->pumpGhostTranslation(observation);
     const auto reason = LiveBoundaryDecisionHandler::engineFinalizationReason(
         observation, *environment_.settings.appleAnalyzerEarlyFinalize);
     if (reason)

@@ -12,7 +12,8 @@ constexpr double liveHistoryTextMinInterval = 1.0;
 
 } // namespace
 
-void LiveTranscriptStore::refreshCaptionDisplay(const std::string& reason) {
+void LiveTranscriptStore::refreshCaptionDisplay(const std::string& reason,
+                                                const LiveCaptionDisplayTranslationPatch*) {
     view_.captionDisplayRefresh = reason;
 }
 

@@ -79,7 +79,7 @@ void LiveTranscriptStore::beginSession(const LiveSessionControlTrigger& trigger)
     resetTranscriptForNewSession();
     inactivity_.configure(*environment_.settings.audioInactivityAutoStopMinutes);
     startDiagnostics(source);
-    environment_.translation.prewarmCurrentTranslationPair("listen.start");
+    environment_.translation->prewarmCurrentTranslationPair("listen.start");
     logPrepared(source, trigger);
     const Start start{++startNumber_, source, *environment_.settings.selectedRecognitionOptionID,
                       now(), trigger};
@@ -173,14 +173,11 @@ void LiveTranscriptStore::discardRecording() {
 }
 
 void LiveTranscriptStore::resetTranscriptForNewSession() {
-    environment_.translation.resetForNewSession();
+    environment_.translation->resetForNewSession();
     message_.reset();
     isCaptureInterrupted_ = false;
     core.reset(now());
     view_.clearedSegmentIDs = std::unordered_set<UUID>();
-    view_.ghostTranslationText = std::string();
-    view_.translationStatusMessage = std::string();
-    environment_.translation.setPreparationIdle();
     core.resetCounters();
     recordingTracker_.reset();
     view_.latestBoundarySummary = std::string("—");
@@ -286,8 +283,7 @@ void LiveTranscriptStore::recognitionOptionChanged(const std::string& id) {
     core.softCaptionSegments = CaptionCore::Rows();
     core.liveLeadingSentences = CaptionCore::Rows();
     core.committedSegments = CaptionCore::Rows();
-    environment_.translation.cancelGhostTranslation();
-    view_.ghostTranslationText = std::string();
+    environment_.translation->cancelGhostTranslation();
     core.resetFreezeState();
     presentMessage(localized("正在切换识别模型…"));
     updateVisibleSourceTextFlag();

@@ -1,35 +1,29 @@
 #include "Tessarune/session/LiveTranscriptStore.h"
 
-#include <utility>
+#include <vector>
 
 namespace tessarune {
 
 void LiveTranscriptStore::changeCommittedSegments(
     const std::function<void(std::span<CaptionSegment>)>& change) {
-    core.committedSegments.mutate([&](CaptionCore::Rows& rows) { change(rows); });
+    const CaptionCore::Rows& rows = *core.committedSegments;
+    std::vector<bool> wasTranslated;
+    wasTranslated.reserve(rows.size());
+    for (const CaptionSegment& row : rows)
+        wasTranslated.push_back(row.translatedText.has_value());
+    core.committedSegments.mutate([&](CaptionCore::Rows& changed) { change(changed); });
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        if (rows[i].translatedText.has_value() != wasTranslated[i])
+            recordingTracker_.journalTranslation(rows[i]);
+    }
 }
 
-void LiveTranscriptStore::translationLanded(std::span<const UUID> segmentIDs) {
-    recordingTracker_.journalTranslations(core, segmentIDs);
+void LiveTranscriptStore::setStatusMessage(const std::string& text) {
+    view_.status = SessionStatus{SessionStatus::Kind::translation, text};
 }
 
-void LiveTranscriptStore::showTranslationStatus(std::string text) {
-    view_.status = SessionStatus{SessionStatus::Kind::translation, std::move(text)};
-}
-
-void LiveTranscriptStore::showTranslationMessage(std::string text) {
-    if (*view_.translationStatusMessage != text)
-        view_.translationStatusMessage = std::move(text);
-}
-
-void LiveTranscriptStore::showGhostTranslation(std::string text) {
-    if (*view_.ghostTranslationText != text)
-        view_.ghostTranslationText = std::move(text);
-}
-
-void LiveTranscriptStore::showTranslationPreparation(TranslationPreparationDisplayState state) {
-    if (!(*view_.translationPreparationDisplayState == state))
-        view_.translationPreparationDisplayState = std::move(state);
+void LiveTranscriptStore::appendTranslationObservation(const TranslationObservation& observation) {
+    environment_.diagnostics->appendTranslation(observation);
 }
 
 /// As they are saved: a text without any translation is no bilingual one.

@@ -18,11 +18,14 @@ transcriberEnvironment(const LiveTranscriptStore::Environment& environment) {
 std::shared_ptr<LiveTranscriptStore> LiveTranscriptStore::make(Environment environment) {
     if (!environment.diagnostics)
         environment.diagnostics = std::make_shared<SessionDiagnostics>();
+    if (!environment.translation)
+        environment.translation = std::make_shared<SessionTranslation>();
     Self self(new LiveTranscriptStore(std::move(environment)));
     self->countCoreChanges();
     self->observeSettings();
     self->configureCoreCallbacks();
     self->configureTranscriberCallbacks();
+    self->environment_.translation->attach(*self);
     self->refreshCaptionDisplay("store.init");
     return self;
 }
@@ -41,7 +44,7 @@ LiveTranscriptStore::LiveTranscriptStore(Environment environment)
 LiveTranscriptStore::~LiveTranscriptStore() {
     for (const Block& end : endObservations_)
         end();
-    environment_.translation.shutDown();
+    environment_.translation->shutDown();
     liveTranscriber_->stop();
 }
 

@@ -34,7 +34,8 @@ namespace tessarune {
 ///
 /// What is on the screen changes only together with a call of `refreshCaptionDisplay`; changes of
 /// the core by themselves announce nothing.
-class LiveTranscriptStore : public std::enable_shared_from_this<LiveTranscriptStore> {
+class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTranscriptStore>,
+                                  private TranslatedCaptions {
   public:
     using Environment = LiveSessionEnvironment;
     static std::shared_ptr<LiveTranscriptStore> make(Environment environment);
@@ -43,6 +44,7 @@ class LiveTranscriptStore : public std::enable_shared_from_this<LiveTranscriptSt
 
     CaptionCore core;
     const SessionView& view() const { return view_; }
+    const SessionTranslation::View& translation() const { return environment_.translation->view(); }
     const LiveSystemAudioTranscriber& liveTranscriber() const { return *liveTranscriber_; }
     const LiveRecordingTracker& recordingTracker() const { return recordingTracker_; }
     /// Why the last start failed, for a front end that tells failures apart.
@@ -71,18 +73,8 @@ class LiveTranscriptStore : public std::enable_shared_from_this<LiveTranscriptSt
     void handleAudioLevel(double level);
     /// Shows the text as the live caption line. The phase stays.
     void showError(const std::string& message);
-    void refreshCaptionDisplay(const std::string& reason);
-
-    // For the translation: changes fields of the committed rows, as one change.
-    void changeCommittedSegments(const std::function<void(std::span<CaptionSegment>)>& change);
-    /// The translation of these rows has come, or was taken away: a crash leaves them as they are.
-    void translationLanded(std::span<const UUID> segmentIDs);
-    /// A translation that comes after the stop still reaches the saved transcript.
-    void updatePersistedTranscriptIfStopped();
-    void showTranslationStatus(std::string text);
-    void showGhostTranslation(std::string text);
-    void showTranslationMessage(std::string text);
-    void showTranslationPreparation(TranslationPreparationDisplayState state);
+    void refreshCaptionDisplay(const std::string& reason,
+                               const LiveCaptionDisplayTranslationPatch* patch = nullptr) override;
 
   private:
     friend class LiveSessionStop; // the end of the same session, with a state of its own
@@ -92,6 +84,17 @@ class LiveTranscriptStore : public std::enable_shared_from_this<LiveTranscriptSt
     struct Start; // on its way through its task
 
     explicit LiveTranscriptStore(Environment environment);
+
+    // LiveTranscriptStore+Translation.cpp: what the translation sees
+    const CaptionCore::Rows& committedSegments() const override { return *core.committedSegments; }
+    /// Rows whose translation comes or goes are written to the journal too: a crash leaves them as
+    /// they are.
+    void
+    changeCommittedSegments(const std::function<void(std::span<CaptionSegment>)>& change) override;
+    void setStatusMessage(const std::string& text) override;
+    void updatePersistedTranscriptIfStopped() override;
+    void appendTranslationObservation(const TranslationObservation& observation) override;
+    TranscriptSnapshot textsToSave();
 
     // LiveTranscriptStore+Callbacks.cpp
     void countCoreChanges();
@@ -135,7 +138,6 @@ class LiveTranscriptStore : public std::enable_shared_from_this<LiveTranscriptSt
     void updateVisibleSourceTextFlag();
     void updateLiveHistoryTextIfNeeded(bool force);
     std::size_t translatedRows() const;
-    TranscriptSnapshot textsToSave();
 
     Host& host() const { return environment_.speech.host; }
     double now() const { return host().now(); }

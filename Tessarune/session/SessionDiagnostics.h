@@ -8,6 +8,7 @@
 #include "Tessarune/speech/AppleSpeechAnalyzerRawResultRecord.h"
 #include "Tessarune/speech/AppleSpeechAnalyzerSummaryRecord.h"
 #include "Tessarune/speech/AudioTranscriber.h"
+#include "Tessarune/translation/TranslationObservation.h"
 #include "TessaruneCore/captions/BoundaryObservation.h"
 #include "TessaruneCore/captions/CorrectionObservation.h"
 #include "TessaruneCore/captions/SoftCaptionObservation.h"
@@ -81,6 +82,7 @@ class SessionDiagnostics {
     virtual void appendBoundary(const BoundaryObservation&) {}
     virtual void appendCorrection(const CorrectionObservation&) {}
     virtual void recordSoftCaption(const SoftCaptionObservation&) {}
+    virtual void appendTranslation(const TranslationObservation&) {}
 
     // Between two sessions
 

@@ -5,7 +5,6 @@
 #include "Tessarune/display/LiveSessionPhase.h"
 #include "Tessarune/session/LiveSessionStateMachine.h"
 #include "Tessarune/session/SessionStatus.h"
-#include "Tessarune/translation/TranslationLanguagePreparation.h"
 #include "TessaruneCore/UUID.h"
 #include "TessaruneCore/observation/Published.h"
 
@@ -31,9 +30,6 @@ struct SessionView {
     Published<LiveSessionPhase> sessionPhase{LiveSessionPhase::idle};
     double audioLevel = LiveSessionStateMachine::restingAudioLevel; ///< 0 to 1; views poll it
     Published<SessionStatus> status{SessionStatus{SessionStatus::Kind::idle}};
-    Published<std::string> translationStatusMessage;
-    Published<TranslationPreparationDisplayState> translationPreparationDisplayState;
-    Published<std::string> ghostTranslationText;
     Published<bool> isTranslationVisible{false};
     Published<std::string> latestBoundarySummary{"—"};
     Published<std::vector<AudioInputDevices::Device>> inputDevices;

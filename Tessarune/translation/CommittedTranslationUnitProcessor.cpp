@@ -1,5 +1,6 @@
 #include "Tessarune/translation/CommittedTranslationUnitProcessor.h"
 
+#include "Tessarune/translation/LiveTranscriptTranslation.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/text/Text.h"
@@ -16,41 +17,45 @@ namespace {
 using Severity = CommittedTranslationFailureSeverity;
 using Action = CommittedTranslationFailureAction;
 
+constexpr double retryDelaySeconds = 0.4;
+
 /// One unit under way. Lives in the frame of `process`, which outlives all that refers to it.
 struct Attempt {
-    CommittedTranslationUnit unit;
-    TranslationRunContext context;
-    std::shared_ptr<LiveTranslationRuntime> runtime;
-    Handlers handlers;
-    std::stop_token stop;
+    LiveTranscriptTranslation& session;
+    const CommittedTranslationUnit& unit;
+    const TranslationRunContext& context;
+    const std::stop_token& stop;
     std::string text;
     double startedAt = 0;
     TranslationAttemptDiagnostics diagnostics;
 
+    LiveTranslationRuntime& runtime() const { return session.runtime(); }
+
     void begin() {
-        startedAt = runtime->now();
-        diagnostics.backend = runtime->settings().translationBackend;
+        startedAt = runtime().now();
+        diagnostics.backend = runtime().settings().translationBackend;
         diagnostics.sourceLanguage = context.sourceLanguage;
         diagnostics.sourceCharacters = static_cast<std::int64_t>(Text::length(text));
-        diagnostics.sessionGeneration = runtime->committedSessionGeneration;
-        handlers.recordStart(unit, context.target, startedAt, diagnostics);
+        diagnostics.sessionGeneration = runtime().committedSessionGeneration;
+        session.recordCommittedTranslationStart(unit, context.target, startedAt, diagnostics);
     }
 
-    bool isWanted() const { return runtime->isWanted(context, stop); }
+    bool isWanted() const { return runtime().isWanted(context, stop); }
 
     /// Closes the unit without the translator.
     bool close(std::string_view preflightStatus, const std::string& translatedText) {
         if (stop.stop_requested() ||
-            !TranslationSupport::isAppleBackend(runtime->settings().translationBackend))
+            !TranslationSupport::isAppleBackend(runtime().settings().translationBackend))
             return false;
         diagnostics.preflightStatus = preflightStatus;
         return succeed(translatedText);
     }
 
     bool succeed(const std::string& translatedText) {
-        runtime->selectCommittedHealthPair(context.sourceLanguage, context.target);
-        runtime->committedHealth.recordSuccess(unit.translationUnitID);
-        handlers.applySuccess(unit, context.target, translatedText, startedAt, diagnostics);
+        runtime().selectCommittedHealthPair(context.sourceLanguage, context.target);
+        runtime().committedHealth.recordSuccess(unit.translationUnitID);
+        session.applyCommittedTranslationSuccess(unit, context.target, translatedText, startedAt,
+                                                 diagnostics);
         return true;
     }
 
@@ -61,31 +66,30 @@ struct Attempt {
         diagnostics.failureReason = details.failureReason;
     }
 
-    void logAutoRetry(const TranslationFailureDetails& details, std::uint64_t delay) const {
-        runtime->log("translation.committed.autoRetry",
-                     {{"translationUnitID", unit.translationUnitID.text()},
-                      {"resultSegmentID", unit.resultSegmentID.text()},
-                      {"target", context.target},
-                      {"failureCategory", std::string(name(details.category))},
-                      {"sourceCharacters", diagnostics.sourceCharacters},
-                      {"failureDomain", details.domain},
-                      {"failureCode", details.code},
-                      {"delayMS", static_cast<std::int64_t>(delay / 1'000'000)}});
+    void logAutoRetry(const TranslationFailureDetails& details) const {
+        runtime().log("translation.committed.autoRetry",
+                      {{"translationUnitID", unit.translationUnitID.text()},
+                       {"resultSegmentID", unit.resultSegmentID.text()},
+                       {"target", context.target},
+                       {"failureCategory", std::string(name(details.category))},
+                       {"sourceCharacters", diagnostics.sourceCharacters},
+                       {"failureDomain", details.domain},
+                       {"failureCode", details.code},
+                       {"delayMS", static_cast<std::int64_t>(retryDelaySeconds * 1000)}});
     }
 };
 
 using Outcome = std::variant<std::string, TranslationFailureDetails>;
 
 Task<Outcome> translateOnce(Attempt& attempt, std::shared_ptr<Translator> translator) {
-    const double before = attempt.runtime->now();
+    const double before = attempt.runtime().now();
     const auto addDuration = [&attempt, before] {
         attempt.diagnostics.translateCallSeconds =
-            attempt.diagnostics.translateCallSeconds.value_or(0) + attempt.runtime->now() - before;
+            attempt.diagnostics.translateCallSeconds.value_or(0) + attempt.runtime().now() - before;
     };
     try {
-        Task<std::string> translating = translator->translate(
+        std::string translated = co_await translator->translate(
             attempt.text, attempt.context.sourceLanguage, attempt.context.target);
-        std::string translated = co_await translating;
         addDuration();
         co_return translated;
     } catch (...) {
@@ -98,9 +102,8 @@ Task<Outcome> translateOnce(Attempt& attempt, std::shared_ptr<Translator> transl
 Task<bool> recoverPair(Attempt& attempt) {
     std::exception_ptr error;
     try {
-        Task<void> rebuilding = attempt.runtime->rebuildCommittedLanguagePair(
+        co_await attempt.runtime().rebuildCommittedLanguagePair(
             attempt.context.sourceLanguage, attempt.context.target, attempt.stop);
-        co_await rebuilding;
     } catch (const CancellationError&) {
         co_return false;
     } catch (...) {
@@ -113,17 +116,17 @@ Task<bool> recoverPair(Attempt& attempt) {
     const auto details = TranslatorError::details(error);
     if (severity(details.category) == Severity::recoverable)
         co_return true;
-    attempt.handlers.reportRecoveryFailure(details.message);
+    attempt.session.surfaceTranslationRecoveryFailure(details.message);
     co_return false;
 }
 
 /// Writes the failure on the unit. True when the queue may go on.
 Task<bool> fail(Attempt& attempt, TranslationFailureDetails details, Severity severity) {
-    auto& runtime = *attempt.runtime;
+    auto& runtime = attempt.runtime();
     attempt.note(details);
     runtime.selectCommittedHealthPair(attempt.context.sourceLanguage, attempt.context.target);
     if (details.category == TranslationFailureCategory::languageResourcesNotReady)
-        runtime.hasCommittedLanguageResourceFailures = true;
+        runtime.languageResourceFailures.insert(attempt.unit.translationUnitID);
     const Action action =
         runtime.committedHealth.recordFailure(attempt.unit.translationUnitID, severity);
     attempt.diagnostics.recoveryAction = name(action);
@@ -132,21 +135,18 @@ Task<bool> fail(Attempt& attempt, TranslationFailureDetails details, Severity se
             return "Tessarune translation failed after automatic retry: " + details.message +
                    " source='" + attempt.text + "' target=" + attempt.context.target;
         });
-    attempt.handlers.applyFailure(attempt.unit, attempt.context.target, details.message,
-                                  attempt.startedAt, action, attempt.diagnostics);
+    attempt.session.applyCommittedTranslationFailure(attempt.unit, attempt.context.target,
+                                                     details.message, attempt.startedAt, action,
+                                                     attempt.diagnostics);
     if (action != Action::rebuildLanguagePair)
         co_return severity == Severity::recoverable;
-    Task<bool> recovering = recoverPair(attempt);
-    const bool goesOn = co_await recovering;
-    co_return goesOn;
+    co_return co_await recoverPair(attempt);
 }
 
 /// Translates, and once more after a delay where that may help.
-Task<bool> translate(Attempt& attempt, std::shared_ptr<Translator> translator,
-                     std::uint64_t retryDelayNanoseconds, RetrySleep retrySleep) {
+Task<bool> translate(Attempt& attempt, std::shared_ptr<Translator> translator) {
     for (;;) {
-        Task<Outcome> translating = translateOnce(attempt, translator);
-        const Outcome outcome = co_await translating;
+        const Outcome outcome = co_await translateOnce(attempt, translator);
         if (!attempt.isWanted())
             co_return false;
         if (const auto* translated = std::get_if<std::string>(&outcome))
@@ -156,13 +156,11 @@ Task<bool> translate(Attempt& attempt, std::shared_ptr<Translator> translator,
         attempt.note(details);
         const Severity gravity = severity(details.category);
         if (gravity == Severity::actionable || attempt.diagnostics.automaticRetry) {
-            Task<bool> failing = fail(attempt, details, gravity);
-            const bool goesOn = co_await failing;
-            co_return goesOn;
+            co_return co_await fail(attempt, details, gravity);
         }
-        attempt.logAutoRetry(details, retryDelayNanoseconds);
-        Task<bool> waiting = retrySleep(retryDelayNanoseconds, attempt.stop);
-        const bool waited = co_await waiting;
+        attempt.logAutoRetry(details);
+        const bool waited =
+            co_await sleep(attempt.runtime().executor(), retryDelaySeconds, attempt.stop);
         if (!waited || !attempt.isWanted())
             co_return false;
         attempt.diagnostics.attemptCount = 2;
@@ -170,23 +168,17 @@ Task<bool> translate(Attempt& attempt, std::shared_ptr<Translator> translator,
     }
 }
 
-RetrySleep sleepOf(const LiveTranslationRuntime& runtime) {
-    return [executor = runtime.executor()](std::uint64_t nanoseconds, std::stop_token stop) {
-        return sleep(executor, static_cast<double>(nanoseconds) / 1e9, std::move(stop));
-    };
-}
-
 } // namespace
 
-Task<bool> process(CommittedTranslationUnit unit, TranslationRunContext context,
-                   std::shared_ptr<LiveTranslationRuntime> runtime, Handlers handlers,
-                   std::stop_token stop, std::uint64_t retryDelayNanoseconds,
-                   RetrySleep retrySleep) {
+Task<bool> process(std::shared_ptr<LiveTranscriptTranslation> translation,
+                   CommittedTranslationUnit unit, TranslationRunContext context,
+                   std::stop_token stop) {
+    LiveTranslationRuntime& runtime = translation->runtime();
     Attempt attempt{
-        unit, context, runtime, handlers, stop, std::string(Text::trimmed(unit.sourceText)), 0, {}};
+        *translation, unit, context, stop, std::string(Text::trimmed(unit.sourceText)), 0, {}};
     if (!context.passThrough &&
-        runtime->isPreparingLanguages(context.sourceLanguage, context.target)) {
-        handlers.reportLanguagePreparation(context.sourceLanguage, context.target);
+        runtime.isPreparingLanguages(context.sourceLanguage, context.target)) {
+        translation->reportLanguagePreparation(context.sourceLanguage, context.target);
         co_return false;
     }
     attempt.begin();
@@ -195,34 +187,27 @@ Task<bool> process(CommittedTranslationUnit unit, TranslationRunContext context,
     if (context.passThrough)
         co_return attempt.close("passThrough", attempt.text);
 
-    const auto translator = runtime->cachedTranslator;
+    const auto translator = runtime.cachedTranslator;
     if (!translator)
         co_return false;
-    const double before = runtime->now();
-    Task<TranslationAvailabilityStatus> asking =
-        translator->availabilityStatus(context.sourceLanguage, context.target);
-    const TranslationAvailabilityStatus status = co_await asking;
-    attempt.diagnostics.availabilitySeconds = runtime->now() - before;
+    const double before = runtime.now();
+    const TranslationAvailabilityStatus status =
+        co_await translator->availabilityStatus(context.sourceLanguage, context.target);
+    attempt.diagnostics.availabilitySeconds = runtime.now() - before;
     attempt.diagnostics.preflightStatus = name(status);
     if (!attempt.isWanted())
         co_return false;
 
     if (status == TranslationAvailabilityStatus::supported) {
-        handlers.reportLanguagePreparation(context.sourceLanguage, context.target);
+        translation->reportLanguagePreparation(context.sourceLanguage, context.target);
         co_return false;
     }
     if (status == TranslationAvailabilityStatus::unsupported) {
         const auto unsupported =
             TranslatorError::unsupportedPair(context.sourceLanguage, context.target);
-        Task<bool> failing = fail(attempt, unsupported.details(), Severity::actionable);
-        const bool goesOn = co_await failing;
-        co_return goesOn;
+        co_return co_await fail(attempt, unsupported.details(), Severity::actionable);
     }
-    if (!retrySleep)
-        retrySleep = sleepOf(*runtime);
-    Task<bool> translating = translate(attempt, translator, retryDelayNanoseconds, retrySleep);
-    const bool goesOn = co_await translating;
-    co_return goesOn;
+    co_return co_await translate(attempt, translator);
 }
 
 } // namespace tessarune::CommittedTranslationUnitProcessor

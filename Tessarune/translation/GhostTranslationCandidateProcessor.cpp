@@ -1,5 +1,6 @@
 #include "Tessarune/translation/GhostTranslationCandidateProcessor.h"
 
+#include "Tessarune/translation/LiveTranscriptTranslation.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/translation/TranslatorError.h"
 
@@ -9,19 +10,22 @@ namespace {
 
 /// One preview under way, and what is written down of it.
 struct Attempt {
+    LiveTranscriptTranslation& session;
+    const LiveTranslationRuntime& runtime;
     const std::string& candidate;
     const TranslationRunContext& context;
     const UUID& requestID;
-    const LiveTranslationRuntime& runtime;
-    const std::function<void(const TranslationObservation&)>& append;
     const std::stop_token& stop;
     TranslationObservation observation;
 
-    Attempt(const std::string& text, const TranslationRunContext& pair, const UUID& id,
-            const LiveTranslationRuntime& owner,
-            const std::function<void(const TranslationObservation&)>& log,
-            const std::stop_token& token)
-        : candidate(text), context(pair), requestID(id), runtime(owner), append(log), stop(token) {
+    Attempt(LiveTranscriptTranslation& owner, const std::string& text,
+            const TranslationRunContext& pair, const UUID& id, const std::stop_token& token)
+        : session(owner),
+          runtime(owner.runtime()),
+          candidate(text),
+          context(pair),
+          requestID(id),
+          stop(token) {
         observation.scope = TranslationObservation::Scope::ghost;
         observation.segmentID = runtime.newID();
         observation.segmentIDs = {observation.segmentID};
@@ -33,7 +37,7 @@ struct Attempt {
             static_cast<std::int64_t>(Text::length(candidate));
         observation.diagnostics.sessionGeneration = runtime.committedSessionGeneration;
         observation.t = startedAt = runtime.now();
-        append(observation);
+        session.appendTranslationObservation(observation);
     }
 
     /// The guard after each suspension: the newest request wins.
@@ -46,7 +50,7 @@ struct Attempt {
         observation.t = runtime.now();
         observation.phase = phase;
         observation.durationSeconds = observation.t - startedAt;
-        append(observation);
+        session.appendTranslationObservation(observation);
     }
 
     void recordSuccess(const std::string& translated) {
@@ -69,30 +73,29 @@ struct Attempt {
 
 } // namespace
 
-Task<void> GhostTranslationCandidateProcessor::process(
-    std::string candidate, TranslationRunContext context, UUID requestID,
-    std::shared_ptr<LiveTranslationRuntime> runtime,
-    std::function<void(const TranslationObservation&)> append,
-    std::function<void(const std::string& text)> setGhostTranslationText, std::stop_token stop) {
-    Attempt attempt(candidate, context, requestID, *runtime, append, stop);
+Task<void>
+GhostTranslationCandidateProcessor::process(std::shared_ptr<LiveTranscriptTranslation> translation,
+                                            std::string candidate, TranslationRunContext context,
+                                            UUID requestID, std::stop_token stop) {
+    LiveTranslationRuntime& runtime = translation->runtime();
+    Attempt attempt(*translation, candidate, context, requestID, stop);
     if (context.passThrough) {
         attempt.observation.diagnostics.preflightStatus = "passThrough";
         if (!attempt.isWanted())
             co_return;
         attempt.recordSuccess(candidate);
-        setGhostTranslationText(candidate);
+        translation->setGhostTranslationText(candidate);
         co_return;
     }
-    const auto translator = runtime->translator();
+    const auto translator = runtime.translator();
     if (!translator)
         co_return;
 
     auto& diagnostics = attempt.observation.diagnostics;
-    const double askedAt = runtime->now();
-    Task<TranslationAvailabilityStatus> asking =
-        translator->availabilityStatus(context.sourceLanguage, context.target);
-    const TranslationAvailabilityStatus status = co_await asking;
-    diagnostics.availabilitySeconds = runtime->now() - askedAt;
+    const double askedAt = runtime.now();
+    const TranslationAvailabilityStatus status =
+        co_await translator->availabilityStatus(context.sourceLanguage, context.target);
+    diagnostics.availabilitySeconds = runtime.now() - askedAt;
     diagnostics.preflightStatus = name(status);
     if (!attempt.isWanted())
         co_return;
@@ -104,17 +107,16 @@ Task<void> GhostTranslationCandidateProcessor::process(
     }
 
     // A pair that has to be prepared first does not stop a preview: translating prepares it.
-    const double calledAt = runtime->now();
+    const double calledAt = runtime.now();
     std::string translated;
     std::exception_ptr error;
     try {
-        Task<std::string> translating =
-            translator->translate(candidate, context.sourceLanguage, context.target);
-        translated = co_await translating;
+        translated =
+            co_await translator->translate(candidate, context.sourceLanguage, context.target);
     } catch (...) {
         error = std::current_exception();
     }
-    diagnostics.translateCallSeconds = runtime->now() - calledAt;
+    diagnostics.translateCallSeconds = runtime.now() - calledAt;
     if (!attempt.isWanted())
         co_return;
     if (error) {
@@ -122,17 +124,7 @@ Task<void> GhostTranslationCandidateProcessor::process(
         co_return;
     }
     attempt.recordSuccess(translated);
-    setGhostTranslationText(translated);
-}
-
-void GhostTranslationTaskCoordinator::start(LiveTranslationRuntime& runtime, const UUID& requestID,
-                                            std::string candidate, TranslationRunContext context,
-                                            Process process) {
-    runtime.startGhostTask(requestID, [requestID, candidate = std::move(candidate),
-                                       context = std::move(context),
-                                       process = std::move(process)](std::stop_token stop) {
-        return process(candidate, context, requestID, std::move(stop));
-    });
+    translation->setGhostTranslationText(translated);
 }
 
 } // namespace tessarune

@@ -1,7 +1,6 @@
-#include "Tessarune/translation/CommittedTranslationQueueRunner.h"
+#include "Tessarune/translation/CommittedTranslationUnitProcessor.h"
 #include "Tessarune/translation/LiveTranscriptTranslation.h"
 #include "TessaruneCore/text/Localization.h"
-#include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/translation/CommittedTranslationUnitPlanner.h"
 #include "TessaruneCore/translation/TranslationPresentationBuilder.h"
 #include "TessaruneCore/translation/TranslationSegmentMutator.h"
@@ -13,13 +12,6 @@
 namespace tessarune {
 
 namespace {
-
-/// Whether a row failed only because the language's files were not there.
-bool isLanguageResourceFailure(const std::string& error) {
-    return TranslationSupport::isLanguageResourceNotReadyDisplayMessage(error) ||
-           Text::hasPrefix(error, localized("Apple 翻译语言资源暂未准备好:")) ||
-           Text::hasPrefix(error, localized("Apple 翻译语言资源未安装:"));
-}
 
 TranslationObservation observationOf(const CommittedTranslationUnit& unit,
                                      const std::string& target, double startedAt,
@@ -40,50 +32,67 @@ TranslationObservation observationOf(const CommittedTranslationUnit& unit,
 
 } // namespace
 
-void LiveTranscriptTranslation::startCommittedRun() {
-    cancelGhostTranslationTask();
+void LiveTranscriptTranslation::startCommittedRun(bool forceTail) {
+    runtime_->cancelGhostTask();
     if (const auto context = prepareCommittedTranslationRunContext())
-        startCommittedTranslationTask(*context, false);
+        startCommittedTranslationTask(*context, forceTail);
 }
 
+/// Whether a run may start now. Makes the translator if it is needed and not there yet.
 std::optional<TranslationRunContext>
 LiveTranscriptTranslation::prepareCommittedTranslationRunContext() {
-    const auto result = CommittedTranslationRunPreparer::prepare(*runtime_);
-    if (const auto* blocked = std::get_if<CommittedTranslationRunPreparer::Blocked>(&result))
-        publishBlocked(*blocked);
-    const auto* context = std::get_if<TranslationRunContext>(&result);
-    if (!context)
+    using namespace TranslationSupport;
+    const auto settings = runtime_->settings();
+    const std::string& backend = settings.translationBackend;
+    if (isDisabledBackend(backend))
         return std::nullopt;
-    if (!context->passThrough)
-        prewarmCurrentTranslationPair("translation.prepare");
-    return *context;
+    if (!isAppleBackend(backend)) {
+        sayBlocked(backendNotConnectedMessage(backend), backendNotConnectedSentence(backend));
+        return std::nullopt;
+    }
+    if (runtime_->hasCommittedTask())
+        return std::nullopt;
+    auto context = TranslationRunContext::forTarget(settings.translationTargetLanguage);
+    if (context.passThrough)
+        return context;
+    if (!runtime_->translator()) {
+        sayBlocked(localized(appleOfflineUnsupportedMessage),
+                   localized(appleOfflineUnsupportedSentence));
+        return std::nullopt;
+    }
+    prewarmCurrentTranslationPair("translation.prepare");
+    return context;
 }
 
-void LiveTranscriptTranslation::publishBlocked(
-    const CommittedTranslationRunPreparer::Blocked& blocked) {
+/// No run can start, and the user should know: a short text beside the captions, and a sentence.
+void LiveTranscriptTranslation::sayBlocked(const std::string& message,
+                                           const std::string& sentence) {
     setPreparationIdle();
-    translationStatusMessage_ = blocked.translationStatusMessage;
-    access_.setStatusMessage(blocked.statusMessage);
+    setTranslationStatusMessage(message);
+    captions_->setStatusMessage(sentence);
     refresh("translation.prepare.blocked");
 }
 
 void LiveTranscriptTranslation::startCommittedTranslationTask(const TranslationRunContext& context,
                                                               bool forceTail) {
-    const Self self = shared_from_this();
-    CommittedTranslationQueue queue;
-    queue.shouldContinue = [self] {
-        return !TranslationSupport::isDisabledBackend(
-            self->runtime_->settings().translationBackend);
-    };
-    queue.nextPendingUnit = [self, forceTail] {
-        return CommittedTranslationUnitPlanner::nextPendingUnit(
-            self->access_.committedSegments(), forceTail,
-            [&self] { return self->runtime_->newID(); });
-    };
-    queue.process = [self, context](Unit unit, std::stop_token stop) {
-        return self->processCommittedTranslationUnit(std::move(unit), context, std::move(stop));
-    };
-    CommittedTranslationTaskCoordinator::start(*runtime_, std::move(queue));
+    runtime_->startCommittedTask(
+        [self = shared_from_this(), context, forceTail](std::stop_token stop) {
+            return runQueue(self, context, forceTail, std::move(stop));
+        });
+}
+
+/// Works through the units that wait, one after the other, and ends with them: the next commit
+/// starts a new run.
+Task<void> LiveTranscriptTranslation::runQueue(Self self, TranslationRunContext context,
+                                               bool forceTail, std::stop_token stop) {
+    const auto newID = [self] { return self->runtime_->newID(); };
+    while (!TranslationSupport::isDisabledBackend(self->runtime_->settings().translationBackend)) {
+        const std::optional<Unit> unit = CommittedTranslationUnitPlanner::nextPendingUnit(
+            self->captions_->committedSegments(), forceTail, newID);
+        if (!unit ||
+            !co_await CommittedTranslationUnitProcessor::process(self, *unit, context, stop))
+            co_return;
+    }
 }
 
 void LiveTranscriptTranslation::cancelCommittedTranslationTask() {
@@ -91,52 +100,17 @@ void LiveTranscriptTranslation::cancelCommittedTranslationTask() {
     refresh("translation.committed.cancelled");
 }
 
-Task<bool> LiveTranscriptTranslation::processCommittedTranslationUnit(Unit unit,
-                                                                      TranslationRunContext context,
-                                                                      std::stop_token stop) {
-    const Self self = shared_from_this();
-    using Diagnostics = TranslationAttemptDiagnostics;
-    CommittedTranslationUnitProcessor::Handlers handlers;
-    handlers.recordStart = [self](const Unit& started, const std::string& target, double startedAt,
-                                  const Diagnostics& diagnostics) {
-        self->recordCommittedTranslationStart(started, target, startedAt, diagnostics);
-    };
-    handlers.applySuccess = [self](const Unit& done, const std::string& target,
-                                   const std::string& translatedText, double startedAt,
-                                   const Diagnostics& diagnostics) {
-        self->applyCommittedTranslationSuccess(done, target, translatedText, startedAt,
-                                               diagnostics);
-    };
-    handlers.applyFailure = [self](const Unit& failed, const std::string& target,
-                                   const std::string& error, double startedAt,
-                                   CommittedTranslationFailureAction action,
-                                   const Diagnostics& diagnostics) {
-        self->applyCommittedTranslationFailure(failed, target, error, startedAt, action,
-                                               diagnostics);
-    };
-    handlers.reportLanguagePreparation = [self](const std::string& source,
-                                                const std::string& target) {
-        self->setTranslationPreparationStatus(source, target);
-        self->refresh("translation.languagePreparation.waiting");
-    };
-    handlers.reportRecoveryFailure = [self](const std::string& message) {
-        self->surfaceTranslationRecoveryFailure(message);
-    };
-    return CommittedTranslationUnitProcessor::process(std::move(unit), std::move(context), runtime_,
-                                                      std::move(handlers), std::move(stop));
-}
-
 void LiveTranscriptTranslation::recordCommittedTranslationStart(
     const Unit& unit, const std::string& target, double startedAt,
     const TranslationAttemptDiagnostics& diagnostics) {
-    access_.appendTranslationObservation(observationOf(unit, target, startedAt, diagnostics));
+    captions_->appendTranslationObservation(observationOf(unit, target, startedAt, diagnostics));
 }
 
 void LiveTranscriptTranslation::applyCommittedTranslationSuccess(
     const Unit& unit, const std::string& target, const std::string& translatedText,
     double startedAt, TranslationAttemptDiagnostics diagnostics) {
     const double before = runtime_->now();
-    access_.changeCommittedSegments([&](std::span<CaptionSegment> segments) {
+    captions_->changeCommittedSegments([&](std::span<CaptionSegment> segments) {
         TranslationSegmentMutator::applySuccess(unit.translationUnitID, unit.segmentIDs,
                                                 unit.resultSegmentID, translatedText, segments);
     });
@@ -146,39 +120,35 @@ void LiveTranscriptTranslation::applyCommittedTranslationSuccess(
     observation.phase = TranslationObservation::Phase::success;
     observation.translatedText = translatedText;
     observation.durationSeconds = observation.t - startedAt;
-    access_.appendTranslationObservation(observation);
+    captions_->appendTranslationObservation(observation);
 
-    if (runtime_->hasCommittedLanguageResourceFailures)
-        clearLanguageResourceFailures();
+    clearLanguageResourceFailures();
     clearGhostIfCovered(unit);
     setPreparationIdle();
-    translationStatusMessage_ = "";
+    setTranslationStatusMessage("");
     const LiveCaptionDisplayTranslationPatch patch{unit.translationUnitID, unit.segmentIDs,
                                                    unit.resultSegmentID, translatedText};
-    access_.refreshCaptionDisplay("translation.committed.success", &patch);
-    access_.updatePersistedTranscriptIfStopped();
+    captions_->refreshCaptionDisplay("translation.committed.success", &patch);
+    captions_->updatePersistedTranscriptIfStopped();
 }
 
+/// One success proves that the files are there: what failed for want of them waits again.
 void LiveTranscriptTranslation::clearLanguageResourceFailures() {
-    // One success proves that the files are there: what failed for want of them waits again.
-    std::unordered_set<UUID> resolved;
-    bool cleared = false;
-    access_.changeCommittedSegments([&](std::span<CaptionSegment> segments) {
-        cleared = TranslationSegmentMutator::clearErrors(
-            segments, isLanguageResourceFailure, [&](const CaptionSegment& segment) {
-                if (segment.translationUnitID)
-                    resolved.insert(*segment.translationUnitID);
-            });
+    const std::unordered_set<UUID> resolved = std::exchange(runtime_->languageResourceFailures, {});
+    if (resolved.empty())
+        return;
+    captions_->changeCommittedSegments([&](std::span<CaptionSegment> segments) {
+        TranslationSegmentMutator::clearErrors(segments, [&](const CaptionSegment& segment) {
+            return segment.translationUnitID && resolved.contains(*segment.translationUnitID);
+        });
     });
     runtime_->committedHealth.resolveFailures(resolved);
-    if (cleared)
-        runtime_->hasCommittedLanguageResourceFailures = false;
 }
 
 void LiveTranscriptTranslation::clearGhostIfCovered(const Unit& unit) {
     if (!runtime_->clearGhostSourceIfMatches(unit.sourceText))
         return;
-    ghostTranslationText_ = "";
+    view_.ghostTranslationText = "";
     refresh("translation.ghost.clearMatched");
 }
 
@@ -186,7 +156,7 @@ void LiveTranscriptTranslation::applyCommittedTranslationFailure(
     const Unit& unit, const std::string& target, const std::string& error, double startedAt,
     CommittedTranslationFailureAction action, TranslationAttemptDiagnostics diagnostics) {
     const double before = runtime_->now();
-    access_.changeCommittedSegments([&](std::span<CaptionSegment> segments) {
+    captions_->changeCommittedSegments([&](std::span<CaptionSegment> segments) {
         TranslationSegmentMutator::applyFailure(unit.translationUnitID, unit.segmentIDs,
                                                 unit.resultSegmentID, error, segments);
     });
@@ -196,18 +166,18 @@ void LiveTranscriptTranslation::applyCommittedTranslationFailure(
     observation.phase = TranslationObservation::Phase::failure;
     observation.error = error;
     observation.durationSeconds = observation.t - startedAt;
-    access_.appendTranslationObservation(observation);
+    captions_->appendTranslationObservation(observation);
 
     clearGhostIfCovered(unit);
     switch (action) {
     case CommittedTranslationFailureAction::surfaceWarning:
-        translationStatusMessage_ =
+        setTranslationStatusMessage(
             localized("连续 %lld 条译文未完成，Apple 翻译可能暂不可用",
-                      {std::to_string(runtime_->committedHealth.consecutiveFailedUnits)});
+                      {std::to_string(runtime_->committedHealth.consecutiveFailedUnits)}));
         setPreparationIdle();
         break;
     case CommittedTranslationFailureAction::surfaceImmediately:
-        translationStatusMessage_ = TranslationSupport::translationFailureStatusText(error);
+        setTranslationStatusMessage(TranslationSupport::translationFailureStatusText(error));
         setPreparationIdle();
         break;
     case CommittedTranslationFailureAction::continueSilently:
@@ -217,11 +187,11 @@ void LiveTranscriptTranslation::applyCommittedTranslationFailure(
         break;
     }
     refresh("translation.committed.failure");
-    access_.updatePersistedTranscriptIfStopped();
+    captions_->updatePersistedTranscriptIfStopped();
 }
 
 void LiveTranscriptTranslation::surfaceTranslationRecoveryFailure(const std::string& message) {
-    translationStatusMessage_ = TranslationSupport::translationFailureStatusText(message);
+    setTranslationStatusMessage(TranslationSupport::translationFailureStatusText(message));
     setPreparationIdle();
     refresh("translation.languagePairRecovery.failed");
 }
@@ -233,25 +203,25 @@ void LiveTranscriptTranslation::retryIncompleteTranslations() {
         updateTranslationRetryBlockedStatus();
         return;
     }
-    translationStatusMessage_ = "";
+    setTranslationStatusMessage("");
     setPreparationIdle();
     runtime_->committedHealth.reset();
-    runtime_->hasCommittedLanguageResourceFailures = false;
-    access_.changeCommittedSegments([](std::span<CaptionSegment> segments) {
+    runtime_->languageResourceFailures.clear();
+    captions_->changeCommittedSegments([](std::span<CaptionSegment> segments) {
         TranslationSegmentMutator::clearErrors(segments);
     });
-    startCommittedRun();
+    startCommittedRun(false);
     refresh("translation.retry");
 }
 
 void LiveTranscriptTranslation::updateTranslationRetryBlockedStatus() {
     const auto status = TranslationPresentationBuilder::retryBlockedStatus(
-        TranslationPresentationBuilder::hasIncomplete(access_.committedSegments()),
+        TranslationPresentationBuilder::hasIncomplete(captions_->committedSegments()),
         runtime_->settings().translationBackend);
     if (!status)
         return;
-    translationStatusMessage_ = status->translationStatusMessage;
-    access_.setStatusMessage(status->statusMessage);
+    setTranslationStatusMessage(status->translationStatusMessage);
+    captions_->setStatusMessage(status->statusMessage);
     refresh("translation.retryBlockedStatus");
 }
 

@@ -1,6 +1,8 @@
 #include "Tessarune/translation/LiveTranscriptTranslation.h"
 
+#include "Tessarune/translation/AppleTranslator.h"
 #include "Tessarune/translation/GhostTranslationCandidateProcessor.h"
+#include "Tessarune/translation/InstalledTranslationService.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/translation/GhostTranslationPlanner.h"
@@ -11,16 +13,81 @@
 
 namespace tessarune {
 
+namespace {
+
+/// Before a session is there and after it has gone.
+class Nobody final : public TranslatedCaptions {
+  public:
+    const std::vector<CaptionSegment>& committedSegments() const override { return none_; }
+    void
+    changeCommittedSegments(const std::function<void(std::span<CaptionSegment>)>& change) override {
+        change({});
+    }
+    void setStatusMessage(const std::string&) override {}
+    void refreshCaptionDisplay(const std::string&,
+                               const LiveCaptionDisplayTranslationPatch*) override {}
+    void updatePersistedTranscriptIfStopped() override {}
+    void appendTranslationObservation(const TranslationObservation&) override {}
+
+  private:
+    const std::vector<CaptionSegment> none_;
+};
+
+TranslatedCaptions* nobody() {
+    static Nobody instance;
+    return &instance;
+}
+
+} // namespace
+
 LiveTranscriptTranslation::LiveTranscriptTranslation(
-    std::shared_ptr<LiveTranslationRuntime> runtime, AppSettings& settings,
-    LiveTranscriptTranslationAccess access)
-    : runtime_(std::move(runtime)),
-      settings_(settings),
-      access_(std::move(access)),
+    LiveTranslationRuntime::Environment environment)
+    : runtime_(std::make_shared<LiveTranslationRuntime>(environment)),
+      settings_(environment.settings),
+      captions_(nobody()),
       applied_(runtime_->settings()) {}
 
+std::shared_ptr<LiveTranscriptTranslation>
+LiveTranscriptTranslation::make(Host& host, AppSettings& settings, TessaruneFileLogger& logger,
+                                const std::shared_ptr<TranslationService>& service) {
+    LiveTranslationRuntime::Environment environment{host, settings};
+    if (service) {
+        const auto installed = std::make_shared<InstalledTranslationService>(service);
+        environment.makeTranslator = [&host, installed] {
+            return std::make_shared<AppleTranslator>(host, installed, Executor::main(host));
+        };
+    }
+    environment.log = [&logger](const std::string& name, const LogFields& fields) {
+        logger.event(name, fields, Importance::important);
+    };
+    return std::make_shared<LiveTranscriptTranslation>(std::move(environment));
+}
+
+void LiveTranscriptTranslation::attach(TranslatedCaptions& captions) {
+    captions_ = &captions;
+    applied_ = runtime_->settings();
+    const auto observe = [this](Setting<std::string>& setting, const char* reason) {
+        return setting.published().onDidChange(
+            [weak = weak_from_this(), reason](const std::string&) {
+                if (const auto self = weak.lock())
+                    self->applySettings(reason);
+            });
+    };
+    targetObserver_ = observe(settings_.translationTargetLanguage, "settings.translationTarget");
+    backendObserver_ = observe(settings_.translationBackend, "settings.translationBackend");
+}
+
+void LiveTranscriptTranslation::shutDown() {
+    runtime_->bigCleanup();
+    captions_ = nobody();
+    if (const auto token = std::exchange(targetObserver_, std::nullopt))
+        settings_.translationTargetLanguage.published().remove(*token);
+    if (const auto token = std::exchange(backendObserver_, std::nullopt))
+        settings_.translationBackend.published().remove(*token);
+}
+
 bool LiveTranscriptTranslation::hasPendingTranslations() const {
-    return TranslationSegmentMutator::nextPendingIndex(access_.committedSegments()).has_value();
+    return TranslationSegmentMutator::nextPendingIndex(captions_->committedSegments()).has_value();
 }
 
 // Language preparation
@@ -47,18 +114,17 @@ void LiveTranscriptTranslation::prewarmCurrentTranslationPair(const std::string&
 
 void LiveTranscriptTranslation::setTranslationPreparationStatus(const std::string& source,
                                                                 const std::string& target) {
-    preparationDisplayState_ = TranslationPreparationDisplayState{
-        TranslationPreparationDisplayState::Pair{source, target}};
-    translationStatusMessage_ = localized("正在准备 Apple 离线翻译语言资源…");
+    showPreparation({TranslationPreparationDisplayState::Pair{source, target}});
+    setTranslationStatusMessage(localized("正在准备 Apple 离线翻译语言资源…"));
 }
 
 void LiveTranscriptTranslation::clearTranslationPreparationStatus(const std::string& source,
                                                                   const std::string& target) {
     const TranslationPreparationDisplayState::Pair pair{source, target};
-    if (preparationDisplayState_->preparing != pair)
+    if (view_.translationPreparationDisplayState->preparing != pair)
         return;
     setPreparationIdle();
-    translationStatusMessage_ = "";
+    setTranslationStatusMessage("");
 }
 
 void LiveTranscriptTranslation::handleTranslationLanguagePreparationFinished(
@@ -75,7 +141,7 @@ void LiveTranscriptTranslation::handleTranslationLanguagePreparationFinished(
     const auto followUp = TranslationLanguagePreparationPolicy::followUp(result, source, target);
     switch (followUp.kind) {
     case Kind::retryCommitted:
-        startCommittedRun();
+        startCommittedRun(false);
         break;
     case Kind::requeue:
         startCommittedTranslationTask(
@@ -84,11 +150,17 @@ void LiveTranscriptTranslation::handleTranslationLanguagePreparationFinished(
     case Kind::none:
         break;
     case Kind::actionable:
-        translationStatusMessage_ =
-            TranslationSupport::translationFailureStatusText(followUp.message);
+        setTranslationStatusMessage(
+            TranslationSupport::translationFailureStatusText(followUp.message));
         refresh("translation.languagePreparation.actionable");
         break;
     }
+}
+
+void LiveTranscriptTranslation::reportLanguagePreparation(const std::string& source,
+                                                          const std::string& target) {
+    setTranslationPreparationStatus(source, target);
+    refresh("translation.languagePreparation.waiting");
 }
 
 // Previews
@@ -97,7 +169,7 @@ void LiveTranscriptTranslation::pumpGhostTranslation(const BoundaryObservation& 
     if (!*settings_.softTranslationEnabled) {
         // Told at every decision: nothing to take away, nothing to draw.
         if (runtime_->hasGhostTask() || !runtime_->ghostSource().empty() ||
-            !ghostTranslationText_->empty())
+            !view_.ghostTranslationText->empty())
             cancelGhostTranslation();
         return;
     }
@@ -113,52 +185,35 @@ void LiveTranscriptTranslation::pumpGhostTranslation(const BoundaryObservation& 
         return;
     const auto context = TranslationRunContext::forTarget(now.translationTargetLanguage);
     const UUID requestID = runtime_->beginGhostRequest(*candidate, context.target);
-    startGhostTranslationTask(*candidate, context, requestID);
-}
-
-void LiveTranscriptTranslation::startGhostTranslationTask(const std::string& candidate,
-                                                          const TranslationRunContext& context,
-                                                          const UUID& requestID) {
-    GhostTranslationTaskCoordinator::start(
-        *runtime_, requestID, candidate, context,
-        [self = shared_from_this()](std::string text, TranslationRunContext pair, UUID id,
-                                    std::stop_token stop) {
-            return GhostTranslationCandidateProcessor::process(
-                std::move(text), std::move(pair), id, self->runtime_,
-                self->access_.appendTranslationObservation,
-                [self](const std::string& translated) {
-                    self->setGhostTranslationText(translated);
-                },
-                std::move(stop));
-        });
+    runtime_->startGhostTask(requestID, [self = shared_from_this(), text = *candidate, context,
+                                         requestID](std::stop_token stop) {
+        return GhostTranslationCandidateProcessor::process(self, text, context, requestID,
+                                                           std::move(stop));
+    });
 }
 
 void LiveTranscriptTranslation::setGhostTranslationText(const std::string& text) {
-    ghostTranslationText_ = text;
+    view_.ghostTranslationText = text;
     refresh("translation.ghost.success");
 }
 
 void LiveTranscriptTranslation::cancelGhostTranslation() {
     runtime_->cancelGhostTask();
     runtime_->forgetGhostSource();
-    ghostTranslationText_ = "";
+    view_.ghostTranslationText = "";
     refresh("translation.ghost.clear");
 }
 
 // Settings
 
 void LiveTranscriptTranslation::setTranslationTarget(const std::string& target) {
-    if (*settings_.translationTargetLanguage == target)
-        return;
-    settings_.translationTargetLanguage = target;
-    applySettings("settings.translationTarget");
+    if (*settings_.translationTargetLanguage != target)
+        settings_.translationTargetLanguage = target;
 }
 
 void LiveTranscriptTranslation::setTranslationBackend(const std::string& backend) {
-    if (*settings_.translationBackend == backend)
-        return;
-    settings_.translationBackend = backend;
-    applySettings("settings.translationBackend");
+    if (*settings_.translationBackend != backend)
+        settings_.translationBackend = backend;
 }
 
 void LiveTranscriptTranslation::applySettings(const std::string& reason) {
@@ -172,16 +227,16 @@ void LiveTranscriptTranslation::applySettings(const std::string& reason) {
     runtime_->committedHealth.reset();
     cancelGhostTranslation();
     // Nobody will report the end of the former pair's preparation.
-    if (const auto pair = preparationDisplayState_->preparing)
+    if (const auto pair = view_.translationPreparationDisplayState->preparing)
         clearTranslationPreparationStatus(pair->source, pair->target);
     if (TranslationSupport::isDisabledBackend(runtime_->settings().translationBackend)) {
-        access_.setStatusMessage(localized("翻译已关闭。"));
+        captions_->setStatusMessage(localized("翻译已关闭。"));
         return;
     }
-    access_.changeCommittedSegments(TranslationSegmentMutator::clearResults);
-    access_.updatePersistedTranscriptIfStopped();
+    captions_->changeCommittedSegments(TranslationSegmentMutator::clearResults);
+    captions_->updatePersistedTranscriptIfStopped();
     prewarmCurrentTranslationPair(reason);
-    startCommittedRun();
+    startCommittedRun(false);
     refresh(reason);
 }
 
@@ -199,8 +254,8 @@ void LiveTranscriptTranslation::resetForNewSession() {
     runtime_->resetCommittedHealth();
     runtime_->cancelGhostTask();
     runtime_->forgetGhostSource();
-    ghostTranslationText_ = "";
-    translationStatusMessage_ = "";
+    view_.ghostTranslationText = "";
+    setTranslationStatusMessage("");
     setPreparationIdle();
 }
 
@@ -217,31 +272,15 @@ Task<bool> LiveTranscriptTranslation::drain(Self self, double timeoutSeconds) {
     const double deadline = runtime.now() + timeoutSeconds;
     while (runtime.now() < deadline) {
         if (self->hasPendingTranslations())
-            self->startDrainRun();
+            self->startCommittedRun(true);
         if (!runtime.hasCommittedTask())
             co_return !self->hasPendingTranslations();
-        if (deadline - runtime.now() > 0) {
-            Task<bool> waiting = sleep(runtime.executor(), secondsBetweenLooks);
-            co_await waiting;
-        }
+        co_await sleep(runtime.executor(), secondsBetweenLooks);
     }
     if (!runtime.hasCommittedTask() && !self->hasPendingTranslations())
         co_return true;
     self->cancelCommittedTranslationTask();
     co_return false;
-}
-
-void LiveTranscriptTranslation::startDrainRun() {
-    cancelGhostTranslationTask();
-    const auto result = CommittedTranslationRunPreparer::prepare(*runtime_);
-    if (const auto* blocked = std::get_if<CommittedTranslationRunPreparer::Blocked>(&result))
-        publishBlocked(*blocked);
-    const auto* context = std::get_if<TranslationRunContext>(&result);
-    if (!context)
-        return;
-    if (!context->passThrough)
-        prewarmCurrentTranslationPair("translation.prepare");
-    startCommittedTranslationTask(*context, true);
 }
 
 } // namespace tessarune

@@ -9,11 +9,6 @@ namespace tessarune {
 LiveTranslationRuntime::LiveTranslationRuntime(Environment environment)
     : environment_(std::move(environment)) {}
 
-void LiveTranslationRuntime::log(std::string name, LogFields fields) const {
-    if (environment_.log)
-        environment_.log(std::move(name), std::move(fields));
-}
-
 bool LiveTranslationRuntime::isWanted(const TranslationRunContext& context,
                                       const std::stop_token& stop) const {
     if (stop.stop_requested())
@@ -38,19 +33,20 @@ void LiveTranslationRuntime::startCommittedTask(Operation operation) {
     const UUID id = environment_.newID();
     committedRequestID_ = id;
     std::stop_source stop;
-    committedTask_ =
-        spawn(executor(),
-              runCommitted(shared_from_this(), id, std::move(operation), stop.get_token()), stop);
+    committedTask_ = spawn(executor(),
+                           run(shared_from_this(), id, std::move(operation), stop.get_token(),
+                               &LiveTranslationRuntime::finishCommittedTaskIfCurrent),
+                           stop);
 }
 
-Task<void> LiveTranslationRuntime::runCommitted(Self self, UUID id, Operation operation,
-                                                std::stop_token stop) {
+Task<void> LiveTranslationRuntime::run(Self self, UUID id, Operation operation,
+                                       std::stop_token stop,
+                                       void (LiveTranslationRuntime::*finish)(const UUID& id)) {
     // Cancelled before it began: whoever started it may be gone.
     if (stop.stop_requested())
         co_return;
-    Task<void> work = operation(stop);
-    co_await work;
-    self->finishCommittedTaskIfCurrent(id);
+    co_await operation(stop);
+    (*self.*finish)(id);
 }
 
 void LiveTranslationRuntime::finishCommittedTaskIfCurrent(const UUID& id) {
@@ -74,7 +70,7 @@ void LiveTranslationRuntime::selectCommittedHealthPair(std::string_view source,
         return;
     committedHealthPairKey_ = std::move(key);
     committedHealth.reset();
-    hasCommittedLanguageResourceFailures = false;
+    languageResourceFailures.clear();
 }
 
 void LiveTranslationRuntime::resetCommittedHealth() {
@@ -101,19 +97,10 @@ bool LiveTranslationRuntime::isCurrentGhostRequest(std::string_view source, std:
 
 void LiveTranslationRuntime::startGhostTask(const UUID& requestID, Operation operation) {
     std::stop_source stop;
-    ghostTask_ = spawn(
-        executor(), runGhost(shared_from_this(), requestID, std::move(operation), stop.get_token()),
-        stop);
-}
-
-Task<void> LiveTranslationRuntime::runGhost(Self self, UUID id, Operation operation,
-                                            std::stop_token stop) {
-    // Cancelled before it began: whoever started it may be gone.
-    if (stop.stop_requested())
-        co_return;
-    Task<void> work = operation(stop);
-    co_await work;
-    self->finishGhostTaskIfCurrent(id);
+    ghostTask_ = spawn(executor(),
+                       run(shared_from_this(), requestID, std::move(operation), stop.get_token(),
+                           &LiveTranslationRuntime::finishGhostTaskIfCurrent),
+                       stop);
 }
 
 void LiveTranslationRuntime::finishGhostTaskIfCurrent(const UUID& requestID) {
@@ -149,7 +136,7 @@ void LiveTranslationRuntime::bigCleanup() {
     cancelLanguagePreparation();
     resetCommittedHealth();
     preparedLanguagePairKeys_.clear();
-    hasCommittedLanguageResourceFailures = false;
+    languageResourceFailures.clear();
     cachedTranslator.reset();
 }
 

@@ -2,7 +2,6 @@
 
 #include "Tessarune/translation/LiveTranslationSettingsSnapshot.h"
 #include "Tessarune/translation/TranslationLanguagePreparation.h"
-#include "Tessarune/translation/TranslationRunContext.h"
 #include "TessaruneCore/UUID.h"
 #include "TessaruneCore/diagnostics/LogFields.h"
 #include "TessaruneCore/host/Task.h"
@@ -17,6 +16,7 @@
 #include <stop_token>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 
 namespace tessarune {
 
@@ -31,12 +31,11 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
   public:
     struct Environment {
         Host& host;
-        /// The settings at this moment.
-        std::function<LiveTranslationSettingsSnapshot()> settings;
+        AppSettings& settings;
         /// A translator for the main queue, or null where there is none.
-        std::function<std::shared_ptr<Translator>()> makeTranslator;
+        std::function<std::shared_ptr<Translator>()> makeTranslator = [] { return nullptr; };
         /// Writes an important event to the runtime log.
-        std::function<void(std::string name, LogFields fields)> log;
+        std::function<void(std::string name, LogFields fields)> log = [](const auto&...) {};
         UUIDSource newID = UUID::random;
     };
     explicit LiveTranslationRuntime(Environment environment);
@@ -49,14 +48,19 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
 
     std::shared_ptr<Translator> cachedTranslator; ///< made at first need
     CommittedTranslationHealthState committedHealth;
-    bool hasCommittedLanguageResourceFailures = false; ///< some row carries such a failure
-    std::int64_t committedSessionGeneration = 0;       ///< counts rebuilds of the pair
+    /// The units that failed because the language's files were not there.
+    std::unordered_set<UUID> languageResourceFailures;
+    std::int64_t committedSessionGeneration = 0; ///< counts rebuilds of the pair
 
-    LiveTranslationSettingsSnapshot settings() const { return environment_.settings(); }
+    LiveTranslationSettingsSnapshot settings() const {
+        return LiveTranslationSettingsSnapshot::current(environment_.settings);
+    }
     double now() const { return environment_.host.now(); }
     UUID newID() const { return environment_.newID(); }
     Executor executor() const { return Executor::main(environment_.host); }
-    void log(std::string name, LogFields fields) const;
+    void log(std::string name, LogFields fields) const {
+        environment_.log(std::move(name), std::move(fields));
+    }
 
     /// The guard after each suspension of a translation: the task still runs and what it works for
     /// is still what is wanted. A result for an old target never lands.
@@ -125,8 +129,9 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
     };
     using Self = std::shared_ptr<LiveTranslationRuntime>;
 
-    static Task<void> runCommitted(Self self, UUID id, Operation operation, std::stop_token stop);
-    static Task<void> runGhost(Self self, UUID id, Operation operation, std::stop_token stop);
+    /// Runs the operation and then tells the runtime that it is over.
+    static Task<void> run(Self self, UUID id, Operation operation, std::stop_token stop,
+                          void (LiveTranslationRuntime::*finish)(const UUID& id));
     static Task<void> runPreparation(Self self, Preparation preparation, std::stop_token stop);
     static Task<TranslationLanguagePreparationResult>
     prepareLanguagePair(Self self, std::string source, std::string target,

@@ -1,8 +1,10 @@
 #pragma once
 
 #include "Tessarune/shell/AppSettings.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
 
 #include <string>
+#include <utility>
 
 namespace tessarune {
 
@@ -16,6 +18,24 @@ struct LiveTranslationSettingsSnapshot {
 
     static LiveTranslationSettingsSnapshot current(const AppSettings& settings) {
         return {*settings.translationBackend, *settings.translationTargetLanguage};
+    }
+};
+
+/// The language pair of one run of translations, fixed when the run starts.
+struct TranslationRunContext {
+    std::string target;
+    std::string sourceLanguage;
+    /// The target is the source's own language: the source text stands as its translation, and the
+    /// translator is not touched.
+    bool passThrough = false;
+
+    bool operator==(const TranslationRunContext&) const = default;
+
+    /// From the default source language.
+    static TranslationRunContext forTarget(std::string target) {
+        const std::string source(TranslationSupport::defaultSourceLanguage);
+        const bool passThrough = TranslationSupport::isSameLanguageTarget(target, source);
+        return {std::move(target), source, passThrough};
     }
 };
 

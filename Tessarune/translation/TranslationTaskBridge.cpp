@@ -40,9 +40,8 @@ Task<void> TranslationTaskBridge::test(Self self, TranslationTestRequest request
         self->finish();
         co_return;
     }
-    Task<TranslationAvailabilityStatus> asking =
-        translator->availabilityStatus(request.source, request.target);
-    const TranslationAvailabilityStatus status = co_await asking;
+    const TranslationAvailabilityStatus status =
+        co_await translator->availabilityStatus(request.source, request.target);
     if (!self->isCurrent(request))
         co_return;
     switch (status) {
@@ -63,8 +62,7 @@ Task<void> TranslationTaskBridge::test(Self self, TranslationTestRequest request
         TranslationSupport::appleLanguageIdentifier(request.source),
         TranslationSupport::appleLanguageIdentifier(request.target),
         Executor::main(self->environment_.host));
-    Task<void> running = run(self, session, request);
-    co_await running;
+    co_await run(self, session, request);
 }
 
 Task<void> TranslationTaskBridge::run(Self self, std::shared_ptr<TranslationSession> session,
@@ -72,14 +70,11 @@ Task<void> TranslationTaskBridge::run(Self self, std::shared_ptr<TranslationSess
     std::string translated;
     std::exception_ptr error;
     try {
-        Task<void> preparing = session->prepareTranslation();
-        co_await preparing;
+        co_await session->prepareTranslation();
         if (!self->isCurrent(request))
             co_return;
         self->statusText_ = localized("正在翻译…");
-        Task<TranslationSession::Response> translating = session->translate(request.text);
-        const TranslationSession::Response response = co_await translating;
-        translated = response.targetText;
+        translated = (co_await session->translate(request.text)).targetText;
     } catch (...) {
         error = std::current_exception();
     }

@@ -60,18 +60,15 @@ void clearResults(std::span<CaptionSegment> segments) {
 }
 
 void clearErrors(std::span<CaptionSegment> segments) {
-    clearErrors(
-        segments, [](const std::string&) { return true; }, [](const CaptionSegment&) {});
+    clearErrors(segments, [](const CaptionSegment&) { return true; });
 }
 
 bool clearErrors(std::span<CaptionSegment> segments,
-                 const std::function<bool(const std::string& error)>& matching,
-                 const std::function<void(const CaptionSegment& segment)>& onClear) {
+                 const std::function<bool(const CaptionSegment& segment)>& matching) {
     bool cleared = false;
     for (auto& segment : segments) {
-        if (!segment.translationError || !matching(*segment.translationError))
+        if (!segment.translationError || !matching(segment))
             continue;
-        onClear(segment);
         segment.translationError.reset();
         clearUnit(segment);
         cleared = true;

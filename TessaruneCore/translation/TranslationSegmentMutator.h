@@ -25,11 +25,9 @@ void clearResults(std::span<CaptionSegment> segments);
 
 /// Clears the failure and the unit of every failed row; keeps translations.
 void clearErrors(std::span<CaptionSegment> segments);
-/// The same for failures that `matching` accepts. `onClear` gets each such row before the change.
-/// Returns whether anything was cleared.
+/// The same for failed rows that `matching` accepts. Returns whether anything was cleared.
 bool clearErrors(std::span<CaptionSegment> segments,
-                 const std::function<bool(const std::string& error)>& matching,
-                 const std::function<void(const CaptionSegment& segment)>& onClear);
+                 const std::function<bool(const CaptionSegment& segment)>& matching);
 
 /// Writes the unit's text to the row `resultSegmentID` and "" to the other members, which marks
 /// them as done without showing the text twice. Returns whether a field of a row changed.

@@ -9,15 +9,12 @@ namespace tessarune {
 CommittedRows::CommittedRows(Host& host, std::shared_ptr<TranslationService> service)
     : host_(host), landed_(Executor::main(host)) {
     settings_.translationTargetLanguage = "pt-BR";
-    const auto runtime =
-        std::make_shared<LiveTranslationRuntime>(LiveTranslationRuntime::Environment{
-            host,
-            [this] { return LiveTranslationSettingsSnapshot::current(settings_); },
-            [&host, service]() -> std::shared_ptr<Translator> {
-                return std::make_shared<AppleTranslator>(host, service, Executor::main(host));
-            },
-            {}});
-    translation_ = std::make_shared<LiveTranscriptTranslation>(runtime, settings_, access());
+    LiveTranslationRuntime::Environment environment{host, settings_};
+    environment.makeTranslator = [&host, service] {
+        return std::make_shared<AppleTranslator>(host, service, Executor::main(host));
+    };
+    translation_ = std::make_shared<LiveTranscriptTranslation>(std::move(environment));
+    translation_->attach(*this);
     translation_->prewarmCurrentTranslationPair("bench");
 }
 
@@ -37,21 +34,13 @@ Task<std::string> CommittedRows::commit(std::string text) {
     co_return rows_.front().translatedText.value_or("");
 }
 
-LiveTranscriptTranslationAccess CommittedRows::access() {
-    return {.committedSegments = [this]() -> const std::vector<CaptionSegment>& { return rows_; },
-            .changeCommittedSegments = [this](const auto& change) { change(rows_); },
-            .setStatusMessage = [](const std::string&) {},
-            .refreshCaptionDisplay =
-                [this](const std::string& reason, const auto*) {
-                    if (reason == "translation.committed.success")
-                        landed_.resume(true);
-                },
-            .updatePersistedTranscriptIfStopped = [] {},
-            .appendTranslationObservation =
-                [this](const TranslationObservation& observation) { note(observation); }};
+void CommittedRows::refreshCaptionDisplay(const std::string&,
+                                          const LiveCaptionDisplayTranslationPatch* patch) {
+    if (patch)
+        landed_.resume(true);
 }
 
-void CommittedRows::note(const TranslationObservation& observation) {
+void CommittedRows::appendTranslationObservation(const TranslationObservation& observation) {
     if (observation.phase == TranslationObservation::Phase::start) {
         startedAt_ = observation.t;
         return;

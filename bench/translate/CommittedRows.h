@@ -14,7 +14,7 @@ namespace tessarune {
 
 /// The translation half of a session with rows that are committed one by one, and the time that
 /// each of its translations spent where. Main queue; into Brazilian Portuguese.
-class CommittedRows {
+class CommittedRows : TranslatedCaptions {
   public:
     CommittedRows(Host& host, std::shared_ptr<TranslationService> service);
     ~CommittedRows();
@@ -33,8 +33,16 @@ class CommittedRows {
     const Stages& stages() const { return stages_; }
 
   private:
-    LiveTranscriptTranslationAccess access();
-    void note(const TranslationObservation& observation);
+    const std::vector<CaptionSegment>& committedSegments() const override { return rows_; }
+    void
+    changeCommittedSegments(const std::function<void(std::span<CaptionSegment>)>& change) override {
+        change(rows_);
+    }
+    void setStatusMessage(const std::string&) override {}
+    void refreshCaptionDisplay(const std::string& reason,
+                               const LiveCaptionDisplayTranslationPatch* patch) override;
+    void updatePersistedTranscriptIfStopped() override {}
+    void appendTranslationObservation(const TranslationObservation& observation) override;
 
     Host& host_;
     testing::MemoryUserDefaults defaults_;

@@ -15,9 +15,10 @@ TEST(LiveSessionTranslationTests, ASessionIsTranslatedPreviewedAndSavedInBothLan
     TranslatedLiveSession session;
     session.begin();
     session.say(false, "One is said. And then");
-    EXPECT_EQ(*session.store->view().ghostTranslationText, "fr-FR:One is said.");
+    EXPECT_EQ(*session.store->translation().ghostTranslationText, "fr-FR:One is said.");
     session.say(true, "One is said.");
-    EXPECT_EQ(*session.store->view().ghostTranslationText, "") << "its own translation is there";
+    EXPECT_EQ(*session.store->translation().ghostTranslationText, "")
+        << "its own translation is there";
     session.say(true, "Two has no end");
     EXPECT_EQ(session.shown(), (Strings{"fr-FR:One is said.", "?"}));
     const auto usersOfService = session.service.use_count();
@@ -35,9 +36,9 @@ TEST(LiveSessionTranslationTests, MissingLanguageFilesAreSaidAndNeverDownloaded)
     session.service->pairs["en-US->fr-FR"] = {Availability::supported, false, true, {}};
     session.begin();
     session.say(true, "One is said.");
-    EXPECT_TRUE(session.store->view().translationPreparationDisplayState->preparing);
+    EXPECT_TRUE(session.store->translation().translationPreparationDisplayState->preparing);
     session.host.advanceBy(5);
-    EXPECT_FALSE(session.store->view().translationPreparationDisplayState->preparing);
+    EXPECT_FALSE(session.store->translation().translationPreparationDisplayState->preparing);
     EXPECT_EQ(session.translationStatus(),
               TranslationSupport::languageResourceNotReadyMessage("fr"));
     // The user gets them elsewhere: the session finds out.
@@ -68,7 +69,7 @@ TEST(LiveSessionTranslationTests, WhatTheStopCouldNotWaitForIsAddedWhenItComes) 
     EXPECT_EQ(session.bilingual(id), "");
 
     session.service->answer = [](auto&) { return Answer{}; };
-    session.live->translation().retryIncompleteTranslations();
+    session.live->retryIncompleteTranslations();
     session.host.advanceBy(5);
     EXPECT_EQ(session.bilingual(id), "One is said.\nfr-FR:One is said.");
     session.host.advanceBy(2e5);

@@ -24,7 +24,7 @@ class LiveTranscriptStoreStartTests : public ::testing::Test {
 };
 
 TEST_F(LiveTranscriptStoreStartTests, TakesItsStepsInOrder) {
-    Strings& calls = session.translator.calls;
+    Strings& calls = session.translator->calls;
     session.diagnostics->onSentinelStop = [&](const std::string& reason) {
         calls.push_back("sentinel " + reason);
     };

@@ -39,15 +39,15 @@ class LiveTranscriptStoreStopTests : public ::testing::Test {
 };
 
 TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
-    session.diagnostics->onCloseLifecycle = [&] { session.translator.calls.push_back("close"); };
+    session.diagnostics->onCloseLifecycle = [&] { session.translator->calls.push_back("close"); };
     session.diagnostics->onFinish = [&](const SessionDiagnostics::Finish& finish) {
         EXPECT_EQ(finish.snapshot.sourceText, "One is said.\nTwo follows late.\nthree is open");
         EXPECT_TRUE(finish.recording && finish.recording->filePath.ends_with(".m4a"));
         EXPECT_GT(finish.perfStats.at("fedAudioSeconds"), 0) << "of the engine that is gone";
-        session.translator.calls.push_back("finish");
+        session.translator->calls.push_back("finish");
     };
     session.diagnostics->onStopSnapshot = [&](const std::string& reason, bool done) {
-        session.translator.calls.push_back(reason + (done ? " done" : ""));
+        session.translator->calls.push_back(reason + (done ? " done" : ""));
     };
     begin();
     session.say(true, "One is said.");
@@ -57,7 +57,7 @@ TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
     session.engine.session().give(simulation::spoken(false, "lost as a guess", 1.2, 0.1));
     const std::size_t before = session.diagnostics->entries.size();
     session.refreshes.clear();
-    session.translator.calls.clear();
+    session.translator->calls.clear();
     session.store->stopListening(LiveSessionControlTrigger::toolbarPill());
     EXPECT_EQ(session.status(), "正在收尾保存…");
     EXPECT_FALSE(*session.store->view().isListening);
@@ -68,16 +68,16 @@ TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
     CaptionSegment open = *session.store->core.currentPartial;
     open.sourceText = "three is open";
     session.store->core.currentPartial = open;
-    session.translator.isPreparing = true;
+    session.translator->preparesLanguages();
     session.host.advanceBy(20);
 
-    EXPECT_FALSE(session.translator.isPreparing);
+    EXPECT_FALSE(session.store->translation().translationPreparationDisplayState->preparing);
     EXPECT_EQ(lifecycle(before),
               (Strings{". .requested", "+ .engineDrain", "- .engineDrain", "+ .finalize", "+ .seal",
                        "- .seal", "+ .translationDrain", "- .translationDrain", "+ .audioCompress",
                        "- .audioCompress", "+ .diagnostics", "- .diagnostics", "+ .persist",
                        "- .persist", "+ .cleanup", "- .cleanup", "- .finalize"}));
-    EXPECT_EQ(session.translator.calls,
+    EXPECT_EQ(session.translator->calls,
               (Strings{"run", "run", "listen.stop.afterTranslationDrain done", "finish", "cleanup",
                        "close"}));
     Strings stopReasons;
@@ -127,7 +127,7 @@ TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
         {"the drain never ends", before, [](Session& s) { s.engine.script.finishNeverEnds = true; },
          "complete", idle, ".m4a", "speechAnalyzer.drain.timeout"},
         {"translations are left over", during,
-         [](Session& s) { s.translator.drainCompletes = false; }, "degraded", idle, ".m4a",
+         [](Session& s) { s.translator->drainCompletes = false; }, "degraded", idle, ".m4a",
          "listen.stop.translationDrain.done"},
         {"no time to translate", during,
          [](Session& s) { s.settings.translationDrainTimeoutSeconds = 0; }, "complete", idle,
@@ -203,11 +203,9 @@ TEST_F(LiveTranscriptStoreStopTests, ATranslationAfterTheStopStillReachesTheTran
     begin();
     session.say(true, "Said.");
     const auto translate = [&](const std::string& text) {
-        const UUID row = session.store->core.committedSegments->front().id;
-        session.store->changeCommittedSegments(
+        session.translator->captions->changeCommittedSegments(
             [&](std::span<CaptionSegment> rows) { rows.front().translatedText = text; });
-        session.store->translationLanded({&row, 1});
-        session.store->updatePersistedTranscriptIfStopped();
+        session.translator->captions->updatePersistedTranscriptIfStopped();
         session.host.advanceBy(0);
     };
     const auto saved = [&] {
@@ -406,7 +404,7 @@ TEST_F(LiveTranscriptStoreStopTests, TheProgramEndsWhenTheSessionIsSavedOrAfterF
                     [&] { replies.push_back(session.host.now()); });
     EXPECT_EQ(handler.applicationShouldTerminate(), Handler::TerminateReply::now);
     for (const double translating : {1.0, 60.0}) {
-        session.translator.drainSeconds = translating;
+        session.translator->drainSeconds = translating;
         session.settings.translationDrainTimeoutSeconds = 60;
         session.start();
         const double asked = session.host.now();

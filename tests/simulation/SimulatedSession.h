@@ -47,38 +47,37 @@ struct ScriptedPermissions {
 };
 
 /// A translator of which a test says how long its last words take.
-struct ScriptedTranslation {
+class ScriptedTranslation final : public SessionTranslation {
+  public:
+    explicit ScriptedTranslation(Host& host) : main_(Executor::main(host)) {}
+
     double drainSeconds = 0;
     bool drainCompletes = true;
     bool hasPending = false;
-    bool isPreparing = false; ///< a pair is shown as being prepared
     std::vector<std::string> calls;
+    TranslatedCaptions* captions = nullptr; ///< of the session that was launched last
 
-    SessionTranslation translation(Host& host) {
-        SessionTranslation steps;
-        const auto note = [this](const char* call) {
-            return [this, call] { calls.push_back(call); };
-        };
-        steps.prewarmCurrentTranslationPair = [this](const std::string& reason) {
-            calls.push_back("prewarm " + reason);
-        };
-        steps.startCommittedRun = note("run");
-        steps.setPreparationIdle = [this] { isPreparing = false; };
-        steps.resetForNewSession = note("reset");
-        steps.bigCleanup = note("cleanup");
-        steps.hasPendingTranslations = [this] { return hasPending; };
-        steps.drainCommittedTranslationsBeforePersist = [this, &host](double timeout) {
-            return drain(host, std::min(drainSeconds, timeout), drainCompletes);
-        };
-        return steps;
+    void preparesLanguages() { showPreparation({{{"en", "fr"}}}); }
+
+    void attach(TranslatedCaptions& launched) override { captions = &launched; }
+    void prewarmCurrentTranslationPair(const std::string& reason) override {
+        calls.push_back("prewarm " + reason);
+    }
+    void startCommittedRun() override { calls.emplace_back("run"); }
+    void resetForNewSession() override { calls.emplace_back("reset"); }
+    void bigCleanup() override { calls.emplace_back("cleanup"); }
+    bool hasPendingTranslations() const override { return hasPending; }
+    Task<bool> drainCommittedTranslationsBeforePersist(double timeout) override {
+        return drain(main_, std::min(drainSeconds, timeout), drainCompletes);
     }
 
   private:
-    static Task<bool> drain(Host& host, double seconds, bool completes) {
-        Task<bool> translating = sleep(Executor::main(host), seconds);
-        co_await translating;
+    static Task<bool> drain(Executor main, double seconds, bool completes) {
+        co_await sleep(main, seconds);
         co_return completes;
     }
+
+    const Executor main_;
 };
 
 /// Hears what a session tells its diagnostics; a test takes of it what it wants.
@@ -185,8 +184,8 @@ class SimulatedSession {
         server.connectDelay = server.openDelay = 0;
         files.recover();
         media.failure.clear();
-        translator.drainSeconds = 0;
-        translator.drainCompletes = true;
+        translator->drainSeconds = 0;
+        translator->drainCompletes = true;
     }
 
     using Trigger = LiveSessionControlTrigger;
@@ -250,9 +249,11 @@ class SimulatedSession {
     PermissionsManager permissions{host, server, defaults, desktop.authorization(host)};
     ScriptedMedia media{files};
     AudioExporter exporter{host, media.transcoder()};
-    ScriptedTranslation translator;
-    std::function<SessionTranslation()> translation = [this] {
-        return translator.translation(host);
+    const std::shared_ptr<ScriptedTranslation> translator =
+        std::make_shared<ScriptedTranslation>(host);
+    /// Asked at each launch.
+    std::function<std::shared_ptr<SessionTranslation>()> translation = [this] {
+        return translator;
     };
     const std::shared_ptr<WatchedDiagnostics> diagnostics = std::make_shared<WatchedDiagnostics>();
 

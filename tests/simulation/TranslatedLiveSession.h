@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tessarune/session/LiveSessionTranslation.h"
+#include "Tessarune/translation/LiveTranscriptTranslation.h"
 #include "tests/simulation/SimulatedSession.h"
 #include "tests/translation/ScriptedTranslationService.h"
 
@@ -21,9 +21,8 @@ class TranslatedLiveSession : public SimulatedSession {
             return testing::ScriptedTranslationService::Answer{0.01, std::nullopt};
         };
         translation = [this] {
-            live = std::make_unique<LiveSessionTranslation>(
-                LiveSessionTranslation::Environment{host, settings, logger, service});
-            return live->steps();
+            live = LiveTranscriptTranslation::make(host, settings, logger, service);
+            return live;
         };
     }
 
@@ -31,7 +30,6 @@ class TranslatedLiveSession : public SimulatedSession {
 
     void begin() {
         launch();
-        live->attach(store);
         start();
         hear(2);
     }
@@ -48,7 +46,9 @@ class TranslatedLiveSession : public SimulatedSession {
         return files.contentsOf(catalog->bilingualTranscriptURL(id));
     }
     UUID recordingID() const { return catalog->recordings().at(0).id; }
-    const std::string& translationStatus() const { return *store->view().translationStatusMessage; }
+    const std::string& translationStatus() const {
+        return *store->translation().translationStatusMessage;
+    }
     /// The program is killed, and started again.
     void crash() {
         files.failFrom = files.operations + 1;
@@ -60,7 +60,7 @@ class TranslatedLiveSession : public SimulatedSession {
 
     std::shared_ptr<testing::ScriptedTranslationService> service =
         std::make_shared<testing::ScriptedTranslationService>();
-    std::unique_ptr<LiveSessionTranslation> live;
+    std::shared_ptr<LiveTranscriptTranslation> live;
 };
 
 } // namespace tessarune::simulation

@@ -90,7 +90,7 @@ TEST_F(GhostTranslationTests, APreviewThatFailsOrIsNotWantedAnyMoreShowsNothing)
         "a failure", [] {}, "fr-FR:This one stays.");
     EXPECT_EQ(observations.back().phase, TranslationObservation::Phase::failure);
     check(
-        "another backend", [&] { settings.translationBackend = "关闭"; }, "fr-FR:This one stays.");
+        "another backend", [&] { settings.translationBackend = "关闭"; }, "");
     settings.translationBackend = "苹果";
     check(
         "another target", [&] { translation->setTranslationTarget("de"); }, "");
@@ -222,19 +222,17 @@ TEST_F(LiveTranslationRuntimeTests, HealthBelongsToAPair) {
     runtime->selectCommittedHealthPair("en", "fr");
     runtime->committedHealth.recordFailure(UUID::random(),
                                            CommittedTranslationFailureSeverity::recoverable);
-    runtime->hasCommittedLanguageResourceFailures = true;
+    runtime->languageResourceFailures.insert(UUID::random());
     runtime->selectCommittedHealthPair("en", "fr");
     EXPECT_EQ(runtime->committedHealth.consecutiveFailedUnits, 1);
     runtime->selectCommittedHealthPair("en", "de");
     EXPECT_EQ(runtime->committedHealth, CommittedTranslationHealthState());
-    EXPECT_FALSE(runtime->hasCommittedLanguageResourceFailures);
+    EXPECT_TRUE(runtime->languageResourceFailures.empty());
 }
 
-Task<std::string> outcomeOfRebuild(std::shared_ptr<LiveTranslationRuntime> runtime,
-                                   std::stop_token stop) {
+Task<std::string> outcomeOfRebuild(LiveTranslationRuntime* runtime, std::stop_token stop) {
     try {
-        Task<void> rebuilding = runtime->rebuildCommittedLanguagePair("en", "fr", stop);
-        co_await rebuilding;
+        co_await runtime->rebuildCommittedLanguagePair("en", "fr", stop);
         co_return "rebuilt";
     } catch (const CancellationError&) {
         co_return "cancelled";

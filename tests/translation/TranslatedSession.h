@@ -15,9 +15,10 @@ namespace tessarune::testing {
 
 /// A session reduced to its translation: caption rows, settings, and a translator over a scripted
 /// service, on simulated time.
-struct TranslatedSession {
+struct TranslatedSession : TranslatedCaptions {
     explicit TranslatedSession(std::uint64_t seed = 0) : host(1000, seed) {
         settings.translationTargetLanguage = "fr";
+        translation->attach(*this);
     }
     ~TranslatedSession() {
         translation->shutDown();
@@ -39,11 +40,12 @@ struct TranslatedSession {
     std::vector<std::string> events;    ///< names of important events
     std::vector<TranslationObservation> observations;
     int persisted = 0;
+    std::string patched; ///< text of the last patch
     std::function<void(const std::vector<CaptionSegment>& before)> onChange = [](auto&) {};
 
-    std::shared_ptr<LiveTranslationRuntime> runtime =
-        std::make_shared<LiveTranslationRuntime>(LiveTranslationRuntime::Environment{
-            host, [this] { return LiveTranslationSettingsSnapshot::current(settings); },
+    std::shared_ptr<LiveTranscriptTranslation> translation =
+        std::make_shared<LiveTranscriptTranslation>(LiveTranslationRuntime::Environment{
+            host, settings,
             [this]() -> std::shared_ptr<Translator> {
                 if (!hasTranslator)
                     return nullptr;
@@ -52,8 +54,7 @@ struct TranslatedSession {
             },
             [this](std::string name, LogFields) { events.push_back(std::move(name)); },
             countingUUIDSource()});
-    std::shared_ptr<LiveTranscriptTranslation> translation =
-        std::make_shared<LiveTranscriptTranslation>(runtime, settings, access());
+    LiveTranslationRuntime* runtime = &translation->runtime();
 
     /// New rows of the captions, as the core commits them.
     void commit(const std::vector<std::string>& texts) {
@@ -82,27 +83,32 @@ struct TranslatedSession {
                                                  : row.translatedText.value_or("?"));
         return texts;
     }
-    const std::string& status() const { return *translation->translationStatusMessage(); }
-    const std::string& preview() const { return *translation->ghostTranslationText(); }
+    const std::string& status() const { return *translation->view().translationStatusMessage; }
+    const std::string& preview() const { return *translation->view().ghostTranslationText; }
     bool isPreparing() const {
-        return translation->preparationDisplayState()->preparing.has_value();
+        return translation->view().translationPreparationDisplayState->preparing.has_value();
     }
     bool hasRefreshed(const std::string& reason) const {
         return std::find(refreshes.begin(), refreshes.end(), reason) != refreshes.end();
     }
 
-  private:
-    LiveTranscriptTranslationAccess access() {
-        return {[this]() -> const std::vector<CaptionSegment>& { return rows; },
-                [this](const auto& change) {
-                    const auto before = rows;
-                    change(rows);
-                    onChange(before);
-                },
-                [this](std::string text) { statusMessage = std::move(text); },
-                [this](const std::string& reason, const auto*) { refreshes.push_back(reason); },
-                [this] { ++persisted; },
-                [this](const TranslationObservation& o) { observations.push_back(o); }};
+    const std::vector<CaptionSegment>& committedSegments() const override { return rows; }
+    void
+    changeCommittedSegments(const std::function<void(std::span<CaptionSegment>)>& change) override {
+        const auto before = rows;
+        change(rows);
+        onChange(before);
+    }
+    void setStatusMessage(const std::string& text) override { statusMessage = text; }
+    void refreshCaptionDisplay(const std::string& reason,
+                               const LiveCaptionDisplayTranslationPatch* patch) override {
+        refreshes.push_back(reason);
+        if (patch)
+            patched = patch->translatedText.value_or("");
+    }
+    void updatePersistedTranscriptIfStopped() override { ++persisted; }
+    void appendTranslationObservation(const TranslationObservation& observation) override {
+        observations.push_back(observation);
     }
 };
 

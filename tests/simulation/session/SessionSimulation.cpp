@@ -162,8 +162,8 @@ void SessionSimulation::disturb() {
     } else if (what == "sound") {
         session_.server.keepDelivering(0.5F, 0.1);
     } else if (what == "slow translation") {
-        session_.translator.drainSeconds = seconds(8);
-        session_.translator.drainCompletes = chance(50);
+        session_.translator->drainSeconds = seconds(8);
+        session_.translator->drainCompletes = chance(50);
     } else if (what == "asleep") {
         session_.host.sleepComputer(chance(50) ? 3600 : 2);
     } else {
@@ -233,11 +233,10 @@ void SessionSimulation::landTranslation() {
         return;
     note("translation");
     const std::size_t row = upTo(store.core.committedSegments->size() - 1);
-    const UUID id = (*store.core.committedSegments)[row].id;
-    store.changeCommittedSegments(
+    TranslatedCaptions& captions = *session_.translator->captions;
+    captions.changeCommittedSegments(
         [row](std::span<CaptionSegment> rows) { rows[row].translatedText = "译文"; });
-    store.translationLanded({&id, 1});
-    store.updatePersistedTranscriptIfStopped();
+    captions.updatePersistedTranscriptIfStopped();
 }
 
 void SessionSimulation::askToTerminate() {

@@ -130,7 +130,7 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
     void trouble(const Event& event) {
         static const Strings targets = {"fr", "de", "en"};
         static const Strings backends = {"关闭", "苹果", "苹果", "苹果", "X"};
-        LiveTranscriptTranslation& wishes = live->translation();
+        LiveTranscriptTranslation& wishes = *live;
         auto& pair = service->pairs[event.choice % 2 == 0 ? "en-US->fr-FR" : "en-US->de-DE"];
         switch (event.kind) {
         case 6:
@@ -168,9 +168,9 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
         const bool isChecked =
             translates_ && service->translationsInFlight == 0 && !sawUnsupported_;
         if (isChecked) {
-            live->translation().setTranslationBackend("苹果");
+            live->setTranslationBackend("苹果");
             note("retry, the session goes on");
-            live->translation().retryIncompleteTranslations();
+            live->retryIncompleteTranslations();
         }
         host.advanceBy(10);
         if (isChecked)
@@ -182,7 +182,7 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
         for (const CaptionSegment& row : rows())
             require(!row.translationError, row.translationError.value_or(""));
         require(!CommittedTranslationUnitPlanner::nextPendingUnit(rows()), "something waits");
-        require(!live->translation().isCommittedTranslating(), "a run does not end");
+        require(!live->isCommittedTranslating(), "a run does not end");
     }
 
     void end() {
@@ -225,9 +225,9 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
     /// The trouble is over, and the user asks once more.
     void endWell() {
         wellAgain();
-        live->translation().setTranslationBackend("苹果");
+        live->setTranslationBackend("苹果");
         note("retry, all well");
-        live->translation().retryIncompleteTranslations();
+        live->retryIncompleteTranslations();
         host.advanceBy(60);
         checkAllTranslated();
         const std::string saved = bilingual(recordingID());

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Tessarune/translation/TranslationObservation.h"
+#include "TessaruneCore/captions/CaptionSegment.h"
+#include "TessaruneCore/translation/LiveCaptionDisplayTranslationPatch.h"
+
+#include <functional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// What the translation of captions sees of the session that owns them: the committed rows, and
+/// where news of them go. Called on the main queue.
+class TranslatedCaptions {
+  public:
+    virtual const std::vector<CaptionSegment>& committedSegments() const = 0;
+    /// Changes translation fields of the committed rows, as one change.
+    virtual void
+    changeCommittedSegments(const std::function<void(std::span<CaptionSegment>)>& change) = 0;
+    /// The session's general status line.
+    virtual void setStatusMessage(const std::string& text) = 0;
+    /// `patch` is null unless exactly one unit got its translation.
+    virtual void refreshCaptionDisplay(const std::string& reason,
+                                       const LiveCaptionDisplayTranslationPatch* patch) = 0;
+    /// A translation that comes after the stop still reaches the saved transcript.
+    virtual void updatePersistedTranscriptIfStopped() = 0;
+    /// Drops the observation where no translation log is open.
+    virtual void appendTranslationObservation(const TranslationObservation& observation) = 0;
+
+  protected:
+    virtual ~TranslatedCaptions() = default;
+};
+
+} // namespace tessarune
