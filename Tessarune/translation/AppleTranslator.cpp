@@ -6,12 +6,19 @@
 
 namespace tessarune {
 
+namespace {
+
+constexpr const char* preparingSentence = "This is a short sentence.";
+
+} // namespace
+
 AppleTranslator::AppleTranslator(Host& host, std::shared_ptr<TranslationService> service,
-                                 Executor caller)
+                                 Executor caller, Downloads downloads)
     : service_(std::move(service)),
       isolation_(Executor::queue(
           host, host.serialQueue("Tessarune.AppleTranslator", QueuePriority::userInitiated))),
       caller_(std::move(caller)),
+      downloads_(downloads),
       availability_(service_->languageAvailability(isolation_)) {}
 
 AppleTranslator::Pair AppleTranslator::pair(std::string source, std::string target) {
@@ -67,7 +74,11 @@ Task<void> AppleTranslator::prepare(Pair pair) {
     bool isReady = co_await session->isReady();
     if (!isReady) {
         try {
-            co_await session->prepareTranslation();
+            // Translating needs what a preparation provides, and says what is missing.
+            if (downloads_ == Downloads::never)
+                co_await session->translate(preparingSentence);
+            else
+                co_await session->prepareTranslation();
         } catch (...) {
             throw mappedTranslationError(std::current_exception(), pair);
         }

@@ -19,7 +19,12 @@ namespace tessarune {
 /// between two suspensions is one step. Operations go on on the executor given at construction.
 class AppleTranslator final : public Translator {
   public:
-    AppleTranslator(Host& host, std::shared_ptr<TranslationService> service, Executor caller);
+    /// Whether to prepare a pair may use the network. A session sends nothing that the user did not
+    /// ask for: a pair that is not ready fails with the reason that the service gives for it.
+    enum class Downloads { allowed, never };
+
+    AppleTranslator(Host& host, std::shared_ptr<TranslationService> service, Executor caller,
+                    Downloads downloads = Downloads::allowed);
 
     Task<TranslationAvailabilityStatus> availabilityStatus(std::string source,
                                                            std::string target) override;
@@ -48,6 +53,7 @@ class AppleTranslator final : public Translator {
     std::shared_ptr<TranslationService> service_;
     Executor isolation_;
     Executor caller_;
+    const Downloads downloads_;
 
     // One entry a pair key.
     std::map<std::string, std::shared_ptr<TranslationSession>> sessions_;

@@ -2,7 +2,6 @@
 
 #include "Tessarune/translation/AppleTranslator.h"
 #include "Tessarune/translation/GhostTranslationCandidateProcessor.h"
-#include "Tessarune/translation/InstalledTranslationService.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/translation/GhostTranslationPlanner.h"
@@ -52,9 +51,9 @@ LiveTranscriptTranslation::make(Host& host, AppSettings& settings, TessaruneFile
                                 const std::shared_ptr<TranslationService>& service) {
     LiveTranslationRuntime::Environment environment{host, settings};
     if (service) {
-        const auto installed = std::make_shared<InstalledTranslationService>(service);
-        environment.makeTranslator = [&host, installed] {
-            return std::make_shared<AppleTranslator>(host, installed, Executor::main(host));
+        environment.makeTranslator = [&host, service] {
+            return std::make_shared<AppleTranslator>(host, service, Executor::main(host),
+                                                     AppleTranslator::Downloads::never);
         };
     }
     environment.log = [&logger](const std::string& name, const LogFields& fields) {

@@ -1,5 +1,4 @@
 #include "Tessarune/translation/AppleTranslator.h"
-#include "Tessarune/translation/InstalledTranslationService.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 #include "tests/support/Await.h"
 #include "tests/translation/ScriptedTranslationService.h"
@@ -174,8 +173,8 @@ Task<std::string> messageOf(Task<std::string> task) {
 
 TEST_F(AppleTranslatorTests, ALoadThatFailsSaysWhyAndTheNextSentenceLoadsAgain) {
     for (const auto kind : {TranslationError::alreadyCancelled, TranslationError::internalError}) {
-        AppleTranslator offline{host, std::make_shared<InstalledTranslationService>(service),
-                                Executor::main(host)};
+        AppleTranslator offline{host, service, Executor::main(host),
+                                AppleTranslator::Downloads::never};
         service->pairs[pairName].load = {30, serviceError(kind, "gave no answer")};
         EXPECT_EQ(await(host, messageOf(offline.translate("a", "en", "fr"))), "gave no answer");
         service->pairs[pairName].load = {};
