@@ -3,8 +3,7 @@
 #include "Tessarune/audio/MediaFile.h"
 #include "Tessarune/audio/RecognitionPermissionGate.h"
 #include "Tessarune/audio/SoundServer.h"
-#include "Tessarune/audio/SystemAudioCaptureError.h"
-#include "Tessarune/shell/DomainError.h"
+#include "TessaruneCore/LocalizedError.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <system_error>
@@ -16,11 +15,9 @@ RunFailure RunFailure::ofStart(const std::exception_ptr& failure) {
         std::rethrow_exception(failure);
     } catch (const MediaFileError& error) {
         return {ExitStatus::unreadableFile, error.what()};
-    } catch (const SystemAudioCaptureError& error) {
-        return {ExitStatus::noSoundServer, error.what()};
     } catch (const SoundServerError& error) {
         return {ExitStatus::noSoundServer, error.what()};
-    } catch (const DomainError& error) {
+    } catch (const LocalizedError& error) {
         const bool refused = error.domain() == RecognitionPermissionGate::errorDomain;
         return {refused ? ExitStatus::notAllowed : ExitStatus::noSoundServer, error.what()};
     } catch (const std::system_error& error) {

@@ -1,6 +1,6 @@
 #include "Tessarune/audio/MicrophoneCapture.h"
 
-#include "Tessarune/shell/DomainError.h"
+#include "TessaruneCore/LocalizedError.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Localization.h"
 
@@ -15,14 +15,14 @@ namespace {
 /// Speech at a usual distance fills only a part of the scale; a meter should show it.
 constexpr double levelGain = 6.0;
 
-DomainError notSelectable() {
-    return {MicrophoneCapture::errorDomain, MicrophoneCapture::deviceNotSelectable,
-            localized("无法切换到所选麦克风设备。")};
+LocalizedError notSelectable() {
+    return {localized("无法切换到所选麦克风设备。"), MicrophoneCapture::errorDomain,
+            MicrophoneCapture::deviceNotSelectable};
 }
 
-DomainError notAvailable() {
-    return {MicrophoneCapture::errorDomain, MicrophoneCapture::deviceNotAvailable,
-            localized("麦克风设备不可用。")};
+LocalizedError notAvailable() {
+    return {localized("麦克风设备不可用。"), MicrophoneCapture::errorDomain,
+            MicrophoneCapture::deviceNotAvailable};
 }
 
 } // namespace

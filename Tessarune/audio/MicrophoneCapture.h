@@ -30,7 +30,7 @@ class MicrophoneCapture final : public AudioCapture {
     std::function<void(const CaptureEvent&)> onEvent;
 
     /// With a sample rate the buffers are one channel at that rate, else as the device gives them.
-    /// Goes on on the main queue. Throws DomainError of `errorDomain`, or SoundServerError where
+    /// Goes on on the main queue. Throws LocalizedError of `errorDomain`, or SoundServerError where
     /// the server refuses the stream.
     Task<void> start(std::optional<double> sampleRate);
     /// Goes on on the main queue; no callback runs after that.

@@ -1,19 +1,19 @@
 #include "Tessarune/audio/RecognitionPermissionGate.h"
 
-#include "Tessarune/shell/DomainError.h"
+#include "TessaruneCore/LocalizedError.h"
 #include "TessaruneCore/text/Localization.h"
 
 namespace tessarune::RecognitionPermissionGate {
 
 namespace {
 
-DomainError refusal(int code) {
+LocalizedError refusal(int code) {
     return {
-        errorDomain, code,
         localized(
             code == microphoneRefused
                 ? "未授权「麦克风」。请在系统设置 → 隐私与安全 → 麦克风 中开启 Tessarune。"
-                : "未授权「语音识别」。请在系统设置 → 隐私与安全 → 语音识别 中开启 Tessarune。")};
+                : "未授权「语音识别」。请在系统设置 → 隐私与安全 → 语音识别 中开启 Tessarune。"),
+        errorDomain, code};
 }
 
 } // namespace

@@ -32,9 +32,8 @@ std::string_view text(SystemAudioCaptureError::Case which) {
 } // namespace
 
 SystemAudioCaptureError::SystemAudioCaptureError(Case which, std::int32_t status)
-    : std::runtime_error(localized(text(which), {describe(status)})),
-      which_(which),
-      status_(status) {}
+    : LocalizedError(localized(text(which), {describe(status)}),
+                     "Tessarune.SystemAudioCaptureError", status) {}
 
 std::string SystemAudioCaptureError::describe(std::int32_t status) {
     const auto bits = static_cast<std::uint32_t>(status);

@@ -1,14 +1,14 @@
 #pragma once
 
+#include "TessaruneCore/LocalizedError.h"
+
 #include <cstdint>
-#include <stdexcept>
 #include <string>
 
 namespace tessarune {
 
-/// Why system audio cannot be captured. `what()` is the localised description; the status is the
-/// sound server's error number.
-class SystemAudioCaptureError : public std::runtime_error {
+/// Why system audio cannot be captured. The code is the sound server's error number.
+class SystemAudioCaptureError : public LocalizedError {
   public:
     enum class Case {
         failedToCreateTap,  ///< no connection to the server
@@ -22,20 +22,9 @@ class SystemAudioCaptureError : public std::runtime_error {
 
     explicit SystemAudioCaptureError(Case which, std::int32_t status = 0);
 
-    Case which() const { return which_; }
-    std::int32_t status() const { return status_; }
-
     /// The status in words: four characters in quotes if its bytes, high to low, are printable,
     /// else the number.
     static std::string describe(std::int32_t status);
-
-    bool operator==(const SystemAudioCaptureError& other) const {
-        return which_ == other.which_ && status_ == other.status_;
-    }
-
-  private:
-    Case which_;
-    std::int32_t status_;
 };
 
 } // namespace tessarune

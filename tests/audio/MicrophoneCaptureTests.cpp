@@ -1,6 +1,6 @@
 #include "Tessarune/audio/AudioInputDevices.h"
 #include "Tessarune/audio/MicrophoneCapture.h"
-#include "Tessarune/shell/DomainError.h"
+#include "TessaruneCore/LocalizedError.h"
 #include "tests/simulation/ScriptedSoundServer.h"
 
 #include <gtest/gtest.h>
@@ -40,7 +40,7 @@ Task<void> startMicrophone(std::shared_ptr<MicrophoneCapture> capture, std::opti
         auto starting = capture->start(rate);
         co_await starting;
         *outcome = "started";
-    } catch (const DomainError& error) {
+    } catch (const LocalizedError& error) {
         *outcome = error.domain() + ": " + error.what();
     } catch (const SoundServerError& error) {
         *outcome = "server: " + std::to_string(error.status());

@@ -1,6 +1,6 @@
 #include "Tessarune/audio/PermissionsManager.h"
 #include "Tessarune/audio/RecognitionPermissionGate.h"
-#include "Tessarune/shell/DomainError.h"
+#include "TessaruneCore/LocalizedError.h"
 #include "tests/simulation/ScriptedSoundServer.h"
 
 #include <gtest/gtest.h>
@@ -44,7 +44,7 @@ Task<void> pass(PermissionsManager& permissions, AudioSource source,
             RecognitionPermissionGate::requestRequiredPermissions(permissions, source, "option");
         co_await asking;
         *outcome = "passed";
-    } catch (const DomainError& error) {
+    } catch (const LocalizedError& error) {
         *outcome = error.domain() + " " + std::to_string(error.code()) + " " + error.what();
     }
 }
