@@ -217,6 +217,7 @@ void LiveCaptionDisplayCache::updateTranslationRows(const Captions& captions, bo
         rebuildTranslationRows(captions);
         return;
     }
+    const std::size_t rowsBefore = translationRows_.size();
     if (isChanged) {
         for (const CaptionSegment& segment : captions.committed.subspan(before->committedCount))
             addTranslationRow(captions, segment);
@@ -225,6 +226,8 @@ void LiveCaptionDisplayCache::updateTranslationRows(const Captions& captions, bo
         translationRevision_ += isChanged ? 1 : 0;
         return;
     }
+    if (translationRows_.size() != rowsBefore)
+        ++translationRevision_;
     // A unit between the edges changes no signature; its text must not wait for one that does.
     if (patch->translatedText && stableSourceSegmentIndexByID_.contains(patch->resultSegmentID) &&
         !patchTranslationRows(*patch))

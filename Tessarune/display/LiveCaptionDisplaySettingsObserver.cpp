@@ -1,5 +1,6 @@
 #include "Tessarune/display/LiveCaptionDisplaySettingsObserver.h"
 
+#include <type_traits>
 #include <utility>
 
 namespace tessarune {
@@ -29,10 +30,17 @@ LiveCaptionDisplaySettingsObserver::~LiveCaptionDisplaySettingsObserver() {
 /// An assignment of the value of before is no change: a file that is read again assigns all.
 template <typename T>
 void LiveCaptionDisplaySettingsObserver::observe(Setting<T>& setting) {
-    const auto token =
-        setting.published().onDidChange([this, &setting, last = setting.text()](const T&) mutable {
-            if (std::string text = setting.text(); text != std::exchange(last, text))
-                handler_(std::string(setting.key()), text);
+    const auto valueOf = [&setting] {
+        // Where a text is spelt otherwise for the command line, the value itself counts.
+        if constexpr (std::is_same_v<T, std::string>)
+            return *setting;
+        else
+            return setting.text();
+    };
+    const auto token = setting.published().onDidChange(
+        [this, &setting, valueOf, last = valueOf()](const T&) mutable {
+            if (std::string value = valueOf(); value != std::exchange(last, value))
+                handler_(std::string(setting.key()), value);
         });
     endings_.push_back([&setting, token] { setting.published().remove(token); });
 }

@@ -12,7 +12,7 @@ namespace tessarune {
 /// such settings themselves. Main queue; the settings outlive it.
 class LiveCaptionDisplaySettingsObserver {
   public:
-    /// The setting's key, and its new value as it is written in settings.
+    /// The setting's key, and its new value as the settings file has it.
     using Handler = std::function<void(const std::string& name, const std::string& value)>;
 
     LiveCaptionDisplaySettingsObserver(AppSettings& settings, Handler handler);

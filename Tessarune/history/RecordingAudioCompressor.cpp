@@ -181,6 +181,7 @@ RecordingMetadata RecordingAudioCompressor::adopt(RecordingMetadata recording, b
     recording.sampleRate = M4A::sampleRate;
     recording.channelCount = M4A::channels;
     recording.awaitsCompression = false;
+    recording.note.reset(); // the catalog keeps the one of now: it may have changed meanwhile
     // Without its WAV an entry that still names it would be dropped at the next start.
     if (!catalog_.upsert(recording))
         discard(destination,

@@ -138,6 +138,8 @@ RC_GTEST_PROP(LiveCaptionDisplayTests, CheapStepsShowWhatARebuildShows, ()) {
         const LiveCaptionDisplayFrame frame = captions.refresh(force, patch ? &*patch : nullptr);
         RC_ASSERT(rowsOf(frame) == rowsOf(captions.rebuilt()));
         RC_ASSERT(rowsOf(frame) == rowsOf(before) || !(frame == before));
+        RC_ASSERT(frame.translationTail == before.translationTail ||
+                  frame.translationRevision != before.translationRevision);
         RC_ASSERT(captions.refresh() == frame);
         before = frame;
     }
@@ -238,9 +240,11 @@ TEST(LiveCaptionDisplayTests, ChangesOfCaptionSettingsAreTold) {
         settings.reload();
         settings.keepOnTop = false;
         settings.smoothPaceMS = 130;
+        settings.translationBackend = "Apple";
     }
     settings.smoothPaceMS = 100;
-    EXPECT_EQ(told, (std::vector<std::string>{"subtitleLayoutMode=lyrics", "smoothPaceMS=130"}));
+    EXPECT_EQ(told, (std::vector<std::string>{"subtitleLayoutMode=lyrics", "smoothPaceMS=130",
+                                              "translationBackend=Apple"}));
 }
 
 } // namespace

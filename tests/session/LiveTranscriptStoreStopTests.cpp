@@ -386,13 +386,16 @@ TEST_F(LiveTranscriptStoreStopTests, AKilledSessionIsReadableAtTheNextStart) {
     session.hear(1);
     endAndWait();
     session.files.recover();
+    session.catalog->setNote("of before", id);
     session.launch();
+    session.catalog->setNote("of now", id);
     EXPECT_EQ(session.repaired.recoveredSessions, std::vector<UUID>{id});
     EXPECT_EQ(session.transcript(id), "Said before the end.");
     EXPECT_GT(recording().duration, 1.5);
     EXPECT_TRUE(recording().filePath.ends_with(".wav"));
     session.host.advanceBy(10);
     EXPECT_TRUE(recording().filePath.ends_with(".m4a")) << "as the session meant it";
+    EXPECT_EQ(recording().note, "of now");
     EXPECT_EQ(session.files.list(session.paths.recordings()).size(), 1U);
 }
 
