@@ -4,7 +4,6 @@
 #include "Terminal/DownloadProgress.h"
 #include "Terminal/ExitStatus.h"
 #include "Terminal/SignalWatch.h"
-#include "Tessarune/translation/AppleTranslator.h"
 #include "Tessarune/translation/TranslationTaskBridge.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/TextColumns.h"
@@ -39,13 +38,8 @@ std::string describe(const TranslationLanguageState& language) {
 
 /// The test of the settings, from its beginning to its end.
 Task<int> runTest(Program& program, const TerminalOptions& options, std::string target) {
-    const auto makeTranslator = [&program]() -> std::shared_ptr<Translator> {
-        return std::make_shared<AppleTranslator>(program.host, program.translation,
-                                                 Executor::main(program.host));
-    };
-    const auto bridge = std::make_shared<TranslationTaskBridge>(TranslationTaskBridge::Environment{
-        program.host, program.translation, makeTranslator,
-        [&program] { return LiveTranslationSettingsSnapshot::current(program.settings); }, [] {}});
+    const auto bridge = std::make_shared<TranslationTaskBridge>(
+        TranslationTaskBridge::Environment{program.host, program.translation, nullptr});
     OneShot<bool> ended(Executor::main(program.host));
     bridge->isTestingTranslation().onDidChange([ended](bool isTesting) {
         if (!isTesting)

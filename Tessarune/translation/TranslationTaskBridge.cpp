@@ -1,5 +1,6 @@
 #include "Tessarune/translation/TranslationTaskBridge.h"
 
+#include "Tessarune/translation/AppleTranslator.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
@@ -33,7 +34,7 @@ void TranslationTaskBridge::runTranslationTest(const std::string& target) {
 }
 
 Task<void> TranslationTaskBridge::test(Self self, TranslationTestRequest request) {
-    const auto translator = self->environment_.translator();
+    const auto translator = self->translator();
     if (!translator) {
         const auto unavailable = TranslatorRuntimeError::translatorUnavailable();
         self->statusText_ = localized("测试失败：%@", {errorMessage(unavailable, request)});
@@ -91,11 +92,23 @@ Task<void> TranslationTaskBridge::run(Self self, std::shared_ptr<TranslationSess
     self->finish();
 }
 
+/// Asked for the state of the pair.
+std::shared_ptr<Translator> TranslationTaskBridge::translator() const {
+    if (environment_.live)
+        return environment_.live->runtime().translator();
+    if (!environment_.service)
+        return nullptr;
+    return std::make_shared<AppleTranslator>(environment_.host, environment_.service,
+                                             Executor::main(environment_.host));
+}
+
 void TranslationTaskBridge::retryLiveTranslationsIfCurrent(const TranslationTestRequest& request) {
-    const auto now = environment_.settings();
+    if (!environment_.live)
+        return;
+    const auto now = environment_.live->runtime().settings();
     if (TranslationSupport::isAppleBackend(now.translationBackend) &&
         Text::equal(now.translationTargetLanguage, request.target))
-        environment_.retryIncompleteTranslations();
+        environment_.live->retryIncompleteTranslations();
 }
 
 void TranslationTaskBridge::finish() {

@@ -1,11 +1,10 @@
 #pragma once
 
-#include "Tessarune/translation/LiveTranslationSettingsSnapshot.h"
+#include "Tessarune/translation/LiveTranscriptTranslation.h"
 #include "Tessarune/translation/TranslationService.h"
 #include "TessaruneCore/UUID.h"
 #include "TessaruneCore/observation/Published.h"
 
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,12 +30,10 @@ class TranslationTaskBridge : public std::enable_shared_from_this<TranslationTas
   public:
     struct Environment {
         Host& host;
+        /// Null where this computer has no translator.
         std::shared_ptr<TranslationService> service;
-        /// Asked for the state of the pair; null where there is no translator.
-        std::function<std::shared_ptr<Translator>()> translator;
-        std::function<LiveTranslationSettingsSnapshot()> settings;
-        /// Of the live session.
-        std::function<void()> retryIncompleteTranslations;
+        /// Whose failed rows a successful test repairs; null where no session can run.
+        std::shared_ptr<LiveTranscriptTranslation> live;
     };
     explicit TranslationTaskBridge(Environment environment);
     TranslationTaskBridge(const TranslationTaskBridge&) = delete;
@@ -60,6 +57,7 @@ class TranslationTaskBridge : public std::enable_shared_from_this<TranslationTas
     static Task<void> run(Self self, std::shared_ptr<TranslationSession> session,
                           TranslationTestRequest request);
     bool isCurrent(const TranslationTestRequest& request) const { return request_ == request; }
+    std::shared_ptr<Translator> translator() const;
     void retryLiveTranslationsIfCurrent(const TranslationTestRequest& request);
     void finish();
 

@@ -11,9 +11,7 @@ using Status = TranslationAvailabilityStatus;
 
 struct TranslationTaskBridgeTests : ::testing::Test, testing::TranslatedSession {
     std::shared_ptr<TranslationTaskBridge> bridge = std::make_shared<TranslationTaskBridge>(
-        TranslationTaskBridge::Environment{host, service, [this] { return runtime->translator(); },
-                                           [this] { return runtime->settings(); },
-                                           [this] { translation->retryIncompleteTranslations(); }});
+        TranslationTaskBridge::Environment{host, service, translation});
 };
 
 TEST_F(TranslationTaskBridgeTests, TellsHowTheTestOfAPairGoes) {
