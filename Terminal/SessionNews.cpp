@@ -16,7 +16,8 @@ SessionNews::SessionNews(ListeningSession& session, const AppSettings& settings,
       target_(std::move(target)),
       isRecorded_(isRecorded),
       handlers_(std::move(handlers)) {
-    view_.captionDisplayRefresh.onDidChange([this](const std::string&) { handlers_.onChange(); });
+    view_.captionDisplay.frame.onDidChange([this](const auto&) { handlers_.onChange(); });
+    view_.isTranslationOver.onDidChange([this](bool) { handlers_.onChange(); });
     view_.sessionPhase.onDidChange(handlers_.onPhase);
     observeStatus();
     observeTranslation();
@@ -78,7 +79,7 @@ void SessionNews::observeTranslation() {
 
 void SessionNews::tellTranslationStatus(const std::string& text) {
     // Loading a model is no news. Of texts that differ only in a number the first is enough.
-    if (text.empty() || store_.translation().translationPreparationDisplayState->preparing)
+    if (text.empty() || view_.translation.translationPreparationDisplayState->preparing)
         return;
     std::string kind;
     for (const char32_t codePoint : Text::codePoints(text)) {

@@ -45,7 +45,8 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
                                         .translation = translation_,
                                         .diagnostics = std::move(options.diagnostics),
                                         .scheduleHistoryRefinement = [](const auto&) {},
-                                        .returnMemory = [] { malloc_trim(0); }});
+                                        .returnMemory = [] { malloc_trim(0); },
+                                        .notifications = &application.notifications});
 }
 
 } // namespace tessarune

@@ -48,8 +48,8 @@ class LiveCaptionDisplayCache {
     /// Whether a refresh for this reason makes everything anew.
     static bool isForced(std::string_view reason);
 
-    /// Takes over what has changed. `patch` is null unless exactly one unit got its translation;
-    /// the committed rows have it already.
+    /// Takes over what has changed. `patch` is null unless exactly one unit was translated or
+    /// failed; the committed rows say so already.
     void update(const Captions& captions, bool force, const Patch* patch);
 
     /// The rows and revisions of a frame. The texts beside the rows are the session's.

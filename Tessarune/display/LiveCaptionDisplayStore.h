@@ -61,7 +61,8 @@ class LiveCaptionDisplayStore {
 
     /// Assigned by `update` alone.
     Published<LiveCaptionDisplayFrame> frame;
-    PerfCounters perf;
+    /// Views have the store by const reference, and count in it what they draw.
+    mutable PerfCounters perf;
 
   private:
     const std::function<double()> now_;

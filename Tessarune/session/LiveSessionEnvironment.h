@@ -11,6 +11,7 @@
 #include "Tessarune/shell/FileSystem.h"
 #include "Tessarune/speech/SpeechPlatform.h"
 #include "Tessarune/translation/SessionTranslation.h"
+#include "TessaruneCore/observation/NotificationCenter.h"
 
 #include <functional>
 #include <memory>
@@ -36,6 +37,8 @@ struct LiveSessionEnvironment {
     std::function<void(const std::optional<HistoryRefinementRequest>&)> scheduleHistoryRefinement;
     /// Returns free memory to the operating system; any thread.
     std::function<void()> returnMemory;
+    /// Told of each published frame; null where nobody listens.
+    const NotificationCenter* notifications = nullptr;
 };
 
 } // namespace tessarune

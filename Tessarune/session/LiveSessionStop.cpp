@@ -112,6 +112,7 @@ void LiveSessionStop::sealLiveIntoCommitted() {
         store_.environment_.translation->startCommittedRun();
     }
     store_.updateLiveHistoryTextIfNeeded(true);
+    store_.refreshCaptionDisplay("listen.stop.seal");
     LogFields fields = log().elapsed(step.startedAt);
     fields.add("committedSegments", std::ssize(*store_.core.committedSegments))
         .add("pendingTranslations", store_.environment_.translation->hasPendingTranslations());

@@ -44,6 +44,13 @@ void LiveTranscriptStore::observeSettings() {
     });
     observe(settings.selectedRecognitionOptionID,
             [this](const std::string& id) { recognitionOptionChanged(id); });
+    // The translation has heard of it before and has done what follows from it.
+    const auto refreshOn = [this](auto& setting, const char* reason) {
+        observe(setting, [this, reason](const auto&) { refreshCaptionDisplay(reason); });
+    };
+    refreshOn(settings.translationTargetLanguage, "settings.translationTarget");
+    refreshOn(settings.translationBackend, "settings.translationBackend");
+    refreshOn(settings.softTranslationEnabled, "settings.softTranslation");
 }
 
 void LiveTranscriptStore::configureCoreCallbacks() {
@@ -180,8 +187,10 @@ void LiveTranscriptStore::handleLevelEvent(double level) {
     handleAudioLevel(level);
     environment_.permissions.latch(PermissionsManager::Key::systemAudioStatus,
                                    PermissionsManager::Status::granted);
-    if (view_.status->kind == SessionStatus::Kind::silent)
-        view_.status = SessionStatus();
+    if (view_.status->kind != SessionStatus::Kind::silent)
+        return;
+    view_.status = SessionStatus();
+    refreshCaptionDisplay("systemAudio.heard");
 }
 
 void LiveTranscriptStore::handleSystemAudioSilent() {

@@ -13,8 +13,8 @@ constexpr double liveHistoryTextMinInterval = 1.0;
 } // namespace
 
 void LiveTranscriptStore::refreshCaptionDisplay(const std::string& reason,
-                                                const LiveCaptionDisplayTranslationPatch*) {
-    view_.captionDisplayRefresh = reason;
+                                                const LiveCaptionDisplayTranslationPatch* patch) {
+    display_.refresh(reason, view_, patch);
 }
 
 void LiveTranscriptStore::showError(const std::string& message) {

@@ -185,6 +185,7 @@ void LiveTranscriptStore::resetTranscriptForNewSession() {
     savedTranslations_ = 0;
     view_.isTranslationOver = false;
     pipelinePerf_ = LiveCaptionPerfCounters();
+    display_.resetPerfCounters();
     view_.liveHistoryText = std::string();
     liveHistoryTextLastUpdateWall_ = 0;
     updateVisibleSourceTextFlag();
@@ -314,6 +315,7 @@ Task<void> LiveTranscriptStore::runSwap(WeakSelf weak, std::uint64_t session, bo
     if (hadRun)
         self->startDiagnostics(*self->view_.selectedSource);
     self->view_.status = SessionStatus();
+    self->refreshCaptionDisplay("recognition.optionSwitched");
 }
 
 } // namespace tessarune

@@ -21,11 +21,11 @@ std::shared_ptr<LiveTranscriptStore> LiveTranscriptStore::make(Environment envir
     if (!environment.translation)
         environment.translation = std::make_shared<SessionTranslation>();
     Self self(new LiveTranscriptStore(std::move(environment)));
+    self->environment_.translation->attach(*self);
     self->countCoreChanges();
     self->observeSettings();
     self->configureCoreCallbacks();
     self->configureTranscriberCallbacks();
-    self->environment_.translation->attach(*self);
     self->refreshCaptionDisplay("store.init");
     return self;
 }
@@ -33,6 +33,9 @@ std::shared_ptr<LiveTranscriptStore> LiveTranscriptStore::make(Environment envir
 LiveTranscriptStore::LiveTranscriptStore(Environment environment)
     : core(LiveCaptionCoreFactory::make(environment.speech.host, environment.settings)),
       environment_(std::move(environment)),
+      display_(host(), environment_.settings, *environment_.diagnostics,
+               environment_.notifications),
+      view_(display_.store(), core, environment_.translation->view()),
       log_(host(), environment_.speech.logger, *environment_.diagnostics),
       liveTranscriber_(LiveSystemAudioTranscriber::make(transcriberEnvironment(environment_))),
       recordingTracker_(host(), environment_.files, environment_.catalog,
@@ -52,6 +55,7 @@ PerfStats LiveTranscriptStore::mergedLivePerfStats() const {
     PerfStats merged = liveTranscriber_->perfStats();
     merged.merge(liveTranscriber_->wrapperPerfStats());
     merged.merge(pipelinePerf_.stats());
+    merged.merge(display_.perfStats());
     return merged;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessarune/session/LiveCaptionDisplay.h"
 #include "Tessarune/session/LiveCaptionPerfCounters.h"
 #include "Tessarune/session/LiveHistoryText.h"
 #include "Tessarune/session/LiveRecordingTracker.h"
@@ -32,8 +33,8 @@ namespace tessarune {
 /// Failures are never thrown: they show as status, as the live caption line (`showError`), or as
 /// the phase `failed`.
 ///
-/// What is on the screen changes only together with a call of `refreshCaptionDisplay`; changes of
-/// the core by themselves announce nothing.
+/// What is on the screen is the frame of `view().captionDisplay`, which changes only by a call of
+/// `refreshCaptionDisplay`; changes of the core by themselves announce nothing.
 class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTranscriptStore>,
                                   private TranslatedCaptions {
   public:
@@ -44,7 +45,6 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
 
     CaptionCore core;
     const SessionView& view() const { return view_; }
-    const SessionTranslation::View& translation() const { return environment_.translation->view(); }
     const LiveSystemAudioTranscriber& liveTranscriber() const { return *liveTranscriber_; }
     const LiveRecordingTracker& recordingTracker() const { return recordingTracker_; }
     /// Why the last start failed, for a front end that tells failures apart.
@@ -73,6 +73,7 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     void handleAudioLevel(double level);
     /// Shows the text as the live caption line. The phase stays.
     void showError(const std::string& message);
+    /// Whatever may be on the screen has changed.
     void refreshCaptionDisplay(const std::string& reason,
                                const LiveCaptionDisplayTranslationPatch* patch = nullptr) override;
 
@@ -143,6 +144,7 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     double now() const { return host().now(); }
 
     const Environment environment_;
+    LiveCaptionDisplay display_;
     SessionView view_;
     SessionLog log_;
     const std::shared_ptr<LiveSystemAudioTranscriber> liveTranscriber_;

@@ -2,6 +2,8 @@
 
 #include "Tessarune/audio/AudioSource.h"
 #include "Tessarune/audio/RecordingMetadata.h"
+#include "Tessarune/display/LiveCaptionDisplayCache.h"
+#include "Tessarune/display/LiveCaptionDisplayStore.h"
 #include "Tessarune/session/LiveAudioInactivityAutoStopConfiguration.h"
 #include "Tessarune/session/TranscriptSnapshot.h"
 #include "Tessarune/speech/AppleFinalReconcileRecord.h"
@@ -46,6 +48,15 @@ class SessionDiagnostics {
         std::optional<double> elapsedSeconds;
         LogFields fields;
     };
+    /// A refresh of what is on the screen. The references are valid during the call.
+    struct CaptionDisplayRefresh {
+        double t = 0; ///< when it began, seconds since 1970
+        const std::string& reason;
+        double buildSeconds = 0; ///< until the frame could be compared with the published one
+        LiveCaptionDisplayUpdateResult result;
+        const LiveCaptionDisplayStore& display;
+        const LiveCaptionDisplayCache& cache;
+    };
     /// The watch over memory and load between two sessions.
     struct IdleWatch {
         std::optional<std::filesystem::path> runDirectory;
@@ -83,6 +94,10 @@ class SessionDiagnostics {
     virtual void appendCorrection(const CorrectionObservation&) {}
     virtual void recordSoftCaption(const SoftCaptionObservation&) {}
     virtual void appendTranslation(const TranslationObservation&) {}
+    /// Many times a second; `shouldRecordDisplayDiagnostics` says which are worth a line in a run.
+    virtual void captionDisplayRefreshed(const CaptionDisplayRefresh&) {}
+    virtual void recordCaptionDisplaySettingChange(const std::string& /*name*/,
+                                                   const std::string& /*value*/) {}
 
     // Between two sessions
 

@@ -2,9 +2,12 @@
 
 #include "Tessarune/audio/AudioInputDevices.h"
 #include "Tessarune/audio/AudioSource.h"
+#include "Tessarune/display/LiveCaptionDisplayStore.h"
 #include "Tessarune/display/LiveSessionPhase.h"
 #include "Tessarune/session/LiveSessionStateMachine.h"
 #include "Tessarune/session/SessionStatus.h"
+#include "Tessarune/translation/SessionTranslation.h"
+#include "TessaruneCore/CaptionCore.h"
 #include "TessaruneCore/UUID.h"
 #include "TessaruneCore/observation/Published.h"
 
@@ -22,9 +25,35 @@ struct SessionOutcome {
     bool translationCompleted = false;
 };
 
+/// What was said, to be read: the lists of the caption engine with all that is known of their rows.
+/// They change one after the other within one step of the engine; whoever draws waits for the
+/// frame.
+struct LiveCaptions {
+    const Published<CaptionCore::Rows>& committedSegments;
+    const Published<CaptionCore::Rows>& liveLeadingSentences;
+    const Published<CaptionCore::Rows>& softCaptionSegments;
+    const Published<CaptionSegment>& currentPartial;
+    const CaptionCore::WordEvents& wordEvents; ///< of committed rows
+
+    static LiveCaptions of(const CaptionCore& core) {
+        return {core.committedSegments, core.liveLeadingSentences, core.softCaptionSegments,
+                core.currentPartial, core.wordEvents()};
+    }
+};
+
 /// What a session shows of itself. The session writes it; everybody else has it by const reference,
-/// reads and observes. Main queue.
+/// reads and observes. Valid as long as the session's store. Main queue.
 struct SessionView {
+    SessionView(const LiveCaptionDisplayStore& display, const CaptionCore& core,
+                const SessionTranslation::View& itsTranslation)
+        : captionDisplay(display), captions(LiveCaptions::of(core)), translation(itsTranslation) {}
+
+    /// The frame to draw: captions, previews, status and phase as they belong together.
+    const LiveCaptionDisplayStore& captionDisplay;
+    /// For what a frame leaves out: failures and times of committed rows, their words, and which
+    /// live text is a complete sentence.
+    const LiveCaptions captions;
+    const SessionTranslation::View& translation;
     /// From the moment at which a start is accepted until a stop is.
     Published<bool> isListening{false};
     Published<LiveSessionPhase> sessionPhase{LiveSessionPhase::idle};
@@ -48,8 +77,6 @@ struct SessionView {
     Published<std::string> presentedError;
     /// Assigned whenever a diagnostics run may have begun or ended.
     Published<bool> isDiagnosticsRunning{false};
-    /// Assigned with each change of what is on the screen; its name, for logs and measurements.
-    Published<std::string> captionDisplayRefresh;
 };
 
 } // namespace tessarune

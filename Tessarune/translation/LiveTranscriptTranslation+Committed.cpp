@@ -143,6 +143,7 @@ void LiveTranscriptTranslation::clearLanguageResourceFailures() {
         });
     });
     runtime_->committedHealth.resolveFailures(resolved);
+    refresh("translation.retry"); // they are no unit any more
 }
 
 void LiveTranscriptTranslation::clearGhostIfCovered(const Unit& unit) {
@@ -186,7 +187,9 @@ void LiveTranscriptTranslation::applyCommittedTranslationFailure(
                                           target);
         break;
     }
-    refresh("translation.committed.failure");
+    const LiveCaptionDisplayTranslationPatch patch{
+        unit.translationUnitID, unit.segmentIDs, unit.resultSegmentID, {}};
+    captions_->refreshCaptionDisplay("translation.committed.failure", &patch);
     captions_->updatePersistedTranscriptIfStopped();
 }
 

@@ -192,6 +192,7 @@ void LiveTranscriptTranslation::pumpGhostTranslation(const BoundaryObservation& 
 }
 
 void LiveTranscriptTranslation::setGhostTranslationText(const std::string& text) {
+    view_.ghostTranslationSourceText = runtime_->ghostSource();
     view_.ghostTranslationText = text;
     refresh("translation.ghost.success");
 }

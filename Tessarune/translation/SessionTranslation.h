@@ -18,6 +18,7 @@ class SessionTranslation {
     /// The translation writes it; everybody else reads and observes.
     struct View {
         Published<std::string> ghostTranslationText; ///< the preview; empty: there is none
+        std::string ghostTranslationSourceText;      ///< the text that it is of
         Published<std::string> translationStatusMessage;
         Published<TranslationPreparationDisplayState> translationPreparationDisplayState;
     };

@@ -21,7 +21,7 @@ class TranslatedCaptions {
     changeCommittedSegments(const std::function<void(std::span<CaptionSegment>)>& change) = 0;
     /// The session's general status line.
     virtual void setStatusMessage(const std::string& text) = 0;
-    /// `patch` is null unless exactly one unit got its translation.
+    /// `patch` is null unless exactly one unit was translated or failed.
     virtual void refreshCaptionDisplay(const std::string& reason,
                                        const LiveCaptionDisplayTranslationPatch* patch) = 0;
     /// A translation that comes after the stop still reaches the saved transcript.

@@ -36,6 +36,10 @@ void LiveSession::makeStore() {
     struct Watch final : SessionDiagnostics {
         explicit Watch(ResultLatency& its) : latency(its) {}
         void appendASREvent(const ASREvent& event) override { latency.eventArrived(event); }
+        void captionDisplayRefreshed(const CaptionDisplayRefresh& refresh) override {
+            if (refresh.reason == "core.activity")
+                latency.coreChanged(refresh.t);
+        }
         ResultLatency& latency;
     };
     store_ =
@@ -57,14 +61,9 @@ void LiveSession::makeStore() {
 }
 
 void LiveSession::observe() {
-    store_->view().captionDisplayRefresh.onDidChange([this](const std::string&) {
+    store_->view().captionDisplay.frame.onDidChange([this](const auto&) {
         output_.update({store_->core, {}, false, {}});
     });
-    auto ofStore = std::move(store_->core.onActivity);
-    store_->core.onActivity = [this, ofStore](CaptionCore::Activity activity) {
-        latency_.coreChanged();
-        ofStore(activity);
-    };
     store_->view().sessionPhase.onDidChange([this](LiveSessionPhase phase) {
         if (phase == LiveSessionPhase::listening || phase == LiveSessionPhase::failed)
             started_.resume(phase == LiveSessionPhase::listening);

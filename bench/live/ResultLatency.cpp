@@ -99,13 +99,12 @@ void ResultLatency::eventArrived(const ASREvent& event) {
     }
 }
 
-void ResultLatency::coreChanged() {
-    const double now = host_.now();
+void ResultLatency::coreChanged(double at) {
     for (const Result& result : std::exchange(arrived_, {})) {
         Times& times = result.isFinal ? finals : guesses;
         times.toEvent.push_back(result.arrivedAt - result.cameAt);
-        times.toChange.push_back(now - result.arrivedAt);
-        times.whole.push_back(now - result.cameAt);
+        times.toChange.push_back(at - result.arrivedAt);
+        times.whole.push_back(at - result.cameAt);
     }
 }
 

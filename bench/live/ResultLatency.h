@@ -25,8 +25,8 @@ class ResultLatency {
 
     /// An event has reached the main queue, and the core takes it next.
     void eventArrived(const ASREvent& event);
-    /// The core has done something with the last event.
-    void coreChanged();
+    /// The core has done something with the last event, at that moment.
+    void coreChanged(double at);
 
     /// In seconds, one for each result that arrived.
     struct Times {

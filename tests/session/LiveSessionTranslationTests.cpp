@@ -14,12 +14,15 @@ using Strings = std::vector<std::string>;
 TEST(LiveSessionTranslationTests, ASessionIsTranslatedPreviewedAndSavedInBothLanguages) {
     TranslatedLiveSession session;
     session.begin();
+    const auto& frame = session.store->view().captionDisplay.frame;
     session.say(false, "One is said. And then");
-    EXPECT_EQ(*session.store->translation().ghostTranslationText, "fr-FR:One is said.");
+    EXPECT_EQ(frame->ghostTranslationText, "fr-FR:One is said.");
+    EXPECT_EQ(frame->ghostTranslationSourceText, "One is said.");
     session.say(true, "One is said.");
-    EXPECT_EQ(*session.store->translation().ghostTranslationText, "")
-        << "its own translation is there";
+    EXPECT_EQ(frame->ghostTranslationText, "") << "its own translation is there";
+    EXPECT_FALSE(frame->translationStatus.canRetryIncomplete);
     session.say(true, "Two has no end");
+    EXPECT_TRUE(frame->translationStatus.canRetryIncomplete);
     EXPECT_EQ(session.shown(), (Strings{"fr-FR:One is said.", "?"}));
     const auto usersOfService = session.service.use_count();
     const UUID id = session.recordingID();
@@ -36,9 +39,9 @@ TEST(LiveSessionTranslationTests, MissingLanguageFilesAreSaidAndNeverDownloaded)
     session.service->pairs["en-US->fr-FR"] = {Availability::supported, false, true, {}};
     session.begin();
     session.say(true, "One is said.");
-    EXPECT_TRUE(session.store->translation().translationPreparationDisplayState->preparing);
+    EXPECT_TRUE(session.store->view().translation.translationPreparationDisplayState->preparing);
     session.host.advanceBy(5);
-    EXPECT_FALSE(session.store->translation().translationPreparationDisplayState->preparing);
+    EXPECT_FALSE(session.store->view().translation.translationPreparationDisplayState->preparing);
     EXPECT_EQ(session.translationStatus(),
               TranslationSupport::languageResourceNotReadyMessage("fr"));
     // The user gets them elsewhere: the session finds out.

@@ -71,7 +71,7 @@ TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
     session.translator->preparesLanguages();
     session.host.advanceBy(20);
 
-    EXPECT_FALSE(session.store->translation().translationPreparationDisplayState->preparing);
+    EXPECT_FALSE(session.store->view().translation.translationPreparationDisplayState->preparing);
     EXPECT_EQ(lifecycle(before),
               (Strings{". .requested", "+ .engineDrain", "- .engineDrain", "+ .finalize", "+ .seal",
                        "- .seal", "+ .translationDrain", "- .translationDrain", "+ .audioCompress",
@@ -86,9 +86,10 @@ TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
             stopReasons.push_back(reason);
     }
     EXPECT_EQ(stopReasons,
-              (Strings{"session.transition.stopping", "listen.stop.translationDrain.complete",
-                       "listen.stop.audioCompress.start", "listen.stop.audioCompress.done",
-                       "session.transition.idle", "listen.stop.finished"}));
+              (Strings{"session.transition.stopping", "listen.stop.seal",
+                       "listen.stop.translationDrain.complete", "listen.stop.audioCompress.start",
+                       "listen.stop.audioCompress.done", "session.transition.idle",
+                       "listen.stop.finished"}));
     EXPECT_EQ(
         session.events("transcriber.finishDraining"),
         (Strings{"transcriber.finishDraining.start", "transcriber.finishDraining.captureStopped",

@@ -5,6 +5,7 @@
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/host/SimulatedHost.h"
 #include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/translation/TranslationPresentationBuilder.h"
 #include "tests/simulation/FaultyFileSystem.h"
 #include "tests/simulation/MemoryDefaults.h"
 #include "tests/simulation/ScriptedAssetInventory.h"
@@ -94,9 +95,14 @@ struct WatchedDiagnostics final : SessionDiagnostics {
         onLifecycle(entry);
     }
     void appendASREvent(const ASREvent& event) override { onASREvent(event); }
+    void captionDisplayRefreshed(const CaptionDisplayRefresh& refresh) override {
+        refreshes.push_back(refresh.reason);
+        onRefresh(refresh.reason);
+    }
     void stopIdleMemorySentinel(const std::string& reason) override { onSentinelStop(reason); }
 
     bool running = false;
+    std::vector<std::string> refreshes; ///< their reasons
     std::vector<LifecycleEntry> entries;
     std::function<void(const Start&)> onStart = [](const auto&) {};
     std::function<void(const std::string&, bool)> onStopSnapshot = [](const auto&, bool) {};
@@ -104,6 +110,7 @@ struct WatchedDiagnostics final : SessionDiagnostics {
     std::function<void()> onCloseLifecycle = [] {};
     std::function<void(const LifecycleEntry&)> onLifecycle = [](const auto&) {};
     std::function<void(const ASREvent&)> onASREvent = [](const auto&) {};
+    std::function<void(const std::string&)> onRefresh = [](const auto&) {};
     std::function<void(const std::string&)> onSentinelStop = [](const auto&) {};
 };
 
@@ -150,14 +157,24 @@ class SimulatedSession {
              .diagnostics = diagnostics,
              .scheduleHistoryRefinement =
                  [this](const auto& request) { refinements.push_back(request); },
-             .returnMemory = [this] { ++memoryReturns; }});
+             .returnMemory = [this] { ++memoryReturns; },
+             .notifications = &notifications});
+        refreshes.clear();
+        const auto noteChange = [this](const auto&) { mayBeStale_ = true; };
+        const SessionView& view = store->view();
+        view.captions.committedSegments.onDidChange(noteChange);
+        view.captions.liveLeadingSentences.onDidChange(noteChange);
+        view.captions.softCaptionSegments.onDidChange(noteChange);
+        view.captions.currentPartial.onDidChange(noteChange);
+        view.translation.ghostTranslationText.onDidChange(noteChange);
+        view.status.onDidChange(noteChange);
+        view.sessionPhase.onDidChange(noteChange);
+        view.captionDisplay.frame.onDidChange(noteChange);
         store->view().sessionPhase.onDidChange([this](LiveSessionPhase phase) {
             phases.push_back(phase);
             if (onPhase)
                 onPhase(phase);
         });
-        store->view().captionDisplayRefresh.onDidChange(
-            [this](const std::string& reason) { refreshes.push_back(reason); });
     }
 
     void setOutputs(const std::vector<std::string>& outputs,
@@ -229,6 +246,42 @@ class SimulatedSession {
         }
         return lines;
     }
+    /// What the frame shows otherwise than one that is made of nothing but the state of now; empty
+    /// if it is the same.
+    std::string staleInFrame() {
+        if (!std::exchange(mayBeStale_, false))
+            return "";
+        const SessionView& view = store->view();
+        const CaptionCore::Rows& committed = *view.captions.committedSegments;
+        LiveCaptionDisplayCache cache([] { return 0.0; });
+        cache.update({committed, *view.captions.liveLeadingSentences,
+                      *view.captions.softCaptionSegments, *view.captions.currentPartial,
+                      *view.clearedSegmentIDs},
+                     true, nullptr);
+        const LiveCaptionDisplayFrame wanted = cache.frame();
+        const LiveCaptionDisplayFrame& shown = *view.captionDisplay.frame;
+        const bool showsGhost = *settings.softTranslationEnabled;
+        if (shown.sourceTextTail != wanted.sourceTextTail)
+            return "committed rows";
+        if (shown.mergedBilingualSourceTail != wanted.mergedBilingualSourceTail)
+            return "bilingual rows";
+        if (shown.liveTailRows != wanted.liveTailRows ||
+            shown.mergedBilingualLiveTailRows != wanted.mergedBilingualLiveTailRows)
+            return "live rows";
+        if (shown.livePartialRow != wanted.livePartialRow)
+            return "open row";
+        if (shown.translationTail != wanted.translationTail)
+            return "translations";
+        if (shown.ghostTranslationText !=
+            (showsGhost ? *view.translation.ghostTranslationText : ""))
+            return "preview";
+        if (shown.statusMessage != status() || shown.sessionPhase != phase())
+            return "status";
+        if (shown.translationStatus.hasIncomplete !=
+            TranslationPresentationBuilder::hasIncomplete(committed))
+            return "incomplete";
+        return "";
+    }
     std::string transcript(const UUID& id) { return files.contentsOf(catalog->transcriptURL(id)); }
     std::string status() const { return store->view().status->text(); }
     LiveSessionPhase phase() const { return *store->view().sessionPhase; }
@@ -264,10 +317,13 @@ class SimulatedSession {
     std::shared_ptr<LiveTranscriptStore> store;
 
     std::vector<LiveSessionPhase> phases;
-    std::vector<std::string> refreshes;
+    std::vector<std::string>& refreshes = diagnostics->refreshes;
     std::vector<std::optional<HistoryRefinementRequest>> refinements;
     int memoryReturns = 0;
     std::function<void(LiveSessionPhase)> onPhase;
+
+  private:
+    bool mayBeStale_ = true;
 };
 
 } // namespace tessarune::simulation

@@ -47,7 +47,7 @@ class TranslatedLiveSession : public SimulatedSession {
     }
     UUID recordingID() const { return catalog->recordings().at(0).id; }
     const std::string& translationStatus() const {
-        return *store->translation().translationStatusMessage;
+        return *store->view().translation.translationStatusMessage;
     }
     /// The program is killed, and started again.
     void crash() {

@@ -1,6 +1,7 @@
 #include "tests/simulation/session/SessionSimulation.h"
 
 #include "TessaruneCore/recognition/ModelCatalog.h"
+#include "TessaruneCore/translation/TranslationSegmentMutator.h"
 
 #include <limits>
 
@@ -233,9 +234,14 @@ void SessionSimulation::landTranslation() {
         return;
     note("translation");
     const std::size_t row = upTo(store.core.committedSegments->size() - 1);
+    const UUID id = (*store.core.committedSegments)[row].id;
+    const LiveCaptionDisplayTranslationPatch patch{UUID::random(), {id}, id, "译文"};
     TranslatedCaptions& captions = *session_.translator->captions;
-    captions.changeCommittedSegments(
-        [row](std::span<CaptionSegment> rows) { rows[row].translatedText = "译文"; });
+    captions.changeCommittedSegments([&](std::span<CaptionSegment> rows) {
+        TranslationSegmentMutator::applySuccess(patch.translationUnitID, patch.segmentIDs, id,
+                                                *patch.translatedText, rows);
+    });
+    captions.refreshCaptionDisplay("translation.committed.success", &patch);
     captions.updatePersistedTranscriptIfStopped();
 }
 
@@ -300,10 +306,10 @@ void SessionSimulation::endKilled() {
 void SessionSimulation::watch() {
     LiveTranscriptStore& store = *session_.store;
     store.core.committedSegments.onDidChange([this](const auto& rows) { checkCommitted(rows); });
-    store.view().captionDisplayRefresh.onDidChange([this](const std::string& reason) {
+    session_.diagnostics->onRefresh = [this](const std::string& reason) {
         if (reason == "asr.final")
             checkFinals();
-    });
+    };
     handler_ = std::make_unique<TessaruneListeningLifecycleHandler>(
         session_.host, session_.logger, session_.store, [this] { --awaitedReplies_; });
 }
@@ -321,6 +327,8 @@ void SessionSimulation::checkStep() {
         phase == Phase::preparing || phase == Phase::loading || phase == Phase::listening;
     require(*session_.store->view().isListening == isUnderWay, "isListening contradicts the phase");
     require(phase != Phase::stopping || session_.store->isStopping(), "stopping without a task");
+    const std::string stale = session_.staleInFrame();
+    require(stale.empty(), "the frame has old " + stale);
 }
 
 void SessionSimulation::checkCommitted(const CaptionCore::Rows& rows) {

@@ -51,12 +51,13 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
         server.keepDelivering(0.5F, 0.5);
         int number = 0;
         for (const Event& event : scene_.events_) {
-            host.advanceBy(event.pause);
+            advance(event.pause);
             if (event.kind < firstTrouble)
                 speak(event, ++number);
             else if (translates_)
                 trouble(event);
             checkLanguages();
+            checkFrame();
         }
         if (scene_.seed_ % 2 == 0)
             calmDown();
@@ -86,6 +87,18 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
             if (phase == LiveSessionPhase::idle && !hasEnded_)
                 stopSeconds += host.now();
         });
+    }
+
+    void advance(double seconds) {
+        const double limit = host.now() + seconds;
+        while (host.step(limit))
+            checkFrame();
+        host.advanceTo(limit);
+    }
+
+    void checkFrame() {
+        const std::string stale = staleInFrame();
+        require(stale.empty(), "the frame has old " + stale);
     }
 
     void checkChange(const CaptionCore::Rows& rows) {
@@ -163,7 +176,7 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
     void calmDown() {
         if (translates_)
             wellAgain();
-        host.advanceBy(2 * loadGivenUpSeconds);
+        advance(2 * loadGivenUpSeconds);
         // That a pair is unsupported is remembered until the session ends.
         const bool isChecked =
             translates_ && service->translationsInFlight == 0 && !sawUnsupported_;
@@ -172,7 +185,7 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
             note("retry, the session goes on");
             live->retryIncompleteTranslations();
         }
-        host.advanceBy(10);
+        advance(10);
         if (isChecked)
             checkAllTranslated();
     }
@@ -191,7 +204,7 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
         server.keepDelivering(std::nullopt);
         stopSeconds = -host.now();
         stop();
-        host.advanceBy(60);
+        advance(60);
         require(phase() == LiveSessionPhase::idle, "the stop does not end");
         hasEnded_ = true;
         course.push_back(transcript(id));
@@ -228,7 +241,7 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
         live->setTranslationBackend("苹果");
         note("retry, all well");
         live->retryIncompleteTranslations();
-        host.advanceBy(60);
+        advance(60);
         checkAllTranslated();
         const std::string saved = bilingual(recordingID());
         for (const CaptionSegment& row : rows()) {
@@ -242,11 +255,12 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
         start();
         hear(2);
         say(true, "Sentence 1 is another.");
-        host.advanceBy(2);
+        advance(2);
         const Strings before = shown();
         require(before.size() == 1 && before[0].ends_with("Sentence 1 is another."),
                 "the next session is not translated");
         host.advanceBy(1.1 * neverSeconds);
+        checkFrame();
         require(shown() == before, "a late answer landed");
     }
 
