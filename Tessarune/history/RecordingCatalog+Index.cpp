@@ -122,6 +122,7 @@ std::filesystem::path RecordingCatalog::moveAside() {
 bool RecordingCatalog::deleteAll() {
     bool cleared = false;
     queue_->sync([&] {
+        deleted_.merge(loadIndex().index.ids());
         for (const auto& folder : {paths_.recordings(), paths_.transcripts(), paths_.diagnostics()})
             removeQuietly(folder);
         try {

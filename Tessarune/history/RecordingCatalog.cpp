@@ -92,6 +92,12 @@ bool RecordingCatalog::deleteRecording(const UUID& id) {
     });
 }
 
+bool RecordingCatalog::wasDeleted(const UUID& id) {
+    bool isDeleted = false;
+    queue_->sync([&] { isDeleted = deleted_.contains(id); });
+    return isDeleted;
+}
+
 void RecordingCatalog::removeOwned(const RecordingMetadata& recording) {
     const auto audio = audioArtifactURLs(recording);
     std::set<std::string> tokens;

@@ -77,6 +77,8 @@ class RecordingCatalog {
     bool upsert(const RecordingMetadata& recording);
     /// Removes a recording with all it owns: audio, sidecars, diagnostics runs, log lines.
     bool deleteRecording(const UUID& id);
+    /// By this process: nothing of the recording may be written any more.
+    bool wasDeleted(const UUID& id);
     /// An empty note is stored as none. An unknown id changes nothing.
     bool setNote(const std::string& note, const UUID& id);
     /// Whether a later start of the program is to make an M4A of the WAV. An unknown id changes

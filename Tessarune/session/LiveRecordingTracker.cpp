@@ -56,6 +56,9 @@ void LiveRecordingTracker::journalTranslation(const CaptionSegment& row) {
 bool LiveRecordingTracker::saveTranscripts(std::string_view sourceText,
                                            std::string_view bilingualText,
                                            const std::optional<HistoryWordTimeline>& wordTimeline) {
+    // While its session ran: what the user deleted does not come back.
+    if (currentID_ && catalog_.wasDeleted(*currentID_))
+        discardCurrentRecordingIfAny();
     const std::unique_ptr<SessionJournal> journal = std::move(journal_);
     if (!currentID_)
         return true;

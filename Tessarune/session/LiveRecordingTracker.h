@@ -48,7 +48,7 @@ class LiveRecordingTracker {
 
     /// Saves the texts of the current recording, which is then no longer current, whatever could
     /// be saved of them. False if anything could not; the next start then makes it from the
-    /// journal.
+    /// journal. Of a recording that was deleted meanwhile there is nothing to save.
     bool saveTranscripts(std::string_view sourceText, std::string_view bilingualText,
                          const std::optional<HistoryWordTimeline>& wordTimeline);
     /// Replaces the texts of the recording that was saved last, if it is still there and nobody has

@@ -219,6 +219,7 @@ TEST_F(RecordingCatalogTests, DeletingTakesAllThatIsTheRecordings) {
 
     ASSERT_TRUE(catalog.deleteAll());
     EXPECT_TRUE(disk.list(paths.logs()).empty() && !hasSidecars(other));
+    EXPECT_FALSE(catalog.upsert(recording(10, "other.wav", other))) << "of a session that runs on";
     EXPECT_EQ(disk.contentsOf("/data/recordings.json"), "[]\n");
 }
 

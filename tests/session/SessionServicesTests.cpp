@@ -200,6 +200,14 @@ TEST_F(LiveRecordingTrackerTests, FollowsARecordingToItsSave) {
     EXPECT_EQ(announced, (std::vector<UUID>{metadata.id, metadata.id}));
 }
 
+TEST_F(LiveRecordingTrackerTests, WhatIsDeletedWhileItIsRecordedDoesNotComeBack) {
+    tracker.handleStarted(metadata, true, core, "option");
+    session.catalog->deleteRecording(metadata.id);
+    EXPECT_TRUE(tracker.saveTranscripts("text", "both", std::nullopt));
+    EXPECT_TRUE(session.files.list(session.paths.transcripts()).empty());
+    EXPECT_EQ(tracker.lastSavedID(), std::nullopt);
+}
+
 TEST_F(LiveRecordingTrackerTests, OneFailingSidecarLeavesTheOthersSaved) {
     tracker.handleStarted(metadata, true, core, "option");
     session.files.refused = ".bilingual";
