@@ -67,7 +67,7 @@ Task<int> runTest(Program& program, const TerminalOptions& options, std::string 
 } // namespace
 
 Task<int> listLanguages(Program& program, const TerminalOptions& options) {
-    const auto languages = program.translationModels.languages().list();
+    const auto languages = program.translationModels.list();
     std::size_t idWidth = 0;
     std::size_t nameWidth = 0;
     for (const auto& language : languages) {
@@ -93,22 +93,21 @@ Task<int> listLanguages(Program& program, const TerminalOptions& options) {
 }
 
 Task<int> downloadLanguage(Program& program, const TerminalOptions& options, std::string id) {
-    const TranslationLanguages languages = program.translationModels.languages();
-    return runDownload(
-        program, options,
-        {id, [languages, id](ShownDownload::Progress progress, std::stop_token stop) {
-             std::function<void(TranslationDownloadProgress)> handler;
-             if (progress)
-                 handler = [progress](TranslationDownloadProgress now) {
-                     progress(now.received, now.expected);
-                 };
-             return languages.download(id, std::move(handler), std::move(stop));
-         }});
+    return runDownload(program, options,
+                       {id, [&languages = program.translationModels,
+                             id](ShownDownload::Progress progress, std::stop_token stop) {
+                            std::function<void(TranslationDownloadProgress)> handler;
+                            if (progress)
+                                handler = [progress](TranslationDownloadProgress now) {
+                                    progress(now.received, now.expected);
+                                };
+                            return languages.download(id, std::move(handler), std::move(stop));
+                        }});
 }
 
 Task<int> removeLanguage(Program& program, std::string id) {
     try {
-        program.translationModels.languages().remove(id);
+        program.translationModels.remove(id);
     } catch (const std::exception& error) {
         printProblem(id + ": " + error.what());
         co_return static_cast<int>(ExitStatus::noModel);
@@ -117,7 +116,7 @@ Task<int> removeLanguage(Program& program, std::string id) {
 }
 
 Task<int> testTranslation(Program& program, const TerminalOptions& options, std::string target) {
-    const auto languages = program.translationModels.languages().list();
+    const auto languages = program.translationModels.list();
     const bool canBeFetched = std::ranges::any_of(languages, [&](const auto& language) {
         return language.id == target && language.status == TranslationAvailabilityStatus::supported;
     });

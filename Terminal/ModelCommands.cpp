@@ -26,7 +26,7 @@ std::string describe(const SpeechModelState& model) {
 } // namespace
 
 Task<int> listModels(Program& program, const TerminalOptions& options) {
-    const std::vector<SpeechModelState> models = program.speechModels.manager().list();
+    const std::vector<SpeechModelState> models = program.speechModels.list();
     std::size_t width = 0;
     for (const auto& model : models)
         width = std::max(width, Text::columns(model.name));
@@ -46,21 +46,21 @@ Task<int> listModels(Program& program, const TerminalOptions& options) {
 }
 
 Task<int> installModel(Program& program, const TerminalOptions& options, std::string name) {
-    const SpeechModelManager manager = program.speechModels.manager();
-    ShownDownload download{
-        name, [manager, name](ShownDownload::Progress progress, std::stop_token stop) {
-            std::function<void(AssetProgress)> handler;
-            if (progress)
-                handler = [progress](AssetProgress now) { progress(now.received, now.expected); };
-            return manager.download(name, std::move(handler), std::move(stop));
-        }};
+    ShownDownload download{name, [&models = program.speechModels,
+                                  name](ShownDownload::Progress progress, std::stop_token stop) {
+                               std::function<void(AssetProgress)> handler;
+                               if (progress)
+                                   handler = [progress](AssetProgress now) {
+                                       progress(now.received, now.expected);
+                                   };
+                               return models.download(name, std::move(handler), std::move(stop));
+                           }};
     return runDownload(program, options, std::move(download));
 }
 
 Task<int> removeModel(Program& program, std::string name) {
-    const SpeechModelManager manager = program.speechModels.manager();
     try {
-        manager.remove(name);
+        program.speechModels.remove(name);
     } catch (const std::exception& error) {
         printProblem(name + ": " + error.what());
         co_return static_cast<int>(ExitStatus::noModel);

@@ -29,7 +29,7 @@ std::string RunTranslation::choose() {
     chosenFrom_ = stored();
     const TranslationChoice choice =
         chooseTranslation(LiveTranslationSettingsSnapshot::current(settings), wanted_,
-                          application_.translationModels.languages().list());
+                          application_.translationModels.list());
     if (!choice.failure.empty())
         throw RunFailure(ExitStatus::noModel, choice.failure);
     if (!choice.notice.empty())

@@ -81,7 +81,7 @@ Task<std::optional<int>> offerTranslation(Program& program, const TerminalOption
         co_return std::nullopt;
     const auto settings = LiveTranslationSettingsSnapshot::current(program.settings);
     const auto choice =
-        chooseTranslation(settings, command.target, program.translationModels.languages().list());
+        chooseTranslation(settings, command.target, program.translationModels.list());
     if (!choice.missing || (!command.target && wasDeclined(program, choice.missing->id)))
         co_return std::nullopt;
     const std::string id = choice.missing->id;

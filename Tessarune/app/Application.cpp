@@ -37,7 +37,7 @@ Application::Application(Host& itsHost, std::string itsProgram)
     TessaruneLog::setDiagnosticsLevel(*settings.diagnosticsLevel);
     settings.speechModelNames = [this] {
         std::vector<std::string> names{std::string(SpeechModels::automatic)};
-        for (const auto& model : speechModels.manager().list())
+        for (const auto& model : speechModels.list())
             names.push_back(model.name);
         return names;
     };

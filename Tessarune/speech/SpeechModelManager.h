@@ -21,22 +21,23 @@ struct SpeechModelState {
     bool operator==(const SpeechModelState&) const = default;
 };
 
-/// The speech models that can be had: listing, downloading and removing them, as functions so that
-/// both front ends can offer it. Main queue.
-struct SpeechModelManager {
+/// The speech models that can be had: listing, downloading and removing them. Main queue.
+class SpeechModelManager {
+  public:
+    virtual ~SpeechModelManager() = default;
+
     /// All that are offered, the smallest first, and others that stand in the store.
-    std::function<std::vector<SpeechModelState>()> list;
+    virtual std::vector<SpeechModelState> list() const = 0;
 
     /// Brings a model that is offered, or brings it anew if it is damaged; nothing happens if it is
     /// there. As AssetInstallationRequest::downloadAndInstall; throws too if there is no such
     /// model.
-    std::function<Task<void>(std::string name, std::function<void(AssetProgress)> progress,
-                             std::stop_token stop)>
-        download;
+    virtual Task<void> download(std::string name, std::function<void(AssetProgress)> progress,
+                                std::stop_token stop) = 0;
 
     /// Throws with a text that can be shown, also for a model that came with the program and for a
     /// name that is none.
-    std::function<void(std::string name)> remove;
+    virtual void remove(const std::string& name) = 0;
 };
 
 } // namespace tessarune

@@ -29,24 +29,26 @@ struct TranslationDownloadProgress {
     std::uint64_t expected = 0;
 };
 
-/// The languages that English can be translated to: listing, downloading and removing them, as
-/// functions so that both front ends can offer it. Main queue.
-struct TranslationLanguages {
+/// The languages that English can be translated to: listing, downloading and removing them. Main
+/// queue.
+class TranslationLanguages {
+  public:
+    virtual ~TranslationLanguages() = default;
+
     /// All targets, in the order in which they are offered.
-    std::function<std::vector<TranslationLanguageState>()> list;
+    virtual std::vector<TranslationLanguageState> list() const = 0;
 
     /// Brings a language, or brings it anew if it is damaged; nothing happens if it is there.
     /// Throws with a text that can be shown: also for an `id` that is none or has no model, and
     /// when `stop` asks to end before it is done; what has arrived by then is kept for the next
     /// attempt. `progress`, which may be empty, is called on the main queue.
-    std::function<Task<void>(std::string id,
-                             std::function<void(TranslationDownloadProgress)> progress,
-                             std::stop_token stop)>
-        download;
+    virtual Task<void> download(std::string id,
+                                std::function<void(TranslationDownloadProgress)> progress,
+                                std::stop_token stop) = 0;
 
     /// Throws with a text that can be shown, also for a language that came with the program and for
     /// an `id` that is none.
-    std::function<void(std::string id)> remove;
+    virtual void remove(const std::string& id) = 0;
 };
 
 } // namespace tessarune

@@ -88,17 +88,6 @@ SpeechModelInventory::assetInstallationRequest(std::string localeIdentifier) {
     co_return std::make_shared<Request>(std::move(fetch));
 }
 
-SpeechModelManager SpeechModelInventory::manager() {
-    SpeechModelManager functions;
-    functions.list = [this] { return list(); };
-    functions.download = [this](std::string name, std::function<void(AssetProgress)> progress,
-                                std::stop_token stop) {
-        return download(std::move(name), std::move(progress), std::move(stop));
-    };
-    functions.remove = [this](const std::string& name) { remove(name); };
-    return functions;
-}
-
 AvailableModel SpeechModelInventory::availableModel(const OfferedSpeechModel& offer,
                                                     const MoonshineLibrary& library) {
     AvailableModel model;

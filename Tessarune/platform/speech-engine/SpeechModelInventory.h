@@ -15,7 +15,7 @@ namespace tessarune {
 /// files against the model store. All English locales share one model; other languages have none.
 ///
 /// Main queue. Store and installer must outlive it and the requests that it gave.
-class SpeechModelInventory final : public AssetInventory {
+class SpeechModelInventory final : public AssetInventory, public SpeechModelManager {
   public:
     using Library = std::function<std::shared_ptr<const MoonshineLibrary>()>;
 
@@ -29,8 +29,10 @@ class SpeechModelInventory final : public AssetInventory {
     Task<std::shared_ptr<AssetInstallationRequest>>
     assetInstallationRequest(std::string localeIdentifier) override;
 
-    /// Functions over this object; it must outlive them.
-    SpeechModelManager manager();
+    std::vector<SpeechModelState> list() const override;
+    Task<void> download(std::string name, std::function<void(AssetProgress)> progress,
+                        std::stop_token stop) override;
+    void remove(const std::string& name) override;
 
     /// What the engine's list says about a model. Throws std::runtime_error for a list that is not
     /// understood.
@@ -39,10 +41,6 @@ class SpeechModelInventory final : public AssetInventory {
 
   private:
     bool isWhole(const std::string& name) const;
-    Task<void> download(std::string name, std::function<void(AssetProgress)> progress,
-                        std::stop_token stop);
-    std::vector<SpeechModelState> list() const;
-    void remove(const std::string& name);
 
     ModelStore& store_;
     ModelInstaller& installer_;

@@ -278,22 +278,22 @@ Task<void> TranslationModelInventory::bring(std::string source, std::string targ
         std::rethrow_exception(failure);
 }
 
-TranslationLanguages TranslationModelInventory::languages() {
-    const std::shared_ptr<Shared> shared = shared_;
-    TranslationLanguages functions;
-    functions.list = [shared] {
-        std::vector<TranslationLanguageState> states;
-        for (const auto& language : TranslationSupport::targetLanguages())
-            states.push_back(shared->stateOf(language.id));
-        return states;
-    };
-    functions.download = [shared](std::string id,
-                                  std::function<void(TranslationDownloadProgress)> progress,
-                                  std::stop_token stop) {
-        return Shared::download(shared, std::move(id), std::move(progress), std::move(stop));
-    };
-    functions.remove = [shared](const std::string& id) { shared->remove(id); };
-    return functions;
+std::vector<TranslationLanguageState> TranslationModelInventory::list() const {
+    std::vector<TranslationLanguageState> states;
+    for (const auto& language : TranslationSupport::targetLanguages())
+        states.push_back(shared_->stateOf(language.id));
+    return states;
+}
+
+Task<void>
+TranslationModelInventory::download(std::string id,
+                                    std::function<void(TranslationDownloadProgress)> progress,
+                                    std::stop_token stop) {
+    return Shared::download(shared_, std::move(id), std::move(progress), std::move(stop));
+}
+
+void TranslationModelInventory::remove(const std::string& id) {
+    shared_->remove(id);
 }
 
 } // namespace tessarune

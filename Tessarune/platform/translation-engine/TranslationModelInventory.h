@@ -15,10 +15,10 @@ namespace tessarune {
 /// against the model store. The catalogue is the one that was fetched last, which is kept beside
 /// the models, or the built-in one; it is fetched anew with every download and at no other time.
 ///
-/// Any thread, but for making it and for what `languages` gives: those are for the main queue.
+/// Any thread, but for making it and for what `TranslationLanguages` asks for the main queue.
 /// Store and installer must outlive it. Dropping it stops the catalogue that is on its way and
 /// waits for that; a model that is on its way is the installer's.
-class TranslationModelInventory {
+class TranslationModelInventory final : public TranslationLanguages {
   public:
     /// The catalogue is fetched as the installer fetches files. `trial` is that of each model; by
     /// default the engine has to load it and translate with it.
@@ -26,7 +26,7 @@ class TranslationModelInventory {
         Host& host, ModelStore& store, ModelInstaller& installer,
         TranslationCatalogueSource source = TranslationCatalogueSource::ofEngine(),
         ModelTrial trial = {});
-    ~TranslationModelInventory();
+    ~TranslationModelInventory() override;
     TranslationModelInventory(const TranslationModelInventory&) = delete;
     TranslationModelInventory& operator=(const TranslationModelInventory&) = delete;
 
@@ -43,8 +43,10 @@ class TranslationModelInventory {
     /// that the engine cannot use, stays until another has arrived in its place.
     Task<void> bring(std::string source, std::string target, Executor executor);
 
-    /// Functions over this object; it must outlive them.
-    TranslationLanguages languages();
+    std::vector<TranslationLanguageState> list() const override;
+    Task<void> download(std::string id, std::function<void(TranslationDownloadProgress)> progress,
+                        std::stop_token stop) override;
+    void remove(const std::string& id) override;
 
   private:
     struct Shared;

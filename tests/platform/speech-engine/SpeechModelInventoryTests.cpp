@@ -63,7 +63,7 @@ class SpeechModelInventoryTest : public ::testing::Test {
     }
 
     const SpeechModelState& state(std::string_view name) {
-        states_ = inventory_.manager().list();
+        states_ = inventory_.list();
         return *std::find_if(states_.begin(), states_.end(),
                              [&](const SpeechModelState& one) { return one.name == name; });
     }
@@ -103,10 +103,9 @@ TEST_F(SpeechModelInventoryTest, MissingModelIsFetchedAndThenThere) {
     EXPECT_EQ(bring("en-US"), "installed") << "a damaged one is fetched anew";
     EXPECT_TRUE(state("tiny-en").isInstalled && state("tiny-en").damage.empty());
 
-    const SpeechModelManager manager = inventory_.manager();
-    manager.remove("small-streaming-en");
+    inventory_.remove("small-streaming-en");
     EXPECT_FALSE(state("small-streaming-en").isInstalled);
-    EXPECT_EQ(manager.list().size(), SpeechModels::offered().size());
+    EXPECT_EQ(inventory_.list().size(), SpeechModels::offered().size());
 }
 
 TEST_F(SpeechModelInventoryTest, WhatCannotBeIsSaid) {
@@ -114,8 +113,8 @@ TEST_F(SpeechModelInventoryTest, WhatCannotBeIsSaid) {
     EXPECT_EQ(bring("enm"), "There is no speech model for enm.");
     choice_ = "huge-en";
     EXPECT_EQ(bring("en-US"), "There is no speech model named huge-en.");
-    EXPECT_THROW(inventory_.manager().remove("huge-en"), std::runtime_error);
-    EXPECT_THROW(inventory_.manager().remove("../.."), std::exception);
+    EXPECT_THROW(inventory_.remove("huge-en"), std::runtime_error);
+    EXPECT_THROW(inventory_.remove("../.."), std::exception);
 
     choice_ = "tiny-en";
     for (

@@ -53,7 +53,7 @@ class TranslationDownloadTest : public TranslationFixture {
     }
 
     TranslationLanguageState state(const std::string& id) {
-        const auto all = inventory.languages().list();
+        const auto all = inventory.list();
         return *std::find_if(all.begin(), all.end(),
                              [&](const auto& language) { return language.id == id; });
     }
@@ -198,7 +198,7 @@ TEST_F(TranslationDownloadTest, CatalogueComesThroughABadNetworkOrItIsSaid) {
         if (std::string(failure).empty()) {
             EXPECT_EQ(outcome.failure, "") << name;
             EXPECT_EQ(fresh.status("en-US", "fr-FR"), TranslationAvailabilityStatus::installed);
-            fresh.languages().remove("fr");
+            fresh.remove("fr");
         } else {
             EXPECT_NE(outcome.failure.find(failure), std::string::npos) << name << outcome.failure;
         }
@@ -231,7 +231,7 @@ TEST_F(TranslationDownloadTest, FetchedCatalogueReplacesTheBuiltInAndIsKept) {
     EXPECT_EQ(later.status("en-US", "th-TH"), TranslationAvailabilityStatus::supported);
 
     // Without the list's server, the list that is here has to do.
-    later.languages().remove("fr");
+    later.remove("fr");
     server.on(records_, [](const Request&) { return Reply::failure(404); });
     EXPECT_EQ(run(later.bring("en-US", "fr-FR", Executor::main(host))).failure, "");
     writeContents(folder / "own" / "translation" / "catalogue.json", "{");
@@ -241,15 +241,14 @@ TEST_F(TranslationDownloadTest, FetchedCatalogueReplacesTheBuiltInAndIsKept) {
 
 TEST_F(TranslationDownloadTest, LanguagesAreListedDownloadedAndRemoved) {
     const auto paths = publish("fr", "no model", "no vocabulary");
-    const TranslationLanguages languages = inventory.languages();
-    EXPECT_EQ(languages.list().size(), 19u);
+    EXPECT_EQ(inventory.list().size(), 19u);
     EXPECT_EQ(state("fr").status, TranslationAvailabilityStatus::supported);
     EXPECT_EQ(state("fr").bytes, 0u) << "unknown before a catalogue was fetched";
     EXPECT_EQ(state("th").status, TranslationAvailabilityStatus::unsupported);
 
     TranslationDownloadProgress last;
     const auto note = [&](TranslationDownloadProgress now) { last = now; };
-    EXPECT_EQ(run(languages.download("fr", note, {})).failure, "");
+    EXPECT_EQ(run(inventory.download("fr", note, {})).failure, "");
     EXPECT_EQ(last.received, last.expected);
     EXPECT_EQ(last.expected, packed("no model").size() + packed("no vocabulary").size());
     EXPECT_TRUE(state("fr").isRemovable);
@@ -258,21 +257,21 @@ TEST_F(TranslationDownloadTest, LanguagesAreListedDownloadedAndRemoved) {
     writeContents(store.find(ModelKind::translation, "en-fr").value().path("vocab.enfr.spm"), "");
     EXPECT_NE(state("fr").damage.find("vocab.enfr.spm"), std::string::npos);
     EXPECT_EQ(state("fr").status, TranslationAvailabilityStatus::supported);
-    EXPECT_EQ(run(languages.download("fr", {}, {})).failure, "") << "brought anew";
+    EXPECT_EQ(run(inventory.download("fr", {}, {})).failure, "") << "brought anew";
     EXPECT_EQ(state("fr").damage, "");
 
     const auto vocabulary =
         store.find(ModelKind::translation, "en-fr").value().path("vocab.enfr.spm");
     writeContents(vocabulary, "NO vocabulary");
-    EXPECT_EQ(run(languages.download("fr", {}, {})).failure, "");
+    EXPECT_EQ(run(inventory.download("fr", {}, {})).failure, "");
     EXPECT_EQ(contentsOf(vocabulary), "no vocabulary") << "also if only its sum is wrong";
 
-    languages.remove("fr");
+    inventory.remove("fr");
     EXPECT_EQ(state("fr").status, TranslationAvailabilityStatus::supported);
     EXPECT_EQ(state("fr").bytes, last.expected) << "what a download would bring";
     for (const char* unknown : {"en", "th", "xx", "", "../fr"}) {
-        EXPECT_NE(run(languages.download(unknown, {}, {})).failure, "") << unknown;
-        EXPECT_THROW(languages.remove(unknown), std::runtime_error) << unknown;
+        EXPECT_NE(run(inventory.download(unknown, {}, {})).failure, "") << unknown;
+        EXPECT_THROW(inventory.remove(unknown), std::runtime_error) << unknown;
     }
 
     std::stop_source stop;
@@ -280,6 +279,6 @@ TEST_F(TranslationDownloadTest, LanguagesAreListedDownloadedAndRemoved) {
         stop.request_stop();
         return Reply::cut("packed", 1).stalling();
     });
-    EXPECT_EQ(run(languages.download("fr", {}, stop.get_token())).failure,
+    EXPECT_EQ(run(inventory.download("fr", {}, stop.get_token())).failure,
               DownloadStopped().what());
 }
