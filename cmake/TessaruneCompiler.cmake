@@ -24,6 +24,7 @@ target_compile_definitions(tessarune-options INTERFACE
 
 if(TESSARUNE_SANITIZE)
   add_compile_options(-fsanitize=${TESSARUNE_SANITIZE} -fno-omit-frame-pointer)
+  add_compile_definitions(TESSARUNE_SANITIZED)
   add_link_options(-fsanitize=${TESSARUNE_SANITIZE})
   if(TESSARUNE_SANITIZE MATCHES "undefined")
     add_compile_options(-fno-sanitize-recover=undefined)

@@ -1,6 +1,7 @@
 #include "Tessarune/audio/AudioSessionRecorder.h"
 
 #include "Tessarune/audio/WAVHeader.h"
+#include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/DateText.h"
 #include "TessaruneCore/text/Localization.h"
 
@@ -129,12 +130,8 @@ Task<std::optional<RecordingMetadata>> AudioSessionRecorder::finishAndStop() {
 Task<std::optional<RecordingMetadata>>
 AudioSessionRecorder::finish(std::shared_ptr<AudioSessionRecorder> self) {
     self->logger_.event("audioRecorder.stop.request", {{"mode", std::string("await")}});
-    const SwitchTo writer = switchTo(Executor::queue(self->host_, self->queue_));
-    co_await writer;
-    auto finished = self->stopOnQueue();
-    const SwitchTo main = switchTo(Executor::main(self->host_));
-    co_await main;
-    co_return finished;
+    co_return co_await runOn(Executor::queue(self->host_, self->queue_),
+                             [&] { return self->stopOnQueue(); });
 }
 
 // Start

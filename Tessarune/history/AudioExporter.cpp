@@ -1,9 +1,9 @@
 #include "Tessarune/history/AudioExporter.h"
 
 #include "TessaruneCore/host/CancellationError.h"
+#include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/Localization.h"
 
-#include <exception>
 #include <utility>
 
 namespace tessarune {
@@ -61,19 +61,9 @@ Task<void> AudioExporter::transcodeToM4A(std::filesystem::path from, std::filesy
                                          MediaProgress progress, std::stop_token stop) {
     // The coroutine may outlive the exporter; it takes along what it needs.
     const auto transcode = transcode_;
-    const SwitchTo worker = switchTo(Executor::queue(host_, queue_));
-    const SwitchTo main = switchTo(Executor::main(host_));
-    std::exception_ptr failure;
-    co_await worker;
     try {
-        (*transcode)(from, to, progress, stop);
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    co_await main;
-    try {
-        if (failure)
-            std::rethrow_exception(failure);
+        co_await runOn(Executor::queue(host_, queue_),
+                       [&] { (*transcode)(from, to, progress, stop); });
     } catch (const MediaFileError& error) {
         rethrow(error);
     }

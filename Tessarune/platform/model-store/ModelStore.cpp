@@ -23,11 +23,13 @@ bool isSum(std::string_view text) {
 /// Throws if the text is no record of this version.
 void parseRecord(const std::string& text, StoredModel& model) {
     const nlohmann::json json = nlohmann::json::parse(text);
-    if (json.at("version").get<int>() != recordVersion)
+    if (json.at("version") != recordVersion)
         throw std::runtime_error("a record of another version");
     model.details = json.at("details").get<std::map<std::string, std::string>>();
     for (const auto& entry : json.at("files")) {
-        ModelFile file{entry.at("name").get<std::string>(), entry.at("bytes").get<std::uint64_t>(),
+        // The reference, because a conversion takes -1.5 as well.
+        ModelFile file{entry.at("name").get<std::string>(),
+                       entry.at("bytes").get_ref<const std::uint64_t&>(),
                        entry.at("sha256").get<std::string>()};
         if (!ModelStore::isSafeName(file.name) || !isSum(file.sha256))
             throw std::runtime_error("a record with a name or a sum that cannot be one");

@@ -1,7 +1,8 @@
 #include "Tessarune/platform/speech-engine/MoonshineSpeechAnalyzer.h"
 
+#include "TessaruneCore/host/RunOn.h"
+
 #include <exception>
-#include <functional>
 #include <stdexcept>
 
 namespace tessarune {
@@ -10,20 +11,10 @@ namespace {
 
 using Session = std::shared_ptr<RecognitionSession>;
 
-/// Does `work` on the worker queue and comes back to the main queue with its outcome.
-Task<void> onWorker(Executor worker, Executor main, std::function<void()> work) {
-    const SwitchTo toWorker = switchTo(worker);
-    co_await toWorker;
-    std::exception_ptr failure;
-    try {
-        work();
-    } catch (...) {
-        failure = std::current_exception();
-    }
-    const SwitchTo toMain = switchTo(main);
-    co_await toMain;
-    if (failure)
-        std::rethrow_exception(failure);
+/// Does `work` on the worker queue and resumes on the main queue with its outcome. A coroutine of
+/// its own, because the session outlives the analyzer until the work is done.
+Task<void> onWorker(Executor worker, Session session, void (RecognitionSession::*work)()) {
+    co_await runOn(std::move(worker), [&] { (*session.*work)(); });
 }
 
 /// Brings the input to the session until it ends; runs on the worker queue.
@@ -42,15 +33,12 @@ Task<void> readInput(Session session, AsyncStream<AnalyzerInput> input, std::sto
     }
 }
 
-Task<void> finishAfter(std::optional<TaskHandle> reading, Session session, Executor worker,
-                       Executor main) {
+Task<void> finishAfter(std::optional<TaskHandle> reading, Session session, Executor worker) {
     if (reading) {
         OneShot<bool> readAll = reading->finished();
         co_await readAll;
     }
-    std::function<void()> finish = [session] { session->finish(); };
-    Task<void> finishing = onWorker(std::move(worker), std::move(main), std::move(finish));
-    co_await finishing;
+    co_await onWorker(std::move(worker), std::move(session), &RecognitionSession::finish);
 }
 
 } // namespace
@@ -80,13 +68,11 @@ void MoonshineSpeechAnalyzer::abandon() {
 Task<void> MoonshineSpeechAnalyzer::prepareToAnalyze(AudioFormat format) {
     if (format != bestAvailableAudioFormat())
         throw std::invalid_argument("The speech engine takes 16 kHz, one channel.");
-    return onWorker(worker_, main_, [session = session_] { session->prepare(); });
+    return onWorker(worker_, session_, &RecognitionSession::prepare);
 }
 
 Task<void> MoonshineSpeechAnalyzer::start(AsyncStream<AnalyzerInput> inputSequence) {
-    std::function<void()> begin = [session = session_] { session->begin(); };
-    Task<void> beginning = onWorker(worker_, main_, std::move(begin));
-    co_await beginning;
+    co_await onWorker(worker_, session_, &RecognitionSession::begin);
     Task<void> reading = readInput(session_, std::move(inputSequence), stopReading_.get_token());
     reading_ = spawn(worker_, std::move(reading), stopReading_);
 }
@@ -95,22 +81,20 @@ Task<void> MoonshineSpeechAnalyzer::finalize(double through) {
     const OneShot<bool> decided(main_);
     worker_.run([session = session_, through, decided] { session->closeLine(through, decided); });
     co_await decided;
-    const SwitchTo toMain = switchTo(main_);
-    co_await toMain; // the decision may have been there before the wait
+    co_await switchTo(main_); // the decision may have been there before the wait
 }
 
 Task<void> MoonshineSpeechAnalyzer::cancelAnalysis(double) {
-    return onWorker(worker_, main_, [session = session_] { session->forgetOldLines(); });
+    return onWorker(worker_, session_, &RecognitionSession::forgetOldLines);
 }
 
 Task<void> MoonshineSpeechAnalyzer::finalizeAndFinishThroughEndOfInput() {
-    return finishAfter(reading_, session_, worker_, main_);
+    return finishAfter(reading_, session_, worker_);
 }
 
 Task<void> MoonshineSpeechAnalyzer::cancelAndFinishNow() {
     abandon();
-    const SwitchTo toMain = switchTo(main_);
-    co_await toMain;
+    co_await switchTo(main_);
 }
 
 } // namespace tessarune

@@ -27,7 +27,7 @@ FileToFetch fileOf(const nlohmann::json& entry) {
     FileToFetch file;
     file.name = entry.at("name").get<std::string>();
     file.url = entry.at("url").get<std::string>();
-    file.bytes = entry.at("size").get<std::uint64_t>();
+    file.bytes = entry.at("size").get_ref<const std::uint64_t&>();
     if (entry.at("checksum_type").get<std::string>() == "crc32c")
         file.crc32c = CRC32C::fromBase64(entry.at("checksum").get<std::string>());
     if (!file.crc32c)

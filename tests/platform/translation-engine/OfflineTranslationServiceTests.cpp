@@ -305,7 +305,7 @@ TEST_F(OfflineTranslationTest, AnEngineThatHangsIsGivenUpAndTheNextSessionHasAno
 }
 
 TEST_F(OfflineTranslationTest, GivesItsMemoryBackWithTheLastSession) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef TESSARUNE_SANITIZED
     GTEST_SKIP() << "a sanitizer keeps what was freed";
 #endif
     ProcessMemory::returnLargeBlocks(); // as the program does when it starts
