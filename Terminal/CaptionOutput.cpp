@@ -1,5 +1,6 @@
 #include "Terminal/CaptionOutput.h"
 
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/translation/GhostTranslationPlanner.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
@@ -35,8 +36,9 @@ bool isPreviewOf(const CaptionPreview& preview, std::span<const CaptionSegment> 
 std::string translationFailureText(std::string_view error, std::string_view target) {
     if (!TranslationSupport::isLanguageResourceNotReadyDisplayMessage(error))
         return std::string(error);
-    return "the language's files are missing or damaged: --languages download " +
-           std::string(target);
+    return localized("the model for this language is missing or damaged; to download it: "
+                     "tessarune-terminal --languages download %@",
+                     {std::string(target)});
 }
 
 } // namespace tessarune

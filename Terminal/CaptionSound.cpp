@@ -74,8 +74,8 @@ Task<void> CaptionSound::connect(bool mayShowDemo) {
 
 void CaptionSound::useDemo(const std::string& why) {
     handlers_.say(localized("No sound server: %@.", {why}));
-    handlers_.say(localized("So that there is something to see, a private one starts, and sample "
-                            "speech plays into it. It is not recorded."));
+    handlers_.say(localized("To show how it works, the program starts a sound server of its own "
+                            "and captions sample speech. Nothing is recorded."));
     try {
         demo_ = std::make_unique<DemoSound>(host_);
     } catch (const std::exception& error) {
@@ -103,8 +103,11 @@ AudioSource CaptionSound::microphone(const AudioSource& wanted) {
 }
 
 std::string CaptionSound::description() const {
-    if (file_)
-        return localized("Captions of %@. Ctrl-C ends.", {file_->filename().string()});
+    if (file_) {
+        const bool isInput = *file_ == FileSource::standardInput;
+        return localized("Captions of %@. Ctrl-C ends.",
+                         {isInput ? localized("standard input") : file_->filename().string()});
+    }
     if (source_.isSystemAudio())
         return localized("Listening to what this computer plays. Ctrl-C ends.");
     const SoundServer& connected = demo_ ? demo_->server() : *server_;

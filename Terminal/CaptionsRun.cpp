@@ -8,7 +8,9 @@
 #include "Terminal/RunTranslation.h"
 #include "Terminal/SessionNews.h"
 #include "Terminal/SignalWatch.h"
+#include "Terminal/TranslationOffer.h"
 #include "Tessarune/app/ListeningSession.h"
+#include "Tessarune/audio/MediaFile.h"
 #include "Tessarune/history/HistoryItemLoader.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
@@ -40,6 +42,10 @@ class CaptionsRun {
     CaptionsRun(Program& program, const TerminalOptions& options, CaptionsCommand command);
     CaptionsRun(const CaptionsRun&) = delete;
 
+    /// Opens the source; false if it was interrupted. Throws RunFailure.
+    Task<bool> open();
+    /// The sample comes without questions.
+    bool mayAsk() const { return !sound_.isDemo(); }
     /// From the first sound to the saved session. Throws RunFailure.
     Task<void> run();
     /// Ends the session in order.
@@ -85,23 +91,30 @@ CaptionsRun::CaptionsRun(Program& program, const TerminalOptions& options, Capti
     : program_(program),
       command_(std::move(command)),
       output_(program.host, options, {[this] { update(); }, [this] { interrupt(); }}),
-      translation_(program, command_.target, [this](const std::string& text) { say(text); }),
+      translation_(
+          program, command_.target,
+          options.quiet ? std::function<void(const std::string&)>()
+                        : [this](const std::string& text) { say(text); }),
       sound_(program.host, {[this](const std::string& text) { say(text); },
                             [this](std::exception_ptr failure) { endWith(std::move(failure)); },
                             [this] { return delay_->heardSeconds(); }}),
       started_(Executor::main(program.host)),
       ended_(Executor::main(program.host)) {}
 
-Task<void> CaptionsRun::run() {
+Task<bool> CaptionsRun::open() {
     overrideSettings();
     try {
         co_await sound_.open(command_);
     } catch (const RunFailure&) {
         if (interrupted_)
-            co_return; // it was given up and did not fail
+            co_return false; // it was given up and did not fail
         throw;
     }
     checkEventLog();
+    co_return true;
+}
+
+Task<void> CaptionsRun::run() {
     prepare();
     makeSession();
     Task<void> starting = startListening();
@@ -162,11 +175,10 @@ void CaptionsRun::prepare() {
     try {
         const auto holder = program_.recordsSessions() ? program_.takeDataFolder() : std::nullopt;
         if (holder)
-            throw RunFailure(
-                ExitStatus::dataInUse,
-                localized("%@ (process %lld) is recording already; --no-record captions without a "
-                          "recording",
-                          {holder->program, std::to_string(holder->processID)}));
+            throw RunFailure(ExitStatus::dataInUse,
+                             localized("%@ (process %lld) is already recording; to caption without "
+                                       "recording, add --no-record",
+                                       {holder->program, std::to_string(holder->processID)}));
     } catch (const std::system_error& error) {
         say(localized("Nothing can be recorded: %@", {error.what()}));
         program_.recordNothing();
@@ -176,15 +188,13 @@ void CaptionsRun::prepare() {
 
 void CaptionsRun::tellRepairs(const RecordingRepair::Report& report) const {
     if (report.rebuiltIndex && !report.rebuiltIndex->keptAside.empty()) {
-        say(localized(
-            "The list of recordings could not be read and was made anew (%lld found); the "
-            "old one is kept as %@.",
-            {std::to_string(report.rebuiltIndex->recordings),
-             report.rebuiltIndex->keptAside.filename().string()}));
+        say(localized("The list of recordings could not be read. It was rebuilt, with %lld "
+                      "recordings found; the old list is kept as %@.",
+                      {std::to_string(report.rebuiltIndex->recordings),
+                       report.rebuiltIndex->keptAside.filename().string()}));
     }
     for (const UUID& id : report.recoveredSessions)
-        say(localized("A session that had broken off was completed: --show %@",
-                      {id.text().substr(0, 8)}));
+        say(localized("An interrupted session was recovered: --show %@", {id.text().substr(0, 8)}));
 }
 
 void CaptionsRun::checkEventLog() {
@@ -264,7 +274,7 @@ void CaptionsRun::tellSaved() {
     const auto item = std::ranges::find(listed, *saved, &HistoryItem::id);
     if (item != listed.end())
         say(localized(isWhole ? "Saved: --show %@  (%@)"
-                              : "The sound alone is kept: --show %@  (%@)",
+                              : "Only the sound is kept: --show %@  (%@)",
                       {saved->text().substr(0, 8), item->filePath.value_or("")}));
     else if (program_.catalog.recording(*saved))
         say(localized("The session was too short to be kept."));
@@ -275,6 +285,9 @@ void CaptionsRun::endWith(std::exception_ptr failure) {
         if (failure)
             std::rethrow_exception(failure);
         ended_.resume(nullptr);
+    } catch (const MediaFileError& error) {
+        ended_.resume(
+            std::make_exception_ptr(RunFailure(ExitStatus::unreadableFile, error.what())));
     } catch (const std::exception& error) {
         ended_.resume(std::make_exception_ptr(RunFailure(ExitStatus::internal, error.what())));
     }
@@ -308,14 +321,32 @@ Task<ExitStatus> CaptionsRun::finish(ExitStatus status, std::string problem) {
 } // namespace
 
 Task<int> runCaptions(Program& program, const TerminalOptions& options, CaptionsCommand command) {
-    CaptionsRun captions(program, options, std::move(command));
-    const SignalWatch signals(
-        program.host, [&captions] { captions.interrupt(); }, [&captions] { captions.beginAnew(); });
+    CaptionsRun captions(program, options, command);
+    std::optional<SignalWatch> signals;
+    const auto watchSignals = [&] {
+        signals.emplace(
+            program.host, [&captions] { captions.interrupt(); },
+            [&captions] { captions.beginAnew(); });
+    };
+    watchSignals();
     ExitStatus status = ExitStatus::ok;
     std::string problem;
     try {
-        Task<void> running = captions.run();
-        co_await running;
+        Task<bool> opening = captions.open();
+        const bool isOpen = co_await opening;
+        std::optional<int> over;
+        if (isOpen && captions.mayAsk()) {
+            signals.reset(); // the question and the download have their own
+            Task<std::optional<int>> asking = offerTranslation(program, options, command);
+            over = co_await asking;
+            watchSignals();
+        }
+        if (over) {
+            status = static_cast<ExitStatus>(*over);
+        } else if (isOpen) {
+            Task<void> running = captions.run();
+            co_await running;
+        }
     } catch (const RunFailure& failure) {
         problem = failure.what();
         status = failure.status;

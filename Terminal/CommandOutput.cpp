@@ -2,6 +2,7 @@
 
 #include "Terminal/ExitStatus.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/SystemErrors.h"
 #include "TessaruneCore/text/TextColumns.h"
 
 #include <nlohmann/json.hpp>
@@ -50,8 +51,8 @@ int statusOfOutput(int status) {
     const bool isLost = std::fflush(stdout) != 0;
     if ((!isLost && !wasLostBefore) || readerWentAway())
         return status;
-    const std::string reason = isLost && errno != 0 ? std::generic_category().message(errno)
-                                                    : localized("a part of it was lost");
+    const std::string reason =
+        isLost && errno != 0 ? systemMessage(errno) : localized("part of it was lost");
     printProblem(localized("The output could not be written: %@", {reason}));
     return status == static_cast<int>(ExitStatus::ok) ? static_cast<int>(ExitStatus::ioError)
                                                       : status;

@@ -1,5 +1,6 @@
 #include "Terminal/DownloadProgress.h"
 
+#include "Terminal/CaptionOutput.h"
 #include "Terminal/CommandOutput.h"
 #include "Terminal/ExitStatus.h"
 #include "Terminal/SignalWatch.h"
@@ -18,6 +19,10 @@ namespace tessarune {
 
 namespace {
 
+/// Where lines cannot be rewritten, one for so many per cent (or megabytes, while the size is
+/// unknown).
+constexpr int percentALine = 10;
+
 /// On a terminal one line that is rewritten.
 void rewriteLine(const std::string& text) {
     std::fprintf(stderr, "\r\033[K%s", Text::printableLine(text).c_str());
@@ -32,7 +37,7 @@ std::string progressText(const std::string& name, std::uint64_t received, std::u
 }
 
 std::string troubleText(const std::string& name, const DownloadTrouble& trouble) {
-    return localized("%@: %@ The next attempt follows in %lld s.",
+    return localized("%@: %@ Next attempt in %lld s.",
                      {name, trouble.reason + (trouble.reason.ends_with('.') ? "" : "."),
                       std::to_string(std::lround(std::ceil(trouble.secondsToNextTry)))});
 }
@@ -44,8 +49,9 @@ class DownloadNews {
         : program_(program),
           isJSON_(options.json),
           isQuiet_(options.quiet),
-          isSeen_(isatty(STDERR_FILENO) && !options.quiet && !options.json),
-          name_(std::move(name)) {
+          isSeen_(isScreen(STDERR_FILENO) && !options.quiet && !options.json),
+          name_(std::move(name)),
+          percent_(options.json ? 1 : percentALine) {
         program_.onDownloadTrouble = [this](const DownloadTrouble& trouble) { tell(trouble); };
         if (!isJSON_ && !isQuiet_)
             printNotice(localized("Downloading %@…", {name_}));
@@ -59,6 +65,8 @@ class DownloadNews {
             rewriteLine(progressText(name_, received, expected));
         else if (isJSON_ && isNews)
             printLine({{"received", received}, {"expected", expected}});
+        else if (!isJSON_ && !isQuiet_ && isNews)
+            printNotice(progressText(name_, received, expected));
     }
 
     /// The line stands as it is, so that what follows does not overwrite it.
@@ -109,7 +117,7 @@ int DownloadPercent::of(std::uint64_t received, std::uint64_t expected) {
 bool DownloadPercent::isNews(std::uint64_t received, std::uint64_t expected) {
     const int now = expected > 0 ? of(received, expected)
                                  : static_cast<int>(static_cast<double>(received) / bytesAMegabyte);
-    return std::exchange(last_, now) != now;
+    return std::exchange(last_, now / step_) != now / step_;
 }
 
 std::string megabytes(std::uint64_t bytes) {

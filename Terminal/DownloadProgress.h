@@ -10,20 +10,24 @@
 
 namespace tessarune {
 
-/// When a download has got so far that a program that reads along should hear of it: once for each
-/// per cent, or for each megabyte while the size is unknown.
+/// When a download has got so far that whoever reads along should hear of it: once for every `step`
+/// per cent, or megabytes while the size is unknown.
 class DownloadPercent {
   public:
+    explicit DownloadPercent(int step) : step_(step) {}
+
     static int of(std::uint64_t received, std::uint64_t expected);
     bool isNews(std::uint64_t received, std::uint64_t expected);
 
   private:
+    const int step_;
     int last_ = -1;
 };
 
-/// Downloads one thing, and says how it goes on standard error where somebody can see it, or as
-/// JSON; why it gets nowhere, too. Ctrl-C ends it with ExitStatus::stoppedTwice; what has arrived
-/// by then is kept for the next attempt. Gives the status to end with. Main queue.
+/// Downloads one thing, and says how it goes on standard error, in one line that is rewritten
+/// where that can be done, or as JSON; why it gets nowhere, too. Ctrl-C ends it with
+/// ExitStatus::stoppedTwice; what has arrived by then is kept for the next attempt. Gives the
+/// status to end with. Main queue.
 struct ShownDownload {
     using Progress = std::function<void(std::uint64_t received, std::uint64_t expected)>;
 

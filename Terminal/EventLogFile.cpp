@@ -2,6 +2,7 @@
 
 #include "Terminal/RunFailure.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/SystemErrors.h"
 
 #include <unistd.h>
 
@@ -21,18 +22,21 @@ void EventLogFile::check(const std::optional<fs::path>& source) const {
     std::error_code error;
     // The same file may have two names.
     if (source && fs::equivalent(*source, path_, error))
-        fail(localized("it is the sound that is to be captioned"));
+        fail(localized("it is the sound file to be captioned"));
     const bool exists = fs::exists(path_, error);
     // A device or a pipe holds nothing that could be lost.
     const bool isFile = exists && fs::is_regular_file(path_, error);
     if (isFile && !overwrites_)
-        fail(localized("it exists already; --overwrite replaces it"));
+        fail(localized("it already exists; --overwrite replaces it"));
     const fs::path folder = path_.has_parent_path() ? path_.parent_path() : fs::path(".");
     const int mode = exists ? W_OK : W_OK | X_OK;
     if (fs::is_directory(path_, error))
-        fail(std::generic_category().message(EISDIR));
+        fail(systemMessage(EISDIR));
+    if (!exists && !fs::is_directory(folder, error))
+        fail(localized("there is no folder %@", {folder.string()}));
     if (::access((exists ? path_ : folder).c_str(), mode) != 0)
-        fail(std::generic_category().message(errno));
+        fail(exists ? systemMessage(errno)
+                    : localized("the folder %@ is read-only", {folder.string()}));
 }
 
 void EventLogFile::begin() {
@@ -42,7 +46,7 @@ void EventLogFile::begin() {
                                         mayExist ? LineLogWriter::Existing::isTruncated
                                                  : LineLogWriter::Existing::isRefused);
     if (!writer_)
-        fail(std::generic_category().message(errno));
+        fail(systemMessage(errno));
 }
 
 void EventLogFile::append(const ASREvent& event) {
@@ -55,7 +59,7 @@ void EventLogFile::close() {
         return;
     writer_->close();
     if (writer_->hasLostLines())
-        fail(localized("a part of it was lost"));
+        fail(localized("part of it was lost"));
 }
 
 } // namespace tessarune

@@ -118,7 +118,7 @@ Task<int> listRecordings(Program& program, const TerminalOptions& options) {
     }
     const std::size_t unlisted = program.catalog.recordings().size() - items.size();
     if (!options.json && !options.quiet && unlisted > 0)
-        printNotice(localized("Not listed: sessions without sound, or of a moment only: %lld",
+        printNotice(localized("Not listed, because they are too short or have no sound: %lld",
                               {std::to_string(unlisted)}));
     else if (items.empty() && !options.json && !options.quiet)
         printNotice(localized("No sessions have been recorded yet."));

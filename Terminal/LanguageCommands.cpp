@@ -4,6 +4,7 @@
 #include "Terminal/DownloadProgress.h"
 #include "Terminal/ExitStatus.h"
 #include "Terminal/SignalWatch.h"
+#include "Terminal/TranslationChoice.h"
 #include "Tessarune/translation/TranslationTaskBridge.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/TextColumns.h"
@@ -93,16 +94,25 @@ Task<int> listLanguages(Program& program, const TerminalOptions& options) {
 }
 
 Task<int> downloadLanguage(Program& program, const TerminalOptions& options, std::string id) {
-    return runDownload(program, options,
-                       {id, [&languages = program.translationModels,
-                             id](ShownDownload::Progress progress, std::stop_token stop) {
-                            std::function<void(TranslationDownloadProgress)> handler;
-                            if (progress)
-                                handler = [progress](TranslationDownloadProgress now) {
-                                    progress(now.received, now.expected);
-                                };
-                            return languages.download(id, std::move(handler), std::move(stop));
-                        }});
+    const auto states = program.translationModels.list();
+    const auto state = std::ranges::find(states, id, &TranslationLanguageState::id);
+    if (state == states.end() || state->status == TranslationAvailabilityStatus::unsupported) {
+        printProblem(noTranslationModelText(id));
+        co_return static_cast<int>(ExitStatus::noModel);
+    }
+    Task<int> downloading =
+        runDownload(program, options,
+                    {id, [&languages = program.translationModels,
+                          id](ShownDownload::Progress progress, std::stop_token stop) {
+                         std::function<void(TranslationDownloadProgress)> handler;
+                         if (progress)
+                             handler = [progress](TranslationDownloadProgress now) {
+                                 progress(now.received, now.expected);
+                             };
+                         return languages.download(id, std::move(handler), std::move(stop));
+                     }});
+    const int status = co_await downloading;
+    co_return status;
 }
 
 Task<int> removeLanguage(Program& program, std::string id) {

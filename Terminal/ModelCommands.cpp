@@ -46,6 +46,12 @@ Task<int> listModels(Program& program, const TerminalOptions& options) {
 }
 
 Task<int> installModel(Program& program, const TerminalOptions& options, std::string name) {
+    const auto known = program.speechModels.list();
+    if (std::ranges::find(known, name, &SpeechModelState::name) == known.end()) {
+        printProblem(
+            localized("There is no speech model named '%@'; --model list shows them.", {name}));
+        co_return static_cast<int>(ExitStatus::noModel);
+    }
     ShownDownload download{name, [&models = program.speechModels,
                                   name](ShownDownload::Progress progress, std::stop_token stop) {
                                std::function<void(AssetProgress)> handler;
@@ -55,7 +61,9 @@ Task<int> installModel(Program& program, const TerminalOptions& options, std::st
                                    };
                                return models.download(name, std::move(handler), std::move(stop));
                            }};
-    return runDownload(program, options, std::move(download));
+    Task<int> downloading = runDownload(program, options, std::move(download));
+    const int status = co_await downloading;
+    co_return status;
 }
 
 Task<int> removeModel(Program& program, std::string name) {

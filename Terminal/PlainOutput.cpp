@@ -1,5 +1,6 @@
 #include "Terminal/CaptionOutput.h"
 #include "Terminal/TranslationNews.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/translation/CommittedTranslationUnitPlanner.h"
 #include "TessaruneCore/translation/TranslationSegmentMutator.h"
 
@@ -68,8 +69,9 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
     void printOutcome(const CaptionCore::Rows& rows, std::size_t index) const {
         const CaptionSegment& row = rows[index];
         if (!row.translatedText)
-            status("Not translated: " + sourceText(unitRows(rows, index)) + " (" +
-                   translationFailureText(*row.translationError, target_) + ")");
+            status(localized("Not translated: %@ (%@)",
+                             {sourceText(unitRows(rows, index)),
+                              translationFailureText(*row.translationError, target_)}));
         else if (!row.translatedText->empty())
             std::fprintf(out_, "\t%s\n", row.translatedText->c_str());
     }

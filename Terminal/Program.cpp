@@ -8,7 +8,6 @@
 #include "Terminal/ModelCommands.h"
 #include "Terminal/SettingsCommands.h"
 #include "Terminal/SourcesCommand.h"
-#include "Terminal/TranslationOffer.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <unistd.h>
@@ -25,17 +24,9 @@ Task<void> runThenQuit(Program& program, Task<int> task) {
     program.loop.quit(status);
 }
 
-Task<int> offerThenCaption(Program& program, const TerminalOptions& options,
-                           CaptionsCommand command) {
-    const auto* file = std::get_if<FileSource>(&command.source);
-    if (file && file->path == FileSource::standardInput && isatty(STDIN_FILENO)) {
-        printProblem(localized("--source - reads sound from standard input, which is a terminal."));
-        co_return static_cast<int>(ExitStatus::usage);
-    }
-    const std::optional<int> over = co_await offerTranslation(program, options, command);
-    if (over)
-        co_return *over;
-    co_return co_await runCaptions(program, options, std::move(command));
+Task<int> refuseTerminalAsSound() {
+    printProblem(localized("--source - reads sound from standard input, which is a terminal."));
+    co_return static_cast<int>(ExitStatus::usage);
 }
 
 struct Dispatch {
@@ -43,7 +34,10 @@ struct Dispatch {
     const TerminalOptions& options;
 
     Task<int> operator()(const CaptionsCommand& command) const {
-        return offerThenCaption(program, options, command);
+        const auto* file = std::get_if<FileSource>(&command.source);
+        const bool isInput = file && file->path == FileSource::standardInput;
+        return isInput && isatty(STDIN_FILENO) ? refuseTerminalAsSound()
+                                               : runCaptions(program, options, command);
     }
     Task<int> operator()(const ListSourcesCommand&) const { return listSources(program, options); }
     Task<int> operator()(const ListModelsCommand&) const { return listModels(program, options); }

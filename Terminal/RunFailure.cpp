@@ -25,8 +25,8 @@ RunFailure RunFailure::ofStart(const std::exception_ptr& failure) {
     } catch (const std::exception& error) {
         return {ExitStatus::noModel,
                 std::string(error.what()) + "\n" +
-                    localized("--model list shows the speech models, --model NAME downloads one, "
-                              "also in place of a damaged one; --list and --show need none.")};
+                    localized("--model list shows the speech models; --model NAME downloads one, "
+                              "or replaces a damaged one.")};
     }
 }
 

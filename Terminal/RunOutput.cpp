@@ -2,6 +2,7 @@
 
 #include "Terminal/TerminalCursor.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/SystemErrors.h"
 
 #include <unistd.h>
 
@@ -64,7 +65,7 @@ void RunOutput::handleChange() {
     if (out_.failure() == EPIPE)
         handlers_.onReaderGone();
     else if (out_.failure() != 0)
-        warn(localized("the captions can no longer be written"));
+        warn(localized("The captions can no longer be written."));
     else if (!isFinishing_)
         handlers_.onRoom();
 }
@@ -87,8 +88,7 @@ Task<ExitStatus> RunOutput::finish(std::optional<CaptionPicture> last, ExitStatu
     TerminalCursor::release();
     const int failure = out_.failure();
     if ((failure != 0 && failure != EPIPE) || !out_.isWritten()) {
-        const std::string why =
-            failure != 0 ? std::generic_category().message(failure) : localized("nobody read it");
+        const std::string why = failure != 0 ? systemMessage(failure) : localized("nobody read it");
         problem +=
             (problem.empty() ? "" : "\n") + localized("the output could not be written: %@", {why});
         status = status == ExitStatus::ok ? ExitStatus::ioError : status;

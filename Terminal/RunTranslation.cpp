@@ -65,6 +65,8 @@ RunTranslation::Stored RunTranslation::stored() const {
 
 /// Once for each choice that cannot be had, and not at every start.
 void RunTranslation::sayMissing(const std::string& notice) {
+    if (!say_)
+        return;
     const AppSettings& settings = application_.settings;
     const SettingValue choice =
         *settings.translationBackend + " " + *settings.translationTargetLanguage;

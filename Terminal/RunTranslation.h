@@ -14,7 +14,7 @@ namespace tessarune {
 class RunTranslation {
   public:
     /// `wanted` is that of the command line: a language, empty for none, absent for the settings'.
-    /// `say` gets what the user is to hear.
+    /// `say` gets what the user is to hear; empty where nobody listens.
     RunTranslation(Application& application, std::optional<std::string> wanted,
                    std::function<void(const std::string&)> say);
     ~RunTranslation();

@@ -16,12 +16,6 @@ namespace {
 constexpr std::size_t settingColumns = 80;
 constexpr const char* settingIndent = "    ";
 
-/// A file that is not understood is not used and never overwritten; the user should know.
-void warnOfProblem(const Program& program) {
-    if (!program.storedDefaults.problem().empty())
-        printProblem(localized("The settings file: %@", {program.storedDefaults.problem()}));
-}
-
 nlohmann::ordered_json json(const AnySetting& setting) {
     const SettingInfo& info = setting.info();
     return {{"type", "setting"},
@@ -80,7 +74,9 @@ Task<int> showSettings(Program& program, const TerminalOptions& options) {
         if (!options.json)
             printText("");
     }
-    warnOfProblem(program);
+    // A file that is not understood is not used and never overwritten; the user should know.
+    if (const std::string problem = program.storedDefaults.problem(); !problem.empty())
+        printProblem(localized("The settings cannot be read: %@.", {problem}));
     co_return static_cast<int>(ExitStatus::ok);
 }
 
@@ -95,14 +91,15 @@ Task<int> changeSettings(Program& program, SetCommand command) {
     if (const auto aside = program.renewSettingsFile(); !aside.empty())
         std::fprintf(stderr, "%s\n",
                      localized("The settings file could not be read. It is kept as %@; a new one "
-                               "begins, with recordWhileCaptioning=false.",
+                               "was begun, with recordWhileCaptioning=false.",
                                {aside.string()})
                          .c_str());
     for (const auto& [key, text] : command.values)
         program.settings.find(key)->setText(text);
     if (program.storedDefaults.problem().empty())
         co_return static_cast<int>(ExitStatus::ok);
-    warnOfProblem(program);
+    printProblem(
+        localized("The settings could not be saved: %@.", {program.storedDefaults.problem()}));
     co_return static_cast<int>(ExitStatus::cannotWrite);
 }
 

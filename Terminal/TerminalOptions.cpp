@@ -29,14 +29,14 @@ SourceChoice parseSource(const std::string& text) {
         return AudioSource::systemAudio();
     if (text == "mic")
         return AudioSource::microphone();
-    if (text == "-")
+    if (text == "-" || text == "file:-")
         return FileSource{FileSource::standardInput};
     if (text.starts_with("mic:") && !Text::trimmed(text.substr(4)).empty())
         return AudioSource::microphone(text.substr(4));
     if (text.starts_with("file:") && text.size() > 5)
         return FileSource{text.substr(5)};
     throw UsageProblem(
-        localized("--source is system, mic, mic:NAME, file:PATH or -, not '%@'.", {text}));
+        localized("--source takes system, mic, mic:NAME, file:PATH or -, not '%@'.", {text}));
 }
 
 /// The recogniser's identifier for an English that is written in any case.
@@ -50,7 +50,7 @@ std::string checkedLocale(const std::string& text) {
         known.push_back(option.localeIdentifier);
     }
     throw UsageProblem(
-        localized("--locale is one of %@, not '%@'.", {Text::joined(known, ", "), text}));
+        localized("--locale takes one of %@, not '%@'.", {Text::joined(known, ", "), text}));
 }
 
 std::string checkedTarget(const std::string& option, const std::string& text) {
@@ -59,7 +59,7 @@ std::string checkedTarget(const std::string& option, const std::string& text) {
     std::vector<std::string> known;
     for (const auto& language : TranslationSupport::targetLanguages())
         known.push_back(language.id);
-    throw UsageProblem(localized("%@ knows no language '%@'. It knows: %@.",
+    throw UsageProblem(localized("%@ does not know the language '%@'. It knows %@.",
                                  {option, text, Text::joined(known, ", ")}));
 }
 
@@ -134,27 +134,28 @@ void declareCaptions(CLI::App& app, Words& words) {
         words.captions.push_back(option);
         return option;
     };
-    add(app.add_option("--source", words.source,
-                       localized("What to listen to: system (what the computer plays, as without "
-                                 "the option), mic, mic:NAME, file:PATH (any sound or film), or - "
-                                 "(standard input)")))
+    add(app.add_option(
+            "--source", words.source,
+            localized("What to listen to: system (what the computer plays; the default), mic, "
+                      "mic:NAME, file:PATH (any sound or film), or - (standard input)")))
         ->type_name("SOURCE");
     add(app.add_flag("--fast", words.fast,
-                     localized("A file as fast as the recogniser goes, not at real speed")));
+                     localized("Play a file as fast as the recogniser can follow")));
     add(app.add_option("--locale", words.locale,
-                       localized("The English that is spoken: en-US, en-GB, en-AU and others")))
+                       localized("The English to recognise: en-US, en-GB, en-AU and others")))
         ->type_name("LOCALE");
-    add(app.add_option("--target", words.target,
-                       localized("The language to translate into, or off; without it as in the "
-                                 "settings")))
+    add(app.add_option(
+            "--target", words.target,
+            localized("The language to translate into, or off; by default as in the settings")))
         ->type_name("LANG");
     add(app.add_flag("--no-record", words.noRecord,
                      localized("Keep neither sound nor transcript of this session")));
-    add(app.add_option("--event-log", words.eventLog,
-                       localized("Write what the recogniser said there, for tessarune --replay")))
+    add(app.add_option(
+            "--event-log", words.eventLog,
+            localized("Write the recogniser's results to a file, for tessarune --replay")))
         ->type_name("PATH");
     add(app.add_flag("--overwrite", words.overwrites,
-                     localized("Replace an event log that is there already")));
+                     localized("Replace an event log that already exists")));
 }
 
 void declareOutput(CLI::App& app, TerminalOptions& options) {
@@ -162,9 +163,9 @@ void declareOutput(CLI::App& app, TerminalOptions& options) {
     app.add_flag("--json", options.json, localized("One JSON object a line instead of text"))
         ->group(group);
     app.add_flag("--quiet", options.quiet, localized("No status lines"))->group(group);
-    app.set_help_flag("-h,--help", localized("Print this and end"))->group(group);
+    app.set_help_flag("-h,--help", localized("Print this help and exit"))->group(group);
     app.set_version_flag("--version", "tessarune-terminal " TESSARUNE_VERSION,
-                         localized("Print the version and end"))
+                         localized("Print the version and exit"))
         ->group(group);
 }
 
@@ -187,8 +188,8 @@ void declareCommands(CLI::App& app, Words& words) {
         ->type_name("NAME")
         ->expected(1, 2);
     add(app.add_option("--languages", words.languages,
-                       localized("The languages to translate into: list (also without a word), "
-                                 "download LANG or remove LANG")))
+                       localized("The languages to translate into: list (the default), download "
+                                 "LANG or remove LANG")))
         ->type_name("[LANG]")
         ->expected(0, 2);
     add(app.add_option("--test-translation", words.testTranslation,
@@ -196,7 +197,7 @@ void declareCommands(CLI::App& app, Words& words) {
         ->type_name("LANG");
     group = localized("Settings");
     add(app.add_flag("--settings", words.showSettings,
-                     localized("Show all settings, what they do and which values they take")));
+                     localized("Show all settings, what they do and their possible values")));
     add(app.add_option("--set", words.assignments,
                        localized("Change a setting; may be given several times")))
         ->type_name("KEY=VALUE")
@@ -226,7 +227,7 @@ void refuseWhatDoesNotGoTogether(const CLI::App& app, const Words& words) {
     if (command == words.commands.end())
         return;
     const auto clash = [&](const CLI::Option* other) {
-        throw UsageProblem(localized("%@ and %@ do not go together.",
+        throw UsageProblem(localized("%@ and %@ cannot be combined.",
                                      {(*command)->get_name(), other->get_name()}));
     };
     std::for_each(command + 1, words.commands.end(), [&](const CLI::Option* other) {
@@ -279,6 +280,22 @@ TerminalOptions::Command commandOf(const CLI::App& app, const Words& words) {
     return captionsCommand(words, isGiven(app.get_option("--source")));
 }
 
+/// What the parser found, in the program's own words: its texts name the option and nothing else
+/// that is of use.
+std::string problemOf(const CLI::App& app, const CLI::ParseError& error) {
+    std::string_view text = error.what();
+    text.remove_prefix(std::min(text.find("--"), text.size()));
+    const std::string name(text.substr(0, text.find_first_of(": =")));
+    const CLI::Option* option = app.get_option_no_throw(name);
+    if (!option)
+        return localized("'%@' is not understood.", {name});
+    if (option->get_items_expected_max() == 0)
+        return localized("%@ takes no value.", {name});
+    const auto most = static_cast<std::size_t>(option->get_items_expected_max());
+    return option->count() > most ? localized("%@ is given more than once.", {name})
+                                  : localized("%@ needs a value.", {name});
+}
+
 int tellUsageProblem(const std::string& problem, std::ostream& err) {
     err << "tessarune-terminal: " << Text::printable(problem) << "\n"
         << localized("--help lists the options.") << "\n";
@@ -309,7 +326,7 @@ std::variant<TerminalOptions, int> TerminalOptions::parse(int argc, const char* 
         out << version.what() << "\n";
         return static_cast<int>(ExitStatus::ok);
     } catch (const CLI::ParseError& error) {
-        return tellUsageProblem(error.what(), err);
+        return tellUsageProblem(problemOf(app, error), err);
     }
     return options;
 }

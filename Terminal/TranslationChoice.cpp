@@ -20,19 +20,17 @@ stateOf(const std::string& target, const std::vector<TranslationLanguageState>& 
 /// Why the language cannot be had now; empty if it can.
 std::string obstacle(const std::string& target,
                      const std::optional<TranslationLanguageState>& state) {
-    const std::string name = languageName(target);
     if (!state || state->status == TranslationAvailabilityStatus::unsupported)
-        return localized(
-            "There is no translation model for %@ yet; --languages lists those that there are.",
-            {name});
+        return noTranslationModelText(target);
     if (state->status == TranslationAvailabilityStatus::installed)
         return "";
+    const std::string name = languageName(target);
     if (!state->damage.empty())
-        return localized("The translation model for %@ is damaged (%@); this gets it anew: "
+        return localized("The translation model for %@ is damaged (%@). To download it again: "
                          "tessarune-terminal --languages download %@",
                          {name, state->damage, target});
-    return localized("The translation model for %@ is not on this computer; this downloads it "
-                     "(%@): tessarune-terminal --languages download %@",
+    return localized("The translation model for %@ is not on this computer. To download it (%@): "
+                     "tessarune-terminal --languages download %@",
                      {name, downloadSize(state->bytes), target});
 }
 
@@ -42,6 +40,12 @@ std::string languageName(const std::string& id) {
     const auto* language = TranslationSupport::targetLanguage(id);
     return language ? id + " (" + TranslationSupport::translationTargetDisplayName(*language) + ")"
                     : id;
+}
+
+std::string noTranslationModelText(const std::string& id) {
+    return localized("There is no translation model for %@ yet; --languages lists the languages "
+                     "that have one.",
+                     {languageName(id)});
 }
 
 std::string downloadSize(std::uint64_t bytes) {
@@ -70,7 +74,7 @@ TranslationChoice chooseTranslation(const LiveTranslationSettingsSnapshot& setti
     if (wanted)
         choice.failure = why;
     else
-        choice.notice = localized("Captions without a translation.") + " " + why;
+        choice.notice = localized("The captions are not translated.") + " " + why;
     return choice;
 }
 

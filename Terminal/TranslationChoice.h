@@ -30,6 +30,9 @@ TranslationChoice chooseTranslation(const LiveTranslationSettingsSnapshot& setti
 /// "zh-Hans (中文（中国大陆）)".
 std::string languageName(const std::string& id);
 
+/// That there is no model for the language, and what to do.
+std::string noTranslationModelText(const std::string& id);
+
 /// "38.2 MB"; a range while the size is unknown.
 std::string downloadSize(std::uint64_t bytes);
 

@@ -96,8 +96,8 @@ std::string Application::recordingDoubt() const {
             ? localized("%@: recordWhileCaptioning is neither true nor false.", {file})
             : localized("The settings cannot be read: %@.", {storedDefaults.problem()});
     return what + " " +
-           localized("Nothing is recorded, because it is not known whether you want that. "
-                     "`tessarune-terminal --set recordWhileCaptioning=true` (or false) says so.");
+           localized("Nothing is recorded until you choose: tessarune-terminal --set "
+                     "recordWhileCaptioning=true (or false).");
 }
 
 std::filesystem::path Application::renewSettingsFile() {

@@ -26,7 +26,8 @@ DemoSound::DemoSound(Host& host) : host_(host), server_(private_.address()) {}
 Task<void> DemoSound::play() {
     const Executor main = Executor::main(host_);
     const std::unique_ptr<MediaFile> file = openFFmpegMediaFile(sample());
-    PlaybackRequest request{PrivateSoundServer::outputID, file->format(), "sample speech"};
+    PlaybackRequest request{PrivateSoundServer::outputID, file->format(),
+                            localized("sample speech")};
     Task<std::unique_ptr<PlaybackStream>> opening =
         server_.openPlaybackStream(std::move(request), main);
     const std::unique_ptr<PlaybackStream> stream = co_await opening;

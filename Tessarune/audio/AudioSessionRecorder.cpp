@@ -24,7 +24,7 @@ std::system_error diskFull(const std::filesystem::path& path) {
 
 bool isDiskFull(const std::system_error& error) {
     return error.code() == std::errc::no_space_on_device ||
-           error.code() == std::error_code(EDQUOT, std::generic_category());
+           error.code() == std::error_condition(EDQUOT, std::generic_category());
 }
 
 /// All channels in one. Channels that have nothing in common keep their loudness by the square

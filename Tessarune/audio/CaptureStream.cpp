@@ -2,6 +2,7 @@
 
 #include "Tessarune/audio/LateSound.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
@@ -107,7 +108,8 @@ Task<void> CaptureStream::Keeper::start(std::shared_ptr<Keeper> self) {
         throw SoundServerError(SoundServerError::streamKilled, "stopped while starting");
     const std::optional<Source> source = resolveExactly(self->wanted_, self->server_.devices());
     if (!source)
-        throw SoundServerError(SoundServerError::noSuchDevice, "no such device");
+        throw SoundServerError(SoundServerError::noSuchDevice,
+                               localized("there is no such device"));
     auto opening = open(self, *source, attempt);
     co_await opening;
     if (attempt != self->attempt_)

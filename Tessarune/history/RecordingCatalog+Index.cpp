@@ -48,8 +48,8 @@ std::string RecordingCatalog::readingProblem() {
         if (loaded.failure)
             std::rethrow_exception(loaded.failure);
         if (loaded.state == IndexState::unreadable)
-            return localized("The list of recordings, %@, is damaged; the next session that is "
-                             "recorded makes it anew.",
+            return localized("The list of recordings, %@, is damaged. The next recorded session "
+                             "rebuilds it from the recordings.",
                              {paths_.recordingIndex().string()});
         // A folder that cannot be looked into makes recordings look as if they were gone.
         files_.list(paths_.recordings());

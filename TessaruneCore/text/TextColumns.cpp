@@ -38,6 +38,14 @@ bool mayBeShown(char32_t codePoint) {
     return !isControl && !turnsText && codePoint != 0x2028 && codePoint != 0x2029;
 }
 
+/// What never begins a line, and what never ends one.
+constexpr std::string_view closing = "，。、；：？！）」』】》”’…";
+constexpr std::string_view opening = "（「『【《“‘";
+
+bool isOneOf(std::string_view marks, std::string_view character) {
+    return marks.find(character) != std::string_view::npos;
+}
+
 /// A line under construction and the last position at which it may be broken.
 class Line {
   public:
@@ -50,15 +58,19 @@ class Line {
                 return;
             breakAt_ = text_.size();
         }
+        if (isOneOf(closing, character) && breakAt_ == text_.size())
+            breakAt_ = breakBefore_; // it stays with what it closes
         if (cells_ + cells > width_ && !text_.empty())
             breakInto(lines);
         if (character == " " && text_.empty())
             return; // it was the break
         text_ += character;
         cells_ += cells;
-        if (cells == 2) {
-            breakAt_ = text_.size(); // a wide character may end a line without a blank
-        }
+        if (cells != 2 || isOneOf(opening, character))
+            return;
+        if (!isOneOf(closing, character))
+            breakBefore_ = breakAt_;
+        breakAt_ = text_.size(); // a wide character may end a line without a blank
     }
 
     void finish(std::vector<std::string>& lines) {
@@ -77,12 +89,14 @@ class Line {
         text_ = std::move(rest);
         cells_ = columns(text_);
         breakAt_ = 0;
+        breakBefore_ = 0;
     }
 
     std::size_t width_;
     std::string text_;
     std::size_t cells_ = 0;
     std::size_t breakAt_ = 0;
+    std::size_t breakBefore_ = 0; ///< where a break may be that takes the last character along
 };
 
 } // namespace

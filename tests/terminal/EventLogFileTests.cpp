@@ -25,10 +25,14 @@ TEST(EventLogFileTests, NothingIsWrittenOverUnlessTheUserSaysSoAndTheSourceNever
         bool overwrites;
         const char* problem; ///< null: the log is written
     } cases[] = {
-        {"talk.wav", true, "the sound"},         {"same.wav", true, "the sound"},
-        {"old.ndjson", false, "--overwrite"},    {"folder", true, "irectory"},
-        {"missing/new.ndjson", false, "o such"}, {"new.ndjson", false, nullptr},
-        {"old.ndjson", true, nullptr},           {"/dev/full", false, nullptr},
+        {"talk.wav", true, "the sound"},
+        {"same.wav", true, "the sound"},
+        {"old.ndjson", false, "--overwrite"},
+        {"folder", true, "irectory"},
+        {"missing/new.ndjson", false, "no folder"},
+        {"new.ndjson", false, nullptr},
+        {"old.ndjson", true, nullptr},
+        {"/dev/full", false, nullptr},
     };
     for (const auto& c : cases) {
         EventLogFile log(host, folder / c.path, c.overwrites);

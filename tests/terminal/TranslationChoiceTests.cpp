@@ -35,7 +35,8 @@ TEST(TranslationChoiceTests, ARunTranslatesWhatItCanAndSaysWhatItCannot) {
         {"关闭", "zh-Hans", "pt-BR", "pt-BR", "", ""},
         {"苹果", "pt-BR", "zh-Hans", "", "", "--languages download zh-Hans"},
         {"苹果", "pt-BR", "fr", "", "",
-         "damaged (a file is missing); this gets it anew: tessarune-terminal --languages download "
+         "damaged (a file is missing). To download it again: tessarune-terminal --languages "
+         "download "
          "fr"},
         {"苹果", "pt-BR", "th", "", "", "no translation model"},
         {"苹果", "xx", {}, "", "no translation model", ""},
@@ -57,7 +58,7 @@ TEST(TranslationChoiceTests, ARunTranslatesWhatItCanAndSaysWhatItCannot) {
 
 TEST(DownloadPercentTests, AProgramThatReadsAlongHearsOfEachPerCentOnce) {
     int heard = 0;
-    DownloadPercent percent;
+    DownloadPercent percent(1);
     for (std::uint64_t received = 0; received <= 40'000'000; received += 10'000)
         heard += percent.isNews(received, 40'000'000) ? 1 : 0;
     EXPECT_EQ(heard, 101);

@@ -1,24 +1,26 @@
 #include "Tessarune/platform/disk/FileLock.h"
 
+#include "Tessarune/platform/disk/DiskFailure.h"
+#include "TessaruneCore/text/Localization.h"
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <system_error>
 
 namespace tessarune {
 
 std::optional<FileLock> FileLock::tryToTake(const std::filesystem::path& path) {
     const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (file < 0)
-        throw std::system_error(errno, std::generic_category(), path.string());
+        DiskFailure::failToWrite(localizationKey("cannot open %@"), path);
     FileLock lock(file);
     if (::flock(file, LOCK_EX | LOCK_NB) == 0)
         return lock;
     if (errno == EWOULDBLOCK || errno == EINTR)
         return std::nullopt;
-    throw std::system_error(errno, std::generic_category(), path.string());
+    DiskFailure::fail(localizationKey("cannot lock %@"), path);
 }
 
 void FileLock::note(std::string_view text) const {

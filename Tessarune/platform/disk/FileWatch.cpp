@@ -1,5 +1,7 @@
 #include "Tessarune/platform/disk/FileWatch.h"
 
+#include "TessaruneCore/text/SystemErrors.h"
+
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/inotify.h>
@@ -67,7 +69,7 @@ FileWatch::FileWatch(const std::filesystem::path& file, Host& host, std::functio
     if (state_->events.number < 0 || state_->ending.number < 0 ||
         ::inotify_add_watch(state_->events.number, folder.c_str(),
                             IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE) < 0)
-        throw std::system_error(errno, std::generic_category(), folder.string());
+        throw std::system_error(errno, systemErrors(), folder.string());
     thread_ = std::thread([state = state_] { watch(state); });
 }
 

@@ -2,6 +2,7 @@
 
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/JSON.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <system_error>
 
@@ -46,13 +47,13 @@ void JSONUserDefaults::load() {
     try {
         Json parsed = JSON::parse(files_.read(file_));
         if (!parsed.is_object())
-            throw std::runtime_error("not a JSON object");
+            throw std::runtime_error(localized("%@ is not valid JSON", {file_.string()}));
         content_->object = std::move(parsed);
         readOnly_ = false;
         problem_.clear();
     } catch (const std::exception& error) {
         readOnly_ = true;
-        problem_ = file_.string() + ": " + error.what();
+        problem_ = error.what();
         TessaruneLog::storage.fault(
             [&] { return "Tessarune settings not understood: " + problem_; });
     }

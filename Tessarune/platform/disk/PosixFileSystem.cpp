@@ -1,5 +1,8 @@
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 
+#include "Tessarune/platform/disk/DiskFailure.h"
+#include "TessaruneCore/text/Localization.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,9 +18,15 @@ namespace fs = std::filesystem;
 
 namespace {
 
-[[noreturn]] void fail(const char* what, const fs::path& path) {
-    throw std::system_error(errno, std::generic_category(),
-                            std::string(what) + " " + path.string());
+using DiskFailure::fail;
+using DiskFailure::failToWrite;
+
+/// For what the library reports otherwise than in `errno`.
+void check(const std::error_code& error, std::string_view what, const fs::path& path) {
+    if (!error)
+        return;
+    errno = error.value();
+    fail(what, path);
 }
 
 // Private to the user: what one listens to is nobody else's business.
@@ -29,8 +38,11 @@ class Descriptor {
   public:
     Descriptor(fs::path path, int flags) : path_(std::move(path)) {
         number_ = ::open(path_.c_str(), flags | O_CLOEXEC, privateFile);
-        if (number_ < 0)
-            fail("cannot open", path_);
+        if (number_ >= 0)
+            return;
+        if ((flags & O_ACCMODE) == O_RDONLY)
+            fail(localizationKey("cannot open %@"), path_);
+        failToWrite(localizationKey("cannot open %@"), path_);
     }
     ~Descriptor() {
         if (number_ >= 0)
@@ -45,7 +57,7 @@ class Descriptor {
             if (written < 0 && errno == EINTR)
                 continue;
             if (written < 0)
-                fail("cannot write", path_);
+                fail(localizationKey("cannot write %@"), path_);
             bytes.remove_prefix(static_cast<std::size_t>(written));
         }
     }
@@ -56,14 +68,14 @@ class Descriptor {
             if (written < 0 && errno == EINTR)
                 continue;
             if (written < 0)
-                fail("cannot write", path_);
+                fail(localizationKey("cannot write %@"), path_);
             bytes.remove_prefix(static_cast<std::size_t>(written));
             offset += static_cast<std::uint64_t>(written);
         }
     }
     void resize(std::uint64_t size) const {
         if (::ftruncate(number_, static_cast<off_t>(size)) != 0)
-            fail("cannot write", path_);
+            fail(localizationKey("cannot write %@"), path_);
     }
     std::string readAll() const {
         std::string all;
@@ -73,7 +85,7 @@ class Descriptor {
             if (count < 0 && errno == EINTR)
                 continue;
             if (count < 0)
-                fail("cannot read", path_);
+                fail(localizationKey("cannot read %@"), path_);
             if (count == 0)
                 return all;
             all.append(block, static_cast<std::size_t>(count));
@@ -88,7 +100,7 @@ class Descriptor {
             if (got < 0 && errno == EINTR)
                 continue;
             if (got < 0)
-                fail("cannot read", path_);
+                fail(localizationKey("cannot read %@"), path_);
             if (got == 0)
                 break;
             filled += static_cast<std::size_t>(got);
@@ -98,12 +110,12 @@ class Descriptor {
     }
     void synchronize() const {
         if (::fsync(number_) != 0)
-            fail("cannot flush", path_);
+            fail(localizationKey("cannot flush %@"), path_);
     }
     void close() {
         const int number = std::exchange(number_, -1);
         if (number >= 0 && ::close(number) != 0)
-            fail("cannot close", path_);
+            fail(localizationKey("cannot close %@"), path_);
     }
 
   private:
@@ -215,7 +227,7 @@ void PosixFileSystem::empty(const Path& path) {
     if (file >= 0)
         ::close(file);
     else if (errno != ENOENT)
-        fail("cannot empty", path);
+        failToWrite(localizationKey("cannot empty %@"), path);
 }
 
 void PosixFileSystem::createDirectories(const Path& path) {
@@ -224,20 +236,28 @@ void PosixFileSystem::createDirectories(const Path& path) {
         return;
     if (path.has_parent_path() && path.parent_path() != path)
         createDirectories(path.parent_path());
-    if (::mkdir(path.c_str(), privateFolder) == 0 || fs::is_directory(path, ignored))
-        return; // another program may have been faster
-    if (errno == EEXIST)
-        errno = ENOTDIR;
-    fail("cannot make", path);
+    if (::mkdir(path.c_str(), privateFolder) == 0)
+        return;
+    const int refused = errno;
+    if (fs::is_directory(path, ignored))
+        return; // another program was faster
+    errno = refused == EEXIST ? ENOTDIR : refused;
+    failToWrite(localizationKey("cannot create the folder %@"), path);
 }
 
 bool PosixFileSystem::remove(const Path& path) {
-    return fs::remove_all(path) > 0;
+    std::error_code error;
+    const auto removed = fs::remove_all(path, error);
+    if (error) {
+        errno = error.value();
+        failToWrite(localizationKey("cannot remove %@"), path);
+    }
+    return removed > 0;
 }
 
 void PosixFileSystem::rename(const Path& from, const Path& to) {
     if (::rename(from.c_str(), to.c_str()) != 0)
-        fail("cannot replace", to);
+        failToWrite(localizationKey("cannot replace %@"), to);
     synchronizeFolderOf(to);
 }
 
@@ -252,29 +272,38 @@ bool PosixFileSystem::isDirectory(const Path& path) {
 }
 
 std::uint64_t PosixFileSystem::size(const Path& path) {
-    return fs::file_size(path);
+    std::error_code error;
+    const std::uint64_t size = fs::file_size(path, error);
+    check(error, localizationKey("cannot read %@"), path);
+    return size;
 }
 
 double PosixFileSystem::modifiedAt(const Path& path) {
     struct stat facts {};
     if (::stat(path.c_str(), &facts) != 0)
-        fail("cannot look at", path);
+        fail(localizationKey("cannot read %@"), path);
     return static_cast<double>(facts.st_mtim.tv_sec) +
            static_cast<double>(facts.st_mtim.tv_nsec) * 1e-9;
 }
 
 std::vector<std::string> PosixFileSystem::list(const Path& folder) {
     std::vector<std::string> names;
-    if (!fs::exists(folder))
+    std::error_code error;
+    if (!fs::exists(folder, error) && !error)
         return names;
-    for (const auto& entry : fs::directory_iterator(folder))
+    const fs::directory_iterator entries(folder, error);
+    check(error, localizationKey("cannot read %@"), folder);
+    for (const auto& entry : entries)
         names.push_back(entry.path().filename().string());
     std::sort(names.begin(), names.end());
     return names;
 }
 
 std::uint64_t PosixFileSystem::freeSpace(const Path& path) {
-    return fs::space(path).available;
+    std::error_code error;
+    const fs::space_info space = fs::space(path, error);
+    check(error, localizationKey("cannot read %@"), path);
+    return space.available;
 }
 
 } // namespace tessarune

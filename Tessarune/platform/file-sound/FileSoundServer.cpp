@@ -1,6 +1,7 @@
 #include "Tessarune/platform/file-sound/FileSoundServer.h"
 
 #include "TessaruneCore/host/RunOn.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <algorithm>
 #include <mutex>
@@ -257,7 +258,7 @@ Task<std::unique_ptr<RecordStream>> FileSoundServer::openRecordStream(RecordRequ
         Playing{nullptr, source->reader(), pace_, std::move(handlers), executor, onFinished_});
     if (request.sourceID != monitorID) {
         throw SoundServerError(SoundServerError::noSuchDevice,
-                               "no such source: " + request.sourceID);
+                               localized("no such source: %@", {request.sourceID}));
     }
     auto taking = runOn(
         source->reader(), [&] { return source->take(request.channels); }, executor);

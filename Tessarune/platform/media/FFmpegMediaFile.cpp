@@ -33,7 +33,7 @@ class FFmpegMediaFile final : public MediaFile {
         if (stream_ == AVERROR_STREAM_NOT_FOUND)
             fail(Kind::noAudioTrack, path_, localized("has no sound"));
         if (stream_ < 0 || !decoder)
-            fail(Kind::unsupported, path_, localized("has sound of a kind that is not known here"));
+            fail(Kind::unsupported, path_, localized("has sound in an unsupported format"));
         openDecoder(*decoder);
         for (unsigned i = 0; i < input_->nb_streams; ++i) {
             if (static_cast<int>(i) != stream_)
@@ -98,7 +98,7 @@ class FFmpegMediaFile final : public MediaFile {
             if (result != AVERROR_EOF && ready_.empty())
                 fail(Kind::damaged, path_, words(result));
             if (!gaveAnything_ && ready_.empty() && failuresInARow_ > 0)
-                fail(Kind::damaged, path_, localized("no sound in it can be decoded"));
+                fail(Kind::damaged, path_, localized("its sound cannot be decoded"));
             return;
         }
         const bool ours = packet_->stream_index == stream_;

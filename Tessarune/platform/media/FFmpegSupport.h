@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Tessarune/audio/MediaFile.h"
+#include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/SystemErrors.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -41,6 +43,11 @@ using Packet = std::unique_ptr<AVPacket, Deleter>;
 using Resampler = std::unique_ptr<SwrContext, Deleter>;
 
 inline std::string words(int error) {
+    constexpr int lastSystemError = 4095; // beyond are the library's own
+    if (error < 0 && AVUNERROR(error) <= lastSystemError)
+        return systemMessage(AVUNERROR(error));
+    if (error == AVERROR_INVALIDDATA || error == AVERROR_EOF)
+        return localized("its contents are damaged");
     char text[AV_ERROR_MAX_STRING_SIZE] = {};
     av_strerror(error, text, sizeof text);
     return text;
@@ -48,7 +55,9 @@ inline std::string words(int error) {
 
 [[noreturn]] inline void fail(MediaFileError::Kind kind, const std::filesystem::path& path,
                               const std::string& why) {
-    throw MediaFileError(kind, path.string() + ": " + why);
+    const bool isInput = path == "-" || path == "/dev/stdin";
+    throw MediaFileError(
+        kind, localized("%@: %@", {isInput ? localized("standard input") : path.string(), why}));
 }
 
 /// Keeps the library from writing to standard error; failures reach the user as exceptions.

@@ -52,9 +52,9 @@ void FileInput::openFile(const std::filesystem::path& path) {
     if (file_ < 0 || fstat(file_, &properties) < 0)
         fail(Kind::cannotOpen, path, words(AVERROR(errno)));
     if (S_ISDIR(properties.st_mode))
-        fail(Kind::cannotOpen, path, "is a folder");
+        fail(Kind::cannotOpen, path, localized("is a folder"));
     if (isatty(file_) != 0)
-        fail(Kind::notMedia, path, localized("is a terminal and no sound file"));
+        fail(Kind::notMedia, path, localized("is a terminal, not a sound file"));
     isRegular_ = S_ISREG(properties.st_mode);
 }
 
@@ -72,7 +72,7 @@ void FileInput::openContainer(const std::filesystem::path& path) {
     if (opened == AVERROR_EXIT)
         fail(Kind::cancelled, path, words(opened));
     if (opened == AVERROR_INVALIDDATA || opened == AVERROR_EOF)
-        fail(Kind::notMedia, path, localized("is no sound file that is known here"));
+        fail(Kind::notMedia, path, localized("is not a sound file of a known format"));
     if (opened < 0)
         fail(Kind::cannotOpen, path, words(opened));
     format_.reset(raw);

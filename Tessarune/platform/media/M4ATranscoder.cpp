@@ -3,6 +3,7 @@
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 #include "Tessarune/platform/media/FFmpegSupport.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -91,7 +92,8 @@ class M4AContainer {
     void openEncoder() {
         const AVCodec* encoder = avcodec_find_encoder(AV_CODEC_ID_AAC);
         if (!encoder)
-            fail(Kind::cannotCreate, path_, "there is no AAC encoder here");
+            fail(Kind::cannotCreate, path_,
+                 localized("cannot be made: there is no AAC encoder on this computer"));
         codec_.reset(avcodec_alloc_context3(encoder));
         codec_->sample_rate = M4A::sampleRate;
         codec_->bit_rate = M4A::bitRate;

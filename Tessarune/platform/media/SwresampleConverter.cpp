@@ -1,6 +1,7 @@
 #include "Tessarune/platform/media/SwresampleConverter.h"
 
 #include "Tessarune/platform/media/FFmpegSupport.h"
+#include "TessaruneCore/text/Localization.h"
 
 namespace tessarune {
 
@@ -12,7 +13,7 @@ class SwresampleConverter final : public AudioConverter {
   public:
     SwresampleConverter(AudioFormat from, AudioFormat to) : to_(to) {
         if (from.channels < 1 || to.channels < 1 || from.sampleRate < 1 || to.sampleRate < 1)
-            throw AudioConversionError("sound without channels or sample rate cannot be converted");
+            throw AudioConversionError(localized("the sound has no channels or no sample rate"));
         AVChannelLayout in{};
         AVChannelLayout out{};
         av_channel_layout_default(&in, from.channels);
@@ -28,7 +29,8 @@ class SwresampleConverter final : public AudioConverter {
         if (result >= 0)
             result = swr_init(context_.get());
         if (result < 0)
-            throw AudioConversionError("sound cannot be converted: " + words(result));
+            throw AudioConversionError(
+                localized("the sound cannot be converted: %@", {words(result)}));
     }
 
     AudioFormat outputFormat() const override { return to_; }
@@ -52,7 +54,8 @@ class SwresampleConverter final : public AudioConverter {
         auto* out = reinterpret_cast<uint8_t*>(output.samples.data());
         const int given = swr_convert(context_.get(), &out, room, in, frames);
         if (given < 0)
-            throw AudioConversionError("sound cannot be converted: " + words(given));
+            throw AudioConversionError(
+                localized("the sound cannot be converted: %@", {words(given)}));
         output.samples.resize(static_cast<std::size_t>(given) * channels);
         return output;
     }

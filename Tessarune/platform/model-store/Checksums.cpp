@@ -1,5 +1,7 @@
 #include "Tessarune/platform/model-store/Checksums.h"
 
+#include "TessaruneCore/text/SystemErrors.h"
+
 #include <fcntl.h>
 #include <openssl/evp.h>
 #include <unistd.h>
@@ -16,9 +18,7 @@ namespace {
 
 void readInPieces(const std::filesystem::path& path,
                   const std::function<void(std::string_view)>& piece) {
-    const auto fail = [&] {
-        throw std::system_error(errno, std::generic_category(), path.string());
-    };
+    const auto fail = [&] { throw std::system_error(errno, systemErrors(), path.string()); };
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0)
         fail();

@@ -4,6 +4,7 @@
 #include "Tessarune/platform/model-store/HTTPTransfer.h"
 #include "Tessarune/platform/model-store/Unpacking.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <algorithm>
 #include <cmath>
@@ -20,7 +21,7 @@ constexpr std::uint64_t largestUnknownFile = 2'000'000'000;
 constexpr std::uint64_t largestUnpackingRatio = 20;
 
 [[noreturn]] void fail(const std::string& name, const std::string& url, const std::string& reason) {
-    throw DownloadFailed(name + " could not be downloaded from " + url + ": " + reason);
+    throw DownloadFailed(localized("%@ could not be downloaded from %@: %@", {name, url, reason}));
 }
 
 /// Whether and when to try again.
@@ -96,7 +97,7 @@ class Fetch {
                 return afterFailure(outcome);
             if (file_.bytes != 0 && here() != file_.bytes)
                 return afterFailure({TransferOutcome::Kind::again,
-                                     "the server ended the file before its size",
+                                     localized("the server ended the file before its size"),
                                      {},
                                      false});
         } else {
@@ -172,7 +173,7 @@ class Fetch {
     /// Empty if the transferred file has the right sums; if it is packed, it is unpacked then.
     std::string whatIsWrong() {
         if (file_.crc32c && CRC32C::ofFile(part_) != file_.crc32c)
-            return "its sum is wrong (CRC-32C); it was removed";
+            return localized("its checksum (CRC-32C) is wrong; it was removed");
         std::string sum;
         if (file_.isZstd) {
             const std::filesystem::path unpacked = target_.string() + ".unpacked";
@@ -189,12 +190,13 @@ class Fetch {
             }
             files_.remove(unpacked);
             if (!outcome.failure.empty())
-                return outcome.failure + "; it was removed";
+                return localized("%@; it was removed", {outcome.failure});
             sum = outcome.sha256;
         } else if (!file_.sha256.empty()) {
             sum = SHA256::ofFile(part_);
         }
-        return sum == file_.sha256 ? "" : "its sum is wrong (SHA-256); it was removed";
+        return sum == file_.sha256 ? std::string()
+                                   : localized("its checksum (SHA-256) is wrong; it was removed");
     }
 
     void report(std::uint64_t received) const {
@@ -237,9 +239,10 @@ std::string mirrored(const std::string& url, const std::string& mirror) {
 Task<void> Downloader::fetch(Executor executor, FileToFetch file, std::filesystem::path folder,
                              Progress progress, std::stop_token stop) {
     if (!file.crc32c && file.sha256.empty())
-        throw DownloadFailed(file.name + " has no sum to check it with and is not downloaded.");
+        throw DownloadFailed(localized("%@ has no checksum and is not downloaded.", {file.name}));
     if (file.isZstd && file.sha256.empty())
-        throw DownloadFailed(file.name + " has no sum of its unpacked form and is not downloaded.");
+        throw DownloadFailed(localized(
+            "%@ has no checksum of its unpacked form and is not downloaded.", {file.name}));
     file.url = mirrored(file.url, policy_.mirror);
     Fetch fetching(files_, policy_, std::move(file), std::move(folder), std::move(progress));
     co_await switchTo(executor);

@@ -3,6 +3,7 @@
 #include "Tessarune/platform/model-store/AvailableModel.h"
 #include "Tessarune/shell/FileSystem.h"
 #include "TessaruneCore/host/Task.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -19,7 +20,7 @@ struct DownloadFailed : std::runtime_error {
 };
 /// A download that was asked to stop.
 struct DownloadStopped : DownloadFailed {
-    DownloadStopped() : DownloadFailed("The download was stopped.") {}
+    DownloadStopped() : DownloadFailed(localized("The download was stopped.")) {}
 };
 
 /// A try that failed and will be followed by another.

@@ -138,6 +138,28 @@ bool isWorthAnotherTry(CURLcode code, long status) {
     }
 }
 
+/// In plain words for what everybody meets now and then, else the library's own.
+std::string reasonOf(CURLcode code, long status, const char* message) {
+    switch (code) {
+    case CURLE_COULDNT_RESOLVE_PROXY:
+    case CURLE_COULDNT_RESOLVE_HOST:
+        return localized("the server was not found; is there a network connection?");
+    case CURLE_COULDNT_CONNECT:
+        return localized("no connection to the server");
+    case CURLE_OPERATION_TIMEDOUT:
+        return localized("the server does not answer, or too slowly");
+    case CURLE_PARTIAL_FILE:
+    case CURLE_GOT_NOTHING:
+    case CURLE_SEND_ERROR:
+    case CURLE_RECV_ERROR:
+        return localized("the connection was interrupted");
+    case CURLE_HTTP_RETURNED_ERROR:
+        return localized("the server reports error %lld", {std::to_string(status)});
+    default:
+        return *message != '\0' ? message : curl_easy_strerror(code);
+    }
+}
+
 TransferOutcome outcomeOf(CURLcode code, const Exchange& exchange, const char* message) {
     using Kind = TransferOutcome::Kind;
     long status = 0;
@@ -160,7 +182,7 @@ TransferOutcome outcomeOf(CURLcode code, const Exchange& exchange, const char* m
         outcome.reason = localized("the server did not send the part that was asked for");
     } else {
         outcome.kind = isWorthAnotherTry(code, status) ? Kind::again : Kind::refused;
-        outcome.reason = *message != '\0' ? message : curl_easy_strerror(code);
+        outcome.reason = reasonOf(code, status, message);
     }
     return outcome;
 }

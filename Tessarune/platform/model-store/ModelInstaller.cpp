@@ -2,6 +2,7 @@
 
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/host/RunOn.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <algorithm>
 #include <atomic>
@@ -65,7 +66,8 @@ void checkNames(const AvailableModel& model) {
     for (const FileToFetch& file : model.files)
         isFine = isFine && ModelStore::isSafeName(file.name) && names.insert(file.name).second;
     if (!isFine || names.contains("model.json"))
-        throw DownloadFailed("The list of files of the model " + model.name + " is not usable.");
+        throw DownloadFailed(
+            localized("The list of files of the model %@ is invalid.", {model.name}));
 }
 
 std::string megabytes(std::uint64_t bytes) {
@@ -196,8 +198,8 @@ struct ModelInstaller::Shared {
         if (flaw.empty())
             co_return;
         self->store.files().remove(arrived.folder);
-        throw DownloadFailed("The model " + model.name +
-                             " was downloaded and removed again, for it cannot be used: " + flaw);
+        throw DownloadFailed(localized("The downloaded model %@ cannot be used and was removed: %@",
+                                       {model.name, flaw}));
     }
 
     void checkRoom(const AvailableModel& model) const {
@@ -212,9 +214,9 @@ struct ModelInstaller::Shared {
             needed -= std::min(needed, store.files().size(partial / name));
         const std::uint64_t free = store.files().freeSpace(partial);
         if (free < needed)
-            throw DownloadFailed("There is not enough room for the model " + model.name + ": " +
-                                 megabytes(needed) + " are needed, " + megabytes(free) +
-                                 " are free.");
+            throw DownloadFailed(
+                localized("Not enough disk space for the model %@: %@ are needed, %@ are free.",
+                          {model.name, megabytes(needed), megabytes(free)}));
     }
 
     static Task<void> fetchAll(Pointer self, JobPointer job) {

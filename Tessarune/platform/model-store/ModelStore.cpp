@@ -1,6 +1,7 @@
 #include "Tessarune/platform/model-store/ModelStore.h"
 
 #include "Tessarune/platform/model-store/Checksums.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <nlohmann/json.hpp>
 
@@ -102,7 +103,8 @@ std::optional<StoredModel> ModelStore::read(ModelKind kind, const std::filesyste
     for (const ModelFile& file : model.files) {
         try {
             if (files_.size(model.path(file.name)) != file.bytes)
-                model.damage = called(model, file) + " has another size than when it was stored";
+                model.damage =
+                    localized("%@ has changed in size since it was stored", {called(model, file)});
         } catch (const std::system_error& failure) {
             model.damage = called(model, file) + ": " + failure.code().message();
         }
@@ -168,7 +170,8 @@ void ModelStore::verify(const StoredModel& model) {
             throw ModelDamaged(called(model, file) + ": " + failure.code().message());
         }
         if (sum != file.sha256)
-            throw ModelDamaged(called(model, file) + " is not as it was when it was stored");
+            throw ModelDamaged(
+                localized("%@ has changed since it was stored", {called(model, file)}));
     }
 }
 
@@ -184,8 +187,8 @@ void ModelStore::remove(ModelKind kind, std::string_view name) {
     if (files_.exists(own) || files_.exists(partialFolder(kind, name))) {
         lock = tryToLock(kind, name);
         if (!lock)
-            throw std::runtime_error(std::string(name) +
-                                     " is being downloaded and cannot be removed now.");
+            throw std::runtime_error(localized("%@ is being downloaded and cannot be removed now.",
+                                               {std::string(name)}));
     }
     files_.remove(partialFolder(kind, name));
     if (files_.exists(own)) {
@@ -195,8 +198,8 @@ void ModelStore::remove(ModelKind kind, std::string_view name) {
         return;
     }
     if (const std::optional<StoredModel> model = find(kind, name))
-        throw std::runtime_error(model->name +
-                                 " came with the program and stays: " + model->folder.string());
+        throw std::runtime_error(localized("%@ came with the program and cannot be removed: %@",
+                                           {model->name, model->folder.string()}));
 }
 
 StoredModel ModelStore::adopt(ModelKind kind, const std::string& name,

@@ -2,6 +2,7 @@
 
 #include "Tessarune/platform/model-store/Checksums.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/SystemErrors.h"
 
 #include <zstd.h>
 
@@ -18,7 +19,7 @@ UnpackingOutcome unpackZstd(const std::filesystem::path& packed, AppendFile& out
                             std::uint64_t most) {
     std::ifstream in(packed, std::ios::binary);
     if (!in)
-        throw std::system_error(errno, std::generic_category(), packed.string());
+        throw std::system_error(errno, systemErrors(), packed.string());
     const std::unique_ptr<ZSTD_DStream, decltype(&ZSTD_freeDStream)> stream(ZSTD_createDStream(),
                                                                             &ZSTD_freeDStream);
     if (!stream)
@@ -38,11 +39,12 @@ UnpackingOutcome unpackZstd(const std::filesystem::path& packed, AppendFile& out
             ZSTD_outBuffer output{outBuffer.data(), outBuffer.size(), 0};
             wanted = ZSTD_decompressStream(stream.get(), &output, &input);
             if (ZSTD_isError(wanted) != 0) {
-                outcome.failure = localized("it does not unpack: %@", {ZSTD_getErrorName(wanted)});
+                outcome.failure =
+                    localized("it cannot be unpacked: %@", {ZSTD_getErrorName(wanted)});
                 return outcome;
             }
             if (output.pos > most - written) {
-                outcome.failure = localized("it unpacks to more than its size");
+                outcome.failure = localized("it unpacks to more than the expected size");
                 return outcome;
             }
             const std::string_view piece(outBuffer.data(), output.pos);
@@ -53,9 +55,9 @@ UnpackingOutcome unpackZstd(const std::filesystem::path& packed, AppendFile& out
         }
     }
     if (in.bad())
-        throw std::system_error(EIO, std::generic_category(), packed.string());
+        throw std::system_error(EIO, systemErrors(), packed.string());
     if (wanted != 0)
-        outcome.failure = localized("it ends before it is unpacked");
+        outcome.failure = localized("it is incomplete and cannot be unpacked");
     outcome.sha256 = sum.hex();
     return outcome;
 }

@@ -1,5 +1,10 @@
 #include "Tessarune/platform/pulse/PulseSupport.h"
 
+#include "TessaruneCore/text/Localization.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string_view>
 #include <utility>
 
 namespace tessarune {
@@ -11,9 +16,26 @@ static_assert(SoundServerError::timeout == PA_ERR_TIMEOUT);
 static_assert(SoundServerError::connectionTerminated == PA_ERR_CONNECTIONTERMINATED);
 static_assert(SoundServerError::streamKilled == PA_ERR_KILLED);
 
+namespace {
+
+constexpr std::pair<int, std::string_view> knownMessages[] = {
+    {PA_ERR_ACCESS, localizationKey("access denied")},
+    {PA_ERR_NOENTITY, localizationKey("there is no such device")},
+    {PA_ERR_CONNECTIONREFUSED, localizationKey("connection refused")},
+    {PA_ERR_TIMEOUT, localizationKey("no answer in time")},
+    {PA_ERR_CONNECTIONTERMINATED, localizationKey("the connection was closed")},
+    {PA_ERR_KILLED, localizationKey("the stream was ended by the server")},
+};
+
+} // namespace
+
 PulseOutcome pulseOutcome(int status) {
+    const auto* known =
+        std::ranges::find(knownMessages, status, [](const auto& message) { return message.first; });
+    if (known != std::end(knownMessages))
+        return {status, localized(known->second)};
     const char* text = pa_strerror(status);
-    return {status, text ? text : "unknown error"};
+    return {status, text ? text : localized("unknown error")};
 }
 
 void PulseTimer::set(double seconds, std::function<void()> action) {

@@ -28,7 +28,7 @@ moonshine::Calls resolveAll(void* library) {
     resolve(library, "moonshine_get_version", calls.getVersion);
     if (const std::int32_t version = calls.getVersion(); version != moonshine::interfaceVersion)
         throw std::runtime_error(
-            localized("The speech engine has interface version %lld, needed is %lld.",
+            localized("The speech engine has interface version %lld; version %lld is needed.",
                       {std::to_string(version), std::to_string(moonshine::interfaceVersion)}));
     resolve(library, "moonshine_error_to_string", calls.errorToString);
     resolve(library, "moonshine_free_buffer", calls.freeBuffer);
@@ -68,10 +68,12 @@ MoonshineLibrary::open(const std::vector<std::filesystem::path>& folders) {
         // Local: what the engine carries of other libraries must not meet ours.
         void* library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
         if (library == nullptr)
-            throw std::runtime_error(localized("The speech engine does not load: %@", {dlerror()}));
+            throw std::runtime_error(
+                localized("The speech engine cannot be loaded: %@", {dlerror()}));
         return std::make_shared<const MoonshineLibrary>(resolveAll(library));
     }
-    throw std::runtime_error(localized("There is no speech engine; looked for %@.", {searched}));
+    throw std::runtime_error(
+        localized("The speech engine was not found; looked for %@.", {searched}));
 }
 
 std::int32_t MoonshineLibrary::check(std::int32_t result, std::string_view doing) const {

@@ -48,7 +48,7 @@ MoonshineModel::MoonshineModel(std::shared_ptr<const MoonshineLibrary> library,
     handle_ = library_->check(library_->calls().loadTranscriberFromFiles(
                                   stored.folder.c_str(), architectureOf(stored), options.data(),
                                   options.size(), moonshine::interfaceVersion),
-                              localized("The speech model %@ does not load", {name_}).c_str());
+                              localized("The speech model %@ cannot be loaded", {name_}).c_str());
 }
 
 MoonshineModel::~MoonshineModel() {
@@ -68,7 +68,7 @@ const moonshine::Transcript& MoonshineModel::transcribe(std::span<const float> s
 MoonshineStream::MoonshineStream(std::shared_ptr<MoonshineModel> model)
     : model_(std::move(model)),
       handle_(model_->library_->check(model_->library_->calls().createStream(model_->handle_, 0),
-                                      localizationKey("The speech engine makes no stream"))) {
+                                      localizationKey("The speech engine cannot open a stream"))) {
     const std::int32_t started = model_->library_->calls().startStream(model_->handle_, handle_);
     if (started < 0)
         model_->library_->calls().freeStream(model_->handle_, handle_);
@@ -85,7 +85,7 @@ void MoonshineStream::add(std::span<const float> samples) {
     model_->library_->check(
         model_->library_->calls().addAudioToStream(model_->handle_, handle_, samples.data(),
                                                    samples.size(), speechSampleRate, 0),
-        localizationKey("The speech engine takes no sound"));
+        localizationKey("The speech engine does not accept sound"));
 }
 
 const moonshine::Transcript& MoonshineStream::transcribe() {
@@ -98,7 +98,7 @@ const moonshine::Transcript& MoonshineStream::transcribe() {
 
 void MoonshineStream::stop() {
     model_->library_->check(model_->library_->calls().stopStream(model_->handle_, handle_),
-                            localizationKey("The speech engine does not end"));
+                            localizationKey("The speech engine does not stop"));
 }
 
 } // namespace tessarune

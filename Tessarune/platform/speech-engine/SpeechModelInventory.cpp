@@ -31,7 +31,7 @@ FileToFetch fileOf(const nlohmann::json& entry) {
     if (entry.at("checksum_type").get<std::string>() == "crc32c")
         file.crc32c = CRC32C::fromBase64(entry.at("checksum").get<std::string>());
     if (!file.crc32c)
-        throw std::runtime_error(localized("%@ has no sum that can be checked", {file.name}));
+        throw std::runtime_error(localized("%@ has no usable checksum", {file.name}));
     return file;
 }
 
@@ -105,7 +105,7 @@ AvailableModel SpeechModelInventory::availableModel(const OfferedSpeechModel& of
         }
     } catch (const std::exception& failure) {
         throw std::runtime_error(
-            localized("The speech engine's list of the files of %@ is not usable: %@",
+            localized("The speech engine's list of the files of %@ is invalid: %@",
                       {model.name, failure.what()}));
     }
     return model;

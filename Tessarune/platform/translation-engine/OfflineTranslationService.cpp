@@ -4,6 +4,7 @@
 #include "Tessarune/platform/translation-engine/TranslationFailure.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/host/RunOn.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <atomic>
@@ -44,7 +45,7 @@ struct OfflineTranslationService::Shared {
         std::erase_if(known.hanging, [](const auto& hanging) { return hanging.expired(); });
         if (known.hanging.size() >= mostHanging)
             throw translationFailure(TranslationError::alreadyCancelled,
-                                     "The translation engine does not answer.");
+                                     localized("The translation engine does not answer."));
         engine = std::make_shared<PairEngine>(host, store, modelName);
         known.current = engine;
         return engine;
@@ -102,11 +103,12 @@ class OfflineTranslationService::Session final : public TranslationSession {
 
         void requireAlive() const {
             if (wasGivenUp)
-                throw translationFailure(TranslationError::alreadyCancelled,
-                                         "The translation engine did not answer in time.");
+                throw translationFailure(
+                    TranslationError::alreadyCancelled,
+                    localized("The translation engine did not answer in time."));
             if (isOver || service->isOver)
                 throw translationFailure(TranslationError::alreadyCancelled,
-                                         "The translation session is over.");
+                                         localized("The translation session is over."));
         }
 
         /// Looks for a model until one has been found.
@@ -116,13 +118,14 @@ class OfflineTranslationService::Session final : public TranslationSession {
                 return *route;
             const auto pair = service->inventory.pairFor(source, target);
             if (!pair)
-                throw translationFailure(TranslationError::unsupportedLanguagePairing,
-                                         "There is no translation from " + source + " to " +
-                                             target + ".");
+                throw translationFailure(
+                    TranslationError::unsupportedLanguagePairing,
+                    localized("There is no translation from %@ to %@.", {source, target}));
             if (!service->store.find(ModelKind::translation, pair->modelName()))
-                throw translationFailure(TranslationError::notInstalled,
-                                         "The translation model " + pair->modelName() +
-                                             " is not on this computer.");
+                throw translationFailure(
+                    TranslationError::notInstalled,
+                    localized("The translation model %@ is not on this computer.",
+                              {pair->modelName()}));
             route = Route{pair->modelName(), pair->isForTraditional,
                           service->engineFor(pair->modelName())};
             return *route;
@@ -208,7 +211,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
     static Task<Response> translated(Pointer state, std::string text) {
         if (Text::trimmed(text).empty())
             throw translationFailure(TranslationError::nothingToTranslate,
-                                     "There is nothing to translate.");
+                                     localized("There is nothing to translate."));
         const auto response = std::make_shared<Response>();
         const auto translate = [text, response](const Route& route) {
             response->targetText = route.engine->translate(text, route.isForTraditional);

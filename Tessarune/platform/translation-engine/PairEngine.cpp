@@ -5,6 +5,7 @@
 #include "Tessarune/platform/translation-engine/TranslationFailure.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/host/RunOn.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <malloc.h>
 
@@ -51,9 +52,9 @@ void PairEngine::load() {
     loaded_.reset();
     const std::optional<StoredModel> model = store_.find(ModelKind::translation, modelName_);
     if (!model)
-        throw translationFailure(TranslationError::notInstalled, "The translation model " +
-                                                                     modelName_ +
-                                                                     " is not on this computer.");
+        throw translationFailure(
+            TranslationError::notInstalled,
+            localized("The translation model %@ is not on this computer.", {modelName_}));
     try {
         ModelStore::verify(*model);
         loaded_ = std::make_shared<Loaded>(*model);
@@ -88,7 +89,7 @@ Task<void> PairEngine::tryOut(Host& host, StoredModel model, double seconds) {
         try {
             const TranslationEngine engine(translationFilesOf(model));
             if (engine.translate(warmUpText).empty())
-                throw std::runtime_error(model.name + " translates to nothing.");
+                throw std::runtime_error(localized("%@ translates to nothing.", {model.name}));
         } catch (const std::exception& failure) {
             throw ModelDamaged(failure.what());
         }
@@ -96,7 +97,7 @@ Task<void> PairEngine::tryOut(Host& host, StoredModel model, double seconds) {
     };
     if (!co_await runOnWithin(apart, seconds, trial, Executor::main(host)))
         throw translationFailure(TranslationError::internalError,
-                                 "The translation engine did not answer in time.");
+                                 localized("The translation engine did not answer in time."));
 }
 
 } // namespace tessarune

@@ -1,5 +1,7 @@
 #include "Tessarune/platform/translation-engine/TraditionalChinese.h"
 
+#include "TessaruneCore/text/Localization.h"
+
 #include <opencc/SimpleConverter.hpp>
 
 #include <stdexcept>
@@ -14,7 +16,8 @@ TraditionalChinese::TraditionalChinese() {
     try {
         converter_ = std::make_unique<Converter>();
     } catch (const std::exception& failure) {
-        throw std::runtime_error(std::string("traditional characters: ") + failure.what());
+        throw std::runtime_error(localized(
+            "The conversion to Traditional Chinese is not available: %@", {failure.what()}));
     }
 }
 

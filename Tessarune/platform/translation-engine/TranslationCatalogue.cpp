@@ -161,7 +161,7 @@ TranslationCatalogue TranslationCatalogue::parse(const std::string& text,
                                                  const TranslationCatalogueSource& source) {
     const Json json = Json::parse(text, nullptr, false);
     if (!json.is_object() || !json.contains("data") || !json["data"].is_array())
-        throw std::runtime_error(localized("The list of translation models is not one."));
+        throw std::runtime_error(localized("The list of translation models is invalid."));
     std::vector<Record> records;
     for (const Json& entry : json["data"]) {
         if (std::optional<Record> record = recordOf(entry, source))
@@ -187,7 +187,7 @@ TranslationCatalogue TranslationCatalogue::parse(const std::string& text,
     }
     if (catalogue.models_.empty())
         throw std::runtime_error(
-            localized("The list of translation models has none for this program."));
+            localized("The list of translation models has no model for this program."));
     return catalogue;
 }
 

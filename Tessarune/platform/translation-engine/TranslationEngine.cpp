@@ -40,7 +40,7 @@ TranslationEngine::TranslationEngine(const Files& files) {
                                     borrowed(files.targetVocabulary.native()), &failure);
     if (engine_ == nullptr)
         throw TranslationEngineError(
-            localized("%@ does not load: %@", {files.model.string(), taken(failure)}));
+            localized("%@ cannot be loaded: %@", {files.model.string(), taken(failure)}));
 }
 
 TranslationEngine::~TranslationEngine() {

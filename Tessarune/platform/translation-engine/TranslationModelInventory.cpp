@@ -3,6 +3,7 @@
 #include "Tessarune/platform/translation-engine/PairEngine.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/host/RunOn.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
 #include <map>
@@ -20,7 +21,7 @@ constexpr std::uint64_t largestCatalogue = 16'000'000;
 constexpr double trialSeconds = 30;
 
 [[noreturn]] void failUnknown(const std::string& id) {
-    throw std::runtime_error("There is no translation to the language " + id + ".");
+    throw std::runtime_error(localized("There is no translation into the language %@.", {id}));
 }
 
 /// Platform identifiers.
@@ -114,9 +115,9 @@ struct TranslationModelInventory::Shared {
     }
 
     static Task<void> fetchCatalogue(Pointer self, Executor network, std::stop_token stop) {
-        const std::string text =
-            co_await self->downloader.fetchText(network, "The list of translation models",
-                                                self->source.records, largestCatalogue, stop);
+        const std::string text = co_await self->downloader.fetchText(
+            network, localized("The list of translation models"), self->source.records,
+            largestCatalogue, stop);
         auto fetched = std::make_shared<const TranslationCatalogue>(
             TranslationCatalogue::parse(text, self->source));
         self->store.files().createDirectories(self->catalogueFile().parent_path());
@@ -143,8 +144,8 @@ struct TranslationModelInventory::Shared {
         if (!model && failure)
             std::rethrow_exception(failure);
         if (!model)
-            throw std::runtime_error("There is no translation model from " + languages.source +
-                                     " to " + languages.target + ".");
+            throw std::runtime_error(localized("There is no translation model from %@ to %@.",
+                                               {languages.source, languages.target}));
         model->trial = self->trial;
         co_await self->installer.install(std::move(*model), std::move(progress), stop);
     }

@@ -1,5 +1,7 @@
 #include "Tessarune/platform/translation-engine/VocabularyFile.h"
 
+#include "TessaruneCore/text/Localization.h"
+
 #include <cstdint>
 #include <fstream>
 #include <iterator>
@@ -76,7 +78,7 @@ void requireWhole(const std::filesystem::path& file) {
         isComplete = isComplete || *field == normalizerField;
     }
     if (!hasPieces || !isComplete)
-        throw std::runtime_error(file.string() + " is not a whole vocabulary.");
+        throw std::runtime_error(localized("%@ is not a complete vocabulary.", {file.string()}));
 }
 
 } // namespace tessarune::VocabularyFile

@@ -30,6 +30,8 @@ TEST(TextColumnsTests, BreaksAtBlanksAndBetweenWideCharacters) {
         {"incomprehensible", 6, {"incomp", "rehens", "ible"}},
         {"a incomprehensible", 6, {"a", "incomp", "rehens", "ible"}},
         {"你好世界", 5, {"你好", "世界"}},
+        {"你好世界。", 8, {"你好世", "界。"}},
+        {"你好（世界）。", 6, {"你好", "（世", "界）。"}},
         {"说 hello 好", 8, {"说 hello", "好"}},
         {"你", 1, {"你"}},
         {"a b", 0, {"a", "b"}},

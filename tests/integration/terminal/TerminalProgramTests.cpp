@@ -157,7 +157,7 @@ TEST_F(TerminalProgramTests, ASessionThatWasKilledIsCompletedAtTheNextStartAndTo
              file("two_cities.wav")},
             folder.path(), environment);
     ASSERT_EQ(killed.status, 0) << killed.error;
-    const std::string told = "A session that had broken off was completed";
+    const std::string told = "An interrupted session was recovered";
     const std::vector<std::string> next{"--source", file("beckett.wav"), "--fast"};
     EXPECT_NE(terminal(next).error.find(told), std::string::npos);
     EXPECT_EQ(terminal(next).error.find(told), std::string::npos) << "once";

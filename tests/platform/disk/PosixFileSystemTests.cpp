@@ -88,6 +88,39 @@ TEST(PosixFileSystemTests, WhatItMakesIsTheUsersAlone) {
     EXPECT_EQ(count, 7);
 }
 
+TEST(PosixFileSystemTests, AReadOnlyFolderIsNamedAsWhatItIs) {
+    const testing::TemporaryFolder folder;
+    const std::filesystem::path locked = folder / "locked";
+    PosixFileSystem disk;
+    disk.createDirectories(locked);
+    disk.writeAtomically(locked / "old", "");
+    using std::filesystem::perms;
+    std::filesystem::permissions(folder.path(), perms(0711));
+    std::filesystem::permissions(locked, perms(0555));
+    const uid_t user = ::geteuid();
+    constexpr uid_t nobody = 65534;
+    ASSERT_TRUE(user != 0 || ::seteuid(nobody) == 0) << "root may write everywhere";
+    const std::function<void()> writes[] = {
+        [&] { disk.writeAtomically(locked / "new", ""); },
+        [&] { disk.create(locked / "new"); },
+        [&] { disk.createDirectories(locked / "new"); },
+        [&] { disk.remove(locked / "old"); },
+        [&] { DataFolderLock::take(TessarunePaths{locked}, "test"); },
+    };
+    std::string said;
+    for (const auto& write : writes) {
+        try {
+            write();
+        } catch (const std::system_error& error) {
+            said += std::string(error.what()) + "\n";
+        }
+    }
+    ASSERT_TRUE(user != 0 || ::seteuid(user) == 0);
+    std::filesystem::permissions(locked, perms::owner_all);
+    const std::string line = "the folder " + locked.string() + " is read-only: Permission denied\n";
+    EXPECT_EQ(said, line + line + line + line + line);
+}
+
 TEST(PosixFileSystemTests, EmptiesFilesAndFollowsNoLink) {
     testing::TemporaryFolder folder;
     PosixFileSystem files;

@@ -234,9 +234,9 @@ TEST_F(InstallerTest, WhatIsWrongIsRefusedNamedAndRemoved) {
         std::size_t requests;
     };
     const std::vector<Case> cases{
-        {"wrong", Reply::whole(wrong), plain, "its sum is wrong (CRC-32C); it was removed", 1},
-        {"wrong too", Reply::whole(wrong), bySHA256, "its sum is wrong (SHA-256); it was removed",
-         1},
+        {"wrong", Reply::whole(wrong), plain, "its checksum (CRC-32C) is wrong; it was removed", 1},
+        {"wrong too", Reply::whole(wrong), bySHA256,
+         "its checksum (SHA-256) is wrong; it was removed", 1},
         {"too long", Reply::whole(b + "more"), plain, "sends more than the file's size", 1},
         {"missing", Reply::failure(404), plain, "404", 1},
         {"always busy", Reply::failure(503), plain, "503", 3},
@@ -244,17 +244,16 @@ TEST_F(InstallerTest, WhatIsWrongIsRefusedNamedAndRemoved) {
         {"short", Reply::whole(b.substr(9)).withoutRanges(), plain,
          "ended the file before its size", 4},
         {"in a circle", Reply::failure(302, {"Location: /a.ort"}), plain, "redirect", 6},
-        {"wrong and always cut", Reply::cut(wrong, 150'000), plain, "its sum is wrong (CRC-32C)",
-         4},
+        {"wrong and always cut", Reply::cut(wrong, 150'000), plain,
+         "its checksum (CRC-32C) is wrong", 4},
         {"to a file", Reply::failure(302, {"Location: file:///etc/passwd"}), plain, "", 1},
-        {"not packed", Reply::whole(b), zstd, "it does not unpack", 1},
-        {"packed, cut", Reply::whole(packed(b).substr(9)), zstd, "it does not unpack", 1},
-        {"packed, short", Reply::whole(packed(b).substr(0, 999)), zstd,
-         "ends before it is unpacked", 1},
-        {"packed, wrong", Reply::whole(packed(wrong)), zstd, "its sum is wrong (SHA-256)", 1},
+        {"not packed", Reply::whole(b), zstd, "it cannot be unpacked", 1},
+        {"packed, cut", Reply::whole(packed(b).substr(9)), zstd, "it cannot be unpacked", 1},
+        {"packed, short", Reply::whole(packed(b).substr(0, 999)), zstd, "it is incomplete", 1},
+        {"packed, wrong", Reply::whole(packed(wrong)), zstd, "its checksum (SHA-256) is wrong", 1},
         {"packed, huge", Reply::whole(packed(std::string(9'000'000, 'x'))), zstd,
-         "more than its size", 1},
-        {"no sum at all", Reply::whole(b), unchecked, "no sum", 0},
+         "more than the expected size", 1},
+        {"no sum at all", Reply::whole(b), unchecked, "no checksum", 0},
     };
     for (const Case& one : cases) {
         SCOPED_TRACE(one.name);
@@ -346,7 +345,7 @@ TEST_F(InstallerTest, NoRoomIsSaidBeforeAnythingIsFetched) {
     FileToFetch huge = file("a.ort", bytes_);
     huge.bytes = std::uint64_t{1} << 60;
     const std::string failure = install(model({huge, file("b.ort", bytes_)}));
-    EXPECT_NE(failure.find("not enough room"), std::string::npos) << failure;
+    EXPECT_NE(failure.find("Not enough disk space"), std::string::npos) << failure;
     EXPECT_TRUE(server_.requests().empty());
 }
 
@@ -355,10 +354,10 @@ TEST_F(InstallerTest, NamesThatLeadElsewhereAreRefused) {
     for (const char* name : {"../a.ort", "/etc/a.ort", ".a.ort", "a/b", "", "model.json", "a\nb"}) {
         FileToFetch wanted = file("a.ort", bytes_);
         wanted.name = name;
-        EXPECT_NE(install(model({wanted})).find("not usable"), std::string::npos) << name;
+        EXPECT_NE(install(model({wanted})).find("is invalid"), std::string::npos) << name;
     }
     const FileToFetch twice = file("a.ort", bytes_);
-    EXPECT_NE(install(model({twice, twice})).find("not usable"), std::string::npos);
+    EXPECT_NE(install(model({twice, twice})).find("is invalid"), std::string::npos);
     EXPECT_TRUE(server_.requests().empty());
 }
 

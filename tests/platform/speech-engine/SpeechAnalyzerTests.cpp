@@ -384,9 +384,9 @@ TEST_F(SpeechAnalyzerTest, FailuresSaySoWhereTheyHappen) {
         const char* results;
     };
     for (const auto& [call, prepare, start, results] :
-         {Case{"load", "The speech model tiny-en does not load: out of order", "", ""},
+         {Case{"load", "The speech model tiny-en cannot be loaded: out of order", "", ""},
           Case{"start", "", "The speech engine does not start: out of order", ""},
-          Case{"add", "", "", "The speech engine takes no sound: out of order"},
+          Case{"add", "", "", "The speech engine does not accept sound: out of order"},
           Case{"transcribe", "", "", "The speech engine failed: out of order"}}) {
         SCOPED_TRACE(call);
         failure_.clear();

@@ -123,12 +123,11 @@ TEST_F(SpeechModelInventoryTest, WhatCannotBeIsSaid) {
          R"({"groups":[{"files":[{"name":"a.ort","url":"u","size":"9","checksum":"","checksum_type":""}]}]})",
          R"({"groups":[{"files":[{"name":"a.ort","url":"u","size":9,"checksum":"x","checksum_type":"crc32c"}]}]})"}) {
         engine_.dependencies = list;
-        EXPECT_NE(bring("en-US").find("list of the files of tiny-en is not usable"),
-                  std::string::npos)
+        EXPECT_NE(bring("en-US").find("list of the files of tiny-en is invalid"), std::string::npos)
             << list;
     }
     engine_.dependencies = R"({"groups":[]})";
-    EXPECT_NE(bring("en-US").find("not usable"), std::string::npos);
+    EXPECT_NE(bring("en-US").find("is invalid"), std::string::npos);
     engine_.failing = "list";
     EXPECT_NE(bring("en-US").find("out of order"), std::string::npos);
     EXPECT_TRUE(server_.requests().empty());

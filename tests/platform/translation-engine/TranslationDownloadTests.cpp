@@ -185,8 +185,8 @@ TEST_F(TranslationDownloadTest, CatalogueComesThroughABadNetworkOrItIsSaid) {
           Case{"lies about its length", firstly(liar), ""},
           Case{"always cut", always(Reply::cut(good, 10)), undone},
           Case{"not there", always(Reply::failure(404)), "404"},
-          Case{"no list", always(Reply::whole("<html>Log in here</html>")), "is not one"},
-          Case{"half a list", always(Reply::whole(half)), "is not one"},
+          Case{"no list", always(Reply::whole("<html>Log in here</html>")), "is invalid"},
+          Case{"half a list", always(Reply::whole(half)), "is invalid"},
           Case{"too long", always(Reply::whole(std::string(17'000'000, ' '))), undone},
           Case{"another language", always(Reply::whole(catalogueOfPairs({{"en", "de"}}))),
                absent}}) {

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <system_error>
+
+namespace tessarune {
+
+/// The category for error numbers of the operating system whose messages a user may read: those
+/// that users meet come in the user's language, the others as the system says them. Compares with
+/// `std::errc` as the generic category does. Any thread.
+const std::error_category& systemErrors();
+
+/// The message for such a number.
+inline std::string systemMessage(int error) {
+    return systemErrors().message(error);
+}
+
+} // namespace tessarune
