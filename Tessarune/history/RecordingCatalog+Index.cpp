@@ -28,10 +28,26 @@ RecordingCatalog::LoadedIndex RecordingCatalog::loadIndex() {
     if (auto index = RecordingIndex::decoded(loaded.bytes)) {
         loaded.state = IndexState::good;
         loaded.index = std::move(*index);
+        findMovedSound(loaded.index);
     } else {
         loaded.state = IndexState::unreadable;
     }
     return loaded;
+}
+
+/// The paths in an index lead to where its folder was when they were written. A folder that was
+/// moved, or came from a backup, has the sound beside the index all the same.
+void RecordingCatalog::findMovedSound(RecordingIndex& index) {
+    for (auto recording : index.recordings()) {
+        const std::filesystem::path path(recording.filePath);
+        if (path.parent_path() == paths_.recordings() || !path.has_filename())
+            continue;
+        const auto here = paths_.recordings() / path.filename();
+        if (files_.exists(path) || !files_.exists(here))
+            continue;
+        recording.filePath = here.string();
+        index.put(recording);
+    }
 }
 
 std::vector<RecordingMetadata> RecordingCatalog::recordings() {

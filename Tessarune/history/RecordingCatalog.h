@@ -160,6 +160,7 @@ class RecordingCatalog {
     struct LoadedIndex;
 
     LoadedIndex loadIndex();
+    void findMovedSound(RecordingIndex& index);
     bool mutateIndex(const std::function<void(RecordingIndex&)>& mutate);
     void writeIndex(RecordingIndex& index);
     std::filesystem::path keepAside(const std::string& bytes);

@@ -288,19 +288,26 @@ TEST_F(RecordingCatalogTests, LaunchRepairsCloseTheGaps) {
     for (const UUID& id : {stale, gone})
         catalog.saveTranscript("text", id);
     disk.remove("/data/Recordings/gone.wav");
+    // Of a folder that lay elsewhere when this was written.
+    auto moved = recording(5, "moved.wav", makeID());
+    disk.setContents(moved.filePath, "x");
+    moved.filePath = "/home/before/Recordings/moved.wav";
+    catalog.upsert(moved);
     for (const char* name : {"notes.txt", "README", "11111111-1111-4111-8111-111111111111.txt"})
         disk.setContents(paths.transcripts() / name, "x");
 
     catalog.healStaleRecordings();
     EXPECT_EQ(catalog.recording(stale)->endedAt, 12);
     catalog.reconcileIndex();
-    EXPECT_EQ(order(), "stale ");
+    EXPECT_EQ(order(), "stale moved ");
+    EXPECT_EQ(catalog.recording(moved.id)->filePath, "/data/Recordings/moved.wav");
     EXPECT_EQ(log.back(), "Tessarune catalog reconcile: pruned 1 missing-audio entries");
     catalog.cleanupOrphanTranscripts();
     EXPECT_EQ(log.back(), "Tessarune catalog cleanup: removed 3 orphan transcript sidecar(s)");
-    EXPECT_EQ(disk.list(paths.transcripts()),
-              (std::vector<std::string>{stale.text() + ".recording.json", stale.text() + ".txt",
-                                        "README", "notes.txt"}));
+    EXPECT_EQ(
+        disk.list(paths.transcripts()),
+        (std::vector<std::string>{stale.text() + ".recording.json", stale.text() + ".txt",
+                                  moved.id.text() + ".recording.json", "README", "notes.txt"}));
     const auto operations = disk.contentsOf("/data/recordings.json");
     catalog.healStaleRecordings();
     catalog.reconcileIndex();
