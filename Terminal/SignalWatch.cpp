@@ -114,7 +114,9 @@ void SignalWatch::begin() {
         if (!isIgnored(signal))
             sigaddset(&set, signal);
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
-    std::signal(SIGPIPE, SIG_IGN); // a reader that goes away is a failed write, not the end
+    // A reader that goes away and a limit on the size of files are failed writes, not the end.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
     for (int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT}) {
         struct sigaction action {};
         action.sa_handler = handleCrash;

@@ -4,10 +4,27 @@
 #include "Tessarune/platform/host/PlatformLog.h"
 #include "Tessarune/shell/StringTables.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <iostream>
+
+namespace {
+
+/// The next file that is opened would get the number of a standard stream that is closed, and what
+/// is meant for the user would go into it. Held so, reading and writing fail as before.
+void holdClosedStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (::fcntl(stream, F_GETFD) < 0)
+            ::open("/dev/null", stream == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+    }
+}
+
+} // namespace
 
 int main(int argc, char** argv) {
     using namespace tessarune;
+    holdClosedStreams();
     setLocalizationTable(StringTables::forLocale(StringTables::userLocale()));
     const auto parsed = TerminalOptions::parse(argc, argv, std::cout, std::cerr);
     if (const int* status = std::get_if<int>(&parsed))

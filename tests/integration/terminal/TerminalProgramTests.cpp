@@ -204,13 +204,20 @@ TEST_F(TerminalProgramTests, AReaderThatDoesNotReadHoldsUpNothing) {
     for (const std::string& line : lines(late.output))
         EXPECT_TRUE(Json::accept(line)) << line;
 
-    const ProgramRun full = run("/bin/sh",
-                                {"-c", "\"$0\" \"$@\" >/dev/full",
-                                 (fs::path(TESSARUNE_BIN) / "tessarune-terminal").string(),
-                                 "--source", file("beckett.wav"), "--fast", "--no-record"},
-                                folder.path(), environment);
-    EXPECT_EQ(full.status, 74);
-    EXPECT_NE(full.error.find("could not be written"), std::string::npos) << full.error;
+    const std::pair<const char*, int> cannotWrite[] = {
+        {"exec \"$0\" \"$@\" >/dev/full", 74},
+        {"exec \"$0\" \"$@\" >&- <&-", 74},
+        {"ulimit -f 1; exec \"$0\" \"$@\" --event-log long.ndjson", 73},
+    };
+    for (const auto& [command, status] : cannotWrite) {
+        const ProgramRun failed =
+            run("/bin/sh",
+                {"-c", command, (fs::path(TESSARUNE_BIN) / "tessarune-terminal").string(),
+                 "--source", file("beckett.wav"), "--fast", "--no-record"},
+                folder.path(), environment);
+        EXPECT_EQ(failed.status, status) << command << failed.error;
+        EXPECT_NE(failed.error.find("writ"), std::string::npos) << failed.error;
+    }
 }
 
 TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
