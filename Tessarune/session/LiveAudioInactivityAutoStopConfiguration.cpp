@@ -1,16 +1,12 @@
 #include "Tessarune/session/LiveAudioInactivityAutoStopConfiguration.h"
 
-#include <algorithm>
-#include <array>
+#include "Tessarune/shell/AudioInactivityMinutes.h"
 
 namespace tessarune {
 
 LiveAudioInactivityAutoStopConfiguration::LiveAudioInactivityAutoStopConfiguration(
-    std::int64_t chosenMinutes) {
-    constexpr std::array<std::int64_t, 9> allowed{0, 1, 2, 3, 4, 5, 10, 15, 20};
-    minutes = std::find(allowed.begin(), allowed.end(), chosenMinutes) != allowed.end()
-                  ? chosenMinutes
-                  : 1;
+    std::int64_t chosenMinutes)
+    : minutes(AudioInactivityMinutes::counted(chosenMinutes)) {
     if (minutes > 0)
         timeoutSeconds = static_cast<double>(minutes) * 60;
 }

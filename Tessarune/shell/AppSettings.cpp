@@ -1,5 +1,6 @@
 #include "Tessarune/shell/AppSettings.h"
 
+#include "Tessarune/shell/AudioInactivityMinutes.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
@@ -137,6 +138,26 @@ SettingCodec<std::int64_t> modifiersCodec() {
     return codec;
 }
 
+SettingCodec<std::int64_t> inactivityCodec() {
+    SettingCodec<std::int64_t> codec = integerCodec(-anyInteger, anyInteger);
+    codec.read = [read = codec.read](const SettingValue& stored) {
+        const auto minutes = read(stored);
+        return minutes ? std::optional(AudioInactivityMinutes::counted(*minutes)) : std::nullopt;
+    };
+    codec.parse = [parse = codec.parse](std::string_view text) {
+        const auto minutes = parse(text);
+        return minutes && AudioInactivityMinutes::counted(*minutes) == *minutes ? minutes
+                                                                                : std::nullopt;
+    };
+    codec.choices = [] {
+        std::vector<std::string> all;
+        for (const std::int64_t minutes : AudioInactivityMinutes::choices)
+            all.push_back(std::to_string(minutes));
+        return all;
+    };
+    return codec;
+}
+
 SettingCodec<std::int64_t> percentCodec() {
     return integerCodec(0, 100);
 }
@@ -239,9 +260,8 @@ AppSettings::AppSettings(UserDefaults& store)
               localizationKey("Keeps the sound as it was recorded, several times as large."), false,
               boolCodec()),
       SETTING(audioInactivityAutoStopMinutes, recording,
-              localizationKey(
-                  "Minutes of silence after which a session ends by itself; 0 or less: never."),
-              10, integerCodec(-anyInteger, anyInteger)),
+              localizationKey("Minutes of silence after which a session ends by itself; 0: never."),
+              10, inactivityCodec()),
       SETTING(diagnosticsLevel, diagnostics, localizationKey("How much is written to the logs."),
               DiagnosticsLevel::core, levelCodec()),
       SETTING(sessionDiagnosticsEnabled, diagnostics,

@@ -43,7 +43,7 @@ TEST_F(AppSettingsTests, NumbersAndFlagsAreReadInTheFormsThatPeopleWrite) {
     EXPECT_EQ(*settings.freezeStableSeconds, 1.0);
     EXPECT_FALSE(*settings.trueFreeze);
     EXPECT_EQ(*settings.smoothPaceMS, 120);
-    EXPECT_EQ(*settings.audioInactivityAutoStopMinutes, -5);
+    EXPECT_EQ(*settings.audioInactivityAutoStopMinutes, 1) << "as a session takes it";
     EXPECT_EQ(*settings.shortcutPin.modifiers, 0x1A0000) << "without Caps Lock and sides";
     EXPECT_EQ(*settings.diagnosticsLevel, DiagnosticsLevel::verbose);
     EXPECT_EQ(*settings.selectedRecognitionOptionID, "apple-analyzer-en-gb");
@@ -64,6 +64,8 @@ TEST_F(AppSettingsTests, TextIsTakenOrRefusedAndWhatIsTakenIsStored) {
         {"bgColorHex", "#0a0B0c", true, "#0A0B0C"},
         {"bgColorHex", "#-12345", false, "#0A0B0C"},
         {"bgOpacity", "101", false, "100"},
+        {"audioInactivityAutoStopMinutes", "30", false, "10"},
+        {"audioInactivityAutoStopMinutes", "0", true, "0"},
         {"diagnosticsLevel", "trace", true, "trace"},
         {"subtitleLayoutMode", "Lyrics", true, "lyrics"},
         {"subtitleLayoutMode", "sonnets", false, "lyrics"},
