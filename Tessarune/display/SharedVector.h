@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <iterator>
 #include <memory>
@@ -109,6 +110,14 @@ class SharedVector {
             append(std::move(kept));
     }
 
+    /// Calls `visit` with each index of both lists at which they do not share their element. Costs
+    /// what has changed, however long the lists are.
+    template <typename Visit>
+    void forEachUnshared(const SharedVector& other, Visit visit) const {
+        if (!empty() && !other.empty())
+            compare(*root_, levels_, *other.root_, other.levels_, 0, visit);
+    }
+
     bool operator==(const SharedVector& other) const {
         if (size_ != other.size_)
             return false;
@@ -127,6 +136,26 @@ class SharedVector {
         std::vector<std::shared_ptr<Node>> children;
         std::vector<Element> elements;
     };
+
+    /// Two nodes over the same indices, of which `first` is the lowest; of a higher one the part
+    /// that the other covers.
+    template <typename Visit>
+    static void compare(const Node& one, unsigned level, const Node& other, unsigned otherLevel,
+                        std::size_t first, Visit& visit) {
+        if (level > otherLevel)
+            return compare(*one.children[0], level - 1, other, otherLevel, first, visit);
+        if (otherLevel > level)
+            return compare(one, level, *other.children[0], otherLevel - 1, first, visit);
+        if (&one == &other)
+            return;
+        for (std::size_t i = 0; i < std::min(one.children.size(), other.children.size()); ++i)
+            compare(*one.children[i], level - 1, *other.children[i], level - 1,
+                    first + (i << (bits * level)), visit);
+        for (std::size_t i = 0; i < std::min(one.elements.size(), other.elements.size()); ++i) {
+            if (one.elements[i] != other.elements[i])
+                visit(first + i);
+        }
+    }
 
     static std::size_t slot(std::size_t index, unsigned level) {
         return (index >> (bits * level)) & ((std::size_t{1} << bits) - 1);

@@ -35,6 +35,8 @@ class AnySetting {
     /// Takes the stored value again, as after a change by another program; announces it if it is
     /// another one.
     virtual void reload() = 0;
+    /// Calls back after each assignment until the returned block is run. The setting outlives it.
+    [[nodiscard]] virtual std::function<void()> onChange(std::function<void()> changed) const = 0;
 };
 
 /// How a value of type T is stored and written. `read` gives nothing for a stored value that makes
@@ -160,6 +162,11 @@ class Setting final : public AnySetting {
             value = isUnreadable() ? codec_.cautious.value_or(default_) : default_;
         if (!(*value == *value_))
             value_ = std::move(*value);
+    }
+    std::function<void()> onChange(std::function<void()> changed) const override {
+        const auto token =
+            value_.onDidChange([changed = std::move(changed)](const T&) { changed(); });
+        return [this, token] { value_.remove(token); };
     }
 
   private:

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 namespace tessarune {
@@ -48,6 +49,12 @@ RC_GTEST_PROP(SharedVectorTests, DoesWhatAVectorDoes, ()) {
     for (const auto& [copy, then] : copies) {
         RC_ASSERT(std::vector<int>(copy.begin(), copy.end()) == then);
         RC_ASSERT(copy == SharedVector<int>(then));
+        // What two lists are not said to differ in is the same.
+        std::vector<int> told = then;
+        list.forEachUnshared(copy, [&](std::size_t at) { told.at(at) = expected.at(at); });
+        const auto common = std::ptrdiff_t(std::min(told.size(), expected.size()));
+        RC_ASSERT(std::equal(told.begin(), told.begin() + common, expected.begin()));
+        copy.forEachUnshared(copy, [&](std::size_t) { RC_FAIL("a list differs from itself"); });
     }
 }
 

@@ -1,0 +1,141 @@
+#pragma once
+
+#include "Tessarune/display/CaptionListView.h"
+#include "TessaruneCore/diagnostics/LogFields.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/observation/Published.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace tessarune {
+
+/// What the rest of the caption stage knows of the list: whether the user reads back.
+struct CaptionFollowState {
+    Published<bool> isReviewing{false};
+};
+
+/// Keeps a caption list at its newest line while the user reads along, lets go as soon as the user
+/// scrolls back, and returns when the user has rested for a while.
+///
+/// Pinned follows the newest line; reviewing does not, and a timer runs. Only scrolling by the user
+/// leaves pinned: rows that arrive never do. Around it, heal paths notice a list that stopped
+/// drawing although frames keep coming, and redraw it.
+///
+/// Main queue. The view calls the `user…` operations as it is scrolled, `update` when its content
+/// changed, and `frameHeartbeat` for each published frame. Host, view and state outlive the driver.
+class CaptionFollowDriver {
+  public:
+    static constexpr double reviewEnterThreshold = 64;
+    static constexpr double followResumeThreshold = 12;
+    static constexpr double meaningfulScrollThreshold = 1.5;
+
+    /// Gets each event; `name` has no prefix. Important ones are written at every log level.
+    using Recorder =
+        std::function<void(const std::string& name, const LogFields& fields, bool important)>;
+
+    CaptionFollowDriver(Host& host, CaptionListView& view, CaptionFollowState& follow,
+                        Recorder recorder);
+    ~CaptionFollowDriver();
+    CaptionFollowDriver(const CaptionFollowDriver&) = delete;
+    CaptionFollowDriver& operator=(const CaptionFollowDriver&) = delete;
+
+    bool isPinned() const { return isPinned_; }
+
+    // The view
+
+    /// A list has appeared.
+    void attached();
+    /// The view was built again. `contentRevision` changes with everything that is drawn;
+    /// `idleReturnDelay` is in seconds, 1 to 60.
+    void update(std::uint64_t contentRevision, double idleReturnDelay);
+    /// The height of all rows has changed.
+    void documentFrameChanged();
+    /// The window became visible again, or its screen changed.
+    void becameVisible(const char* why);
+    void frameHeartbeat();
+
+    // Scrolling by the user
+
+    void userWillStartLiveScroll();
+    void userDidLiveScroll();
+    void userDidEndLiveScroll();
+    /// The user asks for the newest line.
+    void returnToNewest();
+
+  private:
+    using Geometry = CaptionListView::Geometry;
+    struct UserScrollMotion {
+        double deltaY = 0;
+        double legalDeltaChange = 0;
+        bool meaningfulUserScroll = false;
+    };
+
+    UserScrollMotion noteUserScrollMotion(const Geometry& geometry);
+    bool shouldBePinned(const Geometry& geometry, bool meaningful) const;
+    void maybeRecordScrollSample();
+    void setPinned(bool next, const std::string& reason, const LogFields& fields = {});
+
+    void armIdleReturn(const std::string& reason);
+    void cancelIdleReturn(const std::string& reason);
+    void handleIdleReturnFired();
+    void land(const std::string& reason);
+
+    void scheduleFollowSync();
+    void followSync();
+    /// Returns how far the list moved.
+    double scrollToBottom();
+    void redrawViewport();
+
+    void markContentDirty();
+    void healTick();
+    void noteViewChannelAlive();
+    void preventiveNudgeIfNeeded();
+    void checkLayoutFreeze();
+    void checkStall();
+    void nudgeWindow(const std::string& reason);
+    bool mayLogBreadcrumb();
+
+    void record(const std::string& name, const LogFields& fields = {}, bool important = false);
+    double now() const { return host_.now(); }
+
+    Host& host_;
+    CaptionListView& view_;
+    CaptionFollowState& follow_;
+    const Recorder recorder_;
+
+    bool isPinned_ = true;
+    DelayedCall idleTimer_;
+    std::optional<double> idleTimerArmedAt_; // present exactly while the timer runs
+    DelayedCall landing_;
+    double idleReturnDelay_ = 30;
+
+    bool userLiveScrollActive_ = false;
+    bool gestureHadMeaningfulScroll_ = false;
+    std::optional<double> lastUserClipY_;
+    std::optional<double> lastUserLegalBottomDelta_;
+    std::optional<double> lastMeaningfulUserScrollAt_;
+    std::optional<double> lastLiveScrollNotificationAt_;
+    std::optional<double> lastScrollSampleAt_;
+
+    DelayedCall followSync_;
+    bool followSyncScheduled_ = false;
+
+    bool contentDirtySinceRedraw_ = false;
+    std::optional<std::uint64_t> lastContentRevision_;
+    DelayedCall pendingHeal_;
+    bool healScheduled_ = false;
+
+    std::optional<double> lastRevisionAt_; // the view's last sign of life
+    int heartbeatsSinceRevision_ = 0;
+    bool stallSuspected_ = false;
+    std::optional<double> lastNudgeAt_;
+    std::optional<double> lastPreventiveNudgeAt_;
+    double lastDocFrameChangeAt_;
+    int revisionsSinceDocFrameChange_ = 0;
+    std::optional<double> lastBreadcrumbAt_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <optional>
+
+namespace tessarune {
+
+/// The scrolling list of captions, as `CaptionFollowDriver` drives it; a view implements it over
+/// its toolkit's list. Lengths are in points of the toolkit, positions grow downwards. Main queue.
+class CaptionListView {
+  public:
+    struct Geometry {
+        double clipY = 0;          ///< top of the visible part
+        double clipHeight = 0;     ///< height of the visible part
+        double documentHeight = 0; ///< height of all rows
+        /// Where the list itself puts `clipY` when it is scrolled to its end. Insets and a list
+        /// shorter than the window make it differ from `documentHeight - clipHeight`.
+        double legalBottomY = 0;
+        int rows = -1; ///< -1: unknown
+
+        bool overflowing() const { return documentHeight > clipHeight; }
+        double legalBottomDelta() const { return legalBottomY - clipY; }
+        double clipMaxY() const { return clipY + clipHeight; }
+    };
+
+    virtual ~CaptionListView() = default;
+
+    /// `nullopt` while there is no list on the screen.
+    virtual std::optional<Geometry> geometry() const = 0;
+    /// To `legalBottomY`.
+    virtual void scrollToEnd() = 0;
+    /// Lays out and draws all visible rows again.
+    virtual void redraw() = 0;
+    /// Makes the window system compose the window again.
+    virtual void nudgeWindow() = 0;
+    virtual bool isFullScreen() const = 0;
+};
+
+} // namespace tessarune

@@ -1,0 +1,101 @@
+#include "Tessarune/display/CaptionStageRows.h"
+
+#include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/translation/GhostTranslationPlanner.h"
+
+#include <algorithm>
+
+namespace tessarune {
+
+namespace {
+
+/// A preview is of one of the newest sentences; it is looked for among so many settled rows.
+constexpr std::size_t ghostReach = 32;
+
+} // namespace
+
+CaptionStageRows::CaptionStageRows(const LiveCaptionDisplayFrame& frame, Block block, bool merges)
+    : block_(block), ghost_(Text::trimmed(frame.ghostTranslationText)) {
+    if (block == Block::translations) {
+        translations_ = frame.translationTail;
+        if (!ghost_.empty())
+            tail_.push_back({"", ghost_, true, false});
+        return;
+    }
+    const bool isMerged = merges && block == Block::bilingual;
+    settled_ = isMerged ? frame.mergedBilingualSourceTail : frame.sourceTextTail;
+    addTail(frame, isMerged ? frame.mergedBilingualLiveTailRows : frame.liveTailRows);
+    if (block == Block::bilingual && !ghost_.empty())
+        findGhostRow(frame);
+}
+
+void CaptionStageRows::addTail(const LiveCaptionDisplayFrame& frame,
+                               const LiveCaptionDisplayRows& live) {
+    const auto add = [this](const LiveCaptionDisplaySegment& row, bool isGrowing) {
+        tail_.push_back({row.sourceText,
+                         block_ == Block::bilingual ? row.translatedText : std::string(), false,
+                         isGrowing});
+    };
+    for (const LiveCaptionDisplaySegment& row : live)
+        add(row, false);
+    if (frame.livePartialRow)
+        add(*frame.livePartialRow, true);
+}
+
+void CaptionStageRows::findGhostRow(const LiveCaptionDisplayFrame& frame) {
+    const std::string key =
+        GhostTranslationPlanner::normalizedKey(frame.ghostTranslationSourceText);
+    if (key.empty())
+        return;
+    for (auto row = tail_.rbegin(); row != tail_.rend(); ++row) {
+        if (row->translation.empty() &&
+            GhostTranslationPlanner::normalizedKey(row->source) == key) {
+            row->translation = ghost_;
+            row->isGhost = true;
+            return;
+        }
+    }
+    const std::size_t last = settled_.size() - std::min(settled_.size(), ghostReach);
+    for (std::size_t i = settled_.size(); i > last; --i) {
+        if (settled_[i - 1].translatedText.empty() && settled_[i - 1].normalizedSourceKey == key) {
+            ghostRow_ = i - 1;
+            return;
+        }
+    }
+}
+
+CaptionStageRow CaptionStageRows::row(std::size_t index) const {
+    if (index >= settledSize())
+        return tail_[index - settledSize()];
+    if (block_ == Block::translations)
+        return {"", translations_[index], false, false};
+    const LiveCaptionDisplaySegment& settled = settled_[index];
+    if (block_ == Block::source)
+        return {settled.sourceText, "", false, false};
+    if (ghostRow_ == index)
+        return {settled.sourceText, ghost_, true, false};
+    return {settled.sourceText, settled.translatedText, false, false};
+}
+
+std::vector<std::size_t> CaptionStageRows::changedSince(const CaptionStageRows& before) const {
+    std::vector<std::size_t> changed;
+    const auto compare = [&](std::size_t index) {
+        if (!(row(index) == before.row(index)))
+            changed.push_back(index);
+    };
+    settled_.forEachUnshared(before.settled_, compare);
+    translations_.forEachUnshared(before.translations_, compare);
+    for (const auto& ghost : {ghostRow_, before.ghostRow_}) {
+        if (ghost && *ghost < std::min(settledSize(), before.settledSize()))
+            compare(*ghost);
+    }
+    // Rows that settled, or that may still change.
+    const std::size_t common = std::min(size(), before.size());
+    for (std::size_t i = std::min(settledSize(), before.settledSize()); i < common; ++i)
+        compare(i);
+    std::ranges::sort(changed);
+    changed.erase(std::unique(changed.begin(), changed.end()), changed.end());
+    return changed;
+}
+
+} // namespace tessarune

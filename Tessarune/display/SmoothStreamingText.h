@@ -1,0 +1,72 @@
+#pragma once
+
+#include "TessaruneCore/host/Host.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// Reveals a growing text word by word at a steady pace, so that a reader sees a stream where the
+/// recogniser delivers bursts. A stream that falls behind speeds up; one that falls far behind
+/// shows everything at once.
+///
+/// The state machine behind one caption row; a view draws `renderedTail` after each `onReveal`.
+/// Lengths are in characters. Main queue. Destroying it cancels the pending step.
+class SmoothStreamingText {
+  public:
+    struct Options {
+        bool animated = true;
+        bool reduceMotion = false; ///< the desktop's accessibility setting
+        std::int64_t paceMS = 120; ///< between two words while the stream keeps up
+        bool highlightLastWord = false;
+
+        bool operator==(const Options&) const = default;
+    };
+    /// The visible text; `newestWord` stands out behind `settled`.
+    struct RenderedTail {
+        std::string settled;
+        std::string newestWord; ///< empty unless it is highlighted
+
+        bool operator==(const RenderedTail&) const = default;
+    };
+
+    explicit SmoothStreamingText(Host& host) : host_(host) {}
+    ~SmoothStreamingText() { stop(); }
+    SmoothStreamingText(const SmoothStreamingText&) = delete;
+    SmoothStreamingText& operator=(const SmoothStreamingText&) = delete;
+
+    /// Takes effect with the next text.
+    Options options;
+    /// Called with the number of visible characters after each step.
+    std::function<void(std::size_t revealedCount)> onReveal;
+
+    /// The text has appeared or changed.
+    void stream(std::string text);
+    /// The view has disappeared.
+    void stop() { ticker_.cancel(); }
+
+    std::size_t revealedCount() const { return revealedCount_; }
+    RenderedTail renderedTail() const;
+
+  private:
+    void startReveal();
+    void revealNextWord();
+    std::size_t endOfNextWord() const;
+    bool isSpace(std::size_t index) const;
+    void reveal(std::size_t count);
+    std::size_t byteOffset(std::size_t characters) const {
+        return characters == 0 ? 0 : characterEnds_[characters - 1];
+    }
+
+    Host& host_;
+    std::string text_;
+    std::vector<std::size_t> characterEnds_; // byte offsets in `text_`
+    std::size_t revealedCount_ = 0;
+    DelayedCall ticker_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,46 @@
+#pragma once
+
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/observation/Published.h"
+
+#include <cstdint>
+
+namespace tessarune {
+
+/// Whether the caption window shows its toolbar: while the pointer is inside, and while a menu that
+/// was opened from it is open. It hides a moment after the pointer has left.
+///
+/// Main queue; the host outlives it.
+class SubtitleChromeState {
+  public:
+    static constexpr double hideDelay = 0.16; ///< seconds
+
+    explicit SubtitleChromeState(Host& host) : host_(host) {}
+    ~SubtitleChromeState() { pendingHide_.cancel(); }
+    SubtitleChromeState(const SubtitleChromeState&) = delete;
+    SubtitleChromeState& operator=(const SubtitleChromeState&) = delete;
+
+    /// Assigned here alone.
+    Published<bool> isPresented{true};
+
+    void setBodyHovering(bool hovering);
+    void setChromeHovering(bool hovering);
+    void menuDidBeginTracking();
+    void menuDidEndTracking();
+
+    bool isPointerInside() const { return bodyHovering_ || chromeHovering_; }
+
+  private:
+    void pointerMoved();
+    void present();
+    void scheduleHide(double delay);
+
+    Host& host_;
+    bool bodyHovering_ = false;
+    bool chromeHovering_ = false;
+    bool menuTracking_ = false;
+    std::int64_t hideToken_ = 0; // a pending hide with an older token does nothing
+    DelayedCall pendingHide_;
+};
+
+} // namespace tessarune

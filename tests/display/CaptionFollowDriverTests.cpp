@@ -1,0 +1,140 @@
+#include "Tessarune/display/CaptionFollowDriver.h"
+#include "TessaruneCore/host/SimulatedHost.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+namespace {
+
+/// A list of a given height that is scrolled by a script.
+struct ScriptedList final : CaptionListView {
+    std::optional<Geometry> geometry() const override {
+        const double end = std::max(documentHeight - 100, 0.0);
+        return Geometry{clipY, 100, documentHeight, end, 10};
+    }
+    void scrollToEnd() override {
+        clipY = geometry()->legalBottomY;
+        ++scrolls;
+    }
+    void redraw() override { ++redraws; }
+    void nudgeWindow() override { ++nudges; }
+    bool isFullScreen() const override { return fullScreen; }
+
+    double clipY = 900;
+    double documentHeight = 1000;
+    bool fullScreen = false;
+    int scrolls = 0;
+    int redraws = 0;
+    int nudges = 0;
+};
+
+class CaptionFollowDriverTests : public ::testing::Test {
+  protected:
+    void scroll(std::initializer_list<double> distancesFromEnd, bool ends = false) {
+        driver.userWillStartLiveScroll();
+        for (const double distance : distancesFromEnd) {
+            list.clipY = list.geometry()->legalBottomY - distance;
+            driver.userDidLiveScroll();
+        }
+        if (ends)
+            driver.userDidEndLiveScroll();
+    }
+    void grow(double height) {
+        list.documentHeight += height;
+        driver.update(++revision, 5);
+        driver.documentFrameChanged();
+        driver.frameHeartbeat();
+    }
+
+    SimulatedHost host{1000};
+    ScriptedList list;
+    CaptionFollowState state;
+    std::vector<std::string> events;
+    CaptionFollowDriver driver{
+        host, list, state,
+        [this](const std::string& name, const LogFields&, bool) { events.push_back(name); }};
+    std::uint64_t revision = 0;
+};
+
+TEST_F(CaptionFollowDriverTests, LetsGoAndReturnsAtTheTwoThresholds) {
+    struct Case {
+        std::initializer_list<double> distances;
+        bool isPinned;
+    };
+    for (const auto& [distances, isPinned] :
+         std::initializer_list<Case>{{{63}, true},
+                                     {{64}, false},
+                                     {{200, 13}, false},
+                                     {{200, 12}, true},
+                                     {{200, 13, 12.5, 63}, false}}) {
+        driver.returnToNewest();
+        scroll(distances);
+        EXPECT_EQ(driver.isPinned(), isPinned) << *(distances.end() - 1);
+        EXPECT_EQ(*state.isReviewing, !isPinned);
+    }
+    // A touch that moves next to nothing ends at the newest line.
+    driver.returnToNewest();
+    scroll({1}, true);
+    EXPECT_TRUE(driver.isPinned());
+    EXPECT_EQ(list.clipY, 900);
+}
+
+TEST_F(CaptionFollowDriverTests, FollowsNewRowsOnlyWhileItIsPinned) {
+    grow(20);
+    grow(20);
+    host.advanceBy(0.001);
+    EXPECT_EQ(list.clipY, 940);
+    EXPECT_EQ(list.scrolls, 1) << "a burst is one movement";
+    scroll({300});
+    const double readingAt = list.clipY;
+    grow(50);
+    host.advanceBy(0.1);
+    EXPECT_EQ(list.clipY, readingAt);
+    list.documentHeight = 80; // everything was cleared
+    list.clipY = 30;
+    scroll({30});
+    EXPECT_TRUE(driver.isPinned()) << "a list that does not overflow";
+}
+
+TEST_F(CaptionFollowDriverTests, ReturnsWhenTheReaderHasRested) {
+    driver.update(1, 5);
+    scroll({300}, true);
+    host.advanceBy(4.0);
+    scroll({310}, true); // 4.9 s before the timer of another gesture fires
+    host.advanceBy(4.9);
+    EXPECT_FALSE(driver.isPinned());
+    host.advanceBy(0.11);
+    EXPECT_TRUE(driver.isPinned());
+    EXPECT_EQ(list.clipY, 900);
+    EXPECT_EQ(std::ranges::count(events, "idleReturnFired"), 1);
+
+    scroll({300}, true);
+    driver.update(2, 2); // a changed setting counts at once
+    host.advanceBy(2.1);
+    EXPECT_TRUE(driver.isPinned());
+}
+
+/// Frames keep coming, and the list gives no sign of life.
+TEST_F(CaptionFollowDriverTests, AsksForARedrawOfAListThatStoppedDrawing) {
+    driver.update(1, 30);
+    driver.frameHeartbeat(); // and the first preventive nudge
+    const int before = list.nudges;
+    for (int second = 0; second < 12; ++second) {
+        host.advanceBy(1);
+        driver.frameHeartbeat();
+    }
+    EXPECT_EQ(list.nudges, before + 1) << "once in thirty seconds";
+    EXPECT_GT(list.redraws, 0);
+    list.fullScreen = true;
+    host.advanceBy(60);
+    driver.update(2, 30);
+    driver.frameHeartbeat();
+    EXPECT_EQ(list.nudges, before + 1) << "no preventive nudge in full screen";
+}
+
+} // namespace
+} // namespace tessarune
