@@ -27,6 +27,7 @@ endfunction()
 function(tessarune_test target)
   cmake_parse_arguments(TEST "" "" "LINKS;LABELS" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
+  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$") # a program of its own
   if(NOT sources)
     return()
   endif()

@@ -13,9 +13,10 @@ inline QGuiApplication& offscreenApplication() {
     static char name[] = "ui-tests";
     static char* argv[] = {name, nullptr};
     static const bool isOffscreen = qputenv("QT_QPA_PLATFORM", "offscreen");
-    static QGuiApplication application(argc, argv);
+    // Left to the end of the process: Qt's own statics may be gone before those of the program.
+    static auto* const application = new QGuiApplication(argc, argv);
     Q_UNUSED(isOffscreen);
-    return application;
+    return *application;
 }
 
 /// Runs the event loop until the condition holds; false if it does not within ten seconds.

@@ -1,0 +1,170 @@
+#include "Tessarune/ui/captions/CaptionFollow.h"
+
+#include <cmath>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+constexpr int glideMS = 220;
+
+} // namespace
+
+CaptionFollow::CaptionFollow() {
+    gliding_.setDuration(glideMS);
+    gliding_.setEasingCurve(QEasingCurve::OutCubic);
+    connect(&gliding_, &QVariantAnimation::valueChanged, this,
+            [this](const QVariant& value) { setGlide(value.toDouble()); });
+    connect(this, &CaptionFollow::attachedChanged, this, &CaptionFollow::attachIfReady);
+    observations_.follow(state_.isReviewing, [this] { Q_EMIT reviewingChanged(); });
+}
+
+void CaptionFollow::setList(QQuickItem* list) {
+    list_ = list;
+    Q_EMIT attachedChanged();
+}
+
+void CaptionFollow::attachIfReady() {
+    if (driver_ || !stage_ || !list_)
+        return;
+    connect(list_, &QQuickItem::windowChanged, this, &CaptionFollow::followWindow);
+    followWindow(list_->window());
+    driver_.emplace(stage_->host(), static_cast<CaptionListView&>(*this), state_,
+                    CaptionFollowDriver::Recorder());
+    connect(stage_, &CaptionStageModel::frameChanged, this, [this] {
+        contentChanged();
+        driver_->frameHeartbeat();
+    });
+    connect(stage_, &CaptionStageModel::settingsChanged, this, &CaptionFollow::contentChanged);
+    driver_->attached();
+    contentChanged();
+}
+
+void CaptionFollow::followWindow(QQuickWindow* window) {
+    if (window)
+        connect(window, &QQuickWindow::afterAnimating, this, &CaptionFollow::beforeFrame,
+                static_cast<Qt::ConnectionType>(Qt::DirectConnection | Qt::UniqueConnection));
+}
+
+void CaptionFollow::contentChanged() {
+    driver_->update(stage_->contentRevision(), stage_->returnSeconds());
+}
+
+void CaptionFollow::movementStarted() {
+    if (!driver_)
+        return;
+    gliding_.stop();
+    setGlide(0);
+    driver_->userWillStartLiveScroll();
+}
+
+void CaptionFollow::moved() {
+    if (driver_ && isMovedByUser())
+        driver_->userDidLiveScroll();
+}
+
+void CaptionFollow::movementEnded() {
+    if (driver_)
+        driver_->userDidEndLiveScroll();
+}
+
+void CaptionFollow::contentHeightChanged() {
+    if (!driver_)
+        return;
+    // The list is laying out its rows and must not be moved meanwhile.
+    endIsDue_ = true;
+    driver_->documentFrameChanged();
+}
+
+/// Before the frame is drawn: a line that wraps is never seen half hidden.
+void CaptionFollow::beforeFrame() {
+    if (std::exchange(endIsDue_, false) && driver_->isPinned())
+        scrollToEnd();
+}
+
+void CaptionFollow::heightChanged() {
+    if (driver_ && driver_->isPinned())
+        moveToEnd();
+}
+
+void CaptionFollow::returnToNewest() {
+    if (!driver_)
+        return;
+    QMetaObject::invokeMethod(list_, "cancelFlick");
+    driver_->returnToNewest();
+}
+
+std::optional<CaptionListView::Geometry> CaptionFollow::geometry() const {
+    if (!list_ || list_->height() <= 0)
+        return std::nullopt;
+    Geometry geometry;
+    geometry.clipHeight = list_->height() - hiddenHeight_;
+    geometry.clipY = listValue("contentY") + hiddenHeight_;
+    geometry.documentHeight = listValue("contentHeight");
+    geometry.legalBottomY = listValue("originY") + geometry.documentHeight - geometry.clipHeight;
+    geometry.rows = list_->property("count").toInt();
+    return geometry;
+}
+
+double CaptionFollow::moveToEnd() {
+    const auto before = geometry();
+    if (!before)
+        return 0;
+    // Beyond a page the list only guesses where its end is until it has been there.
+    if (std::abs(before->legalBottomDelta()) > before->clipHeight)
+        QMetaObject::invokeMethod(list_, "positionViewAtEnd");
+    list_->setProperty("contentY", geometry()->legalBottomY - hiddenHeight_);
+    return before->legalBottomDelta();
+}
+
+/// While the user moves the list it is the user's: a slow scroll back past many new words would
+/// never get away from the end.
+void CaptionFollow::scrollToEnd() {
+    if (isMovedByUser())
+        return;
+    const double glide = glide_ + moveToEnd();
+    gliding_.stop();
+    if (glide <= 0 || glide > hiddenHeight_) {
+        setGlide(0);
+        return;
+    }
+    setGlide(glide);
+    gliding_.setStartValue(glide);
+    gliding_.setEndValue(0.0);
+    gliding_.start();
+}
+
+void CaptionFollow::redraw() {
+    if (!list_)
+        return;
+    QMetaObject::invokeMethod(list_, "forceLayout");
+    nudgeWindow();
+}
+
+/// Qt composes a window whenever it is asked to; it need not be moved for that.
+void CaptionFollow::nudgeWindow() {
+    if (list_ && list_->window())
+        list_->window()->update();
+}
+
+bool CaptionFollow::isFullScreen() const {
+    return list_ && list_->window() && list_->window()->visibility() == QWindow::FullScreen;
+}
+
+double CaptionFollow::listValue(const char* property) const {
+    return list_->property(property).toDouble();
+}
+
+bool CaptionFollow::isMovedByUser() const {
+    return list_ && list_->property("moving").toBool();
+}
+
+void CaptionFollow::setGlide(double glide) {
+    if (glide == glide_)
+        return;
+    glide_ = glide;
+    Q_EMIT glideChanged();
+}
+
+} // namespace tessarune

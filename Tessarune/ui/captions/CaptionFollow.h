@@ -1,0 +1,81 @@
+#pragma once
+
+#include "Tessarune/display/CaptionFollowDriver.h"
+#include "Tessarune/ui/captions/CaptionStageModel.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QVariantAnimation>
+#include <optional>
+
+namespace tessarune {
+
+/// Joins a Qt Quick list to the driver that keeps it at its newest line. The list's content ends at
+/// its bottom edge, also while it is shorter than the list. Main thread.
+///
+/// Rows that arrive move the list at once; `glide` is by how much it is drawn lower, which runs to
+/// zero, so that a reader sees the lines move up.
+class CaptionFollow : public QObject, private CaptionListView {
+    Q_OBJECT
+    Q_PROPERTY(tessarune::CaptionStageModel* stage MEMBER stage_ NOTIFY attachedChanged)
+    Q_PROPERTY(QQuickItem* list READ list WRITE setList NOTIFY attachedChanged)
+    /// So much of the list's height lies above what the reader sees.
+    Q_PROPERTY(double hiddenHeight MEMBER hiddenHeight_ NOTIFY attachedChanged)
+    Q_PROPERTY(bool reviewing READ reviewing NOTIFY reviewingChanged)
+    Q_PROPERTY(double glide READ glide NOTIFY glideChanged)
+
+  public:
+    CaptionFollow();
+
+    QQuickItem* list() const { return list_; }
+    void setList(QQuickItem* list);
+    bool reviewing() const { return *state_.isReviewing; }
+    double glide() const { return glide_; }
+
+    // The list's signals
+    Q_INVOKABLE void movementStarted();
+    Q_INVOKABLE void moved();
+    Q_INVOKABLE void movementEnded();
+    Q_INVOKABLE void contentHeightChanged();
+    Q_INVOKABLE void heightChanged();
+    /// The user asks for the newest line.
+    Q_INVOKABLE void returnToNewest();
+
+  Q_SIGNALS:
+    void attachedChanged();
+    void reviewingChanged();
+    void glideChanged();
+
+  private:
+    void attachIfReady();
+    void contentChanged();
+    void followWindow(QQuickWindow* window);
+    void beforeFrame();
+
+    // CaptionListView
+    std::optional<Geometry> geometry() const override;
+    void scrollToEnd() override;
+    void redraw() override;
+    void nudgeWindow() override;
+    bool isFullScreen() const override;
+
+    double listValue(const char* property) const;
+    bool isMovedByUser() const;
+    /// Returns by how much the list moved up.
+    double moveToEnd();
+    void setGlide(double glide);
+
+    CaptionStageModel* stage_ = nullptr;
+    QPointer<QQuickItem> list_;
+    double hiddenHeight_ = 0;
+    CaptionFollowState state_;
+    std::optional<CaptionFollowDriver> driver_;
+    Observations observations_;
+    QVariantAnimation gliding_;
+    double glide_ = 0;
+    bool endIsDue_ = false; // the rows have another height since the last frame
+};
+
+} // namespace tessarune

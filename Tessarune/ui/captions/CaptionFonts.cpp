@@ -1,0 +1,35 @@
+#include "Tessarune/ui/captions/CaptionFonts.h"
+
+#include <QGuiApplication>
+#include <QStringList>
+#include <algorithm>
+
+namespace tessarune {
+
+namespace {
+
+/// The place whose shapes a language takes.
+QString place(std::string_view language) {
+    if (language.starts_with("ja"))
+        return QStringLiteral("JP");
+    if (language.starts_with("ko"))
+        return QStringLiteral("KR");
+    if (language.starts_with("zh-Hant"))
+        return QStringLiteral("TC");
+    return QStringLiteral("SC");
+}
+
+} // namespace
+
+QFont captionFont(std::string_view language, std::int64_t size) {
+    QFont font = QGuiApplication::font();
+    // The desktop's own face for Latin, and one whose weight and height go with it for the rest.
+    font.setFamilies({QStringLiteral("Noto Sans"), font.family(),
+                      QStringLiteral("Noto Sans CJK ") + place(language)});
+    font.setPixelSize(static_cast<int>(std::clamp<std::int64_t>(size, 8, 200)));
+    font.setWeight(QFont::Medium);
+    font.setStyleStrategy(QFont::PreferAntialias);
+    return font;
+}
+
+} // namespace tessarune

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Tessarune/display/CaptionStageRows.h"
+
+#include <QAbstractListModel>
+
+namespace tessarune {
+
+/// The rows of one caption list for Qt Quick, told apart by the smallest changes: a row that was
+/// added is inserted, a translation that arrived changes one row. Main thread.
+class CaptionRowsModel final : public QAbstractListModel {
+    Q_OBJECT
+    /// From this row on the list shows what is being read.
+    Q_PROPERTY(int firstPrimary READ firstPrimary NOTIFY firstPrimaryChanged)
+
+  public:
+    enum Role { SourceRole = Qt::UserRole, TranslationRole, GhostRole, GrowingRole };
+
+    void update(CaptionStageRows rows);
+    int firstPrimary() const { return static_cast<int>(rows_.firstPrimary()); }
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+  Q_SIGNALS:
+    void firstPrimaryChanged();
+
+  private:
+    CaptionStageRows rows_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "Tessarune/display/LiveCaptionDisplayFrame.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace tessarune {
+
+/// What the stage shows while there are no captions.
+enum class CaptionEmptyPresentation { idle, checking, silent };
+
+/// What the caption stage makes of a frame. Pure functions.
+namespace CaptionStage {
+
+bool hasCaptionOutput(const LiveCaptionDisplayFrame& frame);
+/// Nothing while there are captions, and while a session without any stops.
+std::optional<CaptionEmptyPresentation> emptyPresentation(const LiveCaptionDisplayFrame& frame);
+/// Differs whenever the drawn content does.
+std::uint64_t contentRevision(const LiveCaptionDisplayFrame& frame);
+
+} // namespace CaptionStage
+
+} // namespace tessarune

@@ -1,0 +1,148 @@
+#include "Tessarune/ui/captions/CaptionStageModel.h"
+
+#include "Tessarune/session/LiveCaptionUserMessages.h"
+#include "Tessarune/ui/captions/CaptionFonts.h"
+#include "Tessarune/ui/captions/CaptionStage.h"
+#include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
+
+namespace tessarune {
+
+namespace {
+
+QColor colorOf(std::int64_t rgb) {
+    return QColor::fromRgb(static_cast<QRgb>(rgb));
+}
+
+} // namespace
+
+CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment)
+    : environment_(environment), settings_(environment.host, environment.settings) {
+    observations_.follow(display().frame, [this] {
+        updateRows();
+        Q_EMIT frameChanged();
+    });
+    observations_.follow(settings_.state, [this] {
+        updateRows();
+        Q_EMIT settingsChanged();
+    });
+    updateRows();
+}
+
+void CaptionStageModel::updateRows() {
+    using Content = CaptionStageRows::Block;
+    auto& perf = display().perf;
+    ++perf.captionStageRenders;
+    if (isBilingual()) {
+        ++perf.captionStageStandardRenders;
+        ++perf.captionStageBilingualCompareRenders;
+        rows_.update({frame(), Content::bilingual, settings().mergeBilingualRows});
+        translations_.update({});
+    } else {
+        ++(translates() ? perf.captionStageLyricsRenders : perf.captionStageSourceOnlyRenders);
+        rows_.update({frame(), Content::source, false});
+        translations_.update(translates() ? CaptionStageRows(frame(), Content::translations, false)
+                                          : CaptionStageRows());
+    }
+}
+
+bool CaptionStageModel::isBilingual() const {
+    return settings().subtitleLayoutMode == SubtitleLayoutMode::bilingualCompare;
+}
+
+qulonglong CaptionStageModel::contentRevision() const {
+    return CaptionStage::contentRevision(frame());
+}
+
+QString CaptionStageModel::presentation() const {
+    if (CaptionStage::hasCaptionOutput(frame()))
+        return QStringLiteral("content");
+    const auto empty = CaptionStage::emptyPresentation(frame());
+    if (!empty)
+        return QStringLiteral("clear");
+    switch (*empty) {
+    case CaptionEmptyPresentation::idle:
+        return QStringLiteral("empty-idle");
+    case CaptionEmptyPresentation::checking:
+        return QStringLiteral("empty-checking");
+    case CaptionEmptyPresentation::silent:
+        return QStringLiteral("empty-silent");
+    }
+    return {};
+}
+
+namespace {
+
+struct EmptyTexts {
+    std::string title;
+    std::string subtitle;
+};
+
+EmptyTexts emptyTexts(const LiveCaptionDisplayFrame& frame) {
+    using namespace LiveCaptionUserMessages;
+    const auto empty = CaptionStage::emptyPresentation(frame);
+    if (!empty)
+        return {};
+    switch (*empty) {
+    case CaptionEmptyPresentation::idle:
+        return {idleTitle(), idleSubtitle()};
+    case CaptionEmptyPresentation::checking:
+        return {checkingTitle(), checkingSubtitle()};
+    case CaptionEmptyPresentation::silent:
+        return {silentTitle(), Text::joined(silentSubtitleLines(), "\n")};
+    }
+    return {};
+}
+
+} // namespace
+
+QString CaptionStageModel::emptyTitle() const {
+    return QString::fromStdString(emptyTexts(frame()).title);
+}
+
+QString CaptionStageModel::emptySubtitle() const {
+    return QString::fromStdString(emptyTexts(frame()).subtitle);
+}
+
+QString CaptionStageModel::translationStatus() const {
+    const std::string& text = frame().translationStatus.text;
+    const std::string& target = *environment_.settings.translationTargetLanguage;
+    const auto* const language = TranslationSupport::targetLanguage(target);
+    if (!language || !TranslationSupport::isLanguageResourceNotReadyDisplayMessage(text))
+        return QString::fromStdString(text);
+    return QString::fromStdString(
+        localized("还没有%@的翻译模型。下载：tessarune-terminal --languages download %@",
+                  {TranslationSupport::translationTargetDisplayName(*language), target}));
+}
+
+QString CaptionStageModel::retryText() const {
+    return QString::fromStdString(localized("补齐未完成译文"));
+}
+
+QString CaptionStageModel::newestText() const {
+    return QString::fromStdString(localized("回到最新字幕"));
+}
+
+QColor CaptionStageModel::highlightColor() const {
+    return colorOf(settings().highlightColorHex);
+}
+
+QFont CaptionStageModel::sourceFont() const {
+    return captionFont(TranslationSupport::defaultSourceLanguage, settings().sourceFontSize);
+}
+
+QFont CaptionStageModel::translationFont() const {
+    return captionFont(*environment_.settings.translationTargetLanguage,
+                       settings().translationFontSize);
+}
+
+QColor CaptionStageModel::sourceColor() const {
+    return colorOf(settings().sourceFontColorHex);
+}
+
+QColor CaptionStageModel::translationColor() const {
+    return colorOf(settings().translationFontColorHex);
+}
+
+} // namespace tessarune

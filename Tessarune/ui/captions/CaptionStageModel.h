@@ -1,0 +1,97 @@
+#pragma once
+
+#include "Tessarune/display/SubtitleSettingsStores.h"
+#include "Tessarune/ui/captions/CaptionRowsModel.h"
+#include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
+#include "Tessarune/ui/captions/Observations.h"
+
+#include <QColor>
+#include <QFont>
+#include <QObject>
+#include <QString>
+
+namespace tessarune {
+
+/// The body of the caption window: captions in one of two layouts, or why there are none. Main
+/// thread; the environment outlives it.
+class CaptionStageModel final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(tessarune::CaptionRowsModel* rows READ rows CONSTANT)
+    /// Of the layout with two blocks.
+    Q_PROPERTY(tessarune::CaptionRowsModel* translations READ translations CONSTANT)
+    Q_PROPERTY(qulonglong contentRevision READ contentRevision NOTIFY frameChanged)
+    /// "content", "empty-idle", "empty-checking", "empty-silent" or "clear".
+    Q_PROPERTY(QString presentation READ presentation NOTIFY frameChanged)
+    Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY frameChanged)
+    Q_PROPERTY(QString emptySubtitle READ emptySubtitle NOTIFY frameChanged)
+    Q_PROPERTY(QString translationStatus READ translationStatus NOTIFY frameChanged)
+    Q_PROPERTY(bool canRetry READ canRetry NOTIFY frameChanged)
+    Q_PROPERTY(QString retryText READ retryText CONSTANT)
+    Q_PROPERTY(QString newestText READ newestText CONSTANT)
+
+    Q_PROPERTY(bool translates READ translates NOTIFY settingsChanged)
+    Q_PROPERTY(bool isBilingual READ isBilingual NOTIFY settingsChanged)
+    Q_PROPERTY(bool swaps READ swaps NOTIFY settingsChanged)
+    Q_PROPERTY(int bottomPadding READ bottomPadding NOTIFY settingsChanged)
+    Q_PROPERTY(int returnSeconds READ returnSeconds NOTIFY settingsChanged)
+    Q_PROPERTY(bool streams READ streams NOTIFY settingsChanged)
+    Q_PROPERTY(int paceMS READ paceMS NOTIFY settingsChanged)
+    Q_PROPERTY(bool highlights READ highlights NOTIFY settingsChanged)
+    Q_PROPERTY(QColor highlightColor READ highlightColor NOTIFY settingsChanged)
+    Q_PROPERTY(QFont sourceFont READ sourceFont NOTIFY settingsChanged)
+    Q_PROPERTY(QFont translationFont READ translationFont NOTIFY settingsChanged)
+    Q_PROPERTY(QColor sourceColor READ sourceColor NOTIFY settingsChanged)
+    Q_PROPERTY(QColor translationColor READ translationColor NOTIFY settingsChanged)
+
+  public:
+    explicit CaptionStageModel(const CaptionWindowEnvironment& environment);
+
+    Host& host() const { return environment_.host; }
+
+    CaptionRowsModel* rows() { return &rows_; }
+    CaptionRowsModel* translations() { return &translations_; }
+    qulonglong contentRevision() const;
+    QString presentation() const;
+    QString emptyTitle() const;
+    QString emptySubtitle() const;
+    QString translationStatus() const;
+    bool canRetry() const { return frame().translationStatus.canRetryIncomplete; }
+    QString retryText() const;
+    QString newestText() const;
+
+    bool translates() const { return settings().translationEnabled; }
+    bool isBilingual() const;
+    bool swaps() const { return settings().swapCaptionOrder; }
+    int bottomPadding() const { return static_cast<int>(settings().subtitleBottomPadding); }
+    int returnSeconds() const {
+        return static_cast<int>(settings().subtitleReviewAutoReturnSeconds);
+    }
+    bool streams() const { return settings().smoothStreaming; }
+    int paceMS() const { return static_cast<int>(settings().smoothPaceMS); }
+    bool highlights() const { return settings().highlightChanges; }
+    QColor highlightColor() const;
+    QFont sourceFont() const;
+    QFont translationFont() const;
+    QColor sourceColor() const;
+    QColor translationColor() const;
+
+    Q_INVOKABLE void retry() const { environment_.commands.retryTranslation(); }
+
+  Q_SIGNALS:
+    void frameChanged();
+    void settingsChanged();
+
+  private:
+    const LiveCaptionDisplayStore& display() const { return environment_.session.captionDisplay; }
+    const LiveCaptionDisplayFrame& frame() const { return *display().frame; }
+    const SubtitleCaptionSettingsViewState& settings() const { return *settings_.state; }
+    void updateRows();
+
+    const CaptionWindowEnvironment& environment_;
+    SubtitleCaptionSettingsStore settings_;
+    CaptionRowsModel rows_;
+    CaptionRowsModel translations_;
+    Observations observations_;
+};
+
+} // namespace tessarune

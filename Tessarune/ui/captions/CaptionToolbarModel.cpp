@@ -1,0 +1,197 @@
+#include "Tessarune/ui/captions/CaptionToolbarModel.h"
+
+#include "Tessarune/history/DurationTextFormatter.h"
+#include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
+
+#include <algorithm>
+
+namespace tessarune {
+
+namespace {
+
+constexpr int levelPollMS = 80;
+
+QString text(std::string_view key) {
+    return QString::fromStdString(localized(key));
+}
+
+} // namespace
+
+CaptionToolbarModel::CaptionToolbarModel(const CaptionWindowEnvironment& environment)
+    : environment_(environment), settings_(environment.host, environment.settings) {
+    const auto announce = [this](auto changed) {
+        return [this, changed] { Q_EMIT(this->*changed)(); };
+    };
+    observations_.follow(session().isListening, announce(&CaptionToolbarModel::sessionChanged));
+    observations_.follow(session().status, announce(&CaptionToolbarModel::sessionChanged));
+    observations_.follow(session().presentedError, announce(&CaptionToolbarModel::sessionChanged));
+    observations_.follow(session().sessionDuration,
+                         announce(&CaptionToolbarModel::durationChanged));
+    observations_.follow(session().inputDevices, announce(&CaptionToolbarModel::sourcesChanged));
+    observations_.follow(session().selectedSource, [this] {
+        Q_EMIT sourcesChanged();
+        Q_EMIT sessionChanged();
+    });
+    observations_.follow(settings_.state, announce(&CaptionToolbarModel::settingsChanged));
+    observations_.follow(session().sessionPhase, [this] {
+        followLevel();
+        Q_EMIT sessionChanged();
+    });
+    levelTimer_.setInterval(levelPollMS);
+    connect(&levelTimer_, &QTimer::timeout, this, &CaptionToolbarModel::pollLevel);
+    followLevel();
+}
+
+void CaptionToolbarModel::followLevel() {
+    if (*session().sessionPhase == LiveSessionPhase::listening)
+        levelTimer_.start();
+    else
+        levelTimer_.stop();
+    pollLevel();
+}
+
+void CaptionToolbarModel::pollLevel() {
+    const double level =
+        *session().sessionPhase == LiveSessionPhase::listening ? session().audioLevel : 0;
+    if (level == level_)
+        return;
+    level_ = level;
+    Q_EMIT levelChanged();
+}
+
+bool CaptionToolbarModel::isBusy() const {
+    switch (*session().sessionPhase) {
+    case LiveSessionPhase::preparing:
+    case LiveSessionPhase::loading:
+    case LiveSessionPhase::stopping:
+        return true;
+    case LiveSessionPhase::idle:
+    case LiveSessionPhase::listening:
+    case LiveSessionPhase::failed:
+        break;
+    }
+    return false;
+}
+
+QString CaptionToolbarModel::toggleText() const {
+    return isListening() ? text("停止字幕") : text("开始字幕");
+}
+
+QString CaptionToolbarModel::sourceName() const {
+    return QString::fromStdString(
+        environment_.soundName.empty()
+            ? AudioSourceDisplayName::name(*session().selectedSource, *session().inputDevices)
+            : environment_.soundName);
+}
+
+std::vector<AudioSource> CaptionToolbarModel::listedSources() const {
+    std::vector<AudioSource> sources;
+    if (!environment_.soundName.empty())
+        return sources;
+    sources.push_back(AudioSource::systemAudio());
+    for (const auto& device : *session().inputDevices)
+        sources.push_back(AudioSource::microphone(device.id));
+    return sources;
+}
+
+QStringList CaptionToolbarModel::sources() const {
+    QStringList names;
+    for (const AudioSource& source : listedSources())
+        names << QString::fromStdString(
+            AudioSourceDisplayName::name(source, *session().inputDevices));
+    return names;
+}
+
+int CaptionToolbarModel::currentSource() const {
+    const auto sources = listedSources();
+    const auto found = std::ranges::find(sources, *session().selectedSource);
+    return found == sources.end() ? -1 : static_cast<int>(found - sources.begin());
+}
+
+QString CaptionToolbarModel::status() const {
+    if (*session().sessionPhase == LiveSessionPhase::failed && !session().presentedError->empty())
+        return QString::fromStdString(*session().presentedError);
+    return QString::fromStdString(session().status->text());
+}
+
+/// What the empty stage or the toolbar says anyway is not said twice.
+bool CaptionToolbarModel::showsStatus() const {
+    using Kind = SessionStatus::Kind;
+    if (isTrouble())
+        return true;
+    switch (session().status->kind) {
+    case Kind::inactive:
+    case Kind::saving:
+    case Kind::stillSaving:
+    case Kind::compressing:
+    case Kind::listeningTo:
+        return true;
+    default:
+        return false;
+    }
+}
+
+bool CaptionToolbarModel::isTrouble() const {
+    using Kind = SessionStatus::Kind;
+    const Kind kind = session().status->kind;
+    return *session().sessionPhase == LiveSessionPhase::failed || kind == Kind::interrupted ||
+           kind == Kind::compressionFailed || kind == Kind::transcriptNotSaved;
+}
+
+QString CaptionToolbarModel::duration() const {
+    return QString::fromStdString(DurationTextFormatter::compact(*session().sessionDuration));
+}
+
+QString CaptionToolbarModel::pinText() const {
+    return keepsOnTop() ? text("取消窗口置顶") : text("窗口置顶");
+}
+
+QString CaptionToolbarModel::layoutText() const {
+    return text("切换排版模式");
+}
+
+QString CaptionToolbarModel::swapText() const {
+    return text("原文/译文上下交换");
+}
+
+QString CaptionToolbarModel::closeText() const {
+    return text("关闭字幕窗口");
+}
+
+QString CaptionToolbarModel::sourceText() const {
+    return text("声音来源");
+}
+
+void CaptionToolbarModel::toggle() const {
+    environment_.commands.toggleListening(LiveSessionControlTrigger::toolbarPill());
+}
+
+void CaptionToolbarModel::toggleByKey() const {
+    environment_.commands.toggleListening(LiveSessionControlTrigger::keyboardShortcut());
+}
+
+void CaptionToolbarModel::selectSource(int index) const {
+    const auto sources = listedSources();
+    if (index >= 0 && index < static_cast<int>(sources.size()))
+        environment_.commands.selectSource(sources[static_cast<std::size_t>(index)]);
+}
+
+void CaptionToolbarModel::refreshSources() const {
+    environment_.commands.refreshInputDevices();
+}
+
+void CaptionToolbarModel::togglePin() const {
+    appSettings().keepOnTop = !*appSettings().keepOnTop;
+}
+
+void CaptionToolbarModel::cycleLayout() const {
+    appSettings().cycleSubtitleLayoutMode(
+        !TranslationSupport::isDisabledBackend(*appSettings().translationBackend));
+}
+
+void CaptionToolbarModel::swapOrder() const {
+    appSettings().swapCaptionOrder = !*appSettings().swapCaptionOrder;
+}
+
+} // namespace tessarune

@@ -1,0 +1,100 @@
+#pragma once
+
+#include "Tessarune/display/SubtitleSettingsStores.h"
+#include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
+#include "Tessarune/ui/captions/Observations.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QTimer>
+#include <vector>
+
+namespace tessarune {
+
+/// The toolbar and the status line of the caption window: what is heard, for how long, and the
+/// buttons. It mirrors the session, so that captions do not redraw it. Main thread; the environment
+/// outlives it.
+class CaptionToolbarModel final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(bool isListening READ isListening NOTIFY sessionChanged)
+    /// A start or a stop is under way.
+    Q_PROPERTY(bool isBusy READ isBusy NOTIFY sessionChanged)
+    Q_PROPERTY(QString toggleText READ toggleText NOTIFY sessionChanged)
+    Q_PROPERTY(QString sourceName READ sourceName NOTIFY sessionChanged)
+    /// Empty: the sound is fixed.
+    Q_PROPERTY(QStringList sources READ sources NOTIFY sourcesChanged)
+    Q_PROPERTY(int currentSource READ currentSource NOTIFY sourcesChanged)
+    Q_PROPERTY(QString status READ status NOTIFY sessionChanged)
+    /// The status needs the reader's attention: it is shown over the captions.
+    Q_PROPERTY(bool showsStatus READ showsStatus NOTIFY sessionChanged)
+    Q_PROPERTY(bool isTrouble READ isTrouble NOTIFY sessionChanged)
+    Q_PROPERTY(QString duration READ duration NOTIFY durationChanged)
+    Q_PROPERTY(double level READ level NOTIFY levelChanged) ///< 0 to 1
+
+    Q_PROPERTY(bool keepsOnTop READ keepsOnTop NOTIFY settingsChanged)
+    Q_PROPERTY(bool showsPin READ showsPin NOTIFY settingsChanged)
+    Q_PROPERTY(bool showsLayout READ showsLayout NOTIFY settingsChanged)
+    Q_PROPERTY(bool showsSwap READ showsSwap NOTIFY settingsChanged)
+    Q_PROPERTY(QString pinText READ pinText NOTIFY settingsChanged)
+    Q_PROPERTY(QString layoutText READ layoutText CONSTANT)
+    Q_PROPERTY(QString swapText READ swapText CONSTANT)
+    Q_PROPERTY(QString closeText READ closeText CONSTANT)
+    Q_PROPERTY(QString sourceText READ sourceText CONSTANT)
+
+  public:
+    explicit CaptionToolbarModel(const CaptionWindowEnvironment& environment);
+
+    bool isListening() const { return *session().isListening; }
+    bool isBusy() const;
+    QString toggleText() const;
+    QString sourceName() const;
+    QStringList sources() const;
+    int currentSource() const;
+    QString status() const;
+    bool showsStatus() const;
+    bool isTrouble() const;
+    QString duration() const;
+    double level() const { return level_; }
+
+    bool keepsOnTop() const { return settings_.state->keepOnTop; }
+    bool showsPin() const { return settings_.state->showPinWindow; }
+    bool showsLayout() const { return settings_.state->showLayoutMode; }
+    bool showsSwap() const { return settings_.state->showSwapCaptionOrder; }
+    QString pinText() const;
+    QString layoutText() const;
+    QString swapText() const;
+    QString closeText() const;
+    QString sourceText() const;
+
+    Q_INVOKABLE void toggle() const;
+    /// The record shortcut.
+    Q_INVOKABLE void toggleByKey() const;
+    Q_INVOKABLE void selectSource(int index) const;
+    Q_INVOKABLE void refreshSources() const;
+    Q_INVOKABLE void togglePin() const;
+    Q_INVOKABLE void cycleLayout() const;
+    Q_INVOKABLE void swapOrder() const;
+
+  Q_SIGNALS:
+    void sessionChanged();
+    void sourcesChanged();
+    void durationChanged();
+    void levelChanged();
+    void settingsChanged();
+
+  private:
+    const SessionView& session() const { return environment_.session; }
+    AppSettings& appSettings() const { return environment_.settings; }
+    std::vector<AudioSource> listedSources() const;
+    void followLevel();
+    void pollLevel();
+
+    const CaptionWindowEnvironment& environment_;
+    SubtitleToolbarSettingsStore settings_;
+    QTimer levelTimer_; // runs while the session listens
+    double level_ = 0;
+    Observations observations_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,62 @@
+#include "Tessarune/ui/captions/CaptionWindow.h"
+
+#include "Tessarune/ui/captions/CaptionFollow.h"
+#include "Tessarune/ui/captions/StreamingText.h"
+
+#include <QVariantMap>
+#include <utility>
+
+/// Outside of any namespace, as Qt wants it; a static library's files are found only when asked
+/// for.
+static void useCaptionFiles() {
+    Q_INIT_RESOURCE(captions);
+}
+
+namespace tessarune {
+
+namespace {
+
+void registerTypes() {
+    static const bool once = [] {
+        useCaptionFiles();
+        qmlRegisterType<CaptionFollow>("Tessarune", 1, 0, "CaptionFollow");
+        qmlRegisterType<StreamingText>("Tessarune", 1, 0, "StreamingText");
+        qmlRegisterUncreatableType<CaptionStageModel>("Tessarune", 1, 0, "CaptionStageModel", {});
+        qmlRegisterUncreatableType<CaptionToolbarModel>("Tessarune", 1, 0, "CaptionToolbarModel",
+                                                        {});
+        qmlRegisterUncreatableType<CaptionWindowModel>("Tessarune", 1, 0, "CaptionWindowModel", {});
+        qmlRegisterUncreatableType<CaptionRowsModel>("Tessarune", 1, 0, "CaptionRowsModel", {});
+        return true;
+    }();
+    Q_UNUSED(once);
+}
+
+} // namespace
+
+CaptionWindow::CaptionWindow(CaptionWindowEnvironment environment)
+    : environment_(std::move(environment)),
+      model_(environment_),
+      stage_(environment_),
+      toolbar_(environment_) {
+    registerTypes();
+    QQuickWindow::setDefaultAlphaBuffer(true);
+    engine_.setInitialProperties({{"model", QVariant::fromValue(&model_)},
+                                  {"stage", QVariant::fromValue(&stage_)},
+                                  {"toolbar", QVariant::fromValue(&toolbar_)}});
+    engine_.load(QUrl(QStringLiteral("qrc:/captions/CaptionWindow.qml")));
+    if (engine_.rootObjects().isEmpty())
+        qFatal("the caption window's files cannot be loaded");
+    window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
+}
+
+void CaptionWindow::show() {
+    window_->show();
+    window_->raise();
+    window_->requestActivate();
+}
+
+void CaptionWindow::hide() {
+    window_->hide();
+}
+
+} // namespace tessarune

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "Tessarune/ui/captions/CaptionStageModel.h"
+#include "Tessarune/ui/captions/CaptionToolbarModel.h"
+#include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
+#include "Tessarune/ui/captions/CaptionWindowModel.h"
+
+#include <QQmlApplicationEngine>
+#include <QQuickWindow>
+
+namespace tessarune {
+
+/// The floating caption window. Main thread; needs the application object.
+class CaptionWindow {
+  public:
+    /// Loads the window without showing it. Ends the program where the window's own files are
+    /// broken, which no user can mend.
+    explicit CaptionWindow(CaptionWindowEnvironment environment);
+    CaptionWindow(const CaptionWindow&) = delete;
+
+    void show();
+    void hide();
+    QQuickWindow& window() { return *window_; }
+    CaptionStageModel& stage() { return stage_; }
+
+  private:
+    const CaptionWindowEnvironment environment_;
+    CaptionWindowModel model_;
+    CaptionStageModel stage_;
+    CaptionToolbarModel toolbar_;
+    QQmlApplicationEngine engine_;
+    QQuickWindow* window_ = nullptr; // the engine's
+};
+
+} // namespace tessarune

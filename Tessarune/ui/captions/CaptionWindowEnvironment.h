@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Tessarune/audio/AudioSource.h"
+#include "Tessarune/session/LiveSessionControlTrigger.h"
+#include "Tessarune/session/SessionView.h"
+#include "Tessarune/shell/AppSettings.h"
+#include "TessaruneCore/host/Host.h"
+
+#include <functional>
+#include <string>
+
+namespace tessarune {
+
+/// What the caption window shows and what it may ask for. All of it outlives the window.
+struct CaptionWindowEnvironment {
+    struct Commands {
+        std::function<void(const LiveSessionControlTrigger&)> toggleListening;
+        std::function<void(const AudioSource&)> selectSource;
+        std::function<void()> refreshInputDevices;
+        std::function<void()> retryTranslation;
+        /// The user closed the window; it is hidden already.
+        std::function<void()> close;
+    };
+
+    Host& host;
+    AppSettings& settings;
+    const SessionView& session;
+    /// What is heard where the sound is no source of the computer's; empty otherwise.
+    std::string soundName;
+    Commands commands;
+};
+
+} // namespace tessarune

@@ -1,0 +1,44 @@
+#include "Tessarune/ui/captions/CaptionWindowModel.h"
+
+#include <algorithm>
+
+namespace tessarune {
+
+namespace {
+
+/// A window that cannot be seen at all could not be taken hold of either.
+constexpr double faintest = 0.02;
+constexpr double opaqueEnough = 0.85;
+
+double opacityOf(std::int64_t perCent) {
+    return std::clamp(static_cast<double>(perCent) / 100, faintest, 1.0);
+}
+
+} // namespace
+
+CaptionWindowModel::CaptionWindowModel(const CaptionWindowEnvironment& environment)
+    : environment_(environment),
+      settings_(environment.host, environment.settings),
+      chrome_(environment.host) {
+    observations_.follow(settings_.state, [this] { Q_EMIT settingsChanged(); });
+    observations_.follow(chrome_.isPresented, [this] { Q_EMIT chromeChanged(); });
+}
+
+QColor CaptionWindowModel::background() const {
+    QColor color = QColor::fromRgb(static_cast<QRgb>(settings_.state->bgColorHex));
+    color.setAlphaF(static_cast<float>(opacityOf(settings_.state->bgOpacity)));
+    return color;
+}
+
+bool CaptionWindowModel::isTranslucent() const {
+    return opacityOf(settings_.state->bgOpacity) < opaqueEnough;
+}
+
+void CaptionWindowModel::setMenuOpen(bool open) {
+    if (open)
+        chrome_.menuDidBeginTracking();
+    else
+        chrome_.menuDidEndTracking();
+}
+
+} // namespace tessarune

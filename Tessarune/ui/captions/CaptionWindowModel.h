@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Tessarune/display/SubtitleChromeState.h"
+#include "Tessarune/display/SubtitleSettingsStores.h"
+#include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
+#include "Tessarune/ui/captions/Observations.h"
+
+#include <QColor>
+#include <QObject>
+
+namespace tessarune {
+
+/// The frame of the caption window: its background, whether it stays on top, and whether the
+/// toolbar shows. Main thread; the environment outlives it.
+class CaptionWindowModel final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(QColor background READ background NOTIFY settingsChanged)
+    /// Texts need an outline: what is behind the window shines through.
+    Q_PROPERTY(bool isTranslucent READ isTranslucent NOTIFY settingsChanged)
+    Q_PROPERTY(bool keepsOnTop READ keepsOnTop NOTIFY settingsChanged)
+    Q_PROPERTY(bool showsChrome READ showsChrome NOTIFY chromeChanged)
+
+  public:
+    explicit CaptionWindowModel(const CaptionWindowEnvironment& environment);
+
+    QColor background() const;
+    bool isTranslucent() const;
+    bool keepsOnTop() const { return settings_.state->keepOnTop; }
+    bool showsChrome() const { return *chrome_.isPresented; }
+
+    Q_INVOKABLE void setHovered(bool hovered) { chrome_.setBodyHovering(hovered); }
+    Q_INVOKABLE void setMenuOpen(bool open);
+    Q_INVOKABLE void close() const { environment_.commands.close(); }
+
+  Q_SIGNALS:
+    void settingsChanged();
+    void chromeChanged();
+
+  private:
+    const CaptionWindowEnvironment& environment_;
+    SubtitleWindowSettingsStore settings_;
+    SubtitleChromeState chrome_;
+    Observations observations_;
+};
+
+} // namespace tessarune

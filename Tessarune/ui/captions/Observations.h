@@ -1,0 +1,33 @@
+#pragma once
+
+#include "TessaruneCore/observation/Published.h"
+
+#include <functional>
+#include <utility>
+#include <vector>
+
+namespace tessarune {
+
+/// The observations of a view model, which end with it. Main thread.
+class Observations {
+  public:
+    Observations() = default;
+    Observations(const Observations&) = delete;
+    ~Observations() {
+        for (const auto& end : endings_)
+            end();
+    }
+
+    /// Calls back after each change of the value, which outlives this.
+    template <typename T, typename Changed>
+    void follow(const Published<T>& value, Changed changed) {
+        const auto token =
+            value.onDidChange([changed = std::move(changed)](const T&) { changed(); });
+        endings_.push_back([&value, token] { value.remove(token); });
+    }
+
+  private:
+    std::vector<std::function<void()>> endings_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Tessarune/display/SmoothStreamingText.h"
+#include "Tessarune/ui/captions/CaptionStageModel.h"
+
+#include <QColor>
+#include <QObject>
+#include <QString>
+#include <memory>
+
+namespace tessarune {
+
+/// A growing text that a view shows word by word: `SmoothStreamingText` for Qt Quick. Main thread.
+class StreamingText : public QObject {
+    Q_OBJECT
+    /// Whose host and settings it takes; before anything is shown.
+    Q_PROPERTY(tessarune::CaptionStageModel* stage MEMBER stage_ NOTIFY inputChanged)
+    Q_PROPERTY(QString text MEMBER text_ NOTIFY inputChanged)
+    /// Whether the text is still growing: one that is not is left alone.
+    Q_PROPERTY(bool running MEMBER running_ NOTIFY inputChanged)
+    Q_PROPERTY(QColor highlightColor MEMBER highlightColor_ NOTIFY markupChanged)
+    /// What is visible, as styled text.
+    Q_PROPERTY(QString markup READ markup NOTIFY markupChanged)
+
+  public:
+    StreamingText();
+    QString markup() const;
+
+  Q_SIGNALS:
+    void inputChanged();
+    void markupChanged();
+
+  private:
+    void stream();
+
+    CaptionStageModel* stage_ = nullptr;
+    QString text_;
+    bool running_ = false;
+    QColor highlightColor_;
+    std::unique_ptr<SmoothStreamingText> streaming_;
+};
+
+} // namespace tessarune

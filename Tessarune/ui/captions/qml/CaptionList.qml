@@ -1,0 +1,57 @@
+import QtQuick
+import Tessarune
+
+// Rows of captions that follow the newest line. A short list stands at the bottom, so that the
+// newest line is always in the same place.
+Item {
+    id: root
+
+    required property CaptionStageModel stage
+    required property CaptionRowsModel rows
+    required property bool outlined
+    property alias reviewing: follow.reviewing
+    // What glides up comes from here.
+    readonly property real room: 160
+
+    function returnToNewest() {
+        follow.returnToNewest();
+    }
+
+    clip: true
+
+    ListView {
+        id: list
+
+        objectName: "list"
+        anchors { fill: parent; topMargin: -root.room }
+        topMargin: Math.max(root.room, height - contentHeight)
+        model: root.rows
+        boundsBehavior: Flickable.StopAtBounds
+        cacheBuffer: 320
+        transform: Translate { y: follow.glide }
+        delegate: CaptionRow {
+            stage: root.stage
+            outlined: root.outlined
+            isPrimary: index >= root.rows.firstPrimary
+            isReviewing: follow.reviewing
+            fromTop: y - list.contentY - root.room + follow.glide
+            belowEnd: fromTop + height - root.height
+        }
+        add: Transition {
+            NumberAnimation { property: "fade"; from: 0; to: 1; duration: 220 }
+        }
+
+        onMovementStarted: follow.movementStarted()
+        onMovementEnded: follow.movementEnded()
+        onContentYChanged: follow.moved()
+        onContentHeightChanged: follow.contentHeightChanged()
+        onHeightChanged: follow.heightChanged()
+    }
+
+    CaptionFollow {
+        id: follow
+        stage: root.stage
+        list: list
+        hiddenHeight: root.room
+    }
+}

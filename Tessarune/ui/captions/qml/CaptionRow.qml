@@ -1,0 +1,89 @@
+import QtQuick
+import Tessarune
+
+// A source line and its translation, or one of them alone.
+Item {
+    id: root
+
+    required property CaptionStageModel stage
+    required property bool outlined
+    required property bool isPrimary
+    required property bool isReviewing
+    // Where the row begins, and by how much it ends too low, in the visible part of the list.
+    required property real fromTop
+    required property real belowEnd
+    required property int index
+    required property string source
+    required property string translation
+    required property bool ghost
+    required property bool growing
+    property real fade: 1
+
+    readonly property bool hasSource: source !== ""
+    readonly property bool isBilingual: stage.isBilingual && hasSource
+    readonly property bool translationFirst: isBilingual && stage.swaps
+    readonly property real gap: isBilingual ? Math.round(stage.translationFont.pixelSize * 0.2) : 0
+    readonly property real spacing: Math.round(stage.sourceFont.pixelSize * (stage.isBilingual ? 0.62 : 0.34))
+
+    width: ListView.view ? ListView.view.width : 0
+    height: sourceText.shownHeight + gap + translationText.shownHeight + spacing
+    // Lines that scroll out fade instead of being cut.
+    opacity: fade * Math.max(0, Math.min(1, (fromTop + height * 0.8) / (height * 0.6), 1.2 - belowEnd / height))
+
+    SmoothText {
+        id: sourceText
+
+        readonly property real shownHeight: root.hasSource ? Math.max(implicitHeight, sourceMetrics.lineSpacing * lineHeight) : 0
+
+        visible: root.hasSource
+        y: root.translationFirst ? translationText.shownHeight + root.gap : 0
+        width: root.width
+        stage: root.stage
+        source: root.source
+        growing: root.growing
+        font: root.stage.sourceFont
+        color: root.stage.sourceColor
+        opacity: root.isPrimary ? 1 : root.isReviewing ? 0.86 : 0.62
+        style: root.outlined ? Text.Outline : Text.Normal
+        styleColor: "#d0000000"
+
+        Behavior on opacity {
+            NumberAnimation { duration: 260 }
+        }
+    }
+
+    Text {
+        id: translationText
+
+        // A line is kept free for it, so that nothing moves when it arrives.
+        readonly property real shownHeight: root.isBilingual || !root.hasSource
+                                            ? Math.max(implicitHeight, metrics.lineSpacing * lineHeight) : 0
+
+        visible: text !== ""
+        y: root.isBilingual && !root.translationFirst ? sourceText.shownHeight + root.gap : 0
+        width: root.width
+        text: root.translation
+        textFormat: Text.PlainText
+        wrapMode: Text.Wrap
+        lineHeight: 1.12
+        font: root.stage.translationFont
+        color: root.stage.translationColor
+        opacity: (text === "" ? 0 : root.isPrimary ? 0.9 : root.isReviewing ? 0.78 : 0.56) * (root.ghost ? 0.62 : 1)
+        style: root.outlined ? Text.Outline : Text.Normal
+        styleColor: "#d0000000"
+
+        Behavior on opacity {
+            NumberAnimation { duration: 260 }
+        }
+    }
+
+    FontMetrics {
+        id: sourceMetrics
+        font: root.stage.sourceFont
+    }
+
+    FontMetrics {
+        id: metrics
+        font: root.stage.translationFont
+    }
+}

@@ -1,0 +1,108 @@
+import QtQuick
+import Tessarune
+
+// Start and stop, what is heard, and the window's own buttons.
+Item {
+    id: root
+
+    required property CaptionToolbarModel toolbar
+    required property color background
+    required property real radius
+    required property bool shown
+    required property real roomBelow
+    readonly property bool menuOpen: sources.visible
+    signal closeRequested
+
+    height: 52
+    opacity: shown ? 1 : 0
+    visible: opacity > 0
+
+    Behavior on opacity {
+        NumberAnimation { duration: 160 }
+    }
+
+    // Captions below it stay out of the way of the buttons.
+    Rectangle {
+        anchors { fill: parent; margins: 1 }
+        radius: root.radius - 1
+        gradient: Gradient {
+            GradientStop { position: 0; color: "#f21b1b1e" }
+            GradientStop { position: 0.7; color: "#e61b1b1e" }
+            GradientStop { position: 1; color: "#001b1b1e" }
+        }
+    }
+
+    Row {
+        anchors { left: parent.left; leftMargin: 12; verticalCenter: parent.verticalCenter; verticalCenterOffset: -2 }
+        spacing: 10
+
+        ToggleButton {
+            anchors.verticalCenter: parent.verticalCenter
+            isOn: root.toolbar.isListening
+            isBusy: root.toolbar.isBusy
+            text: root.toolbar.toggleText
+            duration: root.toolbar.duration
+            onActivated: root.toolbar.toggle()
+        }
+
+        SourceButton {
+            id: sourceButton
+            anchors.verticalCenter: parent.verticalCenter
+            name: root.toolbar.sourceName
+            hint: root.toolbar.sourceText
+            level: root.toolbar.level
+            isListening: root.toolbar.isListening
+            hasChoice: root.toolbar.sources.length > 0
+            maximumWidth: root.width - 340
+            onActivated: {
+                root.toolbar.refreshSources();
+                sources.visible = !sources.visible;
+            }
+        }
+    }
+
+    Row {
+        anchors { right: parent.right; rightMargin: 10; verticalCenter: parent.verticalCenter; verticalCenterOffset: -2 }
+        spacing: 2
+
+        ToolButton {
+            visible: root.toolbar.showsSwap
+            icon: "swap"
+            text: root.toolbar.swapText
+            onActivated: root.toolbar.swapOrder()
+        }
+        ToolButton {
+            visible: root.toolbar.showsLayout
+            icon: "layout"
+            text: root.toolbar.layoutText
+            onActivated: root.toolbar.cycleLayout()
+        }
+        ToolButton {
+            visible: root.toolbar.showsPin
+            icon: "pin"
+            isOn: root.toolbar.keepsOnTop
+            text: root.toolbar.pinText
+            onActivated: root.toolbar.togglePin()
+        }
+        ToolButton {
+            icon: "close"
+            text: root.toolbar.closeText
+            onActivated: root.closeRequested()
+        }
+    }
+
+    SourceMenu {
+        id: sources
+        visible: false
+        x: sourceButton.parent.x + sourceButton.x
+        y: root.height - 6
+        height: Math.min(implicitHeight, root.roomBelow)
+        names: root.toolbar.sources
+        current: root.toolbar.currentSource
+        onChosen: index => {
+            visible = false;
+            root.toolbar.selectSource(index);
+        }
+        onDismissed: visible = false
+    }
+}

@@ -1,0 +1,77 @@
+import QtQuick
+
+// Why there are no captions, and what to do.
+Column {
+    id: root
+
+    required property string presentation
+    required property string title
+    required property string subtitle
+    required property color color
+
+    readonly property bool isShown: presentation.startsWith("empty")
+    readonly property bool isChecking: presentation === "empty-checking"
+
+    spacing: 8
+    opacity: isShown ? 1 : 0
+    visible: opacity > 0
+
+    Behavior on opacity {
+        NumberAnimation { duration: 180 }
+    }
+
+    Row {
+        id: dots
+
+        anchors.horizontalCenter: parent.horizontalCenter
+        spacing: 7
+        height: 22
+
+        Repeater {
+            model: 3
+
+            Rectangle {
+                id: dot
+
+                required property int index
+
+                width: 7
+                height: 7
+                radius: 3.5
+                color: root.color
+                opacity: 0.28
+
+                SequentialAnimation on opacity {
+                    running: root.isChecking
+                    loops: Animation.Infinite
+                    PauseAnimation { duration: dot.index * 160 }
+                    NumberAnimation { to: 1; duration: 300; easing.type: Easing.InOutQuad }
+                    NumberAnimation { to: 0.28; duration: 300; easing.type: Easing.InOutQuad }
+                    PauseAnimation { duration: (2 - dot.index) * 160 + 260 }
+                }
+            }
+        }
+    }
+
+    Text {
+        width: parent.width
+        horizontalAlignment: Text.AlignHCenter
+        wrapMode: Text.Wrap
+        text: root.title
+        textFormat: Text.PlainText
+        color: root.color
+        font.pixelSize: 22
+        font.weight: Font.Medium
+    }
+
+    Text {
+        width: parent.width
+        horizontalAlignment: Text.AlignHCenter
+        wrapMode: Text.Wrap
+        text: root.subtitle
+        textFormat: Text.PlainText
+        color: root.color
+        opacity: 0.66
+        font.pixelSize: 15
+    }
+}

@@ -1,0 +1,39 @@
+import QtQuick
+
+// A line drawing of 16 by 16 units.
+Canvas {
+    id: root
+
+    required property string name
+    property color color: "#e6e6ea"
+
+    readonly property var strokes: ({
+        close: [[4, 4, 12, 12], [12, 4, 4, 12]],
+        check: [[3, 8.5, 6.5, 12, 13, 4.5]],
+        down: [[3, 5.5, 8, 10.5, 13, 5.5]],
+        swap: [[5, 13, 5, 3, 2, 6], [5, 3, 8, 6], [11, 3, 11, 13, 8, 10], [11, 13, 14, 10]],
+        layout: [[2.5, 4, 13.5, 4], [2.5, 7, 10, 7], [2.5, 10.5, 13.5, 10.5], [2.5, 13.5, 10, 13.5]],
+        pin: [[5.5, 2.5, 10.5, 2.5], [6.5, 2.5, 6.5, 7, 4, 9.5, 12, 9.5, 9.5, 7, 9.5, 2.5], [8, 9.5, 8, 14]]
+    })
+
+    width: 16
+    height: 16
+    onColorChanged: requestPaint()
+    onNameChanged: requestPaint()
+    onPaint: {
+        const context = getContext("2d");
+        context.reset();
+        context.scale(width / 16, height / 16);
+        context.lineWidth = 1.5 * 16 / Math.max(width, 12);
+        context.lineCap = "round";
+        context.lineJoin = "round";
+        context.strokeStyle = root.color;
+        for (const points of root.strokes[root.name]) {
+            context.beginPath();
+            context.moveTo(points[0], points[1]);
+            for (let i = 2; i < points.length; i += 2)
+                context.lineTo(points[i], points[i + 1]);
+            context.stroke();
+        }
+    }
+}

@@ -1,0 +1,84 @@
+import QtQuick
+
+// A short message, with something to do about it or without.
+Rectangle {
+    id: root
+
+    property string text: ""
+    required property real maximumWidth
+    property bool isBusy: false
+    property bool isTrouble: false
+    property string action: ""
+    signal activated
+
+    implicitWidth: Math.min(content.implicitWidth + 28, maximumWidth)
+    implicitHeight: 32
+    radius: 16
+    color: isTrouble ? "#f04a2020" : "#f02c2c30"
+    border.color: "#2effffff"
+    border.width: 1
+    Accessible.role: Accessible.StaticText
+    Accessible.name: text
+
+    Row {
+        id: content
+
+        anchors.centerIn: parent
+        spacing: 9
+
+        Rectangle {
+            anchors.verticalCenter: parent.verticalCenter
+            visible: root.isBusy || root.isTrouble
+            width: 8
+            height: 8
+            radius: 4
+            color: root.isTrouble ? "#ff8a75" : "#f2c14e"
+
+            SequentialAnimation on opacity {
+                running: root.isBusy && root.visible
+                loops: Animation.Infinite
+                alwaysRunToEnd: true
+                NumberAnimation { to: 0.3; duration: 500; easing.type: Easing.InOutQuad }
+                NumberAnimation { to: 1; duration: 500; easing.type: Easing.InOutQuad }
+            }
+        }
+
+        Text {
+            anchors.verticalCenter: parent.verticalCenter
+            visible: text !== ""
+            width: Math.min(implicitWidth, root.maximumWidth - 60 - (link.visible ? link.width + 9 : 0))
+            elide: Text.ElideRight
+            text: root.text
+            textFormat: Text.PlainText
+            color: "#f2f2f4"
+            font.pixelSize: 14
+        }
+
+        Text {
+            id: link
+
+            anchors.verticalCenter: parent.verticalCenter
+            visible: root.action !== ""
+            text: root.action
+            textFormat: Text.PlainText
+            color: area.containsMouse ? "#a9d2ff" : "#7db8ff"
+            font.pixelSize: 14
+            font.weight: Font.Medium
+            font.underline: activeFocus
+            activeFocusOnTab: visible
+            Accessible.role: Accessible.Button
+            Accessible.name: root.action
+            Accessible.onPressAction: root.activated()
+            Keys.onReturnPressed: root.activated()
+
+            MouseArea {
+                id: area
+                anchors.fill: parent
+                anchors.margins: -6
+                hoverEnabled: true
+                cursorShape: Qt.PointingHandCursor
+                onClicked: root.activated()
+            }
+        }
+    }
+}

@@ -1,0 +1,86 @@
+import QtQuick
+
+// What is heard, and how loud it is.
+Rectangle {
+    id: root
+
+    required property string name
+    required property string hint
+    required property real level
+    required property bool isListening
+    required property bool hasChoice
+    required property real maximumWidth
+    signal activated
+
+    readonly property bool isLit: hasChoice && (area.containsMouse || activeFocus)
+
+    width: Math.max(60, Math.min(content.implicitWidth + 24, maximumWidth))
+    height: 34
+    radius: 17
+    color: isLit ? "#29ffffff" : "#14ffffff"
+    border.color: activeFocus ? "#7db8ff" : "transparent"
+    border.width: 1
+    activeFocusOnTab: hasChoice
+    Accessible.role: hasChoice ? Accessible.ButtonMenu : Accessible.StaticText
+    Accessible.name: hint + ": " + name
+    Accessible.onPressAction: if (hasChoice) activated()
+    Keys.onReturnPressed: if (hasChoice) activated()
+
+    Row {
+        id: content
+
+        anchors.centerIn: parent
+        spacing: 9
+
+        Row {
+            anchors.verticalCenter: parent.verticalCenter
+            spacing: 2
+            height: 14
+
+            Repeater {
+                model: [0.55, 1, 0.75]
+
+                Rectangle {
+                    required property real modelData
+
+                    anchors.bottom: parent.bottom
+                    width: 3
+                    height: 3 + 11 * Math.min(1, root.level * 1.6) * modelData
+                    radius: 1.5
+                    color: root.isListening ? "#4fd07f" : "#77777c"
+
+                    Behavior on height {
+                        NumberAnimation { duration: 90 }
+                    }
+                }
+            }
+        }
+
+        Text {
+            anchors.verticalCenter: parent.verticalCenter
+            width: Math.min(implicitWidth, Math.max(10, root.maximumWidth - 62))
+            elide: Text.ElideRight
+            text: root.name
+            textFormat: Text.PlainText
+            color: "#e6e6ea"
+            font.pixelSize: 14
+        }
+
+        Icon {
+            anchors.verticalCenter: parent.verticalCenter
+            visible: root.hasChoice
+            name: "down"
+            width: 10
+            height: 10
+        }
+    }
+
+    MouseArea {
+        id: area
+        anchors.fill: parent
+        enabled: root.hasChoice
+        hoverEnabled: true
+        cursorShape: root.hasChoice ? Qt.PointingHandCursor : Qt.ArrowCursor
+        onClicked: root.activated()
+    }
+}

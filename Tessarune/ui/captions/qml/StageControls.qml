@@ -1,0 +1,40 @@
+import QtQuick
+import Tessarune
+
+// What stands below the captions: the state of the session and of the translation.
+Item {
+    id: root
+
+    required property CaptionStageModel stage
+    required property CaptionToolbarModel toolbar
+    required property bool reviewing
+    signal returnRequested
+
+    Row {
+        anchors { horizontalCenter: parent.horizontalCenter; bottom: parent.bottom; bottomMargin: 14 }
+        spacing: 8
+
+        Pill {
+            visible: root.toolbar.showsStatus
+            text: root.toolbar.status
+            isBusy: root.toolbar.isBusy
+            isTrouble: root.toolbar.isTrouble
+            maximumWidth: root.width - 56
+        }
+
+        Pill {
+            visible: !root.toolbar.showsStatus && !root.reviewing && root.stage.translationStatus !== ""
+            text: root.stage.translationStatus
+            action: root.stage.canRetry ? root.stage.retryText : ""
+            maximumWidth: root.width - 56
+            onActivated: root.stage.retry()
+        }
+
+        Pill {
+            visible: root.reviewing
+            action: root.stage.newestText
+            maximumWidth: root.width - 56
+            onActivated: root.returnRequested()
+        }
+    }
+}

@@ -1,0 +1,66 @@
+import QtQuick
+
+// A button with an icon; its text shows when the pointer rests on it.
+Rectangle {
+    id: root
+
+    required property string icon
+    required property string text
+    property bool isOn: false
+    signal activated
+
+    width: 34
+    height: 34
+    radius: 10
+    color: area.containsMouse || activeFocus ? "#29ffffff" : "transparent"
+    border.color: activeFocus ? "#7db8ff" : "transparent"
+    border.width: 1
+    activeFocusOnTab: true
+    Accessible.role: Accessible.Button
+    Accessible.name: text
+    Accessible.onPressAction: activated()
+    Keys.onReturnPressed: activated()
+
+    Icon {
+        anchors.centerIn: parent
+        name: root.icon
+        color: root.isOn ? "#7db8ff" : "#e6e6ea"
+    }
+
+    Rectangle {
+        visible: rest.hasRested
+        anchors { top: parent.bottom; topMargin: 4; right: parent.right }
+        width: hint.width + 18
+        height: 28
+        radius: 8
+        color: "#fa2a2a2e"
+        border.color: "#2effffff"
+        border.width: 1
+
+        Text {
+            id: hint
+            anchors.centerIn: parent
+            text: root.text
+            textFormat: Text.PlainText
+            color: "#f2f2f4"
+            font.pixelSize: 13
+        }
+    }
+
+    MouseArea {
+        id: area
+        anchors.fill: parent
+        hoverEnabled: true
+        cursorShape: Qt.PointingHandCursor
+        onClicked: root.activated()
+    }
+
+    Timer {
+        id: rest
+        property bool hasRested: false
+        interval: 600
+        running: area.containsMouse
+        onTriggered: hasRested = true
+        onRunningChanged: if (!area.containsMouse) hasRested = false
+    }
+}

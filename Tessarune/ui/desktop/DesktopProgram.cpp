@@ -1,0 +1,192 @@
+#include "Tessarune/ui/desktop/DesktopProgram.h"
+
+#include "Tessarune/app/Application.h"
+#include "Tessarune/app/ListeningSession.h"
+#include "Tessarune/platform/host/PlatformLog.h"
+#include "Tessarune/platform/qt-host/QtHost.h"
+#include "Tessarune/platform/qt-host/TerminationSignals.h"
+#include "Tessarune/session/TessaruneListeningLifecycleHandler.h"
+#include "Tessarune/ui/captions/CaptionWindow.h"
+#include "Tessarune/ui/desktop/DesktopSound.h"
+#include "TessaruneCore/text/Localization.h"
+
+#include <QGuiApplication>
+#include <iostream>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+constexpr std::string_view programName = "tessarune";
+constexpr std::string_view filePrefix = "file:";
+constexpr int noDisplay = 69; // EX_UNAVAILABLE
+
+/// `quit` would ask the window first, which is hidden and declines.
+void endEventLoop() {
+    QCoreApplication::exit(0);
+}
+
+/// One caption window over one listening session. Main thread, with the application object.
+class DesktopProgram {
+  public:
+    DesktopProgram(TerminationSignals& signals, std::optional<std::filesystem::path> file);
+    ~DesktopProgram() { window_.reset(); }
+    DesktopProgram(const DesktopProgram&) = delete;
+
+    int run();
+
+  private:
+    CaptionWindowEnvironment windowEnvironment();
+    void takeDataFolder();
+    void tell(const std::string& text);
+    Task<void> connect();
+    void toggle(const LiveSessionControlTrigger& trigger);
+    Task<void> connectAndStart(LiveSessionControlTrigger trigger);
+    void close();
+    LiveTranscriptStore& store() { return session_.store(); }
+
+    QtHost host_;
+    Application application_{host_, std::string(programName)};
+    DesktopSound sound_;
+    ListeningSession session_;
+    TessaruneListeningLifecycleHandler lifecycle_;
+    std::unique_ptr<CaptionWindow> window_;
+    bool hasSound_ = false;
+    bool isConnecting_ = false;
+    bool isClosing_ = false;
+};
+
+DesktopProgram::DesktopProgram(TerminationSignals& signals,
+                               std::optional<std::filesystem::path> file)
+    : sound_(host_, std::move(file),
+             [this] { store().stopListening(LiveSessionControlTrigger::programmatic()); }),
+      session_(application_, sound_.server(), ListeningSession::Options{nullptr, sound_.isFile()}),
+      lifecycle_(host_, application_.logger, store().weak_from_this(), endEventLoop) {
+    signals.watch([this] { close(); });
+}
+
+int DesktopProgram::run() {
+    takeDataFolder();
+    application_.prepare();
+    window_ = std::make_unique<CaptionWindow>(windowEnvironment());
+    window_->show();
+    // A file is there to be heard; what else is heard is the user's choice.
+    if (sound_.isFile())
+        toggle(LiveSessionControlTrigger::programmatic());
+    else
+        spawn(Executor::main(host_), connect());
+    return QGuiApplication::exec();
+}
+
+CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
+    return {host_,
+            application_.settings,
+            store().view(),
+            sound_.name(),
+            {[this](const auto& trigger) { toggle(trigger); },
+             [this](const AudioSource& source) { store().selectSource(source); },
+             [this] { store().refreshInputDevices(); },
+             [this] { session_.translation().retryIncompleteTranslations(); },
+             [this] { close(); }}};
+}
+
+/// Two programs must never write one catalog; without it captions go on unrecorded.
+void DesktopProgram::takeDataFolder() {
+    if (const std::string doubt = application_.recordingDoubt(); !doubt.empty()) {
+        application_.recordNothing();
+        tell(doubt);
+    }
+    if (!application_.recordsSessions())
+        return;
+    try {
+        const auto holder = application_.takeDataFolder();
+        if (!holder)
+            return;
+        tell(localized("%@（进程 %lld）正在录音；这里的字幕不会保存。",
+                       {holder->program, std::to_string(holder->processID)}));
+    } catch (const std::system_error& error) {
+        tell(localized("Nothing can be recorded: %@", {error.what()}));
+    }
+    application_.recordNothing();
+}
+
+void DesktopProgram::tell(const std::string& text) {
+    store().showError(text);
+}
+
+Task<void> DesktopProgram::connect() {
+    isConnecting_ = true;
+    Task<std::string> connecting = sound_.connect();
+    const std::string problem = co_await connecting;
+    isConnecting_ = false;
+    hasSound_ = problem.empty();
+    if (hasSound_)
+        store().refreshInputDevices();
+    else
+        tell(problem);
+}
+
+void DesktopProgram::toggle(const LiveSessionControlTrigger& trigger) {
+    if (hasSound_)
+        store().toggleListening(trigger);
+    else if (!isConnecting_)
+        spawn(Executor::main(host_), connectAndStart(trigger));
+}
+
+Task<void> DesktopProgram::connectAndStart(LiveSessionControlTrigger trigger) {
+    Task<void> connecting = connect();
+    co_await connecting;
+    if (hasSound_ && !isClosing_)
+        store().startListening(trigger);
+}
+
+/// The window goes at once, the program when everything is saved.
+void DesktopProgram::close() {
+    if (std::exchange(isClosing_, true))
+        return;
+    application_.logger.event("window.subtitleCloseRequested", {}, Importance::important);
+    window_->hide();
+    store().stopListening(LiveSessionControlTrigger::subtitleWindowClose());
+    if (lifecycle_.applicationShouldTerminate() ==
+        TessaruneListeningLifecycleHandler::TerminateReply::now)
+        endEventLoop();
+}
+
+bool hasDisplay() {
+    for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (!qEnvironmentVariableIsEmpty(variable))
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+int runDesktopProgram(int argc, char** argv) {
+    TerminationSignals signals;
+    if (!hasDisplay()) {
+        std::cerr << "tessarune: there is no display. For captions in a terminal run "
+                     "tessarune-terminal.\n";
+        return noDisplay;
+    }
+    // Only X11, which Wayland desktops have too, keeps a window above others for a program.
+    if (!qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    PlatformLog::open(programName.data());
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QGuiApplication::setApplicationName(QString::fromUtf8(programName.data()));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Tessarune"));
+    QGuiApplication::setDesktopFileName(QString::fromUtf8(programName.data()));
+    QGuiApplication application(argc, argv);
+    std::optional<std::filesystem::path> file;
+    for (const std::string_view argument : std::vector<std::string_view>(argv + 1, argv + argc)) {
+        if (argument.starts_with(filePrefix))
+            file = std::filesystem::path(argument.substr(filePrefix.size()));
+    }
+    return DesktopProgram(signals, std::move(file)).run();
+}
+
+} // namespace tessarune

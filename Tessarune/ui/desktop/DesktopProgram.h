@@ -1,0 +1,9 @@
+#pragma once
+
+namespace tessarune {
+
+/// The desktop program from its first window to the saved session; gives the status to end with.
+/// `tessarune file:PATH` captions a file instead of what the computer plays.
+int runDesktopProgram(int argc, char** argv);
+
+} // namespace tessarune

@@ -1,0 +1,40 @@
+#include "Tessarune/ui/desktop/DesktopSound.h"
+
+#include "Tessarune/platform/file-sound/FileSoundServer.h"
+#include "Tessarune/platform/media/FFmpegMediaFile.h"
+#include "Tessarune/platform/media/SwresampleConverter.h"
+#include "Tessarune/platform/pulse/PulseSoundServer.h"
+#include "TessaruneCore/text/Localization.h"
+
+#include <exception>
+#include <utility>
+
+namespace tessarune {
+
+DesktopSound::DesktopSound(Host& host, std::optional<std::filesystem::path> file,
+                           std::function<void()> onFinished)
+    : host_(host), file_(std::move(file)) {
+    if (!file_) {
+        server_ = std::make_unique<PulseSoundServer>();
+        return;
+    }
+    server_ = std::make_unique<FileSoundServer>(
+        host, FileSoundServer::Media{openAwaitedFFmpegMediaFile, makeSwresampleConverter}, *file_,
+        FileSoundServer::Pace::realTime(),
+        [onFinished = std::move(onFinished)](const std::exception_ptr&) { onFinished(); });
+}
+
+Task<std::string> DesktopSound::connect() {
+    std::string problem;
+    try {
+        Task<void> connecting = server_->connect(Executor::main(host_));
+        co_await connecting;
+    } catch (const SoundServerError& error) {
+        problem = localized("no sound server: %@", {error.what()});
+    } catch (const std::exception& error) {
+        problem = error.what();
+    }
+    co_return problem;
+}
+
+} // namespace tessarune

@@ -1,0 +1,149 @@
+#include "tests/ui/StagedCaptions.h"
+
+#include <gtest/gtest.h>
+
+#include <QQuickItem>
+#include <QSignalSpy>
+
+namespace tessarune {
+namespace {
+
+using Kind = SessionStatus::Kind;
+
+QStringList& warnings() {
+    static QStringList all;
+    return all;
+}
+
+/// What Qt says on standard error while a window is open fails the test.
+class CaptionWindowTests : public ::testing::Test {
+  protected:
+    CaptionWindowTests() {
+        qputenv("QT_QUICK_BACKEND", "software");
+        before_ =
+            qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& text) {
+                if (!text.contains(QStringLiteral("This plugin")) &&
+                    !text.contains(QStringLiteral("XDG_RUNTIME_DIR")))
+                    warnings() << text;
+            });
+        captions.settings.smoothStreaming = false;
+        captions.open();
+    }
+    ~CaptionWindowTests() override {
+        captions.window.reset();
+        qInstallMessageHandler(before_);
+        EXPECT_TRUE(warnings().isEmpty()) << warnings().join('\n').toStdString();
+        warnings().clear();
+    }
+
+    QQuickItem* list() {
+        return captions.window->window()
+            .findChild<QQuickItem*>("sourceList")
+            ->findChild<QQuickItem*>("list");
+    }
+    /// By how much the end of the rows lies below the list.
+    double hiddenBelow() {
+        return list()->property("originY").toDouble() +
+               list()->property("contentHeight").toDouble() -
+               list()->property("contentY").toDouble() - list()->height();
+    }
+
+    StagedCaptions captions;
+
+  private:
+    QtMessageHandler before_ = nullptr;
+};
+
+TEST_F(CaptionWindowTests, ChangesAsFewRowsAsAFrameDoes) {
+    CaptionRowsModel& rows = *captions.window->stage().rows();
+    for (int i = 0; i < 500; ++i)
+        captions.settle("Sentence " + std::to_string(i) + ".");
+    captions.speak("and");
+    captions.publish();
+    ASSERT_EQ(rows.rowCount(), 501);
+    QSignalSpy inserted(&rows, &QAbstractItemModel::rowsInserted);
+    QSignalSpy removed(&rows, &QAbstractItemModel::rowsRemoved);
+    QSignalSpy reset(&rows, &QAbstractItemModel::modelReset);
+    QSignalSpy changed(&rows, &QAbstractItemModel::dataChanged);
+    const auto changedRows = [&] {
+        QList<int> all;
+        for (const auto& arguments : changed)
+            for (int i = arguments[0].toModelIndex().row(); i <= arguments[1].toModelIndex().row();
+                 ++i)
+                all << i;
+        changed.clear();
+        return all;
+    };
+
+    captions.speak("and so");
+    captions.publish();
+    EXPECT_EQ(changedRows(), QList<int>{500});
+    captions.translate(3, "第三句。");
+    captions.publish();
+    EXPECT_EQ(changedRows(), QList<int>{3});
+    EXPECT_EQ(inserted.size(), 0);
+    captions.settle("And so on."); // where it grew
+    captions.speak("Now");
+    captions.publish();
+    EXPECT_EQ(changedRows(), QList<int>{500});
+    ASSERT_EQ(inserted.size(), 1);
+    EXPECT_EQ(inserted[0][1].toInt(), 501);
+    EXPECT_EQ(inserted[0][2].toInt(), 501);
+    EXPECT_EQ(removed.size() + reset.size(), 0);
+}
+
+TEST_F(CaptionWindowTests, ShowsWhyThereAreNoCaptions) {
+    const CaptionStageModel& stage = captions.window->stage();
+    struct Case {
+        LiveSessionPhase phase;
+        Kind status;
+        const char* presentation;
+    };
+    for (const auto& [phase, status, presentation] :
+         std::initializer_list<Case>{{LiveSessionPhase::idle, Kind::idle, "empty-idle"},
+                                     {LiveSessionPhase::loading, Kind::checking, "empty-checking"},
+                                     {LiveSessionPhase::listening, Kind::none, "empty-checking"},
+                                     {LiveSessionPhase::stopping, Kind::silent, "empty-silent"},
+                                     {LiveSessionPhase::stopping, Kind::saving, "clear"},
+                                     {LiveSessionPhase::failed, Kind::none, "empty-idle"}}) {
+        captions.enter(phase, status);
+        captions.publish();
+        EXPECT_EQ(stage.presentation().toStdString(), presentation);
+        captions.runFor(20);
+    }
+    captions.speak("Hello");
+    captions.publish();
+    EXPECT_EQ(stage.presentation(), "content");
+    captions.settings.translationBackend = "关闭"; // both layouts need a translation
+    captions.runFor(20);
+    EXPECT_FALSE(stage.isBilingual());
+}
+
+TEST_F(CaptionWindowTests, KeepsTheNewestLineInSightUntilTheReaderScrollsBack) {
+    for (int i = 0; i < 60; ++i) {
+        captions.settle("A sentence that is long enough to need more than a single line of the "
+                        "window, whatever its font is, so that rows differ in height " +
+                            std::to_string(i) + ".",
+                        i % 3 == 0 ? "译文" : "");
+        captions.publish();
+        captions.runFor(5);
+    }
+    ASSERT_TRUE(runUntil([&] { return std::abs(hiddenBelow()) < 1; })) << hiddenBelow();
+
+    const auto* const view = list()->parentItem();
+    QMetaObject::invokeMethod(list(), "flick", Q_ARG(double, 0), Q_ARG(double, 2500)); // a wheel
+    ASSERT_TRUE(runUntil([&] { return view->property("reviewing").toBool(); }));
+    ASSERT_TRUE(runUntil([&] { return !list()->property("moving").toBool(); }));
+    const double readingAt = list()->property("contentY").toDouble();
+    captions.settle("Something new.");
+    captions.publish();
+    captions.runFor(50);
+    EXPECT_EQ(list()->property("contentY").toDouble(), readingAt);
+
+    QMetaObject::invokeMethod(list()->parentItem(), "returnToNewest");
+    EXPECT_TRUE(runUntil([&] { return std::abs(hiddenBelow()) < 1; })) << hiddenBelow();
+    EXPECT_FALSE(view->property("reviewing").toBool());
+}
+
+} // namespace
+} // namespace tessarune

@@ -1,0 +1,101 @@
+#pragma once
+
+#include "Tessarune/platform/qt-host/QtHost.h"
+#include "Tessarune/session/LiveCaptionCoreFactory.h"
+#include "Tessarune/shell/AppSettings.h"
+#include "Tessarune/ui/captions/CaptionWindow.h"
+#include "tests/support/MemoryUserDefaults.h"
+#include "tests/ui/OffscreenApplication.h"
+
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// A caption window over frames and a session that a script writes.
+class StagedCaptions {
+  public:
+    StagedCaptions() {
+        settings.softTranslationEnabled = true;
+        settings.translationBackend = "苹果";
+        settings.translationTargetLanguage = "zh-Hans";
+    }
+    ~StagedCaptions() { window.reset(); }
+
+    void open() {
+        window = std::make_unique<CaptionWindow>(CaptionWindowEnvironment{
+            host,
+            settings,
+            session,
+            {},
+            {[this](const auto&) { asked.emplace_back("toggle"); },
+             [this](const AudioSource& source) { asked.push_back(source.logName()); },
+             [this] { asked.emplace_back("refresh"); }, [this] { asked.emplace_back("retry"); },
+             [this] { asked.emplace_back("close"); }}});
+        window->show();
+    }
+
+    /// A settled sentence.
+    void settle(const std::string& source, const std::string& translation = "") {
+        frame.sourceTextTail.push_back(row(source, translation, CaptionSegmentState::final));
+        frame.mergedBilingualSourceTail = frame.sourceTextTail;
+        if (!translation.empty())
+            frame.translationTail.push_back(translation);
+    }
+    void translate(std::size_t index, const std::string& translation) {
+        LiveCaptionDisplaySegment changed = frame.sourceTextTail[index];
+        changed.translatedText = translation;
+        frame.sourceTextTail.set(index, changed);
+        frame.mergedBilingualSourceTail = frame.sourceTextTail;
+        frame.translationTail.push_back(translation);
+    }
+    void speak(const std::string& partial) {
+        frame.livePartialRow = partial.empty() ? std::optional<LiveCaptionDisplaySegment>()
+                                               : row(partial, "", CaptionSegmentState::partial);
+    }
+    void enter(LiveSessionPhase phase, SessionStatus::Kind status) {
+        frame.sessionPhase = phase;
+        session.status = SessionStatus{status};
+        frame.statusMessage = session.status->text();
+        session.isListening = phase == LiveSessionPhase::listening;
+        session.sessionPhase = phase;
+    }
+    void publish() {
+        ++frame.sourceRevision;
+        display.update(frame);
+    }
+    void runFor(int milliseconds) {
+        QElapsedTimer running;
+        running.start();
+        while (!running.hasExpired(milliseconds))
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
+    }
+
+    QGuiApplication& application = offscreenApplication();
+    QtHost host;
+    testing::MemoryUserDefaults defaults;
+    AppSettings settings{defaults};
+    LiveCaptionDisplayStore display{[] { return 0.0; }};
+    SessionTranslation noTranslation;
+    CaptionCore core = LiveCaptionCoreFactory::make(host, settings);
+    SessionView session{display, core, noTranslation.view()};
+    LiveCaptionDisplayFrame frame = LiveCaptionDisplayFrame::empty();
+    std::vector<std::string> asked; ///< the commands that the window gave
+    std::unique_ptr<CaptionWindow> window;
+
+  private:
+    static LiveCaptionDisplaySegment row(const std::string& source, const std::string& translation,
+                                         CaptionSegmentState state) {
+        CaptionSegment segment;
+        segment.id = UUID::random();
+        segment.sourceText = source;
+        if (!translation.empty())
+            segment.translatedText = translation;
+        segment.state = state;
+        return *LiveCaptionDisplaySegment::from(segment);
+    }
+};
+
+} // namespace tessarune

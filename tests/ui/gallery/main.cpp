@@ -1,0 +1,107 @@
+// Draws the caption window in every state into PNG files: caption-gallery FOLDER [LOCALE]
+
+#include "Tessarune/shell/StringTables.h"
+#include "tests/ui/StagedCaptions.h"
+
+#include <QDir>
+#include <QImage>
+#include <functional>
+#include <iostream>
+
+namespace {
+
+using namespace tessarune;
+using Kind = SessionStatus::Kind;
+
+struct Picture {
+    const char* name;
+    std::function<void(StagedCaptions&)> stage;
+};
+
+void talk(StagedCaptions& captions) {
+    captions.enter(LiveSessionPhase::listening, Kind::none);
+    captions.session.audioLevel = 0.5;
+    captions.session.sessionDuration = 83.0;
+    captions.settle("It was the best of times, it was the worst of times.",
+                    "那是最美好的时代，那是最糟糕的时代。");
+    captions.settle("It was the age of wisdom, it was the age of foolishness.",
+                    "那是智慧的年代，那是愚昧的年代。");
+    captions.settle(
+        "It was the epoch of belief, it was the epoch of incredulity, and nobody in the "
+        "whole of the city could have told you which of the two would win.",
+        "那是信仰的时期，那是怀疑的时期，全城没有一个人能告诉你两者之中哪一个会取胜。");
+    captions.settle("We had everything before us.");
+    captions.speak("We had nothing before us, we were all going");
+}
+
+const Picture pictures[] = {
+    {"idle", [](auto&) {}},
+    {"checking", [](auto& c) { c.enter(LiveSessionPhase::loading, Kind::checking); }},
+    {"silent", [](auto& c) { c.enter(LiveSessionPhase::listening, Kind::silent); }},
+    {"bilingual", talk},
+    {"bilingual-swapped",
+     [](auto& c) {
+         c.settings.swapCaptionOrder = true;
+         talk(c);
+     }},
+    {"lyrics",
+     [](auto& c) {
+         c.settings.subtitleLayoutMode = SubtitleLayoutMode::lyrics;
+         talk(c);
+         c.frame.ghostTranslationText = "我们面前什么都没有";
+     }},
+    {"source-only",
+     [](auto& c) {
+         c.settings.translationBackend = "关闭";
+         talk(c);
+     }},
+    {"translucent",
+     [](auto& c) {
+         c.settings.bgOpacity = 40;
+         talk(c);
+     }},
+    {"stopping",
+     [](auto& c) {
+         talk(c);
+         c.enter(LiveSessionPhase::stopping, Kind::saving);
+     }},
+    {"interrupted",
+     [](auto& c) {
+         talk(c);
+         c.enter(LiveSessionPhase::listening, Kind::interrupted);
+     }},
+    {"incomplete",
+     [](auto& c) {
+         talk(c);
+         c.frame.translationStatus = {"2 条字幕没有译文", true, true};
+     }},
+    {"first-words",
+     [](auto& c) {
+         c.enter(LiveSessionPhase::listening, Kind::none);
+         c.speak("It was the best");
+     }},
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const QString folder = QString::fromLocal8Bit(argc > 1 ? argv[1] : "gallery");
+    qputenv("QT_QUICK_BACKEND", "software");
+    setLocalizationTable(StringTables::forLocale(argc > 2 ? argv[2] : "zh_CN"));
+    offscreenApplication();
+    QDir().mkpath(folder);
+    for (const Picture& picture : pictures) {
+        StagedCaptions captions;
+        captions.settings.smoothPaceMS = 60;
+        picture.stage(captions);
+        captions.publish();
+        captions.open();
+        captions.runFor(1600);
+        const QString file = folder + "/" + picture.name + ".png";
+        if (!captions.window->window().grabWindow().save(file)) {
+            std::cerr << "cannot write " << file.toStdString() << "\n";
+            return 1;
+        }
+    }
+    return 0;
+}
