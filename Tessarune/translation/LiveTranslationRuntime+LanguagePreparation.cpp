@@ -63,9 +63,8 @@ TranslationLanguagePreparationStart LiveTranslationRuntime::startLanguagePrepara
 
 Task<void> LiveTranslationRuntime::runPreparation(Self self, Preparation preparation,
                                                   std::stop_token stop) {
-    Task<TranslationLanguagePreparationResult> preparing = prepareLanguagePair(
+    const TranslationLanguagePreparationResult result = co_await prepareLanguagePair(
         self, preparation.source, preparation.target, preparation.translator, stop);
-    const TranslationLanguagePreparationResult result = co_await preparing;
 
     if (self->languagePreparationID_ != preparation.id ||
         self->languagePreparationKey_ != preparation.key)
@@ -95,8 +94,8 @@ LiveTranslationRuntime::prepareLanguagePair(Self self, std::string source, std::
     for (int attempt = 1;; ++attempt) {
         if (stop.stop_requested())
             co_return cancelled;
-        Task<TranslationAvailabilityStatus> asking = translator->availabilityStatus(source, target);
-        const TranslationAvailabilityStatus status = co_await asking;
+        const TranslationAvailabilityStatus status =
+            co_await translator->availabilityStatus(source, target);
         if (stop.stop_requested())
             co_return cancelled;
         if (status == TranslationAvailabilityStatus::unsupported)
@@ -104,8 +103,7 @@ LiveTranslationRuntime::prepareLanguagePair(Self self, std::string source, std::
 
         std::exception_ptr error;
         try {
-            Task<void> preparing = translator->prepareLanguages(source, target);
-            co_await preparing;
+            co_await translator->prepareLanguages(source, target);
             co_return Result{Result::Outcome::prepared, std::nullopt};
         } catch (...) {
             error = std::current_exception();
@@ -115,8 +113,7 @@ LiveTranslationRuntime::prepareLanguagePair(Self self, std::string source, std::
                 co_return cancelled;
             co_return Result{Result::Outcome::failed, TranslatorError::details(error)};
         }
-        Task<bool> waiting = sleep(self->executor(), secondsBetweenAttempts, stop);
-        co_await waiting;
+        co_await sleep(self->executor(), secondsBetweenAttempts, stop);
     }
 }
 
@@ -145,8 +142,7 @@ Task<void> LiveTranslationRuntime::rebuild(Self self, std::string source, std::s
 
     std::exception_ptr error;
     try {
-        Task<void> rebuilding = translator->rebuildLanguagePair(source, target);
-        co_await rebuilding;
+        co_await translator->rebuildLanguagePair(source, target);
         if (stop.stop_requested())
             throw CancellationError();
     } catch (...) {

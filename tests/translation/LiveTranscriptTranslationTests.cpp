@@ -162,8 +162,7 @@ struct LiveTranslationRuntimeTests : LiveTranscriptTranslationTests {
             });
     }
     static Task<void> wait(Executor executor, std::stop_token stop, bool* ended) {
-        Task<bool> waiting = sleep(executor, 10, stop);
-        co_await waiting;
+        co_await sleep(executor, 10, stop);
         *ended = true;
     }
     LiveTranslationRuntime::Operation operation(bool& ended) {
@@ -175,8 +174,12 @@ struct LiveTranslationRuntimeTests : LiveTranscriptTranslationTests {
 
 TEST_F(LiveTranslationRuntimeTests, ThereIsOneRunAtATimeAndAStaleOneClearsNothing) {
     bool ghost = false, first = false, second = false, third = false;
+    runtime->startGhostTask(runtime->beginGhostRequest("a", "fr"), operation(ghost));
+    host.advanceBy(1);
     const UUID request = runtime->beginGhostRequest("a b", "fr");
     runtime->startGhostTask(request, operation(ghost));
+    host.advanceBy(1);
+    EXPECT_TRUE(runtime->hasGhostTask()) << "the one before has ended and left it alone";
     runtime->startCommittedTask(operation(first));
     host.advanceBy(1);
     EXPECT_FALSE(runtime->hasGhostTask()) << "a run cancels the preview";
