@@ -276,7 +276,12 @@ void CaptionsRun::tellSaved() {
         say(localized(isWhole ? "Saved: --show %@  (%@)"
                               : "Only the sound is kept: --show %@  (%@)",
                       {saved->text().substr(0, 8), item->filePath.value_or("")}));
-    else if (program_.catalog.recording(*saved))
+    else if (const auto unlisted = program_.catalog.recording(*saved);
+             unlisted && !program_.files.exists(unlisted->filePath))
+        say(localized("The sound of the session is gone. Until the next session begins, --show %@ "
+                      "prints its transcript.",
+                      {saved->text().substr(0, 8)}));
+    else if (unlisted)
         say(localized("The session was too short to be kept."));
 }
 

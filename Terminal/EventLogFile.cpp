@@ -46,7 +46,7 @@ void EventLogFile::begin() {
                                         mayExist ? LineLogWriter::Existing::isTruncated
                                                  : LineLogWriter::Existing::isRefused);
     if (!writer_)
-        fail(systemMessage(errno));
+        fail(errno == ENXIO ? localized("nobody reads this pipe") : systemMessage(errno));
 }
 
 void EventLogFile::append(const ASREvent& event) {

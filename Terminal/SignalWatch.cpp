@@ -70,12 +70,15 @@ void goOn() {
 void end(int signal) {
     Interest& now = interest();
     const std::lock_guard lock(now.mutex);
-    if (!now.host)
+    const bool isSamePress = now.isEnding && Clock::now() - now.endingSince <= samePress;
+    if (!now.host && !isSamePress)
         dieOf(signal);
+    if (!now.host)
+        return; // the end that it asks for has come already
     if (!std::exchange(now.isEnding, true)) {
         now.endingSince = Clock::now();
         now.host->post(now.onSignal);
-    } else if (Clock::now() - now.endingSince > samePress) {
+    } else if (!isSamePress) {
         TerminalCursor::setPaused(true);
         TerminalCursor::restore();
         std::_Exit(static_cast<int>(ExitStatus::stoppedTwice));

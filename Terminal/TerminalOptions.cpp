@@ -250,6 +250,9 @@ CaptionsCommand captionsCommand(const Words& words, bool sourceWasChosen) {
         command.target = checkedTargetOrNone(words.target);
     if (!words.eventLog.empty())
         command.eventLog = words.eventLog;
+    if (words.overwrites && !command.eventLog)
+        throw UsageProblem(
+            localized("--overwrite is for an event log: it needs --event-log PATH."));
     command.overwrites = words.overwrites;
     auto* file = std::get_if<FileSource>(&command.source);
     if (words.fast && !file)

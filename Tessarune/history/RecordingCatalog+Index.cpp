@@ -67,6 +67,10 @@ std::string RecordingCatalog::readingProblem() {
             return localized("The list of recordings, %@, is damaged. The next recorded session "
                              "rebuilds it from the recordings.",
                              {paths_.recordingIndex().string()});
+        if (loaded.state == IndexState::missing && !entriesBesideTranscripts().empty())
+            return localized("The list of recordings, %@, is missing. The next recorded session "
+                             "rebuilds it from the recordings.",
+                             {paths_.recordingIndex().string()});
         // A folder that cannot be looked into makes recordings look as if they were gone.
         files_.list(paths_.recordings());
     } catch (const std::exception& error) {

@@ -11,10 +11,13 @@ std::unique_ptr<LineLogWriter> LineLogWriter::open(Host& host, std::string_view 
                                                    const std::filesystem::path& path,
                                                    Existing existing) {
     const int one = existing == Existing::isRefused ? O_EXCL : O_TRUNC;
-    // O_APPEND: a file that somebody truncates meanwhile gets no hole.
-    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | one | O_APPEND | O_CLOEXEC, 0644);
+    // O_APPEND: a file that somebody truncates meanwhile gets no hole. O_NONBLOCK: a pipe that
+    // nobody reads is refused and not waited for; one that is read is written at its reader's pace.
+    const int file =
+        ::open(path.c_str(), O_WRONLY | O_CREAT | one | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0644);
     if (file < 0)
         return nullptr;
+    ::fcntl(file, F_SETFL, ::fcntl(file, F_GETFL) & ~O_NONBLOCK);
     return std::unique_ptr<LineLogWriter>(
         new LineLogWriter(host.serialQueue(queueLabel, QueuePriority::utility), file));
 }

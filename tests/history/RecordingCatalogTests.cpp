@@ -159,6 +159,10 @@ TEST_F(RecordingCatalogTests, AnUnreadableIndexIsKeptAsideAndSalvaged) {
 TEST_F(RecordingCatalogTests, ADiskThatDoesNotAnswerCostsNoEntry) {
     EXPECT_EQ(catalog.readingProblem(), "") << "none yet";
     add(10, "a.wav");
+    const std::string whole = disk.contentsOf(paths.recordingIndex());
+    disk.remove(paths.recordingIndex());
+    EXPECT_NE(catalog.readingProblem(), "") << "an entry beside the transcripts is left";
+    setIndex(whole);
     disk.failAt = disk.operations + 3; // folders, folders, index
     EXPECT_FALSE(catalog.upsert(recording(20, "b.wav", makeID())));
     EXPECT_TRUE(catalog.upsert(recording(20, "b.wav", makeID())));

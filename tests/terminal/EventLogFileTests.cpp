@@ -5,6 +5,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <fstream>
 
@@ -48,6 +49,9 @@ TEST(EventLogFileTests, NothingIsWrittenOverUnlessTheUserSaysSoAndTheSourceNever
     }
     EXPECT_EQ(testing::contentsOf(folder / "old.ndjson"), "old.ndjson") << "a look touches nothing";
     EXPECT_FALSE(fs::exists(folder / "new.ndjson"));
+
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    EXPECT_THROW(EventLogFile(host, folder / "pipe", false).begin(), RunFailure) << "no reader";
 
     EventLogFile lost(host, "/dev/full", false);
     lost.begin();

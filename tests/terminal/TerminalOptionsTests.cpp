@@ -64,6 +64,7 @@ TEST(TerminalOptionsTests, RefusesWhatMakesNoSenseAndSaysWhy) {
         {{"--source", "mic:"}, "mic:"},
         {{"--source", "file:"}, "file:"},
         {{"--fast"}, "--fast"},
+        {{"--overwrite"}, "--event-log"},
         {{"--locale", "fr-FR"}, "en-GB"},
         {{"--model", "remove"}, "remove NAME"},
         {{"--model", "tiny-en", "extra"}, "--model"},

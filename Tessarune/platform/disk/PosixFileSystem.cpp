@@ -186,12 +186,14 @@ fs::path temporaryBeside(const fs::path& path) {
 
 } // namespace
 
+// A pipe in place of a file must not make the program wait for somebody who writes into it.
+
 std::string PosixFileSystem::read(const Path& path) {
-    return Descriptor(path, O_RDONLY).readAll();
+    return Descriptor(path, O_RDONLY | O_NONBLOCK).readAll();
 }
 
 std::string PosixFileSystem::read(const Path& path, std::uint64_t offset, std::size_t count) {
-    return Descriptor(path, O_RDONLY).readSome(offset, count);
+    return Descriptor(path, O_RDONLY | O_NONBLOCK).readSome(offset, count);
 }
 
 void PosixFileSystem::writeAtomically(const Path& path, std::string_view bytes) {

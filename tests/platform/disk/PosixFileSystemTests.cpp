@@ -88,6 +88,12 @@ TEST(PosixFileSystemTests, WhatItMakesIsTheUsersAlone) {
     EXPECT_EQ(count, 7);
 }
 
+TEST(PosixFileSystemTests, APipeInPlaceOfAFileHoldsNobodyUp) {
+    const testing::TemporaryFolder folder;
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    EXPECT_EQ(PosixFileSystem().read(folder / "pipe"), "");
+}
+
 TEST(PosixFileSystemTests, AReadOnlyFolderIsNamedAsWhatItIs) {
     const testing::TemporaryFolder folder;
     const std::filesystem::path locked = folder / "locked";
