@@ -60,6 +60,7 @@ class CaptionsRun {
     void prepare();
     void tellRepairs(const RecordingRepair::Report& report) const;
     void checkEventLog();
+    void checkModel() const;
     void makeSession();
     void update();
     void handlePhase(LiveSessionPhase phase);
@@ -115,6 +116,7 @@ Task<bool> CaptionsRun::open() {
 }
 
 Task<void> CaptionsRun::run() {
+    checkModel();
     prepare();
     makeSession();
     Task<void> starting = startListening();
@@ -202,6 +204,22 @@ void CaptionsRun::checkEventLog() {
         return;
     eventLog_.emplace(program_.host, *command_.eventLog, command_.overwrites);
     eventLog_->check(sound_.file());
+}
+
+/// A session downloads nothing: a model that is missing or damaged is named before it begins.
+void CaptionsRun::checkModel() const {
+    const std::string wanted = *program_.settings.speechModel;
+    const bool isFree = wanted == SpeechModels::automatic;
+    std::string why = isFree ? localized("There is no speech model on this computer.")
+                             : localized("The speech model %@ is not on this computer.", {wanted});
+    for (const SpeechModelState& model : program_.speechModels.list()) {
+        if (!model.isInstalled || (!isFree && model.name != wanted))
+            continue;
+        if (model.damage.empty())
+            return;
+        why = model.damage;
+    }
+    throw RunFailure::ofStart(std::make_exception_ptr(std::runtime_error(why)));
 }
 
 void CaptionsRun::makeSession() {

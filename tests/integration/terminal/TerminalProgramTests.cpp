@@ -307,6 +307,9 @@ TEST_F(TerminalProgramTests, ADamagedModelIsNamedBeforeItIsLoadedAndTheRestWorks
     EXPECT_NE(none.error.find("tiny-en/encoder_model.ort"), std::string::npos) << none.error;
     EXPECT_NE(none.error.find("--model NAME"), std::string::npos) << "how to get it anew";
     EXPECT_EQ(lines(terminal({"--list", "--json"}).output).size(), 1u) << "recorded before";
+    EXPECT_EQ(terminal({"--set", "speechModel=small-streaming-en"}).status, 0);
+    EXPECT_NE(terminal(captions).error.find("small-streaming-en is not"), std::string::npos)
+        << "a session downloads nothing";
 }
 
 /// The program alone in a folder: neither the engine nor a model is where it looks.
