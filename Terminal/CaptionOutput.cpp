@@ -5,32 +5,23 @@
 #include "TessaruneCore/translation/GhostTranslationPlanner.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
-#include <algorithm>
+#include <vector>
 
 namespace tessarune {
 
-std::string liveText(const CaptionCore& core) {
-    std::vector<std::string> parts;
-    const auto add = [&](const CaptionSegment& row) {
-        const std::string_view text = Text::trimmed(row.sourceText);
-        if (!text.empty())
-            parts.emplace_back(text);
-    };
-    for (const auto& row : *core.liveLeadingSentences)
-        add(row);
-    for (const auto& row : *core.softCaptionSegments)
-        add(row);
-    add(*core.currentPartial);
+std::string liveText(const LiveCaptionDisplayFrame& frame) {
+    std::vector<std::string_view> parts;
+    for (const LiveCaptionDisplaySegment& row : frame.liveTailRows)
+        parts.emplace_back(row.sourceText);
+    if (frame.livePartialRow)
+        parts.emplace_back(frame.livePartialRow->sourceText);
     return Text::joined(parts, " ");
 }
 
-bool isPreviewOf(const CaptionPreview& preview, std::span<const CaptionSegment> rows) {
-    if (preview.text.empty() || rows.empty())
-        return false;
-    const std::string key = GhostTranslationPlanner::normalizedKey(preview.source);
-    return std::ranges::any_of(rows, [&](const CaptionSegment& row) {
-        return Text::equal(GhostTranslationPlanner::normalizedKey(row.sourceText), key);
-    });
+bool hasPreviewOf(const LiveCaptionDisplayFrame& frame, std::string_view sourceText) {
+    using GhostTranslationPlanner::normalizedKey;
+    return !frame.ghostTranslationText.empty() &&
+           Text::equal(normalizedKey(sourceText), normalizedKey(frame.ghostTranslationSourceText));
 }
 
 std::string translationFailureText(std::string_view error, std::string_view target) {

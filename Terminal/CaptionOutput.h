@@ -1,32 +1,26 @@
 #pragma once
 
-#include "TessaruneCore/CaptionCore.h"
+#include "Tessarune/display/LiveCaptionDisplayFrame.h"
+#include "Tessarune/session/SessionView.h"
 #include "TessaruneCore/host/Host.h"
 
 #include <cstdio>
 #include <functional>
-#include <span>
 #include <string>
 #include <string_view>
 
 namespace tessarune {
 
-/// A provisional translation, and the text that it translates.
-struct CaptionPreview {
-    std::string text; ///< empty: there is none
-    std::string source;
-
-    bool operator==(const CaptionPreview&) const = default;
-};
-
 /// What there is to print at one moment.
 struct CaptionPicture {
-    const CaptionCore& core;
+    const LiveCaptionDisplayFrame& frame;
+    /// What a frame leaves out: failures, times and words of committed rows, and which live text is
+    /// a complete sentence.
+    LiveCaptions captions;
     /// The language that rows are translated into; empty: they are not.
     std::string target;
     /// Rows that have no translation yet may still get one.
     bool awaitsTranslations = false;
-    CaptionPreview preview;
 };
 
 /// Where captions go: a screen that is rewritten, plain lines, or JSON. Main queue.
@@ -72,10 +66,10 @@ CaptionOutput makeJSONOutput(std::FILE* out, std::function<double()> now, bool q
 
 /// The text that is not settled yet: complete sentences, clauses and the open rest, joined with
 /// blanks.
-std::string liveText(const CaptionCore& core);
+std::string liveText(const LiveCaptionDisplayFrame& frame);
 
-/// Whether the preview is of one of these rows.
-bool isPreviewOf(const CaptionPreview& preview, std::span<const CaptionSegment> rows);
+/// Whether the frame has a preview of this text.
+bool hasPreviewOf(const LiveCaptionDisplayFrame& frame, std::string_view sourceText);
 
 /// The row's failed translation, as a user of the terminal can act on it.
 std::string translationFailureText(std::string_view error, std::string_view target);

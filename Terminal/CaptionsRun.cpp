@@ -232,7 +232,7 @@ void CaptionsRun::makeSession() {
         ListeningSession::Options{std::move(diagnostics), sound_.isFile() || sound_.isDemo()});
     delay_ = std::make_unique<RecogniserDelay>(program_.host, store().liveTranscriber());
     news_ = std::make_unique<SessionNews>(
-        *session_, program_.settings, target, program_.recordsSessions(),
+        store().view(), target, program_.recordsSessions(),
         SessionNews::Handlers{[this] { update(); }, [this](const std::string& text) { say(text); },
                               [this](const std::string& text) { output_.progress(text); },
                               [this](LiveSessionPhase phase) { handlePhase(phase); }});
@@ -265,9 +265,9 @@ Task<void> CaptionsRun::startListening() {
     store().selectSource(sound_.source());
     store().startListening(LiveSessionControlTrigger::programmatic());
     const bool listening = co_await started_;
-    if (!listening && store().startFailure() &&
-        *store().view().sessionPhase == LiveSessionPhase::failed)
-        throw RunFailure::ofStart(store().startFailure());
+    const SessionView& view = store().view();
+    if (!listening && view.startFailure && *view.sessionPhase == LiveSessionPhase::failed)
+        throw RunFailure::ofStart(view.startFailure);
 }
 
 Task<void> CaptionsRun::stopListening() {

@@ -30,18 +30,17 @@ class Printer {
         : out_(out), now_(std::move(now)), quiet_(quiet) {}
 
     void update(const CaptionPicture& picture) {
-        const CaptionCore& core = picture.core;
-        const auto& rows = *core.committedSegments;
+        const LiveCaptions& captions = picture.captions;
+        const CaptionCore::Rows& rows = *captions.committedSegments;
         for (; printed_ < rows.size(); ++printed_)
-            print(committed(core, rows[printed_]));
+            print(committed(captions, rows[printed_]));
         for (const std::size_t i : news_.take(rows, rows.size()))
             print(translation(rows, i, picture.target));
-        if (!(picture.preview == preview_))
-            printPreview(picture);
+        printPreview(picture);
         Json live = object("live");
-        live["leading"] = texts(*core.liveLeadingSentences);
-        live["soft"] = texts(*core.softCaptionSegments);
-        live["partial"] = core.currentPartial->sourceText;
+        live["leading"] = texts(*captions.liveLeadingSentences);
+        live["soft"] = texts(*captions.softCaptionSegments);
+        live["partial"] = captions.currentPartial->sourceText;
         Json shown = live;
         shown.erase("t");
         if (shown == shown_)
@@ -74,7 +73,7 @@ class Printer {
   private:
     Json object(const char* type) const { return {{"type", type}, {"t", now_()}}; }
 
-    Json committed(const CaptionCore& core, const CaptionSegment& row) const {
+    Json committed(const LiveCaptions& captions, const CaptionSegment& row) const {
         Json line = object("committed");
         line["id"] = row.id.text();
         line["text"] = row.sourceText;
@@ -83,8 +82,8 @@ class Printer {
         putIfPresent(line, "end", row.endedAt);
         putIfPresent(line, "firstSeenAt", row.firstSeenAt);
         line["revisions"] = row.revisionCount;
-        const auto words = core.wordEvents().find(row.id);
-        if (words == core.wordEvents().end())
+        const auto words = captions.wordEvents.find(row.id);
+        if (words == captions.wordEvents.end())
             return line;
         line["words"] = Json::array();
         for (const auto& event : words->second) {
@@ -113,11 +112,16 @@ class Printer {
     }
 
     void printPreview(const CaptionPicture& picture) {
-        preview_ = picture.preview;
+        const LiveCaptionDisplayFrame& frame = picture.frame;
+        if (frame.ghostTranslationText == preview_ &&
+            frame.ghostTranslationSourceText == previewSource_)
+            return;
+        preview_ = frame.ghostTranslationText;
+        previewSource_ = frame.ghostTranslationSourceText;
         Json line = object("preview");
         line["target"] = picture.target;
-        line["source"] = preview_.source;
-        line["text"] = preview_.text;
+        line["source"] = previewSource_;
+        line["text"] = preview_;
         print(line);
     }
 
@@ -132,7 +136,8 @@ class Printer {
     bool quiet_;
     std::size_t printed_ = 0;
     TranslationNews news_;
-    CaptionPreview preview_;
+    std::string preview_;
+    std::string previewSource_;
     Json shown_;
 };
 

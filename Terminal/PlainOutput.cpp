@@ -1,6 +1,7 @@
 #include "Terminal/CaptionOutput.h"
 #include "Terminal/TranslationNews.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/TextColumns.h"
 #include "TessaruneCore/translation/CommittedTranslationUnitPlanner.h"
 #include "TessaruneCore/translation/TranslationSegmentMutator.h"
 
@@ -22,7 +23,7 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
         : out_(out), errors_(errors), host_(host), quiet_(quiet) {}
 
     void update(const CaptionPicture& picture) {
-        core_ = &picture.core;
+        rows_ = &*picture.captions.committedSegments;
         target_ = picture.target;
         awaits_ = picture.awaitsTranslations;
         print();
@@ -30,7 +31,7 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
 
     void status(std::string_view text) const {
         if (!quiet_)
-            std::fprintf(errors_, "%.*s\n", static_cast<int>(text.size()), text.data());
+            std::fprintf(errors_, "%s\n", Text::printable(text).c_str());
     }
 
     void finish(const CaptionPicture& picture) {
@@ -42,7 +43,7 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
 
   private:
     void print() {
-        const CaptionCore::Rows& rows = *core_->committedSegments;
+        const CaptionCore::Rows& rows = *rows_;
         for (;;) {
             for (const std::size_t i : news_.take(rows, printed_))
                 printOutcome(rows, i);
@@ -55,7 +56,7 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
                 beginWait();
                 break;
             }
-            std::fprintf(out_, "%s\n", rows[printed_++].sourceText.c_str());
+            std::fprintf(out_, "%s\n", Text::printableLine(rows[printed_++].sourceText).c_str());
         }
         std::fflush(out_);
     }
@@ -73,7 +74,7 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
                              {sourceText(unitRows(rows, index)),
                               translationFailureText(*row.translationError, target_)}));
         else if (!row.translatedText->empty())
-            std::fprintf(out_, "\t%s\n", row.translatedText->c_str());
+            std::fprintf(out_, "\t%s\n", Text::printableLine(*row.translatedText).c_str());
     }
 
     void beginWait() {
@@ -97,7 +98,7 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
     std::FILE* errors_;
     Host& host_;
     bool quiet_;
-    const CaptionCore* core_ = nullptr;
+    const CaptionCore::Rows* rows_ = nullptr;
     std::string target_;
     bool awaits_ = false;
     std::size_t printed_ = 0;

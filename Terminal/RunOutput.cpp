@@ -3,6 +3,7 @@
 #include "Terminal/TerminalCursor.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/SystemErrors.h"
+#include "TessaruneCore/text/TextColumns.h"
 
 #include <unistd.h>
 
@@ -53,12 +54,12 @@ void RunOutput::progress(const std::string& text) {
     captions_.progress(text);
     if (!showsProgressBeside_)
         return;
-    std::fprintf(errors_.stream(), "\033[K%s\r", text.c_str());
+    std::fprintf(errors_.stream(), "\033[K%s\r", Text::printableLine(text).c_str());
     std::fflush(errors_.stream());
 }
 
 void RunOutput::warn(const std::string& text) const {
-    std::fprintf(errors_.stream(), "tessarune-terminal: %s\n", text.c_str());
+    std::fprintf(errors_.stream(), "tessarune-terminal: %s\n", Text::printable(text).c_str());
 }
 
 void RunOutput::handleChange() {

@@ -34,8 +34,13 @@ void append(Lines& to, Lines lines) {
     std::ranges::move(lines, std::back_inserter(to));
 }
 
+/// Lines of the terminal. Whatever a text holds, it is no order to the terminal.
+Lines wrapped(std::string_view text, std::size_t width) {
+    return Text::wrapped(Text::printableLine(text), width);
+}
+
 Lines indented(std::string_view text, std::size_t width) {
-    Lines lines = Text::wrapped(text, width > 2 * indent.size() ? width - indent.size() : width);
+    Lines lines = wrapped(text, width > 2 * indent.size() ? width - indent.size() : width);
     for (std::string& line : lines)
         line.insert(0, indent);
     return lines;
@@ -63,7 +68,7 @@ class Screen {
 
     void update(const CaptionPicture& picture) {
         const ScreenSize size = size_();
-        const CaptionCore::Rows& rows = *picture.core.committedSegments;
+        const CaptionCore::Rows& rows = *picture.captions.committedSegments;
         Lines settled = lateOutcomes(picture, size.columns);
         const Lines live = liveLines(picture, size);
         while (printed_ < rows.size() && isSettled(picture, rows[printed_]))
@@ -84,14 +89,14 @@ class Screen {
         if (quiet_)
             return;
         const std::size_t width = size_().columns;
-        rewrite(dimmed(Text::wrapped("· " + std::string(text), width)), shown_, width);
+        rewrite(dimmed(wrapped("· " + std::string(text), width)), shown_, width);
     }
 
     /// It stands below the live text until the end.
     void progress(std::string_view text) {
         if (quiet_)
             return;
-        progress_ = text;
+        progress_ = Text::printableLine(text);
         rewrite({}, shown_, size_().columns);
     }
 
@@ -116,11 +121,11 @@ class Screen {
     /// A committed row and what is known of its translation.
     static Lines rowLines(const CaptionPicture& picture, const CaptionSegment& row,
                           std::size_t width) {
-        Lines lines = Text::wrapped(row.sourceText, width);
+        Lines lines = wrapped(row.sourceText, width);
         if (showsOutcome(row))
             append(lines, outcomeLines(picture, row, width));
-        else if (isPreviewOf(picture.preview, std::span(&row, 1)))
-            append(lines, dimmed(indented(picture.preview.text, width)));
+        else if (hasPreviewOf(picture.frame, row.sourceText))
+            append(lines, dimmed(indented(picture.frame.ghostTranslationText, width)));
         return lines;
     }
 
@@ -134,17 +139,17 @@ class Screen {
 
     /// What has come for rows that scrolled up without it.
     Lines lateOutcomes(const CaptionPicture& picture, std::size_t width) {
-        const CaptionCore::Rows& rows = *picture.core.committedSegments;
+        const CaptionCore::Rows& rows = *picture.captions.committedSegments;
         Lines lines;
         for (const std::size_t i : news_.take(rows, printed_)) {
-            append(lines, dimmed(Text::wrapped("↑ " + sourceText(unitRows(rows, i)), width)));
+            append(lines, dimmed(wrapped("↑ " + sourceText(unitRows(rows, i)), width)));
             append(lines, outcomeLines(picture, rows[i], width));
         }
         return lines;
     }
 
     Lines waitingLines(const CaptionPicture& picture, std::size_t width) const {
-        const CaptionCore::Rows& rows = *picture.core.committedSegments;
+        const CaptionCore::Rows& rows = *picture.captions.committedSegments;
         Lines lines;
         for (std::size_t i = printed_; i < rows.size(); ++i)
             append(lines, rowLines(picture, rows[i], width));
@@ -152,12 +157,12 @@ class Screen {
     }
 
     static Lines liveLines(const CaptionPicture& picture, const ScreenSize& size) {
-        const CaptionCore& core = picture.core;
+        const LiveCaptionDisplayFrame& frame = picture.frame;
         Lines preview;
-        if (isPreviewOf(picture.preview, *core.liveLeadingSentences) ||
-            isPreviewOf(picture.preview, *core.softCaptionSegments))
-            preview = tail(indented(picture.preview.text, size.columns), mostPreviewLines);
-        Lines lines = tail(Text::wrapped(liveText(core), size.columns), mostLiveLines);
+        if (std::any_of(frame.liveTailRows.begin(), frame.liveTailRows.end(),
+                        [&](const auto& row) { return hasPreviewOf(frame, row.sourceText); }))
+            preview = tail(indented(frame.ghostTranslationText, size.columns), mostPreviewLines);
+        Lines lines = tail(wrapped(liveText(frame), size.columns), mostLiveLines);
         append(lines, std::move(preview));
         return dimmed(tail(std::move(lines), size.rows - 1));
     }

@@ -1,30 +1,28 @@
 #include "Terminal/SessionNews.h"
 
 #include "TessaruneCore/text/Text.h"
-#include "TessaruneCore/translation/TranslationPresentationBuilder.h"
 
 #include <utility>
 
 namespace tessarune {
 
-SessionNews::SessionNews(ListeningSession& session, const AppSettings& settings, std::string target,
-                         bool isRecorded, Handlers handlers)
-    : session_(session),
-      store_(session.store()),
-      view_(store_.view()),
-      settings_(settings),
+SessionNews::SessionNews(const SessionView& session, std::string target, bool isRecorded,
+                         Handlers handlers)
+    : view_(session),
       target_(std::move(target)),
       isRecorded_(isRecorded),
       handlers_(std::move(handlers)) {
     view_.captionDisplay.frame.onDidChange([this](const auto&) { handlers_.onChange(); });
     view_.isTranslationOver.onDidChange([this](bool) { handlers_.onChange(); });
     view_.sessionPhase.onDidChange(handlers_.onPhase);
+    view_.translation.translationStatusMessage.onDidChange(
+        [this](const std::string& text) { tellTranslationStatus(text); });
     observeStatus();
-    observeTranslation();
 }
 
 CaptionPicture SessionNews::picture() const {
-    return {store_.core, target_, !target_.empty() && !*view_.isTranslationOver, preview_};
+    return {*view_.captionDisplay.frame, view_.captions, target_,
+            !target_.empty() && !*view_.isTranslationOver};
 }
 
 void SessionNews::observeStatus() {
@@ -61,20 +59,6 @@ bool SessionNews::isWorthTelling() const {
         break;
     }
     return false;
-}
-
-void SessionNews::observeTranslation() {
-    // The source of a preview is known for certain only at the moment at which it arrives.
-    LiveTranscriptTranslation& translation = session_.translation();
-    translation.view().ghostTranslationText.onDidChange([this,
-                                                         &translation](const std::string& text) {
-        const std::string visible = TranslationPresentationBuilder::visibleGhostText(
-            text, *settings_.softTranslationEnabled);
-        preview_ = visible.empty() ? CaptionPreview()
-                                   : CaptionPreview{visible, translation.runtime().ghostSource()};
-    });
-    translation.view().translationStatusMessage.onDidChange(
-        [this](const std::string& text) { tellTranslationStatus(text); });
 }
 
 void SessionNews::tellTranslationStatus(const std::string& text) {

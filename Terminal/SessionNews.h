@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Terminal/CaptionOutput.h"
-#include "Tessarune/app/ListeningSession.h"
+#include "Tessarune/session/SessionView.h"
 
 #include <functional>
 #include <optional>
@@ -22,8 +22,7 @@ class SessionNews {
         std::function<void(LiveSessionPhase)> onPhase;
     };
     /// `target` is the language that is translated into; empty: none.
-    SessionNews(ListeningSession& session, const AppSettings& settings, std::string target,
-                bool isRecorded, Handlers handlers);
+    SessionNews(const SessionView& session, std::string target, bool isRecorded, Handlers handlers);
     SessionNews(const SessionNews&) = delete;
 
     /// Another language is translated into from now on; empty: none.
@@ -33,18 +32,13 @@ class SessionNews {
 
   private:
     void observeStatus();
-    void observeTranslation();
     bool isWorthTelling() const;
     void tellTranslationStatus(const std::string& text);
 
-    ListeningSession& session_;
-    const LiveTranscriptStore& store_;
     const SessionView& view_;
-    const AppSettings& settings_;
     std::string target_;
     const bool isRecorded_;
     const Handlers handlers_;
-    CaptionPreview preview_;
     std::string lastStatus_;
     std::optional<int> lastProgress_;
     std::set<std::string> toldTranslationStatus_;

@@ -42,7 +42,7 @@ void LiveSessionStop::request(const LiveSessionControlTrigger& trigger) {
     log().milestone("listen.stop.requested", fields, Importance::important);
     store_.applySessionTransition(transition);
     store_.inactivity_.stop();
-    store_.core.cancelPendingPartial();
+    store_.core_.cancelPendingPartial();
     store_.durationClock_.stop();
     store_.updateVisibleSourceTextFlag();
     isFinalizing_ = true;
@@ -104,17 +104,17 @@ LiveSessionStop::Step LiveSessionStop::beginFinalize() {
 void LiveSessionStop::sealLiveIntoCommitted() {
     const Step step = log().begin("listen.stop.seal");
     store_.takeMessageAway();
-    const std::size_t before = store_.core.committedSegments->size();
-    const std::vector<UUID> added = store_.core.sealLiveIntoHistory(store_.now());
+    const std::size_t before = store_.core_.committedSegments->size();
+    const std::vector<UUID> added = store_.core_.sealLiveIntoHistory(store_.now());
     if (!added.empty()) {
-        const CaptionCore::Rows& rows = *store_.core.committedSegments;
-        store_.recordingTracker_.journal(store_.core, std::span(rows).subspan(before));
+        const CaptionCore::Rows& rows = *store_.core_.committedSegments;
+        store_.recordingTracker_.journal(store_.core_, std::span(rows).subspan(before));
         store_.environment_.translation->startCommittedRun();
     }
     store_.updateLiveHistoryTextIfNeeded(true);
     store_.refreshCaptionDisplay("listen.stop.seal");
     LogFields fields = log().elapsed(step.startedAt);
-    fields.add("committedSegments", std::ssize(*store_.core.committedSegments))
+    fields.add("committedSegments", std::ssize(*store_.core_.committedSegments))
         .add("pendingTranslations", store_.environment_.translation->hasPendingTranslations());
     log().event("listen.stop.seal.done", fields);
     log().finish(step);
@@ -166,7 +166,7 @@ bool LiveSessionStop::persistTranscript() {
     LiveRecordingTracker& recording = store_.recordingTracker_;
     const auto timeline = HistoryWordTimeline::build(
         recording.currentStartedAt(), *store_.environment_.settings.selectedRecognitionOptionID,
-        *store_.core.committedSegments, store_.core.wordEvents());
+        *store_.core_.committedSegments, store_.core_.wordEvents());
     const TranscriptSnapshot texts = store_.textsToSave();
     const bool persisted =
         recording.saveTranscripts(texts.sourceText, texts.bilingualText, timeline);
@@ -209,8 +209,8 @@ void LiveSessionStop::bigCleanup() {
     translation.cancelGhostTranslation();
     translation.bigCleanup();
     translation.setPreparationIdle();
-    store_.core.clearDebugEvents();
-    store_.core.resetCounters();
+    store_.core_.clearDebugEvents();
+    store_.core_.resetCounters();
     const LiveSessionEnvironment& environment = store_.environment_;
     LiveResourceCleanup::releaseIdleResources(
         {environment.files, utilityQueue_, environment.returnMemory});
@@ -258,7 +258,7 @@ LogFields LiveSessionStop::triggerFields() const {
 }
 
 LogFields LiveSessionStop::liveCounts() const {
-    const CaptionCore& core = store_.core;
+    const CaptionCore& core = store_.core_;
     return {{"committedSegments", std::ssize(*core.committedSegments)},
             {"liveLeadingSentences", std::ssize(*core.liveLeadingSentences)},
             {"hasPartial", !Text::trimmed(core.currentPartial->sourceText).empty()}};

@@ -9,21 +9,6 @@
 
 namespace tessarune {
 
-/// A live caption changes many times a second; views hear of it through the display only.
-void LiveTranscriptStore::countCoreChanges() {
-    const auto count = [this](const auto&) {
-        ++pipelinePerf_.coreChangeNotifications;
-        ++pipelinePerf_.coreChangeObjectWillChangeSuppressed;
-    };
-    core.committedSegments.onWillChange(count);
-    core.liveLeadingSentences.onWillChange(count);
-    core.softCaptionSegments.onWillChange(count);
-    core.currentPartial.onWillChange(count);
-    core.lockCount.onWillChange(count);
-    core.finalCount.onWillChange(count);
-    core.debugEvents.onWillChange(count);
-}
-
 /// Calls `changed` with each value of a setting that is another than the one before.
 template <typename Value, typename Changed>
 void LiveTranscriptStore::observe(Setting<Value>& setting, Changed changed) {
@@ -54,24 +39,37 @@ void LiveTranscriptStore::observeSettings() {
 }
 
 void LiveTranscriptStore::configureCoreCallbacks() {
+    // A live caption changes many times a second; views hear of it through the display only.
+    const auto count = [this](const auto&) {
+        ++pipelinePerf_.coreChangeNotifications;
+        ++pipelinePerf_.coreChangeObjectWillChangeSuppressed;
+    };
+    core_.committedSegments.onWillChange(count);
+    core_.liveLeadingSentences.onWillChange(count);
+    core_.softCaptionSegments.onWillChange(count);
+    core_.currentPartial.onWillChange(count);
+    core_.lockCount.onWillChange(count);
+    core_.finalCount.onWillChange(count);
+    core_.debugEvents.onWillChange(count);
+
     const WeakSelf weak = weak_from_this();
-    core.onCommit = [weak](const CaptionCore::Rows& rows) {
+    core_.onCommit = [weak](const CaptionCore::Rows& rows) {
         if (const Self self = weak.lock())
             self->handleCommit(rows);
     };
-    core.onActivity = [weak](CaptionCore::Activity activity) {
+    core_.onActivity = [weak](CaptionCore::Activity activity) {
         if (const Self self = weak.lock())
             self->handleActivity(activity);
     };
-    core.onBoundaryDecision = [weak](const BoundaryObservation& observation) {
+    core_.onBoundaryDecision = [weak](const BoundaryObservation& observation) {
         if (const Self self = weak.lock())
             self->handleBoundaryDecision(observation);
     };
-    core.onSoftCaptionChange = [weak](const SoftCaptionObservation& observation) {
+    core_.onSoftCaptionChange = [weak](const SoftCaptionObservation& observation) {
         if (const Self self = weak.lock())
             self->environment_.diagnostics->recordSoftCaption(observation);
     };
-    core.onCorrection = [weak](const CorrectionObservation& observation) {
+    core_.onCorrection = [weak](const CorrectionObservation& observation) {
         if (const Self self = weak.lock())
             self->environment_.diagnostics->appendCorrection(observation);
     };
@@ -95,7 +93,7 @@ void LiveTranscriptStore::configureTranscriberCallbacks() {
     transcriber.onRecordingStarted =
         onMain<RecordingMetadata>([](Store& self, const RecordingMetadata& metadata) {
             const AppSettings& settings = self.environment_.settings;
-            self.recordingTracker_.handleStarted(metadata, *self.view_.isListening, self.core,
+            self.recordingTracker_.handleStarted(metadata, *self.view_.isListening, self.core_,
                                                  *settings.selectedRecognitionOptionID);
             if (self.recordingTracker_.currentID() == metadata.id && !*settings.recordLosslessAudio)
                 self.environment_.compressor.follow(metadata);
@@ -161,7 +159,7 @@ void LiveTranscriptStore::applyRecognition(const ASREvent& event) {
     // Speech is activity, however quiet it is.
     inactivity_.noteActivity();
     const double ingestedFrom = now();
-    core.ingest(event);
+    core_.ingest(event);
     const double ingest = now() - ingestedFrom;
     pipelinePerf_.coreIngestBusySeconds += ingest;
     pipelinePerf_.coreIngestMaxMS = std::max(pipelinePerf_.coreIngestMaxMS, ingest * 1000);
@@ -178,7 +176,7 @@ void LiveTranscriptStore::applyRecognition(const ASREvent& event) {
 void LiveTranscriptStore::handleGuessWithdrawn() {
     if (!*view_.isListening && *view_.sessionPhase != LiveSessionPhase::stopping)
         return;
-    core.withdrawOpenText();
+    core_.withdrawOpenText();
     updateVisibleSourceTextFlag();
     refreshCaptionDisplay("asr.withdrawn");
 }
@@ -235,7 +233,7 @@ void LiveTranscriptStore::handleCaptureEvent(const CaptureEvent& event) {
 // What the core's callbacks do, inside its operations
 
 void LiveTranscriptStore::handleCommit(const CaptionCore::Rows& rows) {
-    recordingTracker_.journal(core, rows);
+    recordingTracker_.journal(core_, rows);
     environment_.translation->startCommittedRun();
 }
 

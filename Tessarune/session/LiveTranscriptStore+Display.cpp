@@ -29,35 +29,31 @@ void LiveTranscriptStore::presentMessage(const std::string& text) {
     segment.sourceText = text;
     segment.startedAt = now();
     message_ = segment;
-    core.currentPartial = std::move(segment);
+    core_.currentPartial = std::move(segment);
 }
 
 /// Whether the live caption line is the program's own text and not speech.
 bool LiveTranscriptStore::showsMessage() const {
-    return message_ && core.currentPartial->id == message_->id &&
-           Text::equal(core.currentPartial->sourceText, message_->sourceText);
+    return message_ && core_.currentPartial->id == message_->id &&
+           Text::equal(core_.currentPartial->sourceText, message_->sourceText);
 }
 
 /// Before the live captions become history: what the program said was not heard.
 void LiveTranscriptStore::takeMessageAway() {
     if (showsMessage())
-        core.currentPartial.mutate([](CaptionSegment& row) { row.sourceText.clear(); });
+        core_.currentPartial.mutate([](CaptionSegment& row) { row.sourceText.clear(); });
     message_.reset();
 }
 
-bool LiveTranscriptStore::hasVisibleSourceText() const {
+void LiveTranscriptStore::updateVisibleSourceTextFlag() {
     const auto isVisible = [this](const CaptionSegment& row) {
         return !Text::trimmed(row.sourceText).empty() && !view_.clearedSegmentIDs->contains(row.id);
     };
-    const CaptionCore::Rows& committed = *core.committedSegments;
-    return isVisible(*core.currentPartial) ||
-           std::ranges::any_of(*core.softCaptionSegments, isVisible) ||
-           std::ranges::any_of(*core.liveLeadingSentences, isVisible) ||
-           std::any_of(committed.rbegin(), committed.rend(), isVisible);
-}
-
-void LiveTranscriptStore::updateVisibleSourceTextFlag() {
-    const bool visible = hasVisibleSourceText();
+    const CaptionCore::Rows& committed = *core_.committedSegments;
+    const bool visible = isVisible(*core_.currentPartial) ||
+                         std::ranges::any_of(*core_.softCaptionSegments, isVisible) ||
+                         std::ranges::any_of(*core_.liveLeadingSentences, isVisible) ||
+                         std::any_of(committed.rbegin(), committed.rend(), isVisible);
     if (visible == *view_.hasVisibleSourceTextFlag)
         return;
     view_.hasVisibleSourceTextFlag = visible;
@@ -75,17 +71,9 @@ SessionTranscriptBuilder::Sources sources(const CaptionCore& core, bool withPart
 } // namespace
 
 TranscriptSnapshot LiveTranscriptStore::exportTranscriptSnapshot() const {
-    const auto all = sources(core, !showsMessage());
+    const auto all = sources(core_, !showsMessage());
     return {SessionTranscriptBuilder::sourceText(all),
             SessionTranscriptBuilder::bilingualText(all)};
-}
-
-/// How many rows have a translation.
-std::size_t LiveTranscriptStore::translatedRows() const {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(*core.committedSegments, [](const CaptionSegment& row) {
-            return row.translatedText && !Text::trimmed(*row.translatedText).empty();
-        }));
 }
 
 void LiveTranscriptStore::updateLiveHistoryTextIfNeeded(bool force) {
@@ -95,7 +83,7 @@ void LiveTranscriptStore::updateLiveHistoryTextIfNeeded(bool force) {
         startedAt - liveHistoryTextLastUpdateWall_ < liveHistoryTextMinInterval)
         return;
     LiveHistoryText::Built built =
-        liveHistory_.build(*view_.liveHistoryText, sources(core, !showsMessage()));
+        liveHistory_.build(*view_.liveHistoryText, sources(core_, !showsMessage()));
     liveHistoryTextLastUpdateWall_ = startedAt;
     const double busy = now() - startedAt;
     ++pipelinePerf_.liveHistoryTextBuilds;

@@ -65,7 +65,7 @@ void LiveTranscriptStore::startListening(const LiveSessionControlTrigger& trigge
 }
 
 void LiveTranscriptStore::beginSession(const LiveSessionControlTrigger& trigger) {
-    startFailure_ = nullptr;
+    view_.startFailure = nullptr;
     stop_.sessionBegins();
     view_.outcome = std::optional<SessionOutcome>();
     applySessionTransition(sessionState_.beginStart());
@@ -155,7 +155,7 @@ void LiveTranscriptStore::failStart(const Start& start, const std::exception_ptr
     log_.milestone("listen.start.failed", fields, Importance::important);
     const auto transition = sessionState_.startFailed();
     if (transition && transition->presentStartFailure)
-        startFailure_ = failure; // in its place before anybody sees the phase
+        view_.startFailure = failure;
     applySessionTransition(transition);
     inactivity_.stop();
     if (!transition || !transition->presentStartFailure)
@@ -176,9 +176,9 @@ void LiveTranscriptStore::resetTranscriptForNewSession() {
     environment_.translation->resetForNewSession();
     message_.reset();
     isCaptureInterrupted_ = false;
-    core.reset(now());
+    core_.reset(now());
     view_.clearedSegmentIDs = std::unordered_set<UUID>();
-    core.resetCounters();
+    core_.resetCounters();
     recordingTracker_.reset();
     view_.latestBoundarySummary = std::string("—");
     inactivity_.forget();
@@ -274,18 +274,18 @@ void LiveTranscriptStore::selectRecognitionOption(const std::string& id) {
 
 void LiveTranscriptStore::recognitionOptionChanged(const std::string& id) {
     const auto option = ModelCatalog::recognitionOption(id);
-    core.logEvent("⇄", localized("切换引擎 → ") + (option ? option->title : id));
+    core_.logEvent("⇄", localized("切换引擎 → ") + (option ? option->title : id));
     if (!*view_.isListening)
         return;
 
     const bool hadRun = environment_.diagnostics->isRunning();
     if (hadRun)
         finishDiagnosticsSnapshot();
-    core.softCaptionSegments = CaptionCore::Rows();
-    core.liveLeadingSentences = CaptionCore::Rows();
-    core.committedSegments = CaptionCore::Rows();
+    core_.softCaptionSegments = CaptionCore::Rows();
+    core_.liveLeadingSentences = CaptionCore::Rows();
+    core_.committedSegments = CaptionCore::Rows();
     environment_.translation->cancelGhostTranslation();
-    core.resetFreezeState();
+    core_.resetFreezeState();
     presentMessage(localized("正在切换识别模型…"));
     updateVisibleSourceTextFlag();
     refreshCaptionDisplay("recognition.optionSwitch");

@@ -1,4 +1,5 @@
 #include "Tessarune/session/LiveTranscriptStore.h"
+#include "TessaruneCore/translation/TranslationPresentationBuilder.h"
 
 #include <vector>
 
@@ -6,12 +7,12 @@ namespace tessarune {
 
 void LiveTranscriptStore::changeCommittedSegments(
     const std::function<void(std::span<CaptionSegment>)>& change) {
-    const CaptionCore::Rows& rows = *core.committedSegments;
+    const CaptionCore::Rows& rows = *core_.committedSegments;
     std::vector<bool> wasTranslated;
     wasTranslated.reserve(rows.size());
     for (const CaptionSegment& row : rows)
         wasTranslated.push_back(row.translatedText.has_value());
-    core.committedSegments.mutate([&](CaptionCore::Rows& changed) { change(changed); });
+    core_.committedSegments.mutate([&](CaptionCore::Rows& changed) { change(changed); });
     for (std::size_t i = 0; i < rows.size(); ++i) {
         if (rows[i].translatedText.has_value() != wasTranslated[i])
             recordingTracker_.journalTranslation(rows[i]);
@@ -29,7 +30,7 @@ void LiveTranscriptStore::appendTranslationObservation(const TranslationObservat
 /// As they are saved: a text without any translation is no bilingual one.
 TranscriptSnapshot LiveTranscriptStore::textsToSave() {
     TranscriptSnapshot texts = exportTranscriptSnapshot();
-    savedTranslations_ = translatedRows();
+    savedTranslations_ = TranslationPresentationBuilder::translatedCount(*core_.committedSegments);
     if (savedTranslations_ == 0)
         texts.bilingualText.clear();
     return texts;
@@ -37,7 +38,8 @@ TranscriptSnapshot LiveTranscriptStore::textsToSave() {
 
 void LiveTranscriptStore::updatePersistedTranscriptIfStopped() {
     // Translations that were taken away stay saved until others have come in their place.
-    if (*view_.isListening || translatedRows() < savedTranslations_)
+    if (*view_.isListening || TranslationPresentationBuilder::translatedCount(
+                                  *core_.committedSegments) < savedTranslations_)
         return;
     using Outcome = RecordingTranscriptSaveOutcome;
     const TranscriptSnapshot texts = textsToSave();

@@ -22,7 +22,6 @@ std::shared_ptr<LiveTranscriptStore> LiveTranscriptStore::make(Environment envir
         environment.translation = std::make_shared<SessionTranslation>();
     Self self(new LiveTranscriptStore(std::move(environment)));
     self->environment_.translation->attach(*self);
-    self->countCoreChanges();
     self->observeSettings();
     self->configureCoreCallbacks();
     self->configureTranscriberCallbacks();
@@ -31,11 +30,11 @@ std::shared_ptr<LiveTranscriptStore> LiveTranscriptStore::make(Environment envir
 }
 
 LiveTranscriptStore::LiveTranscriptStore(Environment environment)
-    : core(LiveCaptionCoreFactory::make(environment.speech.host, environment.settings)),
-      environment_(std::move(environment)),
+    : environment_(std::move(environment)),
+      core_(LiveCaptionCoreFactory::make(host(), environment_.settings)),
       display_(host(), environment_.settings, *environment_.diagnostics,
                environment_.notifications),
-      view_(display_.store(), core, environment_.translation->view()),
+      view_(display_.store(), core_, environment_.translation->view()),
       log_(host(), environment_.speech.logger, *environment_.diagnostics),
       liveTranscriber_(LiveSystemAudioTranscriber::make(transcriberEnvironment(environment_))),
       recordingTracker_(host(), environment_.files, environment_.catalog,

@@ -43,15 +43,11 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     ~LiveTranscriptStore();
     LiveTranscriptStore(const LiveTranscriptStore&) = delete;
 
-    CaptionCore core;
     const SessionView& view() const { return view_; }
     const LiveSystemAudioTranscriber& liveTranscriber() const { return *liveTranscriber_; }
     const LiveRecordingTracker& recordingTracker() const { return recordingTracker_; }
-    /// Why the last start failed, for a front end that tells failures apart.
-    const std::exception_ptr& startFailure() const { return startFailure_; }
     /// A stop is under way. It ends in the phase `idle`, whatever fails.
     bool isStopping() const { return stop_.isRunning(); }
-    bool hasVisibleSourceText() const;
     TranscriptSnapshot exportTranscriptSnapshot() const;
     PerfStats mergedLivePerfStats() const;
 
@@ -87,7 +83,7 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     explicit LiveTranscriptStore(Environment environment);
 
     // LiveTranscriptStore+Translation.cpp: what the translation sees
-    const CaptionCore::Rows& committedSegments() const override { return *core.committedSegments; }
+    const CaptionCore::Rows& committedSegments() const override { return *core_.committedSegments; }
     /// Rows whose translation comes or goes are written to the journal too: a crash leaves them as
     /// they are.
     void
@@ -98,7 +94,6 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     TranscriptSnapshot textsToSave();
 
     // LiveTranscriptStore+Callbacks.cpp
-    void countCoreChanges();
     void observeSettings();
     template <typename Value, typename Changed>
     void observe(Setting<Value>& setting, Changed changed);
@@ -138,12 +133,12 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     void takeMessageAway();
     void updateVisibleSourceTextFlag();
     void updateLiveHistoryTextIfNeeded(bool force);
-    std::size_t translatedRows() const;
 
     Host& host() const { return environment_.speech.host; }
     double now() const { return host().now(); }
 
     const Environment environment_;
+    CaptionCore core_;
     LiveCaptionDisplay display_;
     SessionView view_;
     SessionLog log_;
@@ -152,7 +147,6 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     LiveSessionStateMachine sessionState_; // the authority on the phase
     LiveSessionStop stop_;
     std::uint64_t startNumber_ = 0;
-    std::exception_ptr startFailure_;
     bool isCaptureInterrupted_ = false; // and the status line says so
     SessionInactivityStop inactivity_;
     SessionDurationClock durationClock_;

@@ -11,6 +11,7 @@
 #include "TessaruneCore/UUID.h"
 #include "TessaruneCore/observation/Published.h"
 
+#include <exception>
 #include <optional>
 #include <string>
 #include <unordered_set>
@@ -71,6 +72,8 @@ struct SessionView {
     Published<bool> isTranslationOver{false};
     /// How much of the recording has been compressed, 0 to 1; nothing while none is.
     Published<std::optional<double>> audioCompressProgress;
+    /// Why the last start failed, for a front end that tells failures apart. Set before the phase.
+    std::exception_ptr startFailure;
     /// Of the session before; nothing from a start on, until that session has ended.
     Published<std::optional<SessionOutcome>> outcome;
     /// The last text that was shown as a failure in the live caption line.

@@ -61,8 +61,8 @@ void LiveSession::makeStore() {
 }
 
 void LiveSession::observe() {
-    store_->view().captionDisplay.frame.onDidChange([this](const auto&) {
-        output_.update({store_->core, {}, false, {}});
+    store_->view().captionDisplay.frame.onDidChange([this](const auto& frame) {
+        output_.update({frame, store_->view().captions, {}});
     });
     store_->view().sessionPhase.onDidChange([this](LiveSessionPhase phase) {
         if (phase == LiveSessionPhase::listening || phase == LiveSessionPhase::failed)
@@ -80,8 +80,8 @@ Task<void> LiveSession::run(std::filesystem::path file, std::function<void()> on
     store_->selectSource(sound_.source());
     store_->startListening(LiveSessionControlTrigger::programmatic());
     const bool listening = co_await started_;
-    if (!listening && store_->startFailure())
-        std::rethrow_exception(store_->startFailure());
+    if (!listening && store_->view().startFailure)
+        std::rethrow_exception(store_->view().startFailure);
     onListening();
     sound_.begin();
     const bool played = co_await ended_;
@@ -90,7 +90,7 @@ Task<void> LiveSession::run(std::filesystem::path file, std::function<void()> on
         Task<bool> waiting = sleep(Executor::main(program_.host), lookAgainSeconds);
         co_await waiting;
     }
-    output_.finish({store_->core, {}, false, {}});
+    output_.finish({*store_->view().captionDisplay.frame, store_->view().captions, {}});
     if (!played)
         throw std::runtime_error("the file broke off");
 }

@@ -119,7 +119,7 @@ void LongSession::say(const ASREventRecord& record) {
 }
 
 void LongSession::stop() {
-    const std::size_t rows = store_->core.committedSegments->size();
+    const std::size_t rows = store_->view().captions.committedSegments->size();
     store_->stopListening(LiveSessionControlTrigger::programmatic());
     host_.runUntilIdle(host_.now() + longestStop);
     const auto& saved = store_->recordingTracker().lastSavedID();
@@ -130,11 +130,11 @@ void LongSession::stop() {
 
 LongSession::Kept LongSession::kept() const {
     Kept kept;
-    for (const CaptionSegment& row : *store_->core.committedSegments) {
+    for (const CaptionSegment& row : *store_->view().captions.committedSegments) {
         kept.text += row.sourceText.size();
         kept.whole += sizeof row + heapBytes(row.sourceText);
     }
-    for (const auto& [id, words] : store_->core.wordEvents()) {
+    for (const auto& [id, words] : store_->view().captions.wordEvents) {
         kept.words += words.size();
         kept.whole += sizeof id + sizeof words + words.size() * sizeof(WordEvent);
         for (const WordEvent& word : words)

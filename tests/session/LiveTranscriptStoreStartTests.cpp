@@ -16,7 +16,9 @@ class LiveTranscriptStoreStartTests : public ::testing::Test {
         const auto lines = session.logLines(event);
         return lines.empty() ? "no event" : lines.back()[name].get<std::string>();
     }
-    const std::string& liveLine() { return session.store->core.currentPartial->sourceText; }
+    const std::string& liveLine() {
+        return session.store->view().captions.currentPartial->sourceText;
+    }
     bool isAtRest() {
         return session.server.openSources().empty() && session.catalog->recordings().empty();
     }
@@ -97,7 +99,7 @@ TEST_F(LiveTranscriptStoreStartTests, AFailureIsShownAndLeavesNothingBehind) {
         EXPECT_TRUE(liveLine().starts_with(c.message)) << liveLine();
         EXPECT_FALSE(liveLine().empty());
         EXPECT_EQ(field("listen.start.failed", "error"), liveLine());
-        EXPECT_NE(session.store->startFailure(), nullptr);
+        EXPECT_NE(session.store->view().startFailure, nullptr);
         EXPECT_EQ(session.refreshes.back(), "error.presentation");
         session.stop(); // nothing to stop
         EXPECT_EQ(session.phase(), Phase::failed);
@@ -214,7 +216,7 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherSourceEndsTheSessionAndBeginsTheNex
     EXPECT_EQ(field("listen.stop.requested", "trigger"), "settings.audioSource.switch");
     EXPECT_EQ(field("listen.start.task", "trigger"), "session.pendingRestart");
     EXPECT_FALSE(session.store->isStopping());
-    EXPECT_TRUE(session.store->core.committedSegments->empty());
+    EXPECT_TRUE(session.store->view().captions.committedSegments->empty());
     ASSERT_EQ(session.catalog->recordings().size(), 2U);
     EXPECT_EQ(session.transcript(session.catalog->recordings()[1].id), "Before the switch.");
 
@@ -234,7 +236,7 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherRecognitionModelTakesOverInTheSessi
     session.engine.script.prepareSeconds = 1;
     session.store->selectRecognitionOption(other);
     EXPECT_EQ(liveLine(), "正在切换识别模型…");
-    EXPECT_TRUE(session.store->core.committedSegments->empty());
+    EXPECT_TRUE(session.store->view().captions.committedSegments->empty());
     session.host.advanceBy(0.5);
     session.settings.selectedRecognitionOptionID = third; // the second never came to hear anything
     session.host.advanceBy(2);

@@ -55,7 +55,8 @@ TEST(LongSessionTests, NothingButTheTextAndTheSoundGrowsWithTheHours) {
     }
     EXPECT_EQ(hours[1], hours[0]);
     EXPECT_EQ(hours[2], hours[0]);
-    EXPECT_EQ(session.store->core.committedSegments->size(), static_cast<std::size_t>(said));
+    EXPECT_EQ(session.store->view().captions.committedSegments->size(),
+              static_cast<std::size_t>(said));
     const double elapsed =
         session.host.now() - *session.store->recordingTracker().currentStartedAt();
     session.stop();

@@ -33,7 +33,7 @@ class TranslatedLiveSession : public SimulatedSession {
         start();
         hear(2);
     }
-    const CaptionCore::Rows& rows() const { return *store->core.committedSegments; }
+    const CaptionCore::Rows& rows() const { return *store->view().captions.committedSegments; }
     /// Each row as its translation, "!" and its failure, or "?" while it waits.
     std::vector<std::string> shown() const {
         std::vector<std::string> texts;

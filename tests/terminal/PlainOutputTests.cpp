@@ -58,8 +58,12 @@ TEST_F(PlainOutputTests, AMissingTranslationHoldsUpOneRowForASecondAndThenNothin
 TEST_F(PlainOutputTests, WithoutTranslationNothingWaits) {
     awaits = false;
     commit("One.");
-    commit("Two.");
-    EXPECT_EQ(out.take(), "One.\nTwo.\n");
+    commit("T\033]0;wo\n.");
+    EXPECT_EQ(out.take(), "One.\nT\uFFFD]0;wo .\n") << "one row, one line, and no orders";
+    translate(0, 1, "\033[2JUn.");
+    EXPECT_EQ(out.take(), "\t\uFFFD[2JUn.\n");
+    output.status("mic \033c:\n  usb");
+    EXPECT_EQ(errors.take(), "mic \uFFFDc:\n  usb\n");
     finish();
     EXPECT_EQ(out.take() + errors.take(), "");
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Terminal/CaptionOutput.h"
+#include "Tessarune/display/LiveCaptionDisplayCache.h"
 #include "TessaruneCore/host/SimulatedHost.h"
 #include "TessaruneCore/translation/TranslationSegmentMutator.h"
 
@@ -48,7 +49,10 @@ class PrintedCaptions {
     CaptionOutput output;
     std::string target = "fr";
     bool awaits = true;
-    CaptionPreview preview;
+    struct Preview {
+        std::string text;
+        std::string source;
+    } preview;
 
     void commit(const std::string& text) {
         CaptionSegment row;
@@ -79,11 +83,26 @@ class PrintedCaptions {
         });
         update();
     }
-    CaptionPicture picture() const { return {core, target, awaits, preview}; }
+    CaptionPicture picture() {
+        const LiveCaptions captions = LiveCaptions::of(core);
+        cache_.update({*captions.committedSegments,
+                       *captions.liveLeadingSentences,
+                       *captions.softCaptionSegments,
+                       *captions.currentPartial,
+                       {}},
+                      true, nullptr);
+        frame_ = cache_.frame();
+        frame_.ghostTranslationText = preview.text;
+        frame_.ghostTranslationSourceText = preview.source;
+        return {frame_, captions, target, awaits};
+    }
     void update() { output.update(picture()); }
     void finish() { output.finish(picture()); }
 
   private:
+    LiveCaptionDisplayCache cache_{[] { return 0.0; }};
+    LiveCaptionDisplayFrame frame_;
+
     static std::vector<UUID> ids(const CaptionCore::Rows& rows, std::size_t first,
                                  std::size_t last) {
         std::vector<UUID> all;

@@ -103,11 +103,11 @@ TEST(ScreenOutputTests, NothingIsLostOrShownTwiceOnAnyScreen) {
             const std::size_t rows = sources.size();
             switch (below(6)) {
             case 0:
-                screen.live(std::string(below(80), 'x'));
+                screen.live((below(3) == 0 ? "x\033[2J\n" : "") + std::string(below(80), 'x'));
                 break;
             case 1:
                 if (below(2) == 0)
-                    screen.output.status("status");
+                    screen.output.status("mic\033[31m");
                 else
                     screen.output.progress("12 %");
                 break;

@@ -230,11 +230,11 @@ void SessionSimulation::speak() {
 
 void SessionSimulation::landTranslation() {
     LiveTranscriptStore& store = *session_.store;
-    if (store.core.committedSegments->empty())
+    if (store.view().captions.committedSegments->empty())
         return;
     note("translation");
-    const std::size_t row = upTo(store.core.committedSegments->size() - 1);
-    const UUID id = (*store.core.committedSegments)[row].id;
+    const std::size_t row = upTo(store.view().captions.committedSegments->size() - 1);
+    const UUID id = (*store.view().captions.committedSegments)[row].id;
     const LiveCaptionDisplayTranslationPatch patch{UUID::random(), {id}, id, "译文"};
     TranslatedCaptions& captions = *session_.translator->captions;
     captions.changeCommittedSegments([&](std::span<CaptionSegment> rows) {
@@ -285,7 +285,7 @@ void SessionSimulation::endKilled() {
     const bool isJournaled =
         id && !diskWasFaulty_ && session_.files.has(session_.catalog->journalURL(*id));
     std::vector<std::string> rows;
-    for (const CaptionSegment& row : *session_.store->core.committedSegments)
+    for (const CaptionSegment& row : *session_.store->view().captions.committedSegments)
         rows.push_back(row.sourceText);
     session_.files.failFrom = session_.files.operations + 1;
     session_.store->stopListening(Trigger::programmatic());
@@ -305,7 +305,8 @@ void SessionSimulation::endKilled() {
 
 void SessionSimulation::watch() {
     LiveTranscriptStore& store = *session_.store;
-    store.core.committedSegments.onDidChange([this](const auto& rows) { checkCommitted(rows); });
+    store.view().captions.committedSegments.onDidChange(
+        [this](const auto& rows) { checkCommitted(rows); });
     session_.diagnostics->onRefresh = [this](const std::string& reason) {
         if (reason == "asr.final")
             checkFinals();
@@ -371,7 +372,7 @@ void SessionSimulation::checkLifecycle(const SessionDiagnostics::LifecycleEntry&
 
 std::string SessionSimulation::committedText() const {
     std::string text;
-    for (const CaptionSegment& row : *session_.store->core.committedSegments)
+    for (const CaptionSegment& row : *session_.store->view().captions.committedSegments)
         text += (text.empty() ? "" : "\n") + row.sourceText;
     return text;
 }

@@ -80,8 +80,9 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
     }
 
     void watch() {
-        store->core.committedSegments.onWillChange([this](const auto& rows) { before_ = rows; });
-        store->core.committedSegments.onDidChange(
+        store->view().captions.committedSegments.onWillChange(
+            [this](const auto& rows) { before_ = rows; });
+        store->view().captions.committedSegments.onDidChange(
             [this](const CaptionCore::Rows& rows) { checkChange(rows); });
         store->view().sessionPhase.onDidChange([this](LiveSessionPhase phase) {
             if (phase == LiveSessionPhase::idle && !hasEnded_)
