@@ -11,30 +11,14 @@
 #include "Terminal/TranslationOffer.h"
 #include "Tessarune/app/ListeningSession.h"
 #include "Tessarune/audio/MediaFile.h"
-#include "Tessarune/history/HistoryItemLoader.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
 
-#include <algorithm>
-#include <system_error>
 #include <utility>
 
 namespace tessarune {
 
 namespace {
-
-/// How often the end of a stop is looked for, once the session is idle.
-constexpr double lookAgainSeconds = 0.01;
-
-/// Writes what the recogniser says to the log that the user asked for.
-class EventLogObserver final : public SessionDiagnostics {
-  public:
-    explicit EventLogObserver(EventLogFile& log) : log_(log) {}
-    void appendASREvent(const ASREvent& event) override { log_.append(event); }
-
-  private:
-    EventLogFile& log_;
-};
 
 /// Everything of one run, in one place that outlives all its callbacks.
 class CaptionsRun {
@@ -65,8 +49,6 @@ class CaptionsRun {
     void update();
     void handlePhase(LiveSessionPhase phase);
     Task<void> startListening();
-    Task<void> stopListening();
-    void tellSaved();
     void endWith(std::exception_ptr failure);
     bool isFast() const;
     std::string silenceHint() const;
@@ -83,7 +65,6 @@ class CaptionsRun {
     std::unique_ptr<ListeningSession> session_;
     std::unique_ptr<SessionNews> news_;
     std::unique_ptr<RecogniserDelay> delay_;
-    OneShot<bool> started_;
     OneShot<std::exception_ptr> ended_; ///< null for a good end
     bool interrupted_ = false;
 };
@@ -99,7 +80,6 @@ CaptionsRun::CaptionsRun(Program& program, const TerminalOptions& options, Capti
       sound_(program.host, {[this](const std::string& text) { say(text); },
                             [this](std::exception_ptr failure) { endWith(std::move(failure)); },
                             [this] { return delay_->heardSeconds(); }}),
-      started_(Executor::main(program.host)),
       ended_(Executor::main(program.host)) {}
 
 Task<bool> CaptionsRun::open() {
@@ -119,8 +99,8 @@ Task<void> CaptionsRun::run() {
     checkModel();
     prepare();
     makeSession();
-    Task<void> starting = startListening();
-    co_await starting;
+    if (!interrupted_)
+        co_await startListening();
     if (!ended_.hasValue()) {
         say(sound_.description() + silenceHint());
         sound_.begin();
@@ -139,9 +119,8 @@ Task<void> CaptionsRun::run() {
     Task<void> catchingUp = delay_->caughtUp([this] { return interrupted_; });
     co_await catchingUp;
     delay_->endProgress();
-    Task<void> stopping = stopListening();
-    co_await stopping;
-    tellSaved();
+    co_await session_->stop();
+    news_->tellSaved(program_.catalog, program_.files);
     if (eventLog_)
         eventLog_->close();
     if (failure)
@@ -169,23 +148,18 @@ void CaptionsRun::prepare() {
     // The sample is the program's own and no part of the user's history.
     if (sound_.isDemo())
         program_.recordNothing();
-    if (const std::string doubt = program_.recordingDoubt(); !doubt.empty()) {
-        program_.recordNothing();
-        if (command_.records)
-            output_.warn(doubt);
-    }
-    try {
-        const auto holder = program_.recordsSessions() ? program_.takeDataFolder() : std::nullopt;
-        if (holder)
-            throw RunFailure(ExitStatus::dataInUse,
-                             localized("%@ (process %lld) is already recording; to caption without "
-                                       "recording, add --no-record",
-                                       {holder->program, std::to_string(holder->processID)}));
-    } catch (const std::system_error& error) {
-        say(localized("Nothing can be recorded: %@", {error.what()}));
-        program_.recordNothing();
-    }
-    tellRepairs(program_.prepare());
+    const Application::Preparation found = program_.prepareToRecord();
+    if (!found.doubt.empty() && command_.records)
+        output_.warn(found.doubt);
+    if (found.holder)
+        throw RunFailure(
+            ExitStatus::dataInUse,
+            localized("%@ (process %lld) is already recording; to caption without "
+                      "recording, add --no-record",
+                      {found.holder->program, std::to_string(found.holder->processID)}));
+    if (!found.failure.empty())
+        say(localized("Nothing can be recorded: %@", {found.failure}));
+    tellRepairs(found.repairs);
 }
 
 void CaptionsRun::tellRepairs(const RecordingRepair::Report& report) const {
@@ -224,12 +198,10 @@ void CaptionsRun::checkModel() const {
 
 void CaptionsRun::makeSession() {
     const std::string target = translation_.choose();
-    std::shared_ptr<SessionDiagnostics> diagnostics;
-    if (eventLog_)
-        diagnostics = std::make_shared<EventLogObserver>(*eventLog_);
     session_ = std::make_unique<ListeningSession>(
         program_, sound_.server(),
-        ListeningSession::Options{std::move(diagnostics), sound_.isFile() || sound_.isDemo()});
+        ListeningSession::Options{eventLog_ ? eventLog_->observer() : nullptr,
+                                  sound_.isFile() || sound_.isDemo()});
     delay_ = std::make_unique<RecogniserDelay>(program_.host, store().liveTranscriber());
     news_ = std::make_unique<SessionNews>(
         store().view(), target, program_.recordsSessions(),
@@ -252,55 +224,16 @@ void CaptionsRun::handlePhase(LiveSessionPhase phase) {
             ended_.resume(std::current_exception());
         }
     }
-    if (phase == LiveSessionPhase::listening || phase == LiveSessionPhase::failed)
-        started_.resume(phase == LiveSessionPhase::listening);
     // It may end by itself, after a long silence.
-    if (phase == LiveSessionPhase::stopping || phase == LiveSessionPhase::failed) {
-        started_.resume(false);
+    if (phase == LiveSessionPhase::stopping || phase == LiveSessionPhase::failed)
         ended_.resume(nullptr);
-    }
 }
 
 Task<void> CaptionsRun::startListening() {
-    store().selectSource(sound_.source());
-    store().startListening(LiveSessionControlTrigger::programmatic());
-    const bool listening = co_await started_;
+    const bool listens = co_await session_->listen(sound_.source());
     const SessionView& view = store().view();
-    if (!listening && view.startFailure && *view.sessionPhase == LiveSessionPhase::failed)
+    if (!listens && view.startFailure && *view.sessionPhase == LiveSessionPhase::failed)
         throw RunFailure::ofStart(view.startFailure);
-}
-
-Task<void> CaptionsRun::stopListening() {
-    store().stopListening(LiveSessionControlTrigger::programmatic());
-    while (store().isStopping()) {
-        Task<bool> waiting = sleep(Executor::main(program_.host), lookAgainSeconds);
-        co_await waiting;
-    }
-}
-
-void CaptionsRun::tellSaved() {
-    const auto& outcome = *store().view().outcome;
-    if (!outcome)
-        return;
-    const bool isWhole = outcome->transcriptPersisted;
-    if (!isWhole)
-        say(store().view().status->text());
-    const auto& saved = outcome->recording;
-    if (!saved)
-        return;
-    const auto listed = HistoryItemLoader::load(program_.catalog, program_.files);
-    const auto item = std::ranges::find(listed, *saved, &HistoryItem::id);
-    if (item != listed.end())
-        say(localized(isWhole ? "Saved: --show %@  (%@)"
-                              : "Only the sound is kept: --show %@  (%@)",
-                      {saved->text().substr(0, 8), item->filePath.value_or("")}));
-    else if (const auto unlisted = program_.catalog.recording(*saved);
-             unlisted && !program_.files.exists(unlisted->filePath))
-        say(localized("The sound of the session is gone. Until the next session begins, --show %@ "
-                      "prints its transcript.",
-                      {saved->text().substr(0, 8)}));
-    else if (unlisted)
-        say(localized("The session was too short to be kept."));
 }
 
 void CaptionsRun::endWith(std::exception_ptr failure) {
@@ -332,7 +265,8 @@ void CaptionsRun::interrupt() {
     output_.giveUp();
     interrupted_ = true;
     sound_.giveUp();
-    started_.resume(false);
+    if (session_)
+        store().stopListening(LiveSessionControlTrigger::programmatic());
     ended_.resume(nullptr);
 }
 

@@ -1,7 +1,10 @@
 #include "Terminal/SessionNews.h"
 
+#include "Tessarune/history/HistoryItemLoader.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tessarune {
@@ -59,6 +62,31 @@ bool SessionNews::isWorthTelling() const {
         break;
     }
     return false;
+}
+
+void SessionNews::tellSaved(RecordingCatalog& catalog, FileSystem& files) const {
+    const auto& outcome = *view_.outcome;
+    if (!outcome)
+        return;
+    const bool isWhole = outcome->transcriptPersisted;
+    if (!isWhole)
+        handlers_.say(view_.status->text());
+    const auto& saved = outcome->recording;
+    if (!saved)
+        return;
+    const auto listed = HistoryItemLoader::load(catalog, files);
+    const auto item = std::ranges::find(listed, *saved, &HistoryItem::id);
+    if (item != listed.end())
+        handlers_.say(localized(isWhole ? "Saved: --show %@  (%@)"
+                                        : "Only the sound is kept: --show %@  (%@)",
+                                {saved->text().substr(0, 8), item->filePath.value_or("")}));
+    else if (const auto unlisted = catalog.recording(*saved);
+             unlisted && !files.exists(unlisted->filePath))
+        handlers_.say(localized("The sound of the session is gone. Until the next session begins, "
+                                "--show %@ prints its transcript.",
+                                {saved->text().substr(0, 8)}));
+    else if (unlisted)
+        handlers_.say(localized("The session was too short to be kept."));
 }
 
 void SessionNews::tellTranslationStatus(const std::string& text) {

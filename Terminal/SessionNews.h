@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Terminal/CaptionOutput.h"
+#include "Tessarune/app/Application.h"
 #include "Tessarune/session/SessionView.h"
 
 #include <functional>
@@ -29,6 +30,8 @@ class SessionNews {
     void setTarget(std::string target) { target_ = std::move(target); }
 
     CaptionPicture picture() const;
+    /// After the session: where what was recorded can be found.
+    void tellSaved(RecordingCatalog& catalog, FileSystem& files) const;
 
   private:
     void observeStatus();

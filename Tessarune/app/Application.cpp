@@ -13,6 +13,7 @@
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Localization.h"
 
+#include <system_error>
 #include <utility>
 
 namespace tessarune {
@@ -113,6 +114,23 @@ std::optional<DataFolderLock::Holder> Application::takeDataFolder() {
         return *holder;
     dataFolder_.emplace(std::move(std::get<DataFolderLock>(taken)));
     return std::nullopt;
+}
+
+Application::Preparation Application::prepareToRecord() {
+    Preparation found;
+    found.doubt = recordingDoubt();
+    if (!found.doubt.empty())
+        recordNothing();
+    try {
+        if (recordsSessions())
+            found.holder = takeDataFolder();
+    } catch (const std::system_error& error) {
+        found.failure = error.what();
+        recordNothing();
+    }
+    if (!found.holder)
+        found.repairs = prepare();
+    return found;
 }
 
 RecordingRepair::Report Application::prepare() {

@@ -81,6 +81,17 @@ struct Application {
     /// instead. Throws std::system_error where there can be no such folder.
     std::optional<DataFolderLock::Holder> takeDataFolder();
 
+    /// What a front end has to tell of the preparation of a run.
+    struct Preparation {
+        std::string doubt;   ///< `recordingDoubt`; where there is one, nothing is recorded
+        std::string failure; ///< why there can be no data folder, and nothing is recorded
+        std::optional<DataFolderLock::Holder> holder; ///< another program writes the data folder
+        RecordingRepair::Report repairs;
+    };
+    /// Sees to it that two programs never write one catalog, then runs the start-up services. They
+    /// do not run where another program has the folder: the front end decides what then.
+    Preparation prepareToRecord();
+
     /// The start-up services, see there. The data folder is put in order if it was taken.
     RecordingRepair::Report prepare();
 

@@ -11,6 +11,9 @@ namespace tessarune {
 
 namespace {
 
+/// How often the end of a stop is looked for.
+constexpr double lookAgainSeconds = 0.01;
+
 void forgetWhatIsLearned(OverridingUserDefaults& defaults) {
     using Key = PermissionsManager::Key;
     for (const Key key : {Key::systemAudioStatus, Key::speechStatus, Key::microphoneStatus})
@@ -21,7 +24,7 @@ void forgetWhatIsLearned(OverridingUserDefaults& defaults) {
 } // namespace
 
 ListeningSession::ListeningSession(Application& application, SoundServer& sound, Options options)
-    : permissionDefaults_(application.defaults) {
+    : host_(application.host), permissionDefaults_(application.defaults) {
     Host& host = application.host;
     if (options.forgetsPermissions)
         forgetWhatIsLearned(permissionDefaults_);
@@ -47,6 +50,28 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
                                         .scheduleHistoryRefinement = [](const auto&) {},
                                         .returnMemory = [] { malloc_trim(0); },
                                         .notifications = &application.notifications});
+}
+
+Task<bool> ListeningSession::listen(AudioSource source) {
+    OneShot<bool> started(Executor::main(host_));
+    const auto& phase = store_->view().sessionPhase;
+    const auto token = phase.onDidChange([&started](LiveSessionPhase now) {
+        if (now != LiveSessionPhase::preparing && now != LiveSessionPhase::loading)
+            started.resume(now == LiveSessionPhase::listening);
+    });
+    store_->selectSource(source);
+    store_->startListening(LiveSessionControlTrigger::programmatic());
+    if (!*store_->view().isListening)
+        started.resume(false); // another one is still being saved
+    const bool listens = co_await started;
+    phase.remove(token);
+    co_return listens;
+}
+
+Task<void> ListeningSession::stop() {
+    store_->stopListening(LiveSessionControlTrigger::programmatic());
+    while (store_->isStopping())
+        co_await sleep(Executor::main(host_), lookAgainSeconds);
 }
 
 } // namespace tessarune

@@ -5,6 +5,7 @@
 #include "Tessarune/audio/SoundServer.h"
 #include "Tessarune/session/LiveTranscriptStore.h"
 #include "Tessarune/translation/LiveTranscriptTranslation.h"
+#include "TessaruneCore/host/Task.h"
 
 #include <memory>
 
@@ -29,9 +30,16 @@ class ListeningSession {
 
     LiveTranscriptStore& store() { return *store_; }
     const LiveTranscriptStore& store() const { return *store_; }
+    /// Begins to listen. Resumes with true when the session listens, and with false when it will
+    /// not: the start failed (`view().startFailure`), or a stop overtook it.
+    Task<bool> listen(AudioSource source);
+    /// Ends the session and resumes when it is saved; at once where there is none.
+    Task<void> stop();
+
     LiveTranscriptTranslation& translation() { return *translation_; }
 
   private:
+    Host& host_;
     OverridingUserDefaults permissionDefaults_;
     std::unique_ptr<PermissionsManager> permissions_;
     SpeechEngine engine_; // outlives what the store still has running in it
