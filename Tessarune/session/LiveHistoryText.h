@@ -26,6 +26,8 @@ class LiveHistoryText {
     /// is long.
     Built build(std::string_view previous, const SessionTranscriptBuilder::Sources& sources);
 
+    double builtAt = 0; ///< for whoever paces it; seconds since 1970
+
   private:
     bool goesOn(std::string_view previous, std::span<const CaptionSegment> rows) const;
 

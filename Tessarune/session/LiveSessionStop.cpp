@@ -103,7 +103,7 @@ LiveSessionStop::Step LiveSessionStop::beginFinalize() {
 
 void LiveSessionStop::sealLiveIntoCommitted() {
     const Step step = log().begin("listen.stop.seal");
-    store_.takeMessageAway();
+    store_.message_.takeAway();
     const std::size_t before = store_.core_.committedSegments->size();
     const std::vector<UUID> added = store_.core_.sealLiveIntoHistory(store_.now());
     if (!added.empty()) {

@@ -9,20 +9,28 @@
 
 namespace tessarune {
 
-/// Calls `changed` with each value of a setting that is another than the one before.
+namespace {
+
+/// Calls `changed` with each value of the setting that differs from the one before, until `endings`
+/// are called.
 template <typename Value, typename Changed>
-void LiveTranscriptStore::observe(Setting<Value>& setting, Changed changed) {
+void observeSetting(std::vector<Block>& endings, Setting<Value>& setting, Changed changed) {
     const auto token = setting.published().onDidChange(
         [changed, before = std::make_shared<Value>(*setting)](const Value& value) {
             if (std::exchange(*before, value) != value)
                 changed(value);
         });
-    endObservations_.push_back([&setting, token] { setting.published().remove(token); });
+    endings.push_back([&setting, token] { setting.published().remove(token); });
 }
+
+} // namespace
 
 /// These take effect wherever they are changed from.
 void LiveTranscriptStore::observeSettings() {
     AppSettings& settings = environment_.settings;
+    const auto observe = [this](auto& setting, auto changed) {
+        observeSetting(endObservations_, setting, changed);
+    };
     observe(settings.diagnosticsLevel, [this](DiagnosticsLevel level) {
         TessaruneLog::setDiagnosticsLevel(level);
         view_.isDiagnosticsRunning = environment_.diagnostics->isRunning();
@@ -30,7 +38,7 @@ void LiveTranscriptStore::observeSettings() {
     observe(settings.selectedRecognitionOptionID,
             [this](const std::string& id) { recognitionOptionChanged(id); });
     // The translation has heard of it before and has done what follows from it.
-    const auto refreshOn = [this](auto& setting, const char* reason) {
+    const auto refreshOn = [this, observe](auto& setting, const char* reason) {
         observe(setting, [this, reason](const auto&) { refreshCaptionDisplay(reason); });
     };
     refreshOn(settings.translationTargetLanguage, "settings.translationTarget");
@@ -75,50 +83,46 @@ void LiveTranscriptStore::configureCoreCallbacks() {
     };
 }
 
-/// A callback that may come on any thread: a copy of its value goes to the main queue, and there to
-/// `body` while the store lives. The main queue keeps the order.
-template <typename Value, typename Body>
-std::function<void(const Value&)> LiveTranscriptStore::onMain(Body body) {
-    return [weak = weak_from_this(), &main = host(), body](const Value& value) {
-        main.post([weak, body, value] {
-            if (const Self self = weak.lock())
-                body(*self, value);
-        });
-    };
-}
-
 void LiveTranscriptStore::configureTranscriberCallbacks() {
     using Store = LiveTranscriptStore;
+    // Callbacks may come on any thread: a copy of the value goes to the main queue, which keeps the
+    // order, and there to `body` while the store lives.
+    const auto onMain = [weak = weak_from_this(), &main = host()](auto body) {
+        return [weak, &main, body](const auto& value) {
+            main.post([weak, body, value] {
+                if (const Self self = weak.lock())
+                    body(*self, value);
+            });
+        };
+    };
     LiveSystemAudioTranscriber& transcriber = *liveTranscriber_;
-    transcriber.onRecordingStarted =
-        onMain<RecordingMetadata>([](Store& self, const RecordingMetadata& metadata) {
-            const AppSettings& settings = self.environment_.settings;
-            self.recordingTracker_.handleStarted(metadata, *self.view_.isListening, self.core_,
-                                                 *settings.selectedRecognitionOptionID);
-            if (self.recordingTracker_.currentID() == metadata.id && !*settings.recordLosslessAudio)
-                self.environment_.compressor.follow(metadata);
-        });
-    transcriber.onASREvent = onMain<ASREvent>(
-        [](Store& self, const ASREvent& event) { self.handleRecognitionEvent(event); });
-    transcriber.onAppleRawResult = onMain<AppleSpeechAnalyzerRawResultRecord>(
-        [](Store& self, const AppleSpeechAnalyzerRawResultRecord& record) {
+    transcriber.onRecordingStarted = onMain([](Store& self, const RecordingMetadata& metadata) {
+        const AppSettings& settings = self.environment_.settings;
+        self.recordingTracker_.handleStarted(metadata, *self.view_.isListening, self.core_,
+                                             *settings.selectedRecognitionOptionID);
+        if (self.recordingTracker_.currentID() == metadata.id && !*settings.recordLosslessAudio)
+            self.environment_.compressor.follow(metadata);
+    });
+    transcriber.onASREvent =
+        onMain([](Store& self, const ASREvent& event) { self.handleRecognitionEvent(event); });
+    transcriber.onAppleRawResult =
+        onMain([](Store& self, const AppleSpeechAnalyzerRawResultRecord& record) {
             self.environment_.diagnostics->appendAppleRawResult(record);
         });
-    transcriber.onAppleSummaryResult = onMain<AppleSpeechAnalyzerSummaryRecord>(
-        [](Store& self, const AppleSpeechAnalyzerSummaryRecord& record) {
+    transcriber.onAppleSummaryResult =
+        onMain([](Store& self, const AppleSpeechAnalyzerSummaryRecord& record) {
             self.environment_.diagnostics->appendAppleSummaryResult(record);
         });
-    transcriber.onAppleFinalReconcile = onMain<AppleFinalReconcileDecisionRecord>(
-        [](Store& self, const AppleFinalReconcileDecisionRecord& record) {
+    transcriber.onAppleFinalReconcile =
+        onMain([](Store& self, const AppleFinalReconcileDecisionRecord& record) {
             self.environment_.diagnostics->appendAppleFinalReconcile(record);
         });
-    transcriber.onAudioBufferInfo = onMain<double>([](Store& self, double sampleRate) {
+    transcriber.onAudioBufferInfo = onMain([](Store& self, double sampleRate) {
         self.environment_.diagnostics->noteAudioBuffer(sampleRate);
     });
-    transcriber.onLevel =
-        onMain<double>([](Store& self, double level) { self.handleLevelEvent(level); });
-    transcriber.onError = onMain<std::string>(
-        [](Store& self, const std::string& message) { self.showError(message); });
+    transcriber.onLevel = onMain([](Store& self, double level) { self.handleLevelEvent(level); });
+    transcriber.onError =
+        onMain([](Store& self, const std::string& message) { self.showError(message); });
     transcriber.onGuessWithdrawn = [weak = weak_from_this(), &main = host()] {
         main.post([weak] {
             if (const Self self = weak.lock())
@@ -131,8 +135,8 @@ void LiveTranscriptStore::configureTranscriberCallbacks() {
                 self->handleSystemAudioSilent();
         });
     };
-    transcriber.onCaptureEvent = onMain<CaptureEvent>(
-        [](Store& self, const CaptureEvent& event) { self.handleCaptureEvent(event); });
+    transcriber.onCaptureEvent =
+        onMain([](Store& self, const CaptureEvent& event) { self.handleCaptureEvent(event); });
 }
 
 // What the transcriber's callbacks do on the main queue

@@ -18,31 +18,9 @@ void LiveTranscriptStore::refreshCaptionDisplay(const std::string& reason,
 }
 
 void LiveTranscriptStore::showError(const std::string& message) {
-    presentMessage(message);
+    message_.present(message, now());
     view_.presentedError = message;
     refreshCaptionDisplay("error.presentation");
-}
-
-void LiveTranscriptStore::presentMessage(const std::string& text) {
-    CaptionSegment segment;
-    segment.id = UUID::random();
-    segment.sourceText = text;
-    segment.startedAt = now();
-    message_ = segment;
-    core_.currentPartial = std::move(segment);
-}
-
-/// Whether the live caption line is the program's own text and not speech.
-bool LiveTranscriptStore::showsMessage() const {
-    return message_ && core_.currentPartial->id == message_->id &&
-           Text::equal(core_.currentPartial->sourceText, message_->sourceText);
-}
-
-/// Before the live captions become history: what the program said was not heard.
-void LiveTranscriptStore::takeMessageAway() {
-    if (showsMessage())
-        core_.currentPartial.mutate([](CaptionSegment& row) { row.sourceText.clear(); });
-    message_.reset();
 }
 
 void LiveTranscriptStore::updateVisibleSourceTextFlag() {
@@ -71,7 +49,7 @@ SessionTranscriptBuilder::Sources sources(const CaptionCore& core, bool withPart
 } // namespace
 
 TranscriptSnapshot LiveTranscriptStore::exportTranscriptSnapshot() const {
-    const auto all = sources(core_, !showsMessage());
+    const auto all = sources(core_, !message_.isShown());
     return {SessionTranscriptBuilder::sourceText(all),
             SessionTranscriptBuilder::bilingualText(all)};
 }
@@ -80,11 +58,11 @@ void LiveTranscriptStore::updateLiveHistoryTextIfNeeded(bool force) {
     // An empty text is always rebuilt, so that the first words appear at once.
     const double startedAt = now();
     if (!force && !view_.liveHistoryText->empty() &&
-        startedAt - liveHistoryTextLastUpdateWall_ < liveHistoryTextMinInterval)
+        startedAt - liveHistory_.builtAt < liveHistoryTextMinInterval)
         return;
     LiveHistoryText::Built built =
-        liveHistory_.build(*view_.liveHistoryText, sources(core_, !showsMessage()));
-    liveHistoryTextLastUpdateWall_ = startedAt;
+        liveHistory_.build(*view_.liveHistoryText, sources(core_, !message_.isShown()));
+    liveHistory_.builtAt = startedAt;
     const double busy = now() - startedAt;
     ++pipelinePerf_.liveHistoryTextBuilds;
     pipelinePerf_.liveHistoryTextBuildSeconds += busy;

@@ -31,10 +31,6 @@ struct LiveTranscriptStore::Start {
     LiveSessionControlTrigger trigger;
 };
 
-bool LiveTranscriptStore::isSuperseded(const Start& start) const {
-    return start.number != startNumber_;
-}
-
 void LiveTranscriptStore::toggleListening(const LiveSessionControlTrigger& trigger) {
     if (*view_.sessionPhase == LiveSessionPhase::stopping) {
         log_.milestone("listen.toggle.ignoredWhileStopping", trigger.logFields(),
@@ -61,10 +57,6 @@ void LiveTranscriptStore::startListening(const LiveSessionControlTrigger& trigge
     if (sessionState_.phase != LiveSessionPhase::idle &&
         sessionState_.phase != LiveSessionPhase::failed)
         return;
-    beginSession(trigger);
-}
-
-void LiveTranscriptStore::beginSession(const LiveSessionControlTrigger& trigger) {
     view_.startFailure = nullptr;
     stop_.sessionBegins();
     view_.outcome = std::optional<SessionOutcome>();
@@ -101,7 +93,7 @@ Task<void> LiveTranscriptStore::runStart(WeakSelf weak, Start start) {
         failure = std::current_exception();
     }
     // Another start has taken over: what happened to this one concerns nobody.
-    if (failure && !self->isSuperseded(start))
+    if (failure && start.number == self->startNumber_)
         self->failStart(start, failure);
 }
 
@@ -111,14 +103,14 @@ Task<void> LiveTranscriptStore::startSteps(Self self, Start start) {
     Task<void> asking = RecognitionPermissionGate::requestRequiredPermissions(
         self->environment_.permissions, start.source, start.optionID);
     co_await asking;
-    if (self->isSuperseded(start))
+    if (start.number != self->startNumber_)
         co_return;
     self->log_.milestone("listen.start.permissions.granted", self->log_.elapsed(start.startedAt));
     self->applySessionTransition(self->sessionState_.permissionsGranted());
     const double transcriberStartedAt = self->now();
     Task<void> starting = self->liveTranscriber_->start(start.source);
     co_await starting;
-    if (self->isSuperseded(start)) {
+    if (start.number != self->startNumber_) {
         // The newer start still waits for its permissions; the sound is this one's.
         self->liveTranscriber_->stop();
         self->discardRecording();
@@ -130,7 +122,10 @@ Task<void> LiveTranscriptStore::startSteps(Self self, Start start) {
     const auto transition = self->sessionState_.transcriberReady();
     self->applySessionTransition(transition);
     if (transition && transition->discardLateStartArtifacts) {
-        self->discardLateStart();
+        self->liveTranscriber_->stop();
+        self->discardRecording();
+        self->environment_.diagnostics->discardCurrentRun();
+        self->view_.isDiagnosticsRunning = self->environment_.diagnostics->isRunning();
         co_return;
     }
     self->stop_.sessionListens();
@@ -138,13 +133,6 @@ Task<void> LiveTranscriptStore::startSteps(Self self, Start start) {
         if (const Self still = weak.lock())
             still->handleAudioInactivityTimeout(idle, timeout);
     });
-}
-
-void LiveTranscriptStore::discardLateStart() {
-    liveTranscriber_->stop();
-    discardRecording();
-    environment_.diagnostics->discardCurrentRun();
-    view_.isDiagnosticsRunning = environment_.diagnostics->isRunning();
 }
 
 void LiveTranscriptStore::failStart(const Start& start, const std::exception_ptr& failure) {
@@ -174,7 +162,7 @@ void LiveTranscriptStore::discardRecording() {
 
 void LiveTranscriptStore::resetTranscriptForNewSession() {
     environment_.translation->resetForNewSession();
-    message_.reset();
+    message_.forget();
     isCaptureInterrupted_ = false;
     core_.reset(now());
     view_.clearedSegmentIDs = std::unordered_set<UUID>();
@@ -187,7 +175,7 @@ void LiveTranscriptStore::resetTranscriptForNewSession() {
     pipelinePerf_ = LiveCaptionPerfCounters();
     display_.resetPerfCounters();
     view_.liveHistoryText = std::string();
-    liveHistoryTextLastUpdateWall_ = 0;
+    liveHistory_.builtAt = 0;
     updateVisibleSourceTextFlag();
     refreshCaptionDisplay("session.reset");
 }
@@ -286,7 +274,7 @@ void LiveTranscriptStore::recognitionOptionChanged(const std::string& id) {
     core_.committedSegments = CaptionCore::Rows();
     environment_.translation->cancelGhostTranslation();
     core_.resetFreezeState();
-    presentMessage(localized("正在切换识别模型…"));
+    message_.present(localized("正在切换识别模型…"), now());
     updateVisibleSourceTextFlag();
     refreshCaptionDisplay("recognition.optionSwitch");
     spawn(Executor::main(host()), runSwap(weak_from_this(), startNumber_, hadRun));

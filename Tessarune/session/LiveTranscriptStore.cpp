@@ -8,14 +8,14 @@ namespace tessarune {
 namespace {
 
 LiveSystemAudioTranscriber::Environment
-transcriberEnvironment(const LiveTranscriptStore::Environment& environment) {
+transcriberEnvironment(const LiveSessionEnvironment& environment) {
     return {environment.speech, environment.sound, environment.settings, environment.permissions,
             environment.recorder};
 }
 
 } // namespace
 
-std::shared_ptr<LiveTranscriptStore> LiveTranscriptStore::make(Environment environment) {
+std::shared_ptr<LiveTranscriptStore> LiveTranscriptStore::make(LiveSessionEnvironment environment) {
     if (!environment.diagnostics)
         environment.diagnostics = std::make_shared<SessionDiagnostics>();
     if (!environment.translation)
@@ -29,7 +29,7 @@ std::shared_ptr<LiveTranscriptStore> LiveTranscriptStore::make(Environment envir
     return self;
 }
 
-LiveTranscriptStore::LiveTranscriptStore(Environment environment)
+LiveTranscriptStore::LiveTranscriptStore(LiveSessionEnvironment environment)
     : environment_(std::move(environment)),
       core_(LiveCaptionCoreFactory::make(host(), environment_.settings)),
       display_(host(), environment_.settings, *environment_.diagnostics,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessarune/session/LiveCaptionDisplay.h"
+#include "Tessarune/session/LiveCaptionMessage.h"
 #include "Tessarune/session/LiveCaptionPerfCounters.h"
 #include "Tessarune/session/LiveHistoryText.h"
 #include "Tessarune/session/LiveRecordingTracker.h"
@@ -38,8 +39,7 @@ namespace tessarune {
 class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTranscriptStore>,
                                   private TranslatedCaptions {
   public:
-    using Environment = LiveSessionEnvironment;
-    static std::shared_ptr<LiveTranscriptStore> make(Environment environment);
+    static std::shared_ptr<LiveTranscriptStore> make(LiveSessionEnvironment environment);
     ~LiveTranscriptStore();
     LiveTranscriptStore(const LiveTranscriptStore&) = delete;
 
@@ -80,7 +80,7 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
 
     struct Start; // on its way through its task
 
-    explicit LiveTranscriptStore(Environment environment);
+    explicit LiveTranscriptStore(LiveSessionEnvironment environment);
 
     // LiveTranscriptStore+Translation.cpp: what the translation sees
     const CaptionCore::Rows& committedSegments() const override { return *core_.committedSegments; }
@@ -95,12 +95,8 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
 
     // LiveTranscriptStore+Callbacks.cpp
     void observeSettings();
-    template <typename Value, typename Changed>
-    void observe(Setting<Value>& setting, Changed changed);
     void configureCoreCallbacks();
     void configureTranscriberCallbacks();
-    template <typename Value, typename Body>
-    std::function<void(const Value&)> onMain(Body body);
     void handleCommit(const CaptionCore::Rows& rows);
     void handleActivity(CaptionCore::Activity activity);
     void handleBoundaryDecision(const BoundaryObservation& observation);
@@ -111,13 +107,10 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     void handleCaptureEvent(const CaptureEvent& event);
 
     // LiveTranscriptStore+Lifecycle.cpp
-    void beginSession(const LiveSessionControlTrigger& trigger);
     static Task<void> runStart(WeakSelf weak, Start start);
     static Task<void> startSteps(Self self, Start start);
     void failStart(const Start& start, const std::exception_ptr& failure);
-    void discardLateStart();
     void discardRecording();
-    bool isSuperseded(const Start& start) const;
     void resetTranscriptForNewSession();
     void startDiagnostics(const AudioSource& source);
     void finishDiagnosticsSnapshot();
@@ -128,17 +121,15 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     void applySessionTransition(const std::optional<LiveSessionTransition>& transition);
 
     // LiveTranscriptStore+Display.cpp
-    void presentMessage(const std::string& text);
-    bool showsMessage() const;
-    void takeMessageAway();
     void updateVisibleSourceTextFlag();
     void updateLiveHistoryTextIfNeeded(bool force);
 
     Host& host() const { return environment_.speech.host; }
     double now() const { return host().now(); }
 
-    const Environment environment_;
+    const LiveSessionEnvironment environment_;
     CaptionCore core_;
+    LiveCaptionMessage message_{core_};
     LiveCaptionDisplay display_;
     SessionView view_;
     SessionLog log_;
@@ -151,11 +142,9 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     SessionInactivityStop inactivity_;
     SessionDurationClock durationClock_;
     LiveCaptionPerfCounters pipelinePerf_;
-    double liveHistoryTextLastUpdateWall_ = 0;
     LiveHistoryText liveHistory_;
-    std::size_t savedTranslations_ = 0;     // rows that had one when they were saved
-    std::optional<CaptionSegment> message_; // what `presentMessage` put in the live caption line
-    std::vector<Block> endObservations_;    // of settings
+    std::size_t savedTranslations_ = 0;  // rows that had one when they were saved
+    std::vector<Block> endObservations_; // of settings
 };
 
 } // namespace tessarune
