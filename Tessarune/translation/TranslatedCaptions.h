@@ -30,7 +30,7 @@ class TranslatedCaptions {
     virtual void appendTranslationObservation(const TranslationObservation& observation) = 0;
 
   protected:
-    virtual ~TranslatedCaptions() = default;
+    ~TranslatedCaptions() = default;
 };
 
 } // namespace tessarune

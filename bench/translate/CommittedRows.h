@@ -14,7 +14,7 @@ namespace tessarune {
 
 /// The translation half of a session with rows that are committed one by one, and the time that
 /// each of its translations spent where. Main queue; into Brazilian Portuguese.
-class CommittedRows : TranslatedCaptions {
+class CommittedRows final : TranslatedCaptions {
   public:
     CommittedRows(Host& host, std::shared_ptr<TranslationService> service);
     ~CommittedRows();

@@ -15,7 +15,7 @@ namespace tessarune::testing {
 
 /// A session reduced to its translation: caption rows, settings, and a translator over a scripted
 /// service, on simulated time.
-struct TranslatedSession : TranslatedCaptions {
+struct TranslatedSession final : TranslatedCaptions {
     explicit TranslatedSession(std::uint64_t seed = 0) : host(1000, seed) {
         settings.translationTargetLanguage = "fr";
         translation->attach(*this);
