@@ -15,12 +15,12 @@ namespace tessarune::testing {
 
 /// A session reduced to its translation: caption rows, settings, and a translator over a scripted
 /// service, on simulated time.
-struct TranslatedSession final : TranslatedCaptions {
+struct TranslatedSession : TranslatedCaptions {
     explicit TranslatedSession(std::uint64_t seed = 0) : host(1000, seed) {
         settings.translationTargetLanguage = "fr";
         translation->attach(*this);
     }
-    ~TranslatedSession() {
+    virtual ~TranslatedSession() {
         translation->shutDown();
         host.runUntilIdle(); // what still hangs in the service ends before the host does
         host.end();
