@@ -145,5 +145,19 @@ TEST_F(CaptionWindowTests, KeepsTheNewestLineInSightUntilTheReaderScrollsBack) {
     EXPECT_FALSE(view->property("reviewing").toBool());
 }
 
+TEST_F(CaptionWindowTests, ReturnsToItsPlaceAndToNoneThatIsOutOfReach) {
+    const QRect place(40, 30, 500, 250);
+    captions.window->window().setGeometry(place);
+    captions.window->hide();
+    captions.window.reset();
+    captions.open();
+    EXPECT_EQ(captions.window->window().geometry(), place);
+    captions.window->window().setGeometry({5000, 5000, 500, 250});
+    captions.window->hide();
+    captions.window.reset();
+    captions.open();
+    EXPECT_LT(captions.window->window().x(), 5000);
+}
+
 } // namespace
 } // namespace tessarune

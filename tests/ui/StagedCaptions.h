@@ -30,10 +30,12 @@ class StagedCaptions {
             settings,
             session,
             {},
+            notice,
+            defaults,
             {[this](const auto&) { asked.emplace_back("toggle"); },
              [this](const AudioSource& source) { asked.push_back(source.logName()); },
              [this] { asked.emplace_back("refresh"); }, [this] { asked.emplace_back("retry"); },
-             [this] { asked.emplace_back("close"); }}});
+             [this] { notice = std::string(); }, [this] { asked.emplace_back("close"); }}});
         window->show();
     }
 
@@ -81,6 +83,7 @@ class StagedCaptions {
     SessionTranslation noTranslation;
     CaptionCore core = LiveCaptionCoreFactory::make(host, settings);
     SessionView session{display, core, noTranslation.view()};
+    Published<std::string> notice;
     LiveCaptionDisplayFrame frame = LiveCaptionDisplayFrame::empty();
     std::vector<std::string> asked; ///< the commands that the window gave
     std::unique_ptr<CaptionWindow> window;

@@ -33,6 +33,7 @@ CaptionToolbarModel::CaptionToolbarModel(const CaptionWindowEnvironment& environ
         Q_EMIT sourcesChanged();
         Q_EMIT sessionChanged();
     });
+    observations_.follow(environment_.notice, announce(&CaptionToolbarModel::noticeChanged));
     observations_.follow(settings_.state, announce(&CaptionToolbarModel::settingsChanged));
     observations_.follow(session().sessionPhase, [this] {
         followLevel();
@@ -137,6 +138,10 @@ bool CaptionToolbarModel::isTrouble() const {
     const Kind kind = session().status->kind;
     return *session().sessionPhase == LiveSessionPhase::failed || kind == Kind::interrupted ||
            kind == Kind::compressionFailed || kind == Kind::transcriptNotSaved;
+}
+
+QString CaptionToolbarModel::dismissText() const {
+    return text("知道了");
 }
 
 QString CaptionToolbarModel::duration() const {

@@ -29,6 +29,8 @@ class CaptionToolbarModel final : public QObject {
     /// The status needs the reader's attention: it is shown over the captions.
     Q_PROPERTY(bool showsStatus READ showsStatus NOTIFY sessionChanged)
     Q_PROPERTY(bool isTrouble READ isTrouble NOTIFY sessionChanged)
+    Q_PROPERTY(QString notice READ notice NOTIFY noticeChanged)
+    Q_PROPERTY(QString dismissText READ dismissText CONSTANT)
     Q_PROPERTY(QString duration READ duration NOTIFY durationChanged)
     Q_PROPERTY(double level READ level NOTIFY levelChanged) ///< 0 to 1
 
@@ -54,6 +56,8 @@ class CaptionToolbarModel final : public QObject {
     QString status() const;
     bool showsStatus() const;
     bool isTrouble() const;
+    QString notice() const { return QString::fromStdString(*environment_.notice); }
+    QString dismissText() const;
     QString duration() const;
     double level() const { return level_; }
 
@@ -75,12 +79,14 @@ class CaptionToolbarModel final : public QObject {
     Q_INVOKABLE void togglePin() const;
     Q_INVOKABLE void cycleLayout() const;
     Q_INVOKABLE void swapOrder() const;
+    Q_INVOKABLE void dismissNotice() const { environment_.commands.dismissNotice(); }
 
   Q_SIGNALS:
     void sessionChanged();
     void sourcesChanged();
     void durationChanged();
     void levelChanged();
+    void noticeChanged();
     void settingsChanged();
 
   private:

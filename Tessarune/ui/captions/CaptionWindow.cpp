@@ -47,6 +47,8 @@ CaptionWindow::CaptionWindow(CaptionWindowEnvironment environment)
     if (engine_.rootObjects().isEmpty())
         qFatal("the caption window's files cannot be loaded");
     window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
+    place_ = std::make_unique<CaptionWindowPlace>(*window_, environment_.store);
+    place_->restore();
 }
 
 void CaptionWindow::show() {
@@ -56,6 +58,7 @@ void CaptionWindow::show() {
 }
 
 void CaptionWindow::hide() {
+    place_->save();
     window_->hide();
 }
 

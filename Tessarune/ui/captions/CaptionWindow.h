@@ -4,9 +4,11 @@
 #include "Tessarune/ui/captions/CaptionToolbarModel.h"
 #include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
 #include "Tessarune/ui/captions/CaptionWindowModel.h"
+#include "Tessarune/ui/captions/CaptionWindowPlace.h"
 
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
+#include <memory>
 
 namespace tessarune {
 
@@ -30,6 +32,7 @@ class CaptionWindow {
     CaptionToolbarModel toolbar_;
     QQmlApplicationEngine engine_;
     QQuickWindow* window_ = nullptr; // the engine's
+    std::unique_ptr<CaptionWindowPlace> place_;
 };
 
 } // namespace tessarune

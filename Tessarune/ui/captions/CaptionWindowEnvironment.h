@@ -18,6 +18,7 @@ struct CaptionWindowEnvironment {
         std::function<void(const AudioSource&)> selectSource;
         std::function<void()> refreshInputDevices;
         std::function<void()> retryTranslation;
+        std::function<void()> dismissNotice;
         /// The user closed the window; it is hidden already.
         std::function<void()> close;
     };
@@ -27,6 +28,10 @@ struct CaptionWindowEnvironment {
     const SessionView& session;
     /// What is heard where the sound is no source of the computer's; empty otherwise.
     std::string soundName;
+    /// What the program itself has to say, until the user has read it; empty: nothing.
+    const Published<std::string>& notice;
+    /// Where the window keeps its place.
+    UserDefaults& store;
     Commands commands;
 };
 

@@ -13,7 +13,6 @@
 #include <QGuiApplication>
 #include <iostream>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 namespace tessarune {
@@ -40,8 +39,9 @@ class DesktopProgram {
 
   private:
     CaptionWindowEnvironment windowEnvironment();
-    void takeDataFolder();
-    void tell(const std::string& text);
+    void prepare();
+    /// Shows the text until the user has read it.
+    void tell(const std::string& text) { notice_ = text; }
     Task<void> connect();
     void toggle(const LiveSessionControlTrigger& trigger);
     Task<void> connectAndStart(LiveSessionControlTrigger trigger);
@@ -53,6 +53,8 @@ class DesktopProgram {
     DesktopSound sound_;
     ListeningSession session_;
     TessaruneListeningLifecycleHandler lifecycle_;
+    Published<std::string> notice_;
+    std::string soundProblem_; // what was said of it last
     std::unique_ptr<CaptionWindow> window_;
     bool hasSound_ = false;
     bool isConnecting_ = false;
@@ -69,8 +71,7 @@ DesktopProgram::DesktopProgram(TerminationSignals& signals,
 }
 
 int DesktopProgram::run() {
-    takeDataFolder();
-    application_.prepare();
+    prepare();
     window_ = std::make_unique<CaptionWindow>(windowEnvironment());
     window_->show();
     // A file is there to be heard; what else is heard is the user's choice.
@@ -86,35 +87,28 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
             application_.settings,
             store().view(),
             sound_.name(),
+            notice_,
+            application_.storedDefaults,
             {[this](const auto& trigger) { toggle(trigger); },
              [this](const AudioSource& source) { store().selectSource(source); },
              [this] { store().refreshInputDevices(); },
              [this] { session_.translation().retryIncompleteTranslations(); },
-             [this] { close(); }}};
+             [this] { notice_ = std::string(); }, [this] { close(); }}};
 }
 
-/// Two programs must never write one catalog; without it captions go on unrecorded.
-void DesktopProgram::takeDataFolder() {
-    if (const std::string doubt = application_.recordingDoubt(); !doubt.empty()) {
+/// Where nothing can be recorded, captions go on and the user hears why.
+void DesktopProgram::prepare() {
+    const Application::Preparation found = application_.prepareToRecord();
+    if (found.holder) {
         application_.recordNothing();
-        tell(doubt);
-    }
-    if (!application_.recordsSessions())
-        return;
-    try {
-        const auto holder = application_.takeDataFolder();
-        if (!holder)
-            return;
+        application_.prepare();
         tell(localized("%@（进程 %lld）正在录音；这里的字幕不会保存。",
-                       {holder->program, std::to_string(holder->processID)}));
-    } catch (const std::system_error& error) {
-        tell(localized("Nothing can be recorded: %@", {error.what()}));
+                       {found.holder->program, std::to_string(found.holder->processID)}));
+    } else if (!found.failure.empty()) {
+        tell(localized("Nothing can be recorded: %@", {found.failure}));
+    } else {
+        tell(found.doubt);
     }
-    application_.recordNothing();
-}
-
-void DesktopProgram::tell(const std::string& text) {
-    store().showError(text);
 }
 
 Task<void> DesktopProgram::connect() {
@@ -125,8 +119,9 @@ Task<void> DesktopProgram::connect() {
     hasSound_ = problem.empty();
     if (hasSound_)
         store().refreshInputDevices();
-    else
+    if (!hasSound_ || *notice_ == soundProblem_)
         tell(problem);
+    soundProblem_ = problem;
 }
 
 void DesktopProgram::toggle(const LiveSessionControlTrigger& trigger) {

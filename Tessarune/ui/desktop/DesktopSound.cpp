@@ -30,7 +30,7 @@ Task<std::string> DesktopSound::connect() {
         Task<void> connecting = server_->connect(Executor::main(host_));
         co_await connecting;
     } catch (const SoundServerError& error) {
-        problem = localized("no sound server: %@", {error.what()});
+        problem = localized("There is no sound server: %@", {error.what()});
     } catch (const std::exception& error) {
         problem = error.what();
     }

@@ -75,6 +75,8 @@ const Picture pictures[] = {
          talk(c);
          c.frame.translationStatus = {"2 条字幕没有译文", true, true};
      }},
+    {"notice",
+     [](auto& c) { c.notice = localized("There is no sound server: %@", {"Connection refused"}); }},
     {"first-words",
      [](auto& c) {
          c.enter(LiveSessionPhase::listening, Kind::none);

@@ -12,12 +12,16 @@ Window {
     title: "Tessarune"
     color: "transparent"
     flags: Qt.Window | Qt.FramelessWindowHint | (model.keepsOnTop ? Qt.WindowStaysOnTopHint : 0)
-    width: Math.min(940, Screen.desktopAvailableWidth - 40)
+    width: 940
     height: 400
     minimumWidth: 380
     minimumHeight: 180
-    x: Screen.virtualX + (Screen.width - width) / 2
-    y: Screen.virtualY + Screen.height - height - 96
+    // Once, and no bindings: from then on the window stands where the user puts it.
+    Component.onCompleted: {
+        width = Math.min(width, Screen.width - 40);
+        x = Screen.virtualX + (Screen.width - width) / 2;
+        y = Screen.virtualY + Math.max(0, Screen.height - height - 96);
+    }
     onClosing: close => {
         close.accepted = false;
         window.model.close();

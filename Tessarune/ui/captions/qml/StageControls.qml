@@ -10,12 +10,23 @@ Item {
     required property bool reviewing
     signal returnRequested
 
-    Row {
+    Column {
         anchors { horizontalCenter: parent.horizontalCenter; bottom: parent.bottom; bottomMargin: 14 }
         spacing: 8
 
         Pill {
+            visible: root.toolbar.notice !== ""
+            anchors.horizontalCenter: parent.horizontalCenter
+            text: root.toolbar.notice
+            isTrouble: true
+            action: root.toolbar.dismissText
+            maximumWidth: root.width - 56
+            onActivated: root.toolbar.dismissNotice()
+        }
+
+        Pill {
             visible: root.toolbar.showsStatus
+            anchors.horizontalCenter: parent.horizontalCenter
             text: root.toolbar.status
             isBusy: root.toolbar.isBusy
             isTrouble: root.toolbar.isTrouble
@@ -24,6 +35,7 @@ Item {
 
         Pill {
             visible: !root.toolbar.showsStatus && !root.reviewing && root.stage.translationStatus !== ""
+            anchors.horizontalCenter: parent.horizontalCenter
             text: root.stage.translationStatus
             action: root.stage.canRetry ? root.stage.retryText : ""
             maximumWidth: root.width - 56
@@ -32,6 +44,7 @@ Item {
 
         Pill {
             visible: root.reviewing
+            anchors.horizontalCenter: parent.horizontalCenter
             action: root.stage.newestText
             maximumWidth: root.width - 56
             onActivated: root.returnRequested()
