@@ -5,13 +5,13 @@
 #include "Terminal/RecogniserDelay.h"
 #include "Terminal/RunFailure.h"
 #include "Terminal/RunOutput.h"
+#include "Terminal/RunPreparation.h"
 #include "Terminal/RunTranslation.h"
 #include "Terminal/SessionNews.h"
 #include "Terminal/SignalWatch.h"
 #include "Terminal/TranslationOffer.h"
 #include "Tessarune/app/ListeningSession.h"
 #include "Tessarune/audio/MediaFile.h"
-#include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <utility>
@@ -40,11 +40,7 @@ class CaptionsRun {
     Task<ExitStatus> finish(ExitStatus status, std::string problem);
 
   private:
-    void overrideSettings();
-    void prepare();
-    void tellRepairs(const RecordingRepair::Report& report) const;
     void checkEventLog();
-    void checkModel() const;
     void makeSession();
     void update();
     void handlePhase(LiveSessionPhase phase);
@@ -83,7 +79,7 @@ CaptionsRun::CaptionsRun(Program& program, const TerminalOptions& options, Capti
       ended_(Executor::main(program.host)) {}
 
 Task<bool> CaptionsRun::open() {
-    overrideSettings();
+    RunPreparation::overrideSettings(program_, command_);
     try {
         co_await sound_.open(command_);
     } catch (const RunFailure&) {
@@ -96,8 +92,11 @@ Task<bool> CaptionsRun::open() {
 }
 
 Task<void> CaptionsRun::run() {
-    checkModel();
-    prepare();
+    RunPreparation::checkModel(program_);
+    // The sample is the program's own and no part of the user's history.
+    if (sound_.isDemo())
+        program_.recordNothing();
+    RunPreparation::prepareToRecord(program_, command_, output_);
     makeSession();
     if (!interrupted_)
         co_await startListening();
@@ -127,73 +126,11 @@ Task<void> CaptionsRun::run() {
         std::rethrow_exception(failure);
 }
 
-void CaptionsRun::overrideSettings() {
-    AppSettings& settings = program_.settings;
-    if (!command_.records)
-        program_.recordNothing();
-    // A terminal session runs until the user stops it, unless the setting is stored; a file ends.
-    if (std::holds_alternative<FileSource>(command_.source) ||
-        !settings.audioInactivityAutoStopMinutes.isStored())
-        program_.override(settings.audioInactivityAutoStopMinutes, std::int64_t{0});
-    if (!command_.locale)
-        return;
-    for (const auto& option : ModelCatalog::recognitionOptions()) {
-        if (option.localeIdentifier == *command_.locale)
-            program_.override(settings.selectedRecognitionOptionID, option.id);
-    }
-}
-
-/// Two programs must never write one catalog; what a crash left is put in order first.
-void CaptionsRun::prepare() {
-    // The sample is the program's own and no part of the user's history.
-    if (sound_.isDemo())
-        program_.recordNothing();
-    const Application::Preparation found = program_.prepareToRecord();
-    if (!found.doubt.empty() && command_.records)
-        output_.warn(found.doubt);
-    if (found.holder)
-        throw RunFailure(
-            ExitStatus::dataInUse,
-            localized("%@ (process %lld) is already recording; to caption without "
-                      "recording, add --no-record",
-                      {found.holder->program, std::to_string(found.holder->processID)}));
-    if (!found.failure.empty())
-        say(localized("Nothing can be recorded: %@", {found.failure}));
-    tellRepairs(found.repairs);
-}
-
-void CaptionsRun::tellRepairs(const RecordingRepair::Report& report) const {
-    if (report.rebuiltIndex && !report.rebuiltIndex->keptAside.empty()) {
-        say(localized("The list of recordings could not be read. It was rebuilt, with %lld "
-                      "recordings found; the old list is kept as %@.",
-                      {std::to_string(report.rebuiltIndex->recordings),
-                       report.rebuiltIndex->keptAside.filename().string()}));
-    }
-    for (const UUID& id : report.recoveredSessions)
-        say(localized("An interrupted session was recovered: --show %@", {id.text().substr(0, 8)}));
-}
-
 void CaptionsRun::checkEventLog() {
     if (!command_.eventLog)
         return;
     eventLog_.emplace(program_.host, *command_.eventLog, command_.overwrites);
     eventLog_->check(sound_.file());
-}
-
-/// A session downloads nothing: a model that is missing or damaged is named before it begins.
-void CaptionsRun::checkModel() const {
-    const std::string wanted = *program_.settings.speechModel;
-    const bool isFree = wanted == SpeechModels::automatic;
-    std::string why = isFree ? localized("There is no speech model on this computer.")
-                             : localized("The speech model %@ is not on this computer.", {wanted});
-    for (const SpeechModelState& model : program_.speechModels.list()) {
-        if (!model.isInstalled || (!isFree && model.name != wanted))
-            continue;
-        if (model.damage.empty())
-            return;
-        why = model.damage;
-    }
-    throw RunFailure::ofStart(std::make_exception_ptr(std::runtime_error(why)));
 }
 
 void CaptionsRun::makeSession() {

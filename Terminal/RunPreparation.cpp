@@ -1,0 +1,74 @@
+#include "Terminal/RunPreparation.h"
+
+#include "Terminal/RunFailure.h"
+#include "TessaruneCore/recognition/ModelCatalog.h"
+#include "TessaruneCore/text/Localization.h"
+
+#include <stdexcept>
+
+namespace tessarune {
+
+namespace {
+
+void tellRepairs(const RecordingRepair::Report& report, const RunOutput& output) {
+    if (report.rebuiltIndex && !report.rebuiltIndex->keptAside.empty()) {
+        output.say(localized("The list of recordings could not be read. It was rebuilt, with %lld "
+                             "recordings found; the old list is kept as %@.",
+                             {std::to_string(report.rebuiltIndex->recordings),
+                              report.rebuiltIndex->keptAside.filename().string()}));
+    }
+    for (const UUID& id : report.recoveredSessions)
+        output.say(
+            localized("An interrupted session was recovered: --show %@", {id.text().substr(0, 8)}));
+}
+
+} // namespace
+
+void RunPreparation::overrideSettings(Application& application, const CaptionsCommand& command) {
+    AppSettings& settings = application.settings;
+    if (!command.records)
+        application.recordNothing();
+    // A terminal session runs until the user stops it, unless the setting is stored; a file ends.
+    if (std::holds_alternative<FileSource>(command.source) ||
+        !settings.audioInactivityAutoStopMinutes.isStored())
+        application.override(settings.audioInactivityAutoStopMinutes, std::int64_t{0});
+    if (!command.locale)
+        return;
+    for (const auto& option : ModelCatalog::recognitionOptions()) {
+        if (option.localeIdentifier == *command.locale)
+            application.override(settings.selectedRecognitionOptionID, option.id);
+    }
+}
+
+void RunPreparation::checkModel(Application& application) {
+    const std::string wanted = *application.settings.speechModel;
+    const bool isFree = wanted == SpeechModels::automatic;
+    std::string why = isFree ? localized("There is no speech model on this computer.")
+                             : localized("The speech model %@ is not on this computer.", {wanted});
+    for (const SpeechModelState& model : application.speechModels.list()) {
+        if (!model.isInstalled || (!isFree && model.name != wanted))
+            continue;
+        if (model.damage.empty())
+            return;
+        why = model.damage;
+    }
+    throw RunFailure::ofStart(std::make_exception_ptr(std::runtime_error(why)));
+}
+
+void RunPreparation::prepareToRecord(Application& application, const CaptionsCommand& command,
+                                     const RunOutput& output) {
+    const Application::Preparation found = application.prepareToRecord();
+    if (!found.doubt.empty() && command.records)
+        output.warn(found.doubt);
+    if (found.holder)
+        throw RunFailure(
+            ExitStatus::dataInUse,
+            localized("%@ (process %lld) is already recording; to caption without "
+                      "recording, add --no-record",
+                      {found.holder->program, std::to_string(found.holder->processID)}));
+    if (!found.failure.empty())
+        output.say(localized("Nothing can be recorded: %@", {found.failure}));
+    tellRepairs(found.repairs, output);
+}
+
+} // namespace tessarune

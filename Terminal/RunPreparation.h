@@ -1,0 +1,22 @@
+#pragma once
+
+#include "Terminal/RunOutput.h"
+#include "Terminal/TerminalOptions.h"
+#include "Tessarune/app/Application.h"
+
+/// What a run settles before anybody is heard. Main queue; each throws RunFailure where there can
+/// be no run.
+namespace tessarune::RunPreparation {
+
+/// The settings of this run as the command line has them.
+void overrideSettings(Application& application, const CaptionsCommand& command);
+
+/// A session downloads nothing: a model that is missing or damaged is named before it begins.
+void checkModel(Application& application);
+
+/// Two programs must never write one catalog; what a crash left is put in order first. Says what
+/// came of it.
+void prepareToRecord(Application& application, const CaptionsCommand& command,
+                     const RunOutput& output);
+
+} // namespace tessarune::RunPreparation
