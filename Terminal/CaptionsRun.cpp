@@ -26,7 +26,8 @@ class CaptionsRun {
     CaptionsRun(Program& program, const TerminalOptions& options, CaptionsCommand command);
     CaptionsRun(const CaptionsRun&) = delete;
 
-    /// Opens the source; false if it was interrupted. Throws RunFailure.
+    /// Opens the source and checks what the run needs; false if it was interrupted. Throws
+    /// RunFailure.
     Task<bool> open();
     /// The sample comes without questions.
     bool mayAsk() const { return !sound_.isDemo(); }
@@ -88,11 +89,11 @@ Task<bool> CaptionsRun::open() {
         throw;
     }
     checkEventLog();
+    RunPreparation::checkModel(program_);
     co_return true;
 }
 
 Task<void> CaptionsRun::run() {
-    RunPreparation::checkModel(program_);
     // The sample is the program's own and no part of the user's history.
     if (sound_.isDemo())
         program_.recordNothing();

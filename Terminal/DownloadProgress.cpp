@@ -4,6 +4,7 @@
 #include "Terminal/CommandOutput.h"
 #include "Terminal/ExitStatus.h"
 #include "Terminal/SignalWatch.h"
+#include "Tessarune/platform/disk/DiskFailure.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/text/TextColumns.h"
@@ -14,6 +15,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <system_error>
 
 namespace tessarune {
 
@@ -133,6 +135,12 @@ std::string sizeCell(std::uint64_t bytes) {
 Task<int> runDownload(Program& program, const TerminalOptions& options, ShownDownload download) {
     std::stop_source stop;
     SignalWatch signals(program.host, [&stop] { stop.request_stop(); });
+    try {
+        DiskFailure::requireWritable(program.paths.models());
+    } catch (const std::system_error& error) {
+        printProblem(error.what());
+        co_return static_cast<int>(ExitStatus::cannotWrite);
+    }
     DownloadNews news(program, options, download.name);
     const ShownDownload::Progress progress =
         [&news](std::uint64_t received, std::uint64_t expected) { news.tell(received, expected); };

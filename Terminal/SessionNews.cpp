@@ -1,6 +1,7 @@
 #include "Terminal/SessionNews.h"
 
 #include "Tessarune/history/HistoryItemLoader.h"
+#include "Tessarune/platform/disk/DiskFailure.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
@@ -69,9 +70,14 @@ void SessionNews::tellSaved(RecordingCatalog& catalog, FileSystem& files) const 
     if (!outcome)
         return;
     const bool isWhole = outcome->transcriptPersisted;
-    if (!isWhole)
-        handlers_.say(view_.status->text());
     const auto& saved = outcome->recording;
+    const auto readOnly = saved ? DiskFailure::readOnlyFolderOf(catalog.transcriptURL(*saved))
+                                : std::filesystem::path();
+    if (!isWhole)
+        handlers_.say(readOnly.empty() ? view_.status->text()
+                                       : localized("The transcript could not be saved: the folder "
+                                                   "%@ is read-only.",
+                                                   {readOnly.string()}));
     if (!saved)
         return;
     const auto listed = HistoryItemLoader::load(catalog, files);

@@ -1,6 +1,7 @@
 #include "Tessarune/app/Application.h"
 
 #include "Tessarune/app/TessaruneStartupServices.h"
+#include "Tessarune/platform/disk/DiskFailure.h"
 #include "Tessarune/platform/host/HostFacts.h"
 #include "Tessarune/platform/host/ProcessMemory.h"
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
@@ -112,6 +113,8 @@ std::optional<DataFolderLock::Holder> Application::takeDataFolder() {
     auto taken = DataFolderLock::take(paths, program);
     if (const auto* holder = std::get_if<DataFolderLock::Holder>(&taken))
         return *holder;
+    DiskFailure::requireWritable(paths.appSupportBase());
+    DiskFailure::requireWritable(paths.recordings());
     dataFolder_.emplace(std::move(std::get<DataFolderLock>(taken)));
     return std::nullopt;
 }

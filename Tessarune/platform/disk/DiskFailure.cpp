@@ -12,6 +12,8 @@ namespace tessarune::DiskFailure {
 
 namespace {
 
+constexpr std::string_view readOnlyKey = localizationKey("the folder %@ is read-only");
+
 bool isRefusal(int error) {
     return error == EACCES || error == EPERM || error == EROFS;
 }
@@ -26,7 +28,7 @@ void failToWrite(std::string_view what, const std::filesystem::path& path) {
     const std::filesystem::path folder = isRefusal(errno) ? readOnlyFolderOf(path) : "";
     if (folder.empty())
         fail(what, path);
-    fail(localizationKey("the folder %@ is read-only"), folder);
+    fail(readOnlyKey, folder);
 }
 
 std::filesystem::path readOnlyFolderOf(const std::filesystem::path& path) {
@@ -36,6 +38,16 @@ std::filesystem::path readOnlyFolderOf(const std::filesystem::path& path) {
         ::faccessat(AT_FDCWD, folder.c_str(), W_OK, AT_EACCESS) != 0 && isRefusal(errno);
     errno = before;
     return isReadOnly ? folder : std::filesystem::path();
+}
+
+void requireWritable(std::filesystem::path folder) {
+    std::error_code ignored;
+    while (folder.has_relative_path() && !std::filesystem::exists(folder, ignored))
+        folder = folder.parent_path();
+    if (!readOnlyFolderOf(folder / "any").empty()) {
+        errno = EACCES;
+        fail(readOnlyKey, folder);
+    }
 }
 
 } // namespace tessarune::DiskFailure

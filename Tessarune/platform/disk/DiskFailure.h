@@ -17,4 +17,7 @@ namespace tessarune::DiskFailure {
 /// The folder of the file if nothing can be made in it; empty otherwise. Keeps `errno`.
 std::filesystem::path readOnlyFolderOf(const std::filesystem::path& path);
 
+/// Throws if nothing can be made in the folder, or in the nearest one above it that is there.
+void requireWritable(std::filesystem::path folder);
+
 } // namespace tessarune::DiskFailure

@@ -143,7 +143,7 @@ std::string reasonOf(CURLcode code, long status, const char* message) {
     switch (code) {
     case CURLE_COULDNT_RESOLVE_PROXY:
     case CURLE_COULDNT_RESOLVE_HOST:
-        return localized("the server was not found; is there a network connection?");
+        return localized("the server was not found (no network connection?)");
     case CURLE_COULDNT_CONNECT:
         return localized("no connection to the server");
     case CURLE_OPERATION_TIMEDOUT:

@@ -1,4 +1,5 @@
 #include "Tessarune/platform/disk/DataFolderLock.h"
+#include "Tessarune/platform/disk/DiskFailure.h"
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 #include "tests/simulation/FaultyFileSystem.h"
 #include "tests/support/TemporaryFolder.h"
@@ -112,6 +113,7 @@ TEST(PosixFileSystemTests, AReadOnlyFolderIsNamedAsWhatItIs) {
         [&] { disk.createDirectories(locked / "new"); },
         [&] { disk.remove(locked / "old"); },
         [&] { DataFolderLock::take(TessarunePaths{locked}, "test"); },
+        [&] { DiskFailure::requireWritable(locked / "Models" / "speech"); },
     };
     std::string said;
     for (const auto& write : writes) {
@@ -124,7 +126,7 @@ TEST(PosixFileSystemTests, AReadOnlyFolderIsNamedAsWhatItIs) {
     ASSERT_TRUE(user != 0 || ::seteuid(user) == 0);
     std::filesystem::permissions(locked, perms::owner_all);
     const std::string line = "the folder " + locked.string() + " is read-only: Permission denied\n";
-    EXPECT_EQ(said, line + line + line + line + line);
+    EXPECT_EQ(said, line + line + line + line + line + line);
 }
 
 TEST(PosixFileSystemTests, EmptiesFilesAndFollowsNoLink) {
