@@ -38,7 +38,8 @@ SessionSimulation::SessionSimulation(std::uint64_t seed) : random_(seed), sessio
     TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::off);
     session_.diagnostics->onASREvent = [this](const ASREvent& event) {
         const auto* final = std::get_if<ASREvent::Final>(&event.value);
-        if (final && (*session_.store->view().isListening || session_.phase() == Phase::stopping))
+        if (violation_.empty() && final &&
+            (*session_.store->view().isListening || session_.phase() == Phase::stopping))
             finalWords_.merge(wordsOf(final->text));
     };
     session_.onPhase = [this](Phase phase) { checkPhase(phase); };
@@ -333,6 +334,9 @@ void SessionSimulation::checkStep() {
 }
 
 void SessionSimulation::checkCommitted(const CaptionCore::Rows& rows) {
+    // A run that broke off is only taken down.
+    if (!violation_.empty())
+        return;
     if (rows.size() < committedRows_) { // another session or recogniser begins
         committedRows_ = 0;
         committedWords_.clear();
@@ -355,6 +359,8 @@ void SessionSimulation::checkFinals() {
 
 void SessionSimulation::checkLifecycle(const SessionDiagnostics::LifecycleEntry& entry) {
     using EntryPhase = SessionDiagnostics::LifecycleEntry::Phase;
+    if (!violation_.empty())
+        return;
     if (entry.phase == EntryPhase::start) {
         if (entry.name == "listen.stop.engineDrain")
             require(openSpans_.empty(), "two stops at a time");

@@ -67,8 +67,6 @@ class SessionSimulation {
     std::string committedText() const;
 
     std::mt19937_64 random_;
-    SimulatedSession session_;
-    std::unique_ptr<TessaruneListeningLifecycleHandler> handler_;
     std::vector<std::string> trace_;
     std::string violation_;
 
@@ -84,6 +82,9 @@ class SessionSimulation {
     std::map<UUID, std::string> savedTexts_;
     int awaitedReplies_ = 0;
     bool diskWasFaulty_ = false;
+
+    SimulatedSession session_; // its end still calls what notes and checks
+    std::unique_ptr<TessaruneListeningLifecycleHandler> handler_;
 };
 
 } // namespace tessarune::simulation
