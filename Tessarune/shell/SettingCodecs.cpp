@@ -148,6 +148,7 @@ SettingCodec<std::int64_t> inactivityCodec() {
     };
     codec.choices = [] {
         std::vector<std::string> all;
+        all.reserve(std::size(AudioInactivityMinutes::choices));
         for (const std::int64_t minutes : AudioInactivityMinutes::choices)
             all.push_back(std::to_string(minutes));
         return all;
