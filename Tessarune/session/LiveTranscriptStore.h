@@ -40,7 +40,7 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
                                   private TranslatedCaptions {
   public:
     static std::shared_ptr<LiveTranscriptStore> make(LiveSessionEnvironment environment);
-    ~LiveTranscriptStore();
+    ~LiveTranscriptStore() override;
     LiveTranscriptStore(const LiveTranscriptStore&) = delete;
 
     const SessionView& view() const { return view_; }

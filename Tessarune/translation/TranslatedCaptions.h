@@ -15,6 +15,7 @@ namespace tessarune {
 /// where news of them go. Called on the main queue.
 class TranslatedCaptions {
   public:
+    virtual ~TranslatedCaptions() = default;
     virtual const std::vector<CaptionSegment>& committedSegments() const = 0;
     /// Changes translation fields of the committed rows, as one change.
     virtual void
@@ -28,9 +29,6 @@ class TranslatedCaptions {
     virtual void updatePersistedTranscriptIfStopped() = 0;
     /// Drops the observation where no translation log is open.
     virtual void appendTranslationObservation(const TranslationObservation& observation) = 0;
-
-  protected:
-    ~TranslatedCaptions() = default;
 };
 
 } // namespace tessarune

@@ -17,7 +17,7 @@ namespace tessarune {
 class CommittedRows final : TranslatedCaptions {
   public:
     CommittedRows(Host& host, std::shared_ptr<TranslationService> service);
-    ~CommittedRows();
+    ~CommittedRows() override;
     CommittedRows(const CommittedRows&) = delete;
 
     /// Commits a row and waits until its translation stands on it.

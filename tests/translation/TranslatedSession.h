@@ -20,7 +20,7 @@ struct TranslatedSession : TranslatedCaptions {
         settings.translationTargetLanguage = "fr";
         translation->attach(*this);
     }
-    virtual ~TranslatedSession() {
+    ~TranslatedSession() override {
         translation->shutDown();
         host.runUntilIdle(); // what still hangs in the service ends before the host does
         host.end();
