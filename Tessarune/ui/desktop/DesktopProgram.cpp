@@ -8,10 +8,13 @@
 #include "Tessarune/session/TessaruneListeningLifecycleHandler.h"
 #include "Tessarune/ui/captions/CaptionWindow.h"
 #include "Tessarune/ui/desktop/DesktopSound.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <QGuiApplication>
+#include <algorithm>
 #include <iostream>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -21,7 +24,28 @@ namespace {
 
 constexpr std::string_view programName = "tessarune";
 constexpr std::string_view filePrefix = "file:";
+constexpr std::string_view startWord = "start";
 constexpr int noDisplay = 69; // EX_UNAVAILABLE
+static_assert(TessaruneLog::subsystem == TESSARUNE_APPLICATION_ID);
+
+/// What the program was started with.
+struct DesktopRequest {
+    std::optional<std::filesystem::path> file;
+    bool starts = false; ///< captions begin without a click
+
+    static DesktopRequest of(std::span<char*> arguments) {
+        DesktopRequest request;
+        for (const std::string_view argument : arguments) {
+            if (argument.starts_with(filePrefix))
+                request.file = std::filesystem::path(argument.substr(filePrefix.size()));
+            if (argument == startWord)
+                request.starts = true;
+        }
+        // A file is there to be heard; what else is heard is the user's choice.
+        request.starts |= request.file.has_value();
+        return request;
+    }
+};
 
 /// `quit` would ask the window first, which is hidden and declines.
 void endEventLoop() {
@@ -31,7 +55,7 @@ void endEventLoop() {
 /// One caption window over one listening session. Main thread, with the application object.
 class DesktopProgram {
   public:
-    DesktopProgram(TerminationSignals& signals, std::optional<std::filesystem::path> file);
+    DesktopProgram(TerminationSignals& signals, DesktopRequest request);
     ~DesktopProgram() { window_.reset(); }
     DesktopProgram(const DesktopProgram&) = delete;
 
@@ -48,6 +72,7 @@ class DesktopProgram {
     void close();
     LiveTranscriptStore& store() { return session_.store(); }
 
+    const bool startsAtOnce_;
     QtHost host_;
     Application application_{host_, std::string(programName)};
     DesktopSound sound_;
@@ -61,9 +86,9 @@ class DesktopProgram {
     bool isClosing_ = false;
 };
 
-DesktopProgram::DesktopProgram(TerminationSignals& signals,
-                               std::optional<std::filesystem::path> file)
-    : sound_(host_, std::move(file),
+DesktopProgram::DesktopProgram(TerminationSignals& signals, DesktopRequest request)
+    : startsAtOnce_(request.starts),
+      sound_(host_, std::move(request.file),
              [this] { store().stopListening(LiveSessionControlTrigger::programmatic()); }),
       session_(application_, sound_.server(), ListeningSession::Options{nullptr, sound_.isFile()}),
       lifecycle_(host_, application_.logger, store().weak_from_this(), endEventLoop) {
@@ -74,8 +99,7 @@ int DesktopProgram::run() {
     prepare();
     window_ = std::make_unique<CaptionWindow>(windowEnvironment());
     window_->show();
-    // A file is there to be heard; what else is heard is the user's choice.
-    if (sound_.isFile())
+    if (startsAtOnce_)
         toggle(LiveSessionControlTrigger::programmatic());
     else
         spawn(Executor::main(host_), connect());
@@ -174,14 +198,10 @@ int runDesktopProgram(int argc, char** argv) {
     QGuiApplication::setQuitOnLastWindowClosed(false);
     QGuiApplication::setApplicationName(QString::fromUtf8(programName.data()));
     QGuiApplication::setApplicationDisplayName(QStringLiteral("Tessarune"));
-    QGuiApplication::setDesktopFileName(QString::fromUtf8(programName.data()));
+    QGuiApplication::setDesktopFileName(QStringLiteral(TESSARUNE_APPLICATION_ID));
     QGuiApplication application(argc, argv);
-    std::optional<std::filesystem::path> file;
-    for (const std::string_view argument : std::vector<std::string_view>(argv + 1, argv + argc)) {
-        if (argument.starts_with(filePrefix))
-            file = std::filesystem::path(argument.substr(filePrefix.size()));
-    }
-    return DesktopProgram(signals, std::move(file)).run();
+    const std::span<char*> arguments(argv + 1, static_cast<std::size_t>(std::max(argc, 1) - 1));
+    return DesktopProgram(signals, DesktopRequest::of(arguments)).run();
 }
 
 } // namespace tessarune

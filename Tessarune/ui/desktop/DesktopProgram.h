@@ -3,7 +3,8 @@
 namespace tessarune {
 
 /// The desktop program from its first window to the saved session; gives the status to end with.
-/// `tessarune file:PATH` captions a file instead of what the computer plays.
+/// `tessarune start` begins to caption at once, `tessarune file:PATH` too: a file instead of what
+/// the computer plays.
 int runDesktopProgram(int argc, char** argv);
 
 } // namespace tessarune
