@@ -21,6 +21,10 @@ Trigger Trigger::toolbarPill() {
     return {"toolbar.listeningPill", "toolbar", true, {}};
 }
 
+Trigger Trigger::contextMenu() {
+    return {"menu.context.toggleRecord", "menu", true, {}};
+}
+
 Trigger Trigger::dockReopen() {
     return {"dock.reopen.toggleRecord", "dock", true, {}};
 }

@@ -17,6 +17,7 @@ struct LiveSessionControlTrigger {
     static LiveSessionControlTrigger programmatic();
     static LiveSessionControlTrigger keyboardShortcut();
     static LiveSessionControlTrigger toolbarPill();
+    static LiveSessionControlTrigger contextMenu();
     static LiveSessionControlTrigger dockReopen();
     static LiveSessionControlTrigger subtitleViewDisappear();
     static LiveSessionControlTrigger subtitleWindowClose();

@@ -54,6 +54,25 @@ TranscriptSnapshot LiveTranscriptStore::exportTranscriptSnapshot() const {
             SessionTranscriptBuilder::bilingualText(all)};
 }
 
+TranscriptSnapshot LiveTranscriptStore::visibleText() const {
+    const auto rows = SessionTranscriptBuilder::visibleSourceSegments(
+        sources(core_, !message_.isShown()), *view_.clearedSegmentIDs);
+    return {SessionTranscriptBuilder::sourceText(rows),
+            SessionTranscriptBuilder::bilingualText(rows)};
+}
+
+void LiveTranscriptStore::clearCaptions() {
+    // What has no text yet is what is said next.
+    auto cleared = *view_.clearedSegmentIDs;
+    for (const CaptionSegment& row : SessionTranscriptBuilder::visibleSourceSegments(
+             sources(core_, true), *view_.clearedSegmentIDs))
+        cleared.insert(row.id);
+    view_.clearedSegmentIDs = std::move(cleared);
+    environment_.translation->cancelGhostTranslation();
+    updateVisibleSourceTextFlag();
+    refreshCaptionDisplay("captions.clear");
+}
+
 void LiveTranscriptStore::updateLiveHistoryTextIfNeeded(bool force) {
     // An empty text is always rebuilt, so that the first words appear at once.
     const double startedAt = now();

@@ -49,6 +49,8 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     /// A stop is under way. It ends in the phase `idle`, whatever fails.
     bool isStopping() const { return stop_.isRunning(); }
     TranscriptSnapshot exportTranscriptSnapshot() const;
+    /// Without what the user cleared.
+    TranscriptSnapshot visibleText() const;
     PerfStats mergedLivePerfStats() const;
 
     // Commands
@@ -63,6 +65,9 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     /// A running session goes over to the other recogniser, as with any change of the setting.
     void selectRecognitionOption(const std::string& id);
     void refreshInputDevices();
+    /// Takes all captions off the screen; they are saved all the same. A sentence that is still
+    /// being spoken shows again when it settles.
+    void clearCaptions();
 
     // Events of the session; the callbacks of its parts end here
     void applyRecognition(const ASREvent& event);

@@ -196,6 +196,22 @@ TEST_F(LiveTranscriptStoreStopTests, MessagesAreNotSaved) {
     EXPECT_EQ(session.transcript(recording().id), "Said.");
 }
 
+TEST_F(LiveTranscriptStoreStopTests, WhatIsClearedLeavesTheScreenAndIsSaved) {
+    begin();
+    session.say(true, "One is said.");
+    session.say(false, "Two foll");
+    session.store->clearCaptions();
+    EXPECT_FALSE(*session.store->view().hasVisibleSourceTextFlag);
+    EXPECT_TRUE(session.store->view().captionDisplay.frame->sourceTextTail.empty());
+    EXPECT_FALSE(session.store->view().captionDisplay.frame->livePartialRow);
+    session.say(true, "Two follows.");
+    session.store->clearCaptions(); // before the next sentence has begun
+    session.say(true, "Three stays.");
+    EXPECT_EQ(session.store->visibleText().sourceText, "Three stays.");
+    endAndWait();
+    EXPECT_EQ(session.transcript(recording().id), "One is said.\nTwo follows.\nThree stays.");
+}
+
 TEST_F(LiveTranscriptStoreStopTests, ATranslationAfterTheStopStillReachesTheTranscript) {
     begin();
     session.say(true, "Said.");

@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <QClipboard>
 #include <QQuickItem>
 #include <QSignalSpy>
+#include <QTest>
 
 namespace tessarune {
 namespace {
@@ -143,6 +145,38 @@ TEST_F(CaptionWindowTests, KeepsTheNewestLineInSightUntilTheReaderScrollsBack) {
     QMetaObject::invokeMethod(list()->parentItem(), "returnToNewest");
     EXPECT_TRUE(runUntil([&] { return std::abs(hiddenBelow()) < 1; })) << hiddenBelow();
     EXPECT_FALSE(view->property("reviewing").toBool());
+}
+
+TEST_F(CaptionWindowTests, CommandsHaveTheKeysOfTheSettingsWhileTheyMakeSense) {
+    QQuickWindow& window = captions.window->window();
+    captions.session.hasVisibleSourceTextFlag = true;
+    ASSERT_TRUE(runUntil([&] { return window.isActive(); }));
+    const auto press = [&](Qt::Key key, Qt::KeyboardModifiers modifiers) {
+        captions.asked.clear();
+        QTest::keyClick(&window, key, modifiers);
+        return captions.asked;
+    };
+    using Asked = std::vector<std::string>;
+    EXPECT_EQ(press(Qt::Key_Space, Qt::NoModifier), Asked{"toggle"});
+    EXPECT_EQ(press(Qt::Key_E, Qt::ControlModifier), Asked{"clear"});
+    captions.settings.shortcutClear.keyCode = 117;
+    captions.settings.shortcutClear.modifiers = 0xA0000;
+    EXPECT_EQ(press(Qt::Key_E, Qt::ControlModifier), Asked{});
+    EXPECT_EQ(press(Qt::Key_Delete, Qt::AltModifier | Qt::ShiftModifier), Asked{"clear"});
+    captions.settings.shortcutToggleRecord.keyCode = 0xFFFF; // switched off
+    EXPECT_EQ(press(Qt::Key_Space, Qt::NoModifier), Asked{});
+    press(Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "Said.\n说过。");
+
+    captions.session.hasVisibleSourceTextFlag = false;
+    EXPECT_EQ(press(Qt::Key_Delete, Qt::AltModifier | Qt::ShiftModifier), Asked{});
+    QTest::mouseClick(&window, Qt::RightButton, {}, {200, 150});
+    const auto* const menu = window.findChild<QQuickItem*>("contextMenu");
+    EXPECT_TRUE(menu->isVisible());
+    QTest::keyClick(&window, Qt::Key_Down);
+    QTest::keyClick(&window, Qt::Key_Return);
+    EXPECT_EQ(captions.asked, Asked{"toggle"});
+    EXPECT_FALSE(menu->isVisible());
 }
 
 TEST_F(CaptionWindowTests, ReturnsToItsPlaceAndToNoneThatIsOutOfReach) {

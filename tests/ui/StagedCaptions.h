@@ -35,6 +35,10 @@ class StagedCaptions {
             {[this](const auto&) { asked.emplace_back("toggle"); },
              [this](const AudioSource& source) { asked.push_back(source.logName()); },
              [this] { asked.emplace_back("refresh"); }, [this] { asked.emplace_back("retry"); },
+             [this] { asked.emplace_back("clear"); },
+             [] {
+                 return TranscriptSnapshot{"Said.", "Said.\n说过。"};
+             },
              [this] { notice = std::string(); }, [this] { asked.emplace_back("close"); }}});
         window->show();
     }

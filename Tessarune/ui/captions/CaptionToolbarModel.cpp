@@ -152,6 +152,22 @@ QString CaptionToolbarModel::pinText() const {
     return keepsOnTop() ? text("取消窗口置顶") : text("窗口置顶");
 }
 
+QString CaptionToolbarModel::keepOnTopText() const {
+    return text("窗口置顶");
+}
+
+QString CaptionToolbarModel::copyText() const {
+    return text("复制双语字幕");
+}
+
+QString CaptionToolbarModel::copyOriginalText() const {
+    return text("复制原文字幕");
+}
+
+QString CaptionToolbarModel::clearText() const {
+    return text("清空屏幕字幕");
+}
+
 QString CaptionToolbarModel::layoutText() const {
     return text("切换排版模式");
 }
@@ -168,8 +184,16 @@ QString CaptionToolbarModel::sourceText() const {
     return text("声音来源");
 }
 
+bool CaptionToolbarModel::hasLayouts() const {
+    return !TranslationSupport::isDisabledBackend(*appSettings().translationBackend);
+}
+
 void CaptionToolbarModel::toggle() const {
     environment_.commands.toggleListening(LiveSessionControlTrigger::toolbarPill());
+}
+
+void CaptionToolbarModel::toggleByMenu() const {
+    environment_.commands.toggleListening(LiveSessionControlTrigger::contextMenu());
 }
 
 void CaptionToolbarModel::toggleByKey() const {
@@ -191,8 +215,7 @@ void CaptionToolbarModel::togglePin() const {
 }
 
 void CaptionToolbarModel::cycleLayout() const {
-    appSettings().cycleSubtitleLayoutMode(
-        !TranslationSupport::isDisabledBackend(*appSettings().translationBackend));
+    appSettings().cycleSubtitleLayoutMode(hasLayouts());
 }
 
 void CaptionToolbarModel::swapOrder() const {

@@ -38,9 +38,15 @@ class CaptionToolbarModel final : public QObject {
     Q_PROPERTY(bool showsPin READ showsPin NOTIFY settingsChanged)
     Q_PROPERTY(bool showsLayout READ showsLayout NOTIFY settingsChanged)
     Q_PROPERTY(bool showsSwap READ showsSwap NOTIFY settingsChanged)
+    Q_PROPERTY(bool showsCopy READ showsCopy NOTIFY settingsChanged)
+    Q_PROPERTY(bool showsCopyOriginal READ showsCopyOriginal NOTIFY settingsChanged)
+    Q_PROPERTY(bool showsClear READ showsClear NOTIFY settingsChanged)
     Q_PROPERTY(QString pinText READ pinText NOTIFY settingsChanged)
     Q_PROPERTY(QString layoutText READ layoutText CONSTANT)
     Q_PROPERTY(QString swapText READ swapText CONSTANT)
+    Q_PROPERTY(QString copyText READ copyText CONSTANT)
+    Q_PROPERTY(QString copyOriginalText READ copyOriginalText CONSTANT)
+    Q_PROPERTY(QString clearText READ clearText CONSTANT)
     Q_PROPERTY(QString closeText READ closeText CONSTANT)
     Q_PROPERTY(QString sourceText READ sourceText CONSTANT)
 
@@ -65,15 +71,26 @@ class CaptionToolbarModel final : public QObject {
     bool showsPin() const { return settings_.state->showPinWindow; }
     bool showsLayout() const { return settings_.state->showLayoutMode; }
     bool showsSwap() const { return settings_.state->showSwapCaptionOrder; }
+    bool showsCopy() const { return settings_.state->showCopyBilingual; }
+    bool showsCopyOriginal() const { return settings_.state->showCopyOriginal; }
+    bool showsClear() const { return settings_.state->showClearSubtitles; }
+    /// There is a translation to arrange.
+    bool hasLayouts() const;
+    bool swaps() const { return settings_.state->swapCaptionOrder; }
     QString pinText() const;
+    QString keepOnTopText() const; ///< whether it does or not
+    QString copyText() const;
+    QString copyOriginalText() const;
+    QString clearText() const;
     QString layoutText() const;
     QString swapText() const;
     QString closeText() const;
     QString sourceText() const;
 
     Q_INVOKABLE void toggle() const;
+    void toggleByMenu() const;
     /// The record shortcut.
-    Q_INVOKABLE void toggleByKey() const;
+    void toggleByKey() const;
     Q_INVOKABLE void selectSource(int index) const;
     Q_INVOKABLE void refreshSources() const;
     Q_INVOKABLE void togglePin() const;

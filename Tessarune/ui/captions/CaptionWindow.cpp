@@ -21,6 +21,8 @@ void registerTypes() {
         useCaptionFiles();
         qmlRegisterType<CaptionFollow>("Tessarune", 1, 0, "CaptionFollow");
         qmlRegisterType<StreamingText>("Tessarune", 1, 0, "StreamingText");
+        qmlRegisterUncreatableType<CaptionCommandsModel>("Tessarune", 1, 0, "CaptionCommandsModel",
+                                                         {});
         qmlRegisterUncreatableType<CaptionStageModel>("Tessarune", 1, 0, "CaptionStageModel", {});
         qmlRegisterUncreatableType<CaptionToolbarModel>("Tessarune", 1, 0, "CaptionToolbarModel",
                                                         {});
@@ -37,12 +39,14 @@ CaptionWindow::CaptionWindow(CaptionWindowEnvironment environment)
     : environment_(std::move(environment)),
       model_(environment_),
       stage_(environment_),
-      toolbar_(environment_) {
+      toolbar_(environment_),
+      commands_(environment_, toolbar_) {
     registerTypes();
     QQuickWindow::setDefaultAlphaBuffer(true);
     engine_.setInitialProperties({{"model", QVariant::fromValue(&model_)},
                                   {"stage", QVariant::fromValue(&stage_)},
-                                  {"toolbar", QVariant::fromValue(&toolbar_)}});
+                                  {"toolbar", QVariant::fromValue(&toolbar_)},
+                                  {"commands", QVariant::fromValue(&commands_)}});
     engine_.load(QUrl(QStringLiteral("qrc:/captions/CaptionWindow.qml")));
     if (engine_.rootObjects().isEmpty())
         qFatal("the caption window's files cannot be loaded");

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessarune/ui/captions/CaptionCommandsModel.h"
 #include "Tessarune/ui/captions/CaptionStageModel.h"
 #include "Tessarune/ui/captions/CaptionToolbarModel.h"
 #include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
@@ -24,12 +25,14 @@ class CaptionWindow {
     void hide();
     QQuickWindow& window() { return *window_; }
     CaptionStageModel& stage() { return stage_; }
+    CaptionCommandsModel& commands() { return commands_; }
 
   private:
     const CaptionWindowEnvironment environment_;
     CaptionWindowModel model_;
     CaptionStageModel stage_;
     CaptionToolbarModel toolbar_;
+    CaptionCommandsModel commands_;
     QQmlApplicationEngine engine_;
     QQuickWindow* window_ = nullptr; // the engine's
     std::unique_ptr<CaptionWindowPlace> place_;

@@ -3,6 +3,7 @@
 #include "Tessarune/audio/AudioSource.h"
 #include "Tessarune/session/LiveSessionControlTrigger.h"
 #include "Tessarune/session/SessionView.h"
+#include "Tessarune/session/TranscriptSnapshot.h"
 #include "Tessarune/shell/AppSettings.h"
 #include "TessaruneCore/host/Host.h"
 
@@ -18,6 +19,9 @@ struct CaptionWindowEnvironment {
         std::function<void(const AudioSource&)> selectSource;
         std::function<void()> refreshInputDevices;
         std::function<void()> retryTranslation;
+        std::function<void()> clearCaptions;
+        /// What is on the screen, to be copied.
+        std::function<TranscriptSnapshot()> visibleText;
         std::function<void()> dismissNotice;
         /// The user closed the window; it is hidden already.
         std::function<void()> close;

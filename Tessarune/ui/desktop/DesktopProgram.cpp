@@ -117,6 +117,7 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
              [this](const AudioSource& source) { store().selectSource(source); },
              [this] { store().refreshInputDevices(); },
              [this] { session_.translation().retryIncompleteTranslations(); },
+             [this] { store().clearCaptions(); }, [this] { return store().visibleText(); },
              [this] { notice_ = std::string(); }, [this] { close(); }}};
 }
 

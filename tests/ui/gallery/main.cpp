@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QImage>
+#include <QQuickItem>
 #include <functional>
 #include <iostream>
 
@@ -16,6 +17,7 @@ using Kind = SessionStatus::Kind;
 struct Picture {
     const char* name;
     std::function<void(StagedCaptions&)> stage;
+    std::function<void(StagedCaptions&)> act = {}; // with the window open
 };
 
 void talk(StagedCaptions& captions) {
@@ -30,8 +32,10 @@ void talk(StagedCaptions& captions) {
         "It was the epoch of belief, it was the epoch of incredulity, and nobody in the "
         "whole of the city could have told you which of the two would win.",
         "那是信仰的时期，那是怀疑的时期，全城没有一个人能告诉你两者之中哪一个会取胜。");
-    captions.settle("We had everything before us.");
+    captions.settle("We had everything before us.", "我们面前应有尽有。");
     captions.speak("We had nothing before us, we were all going");
+    captions.frame.ghostTranslationText = "我们面前一无所有，我们全都";
+    captions.frame.ghostTranslationSourceText = captions.frame.livePartialRow->sourceText;
 }
 
 const Picture pictures[] = {
@@ -48,7 +52,6 @@ const Picture pictures[] = {
      [](auto& c) {
          c.settings.subtitleLayoutMode = SubtitleLayoutMode::lyrics;
          talk(c);
-         c.frame.ghostTranslationText = "我们面前什么都没有";
      }},
     {"source-only",
      [](auto& c) {
@@ -73,10 +76,25 @@ const Picture pictures[] = {
     {"incomplete",
      [](auto& c) {
          talk(c);
+         c.settle("It was the spring of hope.");
+         c.settle("It was the winter of despair.");
          c.frame.translationStatus = {"2 条字幕没有译文", true, true};
      }},
     {"notice",
      [](auto& c) { c.notice = localized("There is no sound server: %@", {"Connection refused"}); }},
+    {"menu",
+     [](auto& c) {
+         c.settings.showCopyBilingualInSubtitleToolbar = true;
+         c.settings.showClearSubtitlesInSubtitleToolbar = true;
+         c.session.hasVisibleSourceTextFlag = true;
+         c.session.inputDevices =
+             std::vector<AudioInputDevices::Device>{{"usb", "USB Microphone", true}};
+         talk(c);
+     },
+     [](StagedCaptions& c) {
+         auto* const menu = c.window->window().findChild<QQuickItem*>("contextMenu");
+         QMetaObject::invokeMethod(menu, "openAt", Q_ARG(double, 300), Q_ARG(double, 20));
+     }},
     {"first-words",
      [](auto& c) {
          c.enter(LiveSessionPhase::listening, Kind::none);
@@ -98,6 +116,8 @@ int main(int argc, char** argv) {
         picture.stage(captions);
         captions.publish();
         captions.open();
+        if (picture.act)
+            picture.act(captions);
         captions.runFor(1600);
         const QString file = folder + "/" + picture.name + ".png";
         if (!captions.window->window().grabWindow().save(file)) {

@@ -6,6 +6,7 @@ Item {
     id: root
 
     required property CaptionToolbarModel toolbar
+    required property CaptionCommandsModel commands
     required property color background
     required property real radius
     required property bool shown
@@ -53,7 +54,7 @@ Item {
             level: root.toolbar.level
             isListening: root.toolbar.isListening
             hasChoice: root.toolbar.sources.length > 0
-            maximumWidth: root.width - 340
+            maximumWidth: root.width - buttons.width - 200
             onActivated: {
                 root.toolbar.refreshSources();
                 sources.visible = !sources.visible;
@@ -62,6 +63,8 @@ Item {
     }
 
     Row {
+        id: buttons
+
         anchors { right: parent.right; rightMargin: 10; verticalCenter: parent.verticalCenter; verticalCenterOffset: -2 }
         spacing: 2
 
@@ -76,6 +79,24 @@ Item {
             icon: "layout"
             text: root.toolbar.layoutText
             onActivated: root.toolbar.cycleLayout()
+        }
+        ToolButton {
+            visible: root.toolbar.showsCopy
+            icon: "copy"
+            text: root.toolbar.copyText
+            onActivated: root.commands.copy(true)
+        }
+        ToolButton {
+            visible: root.toolbar.showsCopyOriginal
+            icon: "copyOriginal"
+            text: root.toolbar.copyOriginalText
+            onActivated: root.commands.copy(false)
+        }
+        ToolButton {
+            visible: root.toolbar.showsClear
+            icon: "clear"
+            text: root.toolbar.clearText
+            onActivated: root.commands.clear()
         }
         ToolButton {
             visible: root.toolbar.showsPin

@@ -8,6 +8,8 @@ Window {
     required property CaptionWindowModel model
     required property CaptionStageModel stage
     required property CaptionToolbarModel toolbar
+    required property CaptionCommandsModel commands
+    readonly property bool menuOpen: tools.menuOpen || menu.visible
 
     title: "Tessarune"
     color: "transparent"
@@ -22,6 +24,7 @@ Window {
         x = Screen.virtualX + (Screen.width - width) / 2;
         y = Screen.virtualY + Math.max(0, Screen.height - height - 96);
     }
+    onMenuOpenChanged: model.setMenuOpen(menuOpen)
     onClosing: close => {
         close.accepted = false;
         window.model.close();
@@ -57,13 +60,14 @@ Window {
         }
 
         CaptionToolbar {
+            id: tools
             anchors { left: parent.left; right: parent.right; top: parent.top }
             toolbar: window.toolbar
+            commands: window.commands
             background: window.model.background
             radius: body.radius
             shown: window.model.showsChrome
             roomBelow: window.height - height
-            onMenuOpenChanged: window.model.setMenuOpen(menuOpen)
             onCloseRequested: window.model.close()
         }
 
@@ -75,29 +79,48 @@ Window {
             border.width: 1
         }
 
+        MouseArea {
+            anchors.fill: parent
+            acceptedButtons: Qt.RightButton
+            onClicked: mouse => menu.openAt(mouse.x, mouse.y)
+        }
+
         ResizeEdges {
             anchors.fill: parent
         }
+
+        CaptionMenu {
+            id: menu
+            objectName: "contextMenu"
+            anchors.fill: parent
+            commands: window.commands
+        }
     }
 
-    Shortcut {
-        sequence: "Space"
-        onActivated: window.toolbar.toggleByKey()
+    Repeater {
+        model: window.commands
+
+        Item {
+            id: command
+
+            required property int index
+            required property string keys
+            required property bool available
+
+            Shortcut {
+                sequence: command.keys
+                enabled: command.available
+                autoRepeat: false
+                onActivated: window.commands.press(command.index)
+            }
+        }
     }
     Shortcut {
-        sequence: "Ctrl+P"
-        onActivated: window.toolbar.togglePin()
-    }
-    Shortcut {
-        sequence: "Ctrl+L"
-        onActivated: window.toolbar.cycleLayout()
-    }
-    Shortcut {
-        sequence: "Ctrl+R"
-        onActivated: window.toolbar.swapOrder()
-    }
-    Shortcut {
-        sequences: ["Ctrl+W", "Ctrl+Q"]
+        sequence: "Ctrl+Q"
         onActivated: window.model.close()
+    }
+    Shortcut {
+        sequences: ["Menu", "Shift+F10"]
+        onActivated: menu.openAt(12, 12)
     }
 }

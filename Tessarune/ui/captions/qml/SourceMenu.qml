@@ -13,7 +13,7 @@ Rectangle {
     implicitHeight: list.contentHeight + 12
     width: implicitWidth
     radius: 12
-    color: "#fa2a2a2e"
+    color: "#2a2a2e"
     border.color: "#2effffff"
     border.width: 1
     onVisibleChanged: if (visible) list.forceActiveFocus()
@@ -30,45 +30,15 @@ Rectangle {
         keyNavigationEnabled: true
         Keys.onReturnPressed: root.chosen(currentIndex)
 
-        delegate: Rectangle {
-            id: entry
-
+        delegate: MenuEntry {
             required property int index
             required property string modelData
 
             width: ListView.view.width
-            height: 32
-            radius: 8
-            color: area.containsMouse || ListView.isCurrentItem && list.activeFocus ? "#29ffffff" : "transparent"
-            Accessible.role: Accessible.MenuItem
-            Accessible.name: modelData
-            Accessible.onPressAction: root.chosen(index)
-
-            Icon {
-                x: 10
-                anchors.verticalCenter: parent.verticalCenter
-                visible: entry.index === root.current
-                name: "check"
-                width: 12
-                height: 12
-            }
-
-            Text {
-                anchors { fill: parent; leftMargin: 32; rightMargin: 10 }
-                verticalAlignment: Text.AlignVCenter
-                elide: Text.ElideRight
-                text: entry.modelData
-                textFormat: Text.PlainText
-                color: "#f2f2f4"
-                font.pixelSize: 14
-            }
-
-            MouseArea {
-                id: area
-                anchors.fill: parent
-                hoverEnabled: true
-                onClicked: root.chosen(entry.index)
-            }
+            label: modelData
+            isOn: index === root.current
+            isCurrent: ListView.isCurrentItem && list.activeFocus
+            onActivated: root.chosen(index)
         }
     }
 }

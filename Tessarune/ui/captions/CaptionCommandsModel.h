@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Tessarune/ui/captions/CaptionToolbarModel.h"
+#include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
+#include "Tessarune/ui/captions/Observations.h"
+
+#include <QAbstractListModel>
+#include <QString>
+#include <QStringList>
+#include <functional>
+#include <vector>
+
+namespace tessarune {
+
+/// All that the user can ask of the caption window, in the order of its context menu, with the keys
+/// of the settings. The sources to listen to are entries of their own. Main thread; environment and
+/// toolbar outlive it.
+class CaptionCommandsModel final : public QAbstractListModel {
+    Q_OBJECT
+
+  public:
+    enum Role {
+        TextRole = Qt::UserRole,
+        KeysRole, ///< for a Shortcut; empty: none
+        KeysTextRole,
+        EnabledRole,
+        CheckedRole,
+        /// A line stands above it.
+        FirstOfGroupRole,
+    };
+
+    CaptionCommandsModel(const CaptionWindowEnvironment& environment,
+                         const CaptionToolbarModel& toolbar);
+    ~CaptionCommandsModel() override;
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    /// The user chose it in the menu.
+    Q_INVOKABLE void choose(int row) const;
+    /// The user pressed its keys.
+    Q_INVOKABLE void press(int row) const;
+    Q_INVOKABLE void copy(bool withTranslations) const;
+    Q_INVOKABLE void clear() const { environment_.commands.clearCaptions(); }
+
+  private:
+    struct Command {
+        std::function<QString()> text;
+        std::function<void()> run;
+        const ShortcutSetting* shortcut = nullptr;
+        std::function<bool()> isEnabled = {}; ///< absent: always
+        std::function<bool()> isChecked = {}; ///< absent: never
+        bool isFirstOfGroup = false;
+        std::function<void()> runByKeys = {}; ///< absent: as `run`
+    };
+
+    std::vector<Command> commands() const;
+    const Command* at(int row) const;
+    void sourcesChanged();
+    void announceChange();
+
+    const CaptionWindowEnvironment& environment_;
+    const CaptionToolbarModel& toolbar_;
+    QStringList sources_;
+    std::vector<Command> commands_;
+    Observations observations_;
+    std::vector<std::function<void()>> endObservations_; // of shortcuts
+};
+
+} // namespace tessarune

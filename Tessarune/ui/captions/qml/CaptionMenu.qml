@@ -1,0 +1,97 @@
+import QtQuick
+import Tessarune
+
+// The context menu, over the whole window: a click beside the entries closes it.
+MouseArea {
+    id: root
+
+    required property CaptionCommandsModel commands
+
+    property point wanted
+
+    function openAt(x: real, y: real) {
+        wanted = Qt.point(x, y);
+        list.currentIndex = -1;
+        visible = true;
+        list.forceActiveFocus();
+    }
+
+    function choose(row: int) {
+        visible = false;
+        commands.choose(row);
+    }
+
+    visible: false
+    acceptedButtons: Qt.AllButtons
+    hoverEnabled: true
+    onPressed: visible = false
+    onWheel: wheel => wheel.accepted = true
+
+    Rectangle {
+        id: panel
+
+        x: Math.max(6, Math.min(root.wanted.x, root.width - width - 6))
+        y: Math.max(6, Math.min(root.wanted.y, root.height - height - 6))
+        width: Math.min(320, root.width - 12)
+        height: Math.min(list.contentHeight + 12, root.height - 12)
+        radius: 12
+        color: "#2a2a2e"
+        border.color: "#2effffff"
+        border.width: 1
+
+        ListView {
+            id: list
+
+            objectName: "menu"
+            anchors { fill: parent; margins: 6 }
+            clip: true
+            model: root.commands
+            boundsBehavior: Flickable.StopAtBounds
+            keyNavigationEnabled: true
+            // All entries, so that the height is known.
+            cacheBuffer: 2000
+            Keys.onReturnPressed: if (currentItem && currentItem.available) root.choose(currentIndex)
+            Keys.onEscapePressed: root.visible = false
+
+            delegate: Item {
+                id: entry
+
+                required property int index
+                required property string text
+                required property string keysText
+                required property bool available
+                required property bool checked
+                required property bool firstOfGroup
+
+                width: ListView.view.width
+                height: line.height + item.height
+
+                Item {
+                    id: line
+                    width: parent.width
+                    height: entry.firstOfGroup ? 9 : 0
+
+                    Rectangle {
+                        visible: entry.firstOfGroup
+                        anchors { left: parent.left; right: parent.right; leftMargin: 10; rightMargin: 10; verticalCenter: parent.verticalCenter }
+                        height: 1
+                        color: "#22ffffff"
+                    }
+                }
+
+                MenuEntry {
+                    id: item
+                    y: line.height
+                    width: parent.width
+                    height: 30
+                    label: entry.text
+                    keysText: entry.keysText
+                    isOn: entry.checked
+                    isAvailable: entry.available
+                    isCurrent: entry.ListView.isCurrentItem
+                    onActivated: root.choose(entry.index)
+                }
+            }
+        }
+    }
+}

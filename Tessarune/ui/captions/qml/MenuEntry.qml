@@ -1,0 +1,54 @@
+import QtQuick
+
+// An entry of a menu: whether it is on, what it does, and the keys that do the same.
+Rectangle {
+    id: root
+
+    required property string label
+    property string keysText: ""
+    property bool isOn: false
+    property bool isCurrent: false
+    property bool isAvailable: true
+    signal activated
+
+    height: 32
+    radius: 8
+    color: isAvailable && (area.containsMouse || isCurrent) ? "#29ffffff" : "transparent"
+    Accessible.role: Accessible.MenuItem
+    Accessible.name: label
+    Accessible.onPressAction: if (isAvailable) activated()
+
+    Icon {
+        x: 10
+        anchors.verticalCenter: parent.verticalCenter
+        visible: root.isOn
+        name: "check"
+        width: 12
+        height: 12
+    }
+
+    Text {
+        anchors { left: parent.left; leftMargin: 32; right: keys.left; rightMargin: 10; verticalCenter: parent.verticalCenter }
+        elide: Text.ElideRight
+        text: root.label
+        textFormat: Text.PlainText
+        color: root.isAvailable ? "#f2f2f4" : "#8a8a90"
+        font.pixelSize: 14
+    }
+
+    Text {
+        id: keys
+        anchors { right: parent.right; rightMargin: 10; verticalCenter: parent.verticalCenter }
+        text: root.keysText
+        textFormat: Text.PlainText
+        color: "#a8a8ae"
+        font.pixelSize: 13
+    }
+
+    MouseArea {
+        id: area
+        anchors.fill: parent
+        hoverEnabled: true
+        onClicked: if (root.isAvailable) root.activated()
+    }
+}
