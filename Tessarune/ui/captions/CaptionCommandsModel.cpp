@@ -9,7 +9,10 @@ namespace tessarune {
 
 CaptionCommandsModel::CaptionCommandsModel(const CaptionWindowEnvironment& environment,
                                            const CaptionToolbarModel& toolbar)
-    : environment_(environment), toolbar_(toolbar), sources_(toolbar.sources()), commands_(commands()) {
+    : environment_(environment),
+      toolbar_(toolbar),
+      sources_(toolbar.sources()),
+      commands_(commands()) {
     const auto changed = [this] { announceChange(); };
     observations_.follow(environment_.session.hasVisibleSourceTextFlag, changed);
     connect(&toolbar_, &CaptionToolbarModel::sessionChanged, this, changed);
@@ -32,28 +35,48 @@ std::vector<CaptionCommandsModel::Command> CaptionCommandsModel::commands() cons
     const AppSettings& settings = environment_.settings;
     const auto hasText = [this] { return *environment_.session.hasVisibleSourceTextFlag; };
     std::vector<Command> all{
-        {[this] { return toolbar_.toggleText(); }, [this] { toolbar_.toggleByMenu(); },
-         &settings.shortcutToggleRecord, {}, {}, false, [this] { toolbar_.toggleByKey(); }},
-        {[this] { return toolbar_.layoutText(); }, [this] { toolbar_.cycleLayout(); },
-         &settings.shortcutLyricsLayout, [this] { return toolbar_.hasLayouts(); }, {}, true},
-        {[this] { return toolbar_.swapText(); }, [this] { toolbar_.swapOrder(); },
-         &settings.shortcutSwapLayout, [this] { return toolbar_.hasLayouts(); },
-         [this] { return toolbar_.swaps(); }},
-        {[this] { return toolbar_.keepOnTopText(); }, [this] { toolbar_.togglePin(); },
-         &settings.shortcutPin, {}, [this] { return toolbar_.keepsOnTop(); }},
-        {[this] { return toolbar_.copyText(); }, [this] { copy(true); }, &settings.shortcutCopy,
-         hasText, {}, true},
-        {[this] { return toolbar_.copyOriginalText(); }, [this] { copy(false); },
-         &settings.shortcutCopyOriginal, hasText},
-        {[this] { return toolbar_.clearText(); }, [this] { clear(); }, &settings.shortcutClear,
-         hasText},
+        {.text = [this] { return toolbar_.toggleText(); },
+         .run = [this] { toolbar_.toggleByMenu(); },
+         .shortcut = &settings.shortcutToggleRecord,
+         .runByKeys = [this] { toolbar_.toggleByKey(); }},
+        {.text = [this] { return toolbar_.layoutText(); },
+         .run = [this] { toolbar_.cycleLayout(); },
+         .shortcut = &settings.shortcutLyricsLayout,
+         .isEnabled = [this] { return toolbar_.hasLayouts(); },
+         .isFirstOfGroup = true},
+        {.text = [this] { return toolbar_.swapText(); },
+         .run = [this] { toolbar_.swapOrder(); },
+         .shortcut = &settings.shortcutSwapLayout,
+         .isEnabled = [this] { return toolbar_.hasLayouts(); },
+         .isChecked = [this] { return toolbar_.swaps(); }},
+        {.text = [this] { return toolbar_.keepOnTopText(); },
+         .run = [this] { toolbar_.togglePin(); },
+         .shortcut = &settings.shortcutPin,
+         .isChecked = [this] { return toolbar_.keepsOnTop(); }},
+        {.text = [this] { return toolbar_.copyText(); },
+         .run = [this] { copy(true); },
+         .shortcut = &settings.shortcutCopy,
+         .isEnabled = hasText,
+         .isFirstOfGroup = true},
+        {.text = [this] { return toolbar_.copyOriginalText(); },
+         .run = [this] { copy(false); },
+         .shortcut = &settings.shortcutCopyOriginal,
+         .isEnabled = hasText},
+        {.text = [this] { return toolbar_.clearText(); },
+         .run = [this] { clear(); },
+         .shortcut = &settings.shortcutClear,
+         .isEnabled = hasText},
     };
     for (int i = 0; i < sources_.size(); ++i) {
-        all.push_back({[this, i] { return sources_[i]; }, [this, i] { toolbar_.selectSource(i); },
-                       nullptr, {}, [this, i] { return toolbar_.currentSource() == i; }, i == 0});
+        all.push_back({.text = [this, i] { return sources_[i]; },
+                       .run = [this, i] { toolbar_.selectSource(i); },
+                       .isChecked = [this, i] { return toolbar_.currentSource() == i; },
+                       .isFirstOfGroup = i == 0});
     }
-    all.push_back({[this] { return toolbar_.closeText(); }, [this] { environment_.commands.close(); },
-                   &settings.shortcutToggleWindow, {}, {}, true});
+    all.push_back({.text = [this] { return toolbar_.closeText(); },
+                   .run = [this] { environment_.commands.close(); },
+                   .shortcut = &settings.shortcutToggleWindow,
+                   .isFirstOfGroup = true});
     return all;
 }
 
@@ -104,8 +127,9 @@ QVariant CaptionCommandsModel::data(const QModelIndex& index, int role) const {
 }
 
 QHash<int, QByteArray> CaptionCommandsModel::roleNames() const {
-    return {{TextRole, "text"},         {KeysRole, "keys"},       {KeysTextRole, "keysText"},
-            {EnabledRole, "available"}, {CheckedRole, "checked"}, {FirstOfGroupRole, "firstOfGroup"}};
+    return {{TextRole, "text"},         {KeysRole, "keys"},
+            {KeysTextRole, "keysText"}, {EnabledRole, "available"},
+            {CheckedRole, "checked"},   {FirstOfGroupRole, "firstOfGroup"}};
 }
 
 void CaptionCommandsModel::choose(int row) const {
