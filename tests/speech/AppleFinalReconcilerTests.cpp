@@ -106,6 +106,7 @@ TEST(AppleFinalReconcilerTests, DecidesBetweenAFinalAndItsLastPartial) {
            said("one two three four five six seven eight nine ten eleven twelve", 5.0), none,
            useFinal, "CSM");
     expect("garbled, no confidence", said("(-a-)", 5.0), eight, none, usePartial, "BCDES");
+    expect("garbled, blanks apart", said("(ab .)", 5.0), eight, none, usePartial, "BCDES");
     expect("too little in the partial", said("  ", 5.0), said("ab cde", 5.0), none, useFinal, "AS");
     expect("one word in the partial", said("  ", 5.0), said("abcdefgh", 5.0), none, useFinal, "AS");
     expect("junk, hopeless", said("— " + partialOfEight, 5.0, 0.05), eight, none, usePartial,
@@ -130,38 +131,6 @@ TEST(AppleFinalReconcilerTests, ThePartialsTimesAreUsedWhereItHasThem) {
     EXPECT_EQ(outcome.selectedAudioEndSeconds, 5.0);
 }
 
-TEST(AppleFinalReconcilerTests, HelpersCountCodePointsOfEveryScript) {
-    const struct {
-        const char* text;
-        std::size_t useful;
-        bool punctuationOnly;
-        double ratio;
-        bool longRun;
-        bool repeated;
-        const char* normalized;
-    } cases[] = {
-        {"", 0, false, 0, false, false, ""},
-        {" \n", 0, false, 0, false, false, ""},
-        {"，。", 0, true, 1, true, false, ""},
-        {"a, b", 2, false, 1.0 / 3, false, false, "a b"},
-        {"a,, b", 2, false, 0.5, true, false, "a b"},
-        {"...”", 0, true, 1, true, false, ""},
-        {"你好，世界。", 4, false, 2.0 / 6, false, false, "你好世界"},
-        {"Don't  stop", 8, false, 1.0 / 9, false, false, "dont stop"},
-        {"No, no - NO!", 6, false, 3.0 / 9, false, true, "no no no"},
-        {"no no", 4, false, 0, false, false, "no no"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.text);
-        EXPECT_EQ(usefulScalarCount(c.text), c.useful);
-        EXPECT_EQ(isPunctuationOnly(c.text), c.punctuationOnly);
-        EXPECT_DOUBLE_EQ(punctuationRatio(c.text), c.ratio);
-        EXPECT_EQ(hasLongPunctuationRun(c.text), c.longRun);
-        EXPECT_EQ(hasRepeatedOpeningToken(c.text), c.repeated);
-        EXPECT_EQ(normalized(c.text), c.normalized);
-    }
-}
-
 TEST(AppleFinalReconcilerTests, SimilarityIsTheShareOfCharactersThatStay) {
     std::string longer, other;
     for (int i = 0; i < 240; ++i)
@@ -176,6 +145,8 @@ TEST(AppleFinalReconcilerTests, SimilarityIsTheShareOfCharactersThatStay) {
         {"kitten", "sitting", 1 - 3.0 / 7},
         {"abc", "xyz", 0},
         {"Caf\u00e9!", "cafe\u0301", 1},
+        {"Don't  stop", "dont stop", 1},
+        {"你好，世界。", "你好世界", 1},
         {longer, other, 1}, // nothing after 240 characters counts
     };
     for (const auto& c : cases)

@@ -96,18 +96,6 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, ABatchThatCannotBeConvertedIsLostAnd
     EXPECT_EQ(perf("convertedAudioSeconds"), 0.25);
 }
 
-TEST_F(SpeechAnalyzerTranscriberInputTests, AudioTimeZeroIsWhenTheFirstBatchBegan) {
-    start();
-    host.advanceTo(1010);
-    append(0.5);
-    host.advanceTo(1020); // later sound does not move it
-    append(0.5);
-    give(simulation::spoken(false, "hello", 0.25));
-    host.advanceBy(1);
-    ASSERT_EQ(partials.size(), 1u);
-    EXPECT_EQ(partials[0].timestamp, 1009.75);
-}
-
 TEST_F(SpeechAnalyzerTranscriberInputTests, WhatIsLostOnTheWayMovesWhatFollowsOnTheClock) {
     struct Step {
         const char* name;

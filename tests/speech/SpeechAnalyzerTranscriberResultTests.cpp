@@ -23,22 +23,10 @@ TEST_F(SpeechAnalyzerTranscriberResultTests, AtMostOnePartialLeavesPerWindowAndI
     host.advanceBy(1);
     EXPECT_EQ(sent, (Texts{"~3 a b c", "~4 a b c d", "~5 a b c d e"}));
     EXPECT_EQ(times, (std::vector<double>{1000 + 0.055, 1000.06 + 0.055, 1000.3 + 0.055}));
+    EXPECT_EQ(partials[0].timestamp, 999) << "audio time zero: when the first batch began";
     EXPECT_EQ(perf("rawPartialResults"), 5);
     EXPECT_EQ(perf("coalescedPartialResults"), 2);
     EXPECT_EQ(perf("partialEvents"), 3);
-}
-
-TEST_F(SpeechAnalyzerTranscriberResultTests, NoPartialArrivesAfterItsFinal) {
-    start();
-    append(1);
-    give(spoken(false, "hello wor"));
-    host.advanceBy(0.03);
-    give(spoken(true, "Hello world."));
-    give(spoken(false, "next"));
-    host.advanceBy(0.03); // the first partial would be due
-    EXPECT_EQ(sent, Texts{"= Hello world."});
-    host.advanceBy(0.03);
-    EXPECT_EQ(sent, (Texts{"= Hello world.", "~1 next"}));
 }
 
 /// Against the partial "we are going to talk about it now" a final of one word of confidence 0.4

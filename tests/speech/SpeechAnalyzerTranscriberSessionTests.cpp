@@ -118,19 +118,6 @@ TEST_F(SpeechAnalyzerTranscriberSessionTests, ADrainIsBoundedAndNothingComesAfte
     EXPECT_EQ(perf("drainTimeouts"), 0);
 }
 
-TEST_F(SpeechAnalyzerTranscriberSessionTests, AStopDuringTheDrainEndsTheResultsAtOnce) {
-    engine.script.finishNeverEnds = true;
-    start();
-    append(0.5);
-    begin(transcriber->finishDrainingAndStop());
-    transcriber->stop();
-    engine.session().give(spoken(true, "too late"));
-    host.runUntilIdle();
-    EXPECT_EQ(outcome, "done");
-    EXPECT_EQ(host.now(), 1003);
-    EXPECT_TRUE(sent.empty());
-}
-
 TEST_F(SpeechAnalyzerTranscriberSessionTests, DroppingTheTranscriberEndsItsSession) {
     start();
     append(0.5);
