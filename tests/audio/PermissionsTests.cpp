@@ -1,11 +1,11 @@
 #include "Tessarune/audio/PermissionsManager.h"
 #include "Tessarune/audio/RecognitionPermissionGate.h"
 #include "TessaruneCore/LocalizedError.h"
+#include "tests/simulation/MemoryDefaults.h"
 #include "tests/simulation/ScriptedSoundServer.h"
 
 #include <gtest/gtest.h>
 
-#include <map>
 #include <string>
 #include <vector>
 
@@ -17,19 +17,11 @@ using Status = PermissionsManager::Status;
 using Key = PermissionsManager::Key;
 using System = SystemAuthorization::Status;
 
-class MemoryDefaults final : public UserDefaults {
-  public:
-    std::optional<SettingValue> value(std::string_view key) const override {
-        const auto found = values.find(std::string(key));
-        return found == values.end() ? std::nullopt : std::optional(found->second);
-    }
+struct CountedDefaults final : simulation::MemoryDefaults {
     void set(std::string_view key, SettingValue value) override {
-        values[std::string(key)] = std::move(value);
+        MemoryDefaults::set(key, std::move(value));
         ++writes;
     }
-    void remove(std::string_view key) override { values.erase(std::string(key)); }
-
-    std::map<std::string, SettingValue> values;
     int writes = 0;
 };
 
@@ -81,7 +73,7 @@ class PermissionsTests : public ::testing::Test {
 
     SimulatedHost host;
     ScriptedSoundServer server{host};
-    MemoryDefaults defaults;
+    CountedDefaults defaults;
     int speechRequests = 0;
 };
 
@@ -123,7 +115,7 @@ TEST_F(PermissionsTests, TheGatePassesOrSaysWhatIsRefused) {
     };
     for (const Step& step : steps) {
         SCOPED_TRACE(step.name);
-        defaults.values.clear();
+        CountedDefaults defaults;
         server.openFailure.reset();
         if (step.serverStatus != 0)
             server.openFailure = SoundServerError(step.serverStatus, "fault");
@@ -152,8 +144,8 @@ TEST_F(PermissionsTests, ARefusalLastsAsLongAsItsReason) {
 }
 
 TEST_F(PermissionsTests, ALatchPublishesAndStoresOnlyWhatChanges) {
-    defaults.values["speechStatus"] = std::string("nonsense");
-    defaults.values["systemAudioStatus"] = true;
+    defaults.set("speechStatus", std::string("nonsense"));
+    defaults.set("systemAudioStatus", true);
     PermissionsManager permissions(host, server, defaults, system(System::authorized, true));
     EXPECT_EQ(*permissions.speech, Status::unknown);
     EXPECT_EQ(*permissions.systemAudio, Status::unknown);
@@ -166,8 +158,8 @@ TEST_F(PermissionsTests, ALatchPublishesAndStoresOnlyWhatChanges) {
     permissions.merge(Key::systemAudioStatus, Status::denied);
     permissions.latch(Key::systemAudioStatus, Status::unknown);
     EXPECT_EQ(published, (std::vector<Status>{Status::granted, Status::denied, Status::unknown}));
-    EXPECT_EQ(defaults.writes, 3);
-    EXPECT_EQ(defaults.values["systemAudioStatus"], SettingValue(std::string("unknown")));
+    EXPECT_EQ(defaults.writes, 2 + 3);
+    EXPECT_EQ(defaults.value("systemAudioStatus"), SettingValue(std::string("unknown")));
 
     permissions.latch(Key::systemAudioStatus, Status::granted);
     permissions.refresh();
@@ -182,7 +174,7 @@ TEST_F(PermissionsTests, LaunchAsksForSpeechOnceAndOnlyIfNothingIsKnown) {
     permissions.bootstrap();
     host.advanceBy(0);
     EXPECT_EQ(speechRequests, 1);
-    EXPECT_EQ(defaults.values["speechStatus"], SettingValue(std::string("granted")));
+    EXPECT_EQ(defaults.value("speechStatus"), SettingValue(std::string("granted")));
     PermissionsManager next(host, server, defaults, system(System::notDetermined, true));
     next.bootstrap();
     host.advanceBy(0);

@@ -12,7 +12,6 @@ namespace tessarune {
 namespace {
 
 using testing::ScriptedSoundServer;
-using Case = SystemAudioCaptureError::Case;
 using Kind = CaptureEvent::Kind;
 
 class Listener final : public SystemAudioCaptureDelegate {
@@ -183,12 +182,6 @@ TEST(SystemAudioCaptureErrorTests, DescribesStatusesAsCodesWhereTheyAreOnes) {
     EXPECT_EQ(SystemAudioCaptureError::describe(-50), "-50");
     EXPECT_EQ(SystemAudioCaptureError::describe(0x6e6f701f), std::to_string(0x6e6f701f));
     EXPECT_EQ(SystemAudioCaptureError::describe(6), "6");
-    EXPECT_STREQ(SystemAudioCaptureError(Case::failedToCreateAggregateDevice, 7).what(),
-                 "创建临时音频设备失败：7。");
-    EXPECT_STREQ(SystemAudioCaptureError(Case::failedToCreateIOProc, 7).what(),
-                 "创建系统音频回调失败：7。");
-    EXPECT_STREQ(SystemAudioCaptureError(Case::failedToReadTapFormat, 7).what(),
-                 "读取系统音频格式失败：7。");
 }
 
 TEST_F(SystemAudioCaptureTests, StartingAgainReplacesAndStoppingEndsWhateverTheStartHasReached) {
@@ -315,43 +308,16 @@ TEST_F(SystemAudioCaptureTests, LateFirstSoundOfAnotherOutputIsAHoleAndLateSound
     EXPECT_NEAR(listener->events.back().gapSeconds, 1.5, 0.02);
 }
 
-TEST(SystemAudioCaptureSleepTests, TheTimeOfASleepingComputerIsAHoleWhateverWakesFirst) {
-    for (const double asleep : {2.0, 3600.0}) {
-        testing::WorkingHost laptop;
-        ScriptedSoundServer server(laptop.simulated);
-        auto ears = std::make_shared<Listener>(laptop.simulated);
-        auto capture = SystemAudioCapture::create(laptop, server);
-        capture->delegate = ears;
-        SoundDevices devices;
-        devices.outputs = {ScriptedSoundServer::output("a")};
-        devices.defaultOutputID = "a";
-        server.setDevices(devices);
-        spawn(Executor::main(laptop),
-              startAndKeepFailure(capture, std::make_shared<std::string>()));
-        laptop.simulated.advanceBy(0);
-        server.keepDelivering(0.5F);
-        laptop.simulated.advanceBy(1);
-        laptop.worked += asleep;
-        laptop.simulated.advanceBy(1);
-        if (asleep < CaptureStream::stallSeconds) {
-            EXPECT_TRUE(ears->events.empty());
-            continue;
-        }
-        ASSERT_EQ(ears->events.size(), 2U);
-        EXPECT_EQ(ears->events.front().kind, Kind::interrupted);
-        EXPECT_EQ(ears->events.back().kind, Kind::resumed);
-        EXPECT_NEAR(ears->events.back().gapSeconds, asleep, 0.02);
-    }
-}
-
 TEST(SystemAudioCaptureSleepTests, AProgramThatDidNotRunFindsItsSoundWaitingAndOnlyTheRestIsLost) {
     struct Step {
         double stopped; // seconds
         double waiting; // of sound that the server kept
         double lost;
     };
-    for (const Step& step : {Step{6, 6, 0}, Step{30, 20, 10}, Step{6, 0, 6}, Step{1, 1, 0}}) {
-        SCOPED_TRACE(step.waiting);
+    // The last two: a computer asleep, and too short a pause to be a hole.
+    for (const Step& step : {Step{6, 6, 0}, Step{30, 20, 10}, Step{6, 0, 6}, Step{1, 1, 0},
+                             Step{3600, 0, 3600}, Step{2, 0, 0}}) {
+        SCOPED_TRACE(step.stopped);
         testing::WorkingHost host;
         ScriptedSoundServer server(host.simulated);
         auto ears = std::make_shared<Listener>(host.simulated);
@@ -381,7 +347,8 @@ TEST(SystemAudioCaptureSleepTests, AProgramThatDidNotRunFindsItsSoundWaitingAndO
         for (const CaptureEvent& event : ears->events)
             holes += event.gapSeconds;
         EXPECT_NEAR(holes, step.lost, 0.05);
-        EXPECT_NEAR(heard + holes, 10 + step.stopped, 0.1) << "no second twice and none left out";
+        EXPECT_NEAR(heard + holes, 10 + step.waiting + step.lost, 0.1)
+            << "no second twice and none left out";
         EXPECT_EQ(ears->events.size(), step.lost > 0 ? 2U : 0U);
         if (step.lost > 0) {
             EXPECT_NEAR(static_cast<double>(ears->eventsAfter.back()),

@@ -8,7 +8,7 @@
 namespace tessarune::simulation {
 
 /// Settings that live as long as the test.
-class MemoryDefaults final : public UserDefaults {
+class MemoryDefaults : public UserDefaults {
   public:
     std::optional<SettingValue> value(std::string_view key) const override {
         const auto found = values_.find(std::string(key));
