@@ -18,6 +18,8 @@ namespace {
 constexpr double fastLead = 5.0;
 /// After the sample the last sentence still has to come out of the recogniser.
 constexpr double afterDemoSeconds = 2.0;
+/// A file opens at once; a pipe does when somebody writes into it.
+constexpr double silentWaitSeconds = 1.0;
 
 } // namespace
 
@@ -51,12 +53,22 @@ void CaptionSound::useFile(const FileSource& file) {
     server_ = std::move(server);
 }
 
+Task<void> CaptionSound::sayThatItWaits(std::stop_token opened) const {
+    if (co_await sleep(Executor::main(host_), silentWaitSeconds, opened))
+        handlers_.say(localized("Waiting for sound from %@. Ctrl-C ends.", {fileName()}));
+}
+
 Task<void> CaptionSound::connect(bool mayShowDemo) {
     std::string refused;
+    std::stop_source opened;
+    if (file_)
+        spawn(Executor::main(host_), sayThatItWaits(opened.get_token()));
     try {
         Task<void> connecting = server_->connect(Executor::main(host_));
         co_await connecting;
+        opened.request_stop();
     } catch (const MediaFileError& error) {
+        opened.request_stop();
         throw RunFailure(ExitStatus::unreadableFile, error.what());
     } catch (const SoundServerError& error) {
         refused = error.what();
@@ -102,12 +114,14 @@ AudioSource CaptionSound::microphone(const AudioSource& wanted) {
     throw RunFailure(ExitStatus::noSuchSource, text);
 }
 
+std::string CaptionSound::fileName() const {
+    return *file_ == FileSource::standardInput ? localized("standard input")
+                                               : file_->filename().string();
+}
+
 std::string CaptionSound::description() const {
-    if (file_) {
-        const bool isInput = *file_ == FileSource::standardInput;
-        return localized("Captions of %@. Ctrl-C ends.",
-                         {isInput ? localized("standard input") : file_->filename().string()});
-    }
+    if (file_)
+        return localized("Captions of %@. Ctrl-C ends.", {fileName()});
     if (source_.isSystemAudio())
         return localized("Listening to what this computer plays. Ctrl-C ends.");
     const SoundServer& connected = demo_ ? demo_->server() : *server_;

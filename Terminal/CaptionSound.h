@@ -53,6 +53,8 @@ class CaptionSound {
 
   private:
     void useFile(const FileSource& file);
+    Task<void> sayThatItWaits(std::stop_token opened) const;
+    std::string fileName() const;
     Task<void> connect(bool mayShowDemo);
     void useDemo(const std::string& why);
     AudioSource microphone(const AudioSource& wanted);

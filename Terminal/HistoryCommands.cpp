@@ -3,11 +3,15 @@
 #include "Terminal/CommandOutput.h"
 #include "Terminal/ExitStatus.h"
 #include "Tessarune/history/HistoryItemLoader.h"
+#include "Tessarune/platform/disk/DataFolderLock.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/text/TextColumns.h"
 
 #include <nlohmann/json.hpp>
+
+#include <optional>
+#include <utility>
 
 namespace tessarune {
 
@@ -18,6 +22,16 @@ constexpr std::size_t shortIDLength = 8;
 constexpr std::size_t rowColumns = 80;
 /// Of several sessions that could be meant, as many are named.
 constexpr std::size_t mostNamed = 10;
+
+/// The process that records the session now; nothing for one that is over, or was cut off.
+std::optional<int> recorderOf(const Program& program, const HistoryItem& item) {
+    const auto holder = item.live ? DataFolderLock::holder(program.paths) : std::nullopt;
+    return holder ? std::optional(holder->processID) : std::nullopt;
+}
+
+std::string runningText(int recorder) {
+    return localized("(running, process %lld)", {std::to_string(recorder)});
+}
 
 /// The sidecars of recordings, and whether one could not be read.
 class Transcripts {
@@ -39,6 +53,16 @@ class Transcripts {
     std::string bilingual(const HistoryItem& item) {
         return read(program_.catalog.bilingualTranscriptURL(item.id));
     }
+    /// What a row tells of the session.
+    std::string rowText(const HistoryItem& item) {
+        const auto recorder = recorderOf(program_, item);
+        return recorder ? runningText(*recorder) : source(item);
+    }
+    /// What stands where there is no transcript.
+    std::string missingText(const HistoryItem& item) const {
+        const auto recorder = recorderOf(program_, item);
+        return recorder ? runningText(*recorder) : localized("(no transcript)");
+    }
     ExitStatus status() const { return failed_ ? ExitStatus::ioError : ExitStatus::ok; }
 
   private:
@@ -51,6 +75,12 @@ nlohmann::ordered_json json(const HistoryItem& item) {
             {"startedAt", item.startedAt}, {"duration", item.durationSeconds},
             {"bytes", item.byteCount},     {"file", item.filePath.value_or("")},
             {"note", item.note},           {"bilingual", item.hasBilingualTranscript}};
+}
+
+void printRecording(const Program& program, const HistoryItem& item,
+                    nlohmann::ordered_json object) {
+    object["running"] = recorderOf(program, item).has_value();
+    printJSON(object);
 }
 
 /// One line that fits a screen; the note tells more than how the session began.
@@ -84,7 +114,7 @@ void tellWhichWereFound(Program& program, const std::vector<HistoryItem>& found,
     printProblem(localized("The IDs of several sessions begin with '%@':", {id}));
     Transcripts transcripts(program);
     for (std::size_t i = 0; i < std::min(found.size(), mostNamed); ++i)
-        printNotice(recordingRow(found[i], std::string::npos, transcripts.source(found[i])));
+        printNotice(recordingRow(found[i], std::string::npos, transcripts.rowText(found[i])));
     if (found.size() > mostNamed)
         printNotice("…");
 }
@@ -97,7 +127,7 @@ void printTranscript(Transcripts& transcripts, const HistoryItem& item) {
     if (!item.note.empty())
         printText(item.note);
     printText("");
-    printText(text.empty() ? localized("(no transcript)") : std::string(Text::trimmed(text)));
+    printText(text.empty() ? transcripts.missingText(item) : std::string(Text::trimmed(text)));
 }
 
 } // namespace
@@ -108,9 +138,9 @@ Task<int> listRecordings(Program& program, const TerminalOptions& options) {
     Transcripts transcripts(program);
     for (const auto& item : items) {
         if (options.json)
-            printJSON(json(item));
+            printRecording(program, item, json(item));
         else
-            printText(recordingRow(item, shortIDLength, transcripts.source(item)));
+            printText(recordingRow(item, shortIDLength, transcripts.rowText(item)));
     }
     if (!problem.empty()) {
         printProblem(problem);
@@ -146,7 +176,7 @@ Task<int> showRecording(Program& program, const TerminalOptions& options, std::s
             transcripts.read(program.catalog.wordTimelineURL(item.id)), nullptr, false);
         if (!timeline.is_discarded())
             object["timeline"] = timeline;
-        printJSON(object);
+        printRecording(program, item, std::move(object));
     } else {
         printTranscript(transcripts, item);
     }

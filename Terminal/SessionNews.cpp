@@ -31,6 +31,11 @@ CaptionPicture SessionNews::picture() const {
 
 void SessionNews::observeStatus() {
     view_.status.onDidChange([this](const SessionStatus& status) {
+        // Whether the WAV was kept is known when the session has been saved.
+        if (status.kind == SessionStatus::Kind::compressionFailed) {
+            failedToCompress_ = true;
+            return;
+        }
         const std::string text = status.text();
         const bool isNews = std::exchange(lastStatus_, text) != text;
         if (isNews && !text.empty() && isWorthTelling())
@@ -78,10 +83,14 @@ void SessionNews::tellSaved(RecordingCatalog& catalog, FileSystem& files) const 
                                        : localized("The transcript could not be saved: the folder "
                                                    "%@ is read-only.",
                                                    {readOnly.string()}));
+    if (outcome->heardNothing)
+        handlers_.say(localized("There was no sound; nothing is kept of the session."));
     if (!saved)
         return;
     const auto listed = HistoryItemLoader::load(catalog, files);
     const auto item = std::ranges::find(listed, *saved, &HistoryItem::id);
+    if (item != listed.end() && failedToCompress_)
+        handlers_.say(SessionStatus{SessionStatus::Kind::compressionFailed}.text());
     if (item != listed.end())
         handlers_.say(localized(isWhole ? "Saved: --show %@  (%@)"
                                         : "Only the sound is kept: --show %@  (%@)",

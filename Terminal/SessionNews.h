@@ -43,6 +43,7 @@ class SessionNews {
     const bool isRecorded_;
     const Handlers handlers_;
     std::string lastStatus_;
+    bool failedToCompress_ = false;
     std::optional<int> lastProgress_;
     std::set<std::string> toldTranslationStatus_;
 };

@@ -1,11 +1,13 @@
 #include "Tessarune/session/LiveSessionStop.h"
 
+#include "Tessarune/audio/WAVHeader.h"
 #include "Tessarune/session/LiveResourceCleanup.h"
 #include "Tessarune/session/LiveTranscriptStore.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
+#include <system_error>
 #include <utility>
 
 namespace tessarune {
@@ -77,6 +79,7 @@ Task<void> LiveSessionStop::drainEngine(Store store) {
 Task<void> LiveSessionStop::finalize(Store store) {
     const Step step = beginFinalize();
     sealLiveIntoCommitted();
+    discardEmptyRecording();
     Task<bool> translating = drainTranslation(store);
     const bool translationCompleted = co_await translating;
     Task<void> compressing = compressRecordingIfNeeded(store);
@@ -118,6 +121,28 @@ void LiveSessionStop::sealLiveIntoCommitted() {
         .add("pendingTranslations", store_.environment_.translation->hasPendingTranslations());
     log().event("listen.stop.seal.done", fields);
     log().finish(step);
+}
+
+/// A catalog that could not be brought up to date says nothing of the sound, so the file is asked
+/// too.
+bool LiveSessionStop::heardNothing() const {
+    const auto recording = store_.recordingTracker_.currentRecordingMetadata();
+    if (!recording || recording->duration > 0 || !store_.core_.committedSegments->empty() ||
+        *store_.view_.isDiagnosticsRunning)
+        return false;
+    try {
+        FileSystem& files = store_.environment_.files;
+        return !files.exists(recording->filePath) ||
+               files.size(recording->filePath) <= WAVHeader::size;
+    } catch (const std::system_error&) {
+        return false;
+    }
+}
+
+void LiveSessionStop::discardEmptyRecording() {
+    wasEmpty_ = heardNothing();
+    if (wasEmpty_)
+        store_.discardRecording();
 }
 
 Task<bool> LiveSessionStop::drainTranslation(Store store) {
@@ -218,7 +243,7 @@ void LiveSessionStop::bigCleanup() {
 
 void LiveSessionStop::returnToIdle(bool transcriptPersisted, bool translationCompleted) {
     store_.view_.outcome = SessionOutcome{store_.recordingTracker_.lastSavedID(),
-                                          transcriptPersisted, translationCompleted};
+                                          transcriptPersisted, translationCompleted, wasEmpty_};
     store_.applySessionTransition(store_.sessionState_.stopFinished());
     if (!transcriptPersisted)
         store_.view_.status = SessionStatus{SessionStatus::Kind::transcriptNotSaved};

@@ -50,6 +50,8 @@ class LiveSessionStop {
     Task<void> finalize(Store store);
     Step beginFinalize();
     void sealLiveIntoCommitted();
+    bool heardNothing() const;
+    void discardEmptyRecording();
     Task<bool> drainTranslation(Store store);
     void finishDiagnostics();
     bool persist();
@@ -81,6 +83,7 @@ class LiveSessionStop {
     bool isFinalizing_ = false;
     bool startsAgain_ = false;
     bool isWorthKeeping_ = false;
+    bool wasEmpty_ = false; // the recording was discarded because there was nothing in it
     std::optional<LiveSessionControlTrigger> trigger_;
 };
 

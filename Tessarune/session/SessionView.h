@@ -24,6 +24,7 @@ struct SessionOutcome {
     std::optional<UUID> recording;    ///< absent if nothing was recorded
     bool transcriptPersisted = false; ///< nothing to save counts as saved
     bool translationCompleted = false;
+    bool heardNothing = false; ///< there was neither sound nor text, so nothing is kept
 };
 
 /// What was said, to be read: the lists of the caption engine with all that is known of their rows.

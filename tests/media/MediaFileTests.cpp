@@ -1,6 +1,7 @@
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 #include "Tessarune/platform/media/M4ATranscoder.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
+#include "tests/support/FileContents.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WAVBytes.h"
 
@@ -131,6 +132,17 @@ TEST_F(MediaFileTests, APipeIsReadLikeAFile) {
     const auto samples = tone(1, 16000);
     std::thread writer([&] { std::ofstream(pipe, std::ios::binary) << wavBytes(samples, 16000); });
     EXPECT_EQ(readAll(*openFFmpegMediaFile(pipe)).size(), samples.size());
+    writer.join();
+
+    transcodeToM4A(write("long.wav", wavBytes(tone(60, 16000), 16000)), folder / "a.m4a", {}, {});
+    writer = std::thread(
+        [&] { std::ofstream(pipe, std::ios::binary) << testing::contentsOf(folder / "a.m4a"); });
+    try {
+        openFFmpegMediaFile(pipe);
+        ADD_FAILURE() << "its index is at the end";
+    } catch (const MediaFileError& error) {
+        EXPECT_NE(std::string(error.what()).find("pipe; save"), std::string::npos) << error.what();
+    }
     writer.join();
 }
 

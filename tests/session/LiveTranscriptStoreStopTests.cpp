@@ -187,6 +187,19 @@ TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
     }
 }
 
+TEST_F(LiveTranscriptStoreStopTests, OnlyAnEmptySessionIsNotKept) {
+    for (const bool hears : {false, true}) {
+        session.launch();
+        session.start();
+        if (hears)
+            session.hear(0.5);
+        endAndWait();
+        EXPECT_EQ(session.store->view().outcome->value().heardNothing, !hears);
+        EXPECT_EQ(session.catalog->recordings().size(), hears ? 1U : 0U);
+        EXPECT_EQ(session.files.list(session.paths.recordings()).empty(), !hears);
+    }
+}
+
 TEST_F(LiveTranscriptStoreStopTests, MessagesAreNotSaved) {
     begin();
     session.say(true, "Said.");

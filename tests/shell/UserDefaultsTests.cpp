@@ -27,7 +27,9 @@ class UserDefaultsTests : public ::testing::Test {
 
 TEST_F(UserDefaultsTests, ValuesOfEveryKindComeBackAndUnknownKeysStay) {
     write(R"({"fromTheFuture": {"nested": [1, 2]}, "other": null})");
-    JSONUserDefaults defaults(files, file);
+    const auto link = folder / "link.json";
+    std::filesystem::create_symlink("settings.json", link);
+    JSONUserDefaults defaults(files, link);
     defaults.set("flag", true);
     defaults.set("count", std::int64_t{7});
     defaults.set("seconds", 0.6);
@@ -44,6 +46,7 @@ TEST_F(UserDefaultsTests, ValuesOfEveryKindComeBackAndUnknownKeysStay) {
     EXPECT_FALSE(again.value("other"));
     EXPECT_EQ(stored()["fromTheFuture"]["nested"], Json::parse("[1, 2]"));
     EXPECT_TRUE(stored().contains("other"));
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
 }
 
 TEST_F(UserDefaultsTests, TwoFrontEndsDoNotUndoEachOther) {

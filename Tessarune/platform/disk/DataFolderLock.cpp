@@ -30,4 +30,8 @@ DataFolderLock::take(const TessarunePaths& paths, std::string_view program) {
     return DataFolderLock(std::move(*lock));
 }
 
+std::optional<DataFolderLock::Holder> DataFolderLock::holder(const TessarunePaths& paths) {
+    return FileLock::isTaken(paths.lock()) ? std::optional(holderOf(paths.lock())) : std::nullopt;
+}
+
 } // namespace tessarune

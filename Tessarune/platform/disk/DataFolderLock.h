@@ -3,6 +3,7 @@
 #include "Tessarune/platform/disk/FileLock.h"
 #include "Tessarune/shell/TessarunePaths.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -27,6 +28,9 @@ class DataFolderLock {
     /// that or the lock's file cannot be made.
     static std::variant<DataFolderLock, Holder> take(const TessarunePaths& paths,
                                                      std::string_view program);
+
+    /// Who writes the folder now; nothing if nobody does.
+    static std::optional<Holder> holder(const TessarunePaths& paths);
 
   private:
     explicit DataFolderLock(FileLock lock) : lock_(std::move(lock)) {}

@@ -23,6 +23,14 @@ std::optional<FileLock> FileLock::tryToTake(const std::filesystem::path& path) {
     DiskFailure::fail(localizationKey("cannot lock %@"), path);
 }
 
+bool FileLock::isTaken(const std::filesystem::path& path) {
+    const int file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    if (file < 0)
+        return false;
+    const FileLock opened(file);
+    return ::flock(file, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+}
+
 void FileLock::note(std::string_view text) const {
     if (::ftruncate(file_, 0) == 0 &&
         ::pwrite(file_, text.data(), text.size(), 0) != static_cast<ssize_t>(text.size()))

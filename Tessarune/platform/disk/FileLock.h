@@ -14,6 +14,10 @@ class FileLock {
     /// Nothing if another holds it. Throws std::system_error if the file cannot be made.
     static std::optional<FileLock> tryToTake(const std::filesystem::path& path);
 
+    /// Whether somebody holds it, without making the file. Keeps others from taking it for a
+    /// moment.
+    static bool isTaken(const std::filesystem::path& path);
+
     FileLock(FileLock&& other) noexcept : file_(std::exchange(other.file_, -1)) {}
     FileLock& operator=(FileLock&& other) noexcept {
         std::swap(file_, other.file_);

@@ -10,12 +10,25 @@ namespace tessarune {
 
 using Json = JSON::Value;
 
+namespace {
+
+/// What a symbolic link leads to, so that whoever keeps the settings elsewhere keeps the link.
+std::filesystem::path linkedFile(std::filesystem::path file) {
+    constexpr int mostLinks = 40; // as the kernel
+    std::error_code error;
+    for (int i = 0; i < mostLinks && std::filesystem::is_symlink(file, error); ++i)
+        file = file.parent_path() / std::filesystem::read_symlink(file, error);
+    return file;
+}
+
+} // namespace
+
 struct JSONUserDefaults::Content {
     Json object = Json::object();
 };
 
 JSONUserDefaults::JSONUserDefaults(FileSystem& files, std::filesystem::path file)
-    : files_(files), file_(std::move(file)), content_(std::make_unique<Content>()) {
+    : files_(files), file_(linkedFile(std::move(file))), content_(std::make_unique<Content>()) {
     load();
 }
 

@@ -39,6 +39,9 @@ class FFmpegMediaFile final : public MediaFile {
             if (static_cast<int>(i) != stream_)
                 input_->streams[i]->discard = AVDISCARD_ALL;
         }
+        // Whether a pipe gives its sound in order shows only at the first packet.
+        while (!input_.canGoBack() && ready_.empty() && !ended_)
+            decodeMore();
     }
 
     AudioFormat format() const override { return format_; }
@@ -96,7 +99,7 @@ class FFmpegMediaFile final : public MediaFile {
             takeFrames();
             takeConverted(nullptr);
             if (result != AVERROR_EOF && ready_.empty())
-                fail(Kind::damaged, path_, words(result));
+                failToGoOn(result);
             if (!gaveAnything_ && ready_.empty() && failuresInARow_ > 0)
                 fail(Kind::damaged, path_, localized("its sound cannot be decoded"));
             return;
@@ -112,6 +115,16 @@ class FFmpegMediaFile final : public MediaFile {
         } else if (sent < 0 && ++failuresInARow_ > mostFailuresInARow) {
             fail(Kind::damaged, path_, words(sent));
         }
+    }
+
+    [[noreturn]] void failToGoOn(int error) const {
+        const AVIndexEntry* first = avformat_index_get_entry(input_->streams[stream_], 0);
+        const bool isBehind = !gaveAnything_ && first && first->pos < avio_tell(input_->pb);
+        if (isBehind && !input_.canGoBack())
+            fail(Kind::unsupported, path_,
+                 localized("has its index at the end and cannot be read from a pipe; save it as a "
+                           "file first"));
+        fail(Kind::damaged, path_, words(error));
     }
 
     bool takeFrames() {

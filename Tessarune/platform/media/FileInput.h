@@ -23,6 +23,8 @@ class FileInput {
 
     AVFormatContext* operator->() const { return format_.get(); }
     AVFormatContext* get() const { return format_.get(); }
+    /// Not in a pipe.
+    bool canGoBack() const { return isRegular_; }
 
   private:
     struct IODeleter {

@@ -183,9 +183,11 @@ TEST(DataFolderLockTests, OneProcessAtATimeWritesAFolder) {
     EXPECT_EQ(byte, 'y');
     const auto refused = DataFolderLock::take(paths, "second");
     ASSERT_TRUE(std::holds_alternative<DataFolderLock::Holder>(refused));
+    EXPECT_EQ(DataFolderLock::holder(paths), std::get<DataFolderLock::Holder>(refused));
     EXPECT_EQ(std::get<DataFolderLock::Holder>(refused), (DataFolderLock::Holder{child, "first"}));
     ASSERT_EQ(::write(toChild[1], &byte, 1), 1);
     ::waitpid(child, nullptr, 0);
+    EXPECT_FALSE(DataFolderLock::holder(paths));
     EXPECT_TRUE(std::holds_alternative<DataFolderLock>(DataFolderLock::take(paths, "second")));
 }
 
