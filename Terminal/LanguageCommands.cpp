@@ -127,14 +127,20 @@ Task<int> removeLanguage(Program& program, std::string id) {
 
 Task<int> testTranslation(Program& program, const TerminalOptions& options, std::string target) {
     const auto languages = program.translationModels.list();
-    const bool canBeFetched = std::ranges::any_of(languages, [&](const auto& language) {
-        return language.id == target && language.status == TranslationAvailabilityStatus::supported;
-    });
-    if (canBeFetched) {
-        Task<int> downloading = downloadLanguage(program, options, target);
-        const int status = co_await downloading;
-        if (status != static_cast<int>(ExitStatus::ok))
-            co_return status;
+    const auto state = std::ranges::find(languages, target, &TranslationLanguageState::id);
+    if (state != languages.end() && state->status != TranslationAvailabilityStatus::unsupported) {
+        const bool isHere =
+            state->status == TranslationAvailabilityStatus::installed || !state->damage.empty();
+        Task<std::string> checking = program.translationModels.flaw(target);
+        const std::string flaw = co_await checking;
+        if (isHere && !flaw.empty())
+            printNotice(damagedModelText(target, flaw));
+        if (!flaw.empty()) {
+            Task<int> downloading = downloadLanguage(program, options, target);
+            const int status = co_await downloading;
+            if (status != static_cast<int>(ExitStatus::ok))
+                co_return status;
+        }
     }
     Task<int> testing = runTest(program, options, std::move(target));
     const int status = co_await testing;

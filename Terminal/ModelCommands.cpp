@@ -70,7 +70,7 @@ Task<int> removeModel(Program& program, std::string name) {
     try {
         program.speechModels.remove(name);
     } catch (const std::exception& error) {
-        printProblem(name + ": " + error.what());
+        printProblem(error.what());
         co_return static_cast<int>(ExitStatus::noModel);
     }
     co_return static_cast<int>(ExitStatus::ok);

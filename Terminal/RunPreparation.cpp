@@ -40,19 +40,9 @@ void RunPreparation::overrideSettings(Application& application, const CaptionsCo
     }
 }
 
-void RunPreparation::checkModel(Application& application) {
-    const std::string wanted = *application.settings.speechModel;
-    const bool isFree = wanted == SpeechModels::automatic;
-    std::string why = isFree ? localized("There is no speech model on this computer.")
-                             : localized("The speech model %@ is not on this computer.", {wanted});
-    for (const SpeechModelState& model : application.speechModels.list()) {
-        if (!model.isInstalled || (!isFree && model.name != wanted))
-            continue;
-        if (model.damage.empty())
-            return;
-        why = model.damage;
-    }
-    throw RunFailure::ofStart(std::make_exception_ptr(std::runtime_error(why)));
+void RunPreparation::checkModel(const Application& application) {
+    if (const std::string problem = application.speechModelProblem(); !problem.empty())
+        throw RunFailure::ofStart(std::make_exception_ptr(std::runtime_error(problem)));
 }
 
 void RunPreparation::prepareToRecord(Application& application, const CaptionsCommand& command,

@@ -12,7 +12,7 @@ namespace tessarune::RunPreparation {
 void overrideSettings(Application& application, const CaptionsCommand& command);
 
 /// A session downloads nothing: a model that is missing or damaged is named before it begins.
-void checkModel(Application& application);
+void checkModel(const Application& application);
 
 /// Two programs must never write one catalog; what a crash left is put in order first. Says what
 /// came of it.

@@ -24,11 +24,9 @@ std::string obstacle(const std::string& target,
         return noTranslationModelText(target);
     if (state->status == TranslationAvailabilityStatus::installed)
         return "";
-    const std::string name = languageName(target);
     if (!state->damage.empty())
-        return localized("The translation model for %@ is damaged (%@). To download it again: "
-                         "tessarune-terminal --languages download %@",
-                         {name, state->damage, target});
+        return damagedModelText(target, state->damage);
+    const std::string name = languageName(target);
     return localized("The translation model for %@ is not on this computer. To download it (%@): "
                      "tessarune-terminal --languages download %@",
                      {name, downloadSize(state->bytes), target});
@@ -46,6 +44,12 @@ std::string noTranslationModelText(const std::string& id) {
     return localized("There is no translation model for %@ yet; --languages lists the languages "
                      "that have one.",
                      {languageName(id)});
+}
+
+std::string damagedModelText(const std::string& id, const std::string& damage) {
+    return localized("The translation model for %@ is damaged (%@). To download it again: "
+                     "tessarune-terminal --languages download %@",
+                     {languageName(id), damage, id});
 }
 
 std::string downloadSize(std::uint64_t bytes) {

@@ -33,6 +33,9 @@ std::string languageName(const std::string& id);
 /// That there is no model for the language, and what to do.
 std::string noTranslationModelText(const std::string& id);
 
+/// That the model for the language is damaged, how, and which command repairs it.
+std::string damagedModelText(const std::string& id, const std::string& damage);
+
 /// "38.2 MB"; a range while the size is unknown.
 std::string downloadSize(std::uint64_t bytes);
 

@@ -70,6 +70,22 @@ SpeechPlatform Application::speechPlatform() {
             makeSwresampleConverter, logger};
 }
 
+std::string Application::speechModelProblem() const {
+    const std::string wanted = *settings.speechModel;
+    const bool isFree = wanted == SpeechModels::automatic;
+    std::string problem = isFree
+                              ? localized("There is no speech model on this computer.")
+                              : localized("The speech model %@ is not on this computer.", {wanted});
+    for (const SpeechModelState& model : speechModels.list()) {
+        if (!model.isInstalled || (!isFree && model.name != wanted))
+            continue;
+        if (model.damage.empty())
+            return {};
+        problem = model.damage;
+    }
+    return problem;
+}
+
 void Application::override(AnySetting& setting, SettingValue value) {
     defaults.override(std::string(setting.key()), std::move(value));
     setting.reload();

@@ -61,6 +61,10 @@ struct Application {
     /// What a recogniser works with. The choice of the model is that of this moment.
     SpeechPlatform speechPlatform();
 
+    /// Why no session can begin: the speech model that is wanted, or any, is missing or damaged.
+    /// Empty if it is there. A session downloads nothing, so front ends ask before it begins.
+    std::string speechModelProblem() const;
+
     /// A setting for this run alone.
     void override(AnySetting& setting, SettingValue value);
     void endOverride(AnySetting& setting);

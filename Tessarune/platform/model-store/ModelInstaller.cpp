@@ -100,10 +100,13 @@ struct ModelInstaller::Shared {
     using Pointer = std::shared_ptr<Shared>;
     using JobPointer = std::shared_ptr<Job>;
 
-    static Task<bool> isSound(Pointer self, ModelKind kind, std::string name, ModelTrial trial) {
+    static Task<std::string> flaw(Pointer self, ModelKind kind, std::string name,
+                                  ModelTrial trial) {
         const std::optional<StoredModel> found = self->store.find(kind, name);
-        if (!found || !found->damage.empty())
-            co_return false;
+        if (!found)
+            co_return localized("%@ is not on this computer.", {name});
+        if (!found->damage.empty())
+            co_return found->damage;
         if (!self->checks)
             self->checks = self->host.serialQueue("tessarune.check", QueuePriority::utility);
         const Executor checks = Executor::queue(self->host, self->checks);
@@ -112,10 +115,11 @@ struct ModelInstaller::Shared {
             if (trial)
                 co_await trial(*found);
         } catch (const ModelDamaged& damage) {
-            TessaruneLog::app.notice([&] { return std::string(damage.what()); });
-            co_return false;
+            std::string why = damage.what();
+            TessaruneLog::app.notice([&] { return why; });
+            co_return why;
         }
-        co_return true;
+        co_return std::string();
     }
 
     /// The job that fetches this model: the one under way, or a new one.
@@ -158,7 +162,8 @@ struct ModelInstaller::Shared {
                 throw DownloadStopped();
         }
         // Another process may have brought it.
-        if (co_await isSound(self, model.kind, model.name, model.trial))
+        const std::string flawNow = co_await flaw(self, model.kind, model.name, model.trial);
+        if (flawNow.empty())
             co_return;
         store.files().createDirectories(store.partialFolder(model.kind, model.name));
         self->checkRoom(model);
@@ -286,15 +291,16 @@ const DownloadPolicy& ModelInstaller::policy() const {
     return shared_->downloader.policy();
 }
 
-Task<bool> ModelInstaller::isSound(ModelKind kind, std::string name, ModelTrial trial) {
-    return Shared::isSound(shared_, kind, std::move(name), std::move(trial));
+Task<std::string> ModelInstaller::flaw(ModelKind kind, std::string name, ModelTrial trial) {
+    return Shared::flaw(shared_, kind, std::move(name), std::move(trial));
 }
 
 Task<void> ModelInstaller::install(AvailableModel model, ProgressHandler progress,
                                    std::stop_token stop) {
     const std::shared_ptr<Shared> shared = shared_;
     checkNames(model);
-    if (co_await Shared::isSound(shared, model.kind, model.name, model.trial))
+    const std::string flaw = co_await Shared::flaw(shared, model.kind, model.name, model.trial);
+    if (flaw.empty())
         co_return;
     if (stop.stop_requested())
         throw DownloadStopped();

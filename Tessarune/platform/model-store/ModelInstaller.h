@@ -27,9 +27,9 @@ class ModelInstaller {
     ModelInstaller(const ModelInstaller&) = delete;
     ModelInstaller& operator=(const ModelInstaller&) = delete;
 
-    /// Whether the model stands in the store, in whatever part of it, all its sums are right and
-    /// the trial, if there is one, does not fail.
-    Task<bool> isSound(ModelKind kind, std::string name, ModelTrial trial = {});
+    /// Why the model is of no use; empty if it stands in the store, in whatever part of it, all its
+    /// sums are right and the trial, if there is one, does not fail.
+    Task<std::string> flaw(ModelKind kind, std::string name, ModelTrial trial = {});
 
     /// Returns when the model stands in the store: a sound one stays, another is replaced once the
     /// new one is whole. A new one that fails its trial is removed. Throws an exception with a text

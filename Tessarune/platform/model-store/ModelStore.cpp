@@ -190,7 +190,7 @@ void ModelStore::remove(ModelKind kind, std::string_view name) {
             throw std::runtime_error(localized("%@ is being downloaded and cannot be removed now.",
                                                {std::string(name)}));
     }
-    files_.remove(partialFolder(kind, name));
+    const bool wasBegun = files_.remove(partialFolder(kind, name));
     if (files_.exists(own)) {
         // The record goes first: a removal that is cut short leaves no model that looks whole.
         files_.remove(own / recordName);
@@ -200,6 +200,8 @@ void ModelStore::remove(ModelKind kind, std::string_view name) {
     if (const std::optional<StoredModel> model = find(kind, name))
         throw std::runtime_error(localized("%@ came with the program and cannot be removed: %@",
                                            {model->name, model->folder.string()}));
+    if (!wasBegun)
+        throw std::runtime_error(localized("%@ is not on this computer.", {std::string(name)}));
 }
 
 StoredModel ModelStore::adopt(ModelKind kind, const std::string& name,

@@ -69,8 +69,8 @@ class ModelStore {
     static void verify(const StoredModel& model);
 
     /// Removes a model from the user's part, with what is left of an interrupted download. Throws
-    /// std::runtime_error if it is another part's or is being downloaded, std::system_error if the
-    /// disk refuses.
+    /// std::runtime_error if it is not there, is another part's or is being downloaded,
+    /// std::system_error if the disk refuses.
     void remove(ModelKind kind, std::string_view name);
 
     /// Whether a name can be one of a model or of a file: letters, digits, ".", "_" and "-", not

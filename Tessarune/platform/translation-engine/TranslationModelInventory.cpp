@@ -128,7 +128,8 @@ struct TranslationModelInventory::Shared {
 
     static Task<void> install(Pointer self, Languages languages,
                               ModelInstaller::ProgressHandler progress, std::stop_token stop) {
-        if (co_await isSound(self, languages))
+        const std::string flawNow = co_await flaw(self, languages, self->trial);
+        if (flawNow.empty())
             co_return;
         std::exception_ptr failure;
         try {
@@ -171,12 +172,13 @@ struct TranslationModelInventory::Shared {
             waiter.resume(failure);
     }
 
-    static Task<bool> isSound(Pointer self, Languages languages) {
+    static Task<std::string> flaw(Pointer self, Languages languages, ModelTrial trial) {
         const std::optional<TranslationPair> pair = self->pairFor(languages);
         if (!pair)
-            co_return false;
-        co_return co_await self->installer.isSound(ModelKind::translation, pair->modelName(),
-                                                   self->trial);
+            co_return localized("There is no translation from %@ to %@.",
+                                {languages.source, languages.target});
+        co_return co_await self->installer.flaw(ModelKind::translation, pair->modelName(),
+                                                std::move(trial));
     }
 
     std::optional<TranslationPair> pairFor(const Languages& languages) const {
@@ -291,6 +293,10 @@ TranslationModelInventory::download(std::string id,
                                     std::function<void(TranslationDownloadProgress)> progress,
                                     std::stop_token stop) {
     return Shared::download(shared_, std::move(id), std::move(progress), std::move(stop));
+}
+
+Task<std::string> TranslationModelInventory::flaw(std::string id) {
+    return Shared::flaw(shared_, languagesFor(id), {});
 }
 
 void TranslationModelInventory::remove(const std::string& id) {

@@ -43,6 +43,10 @@ class TranslationModelInventory final : public TranslationLanguages {
     /// that the engine cannot use, stays until another has arrived in its place.
     Task<void> bring(std::string source, std::string target, Executor executor);
 
+    /// Why the model for a target that is offered is of no use; empty if it is here and all its
+    /// sums are right, which `list` does not look at. Main queue.
+    Task<std::string> flaw(std::string id);
+
     std::vector<TranslationLanguageState> list() const override;
     Task<void> download(std::string id, std::function<void(TranslationDownloadProgress)> progress,
                         std::stop_token stop) override;

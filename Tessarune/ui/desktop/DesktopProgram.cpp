@@ -67,6 +67,7 @@ class DesktopProgram {
     /// Shows the text until the user has read it.
     void tell(const std::string& text) { notice_ = text; }
     Task<void> connect();
+    bool hasSpeechModel();
     void toggle(const LiveSessionControlTrigger& trigger);
     Task<void> connectAndStart(LiveSessionControlTrigger trigger);
     void close();
@@ -149,7 +150,19 @@ Task<void> DesktopProgram::connect() {
     soundProblem_ = problem;
 }
 
+/// Says what is wrong where there is none: a session would fetch it without a word.
+bool DesktopProgram::hasSpeechModel() {
+    const std::string problem = application_.speechModelProblem();
+    if (!problem.empty())
+        tell(problem + " " +
+             localized("In a terminal, tessarune-terminal --model list shows the speech models; "
+                       "--model NAME downloads one, or replaces a damaged one."));
+    return problem.empty();
+}
+
 void DesktopProgram::toggle(const LiveSessionControlTrigger& trigger) {
+    if (!*store().view().isListening && !hasSpeechModel())
+        return;
     if (hasSound_)
         store().toggleListening(trigger);
     else if (!isConnecting_)

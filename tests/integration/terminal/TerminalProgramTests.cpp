@@ -253,6 +253,7 @@ TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
          "no/such/folder"},
         {{"--source", "file:a.wav", "--event-log", "a.wav", "--overwrite"}, 73, "the sound"},
         {{"--model", "remove", "tiny-en"}, 78, "tiny-en"},
+        {{"--languages", "remove", "ja"}, 78, "not on this computer"},
     };
     for (const auto& c : cases) {
         const ProgramRun result = terminal(c.arguments);

@@ -47,6 +47,7 @@ TEST_F(ModelStoreTest, OwnModelHidesTheShippedOneUnlessItIsDamaged) {
     store_.remove(ModelKind::speech, "tiny-en");
     EXPECT_FALSE(std::filesystem::exists(own.folder));
     EXPECT_TRUE(store_.find(ModelKind::speech, "tiny-en").has_value());
+    EXPECT_THROW(store_.remove(ModelKind::speech, "small-en"), std::runtime_error) << "not there";
     EXPECT_TRUE(store_.list(ModelKind::translation).empty());
 }
 

@@ -263,8 +263,10 @@ TEST_F(TranslationDownloadTest, LanguagesAreListedDownloadedAndRemoved) {
     const auto vocabulary =
         store.find(ModelKind::translation, "en-fr").value().path("vocab.enfr.spm");
     writeContents(vocabulary, "NO vocabulary");
+    EXPECT_NE(run(inventory.flaw("fr")).text.find("vocab.enfr.spm"), std::string::npos);
     EXPECT_EQ(run(inventory.download("fr", {}, {})).failure, "");
     EXPECT_EQ(contentsOf(vocabulary), "no vocabulary") << "also if only its sum is wrong";
+    EXPECT_EQ(run(inventory.flaw("fr")).text, "");
 
     inventory.remove("fr");
     EXPECT_EQ(state("fr").status, TranslationAvailabilityStatus::supported);

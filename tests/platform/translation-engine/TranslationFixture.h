@@ -95,6 +95,7 @@ class TranslationFixture : public ::testing::Test {
     static std::string textOf(const TranslationSession::Response& response) {
         return response.targetText;
     }
+    static std::string textOf(const std::string& text) { return text; }
     static std::string textOf(bool answer) { return answer ? "yes" : "no"; }
     static std::string textOf(TranslationAvailabilityStatus status) {
         return std::string(name(status));
