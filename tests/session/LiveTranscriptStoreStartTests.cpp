@@ -93,9 +93,11 @@ TEST_F(LiveTranscriptStoreStartTests, AFailureIsShownAndLeavesNothingBehind) {
         SCOPED_TRACE(c.name);
         session.store->selectSource(c.source);
         c.arrange();
+        session.store->handleAudioLevel(0.5);
         session.start();
         EXPECT_EQ(session.phase(), Phase::failed);
         EXPECT_FALSE(*session.store->view().isListening);
+        EXPECT_EQ(session.store->view().audioLevel, 0.08);
         EXPECT_TRUE(liveLine().starts_with(c.message)) << liveLine();
         EXPECT_FALSE(liveLine().empty());
         EXPECT_EQ(field("listen.start.failed", "error"), liveLine());
@@ -126,7 +128,6 @@ TEST_F(LiveTranscriptStoreStartTests, AStopOvertakesAStart) {
         bool startsAnew; ///< before the first start has ended
         std::vector<Phase> phases;
     };
-    const std::vector<Phase> stopped{Phase::preparing, Phase::stopping, Phase::idle};
     const std::vector<Case> cases{
         {"the dialog is open",
          [&] { session.desktop.microphoneSeconds = 5; },
@@ -298,6 +299,8 @@ TEST_F(LiveTranscriptStoreStartTests, SilenceStopsTheSessionAndAnySoundPutsItOff
     session.host.advanceBy(16);
     EXPECT_EQ(session.phase(), Phase::idle);
     EXPECT_EQ(field("listen.stop.requested", "triggerCategory"), "automatic");
+    EXPECT_EQ(field("listen.stop.requested", "trigger.timeoutSeconds"), "60.000");
+    EXPECT_EQ(session.logLines("listen.stop.requested").back()["triggerUserInitiated"], false);
     const auto shown =
         std::find(session.refreshes.begin(), session.refreshes.end(), "audioInactivity.timeout");
     ASSERT_NE(shown, session.refreshes.end());
