@@ -179,6 +179,19 @@ TEST_F(CaptionWindowTests, CommandsHaveTheKeysOfTheSettingsWhileTheyMakeSense) {
     EXPECT_FALSE(menu->isVisible());
 }
 
+TEST_F(CaptionWindowTests, AButtonSaysWhatItDoesWhileThePointerRestsOnIt) {
+    QQuickWindow& window = captions.window->window();
+    const auto hintShows = [&] {
+        return std::ranges::any_of(window.findChildren<QQuickItem*>("hint"),
+                                   [](const QQuickItem* hint) { return hint->isVisible(); });
+    };
+    QTest::mouseMove(&window, {200, 200});
+    QTest::mouseMove(&window, {window.width() - 27, 24});
+    EXPECT_TRUE(runUntil(hintShows));
+    QTest::mouseMove(&window, {200, 200});
+    EXPECT_TRUE(runUntil([&] { return !hintShows(); }));
+}
+
 TEST_F(CaptionWindowTests, ReturnsToItsPlaceAndToNoneThatIsOutOfReach) {
     const QRect place(40, 30, 500, 250);
     captions.window->window().setGeometry(place);

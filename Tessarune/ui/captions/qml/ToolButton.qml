@@ -28,7 +28,8 @@ Rectangle {
     }
 
     Rectangle {
-        visible: rest.hasRested
+        objectName: "hint"
+        visible: rest.hasRested && area.containsMouse
         anchors { top: parent.bottom; topMargin: 4; right: parent.right }
         width: hint.width + 18
         height: 28
@@ -52,6 +53,7 @@ Rectangle {
         anchors.fill: parent
         hoverEnabled: true
         cursorShape: Qt.PointingHandCursor
+        onContainsMouseChanged: rest.hasRested = false
         onClicked: root.activated()
     }
 
@@ -59,8 +61,7 @@ Rectangle {
         id: rest
         property bool hasRested: false
         interval: 600
-        running: area.containsMouse
+        running: area.containsMouse && !hasRested
         onTriggered: hasRested = true
-        onRunningChanged: if (!area.containsMouse) hasRested = false
     }
 }
