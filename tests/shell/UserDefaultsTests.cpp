@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <sys/stat.h>
 
 #include <fstream>
 
@@ -72,6 +73,12 @@ TEST_F(UserDefaultsTests, AFileThatIsNotUnderstoodIsNeverOverwritten) {
         defaults.set("b", true);
         EXPECT_EQ(stored()["b"], true);
     }
+    // Behind a link may be a device, which is nobody's to move.
+    const auto pipe = folder / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    std::filesystem::create_symlink(pipe, folder / "link.json");
+    JSONUserDefaults(files, folder / "link.json").keepAside();
+    EXPECT_TRUE(std::filesystem::is_fifo(pipe));
 }
 
 /// Whoever switched recording off and spoiled the file must not be recorded.

@@ -12,13 +12,17 @@ using Json = JSON::Value;
 
 namespace {
 
-/// What a symbolic link leads to, so that whoever keeps the settings elsewhere keeps the link.
-std::filesystem::path linkedFile(std::filesystem::path file) {
+/// What a symbolic link leads to, so that whoever keeps the settings elsewhere keeps the link. What
+/// is no file, as a device, is never moved or replaced: there it is the link that is.
+std::filesystem::path linkedFile(const std::filesystem::path& file) {
     constexpr int mostLinks = 40; // as the kernel
     std::error_code error;
-    for (int i = 0; i < mostLinks && std::filesystem::is_symlink(file, error); ++i)
-        file = file.parent_path() / std::filesystem::read_symlink(file, error);
-    return file;
+    std::filesystem::path target = file;
+    for (int i = 0; i < mostLinks && std::filesystem::is_symlink(target, error); ++i)
+        target = target.parent_path() / std::filesystem::read_symlink(target, error);
+    const bool isOther =
+        std::filesystem::exists(target, error) && !std::filesystem::is_regular_file(target, error);
+    return isOther ? file : target;
 }
 
 } // namespace
@@ -28,7 +32,7 @@ struct JSONUserDefaults::Content {
 };
 
 JSONUserDefaults::JSONUserDefaults(FileSystem& files, std::filesystem::path file)
-    : files_(files), file_(linkedFile(std::move(file))), content_(std::make_unique<Content>()) {
+    : files_(files), file_(linkedFile(file)), content_(std::make_unique<Content>()) {
     load();
 }
 
