@@ -89,10 +89,11 @@ TEST(PosixFileSystemTests, WhatItMakesIsTheUsersAlone) {
     EXPECT_EQ(count, 7);
 }
 
-TEST(PosixFileSystemTests, APipeInPlaceOfAFileHoldsNobodyUp) {
+TEST(PosixFileSystemTests, APipeOrADeviceInPlaceOfAFileHoldsNobodyUp) {
     const testing::TemporaryFolder folder;
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     EXPECT_EQ(PosixFileSystem().read(folder / "pipe"), "");
+    EXPECT_EQ(PosixFileSystem().read("/dev/zero"), "");
 }
 
 TEST(PosixFileSystemTests, AReadOnlyFolderIsNamedAsWhatItIs) {
