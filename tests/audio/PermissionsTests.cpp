@@ -115,11 +115,11 @@ TEST_F(PermissionsTests, TheGatePassesOrSaysWhatIsRefused) {
     };
     for (const Step& step : steps) {
         SCOPED_TRACE(step.name);
-        CountedDefaults defaults;
+        CountedDefaults own;
         server.openFailure.reset();
         if (step.serverStatus != 0)
             server.openFailure = SoundServerError(step.serverStatus, "fault");
-        PermissionsManager permissions(host, server, defaults, system(step.speech, step.answer));
+        PermissionsManager permissions(host, server, own, system(step.speech, step.answer));
         EXPECT_EQ(gate(permissions, step.source), step.outcome);
         EXPECT_EQ(*permissions.microphone, step.microphoneAfter);
         EXPECT_EQ(*permissions.speech, step.speechAfter);
@@ -127,7 +127,7 @@ TEST_F(PermissionsTests, TheGatePassesOrSaysWhatIsRefused) {
         if (step.source.isMicrophone()) {
             EXPECT_EQ(server.requests.back().sourceID, step.source.deviceID().value_or("mic"));
         }
-        PermissionsManager again(host, server, defaults, system(step.speech, step.answer));
+        PermissionsManager again(host, server, own, system(step.speech, step.answer));
         EXPECT_EQ(*again.microphone, step.microphoneAfter) << "kept in the defaults";
     }
 }
