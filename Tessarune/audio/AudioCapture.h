@@ -26,7 +26,7 @@ class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
 
     AudioCapture(Host& host, SoundServer& server, AudioSource source, std::string_view queueLabel);
 
-    /// Begins a capture, after ending one that is still running. Goes on on the main queue. Throws
+    /// Begins a capture, after ending one that is still running. Resumes on the main queue. Throws
     /// what the hooks below throw, and then nothing is left open.
     Task<void> begin();
     /// Ends the capture once its queue has come to it.

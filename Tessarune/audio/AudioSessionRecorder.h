@@ -79,7 +79,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     /// Closes the file without waiting. Nothing happens if none is open.
     void stop();
 
-    /// Closes the file and gives its entry, if one was open. Never throws. Goes on on the main
+    /// Closes the file and gives its entry, if one was open. Never throws. Resumes on the main
     /// queue.
     Task<std::optional<RecordingMetadata>> finishAndStop();
 

@@ -30,10 +30,10 @@ class MicrophoneCapture final : public AudioCapture {
     std::function<void(const CaptureEvent&)> onEvent;
 
     /// With a sample rate the buffers are one channel at that rate, else as the device gives them.
-    /// Goes on on the main queue. Throws LocalizedError of `errorDomain`, or SoundServerError where
+    /// Resumes on the main queue. Throws LocalizedError of `errorDomain`, or SoundServerError where
     /// the server refuses the stream.
     Task<void> start(std::optional<double> sampleRate);
-    /// Goes on on the main queue; no callback runs after that.
+    /// Resumes on the main queue; no callback runs after that.
     Task<void> stop() { return end(); }
 
   private:

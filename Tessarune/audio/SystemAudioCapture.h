@@ -41,7 +41,7 @@ class SystemAudioCapture final : public AudioCapture {
     /// Set before `start`; it is not changed while a capture runs.
     std::weak_ptr<SystemAudioCaptureDelegate> delegate;
 
-    /// Begins a capture, after ending one that is still running. Goes on on the main queue. Throws
+    /// Begins a capture, after ending one that is still running. Resumes on the main queue. Throws
     /// SystemAudioCaptureError, and then nothing is left open.
     Task<void> start() { return begin(); }
     /// Ends the capture; nothing is delivered once the capture queue has come to it.

@@ -36,7 +36,7 @@ class AudioExporter {
 
     /// Writes `from` as M4A to `to`, which appears whole or not at all: AAC, 16000 Hz, one channel,
     /// 32000 bits a second. `progress` is called on the queue. Throws ExportError, or
-    /// CancellationError when asked to stop. Goes on on the main queue.
+    /// CancellationError when asked to stop. Resumes on the main queue.
     Task<void> transcodeToM4A(std::filesystem::path from, std::filesystem::path to,
                               MediaProgress progress = {}, std::stop_token stop = {});
 

@@ -64,7 +64,7 @@ class RecordingAudioCompressor {
 
     /// Gives the updated entry. The WAV is removed, if `deleteSource`
     /// asks for it, once the M4A is on the disk, has the recording's length and is in the catalog.
-    /// Throws CompressionError, AudioExporter::ExportError, or CancellationError. Goes on on the
+    /// Throws CompressionError, AudioExporter::ExportError, or CancellationError. Resumes on the
     /// main queue.
     Task<RecordingMetadata> compressWAVToM4A(RecordingMetadata recording, bool deleteSource,
                                              MediaProgress progress = {},

@@ -26,7 +26,7 @@ class LiveHistoryText {
     /// is long.
     Built build(std::string_view previous, const SessionTranscriptBuilder::Sources& sources);
 
-    double builtAt = 0; ///< for whoever paces it; seconds since 1970
+    double builtAt = 0; ///< paces the next build; seconds since 1970
 
   private:
     bool goesOn(std::string_view previous, std::span<const CaptionSegment> rows) const;

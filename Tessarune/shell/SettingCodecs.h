@@ -18,7 +18,7 @@ SettingCodec<std::string> mirrorCodec();
 /// Stored is the translator's name. One that is not known stays as it is: it is told, not replaced.
 SettingCodec<std::string> backendCodec();
 SettingCodec<std::string> targetLanguageCodec();
-/// Whoever said something about it that is not understood may have said no.
+/// A stored value that is not understood may have meant no, so it switches recording off.
 SettingCodec<bool> recordingCodec();
 SettingCodec<DiagnosticsLevel> levelCodec();
 SettingCodec<AppleAnalyzerDiagnosticsMode> analyzerModeCodec();

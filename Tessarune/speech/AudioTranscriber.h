@@ -22,7 +22,7 @@ class AudioTranscriber {
     virtual ~AudioTranscriber() = default;
 
     /// Makes the engine ready and begins a session. Throws, with a text that can be shown, if there
-    /// is no session then. Goes on on the main queue.
+    /// is no session then. Resumes on the main queue.
     virtual Task<void> start(std::string locale) = 0;
 
     /// Takes sound, in the order in which it was captured. Without a session it is dropped.
@@ -35,7 +35,7 @@ class AudioTranscriber {
     virtual void stop() = 0;
 
     /// Ends the session after the results for all sound that was appended, or after a bounded time.
-    /// Never throws. Goes on on the main queue.
+    /// Never throws. Resumes on the main queue.
     virtual Task<void> finishDrainingAndStop() = 0;
 
     /// Begins a new utterance at this moment and forgets the running one; the session goes on.

@@ -61,7 +61,7 @@ Task<T> runOn(Executor worker, Task<T> work, Executor back) {
         co_return std::move(*result);
 }
 
-/// Goes on on the main queue.
+/// Resumes on the main queue.
 template <typename Work>
 auto runOn(Executor worker, Work work) {
     const Executor main = Executor::main(worker.host());

@@ -190,7 +190,7 @@ inline SwitchTo switchTo(Executor executor) {
 }
 
 /// `co_await sleep(executor, seconds, stop)`: true after the time has passed, false as soon as the
-/// token asks to stop. Goes on on `executor` in both cases.
+/// token asks to stop. Resumes on `executor` in both cases.
 Task<bool> sleep(Executor executor, double seconds, std::stop_token stop = {});
 
 } // namespace tessarune

@@ -71,14 +71,14 @@ class Downloader {
     /// Brings the file into the folder, under its name once it is whole and right, beside it
     /// (".part") before. What stands there from an earlier try is used: a right file is left alone,
     /// a part is continued. A wrong one is removed; then, if it had been put together from parts,
-    /// it is fetched once more. Goes on on `executor`. Throws DownloadFailed, and
+    /// it is fetched once more. Resumes on `executor`. Throws DownloadFailed, and
     /// std::system_error if the disk fails.
     Task<void> fetch(Executor executor, FileToFetch file, std::filesystem::path folder,
                      Progress progress, std::stop_token stop);
 
     /// A list of at most `limit` bytes that is needed at once and kept nowhere; what the name says
     /// stands in the failure's text. Tries and pauses as `fetch`, always from the beginning. The
-    /// caller has to see for himself whether it is right. Goes on on `executor`.
+    /// caller has to see for himself whether it is right. Resumes on `executor`.
     Task<std::string> fetchText(Executor executor, std::string name, std::string url,
                                 std::uint64_t limit, std::stop_token stop);
 

@@ -257,7 +257,7 @@ TEST_F(TranslationDownloadTest, LanguagesAreListedDownloadedAndRemoved) {
     writeContents(store.find(ModelKind::translation, "en-fr").value().path("vocab.enfr.spm"), "");
     EXPECT_NE(state("fr").damage.find("vocab.enfr.spm"), std::string::npos);
     EXPECT_EQ(state("fr").status, TranslationAvailabilityStatus::supported);
-    EXPECT_EQ(run(inventory.download("fr", {}, {})).failure, "") << "brought anew";
+    EXPECT_EQ(run(inventory.download("fr", {}, {})).failure, "") << "downloaded again";
     EXPECT_EQ(state("fr").damage, "");
 
     const auto vocabulary =
