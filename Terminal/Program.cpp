@@ -3,11 +3,11 @@
 #include "Terminal/CaptionsRun.h"
 #include "Terminal/CommandOutput.h"
 #include "Terminal/ExitStatus.h"
-#include "Terminal/HistoryCommands.h"
 #include "Terminal/LanguageCommands.h"
 #include "Terminal/ModelCommands.h"
 #include "Terminal/SettingsCommands.h"
 #include "Terminal/SourcesCommand.h"
+#include "Terminal/history/HistoryCommands.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <unistd.h>
@@ -59,11 +59,8 @@ struct Dispatch {
     Task<int> operator()(const TestTranslationCommand& command) const {
         return testTranslation(program, options, command.target);
     }
-    Task<int> operator()(const ListRecordingsCommand&) const {
-        return listRecordings(program, options);
-    }
-    Task<int> operator()(const ShowRecordingCommand& command) const {
-        return showRecording(program, options, command.id);
+    Task<int> operator()(const HistoryCommand& command) const {
+        return runHistoryCommand(program, options, command);
     }
     Task<int> operator()(const ShowSettingsCommand&) const {
         return showSettings(program, options);

@@ -8,19 +8,11 @@
 #include "TessaruneCore/text/TextColumns.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
-#include <stdexcept>
 
 namespace tessarune {
 
 namespace {
-
-/// What is wrong with the command line, for the user.
-struct UsageProblem : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
 
 using SourceChoice = std::variant<AudioSource, FileSource>;
 
@@ -109,7 +101,6 @@ struct Words {
     std::string locale;
     std::string eventLog;
     bool overwrites = false;
-    std::string show;
     std::string target;
     std::string testTranslation;
     std::vector<std::string> model;
@@ -118,15 +109,9 @@ struct Words {
     bool fast = false;
     bool noRecord = false;
     bool listSources = false;
-    bool listRecordings = false;
     bool showSettings = false;
     std::vector<CLI::Option*> captions; ///< that only captions can have
-    std::vector<CLI::Option*> commands; ///< that stand instead of captions
 };
-
-bool isGiven(const CLI::Option* option) {
-    return option->count() > 0;
-}
 
 void declareCaptions(CLI::App& app, Words& words) {
     const auto add = [&](CLI::Option* option) {
@@ -169,38 +154,26 @@ void declareOutput(CLI::App& app, TerminalOptions& options) {
         ->group(group);
 }
 
-void declareCommands(CLI::App& app, Words& words) {
-    std::string group = localized("Recorded sessions");
-    const auto add = [&](CLI::Option* option) {
-        option->group(group);
-        words.commands.push_back(option);
-        return option;
-    };
-    add(app.add_flag("--list", words.listRecordings, localized("List them, the newest first")));
-    add(app.add_option("--show", words.show,
-                       localized("Print a transcript, by its ID or the beginning of it")))
-        ->type_name("ID");
-    group = localized("Sound, models and languages");
-    add(app.add_flag("--list-sources", words.listSources,
-                     localized("List what can be listened to")));
-    add(app.add_option("--model", words.model,
-                       localized("The speech models: list, NAME (download it) or remove NAME")))
-        ->type_name("NAME")
+void declareCommands(CommandOptions& options, Words& words) {
+    options.begin(localized("Sound, models and languages"));
+    options.flag("--list-sources", words.listSources, localized("List what can be listened to"));
+    options
+        .words("--model", words.model, "NAME",
+               localized("The speech models: list, NAME (download it) or remove NAME"))
         ->expected(1, 2);
-    add(app.add_option("--languages", words.languages,
-                       localized("The languages to translate into: list (the default), download "
-                                 "LANG or remove LANG")))
-        ->type_name("[LANG]")
+    options
+        .words("--languages", words.languages, "[LANG]",
+               localized("The languages to translate into: list (the default), download "
+                         "LANG or remove LANG"))
         ->expected(0, 2);
-    add(app.add_option("--test-translation", words.testTranslation,
-                       localized("Translate a sample; downloads the language if it is missing")))
-        ->type_name("LANG");
-    group = localized("Settings");
-    add(app.add_flag("--settings", words.showSettings,
-                     localized("Show all settings, what they do and their possible values")));
-    add(app.add_option("--set", words.assignments,
-                       localized("Change a setting; may be given several times")))
-        ->type_name("KEY=VALUE")
+    options.words("--test-translation", words.testTranslation, "LANG",
+                  localized("Translate a sample; downloads the language if it is missing"));
+    options.begin(localized("Settings"));
+    options.flag("--settings", words.showSettings,
+                 localized("Show all settings, what they do and their possible values"));
+    options
+        .words("--set", words.assignments, "KEY=VALUE",
+               localized("Change a setting; may be given several times"))
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
@@ -219,24 +192,10 @@ void refuseEmptyWords(int argc, const char* const* argv) {
     }
 }
 
-void refuseWhatDoesNotGoTogether(const CLI::App& app, const Words& words) {
+void refuseStrays(const CLI::App& app) {
     const std::vector<std::string> strays = app.remaining();
     if (!strays.empty())
         throw UsageProblem(localized("'%@' is not understood.", {strays.front()}));
-    const auto command = std::ranges::find_if(words.commands, isGiven);
-    if (command == words.commands.end())
-        return;
-    const auto clash = [&](const CLI::Option* other) {
-        throw UsageProblem(localized("%@ and %@ cannot be combined.",
-                                     {(*command)->get_name(), other->get_name()}));
-    };
-    std::for_each(command + 1, words.commands.end(), [&](const CLI::Option* other) {
-        if (isGiven(other))
-            clash(other);
-    });
-    if (const auto captions = std::ranges::find_if(words.captions, isGiven);
-        captions != words.captions.end())
-        clash(*captions);
 }
 
 CaptionsCommand captionsCommand(const Words& words, bool sourceWasChosen) {
@@ -262,14 +221,12 @@ CaptionsCommand captionsCommand(const Words& words, bool sourceWasChosen) {
     return command;
 }
 
-TerminalOptions::Command commandOf(const CLI::App& app, const Words& words) {
-    refuseWhatDoesNotGoTogether(app, words);
+TerminalOptions::Command commandOf(const CLI::App& app, const Words& words,
+                                   const HistoryOptions& history) {
+    if (const auto command = history.command())
+        return *command;
     if (words.listSources)
         return ListSourcesCommand{};
-    if (words.listRecordings)
-        return ListRecordingsCommand{};
-    if (isGiven(app.get_option("--show")))
-        return ShowRecordingCommand{words.show};
     if (isGiven(app.get_option("--model")))
         return parseModel(words.model);
     if (isGiven(app.get_option("--languages")))
@@ -313,13 +270,18 @@ std::variant<TerminalOptions, int> TerminalOptions::parse(int argc, const char* 
     app.allow_extras();
     TerminalOptions options;
     Words words;
+    CommandOptions commands(app);
+    HistoryOptions history;
     declareCaptions(app, words);
-    declareCommands(app, words);
+    history.declare(commands);
+    declareCommands(commands, words);
     declareOutput(app, options);
     try {
         refuseEmptyWords(argc, argv);
         app.parse(argc, argv);
-        options.command = commandOf(app, words);
+        refuseStrays(app);
+        commands.refuseClashes(words.captions);
+        options.command = commandOf(app, words, history);
     } catch (const UsageProblem& problem) {
         return tellUsageProblem(problem.what(), err);
     } catch (const CLI::CallForHelp&) {

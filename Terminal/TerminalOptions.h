@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Terminal/HistoryOptions.h"
 #include "Tessarune/audio/AudioSource.h"
 
 #include <filesystem>
@@ -52,10 +53,6 @@ struct TestTranslationCommand {
     std::string target;
 };
 
-struct ListRecordingsCommand {};
-struct ShowRecordingCommand {
-    std::string id; ///< or the beginning of one
-};
 struct ShowSettingsCommand {};
 struct SetCommand {
     std::vector<std::pair<std::string, std::string>> values; ///< key and text, in order
@@ -66,8 +63,8 @@ struct TerminalOptions {
     using Command =
         std::variant<CaptionsCommand, ListSourcesCommand, ListModelsCommand, InstallModelCommand,
                      RemoveModelCommand, ListLanguagesCommand, DownloadLanguageCommand,
-                     RemoveLanguageCommand, TestTranslationCommand, ListRecordingsCommand,
-                     ShowRecordingCommand, ShowSettingsCommand, SetCommand>;
+                     RemoveLanguageCommand, TestTranslationCommand, HistoryCommand,
+                     ShowSettingsCommand, SetCommand>;
 
     Command command;
     bool json = false;

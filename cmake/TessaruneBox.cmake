@@ -6,7 +6,7 @@
 function(tessarune_box target)
   cmake_parse_arguments(BOX "" "" "USES;LIBRARIES" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp" "${CMAKE_CURRENT_SOURCE_DIR}/*.h")
-  if(target STREQUAL "TessaruneCore")
+  if(target MATCHES "^(TessaruneCore|tessarune-terminal-box)$")
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp" "${CMAKE_CURRENT_SOURCE_DIR}/*.h")
   endif()
   list(FILTER sources EXCLUDE REGEX "/main\\.cpp$") # a program's, not the box's

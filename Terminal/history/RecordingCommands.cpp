@@ -1,12 +1,11 @@
-#include "Terminal/HistoryCommands.h"
+#include "Terminal/history/RecordingCommands.h"
 
 #include "Terminal/CommandOutput.h"
 #include "Terminal/ExitStatus.h"
+#include "Terminal/history/RecordingChoice.h"
 #include "Tessarune/history/HistoryItemLoader.h"
-#include "Tessarune/platform/disk/DataFolderLock.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
-#include "TessaruneCore/text/TextColumns.h"
 
 #include <nlohmann/json.hpp>
 
@@ -16,18 +15,6 @@
 namespace tessarune {
 
 namespace {
-
-/// As much of an identifier as a person types.
-constexpr std::size_t shortIDLength = 8;
-constexpr std::size_t rowColumns = 80;
-/// Of several sessions that could be meant, as many are named.
-constexpr std::size_t mostNamed = 10;
-
-/// The process that records the session now; nothing for one that is over, or was cut off.
-std::optional<int> recorderOf(const Program& program, const HistoryItem& item) {
-    const auto holder = item.live ? DataFolderLock::holder(program.paths) : std::nullopt;
-    return holder ? std::optional(holder->processID) : std::nullopt;
-}
 
 std::string runningText(int recorder) {
     return localized("(running, process %lld)", {std::to_string(recorder)});
@@ -83,42 +70,6 @@ void printRecording(const Program& program, const HistoryItem& item,
     printJSON(object);
 }
 
-/// One line that fits a screen; the note tells more than how the session began.
-std::string recordingRow(const HistoryItem& item, std::size_t idLength, const std::string& text) {
-    const std::string row = item.id.text().substr(0, idLength) + "  " + item.date + " " +
-                            item.time + "  " + Text::padded(item.dur, shortIDLength) + "  ";
-    const std::string_view content = Text::trimmed(item.note.empty() ? text : item.note);
-    const std::size_t room = rowColumns - std::min(rowColumns, Text::columns(row));
-    return row + Text::fitted(Text::printableLine(Text::prefix(content, rowColumns)), room);
-}
-
-/// The recordings whose identifier begins so, in either case; also those that are not listed.
-std::vector<HistoryItem> matching(Program& program, const std::string& id) {
-    const std::string wanted = Text::lowercased(id);
-    std::vector<HistoryItem> found;
-    for (const auto& recording : program.catalog.recordings()) {
-        if (Text::lowercased(recording.id.text()).starts_with(wanted))
-            found.push_back(HistoryItemLoader::row(recording, program.catalog, program.files));
-    }
-    return found;
-}
-
-/// None of them, or more than one.
-void tellWhichWereFound(Program& program, const std::vector<HistoryItem>& found,
-                        const std::string& id) {
-    if (found.empty()) {
-        printProblem(
-            localized("There is no session '%@'; --list shows those that there are.", {id}));
-        return;
-    }
-    printProblem(localized("The IDs of several sessions begin with '%@':", {id}));
-    Transcripts transcripts(program);
-    for (std::size_t i = 0; i < std::min(found.size(), mostNamed); ++i)
-        printNotice(recordingRow(found[i], std::string::npos, transcripts.rowText(found[i])));
-    if (found.size() > mostNamed)
-        printNotice("…");
-}
-
 void printTranscript(Transcripts& transcripts, const HistoryItem& item) {
     const std::string bilingual = transcripts.bilingual(item);
     const std::string text = bilingual.empty() ? transcripts.source(item) : bilingual;
@@ -140,7 +91,7 @@ Task<int> listRecordings(Program& program, const TerminalOptions& options) {
         if (options.json)
             printRecording(program, item, json(item));
         else
-            printText(recordingRow(item, shortIDLength, transcripts.rowText(item)));
+            printText(recordingRow(item, transcripts.rowText(item)));
     }
     if (!problem.empty()) {
         printProblem(problem);
@@ -156,17 +107,10 @@ Task<int> listRecordings(Program& program, const TerminalOptions& options) {
 }
 
 Task<int> showRecording(Program& program, const TerminalOptions& options, std::string id) {
-    const auto found = matching(program, id);
-    if (const std::string problem = program.catalog.readingProblem();
-        found.empty() && !problem.empty()) {
-        printProblem(problem);
-        co_return static_cast<int>(ExitStatus::ioError);
-    }
-    if (found.size() != 1) {
-        tellWhichWereFound(program, found, id);
-        co_return static_cast<int>(ExitStatus::noSuchRecording);
-    }
-    const HistoryItem& item = found.front();
+    const auto chosen = chosenRecording(program, id);
+    if (const int* status = std::get_if<int>(&chosen))
+        co_return *status;
+    const HistoryItem& item = std::get<HistoryItem>(chosen);
     Transcripts transcripts(program);
     if (options.json) {
         nlohmann::ordered_json object = json(item);

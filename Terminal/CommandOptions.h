@@ -1,0 +1,70 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace tessarune {
+
+/// What is wrong with the command line, for the user.
+struct UsageProblem : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// The options that stand in place of captions: of these a command line has one at most. Each may
+/// have details, which mean nothing without it.
+class CommandOptions {
+  public:
+    explicit CommandOptions(CLI::App& app) : app_(app) {}
+
+    /// The heading of the options that follow, in the help.
+    void begin(std::string heading) { heading_ = std::move(heading); }
+
+    CLI::Option* flag(const std::string& name, bool& value, const std::string& help) {
+        return command(app_.add_flag(name, value, help));
+    }
+    /// A command with one word, or with as many as `value` and `expected` allow.
+    template <typename Value>
+    CLI::Option* words(const std::string& name, Value& value, const std::string& type,
+                       const std::string& help) {
+        return command(app_.add_option(name, value, help)->type_name(type));
+    }
+
+    /// A detail of `owner`, under the same heading.
+    CLI::Option* detailFlag(CLI::Option* owner, const std::string& name, bool& value,
+                            const std::string& help) {
+        return detail(owner, app_.add_flag(name, value, help));
+    }
+    template <typename Value>
+    CLI::Option* detailWord(CLI::Option* owner, const std::string& name, Value& value,
+                            const std::string& type, const std::string& help) {
+        return detail(owner, app_.add_option(name, value, help)->type_name(type));
+    }
+
+    /// Refuses two commands, a command beside one of `captions`, and a detail without its command.
+    /// Throws UsageProblem.
+    void refuseClashes(const std::vector<CLI::Option*>& captions) const;
+
+  private:
+    struct Detail {
+        CLI::Option* option;
+        CLI::Option* owner;
+    };
+
+    CLI::Option* command(CLI::Option* option);
+    CLI::Option* detail(CLI::Option* owner, CLI::Option* option);
+
+    CLI::App& app_;
+    std::string heading_;
+    std::vector<CLI::Option*> commands_;
+    std::vector<Detail> details_;
+};
+
+inline bool isGiven(const CLI::Option* option) {
+    return option->count() > 0;
+}
+
+} // namespace tessarune

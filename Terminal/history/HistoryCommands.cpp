@@ -1,0 +1,28 @@
+#include "Terminal/history/HistoryCommands.h"
+
+#include "Terminal/history/RecordingCommands.h"
+
+namespace tessarune {
+
+namespace {
+
+struct HistoryDispatch {
+    Program& program;
+    const TerminalOptions& options;
+
+    Task<int> operator()(const ListRecordingsCommand&) const {
+        return listRecordings(program, options);
+    }
+    Task<int> operator()(const ShowRecordingCommand& command) const {
+        return showRecording(program, options, command.id);
+    }
+};
+
+} // namespace
+
+Task<int> runHistoryCommand(Program& program, const TerminalOptions& options,
+                            const HistoryCommand& command) {
+    return std::visit(HistoryDispatch{program, options}, command);
+}
+
+} // namespace tessarune

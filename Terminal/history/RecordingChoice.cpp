@@ -1,0 +1,72 @@
+#include "Terminal/history/RecordingChoice.h"
+
+#include "Terminal/CommandOutput.h"
+#include "Terminal/ExitStatus.h"
+#include "Tessarune/history/HistoryItemLoader.h"
+#include "Tessarune/platform/disk/DataFolderLock.h"
+#include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/text/TextColumns.h"
+
+#include <algorithm>
+#include <vector>
+
+namespace tessarune {
+
+namespace {
+
+/// As much of an identifier as a person types.
+constexpr std::size_t shortIDLength = 8;
+constexpr std::size_t rowColumns = 80;
+/// Of several sessions that could be meant, as many are named.
+constexpr std::size_t mostNamed = 10;
+
+/// None of them, or more than one.
+void tellWhichWereFound(const std::vector<HistoryItem>& found, const std::string& id) {
+    if (found.empty()) {
+        printProblem(
+            localized("There is no session '%@'; --list shows those that there are.", {id}));
+        return;
+    }
+    printProblem(localized("The IDs of several sessions begin with '%@':", {id}));
+    for (std::size_t i = 0; i < std::min(found.size(), mostNamed); ++i)
+        printNotice(recordingRow(found[i], {}, true));
+    if (found.size() > mostNamed)
+        printNotice("…");
+}
+
+} // namespace
+
+std::variant<HistoryItem, int> chosenRecording(Program& program, const std::string& id) {
+    const std::string wanted = Text::lowercased(id);
+    std::vector<HistoryItem> found;
+    for (const auto& recording : program.catalog.recordings()) {
+        if (Text::lowercased(recording.id.text()).starts_with(wanted))
+            found.push_back(HistoryItemLoader::row(recording, program.catalog, program.files));
+    }
+    if (found.size() == 1)
+        return found.front();
+    if (const std::string problem = program.catalog.readingProblem();
+        found.empty() && !problem.empty()) {
+        printProblem(problem);
+        return static_cast<int>(ExitStatus::ioError);
+    }
+    tellWhichWereFound(found, id);
+    return static_cast<int>(ExitStatus::noSuchRecording);
+}
+
+std::optional<int> recorderOf(const Program& program, const HistoryItem& item) {
+    const auto holder = item.live ? DataFolderLock::holder(program.paths) : std::nullopt;
+    return holder ? std::optional(holder->processID) : std::nullopt;
+}
+
+std::string recordingRow(const HistoryItem& item, const std::string& text, bool wholeID) {
+    const std::string id = item.id.text();
+    const std::string row = (wholeID ? id : id.substr(0, shortIDLength)) + "  " + item.date + " " +
+                            item.time + "  " + Text::padded(item.dur, shortIDLength) + "  ";
+    const std::string_view content = Text::trimmed(item.note.empty() ? text : item.note);
+    const std::size_t room = rowColumns - std::min(rowColumns, Text::columns(row));
+    return row + Text::fitted(Text::printableLine(Text::prefix(content, rowColumns)), room);
+}
+
+} // namespace tessarune
