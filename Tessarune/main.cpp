@@ -2,7 +2,7 @@
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 
 #if TESSARUNE_HAS_WINDOW
-#include "Tessarune/ui/desktop/DesktopProgram.h"
+#include "Tessarune/ui/desktop/DesktopMain.h"
 #endif
 
 #include <iostream>

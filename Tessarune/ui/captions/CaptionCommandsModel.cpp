@@ -1,6 +1,7 @@
 #include "Tessarune/ui/captions/CaptionCommandsModel.h"
 
 #include "Tessarune/ui/captions/ShortcutKeys.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <QClipboard>
 #include <QGuiApplication>
@@ -21,14 +22,9 @@ CaptionCommandsModel::CaptionCommandsModel(const CaptionWindowEnvironment& envir
     for (const Command& command : commands_) {
         if (!command.shortcut)
             continue;
-        endObservations_.push_back(command.shortcut->keyCode.onChange(changed));
-        endObservations_.push_back(command.shortcut->modifiers.onChange(changed));
+        observations_.add(command.shortcut->keyCode.onChange(changed));
+        observations_.add(command.shortcut->modifiers.onChange(changed));
     }
-}
-
-CaptionCommandsModel::~CaptionCommandsModel() {
-    for (const auto& end : endObservations_)
-        end();
 }
 
 std::vector<CaptionCommandsModel::Command> CaptionCommandsModel::commands() const {
@@ -73,10 +69,22 @@ std::vector<CaptionCommandsModel::Command> CaptionCommandsModel::commands() cons
                        .isChecked = [this, i] { return toolbar_.currentSource() == i; },
                        .isFirstOfGroup = i == 0});
     }
-    all.push_back({.text = [this] { return toolbar_.closeText(); },
-                   .run = [this] { environment_.commands.close(); },
+    const CaptionWindowEnvironment::Commands& commands = environment_.commands;
+    if (commands.showHistory)
+        all.push_back({.text = [this] { return toolbar_.historyText(); },
+                       .run = commands.showHistory,
+                       .shortcut = &settings.shortcutHistory,
+                       .isFirstOfGroup = true});
+    if (commands.showSettings)
+        all.push_back({.text = [this] { return toolbar_.settingsText(); },
+                       .run = commands.showSettings,
+                       .isFirstOfGroup = !commands.showHistory});
+    all.push_back({.text = [] { return QString::fromStdString(localized("隐藏字幕窗口")); },
+                   .run = commands.toggleWindow,
                    .shortcut = &settings.shortcutToggleWindow,
                    .isFirstOfGroup = true});
+    all.push_back({.text = [] { return QString::fromStdString(localized("退出 Tessarune")); },
+                   .run = commands.quit});
     return all;
 }
 

@@ -2,7 +2,7 @@
 
 #include "Tessarune/ui/captions/CaptionToolbarModel.h"
 #include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
-#include "Tessarune/ui/captions/Observations.h"
+#include "TessaruneCore/observation/Observations.h"
 
 #include <QAbstractListModel>
 #include <QString>
@@ -31,7 +31,6 @@ class CaptionCommandsModel final : public QAbstractListModel {
 
     CaptionCommandsModel(const CaptionWindowEnvironment& environment,
                          const CaptionToolbarModel& toolbar);
-    ~CaptionCommandsModel() override;
 
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
@@ -65,7 +64,6 @@ class CaptionCommandsModel final : public QAbstractListModel {
     QStringList sources_;
     std::vector<Command> commands_;
     Observations observations_;
-    std::vector<std::function<void()>> endObservations_; // of shortcuts
 };
 
 } // namespace tessarune

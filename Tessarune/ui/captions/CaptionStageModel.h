@@ -3,7 +3,7 @@
 #include "Tessarune/display/SubtitleSettingsStores.h"
 #include "Tessarune/ui/captions/CaptionRowsModel.h"
 #include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
-#include "Tessarune/ui/captions/Observations.h"
+#include "TessaruneCore/observation/Observations.h"
 
 #include <QColor>
 #include <QFont>

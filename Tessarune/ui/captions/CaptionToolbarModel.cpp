@@ -176,6 +176,14 @@ QString CaptionToolbarModel::swapText() const {
     return text("原文/译文上下交换");
 }
 
+QString CaptionToolbarModel::historyText() const {
+    return text("历史记录…");
+}
+
+QString CaptionToolbarModel::settingsText() const {
+    return text("设置…");
+}
+
 QString CaptionToolbarModel::closeText() const {
     return text("关闭字幕窗口");
 }

@@ -2,7 +2,7 @@
 
 #include "Tessarune/display/SubtitleSettingsStores.h"
 #include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
-#include "Tessarune/ui/captions/Observations.h"
+#include "TessaruneCore/observation/Observations.h"
 
 #include <QObject>
 #include <QString>
@@ -41,12 +41,16 @@ class CaptionToolbarModel final : public QObject {
     Q_PROPERTY(bool showsCopy READ showsCopy NOTIFY settingsChanged)
     Q_PROPERTY(bool showsCopyOriginal READ showsCopyOriginal NOTIFY settingsChanged)
     Q_PROPERTY(bool showsClear READ showsClear NOTIFY settingsChanged)
+    Q_PROPERTY(bool showsHistory READ showsHistory NOTIFY settingsChanged)
+    Q_PROPERTY(bool showsSettings READ showsSettings NOTIFY settingsChanged)
     Q_PROPERTY(QString pinText READ pinText NOTIFY settingsChanged)
     Q_PROPERTY(QString layoutText READ layoutText CONSTANT)
     Q_PROPERTY(QString swapText READ swapText CONSTANT)
     Q_PROPERTY(QString copyText READ copyText CONSTANT)
     Q_PROPERTY(QString copyOriginalText READ copyOriginalText CONSTANT)
     Q_PROPERTY(QString clearText READ clearText CONSTANT)
+    Q_PROPERTY(QString historyText READ historyText CONSTANT)
+    Q_PROPERTY(QString settingsText READ settingsText CONSTANT)
     Q_PROPERTY(QString closeText READ closeText CONSTANT)
     Q_PROPERTY(QString sourceText READ sourceText CONSTANT)
 
@@ -74,6 +78,12 @@ class CaptionToolbarModel final : public QObject {
     bool showsCopy() const { return settings_.state->showCopyBilingual; }
     bool showsCopyOriginal() const { return settings_.state->showCopyOriginal; }
     bool showsClear() const { return settings_.state->showClearSubtitles; }
+    bool showsHistory() const {
+        return settings_.state->showHistory && environment_.commands.showHistory;
+    }
+    bool showsSettings() const {
+        return settings_.state->showSettings && environment_.commands.showSettings;
+    }
     /// There is a translation to arrange.
     bool hasLayouts() const;
     bool swaps() const { return settings_.state->swapCaptionOrder; }
@@ -84,6 +94,8 @@ class CaptionToolbarModel final : public QObject {
     QString clearText() const;
     QString layoutText() const;
     QString swapText() const;
+    QString historyText() const;
+    QString settingsText() const;
     QString closeText() const;
     QString sourceText() const;
 
@@ -96,6 +108,8 @@ class CaptionToolbarModel final : public QObject {
     Q_INVOKABLE void togglePin() const;
     Q_INVOKABLE void cycleLayout() const;
     Q_INVOKABLE void swapOrder() const;
+    Q_INVOKABLE void showHistory() const { environment_.commands.showHistory(); }
+    Q_INVOKABLE void showSettings() const { environment_.commands.showSettings(); }
     Q_INVOKABLE void dismissNotice() const { environment_.commands.dismissNotice(); }
 
   Q_SIGNALS:

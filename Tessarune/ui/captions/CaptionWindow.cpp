@@ -56,6 +56,8 @@ CaptionWindow::CaptionWindow(CaptionWindowEnvironment environment)
 }
 
 void CaptionWindow::show() {
+    if (window_->windowStates().testFlag(Qt::WindowMinimized))
+        window_->setWindowStates(window_->windowStates() & ~Qt::WindowMinimized);
     window_->show();
     window_->raise();
     window_->requestActivate();

@@ -23,8 +23,12 @@ struct CaptionWindowEnvironment {
         /// What is on the screen, to be copied.
         std::function<TranscriptSnapshot()> visibleText;
         std::function<void()> dismissNotice;
-        /// The user closed the window; it is hidden already.
+        /// The user closed the window.
         std::function<void()> close;
+        std::function<void()> toggleWindow{}; ///< shows it or hides it; captions go on
+        std::function<void()> quit{};
+        std::function<void()> showHistory{};  ///< absent: there is no such window
+        std::function<void()> showSettings{}; ///< likewise
     };
 
     Host& host;

@@ -3,7 +3,7 @@
 #include "Tessarune/display/SubtitleChromeState.h"
 #include "Tessarune/display/SubtitleSettingsStores.h"
 #include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
-#include "Tessarune/ui/captions/Observations.h"
+#include "TessaruneCore/observation/Observations.h"
 
 #include <QColor>
 #include <QObject>
@@ -31,6 +31,7 @@ class CaptionWindowModel final : public QObject {
     Q_INVOKABLE void setHovered(bool hovered) { chrome_.setBodyHovering(hovered); }
     Q_INVOKABLE void setMenuOpen(bool open);
     Q_INVOKABLE void close() const { environment_.commands.close(); }
+    Q_INVOKABLE void quit() const { environment_.commands.quit(); }
 
   Q_SIGNALS:
     void settingsChanged();

@@ -106,6 +106,18 @@ Item {
             onActivated: root.toolbar.togglePin()
         }
         ToolButton {
+            visible: root.toolbar.showsHistory
+            icon: "history"
+            text: root.toolbar.historyText
+            onActivated: root.toolbar.showHistory()
+        }
+        ToolButton {
+            visible: root.toolbar.showsSettings
+            icon: "settings"
+            text: root.toolbar.settingsText
+            onActivated: root.toolbar.showSettings()
+        }
+        ToolButton {
             icon: "close"
             text: root.toolbar.closeText
             onActivated: root.closeRequested()

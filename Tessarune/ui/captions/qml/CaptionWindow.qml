@@ -117,7 +117,7 @@ Window {
     }
     Shortcut {
         sequence: "Ctrl+Q"
-        onActivated: window.model.close()
+        onActivated: window.model.quit()
     }
     Shortcut {
         sequences: ["Menu", "Shift+F10"]

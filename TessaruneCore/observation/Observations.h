@@ -8,7 +8,7 @@
 
 namespace tessarune {
 
-/// The observations of a view model, which end with it. Main thread.
+/// The observations of an object, which end with it. Confined to one thread, like what it observes.
 class Observations {
   public:
     Observations() = default;
@@ -25,6 +25,9 @@ class Observations {
             value.onDidChange([changed = std::move(changed)](const T&) { changed(); });
         endings_.push_back([&value, token] { value.remove(token); });
     }
+
+    /// Runs `end` with the others.
+    void add(std::function<void()> end) { endings_.push_back(std::move(end)); }
 
   private:
     std::vector<std::function<void()>> endings_;

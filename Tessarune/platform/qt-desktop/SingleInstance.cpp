@@ -1,0 +1,115 @@
+#include "Tessarune/platform/qt-desktop/SingleInstance.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QUrl>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+constexpr int answerMS = 5000;
+
+/// The id as a path: its dots are slashes.
+QString objectPath(const QString& id) {
+    return QLatin1Char('/') + QString(id).replace(QLatin1Char('.'), QLatin1Char('/'));
+}
+
+/// Lets the window come to the front although another program has the focus now.
+QVariantMap activation() {
+    QVariantMap data;
+    for (const auto& [variable, key] : {std::pair("XDG_ACTIVATION_TOKEN", "activation-token"),
+                                        std::pair("DESKTOP_STARTUP_ID", "desktop-startup-id")}) {
+        if (const QString value = qEnvironmentVariable(variable); !value.isEmpty())
+            data.insert(QLatin1String(key), value);
+    }
+    return data;
+}
+
+/// Where Qt takes the token from when a window is activated.
+void takeActivation(const QVariantMap& data) {
+    if (const auto token = data.constFind(QStringLiteral("activation-token")); token != data.end())
+        qputenv("XDG_ACTIVATION_TOKEN", token->toByteArray());
+}
+
+} // namespace
+
+SingleInstance::SingleInstance(const std::string& applicationID)
+    : id_(QString::fromStdString(applicationID)) {
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return;
+    // Before the name is taken: whoever finds the name may call at once.
+    new ApplicationInterface(*this); // Qt's child
+    bus.registerObject(objectPath(id_), this);
+    standing_ = bus.registerService(id_) ? Standing::first : Standing::second;
+}
+
+SingleInstance::~SingleInstance() {
+    if (standing_ == Standing::first)
+        QDBusConnection::sessionBus().unregisterService(id_);
+}
+
+void SingleInstance::serve(std::function<void(const InstanceRequest&)> handler) {
+    handler_ = std::move(handler);
+    for (const InstanceRequest& request : std::exchange(early_, {}))
+        handler_(request);
+}
+
+void SingleInstance::receive(InstanceRequest request) {
+    if (handler_)
+        handler_(request);
+    else
+        early_.push_back(std::move(request));
+}
+
+std::string SingleInstance::forward(const InstanceRequest& request) const {
+    const auto call = [this](const char* method, const QVariantList& arguments) {
+        QDBusMessage message =
+            QDBusMessage::createMethodCall(id_, objectPath(id_),
+                                           QStringLiteral("org.freedesktop.Application"),
+                                           QLatin1String(method));
+        message.setArguments(arguments + QVariantList{activation()});
+        return QDBusConnection::sessionBus()
+            .call(message, QDBus::Block, answerMS)
+            .errorMessage()
+            .toStdString();
+    };
+    if (request.actions.empty() && request.files.empty())
+        return call("Activate", {});
+    std::string failure;
+    for (const std::string& action : request.actions) {
+        if (failure.empty())
+            failure = call("ActivateAction", {QString::fromStdString(action), QVariantList()});
+    }
+    QStringList uris;
+    for (const std::string& file : request.files)
+        uris << QUrl::fromLocalFile(QString::fromStdString(file)).toString(QUrl::FullyEncoded);
+    return failure.empty() && !uris.isEmpty() ? call("Open", {uris}) : failure;
+}
+
+ApplicationInterface::ApplicationInterface(SingleInstance& instance)
+    : QDBusAbstractAdaptor(&instance), instance_(instance) {}
+
+void ApplicationInterface::Activate(const QVariantMap& platformData) {
+    takeActivation(platformData);
+    instance_.receive({});
+}
+
+void ApplicationInterface::Open(const QStringList& uris, const QVariantMap& platformData) {
+    takeActivation(platformData);
+    InstanceRequest request;
+    for (const QString& uri : uris)
+        request.files.push_back(QUrl(uri).toLocalFile().toStdString());
+    instance_.receive(std::move(request));
+}
+
+void ApplicationInterface::ActivateAction(const QString& name, const QVariantList&,
+                                          const QVariantMap& platformData) {
+    takeActivation(platformData);
+    instance_.receive({{name.toStdString()}, {}});
+}
+
+} // namespace tessarune

@@ -1,0 +1,75 @@
+#include "Tessarune/ui/desktop/DesktopMain.h"
+
+#include "Tessarune/platform/host/PlatformLog.h"
+#include "Tessarune/ui/desktop/DesktopProgram.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+
+#include <QApplication>
+#include <algorithm>
+#include <iostream>
+#include <span>
+
+namespace tessarune {
+
+namespace {
+
+constexpr const char* programName = "tessarune";
+constexpr int usageError = 64; // EX_USAGE
+constexpr int noDisplay = 69;  // EX_UNAVAILABLE
+constexpr int noAnswer = 75;   // EX_TEMPFAIL
+static_assert(TessaruneLog::subsystem == TESSARUNE_APPLICATION_ID);
+
+bool hasDisplay() {
+    for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (!qEnvironmentVariableIsEmpty(variable))
+            return true;
+    }
+    return false;
+}
+
+void nameProgram() {
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    QGuiApplication::setApplicationName(QString::fromUtf8(programName));
+    QGuiApplication::setApplicationDisplayName(QStringLiteral("Tessarune"));
+    QGuiApplication::setDesktopFileName(QStringLiteral(TESSARUNE_APPLICATION_ID));
+}
+
+int passOn(const SingleInstance& instance, const DesktopRequest& request) {
+    const std::string failure = instance.forward(request.forOther());
+    if (failure.empty())
+        return 0;
+    std::cerr << "tessarune: it runs already and does not answer: " << failure << "\n";
+    return noAnswer;
+}
+
+} // namespace
+
+int runDesktopProgram(int argc, char** argv) {
+    TerminationSignals signals;
+    if (!hasDisplay()) {
+        std::cerr << "tessarune: there is no display. For captions in a terminal run "
+                     "tessarune-terminal.\n";
+        return noDisplay;
+    }
+    // Only X11, which Wayland desktops have too, keeps a window above others for a program.
+    if (!qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "xcb");
+    PlatformLog::open(programName);
+    nameProgram();
+    QApplication application(argc, argv); // takes its own options out of the arguments
+    const std::span<char*> arguments(argv + 1, static_cast<std::size_t>(std::max(argc, 1) - 1));
+    const DesktopRequest request = DesktopRequest::of(arguments);
+    if (!request.unknown.empty()) {
+        std::cerr << "tessarune: what is '" << request.unknown
+                  << "'? There are: start, stop, toggle, show, history, settings, file:PATH.\n";
+        return usageError;
+    }
+    SingleInstance instance(TESSARUNE_APPLICATION_ID);
+    if (instance.standing() == SingleInstance::Standing::second)
+        return passOn(instance, request);
+    if (request.has(DesktopAction::stop) && request.actions.size() == 1 && !request.file)
+        return 0; // nothing runs that could be stopped
+    return DesktopProgram(signals, instance, request).run();
+}
+
+} // namespace tessarune

@@ -1,0 +1,137 @@
+#include "TessaruneCore/text/Localization.h"
+#include "Tessarune/ui/desktop/DesktopProgram.h"
+
+#include <QGuiApplication>
+#include <QWindow>
+#include <algorithm>
+
+namespace tessarune {
+
+/// The windows that open when they are asked for. The menus have an entry for each.
+void DesktopProgram::offerWindows() {}
+
+CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
+    using Kind = DesktopWindows::Kind;
+    const auto opens = [this](Kind kind) -> std::function<void()> {
+        if (!windows_.has(kind))
+            return {};
+        return [this, kind] { windows_.show(kind); };
+    };
+    return {.host = host_,
+            .settings = application_.settings,
+            .session = store().view(),
+            .soundName = sound_.name(),
+            .notice = notice_,
+            .store = application_.storedDefaults,
+            .commands = {
+                .toggleListening = [this](const auto& trigger) { toggle(trigger); },
+                .selectSource = [this](const AudioSource& source) { store().selectSource(source); },
+                .refreshInputDevices = [this] { store().refreshInputDevices(); },
+                .retryTranslation =
+                    [this] { session_.translation().retryIncompleteTranslations(); },
+                .clearCaptions = [this] { store().clearCaptions(); },
+                .visibleText = [this] { return store().visibleText(); },
+                .dismissNotice = [this] { notice_ = std::string(); },
+                .close = [this] { closeWindow(); },
+                .toggleWindow = [this] { toggleWindow(); },
+                .quit = [this] { quit(); },
+                .showHistory = opens(Kind::history),
+                .showSettings = opens(Kind::settings)}};
+}
+
+void DesktopProgram::makeTray() {
+    if (!DesktopTray::isAvailable())
+        return;
+    using Kind = DesktopWindows::Kind;
+    const auto opens = [this](Kind kind, std::string section) -> std::function<void()> {
+        if (!windows_.has(kind))
+            return {};
+        return [this, kind, section] { windows_.show(kind, section); };
+    };
+    tray_.emplace(store().view(), application_.paths.appSupportBase(),
+                  DesktopTray::Commands{
+                      .toggleListening =
+                          [this] { toggle(LiveSessionControlTrigger::contextMenu()); },
+                      .toggleWindow = [this] { toggleWindow(); },
+                      .isWindowVisible = [this] { return window_->window().isVisible(); },
+                      .copyCaptions = [this] { window_->commands().copy(true); },
+                      .showHistory = opens(Kind::history, {}),
+                      .showSettings = opens(Kind::settings, {}),
+                      .showAbout = opens(Kind::settings, "about"),
+                      .quit = [this] { quit(); }});
+    QObject::connect(&window_->window(), &QWindow::visibleChanged, &window_->window(), [this] {
+        if (tray_)
+            tray_->update();
+    });
+}
+
+void DesktopProgram::perform(DesktopAction action) {
+    switch (action) {
+    case DesktopAction::start:
+        return start(LiveSessionControlTrigger::programmatic());
+    case DesktopAction::stop:
+        return store().stopListening(LiveSessionControlTrigger::programmatic());
+    case DesktopAction::toggle:
+        return toggle(LiveSessionControlTrigger::programmatic());
+    case DesktopAction::show:
+        return showWindow();
+    case DesktopAction::history:
+        return windows_.show(DesktopWindows::Kind::history);
+    case DesktopAction::settings:
+        return windows_.show(DesktopWindows::Kind::settings);
+    }
+}
+
+/// What another start of the program, or the desktop, asks.
+void DesktopProgram::handle(const InstanceRequest& request) {
+    if (isEnding_)
+        return;
+    if (request.actions.empty()) {
+        showWindow();
+        if (*application_.settings.dockClickTogglesRecord && request.files.empty())
+            toggle(LiveSessionControlTrigger::dockReopen());
+    }
+    for (const std::string& word : request.actions) {
+        if (const auto action = desktopActionOf(word))
+            perform(*action);
+    }
+    if (!request.files.empty())
+        tell(localized("文件的字幕要从头开始：请先退出，再用该文件启动。"));
+}
+
+void DesktopProgram::showWindow() {
+    window_->show();
+}
+
+/// Captions and recording go on.
+void DesktopProgram::hideWindow() {
+    window_->hide();
+}
+
+void DesktopProgram::toggleWindow() {
+    QWindow& window = window_->window();
+    if (!window.isVisible() || window.windowStates().testFlag(Qt::WindowMinimized))
+        showWindow();
+    else if (tray_)
+        hideWindow();
+    else
+        window.showMinimized(); // where the desktop lists its windows
+}
+
+/// The user closed the window of captions: their session is over.
+void DesktopProgram::closeWindow() {
+    application_.logger.event("window.subtitleCloseRequested", {}, Importance::important);
+    hideWindow();
+    store().stopListening(LiveSessionControlTrigger::subtitleWindowClose());
+    endIfUnreachable();
+}
+
+void DesktopProgram::endIfUnreachable() {
+    const auto windows = QGuiApplication::topLevelWindows();
+    const bool isSeen =
+        std::ranges::any_of(windows, [](const QWindow* window) { return window->isVisible(); });
+    if (!tray_ && !isSeen)
+        quit();
+}
+
+} // namespace tessarune

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Tessarune/session/SessionView.h"
+#include "TessaruneCore/observation/Observations.h"
+
+#include <QAction>
+#include <QMenu>
+#include <QSystemTrayIcon>
+#include <filesystem>
+#include <functional>
+
+namespace tessarune {
+
+/// The program's item in the desktop's tray, with a menu. Main thread; the session outlives it.
+class DesktopTray {
+  public:
+    struct Commands {
+        std::function<void()> toggleListening;
+        std::function<void()> toggleWindow;
+        std::function<bool()> isWindowVisible;
+        std::function<void()> copyCaptions;
+        std::function<void()> showHistory;  ///< absent: there is no such window
+        std::function<void()> showSettings; ///< likewise
+        std::function<void()> showAbout;    ///< likewise
+        std::function<void()> quit;
+    };
+
+    /// Whether this desktop has a tray.
+    static bool isAvailable() { return QSystemTrayIcon::isSystemTrayAvailable(); }
+
+    /// A picture "MenuBarIcon.png" in `pictures` is taken for the item.
+    DesktopTray(const SessionView& session, const std::filesystem::path& pictures,
+                Commands commands);
+    DesktopTray(const DesktopTray&) = delete;
+
+    /// The window was shown or hidden.
+    void update();
+
+  private:
+    void addEntries();
+
+    const SessionView& session_;
+    const Commands commands_;
+    QMenu menu_;
+    QAction* toggleListening_ = nullptr; // the menu's
+    QAction* toggleWindow_ = nullptr;
+    QAction* copy_ = nullptr;
+    QSystemTrayIcon item_;
+    Observations observations_;
+};
+
+} // namespace tessarune
