@@ -134,6 +134,18 @@ AudioSessionRecorder::finish(std::shared_ptr<AudioSessionRecorder> self) {
                              [&] { return self->stopOnQueue(); });
 }
 
+Task<void> AudioSessionRecorder::synchronize() {
+    return putOnDisk(shared_from_this());
+}
+
+Task<void> AudioSessionRecorder::putOnDisk(std::shared_ptr<AudioSessionRecorder> self) {
+    co_await runOn(Executor::queue(self->host_, self->queue_), [&] {
+        self->nextHeaderFlushBytes_ = self->dataByteCount_;
+        if (self->fileHandle_)
+            self->keepHeaderCurrent();
+    });
+}
+
 // Start
 
 void AudioSessionRecorder::startOnQueue() {

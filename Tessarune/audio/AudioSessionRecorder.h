@@ -76,6 +76,10 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     /// Puts silence where the capture lost sound, so that later times stay right.
     void appendSilence(double seconds);
 
+    /// Puts what was recorded so far on the disk, as it is. Never throws. Resumes on the main
+    /// queue.
+    Task<void> synchronize();
+
     /// Closes the file without waiting. Nothing happens if none is open.
     void stop();
 
@@ -87,6 +91,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     AudioSessionRecorder(Host& host, FileSystem& files, TessaruneFileLogger& logger,
                          Catalog catalog, MakeAudioConverter makeConverter);
 
+    static Task<void> putOnDisk(std::shared_ptr<AudioSessionRecorder> self);
     static Task<std::optional<RecordingMetadata>>
     finish(std::shared_ptr<AudioSessionRecorder> self);
     void startOnQueue();

@@ -22,11 +22,6 @@ LiveCaptionDisplaySettingsObserver::LiveCaptionDisplaySettingsObserver(AppSettin
     observe(settings.softCaptionStableSeconds);
 }
 
-LiveCaptionDisplaySettingsObserver::~LiveCaptionDisplaySettingsObserver() {
-    for (const auto& end : endings_)
-        end();
-}
-
 /// An assignment of the value of before is no change: a file that is read again assigns all.
 template <typename T>
 void LiveCaptionDisplaySettingsObserver::observe(Setting<T>& setting) {
@@ -37,12 +32,10 @@ void LiveCaptionDisplaySettingsObserver::observe(Setting<T>& setting) {
         else
             return setting.text();
     };
-    const auto token = setting.published().onDidChange(
-        [this, &setting, valueOf, last = valueOf()](const T&) mutable {
-            if (std::string value = valueOf(); value != std::exchange(last, value))
-                handler_(std::string(setting.key()), value);
-        });
-    endings_.push_back([&setting, token] { setting.published().remove(token); });
+    observations_.add(setting.onChange([this, &setting, valueOf, last = valueOf()]() mutable {
+        if (std::string value = valueOf(); value != std::exchange(last, value))
+            handler_(std::string(setting.key()), value);
+    }));
 }
 
 } // namespace tessarune

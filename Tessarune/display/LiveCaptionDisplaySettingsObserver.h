@@ -1,10 +1,10 @@
 #pragma once
 
 #include "Tessarune/shell/AppSettings.h"
+#include "TessaruneCore/observation/Observations.h"
 
 #include <functional>
 #include <string>
-#include <vector>
 
 namespace tessarune {
 
@@ -16,7 +16,6 @@ class LiveCaptionDisplaySettingsObserver {
     using Handler = std::function<void(const std::string& name, const std::string& value)>;
 
     LiveCaptionDisplaySettingsObserver(AppSettings& settings, Handler handler);
-    ~LiveCaptionDisplaySettingsObserver();
     LiveCaptionDisplaySettingsObserver(const LiveCaptionDisplaySettingsObserver&) = delete;
 
   private:
@@ -24,7 +23,7 @@ class LiveCaptionDisplaySettingsObserver {
     void observe(Setting<T>& setting);
 
     const Handler handler_;
-    std::vector<std::function<void()>> endings_;
+    Observations observations_;
 };
 
 } // namespace tessarune

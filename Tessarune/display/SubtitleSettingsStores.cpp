@@ -60,14 +60,7 @@ SubtitleSettingsStore<ViewState>::SubtitleSettingsStore(Host& host, AppSettings&
     // The state decides what concerns the view; to list its settings here again would be a second
     // place to forget one.
     for (AnySetting* setting : settings.all())
-        cancellables_.push_back(setting->onChange([this] { scheduleRefresh(); }));
-}
-
-template <typename ViewState>
-SubtitleSettingsStore<ViewState>::~SubtitleSettingsStore() {
-    refresh_.cancel();
-    for (const auto& cancel : cancellables_)
-        cancel();
+        observations_.add(setting->onChange([this] { scheduleRefresh(); }));
 }
 
 template <typename ViewState>

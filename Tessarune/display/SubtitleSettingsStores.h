@@ -2,13 +2,12 @@
 
 #include "Tessarune/shell/AppSettings.h"
 #include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/observation/Observations.h"
 #include "TessaruneCore/observation/Published.h"
 
 #include <cstdint>
-#include <functional>
 #include <string>
 #include <utility>
-#include <vector>
 
 namespace tessarune {
 
@@ -71,7 +70,7 @@ template <typename ViewState>
 class SubtitleSettingsStore {
   public:
     SubtitleSettingsStore(Host& host, AppSettings& settings);
-    ~SubtitleSettingsStore();
+    ~SubtitleSettingsStore() { refresh_.cancel(); }
     SubtitleSettingsStore(const SubtitleSettingsStore&) = delete;
     SubtitleSettingsStore& operator=(const SubtitleSettingsStore&) = delete;
 
@@ -85,7 +84,7 @@ class SubtitleSettingsStore {
     const AppSettings& settings_;
     bool refreshScheduled_ = false;
     DelayedCall refresh_;
-    std::vector<std::function<void()>> cancellables_;
+    Observations observations_;
 };
 
 using SubtitleCaptionSettingsStore = SubtitleSettingsStore<SubtitleCaptionSettingsViewState>;

@@ -1,6 +1,7 @@
 #include "Tessarune/history/SessionJournal.h"
 
 #include "Tessarune/history/SessionJournalContent.h"
+#include "TessaruneCore/host/RunOn.h"
 
 #include <optional>
 #include <utility>
@@ -32,6 +33,15 @@ class SessionJournal::Writer {
                 synchronize();
         } catch (const std::exception& error) {
             isLineBroken_ = true;
+            reportOnce(error);
+        }
+    }
+
+    void putOnDisk() {
+        try {
+            if (file_)
+                synchronize();
+        } catch (const std::exception& error) {
             reportOnce(error);
         }
     }
@@ -76,7 +86,8 @@ class SessionJournal::Writer {
 SessionJournal::SessionJournal(Host& host, FileSystem& files, TessaruneFileLogger& logger,
                                std::filesystem::path path, double recordingStartedAt,
                                std::string recognitionOptionID)
-    : writer_(std::make_shared<Writer>(host, files, logger, std::move(path))),
+    : host_(host),
+      writer_(std::make_shared<Writer>(host, files, logger, std::move(path))),
       queue_(host.serialQueue("Tessarune.SessionJournal", QueuePriority::utility)) {
     queue_->async([writer = writer_, recordingStartedAt, option = std::move(recognitionOptionID)] {
         writer->append(SessionJournalContent::sessionLine(recordingStartedAt, option));
@@ -91,6 +102,14 @@ void SessionJournal::append(const CaptionSegment& row, std::span<const WordEvent
     queue_->async([writer = writer_, row, events = std::vector(words.begin(), words.end())] {
         writer->append(SessionJournalContent::rowLine(row, events));
     });
+}
+
+Task<void> SessionJournal::synchronize() {
+    return putOnDisk(Executor::queue(host_, queue_), writer_);
+}
+
+Task<void> SessionJournal::putOnDisk(Executor queue, std::shared_ptr<Writer> writer) {
+    co_await runOn(std::move(queue), [&] { writer->putOnDisk(); });
 }
 
 void SessionJournal::discard() {

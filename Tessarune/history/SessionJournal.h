@@ -6,6 +6,7 @@
 #include "TessaruneCore/captions/CaptionSegment.h"
 #include "TessaruneCore/captions/WordEvent.h"
 #include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/host/Task.h"
 
 #include <filesystem>
 #include <memory>
@@ -36,11 +37,17 @@ class SessionJournal {
     /// lines with the same row the last counts; without word events those of before stay.
     void append(const CaptionSegment& row, std::span<const WordEvent> words = {});
 
+    /// Resumes on the main queue when what was handed over survives a loss of power.
+    Task<void> synchronize();
+
     /// The transcripts are saved: removes the file. Waits for the queue.
     void discard();
 
   private:
     class Writer;
+    static Task<void> putOnDisk(Executor queue, std::shared_ptr<Writer> writer);
+
+    Host& host_;
     std::shared_ptr<Writer> writer_; // touched on the queue only
     std::shared_ptr<SerialQueue> queue_;
 };

@@ -53,6 +53,13 @@ void LiveRecordingTracker::journalTranslation(const CaptionSegment& row) {
         journal_->append(row);
 }
 
+Task<void> LiveRecordingTracker::synchronizeJournal() {
+    if (!journal_)
+        co_return;
+    Task<void> synchronizing = journal_->synchronize(); // keeps what it needs
+    co_await synchronizing;
+}
+
 bool LiveRecordingTracker::saveTranscripts(std::string_view sourceText,
                                            std::string_view bilingualText,
                                            const std::optional<HistoryWordTimeline>& wordTimeline) {

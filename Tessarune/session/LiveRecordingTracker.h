@@ -46,6 +46,9 @@ class LiveRecordingTracker {
     /// The translation of this row has come, or was taken away.
     void journalTranslation(const CaptionSegment& row);
 
+    /// What was journalled so far survives a loss of power. Resumes on the main queue.
+    Task<void> synchronizeJournal();
+
     /// Saves the texts of the current recording, which is then no longer current, whatever could
     /// be saved of them. False if anything could not; the next start then makes it from the
     /// journal. Of a recording that was deleted meanwhile there is nothing to save.

@@ -5,31 +5,14 @@
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace tessarune {
-
-namespace {
-
-/// Calls `changed` with each value of the setting that differs from the one before, until `endings`
-/// are called.
-template <typename Value, typename Changed>
-void observeSetting(std::vector<Block>& endings, Setting<Value>& setting, Changed changed) {
-    const auto token = setting.published().onDidChange(
-        [changed, before = std::make_shared<Value>(*setting)](const Value& value) {
-            if (std::exchange(*before, value) != value)
-                changed(value);
-        });
-    endings.push_back([&setting, token] { setting.published().remove(token); });
-}
-
-} // namespace
 
 /// These take effect wherever they are changed from.
 void LiveTranscriptStore::observeSettings() {
     AppSettings& settings = environment_.settings;
     const auto observe = [this](auto& setting, auto changed) {
-        observeSetting(endObservations_, setting, changed);
+        observations_.followChanges(setting.published(), changed);
     };
     observe(settings.diagnosticsLevel, [this](DiagnosticsLevel level) {
         TessaruneLog::setDiagnosticsLevel(level);

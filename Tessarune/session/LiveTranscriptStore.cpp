@@ -44,8 +44,6 @@ LiveTranscriptStore::LiveTranscriptStore(LiveSessionEnvironment environment)
       durationClock_(host()) {}
 
 LiveTranscriptStore::~LiveTranscriptStore() {
-    for (const Block& end : endObservations_)
-        end();
     environment_.translation->shutDown();
     liveTranscriber_->stop();
 }
@@ -60,6 +58,14 @@ PerfStats LiveTranscriptStore::mergedLivePerfStats() const {
 
 void LiveTranscriptStore::refreshInputDevices() {
     view_.inputDevices = AudioInputDevices::inputDevices(environment_.sound);
+}
+
+Task<void> LiveTranscriptStore::secureRecording() {
+    const Self self = shared_from_this();
+    Task<void> sound = environment_.recorder->synchronize();
+    co_await sound;
+    Task<void> rows = recordingTracker_.synchronizeJournal();
+    co_await rows;
 }
 
 void LiveTranscriptStore::applySessionTransition(

@@ -15,6 +15,7 @@
 #include "Tessarune/session/SessionView.h"
 #include "Tessarune/session/TranscriptSnapshot.h"
 #include "TessaruneCore/CaptionCore.h"
+#include "TessaruneCore/observation/Observations.h"
 
 #include <cstdint>
 #include <exception>
@@ -65,6 +66,9 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     /// A running session goes over to the other recogniser, as with any change of the setting.
     void selectRecognitionOption(const std::string& id);
     void refreshInputDevices();
+    /// Puts the sound and the committed rows of a running session on the disk, before the computer
+    /// sleeps. Resumes on the main queue.
+    Task<void> secureRecording();
     /// Takes all captions off the screen; they are saved all the same. A sentence that is still
     /// being spoken shows again when it settles.
     void clearCaptions();
@@ -148,8 +152,8 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     SessionDurationClock durationClock_;
     LiveCaptionPerfCounters pipelinePerf_;
     LiveHistoryText liveHistory_;
-    std::size_t savedTranslations_ = 0;  // rows that had one when they were saved
-    std::vector<Block> endObservations_; // of settings
+    std::size_t savedTranslations_ = 0; // rows that had one when they were saved
+    Observations observations_;         // of settings
 };
 
 } // namespace tessarune

@@ -26,6 +26,17 @@ class Observations {
         endings_.push_back([&value, token] { value.remove(token); });
     }
 
+    /// Calls back with each value that differs from the one before.
+    template <typename T, typename Changed>
+    void followChanges(const Published<T>& value, Changed changed) {
+        const auto token = value.onDidChange(
+            [changed = std::move(changed), before = *value](const T& now) mutable {
+                if (std::exchange(before, now) != now)
+                    changed(now);
+            });
+        endings_.push_back([&value, token] { value.remove(token); });
+    }
+
     /// Runs `end` with the others.
     void add(std::function<void()> end) { endings_.push_back(std::move(end)); }
 

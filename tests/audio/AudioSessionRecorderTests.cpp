@@ -131,6 +131,11 @@ TEST_F(AudioSessionRecorderTests, AllButTheLastTwoMegabytesSurviveAnything) {
             ASSERT_LE(written, loudBytes(afterwards) + 2'000'000) << "without power";
         }
         host.advanceBy(1);
+        spawn(Executor::main(host), recorder->synchronize());
+        host.runUntilIdle();
+        simulation::FaultyFileSystem asleep(disk);
+        asleep.losePower(loss);
+        ASSERT_EQ(loudBytes(asleep), header().dataSize) << "synchronized";
         finish();
         simulation::FaultyFileSystem afterwards(disk);
         afterwards.losePower(loss);

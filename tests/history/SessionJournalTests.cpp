@@ -64,10 +64,17 @@ TEST_F(SessionJournalTests, APowerCutCostsAFewSecondsOfCaptions) {
         journal.append(row(makeID(), std::to_string(i), i));
         host.advanceBy(1);
     }
-    disk.losePower(simulation::FaultyFileSystem::PowerLoss::keepsSize);
-    const auto read = content();
+    using PowerLoss = simulation::FaultyFileSystem::PowerLoss;
+    simulation::FaultyFileSystem suddenly(disk);
+    suddenly.losePower(PowerLoss::keepsSize);
+    const auto read = SessionJournalContent::decoded(suddenly.contentsOf(path));
     EXPECT_GE(read.rows.size(), 54U);
     EXPECT_EQ(read.rows[53].sourceText, "53");
+
+    spawn(Executor::main(host), journal.synchronize()); // before the computer sleeps
+    host.runUntilIdle();
+    disk.losePower(PowerLoss::keepsNothing);
+    EXPECT_EQ(content().rows.size(), 60U);
 }
 
 TEST_F(SessionJournalTests, DamageCostsTheLinesThatItHits) {

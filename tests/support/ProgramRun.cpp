@@ -1,15 +1,16 @@
 #include "tests/support/ProgramRun.h"
 
 #include "tests/support/FileContents.h"
-#include "tests/support/TemporaryFolder.h"
 
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 namespace tessarune::testing {
 
@@ -41,11 +42,12 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
 
 } // namespace
 
-ProgramRun run(const std::filesystem::path& program, const std::vector<std::string>& arguments,
-               const std::filesystem::path& folder, const std::vector<std::string>& environment) {
-    TemporaryFolder streams;
-    const auto output = streams / "output";
-    const auto error = streams / "error";
+StartedProgram::StartedProgram(const std::filesystem::path& program,
+                               const std::vector<std::string>& arguments,
+                               const std::filesystem::path& folder,
+                               const std::vector<std::string>& environment) {
+    const auto output = streams_ / "output";
+    const auto error = streams_ / "error";
 
     std::vector<std::string> words = {program.string()};
     words.insert(words.end(), arguments.begin(), arguments.end());
@@ -59,16 +61,37 @@ ProgramRun run(const std::filesystem::path& program, const std::vector<std::stri
     posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, error.c_str(), O_WRONLY | O_CREAT,
                                      0600);
     posix_spawn_file_actions_addchdir_np(&actions, folder.c_str());
-    pid_t child = 0;
-    const int failure = posix_spawn(&child, program.c_str(), &actions, nullptr,
+    const int failure = posix_spawn(&child_, program.c_str(), &actions, nullptr,
                                     pointers(words).data(), pointers(settings).data());
     posix_spawn_file_actions_destroy(&actions);
     if (failure != 0)
         throw std::runtime_error("cannot start " + program.string());
+}
 
-    int state = 0;
-    waitpid(child, &state, 0);
-    return {WIFEXITED(state) ? WEXITSTATUS(state) : -1, contentsOf(output), contentsOf(error)};
+StartedProgram::~StartedProgram() {
+    send(SIGKILL);
+    wait();
+}
+
+void StartedProgram::send(int signal) const {
+    if (child_ != 0)
+        kill(child_, signal);
+}
+
+std::string StartedProgram::output() const {
+    return contentsOf(streams_ / "output");
+}
+
+ProgramRun StartedProgram::wait() {
+    int state = -1;
+    if (child_ != 0)
+        waitpid(std::exchange(child_, 0), &state, 0);
+    return {WIFEXITED(state) ? WEXITSTATUS(state) : -1, output(), contentsOf(streams_ / "error")};
+}
+
+ProgramRun run(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+               const std::filesystem::path& folder, const std::vector<std::string>& environment) {
+    return StartedProgram(program, arguments, folder, environment).wait();
 }
 
 } // namespace tessarune::testing

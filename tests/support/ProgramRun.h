@@ -1,5 +1,9 @@
 #pragma once
 
+#include "tests/support/TemporaryFolder.h"
+
+#include <sys/types.h>
+
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -13,8 +17,29 @@ struct ProgramRun {
     std::string error;
 };
 
-/// Runs `program` in `folder` and waits for it. `environment` ("NAME=value") is put over this
-/// process's own. Throws if it cannot be started.
+/// A program that runs beside the test; it is killed with the object. Throws if it cannot be
+/// started.
+class StartedProgram {
+  public:
+    /// In `folder`. `environment` ("NAME=value") is put over this process's own.
+    StartedProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
+                   const std::filesystem::path& folder,
+                   const std::vector<std::string>& environment);
+    ~StartedProgram();
+    StartedProgram(const StartedProgram&) = delete;
+
+    void send(int signal) const;
+    /// What it has printed so far.
+    std::string output() const;
+    /// Until it has ended.
+    ProgramRun wait();
+
+  private:
+    TemporaryFolder streams_;
+    pid_t child_ = 0; // 0: it has ended
+};
+
+/// Starts it and waits for it.
 ProgramRun run(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                const std::filesystem::path& folder, const std::vector<std::string>& environment);
 

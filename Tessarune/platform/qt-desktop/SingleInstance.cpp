@@ -67,10 +67,9 @@ void SingleInstance::receive(InstanceRequest request) {
 
 std::string SingleInstance::forward(const InstanceRequest& request) const {
     const auto call = [this](const char* method, const QVariantList& arguments) {
-        QDBusMessage message =
-            QDBusMessage::createMethodCall(id_, objectPath(id_),
-                                           QStringLiteral("org.freedesktop.Application"),
-                                           QLatin1String(method));
+        QDBusMessage message = QDBusMessage::createMethodCall(
+            id_, objectPath(id_), QStringLiteral("org.freedesktop.Application"),
+            QLatin1String(method));
         message.setArguments(arguments + QVariantList{activation()});
         return QDBusConnection::sessionBus()
             .call(message, QDBus::Block, answerMS)

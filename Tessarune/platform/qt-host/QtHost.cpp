@@ -6,7 +6,9 @@
 #include <QEvent>
 #include <QThread>
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <thread>
 
 namespace tessarune {
 
@@ -58,6 +60,17 @@ void QtHost::runDue() {
         (*next)();
     }
     armTimer();
+}
+
+void QtHost::runByItself(const std::function<bool()>& isDone, double seconds) {
+    constexpr std::chrono::milliseconds pause(5);
+    const double deadline = now() + seconds;
+    while (!isDone() && now() < deadline) {
+        if (std::optional<Block> next = queue_.takeNext())
+            (*next)();
+        else
+            std::this_thread::sleep_for(pause);
+    }
 }
 
 void QtHost::armTimer() {

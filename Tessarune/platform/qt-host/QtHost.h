@@ -5,6 +5,7 @@
 #include <QObject>
 #include <QTimer>
 #include <atomic>
+#include <functional>
 
 namespace tessarune {
 
@@ -26,6 +27,10 @@ class QtHost final : public QObject, public Host {
     std::shared_ptr<SerialQueue> serialQueue(std::string_view label,
                                              QueuePriority priority) override;
     bool isOnMainQueue() const override;
+
+    /// Runs the main queue without the toolkit, which may be unusable by now, until `isDone` or for
+    /// so long.
+    void runByItself(const std::function<bool()>& isDone, double seconds);
 
   protected:
     bool event(QEvent* event) override;

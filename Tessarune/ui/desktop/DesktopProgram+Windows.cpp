@@ -1,5 +1,5 @@
-#include "TessaruneCore/text/Localization.h"
 #include "Tessarune/ui/desktop/DesktopProgram.h"
+#include "TessaruneCore/text/Localization.h"
 
 #include <QGuiApplication>
 #include <QWindow>
@@ -17,26 +17,26 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
             return {};
         return [this, kind] { windows_.show(kind); };
     };
-    return {.host = host_,
-            .settings = application_.settings,
-            .session = store().view(),
-            .soundName = sound_.name(),
-            .notice = notice_,
-            .store = application_.storedDefaults,
-            .commands = {
-                .toggleListening = [this](const auto& trigger) { toggle(trigger); },
-                .selectSource = [this](const AudioSource& source) { store().selectSource(source); },
-                .refreshInputDevices = [this] { store().refreshInputDevices(); },
-                .retryTranslation =
-                    [this] { session_.translation().retryIncompleteTranslations(); },
-                .clearCaptions = [this] { store().clearCaptions(); },
-                .visibleText = [this] { return store().visibleText(); },
-                .dismissNotice = [this] { notice_ = std::string(); },
-                .close = [this] { closeWindow(); },
-                .toggleWindow = [this] { toggleWindow(); },
-                .quit = [this] { quit(); },
-                .showHistory = opens(Kind::history),
-                .showSettings = opens(Kind::settings)}};
+    return {
+        .host = host_,
+        .settings = application_.settings,
+        .session = store().view(),
+        .soundName = sound_.name(),
+        .notice = notice_,
+        .store = application_.storedDefaults,
+        .commands = {
+            .toggleListening = [this](const auto& trigger) { toggle(trigger); },
+            .selectSource = [this](const AudioSource& source) { store().selectSource(source); },
+            .refreshInputDevices = [this] { store().refreshInputDevices(); },
+            .retryTranslation = [this] { session_.translation().retryIncompleteTranslations(); },
+            .clearCaptions = [this] { store().clearCaptions(); },
+            .visibleText = [this] { return store().visibleText(); },
+            .dismissNotice = [this] { notice_ = std::string(); },
+            .close = [this] { closeWindow(); },
+            .toggleWindow = [this] { toggleWindow(); },
+            .quit = [this] { quit(); },
+            .showHistory = opens(Kind::history),
+            .showSettings = opens(Kind::settings)}};
 }
 
 void DesktopProgram::makeTray() {
@@ -48,17 +48,17 @@ void DesktopProgram::makeTray() {
             return {};
         return [this, kind, section] { windows_.show(kind, section); };
     };
-    tray_.emplace(store().view(), application_.paths.appSupportBase(),
-                  DesktopTray::Commands{
-                      .toggleListening =
-                          [this] { toggle(LiveSessionControlTrigger::contextMenu()); },
-                      .toggleWindow = [this] { toggleWindow(); },
-                      .isWindowVisible = [this] { return window_->window().isVisible(); },
-                      .copyCaptions = [this] { window_->commands().copy(true); },
-                      .showHistory = opens(Kind::history, {}),
-                      .showSettings = opens(Kind::settings, {}),
-                      .showAbout = opens(Kind::settings, "about"),
-                      .quit = [this] { quit(); }});
+    tray_.emplace(
+        store().view(), application_.paths.appSupportBase(),
+        DesktopTray::Commands{
+            .toggleListening = [this] { toggle(LiveSessionControlTrigger::contextMenu()); },
+            .toggleWindow = [this] { toggleWindow(); },
+            .isWindowVisible = [this] { return window_->window().isVisible(); },
+            .copyCaptions = [this] { window_->commands().copy(true); },
+            .showHistory = opens(Kind::history, {}),
+            .showSettings = opens(Kind::settings, {}),
+            .showAbout = opens(Kind::settings, "about"),
+            .quit = [this] { quit(); }});
     QObject::connect(&window_->window(), &QWindow::visibleChanged, &window_->window(), [this] {
         if (tray_)
             tray_->update();

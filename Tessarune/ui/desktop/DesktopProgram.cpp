@@ -26,7 +26,10 @@ DesktopProgram::DesktopProgram(TerminationSignals& signals, SingleInstance& inst
       sound_(host_, request_.file,
              [this] { store().stopListening(LiveSessionControlTrigger::programmatic()); }),
       session_(application_, sound_.server(), ListeningSession::Options{nullptr, sound_.isFile()}),
-      lifecycle_(host_, application_.logger, store().weak_from_this(), endEventLoop) {
+      lifecycle_(host_, application_.logger, store().weak_from_this(), endEventLoop),
+      desktop_(application_.files, TESSARUNE_APPLICATION_ID,
+               QCoreApplication::applicationFilePath().toStdString()),
+      loginItem_(host_, application_.settings, desktop_) {
     signals.watch([this] { quit(); });
 }
 
@@ -37,8 +40,7 @@ int DesktopProgram::run() {
     window_ = std::make_unique<CaptionWindow>(windowEnvironment());
     window_->show();
     makeTray();
-    QObject::connect(qGuiApp, &QGuiApplication::lastWindowClosed, &host_,
-                     [this] { endIfUnreachable(); });
+    watchSystem();
     instance_.serve([this](const InstanceRequest& request) { handle(request); });
     // A file is there to be heard; what else is heard is the user's choice.
     if (request_.file)

@@ -2,7 +2,11 @@
 
 #include "Tessarune/app/Application.h"
 #include "Tessarune/app/ListeningSession.h"
+#include "Tessarune/app/LoginItem.h"
 #include "Tessarune/platform/qt-desktop/SingleInstance.h"
+#include "Tessarune/platform/qt-desktop/SleepWatch.h"
+#include "Tessarune/platform/qt-desktop/XDGDesktop.h"
+#include "Tessarune/platform/qt-host/LostDisplay.h"
 #include "Tessarune/platform/qt-host/QtHost.h"
 #include "Tessarune/platform/qt-host/TerminationSignals.h"
 #include "Tessarune/session/TessaruneListeningLifecycleHandler.h"
@@ -44,6 +48,12 @@ class DesktopProgram {
     void quit();
     LiveTranscriptStore& store() { return session_.store(); }
 
+    // DesktopProgram+System.cpp: what the computer does around the program
+    void watchSystem();
+    Task<void> secure(std::function<void()> ready);
+    Task<void> finish(std::function<void()> ready);
+    void saveNow();
+
     // DesktopProgram+Windows.cpp
     void offerWindows();
     CaptionWindowEnvironment windowEnvironment();
@@ -63,6 +73,10 @@ class DesktopProgram {
     DesktopSound sound_;
     ListeningSession session_;
     TessaruneListeningLifecycleHandler lifecycle_;
+    XDGDesktop desktop_;
+    LoginItem loginItem_;
+    std::optional<SleepWatch> sleepWatch_;
+    std::optional<LostDisplay> lostDisplay_;
     Published<std::string> notice_;
     std::string soundProblem_; // what was said of it last
     std::unique_ptr<CaptionWindow> window_;

@@ -10,9 +10,9 @@ namespace {
 constexpr std::string_view filePrefix = "file:";
 
 constexpr std::pair<std::string_view, DesktopAction> actionWords[] = {
-    {"start", DesktopAction::start},       {"stop", DesktopAction::stop},
-    {"toggle", DesktopAction::toggle},     {"show", DesktopAction::show},
-    {"history", DesktopAction::history},   {"settings", DesktopAction::settings},
+    {"start", DesktopAction::start},     {"stop", DesktopAction::stop},
+    {"toggle", DesktopAction::toggle},   {"show", DesktopAction::show},
+    {"history", DesktopAction::history}, {"settings", DesktopAction::settings},
 };
 
 } // namespace

@@ -102,8 +102,7 @@ void DesktopTray::update() {
     toggleWindow_->setText(commands_.isWindowVisible() ? textOf("隐藏字幕窗口")
                                                        : textOf("显示字幕窗口"));
     copy_->setEnabled(*session_.hasVisibleSourceTextFlag);
-    item_.setToolTip(listens ? textOf("Tessarune：正在显示字幕")
-                             : QStringLiteral("Tessarune"));
+    item_.setToolTip(listens ? textOf("Tessarune：正在显示字幕") : QStringLiteral("Tessarune"));
 }
 
 } // namespace tessarune

@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// The windows beside the captions, for the menus, the tray, the keys and the bus. Each is made when
-/// it is first asked for and stays until the program ends. Main thread.
+/// The windows beside the captions, for the menus, the tray, the keys and the bus. Each is made
+/// when it is first asked for and stays until the program ends. Main thread.
 class DesktopWindows {
   public:
     enum class Kind { settings, history };
@@ -21,8 +21,8 @@ class DesktopWindows {
     /// section is the part of it that is asked for, empty for where the user was.
     template <typename Window>
     void offer(Kind kind, std::function<std::unique_ptr<Window>()> make) {
-        offered_[kind] = [make = std::move(make), window = std::shared_ptr<Window>()](
-                             const std::string& section) mutable {
+        offered_[kind] = [make = std::move(make),
+                          window = std::shared_ptr<Window>()](const std::string& section) mutable {
             if (!window)
                 window = make();
             window->show(section);

@@ -1,0 +1,36 @@
+#include "Tessarune/app/LoginItem.h"
+
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+
+#include <string>
+#include <system_error>
+
+namespace tessarune {
+
+LoginItem::LoginItem(Host& host, AppSettings& settings, Desktop& desktop)
+    : host_(host), settings_(settings), desktop_(desktop) {
+    const Desktop::LoginState state = desktop_.loginState();
+    if (state == Desktop::LoginState::switchedOff && *settings_.launchAtLogin)
+        settings_.launchAtLogin = false;
+    else
+        apply(*settings_.launchAtLogin);
+    observations_.followChanges(settings_.launchAtLogin.published(),
+                                [this](bool starts) { apply(starts); });
+}
+
+void LoginItem::apply(bool startsWithDesktop) {
+    const bool starts = desktop_.loginState() == Desktop::LoginState::on;
+    if (starts == startsWithDesktop)
+        return;
+    try {
+        desktop_.setLoginItem(startsWithDesktop);
+    } catch (const std::system_error& error) {
+        TessaruneLog::app.fault([&error] {
+            return std::string("Tessarune launchAtLogin toggle failed: ") + error.what();
+        });
+        // Not while the change is being announced.
+        fallBack_ = host_.after(0, [this, starts] { settings_.launchAtLogin = starts; });
+    }
+}
+
+} // namespace tessarune

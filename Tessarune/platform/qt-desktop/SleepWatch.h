@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QDBusUnixFileDescriptor>
+#include <QObject>
+#include <functional>
+
+namespace tessarune {
+
+/// Hears from the system's login manager when the computer is about to sleep or to go down, and
+/// holds that up, some seconds at the most, until the program is ready. Without such a manager
+/// nothing is heard. Main thread, with the application object.
+class SleepWatch : public QObject {
+    Q_OBJECT
+
+  public:
+    struct Handlers {
+        /// Calls `ready` when all that must not be lost is on the disk.
+        std::function<void(std::function<void()> ready)> willSleep;
+        std::function<void()> didWake;
+        std::function<void(std::function<void()> ready)> willShutDown;
+    };
+
+    /// `bus` is the system's.
+    SleepWatch(QDBusConnection bus, Handlers handlers);
+
+  private Q_SLOTS:
+    void PrepareForSleep(bool begins);
+    void PrepareForShutdown(bool begins);
+
+  private:
+    void hold();
+    void release() { held_ = {}; }
+
+    QDBusConnection bus_;
+    const Handlers handlers_;
+    QDBusUnixFileDescriptor held_; // while it is open the computer waits
+};
+
+} // namespace tessarune

@@ -1,0 +1,89 @@
+#include "Tessarune/platform/qt-desktop/XDGDesktop.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDesktopServices>
+#include <QStandardPaths>
+#include <QUrl>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+std::filesystem::path autostartFolder() {
+    return std::filesystem::path(
+               QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation)
+                   .toStdString()) /
+           "autostart";
+}
+
+/// A path as an argument of a desktop entry's command: quoted once for the command, and once for
+/// the entry.
+std::string quoted(const std::string& path) {
+    std::string text = "\"";
+    for (const char sign : path) {
+        if (std::string_view("\"`$\\").find(sign) != std::string_view::npos)
+            text += "\\\\";
+        else if (sign == '%')
+            text += '%';
+        text += sign;
+    }
+    return text + "\"";
+}
+
+} // namespace
+
+XDGDesktop::XDGDesktop(FileSystem& files, std::string applicationID,
+                       std::filesystem::path program)
+    : files_(files),
+      applicationID_(std::move(applicationID)),
+      program_(std::move(program)),
+      entryFile_(autostartFolder() / (applicationID_ + ".desktop")) {}
+
+bool XDGDesktop::openURL(const std::string& url) {
+    return QDesktopServices::openUrl(QUrl::fromUserInput(QString::fromStdString(url)));
+}
+
+std::string XDGDesktop::entry() const {
+    return "[Desktop Entry]\nType=Application\nName=Tessarune\nExec=" + quoted(program_.string()) +
+           "\nIcon=" + applicationID_ + "\nTerminal=false\n";
+}
+
+void XDGDesktop::setLoginItem(bool startsWithDesktop) {
+    if (!startsWithDesktop) {
+        files_.remove(entryFile_);
+        return;
+    }
+    files_.createDirectories(entryFile_.parent_path());
+    files_.writeAtomically(entryFile_, entry());
+}
+
+Desktop::LoginState XDGDesktop::loginState() {
+    try {
+        const std::string text = files_.read(entryFile_);
+        const bool isSwitchedOff =
+            text.find("\nHidden=true") != std::string::npos ||
+            text.find("\nX-GNOME-Autostart-enabled=false") != std::string::npos;
+        return isSwitchedOff ? LoginState::switchedOff : LoginState::on;
+    } catch (const std::system_error&) {
+        return LoginState::off;
+    }
+}
+
+void XDGDesktop::notify(const std::string& title, const std::string& text) {
+    const QString service = QStringLiteral("org.freedesktop.Notifications");
+    QDBusMessage call =
+        QDBusMessage::createMethodCall(service, QStringLiteral("/org/freedesktop/Notifications"),
+                                       service, QStringLiteral("Notify"));
+    constexpr int desktopDecides = -1;
+    call << QStringLiteral("Tessarune") << 0U << QString::fromStdString(applicationID_)
+         << QString::fromStdString(title) << QString::fromStdString(text) << QStringList()
+         << QVariantMap{{QStringLiteral("desktop-entry"), QString::fromStdString(applicationID_)}}
+         << desktopDecides;
+    QDBusConnection::sessionBus().send(call);
+}
+
+} // namespace tessarune

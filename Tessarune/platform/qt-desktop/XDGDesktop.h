@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Tessarune/shell/Desktop.h"
+#include "Tessarune/shell/FileSystem.h"
+
+#include <filesystem>
+#include <string>
+
+namespace tessarune {
+
+/// A desktop that follows the conventions of freedesktop.org. Main thread, with the application
+/// object; the disk outlives it.
+class XDGDesktop final : public Desktop {
+  public:
+    /// `program` is what the desktop starts.
+    XDGDesktop(FileSystem& files, std::string applicationID, std::filesystem::path program);
+
+    bool openURL(const std::string& url) override;
+    /// An entry in the user's autostart folder.
+    void setLoginItem(bool startsWithDesktop) override;
+    LoginState loginState() override;
+    void notify(const std::string& title, const std::string& text) override;
+
+  private:
+    std::string entry() const;
+
+    FileSystem& files_;
+    const std::string applicationID_;
+    const std::filesystem::path program_;
+    const std::filesystem::path entryFile_;
+};
+
+} // namespace tessarune
