@@ -28,8 +28,7 @@ CLI::Option* CommandOptions::detail(CLI::Option* owner, CLI::Option* option) {
 void CommandOptions::refuseClashes(const std::vector<CLI::Option*>& captions) const {
     for (const auto& [option, owner] : details_) {
         if (isGiven(option) && !isGiven(owner))
-            throw UsageProblem(
-                localized("%@ needs %@.", {option->get_name(), owner->get_name()}));
+            throw UsageProblem(localized("%@ needs %@.", {option->get_name(), owner->get_name()}));
     }
     const auto command = std::ranges::find_if(commands_, isGiven);
     if (command == commands_.end())

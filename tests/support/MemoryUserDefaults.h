@@ -7,7 +7,7 @@
 namespace tessarune::testing {
 
 /// Settings that last as long as the test.
-class MemoryUserDefaults final : public UserDefaults {
+class MemoryUserDefaults : public UserDefaults {
   public:
     std::optional<SettingValue> value(std::string_view key) const override {
         const auto found = values_.find(key);

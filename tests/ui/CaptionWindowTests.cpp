@@ -1,4 +1,5 @@
 #include "tests/ui/StagedCaptions.h"
+#include "tests/ui/WarningsFail.h"
 
 #include <gtest/gtest.h>
 
@@ -12,30 +13,11 @@ namespace {
 
 using Kind = SessionStatus::Kind;
 
-QStringList& warnings() {
-    static QStringList all;
-    return all;
-}
-
-/// What Qt says on standard error while a window is open fails the test.
-class CaptionWindowTests : public ::testing::Test {
+class CaptionWindowTests : public WarningsFail {
   protected:
     CaptionWindowTests() {
-        qputenv("QT_QUICK_BACKEND", "software");
-        before_ =
-            qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString& text) {
-                if (!text.contains(QStringLiteral("This plugin")) &&
-                    !text.contains(QStringLiteral("XDG_RUNTIME_DIR")))
-                    warnings() << text;
-            });
         captions.settings.smoothStreaming = false;
         captions.open();
-    }
-    ~CaptionWindowTests() override {
-        captions.window.reset();
-        qInstallMessageHandler(before_);
-        EXPECT_TRUE(warnings().isEmpty()) << warnings().join('\n').toStdString();
-        warnings().clear();
     }
 
     QQuickItem* list() {
@@ -51,9 +33,6 @@ class CaptionWindowTests : public ::testing::Test {
     }
 
     StagedCaptions captions;
-
-  private:
-    QtMessageHandler before_ = nullptr;
 };
 
 TEST_F(CaptionWindowTests, ChangesAsFewRowsAsAFrameDoes) {

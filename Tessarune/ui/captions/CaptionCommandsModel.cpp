@@ -78,7 +78,8 @@ std::vector<CaptionCommandsModel::Command> CaptionCommandsModel::commands() cons
     if (commands.showSettings)
         all.push_back({.text = [this] { return toolbar_.settingsText(); },
                        .run = commands.showSettings,
-                       .isFirstOfGroup = !commands.showHistory});
+                       .isFirstOfGroup = !commands.showHistory,
+                       .fixedKeys = QKeySequence(Qt::CTRL | Qt::Key_Comma)});
     all.push_back({.text = [] { return QString::fromStdString(localized("隐藏字幕窗口")); },
                    .run = commands.toggleWindow,
                    .shortcut = &settings.shortcutToggleWindow,
@@ -115,7 +116,7 @@ QVariant CaptionCommandsModel::data(const QModelIndex& index, int role) const {
     const Command* const command = at(index.row());
     if (!command)
         return {};
-    const QKeySequence keys = command->shortcut ? keysOf(*command->shortcut) : QKeySequence();
+    const QKeySequence keys = command->shortcut ? keysOf(*command->shortcut) : command->fixedKeys;
     switch (role) {
     case TextRole:
         return command->text();

@@ -5,6 +5,7 @@
 #include "TessaruneCore/observation/Observations.h"
 
 #include <QAbstractListModel>
+#include <QKeySequence>
 #include <QString>
 #include <QStringList>
 #include <functional>
@@ -52,6 +53,7 @@ class CaptionCommandsModel final : public QAbstractListModel {
         std::function<bool()> isChecked = {}; ///< absent: never
         bool isFirstOfGroup = false;
         std::function<void()> runByKeys = {}; ///< absent: as `run`
+        QKeySequence fixedKeys = {};          ///< of a command without a setting of its own
     };
 
     std::vector<Command> commands() const;

@@ -1,4 +1,5 @@
 #include "Tessarune/ui/desktop/DesktopProgram.h"
+#include "Tessarune/ui/desktop/DesktopSettings.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <QGuiApplication>
@@ -8,7 +9,10 @@
 namespace tessarune {
 
 /// The windows that open when they are asked for. The menus have an entry for each.
-void DesktopProgram::offerWindows() {}
+void DesktopProgram::offerWindows() {
+    windows_.offer<SettingsWindow>(DesktopWindows::Kind::settings,
+                                   [this] { return makeSettingsWindow(application_, session_); });
+}
 
 CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
     using Kind = DesktopWindows::Kind;

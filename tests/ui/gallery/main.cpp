@@ -1,10 +1,13 @@
-// Draws the caption window in every state into PNG files: caption-gallery FOLDER [LOCALE]
+// Draws the caption window in every state, and the settings window pane by pane, into PNG files:
+// caption-gallery FOLDER [LOCALE]
 
 #include "Tessarune/shell/StringTables.h"
 #include "tests/ui/StagedCaptions.h"
+#include "tests/ui/StagedSettings.h"
 
 #include <QDir>
 #include <QImage>
+#include <QPalette>
 #include <QQuickItem>
 #include <functional>
 #include <iostream>
@@ -102,6 +105,56 @@ const Picture pictures[] = {
      }},
 };
 
+struct SettingsPicture {
+    const char* name;
+    const char* pane;
+    std::function<void(StagedSettings&)> stage = {};
+};
+
+const SettingsPicture settingsPictures[] = {
+    {"recognition", "recognition"},
+    {"translation", "translation"},
+    {"captions", "captions"},
+    {"recording", "recording"},
+    {"shortcuts", "shortcuts"},
+    {"advanced", "advanced"},
+    {"about", "about"},
+    {"search", "", [](auto& s) { s.window->model().setQuery("colo"); }},
+    {"problems", "recording",
+     [](auto& s) {
+         s.problem = "settings.json: line 3, column 1";
+         s.store.set("recordLosslessAudio", std::string("maybe"));
+         s.changedElsewhere();
+     }},
+};
+
+bool save(QQuickWindow& window, const QString& file) {
+    const bool saved = window.grabWindow().save(file);
+    if (!saved)
+        std::cerr << "cannot write " << file.toStdString() << "\n";
+    return saved;
+}
+
+bool drawSettings(const QString& folder, bool isDark) {
+    QPalette palette = QGuiApplication::palette();
+    palette.setColor(QPalette::Window, isDark ? QColor(0x1b1b1e) : QColor(0xf5f5f7));
+    palette.setColor(QPalette::WindowText, isDark ? Qt::white : Qt::black);
+    QGuiApplication::setPalette(palette);
+    for (const SettingsPicture& picture : settingsPictures) {
+        StagedSettings settings;
+        settings.open(picture.pane);
+        if (picture.stage)
+            picture.stage(settings);
+        settings.captions.runFor(400);
+        const QString name =
+            QStringLiteral("/settings-%1-%2.png")
+                .arg(QString::fromUtf8(picture.name), QString::fromUtf8(isDark ? "dark" : "light"));
+        if (!save(settings.window->window(), folder + name))
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -120,10 +173,8 @@ int main(int argc, char** argv) {
             picture.act(captions);
         captions.runFor(1600);
         const QString file = folder + "/" + picture.name + ".png";
-        if (!captions.window->window().grabWindow().save(file)) {
-            std::cerr << "cannot write " << file.toStdString() << "\n";
+        if (!save(captions.window->window(), file))
             return 1;
-        }
     }
-    return 0;
+    return drawSettings(folder, true) && drawSettings(folder, false) ? 0 : 1;
 }

@@ -1,0 +1,103 @@
+import QtQuick
+import QtQuick.Templates as T
+import Tessarune
+
+// One of several texts.
+T.ComboBox {
+    id: root
+
+    // What is chosen, for a screen reader.
+    property string name: ""
+    // Shown where nothing of the list is chosen.
+    property string otherText: ""
+
+    implicitWidth: Math.round(Theme.body * 17)
+    implicitHeight: Theme.controlHeight
+    leftPadding: Math.round(Theme.body * 0.8)
+    rightPadding: Math.round(Theme.body * 2.2)
+    opacity: enabled ? 1 : 0.5
+    Accessible.role: Accessible.ComboBox
+    Accessible.name: name
+    Keys.onReturnPressed: popup.open()
+
+    contentItem: Text {
+        text: root.currentIndex < 0 ? root.otherText : root.displayText
+        textFormat: Text.PlainText
+        elide: Text.ElideRight
+        verticalAlignment: Text.AlignVCenter
+        color: Theme.text
+        font.pixelSize: Theme.body
+    }
+
+    indicator: Glyph {
+        x: root.width - width - Math.round(Theme.body * 0.7)
+        y: (root.height - height) / 2
+        name: "down"
+    }
+
+    background: Rectangle {
+        radius: Theme.radius
+        color: root.hovered || root.popup.visible ? Theme.hovered : Theme.raised
+        border.color: root.visualFocus ? Theme.accent : Theme.line
+        border.width: root.visualFocus ? 2 : 1
+    }
+
+    delegate: T.ItemDelegate {
+        id: entry
+
+        required property int index
+        required property string modelData
+
+        width: ListView.view.width
+        height: Theme.controlHeight
+        highlighted: root.highlightedIndex === index
+        Accessible.role: Accessible.ListItem
+        Accessible.name: modelData
+
+        contentItem: Item {
+            Glyph {
+                x: Math.round(Theme.body * 0.7)
+                anchors.verticalCenter: parent.verticalCenter
+                visible: root.currentIndex === entry.index
+                name: "check"
+                color: Theme.accent
+            }
+            Text {
+                anchors { left: parent.left; leftMargin: Math.round(Theme.body * 2.3); right: parent.right; rightMargin: Math.round(Theme.body * 0.8); verticalCenter: parent.verticalCenter }
+                text: entry.modelData
+                textFormat: Text.PlainText
+                elide: Text.ElideRight
+                color: Theme.text
+                font.pixelSize: Theme.body
+            }
+        }
+
+        background: Rectangle {
+            radius: Theme.radius - 2
+            color: entry.highlighted ? Theme.chosen : "transparent"
+        }
+    }
+
+    popup: T.Popup {
+        y: root.height + 4
+        width: root.width
+        height: Math.min(contentItem.implicitHeight + 8, Theme.controlHeight * 9)
+        margins: 8
+        padding: 4
+
+        contentItem: ListView {
+            clip: true
+            implicitHeight: contentHeight
+            model: root.delegateModel
+            currentIndex: root.highlightedIndex
+            boundsBehavior: Flickable.StopAtBounds
+            highlightMoveDuration: 0
+        }
+
+        background: Rectangle {
+            radius: Theme.radius + 2
+            color: Theme.raised
+            border.color: Theme.line
+        }
+    }
+}

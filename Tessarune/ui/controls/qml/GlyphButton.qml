@@ -1,0 +1,56 @@
+import QtQuick
+import QtQuick.Templates as T
+import Tessarune
+
+// A button with a drawing; its text shows while the pointer rests on it.
+T.Button {
+    id: root
+
+    required property string glyph
+    property string name: text
+
+    implicitWidth: Math.round(Theme.body * 2)
+    implicitHeight: implicitWidth
+    Accessible.role: Accessible.Button
+    Accessible.name: name
+    Keys.onReturnPressed: clicked()
+
+    contentItem: Item {
+        Glyph {
+            anchors.centerIn: parent
+            name: root.glyph
+            color: root.hovered ? Theme.text : Theme.quiet
+        }
+    }
+
+    background: Rectangle {
+        radius: Theme.radius
+        color: root.hovered ? Theme.hovered : "transparent"
+        border.color: root.visualFocus ? Theme.accent : "transparent"
+        border.width: 2
+    }
+
+    T.ToolTip {
+        id: hint
+
+        visible: root.hovered
+        delay: 600
+        y: root.height + 4
+        margins: 8
+        padding: Math.round(Theme.body * 0.5)
+        text: root.text
+
+        contentItem: Text {
+            text: hint.text
+            textFormat: Text.PlainText
+            color: Theme.text
+            font.pixelSize: Theme.small
+        }
+
+        background: Rectangle {
+            radius: Theme.radius
+            color: Theme.raised
+            border.color: Theme.line
+        }
+    }
+}

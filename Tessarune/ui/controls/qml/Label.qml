@@ -1,0 +1,14 @@
+import QtQuick
+import Tessarune
+
+// A text of a window.
+Text {
+    textFormat: Text.PlainText
+    wrapMode: Text.Wrap
+    color: Theme.text
+    font.pixelSize: Theme.body
+    lineHeight: 1.1
+    Accessible.role: Accessible.StaticText
+    Accessible.name: text
+    Accessible.ignored: text === ""
+}

@@ -1,0 +1,51 @@
+import QtQuick
+import QtQuick.Templates as T
+import Tessarune
+
+T.Button {
+    id: root
+
+    property bool isPrimary: false
+    // Stands there without an edge until the pointer comes near.
+    property bool isPlain: false
+
+    implicitWidth: contentItem.implicitWidth + leftPadding + rightPadding
+    implicitHeight: Theme.controlHeight
+    leftPadding: Math.round(Theme.body)
+    rightPadding: leftPadding
+    opacity: enabled ? 1 : 0.5
+    Accessible.role: Accessible.Button
+    Accessible.name: text
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
+
+    contentItem: Text {
+        text: root.text
+        textFormat: Text.PlainText
+        color: root.isPrimary ? Theme.overAccent : root.isPlain ? Theme.accent : Theme.text
+        font.pixelSize: Theme.body
+        elide: Text.ElideRight
+        horizontalAlignment: Text.AlignHCenter
+        verticalAlignment: Text.AlignVCenter
+    }
+
+    background: Rectangle {
+        radius: Theme.radius
+        color: root.isPrimary ? Theme.accent : root.isPlain ? "transparent" : Theme.raised
+        border.color: root.isPrimary || root.isPlain ? "transparent" : Theme.line
+
+        Rectangle {
+            anchors.fill: parent
+            radius: parent.radius
+            color: root.down ? Theme.chosen : root.hovered ? Theme.hovered : "transparent"
+        }
+
+        Rectangle {
+            visible: root.visualFocus
+            anchors { fill: parent; margins: -2 }
+            radius: parent.radius + 2
+            color: "transparent"
+            border { color: Theme.accent; width: 2 }
+        }
+    }
+}

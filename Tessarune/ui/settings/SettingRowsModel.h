@@ -1,0 +1,82 @@
+#pragma once
+
+#include "Tessarune/ui/settings/SettingEntries.h"
+#include "TessaruneCore/host/Host.h"
+
+#include <QAbstractListModel>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace tessarune {
+
+/// Settings as rows of a pane, or of what a search found. A row always shows what the settings say,
+/// whoever changed them. Main thread; host and settings outlive it.
+class SettingRowsModel final : public QAbstractListModel {
+    Q_OBJECT
+
+  public:
+    enum Role {
+        TitleRole = Qt::UserRole,
+        AboutRole,
+        SectionRole, ///< empty: the same as that of the row above
+        ControlRole, ///< "toggle", "choice", "number", "color", "text" or "elsewhere"
+        ValueRole,
+        ValueTextRole,
+        ChoicesRole,
+        CurrentRole, ///< among the choices
+        FromRole,
+        ToRole,
+        StepRole,
+        ChangedRole, ///< differs from the first-launch value
+        AvailableRole,
+        ProblemRole, ///< what is wrong with what is stored or was typed; empty: nothing
+        PaneRole,
+    };
+
+    /// A search names the pane above each group of rows.
+    enum class Headings { sections, panes };
+
+    explicit SettingRowsModel(Host& host, Headings headings = Headings::sections);
+    ~SettingRowsModel() override;
+
+    void show(std::vector<SettingEntry> entries);
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    Q_INVOKABLE void toggle(int row, bool on);
+    Q_INVOKABLE void choose(int row, int choice);
+    /// While a slider moves: the newest value is stored a moment later.
+    Q_INVOKABLE void slide(int row, double value);
+    Q_INVOKABLE void write(int row, const QString& text);
+    Q_INVOKABLE void restore(int row);
+    /// A number as the row shows it.
+    Q_INVOKABLE QString numberText(int row, double value) const;
+
+  private:
+    struct Sliding {
+        int row;
+        std::string text;
+    };
+
+    const SettingEntry* at(int row) const;
+    void set(int row, const std::string& text);
+    void storeSliding();
+    void announce(int row);
+    void forget();
+    std::string sectionOf(const SettingEntry& entry) const;
+    std::string problemOf(int row) const;
+    int currentChoice(const SettingEntry& entry) const;
+
+    Host& host_;
+    const Headings headings_;
+    std::vector<SettingEntry> entries_;
+    std::vector<std::string> refused_; ///< what was typed and is no value, by row
+    std::vector<std::function<void()>> endObservations_;
+    std::optional<Sliding> sliding_;
+    DelayedCall storing_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Tessarune/ui/settings/SettingsWindowEnvironment.h"
+#include "Tessarune/ui/settings/SettingsWindowModel.h"
+
+#include <QQmlApplicationEngine>
+#include <QQuickWindow>
+#include <string>
+
+namespace tessarune {
+
+/// The window with the user's settings. Main thread; needs the application object.
+class SettingsWindow {
+  public:
+    /// Loads the window without showing it. Ends the program where the window's own files are
+    /// broken, which no user can mend.
+    explicit SettingsWindow(SettingsWindowEnvironment environment);
+    ~SettingsWindow();
+    SettingsWindow(const SettingsWindow&) = delete;
+
+    /// Raised and active; with the pane of this name, or where it was.
+    void show(const std::string& pane = {});
+    QQuickWindow& window() { return *window_; }
+    SettingsWindowModel& model() { return model_; }
+
+  private:
+    const SettingsWindowEnvironment environment_;
+    SettingsWindowModel model_;
+    QQmlApplicationEngine engine_;
+    QQuickWindow* window_ = nullptr; // the engine's
+};
+
+} // namespace tessarune

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "Tessarune/ui/settings/SettingRowsModel.h"
+#include "Tessarune/ui/settings/SettingsWindowEnvironment.h"
+#include "TessaruneCore/observation/Observations.h"
+
+#include <QObject>
+#include <QString>
+#include <QVariantList>
+#include <QVariantMap>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// The settings window around its panes: which one is shown, and what a search finds in all of
+/// them. Main thread; the environment outlives it.
+class SettingsWindowModel final : public QObject {
+    Q_OBJECT
+    /// The panes in their order: "name" and "title".
+    Q_PROPERTY(QVariantList panes READ panes CONSTANT)
+    Q_PROPERTY(QString pane READ pane WRITE setPane NOTIFY paneChanged)
+    Q_PROPERTY(QString paneTitle READ paneTitle NOTIFY paneChanged)
+    Q_PROPERTY(QString query MEMBER query_ READ query WRITE setQuery NOTIFY queryChanged)
+    Q_PROPERTY(bool isSearching READ isSearching NOTIFY queryChanged)
+    Q_PROPERTY(bool foundNothing READ foundNothing NOTIFY queryChanged)
+    /// Of the pane, or what was found.
+    Q_PROPERTY(tessarune::SettingRowsModel* rows READ rows CONSTANT)
+    Q_PROPERTY(tessarune::SettingRowsModel* found READ found CONSTANT)
+    /// What is wrong with the settings file; empty: nothing.
+    Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
+    /// The fixed texts of the window.
+    Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
+
+  public:
+    explicit SettingsWindowModel(const SettingsWindowEnvironment& environment);
+
+    QVariantList panes() const;
+    QString pane() const;
+    void setPane(const QString& name);
+    QString paneTitle() const;
+    QString query() const { return query_; }
+    void setQuery(const QString& query);
+    bool isSearching() const;
+    bool foundNothing() const { return isSearching() && found_.rowCount() == 0; }
+    SettingRowsModel* rows() { return &rows_; }
+    SettingRowsModel* found() { return &found_; }
+    QString problem() const;
+    QVariantMap texts() const;
+
+    Q_INVOKABLE void renewFile();
+    Q_INVOKABLE void restoreCaptions();
+
+  Q_SIGNALS:
+    void paneChanged();
+    void queryChanged();
+    void problemChanged();
+
+  private:
+    void showPane();
+
+    const SettingsWindowEnvironment& environment_;
+    const std::vector<SettingEntry> entries_;
+    SettingsPane pane_ = SettingsPane::recognition;
+    QString query_;
+    SettingRowsModel rows_;
+    SettingRowsModel found_;
+    Observations observations_;
+};
+
+} // namespace tessarune

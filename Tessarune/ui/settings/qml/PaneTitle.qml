@@ -1,0 +1,11 @@
+import QtQuick
+import Tessarune
+import "qrc:/controls"
+
+Label {
+    width: parent.width
+    bottomPadding: Math.round(Theme.body * 0.6)
+    font.pixelSize: Theme.title
+    font.weight: Font.DemiBold
+    Accessible.role: Accessible.Heading
+}

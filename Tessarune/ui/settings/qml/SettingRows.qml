@@ -1,0 +1,21 @@
+import QtQuick
+import Tessarune
+import "qrc:/controls"
+
+// Settings one below the other.
+Column {
+    id: root
+
+    required property SettingsWindowModel model
+    required property SettingRowsModel rows
+
+    Repeater {
+        model: root.rows
+
+        SettingRow {
+            width: root.width
+            model: root.model
+            rows: root.rows
+        }
+    }
+}

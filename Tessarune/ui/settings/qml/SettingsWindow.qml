@@ -1,0 +1,116 @@
+import QtQuick
+import QtQuick.Window
+import Tessarune
+import "qrc:/controls"
+
+Window {
+    id: window
+
+    required property SettingsWindowModel model
+
+    title: model.texts.title
+    color: Theme.window
+    width: Math.round(Theme.body * 66)
+    height: Math.round(Theme.body * 48)
+    minimumWidth: Math.round(Theme.body * 48)
+    minimumHeight: Math.round(Theme.body * 26)
+
+    Rectangle {
+        id: side
+
+        width: Math.round(Theme.body * 15)
+        height: parent.height
+        color: Theme.side
+
+        EntryField {
+            id: search
+
+            objectName: "search"
+            x: Math.round(Theme.body)
+            y: Math.round(Theme.body)
+            width: parent.width - 2 * x
+            name: window.model.texts.search
+            placeholderText: name
+            glyph: "search"
+            text: window.model.query
+            focus: true
+            onTextEdited: window.model.query = text
+            Keys.onEscapePressed: window.model.query = ""
+            Keys.onDownPressed: panes.forceActiveFocus()
+        }
+
+        PaneList {
+            id: panes
+
+            anchors { left: parent.left; right: parent.right; top: search.bottom; topMargin: Math.round(Theme.body * 0.8); bottom: parent.bottom }
+            model: window.model
+        }
+    }
+
+    Rectangle {
+        anchors { left: side.right; top: parent.top; bottom: parent.bottom }
+        width: 1
+        color: Theme.line
+    }
+
+    Item {
+        anchors { left: side.right; leftMargin: 1; right: parent.right; top: parent.top; bottom: parent.bottom }
+
+        ProblemBar {
+            id: problem
+            width: parent.width
+            text: window.model.problem
+            action: window.model.texts.renew
+            onActivated: window.model.renewFile()
+        }
+
+        Loader {
+            id: pane
+
+            readonly property var byName: ({})
+
+            objectName: "pane"
+            anchors { left: parent.left; right: parent.right; top: problem.bottom; bottom: parent.bottom }
+            sourceComponent: window.model.isSearching ? found : byName[window.model.pane] || plain
+        }
+    }
+
+    Component {
+        id: plain
+
+        ScrollArea {
+            PaneTitle {
+                text: window.model.paneTitle
+            }
+            SettingRows {
+                width: parent.width
+                model: window.model
+                rows: window.model.rows
+            }
+        }
+    }
+
+    Component {
+        id: found
+
+        ScrollArea {
+            PaneTitle {
+                text: window.model.foundNothing ? window.model.texts.nothing : window.model.query
+            }
+            SettingRows {
+                width: parent.width
+                model: window.model
+                rows: window.model.found
+            }
+        }
+    }
+
+    Shortcut {
+        sequence: StandardKey.Find
+        onActivated: search.forceActiveFocus()
+    }
+    Shortcut {
+        sequences: [StandardKey.Close]
+        onActivated: window.close()
+    }
+}
