@@ -1,6 +1,7 @@
 #include "Terminal/OutputQueue.h"
 
 #include "Terminal/TerminalCursor.h"
+#include "TessaruneCore/host/Mutex.h"
 
 #include <poll.h>
 #include <unistd.h>
@@ -9,7 +10,6 @@
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
-#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -43,20 +43,23 @@ std::size_t writeSome(int descriptor, std::string_view bytes) {
 } // namespace
 
 struct OutputQueue::State {
-    explicit State(int number) : descriptor(number) {}
+    State(int number, std::function<void()> itsOnChange)
+        : descriptor(number), onChange(std::move(itsOnChange)) {}
 
     const int descriptor;
-    std::function<void()> onChange;
-    mutable std::mutex mutex;
-    std::condition_variable arrived;
-    std::string waiting;
-    std::size_t unwritten = 0;     // those that wait, and those that are being written
-    bool tellsWhenWritten = false; // somebody has seen that it is behind, or should see a failure
-    bool isEnding = false;
-    int failure = 0;
+    mutable Mutex mutex;
+    std::condition_variable_any arrived;
+    std::function<void()> onChange GUARDED_BY(mutex);
+    std::string waiting GUARDED_BY(mutex);
+    /// Those that wait, and those that are being written.
+    std::size_t unwritten GUARDED_BY(mutex) = 0;
+    /// Somebody has seen that it is behind, or should see a failure.
+    bool tellsWhenWritten GUARDED_BY(mutex) = false;
+    bool isEnding GUARDED_BY(mutex) = false;
+    int failure GUARDED_BY(mutex) = 0;
 
     void add(std::string_view bytes) {
-        const std::lock_guard lock(mutex);
+        const MutexLock lock(mutex);
         if (failure != 0)
             return;
         waiting += bytes;
@@ -67,8 +70,7 @@ struct OutputQueue::State {
 };
 
 OutputQueue::OutputQueue(int descriptor, std::function<void()> onChange)
-    : state_(std::make_shared<State>(descriptor)) {
-    state_->onChange = std::move(onChange);
+    : state_(std::make_shared<State>(descriptor, std::move(onChange))) {
     cookie_io_functions_t functions{};
     functions.write = [](void* state, const char* bytes, std::size_t count) {
         static_cast<State*>(state)->add({bytes, count});
@@ -83,7 +85,7 @@ OutputQueue::~OutputQueue() {
     std::fclose(stream_);
     bool isIdle = false;
     {
-        const std::lock_guard lock(state_->mutex);
+        const MutexLock lock(state_->mutex);
         state_->isEnding = true;
         state_->onChange = {};
         isIdle = state_->unwritten == 0;
@@ -96,27 +98,28 @@ OutputQueue::~OutputQueue() {
 }
 
 bool OutputQueue::isBehind() const {
-    const std::lock_guard lock(state_->mutex);
+    const MutexLock lock(state_->mutex);
     return state_->unwritten > behindBytes;
 }
 
 bool OutputQueue::isWritten() const {
-    const std::lock_guard lock(state_->mutex);
+    const MutexLock lock(state_->mutex);
     return state_->unwritten == 0;
 }
 
 int OutputQueue::failure() const {
-    const std::lock_guard lock(state_->mutex);
+    const MutexLock lock(state_->mutex);
     return state_->failure;
 }
 
 void OutputQueue::write(const std::shared_ptr<State>& state) {
-    std::unique_lock lock(state->mutex);
+    MutexLock lock(state->mutex);
     for (;;) {
         if (state->waiting.empty() && std::exchange(state->tellsWhenWritten, false) &&
             state->onChange)
             state->onChange();
-        state->arrived.wait(lock, [&] { return state->isEnding || !state->waiting.empty(); });
+        while (!state->isEnding && state->waiting.empty())
+            state->arrived.wait(lock);
         if (state->waiting.empty() && state->isEnding)
             return;
         const std::string bytes = std::exchange(state->waiting, {});

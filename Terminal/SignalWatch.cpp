@@ -2,6 +2,7 @@
 
 #include "Terminal/ExitStatus.h"
 #include "Terminal/TerminalCursor.h"
+#include "TessaruneCore/host/Mutex.h"
 
 #include <pthread.h>
 #include <unistd.h>
@@ -9,7 +10,6 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
-#include <mutex>
 #include <thread>
 #include <utility>
 
@@ -22,12 +22,12 @@ constexpr std::chrono::milliseconds samePress{300};
 
 /// What is to be told of signals, if anybody wants to know.
 struct Interest {
-    std::mutex mutex;
-    Host* host = nullptr;
-    std::function<void()> onSignal;
-    std::function<void()> onContinue;
-    bool isEnding = false;
-    Clock::time_point endingSince;
+    Mutex mutex;
+    Host* host GUARDED_BY(mutex) = nullptr;
+    std::function<void()> onSignal GUARDED_BY(mutex);
+    std::function<void()> onContinue GUARDED_BY(mutex);
+    bool isEnding GUARDED_BY(mutex) = false;
+    Clock::time_point endingSince GUARDED_BY(mutex);
 };
 
 Interest& interest() {
@@ -62,14 +62,14 @@ void stop() {
 void goOn() {
     TerminalCursor::setPaused(false);
     Interest& now = interest();
-    const std::lock_guard lock(now.mutex);
+    const MutexLock lock(now.mutex);
     if (now.host && now.onContinue)
         now.host->post(now.onContinue);
 }
 
 void end(int signal) {
     Interest& now = interest();
-    const std::lock_guard lock(now.mutex);
+    const MutexLock lock(now.mutex);
     const bool isSamePress = now.isEnding && Clock::now() - now.endingSince <= samePress;
     if (!now.host && !isSamePress)
         dieOf(signal);
@@ -133,7 +133,7 @@ void SignalWatch::begin() {
 SignalWatch::SignalWatch(Host& host, std::function<void()> onSignal,
                          std::function<void()> onContinue) {
     Interest& now = interest();
-    const std::lock_guard lock(now.mutex);
+    const MutexLock lock(now.mutex);
     now.host = &host;
     now.onSignal = std::move(onSignal);
     now.onContinue = std::move(onContinue);
@@ -142,7 +142,7 @@ SignalWatch::SignalWatch(Host& host, std::function<void()> onSignal,
 
 SignalWatch::~SignalWatch() {
     Interest& now = interest();
-    const std::lock_guard lock(now.mutex);
+    const MutexLock lock(now.mutex);
     now.host = nullptr;
     now.onSignal = {};
     now.onContinue = {};

@@ -17,6 +17,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # GCC 12 reports these inside its own standard library once coroutines and -O2 meet.
   target_compile_options(tessarune-options INTERFACE
     -Wno-maybe-uninitialized -Wno-dangling-pointer -Wno-restrict -Wno-subobject-linkage)
+else()
+  # What is marked in TessaruneCore/host/Mutex.h.
+  target_compile_options(tessarune-options INTERFACE -Wthread-safety)
 endif()
 target_include_directories(tessarune-options INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_definitions(tessarune-options INTERFACE

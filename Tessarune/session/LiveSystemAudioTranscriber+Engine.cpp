@@ -93,23 +93,23 @@ void LiveSystemAudioTranscriber::attachCallbacks(SpeechAnalyzerTranscriber& engi
 LiveSystemAudioTranscriber::Engine LiveSystemAudioTranscriber::exchangeEngine(Engine next) {
     Engine former;
     {
-        std::lock_guard lock(transcriberLock_);
+        const MutexLock lock(transcriberLock_);
         former = std::exchange(transcriber_, std::move(next));
     }
     const PerfStats formerPerf = former ? former->perfStats() : PerfStats();
-    std::lock_guard lock(perfLock_);
+    const MutexLock lock(perfLock_);
     if (former)
         lastEnginePerf_ = formerPerf;
     return former;
 }
 
 LiveSystemAudioTranscriber::Engine LiveSystemAudioTranscriber::currentEngine() const {
-    std::lock_guard lock(transcriberLock_);
+    const MutexLock lock(transcriberLock_);
     return transcriber_;
 }
 
 bool LiveSystemAudioTranscriber::isCurrent(const AudioTranscriber* engine) const {
-    std::lock_guard lock(transcriberLock_);
+    const MutexLock lock(transcriberLock_);
     return transcriber_.get() == engine;
 }
 
@@ -121,12 +121,12 @@ void LiveSystemAudioTranscriber::requestFinalization(const std::string& reason) 
 PerfStats LiveSystemAudioTranscriber::perfStats() const {
     if (const Engine engine = currentEngine())
         return engine->perfStats();
-    std::lock_guard lock(perfLock_);
+    const MutexLock lock(perfLock_);
     return lastEnginePerf_;
 }
 
 PerfStats LiveSystemAudioTranscriber::wrapperPerfStats() const {
-    std::lock_guard lock(perfLock_);
+    const MutexLock lock(perfLock_);
     return {{"audioBufferCount", perfAudioBufferCount_},
             {"audioBufferInfoEvents", perfAudioBufferInfoEvents_},
             {"systemAudioPermissionMarkEvents", perfSystemAudioPermissionMarkEvents_},
@@ -140,7 +140,7 @@ void LiveSystemAudioTranscriber::handle(AudioBufferPtr buffer) {
     const Engine engine = currentEngine();
     bool isAnotherRate = false;
     {
-        std::lock_guard lock(perfLock_);
+        const MutexLock lock(perfLock_);
         ++perfAudioBufferCount_;
         isAnotherRate = sampleRate != reportedAudioSampleRate_;
         if (isAnotherRate) {
@@ -157,7 +157,7 @@ void LiveSystemAudioTranscriber::handle(AudioBufferPtr buffer) {
 
 void LiveSystemAudioTranscriber::handleLevel(double level) {
     {
-        std::lock_guard lock(perfLock_);
+        const MutexLock lock(perfLock_);
         ++perfAudioLevelEvents_;
     }
     if (onLevel)
@@ -176,7 +176,7 @@ void LiveSystemAudioTranscriber::handleCaptureEvent(const CaptureEvent& event) {
 
 void LiveSystemAudioTranscriber::latchSystemAudioPermission() {
     {
-        std::lock_guard lock(perfLock_);
+        const MutexLock lock(perfLock_);
         if (std::exchange(didLatchSystemAudioPermission_, true))
             return;
         ++perfSystemAudioPermissionMarkEvents_;

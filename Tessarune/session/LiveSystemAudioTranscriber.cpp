@@ -145,7 +145,7 @@ Task<void> LiveSystemAudioTranscriber::startMicrophone(Self self, AudioSource so
 Task<void> LiveSystemAudioTranscriber::startSystemAudio(Self self) {
     self->logger().event("transcriber.capture.systemAudio.start");
     {
-        std::lock_guard lock(self->perfLock_);
+        const MutexLock lock(self->perfLock_);
         self->didLatchSystemAudioPermission_ = false;
     }
     Task<void> starting = self->capture_->start();

@@ -130,16 +130,16 @@ class LiveSystemAudioTranscriber final
     bool isActive_ = false;     ///< between a start and an end
 
     mutable SoleLock transcriberLock_;
-    Engine transcriber_;
+    Engine transcriber_ GUARDED_BY(transcriberLock_);
 
-    mutable SoleLock perfLock_; ///< guards the rest
-    double reportedAudioSampleRate_ = 0;
-    bool didLatchSystemAudioPermission_ = false;
-    double perfAudioBufferCount_ = 0;
-    double perfAudioBufferInfoEvents_ = 0;
-    double perfSystemAudioPermissionMarkEvents_ = 0;
-    double perfAudioLevelEvents_ = 0;
-    PerfStats lastEnginePerf_;
+    mutable SoleLock perfLock_;
+    double reportedAudioSampleRate_ GUARDED_BY(perfLock_) = 0;
+    bool didLatchSystemAudioPermission_ GUARDED_BY(perfLock_) = false;
+    double perfAudioBufferCount_ GUARDED_BY(perfLock_) = 0;
+    double perfAudioBufferInfoEvents_ GUARDED_BY(perfLock_) = 0;
+    double perfSystemAudioPermissionMarkEvents_ GUARDED_BY(perfLock_) = 0;
+    double perfAudioLevelEvents_ GUARDED_BY(perfLock_) = 0;
+    PerfStats lastEnginePerf_ GUARDED_BY(perfLock_);
 };
 
 } // namespace tessarune

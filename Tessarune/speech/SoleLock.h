@@ -1,15 +1,16 @@
 #pragma once
 
+#include "TessaruneCore/host/Mutex.h"
+
 #include <cassert>
-#include <mutex>
 
 namespace tessarune {
 
 /// A mutex of which a thread holds at most one at a time, so that no two of them can ever wait for
 /// each other. Builds with assertions stop at a thread that takes a second one, whichever it is.
-class SoleLock {
+class CAPABILITY("mutex") SoleLock {
   public:
-    void lock() {
+    void lock() ACQUIRES_LOCK() {
         assertNoneHeld();
         mutex_.lock();
 #ifndef NDEBUG
@@ -17,7 +18,7 @@ class SoleLock {
 #endif
     }
 
-    void unlock() {
+    void unlock() RELEASES_LOCK() {
 #ifndef NDEBUG
         held_ = false;
 #endif
@@ -32,7 +33,7 @@ class SoleLock {
     }
 
   private:
-    std::mutex mutex_;
+    Mutex mutex_;
 #ifndef NDEBUG
     static inline thread_local bool held_ = false;
 #endif

@@ -46,7 +46,7 @@ void SpeechAnalyzerTranscriber::requestFinalization(std::string reason) {
 std::optional<SpeechAnalyzerTranscriber::FinalizationPlan>
 SpeechAnalyzerTranscriber::makeFinalizationPlan() {
     const double time = now();
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     if (!state_.analyzer || !state_.inputCont || !(state_.audioEpoch > 0))
         return std::nullopt;
     const double cutoff = std::max(state_.latestAudioTime - finalizeSafetyTailSeconds, 0.0);
@@ -96,7 +96,7 @@ void SpeechAnalyzerTranscriber::requestAnalysisCancellation(double beforeAudioTi
 
 std::optional<SpeechAnalyzerTranscriber::CancellationPlan>
 SpeechAnalyzerTranscriber::makeCancellationPlan(double beforeAudioTime, bool force) {
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     if (!state_.analyzer || !state_.inputCont || !std::isfinite(beforeAudioTime))
         return std::nullopt;
     const double cutoff = std::max(beforeAudioTime - cancelSafetyTailSeconds, 0.0);
@@ -127,7 +127,7 @@ Task<void> SpeechAnalyzerTranscriber::cancelBefore(WeakSelf weak, CancellationPl
         co_return;
     }
     {
-        std::lock_guard lock(self->stateLock_);
+        const MutexLock lock(self->stateLock_);
         if (self->state_.generation != plan.generation)
             co_return;
         ++self->state_.perf.perfCancelDone;

@@ -7,7 +7,7 @@ namespace tessarune {
 
 void SpeechAnalyzerTranscriber::append(AudioBufferPtr buffer) {
     {
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         if (!state_.inputCont)
             return;
         state_.perf.perfFedAudioSeconds += buffer->seconds();
@@ -37,9 +37,9 @@ SpeechAnalyzerTranscriber::enqueueAnalyzerInput(const AudioBuffer& buffer) {
     const auto target = std::max<std::size_t>(
         static_cast<std::size_t>(buffer.format.sampleRate * analyzerInputChunkSeconds), 1);
 
-    std::lock_guard lock(inputLock_);
+    const MutexLock lock(inputLock_);
     auto& accumulator = inputAccumulator_;
-    const auto takeOut = [&] {
+    const auto takeOut = [&]() REQUIRES_LOCK(inputLock_) {
         if (accumulator->frames() > 0)
             batches.push_back(std::move(*accumulator));
         accumulator.reset();
@@ -62,7 +62,7 @@ SpeechAnalyzerTranscriber::enqueueAnalyzerInput(const AudioBuffer& buffer) {
 
 /// What waits to become a batch, unless that is nothing.
 std::optional<AudioBuffer> SpeechAnalyzerTranscriber::takeAccumulator() {
-    std::lock_guard lock(inputLock_);
+    const MutexLock lock(inputLock_);
     std::optional<AudioBuffer> rest = std::exchange(inputAccumulator_, std::nullopt);
     return rest && rest->frames() > 0 ? std::move(rest) : std::nullopt;
 }
@@ -72,7 +72,7 @@ void SpeechAnalyzerTranscriber::flushInputAccumulator(const std::string& reason)
     if (!rest)
         return;
     {
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         ++state_.perf.perfAnalyzerInputFlushes;
     }
     platform_.logger.event("speechAnalyzer.input.flush",
@@ -85,7 +85,7 @@ void SpeechAnalyzerTranscriber::flushInputAccumulator(const std::string& reason)
 
 std::optional<SpeechAnalyzerTranscriber::AnalyzerInputSession>
 SpeechAnalyzerTranscriber::inputSession() const {
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     if (!state_.inputCont || !state_.analyzerFormat)
         return std::nullopt;
     return AnalyzerInputSession{*state_.inputCont, *state_.analyzerFormat, state_.generation};
@@ -104,7 +104,7 @@ void SpeechAnalyzerTranscriber::feedAnalyzerInput(const AudioBuffer& batch) {
     std::optional<AudioBuffer> converted = convert(batch, session->format);
     const double busy = now() - before;
     {
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         state_.perf.perfConversionBusySeconds += busy;
     }
     if (!converted)
@@ -115,13 +115,13 @@ void SpeechAnalyzerTranscriber::feedAnalyzerInput(const AudioBuffer& batch) {
     const double yielding = now();
     session->continuation.yield({std::make_shared<const AudioBuffer>(std::move(*converted))});
     const double yielded = now() - yielding;
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     state_.perf.perfAnalyzerInputYieldBusySeconds += yielded;
 }
 
 /// Before the first sound nothing can be missing.
 void SpeechAnalyzerTranscriber::noteLostInput(double seconds, std::int64_t generation) {
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     if (state_.generation == generation && state_.audioEpoch > 0)
         state_.timeline.addGap(state_.latestAudioTime, seconds);
 }
@@ -130,7 +130,7 @@ void SpeechAnalyzerTranscriber::noteLostInput(double seconds, std::int64_t gener
 /// take the memory with it.
 void SpeechAnalyzerTranscriber::reportFullInput() {
     {
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         if (std::exchange(state_.didReportFullInput, true))
             return;
     }
@@ -141,7 +141,7 @@ void SpeechAnalyzerTranscriber::reportFullInput() {
 /// fills.
 std::optional<AudioBuffer> SpeechAnalyzerTranscriber::convert(const AudioBuffer& batch,
                                                               AudioFormat format) {
-    std::lock_guard lock(converterLock_);
+    const MutexLock lock(converterLock_);
     try {
         if (!converter_ || converterInput_ != batch.format ||
             converter_->outputFormat() != format) {
@@ -162,7 +162,7 @@ bool SpeechAnalyzerTranscriber::recordAnalyzerInput(double convertedAudioSeconds
                                                     std::size_t sourceFrames,
                                                     const AnalyzerInputSession& session) {
     const double time = now();
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     if (state_.generation != session.generation || state_.inputCont != session.continuation)
         return false;
     if (state_.audioEpoch == 0)

@@ -8,7 +8,7 @@ void SpeechAnalyzerTranscriber::queuePartial(std::string text, double timestamp,
                                              std::int64_t generation) {
     bool replaced = false;
     {
-        std::lock_guard lock(partialLock_);
+        const MutexLock lock(partialLock_);
         replaced = pendingPartialText_.has_value();
         pendingPartialText_ = std::move(text);
         pendingPartialTimestamp_ = timestamp;
@@ -21,7 +21,7 @@ void SpeechAnalyzerTranscriber::queuePartial(std::string text, double timestamp,
                       stop);
         }
     }
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     if (replaced)
         ++state_.perf.perfCoalescedPartialResults;
     ++state_.perf.perfRawPartialResults;
@@ -44,7 +44,7 @@ void SpeechAnalyzerTranscriber::flushPendingPartial(std::int64_t coalesceGenerat
     std::optional<std::string> text;
     double timestamp = 0;
     {
-        std::lock_guard lock(partialLock_);
+        const MutexLock lock(partialLock_);
         if (partialCoalesceGeneration_ != coalesceGeneration)
             return;
         text = std::exchange(pendingPartialText_, std::nullopt);
@@ -55,20 +55,20 @@ void SpeechAnalyzerTranscriber::flushPendingPartial(std::int64_t coalesceGenerat
         return;
     std::int64_t revision = 0;
     {
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         if (state_.generation != generation)
             return;
         revision = state_.revision;
     }
     send(onEvent, ASREvent::partial(std::move(*text), revision, timestamp));
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     ++state_.perf.perfPartialEvents;
 }
 
 void SpeechAnalyzerTranscriber::discardPendingPartial() {
     std::optional<TaskHandle> task;
     {
-        std::lock_guard lock(partialLock_);
+        const MutexLock lock(partialLock_);
         ++partialCoalesceGeneration_;
         pendingPartialText_.reset();
         task = std::exchange(partialEmitTask_, std::nullopt);
@@ -78,7 +78,7 @@ void SpeechAnalyzerTranscriber::discardPendingPartial() {
 }
 
 bool SpeechAnalyzerTranscriber::hasPendingPartial() const {
-    std::lock_guard lock(partialLock_);
+    const MutexLock lock(partialLock_);
     return pendingPartialText_.has_value();
 }
 

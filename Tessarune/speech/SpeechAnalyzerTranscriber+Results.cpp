@@ -47,7 +47,7 @@ void SpeechAnalyzerTranscriber::handleResult(const SpeechResult& result, std::in
     AnalyzerEngineSnapshot snapshot;
     std::int64_t sequence = 0;
     {
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         if (state_.generation != generation)
             return;
         sequence = ++state_.rawResultSequence;
@@ -77,7 +77,7 @@ void SpeechAnalyzerTranscriber::sendDiagnostics(const ResultInHand& hand) {
         send(onSummaryResult,
              AppleResultMapping::summaryRecord(hand.result, hand.candidate, context));
         const double busy = now() - before;
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         ++state_.perf.perfAppleSummaryResults;
         state_.perf.perfAppleSummaryBusySeconds += busy;
     }
@@ -86,7 +86,7 @@ void SpeechAnalyzerTranscriber::sendDiagnostics(const ResultInHand& hand) {
         send(onRawResult,
              AppleResultMapping::rawResultRecord(hand.result, hand.candidate, context));
         const double busy = now() - before;
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         ++state_.perf.perfAppleFullRawResults;
         state_.perf.perfAppleFullRawBusySeconds += busy;
     }
@@ -95,7 +95,7 @@ void SpeechAnalyzerTranscriber::sendDiagnostics(const ResultInHand& hand) {
 void SpeechAnalyzerTranscriber::handlePartial(const ResultInHand& hand) {
     const auto& candidate = hand.candidate;
     {
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         if (state_.generation != hand.snapshot.generation)
             return;
         auto& mark = state_.suppressedFinalsUntilAudioTime;
@@ -115,7 +115,7 @@ void SpeechAnalyzerTranscriber::handleFinal(const ResultInHand& hand) {
     std::optional<AppleFinalReconcileCandidate> lastPartial;
     std::optional<double> mark;
     {
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         if (state_.generation != hand.snapshot.generation)
             return;
         lastPartial = state_.lastApplePartialCandidate;
@@ -125,7 +125,7 @@ void SpeechAnalyzerTranscriber::handleFinal(const ResultInHand& hand) {
     send(onReconcileDecision, outcome.record);
     std::string text(Text::trimmed(outcome.text));
     {
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         if (state_.generation != hand.snapshot.generation)
             return;
         applyDecision(outcome.record);
@@ -150,7 +150,7 @@ void SpeechAnalyzerTranscriber::withdrawGuess() {
         onGuessWithdrawn();
 }
 
-/// Counts the decision and moves the mark. With `stateLock_` held.
+/// Counts the decision and moves the mark.
 void SpeechAnalyzerTranscriber::applyDecision(const AppleFinalReconcileDecisionRecord& record) {
     using Decision = AppleFinalReconcileDecisionRecord::Decision;
     auto& mark = state_.suppressedFinalsUntilAudioTime;
@@ -192,7 +192,7 @@ void SpeechAnalyzerTranscriber::emitFinal(const ResultInHand& hand,
         wallTime(outcome.selectedAudioStartSeconds, spanStart, snapshot.segmentStart);
     const double end = wallTime(outcome.selectedAudioEndSeconds, spanEnd, now());
     {
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         ++state_.perf.perfFinalEvents;
         state_.perf.perfFinalCharacters += static_cast<double>(Text::length(text));
     }
@@ -204,7 +204,7 @@ void SpeechAnalyzerTranscriber::emitFinal(const ResultInHand& hand,
     if (const auto heard =
             outcome.selectedAudioEndSeconds ? outcome.selectedAudioEndSeconds : spanEnd)
         requestAnalysisCancellation(*heard, "engineFinal");
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     if (state_.generation != snapshot.generation)
         return;
     state_.segmentStart = std::max(state_.segmentStart, end);
@@ -216,7 +216,7 @@ AppleResultMapping::TimingInfo SpeechAnalyzerTranscriber::timingInfo(const Resul
     const double before = now();
     auto timing = AppleResultMapping::timingInfo(hand.result.runs, hand.snapshot);
     const double busy = now() - before;
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     state_.perf.perfTimingBusySeconds += busy;
     state_.perf.perfTimingRuns += static_cast<double>(hand.result.runs.size());
     state_.perf.perfTimedRuns += static_cast<double>(timing.timedRunCount);

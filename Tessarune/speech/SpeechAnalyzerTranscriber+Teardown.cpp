@@ -7,7 +7,7 @@ namespace tessarune {
 void SpeechAnalyzerTranscriber::stop() {
     discardPendingPartial();
     {
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         state_.lastApplePartialCandidate.reset();
     }
     flushInputAccumulator("stop");
@@ -17,7 +17,7 @@ void SpeechAnalyzerTranscriber::stop() {
 SpeechAnalyzerTranscriber::SessionTeardown
 SpeechAnalyzerTranscriber::teardownSession(bool bumpGeneration) {
     SessionTeardown session;
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     session.analyzer = std::exchange(state_.analyzer, nullptr);
     session.inputContinuation = std::exchange(state_.inputCont, std::nullopt);
     session.resultsTask = std::exchange(state_.resultsTask, std::nullopt);
@@ -78,7 +78,7 @@ Task<void> SpeechAnalyzerTranscriber::drainSession(Self self) {
 /// The generation stays, so that the results that are still to come are delivered.
 SpeechAnalyzerTranscriber::SessionTeardown SpeechAnalyzerTranscriber::beginDrainSession() {
     SessionTeardown session;
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     session.analyzer = std::exchange(state_.analyzer, nullptr);
     session.inputContinuation = std::exchange(state_.inputCont, std::nullopt);
     session.resultsTask = state_.resultsTask;
@@ -114,7 +114,7 @@ Task<void> SpeechAnalyzerTranscriber::limitDrain(Executor executor, OneShotAsync
 void SpeechAnalyzerTranscriber::abandonDrain(SessionTeardown session) {
     LogFields fields{{"locale", localeID_}};
     {
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         if (state_.generation == session.generation)
             ++state_.perf.perfDrainTimeouts;
         fields.add("latestAudioTime", state_.latestAudioTime);
@@ -126,7 +126,7 @@ void SpeechAnalyzerTranscriber::abandonDrain(SessionTeardown session) {
 }
 
 void SpeechAnalyzerTranscriber::finishDrainSession(std::int64_t generation) {
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     if (state_.generation != generation)
         return;
     ++state_.generation;

@@ -93,11 +93,11 @@ SpeechAnalyzerTranscriber::NewSession SpeechAnalyzerTranscriber::beginSession() 
     const AudioFormat format = analyzer->bestAvailableAudioFormat();
     const InputContinuation input(analyzer->inputExecutor());
     {
-        std::lock_guard lock(inputLock_);
+        const MutexLock lock(inputLock_);
         inputAccumulator_.reset();
     }
     {
-        std::lock_guard lock(converterLock_);
+        const MutexLock lock(converterLock_);
         converter_.reset();
         converterInput_.reset();
     }
@@ -108,7 +108,7 @@ SpeechAnalyzerTranscriber::NewSession SpeechAnalyzerTranscriber::beginSession() 
     fresh.analyzerFormat = format;
     fresh.segmentStart = now();
     fresh.requestedSpeechOptionStrings = std::move(optionStrings);
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     fresh.generation = state_.generation + 1;
     std::swap(state_, fresh);
     return {analyzer, transcriber, input, format, state_.generation};
@@ -121,7 +121,7 @@ bool SpeechAnalyzerTranscriber::startReadingResults(const NewSession& session) {
                                         session.generation, stop.get_token()),
                             stop);
     {
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         if (state_.generation == session.generation) {
             state_.resultsTask = task;
             return true;
@@ -133,7 +133,7 @@ bool SpeechAnalyzerTranscriber::startReadingResults(const NewSession& session) {
 
 void SpeechAnalyzerTranscriber::reset() {
     const double start = now();
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     state_.segmentStart = start;
     state_.revision = 0;
     state_.lastApplePartialCandidate.reset();
@@ -144,7 +144,7 @@ PerfStats SpeechAnalyzerTranscriber::perfStats() const {
     SpeechAnalyzerPerfCounters perf;
     std::optional<InputContinuation> input;
     {
-        std::lock_guard lock(stateLock_);
+        const MutexLock lock(stateLock_);
         perf = state_.perf;
         input = state_.inputCont;
     }
@@ -162,7 +162,7 @@ PerfStats SpeechAnalyzerTranscriber::perfStats() const {
 }
 
 bool SpeechAnalyzerTranscriber::isCurrent(std::int64_t generation) const {
-    std::lock_guard lock(stateLock_);
+    const MutexLock lock(stateLock_);
     return state_.generation == generation;
 }
 

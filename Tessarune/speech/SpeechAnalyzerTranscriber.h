@@ -80,7 +80,6 @@ class SpeechAnalyzerTranscriber final
     static constexpr double drainTimeoutSeconds = 3.0;
     static constexpr std::size_t mostWaitingBatches = 3600; ///< some five minutes
 
-    /// Guarded by `stateLock_`.
     struct State {
         std::shared_ptr<SpeechAnalyzer> analyzer;
         std::shared_ptr<SpeechTranscriber> transcriber;
@@ -191,7 +190,7 @@ class SpeechAnalyzerTranscriber final
     void handlePartial(const ResultInHand& hand);
     void handleFinal(const ResultInHand& hand);
     void withdrawGuess();
-    void applyDecision(const AppleFinalReconcileDecisionRecord& record);
+    void applyDecision(const AppleFinalReconcileDecisionRecord& record) REQUIRES_LOCK(stateLock_);
     void emitFinal(const ResultInHand& hand, const AppleFinalReconcileOutcome& outcome,
                    std::string text);
     AppleResultMapping::TimingInfo timingInfo(const ResultInHand& hand);
@@ -228,20 +227,22 @@ class SpeechAnalyzerTranscriber final
     const Executor resultsExecutor_;
 
     mutable SoleLock stateLock_;
-    State state_;
+    State state_ GUARDED_BY(stateLock_);
 
     SoleLock converterLock_;
-    std::unique_ptr<AudioConverter> converter_;
-    std::optional<AudioFormat> converterInput_; ///< what the converter was made for
+    std::unique_ptr<AudioConverter> converter_ GUARDED_BY(converterLock_);
+    /// What the converter was made for.
+    std::optional<AudioFormat> converterInput_ GUARDED_BY(converterLock_);
 
     SoleLock inputLock_;
-    std::optional<AudioBuffer> inputAccumulator_; ///< its samples' capacity is the batch's
+    /// Its samples' capacity is the batch's.
+    std::optional<AudioBuffer> inputAccumulator_ GUARDED_BY(inputLock_);
 
     mutable SoleLock partialLock_;
-    std::optional<std::string> pendingPartialText_;
-    double pendingPartialTimestamp_ = 0;
-    std::optional<TaskHandle> partialEmitTask_;
-    std::int64_t partialCoalesceGeneration_ = 0;
+    std::optional<std::string> pendingPartialText_ GUARDED_BY(partialLock_);
+    double pendingPartialTimestamp_ GUARDED_BY(partialLock_) = 0;
+    std::optional<TaskHandle> partialEmitTask_ GUARDED_BY(partialLock_);
+    std::int64_t partialCoalesceGeneration_ GUARDED_BY(partialLock_) = 0;
 };
 
 } // namespace tessarune

@@ -1,8 +1,9 @@
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 
+#include "TessaruneCore/host/Mutex.h"
+
 #include <atomic>
 #include <memory>
-#include <mutex>
 
 namespace tessarune {
 
@@ -11,7 +12,7 @@ namespace {
 /// Constructed on first use, so that logging is safe during start-up and shutdown.
 struct Shared {
     std::atomic<std::shared_ptr<const TessaruneLog::Sink>> sink;
-    std::mutex line; // keeps lines apart
+    Mutex line; // keeps lines apart
     std::atomic<DiagnosticsLevel> level = DiagnosticsLevel::core;
 };
 
@@ -32,7 +33,7 @@ void TessaruneLogger::write(Level level, const Text& text) const {
     if (!sink)
         return;
     const std::string line = text();
-    const std::lock_guard lock(shared().line);
+    const MutexLock lock(shared().line);
     (*sink)(level, category_, line);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "TessaruneCore/host/Mutex.h"
 #include "TessaruneCore/host/Task.h"
 
 #include <coroutine>
@@ -7,7 +8,6 @@
 #include <deque>
 #include <exception>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <stop_token>
 #include <utility>
@@ -24,37 +24,32 @@ class AsyncStream {
 
     /// Returns false, and drops the element, if the stream has ended.
     bool yield(T element) const {
-        return state_->change([&](State& state) {
-            if (state.ended)
+        std::coroutine_handle<> ready;
+        {
+            const MutexLock lock(state_->mutex);
+            if (state_->ended)
                 return false;
-            state.elements.push_back(std::move(element));
-            return true;
-        });
+            state_->elements.push_back(std::move(element));
+            ready = std::exchange(state_->waiter, nullptr);
+        }
+        state_->wake(ready);
+        return true;
     }
 
     /// Ends the stream; queued elements are still delivered.
-    void finish() const {
-        state_->change([](State& state) { return state.ended = true; });
-    }
+    void finish() const { end(nullptr); }
 
     /// Like `finish`, but `next` then throws `failure` once.
-    void fail(std::exception_ptr failure) const {
-        state_->change([&](State& state) {
-            if (state.ended)
-                return false;
-            state.failure = std::move(failure);
-            return state.ended = true;
-        });
-    }
+    void fail(std::exception_ptr failure) const { end(std::move(failure)); }
 
     bool isFinished() const {
-        std::lock_guard lock(state_->mutex);
+        const MutexLock lock(state_->mutex);
         return state_->ended;
     }
 
     /// The number of queued elements.
     std::size_t waiting() const {
-        std::lock_guard lock(state_->mutex);
+        const MutexLock lock(state_->mutex);
         return state_->elements.size();
     }
 
@@ -69,27 +64,17 @@ class AsyncStream {
     struct State {
         explicit State(Executor where) : executor(std::move(where)) {}
 
-        template <typename Change>
-        bool change(Change apply) {
-            std::coroutine_handle<> ready;
-            bool accepted = false;
-            {
-                std::lock_guard lock(mutex);
-                accepted = apply(*this);
-                if (accepted)
-                    ready = std::exchange(waiter, nullptr);
-            }
+        void wake(std::coroutine_handle<> ready) {
             if (ready)
                 executor.run([ready] { ready.resume(); });
-            return accepted;
         }
 
         Executor executor;
-        std::mutex mutex;
-        std::deque<T> elements;
-        bool ended = false;
-        std::exception_ptr failure;
-        std::coroutine_handle<> waiter;
+        Mutex mutex;
+        std::deque<T> elements GUARDED_BY(mutex);
+        bool ended GUARDED_BY(mutex) = false;
+        std::exception_ptr failure GUARDED_BY(mutex);
+        std::coroutine_handle<> waiter GUARDED_BY(mutex);
     };
 
     struct Wake {
@@ -97,11 +82,10 @@ class AsyncStream {
         void operator()() const {
             std::coroutine_handle<> ready;
             {
-                std::lock_guard lock(state->mutex);
+                const MutexLock lock(state->mutex);
                 ready = std::exchange(state->waiter, nullptr);
             }
-            if (ready)
-                state->executor.run([ready] { ready.resume(); });
+            state->wake(ready);
         }
     };
 
@@ -111,7 +95,7 @@ class AsyncStream {
 
         bool await_ready() const noexcept { return false; }
         bool await_suspend(std::coroutine_handle<> caller) const {
-            std::lock_guard lock(state.mutex);
+            const MutexLock lock(state.mutex);
             if (stop.stop_requested() || !state.elements.empty() || state.ended)
                 return false;
             state.waiter = caller;
@@ -120,13 +104,25 @@ class AsyncStream {
         void await_resume() const noexcept {}
     };
 
+    void end(std::exception_ptr failure) const {
+        std::coroutine_handle<> ready;
+        {
+            const MutexLock lock(state_->mutex);
+            if (std::exchange(state_->ended, true))
+                return;
+            state_->failure = std::move(failure);
+            ready = std::exchange(state_->waiter, nullptr);
+        }
+        state_->wake(ready);
+    }
+
     static Task<std::optional<T>> nextOf(std::shared_ptr<State> state, std::stop_token stop) {
         // Registered before the suspension: a stop request in between finds no waiter, and the
         // awaiter then sees the request itself.
         std::stop_callback<Wake> onStop(stop, Wake{state});
         Awaiter arrival{*state, stop};
         co_await arrival;
-        std::lock_guard lock(state->mutex);
+        const MutexLock lock(state->mutex);
         if (stop.stop_requested())
             co_return std::nullopt;
         if (!state->elements.empty()) {

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "TessaruneCore/host/Executor.h"
+#include "TessaruneCore/host/Mutex.h"
 
 #include <coroutine>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <utility>
 
@@ -23,7 +23,7 @@ class OneShot {
     void resume(T value) const {
         std::coroutine_handle<> waiter;
         {
-            std::lock_guard lock(state_->mutex);
+            const MutexLock lock(state_->mutex);
             if (state_->value)
                 return;
             state_->value.emplace(std::move(value));
@@ -34,7 +34,7 @@ class OneShot {
     }
 
     bool hasValue() const {
-        std::lock_guard lock(state_->mutex);
+        const MutexLock lock(state_->mutex);
         return state_->value.has_value();
     }
 
@@ -46,27 +46,27 @@ class OneShot {
     struct State {
         explicit State(Executor where) : executor(std::move(where)) {}
         Executor executor;
-        std::mutex mutex;
-        std::optional<T> value;
-        std::coroutine_handle<> waiter;
+        Mutex mutex;
+        std::optional<T> value GUARDED_BY(mutex);
+        std::coroutine_handle<> waiter GUARDED_BY(mutex);
     };
 
     struct Awaiter {
         std::shared_ptr<State> state;
 
         bool await_ready() const {
-            std::lock_guard lock(state->mutex);
+            const MutexLock lock(state->mutex);
             return state->value.has_value();
         }
         bool await_suspend(std::coroutine_handle<> caller) const {
-            std::lock_guard lock(state->mutex);
+            const MutexLock lock(state->mutex);
             if (state->value)
                 return false;
             state->waiter = caller;
             return true;
         }
         T await_resume() const {
-            std::lock_guard lock(state->mutex);
+            const MutexLock lock(state->mutex);
             return *state->value;
         }
     };

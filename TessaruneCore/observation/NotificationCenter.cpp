@@ -1,16 +1,17 @@
 #include "TessaruneCore/observation/NotificationCenter.h"
 
+#include "TessaruneCore/host/Mutex.h"
+
 #include <map>
-#include <mutex>
 #include <vector>
 
 namespace tessarune {
 
 struct NotificationCenter::Observation::Observers {
     using Key = std::pair<std::string, std::size_t>;
-    std::mutex mutex;
-    std::size_t next = 0;
-    std::map<Key, std::shared_ptr<const Handler>> handlers;
+    Mutex mutex;
+    std::size_t next GUARDED_BY(mutex) = 0;
+    std::map<Key, std::shared_ptr<const Handler>> handlers GUARDED_BY(mutex);
 };
 
 NotificationCenter::NotificationCenter() : observers_(std::make_shared<Observation::Observers>()) {}
@@ -20,7 +21,7 @@ void NotificationCenter::Observation::end() {
     if (!observers)
         return;
     std::shared_ptr<const Handler> released; // its captures are destroyed outside the lock
-    std::lock_guard lock(observers->mutex);
+    const MutexLock lock(observers->mutex);
     if (auto node = observers->handlers.extract(key_))
         released = std::move(node.mapped());
 }
@@ -29,7 +30,7 @@ NotificationCenter::Observation NotificationCenter::observe(std::string_view nam
                                                             Handler handler) {
     Observation observation;
     observation.observers_ = observers_;
-    std::lock_guard lock(observers_->mutex);
+    const MutexLock lock(observers_->mutex);
     observation.key_ = {std::string(name), observers_->next++};
     observers_->handlers.emplace(observation.key_,
                                  std::make_shared<const Handler>(std::move(handler)));
@@ -39,7 +40,7 @@ NotificationCenter::Observation NotificationCenter::observe(std::string_view nam
 void NotificationCenter::post(std::string_view name, const NotificationObject& object) const {
     std::vector<std::shared_ptr<const Handler>> called;
     {
-        std::lock_guard lock(observers_->mutex);
+        const MutexLock lock(observers_->mutex);
         auto at = observers_->handlers.lower_bound({std::string(name), 0});
         for (; at != observers_->handlers.end() && at->first.first == name; ++at)
             called.push_back(at->second);

@@ -1,10 +1,10 @@
 #include "Tessarune/platform/file-sound/FileSoundServer.h"
 
+#include "TessaruneCore/host/Mutex.h"
 #include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <algorithm>
-#include <mutex>
 #include <optional>
 #include <utility>
 
@@ -68,7 +68,7 @@ class FileSoundServer::Source : public std::enable_shared_from_this<Source> {
         played->file = std::move(opened_);
         played->format = played->file->format();
         {
-            std::lock_guard lock(mutex_);
+            const MutexLock lock(mutex_);
             played->stop = stop_;
         }
         if (channels > 0 && channels != played->format.channels) {
@@ -80,17 +80,17 @@ class FileSoundServer::Source : public std::enable_shared_from_this<Source> {
     }
 
     void giveUp() {
-        std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         isGivenUp_ = true;
         stop_.request_stop();
     }
 
     SoundOutput output() const {
-        std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         return {outputID, path_.filename().string(), monitorID, format_.value_or(AudioFormat())};
     }
     std::optional<double> duration() const {
-        std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         return duration_;
     }
     const Executor& reader() const { return reader_; }
@@ -101,14 +101,14 @@ class FileSoundServer::Source : public std::enable_shared_from_this<Source> {
             return;
         std::stop_token stop;
         {
-            std::lock_guard lock(mutex_);
+            const MutexLock lock(mutex_);
             if (isGivenUp_)
                 throw MediaFileError(MediaFileError::Kind::cancelled, path_.string());
             stop_ = std::stop_source();
             stop = stop_.get_token();
         }
         opened_ = media_.open(path_, stop);
-        std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         format_ = opened_->format();
         duration_ = opened_->duration();
     }
@@ -118,11 +118,12 @@ class FileSoundServer::Source : public std::enable_shared_from_this<Source> {
     const Executor reader_;
     std::unique_ptr<MediaFile> opened_; // not read from yet; the reader's alone
 
-    mutable std::mutex mutex_; // held for a moment only
-    std::stop_source stop_;    // of the file that is being opened or was opened last
-    std::optional<AudioFormat> format_;
-    std::optional<double> duration_;
-    bool isGivenUp_ = false;
+    mutable Mutex mutex_; // held for a moment only
+    /// Of the file that is being opened or was opened last.
+    std::stop_source stop_ GUARDED_BY(mutex_);
+    std::optional<AudioFormat> format_ GUARDED_BY(mutex_);
+    std::optional<double> duration_ GUARDED_BY(mutex_);
+    bool isGivenUp_ GUARDED_BY(mutex_) = false;
 };
 
 namespace {

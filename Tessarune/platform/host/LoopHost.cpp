@@ -18,12 +18,11 @@ int LoopHost::run() {
     mainThread_ = std::this_thread::get_id();
     for (;;) {
         {
-            auto lock = queue_.lock();
+            MutexLock lock(queue_.mutex());
             if (quitting_)
                 break;
-            const double wait =
-                std::min(queue_.secondsUntilNext(lock).value_or(MainQueue::longestWait),
-                         MainQueue::longestWait);
+            const double wait = std::min(queue_.secondsUntilNext().value_or(MainQueue::longestWait),
+                                         MainQueue::longestWait);
             if (wait > 0) {
                 arrived_.wait_for(lock, std::chrono::duration<double>(wait));
                 continue;
@@ -37,7 +36,7 @@ int LoopHost::run() {
 }
 
 void LoopHost::quit(int status) {
-    auto lock = queue_.lock();
+    const MutexLock lock(queue_.mutex());
     quitting_ = true;
     status_ = status;
     arrived_.notify_one();

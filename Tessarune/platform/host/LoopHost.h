@@ -30,7 +30,7 @@ class LoopHost final : public Host {
 
   private:
     std::thread::id mainThread_;
-    std::condition_variable arrived_;
+    std::condition_variable_any arrived_;
     MainQueue queue_;
     bool quitting_ = false; // with the queue's lock, as is the status
     int status_ = 0;

@@ -38,14 +38,14 @@ double MainQueue::wallClock() {
 // is destroyed as soon as the lock is free.
 
 void MainQueue::post(Block block) {
-    std::lock_guard held(mutex_);
+    const MutexLock held(mutex_);
     posted_.push_back(std::move(block));
     arrived_();
 }
 
 DelayedCall MainQueue::after(double delay, Block block) {
     auto cancelled = std::make_shared<std::atomic<bool>>(false);
-    std::lock_guard held(mutex_);
+    const MutexLock held(mutex_);
     timers_.push({sinceBoot() + std::max(delay, 0.0), nextOrder_++,
                   std::make_shared<Block>(std::move(block)), cancelled});
     arrived_();
@@ -58,7 +58,7 @@ void MainQueue::dropCancelledTimers() {
 }
 
 std::optional<Block> MainQueue::takeNext() {
-    std::lock_guard held(mutex_);
+    const MutexLock held(mutex_);
     dropCancelledTimers();
     std::optional<Block> next;
     if (!timers_.empty() && timers_.top().due <= sinceBoot()) {
@@ -71,7 +71,7 @@ std::optional<Block> MainQueue::takeNext() {
     return next;
 }
 
-std::optional<double> MainQueue::secondsUntilNext(const std::unique_lock<std::mutex>&) {
+std::optional<double> MainQueue::secondsUntilNext() {
     dropCancelledTimers();
     if (!posted_.empty())
         return 0;

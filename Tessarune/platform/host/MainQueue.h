@@ -1,13 +1,13 @@
 #pragma once
 
 #include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/host/Mutex.h"
 
 #include <atomic>
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <queue>
 #include <vector>
@@ -34,10 +34,9 @@ class MainQueue {
     /// The next block that may run now: delayed calls that are due come first.
     std::optional<Block> takeNext();
     /// Held while `arrived` is called. A loop takes it to look for work and waits with it.
-    std::unique_lock<std::mutex> lock() { return std::unique_lock(mutex_); }
-    /// Seconds until a block may run, 0 if one may run now; `nullopt` if nothing is queued. Only
-    /// with the lock.
-    std::optional<double> secondsUntilNext(const std::unique_lock<std::mutex>& lock);
+    Mutex& mutex() RETURNS_LOCK(mutex_) { return mutex_; }
+    /// Seconds until a block may run, 0 if one may run now; `nullopt` if nothing is queued.
+    std::optional<double> secondsUntilNext() REQUIRES_LOCK(mutex_);
     /// No loop should sleep longer: the clocks that threads sleep by stop while the computer is
     /// suspended, and this bounds how late a delayed call runs after it.
     static constexpr double longestWait = 1.0;
@@ -52,15 +51,15 @@ class MainQueue {
             return due != other.due ? due > other.due : order > other.order;
         }
     };
-    void dropCancelledTimers();
+    void dropCancelledTimers() REQUIRES_LOCK(mutex_);
 
     const std::function<void()> arrived_;
     const double startedAtBootTime_;
     const double startedAtWallClock_;
-    std::mutex mutex_;
-    std::deque<Block> posted_;
-    std::priority_queue<Timer, std::vector<Timer>, std::greater<>> timers_;
-    std::uint64_t nextOrder_ = 0;
+    Mutex mutex_;
+    std::deque<Block> posted_ GUARDED_BY(mutex_);
+    std::priority_queue<Timer, std::vector<Timer>, std::greater<>> timers_ GUARDED_BY(mutex_);
+    std::uint64_t nextOrder_ GUARDED_BY(mutex_) = 0;
 };
 
 } // namespace tessarune

@@ -35,7 +35,7 @@ ThreadQueue::ThreadQueue(std::string_view label, QueuePriority priority) : label
 
 ThreadQueue::~ThreadQueue() {
     {
-        std::lock_guard lock(state_->mutex);
+        const MutexLock lock(state_->mutex);
         state_->ending = true;
     }
     state_->arrived.notify_one();
@@ -48,7 +48,7 @@ ThreadQueue::~ThreadQueue() {
 
 void ThreadQueue::async(Block block) {
     {
-        std::lock_guard lock(state_->mutex);
+        const MutexLock lock(state_->mutex);
         state_->blocks.push_back(std::move(block));
     }
     state_->arrived.notify_one();
@@ -68,9 +68,10 @@ void ThreadQueue::sync(const Block& block) {
 }
 
 void ThreadQueue::work(const std::shared_ptr<State>& state) {
-    std::unique_lock lock(state->mutex);
+    MutexLock lock(state->mutex);
     for (;;) {
-        state->arrived.wait(lock, [&] { return state->ending || !state->blocks.empty(); });
+        while (!state->ending && state->blocks.empty())
+            state->arrived.wait(lock);
         if (state->blocks.empty())
             return;
         Block block = std::move(state->blocks.front());

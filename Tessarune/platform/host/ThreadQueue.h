@@ -1,10 +1,10 @@
 #pragma once
 
 #include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/host/Mutex.h"
 
 #include <condition_variable>
 #include <deque>
-#include <mutex>
 #include <thread>
 
 namespace tessarune {
@@ -24,10 +24,10 @@ class ThreadQueue final : public SerialQueue {
 
   private:
     struct State {
-        std::mutex mutex;
-        std::condition_variable arrived;
-        std::deque<Block> blocks;
-        bool ending = false;
+        Mutex mutex;
+        std::condition_variable_any arrived;
+        std::deque<Block> blocks GUARDED_BY(mutex);
+        bool ending GUARDED_BY(mutex) = false;
     };
     static void work(const std::shared_ptr<State>& state);
 

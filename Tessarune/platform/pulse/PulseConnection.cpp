@@ -46,12 +46,12 @@ void PulseConnection::connect(OneShot<PulseOutcome> done) {
 }
 
 SoundServerState PulseConnection::state() const {
-    std::lock_guard lock(snapshotMutex_);
+    const MutexLock lock(snapshotMutex_);
     return state_;
 }
 
 SoundDevices PulseConnection::devices() const {
-    std::lock_guard lock(snapshotMutex_);
+    const MutexLock lock(snapshotMutex_);
     return devices_;
 }
 
@@ -152,7 +152,7 @@ void PulseConnection::dropContext() {
 
 void PulseConnection::publish(SoundServerState state, SoundDevices devices) {
     {
-        std::lock_guard lock(snapshotMutex_);
+        const MutexLock lock(snapshotMutex_);
         if (state_ == state && devices_ == devices)
             return;
         state_ = state;

@@ -2,10 +2,10 @@
 
 #include "Tessarune/platform/pulse/PulseDeviceList.h"
 #include "Tessarune/platform/pulse/PulseSupport.h"
+#include "TessaruneCore/host/Mutex.h"
 #include "TessaruneCore/host/OneShot.h"
 
 #include <functional>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -69,9 +69,9 @@ class PulseConnection {
     std::map<std::string, pa_channel_map> channelMaps_;
     std::vector<OneShot<PulseOutcome>> waiters_;
 
-    mutable std::mutex snapshotMutex_; // held for a copy only
-    SoundServerState state_ = SoundServerState::disconnected;
-    SoundDevices devices_;
+    mutable Mutex snapshotMutex_; // held for a copy only
+    SoundServerState state_ GUARDED_BY(snapshotMutex_) = SoundServerState::disconnected;
+    SoundDevices devices_ GUARDED_BY(snapshotMutex_);
 };
 
 } // namespace tessarune

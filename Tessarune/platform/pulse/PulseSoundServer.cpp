@@ -3,9 +3,9 @@
 #include "Tessarune/platform/pulse/PulseConnection.h"
 #include "Tessarune/platform/pulse/PulsePlaybackStream.h"
 #include "Tessarune/platform/pulse/PulseRecordStream.h"
+#include "TessaruneCore/host/Mutex.h"
 
 #include <algorithm>
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -18,14 +18,14 @@ class PulseSoundServer::Observers : public std::enable_shared_from_this<Observer
     Subscription add(Executor executor, std::function<void()> onChange) {
         auto observer =
             std::make_shared<Observer>(Observer{std::move(executor), std::move(onChange)});
-        std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         observers_.push_back(observer);
         return {observer.get(),
                 [self = shared_from_this()](Observer* gone) { self->remove(gone); }};
     }
 
     void notify() {
-        std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         for (const auto& observer : observers_) {
             observer->executor.run([weak = std::weak_ptr(observer)] {
                 if (auto current = weak.lock())
@@ -42,7 +42,7 @@ class PulseSoundServer::Observers : public std::enable_shared_from_this<Observer
 
     void remove(const Observer* gone) {
         std::shared_ptr<Observer> taken; // destroyed after the mutex is free again
-        std::lock_guard lock(mutex_);
+        const MutexLock lock(mutex_);
         const auto found = std::find_if(observers_.begin(), observers_.end(),
                                         [&](const auto& known) { return known.get() == gone; });
         if (found != observers_.end()) {
@@ -51,8 +51,8 @@ class PulseSoundServer::Observers : public std::enable_shared_from_this<Observer
         }
     }
 
-    std::mutex mutex_;
-    std::vector<std::shared_ptr<Observer>> observers_;
+    Mutex mutex_;
+    std::vector<std::shared_ptr<Observer>> observers_ GUARDED_BY(mutex_);
 };
 
 namespace {

@@ -74,8 +74,8 @@ void QtHost::runByItself(const std::function<bool()>& isDone, double seconds) {
 }
 
 void QtHost::armTimer() {
-    const auto lock = queue_.lock();
-    const std::optional<double> wait = queue_.secondsUntilNext(lock);
+    const MutexLock lock(queue_.mutex());
+    const std::optional<double> wait = queue_.secondsUntilNext();
     if (!wait)
         timer_.stop();
     else if (*wait == 0)

@@ -1,12 +1,12 @@
 #include "Tessarune/platform/speech-engine/MoonshineLibrary.h"
 
 #include "Tessarune/platform/model-store/ProgramPlaces.h"
+#include "TessaruneCore/host/Mutex.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <dlfcn.h>
 
 #include <array>
-#include <mutex>
 #include <stdexcept>
 
 namespace tessarune {
@@ -48,9 +48,9 @@ moonshine::Calls resolveAll(void* library) {
 } // namespace
 
 std::shared_ptr<const MoonshineLibrary> MoonshineLibrary::shared() {
-    static std::mutex mutex;
+    static Mutex mutex;
     static std::shared_ptr<const MoonshineLibrary> library;
-    std::lock_guard lock(mutex);
+    const MutexLock lock(mutex);
     if (!library)
         library = open(ProgramPlaces::engineFolders());
     return library;

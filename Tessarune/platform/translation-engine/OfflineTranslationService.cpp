@@ -3,6 +3,7 @@
 #include "Tessarune/platform/translation-engine/PairEngine.h"
 #include "Tessarune/platform/translation-engine/TranslationFailure.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/host/Mutex.h"
 #include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
@@ -10,7 +11,6 @@
 #include <atomic>
 #include <exception>
 #include <map>
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -33,11 +33,11 @@ struct OfflineTranslationService::Shared {
         std::vector<std::weak_ptr<PairEngine>> hanging;
     };
     static constexpr std::size_t mostHanging = 3;
-    std::mutex mutex;
-    std::map<std::string, Engines> engines; ///< guarded by the mutex
+    Mutex mutex;
+    std::map<std::string, Engines> engines GUARDED_BY(mutex);
 
     std::shared_ptr<PairEngine> engineFor(const std::string& modelName) {
-        const std::lock_guard lock(mutex);
+        const MutexLock lock(mutex);
         Engines& known = engines[modelName];
         std::shared_ptr<PairEngine> engine = known.current.lock();
         if (engine)
@@ -53,7 +53,7 @@ struct OfflineTranslationService::Shared {
 
     /// Nobody gets this engine any more.
     void giveUp(const std::string& modelName, const std::shared_ptr<PairEngine>& engine) {
-        const std::lock_guard lock(mutex);
+        const MutexLock lock(mutex);
         Engines& known = engines[modelName];
         if (known.current.lock() != engine)
             return;

@@ -2,12 +2,12 @@
 
 #include "Tessarune/platform/translation-engine/PairEngine.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/host/Mutex.h"
 #include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
 #include <map>
-#include <mutex>
 #include <vector>
 
 namespace tessarune {
@@ -72,15 +72,15 @@ struct TranslationModelInventory::Shared {
     using Waiters = std::vector<OneShot<std::exception_ptr>>;
     std::map<Languages, Waiters> onTheWay; ///< main queue
 
-    mutable std::mutex mutex;
-    mutable std::shared_ptr<const TranslationCatalogue> current; ///< guarded by the mutex
+    mutable Mutex mutex;
+    mutable std::shared_ptr<const TranslationCatalogue> current GUARDED_BY(mutex);
 
     std::filesystem::path catalogueFile() const {
         return store.folder(ModelKind::translation, "any").parent_path() / catalogueName;
     }
 
     std::shared_ptr<const TranslationCatalogue> catalogue() const {
-        const std::lock_guard lock(mutex);
+        const MutexLock lock(mutex);
         if (!current)
             current = std::make_shared<const TranslationCatalogue>(kept());
         return current;
@@ -122,7 +122,7 @@ struct TranslationModelInventory::Shared {
             TranslationCatalogue::parse(text, self->source));
         self->store.files().createDirectories(self->catalogueFile().parent_path());
         self->store.files().writeAtomically(self->catalogueFile(), text);
-        const std::lock_guard lock(self->mutex);
+        const MutexLock lock(self->mutex);
         self->current = std::move(fetched);
     }
 
