@@ -15,7 +15,11 @@ struct ShowRecordingCommand {
     std::string id;
 };
 
-using HistoryCommand = std::variant<ListRecordingsCommand, ShowRecordingCommand>;
+struct CountWordsCommand {
+    std::string id;
+};
+
+using HistoryCommand = std::variant<ListRecordingsCommand, ShowRecordingCommand, CountWordsCommand>;
 
 /// The part of the command line that asks for one of them.
 class HistoryOptions {
@@ -28,6 +32,7 @@ class HistoryOptions {
   private:
     bool list_ = false;
     std::string show_;
+    std::string words_;
 };
 
 } // namespace tessarune

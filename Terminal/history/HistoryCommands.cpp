@@ -1,6 +1,7 @@
 #include "Terminal/history/HistoryCommands.h"
 
 #include "Terminal/history/RecordingCommands.h"
+#include "Terminal/history/WordCommands.h"
 
 namespace tessarune {
 
@@ -15,6 +16,9 @@ struct HistoryDispatch {
     }
     Task<int> operator()(const ShowRecordingCommand& command) const {
         return showRecording(program, options, command.id);
+    }
+    Task<int> operator()(const CountWordsCommand& command) const {
+        return countWords(program, options, command.id);
     }
 };
 

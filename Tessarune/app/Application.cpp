@@ -4,12 +4,14 @@
 #include "Tessarune/platform/disk/DiskFailure.h"
 #include "Tessarune/platform/host/HostFacts.h"
 #include "Tessarune/platform/host/ProcessMemory.h"
+#include "Tessarune/platform/language-detector/DetectedLanguage.h"
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 #include "Tessarune/platform/media/M4ATranscoder.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
 #include "Tessarune/platform/model-store/ProgramPlaces.h"
 #include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
 #include "Tessarune/platform/speech-engine/SpeechModels.h"
+#include "Tessarune/platform/wordnet/WordNetLexicon.h"
 #include "Tessarune/shell/StringTables.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Localization.h"
@@ -33,7 +35,8 @@ Application::Application(Host& itsHost, std::string itsProgram)
       translation(std::make_shared<OfflineTranslationService>(host, models, translationModels)),
       catalog(host, files, paths, logger, notifications),
       exporter(host, transcodeToM4A),
-      compressor(host, files, catalog, logger, exporter, openFFmpegMediaFile, createM4A) {
+      compressor(host, files, catalog, logger, exporter, openFFmpegMediaFile, createM4A),
+      wordStats(host, logger, std::make_shared<WordNetLexicon>(), detectedLanguage) {
     ProcessMemory::returnLargeBlocks();
     setLocalizationTable(StringTables::forLocale(StringTables::userLocale()));
     TessaruneLog::setDiagnosticsLevel(*settings.diagnosticsLevel);

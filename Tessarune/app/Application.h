@@ -16,6 +16,7 @@
 #include "Tessarune/shell/OverridingUserDefaults.h"
 #include "Tessarune/shell/TessaruneFileLogger.h"
 #include "Tessarune/speech/SpeechPlatform.h"
+#include "Tessarune/vocabulary/HistoryWordStatsService.h"
 
 #include <filesystem>
 #include <functional>
@@ -54,6 +55,7 @@ struct Application {
     RecordingCatalog catalog;
     AudioExporter exporter;
     RecordingAudioCompressor compressor;
+    HistoryWordStatsService wordStats;
 
     /// Hears why a download gets nowhere, from its first failure on.
     std::function<void(const DownloadTrouble&)> onDownloadTrouble;

@@ -100,7 +100,7 @@ void prepare(CURL* handle, Exchange& exchange, char* message) {
     curl_easy_setopt(handle, CURLOPT_MAXREDIRS, longestRedirection);
     curl_easy_setopt(handle, CURLOPT_FAILONERROR, 1L);
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(handle, CURLOPT_USERAGENT, "Tessarune/" TESSARUNE_VERSION);
+    curl_easy_setopt(handle, CURLOPT_USERAGENT, request.userAgent.c_str());
     curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT_MS, std::lround(request.connectSeconds * 1000));
     curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, slowestBytesPerSecond);
     curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, std::lround(std::ceil(request.stallSeconds)));
@@ -167,6 +167,9 @@ TransferOutcome outcomeOf(CURLcode code, const Exchange& exchange, const char* m
     curl_easy_getinfo(exchange.handle, CURLINFO_RESPONSE_CODE, &status);
     curl_easy_getinfo(exchange.handle, CURLINFO_RETRY_AFTER, &retryAfter);
     TransferOutcome outcome;
+    const char* contentType = nullptr;
+    curl_easy_getinfo(exchange.handle, CURLINFO_CONTENT_TYPE, &contentType);
+    outcome.contentType = contentType ? contentType : "";
     if (retryAfter > 0)
         outcome.retryAfterSeconds = static_cast<double>(retryAfter);
     if (code == CURLE_OK) {

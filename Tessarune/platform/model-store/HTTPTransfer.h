@@ -17,6 +17,8 @@ struct TransferRequest {
 
     double connectSeconds = 15;
     double stallSeconds = 20; ///< without a sign of life
+
+    std::string userAgent = "Tessarune/" TESSARUNE_VERSION;
 };
 
 struct TransferOutcome {
@@ -30,6 +32,7 @@ struct TransferOutcome {
     std::string reason; ///< why it is not complete
     std::optional<double> retryAfterSeconds;
     bool rangeWasWrong = false; ///< the server sent another part than was asked for, or none
+    std::string contentType{};  ///< as the server wrote it; empty if it did not say
 };
 
 /// Takes what arrives. `begin` is called once before the first byte of a body that is wanted, with

@@ -21,16 +21,16 @@ SleepWatch::SleepWatch(QDBusConnection bus, Handlers handlers)
     : bus_(std::move(bus)), handlers_(std::move(handlers)) {
     if (!bus_.isConnected())
         return;
-    bus_.connect(loginService, managerPath, managerInterface, QStringLiteral("PrepareForSleep"), this,
-                 SLOT(PrepareForSleep(bool)));
-    bus_.connect(loginService, managerPath, managerInterface, QStringLiteral("PrepareForShutdown"), this,
-                 SLOT(PrepareForShutdown(bool)));
+    bus_.connect(loginService, managerPath, managerInterface, QStringLiteral("PrepareForSleep"),
+                 this, SLOT(PrepareForSleep(bool)));
+    bus_.connect(loginService, managerPath, managerInterface, QStringLiteral("PrepareForShutdown"),
+                 this, SLOT(PrepareForShutdown(bool)));
     hold();
 }
 
 void SleepWatch::hold() {
-    QDBusMessage call =
-        QDBusMessage::createMethodCall(loginService, managerPath, managerInterface, QStringLiteral("Inhibit"));
+    QDBusMessage call = QDBusMessage::createMethodCall(loginService, managerPath, managerInterface,
+                                                       QStringLiteral("Inhibit"));
     call << QStringLiteral("sleep:shutdown") << QStringLiteral("Tessarune")
          << QStringLiteral("Saves what is being recorded") << QStringLiteral("delay");
     auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);

@@ -36,8 +36,7 @@ std::string quoted(const std::string& path) {
 
 } // namespace
 
-XDGDesktop::XDGDesktop(FileSystem& files, std::string applicationID,
-                       std::filesystem::path program)
+XDGDesktop::XDGDesktop(FileSystem& files, std::string applicationID, std::filesystem::path program)
     : files_(files),
       applicationID_(std::move(applicationID)),
       program_(std::move(program)),

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "Tessarune/vocabulary/WebFetch.h"
+
+namespace tessarune {
+
+/// A WebFetch over HTTPS alone, of at most four megabytes. Blocks; any thread.
+std::optional<WebAnswer> fetchOverHTTPS(const std::string& url, const std::string& userAgent,
+                                        const std::stop_token& stop);
+
+} // namespace tessarune

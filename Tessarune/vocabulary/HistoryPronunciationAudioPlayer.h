@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Tessarune/vocabulary/VocabularyTypes.h"
+#include "Tessarune/vocabulary/WebFetch.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/observation/Published.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tessarune {
+
+/// Lets the user hear a word. The network is touched only in `play`. Main queue; a fetch blocks the
+/// queue "Tessarune.Pronunciation".
+class HistoryPronunciationAudioPlayer {
+  public:
+    /// Plays the bytes of a sound file and returns what stops it. `onEnd` is called once on the
+    /// main queue, at the end or where the bytes are no sound; not after a stop.
+    using PlaySound = std::function<Block(std::string bytes, Block onEnd)>;
+
+    /// The host must outlive it.
+    HistoryPronunciationAudioPlayer(Host& host, WebFetch fetch, PlaySound playSound);
+    ~HistoryPronunciationAudioPlayer();
+    HistoryPronunciationAudioPlayer(const HistoryPronunciationAudioPlayer&) = delete;
+    HistoryPronunciationAudioPlayer& operator=(const HistoryPronunciationAudioPlayer&) = delete;
+
+    /// Fetches the word's sound and plays it. For the word that is being heard: stops it. Takes the
+    /// place of a request that is under way. Without sound nothing happens.
+    void play(VocabularyPronunciationSource source, std::string_view word);
+    void stop();
+
+    /// What `activeKey` and `loadingKey` are for a word.
+    static std::string key(VocabularyPronunciationSource source, std::string_view word);
+
+    /// What is being heard.
+    const Published<std::optional<std::string>>& activeKey() const;
+    /// What is being fetched.
+    const Published<std::optional<std::string>>& loadingKey() const;
+
+  private:
+    struct State;
+    std::shared_ptr<State> state_;
+};
+
+} // namespace tessarune

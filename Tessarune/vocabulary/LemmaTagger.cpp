@@ -1,0 +1,87 @@
+#include "Tessarune/vocabulary/LemmaTagger.h"
+
+#include "Tessarune/vocabulary/LemmaExceptions.h"
+
+#include <map>
+#include <string_view>
+#include <unordered_set>
+
+namespace tessarune {
+
+namespace {
+
+using Words = std::unordered_set<std::string_view>;
+
+/// What the word before allows.
+enum class Position { anywhere, afterDeterminer, afterSubject, afterBe };
+
+Position positionAfter(const std::string& before) {
+    // Only those that never stand alone: "this leaves us", "some think".
+    static const Words determiners{"a",   "an",  "the",   "my",    "your",  "his",
+                                   "its", "our", "their", "every", "whose", "no"};
+    static const Words subjects{"i",   "you",   "he",     "she",   "it",   "we",    "they",
+                                "who", "to",    "will",   "would", "can",  "could", "shall",
+                                "may", "might", "should", "must",  "not",  "do",    "does",
+                                "did", "let",   "never",  "has",   "have", "had"};
+    static const Words forms{"am", "is", "are", "was", "were", "be", "been", "being"};
+    if (determiners.contains(before))
+        return Position::afterDeterminer;
+    if (subjects.contains(before))
+        return Position::afterSubject;
+    return forms.contains(before) ? Position::afterBe : Position::anywhere;
+}
+
+/// How likely a reading is, on no particular scale.
+double weight(const WordReading& reading, const std::string& form, Position position) {
+    // An inflection is one of several forms that share the uses of their lemma.
+    constexpr double shareOfAnInflection = 0.25;
+    constexpr double unlikely = 0.125;
+    constexpr double impossible = 0.001; // but where it is the only reading
+    constexpr double usesOfARareWord = 0.5;
+    double found = reading.uses + usesOfARareWord;
+    if (reading.lemma != form)
+        found *= shareOfAnInflection;
+    const bool isVerb = reading.partOfSpeech == PartOfSpeech::verb;
+    const bool isNoun = reading.partOfSpeech == PartOfSpeech::noun;
+    if (position == Position::afterDeterminer && isVerb)
+        return found * impossible;
+    // "They are building", but also "these are buildings".
+    const bool isOutOfPlace = position == Position::afterSubject ||
+                              (position == Position::afterBe && form.ends_with("ing"));
+    return isNoun && isOutOfPlace ? found * unlikely : found;
+}
+
+} // namespace
+
+std::vector<std::string> LemmaTagger::lemmas(const std::vector<std::string>& sentence) {
+    std::vector<std::string> found;
+    found.reserve(sentence.size());
+    for (std::size_t i = 0; i < sentence.size(); ++i)
+        found.push_back(lemma(sentence[i], i > 0 ? sentence[i - 1] : std::string()));
+    return found;
+}
+
+const std::vector<WordReading>& LemmaTagger::readings(const std::string& form) {
+    const auto known = known_.find(form);
+    return known != known_.end() ? known->second
+                                 : known_.emplace(form, lexicon_.readings(form)).first->second;
+}
+
+std::string LemmaTagger::lemma(const std::string& form, const std::string& before) {
+    if (const auto settled = LemmaExceptions::lemma(form))
+        return std::string(*settled);
+    std::map<std::string, double> weights;
+    for (const auto& reading : readings(form))
+        weights[reading.lemma] += weight(reading, form, positionAfter(before));
+    const std::string* best = &form;
+    double heaviest = 0;
+    for (const auto& [lemma, total] : weights) {
+        if (total > heaviest) {
+            best = &lemma;
+            heaviest = total;
+        }
+    }
+    return *best;
+}
+
+} // namespace tessarune

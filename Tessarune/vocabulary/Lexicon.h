@@ -1,0 +1,43 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tessarune {
+
+enum class PartOfSpeech { noun, verb, adjective, adverb };
+
+/// What a written form can stand for.
+struct WordReading {
+    PartOfSpeech partOfSpeech = PartOfSpeech::noun;
+    std::string lemma;
+    /// How often the lemma stands in the lexicon's sample of texts, in all its forms.
+    int uses = 0;
+
+    bool operator==(const WordReading&) const = default;
+};
+
+/// One sense of a word.
+struct WordDefinition {
+    PartOfSpeech partOfSpeech = PartOfSpeech::noun;
+    std::string text;
+    std::vector<std::string> examples;
+
+    bool operator==(const WordDefinition&) const = default;
+};
+
+/// Seam: an English dictionary on this computer. Any thread; calls may wait for each other. Words
+/// are in lower case. A word that it does not know, or a dictionary that is not there, gives an
+/// empty list.
+class Lexicon {
+  public:
+    virtual ~Lexicon() = default;
+
+    /// What `form` can be: itself, if it is a lemma, and the lemmas of which it is an inflection.
+    virtual std::vector<WordReading> readings(std::string_view form) = 0;
+    /// The senses of a lemma, the commonest part of speech first.
+    virtual std::vector<WordDefinition> definitions(std::string_view lemma) = 0;
+};
+
+} // namespace tessarune

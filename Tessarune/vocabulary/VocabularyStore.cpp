@@ -1,0 +1,146 @@
+#include "Tessarune/vocabulary/VocabularyStore.h"
+
+#include "Tessarune/vocabulary/CoreWords.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/JSON.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <algorithm>
+#include <exception>
+#include <unordered_set>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+using VocabularyWords = VocabularyStore::Words;
+
+std::string normalizedWord(std::string_view word) {
+    return Text::lowercased(Text::trimmed(word));
+}
+
+/// Each once, at its first place.
+VocabularyWords normalizedWords(const VocabularyWords& words) {
+    VocabularyWords kept;
+    std::unordered_set<std::string> seen;
+    for (const auto& word : words) {
+        std::string normalized = normalizedWord(word);
+        if (!normalized.empty() && seen.insert(normalized).second)
+            kept.push_back(std::move(normalized));
+    }
+    return kept;
+}
+
+bool holds(const VocabularyWords& words, std::string_view word) {
+    return std::ranges::find(words, normalizedWord(word)) != words.end();
+}
+
+/// The texts of an array; false if the member is missing or anything else.
+bool readWords(const JSON::Value& object, const char* key, VocabularyWords& words) {
+    const auto found = object.is_object() ? object.find(key) : object.end();
+    if (found == object.end() || !found->is_array())
+        return false;
+    words.clear();
+    for (const auto& element : *found) {
+        if (element.is_string())
+            words.push_back(element.get<std::string>());
+    }
+    return true;
+}
+
+} // namespace
+
+VocabularyStore::VocabularyStore(FileSystem& files, const TessarunePaths& paths)
+    : files_(files),
+      fileURL_(paths.appSupportBase() / "Vocabulary.json"),
+      legacyFavoritesURL_(paths.appSupportBase() / "HistoryWordFavorites.json"),
+      coreWords_(loadCoreWords()) {
+    load();
+}
+
+void VocabularyStore::load() {
+    VocabularyWords mastered;
+    VocabularyWords favorites;
+    bool isLegacy = false;
+    try {
+        if (files_.exists(fileURL_)) {
+            const JSON::Value stored = JSON::parse(files_.read(fileURL_));
+            fileIsUnreadable_ = !readWords(stored, "masteredWords", mastered) ||
+                                !readWords(stored, "favoriteWords", favorites);
+        } else if (files_.exists(legacyFavoritesURL_)) {
+            isLegacy = readWords(JSON::parse(files_.read(legacyFavoritesURL_)), "words", favorites);
+        }
+    } catch (const std::exception& error) {
+        fileIsUnreadable_ = true;
+        TessaruneLog::storage.notice(
+            [&] { return std::string("Vocabulary load failed: ") + error.what(); });
+    }
+    masteredWords_ = normalizedWords(mastered);
+    favoriteWords_ = normalizedWords(favorites);
+    if (isLegacy)
+        save();
+}
+
+void VocabularyStore::save() {
+    try {
+        files_.createDirectories(fileURL_.parent_path());
+        if (fileIsUnreadable_ && files_.exists(fileURL_))
+            files_.rename(fileURL_, fileURL_.string() + ".unreadable");
+        fileIsUnreadable_ = false;
+        const JSON::Value object{{"masteredWords", *masteredWords_},
+                                 {"favoriteWords", *favoriteWords_}};
+        files_.writeAtomically(fileURL_, JSON::pretty(object).value_or("{}"));
+    } catch (const std::exception& error) {
+        TessaruneLog::storage.fault(
+            [&] { return std::string("Vocabulary save failed: ") + error.what(); });
+    }
+}
+
+bool VocabularyStore::isMastered(std::string_view word) const {
+    return holds(*masteredWords_, word);
+}
+
+bool VocabularyStore::isFavorite(std::string_view word) const {
+    return holds(*favoriteWords_, word);
+}
+
+void VocabularyStore::markMastered(std::string_view word) {
+    add(masteredWords_, word);
+}
+
+void VocabularyStore::removeMastered(std::string_view word) {
+    remove(masteredWords_, word);
+}
+
+void VocabularyStore::addFavorite(std::string_view word) {
+    add(favoriteWords_, word);
+}
+
+void VocabularyStore::removeFavorite(std::string_view word) {
+    remove(favoriteWords_, word);
+}
+
+void VocabularyStore::add(Published<Words>& words, std::string_view word) {
+    std::string normalized = normalizedWord(word);
+    if (normalized.empty() || holds(*words, normalized))
+        return;
+    words.mutate([&](Words& list) { list.insert(list.begin(), std::move(normalized)); });
+    save();
+}
+
+void VocabularyStore::remove(Published<Words>& words, std::string_view word) {
+    if (!holds(*words, word))
+        return;
+    words.mutate([&](Words& list) { std::erase(list, normalizedWord(word)); });
+    save();
+}
+
+std::size_t VocabularyStore::masteredCoreWords() const {
+    const std::unordered_set<std::string_view> mastered(masteredWords_->begin(),
+                                                        masteredWords_->end());
+    return static_cast<std::size_t>(std::ranges::count_if(
+        *coreWords_, [&](const std::string& word) { return mastered.contains(word); }));
+}
+
+} // namespace tessarune

@@ -1,0 +1,58 @@
+#pragma once
+
+#include "Tessarune/shell/FileSystem.h"
+#include "Tessarune/shell/TessarunePaths.h"
+#include "TessaruneCore/observation/Published.h"
+
+#include <cstddef>
+#include <filesystem>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tessarune {
+
+/// The words that the user knows or wants to keep, in "Vocabulary.json". Main queue.
+///
+/// Words are trimmed and in lower case. Each change is saved at once; a save that fails is logged,
+/// and the lists stay as they are in memory. A file that cannot be understood reads as empty lists
+/// and is moved aside, to "Vocabulary.json.unreadable", before anything replaces it.
+class VocabularyStore {
+  public:
+    /// Loads. The disk must outlive it.
+    VocabularyStore(FileSystem& files, const TessarunePaths& paths);
+
+    using Words = std::vector<std::string>;
+
+    // Newest first.
+    const Published<Words>& masteredWords() const { return masteredWords_; }
+    const Published<Words>& favoriteWords() const { return favoriteWords_; }
+    /// The words to know first, the most frequent first.
+    const Published<Words>& coreWords() const { return coreWords_; }
+
+    bool isMastered(std::string_view word) const;
+    bool isFavorite(std::string_view word) const;
+    void markMastered(std::string_view word);
+    void removeMastered(std::string_view word);
+    void addFavorite(std::string_view word);
+    void removeFavorite(std::string_view word);
+
+    /// How many of the core words are mastered.
+    std::size_t masteredCoreWords() const;
+
+  private:
+    void load();
+    void save();
+    void add(Published<Words>& words, std::string_view word);
+    void remove(Published<Words>& words, std::string_view word);
+
+    FileSystem& files_;
+    std::filesystem::path fileURL_;
+    std::filesystem::path legacyFavoritesURL_;
+    bool fileIsUnreadable_ = false;
+    Published<Words> masteredWords_;
+    Published<Words> favoriteWords_;
+    Published<Words> coreWords_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <array>
+#include <string_view>
+#include <utility>
+
+namespace tessarune {
+
+/// Where a word can be looked up.
+enum class VocabularyDictionaryProvider {
+    youdaoEnglishChinese,
+    cambridgeEnglishChinese,
+    cambridgeEnglish,
+    oxfordLearners,
+    collins,
+    longman,
+    merriamWebster
+};
+
+/// Where the sound of a word comes from.
+enum class VocabularyPronunciationSource {
+    youdaoUS,
+    youdaoUK,
+    cambridgeUS,
+    cambridgeUK,
+    collinsUS,
+    collinsUK,
+    oxfordUS,
+    oxfordUK
+};
+
+/// The list of words that progress is measured against.
+enum class VocabularyProgressLibrary { core };
+
+// Each value with the word under which it is stored.
+
+inline constexpr std::array<std::pair<VocabularyDictionaryProvider, std::string_view>, 7>
+    vocabularyDictionaryProviders{{
+        {VocabularyDictionaryProvider::youdaoEnglishChinese, "youdaoEnglishChinese"},
+        {VocabularyDictionaryProvider::cambridgeEnglishChinese, "cambridgeEnglishChinese"},
+        {VocabularyDictionaryProvider::cambridgeEnglish, "cambridgeEnglish"},
+        {VocabularyDictionaryProvider::oxfordLearners, "oxfordLearners"},
+        {VocabularyDictionaryProvider::collins, "collins"},
+        {VocabularyDictionaryProvider::longman, "longman"},
+        {VocabularyDictionaryProvider::merriamWebster, "merriamWebster"},
+    }};
+
+inline constexpr std::array<std::pair<VocabularyPronunciationSource, std::string_view>, 8>
+    vocabularyPronunciationSources{{
+        {VocabularyPronunciationSource::youdaoUS, "youdaoUS"},
+        {VocabularyPronunciationSource::youdaoUK, "youdaoUK"},
+        {VocabularyPronunciationSource::cambridgeUS, "cambridgeUS"},
+        {VocabularyPronunciationSource::cambridgeUK, "cambridgeUK"},
+        {VocabularyPronunciationSource::collinsUS, "collinsUS"},
+        {VocabularyPronunciationSource::collinsUK, "collinsUK"},
+        {VocabularyPronunciationSource::oxfordUS, "oxfordUS"},
+        {VocabularyPronunciationSource::oxfordUK, "oxfordUK"},
+    }};
+
+inline constexpr std::array<std::pair<VocabularyProgressLibrary, std::string_view>, 1>
+    vocabularyProgressLibraries{{{VocabularyProgressLibrary::core, "core"}}};
+
+} // namespace tessarune
