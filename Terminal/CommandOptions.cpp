@@ -1,6 +1,7 @@
 #include "Terminal/CommandOptions.h"
 
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
 
@@ -20,15 +21,20 @@ CLI::Option* CommandOptions::command(CLI::Option* option) {
     return option;
 }
 
-CLI::Option* CommandOptions::detail(CLI::Option* owner, CLI::Option* option) {
-    details_.push_back({option->group(heading_), owner});
+CLI::Option* CommandOptions::detail(std::vector<CLI::Option*> owners, CLI::Option* option) {
+    details_.push_back({option->group(heading_), std::move(owners)});
     return option;
 }
 
 void CommandOptions::refuseClashes(const std::vector<CLI::Option*>& captions) const {
-    for (const auto& [option, owner] : details_) {
-        if (isGiven(option) && !isGiven(owner))
-            throw UsageProblem(localized("%@ needs %@.", {option->get_name(), owner->get_name()}));
+    for (const auto& [option, owners] : details_) {
+        if (!isGiven(option) || std::ranges::any_of(owners, isGiven))
+            continue;
+        std::vector<std::string> names;
+        for (const CLI::Option* owner : owners)
+            names.push_back(owner->get_name());
+        throw UsageProblem(
+            localized("%@ needs %@.", {option->get_name(), Text::joined(names, ", ")}));
     }
     const auto command = std::ranges::find_if(commands_, isGiven);
     if (command == commands_.end())

@@ -33,15 +33,15 @@ class CommandOptions {
         return command(app_.add_option(name, value, help)->type_name(type));
     }
 
-    /// A detail of `owner`, under the same heading.
-    CLI::Option* detailFlag(CLI::Option* owner, const std::string& name, bool& value,
+    /// A detail of one of `owners`, under the same heading.
+    CLI::Option* detailFlag(std::vector<CLI::Option*> owners, const std::string& name, bool& value,
                             const std::string& help) {
-        return detail(owner, app_.add_flag(name, value, help));
+        return detail(std::move(owners), app_.add_flag(name, value, help));
     }
     template <typename Value>
-    CLI::Option* detailWord(CLI::Option* owner, const std::string& name, Value& value,
+    CLI::Option* detailWord(std::vector<CLI::Option*> owners, const std::string& name, Value& value,
                             const std::string& type, const std::string& help) {
-        return detail(owner, app_.add_option(name, value, help)->type_name(type));
+        return detail(std::move(owners), app_.add_option(name, value, help)->type_name(type));
     }
 
     /// Refuses two commands, a command beside one of `captions`, and a detail without its command.
@@ -51,11 +51,11 @@ class CommandOptions {
   private:
     struct Detail {
         CLI::Option* option;
-        CLI::Option* owner;
+        std::vector<CLI::Option*> owners;
     };
 
     CLI::Option* command(CLI::Option* option);
-    CLI::Option* detail(CLI::Option* owner, CLI::Option* option);
+    CLI::Option* detail(std::vector<CLI::Option*> owners, CLI::Option* option);
 
     CLI::App& app_;
     std::string heading_;

@@ -1,8 +1,34 @@
 #include "Terminal/HistoryOptions.h"
 
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <filesystem>
 
 namespace tessarune {
+
+namespace {
+
+std::optional<HistoryTranscriptExportContent> checkedContent(const std::string& text,
+                                                             HistoryExportFormat format) {
+    using Content = HistoryTranscriptExportContent;
+    using Format = HistoryExportFormat;
+    if (text.empty())
+        return std::nullopt;
+    if (format == Format::m4a)
+        throw UsageProblem(localized("%@ and %@ cannot be combined.", {"--content", "m4a"}));
+    if (text == "source")
+        return Content::source;
+    if (text == "bilingual")
+        return Content::bilingual;
+    if (text == "translation" && format != Format::html && format != Format::pdf)
+        return Content::translation;
+    throw UsageProblem(localized("--content takes source or bilingual, and for srt, vtt and txt "
+                                 "also translation, not '%@'.",
+                                 {text}));
+}
+
+} // namespace
 
 void HistoryOptions::declare(CommandOptions& options) {
     options.begin(localized("Recorded sessions"));
@@ -11,6 +37,25 @@ void HistoryOptions::declare(CommandOptions& options) {
                   localized("Print a transcript, by its ID or the beginning of it"));
     options.words("--words", words_, "ID",
                   localized("Count the words of a transcript, with their meanings"));
+    CLI::Option* const exports = options.words(
+        "--export", export_, "ID", localized("Write a transcript or its sound to a file"));
+    options.detailWord({exports}, "--format", format_, "FORMAT",
+                       localized("html, pdf, m4a, srt, vtt or txt; by default as the file's name "
+                                 "ends, or pdf"));
+    options.detailWord({exports}, "--content", content_, "CONTENT",
+                       localized("source, bilingual or translation; by default bilingual where "
+                                 "there is a translation"));
+    options.detailWord({exports}, "-o,--output", to_, "PATH",
+                       localized("The file, or - for standard output; by default named by the "
+                                 "note or the date"));
+    options.words("--note", note_, "ID TEXT", localized("Set a session's note; - removes it"))
+        ->expected(2);
+    CLI::Option* const deletes =
+        options
+            .words("--delete", delete_, "ID", localized("Delete sessions with all their traces"))
+            ->expected(1, CLI::detail::expected_max_vector_size);
+    options.detailFlag({exports, deletes}, "--yes", yes_,
+                       localized("Delete, or replace a file, without asking"));
 }
 
 std::optional<HistoryCommand> HistoryOptions::command() const {
@@ -20,7 +65,33 @@ std::optional<HistoryCommand> HistoryOptions::command() const {
         return ShowRecordingCommand{show_};
     if (!words_.empty())
         return CountWordsCommand{words_};
+    if (!export_.empty())
+        return exportCommand();
+    if (!note_.empty())
+        return SetNoteCommand{note_[0], note_[1] == "-" ? std::string() : note_[1]};
+    if (!delete_.empty())
+        return DeleteRecordingsCommand{delete_, yes_};
     return std::nullopt;
+}
+
+ExportRecordingCommand HistoryOptions::exportCommand() const {
+    ExportRecordingCommand command{export_, HistoryExportFormat::pdf, std::nullopt, to_, yes_};
+    std::string format = format_;
+    if (format.empty() && to_ != "-")
+        format = std::filesystem::path(to_).extension().string();
+    if (format.starts_with('.'))
+        format.erase(0, 1);
+    if (format.empty() && to_ == "-")
+        throw UsageProblem(localized("%@ needs %@.", {"--output -", "--format"}));
+    const auto known = HistoryExport::formatOf(format.empty() ? "pdf" : Text::lowercased(format));
+    if (!known)
+        throw UsageProblem(
+            localized("--format takes html, pdf, m4a, srt, vtt or txt, not '%@'.", {format}));
+    command.format = *known;
+    command.content = checkedContent(content_, *known);
+    if (to_ == "-" && command.format == HistoryExportFormat::m4a)
+        throw UsageProblem(localized("An M4A needs a file; it cannot be written to a pipe."));
+    return command;
 }
 
 } // namespace tessarune

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "Terminal/CommandOptions.h"
+#include "Tessarune/history/HistoryExport.h"
 
 #include <optional>
 #include <string>
 #include <variant>
+#include <vector>
 
 namespace tessarune {
 
@@ -18,8 +20,26 @@ struct ShowRecordingCommand {
 struct CountWordsCommand {
     std::string id;
 };
+struct ExportRecordingCommand {
+    std::string id;
+    HistoryExportFormat format = HistoryExportFormat::pdf;
+    /// Absent: both languages where there is a translation.
+    std::optional<HistoryTranscriptExportContent> content;
+    std::string to; ///< empty: a name made from the note or the date; "-": standard output
+    bool replaces = false;
+};
+struct SetNoteCommand {
+    std::string id;
+    std::string note; ///< empty: none any more
+};
+struct DeleteRecordingsCommand {
+    std::vector<std::string> ids;
+    bool isCertain = false;
+};
 
-using HistoryCommand = std::variant<ListRecordingsCommand, ShowRecordingCommand, CountWordsCommand>;
+using HistoryCommand =
+    std::variant<ListRecordingsCommand, ShowRecordingCommand, ExportRecordingCommand,
+                 SetNoteCommand, DeleteRecordingsCommand, CountWordsCommand>;
 
 /// The part of the command line that asks for one of them.
 class HistoryOptions {
@@ -30,9 +50,18 @@ class HistoryOptions {
     std::optional<HistoryCommand> command() const;
 
   private:
+    ExportRecordingCommand exportCommand() const;
+
     bool list_ = false;
     std::string show_;
     std::string words_;
+    std::string export_;
+    std::string format_;
+    std::string content_;
+    std::string to_;
+    std::vector<std::string> note_;
+    std::vector<std::string> delete_;
+    bool yes_ = false;
 };
 
 } // namespace tessarune

@@ -4,16 +4,9 @@
 #include "Terminal/DownloadProgress.h"
 #include "Terminal/ExitStatus.h"
 #include "Terminal/LanguageCommands.h"
-#include "Terminal/SignalWatch.h"
+#include "Terminal/Question.h"
 #include "Terminal/TranslationChoice.h"
 #include "TessaruneCore/text/Localization.h"
-#include "TessaruneCore/text/Text.h"
-
-#include <poll.h>
-#include <unistd.h>
-
-#include <algorithm>
-#include <cstdio>
 
 namespace tessarune {
 
@@ -21,43 +14,6 @@ namespace {
 
 /// The settings' target for which an offer was declined; beside the settings, and none of them.
 constexpr const char* declinedKey = "translationOfferDeclined";
-/// How soon the reading of an answer notices that nobody waits for it any more.
-constexpr int lookAgainMilliseconds = 100;
-
-enum class Answer { yes, no, interrupted };
-
-/// Waits for a line on the terminal. An empty one is a yes; the end of the input is a no.
-Answer readAnswer(const std::stop_token& stop) {
-    while (!stop.stop_requested()) {
-        pollfd input{STDIN_FILENO, POLLIN, 0};
-        if (poll(&input, 1, lookAgainMilliseconds) <= 0)
-            continue;
-        char line[64];
-        const ssize_t length = ::read(STDIN_FILENO, line, sizeof line);
-        if (length <= 0)
-            return Answer::no;
-        const std::string_view text(line, static_cast<std::size_t>(length));
-        const std::string word = Text::lowercased(Text::trimmed(text));
-        return word.empty() || word.starts_with("y") || word == localized("yes") ? Answer::yes
-                                                                                 : Answer::no;
-    }
-    return Answer::interrupted;
-}
-
-/// Somebody may also press Ctrl-C instead of answering.
-Task<Answer> ask(Host& host, std::string question) {
-    std::fputs((question + " [Y/n] ").c_str(), stderr);
-    std::stop_source stop;
-    OneShot<Answer> answered(Executor::main(host));
-    const auto reading = host.serialQueue("tessarune.question", QueuePriority::utility);
-    const SignalWatch signals(host, [answered] { answered.resume(Answer::interrupted); });
-    reading->async([answered, token = stop.get_token()] { answered.resume(readAnswer(token)); });
-    const Answer answer = co_await answered;
-    stop.request_stop();
-    reading->sync([] {});
-    co_return answer;
-}
-
 bool wasDeclined(const Program& program, const std::string& id) {
     const auto declined = program.storedDefaults.value(declinedKey);
     const auto* text = declined ? std::get_if<std::string>(&*declined) : nullptr;
@@ -76,8 +32,7 @@ std::string question(const TranslationLanguageState& language) {
 
 Task<std::optional<int>> offerTranslation(Program& program, const TerminalOptions& options,
                                           CaptionsCommand command) {
-    const bool somebodyIsThere = isatty(STDIN_FILENO) && isatty(STDERR_FILENO);
-    if (options.json || options.quiet || !somebodyIsThere)
+    if (options.json || options.quiet || !somebodyCanAnswer())
         co_return std::nullopt;
     const auto settings = LiveTranslationSettingsSnapshot::current(program.settings);
     const auto choice =
@@ -86,7 +41,7 @@ Task<std::optional<int>> offerTranslation(Program& program, const TerminalOption
         co_return std::nullopt;
     const std::string id = choice.missing->id;
     printNotice(question(*choice.missing));
-    switch (co_await ask(program.host, localized("Download it now?"))) {
+    switch (co_await ask(program.host, localized("Download it now?"), Answer::yes)) {
     case Answer::interrupted:
         printNotice("");
         co_return static_cast<int>(ExitStatus::stoppedTwice);

@@ -1,5 +1,7 @@
 #include "Terminal/history/HistoryCommands.h"
 
+#include "Terminal/history/ExportCommand.h"
+#include "Terminal/history/RecordingChanges.h"
 #include "Terminal/history/RecordingCommands.h"
 #include "Terminal/history/WordCommands.h"
 
@@ -19,6 +21,15 @@ struct HistoryDispatch {
     }
     Task<int> operator()(const CountWordsCommand& command) const {
         return countWords(program, options, command.id);
+    }
+    Task<int> operator()(const ExportRecordingCommand& command) const {
+        return exportRecording(program, options, command);
+    }
+    Task<int> operator()(const SetNoteCommand& command) const {
+        return setNote(program, options, command);
+    }
+    Task<int> operator()(const DeleteRecordingsCommand& command) const {
+        return deleteRecordings(program, options, command);
     }
 };
 

@@ -9,6 +9,7 @@
 #include "Tessarune/platform/media/M4ATranscoder.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
 #include "Tessarune/platform/model-store/ProgramPlaces.h"
+#include "Tessarune/platform/pdf-program/PDFProgram.h"
 #include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
 #include "Tessarune/platform/speech-engine/SpeechModels.h"
 #include "Tessarune/platform/wordnet/WordNetLexicon.h"
@@ -35,6 +36,7 @@ Application::Application(Host& itsHost, std::string itsProgram)
       translation(std::make_shared<OfflineTranslationService>(host, models, translationModels)),
       catalog(host, files, paths, logger, notifications),
       exporter(host, transcodeToM4A),
+      historyExport(host, catalog, files, exporter, PDFProgram::pdf),
       compressor(host, files, catalog, logger, exporter, openFFmpegMediaFile, createM4A),
       wordStats(host, logger, std::make_shared<WordNetLexicon>(), detectedLanguage) {
     ProcessMemory::returnLargeBlocks();

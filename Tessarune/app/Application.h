@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessarune/history/AudioExporter.h"
+#include "Tessarune/history/HistoryExport.h"
 #include "Tessarune/history/RecordingAudioCompressor.h"
 #include "Tessarune/history/RecordingCatalog.h"
 #include "Tessarune/history/RecordingRepair.h"
@@ -54,6 +55,7 @@ struct Application {
     NotificationCenter notifications;
     RecordingCatalog catalog;
     AudioExporter exporter;
+    HistoryExport historyExport;
     RecordingAudioCompressor compressor;
     HistoryWordStatsService wordStats;
 

@@ -2,7 +2,9 @@
 
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/host/RunOn.h"
+#include "TessaruneCore/text/DateText.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
 
 #include <utility>
 
@@ -67,6 +69,18 @@ Task<void> AudioExporter::transcodeToM4A(std::filesystem::path from, std::filesy
     } catch (const MediaFileError& error) {
         rethrow(error);
     }
+}
+
+std::string AudioExporter::suggestedFilename(double startedAt, std::string_view note,
+                                             std::string_view ext) {
+    std::string base = Text::collapsingWhiteSpace(Text::prefix(Text::trimmed(note), 60));
+    for (char& character : base) {
+        if (std::string_view("/\\?%*|\"<>:").find(character) != std::string_view::npos)
+            character = '_';
+    }
+    if (base.empty())
+        base = DateText::formatted(startedAt, localized("yyyy年M月d日HH时mm分ss秒"), "zh_Hans_CN");
+    return base + "." + std::string(ext);
 }
 
 } // namespace tessarune

@@ -9,6 +9,7 @@
 #include <stdexcept>
 #include <stop_token>
 #include <string>
+#include <string_view>
 
 namespace tessarune {
 
@@ -39,6 +40,10 @@ class AudioExporter {
     /// CancellationError when asked to stop. Resumes on the main queue.
     Task<void> transcodeToM4A(std::filesystem::path from, std::filesystem::path to,
                               MediaProgress progress = {}, std::stop_token stop = {});
+
+    /// The note, or without one the start, as a file name. Pure.
+    static std::string suggestedFilename(double startedAt, std::string_view note,
+                                         std::string_view ext);
 
   private:
     Host& host_;

@@ -2,6 +2,8 @@
 
 #include "TessaruneCore/text/Text.h"
 
+#include <utility>
+
 namespace tessarune {
 
 namespace {
@@ -30,19 +32,24 @@ HistoryTranscriptPayload::bilingualBlocks(std::string_view text) {
     std::vector<BilingualTranscriptBlock> blocks;
     std::int64_t id = 0;
     for (const auto piece : split(Text::trimmed(text), "\n\n")) {
-        std::vector<std::string_view> lines;
-        for (const auto line : split(piece, "\n")) {
-            if (const auto trimmed = Text::trimmed(line); !trimmed.empty())
-                lines.push_back(trimmed);
-        }
+        std::vector<std::string> lines = paragraphs(piece);
         if (!lines.empty()) {
-            const std::string source(lines.front());
+            std::string source = std::move(lines.front());
             lines.erase(lines.begin());
-            blocks.push_back({id, source, Text::joined(lines, "\n")});
+            blocks.push_back({id, std::move(source), Text::joined(lines, "\n")});
         }
         ++id;
     }
     return blocks;
+}
+
+std::vector<std::string> HistoryTranscriptPayload::paragraphs(std::string_view text) {
+    std::vector<std::string> paragraphs;
+    for (const auto line : split(text, "\n")) {
+        if (const auto trimmed = Text::trimmed(line); !trimmed.empty())
+            paragraphs.emplace_back(trimmed);
+    }
+    return paragraphs;
 }
 
 HistoryTranscriptPresentation HistoryTranscriptPayload::presentation(int requestedMode) const {

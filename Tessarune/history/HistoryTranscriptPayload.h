@@ -33,6 +33,9 @@ struct HistoryTranscriptPayload {
     /// translation.
     static std::vector<BilingualTranscriptBlock> bilingualBlocks(std::string_view text);
 
+    /// The lines of a source text, trimmed, without the empty ones.
+    static std::vector<std::string> paragraphs(std::string_view text);
+
     HistoryTranscriptPresentation presentation(int requestedMode) const;
 };
 

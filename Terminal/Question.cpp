@@ -1,0 +1,61 @@
+#include "Terminal/Question.h"
+
+#include "Terminal/SignalWatch.h"
+#include "TessaruneCore/host/OneShot.h"
+#include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <poll.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <stop_token>
+#include <string_view>
+
+namespace tessarune {
+
+namespace {
+
+/// How soon the reading of an answer notices that nobody waits for it any more.
+constexpr int lookAgainMilliseconds = 100;
+
+Answer readAnswer(Answer byDefault, const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
+        pollfd input{STDIN_FILENO, POLLIN, 0};
+        if (poll(&input, 1, lookAgainMilliseconds) <= 0)
+            continue;
+        char line[64];
+        const ssize_t length = ::read(STDIN_FILENO, line, sizeof line);
+        if (length <= 0)
+            return Answer::no;
+        const std::string_view text(line, static_cast<std::size_t>(length));
+        const std::string word = Text::lowercased(Text::trimmed(text));
+        if (word.empty())
+            return byDefault;
+        return word.starts_with("y") || word == localized("yes") ? Answer::yes : Answer::no;
+    }
+    return Answer::interrupted;
+}
+
+} // namespace
+
+bool somebodyCanAnswer() {
+    return isatty(STDIN_FILENO) && isatty(STDERR_FILENO);
+}
+
+Task<Answer> ask(Host& host, std::string question, Answer byDefault) {
+    std::fputs((question + (byDefault == Answer::yes ? " [Y/n] " : " [y/N] ")).c_str(), stderr);
+    std::stop_source stop;
+    OneShot<Answer> answered(Executor::main(host));
+    const auto reading = host.serialQueue("tessarune.question", QueuePriority::utility);
+    const SignalWatch signals(host, [answered] { answered.resume(Answer::interrupted); });
+    reading->async([answered, byDefault, token = stop.get_token()] {
+        answered.resume(readAnswer(byDefault, token));
+    });
+    const Answer answer = co_await answered;
+    stop.request_stop();
+    reading->sync([] {});
+    co_return answer;
+}
+
+} // namespace tessarune

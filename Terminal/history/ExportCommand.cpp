@@ -1,0 +1,156 @@
+#include "Terminal/history/ExportCommand.h"
+
+#include "Terminal/CommandOutput.h"
+#include "Terminal/ExitStatus.h"
+#include "Terminal/Question.h"
+#include "Terminal/SignalWatch.h"
+#include "Terminal/history/RecordingChoice.h"
+#include "TessaruneCore/host/CancellationError.h"
+#include "TessaruneCore/text/Localization.h"
+
+#include <nlohmann/json.hpp>
+#include <unistd.h>
+
+#include <cstdio>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+using Format = HistoryExportFormat;
+using Content = HistoryTranscriptExportContent;
+
+constexpr const char* standardOutput = "-";
+
+int status(ExitStatus value) {
+    return static_cast<int>(value);
+}
+
+std::string contentName(Content content) {
+    switch (content) {
+    case Content::source:
+        return "source";
+    case Content::bilingual:
+        return "bilingual";
+    case Content::translation:
+        return "translation";
+    }
+    return {};
+}
+
+ExitStatus statusOf(HistoryExportError::Kind kind) {
+    return kind == HistoryExportError::Kind::failed ? ExitStatus::cannotWrite
+                                                    : ExitStatus::unreadableFile;
+}
+
+/// The document, unlike everything else that is printed, as it is.
+int writeToStandardOutput(const std::string& bytes) {
+    std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+    return status(ExitStatus::ok);
+}
+
+int tellWhatWasWritten(Program& program, const TerminalOptions& options,
+                       const HistoryExportRequest& request, const std::filesystem::path& to) {
+    const std::uint64_t size = program.files.size(to);
+    if (options.json) {
+        nlohmann::ordered_json object{
+            {"type", "export"},
+            {"id", request.recording.id.text()},
+            {"format", HistoryExport::fileExtension(request.format)},
+            {"content", request.format == Format::m4a ? "audio" : contentName(request.content)},
+            {"file", to.string()},
+            {"bytes", size}};
+        printJSON(object);
+    } else if (!options.quiet) {
+        printText(localized("Saved to %@", {to.string()}));
+    }
+    return status(ExitStatus::ok);
+}
+
+/// Whether the file may be written: it is new, or may be replaced.
+Task<ExitStatus> permission(Program& program, const ExportRecordingCommand& command,
+                            const std::filesystem::path& to) {
+    if (command.replaces || !program.files.exists(to))
+        co_return ExitStatus::ok;
+    if (program.files.isDirectory(to)) {
+        printProblem(localized("%@ is a folder.", {to.string()}));
+        co_return ExitStatus::cannotWrite;
+    }
+    const std::string text = localized("%@ already exists.", {to.string()});
+    if (!somebodyCanAnswer()) {
+        printProblem(text + " " + localized("--yes replaces it."));
+        co_return ExitStatus::cannotWrite;
+    }
+    Task<Answer> asking = ask(program.host, text + " " + localized("Replace it?"), Answer::no);
+    switch (co_await asking) {
+    case Answer::yes:
+        co_return ExitStatus::ok;
+    case Answer::no:
+        co_return ExitStatus::cannotWrite;
+    case Answer::interrupted:
+        break;
+    }
+    co_return ExitStatus::stoppedTwice;
+}
+
+Task<int> write(Program& program, const TerminalOptions& options, HistoryExportRequest request,
+                std::filesystem::path to) {
+    std::stop_source stop;
+    const SignalWatch signals(program.host, [&stop] { stop.request_stop(); });
+    try {
+        Task<void> writing = program.historyExport.write(request, to, {}, stop.get_token());
+        co_await writing;
+    } catch (const CancellationError&) {
+        co_return status(ExitStatus::stoppedTwice);
+    }
+    co_return tellWhatWasWritten(program, options, request, to);
+}
+
+Task<int> print(Program& program, HistoryExportRequest request) {
+    if (request.format == Format::pdf && isatty(STDOUT_FILENO)) {
+        printProblem(localized("A PDF is not for a terminal; write it to a file or a pipe."));
+        co_return status(ExitStatus::usage);
+    }
+    Task<std::string> making = program.historyExport.document(std::move(request));
+    const std::string bytes = co_await making;
+    co_return writeToStandardOutput(bytes);
+}
+
+Task<int> exportTo(Program& program, const TerminalOptions& options,
+                   const ExportRecordingCommand& command, HistoryExportRequest request) {
+    if (command.to == standardOutput) {
+        Task<int> printing = print(program, std::move(request));
+        co_return co_await printing;
+    }
+    const std::filesystem::path to =
+        command.to.empty() ? HistoryExport::suggestedFilename(request) : command.to;
+    Task<ExitStatus> permitting = permission(program, command, to);
+    if (const ExitStatus found = co_await permitting; found != ExitStatus::ok)
+        co_return status(found);
+    Task<int> writing = write(program, options, std::move(request), to);
+    co_return co_await writing;
+}
+
+} // namespace
+
+Task<int> exportRecording(Program& program, const TerminalOptions& options,
+                          ExportRecordingCommand command) {
+    const auto chosen = chosenRecording(program, command.id);
+    if (const int* problem = std::get_if<int>(&chosen))
+        co_return *problem;
+    HistoryExportRequest request{std::get<HistoryItem>(chosen), command.format, Content::source};
+    request.content = command.content.value_or(
+        request.recording.hasBilingualTranscript ? Content::bilingual : Content::source);
+    std::optional<HistoryExportError> problem;
+    try {
+        Task<int> exporting = exportTo(program, options, command, std::move(request));
+        co_return co_await exporting;
+    } catch (const HistoryExportError& error) {
+        problem = error;
+    }
+    printProblem(problem->what());
+    co_return status(statusOf(problem->kind()));
+}
+
+} // namespace tessarune

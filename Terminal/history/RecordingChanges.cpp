@@ -1,0 +1,121 @@
+#include "Terminal/history/RecordingChanges.h"
+
+#include "Terminal/CommandOutput.h"
+#include "Terminal/ExitStatus.h"
+#include "Terminal/Question.h"
+#include "Terminal/history/RecordingChoice.h"
+#include "TessaruneCore/text/Localization.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <system_error>
+#include <vector>
+
+namespace tessarune {
+
+namespace {
+
+/// Makes this process the one that may change recordings; otherwise says why it is not.
+std::optional<ExitStatus> problemOfDataFolder(Program& program) {
+    try {
+        const auto holder = program.takeDataFolder();
+        if (!holder)
+            return std::nullopt;
+        printProblem(localized("%@ (process %lld) has the recordings open. Change them there, or "
+                               "end it first.",
+                               {holder->program, std::to_string(holder->processID)}));
+        return ExitStatus::dataInUse;
+    } catch (const std::system_error& error) {
+        printProblem(error.what());
+        return ExitStatus::cannotWrite;
+    }
+}
+
+void tellChange(const TerminalOptions& options, const char* type, const HistoryItem& item,
+                const std::string& text) {
+    if (options.json)
+        printJSON({{"type", type}, {"id", item.id.text()}, {"note", item.note}});
+    else if (!options.quiet)
+        printText(text);
+}
+
+/// Each once, in the order in which they were named; or the status to end with.
+std::variant<std::vector<HistoryItem>, int> chosenRecordings(Program& program,
+                                                             const std::vector<std::string>& ids) {
+    std::vector<HistoryItem> items;
+    for (const auto& id : ids) {
+        auto chosen = chosenRecording(program, id);
+        if (const int* problem = std::get_if<int>(&chosen))
+            return *problem;
+        auto& item = std::get<HistoryItem>(chosen);
+        if (std::ranges::find(items, item.id, &HistoryItem::id) == items.end())
+            items.push_back(std::move(item));
+    }
+    return items;
+}
+
+Task<std::optional<int>> certainty(Program& program, const TerminalOptions& options,
+                                   const std::vector<HistoryItem>& items) {
+    if (options.json || !somebodyCanAnswer()) {
+        printProblem(localized("Nothing was deleted; --yes deletes without asking."));
+        co_return static_cast<int>(ExitStatus::usage);
+    }
+    for (const auto& item : items)
+        printNotice(recordingRow(item, {}));
+    const std::string question = localized(
+        "Delete these sessions (%lld) with sound and transcript?", {std::to_string(items.size())});
+    Task<Answer> asking = ask(program.host, question, Answer::no);
+    switch (co_await asking) {
+    case Answer::yes:
+        co_return std::nullopt;
+    case Answer::no:
+        co_return static_cast<int>(ExitStatus::ok);
+    case Answer::interrupted:
+        break;
+    }
+    co_return static_cast<int>(ExitStatus::stoppedTwice);
+}
+
+} // namespace
+
+Task<int> setNote(Program& program, const TerminalOptions& options, SetNoteCommand command) {
+    const auto chosen = chosenRecording(program, command.id);
+    if (const int* problem = std::get_if<int>(&chosen))
+        co_return *problem;
+    if (const auto problem = problemOfDataFolder(program))
+        co_return static_cast<int>(*problem);
+    HistoryItem item = std::get<HistoryItem>(chosen);
+    if (!program.catalog.setNote(command.note, item.id)) {
+        printProblem(localized("The note could not be saved."));
+        co_return static_cast<int>(ExitStatus::cannotWrite);
+    }
+    item.note = command.note;
+    tellChange(options, "note", item, recordingRow(item, {}));
+    co_return static_cast<int>(ExitStatus::ok);
+}
+
+Task<int> deleteRecordings(Program& program, const TerminalOptions& options,
+                           DeleteRecordingsCommand command) {
+    const auto chosen = chosenRecordings(program, command.ids);
+    if (const int* problem = std::get_if<int>(&chosen))
+        co_return *problem;
+    const auto& items = std::get<std::vector<HistoryItem>>(chosen);
+    if (const auto problem = problemOfDataFolder(program))
+        co_return static_cast<int>(*problem);
+    if (!command.isCertain) {
+        Task<std::optional<int>> asking = certainty(program, options, items);
+        if (const auto answer = co_await asking)
+            co_return *answer;
+    }
+    for (const auto& item : items) {
+        if (!program.catalog.deleteRecording(item.id)) {
+            printProblem(localized("%@ could not be deleted.", {item.id.text()}));
+            co_return static_cast<int>(ExitStatus::cannotWrite);
+        }
+        tellChange(options, "deleted", item, localized("Deleted: %@", {recordingRow(item, {})}));
+    }
+    co_return static_cast<int>(ExitStatus::ok);
+}
+
+} // namespace tessarune

@@ -1,0 +1,264 @@
+#include "Tessarune/history/HistoryExport.h"
+
+#include "Tessarune/history/HistorySubtitles.h"
+#include "TessaruneCore/host/CancellationError.h"
+#include "TessaruneCore/host/RunOn.h"
+#include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <array>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+using Format = HistoryExportFormat;
+using Content = HistoryTranscriptExportContent;
+using ErrorKind = HistoryExportError::Kind;
+
+constexpr std::array<std::pair<Format, std::string_view>, 6> extensions{{{Format::html, "html"},
+                                                                         {Format::pdf, "pdf"},
+                                                                         {Format::m4a, "m4a"},
+                                                                         {Format::srt, "srt"},
+                                                                         {Format::vtt, "vtt"},
+                                                                         {Format::txt, "txt"}}};
+
+/// A disk allows 255 bytes, which are as many letters of whatever script with their accents.
+constexpr std::size_t longestName = 60;
+
+std::string formatName(Format format) {
+    switch (format) {
+    case Format::html:
+        return "HTML";
+    case Format::pdf:
+        return "PDF";
+    case Format::m4a:
+        return "M4A";
+    case Format::srt:
+        return "SRT";
+    case Format::vtt:
+        return "WebVTT";
+    case Format::txt:
+        return "TXT";
+    }
+    return {};
+}
+
+std::string failureText(Format format, const std::string& reason) {
+    switch (format) {
+    case Format::html:
+        return localized("HTML 导出失败：%@", {reason});
+    case Format::pdf:
+        return localized("PDF 导出失败：%@", {reason});
+    default:
+        return localized("导出失败：%@", {reason});
+    }
+}
+
+std::string missingTranslationText(Format format) {
+    switch (format) {
+    case Format::html:
+        return localized("这条录音没有已保存译文，无法导出双语 HTML。");
+    case Format::pdf:
+        return localized("这条录音没有已保存译文，无法导出双语 PDF。");
+    default:
+        return localized("这条录音没有已保存译文，无法导出 %@。", {formatName(format)});
+    }
+}
+
+bool isSubtitle(Format format) {
+    return format == Format::srt || format == Format::vtt;
+}
+
+/// The name with letters, digits, "-" and "_" of any script alone.
+std::string stemOf(std::string_view name) {
+    std::string stem;
+    for (const char32_t point : Text::codePoints(Text::prefix(name, longestName))) {
+        const bool stays = Text::isAlphanumeric(point) || point == U'_';
+        if (stays)
+            Text::append(stem, point);
+        else if (!stem.empty() && stem.back() != '-')
+            stem += '-';
+    }
+    while (stem.ends_with('-'))
+        stem.pop_back();
+    return stem;
+}
+
+std::string fileStem(const HistoryItem& recording) {
+    const std::string stem = stemOf(Text::trimmed(recording.note));
+    return stem.empty() ? stemOf(recording.date + "-" + recording.time) : stem;
+}
+
+} // namespace
+
+HistoryExport::HistoryExport(Host& host, RecordingCatalog& catalog, FileSystem& files,
+                             AudioExporter& audio, WriteTranscriptPDF pdf)
+    : host_(host),
+      catalog_(catalog),
+      files_(files),
+      audio_(audio),
+      pdf_(std::move(pdf)),
+      queue_(host.serialQueue("Tessarune.history.export", QueuePriority::standard)) {}
+
+Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::path to,
+                                MediaProgress progress, std::stop_token stop) {
+    const Executor worker = Executor::queue(host_, queue_);
+    if (request.format != Format::m4a) {
+        Task<std::string> making = document(request);
+        const std::string bytes = co_await making;
+        co_await runOn(worker, [&] {
+            try {
+                files_.writeAtomically(to, bytes);
+            } catch (const std::exception& error) {
+                throw HistoryExportError(ErrorKind::failed,
+                                         failureText(request.format, error.what()));
+            }
+        });
+        co_return;
+    }
+    const std::filesystem::path from(request.recording.filePath.value_or(""));
+    if (from.extension() == ".m4a") {
+        co_await runOn(worker, [&] { copyAudio(from, to); });
+        co_return;
+    }
+    try {
+        Task<void> transcoding =
+            audio_.transcodeToM4A(from, to, std::move(progress), std::move(stop));
+        co_await transcoding;
+    } catch (const AudioExporter::ExportError& error) {
+        throw HistoryExportError(ErrorKind::failed, error.what());
+    }
+}
+
+Task<std::string> HistoryExport::document(HistoryExportRequest request) {
+    const Executor worker = Executor::queue(host_, queue_);
+    std::string bytes;
+    co_await runOn(worker, [&] {
+        try {
+            bytes = made(request);
+        } catch (const HistoryExportError&) {
+            throw;
+        } catch (const std::exception& error) {
+            throw HistoryExportError(ErrorKind::failed, failureText(request.format, error.what()));
+        }
+    });
+    co_return bytes;
+}
+
+std::string HistoryExport::made(const HistoryExportRequest& request) {
+    const HistoryWordTimeline times = timeline(request.recording);
+    const auto document = exportDocument(request, times);
+    if (isSubtitle(request.format) && document.sentenceTimings.empty())
+        throw HistoryExportError(ErrorKind::noTimes,
+                                 localized("这条录音没有时间信息，无法导出字幕。"));
+    const auto cues = [&] {
+        return HistorySubtitles::cues(document, times.words, request.recording.durationSeconds);
+    };
+    switch (request.format) {
+    case Format::html:
+        return document.html();
+    case Format::pdf:
+        return pdf_(document.pdfDocument());
+    case Format::srt:
+        return HistorySubtitles::srt(cues());
+    case Format::vtt:
+        return HistorySubtitles::webVTT(cues());
+    case Format::txt:
+        return document.plainText();
+    case Format::m4a:
+        break;
+    }
+    throw std::logic_error("audio is no document");
+}
+
+HistoryTranscriptExportDocument HistoryExport::exportDocument(const HistoryExportRequest& request,
+                                                              const HistoryWordTimeline& times) {
+    const HistoryItem& recording = request.recording;
+    HistoryTranscriptExportDocument document;
+    document.title = recording.date + " " + recording.time;
+    document.note = std::string(Text::trimmed(recording.note));
+    document.content = request.content;
+    document.text = exportText(request);
+    document.sentenceTimings =
+        times.sentences.empty() ? times.derivedSentencesFromWords() : times.sentences;
+    return document;
+}
+
+std::string HistoryExport::exportText(const HistoryExportRequest& request) {
+    const auto read = [&](const std::filesystem::path& path) {
+        return files_.exists(path) ? files_.read(path) : std::string();
+    };
+    const UUID& id = request.recording.id;
+    const bool isSource = request.content == Content::source;
+    std::string text =
+        read(isSource ? catalog_.transcriptURL(id) : catalog_.bilingualTranscriptURL(id));
+    if (!Text::trimmed(text).empty())
+        return text;
+    if (isSource || Text::trimmed(read(catalog_.transcriptURL(id))).empty())
+        throw HistoryExportError(ErrorKind::noTranscript, localized("这条录音没有识别文本。"));
+    throw HistoryExportError(ErrorKind::noTranslation, missingTranslationText(request.format));
+}
+
+/// A timeline that cannot be read costs the times, not the text.
+HistoryWordTimeline HistoryExport::timeline(const HistoryItem& recording) {
+    const auto path = catalog_.wordTimelineURL(recording.id);
+    if (!files_.exists(path))
+        return {};
+    return HistoryWordTimeline::decoded(files_.read(path)).value_or(HistoryWordTimeline());
+}
+
+/// What is an M4A already loses nothing and takes no time.
+void HistoryExport::copyAudio(const std::filesystem::path& from, const std::filesystem::path& to) {
+    constexpr std::size_t blockSize = 1 << 20;
+    std::filesystem::path part = to;
+    part += ".part";
+    try {
+        const auto copy = files_.create(part);
+        const std::uint64_t size = files_.size(from);
+        for (std::uint64_t at = 0; at < size; at += blockSize)
+            copy->append(files_.read(from, at, blockSize));
+        copy->synchronize();
+        copy->close();
+        files_.rename(part, to);
+    } catch (const std::exception& error) {
+        try {
+            files_.remove(part);
+        } catch (const std::exception&) { // it was never made
+        }
+        throw HistoryExportError(ErrorKind::failed, failureText(Format::m4a, error.what()));
+    }
+}
+
+std::string HistoryExport::suggestedFilename(const HistoryExportRequest& request) {
+    const std::string extension(fileExtension(request.format));
+    if (request.format == Format::m4a)
+        return AudioExporter::suggestedFilename(request.recording.startedAt, request.recording.note,
+                                                extension);
+    const bool isBilingual = request.content == Content::bilingual;
+    const bool isTranslation = request.content == Content::translation;
+    return fileStem(request.recording) +
+           (isBilingual     ? "-bilingual"
+            : isTranslation ? "-translation"
+                            : "") +
+           "." + extension;
+}
+
+std::string_view HistoryExport::fileExtension(HistoryExportFormat format) {
+    for (const auto& [each, extension] : extensions) {
+        if (each == format)
+            return extension;
+    }
+    return {};
+}
+
+std::optional<HistoryExportFormat> HistoryExport::formatOf(std::string_view fileExtension) {
+    for (const auto& [each, extension] : extensions) {
+        if (extension == fileExtension)
+            return each;
+    }
+    return std::nullopt;
+}
+
+} // namespace tessarune

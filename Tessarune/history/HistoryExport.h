@@ -1,0 +1,77 @@
+#pragma once
+
+#include "Tessarune/history/AudioExporter.h"
+#include "Tessarune/history/HistoryItem.h"
+#include "Tessarune/history/HistoryTranscriptExportDocument.h"
+#include "Tessarune/history/RecordingCatalog.h"
+#include "Tessarune/shell/FileSystem.h"
+
+#include <filesystem>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace tessarune {
+
+enum class HistoryExportFormat { html, pdf, m4a, srt, vtt, txt };
+
+/// What is to be exported of a recording.
+struct HistoryExportRequest {
+    HistoryItem recording;
+    HistoryExportFormat format = HistoryExportFormat::pdf;
+    HistoryTranscriptExportContent content = HistoryTranscriptExportContent::bilingual;
+};
+
+/// Why there is nothing to export, or what failed. The text can be shown.
+class HistoryExportError : public std::runtime_error {
+  public:
+    enum class Kind { noTranscript, noTranslation, noTimes, failed };
+
+    HistoryExportError(Kind kind, const std::string& text)
+        : std::runtime_error(text), kind_(kind) {}
+    Kind kind() const { return kind_; }
+
+  private:
+    Kind kind_;
+};
+
+/// Lets recordings leave the program, for every front end. Main queue; catalog, disk and exporter
+/// outlive it.
+class HistoryExport {
+  public:
+    HistoryExport(Host& host, RecordingCatalog& catalog, FileSystem& files, AudioExporter& audio,
+                  WriteTranscriptPDF pdf);
+
+    /// Writes the file `to`, which appears whole or not at all, and replaces what is there. Throws
+    /// HistoryExportError, or CancellationError when asked to stop; audio alone can be stopped, and
+    /// alone reports progress, on its own queue.
+    Task<void> write(HistoryExportRequest request, std::filesystem::path to,
+                     MediaProgress progress = {}, std::stop_token stop = {});
+
+    /// The bytes of a document, which is every format but audio. Throws HistoryExportError.
+    Task<std::string> document(HistoryExportRequest request);
+
+    /// The name that a save panel suggests, with its extension.
+    static std::string suggestedFilename(const HistoryExportRequest& request);
+    /// "pdf"
+    static std::string_view fileExtension(HistoryExportFormat format);
+    static std::optional<HistoryExportFormat> formatOf(std::string_view fileExtension);
+
+  private:
+    std::string made(const HistoryExportRequest& request);
+    HistoryTranscriptExportDocument exportDocument(const HistoryExportRequest& request,
+                                                   const HistoryWordTimeline& timeline);
+    std::string exportText(const HistoryExportRequest& request);
+    HistoryWordTimeline timeline(const HistoryItem& recording);
+    void copyAudio(const std::filesystem::path& from, const std::filesystem::path& to);
+
+    Host& host_;
+    RecordingCatalog& catalog_;
+    FileSystem& files_;
+    AudioExporter& audio_;
+    WriteTranscriptPDF pdf_;
+    std::shared_ptr<SerialQueue> queue_;
+};
+
+} // namespace tessarune

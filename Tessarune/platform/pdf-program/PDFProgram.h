@@ -1,0 +1,15 @@
+#pragma once
+
+#include "Tessarune/history/HistoryTranscriptPDFDocument.h"
+
+#include <filesystem>
+#include <string>
+
+/// The program "tessarune-pdf", which is installed beside those that run it.
+namespace tessarune::PDFProgram {
+
+/// Lays a document out in another process, and waits for it. Any thread. Throws std::runtime_error
+/// with a text for the user where the program is missing or fails.
+std::string pdf(const HistoryTranscriptPDFDocument& document);
+
+} // namespace tessarune::PDFProgram

@@ -1,0 +1,154 @@
+#include "Tessarune/platform/pdf/SelectableText.h"
+
+#include "Tessarune/platform/pdf/PDFUnicodeMaps.h"
+
+#include <QTextBoundaryFinder>
+#include <cmath>
+
+namespace tessarune {
+
+namespace {
+
+/// So much finer than the page are pictures of emoji.
+constexpr double pictureScale = 5;
+
+bool holdsPictures(const QRawFont& font) {
+    return !font.fontTable("CBDT").isEmpty() || !font.fontTable("sbix").isEmpty();
+}
+
+/// A stretch of text, and the glyphs that stand for it.
+struct Cluster {
+    QString text;
+    QList<QGlyphRun> runs;
+};
+
+bool isSamePlace(const QList<QGlyphRun>& a, const QList<QGlyphRun>& b) {
+    return a.size() == 1 && b.size() == 1 && a[0].glyphIndexes() == b[0].glyphIndexes() &&
+           a[0].positions() == b[0].positions();
+}
+
+/// Readers turn what stands from right to left around letter by letter, and with it the letters of
+/// one glyph. The ligatures of lam and alef, which every Arabic text has, are characters
+/// themselves.
+QString ofOneLetter(const QString& text) {
+    static const std::pair<char16_t, char16_t> ligatures[] = {
+        {0x0622, 0xFEF5}, {0x0623, 0xFEF7}, {0x0625, 0xFEF9}, {0x0627, 0xFEFB}};
+    if (text.size() == 2 && text[0] == QChar(0x0644)) {
+        for (const auto& [alef, ligature] : ligatures) {
+            if (text[1] == QChar(alef))
+                return QString(QChar(ligature));
+        }
+    }
+    return text;
+}
+
+/// What one glyph stands for: a character, or all those of a ligature.
+std::vector<Cluster> clustersOf(const QTextLayout& layout, const QTextLine& line) {
+    const QString text = layout.text().mid(line.textStart(), line.textLength());
+    QTextBoundaryFinder breaks(QTextBoundaryFinder::Grapheme, text);
+    std::vector<Cluster> clusters;
+    for (qsizetype at = 0, end = breaks.toNextBoundary(); end > 0;
+         at = end, end = breaks.toNextBoundary()) {
+        const QString character = text.mid(at, end - at);
+        auto runs =
+            line.glyphRuns(line.textStart() + static_cast<int>(at), static_cast<int>(end - at));
+        if (!clusters.empty() && (runs.isEmpty() || isSamePlace(runs, clusters.back().runs)))
+            clusters.back().text += character;
+        else
+            clusters.push_back({character, std::move(runs)});
+    }
+    return clusters;
+}
+
+} // namespace
+
+SelectableText::Face& SelectableText::faceOf(const QRawFont& font) {
+    const QByteArray key = font.fontTable("head") + font.fontTable("name");
+    const auto found = faceNumbers_.constFind(key);
+    if (found != faceNumbers_.constEnd())
+        return faces_[static_cast<std::size_t>(*found)];
+    faceNumbers_.insert(key, static_cast<int>(faces_.size()));
+    faces_.emplace_back();
+    return faces_.back();
+}
+
+/// Whether there were new ones.
+bool SelectableText::noteGlyphs(const QGlyphRun& run) {
+    Face& face = faceOf(run.rawFont());
+    const std::size_t before = face.texts.size();
+    for (const quint32 glyph : run.glyphIndexes()) {
+        if (!face.numbers.contains(glyph)) {
+            face.numbers.insert(glyph, static_cast<int>(face.texts.size()));
+            face.texts.emplace_back();
+        }
+    }
+    return face.texts.size() > before;
+}
+
+/// The first glyph of a cluster that has none yet gets its text.
+void SelectableText::noteTexts(const QTextLayout& layout, const QTextLine& line) {
+    for (const Cluster& cluster : clustersOf(layout, line)) {
+        bool isNoted = false;
+        for (const QGlyphRun& run : cluster.runs) {
+            Face& face = faceOf(run.rawFont());
+            for (const quint32 glyph : run.glyphIndexes()) {
+                const auto number = face.numbers.constFind(glyph);
+                if (number == face.numbers.constEnd())
+                    continue;
+                QString& text = face.texts[static_cast<std::size_t>(*number)];
+                if (!isNoted && text.isEmpty())
+                    text = ofOneLetter(cluster.text);
+                isNoted = true;
+            }
+        }
+    }
+}
+
+void SelectableText::draw(QPainter& painter, const QTextLayout& layout, const QTextLine& line,
+                          QPointF position) {
+    // The runs' places count from the layout's origin.
+    const QPointF origin = position - line.position();
+    bool hasNew = false;
+    for (const QGlyphRun& run : line.glyphRuns()) {
+        hasNew = noteGlyphs(run) || hasNew;
+        painter.drawGlyphRun(origin, run);
+        if (holdsPictures(run.rawFont()))
+            drawPictures(painter, run, origin);
+    }
+    if (hasNew)
+        noteTexts(layout, line);
+}
+
+void SelectableText::drawPictures(QPainter& painter, const QGlyphRun& run, QPointF origin) {
+    const auto glyphs = run.glyphIndexes();
+    const auto positions = run.positions();
+    for (qsizetype i = 0; i < glyphs.size(); ++i) {
+        QGlyphRun one;
+        one.setRawFont(run.rawFont());
+        one.setGlyphIndexes({glyphs[i]});
+        one.setPositions({QPointF()});
+        const QRectF box = one.boundingRect().adjusted(-1, -1, 1, 1);
+        if (box.isEmpty())
+            continue;
+        QImage& picture = pictures_[{glyphs[i], static_cast<int>(run.rawFont().pixelSize() * 10)}];
+        if (picture.isNull()) {
+            picture =
+                QImage((box.size() * pictureScale).toSize(), QImage::Format_ARGB32_Premultiplied);
+            picture.fill(Qt::transparent);
+            QPainter drawing(&picture);
+            drawing.scale(pictureScale, pictureScale);
+            drawing.setRenderHint(QPainter::SmoothPixmapTransform);
+            drawing.drawGlyphRun(-box.topLeft(), one);
+        }
+        painter.drawImage(box.translated(origin + positions[i]), picture);
+    }
+}
+
+QByteArray SelectableText::madeSelectable(const QByteArray& pdf) const {
+    std::vector<PDFUnicodeMaps::Map> maps;
+    for (const Face& face : faces_)
+        maps.push_back(face.texts);
+    return PDFUnicodeMaps::replaced(pdf, maps);
+}
+
+} // namespace tessarune

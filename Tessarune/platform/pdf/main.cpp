@@ -1,0 +1,21 @@
+// A transcript as JSON from standard input becomes a PDF on standard output.
+#include "Tessarune/platform/pdf/HistoryTranscriptPDFWriter.h"
+
+#include <QGuiApplication>
+#include <iostream>
+#include <iterator>
+
+int main(int argc, char** argv) {
+    using namespace tessarune;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QGuiApplication application(argc, argv);
+    const std::string input(std::istreambuf_iterator<char>(std::cin), {});
+    const auto document = HistoryTranscriptPDFDocument::decoded(input);
+    if (!document) {
+        std::cerr << "tessarune-pdf: standard input holds no transcript\n";
+        return 65;
+    }
+    const QByteArray pdf = HistoryTranscriptPDFWriter::pdf(*document);
+    std::cout.write(pdf.constData(), pdf.size()).flush();
+    return std::cout ? 0 : 74;
+}

@@ -1,0 +1,188 @@
+#include "Tessarune/history/HistoryExport.h"
+#include "Tessarune/history/HistorySubtitles.h"
+#include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/text/TextColumns.h"
+#include "tests/history/CatalogFixture.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace tessarune {
+namespace {
+
+using Content = HistoryTranscriptExportContent;
+using Format = HistoryExportFormat;
+
+HistoryTranscriptExportDocument exported(Content content, std::string text, int sentences) {
+    HistoryTranscriptExportDocument document{"T & T", "a\nb", content, std::move(text), {}};
+    for (int i = 0; i < sentences; ++i)
+        document.sentenceTimings.push_back({"", i * 3601.5, i * 3601.5 + 2, {}, ""});
+    return document;
+}
+
+TEST(HistoryTranscriptExportTests, ARowHasTheTimeOfItsSentenceAndMarkupStaysText) {
+    const auto document = exported(Content::bilingual, "<b>a</b> & \"b\"\nx'y\nz\n\nc", 1);
+    const std::string html = document.html();
+    for (const char* part :
+         {"<title>T &amp; T</title>", "a<br>b", "class=\"transcript with-timing\"",
+          "<div class=\"time\">00:00</div><div class=\"block\"><div class=\"source\" dir=\"auto\">"
+          "&lt;b&gt;a&lt;/b&gt; &amp; &quot;b&quot;</div><div class=\"translation\" dir=\"auto\">"
+          "x&#39;y<br>z</div></div>",
+          "<div class=\"time\"></div><div class=\"block\"><div class=\"source\" dir=\"auto\">c"})
+        EXPECT_NE(html.find(part), std::string::npos) << part << html;
+    const auto pdf = exported(Content::source, " a \n\n b\nc", 2).pdfDocument();
+    EXPECT_EQ(pdf.rows, (std::vector<HistoryTranscriptPDFDocument::Row>{
+                            {"00:00", "a", ""}, {"1:00:01", "b", ""}, {std::nullopt, "c", ""}}));
+    EXPECT_EQ(HistoryTranscriptPDFDocument::decoded(pdf.encoded()), pdf);
+    EXPECT_FALSE(HistoryTranscriptPDFDocument::decoded(R"({"title":"","note":"","rows":[1]})"));
+    const auto untimed = exported(Content::source, "a", 0).html();
+    EXPECT_NE(untimed.find("class=\"transcript no-timing\""), std::string::npos);
+}
+
+TEST(HistoryTranscriptExportTests, NamesAreMadeOfTheNoteOrTheDate) {
+    setenv("TZ", "Asia/Shanghai", 1);
+    const struct {
+        const char* note;
+        const char* document;
+        const char* audio;
+    } cases[] = {{" a / b ", "a-b", "a _ b"},
+                 {"会议 é_1: x--y", "会议-é_1-x-y", "会议 é_1_ x--y"},
+                 {"…", "2025年10月9日-16-53-20", "…"},
+                 {" \t", "2025年10月9日-16-53-20", "2025年10月9日16时53分20秒"}};
+    for (const auto& c : cases) {
+        HistoryItem item;
+        item.note = c.note;
+        item.date = "2025年10月9日";
+        item.time = "16:53:20";
+        item.startedAt = 1'760'000'000;
+        const auto name = [&](Format format, Content content) {
+            return HistoryExport::suggestedFilename({item, format, content});
+        };
+        EXPECT_EQ(name(Format::html, Content::source), c.document + std::string(".html"));
+        EXPECT_EQ(name(Format::srt, Content::bilingual), c.document + std::string("-bilingual.srt"));
+        EXPECT_EQ(name(Format::m4a, Content::bilingual), c.audio + std::string(".m4a"));
+    }
+}
+
+/// Cues in a form that a table can hold: "start-end line/line".
+std::string cuesText(const std::vector<SubtitleCue>& cues) {
+    std::string text;
+    for (const auto& cue : cues)
+        text += std::to_string(cue.startMS) + "-" + std::to_string(cue.endMS) + " " +
+                Text::joined(cue.lines, "/") + "\n";
+    return text;
+}
+
+TEST(HistorySubtitlesTests, CuesFollowTheWords) {
+    HistoryTranscriptExportDocument document{"", "", Content::source, "", {}};
+    document.text = "One two three four five six seven eight nine ten eleven twelve thirteen "
+                    "fourteen fifteen.\nYes.\nNo.";
+    document.sentenceTimings = {{"", 1, 9, {}, ""}, {"", 9.2, 9.5, {}, ""}, {"", 9.6, 9.9, {}, ""}};
+    std::vector<HistoryWordTimeline::Word> words;
+    for (int i = 0; i < 15; ++i)
+        words.push_back({"", 1 + i * 0.5, {}});
+    EXPECT_EQ(cuesText(HistorySubtitles::cues(document, words, 20)),
+              "1000-5500 One two three four five/six seven eight nine\n"
+              "5500-9000 ten eleven twelve thirteen/fourteen fifteen.\n"
+              "9200-10200 Yes./No.\n");
+
+    document.content = Content::bilingual;
+    document.text = "The first half\n\nand the second.\n前半和后半。";
+    document.sentenceTimings = {{"", 0, 1, {}, ""}, {"", 1.2, 3, {}, ""}};
+    EXPECT_EQ(cuesText(HistorySubtitles::cues(document, {}, 20)),
+              "0-3000 The first half and the second./前半和后半。\n");
+    document.content = Content::translation;
+    const auto cues = HistorySubtitles::cues(document, {}, 20);
+    EXPECT_EQ(HistorySubtitles::srt(cues), "1\n00:00:00,000 --> 00:00:03,000\n前半和后半。\n\n");
+    EXPECT_EQ(HistorySubtitles::webVTT({{3'661'001, 3'662'002, {"a < b & c"}}}),
+              "WEBVTT\n\n01:01:01.001 --> 01:01:02.002\na &lt; b &amp; c\n\n");
+}
+
+/// Whatever the times and texts are, a player gets what it can show.
+TEST(HistorySubtitlesTests, CuesKeepTheirBoundsWhateverIsInTheTimeline) {
+    const std::vector<std::string> words = {"a", "wonderful", "大小人口手。", "مرحبا", "👩‍👩‍👧",
+                                            "Donaudampfschifffahrtsgesellschaftskapitänsmütze"};
+    for (unsigned seed = 0; seed < 60; ++seed) {
+        std::mt19937 random(seed);
+        const auto below = [&](unsigned count) { return random() % count; };
+        HistoryTranscriptExportDocument document{"", "", static_cast<Content>(seed % 3), "", {}};
+        std::vector<HistoryWordTimeline::Word> timed;
+        std::string all;
+        double at = 0;
+        const auto text = [&] {
+            std::string made;
+            for (unsigned i = 0, count = 1 + below(40); i < count; ++i)
+                made += (made.empty() ? "" : " ") + words[below(6)];
+            return made;
+        };
+        for (unsigned row = 0; row < 8; ++row) {
+            const std::string source = text();
+            document.text += source + (seed % 3 == 0 ? "\n" : "\n" + text() + "\n\n");
+            all += source;
+            const double end = at + below(300) / 10.0;
+            if (row < 7)
+                document.sentenceTimings.push_back(
+                    {source, below(9) == 0 ? -1e308 : at, end, {}, ""});
+            for (std::size_t i = 0; i < Text::countOfWhiteSpaceSeparated(source); ++i)
+                timed.push_back({"", at + below(100) / 10.0, {}});
+            at = end;
+        }
+        std::int64_t free = 0;
+        std::string shown;
+        for (const auto& cue : HistorySubtitles::cues(document, timed, at)) {
+            EXPECT_GE(cue.startMS, free) << seed;
+            EXPECT_GE(cue.endMS - cue.startMS, 1000) << seed;
+            EXPECT_LE(cue.endMS - cue.startMS, 7000) << seed;
+            EXPECT_LE(cue.lines.size(), seed % 3 == 1 ? 4U : 2U) << seed;
+            free = cue.endMS;
+            for (const auto& line : cue.lines) {
+                EXPECT_LE(Text::columns(line), 42U) << seed << line;
+                shown += line;
+            }
+        }
+        if (seed % 3 == 0)
+            EXPECT_EQ(Text::countOfNonWhiteSpace(shown), Text::countOfNonWhiteSpace(all)) << seed;
+    }
+}
+
+class HistoryExportTests : public ::testing::Test, public testing::Catalogued {
+  protected:
+    std::string document(const UUID& id, Format format, Content content) {
+        std::string result;
+        const auto run = [](HistoryExport& exports, HistoryExportRequest request,
+                            std::string& text) -> Task<void> {
+            Task<std::string> making = exports.document(std::move(request));
+            try {
+                text = co_await making;
+            } catch (const HistoryExportError& error) {
+                text = error.what();
+            }
+        };
+        HistoryItem item;
+        item.id = id;
+        spawn(Executor::main(host), run(exporting, {item, format, content}, result));
+        host.runUntilIdle();
+        return result;
+    }
+    AudioExporter audio{host, {}};
+    HistoryExport exporting{host, catalog, disk, audio,
+                            [](const auto&) -> std::string { throw std::runtime_error("jam"); }};
+};
+
+TEST_F(HistoryExportTests, WhatCannotBeExportedSaysWhy) {
+    const UUID id = add(1, "a.wav");
+    EXPECT_EQ(document(id, Format::html, Content::source), "这条录音没有识别文本。");
+    EXPECT_EQ(document(id, Format::pdf, Content::bilingual), "这条录音没有识别文本。");
+    catalog.saveTranscript("a", id);
+    EXPECT_EQ(document(id, Format::html, Content::bilingual),
+              "这条录音没有已保存译文，无法导出双语 HTML。");
+    EXPECT_EQ(document(id, Format::txt, Content::source), "a\n");
+    EXPECT_EQ(document(id, Format::pdf, Content::source), "PDF 导出失败：jam");
+    EXPECT_EQ(document(id, Format::srt, Content::source), "这条录音没有时间信息，无法导出字幕。");
+    disk.setContents(catalog.wordTimelineURL(id), "{");
+    EXPECT_EQ(document(id, Format::vtt, Content::source), "这条录音没有时间信息，无法导出字幕。");
+}
+
+} // namespace
+} // namespace tessarune
