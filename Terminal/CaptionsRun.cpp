@@ -1,5 +1,6 @@
 #include "Terminal/CaptionsRun.h"
 
+#include "Terminal/CaptionOutput.h"
 #include "Terminal/CaptionSound.h"
 #include "Terminal/EventLogFile.h"
 #include "Terminal/RecogniserDelay.h"
@@ -10,9 +11,12 @@
 #include "Terminal/SessionNews.h"
 #include "Terminal/SignalWatch.h"
 #include "Terminal/TranslationOffer.h"
+#include "Terminal/history/RefineCommand.h"
 #include "Tessarune/app/ListeningSession.h"
 #include "Tessarune/audio/MediaFile.h"
 #include "TessaruneCore/text/Localization.h"
+
+#include <unistd.h>
 
 #include <utility>
 
@@ -37,6 +41,9 @@ class CaptionsRun {
     void interrupt();
     /// After the terminal was somebody else's for a while.
     void beginAnew() { output_.beginAnew(); }
+    /// What would make the saved transcript better, if there is such a thing and if somebody sees
+    /// how far it gets.
+    std::optional<HistoryRefinementRequest> refinement() const;
     /// The last words, and why the run failed, if it did. Gives the status to end with.
     Task<ExitStatus> finish(ExitStatus status, std::string problem);
 
@@ -54,6 +61,7 @@ class CaptionsRun {
     LiveTranscriptStore& store() { return session_->store(); }
 
     Program& program_;
+    const bool isWatched_; ///< by somebody at a terminal
     const CaptionsCommand command_;
     RunOutput output_;
     RunTranslation translation_;
@@ -62,12 +70,15 @@ class CaptionsRun {
     std::unique_ptr<ListeningSession> session_;
     std::unique_ptr<SessionNews> news_;
     std::unique_ptr<RecogniserDelay> delay_;
+    std::optional<HistoryRefinementRequest> refinement_;
     OneShot<std::exception_ptr> ended_; ///< null for a good end
     bool interrupted_ = false;
 };
 
 CaptionsRun::CaptionsRun(Program& program, const TerminalOptions& options, CaptionsCommand command)
     : program_(program),
+      isWatched_(isScreen(STDERR_FILENO) && isatty(STDIN_FILENO) && !options.quiet &&
+                 !options.json),
       command_(std::move(command)),
       output_(program.host, options, {[this] { update(); }, [this] { interrupt(); }}),
       translation_(
@@ -139,7 +150,8 @@ void CaptionsRun::makeSession() {
     session_ = std::make_unique<ListeningSession>(
         program_, sound_.server(),
         ListeningSession::Options{eventLog_ ? eventLog_->observer() : nullptr,
-                                  sound_.isFile() || sound_.isDemo()});
+                                  sound_.isFile() || sound_.isDemo(),
+                                  [this](const auto& request) { refinement_ = request; }});
     delay_ = std::make_unique<RecogniserDelay>(program_.host, store().liveTranscriber());
     news_ = std::make_unique<SessionNews>(
         store().view(), target, program_.recordsSessions(),
@@ -208,6 +220,10 @@ void CaptionsRun::interrupt() {
     ended_.resume(nullptr);
 }
 
+std::optional<HistoryRefinementRequest> CaptionsRun::refinement() const {
+    return isWatched_ ? refinement_ : std::nullopt;
+}
+
 Task<ExitStatus> CaptionsRun::finish(ExitStatus status, std::string problem) {
     return output_.finish(news_ ? std::optional(news_->picture()) : std::nullopt, status,
                           std::move(problem));
@@ -248,6 +264,11 @@ Task<int> runCaptions(Program& program, const TerminalOptions& options, Captions
     }
     Task<ExitStatus> finishing = captions.finish(status, std::move(problem));
     status = co_await finishing;
+    signals.reset(); // a refinement that is given up is no failure, and no second Ctrl-C
+    if (const auto request = captions.refinement(); request && status == ExitStatus::ok) {
+        Task<void> refining = refineAfterSession(program, options, *request);
+        co_await refining;
+    }
     co_return static_cast<int>(status);
 }
 

@@ -56,6 +56,10 @@ void HistoryOptions::declare(CommandOptions& options) {
             ->expected(1, CLI::detail::expected_max_vector_size);
     options.detailFlag({exports, deletes}, "--yes", yes_,
                        localized("Delete, or replace a file, without asking"));
+    CLI::Option* const refine = options.words(
+        "--refine", refine_.id, "ID", localized("Transcribe one again, with time to look ahead"));
+    options.detailWord({refine}, "--with-model", refine_.model, "NAME",
+                       localized("Do that with this speech model instead of the best one"));
 }
 
 std::optional<HistoryCommand> HistoryOptions::command() const {
@@ -71,6 +75,8 @@ std::optional<HistoryCommand> HistoryOptions::command() const {
         return SetNoteCommand{note_[0], note_[1] == "-" ? std::string() : note_[1]};
     if (!delete_.empty())
         return DeleteRecordingsCommand{delete_, yes_};
+    if (!refine_.id.empty())
+        return refine_;
     return std::nullopt;
 }
 

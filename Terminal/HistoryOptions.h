@@ -37,9 +37,14 @@ struct DeleteRecordingsCommand {
     bool isCertain = false;
 };
 
+struct RefineCommand {
+    std::string id;
+    std::string model; ///< empty: the best one
+};
+
 using HistoryCommand =
     std::variant<ListRecordingsCommand, ShowRecordingCommand, ExportRecordingCommand,
-                 SetNoteCommand, DeleteRecordingsCommand, CountWordsCommand>;
+                 SetNoteCommand, DeleteRecordingsCommand, CountWordsCommand, RefineCommand>;
 
 /// The part of the command line that asks for one of them.
 class HistoryOptions {
@@ -62,6 +67,7 @@ class HistoryOptions {
     std::vector<std::string> note_;
     std::vector<std::string> delete_;
     bool yes_ = false;
+    RefineCommand refine_;
 };
 
 } // namespace tessarune

@@ -3,6 +3,7 @@
 #include "Terminal/history/ExportCommand.h"
 #include "Terminal/history/RecordingChanges.h"
 #include "Terminal/history/RecordingCommands.h"
+#include "Terminal/history/RefineCommand.h"
 #include "Terminal/history/WordCommands.h"
 
 namespace tessarune {
@@ -30,6 +31,9 @@ struct HistoryDispatch {
     }
     Task<int> operator()(const DeleteRecordingsCommand& command) const {
         return deleteRecordings(program, options, command);
+    }
+    Task<int> operator()(const RefineCommand& command) const {
+        return refineRecording(program, options, command);
     }
 };
 

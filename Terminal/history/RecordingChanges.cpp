@@ -9,28 +9,11 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <system_error>
 #include <vector>
 
 namespace tessarune {
 
 namespace {
-
-/// Makes this process the one that may change recordings; otherwise says why it is not.
-std::optional<ExitStatus> problemOfDataFolder(Program& program) {
-    try {
-        const auto holder = program.takeDataFolder();
-        if (!holder)
-            return std::nullopt;
-        printProblem(localized("%@ (process %lld) has the recordings open. Change them there, or "
-                               "end it first.",
-                               {holder->program, std::to_string(holder->processID)}));
-        return ExitStatus::dataInUse;
-    } catch (const std::system_error& error) {
-        printProblem(error.what());
-        return ExitStatus::cannotWrite;
-    }
-}
 
 void tellChange(const TerminalOptions& options, const char* type, const HistoryItem& item,
                 const std::string& text) {

@@ -9,6 +9,7 @@
 #include "TessaruneCore/text/TextColumns.h"
 
 #include <algorithm>
+#include <system_error>
 #include <vector>
 
 namespace tessarune {
@@ -67,6 +68,21 @@ std::string recordingRow(const HistoryItem& item, const std::string& text, bool 
     const std::string_view content = Text::trimmed(item.note.empty() ? text : item.note);
     const std::size_t room = rowColumns - std::min(rowColumns, Text::columns(row));
     return row + Text::fitted(Text::printableLine(Text::prefix(content, rowColumns)), room);
+}
+
+std::optional<ExitStatus> problemOfDataFolder(Program& program) {
+    try {
+        const auto holder = program.takeDataFolder();
+        if (!holder)
+            return std::nullopt;
+        printProblem(localized("%@ (process %lld) has the recordings open. Change them there, or "
+                               "end it first.",
+                               {holder->program, std::to_string(holder->processID)}));
+        return ExitStatus::dataInUse;
+    } catch (const std::system_error& error) {
+        printProblem(error.what());
+        return ExitStatus::cannotWrite;
+    }
 }
 
 } // namespace tessarune

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Terminal/ExitStatus.h"
 #include "Terminal/Program.h"
 #include "Tessarune/history/HistoryItem.h"
 
@@ -19,5 +20,8 @@ std::optional<int> recorderOf(const Program& program, const HistoryItem& item);
 /// One line about a recording that fits a screen: its ID, or as much of it as a person types, and
 /// its note, which tells more than `text`, how the session began.
 std::string recordingRow(const HistoryItem& item, const std::string& text, bool wholeID = false);
+
+/// Makes this process the one that may change recordings; otherwise says why it is not.
+std::optional<ExitStatus> problemOfDataFolder(Program& program);
 
 } // namespace tessarune

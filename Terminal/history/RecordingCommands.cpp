@@ -6,6 +6,7 @@
 #include "Tessarune/history/HistoryItemLoader.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/text/TextColumns.h"
 
 #include <nlohmann/json.hpp>
 

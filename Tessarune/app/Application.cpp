@@ -14,8 +14,11 @@
 #include "Tessarune/platform/speech-engine/SpeechModels.h"
 #include "Tessarune/platform/wordnet/WordNetLexicon.h"
 #include "Tessarune/shell/StringTables.h"
+#include "Tessarune/translation/AppleTranslator.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Localization.h"
+
+#include <malloc.h>
 
 #include <system_error>
 #include <utility>
@@ -38,7 +41,8 @@ Application::Application(Host& itsHost, std::string itsProgram)
       exporter(host, transcodeToM4A),
       historyExport(host, catalog, files, exporter, PDFProgram::pdf),
       compressor(host, files, catalog, logger, exporter, openFFmpegMediaFile, createM4A),
-      wordStats(host, logger, std::make_shared<WordNetLexicon>(), detectedLanguage) {
+      wordStats(host, logger, std::make_shared<WordNetLexicon>(), detectedLanguage),
+      refinement(refinementEnvironment()) {
     ProcessMemory::returnLargeBlocks();
     setLocalizationTable(StringTables::forLocale(StringTables::userLocale()));
     TessaruneLog::setDiagnosticsLevel(*settings.diagnosticsLevel);
@@ -66,6 +70,22 @@ DownloadPolicy Application::downloadPolicy() {
         });
     };
     return policy;
+}
+
+HistoryRefinementService::Environment Application::refinementEnvironment() {
+    return {.host = host,
+            .files = files,
+            .catalog = catalog,
+            .logger = logger,
+            .engine = [this] { return speechPlatform().engine; },
+            .openMedia = openFFmpegMediaFile,
+            .makeConverter = makeSwresampleConverter,
+            .makeTranslator =
+                [this] {
+                    return std::make_shared<AppleTranslator>(
+                        host, translation, Executor::main(host), AppleTranslator::Downloads::never);
+                },
+            .returnMemory = [] { malloc_trim(0); }};
 }
 
 SpeechPlatform Application::speechPlatform() {

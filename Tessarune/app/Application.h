@@ -13,6 +13,7 @@
 #include "Tessarune/platform/speech-engine/SpeechModelInventory.h"
 #include "Tessarune/platform/translation-engine/OfflineTranslationService.h"
 #include "Tessarune/platform/translation-engine/TranslationModelInventory.h"
+#include "Tessarune/refinement/HistoryRefinementService.h"
 #include "Tessarune/shell/AppSettings.h"
 #include "Tessarune/shell/OverridingUserDefaults.h"
 #include "Tessarune/shell/TessaruneFileLogger.h"
@@ -58,6 +59,7 @@ struct Application {
     HistoryExport historyExport;
     RecordingAudioCompressor compressor;
     HistoryWordStatsService wordStats;
+    HistoryRefinementService refinement;
 
     /// Hears why a download gets nowhere, from its first failure on.
     std::function<void(const DownloadTrouble&)> onDownloadTrouble;
@@ -105,6 +107,7 @@ struct Application {
 
   private:
     DownloadPolicy downloadPolicy();
+    HistoryRefinementService::Environment refinementEnvironment();
     LogFields bootstrapFields() const;
 
     std::optional<DataFolderLock> dataFolder_;

@@ -24,7 +24,9 @@ void forgetWhatIsLearned(OverridingUserDefaults& defaults) {
 } // namespace
 
 ListeningSession::ListeningSession(Application& application, SoundServer& sound, Options options)
-    : host_(application.host), permissionDefaults_(application.defaults) {
+    : application_(application),
+      host_(application.host),
+      permissionDefaults_(application.defaults) {
     Host& host = application.host;
     if (options.forgetsPermissions)
         forgetWhatIsLearned(permissionDefaults_);
@@ -37,6 +39,11 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
     engine_ = speech.engine;
     translation_ = LiveTranscriptTranslation::make(host, application.settings, application.logger,
                                                    application.translation);
+    auto scheduleRefinement = std::move(options.scheduleHistoryRefinement);
+    if (!scheduleRefinement)
+        scheduleRefinement = [&application](const auto& request) {
+            application.refinement.schedule(request);
+        };
     store_ = LiveTranscriptStore::make({.speech = std::move(speech),
                                         .sound = sound,
                                         .files = application.files,
@@ -47,9 +54,19 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
                                         .compressor = application.compressor,
                                         .translation = translation_,
                                         .diagnostics = std::move(options.diagnostics),
-                                        .scheduleHistoryRefinement = [](const auto&) {},
+                                        .scheduleHistoryRefinement = std::move(scheduleRefinement),
                                         .returnMemory = [] { malloc_trim(0); },
                                         .notifications = &application.notifications});
+    phaseObserver_ =
+        store_->view().sessionPhase.onDidChange([&application](LiveSessionPhase phase) {
+            application.refinement.setPaused(phase != LiveSessionPhase::idle &&
+                                             phase != LiveSessionPhase::failed);
+        });
+}
+
+ListeningSession::~ListeningSession() {
+    store_->view().sessionPhase.remove(phaseObserver_);
+    application_.refinement.setPaused(false);
 }
 
 Task<bool> ListeningSession::listen(AudioSource source) {

@@ -7,12 +7,16 @@
 #include "Tessarune/translation/LiveTranscriptTranslation.h"
 #include "TessaruneCore/host/Task.h"
 
+#include <functional>
 #include <memory>
+#include <optional>
 
 namespace tessarune {
 
 /// The store of a listening session with everything that it needs: recogniser, recorder,
 /// translation and permissions, over one sound server. One for the life of a front end's sound.
+///
+/// While it listens or saves, refinements wait.
 ///
 /// Changes of settings take effect in the store, wherever they were made.
 ///
@@ -24,8 +28,13 @@ class ListeningSession {
         /// The sound is a file's or a private server's: what is learned of permissions there says
         /// nothing about the desktop and is forgotten.
         bool forgetsPermissions = false;
+        /// What becomes of the request to refine a session that was saved; by default it is done in
+        /// the background.
+        std::function<void(const std::optional<HistoryRefinementRequest>&)>
+            scheduleHistoryRefinement = nullptr;
     };
     ListeningSession(Application& application, SoundServer& sound, Options options);
+    ~ListeningSession();
     ListeningSession(const ListeningSession&) = delete;
 
     LiveTranscriptStore& store() { return *store_; }
@@ -39,12 +48,14 @@ class ListeningSession {
     LiveTranscriptTranslation& translation() { return *translation_; }
 
   private:
+    Application& application_;
     Host& host_;
     OverridingUserDefaults permissionDefaults_;
     std::unique_ptr<PermissionsManager> permissions_;
     SpeechEngine engine_; // outlives what the store still has running in it
     std::shared_ptr<LiveTranscriptTranslation> translation_;
     std::shared_ptr<LiveTranscriptStore> store_;
+    Published<LiveSessionPhase>::Token phaseObserver_;
 };
 
 } // namespace tessarune

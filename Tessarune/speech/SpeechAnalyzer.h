@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessarune/audio/AudioBuffer.h"
+#include "Tessarune/speech/SpeechFileAnalyzer.h"
 #include "Tessarune/speech/SpeechTranscriber.h"
 #include "TessaruneCore/host/AsyncStream.h"
 #include "TessaruneCore/host/Task.h"
@@ -61,6 +62,10 @@ struct SpeechEngine {
     /// Seconds of sound that the running analyzer has taken and not looked at yet: how far it is
     /// behind. Any thread.
     std::function<double()> unheardSeconds = [] { return 0.0; };
+    /// An analyzer of one recording, with a model of its own: "automatic" for the best one that is
+    /// here and fits this computer, or a name. Null where the engine has no file mode.
+    std::function<std::shared_ptr<SpeechFileAnalyzer>(SpeechTranscriberOptions, std::string model)>
+        makeFileAnalyzer = nullptr;
 };
 
 } // namespace tessarune

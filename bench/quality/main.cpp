@@ -69,7 +69,7 @@ JSON::Ordered batch(ModelStore& store, const std::string& path, double from) {
     constexpr double passInterval = 0.2; // means nothing to a recording at once
     MoonshineModel model(MoonshineLibrary::shared(),
                          store.find(ModelKind::speech, SpeechModels::smallest).value(),
-                         passInterval);
+                         MoonshineModel::Use{passInterval});
     const moonshine::Transcript& transcript = model.transcribe(soundOf(path), speechSampleRate);
     JSON::Ordered words = JSON::Ordered::array();
     for (std::uint64_t i = 0; i < transcript.lineCount; ++i) {

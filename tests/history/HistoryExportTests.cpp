@@ -60,7 +60,8 @@ TEST(HistoryTranscriptExportTests, NamesAreMadeOfTheNoteOrTheDate) {
             return HistoryExport::suggestedFilename({item, format, content});
         };
         EXPECT_EQ(name(Format::html, Content::source), c.document + std::string(".html"));
-        EXPECT_EQ(name(Format::srt, Content::bilingual), c.document + std::string("-bilingual.srt"));
+        EXPECT_EQ(name(Format::srt, Content::bilingual),
+                  c.document + std::string("-bilingual.srt"));
         EXPECT_EQ(name(Format::m4a, Content::bilingual), c.audio + std::string(".m4a"));
     }
 }
@@ -101,8 +102,9 @@ TEST(HistorySubtitlesTests, CuesFollowTheWords) {
 
 /// Whatever the times and texts are, a player gets what it can show.
 TEST(HistorySubtitlesTests, CuesKeepTheirBoundsWhateverIsInTheTimeline) {
-    const std::vector<std::string> words = {"a", "wonderful", "大小人口手。", "مرحبا", "👩‍👩‍👧",
-                                            "Donaudampfschifffahrtsgesellschaftskapitänsmütze"};
+    const std::vector<std::string> words = {
+        "a",     "wonderful",          "大小人口手。",
+        "مرحبا", "👩‍👩‍👧", "Donaudampfschifffahrtsgesellschaftskapitänsmütze"};
     for (unsigned seed = 0; seed < 60; ++seed) {
         std::mt19937 random(seed);
         const auto below = [&](unsigned count) { return random() % count; };

@@ -37,14 +37,15 @@ std::uint32_t architectureOf(const StoredModel& model) {
 } // namespace
 
 MoonshineModel::MoonshineModel(std::shared_ptr<const MoonshineLibrary> library,
-                               const StoredModel& stored, double passInterval)
+                               const StoredModel& stored, Use use)
     : library_(std::move(library)), name_(stored.name) {
     ModelStore::verify(stored);
-    const std::string interval = Text::shortest(passInterval);
+    const std::string interval = Text::shortest(use.passInterval);
     const std::vector<moonshine::Option> options{
         {"return_audio_data", "false"},
         {"transcription_interval", interval.c_str()},
-        {"word_timestamps", timesWords(stored) ? "true" : "false"}};
+        {"word_timestamps", timesWords(stored) ? "true" : "false"},
+        {"decode_incomplete_lines", use.decodesOpenLines ? "true" : "false"}};
     handle_ = library_->check(library_->calls().loadTranscriberFromFiles(
                                   stored.folder.c_str(), architectureOf(stored), options.data(),
                                   options.size(), moonshine::interfaceVersion),

@@ -15,11 +15,15 @@ inline constexpr int speechSampleRate = 16000;
 /// A model in memory, ready to recognise: the engine's "transcriber". One thread at a time.
 class MoonshineModel {
   public:
+    struct Use {
+        double passInterval; ///< seconds of sound below which the engine need not look again
+        bool decodesOpenLines = true;
+    };
+
     /// Checks the model's files and loads them. Throws ModelDamaged before anything is loaded, or
-    /// std::runtime_error with the engine's words. `passInterval`: seconds of sound below which the
-    /// engine need not look again.
+    /// std::runtime_error with the engine's words.
     MoonshineModel(std::shared_ptr<const MoonshineLibrary> library, const StoredModel& stored,
-                   double passInterval);
+                   Use use);
     ~MoonshineModel();
     MoonshineModel(const MoonshineModel&) = delete;
     MoonshineModel& operator=(const MoonshineModel&) = delete;

@@ -54,6 +54,8 @@ struct RecognitionPolicy {
     double mostUnheardSeconds = 60;
     /// Complete lines after which the engine's stream is made anew, so that its list stays short.
     std::size_t linesBeforeRestart = 300;
+    /// What the model for a recording is chosen by.
+    std::uint64_t memoryBytes = memoryBytesOfComputer();
 };
 
 /// How far the running session is behind, for those who can wait for it. Any thread.

@@ -1,5 +1,6 @@
 #include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
 
+#include "Tessarune/platform/speech-engine/MoonshineFileAnalyzer.h"
 #include "Tessarune/platform/speech-engine/MoonshineSpeechAnalyzer.h"
 
 #include <stdexcept>
@@ -15,8 +16,9 @@ SpeechEngine makeSpeechEngine(Host& host, ModelStore& store,
                               std::function<std::string()> modelChoice,
                               std::function<std::shared_ptr<const MoonshineLibrary>()> library,
                               RecognitionPolicy policy) {
-    auto models = std::make_shared<SpeechModels>(host, store, std::move(modelChoice),
-                                                 std::move(library), policy.passInterval / 2);
+    auto models =
+        std::make_shared<SpeechModels>(host, store, std::move(modelChoice), std::move(library),
+                                       policy.passInterval / 2, policy.memoryBytes);
     const Executor worker = Executor::queue(
         host, host.serialQueue("tessarune.speech-engine", QueuePriority::userInitiated));
 
@@ -35,6 +37,14 @@ SpeechEngine makeSpeechEngine(Host& host, ModelStore& store,
             throw std::logic_error("an analyzer works for a transcriber of its own engine");
         return std::make_shared<MoonshineSpeechAnalyzer>(host, worker, models, *ours,
                                                          ours->results(), policy, backlog);
+    };
+    const Executor fileWorker = Executor::queue(
+        host, host.serialQueue("tessarune.speech-engine.file", QueuePriority::utility));
+    const MoonshineFileAnalyzer::Policy filePolicy{policy.lowestHertz, policy.linesBeforeRestart};
+    engine.makeFileAnalyzer = [fileWorker, models, filePolicy](SpeechTranscriberOptions options,
+                                                               std::string model) {
+        return std::make_shared<MoonshineFileAnalyzer>(fileWorker, models, std::move(model),
+                                                       std::move(options), filePolicy);
     };
     return engine;
 }

@@ -4,6 +4,7 @@
 #include "TessaruneCore/text/Localization.h"
 
 #include <nlohmann/json.hpp>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
@@ -20,9 +21,21 @@ constexpr std::size_t passesThatTell = 50;
 /// After so long a slow model gets another trial: computers, drivers and programs change.
 constexpr double verdictSeconds = 30.0 * 24 * 3600;
 
+/// The part of the memory that a recording's model may have as files; loaded it takes some four
+/// times as much.
+constexpr std::uint64_t shareOfMemory = 12;
+
 constexpr const char* speedsName = "speeds.json";
 
 } // namespace
+
+std::uint64_t memoryBytesOfComputer() {
+    const long pages = sysconf(_SC_PHYS_PAGES);
+    const long pageSize = sysconf(_SC_PAGE_SIZE);
+    return pages > 0 && pageSize > 0
+               ? static_cast<std::uint64_t>(pages) * static_cast<std::uint64_t>(pageSize)
+               : 0;
+}
 
 const std::vector<OfferedSpeechModel>& SpeechModels::offered() {
     using moonshine::Architecture;
@@ -36,21 +49,24 @@ const std::vector<OfferedSpeechModel>& SpeechModels::offered() {
 
 SpeechModels::SpeechModels(Host& host, ModelStore& store, std::function<std::string()> choice,
                            std::function<std::shared_ptr<const MoonshineLibrary>()> library,
-                           double passInterval)
+                           double passInterval, std::uint64_t memoryBytes)
     : host_(host),
       store_(store),
       choice_(std::move(choice)),
       library_(std::move(library)),
-      passInterval_(passInterval) {}
+      passInterval_(passInterval),
+      memoryBytes_(memoryBytes) {}
+
+StoredModel SpeechModels::named(const std::string& name) const {
+    if (std::optional<StoredModel> model = store_.find(ModelKind::speech, name))
+        return std::move(*model);
+    throw std::runtime_error(localized("The speech model %@ is not on this computer.", {name}));
+}
 
 StoredModel SpeechModels::choose() const {
     const std::string choice = choice_ ? choice_() : std::string(automatic);
-    if (choice != automatic) {
-        if (std::optional<StoredModel> model = store_.find(ModelKind::speech, choice))
-            return std::move(*model);
-        throw std::runtime_error(
-            localized("The speech model %@ is not on this computer.", {choice}));
-    }
+    if (choice != automatic)
+        return named(choice);
     std::vector<StoredModel> here;
     for (const OfferedSpeechModel& offer : offered()) {
         std::optional<StoredModel> model = store_.find(ModelKind::speech, offer.name);
@@ -66,10 +82,33 @@ std::shared_ptr<MoonshineModel> SpeechModels::loaded() {
     const StoredModel stored = choose();
     std::shared_ptr<MoonshineModel>& model = loaded_[stored.folder.string()];
     if (!model) {
-        model = std::make_shared<MoonshineModel>(library_(), stored, passInterval_);
+        model = std::make_shared<MoonshineModel>(library_(), stored,
+                                                 MoonshineModel::Use{passInterval_});
         TessaruneLog::asr.notice([&] { return "speech model " + stored.name + " loaded"; });
     }
     return model;
+}
+
+StoredModel SpeechModels::chooseForFiles(const std::string& wanted) const {
+    if (wanted != automatic)
+        return named(wanted);
+    std::optional<StoredModel> best;
+    for (const OfferedSpeechModel& offer : offered()) {
+        std::optional<StoredModel> model = store_.find(ModelKind::speech, offer.name);
+        const bool fits = offer.bytes <= memoryBytes_ / shareOfMemory;
+        if (model && (!best || (fits && model->damage.empty())))
+            best = std::move(model);
+    }
+    if (!best)
+        throw std::runtime_error(localized("There is no speech model on this computer."));
+    return std::move(*best);
+}
+
+std::shared_ptr<MoonshineModel> SpeechModels::loadForFiles(const std::string& model) const {
+    const StoredModel stored = chooseForFiles(model);
+    TessaruneLog::asr.notice([&] { return "speech model " + stored.name + " for a recording"; });
+    return std::make_shared<MoonshineModel>(library_(), stored,
+                                            MoonshineModel::Use{passInterval_, false});
 }
 
 bool SpeechModels::isTooSlow(const std::string& model) const {

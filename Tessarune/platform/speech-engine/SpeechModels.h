@@ -20,9 +20,13 @@ struct OfferedSpeechModel {
     std::uint64_t bytes; ///< about, with the files for word times
 };
 
+/// The memory of this computer. Any thread.
+std::uint64_t memoryBytesOfComputer();
+
 /// Which speech models there are, which one to take, and those that are loaded.
 ///
-/// `choose` is for any thread; `loaded` and `observe` are confined to the engine's worker queue.
+/// `choose` and `loadForFiles` are for any thread; `loaded` and `observe` are confined to the
+/// engine's worker queue.
 class SpeechModels {
   public:
     /// What can be chosen instead of a model's name.
@@ -34,7 +38,7 @@ class SpeechModels {
 
     SpeechModels(Host& host, ModelStore& store, std::function<std::string()> choice,
                  std::function<std::shared_ptr<const MoonshineLibrary>()> library,
-                 double passInterval);
+                 double passInterval, std::uint64_t memoryBytes = memoryBytesOfComputer());
 
     /// The chosen model, or of those that are here the largest that has not been seen to be too
     /// slow on this computer lately. Throws std::runtime_error if there is none, ModelDamaged if
@@ -44,6 +48,11 @@ class SpeechModels {
     /// The chosen model in memory; loads it the first time and keeps it. Throws as `choose`, and
     /// what MoonshineModel throws.
     std::shared_ptr<MoonshineModel> loaded();
+
+    /// A model of its own for recordings, where time matters little: the named one, or
+    /// where `model` is "automatic" the largest that is here whole and that fits the memory of this
+    /// computer, the smallest in any case. Throws as `loaded`.
+    std::shared_ptr<MoonshineModel> loadForFiles(const std::string& model) const;
 
     /// Remembers for the next choice how many seconds of work a look at live sound costs here for
     /// each second of the line that is open, on average over so many looks.
@@ -55,6 +64,8 @@ class SpeechModels {
         double measuredAt; ///< wall clock
     };
 
+    StoredModel chooseForFiles(const std::string& wanted) const;
+    StoredModel named(const std::string& name) const;
     bool isTooSlow(const std::string& model) const;
     std::filesystem::path speedsFile() const;
     std::map<std::string, Speed> speeds() const;
@@ -64,6 +75,7 @@ class SpeechModels {
     std::function<std::string()> choice_;
     std::function<std::shared_ptr<const MoonshineLibrary>()> library_;
     double passInterval_;
+    std::uint64_t memoryBytes_;
     std::map<std::string, std::shared_ptr<MoonshineModel>> loaded_;
 };
 

@@ -12,7 +12,9 @@ namespace {
 constexpr double lookAgainSeconds = 0.01;
 
 /// `quit` would ask the window first, which is hidden and declines.
-void endEventLoop() {
+Task<void> endEventLoop(HistoryRefinementService& refinement) {
+    Task<void> ending = refinement.end();
+    co_await ending;
     QCoreApplication::exit(0);
 }
 
@@ -26,7 +28,7 @@ DesktopProgram::DesktopProgram(TerminationSignals& signals, SingleInstance& inst
       sound_(host_, request_.file,
              [this] { store().stopListening(LiveSessionControlTrigger::programmatic()); }),
       session_(application_, sound_.server(), ListeningSession::Options{nullptr, sound_.isFile()}),
-      lifecycle_(host_, application_.logger, store().weak_from_this(), endEventLoop),
+      lifecycle_(host_, application_.logger, store().weak_from_this(), [this] { leave(); }),
       desktop_(application_.files, TESSARUNE_APPLICATION_ID,
                QCoreApplication::applicationFilePath().toStdString()),
       loginItem_(host_, application_.settings, desktop_) {
@@ -129,7 +131,11 @@ void DesktopProgram::quit() {
     store().stopListening(LiveSessionControlTrigger::applicationShouldTerminate());
     if (lifecycle_.applicationShouldTerminate() ==
         TessaruneListeningLifecycleHandler::TerminateReply::now)
-        endEventLoop();
+        leave();
+}
+
+void DesktopProgram::leave() {
+    spawn(Executor::main(host_), endEventLoop(application_.refinement));
 }
 
 } // namespace tessarune

@@ -46,6 +46,7 @@ class DesktopProgram {
     void toggle(const LiveSessionControlTrigger& trigger);
     Task<void> connectAndStart(LiveSessionControlTrigger trigger);
     void quit();
+    void leave();
     LiveTranscriptStore& store() { return session_.store(); }
 
     // DesktopProgram+System.cpp: what the computer does around the program

@@ -24,15 +24,14 @@ class ExportTests : public ::testing::Test {
         fs::create_directories(data / "Transcripts");
         const fs::path sound = data / "Recordings/20260102-030405.wav";
         fs::copy_file(fs::path(TESSARUNE_SAMPLE_SPEECH) / "beckett.wav", sound);
-        write(data / "recordings.json",
-              Json::array({{{"id", id},
-                            {"startedAt", "2026-01-02T03:04:05Z"},
-                            {"endedAt", "2026-01-02T03:04:14Z"},
-                            {"filePath", sound.string()},
-                            {"duration", 9.0},
-                            {"byteCount", fs::file_size(sound)},
-                            {"note", "Notes <1/2>"}}})
-                  .dump());
+        write(data / "recordings.json", Json::array({{{"id", id},
+                                                      {"startedAt", "2026-01-02T03:04:05Z"},
+                                                      {"endedAt", "2026-01-02T03:04:14Z"},
+                                                      {"filePath", sound.string()},
+                                                      {"duration", 9.0},
+                                                      {"byteCount", fs::file_size(sound)},
+                                                      {"note", "Notes <1/2>"}}})
+                                            .dump());
         Json sentences = Json::array();
         std::string source;
         std::string bilingual;
@@ -48,11 +47,10 @@ class ExportTests : public ::testing::Test {
         const fs::path sidecar = data / "Transcripts" / id;
         write(sidecar.string() + ".txt", source);
         write(sidecar.string() + ".bilingual.txt", bilingual);
-        write(sidecar.string() + ".words.json",
-              Json{{"recognitionOptionID", "apple-en"},
-                   {"timingKind", "audioWord"},
-                   {"sentences", sentences}}
-                  .dump());
+        write(sidecar.string() + ".words.json", Json{{"recognitionOptionID", "apple-en"},
+                                                     {"timingKind", "audioWord"},
+                                                     {"sentences", sentences}}
+                                                    .dump());
     }
 
     static void write(const fs::path& path, const std::string& text) {
@@ -80,7 +78,8 @@ class ExportTests : public ::testing::Test {
         {"Office staff <b>find</b> efficient flights.", "大小人口手，金木水火土，见风长门龙。"},
         {"A lovely day.", "今日は良い天気ですね。東京タワー"},
         {"In Arabic, it has letters.", "هذا نص عربي"},
-        {"Thumbs 👍🏽 family 👩‍👩‍👧 flag 🇧🇷 heart ❤️ end.", "笑 😀 완 𠮷野家"}};
+        {"Thumbs 👍🏽 family 👩‍👩‍👧 flag 🇧🇷 heart ❤️ end.",
+         "笑 😀 완 𠮷野家"}};
 };
 
 /// Radicals look like Chinese characters, presentation forms like Arabic letters, and emoji can be
@@ -96,10 +95,9 @@ TEST_F(ExportTests, TextSelectedInAPDFIsWhatWasWritten) {
 
 TEST_F(ExportTests, OtherProgramsReadEveryFormat) {
     for (const char* name : {"a.srt", "a.vtt", "a.m4a"}) {
-        const ProgramRun probe =
-            tool("/usr/bin/env", {"ffprobe", "-v", "error", "-show_entries",
-                                  "stream=codec_type:format=duration", "-of", "json",
-                                  exported(name)});
+        const ProgramRun probe = tool("/usr/bin/env", {"ffprobe", "-v", "error", "-show_entries",
+                                                       "stream=codec_type:format=duration", "-of",
+                                                       "json", exported(name)});
         ASSERT_EQ(probe.status, 0) << name << probe.error;
         const Json found = Json::parse(probe.output);
         const bool isSound = std::string_view(name) == "a.m4a";

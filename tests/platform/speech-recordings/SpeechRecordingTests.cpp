@@ -109,7 +109,8 @@ std::string batchText(const AudioBuffer& recording) {
     PosixFileSystem disk;
     const ModelStore store(disk, "/nonexistent", ProgramPlaces::modelFolders());
     MoonshineModel model(MoonshineLibrary::shared(),
-                         store.find(ModelKind::speech, SpeechModels::smallest).value(), 0.1);
+                         store.find(ModelKind::speech, SpeechModels::smallest).value(),
+                         MoonshineModel::Use{0.1});
     const moonshine::Transcript& transcript = model.transcribe(recording.samples, speechSampleRate);
     std::string text;
     for (std::size_t i = 0; i < transcript.lineCount; ++i)

@@ -1,0 +1,37 @@
+#pragma once
+
+#include "Terminal/DownloadProgress.h"
+#include "Terminal/TerminalOptions.h"
+
+#include <nlohmann/json.hpp>
+
+#include <functional>
+#include <string>
+
+namespace tessarune {
+
+/// Says how far a piece of work is: on a terminal in one line that is rewritten, in a log a line
+/// for every ten per cent, or as JSON for each per cent. Main queue.
+class WorkProgress {
+  public:
+    /// `json`: the fields of each line beside the per cent.
+    WorkProgress(const TerminalOptions& options, nlohmann::ordered_json json);
+    ~WorkProgress() { endLine(); }
+    WorkProgress(const WorkProgress&) = delete;
+
+    /// `doing` is what goes on, as a sentence about to be continued: "Transcribing".
+    void tell(const std::string& doing, const std::string& step, double fraction);
+    /// Takes the line away that may stand there.
+    void endLine();
+
+  private:
+    const bool isJSON_;
+    const bool isQuiet_;
+    const bool isSeen_; ///< by somebody at a terminal
+    const nlohmann::ordered_json json_;
+    DownloadPercent percent_;
+    std::string step_;
+    std::string shown_;
+};
+
+} // namespace tessarune

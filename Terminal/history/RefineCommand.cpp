@@ -1,0 +1,205 @@
+#include "Terminal/history/RefineCommand.h"
+
+#include "Terminal/CommandOutput.h"
+#include "Terminal/SignalWatch.h"
+#include "Terminal/TranslationChoice.h"
+#include "Terminal/WorkProgress.h"
+#include "Terminal/history/RecordingChoice.h"
+#include "Tessarune/refinement/SpeechAnalyzerFileTranscriber.h"
+#include "TessaruneCore/recognition/ModelCatalog.h"
+#include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
+
+#include <nlohmann/json.hpp>
+
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+using Step = HistoryRefinementService::Progress::Step;
+using RefinementStatus = HistoryRefinementOutcome::Status;
+using RefinementTranslation = HistoryRefinementOutcome::Translation;
+
+std::string doingText(const HistoryRefinementService::Progress& progress) {
+    return progress.step == Step::translating ? localized("Translating")
+                                              : localized("Transcribing");
+}
+
+std::string stepName(const HistoryRefinementService::Progress& progress) {
+    return progress.step == Step::translating ? "translating" : "transcribing";
+}
+
+std::string nameOf(RefinementStatus status) {
+    switch (status) {
+    case RefinementStatus::finished:
+        return "finished";
+    case RefinementStatus::deleted:
+        return "deleted";
+    case RefinementStatus::cancelled:
+        return "cancelled";
+    case RefinementStatus::failed:
+        break;
+    }
+    return "failed";
+}
+
+std::string nameOf(RefinementTranslation translation) {
+    switch (translation) {
+    case RefinementTranslation::none:
+        break;
+    case RefinementTranslation::saved:
+        return "saved";
+    case RefinementTranslation::cancelled:
+        return "cancelled";
+    case RefinementTranslation::failed:
+        return "failed";
+    }
+    return "none";
+}
+
+void printOutcome(const UUID& id, const HistoryRefinementOutcome& outcome) {
+    nlohmann::ordered_json object = {{"type", "refined"},
+                                     {"id", id.text()},
+                                     {"status", nameOf(outcome.status)},
+                                     {"model", outcome.model},
+                                     {"sentences", outcome.sentences},
+                                     {"kept", outcome.keptOfFormer},
+                                     {"translation", nameOf(outcome.translation)}};
+    const std::string problem =
+        outcome.problem.empty() ? outcome.translationProblem : outcome.problem;
+    if (!problem.empty())
+        object["problem"] = problem;
+    printJSON(object);
+}
+
+void tellOutcome(const TerminalOptions& options, const UUID& id,
+                 const HistoryRefinementOutcome& outcome) {
+    const std::string shortID = id.text().substr(0, 8);
+    switch (outcome.status) {
+    case RefinementStatus::failed:
+        printProblem(localized("The transcript stays as it was: %@", {outcome.problem}));
+        return;
+    case RefinementStatus::deleted:
+        printProblem(localized("The recording was deleted."));
+        return;
+    case RefinementStatus::cancelled:
+        printNotice(localized("The transcript stays as it was."));
+        return;
+    case RefinementStatus::finished:
+        break;
+    }
+    if (!outcome.brokenOff.empty())
+        printNotice(localized("The sound breaks off: %@", {outcome.brokenOff}));
+    if (outcome.translation == RefinementTranslation::failed)
+        printProblem(
+            localized("The translation stays as it was: %@", {outcome.translationProblem}));
+    if (!options.quiet)
+        printNotice(localized("Transcribed again with %@: --show %@", {outcome.model, shortID}));
+}
+
+} // namespace
+
+ExitStatus statusOf(const HistoryRefinementOutcome& outcome) {
+    if (outcome.status == RefinementStatus::cancelled ||
+        outcome.translation == RefinementTranslation::cancelled)
+        return ExitStatus::stoppedTwice;
+    if (outcome.status == RefinementStatus::deleted)
+        return ExitStatus::noSuchRecording;
+    if (outcome.translation == RefinementTranslation::failed)
+        return ExitStatus::noModel;
+    if (!outcome.failure)
+        return ExitStatus::ok;
+    try {
+        std::rethrow_exception(outcome.failure);
+    } catch (const MediaFileError&) {
+        return ExitStatus::unreadableFile;
+    } catch (const SpeechAnalyzerFileTranscriberError&) {
+        return ExitStatus::unreadableFile;
+    } catch (const HistoryRefinementPersistenceError&) {
+        return ExitStatus::cannotWrite;
+    } catch (const std::exception&) {
+        return ExitStatus::noModel;
+    }
+}
+
+Task<HistoryRefinementOutcome> refineWithProgress(Program& program, TerminalOptions options,
+                                                  HistoryRefinementRequest request,
+                                                  std::string model, std::stop_token stop) {
+    const UUID id = request.recordingID;
+    WorkProgress progress(options, {{"type", "refinement"}, {"id", id.text()}});
+    const auto token = program.refinement.jobs().onDidChange([&](const auto& jobs) {
+        const auto job = jobs.find(id);
+        if (job != jobs.end() && job->second.step != Step::waiting)
+            progress.tell(doingText(job->second), stepName(job->second), job->second.fraction);
+    });
+    Task<HistoryRefinementOutcome> refining =
+        program.refinement.refine(std::move(request), std::move(model), stop);
+    const HistoryRefinementOutcome outcome = co_await refining;
+    program.refinement.jobs().remove(token);
+    co_return outcome;
+}
+
+HistoryRefinementRequest refinementRequest(const Program& program, const UUID& id,
+                                           const std::string& audioPath) {
+    const AppSettings& settings = program.settings;
+    const auto option = ModelCatalog::recognitionOption(*settings.selectedRecognitionOptionID);
+    HistoryRefinementRequest request;
+    request.recordingID = id;
+    request.audioPath = audioPath;
+    request.recognitionOptionID = option ? option->id : "";
+    request.localeIdentifier = option ? option->localeIdentifier : "";
+    request.translationBackend = *settings.translationBackend;
+    request.translationTargetLanguage = *settings.translationTargetLanguage;
+    const LiveTranslationSettingsSnapshot wanted =
+        LiveTranslationSettingsSnapshot::current(settings);
+    if (!TranslationSupport::isAppleBackend(wanted.translationBackend))
+        return request;
+    const TranslationChoice choice = chooseTranslation(wanted, wanted.translationTargetLanguage,
+                                                       program.translationModels.list());
+    if (choice.failure.empty())
+        return request;
+    printNotice(localized("The transcript is not translated.") + " " + choice.failure);
+    request.translationBackend = TranslationSupport::disabledBackendName;
+    return request;
+}
+
+Task<void> refineAfterSession(Program& program, const TerminalOptions& options,
+                              HistoryRefinementRequest request) {
+    printNotice(localized("The transcript is being improved; Ctrl-C leaves it as it is."));
+    const UUID id = request.recordingID;
+    std::stop_source stop;
+    SignalWatch signals(program.host, [&stop] { stop.request_stop(); });
+    Task<HistoryRefinementOutcome> refining =
+        refineWithProgress(program, options, std::move(request),
+                           HistoryRefinementService::bestModel, stop.get_token());
+    const HistoryRefinementOutcome outcome = co_await refining;
+    tellOutcome(options, id, outcome);
+}
+
+Task<int> refineRecording(Program& program, const TerminalOptions& options, RefineCommand command) {
+    const auto chosen = chosenRecording(program, command.id);
+    if (const int* status = std::get_if<int>(&chosen))
+        co_return *status;
+    const HistoryItem item = std::get<HistoryItem>(chosen);
+    if (const auto problem = problemOfDataFolder(program))
+        co_return static_cast<int>(*problem);
+    program.prepare();
+    HistoryRefinementRequest request =
+        refinementRequest(program, item.id, item.filePath.value_or(""));
+    std::stop_source stop;
+    SignalWatch signals(program.host, [&stop] { stop.request_stop(); });
+    const std::string model =
+        command.model.empty() ? HistoryRefinementService::bestModel : command.model;
+    Task<HistoryRefinementOutcome> refining =
+        refineWithProgress(program, options, std::move(request), model, stop.get_token());
+    const HistoryRefinementOutcome outcome = co_await refining;
+    if (options.json)
+        printOutcome(item.id, outcome);
+    else
+        tellOutcome(options, item.id, outcome);
+    co_return static_cast<int>(statusOf(outcome));
+}
+
+} // namespace tessarune

@@ -1,0 +1,41 @@
+#pragma once
+
+#include "Tessarune/platform/speech-engine/SpeechModels.h"
+#include "Tessarune/speech/SpeechFileAnalyzer.h"
+
+#include <memory>
+
+namespace tessarune {
+
+/// A whole recording on its way through a model of its own, which is loaded for it and freed with
+/// it: one that decodes only lines that are complete, since nobody watches the others grow.
+///
+/// The engine takes times from where in the sound it finds speech, so that they are exact.
+class MoonshineFileAnalyzer final : public SpeechFileAnalyzer {
+  public:
+    struct Policy {
+        double lowestHertz; ///< what is below is kept from the engine; 0: it hears everything
+        /// Complete lines after which the engine's stream is made anew, so that its list stays
+        /// short.
+        std::size_t linesBeforeRestart;
+    };
+
+    /// `model`: "automatic" for the best one, or a name. `worker` should be of utility priority;
+    /// the engine's own threads take over its niceness when the model is loaded.
+    MoonshineFileAnalyzer(Executor worker, std::shared_ptr<SpeechModels> models, std::string model,
+                          SpeechTranscriberOptions options, Policy policy);
+    ~MoonshineFileAnalyzer() override;
+
+    AudioFormat audioFormat() const override { return {speechSampleRate, 1}; }
+    double mostLateness() const override { return 0; }
+    Task<std::string> prepare() override;
+    Task<std::vector<SpeechResult>> analyze(AudioBufferPtr block, std::stop_token stop) override;
+    Task<std::vector<SpeechResult>> finish() override;
+
+  private:
+    class Recognition;
+    Executor worker_;
+    std::shared_ptr<Recognition> recognition_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Tessarune/refinement/SpeechAnalyzerFileRecords.h"
+#include "Tessarune/refinement/SpeechAnalyzerFileTranscriptionResult.h"
+#include "Tessarune/speech/SpeechTranscriber.h"
+#include "TessaruneCore/host/Host.h"
+
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// Makes sentences of the results of a recording, one result after the other. One thread.
+class FileSegmentCollector {
+  public:
+    using Segment = SpeechAnalyzerFileTranscriptionResult::Segment;
+
+    /// `host` for the times of the records; it must outlive the collector.
+    FileSegmentCollector(Host& host, SpeechTranscriberOptions options,
+                         SpeechAnalyzerFileTranscriberDiagnostics diagnostics);
+
+    void add(const SpeechResult& result);
+
+    struct Collected {
+        std::vector<Segment> segments;
+        bool usedVolatileFallback = false; ///< there was no final result at all
+    };
+    /// All of them, a sentence that was reported again left out.
+    Collected collected() const;
+
+  private:
+    std::vector<Segment> split(const SpeechResult& result, const std::string& text) const;
+
+    Host& host_;
+    const SpeechTranscriberOptions options_;
+    const SpeechAnalyzerFileTranscriberDiagnostics diagnostics_;
+    std::int64_t sequence_ = 0;
+    std::vector<Segment> final_;
+    std::vector<Segment> volatile_; ///< of the latest volatile result
+};
+
+/// A sentence without what recognisers change when they report it again: case and punctuation.
+std::string normalizedSegmentKey(std::string_view text);
+
+} // namespace tessarune

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "Tessarune/audio/AudioBuffer.h"
+
+#include <cstddef>
+#include <optional>
+
+namespace tessarune {
+
+/// Finds when a recording is first loud, from its sound as it is read: the start of the first block
+/// of a twentieth of a second whose root mean square over all channels reaches the threshold. One
+/// thread.
+class FirstAudioOnset {
+  public:
+    /// `maxScanSeconds`: whatever comes later is not looked at.
+    explicit FirstAudioOnset(AudioFormat format, float rmsThreshold = 0.012F,
+                             double maxScanSeconds = 30);
+
+    /// The sound that follows.
+    void hear(const AudioBuffer& sound);
+    /// There is no more sound: a block that is not whole counts too.
+    void finish();
+
+    /// 0 for a recording that is never so loud.
+    double seconds() const { return onset_.value_or(0); }
+
+  private:
+    void endBlock();
+
+    const AudioFormat format_;
+    const float threshold_;
+    const std::size_t blockFrames_;
+    const std::size_t mostFrames_;
+    std::size_t heardFrames_ = 0; ///< in whole blocks
+    std::size_t openFrames_ = 0;
+    double openSquares_ = 0;
+    std::optional<double> onset_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Tessarune/history/HistoryWordTimeline.h"
+#include "Tessarune/history/RecordingCatalog.h"
+#include "Tessarune/refinement/SpeechAnalyzerFileTranscriptionResult.h"
+#include "Tessarune/shell/FileSystem.h"
+
+#include <optional>
+#include <string>
+
+namespace tessarune {
+
+/// The transcript that a refinement is to replace, and what of it must not be lost. A plain value.
+struct FormerTranscript {
+    std::string sourceText;
+    std::optional<HistoryWordTimeline> timeline;
+    /// How much sound the recording has by what its recorder wrote down; nothing of files from
+    /// elsewhere, whose containers only estimate it.
+    std::optional<double> recordedSeconds;
+
+    /// As it stands on the disk; what cannot be read is missing in it. Any thread.
+    static FormerTranscript of(const RecordingMetadata& recording, const RecordingCatalog& catalog,
+                               FileSystem& files);
+
+    /// Whether all sound of this transcript is within what was heard of the recording; a transcript
+    /// without text has none.
+    bool wasHeard(double heardSeconds) const;
+
+    /// `refined`, and of this transcript each sentence in whose stretch of sound `refined` has
+    /// nothing, with times that are pulled back. A sentence that `refined` has a little earlier or
+    /// later is not repeated.
+    SpeechAnalyzerFileTranscriptionResult
+    keptIn(const SpeechAnalyzerFileTranscriptionResult& refined) const;
+};
+
+} // namespace tessarune

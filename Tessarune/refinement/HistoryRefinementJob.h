@@ -1,0 +1,45 @@
+#pragma once
+
+#include "Tessarune/refinement/HistoryRefinementService.h"
+#include "TessaruneCore/host/OneShot.h"
+
+#include <exception>
+#include <memory>
+#include <stop_token>
+#include <string>
+#include <utility>
+
+namespace tessarune {
+
+/// The recording was deleted while it was worked on.
+struct RecordingDeleted : std::exception {};
+
+/// One request on its way through the service. Main queue.
+struct HistoryRefinementService::Job {
+    using Observer = HistoryRefinementObserver;
+
+    Job(Host& host, HistoryRefinementRequest itsRequest, std::string itsModel)
+        : request(std::move(itsRequest)), model(std::move(itsModel)), done(Executor::main(host)) {}
+
+    HistoryRefinementRequest request;
+    std::string model;
+    std::stop_source stop; ///< asked by the user or by the end of the program
+    OneShot<HistoryRefinementOutcome> done;
+
+    double startedAt = 0;
+    std::shared_ptr<Observer> observer;
+    SpeechAnalyzerFileTranscriptionResult result;
+    HistoryRefinementOutcome outcome;
+
+    LogFields recording() const { return {{"recordingID", request.recordingID.text()}}; }
+    /// A moment of the job, for its diagnostics.
+    void note(const std::string& name, const LogFields& fields,
+              std::optional<Observer::Status> status = {}) const {
+        const auto phase =
+            status ? Observer::Lifecycle::Phase::finish : Observer::Lifecycle::Phase::instant;
+        if (observer)
+            observer->lifecycle({name, phase, fields, status, std::nullopt});
+    }
+};
+
+} // namespace tessarune

@@ -1,0 +1,305 @@
+#include "Tessarune/refinement/HistoryRefinementService.h"
+
+#include "Tessarune/refinement/HistoryRefinementJob.h"
+#include "TessaruneCore/LocalizedError.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/host/CancellationError.h"
+#include "TessaruneCore/host/RunOn.h"
+#include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+using Observer = HistoryRefinementObserver;
+using Outcome = HistoryRefinementOutcome;
+using SaveOutcome = RecordingTranscriptSaveOutcome;
+
+/// How often a paused job looks whether it may go on.
+constexpr double pauseLookSeconds = 0.5;
+constexpr double endLookSeconds = 0.02;
+/// A recogniser that hangs does not hold up the end of the program.
+constexpr double longestEndSeconds = 5;
+constexpr const char* span = "history.refine";
+
+std::int64_t milliseconds(double seconds) {
+    return std::llround(seconds * 1000);
+}
+
+Observer::Status statusOf(const Outcome& outcome) {
+    switch (outcome.status) {
+    case Outcome::Status::finished:
+        return Observer::Status::finished;
+    case Outcome::Status::deleted:
+    case Outcome::Status::cancelled:
+        return Observer::Status::skipped;
+    case Outcome::Status::failed:
+        break;
+    }
+    return Observer::Status::failed;
+}
+
+} // namespace
+
+HistoryRefinementPersistenceError::HistoryRefinementPersistenceError(const UUID& recording)
+    : std::runtime_error("Failed to persist refined transcript sidecars for recording " +
+                         recording.text()) {}
+
+HistoryRefinementService::HistoryRefinementService(Environment environment)
+    : environment_(std::move(environment)),
+      queue_(environment_.host.serialQueue("Tessarune.HistoryRefinement", QueuePriority::utility)),
+      worker_(Executor::queue(environment_.host, queue_)) {}
+
+HistoryRefinementService::~HistoryRefinementService() {
+    cancelAll();
+    queue_->sync([] {});
+}
+
+void HistoryRefinementService::cancelAll() {
+    isEnding_ = true;
+    waiting_.clear();
+    if (running_)
+        running_->stop.request_stop();
+}
+
+Task<void> HistoryRefinementService::end() {
+    cancelAll();
+    const double deadline = environment_.host.now() + longestEndSeconds;
+    while (running_ && environment_.host.now() < deadline)
+        co_await sleep(Executor::main(environment_.host), endLookSeconds);
+}
+
+void HistoryRefinementService::schedule(const std::optional<HistoryRefinementRequest>& request) {
+    if (!request || isEnding_)
+        return;
+    environment_.logger.event("history.refine.schedule",
+                              {{"recordingID", request->recordingID.text()},
+                               {"optionID", request->recognitionOptionID},
+                               {"locale", request->localeIdentifier}});
+    const auto earlier = std::ranges::find_if(waiting_, [&](const JobPtr& job) {
+        return job->request.recordingID == request->recordingID;
+    });
+    if (earlier != waiting_.end()) {
+        (*earlier)->request = *request;
+        return;
+    }
+    enqueue(std::make_shared<Job>(environment_.host, *request, bestModel));
+}
+
+Task<Outcome> HistoryRefinementService::refine(HistoryRefinementRequest request, std::string model,
+                                               std::stop_token stop) {
+    const JobPtr job =
+        std::make_shared<Job>(environment_.host, std::move(request), std::move(model));
+    const std::stop_callback cancel(stop, [&job] { job->stop.request_stop(); });
+    enqueue(job);
+    co_return co_await job->done;
+}
+
+void HistoryRefinementService::enqueue(JobPtr job) {
+    setProgress(*job, {Progress::Step::waiting, 0, isPaused_});
+    waiting_.push_back(std::move(job));
+    if (!running_)
+        beginNext();
+}
+
+void HistoryRefinementService::beginNext() {
+    if (waiting_.empty()) {
+        engine_.reset(); // with what it holds of models
+        translator_.reset();
+        return;
+    }
+    running_ = std::move(waiting_.front());
+    waiting_.pop_front();
+    spawn(Executor::main(environment_.host), work(running_));
+}
+
+Task<void> HistoryRefinementService::work(JobPtr job) {
+    Task<void> running = run(job);
+    co_await running;
+    running_.reset();
+    const bool waitsAgain = std::ranges::any_of(waiting_, [&](const JobPtr& other) {
+        return other->request.recordingID == job->request.recordingID;
+    });
+    if (!waitsAgain)
+        jobs_.mutate([&](Jobs& jobs) { jobs.erase(job->request.recordingID); });
+    environment_.returnMemory();
+    job->done.resume(job->outcome);
+    beginNext();
+}
+
+Task<void> HistoryRefinementService::run(JobPtr job) {
+    const HistoryRefinementRequest& request = job->request;
+    job->startedAt = environment_.host.now();
+    if (environment_.observe)
+        job->observer = environment_.observe(request);
+    if (job->observer) {
+        LogFields fields = job->recording();
+        fields.add("audioPath", request.audioPath)
+            .add("optionID", request.recognitionOptionID)
+            .add("locale", request.localeIdentifier)
+            .add("translationBackend", request.translationBackend)
+            .add("translationTargetLanguage", request.translationTargetLanguage);
+        job->observer->lifecycle({span, Observer::Lifecycle::Phase::start, fields, {}, {}});
+    }
+    std::exception_ptr failure;
+    try {
+        Task<void> refining = refineSource(job);
+        co_await refining;
+    } catch (const RecordingDeleted&) {
+        job->outcome.status = Outcome::Status::deleted;
+        LogFields fields{{"reason", "recordingDeleted"}};
+        job->note("history.refine.source.skipped", fields.add(job->recording()));
+    } catch (const CancellationError&) {
+        job->outcome.status = Outcome::Status::cancelled;
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    const double elapsed = environment_.host.now() - job->startedAt;
+    if (failure) {
+        job->outcome.status = Outcome::Status::failed;
+        job->outcome.failure = failure;
+        job->outcome.problem = localizedDescription(failure);
+        LogFields fields{{"error", job->outcome.problem}, {"elapsedMS", milliseconds(elapsed)}};
+        fields.add(job->recording())
+            .add("optionID", request.recognitionOptionID)
+            .add("locale", request.localeIdentifier);
+        environment_.logger.event("history.refine.failed", fields);
+        job->note("history.refine.failed", fields);
+    }
+    if (job->observer) {
+        const Observer::Status status = statusOf(job->outcome);
+        job->observer->lifecycle({span, Observer::Lifecycle::Phase::finish, {}, status, elapsed});
+        job->observer->close(status);
+    }
+}
+
+/// The text, saved before anything is translated, so that the better one shows at once.
+Task<void> HistoryRefinementService::refineSource(JobPtr job) {
+    const HistoryRefinementRequest& request = job->request;
+    if (!engine_)
+        engine_ = environment_.engine();
+    SpeechAnalyzerFileTranscriber transcriber({environment_.host, worker_, *engine_,
+                                               environment_.openMedia, environment_.makeConverter,
+                                               environment_.logger});
+    SpeechAnalyzerFileTranscriber::Control control;
+    control.model = job->model;
+    control.stop = job->stop.get_token();
+    control.beforeBlock = [this, job] { return mayContinue(job); };
+    control.progress = [this, job](double heard, std::optional<double> duration) {
+        setStep(*job, Progress::Step::transcribing,
+                duration && *duration > 0 ? std::min(heard / *duration, 1.0) : 0.0);
+    };
+    SpeechAnalyzerFileTranscriberDiagnostics diagnostics;
+    if (job->observer) {
+        const std::weak_ptr<Observer> weak = job->observer;
+        diagnostics.onResult = [weak](const auto& summary) {
+            if (const auto observer = weak.lock())
+                observer->appleResult(summary);
+        };
+        diagnostics.onSplit = [weak](const auto& observation) {
+            if (const auto observer = weak.lock())
+                observer->splitCandidate(observation);
+        };
+    }
+    setStep(*job, Progress::Step::transcribing, 0);
+    Task<SpeechAnalyzerFileTranscriber::Transcription> transcribing = transcriber.transcribe(
+        audioPathOf(*job), request.localeIdentifier, std::move(control), std::move(diagnostics));
+    const SpeechAnalyzerFileTranscriber::Transcription transcription = co_await transcribing;
+
+    SaveOutcome saved = SaveOutcome::skippedDeleted;
+    std::string timelineKind;
+    std::string unheard;
+    const std::size_t recognised = transcription.result.segments.size();
+    RecordingCatalog& catalog = environment_.catalog;
+    co_await runOn(worker_, [&] {
+        const auto recording = catalog.recording(request.recordingID);
+        const FormerTranscript former =
+            recording ? FormerTranscript::of(*recording, catalog, environment_.files)
+                      : FormerTranscript();
+        if (!former.wasHeard(transcription.heardSeconds)) {
+            unheard = transcription.brokenOff.empty() ? localized("the file is too short")
+                                                      : transcription.brokenOff;
+            return;
+        }
+        job->result = former.keptIn(transcription.result);
+        const auto timeline = job->result.wordTimeline(request.recognitionOptionID);
+        timelineKind = timeline ? timeline->timingKind : std::string();
+        saved = catalog.saveRefinedSourceTranscript(job->result.sourceText(), timeline,
+                                                    request.recordingID);
+    });
+    if (!unheard.empty())
+        throw MediaFileError(
+            MediaFileError::Kind::damaged,
+            localized("The sound of the transcript is not all there any more: %@", {unheard}));
+    if (saved == SaveOutcome::skippedDeleted)
+        throw RecordingDeleted();
+    if (saved != SaveOutcome::saved)
+        throw HistoryRefinementPersistenceError(request.recordingID);
+
+    Outcome& outcome = job->outcome;
+    outcome.status = Outcome::Status::finished;
+    outcome.model = transcription.model;
+    outcome.sentences = std::ssize(job->result.segments);
+    outcome.keptOfFormer = outcome.sentences - static_cast<std::int64_t>(recognised);
+    outcome.heardSeconds = transcription.heardSeconds;
+    outcome.brokenOff = transcription.brokenOff;
+    LogFields fields = job->recording();
+    fields.add("segments", outcome.sentences)
+        .add("elapsedMS", milliseconds(environment_.host.now() - job->startedAt))
+        .add("timelineKind", timelineKind)
+        .add("model", outcome.model)
+        .add("keptOfFormer", outcome.keptOfFormer);
+    environment_.logger.event("history.refine.source.done", fields);
+    if (job->observer) {
+        for (std::size_t i = 0; i < job->result.segments.size(); ++i)
+            job->observer->finalSegment(static_cast<std::int64_t>(i), job->result.segments[i]);
+        job->observer->sourceSaved(outcome.sentences, timelineKind);
+    }
+    Task<void> translating = translateAndSaveIfPossible(job);
+    co_await translating;
+}
+
+/// Waits while a session listens. Throws what ends the job.
+Task<void> HistoryRefinementService::mayContinue(JobPtr job) {
+    const std::stop_token stop = job->stop.get_token();
+    while (isPaused_ && !stop.stop_requested())
+        co_await sleep(Executor::main(environment_.host), pauseLookSeconds, stop);
+    if (stop.stop_requested())
+        throw CancellationError();
+    if (environment_.catalog.wasDeleted(job->request.recordingID))
+        throw RecordingDeleted();
+}
+
+/// The compressor may have given the recording another file since the request was made.
+std::string HistoryRefinementService::audioPathOf(const Job& job) const {
+    const auto recording = environment_.catalog.recording(job.request.recordingID);
+    return recording ? recording->filePath : job.request.audioPath;
+}
+
+void HistoryRefinementService::setPaused(bool isPaused) {
+    if (isPaused_ == isPaused)
+        return;
+    isPaused_ = isPaused;
+    if (jobs_->empty())
+        return;
+    jobs_.mutate([&](Jobs& jobs) {
+        for (auto& [id, progress] : jobs)
+            progress.isPaused = isPaused;
+    });
+}
+
+void HistoryRefinementService::setStep(const Job& job, Progress::Step step, double fraction) {
+    setProgress(job, {step, fraction, isPaused_});
+}
+
+void HistoryRefinementService::setProgress(const Job& job, Progress progress) {
+    jobs_.mutate([&](Jobs& jobs) { jobs[job.request.recordingID] = progress; });
+}
+
+} // namespace tessarune

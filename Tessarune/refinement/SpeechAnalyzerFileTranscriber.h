@@ -1,0 +1,77 @@
+#pragma once
+
+#include "Tessarune/audio/AudioConverter.h"
+#include "Tessarune/audio/MediaFile.h"
+#include "Tessarune/refinement/SpeechAnalyzerFileRecords.h"
+#include "Tessarune/refinement/SpeechAnalyzerFileTranscriptionResult.h"
+#include "Tessarune/shell/TessaruneFileLogger.h"
+#include "Tessarune/speech/SpeechAnalyzer.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/host/Task.h"
+
+#include <functional>
+#include <optional>
+#include <stdexcept>
+#include <stop_token>
+#include <string>
+
+namespace tessarune {
+
+/// Why a file was not transcribed, where nothing else failed.
+class SpeechAnalyzerFileTranscriberError : public std::runtime_error {
+  public:
+    enum class Kind {
+        emptyResult, ///< nothing was understood in it
+        noFileMode   ///< the recogniser takes no files
+    };
+    explicit SpeechAnalyzerFileTranscriberError(Kind kind);
+    Kind kind() const { return kind_; }
+
+  private:
+    Kind kind_;
+};
+
+/// Transcribes a file with the recogniser in file mode, in blocks, so that memory does not grow
+/// with the file. Reading and decoding happen on `reader`, the recogniser's work on a queue of its
+/// own. Main queue; all references must outlive the transcriptions.
+class SpeechAnalyzerFileTranscriber {
+  public:
+    /// Sound that is read and recognised at once.
+    static constexpr double blockSeconds = 30;
+
+    struct Environment {
+        Host& host;
+        Executor reader;
+        SpeechEngine engine;
+        OpenMediaFile openMedia;
+        MakeAudioConverter makeConverter;
+        TessaruneFileLogger& logger;
+    };
+    struct Control {
+        std::string model; ///< "automatic", or the name of one
+        /// Awaited before each block: may wait, and ends the transcription with what it throws.
+        std::function<Task<void>()> beforeBlock;
+        /// How much of the file was heard, and how long it says it is.
+        std::function<void(double heardSeconds, std::optional<double> duration)> progress;
+        std::stop_token stop;
+    };
+    struct Transcription {
+        SpeechAnalyzerFileTranscriptionResult result;
+        std::string model;       ///< that did it
+        double heardSeconds = 0; ///< of sound, in the file's own time
+        std::string brokenOff;   ///< why the file could not be read to its end; empty if it could
+    };
+
+    explicit SpeechAnalyzerFileTranscriber(Environment environment);
+
+    /// Throws MediaFileError for a file that cannot be opened, SpeechAnalyzerFileTranscriberError,
+    /// CancellationError, and what the recogniser throws.
+    Task<Transcription> transcribe(std::string audioPath, std::string localeIdentifier,
+                                   Control control,
+                                   SpeechAnalyzerFileTranscriberDiagnostics diagnostics = {});
+
+  private:
+    const Environment environment_;
+};
+
+} // namespace tessarune

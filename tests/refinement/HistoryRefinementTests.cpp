@@ -1,0 +1,237 @@
+#include "tests/refinement/RefinedRecording.h"
+
+#include <gtest/gtest.h>
+
+using namespace tessarune;
+using namespace tessarune::testing;
+using simulation::spoken;
+using Status = HistoryRefinementOutcome::Status;
+
+namespace {
+
+const std::string formerText = "Old words.";
+const std::string refinedText = "New words.\nAnd more.";
+
+} // namespace
+
+TEST(HistoryRefinementTests, TheTextComesFirstAndThenItsTranslation) {
+    RefinedRecording recording;
+    std::vector<std::string> updates;
+    const auto observation = recording.notifications.observe(
+        NotificationName::recordingTranscriptDidUpdate,
+        [&](const auto&) { updates.push_back(recording.text() + "|" + recording.bilingual()); });
+    recording.refine();
+    EXPECT_EQ(recording.outcome->status, Status::finished);
+    EXPECT_EQ(updates,
+              (std::vector<std::string>{
+                  refinedText + "|Old words.\nAlte Worte.",
+                  refinedText + "|New words.\nde-DE:New words.\n\nAnd more.\nde-DE:And more."}));
+    EXPECT_EQ(recording.blocks, (std::vector<double>{30, 30}));
+    EXPECT_EQ(recording.events("history.refine.source.done").size(), 1U);
+    EXPECT_TRUE(recording.service->jobs()->empty());
+}
+
+TEST(HistoryRefinementTests, WhatTheTranslatorCannotDoLeavesTheFormerTranslation) {
+    for (const auto& [target, calls] :
+         std::vector<std::pair<std::string, bool>>{{"en-US", false}, {"de-DE", true}}) {
+        RefinedRecording recording;
+        recording.target = target;
+        recording.translation->answer = [](const std::string& text) {
+            ScriptedTranslationService::Answer answer;
+            if (text == "And more.")
+                answer.error = serviceError(TranslationError::internalError);
+            return answer;
+        };
+        recording.refine();
+        EXPECT_EQ(recording.text(), refinedText);
+        EXPECT_EQ(recording.bilingual(), "Old words.\nAlte Worte.");
+        EXPECT_EQ(recording.outcome->translation == HistoryRefinementOutcome::Translation::failed,
+                  calls);
+    }
+}
+
+// Recognisers may be late, and then the first word is pulled back to the first loud sound; one that
+// cannot be late had music before it.
+TEST(HistoryRefinementTests, TimesCountFromTheStartOfTheRecording) {
+    struct Case {
+        double firstWord, loudFrom, mostLateness, expected;
+    };
+    for (const Case& each : {Case{3.2, 1.0, 1000, 1.0}, Case{3.2, 5.0, 1000, 3.2},
+                             Case{3.2, 1.0, 0, 3.2}, Case{3.2, 100, 1000, 0.0}}) {
+        RefinedRecording recording;
+        recording.catalog.saveWordTimeline(std::nullopt, recording.id);
+        recording.loudFrom = each.loudFrom;
+        recording.mostLateness = each.mostLateness;
+        recording.heard = {spoken(true, "New words.", each.firstWord)};
+        recording.refine();
+        const HistoryWordTimeline timeline = recording.timeline();
+        ASSERT_EQ(timeline.words.size(), 2U);
+        EXPECT_NEAR(timeline.words.front().t, each.expected, 1e-9) << each.loudFrom;
+        EXPECT_NEAR(timeline.sentences.front().start, each.expected, 1e-9);
+        EXPECT_NEAR(timeline.sentences.front().end, each.expected + 0.5, 1e-9);
+        EXPECT_EQ(timeline.timingKind, "audioWord");
+    }
+}
+
+TEST(HistoryRefinementTests, ResultsBecomeSentencesEachOfThemOnce) {
+    struct Case {
+        std::vector<SpeechResult> heard;
+        std::string text;
+    };
+    SpeechResult untimed = spoken(true, "Nobody knows when.");
+    for (SpeechRun& run : untimed.runs)
+        run.audioStart.reset();
+    std::string longRunOn;
+    for (int i = 0; i < 40; ++i)
+        longRunOn += "word" + std::to_string(i) + (i == 27 ? "\n" : i == 39 ? "" : " ");
+    std::string asHeard = longRunOn;
+    std::ranges::replace(asHeard, '\n', ' ');
+    const std::vector<Case> cases{
+        {{spoken(true, "It is. It was.", 1), spoken(true, "it WAS", 4)}, "It is.\nIt was."},
+        {{spoken(false, "First guess.", 1), spoken(false, "Second guess.", 1)}, "Second guess."},
+        {{spoken(false, "A guess.", 1), spoken(true, "A final.", 1)}, "A final."},
+        {{spoken(true, "Known.", 1), untimed, spoken(true, " … ", 9)}, "Known."},
+        {{spoken(true, asHeard, 1)}, longRunOn}};
+    for (const Case& each : cases) {
+        RefinedRecording recording;
+        recording.heard = each.heard;
+        recording.refine();
+        EXPECT_EQ(recording.text(), each.text);
+    }
+}
+
+TEST(HistoryRefinementTests, ASentenceStaysWhereTheRecogniserHasNothing) {
+    RefinedRecording recording;
+    HistoryWordTimeline former;
+    const UUID row = UUID::random();
+    former.sentences = {{"New words!", 0.9, 1.4, std::nullopt, "audioWord"}, // heard again
+                        {"Only live.", 20, 22, row, "audioWord"},
+                        {"And more", 2.6, 3.0, std::nullopt, "audioWord"},        // a little late
+                        {"Another guess.", 1.5, 2.0, std::nullopt, "audioWord"}}; // corrected
+    former.words = {{"Only", 20, row}, {"live.", 21, row}};
+    recording.catalog.saveWordTimeline(former, recording.id);
+    recording.refine();
+    EXPECT_EQ(recording.text(), refinedText + "\nOnly live.");
+    EXPECT_EQ(recording.outcome->keptOfFormer, 1);
+    const HistoryWordTimeline timeline = recording.timeline();
+    EXPECT_EQ(timeline.sentences.back().start, 20);
+    EXPECT_EQ(timeline.words.back().t, 21);
+    EXPECT_NE(recording.bilingual().find("Only live.\nde-DE:Only live."), std::string::npos);
+}
+
+// Whatever goes wrong before the refined text is there.
+TEST(HistoryRefinementTests, WhatFailsLeavesTheFormerTranscriptWhole) {
+    struct Case {
+        const char* what;
+        Status status;
+        std::function<void(RefinedRecording&)> arrange;
+    };
+    const std::vector<Case> cases{
+        {"nothing is understood", Status::failed, [](auto& r) { r.heard.clear(); }},
+        {"the recogniser fails", Status::failed,
+         [](auto& r) {
+             r.failure = "out of order";
+             r.failingBlock = 2;
+         }},
+        {"the file is damaged in the middle", Status::failed, [](auto& r) { r.damagedAt = 40; }},
+        {"the file cannot be read", Status::failed, [](auto& r) { r.damagedAt = 0; }},
+        {"the file is shorter than what was recorded", Status::failed,
+         [](auto& r) { r.setDuration(65); }},
+        {"a sentence is behind the end", Status::failed,
+         [](auto& r) {
+             HistoryWordTimeline former;
+             former.sentences = {{"Old words.", 62, 64, std::nullopt, "audioWord"}};
+             r.catalog.saveWordTimeline(former, r.id);
+         }},
+        {"it is given up", Status::cancelled,
+         [](auto& r) { r.onBlock = [&r] { spawn(Executor::main(r.host), r.service->end()); }; }},
+    };
+    for (const Case& each : cases) {
+        RefinedRecording recording;
+        each.arrange(recording);
+        const HistoryWordTimeline former = recording.timeline();
+        recording.refine();
+        ASSERT_TRUE(recording.outcome) << each.what;
+        EXPECT_EQ(recording.outcome->status, each.status) << each.what;
+        EXPECT_EQ(recording.outcome->problem.empty(), each.status == Status::cancelled);
+        EXPECT_EQ(recording.text(), formerText) << each.what;
+        EXPECT_EQ(recording.timeline(), former) << each.what;
+    }
+}
+
+// A recording without a transcript, as an import is, gets what could be heard of it.
+TEST(HistoryRefinementTests, WithoutAFormerTranscriptDamageCostsOnlyWhatIsBehindIt) {
+    RefinedRecording recording;
+    recording.catalog.saveTranscript("", recording.id);
+    recording.damagedAt = 40;
+    recording.refine();
+    EXPECT_EQ(recording.text(), refinedText);
+    EXPECT_EQ(recording.outcome->heardSeconds, 40);
+    EXPECT_EQ(recording.outcome->brokenOff, "talk.wav is damaged");
+}
+
+TEST(HistoryRefinementTests, OneFaultOfTheDiskOrItsEndLeavesOneOfTheTwoTexts) {
+    for (const bool isForEver : {false, true}) {
+        for (std::uint64_t operation = 1;; ++operation) {
+            RefinedRecording recording;
+            const std::uint64_t before = recording.disk.operations;
+            (isForEver ? recording.disk.failFrom : recording.disk.failAt) = before + operation;
+            recording.refine();
+            const bool wasReached = recording.disk.operations >= before + operation;
+            recording.disk.recover();
+            ASSERT_TRUE(recording.outcome);
+            const std::string text = recording.text();
+            EXPECT_TRUE(text == formerText || text == refinedText) << operation << ": " << text;
+            if (recording.outcome->status == Status::finished)
+                EXPECT_EQ(text, refinedText) << operation;
+            EXPECT_NE(recording.outcome->status, Status::deleted) << operation;
+            if (!wasReached)
+                break;
+        }
+    }
+}
+
+// Before, between and after the two saves.
+TEST(HistoryRefinementTests, ADeletedRecordingStaysDeleted) {
+    for (const double after : {0.0, 0.5, 1.5, 2.5, 3.5}) {
+        RefinedRecording recording;
+        recording.translation->answer = [](const std::string&) {
+            return ScriptedTranslationService::Answer{1, {}};
+        };
+        recording.begin();
+        recording.host.advanceBy(after);
+        recording.catalog.deleteRecording(recording.id);
+        recording.host.runUntilIdle(recording.host.now() + 100);
+        ASSERT_TRUE(recording.outcome);
+        EXPECT_EQ(recording.outcome->status, Status::deleted) << after;
+        EXPECT_TRUE(recording.disk.list(recording.paths.transcripts()).empty()) << after;
+    }
+}
+
+TEST(HistoryRefinementTests, ASessionThatListensHasTheProcessor) {
+    RefinedRecording recording;
+    recording.onBlock = [&] { recording.service->setPaused(true); };
+    recording.begin();
+    recording.host.advanceBy(600);
+    EXPECT_EQ(recording.blocks.size(), 1U) << "a block that is being heard is heard to its end";
+    EXPECT_TRUE(recording.service->jobs()->at(recording.id).isPaused);
+    recording.onBlock = [] {};
+    recording.service->setPaused(false);
+    recording.host.advanceBy(10);
+    EXPECT_EQ(recording.text(), refinedText);
+}
+
+TEST(HistoryRefinementTests, RequestsWaitForEachOtherAndTheLatestOfARecordingCounts) {
+    RefinedRecording recording;
+    recording.begin();
+    recording.host.advanceBy(0.5);
+    HistoryRefinementRequest later = recording.request();
+    recording.service->schedule(later);
+    later.translationTargetLanguage = "fr-FR";
+    recording.service->schedule(later);
+    recording.service->schedule(std::nullopt);
+    recording.host.runUntilIdle(recording.host.now() + 100);
+    EXPECT_EQ(recording.blocks.size(), 4U);
+    EXPECT_EQ(recording.bilingual(), "New words.\nfr-FR:New words.\n\nAnd more.\nfr-FR:And more.");
+    EXPECT_TRUE(recording.service->jobs()->empty());
+}
