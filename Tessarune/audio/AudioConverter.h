@@ -37,4 +37,10 @@ class AudioConverter {
 using MakeAudioConverter =
     std::function<std::unique_ptr<AudioConverter>(AudioFormat from, AudioFormat to)>;
 
+/// Makes a converter that keeps the format and changes how fast the sound goes: at a `rate` of 2
+/// half as much comes out as goes in, and voices keep their pitch. From 0.5 to 3. What `flush`
+/// gives brings the output to the length of the input divided by the rate.
+using MakeTempoChanger =
+    std::function<std::unique_ptr<AudioConverter>(AudioFormat format, double rate)>;
+
 } // namespace tessarune

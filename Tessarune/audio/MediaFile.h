@@ -33,10 +33,12 @@ class MediaFileError : public std::runtime_error {
     Kind kind_;
 };
 
-/// Seam: a file of sound that is read from its beginning to its end, decoded.
+/// Seam: a file of sound that is read from its beginning, or from any other place, to its end,
+/// decoded.
 ///
-/// Used by one thread at a time; reading waits for the disk. Memory does not grow with the file.
-/// Small damage is skipped as players do; a file that gives nothing more throws `damaged`.
+/// Used by one thread at a time; reading and seeking wait for the disk. Memory does not grow with
+/// the file. Small damage is skipped as players do; a file that gives nothing more throws
+/// `damaged`.
 class MediaFile {
   public:
     /// The longest block that `read` gives.
@@ -51,6 +53,13 @@ class MediaFile {
     /// The next block, or null at the end. Never empty. Throws MediaFileError; after that and after
     /// the end it gives null.
     virtual AudioBufferPtr read() = 0;
+    /// The next `read` begins with the sound that is heard `seconds` after the beginning, to the
+    /// sample where the container tells times; beyond the end it gives null. Also after the end and
+    /// after a failure. Throws MediaFileError: `unsupported` where there is no going back, as in a
+    /// pipe.
+    virtual void seek(double /*seconds*/) {
+        throw MediaFileError(MediaFileError::Kind::unsupported, "this sound cannot be sought");
+    }
 };
 
 /// Opens the first audio track of a file. Throws MediaFileError.

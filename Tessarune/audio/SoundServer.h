@@ -121,14 +121,17 @@ class PlaybackStream {
     virtual ~PlaybackStream() = default;
 
     /// Goes on as soon as the server has taken the whole buffer, which is some tenths of a second
-    /// before it is heard.
+    /// before it is heard. A stream without sound falls silent, and goes on with the next buffer.
     virtual Task<void> write(AudioBufferPtr buffer) = 0;
     /// Goes on when everything written has been heard.
     virtual Task<void> drain() = 0;
+    /// A paused stream takes some tenths of a second of sound and then makes writes wait.
     virtual void setPaused(bool paused) = 0;
-    /// Forgets what was written and not heard yet.
+    /// Forgets what was written and not heard yet; a task that is under way ends. What the output
+    /// itself holds, some hundredths of a second, may still be heard.
     virtual void flush() = 0;
-    /// Seconds of sound heard since the stream was opened.
+    /// How much is heard of what was written since the stream was opened or flushed. Seconds; what
+    /// it was at the end, after the stream is over.
     virtual double heardSeconds() const = 0;
 };
 

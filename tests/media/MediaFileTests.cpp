@@ -1,3 +1,4 @@
+#include "Tessarune/platform/media/AtempoConverter.h"
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 #include "Tessarune/platform/media/M4ATranscoder.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
@@ -54,6 +55,31 @@ TEST_F(MediaFileTests, GivesEverySampleOfEveryChannelOnce) {
         for (std::size_t i = 0; i < samples.size(); ++i)
             ASSERT_NEAR(decoded[i], samples[i] / 32768.0, 1e-6) << i;
         EXPECT_EQ(file->read(), nullptr) << "after the end";
+    }
+}
+
+TEST_F(MediaFileTests, GivesTheSameSoundFromAnyPlace) {
+    auto samples = tone(6, 16000);
+    for (std::size_t i = 0; i < samples.size(); ++i) // no two places are alike
+        samples[i] = static_cast<std::int16_t>(samples[i] * static_cast<double>(i) / 96000);
+    const auto wav = write("a.wav", wavBytes(samples, 16000));
+    transcodeToM4A(wav, folder / "a.m4a", {}, {});
+    for (const auto& path : {wav, folder / "a.m4a"}) {
+        const auto file = openFFmpegMediaFile(path);
+        const auto all = readAll(*file);
+        for (const double place : {3.2, 0.0, 5.99, 1.0037, 0.05, 4.0}) {
+            file->seek(place);
+            const auto rest = readAll(*file);
+            const auto first = static_cast<std::size_t>(place * 16000);
+            ASSERT_EQ(rest.size(), all.size() - first) << path << " from " << place;
+            double difference = 0; // decoders make some noise anew each time
+            for (std::size_t i = 0; i < rest.size(); ++i)
+                difference += std::abs(rest[i] - all[first + i]);
+            EXPECT_LT(difference / static_cast<double>(rest.size()), 0.005)
+                << path << " from " << place;
+        }
+        file->seek(100);
+        EXPECT_EQ(file->read(), nullptr);
     }
 }
 
@@ -245,6 +271,36 @@ TEST_F(MediaFileTests, ATranscodingThatFailsLeavesWhatWasThere) {
     for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
         files += entry.path().extension() == ".part" ? 100 : 1;
     EXPECT_EQ(files, 2U);
+}
+
+TEST(AtempoConverterTests, ChangesTheLengthAndNoPitch) {
+    for (const double rate : {0.5, 0.8, 1.25, 2.0, 2.5, 3.0}) {
+        const auto converter = makeAtempoConverter({16000, 2}, rate);
+        AudioBuffer all{{16000, 2}, {}};
+        const auto take = [&](const AudioBuffer& made) {
+            all.samples.insert(all.samples.end(), made.samples.begin(), made.samples.end());
+        };
+        const auto sound = tone(4, 16000, 500, 2);
+        constexpr std::size_t soundsFrom = std::size_t{2} * 16000 * 2; // silence for two seconds
+        for (std::size_t at = 0; at < sound.size(); at += 1000) {
+            AudioBuffer block{{16000, 2}, std::vector<float>(1000)};
+            for (std::size_t i = at; i < at + 1000 && at >= soundsFrom; ++i)
+                block.samples[i - at] = static_cast<float>(sound[i]) / 32768.0F;
+            take(converter->convert(block));
+        }
+        take(converter->flush());
+        EXPECT_NEAR(all.seconds(), 4 / rate, 0.04) << rate;
+        std::size_t onset = 0;
+        while (onset < all.frames() && std::abs(all.samples[2 * onset]) < 0.1F)
+            ++onset;
+        EXPECT_NEAR(static_cast<double>(onset) / 16000, 2 / rate, 0.09) << rate;
+        int crossings = 0;
+        const std::size_t from = onset + 1600;
+        for (std::size_t i = from; i < from + 6400; ++i)
+            crossings += (all.samples[2 * i] < 0) != (all.samples[2 * i + 2] < 0);
+        EXPECT_NEAR(crossings, 400, 8) << "500 Hz at " << rate;
+    }
+    EXPECT_THROW(makeAtempoConverter({0, 2}, 1.5), AudioConversionError);
 }
 
 TEST(SwresampleConverterTests, KeepsTheToneAndTheLengthOverManyBuffers) {

@@ -48,6 +48,10 @@ class ScriptedSoundServer final : public SoundServer {
         state_ = SoundServerState::disconnected;
         for (const auto& line : lines())
             end(line, SoundServerError(SoundServerError::connectionTerminated, "terminated"));
+        for (const auto& weak : std::exchange(speakers_, {})) {
+            if (const auto speaker = weak.lock())
+                speaker->end({SoundServerError::connectionTerminated, "terminated"});
+        }
         notify();
     }
     /// The connection is there again, as a server keeps it up by itself.
@@ -88,7 +92,8 @@ class ScriptedSoundServer final : public SoundServer {
         return sources;
     }
     std::vector<RecordRequest> requests; ///< all that was asked for, in order
-    std::vector<AudioBufferPtr> played;  ///< what was written to playback streams
+    /// Told what a playback stream plays at this moment.
+    std::function<void(const AudioBuffer&)> heard = [](const AudioBuffer&) {};
 
     // The seam.
 
@@ -107,9 +112,9 @@ class ScriptedSoundServer final : public SoundServer {
     openRecordStream(RecordRequest request, RecordHandlers handlers, Executor executor) override {
         return openLater(this, std::move(request), std::move(handlers), std::move(executor));
     }
-    Task<std::unique_ptr<PlaybackStream>> openPlaybackStream(PlaybackRequest,
+    Task<std::unique_ptr<PlaybackStream>> openPlaybackStream(PlaybackRequest request,
                                                              Executor executor) override {
-        return openPlaybackLater(this, std::move(executor));
+        return openPlaybackLater(this, request.format, std::move(executor));
     }
 
   private:
@@ -133,26 +138,93 @@ class ScriptedSoundServer final : public SoundServer {
       private:
         std::shared_ptr<Line> line_;
     };
+    /// An output that plays what it is given in simulated time, some milliseconds at a time.
+    struct Speaker : std::enable_shared_from_this<Speaker> {
+        static constexpr double tickSeconds = 0.005;
+        static constexpr double serverSeconds = 0.2;
+
+        Speaker(ScriptedSoundServer& at, AudioFormat as, Executor where)
+            : server(at), format(as), executor(std::move(where)), done(executor) {}
+
+        std::size_t tickSamples() const {
+            return static_cast<std::size_t>(tickSeconds * format.sampleRate) *
+                   static_cast<std::size_t>(format.channels);
+        }
+        double waitingSeconds() const {
+            return static_cast<double>(waiting.size()) / format.channels / format.sampleRate;
+        }
+        void wake() {
+            if (failure || waitingSeconds() <= serverSeconds)
+                done.resume(true);
+        }
+        void tick() {
+            isTicking = !failure && !isPaused && !waiting.empty();
+            if (!isTicking)
+                return;
+            server.host_.after(tickSeconds, [self = shared_from_this()] {
+                const std::size_t count = std::min(self->tickSamples(), self->waiting.size());
+                if (!self->failure && !self->isPaused && count > 0) {
+                    std::vector<float>& all = self->waiting;
+                    const auto end = all.begin() + static_cast<std::ptrdiff_t>(count);
+                    self->heard += static_cast<double>(count) / self->format.channels /
+                                   self->format.sampleRate;
+                    self->server.heard({self->format, {all.begin(), end}});
+                    all.erase(all.begin(), end);
+                    self->wake();
+                }
+                self->tick();
+            });
+        }
+        void end(const SoundServerError& error) {
+            failure = error;
+            waiting.clear();
+            wake();
+        }
+
+        ScriptedSoundServer& server;
+        AudioFormat format;
+        Executor executor;
+        OneShot<bool> done; ///< of the write that waits
+        std::vector<float> waiting;
+        double heard = 0;
+        bool isPaused = false;
+        bool isTicking = false;
+        std::optional<SoundServerError> failure;
+    };
+
     class Playback final : public PlaybackStream {
       public:
-        Playback(ScriptedSoundServer& server, Executor executor)
-            : server_(server), executor_(std::move(executor)) {}
-        Task<void> write(AudioBufferPtr buffer) override { return writeLater(this, buffer); }
-        Task<void> drain() override { return pass(executor_, 0); }
-        void setPaused(bool) override {}
-        void flush() override {}
-        double heardSeconds() const override { return heard_; }
+        explicit Playback(std::shared_ptr<Speaker> speaker) : speaker_(std::move(speaker)) {}
+        ~Playback() override { speaker_->end({SoundServerError::streamKilled, "closed"}); }
+        Task<void> write(AudioBufferPtr buffer) override { return writeLater(speaker_, buffer); }
+        Task<void> drain() override { return pass(speaker_->executor, speaker_->waitingSeconds()); }
+        void setPaused(bool paused) override {
+            speaker_->isPaused = paused;
+            if (!speaker_->isTicking)
+                speaker_->tick();
+        }
+        void flush() override {
+            speaker_->heard = 0;
+            speaker_->waiting.clear();
+            speaker_->done.resume(true);
+        }
+        double heardSeconds() const override { return speaker_->heard; }
 
       private:
-        static Task<void> writeLater(Playback* self, AudioBufferPtr buffer) {
-            self->server_.played.push_back(buffer);
-            self->heard_ += buffer->seconds();
-            auto playing = pass(self->executor_, buffer->seconds());
-            co_await playing;
+        static Task<void> writeLater(std::shared_ptr<Speaker> speaker, AudioBufferPtr buffer) {
+            if (speaker->failure)
+                throw SoundServerError(*speaker->failure);
+            speaker->waiting.insert(speaker->waiting.end(), buffer->samples.begin(),
+                                    buffer->samples.end());
+            if (!speaker->isTicking)
+                speaker->tick();
+            speaker->done = OneShot<bool>(speaker->executor);
+            speaker->wake();
+            co_await speaker->done;
+            if (speaker->failure)
+                throw SoundServerError(*speaker->failure);
         }
-        ScriptedSoundServer& server_;
-        Executor executor_;
-        double heard_ = 0;
+        std::shared_ptr<Speaker> speaker_;
     };
 
     static Task<void> pass(Executor executor, double seconds) {
@@ -166,6 +238,8 @@ class ScriptedSoundServer final : public SoundServer {
             throw SoundServerError(*self->connectFailure);
         if (!std::exchange(self->didConnect_, true))
             self->comeBack();
+        if (self->state_ != SoundServerState::connected)
+            throw SoundServerError(SoundServerError::connectionRefused, "refused");
     }
     static Task<std::unique_ptr<RecordStream>> openLater(ScriptedSoundServer* self,
                                                          RecordRequest request,
@@ -190,13 +264,17 @@ class ScriptedSoundServer final : public SoundServer {
         self->lines_.push_back(line);
         co_return std::make_unique<Stream>(line);
     }
-    static Task<std::unique_ptr<PlaybackStream>> openPlaybackLater(ScriptedSoundServer* self,
-                                                                   Executor executor) {
+    static Task<std::unique_ptr<PlaybackStream>>
+    openPlaybackLater(ScriptedSoundServer* self, AudioFormat format, Executor executor) {
         auto waiting = pass(executor, self->openDelay);
         co_await waiting;
+        if (self->state_ != SoundServerState::connected)
+            throw SoundServerError(SoundServerError::connectionTerminated, "not connected");
         if (self->openFailure)
             throw SoundServerError(*self->openFailure);
-        co_return std::make_unique<Playback>(*self, executor);
+        auto speaker = std::make_shared<Speaker>(*self, format, executor);
+        self->speakers_.push_back(speaker);
+        co_return std::make_unique<Playback>(std::move(speaker));
     }
 
     std::optional<AudioFormat> formatOf(const std::string& sourceID) const {
@@ -251,6 +329,7 @@ class ScriptedSoundServer final : public SoundServer {
     bool didConnect_ = false;
     SoundDevices offered_;
     std::vector<std::weak_ptr<Line>> lines_;
+    std::vector<std::weak_ptr<Speaker>> speakers_;
     std::vector<std::weak_ptr<Observer>> observers_;
     int deliveryRound_ = 0;
 };

@@ -5,6 +5,7 @@
 #include "TessaruneCore/text/Localization.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <deque>
 
@@ -20,6 +21,8 @@ constexpr int highestSampleRate = 768000;
 constexpr int mostChannels = 64;
 /// Packets in a row that give no sound before the file counts as damaged.
 constexpr int mostFailuresInARow = 200;
+/// Before the place that was sought, so that decoders which need what came before are in step.
+constexpr double leadInSeconds = 0.3;
 
 class FFmpegMediaFile final : public MediaFile {
   public:
@@ -71,7 +74,32 @@ class FFmpegMediaFile final : public MediaFile {
         return next;
     }
 
+    void seek(double seconds) override {
+        if (!input_.canGoBack())
+            fail(Kind::unsupported, path_, localized("cannot be played from another place"));
+        ready_.clear();
+        resampler_.reset();
+        toDrop_ = 0;
+        failuresInARow_ = 0;
+        ended_ = false;
+        sought_ = std::max(0.0, seconds);
+        const double from = std::max(0.0, *sought_ - leadInSeconds);
+        const auto timestamp =
+            startTime() + static_cast<std::int64_t>(std::llround(from / av_q2d(timeBase())));
+        const int result = av_seek_frame(input_.get(), stream_, timestamp, AVSEEK_FLAG_BACKWARD);
+        // A place beyond the end is refused by some containers.
+        if (result < 0)
+            ended_ = true;
+        avcodec_flush_buffers(codec_.get());
+    }
+
   private:
+    AVRational timeBase() const { return input_->streams[stream_]->time_base; }
+    std::int64_t startTime() const {
+        const std::int64_t start = input_->streams[stream_]->start_time;
+        return start == AV_NOPTS_VALUE ? 0 : start;
+    }
+
     void openDecoder(const AVCodec& decoder) {
         codec_.reset(avcodec_alloc_context3(&decoder));
         const AVCodecParameters& parameters = *input_->streams[stream_]->codecpar;
@@ -130,11 +158,27 @@ class FFmpegMediaFile final : public MediaFile {
     bool takeFrames() {
         bool any = false;
         while (avcodec_receive_frame(codec_.get(), frame_.get()) == 0) {
+            dropWhatWasNotSought(*frame_);
             takeConverted(frame_.get());
             av_frame_unref(frame_.get());
             any = true;
         }
         return any;
+    }
+
+    /// The first frame after a seek says how far it is from what was sought.
+    void dropWhatWasNotSought(const AVFrame& frame) {
+        if (!sought_)
+            return;
+        const std::int64_t timestamp = frame.best_effort_timestamp;
+        const double begin =
+            timestamp == AV_NOPTS_VALUE
+                ? *sought_
+                : static_cast<double>(timestamp - startTime()) * av_q2d(timeBase());
+        const auto frames = std::llround((*sought_ - begin) * format_.sampleRate);
+        toDrop_ = static_cast<std::size_t>(std::max(0LL, frames)) *
+                  static_cast<std::size_t>(format_.channels);
+        sought_.reset();
     }
 
     /// Brings a frame into interleaved floats of the format that was announced, whatever the track
@@ -192,7 +236,9 @@ class FFmpegMediaFile final : public MediaFile {
 
     void cutIntoBlocks(const std::vector<float>& samples) {
         const std::size_t step = maximumBlockFrames * static_cast<std::size_t>(format_.channels);
-        for (std::size_t at = 0; at < samples.size(); at += step) {
+        const std::size_t first = std::min(toDrop_, samples.size());
+        toDrop_ -= first;
+        for (std::size_t at = first; at < samples.size(); at += step) {
             const std::size_t count = std::min(step, samples.size() - at);
             auto block = std::make_shared<AudioBuffer>();
             block->format = format_;
@@ -214,6 +260,8 @@ class FFmpegMediaFile final : public MediaFile {
     int inputFormat_ = -1;
     int inputChannels_ = 0;
     std::deque<AudioBufferPtr> ready_;
+    std::optional<double> sought_; ///< until the first frame behind it; seconds
+    std::size_t toDrop_ = 0;       ///< samples before the place that was sought
     bool ended_ = false;
     bool gaveAnything_ = false;
     int failuresInARow_ = 0;

@@ -14,7 +14,13 @@ PulsePlaybackStream::PulsePlaybackStream(std::shared_ptr<PulseConnection> connec
 PulsePlaybackStream::~PulsePlaybackStream() {
     PulseLock lock(connection_->loop());
     timer_.cancel();
+    dropOperations();
     closeStream(std::move(stream_));
+}
+
+void PulsePlaybackStream::dropOperations() {
+    draining_.reset();
+    flushing_.reset();
 }
 
 void PulsePlaybackStream::open(const PlaybackRequest& request, OneShot<PulseOutcome> opened) {
@@ -30,13 +36,13 @@ PulseOutcome PulsePlaybackStream::create(const PlaybackRequest& request) {
     if (!context)
         return pulseOutcome(PA_ERR_CONNECTIONTERMINATED);
     format_ = request.format;
-    const pa_sample_spec spec{PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(format_.sampleRate),
-                              static_cast<std::uint8_t>(format_.channels)};
+    spec_ = {PA_SAMPLE_FLOAT32NE, static_cast<std::uint32_t>(format_.sampleRate),
+             static_cast<std::uint8_t>(format_.channels)};
     pa_channel_map map;
-    if (!pa_sample_spec_valid(&spec) ||
-        !pa_channel_map_init_extend(&map, spec.channels, PA_CHANNEL_MAP_WAVEEX))
+    if (!pa_sample_spec_valid(&spec_) ||
+        !pa_channel_map_init_extend(&map, spec_.channels, PA_CHANNEL_MAP_WAVEEX))
         return pulseOutcome(PA_ERR_INVALID);
-    stream_.reset(pa_stream_new(context, request.name.c_str(), &spec, &map));
+    stream_.reset(pa_stream_new(context, request.name.c_str(), &spec_, &map));
     if (!stream_)
         return pulseOutcome(pa_context_errno(context));
 
@@ -54,7 +60,7 @@ PulseOutcome PulsePlaybackStream::create(const PlaybackRequest& request) {
     attributes.maxlength = attributes.prebuf = attributes.minreq = attributes.fragsize =
         static_cast<std::uint32_t>(-1);
     attributes.tlength = static_cast<std::uint32_t>(
-        pa_usec_to_bytes(static_cast<pa_usec_t>(serverSeconds * 1e6), &spec));
+        pa_usec_to_bytes(static_cast<pa_usec_t>(serverSeconds * 1e6), &spec_));
     constexpr auto flags = static_cast<pa_stream_flags_t>(
         PA_STREAM_ADJUST_LATENCY | PA_STREAM_INTERPOLATE_TIMING | PA_STREAM_AUTO_TIMING_UPDATE);
     const char* output = request.outputID.empty() ? nullptr : request.outputID.c_str();
@@ -81,7 +87,7 @@ void PulsePlaybackStream::handleState() {
 }
 
 void PulsePlaybackStream::feed() {
-    if (!feeding_)
+    if (!feeding_ || flushing_)
         return;
     const std::size_t frameSamples = static_cast<std::size_t>(format_.channels);
     const std::size_t room = pa_stream_writable_size(stream_.get()) / sizeof(float);
@@ -107,6 +113,7 @@ void PulsePlaybackStream::end(const PulseOutcome& reason) {
     timer_.cancel();
     ended_ = reason;
     feeding_.reset();
+    dropOperations();
     closeStream(std::move(stream_));
     answer(reason);
 }
@@ -143,7 +150,7 @@ Task<void> PulsePlaybackStream::drainAll(PulsePlaybackStream* self) {
         if (self->ended_)
             self->ended_->throwIfFailed();
         self->waiter_ = done;
-        const bool begun = begin(pa_stream_drain(
+        self->draining_.reset(pa_stream_drain(
             self->stream_.get(),
             [](pa_stream* stream, int success, void* stillOpen) {
                 const int status = pa_context_errno(pa_stream_get_context(stream));
@@ -151,7 +158,7 @@ Task<void> PulsePlaybackStream::drainAll(PulsePlaybackStream* self) {
                     pulseOutcome(success != 0 ? 0 : status));
             },
             self));
-        if (!begun)
+        if (!self->draining_)
             self->answer(pulseOutcome(PA_ERR_BADSTATE));
     }
     const PulseOutcome outcome = co_await done;
@@ -166,16 +173,42 @@ void PulsePlaybackStream::setPaused(bool paused) {
 
 void PulsePlaybackStream::flush() {
     PulseLock lock(connection_->loop());
-    if (!ended_)
-        begin(pa_stream_flush(stream_.get(), nullptr, nullptr));
+    heard_ = 0;
+    if (ended_)
+        return;
+    feeding_.reset();
+    draining_.reset();
+    answer({});
+    flushing_.reset(pa_stream_flush(
+        stream_.get(),
+        [](pa_stream*, int, void* self) {
+            static_cast<PulsePlaybackStream*>(self)->askWhereItIs();
+        },
+        this));
+}
+
+/// What is written next is heard where the server's own count of the stream is after a flush.
+void PulsePlaybackStream::askWhereItIs() {
+    flushing_.reset(pa_stream_update_timing_info(
+        stream_.get(),
+        [](pa_stream* stream, int, void* self) {
+            auto* flushed = static_cast<PulsePlaybackStream*>(self);
+            flushed->flushing_.reset();
+            if (const pa_timing_info* timing = pa_stream_get_timing_info(stream))
+                flushed->origin_ = pa_bytes_to_usec(
+                    static_cast<std::uint64_t>(std::max<std::int64_t>(timing->write_index, 0)),
+                    &flushed->spec_);
+            flushed->feed();
+        },
+        this));
 }
 
 double PulsePlaybackStream::heardSeconds() const {
     PulseLock lock(connection_->loop());
-    pa_usec_t heard = 0;
-    if (ended_ || pa_stream_get_time(stream_.get(), &heard) < 0)
-        return 0;
-    return static_cast<double>(heard) / 1e6;
+    pa_usec_t time = 0;
+    if (!ended_ && stream_ && !flushing_ && pa_stream_get_time(stream_.get(), &time) == 0)
+        heard_ = static_cast<double>(time - std::min(time, origin_)) / 1e6;
+    return heard_;
 }
 
 } // namespace tessarune

@@ -34,13 +34,16 @@ class PulsePlaybackStream final : public PlaybackStream {
 
     PulseOutcome create(const PlaybackRequest& request);
     void handleState();
+    void askWhereItIs();
     void feed();
+    void dropOperations();
     void answer(const PulseOutcome& outcome);
     void end(const PulseOutcome& reason);
 
     std::shared_ptr<PulseConnection> connection_;
     Executor executor_;
     AudioFormat format_;
+    pa_sample_spec spec_{};
 
     // Under the loop's lock:
     PulseStreamPtr stream_;
@@ -49,6 +52,10 @@ class PulsePlaybackStream final : public PlaybackStream {
     std::optional<PulseOutcome> ended_;
     AudioBufferPtr feeding_;
     std::size_t fed_ = 0; // samples of `feeding_` that the server has
+    PulseOperationPtr draining_;
+    PulseOperationPtr flushing_; // nothing is fed while the server flushes
+    pa_usec_t origin_ = 0;       // of `heardSeconds`, in the stream's own time
+    mutable double heard_ = 0;   // as last asked
 };
 
 } // namespace tessarune

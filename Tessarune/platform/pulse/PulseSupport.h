@@ -71,6 +71,15 @@ using PulseStreamPtr = std::unique_ptr<pa_stream, PulseStreamUnref>;
 /// making; such a stream ends as soon as it is made. Under the loop's lock.
 void closeStream(PulseStreamPtr stream);
 
+struct PulseOperationCancel {
+    void operator()(pa_operation* operation) const {
+        pa_operation_cancel(operation);
+        pa_operation_unref(operation);
+    }
+};
+/// An operation whose callback is not called any more once this is dropped. Under the loop's lock.
+using PulseOperationPtr = std::unique_ptr<pa_operation, PulseOperationCancel>;
+
 /// Starts an operation whose end is told to its own callback.
 inline bool begin(pa_operation* operation) {
     if (operation)

@@ -1,0 +1,268 @@
+#include "Tessarune/playback/AudioPlayer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+/// Whoever starts this close to the end wants to hear it again.
+constexpr double atEndSeconds = 0.05;
+
+template <typename T>
+void publish(Published<T>& published, T value) {
+    if (*published != value)
+        published = std::move(value);
+}
+
+} // namespace
+
+/// The player as seen from other queues.
+struct AudioPlayer::Line {
+    AudioPlayer* player = nullptr; ///< null once it is gone; main queue
+};
+
+AudioPlayer::AudioPlayer(Host& host, PlaybackParts parts)
+    : rate(1),
+      host_(host),
+      parts_(std::move(parts)),
+      queue_(host.serialQueue("Tessarune.AudioPlayer", QueuePriority::userInitiated)),
+      measuringQueue_(host.serialQueue("Tessarune.AudioPlayer.loudness", QueuePriority::utility)),
+      line_(std::make_shared<Line>(Line{this})) {}
+
+AudioPlayer::~AudioPlayer() {
+    line_->player = nullptr;
+    teardown();
+    queue_->sync([] {}); // nothing is asked of the parts afterwards
+}
+
+void AudioPlayer::teardown() {
+    ++loadToken_;
+    measuring_.request_stop();
+    timer_.cancel();
+    onEngine([](PlaybackEngine& engine) { engine.close(); });
+    engine_.reset();
+    needsSchedule_ = true;
+    isAtEnd_ = false;
+    dropBounds();
+    publish(isPlaying, false);
+    publish(isLoaded, false);
+    publish(currentTime, 0.0);
+    publish(duration, 0.0);
+    publish(problem, std::string());
+}
+
+void AudioPlayer::load(const std::filesystem::path& path) {
+    teardown();
+    path_ = path;
+    engine_ = std::make_shared<PlaybackEngine>(parts_, Executor::queue(host_, queue_));
+    queue_->async([engine = engine_, line = line_, path, token = loadToken_, &host = host_] {
+        try {
+            const PlaybackEngine::Loaded loaded = engine->load(path);
+            host.post([line, loaded, token] {
+                if (line->player)
+                    line->player->finishLoad(loaded, token);
+            });
+        } catch (const std::exception& error) {
+            host.post([line, why = std::string(error.what()), token] {
+                if (line->player)
+                    line->player->failLoad(why, token);
+            });
+        }
+    });
+}
+
+void AudioPlayer::finishLoad(const PlaybackEngine::Loaded& loaded, std::uint64_t token) {
+    if (token != loadToken_)
+        return;
+    isLoudnessKnown_ = loaded.loudness.isWhole;
+    publish(duration, loaded.duration);
+    publish(isLoaded, true);
+    if (*currentTime > *duration && *duration > 0)
+        publish(currentTime, *duration);
+    if (*isPlaying)
+        schedule();
+}
+
+void AudioPlayer::failLoad(const std::string& why, std::uint64_t token) {
+    if (token != loadToken_)
+        return;
+    publish(isPlaying, false);
+    publish(problem, why);
+}
+
+/// The estimate is near enough to begin with, and the whole is known some seconds later.
+void AudioPlayer::measureWhole(const std::filesystem::path& path) {
+    isLoudnessKnown_ = true;
+    measuring_ = std::stop_source();
+    measuringQueue_->async([path, open = parts_.open, stop = measuring_.get_token(), line = line_,
+                            token = loadToken_, &host = host_] {
+        Loudness loudness;
+        try {
+            loudness = Loudness::measured(*open(path), stop);
+        } catch (const MediaFileError&) { // the estimate stays
+        }
+        if (!loudness.isWhole)
+            return;
+        host.post([line, token, gain = loudness.gainDB] {
+            if (line->player && line->player->loadToken_ == token)
+                line->player->onEngine(
+                    [gain](PlaybackEngine& engine) { engine.setGain(gain, false); });
+        });
+    });
+}
+
+void AudioPlayer::onEngine(std::function<void(PlaybackEngine&)> action) {
+    if (engine_)
+        queue_->async([engine = engine_, action = std::move(action)] { action(*engine); });
+}
+
+void AudioPlayer::startPlayback() {
+    if (*isPlaying || !engine_)
+        return;
+    publish(problem, std::string());
+    const bool isClose = *duration > 0 && *currentTime >= *duration - atEndSeconds;
+    if ((isAtEnd_ || isClose) && !*boundedPlaybackSentenceIndex)
+        seek(0);
+    publish(isPlaying, true);
+    if (!*isLoaded)
+        return; // it begins when it is
+    if (needsSchedule_)
+        schedule();
+    else
+        onEngine([](PlaybackEngine& engine) { engine.resume(); });
+    startTimer();
+}
+
+void AudioPlayer::pausePlayback() {
+    if (!*isPlaying)
+        return;
+    timer_.cancel();
+    onEngine([](PlaybackEngine& engine) { engine.pause(); });
+    publish(isPlaying, false);
+}
+
+void AudioPlayer::togglePlayback() {
+    if (*isPlaying)
+        pausePlayback();
+    else
+        startPlayback();
+}
+
+void AudioPlayer::seek(double toTime, bool preservingBoundedPlayback) {
+    if (!preservingBoundedPlayback)
+        dropBounds();
+    const double limit = *isLoaded && *duration > 0 ? *duration : toTime;
+    publish(currentTime,
+            std::clamp(std::isfinite(toTime) ? toTime : 0.0, 0.0, std::max(0.0, limit)));
+    needsSchedule_ = true;
+    isAtEnd_ = false;
+    if (*isPlaying && *isLoaded)
+        schedule();
+}
+
+void AudioPlayer::setRate(double wanted) {
+    if (!std::isfinite(wanted))
+        return;
+    publish(rate, std::clamp(wanted, slowestRate, fastestRate));
+    onEngine([speed = *rate](PlaybackEngine& engine) { engine.setRate(speed); });
+}
+
+void AudioPlayer::playBounded(std::size_t sentenceIndex, double start, double end) {
+    setBounds(sentenceIndex, start, end);
+    seek(start, true);
+    startPlayback();
+}
+
+void AudioPlayer::repeatBounded(std::size_t sentenceIndex, double start, double end) {
+    setBounds(sentenceIndex, start, end);
+    publish(repeatsBoundedPlayback, true);
+    followBounds();
+    startPlayback();
+}
+
+void AudioPlayer::clearBounds() {
+    dropBounds();
+    followBounds();
+}
+
+void AudioPlayer::setBounds(std::size_t sentenceIndex, double start, double end) {
+    publish(boundedPlaybackSentenceIndex, std::optional(sentenceIndex));
+    boundedStart_ = std::max(0.0, start);
+    boundedPlaybackEndTime_ = end > 0 ? std::optional(end) : std::nullopt;
+}
+
+/// The engine keeps its place.
+void AudioPlayer::followBounds() {
+    if (!needsSchedule_)
+        onEngine([now = stretch()](PlaybackEngine& engine) { engine.setStretch(now); });
+}
+
+void AudioPlayer::dropBounds() {
+    boundedPlaybackEndTime_.reset();
+    publish(boundedPlaybackSentenceIndex, std::optional<std::size_t>());
+    publish(repeatsBoundedPlayback, false);
+}
+
+PlaybackStretch AudioPlayer::stretch() const {
+    if (!boundedPlaybackEndTime_)
+        return {*currentTime, std::nullopt, false};
+    return {boundedStart_, boundedPlaybackEndTime_, *repeatsBoundedPlayback};
+}
+
+void AudioPlayer::schedule() {
+    needsSchedule_ = false;
+    if (!isLoudnessKnown_)
+        measureWhole(path_);
+    onEngine([token = ++scheduleToken_, now = stretch(), from = *currentTime,
+              speed = *rate](PlaybackEngine& engine) {
+        engine.setRate(speed);
+        engine.play(token, now, from);
+    });
+    startTimer();
+}
+
+/// Asks the engine again and again where it is, which it knows on its own queue.
+void AudioPlayer::startTimer() {
+    timer_.cancel();
+    timer_ = host_.after(updateSeconds, [line = line_] {
+        AudioPlayer* player = line->player;
+        if (!player || !*player->isPlaying)
+            return;
+        player->startTimer();
+        player->onEngine([line, &host = player->host_](PlaybackEngine& engine) {
+            host.post([line, progress = engine.progress()] {
+                if (line->player)
+                    line->player->take(progress);
+            });
+        });
+    });
+}
+
+void AudioPlayer::take(const PlaybackProgress& progress) {
+    // What was playing before a seek, or before another recording, says nothing.
+    if (!*isPlaying || needsSchedule_ || progress.token != scheduleToken_)
+        return;
+    publish(problem, progress.problem);
+    if (progress.isOver) {
+        finish(progress);
+        return;
+    }
+    publish(currentTime, progress.position);
+}
+
+/// As far as it was to go: to the end of the sentence, or of the recording.
+void AudioPlayer::finish(const PlaybackProgress& progress) {
+    const double reached = boundedPlaybackEndTime_
+                               ? std::min(progress.position, *boundedPlaybackEndTime_)
+                               : progress.position;
+    isAtEnd_ = !boundedPlaybackEndTime_ && progress.problem.empty();
+    pausePlayback();
+    needsSchedule_ = true;
+    dropBounds();
+    publish(currentTime, reached);
+}
+
+} // namespace tessarune

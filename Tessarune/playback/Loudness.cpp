@@ -1,0 +1,100 @@
+#include "Tessarune/playback/Loudness.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessarune {
+
+namespace {
+
+/// A file of this length is read in a hundredth of a second.
+constexpr double shortFileSeconds = 60;
+constexpr int partCount = 40;
+constexpr double partSeconds = 0.5;
+
+/// Above this the curve begins to bend.
+constexpr float kneeLevel = 0.8F;
+
+class SquareMeter {
+  public:
+    void add(const AudioBuffer& sound) {
+        for (const float sample : sound.samples)
+            sum_ += static_cast<double>(sample) * static_cast<double>(sample);
+        count_ += sound.samples.size();
+    }
+    double mean() const { return count_ > 0 ? sum_ / static_cast<double>(count_) : 0; }
+
+  private:
+    double sum_ = 0;
+    std::size_t count_ = 0;
+};
+
+/// Reads until there is nothing more, or at least so many seconds.
+void listen(MediaFile& file, double seconds, SquareMeter& meter) {
+    while (seconds > 0) {
+        const AudioBufferPtr block = file.read();
+        if (!block)
+            return;
+        meter.add(*block);
+        seconds -= block->seconds();
+    }
+}
+
+float bent(float sample) {
+    const float level = std::abs(sample);
+    if (level <= kneeLevel)
+        return sample;
+    constexpr float room = 1 - kneeLevel;
+    return std::copysign(kneeLevel + room * std::tanh((level - kneeLevel) / room), sample);
+}
+
+} // namespace
+
+double Loudness::gainFor(double meanSquare) {
+    if (!(meanSquare > 0))
+        return 0;
+    return std::min(levelDB - 10 * std::log10(meanSquare), mostGainDB);
+}
+
+Loudness Loudness::measured(MediaFile& file, const std::stop_token& stop) {
+    SquareMeter meter;
+    AudioBufferPtr block;
+    while (!stop.stop_requested() && (block = file.read()))
+        meter.add(*block);
+    return {gainFor(meter.mean()), !stop.stop_requested()};
+}
+
+Loudness Loudness::estimated(MediaFile& file) {
+    const double duration = file.duration().value_or(0);
+    SquareMeter meter;
+    if (duration <= shortFileSeconds) {
+        listen(file, shortFileSeconds, meter);
+        return {gainFor(meter.mean()), file.read() == nullptr};
+    }
+    for (int part = 0; part < partCount; ++part) {
+        file.seek(duration * part / partCount);
+        listen(file, partSeconds, meter);
+    }
+    return {gainFor(meter.mean()), false};
+}
+
+void LevelControl::setGain(double gainDB, bool atOnce) {
+    wantedDB_ = gainDB;
+    if (atOnce)
+        gainDB_ = gainDB;
+}
+
+void LevelControl::apply(AudioBuffer& sound) {
+    if (sound.samples.empty())
+        return;
+    const double step = changePerSecondDB * sound.seconds();
+    const double reached = gainDB_ + std::clamp(wantedDB_ - gainDB_, -step, step);
+    const auto from = static_cast<float>(std::pow(10, gainDB_ / 20));
+    const auto to = static_cast<float>(std::pow(10, reached / 20));
+    const float rise = (to - from) / static_cast<float>(sound.samples.size());
+    for (std::size_t i = 0; i < sound.samples.size(); ++i)
+        sound.samples[i] = bent(sound.samples[i] * (from + rise * static_cast<float>(i)));
+    gainDB_ = reached;
+}
+
+} // namespace tessarune

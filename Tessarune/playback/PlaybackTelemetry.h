@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Tessarune/playback/TranscriptPlayback.h"
+#include "Tessarune/shell/Setting.h"
+#include "Tessarune/shell/TessaruneFileLogger.h"
+
+#include <optional>
+
+namespace tessarune {
+
+/// Writes to the runtime log how a playback goes, for finding out why a mark and the sound part:
+/// progress now and then, jumps, and which sentence follows which. Only while the setting is on.
+///
+/// Main queue. All that it is given outlives it.
+class PlaybackTelemetry {
+  public:
+    static constexpr double playbackProgressSummaryInterval = 10;
+    /// A jump that is larger than this is a seek.
+    static constexpr double playbackSeekDetectionThreshold = 1.5;
+    static constexpr double playbackSeekLogMinInterval = 0.5;
+
+    PlaybackTelemetry(Host& host, TessaruneFileLogger& logger, const Setting<bool>& isEnabled,
+                      TranscriptPlayback& playback);
+    ~PlaybackTelemetry();
+    PlaybackTelemetry(const PlaybackTelemetry&) = delete;
+    PlaybackTelemetry& operator=(const PlaybackTelemetry&) = delete;
+
+  private:
+    void follow(double time);
+    void summarise(double time, double now);
+    void tell(const char* name, LogFields fields);
+
+    Host& host_;
+    TessaruneFileLogger& logger_;
+    const Setting<bool>& isEnabled_;
+    TranscriptPlayback& playback_;
+    Published<double>::Token timeObserver_;
+    Published<std::optional<std::size_t>>::Token sentenceObserver_;
+
+    double lastTime_ = 0;               ///< of the recording
+    std::optional<double> lastSummary_; ///< on the host's clock, as are all below
+    double summarisedTime_ = 0;         ///< of the recording, then
+    double playedWallSeconds_ = 0;      ///< since then
+    double lastSeek_ = 0;
+    double lastChange_ = 0;
+    std::optional<std::size_t> lastSentence_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,103 @@
+#include "Tessarune/playback/TranscriptPlayback.h"
+
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+/// So far into a sentence the step back goes to its own beginning.
+constexpr double beginningSeconds = 1.5;
+
+} // namespace
+
+TranscriptPlayback::TranscriptPlayback(AudioPlayer& player)
+    : player_(player), observer_(player.currentTime.onDidChange([this](double) { update(); })) {}
+
+TranscriptPlayback::~TranscriptPlayback() {
+    player_.currentTime.remove(observer_);
+}
+
+void TranscriptPlayback::show(TranscriptRows rows) {
+    rows_ = std::move(rows);
+    manualHighlightedSentenceIndex = std::nullopt;
+    activeTokens_.clear();
+    activeTokenIndex = std::nullopt;
+    activeSentenceIndex = std::nullopt;
+    update();
+}
+
+void TranscriptPlayback::update() {
+    const double time = *player_.currentTime;
+    const auto index = rows_.activeSentenceIndex(time);
+    if (*manualHighlightedSentenceIndex && *player_.isPlaying &&
+        !*player_.boundedPlaybackSentenceIndex)
+        manualHighlightedSentenceIndex = std::nullopt;
+    if (index != *activeSentenceIndex) {
+        activeTokenIndex = std::nullopt;
+        activeTokens_ = index ? rows_.tokens(*index) : std::vector<SentenceToken>();
+        activeSentenceIndex = index;
+    }
+    if (const auto token = TranscriptRows::activeTokenIndex(activeTokens_, time);
+        token != *activeTokenIndex)
+        activeTokenIndex = token;
+}
+
+std::optional<std::size_t> TranscriptPlayback::highlightedIndex() const {
+    return *manualHighlightedSentenceIndex ? *manualHighlightedSentenceIndex : *activeSentenceIndex;
+}
+
+double TranscriptPlayback::endOf(std::size_t index) const {
+    return rows_.sentenceEnd(index).value_or(0);
+}
+
+void TranscriptPlayback::playSentence(std::size_t index) {
+    const TranscriptRows::Sentence* sentence = rows_.sentenceTiming(index);
+    if (!sentence)
+        return;
+    if (onSentencePlayRequested)
+        onSentencePlayRequested(*sentence);
+    manualHighlightedSentenceIndex = index;
+    player_.playBounded(index, sentence->start, endOf(index));
+}
+
+void TranscriptPlayback::playFrom(const SentenceToken& token) {
+    player_.seek(token.start);
+    player_.startPlayback();
+}
+
+void TranscriptPlayback::focus(std::size_t index) {
+    const TranscriptRows::Sentence* sentence = rows_.sentenceTiming(index);
+    if (sentence)
+        player_.seek(sentence->start);
+    manualHighlightedSentenceIndex = index;
+}
+
+void TranscriptPlayback::stepSentence(int direction) {
+    const auto active = *activeSentenceIndex;
+    std::size_t index = 0;
+    if (direction > 0 && active)
+        index = *active + 1;
+    else if (active) {
+        const bool isInside =
+            *player_.currentTime > rows_.sentenceTiming(*active)->start + beginningSeconds;
+        index = isInside || *active == 0 ? *active : *active - 1;
+    }
+    if (const TranscriptRows::Sentence* sentence = rows_.sentenceTiming(index))
+        player_.seek(sentence->start);
+}
+
+void TranscriptPlayback::toggleRepeat() {
+    if (*player_.repeatsBoundedPlayback) {
+        player_.clearBounds();
+        return;
+    }
+    const auto bounded = *player_.boundedPlaybackSentenceIndex;
+    const auto index = bounded ? bounded : highlightedIndex();
+    if (!index)
+        return;
+    if (const TranscriptRows::Sentence* sentence = rows_.sentenceTiming(*index))
+        player_.repeatBounded(*index, sentence->start, endOf(*index));
+}
+
+} // namespace tessarune
