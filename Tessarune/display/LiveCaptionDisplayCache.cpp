@@ -8,16 +8,6 @@
 
 namespace tessarune {
 
-namespace {
-
-/// As the signature sees it: whether the row is still the one that was taken over.
-bool isUnchanged(const CaptionSegment& taken, const CaptionSegment& now) {
-    return taken.id == now.id && taken.revision == now.revision && taken.state == now.state &&
-           Text::equal(taken.sourceText, now.sourceText);
-}
-
-} // namespace
-
 bool LiveCaptionDisplayCache::isForced(std::string_view reason) {
     return reason.starts_with("settings.translation") || reason.starts_with("session.") ||
            reason.starts_with("listen.start") || reason == "caption.clear" ||
@@ -95,16 +85,19 @@ void LiveCaptionDisplayCache::rebuildSourceRows(const Captions& captions) {
 }
 
 bool LiveCaptionDisplayCache::appendSourceRowsIfPossible(const Captions& captions) {
-    const std::size_t oldCount = stableSourceSegments_.size();
-    if (!sourceSignature_ || !captions.clearedSegmentIDs.empty() ||
-        captions.committed.size() <= oldCount)
+    using Edge = SourceSegmentEdgeSignature;
+    if (!sourceSignature_ || sourceSignature_->clearedCount != captions.clearedSegmentIDs.size())
         return false;
-    if (oldCount > 0 &&
-        (!isUnchanged(stableSourceSegments_.front(), captions.committed.front()) ||
-         !isUnchanged(stableSourceSegments_.back(), captions.committed[oldCount - 1])))
+    const SourceSegmentArraySignature& taken = sourceSignature_->committed;
+    if (captions.committed.size() <= taken.count)
+        return false;
+    if (taken.count > 0 && (*taken.first != Edge::of(captions.committed.front()) ||
+                            *taken.last != Edge::of(captions.committed[taken.count - 1])))
         return false;
     const std::size_t oldRowCount = sourceTextRows_.size();
-    for (const CaptionSegment& segment : captions.committed.subspan(oldCount)) {
+    for (const CaptionSegment& segment : captions.committed.subspan(taken.count)) {
+        if (captions.clearedSegmentIDs.contains(segment.id))
+            continue;
         addSourceSegment(segment);
         // It is committed now, and shows there alone.
         if (isShownInLiveTail(segment.id))
@@ -112,7 +105,8 @@ bool LiveCaptionDisplayCache::appendSourceRowsIfPossible(const Captions& caption
     }
     mergedBilingual_.patchAfterAppend(sourceTextRows_, oldRowCount);
     ++sourceRevision_;
-    ++sourceAppendUpdateCount_;
+    // With cleared rows it counts as making all anew, and costs no more than an append.
+    ++(captions.clearedSegmentIDs.empty() ? sourceAppendUpdateCount_ : sourceFullRebuildCount_);
     return true;
 }
 

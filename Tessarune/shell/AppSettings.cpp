@@ -156,6 +156,8 @@ AppSettings::AppSettings(UserDefaults& store)
               percentCodec()),
       SETTING(keepOnTop, window, localizationKey("Keeps the window above all others."), true,
               boolCodec()),
+      SETTING(announceCaptions, window,
+              localizationKey("Lets a screen reader say each settled caption."), true, boolCodec()),
       SETTING(compactToolbar, window, localizationKey("Makes the toolbar small."), false,
               boolCodec()),
       SETTING(screenCaptureProtected, window,

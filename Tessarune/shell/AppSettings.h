@@ -97,6 +97,7 @@ class AppSettings {
 
     // The caption window and its toolbar
     Setting<bool> keepOnTop;
+    Setting<bool> announceCaptions;
     Setting<bool> compactToolbar;
     Setting<bool> screenCaptureProtected;
     Setting<bool> showClearSubtitlesInSubtitleToolbar;

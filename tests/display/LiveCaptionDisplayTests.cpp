@@ -187,6 +187,14 @@ TEST(LiveCaptionDisplayTests, WorkIsProportionalToTheChange) {
     const LiveCaptionDisplayTranslationPatch ofLive{
         captions.newID(), {captions.leading[0].id}, captions.leading[0].id, "quatre"};
     EXPECT_EQ(captions.refresh(false, &ofLive), live);
+    // What was cleared costs nothing any more.
+    captions.cleared = {captions.committed[0].id, captions.committed[1].id};
+    const auto cleared = captions.refresh();
+    captions.leading.clear();
+    captions.commit("Five.");
+    const auto after = captions.refresh();
+    EXPECT_EQ(shown(after.sourceTextTail), "Three.=|Five.=|");
+    EXPECT_EQ(&after.sourceTextTail[0], &cleared.sourceTextTail[0]);
 }
 
 TEST(LiveCaptionDisplayTests, OnlyNewsIsPublishedAndOnce) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QAccessible>
 #include <QClipboard>
 #include <QQuickItem>
 #include <QSignalSpy>
@@ -156,6 +157,82 @@ TEST_F(CaptionWindowTests, CommandsHaveTheKeysOfTheSettingsWhileTheyMakeSense) {
     QTest::keyClick(&window, Qt::Key_Return);
     EXPECT_EQ(captions.asked, Asked{"toggle"});
     EXPECT_FALSE(menu->isVisible());
+}
+
+TEST_F(CaptionWindowTests, TextIsSelectedAcrossRowsAndStaysSoWhileCaptionsGoOn) {
+    captions.settle("The first sentence.", "第一句。");
+    captions.settle("The second sentence.", "第二句。");
+    captions.publish();
+    captions.runFor(300);
+    QQuickWindow& window = captions.window->window();
+    const auto pointAt = [&](int row, const char* part, bool atEnd) {
+        QQuickItem* item = nullptr;
+        QMetaObject::invokeMethod(list(), "itemAtIndex", Q_RETURN_ARG(QQuickItem*, item),
+                                  Q_ARG(int, row));
+        const auto* const text = item->property(part).value<QQuickItem*>();
+        return text->mapToScene({atEnd ? text->implicitWidth() + 40 : 1, text->height() / 2})
+            .toPoint();
+    };
+    const QPoint from = pointAt(0, "translationItem", false);
+    const QPoint to = pointAt(1, "sourceItem", true);
+    QTest::mousePress(&window, Qt::LeftButton, Qt::ShiftModifier, from);
+    QTest::mouseMove(&window, to);
+    QTest::mouseRelease(&window, Qt::LeftButton, Qt::ShiftModifier, to);
+    captions.settle("The third sentence.");
+    captions.publish();
+    ASSERT_TRUE(runUntil([&] { return window.isActive(); }));
+    QTest::keyClick(&window, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "第一句。\nThe second sentence.");
+    captions.runFor(300);
+    QTest::mouseDClick(&window, Qt::LeftButton, {}, pointAt(1, "sourceItem", false));
+    QTest::keyClick(&window, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "The");
+}
+
+TEST_F(CaptionWindowTests, SaysWhyNoNewWordsCome) {
+    const auto* const pill = captions.window->window().findChild<QQuickItem*>("hearing");
+    const auto says = [&]() -> std::string {
+        return pill->isVisible() ? pill->property("text").toString().toStdString() : "";
+    };
+    captions.session.audioLevel = 0.5;
+    captions.speak("Words");
+    captions.enter(LiveSessionPhase::listening, Kind::none);
+    captions.publish();
+    EXPECT_EQ(says(), "");
+    captions.secondsBehind = 12;
+    EXPECT_TRUE(runUntil([&] { return says().find("12 s behind") != std::string::npos; }));
+    captions.secondsBehind = 0;
+    captions.session.audioLevel = 0;
+    EXPECT_TRUE(runUntil([&] { return says() == "现在没有声音"; }));
+    captions.speak("");
+    captions.session.clearedSegmentIDs = std::unordered_set<UUID>{UUID::random()};
+    captions.publish();
+    EXPECT_EQ(captions.window->stage().presentation(), "clear");
+    EXPECT_EQ(says().substr(0, 12), "正在接收");
+    captions.settle("Words.");
+    captions.enter(LiveSessionPhase::idle, Kind::idle);
+    captions.publish();
+    EXPECT_EQ(says(), "字幕已停止");
+}
+
+TEST_F(CaptionWindowTests, ReadsAsAListOfCaptionsToOtherPrograms) {
+    captions.settle("Said.", "说过。");
+    captions.publish();
+    captions.runFor(50);
+    QStringList unnamed;
+    QStringList captionsRead;
+    const std::function<void(QAccessibleInterface*)> read = [&](QAccessibleInterface* item) {
+        const QString name = item->text(QAccessible::Name);
+        if (item->role() == QAccessible::ListItem)
+            captionsRead << name;
+        if (item->role() == QAccessible::Button && name.isEmpty())
+            unnamed << item->object()->metaObject()->className();
+        for (int i = 0; i < item->childCount(); ++i)
+            read(item->child(i));
+    };
+    read(QAccessible::queryAccessibleInterface(&captions.window->window()));
+    EXPECT_EQ(captionsRead, QStringList{"Said.\n说过。"});
+    EXPECT_TRUE(unnamed.isEmpty()) << unnamed.join(' ').toStdString();
 }
 
 TEST_F(CaptionWindowTests, AButtonSaysWhatItDoesWhileThePointerRestsOnIt) {

@@ -8,6 +8,7 @@
 #include "tests/ui/OffscreenApplication.h"
 
 #include <algorithm>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -26,20 +27,31 @@ class StagedCaptions {
 
     void open() {
         window = std::make_unique<CaptionWindow>(CaptionWindowEnvironment{
-            host,
-            settings,
-            session,
-            {},
-            notice,
-            defaults,
-            {[this](const auto&) { asked.emplace_back("toggle"); },
-             [this](const AudioSource& source) { asked.push_back(source.logName()); },
-             [this] { asked.emplace_back("refresh"); }, [this] { asked.emplace_back("retry"); },
-             [this] { asked.emplace_back("clear"); },
-             [] {
-                 return TranscriptSnapshot{"Said.", "Said.\n说过。"};
-             },
-             [this] { notice = std::string(); }, [this] { asked.emplace_back("close"); }}});
+            .host = host,
+            .settings = settings,
+            .session = session,
+            .soundName = {},
+            .notice = notice,
+            .store = defaults,
+            .commands = {
+                .toggleListening = [this](const auto&) { asked.emplace_back("toggle"); },
+                .selectSource =
+                    [this](const AudioSource& source) { asked.push_back(source.logName()); },
+                .refreshInputDevices = asks("refresh"),
+                .retryTranslation = asks("retry"),
+                .clearCaptions = asks("clear"),
+                .visibleText =
+                    [] {
+                        return TranscriptSnapshot{"Said.", "Said.\n说过。"};
+                    },
+                .dismissNotice = [this] { notice = std::string(); },
+                .close = asks("close"),
+                .toggleWindow = asks("toggleWindow"),
+                .quit = asks("quit"),
+                .showHistory = asks("history"),
+                .showSettings = asks("settings")},
+            .secondsBehind = [this] { return secondsBehind; },
+            .reducesMotion = reducesMotion});
         window->show();
     }
 
@@ -88,11 +100,16 @@ class StagedCaptions {
     CaptionCore core = LiveCaptionCoreFactory::make(host, settings);
     SessionView session{display, core, noTranslation.view()};
     Published<std::string> notice;
+    Published<bool> reducesMotion{false};
+    double secondsBehind = 0;
     LiveCaptionDisplayFrame frame = LiveCaptionDisplayFrame::empty();
     std::vector<std::string> asked; ///< the commands that the window gave
     std::unique_ptr<CaptionWindow> window;
 
   private:
+    std::function<void()> asks(const char* command) {
+        return [this, command] { asked.emplace_back(command); };
+    }
     static LiveCaptionDisplaySegment row(const std::string& source, const std::string& translation,
                                          CaptionSegmentState state) {
         CaptionSegment segment;

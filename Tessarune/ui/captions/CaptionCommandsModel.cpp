@@ -18,6 +18,7 @@ CaptionCommandsModel::CaptionCommandsModel(const CaptionWindowEnvironment& envir
     observations_.follow(environment_.session.hasVisibleSourceTextFlag, changed);
     connect(&toolbar_, &CaptionToolbarModel::sessionChanged, this, changed);
     connect(&toolbar_, &CaptionToolbarModel::settingsChanged, this, changed);
+    connect(this, &CaptionCommandsModel::selectionChanged, this, changed);
     connect(&toolbar_, &CaptionToolbarModel::sourcesChanged, this, [this] { sourcesChanged(); });
     for (const Command& command : commands_) {
         if (!command.shortcut)
@@ -49,10 +50,14 @@ std::vector<CaptionCommandsModel::Command> CaptionCommandsModel::commands() cons
          .run = [this] { toolbar_.togglePin(); },
          .shortcut = &settings.shortcutPin,
          .isChecked = [this] { return toolbar_.keepsOnTop(); }},
-        {.text = [this] { return toolbar_.copyText(); },
-         .run = [this] { copy(true); },
+        {.text =
+             [this] {
+                 return selection_.isEmpty() ? toolbar_.copyText()
+                                             : QString::fromStdString(localized("复制所选文字"));
+             },
+         .run = [this] { copySelected(); },
          .shortcut = &settings.shortcutCopy,
-         .isEnabled = hasText,
+         .isEnabled = [this, hasText] { return hasText() || !selection_.isEmpty(); },
          .isFirstOfGroup = true},
         {.text = [this] { return toolbar_.copyOriginalText(); },
          .run = [this] { copy(false); },
@@ -153,6 +158,13 @@ void CaptionCommandsModel::press(int row) const {
         std::function(command->runByKeys)();
     else
         choose(row);
+}
+
+void CaptionCommandsModel::copySelected() const {
+    if (selection_.isEmpty())
+        copy(true);
+    else
+        QGuiApplication::clipboard()->setText(selection_);
 }
 
 void CaptionCommandsModel::copy(bool withTranslations) const {

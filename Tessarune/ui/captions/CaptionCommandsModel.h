@@ -18,6 +18,8 @@ namespace tessarune {
 /// toolbar outlive it.
 class CaptionCommandsModel final : public QAbstractListModel {
     Q_OBJECT
+    /// What the user has selected among the captions.
+    Q_PROPERTY(QString selection MEMBER selection_ NOTIFY selectionChanged)
 
   public:
     enum Role {
@@ -44,6 +46,9 @@ class CaptionCommandsModel final : public QAbstractListModel {
     Q_INVOKABLE void copy(bool withTranslations) const;
     Q_INVOKABLE void clear() const { environment_.commands.clearCaptions(); }
 
+  Q_SIGNALS:
+    void selectionChanged();
+
   private:
     struct Command {
         std::function<QString()> text;
@@ -58,11 +63,14 @@ class CaptionCommandsModel final : public QAbstractListModel {
 
     std::vector<Command> commands() const;
     const Command* at(int row) const;
+    /// Of the selection, if there is one.
+    void copySelected() const;
     void sourcesChanged();
     void announceChange();
 
     const CaptionWindowEnvironment& environment_;
     const CaptionToolbarModel& toolbar_;
+    QString selection_;
     QStringList sources_;
     std::vector<Command> commands_;
     Observations observations_;

@@ -125,7 +125,7 @@ void CaptionFollow::scrollToEnd() {
         return;
     const double glide = glide_ + moveToEnd();
     gliding_.stop();
-    if (glide <= 0 || glide > hiddenHeight_) {
+    if (glide <= 0 || glide > hiddenHeight_ || stage_->reducesMotion()) {
         setGlide(0);
         return;
     }

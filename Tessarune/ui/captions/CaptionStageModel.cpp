@@ -27,6 +27,7 @@ CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment
         updateRows();
         Q_EMIT settingsChanged();
     });
+    observations_.follow(environment_.reducesMotion, [this] { Q_EMIT settingsChanged(); });
     updateRows();
 }
 
@@ -55,6 +56,11 @@ qulonglong CaptionStageModel::contentRevision() const {
     return CaptionStage::contentRevision(frame());
 }
 
+bool CaptionStageModel::isCleared() const {
+    return frame().sessionPhase == LiveSessionPhase::listening &&
+           !environment_.session.clearedSegmentIDs->empty();
+}
+
 QString CaptionStageModel::presentation() const {
     if (CaptionStage::hasCaptionOutput(frame()))
         return QStringLiteral("content");
@@ -65,7 +71,8 @@ QString CaptionStageModel::presentation() const {
     case CaptionEmptyPresentation::idle:
         return QStringLiteral("empty-idle");
     case CaptionEmptyPresentation::checking:
-        return QStringLiteral("empty-checking");
+        // Who took the captions away knows that there is sound.
+        return isCleared() ? QStringLiteral("clear") : QStringLiteral("empty-checking");
     case CaptionEmptyPresentation::silent:
         return QStringLiteral("empty-silent");
     }
@@ -114,6 +121,10 @@ QString CaptionStageModel::translationStatus() const {
     return QString::fromStdString(
         localized("还没有%@的翻译模型。下载：tessarune-terminal --languages download %@",
                   {TranslationSupport::translationTargetDisplayName(*language), target}));
+}
+
+QString CaptionStageModel::listName() const {
+    return QString::fromStdString(localized("字幕"));
 }
 
 QString CaptionStageModel::retryText() const {

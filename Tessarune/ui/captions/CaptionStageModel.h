@@ -29,6 +29,8 @@ class CaptionStageModel final : public QObject {
     Q_PROPERTY(QString retryText READ retryText CONSTANT)
     Q_PROPERTY(QString newestText READ newestText CONSTANT)
 
+    Q_PROPERTY(QString listName READ listName CONSTANT)
+    Q_PROPERTY(bool reducesMotion READ reducesMotion NOTIFY settingsChanged)
     Q_PROPERTY(bool translates READ translates NOTIFY settingsChanged)
     Q_PROPERTY(bool isBilingual READ isBilingual NOTIFY settingsChanged)
     Q_PROPERTY(bool swaps READ swaps NOTIFY settingsChanged)
@@ -59,6 +61,8 @@ class CaptionStageModel final : public QObject {
     QString retryText() const;
     QString newestText() const;
 
+    QString listName() const;
+    bool reducesMotion() const { return *environment_.reducesMotion; }
     bool translates() const { return settings().translationEnabled; }
     bool isBilingual() const;
     bool swaps() const { return settings().swapCaptionOrder; }
@@ -85,6 +89,7 @@ class CaptionStageModel final : public QObject {
     const LiveCaptionDisplayStore& display() const { return environment_.session.captionDisplay; }
     const LiveCaptionDisplayFrame& frame() const { return *display().frame; }
     const SubtitleCaptionSettingsViewState& settings() const { return *settings_.state; }
+    bool isCleared() const;
     void updateRows();
 
     const CaptionWindowEnvironment& environment_;

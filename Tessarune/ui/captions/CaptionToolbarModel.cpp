@@ -10,8 +10,6 @@ namespace tessarune {
 
 namespace {
 
-constexpr int levelPollMS = 80;
-
 QString text(std::string_view key) {
     return QString::fromStdString(localized(key));
 }
@@ -35,30 +33,7 @@ CaptionToolbarModel::CaptionToolbarModel(const CaptionWindowEnvironment& environ
     });
     observations_.follow(environment_.notice, announce(&CaptionToolbarModel::noticeChanged));
     observations_.follow(settings_.state, announce(&CaptionToolbarModel::settingsChanged));
-    observations_.follow(session().sessionPhase, [this] {
-        followLevel();
-        Q_EMIT sessionChanged();
-    });
-    levelTimer_.setInterval(levelPollMS);
-    connect(&levelTimer_, &QTimer::timeout, this, &CaptionToolbarModel::pollLevel);
-    followLevel();
-}
-
-void CaptionToolbarModel::followLevel() {
-    if (*session().sessionPhase == LiveSessionPhase::listening)
-        levelTimer_.start();
-    else
-        levelTimer_.stop();
-    pollLevel();
-}
-
-void CaptionToolbarModel::pollLevel() {
-    const double level =
-        *session().sessionPhase == LiveSessionPhase::listening ? session().audioLevel : 0;
-    if (level == level_)
-        return;
-    level_ = level;
-    Q_EMIT levelChanged();
+    observations_.follow(session().sessionPhase, announce(&CaptionToolbarModel::sessionChanged));
 }
 
 bool CaptionToolbarModel::isBusy() const {
@@ -153,7 +128,8 @@ QString CaptionToolbarModel::pinText() const {
 }
 
 QString CaptionToolbarModel::keepOnTopText() const {
-    return text("窗口置顶");
+    return environment_.canStayOnTop ? text("窗口置顶")
+                                     : text("窗口置顶（此桌面须用窗口自己的菜单）");
 }
 
 QString CaptionToolbarModel::copyText() const {

@@ -7,7 +7,6 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
-#include <QTimer>
 #include <vector>
 
 namespace tessarune {
@@ -32,7 +31,6 @@ class CaptionToolbarModel final : public QObject {
     Q_PROPERTY(QString notice READ notice NOTIFY noticeChanged)
     Q_PROPERTY(QString dismissText READ dismissText CONSTANT)
     Q_PROPERTY(QString duration READ duration NOTIFY durationChanged)
-    Q_PROPERTY(double level READ level NOTIFY levelChanged) ///< 0 to 1
 
     Q_PROPERTY(bool keepsOnTop READ keepsOnTop NOTIFY settingsChanged)
     Q_PROPERTY(bool showsPin READ showsPin NOTIFY settingsChanged)
@@ -69,7 +67,6 @@ class CaptionToolbarModel final : public QObject {
     QString notice() const { return QString::fromStdString(*environment_.notice); }
     QString dismissText() const;
     QString duration() const;
-    double level() const { return level_; }
 
     bool keepsOnTop() const { return settings_.state->keepOnTop; }
     bool showsPin() const { return settings_.state->showPinWindow; }
@@ -116,7 +113,6 @@ class CaptionToolbarModel final : public QObject {
     void sessionChanged();
     void sourcesChanged();
     void durationChanged();
-    void levelChanged();
     void noticeChanged();
     void settingsChanged();
 
@@ -124,13 +120,9 @@ class CaptionToolbarModel final : public QObject {
     const SessionView& session() const { return environment_.session; }
     AppSettings& appSettings() const { return environment_.settings; }
     std::vector<AudioSource> listedSources() const;
-    void followLevel();
-    void pollLevel();
 
     const CaptionWindowEnvironment& environment_;
     SubtitleToolbarSettingsStore settings_;
-    QTimer levelTimer_; // runs while the session listens
-    double level_ = 0;
     Observations observations_;
 };
 

@@ -1,6 +1,7 @@
 #include "Tessarune/ui/captions/CaptionWindow.h"
 
 #include "Tessarune/ui/captions/CaptionFollow.h"
+#include "Tessarune/ui/captions/CaptionSelection.h"
 #include "Tessarune/ui/captions/StreamingText.h"
 
 #include <QVariantMap>
@@ -20,6 +21,9 @@ void registerTypes() {
     static const bool once = [] {
         useCaptionFiles();
         qmlRegisterType<CaptionFollow>("Tessarune", 1, 0, "CaptionFollow");
+        qmlRegisterType<CaptionSelection>("Tessarune", 1, 0, "CaptionSelection");
+        qmlRegisterUncreatableType<CaptionHearingModel>("Tessarune", 1, 0, "CaptionHearingModel",
+                                                        {});
         qmlRegisterType<StreamingText>("Tessarune", 1, 0, "StreamingText");
         qmlRegisterUncreatableType<CaptionCommandsModel>("Tessarune", 1, 0, "CaptionCommandsModel",
                                                          {});
@@ -40,19 +44,22 @@ CaptionWindow::CaptionWindow(CaptionWindowEnvironment environment)
       model_(environment_),
       stage_(environment_),
       toolbar_(environment_),
-      commands_(environment_, toolbar_) {
+      commands_(environment_, toolbar_),
+      hearing_(environment_) {
     registerTypes();
     QQuickWindow::setDefaultAlphaBuffer(true);
     engine_.setInitialProperties({{"model", QVariant::fromValue(&model_)},
                                   {"stage", QVariant::fromValue(&stage_)},
                                   {"toolbar", QVariant::fromValue(&toolbar_)},
-                                  {"commands", QVariant::fromValue(&commands_)}});
+                                  {"commands", QVariant::fromValue(&commands_)},
+                                  {"hearing", QVariant::fromValue(&hearing_)}});
     engine_.load(QUrl(QStringLiteral("qrc:/captions/CaptionWindow.qml")));
     if (engine_.rootObjects().isEmpty())
         qFatal("the caption window's files cannot be loaded");
     window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
     place_ = std::make_unique<CaptionWindowPlace>(*window_, environment_.store);
     place_->restore();
+    announcer_ = std::make_unique<CaptionAnnouncer>(environment_, *window_);
 }
 
 void CaptionWindow::show() {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "Tessarune/ui/captions/CaptionAnnouncer.h"
 #include "Tessarune/ui/captions/CaptionCommandsModel.h"
+#include "Tessarune/ui/captions/CaptionHearingModel.h"
 #include "Tessarune/ui/captions/CaptionStageModel.h"
 #include "Tessarune/ui/captions/CaptionToolbarModel.h"
 #include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
@@ -33,9 +35,11 @@ class CaptionWindow {
     CaptionStageModel stage_;
     CaptionToolbarModel toolbar_;
     CaptionCommandsModel commands_;
+    CaptionHearingModel hearing_;
     QQmlApplicationEngine engine_;
     QQuickWindow* window_ = nullptr; // the engine's
     std::unique_ptr<CaptionWindowPlace> place_;
+    std::unique_ptr<CaptionAnnouncer> announcer_;
 };
 
 } // namespace tessarune

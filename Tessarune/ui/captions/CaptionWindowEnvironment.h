@@ -41,6 +41,12 @@ struct CaptionWindowEnvironment {
     /// Where the window keeps its place.
     UserDefaults& store;
     Commands commands;
+    /// How far the captions are behind the sound, in seconds; absent: nobody knows.
+    std::function<double()> secondsBehind{};
+    /// Whether the desktop asks for less motion.
+    const Published<bool>& reducesMotion;
+    /// Whether this desktop lets a program keep its window above others.
+    bool canStayOnTop = true;
 };
 
 } // namespace tessarune

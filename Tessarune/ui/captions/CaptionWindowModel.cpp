@@ -22,6 +22,8 @@ CaptionWindowModel::CaptionWindowModel(const CaptionWindowEnvironment& environme
       chrome_(environment.host) {
     observations_.follow(settings_.state, [this] { Q_EMIT settingsChanged(); });
     observations_.follow(chrome_.isPresented, [this] { Q_EMIT chromeChanged(); });
+    observations_.followChanges(environment_.settings.showDockIcon.published(),
+                                [this](bool) { Q_EMIT listedChanged(); });
 }
 
 QColor CaptionWindowModel::background() const {

@@ -18,6 +18,8 @@ class CaptionWindowModel final : public QObject {
     /// Texts need an outline: what is behind the window shines through.
     Q_PROPERTY(bool isTranslucent READ isTranslucent NOTIFY settingsChanged)
     Q_PROPERTY(bool keepsOnTop READ keepsOnTop NOTIFY settingsChanged)
+    /// The desktop lists it among the running programs.
+    Q_PROPERTY(bool isListed READ isListed NOTIFY listedChanged)
     Q_PROPERTY(bool showsChrome READ showsChrome NOTIFY chromeChanged)
 
   public:
@@ -26,6 +28,7 @@ class CaptionWindowModel final : public QObject {
     QColor background() const;
     bool isTranslucent() const;
     bool keepsOnTop() const { return settings_.state->keepOnTop; }
+    bool isListed() const { return *environment_.settings.showDockIcon; }
     bool showsChrome() const { return *chrome_.isPresented; }
 
     Q_INVOKABLE void setHovered(bool hovered) { chrome_.setBodyHovering(hovered); }
@@ -36,6 +39,7 @@ class CaptionWindowModel final : public QObject {
   Q_SIGNALS:
     void settingsChanged();
     void chromeChanged();
+    void listedChanged();
 
   private:
     const CaptionWindowEnvironment& environment_;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr int settledMS = 1000;
 /// So much of the window must be on a screen.
-constexpr QSize handle(120, 60);
+constexpr QSize leastVisible(120, 60);
 
 QString textOf(const QRect& rect) {
     return QStringLiteral("%1x%2+%3+%4")
@@ -25,7 +25,7 @@ QString textOf(const QRect& rect) {
 bool canBeTakenHoldOf(const QRect& rect) {
     return std::ranges::any_of(QGuiApplication::screens(), [&](const QScreen* screen) {
         const QRect visible = screen->availableGeometry() & rect;
-        return visible.width() >= handle.width() && visible.height() >= handle.height();
+        return visible.width() >= leastVisible.width() && visible.height() >= leastVisible.height();
     });
 }
 

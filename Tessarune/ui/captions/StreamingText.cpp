@@ -16,7 +16,7 @@ void StreamingText::stream() {
         streaming_->onReveal = [this](std::size_t) { Q_EMIT markupChanged(); };
     }
     streaming_->options = {.animated = stage_->streams(),
-                           .reduceMotion = false,
+                           .reduceMotion = stage_->reducesMotion(),
                            .paceMS = stage_->paceMS(),
                            .highlightLastWord = stage_->highlights()};
     streaming_->stream(text_.toStdString());

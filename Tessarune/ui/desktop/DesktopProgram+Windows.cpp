@@ -8,6 +8,16 @@
 
 namespace tessarune {
 
+namespace {
+
+double secondsBehind(const LiveSystemAudioTranscriber& transcriber) {
+    const PerfStats stats = transcriber.perfStats();
+    const auto found = stats.find("secondsBehind");
+    return found == stats.end() ? 0 : found->second;
+}
+
+} // namespace
+
 /// The windows that open when they are asked for. The menus have an entry for each.
 void DesktopProgram::offerWindows() {
     windows_.offer<SettingsWindow>(DesktopWindows::Kind::settings,
@@ -40,7 +50,10 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
             .toggleWindow = [this] { toggleWindow(); },
             .quit = [this] { quit(); },
             .showHistory = opens(Kind::history),
-            .showSettings = opens(Kind::settings)}};
+            .showSettings = opens(Kind::settings)},
+        .secondsBehind = [this] { return secondsBehind(store().liveTranscriber()); },
+        .reducesMotion = motion_.isReduced,
+        .canStayOnTop = QGuiApplication::platformName() != QLatin1String("wayland")};
 }
 
 void DesktopProgram::makeTray() {

@@ -3,6 +3,7 @@
 #include "Tessarune/app/Application.h"
 #include "Tessarune/app/ListeningSession.h"
 #include "Tessarune/app/LoginItem.h"
+#include "Tessarune/platform/qt-desktop/DesktopMotion.h"
 #include "Tessarune/platform/qt-desktop/SingleInstance.h"
 #include "Tessarune/platform/qt-desktop/SleepWatch.h"
 #include "Tessarune/platform/qt-desktop/XDGDesktop.h"
@@ -78,6 +79,7 @@ class DesktopProgram {
     LoginItem loginItem_;
     std::optional<SleepWatch> sleepWatch_;
     std::optional<LostDisplay> lostDisplay_;
+    DesktopMotion motion_;
     Published<std::string> notice_;
     std::string soundProblem_; // what was said of it last
     std::unique_ptr<CaptionWindow> window_;

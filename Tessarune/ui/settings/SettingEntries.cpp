@@ -216,7 +216,13 @@ void addCaptions(std::vector<SettingEntry>& all, AppSettings& s) {
                    .control = SettingControl::color,
                    .needs = &s.highlightChanges});
 
-    all.push_back({pane, localizationKey("字幕窗口"), localizationKey("窗口置顶"), &s.keepOnTop});
+    const auto window = localizationKey("字幕窗口");
+    all.push_back({pane, window, localizationKey("窗口置顶"), &s.keepOnTop});
+    all.push_back({pane, window, localizationKey("随桌面启动"), &s.launchAtLogin});
+    all.push_back({pane, window, localizationKey("列入运行的程序"), &s.showDockIcon});
+    all.push_back(
+        {pane, window, localizationKey("再次启动时开始或停止"), &s.dockClickTogglesRecord});
+    all.push_back({pane, window, localizationKey("朗读定稿的字幕"), &s.announceCaptions});
     const auto addButton = [&](std::string_view title, Setting<bool>& shows) {
         all.push_back({.pane = pane,
                        .section = localizationKey("工具栏按钮"),
@@ -377,17 +383,11 @@ std::vector<SettingEntry> settingEntries(AppSettings& settings) {
 }
 
 bool isWithoutEffect(const AppSettings& settings, const AnySetting& setting) {
-    const AnySetting* const idle[] = {&settings.compactToolbar,
-                                      &settings.screenCaptureProtected,
-                                      &settings.subtitleLyricsLayout,
-                                      &settings.historyPlaybackDiagnosticsEnabled,
-                                      &settings.dockClickTogglesRecord,
-                                      &settings.launchAtLogin,
-                                      &settings.showDockIcon,
-                                      &settings.screenshotEnabled,
-                                      &settings.screenshotIntervalMs,
-                                      &settings.arenaScreenshotEnabled,
-                                      &settings.arenaScreenshotIntervalMs};
+    const AnySetting* const idle[] = {
+        &settings.compactToolbar,         &settings.screenCaptureProtected,
+        &settings.subtitleLyricsLayout,   &settings.historyPlaybackDiagnosticsEnabled,
+        &settings.screenshotEnabled,      &settings.screenshotIntervalMs,
+        &settings.arenaScreenshotEnabled, &settings.arenaScreenshotIntervalMs};
     return std::ranges::find(idle, &setting) != std::end(idle);
 }
 

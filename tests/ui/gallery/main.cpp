@@ -1,16 +1,20 @@
 // Draws the caption window in every state, and the settings window pane by pane, into PNG files:
-// caption-gallery FOLDER [LOCALE]
+// caption-gallery FOLDER [LOCALE]. Puts the pictures of all folders below one on a sheet:
+// caption-gallery --sheet FOLDER
 
 #include "Tessarune/shell/StringTables.h"
 #include "tests/ui/StagedCaptions.h"
 #include "tests/ui/StagedSettings.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QImage>
+#include <QPainter>
 #include <QPalette>
 #include <QQuickItem>
 #include <functional>
 #include <iostream>
+#include <utility>
 
 namespace {
 
@@ -21,6 +25,7 @@ struct Picture {
     const char* name;
     std::function<void(StagedCaptions&)> stage;
     std::function<void(StagedCaptions&)> act = {}; // with the window open
+    bool hasLayouts = true;                        // what it shows depends on the layout
 };
 
 void talk(StagedCaptions& captions) {
@@ -42,25 +47,68 @@ void talk(StagedCaptions& captions) {
 }
 
 const Picture pictures[] = {
-    {"idle", [](auto&) {}},
-    {"checking", [](auto& c) { c.enter(LiveSessionPhase::loading, Kind::checking); }},
-    {"silent", [](auto& c) { c.enter(LiveSessionPhase::listening, Kind::silent); }},
+    {"idle", [](auto&) {}, {}, false},
+    {"checking", [](auto& c) { c.enter(LiveSessionPhase::loading, Kind::checking); }, {}, false},
+    {"silent", [](auto& c) { c.enter(LiveSessionPhase::listening, Kind::silent); }, {}, false},
     {"bilingual", talk},
     {"bilingual-swapped",
      [](auto& c) {
          c.settings.swapCaptionOrder = true;
          talk(c);
      }},
-    {"lyrics",
-     [](auto& c) {
-         c.settings.subtitleLayoutMode = SubtitleLayoutMode::lyrics;
-         talk(c);
-     }},
     {"source-only",
      [](auto& c) {
          c.settings.translationBackend = "关闭";
          talk(c);
+     },
+     {},
+     false},
+    {"quiet",
+     [](auto& c) {
+         talk(c);
+         c.session.audioLevel = 0;
+     },
+     [](auto& c) { c.runFor(4500); }, false},
+    {"behind",
+     [](auto& c) {
+         talk(c);
+         c.secondsBehind = 14;
      }},
+    {"stopped",
+     [](auto& c) {
+         talk(c);
+         c.speak("");
+         c.frame.ghostTranslationText.clear();
+         c.enter(LiveSessionPhase::idle, Kind::idle);
+     }},
+    {"selected", talk,
+     [](auto& c) {
+         c.runFor(400);
+         auto* const stage = c.window->window()
+                                 .template findChild<QQuickItem*>("sourceList")
+                                 ->parentItem()
+                                 ->parentItem();
+         QMetaObject::invokeMethod(stage, "selectAll");
+     }},
+    {"reading-back",
+     [](auto& c) {
+         for (int i = 0; i < 12; ++i)
+             talk(c);
+     },
+     [](auto& c) {
+         c.runFor(400);
+         auto* const list = c.window->window()
+                                .template findChild<QQuickItem*>("sourceList")
+                                ->template findChild<QQuickItem*>("list");
+         QMetaObject::invokeMethod(list, "flick", Q_ARG(double, 0), Q_ARG(double, 1500));
+     }},
+    {"large-type",
+     [](auto& c) {
+         c.settings.sourceFontSize = 44;
+         c.settings.translationFontSize = 36;
+         talk(c);
+     }},
+    {"narrow", talk, [](auto& c) { c.window->window().resize(400, 420); }},
     {"translucent",
      [](auto& c) {
          c.settings.bgOpacity = 40;
@@ -84,7 +132,9 @@ const Picture pictures[] = {
          c.frame.translationStatus = {"2 条字幕没有译文", true, true};
      }},
     {"notice",
-     [](auto& c) { c.notice = localized("There is no sound server: %@", {"Connection refused"}); }},
+     [](auto& c) { c.notice = localized("There is no sound server: %@", {"Connection refused"}); },
+     {},
+     false},
     {"menu",
      [](auto& c) {
          c.settings.showCopyBilingualInSubtitleToolbar = true;
@@ -155,26 +205,73 @@ bool drawSettings(const QString& folder, bool isDark) {
     return true;
 }
 
+bool draw(const Picture& picture, SubtitleLayoutMode layout, const QString& file) {
+    StagedCaptions captions;
+    captions.settings.smoothPaceMS = 60;
+    captions.settings.subtitleLayoutMode = layout;
+    picture.stage(captions);
+    captions.publish();
+    captions.open();
+    if (picture.act)
+        picture.act(captions);
+    captions.runFor(1600);
+    return save(captions.window->window(), file);
+}
+
+int drawAll(const QString& folder) {
+    QDir().mkpath(folder);
+    for (const Picture& picture : pictures) {
+        for (const auto& [layout, suffix] : {std::pair(SubtitleLayoutMode::bilingualCompare, ""),
+                                             std::pair(SubtitleLayoutMode::lyrics, "-lyrics")}) {
+            if (layout == SubtitleLayoutMode::lyrics && !picture.hasLayouts)
+                continue;
+            const QString file = folder + "/" + picture.name + suffix + ".png";
+            if (!draw(picture, layout, file))
+                return 1;
+        }
+    }
+    return drawSettings(folder, true) && drawSettings(folder, false) ? 0 : 1;
+}
+
+/// A column for each folder, a line for each picture, over something light and something dark.
+int drawSheet(const QString& folder) {
+    const QDir all(folder);
+    const QStringList columns = all.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
+    if (columns.isEmpty())
+        return 1;
+    const QStringList names =
+        QDir(all.filePath(columns.front())).entryList({"*.png"}, QDir::Files, QDir::Name);
+    constexpr QSize cell(480, 240);
+    constexpr int label = 20;
+    QImage sheet(cell.width() * static_cast<int>(columns.size()),
+                 (cell.height() + label) * static_cast<int>(names.size()), QImage::Format_RGB32);
+    sheet.fill(Qt::white);
+    QPainter painter(&sheet);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform);
+    for (int column = 0; column < columns.size(); ++column) {
+        for (int line = 0; line < names.size(); ++line) {
+            const QPoint corner(column * cell.width(), line * (cell.height() + label));
+            painter.drawText(corner + QPoint(6, label - 6),
+                             columns[column] + "  " + QFileInfo(names[line]).baseName());
+            const QRect place(corner + QPoint(0, label), cell);
+            painter.fillRect(place, column % 2 == 0 ? QColor(0x3a5f7d) : QColor(0xf4f1ea));
+            const QImage picture(all.filePath(columns[column] + "/" + names[line]));
+            const QSize size = picture.size().scaled(cell - QSize(12, 12), Qt::KeepAspectRatio);
+            painter.drawImage(QRect(place.topLeft() + QPoint(6, 6), size), picture);
+        }
+    }
+    return sheet.save(all.filePath("sheet.png")) ? 0 : 1;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
-    const QString folder = QString::fromLocal8Bit(argc > 1 ? argv[1] : "gallery");
+    const bool isSheet = argc > 2 && QByteArray(argv[1]) == "--sheet";
+    const QString folder = QString::fromLocal8Bit(argc > 1 ? argv[isSheet ? 2 : 1] : "gallery");
     qputenv("QT_QUICK_BACKEND", "software");
-    setLocalizationTable(StringTables::forLocale(argc > 2 ? argv[2] : "zh_CN"));
     offscreenApplication();
-    QDir().mkpath(folder);
-    for (const Picture& picture : pictures) {
-        StagedCaptions captions;
-        captions.settings.smoothPaceMS = 60;
-        picture.stage(captions);
-        captions.publish();
-        captions.open();
-        if (picture.act)
-            picture.act(captions);
-        captions.runFor(1600);
-        const QString file = folder + "/" + picture.name + ".png";
-        if (!save(captions.window->window(), file))
-            return 1;
-    }
-    return drawSettings(folder, true) && drawSettings(folder, false) ? 0 : 1;
+    if (isSheet)
+        return drawSheet(folder);
+    setLocalizationTable(StringTables::forLocale(argc > 2 ? argv[2] : "zh_CN"));
+    return drawAll(folder);
 }

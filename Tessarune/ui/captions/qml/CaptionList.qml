@@ -10,6 +10,7 @@ Item {
     required property CaptionRowsModel rows
     required property bool outlined
     property alias reviewing: follow.reviewing
+    property alias selection: marked
     // What glides up comes from here.
     readonly property real room: 160
 
@@ -23,6 +24,8 @@ Item {
         id: list
 
         objectName: "list"
+        Accessible.role: Accessible.List
+        Accessible.name: root.stage.listName
         anchors { fill: parent; topMargin: -root.room }
         topMargin: Math.max(root.room, height - contentHeight)
         model: root.rows
@@ -32,12 +35,14 @@ Item {
         delegate: CaptionRow {
             stage: root.stage
             outlined: root.outlined
+            selection: marked
             isPrimary: index >= root.rows.firstPrimary
             isReviewing: follow.reviewing
             fromTop: y - list.contentY - root.room + follow.glide
             belowEnd: fromTop + height - root.height
         }
         add: Transition {
+            enabled: !root.stage.reducesMotion
             NumberAnimation { property: "fade"; from: 0; to: 1; duration: 220 }
         }
 
@@ -46,6 +51,13 @@ Item {
         onContentYChanged: follow.moved()
         onContentHeightChanged: follow.contentHeightChanged()
         onHeightChanged: follow.heightChanged()
+    }
+
+    CaptionSelection {
+        id: marked
+        stage: root.stage
+        rows: root.rows
+        list: list
     }
 
     CaptionFollow {

@@ -83,7 +83,7 @@ MouseArea {
                     id: item
                     y: line.height
                     width: parent.width
-                    height: 30
+                    height: 26
                     label: entry.text
                     keysText: entry.keysText
                     isOn: entry.checked

@@ -7,6 +7,7 @@ Item {
 
     required property CaptionStageModel stage
     required property bool outlined
+    required property CaptionSelection selection
     required property bool isPrimary
     required property bool isReviewing
     // Where the row begins, and by how much it ends too low, in the visible part of the list.
@@ -25,10 +26,30 @@ Item {
     readonly property real gap: isBilingual ? Math.round(stage.translationFont.pixelSize * 0.2) : 0
     readonly property real spacing: Math.round(stage.sourceFont.pixelSize * (stage.isBilingual ? 0.62 : 0.34))
 
+    // For the selection, which finds the characters in them.
+    readonly property Item sourceItem: sourceText
+    readonly property Item translationItem: translationText
+
+    Accessible.role: Accessible.ListItem
+    Accessible.name: [source, translation].filter(text => text !== "").join("\n")
     width: ListView.view ? ListView.view.width : 0
     height: sourceText.shownHeight + gap + translationText.shownHeight + spacing
     // Lines that scroll out fade instead of being cut.
     opacity: fade * Math.max(0, Math.min(1, (fromTop + height * 0.8) / (height * 0.6), 1.2 - belowEnd / height))
+
+    SelectionMarks {
+        selection: root.selection
+        row: root.index
+        isTranslation: false
+        of: sourceText
+    }
+
+    SelectionMarks {
+        selection: root.selection
+        row: root.index
+        isTranslation: true
+        of: translationText
+    }
 
     SmoothText {
         id: sourceText
@@ -48,6 +69,7 @@ Item {
         styleColor: "#d0000000"
 
         Behavior on opacity {
+            enabled: !root.stage.reducesMotion
             NumberAnimation { duration: 260 }
         }
     }
@@ -73,6 +95,7 @@ Item {
         styleColor: "#d0000000"
 
         Behavior on opacity {
+            enabled: !root.stage.reducesMotion
             NumberAnimation { duration: 260 }
         }
     }

@@ -13,6 +13,38 @@ Item {
     readonly property real seam: isSplit ? 29 : 0
     readonly property real blockHeight: isSplit ? (captions.height - seam) / 2 : captions.height
 
+    readonly property string selectedText: sourceList.selection.text !== "" ? sourceList.selection.text : translationList.selection.text
+    property CaptionList selecting: sourceList
+
+    function pointIn(from: Item, x: real, y: real): point {
+        return from.mapToItem(selecting.selection.list, x, y);
+    }
+    function startSelection(from: Item, x: real, y: real): point {
+        clearSelection();
+        const isInTranslations = translationList.visible && translationList.contains(from.mapToItem(translationList, x, y));
+        selecting = isInTranslations ? translationList : sourceList;
+        return pointIn(from, x, y);
+    }
+    function beginSelection(from: Item, x: real, y: real) {
+        const start = startSelection(from, x, y);
+        selecting.selection.begin(start.x, start.y);
+    }
+    function selectWord(from: Item, x: real, y: real) {
+        const start = startSelection(from, x, y);
+        selecting.selection.selectWord(start.x, start.y);
+    }
+    function extendSelection(from: Item, x: real, y: real) {
+        const end = pointIn(from, x, y);
+        selecting.selection.extend(end.x, end.y);
+    }
+    function selectAll() {
+        selecting.selection.selectAll();
+    }
+    function clearSelection() {
+        sourceList.selection.clear();
+        translationList.selection.clear();
+    }
+
     function returnToNewest() {
         sourceList.returnToNewest();
         translationList.returnToNewest();
@@ -34,6 +66,7 @@ Item {
         visible: opacity > 0
 
         Behavior on opacity {
+            enabled: !root.stage.reducesMotion
             NumberAnimation { duration: 180 }
         }
 
@@ -77,5 +110,6 @@ Item {
         title: root.stage.emptyTitle
         subtitle: root.stage.emptySubtitle
         color: root.stage.sourceColor
+        reducesMotion: root.stage.reducesMotion
     }
 }

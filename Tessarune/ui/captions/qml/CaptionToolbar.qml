@@ -7,6 +7,7 @@ Item {
 
     required property CaptionToolbarModel toolbar
     required property CaptionCommandsModel commands
+    required property CaptionHearingModel hearing
     required property color background
     required property real radius
     required property bool shown
@@ -51,7 +52,7 @@ Item {
             anchors.verticalCenter: parent.verticalCenter
             name: root.toolbar.sourceName
             hint: root.toolbar.sourceText
-            level: root.toolbar.level
+            level: root.hearing.level
             isListening: root.toolbar.isListening
             hasChoice: root.toolbar.sources.length > 0
             maximumWidth: root.width - buttons.width - 200

@@ -9,11 +9,12 @@ Window {
     required property CaptionStageModel stage
     required property CaptionToolbarModel toolbar
     required property CaptionCommandsModel commands
+    required property CaptionHearingModel hearing
     readonly property bool menuOpen: tools.menuOpen || menu.visible
 
     title: "Tessarune"
     color: "transparent"
-    flags: Qt.Window | Qt.FramelessWindowHint | (model.keepsOnTop ? Qt.WindowStaysOnTopHint : 0)
+    flags: (model.isListed ? Qt.Window : Qt.Tool) | Qt.FramelessWindowHint | (model.keepsOnTop ? Qt.WindowStaysOnTopHint : 0)
     width: 940
     height: 400
     minimumWidth: 380
@@ -49,12 +50,14 @@ Window {
 
         MoveArea {
             anchors.fill: parent
+            stage: captions
         }
 
         StageControls {
             anchors.fill: parent
             stage: window.stage
             toolbar: window.toolbar
+            hearing: window.hearing
             reviewing: captions.reviewing
             onReturnRequested: captions.returnToNewest()
         }
@@ -64,6 +67,7 @@ Window {
             anchors { left: parent.left; right: parent.right; top: parent.top }
             toolbar: window.toolbar
             commands: window.commands
+            hearing: window.hearing
             background: window.model.background
             radius: body.radius
             shown: window.model.showsChrome
@@ -114,6 +118,20 @@ Window {
                 onActivated: window.commands.press(command.index)
             }
         }
+    }
+    Binding {
+        target: window.commands
+        property: "selection"
+        value: captions.selectedText
+    }
+    Shortcut {
+        sequences: [StandardKey.SelectAll]
+        onActivated: captions.selectAll()
+    }
+    Shortcut {
+        sequences: [StandardKey.Cancel]
+        enabled: captions.selectedText !== "" && !window.menuOpen
+        onActivated: captions.clearSelection()
     }
     Shortcut {
         sequence: "Ctrl+Q"

@@ -8,15 +8,20 @@ Column {
     required property string title
     required property string subtitle
     required property color color
+    required property bool reducesMotion
 
     readonly property bool isShown: presentation.startsWith("empty")
     readonly property bool isChecking: presentation === "empty-checking"
 
     spacing: 8
+    Accessible.role: Accessible.StaticText
+    Accessible.name: title + "\n" + subtitle
+    Accessible.ignored: !isShown
     opacity: isShown ? 1 : 0
     visible: opacity > 0
 
     Behavior on opacity {
+        enabled: !root.reducesMotion
         NumberAnimation { duration: 180 }
     }
 
@@ -42,7 +47,7 @@ Column {
                 opacity: 0.28
 
                 SequentialAnimation on opacity {
-                    running: root.isChecking
+                    running: root.isChecking && !root.reducesMotion
                     loops: Animation.Infinite
                     PauseAnimation { duration: dot.index * 160 }
                     NumberAnimation { to: 1; duration: 300; easing.type: Easing.InOutQuad }

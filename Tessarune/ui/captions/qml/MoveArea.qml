@@ -1,14 +1,31 @@
 import QtQuick
 import QtQuick.Window
 
-// Takes hold of the window wherever nothing else is. Wheels reach what is below.
+// Takes hold of the window wherever nothing else is. A double click or the Shift key takes hold of
+// the captions' text instead. Wheels reach what is below.
 MouseArea {
+    id: root
+
+    required property CaptionStage stage
     property point pressed
+    property bool selects: false
 
     acceptedButtons: Qt.LeftButton
-    onPressed: mouse => pressed = Qt.point(mouse.x, mouse.y)
+    onPressed: mouse => {
+        pressed = Qt.point(mouse.x, mouse.y);
+        selects = (mouse.modifiers & Qt.ShiftModifier) !== 0;
+        if (selects)
+            stage.beginSelection(root, mouse.x, mouse.y);
+    }
+    onDoubleClicked: mouse => {
+        selects = true;
+        stage.selectWord(root, mouse.x, mouse.y);
+    }
+    onClicked: if (!selects) stage.clearSelection()
     onPositionChanged: mouse => {
-        if (Math.hypot(mouse.x - pressed.x, mouse.y - pressed.y) >= Application.styleHints.startDragDistance)
+        if (selects)
+            stage.extendSelection(root, mouse.x, mouse.y);
+        else if (Math.hypot(mouse.x - pressed.x, mouse.y - pressed.y) >= Application.styleHints.startDragDistance)
             Window.window.startSystemMove();
     }
 }

@@ -19,6 +19,7 @@ Rectangle {
     border.width: 1
     Accessible.role: Accessible.StaticText
     Accessible.name: text
+    Accessible.ignored: text === ""
 
     Row {
         id: content
@@ -68,6 +69,7 @@ Rectangle {
             activeFocusOnTab: visible
             Accessible.role: Accessible.Button
             Accessible.name: root.action
+            Accessible.ignored: root.action === ""
             Accessible.onPressAction: root.activated()
             Keys.onReturnPressed: root.activated()
 

@@ -32,28 +32,10 @@ Rectangle {
         anchors.centerIn: parent
         spacing: 9
 
-        Row {
+        LevelBars {
             anchors.verticalCenter: parent.verticalCenter
-            spacing: 2
-            height: 14
-
-            Repeater {
-                model: [0.55, 1, 0.75]
-
-                Rectangle {
-                    required property real modelData
-
-                    anchors.bottom: parent.bottom
-                    width: 3
-                    height: 3 + 11 * Math.min(1, root.level * 1.6) * modelData
-                    radius: 1.5
-                    color: root.isListening ? "#4fd07f" : "#77777c"
-
-                    Behavior on height {
-                        NumberAnimation { duration: 90 }
-                    }
-                }
-            }
+            level: root.level
+            isListening: root.isListening
         }
 
         Text {

@@ -7,8 +7,17 @@ Item {
 
     required property CaptionStageModel stage
     required property CaptionToolbarModel toolbar
+    required property CaptionHearingModel hearing
     required property bool reviewing
     signal returnRequested
+
+    LevelBars {
+        anchors { left: parent.left; bottom: parent.bottom; leftMargin: 18; bottomMargin: 18 }
+        visible: root.hearing.isListening
+        opacity: 0.7
+        level: root.hearing.level
+        isListening: true
+    }
 
     Column {
         anchors { horizontalCenter: parent.horizontalCenter; bottom: parent.bottom; bottomMargin: 14 }
@@ -30,6 +39,14 @@ Item {
             text: root.toolbar.status
             isBusy: root.toolbar.isBusy
             isTrouble: root.toolbar.isTrouble
+            maximumWidth: root.width - 56
+        }
+
+        Pill {
+            objectName: "hearing"
+            visible: !root.toolbar.showsStatus && !root.reviewing && root.hearing.text !== ""
+            anchors.horizontalCenter: parent.horizontalCenter
+            text: root.hearing.text
             maximumWidth: root.width - 56
         }
 

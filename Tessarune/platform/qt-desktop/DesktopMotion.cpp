@@ -1,0 +1,69 @@
+#include "Tessarune/platform/qt-desktop/DesktopMotion.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+
+namespace tessarune {
+
+namespace {
+
+const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString settingsInterface = QStringLiteral("org.freedesktop.portal.Settings");
+
+/// How a desktop stores the wish, and what it stores for it.
+constexpr struct {
+    const char* group;
+    const char* key;
+    double reduced;
+} wishes[] = {{"org.freedesktop.appearance", "reduced-motion", 1},
+              {"org.gnome.desktop.interface", "enable-animations", 0},
+              {"org.kde.kdeglobals.KDE", "AnimationDurationFactor", 0}};
+
+/// `Read` wraps what it returns in one more variant.
+QVariant unwrapped(QVariant value) {
+    while (value.canConvert<QDBusVariant>())
+        value = value.value<QDBusVariant>().variant();
+    return value;
+}
+
+} // namespace
+
+DesktopMotion::DesktopMotion() {
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected())
+        return;
+    bus.connect(portalService, portalPath, settingsInterface, QStringLiteral("SettingChanged"),
+                this, SLOT(SettingChanged(QString, QString, QDBusVariant)));
+    for (const auto& wish : wishes)
+        read(wish.group, wish.key);
+}
+
+void DesktopMotion::read(const char* group, const char* key) {
+    QDBusMessage call = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface,
+                                                       QStringLiteral("Read"));
+    call << QString::fromLatin1(group) << QString::fromLatin1(key);
+    auto* const watcher =
+        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, group, key] {
+        const QDBusPendingReply<QDBusVariant> reply = *watcher;
+        watcher->deleteLater();
+        if (!reply.isError()) // most desktops know one of the keys
+            SettingChanged(QString::fromLatin1(group), QString::fromLatin1(key), reply.value());
+    });
+}
+
+void DesktopMotion::SettingChanged(const QString& group, const QString& key,
+                                   const QDBusVariant& value) {
+    for (const auto& wish : wishes) {
+        if (group != QLatin1String(wish.group) || key != QLatin1String(wish.key))
+            continue;
+        const bool reduced = unwrapped(value.variant()).toDouble() == wish.reduced;
+        if (reduced != *isReduced)
+            isReduced = reduced;
+    }
+}
+
+} // namespace tessarune

@@ -1,0 +1,94 @@
+#include "Tessarune/ui/captions/CaptionHearingModel.h"
+
+#include "Tessarune/audio/AudioInputDevices.h"
+#include "Tessarune/ui/captions/CaptionStage.h"
+#include "TessaruneCore/text/Localization.h"
+
+#include <string>
+
+namespace tessarune {
+
+namespace {
+
+constexpr int pollMS = 80;
+constexpr double faintestSound = 0.05;
+/// A speaker's pauses are shorter.
+constexpr double quietSeconds = 5;
+constexpr double lookEverySeconds = 1;
+constexpr double worthTellingSeconds = 5;
+
+} // namespace
+
+CaptionHearingModel::CaptionHearingModel(const CaptionWindowEnvironment& environment)
+    : environment_(environment) {
+    timer_.setInterval(pollMS);
+    connect(&timer_, &QTimer::timeout, this, &CaptionHearingModel::poll);
+    observations_.follow(session().sessionPhase, [this] { follow(); });
+    observations_.follow(session().status, [this] { updateText(); });
+    observations_.follow(session().captionDisplay.frame, [this] { updateText(); });
+    follow();
+}
+
+bool CaptionHearingModel::isListening() const {
+    return *session().sessionPhase == LiveSessionPhase::listening;
+}
+
+void CaptionHearingModel::follow() {
+    loudAt_ = lookedAt_ = environment_.host.now();
+    secondsBehind_ = 0;
+    if (isListening())
+        timer_.start();
+    else
+        timer_.stop();
+    level_ = -1; // whatever it is, it is announced
+    poll();
+}
+
+void CaptionHearingModel::poll() {
+    const double now = environment_.host.now();
+    const double level = isListening() ? session().audioLevel : 0;
+    if (level >= faintestSound)
+        loudAt_ = now;
+    if (now - lookedAt_ >= lookEverySeconds && environment_.secondsBehind) {
+        lookedAt_ = now;
+        secondsBehind_ = environment_.secondsBehind();
+    }
+    if (level != level_) {
+        level_ = level;
+        Q_EMIT levelChanged();
+    }
+    updateText();
+}
+
+void CaptionHearingModel::updateText() {
+    const QString text = QString::fromStdString(reason());
+    if (text == text_)
+        return;
+    text_ = text;
+    Q_EMIT textChanged();
+}
+
+std::string CaptionHearingModel::reason() const {
+    using Kind = SessionStatus::Kind;
+    const bool hasOutput = CaptionStage::hasCaptionOutput(*session().captionDisplay.frame);
+    const Kind kind = session().status->kind;
+    if (*session().sessionPhase == LiveSessionPhase::idle && hasOutput && kind == Kind::idle)
+        return localized("字幕已停止");
+    if (!isListening() || kind == Kind::interrupted || kind == Kind::silent)
+        return {};
+    if (secondsBehind_ >= worthTellingSeconds)
+        return localized("The captions are %lld s behind: this computer is too slow for the speech "
+                         "model.",
+                         {std::to_string(static_cast<int>(secondsBehind_))});
+    if (hasOutput && environment_.host.now() - loudAt_ >= quietSeconds)
+        return localized("现在没有声音");
+    if (!hasOutput && !session().clearedSegmentIDs->empty())
+        return localized(
+            "正在接收：%@",
+            {environment_.soundName.empty()
+                 ? AudioSourceDisplayName::name(*session().selectedSource, *session().inputDevices)
+                 : environment_.soundName});
+    return {};
+}
+
+} // namespace tessarune

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
+#include "TessaruneCore/observation/Observations.h"
+
+#include <QObject>
+#include <QString>
+#include <QTimer>
+
+namespace tessarune {
+
+/// What the reader has to know while no new words come: how loud it is, and whether it is quiet,
+/// the captions are behind, or they have ended. Main thread; the environment outlives it.
+class CaptionHearingModel final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(bool isListening READ isListening NOTIFY levelChanged)
+    Q_PROPERTY(double level READ level NOTIFY levelChanged) ///< 0 to 1
+    /// Empty: words come, or something else says why they do not.
+    Q_PROPERTY(QString text READ text NOTIFY textChanged)
+
+  public:
+    explicit CaptionHearingModel(const CaptionWindowEnvironment& environment);
+
+    bool isListening() const;
+    double level() const { return level_; }
+    QString text() const { return text_; }
+
+  Q_SIGNALS:
+    void levelChanged();
+    void textChanged();
+
+  private:
+    const SessionView& session() const { return environment_.session; }
+    void follow();
+    void poll();
+    void updateText();
+    std::string reason() const;
+
+    const CaptionWindowEnvironment& environment_;
+    QTimer timer_; // runs while the session listens
+    double level_ = 0;
+    double loudAt_ = 0;
+    double lookedAt_ = 0;
+    double secondsBehind_ = 0;
+    QString text_;
+    Observations observations_;
+};
+
+} // namespace tessarune

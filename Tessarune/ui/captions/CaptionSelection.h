@@ -1,0 +1,77 @@
+#pragma once
+
+#include "Tessarune/ui/captions/CaptionRowsModel.h"
+#include "Tessarune/ui/captions/CaptionStageModel.h"
+
+#include <QObject>
+#include <QPointF>
+#include <QPointer>
+#include <QQuickItem>
+#include <QString>
+#include <QVariantList>
+#include <optional>
+#include <tuple>
+
+namespace tessarune {
+
+/// The text that the user has selected in a list of captions, from any character to any other, also
+/// across rows. It is known by rows and characters, so that it stays where it is while captions are
+/// added. Main thread.
+class CaptionSelection : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(tessarune::CaptionStageModel* stage MEMBER stage_ NOTIFY attachedChanged)
+    Q_PROPERTY(tessarune::CaptionRowsModel* rows MEMBER rows_ NOTIFY attachedChanged)
+    /// Its rows have the items `sourceItem` and `translationItem`.
+    Q_PROPERTY(QQuickItem* list READ list WRITE setList NOTIFY attachedChanged)
+    Q_PROPERTY(QString text READ text NOTIFY changed)
+    /// Another one for each selection, for what is drawn of it.
+    Q_PROPERTY(int revision READ revision NOTIFY changed)
+
+  public:
+    QQuickItem* list() const { return list_; }
+    void setList(QQuickItem* list);
+    QString text() const;
+    int revision() const { return revision_; }
+
+    // Points are the list's own.
+    Q_INVOKABLE void begin(double x, double y);
+    Q_INVOKABLE void extend(double x, double y);
+    Q_INVOKABLE void selectWord(double x, double y);
+    Q_INVOKABLE void selectAll();
+    Q_INVOKABLE void clear();
+    /// What of a text item is selected, as rectangles in it; `revision` is for the binding alone.
+    Q_INVOKABLE QVariantList rects(int row, bool isTranslation, QQuickItem* item, double width,
+                                   int revision) const;
+
+  Q_SIGNALS:
+    void attachedChanged();
+    void changed();
+
+  private:
+    /// Before a character of one of the texts of a row.
+    struct Place {
+        int row = 0;
+        int part = 0; ///< 0 for the upper text of the row, 1 for the lower one
+        qsizetype character = 0;
+        auto operator<=>(const Place&) const = default;
+    };
+    struct Range {
+        qsizetype from = 0;
+        qsizetype to = 0;
+    };
+
+    std::optional<Place> placeAt(QPointF point) const;
+    QString textOf(int row, int part) const;
+    bool isTranslation(int part) const;
+    Range rangeIn(int row, int part) const;
+    void select(Place anchor, Place end);
+
+    CaptionStageModel* stage_ = nullptr;
+    CaptionRowsModel* rows_ = nullptr;
+    QPointer<QQuickItem> list_;
+    std::optional<Place> anchor_;
+    Place end_;
+    int revision_ = 0;
+};
+
+} // namespace tessarune

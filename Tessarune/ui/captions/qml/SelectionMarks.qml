@@ -1,0 +1,24 @@
+import QtQuick
+import Tessarune
+
+// What the user has selected of a text.
+Repeater {
+    id: root
+
+    required property CaptionSelection selection
+    required property int row
+    required property bool isTranslation
+    required property Text of
+
+    model: selection.rects(row, isTranslation, of, of.width, selection.revision)
+
+    delegate: Rectangle {
+        required property rect modelData
+
+        x: root.of.x + modelData.x
+        y: root.of.y + modelData.y
+        width: modelData.width
+        height: modelData.height
+        color: "#803d7bd9"
+    }
+}
