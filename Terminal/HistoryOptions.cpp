@@ -28,6 +28,16 @@ std::optional<HistoryTranscriptExportContent> checkedContent(const std::string& 
                                  {text}));
 }
 
+UsagePeriodKind usagePeriodKind(const std::string& word) {
+    if (word == "day")
+        return UsagePeriodKind::day;
+    if (word == "week")
+        return UsagePeriodKind::week;
+    if (word == "month")
+        return UsagePeriodKind::month;
+    throw UsageProblem(localized("--by takes day, week or month, not '%@'.", {word}));
+}
+
 } // namespace
 
 void HistoryOptions::declare(CommandOptions& options) {
@@ -60,6 +70,12 @@ void HistoryOptions::declare(CommandOptions& options) {
         "--refine", refine_.id, "ID", localized("Transcribe one again, with time to look ahead"));
     options.detailWord({refine}, "--with-model", refine_.model, "NAME",
                        localized("Do that with this speech model instead of the best one"));
+    options.words("--search", search_, "TEXT",
+                  localized("Find recordings by what was said, or by its translation"));
+    CLI::Option* const usage =
+        options.flag("--usage", usage_, localized("Sum up listening time, sessions and words"));
+    options.detailWord({usage}, "--by", usageBy_, "PERIOD",
+                       localized("By day (the default), week or month"));
 }
 
 std::optional<HistoryCommand> HistoryOptions::command() const {
@@ -77,6 +93,10 @@ std::optional<HistoryCommand> HistoryOptions::command() const {
         return DeleteRecordingsCommand{delete_, yes_};
     if (!refine_.id.empty())
         return refine_;
+    if (!search_.empty())
+        return SearchRecordingsCommand{search_};
+    if (usage_)
+        return ShowUsageCommand{usagePeriodKind(usageBy_)};
     return std::nullopt;
 }
 

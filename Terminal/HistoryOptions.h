@@ -2,6 +2,7 @@
 
 #include "Terminal/CommandOptions.h"
 #include "Tessarune/history/HistoryExport.h"
+#include "Tessarune/history/UsageStatistics.h"
 
 #include <optional>
 #include <string>
@@ -41,10 +42,17 @@ struct RefineCommand {
     std::string id;
     std::string model; ///< empty: the best one
 };
+struct SearchRecordingsCommand {
+    std::string text;
+};
+struct ShowUsageCommand {
+    UsagePeriodKind by = UsagePeriodKind::day;
+};
 
 using HistoryCommand =
     std::variant<ListRecordingsCommand, ShowRecordingCommand, ExportRecordingCommand,
-                 SetNoteCommand, DeleteRecordingsCommand, CountWordsCommand, RefineCommand>;
+                 SetNoteCommand, DeleteRecordingsCommand, CountWordsCommand, RefineCommand,
+                 SearchRecordingsCommand, ShowUsageCommand>;
 
 /// The part of the command line that asks for one of them.
 class HistoryOptions {
@@ -68,6 +76,9 @@ class HistoryOptions {
     std::vector<std::string> delete_;
     bool yes_ = false;
     RefineCommand refine_;
+    std::string search_;
+    bool usage_ = false;
+    std::string usageBy_ = "day";
 };
 
 } // namespace tessarune

@@ -4,6 +4,8 @@
 #include "Terminal/history/RecordingChanges.h"
 #include "Terminal/history/RecordingCommands.h"
 #include "Terminal/history/RefineCommand.h"
+#include "Terminal/history/SearchCommands.h"
+#include "Terminal/history/UsageCommands.h"
 #include "Terminal/history/WordCommands.h"
 
 namespace tessarune {
@@ -34,6 +36,12 @@ struct HistoryDispatch {
     }
     Task<int> operator()(const RefineCommand& command) const {
         return refineRecording(program, options, command);
+    }
+    Task<int> operator()(const SearchRecordingsCommand& command) const {
+        return searchRecordings(program, options, command.text);
+    }
+    Task<int> operator()(const ShowUsageCommand& command) const {
+        return showUsage(program, options, command.by);
     }
 };
 

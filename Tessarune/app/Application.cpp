@@ -12,6 +12,7 @@
 #include "Tessarune/platform/pdf-program/PDFProgram.h"
 #include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
 #include "Tessarune/platform/speech-engine/SpeechModels.h"
+#include "Tessarune/platform/sqlite/SQLiteSearchIndex.h"
 #include "Tessarune/platform/wordnet/WordNetLexicon.h"
 #include "Tessarune/shell/StringTables.h"
 #include "Tessarune/translation/AppleTranslator.h"
@@ -42,6 +43,7 @@ Application::Application(Host& itsHost, std::string itsProgram)
       historyExport(host, catalog, files, exporter, PDFProgram::pdf),
       compressor(host, files, catalog, logger, exporter, openFFmpegMediaFile, createM4A),
       wordStats(host, logger, std::make_shared<WordNetLexicon>(), detectedLanguage),
+      search(host, files, catalog, logger, notifications, openSQLiteSearchIndex),
       refinement(refinementEnvironment()) {
     ProcessMemory::returnLargeBlocks();
     setLocalizationTable(StringTables::forLocale(StringTables::userLocale()));

@@ -14,6 +14,7 @@
 #include "Tessarune/platform/translation-engine/OfflineTranslationService.h"
 #include "Tessarune/platform/translation-engine/TranslationModelInventory.h"
 #include "Tessarune/refinement/HistoryRefinementService.h"
+#include "Tessarune/search/TranscriptSearch.h"
 #include "Tessarune/shell/AppSettings.h"
 #include "Tessarune/shell/OverridingUserDefaults.h"
 #include "Tessarune/shell/TessaruneFileLogger.h"
@@ -59,6 +60,7 @@ struct Application {
     HistoryExport historyExport;
     RecordingAudioCompressor compressor;
     HistoryWordStatsService wordStats;
+    TranscriptSearch search;
     HistoryRefinementService refinement;
 
     /// Hears why a download gets nowhere, from its first failure on.

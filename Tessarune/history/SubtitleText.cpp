@@ -84,8 +84,8 @@ std::vector<SubtitleText::Range> SubtitleText::parts(std::size_t count) const {
         const std::size_t from = at;
         // A piece belongs to the part in which its middle is.
         while (at < pieces_.size() &&
-               (i == count || (pieces_[at].before * 2 + pieces_[at].columns) * count <
-                                  allColumns_ * 2 * i))
+               (i == count ||
+                (pieces_[at].before * 2 + pieces_[at].columns) * count < allColumns_ * 2 * i))
             ++at;
         ranges.emplace_back(from, at);
     }

@@ -8,8 +8,9 @@
 
 namespace tessarune {
 
-/// A text measured for subtitles: two lines of at most 42 columns stand on the screen at once, which
-/// are 42 letters or 21 Chinese characters. Ranges are of pieces, between which a line may break.
+/// A text measured for subtitles: two lines of at most 42 columns stand on the screen at once,
+/// which are 42 letters or 21 Chinese characters. Ranges are of pieces, between which a line may
+/// break.
 ///
 /// A value that points into the text.
 class SubtitleText {

@@ -61,7 +61,7 @@ struct HistoryWordStats {
 
     /// Counts a transcript that has one sentence a line. A `sentenceCount` of 0 stands for the
     /// number of lines. Lemmas are English: a text in another language is counted as it stands.
-    /// Any thread; takes a second for eight hours of speech.
+    /// Any thread; takes one or two seconds for eight hours of speech.
     static HistoryWordStats build(std::string_view sourceText, int sentenceCount,
                                   std::optional<double> durationSeconds, Lexicon& lexicon,
                                   const DominantLanguage& dominantLanguage);

@@ -16,10 +16,10 @@ struct DictionarySite {
     std::string_view afterWord;
 };
 
-constexpr std::string_view youdao = "https://dict.youdao.com";
-constexpr std::string_view cambridge = "https://dictionary.cambridge.org";
-constexpr std::string_view oxford = "https://www.oxfordlearnersdictionaries.com";
-constexpr std::string_view collins = "https://www.collinsdictionary.com";
+constexpr std::string_view youdaoSite = "https://dict.youdao.com";
+constexpr std::string_view cambridgeSite = "https://dictionary.cambridge.org";
+constexpr std::string_view oxfordSite = "https://www.oxfordlearnersdictionaries.com";
+constexpr std::string_view collinsSite = "https://www.collinsdictionary.com";
 
 constexpr std::array<DictionarySite, 7> dictionarySites{{
     {VocabularyDictionaryProvider::youdaoEnglishChinese,
@@ -122,15 +122,15 @@ std::vector<std::string> directURLs(VocabularyPronunciationSource source, std::s
     const std::string folder = std::string(soundFolder) + directory;
     switch (sound.site) {
     case SoundSite::youdao:
-        return {std::string(youdao) + "/dictvoice?audio=" + percentEncoded(name) +
+        return {std::string(youdaoSite) + "/dictvoice?audio=" + percentEncoded(name) +
                 "&type=" + std::string(sound.mark)};
     case SoundSite::cambridge:
-        return {std::string(cambridge) + folder + nameParts(name) + ".mp3"};
+        return {std::string(cambridgeSite) + folder + nameParts(name) + ".mp3"};
     case SoundSite::oxford:
-        return {std::string(oxford) + folder + nameParts(name) + std::string(sound.mark) +
+        return {std::string(oxfordSite) + folder + nameParts(name) + std::string(sound.mark) +
                 "_1.mp3"};
     case SoundSite::collins:
-        return {std::string(collins) + "/sounds/hwd_sounds/" + directory + "_" +
+        return {std::string(collinsSite) + "/sounds/hwd_sounds/" + directory + "_" +
                 percentEncoded(name) + ".mp3"};
     }
     return {};

@@ -1,0 +1,13 @@
+#pragma once
+
+#include "Terminal/Program.h"
+#include "Tessarune/history/UsageStatistics.h"
+#include "TessaruneCore/host/Task.h"
+
+namespace tessarune {
+
+/// Listening time, sessions and words by period, the oldest first. Only reads. Gives the status to
+/// end with. Main queue.
+Task<int> showUsage(Program& program, const TerminalOptions& options, UsagePeriodKind by);
+
+} // namespace tessarune

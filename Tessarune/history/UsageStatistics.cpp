@@ -1,0 +1,157 @@
+#include "Tessarune/history/UsageStatistics.h"
+
+#include "TessaruneCore/text/Text.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <ctime>
+#include <system_error>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+/// A recording of before or after these years is the fault of a clock, and would make a list of
+/// periods without end.
+constexpr double earliestUsage = 946684800; // 2000
+constexpr double latestUsage = 4102444800;  // 2100
+
+std::tm localTime(double moment) {
+    const auto whole = static_cast<std::time_t>(std::floor(moment));
+    std::tm local{};
+    localtime_r(&whole, &local);
+    return local;
+}
+
+/// The first moment of a day, which may be given as the 0th or the 32nd of a month. Where the clock
+/// leaves out midnight, the first one after it.
+double startOfDay(int year, int month, int day) {
+    std::tm local{};
+    local.tm_year = year;
+    local.tm_mon = month;
+    local.tm_mday = day;
+    local.tm_isdst = -1;
+    // For a midnight that does not exist or comes twice the library may be off by the change.
+    constexpr std::time_t step = 15 * 60;
+    std::tm wanted = local;
+    wanted.tm_hour = 12;
+    std::mktime(&wanted); // a day that exists
+    const auto isBefore = [&](std::time_t moment) {
+        const std::tm at = localTime(static_cast<double>(moment));
+        return std::pair(at.tm_year, at.tm_yday) < std::pair(wanted.tm_year, wanted.tm_yday);
+    };
+    std::time_t start = std::mktime(&local);
+    while (isBefore(start))
+        start += step;
+    while (!isBefore(start - 1))
+        start -= step;
+    return static_cast<double>(start);
+}
+
+/// The first moment of the period that many after the one of `moment`.
+double startOfPeriod(double moment, UsagePeriodKind kind, int later) {
+    constexpr int daysAWeek = 7;
+    const std::tm local = localTime(moment);
+    switch (kind) {
+    case UsagePeriodKind::day:
+        return startOfDay(local.tm_year, local.tm_mon, local.tm_mday + later);
+    case UsagePeriodKind::week: {
+        const int sinceMonday = (local.tm_wday + daysAWeek - 1) % daysAWeek;
+        return startOfDay(local.tm_year, local.tm_mon,
+                          local.tm_mday - sinceMonday + later * daysAWeek);
+    }
+    case UsagePeriodKind::month:
+        return startOfDay(local.tm_year, local.tm_mon + later, 1);
+    }
+    return moment;
+}
+
+UsagePeriod periodAt(double moment, UsagePeriodKind kind) {
+    UsagePeriod period;
+    period.start = startOfPeriod(moment, kind, 0);
+    period.end = startOfPeriod(moment, kind, 1);
+    const std::tm local = localTime(period.start);
+    std::array<char, sizeof "2025-10-09"> date{};
+    if (std::strftime(date.data(), date.size(), "%Y-%m-%d", &local) > 0)
+        period.date = date.data();
+    return period;
+}
+
+std::vector<UsagePeriod> emptyPeriods(double first, double last, UsagePeriodKind kind) {
+    std::vector<UsagePeriod> periods;
+    for (double at = first; periods.empty() || periods.back().end <= last; at = periods.back().end)
+        periods.push_back(periodAt(at, kind));
+    return periods;
+}
+
+} // namespace
+
+std::vector<UsageStatistics::Session> UsageStatistics::sessions(RecordingCatalog& catalog,
+                                                                FileSystem& files) {
+    std::vector<Session> found;
+    for (const auto& recording : catalog.recordings()) {
+        Session session{recording.startedAt, recording.duration, 0};
+        try {
+            const auto transcript = catalog.transcriptURL(recording.id);
+            if (files.exists(transcript))
+                session.words = static_cast<std::int64_t>(
+                    Text::countOfWhiteSpaceSeparated(files.read(transcript)));
+        } catch (const std::system_error&) {
+            session.words = 0;
+        }
+        found.push_back(session);
+    }
+    return found;
+}
+
+std::vector<UsagePeriod> UsageStatistics::periods(const std::vector<Session>& sessions,
+                                                  UsagePeriodKind kind) {
+    constexpr double longestSession = 7 * 24 * 3600.0;
+    std::vector<Session> counted;
+    std::ranges::copy_if(sessions, std::back_inserter(counted), [](const Session& session) {
+        return session.startedAt >= earliestUsage && session.startedAt < latestUsage;
+    });
+    if (counted.empty())
+        return {};
+    double first = latestUsage;
+    double last = earliestUsage;
+    for (auto& session : counted) {
+        session.seconds = std::clamp(session.seconds, 0.0, longestSession);
+        first = std::min(first, session.startedAt);
+        last = std::max(last, session.startedAt);
+        // A session that ends at midnight reaches no further day.
+        if (session.seconds > 0)
+            last = std::max(last, std::ceil(session.startedAt + session.seconds) - 1);
+    }
+    std::vector<UsagePeriod> periods = emptyPeriods(first, last, kind);
+    for (const auto& session : counted) {
+        auto period = std::ranges::upper_bound(periods, session.startedAt, {}, &UsagePeriod::end);
+        period->sessions += 1;
+        period->words += session.words;
+        const double end = session.startedAt + session.seconds;
+        for (double at = session.startedAt; at < end && period != periods.end(); ++period) {
+            period->listeningSeconds += std::min(end, period->end) - at;
+            at = period->end;
+        }
+    }
+    return periods;
+}
+
+UsagePeriod UsageStatistics::total(const std::vector<UsagePeriod>& periods) {
+    UsagePeriod sum;
+    if (periods.empty())
+        return sum;
+    sum.start = periods.front().start;
+    sum.end = periods.back().end;
+    sum.date = periods.front().date;
+    for (const auto& period : periods) {
+        sum.listeningSeconds += period.listeningSeconds;
+        sum.sessions += period.sessions;
+        sum.words += period.words;
+    }
+    return sum;
+}
+
+} // namespace tessarune

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Tessarune/history/RecordingCatalog.h"
+#include "Tessarune/shell/FileSystem.h"
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tessarune {
+
+enum class UsagePeriodKind { day, week, month };
+
+/// What was listened to in one day, week (from Monday on) or month of the computer's time zone. A
+/// plain value.
+struct UsagePeriod {
+    double start = 0; ///< its first moment, seconds since 1970
+    double end = 0;   ///< the first moment of the next
+    std::string date; ///< its first day, "2025-10-09"
+    double listeningSeconds = 0;
+    int sessions = 0; ///< that began in it
+    std::int64_t words = 0;
+
+    bool operator==(const UsagePeriod&) const = default;
+};
+
+/// Usage summed from the saved recordings. Any thread.
+namespace UsageStatistics {
+
+/// One recording, as far as it counts.
+struct Session {
+    double startedAt = 0; ///< seconds since 1970
+    double seconds = 0;
+    std::int64_t words = 0;
+};
+
+/// The recordings of the catalog; reads each transcript for the number of its words. One that
+/// cannot be read counts without words.
+std::vector<Session> sessions(RecordingCatalog& catalog, FileSystem& files);
+
+/// All periods from the first session to the last, also those without any, in order. Listening time
+/// is divided where a session crosses the border of two periods; the session and its words count
+/// where it began. A day may have 23 or 25 hours, where the clock is changed.
+std::vector<UsagePeriod> periods(const std::vector<Session>& sessions, UsagePeriodKind kind);
+
+/// All periods together.
+UsagePeriod total(const std::vector<UsagePeriod>& periods);
+
+} // namespace UsageStatistics
+
+} // namespace tessarune

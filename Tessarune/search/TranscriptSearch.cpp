@@ -1,0 +1,143 @@
+#include "Tessarune/search/TranscriptSearch.h"
+
+#include "TessaruneCore/host/RunOn.h"
+
+#include <atomic>
+#include <utility>
+
+namespace tessarune {
+
+/// On the queue, but for the atomics. Blocks hold it, so it may outlive the search.
+struct TranscriptSearch::Worker {
+    Worker(FileSystem& files, const RecordingCatalog& catalog, TessaruneFileLogger& logger,
+           OpenSearchIndex open, NotificationCenter& itsNotifications)
+        : keeper(files, catalog, logger, std::move(open)),
+          transcripts(files, catalog),
+          notifications(itsNotifications) {}
+
+    SearchIndexKeeper keeper;
+    TranscriptFiles transcripts;
+    NotificationCenter& notifications;
+    bool isFollowing = false; ///< a step is queued
+    std::atomic<bool> isStopping = false;
+    std::atomic<int> newestSearch = 0;
+    std::atomic<int> checksQueued = 0;
+
+    /// Takes step after step, and lets others have the queue between them.
+    static void follow(const std::shared_ptr<Worker>& worker,
+                       const std::weak_ptr<SerialQueue>& queue) {
+        const auto strong = queue.lock();
+        if (!strong || worker->isFollowing || worker->isStopping)
+            return;
+        worker->isFollowing = true;
+        strong->async([worker, queue] {
+            worker->isFollowing = false;
+            if (worker->isStopping)
+                return;
+            const bool wasComplete = worker->keeper.state().isComplete();
+            const bool isMore = worker->keeper.step();
+            if (!wasComplete && worker->keeper.state().isComplete())
+                worker->notifications.post(NotificationName::searchIndexDidChange);
+            if (isMore)
+                follow(worker, queue);
+        });
+    }
+
+    /// Of several checks that wait only the last is made.
+    static void check(const std::shared_ptr<Worker>& worker,
+                      const std::shared_ptr<SerialQueue>& queue, std::optional<UUID> changed) {
+        ++worker->checksQueued;
+        queue->async([worker, weakQueue = std::weak_ptr(queue), changed] {
+            if (changed)
+                worker->keeper.noteChange(*changed);
+            if (--worker->checksQueued > 0)
+                return;
+            worker->keeper.check();
+            follow(worker, weakQueue);
+        });
+    }
+};
+
+TranscriptSearch::TranscriptSearch(Host& host, FileSystem& files, const RecordingCatalog& catalog,
+                                   TessaruneFileLogger& logger, NotificationCenter& notifications,
+                                   OpenSearchIndex open)
+    : host_(host),
+      notifications_(notifications),
+      worker_(std::make_shared<Worker>(files, catalog, logger, std::move(open), notifications)) {
+    if (files.exists(SearchIndexKeeper::indexPath(catalog.paths())))
+        onQueue();
+}
+
+TranscriptSearch::~TranscriptSearch() {
+    worker_->isStopping = true;
+}
+
+Executor TranscriptSearch::onQueue() {
+    if (!queue_) {
+        queue_ = host_.serialQueue("Tessarune.TranscriptSearch", QueuePriority::standard);
+        const auto follow = [this](std::string_view name) {
+            observations_.push_back(notifications_.observe(
+                name, [worker = worker_, queue = queue_](const NotificationObject& object) {
+                    const auto* id = std::get_if<UUID>(&object);
+                    Worker::check(worker, queue, id ? std::optional(*id) : std::nullopt);
+                }));
+        };
+        follow(NotificationName::recordingCatalogDidChange);
+        follow(NotificationName::recordingTranscriptDidUpdate);
+    }
+    return Executor::queue(host_, queue_);
+}
+
+Task<TranscriptSearch::Found> TranscriptSearch::find(SearchQuery query) {
+    const auto worker = worker_;
+    const Executor executor = onQueue();
+    const std::weak_ptr<SerialQueue> queue = queue_;
+    const int number = ++worker->newestSearch;
+    co_return co_await runOn(executor, [&] {
+        Found found;
+        found.wasSuperseded = worker->newestSearch != number;
+        if (found.wasSuperseded)
+            return found;
+        found.recordings = worker->keeper.find(query);
+        found.isComplete = worker->keeper.state().isComplete();
+        Worker::follow(worker, queue);
+        return found;
+    });
+}
+
+Task<void> TranscriptSearch::bringUpToDate(Progress progress) {
+    const auto worker = worker_;
+    const Executor executor = onQueue();
+    co_await runOn(executor, [&] { worker->keeper.check(); });
+    SearchIndexKeeper::State state;
+    for (bool isMore = true; isMore;) {
+        isMore = co_await runOn(executor, [&] {
+            const bool isNext = worker->keeper.step();
+            state = worker->keeper.state();
+            return isNext && !state.isComplete();
+        });
+        if (progress)
+            progress(state);
+    }
+}
+
+Task<std::vector<std::optional<SearchExcerpt>>>
+TranscriptSearch::excerpts(SearchQuery query, std::vector<UUID> recordings) {
+    const auto worker = worker_;
+    const Executor executor = onQueue();
+    co_return co_await runOn(executor, [&] {
+        std::vector<std::optional<SearchExcerpt>> found;
+        found.reserve(recordings.size());
+        for (const UUID& id : recordings) {
+            auto& excerpt = found.emplace_back();
+            const auto texts = worker->transcripts.texts(id);
+            if (texts)
+                excerpt = SearchExcerpt::of(query, texts->source);
+            if (texts && !excerpt)
+                excerpt = SearchExcerpt::of(query, texts->translation);
+        }
+        return found;
+    });
+}
+
+} // namespace tessarune

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Tessarune/search/SearchIndexKeeper.h"
+#include "Tessarune/search/SearchQuery.h"
+#include "TessaruneCore/host/Task.h"
+#include "TessaruneCore/observation/NotificationCenter.h"
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace tessarune {
+
+namespace NotificationName {
+/// After the search index has taken in changed transcripts: what was searched before may find more
+/// or less. No object; posted on the search's own queue.
+inline constexpr std::string_view searchIndexDidChange = "searchIndexDidChange";
+} // namespace NotificationName
+
+/// Finds recordings by what was said in them and by its translation. Main queue; the work is done
+/// on the queue "Tessarune.TranscriptSearch".
+///
+/// The index is made at the first search. From then on, also in later runs, it follows the
+/// catalog's notifications: new texts are found soon after they were saved, and of what was
+/// deleted nothing stays. Whatever is unfinished at the end of the program is done in a later run.
+class TranscriptSearch {
+  public:
+    /// All of these must outlive it and its tasks.
+    TranscriptSearch(Host& host, FileSystem& files, const RecordingCatalog& catalog,
+                     TessaruneFileLogger& logger, NotificationCenter& notifications,
+                     OpenSearchIndex open);
+    ~TranscriptSearch();
+    TranscriptSearch(const TranscriptSearch&) = delete;
+    TranscriptSearch& operator=(const TranscriptSearch&) = delete;
+
+    struct Found {
+        std::vector<UUID> recordings; ///< in no order
+        /// False while recordings are still being read, for some seconds after the first search.
+        bool isComplete = true;
+        /// A later search took its place while it waited; it found nothing.
+        bool wasSuperseded = false;
+    };
+    /// For a search as one types: it answers from what the index has, and goes on reading behind
+    /// it.
+    Task<Found> find(SearchQuery query);
+
+    /// How many of the recordings have been read that had to be.
+    using Progress = std::function<void(const SearchIndexKeeper::State& state)>;
+    /// For a search that is to be complete. `progress` is called on the main queue.
+    Task<void> bringUpToDate(Progress progress);
+
+    /// What stands around the first match of each recording, of its source or else its translation.
+    Task<std::vector<std::optional<SearchExcerpt>>> excerpts(SearchQuery query,
+                                                             std::vector<UUID> recordings);
+
+  private:
+    struct Worker;
+
+    Executor onQueue();
+
+    Host& host_;
+    NotificationCenter& notifications_;
+    const std::shared_ptr<Worker> worker_;
+    std::shared_ptr<SerialQueue> queue_; // made at the first use
+    std::vector<NotificationCenter::Observation> observations_;
+};
+
+} // namespace tessarune
