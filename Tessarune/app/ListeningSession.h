@@ -46,6 +46,7 @@ class ListeningSession {
     Task<void> stop();
 
     LiveTranscriptTranslation& translation() { return *translation_; }
+    const std::shared_ptr<LiveTranscriptTranslation>& sharedTranslation() { return translation_; }
 
   private:
     Application& application_;

@@ -3,9 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <QAccessible>
 #include <QQuickItem>
+#include <QSet>
 #include <QTest>
 #include <algorithm>
+#include <vector>
 
 namespace tessarune {
 namespace {
@@ -29,25 +32,33 @@ class SettingsWindowTests : public WarningsFail {
     static QString told(const SettingRowsModel& rows, int row, int role) {
         return rows.data(rows.index(row), role).toString();
     }
-    /// The control of this accessible name that is shown.
+    /// What is shown and can be used.
+    std::vector<QQuickItem*> controls() {
+        std::vector<QQuickItem*> all;
+        collect(*window().contentItem(), all);
+        return all;
+    }
+    /// The one with this accessible name.
     QQuickItem* control(const char* name) {
-        return controlBelow(*window().contentItem(), QString::fromUtf8(name));
+        for (QQuickItem* item : controls()) {
+            if (item->property("name") == QString::fromUtf8(name) ||
+                item->property("text") == QString::fromUtf8(name))
+                return item;
+        }
+        return nullptr;
     }
 
     StagedSettings settings;
 
   private:
-    static QQuickItem* controlBelow(const QQuickItem& item, const QString& name) {
+    static void collect(const QQuickItem& item, std::vector<QQuickItem*>& all) {
         for (QQuickItem* child : item.childItems()) {
             if (!child->isVisible())
                 continue;
-            if (child->objectName() == "control" &&
-                (child->property("text") == name || child->property("name") == name))
-                return child;
-            if (QQuickItem* const found = controlBelow(*child, name))
-                return found;
+            if (child->objectName() == "control")
+                all.push_back(child);
+            collect(*child, all);
         }
-        return nullptr;
     }
 };
 
@@ -124,6 +135,90 @@ TEST_F(SettingsWindowTests, ASearchFindsByAnyNameAndLeadsToThePane) {
     QTest::keyClick(&window(), Qt::Key_Return);
     EXPECT_EQ(model.pane(), "shortcuts");
     EXPECT_EQ(model.query(), "");
+}
+
+TEST_F(SettingsWindowTests, KeysThatDoTwoThingsAreTold) {
+    open("shortcuts");
+    const ShortcutsModel& shortcuts = settings.window->shortcuts();
+    const auto conflicts = [&] {
+        std::vector<int> rows;
+        for (int row = 0; row < shortcuts.rowCount(); ++row) {
+            if (shortcuts.data(shortcuts.index(row), ShortcutsModel::ConflictRole) != "")
+                rows.push_back(row);
+        }
+        return rows;
+    };
+    EXPECT_EQ(conflicts(), std::vector<int>{});
+    QQuickItem* const record = control("启动录音转录");
+    const auto press = [&](Qt::Key key, Qt::KeyboardModifiers modifiers) {
+        record->forceActiveFocus(Qt::TabFocusReason);
+        QTest::keyClick(&window(), Qt::Key_Space);
+        QTest::keyClick(&window(), key, modifiers);
+    };
+    press(Qt::Key_E, Qt::ControlModifier); // clears the captions, too
+    EXPECT_EQ(conflicts(), (std::vector<int>{0, 7}));
+    EXPECT_EQ(*settings.settings.shortcutToggleRecord.keyCode, 14);
+    EXPECT_EQ(*settings.settings.shortcutToggleRecord.modifiers, 0x100000);
+    press(Qt::Key_F, Qt::ControlModifier); // the window's own key while none is taken
+    EXPECT_EQ(*settings.settings.shortcutToggleRecord.keyCode, 3);
+    EXPECT_EQ(conflicts(), std::vector<int>{});
+    press(Qt::Key_Q, Qt::ControlModifier); // ends the program, and always will
+    EXPECT_EQ(conflicts(), std::vector<int>{0});
+    press(Qt::Key_VolumeUp, Qt::NoModifier);
+    EXPECT_NE(shortcuts.data(shortcuts.index(0), ShortcutsModel::ProblemRole), "");
+    press(Qt::Key_Escape, Qt::NoModifier);
+    EXPECT_EQ(*settings.settings.shortcutToggleRecord.keyCode, 12);
+}
+
+TEST_F(SettingsWindowTests, ADownloadShowsHowItGoesAndEnds) {
+    for (const bool succeeds : {true, false}) {
+        open("recognition");
+        ResourcesModel& models = settings.window->models();
+        const auto told = [&](int role) { return models.data(models.index(2), role); };
+        models.choose(2);
+        EXPECT_EQ(*settings.settings.speechModel, "automatic"); // what is not here cannot recognise
+        models.download(2);
+        EXPECT_TRUE(told(ResourcesModel::LoadingRole).toBool());
+        EXPECT_TRUE(runUntil([&] { return told(ResourcesModel::ProgressRole) == 30.0 / 78; }));
+        settings.models.succeeds.resume(succeeds);
+        ASSERT_TRUE(runUntil([&] { return !told(ResourcesModel::LoadingRole).toBool(); }));
+        EXPECT_EQ(told(ResourcesModel::ProblemRole), succeeds ? "" : "The disk is full.");
+        EXPECT_EQ(told(ResourcesModel::CanChooseRole).toBool(), succeeds);
+        settings.models.models[1].isInstalled = false;
+        settings.models.succeeds = OneShot<bool>(Executor::main(settings.captions.host));
+    }
+}
+
+TEST_F(SettingsWindowTests, AProfileIsAppliedBetweenSessions) {
+    open("advanced");
+    settings.captions.enter(LiveSessionPhase::listening, SessionStatus::Kind::none);
+    EXPECT_FALSE(control("低延迟")->isEnabled());
+    settings.captions.enter(LiveSessionPhase::idle, SessionStatus::Kind::idle);
+    control("低延迟")->forceActiveFocus(Qt::TabFocusReason);
+    QTest::keyClick(&window(), Qt::Key_Return);
+    EXPECT_EQ(*settings.settings.freezeStableSeconds, 0.35);
+}
+
+TEST_F(SettingsWindowTests, EveryControlHasANameAndIsReachedByTab) {
+    for (const SettingsPane pane : settingsPanes) {
+        open(std::string(name(pane)));
+        const QQuickItem* const first = window().activeFocusItem();
+        QSet<const QQuickItem*> reached;
+        do {
+            const QQuickItem* const item = window().activeFocusItem();
+            reached << item;
+            const QAccessibleInterface* const told =
+                QAccessible::queryAccessibleInterface(window().activeFocusItem());
+            ASSERT_NE(told, nullptr);
+            EXPECT_FALSE(told->text(QAccessible::Name).isEmpty())
+                << name(pane) << ": " << item->metaObject()->className();
+            QTest::keyClick(&window(), Qt::Key_Tab);
+        } while (!reached.contains(window().activeFocusItem()));
+        EXPECT_EQ(window().activeFocusItem(), first) << name(pane);
+        for (const QQuickItem* item : controls())
+            EXPECT_TRUE(!item->isEnabled() || reached.contains(item))
+                << name(pane) << ": " << item->property("text").toString().toStdString();
+    }
 }
 
 } // namespace

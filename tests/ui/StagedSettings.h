@@ -4,10 +4,14 @@
 #include "tests/support/MemoryUserDefaults.h"
 #include "tests/ui/StagedCaptions.h"
 
+#include <algorithm>
 #include <functional>
 #include <memory>
+#include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace tessarune {
 
@@ -19,15 +23,71 @@ class SharedUserDefaults final : public testing::MemoryUserDefaults {
     std::function<void()> changed;
 };
 
+/// Speech models whose download ends when the script says so.
+class ScriptedSpeechModels final : public SpeechModelManager {
+  public:
+    explicit ScriptedSpeechModels(Host& host) : succeeds(Executor::main(host)) {}
+
+    std::vector<SpeechModelState> list() const override { return models; }
+    Task<void> download(std::string name, std::function<void(AssetProgress)> progress,
+                        std::stop_token /*stop*/) override {
+        progress({30'000'000, 78'000'000});
+        if (!co_await succeeds)
+            throw std::runtime_error("The disk is full.");
+        std::ranges::find(models, name, &SpeechModelState::name)->isInstalled = true;
+    }
+    void remove(const std::string& /*name*/) override {}
+
+    std::vector<SpeechModelState> models{{"tiny-en", 44'000'000, true, false, {}},
+                                         {"tiny-streaming-en", 78'000'000, false, false, {}},
+                                         {"small-streaming-en", 224'000'000, true, true, {}}};
+    OneShot<bool> succeeds;
+};
+
+class ScriptedLanguages final : public TranslationLanguages {
+  public:
+    std::vector<TranslationLanguageState> list() const override {
+        using Status = TranslationAvailabilityStatus;
+        std::vector<TranslationLanguageState> all;
+        for (const auto& language : TranslationSupport::targetLanguages())
+            all.push_back({language.id, Status::supported, 0, false, {}});
+        all[0] = {"zh-Hans", Status::installed, 57'000'000, true, {}};
+        all[7] = {"pt-BR", Status::installed, 18'000'000, false, {}};
+        all[13].status = Status::unsupported;
+        return all;
+    }
+    Task<void> download(std::string /*id*/,
+                        std::function<void(TranslationDownloadProgress)> /*progress*/,
+                        std::stop_token /*stop*/) override {
+        co_return;
+    }
+    void remove(const std::string& /*id*/) override {}
+};
+
 /// A settings window over what a script says there is.
 class StagedSettings {
   public:
     ~StagedSettings() { window.reset(); }
 
     void open(const std::string& pane) {
-        window = std::make_unique<SettingsWindow>(
-            SettingsWindowEnvironment{captions.host, settings, captions.session, store,
-                                      [this] { return problem; }, [this] { problem.clear(); }});
+        window = std::make_unique<SettingsWindow>(SettingsWindowEnvironment{
+            .host = captions.host,
+            .settings = settings,
+            .session = captions.session,
+            .store = store,
+            .reducesMotion = captions.reducesMotion,
+            .fileProblem = [this] { return problem; },
+            .renewFile = [this] { problem.clear(); },
+            .speechModels = models,
+            .speechModelSpeed =
+                [](const std::string& name) {
+                    return name == "tiny-en" ? std::optional(SpeechModelSpeed{0.21, false})
+                                             : std::nullopt;
+                },
+            .languages = languages,
+            .translationTest = std::make_shared<TranslationTaskBridge>(
+                TranslationTaskBridge::Environment{captions.host, nullptr, nullptr}),
+            .followDownloadTrouble = [](const auto&) {}});
         window->show(pane);
     }
     /// The store was written by another program.
@@ -36,6 +96,8 @@ class StagedSettings {
     StagedCaptions captions; ///< with host, session and application
     SharedUserDefaults store;
     AppSettings settings{store};
+    ScriptedSpeechModels models{captions.host};
+    ScriptedLanguages languages;
     std::string problem; ///< of the settings file
     std::unique_ptr<SettingsWindow> window;
 };

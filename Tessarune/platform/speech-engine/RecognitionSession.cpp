@@ -286,7 +286,7 @@ void RecognitionSession::release() {
     backlog_->seconds = 0;
     endClosing();
     if (busyLineSeconds_ > 0)
-        models_->observe(model_->name(), busySeconds_ / busyLineSeconds_, busyPasses_);
+        models_->speeds().observe(model_->name(), busySeconds_ / busyLineSeconds_, busyPasses_);
     busySeconds_ = 0;
     busyLineSeconds_ = 0;
     busyPasses_ = 0;

@@ -2,6 +2,7 @@
 
 #include "Tessarune/platform/model-store/ModelStore.h"
 #include "Tessarune/platform/speech-engine/MoonshineModel.h"
+#include "Tessarune/platform/speech-engine/SpeechModelSpeeds.h"
 #include "TessaruneCore/host/Host.h"
 
 #include <functional>
@@ -25,7 +26,7 @@ std::uint64_t memoryBytesOfComputer();
 
 /// Which speech models there are, which one to take, and those that are loaded.
 ///
-/// `choose` and `loadForFiles` are for any thread; `loaded` and `observe` are confined to the
+/// `choose` and `loadForFiles` are for any thread; `loaded` and `speeds` are confined to the
 /// engine's worker queue.
 class SpeechModels {
   public:
@@ -54,28 +55,19 @@ class SpeechModels {
     /// computer, the smallest in any case. Throws as `loaded`.
     std::shared_ptr<MoonshineModel> loadForFiles(const std::string& model) const;
 
-    /// Remembers for the next choice how many seconds of work a look at live sound costs here for
-    /// each second of the line that is open, on average over so many looks.
-    void observe(const std::string& model, double lookRatio, std::size_t passes);
+    /// What the next choice goes by.
+    SpeechModelSpeeds& speeds() { return speeds_; }
 
   private:
-    struct Speed {
-        double lookRatio;
-        double measuredAt; ///< wall clock
-    };
-
     StoredModel chooseForFiles(const std::string& wanted) const;
     StoredModel named(const std::string& name) const;
-    bool isTooSlow(const std::string& model) const;
-    std::filesystem::path speedsFile() const;
-    std::map<std::string, Speed> speeds() const;
 
-    Host& host_;
     ModelStore& store_;
     std::function<std::string()> choice_;
     std::function<std::shared_ptr<const MoonshineLibrary>()> library_;
     double passInterval_;
     std::uint64_t memoryBytes_;
+    SpeechModelSpeeds speeds_;
     std::map<std::string, std::shared_ptr<MoonshineModel>> loaded_;
 };
 

@@ -15,9 +15,7 @@ static void useCaptionFiles() {
 
 namespace tessarune {
 
-namespace {
-
-void registerTypes() {
+void CaptionWindow::registerTypes() {
     static const bool once = [] {
         useCaptionFiles();
         qmlRegisterType<CaptionFollow>("Tessarune", 1, 0, "CaptionFollow");
@@ -36,8 +34,6 @@ void registerTypes() {
     }();
     Q_UNUSED(once);
 }
-
-} // namespace
 
 CaptionWindow::CaptionWindow(CaptionWindowEnvironment environment)
     : environment_(std::move(environment)),

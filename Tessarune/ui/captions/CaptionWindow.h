@@ -22,6 +22,8 @@ class CaptionWindow {
     /// broken, which no user can mend.
     explicit CaptionWindow(CaptionWindowEnvironment environment);
     CaptionWindow(const CaptionWindow&) = delete;
+    /// Makes what captions are drawn with known to QML, for other windows that show some.
+    static void registerTypes();
 
     void show();
     void hide();

@@ -1,6 +1,5 @@
 #include "Tessarune/ui/captions/ShortcutKeys.h"
 
-#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -51,6 +50,20 @@ QKeySequence keysOf(const ShortcutSetting& shortcut) {
     for (const auto& [bit, modifier] : modifierKeys)
         modifiers.setFlag(modifier, (*shortcut.modifiers & bit) != 0);
     return QKeyCombination(modifiers, *key);
+}
+
+std::optional<StoredKeys> storedKeys(int key, Qt::KeyboardModifiers modifiers) {
+    constexpr std::int64_t highestCode = 0x7F;
+    StoredKeys stored{0, 0};
+    while (keyOf(stored.keyCode) != static_cast<Qt::Key>(key)) {
+        if (++stored.keyCode > highestCode)
+            return std::nullopt;
+    }
+    for (const auto& [bit, modifier] : modifierKeys) {
+        if (modifiers.testFlag(modifier))
+            stored.modifiers |= bit;
+    }
+    return stored;
 }
 
 } // namespace tessarune

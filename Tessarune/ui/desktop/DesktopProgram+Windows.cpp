@@ -20,8 +20,9 @@ double secondsBehind(const LiveSystemAudioTranscriber& transcriber) {
 
 /// The windows that open when they are asked for. The menus have an entry for each.
 void DesktopProgram::offerWindows() {
-    windows_.offer<SettingsWindow>(DesktopWindows::Kind::settings,
-                                   [this] { return makeSettingsWindow(application_, session_); });
+    windows_.offer<SettingsWindow>(DesktopWindows::Kind::settings, [this] {
+        return makeSettingsWindow(application_, session_, motion_.isReduced);
+    });
 }
 
 CaptionWindowEnvironment DesktopProgram::windowEnvironment() {

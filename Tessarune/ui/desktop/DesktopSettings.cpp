@@ -1,16 +1,52 @@
 #include "Tessarune/ui/desktop/DesktopSettings.h"
 
+#include "Tessarune/platform/speech-engine/SpeechModelSpeeds.h"
+#include "TessaruneCore/text/Localization.h"
+
+#include <cmath>
+#include <optional>
+#include <string>
+#include <utility>
+
 namespace tessarune {
 
 std::unique_ptr<SettingsWindow> makeSettingsWindow(Application& application,
-                                                   ListeningSession& session) {
+                                                   ListeningSession& session,
+                                                   const Published<bool>& reducesMotion) {
     return std::make_unique<SettingsWindow>(SettingsWindowEnvironment{
         .host = application.host,
         .settings = application.settings,
         .session = session.store().view(),
         .store = application.storedDefaults,
+        .reducesMotion = reducesMotion,
         .fileProblem = [&application] { return application.storedDefaults.problem(); },
-        .renewFile = [&application] { application.renewSettingsFile(); }});
+        .renewFile = [&application] { application.renewSettingsFile(); },
+        .speechModels = application.speechModels,
+        .speechModelSpeed =
+            [&application](const std::string& name) -> std::optional<SpeechModelSpeed> {
+            const auto ratio =
+                SpeechModelSpeeds(application.host, application.models).lookRatio(name);
+            if (!ratio)
+                return std::nullopt;
+            return SpeechModelSpeed{*ratio * SpeechModelSpeed::lineSeconds,
+                                    SpeechModelSpeeds::isTooSlow(*ratio)};
+        },
+        .languages = application.translationModels,
+        .translationTest =
+            std::make_shared<TranslationTaskBridge>(TranslationTaskBridge::Environment{
+                application.host, application.translation, session.sharedTranslation()}),
+        .followDownloadTrouble =
+            [&application](std::function<void(const std::string&)> tell) {
+                application.onDownloadTrouble = {};
+                if (!tell)
+                    return;
+                application.onDownloadTrouble =
+                    [tell = std::move(tell)](const DownloadTrouble& trouble) {
+                        const auto seconds = std::lround(std::ceil(trouble.secondsToNextTry));
+                        tell(localized("下载受阻：%@ %lld 秒后重试。",
+                                       {trouble.reason, std::to_string(seconds)}));
+                    };
+            }});
 }
 
 } // namespace tessarune

@@ -8,8 +8,9 @@
 
 namespace tessarune {
 
-/// The settings window over the application and its session, which outlive it. Main thread.
+/// The settings window over what outlives it. Main thread.
 std::unique_ptr<SettingsWindow> makeSettingsWindow(Application& application,
-                                                   ListeningSession& session);
+                                                   ListeningSession& session,
+                                                   const Published<bool>& reducesMotion);
 
 } // namespace tessarune

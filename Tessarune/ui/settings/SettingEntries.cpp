@@ -118,8 +118,9 @@ void addRecognition(std::vector<SettingEntry>& all, AppSettings& s) {
                    .title = localizationKey("要识别的英语"),
                    .setting = &s.selectedRecognitionOptionID,
                    .control = SettingControl::choice,
-                   .choiceName = recognitionName});
-    all.push_back({pane, localizationKey("下载"), localizationKey("下载地址"), &s.modelMirror,
+                   .choiceName = recognitionName,
+                   .about = nothingMore});
+    all.push_back({pane, localizationKey("下载来源"), localizationKey("下载地址"), &s.modelMirror,
                    SettingControl::text});
 }
 

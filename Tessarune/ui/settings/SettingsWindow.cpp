@@ -1,5 +1,6 @@
 #include "Tessarune/ui/settings/SettingsWindow.h"
 
+#include "Tessarune/ui/captions/CaptionWindow.h"
 #include "Tessarune/ui/controls/Controls.h"
 
 #include <QCoreApplication>
@@ -21,9 +22,19 @@ void registerSettingsTypes() {
     static const bool once = [] {
         useSettingsFiles();
         registerControls();
-        qmlRegisterUncreatableType<SettingRowsModel>("Tessarune", 1, 0, "SettingRowsModel", {});
-        qmlRegisterUncreatableType<SettingsWindowModel>("Tessarune", 1, 0, "SettingsWindowModel",
-                                                        {});
+        CaptionWindow::registerTypes();
+        const auto add = [](auto* none, const char* name) {
+            qmlRegisterUncreatableType<std::remove_pointer_t<decltype(none)>>("Tessarune", 1, 0,
+                                                                              name, {});
+        };
+        add(static_cast<AboutModel*>(nullptr), "AboutModel");
+        add(static_cast<CaptionPreview*>(nullptr), "CaptionPreview");
+        add(static_cast<ProfilesModel*>(nullptr), "ProfilesModel");
+        add(static_cast<ResourcesModel*>(nullptr), "ResourcesModel");
+        add(static_cast<SettingRowsModel*>(nullptr), "SettingRowsModel");
+        add(static_cast<SettingsWindowModel*>(nullptr), "SettingsWindowModel");
+        add(static_cast<ShortcutsModel*>(nullptr), "ShortcutsModel");
+        add(static_cast<TranslationTestModel*>(nullptr), "TranslationTestModel");
         return true;
     }();
     Q_UNUSED(once);
@@ -32,9 +43,31 @@ void registerSettingsTypes() {
 } // namespace
 
 SettingsWindow::SettingsWindow(SettingsWindowEnvironment environment)
-    : environment_(std::move(environment)), model_(environment_) {
+    : environment_(std::move(environment)),
+      model_(environment_),
+      models_(environment_.host, environment_.settings.speechModel,
+              SettingsResources::speechModels(environment_.speechModels,
+                                              environment_.speechModelSpeed)),
+      languages_(environment_.host, environment_.settings.translationTargetLanguage,
+                 SettingsResources::languages(environment_.languages)),
+      test_(environment_.settings, environment_.translationTest),
+      preview_(environment_),
+      shortcuts_(environment_.settings),
+      profiles_(environment_) {
     registerSettingsTypes();
-    engine_.setInitialProperties({{"model", QVariant::fromValue(&model_)}});
+    QObject::connect(&test_, &TranslationTestModel::ended, &languages_, &ResourcesModel::refresh);
+    environment_.followDownloadTrouble([this](const std::string& text) {
+        models_.tellTrouble(text);
+        languages_.tellTrouble(text);
+    });
+    engine_.setInitialProperties({{"model", QVariant::fromValue(&model_)},
+                                  {"models", QVariant::fromValue(&models_)},
+                                  {"languages", QVariant::fromValue(&languages_)},
+                                  {"test", QVariant::fromValue(&test_)},
+                                  {"preview", QVariant::fromValue(&preview_)},
+                                  {"shortcuts", QVariant::fromValue(&shortcuts_)},
+                                  {"profiles", QVariant::fromValue(&profiles_)},
+                                  {"about", QVariant::fromValue(&about_)}});
     engine_.load(QUrl(QStringLiteral("qrc:/settings/SettingsWindow.qml")));
     if (engine_.rootObjects().isEmpty())
         qFatal("the settings window's files cannot be loaded");
@@ -42,6 +75,7 @@ SettingsWindow::SettingsWindow(SettingsWindowEnvironment environment)
 }
 
 SettingsWindow::~SettingsWindow() {
+    environment_.followDownloadTrouble({});
     // Rows that went are still to be deleted, and what moves in them must not outlive the engine.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }

@@ -1,7 +1,13 @@
 #pragma once
 
+#include "Tessarune/ui/settings/AboutModel.h"
+#include "Tessarune/ui/settings/CaptionPreview.h"
+#include "Tessarune/ui/settings/ProfilesModel.h"
+#include "Tessarune/ui/settings/ResourcesModel.h"
 #include "Tessarune/ui/settings/SettingsWindowEnvironment.h"
 #include "Tessarune/ui/settings/SettingsWindowModel.h"
+#include "Tessarune/ui/settings/ShortcutsModel.h"
+#include "Tessarune/ui/settings/TranslationTestModel.h"
 
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
@@ -22,10 +28,19 @@ class SettingsWindow {
     void show(const std::string& pane = {});
     QQuickWindow& window() { return *window_; }
     SettingsWindowModel& model() { return model_; }
+    ResourcesModel& models() { return models_; }
+    ShortcutsModel& shortcuts() { return shortcuts_; }
 
   private:
     const SettingsWindowEnvironment environment_;
     SettingsWindowModel model_;
+    ResourcesModel models_;
+    ResourcesModel languages_;
+    TranslationTestModel test_;
+    CaptionPreview preview_;
+    ShortcutsModel shortcuts_;
+    ProfilesModel profiles_;
+    AboutModel about_;
     QQmlApplicationEngine engine_;
     QQuickWindow* window_ = nullptr; // the engine's
 };

@@ -2,10 +2,13 @@
 
 #include "Tessarune/session/SessionView.h"
 #include "Tessarune/shell/AppSettings.h"
+#include "Tessarune/translation/TranslationTaskBridge.h"
+#include "Tessarune/ui/settings/SettingsResources.h"
 #include "TessaruneCore/host/Host.h"
 
-#include <filesystem>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <string>
 
 namespace tessarune {
@@ -18,10 +21,19 @@ struct SettingsWindowEnvironment {
     const SessionView& session;
     /// Where the preview of captions keeps nothing.
     UserDefaults& store;
+    /// Whether the desktop asks for less motion.
+    const Published<bool>& reducesMotion;
     /// Why the settings file cannot be read or written; empty while all is well.
     std::function<std::string()> fileProblem;
     /// Keeps a file that cannot be read aside and begins a new one.
     std::function<void()> renewFile;
+    SpeechModelManager& speechModels;
+    /// How fast a model was on this computer; nothing where that is not known.
+    std::function<std::optional<SpeechModelSpeed>(const std::string& name)> speechModelSpeed;
+    TranslationLanguages& languages;
+    std::shared_ptr<TranslationTaskBridge> translationTest;
+    /// From now on calls back with why a download gets nowhere; an empty one ends it.
+    std::function<void(std::function<void(const std::string& text)>)> followDownloadTrouble;
 };
 
 } // namespace tessarune

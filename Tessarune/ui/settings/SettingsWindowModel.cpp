@@ -102,6 +102,8 @@ QVariantMap SettingsWindowModel::texts() const {
             {"search", shown("搜索设置")},
             {"clear", shown("清除搜索")},
             {"nothing", shown("没有找到")},
+            {"models", shown("语音模型")},
+            {"languages", shown("目标语言")},
             {"panes", shown("设置分类")},
             {"restore", shown("恢复默认值")},
             {"restoreCaptions", shown("恢复字幕默认值")},

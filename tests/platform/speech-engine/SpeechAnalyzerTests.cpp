@@ -446,9 +446,9 @@ TEST_F(SpeechAnalyzerTest, AutomaticTakesTheLargestThatIsWholeAndQuickEnough) {
     SpeechModels models(
         host_, store_, [this] { return choice_; }, [this] { return engine_.library(); }, 0.1);
     EXPECT_EQ(models.choose().name, "medium-streaming-en");
-    models.observe("medium-streaming-en", 0.2, 10);
+    models.speeds().observe("medium-streaming-en", 0.2, 10);
     EXPECT_EQ(models.choose().name, "medium-streaming-en") << "ten passes prove nothing";
-    models.observe("medium-streaming-en", 0.2, 100);
+    models.speeds().observe("medium-streaming-en", 0.2, 100);
     EXPECT_EQ(models.choose().name, "small-streaming-en");
     std::filesystem::remove(store_.folder(ModelKind::speech, "small-streaming-en") / "encoder.ort");
     EXPECT_EQ(models.choose().name, "tiny-en");

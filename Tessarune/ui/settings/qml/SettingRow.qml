@@ -8,6 +8,7 @@ Item {
 
     required property SettingsWindowModel model
     required property SettingRowsModel rows
+    required property bool isFirst
     required property int index
     required property string title
     required property string about
@@ -33,7 +34,7 @@ Item {
         id: heading
         width: parent.width
         text: root.section
-        isFirst: root.index === 0
+        isFirst: root.isFirst
     }
 
     Rectangle {

@@ -8,6 +8,8 @@ Column {
 
     required property SettingsWindowModel model
     required property SettingRowsModel rows
+    // Nothing stands above them.
+    property bool isFirst: true
 
     Repeater {
         model: root.rows
@@ -16,6 +18,7 @@ Column {
             width: root.width
             model: root.model
             rows: root.rows
+            isFirst: root.isFirst && index === 0
         }
     }
 }

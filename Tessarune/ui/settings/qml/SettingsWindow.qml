@@ -7,6 +7,13 @@ Window {
     id: window
 
     required property SettingsWindowModel model
+    required property ResourcesModel models
+    required property ResourcesModel languages
+    required property TranslationTestModel test
+    required property CaptionPreview preview
+    required property ShortcutsModel shortcuts
+    required property ProfilesModel profiles
+    required property AboutModel about
 
     title: model.texts.title
     color: Theme.window
@@ -67,7 +74,7 @@ Window {
         Loader {
             id: pane
 
-            readonly property var byName: ({})
+            readonly property var byName: ({ recognition: recognition, translation: translation, captions: captions, shortcuts: shortcuts, advanced: advanced, about: about })
 
             objectName: "pane"
             anchors { left: parent.left; right: parent.right; top: problem.bottom; bottom: parent.bottom }
@@ -87,6 +94,60 @@ Window {
                 model: window.model
                 rows: window.model.rows
             }
+        }
+    }
+
+    Component {
+        id: recognition
+
+        RecognitionPane {
+            model: window.model
+            models: window.models
+        }
+    }
+
+    Component {
+        id: translation
+
+        TranslationPane {
+            model: window.model
+            languages: window.languages
+            test: window.test
+        }
+    }
+
+    Component {
+        id: captions
+
+        CaptionsPane {
+            model: window.model
+            preview: window.preview
+        }
+    }
+
+    Component {
+        id: shortcuts
+
+        ShortcutsPane {
+            model: window.model
+            shortcuts: window.shortcuts
+        }
+    }
+
+    Component {
+        id: advanced
+
+        AdvancedPane {
+            model: window.model
+            profiles: window.profiles
+        }
+    }
+
+    Component {
+        id: about
+
+        AboutPane {
+            about: window.about
         }
     }
 

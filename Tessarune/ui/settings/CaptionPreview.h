@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Tessarune/session/SessionView.h"
+#include "Tessarune/ui/captions/CaptionStageModel.h"
+#include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
+#include "Tessarune/ui/captions/CaptionWindowModel.h"
+#include "Tessarune/ui/settings/SettingsWindowEnvironment.h"
+
+#include <QObject>
+#include <QTimer>
+#include <string>
+
+namespace tessarune {
+
+/// Captions that nobody speaks, drawn as the settings ask: the stage of the caption window over
+/// frames of its own. Words come only while it is running. Main thread; the environment outlives
+/// it.
+class CaptionPreview final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(tessarune::CaptionStageModel* stage READ stage CONSTANT)
+    /// For the background.
+    Q_PROPERTY(tessarune::CaptionWindowModel* window READ window CONSTANT)
+    Q_PROPERTY(bool running READ isRunning WRITE setRunning NOTIFY runningChanged)
+
+  public:
+    explicit CaptionPreview(const SettingsWindowEnvironment& environment);
+
+    CaptionStageModel* stage() { return &stage_; }
+    CaptionWindowModel* window() { return &window_; }
+    bool isRunning() const { return words_.isActive(); }
+    void setRunning(bool running);
+
+  Q_SIGNALS:
+    void runningChanged();
+
+  private:
+    void sayNextWord();
+    void settle();
+
+    LiveCaptionDisplayStore display_{[] { return 0.0; }};
+    SessionTranslation noTranslation_;
+    CaptionCore core_;
+    SessionView session_;
+    Published<std::string> noNotice_;
+    const CaptionWindowEnvironment environment_;
+    CaptionStageModel stage_;
+    CaptionWindowModel window_;
+    LiveCaptionDisplayFrame frame_ = LiveCaptionDisplayFrame::empty();
+    QTimer words_;
+    std::size_t sentence_ = 0; ///< that is being spoken
+    std::size_t spoken_ = 0;   ///< words of it
+};
+
+} // namespace tessarune

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "Tessarune/ui/settings/SettingsWindowEnvironment.h"
+#include "TessaruneCore/observation/Observations.h"
+
+#include <QObject>
+#include <QString>
+#include <QVariantList>
+#include <QVariantMap>
+
+namespace tessarune {
+
+/// The profiles, which set the tuning together, and the tuning as text. They rest while a session
+/// runs. Main thread; the environment outlives it.
+class ProfilesModel final : public QObject {
+    Q_OBJECT
+    /// "title" and "about" of each.
+    Q_PROPERTY(QVariantList profiles READ profiles CONSTANT)
+    Q_PROPERTY(bool isLocked READ isLocked NOTIFY changed)
+    /// What was done last, or why nothing can be done.
+    Q_PROPERTY(QString message READ message NOTIFY changed)
+    Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
+
+  public:
+    explicit ProfilesModel(const SettingsWindowEnvironment& environment);
+
+    QVariantList profiles() const;
+    bool isLocked() const;
+    QString message() const;
+    QVariantMap texts() const;
+
+    Q_INVOKABLE void apply(int profile);
+    /// Back to the first-launch values of the whole pane.
+    Q_INVOKABLE void restore();
+    Q_INVOKABLE void copySnapshot();
+
+  Q_SIGNALS:
+    void changed();
+
+  private:
+    void tell(std::string_view key);
+
+    const SettingsWindowEnvironment& environment_;
+    QString message_;
+    Observations observations_;
+};
+
+} // namespace tessarune

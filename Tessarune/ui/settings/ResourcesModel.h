@@ -1,0 +1,118 @@
+#pragma once
+
+#include "Tessarune/shell/AppSettings.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/host/Task.h"
+#include "TessaruneCore/observation/Observations.h"
+
+#include <QAbstractListModel>
+#include <QString>
+#include <QVariantMap>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// Something that can be chosen, downloaded and removed: a speech model, a language.
+struct Resource {
+    enum class State { builtIn, installed, available, unavailable, damaged };
+
+    std::string id; ///< what the setting stores
+    std::string title;
+    std::string flag;
+    std::uint64_t bytes = 0; ///< 0: unknown, or nothing to download
+    State state = State::available;
+    bool isRemovable = false;
+    std::string note; ///< what else there is to say
+};
+
+/// Resources as rows, with what each is doing: chosen, on its way, in trouble. Main thread; host
+/// and setting outlive it. A download that is on its way when it goes is asked to stop.
+class ResourcesModel final : public QAbstractListModel {
+    Q_OBJECT
+    Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
+
+  public:
+    enum Role {
+        TitleRole = Qt::UserRole,
+        FlagRole,
+        DetailRole, ///< state and size, what is on its way
+        NoteRole,
+        ProblemRole,
+        ChosenRole,
+        CanChooseRole,
+        CanDownloadRole,
+        CanRemoveRole,
+        LoadingRole,
+        ProgressRole, ///< 0 to 1; below: unknown
+    };
+
+    /// Where the resources come from. Each throws with a text that can be shown.
+    struct Source {
+        using Progress = std::function<void(std::uint64_t received, std::uint64_t expected)>;
+
+        std::function<std::vector<Resource>()> list;
+        std::function<Task<void>(std::string id, Progress progress, std::stop_token stop)> download;
+        std::function<void(const std::string& id)> remove;
+        /// What is not here can be chosen all the same.
+        bool choosesMissing = false;
+    };
+
+    ResourcesModel(Host& host, Setting<std::string>& chosen, Source source);
+    ~ResourcesModel() override;
+
+    int rowCount(const QModelIndex& parent = {}) const override;
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+    QVariantMap texts() const;
+
+    /// Looks at the disk again.
+    Q_INVOKABLE void refresh();
+    Q_INVOKABLE void choose(int row);
+    Q_INVOKABLE void download(int row);
+    Q_INVOKABLE void stop(int row);
+    Q_INVOKABLE void remove(int row);
+
+    /// Why a download gets nowhere; until it goes on.
+    void tellTrouble(const std::string& text);
+
+  private:
+    struct Download {
+        std::stop_source stop;
+        std::uint64_t received = 0;
+        std::uint64_t expected = 0;
+        std::string trouble;
+    };
+    struct Row {
+        Resource resource;
+        std::shared_ptr<Download> download; ///< null: none is on its way
+        std::string problem;                ///< of the last thing that was tried
+    };
+    /// What a download reports to; empty once the model has gone.
+    struct Link {
+        ResourcesModel* model;
+    };
+
+    static Task<void> run(std::shared_ptr<Link> link, Task<void> downloading, std::string id,
+                          std::stop_token stop);
+    void received(const std::string& id, std::uint64_t received, std::uint64_t expected);
+    void ended(const std::string& id, const std::string& problem);
+    Row* find(const std::string& id);
+    const Row* at(int row) const;
+    void announce(const Row& row);
+    bool canChoose(const Row& row) const;
+    QString detailOf(const Row& row) const;
+
+    Host& host_;
+    Setting<std::string>& chosen_;
+    const Source source_;
+    std::vector<Row> rows_;
+    std::shared_ptr<Link> link_;
+    Observations observations_;
+};
+
+} // namespace tessarune

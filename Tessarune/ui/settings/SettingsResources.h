@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Tessarune/speech/SpeechModelManager.h"
+#include "Tessarune/translation/TranslationLanguages.h"
+#include "Tessarune/ui/settings/ResourcesModel.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+
+namespace tessarune {
+
+/// Whether a speech model keeps up with speech on this computer.
+struct SpeechModelSpeed {
+    static constexpr double lineSeconds = 5;
+
+    double lookSeconds = 0; ///< of work for a look at a line of `lineSeconds`
+    bool isTooSlow = false;
+};
+
+/// The speech models and the languages as resources of the settings window. What they are made from
+/// outlives them.
+namespace SettingsResources {
+
+ResourcesModel::Source
+speechModels(SpeechModelManager& models,
+             std::function<std::optional<SpeechModelSpeed>(const std::string& name)> speed);
+
+ResourcesModel::Source languages(TranslationLanguages& languages);
+
+} // namespace SettingsResources
+
+} // namespace tessarune
