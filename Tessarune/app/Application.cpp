@@ -153,6 +153,8 @@ std::filesystem::path Application::renewSettingsFile() {
 }
 
 std::optional<DataFolderLock::Holder> Application::takeDataFolder() {
+    if (dataFolder_)
+        return std::nullopt;
     auto taken = DataFolderLock::take(paths, program);
     if (const auto* holder = std::get_if<DataFolderLock::Holder>(&taken))
         return *holder;

@@ -89,8 +89,9 @@ struct Application {
     /// recorded until the user says so. Gives where the old one is; empty if there was no need.
     std::filesystem::path renewSettingsFile();
 
-    /// Makes this program the one that writes the data folder, until it ends; gives who has it
-    /// instead. Throws std::system_error where there can be no such folder.
+    /// Makes this program the one that writes the data folder, until it ends, if it is not so
+    /// already; gives who has it instead. Throws std::system_error where there can be no such
+    /// folder.
     std::optional<DataFolderLock::Holder> takeDataFolder();
 
     /// What a front end has to tell of the preparation of a run.

@@ -1,3 +1,4 @@
+#include "Tessarune/ui/desktop/DesktopHistory.h"
 #include "Tessarune/ui/desktop/DesktopProgram.h"
 #include "Tessarune/ui/desktop/DesktopSettings.h"
 #include "TessaruneCore/text/Localization.h"
@@ -23,6 +24,8 @@ void DesktopProgram::offerWindows() {
     windows_.offer<SettingsWindow>(DesktopWindows::Kind::settings, [this] {
         return makeSettingsWindow(application_, session_, motion_.isReduced);
     });
+    windows_.offer<HistoryWindow>(DesktopWindows::Kind::history,
+                                  [this] { return makeHistoryWindow(application_); });
 }
 
 CaptionWindowEnvironment DesktopProgram::windowEnvironment() {

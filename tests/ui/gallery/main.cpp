@@ -1,10 +1,11 @@
-// Draws the caption window in every state, and the settings window pane by pane, into PNG files:
-// caption-gallery FOLDER [LOCALE]. Puts the pictures of all folders below one on a sheet:
-// caption-gallery --sheet FOLDER
+// Draws the caption and the history window in every state, and the settings window pane by pane,
+// into PNG files: caption-gallery FOLDER [LOCALE]. Puts the pictures of all folders below one on a
+// sheet: caption-gallery --sheet FOLDER
 
 #include "Tessarune/shell/StringTables.h"
 #include "tests/ui/StagedCaptions.h"
 #include "tests/ui/StagedSettings.h"
+#include "tests/ui/gallery/HistoryPictures.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -230,7 +231,9 @@ int drawAll(const QString& folder) {
                 return 1;
         }
     }
-    return drawSettings(folder, true) && drawSettings(folder, false) ? 0 : 1;
+    const bool isDrawn = drawSettings(folder, true) && drawHistory(folder, "dark", save) &&
+                         drawSettings(folder, false) && drawHistory(folder, "light", save);
+    return isDrawn ? 0 : 1;
 }
 
 /// A column for each folder, a line for each picture, over something light and something dark.

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "Tessarune/history/HistoryItem.h"
+#include "Tessarune/history/HistoryTranscriptPayload.h"
+#include "Tessarune/ui/history/HistoryTranscriptModel.h"
+#include "Tessarune/ui/history/HistoryWindowEnvironment.h"
+
+#include <QObject>
+#include <QString>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tessarune {
+
+/// The recording that is chosen in the list: its note, and its transcript in one language or in
+/// two. Main thread; the environment outlives it.
+class HistoryDetailModel final : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(bool isShown READ isShown NOTIFY recordingChanged)
+    Q_PROPERTY(QString title READ title NOTIFY recordingChanged)
+    Q_PROPERTY(QString duration READ duration NOTIFY recordingChanged)
+    Q_PROPERTY(bool isRunning READ isRunning NOTIFY recordingChanged)
+    Q_PROPERTY(QString note READ note NOTIFY recordingChanged)
+    /// 0: the source alone, 1: with the translation.
+    Q_PROPERTY(int mode READ mode WRITE setMode NOTIFY modeChanged)
+    Q_PROPERTY(tessarune::HistoryTranscriptModel* rows READ rows CONSTANT)
+    Q_PROPERTY(bool isTimed READ isTimed NOTIFY transcriptChanged)
+    Q_PROPERTY(bool hasText READ hasText NOTIFY transcriptChanged)
+    Q_PROPERTY(bool hasTranslation READ hasTranslation NOTIFY transcriptChanged)
+    /// What stands in place of a transcript, or above one without the translation that was asked
+    /// for; empty: nothing.
+    Q_PROPERTY(QString hint READ hint NOTIFY transcriptChanged)
+
+  public:
+    explicit HistoryDetailModel(const HistoryWindowEnvironment& environment);
+    ~HistoryDetailModel() override;
+
+    /// The chosen recording, or what the catalog now says of it; nothing: none is chosen.
+    void show(const std::optional<HistoryItem>& recording);
+    const std::optional<HistoryItem>& recording() const { return recording_; }
+
+    bool isShown() const { return recording_.has_value(); }
+    QString title() const;
+    QString duration() const;
+    bool isRunning() const { return recording_ && recording_->live; }
+    QString note() const;
+    int mode() const { return mode_; }
+    void setMode(int mode);
+    HistoryTranscriptModel* rows() { return &rows_; }
+    bool isTimed() const { return rows_.isTimed(); }
+    bool hasText() const { return !payload_.sourceText.empty(); }
+    bool hasTranslation() const { return !payload_.bilingualText.empty(); }
+    QString hint() const;
+    const HistoryTranscriptPayload& payload() const { return payload_; }
+
+  Q_SIGNALS:
+    void recordingChanged();
+    void modeChanged();
+    void transcriptChanged();
+
+  private:
+    struct Line;
+
+    void readTranscript();
+    Task<void> load(HistoryItem recording);
+    void showRows();
+
+    const HistoryWindowEnvironment& environment_;
+    const std::shared_ptr<SerialQueue> queue_;
+    std::shared_ptr<Line> line_; ///< what returns from the queue looks here whether it is late
+    std::optional<HistoryItem> recording_;
+    HistoryTranscriptPayload payload_;
+    HistoryWordTimeline timeline_;
+    std::string problem_; ///< of the transcript's files
+    bool isLoading_ = false;
+    int mode_ = HistoryTranscriptPayload::bilingualMode;
+    HistoryTranscriptModel rows_;
+    NotificationCenter::Observation observation_;
+};
+
+} // namespace tessarune

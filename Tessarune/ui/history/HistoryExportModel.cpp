@@ -1,0 +1,139 @@
+#include "Tessarune/ui/history/HistoryExportModel.h"
+
+#include "TessaruneCore/host/CancellationError.h"
+#include "TessaruneCore/text/Localization.h"
+
+#include <QVariantMap>
+#include <optional>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+using Format = HistoryExportFormat;
+
+const std::pair<Format, const char*> formatTitles[] = {
+    {Format::html, "HTML"}, {Format::pdf, "PDF"},    {Format::m4a, "M4A"},
+    {Format::srt, "SRT"},   {Format::vtt, "WebVTT"}, {Format::txt, "TXT"}};
+
+QString nameOf(Format format) {
+    const auto name = HistoryExport::fileExtension(format);
+    return QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size()));
+}
+
+} // namespace
+
+struct HistoryExportModel::Line {
+    HistoryExportModel* model;
+};
+
+HistoryExportModel::HistoryExportModel(const HistoryWindowEnvironment& environment,
+                                       HistoryDetailModel& detail,
+                                       std::function<void(const std::string&)> onAlert)
+    : environment_(environment),
+      detail_(detail),
+      onAlert_(std::move(onAlert)),
+      line_(std::make_shared<Line>(Line{this})) {
+    connect(&detail_, &HistoryDetailModel::transcriptChanged, this, &HistoryExportModel::changed);
+}
+
+HistoryExportModel::~HistoryExportModel() {
+    line_->model = nullptr;
+    stop_.request_stop();
+}
+
+QVariantList HistoryExportModel::formats() const {
+    QVariantList all;
+    for (const auto& [format, title] : formatTitles)
+        all << QVariantMap{{"name", nameOf(format)}, {"title", QString::fromUtf8(title)}};
+    return all;
+}
+
+QString HistoryExportModel::format() const {
+    return nameOf(format_);
+}
+
+void HistoryExportModel::setFormat(const QString& format) {
+    const auto known = HistoryExport::formatOf(format.toStdString());
+    if (!known || std::exchange(format_, *known) == *known)
+        return;
+    Q_EMIT changed();
+}
+
+void HistoryExportModel::setContent(int content) {
+    if (std::exchange(content_, content) != content)
+        Q_EMIT changed();
+}
+
+QString HistoryExportModel::hint() const {
+    if (isAudio())
+        return QString::fromStdString(localized("M4A 仅导出音频，不含文字"));
+    return QString::fromStdString(canBeBilingual() ? localized("导出会话中已保存的译文")
+                                                   : localized("这条录音没有已保存译文"));
+}
+
+void HistoryExportModel::run() {
+    if (!detail_.recording() || isBusy_)
+        return;
+    const HistoryExportRequest request{*detail_.recording(), format_,
+                                       content() == 1 ? HistoryTranscriptExportContent::bilingual
+                                                      : HistoryTranscriptExportContent::source};
+    if (!isAudio() && !detail_.hasText()) {
+        onAlert_(localized("这条录音没有识别文本。"));
+        return;
+    }
+    environment_.chooseFile(HistoryExport::suggestedFilename(request),
+                            [line = std::weak_ptr(line_), request](const auto& to) {
+                                if (const auto still = line.lock(); still && still->model)
+                                    still->model->write(request, to);
+                            });
+}
+
+void HistoryExportModel::cancel() {
+    stop_.request_stop();
+}
+
+void HistoryExportModel::write(HistoryExportRequest request, const std::filesystem::path& to) {
+    if (isBusy_)
+        return;
+    isBusy_ = true;
+    progress_ = -1;
+    stop_ = std::stop_source();
+    Q_EMIT busyChanged();
+    spawn(Executor::main(environment_.host), writing(std::move(request), to));
+}
+
+Task<void> HistoryExportModel::writing(HistoryExportRequest request, std::filesystem::path to) {
+    const auto line = line_;
+    Host& host = environment_.host;
+    MediaProgress progress = [&host, late = std::weak_ptr(line_)](double fraction) {
+        host.post([late, fraction] {
+            if (const auto still = late.lock(); still && still->model) {
+                still->model->progress_ = fraction;
+                Q_EMIT still->model->busyChanged();
+            }
+        });
+    };
+    std::string message = localized("已保存到：%@", {to.string()});
+    try {
+        Task<void> exporting =
+            environment_.exporter.write(std::move(request), to, progress, stop_.get_token());
+        co_await exporting;
+    } catch (const CancellationError&) {
+        message.clear();
+    } catch (const std::exception& error) {
+        message = error.what();
+    }
+    if (line->model)
+        finish(message);
+}
+
+void HistoryExportModel::finish(const std::string& message) {
+    isBusy_ = false;
+    Q_EMIT busyChanged();
+    if (!message.empty())
+        onAlert_(message);
+}
+
+} // namespace tessarune

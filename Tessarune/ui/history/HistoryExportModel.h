@@ -1,0 +1,73 @@
+#pragma once
+
+#include "Tessarune/ui/history/HistoryDetailModel.h"
+#include "Tessarune/ui/history/HistoryWindowEnvironment.h"
+
+#include <QObject>
+#include <QString>
+#include <QVariantList>
+#include <functional>
+#include <memory>
+
+namespace tessarune {
+
+/// The panel that exports the chosen recording. Main thread; environment and detail outlive it.
+class HistoryExportModel final : public QObject {
+    Q_OBJECT
+    /// "name" and "title" of each.
+    Q_PROPERTY(QVariantList formats READ formats CONSTANT)
+    Q_PROPERTY(QString format READ format WRITE setFormat NOTIFY changed)
+    /// 0: the source alone, 1: with the translation.
+    Q_PROPERTY(int content READ content WRITE setContent NOTIFY changed)
+    Q_PROPERTY(bool isAudio READ isAudio NOTIFY changed)
+    Q_PROPERTY(bool canBeBilingual READ canBeBilingual NOTIFY changed)
+    /// About what was chosen; empty: nothing needs to be said.
+    Q_PROPERTY(QString hint READ hint NOTIFY changed)
+    Q_PROPERTY(bool isBusy READ isBusy NOTIFY busyChanged)
+    /// 0 to 1; below 0 while it is not known.
+    Q_PROPERTY(double progress READ progress NOTIFY busyChanged)
+
+  public:
+    /// `onAlert` tells the user how it went.
+    HistoryExportModel(const HistoryWindowEnvironment& environment, HistoryDetailModel& detail,
+                       std::function<void(const std::string&)> onAlert);
+    ~HistoryExportModel() override;
+
+    QVariantList formats() const;
+    QString format() const;
+    void setFormat(const QString& format);
+    int content() const { return canBeBilingual() ? content_ : 0; }
+    void setContent(int content);
+    bool isAudio() const { return format_ == HistoryExportFormat::m4a; }
+    bool canBeBilingual() const { return detail_.hasTranslation(); }
+    QString hint() const;
+    bool isBusy() const { return isBusy_; }
+    double progress() const { return progress_; }
+
+    /// Asks for a place and writes the file.
+    Q_INVOKABLE void run();
+    Q_INVOKABLE void cancel();
+
+  Q_SIGNALS:
+    void changed();
+    void busyChanged();
+
+  private:
+    struct Line;
+
+    void write(HistoryExportRequest request, const std::filesystem::path& to);
+    Task<void> writing(HistoryExportRequest request, std::filesystem::path to);
+    void finish(const std::string& message);
+
+    const HistoryWindowEnvironment& environment_;
+    HistoryDetailModel& detail_;
+    const std::function<void(const std::string&)> onAlert_;
+    std::shared_ptr<Line> line_; ///< what returns later looks here whether it is late
+    std::stop_source stop_;
+    HistoryExportFormat format_ = HistoryExportFormat::pdf;
+    int content_ = 1;
+    bool isBusy_ = false;
+    double progress_ = -1;
+};
+
+} // namespace tessarune

@@ -1,0 +1,33 @@
+#pragma once
+
+#include "Tessarune/ui/history/HistoryWindowEnvironment.h"
+#include "Tessarune/ui/history/HistoryWindowModel.h"
+
+#include <QQmlApplicationEngine>
+#include <QQuickWindow>
+#include <string>
+
+namespace tessarune {
+
+/// The window with the recorded sessions. Main thread; needs the application object.
+class HistoryWindow {
+  public:
+    /// Loads the window without showing it. Ends the program where the window's own files are
+    /// broken, which no user can mend.
+    explicit HistoryWindow(HistoryWindowEnvironment environment);
+    ~HistoryWindow();
+    HistoryWindow(const HistoryWindow&) = delete;
+
+    /// Raised and active; with the recording of this identifier, or where it was.
+    void show(const std::string& recording = {});
+    QQuickWindow& window() { return *window_; }
+    HistoryWindowModel& model() { return model_; }
+
+  private:
+    const HistoryWindowEnvironment environment_;
+    HistoryWindowModel model_;
+    QQmlApplicationEngine engine_;
+    QQuickWindow* window_ = nullptr; // the engine's
+};
+
+} // namespace tessarune

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "Tessarune/history/HistoryExport.h"
+#include "Tessarune/history/RecordingCatalog.h"
+#include "Tessarune/shell/FileSystem.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/observation/NotificationCenter.h"
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+namespace tessarune {
+
+/// What the history window shows and what it may ask for. All of it outlives the window.
+struct HistoryWindowEnvironment {
+    Host& host;
+    RecordingCatalog& catalog;
+    FileSystem& files;
+    NotificationCenter& notifications;
+    HistoryExport& exporter;
+    /// Why recordings cannot be changed now, as another program has them; empty: they can.
+    std::function<std::string()> changeProblem;
+    /// Asks where a file is to be written, which is suggested to have this name. Calls back with
+    /// the place; not at all if the user declines.
+    std::function<void(const std::string& suggestedName,
+                       std::function<void(std::filesystem::path)> chosen)>
+        chooseFile;
+    std::function<void(const std::string& text)> copy; ///< to the clipboard
+};
+
+} // namespace tessarune

@@ -1,0 +1,134 @@
+import QtQuick
+import QtQuick.Templates as T
+import Tessarune
+import "qrc:/controls"
+
+// What of the recording is exported, and as what.
+T.Popup {
+    id: root
+
+    required property HistoryExportModel model
+    required property var texts
+
+    objectName: "exportPanel"
+    margins: 8
+    padding: Math.round(Theme.body * 1.1)
+    width: Math.round(Theme.body * 28)
+    height: contentItem.implicitHeight + topPadding + bottomPadding
+    focus: true
+    modal: false
+    closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutside
+    onOpened: formats.forceActiveFocus(Qt.TabFocusReason)
+
+    background: Rectangle {
+        radius: Theme.radius + 4
+        color: Theme.panel
+        border.color: Theme.line
+    }
+
+    contentItem: Column {
+        spacing: Math.round(Theme.body * 0.9)
+
+        Grid {
+            id: formats
+
+            function forceActiveFocus(reason) {
+                for (let i = 0; i < buttons.count; ++i) {
+                    if (buttons.itemAt(i).checked)
+                        buttons.itemAt(i).forceActiveFocus(reason);
+                }
+            }
+
+            columns: 3
+            spacing: Math.round(Theme.body * 0.5)
+
+            Repeater {
+                id: buttons
+
+                model: root.model.formats
+
+                T.AbstractButton {
+                    id: format
+
+                    required property var modelData
+
+                    objectName: "format"
+                    implicitWidth: (root.availableWidth - 2 * formats.spacing) / 3
+                    implicitHeight: Math.round(Theme.body * 2.8)
+                    focusPolicy: Qt.StrongFocus
+                    checked: root.model.format === modelData.name
+                    text: modelData.title
+                    Accessible.role: Accessible.RadioButton
+                    Accessible.name: text
+                    Accessible.checked: checked
+                    Keys.onReturnPressed: clicked()
+                    onClicked: root.model.format = modelData.name
+
+                    contentItem: Text {
+                        text: format.text
+                        textFormat: Text.PlainText
+                        horizontalAlignment: Text.AlignHCenter
+                        verticalAlignment: Text.AlignVCenter
+                        color: format.checked ? Theme.accent : Theme.text
+                        font.pixelSize: Theme.body
+                        font.weight: format.checked ? Font.Medium : Font.Normal
+                    }
+
+                    background: Rectangle {
+                        radius: Theme.radius
+                        color: format.checked ? Theme.chosen : format.hovered ? Theme.hovered : "transparent"
+                        border.color: format.visualFocus ? Theme.accent : Theme.line
+                        border.width: format.visualFocus ? 2 : 1
+                    }
+                }
+            }
+        }
+
+        SegmentedChoice {
+            visible: !root.model.isAudio
+            enabled: root.model.canBeBilingual
+            choices: [root.texts.source, root.texts.bilingual]
+            current: root.model.content
+            onChosen: index => root.model.content = index
+        }
+
+        Label {
+            width: parent.width
+            visible: text !== ""
+            text: root.model.hint
+            color: Theme.quiet
+            font.pixelSize: Theme.small
+        }
+
+        ProgressLine {
+            width: parent.width
+            visible: root.model.isBusy
+            name: root.texts.exporting
+            indeterminate: root.model.progress < 0
+            value: Math.max(0, root.model.progress)
+        }
+
+        Row {
+            anchors.right: parent.right
+            spacing: Math.round(Theme.body * 0.6)
+
+            PushButton {
+                objectName: "cancelExport"
+                visible: root.model.isBusy
+                text: root.texts.cancel
+                onClicked: root.model.cancel()
+            }
+            PushButton {
+                objectName: "runExport"
+                isPrimary: true
+                enabled: !root.model.isBusy
+                text: root.texts.exportTo
+                onClicked: {
+                    root.model.run();
+                    if (!root.model.isBusy)
+                        root.close();
+                }
+            }
+        }
+    }
+}

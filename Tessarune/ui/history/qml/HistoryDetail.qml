@@ -1,0 +1,142 @@
+import QtQuick
+import Tessarune
+import "qrc:/controls"
+
+// The chosen recording: what it is, what can be done with it, its note and its transcript.
+Item {
+    id: root
+
+    required property HistoryWindowModel model
+    readonly property HistoryDetailModel detail: model.detail
+    readonly property real margin: Math.round(Theme.body * 1.7)
+
+    Placeholder {
+        anchors.fill: parent
+        glyph: "captions"
+        title: !root.detail.isShown && root.model.list.count > 0 ? root.model.texts.choose : ""
+    }
+
+    Column {
+        id: header
+
+        visible: root.detail.isShown
+        x: root.margin
+        y: root.margin - Math.round(Theme.body * 0.3)
+        width: parent.width - 2 * root.margin
+        spacing: Math.round(Theme.body * 0.9)
+
+        Item {
+            width: parent.width
+            height: Theme.controlHeight
+
+            Label {
+                id: title
+
+                anchors { left: parent.left; right: tools.left; rightMargin: Theme.gap; verticalCenter: parent.verticalCenter }
+                text: root.detail.title + "   " + root.detail.duration
+                wrapMode: Text.NoWrap
+                elide: Text.ElideRight
+                font.pixelSize: Theme.heading
+                font.weight: Font.Medium
+            }
+
+            Row {
+                id: tools
+
+                anchors { right: parent.right; verticalCenter: parent.verticalCenter }
+                spacing: Math.round(Theme.body * 0.3)
+
+                SegmentedChoice {
+                    anchors.verticalCenter: parent.verticalCenter
+                    choices: [root.model.texts.source, root.model.texts.bilingual]
+                    current: root.detail.mode
+                    onChosen: index => root.detail.mode = index
+                }
+                Item {
+                    width: Math.round(Theme.body * 0.4)
+                    height: 1
+                }
+                GlyphButton {
+                    objectName: "copy"
+                    anchors.verticalCenter: parent.verticalCenter
+                    enabled: root.detail.hasText
+                    opacity: enabled ? 1 : 0.4
+                    glyph: "copy"
+                    text: root.detail.mode === 1 && root.detail.hasTranslation ? root.model.texts.copyBoth : root.model.texts.copySource
+                    onClicked: root.model.copy(root.detail.mode === 1)
+                }
+                GlyphButton {
+                    id: exportButton
+
+                    objectName: "export"
+                    anchors.verticalCenter: parent.verticalCenter
+                    enabled: !root.detail.isRunning
+                    opacity: enabled ? 1 : 0.4
+                    glyph: "share"
+                    text: root.model.texts.export
+                    onClicked: exportPanel.open()
+
+                    ExportPanel {
+                        id: exportPanel
+
+                        x: exportButton.width - width
+                        y: exportButton.height + 4
+                        model: root.model.exports
+                        texts: root.model.texts
+                    }
+                }
+                GlyphButton {
+                    objectName: "delete"
+                    anchors.verticalCenter: parent.verticalCenter
+                    enabled: !root.detail.isRunning
+                    opacity: enabled ? 1 : 0.4
+                    glyph: "trash"
+                    text: root.model.texts.delete
+                    onClicked: root.model.deleteCurrent()
+                }
+            }
+        }
+
+        EntryField {
+            id: note
+
+            objectName: "note"
+            width: parent.width
+            name: root.model.texts.note
+            placeholderText: name
+            text: root.detail.note
+            onEditingFinished: root.model.setNote(text)
+            Keys.onEscapePressed: {
+                text = Qt.binding(() => root.detail.note);
+                focus = false;
+            }
+        }
+
+        Label {
+            width: parent.width
+            visible: root.detail.hint !== "" && root.detail.hasText
+            text: root.detail.hint
+            color: Theme.quiet
+            font.pixelSize: Theme.small
+        }
+    }
+
+    TranscriptList {
+        anchors { left: parent.left; right: parent.right; top: header.bottom; topMargin: Math.round(Theme.body * 0.8); bottom: parent.bottom }
+        visible: root.detail.isShown
+        detail: root.detail
+        margin: root.margin
+    }
+
+    Placeholder {
+        anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
+        glyph: root.detail.isRunning ? "recording" : "captions"
+        title: root.detail.hasText ? "" : root.detail.hint
+    }
+
+    Shortcut {
+        sequence: "Ctrl+E"
+        enabled: root.detail.isShown && !root.detail.isRunning
+        onActivated: exportPanel.open()
+    }
+}

@@ -1,0 +1,88 @@
+import QtQuick
+import Tessarune
+import "qrc:/controls"
+
+// One recording of the list: its note, or how it begins, and below it when it was and how long.
+Rectangle {
+    id: root
+
+    required property int index
+    required property string title
+    required property string time
+    required property string duration
+    required property bool bilingual
+    required property bool running
+    required property bool blank
+    required property var texts
+    property bool isCurrent: false
+    property bool hasKeys: false
+    signal activated
+
+    readonly property string statusText: running ? texts.running : blank ? texts.blank : ""
+
+    height: Math.round(Theme.body * 3.9)
+    radius: Theme.radius
+    color: isCurrent ? Theme.chosen : area.containsMouse ? Theme.hovered : "transparent"
+    border.color: isCurrent && hasKeys ? Theme.accent : "transparent"
+    border.width: 2
+    Accessible.role: Accessible.ListItem
+    Accessible.name: [title, time, duration, statusText].filter(part => part !== "").join(", ")
+    Accessible.selected: isCurrent
+    Accessible.onPressAction: activated()
+
+    Column {
+        anchors { left: parent.left; right: parent.right; leftMargin: Math.round(Theme.body * 0.8); rightMargin: anchors.leftMargin; verticalCenter: parent.verticalCenter }
+        spacing: Math.round(Theme.body * 0.2)
+
+        Label {
+            width: parent.width
+            text: root.title !== "" ? root.title : root.statusText
+            wrapMode: Text.NoWrap
+            elide: Text.ElideRight
+            maximumLineCount: 1
+            color: root.title !== "" ? Theme.text : Theme.quiet
+            font.weight: root.isCurrent ? Font.Medium : Font.Normal
+            Accessible.ignored: true
+        }
+
+        Row {
+            spacing: Math.round(Theme.body * 0.6)
+
+            Rectangle {
+                anchors.verticalCenter: parent.verticalCenter
+                visible: root.running
+                width: Math.round(Theme.body * 0.6)
+                height: width
+                radius: width / 2
+                color: Theme.trouble
+            }
+            Label {
+                text: root.time + "  ·  " + root.duration
+                color: Theme.quiet
+                font.pixelSize: Theme.small
+                Accessible.ignored: true
+            }
+            Label {
+                visible: root.running && root.title !== ""
+                text: root.texts.running
+                color: Theme.trouble
+                font.pixelSize: Theme.small
+                Accessible.ignored: true
+            }
+            Label {
+                visible: root.bilingual
+                text: root.texts.bilingual
+                color: Theme.accent
+                font.pixelSize: Theme.small
+                Accessible.ignored: true
+            }
+        }
+    }
+
+    MouseArea {
+        id: area
+        anchors.fill: parent
+        hoverEnabled: true
+        onClicked: root.activated()
+    }
+}

@@ -1,0 +1,41 @@
+import QtQuick
+import Tessarune
+import "qrc:/controls"
+
+// Stands where there is nothing, and says what to do.
+Item {
+    id: root
+
+    property string glyph: "captions"
+    property string title: ""
+    property string text: ""
+
+    visible: title !== ""
+
+    Column {
+        anchors.centerIn: parent
+        width: Math.min(parent.width - 2 * Theme.body, Theme.body * 26)
+        spacing: Math.round(Theme.body * 0.7)
+
+        Glyph {
+            anchors.horizontalCenter: parent.horizontalCenter
+            name: root.glyph
+            width: Math.round(Theme.body * 2.4)
+            color: Theme.edge
+        }
+        Label {
+            width: parent.width
+            text: root.title
+            horizontalAlignment: Text.AlignHCenter
+            font.weight: Font.Medium
+        }
+        Label {
+            width: parent.width
+            visible: text !== ""
+            text: root.text
+            horizontalAlignment: Text.AlignHCenter
+            color: Theme.quiet
+            font.pixelSize: Theme.small
+        }
+    }
+}

@@ -1,0 +1,17 @@
+import QtQuick
+import Tessarune
+
+// A text whose parts can be selected with the pointer and copied.
+TextEdit {
+    readOnly: true
+    selectByMouse: true
+    activeFocusOnTab: false
+    textFormat: TextEdit.PlainText
+    wrapMode: TextEdit.Wrap
+    color: Theme.text
+    selectionColor: Theme.accent
+    selectedTextColor: Theme.overAccent
+    font.pixelSize: Theme.body
+    Accessible.role: Accessible.StaticText
+    Accessible.name: text
+}
