@@ -1,53 +1,11 @@
 #include "bench/quality/WordTrace.h"
 
+#include "TessaruneCore/text/CommonSubsequence.h"
+
 #include <algorithm>
-#include <cstdint>
 #include <utility>
 
 namespace tessarune {
-
-namespace {
-
-/// Beyond so many words times words, texts that differ are taken to have nothing in common.
-constexpr std::size_t mostCompared = 4'000'000;
-
-/// Which elements of two lists form their longest common subsequence, as pairs of indices. Equal
-/// beginnings are paired as they stand.
-template <typename A, typename B, typename Equal>
-std::vector<std::pair<std::size_t, std::size_t>> commonSubsequence(const A& a, const B& b,
-                                                                   Equal equal) {
-    std::vector<std::pair<std::size_t, std::size_t>> pairs;
-    std::size_t begin = 0;
-    for (; begin < a.size() && begin < b.size() && equal(a[begin], b[begin]); ++begin)
-        pairs.emplace_back(begin, begin);
-    const std::size_t rows = a.size() - begin;
-    const std::size_t columns = b.size() - begin;
-    if (columns > 0 && rows > mostCompared / columns)
-        return pairs;
-    // How long the subsequence of what follows is, from each pair of positions on.
-    std::vector<std::uint32_t> rest((rows + 1) * (columns + 1), 0);
-    const auto at = [&](std::size_t i, std::size_t j) -> std::uint32_t& {
-        return rest[i * (columns + 1) + j];
-    };
-    for (std::size_t i = rows; i-- > 0;) {
-        for (std::size_t j = columns; j-- > 0;) {
-            at(i, j) = equal(a[begin + i], b[begin + j]) ? at(i + 1, j + 1) + 1
-                                                         : std::max(at(i + 1, j), at(i, j + 1));
-        }
-    }
-    for (std::size_t i = 0, j = 0; i < rows && j < columns;) {
-        if (equal(a[begin + i], b[begin + j])) {
-            pairs.emplace_back(begin + i++, begin + j++);
-        } else if (at(i + 1, j) >= at(i, j + 1)) {
-            ++i;
-        } else {
-            ++j;
-        }
-    }
-    return pairs;
-}
-
-} // namespace
 
 /// One step from the words that were open to those of the next text.
 class WordTrace::Following {

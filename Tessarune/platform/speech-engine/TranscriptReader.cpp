@@ -1,6 +1,5 @@
 #include "Tessarune/platform/speech-engine/TranscriptReader.h"
 
-#include "TessaruneCore/segmentation/SentenceStabilityKey.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
@@ -19,28 +18,6 @@ std::string textOf(const char* bytes) {
     return text;
 }
 
-/// A word of a text with the white space before it.
-struct Token {
-    std::string_view withSpace;
-    std::string_view word;
-};
-
-/// The last token carries the white space after it too, so that all tokens joined are the text.
-std::vector<Token> tokensOf(std::string_view text) {
-    std::vector<Token> tokens;
-    std::size_t from = 0;
-    for (const std::string_view word : Text::splitOnWhiteSpace(text)) {
-        const auto end = static_cast<std::size_t>(word.data() - text.data()) + word.size();
-        tokens.push_back({text.substr(from, end - from), word});
-        from = end;
-    }
-    if (!tokens.empty() && from < text.size()) {
-        Token& last = tokens.back();
-        last.withSpace = text.substr(from - last.withSpace.size());
-    }
-    return tokens;
-}
-
 } // namespace
 
 std::vector<SpeechResult> TranscriptReader::read(const moonshine::Transcript& transcript,
@@ -49,22 +26,14 @@ std::vector<SpeechResult> TranscriptReader::read(const moonshine::Transcript& tr
     openSince_.reset();
     for (std::size_t i = completeLines_; i < transcript.lineCount; ++i) {
         const moonshine::Line& line = transcript.lines[i];
-        const std::string text = textOf(line.text);
-        if (line.isComplete != 0) {
-            // A line that comes to nothing must take back what was shown of it.
-            if (!text.empty() || open_)
-                results.push_back(result(line, true));
-            forgetOpen();
-            completeLines_ = i + 1;
-            completeThrough_ =
-                std::max(completeThrough_, clockOffset_ + line.start + line.duration);
-            continue;
+        if (line.isComplete == 0) {
+            openSince_ = clockOffset_ + line.start;
+            readOpen(line, looksAgainSoon, results);
+            break;
         }
-        openSince_ = clockOffset_ + line.start;
-        std::optional<SpeechResult> changed = readOpen(line, looksAgainSoon);
-        if (changed && options_.reporting.contains(SpeechReportingOption::volatileResults))
-            results.push_back(std::move(*changed));
-        break;
+        readComplete(line, results);
+        completeLines_ = i + 1;
+        completeThrough_ = std::max(completeThrough_, clockOffset_ + line.start + line.duration);
     }
     return results;
 }
@@ -74,36 +43,38 @@ void TranscriptReader::restarted(double at) {
     completeLines_ = 0;
     completeThrough_ = std::max(completeThrough_, at);
     openSince_.reset();
-    forgetOpen();
-}
-
-void TranscriptReader::forgetOpen() {
-    looked_.clear();
-    given_.clear();
+    line_.clear();
     open_.reset();
 }
 
-std::optional<SpeechResult> TranscriptReader::readOpen(const moonshine::Line& line,
-                                                       bool looksAgainSoon) {
-    SpeechResult now = result(line, false);
-    std::vector<std::string> keys;
-    keys.reserve(now.runs.size());
-    for (const SpeechRun& run : now.runs)
-        keys.push_back(SentenceStabilityKey::normalize(run.text));
-    const std::vector<std::string> before = std::exchange(looked_, keys);
-    if (looksAgainSoon) {
-        const auto agreed = std::ranges::mismatch(keys, before).in1;
-        keys.erase(agreed, keys.end());
-        if (keys.size() < given_.size() && std::equal(keys.begin(), keys.end(), given_.begin()))
-            return std::nullopt;
-        now.runs.resize(keys.size());
-        now.alternatives = {now.text()};
+void TranscriptReader::readOpen(const moonshine::Line& line, bool looksAgainSoon,
+                                std::vector<SpeechResult>& results) {
+    const bool givesVolatile = options_.reporting.contains(SpeechReportingOption::volatileResults);
+    std::vector<SpeechRun> settled =
+        line_.look(runsOf(line), clockOffset_ + line.start, looksAgainSoon);
+    if (!settled.empty()) {
+        // Whoever compares a final with the volatile result before it finds the same words.
+        if (givesVolatile)
+            results.push_back(result(settled, false));
+        results.push_back(result(std::move(settled), true));
+        open_.reset();
     }
-    given_ = std::move(keys);
+    SpeechResult now = result(line_.shown(), false);
     if (now.text() == (open_ ? open_->text() : std::string()))
-        return std::nullopt;
+        return;
     open_ = now;
-    return now;
+    if (givesVolatile)
+        results.push_back(std::move(now));
+}
+
+void TranscriptReader::readComplete(const moonshine::Line& line,
+                                    std::vector<SpeechResult>& results) {
+    SpeechResult rest = result(line_.rest(runsOf(line)), true);
+    // A line that comes to nothing must take back what was shown of it.
+    if (!rest.runs.empty() || open_)
+        results.push_back(std::move(rest));
+    line_.clear();
+    open_.reset();
 }
 
 std::optional<SpeechResult> TranscriptReader::takeOpen() {
@@ -113,16 +84,11 @@ std::optional<SpeechResult> TranscriptReader::takeOpen() {
     return taken;
 }
 
-SpeechResult TranscriptReader::result(const moonshine::Line& line, bool isFinal) const {
-    SpeechResult result;
-    const std::string text = textOf(line.text);
-    result.isFinal = isFinal;
-    result.alternatives = {text};
-    result.runs = timedRuns(text, line);
-    if (result.runs.empty())
-        result.runs =
-            evenRuns(text, clockOffset_ + line.start, clockOffset_ + line.start + line.duration);
-    for (SpeechRun& run : result.runs) {
+/// A blank stands before each word but the first.
+SpeechResult TranscriptReader::result(std::vector<SpeechRun> runs, bool isFinal) const {
+    for (SpeechRun& run : runs) {
+        if (&run != &runs.front())
+            run.text.insert(0, " ");
         if (!options_.attributes.contains(SpeechAttributeOption::audioTimeRange)) {
             run.audioStart.reset();
             run.audioEnd.reset();
@@ -130,19 +96,30 @@ SpeechResult TranscriptReader::result(const moonshine::Line& line, bool isFinal)
         if (!options_.attributes.contains(SpeechAttributeOption::transcriptionConfidence))
             run.confidence.reset();
     }
+    SpeechResult result{std::move(runs), isFinal, {}};
+    result.alternatives = {result.text()};
     return result;
 }
 
-/// One run a token with the times that the engine gives for its parts; nothing if the engine's
+/// One run a word.
+std::vector<SpeechRun> TranscriptReader::runsOf(const moonshine::Line& line) const {
+    const std::string text = textOf(line.text);
+    std::vector<SpeechRun> runs = timedRuns(text, line);
+    if (runs.empty())
+        runs = evenRuns(text, clockOffset_ + line.start, clockOffset_ + line.start + line.duration);
+    return runs;
+}
+
+/// With the times that the engine gives for its parts; nothing if the engine's
 /// words are not the text's.
 std::vector<SpeechRun> TranscriptReader::timedRuns(const std::string& text,
                                                    const moonshine::Line& line) const {
     std::vector<SpeechRun> runs;
     std::size_t next = 0;
-    for (const Token& token : tokensOf(text)) {
-        SpeechRun run{std::string(token.withSpace), std::nullopt, std::nullopt, std::nullopt};
+    for (const std::string_view token : Text::splitOnWhiteSpace(text)) {
+        SpeechRun run{std::string(token), std::nullopt, std::nullopt, std::nullopt};
         std::string read;
-        while (read.size() < token.word.size() && next < line.wordCount) {
+        while (read.size() < token.size() && next < line.wordCount) {
             const moonshine::Word& word = line.words[next++];
             read += Text::trimmed(textOf(word.text));
             run.audioStart = run.audioStart.value_or(clockOffset_ + word.start);
@@ -150,28 +127,28 @@ std::vector<SpeechRun> TranscriptReader::timedRuns(const std::string& text,
             run.confidence =
                 std::min(run.confidence.value_or(1), static_cast<double>(word.confidence));
         }
-        if (read != token.word)
+        if (read != token)
             return {};
         runs.push_back(std::move(run));
     }
     return runs;
 }
 
-/// One run a token, the line's span divided among them by their length.
+/// The line's span divided among the words by their length.
 std::vector<SpeechRun> TranscriptReader::evenRuns(const std::string& text, double start,
                                                   double end) const {
-    const std::vector<Token> tokens = tokensOf(text);
+    const std::vector<std::string_view> tokens = Text::splitOnWhiteSpace(text);
     std::size_t all = 0;
-    for (const Token& token : tokens)
-        all += Text::length(token.word);
+    for (const std::string_view token : tokens)
+        all += Text::length(token);
     std::vector<SpeechRun> runs;
     std::size_t before = 0;
     const auto at = [&](std::size_t characters) {
         return start + (end - start) * static_cast<double>(characters) / static_cast<double>(all);
     };
-    for (const Token& token : tokens) {
-        const std::size_t after = before + Text::length(token.word);
-        runs.push_back({std::string(token.withSpace), at(before), at(after), std::nullopt});
+    for (const std::string_view token : tokens) {
+        const std::size_t after = before + Text::length(token);
+        runs.push_back({std::string(token), at(before), at(after), std::nullopt});
         before = after;
     }
     return runs;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessarune/platform/speech-engine/MoonshineABI.h"
+#include "Tessarune/platform/speech-engine/OpenLine.h"
 #include "Tessarune/speech/SpeechTranscriber.h"
 
 #include <cstddef>
@@ -11,12 +12,8 @@
 namespace tessarune {
 
 /// Turns the lines of one stream, read again and again as they grow, into results: a volatile one
-/// when the open line has changed, a final one when a line has become complete. Each line gives one
-/// final. Pure; one thread.
-///
-/// The engine guesses the end of a line anew at each look, and its last words are often others the
-/// next time. Where the next look comes soon, only the words are given on which two looks in a row
-/// agree, and they stay until two looks agree on other ones.
+/// when what is shown of the open line has changed, final ones for the settled front of a long line
+/// and for the rest of a line that has become complete (see `OpenLine`). Pure; one thread.
 class TranscriptReader {
   public:
     explicit TranscriptReader(SpeechTranscriberOptions options) : options_(std::move(options)) {}
@@ -39,9 +36,11 @@ class TranscriptReader {
     std::optional<double> openSince() const { return openSince_; }
 
   private:
-    std::optional<SpeechResult> readOpen(const moonshine::Line& line, bool looksAgainSoon);
-    void forgetOpen();
-    SpeechResult result(const moonshine::Line& line, bool isFinal) const;
+    void readOpen(const moonshine::Line& line, bool looksAgainSoon,
+                  std::vector<SpeechResult>& results);
+    void readComplete(const moonshine::Line& line, std::vector<SpeechResult>& results);
+    SpeechResult result(std::vector<SpeechRun> runs, bool isFinal) const;
+    std::vector<SpeechRun> runsOf(const moonshine::Line& line) const;
     std::vector<SpeechRun> timedRuns(const std::string& text, const moonshine::Line& line) const;
     std::vector<SpeechRun> evenRuns(const std::string& text, double start, double end) const;
 
@@ -50,9 +49,8 @@ class TranscriptReader {
     std::size_t completeLines_ = 0;
     double completeThrough_ = 0;
     std::optional<double> openSince_;
-    std::vector<std::string> looked_;  ///< keys of all words of the open line at the last look
-    std::vector<std::string> given_;   ///< of those that were given
-    std::optional<SpeechResult> open_; ///< what was given, whether it was asked for or not
+    OpenLine line_;
+    std::optional<SpeechResult> open_; ///< what was given of it behind its last final
 };
 
 } // namespace tessarune

@@ -43,26 +43,47 @@ std::shared_ptr<const MoonshineLibrary> library() {
     return std::make_shared<const MoonshineLibrary>(calls);
 }
 
-/// Follows the recogniser's results.
+/// Follows the recogniser's results. As in the program, a guess that is on its way to the screen is
+/// replaced by a newer one and dropped for a final.
 class ResultTrace {
   public:
     explicit ResultTrace(double from) : from_(from) {}
 
     void read(const SpeechResult& result, double t) {
         const std::vector<std::string> words = DisplayedWords::asSpoken(result.text());
-        if (!result.isFinal)
-            trace_.show(t + guessToScreen, {}, words);
-        else if (!result.runs.empty() && result.runs.front().audioStart.value_or(t) < from_)
+        if (guess_ && guess_->shownAt <= t)
+            showGuess();
+        if (!result.isFinal) {
+            guess_ = {guess_ ? guess_->shownAt : t + guessToScreen, words};
+            return;
+        }
+        guess_.reset();
+        if (!result.runs.empty() && result.runs.front().audioStart.value_or(t) < from_)
             trace_ = {}; // of the lead-in
         else
             trace_.show(t, words, {});
     }
 
-    WordHistory history() const { return trace_.history(); }
+    WordHistory history() {
+        showGuess();
+        return trace_.history();
+    }
 
   private:
+    struct Guess {
+        double shownAt;
+        std::vector<std::string> words;
+    };
+
+    void showGuess() {
+        if (guess_)
+            trace_.show(guess_->shownAt, {}, guess_->words);
+        guess_.reset();
+    }
+
     double from_;
     WordTrace trace_;
+    std::optional<Guess> guess_;
 };
 
 Task<void> noteFailure(Task<void> running, std::exception_ptr& failure) {

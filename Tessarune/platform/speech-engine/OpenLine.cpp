@@ -1,0 +1,251 @@
+#include "Tessarune/platform/speech-engine/OpenLine.h"
+
+#include "TessaruneCore/segmentation/SentencePunctuation.h"
+#include "TessaruneCore/segmentation/SentenceSegmenter.h"
+#include "TessaruneCore/segmentation/SentenceStabilityKey.h"
+#include "TessaruneCore/text/CommonSubsequence.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+/// Looks that must agree on a word before it is shown, or takes the place of one that is.
+constexpr std::size_t looksToAgree = 2;
+/// Seconds of speech after which a line's front is settled at the end of a clause, or anywhere.
+constexpr double clauseSeconds = 2;
+constexpr double anywhereSeconds = 3;
+/// Fewer words are not settled by themselves.
+constexpr std::size_t fewestWords = 3;
+/// A single word may be said three times, longer runs twice.
+constexpr std::size_t longestRepeat = 4;
+constexpr std::size_t timesOfAWord = 3;
+constexpr std::size_t timesOfARun = 2;
+
+constexpr auto sameKey = [](const auto& a, const auto& b) { return a.key == b.key; };
+
+} // namespace
+
+/// One step from what was shown to what is shown after a look.
+class OpenLine::Merge {
+  public:
+    Merge(Words shown, const Words& guess) : shown_(std::move(shown)), guess_(guess) {}
+
+    Words run() {
+        for (const auto& [old, now] : commonSubsequence(shown_, guess_, sameKey)) {
+            const bool isSure = gap(old, now);
+            put(now, now + 1, shown_[old].isAgreed); // the newest spelling
+            merged_.back().isAgreed &= isSure;
+            nextShown_ = old + 1;
+            nextGuess_ = now + 1;
+        }
+        end();
+        return std::move(merged_);
+    }
+
+  private:
+    /// What stands between two words that both have. False if the guess has words for which there
+    /// is no place yet among those that are shown.
+    bool gap(std::size_t shownEnd, std::size_t guessEnd) {
+        if (nextShown_ == shownEnd && nextGuess_ == guessEnd)
+            return true;
+        const auto all = [](const Words& words, std::size_t begin, std::size_t end, auto holds) {
+            const auto first = words.begin();
+            return std::all_of(first + static_cast<std::ptrdiff_t>(begin),
+                               first + static_cast<std::ptrdiff_t>(end), holds);
+        };
+        // Looks must agree on the words and that there are no others.
+        const bool replaces = all(shown_, nextShown_, shownEnd,
+                                  [](const Word& word) { return word.missed >= looksToAgree; }) &&
+                              all(guess_, nextGuess_, guessEnd + 1,
+                                  [](const Word& word) { return word.follows >= looksToAgree; });
+        if (replaces)
+            put(nextGuess_, guessEnd, true);
+        else
+            keep(shownEnd);
+        return replaces || (guessEnd - nextGuess_ <= shownEnd - nextShown_ &&
+                            all(guess_, nextGuess_, guessEnd,
+                                [](const Word& word) { return word.looks < looksToAgree; }));
+    }
+
+    /// The end of the line grows by what two looks agree on, and is taken back only for words on
+    /// which they agree.
+    void end() {
+        std::size_t agreed = nextGuess_;
+        while (agreed < guess_.size() && guess_[agreed].follows >= looksToAgree)
+            ++agreed;
+        if (nextShown_ == shown_.size() || agreed > nextGuess_)
+            put(nextGuess_, agreed, true);
+        else
+            keep(shown_.size());
+    }
+
+    void put(std::size_t from, std::size_t to, bool isAgreed) {
+        for (std::size_t i = from; i < to; ++i) {
+            merged_.push_back(guess_[i]);
+            merged_.back().isAgreed = isAgreed || guess_[i].follows >= looksToAgree;
+        }
+    }
+
+    void keep(std::size_t to) {
+        for (std::size_t i = nextShown_; i < to; ++i)
+            merged_.push_back(std::move(shown_[i]));
+    }
+
+    Words shown_;
+    const Words& guess_;
+    Words merged_;
+    std::size_t nextShown_ = 0;
+    std::size_t nextGuess_ = 0;
+};
+
+std::vector<SpeechRun> OpenLine::look(std::vector<SpeechRun> words, double begin,
+                                      bool looksAgainSoon) {
+    Words guess = withoutRepeats(std::move(words));
+    const std::size_t known = lengthOf(settled_, behind(), guess);
+    guess.erase(guess.begin(), guess.begin() + static_cast<std::ptrdiff_t>(known));
+    for (Word& word : guess) {
+        word.run.audioStart = std::max(word.run.audioStart, settledThrough_);
+        word.run.audioEnd = std::max(word.run.audioEnd, settledThrough_);
+    }
+    const Words before = std::exchange(guess_, std::move(guess));
+    countLooks(before);
+    for (Word& word : shown_)
+        ++word.missed;
+    const std::size_t shownBefore = shown_.size();
+    Words agreed = Merge(std::move(shown_), guess_).run();
+    const std::size_t count = wordsToSettle(agreed, shownBefore, begin);
+    shown_ = count > 0 || looksAgainSoon ? std::move(agreed) : guess_;
+    return settle(count);
+}
+
+void OpenLine::countLooks(const Words& before) {
+    std::size_t nextBefore = 0;
+    std::size_t next = 0;
+    for (const auto& [old, now] : commonSubsequence(before, guess_, sameKey)) {
+        const bool hasItsPlace = old == nextBefore && now == next;
+        guess_[now].looks = before[old].looks + 1;
+        guess_[now].follows = hasItsPlace ? before[old].follows + 1 : 1;
+        nextBefore = old + 1;
+        next = now + 1;
+    }
+}
+
+std::vector<SpeechRun> OpenLine::rest(std::vector<SpeechRun> words) const {
+    Words all = withoutRepeats(std::move(words));
+    const std::size_t known = lengthOf(settled_, behind(), all);
+    all.erase(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(known));
+    return runsOf(all);
+}
+
+std::vector<SpeechRun> OpenLine::runsOf(const Words& words) {
+    std::vector<SpeechRun> runs;
+    runs.reserve(words.size());
+    for (const Word& word : words)
+        runs.push_back(word.run);
+    return runs;
+}
+
+OpenLine::Words OpenLine::withoutRepeats(std::vector<SpeechRun> runs) {
+    Words kept;
+    const auto endsInRepeats = [&](std::size_t length, std::size_t times) {
+        if (kept.size() < length * times)
+            return false;
+        const auto last = kept.end() - static_cast<std::ptrdiff_t>(length);
+        return std::equal(last - static_cast<std::ptrdiff_t>(length * (times - 1)), last,
+                          last - static_cast<std::ptrdiff_t>(length * (times - 2)), kept.end(),
+                          sameKey);
+    };
+    for (SpeechRun& run : runs) {
+        std::string key = SentenceStabilityKey::normalize(run.text);
+        kept.push_back({std::move(run), std::move(key)});
+        for (std::size_t length = 1; length <= longestRepeat; ++length) {
+            const std::size_t times = length == 1 ? timesOfAWord : timesOfARun;
+            if (endsInRepeats(length, times + 1)) {
+                kept.resize(kept.size() - length);
+                break;
+            }
+        }
+    }
+    return kept;
+}
+
+/// How many words of a guess are those of `front`, when those of `behind` are expected to follow.
+/// Between the last word of the one and the first of the other that are found may be words that the
+/// guess has changed: as many of them as the front lacks belong to it. That is at times one too
+/// many, which the next look shows; one too few would be said twice.
+std::size_t OpenLine::lengthOf(const Words& front, const Words& behind, const Words& guess) {
+    Words expected = front;
+    expected.insert(expected.end(), behind.begin(), behind.end());
+    std::size_t found = 0;
+    std::size_t lacking = front.size();
+    std::size_t end = guess.size();
+    for (const auto& [old, now] : commonSubsequence(expected, guess, sameKey)) {
+        if (old >= front.size()) {
+            end = now;
+            break;
+        }
+        found = now + 1;
+        lacking = front.size() - 1 - old;
+    }
+    return found + std::min(lacking, end - found);
+}
+
+/// How many of the words that could be shown can be settled. A mark counts where words follow it,
+/// since the engine ends each guess as if the speaker had stopped there.
+std::size_t OpenLine::wordsToSettle(const Words& words, std::size_t shownBefore,
+                                    double begin) const {
+    const std::size_t fewest = std::max(std::min(shownBefore, words.size()), fewestWords);
+    if (words.size() < fewest || guess_.empty())
+        return 0;
+    const auto doubtful = std::ranges::find_if_not(words, &Word::isAgreed);
+    const auto agreed = static_cast<std::size_t>(doubtful - words.begin());
+    std::vector<bool> isCertain(words.size());
+    for (const auto& [shown, guessed] : commonSubsequence(words, guess_, sameKey)) {
+        isCertain[shown] =
+            shown < agreed && guess_[guessed].looks >= looksToAgree && guessed + 1 < guess_.size();
+    }
+    const double open =
+        guess_.back().run.audioEnd.value_or(begin) - settledThrough_.value_or(begin);
+    std::string text;
+    for (const Word& word : words)
+        text += word.run.text + " ";
+    text += "x"; // the line goes on
+    std::size_t sentence = 0;
+    std::size_t clause = 0;
+    std::size_t count = 0;
+    for (const std::string& piece : SentenceSegmenter::pieces(text, true, 0)) {
+        count += Text::countOfWhiteSpaceSeparated(piece);
+        const auto mark = SentencePunctuation::endMark(piece);
+        if (!mark || count < fewest || count > words.size() || !isCertain[count - 1])
+            continue;
+        ((mark->traits & SentencePunctuation::terminal) != 0 ? sentence : clause) = count;
+    }
+    if (sentence > 0)
+        return sentence;
+    if (clause > 0 && open >= clauseSeconds)
+        return clause;
+    return open >= anywhereSeconds && isCertain.back() ? words.size() : 0;
+}
+
+std::vector<SpeechRun> OpenLine::settle(std::size_t count) {
+    const auto move = [](Words& from, std::size_t words) {
+        const auto end = from.begin() + static_cast<std::ptrdiff_t>(words);
+        Words front(std::make_move_iterator(from.begin()), std::make_move_iterator(end));
+        from.erase(from.begin(), end);
+        return front;
+    };
+    const Words front = move(shown_, count);
+    move(guess_, lengthOf(front, shown_, guess_));
+    for (const Word& word : front)
+        settledThrough_ = std::max(settledThrough_, word.run.audioEnd);
+    settled_.insert(settled_.end(), front.begin(), front.end());
+    return runsOf(front);
+}
+
+} // namespace tessarune

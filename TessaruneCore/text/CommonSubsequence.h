@@ -1,0 +1,50 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+namespace tessarune {
+
+/// Which elements of two lists form their longest common subsequence, as rising pairs of indices.
+/// Equal beginnings are paired as they are; of several longest subsequences the one that keeps what
+/// comes first is taken. Time and memory are O(n·m) in what follows the equal beginning: where that
+/// exceeds `largestTable`, only the beginning is paired.
+template <typename A, typename B, typename Equal>
+std::vector<std::pair<std::size_t, std::size_t>> commonSubsequence(const A& a, const B& b,
+                                                                   Equal equal) {
+    constexpr std::size_t largestTable = 4'000'000;
+    std::vector<std::pair<std::size_t, std::size_t>> pairs;
+    std::size_t begin = 0;
+    for (; begin < a.size() && begin < b.size() && equal(a[begin], b[begin]); ++begin)
+        pairs.emplace_back(begin, begin);
+    const std::size_t rows = a.size() - begin;
+    const std::size_t columns = b.size() - begin;
+    if (columns > 0 && rows > largestTable / columns)
+        return pairs;
+    // How long the subsequence of what follows is, from each pair of positions on.
+    std::vector<std::uint32_t> rest((rows + 1) * (columns + 1), 0);
+    const auto at = [&](std::size_t i, std::size_t j) -> std::uint32_t& {
+        return rest[i * (columns + 1) + j];
+    };
+    for (std::size_t i = rows; i-- > 0;) {
+        for (std::size_t j = columns; j-- > 0;) {
+            at(i, j) = equal(a[begin + i], b[begin + j]) ? at(i + 1, j + 1) + 1
+                                                         : std::max(at(i + 1, j), at(i, j + 1));
+        }
+    }
+    for (std::size_t i = 0, j = 0; i < rows && j < columns;) {
+        if (equal(a[begin + i], b[begin + j])) {
+            pairs.emplace_back(begin + i++, begin + j++);
+        } else if (at(i + 1, j) >= at(i, j + 1)) {
+            ++i;
+        } else {
+            ++j;
+        }
+    }
+    return pairs;
+}
+
+} // namespace tessarune
