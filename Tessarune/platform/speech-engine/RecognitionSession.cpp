@@ -14,7 +14,8 @@ namespace tessarune {
 
 namespace {
 
-constexpr double warmUpSeconds = 0.5;
+/// Of silence; see docs/decisions/0021-settled-fronts.md.
+constexpr double warmUpSeconds = 3;
 /// Sound that is given to a new stream once more. The engine opens a line at most this long after
 /// its first sound.
 constexpr double recentSeconds = 3;

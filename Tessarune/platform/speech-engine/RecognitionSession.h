@@ -72,7 +72,7 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
                        SpeechTranscriberOptions options, AsyncStream<SpeechResult> results,
                        RecognitionPolicy policy, std::shared_ptr<RecognitionBacklog> backlog);
 
-    /// Loads the model and runs half a second of silence through it. Throws.
+    /// Loads the model and runs some seconds of silence through it. Throws.
     void prepare();
     /// Makes the engine's stream. Throws.
     void begin();
