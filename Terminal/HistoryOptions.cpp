@@ -66,6 +66,8 @@ void HistoryOptions::declare(CommandOptions& options) {
             ->expected(1, CLI::detail::expected_max_vector_size);
     options.detailFlag({exports, deletes}, "--yes", yes_,
                        localized("Delete, or replace a file, without asking"));
+    options.words("--import", import_, "FILE", localized("Import files of sound or film"))
+        ->expected(1, CLI::detail::expected_max_vector_size);
     CLI::Option* const refine = options.words(
         "--refine", refine_.id, "ID", localized("Transcribe one again, with time to look ahead"));
     options.detailWord({refine}, "--with-model", refine_.model, "NAME",
@@ -91,6 +93,8 @@ std::optional<HistoryCommand> HistoryOptions::command() const {
         return SetNoteCommand{note_[0], note_[1] == "-" ? std::string() : note_[1]};
     if (!delete_.empty())
         return DeleteRecordingsCommand{delete_, yes_};
+    if (!import_.empty())
+        return ImportFilesCommand{{import_.begin(), import_.end()}};
     if (!refine_.id.empty())
         return refine_;
     if (!search_.empty())

@@ -38,6 +38,9 @@ struct DeleteRecordingsCommand {
     bool isCertain = false;
 };
 
+struct ImportFilesCommand {
+    std::vector<std::filesystem::path> files;
+};
 struct RefineCommand {
     std::string id;
     std::string model; ///< empty: the best one
@@ -52,7 +55,7 @@ struct ShowUsageCommand {
 using HistoryCommand =
     std::variant<ListRecordingsCommand, ShowRecordingCommand, ExportRecordingCommand,
                  SetNoteCommand, DeleteRecordingsCommand, CountWordsCommand, RefineCommand,
-                 SearchRecordingsCommand, ShowUsageCommand>;
+                 ImportFilesCommand, SearchRecordingsCommand, ShowUsageCommand>;
 
 /// The part of the command line that asks for one of them.
 class HistoryOptions {
@@ -75,6 +78,7 @@ class HistoryOptions {
     std::vector<std::string> note_;
     std::vector<std::string> delete_;
     bool yes_ = false;
+    std::vector<std::string> import_;
     RefineCommand refine_;
     std::string search_;
     bool usage_ = false;

@@ -1,6 +1,7 @@
 #include "Terminal/history/HistoryCommands.h"
 
 #include "Terminal/history/ExportCommand.h"
+#include "Terminal/history/ImportCommand.h"
 #include "Terminal/history/RecordingChanges.h"
 #include "Terminal/history/RecordingCommands.h"
 #include "Terminal/history/RefineCommand.h"
@@ -33,6 +34,9 @@ struct HistoryDispatch {
     }
     Task<int> operator()(const DeleteRecordingsCommand& command) const {
         return deleteRecordings(program, options, command);
+    }
+    Task<int> operator()(const ImportFilesCommand& command) const {
+        return importFiles(program, options, command.files);
     }
     Task<int> operator()(const RefineCommand& command) const {
         return refineRecording(program, options, command);

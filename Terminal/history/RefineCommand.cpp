@@ -76,30 +76,33 @@ void printOutcome(const UUID& id, const HistoryRefinementOutcome& outcome) {
 
 void tellOutcome(const TerminalOptions& options, const UUID& id,
                  const HistoryRefinementOutcome& outcome) {
-    const std::string shortID = id.text().substr(0, 8);
-    switch (outcome.status) {
-    case RefinementStatus::failed:
-        printProblem(localized("The transcript stays as it was: %@", {outcome.problem}));
-        return;
-    case RefinementStatus::deleted:
-        printProblem(localized("The recording was deleted."));
-        return;
-    case RefinementStatus::cancelled:
-        printNotice(localized("The transcript stays as it was."));
-        return;
-    case RefinementStatus::finished:
-        break;
-    }
+    tellOutcomeOf(
+        options, id, outcome,
+        localized("Transcribed again with %@: --show %@", {outcome.model, id.text().substr(0, 8)}),
+        localized("The transcript stays as it was: %@", {outcome.problem}));
+}
+
+} // namespace
+
+void tellOutcomeOf(const TerminalOptions& options, const UUID& id,
+                   const HistoryRefinementOutcome& outcome, const std::string& good,
+                   const std::string& bad) {
+    if (options.json)
+        return printOutcome(id, outcome);
+    if (outcome.status == RefinementStatus::failed)
+        return printProblem(bad);
+    if (outcome.status == RefinementStatus::deleted)
+        return printProblem(localized("The recording was deleted."));
+    if (outcome.status == RefinementStatus::cancelled)
+        return printNotice(localized("The transcript stays as it was."));
     if (!outcome.brokenOff.empty())
         printNotice(localized("The sound breaks off: %@", {outcome.brokenOff}));
     if (outcome.translation == RefinementTranslation::failed)
         printProblem(
             localized("The translation stays as it was: %@", {outcome.translationProblem}));
     if (!options.quiet)
-        printNotice(localized("Transcribed again with %@: --show %@", {outcome.model, shortID}));
+        printNotice(good);
 }
-
-} // namespace
 
 ExitStatus statusOf(const HistoryRefinementOutcome& outcome) {
     if (outcome.status == RefinementStatus::cancelled ||
@@ -195,10 +198,7 @@ Task<int> refineRecording(Program& program, const TerminalOptions& options, Refi
     Task<HistoryRefinementOutcome> refining =
         refineWithProgress(program, options, std::move(request), model, stop.get_token());
     const HistoryRefinementOutcome outcome = co_await refining;
-    if (options.json)
-        printOutcome(item.id, outcome);
-    else
-        tellOutcome(options, item.id, outcome);
+    tellOutcome(options, item.id, outcome);
     co_return static_cast<int>(statusOf(outcome));
 }
 

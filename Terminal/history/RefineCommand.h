@@ -29,6 +29,12 @@ Task<HistoryRefinementOutcome> refineWithProgress(Program& program, TerminalOpti
 Task<void> refineAfterSession(Program& program, const TerminalOptions& options,
                               HistoryRefinementRequest request);
 
+/// What came of it: as JSON, or as a line, `good` for a transcript that was made and `bad` for one
+/// that failed.
+void tellOutcomeOf(const TerminalOptions& options, const UUID& id,
+                   const HistoryRefinementOutcome& outcome, const std::string& good,
+                   const std::string& bad);
+
 /// The status to end with after a refinement.
 ExitStatus statusOf(const HistoryRefinementOutcome& outcome);
 

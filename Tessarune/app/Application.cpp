@@ -44,7 +44,9 @@ Application::Application(Host& itsHost, std::string itsProgram)
       compressor(host, files, catalog, logger, exporter, openFFmpegMediaFile, createM4A),
       wordStats(host, logger, std::make_shared<WordNetLexicon>(), detectedLanguage),
       search(host, files, catalog, logger, notifications, openSQLiteSearchIndex),
-      refinement(refinementEnvironment()) {
+      refinement(refinementEnvironment()),
+      imports({host, files, catalog, logger, notifications, settings, refinement,
+               openFFmpegMediaFile}) {
     ProcessMemory::returnLargeBlocks();
     setLocalizationTable(StringTables::forLocale(StringTables::userLocale()));
     TessaruneLog::setDiagnosticsLevel(*settings.diagnosticsLevel);

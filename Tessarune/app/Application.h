@@ -13,6 +13,7 @@
 #include "Tessarune/platform/speech-engine/SpeechModelInventory.h"
 #include "Tessarune/platform/translation-engine/OfflineTranslationService.h"
 #include "Tessarune/platform/translation-engine/TranslationModelInventory.h"
+#include "Tessarune/refinement/HistoryImportCoordinator.h"
 #include "Tessarune/refinement/HistoryRefinementService.h"
 #include "Tessarune/search/TranscriptSearch.h"
 #include "Tessarune/shell/AppSettings.h"
@@ -62,6 +63,7 @@ struct Application {
     HistoryWordStatsService wordStats;
     TranscriptSearch search;
     HistoryRefinementService refinement;
+    HistoryImportCoordinator imports;
 
     /// Hears why a download gets nowhere, from its first failure on.
     std::function<void(const DownloadTrouble&)> onDownloadTrouble;

@@ -73,10 +73,14 @@ FormerTranscript FormerTranscript::of(const RecordingMetadata& recording,
     former.sourceText = readIfThere(files, catalog.transcriptURL(recording.id));
     former.timeline =
         HistoryWordTimeline::decoded(readIfThere(files, catalog.wordTimelineURL(recording.id)));
-    const std::string format = recording.audioFormat.value_or("");
-    if (format.find('/') != std::string::npos) // as recorders and compressors write it
+    if (lengthIsExact(recording))
         former.recordedSeconds = recording.duration;
     return former;
+}
+
+/// The format of an import is its bare extension.
+bool FormerTranscript::lengthIsExact(const RecordingMetadata& recording) {
+    return recording.audioFormat.value_or("").find('/') != std::string::npos;
 }
 
 bool FormerTranscript::wasHeard(double heardSeconds) const {

@@ -18,6 +18,9 @@ struct FormerTranscript {
     /// elsewhere, whose containers only estimate it.
     std::optional<double> recordedSeconds;
 
+    /// Whether this program wrote the file, and knows how long it is.
+    static bool lengthIsExact(const RecordingMetadata& recording);
+
     /// As it stands on the disk; what cannot be read is missing in it. Any thread.
     static FormerTranscript of(const RecordingMetadata& recording, const RecordingCatalog& catalog,
                                FileSystem& files);

@@ -227,6 +227,8 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
                                                       : transcription.brokenOff;
             return;
         }
+        if (recording && transcription.brokenOff.empty())
+            correctDuration(*recording, transcription.heardSeconds);
         job->result = former.keptIn(transcription.result);
         const auto timeline = job->result.wordTimeline(request.recognitionOptionID);
         timelineKind = timeline ? timeline->timingKind : std::string();
@@ -263,6 +265,17 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
     }
     Task<void> translating = translateAndSaveIfPossible(job);
     co_await translating;
+}
+
+/// A container only estimates how long its sound is, or tells of its pictures.
+void HistoryRefinementService::correctDuration(RecordingMetadata recording, double heardSeconds) {
+    constexpr double noticedSeconds = 1;
+    const bool isImport = !FormerTranscript::lengthIsExact(recording);
+    if (!isImport || std::abs(recording.duration - heardSeconds) < noticedSeconds)
+        return;
+    recording.duration = heardSeconds;
+    recording.endedAt = recording.startedAt + heardSeconds;
+    environment_.catalog.upsert(recording);
 }
 
 /// Waits while a session listens. Throws what ends the job.

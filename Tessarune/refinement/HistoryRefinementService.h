@@ -97,6 +97,7 @@ class HistoryRefinementService {
     Task<void> run(JobPtr job);
     Task<void> refineSource(JobPtr job);
     Task<void> mayContinue(JobPtr job);
+    void correctDuration(RecordingMetadata recording, double heardSeconds);
     std::string audioPathOf(const Job& job) const;
     void setProgress(const Job& job, Progress progress);
     void setStep(const Job& job, Progress::Step step, double fraction);

@@ -22,6 +22,9 @@ constexpr double lookSeconds = 5;
 /// ends every line before it is so long.
 constexpr double mostHeardAgain = 20;
 
+/// So much behind its end is still the complete line's, which would otherwise be heard twice.
+constexpr double endOfLine = 0.02;
+
 constexpr std::size_t fileSamplesIn(double seconds) {
     return static_cast<std::size_t>(seconds * speechSampleRate);
 }
@@ -88,7 +91,7 @@ class MoonshineFileAnalyzer::Recognition {
     /// What comes behind the last complete line is kept: a line may have begun in it.
     void forgetOldSound() {
         const double kept =
-            std::clamp(takenSeconds() - reader_.completeThrough(), 0.0, mostHeardAgain);
+            std::clamp(takenSeconds() - reader_.completeThrough() - endOfLine, 0.0, mostHeardAgain);
         const std::size_t count = std::min(fileSamplesIn(kept), recent_.size());
         recent_.erase(recent_.begin(), recent_.end() - static_cast<std::ptrdiff_t>(count));
     }

@@ -105,6 +105,35 @@ TEST_F(TerminalProgramTests, TheSessionIsKeptWithSoundTranscriptAndWordTimes) {
     EXPECT_LE(before, 10.0) << "seconds from the start of the recording";
 }
 
+TEST_F(TerminalProgramTests, ARecordingThatIsTranscribedAgainOrImportedIsNoWorseThanItsCaptions) {
+    const std::string reference =
+        contentsOf(fs::path(TESSARUNE_TEST_DATA) / "speech/two_cities.txt");
+    const auto rateOf = [&](const std::string& id) {
+        const Json shown = Json::parse(terminal({"--show", id, "--json"}).output);
+        return wordErrorRate(reference, shown["text"].get<std::string>());
+    };
+    terminal({"--set", "translationTargetLanguage=pt-BR"});
+    terminal({"--source", file("two_cities.wav"), "--fast", "--quiet"});
+    const std::string id = Json::parse(terminal({"--list", "--json"}).output)["id"];
+    const double live = rateOf(id);
+    const ProgramRun refined = terminal({"--refine", id, "--json"});
+    EXPECT_EQ(refined.status, 0) << refined.error;
+    EXPECT_EQ(Json::parse(lines(refined.output).back())["translation"], "saved");
+    EXPECT_LE(rateOf(id), live);
+
+    std::ofstream(folder / "note.txt") << "no sound";
+    const ProgramRun imported = terminal(
+        {"--import", "note.txt", (samples / "two_cities.wav").string(), "/dev/zero", "--json"});
+    EXPECT_EQ(imported.status, 66) << imported.error;
+    const auto listed = lines(terminal({"--list", "--json"}).output);
+    ASSERT_EQ(listed.size(), 2U) << "what is unreadable leaves nothing behind";
+    EXPECT_EQ(Json::parse(listed.front())["note"], "two_cities");
+    EXPECT_EQ(Json::parse(listed.front())["bilingual"], true);
+    EXPECT_LE(rateOf(Json::parse(listed.front())["id"]), live);
+    const fs::path sounds = folder / "data/Tessarune/Recordings";
+    EXPECT_EQ(std::distance(fs::directory_iterator(sounds), {}), 2);
+}
+
 TEST_F(TerminalProgramTests, NothingIsLeftBehindByASessionThatIsNotRecorded) {
     const ProgramRun live =
         terminal({"--source", file("beckett.wav"), "--fast", "--quiet", "--no-record"});

@@ -132,6 +132,24 @@ class SpeechAnalyzerTest : public ::testing::Test {
             *failure = thrown.what();
         }
     }
+    /// A hundred seconds of what is written down, as a recording.
+    static Task<void> transcribe(std::shared_ptr<SpeechFileAnalyzer> analyzer,
+                                 std::vector<SpeechResult>* results) {
+        Task<std::string> preparing = analyzer->prepare();
+        co_await preparing;
+        for (double at = 0; at < 101; at += 30) {
+            auto block = std::make_shared<AudioBuffer>();
+            block->format = analyzer->audioFormat();
+            for (double time = at; time < std::min(at + 30, 101.0) - 1e-9; time += 1.0 / 16000)
+                block->samples.push_back(ScriptedEngine::sound(time, true));
+            Task<std::vector<SpeechResult>> analyzing = analyzer->analyze(block, {});
+            const std::vector<SpeechResult> found = co_await analyzing;
+            results->insert(results->end(), found.begin(), found.end());
+        }
+        Task<std::vector<SpeechResult>> finishing = analyzer->finish();
+        const std::vector<SpeechResult> last = co_await finishing;
+        results->insert(results->end(), last.begin(), last.end());
+    }
     static Task<void> tell(Task<void> task, bool* isDone) {
         co_await task;
         *isDone = true;
@@ -444,8 +462,11 @@ TEST_F(SpeechAnalyzerTest, AutomaticTakesTheLargestThatIsWholeAndQuickEnough) {
         store_.adopt(ModelKind::speech, name, {"encoder.ort"}, {{"architecture", "4"}});
     }
     SpeechModels models(
-        host_, store_, [this] { return choice_; }, [this] { return engine_.library(); }, 0.1);
+        host_, store_, [this] { return choice_; }, [this] { return engine_.library(); }, 0.1,
+        4'000'000'000);
     EXPECT_EQ(models.choose().name, "medium-streaming-en");
+    EXPECT_EQ(models.loadForFiles("automatic")->name(), "small-streaming-en") << "4 GB of memory";
+    EXPECT_EQ(models.loadForFiles("medium-streaming-en")->name(), "medium-streaming-en");
     models.speeds().observe("medium-streaming-en", 0.2, 10);
     EXPECT_EQ(models.choose().name, "medium-streaming-en") << "ten passes prove nothing";
     models.speeds().observe("medium-streaming-en", 0.2, 100);
@@ -457,4 +478,35 @@ TEST_F(SpeechAnalyzerTest, AutomaticTakesTheLargestThatIsWholeAndQuickEnough) {
     choice_ = "automatic";
     host_.worked += 31.0 * 24 * 3600;
     EXPECT_EQ(models.choose().name, "medium-streaming-en") << "it gets another trial some day";
+}
+
+// Blocks of thirty seconds, and a stream that is made anew after so many lines.
+TEST_F(SpeechAnalyzerTest, ARecordingGivesEachLineOnceHoweverOftenItsStreamIsMadeAnew) {
+    engine_.script.clear();
+    for (int i = 0; i < 40; ++i)
+        engine_.script.push_back({"This is line " + std::to_string(i) + ".", i * 2.5, i * 2.5 + 2});
+    for (const std::size_t linesBeforeRestart : {1U, 3U, 300U}) {
+        engine_.heard = 0;
+        RecognitionPolicy policy;
+        policy.linesBeforeRestart = linesBeforeRestart;
+        const SpeechEngine engine = makeSpeechEngine(
+            host_, store_, {}, [this] { return engine_.library(); }, hearingAll(policy));
+        const auto analyzer = engine.makeFileAnalyzer(
+            {"en-US", {}, {SpeechAttributeOption::audioTimeRange}}, "automatic");
+        std::vector<SpeechResult> results;
+        EXPECT_EQ(run(transcribe(analyzer, &results)), "");
+        ASSERT_EQ(results.size(), 40U) << linesBeforeRestart;
+        for (std::size_t i = 0; i < results.size(); ++i) {
+            EXPECT_EQ(results[i].text(), engine_.script[i].text);
+            EXPECT_NEAR(*results[i].runs.front().audioStart, engine_.script[i].start, 0.05);
+        }
+        EXPECT_EQ(results.front().isFinal, true);
+    }
+    EXPECT_GT(engine_.streamsMade, 30U) << "the list of lines stays short";
+    engine_.failing = "transcribe";
+    const SpeechEngine engine = makeSpeechEngine(
+        host_, store_, {}, [this] { return engine_.library(); }, hearingAll({}));
+    std::vector<SpeechResult> none;
+    EXPECT_NE(run(transcribe(engine.makeFileAnalyzer({}, "automatic"), &none)), "");
+    EXPECT_NE(run(transcribe(engine.makeFileAnalyzer({}, "no-such-model"), &none)), "");
 }

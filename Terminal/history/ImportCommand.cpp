@@ -1,0 +1,133 @@
+#include "Terminal/history/ImportCommand.h"
+
+#include "Terminal/CommandOutput.h"
+#include "Terminal/SignalWatch.h"
+#include "Terminal/WorkProgress.h"
+#include "Terminal/history/RecordingChoice.h"
+#include "Terminal/history/RefineCommand.h"
+#include "TessaruneCore/host/CancellationError.h"
+#include "TessaruneCore/text/Localization.h"
+
+#include <nlohmann/json.hpp>
+
+#include <optional>
+#include <system_error>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+using ImportedStatus = HistoryRefinementOutcome::Status;
+
+/// The files of one command.
+class ImportRun {
+  public:
+    ImportRun(Program& program, const TerminalOptions& options)
+        : program_(program),
+          options_(options),
+          signals_(program.host, [this] { stop_.request_stop(); }) {}
+
+    bool isStopped() const { return stop_.stop_requested(); }
+
+    /// One file from the copy to the translation.
+    Task<ExitStatus> import(std::filesystem::path file) {
+        std::optional<RecordingMetadata> recording;
+        ExitStatus status = ExitStatus::ok;
+        try {
+            Task<RecordingMetadata> copying = copy(file);
+            recording = co_await copying;
+        } catch (const CancellationError&) {
+            status = ExitStatus::stoppedTwice;
+        } catch (const MediaFileError& error) {
+            status = tellProblem(file, error.what(), ExitStatus::unreadableFile);
+        } catch (const std::system_error& error) {
+            status = tellProblem(file, error.what(), ExitStatus::cannotWrite);
+        }
+        if (!recording)
+            co_return status;
+        if (!program_.imports.enter(*recording))
+            co_return tellProblem(file, localized("the recordings cannot be written"),
+                                  ExitStatus::cannotWrite);
+        Task<HistoryRefinementOutcome> transcribing = refineWithProgress(
+            program_, options_, refinementRequest(program_, recording->id, recording->filePath),
+            HistoryRefinementService::bestModel, stop_.get_token());
+        const HistoryRefinementOutcome outcome = co_await transcribing;
+        if (statusOf(outcome) == ExitStatus::stoppedTwice) {
+            program_.catalog.deleteRecording(recording->id);
+            co_return ExitStatus::stoppedTwice;
+        }
+        tellImported(file, recording->id, outcome);
+        co_return statusOf(outcome);
+    }
+
+  private:
+    Task<RecordingMetadata> copy(std::filesystem::path file) {
+        const std::string name = file.filename().string();
+        WorkProgress progress(options_, {{"type", "import"}, {"file", file.string()}});
+        const auto token = program_.imports.copied().onDidChange([&](const auto& copied) {
+            if (copied)
+                progress.tell(localized("Importing %@", {name}), "copying", *copied);
+        });
+        Task<RecordingMetadata> making = program_.imports.makeRecording(file, stop_.get_token());
+        std::optional<RecordingMetadata> made;
+        std::exception_ptr failure;
+        try {
+            made = co_await making;
+        } catch (...) {
+            failure = std::current_exception();
+        }
+        program_.imports.copied().remove(token);
+        if (failure)
+            std::rethrow_exception(failure);
+        co_return *made;
+    }
+
+    ExitStatus tellProblem(const std::filesystem::path& file, const std::string& problem,
+                           ExitStatus status) const {
+        printProblem(localized("%@ was not imported: %@", {file.string(), problem}));
+        if (options_.json)
+            printJSON({{"type", "imported"}, {"file", file.string()}, {"problem", problem}});
+        return status;
+    }
+
+    void tellImported(const std::filesystem::path& file, const UUID& id,
+                      const HistoryRefinementOutcome& outcome) const {
+        if (options_.json)
+            printJSON({{"type", "imported"}, {"file", file.string()}, {"id", id.text()}});
+        tellOutcomeOf(
+            options_, id, outcome, localized("Imported: --show %@", {id.text().substr(0, 8)}),
+            localized("%@ is imported without a transcript: %@", {file.string(), outcome.problem}));
+    }
+
+    Program& program_;
+    const TerminalOptions& options_;
+    std::stop_source stop_;
+    SignalWatch signals_;
+};
+
+} // namespace
+
+Task<int> importFiles(Program& program, const TerminalOptions& options,
+                      std::vector<std::filesystem::path> files) {
+    if (const std::string problem = program.speechModelProblem(); !problem.empty()) {
+        printProblem(problem);
+        co_return static_cast<int>(ExitStatus::noModel);
+    }
+    if (const auto problem = problemOfDataFolder(program))
+        co_return static_cast<int>(*problem);
+    program.prepare();
+    ImportRun run(program, options);
+    ExitStatus first = ExitStatus::ok;
+    for (const std::filesystem::path& file : files) {
+        Task<ExitStatus> importing = run.import(file);
+        const ExitStatus status = co_await importing;
+        if (first == ExitStatus::ok || run.isStopped())
+            first = status;
+        if (run.isStopped())
+            break;
+    }
+    co_return static_cast<int>(first);
+}
+
+} // namespace tessarune

@@ -1,0 +1,232 @@
+#include "Tessarune/refinement/HistoryImportCoordinator.h"
+
+#include "TessaruneCore/LocalizedError.h"
+#include "TessaruneCore/host/CancellationError.h"
+#include "TessaruneCore/host/RunOn.h"
+#include "TessaruneCore/recognition/ModelCatalog.h"
+#include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <algorithm>
+#include <cmath>
+#include <system_error>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+constexpr std::size_t copiedAtOnce = std::size_t{4} << 20U;
+/// What a copy must leave of the disk.
+constexpr std::uint64_t roomForTheRest = std::uint64_t{16} << 20U;
+constexpr const char* extensionOfNone = "m4a";
+
+/// The extension without its dot. One that the program gives to files of its own, or that is none
+/// of a kind of file, is not taken over.
+std::string extensionOf(const std::filesystem::path& source) {
+    std::string extension = source.extension().string();
+    if (extension.starts_with('.'))
+        extension.erase(0, 1);
+    const bool isPlain = std::ranges::all_of(extension, [](char letter) {
+        return (letter >= '0' && letter <= '9') || (letter >= 'a' && letter <= 'z') ||
+               (letter >= 'A' && letter <= 'Z');
+    });
+    const bool isOurs = Text::lowercased(extension) == "part";
+    return extension.empty() || !isPlain || isOurs ? extensionOfNone : extension;
+}
+
+} // namespace
+
+HistoryImportCoordinator::HistoryImportCoordinator(Environment environment)
+    : environment_(std::move(environment)),
+      queue_(environment_.host.serialQueue("Tessarune.HistoryImport", QueuePriority::utility)) {
+    // Announced wherever a transcript is saved.
+    transcripts_ = environment_.notifications.observe(
+        NotificationName::recordingTranscriptDidUpdate,
+        [this, alive = std::weak_ptr<bool>(alive_)](const NotificationObject& object) {
+            const auto* id = std::get_if<UUID>(&object);
+            if (!id)
+                return;
+            environment_.host.post([this, alive, changed = *id] {
+                if (alive.lock())
+                    finished(changed);
+            });
+        });
+    jobs_ = environment_.refinement.jobs().onDidChange([this](const auto& jobs) {
+        const std::set<UUID> waiting = *transcribingIDs_;
+        for (const UUID& id : waiting) {
+            if (!jobs.contains(id))
+                finished(id); // whatever became of it
+        }
+    });
+}
+
+HistoryImportCoordinator::~HistoryImportCoordinator() {
+    environment_.refinement.jobs().remove(jobs_);
+    queue_->sync([] {});
+}
+
+Task<std::vector<HistoryImportCoordinator::Problem>>
+HistoryImportCoordinator::importAudio(std::vector<std::filesystem::path> files,
+                                      std::stop_token stop) {
+    std::vector<Problem> problems;
+    for (const std::filesystem::path& file : files) {
+        try {
+            Task<RecordingMetadata> making = makeRecording(file, stop);
+            const RecordingMetadata recording = co_await making;
+            if (!enter(recording))
+                throw std::runtime_error(localized("the recordings cannot be written"));
+            startTranscription(recording.id, recording.filePath);
+            environment_.notifications.post(NotificationName::historyImportSelectRecording,
+                                            recording.id);
+        } catch (const CancellationError&) {
+            break;
+        } catch (const std::exception& error) {
+            problems.push_back({file, error.what()});
+        }
+    }
+    co_return problems;
+}
+
+Task<RecordingMetadata> HistoryImportCoordinator::makeRecording(std::filesystem::path source,
+                                                                std::stop_token stop) {
+    const UUID id = UUID::random();
+    RecordingMetadata recording;
+    std::exception_ptr failure;
+    copied_ = 0.0;
+    try {
+        co_await runOn(Executor::queue(environment_.host, queue_),
+                       [&] { recording = copy(source, id, stop); });
+    } catch (...) {
+        failure = std::current_exception();
+    }
+    copied_ = std::nullopt;
+    if (!failure)
+        co_return recording;
+    environment_.logger.important(
+        "history.import.copyFailed",
+        {{"source", source.string()}, {"error", localizedDescription(failure)}});
+    std::rethrow_exception(failure);
+}
+
+/// What is no sound is not copied at all.
+void HistoryImportCoordinator::requireSound(const std::filesystem::path& source) const {
+    FileSystem& files = environment_.files;
+    if (!files.exists(source) || files.isDirectory(source) || files.size(source) == 0)
+        throw MediaFileError(MediaFileError::Kind::cannotOpen,
+                             localized("%@ is not a file with anything in it", {source.string()}));
+    environment_.openMedia(source);
+    const std::uint64_t needed = files.size(source) + roomForTheRest;
+    if (files.freeSpace(environment_.catalog.paths().recordings()) < needed)
+        throw std::system_error(std::make_error_code(std::errc::no_space_on_device),
+                                source.string());
+}
+
+RecordingMetadata HistoryImportCoordinator::copy(const std::filesystem::path& source,
+                                                 const UUID& id, const std::stop_token& stop) {
+    FileSystem& files = environment_.files;
+    const std::filesystem::path from = std::filesystem::absolute(source); // "-" is a name here
+    environment_.catalog.prepareDirectories();
+    requireSound(from);
+    const std::string extension = extensionOf(from);
+    const std::filesystem::path to =
+        environment_.catalog.paths().recordings() / (id.text() + "." + extension);
+    RecordingMetadata recording;
+    try {
+        copyBytes(from, to, stop);
+        const std::unique_ptr<MediaFile> media = environment_.openMedia(to);
+        const double duration = media->duration().value_or(0);
+        recording.duration = std::isfinite(duration) ? duration : 0;
+        recording.sampleRate = std::llround(media->format().sampleRate);
+        recording.channelCount = media->format().channels;
+        recording.byteCount = static_cast<std::int64_t>(files.size(to));
+    } catch (...) {
+        removeQuietly(to);
+        throw;
+    }
+    recording.id = id;
+    recording.startedAt = environment_.host.wallClock();
+    recording.endedAt = recording.startedAt + recording.duration;
+    recording.filePath = to.string();
+    recording.audioFormat = Text::lowercased(extension);
+    if (std::string name = from.stem().string(); !name.empty() && Text::isValidUTF8(name))
+        recording.note = std::move(name);
+    return recording;
+}
+
+/// Nothing has the copy's name until it is whole; what a crash leaves is removed at the next start.
+void HistoryImportCoordinator::copyBytes(const std::filesystem::path& source,
+                                         const std::filesystem::path& to,
+                                         const std::stop_token& stop) {
+    FileSystem& files = environment_.files;
+    std::filesystem::path part = to;
+    part += ".part";
+    const auto size = static_cast<double>(files.size(source));
+    try {
+        const std::unique_ptr<AppendFile> file = files.create(part);
+        std::uint64_t copied = 0;
+        for (;;) {
+            if (stop.stop_requested())
+                throw CancellationError();
+            const std::string bytes = files.read(source, copied, copiedAtOnce);
+            if (bytes.empty())
+                break;
+            file->append(bytes);
+            copied += bytes.size();
+            const double fraction = std::min(static_cast<double>(copied) / size, 1.0);
+            environment_.host.post([this, alive = std::weak_ptr<bool>(alive_), fraction] {
+                if (alive.lock() && *copied_)
+                    copied_ = fraction;
+            });
+        }
+        file->synchronize();
+        file->close();
+        files.rename(part, to);
+    } catch (...) {
+        removeQuietly(part);
+        throw;
+    }
+}
+
+void HistoryImportCoordinator::removeQuietly(const std::filesystem::path& path) const {
+    try {
+        environment_.files.remove(path);
+    } catch (const std::exception& error) {
+        environment_.logger.event("recording.remove.failed",
+                                  {{"path", path.string()}, {"error", std::string(error.what())}});
+    }
+}
+
+bool HistoryImportCoordinator::enter(const RecordingMetadata& recording) {
+    if (!environment_.catalog.upsert(recording)) {
+        removeQuietly(recording.filePath);
+        return false;
+    }
+    environment_.logger.event("history.import.created",
+                              {{"recordingID", recording.id.text()},
+                               {"durationSeconds", recording.duration},
+                               {"format", recording.audioFormat.value_or("")}});
+    return true;
+}
+
+void HistoryImportCoordinator::startTranscription(const UUID& recordingID,
+                                                  const std::string& audioPath) {
+    const AppSettings& settings = environment_.settings;
+    const auto option = ModelCatalog::recognitionOption(*settings.selectedRecognitionOptionID);
+    if (!option || option->localeIdentifier.empty()) {
+        environment_.logger.event("history.import.transcribeUnavailable",
+                                  {{"recordingID", recordingID.text()}});
+        return;
+    }
+    transcribingIDs_.mutate([&](std::set<UUID>& ids) { ids.insert(recordingID); });
+    environment_.refinement.schedule(HistoryRefinementRequest{
+        recordingID, audioPath, option->id, option->localeIdentifier, *settings.translationBackend,
+        *settings.translationTargetLanguage});
+}
+
+void HistoryImportCoordinator::finished(const UUID& id) {
+    if (transcribingIDs_->contains(id))
+        transcribingIDs_.mutate([&](std::set<UUID>& ids) { ids.erase(id); });
+}
+
+} // namespace tessarune

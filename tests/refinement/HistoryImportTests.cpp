@@ -1,0 +1,143 @@
+#include "Tessarune/refinement/HistoryImportCoordinator.h"
+#include "tests/refinement/RefinedRecording.h"
+#include "tests/simulation/MemoryDefaults.h"
+
+#include <gtest/gtest.h>
+
+using namespace tessarune;
+using namespace tessarune::testing;
+using Problems = std::vector<HistoryImportCoordinator::Problem>;
+
+namespace {
+
+/// Files that can be imported into the history of a simulated computer; what begins with "sound" is
+/// sound.
+class Importing : public RefinedRecording {
+  public:
+    Importing() {
+        service = std::make_unique<HistoryRefinementService>(environment());
+        disk.setContents("/home/talk.MP3", "sound" + std::string(9'000'000, '.'));
+        disk.setContents("/home/film", "sound");
+        disk.setContents("/home/old.part", "sound");
+        disk.setContents("/home/note.txt", "no sound");
+        disk.setContents("/home/empty.wav", "");
+        imports = std::make_unique<HistoryImportCoordinator>(HistoryImportCoordinator::Environment{
+            host, disk, catalog, logger, notifications, settings, *service,
+            [this](const auto& path) { return open(path); }});
+        selection_ = notifications.observe(NotificationName::historyImportSelectRecording,
+                                           [this](const NotificationObject& object) {
+                                               selected.push_back(std::get<UUID>(object));
+                                           });
+    }
+    ~Importing() { imports.reset(); }
+
+    void import(std::vector<std::filesystem::path> files) {
+        problems.reset();
+        spawn(Executor::main(host), await(this, std::move(files)));
+    }
+    void finish() { host.runUntilIdle(host.now() + 1000); }
+    /// Beside the one of the fixture.
+    std::vector<std::string> sounds() {
+        std::vector<std::string> names = disk.list("/data/Recordings");
+        std::erase(names, "talk.wav");
+        return names;
+    }
+
+    simulation::MemoryDefaults defaults;
+    AppSettings settings{defaults};
+    std::unique_ptr<HistoryImportCoordinator> imports;
+    std::optional<Problems> problems;
+    std::vector<UUID> selected;
+    std::stop_source stop;
+
+  private:
+    std::unique_ptr<MediaFile> open(const std::filesystem::path& path) {
+        if (!disk.contentsOf(path).starts_with("sound"))
+            throw MediaFileError(MediaFileError::Kind::notMedia, path.string() + " is no sound");
+        return environment().openMedia(path);
+    }
+    static Task<void> await(Importing* self, std::vector<std::filesystem::path> files) {
+        Task<Problems> importing =
+            self->imports->importAudio(std::move(files), self->stop.get_token());
+        self->problems = co_await importing;
+    }
+    NotificationCenter::Observation selection_;
+};
+
+} // namespace
+
+TEST(HistoryImportTests, AFileBecomesARecordingOfItsOwnWithATranscript) {
+    Importing computer;
+    computer.soundSeconds = 90;
+    computer.import({"/home/talk.MP3", "/home/film", "/home/old.part"});
+    computer.host.advanceBy(0.5);
+    EXPECT_EQ(computer.imports->transcribingIDs()->size(), 3U);
+    computer.finish();
+    EXPECT_TRUE(computer.problems->empty());
+    EXPECT_TRUE(computer.imports->transcribingIDs()->empty());
+    ASSERT_EQ(computer.selected.size(), 3U);
+    const std::vector<std::array<std::string, 3>> expected{
+        {"MP3", "mp3", "talk"}, {"m4a", "m4a", "film"}, {"m4a", "m4a", "old"}};
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        const auto& [extension, format, note] = expected[i];
+        const UUID id = computer.selected[i];
+        const RecordingMetadata recording = computer.catalog.recording(id).value();
+        EXPECT_EQ(recording.filePath, "/data/Recordings/" + id.text() + "." + extension);
+        EXPECT_EQ(recording.audioFormat, format);
+        EXPECT_EQ(recording.note, note);
+        EXPECT_EQ(recording.duration, 90);
+        EXPECT_EQ(recording.endedAt, recording.startedAt + 90);
+        EXPECT_EQ(recording.sampleRate, 100);
+        EXPECT_EQ(recording.channelCount, 1);
+        EXPECT_EQ(computer.disk.contentsOf(computer.catalog.transcriptURL(id)),
+                  "New words.\nAnd more.");
+    }
+    EXPECT_EQ(computer.disk.contentsOf(computer.catalog.recording(computer.selected[0])->filePath),
+              computer.disk.contentsOf("/home/talk.MP3"));
+}
+
+TEST(HistoryImportTests, WhatCannotBeImportedSaysWhyAndLeavesNothing) {
+    Importing computer;
+    computer.import({"/home/note.txt", "/home", "/home/missing.wav", "/home/empty.wav", "-"});
+    computer.finish();
+    EXPECT_EQ(computer.problems->size(), 5U);
+    computer.disk.capacity = computer.disk.usedSpace() + 9'000'000;
+    computer.import({"/home/talk.MP3"});
+    computer.finish();
+    EXPECT_EQ(computer.problems->size(), 1U) << "a copy must leave room";
+    computer.disk.recover();
+    computer.stop.request_stop();
+    computer.import({"/home/talk.MP3"});
+    computer.finish();
+    EXPECT_TRUE(computer.problems->empty());
+    EXPECT_TRUE(computer.sounds().empty());
+    EXPECT_EQ(computer.catalog.recordings().size(), 1U);
+}
+
+TEST(HistoryImportTests, OneFaultOfTheDiskLeavesAWholeRecordingOrNone) {
+    for (std::uint64_t operation = 1;; ++operation) {
+        Importing computer;
+        computer.disk.failAt = computer.disk.operations + operation;
+        const std::uint64_t last = computer.disk.failAt;
+        computer.import({"/home/talk.MP3"});
+        computer.finish();
+        computer.disk.recover();
+        ASSERT_TRUE(computer.problems);
+        const bool isImported = computer.problems->empty();
+        EXPECT_EQ(computer.sounds().size(), isImported ? 1U : 0U) << operation;
+        EXPECT_EQ(computer.catalog.recordings().size(), isImported ? 2U : 1U) << operation;
+        if (computer.disk.operations < last)
+            break;
+    }
+}
+
+TEST(HistoryImportTests, AnImportThatIsDeletedWhileItIsTranscribedStaysDeleted) {
+    Importing computer;
+    computer.import({"/home/film"});
+    computer.host.advanceBy(0.5);
+    computer.catalog.deleteRecording(computer.selected.front());
+    computer.finish();
+    EXPECT_TRUE(computer.imports->transcribingIDs()->empty());
+    EXPECT_TRUE(computer.sounds().empty());
+    EXPECT_FALSE(computer.disk.has(computer.catalog.transcriptURL(computer.selected.front())));
+}
