@@ -50,7 +50,7 @@ void printFound(const HistoryItem& item, const std::optional<SearchExcerpt>& exc
                    {"after", shown.after}});
         return;
     }
-    printText(recordingRow(item, ""));
+    printText(Text::trimmed(recordingRow(item, "")));
     const std::string line = Text::printableLine(shown.before + shown.match + shown.after);
     if (excerpt)
         printText(Text::fitted("    " + line, foundRowColumns));

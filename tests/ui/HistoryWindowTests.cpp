@@ -31,7 +31,7 @@ class HistoryWindowTests : public WarningsFail {
 };
 
 TEST_F(HistoryWindowTests, TheListFollowsTheCatalogAndASearch) {
-    history.add(90'000 * 3, "Third day\nmore");
+    history.add(90'000 * 3, "Third day\nmore", "Third day\n第三天");
     const UUID noted = history.add(20, "Second");
     open();
     EXPECT_EQ(titles(), "Second|Third day more|");
@@ -45,6 +45,8 @@ TEST_F(HistoryWindowTests, TheListFollowsTheCatalogAndASearch) {
     EXPECT_EQ(titles(), "My note|");
     model().setQuery("nothing like it");
     EXPECT_EQ(model().emptyTitle(), "没有找到");
+    model().setQuery("三天"); // in the translation
+    EXPECT_TRUE(runUntil([&] { return titles() == "Third day more|"; })) << titles();
     model().setQuery({});
     EXPECT_EQ(model().list()->count(), 3);
 }

@@ -42,7 +42,7 @@ class StagedHistory {
     }
     void open() {
         window = std::make_unique<HistoryWindow>(HistoryWindowEnvironment{
-            host, catalog, disk, notifications, exporter, [this] { return changeProblem; },
+            host, catalog, disk, notifications, exporter, search, [this] { return changeProblem; },
             [this](const std::string& name, auto chosen) {
                 suggested = name;
                 chosen("/data/" + name);
@@ -69,6 +69,15 @@ class StagedHistory {
     AudioExporter audio{host, {}};
     HistoryExport exporter{host, catalog, disk, audio,
                            [](const HistoryTranscriptPDFDocument&) { return std::string("%PDF"); }};
+    /// Without an index, so that it reads the transcripts.
+    TranscriptSearch search{host,
+                            disk,
+                            catalog,
+                            logger,
+                            notifications,
+                            [](const std::filesystem::path&) -> std::unique_ptr<SearchIndex> {
+                                throw SearchIndexFailed("none here", false);
+                            }};
     std::string changeProblem;
     std::string suggested; ///< the name of the last export
     std::string copied;

@@ -57,6 +57,7 @@ std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application) {
         .files = application.files,
         .notifications = application.notifications,
         .exporter = application.historyExport,
+        .search = application.search,
         .changeProblem = [&application] { return problemOfChange(application); },
         .chooseFile = chooseExportFile,
         .copy =

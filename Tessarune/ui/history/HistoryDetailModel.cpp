@@ -10,14 +10,14 @@ namespace tessarune {
 namespace {
 
 /// What the files of a recording hold.
-struct TranscriptFiles {
+struct ShownFiles {
     HistoryTranscriptPayload payload;
     HistoryWordTimeline timeline;
     std::string problem;
 };
 
-TranscriptFiles readFiles(RecordingCatalog& catalog, FileSystem& files, const UUID& id) {
-    TranscriptFiles found;
+ShownFiles readFiles(RecordingCatalog& catalog, FileSystem& files, const UUID& id) {
+    ShownFiles found;
     const auto read = [&](const std::filesystem::path& path) {
         try {
             return files.exists(path) ? files.read(path) : std::string();
@@ -92,7 +92,7 @@ Task<void> HistoryDetailModel::load(HistoryItem recording) {
     const auto queue = queue_;
     RecordingCatalog& catalog = environment_.catalog;
     FileSystem& files = environment_.files;
-    TranscriptFiles found;
+    ShownFiles found;
     co_await runOn(Executor::queue(environment_.host, queue),
                    [&] { found = readFiles(catalog, files, recording.id); });
     // Another recording was chosen, or the window has gone.

@@ -67,6 +67,16 @@ void HistoryListModel::follow() {
             still->model->reload();
         });
     };
+    const auto indexed = [&host = environment_.host,
+                          line = std::weak_ptr(line_)](const NotificationObject&) {
+        host.post([line] {
+            const auto still = line.lock();
+            if (still && still->model)
+                still->model->search();
+        });
+    };
+    observations_.push_back(
+        environment_.notifications.observe(NotificationName::searchIndexDidChange, indexed));
     observations_.push_back(
         environment_.notifications.observe(NotificationName::recordingCatalogDidChange, changed));
     observations_.push_back(environment_.notifications.observe(
@@ -111,6 +121,28 @@ Task<void> HistoryListModel::load() {
 
 void HistoryListModel::setQuery(const QString& query) {
     words_ = query.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    query_ = SearchQuery::parse(query.toStdString());
+    search();
+    update();
+}
+
+/// What an earlier search found stays until this one has an answer.
+void HistoryListModel::search() {
+    ++searches_;
+    if (query_.isEmpty())
+        found_.clear();
+    else
+        spawn(Executor::main(environment_.host), find(query_));
+}
+
+Task<void> HistoryListModel::find(SearchQuery query) {
+    const auto line = line_;
+    const int number = searches_;
+    Task<TranscriptSearch::Found> finding = environment_.search.find(std::move(query));
+    const TranscriptSearch::Found found = co_await finding;
+    if (!line->model || searches_ != number)
+        co_return;
+    found_ = std::unordered_set<UUID>(found.recordings.begin(), found.recordings.end());
     update();
 }
 
@@ -125,7 +157,7 @@ void HistoryListModel::setHidden(const UUID& id, bool isHidden) {
 bool HistoryListModel::isListed(const HistoryItem& item) {
     if (hidden_.contains(item.id))
         return false;
-    if (words_.isEmpty())
+    if (words_.isEmpty() || found_.contains(item.id))
         return true;
     const QString text = QString::fromStdString(item.note + " " + item.date + " " + item.time) +
                          QLatin1Char(' ') + textOf(item);

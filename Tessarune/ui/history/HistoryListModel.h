@@ -10,6 +10,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace tessarune {
@@ -46,7 +47,8 @@ class HistoryListModel final : public QAbstractListModel {
     /// Why the catalog cannot be read; empty if it can.
     const std::string& problem() const { return problem_; }
 
-    /// Only those whose note, date or text holds all words of `query`; all for an empty one.
+    /// Only those whose note, date or beginning holds all words of `query`, and those that the
+    /// search finds by what was said or its translation; all for an empty one.
     void setQuery(const QString& query);
     /// A recording that is about to be deleted is not listed any more.
     void setHidden(const UUID& id, bool isHidden);
@@ -67,6 +69,8 @@ class HistoryListModel final : public QAbstractListModel {
     void reload();
     Task<void> load();
     void update();
+    void search();
+    Task<void> find(SearchQuery query);
     bool isListed(const HistoryItem& item);
     QString textOf(const HistoryItem& item) const;
     void follow();
@@ -78,6 +82,9 @@ class HistoryListModel final : public QAbstractListModel {
     std::vector<HistoryItem> shown_;
     std::set<UUID> hidden_;
     QStringList words_;
+    SearchQuery query_;
+    int searches_ = 0;
+    std::unordered_set<UUID> found_; ///< by the last search
     std::string problem_;
     bool isLoading_ = true;
     bool isReloadDue_ = false;

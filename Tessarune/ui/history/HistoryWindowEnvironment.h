@@ -2,6 +2,7 @@
 
 #include "Tessarune/history/HistoryExport.h"
 #include "Tessarune/history/RecordingCatalog.h"
+#include "Tessarune/search/TranscriptSearch.h"
 #include "Tessarune/shell/FileSystem.h"
 #include "TessaruneCore/host/Host.h"
 #include "TessaruneCore/observation/NotificationCenter.h"
@@ -19,6 +20,7 @@ struct HistoryWindowEnvironment {
     FileSystem& files;
     NotificationCenter& notifications;
     HistoryExport& exporter;
+    TranscriptSearch& search;
     /// Why recordings cannot be changed now, as another program has them; empty: they can.
     std::function<std::string()> changeProblem;
     /// Asks where a file is to be written, which is suggested to have this name. Calls back with
