@@ -143,8 +143,9 @@ TEST(HistorySubtitlesTests, CuesKeepTheirBoundsWhateverIsInTheTimeline) {
                 shown += line;
             }
         }
-        if (seed % 3 == 0)
+        if (seed % 3 == 0) {
             EXPECT_EQ(Text::countOfNonWhiteSpace(shown), Text::countOfNonWhiteSpace(all)) << seed;
+        }
     }
 }
 
