@@ -8,6 +8,7 @@
 #include "TessaruneCore/translation/TranslationSupport.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tessarune {
 
@@ -20,8 +21,8 @@ constexpr std::int64_t anyInteger = std::int64_t{1} << 53; // what a JSON number
 SettingCodec<std::string> recognitionOptionCodec() {
     SettingCodec<std::string> codec = textCodec();
     codec.read = [read = codec.read](const SettingValue& stored) -> std::optional<std::string> {
-        const auto id = read(stored);
-        return id ? std::optional(ModelCatalog::normalizedRecognitionOptionID(*id)) : std::nullopt;
+        auto id = read(stored);
+        return id && ModelCatalog::recognitionOption(*id) ? std::move(id) : std::nullopt;
     };
     codec.parse = [](std::string_view text) -> std::optional<std::string> {
         std::string wanted = Text::lowercased(text);

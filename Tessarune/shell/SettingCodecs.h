@@ -11,7 +11,7 @@ namespace tessarune {
 // How the settings of this program are stored, typed by a user and shown. Where a comment is
 // silent, what is not understood reads as the default.
 
-/// A stored id that is no option reads as the default one. People write the locale.
+/// People write the locale.
 SettingCodec<std::string> recognitionOptionCodec();
 /// Addresses that a download can begin with; "none" is the word for none.
 SettingCodec<std::string> mirrorCodec();

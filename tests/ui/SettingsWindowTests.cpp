@@ -100,6 +100,9 @@ TEST_F(SettingsWindowTests, WhatIsNotUnderstoodIsToldAndReplaced) {
     EXPECT_EQ(settings.store.value("recordWhileCaptioning"), std::optional<SettingValue>(true));
 
     settings.window->model().setPane("recognition");
+    settings.store.set("selectedRecognitionOptionID", std::string("klingon"));
+    settings.changedElsewhere();
+    EXPECT_NE(told(rows, rowOf(rows, "要识别的英语"), SettingRowsModel::ProblemRole), "");
     const int address = rowOf(rows, "下载地址");
     settings.window->model().rows()->write(address, "somewhere");
     EXPECT_NE(told(rows, address, SettingRowsModel::ProblemRole), "");

@@ -11,7 +11,7 @@ T.ComboBox {
     // Shown where nothing of the list is chosen.
     property string otherText: ""
 
-    implicitWidth: Math.round(Theme.body * 17)
+    implicitWidth: Math.round(Theme.body * 19)
     implicitHeight: Theme.controlHeight
     leftPadding: Math.round(Theme.body * 0.8)
     rightPadding: Math.round(Theme.body * 2.2)
