@@ -6,7 +6,6 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
-#include <libavfilter/avfilter.h>
 #include <libavformat/avformat.h>
 #include <libavutil/channel_layout.h>
 #include <libavutil/opt.h>
@@ -26,7 +25,6 @@ struct Deleter {
     void operator()(AVFrame* frame) const { av_frame_free(&frame); }
     void operator()(AVPacket* packet) const { av_packet_free(&packet); }
     void operator()(SwrContext* context) const { swr_free(&context); }
-    void operator()(AVFilterGraph* graph) const { avfilter_graph_free(&graph); }
 };
 
 /// A file that is written has another end than one that is read.
@@ -43,7 +41,6 @@ using Codec = std::unique_ptr<AVCodecContext, Deleter>;
 using Frame = std::unique_ptr<AVFrame, Deleter>;
 using Packet = std::unique_ptr<AVPacket, Deleter>;
 using Resampler = std::unique_ptr<SwrContext, Deleter>;
-using FilterGraph = std::unique_ptr<AVFilterGraph, Deleter>;
 
 inline std::string words(int error) {
     constexpr int lastSystemError = 4095; // beyond are the library's own
