@@ -1,5 +1,7 @@
 #include "Tessarune/ui/desktop/DesktopHistory.h"
 
+#include "Tessarune/platform/media/AtempoConverter.h"
+#include "Tessarune/platform/media/FFmpegMediaFile.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <QClipboard>
@@ -48,9 +50,14 @@ void chooseExportFile(const std::string& suggestedName,
     dialog->open();
 }
 
+std::shared_ptr<AudioPlayer> makePlayer(Host& host, SoundServer& sound) {
+    return std::make_shared<AudioPlayer>(
+        host, PlaybackParts{sound, openFFmpegMediaFile, makeAtempoConverter});
+}
+
 } // namespace
 
-std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application) {
+std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, DesktopSound& sound) {
     return std::make_unique<HistoryWindow>(HistoryWindowEnvironment{
         .host = application.host,
         .catalog = application.catalog,
@@ -63,7 +70,9 @@ std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application) {
         .copy =
             [](const std::string& text) {
                 QGuiApplication::clipboard()->setText(QString::fromStdString(text));
-            }});
+            },
+        .player = sound.isFile() ? nullptr : makePlayer(application.host, sound.server()),
+        .refinements = &application.refinement.jobs()});
 }
 
 } // namespace tessarune

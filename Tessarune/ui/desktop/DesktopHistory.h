@@ -1,13 +1,15 @@
 #pragma once
 
 #include "Tessarune/app/Application.h"
+#include "Tessarune/ui/desktop/DesktopSound.h"
 #include "Tessarune/ui/history/HistoryWindow.h"
 
 #include <memory>
 
 namespace tessarune {
 
-/// The history window over the application, which outlives it. Main thread.
-std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application);
+/// The history window over the application and its sound, which outlive it. While a file is
+/// captioned in place of the computer's sound nothing can be played. Main thread.
+std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, DesktopSound& sound);
 
 } // namespace tessarune

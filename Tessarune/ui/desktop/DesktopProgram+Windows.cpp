@@ -25,7 +25,7 @@ void DesktopProgram::offerWindows() {
         return makeSettingsWindow(application_, session_, motion_.isReduced);
     });
     windows_.offer<HistoryWindow>(DesktopWindows::Kind::history,
-                                  [this] { return makeHistoryWindow(application_); });
+                                  [this] { return makeHistoryWindow(application_, sound_); });
 }
 
 CaptionWindowEnvironment DesktopProgram::windowEnvironment() {

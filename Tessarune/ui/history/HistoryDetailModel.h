@@ -53,6 +53,7 @@ class HistoryDetailModel final : public QObject {
     bool hasTranslation() const { return !payload_.bilingualText.empty(); }
     QString hint() const;
     const HistoryTranscriptPayload& payload() const { return payload_; }
+    const HistoryWordTimeline& timeline() const { return timeline_; }
 
   Q_SIGNALS:
     void recordingChanged();

@@ -81,6 +81,11 @@ void HistoryListModel::follow() {
         environment_.notifications.observe(NotificationName::recordingCatalogDidChange, changed));
     observations_.push_back(environment_.notifications.observe(
         NotificationName::recordingTranscriptDidUpdate, changed));
+    if (environment_.refinements)
+        refinements_.follow(*environment_.refinements, [this] {
+            if (count() > 0)
+                Q_EMIT dataChanged(index(0), index(count() - 1), {WorkRole});
+        });
 }
 
 void HistoryListModel::reload() {
@@ -144,6 +149,22 @@ Task<void> HistoryListModel::find(SearchQuery query) {
         co_return;
     found_ = std::unordered_set<UUID>(found.recordings.begin(), found.recordings.end());
     update();
+}
+
+QString HistoryListModel::workOf(const UUID& id) const {
+    using Step = HistoryRefinementService::Progress::Step;
+    if (!environment_.refinements)
+        return {};
+    const HistoryRefinementService::Jobs& jobs = **environment_.refinements;
+    const auto job = jobs.find(id);
+    if (job == jobs.end())
+        return {};
+    const std::string part = std::to_string(static_cast<int>(job->second.fraction * 100));
+    if (job->second.isPaused || job->second.step == Step::waiting)
+        return QString::fromStdString(localized("等待精修"));
+    return QString::fromStdString(job->second.step == Step::transcribing
+                                      ? localized("精修 %lld%", {part})
+                                      : localized("翻译 %lld%", {part}));
 }
 
 void HistoryListModel::setHidden(const UUID& id, bool isHidden) {
@@ -250,6 +271,8 @@ QVariant HistoryListModel::data(const QModelIndex& index, int role) const {
         return row->hasBilingualTranscript;
     case RunningRole:
         return row->live;
+    case WorkRole:
+        return workOf(row->id);
     case EmptyRole:
         return !row->live && textOf(*row).isEmpty();
     default:
@@ -258,9 +281,14 @@ QVariant HistoryListModel::data(const QModelIndex& index, int role) const {
 }
 
 QHash<int, QByteArray> HistoryListModel::roleNames() const {
-    return {{DayRole, "day"},           {TimeRole, "time"},           {TitleRole, "title"},
-            {DurationRole, "duration"}, {BilingualRole, "bilingual"}, {RunningRole, "running"},
-            {EmptyRole, "blank"}};
+    return {{DayRole, "day"},
+            {TimeRole, "time"},
+            {TitleRole, "title"},
+            {DurationRole, "duration"},
+            {BilingualRole, "bilingual"},
+            {RunningRole, "running"},
+            {EmptyRole, "blank"},
+            {WorkRole, "work"}};
 }
 
 } // namespace tessarune

@@ -2,6 +2,7 @@
 
 #include "Tessarune/history/HistoryItem.h"
 #include "Tessarune/ui/history/HistoryWindowEnvironment.h"
+#include "TessaruneCore/observation/Observations.h"
 
 #include <QAbstractListModel>
 #include <QHash>
@@ -33,6 +34,7 @@ class HistoryListModel final : public QAbstractListModel {
         BilingualRole,
         RunningRole, ///< it is being recorded
         EmptyRole,   ///< it has no transcript
+        WorkRole,    ///< what is being done with it; empty: nothing
     };
 
     explicit HistoryListModel(const HistoryWindowEnvironment& environment);
@@ -74,6 +76,7 @@ class HistoryListModel final : public QAbstractListModel {
     bool isListed(const HistoryItem& item);
     QString textOf(const HistoryItem& item) const;
     void follow();
+    QString workOf(const UUID& id) const;
 
     const HistoryWindowEnvironment& environment_;
     const std::shared_ptr<SerialQueue> queue_;
@@ -92,6 +95,7 @@ class HistoryListModel final : public QAbstractListModel {
     mutable QHash<QByteArray, QString>
         texts_; ///< how transcripts begin, as far as they were asked for
     std::vector<NotificationCenter::Observation> observations_;
+    Observations refinements_;
 };
 
 } // namespace tessarune

@@ -26,6 +26,8 @@ void registerHistoryTypes() {
                                                            "HistoryTranscriptModel", {});
         qmlRegisterUncreatableType<HistoryDetailModel>("Tessarune", 1, 0, "HistoryDetailModel", {});
         qmlRegisterUncreatableType<HistoryExportModel>("Tessarune", 1, 0, "HistoryExportModel", {});
+        qmlRegisterUncreatableType<HistoryPlaybackModel>("Tessarune", 1, 0, "HistoryPlaybackModel",
+                                                         {});
         qmlRegisterUncreatableType<HistoryWindowModel>("Tessarune", 1, 0, "HistoryWindowModel", {});
         return true;
     }();

@@ -2,6 +2,8 @@
 
 #include "Tessarune/history/HistoryExport.h"
 #include "Tessarune/history/RecordingCatalog.h"
+#include "Tessarune/playback/AudioPlayer.h"
+#include "Tessarune/refinement/HistoryRefinementService.h"
 #include "Tessarune/search/TranscriptSearch.h"
 #include "Tessarune/shell/FileSystem.h"
 #include "TessaruneCore/host/Host.h"
@@ -9,6 +11,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <string>
 
 namespace tessarune {
@@ -29,6 +32,9 @@ struct HistoryWindowEnvironment {
                        std::function<void(std::filesystem::path)> chosen)>
         chooseFile;
     std::function<void(const std::string& text)> copy; ///< to the clipboard
+    std::shared_ptr<AudioPlayer> player = nullptr;     ///< null: nothing can be heard
+    /// The recordings that are being refined; null: nobody refines.
+    const Published<HistoryRefinementService::Jobs>* refinements = nullptr;
 };
 
 } // namespace tessarune

@@ -21,7 +21,8 @@ HistoryWindowModel::HistoryWindowModel(const HistoryWindowEnvironment& environme
     : environment_(environment),
       list_(environment_),
       detail_(environment_),
-      exports_(environment_, detail_, [this](const std::string& message) { tell(message); }) {
+      exports_(environment_, detail_, [this](const std::string& message) { tell(message); }),
+      playback_(environment_, detail_) {
     connect(&list_, &HistoryListModel::updated, this, &HistoryWindowModel::listUpdated);
     messageTimer_.setInterval(messageMS);
     messageTimer_.setSingleShot(true);
@@ -174,6 +175,12 @@ QVariantMap HistoryWindowModel::texts() const {
             {"cancel", historyText("取消")},
             {"delete", historyText("删除")},
             {"undo", historyText("撤销")},
+            {"play", historyText("播放")},
+            {"pause", historyText("暂停")},
+            {"place", historyText("播放位置")},
+            {"rate", historyText("播放速度")},
+            {"repeat", historyText("重复这一句")},
+            {"playSentence", historyText("播放这一句")},
             {"dismiss", historyText("知道了")},
             {"choose", historyText("从左侧选择一条录音")}};
 }

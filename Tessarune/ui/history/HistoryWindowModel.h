@@ -3,6 +3,7 @@
 #include "Tessarune/ui/history/HistoryDetailModel.h"
 #include "Tessarune/ui/history/HistoryExportModel.h"
 #include "Tessarune/ui/history/HistoryListModel.h"
+#include "Tessarune/ui/history/HistoryPlaybackModel.h"
 #include "Tessarune/ui/history/HistoryWindowEnvironment.h"
 
 #include <QObject>
@@ -24,6 +25,7 @@ class HistoryWindowModel final : public QObject {
     Q_PROPERTY(tessarune::HistoryListModel* list READ list CONSTANT)
     Q_PROPERTY(tessarune::HistoryDetailModel* detail READ detail CONSTANT)
     Q_PROPERTY(tessarune::HistoryExportModel* exports READ exports CONSTANT)
+    Q_PROPERTY(tessarune::HistoryPlaybackModel* playback READ playback CONSTANT)
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
     Q_PROPERTY(int currentRow READ currentRow WRITE setCurrentRow NOTIFY currentRowChanged)
     /// What happened last; empty: it is a while ago.
@@ -42,6 +44,7 @@ class HistoryWindowModel final : public QObject {
     HistoryListModel* list() { return &list_; }
     HistoryDetailModel* detail() { return &detail_; }
     HistoryExportModel* exports() { return &exports_; }
+    HistoryPlaybackModel* playback() { return &playback_; }
     QString query() const { return query_; }
     void setQuery(const QString& query);
     int currentRow() const;
@@ -78,6 +81,7 @@ class HistoryWindowModel final : public QObject {
     HistoryListModel list_;
     HistoryDetailModel detail_;
     HistoryExportModel exports_;
+    HistoryPlaybackModel playback_;
     QString query_;
     std::optional<UUID> current_;
     int lastRow_ = 0; ///< where the chosen recording was listed last

@@ -8,6 +8,7 @@ T.Button {
 
     required property string glyph
     property string name: text
+    property bool isOn: false
 
     implicitWidth: Math.round(Theme.body * 2)
     implicitHeight: implicitWidth
@@ -19,7 +20,7 @@ T.Button {
         Glyph {
             anchors.centerIn: parent
             name: root.glyph
-            color: root.hovered ? Theme.text : Theme.quiet
+            color: root.isOn ? Theme.accent : root.hovered ? Theme.text : Theme.quiet
         }
     }
 

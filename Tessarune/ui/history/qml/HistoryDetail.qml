@@ -119,17 +119,36 @@ Item {
             color: Theme.quiet
             font.pixelSize: Theme.small
         }
+
+        Label {
+            width: parent.width
+            visible: text !== ""
+            text: root.model.playback.problem
+            color: Theme.trouble
+            font.pixelSize: Theme.small
+        }
     }
 
     TranscriptList {
-        anchors { left: parent.left; right: parent.right; top: header.bottom; topMargin: Math.round(Theme.body * 0.8); bottom: parent.bottom }
+        anchors { left: parent.left; right: parent.right; top: header.bottom; topMargin: Math.round(Theme.body * 0.8); bottom: bar.top }
         visible: root.detail.isShown
         detail: root.detail
+        playback: root.model.playback
+        texts: root.model.texts
         margin: root.margin
     }
 
+    PlaybackBar {
+        id: bar
+
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+        height: implicitHeight
+        playback: root.model.playback
+        texts: root.model.texts
+    }
+
     Placeholder {
-        anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: parent.bottom }
+        anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: bar.top }
         glyph: root.detail.isRunning ? "recording" : "captions"
         title: root.detail.hasText ? "" : root.detail.hint
     }

@@ -13,6 +13,7 @@ Rectangle {
     required property bool bilingual
     required property bool running
     required property bool blank
+    required property string work
     required property var texts
     property bool isCurrent: false
     property bool hasKeys: false
@@ -26,7 +27,7 @@ Rectangle {
     border.color: isCurrent && hasKeys ? Theme.accent : "transparent"
     border.width: 2
     Accessible.role: Accessible.ListItem
-    Accessible.name: [title, time, duration, statusText].filter(part => part !== "").join(", ")
+    Accessible.name: [title, time, duration, statusText, work].filter(part => part !== "").join(", ")
     Accessible.selected: isCurrent
     Accessible.onPressAction: activated()
 
@@ -66,6 +67,13 @@ Rectangle {
                 visible: root.running && root.title !== ""
                 text: root.texts.running
                 color: Theme.trouble
+                font.pixelSize: Theme.small
+                Accessible.ignored: true
+            }
+            Label {
+                visible: root.work !== ""
+                text: root.work
+                color: Theme.good
                 font.pixelSize: Theme.small
                 Accessible.ignored: true
             }

@@ -8,6 +8,8 @@ FocusScope {
     id: root
 
     required property HistoryDetailModel detail
+    required property HistoryPlaybackModel playback
+    required property var texts
     required property real margin
 
     ListView {
@@ -32,7 +34,13 @@ FocusScope {
         Keys.onUpPressed: scroll(-Theme.body * 4)
         Keys.onDownPressed: scroll(Theme.body * 4)
         Keys.onPressed: event => {
-            if (event.key === Qt.Key_PageDown || event.key === Qt.Key_Space)
+            if (event.key === Qt.Key_Space || event.key === Qt.Key_K)
+                root.playback.toggle();
+            else if (event.key === Qt.Key_J || event.key === Qt.Key_Left)
+                root.playback.skip(event.key === Qt.Key_J ? -10 : -5);
+            else if (event.key === Qt.Key_L || event.key === Qt.Key_Right)
+                root.playback.skip(event.key === Qt.Key_L ? 10 : 5);
+            else if (event.key === Qt.Key_PageDown)
                 scroll(height * 0.9);
             else if (event.key === Qt.Key_PageUp)
                 scroll(-height * 0.9);
@@ -45,8 +53,15 @@ FocusScope {
             event.accepted = true;
         }
 
+        // What is heard is in sight.
+        readonly property int activeRow: root.playback.activeRow
+        onActiveRowChanged: if (activeRow >= 0 && root.playback.isPlaying) positionViewAtIndex(activeRow, ListView.Contain)
+
         delegate: Item {
             id: row
+
+            required property int index
+            readonly property bool isActive: list.activeRow === index
 
             required property string time
             required property string source
@@ -57,13 +72,39 @@ FocusScope {
             width: ListView.view.width
             height: texts.height
 
+            Rectangle {
+                visible: row.isActive
+                anchors { fill: parent; leftMargin: root.margin - Theme.body * 0.6; rightMargin: anchors.leftMargin; topMargin: -Theme.body * 0.3; bottomMargin: anchors.topMargin }
+                radius: Theme.radius
+                color: Theme.chosen
+            }
+
             Label {
+                id: time
+
                 x: root.margin
                 y: Math.round(Theme.body * 0.14)
                 visible: text !== ""
                 text: row.time
-                color: Theme.quiet
+                color: area.containsMouse || row.isActive ? Theme.accent : Theme.quiet
                 font.pixelSize: Theme.small
+                font.underline: area.containsMouse
+                Accessible.role: Accessible.Button
+                Accessible.name: root.texts.playSentence + " " + row.time
+                Accessible.onPressAction: root.playback.playRow(row.index)
+
+                MouseArea {
+                    id: area
+
+                    anchors { fill: parent; margins: -Math.round(Theme.body * 0.3) }
+                    enabled: root.playback.isAvailable
+                    hoverEnabled: enabled
+                    cursorShape: Qt.PointingHandCursor
+                    onClicked: {
+                        list.forceActiveFocus();
+                        root.playback.playRow(row.index);
+                    }
+                }
             }
 
             Column {

@@ -1,0 +1,161 @@
+#include "Tessarune/ui/history/HistoryPlaybackModel.h"
+
+#include "Tessarune/history/DurationTextFormatter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+constexpr double playbackRates[] = {0.5, 0.75, 1, 1.25, 1.5, 2, 2.5, 3};
+
+QString clock(double seconds) {
+    return QString::fromStdString(DurationTextFormatter::compact(seconds));
+}
+
+} // namespace
+
+HistoryPlaybackModel::HistoryPlaybackModel(const HistoryWindowEnvironment& environment,
+                                           HistoryDetailModel& detail)
+    : environment_(environment), detail_(detail) {
+    if (!player())
+        return;
+    transcript_.emplace(*player());
+    const auto announce = [this](auto changed) {
+        return [this, changed] { Q_EMIT(this->*changed)(); };
+    };
+    observations_.follow(player()->isPlaying, announce(&HistoryPlaybackModel::stateChanged));
+    observations_.follow(player()->problem, announce(&HistoryPlaybackModel::stateChanged));
+    observations_.follow(player()->repeatsBoundedPlayback,
+                         announce(&HistoryPlaybackModel::stateChanged));
+    observations_.follow(player()->duration, announce(&HistoryPlaybackModel::loadedChanged));
+    observations_.follow(player()->rate, announce(&HistoryPlaybackModel::rateChanged));
+    observations_.follow(player()->currentTime, [this] { moved(); });
+    observations_.follow(transcript_->activeSentenceIndex,
+                         announce(&HistoryPlaybackModel::activeRowChanged));
+    observations_.follow(transcript_->manualHighlightedSentenceIndex,
+                         announce(&HistoryPlaybackModel::activeRowChanged));
+    connect(&detail_, &HistoryDetailModel::recordingChanged, this,
+            &HistoryPlaybackModel::recordingChanged);
+    connect(&detail_, &HistoryDetailModel::transcriptChanged, this,
+            &HistoryPlaybackModel::showRows);
+}
+
+/// Another recording is opened when it is to be heard, not when it is looked at.
+void HistoryPlaybackModel::recordingChanged() {
+    const auto& recording = detail_.recording();
+    const auto now = recording ? std::optional(recording->id) : std::nullopt;
+    if (std::exchange(chosen_, now) != now) {
+        if (std::exchange(isLoaded_, false))
+            player()->teardown();
+        transcript_->show({});
+    }
+    Q_EMIT loadedChanged();
+    moved();
+}
+
+void HistoryPlaybackModel::loadIfNeeded() {
+    const auto& recording = detail_.recording();
+    if (!isAvailable() || std::exchange(isLoaded_, true))
+        return;
+    player()->load(recording->filePath.value_or(""));
+}
+
+void HistoryPlaybackModel::showRows() {
+    transcript_->show(TranscriptRows(detail_.payload(), detail_.timeline()));
+    Q_EMIT activeRowChanged();
+}
+
+void HistoryPlaybackModel::moved() {
+    Q_EMIT positionChanged();
+    const QString text = positionText();
+    if (std::exchange(shownPosition_, text) != text)
+        Q_EMIT positionTextChanged();
+}
+
+bool HistoryPlaybackModel::isAvailable() const {
+    const auto& recording = detail_.recording();
+    return player() && recording && !recording->live && recording->filePath;
+}
+
+QString HistoryPlaybackModel::problem() const {
+    return player() ? QString::fromStdString(*player()->problem) : QString();
+}
+
+QString HistoryPlaybackModel::positionText() const {
+    return clock(position());
+}
+
+double HistoryPlaybackModel::duration() const {
+    const double known = player() ? *player()->duration : 0;
+    return known > 0 || !detail_.recording() ? known : detail_.recording()->durationSeconds;
+}
+
+QString HistoryPlaybackModel::durationText() const {
+    return clock(duration());
+}
+
+QStringList HistoryPlaybackModel::rates() const {
+    QStringList all;
+    for (const double rate : playbackRates)
+        all << QString::number(rate) + QStringLiteral("×");
+    return all;
+}
+
+int HistoryPlaybackModel::rateIndex() const {
+    const double rate = player() ? *player()->rate : 1;
+    const auto* const nearest = std::ranges::min_element(
+        playbackRates, {}, [rate](double each) { return std::abs(each - rate); });
+    return static_cast<int>(nearest - std::begin(playbackRates));
+}
+
+void HistoryPlaybackModel::setRateIndex(int index) {
+    if (player() && index >= 0 && index < static_cast<int>(std::size(playbackRates)))
+        player()->setRate(playbackRates[index]);
+}
+
+int HistoryPlaybackModel::activeRow() const {
+    const auto row = transcript_ && isLoaded_ ? transcript_->highlightedIndex() : std::nullopt;
+    return row ? static_cast<int>(*row) : -1;
+}
+
+void HistoryPlaybackModel::toggle() {
+    loadIfNeeded();
+    if (isAvailable())
+        player()->togglePlayback();
+}
+
+void HistoryPlaybackModel::pause() {
+    if (isPlaying())
+        player()->pausePlayback();
+}
+
+void HistoryPlaybackModel::seek(double seconds) {
+    loadIfNeeded();
+    if (isAvailable())
+        player()->seek(seconds);
+}
+
+void HistoryPlaybackModel::playRow(int row) {
+    loadIfNeeded();
+    if (isAvailable() && row >= 0)
+        transcript_->playSentence(static_cast<std::size_t>(row));
+}
+
+void HistoryPlaybackModel::stepSentence(int direction) {
+    loadIfNeeded();
+    if (isAvailable())
+        transcript_->stepSentence(direction);
+}
+
+void HistoryPlaybackModel::toggleRepeat() {
+    loadIfNeeded();
+    if (isAvailable())
+        transcript_->toggleRepeat();
+}
+
+} // namespace tessarune

@@ -1,0 +1,86 @@
+#pragma once
+
+#include "Tessarune/playback/TranscriptPlayback.h"
+#include "Tessarune/ui/history/HistoryDetailModel.h"
+#include "Tessarune/ui/history/HistoryWindowEnvironment.h"
+#include "TessaruneCore/observation/Observations.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <optional>
+
+namespace tessarune {
+
+/// The sound of the chosen recording, and which row of its transcript is heard. Main thread;
+/// environment and detail outlive it.
+class HistoryPlaybackModel final : public QObject {
+    Q_OBJECT
+    /// There is something to hear.
+    Q_PROPERTY(bool isAvailable READ isAvailable NOTIFY loadedChanged)
+    Q_PROPERTY(bool isPlaying READ isPlaying NOTIFY stateChanged)
+    Q_PROPERTY(bool repeats READ repeats NOTIFY stateChanged)
+    Q_PROPERTY(QString problem READ problem NOTIFY stateChanged)
+    /// Seconds.
+    Q_PROPERTY(double position READ position NOTIFY positionChanged)
+    Q_PROPERTY(QString positionText READ positionText NOTIFY positionTextChanged)
+    Q_PROPERTY(double duration READ duration NOTIFY loadedChanged)
+    Q_PROPERTY(QString durationText READ durationText NOTIFY loadedChanged)
+    /// The speeds to choose from, and which of them is chosen.
+    Q_PROPERTY(QStringList rates READ rates CONSTANT)
+    Q_PROPERTY(int rateIndex READ rateIndex WRITE setRateIndex NOTIFY rateChanged)
+    /// The row that is heard, or that the user chose; -1: none.
+    Q_PROPERTY(int activeRow READ activeRow NOTIFY activeRowChanged)
+
+  public:
+    HistoryPlaybackModel(const HistoryWindowEnvironment& environment, HistoryDetailModel& detail);
+
+    bool isAvailable() const;
+    bool isPlaying() const { return player() && *player()->isPlaying; }
+    bool repeats() const { return player() && *player()->repeatsBoundedPlayback; }
+    QString problem() const;
+    double position() const { return player() ? *player()->currentTime : 0; }
+    QString positionText() const;
+    double duration() const;
+    QString durationText() const;
+    QStringList rates() const;
+    int rateIndex() const;
+    void setRateIndex(int index);
+    int activeRow() const;
+
+    Q_INVOKABLE void toggle();
+    Q_INVOKABLE void pause();
+    Q_INVOKABLE void seek(double seconds);
+    Q_INVOKABLE void skip(double seconds) { seek(position() + seconds); }
+    /// Hears just this row's sentence.
+    Q_INVOKABLE void playRow(int row);
+    Q_INVOKABLE void stepSentence(int direction);
+    Q_INVOKABLE void toggleRepeat();
+    /// One of the rates faster or slower.
+    Q_INVOKABLE void stepRate(int direction) { setRateIndex(rateIndex() + direction); }
+
+  Q_SIGNALS:
+    void loadedChanged();
+    void stateChanged();
+    void positionChanged();
+    void positionTextChanged();
+    void rateChanged();
+    void activeRowChanged();
+
+  private:
+    AudioPlayer* player() const { return environment_.player.get(); }
+    void recordingChanged();
+    void loadIfNeeded();
+    void showRows();
+    void moved();
+
+    const HistoryWindowEnvironment& environment_;
+    HistoryDetailModel& detail_;
+    std::optional<TranscriptPlayback> transcript_;
+    std::optional<UUID> chosen_;
+    bool isLoaded_ = false; ///< the player has the chosen recording
+    QString shownPosition_;
+    Observations observations_;
+};
+
+} // namespace tessarune
