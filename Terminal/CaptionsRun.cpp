@@ -149,7 +149,10 @@ void CaptionsRun::makeSession() {
     const std::string target = translation_.choose();
     session_ = std::make_unique<ListeningSession>(
         program_, sound_.server(),
-        ListeningSession::Options{eventLog_ ? eventLog_->observer() : nullptr,
+        ListeningSession::Options{[this](const ASREvent& event) {
+                                      if (eventLog_)
+                                          eventLog_->append(event);
+                                  },
                                   sound_.isFile() || sound_.isDemo(),
                                   [this](const auto& request) { refinement_ = request; }});
     delay_ = std::make_unique<RecogniserDelay>(program_.host, store().liveTranscriber());

@@ -49,21 +49,9 @@ void EventLogFile::begin() {
         fail(errno == ENXIO ? localized("nobody reads this pipe") : systemMessage(errno));
 }
 
-/// Writes what the recogniser says to the log that the user asked for.
-class EventLogFile::Observer final : public SessionDiagnostics {
-  public:
-    explicit Observer(EventLogFile& log) : log_(log) {}
-    void appendASREvent(const ASREvent& event) override {
-        if (log_.writer_)
-            log_.writer_->append(event);
-    }
-
-  private:
-    EventLogFile& log_;
-};
-
-std::shared_ptr<SessionDiagnostics> EventLogFile::observer() {
-    return std::make_shared<Observer>(*this);
+void EventLogFile::append(const ASREvent& event) {
+    if (writer_)
+        writer_->append(event);
 }
 
 void EventLogFile::close() {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "Tessarune/session/SessionDiagnostics.h"
 #include "TessaruneCore/host/Host.h"
 #include "TessaruneCore/recognition/ASREventLog.h"
 
@@ -21,14 +20,12 @@ class EventLogFile {
     /// `source` is the file that is captioned, which is never written over.
     void check(const std::optional<std::filesystem::path>& source) const;
     void begin();
-    /// Writes what the recogniser says, from `begin` on. This object outlives it.
-    std::shared_ptr<SessionDiagnostics> observer();
+    /// Writes what the recogniser says; nothing before `begin`.
+    void append(const ASREvent& event);
     /// Throws if a part of the log was lost.
     void close();
 
   private:
-    class Observer;
-
     [[noreturn]] void fail(const std::string& why) const;
 
     Host& host_;

@@ -1,6 +1,7 @@
 #include "Tessarune/app/Application.h"
 
 #include "Tessarune/app/TessaruneStartupServices.h"
+#include "Tessarune/diagnostics/DiagnosticsCatalog.h"
 #include "Tessarune/platform/disk/DiskFailure.h"
 #include "Tessarune/platform/host/HostFacts.h"
 #include "Tessarune/platform/host/ProcessMemory.h"
@@ -21,6 +22,7 @@
 
 #include <malloc.h>
 
+#include <cmath>
 #include <system_error>
 #include <utility>
 
@@ -132,6 +134,8 @@ bool Application::recordsSessions() const {
 void Application::recordNothing() {
     override(settings.recordWhileCaptioning, false);
     override(settings.sessionDiagnosticsEnabled, false);
+    if (writesSessionDiagnostics(*settings.diagnosticsLevel))
+        override(settings.diagnosticsLevel, std::string(storageName(DiagnosticsLevel::core)));
 }
 
 std::string Application::recordingDoubt() const {
@@ -186,10 +190,28 @@ Application::Preparation Application::prepareToRecord() {
 RecordingRepair::Report Application::prepare() {
     RecordingRepair repair(files, catalog, logger);
     RecordingRepair::Report report = TessaruneStartupServices::prepare(
-        {logger, bootstrapFields(), dataFolder_ ? &repair : nullptr});
+        {logger, bootstrapFields(), dataFolder_ ? &repair : nullptr,
+         [this] { pruneDiagnosticsOnLaunch(); }});
     if (dataFolder_ && !*settings.recordLosslessAudio)
         compressor.compressLeftovers();
     return report;
+}
+
+void Application::pruneDiagnosticsOnLaunch() {
+    utilityQueue_ = host.serialQueue("Tessarune.Application.utility", QueuePriority::utility);
+    utilityQueue_->async([this] {
+        constexpr double bytesPerMB = 1048576;
+        constexpr DiagnosticsCatalog::Budget budget;
+        const auto pruned = DiagnosticsCatalog(files, paths).pruneRuns(budget);
+        if (pruned.prunedRuns == 0)
+            return;
+        const double freedMB = static_cast<double>(pruned.freedBytes) / bytesPerMB;
+        logger.important("diagnostics.prune",
+                         {{"prunedRuns", static_cast<std::int64_t>(pruned.prunedRuns)},
+                          {"freedMB", std::round(freedMB * 10) / 10},
+                          {"maxRuns", static_cast<std::int64_t>(budget.maxRuns)},
+                          {"maxTotalGB", std::int64_t{2}}});
+    });
 }
 
 LogFields Application::bootstrapFields() const {

@@ -10,6 +10,7 @@
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 #include "Tessarune/platform/model-store/ModelInstaller.h"
 #include "Tessarune/platform/model-store/ModelStore.h"
+#include "Tessarune/platform/process-figures/LinuxProcessFigures.h"
 #include "Tessarune/platform/speech-engine/SpeechModelInventory.h"
 #include "Tessarune/platform/translation-engine/OfflineTranslationService.h"
 #include "Tessarune/platform/translation-engine/TranslationModelInventory.h"
@@ -57,6 +58,7 @@ struct Application {
     std::shared_ptr<OfflineTranslationService> translation;
     NotificationCenter notifications;
     RecordingCatalog catalog;
+    LinuxProcessFigures figures;
     AudioExporter exporter;
     HistoryExport historyExport;
     RecordingAudioCompressor compressor;
@@ -82,7 +84,7 @@ struct Application {
     /// Whether a session that starts now is recorded. One with diagnostics is, whatever else is
     /// set.
     bool recordsSessions() const;
-    /// No session of this run is recorded.
+    /// No session of this run is recorded, and no diagnostics run holds what is said.
     void recordNothing();
     /// Why nobody can tell whether the user wants recordings, and how to say it; empty where it is
     /// known. To be shown, and nothing is to be recorded.
@@ -111,11 +113,13 @@ struct Application {
     RecordingRepair::Report prepare();
 
   private:
+    void pruneDiagnosticsOnLaunch();
     DownloadPolicy downloadPolicy();
     HistoryRefinementService::Environment refinementEnvironment();
     LogFields bootstrapFields() const;
 
     std::optional<DataFolderLock> dataFolder_;
+    std::shared_ptr<SerialQueue> utilityQueue_;
     Published<DiagnosticsLevel>::Token levelObserver_;
 };
 

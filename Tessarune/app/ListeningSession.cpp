@@ -1,5 +1,6 @@
 #include "Tessarune/app/ListeningSession.h"
 
+#include "Tessarune/diagnostics/SessionDiagnosticsRecorder.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
 
 #include <malloc.h>
@@ -19,6 +20,23 @@ void forgetWhatIsLearned(OverridingUserDefaults& defaults) {
     for (const Key key : {Key::systemAudioStatus, Key::speechStatus, Key::microphoneStatus})
         defaults.override(std::string(storageName(key)),
                           std::string(storageName(PermissionsManager::Status::unknown)));
+}
+
+std::shared_ptr<SessionDiagnostics>
+makeDiagnostics(Application& application, std::function<void(const ASREvent&)> onASREvent) {
+    const std::filesystem::path program = LinuxProcessFigures::executable();
+    return std::make_shared<SessionDiagnosticsRecorder>(SessionDiagnosticsRecorder::Environment{
+        .host = application.host,
+        .files = application.files,
+        .paths = application.paths,
+        .settings = application.settings,
+        .logger = application.logger,
+        .catalog = application.catalog,
+        .figures = application.figures,
+        .notifications = &application.notifications,
+        .app = {application.program, TESSARUNE_VERSION, program.parent_path(), program},
+        .onASREvent = std::move(onASREvent),
+        .windows = {}});
 }
 
 } // namespace
@@ -44,19 +62,20 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
         scheduleRefinement = [&application](const auto& request) {
             application.refinement.schedule(request);
         };
-    store_ = LiveTranscriptStore::make({.speech = std::move(speech),
-                                        .sound = sound,
-                                        .files = application.files,
-                                        .settings = application.settings,
-                                        .permissions = *permissions_,
-                                        .catalog = application.catalog,
-                                        .recorder = std::move(recorder),
-                                        .compressor = application.compressor,
-                                        .translation = translation_,
-                                        .diagnostics = std::move(options.diagnostics),
-                                        .scheduleHistoryRefinement = std::move(scheduleRefinement),
-                                        .returnMemory = [] { malloc_trim(0); },
-                                        .notifications = &application.notifications});
+    store_ = LiveTranscriptStore::make(
+        {.speech = std::move(speech),
+         .sound = sound,
+         .files = application.files,
+         .settings = application.settings,
+         .permissions = *permissions_,
+         .catalog = application.catalog,
+         .recorder = std::move(recorder),
+         .compressor = application.compressor,
+         .translation = translation_,
+         .diagnostics = makeDiagnostics(application, std::move(options.onASREvent)),
+         .scheduleHistoryRefinement = std::move(scheduleRefinement),
+         .returnMemory = [] { malloc_trim(0); },
+         .notifications = &application.notifications});
     phaseObserver_ =
         store_->view().sessionPhase.onDidChange([&application](LiveSessionPhase phase) {
             application.refinement.setPaused(phase != LiveSessionPhase::idle &&

@@ -24,7 +24,8 @@ namespace tessarune {
 class ListeningSession {
   public:
     struct Options {
-        std::shared_ptr<SessionDiagnostics> diagnostics; ///< null: nobody watches
+        /// Hears each recognition event, beside the diagnostics run of the session.
+        std::function<void(const ASREvent&)> onASREvent = {};
         /// The sound is a file's or a private server's: what is learned of permissions there says
         /// nothing about the desktop and is forgotten.
         bool forgetsPermissions = false;

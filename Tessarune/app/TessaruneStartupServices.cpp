@@ -12,6 +12,8 @@ RecordingRepair::Report prepare(const Environment& environment) {
     RecordingRepair::Report report;
     if (environment.repair)
         report = environment.repair->runAtLaunch();
+    if (environment.pruneDiagnostics)
+        environment.pruneDiagnostics();
     if (environment.preheatSelectedOption)
         environment.preheatSelectedOption();
     return report;

@@ -14,13 +14,16 @@ struct Environment {
     LogFields bootstrapFields; ///< what the log says of the program and the computer
     /// Null where the data folder is another program's, or nobody's.
     RecordingRepair* repair;
+    /// Keeps the diagnostics runs within their budget; returns at once. Sessions that are not
+    /// recorded leave runs too.
+    std::function<void()> pruneDiagnostics = {};
     /// Gets the chosen recogniser ready ahead of the first session; absent where that begins at
     /// once.
     std::function<void()> preheatSelectedOption = {};
 };
 
-/// In this order: the runtime log, the repairs of the data folder, the recogniser. Main queue;
-/// gives what the user is to hear of the repairs.
+/// In this order: the runtime log, the repairs of the data folder, the diagnostics runs, the
+/// recogniser. Main queue; gives what the user is to hear of the repairs.
 RecordingRepair::Report prepare(const Environment& environment);
 
 } // namespace tessarune::TessaruneStartupServices

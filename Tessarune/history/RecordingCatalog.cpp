@@ -3,6 +3,7 @@
 #include "Tessarune/history/RecordingIndex.h"
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 namespace tessarune {
@@ -20,7 +21,10 @@ RecordingCatalog::~RecordingCatalog() = default;
 
 void RecordingCatalog::prepareDirectories() {
     files_.createDirectories(paths_.recordings());
-    files_.createDirectories(paths_.diagnostics());
+    try {
+        files_.createDirectories(paths_.diagnostics());
+    } catch (const std::system_error&) { // costs diagnostics, and no recording
+    }
 }
 
 AudioSessionRecorder::Catalog RecordingCatalog::forRecorder() {

@@ -4,8 +4,6 @@
 
 namespace tessarune::LiveCaptionCoreFactory {
 
-namespace {
-
 CaptionCore::Config config(const AppSettings& settings) {
     CaptionCore::Config config(*settings.sentenceSegmentation, *settings.trueFreeze, false);
     config.softClauseLevel = *settings.clauseLevelSegmentation;
@@ -20,8 +18,6 @@ EngineCapabilities capabilities(const AppSettings& settings) {
     const auto option = ModelCatalog::recognitionOption(*settings.selectedRecognitionOptionID);
     return option ? option->capabilities() : EngineCapabilities{};
 }
-
-} // namespace
 
 CaptionCore make(Host& host, const AppSettings& settings) {
     return CaptionCore::onHost([&settings] { return config(settings); },

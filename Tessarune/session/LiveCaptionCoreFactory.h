@@ -10,4 +10,8 @@ namespace tessarune::LiveCaptionCoreFactory {
 /// queue; the host and the settings outlive the core.
 CaptionCore make(Host& host, const AppSettings& settings);
 
+/// What that core works with now.
+CaptionCore::Config config(const AppSettings& settings);
+EngineCapabilities capabilities(const AppSettings& settings);
+
 } // namespace tessarune::LiveCaptionCoreFactory

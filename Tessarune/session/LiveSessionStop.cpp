@@ -40,7 +40,6 @@ void LiveSessionStop::request(const LiveSessionControlTrigger& trigger) {
     fields.add(liveCounts())
         .add("pendingTranslations", store_.environment_.translation->hasPendingTranslations())
         .add(trigger.logFields());
-    store_.environment_.diagnostics->setStopRequestFields(fields);
     log().milestone("listen.stop.requested", fields, Importance::important);
     store_.applySessionTransition(transition);
     store_.inactivity_.stop();
@@ -128,7 +127,7 @@ void LiveSessionStop::sealLiveIntoCommitted() {
 bool LiveSessionStop::heardNothing() const {
     const auto recording = store_.recordingTracker_.currentRecordingMetadata();
     if (!recording || recording->duration > 0 || !store_.core_.committedSegments->empty() ||
-        *store_.view_.isDiagnosticsRunning)
+        store_.environment_.diagnostics->capturesFullDiagnostics())
         return false;
     try {
         FileSystem& files = store_.environment_.files;
@@ -167,7 +166,7 @@ Task<bool> LiveSessionStop::drainTranslation(Store store) {
         store->refreshCaptionDisplay("listen.stop.translationDrain.degraded");
     }
     store->environment_.diagnostics->recordLiveCaptionStopSnapshot(
-        "listen.stop.afterTranslationDrain", completed);
+        {"listen.stop.afterTranslationDrain", completed, translation.isCommittedTranslating()});
     co_return completed;
 }
 

@@ -83,7 +83,10 @@ void LiveTranscriptStore::configureTranscriberCallbacks() {
         const AppSettings& settings = self.environment_.settings;
         self.recordingTracker_.handleStarted(metadata, *self.view_.isListening, self.core_,
                                              *settings.selectedRecognitionOptionID);
-        if (self.recordingTracker_.currentID() == metadata.id && !*settings.recordLosslessAudio)
+        if (self.recordingTracker_.currentID() != metadata.id)
+            return;
+        self.environment_.diagnostics->noteRecording(metadata);
+        if (!*settings.recordLosslessAudio)
             self.environment_.compressor.follow(metadata);
     });
     transcriber.onASREvent =
@@ -156,7 +159,7 @@ void LiveTranscriptStore::applyRecognition(const ASREvent& event) {
     const double busy = now() - before;
     pipelinePerf_.asrMainBusySeconds += busy;
     pipelinePerf_.asrMainMaxMS = std::max(pipelinePerf_.asrMainMaxMS, busy * 1000);
-    if (environment_.diagnostics->isRunning())
+    if (environment_.diagnostics->capturesFullDiagnostics())
         environment_.diagnostics->notePerfStats(mergedLivePerfStats());
 }
 

@@ -4,6 +4,7 @@
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/translation/TranslationPresentationBuilder.h"
 
 #include <utility>
 
@@ -196,7 +197,15 @@ void LiveTranscriptStore::finishDiagnosticsSnapshot() {
     if (recording)
         fields.add("recordingID", recording->id.text()).add("recordingPath", recording->filePath);
     log_.event("diagnostics.finish.request", fields);
-    diagnostics.finish({exportTranscriptSnapshot(), mergedLivePerfStats(), recording});
+    const auto& id = recordingTracker_.currentID();
+    if (id && environment_.catalog.wasDeleted(*id)) {
+        diagnostics.discardCurrentRun(); // what the user deleted leaves no words behind
+    } else {
+        TranscriptSnapshot texts = exportTranscriptSnapshot();
+        if (TranslationPresentationBuilder::translatedCount(*core_.committedSegments) == 0)
+            texts.bilingualText.clear();
+        diagnostics.finish({std::move(texts), mergedLivePerfStats(), recording});
+    }
     view_.isDiagnosticsRunning = diagnostics.isRunning();
 }
 
@@ -294,14 +303,15 @@ Task<void> LiveTranscriptStore::runSwap(WeakSelf weak, std::uint64_t session, bo
     // The next session has a run of its own.
     if (session != self->startNumber_)
         co_return;
+    // The session goes on whether it has a recogniser or not, and so does its diagnosis.
+    if (hadRun && *self->view_.isListening)
+        self->startDiagnostics(*self->view_.selectedSource);
     if (failure && !isCancellation(failure)) {
         self->showError(localizedDescription(failure));
         co_return;
     }
     if (!*self->view_.isListening)
         co_return;
-    if (hadRun)
-        self->startDiagnostics(*self->view_.selectedSource);
     self->view_.status = SessionStatus();
     self->refreshCaptionDisplay("recognition.optionSwitched");
 }

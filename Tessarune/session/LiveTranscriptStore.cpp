@@ -22,6 +22,7 @@ std::shared_ptr<LiveTranscriptStore> LiveTranscriptStore::make(LiveSessionEnviro
         environment.translation = std::make_shared<SessionTranslation>();
     Self self(new LiveTranscriptStore(std::move(environment)));
     self->environment_.translation->attach(*self);
+    self->environment_.diagnostics->attach(self->view_);
     self->observeSettings();
     self->configureCoreCallbacks();
     self->configureTranscriberCallbacks();

@@ -24,6 +24,8 @@
 
 namespace tessarune {
 
+struct SessionView;
+
 /// Watches a session for the diagnostics run that it may leave behind, and for logs of its events.
 /// As it stands it keeps nothing and no run is ever open; an observer overrides what it wants to
 /// hear. Called on the main queue; nothing may throw.
@@ -38,6 +40,12 @@ class SessionDiagnostics {
         TranscriptSnapshot snapshot;
         PerfStats perfStats;
         std::optional<RecordingMetadata> recording;
+    };
+    /// How the session stands when its last translations are in, or given up.
+    struct StopSnapshot {
+        std::string reason;
+        bool completedTranslations = false;
+        bool isCommittedTranslating = false;
     };
     /// A line of the run's lifecycle log.
     struct LifecycleEntry {
@@ -66,15 +74,19 @@ class SessionDiagnostics {
 
     virtual ~SessionDiagnostics() = default;
 
+    /// First of all, and once: what session this is. The view stays valid while it calls.
+    virtual void attach(const SessionView&) {}
+
     // The run
 
     virtual void startIfNeeded(const Start&) {}
     virtual bool isRunning() const { return false; }
     virtual bool capturesFullDiagnostics() const { return false; }
+    /// Of the open run, or of the one that has just been finished.
     virtual std::optional<std::filesystem::path> runDirectory() const { return std::nullopt; }
-    virtual void setStopRequestFields(const LogFields&) {}
-    virtual void recordLiveCaptionStopSnapshot(const std::string& /*reason*/,
-                                               bool /*completedTranslations*/) {}
+    /// The session's sound is being recorded.
+    virtual void noteRecording(const RecordingMetadata&) {}
+    virtual void recordLiveCaptionStopSnapshot(const StopSnapshot&) {}
     virtual void finish(const Finish&) {}
     virtual void discardCurrentRun() {}
     virtual void closeLifecycle() {}

@@ -32,7 +32,7 @@ class LiveTranscriptTranslation final
          const std::shared_ptr<TranslationService>& service);
 
     LiveTranslationRuntime& runtime() { return *runtime_; }
-    bool isCommittedTranslating() const { return runtime_->hasCommittedTask(); }
+    bool isCommittedTranslating() const override { return runtime_->hasCommittedTask(); }
     bool isGhostTranslating() const { return runtime_->hasGhostTask(); }
 
     // The session's life; see SessionTranslation

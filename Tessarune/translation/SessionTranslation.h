@@ -48,6 +48,8 @@ class SessionTranslation {
     /// run now.
     virtual void startCommittedRun() {}
     virtual bool hasPendingTranslations() const { return false; }
+    /// A committed row is being translated at this moment.
+    virtual bool isCommittedTranslating() const { return false; }
     /// For each boundary decision: may begin a preview of the open sentence.
     virtual void pumpGhostTranslation(const BoundaryObservation&) {}
     /// Ends the preview and takes its text away.

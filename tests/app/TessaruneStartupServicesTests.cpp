@@ -16,10 +16,10 @@ TEST(TessaruneStartupServicesTests, LogThenRepairsThenRecogniserAndNoRepairsOfAn
     const auto preheat = [&] { wasRebuilt = !data.events("recording.catalog.rebuilt").empty(); };
 
     EXPECT_FALSE(
-        TessaruneStartupServices::prepare({data.logger, {}, nullptr, preheat}).rebuiltIndex);
+        TessaruneStartupServices::prepare({data.logger, {}, nullptr, {}, preheat}).rebuiltIndex);
     EXPECT_FALSE(wasRebuilt);
     EXPECT_TRUE(
-        TessaruneStartupServices::prepare({data.logger, {}, &repair, preheat}).rebuiltIndex);
+        TessaruneStartupServices::prepare({data.logger, {}, &repair, {}, preheat}).rebuiltIndex);
     EXPECT_TRUE(wasRebuilt);
     EXPECT_EQ(data.events("app.bootstrap").size(), 2u);
     EXPECT_EQ(data.events("runtime.recognition").at(0)["engine"], "Apple SpeechAnalyzer");

@@ -85,8 +85,8 @@ class ScriptedTranslation final : public SessionTranslation {
 struct WatchedDiagnostics final : SessionDiagnostics {
     void startIfNeeded(const Start& start) override { onStart(start); }
     bool isRunning() const override { return running; }
-    void recordLiveCaptionStopSnapshot(const std::string& reason, bool completed) override {
-        onStopSnapshot(reason, completed);
+    void recordLiveCaptionStopSnapshot(const StopSnapshot& about) override {
+        onStopSnapshot(about.reason, about.completedTranslations);
     }
     void finish(const Finish& finish) override { onFinish(finish); }
     void closeLifecycle() override { onCloseLifecycle(); }
@@ -154,7 +154,7 @@ class SimulatedSession {
              .recorder = recorder,
              .compressor = *compressor,
              .translation = translation(),
-             .diagnostics = diagnostics,
+             .diagnostics = observer ? observer() : diagnostics,
              .scheduleHistoryRefinement =
                  [this](const auto& request) { refinements.push_back(request); },
              .returnMemory = [this] { ++memoryReturns; },
@@ -308,6 +308,8 @@ class SimulatedSession {
     std::function<std::shared_ptr<SessionTranslation>()> translation = [this] {
         return translator;
     };
+    /// Who watches instead of `diagnostics`, if anybody does; asked at each launch.
+    std::function<std::shared_ptr<SessionDiagnostics>()> observer;
     const std::shared_ptr<WatchedDiagnostics> diagnostics = std::make_shared<WatchedDiagnostics>();
 
     std::unique_ptr<RecordingCatalog> catalog;

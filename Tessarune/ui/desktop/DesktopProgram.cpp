@@ -27,7 +27,7 @@ DesktopProgram::DesktopProgram(TerminationSignals& signals, SingleInstance& inst
       application_(host_, "tessarune"),
       sound_(host_, request_.file,
              [this] { store().stopListening(LiveSessionControlTrigger::programmatic()); }),
-      session_(application_, sound_.server(), ListeningSession::Options{nullptr, sound_.isFile()}),
+      session_(application_, sound_.server(), ListeningSession::Options{{}, sound_.isFile()}),
       lifecycle_(host_, application_.logger, store().weak_from_this(), [this] { leave(); }),
       desktop_(application_.files, TESSARUNE_APPLICATION_ID,
                QCoreApplication::applicationFilePath().toStdString()),

@@ -1,0 +1,72 @@
+#include "Tessarune/diagnostics/DiagnosticsCatalog.h"
+
+#include "Tessarune/diagnostics/DiagnosticsRunLayout.h"
+
+#include <algorithm>
+#include <limits>
+#include <system_error>
+#include <tuple>
+
+namespace tessarune {
+
+std::vector<DiagnosticsRun> DiagnosticsCatalog::runs() {
+    std::vector<DiagnosticsRun> found;
+    try {
+        for (const std::string& name : files_.list(folder_)) {
+            const auto directory = folder_ / name;
+            if (!name.starts_with(DiagnosticsRunLayout::runNamePrefix) ||
+                !files_.isDirectory(directory))
+                continue;
+            DiagnosticsRun run{directory, -std::numeric_limits<double>::infinity()};
+            try {
+                run.modifiedAt = files_.modifiedAt(directory);
+            } catch (const std::system_error&) { // counts as long ago
+            }
+            found.push_back(std::move(run));
+        }
+    } catch (const std::system_error&) { // nothing can be said of a folder that cannot be read
+    }
+    std::ranges::sort(found, [](const DiagnosticsRun& a, const DiagnosticsRun& b) {
+        return std::tuple(a.modifiedAt, a.id()) > std::tuple(b.modifiedAt, b.id());
+    });
+    return found;
+}
+
+DiagnosticsCatalog::Pruned DiagnosticsCatalog::pruneRuns(const Budget& budget) {
+    Pruned pruned;
+    const auto all = runs();
+    if (all.size() <= budget.keepMinimum)
+        return pruned;
+    std::int64_t kept = 0;
+    for (std::size_t i = 0; i < all.size(); ++i) {
+        const std::int64_t size = directorySize(all[i].directory);
+        const bool fits = i < budget.maxRuns && kept + size <= budget.maxTotalBytes;
+        if (i < budget.keepMinimum || fits) {
+            kept += size;
+            continue;
+        }
+        try {
+            if (files_.remove(all[i].directory)) {
+                ++pruned.prunedRuns;
+                pruned.freedBytes += size;
+            }
+        } catch (const std::system_error&) { // the next start tries again
+        }
+    }
+    return pruned;
+}
+
+std::int64_t DiagnosticsCatalog::directorySize(const std::filesystem::path& directory) {
+    std::int64_t bytes = 0;
+    try {
+        for (const std::string& name : files_.list(directory)) {
+            const auto path = directory / name;
+            bytes += files_.isDirectory(path) ? directorySize(path)
+                                              : static_cast<std::int64_t>(files_.size(path));
+        }
+    } catch (const std::system_error&) { // what can be read counts
+    }
+    return bytes;
+}
+
+} // namespace tessarune

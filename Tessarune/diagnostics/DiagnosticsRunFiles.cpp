@@ -1,0 +1,120 @@
+#include "Tessarune/diagnostics/DiagnosticsRunFiles.h"
+
+#include "Tessarune/diagnostics/DiagnosticsRunLayout.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/JSON.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <system_error>
+#include <utility>
+
+namespace tessarune {
+
+namespace Layout = DiagnosticsRunLayout;
+using RunJson = JSON::Value;
+
+DiagnosticsRunFiles::DiagnosticsRunFiles(FileSystem& files, std::filesystem::path directory,
+                                         std::string optionID, bool isFullRun)
+    : files_(files),
+      directory_(std::move(directory)),
+      optionID_(std::move(optionID)),
+      isFullRun_(isFullRun) {}
+
+std::filesystem::path DiagnosticsRunFiles::path(std::string_view artifact) const {
+    return directory_ / Layout::path(Layout::artifact(artifact), optionID_);
+}
+
+void DiagnosticsRunFiles::write(std::string_view artifact,
+                                const std::optional<std::string>& bytes) {
+    writeFile(path(artifact), bytes);
+}
+
+void DiagnosticsRunFiles::writeJSON(std::string_view artifact, const RunJson& object) {
+    write(artifact, JSON::pretty(object));
+}
+
+void DiagnosticsRunFiles::writeTranscripts(const TranscriptSnapshot& snapshot) {
+    write("transcript", snapshot.sourceText);
+    if (!snapshot.bilingualText.empty())
+        write("bilingualTranscript", snapshot.bilingualText);
+}
+
+void DiagnosticsRunFiles::writeManifest(const RunJson& manifest) {
+    writeFile(directory_ / Layout::manifestFile, JSON::pretty(manifest));
+}
+
+void DiagnosticsRunFiles::writeFile(const std::filesystem::path& path,
+                                    const std::optional<std::string>& bytes) {
+    if (!bytes)
+        return;
+    try {
+        files_.writeAtomically(path, *bytes);
+    } catch (const std::system_error& error) {
+        const std::string text = error.what();
+        TessaruneLog::diagnostics.fault(
+            [&] { return "Tessarune diagnostics could not write: " + text; });
+    }
+}
+
+RunJson DiagnosticsRunFiles::manifestFileEntry(std::string_view artifact) {
+    const Layout::Artifact& about = Layout::artifact(artifact);
+    const std::string relative = Layout::path(about, optionID_);
+    RunJson entry{{"name", about.name},
+                  {"path", relative},
+                  {"description", Layout::description(about, isFullRun_)},
+                  {"exists", files_.exists(directory_ / relative)}};
+    try {
+        entry["bytes"] = files_.size(directory_ / relative);
+    } catch (const std::system_error&) { // no size could be read
+    }
+    return entry;
+}
+
+RunJson DiagnosticsRunFiles::manifestFileEntries() {
+    RunJson entries = RunJson::array();
+    for (const Layout::Artifact& artifact : Layout::artifacts()) {
+        if (isFullRun_ || artifact.isInCoreRuns)
+            entries.push_back(manifestFileEntry(artifact.name));
+    }
+    return entries;
+}
+
+std::optional<std::string>
+DiagnosticsRunFiles::readManifest(FileSystem& files, const std::filesystem::path& directory) {
+    try {
+        return files.read(directory / Layout::manifestFile);
+    } catch (const std::system_error&) {
+        return std::nullopt;
+    }
+}
+
+RunJson DiagnosticsRunFiles::transcriptSummary(const TranscriptSnapshot& snapshot) {
+    return {{"transcriptCharacters", Text::length(snapshot.sourceText)},
+            {"bilingualTranscriptCharacters", Text::length(snapshot.bilingualText)},
+            {"hasBilingualTranscript", !snapshot.bilingualText.empty()}};
+}
+
+void DiagnosticsRunFiles::refreshManifestTranscriptSummary(FileSystem& files,
+                                                           const std::filesystem::path& directory,
+                                                           const TranscriptSnapshot& snapshot,
+                                                           double wallClock) {
+    const auto bytes = readManifest(files, directory);
+    if (!bytes)
+        return;
+    RunJson manifest = JSON::parse(*bytes);
+    if (!manifest.is_object() || JSON::member<std::string>(manifest, "kind") != Layout::fullKind)
+        return; // a core run never holds texts
+    DiagnosticsRunFiles run(files, directory, {}, true);
+    run.writeTranscripts(snapshot);
+    RunJson& summary = manifest["summary"];
+    summary.update(transcriptSummary(snapshot));
+    summary["transcriptUpdatedAfterFinishWall"] = wallClock;
+    for (RunJson& entry : manifest["files"]) {
+        const auto name = JSON::member<std::string>(entry, "name");
+        if (name == "transcript" || name == "bilingualTranscript")
+            entry = run.manifestFileEntry(*name);
+    }
+    run.writeManifest(manifest);
+}
+
+} // namespace tessarune

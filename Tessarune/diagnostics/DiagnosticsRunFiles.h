@@ -1,0 +1,57 @@
+#pragma once
+
+#include "Tessarune/session/TranscriptSnapshot.h"
+#include "Tessarune/shell/FileSystem.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tessarune {
+
+/// The files of a run that are written as a whole. One thread at a time; nothing throws: what
+/// cannot be written is missing, and the manifest says so.
+class DiagnosticsRunFiles {
+  public:
+    /// `optionID`: of the recognition option, which names the event log.
+    DiagnosticsRunFiles(FileSystem& files, std::filesystem::path directory, std::string optionID,
+                        bool isFullRun);
+
+    const std::filesystem::path& directory() const { return directory_; }
+    std::filesystem::path path(std::string_view artifact) const;
+    bool isFullRun() const { return isFullRun_; }
+
+    void write(std::string_view artifact, const std::optional<std::string>& bytes);
+    void writeJSON(std::string_view artifact, const nlohmann::json& object);
+    /// An empty bilingual text is no file.
+    void writeTranscripts(const TranscriptSnapshot& snapshot);
+
+    /// What the manifest says of one file, as it is on the disk now.
+    nlohmann::json manifestFileEntry(std::string_view artifact);
+    nlohmann::json manifestFileEntries();
+    void writeManifest(const nlohmann::json& manifest);
+    /// Nothing if there is none that can be read.
+    static std::optional<std::string> readManifest(FileSystem& files,
+                                                   const std::filesystem::path& directory);
+
+    static nlohmann::json transcriptSummary(const TranscriptSnapshot& snapshot);
+    /// The transcript was replaced after the run had finished: brings its files and its manifest
+    /// up to date. A run that has been removed stays away.
+    static void refreshManifestTranscriptSummary(FileSystem& files,
+                                                 const std::filesystem::path& directory,
+                                                 const TranscriptSnapshot& snapshot,
+                                                 double wallClock);
+
+  private:
+    void writeFile(const std::filesystem::path& path, const std::optional<std::string>& bytes);
+
+    FileSystem& files_;
+    const std::filesystem::path directory_;
+    const std::string optionID_;
+    const bool isFullRun_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,165 @@
+#include "Tessarune/diagnostics/CaptionUnitObservation.h"
+#include "Tessarune/diagnostics/SessionDiagnosticsRecorder.h"
+#include "Tessarune/diagnostics/SessionDiagnosticsRun.h"
+#include "Tessarune/session/LiveCaptionCoreFactory.h"
+#include "Tessarune/session/SessionView.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/translation/SessionTranscriptBuilder.h"
+#include "TessaruneCore/translation/TranslationPresentationBuilder.h"
+
+#include <utility>
+
+namespace tessarune {
+
+void SessionDiagnosticsRecorder::finish(const Finish& finish) {
+    if (!run_ || !view_)
+        return;
+    const AppSettings& settings = environment_.settings;
+    Ending ending{.finish = finish,
+                  .segments = *view_->captions.committedSegments,
+                  .wordEvents = view_->captions.wordEvents,
+                  .config = LiveCaptionCoreFactory::config(settings),
+                  .caps = LiveCaptionCoreFactory::capabilities(settings),
+                  .smoothPaceMS = *settings.smoothPaceMS,
+                  .finishedWall = environment_.host.wallClock(),
+                  .finishedAt = environment_.host.now(),
+                  .sourceTranscriptPath = {},
+                  .bilingualTranscriptPath = {}};
+    LogFields fields{
+        {"runID", run_->id},
+        {"committedSegments", std::ssize(ending.segments)},
+        {"wordEvents", static_cast<std::int64_t>(ending.wordEventCount())},
+        {"sourceChars", static_cast<std::int64_t>(finish.snapshot.sourceText.size())},
+        {"bilingualChars", static_cast<std::int64_t>(finish.snapshot.bilingualText.size())},
+        {"hasBilingual", !finish.snapshot.bilingualText.empty()}};
+    run_->recording = finish.recording;
+    if (finish.recording) {
+        fields.add("recordingID", finish.recording->id.text())
+            .add("audioPath", finish.recording->filePath);
+        ending.sourceTranscriptPath =
+            environment_.catalog.transcriptURL(finish.recording->id).string();
+        ending.bilingualTranscriptPath =
+            environment_.catalog.bilingualTranscriptURL(finish.recording->id).string();
+    }
+    environment_.logger.event("diagnostics.finish.start", fields);
+    run_->writeLifecycle({ending.finishedAt, "diagnostics.finish", LifecycleEntry::Phase::start,
+                          std::nullopt, fields});
+    if (run_->sampler)
+        run_->sampler->stop();
+    if (run_->files.isFullRun())
+        lastFinishedRunDir_ = run_->files.directory();
+    finished_ = std::exchange(run_, nullptr);
+    queue_->async([this, run = finished_, ending = std::move(ending)] {
+        Host& host = environment_.host;
+        const auto report = [&](const char* event, const char* lifecycle) {
+            const double elapsed = host.now() - ending.finishedAt;
+            environment_.logger.event(
+                event,
+                {{"runID", run->id}, {"elapsedMS", static_cast<std::int64_t>(elapsed * 1000.0)}});
+            if (lifecycle)
+                run->writeLifecycle(host.now(), lifecycle);
+        };
+        const bool isFull = run->files.isFullRun();
+        JSON::Value lost;
+        run->closeLogs(lost);
+        if (isFull) {
+            report("diagnostics.finish.writersClosed", nullptr);
+            run->files.write("timeline", ending.timeline(*run));
+            report("diagnostics.finish.timelineWritten", "diagnostics.finish.timeline");
+            run->files.writeTranscripts(ending.finish.snapshot);
+            run->files.writeJSON("perfSummary", ending.perfSummary(*run));
+            report("diagnostics.finish.filesWritten", "diagnostics.finish.files");
+        }
+        run->manifest = ending.manifest(*run, lost);
+        run->files.writeManifest(run->manifest);
+        report("diagnostics.finish.manifestWritten", "diagnostics.finish.manifest");
+        run->writeLifecycle({host.now(),
+                             "diagnostics.finish",
+                             LifecycleEntry::Phase::finish,
+                             host.now() - ending.finishedAt,
+                             {}});
+        run->writeLifecycle(host.now(), "diagnostics.finish.done");
+        TessaruneLog::diagnostics.notice([&] {
+            return (isFull ? "Tessarune diagnostics saved: "
+                           : "Tessarune core diagnostics saved: ") +
+                   run->files.directory().string();
+        });
+    });
+    announce(finished_->files.directory());
+}
+
+void SessionDiagnosticsRecorder::recordLiveCaptionStopSnapshot(const StopSnapshot& about) {
+    if (!isFullDiagnosticsRunning() || !view_)
+        return;
+    using namespace CaptionUnitObservation;
+    const double startedAt = environment_.host.now();
+    const LiveCaptions& captions = view_->captions;
+    const LiveCaptionDisplayFrame& frame = *view_->captionDisplay.frame;
+    const CaptionSegment& partial = *captions.currentPartial;
+    const auto rows = SessionTranscriptBuilder::visibleSourceSegments(
+        {*captions.committedSegments, *captions.liveLeadingSentences, *captions.softCaptionSegments,
+         partial},
+        *view_->clearedSegmentIDs);
+    JSON::Value units = JSON::Value::array();
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        units.push_back(unit(i, rows[i], Texts::full));
+    const std::size_t translationTail = frame.translationTail.size();
+    const std::string source = SessionTranscriptBuilder::sourceText(rows);
+    const std::string translation = SessionTranscriptBuilder::translationText(rows);
+    const std::string bilingual = SessionTranscriptBuilder::bilingualText(rows);
+    const auto pending = TranslationPresentationBuilder::pendingCount(*captions.committedSegments);
+    JSON::Value snapshot = DiagnosticsRunContext::displaySnapshotFields(environment_.settings);
+    snapshot.update({{"schemaVersion", 1},
+                     {"kind", "liveCaptionStopSnapshot"},
+                     {"capturedAt", startedAt},
+                     {"reason", about.reason},
+                     {"completedTranslations", about.completedTranslations},
+                     {"pendingTranslations", pending},
+                     {"isCommittedTranslating", about.isCommittedTranslating},
+                     {"sessionPhase", name(*view_->sessionPhase)},
+                     {"sourceTailCount", rows.size()},
+                     {"translationTailCount", translationTail},
+                     {"committedCount", captions.committedSegments->size()},
+                     {"liveLeadingCount", captions.liveLeadingSentences->size()},
+                     {"softCaptionCount", captions.softCaptionSegments->size()},
+                     {"hasCurrentPartial", !Text::trimmed(partial.sourceText).empty()},
+                     {"currentPartialID", partial.id.text()},
+                     {"currentPartialRevision", partial.revision},
+                     {"captionFrameUpdateRequests", view_->captionDisplay.perf.updateRequests},
+                     {"captionFramePublishes", view_->captionDisplay.perf.publishedFrames},
+                     {"statusMessage", view_->status->text()},
+                     {"translationStatusText", frame.translationStatus.text},
+                     {"translationStatusIncomplete", frame.translationStatus.hasIncomplete},
+                     {"translationRetryAvailable", frame.translationStatus.canRetryIncomplete},
+                     {"sourceText", source},
+                     {"translationText", translation},
+                     {"bilingualText", bilingual},
+                     {"units", std::move(units)}});
+    queue_->async([run = run_, snapshot = std::move(snapshot), source, bilingual] {
+        run->files.writeJSON("liveWindowStopSnapshot", snapshot);
+        run->files.write("liveWindowStopSource", source);
+        run->files.write("liveWindowStopBilingual", bilingual);
+    });
+    const double elapsed = environment_.host.now() - startedAt;
+    const LogFields fields{
+        {"reason", about.reason},
+        {"completedTranslations", about.completedTranslations},
+        {"pendingTranslations", static_cast<std::int64_t>(pending)},
+        {"sourceTailCount", std::ssize(rows)},
+        {"translationTailCount", static_cast<std::int64_t>(translationTail)},
+        {"sourceCharacters", static_cast<std::int64_t>(Text::length(source))},
+        {"translationCharacters", static_cast<std::int64_t>(Text::length(translation))},
+        {"bilingualCharacters", static_cast<std::int64_t>(Text::length(bilingual))},
+        {"elapsedMS", static_cast<std::int64_t>(elapsed * 1000.0)}};
+    run_->writeLifecycle(startedAt, "stop.snapshot", fields);
+    if (auto* log = this->log("liveCaptionEvents")) {
+        LogFields record{{"t", startedAt}, {"event", "liveCaption.stopSnapshot"}};
+        record.add(fields);
+        log->append(record);
+    }
+    environment_.logger.event("diagnostics.liveCaption.stopSnapshot.written",
+                              {{"runID", run_->id}, {"reason", about.reason}});
+}
+
+} // namespace tessarune

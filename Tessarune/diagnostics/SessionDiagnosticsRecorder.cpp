@@ -1,0 +1,234 @@
+#include "Tessarune/diagnostics/SessionDiagnosticsRecorder.h"
+
+#include "Tessarune/diagnostics/DiagnosticsRunLayout.h"
+#include "Tessarune/diagnostics/SessionDiagnosticsRun.h"
+#include "Tessarune/session/LiveCaptionCoreFactory.h"
+#include "Tessarune/session/SessionView.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/recognition/ModelCatalog.h"
+#include "TessaruneCore/text/DateText.h"
+
+#include <system_error>
+#include <utility>
+
+namespace tessarune {
+
+namespace Layout = DiagnosticsRunLayout;
+
+SessionDiagnosticsRecorder::SessionDiagnosticsRecorder(Environment environment)
+    : environment_(std::move(environment)),
+      queue_(environment_.host.serialQueue("Tessarune.SessionDiagnosticsRecorder",
+                                           QueuePriority::utility)),
+      sentinel_({environment_.host, environment_.files, environment_.logger, environment_.figures,
+                 environment_.windows}) {}
+
+SessionDiagnosticsRecorder::~SessionDiagnosticsRecorder() {
+    stopWithoutExport();
+}
+
+bool SessionDiagnosticsRecorder::isFullDiagnosticsRunning() const {
+    return run_ && run_->files.isFullRun();
+}
+
+/// Of the open run, or of the one that has just been finished.
+std::optional<std::filesystem::path> SessionDiagnosticsRecorder::runDirectory() const {
+    return run_ ? std::optional(run_->files.directory()) : lastFinishedRunDir_;
+}
+
+std::filesystem::path SessionDiagnosticsRecorder::makeRunDirectory(double wallClock) {
+    constexpr int lastNumber = 99;
+    constexpr std::size_t idCharacters = 8;
+    const std::string name = std::string(Layout::runNamePrefix) +
+                             DateText::formatted(wallClock, "yyyy-MM-dd-HH-mm-ss", "en_US_POSIX");
+    const auto folder = environment_.paths.diagnostics();
+    std::filesystem::path directory = folder / name;
+    for (int number = 2; environment_.files.exists(directory); ++number) {
+        const std::string suffix = number <= lastNumber
+                                       ? std::to_string(number)
+                                       : UUID::random().text().substr(0, idCharacters);
+        directory = folder / (name + "-" + suffix);
+    }
+    environment_.files.createDirectories(directory / "events");
+    return directory;
+}
+
+void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
+    closeLifecycle(); // of a run that ended inside the session
+    stopWithoutExport();
+    lastFinishedRunDir_.reset();
+    const AppSettings& settings = environment_.settings;
+    if (!writesCoreSessionRun(*settings.diagnosticsLevel))
+        return;
+    const bool isFull = writesSessionDiagnostics(*settings.diagnosticsLevel);
+    const auto selected = ModelCatalog::recognitionOption(*settings.selectedRecognitionOptionID);
+    const RecognitionOption option = selected ? *selected : ModelCatalog::recognitionOptions()[0];
+    const double startedWall = environment_.host.wallClock();
+    std::filesystem::path directory;
+    try {
+        directory = makeRunDirectory(startedWall);
+    } catch (const std::system_error& error) {
+        environment_.logger.important("diagnostics.start.failed", {{"error", error.what()}});
+        return;
+    }
+    namespace Context = DiagnosticsRunContext;
+    run_ = std::make_shared<Run>(environment_.files, directory, option.id, isFull);
+    run_->optionTitle = option.title;
+    run_->t0 = environment_.host.now();
+    run_->startedWall = startedWall;
+    run_->sections = {
+        {"diagnosticsSchemaVersion", Layout::schemaVersion},
+        {"runMode", "liveSession"},
+        {"productComparable", true},
+        {"resourceInterference", Context::resourceInterference},
+        {"diagnosticsLevel", storageName(*settings.diagnosticsLevel)},
+        {"capturesFullDiagnostics", isFull},
+        {"app", Context::appSnapshot(environment_.app)},
+        {"host", Context::hostSnapshot(environment_.figures)},
+        {"runtime", Context::runtimeSnapshot()},
+        {"internalTools", Context::internalToolsSnapshot()},
+        {"capture", Context::captureSnapshot(settings, start.source, start.sourceName,
+                                             start.audioInactivityAutoStopConfiguration)},
+        {"recognition", Context::recognitionSnapshot(settings)},
+        {"translation", Context::translationSnapshot(settings)},
+        {"display", Context::displaySnapshot(settings)},
+        {"performance", {{"perfSampleIntervalSeconds", *settings.perfSampleIntervalSeconds}}}};
+    run_->lifecycle = std::make_unique<DiagnosticsNDJSONWriter>(
+        environment_.host, environment_.files, run_->files.path("lifecycleEvents"),
+        "Tessarune.RunLifecycleObservationLog.Writer");
+    if (isFull)
+        openLogs(*run_);
+    LogFields fields{
+        {"optionID", option.id},
+        {"optionTitle", option.title},
+        {"audioSource", start.source.logName()},
+        {"audioSourceName", start.sourceName},
+        {"appleDiagnosticsMode", std::string(name(*settings.appleAnalyzerDiagnosticsMode))},
+        {"diagnosticsLevel", std::string(storageName(*settings.diagnosticsLevel))},
+        {"capturesFullDiagnostics", isFull}};
+    run_->writeLifecycle(run_->t0, "session.start", fields);
+    if (auto* captions = log("liveCaptionEvents")) {
+        JSON::Value record = Context::displaySnapshotFields(settings);
+        record.update({{"t", run_->t0}, {"event", "diagnostics.start"}});
+        captions->append(record);
+    }
+    queue_->async([run = run_, file = Context::settingsFile(settings, run_->sections, isFull)] {
+        run->files.writeJSON("settings", file);
+    });
+    announce(directory);
+    fields.add("runID", run_->id).add("dir", directory.string());
+    environment_.logger.important("diagnostics.start.done", fields);
+    TessaruneLog::diagnostics.notice(
+        [&] { return "Tessarune diagnostics started: " + directory.string(); });
+}
+
+void SessionDiagnosticsRecorder::openLogs(Run& run) {
+    run.sampler =
+        std::make_unique<PerfSampler>(environment_.host, environment_.files, environment_.figures);
+    run.sampler->start(run.files, *environment_.settings.perfSampleIntervalSeconds,
+                       [weak = std::weak_ptr(run_)] {
+                           const auto still = weak.lock();
+                           return still ? still->perf : PerfStats();
+                       });
+    const auto open = [&](const char* artifact, std::filesystem::path path, const char* label) {
+        run.logs[artifact] = std::make_unique<DiagnosticsNDJSONWriter>(
+            environment_.host, environment_.files, std::move(path), label);
+    };
+    const auto openArtifact = [&](const char* artifact, const char* label) {
+        open(artifact, run.files.path(artifact), label);
+    };
+    openArtifact("asrEvents", "Tessarune.ASREventLog.Writer");
+    openArtifact("boundaryEvents", "Tessarune.BoundaryObservationLog.Writer");
+    openArtifact("translationEvents", "Tessarune.TranslationObservationLog.Writer");
+    open("corrections", run.files.directory() / "events" / "correction.ndjson",
+         "Tessarune.CorrectionObservationLog.Writer");
+    openArtifact("liveCaptionEvents", "Tessarune.LiveCaptionObservationLog.Writer");
+    openArtifact("displayUnitEvents", "Tessarune.DisplayUnitObservationLog.Writer");
+    openArtifact("appleFinalReconcile", "Tessarune.AppleFinalReconcileLog.Writer");
+    const auto mode = *environment_.settings.appleAnalyzerDiagnosticsMode;
+    if (mode != AppleAnalyzerDiagnosticsMode::off)
+        openArtifact("appleSummaryResults", "Tessarune.AppleSpeechAnalyzerSummaryLog.Writer");
+    if (mode == AppleAnalyzerDiagnosticsMode::fullRaw)
+        openArtifact("appleRawResults", "Tessarune.AppleSpeechAnalyzerRawResultLog.Writer");
+}
+
+void SessionDiagnosticsRecorder::announce(const std::filesystem::path& directory) {
+    if (environment_.notifications)
+        environment_.notifications->post(diagnosticsRunDidUpdate, directory);
+}
+
+/// The session records: whoever deletes that recording, even after a crash, finds this run.
+void SessionDiagnosticsRecorder::noteRecording(const RecordingMetadata& recording) {
+    if (!run_)
+        return;
+    run_->recording = recording;
+    queue_->async([run = run_, manifest = run_->manifestHead()]() mutable {
+        manifest["files"] = run->files.manifestFileEntries();
+        run->files.writeManifest(manifest);
+    });
+}
+
+void SessionDiagnosticsRecorder::stopWithoutExport() {
+    if (!run_)
+        return;
+    const auto directory = run_->files.directory();
+    close(std::exchange(run_, nullptr));
+    announce(directory);
+}
+
+/// The logs wait for the disk when they are closed; nobody else does.
+void SessionDiagnosticsRecorder::close(std::shared_ptr<Run> run) {
+    if (run->sampler)
+        run->sampler->stop();
+    queue_->async([run = std::move(run)] {
+        JSON::Value lost;
+        run->closeLogs(lost);
+        run->lifecycle->close();
+    });
+}
+
+void SessionDiagnosticsRecorder::discardCurrentRun() {
+    if (!run_)
+        return;
+    const auto directory = run_->files.directory();
+    close(std::exchange(run_, nullptr));
+    queue_->async([&files = environment_.files, directory] {
+        try {
+            files.remove(directory);
+        } catch (const std::system_error&) { // pruning finds it
+        }
+    });
+    announce(directory);
+}
+
+void SessionDiagnosticsRecorder::closeLifecycle() {
+    if (!finished_)
+        return;
+    queue_->async([run = std::exchange(finished_, nullptr), &host = environment_.host] {
+        run->writeLifecycle(host.now(), "session.lifecycle.close");
+        run->lifecycle->close();
+        if (!run->manifest.is_object())
+            return;
+        // The log has grown since the manifest was written, by how long the saving took.
+        if (run->lifecycle->lostRecords() > 0)
+            run->manifest["lostRecords"]["lifecycleEvents"] = run->lifecycle->lostRecords();
+        run->manifest["files"] = run->files.manifestFileEntries();
+        run->files.writeManifest(run->manifest);
+    });
+}
+
+void SessionDiagnosticsRecorder::updateFinishedSnapshot(const TranscriptSnapshot& snapshot) {
+    if (!lastFinishedRunDir_)
+        return;
+    queue_->async(
+        [this, directory = *lastFinishedRunDir_, snapshot, wall = environment_.host.wallClock()] {
+            DiagnosticsRunFiles::refreshManifestTranscriptSummary(environment_.files, directory,
+                                                                  snapshot, wall);
+        });
+    announce(*lastFinishedRunDir_);
+}
+
+void SessionDiagnosticsRecorder::startIdleMemorySentinel(const IdleWatch& watch) {
+    sentinel_.start(lastFinishedRunDir_, watch.reason, watch.snapshotProvider);
+}
+
+} // namespace tessarune

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Tessarune/diagnostics/DiagnosticsRunFiles.h"
+#include "Tessarune/diagnostics/PerfSampler.h"
+#include "Tessarune/diagnostics/SessionDiagnosticsRecorder.h"
+#include "TessaruneCore/CaptionCore.h"
+#include "TessaruneCore/text/JSON.h"
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tessarune {
+
+/// One run on its way: what is known of it, and its open logs. The recorder fills it on the main
+/// queue and gives it to its own queue when it ends.
+struct SessionDiagnosticsRecorder::Run {
+    using Json = JSON::Value;
+
+    Run(FileSystem& files, std::filesystem::path directory, std::string itsOptionID, bool isFull)
+        : id(directory.filename().string()),
+          optionID(itsOptionID),
+          files(files, std::move(directory), std::move(itsOptionID), isFull) {}
+
+    const std::string id;
+    const std::string optionID;
+    std::string optionTitle;
+    DiagnosticsRunFiles files;
+    double t0 = 0;          ///< on the session's clock
+    double startedWall = 0; ///< seconds since 1970
+    double sampleRate = 0;  ///< of the first sound; 0: there was none
+    Json sections;          ///< of manifest and settings: program, computer, settings at the start
+    LogFields stopRequestFields;
+    std::optional<RecordingMetadata> recording;
+    PerfStats perf; ///< the latest
+    std::map<std::string, std::unique_ptr<DiagnosticsNDJSONWriter>, std::less<>> logs;
+    std::unique_ptr<DiagnosticsNDJSONWriter> lifecycle;
+    std::unique_ptr<PerfSampler> sampler;
+    Json manifest; ///< of a finished run; the recorder's queue alone
+
+    void writeLifecycle(const LifecycleEntry& entry);
+    void writeLifecycle(double t, const char* name, const LogFields& fields = {}) {
+        writeLifecycle({t, name, LifecycleEntry::Phase::instant, std::nullopt, fields});
+    }
+    /// Waits for what is queued. `lost` gets how many records of each log are missing.
+    void closeLogs(Json& lost);
+    Json manifestHead() const;
+};
+
+/// What the end of a session leaves, as it was on the main queue.
+struct SessionDiagnosticsRecorder::Ending {
+    Finish finish;
+    CaptionCore::Rows segments;
+    CaptionCore::WordEvents wordEvents;
+    CaptionCore::Config config;
+    EngineCapabilities caps;
+    std::int64_t smoothPaceMS = 0;
+    double finishedWall = 0;
+    double finishedAt = 0; ///< on the session's clock
+    std::string sourceTranscriptPath;
+    std::string bilingualTranscriptPath;
+
+    std::size_t wordEventCount() const;
+    std::optional<std::string> timeline(const Run& run) const;
+    JSON::Value perfSummary(const Run& run) const;
+    JSON::Value manifest(Run& run, const JSON::Value& lost) const;
+};
+
+} // namespace tessarune

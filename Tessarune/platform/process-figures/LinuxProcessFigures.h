@@ -1,0 +1,25 @@
+#pragma once
+
+#include "Tessarune/diagnostics/ProcessFigures.h"
+
+#include <filesystem>
+
+namespace tessarune {
+
+/// The figures of /proc/self, /sys and the C library. See docs/diagnostics.md for what stands where
+/// Linux knows no such thing.
+class LinuxProcessFigures final : public ProcessFigures {
+  public:
+    /// The running program's file; empty if it cannot be found out.
+    static std::filesystem::path executable();
+
+    double cpuSeconds() override;
+    Memory memory() override;
+    std::vector<Thread> threads() override;
+    std::string thermalState() override;
+    std::int64_t activeProcessorCount() override;
+    std::optional<bool> lowPowerMode() override;
+    LogFields host() override;
+};
+
+} // namespace tessarune

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "Tessarune/shell/FileSystem.h"
+#include "TessaruneCore/diagnostics/LogFields.h"
+#include "TessaruneCore/host/Host.h"
+
+#include <nlohmann/json_fwd.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tessarune {
+
+/// Appends records to a log of a diagnostics run: one JSON object a line, sorted keys, floats
+/// rounded to three decimals.
+///
+/// Any thread. Nothing here waits for the disk but `close`, and nothing throws: the file is
+/// created, written and closed on a serial queue of its own with low priority. A record that cannot
+/// be encoded or written is lost, and so is one that comes while `maximumQueued` others wait for a
+/// slow disk; `lostRecords` counts them. Each line is one write, so that a kill leaves whole lines.
+class DiagnosticsNDJSONWriter {
+  public:
+    static constexpr std::size_t maximumQueued = 4096;
+
+    /// Encodes a line without its line feed; nothing if it cannot be. Runs on the queue.
+    using Encode = std::function<std::optional<std::string>()>;
+
+    /// Creates the file and its folder, or empties the file that is there. The host and the disk
+    /// outlive the writer.
+    DiagnosticsNDJSONWriter(Host& host, FileSystem& files, std::filesystem::path path,
+                            std::string_view queueLabel);
+    /// Closes.
+    ~DiagnosticsNDJSONWriter();
+    DiagnosticsNDJSONWriter(const DiagnosticsNDJSONWriter&) = delete;
+
+    /// Encodes on the calling thread. A field that is no finite number is left out.
+    void append(const nlohmann::json& record);
+    void append(const LogFields& record);
+    /// For records that have an encoding of their own.
+    void append(Encode encode);
+    /// A first line that is no record, or text that is no NDJSON at all.
+    void appendText(std::string text);
+
+    /// Writes what is queued, then closes the file; waits for the queue. Idempotent.
+    void close();
+
+    /// So far. Right after `close`.
+    std::uint64_t lostRecords() const;
+
+    /// A record as it is written: rounded, without what is not finite.
+    static nlohmann::json sanitized(const nlohmann::json& value);
+    static nlohmann::json object(const LogFields& fields);
+
+  private:
+    class File;
+
+    void enqueue(Encode encode, bool endsLine);
+
+    const std::shared_ptr<File> file_;
+    const std::shared_ptr<SerialQueue> queue_;
+};
+
+} // namespace tessarune

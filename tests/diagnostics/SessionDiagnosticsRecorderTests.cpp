@@ -1,0 +1,229 @@
+#include "Tessarune/diagnostics/DiagnosticsCatalog.h"
+#include "tests/diagnostics/DiagnosedSession.h"
+
+#include <gtest/gtest.h>
+
+namespace tessarune {
+namespace {
+
+using testing::DiagnosedSession;
+using Level = DiagnosticsLevel;
+using Names = std::set<std::string>;
+
+/// Words that were said, in any file below `folder`.
+std::string saidIn(DiagnosedSession& session, const std::filesystem::path& folder) {
+    for (const auto& name : session.files.list(folder)) {
+        const auto path = folder / name;
+        if (session.files.isDirectory(path)) {
+            if (const auto found = saidIn(session, path); !found.empty())
+                return found;
+        } else if (Text::lowercased(session.files.contentsOf(path)).find("elephant") !=
+                   std::string::npos) {
+            return path.string();
+        }
+    }
+    return "";
+}
+
+TEST(SessionDiagnosticsRecorderTests, EachLevelKeepsWhatItSaysAndACoreRunHoldsNoWord) {
+    const Names core{"settings.json", "manifest.json", "events/lifecycle.ndjson"};
+    Names standard = core;
+    standard.merge(Names{"timeline.json", "transcript.txt", "live-window-stop-snapshot.json",
+                         "live-window-stop-source.txt", "live-window-stop-bilingual.txt",
+                         "perf.csv", "perf.json", "perf_threads.ndjson", "perf_pipeline.ndjson",
+                         "events/apple-analyzer-en.ndjson", "events/boundary.ndjson",
+                         "events/translation.ndjson", "events/correction.ndjson",
+                         "events/live_caption.ndjson", "events/display_units.ndjson",
+                         "events/apple_reconcile.ndjson", "events/apple_summary.ndjson",
+                         "events/idle_memory_sentinel.ndjson", "events/idle_memory_alarm.ndjson"});
+    Names trace = standard;
+    trace.insert("events/apple_raw.ndjson");
+    for (const auto& [level, files] : std::map<Level, Names>{{Level::off, {}},
+                                                             {Level::core, core},
+                                                             {Level::standard, standard},
+                                                             {Level::trace, trace}}) {
+        SCOPED_TRACE(storageName(level));
+        DiagnosedSession session(level);
+        session.settings.appleAnalyzerDiagnosticsMode = level == Level::trace
+                                                            ? AppleAnalyzerDiagnosticsMode::fullRaw
+                                                            : AppleAnalyzerDiagnosticsMode::summary;
+        session.settings.sessionDiagnosticsEnabled = true;
+        session.runOne();
+        ASSERT_EQ(session.phase(), LiveSessionPhase::idle) << *session.store->view().presentedError;
+        if (level == Level::off) {
+            EXPECT_TRUE(session.files.list(session.paths.diagnostics()).empty());
+            continue;
+        }
+        EXPECT_EQ(session.runFiles(), files);
+        const auto manifest = session.json("manifest.json");
+        EXPECT_EQ(manifest["recordingID"],
+                  session.store->view().outcome->value().recording->text());
+        EXPECT_EQ(manifest["stop"]["trigger"], "programmatic");
+        for (const auto& file : manifest["files"]) {
+            const std::string path = file["path"];
+            if (path.find("idle_memory") != std::string::npos)
+                continue; // it begins when the manifest is written
+            EXPECT_EQ(file["exists"], files.contains(path)) << path;
+            if (file["exists"])
+                EXPECT_EQ(file["bytes"], session.files.contentsOf(session.run() / path).size())
+                    << path;
+        }
+        for (const auto& path : session.runFiles()) {
+            if (!path.ends_with(".ndjson"))
+                continue;
+            for (const auto& line : session.lines(path))
+                EXPECT_TRUE(line.is_object()) << path;
+        }
+        const auto lifecycle = session.lines("events/lifecycle.ndjson");
+        EXPECT_EQ(lifecycle.front()["name"], "session.start");
+        EXPECT_EQ(lifecycle.back()["name"], "session.lifecycle.close");
+        if (level == Level::core) {
+            EXPECT_EQ(saidIn(session, session.run()), "");
+            EXPECT_EQ(saidIn(session, session.paths.logs()), "");
+            EXPECT_EQ(manifest["privacy"]["containsTranscriptText"], false);
+            EXPECT_EQ(manifest["summary"]["committedSegmentCount"], 3);
+            continue;
+        }
+        EXPECT_EQ(session.lines("events/apple-analyzer-en.ndjson").size(), 5u);
+        const auto segments = session.json("timeline.json")["engines"][0]["segments"];
+        ASSERT_EQ(segments.size(), 3u);
+        EXPECT_EQ(segments[0]["text"], "Purple elephants dance.");
+        const auto units = session.json("live-window-stop-snapshot.json")["units"];
+        EXPECT_EQ(units.back()["sourceText"], "Nobody objects");
+        EXPECT_EQ(
+            session.lines("events/display_units.ndjson").back()["units"].back()["translationRole"],
+            "none");
+        const UUID id = *session.store->view().outcome->value().recording;
+        session.catalog->deleteRecording(id);
+        session.host.advanceBy(1);
+        EXPECT_EQ(saidIn(session, session.paths.appSupportBase()), "");
+    }
+}
+
+/// Whatever the disk does to a run, the recording and its transcript are those of a session without
+/// one.
+TEST(SessionDiagnosticsRecorderTests, ADiskThatTakesNothingOfARunCostsRecordsAlone) {
+    for (const char* refused :
+         {"/data/Diagnostics", "events", "manifest.json", "timeline", ".ndjson", "Live-"}) {
+        SCOPED_TRACE(refused);
+        DiagnosedSession session(Level::trace);
+        session.files.refused = refused;
+        session.runOne();
+        ASSERT_EQ(session.phase(), LiveSessionPhase::idle) << *session.store->view().presentedError;
+        const auto outcome = **session.store->view().outcome;
+        EXPECT_TRUE(outcome.transcriptPersisted);
+        EXPECT_NE(session.transcript(*outcome.recording).find("Nobody objects"), std::string::npos);
+        session.files.recover();
+        session.host.advanceBy(60);
+        session.runOne();
+        EXPECT_TRUE(session.json("manifest.json")["lostRecords"].empty());
+    }
+}
+
+/// The end of a run may fall anywhere; what was written before is whole, and is found by whoever
+/// deletes the recording.
+TEST(SessionDiagnosticsRecorderTests, AKillLeavesWholeLinesAndARunThatItsRecordingFinds) {
+    std::size_t withRecording = 0;
+    for (std::uint64_t at = 30; at < 700; at += 37) {
+        DiagnosedSession session(Level::trace);
+        session.files.failFrom = session.files.operations + at;
+        session.runOne();
+        session.files.recover();
+        for (const auto& path : session.runFiles()) {
+            if (!path.ends_with(".ndjson"))
+                continue;
+            const std::string text = session.files.contentsOf(session.run() / path);
+            auto lines = session.lines(path);
+            if (!text.empty() && text.back() != '\n')
+                lines.pop_back(); // the one write that the disk cut off
+            for (const auto& line : lines)
+                EXPECT_TRUE(line.is_object()) << path << " after " << at;
+        }
+        if (session.json("manifest.json").contains("recordingID"))
+            ++withRecording;
+    }
+    EXPECT_GT(withRecording, 10u);
+}
+
+TEST(SessionDiagnosticsRecorderTests, RunsOfOneSecondAndPruningKeepTheNewest) {
+    simulation::FaultyFileSystem files;
+    const TessarunePaths paths{"/data"};
+    const auto make = [&](int number, std::size_t bytes) {
+        const auto run = paths.diagnostics() / ("Live-" + std::to_string(100 + number));
+        files.setContents(run / "events" / "lifecycle.ndjson", std::string(bytes, 'x'));
+        files.setModifiedAt(run, number);
+    };
+    for (int i = 0; i < 35; ++i)
+        make(i, 10);
+    DiagnosticsCatalog catalog(files, paths);
+    EXPECT_EQ(catalog.pruneRuns({}).prunedRuns, 5u);
+    EXPECT_EQ(catalog.runs().back().id(), "Live-105");
+    EXPECT_EQ(catalog.pruneRuns({30, 25, 3}).freedBytes, 270);
+    EXPECT_EQ(catalog.runs().size(), 3u);
+    EXPECT_EQ(catalog.pruneRuns({1, 0, 3}).prunedRuns, 0u);
+
+    DiagnosedSession session(Level::core);
+    session.settings.recordWhileCaptioning = false;
+    for (int i = 0; i < 2; ++i) {
+        session.start();
+        session.hear(1);
+        session.stop();
+        session.host.advanceBy(1);
+        session.host.shiftWallClock(-2);
+    }
+    const auto names = session.files.list(session.paths.diagnostics());
+    ASSERT_EQ(names.size(), 2u);
+    EXPECT_EQ(names[1], names[0] + "-2");
+    EXPECT_FALSE(session.json("manifest.json").contains("recordingID"));
+}
+
+/// Alarms of the watch between two sessions: each kind once, a milestone for each gigabyte.
+TEST(SessionDiagnosticsRecorderTests, TheSentinelRaisesEachAlarmOnce) {
+    DiagnosedSession session(Level::standard);
+    session.runOne();
+    const auto alarms = [&] {
+        std::vector<std::string> kinds;
+        for (const auto& line : session.logLines("idleMemorySentinel.alarm"))
+            kinds.push_back(line["alarmKind"]);
+        return kinds;
+    };
+    using Kinds = std::vector<std::string>;
+    session.figures.cpu += 15; // within the first minute
+    session.host.advanceBy(15);
+    EXPECT_EQ(alarms(), Kinds{});
+    session.host.advanceBy(60);
+    session.figures.cpu += 15;
+    session.host.advanceBy(15);
+    session.figures.cpu += 15;
+    session.host.advanceBy(15);
+    EXPECT_EQ(alarms(), Kinds{"idleCpuHigh"});
+    session.figures.used.footprintMB = 400; // above three times the baseline, below the floor
+    session.host.advanceBy(15);
+    EXPECT_EQ(alarms().size(), 1u);
+    session.figures.used.footprintMB = 1100;
+    session.host.advanceBy(15);
+    EXPECT_EQ(alarms(),
+              (Kinds{"idleCpuHigh", "baselineMultiple", "growthSpike", "gigabyteMilestone"}));
+    session.figures.used.footprintMB = 3100;
+    session.host.advanceBy(30);
+    EXPECT_EQ(alarms(),
+              (Kinds{"idleCpuHigh", "baselineMultiple", "growthSpike", "gigabyteMilestone",
+                     "absolute", "gigabyteMilestone", "gigabyteMilestone"}));
+    EXPECT_EQ(session.lines("events/idle_memory_alarm.ndjson").size(), 7u);
+    session.start();
+    session.host.advanceBy(1);
+    session.stop();
+    session.host.advanceBy(30000);
+    EXPECT_EQ(session.host.liveTasks(), 0u);
+    const auto names = session.files.list(session.paths.diagnostics());
+    std::istringstream text(session.files.contentsOf(session.paths.diagnostics() / names.front() /
+                                                     "events/idle_memory_sentinel.ndjson"));
+    std::string last;
+    for (std::string line; std::getline(text, line);)
+        last = line;
+    EXPECT_EQ(nlohmann::json::parse(last)["reason"], "listen.start");
+    EXPECT_EQ(session.lines("events/idle_memory_sentinel.ndjson").back()["reason"], "maxRuntime");
+}
+
+} // namespace
+} // namespace tessarune
