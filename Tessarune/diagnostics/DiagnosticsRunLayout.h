@@ -16,18 +16,12 @@ inline constexpr std::string_view coreKind = "liveSessionCoreDiagnosticsManifest
 inline constexpr std::string_view runNamePrefix = "Live-";
 inline constexpr std::string_view manifestFile = "manifest.json";
 
-struct Field {
-    std::string_view name;
-    std::string_view meaning;
-};
-
 struct Artifact {
     std::string_view name; ///< in the manifest
     std::string_view path; ///< in the run; "<option>" stands for the recognition option
     bool isInCoreRuns = false;
     std::string_view written; ///< when
     std::string_view description;
-    std::vector<Field> fields; ///< of a record or of the file's object
     /// Whether the file may hold what was said.
     bool holdsText = true;
 };

@@ -18,10 +18,10 @@ namespace tessarune {
 struct SessionDiagnosticsRecorder::Run {
     using Json = JSON::Value;
 
-    Run(FileSystem& files, std::filesystem::path directory, std::string itsOptionID, bool isFull)
+    Run(FileSystem& disk, std::filesystem::path directory, std::string itsOptionID, bool isFull)
         : id(directory.filename().string()),
           optionID(itsOptionID),
-          files(files, std::move(directory), std::move(itsOptionID), isFull) {}
+          files(disk, std::move(directory), std::move(itsOptionID), isFull) {}
 
     const std::string id;
     const std::string optionID;

@@ -64,9 +64,10 @@ TEST(SessionDiagnosticsRecorderTests, EachLevelKeepsWhatItSaysAndACoreRunHoldsNo
             if (path.find("idle_memory") != std::string::npos)
                 continue; // it begins when the manifest is written
             EXPECT_EQ(file["exists"], files.contains(path)) << path;
-            if (file["exists"])
+            if (file["exists"]) {
                 EXPECT_EQ(file["bytes"], session.files.contentsOf(session.run() / path).size())
                     << path;
+            }
         }
         for (const auto& path : session.runFiles()) {
             if (!path.ends_with(".ndjson"))
