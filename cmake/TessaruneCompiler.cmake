@@ -18,8 +18,9 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   target_compile_options(tessarune-options INTERFACE
     -Wno-maybe-uninitialized -Wno-dangling-pointer -Wno-restrict -Wno-subobject-linkage)
 else()
-  # What is marked in TessaruneCore/host/Mutex.h.
-  target_compile_options(tessarune-options INTERFACE -Wthread-safety)
+  # The marks are those of TessaruneCore/host/Mutex.h. GCC's conversion warning asks for casts
+  # where nothing can be lost.
+  target_compile_options(tessarune-options INTERFACE -Wconversion -Wthread-safety)
 endif()
 target_include_directories(tessarune-options INTERFACE "${PROJECT_SOURCE_DIR}")
 target_compile_definitions(tessarune-options INTERFACE

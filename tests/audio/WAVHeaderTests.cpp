@@ -9,7 +9,7 @@ namespace {
 using testing::wavBytes;
 
 TEST(WAVHeaderTests, WritesWhatOthersWriteAndReadsItBack) {
-    for (const std::uint16_t channels : {1, 2}) {
+    for (const std::uint16_t channels : {std::uint16_t{1}, std::uint16_t{2}}) {
         WAVHeader header{.sampleRate = 48000, .channels = channels, .dataSize = 8};
         EXPECT_EQ(header.encoded(), wavBytes({1, 2, 3, 4}, 48000, channels).substr(0, 44));
         EXPECT_EQ(WAVHeader::decoded(header.encoded()), header);

@@ -185,7 +185,7 @@ TEST_F(MediaFileTests, DamageAnywhereEndsAndNeverLoops) {
             for (int flips = 0; flips <= round % 4; ++flips) {
                 const std::size_t at = random() % 60;
                 const std::size_t place = random() % 2 ? at : damaged.size() - 1 - at * 10;
-                damaged[place] = static_cast<char>(damaged[place] ^ (1U << random() % 8));
+                damaged[place] = static_cast<char>(damaged[place] ^ (1 << random() % 8));
             }
             try {
                 const auto file = openFFmpegMediaFile(write("damaged", damaged));

@@ -115,7 +115,7 @@ CaptionReplay::Output replay(const Log& log, const Settings& with) {
 }
 
 Log prefix(const Log& log, std::size_t count) {
-    return {log.begin(), log.begin() + count};
+    return {log.begin(), log.begin() + static_cast<std::ptrdiff_t>(count)};
 }
 
 bool startsWith(const std::vector<std::string>& all, const std::vector<std::string>& start) {
@@ -179,7 +179,8 @@ RC_GTEST_PROP(ReplayProperties, aFinalAddsAllItsPiecesBehindThoseThatStandAlread
             SentenceSegmenter::pieces(Text::trimmed(log[i].text), with.config.clauseLevel);
         RC_ASSERT(added.size() <= pieces.size());
         const std::size_t skipped = pieces.size() - added.size();
-        RC_ASSERT(std::equal(added.begin(), added.end(), pieces.begin() + skipped));
+        RC_ASSERT(std::equal(added.begin(), added.end(),
+                             pieces.begin() + static_cast<std::ptrdiff_t>(skipped)));
 
         const auto keys = SentenceStabilityKey::normalize(sources(before));
         const std::set<std::string> standing(keys.begin(), keys.end());

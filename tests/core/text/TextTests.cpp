@@ -220,7 +220,7 @@ TEST(TextTests, ValidityOfBytes) {
     for (const auto& [bytes, valid] : cases)
         EXPECT_EQ(Text::isValidUTF8(bytes), valid) << bytes;
     std::string text;
-    for (const char32_t codePoint : {0x41, 0xE9, 0x4E2D, 0x1F600, 0xD800, 0x110000})
+    for (const char32_t codePoint : {0x41U, 0xE9U, 0x4E2DU, 0x1F600U, 0xD800U, 0x110000U})
         Text::append(text, codePoint);
     EXPECT_EQ(text, "Aé中😀\uFFFD\uFFFD");
 }

@@ -41,7 +41,7 @@ TEST_F(UnitOfThree, SuccessPutsTheTextOnOneRowAndClosesTheOthers) {
     EXPECT_TRUE(succeed(" un, deux, trois. "));
     EXPECT_EQ(segments[1].translatedText, "");
     EXPECT_EQ(segments[3].translatedText, " un, deux, trois. ");
-    for (int i = 1; i <= 3; ++i) {
+    for (std::size_t i = 1; i <= 3; ++i) {
         EXPECT_EQ(segments[i].translationError, std::nullopt);
         EXPECT_EQ(segments[i].translationUnitID, unit);
         EXPECT_EQ(segments[i].translationResultSegmentID, members.back());
