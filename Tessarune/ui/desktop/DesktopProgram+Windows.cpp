@@ -60,6 +60,19 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
         .canStayOnTop = QGuiApplication::platformName() != QLatin1String("wayland")};
 }
 
+void DesktopProgram::showFirst() {
+    const bool isAsked = request_.file || !request_.actions.empty();
+    if (isAsked || !DesktopWelcome::isDue(application_)) {
+        window_->show();
+        return;
+    }
+    welcome_ = std::make_unique<DesktopWelcome>(application_, motion_.isReduced, [this] {
+        if (!isEnding_)
+            window_->show();
+    });
+    welcome_->show();
+}
+
 void DesktopProgram::makeTray() {
     if (!DesktopTray::isAvailable())
         return;

@@ -3,6 +3,7 @@
 #include "TessaruneCore/text/Localization.h"
 
 #include <QGuiApplication>
+#include <QWindow>
 #include <utility>
 
 namespace tessarune {
@@ -40,7 +41,7 @@ int DesktopProgram::run() {
     application_.logger.event("app.launch", {}, Importance::important);
     offerWindows();
     window_ = std::make_unique<CaptionWindow>(windowEnvironment());
-    window_->show();
+    showFirst();
     makeTray();
     watchSystem();
     instance_.serve([this](const InstanceRequest& request) { handle(request); });
@@ -98,6 +99,8 @@ void DesktopProgram::start(const LiveSessionControlTrigger& trigger) {
 }
 
 void DesktopProgram::toggle(const LiveSessionControlTrigger& trigger) {
+    if (welcome_)
+        welcome_->close();
     if (!*store().view().isListening && !hasSpeechModel())
         return;
     if (hasSound_)
@@ -127,6 +130,8 @@ void DesktopProgram::quit() {
     if (std::exchange(isEnding_, true))
         return;
     hideWindow();
+    for (QWindow* const window : QGuiApplication::topLevelWindows())
+        window->hide();
     tray_.reset();
     store().stopListening(LiveSessionControlTrigger::applicationShouldTerminate());
     if (lifecycle_.applicationShouldTerminate() ==

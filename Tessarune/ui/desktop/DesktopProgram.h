@@ -15,6 +15,7 @@
 #include "Tessarune/ui/desktop/DesktopRequest.h"
 #include "Tessarune/ui/desktop/DesktopSound.h"
 #include "Tessarune/ui/desktop/DesktopTray.h"
+#include "Tessarune/ui/desktop/DesktopWelcome.h"
 #include "Tessarune/ui/desktop/DesktopWindows.h"
 
 #include <memory>
@@ -59,6 +60,8 @@ class DesktopProgram {
     // DesktopProgram+Windows.cpp
     void offerWindows();
     CaptionWindowEnvironment windowEnvironment();
+    /// The captions, or on the first start what comes before them.
+    void showFirst();
     void makeTray();
     void perform(DesktopAction action);
     void handle(const InstanceRequest& request);
@@ -85,6 +88,7 @@ class DesktopProgram {
     std::unique_ptr<CaptionWindow> window_;
     std::optional<DesktopTray> tray_;
     DesktopWindows windows_;
+    std::unique_ptr<DesktopWelcome> welcome_; // on the first start
     bool hasSound_ = false;
     bool isConnecting_ = false;
     bool startsWhenConnected_ = false;

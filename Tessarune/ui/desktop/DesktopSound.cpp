@@ -1,8 +1,6 @@
 #include "Tessarune/ui/desktop/DesktopSound.h"
 
-#include "Tessarune/platform/file-sound/FileSoundServer.h"
-#include "Tessarune/platform/media/FFmpegMediaFile.h"
-#include "Tessarune/platform/media/SwresampleConverter.h"
+#include "Tessarune/app/FileSound.h"
 #include "Tessarune/platform/pulse/PulseSoundServer.h"
 #include "TessaruneCore/text/Localization.h"
 
@@ -18,9 +16,8 @@ DesktopSound::DesktopSound(Host& host, std::optional<std::filesystem::path> file
         server_ = std::make_unique<PulseSoundServer>();
         return;
     }
-    server_ = std::make_unique<FileSoundServer>(
-        host, FileSoundServer::Media{openAwaitedFFmpegMediaFile, makeSwresampleConverter}, *file_,
-        FileSoundServer::Pace::realTime(),
+    server_ = FileSound::make(
+        host, *file_, FileSoundServer::Pace::realTime(),
         [onFinished = std::move(onFinished)](const std::exception_ptr&) { onFinished(); });
 }
 

@@ -1,0 +1,83 @@
+#include "Tessarune/ui/desktop/DesktopWelcome.h"
+
+#include "Tessarune/app/FileSound.h"
+
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+constexpr const char* seenKey = "welcomeSeen";
+
+/// Where it is missing, playing it says so.
+std::filesystem::path sampleOrNothing() {
+    try {
+        return FileSound::sample();
+    } catch (const std::exception&) {
+        return "sample speech";
+    }
+}
+
+} // namespace
+
+bool DesktopWelcome::isDue(const Application& application) {
+    return !application.storedDefaults.value(seenKey);
+}
+
+DesktopWelcome::DesktopWelcome(Application& application, const Published<bool>& reducesMotion,
+                               std::function<void()> onClose)
+    : application_(application),
+      onClose_(std::move(onClose)),
+      sound_(application.host, sampleOrNothing(), [] {}),
+      session_(application, sound_.server(), ListeningSession::Options{nullptr, true}),
+      sample_(sampleEnvironment(reducesMotion)),
+      window_({.host = application.host,
+               .settings = application.settings,
+               .speech = application.speechModels,
+               .languages = application.translationModels,
+               .playSample = [this] { return playSample(); },
+               .close = [this] { close(); }},
+              sample_) {}
+
+CaptionWindowEnvironment DesktopWelcome::sampleEnvironment(const Published<bool>& reducesMotion) {
+    return {.host = application_.host,
+            .settings = application_.settings,
+            .session = session_.store().view(),
+            .soundName = sound_.name(),
+            .notice = notice_,
+            .store = application_.storedDefaults,
+            .commands = {.retryTranslation = [] {}},
+            .reducesMotion = reducesMotion};
+}
+
+Task<std::string> DesktopWelcome::playSample() {
+    Task<std::string> connecting = sound_.connect();
+    std::string problem = co_await connecting;
+    if (!problem.empty() || !onClose_)
+        co_return problem;
+    // A session decides when it starts whether it is recorded.
+    const bool records = application_.recordsSessions();
+    application_.recordNothing();
+    Task<bool> starting = session_.listen(AudioSource::systemAudio());
+    const bool listens = co_await starting;
+    if (records) {
+        application_.endOverride(application_.settings.recordWhileCaptioning);
+        application_.endOverride(application_.settings.sessionDiagnosticsEnabled);
+    }
+    if (!listens)
+        problem = *session_.store().view().presentedError;
+    co_return problem;
+}
+
+void DesktopWelcome::close() {
+    const auto onClose = std::exchange(onClose_, {});
+    if (!onClose)
+        return;
+    application_.storedDefaults.set(seenKey, true);
+    window_.hide();
+    session_.store().stopListening(LiveSessionControlTrigger::programmatic());
+    onClose();
+}
+
+} // namespace tessarune

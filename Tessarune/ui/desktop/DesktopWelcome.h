@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Tessarune/app/Application.h"
+#include "Tessarune/app/ListeningSession.h"
+#include "Tessarune/ui/desktop/DesktopSound.h"
+#include "Tessarune/ui/welcome/WelcomeWindow.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace tessarune {
+
+/// The first start: the page, and a session over the sample speech whose captions it shows. Nothing
+/// of it is recorded. Main thread; the application outlives it.
+class DesktopWelcome {
+  public:
+    /// Whether the user has never seen it.
+    static bool isDue(const Application& application);
+
+    /// `onClose` is called once, when the user has seen enough.
+    DesktopWelcome(Application& application, const Published<bool>& reducesMotion,
+                   std::function<void()> onClose);
+    DesktopWelcome(const DesktopWelcome&) = delete;
+
+    void show() { window_.show(); }
+    /// Before a session of the user's begins.
+    void close();
+
+  private:
+    Task<std::string> playSample();
+    CaptionWindowEnvironment sampleEnvironment(const Published<bool>& reducesMotion);
+
+    Application& application_;
+    std::function<void()> onClose_;
+    DesktopSound sound_;
+    ListeningSession session_;
+    Published<std::string> notice_;
+    const CaptionWindowEnvironment sample_;
+    WelcomeWindow window_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,98 @@
+#pragma once
+
+#include "Tessarune/shell/AppSettings.h"
+#include "Tessarune/speech/SpeechModelManager.h"
+#include "Tessarune/translation/TranslationLanguages.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/host/Task.h"
+
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QVariantMap>
+#include <functional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// What the first page works with. All of it outlives the page.
+struct WelcomeEnvironment {
+    Host& host;
+    AppSettings& settings;
+    SpeechModelManager& speech;
+    TranslationLanguages& languages;
+    /// Begins to caption the sample; gives why it cannot, empty if it does.
+    std::function<Task<std::string>()> playSample;
+    /// The user has seen enough.
+    std::function<void()> close;
+};
+
+/// The page of the first start: the language to translate into, what has to be downloaded for it,
+/// and then captions of sample speech. Main thread.
+class WelcomeModel final : public QObject {
+    Q_OBJECT
+    /// The first is no translation at all.
+    Q_PROPERTY(QStringList languages READ languages CONSTANT)
+    Q_PROPERTY(int language READ language WRITE setLanguage NOTIFY changed)
+    Q_PROPERTY(QString downloads READ downloads NOTIFY changed)
+    /// "ask", "download" or "sample".
+    Q_PROPERTY(QString stage READ stage NOTIFY changed)
+    Q_PROPERTY(QString beginText READ beginText NOTIFY changed)
+    /// 0 to 1; below 0 while the size is unknown.
+    Q_PROPERTY(double progress READ progress NOTIFY changed)
+    Q_PROPERTY(bool isDownloading READ isDownloading NOTIFY changed)
+    Q_PROPERTY(QString problem READ problem NOTIFY changed)
+    Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
+
+  public:
+    explicit WelcomeModel(const WelcomeEnvironment& environment);
+
+    QStringList languages() const;
+    int language() const { return language_; }
+    void setLanguage(int index);
+    QString downloads() const;
+    QString stage() const;
+    QString beginText() const;
+    double progress() const;
+    bool isDownloading() const { return isDownloading_; }
+    QString problem() const { return QString::fromStdString(problem_); }
+    static QVariantMap texts();
+
+    /// Takes the choice, downloads what is missing, and shows the sample meanwhile.
+    Q_INVOKABLE void begin();
+    /// Skips whatever is left; what has arrived of a download stays for the next one.
+    Q_INVOKABLE void close();
+
+  Q_SIGNALS:
+    void changed();
+
+  private:
+    enum class Stage { ask, download, sample };
+    struct Missing {
+        std::string id;
+        std::uint64_t bytes = 0;
+    };
+
+    std::optional<Missing> missingSpeech() const;
+    std::optional<Missing> missingTranslation() const;
+    void applyLanguage();
+    Task<void> run();
+    Task<void> downloadSpeech();
+    Task<void> downloadTranslation();
+    void show(std::uint64_t received, std::uint64_t expected);
+    void enter(Stage stage);
+
+    const WelcomeEnvironment& environment_;
+    const std::vector<TranslationLanguageState> targets_; // those that can be had
+    int language_ = 0;
+    Stage stage_ = Stage::ask;
+    bool isDownloading_ = false;
+    std::uint64_t received_ = 0;
+    std::uint64_t expected_ = 0;
+    std::string problem_;
+    std::stop_source stop_;
+};
+
+} // namespace tessarune

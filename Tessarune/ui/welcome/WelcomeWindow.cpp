@@ -1,0 +1,49 @@
+#include "Tessarune/ui/welcome/WelcomeWindow.h"
+
+#include "Tessarune/ui/captions/CaptionWindow.h"
+#include "Tessarune/ui/controls/Controls.h"
+
+#include <QVariantMap>
+#include <utility>
+
+/// Outside of any namespace, as Qt wants it; a static library's files are found only when asked
+/// for.
+static void useWelcomeFiles() {
+    Q_INIT_RESOURCE(welcome);
+}
+
+namespace tessarune {
+
+namespace {
+
+void registerWelcomeTypes() {
+    static const bool once = [] {
+        useWelcomeFiles();
+        registerControls();
+        CaptionWindow::registerTypes();
+        qmlRegisterUncreatableType<WelcomeModel>("Tessarune", 1, 0, "WelcomeModel", {});
+        return true;
+    }();
+    Q_UNUSED(once);
+}
+
+} // namespace
+
+WelcomeWindow::WelcomeWindow(WelcomeEnvironment environment, const CaptionWindowEnvironment& sample)
+    : environment_(std::move(environment)), model_(environment_), stage_(sample) {
+    registerWelcomeTypes();
+    engine_.setInitialProperties(
+        {{"model", QVariant::fromValue(&model_)}, {"stage", QVariant::fromValue(&stage_)}});
+    engine_.load(QUrl(QStringLiteral("qrc:/welcome/WelcomeWindow.qml")));
+    if (engine_.rootObjects().isEmpty())
+        qFatal("the first page's files cannot be loaded");
+    window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
+}
+
+void WelcomeWindow::show() {
+    window_->show();
+    window_->raise();
+    window_->requestActivate();
+}
+
+} // namespace tessarune

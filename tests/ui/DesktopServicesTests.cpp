@@ -1,0 +1,108 @@
+#include "Tessarune/app/LoginItem.h"
+#include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "Tessarune/platform/qt-desktop/SleepWatch.h"
+#include "Tessarune/platform/qt-desktop/XDGDesktop.h"
+#include "Tessarune/platform/qt-host/QtHost.h"
+#include "tests/support/FileContents.h"
+#include "tests/support/MemoryUserDefaults.h"
+#include "tests/support/ProgramRun.h"
+#include "tests/ui/OffscreenApplication.h"
+
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <QDBusMessage>
+#include <QDBusVirtualObject>
+
+namespace tessarune {
+namespace {
+
+/// The system's login manager and the desktop's settings portal, as far as the program asks them.
+class ScriptedServices : public QDBusVirtualObject {
+  public:
+    QString introspect(const QString&) const override { return {}; }
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
+        if (message.member() == QLatin1String("Inhibit")) {
+            int ends[2];
+            if (pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0)
+                return false;
+            held = ends[0];
+            bus.send(message.createReply(QVariant::fromValue(QDBusUnixFileDescriptor(ends[1]))));
+            close(ends[1]);
+            return true;
+        }
+        return false;
+    }
+    /// Whether the program still holds its end.
+    bool isHeld() const {
+        char byte = 0;
+        return held >= 0 && read(held, &byte, 1) != 0;
+    }
+
+    int held = -1;
+};
+
+TEST(SleepWatch, TheComputerWaitsUntilEverythingIsOnTheDisk) {
+    offscreenApplication();
+    const testing::TemporaryFolder folder;
+    const testing::StartedProgram daemon(
+        "/usr/bin/dbus-daemon", {"--session", "--nofork", "--print-address=1"}, folder.path(), {});
+    ASSERT_TRUE(runUntil([&] { return daemon.output().find('\n') != std::string::npos; }));
+    const QString address = QString::fromStdString(daemon.output()).trimmed();
+    QDBusConnection manager = QDBusConnection::connectToBus(address, "manager");
+    ScriptedServices services;
+    manager.registerVirtualObject("/org/freedesktop/login1", &services);
+    ASSERT_TRUE(manager.registerService("org.freedesktop.login1"));
+
+    std::function<void()> ready;
+    int woken = 0;
+    const SleepWatch watch(
+        QDBusConnection::connectToBus(address, "program"),
+        {.willSleep = [&](std::function<void()> done) { ready = std::move(done); },
+         .didWake = [&] { ++woken; },
+         .willShutDown = {}});
+    ASSERT_TRUE(runUntil([&] { return services.isHeld(); }));
+    const auto announce = [&](bool sleeps) {
+        QDBusMessage signal = QDBusMessage::createSignal(
+            "/org/freedesktop/login1", "org.freedesktop.login1.Manager", "PrepareForSleep");
+        manager.send(signal << sleeps);
+    };
+    announce(true);
+    ASSERT_TRUE(runUntil([&] { return ready != nullptr; }));
+    EXPECT_TRUE(services.isHeld());
+    ready();
+    EXPECT_TRUE(runUntil([&] { return !services.isHeld(); }));
+    announce(false);
+    EXPECT_TRUE(runUntil([&] { return woken == 1 && services.isHeld(); }));
+}
+
+TEST(LoginItem, FollowsTheSettingAndTheDesktopsOwnSwitch) {
+    offscreenApplication();
+    const testing::TemporaryFolder folder;
+    qputenv("XDG_CONFIG_HOME", folder.path().c_str());
+    QtHost host;
+    PosixFileSystem files;
+    testing::MemoryUserDefaults defaults;
+    AppSettings settings(defaults);
+    XDGDesktop desktop(files, "an.id", "/opt/a \"b\"/tessarune");
+    const auto entry = folder / "autostart/an.id.desktop";
+    {
+        const LoginItem item(host, settings, desktop);
+        settings.launchAtLogin = true;
+        EXPECT_NE(testing::contentsOf(entry).find("Exec=\"/opt/a \\\\\"b\\\\\"/tessarune\""),
+                  std::string::npos)
+            << testing::contentsOf(entry);
+    }
+    files.writeAtomically(entry, testing::contentsOf(entry) + "Hidden=true\n");
+    const LoginItem item(host, settings, desktop);
+    EXPECT_FALSE(*settings.launchAtLogin) << "switched off by the desktop";
+    files.remove(entry);
+    files.writeAtomically(folder / "autostart/x", "");
+    settings.launchAtLogin = true;
+    settings.launchAtLogin = false;
+    EXPECT_FALSE(files.exists(entry));
+}
+
+} // namespace
+} // namespace tessarune
