@@ -3,6 +3,8 @@
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
+#include <algorithm>
+#include <charconv>
 #include <filesystem>
 
 namespace tessarune {
@@ -38,6 +40,26 @@ UsagePeriodKind usagePeriodKind(const std::string& word) {
     throw UsageProblem(localized("--by takes day, week or month, not '%@'.", {word}));
 }
 
+/// "90", "12.5", "1:30" or "1:02:03", in seconds.
+double checkedTime(const std::string& text) {
+    double seconds = 0;
+    std::size_t parts = 0;
+    for (std::size_t at = 0; at <= text.size(); ++parts) {
+        const std::size_t end = std::min(text.find(':', at), text.size());
+        const std::string part = text.substr(at, end - at);
+        double value = 0;
+        const auto [rest, error] = std::from_chars(part.data(), part.data() + part.size(), value,
+                                                   std::chars_format::fixed);
+        const bool isWhole = error == std::errc() && rest == part.data() + part.size();
+        if (!isWhole || !(value >= 0) || parts > 2 || (parts > 0 && value >= 60))
+            throw UsageProblem(
+                localized("--from takes seconds, MM:SS or HH:MM:SS, not '%@'.", {text}));
+        seconds = seconds * 60 + value;
+        at = end + 1;
+    }
+    return seconds;
+}
+
 } // namespace
 
 void HistoryOptions::declare(CommandOptions& options) {
@@ -47,6 +69,12 @@ void HistoryOptions::declare(CommandOptions& options) {
                   localized("Print a transcript, by its ID or the beginning of it"));
     options.words("--words", words_, "ID",
                   localized("Count the words of a transcript, with their meanings"));
+    CLI::Option* const plays = options.words(
+        "--play", play_, "ID",
+        localized("Hear one with its text: Space pauses, arrows and J, L go to another place, R "
+                  "repeats, + and - change the speed, Q ends"));
+    options.detailWord({plays}, "--from", from_, "TIME",
+                       localized("Where to begin: seconds, MM:SS or HH:MM:SS"));
     CLI::Option* const exports = options.words(
         "--export", export_, "ID", localized("Write a transcript or its sound to a file"));
     options.detailWord({exports}, "--format", format_, "FORMAT",
@@ -87,6 +115,8 @@ std::optional<HistoryCommand> HistoryOptions::command() const {
         return ShowRecordingCommand{show_};
     if (!words_.empty())
         return CountWordsCommand{words_};
+    if (!play_.empty())
+        return PlayCommand{play_, from_.empty() ? 0 : checkedTime(from_)};
     if (!export_.empty())
         return exportCommand();
     if (!note_.empty())

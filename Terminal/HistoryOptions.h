@@ -29,6 +29,10 @@ struct ExportRecordingCommand {
     std::string to; ///< empty: a name made from the note or the date; "-": standard output
     bool replaces = false;
 };
+struct PlayCommand {
+    std::string id;
+    double from = 0; ///< seconds
+};
 struct SetNoteCommand {
     std::string id;
     std::string note; ///< empty: none any more
@@ -55,7 +59,7 @@ struct ShowUsageCommand {
 using HistoryCommand =
     std::variant<ListRecordingsCommand, ShowRecordingCommand, ExportRecordingCommand,
                  SetNoteCommand, DeleteRecordingsCommand, CountWordsCommand, RefineCommand,
-                 ImportFilesCommand, SearchRecordingsCommand, ShowUsageCommand>;
+                 ImportFilesCommand, SearchRecordingsCommand, ShowUsageCommand, PlayCommand>;
 
 /// The part of the command line that asks for one of them.
 class HistoryOptions {
@@ -71,6 +75,8 @@ class HistoryOptions {
     bool list_ = false;
     std::string show_;
     std::string words_;
+    std::string play_;
+    std::string from_;
     std::string export_;
     std::string format_;
     std::string content_;

@@ -1,4 +1,5 @@
 #include "Terminal/CaptionOutput.h"
+#include "Terminal/RewrittenLines.h"
 #include "Terminal/TranslationNews.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/text/TextColumns.h"
@@ -18,9 +19,6 @@ namespace {
 
 constexpr std::string_view dim = "\033[2m";
 constexpr std::string_view plain = "\033[0m";
-constexpr std::string_view eraseBelow = "\033[J";
-constexpr std::string_view hideCursor = "\033[?25l";
-constexpr std::string_view showCursor = "\033[?25h";
 /// The live text takes at most this many lines; of a longer one the end is shown.
 constexpr std::size_t mostLiveLines = 6;
 constexpr std::size_t mostPreviewLines = 3;
@@ -59,12 +57,11 @@ Lines tail(Lines lines, std::size_t count) {
     return lines;
 }
 
-/// The lower part of a terminal, rewritten in place. Each change is one write, so that nothing
-/// flickers.
+/// Captions on a terminal: rows scroll up, and what may still change stands below them.
 class Screen {
   public:
     Screen(std::FILE* terminal, ScreenSizeSource size, bool quiet)
-        : terminal_(terminal), size_(std::move(size)), quiet_(quiet) {}
+        : lower_(terminal), size_(std::move(size)), quiet_(quiet) {}
 
     void update(const CaptionPicture& picture) {
         const ScreenSize size = size_();
@@ -101,7 +98,7 @@ class Screen {
     }
 
     void beginAnew() {
-        linesBelow_ = 0;
+        lower_.beginAnew();
         rewrite({}, shown_, size_().columns);
     }
 
@@ -110,7 +107,7 @@ class Screen {
         progress_.clear();
         update(picture);
         rewrite({}, {}, size_().columns);
-        write(showCursor);
+        lower_.showCursor();
     }
 
   private:
@@ -169,36 +166,21 @@ class Screen {
 
     /// Replaces the lower part by `settled`, which scrolls up from now on, and the lines of now.
     void rewrite(const Lines& settled, Lines lines, std::size_t width) {
-        std::string out(hideCursor);
-        if (linesBelow_ > 1)
-            out += "\033[" + std::to_string(linesBelow_ - 1) + "A";
-        out += "\r";
-        out += eraseBelow;
-        for (const std::string& line : settled)
-            out += line + "\n";
         Lines below = lines;
         if (!progress_.empty())
             append(below, dimmed({progress_}));
-        out += Text::joined(below, "\n");
-        linesBelow_ = below.size();
+        lower_.rewrite(settled, below);
         shown_ = std::move(lines);
         width_ = width;
-        write(out);
     }
 
-    void write(std::string_view bytes) const {
-        std::fwrite(bytes.data(), 1, bytes.size(), terminal_);
-        std::fflush(terminal_);
-    }
-
-    std::FILE* terminal_;
+    RewrittenLines lower_;
     ScreenSizeSource size_;
     bool quiet_;
     std::size_t printed_ = 0; // rows that have scrolled up
     TranslationNews news_;
-    Lines shown_;                // the part that is rewritten
-    std::string progress_;       // stands under it
-    std::size_t linesBelow_ = 0; // of both
+    Lines shown_;          // the part that is rewritten
+    std::string progress_; // stands under it
     std::size_t width_ = 0;
 };
 

@@ -1,5 +1,6 @@
 #include "Terminal/TerminalCursor.h"
 
+#include <termios.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -14,6 +15,8 @@ constexpr std::string_view shownAgain = "\033[0m\033[?25h\r\n";
 
 std::atomic<int> guarded = noTerminal;
 std::atomic<bool> paused = false;
+std::atomic<int> keysOf = noTerminal; ///< while they are taken
+termios keyboard{};                   ///< as it was before
 
 } // namespace
 
@@ -25,7 +28,31 @@ void release() {
     guarded = noTerminal;
 }
 
+bool isInForeground(int descriptor) noexcept {
+    return ::tcgetpgrp(descriptor) == ::getpgrp();
+}
+
+void takeKeys(int descriptor) {
+    // Whoever changes the terminal from the background is stopped for it.
+    if (keysOf != noTerminal || !isInForeground(descriptor) ||
+        ::tcgetattr(descriptor, &keyboard) != 0)
+        return;
+    termios single = keyboard;
+    single.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+    single.c_cc[VMIN] = 1;
+    single.c_cc[VTIME] = 0;
+    keysOf = descriptor;
+    ::tcsetattr(descriptor, TCSADRAIN, &single);
+}
+
+void releaseKeys() noexcept {
+    const int descriptor = keysOf.exchange(noTerminal);
+    if (descriptor != noTerminal && isInForeground(descriptor))
+        ::tcsetattr(descriptor, TCSANOW, &keyboard);
+}
+
 void restore() noexcept {
+    releaseKeys();
     const int terminal = guarded;
     if (terminal != noTerminal)
         (void)!::write(terminal, shownAgain.data(), shownAgain.size());

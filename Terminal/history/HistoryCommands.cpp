@@ -2,6 +2,7 @@
 
 #include "Terminal/history/ExportCommand.h"
 #include "Terminal/history/ImportCommand.h"
+#include "Terminal/history/PlayCommand.h"
 #include "Terminal/history/RecordingChanges.h"
 #include "Terminal/history/RecordingCommands.h"
 #include "Terminal/history/RefineCommand.h"
@@ -28,6 +29,9 @@ struct HistoryDispatch {
     }
     Task<int> operator()(const ExportRecordingCommand& command) const {
         return exportRecording(program, options, command);
+    }
+    Task<int> operator()(const PlayCommand& command) const {
+        return playRecording(program, options, command);
     }
     Task<int> operator()(const SetNoteCommand& command) const {
         return setNote(program, options, command);

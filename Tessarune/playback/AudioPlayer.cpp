@@ -245,12 +245,11 @@ void AudioPlayer::take(const PlaybackProgress& progress) {
     // What was playing before a seek, or before another recording, says nothing.
     if (!*isPlaying || needsSchedule_ || progress.token != scheduleToken_)
         return;
-    publish(problem, progress.problem);
-    if (progress.isOver) {
+    if (progress.isOver)
         finish(progress);
-        return;
-    }
-    publish(currentTime, progress.position);
+    else
+        publish(currentTime, progress.position);
+    publish(problem, progress.problem);
 }
 
 /// As far as it was to go: to the end of the sentence, or of the recording.

@@ -86,6 +86,8 @@ TEST(TerminalOptionsTests, RefusesWhatMakesNoSenseAndSaysWhy) {
         {{"--json", "stray\033[2J"}, "stray\uFFFD[2J"},
         {{"--source", "mic", "--source", "system"}, "--source is given more than once"},
         {{"--json", "--show"}, "--show needs a value"},
+        {{"--play", "AB", "--from", "1:75"}, "1:75"},
+        {{"--from", "10"}, "--play"},
         {{"--model"}, "--model needs a value"},
         {{"--fast=please"}, "--fast takes no value"},
         {{"--set", "=1"}, "=1"},

@@ -132,7 +132,8 @@ void ShortcutsModel::press(int key, int modifiers) {
     if (recording_ < 0 || isModifier(key))
         return;
     const int row = std::exchange(recording_, -1);
-    const auto keys = storedKeys(key, Qt::KeyboardModifiers::fromInt(modifiers));
+    const auto keys = storedKeys(
+        key, Qt::KeyboardModifiers::fromInt(static_cast<Qt::KeyboardModifiers::Int>(modifiers)));
     if (keys && key != Qt::Key_Escape) {
         ShortcutSetting& shortcut = rows_[static_cast<std::size_t>(row)].shortcut;
         shortcut.modifiers = keys->modifiers;

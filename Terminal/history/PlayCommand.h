@@ -1,0 +1,12 @@
+#pragma once
+
+#include "Terminal/Program.h"
+#include "TessaruneCore/host/Task.h"
+
+namespace tessarune {
+
+/// Plays a recording to its end or until it is interrupted, and shows what is heard; at a terminal
+/// keys control it. Gives the status to end with. Main queue.
+Task<int> playRecording(Program& program, const TerminalOptions& options, PlayCommand command);
+
+} // namespace tessarune
