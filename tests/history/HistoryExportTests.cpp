@@ -114,7 +114,7 @@ TEST(HistorySubtitlesTests, CuesKeepTheirBoundsWhateverIsInTheTimeline) {
         double at = 0;
         const auto text = [&] {
             std::string made;
-            for (unsigned i = 0, count = 1 + below(40); i < count; ++i)
+            for (auto left = 1 + below(40); left > 0; --left)
                 made += (made.empty() ? "" : " ") + words[below(6)];
             return made;
         };
@@ -122,7 +122,7 @@ TEST(HistorySubtitlesTests, CuesKeepTheirBoundsWhateverIsInTheTimeline) {
             const std::string source = text();
             document.text += source + (seed % 3 == 0 ? "\n" : "\n" + text() + "\n\n");
             all += source;
-            const double end = at + below(300) / 10.0;
+            const double end = at + static_cast<double>(below(300)) / 10.0;
             if (row < 7)
                 document.sentenceTimings.push_back(
                     {source, below(9) == 0 ? -1e308 : at, end, {}, ""});
