@@ -135,7 +135,7 @@ int main() {
     using namespace tessarune;
     std::map<std::size_t, Captions> sessions;
     std::printf("%-24s", "committed rows");
-    for (const std::size_t rows : {10, 1000, 10000}) {
+    for (const std::size_t rows : {10U, 1000U, 10000U}) {
         sessions.try_emplace(rows, rows);
         std::printf("%9zu   ", rows);
     }
