@@ -31,6 +31,7 @@ void CommandOptions::refuseClashes(const std::vector<CLI::Option*>& captions) co
         if (!isGiven(option) || std::ranges::any_of(owners, isGiven))
             continue;
         std::vector<std::string> names;
+        names.reserve(owners.size());
         for (const CLI::Option* owner : owners)
             names.push_back(owner->get_name());
         throw UsageProblem(

@@ -43,10 +43,10 @@ std::filesystem::path SessionDiagnosticsRecorder::makeRunDirectory(double wallCl
     const auto folder = environment_.paths.diagnostics();
     std::filesystem::path directory = folder / name;
     for (int number = 2; environment_.files.exists(directory); ++number) {
-        const std::string suffix = number <= lastNumber
-                                       ? std::to_string(number)
-                                       : UUID::random().text().substr(0, idCharacters);
-        directory = folder / (name + "-" + suffix);
+        directory = folder / name;
+        directory += "-";
+        directory += number <= lastNumber ? std::to_string(number)
+                                          : UUID::random().text().substr(0, idCharacters);
     }
     environment_.files.createDirectories(directory / "events");
     return directory;

@@ -34,7 +34,7 @@ double startOfDay(int year, int month, int day) {
     local.tm_mday = day;
     local.tm_isdst = -1;
     // For a midnight that does not exist or comes twice the library may be off by the change.
-    constexpr std::time_t step = 15 * 60;
+    constexpr std::time_t step = 15L * 60;
     std::tm wanted = local;
     wanted.tm_hour = 12;
     std::mktime(&wanted); // a day that exists

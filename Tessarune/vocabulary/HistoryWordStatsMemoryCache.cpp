@@ -11,7 +11,7 @@ HistoryWordStatsCacheKey HistoryWordStatsCacheKey::of(std::optional<UUID> record
                                                       int sentenceCount,
                                                       std::optional<double> durationSeconds) {
     constexpr double millisecondsASecond = 1000;
-    return {std::move(recordingID), std::hash<std::string_view>()(sourceText), sourceText.size(),
+    return {recordingID, std::hash<std::string_view>()(sourceText), sourceText.size(),
             sentenceCount, std::llround(durationSeconds.value_or(0) * millisecondsASecond)};
 }
 

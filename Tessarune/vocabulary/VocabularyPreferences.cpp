@@ -13,6 +13,7 @@ template <typename Choices>
 auto storedWords(const Choices& choices) {
     using Choice = typename Choices::value_type::first_type;
     std::vector<std::pair<Choice, std::string>> words;
+    words.reserve(choices.size());
     for (const auto& [choice, word] : choices)
         words.emplace_back(choice, std::string(word));
     return wordCodec(std::move(words));

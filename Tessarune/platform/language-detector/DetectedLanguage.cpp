@@ -8,7 +8,7 @@ namespace tessarune {
 
 std::optional<std::string> detectedLanguage(std::string_view text) {
     // More than is needed to tell, and what a long transcript has to cost.
-    constexpr std::size_t longestSample = 64 * 1024;
+    constexpr std::size_t longestSample = 64UL * 1024;
     bool isReliable = false;
     int validBytes = 0;
     const std::string_view sample = Text::withoutCutCharacter(text.substr(0, longestSample));

@@ -101,7 +101,7 @@ class Surroundings {
 std::filesystem::path program() {
     std::error_code failed;
     const auto self = std::filesystem::read_symlink("/proc/self/exe", failed);
-    const std::filesystem::path found = self.parent_path() / "tessarune-pdf";
+    std::filesystem::path found = self.parent_path() / "tessarune-pdf";
     if (failed || !std::filesystem::exists(found, failed))
         throw std::runtime_error(
             localized("缺少 tessarune-pdf，它随带窗口的 Tessarune 一起安装。"));

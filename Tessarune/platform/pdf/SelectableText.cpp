@@ -146,6 +146,7 @@ void SelectableText::drawPictures(QPainter& painter, const QGlyphRun& run, QPoin
 
 QByteArray SelectableText::madeSelectable(const QByteArray& pdf) const {
     std::vector<PDFUnicodeMaps::Map> maps;
+    maps.reserve(faces_.size());
     for (const Face& face : faces_)
         maps.push_back(face.texts);
     return PDFUnicodeMaps::replaced(pdf, maps);

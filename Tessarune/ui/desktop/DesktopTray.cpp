@@ -45,12 +45,12 @@ void logIcon(std::string_view which) {
 }
 
 QIcon trayIcon(const std::filesystem::path& pictures) {
-    if (const QIcon custom(QString::fromStdString((pictures / customPicture).string()));
+    if (QIcon custom(QString::fromStdString((pictures / customPicture).string()));
         !custom.availableSizes().isEmpty()) {
         logIcon("custom image MenuBarIcon.png");
         return custom;
     }
-    if (const QIcon installed = QIcon::fromTheme(QString::fromUtf8(TessaruneLog::subsystem));
+    if (QIcon installed = QIcon::fromTheme(QString::fromUtf8(TessaruneLog::subsystem));
         !installed.isNull()) {
         logIcon("the desktop's icon of the program");
         return installed;
