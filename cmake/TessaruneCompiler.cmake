@@ -17,6 +17,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # GCC 12 reports these inside its own standard library once coroutines and -O2 meet.
   target_compile_options(tessarune-options INTERFACE
     -Wno-maybe-uninitialized -Wno-dangling-pointer -Wno-restrict -Wno-subobject-linkage)
+  # An initializer that names members leaves the others at their defaults on purpose.
+  target_compile_options(tessarune-options INTERFACE -Wno-missing-field-initializers)
 else()
   # The marks are those of TessaruneCore/host/Mutex.h. GCC's conversion warning asks for casts
   # where nothing can be lost.
