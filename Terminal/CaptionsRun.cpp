@@ -39,7 +39,7 @@ class CaptionsRun {
     Task<void> run();
     /// Ends the session in order.
     void interrupt();
-    /// After the terminal was somebody else's for a while.
+    /// Redraws after another program used the terminal.
     void beginAnew() { output_.beginAnew(); }
     /// What would make the saved transcript better, if there is such a thing and if somebody sees
     /// how far it gets.

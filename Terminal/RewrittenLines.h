@@ -16,7 +16,7 @@ class RewrittenLines {
 
     /// Replaces the lower part by `settled`, which scrolls up from now on, and the lines of now.
     void rewrite(const Lines& settled, const Lines& below);
-    /// After the terminal was somebody else's: what stands there stays.
+    /// After another program used the terminal: keeps what is on the screen and writes below it.
     void beginAnew() { linesBelow_ = 0; }
     void showCursor();
 

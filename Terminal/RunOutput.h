@@ -30,7 +30,7 @@ class RunOutput {
     void progress(const std::string& text);
     /// What the user must know, also with `--quiet`.
     void warn(const std::string& text) const;
-    /// After the terminal was somebody else's for a while.
+    /// Redraws after another program used the terminal.
     void beginAnew() { captions_.beginAnew(); }
 
     /// The last picture, if there is one, and why the run failed, if it did. Goes on when all has

@@ -33,7 +33,7 @@ bool isInForeground(int descriptor) noexcept {
 }
 
 void takeKeys(int descriptor) {
-    // Whoever changes the terminal from the background is stopped for it.
+    // A background process that changes the terminal is stopped by SIGTTOU.
     if (keysOf != noTerminal || !isInForeground(descriptor) ||
         ::tcgetattr(descriptor, &keyboard) != 0)
         return;

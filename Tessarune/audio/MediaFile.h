@@ -37,8 +37,8 @@ class MediaFileError : public std::runtime_error {
 /// decoded.
 ///
 /// Used by one thread at a time; reading and seeking wait for the disk. Memory does not grow with
-/// the file. Small damage is skipped as players do; a file that gives nothing more throws
-/// `damaged`.
+/// the file. Skips small damage as players do; throws `damaged` where nothing more can be
+/// decoded.
 class MediaFile {
   public:
     /// The longest block that `read` gives.

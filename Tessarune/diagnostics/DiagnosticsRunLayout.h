@@ -6,8 +6,8 @@
 #include <string_view>
 #include <vector>
 
-/// What a diagnostics run consists of: the one table from which manifests take their descriptions
-/// and docs/diagnostics.md its contents. Pure.
+/// What a diagnostics run consists of: the one table from which manifests take their descriptions.
+/// Pure.
 namespace tessarune::DiagnosticsRunLayout {
 
 inline constexpr std::int64_t schemaVersion = 3;

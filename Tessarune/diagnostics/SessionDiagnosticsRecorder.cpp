@@ -156,7 +156,8 @@ void SessionDiagnosticsRecorder::announce(const std::filesystem::path& directory
         environment_.notifications->post(diagnosticsRunDidUpdate, directory);
 }
 
-/// The session records: whoever deletes that recording, even after a crash, finds this run.
+/// Writes the recording's ID into the manifest now, so that deleting the recording also finds the
+/// run of a session that crashed.
 void SessionDiagnosticsRecorder::noteRecording(const RecordingMetadata& recording) {
     if (!run_)
         return;

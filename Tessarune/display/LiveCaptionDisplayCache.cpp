@@ -105,7 +105,7 @@ bool LiveCaptionDisplayCache::appendSourceRowsIfPossible(const Captions& caption
     }
     mergedBilingual_.patchAfterAppend(sourceTextRows_, oldRowCount);
     ++sourceRevision_;
-    // With cleared rows it counts as making all anew, and costs no more than an append.
+    // With cleared rows this counts as a full rebuild, although it costs no more than an append.
     ++(captions.clearedSegmentIDs.empty() ? sourceAppendUpdateCount_ : sourceFullRebuildCount_);
     return true;
 }

@@ -16,7 +16,7 @@ namespace {
 using Content = HistoryTranscriptExportContent;
 
 constexpr double longestCue = static_cast<double>(longestCueMS) / 1000;
-/// What a reader takes in of a cue while it stands there.
+/// Reading speed: how fast a cue's text can be read while it is shown.
 constexpr double columnsPerSecond = 20;
 
 /// A stretch of the spoken text that can stand on the screen at once.

@@ -76,7 +76,7 @@ void spread(std::vector<SpokenRow>& rows, std::size_t from, double duration) {
     }
 }
 
-/// A unit's translation stands in its last row; those before it belong to it.
+/// Joins the rows of each translated unit, whose last row holds the translation.
 std::vector<SpokenRow> joined(std::vector<SpokenRow> rows) {
     std::vector<SpokenRow> units;
     bool isOpen = false;

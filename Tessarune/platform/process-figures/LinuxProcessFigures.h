@@ -6,8 +6,8 @@
 
 namespace tessarune {
 
-/// The figures of /proc/self, /sys and the C library. See docs/diagnostics.md for what stands where
-/// Linux knows no such thing.
+/// The figures of /proc/self, /sys and the C library. A figure that Linux does not have is
+/// "unknown", or the nearest one that it has.
 class LinuxProcessFigures final : public ProcessFigures {
   public:
     /// The running program's file; empty if it cannot be found out.
