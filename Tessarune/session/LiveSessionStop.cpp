@@ -45,7 +45,7 @@ void LiveSessionStop::request(const LiveSessionControlTrigger& trigger) {
     store_.inactivity_.stop();
     store_.core_.cancelPendingPartial();
     store_.durationClock_.stop();
-    store_.updateVisibleSourceTextFlag();
+    store_.texts_.updateVisibleSourceTextFlag();
     isFinalizing_ = true;
     task_ = spawn(Executor::main(store_.host()), run(store_.weak_from_this(), ++number_));
 }
@@ -113,7 +113,7 @@ void LiveSessionStop::sealLiveIntoCommitted() {
         store_.recordingTracker_.journal(store_.core_, std::span(rows).subspan(before));
         store_.environment_.translation->startCommittedRun();
     }
-    store_.updateLiveHistoryTextIfNeeded(true);
+    store_.texts_.updateLiveHistoryTextIfNeeded(true);
     store_.refreshCaptionDisplay("listen.stop.seal");
     LogFields fields = log().elapsed(step.startedAt);
     fields.add("committedSegments", std::ssize(*store_.core_.committedSegments))
@@ -191,7 +191,8 @@ bool LiveSessionStop::persistTranscript() {
     const auto timeline = HistoryWordTimeline::build(
         recording.currentStartedAt(), *store_.environment_.settings.selectedRecognitionOptionID,
         *store_.core_.committedSegments, store_.core_.wordEvents());
-    const TranscriptSnapshot texts = store_.textsToSave();
+    const TranscriptSnapshot texts = store_.texts_.savedTexts();
+    store_.texts_.noteSaved();
     const bool persisted =
         recording.saveTranscripts(texts.sourceText, texts.bilingualText, timeline);
     if (!persisted) {
@@ -246,7 +247,7 @@ void LiveSessionStop::returnToIdle(bool transcriptPersisted, bool translationCom
     store_.applySessionTransition(store_.sessionState_.stopFinished());
     if (!transcriptPersisted)
         store_.view_.status = SessionStatus{SessionStatus::Kind::transcriptNotSaved};
-    store_.updateVisibleSourceTextFlag();
+    store_.texts_.updateVisibleSourceTextFlag();
     store_.refreshCaptionDisplay(transcriptPersisted ? "listen.stop.finished"
                                                      : "listen.stop.transcriptPersist.failed");
 }

@@ -153,8 +153,8 @@ void LiveTranscriptStore::applyRecognition(const ASREvent& event) {
     const double ingest = now() - ingestedFrom;
     pipelinePerf_.coreIngestBusySeconds += ingest;
     pipelinePerf_.coreIngestMaxMS = std::max(pipelinePerf_.coreIngestMaxMS, ingest * 1000);
-    updateVisibleSourceTextFlag();
-    updateLiveHistoryTextIfNeeded(isFinal);
+    texts_.updateVisibleSourceTextFlag();
+    texts_.updateLiveHistoryTextIfNeeded(isFinal);
     refreshCaptionDisplay(isFinal ? "asr.final" : "asr.partial");
     const double busy = now() - before;
     pipelinePerf_.asrMainBusySeconds += busy;
@@ -167,7 +167,7 @@ void LiveTranscriptStore::handleGuessWithdrawn() {
     if (!*view_.isListening && *view_.sessionPhase != LiveSessionPhase::stopping)
         return;
     core_.withdrawOpenText();
-    updateVisibleSourceTextFlag();
+    texts_.updateVisibleSourceTextFlag();
     refreshCaptionDisplay("asr.withdrawn");
 }
 
@@ -234,7 +234,7 @@ void LiveTranscriptStore::handleActivity(CaptionCore::Activity activity) {
         SessionStatus{isInterrupted ? SessionStatus::Kind::interrupted : SessionStatus::Kind::none};
     if (activity != CaptionCore::Activity::partialDeduped)
         view_.isTranslationVisible = false;
-    updateVisibleSourceTextFlag();
+    texts_.updateVisibleSourceTextFlag();
     refreshCaptionDisplay("core.activity");
 }
 

@@ -4,7 +4,6 @@
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
-#include "TessaruneCore/translation/TranslationPresentationBuilder.h"
 
 #include <utility>
 
@@ -166,18 +165,14 @@ void LiveTranscriptStore::resetTranscriptForNewSession() {
     message_.forget();
     isCaptureInterrupted_ = false;
     core_.reset(now());
-    view_.clearedSegmentIDs = std::unordered_set<UUID>();
     core_.resetCounters();
     recordingTracker_.reset();
     view_.latestBoundarySummary = std::string("—");
     inactivity_.forget();
-    savedTranslations_ = 0;
     view_.isTranslationOver = false;
     pipelinePerf_ = LiveCaptionPerfCounters();
     display_.resetPerfCounters();
-    view_.liveHistoryText = std::string();
-    liveHistory_.builtAt = 0;
-    updateVisibleSourceTextFlag();
+    texts_.beginSession();
     refreshCaptionDisplay("session.reset");
 }
 
@@ -201,10 +196,7 @@ void LiveTranscriptStore::finishDiagnosticsSnapshot() {
     if (id && environment_.catalog.wasDeleted(*id)) {
         diagnostics.discardCurrentRun(); // what the user deleted leaves no words behind
     } else {
-        TranscriptSnapshot texts = exportTranscriptSnapshot();
-        if (TranslationPresentationBuilder::translatedCount(*core_.committedSegments) == 0)
-            texts.bilingualText.clear();
-        diagnostics.finish({std::move(texts), mergedLivePerfStats(), recording});
+        diagnostics.finish({texts_.savedTexts(), mergedLivePerfStats(), recording});
     }
     view_.isDiagnosticsRunning = diagnostics.isRunning();
 }
@@ -284,7 +276,7 @@ void LiveTranscriptStore::recognitionOptionChanged(const std::string& id) {
     environment_.translation->cancelGhostTranslation();
     core_.resetFreezeState();
     message_.present(localized("正在切换识别模型…"), now());
-    updateVisibleSourceTextFlag();
+    texts_.updateVisibleSourceTextFlag();
     refreshCaptionDisplay("recognition.optionSwitch");
     spawn(Executor::main(host()), runSwap(weak_from_this(), startNumber_, hadRun));
 }

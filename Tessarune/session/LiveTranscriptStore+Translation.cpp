@@ -1,5 +1,4 @@
 #include "Tessarune/session/LiveTranscriptStore.h"
-#include "TessaruneCore/translation/TranslationPresentationBuilder.h"
 
 #include <vector>
 
@@ -27,22 +26,12 @@ void LiveTranscriptStore::appendTranslationObservation(const TranslationObservat
     environment_.diagnostics->appendTranslation(observation);
 }
 
-/// As they are saved: a text without any translation is no bilingual one.
-TranscriptSnapshot LiveTranscriptStore::textsToSave() {
-    TranscriptSnapshot texts = exportTranscriptSnapshot();
-    savedTranslations_ = TranslationPresentationBuilder::translatedCount(*core_.committedSegments);
-    if (savedTranslations_ == 0)
-        texts.bilingualText.clear();
-    return texts;
-}
-
 void LiveTranscriptStore::updatePersistedTranscriptIfStopped() {
-    // Translations that were taken away stay saved until others have come in their place.
-    if (*view_.isListening || TranslationPresentationBuilder::translatedCount(
-                                  *core_.committedSegments) < savedTranslations_)
+    if (*view_.isListening || texts_.hasFewerTranslationsThanSaved())
         return;
     using Outcome = RecordingTranscriptSaveOutcome;
-    const TranscriptSnapshot texts = textsToSave();
+    const TranscriptSnapshot texts = texts_.savedTexts();
+    texts_.noteSaved();
     const Outcome outcome =
         recordingTracker_.updateLastSavedTranscripts(texts.sourceText, texts.bilingualText);
     if (outcome == Outcome::saved)

@@ -42,7 +42,8 @@ LiveTranscriptStore::LiveTranscriptStore(LiveSessionEnvironment environment)
                         environment_.speech.logger),
       stop_(*this),
       inactivity_(host(), log_),
-      durationClock_(host()) {}
+      durationClock_(host()),
+      texts_(host(), core_, message_, view_, pipelinePerf_) {}
 
 LiveTranscriptStore::~LiveTranscriptStore() {
     environment_.translation->shutDown();
@@ -55,6 +56,23 @@ PerfStats LiveTranscriptStore::mergedLivePerfStats() const {
     merged.merge(pipelinePerf_.stats());
     merged.merge(display_.perfStats());
     return merged;
+}
+
+void LiveTranscriptStore::refreshCaptionDisplay(const std::string& reason,
+                                                const LiveCaptionDisplayTranslationPatch* patch) {
+    display_.refresh(reason, view_, patch);
+}
+
+void LiveTranscriptStore::showError(const std::string& message) {
+    message_.present(message, now());
+    view_.presentedError = message;
+    refreshCaptionDisplay("error.presentation");
+}
+
+void LiveTranscriptStore::clearCaptions() {
+    texts_.clear();
+    environment_.translation->cancelGhostTranslation();
+    refreshCaptionDisplay("captions.clear");
 }
 
 void LiveTranscriptStore::refreshInputDevices() {

@@ -3,7 +3,6 @@
 #include "Tessarune/session/LiveCaptionDisplay.h"
 #include "Tessarune/session/LiveCaptionMessage.h"
 #include "Tessarune/session/LiveCaptionPerfCounters.h"
-#include "Tessarune/session/LiveHistoryText.h"
 #include "Tessarune/session/LiveRecordingTracker.h"
 #include "Tessarune/session/LiveSessionControlTrigger.h"
 #include "Tessarune/session/LiveSessionEnvironment.h"
@@ -12,8 +11,8 @@
 #include "Tessarune/session/SessionDurationClock.h"
 #include "Tessarune/session/SessionInactivityStop.h"
 #include "Tessarune/session/SessionLog.h"
+#include "Tessarune/session/SessionTexts.h"
 #include "Tessarune/session/SessionView.h"
-#include "Tessarune/session/TranscriptSnapshot.h"
 #include "TessaruneCore/CaptionCore.h"
 #include "TessaruneCore/observation/Observations.h"
 
@@ -49,9 +48,7 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     const LiveRecordingTracker& recordingTracker() const { return recordingTracker_; }
     /// A stop is under way. It ends in the phase `idle`, whatever fails.
     bool isStopping() const { return stop_.isRunning(); }
-    TranscriptSnapshot exportTranscriptSnapshot() const;
-    /// Without what the user cleared.
-    TranscriptSnapshot visibleText() const;
+    const SessionTexts& texts() const { return texts_; }
     PerfStats mergedLivePerfStats() const;
 
     // Commands
@@ -100,7 +97,6 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     void setStatusMessage(const std::string& text) override;
     void updatePersistedTranscriptIfStopped() override;
     void appendTranslationObservation(const TranslationObservation& observation) override;
-    TranscriptSnapshot textsToSave();
 
     // LiveTranscriptStore+Callbacks.cpp
     void observeSettings();
@@ -129,10 +125,6 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     static Task<void> runSwap(WeakSelf weak, std::uint64_t session, bool hadRun);
     void applySessionTransition(const std::optional<LiveSessionTransition>& transition);
 
-    // LiveTranscriptStore+Display.cpp
-    void updateVisibleSourceTextFlag();
-    void updateLiveHistoryTextIfNeeded(bool force);
-
     Host& host() const { return environment_.speech.host; }
     double now() const { return host().now(); }
 
@@ -151,9 +143,8 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     SessionInactivityStop inactivity_;
     SessionDurationClock durationClock_;
     LiveCaptionPerfCounters pipelinePerf_;
-    LiveHistoryText liveHistory_;
-    std::size_t savedTranslations_ = 0; // rows that had one when they were saved
-    Observations observations_;         // of settings
+    SessionTexts texts_;
+    Observations observations_; // of settings
 };
 
 } // namespace tessarune

@@ -205,7 +205,7 @@ TEST_F(LiveTranscriptStoreStopTests, MessagesAreNotSaved) {
     begin();
     session.say(true, "Said.");
     session.store->showError("录音写入失败：x");
-    EXPECT_EQ(session.store->exportTranscriptSnapshot().sourceText, "Said.");
+    EXPECT_EQ(session.store->texts().exportTranscriptSnapshot().sourceText, "Said.");
     endAndWait();
     EXPECT_EQ(session.transcript(recording().id), "Said.");
 }
@@ -221,7 +221,7 @@ TEST_F(LiveTranscriptStoreStopTests, WhatIsClearedLeavesTheScreenAndIsSaved) {
     session.say(true, "Two follows.");
     session.store->clearCaptions(); // before the next sentence has begun
     session.say(true, "Three stays.");
-    EXPECT_EQ(session.store->visibleText().sourceText, "Three stays.");
+    EXPECT_EQ(session.store->texts().visibleText().sourceText, "Three stays.");
     endAndWait();
     EXPECT_EQ(session.transcript(recording().id), "One is said.\nTwo follows.\nThree stays.");
 }

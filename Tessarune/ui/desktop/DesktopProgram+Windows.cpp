@@ -48,7 +48,7 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
             .refreshInputDevices = [this] { store().refreshInputDevices(); },
             .retryTranslation = [this] { session_.translation().retryIncompleteTranslations(); },
             .clearCaptions = [this] { store().clearCaptions(); },
-            .visibleText = [this] { return store().visibleText(); },
+            .visibleText = [this] { return store().texts().visibleText(); },
             .dismissNotice = [this] { notice_ = std::string(); },
             .close = [this] { closeWindow(); },
             .toggleWindow = [this] { toggleWindow(); },

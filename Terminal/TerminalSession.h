@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Terminal/CaptionSound.h"
+#include "Terminal/EventLogFile.h"
+#include "Terminal/Program.h"
+#include "Terminal/RecogniserDelay.h"
+#include "Terminal/RunOutput.h"
+#include "Terminal/RunTranslation.h"
+#include "Terminal/SessionNews.h"
+#include "Tessarune/app/ListeningSession.h"
+#include "TessaruneCore/host/OneShot.h"
+
+#include <exception>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace tessarune {
+
+/// One listening session as the terminal shows it: its sound, its captions, its event log and what
+/// the user is told of them. Main queue; the program outlives it.
+class TerminalSession {
+  public:
+    TerminalSession(Program& program, const TerminalOptions& options, CaptionsCommand command);
+    TerminalSession(const TerminalSession&) = delete;
+
+    /// Opens the source and checks what the session needs; false if it was interrupted. Throws
+    /// RunFailure.
+    Task<bool> open();
+    /// The program's own sample speech is heard, and nothing of the user's.
+    bool isDemo() const { return sound_.isDemo(); }
+    /// From the first sound to the saved session. Throws RunFailure.
+    Task<void> run();
+    /// Ends the session in order.
+    void interrupt();
+    /// Redraws after another program used the terminal.
+    void redraw() { output_.beginAnew(); }
+    /// What would make the saved transcript better, if there is such a thing.
+    const std::optional<HistoryRefinementRequest>& refinement() const { return refinement_; }
+    /// The last words, and why the run failed, if it did. Gives the status to end with.
+    Task<ExitStatus> finish(ExitStatus status, std::string problem);
+
+  private:
+    void checkEventLog();
+    void makeSession();
+    Task<void> startListening();
+    void watchDelay();
+    void update();
+    void handlePhase(LiveSessionPhase phase);
+    void endWith(std::exception_ptr failure);
+    std::string silenceHint() const;
+
+    void say(const std::string& text) const { output_.say(text); }
+    LiveTranscriptStore& store() { return session_->store(); }
+
+    Program& program_;
+    const CaptionsCommand command_;
+    RunOutput output_;
+    RunTranslation translation_;
+    CaptionSound sound_;
+    std::optional<EventLogFile> eventLog_;
+    std::unique_ptr<ListeningSession> session_;
+    std::unique_ptr<SessionNews> news_;
+    std::unique_ptr<RecogniserDelay> delay_;
+    std::optional<HistoryRefinementRequest> refinement_;
+    OneShot<std::exception_ptr> ended_; ///< null for a good end
+    bool interrupted_ = false;
+};
+
+} // namespace tessarune

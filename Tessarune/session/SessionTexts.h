@@ -1,0 +1,54 @@
+#pragma once
+
+#include "Tessarune/session/LiveCaptionMessage.h"
+#include "Tessarune/session/LiveCaptionPerfCounters.h"
+#include "Tessarune/session/LiveHistoryText.h"
+#include "Tessarune/session/SessionView.h"
+#include "Tessarune/session/TranscriptSnapshot.h"
+#include "TessaruneCore/CaptionCore.h"
+
+#include <cstddef>
+
+namespace tessarune {
+
+/// The texts of the running session, made from its captions: what is saved, what a user copies, and
+/// the text that grows beside the captions. Main queue; the references outlive it.
+class SessionTexts {
+  public:
+    SessionTexts(const Host& host, const CaptionCore& core, const LiveCaptionMessage& message,
+                 SessionView& view, LiveCaptionPerfCounters& perf)
+        : host_(host), core_(core), message_(message), view_(view), perf_(perf) {}
+
+    void beginSession();
+
+    /// Everything that was said, the open sentence included.
+    TranscriptSnapshot exportTranscriptSnapshot() const;
+    /// Without what the user cleared.
+    TranscriptSnapshot visibleText() const;
+    /// Takes all that has a text off the screen. What has none yet is what is said next.
+    void clear();
+
+    /// As they are saved: a text without any translation is no bilingual one.
+    TranscriptSnapshot savedTexts() const;
+    /// To be called with each save.
+    void noteSaved() { savedTranslations_ = translatedCount(); }
+    /// Translations that were taken away stay saved until others have come in their place.
+    bool hasFewerTranslationsThanSaved() const { return translatedCount() < savedTranslations_; }
+
+    void updateVisibleSourceTextFlag();
+    /// At most once a second, unless it is forced.
+    void updateLiveHistoryTextIfNeeded(bool force);
+
+  private:
+    std::size_t translatedCount() const;
+
+    const Host& host_;
+    const CaptionCore& core_;
+    const LiveCaptionMessage& message_;
+    SessionView& view_;
+    LiveCaptionPerfCounters& perf_;
+    LiveHistoryText liveHistory_;
+    std::size_t savedTranslations_ = 0; // rows that had one when they were saved
+};
+
+} // namespace tessarune
