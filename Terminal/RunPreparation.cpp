@@ -10,14 +10,10 @@ namespace tessarune {
 
 namespace {
 
-void tellRepairs(const RecordingRepair::Report& report, const RunOutput& output) {
-    if (report.rebuiltIndex && !report.rebuiltIndex->keptAside.empty()) {
-        output.say(localized("The list of recordings could not be read. It was rebuilt, with %lld "
-                             "recordings found; the old list is kept as %@.",
-                             {std::to_string(report.rebuiltIndex->recordings),
-                              report.rebuiltIndex->keptAside.filename().string()}));
-    }
-    for (const UUID& id : report.recoveredSessions)
+void tellRepairs(const Application::Preparation& found, const RunOutput& output) {
+    if (const std::string rebuilt = found.rebuiltIndexText(); !rebuilt.empty())
+        output.say(rebuilt);
+    for (const UUID& id : found.repairs.recoveredSessions)
         output.say(
             localized("An interrupted session was recovered: --show %@", {id.text().substr(0, 8)}));
 }
@@ -27,7 +23,7 @@ void tellRepairs(const RecordingRepair::Report& report, const RunOutput& output)
 void RunPreparation::overrideSettings(Application& application, const CaptionsCommand& command) {
     AppSettings& settings = application.settings;
     if (!command.records)
-        application.recordNothing();
+        application.recording.recordNothing();
     // A terminal session runs until the user stops it, unless the setting is stored; a file ends.
     if (std::holds_alternative<FileSource>(command.source) ||
         !settings.audioInactivityAutoStopMinutes.isStored())
@@ -48,17 +44,19 @@ void RunPreparation::checkModel(const Application& application) {
 void RunPreparation::prepareToRecord(Application& application, const CaptionsCommand& command,
                                      const RunOutput& output) {
     const Application::Preparation found = application.prepareToRecord();
-    if (!found.doubt.empty() && command.records)
-        output.warn(found.doubt);
-    if (found.holder)
-        throw RunFailure(
-            ExitStatus::dataInUse,
-            localized("%@ (process %lld) is already recording; to caption without "
-                      "recording, add --no-record",
-                      {found.holder->program, std::to_string(found.holder->processID)}));
-    if (!found.failure.empty())
-        output.say(localized("Nothing can be recorded: %@", {found.failure}));
-    tellRepairs(found.repairs, output);
+    const auto& [doubt, failure, holder] = found.obstacle;
+    if (!doubt.empty() && command.records)
+        output.warn(doubt);
+    if (holder)
+        throw RunFailure(ExitStatus::dataInUse,
+                         localized("%@ (process %lld) is already recording; to caption without "
+                                   "recording, add --no-record",
+                                   {holder->program, std::to_string(holder->processID)}));
+    if (!failure.empty()) {
+        application.recording.recordNothing();
+        output.say(localized("Nothing can be recorded: %@", {failure}));
+    }
+    tellRepairs(found, output);
 }
 
 } // namespace tessarune

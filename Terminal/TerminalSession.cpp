@@ -10,7 +10,8 @@
 
 namespace tessarune {
 
-TerminalSession::TerminalSession(Program& program, const TerminalOptions& options, CaptionsCommand command)
+TerminalSession::TerminalSession(Program& program, const TerminalOptions& options,
+                                 CaptionsCommand command)
     : program_(program),
       command_(std::move(command)),
       output_(program.host, options, {[this] { update(); }, [this] { interrupt(); }}),
@@ -40,7 +41,7 @@ Task<bool> TerminalSession::open() {
 Task<void> TerminalSession::run() {
     // The sample is the program's own and no part of the user's history.
     if (sound_.isDemo())
-        program_.recordNothing();
+        program_.recording.recordNothing();
     RunPreparation::prepareToRecord(program_, command_, output_);
     makeSession();
     if (!interrupted_)
@@ -71,9 +72,8 @@ void TerminalSession::watchDelay() {
     if (!file || !file->fast)
         delay_->watch([this](const std::string& text) { say(text); });
     else if (const auto duration = sound_.fastDuration(); duration && *duration > 0)
-        delay_->watchProgress(*duration, [this](int percent) {
-            output_.progress(std::to_string(percent) + " %");
-        });
+        delay_->watchProgress(
+            *duration, [this](int percent) { output_.progress(std::to_string(percent) + " %"); });
 }
 
 void TerminalSession::checkEventLog() {
@@ -95,7 +95,7 @@ void TerminalSession::makeSession() {
                                   [this](const auto& request) { refinement_ = request; }});
     delay_ = std::make_unique<RecogniserDelay>(program_.host, store().liveTranscriber());
     news_ = std::make_unique<SessionNews>(
-        store().view(), target, program_.recordsSessions(),
+        store().view(), target, program_.recording.recordsSessions(),
         SessionNews::Handlers{[this] { update(); }, [this](const std::string& text) { say(text); },
                               [this](const std::string& text) { output_.progress(text); },
                               [this](LiveSessionPhase phase) { handlePhase(phase); }});

@@ -72,7 +72,7 @@ std::string recordingRow(const HistoryItem& item, const std::string& text, bool 
 
 std::optional<ExitStatus> problemOfDataFolder(Program& program) {
     try {
-        const auto holder = program.takeDataFolder();
+        const auto holder = program.recording.takeDataFolder();
         if (!holder)
             return std::nullopt;
         printProblem(localized("%@ (process %lld) has the recordings open. Change them there, or "

@@ -2,7 +2,6 @@
 
 #include "Tessarune/app/TessaruneStartupServices.h"
 #include "Tessarune/diagnostics/DiagnosticsCatalog.h"
-#include "Tessarune/platform/disk/DiskFailure.h"
 #include "Tessarune/platform/host/HostFacts.h"
 #include "Tessarune/platform/host/ProcessMemory.h"
 #include "Tessarune/platform/language-detector/DetectedLanguage.h"
@@ -34,6 +33,7 @@ Application::Application(Host& itsHost, std::string itsProgram)
       storedDefaults(files, TessarunePaths::settingsFile()),
       defaults(storedDefaults),
       settings(defaults),
+      recording(settings, storedDefaults, paths, program),
       logger(host, files, paths),
       models(files, paths.models(), ProgramPlaces::modelFolders()),
       installer(host, models, downloadPolicy()),
@@ -127,30 +127,6 @@ void Application::endOverride(AnySetting& setting) {
     setting.reload();
 }
 
-bool Application::recordsSessions() const {
-    return *settings.recordWhileCaptioning || *settings.sessionDiagnosticsEnabled;
-}
-
-void Application::recordNothing() {
-    override(settings.recordWhileCaptioning, false);
-    override(settings.sessionDiagnosticsEnabled, false);
-    if (writesSessionDiagnostics(*settings.diagnosticsLevel))
-        override(settings.diagnosticsLevel, std::string(storageName(DiagnosticsLevel::core)));
-}
-
-std::string Application::recordingDoubt() const {
-    if (!settings.recordWhileCaptioning.isUnreadable())
-        return {};
-    const std::string file = TessarunePaths::settingsFile().string();
-    const std::string what =
-        storedDefaults.problem().empty()
-            ? localized("%@: recordWhileCaptioning is neither true nor false.", {file})
-            : localized("The settings cannot be read: %@.", {storedDefaults.problem()});
-    return what + " " +
-           localized("Nothing is recorded until you choose: tessarune-terminal --set "
-                     "recordWhileCaptioning=true (or false).");
-}
-
 std::filesystem::path Application::renewSettingsFile() {
     std::filesystem::path aside = storedDefaults.keepAside();
     if (!aside.empty())
@@ -158,41 +134,41 @@ std::filesystem::path Application::renewSettingsFile() {
     return aside;
 }
 
-std::optional<DataFolderLock::Holder> Application::takeDataFolder() {
-    if (dataFolder_)
-        return std::nullopt;
-    auto taken = DataFolderLock::take(paths, program);
-    if (const auto* holder = std::get_if<DataFolderLock::Holder>(&taken))
-        return *holder;
-    DiskFailure::requireWritable(paths.appSupportBase());
-    DiskFailure::requireWritable(paths.recordings());
-    dataFolder_.emplace(std::move(std::get<DataFolderLock>(taken)));
-    return std::nullopt;
+std::string Application::Preparation::rebuiltIndexText() const {
+    if (!repairs.rebuiltIndex || repairs.rebuiltIndex->keptAside.empty())
+        return {};
+    return localized("The list of recordings could not be read. It was rebuilt, with %lld "
+                     "recordings found; the old list is kept as %@.",
+                     {std::to_string(repairs.rebuiltIndex->recordings),
+                      repairs.rebuiltIndex->keptAside.filename().string()});
 }
 
 Application::Preparation Application::prepareToRecord() {
     Preparation found;
-    found.doubt = recordingDoubt();
-    if (!found.doubt.empty())
-        recordNothing();
-    try {
-        if (recordsSessions())
-            found.holder = takeDataFolder();
-    } catch (const std::system_error& error) {
-        found.failure = error.what();
-        recordNothing();
+    const bool records = recording.recordsSessions();
+    // What a crash left is put in order in any case, unless another program is at work there.
+    if (records || files.exists(paths.recordings())) {
+        try {
+            found.obstacle.holder = recording.takeDataFolder();
+        } catch (const std::system_error& error) {
+            found.obstacle.failure = error.what();
+        }
     }
-    if (!found.holder)
+    if (!records)
+        found.obstacle = {.doubt = recording.doubt()};
+    if (!found.obstacle.holder)
         found.repairs = prepare();
+    if (!records)
+        recording.leaveDataFolder(); // for a program that records
     return found;
 }
 
 RecordingRepair::Report Application::prepare() {
     RecordingRepair repair(files, catalog, logger);
     RecordingRepair::Report report = TessaruneStartupServices::prepare(
-        {logger, bootstrapFields(), dataFolder_ ? &repair : nullptr,
+        {logger, bootstrapFields(), recording.hasDataFolder() ? &repair : nullptr,
          [this] { pruneDiagnosticsOnLaunch(); }});
-    if (dataFolder_ && !*settings.recordLosslessAudio)
+    if (recording.hasDataFolder() && recording.recordsSessions() && !*settings.recordLosslessAudio)
         compressor.compressLeftovers();
     return report;
 }

@@ -1,11 +1,11 @@
 #pragma once
 
+#include "Tessarune/app/RecordingGate.h"
 #include "Tessarune/history/AudioExporter.h"
 #include "Tessarune/history/HistoryExport.h"
 #include "Tessarune/history/RecordingAudioCompressor.h"
 #include "Tessarune/history/RecordingCatalog.h"
 #include "Tessarune/history/RecordingRepair.h"
-#include "Tessarune/platform/disk/DataFolderLock.h"
 #include "Tessarune/platform/disk/JSONUserDefaults.h"
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 #include "Tessarune/platform/model-store/ModelInstaller.h"
@@ -50,6 +50,7 @@ struct Application {
     JSONUserDefaults storedDefaults;
     OverridingUserDefaults defaults;
     AppSettings settings;
+    RecordingGate recording;
     TessaruneFileLogger logger;
     ModelStore models;
     ModelInstaller installer;
@@ -81,32 +82,21 @@ struct Application {
     void override(AnySetting& setting, SettingValue value);
     void endOverride(AnySetting& setting);
 
-    /// Whether a session that starts now is recorded. One with diagnostics is, whatever else is
-    /// set.
-    bool recordsSessions() const;
-    /// No session of this run is recorded, and no diagnostics run holds what is said.
-    void recordNothing();
-    /// Why nobody can tell whether the user wants recordings, and how to say it; empty where it is
-    /// known. To be shown, and nothing is to be recorded.
-    std::string recordingDoubt() const;
     /// Keeps a settings file that cannot be read aside and begins a new one, in which nothing is
     /// recorded until the user says so. Gives where the old one is; empty if there was no need.
     std::filesystem::path renewSettingsFile();
 
-    /// Makes this program the one that writes the data folder, until it ends, if it is not so
-    /// already; gives who has it instead. Throws std::system_error where there can be no such
-    /// folder.
-    std::optional<DataFolderLock::Holder> takeDataFolder();
-
     /// What a front end has to tell of the preparation of a run.
     struct Preparation {
-        std::string doubt;   ///< `recordingDoubt`; where there is one, nothing is recorded
-        std::string failure; ///< why there can be no data folder, and nothing is recorded
-        std::optional<DataFolderLock::Holder> holder; ///< another program writes the data folder
+        RecordingGate::Obstacle obstacle; ///< where there is one, nothing is recorded for now
         RecordingRepair::Report repairs;
+
+        /// That the list of recordings was damaged and made anew; empty where it was not.
+        std::string rebuiltIndexText() const;
     };
     /// Sees to it that two programs never write one catalog, then runs the start-up services. They
-    /// do not run where another program has the folder: the front end decides what then.
+    /// do not run where another program has the folder that this one wants: the front end decides
+    /// what then.
     Preparation prepareToRecord();
 
     /// The start-up services, see there. The data folder is put in order if it was taken.
@@ -118,7 +108,6 @@ struct Application {
     HistoryRefinementService::Environment refinementEnvironment();
     LogFields bootstrapFields() const;
 
-    std::optional<DataFolderLock> dataFolder_;
     std::shared_ptr<SerialQueue> utilityQueue_;
     Published<DiagnosticsLevel>::Token levelObserver_;
 };

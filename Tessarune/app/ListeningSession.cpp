@@ -22,8 +22,9 @@ void forgetWhatIsLearned(OverridingUserDefaults& defaults) {
                           std::string(storageName(PermissionsManager::Status::unknown)));
 }
 
-std::shared_ptr<SessionDiagnostics>
-makeDiagnostics(Application& application, std::function<void(const ASREvent&)> onASREvent) {
+std::shared_ptr<SessionDiagnostics> makeDiagnostics(Application& application,
+                                                    std::function<void(const ASREvent&)> onASREvent,
+                                                    std::function<bool()> mayRecord) {
     const std::filesystem::path program = LinuxProcessFigures::executable();
     return std::make_shared<SessionDiagnosticsRecorder>(SessionDiagnosticsRecorder::Environment{
         .host = application.host,
@@ -36,6 +37,7 @@ makeDiagnostics(Application& application, std::function<void(const ASREvent&)> o
         .notifications = &application.notifications,
         .app = {application.program, TESSARUNE_VERSION, program.parent_path(), program},
         .onASREvent = std::move(onASREvent),
+        .mayRecord = std::move(mayRecord),
         .windows = {}});
 }
 
@@ -57,6 +59,9 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
     engine_ = speech.engine;
     translation_ = LiveTranscriptTranslation::make(host, application.settings, application.logger,
                                                    application.translation);
+    const auto mayRecord = [&application, isRecorded = options.isRecorded] {
+        return isRecorded && application.recording.mayRecord();
+    };
     auto scheduleRefinement = std::move(options.scheduleHistoryRefinement);
     if (!scheduleRefinement)
         scheduleRefinement = [&application](const auto& request) {
@@ -70,9 +75,10 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
          .permissions = *permissions_,
          .catalog = application.catalog,
          .recorder = std::move(recorder),
+         .mayRecord = mayRecord,
          .compressor = application.compressor,
          .translation = translation_,
-         .diagnostics = makeDiagnostics(application, std::move(options.onASREvent)),
+         .diagnostics = makeDiagnostics(application, std::move(options.onASREvent), mayRecord),
          .scheduleHistoryRefinement = std::move(scheduleRefinement),
          .returnMemory = [] { malloc_trim(0); },
          .notifications = &application.notifications});

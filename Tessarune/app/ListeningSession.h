@@ -33,6 +33,8 @@ class ListeningSession {
         /// the background.
         std::function<void(const std::optional<HistoryRefinementRequest>&)>
             scheduleHistoryRefinement = nullptr;
+        /// Its sessions are kept if the settings ask for it.
+        bool isRecorded = true;
     };
     ListeningSession(Application& application, SoundServer& sound, Options options);
     ~ListeningSession();

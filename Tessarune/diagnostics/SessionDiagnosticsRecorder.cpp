@@ -52,14 +52,22 @@ std::filesystem::path SessionDiagnosticsRecorder::makeRunDirectory(double wallCl
     return directory;
 }
 
+DiagnosticsLevel SessionDiagnosticsRecorder::levelOfRun() const {
+    const DiagnosticsLevel level = *environment_.settings.diagnosticsLevel;
+    const bool mayHoldText =
+        !writesSessionDiagnostics(level) || !environment_.mayRecord || environment_.mayRecord();
+    return mayHoldText ? level : DiagnosticsLevel::core;
+}
+
 void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
     closeLifecycle(); // of a run that ended inside the session
     stopWithoutExport();
     lastFinishedRunDir_.reset();
     const AppSettings& settings = environment_.settings;
-    if (!writesCoreSessionRun(*settings.diagnosticsLevel))
+    const DiagnosticsLevel level = levelOfRun();
+    if (!writesCoreSessionRun(level))
         return;
-    const bool isFull = writesSessionDiagnostics(*settings.diagnosticsLevel);
+    const bool isFull = writesSessionDiagnostics(level);
     const auto selected = ModelCatalog::recognitionOption(*settings.selectedRecognitionOptionID);
     const RecognitionOption option = selected ? *selected : ModelCatalog::recognitionOptions()[0];
     const double startedWall = environment_.host.wallClock();
@@ -80,7 +88,7 @@ void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
         {"runMode", "liveSession"},
         {"productComparable", true},
         {"resourceInterference", Context::resourceInterference},
-        {"diagnosticsLevel", storageName(*settings.diagnosticsLevel)},
+        {"diagnosticsLevel", storageName(level)},
         {"capturesFullDiagnostics", isFull},
         {"app", Context::appSnapshot(environment_.app)},
         {"host", Context::hostSnapshot(environment_.figures)},
@@ -103,7 +111,7 @@ void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
         {"audioSource", start.source.logName()},
         {"audioSourceName", start.sourceName},
         {"appleDiagnosticsMode", std::string(name(*settings.appleAnalyzerDiagnosticsMode))},
-        {"diagnosticsLevel", std::string(storageName(*settings.diagnosticsLevel))},
+        {"diagnosticsLevel", std::string(storageName(level))},
         {"capturesFullDiagnostics", isFull}};
     run_->writeLifecycle(run_->t0, "session.start", fields);
     if (auto* captions = log("liveCaptionEvents")) {

@@ -46,6 +46,8 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
         DiagnosticsRunContext::App app;
         /// Hears each recognition event, whatever the level is.
         std::function<void(const ASREvent&)> onASREvent;
+        /// Whether a run that starts now may hold what is said; absent: it may.
+        std::function<bool()> mayRecord = {};
         /// The windows of the program, for an alarm of the sentinel; absent where there are none.
         IdleMemorySentinel::Windows windows;
     };
@@ -91,6 +93,7 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     struct Run;
     struct Ending;
 
+    DiagnosticsLevel levelOfRun() const;
     std::filesystem::path makeRunDirectory(double wallClock);
     void openLogs(Run& run);
     void logStart(const Run& run);

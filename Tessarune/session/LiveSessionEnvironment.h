@@ -28,6 +28,8 @@ struct LiveSessionEnvironment {
     PermissionsManager& permissions;
     RecordingCatalog& catalog;
     std::shared_ptr<AudioSessionRecorder> recorder;
+    /// Asked when a session starts that is to be recorded; absent: each may be.
+    std::function<bool()> mayRecord = {};
     RecordingAudioCompressor& compressor;
     /// Null: nothing is translated.
     std::shared_ptr<SessionTranslation> translation;

@@ -86,8 +86,7 @@ Task<void> LiveSystemAudioTranscriber::startSteps(Self self, AudioSource source,
     co_await engineStart;
     self->throwIfOvertaken(attempt);
 
-    const AppSettings& settings = self->environment_.settings;
-    if (*settings.recordWhileCaptioning || *settings.sessionDiagnosticsEnabled) {
+    if (self->isToRecord()) {
         self->logger().event("transcriber.recorder.start");
         self->environment_.recorder->start();
     }
@@ -95,6 +94,13 @@ Task<void> LiveSystemAudioTranscriber::startSteps(Self self, AudioSource source,
     Task<void> captureStart =
         source.isMicrophone() ? startMicrophone(self, source) : startSystemAudio(self);
     co_await captureStart;
+}
+
+bool LiveSystemAudioTranscriber::isToRecord() const {
+    const AppSettings& settings = environment_.settings;
+    if (!*settings.recordWhileCaptioning && !*settings.sessionDiagnosticsEnabled)
+        return false;
+    return !environment_.mayRecord || environment_.mayRecord();
 }
 
 Task<void> LiveSystemAudioTranscriber::startEngine(Self self, std::uint64_t attempt) {

@@ -37,6 +37,7 @@ class LiveSystemAudioTranscriber final
         const AppSettings& settings;
         PermissionsManager& permissions;
         std::shared_ptr<AudioSessionRecorder> recorder; ///< this object sets its callbacks
+        std::function<bool()> mayRecord = {}; ///< asked at a start that is to record; absent: yes
     };
     static std::shared_ptr<LiveSystemAudioTranscriber> make(Environment environment);
     LiveSystemAudioTranscriber(const LiveSystemAudioTranscriber&) = delete;
@@ -90,6 +91,7 @@ class LiveSystemAudioTranscriber final
     static Task<void> swap(Self self);
     static Task<void> stopMicrophone(std::shared_ptr<MicrophoneCapture> microphone);
 
+    bool isToRecord() const;
     RecognitionOption selectedOption() const;
     Engine makeConfiguredTranscriber();
     void attachCallbacks(SpeechAnalyzerTranscriber& engine, AppleAnalyzerDiagnosticsMode mode);

@@ -9,8 +9,8 @@ namespace {
 
 LiveSystemAudioTranscriber::Environment
 transcriberEnvironment(const LiveSessionEnvironment& environment) {
-    return {environment.speech, environment.sound, environment.settings, environment.permissions,
-            environment.recorder};
+    return {environment.speech,      environment.sound,    environment.settings,
+            environment.permissions, environment.recorder, environment.mayRecord};
 }
 
 } // namespace

@@ -19,7 +19,7 @@ namespace {
 /// Makes this program the one that may change recordings, if it is not so already.
 std::string problemOfChange(Application& application) {
     try {
-        const auto holder = application.takeDataFolder();
+        const auto holder = application.recording.takeDataFolder();
         return holder ? localized("%@（进程 %lld）正在使用这些录音，请在那里修改。",
                                   {holder->program, std::to_string(holder->processID)})
                       : std::string();

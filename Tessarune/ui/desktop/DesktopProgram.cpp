@@ -12,6 +12,15 @@ namespace {
 
 constexpr double lookAgainSeconds = 0.01;
 
+std::string obstacleText(const RecordingGate::Obstacle& obstacle) {
+    if (obstacle.holder)
+        return localized("%@（进程 %lld）正在录音；这里的字幕不会保存。",
+                         {obstacle.holder->program, std::to_string(obstacle.holder->processID)});
+    if (!obstacle.failure.empty())
+        return localized("Nothing can be recorded: %@", {obstacle.failure});
+    return obstacle.doubt;
+}
+
 /// `quit` would ask the window first, which is hidden and declines.
 Task<void> endEventLoop(HistoryRefinementService& refinement) {
     Task<void> ending = refinement.end();
@@ -58,16 +67,20 @@ int DesktopProgram::run() {
 /// Where nothing can be recorded, captions go on and the user hears why.
 void DesktopProgram::prepare() {
     const Application::Preparation found = application_.prepareToRecord();
-    if (found.holder) {
-        application_.recordNothing();
+    if (found.obstacle.holder)
         application_.prepare();
-        tell(localized("%@（进程 %lld）正在录音；这里的字幕不会保存。",
-                       {found.holder->program, std::to_string(found.holder->processID)}));
-    } else if (!found.failure.empty()) {
-        tell(localized("Nothing can be recorded: %@", {found.failure}));
-    } else {
-        tell(found.doubt);
-    }
+    application_.recording.onObstacle = [this](const auto& obstacle) {
+        tell(obstacleText(obstacle));
+    };
+    std::string recovered;
+    if (const auto count = found.repairs.recoveredSessions.size(); count > 0)
+        recovered =
+            localized("已恢复 %lld 次中断的会话，可在历史记录中查看。", {std::to_string(count)});
+    std::string news;
+    for (const std::string& part :
+         {obstacleText(found.obstacle), found.rebuiltIndexText(), recovered})
+        news += (news.empty() || part.empty() ? "" : "\n") + part;
+    tell(news);
 }
 
 Task<void> DesktopProgram::connect() {

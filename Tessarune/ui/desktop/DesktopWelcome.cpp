@@ -30,7 +30,8 @@ DesktopWelcome::DesktopWelcome(Application& application, const Published<bool>& 
     : application_(application),
       onClose_(std::move(onClose)),
       sound_(application.host, sampleOrNothing(), [] {}),
-      session_(application, sound_.server(), ListeningSession::Options{nullptr, true}),
+      session_(application, sound_.server(),
+               ListeningSession::Options{.forgetsPermissions = true, .isRecorded = false}),
       sample_(sampleEnvironment(reducesMotion)),
       window_({.host = application.host,
                .settings = application.settings,
@@ -56,15 +57,8 @@ Task<std::string> DesktopWelcome::playSample() {
     std::string problem = co_await connecting;
     if (!problem.empty() || !onClose_)
         co_return problem;
-    // A session decides when it starts whether it is recorded.
-    const bool records = application_.recordsSessions();
-    application_.recordNothing();
     Task<bool> starting = session_.listen(AudioSource::systemAudio());
     const bool listens = co_await starting;
-    if (records) {
-        application_.endOverride(application_.settings.recordWhileCaptioning);
-        application_.endOverride(application_.settings.sessionDiagnosticsEnabled);
-    }
     if (!listens)
         problem = *session_.store().view().presentedError;
     co_return problem;

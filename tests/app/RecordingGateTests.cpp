@@ -1,0 +1,74 @@
+#include "Tessarune/app/RecordingGate.h"
+#include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+namespace {
+
+/// A program with settings of its own over a data folder that it shares.
+struct RecordingProgram {
+    explicit RecordingProgram(const testing::TemporaryFolder& folder, const std::string& name)
+        : paths(folder.path()),
+          stored(files, folder.path() / (name + ".json")),
+          settings(stored),
+          gate(settings, stored, paths, name) {
+        gate.onObstacle = [this](const RecordingGate::Obstacle& found) { told.push_back(found); };
+    }
+
+    PosixFileSystem files;
+    TessarunePaths paths;
+    JSONUserDefaults stored;
+    AppSettings settings;
+    RecordingGate gate;
+    std::vector<RecordingGate::Obstacle> told;
+};
+
+TEST(RecordingGateTests, OneProgramRecordsAtATimeAndTheNextOnceItHasLeft) {
+    const testing::TemporaryFolder folder;
+    RecordingProgram first(folder, "first");
+    RecordingProgram second(folder, "second");
+    EXPECT_TRUE(first.gate.mayRecord());
+    // A wish for recordings that comes later changes nothing as long as the other one is there.
+    second.settings.recordWhileCaptioning = false;
+    second.settings.recordWhileCaptioning = true;
+    EXPECT_FALSE(second.gate.mayRecord());
+    ASSERT_EQ(second.told.size(), 1u);
+    EXPECT_EQ(second.told[0].holder->program, "first");
+
+    first.gate.leaveDataFolder();
+    EXPECT_TRUE(second.gate.mayRecord());
+    EXPECT_FALSE(first.gate.mayRecord());
+}
+
+TEST(RecordingGateTests, ARunThatKeepsNothingLeavesTheSettingsAsTheyAre) {
+    const testing::TemporaryFolder folder;
+    RecordingProgram program(folder, "program");
+    program.gate.recordNothing();
+    EXPECT_FALSE(program.gate.mayRecord());
+    EXPECT_FALSE(program.gate.recordsSessions());
+    EXPECT_FALSE(program.gate.hasDataFolder());
+    EXPECT_TRUE(*program.settings.recordWhileCaptioning);
+    program.settings.diagnosticsLevel = DiagnosticsLevel::trace;
+    EXPECT_EQ(*RecordingProgram(folder, "program").settings.diagnosticsLevel,
+              DiagnosticsLevel::trace);
+}
+
+TEST(RecordingGateTests, NothingIsRecordedWhileNobodyKnowsWhetherTheUserWantsIt) {
+    const testing::TemporaryFolder folder;
+    std::ofstream(folder.path() / "program.json") << R"({"recordWhileCaptioning": "perhaps"})";
+    RecordingProgram program(folder, "program");
+    EXPECT_FALSE(program.gate.mayRecord());
+    ASSERT_EQ(program.told.size(), 1u);
+    EXPECT_FALSE(program.told[0].doubt.empty());
+    program.settings.recordWhileCaptioning = true;
+    EXPECT_TRUE(program.gate.mayRecord());
+}
+
+} // namespace
+} // namespace tessarune
