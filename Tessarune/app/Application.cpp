@@ -165,9 +165,11 @@ Application::Preparation Application::prepareToRecord() {
 
 RecordingRepair::Report Application::prepare() {
     RecordingRepair repair(files, catalog, logger);
+    // A run that another program is writing may look like the oldest one.
+    const bool isOurs = recording.hasDataFolder();
     RecordingRepair::Report report = TessaruneStartupServices::prepare(
-        {logger, bootstrapFields(), recording.hasDataFolder() ? &repair : nullptr,
-         [this] { pruneDiagnosticsOnLaunch(); }});
+        {logger, bootstrapFields(), isOurs ? &repair : nullptr,
+         isOurs ? std::function([this] { pruneDiagnosticsOnLaunch(); }) : nullptr});
     if (recording.hasDataFolder() && recording.recordsSessions() && !*settings.recordLosslessAudio)
         compressor.compressLeftovers();
     return report;

@@ -14,8 +14,7 @@ struct Environment {
     LogFields bootstrapFields; ///< what the log says of the program and the computer
     /// Null where the data folder is another program's, or nobody's.
     RecordingRepair* repair;
-    /// Keeps the diagnostics runs within their budget; returns at once. Sessions that are not
-    /// recorded leave runs too.
+    /// Keeps the diagnostics runs within their budget; returns at once. Absent as `repair` is.
     std::function<void()> pruneDiagnostics = {};
     /// Gets the chosen recogniser ready ahead of the first session; absent where that begins at
     /// once.
