@@ -48,7 +48,7 @@ Application::Application(Host& itsHost, std::string itsProgram)
       search(host, files, catalog, logger, notifications, openSQLiteSearchIndex),
       refinement(refinementEnvironment()),
       imports({host, files, catalog, logger, notifications, settings, refinement,
-               openFFmpegMediaFile}) {
+               openFFmpegMediaFile, [this] { return speechModelProblem().empty(); }}) {
     ProcessMemory::returnLargeBlocks();
     setLocalizationTable(StringTables::forLocale(StringTables::userLocale()));
     TessaruneLog::setDiagnosticsLevel(*settings.diagnosticsLevel);

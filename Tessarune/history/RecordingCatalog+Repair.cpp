@@ -84,34 +84,43 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
     // A list that is not known to be whole must never cost the user's transcripts.
     if (loaded.state != IndexState::good || loaded.index.hasNamelessElements())
         return;
-    const auto known = loaded.index.ids();
-    std::vector<std::string> names;
     try {
         const auto beside = files_.list(paths_.appSupportBase());
         if (std::any_of(beside.begin(), beside.end(),
                         [&](const std::string& name) { return isAside(name); }))
             return;
-        names = files_.list(paths_.transcripts());
-    } catch (const std::exception&) {
-        return;
+        const auto known = loaded.index.ids();
+        const std::size_t count = removeOrphans(paths_.transcripts(), known, 0);
+        if (count > 0) {
+            TessaruneLog::storage.notice([&] {
+                return "Tessarune catalog cleanup: removed " + std::to_string(count) +
+                       " orphan transcript sidecar(s)";
+            });
+        }
+        // Imports alone are named by their UUID. One that is older than the index was not cut off
+        // on its way there, and may be all that is left of a recording.
+        removeOrphans(paths_.recordings(), known, files_.modifiedAt(paths_.recordingIndex()));
+    } catch (const std::exception&) { // the next start tries again
     }
+}
+
+/// Files whose names begin with the UUID of a recording that is not known, if they were not changed
+/// before a time. How many there were.
+std::size_t RecordingCatalog::removeOrphans(const std::filesystem::path& folder,
+                                            const std::set<UUID>& known, double notBefore) {
     std::size_t count = 0;
-    for (const auto& name : names) {
+    for (const auto& name : files_.list(folder)) {
         const std::size_t dot = name.find('.');
         if (dot == std::string::npos)
             continue;
         const auto id = UUID::parse(std::string_view(name).substr(0, dot));
-        if (!id || known.contains(*id))
+        if (!id || known.contains(*id) ||
+            (notBefore > 0 && files_.modifiedAt(folder / name) < notBefore))
             continue;
-        removeQuietly(paths_.transcripts() / name);
+        removeQuietly(folder / name);
         ++count;
     }
-    if (count > 0) {
-        TessaruneLog::storage.notice([&] {
-            return "Tessarune catalog cleanup: removed " + std::to_string(count) +
-                   " orphan transcript sidecar(s)";
-        });
-    }
+    return count;
 }
 
 } // namespace tessarune

@@ -30,6 +30,11 @@ std::filesystem::path RecordingCatalog::entryURL(const UUID& id) const {
     return sidecar(id, entrySuffix);
 }
 
+std::filesystem::path RecordingCatalog::replacementOf(const std::filesystem::path& sidecar) {
+    std::filesystem::path beside = sidecar;
+    return beside += replacementSuffix;
+}
+
 bool RecordingCatalog::saveTranscript(std::string_view text, const UUID& id) {
     return saveSidecar({"source", "recording.transcript.source.saveFailed"}, id, transcriptURL(id),
                        [&] { writeSidecar(transcriptURL(id), text); });
@@ -37,13 +42,13 @@ bool RecordingCatalog::saveTranscript(std::string_view text, const UUID& id) {
 
 bool RecordingCatalog::saveBilingualTranscript(std::string_view text, const UUID& id) {
     return saveSidecar({"bilingual", "recording.transcript.bilingual.saveFailed"}, id,
-                       bilingualTranscriptURL(id), [&] { writeBilingual(text, id); });
+                       bilingualTranscriptURL(id), [&] { write(newBilingual(text, id)); });
 }
 
 bool RecordingCatalog::saveWordTimeline(const std::optional<HistoryWordTimeline>& timeline,
                                         const UUID& id) {
     return saveSidecar({"wordTimeline", "recording.transcript.timeline.saveFailed"}, id,
-                       wordTimelineURL(id), [&] { writeTimeline(timeline, id); });
+                       wordTimelineURL(id), [&] { write(newTimeline(timeline, id)); });
 }
 
 void RecordingCatalog::writeSidecar(const std::filesystem::path& path, std::string_view content) {
@@ -51,20 +56,53 @@ void RecordingCatalog::writeSidecar(const std::filesystem::path& path, std::stri
     files_.writeAtomically(path, content);
 }
 
-void RecordingCatalog::writeBilingual(std::string_view text, const UUID& id) {
+RecordingCatalog::NewSidecar RecordingCatalog::newBilingual(std::string_view text,
+                                                            const UUID& id) const {
     const std::string_view trimmed = Text::trimmed(text);
     if (trimmed.empty())
-        files_.remove(bilingualTranscriptURL(id));
-    else
-        writeSidecar(bilingualTranscriptURL(id), trimmed);
+        return {bilingualTranscriptURL(id), std::nullopt};
+    return {bilingualTranscriptURL(id), std::string(trimmed)};
 }
 
-void RecordingCatalog::writeTimeline(const std::optional<HistoryWordTimeline>& timeline,
-                                     const UUID& id) {
+RecordingCatalog::NewSidecar
+RecordingCatalog::newTimeline(const std::optional<HistoryWordTimeline>& timeline,
+                              const UUID& id) const {
     if (!timeline || timeline->isEmpty())
-        files_.remove(wordTimelineURL(id));
+        return {wordTimelineURL(id), std::nullopt};
+    return {wordTimelineURL(id), timeline->encoded()};
+}
+
+void RecordingCatalog::write(const NewSidecar& sidecar) {
+    if (sidecar.content)
+        writeSidecar(sidecar.path, *sidecar.content);
     else
-        writeSidecar(wordTimelineURL(id), timeline->encoded());
+        files_.remove(sidecar.path);
+}
+
+/// New times beside the former text would be wrong, and the reverse. So all that is new stands
+/// whole on the disk before the first of it takes its place, which is always the text. From then on
+/// RecordingRepair completes what is interrupted.
+void RecordingCatalog::replaceTogether(const std::vector<NewSidecar>& sidecars) {
+    bool isBegun = false;
+    try {
+        for (const auto& [path, content] : sidecars) {
+            if (content)
+                writeSidecar(replacementOf(path), *content);
+        }
+        for (const auto& [path, content] : sidecars) {
+            if (content)
+                files_.rename(replacementOf(path), path);
+            else
+                files_.remove(path);
+            isBegun = true;
+        }
+    } catch (...) {
+        for (const auto& [path, content] : sidecars) {
+            if (!isBegun && content)
+                removeQuietly(replacementOf(path));
+        }
+        throw;
+    }
 }
 
 /// The entry beside the transcripts serves only to make a lost index again, so that its failure
@@ -102,9 +140,12 @@ void RecordingCatalog::recordSidecarSaveFailure(SidecarKind kind, const UUID& id
 }
 
 void RecordingCatalog::removeSidecars(const UUID& id) {
-    for (const auto& path : {transcriptURL(id), bilingualTranscriptURL(id), wordTimelineURL(id),
-                             journalURL(id), entryURL(id)})
+    for (const auto& path : {transcriptURL(id), bilingualTranscriptURL(id), wordTimelineURL(id)}) {
         removeQuietly(path);
+        removeQuietly(replacementOf(path));
+    }
+    removeQuietly(journalURL(id));
+    removeQuietly(entryURL(id));
 }
 
 RecordingTranscriptSaveOutcome
@@ -112,26 +153,22 @@ RecordingCatalog::saveRefinedTranscript(std::string_view sourceText, std::string
                                         const std::optional<HistoryWordTimeline>& wordTimeline,
                                         const UUID& id) {
     return saveGuarded({"refined", "recording.transcript.refined.saveFailed"}, "refinement", id,
-                       [&] {
-                           writeSidecar(transcriptURL(id), sourceText);
-                           writeBilingual(bilingualText, id);
-                           writeTimeline(wordTimeline, id);
-                       });
+                       {{transcriptURL(id), std::string(sourceText)},
+                        newBilingual(bilingualText, id),
+                        newTimeline(wordTimeline, id)});
 }
 
 RecordingTranscriptSaveOutcome RecordingCatalog::saveRefinedSourceTranscript(
     std::string_view sourceText, const std::optional<HistoryWordTimeline>& wordTimeline,
     const UUID& id) {
-    return saveGuarded({"refinedSource", "recording.transcript.refinedSource.saveFailed"},
-                       "source refinement", id, [&] {
-                           writeSidecar(transcriptURL(id), sourceText);
-                           writeTimeline(wordTimeline, id);
-                       });
+    return saveGuarded(
+        {"refinedSource", "recording.transcript.refinedSource.saveFailed"}, "source refinement", id,
+        {{transcriptURL(id), std::string(sourceText)}, newTimeline(wordTimeline, id)});
 }
 
-RecordingTranscriptSaveOutcome RecordingCatalog::saveGuarded(SidecarKind kind,
-                                                             std::string_view what, const UUID& id,
-                                                             const std::function<void()>& save) {
+RecordingTranscriptSaveOutcome
+RecordingCatalog::saveGuarded(SidecarKind kind, std::string_view what, const UUID& id,
+                              const std::vector<NewSidecar>& sidecars) {
     using Outcome = RecordingTranscriptSaveOutcome;
     Outcome outcome = Outcome::skippedDeleted;
     queue_->sync([&] {
@@ -144,7 +181,7 @@ RecordingTranscriptSaveOutcome RecordingCatalog::saveGuarded(SidecarKind kind,
                 loaded.index = RecordingIndex::salvaged(loaded.bytes, entriesBesideTranscripts());
             if (!loaded.index.ids().contains(id))
                 return;
-            save();
+            replaceTogether(sidecars);
             refined_.insert(id);
             outcome = Outcome::saved;
         });

@@ -94,8 +94,8 @@ class RecordingCatalog {
     /// A timeline without words and sentences removes the sidecar.
     bool saveWordTimeline(const std::optional<HistoryWordTimeline>& timeline, const UUID& id);
 
-    /// Replace the transcripts of a recording that still exists; no deletion can come between. The
-    /// second leaves the bilingual text alone.
+    /// Replace the transcripts of a recording that still exists, all of them or none; no deletion
+    /// can come between. The second leaves the bilingual text alone.
     RecordingTranscriptSaveOutcome
     saveRefinedTranscript(std::string_view sourceText, std::string_view bilingualText,
                           const std::optional<HistoryWordTimeline>& wordTimeline, const UUID& id);
@@ -121,6 +121,9 @@ class RecordingCatalog {
     std::filesystem::path journalURL(const UUID& id) const;
     /// The entry itself, from which a lost index is made again.
     std::filesystem::path entryURL(const UUID& id) const;
+    /// Where a refined transcript or timeline waits until it takes the place of the former one.
+    static constexpr std::string_view replacementSuffix = ".refined";
+    static std::filesystem::path replacementOf(const std::filesystem::path& sidecar);
 
     /// Posts `recordingTranscriptDidUpdate`, after a live save.
     void announceTranscript(const UUID& id);
@@ -146,8 +149,9 @@ class RecordingCatalog {
     void healStaleRecordings();
     /// Drops entries whose audio is gone.
     void reconcileIndex();
-    /// Removes sidecars of recordings that the index does not know; none while an unreadable index
-    /// is kept aside, since they may be its.
+    /// Removes sidecars of recordings that the index does not know, and imported sound that the end
+    /// of the program kept from getting into the index; none while an unreadable index is kept
+    /// aside, since they may be its.
     void cleanupOrphanTranscripts();
 
   private:
@@ -155,6 +159,11 @@ class RecordingCatalog {
     struct SidecarKind {
         const char* kind;
         const char* event;
+    };
+    /// A sidecar as it is to be; without content there is to be none.
+    struct NewSidecar {
+        std::filesystem::path path;
+        std::optional<std::string> content;
     };
     enum class IndexState { good, missing, unreadable };
     struct LoadedIndex;
@@ -180,11 +189,17 @@ class RecordingCatalog {
     void recordSidecarSaveFailure(SidecarKind kind, const UUID& id,
                                   const std::filesystem::path& path, const std::exception& error);
     void writeSidecar(const std::filesystem::path& path, std::string_view content);
-    void writeBilingual(std::string_view text, const UUID& id);
-    void writeTimeline(const std::optional<HistoryWordTimeline>& timeline, const UUID& id);
+    NewSidecar newBilingual(std::string_view text, const UUID& id) const;
+    NewSidecar newTimeline(const std::optional<HistoryWordTimeline>& timeline,
+                           const UUID& id) const;
+    void write(const NewSidecar& sidecar);
+    void replaceTogether(const std::vector<NewSidecar>& sidecars);
     void writeEntry(const RecordingIndex& index, const UUID& id);
+    std::size_t removeOrphans(const std::filesystem::path& folder, const std::set<UUID>& known,
+                              double notBefore);
     RecordingTranscriptSaveOutcome saveGuarded(SidecarKind kind, std::string_view skipped,
-                                               const UUID& id, const std::function<void()>& save);
+                                               const UUID& id,
+                                               const std::vector<NewSidecar>& sidecars);
 
     bool isSurelyMissing(const std::filesystem::path& path);
     bool namesRecording(const std::filesystem::path& run, const std::set<std::string>& ids);

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <set>
 #include <utility>
 
 namespace tessarune {
@@ -56,6 +57,7 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
     Report report;
     report.rebuiltIndex = catalog_.rebuildUnreadableIndex();
     removeUnfinishedFiles();
+    completeReplacements();
     for (const auto& recording : catalog_.recordings()) {
         if (isUnfinished(recording) && finishSession(recording))
             report.recoveredSessions.push_back(recording.id);
@@ -203,6 +205,34 @@ void RecordingRepair::removeUnfinishedFiles() {
             logger_.important("recording.repair.failed",
                               {{"path", folder.string()}, {"error", std::string(error.what())}});
         }
+    }
+}
+
+/// Of a refined transcript whose text has taken its place the rest does so, too; any other was not
+/// whole when the process ended, and goes. Its text goes last, since it tells the two apart.
+void RecordingRepair::completeReplacements() {
+    const auto& folder = catalog_.paths().transcripts();
+    try {
+        std::vector<std::string> names = files_.list(folder);
+        std::erase_if(names, [](const std::string& name) {
+            return !name.ends_with(RecordingCatalog::replacementSuffix);
+        });
+        const auto textOf = [&](const std::string& name) {
+            const auto text = std::filesystem::path(name.substr(0, name.find('.')) + ".txt");
+            return RecordingCatalog::replacementOf(text).string();
+        };
+        const std::set<std::string> all(names.begin(), names.end());
+        std::ranges::stable_partition(
+            names, [&](const std::string& name) { return name != textOf(name); });
+        for (const std::string& name : names) {
+            if (all.contains(textOf(name)))
+                files_.remove(folder / name);
+            else
+                files_.rename(folder / name, folder / std::filesystem::path(name).stem());
+        }
+    } catch (const std::exception& error) {
+        logger_.important("recording.repair.failed",
+                          {{"path", folder.string()}, {"error", std::string(error.what())}});
     }
 }
 

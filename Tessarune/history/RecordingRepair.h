@@ -25,9 +25,9 @@ class RecordingRepair {
 
     RecordingRepair(FileSystem& files, RecordingCatalog& catalog, TessaruneFileLogger& logger);
 
-    /// All repairs in their order: the index, the sessions that a crash cut off, entries without an
-    /// end, entries without audio, sidecars without an entry. Never throws; what fails is logged
-    /// and tried again at the next start.
+    /// All repairs in their order: the index, transcripts that were being replaced, the sessions
+    /// that a crash cut off, entries without an end, entries without audio, sidecars without an
+    /// entry. Never throws; what fails is logged and tried again at the next start.
     Report runAtLaunch();
 
   private:
@@ -38,6 +38,7 @@ class RecordingRepair {
     void restoreTranscripts(const UUID& id);
     bool writeTranscripts(const UUID& id, const SessionJournalContent& journal);
     void removeUnfinishedFiles();
+    void completeReplacements();
 
     FileSystem& files_;
     RecordingCatalog& catalog_;

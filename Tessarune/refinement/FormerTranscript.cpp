@@ -21,16 +21,25 @@ constexpr double mostCoveredShare = 0.25;
 /// Two recognisers may place one sentence so far apart.
 constexpr double sameSentenceSeconds = 5;
 
+/// What may be there and cannot be read must not count as missing: it would be lost.
 std::string readIfThere(FileSystem& files, const std::filesystem::path& path) {
     try {
-        return files.exists(path) ? files.read(path) : std::string();
-    } catch (const std::system_error&) {
-        return {};
+        return files.read(path);
+    } catch (const std::system_error& error) {
+        if (error.code() == std::errc::no_such_file_or_directory)
+            return {};
+        throw;
     }
 }
 
+/// One whose end nobody knows takes a moment.
+double endOf(const FormerSentence& sentence) {
+    constexpr double moment = 0.1;
+    return std::max(sentence.end, sentence.start + moment);
+}
+
 double overlap(const FormerSentence& sentence, const FormerSegment& segment) {
-    return std::min(sentence.end, segment.end) - std::max(sentence.start, segment.start);
+    return std::min(endOf(sentence), segment.end) - std::max(sentence.start, segment.start);
 }
 
 /// Whether nothing was recognised where the sentence was.
@@ -38,8 +47,7 @@ bool isUncovered(const FormerSentence& sentence, const std::vector<FormerSegment
     double covered = 0;
     for (const FormerSegment& segment : segments)
         covered += std::max(0.0, overlap(sentence, segment));
-    return sentence.end > sentence.start &&
-           covered < mostCoveredShare * (sentence.end - sentence.start);
+    return covered < mostCoveredShare * (endOf(sentence) - sentence.start);
 }
 
 bool isSaidNearby(const FormerSentence& sentence, const std::vector<FormerSegment>& segments) {
@@ -67,14 +75,14 @@ FormerSegment segmentOf(const FormerSentence& sentence, const HistoryWordTimelin
 
 } // namespace
 
-FormerTranscript FormerTranscript::of(const RecordingMetadata& recording,
+FormerTranscript FormerTranscript::of(const UUID& id,
+                                      const std::optional<RecordingMetadata>& recording,
                                       const RecordingCatalog& catalog, FileSystem& files) {
     FormerTranscript former;
-    former.sourceText = readIfThere(files, catalog.transcriptURL(recording.id));
-    former.timeline =
-        HistoryWordTimeline::decoded(readIfThere(files, catalog.wordTimelineURL(recording.id)));
-    if (lengthIsExact(recording))
-        former.recordedSeconds = recording.duration;
+    former.sourceText = readIfThere(files, catalog.transcriptURL(id));
+    former.timeline = HistoryWordTimeline::decoded(readIfThere(files, catalog.wordTimelineURL(id)));
+    if (recording && lengthIsExact(*recording))
+        former.recordedSeconds = recording->duration;
     return former;
 }
 
@@ -83,9 +91,11 @@ bool FormerTranscript::lengthIsExact(const RecordingMetadata& recording) {
     return recording.audioFormat.value_or("").find('/') != std::string::npos;
 }
 
-bool FormerTranscript::wasHeard(double heardSeconds) const {
+bool FormerTranscript::wasHeard(double heardSeconds, bool isWhole) const {
     if (Text::trimmed(sourceText).empty())
         return true;
+    if (!recordedSeconds && !timeline)
+        return isWhole;
     const double through = heardSeconds + lengthSlackSeconds;
     if (recordedSeconds && *recordedSeconds > through)
         return false;

@@ -21,13 +21,14 @@ struct FormerTranscript {
     /// Whether this program wrote the file, and knows how long it is.
     static bool lengthIsExact(const RecordingMetadata& recording);
 
-    /// As it stands on the disk; what cannot be read is missing in it. Any thread.
-    static FormerTranscript of(const RecordingMetadata& recording, const RecordingCatalog& catalog,
-                               FileSystem& files);
+    /// As it stands on the disk. `recording`: its entry, if the index can be read. Throws
+    /// std::system_error for what is there and cannot be read. Any thread.
+    static FormerTranscript of(const UUID& id, const std::optional<RecordingMetadata>& recording,
+                               const RecordingCatalog& catalog, FileSystem& files);
 
     /// Whether all sound of this transcript is within what was heard of the recording; a transcript
-    /// without text has none.
-    bool wasHeard(double heardSeconds) const;
+    /// without text has none. `isWhole`: the file was read to its end.
+    bool wasHeard(double heardSeconds, bool isWhole) const;
 
     /// `refined`, and of this transcript each sentence in whose stretch of sound `refined` has
     /// nothing, with times that are pulled back. A sentence that `refined` has a little earlier or

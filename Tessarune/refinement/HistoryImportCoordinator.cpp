@@ -63,6 +63,7 @@ HistoryImportCoordinator::HistoryImportCoordinator(Environment environment)
 
 HistoryImportCoordinator::~HistoryImportCoordinator() {
     environment_.refinement.jobs().remove(jobs_);
+    ending_.request_stop();
     queue_->sync([] {});
 }
 
@@ -166,7 +167,7 @@ void HistoryImportCoordinator::copyBytes(const std::filesystem::path& source,
         const std::unique_ptr<AppendFile> file = files.create(part);
         std::uint64_t copied = 0;
         for (;;) {
-            if (stop.stop_requested())
+            if (stop.stop_requested() || ending_.stop_requested())
                 throw CancellationError();
             const std::string bytes = files.read(source, copied, copiedAtOnce);
             if (bytes.empty())
@@ -213,7 +214,7 @@ void HistoryImportCoordinator::startTranscription(const UUID& recordingID,
                                                   const std::string& audioPath) {
     const AppSettings& settings = environment_.settings;
     const auto option = ModelCatalog::recognitionOption(*settings.selectedRecognitionOptionID);
-    if (!option || option->localeIdentifier.empty()) {
+    if (!option || option->localeIdentifier.empty() || !environment_.hasRecogniser()) {
         environment_.logger.event("history.import.transcribeUnavailable",
                                   {{"recordingID", recordingID.text()}});
         return;

@@ -38,6 +38,8 @@ class HistoryImportCoordinator {
         AppSettings& settings;
         HistoryRefinementService& refinement;
         OpenMediaFile openMedia;
+        /// Whether there is anything that could transcribe.
+        std::function<bool()> hasRecogniser = [] { return true; };
     };
     /// A file that was not imported, and why.
     struct Problem {
@@ -46,6 +48,7 @@ class HistoryImportCoordinator {
     };
 
     explicit HistoryImportCoordinator(Environment environment);
+    /// A copy that is being made is given up.
     ~HistoryImportCoordinator();
     HistoryImportCoordinator(const HistoryImportCoordinator&) = delete;
 
@@ -80,6 +83,7 @@ class HistoryImportCoordinator {
 
     const Environment environment_;
     const std::shared_ptr<SerialQueue> queue_;
+    std::stop_source ending_;
     Published<std::set<UUID>> transcribingIDs_;
     Published<std::optional<double>> copied_;
     const std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); // for what is posted here

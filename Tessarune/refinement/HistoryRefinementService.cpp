@@ -182,6 +182,8 @@ Task<void> HistoryRefinementService::run(JobPtr job) {
 /// The text, saved before anything is translated, so that the better one shows at once.
 Task<void> HistoryRefinementService::refineSource(JobPtr job) {
     const HistoryRefinementRequest& request = job->request;
+    Task<void> waiting = mayContinue(job); // before a model is loaded
+    co_await waiting;
     if (!engine_)
         engine_ = environment_.engine();
     SpeechAnalyzerFileTranscriber transcriber({environment_.host, worker_, *engine_,
@@ -220,9 +222,8 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
     co_await runOn(worker_, [&] {
         const auto recording = catalog.recording(request.recordingID);
         const FormerTranscript former =
-            recording ? FormerTranscript::of(*recording, catalog, environment_.files)
-                      : FormerTranscript();
-        if (!former.wasHeard(transcription.heardSeconds)) {
+            FormerTranscript::of(request.recordingID, recording, catalog, environment_.files);
+        if (!former.wasHeard(transcription.heardSeconds, transcription.brokenOff.empty())) {
             unheard = transcription.brokenOff.empty() ? localized("the file is too short")
                                                       : transcription.brokenOff;
             return;
@@ -273,6 +274,7 @@ void HistoryRefinementService::correctDuration(RecordingMetadata recording, doub
     const bool isImport = !FormerTranscript::lengthIsExact(recording);
     if (!isImport || std::abs(recording.duration - heardSeconds) < noticedSeconds)
         return;
+    recording.note.reset(); // the stored one may be newer
     recording.duration = heardSeconds;
     recording.endedAt = recording.startedAt + heardSeconds;
     environment_.catalog.upsert(recording);

@@ -266,10 +266,12 @@ TEST_F(RecordingCatalogTests, RefinedTranscriptsReplaceOnlyThoseOfALivingRecordi
     EXPECT_EQ(catalog.saveRefinedTranscript("newer", "", {}, id), Outcome::saved);
     EXPECT_FALSE(disk.has(catalog.bilingualTranscriptURL(id)));
     disk.refused = ".words.json";
-    EXPECT_EQ(catalog.saveRefinedTranscript("newest", "b", {}, id), Outcome::failed);
+    EXPECT_EQ(catalog.saveRefinedTranscript("newest", "b", timeline({{"a", 0, 1, {}, "k"}}), id),
+              Outcome::failed);
     disk.recover();
     EXPECT_EQ(events("recording.transcript.refined.saveFailed")[0]["path"], "/data/Transcripts");
-    EXPECT_EQ(disk.contentsOf(catalog.bilingualTranscriptURL(id)), "b") << "what was written stays";
+    EXPECT_EQ(disk.contentsOf(catalog.transcriptURL(id)), "newer") << "all of them or none";
+    EXPECT_FALSE(disk.has(catalog.bilingualTranscriptURL(id)));
     EXPECT_EQ(updated, (std::vector<NotificationObject>{id, id}));
 
     catalog.deleteRecording(id);

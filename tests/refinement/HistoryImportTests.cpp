@@ -1,3 +1,4 @@
+#include "Tessarune/history/RecordingRepair.h"
 #include "Tessarune/refinement/HistoryImportCoordinator.h"
 #include "tests/refinement/RefinedRecording.h"
 #include "tests/simulation/MemoryDefaults.h"
@@ -115,19 +116,25 @@ TEST(HistoryImportTests, WhatCannotBeImportedSaysWhyAndLeavesNothing) {
 }
 
 TEST(HistoryImportTests, OneFaultOfTheDiskLeavesAWholeRecordingOrNone) {
-    for (std::uint64_t operation = 1;; ++operation) {
-        Importing computer;
-        computer.disk.failAt = computer.disk.operations + operation;
-        const std::uint64_t last = computer.disk.failAt;
-        computer.import({"/home/talk.MP3"});
-        computer.finish();
-        computer.disk.recover();
-        ASSERT_TRUE(computer.problems);
-        const bool isImported = computer.problems->empty();
-        EXPECT_EQ(computer.sounds().size(), isImported ? 1U : 0U) << operation;
-        EXPECT_EQ(computer.catalog.recordings().size(), isImported ? 2U : 1U) << operation;
-        if (computer.disk.operations < last)
-            break;
+    for (const bool isKilled : {false, true}) {
+        for (std::uint64_t operation = 1;; ++operation) {
+            Importing computer;
+            const std::uint64_t last = computer.disk.operations + operation;
+            (isKilled ? computer.disk.failFrom : computer.disk.failAt) = last;
+            computer.import({"/home/talk.MP3"});
+            computer.finish();
+            const bool wasReached = computer.disk.operations >= last;
+            computer.disk.recover();
+            ASSERT_TRUE(computer.problems);
+            if (isKilled)
+                RecordingRepair(computer.disk, computer.catalog, computer.logger).runAtLaunch();
+            const std::size_t imported = computer.catalog.recordings().size() - 1;
+            EXPECT_EQ(computer.sounds().size(), imported) << operation;
+            if (!isKilled)
+                EXPECT_EQ(imported, computer.problems->empty() ? 1U : 0U) << operation;
+            if (!wasReached)
+                break;
+        }
     }
 }
 

@@ -20,6 +20,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <functional>
 #include <random>
 #include <thread>
 
@@ -79,23 +80,31 @@ Task<void> recordForEver(LoopHost& host, Program& program, int told) {
     }
 }
 
-/// Starts a process that records into `folder`, kills it after a while, and gives what it had told.
-std::vector<UUID> recordAndKill(const fs::path& folder, std::chrono::microseconds after) {
-    int told[2];
-    if (::pipe(told) != 0)
-        throw std::runtime_error("no pipe");
+/// Runs `work` in a process of its own and kills it after a while.
+void runAndKill(const fs::path& folder, std::chrono::microseconds after,
+                const std::function<void(LoopHost&, Program&)>& work) {
     const pid_t child = ::fork();
     if (child == 0) {
         LoopHost host;
         Program program(host, folder);
-        spawn(Executor::main(host), recordForEver(host, program, told[1]));
-        host.run();
+        work(host, program);
         ::_exit(1);
     }
-    ::close(told[1]);
     std::this_thread::sleep_for(after);
     ::kill(child, SIGKILL);
     ::waitpid(child, nullptr, 0);
+}
+
+/// Records into `folder` until it is killed, and gives what was told as saved.
+std::vector<UUID> recordAndKill(const fs::path& folder, std::chrono::microseconds after) {
+    int told[2];
+    if (::pipe(told) != 0)
+        throw std::runtime_error("no pipe");
+    runAndKill(folder, after, [&](LoopHost& host, Program& program) {
+        spawn(Executor::main(host), recordForEver(host, program, told[1]));
+        host.run();
+    });
+    ::close(told[1]);
     std::string all;
     char bytes[360];
     for (ssize_t count = 0; (count = ::read(told[0], bytes, sizeof bytes)) > 0;)
@@ -146,9 +155,13 @@ void expectRepaired(Program& program, const std::vector<UUID>& saved) {
     }
 }
 
-TEST(KilledSessionTests, WhateverMomentItIsTheNextStartHasItAll) {
+int numberOfKills() {
     const char* wanted = std::getenv("TESSARUNE_KILLS");
-    const int kills = wanted ? std::atoi(wanted) : 20;
+    return wanted ? std::atoi(wanted) : 20;
+}
+
+TEST(KilledSessionTests, WhateverMomentItIsTheNextStartHasItAll) {
+    const int kills = numberOfKills();
     const auto seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
@@ -176,6 +189,39 @@ TEST(KilledSessionTests, WhateverMomentItIsTheNextStartHasItAll) {
         EXPECT_TRUE(repair.runAtLaunch().recoveredSessions.empty());
     }
     EXPECT_GT(recovered, 0U) << "none was hit while it recorded";
+}
+
+TEST(KilledRefinementTests, TextAndTimesAreOfTheSameRefinement) {
+    std::mt19937 random(std::random_device{}());
+    int replaced = 0;
+    for (int i = 0; i < numberOfKills(); ++i) {
+        const testing::TemporaryFolder folder;
+        SimulatedHost host;
+        Program program(host, folder.path());
+        RecordingMetadata recording;
+        recording.id = UUID::random();
+        recording.filePath = (program.paths.recordings() / "a.m4a").string();
+        program.catalog.upsert(recording);
+        program.files.writeAtomically(recording.filePath, "sound");
+        const auto refineForEver = [&](LoopHost&, Program& refining) {
+            for (int round = 0;; ++round) {
+                HistoryWordTimeline timeline;
+                timeline.sentences = {{std::to_string(round), 0, 1, std::nullopt, "audioWord"}};
+                refining.catalog.saveRefinedTranscript(timeline.sentences.front().source, "both",
+                                                       timeline, recording.id);
+            }
+        };
+        runAndKill(folder.path(), std::chrono::microseconds(random() % 50'000), refineForEver);
+        RecordingRepair(program.files, program.catalog, program.logger).runAtLaunch();
+        const std::string text = testing::contentsOf(program.catalog.transcriptURL(recording.id));
+        const auto timeline = HistoryWordTimeline::decoded(
+            testing::contentsOf(program.catalog.wordTimelineURL(recording.id)));
+        EXPECT_EQ(timeline ? timeline->sentences.front().source : "", text);
+        for (const std::string& name : program.files.list(program.paths.transcripts()))
+            EXPECT_FALSE(name.ends_with(RecordingCatalog::replacementSuffix)) << name;
+        replaced += text.empty() ? 0 : 1;
+    }
+    EXPECT_GT(replaced, 0) << "none was hit while it refined";
 }
 
 } // namespace
