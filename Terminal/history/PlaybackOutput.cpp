@@ -72,7 +72,7 @@ class PlaybackScreen {
     void show(const PlaybackPicture& picture) {
         if (TerminalCursor::isPaused())
             return;
-        const std::size_t width = size_().columns;
+        const auto [width, height] = size_();
         std::vector<std::string> settled;
         if (sentence_ && (!picture.sentence || picture.sentence->index != sentence_->index))
             settled = Text::wrapped(timedText(*sentence_), width);
@@ -84,6 +84,9 @@ class PlaybackScreen {
         }
         if (!quiet_)
             below.push_back("\033[2m" + Text::fitted(statusText(picture), width) + "\033[0m");
+        // What does not fit the screen could not be rewritten.
+        if (below.size() >= height)
+            below.erase(below.begin(), below.end() - static_cast<std::ptrdiff_t>(height - 1));
         if (settled.empty() && below == shown_ && !isNew_)
             return;
         lower_.rewrite(settled, below);

@@ -40,6 +40,7 @@ AudioPlayer::~AudioPlayer() {
 
 void AudioPlayer::teardown() {
     ++loadToken_;
+    path_.clear();
     measuring_.request_stop();
     timer_.cancel();
     onEngine([](PlaybackEngine& engine) { engine.close(); });
@@ -86,9 +87,17 @@ void AudioPlayer::finishLoad(const PlaybackEngine::Loaded& loaded, std::uint64_t
         schedule();
 }
 
+/// What could not be read may be there by now: a disk that was plugged in again.
+void AudioPlayer::loadAgain() {
+    const double place = *currentTime;
+    load(std::filesystem::path(path_));
+    seek(place);
+}
+
 void AudioPlayer::failLoad(const std::string& why, std::uint64_t token) {
     if (token != loadToken_)
         return;
+    engine_.reset();
     publish(isPlaying, false);
     publish(problem, why);
 }
@@ -120,8 +129,10 @@ void AudioPlayer::onEngine(std::function<void(PlaybackEngine&)> action) {
 }
 
 void AudioPlayer::startPlayback() {
-    if (*isPlaying || !engine_)
+    if (*isPlaying || path_.empty())
         return;
+    if (!engine_)
+        loadAgain();
     publish(problem, std::string());
     const bool isClose = *duration > 0 && *currentTime >= *duration - atEndSeconds;
     if ((isAtEnd_ || isClose) && !*boundedPlaybackSentenceIndex)

@@ -47,7 +47,8 @@ class AudioPlayer {
     /// Nothing is loaded any more.
     void teardown();
 
-    /// Goes on, or from the beginning if the recording was at its end.
+    /// Goes on, or from the beginning if the recording was at its end. One that could not be read
+    /// is tried again.
     void startPlayback();
     void pausePlayback();
     void togglePlayback();
@@ -68,6 +69,7 @@ class AudioPlayer {
 
     void finishLoad(const PlaybackEngine::Loaded& loaded, std::uint64_t token);
     void failLoad(const std::string& why, std::uint64_t token);
+    void loadAgain();
     void measureWhole(const std::filesystem::path& path);
     void schedule();
     PlaybackStretch stretch() const;

@@ -29,15 +29,19 @@ class SquareMeter {
     std::size_t count_ = 0;
 };
 
-/// Reads until there is nothing more, or at least so many seconds.
-void listen(MediaFile& file, double seconds, SquareMeter& meter) {
-    while (seconds > 0) {
-        const AudioBufferPtr block = file.read();
-        if (!block)
-            return;
-        meter.add(*block);
-        seconds -= block->seconds();
+/// Reads at least so many seconds, as far as it can. Whether there is nothing more.
+bool listen(MediaFile& file, double seconds, SquareMeter& meter) {
+    try {
+        while (seconds > 0) {
+            const AudioBufferPtr block = file.read();
+            if (!block)
+                return true;
+            meter.add(*block);
+            seconds -= block->seconds();
+        }
+    } catch (const MediaFileError&) { // what else there is says enough
     }
+    return false;
 }
 
 float bent(float sample) {
@@ -68,8 +72,8 @@ Loudness Loudness::estimated(MediaFile& file) {
     const double duration = file.duration().value_or(0);
     SquareMeter meter;
     if (duration <= shortFileSeconds) {
-        listen(file, shortFileSeconds, meter);
-        return {gainFor(meter.mean()), file.read() == nullptr};
+        const bool isWhole = listen(file, shortFileSeconds + 1, meter);
+        return {gainFor(meter.mean()), isWhole};
     }
     for (int part = 0; part < partCount; ++part) {
         file.seek(duration * part / partCount);

@@ -20,7 +20,8 @@ struct Loudness {
     /// Reads the file to its end, or until it is to stop. Throws MediaFileError.
     static Loudness measured(MediaFile& file, const std::stop_token& stop);
     /// What can be said within some hundredths of a second: a short file is read, of a longer one
-    /// parts that lie evenly in it. Throws MediaFileError. The file stands anywhere afterwards.
+    /// parts that lie evenly in it, as far as they can be read. Throws MediaFileError where it has
+    /// no other place than its beginning. The file stands anywhere afterwards.
     static Loudness estimated(MediaFile& file);
 };
 

@@ -53,8 +53,12 @@ void PlaybackEngine::resume() {
 void PlaybackEngine::setStretch(const PlaybackStretch& stretch) {
     stretch_ = stretch;
     isOver_ = false;
-    if (reader_ && !beginAt_)
-        reader_->setStretch(stretch);
+    try {
+        if (reader_ && !beginAt_)
+            reader_->setStretch(stretch);
+    } catch (const std::exception& error) {
+        problem_ = error.what();
+    }
     if (!isPaused_)
         start();
 }

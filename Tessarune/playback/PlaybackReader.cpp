@@ -24,17 +24,19 @@ void PlaybackReader::begin(const PlaybackStretch& stretch, double position) {
     madeFrom_ = 0;
     pieces_.clear();
     tempo_.reset();
-    isOver_ = false;
+    isOver_ = true; // unless all goes well
     mustSeek_ = true;
     beginPiece();
+    isOver_ = false;
 }
 
 void PlaybackReader::setStretch(const PlaybackStretch& stretch) {
     stretch_ = stretch;
     // A block that was cut at the former end may have had more.
     mustSeek_ = true;
-    if (std::exchange(isOver_, false))
+    if (isOver_)
         beginPiece();
+    isOver_ = false;
 }
 
 std::size_t PlaybackReader::blockSamples() const {
@@ -47,11 +49,11 @@ double PlaybackReader::plannedSeconds() const {
 
 void PlaybackReader::beginPiece() {
     rate_ = wantedRate_;
-    tempo_ = rate_ == 1 ? nullptr : changeTempo_(format(), rate_);
     if (pieces_.size() >= mostPieces)
         pieces_.erase(pieces_.begin());
     constexpr double openEnd = std::numeric_limits<double>::infinity();
     pieces_.push_back({plannedSeconds(), pieceStart_, rate_, openEnd});
+    tempo_ = rate_ == 1 ? nullptr : changeTempo_(format(), rate_);
 }
 
 /// All that was read is made; the next piece begins where it ends.

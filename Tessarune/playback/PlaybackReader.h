@@ -35,7 +35,8 @@ class PlaybackReader {
     LevelControl& level() { return level_; }
 
     /// From now on the output is that of `stretch`, from `position` on; what was made so far does
-    /// not count any more.
+    /// not count any more. Throws AudioConversionError, as `setStretch` does; after that there is
+    /// nothing to give.
     void begin(const PlaybackStretch& stretch, double position);
     /// Goes on where it is, as a part of another stretch.
     void setStretch(const PlaybackStretch& stretch);

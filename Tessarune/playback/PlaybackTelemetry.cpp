@@ -19,6 +19,8 @@ PlaybackTelemetry::PlaybackTelemetry(Host& host, TessaruneFileLogger& logger,
     : host_(host), logger_(logger), isEnabled_(isEnabled), playback_(playback) {
     timeObserver_ =
         playback.player().currentTime.onDidChange([this](double time) { follow(time); });
+    playingObserver_ = playback.player().isPlaying.onDidChange(
+        [this](bool isPlaying) { countPlayed(!isPlaying); });
     sentenceObserver_ = playback.activeSentenceIndex.onDidChange([this](auto index) {
         tell("sentenceChanged", {{"previousSentenceIndex", loggedIndex(lastSentence_)},
                                  {"activeSentenceIndex", loggedIndex(index)}});
@@ -33,25 +35,32 @@ PlaybackTelemetry::PlaybackTelemetry(Host& host, TessaruneFileLogger& logger,
 PlaybackTelemetry::~PlaybackTelemetry() {
     playback_.onSentencePlayRequested = nullptr;
     playback_.activeSentenceIndex.remove(sentenceObserver_);
+    playback_.player().isPlaying.remove(playingObserver_);
     playback_.player().currentTime.remove(timeObserver_);
 }
 
 void PlaybackTelemetry::follow(double time) {
     const double now = host_.now();
     const double delta = time - std::exchange(lastTime_, time);
-    if (*playback_.player().isPlaying)
-        playedWallSeconds_ += now - lastChange_;
-    lastChange_ = now;
+    countPlayed(*playback_.player().isPlaying);
     if (std::abs(delta) > playbackSeekDetectionThreshold &&
         now - lastSeek_ >= playbackSeekLogMinInterval) {
         lastSeek_ = now;
         tell("seekDetected",
              {{"previousTime", time - delta}, {"newTime", time}, {"timeDelta", delta}});
     }
-    if (!lastSummary_)
+    if (!lastSummary_) {
         lastSummary_ = now;
-    else if (now - *lastSummary_ >= playbackProgressSummaryInterval)
+        summarisedTime_ = time;
+    } else if (now - *lastSummary_ >= playbackProgressSummaryInterval) {
         summarise(time, now);
+    }
+}
+
+void PlaybackTelemetry::countPlayed(bool wasPlaying) {
+    const double since = std::exchange(lastChange_, host_.now());
+    if (wasPlaying)
+        playedWallSeconds_ += lastChange_ - since;
 }
 
 void PlaybackTelemetry::summarise(double time, double now) {

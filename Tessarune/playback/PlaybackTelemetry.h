@@ -27,6 +27,7 @@ class PlaybackTelemetry {
 
   private:
     void follow(double time);
+    void countPlayed(bool wasPlaying);
     void summarise(double time, double now);
     void tell(const char* name, LogFields fields);
 
@@ -35,6 +36,7 @@ class PlaybackTelemetry {
     const Setting<bool>& isEnabled_;
     TranscriptPlayback& playback_;
     Published<double>::Token timeObserver_;
+    Published<bool>::Token playingObserver_;
     Published<std::optional<std::size_t>>::Token sentenceObserver_;
 
     double lastTime_ = 0;               ///< of the recording

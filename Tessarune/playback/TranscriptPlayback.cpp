@@ -75,13 +75,17 @@ void TranscriptPlayback::focus(std::size_t index) {
 
 void TranscriptPlayback::stepSentence(int direction) {
     const auto active = *activeSentenceIndex;
-    std::size_t index = 0;
-    if (direction > 0 && active)
-        index = *active + 1;
-    else if (active) {
-        const bool isInside =
-            *player_.currentTime > rows_.sentenceTiming(*active)->start + beginningSeconds;
-        index = isInside || *active == 0 ? *active : *active - 1;
+    if (direction < 0 && !active)
+        return player_.seek(0);
+    std::size_t index = active ? *active : 0;
+    if (direction > 0 && active) {
+        ++index;
+    } else if (active) {
+        const double start = rows_.sentenceTiming(index)->start;
+        const bool isInside = *player_.currentTime > start + beginningSeconds;
+        // Of several that begin together the last is the active one.
+        while (!isInside && index > 0 && rows_.sentenceTiming(index)->start >= start)
+            --index;
     }
     if (const TranscriptRows::Sentence* sentence = rows_.sentenceTiming(index))
         player_.seek(sentence->start);

@@ -10,7 +10,9 @@
 #include <sys/stat.h>
 
 #include <algorithm>
+#include <clocale>
 #include <cmath>
+#include <cstdlib>
 #include <fstream>
 #include <random>
 #include <stop_token>
@@ -274,6 +276,13 @@ TEST_F(MediaFileTests, ATranscodingThatFailsLeavesWhatWasThere) {
 }
 
 TEST(AtempoConverterTests, ChangesTheLengthAndNoPitch) {
+    // Qt takes the user's locale over, and its decimal comma with it. Where the system cannot make
+    // one the rest is tested all the same.
+    const testing::TemporaryFolder locales;
+    const std::string locale = (locales / "de_DE.UTF-8").string();
+    (void)std::system(("localedef -i de_DE -f UTF-8 " + locale).c_str());
+    setenv("LOCPATH", locales.path().c_str(), 1);
+    std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
     for (const double rate : {0.5, 0.8, 1.25, 2.0, 2.5, 3.0}) {
         const auto converter = makeAtempoConverter({16000, 2}, rate);
         AudioBuffer all{{16000, 2}, {}};
@@ -300,6 +309,7 @@ TEST(AtempoConverterTests, ChangesTheLengthAndNoPitch) {
             crossings += (all.samples[2 * i] < 0) != (all.samples[2 * i + 2] < 0);
         EXPECT_NEAR(crossings, 400, 8) << "500 Hz at " << rate;
     }
+    std::setlocale(LC_NUMERIC, "C");
     EXPECT_THROW(makeAtempoConverter({0, 2}, 1.5), AudioConversionError);
 }
 

@@ -2,7 +2,6 @@
 
 #include "Tessarune/platform/media/FFmpegSupport.h"
 #include "TessaruneCore/text/Localization.h"
-#include "TessaruneCore/text/Text.h"
 
 extern "C" {
 #include <libavfilter/avfilter.h>
@@ -85,7 +84,10 @@ class AtempoConverter final : public AudioConverter {
             add("abuffer", "sample_fmt=flt:sample_rate=" + sampleRate + ":time_base=1/" +
                                sampleRate + ":channel_layout=" + layout);
         const int filters = rate > fastestOfOneFilter ? 2 : 1;
-        const std::string tempo = Text::fixed(std::pow(rate, 1.0 / filters), 6);
+        // As a fraction: the library reads a decimal point as the locale has it.
+        constexpr double parts = 1e6;
+        const std::string tempo =
+            std::to_string(std::llround(std::pow(rate, 1.0 / filters) * parts)) + "/1000000";
         for (int i = 0; i < filters; ++i)
             last = connect(last, add("atempo", "tempo=" + tempo));
         sink_ = connect(last, add("abuffersink", ""));

@@ -96,8 +96,10 @@ void PulsePlaybackStream::feed() {
     std::size_t count = std::min(room, feeding_->samples.size() - fed_);
     count -= count % frameSamples;
     if (count > 0 && pa_stream_write(stream_.get(), feeding_->samples.data() + fed_,
-                                     count * sizeof(float), nullptr, 0, PA_SEEK_RELATIVE) == 0)
+                                     count * sizeof(float), nullptr, 0, PA_SEEK_RELATIVE) == 0) {
         fed_ += count;
+        sent_ += count;
+    }
     if (fed_ == feeding_->samples.size()) {
         feeding_.reset();
         answer({});
@@ -174,6 +176,7 @@ void PulsePlaybackStream::setPaused(bool paused) {
 void PulsePlaybackStream::flush() {
     PulseLock lock(connection_->loop());
     heard_ = 0;
+    sent_ = 0;
     if (ended_)
         return;
     feeding_.reset();
@@ -206,8 +209,12 @@ void PulsePlaybackStream::askWhereItIs() {
 double PulsePlaybackStream::heardSeconds() const {
     PulseLock lock(connection_->loop());
     pa_usec_t time = 0;
-    if (!ended_ && stream_ && !flushing_ && pa_stream_get_time(stream_.get(), &time) == 0)
-        heard_ = static_cast<double>(time - std::min(time, origin_)) / 1e6;
+    if (!ended_ && stream_ && !flushing_ && pa_stream_get_time(stream_.get(), &time) == 0) {
+        // Between two answers of the server its time is a guess, which goes on while this process
+        // is stopped and the server has long run out of sound.
+        const double most = static_cast<double>(sent_) / format_.channels / format_.sampleRate;
+        heard_ = std::min(static_cast<double>(time - std::min(time, origin_)) / 1e6, most);
+    }
     return heard_;
 }
 

@@ -2,6 +2,7 @@
 
 #include "Tessarune/platform/pulse/PulseConnection.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 
@@ -51,7 +52,8 @@ class PulsePlaybackStream final : public PlaybackStream {
     std::optional<OneShot<PulseOutcome>> waiter_; // of the opening, the write or the drain
     std::optional<PulseOutcome> ended_;
     AudioBufferPtr feeding_;
-    std::size_t fed_ = 0; // samples of `feeding_` that the server has
+    std::size_t fed_ = 0;    // samples of `feeding_` that the server has
+    std::uint64_t sent_ = 0; // samples since the stream was opened or flushed
     PulseOperationPtr draining_;
     PulseOperationPtr flushing_; // nothing is fed while the server flushes
     pa_usec_t origin_ = 0;       // of `heardSeconds`, in the stream's own time

@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <algorithm>
+#include <clocale>
 #include <iostream>
 #include <span>
 
@@ -57,6 +58,9 @@ int runDesktopProgram(int argc, char** argv) {
     PlatformLog::open(programName);
     nameProgram();
     QApplication application(argc, argv); // takes its own options out of the arguments
+    // It also takes over the user's locale. Its texts are welcome, but libraries of sound and
+    // speech read numbers, and those have a decimal point.
+    std::setlocale(LC_NUMERIC, "C");
     const std::span<char*> arguments(argv + 1, static_cast<std::size_t>(std::max(argc, 1) - 1));
     const DesktopRequest request = DesktopRequest::of(arguments);
     if (!request.unknown.empty()) {

@@ -1,0 +1,94 @@
+#include "Tessarune/playback/PlaybackTelemetry.h"
+#include "Tessarune/shell/AppSettings.h"
+#include "tests/playback/PlayerFixture.h"
+#include "tests/simulation/MemoryDefaults.h"
+#include "tests/support/RuntimeLog.h"
+
+#include <gtest/gtest.h>
+
+namespace tessarune {
+namespace {
+
+/// A transcript that is played: three sentences, of which two begin together.
+struct TranscriptFixture : testing::PlayerFixture {
+    TranscriptFixture() {
+        HistoryWordTimeline timeline;
+        timeline.sentences = {{"First words.", 2, 4, {}, "audioWord"},
+                              {"Said together.", 10, 12, {}, "audioWord"},
+                              {"Said, too.", 10, 13, {}, "audioWord"}};
+        timeline.words = {{"First", 2, {}}, {"words.", 3, {}}, {"Said,", 10, {}}, {"too.", 11, {}}};
+        playback.show({HistoryTranscriptPayload(), timeline});
+    }
+    std::optional<std::size_t> activeAt(double place) {
+        player->seek(place);
+        pass(0.5);
+        return *playback.activeSentenceIndex;
+    }
+
+    TranscriptPlayback playback{*player};
+};
+
+TEST(TranscriptPlaybackTests, TheSentenceAndTheWordThatAreHeardAreMarked) {
+    TranscriptFixture fixture;
+    TranscriptPlayback& playback = fixture.playback;
+    fixture.play();
+    EXPECT_EQ(fixture.activeAt(1), std::nullopt);
+    EXPECT_EQ(fixture.activeAt(3), 0U);
+    EXPECT_EQ(*playback.activeTokenIndex, 1U);
+    EXPECT_EQ(fixture.activeAt(10.2), 2U) << "the later of two that begin together";
+}
+
+TEST(TranscriptPlaybackTests, StepsGoFromSentenceToSentence) {
+    TranscriptFixture fixture;
+    fixture.play();
+    struct Step {
+        double from;
+        int direction;
+        double to;
+    };
+    for (const Step& step : {Step{1, -1, 0}, Step{1, 1, 2}, Step{2.5, -1, 2}, Step{3.8, -1, 2},
+                             Step{3, 1, 10}, Step{10.2, -1, 2}, Step{12.5, -1, 10}}) {
+        fixture.activeAt(step.from);
+        fixture.playback.stepSentence(step.direction);
+        EXPECT_EQ(*fixture.player->currentTime, step.to) << step.from;
+    }
+    fixture.playback.playSentence(0);
+    EXPECT_EQ(fixture.playback.highlightedIndex(), 0U);
+    fixture.pass(4);
+    EXPECT_FALSE(*fixture.player->isPlaying);
+    EXPECT_NEAR(*fixture.player->currentTime, 4, 0.001);
+}
+
+TEST(PlaybackTelemetryTests, TellsOfJumpsAndCountsOnlyTheTimeThatIsHeard) {
+    TranscriptFixture fixture;
+    testing::RuntimeLog log(fixture.host);
+    simulation::MemoryDefaults defaults;
+    AppSettings settings{defaults};
+    settings.historyPlaybackDiagnosticsEnabled = true;
+    const PlaybackTelemetry telemetry(fixture.host, log.logger,
+                                      settings.historyPlaybackDiagnosticsEnabled, fixture.playback);
+    fixture.play();
+    fixture.pass(6);
+    fixture.player->pausePlayback();
+    fixture.pass(100);
+    fixture.player->startPlayback();
+    fixture.pass(1);
+    const auto summaries = log.lines("history.playback.progressSummary");
+    ASSERT_EQ(summaries.size(), 1U);
+    EXPECT_NEAR(summaries[0]["playedWallSeconds"].get<double>(), 6.5, 0.1);
+    EXPECT_NEAR(summaries[0]["timeDeltaSinceLastProgress"].get<double>(), 6.5, 0.3);
+    fixture.player->seek(60);
+    const auto jumps = log.lines("history.playback.seekDetected");
+    ASSERT_EQ(jumps.size(), 1U);
+    EXPECT_EQ(jumps[0]["newTime"], 60);
+    const auto changes = log.lines("history.playback.sentenceChanged");
+    ASSERT_EQ(changes.size(), 2U);
+    EXPECT_EQ(changes[0]["previousSentenceIndex"], -1);
+    EXPECT_EQ(changes[1]["activeSentenceIndex"], 2);
+    settings.historyPlaybackDiagnosticsEnabled = false;
+    fixture.player->seek(1);
+    EXPECT_EQ(log.lines("history.playback.seekDetected").size(), 1U);
+}
+
+} // namespace
+} // namespace tessarune
