@@ -1,9 +1,24 @@
 #include "Tessarune/platform/pulse/PulsePlaybackStream.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace tessarune {
+
+namespace {
+
+/// Answers of a server that counts by periods of its device differ by less. Beyond it the stream
+/// has stood still, or is at another place.
+constexpr double answersDifferSeconds = 0.04;
+/// So much of each other answer counts.
+constexpr double answerShare = 0.1;
+
+double clockSeconds() {
+    return static_cast<double>(pa_rtclock_now()) / 1e6;
+}
+
+} // namespace
 
 PulsePlaybackStream::PulsePlaybackStream(std::shared_ptr<PulseConnection> connection,
                                          Executor executor)
@@ -21,6 +36,7 @@ PulsePlaybackStream::~PulsePlaybackStream() {
 void PulsePlaybackStream::dropOperations() {
     draining_.reset();
     flushing_.reset();
+    measuring_.reset();
 }
 
 void PulsePlaybackStream::open(const PlaybackRequest& request, OneShot<PulseOutcome> opened) {
@@ -56,13 +72,16 @@ PulseOutcome PulsePlaybackStream::create(const PlaybackRequest& request) {
             static_cast<PulsePlaybackStream*>(self)->feed();
         },
         this);
+    pa_stream_set_latency_update_callback(
+        stream_.get(),
+        [](pa_stream*, void* self) { static_cast<PulsePlaybackStream*>(self)->measure(); }, this);
     pa_buffer_attr attributes{};
     attributes.maxlength = attributes.prebuf = attributes.minreq = attributes.fragsize =
         static_cast<std::uint32_t>(-1);
     attributes.tlength = static_cast<std::uint32_t>(
         pa_usec_to_bytes(static_cast<pa_usec_t>(serverSeconds * 1e6), &spec_));
-    constexpr auto flags = static_cast<pa_stream_flags_t>(
-        PA_STREAM_ADJUST_LATENCY | PA_STREAM_INTERPOLATE_TIMING | PA_STREAM_AUTO_TIMING_UPDATE);
+    constexpr auto flags =
+        static_cast<pa_stream_flags_t>(PA_STREAM_ADJUST_LATENCY | PA_STREAM_AUTO_TIMING_UPDATE);
     const char* output = request.outputID.empty() ? nullptr : request.outputID.c_str();
     if (pa_stream_connect_playback(stream_.get(), output, &attributes, flags, nullptr, nullptr) < 0)
         return pulseOutcome(pa_context_errno(context));
@@ -169,8 +188,12 @@ Task<void> PulsePlaybackStream::drainAll(PulsePlaybackStream* self) {
 
 void PulsePlaybackStream::setPaused(bool paused) {
     PulseLock lock(connection_->loop());
-    if (!ended_)
-        begin(pa_stream_cork(stream_.get(), paused ? 1 : 0, nullptr, nullptr));
+    if (ended_)
+        return;
+    // It stands until the server says that it plays.
+    measured_ = place();
+    isSounding_ = false;
+    begin(pa_stream_cork(stream_.get(), paused ? 1 : 0, nullptr, nullptr));
 }
 
 void PulsePlaybackStream::flush() {
@@ -198,23 +221,54 @@ void PulsePlaybackStream::askWhereItIs() {
             auto* flushed = static_cast<PulsePlaybackStream*>(self);
             flushed->flushing_.reset();
             if (const pa_timing_info* timing = pa_stream_get_timing_info(stream))
-                flushed->origin_ = pa_bytes_to_usec(
-                    static_cast<std::uint64_t>(std::max<std::int64_t>(timing->write_index, 0)),
-                    &flushed->spec_);
+                flushed->origin_ =
+                    static_cast<double>(pa_bytes_to_usec(
+                        static_cast<std::uint64_t>(std::max<std::int64_t>(timing->write_index, 0)),
+                        &flushed->spec_)) /
+                    1e6;
             flushed->feed();
         },
         this));
 }
 
+/// What the server has said: how much it has passed to the device, and how long that takes there.
+void PulsePlaybackStream::measure() {
+    const pa_timing_info* const timing = pa_stream_get_timing_info(stream_.get());
+    if (!timing || timing->read_index_corrupt)
+        return;
+    const auto passed = static_cast<std::uint64_t>(std::max<std::int64_t>(timing->read_index, 0));
+    measured_ = (static_cast<double>(pa_bytes_to_usec(passed, &spec_)) -
+                 static_cast<double>(timing->sink_usec)) /
+                1e6;
+    const double at = clockSeconds() - static_cast<double>(timing->transport_usec) / 1e6;
+    const double change = measured_ - at - ahead_;
+    const bool wasSounding = std::exchange(isSounding_, timing->playing != 0);
+    const bool isSteady = wasSounding && std::abs(change) < answersDifferSeconds;
+    ahead_ += isSteady ? answerShare * change : change;
+}
+
+/// The stream's time now.
+double PulsePlaybackStream::place() const {
+    return isSounding_ ? clockSeconds() + ahead_ : measured_;
+}
+
+void PulsePlaybackStream::keepMeasuring() const {
+    if (measuring_)
+        return;
+    measuring_.reset(pa_stream_update_timing_info(
+        stream_.get(),
+        [](pa_stream*, int, void* asking) { static_cast<PulseOperationPtr*>(asking)->reset(); },
+        &measuring_));
+}
+
 double PulsePlaybackStream::heardSeconds() const {
     PulseLock lock(connection_->loop());
-    pa_usec_t time = 0;
-    if (!ended_ && stream_ && !flushing_ && pa_stream_get_time(stream_.get(), &time) == 0) {
-        // Between two answers of the server its time is a guess, which goes on while this process
-        // is stopped and the server has long run out of sound.
-        const double most = static_cast<double>(sent_) / format_.channels / format_.sampleRate;
-        heard_ = std::min(static_cast<double>(time - std::min(time, origin_)) / 1e6, most);
-    }
+    if (ended_ || !stream_ || flushing_)
+        return heard_;
+    keepMeasuring();
+    // While this process was stopped the server may have run out of sound.
+    const double most = static_cast<double>(sent_) / format_.channels / format_.sampleRate;
+    heard_ = std::clamp(place() - origin_, 0.0, most);
     return heard_;
 }
 

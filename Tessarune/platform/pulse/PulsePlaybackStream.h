@@ -10,6 +10,10 @@ namespace tessarune {
 
 /// A playback stream. The server holds about two tenths of a second; a write goes on when the
 /// loop's thread has passed its last sample to the server.
+///
+/// The place that is heard is what the server answers, asked as often as somebody wants to know,
+/// and goes forward with the clock in between. The library's own interpolation takes up to a second
+/// until it believes that a stream has stood still, as after each flush.
 class PulsePlaybackStream final : public PlaybackStream {
   public:
     static constexpr double serverSeconds = 0.2;
@@ -36,6 +40,9 @@ class PulsePlaybackStream final : public PlaybackStream {
     PulseOutcome create(const PlaybackRequest& request);
     void handleState();
     void askWhereItIs();
+    void measure();
+    void keepMeasuring() const;
+    double place() const;
     void feed();
     void dropOperations();
     void answer(const PulseOutcome& outcome);
@@ -55,9 +62,13 @@ class PulsePlaybackStream final : public PlaybackStream {
     std::size_t fed_ = 0;    // samples of `feeding_` that the server has
     std::uint64_t sent_ = 0; // samples since the stream was opened or flushed
     PulseOperationPtr draining_;
-    PulseOperationPtr flushing_; // nothing is fed while the server flushes
-    pa_usec_t origin_ = 0;       // of `heardSeconds`, in the stream's own time
-    mutable double heard_ = 0;   // as last asked
+    PulseOperationPtr flushing_;          // nothing is fed while the server flushes
+    mutable PulseOperationPtr measuring_; // the server is asked
+    double origin_ = 0;                   // of `heardSeconds`, in the stream's own time
+    double measured_ = 0;                 // the stream's time, as last answered
+    double ahead_ = 0;                    // of the clock, while the stream plays
+    bool isSounding_ = false;             // the server plays something of it
+    mutable double heard_ = 0;            // as last asked
 };
 
 } // namespace tessarune

@@ -66,6 +66,7 @@ void closeStream(PulseStreamPtr stream) {
     pa_stream_set_read_callback(stream.get(), nullptr, nullptr);
     pa_stream_set_write_callback(stream.get(), nullptr, nullptr);
     pa_stream_set_moved_callback(stream.get(), nullptr, nullptr);
+    pa_stream_set_latency_update_callback(stream.get(), nullptr, nullptr);
     pa_stream_set_state_callback(stream.get(), nullptr, nullptr);
     if (pa_stream_get_state(stream.get()) != PA_STREAM_CREATING) {
         pa_stream_disconnect(stream.get());

@@ -1,9 +1,7 @@
 #include "Tessarune/audio/AudioInputDevices.h"
 #include "Tessarune/audio/MicrophoneCapture.h"
 #include "Tessarune/audio/SystemAudioCapture.h"
-#include "Tessarune/platform/host/LoopHost.h"
-#include "Tessarune/platform/pulse/PrivateSoundServer.h"
-#include "Tessarune/platform/pulse/PulseSoundServer.h"
+#include "tests/integration/sound/PrivateServerTest.h"
 #include "tests/integration/sound/Tones.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +20,6 @@ namespace {
 using testing::strength;
 using testing::tone;
 using testing::toneOfSecond;
-using Kind = PrivateSoundServer::Kind;
 
 /// Collects what a capture delivers, on whichever thread.
 class Recording final : public SystemAudioCaptureDelegate {
@@ -123,32 +120,16 @@ Task<void> play(SoundServer& server, Executor executor, std::vector<AudioBufferP
     co_await draining;
 }
 
-class PulseSoundServerTests : public ::testing::TestWithParam<Kind> {
+class PulseSoundServerTests : public PrivateServerTest {
   protected:
-    static constexpr double patience = 20; // seconds; everything takes a small part of it
-
     void SetUp() override {
-        if (!PrivateSoundServer::isInstalled(GetParam()))
-            GTEST_SKIP() << "the programs of this sound server are not installed";
-        daemon = std::make_unique<PrivateSoundServer>(GetParam());
-        server = std::make_unique<PulseSoundServer>(daemon->address());
+        PrivateServerTest::SetUp();
+        if (IsSkipped())
+            return;
         capture = SystemAudioCapture::create(host, *server);
         capture->delegate = recording;
     }
 
-    template <typename Condition>
-    bool eventually(Condition condition, double seconds = patience) {
-        const double deadline = host.now() + seconds;
-        std::function<void()> look = [&] {
-            if (condition() || host.now() > deadline)
-                host.quit();
-            else
-                host.after(0.01, look);
-        };
-        look();
-        host.run();
-        return condition();
-    }
     std::shared_ptr<Outcome> begin(Task<void> task) {
         auto outcome = std::make_shared<Outcome>();
         spawn(Executor::main(host), finish(std::move(task), outcome));
@@ -181,20 +162,7 @@ class PulseSoundServerTests : public ::testing::TestWithParam<Kind> {
         }
         return heard;
     }
-    /// Runs pactl against the private server; gives what it prints.
-    std::string control(const std::string& arguments) const {
-        const std::string command = "PULSE_SERVER=" + daemon->address() + " pactl " + arguments;
-        std::string printed;
-        FILE* pipe = popen(command.c_str(), "r");
-        for (int c = fgetc(pipe); c != EOF; c = fgetc(pipe))
-            printed += static_cast<char>(c);
-        EXPECT_EQ(pclose(pipe), 0) << command;
-        return printed.substr(0, printed.find('\n'));
-    }
 
-    LoopHost host;
-    std::unique_ptr<PrivateSoundServer> daemon;
-    std::unique_ptr<PulseSoundServer> server;
     std::shared_ptr<SystemAudioCapture> capture;
     std::shared_ptr<Recording> recording = std::make_shared<Recording>();
 };
@@ -320,10 +288,8 @@ extern "C" const char* __tsan_default_suppressions() {
 namespace tessarune {
 namespace {
 
-INSTANTIATE_TEST_SUITE_P(Servers, PulseSoundServerTests,
-                         ::testing::Values(Kind::pulseAudio, Kind::pipeWire), [](const auto& kind) {
-                             return kind.param == Kind::pulseAudio ? "PulseAudio" : "PipeWire";
-                         });
+INSTANTIATE_TEST_SUITE_P(Servers, PulseSoundServerTests, PrivateServerTest::kinds(),
+                         PrivateServerTest::nameOf);
 
 TEST(PulseConnectionTests, AMissingServerIsNamedAtOnceAndMayComeLater) {
     LoopHost host;
