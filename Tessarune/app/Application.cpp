@@ -34,6 +34,8 @@ Application::Application(Host& itsHost, std::string itsProgram)
       defaults(storedDefaults),
       settings(defaults),
       recording(settings, storedDefaults, paths, program),
+      speechModelChoice(settings.speechModel),
+      downloadMirror(settings.modelMirror),
       logger(host, files, paths),
       models(files, paths.models(), ProgramPlaces::modelFolders()),
       installer(host, models, downloadPolicy()),
@@ -68,7 +70,7 @@ Application::~Application() {
 }
 
 DownloadPolicy Application::downloadPolicy() {
-    DownloadPolicy policy = DownloadPolicy::withMirror(*settings.modelMirror);
+    DownloadPolicy policy = DownloadPolicy::withMirror(downloadMirror.reader());
     policy.onTrouble = [this](const DownloadTrouble& trouble) {
         host.post([this, trouble] {
             if (onDownloadTrouble)
@@ -95,9 +97,7 @@ HistoryRefinementService::Environment Application::refinementEnvironment() {
 }
 
 SpeechPlatform Application::speechPlatform() {
-    // The engine asks for the choice on a thread of its own, where the settings may not be read.
-    auto choice = [name = *settings.speechModel] { return name; };
-    return {host, makeSpeechEngine(host, models, std::move(choice)), speechModels,
+    return {host, makeSpeechEngine(host, models, speechModelChoice.reader()), speechModels,
             makeSwresampleConverter, logger};
 }
 

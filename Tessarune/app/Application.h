@@ -19,6 +19,7 @@
 #include "Tessarune/search/TranscriptSearch.h"
 #include "Tessarune/shell/AppSettings.h"
 #include "Tessarune/shell/OverridingUserDefaults.h"
+#include "Tessarune/shell/SharedSetting.h"
 #include "Tessarune/shell/TessaruneFileLogger.h"
 #include "Tessarune/speech/SpeechPlatform.h"
 #include "Tessarune/vocabulary/HistoryWordStatsService.h"
@@ -51,6 +52,8 @@ struct Application {
     OverridingUserDefaults defaults;
     AppSettings settings;
     RecordingGate recording;
+    const SharedSetting speechModelChoice;
+    const SharedSetting downloadMirror;
     TessaruneFileLogger logger;
     ModelStore models;
     ModelInstaller installer;
@@ -71,7 +74,7 @@ struct Application {
     /// Hears why a download gets nowhere, from its first failure on.
     std::function<void(const DownloadTrouble&)> onDownloadTrouble;
 
-    /// What a recogniser works with. The choice of the model is that of this moment.
+    /// What a recogniser works with. Which model it takes is asked when each session begins.
     SpeechPlatform speechPlatform();
 
     /// Why no session can begin: the speech model that is wanted, or any, is missing or damaged.

@@ -127,6 +127,13 @@ void SessionDiagnosticsRecorder::recordCaptionDisplaySettingChange(const std::st
                                    {"value", value}});
 }
 
+void SessionDiagnosticsRecorder::recordCaptionFollow(const std::string& event,
+                                                     const LogFields& fields) {
+    if (auto* captions = log("liveCaptionEvents"))
+        captions->append(
+            LogFields{{"t", environment_.host.now()}, {"event", "follow." + event}}.add(fields));
+}
+
 void SessionDiagnosticsRecorder::captionDisplayRefreshed(const CaptionDisplayRefresh& refresh) {
     if (!isFullDiagnosticsRunning() || !view_)
         return;

@@ -84,6 +84,7 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     void recordSoftCaption(const SoftCaptionObservation& observation) override;
     void appendTranslation(const TranslationObservation& observation) override;
     void captionDisplayRefreshed(const CaptionDisplayRefresh& refresh) override;
+    void recordCaptionFollow(const std::string& event, const LogFields& fields) override;
     void recordCaptionDisplaySettingChange(const std::string& name,
                                            const std::string& value) override;
     void startIdleMemorySentinel(const IdleWatch& watch) override;

@@ -72,7 +72,7 @@ void LiveTranscriptStore::showError(const std::string& message) {
 void LiveTranscriptStore::clearCaptions() {
     texts_.clear();
     environment_.translation->cancelGhostTranslation();
-    refreshCaptionDisplay("captions.clear");
+    refreshCaptionDisplay("caption.clear");
 }
 
 void LiveTranscriptStore::refreshInputDevices() {

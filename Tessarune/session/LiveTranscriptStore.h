@@ -69,6 +69,10 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     /// Takes all captions off the screen; they are saved all the same. A sentence that is still
     /// being spoken shows again when it settles.
     void clearCaptions();
+    /// For the diagnostics run, if one is open.
+    void recordCaptionFollow(const std::string& event, const LogFields& fields) {
+        environment_.diagnostics->recordCaptionFollow(event, fields);
+    }
 
     // Events of the session; the callbacks of its parts end here
     void applyRecognition(const ASREvent& event);

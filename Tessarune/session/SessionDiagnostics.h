@@ -110,6 +110,8 @@ class SessionDiagnostics {
     virtual void captionDisplayRefreshed(const CaptionDisplayRefresh&) {}
     virtual void recordCaptionDisplaySettingChange(const std::string& /*name*/,
                                                    const std::string& /*value*/) {}
+    /// What keeps the list of captions at its newest line has done something.
+    virtual void recordCaptionFollow(const std::string& /*event*/, const LogFields& /*fields*/) {}
 
     // Between two sessions
 

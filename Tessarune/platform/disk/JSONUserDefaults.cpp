@@ -79,6 +79,7 @@ void JSONUserDefaults::load() {
 void JSONUserDefaults::store() {
     if (readOnly_)
         return;
+    const std::string before = problem_;
     try {
         if (file_.has_parent_path())
             files_.createDirectories(file_.parent_path());
@@ -89,6 +90,8 @@ void JSONUserDefaults::store() {
         problem_ = error.what();
         TessaruneLog::storage.fault([&] { return "Tessarune settings not saved: " + problem_; });
     }
+    if (problem_ != before && onProblem)
+        onProblem();
 }
 
 template <typename Change>

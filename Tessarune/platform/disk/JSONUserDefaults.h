@@ -32,6 +32,8 @@ class JSONUserDefaults final : public UserDefaults {
 
     /// What is wrong with the file, for the user; empty while all is well.
     const std::string& problem() const { return problem_; }
+    /// Called after a write has changed the problem; absent: nobody is.
+    std::function<void()> onProblem;
     /// Renames a file that cannot be understood and goes on with an empty one. Gives its new name;
     /// empty if there was no need or it failed, which `problem` says then.
     std::filesystem::path keepAside();

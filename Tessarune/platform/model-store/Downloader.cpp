@@ -222,10 +222,9 @@ std::string DownloadPolicy::mirrorFromEnvironment() {
     return value != nullptr ? value : "";
 }
 
-DownloadPolicy DownloadPolicy::withMirror(std::string chosen) {
+DownloadPolicy DownloadPolicy::withMirror(std::function<std::string()> chosen) {
     DownloadPolicy policy;
-    if (policy.mirror.empty())
-        policy.mirror = std::move(chosen);
+    policy.chosenMirror = std::move(chosen);
     return policy;
 }
 
@@ -243,7 +242,7 @@ Task<void> Downloader::fetch(Executor executor, FileToFetch file, std::filesyste
     if (file.isZstd && file.sha256.empty())
         throw DownloadFailed(localized(
             "%@ has no checksum of its unpacked form and is not downloaded.", {file.name}));
-    file.url = mirrored(file.url, policy_.mirror);
+    file.url = mirrored(file.url, policy_.currentMirror());
     Fetch fetching(files_, policy_, std::move(file), std::move(folder), std::move(progress));
     co_await switchTo(executor);
     if (fetching.isThere())
@@ -256,7 +255,7 @@ Task<void> Downloader::fetch(Executor executor, FileToFetch file, std::filesyste
 
 Task<std::string> Downloader::fetchText(Executor executor, std::string name, std::string url,
                                         std::uint64_t limit, std::stop_token stop) {
-    const std::string address = mirrored(url, policy_.mirror);
+    const std::string address = mirrored(url, policy_.currentMirror());
     Tries tries(policy_);
     co_await switchTo(executor);
     while (true) {

@@ -45,13 +45,19 @@ struct DownloadPolicy {
     /// An address that stands in for the servers of all files; empty for the servers themselves.
     /// See `mirrored`.
     std::string mirror = mirrorFromEnvironment();
+    /// Gives such an address at each download, where `mirror` is empty; on the thread that
+    /// downloads. May be empty.
+    std::function<std::string()> chosenMirror{};
     /// Hears of each try that failed, on the thread that downloads. May be empty.
     std::function<void(const DownloadTrouble&)> onTrouble{};
 
     /// $TESSARUNE_MODEL_MIRROR, or empty.
     static std::string mirrorFromEnvironment();
-    /// With this mirror, unless the environment names one.
-    static DownloadPolicy withMirror(std::string chosen);
+    /// With what is chosen at each download, unless the environment names a mirror.
+    static DownloadPolicy withMirror(std::function<std::string()> chosen);
+    std::string currentMirror() const {
+        return mirror.empty() && chosenMirror ? chosenMirror() : mirror;
+    }
 };
 
 /// The address of a file on a mirror that keeps each server's files under the server's name, as

@@ -434,10 +434,13 @@ TEST_F(InstallerTest, MirrorStandsInForTheServers) {
     server_.on("/m/models.example/a.ort", bytes_);
     DownloadPolicy policy = impatient();
     setenv("TESSARUNE_MODEL_MIRROR", "http://environment", 1);
-    EXPECT_EQ(DownloadPolicy::withMirror("http://setting").mirror, "http://environment");
+    EXPECT_EQ(DownloadPolicy::withMirror([] { return "http://setting"; }).currentMirror(),
+              "http://environment");
     unsetenv("TESSARUNE_MODEL_MIRROR");
-    policy.mirror = DownloadPolicy::withMirror(server_.url("/m/")).mirror;
+    std::string chosen;
+    policy.chosenMirror = [&] { return chosen; };
     ModelInstaller installer(host_, store_, policy);
+    chosen = server_.url("/m/"); // afterwards
     FileToFetch wanted = file("a.ort", bytes_);
     wanted.url = "https://models.example/a.ort";
     EXPECT_EQ(install(installer, model({wanted})), "");

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "Tessarune/shell/Setting.h"
+#include "TessaruneCore/host/Mutex.h"
+#include "TessaruneCore/observation/Observations.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace tessarune {
+
+/// The value of a setting for other threads, which may not read the settings. Main queue; the
+/// setting outlives it.
+class SharedSetting {
+  public:
+    explicit SharedSetting(Setting<std::string>& setting) : copy_(std::make_shared<Copy>()) {
+        const auto take = [copy = copy_, &setting] {
+            const MutexLock lock(copy->mutex);
+            copy->value = *setting;
+        };
+        take();
+        observations_.follow(setting.published(), take);
+    }
+
+    /// Gives the value of the moment at which it is called. Any thread; may outlive this.
+    std::function<std::string()> reader() const {
+        return [copy = copy_] {
+            const MutexLock lock(copy->mutex);
+            return copy->value;
+        };
+    }
+
+  private:
+    struct Copy {
+        Mutex mutex;
+        std::string value GUARDED_BY(mutex);
+    };
+    const std::shared_ptr<Copy> copy_;
+    Observations observations_;
+};
+
+} // namespace tessarune
