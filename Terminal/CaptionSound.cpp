@@ -1,8 +1,10 @@
 #include "Terminal/CaptionSound.h"
 
 #include "Terminal/RunFailure.h"
-#include "Tessarune/app/FileSound.h"
 #include "Tessarune/audio/AudioInputDevices.h"
+#include "Tessarune/platform/file-sound/FileSoundServer.h"
+#include "Tessarune/platform/media/FFmpegMediaFile.h"
+#include "Tessarune/platform/media/SwresampleConverter.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
@@ -44,7 +46,9 @@ void CaptionSound::useFile(const FileSource& file) {
     isFast_ = file.fast;
     auto pace = file.fast ? FileSoundServer::Pace::following(handlers_.takenSeconds, fastLead)
                           : FileSoundServer::Pace::realTime();
-    auto server = FileSound::make(host_, file.path, std::move(pace), handlers_.onFinished);
+    const FileSoundServer::Media media{openAwaitedFFmpegMediaFile, makeSwresampleConverter};
+    auto server = std::make_unique<FileSoundServer>(host_, media, file.path, std::move(pace),
+                                                    handlers_.onFinished);
     giveUp_ = [&file = *server] { file.giveUp(); };
     server_ = std::move(server);
 }

@@ -1,7 +1,7 @@
 #include "Tessarune/app/DemoSound.h"
 
-#include "Tessarune/app/FileSound.h"
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
+#include "Tessarune/platform/model-store/ProgramPlaces.h"
 #include "TessaruneCore/text/Localization.h"
 
 namespace tessarune {
@@ -10,7 +10,7 @@ DemoSound::DemoSound(Host& host) : host_(host), server_(private_.address()) {}
 
 Task<void> DemoSound::play() {
     const Executor main = Executor::main(host_);
-    const std::unique_ptr<MediaFile> file = openFFmpegMediaFile(FileSound::sample());
+    const std::unique_ptr<MediaFile> file = openFFmpegMediaFile(ProgramPlaces::sampleSpeech());
     PlaybackRequest request{PrivateSoundServer::outputID, file->format(),
                             localized("sample speech")};
     Task<std::unique_ptr<PlaybackStream>> opening =

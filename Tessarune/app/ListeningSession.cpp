@@ -15,13 +15,6 @@ namespace {
 /// How often the end of a stop is looked for.
 constexpr double lookAgainSeconds = 0.01;
 
-void forgetWhatIsLearned(OverridingUserDefaults& defaults) {
-    using Key = PermissionsManager::Key;
-    for (const Key key : {Key::systemAudioStatus, Key::speechStatus, Key::microphoneStatus})
-        defaults.override(std::string(storageName(key)),
-                          std::string(storageName(PermissionsManager::Status::unknown)));
-}
-
 std::shared_ptr<SessionDiagnostics> makeDiagnostics(Application& application,
                                                     std::function<void(const ASREvent&)> onASREvent,
                                                     std::function<bool()> mayRecord) {
@@ -48,8 +41,7 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
       host_(application.host),
       permissionDefaults_(application.defaults) {
     Host& host = application.host;
-    if (options.forgetsPermissions)
-        forgetWhatIsLearned(permissionDefaults_);
+    setForgetsPermissions(options.forgetsPermissions);
     permissions_ = std::make_unique<PermissionsManager>(host, sound, permissionDefaults_,
                                                         SystemAuthorization::ofServer(host, sound));
     auto recorder =
@@ -92,6 +84,18 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
 ListeningSession::~ListeningSession() {
     store_->view().sessionPhase.remove(phaseObserver_);
     application_.refinement.setPaused(false);
+}
+
+void ListeningSession::setForgetsPermissions(bool forgets) {
+    using Key = PermissionsManager::Key;
+    for (const Key key : {Key::systemAudioStatus, Key::speechStatus, Key::microphoneStatus}) {
+        if (forgets)
+            permissionDefaults_.override(
+                std::string(storageName(key)),
+                std::string(storageName(PermissionsManager::Status::unknown)));
+        else
+            permissionDefaults_.endOverride(storageName(key));
+    }
 }
 
 Task<bool> ListeningSession::listen(AudioSource source) {

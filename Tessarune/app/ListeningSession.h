@@ -26,9 +26,7 @@ class ListeningSession {
     struct Options {
         /// Hears each recognition event, beside the diagnostics run of the session.
         std::function<void(const ASREvent&)> onASREvent = {};
-        /// The sound is a file's or a private server's: what is learned of permissions there says
-        /// nothing about the desktop and is forgotten.
-        bool forgetsPermissions = false;
+        bool forgetsPermissions = false; ///< see `setForgetsPermissions`
         /// What becomes of the request to refine a session that was saved; by default it is done in
         /// the background.
         std::function<void(const std::optional<HistoryRefinementRequest>&)>
@@ -47,6 +45,10 @@ class ListeningSession {
     Task<bool> listen(AudioSource source);
     /// Ends the session and resumes when it is saved; at once where there is none.
     Task<void> stop();
+
+    /// The sound is a file's or a private server's: what is learned of permissions there says
+    /// nothing about the desktop and is forgotten. Between two sessions.
+    void setForgetsPermissions(bool forgets);
 
     LiveTranscriptTranslation& translation() { return *translation_; }
     const std::shared_ptr<LiveTranscriptTranslation>& sharedTranslation() { return translation_; }

@@ -192,9 +192,11 @@ AppSettings::AppSettings(UserDefaults& store)
       SETTING(showDockIcon, application,
               localizationKey("Shows the program among the running applications."), true,
               boolCodec()),
-      SETTING(screenshotEnabled, application,
-              localizationKey("A diagnostics run keeps pictures of the window."), false,
-              boolCodec()),
+      SETTING(
+          screenshotEnabled, application,
+          localizationKey(
+              "A full diagnostics run keeps pictures of the caption window, with what they show."),
+          false, boolCodec()),
       SETTING(screenshotIntervalMs, application,
               localizationKey("Milliseconds between two pictures of the window."), 1000,
               millisecondsCodec()),

@@ -248,6 +248,16 @@ TEST_F(CaptionWindowTests, AButtonSaysWhatItDoesWhileThePointerRestsOnIt) {
     EXPECT_TRUE(runUntil([&] { return !hintShows(); }));
 }
 
+TEST_F(CaptionWindowTests, AFileIsNamedAsWhatIsHeardAndAnotherSourceCanBeChosen) {
+    const auto* const toolbar =
+        captions.window->window().property("toolbar").value<CaptionToolbarModel*>();
+    captions.soundName = std::string("talk.mp3");
+    EXPECT_EQ(toolbar->sourceName(), "talk.mp3");
+    EXPECT_EQ(toolbar->currentSource(), -1);
+    toolbar->selectSource(0);
+    EXPECT_EQ(captions.asked, std::vector<std::string>{"systemAudio"});
+}
+
 TEST_F(CaptionWindowTests, ReturnsToItsPlaceAndToNoneThatIsOutOfReach) {
     const QRect place(40, 30, 500, 250);
     captions.window->window().setGeometry(place);

@@ -1,6 +1,8 @@
 #include "Tessarune/app/LoginItem.h"
 #include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "Tessarune/platform/qt-desktop/DesktopMotion.h"
 #include "Tessarune/platform/qt-desktop/SleepWatch.h"
+#include "Tessarune/platform/qt-desktop/TrayWatch.h"
 #include "Tessarune/platform/qt-desktop/XDGDesktop.h"
 #include "Tessarune/platform/qt-host/QtHost.h"
 #include "tests/support/FileContents.h"
@@ -18,7 +20,8 @@
 namespace tessarune {
 namespace {
 
-/// The system's login manager and the desktop's settings portal, as far as the program asks them.
+/// The system's login manager, the desktop's settings portal and its tray, as far as the program
+/// asks them.
 class ScriptedServices : public QDBusVirtualObject {
   public:
     QString introspect(const QString&) const override { return {}; }
@@ -32,6 +35,16 @@ class ScriptedServices : public QDBusVirtualObject {
             close(ends[1]);
             return true;
         }
+        if (message.member() == QLatin1String("Read") &&
+            message.arguments().value(1) == QLatin1String("enable-animations")) {
+            const QVariant wrapped = QVariant::fromValue(QDBusVariant(false));
+            bus.send(message.createReply(QVariant::fromValue(QDBusVariant(wrapped))));
+            return true;
+        }
+        if (message.member() == QLatin1String("Get")) {
+            bus.send(message.createReply(QVariant::fromValue(QDBusVariant(hasPanel))));
+            return true;
+        }
         return false;
     }
     /// Whether the program still holds its end.
@@ -41,27 +54,68 @@ class ScriptedServices : public QDBusVirtualObject {
     }
 
     int held = -1;
+    bool hasPanel = false; ///< shows what is in the tray
 };
 
-TEST(SleepWatch, TheComputerWaitsUntilEverythingIsOnTheDisk) {
-    offscreenApplication();
+/// A bus of the test's own, with one side for the services and one for the program.
+class DesktopServices : public ::testing::Test {
+  protected:
+    DesktopServices() {
+        offscreenApplication();
+        EXPECT_TRUE(runUntil([&] { return daemon.output().find('\n') != std::string::npos; }));
+        const QString address = QString::fromStdString(daemon.output()).trimmed();
+        manager = QDBusConnection::connectToBus(address, "manager");
+        program = QDBusConnection::connectToBus(address, "program");
+    }
+    ~DesktopServices() override {
+        QDBusConnection::disconnectFromBus("manager");
+        QDBusConnection::disconnectFromBus("program");
+    }
+
     const testing::TemporaryFolder folder;
-    const testing::StartedProgram daemon(
-        "/usr/bin/dbus-daemon", {"--session", "--nofork", "--print-address=1"}, folder.path(), {});
-    ASSERT_TRUE(runUntil([&] { return daemon.output().find('\n') != std::string::npos; }));
-    const QString address = QString::fromStdString(daemon.output()).trimmed();
-    QDBusConnection manager = QDBusConnection::connectToBus(address, "manager");
+    const testing::StartedProgram daemon{
+        "/usr/bin/dbus-daemon", {"--session", "--nofork", "--print-address=1"}, folder.path(), {}};
+    QDBusConnection manager{QString()};
+    QDBusConnection program{QString()};
     ScriptedServices services;
+};
+
+TEST_F(DesktopServices, ATrayIsFoundWhenItsPanelStartsAfterTheProgram) {
+    int found = 0;
+    const TrayWatch watch(program, [&] { ++found; });
+    manager.registerVirtualObject("/StatusNotifierWatcher", &services);
+    ASSERT_TRUE(manager.registerService("org.kde.StatusNotifierWatcher"));
+    services.hasPanel = true; // which it says of itself
+    manager.send(QDBusMessage::createSignal(
+        "/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher", "StatusNotifierHostRegistered"));
+    EXPECT_TRUE(runUntil([&] { return found > 0 && watch.isThere(); }));
+    manager.unregisterService("org.kde.StatusNotifierWatcher");
+    EXPECT_TRUE(runUntil([&] { return !watch.isThere(); }));
+}
+
+TEST_F(DesktopServices, MotionIsAsTheDesktopWantsItAndFollowsAChange) {
+    manager.registerVirtualObject("/org/freedesktop/portal/desktop", &services);
+    ASSERT_TRUE(manager.registerService("org.freedesktop.portal.Desktop"));
+    const DesktopMotion motion(program);
+    EXPECT_TRUE(runUntil([&] { return *motion.isReduced; }));
+    QDBusMessage change = QDBusMessage::createSignal(
+        "/org/freedesktop/portal/desktop", "org.freedesktop.portal.Settings", "SettingChanged");
+    change << "org.gnome.desktop.interface"
+           << "enable-animations" << QVariant::fromValue(QDBusVariant(true));
+    manager.send(change);
+    EXPECT_TRUE(runUntil([&] { return !*motion.isReduced; }));
+}
+
+TEST_F(DesktopServices, TheComputerWaitsUntilEverythingIsOnTheDisk) {
     manager.registerVirtualObject("/org/freedesktop/login1", &services);
     ASSERT_TRUE(manager.registerService("org.freedesktop.login1"));
 
     std::function<void()> ready;
     int woken = 0;
     const SleepWatch watch(
-        QDBusConnection::connectToBus(address, "program"),
-        {.willSleep = [&](std::function<void()> done) { ready = std::move(done); },
-         .didWake = [&] { ++woken; },
-         .willShutDown = {}});
+        program, {.willSleep = [&](std::function<void()> done) { ready = std::move(done); },
+                  .didWake = [&] { ++woken; },
+                  .willShutDown = {}});
     ASSERT_TRUE(runUntil([&] { return services.isHeld(); }));
     const auto announce = [&](bool sleeps) {
         QDBusMessage signal = QDBusMessage::createSignal(

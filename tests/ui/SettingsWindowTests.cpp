@@ -103,6 +103,11 @@ TEST_F(SettingsWindowTests, WhatIsNotUnderstoodIsToldAndReplaced) {
     settings.store.set("selectedRecognitionOptionID", std::string("klingon"));
     settings.changedElsewhere();
     EXPECT_NE(told(rows, rowOf(rows, "要识别的英语"), SettingRowsModel::ProblemRole), "");
+    settings.store.set("speechModel", std::string("enormous"));
+    settings.changedElsewhere();
+    EXPECT_TRUE(settings.window->models().problem().contains("enormous"));
+    settings.window->models().choose(0);
+    EXPECT_EQ(settings.window->models().problem(), "");
     const int address = rowOf(rows, "下载地址");
     settings.window->model().rows()->write(address, "somewhere");
     EXPECT_NE(told(rows, address, SettingRowsModel::ProblemRole), "");

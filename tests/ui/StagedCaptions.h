@@ -30,7 +30,7 @@ class StagedCaptions {
             .host = host,
             .settings = settings,
             .session = session,
-            .soundName = {},
+            .soundName = soundName,
             .notice = notice,
             .store = defaults,
             .commands = {
@@ -49,7 +49,8 @@ class StagedCaptions {
                 .toggleWindow = asks("toggleWindow"),
                 .quit = asks("quit"),
                 .showHistory = asks("history"),
-                .showSettings = asks("settings")},
+                .showSettings =
+                    [this](const std::string& pane) { asked.push_back("settings " + pane); }},
             .secondsBehind = [this] { return secondsBehind; },
             .reducesMotion = reducesMotion});
         window->show();
@@ -100,6 +101,7 @@ class StagedCaptions {
     CaptionCore core = LiveCaptionCoreFactory::make(host, settings);
     SessionView session{display, core, noTranslation.view()};
     Published<std::string> notice;
+    Published<std::string> soundName;
     Published<bool> reducesMotion{false};
     double secondsBehind = 0;
     LiveCaptionDisplayFrame frame = LiveCaptionDisplayFrame::empty();

@@ -77,6 +77,7 @@ class StagedSettings {
             .store = store,
             .reducesMotion = captions.reducesMotion,
             .fileProblem = [this] { return problem; },
+            .followFileProblem = [this](auto changed) { problemChanged = std::move(changed); },
             .renewFile = [this] { problem.clear(); },
             .speechModels = models,
             .speechModelSpeed =
@@ -99,6 +100,7 @@ class StagedSettings {
     ScriptedSpeechModels models{captions.host};
     ScriptedLanguages languages;
     std::string problem; ///< of the settings file
+    std::function<void()> problemChanged;
     std::unique_ptr<SettingsWindow> window;
 };
 

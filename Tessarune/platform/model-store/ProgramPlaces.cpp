@@ -1,6 +1,9 @@
 #include "Tessarune/platform/model-store/ProgramPlaces.h"
 
+#include "TessaruneCore/text/Localization.h"
+
 #include <cstdlib>
+#include <stdexcept>
 #include <system_error>
 
 namespace tessarune::ProgramPlaces {
@@ -36,9 +39,15 @@ std::vector<Path> modelFolders() {
     return places("TESSARUNE_MODELS", TESSARUNE_DATADIR_FROM_BIN "/tessarune/models", "models");
 }
 
-std::vector<Path> sampleFolders() {
-    return places("TESSARUNE_SAMPLES", TESSARUNE_DATADIR_FROM_BIN "/tessarune/samples",
-                  "engines/samples");
+Path sampleSpeech() {
+    for (const Path& folder :
+         places("TESSARUNE_SAMPLES", TESSARUNE_DATADIR_FROM_BIN "/tessarune/samples",
+                "engines/samples")) {
+        Path file = folder / "two_cities.wav";
+        if (std::filesystem::exists(file))
+            return file;
+    }
+    throw std::runtime_error(localized("the sample speech is missing; scripts/setup fetches it"));
 }
 
 } // namespace tessarune::ProgramPlaces

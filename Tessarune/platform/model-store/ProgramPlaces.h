@@ -14,7 +14,8 @@ std::vector<std::filesystem::path> engineFolders();
 /// Folders that are laid out as a model store, best first; they need not exist.
 std::vector<std::filesystem::path> modelFolders();
 
-/// Folders with the sample speech, best first; they need not exist.
-std::vector<std::filesystem::path> sampleFolders();
+/// Speech that comes with the program. Throws std::runtime_error with a text that says how to get
+/// it.
+std::filesystem::path sampleSpeech();
 
 } // namespace tessarune::ProgramPlaces

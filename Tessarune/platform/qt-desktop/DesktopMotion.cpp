@@ -1,9 +1,9 @@
 #include "Tessarune/platform/qt-desktop/DesktopMotion.h"
 
-#include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <utility>
 
 namespace tessarune {
 
@@ -31,12 +31,11 @@ QVariant unwrapped(QVariant value) {
 
 } // namespace
 
-DesktopMotion::DesktopMotion() {
-    QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.isConnected())
+DesktopMotion::DesktopMotion(QDBusConnection bus) : bus_(std::move(bus)) {
+    if (!bus_.isConnected())
         return;
-    bus.connect(portalService, portalPath, settingsInterface, QStringLiteral("SettingChanged"),
-                this, SLOT(SettingChanged(QString, QString, QDBusVariant)));
+    bus_.connect(portalService, portalPath, settingsInterface, QStringLiteral("SettingChanged"),
+                 this, SLOT(SettingChanged(QString, QString, QDBusVariant)));
     for (const auto& wish : wishes)
         read(wish.group, wish.key);
 }
@@ -45,8 +44,7 @@ void DesktopMotion::read(const char* group, const char* key) {
     QDBusMessage call = QDBusMessage::createMethodCall(portalService, portalPath, settingsInterface,
                                                        QStringLiteral("Read"));
     call << QString::fromLatin1(group) << QString::fromLatin1(key);
-    auto* const watcher =
-        new QDBusPendingCallWatcher(QDBusConnection::sessionBus().asyncCall(call), this);
+    auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, group, key] {
         const QDBusPendingReply<QDBusVariant> reply = *watcher;
         watcher->deleteLater();

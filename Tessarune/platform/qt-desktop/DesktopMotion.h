@@ -2,6 +2,7 @@
 
 #include "TessaruneCore/observation/Published.h"
 
+#include <QDBusConnection>
 #include <QDBusVariant>
 #include <QObject>
 #include <QString>
@@ -14,7 +15,8 @@ class DesktopMotion : public QObject {
     Q_OBJECT
 
   public:
-    DesktopMotion();
+    /// `bus` is the session's.
+    explicit DesktopMotion(QDBusConnection bus = QDBusConnection::sessionBus());
 
     /// Assigned here alone.
     Published<bool> isReduced{false};
@@ -24,6 +26,8 @@ class DesktopMotion : public QObject {
 
   private:
     void read(const char* group, const char* key);
+
+    QDBusConnection bus_;
 };
 
 } // namespace tessarune

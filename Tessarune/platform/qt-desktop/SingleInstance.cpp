@@ -2,7 +2,8 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
-#include <QDBusMessage>
+#include <QDeadlineTimer>
+#include <QThread>
 #include <QUrl>
 #include <utility>
 
@@ -11,6 +12,10 @@ namespace tessarune {
 namespace {
 
 constexpr int answerMS = 5000;
+/// A program that ends saves first.
+constexpr int longestEndMS = 15000;
+constexpr unsigned long askAgainMS = 100;
+const QString endingError = QStringLiteral("app.tessarune.captions.Error.Ending");
 
 /// The id as a path: its dots are slashes.
 QString objectPath(const QString& id) {
@@ -59,34 +64,53 @@ void SingleInstance::serve(std::function<void(const InstanceRequest&)> handler) 
 }
 
 void SingleInstance::receive(InstanceRequest request) {
+    if (isEnding_ && calledFromDBus()) {
+        sendErrorReply(endingError, QStringLiteral("the program is ending"));
+        return;
+    }
     if (handler_)
         handler_(request);
     else
         early_.push_back(std::move(request));
 }
 
-std::string SingleInstance::forward(const InstanceRequest& request) const {
+QDBusMessage SingleInstance::ask(const InstanceRequest& request) const {
     const auto call = [this](const char* method, const QVariantList& arguments) {
         QDBusMessage message = QDBusMessage::createMethodCall(
             id_, objectPath(id_), QStringLiteral("org.freedesktop.Application"),
             QLatin1String(method));
         message.setArguments(arguments + QVariantList{activation()});
-        return QDBusConnection::sessionBus()
-            .call(message, QDBus::Block, answerMS)
-            .errorMessage()
-            .toStdString();
+        return QDBusConnection::sessionBus().call(message, QDBus::Block, answerMS);
     };
     if (request.actions.empty() && request.files.empty())
         return call("Activate", {});
-    std::string failure;
+    QDBusMessage answer;
     for (const std::string& action : request.actions) {
-        if (failure.empty())
-            failure = call("ActivateAction", {QString::fromStdString(action), QVariantList()});
+        if (answer.type() != QDBusMessage::ErrorMessage)
+            answer = call("ActivateAction", {QString::fromStdString(action), QVariantList()});
     }
     QStringList uris;
     for (const std::string& file : request.files)
         uris << QUrl::fromLocalFile(QString::fromStdString(file)).toString(QUrl::FullyEncoded);
-    return failure.empty() && !uris.isEmpty() ? call("Open", {uris}) : failure;
+    if (answer.type() != QDBusMessage::ErrorMessage && !uris.isEmpty())
+        answer = call("Open", {uris});
+    return answer;
+}
+
+std::string SingleInstance::forward(const InstanceRequest& request) {
+    QDeadlineTimer patience(longestEndMS);
+    for (;;) {
+        const QDBusMessage answer = ask(request);
+        if (answer.type() != QDBusMessage::ErrorMessage)
+            return {};
+        if (QDBusConnection::sessionBus().registerService(id_)) {
+            standing_ = Standing::first;
+            return {};
+        }
+        if (answer.errorName() != endingError || patience.hasExpired())
+            return answer.errorMessage().toStdString();
+        QThread::msleep(askAgainMS);
+    }
 }
 
 ApplicationInterface::ApplicationInterface(SingleInstance& instance)

@@ -1,6 +1,8 @@
 #pragma once
 
 #include <QDBusAbstractAdaptor>
+#include <QDBusContext>
+#include <QDBusMessage>
 #include <QString>
 #include <QStringList>
 #include <QVariantMap>
@@ -23,7 +25,7 @@ struct InstanceRequest {
 ///
 /// Without a session bus the program is alone. Two that cannot see each other still never write one
 /// data folder: see DataFolderLock.
-class SingleInstance : public QObject {
+class SingleInstance : public QObject, protected QDBusContext {
     Q_OBJECT
 
   public:
@@ -39,15 +41,22 @@ class SingleInstance : public QObject {
     Standing standing() const { return standing_; }
     /// From now on `handler` gets what others ask, and what they asked before.
     void serve(std::function<void(const InstanceRequest&)> handler);
-    /// To the one that runs. Returns why it could not be passed on; empty if it was.
-    std::string forward(const InstanceRequest& request) const;
+    /// This program ends: others that ask are told so, and wait for the name.
+    void refuse() { isEnding_ = true; }
+    /// To the one that runs. Returns why it could not be passed on; empty if it was, and also if
+    /// the other one has ended meanwhile and this is the first now.
+    std::string forward(const InstanceRequest& request);
 
     /// What the bus asks; see ApplicationInterface.
     void receive(InstanceRequest request);
 
   private:
+    /// Asks once, all of it.
+    QDBusMessage ask(const InstanceRequest& request) const;
+
     const QString id_;
     Standing standing_ = Standing::alone;
+    bool isEnding_ = false;
     std::function<void(const InstanceRequest&)> handler_;
     std::vector<InstanceRequest> early_; // before `serve`
 };

@@ -48,9 +48,16 @@ void SleepWatch::hold() {
     });
 }
 
+/// Who is ready only after the computer has slept and woken must not let go of the next sleep.
+void SleepWatch::release(unsigned announcement) {
+    if (announcement == announcement_)
+        held_ = {};
+}
+
 void SleepWatch::PrepareForSleep(bool begins) {
+    const unsigned announcement = ++announcement_;
     if (begins) {
-        handlers_.willSleep([this] { release(); });
+        handlers_.willSleep([this, announcement] { release(announcement); });
         return;
     }
     handlers_.didWake();
@@ -58,8 +65,9 @@ void SleepWatch::PrepareForSleep(bool begins) {
 }
 
 void SleepWatch::PrepareForShutdown(bool begins) {
+    const unsigned announcement = ++announcement_;
     if (begins)
-        handlers_.willShutDown([this] { release(); });
+        handlers_.willShutDown([this, announcement] { release(announcement); });
 }
 
 } // namespace tessarune

@@ -30,11 +30,13 @@ class SleepWatch : public QObject {
 
   private:
     void hold();
-    void release() { held_ = {}; }
+    /// The program is ready for the sleep or the shutdown that was announced then.
+    void release(unsigned announcement);
 
     QDBusConnection bus_;
     const Handlers handlers_;
     QDBusUnixFileDescriptor held_; // while it is open the computer waits
+    unsigned announcement_ = 0;    // the last one
 };
 
 } // namespace tessarune

@@ -1,12 +1,17 @@
 #include "Tessarune/platform/qt-host/LostDisplay.h"
 
+#include <QCoreApplication>
 #include <QString>
+#include <QThread>
 #include <cstdlib>
 #include <utility>
 
 namespace tessarune {
 
 namespace {
+
+/// Longer than the work takes.
+constexpr unsigned long longestWaitMS = 10'000;
 
 std::function<void()>& pendingWork() {
     static std::function<void()> work;
@@ -21,12 +26,24 @@ void doLastWork() {
     }
 }
 
+/// The thread that draws may be the first to notice; the program belongs to the main thread.
+void doLastWorkOnMainThread() {
+    QCoreApplication* const application = QCoreApplication::instance();
+    if (!application || QThread::currentThread() == application->thread()) {
+        doLastWork();
+        return;
+    }
+    QMetaObject::invokeMethod(application, doLastWork, Qt::QueuedConnection);
+    QThread::msleep(longestWaitMS); // the work ends the process
+}
+
 /// Qt says so right before it ends the process: everything of the program is still whole.
 void watchMessages(QtMsgType type, const QMessageLogContext& context, const QString& text) {
     if (previousHandler)
         previousHandler(type, context, text);
-    if (text.startsWith(QLatin1String("The X11 connection broke")))
-        doLastWork();
+    if (text.startsWith(QLatin1String("The X11 connection broke")) ||
+        text.startsWith(QLatin1String("The Wayland connection")))
+        doLastWorkOnMainThread();
 }
 
 } // namespace

@@ -13,6 +13,8 @@ namespace {
 /// has no event for announcements.
 const QString accessibilityBus = QStringLiteral("a11y");
 constexpr int polite = 1; // ATSPI_LIVE_POLITE
+/// As many sentences may settle in one frame.
+constexpr std::size_t mostAtOnce = 8;
 
 } // namespace
 
@@ -20,15 +22,32 @@ CaptionAnnouncer::CaptionAnnouncer(const CaptionWindowEnvironment& environment,
                                    QQuickWindow& window)
     : environment_(environment), window_(window) {
     observations_.follow(environment_.session.captionDisplay.frame, [this] { announceNewest(); });
+    const auto announceTrouble = [this](const std::string& text) {
+        if (QAccessible::isActive() && !text.empty())
+            announce(text);
+    };
+    observations_.followChanges(environment_.notice, announceTrouble);
+    observations_.followChanges(environment_.session.presentedError, announceTrouble);
 }
 
 void CaptionAnnouncer::announceNewest() {
     const LiveCaptionDisplayRows& rows = environment_.session.captionDisplay.frame->sourceTextTail;
     if (rows.empty() || announced_ == rows.back().id)
         return;
+    // Where the last one is not among these, the rows are those of another session.
+    std::size_t first = rows.size() - 1;
+    const std::size_t farthest = rows.size() > mostAtOnce ? rows.size() - mostAtOnce : 0;
+    for (std::size_t row = first; row > farthest; --row) {
+        if (rows[row - 1].id == announced_)
+            first = row;
+    }
     announced_ = rows.back().id;
-    if (QAccessible::isActive() && *environment_.settings.announceCaptions)
-        announce(rows.back().sourceText);
+    if (!QAccessible::isActive() || !*environment_.settings.announceCaptions)
+        return;
+    std::string text = rows[first].sourceText;
+    for (std::size_t row = first + 1; row < rows.size(); ++row)
+        text += " " + rows[row].sourceText;
+    announce(text);
 }
 
 void CaptionAnnouncer::announce(const std::string& text) {

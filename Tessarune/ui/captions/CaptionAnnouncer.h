@@ -11,7 +11,8 @@
 namespace tessarune {
 
 /// Lets a screen reader say each caption that has settled, after what it is just saying, unless the
-/// user has switched that off. Main thread; environment and window outlive it.
+/// user has switched that off, and what is wrong in any case. Main thread; environment and window
+/// outlive it.
 class CaptionAnnouncer {
   public:
     CaptionAnnouncer(const CaptionWindowEnvironment& environment, QQuickWindow& window);

@@ -82,7 +82,7 @@ std::vector<CaptionCommandsModel::Command> CaptionCommandsModel::commands() cons
                        .isFirstOfGroup = true});
     if (commands.showSettings)
         all.push_back({.text = [this] { return toolbar_.settingsText(); },
-                       .run = commands.showSettings,
+                       .run = [this] { toolbar_.showSettings(); },
                        .isFirstOfGroup = !commands.showHistory,
                        .fixedKeys = QKeySequence(Qt::CTRL | Qt::Key_Comma)});
     all.push_back({.text = [] { return QString::fromStdString(localized("隐藏字幕窗口")); },

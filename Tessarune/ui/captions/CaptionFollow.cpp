@@ -1,5 +1,6 @@
 #include "Tessarune/ui/captions/CaptionFollow.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -31,24 +32,43 @@ void CaptionFollow::attachIfReady() {
     connect(list_, &QQuickItem::windowChanged, this, &CaptionFollow::followWindow);
     followWindow(list_->window());
     driver_.emplace(stage_->host(), static_cast<CaptionListView&>(*this), state_,
-                    CaptionFollowDriver::Recorder());
-    connect(stage_, &CaptionStageModel::frameChanged, this, [this] {
-        contentChanged();
-        driver_->frameHeartbeat();
-    });
+                    stage_->followRecorder());
+    connect(stage_, &CaptionStageModel::frameChanged, this, &CaptionFollow::framePublished);
     connect(stage_, &CaptionStageModel::settingsChanged, this, &CaptionFollow::contentChanged);
     driver_->attached();
     contentChanged();
 }
 
 void CaptionFollow::followWindow(QQuickWindow* window) {
-    if (window)
-        connect(window, &QQuickWindow::afterAnimating, this, &CaptionFollow::beforeFrame,
-                static_cast<Qt::ConnectionType>(Qt::DirectConnection | Qt::UniqueConnection));
+    if (!window)
+        return;
+    const auto once = static_cast<Qt::ConnectionType>(Qt::DirectConnection | Qt::UniqueConnection);
+    connect(window, &QQuickWindow::afterAnimating, this, &CaptionFollow::beforeFrame, once);
+    connect(window, &QQuickWindow::visibleChanged, this, &CaptionFollow::visibleChanged, once);
+    connect(window, &QQuickWindow::screenChanged, this, &CaptionFollow::screenChanged, once);
+}
+
+/// That the window draws afterwards is its sign of life. While nobody sees it, it draws nothing.
+void CaptionFollow::framePublished() {
+    contentIsDue_ = true;
+    if (!list_ || !list_->window() || !list_->window()->isExposed())
+        return;
+    driver_->frameHeartbeat();
+    nudgeWindow();
 }
 
 void CaptionFollow::contentChanged() {
     driver_->update(stage_->contentRevision(), stage_->returnSeconds());
+}
+
+void CaptionFollow::visibleChanged(bool isVisible) {
+    if (driver_ && isVisible)
+        driver_->becameVisible("occlusion→visible");
+}
+
+void CaptionFollow::screenChanged() {
+    if (driver_ && list_->window()->isVisible())
+        driver_->becameVisible("screen-change");
 }
 
 void CaptionFollow::movementStarted() {
@@ -79,6 +99,8 @@ void CaptionFollow::contentHeightChanged() {
 
 /// Before the frame is drawn: a line that wraps is never seen half hidden.
 void CaptionFollow::beforeFrame() {
+    if (std::exchange(contentIsDue_, false))
+        contentChanged();
     if (std::exchange(endIsDue_, false) && driver_->isPinned())
         scrollToEnd();
 }
@@ -93,6 +115,20 @@ void CaptionFollow::returnToNewest() {
         return;
     QMetaObject::invokeMethod(list_, "cancelFlick");
     driver_->returnToNewest();
+}
+
+void CaptionFollow::scrollByKey(double pages) {
+    const auto before = geometry();
+    if (!driver_ || !before)
+        return;
+    movementStarted();
+    const double first = listValue("originY") - listValue("topMargin");
+    const double wanted = listValue("contentY") + pages * before->clipHeight;
+    list_->setProperty("contentY",
+                       std::clamp(wanted, std::min(first, before->legalBottomY - hiddenHeight_),
+                                  before->legalBottomY - hiddenHeight_));
+    driver_->userDidLiveScroll();
+    driver_->userDidEndLiveScroll();
 }
 
 std::optional<CaptionListView::Geometry> CaptionFollow::geometry() const {

@@ -42,6 +42,8 @@ class CaptionFollow : public QObject, private CaptionListView {
     Q_INVOKABLE void heightChanged();
     /// The user asks for the newest line.
     Q_INVOKABLE void returnToNewest();
+    /// The user reads on with the keyboard, so many pages further; below 0: back.
+    Q_INVOKABLE void scrollByKey(double pages);
 
   Q_SIGNALS:
     void attachedChanged();
@@ -50,8 +52,11 @@ class CaptionFollow : public QObject, private CaptionListView {
 
   private:
     void attachIfReady();
+    void framePublished();
     void contentChanged();
     void followWindow(QQuickWindow* window);
+    void visibleChanged(bool isVisible);
+    void screenChanged();
     void beforeFrame();
 
     // CaptionListView
@@ -75,7 +80,8 @@ class CaptionFollow : public QObject, private CaptionListView {
     Observations observations_;
     QVariantAnimation gliding_;
     double glide_ = 0;
-    bool endIsDue_ = false; // the rows have another height since the last frame
+    bool contentIsDue_ = false; // a frame was published since the last one was drawn
+    bool endIsDue_ = false;     // the rows have another height since the last frame
 };
 
 } // namespace tessarune

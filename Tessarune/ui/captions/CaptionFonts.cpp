@@ -14,12 +14,18 @@ QString place(std::string_view language) {
         return QStringLiteral("JP");
     if (language.starts_with("ko"))
         return QStringLiteral("KR");
-    if (language.starts_with("zh-Hant"))
+    if (language.starts_with("zh-Hant") || language.starts_with("zh_TW") ||
+        language.starts_with("zh_HK"))
         return QStringLiteral("TC");
     return QStringLiteral("SC");
 }
 
 } // namespace
+
+void nameInterfaceFaces(std::string_view locale) {
+    QFont::insertSubstitution(QGuiApplication::font().family(),
+                              QStringLiteral("Noto Sans CJK ") + place(locale));
+}
 
 QFont captionFont(std::string_view language, std::int64_t size) {
     QFont font = QGuiApplication::font();

@@ -11,4 +11,8 @@ namespace tessarune {
 /// points of the caption settings, which are pixels at a scale of 1.
 QFont captionFont(std::string_view language, std::int64_t size);
 
+/// Names the face of everything else for texts of a locale ("zh_TW"), too. What Qt finds by itself
+/// takes the weight of whatever was drawn first. Before there is a window.
+void nameInterfaceFaces(std::string_view locale);
+
 } // namespace tessarune

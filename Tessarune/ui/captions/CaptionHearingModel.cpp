@@ -85,9 +85,9 @@ std::string CaptionHearingModel::reason() const {
     if (!hasOutput && !session().clearedSegmentIDs->empty())
         return localized(
             "正在接收：%@",
-            {environment_.soundName.empty()
+            {environment_.soundName->empty()
                  ? AudioSourceDisplayName::name(*session().selectedSource, *session().inputDevices)
-                 : environment_.soundName});
+                 : *environment_.soundName});
     return {};
 }
 

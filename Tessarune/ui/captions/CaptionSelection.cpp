@@ -62,6 +62,21 @@ QQuickItem* itemOf(const QQuickItem& row, bool isTranslation) {
 
 } // namespace
 
+CaptionSelection::CaptionSelection() {
+    connect(this, &CaptionSelection::attachedChanged, this, &CaptionSelection::followRows);
+}
+
+/// The selection knows rows by their numbers: without these rows it is of something else.
+void CaptionSelection::followRows() {
+    const auto once = Qt::UniqueConnection;
+    if (rows_) {
+        connect(rows_, &QAbstractItemModel::rowsRemoved, this, &CaptionSelection::clear, once);
+        connect(rows_, &QAbstractItemModel::modelReset, this, &CaptionSelection::clear, once);
+    }
+    if (stage_)
+        connect(stage_, &CaptionStageModel::layoutChanged, this, &CaptionSelection::clear, once);
+}
+
 void CaptionSelection::setList(QQuickItem* list) {
     list_ = list;
     Q_EMIT attachedChanged();

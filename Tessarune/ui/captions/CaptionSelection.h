@@ -28,6 +28,7 @@ class CaptionSelection : public QObject {
     Q_PROPERTY(int revision READ revision NOTIFY changed)
 
   public:
+    CaptionSelection();
     QQuickItem* list() const { return list_; }
     void setList(QQuickItem* list);
     QString text() const;
@@ -60,6 +61,7 @@ class CaptionSelection : public QObject {
         qsizetype to = 0;
     };
 
+    void followRows();
     std::optional<Place> placeAt(QPointF point) const;
     QString textOf(int row, int part) const;
     bool isTranslation(int part) const;

@@ -24,10 +24,16 @@ CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment
         Q_EMIT frameChanged();
     });
     observations_.follow(settings_.state, [this] {
+        const std::pair layout(isBilingual(), swaps());
+        if (std::exchange(layout_, layout) != layout)
+            Q_EMIT layoutChanged();
         updateRows();
         Q_EMIT settingsChanged();
     });
+    observations_.follow(environment_.settings.translationTargetLanguage.published(),
+                         [this] { Q_EMIT settingsChanged(); }); // it has another face
     observations_.follow(environment_.reducesMotion, [this] { Q_EMIT settingsChanged(); });
+    layout_.emplace(isBilingual(), swaps());
     updateRows();
 }
 
@@ -112,23 +118,37 @@ QString CaptionStageModel::emptySubtitle() const {
     return QString::fromStdString(emptyTexts(frame()).subtitle);
 }
 
+bool CaptionStageModel::lacksLanguage() const {
+    return TranslationSupport::isLanguageResourceNotReadyDisplayMessage(
+        frame().translationStatus.text);
+}
+
 QString CaptionStageModel::translationStatus() const {
-    const std::string& text = frame().translationStatus.text;
-    const std::string& target = *environment_.settings.translationTargetLanguage;
-    const auto* const language = TranslationSupport::targetLanguage(target);
-    if (!language || !TranslationSupport::isLanguageResourceNotReadyDisplayMessage(text))
-        return QString::fromStdString(text);
-    return QString::fromStdString(
-        localized("还没有%@的翻译模型。下载：tessarune-terminal --languages download %@",
-                  {TranslationSupport::translationTargetDisplayName(*language), target}));
+    const auto* const language =
+        TranslationSupport::targetLanguage(*environment_.settings.translationTargetLanguage);
+    if (!language || !lacksLanguage())
+        return QString::fromStdString(frame().translationStatus.text);
+    return QString::fromStdString(localized(
+        "还没有%@的翻译模型。", {TranslationSupport::translationTargetDisplayName(*language)}));
+}
+
+QString CaptionStageModel::translationRemedy() const {
+    if (lacksLanguage() && environment_.commands.showSettings)
+        return QString::fromStdString(localized("下载…"));
+    return frame().translationStatus.canRetryIncomplete
+               ? QString::fromStdString(localized("补齐未完成译文"))
+               : QString();
+}
+
+void CaptionStageModel::remedyTranslation() const {
+    if (lacksLanguage() && environment_.commands.showSettings)
+        environment_.commands.showSettings("translation");
+    else
+        environment_.commands.retryTranslation();
 }
 
 QString CaptionStageModel::listName() const {
     return QString::fromStdString(localized("字幕"));
-}
-
-QString CaptionStageModel::retryText() const {
-    return QString::fromStdString(localized("补齐未完成译文"));
 }
 
 QString CaptionStageModel::newestText() const {

@@ -9,6 +9,8 @@
 #include <QFont>
 #include <QObject>
 #include <QString>
+#include <optional>
+#include <utility>
 
 namespace tessarune {
 
@@ -25,8 +27,8 @@ class CaptionStageModel final : public QObject {
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY frameChanged)
     Q_PROPERTY(QString emptySubtitle READ emptySubtitle NOTIFY frameChanged)
     Q_PROPERTY(QString translationStatus READ translationStatus NOTIFY frameChanged)
-    Q_PROPERTY(bool canRetry READ canRetry NOTIFY frameChanged)
-    Q_PROPERTY(QString retryText READ retryText CONSTANT)
+    /// What can be done about it; empty: nothing.
+    Q_PROPERTY(QString translationRemedy READ translationRemedy NOTIFY frameChanged)
     Q_PROPERTY(QString newestText READ newestText CONSTANT)
 
     Q_PROPERTY(QString listName READ listName CONSTANT)
@@ -49,6 +51,9 @@ class CaptionStageModel final : public QObject {
     explicit CaptionStageModel(const CaptionWindowEnvironment& environment);
 
     Host& host() const { return environment_.host; }
+    const CaptionFollowDriver::Recorder& followRecorder() const {
+        return environment_.recordFollow;
+    }
 
     CaptionRowsModel* rows() { return &rows_; }
     CaptionRowsModel* translations() { return &translations_; }
@@ -57,8 +62,7 @@ class CaptionStageModel final : public QObject {
     QString emptyTitle() const;
     QString emptySubtitle() const;
     QString translationStatus() const;
-    bool canRetry() const { return frame().translationStatus.canRetryIncomplete; }
-    QString retryText() const;
+    QString translationRemedy() const;
     QString newestText() const;
 
     QString listName() const;
@@ -79,10 +83,12 @@ class CaptionStageModel final : public QObject {
     QColor sourceColor() const;
     QColor translationColor() const;
 
-    Q_INVOKABLE void retry() const { environment_.commands.retryTranslation(); }
+    Q_INVOKABLE void remedyTranslation() const;
 
   Q_SIGNALS:
     void frameChanged();
+    /// Rows have other texts, or in another order.
+    void layoutChanged();
     void settingsChanged();
 
   private:
@@ -90,8 +96,11 @@ class CaptionStageModel final : public QObject {
     const LiveCaptionDisplayFrame& frame() const { return *display().frame; }
     const SubtitleCaptionSettingsViewState& settings() const { return *settings_.state; }
     bool isCleared() const;
+    /// There is no model for the language to translate into.
+    bool lacksLanguage() const;
     void updateRows();
 
+    std::optional<std::pair<bool, bool>> layout_; // bilingual, swapped
     const CaptionWindowEnvironment& environment_;
     SubtitleCaptionSettingsStore settings_;
     CaptionRowsModel rows_;

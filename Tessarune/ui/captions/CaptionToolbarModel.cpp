@@ -27,10 +27,12 @@ CaptionToolbarModel::CaptionToolbarModel(const CaptionWindowEnvironment& environ
     observations_.follow(session().sessionDuration,
                          announce(&CaptionToolbarModel::durationChanged));
     observations_.follow(session().inputDevices, announce(&CaptionToolbarModel::sourcesChanged));
-    observations_.follow(session().selectedSource, [this] {
+    const auto announceSource = [this] {
         Q_EMIT sourcesChanged();
         Q_EMIT sessionChanged();
-    });
+    };
+    observations_.follow(session().selectedSource, announceSource);
+    observations_.follow(environment_.soundName, announceSource);
     observations_.follow(environment_.notice, announce(&CaptionToolbarModel::noticeChanged));
     observations_.follow(settings_.state, announce(&CaptionToolbarModel::settingsChanged));
     observations_.follow(session().sessionPhase, announce(&CaptionToolbarModel::sessionChanged));
@@ -56,16 +58,13 @@ QString CaptionToolbarModel::toggleText() const {
 
 QString CaptionToolbarModel::sourceName() const {
     return QString::fromStdString(
-        environment_.soundName.empty()
+        environment_.soundName->empty()
             ? AudioSourceDisplayName::name(*session().selectedSource, *session().inputDevices)
-            : environment_.soundName);
+            : *environment_.soundName);
 }
 
 std::vector<AudioSource> CaptionToolbarModel::listedSources() const {
-    std::vector<AudioSource> sources;
-    if (!environment_.soundName.empty())
-        return sources;
-    sources.push_back(AudioSource::systemAudio());
+    std::vector<AudioSource> sources{AudioSource::systemAudio()};
     for (const auto& device : *session().inputDevices)
         sources.push_back(AudioSource::microphone(device.id));
     return sources;
@@ -80,6 +79,8 @@ QStringList CaptionToolbarModel::sources() const {
 }
 
 int CaptionToolbarModel::currentSource() const {
+    if (!environment_.soundName->empty())
+        return -1;
     const auto sources = listedSources();
     const auto found = std::ranges::find(sources, *session().selectedSource);
     return found == sources.end() ? -1 : static_cast<int>(found - sources.begin());
@@ -124,12 +125,16 @@ QString CaptionToolbarModel::duration() const {
 }
 
 QString CaptionToolbarModel::pinText() const {
+    if (!environment_.otherWayToTop.empty())
+        return keepOnTopText();
     return keepsOnTop() ? text("取消窗口置顶") : text("窗口置顶");
 }
 
 QString CaptionToolbarModel::keepOnTopText() const {
-    return environment_.canStayOnTop ? text("窗口置顶")
-                                     : text("窗口置顶（此桌面须用窗口自己的菜单）");
+    return environment_.otherWayToTop.empty()
+               ? text("窗口置顶")
+               : QString::fromStdString(
+                     localized("窗口置顶（此桌面：%@）", {environment_.otherWayToTop}));
 }
 
 QString CaptionToolbarModel::copyText() const {

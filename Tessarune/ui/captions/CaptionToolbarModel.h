@@ -21,8 +21,8 @@ class CaptionToolbarModel final : public QObject {
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY sessionChanged)
     Q_PROPERTY(QString toggleText READ toggleText NOTIFY sessionChanged)
     Q_PROPERTY(QString sourceName READ sourceName NOTIFY sessionChanged)
-    /// Empty: the sound is fixed.
     Q_PROPERTY(QStringList sources READ sources NOTIFY sourcesChanged)
+    /// -1: something else is heard.
     Q_PROPERTY(int currentSource READ currentSource NOTIFY sourcesChanged)
     Q_PROPERTY(QString status READ status NOTIFY sessionChanged)
     /// The status needs the reader's attention: it is shown over the captions.
@@ -32,6 +32,7 @@ class CaptionToolbarModel final : public QObject {
     Q_PROPERTY(QString dismissText READ dismissText CONSTANT)
     Q_PROPERTY(QString duration READ duration NOTIFY durationChanged)
 
+    Q_PROPERTY(bool isCompact READ isCompact NOTIFY settingsChanged)
     Q_PROPERTY(bool keepsOnTop READ keepsOnTop NOTIFY settingsChanged)
     Q_PROPERTY(bool showsPin READ showsPin NOTIFY settingsChanged)
     Q_PROPERTY(bool showsLayout READ showsLayout NOTIFY settingsChanged)
@@ -68,6 +69,7 @@ class CaptionToolbarModel final : public QObject {
     QString dismissText() const;
     QString duration() const;
 
+    bool isCompact() const { return settings_.state->compactToolbar; }
     bool keepsOnTop() const { return settings_.state->keepOnTop; }
     bool showsPin() const { return settings_.state->showPinWindow; }
     bool showsLayout() const { return settings_.state->showLayoutMode; }
@@ -106,7 +108,7 @@ class CaptionToolbarModel final : public QObject {
     Q_INVOKABLE void cycleLayout() const;
     Q_INVOKABLE void swapOrder() const;
     Q_INVOKABLE void showHistory() const { environment_.commands.showHistory(); }
-    Q_INVOKABLE void showSettings() const { environment_.commands.showSettings(); }
+    Q_INVOKABLE void showSettings() const { environment_.commands.showSettings({}); }
     Q_INVOKABLE void dismissNotice() const { environment_.commands.dismissNotice(); }
 
   Q_SIGNALS:

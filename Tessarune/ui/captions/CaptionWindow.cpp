@@ -4,6 +4,8 @@
 #include "Tessarune/ui/captions/CaptionSelection.h"
 #include "Tessarune/ui/captions/StreamingText.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QVariantMap>
 #include <utility>
 
@@ -53,9 +55,14 @@ CaptionWindow::CaptionWindow(CaptionWindowEnvironment environment)
     if (engine_.rootObjects().isEmpty())
         qFatal("the caption window's files cannot be loaded");
     window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
-    place_ = std::make_unique<CaptionWindowPlace>(*window_, environment_.store);
+    place_ = std::make_unique<WindowPlace>(*window_, environment_.store, "captionWindowPlace");
     place_->restore();
     announcer_ = std::make_unique<CaptionAnnouncer>(environment_, *window_);
+}
+
+CaptionWindow::~CaptionWindow() {
+    // Rows that went are still to be deleted, and what moves in them must not outlive the engine.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 void CaptionWindow::show() {
@@ -67,7 +74,6 @@ void CaptionWindow::show() {
 }
 
 void CaptionWindow::hide() {
-    place_->save();
     window_->hide();
 }
 

@@ -7,7 +7,7 @@
 #include "Tessarune/ui/captions/CaptionToolbarModel.h"
 #include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
 #include "Tessarune/ui/captions/CaptionWindowModel.h"
-#include "Tessarune/ui/captions/CaptionWindowPlace.h"
+#include "Tessarune/ui/captions/WindowPlace.h"
 
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
@@ -21,6 +21,7 @@ class CaptionWindow {
     /// Loads the window without showing it. Ends the program where the window's own files are
     /// broken, which no user can mend.
     explicit CaptionWindow(CaptionWindowEnvironment environment);
+    ~CaptionWindow();
     CaptionWindow(const CaptionWindow&) = delete;
     /// Makes what captions are drawn with known to QML, for other windows that show some.
     static void registerTypes();
@@ -40,7 +41,7 @@ class CaptionWindow {
     CaptionHearingModel hearing_;
     QQmlApplicationEngine engine_;
     QQuickWindow* window_ = nullptr; // the engine's
-    std::unique_ptr<CaptionWindowPlace> place_;
+    std::unique_ptr<WindowPlace> place_;
     std::unique_ptr<CaptionAnnouncer> announcer_;
 };
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessarune/audio/AudioSource.h"
+#include "Tessarune/display/CaptionFollowDriver.h"
 #include "Tessarune/session/LiveSessionControlTrigger.h"
 #include "Tessarune/session/SessionView.h"
 #include "Tessarune/session/TranscriptSnapshot.h"
@@ -27,15 +28,16 @@ struct CaptionWindowEnvironment {
         std::function<void()> close;
         std::function<void()> toggleWindow{}; ///< shows it or hides it; captions go on
         std::function<void()> quit{};
-        std::function<void()> showHistory{};  ///< absent: there is no such window
-        std::function<void()> showSettings{}; ///< likewise
+        std::function<void()> showHistory{}; ///< absent: there is no such window
+        /// Likewise; the pane of this name, or empty for where the user was.
+        std::function<void(const std::string& pane)> showSettings{};
     };
 
     Host& host;
     AppSettings& settings;
     const SessionView& session;
     /// What is heard where the sound is no source of the computer's; empty otherwise.
-    std::string soundName;
+    const Published<std::string>& soundName;
     /// What the program itself has to say, until the user has read it; empty: nothing.
     const Published<std::string>& notice;
     /// Where the window keeps its place.
@@ -45,8 +47,11 @@ struct CaptionWindowEnvironment {
     std::function<double()> secondsBehind{};
     /// Whether the desktop asks for less motion.
     const Published<bool>& reducesMotion;
-    /// Whether this desktop lets a program keep its window above others.
-    bool canStayOnTop = true;
+    /// Hears what the list of captions does to stay at its newest line.
+    CaptionFollowDriver::Recorder recordFollow{};
+    /// What the user can do where this desktop lets no program keep its window above others; empty:
+    /// it does.
+    std::string otherWayToTop{};
 };
 
 } // namespace tessarune

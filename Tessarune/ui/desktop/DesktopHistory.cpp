@@ -2,6 +2,7 @@
 
 #include "Tessarune/platform/media/AtempoConverter.h"
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
+#include "Tessarune/playback/PlaybackTelemetry.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <QClipboard>
@@ -71,8 +72,13 @@ std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, Deskt
             [](const std::string& text) {
                 QGuiApplication::clipboard()->setText(QString::fromStdString(text));
             },
-        .player = sound.isFile() ? nullptr : makePlayer(application.host, sound.server()),
-        .refinements = &application.refinement.jobs()});
+        .player = makePlayer(application.host, sound.computer()),
+        .refinements = &application.refinement.jobs(),
+        .watchPlayback = [&application](TranscriptPlayback& playback) -> std::shared_ptr<void> {
+            return std::make_shared<PlaybackTelemetry>(
+                application.host, application.logger,
+                application.settings.historyPlaybackDiagnosticsEnabled, playback);
+        }});
 }
 
 } // namespace tessarune

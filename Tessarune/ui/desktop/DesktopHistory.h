@@ -8,8 +8,7 @@
 
 namespace tessarune {
 
-/// The history window over the application and its sound, which outlive it. While a file is
-/// captioned in place of the computer's sound nothing can be played. Main thread.
+/// The history window over the application and its sound, which outlive it. Main thread.
 std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, DesktopSound& sound);
 
 } // namespace tessarune

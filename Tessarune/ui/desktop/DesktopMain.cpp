@@ -1,6 +1,8 @@
 #include "Tessarune/ui/desktop/DesktopMain.h"
 
 #include "Tessarune/platform/host/PlatformLog.h"
+#include "Tessarune/shell/StringTables.h"
+#include "Tessarune/ui/captions/CaptionFonts.h"
 #include "Tessarune/ui/desktop/DesktopProgram.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 
@@ -8,6 +10,7 @@
 #include <algorithm>
 #include <clocale>
 #include <iostream>
+#include <optional>
 #include <span>
 
 namespace tessarune {
@@ -35,8 +38,11 @@ void nameProgram() {
     QGuiApplication::setDesktopFileName(QStringLiteral(TESSARUNE_APPLICATION_ID));
 }
 
-int passOn(const SingleInstance& instance, const DesktopRequest& request) {
+/// Gives the status to end with; nothing where the other program has just ended.
+std::optional<int> passOn(SingleInstance& instance, const DesktopRequest& request) {
     const std::string failure = instance.forward(request.forOther());
+    if (instance.standing() == SingleInstance::Standing::first)
+        return std::nullopt;
     if (failure.empty())
         return 0;
     std::cerr << "tessarune: it runs already and does not answer: " << failure << "\n";
@@ -61,6 +67,7 @@ int runDesktopProgram(int argc, char** argv) {
     // It also takes over the user's locale. Its texts are welcome, but libraries of sound and
     // speech read numbers, and those have a decimal point.
     std::setlocale(LC_NUMERIC, "C");
+    nameInterfaceFaces(StringTables::userLocale());
     const std::span<char*> arguments(argv + 1, static_cast<std::size_t>(std::max(argc, 1) - 1));
     const DesktopRequest request = DesktopRequest::of(arguments);
     if (!request.unknown.empty()) {
@@ -69,8 +76,10 @@ int runDesktopProgram(int argc, char** argv) {
         return usageError;
     }
     SingleInstance instance(TESSARUNE_APPLICATION_ID);
-    if (instance.standing() == SingleInstance::Standing::second)
-        return passOn(instance, request);
+    if (instance.standing() == SingleInstance::Standing::second) {
+        if (const auto status = passOn(instance, request))
+            return *status;
+    }
     if (request.has(DesktopAction::stop) && request.actions.size() == 1 && !request.file)
         return 0; // nothing runs that could be stopped
     return DesktopProgram(signals, instance, request).run();

@@ -1,7 +1,10 @@
+#include "Tessarune/platform/qt-desktop/X11Desktop.h"
 #include "Tessarune/ui/desktop/DesktopProgram.h"
+#include "TessaruneCore/text/Text.h"
 
 #include <QGuiApplication>
 #include <QSessionManager>
+#include <algorithm>
 #include <utility>
 
 namespace tessarune {
@@ -9,6 +12,17 @@ namespace tessarune {
 void DesktopProgram::watchSystem() {
     QObject::connect(qGuiApp, &QGuiApplication::lastWindowClosed, &host_,
                      [this] { endIfUnreachable(); });
+    shortcuts_.emplace(window_->commands(), window_->window());
+    screenshots_.emplace(ScreenshotService::Environment{
+        host_, application_.files, application_.settings, application_.notifications,
+        store().view(), [this] {
+            return window_->window().isExposed() ? window_->window().grabWindow() : QImage();
+        }});
+    trayWatch_.emplace(QDBusConnection::sessionBus(), [this] { makeTray(); });
+    if (X11Desktop::hasTray())
+        makeTray();
+    const auto& problem = store().view().presentedError;
+    observations_.followChanges(problem, [this](const std::string& text) { notifyIfHidden(text); });
     sleepWatch_.emplace(
         QDBusConnection::systemBus(),
         SleepWatch::Handlers{
@@ -30,6 +44,30 @@ void DesktopProgram::watchSystem() {
     QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &host_, endsSession,
                      Qt::DirectConnection);
     lostDisplay_.emplace([this] { saveNow(); });
+}
+
+void DesktopProgram::tell(const std::string& text) {
+    if (text.empty() || std::ranges::find(notices_, text) != notices_.end())
+        return;
+    notices_.push_back(text);
+    notice_ = Text::joined(notices_, "\n");
+    notifyIfHidden(text);
+}
+
+void DesktopProgram::withdraw(const std::string& text) {
+    if (std::erase(notices_, text) > 0)
+        notice_ = Text::joined(notices_, "\n");
+}
+
+void DesktopProgram::dismissNotices() {
+    notices_.clear();
+    notice_ = std::string();
+}
+
+/// What the window would show reaches a user who does not see it.
+void DesktopProgram::notifyIfHidden(const std::string& text) {
+    if (!text.empty() && window_ && !window_->window().isVisible() && !welcome_)
+        desktop_.notify("Tessarune", text);
 }
 
 Task<void> DesktopProgram::secure(std::function<void()> ready) {

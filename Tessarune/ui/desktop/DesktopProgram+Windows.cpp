@@ -1,3 +1,4 @@
+#include "Tessarune/platform/qt-desktop/X11Desktop.h"
 #include "Tessarune/ui/desktop/DesktopHistory.h"
 #include "Tessarune/ui/desktop/DesktopProgram.h"
 #include "Tessarune/ui/desktop/DesktopSettings.h"
@@ -6,6 +7,8 @@
 #include <QGuiApplication>
 #include <QWindow>
 #include <algorithm>
+#include <string_view>
+#include <utility>
 
 namespace tessarune {
 
@@ -15,6 +18,22 @@ double secondsBehind(const LiveSystemAudioTranscriber& transcriber) {
     const PerfStats stats = transcriber.perfStats();
     const auto found = stats.find("secondsBehind");
     return found == stats.end() ? 0 : found->second;
+}
+
+/// How a user keeps a window above others where no program can.
+std::string desktopsWayToTop() {
+    static const std::pair<const char*, std::string_view> ways[] = {
+        {"GNOME", localizationKey("Alt+空格，置顶")},
+        {"KDE", localizationKey("Alt+F3，更多操作，保持在最上层")},
+        {"sway", "swaymsg floating enable, sticky enable"},
+        {"Hyprland", "hyprctl dispatch pin"},
+    };
+    const QStringList desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(':');
+    for (const auto& [desktop, way] : ways) {
+        if (desktops.contains(QLatin1String(desktop)))
+            return localized(way);
+    }
+    return localized("用窗口自己的菜单");
 }
 
 } // namespace
@@ -39,25 +58,40 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
         .host = host_,
         .settings = application_.settings,
         .session = store().view(),
-        .soundName = sound_.name(),
+        .soundName = sound_.fileName,
         .notice = notice_,
         .store = application_.storedDefaults,
-        .commands = {
-            .toggleListening = [this](const auto& trigger) { toggle(trigger); },
-            .selectSource = [this](const AudioSource& source) { store().selectSource(source); },
-            .refreshInputDevices = [this] { store().refreshInputDevices(); },
-            .retryTranslation = [this] { session_.translation().retryIncompleteTranslations(); },
-            .clearCaptions = [this] { store().clearCaptions(); },
-            .visibleText = [this] { return store().texts().visibleText(); },
-            .dismissNotice = [this] { notice_ = std::string(); },
-            .close = [this] { closeWindow(); },
-            .toggleWindow = [this] { toggleWindow(); },
-            .quit = [this] { quit(); },
-            .showHistory = opens(Kind::history),
-            .showSettings = opens(Kind::settings)},
+        .commands = {.toggleListening = [this](const auto& trigger) { toggle(trigger); },
+                     .selectSource = [this](const AudioSource& source) { selectSource(source); },
+                     .refreshInputDevices = [this] { store().refreshInputDevices(); },
+                     .retryTranslation =
+                         [this] { session_.translation().retryIncompleteTranslations(); },
+                     .clearCaptions = [this] { store().clearCaptions(); },
+                     .visibleText = [this] { return store().texts().visibleText(); },
+                     .dismissNotice = [this] { dismissNotices(); },
+                     .close = [this] { closeWindow(); },
+                     .toggleWindow = [this] { toggleWindow(); },
+                     .quit = [this] { quit(); },
+                     .showHistory = opens(Kind::history),
+                     .showSettings =
+                         [this](const std::string& pane) { windows_.show(Kind::settings, pane); }},
         .secondsBehind = [this] { return secondsBehind(store().liveTranscriber()); },
         .reducesMotion = motion_.isReduced,
-        .canStayOnTop = QGuiApplication::platformName() != QLatin1String("wayland")};
+        .recordFollow = [this](const auto& event, const auto& fields,
+                               bool important) { recordFollow(event, fields, important); },
+        .otherWayToTop = X11Desktop::keepsWindowsAbove() ? std::string() : desktopsWayToTop()};
+}
+
+void DesktopProgram::recordFollow(const std::string& event, const LogFields& fields,
+                                  bool important) {
+    store().recordCaptionFollow(event, fields);
+    LogFields logged;
+    for (const auto& [name, value] : fields) {
+        if (name != "isReviewing")
+            logged.add(name, value);
+    }
+    application_.logger.event("caption." + event, std::move(logged),
+                              important ? Importance::important : Importance::routine);
 }
 
 void DesktopProgram::showFirst() {
@@ -74,7 +108,7 @@ void DesktopProgram::showFirst() {
 }
 
 void DesktopProgram::makeTray() {
-    if (!DesktopTray::isAvailable())
+    if (tray_ || isEnding_)
         return;
     using Kind = DesktopWindows::Kind;
     const auto opens = [this](Kind kind, std::string section) -> std::function<void()> {
@@ -130,7 +164,7 @@ void DesktopProgram::handle(const InstanceRequest& request) {
             perform(*action);
     }
     if (!request.files.empty())
-        tell(localized("文件的字幕要从头开始：请先退出，再用该文件启动。"));
+        captionFile(request.files.back());
 }
 
 void DesktopProgram::showWindow() {
@@ -146,9 +180,9 @@ void DesktopProgram::toggleWindow() {
     QWindow& window = window_->window();
     if (!window.isVisible() || window.windowStates().testFlag(Qt::WindowMinimized))
         showWindow();
-    else if (tray_)
+    else if (isInTray())
         hideWindow();
-    else
+    else if (*application_.settings.showDockIcon)
         window.showMinimized(); // where the desktop lists its windows
 }
 
@@ -164,8 +198,13 @@ void DesktopProgram::endIfUnreachable() {
     const auto windows = QGuiApplication::topLevelWindows();
     const bool isSeen =
         std::ranges::any_of(windows, [](const QWindow* window) { return window->isVisible(); });
-    if (!tray_ && !isSeen)
+    if (!isInTray() && !isSeen)
         quit();
+}
+
+/// A panel may have gone since it showed the item.
+bool DesktopProgram::isInTray() const {
+    return tray_ && (trayWatch_->isThere() || X11Desktop::hasTray());
 }
 
 } // namespace tessarune

@@ -35,9 +35,8 @@ DesktopProgram::DesktopProgram(TerminationSignals& signals, SingleInstance& inst
     : request_(std::move(request)),
       instance_(instance),
       application_(host_, "tessarune"),
-      sound_(host_, request_.file,
-             [this] { store().stopListening(LiveSessionControlTrigger::programmatic()); }),
-      session_(application_, sound_.server(), ListeningSession::Options{{}, sound_.isFile()}),
+      sound_(host_, [this] { spawn(Executor::main(host_), leaveFile(std::nullopt)); }),
+      session_(application_, sound_, {}),
       lifecycle_(host_, application_.logger, store().weak_from_this(), [this] { leave(); }),
       desktop_(application_.files, TESSARUNE_APPLICATION_ID,
                QCoreApplication::applicationFilePath().toStdString()),
@@ -46,17 +45,16 @@ DesktopProgram::DesktopProgram(TerminationSignals& signals, SingleInstance& inst
 }
 
 int DesktopProgram::run() {
-    prepare();
     application_.logger.event("app.launch", {}, Importance::important);
+    prepare();
     offerWindows();
     window_ = std::make_unique<CaptionWindow>(windowEnvironment());
     showFirst();
-    makeTray();
     watchSystem();
     instance_.serve([this](const InstanceRequest& request) { handle(request); });
     // A file is there to be heard; what else is heard is the user's choice.
     if (request_.file)
-        start(LiveSessionControlTrigger::programmatic());
+        captionFile(*request_.file);
     else
         spawn(Executor::main(host_), connect());
     for (const DesktopAction action : request_.actions)
@@ -72,38 +70,35 @@ void DesktopProgram::prepare() {
     application_.recording.onObstacle = [this](const auto& obstacle) {
         tell(obstacleText(obstacle));
     };
-    std::string recovered;
+    tell(obstacleText(found.obstacle));
+    tell(found.rebuiltIndexText());
     if (const auto count = found.repairs.recoveredSessions.size(); count > 0)
-        recovered =
-            localized("已恢复 %lld 次中断的会话，可在历史记录中查看。", {std::to_string(count)});
-    std::string news;
-    for (const std::string& part :
-         {obstacleText(found.obstacle), found.rebuiltIndexText(), recovered})
-        news += (news.empty() || part.empty() ? "" : "\n") + part;
-    tell(news);
+        tell(localized("已恢复 %lld 次中断的会话，可在历史记录中查看。", {std::to_string(count)}));
 }
 
 Task<void> DesktopProgram::connect() {
     isConnecting_ = true;
-    Task<std::string> connecting = sound_.connect();
+    Task<std::string> connecting = sound_.connectOrSay();
     const std::string problem = co_await connecting;
     isConnecting_ = false;
     hasSound_ = problem.empty();
     if (hasSound_)
         store().refreshInputDevices();
-    if (!hasSound_ || *notice_ == soundProblem_)
-        tell(problem);
+    withdraw(soundProblem_);
+    tell(problem);
     soundProblem_ = problem;
 }
 
-/// Says what is wrong where there is none: a session would fetch it without a word.
+/// Where there is none, leads to where it can be had: a session would fetch it without a word.
 bool DesktopProgram::hasSpeechModel() {
     const std::string problem = application_.speechModelProblem();
-    if (!problem.empty())
-        tell(problem + " " +
-             localized("In a terminal, tessarune-terminal --model list shows the speech models; "
-                       "--model NAME downloads one, or replaces a damaged one."));
-    return problem.empty();
+    withdraw(modelProblem_);
+    modelProblem_ = problem;
+    if (problem.empty())
+        return true;
+    tell(problem);
+    windows_.show(DesktopWindows::Kind::settings, "recognition");
+    return false;
 }
 
 void DesktopProgram::start(const LiveSessionControlTrigger& trigger) {
@@ -134,25 +129,76 @@ Task<void> DesktopProgram::connectAndStart(LiveSessionControlTrigger trigger) {
         co_await waiting;
     }
     startsWhenConnected_ = false;
-    if (hasSound_ && !isEnding_)
+    if (!hasSound_ && sound_.isFile())
+        listenToComputer(); // the file cannot be heard
+    else if (hasSound_ && !isEnding_)
         store().startListening(trigger);
+}
+
+void DesktopProgram::captionFile(const std::filesystem::path& file) {
+    if (!std::exchange(wantedFile_, file))
+        spawn(Executor::main(host_), beginFile());
+}
+
+/// What is heard until now is saved first.
+Task<void> DesktopProgram::beginFile() {
+    Task<void> stopping = session_.stop();
+    co_await stopping;
+    const std::filesystem::path file = *std::exchange(wantedFile_, std::nullopt);
+    if (isEnding_)
+        co_return;
+    if (!sound_.isFile())
+        computerSource_ = *store().view().selectedSource;
+    store().selectSource(AudioSource::systemAudio()); // the file has no other
+    session_.setForgetsPermissions(true);
+    sound_.playFile(file);
+    hasSound_ = false;
+    start(LiveSessionControlTrigger::programmatic());
+}
+
+/// Where the user has chosen a source in place of the file, it is heard at once.
+Task<void> DesktopProgram::leaveFile(std::optional<AudioSource> source) {
+    const bool goesOn = source && *store().view().isListening;
+    Task<void> stopping = session_.stop();
+    co_await stopping;
+    if (wantedFile_ || isEnding_)
+        co_return;
+    listenToComputer();
+    store().selectSource(source.value_or(computerSource_));
+    if (goesOn)
+        start(LiveSessionControlTrigger::sourceSwitch());
+}
+
+void DesktopProgram::listenToComputer() {
+    sound_.listenToComputer();
+    session_.setForgetsPermissions(false);
+    hasSound_ = sound_.state() == SoundServerState::connected;
+}
+
+void DesktopProgram::selectSource(const AudioSource& source) {
+    if (sound_.isFile())
+        spawn(Executor::main(host_), leaveFile(source));
+    else
+        store().selectSource(source);
 }
 
 /// The windows go at once, the program when everything is saved.
 void DesktopProgram::quit() {
     if (std::exchange(isEnding_, true))
         return;
+    instance_.refuse();
     hideWindow();
     for (QWindow* const window : QGuiApplication::topLevelWindows())
         window->hide();
-    tray_.reset();
-    store().stopListening(LiveSessionControlTrigger::applicationShouldTerminate());
+    if (tray_)
+        tray_->hide();
     if (lifecycle_.applicationShouldTerminate() ==
         TessaruneListeningLifecycleHandler::TerminateReply::now)
         leave();
 }
 
 void DesktopProgram::leave() {
+    lifecycle_.handleApplicationWillTerminate();
     spawn(Executor::main(host_), endEventLoop(application_.refinement));
 }
 

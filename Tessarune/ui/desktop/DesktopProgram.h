@@ -3,24 +3,32 @@
 #include "Tessarune/app/Application.h"
 #include "Tessarune/app/ListeningSession.h"
 #include "Tessarune/app/LoginItem.h"
+#include "Tessarune/audio/AudioSource.h"
 #include "Tessarune/platform/qt-desktop/DesktopMotion.h"
 #include "Tessarune/platform/qt-desktop/SingleInstance.h"
 #include "Tessarune/platform/qt-desktop/SleepWatch.h"
+#include "Tessarune/platform/qt-desktop/TrayWatch.h"
 #include "Tessarune/platform/qt-desktop/XDGDesktop.h"
 #include "Tessarune/platform/qt-host/LostDisplay.h"
 #include "Tessarune/platform/qt-host/QtHost.h"
 #include "Tessarune/platform/qt-host/TerminationSignals.h"
 #include "Tessarune/session/TessaruneListeningLifecycleHandler.h"
 #include "Tessarune/ui/captions/CaptionWindow.h"
+#include "Tessarune/ui/desktop/ApplicationShortcuts.h"
 #include "Tessarune/ui/desktop/DesktopRequest.h"
 #include "Tessarune/ui/desktop/DesktopSound.h"
 #include "Tessarune/ui/desktop/DesktopTray.h"
 #include "Tessarune/ui/desktop/DesktopWelcome.h"
 #include "Tessarune/ui/desktop/DesktopWindows.h"
+#include "Tessarune/ui/desktop/ScreenshotService.h"
+#include "Tessarune/ui/desktop/WindowLog.h"
+#include "TessaruneCore/observation/Observations.h"
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tessarune {
 
@@ -32,7 +40,10 @@ namespace tessarune {
 class DesktopProgram {
   public:
     DesktopProgram(TerminationSignals& signals, SingleInstance& instance, DesktopRequest request);
-    ~DesktopProgram() { window_.reset(); }
+    ~DesktopProgram() {
+        shortcuts_.reset();
+        window_.reset();
+    }
     DesktopProgram(const DesktopProgram&) = delete;
 
     int run();
@@ -41,18 +52,28 @@ class DesktopProgram {
     // DesktopProgram.cpp
     void prepare();
     /// Shows the text until the user has read it.
-    void tell(const std::string& text) { notice_ = text; }
+    void tell(const std::string& text);
+    /// It is no longer so.
+    void withdraw(const std::string& text);
+    void dismissNotices();
     Task<void> connect();
     bool hasSpeechModel();
     void start(const LiveSessionControlTrigger& trigger);
     void toggle(const LiveSessionControlTrigger& trigger);
     Task<void> connectAndStart(LiveSessionControlTrigger trigger);
+    /// A file in place of the computer's sound, from its beginning to its end.
+    void captionFile(const std::filesystem::path& file);
+    Task<void> beginFile();
+    Task<void> leaveFile(std::optional<AudioSource> source);
+    void listenToComputer();
+    void selectSource(const AudioSource& source);
     void quit();
     void leave();
     LiveTranscriptStore& store() { return session_.store(); }
 
     // DesktopProgram+System.cpp: what the computer does around the program
     void watchSystem();
+    void notifyIfHidden(const std::string& text);
     Task<void> secure(std::function<void()> ready);
     Task<void> finish(std::function<void()> ready);
     void saveNow();
@@ -60,6 +81,7 @@ class DesktopProgram {
     // DesktopProgram+Windows.cpp
     void offerWindows();
     CaptionWindowEnvironment windowEnvironment();
+    void recordFollow(const std::string& event, const LogFields& fields, bool important);
     /// The captions, or on the first start what comes before them.
     void showFirst();
     void makeTray();
@@ -70,6 +92,7 @@ class DesktopProgram {
     void toggleWindow();
     void closeWindow();
     void endIfUnreachable();
+    bool isInTray() const;
 
     const DesktopRequest request_;
     SingleInstance& instance_;
@@ -81,10 +104,18 @@ class DesktopProgram {
     XDGDesktop desktop_;
     LoginItem loginItem_;
     std::optional<SleepWatch> sleepWatch_;
+    std::optional<TrayWatch> trayWatch_;
     std::optional<LostDisplay> lostDisplay_;
+    std::optional<ScreenshotService> screenshots_;
+    std::optional<ApplicationShortcuts> shortcuts_;
     DesktopMotion motion_;
-    Published<std::string> notice_;
-    std::string soundProblem_; // what was said of it last
+    WindowLog windowLog_;
+    std::vector<std::string> notices_;                // those that the user has not dismissed
+    Published<std::string> notice_;                   // all of them
+    std::string soundProblem_;                        // what was said of it last
+    std::string modelProblem_;                        // likewise of the speech model
+    std::optional<std::filesystem::path> wantedFile_; // once the session until now is saved
+    AudioSource computerSource_ = AudioSource::systemAudio(); // that was heard before a file
     std::unique_ptr<CaptionWindow> window_;
     std::optional<DesktopTray> tray_;
     DesktopWindows windows_;
@@ -93,6 +124,7 @@ class DesktopProgram {
     bool isConnecting_ = false;
     bool startsWhenConnected_ = false;
     bool isEnding_ = false;
+    Observations observations_;
 };
 
 } // namespace tessarune

@@ -20,6 +20,10 @@ std::unique_ptr<SettingsWindow> makeSettingsWindow(Application& application,
         .store = application.storedDefaults,
         .reducesMotion = reducesMotion,
         .fileProblem = [&application] { return application.storedDefaults.problem(); },
+        .followFileProblem =
+            [&application](std::function<void()> changed) {
+                application.storedDefaults.onProblem = std::move(changed);
+            },
         .renewFile = [&application] { application.renewSettingsFile(); },
         .speechModels = application.speechModels,
         .speechModelSpeed =

@@ -1,7 +1,7 @@
 #include "Tessarune/ui/desktop/DesktopSound.h"
 
-#include "Tessarune/app/FileSound.h"
-#include "Tessarune/platform/pulse/PulseSoundServer.h"
+#include "Tessarune/platform/media/FFmpegMediaFile.h"
+#include "Tessarune/platform/media/SwresampleConverter.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <exception>
@@ -9,22 +9,11 @@
 
 namespace tessarune {
 
-DesktopSound::DesktopSound(Host& host, std::optional<std::filesystem::path> file,
-                           std::function<void()> onFinished)
-    : host_(host), file_(std::move(file)) {
-    if (!file_) {
-        server_ = std::make_unique<PulseSoundServer>();
-        return;
-    }
-    server_ = FileSound::make(
-        host, *file_, FileSoundServer::Pace::realTime(),
-        [onFinished = std::move(onFinished)](const std::exception_ptr&) { onFinished(); });
-}
+namespace {
 
-Task<std::string> DesktopSound::connect() {
+Task<std::string> problemOf(Task<void> connecting) {
     std::string problem;
     try {
-        Task<void> connecting = server_->connect(Executor::main(host_));
         co_await connecting;
     } catch (const SoundServerError& error) {
         problem = localized("There is no sound server: %@", {error.what()});
@@ -32,6 +21,64 @@ Task<std::string> DesktopSound::connect() {
         problem = error.what();
     }
     co_return problem;
+}
+
+} // namespace
+
+DesktopSound::DesktopSound(Host& host, std::function<void()> onFileEnded)
+    : host_(host), onFileEnded_(std::move(onFileEnded)) {}
+
+void DesktopSound::playFile(const std::filesystem::path& file) {
+    const FileSoundServer::Media media{openAwaitedFFmpegMediaFile, makeSwresampleConverter};
+    file_ = std::make_unique<FileSoundServer>(
+        host_, media, file, FileSoundServer::Pace::realTime(),
+        [onFileEnded = onFileEnded_](const std::exception_ptr&) { onFileEnded(); });
+    ++turn_;
+    fileName = file.filename().string();
+}
+
+void DesktopSound::listenToComputer() {
+    file_.reset();
+    ++turn_;
+    fileName = std::string();
+}
+
+Task<std::string> DesktopSound::connectOrSay() {
+    for (;;) {
+        const unsigned turn = turn_;
+        Task<std::string> trying = problemOf(connect(Executor::main(host_)));
+        std::string problem = co_await trying;
+        if (turn == turn_)
+            co_return problem;
+    }
+}
+
+Task<void> DesktopSound::connect(Executor resumeOn) {
+    return heard().connect(std::move(resumeOn));
+}
+
+SoundDevices DesktopSound::devices() const {
+    SoundDevices all = computer_.devices();
+    if (!file_)
+        return all;
+    SoundDevices file = file_->devices();
+    file.inputs = std::move(all.inputs);
+    file.defaultInputID = std::move(all.defaultInputID);
+    return file;
+}
+
+SoundServer::Subscription DesktopSound::observe(Executor executor, std::function<void()> onChange) {
+    return heard().observe(std::move(executor), std::move(onChange));
+}
+
+Task<std::unique_ptr<RecordStream>>
+DesktopSound::openRecordStream(RecordRequest request, RecordHandlers handlers, Executor executor) {
+    return heard().openRecordStream(std::move(request), std::move(handlers), std::move(executor));
+}
+
+Task<std::unique_ptr<PlaybackStream>> DesktopSound::openPlaybackStream(PlaybackRequest request,
+                                                                       Executor executor) {
+    return computer_.openPlaybackStream(std::move(request), std::move(executor));
 }
 
 } // namespace tessarune

@@ -1,37 +1,60 @@
 #pragma once
 
 #include "Tessarune/audio/SoundServer.h"
+#include "Tessarune/platform/file-sound/FileSoundServer.h"
+#include "Tessarune/platform/pulse/PulseSoundServer.h"
 #include "TessaruneCore/host/Host.h"
-#include "TessaruneCore/host/Task.h"
+#include "TessaruneCore/observation/Published.h"
 
 #include <filesystem>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 
 namespace tessarune {
 
-/// The sound of the desktop program: the desktop's server, or a file that plays like one. Main
-/// queue; the host outlives it.
-class DesktopSound {
+/// The sound of the desktop program: the computer's, or for a while a file that plays in its place.
+/// The computer's microphones are there in either case. What is heard changes on the main queue and
+/// only between two sessions, so a session may use it on its own queue. The host outlives it.
+class DesktopSound final : public SoundServer {
   public:
-    /// `onFinished` is called when the file has been played.
-    DesktopSound(Host& host, std::optional<std::filesystem::path> file,
-                 std::function<void()> onFinished);
+    /// `onFileEnded` is called when a file has been played to its end, or cannot be read further.
+    DesktopSound(Host& host, std::function<void()> onFileEnded);
 
-    SoundServer& server() { return *server_; }
-    bool isFile() const { return file_.has_value(); }
-    /// What is heard, where it is no source of the computer's; empty otherwise.
-    std::string name() const { return file_ ? file_->filename().string() : std::string(); }
+    /// From now on a file is heard, once connected. No stream is open.
+    void playFile(const std::filesystem::path& file);
+    /// The computer is heard again. No stream is open.
+    void listenToComputer();
+    bool isFile() const { return file_ != nullptr; }
+    /// The file's; empty: the computer is heard. Assigned here alone.
+    Published<std::string> fileName;
+    /// What plays recordings, whatever is heard.
+    SoundServer& computer() { return computer_; }
 
-    /// Gives why there is no sound, for the user; empty if there is. May be tried again.
-    Task<std::string> connect();
+    /// Gives why there is no sound, for the user; empty if there is. May be tried again. Where
+    /// something else is to be heard meanwhile, that is tried.
+    Task<std::string> connectOrSay();
+
+    Task<void> connect(Executor resumeOn) override;
+    SoundServerState state() const override { return heard().state(); }
+    SoundDevices devices() const override;
+    Subscription observe(Executor executor, std::function<void()> onChange) override;
+    Task<std::unique_ptr<RecordStream>>
+    openRecordStream(RecordRequest request, RecordHandlers handlers, Executor executor) override;
+    Task<std::unique_ptr<PlaybackStream>> openPlaybackStream(PlaybackRequest request,
+                                                             Executor executor) override;
 
   private:
+    SoundServer& heard() { return file_ ? static_cast<SoundServer&>(*file_) : computer_; }
+    const SoundServer& heard() const {
+        return file_ ? static_cast<const SoundServer&>(*file_) : computer_;
+    }
+
     Host& host_;
-    const std::optional<std::filesystem::path> file_;
-    std::unique_ptr<SoundServer> server_;
+    const std::function<void()> onFileEnded_;
+    PulseSoundServer computer_;
+    std::unique_ptr<FileSoundServer> file_;
+    unsigned turn_ = 0; // of what is heard
 };
 
 } // namespace tessarune

@@ -11,7 +11,8 @@
 
 namespace tessarune {
 
-/// The program's item in the desktop's tray, with a menu. Main thread; the session outlives it.
+/// The program's item in the desktop's tray, with a menu. Made when there is a tray. Main thread;
+/// the session outlives it.
 class DesktopTray {
   public:
     struct Commands {
@@ -25,9 +26,6 @@ class DesktopTray {
         std::function<void()> quit;
     };
 
-    /// Whether this desktop has a tray.
-    static bool isAvailable() { return QSystemTrayIcon::isSystemTrayAvailable(); }
-
     /// A picture "MenuBarIcon.png" in `pictures` is taken for the item.
     DesktopTray(const SessionView& session, const std::filesystem::path& pictures,
                 Commands commands);
@@ -35,6 +33,8 @@ class DesktopTray {
 
     /// The window was shown or hidden.
     void update();
+    /// From its own menu, too, which is still in use then.
+    void hide() { item_.hide(); }
 
   private:
     void addEntries();

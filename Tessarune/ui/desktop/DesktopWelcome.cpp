@@ -1,6 +1,6 @@
 #include "Tessarune/ui/desktop/DesktopWelcome.h"
 
-#include "Tessarune/app/FileSound.h"
+#include "Tessarune/platform/model-store/ProgramPlaces.h"
 
 #include <utility>
 
@@ -13,7 +13,7 @@ constexpr const char* seenKey = "welcomeSeen";
 /// Where it is missing, playing it says so.
 std::filesystem::path sampleOrNothing() {
     try {
-        return FileSound::sample();
+        return ProgramPlaces::sampleSpeech();
     } catch (const std::exception&) {
         return "sample speech";
     }
@@ -29,8 +29,8 @@ DesktopWelcome::DesktopWelcome(Application& application, const Published<bool>& 
                                std::function<void()> onClose)
     : application_(application),
       onClose_(std::move(onClose)),
-      sound_(application.host, sampleOrNothing(), [] {}),
-      session_(application, sound_.server(),
+      sound_(application.host, [] {}),
+      session_(application, sound_,
                ListeningSession::Options{.forgetsPermissions = true, .isRecorded = false}),
       sample_(sampleEnvironment(reducesMotion)),
       window_({.host = application.host,
@@ -39,13 +39,15 @@ DesktopWelcome::DesktopWelcome(Application& application, const Published<bool>& 
                .languages = application.translationModels,
                .playSample = [this] { return playSample(); },
                .close = [this] { close(); }},
-              sample_) {}
+              sample_) {
+    sound_.playFile(sampleOrNothing());
+}
 
 CaptionWindowEnvironment DesktopWelcome::sampleEnvironment(const Published<bool>& reducesMotion) {
     return {.host = application_.host,
             .settings = application_.settings,
             .session = session_.store().view(),
-            .soundName = sound_.name(),
+            .soundName = sound_.fileName,
             .notice = notice_,
             .store = application_.storedDefaults,
             .commands = {.retryTranslation = [] {}},
@@ -53,7 +55,7 @@ CaptionWindowEnvironment DesktopWelcome::sampleEnvironment(const Published<bool>
 }
 
 Task<std::string> DesktopWelcome::playSample() {
-    Task<std::string> connecting = sound_.connect();
+    Task<std::string> connecting = sound_.connectOrSay();
     std::string problem = co_await connecting;
     if (!problem.empty() || !onClose_)
         co_return problem;

@@ -25,6 +25,8 @@ HistoryPlaybackModel::HistoryPlaybackModel(const HistoryWindowEnvironment& envir
     if (!player())
         return;
     transcript_.emplace(*player());
+    if (environment_.watchPlayback)
+        watch_ = environment_.watchPlayback(*transcript_);
     const auto announce = [this](auto changed) {
         return [this, changed] { Q_EMIT(this->*changed)(); };
     };

@@ -77,6 +77,7 @@ class HistoryPlaybackModel final : public QObject {
     const HistoryWindowEnvironment& environment_;
     HistoryDetailModel& detail_;
     std::optional<TranscriptPlayback> transcript_;
+    std::shared_ptr<void> watch_; ///< of the environment, over the transcript
     std::optional<UUID> chosen_;
     bool isLoaded_ = false; ///< the player has the chosen recording
     QString shownPosition_;

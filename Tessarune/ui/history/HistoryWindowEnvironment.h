@@ -3,6 +3,7 @@
 #include "Tessarune/history/HistoryExport.h"
 #include "Tessarune/history/RecordingCatalog.h"
 #include "Tessarune/playback/AudioPlayer.h"
+#include "Tessarune/playback/TranscriptPlayback.h"
 #include "Tessarune/refinement/HistoryRefinementService.h"
 #include "Tessarune/search/TranscriptSearch.h"
 #include "Tessarune/shell/FileSystem.h"
@@ -35,6 +36,8 @@ struct HistoryWindowEnvironment {
     std::shared_ptr<AudioPlayer> player = nullptr;     ///< null: nothing can be heard
     /// The recordings that are being refined; null: nobody refines.
     const Published<HistoryRefinementService::Jobs>* refinements = nullptr;
+    /// Watches a playback for as long as it returns is kept; absent: nobody does.
+    std::function<std::shared_ptr<void>(TranscriptPlayback&)> watchPlayback = {};
 };
 
 } // namespace tessarune

@@ -45,7 +45,7 @@ CaptionPreview::CaptionPreview(const SettingsWindowEnvironment& environment)
       environment_{.host = environment.host,
                    .settings = environment.settings,
                    .session = session_,
-                   .soundName = {},
+                   .soundName = noNotice_,
                    .notice = noNotice_,
                    .store = environment.store,
                    .commands = {},

@@ -44,6 +44,7 @@ ResourcesModel::ResourcesModel(Host& host, Setting<std::string>& chosen, Source 
     observations_.follow(chosen_.published(), [this] {
         if (!rows_.empty())
             Q_EMIT dataChanged(index(0), index(rowCount() - 1));
+        Q_EMIT problemChanged();
     });
     refresh();
 }
@@ -76,6 +77,7 @@ void ResourcesModel::refresh() {
         endResetModel();
     else if (!rows_.empty())
         Q_EMIT dataChanged(index(0), index(rowCount() - 1));
+    Q_EMIT problemChanged();
 }
 
 ResourcesModel::Row* ResourcesModel::find(const std::string& id) {
@@ -162,6 +164,17 @@ QVariant ResourcesModel::data(const QModelIndex& index, int role) const {
 QVariantMap ResourcesModel::texts() const {
     const auto shown = [](std::string_view key) { return QString::fromStdString(localized(key)); };
     return {{"download", shown("下载")}, {"stop", shown("停止")}, {"remove", shown("删除")}};
+}
+
+QString ResourcesModel::problem() const {
+    const auto known = std::ranges::find(
+        rows_, *chosen_, [](const Row& row) -> const auto& { return row.resource.id; });
+    std::string text;
+    if (known == rows_.end())
+        text = localized("设置文件里的“%@”不是可选的值。", {*chosen_});
+    else if (chosen_.isUnreadable())
+        text = localized("设置文件里的值无法识别，现在按“%@”处理。", {known->resource.title});
+    return QString::fromStdString(text);
 }
 
 void ResourcesModel::announce(const Row& row) {

@@ -36,6 +36,9 @@ class ResourcesModel final : public QAbstractListModel {
     Q_OBJECT
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
 
+    /// What is stored is none of these; empty: it is one.
+    Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
+
   public:
     enum Role {
         TitleRole = Qt::UserRole,
@@ -69,6 +72,7 @@ class ResourcesModel final : public QAbstractListModel {
     QVariant data(const QModelIndex& index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
     QVariantMap texts() const;
+    QString problem() const;
 
     /// Looks at the disk again.
     Q_INVOKABLE void refresh();
@@ -79,6 +83,9 @@ class ResourcesModel final : public QAbstractListModel {
 
     /// Why a download gets nowhere; until it goes on.
     void tellTrouble(const std::string& text);
+
+  Q_SIGNALS:
+    void problemChanged();
 
   private:
     struct Download {

@@ -167,7 +167,7 @@ void addCaptions(std::vector<SettingEntry>& all, AppSettings& s) {
                    localizationKey("回看后自动返回"),
                    &s.subtitleReviewAutoReturnSeconds,
                    SettingControl::number,
-                   {5, 120, 5, secondsFormat}});
+                   {5, 60, 5, secondsFormat}});
 
     const auto looks = localizationKey("字体与颜色");
     const auto addSize = [&](std::string_view title, Setting<std::int64_t>& size) {
@@ -207,7 +207,7 @@ void addCaptions(std::vector<SettingEntry>& all, AppSettings& s) {
                    .title = localizationKey("逐词间隔"),
                    .setting = &s.smoothPaceMS,
                    .control = SettingControl::number,
-                   .scale = {0, 500, 10, millisecondsFormat},
+                   .scale = {90, 500, 10, millisecondsFormat},
                    .needs = &s.smoothStreaming});
     all.push_back({pane, streaming, localizationKey("标出变化的词"), &s.highlightChanges});
     all.push_back({.pane = pane,
@@ -224,6 +224,8 @@ void addCaptions(std::vector<SettingEntry>& all, AppSettings& s) {
     all.push_back(
         {pane, window, localizationKey("再次启动时开始或停止"), &s.dockClickTogglesRecord});
     all.push_back({pane, window, localizationKey("朗读定稿的字幕"), &s.announceCaptions});
+    all.push_back(
+        {pane, localizationKey("工具栏按钮"), localizationKey("紧凑的工具栏"), &s.compactToolbar});
     const auto addButton = [&](std::string_view title, Setting<bool>& shows) {
         all.push_back({.pane = pane,
                        .section = localizationKey("工具栏按钮"),
@@ -340,6 +342,16 @@ void addAdvanced(std::vector<SettingEntry>& all, AppSettings& s) {
                    &s.perfSampleIntervalSeconds,
                    SettingControl::number,
                    {0.5, 30, 0.5, secondsFormat}});
+    all.push_back({pane, diagnostics, localizationKey("保留字幕窗口的截图"), &s.screenshotEnabled});
+    all.push_back({.pane = pane,
+                   .section = diagnostics,
+                   .title = localizationKey("截图间隔"),
+                   .setting = &s.screenshotIntervalMs,
+                   .control = SettingControl::number,
+                   .scale = {250, 10000, 250, millisecondsFormat},
+                   .needs = &s.screenshotEnabled});
+    all.push_back(
+        {pane, diagnostics, localizationKey("记录回放过程"), &s.historyPlaybackDiagnosticsEnabled});
 }
 
 /// Text as a user types it to find something.
@@ -385,9 +397,7 @@ std::vector<SettingEntry> settingEntries(AppSettings& settings) {
 
 bool isWithoutEffect(const AppSettings& settings, const AnySetting& setting) {
     const AnySetting* const idle[] = {
-        &settings.compactToolbar,         &settings.screenCaptureProtected,
-        &settings.subtitleLyricsLayout,   &settings.historyPlaybackDiagnosticsEnabled,
-        &settings.screenshotEnabled,      &settings.screenshotIntervalMs,
+        &settings.screenCaptureProtected, &settings.subtitleLyricsLayout,
         &settings.arenaScreenshotEnabled, &settings.arenaScreenshotIntervalMs};
     return std::ranges::find(idle, &setting) != std::end(idle);
 }

@@ -56,6 +56,10 @@ SettingsWindow::SettingsWindow(SettingsWindowEnvironment environment)
       profiles_(environment_) {
     registerSettingsTypes();
     QObject::connect(&test_, &TranslationTestModel::ended, &languages_, &ResourcesModel::refresh);
+    observations_.follow(environment_.settings.changesFromElsewhere, [this] {
+        models_.refresh();
+        languages_.refresh();
+    });
     environment_.followDownloadTrouble([this](const std::string& text) {
         models_.tellTrouble(text);
         languages_.tellTrouble(text);
@@ -72,6 +76,8 @@ SettingsWindow::SettingsWindow(SettingsWindowEnvironment environment)
     if (engine_.rootObjects().isEmpty())
         qFatal("the settings window's files cannot be loaded");
     window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
+    place_ = std::make_unique<WindowPlace>(*window_, environment_.store, "settingsWindowPlace");
+    place_->restore();
 }
 
 SettingsWindow::~SettingsWindow() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessarune/ui/captions/WindowPlace.h"
 #include "Tessarune/ui/settings/AboutModel.h"
 #include "Tessarune/ui/settings/CaptionPreview.h"
 #include "Tessarune/ui/settings/ProfilesModel.h"
@@ -8,9 +9,11 @@
 #include "Tessarune/ui/settings/SettingsWindowModel.h"
 #include "Tessarune/ui/settings/ShortcutsModel.h"
 #include "Tessarune/ui/settings/TranslationTestModel.h"
+#include "TessaruneCore/observation/Observations.h"
 
 #include <QQmlApplicationEngine>
 #include <QQuickWindow>
+#include <memory>
 #include <string>
 
 namespace tessarune {
@@ -43,6 +46,8 @@ class SettingsWindow {
     AboutModel about_;
     QQmlApplicationEngine engine_;
     QQuickWindow* window_ = nullptr; // the engine's
+    std::unique_ptr<WindowPlace> place_;
+    Observations observations_;
 };
 
 } // namespace tessarune

@@ -19,12 +19,14 @@ struct SettingsWindowEnvironment {
     AppSettings& settings;
     /// Some settings rest while a session runs.
     const SessionView& session;
-    /// Where the preview of captions keeps nothing.
+    /// Where the window keeps its place.
     UserDefaults& store;
     /// Whether the desktop asks for less motion.
     const Published<bool>& reducesMotion;
     /// Why the settings file cannot be read or written; empty while all is well.
     std::function<std::string()> fileProblem;
+    /// From now on calls back when that changes; an empty one ends it.
+    std::function<void(std::function<void()>)> followFileProblem;
     /// Keeps a file that cannot be read aside and begins a new one.
     std::function<void()> renewFile;
     SpeechModelManager& speechModels;

@@ -26,6 +26,8 @@ SettingsWindowModel::SettingsWindowModel(const SettingsWindowEnvironment& enviro
       found_(environment.host, SettingRowsModel::Headings::panes) {
     observations_.follow(environment_.settings.changesFromElsewhere,
                          [this] { Q_EMIT problemChanged(); });
+    environment_.followFileProblem([this] { Q_EMIT problemChanged(); });
+    observations_.add([this] { environment_.followFileProblem({}); });
     showPane();
 }
 

@@ -167,6 +167,7 @@ Task<void> WelcomeModel::run() {
     } catch (const std::exception& error) {
         problem = error.what();
     }
+    isDownloading_ = false;
     problem_ = problem;
     enter(problem.empty() ? Stage::sample : Stage::ask);
     if (!problem.empty() || !missingTranslation())
@@ -191,7 +192,6 @@ Task<void> WelcomeModel::downloadSpeech() {
         speech->id, [this](AssetProgress now) { show(now.received, now.expected); },
         stop_.get_token());
     co_await downloading;
-    isDownloading_ = false;
 }
 
 Task<void> WelcomeModel::downloadTranslation() {

@@ -3,6 +3,8 @@
 #include "Tessarune/ui/captions/CaptionWindow.h"
 #include "Tessarune/ui/controls/Controls.h"
 
+#include <QCoreApplication>
+#include <QEvent>
 #include <QVariantMap>
 #include <utility>
 
@@ -38,6 +40,11 @@ WelcomeWindow::WelcomeWindow(WelcomeEnvironment environment, const CaptionWindow
     if (engine_.rootObjects().isEmpty())
         qFatal("the first page's files cannot be loaded");
     window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
+}
+
+WelcomeWindow::~WelcomeWindow() {
+    // As the settings window does.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 void WelcomeWindow::show() {

@@ -14,6 +14,7 @@ class WelcomeWindow {
     /// Loads it without showing it. The sample's captions are those of `sample`, which outlives the
     /// window. Ends the program where the window's own files are broken.
     WelcomeWindow(WelcomeEnvironment environment, const CaptionWindowEnvironment& sample);
+    ~WelcomeWindow();
     WelcomeWindow(const WelcomeWindow&) = delete;
 
     void show();

@@ -1,3 +1,4 @@
+#include "Tessarune/platform/pulse/PrivateSoundServer.h"
 #include "tests/support/FileContents.h"
 #include "tests/support/ProgramRun.h"
 
@@ -8,9 +9,11 @@
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
 
 namespace tessarune::testing {
@@ -33,6 +36,10 @@ bool within(double seconds, const std::function<bool()>& condition) {
 class WindowProgram : public ::testing::Test {
   protected:
     WindowProgram() {
+        // Translated with the model that is there, and logged step by step.
+        fs::create_directories(folder_ / "config/Tessarune");
+        std::ofstream(folder_ / "config/Tessarune/settings.json")
+            << R"({"translationTargetLanguage": "pt-BR", "diagnosticsLevel": "verbose"})";
         display_.emplace("/usr/bin/Xvfb",
                          std::vector<std::string>{"-displayfd", "1", "-screen", "0", "1280x800x24"},
                          folder_.path(), environment_);
@@ -51,6 +58,20 @@ class WindowProgram : public ::testing::Test {
     }
     StartedProgram start(std::vector<std::string> arguments) {
         return {TESSARUNE_BIN "/tessarune", arguments, folder_.path(), environment_};
+    }
+    /// Assistive programs have a bus of their own, which finds the display's.
+    void startAccessibility() {
+        environment_.emplace_back("QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1");
+        accessibility_.emplace("/usr/libexec/at-spi-bus-launcher",
+                               std::vector<std::string>{"--launch-immediately"}, folder_.path(),
+                               environment_);
+    }
+    StartedProgram screenReader(std::vector<std::string> arguments) {
+        return {TESSARUNE_SCREEN_READER, arguments, folder_.path(), environment_};
+    }
+    /// Presses the button once the program has logged the event.
+    StartedProgram pressAt(const std::string& button, const std::string& event) {
+        return screenReader({"press", button, (data_ / "Logs").string(), event});
     }
     /// What the program has logged under this name.
     std::size_t count(const std::string& event) const {
@@ -114,7 +135,15 @@ class WindowProgram : public ::testing::Test {
     std::optional<StartedProgram> display_;
     std::optional<StartedProgram> manager_;
     std::optional<StartedProgram> bus_;
+    std::optional<StartedProgram> accessibility_;
 };
+
+/// What a reader printed of the windows last.
+std::string shown(const StartedProgram& reader) {
+    const std::string output = reader.output();
+    const auto last = output.rfind("--\n");
+    return last == std::string::npos ? std::string() : output.substr(last);
+}
 
 TEST_F(WindowProgram, ASecondLaunchPassesOnWhatItIsAskedAndTheFirstSavesEverything) {
     StartedProgram first = start({speech_});
@@ -128,6 +157,56 @@ TEST_F(WindowProgram, ASecondLaunchPassesOnWhatItIsAskedAndTheFirstSavesEverythi
     expectEndedWell(first.wait());
     EXPECT_FALSE(hasJournal());
     EXPECT_EQ(start({"nonsense"}).wait().status, 64);
+}
+
+TEST_F(WindowProgram, CaptionsAndTranslatesWhatTheComputerPlaysForEverybody) {
+    const PrivateSoundServer sound;
+    environment_.push_back("PULSE_SERVER=" + sound.address());
+    startAccessibility();
+    StartedProgram program = start({"start"});
+    ASSERT_TRUE(within(30, [&] { return count("listen.start.transcriber.ready") == 1; }));
+    const StartedProgram reader = screenReader({"read"});
+    const StartedProgram player("/usr/bin/paplay", {TESSARUNE_SAMPLE_SPEECH "/two_cities.wav"},
+                                folder_.path(), environment_);
+    const auto rowHas = [&](const char* words) {
+        const std::string all = shown(reader);
+        const auto row = all.find("list item\t");
+        return row != std::string::npos && all.find(words, row) != std::string::npos;
+    };
+    EXPECT_TRUE(within(30, [&] { return rowHas("best of times") && rowHas("tempos"); }))
+        << shown(reader);
+    EXPECT_TRUE(
+        within(5, [&] { return reader.output().find("announced\t") != std::string::npos; }));
+
+    expectEndedWell(start({speech_}).wait()); // in place of what the computer plays
+    ASSERT_TRUE(within(20, [&] { return count("listen.start.transcriber.ready") == 2; }));
+    EXPECT_TRUE(within(10, [&] {
+        return shown(reader).find("Sound: two_cities.wav") != std::string::npos;
+    })) << shown(reader);
+    ASSERT_TRUE(within(20, [&] { return rowHas("best of times"); })) << shown(reader);
+    ASSERT_TRUE(within(20, [&] { return hasJournal(); }));
+    StartedProgram closing = pressAt("Close", "listen.stop.engineDrain.start");
+    ASSERT_TRUE(within(10, [&] { return closing.output() == "found\n"; }));
+    expectEndedWell(start({"stop"}).wait());
+    expectEndedWell(program.wait());
+    expectSaved(2);
+}
+
+TEST_F(WindowProgram, ClosedAtAnyMomentItSavesAndEnds) {
+    startAccessibility();
+    for (const char* moment : {"listen.start.task", "listen.stop.audioCompress.start"}) {
+        fs::remove_all(data_ / "Logs");
+        StartedProgram program = start({speech_});
+        StartedProgram closing = pressAt("Close", moment);
+        const bool isStart = std::string_view(moment).find("start.") != std::string_view::npos;
+        if (!isStart) {
+            ASSERT_TRUE(within(30, [&] { return hasRow(); }));
+            start({"stop"}).wait();
+        }
+        expectEndedWell(program.wait());
+        if (!isStart)
+            expectSaved(1);
+    }
 }
 
 TEST_F(WindowProgram, SavesWhatWasSaidWhenItIsAskedToEnd) {

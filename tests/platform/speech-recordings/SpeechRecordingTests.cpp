@@ -140,7 +140,8 @@ std::string batchText(const AudioBuffer& recording) {
 
 /// A shipped recording in the engine's format.
 AudioBuffer sample(const std::string& name) {
-    const auto file = openFFmpegMediaFile(ProgramPlaces::sampleFolders().back() / (name + ".wav"));
+    const auto file =
+        openFFmpegMediaFile(ProgramPlaces::sampleSpeech().parent_path() / (name + ".wav"));
     const auto converter = makeSwresampleConverter(file->format(), {speechSampleRate, 1});
     AudioBuffer all{converter->outputFormat(), {}};
     const auto add = [&](const AudioBuffer& more) {

@@ -3,6 +3,7 @@
 // sheet: caption-gallery --sheet FOLDER
 
 #include "Tessarune/shell/StringTables.h"
+#include "Tessarune/ui/captions/CaptionFonts.h"
 #include "tests/ui/StagedCaptions.h"
 #include "tests/ui/StagedSettings.h"
 #include "tests/ui/gallery/HistoryPictures.h"
@@ -13,6 +14,7 @@
 #include <QPainter>
 #include <QPalette>
 #include <QQuickItem>
+#include <cmath>
 #include <functional>
 #include <iostream>
 #include <utility>
@@ -110,6 +112,22 @@ const Picture pictures[] = {
          talk(c);
      }},
     {"narrow", talk, [](auto& c) { c.window->window().resize(400, 420); }},
+    {"wide", talk, [](auto& c) { c.window->window().resize(1600, 300); }},
+    {"compact-toolbar",
+     [](auto& c) {
+         c.settings.compactToolbar = true;
+         c.settings.showHistoryInSubtitleToolbar = true;
+         talk(c);
+     },
+     {},
+     false},
+    {"file",
+     [](auto& c) {
+         c.soundName = std::string("A talk about the age of wisdom, 3 March.mp3");
+         talk(c);
+     },
+     {},
+     false},
     {"translucent",
      [](auto& c) {
          c.settings.bgOpacity = 40;
@@ -133,7 +151,11 @@ const Picture pictures[] = {
          c.frame.translationStatus = {"2 条字幕没有译文", true, true};
      }},
     {"notice",
-     [](auto& c) { c.notice = localized("There is no sound server: %@", {"Connection refused"}); },
+     [](auto& c) {
+         c.notice = localized("There is no sound server: %@", {"Connection refused"}) + "\n" +
+                    localized("Nothing can be recorded: %@",
+                              {"/home/somebody/.local/share/Tessarune: no space left on device"});
+     },
      {},
      false},
     {"menu",
@@ -236,7 +258,24 @@ int drawAll(const QString& folder) {
     return isDrawn ? 0 : 1;
 }
 
-/// A column for each folder, a line for each picture, over something light and something dark.
+/// Something bright, something dark, and much between them, as a film has.
+QImage scene(QSize size) {
+    QImage image(size, QImage::Format_RGB32);
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x) {
+            const double hill = 0.55 + 0.12 * std::sin(x / 37.0) + 0.05 * std::sin(x / 9.0 + 1);
+            const double height = static_cast<double>(y) / size.height();
+            const int grain = (x * 7919 + y * 104729) % 23;
+            image.setPixelColor(
+                x, y,
+                height < hill ? QColor::fromHsv(205, 90, 245 - int(height * 90) - grain)
+                              : QColor::fromHsv(100, 120, 110 - int(height * 60) + 2 * grain));
+        }
+    }
+    return image;
+}
+
+/// A column for each folder, a line for each picture, over a scene and over white in turns.
 int drawSheet(const QString& folder) {
     const QDir all(folder);
     const QStringList columns = all.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
@@ -249,6 +288,7 @@ int drawSheet(const QString& folder) {
     QImage sheet(cell.width() * static_cast<int>(columns.size()),
                  (cell.height() + label) * static_cast<int>(names.size()), QImage::Format_RGB32);
     sheet.fill(Qt::white);
+    const QImage film = scene(cell);
     QPainter painter(&sheet);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     for (int column = 0; column < columns.size(); ++column) {
@@ -257,7 +297,8 @@ int drawSheet(const QString& folder) {
             painter.drawText(corner + QPoint(6, label - 6),
                              columns[column] + "  " + QFileInfo(names[line]).baseName());
             const QRect place(corner + QPoint(0, label), cell);
-            painter.fillRect(place, column % 2 == 0 ? QColor(0x3a5f7d) : QColor(0xf4f1ea));
+            if (column % 2 == 0)
+                painter.drawImage(place, film);
             const QImage picture(all.filePath(columns[column] + "/" + names[line]));
             const QSize size = picture.size().scaled(cell - QSize(12, 12), Qt::KeepAspectRatio);
             painter.drawImage(QRect(place.topLeft() + QPoint(6, 6), size), picture);
@@ -275,6 +316,8 @@ int main(int argc, char** argv) {
     offscreenApplication();
     if (isSheet)
         return drawSheet(folder);
-    setLocalizationTable(StringTables::forLocale(argc > 2 ? argv[2] : "zh_CN"));
+    const char* const locale = argc > 2 ? argv[2] : "zh_CN";
+    setLocalizationTable(StringTables::forLocale(locale));
+    nameInterfaceFaces(locale);
     return drawAll(folder);
 }

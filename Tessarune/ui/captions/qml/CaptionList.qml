@@ -18,6 +18,10 @@ Item {
         follow.returnToNewest();
     }
 
+    function scrollByKey(pages: real) {
+        follow.scrollByKey(pages);
+    }
+
     clip: true
 
     ListView {

@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Window
 import Tessarune
 
 // The context menu, over the whole window: a click beside the entries closes it.
@@ -19,6 +20,14 @@ MouseArea {
     function choose(row: int) {
         visible = false;
         commands.choose(row);
+    }
+
+    Connections {
+        target: root.Window.window
+        function onActiveChanged() {
+            if (!root.Window.window.active)
+                root.visible = false;
+        }
     }
 
     visible: false

@@ -45,6 +45,11 @@ Item {
         translationList.selection.clear();
     }
 
+    function scrollByKey(pages: real) {
+        sourceList.scrollByKey(pages);
+        if (isSplit)
+            translationList.scrollByKey(pages);
+    }
     function returnToNewest() {
         sourceList.returnToNewest();
         translationList.returnToNewest();

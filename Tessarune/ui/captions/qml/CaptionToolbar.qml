@@ -1,4 +1,5 @@
 import QtQuick
+import QtQuick.Window
 import Tessarune
 
 // Start and stop, what is heard, and the window's own buttons.
@@ -13,9 +14,10 @@ Item {
     required property bool shown
     required property real roomBelow
     readonly property bool menuOpen: sources.visible
+    readonly property real size: toolbar.isCompact ? 26 : 34
     signal closeRequested
 
-    height: 52
+    height: size + 18
     opacity: shown ? 1 : 0
     visible: opacity > 0
 
@@ -40,6 +42,8 @@ Item {
 
         ToggleButton {
             anchors.verticalCenter: parent.verticalCenter
+            height: root.size
+            showsText: !root.toolbar.isCompact
             isOn: root.toolbar.isListening
             isBusy: root.toolbar.isBusy
             text: root.toolbar.toggleText
@@ -50,6 +54,7 @@ Item {
         SourceButton {
             id: sourceButton
             anchors.verticalCenter: parent.verticalCenter
+            height: root.size
             name: root.toolbar.sourceName
             hint: root.toolbar.sourceText
             level: root.hearing.level
@@ -70,36 +75,42 @@ Item {
         spacing: 2
 
         ToolButton {
+            height: root.size
             visible: root.toolbar.showsSwap
             icon: "swap"
             text: root.toolbar.swapText
             onActivated: root.toolbar.swapOrder()
         }
         ToolButton {
+            height: root.size
             visible: root.toolbar.showsLayout
             icon: "layout"
             text: root.toolbar.layoutText
             onActivated: root.toolbar.cycleLayout()
         }
         ToolButton {
+            height: root.size
             visible: root.toolbar.showsCopy
             icon: "copy"
             text: root.toolbar.copyText
             onActivated: root.commands.copy(true)
         }
         ToolButton {
+            height: root.size
             visible: root.toolbar.showsCopyOriginal
             icon: "copyOriginal"
             text: root.toolbar.copyOriginalText
             onActivated: root.commands.copy(false)
         }
         ToolButton {
+            height: root.size
             visible: root.toolbar.showsClear
             icon: "clear"
             text: root.toolbar.clearText
             onActivated: root.commands.clear()
         }
         ToolButton {
+            height: root.size
             visible: root.toolbar.showsPin
             icon: "pin"
             isOn: root.toolbar.keepsOnTop
@@ -107,22 +118,34 @@ Item {
             onActivated: root.toolbar.togglePin()
         }
         ToolButton {
+            height: root.size
             visible: root.toolbar.showsHistory
             icon: "history"
             text: root.toolbar.historyText
             onActivated: root.toolbar.showHistory()
         }
         ToolButton {
+            height: root.size
             visible: root.toolbar.showsSettings
             icon: "settings"
             text: root.toolbar.settingsText
             onActivated: root.toolbar.showSettings()
         }
         ToolButton {
+            height: root.size
             icon: "close"
             text: root.toolbar.closeText
             onActivated: root.closeRequested()
         }
+    }
+
+    // A click beside the menu closes it.
+    MouseArea {
+        visible: sources.visible
+        width: root.width
+        height: root.height + root.roomBelow
+        acceptedButtons: Qt.AllButtons
+        onPressed: sources.visible = false
     }
 
     SourceMenu {
@@ -138,5 +161,13 @@ Item {
             root.toolbar.selectSource(index);
         }
         onDismissed: visible = false
+    }
+
+    Connections {
+        target: root.Window.window
+        function onActiveChanged() {
+            if (!root.Window.window.active)
+                sources.visible = false;
+        }
     }
 }

@@ -33,7 +33,20 @@ Window {
 
     Rectangle {
         id: body
+
+        readonly property var pagesByKey: ({ [Qt.Key_PageUp]: -0.8, [Qt.Key_PageDown]: 0.8, [Qt.Key_Up]: -0.2, [Qt.Key_Down]: 0.2 })
+
         anchors.fill: parent
+        focus: true
+        Keys.onPressed: event => {
+            if (event.key === Qt.Key_End)
+                captions.returnToNewest();
+            else if (event.key in pagesByKey)
+                captions.scrollByKey(pagesByKey[event.key]);
+            else
+                return;
+            event.accepted = true;
+        }
         radius: window.visibility === Window.Maximized || window.visibility === Window.FullScreen ? 0 : 16
         color: window.model.background
 

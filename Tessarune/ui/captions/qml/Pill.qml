@@ -12,14 +12,23 @@ Rectangle {
     signal activated
 
     implicitWidth: Math.min(content.implicitWidth + 28, maximumWidth)
-    implicitHeight: 32
+    implicitHeight: Math.max(32, content.implicitHeight + 14)
     radius: 16
     color: isTrouble ? "#f04a2020" : "#f02c2c30"
     border.color: "#2effffff"
     border.width: 1
-    Accessible.role: Accessible.StaticText
+    Accessible.role: isTrouble ? Accessible.AlertMessage : Accessible.StaticText
     Accessible.name: text
     Accessible.ignored: text === ""
+
+    // As wide as the text would be in lines of its own.
+    Text {
+        id: natural
+        visible: false
+        text: root.text
+        textFormat: Text.PlainText
+        font.pixelSize: 14
+    }
 
     Row {
         id: content
@@ -47,7 +56,9 @@ Rectangle {
         Text {
             anchors.verticalCenter: parent.verticalCenter
             visible: text !== ""
-            width: Math.min(implicitWidth, root.maximumWidth - 60 - (link.visible ? link.width + 9 : 0))
+            width: Math.min(Math.ceil(natural.implicitWidth), root.maximumWidth - 60 - (link.visible ? link.width + 9 : 0))
+            wrapMode: Text.Wrap
+            maximumLineCount: 4
             elide: Text.ElideRight
             text: root.text
             textFormat: Text.PlainText

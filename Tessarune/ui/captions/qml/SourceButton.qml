@@ -16,7 +16,7 @@ Rectangle {
 
     width: Math.max(60, Math.min(content.implicitWidth + 24, maximumWidth))
     height: 34
-    radius: 17
+    radius: height / 2
     color: isLit ? "#29ffffff" : "#14ffffff"
     border.color: activeFocus ? "#7db8ff" : "transparent"
     border.width: 1

@@ -54,9 +54,9 @@ Item {
             visible: !root.toolbar.showsStatus && !root.reviewing && root.stage.translationStatus !== ""
             anchors.horizontalCenter: parent.horizontalCenter
             text: root.stage.translationStatus
-            action: root.stage.canRetry ? root.stage.retryText : ""
+            action: root.stage.translationRemedy
             maximumWidth: root.width - 56
-            onActivated: root.stage.retry()
+            onActivated: root.stage.remedyTranslation()
         }
 
         Pill {

@@ -8,13 +8,14 @@ Rectangle {
     required property bool isBusy
     required property string text
     required property string duration
+    property bool showsText: true
     signal activated
 
     readonly property bool isLit: area.containsMouse || activeFocus
 
     width: content.width + 28
     height: 34
-    radius: 17
+    radius: height / 2
     color: isOn ? (isLit ? "#4a3033" : "#3a282a") : (isLit ? "#2f7a4d" : "#27663f")
     border.color: activeFocus ? "#7db8ff" : "#1fffffff"
     border.width: 1
@@ -41,6 +42,7 @@ Rectangle {
 
         Text {
             anchors.verticalCenter: parent.verticalCenter
+            visible: root.showsText
             text: root.text
             textFormat: Text.PlainText
             color: "#f2f2f4"

@@ -9,9 +9,9 @@ Rectangle {
     property bool isOn: false
     signal activated
 
-    width: 34
+    width: height
     height: 34
-    radius: 10
+    radius: Math.round(height * 0.3)
     color: area.containsMouse || activeFocus ? "#29ffffff" : "transparent"
     border.color: activeFocus ? "#7db8ff" : "transparent"
     border.width: 1

@@ -10,8 +10,14 @@ Item {
     required property SettingsWindowModel model
     required property CaptionPreview preview
 
-    Component.onCompleted: preview.running = true
     Component.onDestruction: preview.running = false
+
+    // Not for a window that is closed.
+    Binding {
+        target: root.preview
+        property: "running"
+        value: root.Window.window !== null && root.Window.window.visible
+    }
 
     PaneTitle {
         id: heading

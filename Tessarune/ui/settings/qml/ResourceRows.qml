@@ -9,6 +9,15 @@ Column {
     required property ResourcesModel resources
     property string name: ""
 
+    Label {
+        width: root.width
+        visible: text !== ""
+        bottomPadding: Math.round(Theme.body * 0.5)
+        text: root.resources.problem
+        color: Theme.trouble
+        Accessible.role: Accessible.AlertMessage
+    }
+
     Repeater {
         model: root.resources
 

@@ -72,6 +72,7 @@ ScrollArea {
 
                 objectName: "control"
                 property string name: row.title
+                readonly property bool recordsKeys: row.recording
 
                 anchors { right: off.left; rightMargin: 4; verticalCenter: parent.verticalCenter }
                 width: Math.round(Theme.body * 12)

@@ -1,0 +1,49 @@
+#include "Tessarune/platform/qt-desktop/TrayWatch.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusPendingReply>
+#include <QDBusVariant>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+const QString trayService = QStringLiteral("org.kde.StatusNotifierWatcher");
+const QString trayPath = QStringLiteral("/StatusNotifierWatcher");
+
+} // namespace
+
+TrayWatch::TrayWatch(QDBusConnection bus, std::function<void()> onTray)
+    : bus_(std::move(bus)),
+      onTray_(std::move(onTray)),
+      services_(trayService, bus_, QDBusServiceWatcher::WatchForOwnerChange) {
+    if (!bus_.isConnected())
+        return;
+    connect(&services_, &QDBusServiceWatcher::serviceRegistered, this, &TrayWatch::ask);
+    connect(&services_, &QDBusServiceWatcher::serviceUnregistered, this,
+            [this] { isThere_ = false; });
+    // The service may be there before somebody shows what it lists.
+    bus_.connect(trayService, trayPath, trayService, QStringLiteral("StatusNotifierHostRegistered"),
+                 this, SLOT(ask()));
+    ask();
+}
+
+void TrayWatch::ask() {
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        trayService, trayPath, QStringLiteral("org.freedesktop.DBus.Properties"),
+        QStringLiteral("Get"));
+    call << trayService << QStringLiteral("IsStatusNotifierHostRegistered");
+    call.setAutoStartService(false);
+    auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+        const QDBusPendingReply<QDBusVariant> reply = *watcher;
+        watcher->deleteLater();
+        isThere_ = !reply.isError() && reply.value().variant().toBool();
+        if (isThere_)
+            onTray_();
+    });
+}
+
+} // namespace tessarune

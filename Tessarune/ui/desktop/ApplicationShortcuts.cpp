@@ -1,0 +1,59 @@
+#include "Tessarune/ui/desktop/ApplicationShortcuts.h"
+
+#include <QGuiApplication>
+#include <QKeySequence>
+
+namespace tessarune {
+
+namespace {
+
+/// A field that records a shortcut, or one whose selected text is copied.
+bool keepsKeys(const QObject* focus, const QKeyEvent& keys) {
+    if (!focus)
+        return false;
+    const bool copiesText =
+        keys.matches(QKeySequence::Copy) && !focus->property("selectedText").toString().isEmpty();
+    return copiesText || focus->property("recordsKeys").toBool();
+}
+
+} // namespace
+
+ApplicationShortcuts::ApplicationShortcuts(const CaptionCommandsModel& commands,
+                                           const QWindow& captions)
+    : commands_(commands), captions_(captions) {
+    qGuiApp->installEventFilter(this);
+}
+
+int ApplicationShortcuts::commandOf(const QKeyEvent& keys) const {
+    if ((keys.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == Qt::NoModifier)
+        return -1;
+    const QString pressed =
+        QKeySequence(keys.keyCombination()).toString(QKeySequence::PortableText);
+    for (int row = 0; row < commands_.rowCount(); ++row) {
+        const QModelIndex index = commands_.index(row);
+        if (commands_.data(index, CaptionCommandsModel::KeysRole) == pressed &&
+            commands_.data(index, CaptionCommandsModel::EnabledRole).toBool())
+            return row;
+    }
+    return -1;
+}
+
+bool ApplicationShortcuts::eventFilter(QObject* watched, QEvent* event) {
+    const bool isAsked = event->type() == QEvent::ShortcutOverride;
+    if (!isAsked && event->type() != QEvent::KeyPress)
+        return false;
+    const auto* const window = qobject_cast<QWindow*>(watched);
+    if (!window || window == &captions_)
+        return false;
+    const auto* const keys = static_cast<QKeyEvent*>(event);
+    const int command = commandOf(*keys);
+    if (command < 0 || keepsKeys(QGuiApplication::focusObject(), *keys))
+        return false;
+    if (isAsked)
+        event->accept(); // then the keys come as such, and no other shortcut gets them
+    else if (!keys->isAutoRepeat())
+        commands_.press(command);
+    return true;
+}
+
+} // namespace tessarune

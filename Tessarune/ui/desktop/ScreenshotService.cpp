@@ -1,0 +1,72 @@
+#include "Tessarune/ui/desktop/ScreenshotService.h"
+
+#include "TessaruneCore/diagnostics/DiagnosticsLevel.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <QBuffer>
+#include <algorithm>
+#include <string_view>
+#include <system_error>
+#include <utility>
+#include <variant>
+
+namespace tessarune {
+
+namespace {
+
+constexpr std::int64_t shortestIntervalMS = 250; // taking one costs some milliseconds
+
+void write(FileSystem& files, const std::filesystem::path& file, const QImage& picture) {
+    QBuffer buffer;
+    picture.save(&buffer, "PNG");
+    try {
+        files.createDirectories(file.parent_path());
+        files.writeAtomically(file,
+                              std::string_view(buffer.data().constData(),
+                                               static_cast<std::size_t>(buffer.data().size())));
+    } catch (const std::system_error&) { // a run never costs more than itself
+    }
+}
+
+} // namespace
+
+ScreenshotService::ScreenshotService(Environment environment)
+    : environment_(std::move(environment)),
+      queue_(environment_.host.serialQueue("Tessarune.ScreenshotService", QueuePriority::utility)) {
+    runs_ = environment_.notifications.observe(
+        diagnosticsRunDidUpdate, [this](const NotificationObject& run) {
+            if (const auto* directory = std::get_if<std::filesystem::path>(&run))
+                run_ = *directory;
+        });
+    observations_.follow(environment_.session.isDiagnosticsRunning, [this] { arm(); });
+    observations_.follow(environment_.settings.screenshotEnabled.published(), [this] { arm(); });
+}
+
+bool ScreenshotService::isWanted() const {
+    const AppSettings& settings = environment_.settings;
+    return *settings.screenshotEnabled && *environment_.session.isDiagnosticsRunning &&
+           writesSessionDiagnostics(*settings.diagnosticsLevel);
+}
+
+void ScreenshotService::arm() {
+    timer_.cancel();
+    if (!isWanted())
+        return;
+    const auto interval = std::max(*environment_.settings.screenshotIntervalMs, shortestIntervalMS);
+    timer_ = environment_.host.after(static_cast<double>(interval) / 1000, [this] {
+        take();
+        arm();
+    });
+}
+
+void ScreenshotService::take() {
+    QImage picture = environment_.picture();
+    if (run_.empty() || picture.isNull() || picture == last_)
+        return;
+    last_ = picture;
+    const std::string name = "window-" + Text::fixed(environment_.host.wallClock(), 3) + ".png";
+    queue_->async([&files = environment_.files, file = run_ / "screenshots" / name,
+                   picture = std::move(picture)] { write(files, file, picture); });
+}
+
+} // namespace tessarune

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "Tessarune/diagnostics/SessionDiagnosticsRecorder.h"
+#include "Tessarune/session/SessionView.h"
+#include "Tessarune/shell/AppSettings.h"
+#include "Tessarune/shell/FileSystem.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/observation/NotificationCenter.h"
+#include "TessaruneCore/observation/Observations.h"
+
+#include <QImage>
+#include <filesystem>
+#include <functional>
+#include <memory>
+
+namespace tessarune {
+
+/// Keeps pictures of the caption window in the diagnostics run of a session, in its folder
+/// "screenshots", while the user wants that and the run holds what was said anyway. A picture that
+/// looks like the one before is left out; one that cannot be written is lost.
+///
+/// Main queue; pictures are compressed and written on a queue of their own. All references outlive
+/// it.
+class ScreenshotService {
+  public:
+    struct Environment {
+        Host& host;
+        FileSystem& files;
+        AppSettings& settings;
+        NotificationCenter& notifications;
+        const SessionView& session;
+        std::function<QImage()> picture; ///< of this moment; null while nothing is shown
+    };
+    explicit ScreenshotService(Environment environment);
+    ~ScreenshotService() { timer_.cancel(); }
+    ScreenshotService(const ScreenshotService&) = delete;
+
+  private:
+    bool isWanted() const;
+    void arm();
+    void take();
+
+    const Environment environment_;
+    const std::shared_ptr<SerialQueue> queue_;
+    std::filesystem::path run_; ///< that was announced last
+    QImage last_;
+    DelayedCall timer_;
+    Observations observations_;
+    NotificationCenter::Observation runs_;
+};
+
+} // namespace tessarune
