@@ -68,8 +68,8 @@ class PlaybackTests : public PrivateServerTest {
         }));
         forget();
     }
-    /// Plays from one place and compares. A server whose turn comes too late leaves gaps of its own;
-    /// what is ours comes each time.
+    /// Plays from one place and compares. A server whose turn comes too late leaves gaps of its
+    /// own; what is ours comes each time.
     ::testing::AssertionResult showsWhatIsHeard(double near, double largestStep) {
         constexpr int takes = 4;
         for (int take = 0; take < takes; ++take) {
@@ -143,9 +143,9 @@ TEST_P(PlaybackTests, ShowsWhatIsHeardWithoutAGapAtAnySpeed) {
         // The filter that changes the speed joins windows of so much sound.
         constexpr double windowSeconds = 0.064;
         const bool isFiltered = rate != 1;
-        EXPECT_TRUE(showsWhatIsHeard(
-            nearSeconds * std::max(1.0, rate) + (isFiltered ? windowSeconds / 2 : 0),
-            isFiltered ? windowSeconds : 0.02));
+        EXPECT_TRUE(showsWhatIsHeard(nearSeconds * std::max(1.0, rate) +
+                                         (isFiltered ? windowSeconds / 2 : 0),
+                                     isFiltered ? windowSeconds : 0.02));
     }
 }
 

@@ -1,5 +1,6 @@
 // The terminal program as a user runs it: real recogniser, real files, a data folder of its own.
 #include "Tessarune/platform/disk/DataFolderLock.h"
+#include "Tessarune/platform/pulse/PrivateSoundServer.h"
 #include "TessaruneCore/text/Text.h"
 #include "tests/support/FileContents.h"
 #include "tests/support/ProgramRun.h"
@@ -10,6 +11,7 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -35,12 +37,82 @@ class TerminalProgramTests : public ::testing::Test {
         return run(fs::path(TESSARUNE_BIN) / "tessarune-terminal", arguments, folder.path(),
                    environment);
     }
+    ProgramRun tool(std::vector<std::string> command) const {
+        return run("/usr/bin/env", command, folder.path(), environment);
+    }
+    /// Other programs read in every format what the transcript says.
+    void expectExported(const std::string& id) const {
+        const Json shown = Json::parse(terminal({"--show", id, "--json"}).output);
+        const auto words = spokenWords(shown["text"].get<std::string>());
+        const char* textOfHTML = "import html.parser, sys\n"
+                                 "class Reader(html.parser.HTMLParser):\n"
+                                 "    def handle_data(self, data): print(data)\n"
+                                 "Reader().feed(open(sys.argv[1]).read())";
+        for (const std::string format : {"txt", "html", "pdf", "srt", "vtt", "m4a"}) {
+            const std::string name = "talk." + format;
+            std::vector<std::string> command{"--export", id, "-o", name, "--quiet"};
+            if (format != "m4a")
+                command.insert(command.end(), {"--content", "source"});
+            const ProgramRun exported = terminal(command);
+            EXPECT_EQ(exported.status, 0) << exported.error;
+            ProgramRun read{0, contentsOf(folder / name.c_str()), ""};
+            if (format == "html")
+                read = tool({"python3", "-c", textOfHTML, name});
+            else if (format == "pdf")
+                read = tool({"pdftotext", name, "-"});
+            EXPECT_EQ(read.status, 0) << name << read.error;
+            if (format != "m4a")
+                EXPECT_TRUE(hasInOrder(spokenWords(read.output), words)) << name << read.output;
+            if (format == "srt" || format == "vtt")
+                expectCues(name);
+        }
+        const ProgramRun decoded =
+            tool({"ffmpeg", "-v", "error", "-i", "talk.m4a", "-f", "null", "-"});
+        EXPECT_TRUE(decoded.status == 0 && decoded.error.empty()) << decoded.error;
+    }
+    void expectCues(const std::string& name) const {
+        const Json found = Json::parse(
+            tool({"ffprobe", "-v", "error", "-show_packets", "-of", "json", name}).output);
+        double before = 0;
+        EXPECT_GT(found["packets"].size(), 5U);
+        for (const Json& cue : found["packets"]) {
+            const double start = std::stod(cue["pts_time"].get<std::string>());
+            EXPECT_GE(start + 0.001, before) << name;
+            before = start + std::stod(cue["duration_time"].get<std::string>());
+        }
+        EXPECT_LT(before, 46) << "the sound has 44 seconds";
+    }
+    /// The last seconds of it, on a sound server.
+    void expectPlayed(const std::string& id, const char* from) const {
+        const PrivateSoundServer server;
+        std::vector<std::string> withServer = environment;
+        withServer.push_back("PULSE_SERVER=" + server.address());
+        std::erase(withServer, noServer);
+        const ProgramRun played =
+            run(fs::path(TESSARUNE_BIN) / "tessarune-terminal",
+                {"--play", id, "--from", from, "--json"}, folder.path(), withServer);
+        EXPECT_EQ(played.status, 0) << played.error;
+        EXPECT_NE(played.output.find("\"sentence\""), std::string::npos) << played.output;
+        EXPECT_EQ(Json::parse(lines(played.output).back())["type"], "end");
+    }
+    static bool hasInOrder(const std::vector<std::string>& text,
+                           const std::vector<std::string>& words) {
+        auto at = text.begin();
+        for (const std::string& word : words) {
+            at = std::find(at, text.end(), word);
+            if (at == text.end())
+                return false;
+            ++at;
+        }
+        return !words.empty();
+    }
     std::string file(const char* sample) const { return "file:" + (samples / sample).string(); }
 
+    static constexpr const char* noServer = "PULSE_SERVER=unix:/nowhere";
     TemporaryFolder folder;
     std::vector<std::string> environment = {"XDG_DATA_HOME=" + (folder / "data").string(),
                                             "XDG_CONFIG_HOME=" + (folder / "config").string(),
-                                            "LC_ALL=C", "PULSE_SERVER=unix:/nowhere"};
+                                            "LC_ALL=C", noServer};
 };
 
 /// What a replay printed as committed rows, without the marks behind them.
@@ -120,6 +192,8 @@ TEST_F(TerminalProgramTests, ARecordingThatIsTranscribedAgainOrImportedIsNoWorse
     EXPECT_EQ(refined.status, 0) << refined.error;
     EXPECT_EQ(Json::parse(lines(refined.output).back())["translation"], "saved");
     EXPECT_LE(rateOf(id), live);
+    expectExported(id);
+    expectPlayed(id, "0:41");
 
     std::ofstream(folder / "note.txt") << "no sound";
     const ProgramRun imported = terminal(
@@ -129,7 +203,8 @@ TEST_F(TerminalProgramTests, ARecordingThatIsTranscribedAgainOrImportedIsNoWorse
     ASSERT_EQ(listed.size(), 2U) << "what is unreadable leaves nothing behind";
     EXPECT_EQ(Json::parse(listed.front())["note"], "two_cities");
     EXPECT_EQ(Json::parse(listed.front())["bilingual"], true);
-    EXPECT_LE(rateOf(Json::parse(listed.front())["id"]), live);
+    constexpr double oneWord = 0.01; // another file of the same speech
+    EXPECT_LE(rateOf(Json::parse(listed.front())["id"]), live + 2 * oneWord);
     const fs::path sounds = folder / "data/Tessarune/Recordings";
     EXPECT_EQ(std::distance(fs::directory_iterator(sounds), {}), 2);
 }
