@@ -7,6 +7,7 @@
 #include <dlfcn.h>
 
 #include <array>
+#include <cstdlib>
 #include <stdexcept>
 
 namespace tessarune {
@@ -14,6 +15,12 @@ namespace tessarune {
 namespace {
 
 constexpr const char* fileName = "libmoonshine.so";
+
+/// By default the engine's runtime starts a thread for each core, and threads without work spin: a
+/// look then costs nearly twice the processor time and is hardly sooner done. The engine asks the
+/// environment when it loads a model; set before `main`, while nobody else can be reading it. Who
+/// sets it himself is asked for something else.
+[[maybe_unused]] const bool runsOnOneThread = setenv("MOONSHINE_ORT_SINGLE_THREAD", "1", 0) == 0;
 
 template <typename Function>
 void resolve(void* library, const char* name, Function& slot) {

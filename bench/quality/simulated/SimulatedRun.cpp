@@ -21,12 +21,16 @@ SimulatedHost* lookingHost = nullptr;
 std::int32_t (*realLook)(moonshine::Calls::Handle, moonshine::Calls::Handle, std::uint32_t,
                          moonshine::Transcript**) = nullptr;
 
-/// The engine recognises its open line anew at each look, so that a look takes longer the longer
-/// the line is: as measured with the smallest model on two idle cores.
+/// The engine recognises anew each line that has grown or become complete, so that a look takes
+/// longer the longer the line is: the smallest model's processor time, on its one thread.
 double lookSeconds(const moonshine::Transcript& transcript) {
-    if (transcript.lineCount == 0 || transcript.lines[transcript.lineCount - 1].isComplete)
-        return 0.002;
-    return 0.03 + 0.045 * static_cast<double>(transcript.lines[transcript.lineCount - 1].duration);
+    double seconds = 0.002;
+    for (std::uint64_t i = 0; i < transcript.lineCount; ++i) {
+        const moonshine::Line& line = transcript.lines[i];
+        if (line.isUpdated != 0)
+            seconds += 0.005 + 0.055 * static_cast<double>(line.duration);
+    }
+    return seconds;
 }
 
 std::int32_t timedLook(moonshine::Calls::Handle transcriber, moonshine::Calls::Handle stream,
