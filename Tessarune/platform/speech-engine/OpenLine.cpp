@@ -26,6 +26,8 @@ constexpr std::size_t fewestWords = 3;
 constexpr std::size_t longestRepeat = 4;
 constexpr std::size_t timesOfAWord = 3;
 constexpr std::size_t timesOfARun = 2;
+/// So many words at the end of a line are looked for in the next one.
+constexpr std::size_t mostWordsAgain = 4;
 
 constexpr auto sameKey = [](const auto& a, const auto& b) { return a.key == b.key; };
 
@@ -107,8 +109,10 @@ class OpenLine::Merge {
 std::vector<SpeechRun> OpenLine::look(std::vector<SpeechRun> words, double begin,
                                       bool looksAgainSoon) {
     Words guess = withoutRepeats(std::move(words));
-    const std::size_t known = lengthOf(settled_, behind(), guess);
-    guess.erase(guess.begin(), guess.begin() + static_cast<std::ptrdiff_t>(known));
+    const auto known = static_cast<std::ptrdiff_t>(lengthOfSettled(guess));
+    if (!last_.empty())
+        settled_.assign(guess.begin(), guess.begin() + known);
+    guess.erase(guess.begin(), guess.begin() + known);
     for (Word& word : guess) {
         word.run.audioStart = std::max(word.run.audioStart, settledThrough_);
         word.run.audioEnd = std::max(word.run.audioEnd, settledThrough_);
@@ -138,9 +142,15 @@ void OpenLine::countLooks(const Words& before) {
 
 std::vector<SpeechRun> OpenLine::rest(std::vector<SpeechRun> words) const {
     Words all = withoutRepeats(std::move(words));
-    const std::size_t known = lengthOf(settled_, behind(), all);
+    const std::size_t known = lengthOfSettled(all);
     all.erase(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(known));
     return runsOf(all);
+}
+
+void OpenLine::follow(std::vector<SpeechRun> last, double through) {
+    clear();
+    last_ = endOf(withoutRepeats(std::move(last)));
+    settledThrough_ = through;
 }
 
 std::vector<SpeechRun> OpenLine::runsOf(const Words& words) {
@@ -175,29 +185,63 @@ OpenLine::Words OpenLine::withoutRepeats(std::vector<SpeechRun> runs) {
     return kept;
 }
 
-/// How many words of a guess are those of `front`, when those of `behind` are expected to follow.
-/// Between the last word of the one and the first of the other that are found may be words that the
-/// guess has changed: as many of them as the front lacks belong to it. That is at times one too
-/// many, which the next look shows; one too few would be said twice.
-std::size_t OpenLine::lengthOf(const Words& front, const Words& behind, const Words& guess) {
-    Words expected = front;
-    expected.insert(expected.end(), behind.begin(), behind.end());
-    std::size_t found = 0;
-    std::size_t lacking = front.size();
-    std::size_t end = guess.size();
-    for (const auto& [old, now] : commonSubsequence(expected, guess, sameKey)) {
-        if (old >= front.size()) {
-            end = now;
-            break;
+/// Where a guess goes over from the words of `front` to those of `behind`: the place at which both
+/// fit best, where a word that is found counts 1, and -1 if it is changed, put in or left out. So a
+/// common word far behind is no settled one. What is put in between belongs to what follows. Where
+/// a word is changed or left out, it is taken for changed: that is at times one word too many,
+/// which the next look shows; one too few would be said twice.
+OpenLine::Joint OpenLine::jointOf(const Words& front, bool beginsInside, const Words& behind,
+                                  const Words& guess) {
+    const auto step = [](const Word& a, const Word& b) { return sameKey(a, b) ? 1.0 : -1.0; };
+    constexpr double putInFront = -1.5;
+    std::vector<double> frontFit; // with its last word before each place
+    for (std::size_t words = 0; words <= guess.size(); ++words)
+        frontFit.push_back(putInFront * static_cast<double>(words));
+    for (const Word& word : front) {
+        double before = frontFit.front();
+        frontFit.front() -= beginsInside ? 0 : 1;
+        for (std::size_t i = 0; i < guess.size(); ++i) {
+            const bool isSpoilt = beginsInside && i == 0; // by the cut
+            const double best = std::max({before + step(word, guess[i]), frontFit[i + 1] - 1,
+                                          isSpoilt ? 0 : frontFit[i] + putInFront});
+            before = std::exchange(frontFit[i + 1], best);
         }
-        found = now + 1;
-        lacking = front.size() - 1 - old;
     }
-    return found + std::min(lacking, end - found);
+    std::vector<double> behindFit(guess.size() + 1, 0); // with its first word behind each place
+    for (auto word = behind.rbegin(); word != behind.rend(); ++word) {
+        double after = behindFit.back();
+        behindFit.back() -= 1;
+        for (std::size_t i = guess.size(); i-- > 0;) {
+            const double best =
+                std::max({after + step(*word, guess[i]), behindFit[i] - 1, behindFit[i + 1] - 1});
+            after = std::exchange(behindFit[i], best);
+        }
+    }
+    std::size_t place = 0;
+    for (std::size_t i = 1; i <= guess.size(); ++i) {
+        if (frontFit[i] + behindFit[i] >= frontFit[place] + behindFit[place])
+            place = i;
+    }
+    return {place, frontFit[place]};
+}
+
+std::size_t OpenLine::lengthOfSettled(const Words& guess) const {
+    if (!last_.empty()) {
+        const Joint joint = jointOf(last_, true, behind(), guess);
+        if (joint.frontFit > 0)
+            return joint.place;
+    }
+    return jointOf(settled_, false, behind(), guess).place;
+}
+
+OpenLine::Words OpenLine::endOf(const Words& words) {
+    const std::size_t count = std::min(words.size(), mostWordsAgain);
+    return {words.end() - static_cast<std::ptrdiff_t>(count), words.end()};
 }
 
 /// How many of the words that could be shown can be settled. A mark counts where words follow it,
-/// since the engine ends each guess as if the speaker had stopped there.
+/// since the engine ends each guess as if the speaker had stopped there; and nothing ends with a
+/// word that repeats the one before, since that may be the engine losing its way.
 std::size_t OpenLine::wordsToSettle(const Words& words, std::size_t shownBefore,
                                     double begin) const {
     const std::size_t fewest = std::max(std::min(shownBefore, words.size()), fewestWords);
@@ -207,8 +251,9 @@ std::size_t OpenLine::wordsToSettle(const Words& words, std::size_t shownBefore,
     const auto agreed = static_cast<std::size_t>(doubtful - words.begin());
     std::vector<bool> isCertain(words.size());
     for (const auto& [shown, guessed] : commonSubsequence(words, guess_, sameKey)) {
-        isCertain[shown] =
-            shown < agreed && guess_[guessed].looks >= looksToAgree && guessed + 1 < guess_.size();
+        const bool isRepeat = shown > 0 && sameKey(words[shown - 1], words[shown]);
+        isCertain[shown] = shown < agreed && guess_[guessed].looks >= looksToAgree &&
+                           guessed + 1 < guess_.size() && !isRepeat;
     }
     const double open =
         guess_.back().run.audioEnd.value_or(begin) - settledThrough_.value_or(begin);
@@ -241,9 +286,11 @@ std::vector<SpeechRun> OpenLine::settle(std::size_t count) {
         return front;
     };
     const Words front = move(shown_, count);
-    move(guess_, lengthOf(front, shown_, guess_));
+    move(guess_, jointOf(front, false, shown_, guess_).place);
     for (const Word& word : front)
         settledThrough_ = std::max(settledThrough_, word.run.audioEnd);
+    if (count > 0)
+        last_.clear();
     settled_.insert(settled_.end(), front.begin(), front.end());
     return runsOf(front);
 }

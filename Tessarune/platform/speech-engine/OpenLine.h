@@ -23,6 +23,10 @@ namespace tessarune {
 ///
 /// An engine that has lost its way says the same words again and again: of a single word three are
 /// kept, of two to four words that repeat two.
+///
+/// The sound of a line may begin before that of the line before it has ended: the engine cuts lines
+/// that have become long anywhere, and hears a little before each beginning. Then its guesses begin
+/// with words of that line, which are left out.
 class OpenLine {
   public:
     /// All words of the line as the engine guesses them now, a run each without blanks, and the
@@ -39,6 +43,10 @@ class OpenLine {
     /// Another line begins.
     void clear() { *this = {}; }
 
+    /// Another line begins, in whose sound the end of `last` may be heard once more; `through` is
+    /// where that ended, in seconds of the session.
+    void follow(std::vector<SpeechRun> last, double through);
+
   private:
     struct Word {
         SpeechRun run;
@@ -53,13 +61,22 @@ class OpenLine {
 
     static std::vector<SpeechRun> runsOf(const Words& words);
     static Words withoutRepeats(std::vector<SpeechRun> runs);
-    static std::size_t lengthOf(const Words& front, const Words& behind, const Words& guess);
+    struct Joint {
+        std::size_t place; ///< in the guess
+        double frontFit;   ///< words in front of it that are found, less those that are not
+    };
+    /// `beginsInside`: the guess may begin with any word of `front`.
+    static Joint jointOf(const Words& front, bool beginsInside, const Words& behind,
+                         const Words& guess);
+    std::size_t lengthOfSettled(const Words& guess) const;
+    static Words endOf(const Words& words);
     /// What is expected behind the settled words.
     const Words& behind() const { return shown_.empty() ? guess_ : shown_; }
     void countLooks(const Words& before);
     std::size_t wordsToSettle(const Words& words, std::size_t shownBefore, double begin) const;
     std::vector<SpeechRun> settle(std::size_t count);
 
+    Words last_; ///< the end of the line before, until words of this one are settled
     Words settled_;
     Words guess_; ///< of the last look, behind the settled words
     Words shown_;

@@ -10,6 +10,10 @@ namespace tessarune {
 
 namespace {
 
+/// A line that begins so much before the end of the one before repeats its last words: the engine
+/// cuts lines that have become too long anywhere.
+constexpr double overlapWithWords = 0.3;
+
 /// The engine at times writes a comma twice.
 std::string textOf(const char* bytes) {
     std::string text = bytes != nullptr ? bytes : "";
@@ -26,6 +30,8 @@ std::vector<SpeechResult> TranscriptReader::read(const moonshine::Transcript& tr
     openSince_.reset();
     for (std::size_t i = completeLines_; i < transcript.lineCount; ++i) {
         const moonshine::Line& line = transcript.lines[i];
+        if (!std::exchange(isInLine_, true))
+            beginLine(line);
         if (line.isComplete == 0) {
             openSince_ = clockOffset_ + line.start;
             readOpen(line, looksAgainSoon, results);
@@ -34,8 +40,16 @@ std::vector<SpeechResult> TranscriptReader::read(const moonshine::Transcript& tr
         readComplete(line, results);
         completeLines_ = i + 1;
         completeThrough_ = std::max(completeThrough_, clockOffset_ + line.start + line.duration);
+        isInLine_ = false;
     }
     return results;
+}
+
+void TranscriptReader::beginLine(const moonshine::Line& line) {
+    if (clockOffset_ + line.start < completeThrough_ - overlapWithWords)
+        line_.follow(std::exchange(last_, {}), completeThrough_);
+    else
+        line_.clear();
 }
 
 void TranscriptReader::restarted(double at) {
@@ -43,6 +57,8 @@ void TranscriptReader::restarted(double at) {
     completeLines_ = 0;
     completeThrough_ = std::max(completeThrough_, at);
     openSince_.reset();
+    isInLine_ = false;
+    last_.clear();
     line_.clear();
     open_.reset();
 }
@@ -69,7 +85,8 @@ void TranscriptReader::readOpen(const moonshine::Line& line, bool looksAgainSoon
 
 void TranscriptReader::readComplete(const moonshine::Line& line,
                                     std::vector<SpeechResult>& results) {
-    SpeechResult rest = result(line_.rest(runsOf(line)), true);
+    last_ = runsOf(line);
+    SpeechResult rest = result(line_.rest(last_), true);
     // A line that comes to nothing must take back what was shown of it.
     if (!rest.runs.empty() || open_)
         results.push_back(std::move(rest));

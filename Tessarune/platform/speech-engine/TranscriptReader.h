@@ -36,6 +36,7 @@ class TranscriptReader {
     std::optional<double> openSince() const { return openSince_; }
 
   private:
+    void beginLine(const moonshine::Line& line);
     void readOpen(const moonshine::Line& line, bool looksAgainSoon,
                   std::vector<SpeechResult>& results);
     void readComplete(const moonshine::Line& line, std::vector<SpeechResult>& results);
@@ -49,7 +50,9 @@ class TranscriptReader {
     std::size_t completeLines_ = 0;
     double completeThrough_ = 0;
     std::optional<double> openSince_;
+    bool isInLine_ = false;
     OpenLine line_;
+    std::vector<SpeechRun> last_;      ///< the words of the last complete line
     std::optional<SpeechResult> open_; ///< what was given of it behind its last final
 };
 
