@@ -3,6 +3,7 @@
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/translation/TranslationSegmentMutator.h"
 
+#include <iterator>
 #include <limits>
 
 namespace tessarune::simulation {
@@ -11,11 +12,12 @@ namespace {
 
 using Trigger = LiveSessionControlTrigger;
 
+/// Those that were said, understood or misheard, by what they have in common.
 std::set<std::string> wordsOf(const std::string& text) {
     std::set<std::string> words;
     for (const auto word : Text::splitOnWhiteSpace(text)) {
-        const bool isEnd = word.ends_with(".");
-        words.emplace(isEnd ? word.substr(0, word.size() - 1) : word);
+        if (ScriptedLooks::isSaid(word))
+            words.emplace(ScriptedLooks::key(word));
     }
     return words;
 }
@@ -203,30 +205,26 @@ void SessionSimulation::changeSetting() {
     settings.translationDrainTimeoutSeconds = seconds(6);
 }
 
-/// The recogniser guesses on, and now and then makes up its mind about what it has, or a part.
+/// Words are said, and the recogniser guesses on or makes up its mind about what it has.
 void SessionSimulation::speak() {
     if (session_.engine.sessions.empty())
         return;
     ScriptedAnalyzer& analyzer = session_.engine.session();
     if (speaker_ != &analyzer)
-        openWords_.clear();
+        looks_.emplace(random_());
     speaker_ = &analyzer;
-    openWords_ += (openWords_.empty() ? "" : " ") + newWords();
-    const bool isFinal = chance(40);
-    std::string said = openWords_;
-    if (isFinal) {
-        const auto blank = openWords_.find(' ', openWords_.size() / 2);
-        if (chance(30) && blank != std::string::npos) {
-            said = openWords_.substr(0, blank);
-            openWords_.erase(0, blank + 1);
-        } else {
-            openWords_.clear();
-        }
-        said += ".";
+    const bool endsLine = chance(40);
+    const std::string words = newWords() + (endsLine ? "." : "");
+    note("says " + words);
+    looks_->say(words, analyzer.heardSeconds);
+    std::vector<SpeechResult> results = looks_->look(chance(90));
+    if (endsLine)
+        std::ranges::move(looks_->endLine(), std::back_inserter(results));
+    for (SpeechResult& result : results) {
+        note((result.isFinal ? "final " : "guess ") + result.text());
+        analyzer.give(std::move(result));
     }
-    note((isFinal ? "final " : "guess ") + said);
-    const double heard = analyzer.heardSeconds;
-    analyzer.give(spoken(isFinal, said, std::max(heard - 1, 0.0), 0.1));
+    require(looks_->violation().empty(), looks_->violation());
 }
 
 void SessionSimulation::landTranslation() {
@@ -435,7 +433,7 @@ std::string SessionSimulation::newWords() {
         std::string word = "w";
         for (std::uint64_t number = ++lastWord_; number > 0; number /= 20)
             word += static_cast<char>('a' + number % 20);
-        words += (words.empty() ? "" : " ") + word;
+        words += (words.empty() ? "" : " ") + word + (count > 1 && chance(15) ? "." : "");
     }
     return words;
 }

@@ -1,10 +1,12 @@
 #pragma once
 
 #include "Tessarune/session/TessaruneListeningLifecycleHandler.h"
+#include "tests/simulation/ScriptedLooks.h"
 #include "tests/simulation/SimulatedSession.h"
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <random>
 #include <set>
 #include <string>
@@ -17,7 +19,7 @@ namespace tessarune::simulation {
 /// ends the run.
 ///
 /// Everything that is spoken is a word of its own, so that a word that is lost or comes twice is
-/// seen at once.
+/// seen at once, however badly the recogniser looks at it (`ScriptedLooks`).
 class SessionSimulation {
   public:
     explicit SessionSimulation(std::uint64_t seed);
@@ -71,7 +73,7 @@ class SessionSimulation {
     std::string violation_;
 
     std::uint64_t lastWord_ = 0;
-    std::string openWords_; ///< spoken, and not final yet
+    std::optional<ScriptedLooks> looks_; ///< of the speaker's recogniser
     const ScriptedAnalyzer* speaker_ = nullptr;
 
     Phase lastPhase_ = Phase::idle;
