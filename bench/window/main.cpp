@@ -1,0 +1,147 @@
+#include "bench/support/Statistics.h"
+#include "bench/window/FirstPicture.h"
+#include "bench/window/StagedWindow.h"
+
+#include <QGuiApplication>
+#include <QQmlComponent>
+#include <QQmlEngine>
+#include <QQuickView>
+#include <array>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+/// What the caption window costs. `bench/window/run` runs all of it on a display of its own.
+///
+///     bench-window frames            from a change of the captions to the frame on the screen
+///     bench-window hour              an hour of captions, one change after the other
+///     bench-window first PROGRAM...  from the start of a program to its first picture
+///     bench-window bare              a window with a line of text, for comparison
+
+namespace tessarune {
+namespace {
+
+constexpr int rounds = 12;
+constexpr int changesEachRound = 25;
+/// Of each round the first only warm up the caches that another window has used.
+constexpr int warmUps = 5;
+
+int measureFrames() {
+    QtHost host;
+    constexpr std::array<std::size_t, 3> lengths{10, 1000, 10'000};
+    std::array<std::unique_ptr<StagedWindow>, 3> windows;
+    std::array<std::vector<double>, 3> words;
+    std::array<std::vector<double>, 3> rows;
+    for (int round = 0; round < rounds; ++round) {
+        for (std::size_t i = 0; i < lengths.size(); ++i) {
+            // One at a time: a window that is open has its own animations.
+            windows[i] = std::make_unique<StagedWindow>(host, lengths[i]);
+            for (int change = 0; change < changesEachRound; ++change) {
+                windows[i]->speak();
+                const double word = windows[i]->show();
+                windows[i]->settle();
+                const double row = windows[i]->show();
+                if (change < warmUps)
+                    continue;
+                words[i].push_back(word * 1000);
+                rows[i].push_back(row * 1000);
+            }
+            windows[i].reset();
+        }
+    }
+    const auto print = [&](const char* what, const auto& times) {
+        std::printf("| %s |", what);
+        for (const auto& each : times)
+            std::printf(" %.2f, %.2f ms |", Statistics::median(each),
+                        Statistics::percentile(each, 0.99));
+        std::printf(" %.2f |\n",
+                    Statistics::median(times.back()) / Statistics::median(times.front()));
+    };
+    std::puts("| Committed rows (median, 99 %) | 10 | 1,000 | 10,000 | Last over first |");
+    std::puts("|---|---|---|---|---|");
+    print("a word is spoken", words);
+    print("a row settles", rows);
+    return 0;
+}
+
+double residentMegabytes() {
+    std::ifstream rollup("/proc/self/smaps_rollup");
+    for (std::string word; rollup >> word;) {
+        if (double kilobytes = 0; word == "Anonymous:" && rollup >> kilobytes)
+            return kilobytes * 1024 / 1e6;
+    }
+    return 0;
+}
+
+/// 720 sentences of twelve words, which is an hour of quick speech.
+int measureHour() {
+    QtHost host;
+    StagedWindow window(host, 0);
+    constexpr int sentences = 720;
+    constexpr int wordsEach = 12;
+    constexpr int part = sentences / 12; // five minutes
+    std::puts("| Minute | Own memory | Frame, median | 99 % |");
+    std::puts("|---|---|---|---|");
+    std::vector<double> times;
+    for (int sentence = 1; sentence <= sentences; ++sentence) {
+        for (int word = 0; word < wordsEach; ++word) {
+            window.speak();
+            times.push_back(window.show() * 1000);
+        }
+        window.settle();
+        window.show();
+        if (sentence % part == 0) {
+            std::printf("| %d | %.1f MB | %.2f ms | %.2f ms |\n", sentence / part * 5,
+                        residentMegabytes(), Statistics::median(times),
+                        Statistics::percentile(times, 0.99));
+            std::fflush(stdout);
+            times.clear();
+        }
+    }
+    return 0;
+}
+
+int showBareWindow(QGuiApplication& application) {
+    QQuickView view;
+    QQmlComponent component(view.engine());
+    component.setData("import QtQuick\nRectangle { width: 940; height: 400; color: 'black'; "
+                      "Text { text: 'Captions'; color: 'white'; font.pixelSize: 24 } }",
+                      QUrl());
+    view.setContent(QUrl(), &component, component.create());
+    view.show();
+    return application.exec();
+}
+
+int measureFirst(std::vector<std::string> command) {
+    const FirstPicture picture = FirstPicture::of(command);
+    std::printf("%.3f %.1f\n", picture.seconds, picture.megabytes);
+    return 0;
+}
+
+} // namespace
+} // namespace tessarune
+
+int main(int argc, char** argv) {
+    const std::string what = argc > 1 ? argv[1] : "";
+    if (what == "first" && argc > 2) {
+        try {
+            return tessarune::measureFirst({argv + 2, argv + argc});
+        } catch (const std::exception& error) {
+            std::fprintf(stderr, "bench-window: %s\n", error.what());
+            return 1;
+        }
+    }
+    QGuiApplication application(argc, argv);
+    if (what == "frames")
+        return tessarune::measureFrames();
+    if (what == "hour")
+        return tessarune::measureHour();
+    if (what == "bare")
+        return tessarune::showBareWindow(application);
+    std::fputs("bench-window frames | hour | first PROGRAM... | bare\n", stderr);
+    return 64;
+}
