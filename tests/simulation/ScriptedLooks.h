@@ -12,13 +12,13 @@
 
 namespace tessarune::simulation {
 
-/// The looks of a bad engine at what is said, and the results that are made of them. It flips words,
-/// most often at the head of a line, leaves words out, invents ends and repeats itself, notices the
-/// end of a line late, and cuts lines so that the next one says the last words again.
+/// The looks of a bad engine at what is said, and the results that are made of them. It flips
+/// words, most often at the head of a line, leaves words out, invents ends and repeats itself,
+/// notices the end of a line late, and cuts lines so that the next one says the last words again.
 ///
-/// Each word that is said begins with a "w" and is said once; a word that is misheard begins with an
-/// "m", and invented words with another letter. What nobody could tell from speech does not happen:
-/// two looks in a row do not leave out or invent words at one place.
+/// Each word that is said begins with a "w" and is said once; a word that is misheard begins with
+/// an "m", and invented words with another letter. What nobody could tell from speech does not
+/// happen: two looks in a row do not leave out or invent words at one place.
 class ScriptedLooks {
   public:
     explicit ScriptedLooks(std::uint64_t seed) : random_(seed) {}
@@ -98,7 +98,8 @@ class ScriptedLooks {
         std::vector<moonshine::Line> given;
         for (const Line& line : lines)
             given.push_back(engineLine(line, isComplete || given.size() + 1 < lines.size()));
-        std::vector<SpeechResult> results = reader_.read({given.data(), given.size()}, looksAgainSoon);
+        std::vector<SpeechResult> results =
+            reader_.read({given.data(), given.size()}, looksAgainSoon);
         for (const SpeechResult& result : results) {
             if (result.isFinal)
                 check(result.text());
@@ -136,7 +137,7 @@ class ScriptedLooks {
                               {SpeechReportingOption::volatileResults},
                               {SpeechAttributeOption::audioTimeRange}}};
     std::vector<std::string> said_;
-    double now_ = 0;             ///< seconds of the session
+    double now_ = 0; ///< seconds of the session
     std::vector<Line> complete_;
     double lineStart_ = 0;
     std::size_t lineBegin_ = 0; ///< in `said_`
