@@ -16,6 +16,8 @@ using FormerSentence = HistoryWordTimeline::Sentence;
 
 /// What encoders and decoders add to a file or take from it, with room to spare.
 constexpr double lengthSlackSeconds = 1.0;
+/// Times of a live transcript count from the start of the recorder, which waits for the device.
+constexpr double mostStartSeconds = 3;
 /// A sentence is missing where others take up less of its time than this.
 constexpr double mostCoveredShare = 0.25;
 /// Two recognisers may place one sentence so far apart.
@@ -99,8 +101,9 @@ bool FormerTranscript::wasHeard(double heardSeconds, bool isWhole) const {
     const double through = heardSeconds + lengthSlackSeconds;
     if (recordedSeconds && *recordedSeconds > through)
         return false;
+    const double mostLate = recordedSeconds ? mostStartSeconds : lengthSlackSeconds;
     return !timeline || std::ranges::all_of(timeline->sentences, [&](const FormerSentence& each) {
-        return each.end <= through;
+        return each.end <= heardSeconds + mostLate;
     });
 }
 

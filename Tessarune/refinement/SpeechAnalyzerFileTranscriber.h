@@ -37,7 +37,7 @@ class SpeechAnalyzerFileTranscriberError : public std::runtime_error {
 class SpeechAnalyzerFileTranscriber {
   public:
     /// Sound that is read and recognised at once.
-    static constexpr double blockSeconds = 30;
+    static constexpr double blockSeconds = 5;
 
     struct Environment {
         Host& host;

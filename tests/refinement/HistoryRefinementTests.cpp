@@ -27,7 +27,7 @@ TEST(HistoryRefinementTests, TheTextComesFirstAndThenItsTranslation) {
               (std::vector<std::string>{
                   refinedText + "|Old words.\nAlte Worte.",
                   refinedText + "|New words.\nde-DE:New words.\n\nAnd more.\nde-DE:And more."}));
-    EXPECT_EQ(recording.blocks, (std::vector<double>{30, 30}));
+    EXPECT_EQ(recording.blocks, std::vector<double>(12, 5));
     EXPECT_EQ(recording.events("history.refine.source.done").size(), 1U);
     EXPECT_TRUE(recording.service->jobs()->empty());
 }
@@ -242,6 +242,10 @@ TEST(HistoryRefinementTests, ASessionThatListensHasTheProcessor) {
     recording.service->setPaused(false);
     recording.host.advanceBy(10);
     EXPECT_EQ(recording.text(), refinedText);
+    recording.service->setPaused(true);
+    recording.begin();
+    recording.host.advanceBy(600);
+    EXPECT_EQ(recording.loadedModels, 1) << "nothing is loaded beside a session";
 }
 
 TEST(HistoryRefinementTests, RequestsWaitForEachOtherAndTheLatestOfARecordingCounts) {
@@ -254,7 +258,7 @@ TEST(HistoryRefinementTests, RequestsWaitForEachOtherAndTheLatestOfARecordingCou
     recording.service->schedule(later);
     recording.service->schedule(std::nullopt);
     recording.host.runUntilIdle(recording.host.now() + 100);
-    EXPECT_EQ(recording.blocks.size(), 4U);
+    EXPECT_EQ(recording.blocks.size(), 24U);
     EXPECT_EQ(recording.bilingual(), "New words.\nfr-FR:New words.\n\nAnd more.\nfr-FR:And more.");
     EXPECT_TRUE(recording.service->jobs()->empty());
 }

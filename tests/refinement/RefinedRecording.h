@@ -73,6 +73,7 @@ class RefinedRecording : public Catalogued {
     std::string failure;
     std::size_t failingBlock = 0; ///< from 1
     std::vector<double> blocks;   ///< seconds of each
+    int loadedModels = 0;
     std::function<void()> onBlock = [] {};
 
     std::string target = "de-DE";
@@ -116,11 +117,14 @@ class RefinedRecording::Analyzer final : public SpeechFileAnalyzer {
     explicit Analyzer(RefinedRecording& recording) : recording_(recording) {}
     AudioFormat audioFormat() const override { return {100, 1}; }
     double mostLateness() const override { return recording_.mostLateness; }
-    Task<std::string> prepare() override { co_return "scripted"; }
+    Task<std::string> prepare() override {
+        ++recording_.loadedModels;
+        co_return "scripted";
+    }
     Task<std::vector<SpeechResult>> analyze(AudioBufferPtr block, std::stop_token) override {
         recording_.blocks.push_back(block->seconds());
         recording_.onBlock();
-        co_await sleep(Executor::main(recording_.host), 1);
+        co_await sleep(Executor::main(recording_.host), block->seconds() / 30);
         if (recording_.blocks.size() == recording_.failingBlock)
             throw std::runtime_error(recording_.failure);
         co_return std::vector<SpeechResult>();
