@@ -33,14 +33,13 @@ void SessionDiagnosticsRecorder::finish(const Finish& finish) {
         {"sourceChars", static_cast<std::int64_t>(finish.snapshot.sourceText.size())},
         {"bilingualChars", static_cast<std::int64_t>(finish.snapshot.bilingualText.size())},
         {"hasBilingual", !finish.snapshot.bilingualText.empty()}};
-    run_->recording = finish.recording;
-    if (finish.recording) {
-        fields.add("recordingID", finish.recording->id.text())
-            .add("audioPath", finish.recording->filePath);
-        ending.sourceTranscriptPath =
-            environment_.catalog.transcriptURL(finish.recording->id).string();
+    if (finish.recording) // an index that cannot be read now says nothing against what was noted
+        run_->recording = finish.recording;
+    if (const auto& recording = run_->recording) {
+        fields.add("recordingID", recording->id.text()).add("audioPath", recording->filePath);
+        ending.sourceTranscriptPath = environment_.catalog.transcriptURL(recording->id).string();
         ending.bilingualTranscriptPath =
-            environment_.catalog.bilingualTranscriptURL(finish.recording->id).string();
+            environment_.catalog.bilingualTranscriptURL(recording->id).string();
     }
     environment_.logger.event("diagnostics.finish.start", fields);
     run_->writeLifecycle({ending.finishedAt, "diagnostics.finish", LifecycleEntry::Phase::start,

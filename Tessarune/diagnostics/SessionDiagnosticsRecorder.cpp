@@ -166,8 +166,8 @@ void SessionDiagnosticsRecorder::announce(const std::filesystem::path& directory
 
 /// Writes the recording's ID into the manifest now, so that deleting the recording also finds the
 /// run of a session that crashed.
-void SessionDiagnosticsRecorder::noteRecording(const RecordingMetadata& recording) {
-    if (!run_)
+void SessionDiagnosticsRecorder::noteRecording(const std::optional<RecordingMetadata>& recording) {
+    if (!run_ || (!recording && !run_->recording))
         return;
     run_->recording = recording;
     queue_->async([run = run_, manifest = run_->manifestHead()]() mutable {

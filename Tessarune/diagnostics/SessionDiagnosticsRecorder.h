@@ -66,7 +66,7 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     bool isRunning() const override { return run_ != nullptr; }
     bool capturesFullDiagnostics() const override { return isFullDiagnosticsRunning(); }
     std::optional<std::filesystem::path> runDirectory() const override;
-    void noteRecording(const RecordingMetadata& recording) override;
+    void noteRecording(const std::optional<RecordingMetadata>& recording) override;
     void recordLiveCaptionStopSnapshot(const StopSnapshot& about) override;
     void finish(const Finish& finish) override;
     void discardCurrentRun() override;

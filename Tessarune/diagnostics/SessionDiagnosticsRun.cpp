@@ -99,7 +99,7 @@ std::size_t SessionDiagnosticsRecorder::Ending::wordEventCount() const {
 
 std::optional<std::string> SessionDiagnosticsRecorder::Ending::timeline(const Run& run) const {
     using namespace ArenaTimelineExport;
-    const auto& recording = finish.recording;
+    const auto& recording = run.recording;
     const std::filesystem::path audio(recording ? recording->filePath : "");
     return encode({.schemaVersion = 1,
                    .run = {.id = run.id,

@@ -85,13 +85,13 @@ bool RecordingCatalog::setNote(const std::string& note, const UUID& id) {
     });
 }
 
-bool RecordingCatalog::deleteRecording(const UUID& id) {
+bool RecordingCatalog::deleteRecording(const UUID& id, Runs runs) {
     return mutateIndex([&](RecordingIndex& index) {
         deleted_.insert(id);
         const auto recording = index.find(id);
         if (!recording)
             return;
-        removeOwned(*recording);
+        removeOwned(*recording, runs);
         index.removeIf([&](const RecordingMetadata& entry) { return entry.id == id; });
     });
 }
@@ -102,7 +102,7 @@ bool RecordingCatalog::wasDeleted(const UUID& id) {
     return isDeleted;
 }
 
-void RecordingCatalog::removeOwned(const RecordingMetadata& recording) {
+void RecordingCatalog::removeOwned(const RecordingMetadata& recording, Runs runs) {
     const auto audio = audioArtifactURLs(recording);
     std::set<std::string> tokens;
     for (const auto& url : audio)
@@ -110,8 +110,10 @@ void RecordingCatalog::removeOwned(const RecordingMetadata& recording) {
     for (const auto& url : audio)
         removeQuietly(url);
     removeSidecars(recording.id);
-    for (const auto& run : diagnosticsRunURLs({recording.id}))
-        removeQuietly(run);
+    if (runs == Runs::areRemoved) {
+        for (const auto& run : diagnosticsRunURLs({recording.id}))
+            removeQuietly(run);
+    }
     logger_.deleteEntries({recording.id.text()}, tokens);
 }
 

@@ -75,8 +75,10 @@ class RecordingCatalog {
     /// compression, outlive an absent one. False
     /// for a recording that was deleted: what is still being written brings no entry back.
     bool upsert(const RecordingMetadata& recording);
-    /// Removes a recording with all it owns: audio, sidecars, diagnostics runs, log lines.
-    bool deleteRecording(const UUID& id);
+    enum class Runs { areRemoved, stay };
+    /// Removes a recording with all it owns: audio, sidecars, diagnostics runs, log lines. The runs
+    /// stay where a session gives up its own recording: one of them is still being written.
+    bool deleteRecording(const UUID& id, Runs runs = Runs::areRemoved);
     /// By this process: nothing of the recording may be written any more.
     bool wasDeleted(const UUID& id);
     /// An empty note is stored as none. An unknown id changes nothing.
@@ -178,7 +180,7 @@ class RecordingCatalog {
     bool isAside(const std::string& name) const;
     std::vector<std::string> entriesBesideTranscripts();
 
-    void removeOwned(const RecordingMetadata& recording);
+    void removeOwned(const RecordingMetadata& recording, Runs runs);
     void removeSidecars(const UUID& id);
     void removeQuietly(const std::filesystem::path& path);
     std::vector<std::filesystem::path> audioArtifactURLs(const RecordingMetadata& recording) const;

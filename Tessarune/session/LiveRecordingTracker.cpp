@@ -7,6 +7,7 @@ namespace tessarune {
 void LiveRecordingTracker::reset() {
     currentID_.reset();
     lastSavedID_.reset();
+    asBegun_.reset();
     currentStartedAt_.reset();
     journal_.reset();
 }
@@ -20,6 +21,7 @@ void LiveRecordingTracker::handleStarted(const RecordingMetadata& metadata, bool
     }
     discardCurrentRecordingIfAny();
     currentID_ = metadata.id;
+    asBegun_ = metadata;
     currentStartedAt_ = metadata.monotonicStart.value_or(metadata.startedAt);
     journal_ =
         std::make_unique<SessionJournal>(host_, files_, logger_, catalog_.journalURL(metadata.id),
@@ -31,7 +33,7 @@ void LiveRecordingTracker::discardCurrentRecordingIfAny() {
     if (journal_)
         journal_->discard();
     if (currentID_)
-        catalog_.deleteRecording(*currentID_);
+        catalog_.deleteRecording(*currentID_, RecordingCatalog::Runs::stay);
     reset();
 }
 

@@ -39,6 +39,7 @@ class LiveRecordingTracker {
     /// whose session is over by now is deleted, and so is one that this one takes the place of.
     void handleStarted(const RecordingMetadata& metadata, bool isListening, const CaptionCore& core,
                        const std::string& recognitionOptionID);
+    /// Its diagnostics run stays.
     void discardCurrentRecordingIfAny();
 
     /// Rows were committed: a crash from now on leaves them in the journal.
@@ -59,6 +60,8 @@ class LiveRecordingTracker {
     RecordingTranscriptSaveOutcome updateLastSavedTranscripts(std::string_view sourceText,
                                                               std::string_view bilingualText);
 
+    /// The current recording as it was when it began.
+    const std::optional<RecordingMetadata>& currentAsBegun() const { return asBegun_; }
     /// The current recording as it stands in the catalog at this moment.
     std::optional<RecordingMetadata> currentRecordingMetadata() const;
     std::optional<std::filesystem::path> currentAudioPath() const;
@@ -70,6 +73,7 @@ class LiveRecordingTracker {
     TessaruneFileLogger& logger_;
     std::optional<UUID> currentID_;
     std::optional<UUID> lastSavedID_;
+    std::optional<RecordingMetadata> asBegun_;
     std::optional<double> currentStartedAt_;
     std::unique_ptr<SessionJournal> journal_;
 };

@@ -127,10 +127,15 @@ PerfStats LiveSystemAudioTranscriber::perfStats() const {
 
 PerfStats LiveSystemAudioTranscriber::wrapperPerfStats() const {
     const MutexLock lock(perfLock_);
-    return {{"audioBufferCount", perfAudioBufferCount_},
-            {"audioBufferInfoEvents", perfAudioBufferInfoEvents_},
-            {"systemAudioPermissionMarkEvents", perfSystemAudioPermissionMarkEvents_},
-            {"audioLevelEvents", perfAudioLevelEvents_}};
+    return {{"audioBufferCount", heard_.buffers},
+            {"audioBufferInfoEvents", heard_.infoEvents},
+            {"systemAudioPermissionMarkEvents", heard_.permissionMarkEvents},
+            {"audioLevelEvents", heard_.levelEvents}};
+}
+
+double LiveSystemAudioTranscriber::sampleRate() const {
+    const MutexLock lock(perfLock_);
+    return heard_.sampleRate;
 }
 
 // Sound
@@ -141,11 +146,11 @@ void LiveSystemAudioTranscriber::handle(AudioBufferPtr buffer) {
     bool isAnotherRate = false;
     {
         const MutexLock lock(perfLock_);
-        ++perfAudioBufferCount_;
-        isAnotherRate = sampleRate != reportedAudioSampleRate_;
+        ++heard_.buffers;
+        isAnotherRate = sampleRate != heard_.sampleRate;
         if (isAnotherRate) {
-            reportedAudioSampleRate_ = sampleRate;
-            ++perfAudioBufferInfoEvents_;
+            heard_.sampleRate = sampleRate;
+            ++heard_.infoEvents;
         }
     }
     if (isAnotherRate && onAudioBufferInfo)
@@ -158,7 +163,7 @@ void LiveSystemAudioTranscriber::handle(AudioBufferPtr buffer) {
 void LiveSystemAudioTranscriber::handleLevel(double level) {
     {
         const MutexLock lock(perfLock_);
-        ++perfAudioLevelEvents_;
+        ++heard_.levelEvents;
     }
     if (onLevel)
         onLevel(level);
@@ -179,7 +184,7 @@ void LiveSystemAudioTranscriber::latchSystemAudioPermission() {
         const MutexLock lock(perfLock_);
         if (std::exchange(didLatchSystemAudioPermission_, true))
             return;
-        ++perfSystemAudioPermissionMarkEvents_;
+        ++heard_.permissionMarkEvents;
     }
     // Sound that was delivered is the proof that it may be.
     host().post([weak = weak_from_this()] {

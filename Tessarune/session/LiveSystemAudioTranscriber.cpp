@@ -55,6 +55,10 @@ Task<void> LiveSystemAudioTranscriber::startSession(Self self, AudioSource sourc
          {"sessionDiagnosticsEnabled", *settings.sessionDiagnosticsEnabled},
          {"appleDiagnosticsMode", std::string(name(self->diagnosticsMode()))}});
     self->abandon(); // what an earlier session may have left
+    {
+        const MutexLock lock(self->perfLock_);
+        self->heard_ = {};
+    }
     self->isActive_ = true;
     const std::uint64_t attempt = self->attempt_;
 

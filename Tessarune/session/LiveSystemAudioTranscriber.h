@@ -72,6 +72,7 @@ class LiveSystemAudioTranscriber final
     /// Asks the engine for an early final.
     void requestFinalization(const std::string& reason);
 
+    double sampleRate() const;          ///< of the session's sound; 0: there was none yet
     PerfStats perfStats() const;        ///< the engine's, or those of the last one
     PerfStats wrapperPerfStats() const; ///< this object's own
 
@@ -135,12 +136,16 @@ class LiveSystemAudioTranscriber final
     Engine transcriber_ GUARDED_BY(transcriberLock_);
 
     mutable SoleLock perfLock_;
-    double reportedAudioSampleRate_ GUARDED_BY(perfLock_) = 0;
     bool didLatchSystemAudioPermission_ GUARDED_BY(perfLock_) = false;
-    double perfAudioBufferCount_ GUARDED_BY(perfLock_) = 0;
-    double perfAudioBufferInfoEvents_ GUARDED_BY(perfLock_) = 0;
-    double perfSystemAudioPermissionMarkEvents_ GUARDED_BY(perfLock_) = 0;
-    double perfAudioLevelEvents_ GUARDED_BY(perfLock_) = 0;
+    /// What the sound of one session was.
+    struct Heard {
+        double sampleRate = 0; ///< that was reported last
+        double buffers = 0;
+        double infoEvents = 0;
+        double permissionMarkEvents = 0;
+        double levelEvents = 0;
+    };
+    Heard heard_ GUARDED_BY(perfLock_);
     PerfStats lastEnginePerf_ GUARDED_BY(perfLock_);
 };
 

@@ -158,6 +158,7 @@ void LiveTranscriptStore::failStart(const Start& start, const std::exception_ptr
 void LiveTranscriptStore::discardRecording() {
     environment_.compressor.forget();
     recordingTracker_.discardCurrentRecordingIfAny();
+    environment_.diagnostics->noteRecording(std::nullopt);
 }
 
 void LiveTranscriptStore::resetTranscriptForNewSession() {
@@ -296,8 +297,11 @@ Task<void> LiveTranscriptStore::runSwap(WeakSelf weak, std::uint64_t session, bo
     if (session != self->startNumber_)
         co_return;
     // The session goes on whether it has a recogniser or not, and so does its diagnosis.
-    if (hadRun && *self->view_.isListening)
+    if (hadRun && *self->view_.isListening) {
         self->startDiagnostics(*self->view_.selectedSource);
+        self->environment_.diagnostics->noteRecording(self->recordingTracker_.currentAsBegun());
+        self->environment_.diagnostics->noteAudioBuffer(self->liveTranscriber_->sampleRate());
+    }
     if (failure && !isCancellation(failure)) {
         self->showError(localizedDescription(failure));
         co_return;

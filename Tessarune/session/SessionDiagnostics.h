@@ -84,8 +84,8 @@ class SessionDiagnostics {
     virtual bool capturesFullDiagnostics() const { return false; }
     /// Of the open run, or of the one that has just been finished.
     virtual std::optional<std::filesystem::path> runDirectory() const { return std::nullopt; }
-    /// The session's sound is being recorded.
-    virtual void noteRecording(const RecordingMetadata&) {}
+    /// The session's sound is being recorded; absent: it is no more, and what was is discarded.
+    virtual void noteRecording(const std::optional<RecordingMetadata>&) {}
     virtual void recordLiveCaptionStopSnapshot(const StopSnapshot&) {}
     virtual void finish(const Finish&) {}
     virtual void discardCurrentRun() {}

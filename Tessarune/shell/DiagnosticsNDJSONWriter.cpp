@@ -19,7 +19,6 @@ class DiagnosticsNDJSONWriter::File {
 
     void create() {
         try {
-            files_.createDirectories(path_.parent_path());
             file_ = files_.create(path_);
         } catch (const std::system_error&) { // every record counts as lost
         }

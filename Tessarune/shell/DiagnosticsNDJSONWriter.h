@@ -31,8 +31,8 @@ class DiagnosticsNDJSONWriter {
     /// Encodes a line without its line feed; nothing if it cannot be. Runs on the queue.
     using Encode = std::function<std::optional<std::string>()>;
 
-    /// Creates the file and its folder, or empties the file that is there. The host and the disk
-    /// outlive the writer.
+    /// Creates the file, or empties the one that is there; the folder of a run that was removed
+    /// meanwhile does not come back. The host and the disk outlive the writer.
     DiagnosticsNDJSONWriter(Host& host, FileSystem& files, std::filesystem::path path,
                             std::string_view queueLabel);
     /// Closes.

@@ -1,4 +1,5 @@
 #include "Tessarune/diagnostics/DiagnosticsCatalog.h"
+#include "TessaruneCore/recognition/ModelCatalog.h"
 #include "tests/diagnostics/DiagnosedSession.h"
 
 #include <gtest/gtest.h>
@@ -144,6 +145,50 @@ TEST(SessionDiagnosticsRecorderTests, AKillLeavesWholeLinesAndARunThatItsRecordi
             ++withRecording;
     }
     EXPECT_GT(withRecording, 10u);
+}
+
+TEST(SessionDiagnosticsRecorderTests, ASessionThatGivesUpItsRecordingKeepsItsRun) {
+    for (const bool listens : {true, false}) {
+        SCOPED_TRACE(listens);
+        DiagnosedSession session(listens ? Level::core : Level::standard);
+        std::string faults;
+        TessaruneLog::setSink([&](TessaruneLogger::Level level, auto, const std::string& text) {
+            faults += level == TessaruneLogger::Level::fault ? text : "";
+        });
+        session.server.openDelay = listens ? 0 : 5;
+        session.start();
+        session.host.advanceBy(0.5);
+        ASSERT_TRUE(session.json("manifest.json").contains("recordingID"));
+        session.stop();
+        session.host.advanceBy(60);
+        TessaruneLog::setSink({});
+        EXPECT_EQ(faults, "");
+        EXPECT_TRUE(session.catalog->recordings().empty());
+        EXPECT_EQ(session.files.list(session.paths.diagnostics()).size(), 1u);
+        const auto manifest = session.json("manifest.json");
+        EXPECT_FALSE(manifest.contains("recordingID"));
+        EXPECT_EQ(manifest["summary"]["transcriptCharacters"], 0);
+    }
+}
+
+TEST(SessionDiagnosticsRecorderTests, EachRunOfASessionNamesItsRecordingAndItsSound) {
+    DiagnosedSession session(Level::standard);
+    session.start();
+    session.speak();
+    session.store->selectRecognitionOption(ModelCatalog::recognitionOptions().at(1).id);
+    session.host.advanceBy(2);
+    const std::string id = session.store->recordingTracker().currentID()->text();
+    EXPECT_EQ(session.json("manifest.json")["recordingID"], id) << "if it were killed now";
+    session.files.refused = "recordings.json";
+    session.stop();
+    session.host.advanceBy(20);
+    session.files.recover();
+    EXPECT_EQ(session.json("manifest.json")["recordingID"], id);
+    EXPECT_EQ(session.json("manifest.json")["performance"]["sampleRate"], session.sampleRate);
+    session.runOne();
+    EXPECT_NE(session.json("manifest.json")["recordingID"], id);
+    EXPECT_EQ(session.json("manifest.json")["performance"]["sampleRate"], session.sampleRate);
+    EXPECT_EQ(session.files.list(session.paths.diagnostics()).size(), 3u);
 }
 
 TEST(SessionDiagnosticsRecorderTests, RunsOfOneSecondAndPruningKeepTheNewest) {

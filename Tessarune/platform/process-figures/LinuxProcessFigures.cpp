@@ -21,9 +21,26 @@ namespace fs = std::filesystem;
 
 constexpr double kilobytesPerMB = 1024;
 
+/// Empty where it cannot be read: many sensors are there and do not answer, and a thread may end
+/// while it is looked at.
 std::string contentsOf(const fs::path& path) {
     std::ifstream file(path);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::string text;
+    char block[4096];
+    while (file) {
+        file.read(block, sizeof block); // unlike an iterator of the buffer it throws nothing
+        text.append(block, static_cast<std::size_t>(file.gcount()));
+    }
+    return file.bad() ? std::string() : text;
+}
+
+/// As far as they can be listed.
+std::vector<fs::path> entriesOf(const fs::path& folder) {
+    std::vector<fs::path> entries;
+    std::error_code error;
+    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error))
+        entries.push_back(at->path());
+    return entries;
 }
 
 std::string firstLineOf(const fs::path& path) {
@@ -71,8 +88,8 @@ std::string runState(std::string_view letter) {
 }
 
 /// What the processor's cgroup allows of its memory, where that is less than the computer has.
-std::optional<std::int64_t> cgroupMemoryLimit() {
-    const std::string text = firstLineOf("/sys/fs/cgroup/memory.max");
+std::optional<std::int64_t> cgroupMemoryLimit(const fs::path& root) {
+    const std::string text = firstLineOf(root / "sys/fs/cgroup/memory.max");
     return text.empty() || text == "max" ? std::nullopt : numberIn(text);
 }
 
@@ -94,7 +111,7 @@ double LinuxProcessFigures::cpuSeconds() {
 }
 
 ProcessFigures::Memory LinuxProcessFigures::memory() {
-    const std::string status = contentsOf("/proc/self/status");
+    const std::string status = contentsOf(root_ / "proc/self/status");
     const auto megabytes = [&](std::string_view name) {
         return static_cast<double>(numberIn(valueOf(status, name)).value_or(0)) / kilobytesPerMB;
     };
@@ -105,10 +122,9 @@ ProcessFigures::Memory LinuxProcessFigures::memory() {
 std::vector<ProcessFigures::Thread> LinuxProcessFigures::threads() {
     const auto ticks = static_cast<double>(std::max(::sysconf(_SC_CLK_TCK), 1L));
     std::vector<Thread> found;
-    std::error_code error;
-    for (const auto& entry : fs::directory_iterator("/proc/self/task", error)) {
+    for (const fs::path& entry : entriesOf(root_ / "proc/self/task")) {
         // A thread's name may hold blanks and brackets; the fields begin behind the last bracket.
-        const std::string stat = contentsOf(entry.path() / "stat");
+        const std::string stat = contentsOf(entry / "stat");
         const std::size_t bracket = stat.rfind(')');
         if (bracket == std::string::npos)
             continue; // it has ended meanwhile
@@ -120,7 +136,7 @@ std::vector<ProcessFigures::Thread> LinuxProcessFigures::threads() {
         if (values.size() <= systemAt)
             continue;
         Thread thread;
-        thread.id = numberIn(entry.path().filename().string()).value_or(0);
+        thread.id = numberIn(entry.filename().string()).value_or(0);
         thread.isMain = thread.id == ::getpid();
         thread.userSeconds = static_cast<double>(numberIn(values[userAt]).value_or(0)) / ticks;
         thread.systemSeconds = static_cast<double>(numberIn(values[systemAt]).value_or(0)) / ticks;
@@ -136,11 +152,10 @@ std::string LinuxProcessFigures::thermalState() {
     constexpr std::int64_t fairBelowPassive = 10000; // thousandths of a degree
     std::string state = "unknown";
     int rank = -1;
-    std::error_code error;
-    for (const auto& zone : fs::directory_iterator("/sys/class/thermal", error)) {
-        if (!zone.path().filename().string().starts_with("thermal_zone"))
+    for (const fs::path& zone : entriesOf(root_ / "sys/class/thermal")) {
+        if (!zone.filename().string().starts_with("thermal_zone"))
             continue;
-        const auto temperature = numberIn(firstLineOf(zone.path() / "temp"));
+        const auto temperature = numberIn(firstLineOf(zone / "temp"));
         if (!temperature)
             continue;
         std::optional<std::int64_t> passive;
@@ -148,11 +163,11 @@ std::string LinuxProcessFigures::thermalState() {
         constexpr int mostTripPoints = 12;
         for (int i = 0; i < mostTripPoints; ++i) {
             const std::string point = "trip_point_" + std::to_string(i);
-            const std::string kind = firstLineOf(zone.path() / (point + "_type"));
+            const std::string kind = firstLineOf(zone / (point + "_type"));
             if (kind == "passive")
-                passive = numberIn(firstLineOf(zone.path() / (point + "_temp")));
+                passive = numberIn(firstLineOf(zone / (point + "_temp")));
             if (kind == "critical" || kind == "hot")
-                critical = numberIn(firstLineOf(zone.path() / (point + "_temp")));
+                critical = numberIn(firstLineOf(zone / (point + "_temp")));
         }
         if (!passive && !critical)
             continue;
@@ -181,7 +196,7 @@ std::int64_t LinuxProcessFigures::activeProcessorCount() {
 
 /// The power profile of the firmware; few desktop computers have one.
 std::optional<bool> LinuxProcessFigures::lowPowerMode() {
-    const std::string profile = firstLineOf("/sys/firmware/acpi/platform_profile");
+    const std::string profile = firstLineOf(root_ / "sys/firmware/acpi/platform_profile");
     return profile.empty() ? std::nullopt : std::optional(profile == "low-power");
 }
 
@@ -195,13 +210,13 @@ LogFields LinuxProcessFigures::host() {
     }
     facts.add("processorCount", std::int64_t{std::max(::sysconf(_SC_NPROCESSORS_CONF), 0L)});
     std::int64_t bytes = std::int64_t{::sysconf(_SC_PHYS_PAGES)} * ::sysconf(_SC_PAGE_SIZE);
-    if (const auto limit = cgroupMemoryLimit())
+    if (const auto limit = cgroupMemoryLimit(root_))
         bytes = std::min(bytes, *limit);
     facts.add("physicalMemoryBytes", bytes);
     facts.add("physicalMemoryGB", static_cast<double>(bytes) / bytesPerGB);
-    const std::string model = firstLineOf("/sys/class/dmi/id/product_name");
+    const std::string model = firstLineOf(root_ / "sys/class/dmi/id/product_name");
     facts.add("machineModel", model.empty() ? "unknown" : model);
-    const std::string cpu = contentsOf("/proc/cpuinfo");
+    const std::string cpu = contentsOf(root_ / "proc/cpuinfo");
     const std::string_view brand = valueOf(cpu, "model name");
     facts.add("cpuBrand", brand.empty() ? "unknown" : std::string(brand));
     return facts;

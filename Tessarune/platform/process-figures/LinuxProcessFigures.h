@@ -3,6 +3,7 @@
 #include "Tessarune/diagnostics/ProcessFigures.h"
 
 #include <filesystem>
+#include <utility>
 
 namespace tessarune {
 
@@ -10,6 +11,9 @@ namespace tessarune {
 /// "unknown", or the nearest one that it has.
 class LinuxProcessFigures final : public ProcessFigures {
   public:
+    /// `root` is the folder that "proc" and "sys" are in.
+    explicit LinuxProcessFigures(std::filesystem::path root = "/") : root_(std::move(root)) {}
+
     /// The running program's file; empty if it cannot be found out.
     static std::filesystem::path executable();
 
@@ -20,6 +24,9 @@ class LinuxProcessFigures final : public ProcessFigures {
     std::int64_t activeProcessorCount() override;
     std::optional<bool> lowPowerMode() override;
     LogFields host() override;
+
+  private:
+    const std::filesystem::path root_;
 };
 
 } // namespace tessarune

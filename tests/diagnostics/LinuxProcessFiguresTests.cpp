@@ -1,0 +1,38 @@
+#include "Tessarune/platform/process-figures/LinuxProcessFigures.h"
+#include "tests/support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <fstream>
+
+namespace tessarune {
+namespace {
+
+namespace fs = std::filesystem;
+
+TEST(LinuxProcessFiguresTests, WhatCannotBeReadIsUnknown) {
+    testing::TemporaryFolder root;
+    // A folder can be opened and not read, like the sensor of a radio that is off.
+    for (const char* file : {"sys/class/thermal/thermal_zone0/temp", "proc/self/task/7/stat",
+                             "proc/self/status", "proc/cpuinfo"})
+        fs::create_directories(root / file);
+    LinuxProcessFigures figures(root.path());
+    EXPECT_EQ(figures.thermalState(), "unknown");
+    EXPECT_TRUE(figures.threads().empty());
+    EXPECT_EQ(figures.memory().residentMB, 0);
+    EXPECT_FALSE(figures.host().empty());
+    const fs::path zone = root / "sys/class/thermal/thermal_zone1";
+    fs::create_directories(zone);
+    std::ofstream(zone / "temp") << "95000\n";
+    std::ofstream(zone / "trip_point_0_type") << "critical\n";
+    std::ofstream(zone / "trip_point_0_temp") << "90000\n";
+    EXPECT_EQ(figures.thermalState(), "critical");
+
+    LinuxProcessFigures own;
+    EXPECT_GT(own.memory().residentMB, 1);
+    EXPECT_TRUE(std::ranges::any_of(own.threads(), [](const auto& t) { return t.isMain; }));
+}
+
+} // namespace
+} // namespace tessarune
