@@ -33,13 +33,8 @@ std::string_view layoutName(SubtitleLayoutMode mode) {
 Json stored(const AppSettings& settings, std::initializer_list<const char*> keys) {
     Json object = Json::object();
     for (const char* key : keys) {
-        const AnySetting* const setting = settings.find(key);
-        if (!setting)
-            continue;
-        const std::string text = setting->text();
-        // A text that looks like a number or a flag is one in the settings file too.
-        Json value = JSON::parse(text);
-        object[key] = value.is_primitive() && !value.is_discarded() ? value : Json(text);
+        if (const AnySetting* const setting = settings.find(key))
+            std::visit([&](const auto& value) { object[key] = value; }, setting->storedValue());
     }
     return object;
 }
@@ -148,10 +143,9 @@ Json internalToolsSnapshot() {
 Json displaySnapshot(const AppSettings& settings) {
     Json object = stored(settings, {"smoothStreaming", "smoothPaceMS", "subtitleLayoutMode",
                                     "subtitleLyricsLayout", "swapCaptionOrder", "sourceFontSize",
-                                    "translationFontSize", "bgOpacity", "highlightChanges"});
-    object["sourceFontColorHex"] = *settings.sourceFontColorHex;
-    object["translationFontColorHex"] = *settings.translationFontColorHex;
-    object["bgColorHex"] = *settings.bgColorHex;
+                                    "translationFontSize", "sourceFontColorHex",
+                                    "translationFontColorHex", "bgColorHex", "bgOpacity",
+                                    "highlightChanges"});
     object["liveSubtitleWindowMaxSegments"] = liveSubtitleWindowMaxSegments;
     return object;
 }

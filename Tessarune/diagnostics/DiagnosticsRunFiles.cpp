@@ -24,35 +24,48 @@ std::filesystem::path DiagnosticsRunFiles::path(std::string_view artifact) const
     return directory_ / Layout::path(Layout::artifact(artifact), optionID_);
 }
 
-void DiagnosticsRunFiles::write(std::string_view artifact,
+bool DiagnosticsRunFiles::write(std::string_view artifact,
                                 const std::optional<std::string>& bytes) {
-    writeFile(path(artifact), bytes);
+    return writeFile(path(artifact), bytes);
 }
 
-void DiagnosticsRunFiles::writeJSON(std::string_view artifact, const RunJson& object) {
-    write(artifact, JSON::pretty(object));
+bool DiagnosticsRunFiles::writeJSON(std::string_view artifact, const RunJson& object) {
+    return write(artifact, JSON::pretty(object));
 }
 
 void DiagnosticsRunFiles::writeTranscripts(const TranscriptSnapshot& snapshot) {
     write("transcript", snapshot.sourceText);
     if (!snapshot.bilingualText.empty())
         write("bilingualTranscript", snapshot.bilingualText);
+    else
+        removeArtifact("bilingualTranscript");
 }
 
 void DiagnosticsRunFiles::writeManifest(const RunJson& manifest) {
     writeFile(directory_ / Layout::manifestFile, JSON::pretty(manifest));
 }
 
-void DiagnosticsRunFiles::writeFile(const std::filesystem::path& path,
+bool DiagnosticsRunFiles::writeFile(const std::filesystem::path& path,
                                     const std::optional<std::string>& bytes) {
     if (!bytes)
-        return;
+        return false;
     try {
         files_.writeAtomically(path, *bytes);
+        return true;
     } catch (const std::system_error& error) {
+        if (!files_.exists(directory_))
+            return false; // the user has deleted the recording, and the run with it
         const std::string text = error.what();
         TessaruneLog::diagnostics.fault(
             [&] { return "Tessarune diagnostics could not write: " + text; });
+        return false;
+    }
+}
+
+void DiagnosticsRunFiles::removeArtifact(std::string_view artifact) {
+    try {
+        files_.remove(path(artifact));
+    } catch (const std::system_error&) { // the manifest says that it is there
     }
 }
 
@@ -107,6 +120,8 @@ void DiagnosticsRunFiles::refreshManifestTranscriptSummary(FileSystem& files,
     DiagnosticsRunFiles run(files, directory, {}, true);
     run.writeTranscripts(snapshot);
     RunJson& summary = manifest["summary"];
+    if (!summary.is_object())
+        summary = RunJson::object();
     summary.update(transcriptSummary(snapshot));
     summary["transcriptUpdatedAfterFinishWall"] = wallClock;
     for (RunJson& entry : manifest["files"]) {

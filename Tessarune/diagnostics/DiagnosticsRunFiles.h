@@ -24,9 +24,10 @@ class DiagnosticsRunFiles {
     std::filesystem::path path(std::string_view artifact) const;
     bool isFullRun() const { return isFullRun_; }
 
-    void write(std::string_view artifact, const std::optional<std::string>& bytes);
-    void writeJSON(std::string_view artifact, const nlohmann::json& object);
-    /// An empty bilingual text is no file.
+    /// False where it could not be written.
+    bool write(std::string_view artifact, const std::optional<std::string>& bytes);
+    bool writeJSON(std::string_view artifact, const nlohmann::json& object);
+    /// An empty bilingual text leaves no file.
     void writeTranscripts(const TranscriptSnapshot& snapshot);
 
     /// What the manifest says of one file, as it is on the disk now.
@@ -46,7 +47,8 @@ class DiagnosticsRunFiles {
                                                  double wallClock);
 
   private:
-    void writeFile(const std::filesystem::path& path, const std::optional<std::string>& bytes);
+    void removeArtifact(std::string_view artifact);
+    bool writeFile(const std::filesystem::path& path, const std::optional<std::string>& bytes);
 
     FileSystem& files_;
     const std::filesystem::path directory_;

@@ -191,14 +191,17 @@ void IdleMemorySentinel::emitAlarm(const char* kind, const LogFields& detail,
                        {"lightweight", false}});
         alarmWriter_->append(record);
     }
-    LogFields fields{{"alarmKind", kind},
+    LogFields fields{{"phase", "alarm"},
+                     {"alarmKind", kind},
                      {"reason", sample.reason},
+                     {"elapsedSeconds", sample.elapsedSeconds},
+                     {"cpuPercent", sample.cpuPercent},
                      {"footprintMB", sample.memory.footprintMB},
                      {"residentMB", sample.memory.residentMB},
                      {"baselineMB", baseline},
                      {"runID", runID()},
                      {"lightweight", !runDirectory_}};
-    fields.add(detail);
+    fields.add(detail).add(sample.appState);
     environment_.logger.important("idleMemorySentinel.alarm", fields);
 }
 

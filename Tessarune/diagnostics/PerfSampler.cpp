@@ -38,6 +38,7 @@ struct PerfSampler::State {
     double startedAt = 0;
     double sampledAt = 0;
     double cpuSeconds = 0;
+    double highestLagMS = 0; ///< of the main queue, since the last sample
     std::map<std::int64_t, double> threadSeconds;
     PerfStats metrics;
 
@@ -48,8 +49,16 @@ struct PerfSampler::State {
             threadSeconds[thread.id] = thread.userSeconds + thread.systemSeconds;
     }
 
-    void sample(double now, double lagMS, const PerfStats& current) {
-        const double elapsed = std::max(now - std::exchange(sampledAt, now), 0.001);
+    /// The queue may be late, so the time is that of the reading. What comes too soon after another
+    /// sample is none, and the next one has its lag.
+    void sample(double now, double itsLagMS, const PerfStats& current) {
+        constexpr double jitter = 0.05;
+        const double elapsed = now - sampledAt;
+        highestLagMS = std::max(highestLagMS, itsLagMS);
+        if (elapsed < shortestInterval - jitter)
+            return;
+        sampledAt = now;
+        const double lagMS = std::exchange(highestLagMS, 0);
         const double cpu = figures.cpuSeconds();
         const double cpuPercent = (cpu - std::exchange(cpuSeconds, cpu)) / elapsed * percent;
         const double t = now - startedAt;
@@ -114,7 +123,7 @@ void PerfSampler::start(const DiagnosticsRunFiles& run, double sampleIntervalSec
     highestLag_ = 0;
     probeDue_ = host_.now();
     sampleDue_ = probeDue_ + interval_;
-    queue_->async([state = state_, now = host_.now()] { state->begin(now); });
+    queue_->async([state = state_, &host = host_] { state->begin(host.now()); });
     arm();
 }
 
@@ -127,9 +136,9 @@ void PerfSampler::probe() {
     const double now = host_.now();
     highestLag_ = std::max(highestLag_, now - probeDue_);
     if (now >= sampleDue_) {
-        sampleDue_ = std::max(sampleDue_ + interval_, now);
-        queue_->async([state = state_, now, lag = std::exchange(highestLag_, 0) * lagMSPerSecond,
-                       metrics = pipelineSnapshot_()] { state->sample(now, lag, metrics); });
+        sampleDue_ = std::max(sampleDue_ + interval_, now + shortestInterval);
+        queue_->async([state = state_, &host = host_, lag = std::exchange(highestLag_, 0) * lagMSPerSecond,
+                       metrics = pipelineSnapshot_()] { state->sample(host.now(), lag, metrics); });
     }
     arm();
 }

@@ -8,6 +8,8 @@
 #include "TessaruneCore/translation/SessionTranscriptBuilder.h"
 #include "TessaruneCore/translation/TranslationPresentationBuilder.h"
 
+#include <algorithm>
+#include <functional>
 #include <utility>
 
 namespace tessarune {
@@ -26,28 +28,17 @@ void SessionDiagnosticsRecorder::finish(const Finish& finish) {
                   .finishedAt = environment_.host.now(),
                   .sourceTranscriptPath = {},
                   .bilingualTranscriptPath = {}};
-    LogFields fields{
-        {"runID", run_->id},
-        {"committedSegments", std::ssize(ending.segments)},
-        {"wordEvents", static_cast<std::int64_t>(ending.wordEventCount())},
-        {"sourceChars", static_cast<std::int64_t>(finish.snapshot.sourceText.size())},
-        {"bilingualChars", static_cast<std::int64_t>(finish.snapshot.bilingualText.size())},
-        {"hasBilingual", !finish.snapshot.bilingualText.empty()}};
     if (finish.recording) // an index that cannot be read now says nothing against what was noted
         run_->recording = finish.recording;
     if (const auto& recording = run_->recording) {
-        fields.add("recordingID", recording->id.text()).add("audioPath", recording->filePath);
         ending.sourceTranscriptPath = environment_.catalog.transcriptURL(recording->id).string();
         ending.bilingualTranscriptPath =
             environment_.catalog.bilingualTranscriptURL(recording->id).string();
     }
-    environment_.logger.event("diagnostics.finish.start", fields);
-    run_->writeLifecycle({ending.finishedAt, "diagnostics.finish", LifecycleEntry::Phase::start,
-                          std::nullopt, fields});
     if (run_->sampler)
         run_->sampler->stop();
     if (run_->files.isFullRun())
-        lastFinishedRunDir_ = run_->files.directory();
+        lastFinished_ = std::make_shared<FinishedRun>(run_->files.directory(), run_->recording);
     finished_ = std::exchange(run_, nullptr);
     queue_->async([this, run = finished_, ending = std::move(ending)] {
         Host& host = environment_.host;
@@ -59,6 +50,10 @@ void SessionDiagnosticsRecorder::finish(const Finish& finish) {
             if (lifecycle)
                 run->writeLifecycle(host.now(), lifecycle);
         };
+        const LogFields about = ending.fields(*run);
+        environment_.logger.event("diagnostics.finish.start", about);
+        run->writeLifecycle({ending.finishedAt, "diagnostics.finish", LifecycleEntry::Phase::start,
+                             std::nullopt, about});
         const bool isFull = run->files.isFullRun();
         JSON::Value lost;
         run->closeLogs(lost);
@@ -84,6 +79,7 @@ void SessionDiagnosticsRecorder::finish(const Finish& finish) {
                            : "Tessarune core diagnostics saved: ") +
                    run->files.directory().string();
         });
+        removeIfDeleted(run->recording, run->files.directory());
     });
     announce(finished_->files.directory());
 }
@@ -108,7 +104,12 @@ void SessionDiagnosticsRecorder::recordLiveCaptionStopSnapshot(const StopSnapsho
     const std::string translation = SessionTranscriptBuilder::translationText(rows);
     const std::string bilingual = SessionTranscriptBuilder::bilingualText(rows);
     const auto pending = TranslationPresentationBuilder::pendingCount(*captions.committedSegments);
-    JSON::Value snapshot = DiagnosticsRunContext::displaySnapshotFields(environment_.settings);
+    const JSON::Value display =
+        DiagnosticsRunContext::displaySnapshotFields(environment_.settings);
+    JSON::Value snapshot;
+    for (const char* key : {"configuredLayoutMode", "effectiveLayoutMode", "translationEnabled",
+                            "translationBackend", "translationTargetLanguage", "swapCaptionOrder"})
+        snapshot[key] = display.at(key);
     snapshot.update({{"schemaVersion", 1},
                      {"kind", "liveCaptionStopSnapshot"},
                      {"capturedAt", startedAt},
@@ -135,10 +136,14 @@ void SessionDiagnosticsRecorder::recordLiveCaptionStopSnapshot(const StopSnapsho
                      {"translationText", translation},
                      {"bilingualText", bilingual},
                      {"units", std::move(units)}});
-    queue_->async([run = run_, snapshot = std::move(snapshot), source, bilingual] {
-        run->files.writeJSON("liveWindowStopSnapshot", snapshot);
-        run->files.write("liveWindowStopSource", source);
-        run->files.write("liveWindowStopBilingual", bilingual);
+    queue_->async([run = run_, snapshot = std::move(snapshot), source, bilingual,
+                   reason = about.reason, &logger = environment_.logger] {
+        const bool areWritten[] = {run->files.writeJSON("liveWindowStopSnapshot", snapshot),
+                                   run->files.write("liveWindowStopSource", source),
+                                   run->files.write("liveWindowStopBilingual", bilingual)};
+        if (std::ranges::all_of(areWritten, std::identity()))
+            logger.event("diagnostics.liveCaption.stopSnapshot.written",
+                         {{"runID", run->id}, {"reason", reason}});
     });
     const double elapsed = environment_.host.now() - startedAt;
     const LogFields fields{
@@ -157,8 +162,6 @@ void SessionDiagnosticsRecorder::recordLiveCaptionStopSnapshot(const StopSnapsho
         record.add(fields);
         log->append(record);
     }
-    environment_.logger.event("diagnostics.liveCaption.stopSnapshot.written",
-                              {{"runID", run_->id}, {"reason", about.reason}});
 }
 
 } // namespace tessarune

@@ -103,8 +103,8 @@ void SessionDiagnosticsRecorder::appendTranslation(const TranslationObservation&
 
 void SessionDiagnosticsRecorder::recordSoftCaption(const SoftCaptionObservation& observation) {
     auto* const captions = log("liveCaptionEvents");
-    if (!captions || !observation.changed)
-        return;
+    if (!captions)
+        return; // a reset is worth a line also where there was nothing to reset
     LogFields record{{"t", observation.t},
                      {"event", "softCaption"},
                      {"phase", std::string(name(observation.phase))},

@@ -32,7 +32,9 @@ bool SessionDiagnosticsRecorder::isFullDiagnosticsRunning() const {
 
 /// Of the open run, or of the one that has just been finished.
 std::optional<std::filesystem::path> SessionDiagnosticsRecorder::runDirectory() const {
-    return run_ ? std::optional(run_->files.directory()) : lastFinishedRunDir_;
+    if (run_)
+        return run_->files.directory();
+    return lastFinished_ ? std::optional(lastFinished_->directory) : std::nullopt;
 }
 
 std::filesystem::path SessionDiagnosticsRecorder::makeRunDirectory(double wallClock) {
@@ -62,7 +64,7 @@ DiagnosticsLevel SessionDiagnosticsRecorder::levelOfRun() const {
 void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
     closeLifecycle(); // of a run that ended inside the session
     stopWithoutExport();
-    lastFinishedRunDir_.reset();
+    lastFinished_.reset();
     const AppSettings& settings = environment_.settings;
     const DiagnosticsLevel level = levelOfRun();
     if (!writesCoreSessionRun(level))
@@ -212,8 +214,8 @@ void SessionDiagnosticsRecorder::discardCurrentRun() {
 void SessionDiagnosticsRecorder::closeLifecycle() {
     if (!finished_)
         return;
-    queue_->async([run = std::exchange(finished_, nullptr), &host = environment_.host] {
-        run->writeLifecycle(host.now(), "session.lifecycle.close");
+    queue_->async([this, run = std::exchange(finished_, nullptr)] {
+        run->writeLifecycle(environment_.host.now(), "session.lifecycle.close");
         run->lifecycle->close();
         if (!run->manifest.is_object())
             return;
@@ -222,22 +224,37 @@ void SessionDiagnosticsRecorder::closeLifecycle() {
             run->manifest["lostRecords"]["lifecycleEvents"] = run->lifecycle->lostRecords();
         run->manifest["files"] = run->files.manifestFileEntries();
         run->files.writeManifest(run->manifest);
+        removeIfDeleted(run->recording, run->files.directory());
     });
 }
 
-void SessionDiagnosticsRecorder::updateFinishedSnapshot(const TranscriptSnapshot& snapshot) {
-    if (!lastFinishedRunDir_)
+/// What was written of a run while its recording was being deleted goes, too.
+void SessionDiagnosticsRecorder::removeIfDeleted(const std::optional<RecordingMetadata>& recording,
+                                                 const std::filesystem::path& directory) {
+    if (!recording || !environment_.catalog.wasDeleted(recording->id))
         return;
-    queue_->async(
-        [this, directory = *lastFinishedRunDir_, snapshot, wall = environment_.host.wallClock()] {
-            DiagnosticsRunFiles::refreshManifestTranscriptSummary(environment_.files, directory,
-                                                                  snapshot, wall);
+    try {
+        environment_.files.remove(directory);
+    } catch (const std::system_error&) { // pruning finds it
+    }
+}
+
+void SessionDiagnosticsRecorder::updateFinishedSnapshot(const TranscriptSnapshot& snapshot) {
+    if (!lastFinished_)
+        return;
+    if (!lastFinished_->exchange(snapshot)) {
+        queue_->async([this, finished = lastFinished_] {
+            if (const auto texts = finished->exchange(std::nullopt))
+                DiagnosticsRunFiles::refreshManifestTranscriptSummary(
+                    environment_.files, finished->directory, *texts, environment_.host.wallClock());
+            removeIfDeleted(finished->recording, finished->directory);
         });
-    announce(*lastFinishedRunDir_);
+    }
+    announce(lastFinished_->directory);
 }
 
 void SessionDiagnosticsRecorder::startIdleMemorySentinel(const IdleWatch& watch) {
-    sentinel_.start(lastFinishedRunDir_, watch.reason, watch.snapshotProvider);
+    sentinel_.start(runDirectory(), watch.reason, watch.snapshotProvider);
 }
 
 } // namespace tessarune

@@ -93,6 +93,7 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
   private:
     struct Run;
     struct Ending;
+    struct FinishedRun;
 
     DiagnosticsLevel levelOfRun() const;
     std::filesystem::path makeRunDirectory(double wallClock);
@@ -100,6 +101,8 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     void logStart(const Run& run);
     void announce(const std::filesystem::path& directory);
     void close(std::shared_ptr<Run> run);
+    void removeIfDeleted(const std::optional<RecordingMetadata>& recording,
+                         const std::filesystem::path& directory);
     DiagnosticsNDJSONWriter* log(std::string_view artifact) const;
     void writeDisplayUnits(const CaptionDisplayRefresh& refresh);
 
@@ -108,7 +111,7 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     const std::shared_ptr<SerialQueue> queue_;
     std::shared_ptr<Run> run_;
     std::shared_ptr<Run> finished_; // its lifecycle log stays open until the session has ended
-    std::optional<std::filesystem::path> lastFinishedRunDir_;
+    std::shared_ptr<FinishedRun> lastFinished_; // a full one, until another session begins
     IdleMemorySentinel sentinel_;
 };
 

@@ -97,6 +97,22 @@ std::size_t SessionDiagnosticsRecorder::Ending::wordEventCount() const {
     return count;
 }
 
+LogFields SessionDiagnosticsRecorder::Ending::fields(const Run& run) const {
+    const auto characters = [](const std::string& text) {
+        return static_cast<std::int64_t>(Text::length(text));
+    };
+    LogFields fields{{"runID", run.id},
+                     {"committedSegments", std::ssize(segments)},
+                     {"wordEvents", static_cast<std::int64_t>(wordEventCount())},
+                     {"sourceChars", characters(finish.snapshot.sourceText)},
+                     {"bilingualChars", characters(finish.snapshot.bilingualText)},
+                     {"hasBilingual", !finish.snapshot.bilingualText.empty()}};
+    if (run.recording)
+        fields.add("recordingID", run.recording->id.text())
+            .add("audioPath", run.recording->filePath);
+    return fields;
+}
+
 std::optional<std::string> SessionDiagnosticsRecorder::Ending::timeline(const Run& run) const {
     using namespace ArenaTimelineExport;
     const auto& recording = run.recording;

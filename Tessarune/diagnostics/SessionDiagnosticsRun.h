@@ -4,12 +4,14 @@
 #include "Tessarune/diagnostics/PerfSampler.h"
 #include "Tessarune/diagnostics/SessionDiagnosticsRecorder.h"
 #include "TessaruneCore/CaptionCore.h"
+#include "TessaruneCore/host/Mutex.h"
 #include "TessaruneCore/text/JSON.h"
 
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace tessarune {
 
@@ -62,9 +64,31 @@ struct SessionDiagnosticsRecorder::Ending {
     std::string bilingualTranscriptPath;
 
     std::size_t wordEventCount() const;
+    /// What the logs say of the end.
+    LogFields fields(const Run& run) const;
     std::optional<std::string> timeline(const Run& run) const;
     JSON::Value perfSummary(const Run& run) const;
     JSON::Value manifest(Run& run, const JSON::Value& lost) const;
+};
+
+/// A run that is complete, and the texts that it gets for later translations. Any thread.
+struct SessionDiagnosticsRecorder::FinishedRun {
+    FinishedRun(std::filesystem::path itsDirectory, std::optional<RecordingMetadata> itsRecording)
+        : directory(std::move(itsDirectory)), recording(std::move(itsRecording)) {}
+
+    const std::filesystem::path directory;
+    const std::optional<RecordingMetadata> recording;
+
+    /// Gives what is still to be written. Only the latest texts are: translations that come while
+    /// the disk is busy queue nothing of their own.
+    std::optional<TranscriptSnapshot> exchange(std::optional<TranscriptSnapshot> texts) {
+        const MutexLock guard(lock_);
+        return std::exchange(unwritten_, std::move(texts));
+    }
+
+  private:
+    Mutex lock_;
+    std::optional<TranscriptSnapshot> unwritten_ GUARDED_BY(lock_);
 };
 
 } // namespace tessarune

@@ -18,6 +18,8 @@ class AnySetting {
     virtual ~AnySetting() = default;
     virtual std::string_view key() const = 0;
     virtual std::string text() const = 0;
+    /// The value as the store has it, which may be spelt otherwise than for a user.
+    virtual SettingValue storedValue() const = 0;
     virtual std::string defaultText() const = 0;
     virtual const SettingInfo& info() const = 0;
     /// All texts that it takes, where there is a closed list of them; else empty.
@@ -133,6 +135,7 @@ class Setting final : public AnySetting {
 
     std::string_view key() const override { return key_; }
     std::string text() const override { return codec_.print(*value_); }
+    SettingValue storedValue() const override { return codec_.store(*value_); }
     std::string defaultText() const override { return codec_.print(default_); }
     const SettingInfo& info() const override { return info_; }
     std::vector<std::string> choices() const override {

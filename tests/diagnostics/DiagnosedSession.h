@@ -53,7 +53,7 @@ struct DiagnosedSession : simulation::SimulatedSession {
         for (const char* text : {"Purple elephants", "Purple elephants dance.",
                                  "Purple elephants dance. Quietly they"})
             say(false, text);
-        say(true, "Purple elephants dance. Quietly they sing.");
+        say(true, "Purple elephants dance. Quietly they sing olé.");
         hear(2);
         say(false, "Nobody objects");
     }

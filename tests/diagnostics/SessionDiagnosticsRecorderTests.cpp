@@ -86,6 +86,17 @@ TEST(SessionDiagnosticsRecorderTests, EachLevelKeepsWhatItSaysAndACoreRunHoldsNo
             EXPECT_EQ(manifest["summary"]["committedSegmentCount"], 3);
             continue;
         }
+        EXPECT_EQ(session.logLines("diagnostics.finish.start").back()["sourceChars"],
+                  manifest["summary"]["transcriptCharacters"]);
+        const auto settings = session.json("settings.json");
+        EXPECT_EQ(settings["selectedRecognitionOptionID"], "apple-analyzer-en");
+        EXPECT_EQ(settings["translationBackend"], settings["translation"]["backend"]);
+        EXPECT_TRUE(settings["bgColorHex"].is_number_integer());
+        EXPECT_FALSE(session.json("live-window-stop-snapshot.json").contains("smoothPaceMS"));
+        const auto captions = session.lines("events/live_caption.ndjson");
+        EXPECT_TRUE(std::ranges::any_of(captions, [](const auto& line) {
+            return line.value("resetReason", "") == "engineFinal";
+        }));
         EXPECT_EQ(session.lines("events/apple-analyzer-en.ndjson").size(), 5u);
         const auto segments = session.json("timeline.json")["engines"][0]["segments"];
         ASSERT_EQ(segments.size(), 3u);
@@ -189,6 +200,42 @@ TEST(SessionDiagnosticsRecorderTests, EachRunOfASessionNamesItsRecordingAndItsSo
     EXPECT_NE(session.json("manifest.json")["recordingID"], id);
     EXPECT_EQ(session.json("manifest.json")["performance"]["sampleRate"], session.sampleRate);
     EXPECT_EQ(session.files.list(session.paths.diagnostics()).size(), 3u);
+}
+
+TEST(SessionDiagnosticsRecorderTests, ARecordingThatIsDeletedWhileItsRunIsWrittenLeavesNoWords) {
+    DiagnosedSession session(Level::standard);
+    session.files.onOperation = [&](const std::string& operation, const auto& path) {
+        if (operation != "write" || path.filename() != "timeline.json")
+            return;
+        session.files.refused = "/Diagnostics"; // a folder that is not empty any more
+        session.catalog->deleteRecording(session.catalog->recordings().front().id);
+        session.files.refused = "";
+    };
+    session.runOne();
+    EXPECT_EQ(saidIn(session, session.paths.diagnostics()), "");
+}
+
+TEST(SessionDiagnosticsRecorderTests, AStallOfTheMainQueueIsOneSample) {
+    DiagnosedSession session(Level::standard);
+    session.settings.perfSampleIntervalSeconds = 0.1;
+    session.start();
+    session.hear(2.2);
+    session.host.sleepComputer(3);
+    session.hear(3);
+    session.stop();
+    session.host.advanceBy(20);
+    std::istringstream rows(session.files.contentsOf(session.run() / "perf.csv"));
+    std::string row;
+    std::getline(rows, row);
+    double before = 0;
+    double highestLag = 0;
+    while (std::getline(rows, row)) {
+        EXPECT_GE(std::stod(row), before + 0.45) << row;
+        before = std::stod(row);
+        highestLag = std::max(highestLag, std::stod(row.substr(row.rfind(',') + 1)));
+    }
+    EXPECT_GT(before, 7);
+    EXPECT_GT(highestLag, 2700);
 }
 
 TEST(SessionDiagnosticsRecorderTests, RunsOfOneSecondAndPruningKeepTheNewest) {
