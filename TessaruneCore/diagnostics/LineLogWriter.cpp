@@ -1,39 +1,55 @@
 #include "TessaruneCore/diagnostics/LineLogWriter.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <cerrno>
 
 namespace tessarune {
 
+namespace {
+
+constexpr int waitMilliseconds = 100;
+constexpr int waitsForAReader = 20;
+
+} // namespace
+
 std::unique_ptr<LineLogWriter> LineLogWriter::open(Host& host, std::string_view queueLabel,
                                                    const std::filesystem::path& path,
                                                    Existing existing) {
     const int one = existing == Existing::isRefused ? O_EXCL : O_TRUNC;
     // O_APPEND: a file that somebody truncates meanwhile gets no hole. O_NONBLOCK: a pipe that
-    // nobody reads is refused and not waited for; one that is read is written at its reader's pace.
+    // nobody reads is refused, and one that is no longer read can be given up.
     const int file =
-        ::open(path.c_str(), O_WRONLY | O_CREAT | one | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0644);
+        ::open(path.c_str(), O_WRONLY | O_CREAT | one | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0600);
     if (file < 0)
         return nullptr;
-    ::fcntl(file, F_SETFL, ::fcntl(file, F_GETFL) & ~O_NONBLOCK);
     return std::unique_ptr<LineLogWriter>(
         new LineLogWriter(host.serialQueue(queueLabel, QueuePriority::utility), file));
 }
 
 LineLogWriter::LineLogWriter(std::shared_ptr<SerialQueue> queue, int file)
-    : queue_(std::move(queue)), file_(file) {}
+    : queue_(std::move(queue)), file_(file), waitsLeft_(waitsForAReader) {}
 
 LineLogWriter::~LineLogWriter() {
     close();
 }
 
 void LineLogWriter::append(Encode encode) {
-    queue_->async([this, encode = std::move(encode)] { write(encode); });
+    if (queued_ >= maximumQueued) {
+        hasLostLines_ = true;
+        return;
+    }
+    ++queued_;
+    queue_->async([this, encode = std::move(encode)] {
+        write(encode);
+        --queued_;
+    });
 }
 
 void LineLogWriter::close() {
+    isClosing_ = true;
     queue_->sync([this] {
         if (file_ >= 0)
             ::close(file_);
@@ -56,7 +72,7 @@ void LineLogWriter::write(const Encode& encode) {
 void LineLogWriter::writeAll(std::string_view bytes) {
     while (!bytes.empty()) {
         const ssize_t written = ::write(file_, bytes.data(), bytes.size());
-        if (written < 0 && errno == EINTR)
+        if (written < 0 && (errno == EINTR || (errno == EAGAIN && waitForReader())))
             continue;
         if (written <= 0) {
             hasLostLines_ = true;
@@ -65,6 +81,18 @@ void LineLogWriter::writeAll(std::string_view bytes) {
         bytes.remove_prefix(static_cast<std::size_t>(written));
         endsInsideALine_ = !bytes.empty();
     }
+}
+
+/// False once a reader that does not read has been waited for long enough.
+bool LineLogWriter::waitForReader() {
+    pollfd pipe{file_, POLLOUT, 0};
+    while (!isClosing_ || waitsLeft_ > 0) {
+        if (::poll(&pipe, 1, waitMilliseconds) != 0)
+            return true; // writing says what it is
+        if (isClosing_)
+            --waitsLeft_;
+    }
+    return false;
 }
 
 } // namespace tessarune

@@ -2,6 +2,8 @@
 
 #include "TessaruneCore/host/Host.h"
 
+#include <atomic>
+#include <cstddef>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -16,11 +18,17 @@ namespace tessarune {
 ///
 /// Each line is written at once, in one unbuffered write, so a crash loses only queued lines. Lines
 /// that cannot be encoded or written are dropped silently, since a diagnostic log must not disturb
-/// its caller. Later lines are still tried, and a partial line never runs into the next.
+/// its caller, and so is one that comes while `maximumQueued` others wait. Later lines are still
+/// tried, and a partial line never runs into the next.
+///
+/// A file that it creates is its user's alone. A pipe is written at its reader's pace until
+/// `close`, which waits for a reader that has stopped reading for two seconds in all.
 ///
 /// Any thread may append. Neither `close` nor the destructor may run on the writer's own queue.
 class LineLogWriter {
   public:
+    static constexpr std::size_t maximumQueued = 4096;
+
     /// Encodes a line without its line feed; `nullopt` on failure. Runs on the queue.
     using Encode = std::function<std::optional<std::string>()>;
 
@@ -49,11 +57,15 @@ class LineLogWriter {
     LineLogWriter(std::shared_ptr<SerialQueue> queue, int file);
     void write(const Encode& encode);
     void writeAll(std::string_view bytes);
+    bool waitForReader();
 
     std::shared_ptr<SerialQueue> queue_;
     int file_; // the queue's alone; below 0 once closed
     bool endsInsideALine_ = false;
-    bool hasLostLines_ = false;
+    int waitsLeft_; // once it is closed
+    std::atomic<std::size_t> queued_ = 0;
+    std::atomic<bool> isClosing_ = false;
+    std::atomic<bool> hasLostLines_ = false;
 };
 
 /// A log of one kind of record, which is made of an observation, has a `line()` and the label of

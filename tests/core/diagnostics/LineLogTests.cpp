@@ -3,10 +3,14 @@
 #include "tests/support/FileContents.h"
 #include "tests/support/TemporaryFolder.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
+#include <filesystem>
 
 namespace tessarune {
 using testing::contentsOf;
@@ -50,6 +54,26 @@ TEST(LineLogWriterTests, ALineThatWasCutShortDoesNotRunIntoTheNext) {
     writer->append(line("and again"));
     writer->close();
     EXPECT_EQ(contentsOf(folder / "log"), "whole\ncut\nwhole again\nand again\n");
+}
+
+TEST(LineLogWriterTests, AReaderThatStopsReadingHoldsUpNoEnd) {
+    TemporaryFolder folder;
+    ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
+    const int reader = ::open((folder / "pipe").c_str(), O_RDONLY | O_NONBLOCK);
+    SimulatedHost host;
+    const auto pipe = LineLogWriter::open(host, "test", folder / "pipe");
+    ASSERT_TRUE(pipe);
+    for (std::size_t i = 0; i < LineLogWriter::maximumQueued; ++i)
+        pipe->append(line(std::string(100, 'x')));
+    EXPECT_FALSE(pipe->hasLostLines());
+    pipe->append(line("one too many"));
+    EXPECT_TRUE(pipe->hasLostLines());
+    pipe->close(); // a pipe holds 64 KiB
+    ::close(reader);
+
+    LineLogWriter::open(host, "test", folder / "log");
+    EXPECT_EQ(std::filesystem::status(folder / "log").permissions(),
+              std::filesystem::perms::owner_read | std::filesystem::perms::owner_write);
 }
 
 } // namespace
