@@ -30,11 +30,10 @@ class DiagnosticsNDJSONWriter::File {
             return;
         }
         try {
-            // After a failure a part of a line may stand there; no other line runs into it.
-            file_->append(std::exchange(endsInsideALine_, true) ? "\n" + *line : *line);
-            endsInsideALine_ = false;
+            file_->append(*line);
         } catch (const std::system_error&) {
             ++lost;
+            cutOffPart();
         }
     }
 
@@ -47,10 +46,16 @@ class DiagnosticsNDJSONWriter::File {
     }
 
   private:
+    void cutOffPart() {
+        try {
+            file_->appendZeros(0);
+        } catch (const std::system_error&) { // the next line is written over it
+        }
+    }
+
     FileSystem& files_;
     const std::filesystem::path path_;
     std::unique_ptr<AppendFile> file_;
-    bool endsInsideALine_ = false;
 };
 
 DiagnosticsNDJSONWriter::DiagnosticsNDJSONWriter(Host& host, FileSystem& files,

@@ -20,7 +20,8 @@ class AppendFile {
 
     /// Writes all of `bytes` at the end. After a failure a part of them may stand there.
     virtual void append(std::string_view bytes) = 0;
-    /// As if so many zeros were appended; where the disk can, they take neither time nor room.
+    /// As if so many zeros were appended; where the disk can, they take neither time nor room. What
+    /// a failed append left is cut off first, with a count of 0 nothing else is done.
     virtual void appendZeros(std::uint64_t count) = 0;
     /// Overwrites bytes that have been written before; the end stays where it was.
     virtual void overwrite(std::uint64_t offset, std::string_view bytes) = 0;
