@@ -101,6 +101,9 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     void setStatusMessage(const std::string& text) override;
     void updatePersistedTranscriptIfStopped() override;
     void appendTranslationObservation(const TranslationObservation& observation) override;
+    bool keepsTextsForDiagnosis() const override {
+        return environment_.diagnostics->capturesFullDiagnostics();
+    }
 
     // LiveTranscriptStore+Callbacks.cpp
     void observeSettings();

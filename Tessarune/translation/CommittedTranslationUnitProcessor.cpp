@@ -4,6 +4,7 @@
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/text/TextHash.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 #include "TessaruneCore/translation/TranslatorError.h"
 
@@ -38,6 +39,14 @@ struct Attempt {
         diagnostics.sourceCharacters = static_cast<std::int64_t>(Text::length(text));
         diagnostics.sessionGeneration = runtime().committedSessionGeneration;
         session.recordCommittedTranslationStart(unit, context.target, startedAt, diagnostics);
+    }
+
+    /// The system's journal outlives a recording that is deleted, so what was said stays out of it
+    /// unless the user lets diagnostics keep texts.
+    std::string loggedSource() const {
+        if (session.keepsTextsForDiagnosis())
+            return "'" + text + "'";
+        return "'" + std::to_string(Text::length(text)) + " characters " + fnv1a64Hex(text) + "'";
     }
 
     bool isWanted() const { return runtime().isWanted(context, stop); }
@@ -133,7 +142,7 @@ Task<bool> fail(Attempt& attempt, TranslationFailureDetails details, Severity se
     if (severity == Severity::recoverable)
         TessaruneLog::translation.fault([&] {
             return "Tessarune translation failed after automatic retry: " + details.message +
-                   " source='" + attempt.text + "' target=" + attempt.context.target;
+                   " source=" + attempt.loggedSource() + " target=" + attempt.context.target;
         });
     attempt.session.applyCommittedTranslationFailure(attempt.unit, attempt.context.target,
                                                      details.message, attempt.startedAt, action,

@@ -75,6 +75,7 @@ class LiveTranscriptTranslation final
     /// The pair could not be recovered, and the user can do something about it.
     void surfaceTranslationRecoveryFailure(const std::string& message);
     void setGhostTranslationText(const std::string& text);
+    bool keepsTextsForDiagnosis() const { return captions_->keepsTextsForDiagnosis(); }
     void appendTranslationObservation(const TranslationObservation& observation) {
         captions_->appendTranslationObservation(observation);
     }

@@ -29,6 +29,8 @@ class TranslatedCaptions {
     virtual void updatePersistedTranscriptIfStopped() = 0;
     /// Drops the observation where no translation log is open.
     virtual void appendTranslationObservation(const TranslationObservation& observation) = 0;
+    /// A diagnostics run is open that keeps what is said, as the user has asked.
+    virtual bool keepsTextsForDiagnosis() const { return false; }
 };
 
 } // namespace tessarune

@@ -137,7 +137,10 @@ TEST_F(CommittedTranslationTests, FailuresInARowRebuildThePairAndThenWarn) {
     settle();
     service->takeCalls();
     failUnits(6);
+    std::vector<std::string> journal;
+    TessaruneLog::setSink([&](auto, auto, const std::string& text) { journal.push_back(text); });
     for (int unit = 1; unit <= 6; ++unit) {
+        keepsTexts = unit > 1;
         commit({"Hello."});
         settle();
         EXPECT_EQ(runtime->committedHealth.consecutiveFailedUnits, unit);
@@ -147,6 +150,10 @@ TEST_F(CommittedTranslationTests, FailuresInARowRebuildThePairAndThenWarn) {
                                            " 条译文未完成，Apple 翻译可能暂不可用");
         EXPECT_EQ(shown().back(), "!no");
     }
+    TessaruneLog::setSink({});
+    ASSERT_GE(journal.size(), 2u);
+    EXPECT_EQ(journal.front().find("Hello"), std::string::npos) << journal.front();
+    EXPECT_NE(journal.back().find("source='Hello.' target="), std::string::npos) << journal.back();
     const auto calls = service->takeCalls();
     EXPECT_EQ(std::count(calls.begin(), calls.end(), std::string("session ") + pairKey), 1);
 

@@ -110,6 +110,8 @@ struct TranslatedSession : TranslatedCaptions {
     void appendTranslationObservation(const TranslationObservation& observation) override {
         observations.push_back(observation);
     }
+    bool keepsTextsForDiagnosis() const override { return keepsTexts; }
+    bool keepsTexts = false;
 };
 
 } // namespace tessarune::testing
