@@ -141,11 +141,11 @@ Json internalToolsSnapshot() {
 }
 
 Json displaySnapshot(const AppSettings& settings) {
-    Json object = stored(settings, {"smoothStreaming", "smoothPaceMS", "subtitleLayoutMode",
-                                    "subtitleLyricsLayout", "swapCaptionOrder", "sourceFontSize",
-                                    "translationFontSize", "sourceFontColorHex",
-                                    "translationFontColorHex", "bgColorHex", "bgOpacity",
-                                    "highlightChanges"});
+    Json object =
+        stored(settings,
+               {"smoothStreaming", "smoothPaceMS", "subtitleLayoutMode", "subtitleLyricsLayout",
+                "swapCaptionOrder", "sourceFontSize", "translationFontSize", "sourceFontColorHex",
+                "translationFontColorHex", "bgColorHex", "bgOpacity", "highlightChanges"});
     object["liveSubtitleWindowMaxSegments"] = liveSubtitleWindowMaxSegments;
     return object;
 }
@@ -176,7 +176,7 @@ Json settingsFile(const AppSettings& settings, const Json& sections, bool captur
                    "recordWhileCaptioning", "recordLosslessAudio", "sessionDiagnosticsEnabled"});
     object.update(displaySnapshot(settings));
     for (const char* name :
-         {"host", "runtime", "recognition", "capture", "translation", "display", "internalTools",
+         {"runtime", "recognition", "capture", "translation", "display", "internalTools",
           "productComparable", "resourceInterference", "runMode", "diagnosticsSchemaVersion"})
         object[name] = sections.at(name);
     object["selectedRecognitionTitle"] = sections.at("recognition").at("title");

@@ -21,6 +21,7 @@ struct App {
 };
 
 nlohmann::json appSnapshot(const App& app);
+/// Any thread; sensors may take a while to answer.
 nlohmann::json hostSnapshot(ProcessFigures& figures);
 nlohmann::json runtimeSnapshot();
 nlohmann::json recognitionSnapshot(const AppSettings& settings);
@@ -34,7 +35,7 @@ nlohmann::json displaySnapshot(const AppSettings& settings);
 /// The same facts as they stand in the caption log.
 nlohmann::json displaySnapshotFields(const AppSettings& settings);
 
-/// settings.json of a run: all of the above and the settings one by one.
+/// settings.json of a run: all of the above but the host, and the settings one by one.
 nlohmann::json settingsFile(const AppSettings& settings, const nlohmann::json& sections,
                             bool capturesFullDiagnostics);
 

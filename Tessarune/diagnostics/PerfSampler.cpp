@@ -137,7 +137,8 @@ void PerfSampler::probe() {
     highestLag_ = std::max(highestLag_, now - probeDue_);
     if (now >= sampleDue_) {
         sampleDue_ = std::max(sampleDue_ + interval_, now + shortestInterval);
-        queue_->async([state = state_, &host = host_, lag = std::exchange(highestLag_, 0) * lagMSPerSecond,
+        queue_->async([state = state_, &host = host_,
+                       lag = std::exchange(highestLag_, 0) * lagMSPerSecond,
                        metrics = pipelineSnapshot_()] { state->sample(host.now(), lag, metrics); });
     }
     arm();

@@ -104,8 +104,7 @@ void SessionDiagnosticsRecorder::recordLiveCaptionStopSnapshot(const StopSnapsho
     const std::string translation = SessionTranscriptBuilder::translationText(rows);
     const std::string bilingual = SessionTranscriptBuilder::bilingualText(rows);
     const auto pending = TranslationPresentationBuilder::pendingCount(*captions.committedSegments);
-    const JSON::Value display =
-        DiagnosticsRunContext::displaySnapshotFields(environment_.settings);
+    const JSON::Value display = DiagnosticsRunContext::displaySnapshotFields(environment_.settings);
     JSON::Value snapshot;
     for (const char* key : {"configuredLayoutMode", "effectiveLayoutMode", "translationEnabled",
                             "translationBackend", "translationTargetLanguage", "swapCaptionOrder"})

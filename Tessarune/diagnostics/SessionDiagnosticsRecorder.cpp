@@ -93,7 +93,6 @@ void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
         {"diagnosticsLevel", storageName(level)},
         {"capturesFullDiagnostics", isFull},
         {"app", Context::appSnapshot(environment_.app)},
-        {"host", Context::hostSnapshot(environment_.figures)},
         {"runtime", Context::runtimeSnapshot()},
         {"internalTools", Context::internalToolsSnapshot()},
         {"capture", Context::captureSnapshot(settings, start.source, start.sourceName,
@@ -121,7 +120,10 @@ void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
         record.update({{"t", run_->t0}, {"event", "diagnostics.start"}});
         captions->append(record);
     }
-    queue_->async([run = run_, file = Context::settingsFile(settings, run_->sections, isFull)] {
+    queue_->async([run = run_, &figures = environment_.figures,
+                   file = Context::settingsFile(settings, run_->sections, isFull)]() mutable {
+        run->host = Context::hostSnapshot(figures);
+        file["host"] = run->host;
         run->files.writeJSON("settings", file);
     });
     announce(directory);
@@ -173,6 +175,7 @@ void SessionDiagnosticsRecorder::noteRecording(const std::optional<RecordingMeta
         return;
     run_->recording = recording;
     queue_->async([run = run_, manifest = run_->manifestHead()]() mutable {
+        manifest["host"] = run->host;
         manifest["files"] = run->files.manifestFileEntries();
         run->files.writeManifest(manifest);
     });

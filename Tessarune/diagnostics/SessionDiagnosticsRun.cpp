@@ -139,15 +139,16 @@ JSON::Value SessionDiagnosticsRecorder::Ending::perfSummary(const Run& run) cons
         {"stats", finish.perfStats},
         {"engines",
          {{{"optionID", run.optionID}, {"title", run.optionTitle}, {"stats", finish.perfStats}}}}};
-    for (const char* section :
-         {"runMode", "productComparable", "resourceInterference", "host", "runtime", "recognition",
-          "capture", "translation", "internalTools"})
+    for (const char* section : {"runMode", "productComparable", "resourceInterference", "runtime",
+                                "recognition", "capture", "translation", "internalTools"})
         object[section] = run.sections.at(section);
+    object["host"] = run.host;
     return DiagnosticsNDJSONWriter::sanitized(object);
 }
 
 JSON::Value SessionDiagnosticsRecorder::Ending::manifest(Run& run, const JSON::Value& lost) const {
     JSON::Value manifest = run.manifestHead();
+    manifest["host"] = run.host;
     manifest["finishedWall"] = finishedWall;
     manifest["durationSeconds"] = finishedWall - run.startedWall;
     manifest["summary"] = DiagnosticsRunFiles::transcriptSummary(finish.snapshot);

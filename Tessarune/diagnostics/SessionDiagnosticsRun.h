@@ -32,7 +32,8 @@ struct SessionDiagnosticsRecorder::Run {
     double t0 = 0;          ///< on the session's clock
     double startedWall = 0; ///< seconds since 1970
     double sampleRate = 0;  ///< of the first sound; 0: there was none
-    Json sections;          ///< of manifest and settings: program, computer, settings at the start
+    Json sections;          ///< of manifest and settings: program and settings at the start
+    Json host;              ///< another, for which sensors are asked; the recorder's queue alone
     LogFields stopRequestFields;
     std::optional<RecordingMetadata> recording;
     PerfStats perf; ///< the latest
@@ -47,7 +48,7 @@ struct SessionDiagnosticsRecorder::Run {
     }
     /// Waits for what is queued. `lost` gets how many records of each log are missing.
     void closeLogs(Json& lost);
-    Json manifestHead() const;
+    Json manifestHead() const; ///< without the host
 };
 
 /// What the end of a session leaves, as it was on the main queue.

@@ -60,6 +60,7 @@ TEST(SessionDiagnosticsRecorderTests, EachLevelKeepsWhatItSaysAndACoreRunHoldsNo
         EXPECT_EQ(manifest["recordingID"],
                   session.store->view().outcome->value().recording->text());
         EXPECT_EQ(manifest["stop"]["trigger"], "programmatic");
+        EXPECT_EQ(manifest["host"]["osVersion"], "Simulated 1");
         for (const auto& file : manifest["files"]) {
             const std::string path = file["path"];
             if (path.find("idle_memory") != std::string::npos)
