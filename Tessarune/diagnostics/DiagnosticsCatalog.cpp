@@ -57,14 +57,19 @@ DiagnosticsCatalog::Pruned DiagnosticsCatalog::pruneRuns(const Budget& budget) {
 }
 
 std::int64_t DiagnosticsCatalog::directorySize(const std::filesystem::path& directory) {
-    std::int64_t bytes = 0;
+    std::vector<std::string> names;
     try {
-        for (const std::string& name : files_.list(directory)) {
-            const auto path = directory / name;
+        names = files_.list(directory);
+    } catch (const std::system_error&) { // counts as empty
+    }
+    std::int64_t bytes = 0;
+    for (const std::string& name : names) {
+        const auto path = directory / name;
+        try {
             bytes += files_.isDirectory(path) ? directorySize(path)
                                               : static_cast<std::int64_t>(files_.size(path));
+        } catch (const std::system_error&) { // the others count
         }
-    } catch (const std::system_error&) { // what can be read counts
     }
     return bytes;
 }

@@ -15,6 +15,13 @@ namespace tessarune {
 
 namespace Layout = DiagnosticsRunLayout;
 
+namespace {
+
+/// Such a record has up to 60 kB; so many cost less than 16 MB while the disk takes nothing.
+constexpr std::size_t rawResultLimit = 256;
+
+} // namespace
+
 SessionDiagnosticsRecorder::SessionDiagnosticsRecorder(Environment environment)
     : environment_(std::move(environment)),
       queue_(environment_.host.serialQueue("Tessarune.SessionDiagnosticsRecorder",
@@ -28,13 +35,6 @@ SessionDiagnosticsRecorder::~SessionDiagnosticsRecorder() {
 
 bool SessionDiagnosticsRecorder::isFullDiagnosticsRunning() const {
     return run_ && run_->files.isFullRun();
-}
-
-/// Of the open run, or of the one that has just been finished.
-std::optional<std::filesystem::path> SessionDiagnosticsRecorder::runDirectory() const {
-    if (run_)
-        return run_->files.directory();
-    return lastFinished_ ? std::optional(lastFinished_->directory) : std::nullopt;
 }
 
 std::filesystem::path SessionDiagnosticsRecorder::makeRunDirectory(double wallClock) {
@@ -160,7 +160,9 @@ void SessionDiagnosticsRecorder::openLogs(Run& run) {
     if (mode != AppleAnalyzerDiagnosticsMode::off)
         openArtifact("appleSummaryResults", "Tessarune.AppleSpeechAnalyzerSummaryLog.Writer");
     if (mode == AppleAnalyzerDiagnosticsMode::fullRaw)
-        openArtifact("appleRawResults", "Tessarune.AppleSpeechAnalyzerRawResultLog.Writer");
+        run.logs["appleRawResults"] = std::make_unique<DiagnosticsNDJSONWriter>(
+            environment_.host, environment_.files, run.files.path("appleRawResults"),
+            "Tessarune.AppleSpeechAnalyzerRawResultLog.Writer", rawResultLimit);
 }
 
 void SessionDiagnosticsRecorder::announce(const std::filesystem::path& directory) {
@@ -257,7 +259,8 @@ void SessionDiagnosticsRecorder::updateFinishedSnapshot(const TranscriptSnapshot
 }
 
 void SessionDiagnosticsRecorder::startIdleMemorySentinel(const IdleWatch& watch) {
-    sentinel_.start(runDirectory(), watch.reason, watch.snapshotProvider);
+    sentinel_.start(lastFinished_ ? std::optional(lastFinished_->directory) : std::nullopt,
+                    watch.reason, watch.snapshotProvider);
 }
 
 } // namespace tessarune

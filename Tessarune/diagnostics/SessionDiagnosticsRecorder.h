@@ -65,7 +65,6 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     void startIfNeeded(const Start& start) override;
     bool isRunning() const override { return run_ != nullptr; }
     bool capturesFullDiagnostics() const override { return isFullDiagnosticsRunning(); }
-    std::optional<std::filesystem::path> runDirectory() const override;
     void noteRecording(const std::optional<RecordingMetadata>& recording) override;
     void recordLiveCaptionStopSnapshot(const StopSnapshot& about) override;
     void finish(const Finish& finish) override;

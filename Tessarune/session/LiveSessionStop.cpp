@@ -268,7 +268,7 @@ void LiveSessionStop::finishFinalize() {
     SessionDiagnostics& diagnostics = *store_.environment_.diagnostics;
     diagnostics.closeLifecycle();
     diagnostics.startIdleMemorySentinel(
-        {diagnostics.runDirectory(), "listen.stop.finalize.done", [weak = store_.weak_from_this()] {
+        {"listen.stop.finalize.done", [weak = store_.weak_from_this()] {
              const Store store = weak.lock();
              return store ? store->stop_.liveCounts() : LogFields();
          }});

@@ -67,7 +67,6 @@ class SessionDiagnostics {
     };
     /// The watch over memory and load between two sessions.
     struct IdleWatch {
-        std::optional<std::filesystem::path> runDirectory;
         std::string reason;
         std::function<LogFields()> snapshotProvider; ///< what the program is doing
     };
@@ -82,8 +81,6 @@ class SessionDiagnostics {
     virtual void startIfNeeded(const Start&) {}
     virtual bool isRunning() const { return false; }
     virtual bool capturesFullDiagnostics() const { return false; }
-    /// Of the open run, or of the one that has just been finished.
-    virtual std::optional<std::filesystem::path> runDirectory() const { return std::nullopt; }
     /// The session's sound is being recorded; absent: it is no more, and what was is discarded.
     virtual void noteRecording(const std::optional<RecordingMetadata>&) {}
     virtual void recordLiveCaptionStopSnapshot(const StopSnapshot&) {}
@@ -115,6 +112,7 @@ class SessionDiagnostics {
 
     // Between two sessions
 
+    /// With the run that has just been finished, if it keeps everything.
     virtual void startIdleMemorySentinel(const IdleWatch&) {}
     virtual void stopIdleMemorySentinel(const std::string& /*reason*/) {}
 };

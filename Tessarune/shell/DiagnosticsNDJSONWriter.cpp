@@ -60,8 +60,9 @@ class DiagnosticsNDJSONWriter::File {
 
 DiagnosticsNDJSONWriter::DiagnosticsNDJSONWriter(Host& host, FileSystem& files,
                                                  std::filesystem::path path,
-                                                 std::string_view queueLabel)
-    : file_(std::make_shared<File>(files, std::move(path))),
+                                                 std::string_view queueLabel, std::size_t limit)
+    : limit_(limit),
+      file_(std::make_shared<File>(files, std::move(path))),
       queue_(host.serialQueue(queueLabel, QueuePriority::utility)) {
     queue_->async([file = file_] { file->create(); });
 }
@@ -87,7 +88,7 @@ void DiagnosticsNDJSONWriter::appendText(std::string text) {
 }
 
 void DiagnosticsNDJSONWriter::enqueue(Encode encode, bool endsLine) {
-    if (file_->queued >= maximumQueued) {
+    if (file_->queued >= limit_) {
         ++file_->lost;
         return;
     }

@@ -22,11 +22,11 @@ namespace tessarune {
 ///
 /// Any thread. Nothing here waits for the disk but `close`, and nothing throws: the file is
 /// created, written and closed on a serial queue of its own with low priority. A record that cannot
-/// be encoded or written is lost, and so is one that comes while `maximumQueued` others wait for a
-/// slow disk; `lostRecords` counts them. Each line is one write, so that a kill leaves whole lines.
+/// be encoded or written is lost, and so is one that comes while `limit` others wait for a slow
+/// disk; `lostRecords` counts them. Each line is one write, so that a kill leaves whole lines.
 class DiagnosticsNDJSONWriter {
   public:
-    static constexpr std::size_t maximumQueued = 4096;
+    static constexpr std::size_t usualLimit = 4096;
 
     /// Encodes a line without its line feed; nothing if it cannot be. Runs on the queue.
     using Encode = std::function<std::optional<std::string>()>;
@@ -34,7 +34,7 @@ class DiagnosticsNDJSONWriter {
     /// Creates the file, or empties the one that is there; the folder of a run that was removed
     /// meanwhile does not come back. The host and the disk outlive the writer.
     DiagnosticsNDJSONWriter(Host& host, FileSystem& files, std::filesystem::path path,
-                            std::string_view queueLabel);
+                            std::string_view queueLabel, std::size_t limit = usualLimit);
     /// Closes.
     ~DiagnosticsNDJSONWriter();
     DiagnosticsNDJSONWriter(const DiagnosticsNDJSONWriter&) = delete;
@@ -62,6 +62,7 @@ class DiagnosticsNDJSONWriter {
 
     void enqueue(Encode encode, bool endsLine);
 
+    const std::size_t limit_; // of records that wait
     const std::shared_ptr<File> file_;
     const std::shared_ptr<SerialQueue> queue_;
 };

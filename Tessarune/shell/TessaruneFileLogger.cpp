@@ -4,7 +4,10 @@
 #include "TessaruneCore/text/JSON.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <ctime>
 #include <functional>
 #include <optional>
@@ -49,6 +52,10 @@ class TessaruneFileLogger::Writer {
   public:
     Writer(FileSystem& files, std::filesystem::path folder)
         : files_(files), folder_(std::move(folder)) {}
+
+    // Any thread
+    std::atomic<std::size_t> queued{0};
+    std::atomic<std::int64_t> lost{0}; ///< since the last event that is queued
 
     void write(double wallClock, const std::string& line) {
         try {
@@ -155,6 +162,14 @@ void TessaruneFileLogger::event(std::string name, LogFields fields, Importance i
         return;
     if (importance == Importance::routine && !writesRoutineBreadcrumbs(level))
         return;
+    constexpr std::size_t mostQueued = 4096;
+    if (writer_->queued >= mostQueued) { // the disk takes nothing
+        ++writer_->lost;
+        return;
+    }
+    ++writer_->queued;
+    if (const std::int64_t lost = writer_->lost.exchange(0); lost > 0)
+        fields.add("lostEventsBefore", lost);
     const double wallClock = host_.wallClock();
     const bool mainThread = host_.isOnMainQueue();
     queue_->async([writer = writer_, wallClock, mainThread, source, name = std::move(name),
@@ -171,6 +186,7 @@ void TessaruneFileLogger::event(std::string name, LogFields fields, Importance i
             std::to_string(source.line());
         if (const auto line = JSON::line(object))
             writer->write(wallClock, *line + "\n");
+        --writer->queued;
     });
 }
 

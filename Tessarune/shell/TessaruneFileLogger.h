@@ -20,7 +20,8 @@ enum class Importance { routine, important };
 ///
 /// `event` may be called from any thread; it captures the fields and returns, the writing is done
 /// on the queue "Tessarune.FileLogger". A failed write is reported once in the text log until one
-/// succeeds again, and never reaches the caller. What may be written depends on
+/// succeeds again, and never reaches the caller. Events that come while 4096 others wait for the
+/// disk are lost; the next one counts them in "lostEventsBefore". What may be written depends on
 /// `TessaruneLog::diagnosticsLevel()`.
 class TessaruneFileLogger {
   public:

@@ -48,6 +48,14 @@ class FileLoggerTests : public ::testing::Test {
     TessaruneFileLogger logger{host, files, paths};
 };
 
+TEST_F(FileLoggerTests, ADiskThatTakesNothingCostsEventsAndTheyAreCounted) {
+    for (int i = 0; i < 5000; ++i)
+        logger.event("crowd");
+    EXPECT_EQ(lines().size(), 4096u);
+    logger.event("room");
+    EXPECT_EQ(lines().back()["lostEventsBefore"], 904);
+}
+
 TEST_F(FileLoggerTests, TheLevelDecidesWhichEventsAreWritten) {
     const struct {
         DiagnosticsLevel level;
