@@ -107,11 +107,14 @@ AppSettings::AppSettings(UserDefaults& store)
       SETTING(audioInactivityAutoStopMinutes, recording,
               localizationKey("Minutes of silence after which a session ends by itself; 0: never."),
               10, inactivityCodec()),
-      SETTING(diagnosticsLevel, diagnostics, localizationKey("How much is written to the logs."),
+      SETTING(diagnosticsLevel, diagnostics,
+              localizationKey("How much a session's diagnostics run and the logs hold; from "
+                              "standard on also what was said."),
               DiagnosticsLevel::core, levelCodec()),
       SETTING(sessionDiagnosticsEnabled, diagnostics,
-              localizationKey("Keeps a diagnostics run of each session, and records it."), false,
-              boolCodec()),
+              localizationKey("Records each session, whatever else is set; a full diagnostics run "
+                              "then has the recogniser's own results."),
+              false, boolCodec()),
       SETTING(appleAnalyzerDiagnosticsMode, diagnostics,
               localizationKey("How much of the recogniser's own results a diagnostics run keeps."),
               AppleAnalyzerDiagnosticsMode::summary, analyzerModeCodec()),
