@@ -1,11 +1,12 @@
 #pragma once
 
+#include "Tessarune/speech/SpeechResultSummary.h"
+
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace tessarune {
 
@@ -15,23 +16,7 @@ namespace tessarune {
 std::string recordTextPreview(std::string_view text);
 
 /// One result of the recogniser.
-struct SpeechAnalyzerFileResultSummary {
-    std::int64_t sequence = 0; ///< from 1
-    double receivedAt = 0;     ///< seconds since 1970
-    std::string localeIdentifier;
-    bool isFinal = false;
-    std::int64_t characterCount = 0;
-    std::int64_t utf8Count = 0;
-    std::int64_t wordCount = 0;
-    std::int64_t runCount = 0;
-    std::int64_t timedRunCount = 0;
-    std::optional<double> audioStartSeconds;
-    std::optional<double> audioEndSeconds;
-    std::optional<double> audioDurationSeconds;
-    std::string textHash;
-    std::string textPreview;
-    std::vector<std::string> requestedSpeechOptions;
-};
+using SpeechAnalyzerFileResultSummary = SpeechResultSummary;
 
 /// One piece into which a result was cut.
 struct SpeechAnalyzerFileSplitObservation {
