@@ -49,9 +49,9 @@ void EventLogFile::begin() {
         fail(errno == ENXIO ? localized("nobody reads this pipe") : systemMessage(errno));
 }
 
-void EventLogFile::append(const ASREvent& event) {
+void EventLogFile::append(const ASREvent& event, double t) {
     if (writer_)
-        writer_->append(event);
+        writer_->append(event, t);
 }
 
 void EventLogFile::close() {

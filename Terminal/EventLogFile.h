@@ -21,7 +21,7 @@ class EventLogFile {
     void check(const std::optional<std::filesystem::path>& source) const;
     void begin();
     /// Writes what the recogniser says; nothing before `begin`.
-    void append(const ASREvent& event);
+    void append(const ASREvent& event, double t);
     /// Throws if a part of the log was lost.
     void close();
 

@@ -87,9 +87,9 @@ void TerminalSession::makeSession() {
     const std::string target = translation_.choose();
     session_ = std::make_unique<ListeningSession>(
         program_, sound_.server(),
-        ListeningSession::Options{[this](const ASREvent& event) {
+        ListeningSession::Options{[this](const ASREvent& event, double t) {
                                       if (eventLog_)
-                                          eventLog_->append(event);
+                                          eventLog_->append(event, t);
                                   },
                                   sound_.isFile() || sound_.isDemo(),
                                   [this](const auto& request) { refinement_ = request; }});

@@ -2,6 +2,7 @@
 
 #include "Tessarune/app/TessaruneStartupServices.h"
 #include "Tessarune/diagnostics/DiagnosticsCatalog.h"
+#include "Tessarune/diagnostics/HistoryRefinementDiagnosticsSession.h"
 #include "Tessarune/platform/host/HostFacts.h"
 #include "Tessarune/platform/host/ProcessMemory.h"
 #include "Tessarune/platform/language-detector/DetectedLanguage.h"
@@ -93,6 +94,11 @@ HistoryRefinementService::Environment Application::refinementEnvironment() {
                     return std::make_shared<AppleTranslator>(
                         host, translation, Executor::main(host), AppleTranslator::Downloads::never);
                 },
+            .observe = [this](const HistoryRefinementRequest& request)
+                -> std::shared_ptr<HistoryRefinementObserver> {
+                return HistoryRefinementDiagnosticsSession::open({host, files, catalog, logger},
+                                                                 request);
+            },
             .returnMemory = [] { malloc_trim(0); }};
 }
 

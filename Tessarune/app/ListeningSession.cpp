@@ -15,9 +15,9 @@ namespace {
 /// How often the end of a stop is looked for.
 constexpr double lookAgainSeconds = 0.01;
 
-std::shared_ptr<SessionDiagnostics> makeDiagnostics(Application& application,
-                                                    std::function<void(const ASREvent&)> onASREvent,
-                                                    std::function<bool()> mayRecord) {
+std::shared_ptr<SessionDiagnostics>
+makeDiagnostics(Application& application, std::function<void(const ASREvent&, double t)> onASREvent,
+                std::function<bool()> mayRecord) {
     const std::filesystem::path program = LinuxProcessFigures::executable();
     return std::make_shared<SessionDiagnosticsRecorder>(SessionDiagnosticsRecorder::Environment{
         .host = application.host,

@@ -25,7 +25,7 @@ class ListeningSession {
   public:
     struct Options {
         /// Hears each recognition event, beside the diagnostics run of the session.
-        std::function<void(const ASREvent&)> onASREvent = {};
+        std::function<void(const ASREvent&, double t)> onASREvent = {};
         bool forgetsPermissions = false; ///< see `setForgetsPermissions`
         /// What becomes of the request to refine a session that was saved; by default it is done in
         /// the background.

@@ -32,6 +32,28 @@ std::vector<DiagnosticsRun> DiagnosticsCatalog::runs() {
     return found;
 }
 
+std::vector<DiagnosticsRun> DiagnosticsCatalog::named(std::string_view name) {
+    constexpr std::string_view prefix = DiagnosticsRunLayout::runNamePrefix;
+    if (name.starts_with(prefix))
+        name.remove_prefix(prefix.size());
+    auto found = runs();
+    std::erase_if(found, [&](const DiagnosticsRun& run) {
+        return name.empty() || !run.id().substr(prefix.size()).starts_with(name);
+    });
+    // A whole name is meant as it is, also where a second run of that moment has a longer one.
+    const auto exact = std::ranges::find_if(
+        found, [&](const DiagnosticsRun& run) { return run.id().substr(prefix.size()) == name; });
+    return exact == found.end() ? found : std::vector{*exact};
+}
+
+bool DiagnosticsCatalog::remove(const DiagnosticsRun& run) {
+    try {
+        return files_.remove(run.directory);
+    } catch (const std::system_error&) {
+        return false;
+    }
+}
+
 DiagnosticsCatalog::Pruned DiagnosticsCatalog::pruneRuns(const Budget& budget) {
     Pruned pruned;
     const auto all = runs();
@@ -45,12 +67,9 @@ DiagnosticsCatalog::Pruned DiagnosticsCatalog::pruneRuns(const Budget& budget) {
             kept += size;
             continue;
         }
-        try {
-            if (files_.remove(all[i].directory)) {
-                ++pruned.prunedRuns;
-                pruned.freedBytes += size;
-            }
-        } catch (const std::system_error&) { // the next start tries again
+        if (remove(all[i])) { // otherwise the next start tries again
+            ++pruned.prunedRuns;
+            pruned.freedBytes += size;
         }
     }
     return pruned;

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tessarune {
@@ -35,6 +36,11 @@ class DiagnosticsCatalog {
 
     DiagnosticsCatalog(FileSystem& files, const TessarunePaths& paths)
         : files_(files), folder_(paths.diagnostics()) {}
+
+    /// The runs whose names begin with `name`, with or without "Live-"; none for an empty name.
+    std::vector<DiagnosticsRun> named(std::string_view name);
+    /// False if the run is still there, or never was.
+    bool remove(const DiagnosticsRun& run);
 
     /// The newest first.
     std::vector<DiagnosticsRun> runs();

@@ -2,9 +2,11 @@
 
 #include "Tessarune/diagnostics/DiagnosticsRunLayout.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/host/Mutex.h"
 #include "TessaruneCore/text/JSON.h"
 #include "TessaruneCore/text/Text.h"
 
+#include <algorithm>
 #include <system_error>
 #include <utility>
 
@@ -86,10 +88,37 @@ RunJson DiagnosticsRunFiles::manifestFileEntry(std::string_view artifact) {
 RunJson DiagnosticsRunFiles::manifestFileEntries() {
     RunJson entries = RunJson::array();
     for (const Layout::Artifact& artifact : Layout::artifacts()) {
-        if (isFullRun_ || artifact.isInCoreRuns)
+        if (artifact.isListed && (isFullRun_ || artifact.isInCoreRuns))
             entries.push_back(manifestFileEntry(artifact.name));
     }
     return entries;
+}
+
+void DiagnosticsRunFiles::refreshFileEntries(RunJson& manifest,
+                                             std::span<const char* const> artifacts) {
+    for (RunJson& entry : manifest["files"]) {
+        const auto name = JSON::member<std::string>(entry, "name");
+        if (name && std::ranges::find(artifacts, *name) != artifacts.end())
+            entry = manifestFileEntry(*name);
+    }
+}
+
+bool DiagnosticsRunFiles::changeManifest(const std::function<void(RunJson&)>& change) {
+    static Mutex oneAtATime;
+    const MutexLock lock(oneAtATime);
+    RunJson manifest = JSON::parse(readManifest(files_, directory_).value_or(""));
+    if (!manifest.is_object())
+        return false;
+    change(manifest);
+    writeManifest(manifest);
+    return true;
+}
+
+void DiagnosticsRunFiles::remove() {
+    try {
+        files_.remove(directory_);
+    } catch (const std::system_error&) { // pruning finds it
+    }
 }
 
 std::optional<std::string>
@@ -111,25 +140,19 @@ void DiagnosticsRunFiles::refreshManifestTranscriptSummary(FileSystem& files,
                                                            const std::filesystem::path& directory,
                                                            const TranscriptSnapshot& snapshot,
                                                            double wallClock) {
-    const auto bytes = readManifest(files, directory);
-    if (!bytes)
-        return;
-    RunJson manifest = JSON::parse(*bytes);
-    if (!manifest.is_object() || JSON::member<std::string>(manifest, "kind") != Layout::fullKind)
-        return; // a core run never holds texts
+    constexpr const char* texts[] = {"transcript", "bilingualTranscript"};
     DiagnosticsRunFiles run(files, directory, {}, true);
-    run.writeTranscripts(snapshot);
-    RunJson& summary = manifest["summary"];
-    if (!summary.is_object())
-        summary = RunJson::object();
-    summary.update(transcriptSummary(snapshot));
-    summary["transcriptUpdatedAfterFinishWall"] = wallClock;
-    for (RunJson& entry : manifest["files"]) {
-        const auto name = JSON::member<std::string>(entry, "name");
-        if (name == "transcript" || name == "bilingualTranscript")
-            entry = run.manifestFileEntry(*name);
-    }
-    run.writeManifest(manifest);
+    run.changeManifest([&](RunJson& manifest) {
+        if (JSON::member<std::string>(manifest, "kind") != Layout::fullKind)
+            return; // a core run never holds texts
+        run.writeTranscripts(snapshot);
+        RunJson& summary = manifest["summary"];
+        if (!summary.is_object())
+            summary = RunJson::object();
+        summary.update(transcriptSummary(snapshot));
+        summary["transcriptUpdatedAfterFinishWall"] = wallClock;
+        run.refreshFileEntries(manifest, texts);
+    });
 }
 
 } // namespace tessarune

@@ -6,7 +6,9 @@
 #include <nlohmann/json_fwd.hpp>
 
 #include <filesystem>
+#include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -33,7 +35,14 @@ class DiagnosticsRunFiles {
     /// What the manifest says of one file, as it is on the disk now.
     nlohmann::json manifestFileEntry(std::string_view artifact);
     nlohmann::json manifestFileEntries();
+    /// Replaces the entries of these artifacts in the manifest's list by what is on the disk now.
+    void refreshFileEntries(nlohmann::json& manifest, std::span<const char* const> artifacts);
     void writeManifest(const nlohmann::json& manifest);
+    /// Reads the manifest, has it changed and writes it. False where there is none that can be
+    /// read. Of those who change a manifest one does so at a time.
+    bool changeManifest(const std::function<void(nlohmann::json&)>& change);
+    /// Removes the run with all that is in it.
+    void remove();
     /// Nothing if there is none that can be read.
     static std::optional<std::string> readManifest(FileSystem& files,
                                                    const std::filesystem::path& directory);

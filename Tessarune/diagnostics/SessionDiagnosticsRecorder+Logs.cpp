@@ -1,9 +1,10 @@
 #include "Tessarune/diagnostics/CaptionUnitObservation.h"
 #include "Tessarune/diagnostics/SessionDiagnosticsRecorder.h"
 #include "Tessarune/diagnostics/SessionDiagnosticsRun.h"
+#include "Tessarune/session/LiveCaptionCoreFactory.h"
 #include "Tessarune/session/SessionView.h"
-#include "TessaruneCore/captions/BoundaryObservationLog.h"
-#include "TessaruneCore/captions/CorrectionObservationLog.h"
+#include "TessaruneCore/captions/BoundaryObservationRecord.h"
+#include "TessaruneCore/captions/CorrectionObservationRecord.h"
 #include "TessaruneCore/recognition/ASREventRecord.h"
 #include "TessaruneCore/text/Text.h"
 
@@ -65,11 +66,29 @@ void SessionDiagnosticsRecorder::notePerfStats(const PerfStats& stats) {
         run_->perf = stats;
 }
 
-void SessionDiagnosticsRecorder::appendASREvent(const ASREvent& event) {
+void SessionDiagnosticsRecorder::appendASREvent(const ASREvent& event, double t) {
     if (environment_.onASREvent)
-        environment_.onASREvent(event);
-    if (auto* events = log("asrEvents"))
-        appendRecord(events, ASREventRecord(environment_.host.now(), event));
+        environment_.onASREvent(event, t);
+    if (auto* events = log("asrEvents")) {
+        writeCaptionSettings(t);
+        appendRecord(events, ASREventRecord(t, event));
+    }
+}
+
+void SessionDiagnosticsRecorder::markCaptions(CaptionMark mark, double t) {
+    if (auto* events = log("asrEvents")) {
+        writeCaptionSettings(t);
+        appendRecord(events, captionMarkRecord(mark, t));
+    }
+}
+
+/// Whenever they differ from what a replay of the log would work with.
+void SessionDiagnosticsRecorder::writeCaptionSettings(double t) {
+    const CaptionCore::Config config = LiveCaptionCoreFactory::config(environment_.settings);
+    if (run_->captionSettings == config)
+        return;
+    run_->captionSettings = config;
+    appendRecord(log("asrEvents"), captionSettingsRecord(config, t));
 }
 
 void SessionDiagnosticsRecorder::appendAppleRawResult(

@@ -120,6 +120,15 @@ void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
         record.update({{"t", run_->t0}, {"event", "diagnostics.start"}});
         captions->append(record);
     }
+    if (auto* events = log("asrEvents"); events && view_) {
+        writeCaptionSettings(run_->t0);
+        // Within a session, what the recogniser of before left open is still on the screen.
+        const std::string open = view_->captions.currentPartial->sourceText;
+        if (!open.empty())
+            events->append([record = captionMarkRecord(CaptionMark::open, run_->t0, open)] {
+                return record.line();
+            });
+    }
     queue_->async([run = run_, &figures = environment_.figures,
                    file = Context::settingsFile(settings, run_->sections, isFull)]() mutable {
         run->host = Context::hostSnapshot(figures);
@@ -141,18 +150,14 @@ void SessionDiagnosticsRecorder::openLogs(Run& run) {
                            const auto still = weak.lock();
                            return still ? still->perf : PerfStats();
                        });
-    const auto open = [&](const char* artifact, std::filesystem::path path, const char* label) {
-        run.logs[artifact] = std::make_unique<DiagnosticsNDJSONWriter>(
-            environment_.host, environment_.files, std::move(path), label);
-    };
     const auto openArtifact = [&](const char* artifact, const char* label) {
-        open(artifact, run.files.path(artifact), label);
+        run.logs[artifact] = std::make_unique<DiagnosticsNDJSONWriter>(
+            environment_.host, environment_.files, run.files.path(artifact), label);
     };
     openArtifact("asrEvents", "Tessarune.ASREventLog.Writer");
     openArtifact("boundaryEvents", "Tessarune.BoundaryObservationLog.Writer");
     openArtifact("translationEvents", "Tessarune.TranslationObservationLog.Writer");
-    open("corrections", run.files.directory() / "events" / "correction.ndjson",
-         "Tessarune.CorrectionObservationLog.Writer");
+    openArtifact("corrections", "Tessarune.CorrectionObservationLog.Writer");
     openArtifact("liveCaptionEvents", "Tessarune.LiveCaptionObservationLog.Writer");
     openArtifact("displayUnitEvents", "Tessarune.DisplayUnitObservationLog.Writer");
     openArtifact("appleFinalReconcile", "Tessarune.AppleFinalReconcileLog.Writer");
@@ -208,10 +213,7 @@ void SessionDiagnosticsRecorder::discardCurrentRun() {
     const auto directory = run_->files.directory();
     close(std::exchange(run_, nullptr));
     queue_->async([&files = environment_.files, directory] {
-        try {
-            files.remove(directory);
-        } catch (const std::system_error&) { // pruning finds it
-        }
+        DiagnosticsRunFiles(files, directory, {}, false).remove();
     });
     announce(directory);
 }
@@ -225,10 +227,15 @@ void SessionDiagnosticsRecorder::closeLifecycle() {
         if (!run->manifest.is_object())
             return;
         // The log has grown since the manifest was written, by how long the saving took.
-        if (run->lifecycle->lostRecords() > 0)
-            run->manifest["lostRecords"]["lifecycleEvents"] = run->lifecycle->lostRecords();
-        run->manifest["files"] = run->files.manifestFileEntries();
-        run->files.writeManifest(run->manifest);
+        const auto complete = [&run](JSON::Value& manifest) {
+            if (run->lifecycle->lostRecords() > 0)
+                manifest["lostRecords"]["lifecycleEvents"] = run->lifecycle->lostRecords();
+            manifest["files"] = run->files.manifestFileEntries();
+        };
+        if (!run->files.changeManifest(complete)) {
+            complete(run->manifest); // the disk did not take it before
+            run->files.writeManifest(run->manifest);
+        }
         removeIfDeleted(run->recording, run->files.directory());
     });
 }

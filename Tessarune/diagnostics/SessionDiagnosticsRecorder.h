@@ -45,7 +45,7 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
         const NotificationCenter* notifications = nullptr;
         DiagnosticsRunContext::App app;
         /// Hears each recognition event, whatever the level is.
-        std::function<void(const ASREvent&)> onASREvent;
+        std::function<void(const ASREvent&, double t)> onASREvent;
         /// Whether a run that starts now may hold what is said; absent: it may.
         std::function<bool()> mayRecord = {};
         /// The windows of the program, for an alarm of the sentinel; absent where there are none.
@@ -74,7 +74,8 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     void lifecycle(const LifecycleEntry& entry) override;
     void noteAudioBuffer(double sampleRate) override;
     void notePerfStats(const PerfStats& stats) override;
-    void appendASREvent(const ASREvent& event) override;
+    void appendASREvent(const ASREvent& event, double t) override;
+    void markCaptions(CaptionMark mark, double t) override;
     void appendAppleRawResult(const AppleSpeechAnalyzerRawResultRecord& record) override;
     void appendAppleSummaryResult(const AppleSpeechAnalyzerSummaryRecord& record) override;
     void appendAppleFinalReconcile(const AppleFinalReconcileDecisionRecord& record) override;
@@ -103,6 +104,7 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     void removeIfDeleted(const std::optional<RecordingMetadata>& recording,
                          const std::filesystem::path& directory);
     DiagnosticsNDJSONWriter* log(std::string_view artifact) const;
+    void writeCaptionSettings(double t);
     void writeDisplayUnits(const CaptionDisplayRefresh& refresh);
 
     const Environment environment_;

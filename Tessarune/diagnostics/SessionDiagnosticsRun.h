@@ -36,7 +36,8 @@ struct SessionDiagnosticsRecorder::Run {
     Json host;              ///< another, for which sensors are asked; the recorder's queue alone
     LogFields stopRequestFields;
     std::optional<RecordingMetadata> recording;
-    PerfStats perf; ///< the latest
+    PerfStats perf;                                     ///< the latest
+    std::optional<CaptionCore::Config> captionSettings; ///< as the event log has them
     std::map<std::string, std::unique_ptr<DiagnosticsNDJSONWriter>, std::less<>> logs;
     std::unique_ptr<DiagnosticsNDJSONWriter> lifecycle;
     std::unique_ptr<PerfSampler> sampler;

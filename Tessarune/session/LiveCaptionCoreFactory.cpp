@@ -2,6 +2,8 @@
 
 #include "TessaruneCore/recognition/ModelCatalog.h"
 
+#include <utility>
+
 namespace tessarune::LiveCaptionCoreFactory {
 
 CaptionCore::Config config(const AppSettings& settings) {
@@ -22,6 +24,14 @@ EngineCapabilities capabilities(const AppSettings& settings) {
 CaptionCore make(Host& host, const AppSettings& settings) {
     return CaptionCore::onHost([&settings] { return config(settings); },
                                [&settings] { return capabilities(settings); }, host);
+}
+
+CaptionCore make(Host& host, CaptionClock& clock, const AppSettings& settings) {
+    return CaptionCore(
+        [&settings] { return config(settings); }, [&settings] { return capabilities(settings); },
+        [&clock] { return clock.now(); },
+        [&clock](double delay, Block block) { clock.after(delay, std::move(block)); }, UUID::random,
+        [&host] { return host.wallClock(); });
 }
 
 } // namespace tessarune::LiveCaptionCoreFactory

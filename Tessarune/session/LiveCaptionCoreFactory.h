@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessarune/session/CaptionClock.h"
 #include "Tessarune/shell/AppSettings.h"
 #include "TessaruneCore/CaptionCore.h"
 
@@ -9,6 +10,8 @@ namespace tessarune::LiveCaptionCoreFactory {
 /// session at once. An unknown recognition option gives a recogniser that promises nothing. Main
 /// queue; the host and the settings outlive the core.
 CaptionCore make(Host& host, const AppSettings& settings);
+/// The same on a session's clock, which outlives the core, too.
+CaptionCore make(Host& host, CaptionClock& clock, const AppSettings& settings);
 
 /// What that core works with now.
 CaptionCore::Config config(const AppSettings& settings);

@@ -43,6 +43,8 @@ void LiveSessionStop::request(const LiveSessionControlTrigger& trigger) {
     log().milestone("listen.stop.requested", fields, Importance::important);
     store_.applySessionTransition(transition);
     store_.inactivity_.stop();
+    const CaptionClock::Hold hold = store_.captionClock_.hold();
+    store_.environment_.diagnostics->markCaptions(CaptionMark::stopped, hold.t());
     store_.core_.cancelPendingPartial();
     store_.durationClock_.stop();
     store_.texts_.updateVisibleSourceTextFlag();
@@ -103,11 +105,17 @@ LiveSessionStop::Step LiveSessionStop::beginFinalize() {
     return log().begin("listen.stop.finalize", fields);
 }
 
+std::vector<UUID> LiveSessionStop::sealedRows() {
+    const CaptionClock::Hold hold = store_.captionClock_.hold();
+    store_.environment_.diagnostics->markCaptions(CaptionMark::sealed, hold.t());
+    return store_.core_.sealLiveIntoHistory(hold.t());
+}
+
 void LiveSessionStop::sealLiveIntoCommitted() {
     const Step step = log().begin("listen.stop.seal");
     store_.message_.takeAway();
     const std::size_t before = store_.core_.committedSegments->size();
-    const std::vector<UUID> added = store_.core_.sealLiveIntoHistory(store_.now());
+    const std::vector<UUID> added = sealedRows();
     if (!added.empty()) {
         const CaptionCore::Rows& rows = *store_.core_.committedSegments;
         store_.recordingTracker_.journal(store_.core_, std::span(rows).subspan(before));

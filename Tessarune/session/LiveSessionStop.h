@@ -3,6 +3,7 @@
 #include "Tessarune/history/HistoryRefinementRequest.h"
 #include "Tessarune/session/LiveSessionControlTrigger.h"
 #include "Tessarune/session/SessionLog.h"
+#include "TessaruneCore/UUID.h"
 #include "TessaruneCore/host/Host.h"
 #include "TessaruneCore/host/Task.h"
 
@@ -10,6 +11,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tessarune {
 
@@ -49,6 +51,7 @@ class LiveSessionStop {
     Task<void> drainEngine(Store store);
     Task<void> finalize(Store store);
     Step beginFinalize();
+    std::vector<UUID> sealedRows();
     void sealLiveIntoCommitted();
     bool heardNothing() const;
     void discardEmptyRecording();

@@ -129,7 +129,8 @@ void LiveTranscriptStore::configureTranscriberCallbacks() {
 
 void LiveTranscriptStore::handleRecognitionEvent(const ASREvent& event) {
     const double before = now();
-    environment_.diagnostics->appendASREvent(event);
+    const CaptionClock::Hold hold = captionClock_.hold();
+    environment_.diagnostics->appendASREvent(event, hold.t());
     const double busy = now() - before;
     pipelinePerf_.asrDiagnosticsBusySeconds += busy;
     pipelinePerf_.asrDiagnosticsMaxMS = std::max(pipelinePerf_.asrDiagnosticsMaxMS, busy * 1000);
@@ -166,6 +167,8 @@ void LiveTranscriptStore::applyRecognition(const ASREvent& event) {
 void LiveTranscriptStore::handleGuessWithdrawn() {
     if (!*view_.isListening && *view_.sessionPhase != LiveSessionPhase::stopping)
         return;
+    const CaptionClock::Hold hold = captionClock_.hold();
+    environment_.diagnostics->markCaptions(CaptionMark::withdrawn, hold.t());
     core_.withdrawOpenText();
     texts_.updateVisibleSourceTextFlag();
     refreshCaptionDisplay("asr.withdrawn");

@@ -188,6 +188,8 @@ void LiveTranscriptStore::startDiagnostics(const AudioSource& source) {
 
 void LiveTranscriptStore::finishDiagnosticsSnapshot() {
     SessionDiagnostics& diagnostics = *environment_.diagnostics;
+    const CaptionClock::Hold hold = captionClock_.hold();
+    diagnostics.markCaptions(CaptionMark::ended, hold.t());
     const auto recording = recordingTracker_.currentRecordingMetadata();
     LogFields fields{{"running", diagnostics.isRunning()}};
     if (recording)

@@ -32,7 +32,8 @@ std::shared_ptr<LiveTranscriptStore> LiveTranscriptStore::make(LiveSessionEnviro
 
 LiveTranscriptStore::LiveTranscriptStore(LiveSessionEnvironment environment)
     : environment_(std::move(environment)),
-      core_(LiveCaptionCoreFactory::make(host(), environment_.settings)),
+      captionClock_(host()),
+      core_(LiveCaptionCoreFactory::make(host(), captionClock_, environment_.settings)),
       display_(host(), environment_.settings, *environment_.diagnostics,
                environment_.notifications),
       view_(display_.store(), core_, environment_.translation->view()),

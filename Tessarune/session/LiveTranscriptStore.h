@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessarune/session/CaptionClock.h"
 #include "Tessarune/session/LiveCaptionDisplay.h"
 #include "Tessarune/session/LiveCaptionMessage.h"
 #include "Tessarune/session/LiveCaptionPerfCounters.h"
@@ -136,6 +137,7 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     double now() const { return host().now(); }
 
     const LiveSessionEnvironment environment_;
+    CaptionClock captionClock_;
     CaptionCore core_;
     LiveCaptionMessage message_{core_};
     LiveCaptionDisplay display_;

@@ -16,6 +16,7 @@
 #include "TessaruneCore/captions/SoftCaptionObservation.h"
 #include "TessaruneCore/diagnostics/LogFields.h"
 #include "TessaruneCore/recognition/ASREvent.h"
+#include "TessaruneCore/replay/CaptionMark.h"
 
 #include <filesystem>
 #include <functional>
@@ -95,7 +96,10 @@ class SessionDiagnostics {
     virtual void lifecycle(const LifecycleEntry&) {}
     virtual void noteAudioBuffer(double /*sampleRate*/) {}
     virtual void notePerfStats(const PerfStats&) {}
-    virtual void appendASREvent(const ASREvent&) {}
+    /// `t` is the time at which the captions take the event in.
+    virtual void appendASREvent(const ASREvent&, double /*t*/) {}
+    /// What else changes the captions, at this time.
+    virtual void markCaptions(CaptionMark, double /*t*/) {}
     virtual void appendAppleRawResult(const AppleSpeechAnalyzerRawResultRecord&) {}
     virtual void appendAppleSummaryResult(const AppleSpeechAnalyzerSummaryRecord&) {}
     virtual void appendAppleFinalReconcile(const AppleFinalReconcileDecisionRecord&) {}

@@ -68,29 +68,4 @@ class LineLogWriter {
     std::atomic<bool> hasLostLines_ = false;
 };
 
-/// A log of one kind of record, which is made of an observation, has a `line()` and the label of
-/// its log's queue.
-template <typename Record, typename Observation>
-class RecordLogWriter {
-  public:
-    /// Creates the file, or empties the one that is there. Null if it can't be opened.
-    static std::unique_ptr<RecordLogWriter> open(Host& host, const std::filesystem::path& path) {
-        auto lines = LineLogWriter::open(host, Record::queueLabel, path);
-        return lines ? std::unique_ptr<RecordLogWriter>(new RecordLogWriter(std::move(lines)))
-                     : nullptr;
-    }
-
-    /// Returns at once.
-    void append(Observation observation) {
-        lines_->append([record = Record{std::move(observation)}] { return record.line(); });
-    }
-    /// Waits for what was appended before, and closes the file.
-    void close() { lines_->close(); }
-
-  private:
-    explicit RecordLogWriter(std::unique_ptr<LineLogWriter> lines) : lines_(std::move(lines)) {}
-
-    std::unique_ptr<LineLogWriter> lines_;
-};
-
 } // namespace tessarune

@@ -104,6 +104,10 @@ std::vector<ASREventRecord> read(const std::filesystem::path& path) {
     const std::string_view contents = Text::withoutCutCharacter(bytes);
     if (!Text::isValidUTF8(contents))
         throw std::runtime_error(path.string() + ": not UTF-8 text");
+    return parsed(contents);
+}
+
+std::vector<ASREventRecord> parsed(std::string_view contents) {
     std::vector<ASREventRecord> records;
     for (std::string_view rest = contents; !rest.empty();) {
         const std::string_view line = rest.substr(0, rest.find('\n'));

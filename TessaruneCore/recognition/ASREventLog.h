@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 /// The file of a session's recognition events, from which its captions can be replayed.
@@ -40,5 +41,7 @@ class Writer {
 /// Throws `std::system_error` if the file cannot be read and `std::runtime_error` if it is not
 /// UTF-8. Uses memory for the file and its records.
 std::vector<ASREventRecord> read(const std::filesystem::path& path);
+/// The same of text that has been read.
+std::vector<ASREventRecord> parsed(std::string_view contents);
 
 } // namespace tessarune::ASREventLog

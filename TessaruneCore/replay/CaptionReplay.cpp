@@ -1,9 +1,11 @@
 #include "TessaruneCore/replay/CaptionReplay.h"
 
 #include "TessaruneCore/host/SimulatedHost.h"
+#include "TessaruneCore/replay/CaptionMark.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <optional>
+#include <variant>
 
 namespace tessarune::CaptionReplay {
 
@@ -40,6 +42,43 @@ std::vector<std::string> openLines(const CaptionCore& core) {
     return lines;
 }
 
+Output outputOf(const CaptionCore& core, double t0) {
+    Output output;
+    output.liveLines = openLines(core);
+    output.lockCount = *core.lockCount;
+    output.finalCount = *core.finalCount;
+    output.segments = *core.committedSegments;
+    output.wordEvents = core.wordEvents();
+    for (const CaptionSegment& row : output.segments) {
+        output.committedLines.push_back(row.sourceText + std::string(markerSuffix(row.freezeKind)));
+        output.segmentTimings.push_back(timingLine(row, output.wordEvents, t0));
+    }
+    return output;
+}
+
+void follow(CaptionMark mark, const ASREventRecord& record, CaptionCore& core,
+            CaptionCore::Config& config) {
+    switch (mark) {
+    case CaptionMark::settings:
+        config = captionSettings(record).value_or(config);
+        break;
+    case CaptionMark::open:
+        core.currentPartial.mutate([&](CaptionSegment& row) { row.sourceText = record.text; });
+        break;
+    case CaptionMark::withdrawn:
+        core.withdrawOpenText();
+        break;
+    case CaptionMark::stopped:
+        core.cancelPendingPartial();
+        break;
+    case CaptionMark::sealed:
+        core.sealLiveIntoHistory(record.t);
+        break;
+    case CaptionMark::ended:
+        break;
+    }
+}
+
 } // namespace
 
 std::string Output::transcript() const {
@@ -69,18 +108,33 @@ Output run(const std::vector<ASREventRecord>& records, const CaptionCore::Config
         core.ingest(*event);
     }
     host.runUntilIdle();
+    return outputOf(core, t0);
+}
 
-    Output output;
-    output.liveLines = openLines(core);
-    output.lockCount = *core.lockCount;
-    output.finalCount = *core.finalCount;
-    output.segments = *core.committedSegments;
-    output.wordEvents = core.wordEvents();
-    for (const CaptionSegment& row : output.segments) {
-        output.committedLines.push_back(row.sourceText + std::string(markerSuffix(row.freezeKind)));
-        output.segmentTimings.push_back(timingLine(row, output.wordEvents, t0));
+Output runMarked(const std::vector<ASREventRecord>& records, const EngineCapabilities& caps) {
+    const double t0 = records.empty() ? 0 : records.front().t;
+    SimulatedHost host(t0);
+    CaptionCore::Config config(false, false, false);
+    CaptionCore core = CaptionCore::onHost([&] { return config; }, [&] { return caps; }, host,
+                                           countingUUIDSource());
+    bool isStopping = false;
+    for (const ASREventRecord& record : records) {
+        const std::optional<CaptionMark> mark = captionMark(record);
+        const std::optional<ASREvent> event = record.asEvent();
+        const bool isFinal = event && std::holds_alternative<ASREvent::Final>(event->value);
+        if (!mark && (!event || (isStopping && !isFinal)))
+            continue;
+        host.advanceTo(record.t);
+        if (mark) {
+            follow(*mark, record, core, config);
+            isStopping |= mark == CaptionMark::stopped;
+        } else {
+            core.ingest(*event);
+        }
+        if (mark == CaptionMark::ended)
+            break;
     }
-    return output;
+    return outputOf(core, t0);
 }
 
 } // namespace tessarune::CaptionReplay

@@ -31,8 +31,12 @@ struct Output {
 using Observer =
     std::function<void(const CaptionCore& core, CaptionCore::Activity activity, double t)>;
 
-/// `records` are in the order of the log's reader.
+/// `records` are in the order of the log's reader; those that are no events are passed over.
 Output run(const std::vector<ASREventRecord>& records, const CaptionCore::Config& config,
            const EngineCapabilities& caps, const Observer& observer = {});
+
+/// The log of a diagnostics run, with its marks: gives the rows that the session had when the run
+/// ended.
+Output runMarked(const std::vector<ASREventRecord>& records, const EngineCapabilities& caps);
 
 } // namespace tessarune::CaptionReplay

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Tessarune/diagnostics/SessionDiagnosticsRecorder.h"
-#include "tests/simulation/SimulatedSession.h"
+#include "tests/simulation/TranslatedLiveSession.h"
 
 #include <map>
 #include <memory>
@@ -26,10 +26,10 @@ struct ScriptedProcessFigures final : ProcessFigures {
     LogFields host() override { return {{"osVersion", "Simulated 1"}}; }
 };
 
-/// A simulated session that a real recorder watches.
-struct DiagnosedSession : simulation::SimulatedSession {
+/// A simulated session, translated, that a real recorder watches.
+struct DiagnosedSession : simulation::TranslatedLiveSession {
     explicit DiagnosedSession(DiagnosticsLevel level, std::uint64_t seed = 0)
-        : SimulatedSession(seed) {
+        : TranslatedLiveSession(seed) {
         settings.diagnosticsLevel = level;
         observer = [this] {
             return recorder = std::make_shared<SessionDiagnosticsRecorder>(

@@ -1,4 +1,5 @@
 #include "Tessarune/diagnostics/DiagnosticsCatalog.h"
+#include "Tessarune/diagnostics/RunVerification.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "tests/diagnostics/DiagnosedSession.h"
 
@@ -29,14 +30,26 @@ std::string saidIn(DiagnosedSession& session, const std::filesystem::path& folde
 TEST(SessionDiagnosticsRecorderTests, EachLevelKeepsWhatItSaysAndACoreRunHoldsNoWord) {
     const Names core{"settings.json", "manifest.json", "events/lifecycle.ndjson"};
     Names standard = core;
-    standard.merge(Names{"timeline.json", "transcript.txt", "live-window-stop-snapshot.json",
-                         "live-window-stop-source.txt", "live-window-stop-bilingual.txt",
-                         "perf.csv", "perf.json", "perf_threads.ndjson", "perf_pipeline.ndjson",
-                         "events/apple-analyzer-en.ndjson", "events/boundary.ndjson",
-                         "events/translation.ndjson", "events/correction.ndjson",
-                         "events/live_caption.ndjson", "events/display_units.ndjson",
-                         "events/apple_reconcile.ndjson", "events/apple_summary.ndjson",
-                         "events/idle_memory_sentinel.ndjson", "events/idle_memory_alarm.ndjson"});
+    standard.merge(Names{"timeline.json",
+                         "transcript.txt",
+                         "bilingual-transcript.txt",
+                         "live-window-stop-snapshot.json",
+                         "live-window-stop-source.txt",
+                         "live-window-stop-bilingual.txt",
+                         "perf.csv",
+                         "perf.json",
+                         "perf_threads.ndjson",
+                         "perf_pipeline.ndjson",
+                         "events/apple-analyzer-en.ndjson",
+                         "events/boundary.ndjson",
+                         "events/translation.ndjson",
+                         "events/correction.ndjson",
+                         "events/live_caption.ndjson",
+                         "events/display_units.ndjson",
+                         "events/apple_reconcile.ndjson",
+                         "events/apple_summary.ndjson",
+                         "events/idle_memory_sentinel.ndjson",
+                         "events/idle_memory_alarm.ndjson"});
     Names trace = standard;
     trace.insert("events/apple_raw.ndjson");
     for (const auto& [level, files] : std::map<Level, Names>{{Level::off, {}},
@@ -98,19 +111,121 @@ TEST(SessionDiagnosticsRecorderTests, EachLevelKeepsWhatItSaysAndACoreRunHoldsNo
         EXPECT_TRUE(std::ranges::any_of(captions, [](const auto& line) {
             return line.value("resetReason", "") == "engineFinal";
         }));
-        EXPECT_EQ(session.lines("events/apple-analyzer-en.ndjson").size(), 5u);
+        const auto events = session.lines("events/apple-analyzer-en.ndjson");
+        EXPECT_EQ(std::ranges::count_if(events,
+                                        [](const auto& line) {
+                                            return line["kind"] == "partial" ||
+                                                   line["kind"] == "final";
+                                        }),
+                  5);
         const auto segments = session.json("timeline.json")["engines"][0]["segments"];
         ASSERT_EQ(segments.size(), 3u);
         EXPECT_EQ(segments[0]["text"], "Purple elephants dance.");
+        const auto verified = RunVerification::verify(session.files, session.run());
+        EXPECT_EQ(verified.problem, "");
+        EXPECT_EQ(verified.rows, 3u);
+        const auto log = session.run() / "events/apple-analyzer-en.ndjson";
+        std::string changed = session.files.contentsOf(log);
+        for (std::size_t at = 0; (at = changed.find("dance", at)) != std::string::npos; ++at)
+            changed.replace(at, 5, "sleep");
+        session.files.setContents(log, changed);
+        EXPECT_NE(RunVerification::verify(session.files, session.run()).problem, "");
         const auto units = session.json("live-window-stop-snapshot.json")["units"];
         EXPECT_EQ(units.back()["sourceText"], "Nobody objects");
         EXPECT_EQ(
             session.lines("events/display_units.ndjson").back()["units"].back()["translationRole"],
-            "none");
+            "result");
         const UUID id = *session.store->view().outcome->value().recording;
         session.catalog->deleteRecording(id);
         session.host.advanceBy(1);
         EXPECT_EQ(saidIn(session, session.paths.appSupportBase()), "");
+    }
+}
+
+/// Eight hours at each level: the manifest tells the truth, nothing piles up, and every line that a
+/// kill leaves is whole.
+TEST(SessionDiagnosticsRecorderTests, EightHoursLeaveWhatTheManifestSaysAndPileNothingUp) {
+    constexpr int hours = 8;
+    constexpr double sampleSeconds = 60;
+    for (const Level level : {Level::core, Level::standard, Level::trace}) {
+        SCOPED_TRACE(storageName(level));
+        DiagnosedSession session(level);
+        session.settings.appleAnalyzerDiagnosticsMode = AppleAnalyzerDiagnosticsMode::fullRaw;
+        session.settings.recordWhileCaptioning = false;
+        session.settings.perfSampleIntervalSeconds = sampleSeconds;
+        session.start();
+        session.hear(1);
+        std::size_t waiting = 0;
+        for (int minute = 0; minute < hours * 60; ++minute) {
+            session.say(false, "Purple elephants dance in minute " + std::to_string(minute));
+            session.say(true, "Purple elephants dance in minute " + std::to_string(minute) + ".");
+            session.host.advanceBy(59.8);
+            if (minute == 60)
+                waiting = session.host.waitingBlocks();
+        }
+        EXPECT_LE(session.host.waitingBlocks(), waiting + 2);
+        const auto whole = [&] {
+            for (const auto& path : session.runFiles()) {
+                for (const auto& line : path.ends_with(".ndjson") ? session.lines(path)
+                                                                  : std::vector<nlohmann::json>())
+                    ASSERT_TRUE(line.is_object()) << path;
+            }
+        };
+        whole(); // as a kill would leave them
+        session.stop();
+        session.host.advanceBy(20);
+        whole();
+        const auto manifest = session.json("manifest.json");
+        EXPECT_NEAR(manifest["durationSeconds"].get<double>(), hours * 3600, 60);
+        EXPECT_TRUE(manifest["lostRecords"].empty());
+        for (const auto& file : manifest["files"]) {
+            const std::string path = file["path"];
+            if (file["exists"] && path.find("idle_memory") == std::string::npos) {
+                EXPECT_EQ(file["bytes"], session.files.contentsOf(session.run() / path).size())
+                    << path;
+            }
+        }
+        if (level == Level::core) {
+            EXPECT_LT(DiagnosticsCatalog(session.files, session.paths).directorySize(session.run()),
+                      20000);
+        } else {
+            EXPECT_EQ(RunVerification::verify(session.files, session.run()).problem, "");
+        }
+    }
+}
+
+/// Late timers, a stalled main queue, settings that change, guesses that are taken back and another
+/// recogniser: the log says all that the captions depend on.
+TEST(SessionDiagnosticsRecorderTests, TheLogReplaysToTheRowsHoweverLateTheMainQueueIs) {
+    for (std::uint64_t seed = 1; seed <= 12; ++seed) {
+        SCOPED_TRACE(seed);
+        DiagnosedSession session(Level::standard, seed);
+        auto& random = session.host.random();
+        const auto pick = [&](std::uint64_t below) { return random() % below; };
+        session.start();
+        session.hear(3);
+        std::string said;
+        for (int i = 0; i < 60; ++i) {
+            said += (said.empty() ? "Well " : " and ") + std::to_string(pick(50)) +
+                    (pick(3) == 0   ? ". Then"
+                     : pick(3) == 0 ? ", so"
+                                    : "");
+            const bool isFinal = pick(9) == 0;
+            session.engine.session().give(simulation::spoken(isFinal, said, 1, 0.1));
+            if (isFinal)
+                said.clear();
+            if (pick(4) == 0)
+                session.host.sleepComputer(0.001 * static_cast<double>(pick(900)));
+            session.host.advanceBy(0.001 * static_cast<double>(pick(400)));
+            if (pick(20) == 0)
+                session.settings.freezeStableSeconds = pick(2) == 0 ? 0.3 : 0.9;
+        }
+        if (pick(3) == 0)
+            session.store->selectRecognitionOption("apple-analyzer-en-gb");
+        session.stop();
+        session.host.advanceBy(20);
+        for (const auto& run : DiagnosticsCatalog(session.files, session.paths).runs())
+            EXPECT_EQ(RunVerification::verify(session.files, run.directory).problem, "");
     }
 }
 

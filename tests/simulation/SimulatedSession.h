@@ -94,7 +94,7 @@ struct WatchedDiagnostics final : SessionDiagnostics {
         entries.push_back(entry);
         onLifecycle(entry);
     }
-    void appendASREvent(const ASREvent& event) override { onASREvent(event); }
+    void appendASREvent(const ASREvent& event, double) override { onASREvent(event); }
     void captionDisplayRefreshed(const CaptionDisplayRefresh& refresh) override {
         refreshes.push_back(refresh.reason);
         onRefresh(refresh.reason);

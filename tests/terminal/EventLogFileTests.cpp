@@ -55,7 +55,7 @@ TEST(EventLogFileTests, NothingIsWrittenOverUnlessTheUserSaysSoAndTheSourceNever
 
     EventLogFile lost(host, "/dev/full", false);
     lost.begin();
-    lost.append(ASREvent::partial("a", 1, 1));
+    lost.append(ASREvent::partial("a", 1, 1), 1);
     EXPECT_THROW(lost.close(), RunFailure);
 }
 

@@ -1,4 +1,4 @@
-#include "TessaruneCore/captions/CorrectionObservationLog.h"
+#include "TessaruneCore/captions/CorrectionObservationRecord.h"
 
 #include "TessaruneCore/text/JSON.h"
 

@@ -1,4 +1,4 @@
-#include "TessaruneCore/captions/BoundaryObservationLog.h"
+#include "TessaruneCore/captions/BoundaryObservationRecord.h"
 
 #include "TessaruneCore/text/JSON.h"
 

@@ -1,0 +1,88 @@
+#include "Tessarune/diagnostics/DiagnosticsRunContents.h"
+
+#include "Tessarune/diagnostics/DiagnosticsRunFiles.h"
+#include "TessaruneCore/text/JSON.h"
+
+#include <algorithm>
+#include <map>
+#include <numeric>
+#include <system_error>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+using SizesByPath = std::map<std::string, std::uint64_t>;
+
+void collectSizes(FileSystem& files, const std::filesystem::path& directory,
+                  const std::string& below, SizesByPath& sizes) {
+    try {
+        for (const std::string& entry : files.list(directory / below)) {
+            const std::string path = below.empty() ? entry : below + "/" + entry;
+            if (files.isDirectory(directory / path))
+                collectSizes(files, directory, path, sizes);
+            else
+                sizes[path] = files.size(directory / path);
+        }
+    } catch (const std::system_error&) { // what can be read counts
+    }
+}
+
+void takeManifest(const JSON::Value& manifest, DiagnosticsRunContents& contents) {
+    const auto text = [&](const char* key) {
+        return JSON::member<std::string>(manifest, key).value_or("");
+    };
+    contents.level = text("diagnosticsLevel");
+    contents.isFull = text("kind") == DiagnosticsRunLayout::fullKind;
+    contents.startedWall = JSON::member<double>(manifest, "startedWall");
+    contents.durationSeconds = JSON::member<double>(manifest, "durationSeconds");
+    contents.isFinished = contents.durationSeconds.has_value();
+    contents.recordingID = text("recordingID");
+    if (const auto summary = manifest.find("summary"); summary != manifest.end())
+        contents.committedSegments =
+            JSON::member<std::int64_t>(*summary, "committedSegmentCount").value_or(0);
+    const auto lost = manifest.find("lostRecords");
+    for (const auto& count : lost == manifest.end() ? JSON::Value::object() : *lost)
+        contents.lostRecords += count.is_number_integer() ? count.get<std::int64_t>() : 0;
+}
+
+} // namespace
+
+DiagnosticsRunContents DiagnosticsRunContents::read(FileSystem& files,
+                                                    const std::filesystem::path& directory) {
+    namespace Layout = DiagnosticsRunLayout;
+    DiagnosticsRunContents contents;
+    contents.id = directory.filename().string();
+    contents.directory = directory;
+    const JSON::Value manifest =
+        JSON::parse(DiagnosticsRunFiles::readManifest(files, directory).value_or(""));
+    std::string optionID;
+    if (manifest.is_object()) {
+        takeManifest(manifest, contents);
+        if (const auto recognition = manifest.find("recognition"); recognition != manifest.end())
+            optionID = JSON::member<std::string>(*recognition, "optionID").value_or("");
+    }
+    SizesByPath sizes;
+    collectSizes(files, directory, "", sizes);
+    for (const Layout::Artifact& artifact : Layout::artifacts()) {
+        if (const auto found = sizes.extract(Layout::path(artifact, optionID)))
+            contents.files.push_back({found.key(), &artifact, found.mapped()});
+    }
+    for (const auto& [path, bytes] : sizes)
+        contents.files.push_back({path, nullptr, bytes});
+    return contents;
+}
+
+std::uint64_t DiagnosticsRunContents::bytes() const {
+    return std::accumulate(files.begin(), files.end(), std::uint64_t{0},
+                           [](std::uint64_t sum, const File& file) { return sum + file.bytes; });
+}
+
+bool DiagnosticsRunContents::has(DiagnosticsRunLayout::Content content) const {
+    return std::ranges::any_of(files, [&](const File& file) {
+        return file.artifact && file.artifact->content == content && file.bytes > 0;
+    });
+}
+
+} // namespace tessarune

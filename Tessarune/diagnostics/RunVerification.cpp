@@ -1,0 +1,102 @@
+#include "Tessarune/diagnostics/RunVerification.h"
+
+#include "Tessarune/diagnostics/DiagnosticsRunLayout.h"
+#include "TessaruneCore/recognition/ASREventLog.h"
+#include "TessaruneCore/replay/CaptionMark.h"
+#include "TessaruneCore/replay/CaptionReplay.h"
+#include "TessaruneCore/text/JSON.h"
+#include "TessaruneCore/text/Localization.h"
+
+#include <algorithm>
+#include <optional>
+#include <stdexcept>
+#include <string_view>
+#include <vector>
+
+namespace tessarune::RunVerification {
+
+namespace {
+
+using Manifest = JSON::Value;
+
+EngineCapabilities capabilitiesIn(const Manifest& recognition) {
+    EngineCapabilities caps;
+    std::string unit;
+    JSON::Reader(recognition)
+        .required("punctuatesNatively", caps.punctuatesNatively)
+        .required("selfSegments", caps.selfSegments)
+        .required("streamsWordByWord", caps.streamsWordByWord)
+        .required("providesWordTimestamps", caps.providesWordTimestamps)
+        .required("isOnline", caps.isOnline)
+        .required("maxUnpunctuatedUnits", caps.maxUnpunctuatedUnits)
+        .required("boundaryUnit", unit);
+    caps.boundaryUnit = boundaryUnit(unit).value_or(caps.boundaryUnit);
+    return caps;
+}
+
+std::vector<ASREventRecord> eventsOf(const Manifest& manifest, FileSystem& files,
+                                     const std::filesystem::path& directory) {
+    namespace Layout = DiagnosticsRunLayout;
+    const auto option = JSON::member<std::string>(manifest.at("recognition"), "optionID");
+    const auto lost = manifest.find("lostRecords");
+    if (lost != manifest.end() && lost->contains("asrEvents"))
+        throw std::runtime_error(localized("Events are missing: the disk was too slow or full."));
+    auto records = ASREventLog::parsed(
+        files.read(directory / Layout::path(Layout::artifact("asrEvents"), option.value_or(""))));
+    const auto ends = [](const ASREventRecord& record) {
+        return captionMark(record) == CaptionMark::ended;
+    };
+    if (std::ranges::none_of(records, ends))
+        throw std::runtime_error(localized("The event log does not reach the end of the session."));
+    return records;
+}
+
+std::string described(std::string_view text, std::string_view kind) {
+    return "\"" + std::string(text) + "\" (" + std::string(kind) + ")";
+}
+
+Result compare(const CaptionCore::Rows& replayed, const Manifest& segments) {
+    Result result;
+    const std::string nothing = localized("nothing");
+    for (std::size_t i = 0; i < std::max(replayed.size(), segments.size()); ++i) {
+        const std::string here =
+            i < replayed.size() ? described(replayed[i].sourceText, name(replayed[i].freezeKind))
+                                : nothing;
+        const std::string there =
+            i < segments.size()
+                ? described(JSON::member<std::string>(segments[i], "text").value_or(""),
+                            JSON::member<std::string>(segments[i], "freezeKind").value_or(""))
+                : nothing;
+        if (here != there) {
+            result.problem = localized("Row %lld: the timeline has %@, the replay %@.",
+                                       {std::to_string(i + 1), there, here});
+            return result;
+        }
+        ++result.rows;
+    }
+    return result;
+}
+
+} // namespace
+
+Result verify(FileSystem& files, const std::filesystem::path& directory) {
+    namespace Layout = DiagnosticsRunLayout;
+    try {
+        const Manifest manifest = JSON::parse(files.read(directory / Layout::manifestFile));
+        if (JSON::member<std::string>(manifest, "kind") != Layout::fullKind)
+            throw std::runtime_error(
+                localized("This run holds no events: its level was \"core\"."));
+        const auto replayed = CaptionReplay::runMarked(eventsOf(manifest, files, directory),
+                                                       capabilitiesIn(manifest.at("recognition")));
+        const Manifest timeline =
+            JSON::parse(files.read(directory / Layout::artifact("timeline").path));
+        Result result = compare(replayed.segments, timeline.at("engines").at(0).at("segments"));
+        for (const CaptionSegment& row : replayed.segments)
+            result.text += row.sourceText + "\n";
+        return result;
+    } catch (const std::exception& error) {
+        return {0, error.what(), {}};
+    }
+}
+
+} // namespace tessarune::RunVerification
