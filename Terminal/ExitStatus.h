@@ -7,6 +7,7 @@ namespace tessarune {
 enum class ExitStatus : int {
     ok = 0,
     usage = 64,
+    differs = 65, ///< a run could not be replayed to the captions that it holds
     unreadableFile = 66,
     noSuchRecording = 67,
     noSuchSource = 68,

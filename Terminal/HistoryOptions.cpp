@@ -6,6 +6,9 @@
 #include <algorithm>
 #include <charconv>
 #include <filesystem>
+#include <iterator>
+#include <string_view>
+#include <utility>
 
 namespace tessarune {
 
@@ -83,17 +86,12 @@ void HistoryOptions::declare(CommandOptions& options) {
     options.detailWord({exports}, "--content", content_, "CONTENT",
                        localized("source, bilingual or translation; by default bilingual where "
                                  "there is a translation"));
-    options.detailWord({exports}, "-o,--output", to_, "PATH",
-                       localized("The file, or - for standard output; by default named by the "
-                                 "note or the date"));
     options.words("--note", note_, "ID TEXT", localized("Set a session's note; - removes it"))
         ->expected(2);
     CLI::Option* const deletes =
         options
             .words("--delete", delete_, "ID", localized("Delete sessions with all their traces"))
             ->expected(1, CLI::detail::expected_max_vector_size);
-    options.detailFlag({exports, deletes}, "--yes", yes_,
-                       localized("Delete, or replace a file, without asking"));
     options.words("--import", import_, "FILE", localized("Import files of sound or film"))
         ->expected(1, CLI::detail::expected_max_vector_size);
     CLI::Option* const refine = options.words(
@@ -106,6 +104,22 @@ void HistoryOptions::declare(CommandOptions& options) {
         options.flag("--usage", usage_, localized("Sum up listening time, sessions and words"));
     options.detailWord({usage}, "--by", usageBy_, "PERIOD",
                        localized("By day (the default), week or month"));
+    CLI::Option* const diagnostics =
+        options
+            .words("--diagnostics", diagnostics_, "COMMAND",
+                   localized("The diagnostics runs of sessions: list, or show, verify, pack, "
+                             "delete and the name of one"))
+            ->expected(1, 2);
+    options.detailFlag({diagnostics}, "--with-text", withText_,
+                       localized("Pack what was said, too"));
+    options.words(
+        "--verify-run", verifyRun_, "DIR",
+        localized("Replay the events of a run and compare the captions with its timeline"));
+    options.detailWord({exports, diagnostics}, "-o,--output", to_, "PATH",
+                       localized("The file to write; by default named by the note, the date or the "
+                                 "run; for an export - is standard output"));
+    options.detailFlag({exports, deletes, diagnostics}, "--yes", yes_,
+                       localized("Delete, or replace a file, without asking"));
 }
 
 std::optional<HistoryCommand> HistoryOptions::command() const {
@@ -129,9 +143,34 @@ std::optional<HistoryCommand> HistoryOptions::command() const {
         return refine_;
     if (!search_.empty())
         return SearchRecordingsCommand{search_};
+    if (!diagnostics_.empty())
+        return diagnosticsCommand();
+    if (!verifyRun_.empty())
+        return DiagnosticsCommand{DiagnosticsCommand::Action::verify, verifyRun_, false, false, {}};
     if (usage_)
         return ShowUsageCommand{usagePeriodKind(usageBy_)};
     return std::nullopt;
+}
+
+DiagnosticsCommand HistoryOptions::diagnosticsCommand() const {
+    using Action = DiagnosticsCommand::Action;
+    constexpr std::pair<std::string_view, Action> words[] = {{"list", Action::list},
+                                                             {"show", Action::show},
+                                                             {"verify", Action::verify},
+                                                             {"delete", Action::remove},
+                                                             {"pack", Action::pack}};
+    const auto* const found = std::ranges::find(words, std::string_view(diagnostics_.front()),
+                                                &std::pair<std::string_view, Action>::first);
+    const bool namesARun = diagnostics_.size() == 2;
+    if (found == std::end(words) || namesARun == (found->second == Action::list))
+        throw UsageProblem(localized("--diagnostics takes list, show RUN, verify RUN, pack RUN or "
+                                     "delete RUN."));
+    const Action action = found->second;
+    if (withText_ && action != Action::pack)
+        throw UsageProblem(localized("%@ needs %@.", {"--with-text", "--diagnostics pack"}));
+    if (!to_.empty() && action != Action::pack)
+        throw UsageProblem(localized("%@ needs %@.", {"--output", "--diagnostics pack"}));
+    return {action, namesARun ? diagnostics_[1] : "", yes_, withText_, to_};
 }
 
 ExportRecordingCommand HistoryOptions::exportCommand() const {

@@ -56,10 +56,22 @@ struct ShowUsageCommand {
     UsagePeriodKind by = UsagePeriodKind::day;
 };
 
+/// What is asked of the diagnostics runs that sessions leave.
+struct DiagnosticsCommand {
+    enum class Action { list, show, verify, remove, pack };
+
+    Action action = Action::list;
+    std::string run; ///< its name, the beginning of it, or the path of its folder
+    bool isCertain = false;
+    bool withText = false; ///< pack what was said, too
+    std::string to;        ///< the archive; empty: named by the run
+};
+
 using HistoryCommand =
     std::variant<ListRecordingsCommand, ShowRecordingCommand, ExportRecordingCommand,
                  SetNoteCommand, DeleteRecordingsCommand, CountWordsCommand, RefineCommand,
-                 ImportFilesCommand, SearchRecordingsCommand, ShowUsageCommand, PlayCommand>;
+                 ImportFilesCommand, SearchRecordingsCommand, ShowUsageCommand, PlayCommand,
+                 DiagnosticsCommand>;
 
 /// The part of the command line that asks for one of them.
 class HistoryOptions {
@@ -71,6 +83,7 @@ class HistoryOptions {
 
   private:
     ExportRecordingCommand exportCommand() const;
+    DiagnosticsCommand diagnosticsCommand() const;
 
     bool list_ = false;
     std::string show_;
@@ -83,6 +96,9 @@ class HistoryOptions {
     std::string to_;
     std::vector<std::string> note_;
     std::vector<std::string> delete_;
+    std::vector<std::string> diagnostics_;
+    std::string verifyRun_;
+    bool withText_ = false;
     bool yes_ = false;
     std::vector<std::string> import_;
     RefineCommand refine_;

@@ -1,5 +1,6 @@
 #include "Terminal/Question.h"
 
+#include "Terminal/CommandOutput.h"
 #include "Terminal/SignalWatch.h"
 #include "TessaruneCore/host/OneShot.h"
 #include "TessaruneCore/text/Localization.h"
@@ -56,6 +57,31 @@ Task<Answer> ask(Host& host, std::string question, Answer byDefault) {
     stop.request_stop();
     reading->sync([] {});
     co_return answer;
+}
+
+Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesystem::path to,
+                                   bool replaces) {
+    if (files.isDirectory(to)) {
+        printProblem(localized("%@ is a folder.", {to.string()}));
+        co_return ExitStatus::cannotWrite;
+    }
+    if (replaces || !files.exists(to))
+        co_return ExitStatus::ok;
+    const std::string text = localized("%@ already exists.", {to.string()});
+    if (!somebodyCanAnswer()) {
+        printProblem(text + " " + localized("--yes replaces it."));
+        co_return ExitStatus::cannotWrite;
+    }
+    Task<Answer> asking = ask(host, text + " " + localized("Replace it?"), Answer::no);
+    switch (co_await asking) {
+    case Answer::yes:
+        co_return ExitStatus::ok;
+    case Answer::no:
+        co_return ExitStatus::cannotWrite;
+    case Answer::interrupted:
+        break;
+    }
+    co_return ExitStatus::stoppedTwice;
 }
 
 } // namespace tessarune

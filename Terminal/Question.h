@@ -1,8 +1,11 @@
 #pragma once
 
+#include "Terminal/ExitStatus.h"
+#include "Tessarune/shell/FileSystem.h"
 #include "TessaruneCore/host/Host.h"
 #include "TessaruneCore/host/Task.h"
 
+#include <filesystem>
 #include <string>
 
 namespace tessarune {
@@ -15,5 +18,10 @@ bool somebodyCanAnswer();
 /// Asks at the terminal and waits; an empty line means `byDefault`, the end of the input means no.
 /// Ctrl-C interrupts. Main queue.
 Task<Answer> ask(Host& host, std::string question, Answer byDefault);
+
+/// Whether a file may be written: it is new, or may be replaced, which is asked unless `replaces`
+/// says so. What is in the way is printed. Main queue.
+Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesystem::path to,
+                                   bool replaces);
 
 } // namespace tessarune

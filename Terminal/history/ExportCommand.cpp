@@ -68,32 +68,6 @@ int tellWhatWasWritten(Program& program, const TerminalOptions& options,
     return status(ExitStatus::ok);
 }
 
-/// Whether the file may be written: it is new, or may be replaced.
-Task<ExitStatus> permission(Program& program, const ExportRecordingCommand& command,
-                            const std::filesystem::path& to) {
-    if (command.replaces || !program.files.exists(to))
-        co_return ExitStatus::ok;
-    if (program.files.isDirectory(to)) {
-        printProblem(localized("%@ is a folder.", {to.string()}));
-        co_return ExitStatus::cannotWrite;
-    }
-    const std::string text = localized("%@ already exists.", {to.string()});
-    if (!somebodyCanAnswer()) {
-        printProblem(text + " " + localized("--yes replaces it."));
-        co_return ExitStatus::cannotWrite;
-    }
-    Task<Answer> asking = ask(program.host, text + " " + localized("Replace it?"), Answer::no);
-    switch (co_await asking) {
-    case Answer::yes:
-        co_return ExitStatus::ok;
-    case Answer::no:
-        co_return ExitStatus::cannotWrite;
-    case Answer::interrupted:
-        break;
-    }
-    co_return ExitStatus::stoppedTwice;
-}
-
 Task<int> write(Program& program, const TerminalOptions& options, HistoryExportRequest request,
                 std::filesystem::path to) {
     std::stop_source stop;
@@ -125,7 +99,8 @@ Task<int> exportTo(Program& program, const TerminalOptions& options,
     }
     const std::filesystem::path to =
         command.to.empty() ? HistoryExport::suggestedFilename(request) : command.to;
-    Task<ExitStatus> permitting = permission(program, command, to);
+    Task<ExitStatus> permitting =
+        permissionToWrite(program.host, program.files, to, command.replaces);
     if (const ExitStatus found = co_await permitting; found != ExitStatus::ok)
         co_return status(found);
     Task<int> writing = write(program, options, std::move(request), to);

@@ -1,5 +1,6 @@
 #include "Terminal/history/HistoryCommands.h"
 
+#include "Terminal/history/DiagnosticsCommands.h"
 #include "Terminal/history/ExportCommand.h"
 #include "Terminal/history/ImportCommand.h"
 #include "Terminal/history/PlayCommand.h"
@@ -50,6 +51,9 @@ struct HistoryDispatch {
     }
     Task<int> operator()(const ShowUsageCommand& command) const {
         return showUsage(program, options, command.by);
+    }
+    Task<int> operator()(const DiagnosticsCommand& command) const {
+        return runDiagnosticsCommand(program, options, command);
     }
 };
 

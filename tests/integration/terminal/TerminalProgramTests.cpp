@@ -177,6 +177,43 @@ TEST_F(TerminalProgramTests, TheSessionIsKeptWithSoundTranscriptAndWordTimes) {
     EXPECT_LE(before, 10.0) << "seconds from the start of the recording";
 }
 
+TEST_F(TerminalProgramTests, ARunOfRealSoundReplaysToItsCaptionsAndIsPackedWithoutThem) {
+    ASSERT_EQ(terminal({"--set", "diagnosticsLevel=standard"}).status, 0);
+    const ProgramRun live = terminal({"--source", file("beckett.wav"), "--quiet"});
+    ASSERT_EQ(live.status, 0) << live.error;
+    const ProgramRun list = terminal({"--diagnostics", "list", "--json"});
+    ASSERT_EQ(lines(list.output).size(), 1u) << list.output;
+    const Json about = Json::parse(list.output);
+    const fs::path run(about["directory"].get<std::string>());
+    const ProgramRun verified = terminal({"--verify-run", run.string(), "--json"});
+    EXPECT_EQ(verified.status, 0) << verified.output;
+    EXPECT_EQ(Json::parse(verified.output)["segments"], lines(live.output).size());
+    EXPECT_EQ(fs::status(run).permissions(), fs::perms::owner_all);
+    for (const auto& entry : fs::recursive_directory_iterator(run))
+        EXPECT_EQ(entry.status().permissions(),
+                  entry.is_directory() ? fs::perms::owner_all
+                                       : fs::perms::owner_read | fs::perms::owner_write)
+            << entry.path();
+
+    const std::string name = about["run"];
+    const ProgramRun packed = terminal({"--diagnostics", "pack", name, "-o", "sent.tar.gz"});
+    EXPECT_EQ(packed.status, 0) << packed.error;
+    const ProgramRun listed = testing::run("/bin/tar", {"-tzf", "sent.tar.gz"}, folder.path(), {});
+    EXPECT_NE(listed.output.find(name + "/perf.csv"), std::string::npos) << listed.output;
+    EXPECT_EQ(listed.output.find("transcript"), std::string::npos) << listed.output;
+    EXPECT_EQ(terminal({"--diagnostics", "pack", name, "-o", "sent.tar.gz"}).status, 73);
+
+    const fs::path log = run / "events/apple-analyzer-en.ndjson";
+    std::string events = contentsOf(log);
+    for (std::size_t at = 0; (at = events.find("\"final\"", at)) != std::string::npos;)
+        events.replace(at, 7, "\"fanal\"");
+    std::ofstream(log) << events;
+    EXPECT_EQ(terminal({"--diagnostics", "verify", name}).status, 65);
+    EXPECT_EQ(terminal({"--diagnostics", "delete", name, "--yes"}).status, 0);
+    EXPECT_FALSE(fs::exists(run));
+    EXPECT_EQ(terminal({"--diagnostics", "show", name}).status, 67);
+}
+
 TEST_F(TerminalProgramTests, ARecordingThatIsTranscribedAgainOrImportedIsNoWorseThanItsCaptions) {
     const std::string reference =
         contentsOf(fs::path(TESSARUNE_TEST_DATA) / "speech/two_cities.txt");

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "Terminal/HistoryOptions.h"
+#include "Terminal/Program.h"
+#include "TessaruneCore/host/Task.h"
+
+namespace tessarune {
+
+/// Lists, shows, verifies, packs or deletes diagnostics runs, and gives the status to end with.
+/// Main queue.
+Task<int> runDiagnosticsCommand(Program& program, const TerminalOptions& options,
+                                DiagnosticsCommand command);
+
+} // namespace tessarune
