@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessarune/ui/settings/SettingsWindow.h"
+#include "tests/simulation/FaultyFileSystem.h"
 #include "tests/support/MemoryUserDefaults.h"
 #include "tests/ui/StagedCaptions.h"
 
@@ -88,7 +89,14 @@ class StagedSettings {
             .languages = languages,
             .translationTest = std::make_shared<TranslationTaskBridge>(
                 TranslationTaskBridge::Environment{captions.host, nullptr, nullptr}),
-            .followDownloadTrouble = [](const auto&) {}});
+            .followDownloadTrouble = [](const auto&) {},
+            .files = files,
+            .paths = {"/data"},
+            .openFolder =
+                [this](const auto& folder) {
+                    opened = folder;
+                    return true;
+                }});
         window->show(pane);
     }
     /// The store was written by another program.
@@ -101,6 +109,8 @@ class StagedSettings {
     ScriptedLanguages languages;
     std::string problem; ///< of the settings file
     std::function<void()> problemChanged;
+    simulation::FaultyFileSystem files;
+    std::filesystem::path opened; ///< in the file manager
     std::unique_ptr<SettingsWindow> window;
 };
 

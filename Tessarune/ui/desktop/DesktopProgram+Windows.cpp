@@ -41,7 +41,7 @@ std::string desktopsWayToTop() {
 /// The windows that open when they are asked for. The menus have an entry for each.
 void DesktopProgram::offerWindows() {
     windows_.offer<SettingsWindow>(DesktopWindows::Kind::settings, [this] {
-        return makeSettingsWindow(application_, session_, motion_.isReduced);
+        return makeSettingsWindow(application_, session_, motion_.isReduced, desktop_);
     });
     windows_.offer<HistoryWindow>(DesktopWindows::Kind::history,
                                   [this] { return makeHistoryWindow(application_, sound_); });

@@ -12,7 +12,8 @@ namespace tessarune {
 
 std::unique_ptr<SettingsWindow> makeSettingsWindow(Application& application,
                                                    ListeningSession& session,
-                                                   const Published<bool>& reducesMotion) {
+                                                   const Published<bool>& reducesMotion,
+                                                   Desktop& desktop) {
     return std::make_unique<SettingsWindow>(SettingsWindowEnvironment{
         .host = application.host,
         .settings = application.settings,
@@ -50,6 +51,12 @@ std::unique_ptr<SettingsWindow> makeSettingsWindow(Application& application,
                         tell(localized("下载受阻：%@ %lld 秒后重试。",
                                        {trouble.reason, std::to_string(seconds)}));
                     };
+            },
+        .files = application.files,
+        .paths = application.paths,
+        .openFolder =
+            [&desktop](const std::filesystem::path& folder) {
+                return desktop.openURL(folder.string());
             }});
 }
 

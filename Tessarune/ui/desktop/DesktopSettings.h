@@ -2,6 +2,7 @@
 
 #include "Tessarune/app/Application.h"
 #include "Tessarune/app/ListeningSession.h"
+#include "Tessarune/shell/Desktop.h"
 #include "Tessarune/ui/settings/SettingsWindow.h"
 
 #include <memory>
@@ -11,6 +12,7 @@ namespace tessarune {
 /// The settings window over what outlives it. Main thread.
 std::unique_ptr<SettingsWindow> makeSettingsWindow(Application& application,
                                                    ListeningSession& session,
-                                                   const Published<bool>& reducesMotion);
+                                                   const Published<bool>& reducesMotion,
+                                                   Desktop& desktop);
 
 } // namespace tessarune

@@ -29,6 +29,7 @@ void registerSettingsTypes() {
         };
         add(static_cast<AboutModel*>(nullptr), "AboutModel");
         add(static_cast<CaptionPreview*>(nullptr), "CaptionPreview");
+        add(static_cast<DiagnosticsRunsModel*>(nullptr), "DiagnosticsRunsModel");
         add(static_cast<ProfilesModel*>(nullptr), "ProfilesModel");
         add(static_cast<ResourcesModel*>(nullptr), "ResourcesModel");
         add(static_cast<SettingRowsModel*>(nullptr), "SettingRowsModel");
@@ -53,7 +54,8 @@ SettingsWindow::SettingsWindow(SettingsWindowEnvironment environment)
       test_(environment_.settings, environment_.translationTest),
       preview_(environment_),
       shortcuts_(environment_.settings),
-      profiles_(environment_) {
+      profiles_(environment_),
+      runs_(environment_) {
     registerSettingsTypes();
     QObject::connect(&test_, &TranslationTestModel::ended, &languages_, &ResourcesModel::refresh);
     observations_.follow(environment_.settings.changesFromElsewhere, [this] {
@@ -71,6 +73,7 @@ SettingsWindow::SettingsWindow(SettingsWindowEnvironment environment)
                                   {"preview", QVariant::fromValue(&preview_)},
                                   {"shortcuts", QVariant::fromValue(&shortcuts_)},
                                   {"profiles", QVariant::fromValue(&profiles_)},
+                                  {"runs", QVariant::fromValue(&runs_)},
                                   {"about", QVariant::fromValue(&about_)}});
     engine_.load(QUrl(QStringLiteral("qrc:/settings/SettingsWindow.qml")));
     if (engine_.rootObjects().isEmpty())

@@ -3,6 +3,7 @@
 #include "Tessarune/ui/captions/WindowPlace.h"
 #include "Tessarune/ui/settings/AboutModel.h"
 #include "Tessarune/ui/settings/CaptionPreview.h"
+#include "Tessarune/ui/settings/DiagnosticsRunsModel.h"
 #include "Tessarune/ui/settings/ProfilesModel.h"
 #include "Tessarune/ui/settings/ResourcesModel.h"
 #include "Tessarune/ui/settings/SettingsWindowEnvironment.h"
@@ -30,6 +31,7 @@ class SettingsWindow {
     /// Raised and active; with the pane of this name, or where it was.
     void show(const std::string& pane = {});
     QQuickWindow& window() { return *window_; }
+    const DiagnosticsRunsModel& runs() const { return runs_; }
     SettingsWindowModel& model() { return model_; }
     ResourcesModel& models() { return models_; }
     ShortcutsModel& shortcuts() { return shortcuts_; }
@@ -43,6 +45,7 @@ class SettingsWindow {
     CaptionPreview preview_;
     ShortcutsModel shortcuts_;
     ProfilesModel profiles_;
+    DiagnosticsRunsModel runs_;
     AboutModel about_;
     QQmlApplicationEngine engine_;
     QQuickWindow* window_ = nullptr; // the engine's

@@ -2,10 +2,13 @@
 
 #include "Tessarune/session/SessionView.h"
 #include "Tessarune/shell/AppSettings.h"
+#include "Tessarune/shell/FileSystem.h"
+#include "Tessarune/shell/TessarunePaths.h"
 #include "Tessarune/translation/TranslationTaskBridge.h"
 #include "Tessarune/ui/settings/SettingsResources.h"
 #include "TessaruneCore/host/Host.h"
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -36,6 +39,11 @@ struct SettingsWindowEnvironment {
     std::shared_ptr<TranslationTaskBridge> translationTest;
     /// From now on calls back with why a download gets nowhere; an empty one ends it.
     std::function<void(std::function<void(const std::string& text)>)> followDownloadTrouble;
+    /// Where the diagnostics runs are.
+    FileSystem& files;
+    TessarunePaths paths;
+    /// Shows a folder in the desktop's file manager; false if it cannot.
+    std::function<bool(const std::filesystem::path& folder)> openFolder;
 };
 
 } // namespace tessarune

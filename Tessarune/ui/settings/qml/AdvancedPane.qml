@@ -7,6 +7,7 @@ ScrollArea {
 
     required property SettingsWindowModel model
     required property ProfilesModel profiles
+    required property DiagnosticsRunsModel runs
 
     PaneTitle {
         text: root.model.paneTitle
@@ -97,5 +98,10 @@ ScrollArea {
         model: root.model
         rows: root.model.rows
         isFirst: false
+    }
+
+    DiagnosticsRuns {
+        width: parent.width
+        runs: root.runs
     }
 }

@@ -13,6 +13,7 @@ Window {
     required property CaptionPreview preview
     required property ShortcutsModel shortcuts
     required property ProfilesModel profiles
+    required property DiagnosticsRunsModel runs
     required property AboutModel about
 
     title: model.texts.title
@@ -140,6 +141,7 @@ Window {
         AdvancedPane {
             model: window.model
             profiles: window.profiles
+            runs: window.runs
         }
     }
 

@@ -1,0 +1,77 @@
+#pragma once
+
+#include "Tessarune/diagnostics/DiagnosticsRunContents.h"
+#include "Tessarune/ui/settings/SettingsWindowEnvironment.h"
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/observation/Observations.h"
+
+#include <QObject>
+#include <QString>
+#include <QVariantList>
+#include <QVariantMap>
+#include <functional>
+#include <memory>
+#include <string_view>
+#include <vector>
+
+namespace tessarune {
+
+/// The diagnostics runs that sessions left: what each holds, its replay, its folder, its end.
+///
+/// Main thread; runs are read, replayed and removed on a queue of low priority. The environment
+/// outlives it.
+class DiagnosticsRunsModel final : public QObject {
+    Q_OBJECT
+    /// The newest first: "title", "about", "holds", "canReplay", "canRemove".
+    Q_PROPERTY(QVariantList runs READ runs NOTIFY listChanged)
+    Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY listChanged)
+    /// What the last replay gave: the captions, and whether they are those of the session.
+    Q_PROPERTY(QString replay READ replay NOTIFY told)
+    Q_PROPERTY(QString message READ message NOTIFY told)
+    Q_PROPERTY(bool isGood READ isGood NOTIFY told)
+    Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
+
+  public:
+    explicit DiagnosticsRunsModel(const SettingsWindowEnvironment& environment);
+    ~DiagnosticsRunsModel() override;
+
+    QVariantList runs() const;
+    bool isEmpty() const { return isRead_ && runs_.empty(); }
+    QString replay() const { return replay_; }
+    QString message() const { return message_; }
+    bool isGood() const { return isGood_; }
+    QVariantMap texts() const;
+
+    /// Reads what there is now.
+    Q_INVOKABLE void refresh();
+    Q_INVOKABLE void replayRun(int row);
+    Q_INVOKABLE void openFolder(int row);
+    Q_INVOKABLE void remove(int row);
+
+  Q_SIGNALS:
+    void listChanged();
+    void told();
+
+  private:
+    struct Link {
+        DiagnosticsRunsModel* model;
+    };
+    using Apply = std::function<void(DiagnosticsRunsModel&)>;
+
+    const DiagnosticsRunContents* at(int row) const;
+    /// `work` runs on the queue, what it returns on the main thread, unless the window is closed.
+    void inBackground(std::function<Apply()> work);
+    void tell(const QString& message, bool isGood);
+
+    const SettingsWindowEnvironment& environment_;
+    const std::shared_ptr<SerialQueue> queue_;
+    const std::shared_ptr<Link> link_;
+    std::vector<DiagnosticsRunContents> runs_;
+    bool isRead_ = false;
+    QString replay_;
+    QString message_;
+    bool isGood_ = true;
+    Observations observations_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,123 @@
+import QtQuick
+import Tessarune
+import "qrc:/controls"
+
+// What sessions left for diagnosis.
+Column {
+    id: root
+
+    required property DiagnosticsRunsModel runs
+
+    Component.onCompleted: runs.refresh()
+
+    SectionTitle {
+        width: parent.width
+        text: root.runs.texts.title
+    }
+    Label {
+        width: parent.width
+        visible: root.runs.isEmpty
+        text: root.runs.texts.none
+        color: Theme.quiet
+    }
+    Label {
+        width: parent.width
+        visible: text !== ""
+        text: root.runs.message
+        color: root.runs.isGood ? Theme.good : Theme.trouble
+        Accessible.role: Accessible.AlertMessage
+    }
+    Label {
+        width: parent.width
+        visible: text !== ""
+        bottomPadding: Math.round(Theme.body * 0.6)
+        text: root.runs.replay
+        textFormat: Text.PlainText
+        maximumLineCount: 12
+        elide: Text.ElideRight
+        font.pixelSize: Theme.small
+    }
+
+    Repeater {
+        model: root.runs.runs
+
+        Item {
+            id: row
+
+            required property int index
+            required property var modelData
+            property bool isAsking: false
+
+            width: root.width
+            height: texts.height + actions.height + Math.round(Theme.body * 1.3)
+
+            Rectangle {
+                visible: row.index > 0
+                width: parent.width
+                height: 1
+                color: Theme.line
+            }
+
+            Column {
+                id: texts
+                y: Math.round(Theme.body * 0.5)
+                width: parent.width
+                spacing: 2
+
+                Label {
+                    width: parent.width
+                    text: row.modelData.title
+                }
+                Label {
+                    width: parent.width
+                    text: row.modelData.about
+                    color: Theme.quiet
+                    font.pixelSize: Theme.small
+                }
+                Label {
+                    width: parent.width
+                    visible: text !== ""
+                    text: row.modelData.holds
+                    color: Theme.quiet
+                    font.pixelSize: Theme.small
+                }
+            }
+
+            Row {
+                id: actions
+                anchors { left: parent.left; top: texts.bottom; topMargin: Math.round(Theme.body * 0.3) }
+                spacing: Math.round(Theme.body * 0.5)
+
+                PushButton {
+                    objectName: "control"
+                    property string name: text + ": " + row.modelData.title
+                    visible: row.modelData.canReplay
+                    text: root.runs.texts.replay
+                    Accessible.name: name
+                    onClicked: root.runs.replayRun(row.index)
+                }
+                PushButton {
+                    objectName: "control"
+                    property string name: text + ": " + row.modelData.title
+                    text: root.runs.texts.open
+                    Accessible.name: name
+                    onClicked: root.runs.openFolder(row.index)
+                }
+                PushButton {
+                    objectName: "control"
+                    property string name: text + ": " + row.modelData.title
+                    enabled: row.modelData.canRemove
+                    isPlain: true
+                    text: row.isAsking ? root.runs.texts.sure : root.runs.texts.remove
+                    Accessible.name: name
+                    onClicked: {
+                        if (row.isAsking)
+                            root.runs.remove(row.index);
+                        row.isAsking = !row.isAsking;
+                    }
+                    onActiveFocusChanged: if (!activeFocus) row.isAsking = false
+                }
+            }
+        }
+    }
+}
