@@ -31,7 +31,8 @@ std::size_t heapBytes(const std::string& text) {
 
 } // namespace
 
-LongSession::LongSession(std::filesystem::path sound, double seconds, bool makesM4A)
+LongSession::LongSession(std::filesystem::path sound, double seconds, bool makesM4A,
+                         const MakeDiagnostics& makeDiagnostics)
     : host_(startTime),
       paths_{folder_.path()},
       logger_(host_, files_, paths_),
@@ -49,7 +50,7 @@ LongSession::LongSession(std::filesystem::path sound, double seconds, bool makes
       permissions_(host_, server_, defaults_, SystemAuthorization::ofServer(host_, server_)),
       hour_(HourLog::make(HourLog::Language::english)) {
     settings_.recordLosslessAudio = !makesM4A;
-    makeStore();
+    makeStore(makeDiagnostics);
 }
 
 LongSession::~LongSession() {
@@ -57,7 +58,7 @@ LongSession::~LongSession() {
     host_.runUntilIdle(host_.now() + longestStop);
 }
 
-void LongSession::makeStore() {
+void LongSession::makeStore(const MakeDiagnostics& makeDiagnostics) {
     struct Watch final : SessionDiagnostics {
         explicit Watch(LongSession& its) : session(its) {}
         void lifecycle(const LifecycleEntry& entry) override { session.noteStep(entry); }
@@ -74,7 +75,9 @@ void LongSession::makeStore() {
                                                   makeSwresampleConverter),
          .compressor = compressor_,
          .translation = {},
-         .diagnostics = std::make_shared<Watch>(*this),
+         .diagnostics = makeDiagnostics
+                            ? makeDiagnostics(host_, files_, paths_, settings_, logger_, catalog_)
+                            : std::make_shared<Watch>(*this),
          .scheduleHistoryRefinement = [](const auto&) {},
          .returnMemory = [] { malloc_trim(0); }});
 }

@@ -12,6 +12,7 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -23,9 +24,15 @@ namespace tessarune {
 /// on the caller's thread, so what a step costs is the time that passes while it runs.
 class LongSession {
   public:
+    /// Makes who watches the session, from what the session has.
+    using MakeDiagnostics = std::function<std::shared_ptr<SessionDiagnostics>(
+        Host& host, FileSystem& files, const TessarunePaths& paths, AppSettings& settings,
+        TessaruneFileLogger& logger, RecordingCatalog& catalog)>;
+
     /// The session lasts for at most `seconds` and listens to `sound` until then. Without an M4A
-    /// it leaves the WAV that it recorded.
-    LongSession(std::filesystem::path sound, double seconds, bool makesM4A);
+    /// it leaves the WAV that it recorded. Only where nobody else watches it, `steps` are known.
+    LongSession(std::filesystem::path sound, double seconds, bool makesM4A,
+                const MakeDiagnostics& makeDiagnostics = nullptr);
     ~LongSession();
 
     /// Begins to listen. Throws if that fails.
@@ -50,9 +57,12 @@ class LongSession {
         double processor = 0; ///< seconds
     };
     const std::vector<Step>& steps() const { return steps_; }
+    /// With what it leaves on the disk.
+    const TessarunePaths& paths() const { return paths_; }
+    FileSystem& files() { return files_; }
 
   private:
-    void makeStore();
+    void makeStore(const MakeDiagnostics& makeDiagnostics);
     void say(const ASREventRecord& record);
     void noteStep(const SessionDiagnostics::LifecycleEntry& entry);
 
