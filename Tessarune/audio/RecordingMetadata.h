@@ -30,6 +30,9 @@ struct RecordingMetadata {
     /// which stay right when somebody sets the clock. Never stored; absent in what was read back.
     std::optional<double> monotonicStart;
 
+    /// Whether it came from a file of somebody else's: its format is a bare extension.
+    bool isImport() const { return audioFormat && audioFormat->find('/') == std::string::npos; }
+
     bool operator==(const RecordingMetadata&) const = default;
 };
 

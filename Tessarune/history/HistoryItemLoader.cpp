@@ -25,12 +25,14 @@ std::optional<std::int64_t> sizeOf(FileSystem& files, const std::filesystem::pat
 std::optional<RecordingMetadata> normalizedRecording(RecordingMetadata recording,
                                                      FileSystem& files) {
     const std::filesystem::path audio(recording.filePath);
-    if (!files.exists(audio))
+    if (!files.exists(audio) || files.isDirectory(audio))
         return std::nullopt;
     if (const auto size = sizeOf(files, audio))
         recording.byteCount = *size;
     const std::string extension = Text::lowercased(audio.extension().string());
-    if (extension == ".wav" || extension == ".pcm" || recording.byteCount > emptyCompressedSize)
+    // An import is as short as it is; of our own that size means that nothing was compressed.
+    if (extension == ".wav" || extension == ".pcm" || recording.isImport() ||
+        recording.byteCount > emptyCompressedSize)
         return recording;
     return std::nullopt;
 }

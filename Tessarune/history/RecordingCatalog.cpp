@@ -103,7 +103,9 @@ bool RecordingCatalog::wasDeleted(const UUID& id) {
 }
 
 void RecordingCatalog::removeOwned(const RecordingMetadata& recording, Runs runs) {
-    const auto audio = audioArtifactURLs(recording);
+    auto audio = audioArtifactURLs(recording);
+    // An entry that others wrote must not cost a whole folder.
+    std::erase_if(audio, [&](const auto& url) { return files_.isDirectory(url); });
     std::set<std::string> tokens;
     for (const auto& url : audio)
         tokens.insert({url.string(), url.filename().string()});

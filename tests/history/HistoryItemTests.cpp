@@ -27,6 +27,14 @@ TEST_F(HistoryItemTests, ListsWhatHasSoundWithItsTrueSize) {
             expected += std::string(c.name) + " " + std::to_string(c.size) + "\n";
     }
     disk.remove(paths.recordings() / "missing.wav");
+    auto shortImport = recording(2, "8.opus", makeID());
+    shortImport.audioFormat = "opus";
+    disk.setContents(shortImport.filePath, "x");
+    catalog.upsert(shortImport);
+    expected += "8.opus 1\n";
+    auto folder = recording(1, "", makeID());
+    folder.filePath = paths.recordings();
+    catalog.upsert(folder);
     std::string listed;
     for (const auto& item : HistoryItemLoader::load(catalog, disk))
         listed += std::filesystem::path(*item.filePath).filename().string() + " " +

@@ -221,6 +221,12 @@ TEST_F(RecordingCatalogTests, DeletingTakesAllThatIsTheRecordings) {
     EXPECT_FALSE(catalog.upsert(foreign)) << "a recorder that still closes its file";
     EXPECT_EQ(catalog.recordings().size(), 1U);
 
+    auto damaged = recording(40, "", makeID()); // an entry that others wrote
+    damaged.filePath = paths.recordings();
+    catalog.upsert(damaged);
+    EXPECT_TRUE(catalog.deleteRecording(damaged.id));
+    EXPECT_EQ(disk.list(paths.recordings()), std::vector<std::string>{"20251009-110000.wav"});
+
     ASSERT_TRUE(catalog.deleteAll());
     EXPECT_TRUE(disk.list(paths.logs()).empty() && !hasSidecars(other));
     EXPECT_FALSE(catalog.upsert(recording(10, "other.wav", other))) << "of a session that runs on";
