@@ -55,6 +55,8 @@ class ImportRun {
         const HistoryRefinementOutcome outcome = co_await transcribing;
         if (statusOf(outcome) == ExitStatus::stoppedTwice) {
             program_.catalog.deleteRecording(recording->id);
+            Task<void> erasing = program_.search.eraseTraces();
+            co_await erasing;
             co_return ExitStatus::stoppedTwice;
         }
         tellImported(file, recording->id, outcome);

@@ -91,14 +91,18 @@ Task<int> deleteRecordings(Program& program, const TerminalOptions& options,
         if (const auto answer = co_await asking)
             co_return *answer;
     }
+    ExitStatus status = ExitStatus::ok;
     for (const auto& item : items) {
         if (!program.catalog.deleteRecording(item.id)) {
             printProblem(localized("%@ could not be deleted.", {item.id.text()}));
-            co_return static_cast<int>(ExitStatus::cannotWrite);
+            status = ExitStatus::cannotWrite;
+            break;
         }
         tellChange(options, "deleted", item, localized("Deleted: %@", {recordingRow(item, {})}));
     }
-    co_return static_cast<int>(ExitStatus::ok);
+    Task<void> erasing = program.search.eraseTraces();
+    co_await erasing;
+    co_return static_cast<int>(status);
 }
 
 } // namespace tessarune

@@ -178,6 +178,8 @@ RecordingRepair::Report Application::prepare() {
          isOurs ? std::function([this] { pruneDiagnosticsOnLaunch(); }) : nullptr});
     if (recording.hasDataFolder() && recording.recordsSessions() && !*settings.recordLosslessAudio)
         compressor.compressLeftovers();
+    if (isOurs)
+        spawn(Executor::main(host), search.eraseTraces());
     return report;
 }
 

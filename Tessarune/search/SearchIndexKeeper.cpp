@@ -115,12 +115,17 @@ bool SearchIndexKeeper::step() {
         readSome();
         return true;
     }
-    bool isMore = false;
-    if (index_)
-        overIndex([&](SearchIndex& index) { isMore = index.eraseTraces(); });
+    const bool isMore = eraseSome();
     if (!wasChecked_) // it was damaged
         check();
     return isMore || !outdated_.empty();
+}
+
+bool SearchIndexKeeper::eraseSome() {
+    bool isMore = false;
+    if (wasChecked_ && index_)
+        overIndex([&](SearchIndex& index) { isMore = index.eraseTraces(); });
+    return isMore;
 }
 
 void SearchIndexKeeper::readSome() {

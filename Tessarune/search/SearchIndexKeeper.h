@@ -35,6 +35,8 @@ class SearchIndexKeeper {
     /// Does a part of what is left to do, some hundredths of a second of it; false once there is
     /// nothing.
     bool step();
+    /// Of that, erases a part of what was deleted; false once nothing of it is left.
+    bool eraseSome();
 
     struct State {
         std::size_t done = 0; ///< of the recordings that had to be read since the last check

@@ -70,6 +70,8 @@ TranscriptSearch::TranscriptSearch(Host& host, FileSystem& files, const Recordin
 
 TranscriptSearch::~TranscriptSearch() {
     worker_->isStopping = true;
+    if (queue_)
+        queue_->sync([] {}); // what runs there needs what the program takes down next
 }
 
 Executor TranscriptSearch::onQueue() {
@@ -119,6 +121,17 @@ Task<void> TranscriptSearch::bringUpToDate(Progress progress) {
         if (progress)
             progress(state);
     }
+}
+
+Task<void> TranscriptSearch::eraseTraces() {
+    if (!queue_)
+        co_return; // there is no index
+    const auto worker = worker_;
+    const Executor executor = onQueue();
+    co_await runOn(executor, [&] { worker->keeper.check(); });
+    for (bool isMore = true; isMore;)
+        isMore = co_await runOn(executor,
+                                [&] { return !worker->isStopping && worker->keeper.eraseSome(); });
 }
 
 Task<std::vector<std::optional<SearchExcerpt>>>

@@ -51,6 +51,10 @@ class TranscriptSearch {
     /// For a search that is to be complete. `progress` is called on the main queue.
     Task<void> bringUpToDate(Progress progress);
 
+    /// Resumes when nothing of deleted recordings is left in the index, also of what an earlier run
+    /// did not get to.
+    Task<void> eraseTraces();
+
     /// What stands around the first match of each recording, of its source or else its translation.
     Task<std::vector<std::optional<SearchExcerpt>>> excerpts(SearchQuery query,
                                                              std::vector<UUID> recordings);

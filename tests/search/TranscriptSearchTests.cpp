@@ -103,6 +103,14 @@ TEST(TranscriptSearchTests, FollowsWhatIsSavedChangedAndDeleted) {
     EXPECT_EQ(on.found("secretword"), "");
     EXPECT_FALSE(on.holds("secretword"));
     EXPECT_EQ(on.found("sat"), "0");
+
+    EXPECT_TRUE(on.holds("flew"));
+    on.search.reset(); // a program that ends before it gets to it
+    on.catalog.deleteRecording(on.ids[1]);
+    on.start();
+    spawn(Executor::main(on.host), on.search->eraseTraces());
+    on.host.runUntilIdle();
+    EXPECT_FALSE(on.holds("flew"));
 }
 
 TEST(TranscriptSearchTests, ADamagedIndexIsMadeAnew) {
