@@ -127,6 +127,7 @@ TEST_F(MediaFileTests, WhatCannotBePlayedIsNamedAndSaid) {
         {write("garbage.mp4", garbage),
          {Kind::notMedia, Kind::noAudioTrack, Kind::damaged, Kind::unsupported}},
         {write("text.txt", "These are words.\n"), {Kind::notMedia, Kind::noAudioTrack}},
+        {write("text.mp3", "These are words.\n"), {Kind::notMedia}},
         {write("rate.wav", wavBytes(tone(0.1, 16000), -16000)),
          {Kind::unsupported, Kind::notMedia, Kind::damaged}},
     };

@@ -71,7 +71,9 @@ void FileInput::openContainer(const std::filesystem::path& path) {
     const int opened = avformat_open_input(&raw, path.c_str(), nullptr, nullptr);
     if (opened == AVERROR_EXIT)
         fail(Kind::cancelled, path, words(opened));
-    if (opened == AVERROR_INVALIDDATA || opened == AVERROR_EOF)
+    // Formats that are chosen by the file's extension refuse others so.
+    const bool isRefused = isRegular_ && opened == AVERROR(EINVAL);
+    if (opened == AVERROR_INVALIDDATA || opened == AVERROR_EOF || isRefused)
         fail(Kind::notMedia, path, localized("is not a sound file of a known format"));
     if (opened < 0)
         fail(Kind::cannotOpen, path, words(opened));
