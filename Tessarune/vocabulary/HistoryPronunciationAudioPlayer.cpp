@@ -1,6 +1,7 @@
 #include "Tessarune/vocabulary/HistoryPronunciationAudioPlayer.h"
 
 #include "Tessarune/vocabulary/VocabularyAddresses.h"
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/Text.h"
 
@@ -44,6 +45,11 @@ std::optional<std::string> fetchAudioData(const WebFetch& fetch,
     return std::nullopt;
 }
 
+void logFailure(const std::exception& error) {
+    TessaruneLog::storage.notice(
+        [&] { return std::string("A word cannot be heard: ") + error.what(); });
+}
+
 } // namespace
 
 struct HistoryPronunciationAudioPlayer::State {
@@ -79,9 +85,13 @@ Task<void> HistoryPronunciationAudioPlayer::State::run(std::shared_ptr<State> st
                                                        VocabularyPronunciationSource source,
                                                        std::string word, std::string key,
                                                        std::stop_token stop) {
-    std::optional<std::string> sound =
-        co_await runOn(Executor::queue(state->host, state->queue),
-                       [&] { return fetchAudioData(state->fetch, source, word, stop); });
+    std::optional<std::string> sound;
+    try {
+        sound = co_await runOn(Executor::queue(state->host, state->queue),
+                               [&] { return fetchAudioData(state->fetch, source, word, stop); });
+    } catch (const std::exception& error) { // without a network there is no sound, either
+        logFailure(error);
+    }
     if (stop.stop_requested())
         co_return;
     state->loadingKey = std::nullopt;
@@ -90,13 +100,19 @@ Task<void> HistoryPronunciationAudioPlayer::State::run(std::shared_ptr<State> st
     state->stopPlaying();
     state->activeKey = key;
     const std::weak_ptr<State> weakState = state;
-    state->stopPlayer = state->playSound(std::move(*sound), [weakState, number = state->sound] {
+    const auto ended = [weakState, number = state->sound] {
         const auto current = weakState.lock();
         if (!current || current->sound != number)
             return;
         current->stopPlayer = {};
         current->activeKey = std::nullopt;
-    });
+    };
+    try {
+        state->stopPlayer = state->playSound(std::move(*sound), ended);
+    } catch (const std::exception& error) { // what came was no sound, or cannot be played here
+        logFailure(error);
+        ended();
+    }
 }
 
 HistoryPronunciationAudioPlayer::HistoryPronunciationAudioPlayer(Host& host, WebFetch fetch,

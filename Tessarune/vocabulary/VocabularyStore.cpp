@@ -82,15 +82,31 @@ void VocabularyStore::load() {
         save();
 }
 
+/// Where a file that cannot be read is kept, beside those of earlier times.
+std::filesystem::path VocabularyStore::freeAside() {
+    const std::string first = fileURL_.string() + ".unreadable";
+    std::string name = first;
+    for (int i = 2; files_.exists(name); ++i)
+        name = first + "-" + std::to_string(i);
+    return name;
+}
+
 void VocabularyStore::save() {
     try {
         files_.createDirectories(fileURL_.parent_path());
-        if (fileIsUnreadable_ && files_.exists(fileURL_))
-            files_.rename(fileURL_, fileURL_.string() + ".unreadable");
-        fileIsUnreadable_ = false;
         const JSON::Value object{{"masteredWords", *masteredWords_},
                                  {"favoriteWords", *favoriteWords_}};
-        files_.writeAtomically(fileURL_, JSON::pretty(object).value_or("{}"));
+        const std::string text = JSON::pretty(object).value_or("{}");
+        if (!fileIsUnreadable_) {
+            files_.writeAtomically(fileURL_, text);
+            return;
+        }
+        const std::filesystem::path next = fileURL_.string() + ".next";
+        files_.writeAtomically(next, text);
+        if (files_.exists(fileURL_))
+            files_.rename(fileURL_, freeAside());
+        files_.rename(next, fileURL_);
+        fileIsUnreadable_ = false;
     } catch (const std::exception& error) {
         TessaruneLog::storage.fault(
             [&] { return std::string("Vocabulary save failed: ") + error.what(); });

@@ -43,6 +43,7 @@ class VocabularyStore {
   private:
     void load();
     void save();
+    std::filesystem::path freeAside();
     void add(Published<Words>& words, std::string_view word);
     void remove(Published<Words>& words, std::string_view word);
 

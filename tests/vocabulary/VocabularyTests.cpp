@@ -53,8 +53,15 @@ TEST(VocabularyTests, ADamagedFileIsKeptAsideAndAFailedSaveLosesNothingInMemory)
         VocabularyStore store(disk, vocabularyPaths);
         EXPECT_TRUE(store.favoriteWords()->empty());
         EXPECT_EQ(disk.contentsOf(vocabularyFile), damaged);
+        disk.setContents("/data/Vocabulary.json.unreadable", "earlier");
+        disk.refused = "Vocabulary.json.next";
+        store.addFavorite("lost");
+        EXPECT_EQ(disk.contentsOf(vocabularyFile), damaged);
+        disk.recover();
+        store.removeFavorite("lost");
         store.addFavorite("word");
-        EXPECT_EQ(disk.contentsOf("/data/Vocabulary.json.unreadable"), damaged);
+        EXPECT_EQ(disk.contentsOf("/data/Vocabulary.json.unreadable"), "earlier");
+        EXPECT_EQ(disk.contentsOf("/data/Vocabulary.json.unreadable-2"), damaged);
         EXPECT_EQ(*VocabularyStore(disk, vocabularyPaths).favoriteWords(), Words{"word"});
     }
     simulation::FaultyFileSystem disk;
@@ -106,6 +113,7 @@ TEST(VocabularyTests, AWordIsFetchedWhenItIsAskedForAndHeardOnce) {
     std::map<std::string, WebAnswer> web{
         {"https://dict.youdao.com/dictvoice?audio=one&type=2", {"audio/mpeg", "ONE"}},
         {"https://dict.youdao.com/dictvoice?audio=page&type=2", {"text/html", "<html>"}},
+        {"https://dict.youdao.com/dictvoice?audio=bad&type=2", {"audio/mpeg", "BAD"}},
         {"https://dictionary.cambridge.org/dictionary/english/two",
          {"text/html", R"(src="/media/english/us_pron/x/two.mp3")"}},
         {"https://dictionary.cambridge.org/media/english/us_pron/x/two.mp3", {"audio/mp3", "TWO"}},
@@ -118,10 +126,14 @@ TEST(VocabularyTests, AWordIsFetchedWhenItIsAskedForAndHeardOnce) {
         [&](const std::string& url, const std::string& userAgent, const std::stop_token&) {
             EXPECT_EQ(userAgent, "Mozilla/5.0 Tessarune");
             asked.push_back(url);
+            if (url.find("broken") != std::string::npos)
+                throw std::runtime_error("no network library");
             const auto found = web.find(url);
             return found == web.end() ? std::nullopt : std::optional(found->second);
         },
         [&](const std::string& bytes, Block onEnd) {
+            if (bytes == "BAD")
+                throw std::runtime_error("no sound server");
             heard.push_back(bytes);
             ends.push_back(std::move(onEnd));
             return Block([&heard] { heard.emplace_back("stop"); });
@@ -149,6 +161,11 @@ TEST(VocabularyTests, AWordIsFetchedWhenItIsAskedForAndHeardOnce) {
     player.play(Source::youdaoUS, "one"); // a second time: stops
     EXPECT_EQ(*player.activeKey(), Key());
     EXPECT_EQ(heard, (std::vector<std::string>{"TWO", "ONE", "stop"}));
+    for (const char* word : {"broken", "bad"}) {
+        player.play(Source::youdaoUS, word);
+        host.runUntilIdle();
+        EXPECT_TRUE(!*player.loadingKey() && !*player.activeKey()) << word;
+    }
 }
 
 } // namespace tessarune::testing
