@@ -7,6 +7,7 @@
 #include "Terminal/history/RecordingChoice.h"
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/TextColumns.h"
 
 #include <nlohmann/json.hpp>
 #include <unistd.h>
@@ -44,8 +45,10 @@ ExitStatus statusOf(HistoryExportError::Kind kind) {
                                                     : ExitStatus::unreadableFile;
 }
 
-/// The document, unlike everything else that is printed, as it is.
-int writeToStandardOutput(const std::string& bytes) {
+/// The document, as it is unless a terminal would take orders from it: the name of an imported file
+/// is a note.
+int writeToStandardOutput(const std::string& document) {
+    const std::string& bytes = isatty(STDOUT_FILENO) ? Text::printable(document) : document;
     std::fwrite(bytes.data(), 1, bytes.size(), stdout);
     return status(ExitStatus::ok);
 }

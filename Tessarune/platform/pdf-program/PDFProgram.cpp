@@ -4,9 +4,11 @@
 #include "TessaruneCore/text/SystemErrors.h"
 #include "TessaruneCore/text/Text.h"
 
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/mman.h>
+#include <sys/pidfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -98,6 +100,28 @@ class Surroundings {
     posix_spawnattr_t attributes_;
 };
 
+/// Waits for the end of a process. One that hangs is killed: others wait behind this one.
+int endOf(pid_t process) {
+    constexpr int longestMilliseconds = 180'000; // eight hours of text take some seconds
+    const int handle = ::pidfd_open(process, 0);
+    pollfd ending{handle, POLLIN, 0};
+    int ended = 1; // without a handle it is waited for as long as it takes
+    while (handle >= 0 && (ended = ::poll(&ending, 1, longestMilliseconds)) < 0 && errno == EINTR) {
+    }
+    if (handle >= 0)
+        ::close(handle);
+    if (ended == 0)
+        ::kill(process, SIGKILL);
+    int status = 0;
+    while (::waitpid(process, &status, 0) < 0) {
+        if (errno != EINTR)
+            failWith(errno);
+    }
+    if (ended == 0)
+        failWith(ETIMEDOUT);
+    return status;
+}
+
 std::filesystem::path program() {
     std::error_code failed;
     const auto self = std::filesystem::read_symlink("/proc/self/exe", failed);
@@ -116,11 +140,7 @@ std::string pdf(const HistoryTranscriptPDFDocument& document) {
     MemoryStream errors("tessarune-pdf-errors");
     input.fill(document.encoded());
     const pid_t process = Surroundings(input.file(), output.file(), errors.file()).start(program());
-    int status = 0;
-    while (::waitpid(process, &status, 0) < 0) {
-        if (errno != EINTR)
-            failWith(errno);
-    }
+    const int status = endOf(process);
     std::string bytes = output.content();
     if (status == 0 && bytes.starts_with("%PDF"))
         return bytes;
