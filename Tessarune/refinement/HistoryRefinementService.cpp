@@ -148,17 +148,24 @@ Task<void> HistoryRefinementService::run(JobPtr job) {
         job->observer->lifecycle({span, Observer::Lifecycle::Phase::start, fields, {}, {}});
     }
     std::exception_ptr failure;
+    bool isDeleted = false;
     try {
         Task<void> refining = refineSource(job);
         co_await refining;
     } catch (const RecordingDeleted&) {
-        job->outcome.status = Outcome::Status::deleted;
-        LogFields fields{{"reason", "recordingDeleted"}};
-        job->note("history.refine.source.skipped", fields.add(job->recording()));
+        isDeleted = true;
     } catch (const CancellationError&) {
         job->outcome.status = Outcome::Status::cancelled;
     } catch (...) {
-        failure = std::current_exception();
+        // A file that is gone with its recording is no failure, and no log may name it.
+        isDeleted = environment_.catalog.wasDeleted(request.recordingID);
+        if (!isDeleted)
+            failure = std::current_exception();
+    }
+    if (isDeleted) {
+        job->outcome.status = Outcome::Status::deleted;
+        LogFields fields{{"reason", "recordingDeleted"}};
+        job->note("history.refine.source.skipped", fields.add(job->recording()));
     }
     const double elapsed = environment_.host.now() - job->startedAt;
     if (failure) {

@@ -214,7 +214,7 @@ TEST(HistoryRefinementTests, OneFaultOfTheDiskOrItsEndLeavesOneOfTheTwoTexts) {
     }
 }
 
-// Before, between and after the two saves.
+// Before, between and after the two saves, with another request that still waits.
 TEST(HistoryRefinementTests, ADeletedRecordingStaysDeleted) {
     for (const double after : {0.0, 0.5, 1.5, 2.5, 3.5}) {
         RefinedRecording recording;
@@ -222,12 +222,14 @@ TEST(HistoryRefinementTests, ADeletedRecordingStaysDeleted) {
             return ScriptedTranslationService::Answer{1, {}};
         };
         recording.begin();
+        recording.begin();
         recording.host.advanceBy(after);
         recording.catalog.deleteRecording(recording.id);
         recording.host.runUntilIdle(recording.host.now() + 100);
         ASSERT_TRUE(recording.outcome);
         EXPECT_EQ(recording.outcome->status, Status::deleted) << after;
         EXPECT_TRUE(recording.disk.list(recording.paths.transcripts()).empty()) << after;
+        EXPECT_TRUE(recording.events("history.refine.failed").empty()) << after;
     }
 }
 

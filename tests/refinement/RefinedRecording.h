@@ -148,7 +148,12 @@ inline HistoryRefinementService::Environment RefinedRecording::environment() {
                     };
                     return engine;
                 },
-            .openMedia = [this](const auto&) { return std::make_unique<Sound>(*this); },
+            .openMedia =
+                [this](const auto& path) {
+                    if (!disk.has(path))
+                        throw MediaFileError(MediaFileError::Kind::cannotOpen, path.string());
+                    return std::make_unique<Sound>(*this);
+                },
             .makeConverter =
                 [](AudioFormat from, AudioFormat to) {
                     return std::make_unique<simulation::ScriptedAudioConverter>(from, to);
