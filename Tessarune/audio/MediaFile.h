@@ -76,6 +76,7 @@ using MediaProgress = std::function<void(double fraction)>;
 
 /// What compressed recordings are.
 struct M4A {
+    static constexpr const char* audioFormat = "m4a/aac"; ///< in the catalog
     static constexpr int sampleRate = 16000;
     static constexpr int channels = 1;
     static constexpr int bitRate = 32000; ///< bits a second

@@ -71,9 +71,18 @@ Task<void> AudioExporter::transcodeToM4A(std::filesystem::path from, std::filesy
     }
 }
 
+std::string_view AudioExporter::withinFileName(std::string_view text) {
+    // Of the 255 bytes that a disk allows; the others are for what is added until a file is whole.
+    constexpr std::size_t most = 200;
+    if (text.size() <= most)
+        return text;
+    text = Text::withoutCutCharacter(text.substr(0, most));
+    return text.substr(0, text.size() - Text::lastCharacter(text).size()); // may be cut, too
+}
+
 std::string AudioExporter::suggestedFilename(double startedAt, std::string_view note,
                                              std::string_view ext) {
-    std::string base = Text::collapsingWhiteSpace(Text::prefix(Text::trimmed(note), 60));
+    std::string base = Text::collapsingWhiteSpace(withinFileName(Text::trimmed(note)));
     for (char& character : base) {
         if (std::string_view("/\\?%*|\"<>:").find(character) != std::string_view::npos)
             character = '_';

@@ -41,6 +41,8 @@ class AudioExporter {
     Task<void> transcodeToM4A(std::filesystem::path from, std::filesystem::path to,
                               MediaProgress progress = {}, std::stop_token stop = {});
 
+    /// As much of the beginning of a text as can be a part of a file's name. Pure.
+    static std::string_view withinFileName(std::string_view text);
     /// The note, or without one the start, as a file name. Pure.
     static std::string suggestedFilename(double startedAt, std::string_view note,
                                          std::string_view ext);

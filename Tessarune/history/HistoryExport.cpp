@@ -7,6 +7,7 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <array>
+#include <system_error>
 #include <utility>
 
 namespace tessarune {
@@ -23,9 +24,6 @@ constexpr std::array<std::pair<Format, std::string_view>, 6> extensions{{{Format
                                                                          {Format::srt, "srt"},
                                                                          {Format::vtt, "vtt"},
                                                                          {Format::txt, "txt"}}};
-
-/// A disk allows 255 bytes, which are as many letters of whatever script with their accents.
-constexpr std::size_t longestName = 60;
 
 std::string formatName(Format format) {
     switch (format) {
@@ -74,7 +72,7 @@ bool isSubtitle(Format format) {
 /// The name with letters, digits, "-" and "_" of any script alone.
 std::string stemOf(std::string_view name) {
     std::string stem;
-    for (const char32_t point : Text::codePoints(Text::prefix(name, longestName))) {
+    for (const char32_t point : Text::codePoints(AudioExporter::withinFileName(name))) {
         const bool stays = Text::isAlphanumeric(point) || point == U'_';
         if (stays)
             Text::append(stem, point);
@@ -118,18 +116,27 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
         });
         co_return;
     }
+    // Under a name that nobody has until it is whole: the folder is the user's.
+    std::filesystem::path beside = to;
+    beside += ".new-" + UUID::random().text().substr(0, 8);
     const std::filesystem::path from(request.recording.filePath.value_or(""));
-    if (from.extension() == ".m4a") {
-        co_await runOn(worker, [&] { copyAudio(from, to); });
-        co_return;
-    }
+    bool isCopied = false;
+    co_await runOn(worker, [&] {
+        if (isOurM4A(request.recording.id, from)) {
+            finishing(beside, [&] { copyAudio(from, beside); });
+            isCopied = true;
+        }
+    });
     try {
-        Task<void> transcoding =
-            audio_.transcodeToM4A(from, to, std::move(progress), std::move(stop));
-        co_await transcoding;
+        if (!isCopied) {
+            Task<void> transcoding =
+                audio_.transcodeToM4A(from, beside, std::move(progress), std::move(stop));
+            co_await transcoding;
+        }
     } catch (const AudioExporter::ExportError& error) {
         throw HistoryExportError(ErrorKind::failed, error.what());
     }
+    co_await runOn(worker, [&] { finishing(beside, [&] { files_.rename(beside, to); }); });
 }
 
 Task<std::string> HistoryExport::document(HistoryExportRequest request) {
@@ -204,27 +211,39 @@ std::string HistoryExport::exportText(const HistoryExportRequest& request) {
 /// A timeline that cannot be read costs the times, not the text.
 HistoryWordTimeline HistoryExport::timeline(const HistoryItem& recording) {
     const auto path = catalog_.wordTimelineURL(recording.id);
-    if (!files_.exists(path))
-        return {};
-    return HistoryWordTimeline::decoded(files_.read(path)).value_or(HistoryWordTimeline());
+    try {
+        if (files_.exists(path))
+            return HistoryWordTimeline::decoded(files_.read(path)).value_or(HistoryWordTimeline());
+    } catch (const std::system_error&) { // the document says that there are none
+    }
+    return {};
 }
 
-/// What is an M4A already loses nothing and takes no time.
+/// What this program encoded is as an export should be: it loses nothing and takes no time. An
+/// import may be anything, whatever it is called.
+bool HistoryExport::isOurM4A(const UUID& id, const std::filesystem::path& audio) const {
+    const auto recording = catalog_.recording(id);
+    return recording && recording->audioFormat == M4A::audioFormat && audio.extension() == ".m4a";
+}
+
 void HistoryExport::copyAudio(const std::filesystem::path& from, const std::filesystem::path& to) {
     constexpr std::size_t blockSize = 1 << 20;
-    std::filesystem::path part = to;
-    part += ".part";
+    const auto copy = files_.create(to);
+    const std::uint64_t size = files_.size(from);
+    for (std::uint64_t at = 0; at < size; at += blockSize)
+        copy->append(files_.read(from, at, blockSize));
+    copy->synchronize();
+    copy->close();
+}
+
+/// A step of an export of audio; one that fails leaves nothing of it.
+void HistoryExport::finishing(const std::filesystem::path& beside,
+                              const std::function<void()>& step) {
     try {
-        const auto copy = files_.create(part);
-        const std::uint64_t size = files_.size(from);
-        for (std::uint64_t at = 0; at < size; at += blockSize)
-            copy->append(files_.read(from, at, blockSize));
-        copy->synchronize();
-        copy->close();
-        files_.rename(part, to);
+        step();
     } catch (const std::exception& error) {
         try {
-            files_.remove(part);
+            files_.remove(beside);
         } catch (const std::exception&) { // it was never made
         }
         throw HistoryExportError(ErrorKind::failed, failureText(Format::m4a, error.what()));

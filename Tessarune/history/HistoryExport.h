@@ -7,6 +7,7 @@
 #include "Tessarune/shell/FileSystem.h"
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -64,7 +65,9 @@ class HistoryExport {
                                                    const HistoryWordTimeline& timeline);
     std::string exportText(const HistoryExportRequest& request);
     HistoryWordTimeline timeline(const HistoryItem& recording);
+    bool isOurM4A(const UUID& id, const std::filesystem::path& audio) const;
     void copyAudio(const std::filesystem::path& from, const std::filesystem::path& to);
+    void finishing(const std::filesystem::path& beside, const std::function<void()>& step);
 
     Host& host_;
     RecordingCatalog& catalog_;

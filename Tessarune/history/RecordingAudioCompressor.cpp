@@ -177,7 +177,7 @@ RecordingMetadata RecordingAudioCompressor::adopt(RecordingMetadata recording, b
     const auto destination = destinationOf(source);
     recording.byteCount = checkedSize(recording, destination);
     recording.filePath = destination.string();
-    recording.audioFormat = "m4a/aac";
+    recording.audioFormat = M4A::audioFormat;
     recording.sampleRate = M4A::sampleRate;
     recording.channelCount = M4A::channels;
     recording.awaitsCompression = false;
