@@ -90,9 +90,8 @@ std::string HistoryTranscriptExportDocument::html() const {
         page += element("note", note) + "\n";
     page += "</header>\n<section class=\"content\">\n<div class=\"transcript ";
     page += sentenceTimings.empty() ? "no-timing\">\n" : "with-timing\">\n";
-    std::size_t index = 0;
     for (const TranscriptRow& row : transcriptRows()) {
-        page += "<section class=\"row\"><div class=\"time\">" + timeOfRow(index++).value_or("") +
+        page += "<section class=\"row\"><div class=\"time\">" + timeOf(row).value_or("") +
                 "</div><div class=\"block\">" + element("source", row.source);
         if (!row.translation.empty())
             page += element("translation", row.translation);

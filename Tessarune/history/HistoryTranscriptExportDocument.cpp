@@ -4,18 +4,14 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 
 namespace tessarune {
 
 namespace {
 
-constexpr double longestTime = 1e6; // seconds; what is beyond is damage
-
 std::string clockTime(double seconds) {
-    const double known = std::isfinite(seconds) ? std::clamp(seconds, 0.0, longestTime) : 0;
-    const int whole = static_cast<int>(known);
+    const int whole = static_cast<int>(HistoryWordTimeline::saneTime(seconds));
     char text[32];
     if (whole < 3600)
         std::snprintf(text, sizeof text, "%02d:%02d", whole / 60, whole % 60);
@@ -31,25 +27,31 @@ HistoryTranscriptExportDocument::transcriptRows() const {
     std::vector<TranscriptRow> rows;
     if (content == Content::source) {
         for (auto& paragraph : HistoryTranscriptPayload::paragraphs(text))
-            rows.push_back({std::move(paragraph), {}});
-    } else {
-        for (auto& block : HistoryTranscriptPayload::bilingualBlocks(text))
-            rows.push_back({std::move(block.source), std::move(block.translation)});
+            rows.push_back({std::move(paragraph), {}, {}});
+        for (std::size_t i = 0; i < std::min(rows.size(), sentenceTimings.size()); ++i)
+            rows[i].sentence = i;
+        return rows;
     }
+    std::vector<std::string> sources;
+    for (auto& block : HistoryTranscriptPayload::bilingualBlocks(text)) {
+        sources.push_back(block.source);
+        rows.push_back({std::move(block.source), std::move(block.translation), {}});
+    }
+    const auto sentences = HistoryWordTimeline::sentencesOfRows(sources, sentenceTimings);
+    for (std::size_t i = 0; i < rows.size(); ++i)
+        rows[i].sentence = sentences[i];
     return rows;
 }
 
-std::optional<std::string> HistoryTranscriptExportDocument::timeOfRow(std::size_t index) const {
-    if (index >= sentenceTimings.size())
-        return std::nullopt;
-    return clockTime(sentenceTimings[index].start);
+std::optional<std::string> HistoryTranscriptExportDocument::timeOf(const TranscriptRow& row) const {
+    return row.sentence ? std::optional(clockTime(sentenceTimings[*row.sentence].start))
+                        : std::nullopt;
 }
 
 HistoryTranscriptPDFDocument HistoryTranscriptExportDocument::pdfDocument() const {
     HistoryTranscriptPDFDocument document{title, note, {}};
     for (auto& row : transcriptRows())
-        document.rows.push_back(
-            {timeOfRow(document.rows.size()), std::move(row.source), std::move(row.translation)});
+        document.rows.push_back({timeOf(row), std::move(row.source), std::move(row.translation)});
     return document;
 }
 

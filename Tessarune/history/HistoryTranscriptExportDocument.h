@@ -25,6 +25,7 @@ struct HistoryTranscriptExportDocument {
     struct TranscriptRow {
         std::string source;
         std::string translation;
+        std::optional<std::size_t> sentence; ///< of the timings; without one it has no time
 
         bool operator==(const TranscriptRow&) const = default;
     };
@@ -34,12 +35,12 @@ struct HistoryTranscriptExportDocument {
     Content content = Content::source;
     /// The recording's source text, or for the other contents its bilingual text.
     std::string text;
-    /// That of row 0, row 1 and so on; may be shorter than the rows.
+    /// In the order of time. Row 0, row 1 and so on of a source text; may be shorter than the rows.
     std::vector<HistoryWordTimeline::Sentence> sentenceTimings;
 
     std::vector<TranscriptRow> transcriptRows() const;
-    /// When row `index` begins, "04:05"; nothing where that is not known.
-    std::optional<std::string> timeOfRow(std::size_t index) const;
+    /// When a row begins, "04:05"; nothing where that is not known.
+    std::optional<std::string> timeOf(const TranscriptRow& row) const;
 
     /// A page that needs no other file.
     std::string html() const;

@@ -3,6 +3,7 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace tessarune {
 
@@ -131,6 +132,11 @@ std::optional<std::size_t> lastStarted(std::size_t count, double time, Start sta
 }
 
 } // namespace
+
+double HistoryWordTimeline::saneTime(double seconds) {
+    constexpr double latest = 1e6; // what is beyond is damage
+    return std::isfinite(seconds) ? std::clamp(seconds, 0.0, latest) : 0;
+}
 
 std::optional<HistoryWordTimeline> Timeline::build(std::optional<double> recordingStartedAt,
                                                    std::string_view recognitionOptionID,

@@ -50,6 +50,9 @@ struct HistoryWordTimeline {
 
     static constexpr std::int64_t currentSchemaVersion = 2;
 
+    /// A time of a file that may be damaged or foreign, as one that a recording can have.
+    static double saneTime(double seconds);
+
     std::int64_t schemaVersion = currentSchemaVersion;
     std::string recognitionOptionID;
     std::string timingKind;
@@ -73,6 +76,12 @@ struct HistoryWordTimeline {
     /// Sentences made of runs of words that belong to the same row, for timelines that were saved
     /// before there were sentences.
     std::vector<Sentence> derivedSentencesFromWords() const;
+
+    /// The sentence that each row of a bilingual text shows. Such a text may be older than a
+    /// refined timeline: what both have belongs together, and so does what lies between in equal
+    /// number; a row that only one of the two has shows none.
+    static std::vector<std::optional<std::size_t>>
+    sentencesOfRows(const std::vector<std::string>& rows, const std::vector<Sentence>& sentences);
 
     /// The start of each sentence, or of each derived one where there are no sentences.
     std::vector<double> sentenceStarts() const;

@@ -3,7 +3,7 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
-#include <cmath>
+#include <limits>
 #include <unordered_map>
 
 namespace tessarune {
@@ -14,11 +14,6 @@ using Sentence = HistoryWordTimeline::Sentence;
 
 /// Rows that one translation belongs to follow each other closely.
 constexpr double longestPauseInside = 3;
-constexpr double latest = 1e6; // seconds; what is beyond is damage
-
-double sane(double seconds) {
-    return std::isfinite(seconds) ? std::clamp(seconds, 0.0, latest) : 0;
-}
 
 /// When the words of each sentence begin.
 class WordTimes {
@@ -41,7 +36,9 @@ class WordTimes {
             const auto found = bySegment_.find(*sentence.segmentID);
             return found == bySegment_.end() ? std::vector<double>() : found->second;
         }
-        const double until = index + 1 < sentences_.size() ? sentences_[index + 1].start : latest;
+        const double until = index + 1 < sentences_.size()
+                                 ? sentences_[index + 1].start
+                                 : std::numeric_limits<double>::infinity();
         return {std::ranges::lower_bound(nameless_, sentence.start),
                 std::ranges::lower_bound(nameless_, std::max(until, sentence.start))};
     }
@@ -59,18 +56,19 @@ void setWords(SpokenRow& row, const std::vector<double>& times) {
         return;
     double last = row.start;
     for (std::size_t i = 0; i < tokens.size(); ++i) {
-        last = std::clamp(sane(times[i]), last, std::max(last, row.end));
+        last = std::clamp(HistoryWordTimeline::saneTime(times[i]), last, std::max(last, row.end));
         row.words.emplace_back(static_cast<std::size_t>(tokens[i].data() - row.source.data()),
                                last);
     }
 }
 
-/// The rows that the timeline does not reach share the remainder of the recording.
-void spread(std::vector<SpokenRow>& rows, std::size_t from, double duration) {
+/// Rows `from` to `to`, whose times nobody knows, share the time between their neighbours.
+void spread(std::vector<SpokenRow>& rows, std::size_t from, std::size_t to, double duration) {
     double at = from > 0 ? rows[from - 1].end : 0;
-    const double each =
-        std::max(0.0, sane(duration) - at) / static_cast<double>(rows.size() - from);
-    for (std::size_t i = from; i < rows.size(); ++i) {
+    const double until =
+        to < rows.size() ? rows[to].start : HistoryWordTimeline::saneTime(duration);
+    const double each = std::max(0.0, until - at) / static_cast<double>(to - from);
+    for (std::size_t i = from; i < to; ++i) {
         rows[i].start = at;
         rows[i].end = at += each;
     }
@@ -123,18 +121,25 @@ std::vector<SpokenRow> SpokenRow::of(const HistoryTranscriptExportDocument& docu
     const auto& sentences = document.sentenceTimings;
     const WordTimes times(words, sentences);
     std::vector<SpokenRow> rows;
+    std::vector<std::size_t> timed;
     for (auto& text : document.transcriptRows()) {
         SpokenRow row{std::move(text.source), std::move(text.translation), 0, 0, {}};
-        if (rows.size() < sentences.size()) {
-            const Sentence& sentence = sentences[rows.size()];
-            row.start = sane(sentence.start);
-            row.end = std::max(row.start, sane(sentence.end));
-            setWords(row, times.of(rows.size()));
+        if (text.sentence) {
+            const Sentence& sentence = sentences[*text.sentence];
+            row.start = HistoryWordTimeline::saneTime(sentence.start);
+            row.end = std::max(row.start, HistoryWordTimeline::saneTime(sentence.end));
+            setWords(row, times.of(*text.sentence));
+            timed.push_back(rows.size());
         }
         rows.push_back(std::move(row));
     }
-    if (rows.size() > sentences.size())
-        spread(rows, sentences.size(), duration);
+    timed.push_back(rows.size());
+    std::size_t from = 0;
+    for (const std::size_t next : timed) {
+        if (next > from)
+            spread(rows, from, next, duration);
+        from = next + 1;
+    }
     std::ranges::stable_sort(rows, {}, &SpokenRow::start);
     return joinsTranslated ? joined(std::move(rows)) : rows;
 }

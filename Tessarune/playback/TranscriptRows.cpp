@@ -20,6 +20,10 @@ TranscriptRows::TranscriptRows(const HistoryTranscriptPayload& payload,
       timeline_(std::move(timeline).value_or(HistoryWordTimeline())) {
     if (timeline_.sentences.empty())
         timeline_.sentences = timeline_.derivedSentencesFromWords();
+    for (auto& sentence : timeline_.sentences) {
+        sentence.start = HistoryWordTimeline::saneTime(sentence.start);
+        sentence.end = HistoryWordTimeline::saneTime(sentence.end);
+    }
     for (std::size_t i = 0; i < timeline_.words.size(); ++i) {
         if (const auto& id = timeline_.words[i].segmentID)
             firstWords_.try_emplace(*id, i);

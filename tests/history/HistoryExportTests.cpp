@@ -21,6 +21,15 @@ HistoryTranscriptExportDocument exported(Content content, std::string text, int 
     return document;
 }
 
+/// Cues in a form that a table can hold: "start-end line/line".
+std::string cuesText(const std::vector<SubtitleCue>& cues) {
+    std::string text;
+    for (const auto& cue : cues)
+        text += std::to_string(cue.startMS) + "-" + std::to_string(cue.endMS) + " " +
+                Text::joined(cue.lines, "/") + "\n";
+    return text;
+}
+
 TEST(HistoryTranscriptExportTests, ARowHasTheTimeOfItsSentenceAndMarkupStaysText) {
     const auto document = exported(Content::bilingual, "<b>a</b> & \"b\"\nx'y\nz\n\nc", 1);
     const std::string html = document.html();
@@ -38,6 +47,40 @@ TEST(HistoryTranscriptExportTests, ARowHasTheTimeOfItsSentenceAndMarkupStaysText
     EXPECT_FALSE(HistoryTranscriptPDFDocument::decoded(R"({"title":"","note":"","rows":[1]})"));
     const auto untimed = exported(Content::source, "a", 0).html();
     EXPECT_NE(untimed.find("class=\"transcript no-timing\""), std::string::npos);
+}
+
+/// A refinement may leave the bilingual text of before.
+TEST(HistoryTranscriptExportTests, ABilingualRowHasTheTimeOfItsOwnSentence) {
+    const struct {
+        const char* rows; ///< each in the order of the former text
+        const char* sentences;
+        std::vector<int> expected; ///< of each row, its sentence
+    } cases[] = {{"a b c", "a b c", {0, 1, 2}},
+                 {"a c", "a b c", {0, 2}},
+                 {"a x b", "a b", {0, -1, 1}},
+                 {"a x c", "a b c", {0, 1, 2}},
+                 {"a x y c", "a b c", {0, -1, -1, 2}},
+                 {"a a b", "a b", {0, -1, 1}},
+                 {"x y", "a b c", {0, 1}},
+                 {"b a c d", "a b c d", {-1, 0, 2, 3}},
+                 {"x c", "a b c", {-1, 2}},
+                 {"x", "", {-1}}};
+    for (const auto& c : cases) {
+        std::vector<std::string> rows;
+        for (const auto row : Text::splitAtBlanks(c.rows))
+            rows.emplace_back(row);
+        std::vector<HistoryWordTimeline::Sentence> sentences;
+        for (const auto sentence : Text::splitAtBlanks(c.sentences))
+            sentences.push_back({std::string(sentence), 0, 0, {}, ""});
+        std::vector<int> found;
+        for (const auto& each : HistoryWordTimeline::sentencesOfRows(rows, sentences))
+            found.push_back(each ? static_cast<int>(*each) : -1);
+        EXPECT_EQ(found, c.expected) << c.rows << " / " << c.sentences;
+    }
+    HistoryTranscriptExportDocument former{"", "", Content::bilingual, "a\nA\n\nb\nB", {}};
+    former.sentenceTimings = {{"new", 0, 1, {}, ""}, {"a", 2, 3, {}, ""}, {"b", 4, 5, {}, ""}};
+    EXPECT_EQ(former.pdfDocument().rows[1].time, "00:04");
+    EXPECT_EQ(cuesText(HistorySubtitles::cues(former, {}, 20)), "2000-3000 a/A\n4000-5000 b/B\n");
 }
 
 TEST(HistoryTranscriptExportTests, NamesAreMadeOfTheNoteOrTheDate) {
@@ -64,15 +107,14 @@ TEST(HistoryTranscriptExportTests, NamesAreMadeOfTheNoteOrTheDate) {
                   c.document + std::string("-bilingual.srt"));
         EXPECT_EQ(name(Format::m4a, Content::bilingual), c.audio + std::string(".m4a"));
     }
-}
-
-/// Cues in a form that a table can hold: "start-end line/line".
-std::string cuesText(const std::vector<SubtitleCue>& cues) {
-    std::string text;
-    for (const auto& cue : cues)
-        text += std::to_string(cue.startMS) + "-" + std::to_string(cue.endMS) + " " +
-                Text::joined(cue.lines, "/") + "\n";
-    return text;
+    HistoryItem family;
+    for (int i = 0; i < 60; ++i)
+        family.note += "👨‍👩‍👧‍👦क्षि";
+    for (const Format format : {Format::m4a, Format::html}) {
+        const std::string name =
+            HistoryExport::suggestedFilename({family, format, Content::source});
+        EXPECT_TRUE(name.size() > 60 && name.size() < 230 && Text::isValidUTF8(name)) << name;
+    }
 }
 
 TEST(HistorySubtitlesTests, CuesFollowTheWords) {
@@ -168,7 +210,25 @@ class HistoryExportTests : public ::testing::Test, public testing::Catalogued {
         host.runUntilIdle();
         return result;
     }
-    AudioExporter audio{host, {}};
+    /// What is at "/home/x.m4a" after an export of audio.
+    std::string exportedAudio(const UUID& id) {
+        const auto run = [](HistoryExport& exports, HistoryExportRequest request) -> Task<void> {
+            Task<void> writing = exports.write(std::move(request), "/home/x.m4a");
+            try {
+                co_await writing;
+            } catch (const HistoryExportError&) {
+            }
+        };
+        HistoryItem item;
+        item.id = id;
+        item.filePath = catalog.recording(id)->filePath;
+        spawn(Executor::main(host), run(exporting, {item, Format::m4a, Content::source}));
+        host.runUntilIdle();
+        return disk.contentsOf("/home/x.m4a");
+    }
+    AudioExporter audio{host, [this](const auto&, const auto& to, const auto&, auto) {
+                            disk.writeAtomically(to, "encoded");
+                        }};
     HistoryExport exporting{host, catalog, disk, audio,
                             [](const auto&) -> std::string { throw std::runtime_error("jam"); }};
 };
@@ -185,6 +245,31 @@ TEST_F(HistoryExportTests, WhatCannotBeExportedSaysWhy) {
     EXPECT_EQ(document(id, Format::srt, Content::source), "这条录音没有时间信息，无法导出字幕。");
     disk.setContents(catalog.wordTimelineURL(id), "{");
     EXPECT_EQ(document(id, Format::vtt, Content::source), "这条录音没有时间信息，无法导出字幕。");
+    disk.onOperation = [](const std::string& operation, const std::filesystem::path& path) {
+        if (operation == "read" && path.string().ends_with(".words.json"))
+            throw std::system_error(std::make_error_code(std::errc::io_error));
+    };
+    EXPECT_EQ(document(id, Format::txt, Content::source), "a\n");
+}
+
+TEST_F(HistoryExportTests, AudioIsWhatItsNameSaysAndNothingElseIsTouched) {
+    disk.setContents("/home/x.m4a.part/mine", "mine");
+    const UUID own = add(1, "own.m4a");
+    const UUID import = add(2, "film.m4a"); // only called so
+    RecordingMetadata recording = *catalog.recording(own);
+    recording.audioFormat = M4A::audioFormat;
+    catalog.upsert(recording);
+    EXPECT_EQ(exportedAudio(own), std::string(64044, 'x'));
+    EXPECT_EQ(exportedAudio(import), "encoded");
+    const std::uint64_t before = disk.operations;
+    exportedAudio(own);
+    const std::uint64_t count = disk.operations - before;
+    for (std::uint64_t i = 1; i <= count; ++i) {
+        disk.failAt = disk.operations + i;
+        exportedAudio(own);
+        EXPECT_EQ(disk.list("/home"), (std::vector<std::string>{"x.m4a", "x.m4a.part"})) << i;
+    }
+    EXPECT_EQ(disk.contentsOf("/home/x.m4a.part/mine"), "mine");
 }
 
 } // namespace

@@ -22,7 +22,7 @@ QVariant HistoryTranscriptModel::data(const QModelIndex& index, int role) const 
     const auto row = static_cast<std::size_t>(index.row());
     switch (role) {
     case TimeRole:
-        return QString::fromStdString(document_.timeOfRow(row).value_or(""));
+        return QString::fromStdString(document_.timeOf(rows_[row]).value_or(""));
     case SourceRole:
         return QString::fromStdString(rows_[row].source);
     case TranslationRole:

@@ -1,0 +1,122 @@
+#include "Tessarune/history/HistoryWordTimeline.h"
+#include "TessaruneCore/text/Text.h"
+
+#include <algorithm>
+#include <iterator>
+#include <unordered_map>
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+/// Each way of keeping a text has its own white space.
+std::string comparableText(std::string_view text) {
+    return Text::canonical(Text::joined(Text::splitOnWhiteSpace(text), ""));
+}
+
+/// The place of each text that stands there once, and no place for the others.
+std::unordered_map<std::string_view, std::optional<std::size_t>>
+placesOf(const std::vector<std::string>& texts) {
+    std::unordered_map<std::string_view, std::optional<std::size_t>> places;
+    for (std::size_t i = 0; i < texts.size(); ++i) {
+        const auto [place, isNew] = places.try_emplace(texts[i], i);
+        if (!isNew || texts[i].empty())
+            place->second.reset();
+    }
+    return places;
+}
+
+using Pair = std::pair<std::size_t, std::size_t>; // a row and its sentence
+
+/// The most pairs that can stand together without one crossing another.
+std::vector<Pair> uncrossed(const std::vector<Pair>& pairs) {
+    std::vector<std::size_t> lasts; // of the best chain of each length, the pair at its end
+    std::vector<std::optional<std::size_t>> before(pairs.size());
+    for (std::size_t i = 0; i < pairs.size(); ++i) {
+        const auto place = std::ranges::lower_bound(
+            lasts, pairs[i].second, {}, [&](std::size_t pair) { return pairs[pair].second; });
+        if (place != lasts.begin())
+            before[i] = *(place - 1);
+        if (place == lasts.end())
+            lasts.push_back(i);
+        else
+            *place = i;
+    }
+    std::vector<Pair> chain;
+    for (auto at = lasts.empty() ? std::nullopt : std::optional(lasts.back()); at; at = before[*at])
+        chain.push_back(pairs[*at]);
+    std::ranges::reverse(chain);
+    return chain;
+}
+
+/// Finds the sentence of each row.
+class RowMatch {
+  public:
+    RowMatch(const std::vector<std::string>& rows,
+             const std::vector<HistoryWordTimeline::Sentence>& sentences)
+        : found_(rows.size()) {
+        std::ranges::transform(rows, std::back_inserter(rows_), comparableText);
+        for (const auto& sentence : sentences)
+            sentences_.push_back(comparableText(sentence.source));
+    }
+
+    std::vector<std::optional<std::size_t>> find() {
+        std::vector<Pair> fixed = uncrossed(samePairs());
+        fixed.emplace_back(rows_.size(), sentences_.size());
+        Pair from{0, 0};
+        for (const Pair& to : fixed) {
+            fillBetween(from, to);
+            if (to.first < rows_.size())
+                found_[to.first] = to.second;
+            from = {to.first + 1, to.second + 1};
+        }
+        const bool isAny = std::ranges::any_of(found_, [](const auto& each) { return !!each; });
+        const std::size_t both = std::min(rows_.size(), sentences_.size());
+        if (!isAny) // the two say nothing of each other
+            fillBetween({0, 0}, {both, both});
+        return std::move(found_);
+    }
+
+  private:
+    /// Of the texts that stand once on either side.
+    std::vector<Pair> samePairs() const {
+        std::vector<Pair> same;
+        const auto places = placesOf(sentences_);
+        for (const auto& [text, row] : placesOf(rows_)) {
+            const auto found = places.find(text);
+            if (row && found != places.end() && found->second)
+                same.emplace_back(*row, *found->second);
+        }
+        std::ranges::sort(same);
+        return same;
+    }
+
+    bool agrees(std::size_t row, std::size_t sentence) const {
+        return sentences_[sentence].empty() || sentences_[sentence] == rows_[row];
+    }
+
+    void fillBetween(Pair from, Pair to) {
+        // As many on either side are the same sentences in other words.
+        const bool isEven = to.first - from.first == to.second - from.second;
+        const auto isLeft = [&] { return from.first < to.first && from.second < to.second; };
+        for (; isLeft() && (isEven || agrees(from.first, from.second)); ++from.first, ++from.second)
+            found_[from.first] = from.second;
+        for (; isLeft() && agrees(to.first - 1, to.second - 1); --to.first, --to.second)
+            found_[to.first - 1] = to.second - 1;
+    }
+
+    std::vector<std::string> rows_;
+    std::vector<std::string> sentences_;
+    std::vector<std::optional<std::size_t>> found_;
+};
+
+} // namespace
+
+std::vector<std::optional<std::size_t>>
+HistoryWordTimeline::sentencesOfRows(const std::vector<std::string>& rows,
+                                     const std::vector<Sentence>& sentences) {
+    return RowMatch(rows, sentences).find();
+}
+
+} // namespace tessarune
