@@ -75,9 +75,9 @@ void HistoryWindowModel::tell(const std::string& message) {
 }
 
 void HistoryWindowModel::dismissMessage() {
-    finishDeletion();
     messageTimer_.stop();
     message_.clear();
+    finishDeletion(); // may have something to say
     Q_EMIT messageChanged();
 }
 
@@ -96,7 +96,8 @@ void HistoryWindowModel::deleteCurrent() {
         tell(localized("正在录音，停止后才能删除。"));
         return;
     }
-    finishDeletion();
+    if (!finishDeletion())
+        return; // one thing at a time is told
     const UUID id = recording->id;
     const std::string title =
         recording->note.empty() ? recording->date + " " + recording->time : recording->note;
@@ -115,14 +116,15 @@ void HistoryWindowModel::undo() {
 }
 
 /// It stays hidden: the catalog says soon enough that it is gone.
-void HistoryWindowModel::finishDeletion() {
+bool HistoryWindowModel::finishDeletion() {
     if (!deleted_)
-        return;
+        return true;
     const UUID id = *std::exchange(deleted_, std::nullopt);
-    if (!environment_.catalog.deleteRecording(id)) {
-        list_.setHidden(id, false);
-        tell(localized("录音无法删除。"));
-    }
+    if (environment_.catalog.deleteRecording(id))
+        return true;
+    list_.setHidden(id, false);
+    tell(localized("录音无法删除。"));
+    return false;
 }
 
 void HistoryWindowModel::setNote(const QString& note) {

@@ -74,7 +74,8 @@ class HistoryWindowModel final : public QObject {
   private:
     void tell(const std::string& message);
     bool mayChange();
-    void finishDeletion();
+    /// False: the recording could not be deleted, which is told.
+    bool finishDeletion();
     void listUpdated();
 
     const HistoryWindowEnvironment& environment_;

@@ -14,6 +14,7 @@ Window {
     height: Math.round(Theme.body * 48)
     minimumWidth: Math.round(Theme.body * 52)
     minimumHeight: Math.round(Theme.body * 26)
+    onVisibleChanged: if (!visible) model.playback.pause()
 
     Rectangle {
         id: side
