@@ -74,16 +74,15 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
          .scheduleHistoryRefinement = std::move(scheduleRefinement),
          .returnMemory = [] { malloc_trim(0); },
          .notifications = &application.notifications});
-    phaseObserver_ =
-        store_->view().sessionPhase.onDidChange([&application](LiveSessionPhase phase) {
-            application.refinement.setPaused(phase != LiveSessionPhase::idle &&
-                                             phase != LiveSessionPhase::failed);
-        });
+    phaseObserver_ = store_->view().sessionPhase.onDidChange([this](LiveSessionPhase phase) {
+        application_.refinement.setPaused(this, phase != LiveSessionPhase::idle &&
+                                                    phase != LiveSessionPhase::failed);
+    });
 }
 
 ListeningSession::~ListeningSession() {
     store_->view().sessionPhase.remove(phaseObserver_);
-    application_.refinement.setPaused(false);
+    application_.refinement.setPaused(this, false);
 }
 
 void ListeningSession::setForgetsPermissions(bool forgets) {

@@ -102,7 +102,7 @@ Task<Outcome> HistoryRefinementService::refine(HistoryRefinementRequest request,
 }
 
 void HistoryRefinementService::enqueue(JobPtr job) {
-    setProgress(*job, {Progress::Step::waiting, 0, isPaused_});
+    setProgress(*job, {Progress::Step::waiting, 0, isOnHold()});
     waiting_.push_back(std::move(job));
     if (!running_)
         beginNext();
@@ -290,7 +290,7 @@ void HistoryRefinementService::correctDuration(RecordingMetadata recording, doub
 /// Waits while a session listens. Throws what ends the job.
 Task<void> HistoryRefinementService::mayContinue(JobPtr job) {
     const std::stop_token stop = job->stop.get_token();
-    while (isPaused_ && !stop.stop_requested())
+    while (isOnHold() && !stop.stop_requested())
         co_await sleep(Executor::main(environment_.host), pauseLookSeconds, stop);
     if (stop.stop_requested())
         throw CancellationError();
@@ -304,11 +304,13 @@ std::string HistoryRefinementService::audioPathOf(const Job& job) const {
     return recording ? recording->filePath : job.request.audioPath;
 }
 
-void HistoryRefinementService::setPaused(bool isPaused) {
-    if (isPaused_ == isPaused)
-        return;
-    isPaused_ = isPaused;
-    if (jobs_->empty())
+void HistoryRefinementService::setPaused(const void* who, bool isPaused) {
+    const bool before = isOnHold();
+    if (isPaused)
+        pausedBy_.insert(who);
+    else
+        pausedBy_.erase(who);
+    if (isOnHold() == before || jobs_->empty())
         return;
     jobs_.mutate([&](Jobs& jobs) {
         for (auto& [id, progress] : jobs)
@@ -317,7 +319,7 @@ void HistoryRefinementService::setPaused(bool isPaused) {
 }
 
 void HistoryRefinementService::setStep(const Job& job, Progress::Step step, double fraction) {
-    setProgress(job, {step, fraction, isPaused_});
+    setProgress(job, {step, fraction, isOnHold()});
 }
 
 void HistoryRefinementService::setProgress(const Job& job, Progress progress) {

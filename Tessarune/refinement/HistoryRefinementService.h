@@ -14,6 +14,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <stop_token>
 #include <string>
 
@@ -80,8 +81,8 @@ class HistoryRefinementService {
     Task<void> end();
 
     /// Between two blocks of sound and between two sentences the work waits while it is paused: a
-    /// session that listens has the processor.
-    void setPaused(bool isPaused);
+    /// session that listens has the processor. It is paused as long as anybody wants it.
+    void setPaused(const void* who, bool isPaused);
 
     /// The recordings that are being refined or wait for it.
     const Published<Jobs>& jobs() const { return jobs_; }
@@ -91,6 +92,7 @@ class HistoryRefinementService {
     using JobPtr = std::shared_ptr<Job>;
 
     void cancelAll();
+    bool isOnHold() const { return !pausedBy_.empty(); }
     void enqueue(JobPtr job);
     void beginNext();
     Task<void> work(JobPtr job);
@@ -113,7 +115,7 @@ class HistoryRefinementService {
     std::shared_ptr<Translator> translator_;
     std::deque<JobPtr> waiting_;
     JobPtr running_;
-    bool isPaused_ = false;
+    std::set<const void*> pausedBy_;
     bool isEnding_ = false;
     Published<Jobs> jobs_;
 };

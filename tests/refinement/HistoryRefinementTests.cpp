@@ -235,13 +235,18 @@ TEST(HistoryRefinementTests, ADeletedRecordingStaysDeleted) {
 
 TEST(HistoryRefinementTests, ASessionThatListensHasTheProcessor) {
     RefinedRecording recording;
-    recording.onBlock = [&] { recording.service->setPaused(true); };
+    int other = 0; // that listens, too
+    recording.onBlock = [&] {
+        recording.service->setPaused(&recording, true);
+        recording.service->setPaused(&other, true);
+        recording.service->setPaused(&other, false);
+    };
     recording.begin();
     recording.host.advanceBy(600);
     EXPECT_EQ(recording.blocks.size(), 1U) << "a block that is being heard is heard to its end";
     EXPECT_TRUE(recording.service->jobs()->at(recording.id).isPaused);
     recording.onBlock = [] {};
-    recording.service->setPaused(false);
+    recording.service->setPaused(&recording, false);
     recording.host.advanceBy(10);
     EXPECT_EQ(recording.text(), refinedText);
     recording.service->setPaused(true);
