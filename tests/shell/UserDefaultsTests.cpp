@@ -10,6 +10,7 @@
 #include <sys/stat.h>
 
 #include <fstream>
+#include <thread>
 
 namespace tessarune {
 namespace {
@@ -56,6 +57,17 @@ TEST_F(UserDefaultsTests, TwoFrontEndsDoNotUndoEachOther) {
     one.set("a", std::int64_t{1});
     two.set("b", std::int64_t{2});
     EXPECT_EQ(stored(), Json::parse(R"({"a": 1, "b": 2})"));
+
+    // Nor at the same moment.
+    constexpr int changes = 10;
+    const auto write = [&](JSONUserDefaults& store, const char* name) {
+        for (int i = 0; i < changes; ++i)
+            store.set(name + std::to_string(i), true);
+    };
+    std::thread other([&] { write(two, "two "); });
+    write(one, "one ");
+    other.join();
+    EXPECT_EQ(stored().size(), 2U + 2 * changes);
 }
 
 TEST_F(UserDefaultsTests, AFileThatIsNotUnderstoodIsNeverOverwritten) {

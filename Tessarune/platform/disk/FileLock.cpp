@@ -8,6 +8,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
+#include <thread>
 
 namespace tessarune {
 
@@ -21,6 +23,23 @@ std::optional<FileLock> FileLock::tryToTake(const std::filesystem::path& path) {
     if (errno == EWOULDBLOCK || errno == EINTR)
         return std::nullopt;
     DiskFailure::fail(localizationKey("cannot lock %@"), path);
+}
+
+std::optional<FileLock> FileLock::waitForFolder(const std::filesystem::path& folder,
+                                                double seconds) {
+    using Clock = std::chrono::steady_clock;
+    constexpr auto pause = std::chrono::milliseconds(2);
+    const int opened = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (opened < 0)
+        return std::nullopt;
+    FileLock lock(opened);
+    const auto deadline = Clock::now() + std::chrono::duration<double>(seconds);
+    while (::flock(opened, LOCK_EX | LOCK_NB) != 0) {
+        if (Clock::now() >= deadline)
+            return std::nullopt;
+        std::this_thread::sleep_for(pause);
+    }
+    return lock;
 }
 
 bool FileLock::isTaken(const std::filesystem::path& path) {

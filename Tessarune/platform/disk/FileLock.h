@@ -14,6 +14,11 @@ class FileLock {
     /// Nothing if another holds it. Throws std::system_error if the file cannot be made.
     static std::optional<FileLock> tryToTake(const std::filesystem::path& path);
 
+    /// Locks a folder itself, and waits for others to let go of it, so many seconds at the most.
+    /// Nothing after that, or where there is no such folder.
+    static std::optional<FileLock> waitForFolder(const std::filesystem::path& folder,
+                                                 double seconds);
+
     /// Whether somebody holds it, without making the file. Keeps others from taking it for a
     /// moment.
     static bool isTaken(const std::filesystem::path& path);

@@ -1,5 +1,6 @@
 #include "Tessarune/platform/disk/JSONUserDefaults.h"
 
+#include "Tessarune/platform/disk/FileLock.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/JSON.h"
 #include "TessaruneCore/text/Localization.h"
@@ -11,6 +12,9 @@ namespace tessarune {
 using Json = JSON::Value;
 
 namespace {
+
+/// A program that was stopped while it wrote holds up nobody.
+constexpr double longestWaitSeconds = 5;
 
 /// What a symbolic link leads to, so that whoever keeps the settings elsewhere keeps the link. What
 /// is no file, as a device, is never moved or replaced: there it is the link that is.
@@ -96,6 +100,8 @@ void JSONUserDefaults::store() {
 
 template <typename Change>
 void JSONUserDefaults::change(Change apply) {
+    // No other program writes between what is read and what is written.
+    const auto lock = FileLock::waitForFolder(file_.parent_path(), longestWaitSeconds);
     // After a failed write the memory holds more than the file.
     if (problem_.empty())
         load();

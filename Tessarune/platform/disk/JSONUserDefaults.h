@@ -12,9 +12,10 @@ namespace tessarune {
 /// The settings store as one JSON file, replaced as a whole at every change; both front ends share
 /// it. Main queue.
 ///
-/// A change reads the file again first, so that a change by the other front end is not lost, and
-/// keeps every key and value that it does not touch, known or not. A file that cannot be understood
-/// is never overwritten: settings then live in memory only, and `problem` says so.
+/// A change locks the file's folder and reads the file again first, so that a change by the other
+/// front end is not lost, and keeps every key and value that it does not touch, known or not. A
+/// file that cannot be understood is never overwritten: settings then live in memory only, and
+/// `problem` says so.
 class JSONUserDefaults final : public UserDefaults {
   public:
     JSONUserDefaults(FileSystem& files, std::filesystem::path file);
