@@ -3,6 +3,7 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <cstdlib>
+#include <sstream>
 
 namespace tessarune::StringTables {
 
@@ -27,6 +28,16 @@ std::string languageOf(std::string_view locale) {
     return rows(full).empty() ? full.substr(0, full.find('_')) : full;
 }
 
+/// The first of a list that the program speaks, or the first of all.
+std::string bestOf(const std::string& languages) {
+    std::istringstream all(languages);
+    for (std::string language; std::getline(all, language, ':');) {
+        if (!rows(languageOf(language)).empty())
+            return language;
+    }
+    return languages.substr(0, languages.find(':'));
+}
+
 } // namespace
 
 LocalizationTable forLocale(std::string_view locale) {
@@ -49,7 +60,7 @@ std::string userLocale() {
             continue;
         const bool isLanguage = locale != "C" && !locale.starts_with("C.") && locale != "POSIX";
         const std::string languages = isLanguage ? variable("LANGUAGE") : "";
-        return languages.empty() ? locale : languages.substr(0, languages.find(':'));
+        return languages.empty() ? locale : bestOf(languages);
     }
     return "C";
 }

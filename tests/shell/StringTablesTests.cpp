@@ -17,6 +17,7 @@ TEST(StringTablesTests, TheEnvironmentNamesALanguageAndEverythingElseIsEnglish) 
         {"", "zh_CN.UTF-8", ""},           {"", "zh", ""},
         {"", "de_DE", "System sound"},     {"", "C", "System sound"},
         {"zh_TW:en", "de_DE", "系統聲音"}, {"zh_TW", "C.UTF-8", "System sound"},
+        {"xx:zh_TW", "de_DE", "系統聲音"},
     };
     const std::string key = "系统声音";
     for (const auto& it : cases) {
