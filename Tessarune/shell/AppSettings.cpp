@@ -164,8 +164,9 @@ AppSettings::AppSettings(UserDefaults& store)
       SETTING(compactToolbar, window, localizationKey("Makes the toolbar small."), false,
               boolCodec()),
       SETTING(screenCaptureProtected, window,
-              localizationKey("Keeps the window out of screenshots and shared screens."), false,
-              boolCodec()),
+              localizationKey("Is to keep the window out of screenshots and shared screens; does "
+                              "nothing yet."),
+              false, boolCodec()),
       SETTING(showClearSubtitlesInSubtitleToolbar, window,
               localizationKey("The toolbar has a button that clears the captions."), false,
               boolCodec()),
