@@ -51,7 +51,9 @@ Application::Application(Host& itsHost, std::string itsProgram)
       search(host, files, catalog, logger, notifications, openSQLiteSearchIndex),
       refinement(refinementEnvironment()),
       imports({host, files, catalog, logger, notifications, settings, refinement,
-               openFFmpegMediaFile, [this] { return speechModelProblem().empty(); }}) {
+               openFFmpegMediaFile, [this] { return speechModelProblem().empty(); }}),
+      speechAssets_(host, speechModels, logger),
+      preheater_(speechAssets_, [this] { return *settings.selectedRecognitionOptionID; }) {
     ProcessMemory::returnLargeBlocks();
     setLocalizationTable(StringTables::forLocale(StringTables::userLocale()));
     TessaruneLog::setDiagnosticsLevel(*settings.diagnosticsLevel);
@@ -175,12 +177,18 @@ RecordingRepair::Report Application::prepare() {
     const bool isOurs = recording.hasDataFolder();
     RecordingRepair::Report report = TessaruneStartupServices::prepare(
         {logger, bootstrapFields(), isOurs ? &repair : nullptr,
-         isOurs ? std::function([this] { pruneDiagnosticsOnLaunch(); }) : nullptr});
+         isOurs ? std::function([this] { pruneDiagnosticsOnLaunch(); }) : nullptr,
+         [this] { preheatRecogniser(); }});
     if (recording.hasDataFolder() && recording.recordsSessions() && !*settings.recordLosslessAudio)
         compressor.compressLeftovers();
     if (isOurs)
         spawn(Executor::main(host), search.eraseTraces());
     return report;
+}
+
+void Application::preheatRecogniser() {
+    if (speechModelProblem().empty())
+        preheater_.preheatSelectedOptionIfNeeded();
 }
 
 void Application::pruneDiagnosticsOnLaunch() {

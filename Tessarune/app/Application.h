@@ -21,6 +21,7 @@
 #include "Tessarune/shell/OverridingUserDefaults.h"
 #include "Tessarune/shell/SharedSetting.h"
 #include "Tessarune/shell/TessaruneFileLogger.h"
+#include "Tessarune/speech/SpeechAnalyzerPreheater.h"
 #include "Tessarune/speech/SpeechPlatform.h"
 #include "Tessarune/vocabulary/HistoryWordStatsService.h"
 
@@ -111,6 +112,11 @@ struct Application {
     HistoryRefinementService::Environment refinementEnvironment();
     LogFields bootstrapFields() const;
 
+    /// Looks after the chosen recogniser's model, and fetches none that nobody asked for.
+    void preheatRecogniser();
+
+    SpeechAnalyzerAssetStore speechAssets_;
+    SpeechAnalyzerPreheater preheater_;
     std::shared_ptr<SerialQueue> utilityQueue_;
     Published<DiagnosticsLevel>::Token levelObserver_;
 };

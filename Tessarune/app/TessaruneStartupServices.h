@@ -16,8 +16,7 @@ struct Environment {
     RecordingRepair* repair;
     /// Keeps the diagnostics runs within their budget; returns at once. Absent as `repair` is.
     std::function<void()> pruneDiagnostics = {};
-    /// Gets the chosen recogniser ready ahead of the first session; absent where that begins at
-    /// once.
+    /// Gets the chosen recogniser ready ahead of the first session; may be absent.
     std::function<void()> preheatSelectedOption = {};
 };
 
