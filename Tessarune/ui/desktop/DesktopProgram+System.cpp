@@ -1,5 +1,6 @@
 #include "Tessarune/platform/qt-desktop/X11Desktop.h"
 #include "Tessarune/ui/desktop/DesktopProgram.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <QGuiApplication>
@@ -39,7 +40,10 @@ void DesktopProgram::watchSystem() {
                 }});
     const auto endsSession = [this](QSessionManager& manager) {
         manager.setRestartHint(QSessionManager::RestartNever);
+        const bool listened = *store().view().isListening;
         saveNow();
+        if (listened) // another program may still call the logout off
+            tell(localized("桌面会话即将结束，字幕已停止并保存。"));
     };
     QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &host_, endsSession,
                      Qt::DirectConnection);
