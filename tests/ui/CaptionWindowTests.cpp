@@ -125,6 +125,19 @@ TEST_F(CaptionWindowTests, KeepsTheNewestLineInSightUntilTheReaderScrollsBack) {
     QMetaObject::invokeMethod(list()->parentItem(), "returnToNewest");
     EXPECT_TRUE(runUntil([&] { return std::abs(hiddenBelow()) < 1; })) << hiddenBelow();
     EXPECT_FALSE(view->property("reviewing").toBool());
+
+    QQuickWindow& window = captions.window->window();
+    ASSERT_TRUE(runUntil([&] { return window.isActive(); }));
+    QTest::mouseClick(&window, Qt::RightButton, {}, {200, 150});
+    QTest::keyClick(&window, Qt::Key_Escape); // out of the menu
+    QTest::keyClick(&window, Qt::Key_Up);
+    EXPECT_TRUE(view->property("reviewing").toBool());
+    QTest::keyClick(&window, Qt::Key_Down);
+    EXPECT_FALSE(view->property("reviewing").toBool());
+    QTest::keyClick(&window, Qt::Key_PageUp);
+    EXPECT_GT(hiddenBelow(), 100);
+    QTest::keyClick(&window, Qt::Key_End);
+    EXPECT_TRUE(runUntil([&] { return std::abs(hiddenBelow()) < 1; })) << hiddenBelow();
 }
 
 TEST_F(CaptionWindowTests, CommandsHaveTheKeysOfTheSettingsWhileTheyMakeSense) {
@@ -179,6 +192,9 @@ TEST_F(CaptionWindowTests, TextIsSelectedAcrossRowsAndStaysSoWhileCaptionsGoOn) 
     QTest::mouseMove(&window, to);
     QTest::mouseRelease(&window, Qt::LeftButton, Qt::ShiftModifier, to);
     captions.settle("The third sentence.");
+    captions.speak("A fourth");
+    captions.publish();
+    captions.speak(""); // withdrawn
     captions.publish();
     ASSERT_TRUE(runUntil([&] { return window.isActive(); }));
     QTest::keyClick(&window, Qt::Key_C, Qt::ControlModifier);
@@ -187,6 +203,15 @@ TEST_F(CaptionWindowTests, TextIsSelectedAcrossRowsAndStaysSoWhileCaptionsGoOn) 
     QTest::mouseDClick(&window, Qt::LeftButton, {}, pointAt(1, "sourceItem", false));
     QTest::keyClick(&window, Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(QGuiApplication::clipboard()->text(), "The");
+
+    captions.frame.sourceTextTail = {};
+    captions.frame.mergedBilingualSourceTail = {};
+    captions.publish();
+    captions.settle("Another.");
+    captions.settle("And another.");
+    captions.publish();
+    QTest::keyClick(&window, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_EQ(QGuiApplication::clipboard()->text(), "Said.\n说过。") << "nothing is selected";
 }
 
 TEST_F(CaptionWindowTests, SaysWhyNoNewWordsCome) {
@@ -256,6 +281,37 @@ TEST_F(CaptionWindowTests, AFileIsNamedAsWhatIsHeardAndAnotherSourceCanBeChosen)
     EXPECT_EQ(toolbar->currentSource(), -1);
     toolbar->selectSource(0);
     EXPECT_EQ(captions.asked, std::vector<std::string>{"systemAudio"});
+}
+
+TEST_F(CaptionWindowTests, TheSourcesCloseWhereverElseTheUserClicks) {
+    QQuickWindow& window = captions.window->window();
+    ASSERT_TRUE(runUntil([&] { return window.isActive(); }));
+    const auto isOpen = [&] { return window.property("menuOpen").toBool(); };
+    const QPoint sources(200, 24);
+    QTest::mouseClick(&window, Qt::LeftButton, {}, sources);
+    ASSERT_TRUE(isOpen());
+    QTest::mouseClick(&window, Qt::LeftButton, {}, {window.width() - 60, 300});
+    EXPECT_FALSE(isOpen());
+    QTest::mouseClick(&window, Qt::LeftButton, {}, sources);
+    ASSERT_TRUE(isOpen());
+    QWindow other;
+    other.show();
+    other.requestActivate();
+    EXPECT_TRUE(runUntil([&] { return !isOpen(); }));
+}
+
+TEST_F(CaptionWindowTests, ANoticeIsReadToItsEndInASmallWindow) {
+    QQuickWindow& window = captions.window->window();
+    window.resize(380, 300);
+    captions.notice = std::string("Nothing can be recorded: /home/somebody/.local/share/Tessarune "
+                                  "cannot be written. Captions and translations go on, and none of "
+                                  "them is kept until there is a folder for them.");
+    captions.runFor(50);
+    const auto* const notice = window.findChild<QQuickItem*>("notice");
+    const auto* const text = notice->findChild<QQuickItem*>("text");
+    EXPECT_FALSE(text->property("truncated").toBool());
+    EXPECT_GE(notice->height(), text->height());
+    EXPECT_LE(notice->width(), window.width());
 }
 
 TEST_F(CaptionWindowTests, ReturnsToItsPlaceAndToNoneThatIsOutOfReach) {

@@ -129,6 +129,11 @@ TEST_F(DesktopServices, TheComputerWaitsUntilEverythingIsOnTheDisk) {
     EXPECT_TRUE(runUntil([&] { return !services.isHeld(); }));
     announce(false);
     EXPECT_TRUE(runUntil([&] { return woken == 1 && services.isHeld(); }));
+    const auto late = std::exchange(ready, {});
+    late();
+    announce(true);
+    EXPECT_TRUE(runUntil([&] { return ready != nullptr; }));
+    EXPECT_TRUE(services.isHeld()) << "the sleep before is over";
 }
 
 TEST(LoginItem, FollowsTheSettingAndTheDesktopsOwnSwitch) {

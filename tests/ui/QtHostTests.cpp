@@ -1,8 +1,11 @@
+#include "Tessarune/platform/qt-host/LostDisplay.h"
 #include "Tessarune/platform/qt-host/QtHost.h"
 #include "tests/ui/OffscreenApplication.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
+#include <iostream>
 #include <string>
 #include <thread>
 
@@ -48,6 +51,23 @@ TEST(QtHost, LosesNoBlockOfManyAndNoneThatIsLeftAtTheEnd) {
     QCoreApplication::processEvents();
     EXPECT_EQ(runs, 1000);
     EXPECT_EQ(held.use_count(), 1);
+}
+
+/// Qt says so on whichever thread speaks to the display first.
+TEST(LostDisplay, TheLastWorkIsDoneOnTheMainThreadWhicheverThreadNoticesIt) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            offscreenApplication();
+            const std::thread::id main = std::this_thread::get_id();
+            const LostDisplay lost([main] {
+                std::cerr << (std::this_thread::get_id() == main ? "saved" : "elsewhere");
+            });
+            std::thread drawing([] { qWarning("The X11 connection broke: I/O error (code 1)"); });
+            runUntil([] { return false; });
+            drawing.join();
+        },
+        ::testing::ExitedWithCode(EXIT_FAILURE), "saved");
 }
 
 } // namespace

@@ -125,6 +125,9 @@ TEST_F(SettingsWindowTests, ASliderStoresWhereItStopsAndNothingOnTheWay) {
     EXPECT_EQ(*settings.settings.sourceFontSize, 24);
     EXPECT_TRUE(runUntil([&] { return *settings.settings.sourceFontSize != 24; }));
     EXPECT_EQ(*settings.settings.sourceFontSize, 33);
+    EXPECT_TRUE(settings.window->preview().isRunning());
+    window().close();
+    EXPECT_FALSE(settings.window->preview().isRunning()) << "nobody sees it";
 }
 
 TEST_F(SettingsWindowTests, ASearchFindsByAnyNameAndLeadsToThePane) {

@@ -9,6 +9,8 @@ namespace tessarune {
 namespace {
 
 constexpr int glideMS = 220;
+/// Less would still count as the newest line, and be taken back.
+constexpr double shortestKeyScroll = 72;
 
 } // namespace
 
@@ -123,7 +125,8 @@ void CaptionFollow::scrollByKey(double pages) {
         return;
     movementStarted();
     const double first = listValue("originY") - listValue("topMargin");
-    const double wanted = listValue("contentY") + pages * before->clipHeight;
+    const double distance = std::max(std::abs(pages) * before->clipHeight, shortestKeyScroll);
+    const double wanted = listValue("contentY") + std::copysign(distance, pages);
     list_->setProperty("contentY",
                        std::clamp(wanted, std::min(first, before->legalBottomY - hiddenHeight_),
                                   before->legalBottomY - hiddenHeight_));

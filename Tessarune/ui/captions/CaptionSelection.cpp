@@ -70,11 +70,17 @@ CaptionSelection::CaptionSelection() {
 void CaptionSelection::followRows() {
     const auto once = Qt::UniqueConnection;
     if (rows_) {
-        connect(rows_, &QAbstractItemModel::rowsRemoved, this, &CaptionSelection::clear, once);
+        connect(rows_, &QAbstractItemModel::rowsRemoved, this, &CaptionSelection::rowsRemoved,
+                once);
         connect(rows_, &QAbstractItemModel::modelReset, this, &CaptionSelection::clear, once);
     }
     if (stage_)
         connect(stage_, &CaptionStageModel::layoutChanged, this, &CaptionSelection::clear, once);
+}
+
+void CaptionSelection::rowsRemoved() {
+    if (anchor_ && std::max(anchor_->row, end_.row) >= rows_->rowCount())
+        clear();
 }
 
 void CaptionSelection::setList(QQuickItem* list) {

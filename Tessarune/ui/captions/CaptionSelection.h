@@ -62,6 +62,7 @@ class CaptionSelection : public QObject {
     };
 
     void followRows();
+    void rowsRemoved();
     std::optional<Place> placeAt(QPointF point) const;
     QString textOf(int row, int part) const;
     bool isTranslation(int part) const;

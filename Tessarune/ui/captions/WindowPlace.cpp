@@ -40,7 +40,10 @@ WindowPlace::WindowPlace(QWindow& window, UserDefaults& store, std::string name)
     QObject::connect(&settled_, &QTimer::timeout, &settled_, [this] { save(); });
     rearranged_.setSingleShot(true);
     rearranged_.setInterval(rearrangedMS);
-    QObject::connect(&rearranged_, &QTimer::timeout, &rearranged_, [this] { restore(); });
+    QObject::connect(&rearranged_, &QTimer::timeout, &rearranged_, [this] {
+        restore();
+        fetchBack();
+    });
     const auto otherScreens = [this] { screensChanged(); };
     QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &rearranged_, otherScreens);
     QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, &rearranged_, otherScreens);
@@ -92,6 +95,16 @@ void WindowPlace::restore() {
                      std::max(height, window_.minimumHeight()));
     if (canBeTakenHoldOf(rect))
         window_.setGeometry(rect);
+}
+
+/// From a screen that is gone.
+void WindowPlace::fetchBack() {
+    const QScreen* const screen = QGuiApplication::primaryScreen();
+    if (!screen || canBeTakenHoldOf(window_.geometry()))
+        return;
+    QRect rect = window_.geometry();
+    rect.moveCenter(screen->availableGeometry().center());
+    window_.setGeometry(rect);
 }
 
 void WindowPlace::save() {

@@ -22,6 +22,7 @@ class WindowPlace {
   private:
     std::string key() const;
     void moved();
+    void fetchBack();
     void save();
     void screensChanged();
 

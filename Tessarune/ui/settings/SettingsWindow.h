@@ -35,6 +35,7 @@ class SettingsWindow {
     SettingsWindowModel& model() { return model_; }
     ResourcesModel& models() { return models_; }
     ShortcutsModel& shortcuts() { return shortcuts_; }
+    const CaptionPreview& preview() const { return preview_; }
 
   private:
     const SettingsWindowEnvironment environment_;

@@ -25,7 +25,11 @@ Window {
         x = Screen.virtualX + (Screen.width - width) / 2;
         y = Screen.virtualY + Math.max(0, Screen.height - height - 96);
     }
-    onMenuOpenChanged: model.setMenuOpen(menuOpen)
+    onMenuOpenChanged: {
+        model.setMenuOpen(menuOpen);
+        if (!menuOpen)
+            body.forceActiveFocus(); // the keys scroll again
+    }
     onClosing: close => {
         close.accepted = false;
         window.model.close();

@@ -54,11 +54,12 @@ Rectangle {
         }
 
         Text {
+            objectName: "text"
             anchors.verticalCenter: parent.verticalCenter
             visible: text !== ""
             width: Math.min(Math.ceil(natural.implicitWidth), root.maximumWidth - 60 - (link.visible ? link.width + 9 : 0))
             wrapMode: Text.Wrap
-            maximumLineCount: 4
+            maximumLineCount: root.isTrouble ? 12 : 4
             elide: Text.ElideRight
             text: root.text
             textFormat: Text.PlainText

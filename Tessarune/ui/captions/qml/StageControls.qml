@@ -24,6 +24,7 @@ Item {
         spacing: 8
 
         Pill {
+            objectName: "notice"
             visible: root.toolbar.notice !== ""
             anchors.horizontalCenter: parent.horizontalCenter
             text: root.toolbar.notice
