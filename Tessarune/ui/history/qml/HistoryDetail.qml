@@ -154,7 +154,7 @@ Item {
     }
 
     Shortcut {
-        sequence: "Ctrl+E"
+        sequences: [StandardKey.Save]
         enabled: root.detail.isShown && !root.detail.isRunning
         onActivated: exportPanel.open()
     }
