@@ -8,7 +8,7 @@
 #include <signal.h>
 #include <spawn.h>
 #include <sys/mman.h>
-#include <sys/pidfd.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -103,7 +103,8 @@ class Surroundings {
 /// Waits for the end of a process. One that hangs is killed: others wait behind this one.
 int endOf(pid_t process) {
     constexpr int longestMilliseconds = 180'000; // eight hours of text take some seconds
-    const int handle = ::pidfd_open(process, 0);
+    // The C library of Debian 12 declares its function for C++ wrongly.
+    const auto handle = static_cast<int>(::syscall(SYS_pidfd_open, process, 0));
     pollfd ending{handle, POLLIN, 0};
     int ended = 1; // without a handle it is waited for as long as it takes
     while (handle >= 0 && (ended = ::poll(&ending, 1, longestMilliseconds)) < 0 && errno == EINTR) {
