@@ -1,3 +1,4 @@
+#include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 #include "tests/translation/TranslatedSession.h"
 
