@@ -211,7 +211,7 @@ class HistoryExportTests : public ::testing::Test, public testing::Catalogued {
         return result;
     }
     /// What is at "/home/x.m4a" after an export of audio.
-    std::string exportedAudio(const UUID& id) {
+    std::string exportedAudio(const HistoryItem& item) {
         const auto run = [](HistoryExport& exports, HistoryExportRequest request) -> Task<void> {
             Task<void> writing = exports.write(std::move(request), "/home/x.m4a");
             try {
@@ -219,12 +219,15 @@ class HistoryExportTests : public ::testing::Test, public testing::Catalogued {
             } catch (const HistoryExportError&) {
             }
         };
-        HistoryItem item;
-        item.id = id;
-        item.filePath = catalog.recording(id)->filePath;
         spawn(Executor::main(host), run(exporting, {item, Format::m4a, Content::source}));
         host.runUntilIdle();
         return disk.contentsOf("/home/x.m4a");
+    }
+    HistoryItem itemOf(const UUID& id) {
+        HistoryItem item;
+        item.id = id;
+        item.filePath = catalog.recording(id)->filePath;
+        return item;
     }
     AudioExporter audio{host, [this](const auto&, const auto& to, const auto&, auto) {
                             disk.writeAtomically(to, "encoded");
@@ -259,14 +262,15 @@ TEST_F(HistoryExportTests, AudioIsWhatItsNameSaysAndNothingElseIsTouched) {
     RecordingMetadata recording = *catalog.recording(own);
     recording.audioFormat = M4A::audioFormat;
     catalog.upsert(recording);
-    EXPECT_EQ(exportedAudio(own), std::string(64044, 'x'));
-    EXPECT_EQ(exportedAudio(import), "encoded");
+    const HistoryItem item = itemOf(own);
+    EXPECT_EQ(exportedAudio(item), std::string(64044, 'x'));
+    EXPECT_EQ(exportedAudio(itemOf(import)), "encoded");
     const std::uint64_t before = disk.operations;
-    exportedAudio(own);
+    exportedAudio(item);
     const std::uint64_t count = disk.operations - before;
     for (std::uint64_t i = 1; i <= count; ++i) {
         disk.failAt = disk.operations + i;
-        exportedAudio(own);
+        exportedAudio(item);
         EXPECT_EQ(disk.list("/home"), (std::vector<std::string>{"x.m4a", "x.m4a.part"})) << i;
     }
     EXPECT_EQ(disk.contentsOf("/home/x.m4a.part/mine"), "mine");
