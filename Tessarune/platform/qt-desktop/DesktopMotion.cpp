@@ -48,13 +48,19 @@ void DesktopMotion::read(const char* group, const char* key) {
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, group, key] {
         const QDBusPendingReply<QDBusVariant> reply = *watcher;
         watcher->deleteLater();
-        if (!reply.isError()) // most desktops know one of the keys
-            SettingChanged(QString::fromLatin1(group), QString::fromLatin1(key), reply.value());
+        // Most desktops know one of the keys. What was announced meanwhile is newer.
+        if (!reply.isError() && !changed_.contains(key))
+            apply(QString::fromLatin1(group), QString::fromLatin1(key), reply.value());
     });
 }
 
 void DesktopMotion::SettingChanged(const QString& group, const QString& key,
                                    const QDBusVariant& value) {
+    changed_.insert(key.toStdString());
+    apply(group, key, value);
+}
+
+void DesktopMotion::apply(const QString& group, const QString& key, const QDBusVariant& value) {
     for (const auto& wish : wishes) {
         if (group != QLatin1String(wish.group) || key != QLatin1String(wish.key))
             continue;

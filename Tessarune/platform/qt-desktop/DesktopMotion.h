@@ -6,6 +6,9 @@
 #include <QDBusVariant>
 #include <QObject>
 #include <QString>
+#include <functional>
+#include <set>
+#include <string>
 
 namespace tessarune {
 
@@ -26,8 +29,10 @@ class DesktopMotion : public QObject {
 
   private:
     void read(const char* group, const char* key);
+    void apply(const QString& group, const QString& key, const QDBusVariant& value);
 
     QDBusConnection bus_;
+    std::set<std::string, std::less<>> changed_; // keys that were announced
 };
 
 } // namespace tessarune

@@ -22,8 +22,10 @@ TrayWatch::TrayWatch(QDBusConnection bus, std::function<void()> onTray)
     if (!bus_.isConnected())
         return;
     connect(&services_, &QDBusServiceWatcher::serviceRegistered, this, &TrayWatch::ask);
-    connect(&services_, &QDBusServiceWatcher::serviceUnregistered, this,
-            [this] { isThere_ = false; });
+    connect(&services_, &QDBusServiceWatcher::serviceUnregistered, this, [this] {
+        isThere_ = false;
+        ++gone_;
+    });
     // The service may be there before somebody shows what it lists.
     bus_.connect(trayService, trayPath, trayService, QStringLiteral("StatusNotifierHostRegistered"),
                  this, SLOT(ask()));
@@ -37,9 +39,11 @@ void TrayWatch::ask() {
     call << trayService << QStringLiteral("IsStatusNotifierHostRegistered");
     call.setAutoStartService(false);
     auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, gone = gone_] {
         const QDBusPendingReply<QDBusVariant> reply = *watcher;
         watcher->deleteLater();
+        if (gone != gone_)
+            return; // said by a service that has ended since
         isThere_ = !reply.isError() && reply.value().variant().toBool();
         if (isThere_)
             onTray_();

@@ -31,6 +31,7 @@ class TrayWatch : public QObject {
     const std::function<void()> onTray_;
     QDBusServiceWatcher services_;
     bool isThere_ = false;
+    unsigned gone_ = 0; // how often the service has ended
 };
 
 } // namespace tessarune
