@@ -6,7 +6,6 @@
 #include "Terminal/WorkProgress.h"
 #include "Terminal/history/RecordingChoice.h"
 #include "Tessarune/refinement/SpeechAnalyzerFileTranscriber.h"
-#include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
@@ -147,14 +146,9 @@ Task<HistoryRefinementOutcome> refineWithProgress(Program& program, TerminalOpti
 HistoryRefinementRequest refinementRequest(const Program& program, const UUID& id,
                                            const std::string& audioPath) {
     const AppSettings& settings = program.settings;
-    const auto option = ModelCatalog::recognitionOption(*settings.selectedRecognitionOptionID);
-    HistoryRefinementRequest request;
-    request.recordingID = id;
-    request.audioPath = audioPath;
-    request.recognitionOptionID = option ? option->id : "";
-    request.localeIdentifier = option ? option->localeIdentifier : "";
-    request.translationBackend = *settings.translationBackend;
-    request.translationTargetLanguage = *settings.translationTargetLanguage;
+    HistoryRefinementRequest request =
+        HistoryRefinementRequest::current(settings, id, audioPath)
+            .value_or(HistoryRefinementRequest{.recordingID = id, .audioPath = audioPath});
     const LiveTranslationSettingsSnapshot wanted =
         LiveTranslationSettingsSnapshot::current(settings);
     if (!TranslationSupport::isAppleBackend(wanted.translationBackend))

@@ -3,7 +3,6 @@
 #include "TessaruneCore/LocalizedError.h"
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/host/RunOn.h"
-#include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
@@ -212,17 +211,15 @@ bool HistoryImportCoordinator::enter(const RecordingMetadata& recording) {
 
 void HistoryImportCoordinator::startTranscription(const UUID& recordingID,
                                                   const std::string& audioPath) {
-    const AppSettings& settings = environment_.settings;
-    const auto option = ModelCatalog::recognitionOption(*settings.selectedRecognitionOptionID);
-    if (!option || option->localeIdentifier.empty() || !environment_.hasRecogniser()) {
+    const auto request =
+        HistoryRefinementRequest::current(environment_.settings, recordingID, audioPath);
+    if (!request || !environment_.hasRecogniser()) {
         environment_.logger.event("history.import.transcribeUnavailable",
                                   {{"recordingID", recordingID.text()}});
         return;
     }
     transcribingIDs_.mutate([&](std::set<UUID>& ids) { ids.insert(recordingID); });
-    environment_.refinement.schedule(HistoryRefinementRequest{
-        recordingID, audioPath, option->id, option->localeIdentifier, *settings.translationBackend,
-        *settings.translationTargetLanguage});
+    environment_.refinement.schedule(request);
 }
 
 void HistoryImportCoordinator::finished(const UUID& id) {

@@ -10,8 +10,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <stdexcept>
 #include <utility>
+#include <vector>
 
 namespace tessarune {
 
@@ -101,7 +103,25 @@ Task<Outcome> HistoryRefinementService::refine(HistoryRefinementRequest request,
     co_return co_await job->done;
 }
 
+void HistoryRefinementService::cancel(const UUID& recording) {
+    const auto isIts = [&](const JobPtr& job) { return job->request.recordingID == recording; };
+    std::vector<JobPtr> dropped;
+    std::ranges::copy_if(waiting_, std::back_inserter(dropped), isIts);
+    std::erase_if(waiting_, isIts);
+    if (running_ && isIts(running_))
+        running_->stop.request_stop();
+    else if (!dropped.empty())
+        jobs_.mutate([&](Jobs& jobs) { jobs.erase(recording); });
+    for (const JobPtr& job : dropped) {
+        job->outcome.status = Outcome::Status::cancelled;
+        job->done.resume(job->outcome);
+    }
+}
+
 void HistoryRefinementService::enqueue(JobPtr job) {
+    const UUID& recording = job->request.recordingID;
+    if (failures_->contains(recording))
+        failures_.mutate([&](Failures& failures) { failures.erase(recording); });
     setProgress(*job, {Progress::Step::waiting, 0, isOnHold()});
     waiting_.push_back(std::move(job));
     if (!running_)
@@ -128,6 +148,10 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
     });
     if (!waitsAgain)
         jobs_.mutate([&](Jobs& jobs) { jobs.erase(job->request.recordingID); });
+    if (job->outcome.status == Outcome::Status::failed)
+        failures_.mutate([&](Failures& failures) {
+            failures[job->request.recordingID] = job->outcome.problem;
+        });
     environment_.returnMemory();
     job->done.resume(job->outcome);
     beginNext();

@@ -58,6 +58,7 @@ class HistoryRefinementService {
         bool operator==(const Progress&) const = default;
     };
     using Jobs = std::map<UUID, Progress>;
+    using Failures = std::map<UUID, std::string>;
 
     explicit HistoryRefinementService(Environment environment);
     /// What a request without a wish is done with.
@@ -76,6 +77,9 @@ class HistoryRefinementService {
     Task<HistoryRefinementOutcome> refine(HistoryRefinementRequest request, std::string model,
                                           std::stop_token stop = {});
 
+    /// Gives up what waits or runs for this recording; its transcript stays as it was.
+    void cancel(const UUID& recording);
+
     /// Gives up all jobs, and resumes when nothing is running any more, after five seconds in any
     /// case. For the end of the program: nothing is scheduled from then on.
     Task<void> end();
@@ -86,6 +90,9 @@ class HistoryRefinementService {
 
     /// The recordings that are being refined or wait for it.
     const Published<Jobs>& jobs() const { return jobs_; }
+    /// Why recordings were not refined when it was tried last, since the program began. A new
+    /// request for a recording forgets it.
+    const Published<Failures>& failures() const { return failures_; }
 
   private:
     struct Job;
@@ -118,6 +125,7 @@ class HistoryRefinementService {
     std::set<const void*> pausedBy_;
     bool isEnding_ = false;
     Published<Jobs> jobs_;
+    Published<Failures> failures_;
 };
 
 } // namespace tessarune
