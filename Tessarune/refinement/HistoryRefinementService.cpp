@@ -149,9 +149,8 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
     if (!waitsAgain)
         jobs_.mutate([&](Jobs& jobs) { jobs.erase(job->request.recordingID); });
     if (job->outcome.status == Outcome::Status::failed)
-        failures_.mutate([&](Failures& failures) {
-            failures[job->request.recordingID] = job->outcome.problem;
-        });
+        failures_.mutate(
+            [&](Failures& failures) { failures[job->request.recordingID] = job->outcome.problem; });
     environment_.returnMemory();
     job->done.resume(job->outcome);
     beginNext();

@@ -35,7 +35,8 @@ void fill(StagedHistory& history, int recordings) {
         const UUID id = UUID::random();
         const std::string startedAt = std::to_string(1'700'000'000 - i * 3600);
         index += (i > 0 ? "," : "");
-        index += R"({"id":")" + id.text() + R"(","startedAt":"2023-11-14T22:13:20Z","endedAt":)"
+        index += R"({"id":")" + id.text() +
+                 R"(","startedAt":"2023-11-14T22:13:20Z","endedAt":)"
                  R"("2023-11-14T22:23:20Z","duration":600,"byteCount":100,"filePath":")" +
                  sound + R"("})";
         testing::writeContents(history.catalog.transcriptURL(id),
@@ -60,9 +61,8 @@ int run(int recordings) {
     for (int round = 0; round < 9; ++round) {
         const std::string note = "Note " + std::to_string(round);
         history.catalog.setNote(note, model.list()->item(recordings / 2)->id);
-        changes.push_back(processorMS([&] {
-            runUntil([&] { return model.list()->item(recordings / 2)->note == note; });
-        }));
+        changes.push_back(processorMS(
+            [&] { runUntil([&] { return model.list()->item(recordings / 2)->note == note; }); }));
     }
     print("a change of one recording", changes);
 
@@ -85,7 +85,7 @@ int run(int recordings) {
     for (int jump = 1; jump <= 20; ++jump)
         jumps.push_back(processorMS([&] {
             QMetaObject::invokeMethod(list, "positionViewAtIndex",
-                                      Q_ARG(int, recordings * jump / 21), Q_ARG(int, 0));
+                                      Q_ARG(int, recordings* jump / 21), Q_ARG(int, 0));
             QMetaObject::invokeMethod(list, "forceLayout");
         }));
     print("a jump to another place", jumps);

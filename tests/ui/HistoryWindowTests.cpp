@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <QQuickItem>
+#include <QSignalSpy>
 #include <QTest>
 
 namespace tessarune {
@@ -111,13 +112,170 @@ TEST_F(HistoryWindowTests, TheChosenRecordingIsReadNotedAndExported) {
     model().exports()->run();
     ASSERT_TRUE(runUntil([&] { return !model().exports()->isBusy(); }));
     EXPECT_EQ(history.suggested, "ab-bilingual.srt");
-    EXPECT_EQ(model().message(), "已保存到：/data/ab-bilingual.srt");
-    EXPECT_TRUE(history.disk.contentsOf("/data/ab-bilingual.srt").starts_with("1\n00:00:00,000"));
+    const auto file = history.folder / "ab-bilingual.srt";
+    EXPECT_EQ(model().message().toStdString(), "已保存到：" + file.string());
+    EXPECT_TRUE(testing::contentsOf(file).starts_with("1\n00:00:00,000"));
+
+    // Whatever becomes of the recording, a note that is being written stays.
+    QTest::keyClick(&window(), Qt::Key_C);
+    history.catalog.saveBilingualTranscript("", id);
+    history.catalog.announceTranscript(id);
+    RecordingMetadata compressed = *history.catalog.recording(id);
+    compressed.duration += 1;
+    history.catalog.upsert(compressed);
+    ASSERT_TRUE(runUntil([&] { return detail.duration() == "12:35"; }));
+    EXPECT_EQ(note->property("text"), "abc");
 
     // What refinement saves shows, and a source without a translation says so.
     history.catalog.saveRefinedTranscript("New.", "", {}, id);
     ASSERT_TRUE(runUntil([&] { return shown(0, HistoryTranscriptModel::SourceRole) == "New."; }));
     EXPECT_TRUE(detail.hint().startsWith("这条录音没有保存译文。"));
+}
+
+TEST_F(HistoryWindowTests, FilesAreImportedOrSayWhyNot) {
+    history.add(90, "Former");
+    open();
+    const QString broken = QStringLiteral("note.txt is not a sound file of a known format");
+    auto& imports = *model().imports();
+    const auto state = [&](int row) {
+        return imports.data(imports.index(row), HistoryImportsModel::StateTextRole).toString();
+    };
+    history.changeProblem = "Another program has them.";
+    imports.add({history.file("talk.mp3", "sound of a talk")});
+    EXPECT_EQ(imports.count(), 0);
+    EXPECT_EQ(model().message(), "Another program has them.");
+    history.changeProblem.clear();
+
+    history.isCopyHeld = true;
+    imports.add({history.file("gone.mp3", "sound"), history.file("note.txt", "no sound"),
+                 QUrl("https://example.org/talk.mp3"),
+                 history.file("talk.mp3", "sound of a talk")});
+    ASSERT_TRUE(runUntil([&] { return state(0) == "导入 0%"; }));
+    EXPECT_EQ(state(1), "等待导入");
+    EXPECT_EQ(state(2), "只能导入本机上的文件。");
+    imports.remove(2);
+    imports.remove(0); // while it is being copied
+    history.isCopyHeld = false;
+    ASSERT_TRUE(runUntil([&] { return imports.count() == 1 && state(0) == broken; }))
+        << state(0).toStdString();
+    ASSERT_TRUE(runUntil([&] { return titles() == "talk|Former|"; })) << titles();
+    EXPECT_EQ(model().detail()->note(), "talk");
+    EXPECT_TRUE(runUntil(
+        [&] { return model().detail()->payload().sourceText == "New words.\nAnd more."; }));
+    EXPECT_EQ(history.disk.list(history.paths.recordings()).size(), 2U) << "nothing else is left";
+    QMetaObject::invokeMethod(window().findChild<QQuickItem*>("removeImport"), "clicked");
+    EXPECT_EQ(imports.count(), 0);
+}
+
+TEST_F(HistoryWindowTests, ARecordingIsRefinedAgainAndOnlyItsRowChanges) {
+    for (int i = 1; i <= 20; ++i)
+        history.add(1000.0 * i, "Number " + std::to_string(i));
+    open();
+    model().setCurrentRow(7);
+    ASSERT_TRUE(runUntil([&] { return model().detail()->hasText(); }));
+    QSignalSpy changes(model().list(), &HistoryListModel::dataChanged);
+    QSignalSpy additions(model().list(), &HistoryListModel::rowsInserted);
+    HistoryRefinementModel& refinement = *model().refinement();
+    const auto settled = [&] { return !refinement.isBusy(); };
+
+    history.failure = "The model is damaged.";
+    refinement.refresh();
+    ASSERT_EQ(refinement.models().size(), 3);
+    refinement.refine(2);
+    ASSERT_TRUE(runUntil([&] { return !refinement.problem().isEmpty() && settled(); }));
+    EXPECT_EQ(history.model, "small-en");
+    EXPECT_EQ(told(7, HistoryListModel::StateTextRole), "精修失败");
+    EXPECT_EQ(refinement.problem(), "精修失败，文字保持原样：The model is damaged.");
+
+    history.failure.clear();
+    history.hearsForever = true;
+    refinement.refine(0);
+    ASSERT_TRUE(runUntil([&] { return refinement.progress() > 0; }));
+    EXPECT_TRUE(refinement.problem().isEmpty());
+    EXPECT_EQ(told(7, HistoryListModel::StateTextRole), "精修 50%");
+    refinement.cancel();
+    ASSERT_TRUE(runUntil([&] { return settled() && !model().message().isEmpty(); }));
+    EXPECT_EQ(model().message(), "文字保持原样。");
+    EXPECT_EQ(model().detail()->payload().sourceText, "Number 8");
+
+    history.hearsForever = false;
+    refinement.refine(0);
+    ASSERT_TRUE(
+        runUntil([&] { return told(7, HistoryListModel::TitleRole) == "New words. And more."; }));
+    for (const auto& change : changes) {
+        EXPECT_EQ(change[0].toModelIndex().row(), 7);
+        EXPECT_EQ(change[1].toModelIndex().row(), 7);
+    }
+    EXPECT_TRUE(additions.isEmpty());
+}
+
+TEST_F(HistoryWindowTests, WordsAreCountedMarkedLookedUpAndHeard) {
+    history.add(20, "The best of times.\nThe worst of times, of all time.");
+    open();
+    ASSERT_TRUE(runUntil([&] { return model().detail()->hasText(); }));
+    HistoryWordsModel& words = *model().words();
+    EXPECT_EQ(words.rowCount(), 0) << "nobody asked";
+    QMetaObject::invokeMethod(window().findChild<QQuickItem*>("openWords"), "clicked");
+    ASSERT_TRUE(runUntil([&] { return words.rowCount() > 0; }));
+    const auto row = [&](int at) {
+        std::string text;
+        for (const int role : {WordListModel::WordRole, WordListModel::FormsRole,
+                               WordListModel::CountRole, WordListModel::KnownRole})
+            text += words.data(words.index(at), role).toString().toStdString() + "|";
+        return text;
+    };
+    EXPECT_EQ(row(1), "time|times|3|false|");
+
+    auto* const list = window().findChild<QQuickItem*>("words");
+    list->forceActiveFocus();
+    words.setQuery("TIMES"); // a form of it
+    ASSERT_EQ(words.rowCount(), 1);
+    QTest::keyClick(&window(), Qt::Key_K);
+    QTest::keyClick(&window(), Qt::Key_F);
+    EXPECT_EQ(row(0), "time|times|3|true|");
+    EXPECT_TRUE(VocabularyStore(history.disk, history.paths).isFavorite("time"));
+    words.setKind(1); // those that are not known yet
+    EXPECT_EQ(words.emptyTitle(), "没有这样的单词");
+    words.setKind(0);
+    words.choose(0);
+    WordCardModel& card = *model().card();
+    ASSERT_TRUE(runUntil([&] { return card.senses().size() == 3; }));
+    EXPECT_TRUE(card.senses().front().startsWith("名词 · an instance"));
+    card.setDictionary(6);
+    card.lookUp();
+    EXPECT_EQ(history.opened, "https://www.merriam-webster.com/dictionary/time");
+    EXPECT_EQ(history.fetches, 0) << "only what the user asks for touches the network";
+    card.hear();
+    EXPECT_TRUE(card.isFetching());
+    ASSERT_TRUE(runUntil([&] { return card.hint().startsWith("没有找到这个词的发音"); }));
+    EXPECT_FALSE(card.isFetching());
+    EXPECT_GT(history.fetches, 0);
+
+    model().openVocabulary();
+    EXPECT_EQ(model().vocabulary()->rowCount(), 1);
+    model().vocabulary()->remove(0);
+    EXPECT_EQ(model().vocabulary()->emptyTitle(), "还没有收藏的单词");
+    EXPECT_TRUE(history.vocabulary->isMastered("time"));
+}
+
+TEST_F(HistoryWindowTests, UsageIsDrawnByPeriodAndFollowsTheCatalog) {
+    history.add(86'400.0 * 40, "one two three");
+    history.add(60, "four");
+    open();
+    model().openUsage();
+    UsageModel& usage = *model().usage();
+    ASSERT_TRUE(runUntil([&] { return usage.rowCount() >= 40; }));
+    EXPECT_EQ(usage.totals(), QStringList({"25:08", "2", "4"}));
+    const auto last = [&](int role) { return usage.data(usage.index(usage.rowCount() - 1), role); };
+    usage.setMeasure(2);
+    EXPECT_EQ(last(UsageModel::FractionRole), 1.0 / 3) << usage.scale().toStdString();
+    QSignalSpy resets(&usage, &UsageModel::modelReset);
+    history.add(30, "five six seven");
+    ASSERT_TRUE(runUntil([&] { return last(UsageModel::FractionRole) == 1.0; }));
+    EXPECT_TRUE(resets.isEmpty());
+    usage.setPeriod(2);
+    EXPECT_LE(usage.rowCount(), 3);
+    EXPECT_FALSE(usage.data(usage.index(0), UsageModel::GroupRole).toString().isEmpty());
 }
 
 } // namespace

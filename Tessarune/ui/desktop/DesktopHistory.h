@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Tessarune/app/Application.h"
+#include "Tessarune/session/SessionView.h"
+#include "Tessarune/shell/Desktop.h"
 #include "Tessarune/ui/desktop/DesktopSound.h"
 #include "Tessarune/ui/history/HistoryWindow.h"
 
@@ -8,7 +10,9 @@
 
 namespace tessarune {
 
-/// The history window over the application and its sound, which outlive it. Main thread.
-std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, DesktopSound& sound);
+/// The history window over the application, its sound, the session and the desktop, which outlive
+/// it. Main thread.
+std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, DesktopSound& sound,
+                                                 const SessionView& session, Desktop& desktop);
 
 } // namespace tessarune

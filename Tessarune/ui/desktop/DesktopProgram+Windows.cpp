@@ -43,8 +43,9 @@ void DesktopProgram::offerWindows() {
     windows_.offer<SettingsWindow>(DesktopWindows::Kind::settings, [this] {
         return makeSettingsWindow(application_, session_, motion_.isReduced, desktop_);
     });
-    windows_.offer<HistoryWindow>(DesktopWindows::Kind::history,
-                                  [this] { return makeHistoryWindow(application_, sound_); });
+    windows_.offer<HistoryWindow>(DesktopWindows::Kind::history, [this] {
+        return makeHistoryWindow(application_, sound_, store().view(), desktop_);
+    });
 }
 
 CaptionWindowEnvironment DesktopProgram::windowEnvironment() {

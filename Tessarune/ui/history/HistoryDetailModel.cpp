@@ -1,8 +1,9 @@
 #include "Tessarune/ui/history/HistoryDetailModel.h"
 
+#include "Tessarune/ui/history/HistoryTexts.h"
 #include "TessaruneCore/host/RunOn.h"
-#include "TessaruneCore/text/Localization.h"
 
+#include <iterator>
 #include <utility>
 
 namespace tessarune {
@@ -35,31 +36,22 @@ ShownFiles readFiles(RecordingCatalog& catalog, FileSystem& files, const UUID& i
 
 } // namespace
 
-struct HistoryDetailModel::Line {
-    HistoryDetailModel* model;
-    std::uint64_t token = 0;
-};
-
 HistoryDetailModel::HistoryDetailModel(const HistoryWindowEnvironment& environment)
     : environment_(environment),
-      queue_(environment.host.serialQueue("Tessarune.history.detail", QueuePriority::standard)),
-      line_(std::make_shared<Line>(Line{this})) {
-    observation_ = environment_.notifications.observe(
-        NotificationName::recordingTranscriptDidUpdate,
-        [&host = environment_.host, line = std::weak_ptr(line_)](const NotificationObject& object) {
-            host.post([line, object] {
-                const auto still = line.lock();
-                const UUID* id = std::get_if<UUID>(&object);
-                if (still && still->model && id && still->model->recording_ &&
-                    still->model->recording_->id == *id)
-                    still->model->readTranscript();
-            });
+      queue_(environment.host.serialQueue("Tessarune.history.detail", QueuePriority::standard)) {
+    observation_ = lifeline_.observe(
+        environment_.notifications, NotificationName::recordingTranscriptDidUpdate,
+        environment_.host, [](HistoryDetailModel& model, const NotificationObject& object) {
+            const UUID* id = std::get_if<UUID>(&object);
+            if (id && model.recording_ && model.recording_->id == *id)
+                model.readTranscript();
         });
+    if (environment_.liveText)
+        observations_.follow(*environment_.liveText, [this] { showLiveText(); });
 }
 
 HistoryDetailModel::~HistoryDetailModel() {
     observation_.end();
-    line_->model = nullptr;
     queue_->sync([] {});
 }
 
@@ -68,27 +60,43 @@ void HistoryDetailModel::show(const std::optional<HistoryItem>& recording) {
         return;
     const bool isOther = !recording || !recording_ || recording->id != recording_->id ||
                          recording->live != recording_->live;
+    // Whoever is writing a note goes on, whatever else becomes of the recording.
+    const bool isOtherNote = isOther || recording->note != recording_->note;
     recording_ = recording;
     if (isOther) {
         payload_ = {};
         timeline_ = {};
         problem_.clear();
         isLoading_ = recording_.has_value();
-        showRows();
+        showRows(false);
+        Q_EMIT sourceChanged();
         readTranscript();
     }
+    if (isOtherNote)
+        Q_EMIT noteChanged();
     Q_EMIT recordingChanged();
 }
 
+/// Of a running session nothing is saved yet.
+void HistoryDetailModel::showLiveText() {
+    if (!isRunning() || !environment_.liveText)
+        return;
+    payload_ = HistoryTranscriptPayload::trimmed(**environment_.liveText, {});
+    isLoading_ = false;
+    showRows();
+}
+
 void HistoryDetailModel::readTranscript() {
-    ++line_->token;
+    ++token_;
+    if (isRunning())
+        return showLiveText();
     if (recording_)
         spawn(Executor::main(environment_.host), load(*recording_));
 }
 
 Task<void> HistoryDetailModel::load(HistoryItem recording) {
-    const auto line = line_;
-    const std::uint64_t token = line->token;
+    const auto held = lifeline_.held();
+    const std::uint64_t token = token_;
     const auto queue = queue_;
     RecordingCatalog& catalog = environment_.catalog;
     FileSystem& files = environment_.files;
@@ -96,25 +104,31 @@ Task<void> HistoryDetailModel::load(HistoryItem recording) {
     co_await runOn(Executor::queue(environment_.host, queue),
                    [&] { found = readFiles(catalog, files, recording.id); });
     // Another recording was chosen, or the window has gone.
-    if (!line->model || line->token != token)
+    if (!*held || token_ != token)
         co_return;
+    const bool isOtherSource = payload_.sourceText != found.payload.sourceText;
     payload_ = std::move(found.payload);
     timeline_ = std::move(found.timeline);
     problem_ = std::move(found.problem);
     isLoading_ = false;
+    LogFields fields{{"recordingID", recording.id.text()}};
+    fields.add("sentences", std::ssize(timeline_.sentences)).add("error", problem_);
+    environment_.logger.event("history.detail.transcriptLoaded", fields);
     showRows();
+    if (isOtherSource)
+        Q_EMIT sourceChanged();
 }
 
-void HistoryDetailModel::showRows() {
+void HistoryDetailModel::showRows(bool isSameRecording) {
     using Content = HistoryTranscriptExportContent;
     const bool isBilingual =
         payload_.presentation(mode_) == HistoryTranscriptPresentation::bilingual;
-    rows_.show({{},
-                {},
-                isBilingual ? Content::bilingual : Content::source,
-                isBilingual ? payload_.bilingualText : payload_.sourceText,
-                timeline_.sentences.empty() ? timeline_.derivedSentencesFromWords()
-                                            : timeline_.sentences});
+    HistoryTranscriptExportDocument document;
+    document.content = isBilingual ? Content::bilingual : Content::source;
+    document.text = isBilingual ? payload_.bilingualText : payload_.sourceText;
+    document.sentenceTimings =
+        timeline_.sentences.empty() ? timeline_.derivedSentencesFromWords() : timeline_.sentences;
+    rows_.show(document, isSameRecording);
     Q_EMIT transcriptChanged();
 }
 
@@ -146,12 +160,10 @@ QString HistoryDetailModel::hint() const {
         return QString::fromStdString(problem_);
     switch (payload_.presentation(mode_)) {
     case HistoryTranscriptPresentation::nothing:
-        return QString::fromStdString(isRunning()
-                                          ? localized("正在录音。停止字幕后，文字会出现在这里。")
-                                          : localized("这条录音没有识别文本。"));
+        return isRunning() ? historyText("正在录音。停止字幕后，文字会出现在这里。")
+                           : historyText("这条录音没有识别文本。");
     case HistoryTranscriptPresentation::sourceWithoutTranslation:
-        return QString::fromStdString(
-            localized("这条录音没有保存译文。开启翻译后完成的新录音会在这里显示双语文本。"));
+        return historyText("这条录音没有保存译文。开启翻译后完成的新录音会在这里显示双语文本。");
     case HistoryTranscriptPresentation::source:
     case HistoryTranscriptPresentation::bilingual:
         break;

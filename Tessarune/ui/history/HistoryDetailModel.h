@@ -2,11 +2,14 @@
 
 #include "Tessarune/history/HistoryItem.h"
 #include "Tessarune/history/HistoryTranscriptPayload.h"
+#include "Tessarune/ui/controls/Lifeline.h"
 #include "Tessarune/ui/history/HistoryTranscriptModel.h"
 #include "Tessarune/ui/history/HistoryWindowEnvironment.h"
+#include "TessaruneCore/observation/Observations.h"
 
 #include <QObject>
 #include <QString>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -21,7 +24,7 @@ class HistoryDetailModel final : public QObject {
     Q_PROPERTY(QString title READ title NOTIFY recordingChanged)
     Q_PROPERTY(QString duration READ duration NOTIFY recordingChanged)
     Q_PROPERTY(bool isRunning READ isRunning NOTIFY recordingChanged)
-    Q_PROPERTY(QString note READ note NOTIFY recordingChanged)
+    Q_PROPERTY(QString note READ note NOTIFY noteChanged)
     /// 0: the source alone, 1: with the translation.
     Q_PROPERTY(int mode READ mode WRITE setMode NOTIFY modeChanged)
     Q_PROPERTY(tessarune::HistoryTranscriptModel* rows READ rows CONSTANT)
@@ -57,19 +60,22 @@ class HistoryDetailModel final : public QObject {
 
   Q_SIGNALS:
     void recordingChanged();
+    void noteChanged();
     void modeChanged();
+    /// What is shown of the texts, or the texts themselves.
     void transcriptChanged();
+    /// The text in the language that was spoken.
+    void sourceChanged();
 
   private:
-    struct Line;
-
     void readTranscript();
     Task<void> load(HistoryItem recording);
-    void showRows();
+    void showLiveText();
+    void showRows(bool isSameRecording = true);
 
     const HistoryWindowEnvironment& environment_;
     const std::shared_ptr<SerialQueue> queue_;
-    std::shared_ptr<Line> line_; ///< what returns from the queue looks here whether it is late
+    std::uint64_t token_ = 0; ///< of the last reading, the only one that counts
     std::optional<HistoryItem> recording_;
     HistoryTranscriptPayload payload_;
     HistoryWordTimeline timeline_;
@@ -78,6 +84,8 @@ class HistoryDetailModel final : public QObject {
     int mode_ = HistoryTranscriptPayload::bilingualMode;
     HistoryTranscriptModel rows_;
     NotificationCenter::Observation observation_;
+    Observations observations_;
+    const Lifeline<HistoryDetailModel> lifeline_{*this};
 };
 
 } // namespace tessarune

@@ -1,5 +1,6 @@
 #include "Tessarune/ui/history/HistoryExportModel.h"
 
+#include "Tessarune/ui/history/HistoryTexts.h"
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/text/Localization.h"
 
@@ -24,23 +25,11 @@ QString nameOf(Format format) {
 
 } // namespace
 
-struct HistoryExportModel::Line {
-    HistoryExportModel* model;
-};
-
 HistoryExportModel::HistoryExportModel(const HistoryWindowEnvironment& environment,
                                        HistoryDetailModel& detail,
                                        std::function<void(const std::string&)> onAlert)
-    : environment_(environment),
-      detail_(detail),
-      onAlert_(std::move(onAlert)),
-      line_(std::make_shared<Line>(Line{this})) {
+    : environment_(environment), detail_(detail), onAlert_(std::move(onAlert)) {
     connect(&detail_, &HistoryDetailModel::transcriptChanged, this, &HistoryExportModel::changed);
-}
-
-HistoryExportModel::~HistoryExportModel() {
-    line_->model = nullptr;
-    stop_.request_stop();
 }
 
 QVariantList HistoryExportModel::formats() const {
@@ -68,9 +57,9 @@ void HistoryExportModel::setContent(int content) {
 
 QString HistoryExportModel::hint() const {
     if (isAudio())
-        return QString::fromStdString(localized("M4A 仅导出音频，不含文字"));
-    return QString::fromStdString(canBeBilingual() ? localized("导出会话中已保存的译文")
-                                                   : localized("这条录音没有已保存译文"));
+        return historyText("M4A 仅导出音频，不含文字");
+    return canBeBilingual() ? historyText("导出会话中已保存的译文")
+                            : historyText("这条录音没有已保存译文");
 }
 
 void HistoryExportModel::run() {
@@ -83,11 +72,11 @@ void HistoryExportModel::run() {
         onAlert_(localized("这条录音没有识别文本。"));
         return;
     }
-    environment_.chooseFile(HistoryExport::suggestedFilename(request),
-                            [line = std::weak_ptr(line_), request](const auto& to) {
-                                if (const auto still = line.lock(); still && still->model)
-                                    still->model->write(request, to);
-                            });
+    environment_.chooseFile(
+        HistoryExport::suggestedFilename(request),
+        lifeline_.calling([request](HistoryExportModel& model, const std::filesystem::path& to) {
+            model.write(request, to);
+        }));
 }
 
 void HistoryExportModel::cancel() {
@@ -105,16 +94,12 @@ void HistoryExportModel::write(HistoryExportRequest request, const std::filesyst
 }
 
 Task<void> HistoryExportModel::writing(HistoryExportRequest request, std::filesystem::path to) {
-    const auto line = line_;
-    Host& host = environment_.host;
-    MediaProgress progress = [&host, late = std::weak_ptr(line_)](double fraction) {
-        host.post([late, fraction] {
-            if (const auto still = late.lock(); still && still->model) {
-                still->model->progress_ = fraction;
-                Q_EMIT still->model->busyChanged();
-            }
+    const auto held = lifeline_.held();
+    MediaProgress progress =
+        lifeline_.posting(environment_.host, [](HistoryExportModel& model, double fraction) {
+            model.progress_ = fraction;
+            Q_EMIT model.busyChanged();
         });
-    };
     std::string message = localized("已保存到：%@", {to.string()});
     try {
         Task<void> exporting =
@@ -125,7 +110,7 @@ Task<void> HistoryExportModel::writing(HistoryExportRequest request, std::filesy
     } catch (const std::exception& error) {
         message = error.what();
     }
-    if (line->model)
+    if (*held)
         finish(message);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessarune/ui/controls/Lifeline.h"
 #include "Tessarune/ui/history/HistoryDetailModel.h"
 #include "Tessarune/ui/history/HistoryWindowEnvironment.h"
 
@@ -7,7 +8,6 @@
 #include <QString>
 #include <QVariantList>
 #include <functional>
-#include <memory>
 
 namespace tessarune {
 
@@ -31,7 +31,7 @@ class HistoryExportModel final : public QObject {
     /// `onAlert` tells the user how it went.
     HistoryExportModel(const HistoryWindowEnvironment& environment, HistoryDetailModel& detail,
                        std::function<void(const std::string&)> onAlert);
-    ~HistoryExportModel() override;
+    ~HistoryExportModel() override { stop_.request_stop(); }
 
     QVariantList formats() const;
     QString format() const;
@@ -53,8 +53,6 @@ class HistoryExportModel final : public QObject {
     void busyChanged();
 
   private:
-    struct Line;
-
     void write(HistoryExportRequest request, const std::filesystem::path& to);
     Task<void> writing(HistoryExportRequest request, std::filesystem::path to);
     void finish(const std::string& message);
@@ -62,12 +60,12 @@ class HistoryExportModel final : public QObject {
     const HistoryWindowEnvironment& environment_;
     HistoryDetailModel& detail_;
     const std::function<void(const std::string&)> onAlert_;
-    std::shared_ptr<Line> line_; ///< what returns later looks here whether it is late
     std::stop_source stop_;
     HistoryExportFormat format_ = HistoryExportFormat::pdf;
     int content_ = 1;
     bool isBusy_ = false;
     double progress_ = -1;
+    const Lifeline<HistoryExportModel> lifeline_{*this};
 };
 
 } // namespace tessarune

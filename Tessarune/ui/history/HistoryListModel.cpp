@@ -1,131 +1,159 @@
 #include "Tessarune/ui/history/HistoryListModel.h"
 
-#include "Tessarune/history/HistoryItemLoader.h"
+#include "Tessarune/ui/history/HistoryTexts.h"
 #include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/DateText.h"
 #include "TessaruneCore/text/Localization.h"
-#include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
+#include <ctime>
+#include <utility>
 
 namespace tessarune {
 
 namespace {
 
+using Entry = HistoryListReader::Entry;
+using EntryPtr = HistoryListReader::EntryPtr;
+using Step = HistoryRefinementService::Progress::Step;
+
 /// Several changes in a row are read once.
 constexpr double settleSeconds = 0.05;
-/// How a transcript begins, in bytes.
-constexpr std::size_t beginning = 400;
 constexpr double daySeconds = 86'400;
-
-QByteArray keyOf(const UUID& id) {
-    return QByteArray(reinterpret_cast<const char*>(id.bytes.data()),
-                      static_cast<qsizetype>(id.bytes.size()));
-}
 
 QString dayOf(const HistoryItem& item, double now) {
     const auto day = [](double time) {
         return DateText::formatted(time, localized("yyyy年M月d日"), localized("zh_Hans_CN"));
     };
     if (item.date == day(now))
-        return QString::fromStdString(localized("今天"));
+        return historyText("今天");
     if (item.date == day(now - daySeconds))
-        return QString::fromStdString(localized("昨天"));
+        return historyText("昨天");
     return QString::fromStdString(item.date);
+}
+
+bool isSameRecording(const EntryPtr& a, const EntryPtr& b) {
+    return a->item.id == b->item.id;
+}
+
+/// The recordings about which one of the two says something else.
+template <typename Value>
+void addDifferences(const std::map<UUID, Value>& before, const std::map<UUID, Value>& now,
+                    std::set<UUID>& different) {
+    for (const auto& [id, value] : before) {
+        const auto same = now.find(id);
+        if (same == now.end() || !(same->second == value))
+            different.insert(id);
+    }
+    for (const auto& [id, value] : now) {
+        if (!before.contains(id))
+            different.insert(id);
+    }
 }
 
 } // namespace
 
-struct HistoryListModel::Line {
-    HistoryListModel* model;
-};
-
 HistoryListModel::HistoryListModel(const HistoryWindowEnvironment& environment)
     : environment_(environment),
       queue_(environment.host.serialQueue("Tessarune.history.list", QueuePriority::utility)),
-      line_(std::make_shared<Line>(Line{this})) {
+      reader_(std::make_shared<HistoryListReader>(environment.catalog, environment.files)) {
     follow();
     reload();
+    awaitMidnight();
 }
 
 HistoryListModel::~HistoryListModel() {
-    observations_.clear();
-    line_->model = nullptr;
+    notifications_.clear();
+    midnight_.cancel();
     queue_->sync([] {});
 }
 
-/// Notifications come on the thread of whoever changed something.
 void HistoryListModel::follow() {
-    const auto changed = [&host = environment_.host,
-                          line = std::weak_ptr(line_)](const NotificationObject& object) {
-        host.post([line, object] {
-            const auto still = line.lock();
-            if (!still || !still->model)
-                return;
-            if (const UUID* id = std::get_if<UUID>(&object))
-                still->model->texts_.remove(keyOf(*id));
-            still->model->reload();
-        });
+    const auto observe = [this](std::string_view name, auto act) {
+        notifications_.push_back(
+            lifeline_.observe(environment_.notifications, name, environment_.host, act));
     };
-    const auto indexed = [&host = environment_.host,
-                          line = std::weak_ptr(line_)](const NotificationObject&) {
-        host.post([line] {
-            const auto still = line.lock();
-            if (still && still->model)
-                still->model->search();
-        });
-    };
-    observations_.push_back(
-        environment_.notifications.observe(NotificationName::searchIndexDidChange, indexed));
-    observations_.push_back(
-        environment_.notifications.observe(NotificationName::recordingCatalogDidChange, changed));
-    observations_.push_back(environment_.notifications.observe(
-        NotificationName::recordingTranscriptDidUpdate, changed));
-    if (environment_.refinements)
-        refinements_.follow(*environment_.refinements, [this] {
-            if (count() > 0)
-                Q_EMIT dataChanged(index(0), index(count() - 1), {WorkRole});
-        });
+    observe(NotificationName::recordingCatalogDidChange,
+            [](HistoryListModel& model, const NotificationObject&) { model.reload(); });
+    observe(NotificationName::recordingTranscriptDidUpdate,
+            [](HistoryListModel& model, const NotificationObject& object) {
+                if (const UUID* id = std::get_if<UUID>(&object))
+                    model.transcriptChanged(*id);
+            });
+    observe(NotificationName::searchIndexDidChange,
+            [](HistoryListModel& model, const NotificationObject&) { model.search(); });
+    const HistoryRefinementService& refinement = environment_.refinement;
+    observations_.follow(refinement.jobs(), [this] { refinementsChanged(); });
+    observations_.follow(refinement.failures(), [this] { refinementsChanged(); });
+    refinementsChanged();
+}
+
+/// Then today is another day.
+void HistoryListModel::awaitMidnight() {
+    const auto now = static_cast<std::time_t>(environment_.host.wallClock());
+    std::tm local{};
+    localtime_r(&now, &local);
+    const int seconds = (local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec;
+    midnight_ = environment_.host.after(daySeconds - std::min<double>(seconds, daySeconds) + 1,
+                                        lifeline_.calling([](HistoryListModel& model) {
+                                            model.announceAll({DayRole});
+                                            model.awaitMidnight();
+                                        }));
+}
+
+void HistoryListModel::transcriptChanged(const UUID& id) {
+    queue_->async([reader = reader_, id] { reader->forget(id); });
+    reload();
+}
+
+/// Only the rows that look different are announced, for a list is long and progress is frequent.
+void HistoryListModel::refinementsChanged() {
+    std::set<UUID> different;
+    addDifferences(jobs_, *environment_.refinement.jobs(), different);
+    addDifferences(failures_, *environment_.refinement.failures(), different);
+    jobs_ = *environment_.refinement.jobs();
+    failures_ = *environment_.refinement.failures();
+    for (const UUID& id : different)
+        announce(rowOf(id), {FailedRole, StateTextRole, ProgressRole});
 }
 
 void HistoryListModel::reload() {
     isReloadDue_ = true;
-    if (!isReading_)
+    if (!std::exchange(isReading_, true))
         spawn(Executor::main(environment_.host), load());
 }
 
 Task<void> HistoryListModel::load() {
-    const auto line = line_;
+    const auto held = lifeline_.held();
     Host& host = environment_.host;
     RecordingCatalog& catalog = environment_.catalog;
-    FileSystem& files = environment_.files;
+    const auto reader = reader_;
     const auto queue = queue_;
-    isReading_ = true;
     while (isReloadDue_) {
         isReloadDue_ = false;
-        std::vector<HistoryItem> items;
+        std::vector<EntryPtr> entries;
         std::string problem;
         co_await runOn(Executor::queue(host, queue), [&] {
-            items = HistoryItemLoader::load(catalog, files);
+            entries = reader->entries();
             problem = catalog.readingProblem();
         });
-        if (!line->model)
+        if (!*held)
             co_return;
-        all_ = std::move(items);
+        all_ = std::move(entries);
         problem_ = std::move(problem);
         if (std::exchange(isLoading_, false))
             Q_EMIT loaded();
         update();
         Task<bool> settling = sleep(Executor::main(host), settleSeconds);
         co_await settling;
-        if (!line->model)
+        if (!*held)
             co_return;
     }
     isReading_ = false;
 }
 
 void HistoryListModel::setQuery(const QString& query) {
-    words_ = query.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    words_ = query.toCaseFolded().split(QLatin1Char(' '), Qt::SkipEmptyParts);
     query_ = SearchQuery::parse(query.toStdString());
     search();
     update();
@@ -141,30 +169,14 @@ void HistoryListModel::search() {
 }
 
 Task<void> HistoryListModel::find(SearchQuery query) {
-    const auto line = line_;
+    const auto held = lifeline_.held();
     const int number = searches_;
     Task<TranscriptSearch::Found> finding = environment_.search.find(std::move(query));
     const TranscriptSearch::Found found = co_await finding;
-    if (!line->model || searches_ != number)
+    if (!*held || searches_ != number)
         co_return;
     found_ = std::unordered_set<UUID>(found.recordings.begin(), found.recordings.end());
     update();
-}
-
-QString HistoryListModel::workOf(const UUID& id) const {
-    using Step = HistoryRefinementService::Progress::Step;
-    if (!environment_.refinements)
-        return {};
-    const HistoryRefinementService::Jobs& jobs = **environment_.refinements;
-    const auto job = jobs.find(id);
-    if (job == jobs.end())
-        return {};
-    const std::string part = std::to_string(static_cast<int>(job->second.fraction * 100));
-    if (job->second.isPaused || job->second.step == Step::waiting)
-        return QString::fromStdString(localized("等待精修"));
-    return QString::fromStdString(job->second.step == Step::transcribing
-                                      ? localized("精修 %lld%", {part})
-                                      : localized("翻译 %lld%", {part}));
 }
 
 void HistoryListModel::setHidden(const UUID& id, bool isHidden) {
@@ -175,120 +187,102 @@ void HistoryListModel::setHidden(const UUID& id, bool isHidden) {
     update();
 }
 
-bool HistoryListModel::isListed(const HistoryItem& item) {
-    if (hidden_.contains(item.id))
+bool HistoryListModel::isListed(const Entry& entry) const {
+    if (hidden_.contains(entry.item.id))
         return false;
-    if (words_.isEmpty() || found_.contains(item.id))
-        return true;
-    const QString text = QString::fromStdString(item.note + " " + item.date + " " + item.time) +
-                         QLatin1Char(' ') + textOf(item);
-    return std::ranges::all_of(
-        words_, [&](const QString& word) { return text.contains(word, Qt::CaseInsensitive); });
+    return words_.isEmpty() || found_.contains(entry.item.id) ||
+           std::ranges::all_of(words_,
+                               [&](const QString& word) { return entry.searched.contains(word); });
 }
 
-/// What stands before the first and behind the last difference stays where it is.
 void HistoryListModel::update() {
-    std::vector<HistoryItem> now;
+    std::vector<EntryPtr> now;
     std::ranges::copy_if(all_, std::back_inserter(now),
-                         [this](const HistoryItem& item) { return isListed(item); });
-    const auto isSame = [](const HistoryItem& a, const HistoryItem& b) { return a.id == b.id; };
-    const auto first = std::ranges::mismatch(shown_, now, isSame);
-    const auto begin = static_cast<int>(first.in1 - shown_.begin());
-    int common = 0;
-    while (static_cast<int>(shown_.size()) - common > begin &&
-           static_cast<int>(now.size()) - common > begin &&
-           isSame(shown_[shown_.size() - 1 - static_cast<std::size_t>(common)],
-                  now[now.size() - 1 - static_cast<std::size_t>(common)]))
-        ++common;
-    const int removedEnd = static_cast<int>(shown_.size()) - common;
-    const int addedEnd = static_cast<int>(now.size()) - common;
-    const auto at = [](auto& rows, int row) { return rows.begin() + row; };
-    if (removedEnd > begin) {
-        beginRemoveRows({}, begin, removedEnd - 1);
-        shown_.erase(at(shown_, begin), at(shown_, removedEnd));
-        endRemoveRows();
-    }
-    if (addedEnd > begin) {
-        beginInsertRows({}, begin, addedEnd - 1);
-        shown_.insert(at(shown_, begin), at(now, begin), at(now, addedEnd));
-        endInsertRows();
-    }
-    shown_ = std::move(now);
-    if (!shown_.empty())
-        Q_EMIT dataChanged(index(0), index(count() - 1));
-    if (removedEnd > begin || addedEnd > begin)
+                         [this](const EntryPtr& entry) { return isListed(*entry); });
+    if (show(std::move(now), isSameRecording))
         Q_EMIT countChanged();
     Q_EMIT updated();
 }
 
-QString HistoryListModel::textOf(const HistoryItem& item) const {
-    const QByteArray key = keyOf(item.id);
-    if (const auto known = texts_.constFind(key); known != texts_.constEnd())
-        return *known;
-    std::string text;
-    try {
-        const auto path = environment_.catalog.transcriptURL(item.id);
-        if (environment_.files.exists(path))
-            text = environment_.files.read(path, 0, beginning);
-    } catch (const std::exception&) { // the detail says what is wrong
-    }
-    const std::string_view whole = Text::withoutCutCharacter(text);
-    QString shown = QString::fromStdString(Text::collapsingWhiteSpace(Text::trimmed(whole)));
-    if (!item.live)
-        texts_.insert(key, shown);
-    return shown;
-}
-
-int HistoryListModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : static_cast<int>(shown_.size());
-}
-
 const HistoryItem* HistoryListModel::item(int row) const {
-    return row >= 0 && row < count() ? &shown_[static_cast<std::size_t>(row)] : nullptr;
+    const EntryPtr* const entry = at(row);
+    return entry ? &(*entry)->item : nullptr;
 }
 
 int HistoryListModel::rowOf(const UUID& id) const {
-    const auto found = std::ranges::find(shown_, id, &HistoryItem::id);
-    return found == shown_.end() ? -1 : static_cast<int>(found - shown_.begin());
+    const auto found =
+        std::ranges::find(rows(), id, [](const EntryPtr& entry) { return entry->item.id; });
+    return found == rows().end() ? -1 : static_cast<int>(found - rows().begin());
+}
+
+HistoryListModel::State HistoryListModel::stateOf(const Entry& entry) const {
+    if (entry.item.live)
+        return State::recording;
+    if (const auto job = jobs_.find(entry.item.id); job != jobs_.end())
+        return job->second.isPaused || job->second.step == Step::waiting ? State::waiting
+                                                                         : State::refining;
+    if (failures_.contains(entry.item.id))
+        return State::failed;
+    return entry.beginning.isEmpty() ? State::blank : State::finished;
+}
+
+QString HistoryListModel::stateText(const Entry& entry) const {
+    switch (stateOf(entry)) {
+    case State::recording:
+        return historyText("正在录音");
+    case State::waiting:
+        return historyText("等待精修");
+    case State::refining: {
+        const HistoryRefinementService::Progress& job = jobs_.at(entry.item.id);
+        const std::string part = std::to_string(static_cast<int>(job.fraction * 100));
+        return job.step == Step::transcribing ? historyText("精修 %lld%", {part})
+                                              : historyText("翻译 %lld%", {part});
+    }
+    case State::failed:
+        return historyText("精修失败");
+    case State::blank:
+        return historyText("没有文字");
+    case State::finished:
+        break;
+    }
+    return {};
 }
 
 QVariant HistoryListModel::data(const QModelIndex& index, int role) const {
-    const HistoryItem* const row = item(index.row());
+    const EntryPtr* const row = at(index.row());
     if (!row)
         return {};
+    const Entry& entry = **row;
     switch (role) {
     case DayRole:
-        return dayOf(*row, environment_.host.now());
+        return dayOf(entry.item, environment_.host.wallClock());
     case TimeRole:
-        return QString::fromStdString(row->time.substr(0, 5));
+        return QString::fromStdString(entry.item.time.substr(0, 5));
     case TitleRole: {
-        const QString note = QString::fromStdString(row->note).simplified();
-        return note.isEmpty() ? textOf(*row) : note;
+        const QString note = QString::fromStdString(entry.item.note).simplified();
+        return note.isEmpty() ? entry.beginning : note;
     }
     case DurationRole:
-        return QString::fromStdString(row->dur);
+        return QString::fromStdString(entry.item.dur);
     case BilingualRole:
-        return row->hasBilingualTranscript;
+        return entry.item.hasBilingualTranscript;
     case RunningRole:
-        return row->live;
-    case WorkRole:
-        return workOf(row->id);
-    case EmptyRole:
-        return !row->live && textOf(*row).isEmpty();
+        return entry.item.live;
+    case FailedRole:
+        return stateOf(entry) == State::failed;
+    case StateTextRole:
+        return stateText(entry);
+    case ProgressRole:
+        return stateOf(entry) == State::refining ? jobs_.at(entry.item.id).fraction : -1.0;
     default:
         return {};
     }
 }
 
 QHash<int, QByteArray> HistoryListModel::roleNames() const {
-    return {{DayRole, "day"},
-            {TimeRole, "time"},
-            {TitleRole, "title"},
-            {DurationRole, "duration"},
-            {BilingualRole, "bilingual"},
-            {RunningRole, "running"},
-            {EmptyRole, "blank"},
-            {WorkRole, "work"}};
+    return {{DayRole, "day"},           {TimeRole, "time"},           {TitleRole, "title"},
+            {DurationRole, "duration"}, {BilingualRole, "bilingual"}, {RunningRole, "running"},
+            {FailedRole, "failed"},     {StateTextRole, "stateText"}, {ProgressRole, "progress"}};
 }
 
 } // namespace tessarune

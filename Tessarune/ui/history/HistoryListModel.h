@@ -1,14 +1,16 @@
 #pragma once
 
-#include "Tessarune/history/HistoryItem.h"
+#include "Tessarune/refinement/HistoryRefinementService.h"
+#include "Tessarune/ui/controls/Lifeline.h"
+#include "Tessarune/ui/controls/ListedRows.h"
+#include "Tessarune/ui/history/HistoryListReader.h"
 #include "Tessarune/ui/history/HistoryWindowEnvironment.h"
 #include "TessaruneCore/observation/Observations.h"
 
-#include <QAbstractListModel>
 #include <QHash>
 #include <QString>
+#include <QStringList>
 #include <memory>
-#include <optional>
 #include <set>
 #include <string>
 #include <unordered_set>
@@ -17,9 +19,9 @@
 namespace tessarune {
 
 /// The recordings of the catalog as they are listed: newest first, by day, those that a search
-/// leaves. It follows the catalog; changes are told as the smallest ones, so that the list stays
-/// where the reader is. Main thread; the environment outlives it.
-class HistoryListModel final : public QAbstractListModel {
+/// leaves, each with what is being done with it. It follows the catalog and the refinements. Main
+/// thread, which never waits for the disk; the environment outlives it.
+class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
     Q_OBJECT
     Q_PROPERTY(int count READ count NOTIFY countChanged)
     /// Nothing is known of the catalog yet.
@@ -32,19 +34,18 @@ class HistoryListModel final : public QAbstractListModel {
         TitleRole, ///< its note, or how it begins
         DurationRole,
         BilingualRole,
-        RunningRole, ///< it is being recorded
-        EmptyRole,   ///< it has no transcript
-        WorkRole,    ///< what is being done with it; empty: nothing
+        RunningRole,   ///< it is being recorded
+        FailedRole,    ///< its refinement came to nothing
+        StateTextRole, ///< what is being done with it, or is wrong; empty: nothing
+        ProgressRole,  ///< 0 to 1 while it is worked on; below 0: it is not, or waits
     };
 
     explicit HistoryListModel(const HistoryWindowEnvironment& environment);
     ~HistoryListModel() override;
 
-    int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
 
-    int count() const { return rowCount(); }
     bool isLoading() const { return isLoading_; }
     /// Why the catalog cannot be read; empty if it can.
     const std::string& problem() const { return problem_; }
@@ -57,7 +58,6 @@ class HistoryListModel final : public QAbstractListModel {
 
     const HistoryItem* item(int row) const;
     int rowOf(const UUID& id) const;
-    std::size_t countOfAll() const { return all_.size(); }
 
   Q_SIGNALS:
     void countChanged();
@@ -66,25 +66,27 @@ class HistoryListModel final : public QAbstractListModel {
     void updated();
 
   private:
-    struct Line;
+    enum class State { finished, recording, waiting, refining, failed, blank };
 
+    void follow();
+    void awaitMidnight();
+    void transcriptChanged(const UUID& id);
+    void refinementsChanged();
     void reload();
     Task<void> load();
     void update();
     void search();
     Task<void> find(SearchQuery query);
-    bool isListed(const HistoryItem& item);
-    QString textOf(const HistoryItem& item) const;
-    void follow();
-    QString workOf(const UUID& id) const;
+    bool isListed(const HistoryListReader::Entry& entry) const;
+    State stateOf(const HistoryListReader::Entry& entry) const;
+    QString stateText(const HistoryListReader::Entry& entry) const;
 
     const HistoryWindowEnvironment& environment_;
     const std::shared_ptr<SerialQueue> queue_;
-    std::shared_ptr<Line> line_; ///< what returns from the queue looks here whether it is late
-    std::vector<HistoryItem> all_;
-    std::vector<HistoryItem> shown_;
+    const std::shared_ptr<HistoryListReader> reader_; ///< on the queue
+    std::vector<HistoryListReader::EntryPtr> all_;
     std::set<UUID> hidden_;
-    QStringList words_;
+    QStringList words_; ///< of the query, folded
     SearchQuery query_;
     int searches_ = 0;
     std::unordered_set<UUID> found_; ///< by the last search
@@ -92,10 +94,12 @@ class HistoryListModel final : public QAbstractListModel {
     bool isLoading_ = true;
     bool isReloadDue_ = false;
     bool isReading_ = false;
-    mutable QHash<QByteArray, QString>
-        texts_; ///< how transcripts begin, as far as they were asked for
-    std::vector<NotificationCenter::Observation> observations_;
-    Observations refinements_;
+    HistoryRefinementService::Jobs jobs_; ///< as they are shown
+    HistoryRefinementService::Failures failures_;
+    std::vector<NotificationCenter::Observation> notifications_;
+    Observations observations_;
+    DelayedCall midnight_;
+    const Lifeline<HistoryListModel> lifeline_{*this};
 };
 
 } // namespace tessarune

@@ -148,6 +148,28 @@ void HistoryPlaybackModel::playRow(int row) {
         transcript_->playSentence(static_cast<std::size_t>(row));
 }
 
+void HistoryPlaybackModel::playWord(int row, int character) {
+    if (!isAvailable() || row < 0)
+        return;
+    const auto* const sentence = transcript_->rows().sentenceTiming(static_cast<std::size_t>(row));
+    if (!sentence)
+        return;
+    const QString text = QString::fromStdString(sentence->source);
+    const auto offset = static_cast<std::size_t>(text.left(character).toUtf8().size());
+    for (const SentenceToken& token : transcript_->rows().tokens(static_cast<std::size_t>(row))) {
+        if (offset < token.offset || offset >= token.offset + token.length)
+            continue;
+        loadIfNeeded();
+        return transcript_->playFrom(token);
+    }
+}
+
+void HistoryPlaybackModel::focusRow(int row) {
+    loadIfNeeded();
+    if (isAvailable() && row >= 0)
+        transcript_->focus(static_cast<std::size_t>(row));
+}
+
 void HistoryPlaybackModel::stepSentence(int direction) {
     loadIfNeeded();
     if (isAvailable())

@@ -54,6 +54,10 @@ class HistoryPlaybackModel final : public QObject {
     Q_INVOKABLE void skip(double seconds) { seek(position() + seconds); }
     /// Hears just this row's sentence.
     Q_INVOKABLE void playRow(int row);
+    /// Goes on from the word at this character of the row's text.
+    Q_INVOKABLE void playWord(int row, int character);
+    /// Marks a row and goes there without playing.
+    Q_INVOKABLE void focusRow(int row);
     Q_INVOKABLE void stepSentence(int direction);
     Q_INVOKABLE void toggleRepeat();
     /// One of the rates faster or slower.

@@ -2,31 +2,35 @@
 
 #include <QString>
 #include <utility>
+#include <vector>
 
 namespace tessarune {
 
-void HistoryTranscriptModel::show(HistoryTranscriptExportDocument document) {
-    beginResetModel();
-    document_ = std::move(document);
-    rows_ = document_.transcriptRows();
-    endResetModel();
-}
-
-int HistoryTranscriptModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : static_cast<int>(rows_.size());
+void HistoryTranscriptModel::show(const HistoryTranscriptExportDocument& document,
+                                  bool isSameRecording) {
+    isTimed_ = !document.sentenceTimings.empty();
+    std::vector<HistoryTranscriptRow> now;
+    for (auto& row : document.transcriptRows())
+        now.push_back({document.timeOfRow(now.size()).value_or(""), std::move(row.source),
+                       std::move(row.translation)});
+    const auto isSamePlace = [](const auto&, const auto&) { return true; };
+    if (isSameRecording)
+        ListedRows::show(std::move(now), isSamePlace);
+    else
+        reset(std::move(now));
 }
 
 QVariant HistoryTranscriptModel::data(const QModelIndex& index, int role) const {
-    if (!index.isValid() || index.row() >= rowCount())
+    const HistoryTranscriptRow* const row = at(index.row());
+    if (!row)
         return {};
-    const auto row = static_cast<std::size_t>(index.row());
     switch (role) {
     case TimeRole:
-        return QString::fromStdString(document_.timeOf(rows_[row]).value_or(""));
+        return QString::fromStdString(row->time);
     case SourceRole:
-        return QString::fromStdString(rows_[row].source);
+        return QString::fromStdString(row->source);
     case TranslationRole:
-        return QString::fromStdString(rows_[row].translation);
+        return QString::fromStdString(row->translation);
     default:
         return {};
     }

@@ -1,31 +1,39 @@
 #pragma once
 
 #include "Tessarune/history/HistoryTranscriptExportDocument.h"
+#include "Tessarune/ui/controls/ListedRows.h"
 
-#include <QAbstractListModel>
 #include <QHash>
-#include <vector>
+#include <string>
 
 namespace tessarune {
 
+/// A sentence as it is read. Texts may be empty.
+struct HistoryTranscriptRow {
+    std::string time;
+    std::string source;
+    std::string translation;
+
+    bool operator==(const HistoryTranscriptRow&) const = default;
+};
+
 /// The rows of one transcript, each with its time. Main thread.
-class HistoryTranscriptModel final : public QAbstractListModel {
+class HistoryTranscriptModel final : public ListedRows<HistoryTranscriptRow> {
     Q_OBJECT
 
   public:
     enum Role { TimeRole = Qt::UserRole, SourceRole, TranslationRole };
 
-    void show(HistoryTranscriptExportDocument document);
+    /// Another text of the same recording keeps the reader's place.
+    void show(const HistoryTranscriptExportDocument& document, bool isSameRecording);
     /// A time stands beside the rows.
-    bool isTimed() const { return !document_.sentenceTimings.empty(); }
+    bool isTimed() const { return isTimed_; }
 
-    int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
 
   private:
-    HistoryTranscriptExportDocument document_;
-    std::vector<HistoryTranscriptExportDocument::TranscriptRow> rows_;
+    bool isTimed_ = false;
 };
 
 } // namespace tessarune

@@ -17,18 +17,29 @@ namespace tessarune {
 
 namespace {
 
+/// Views may name the type of what they are given.
+template <typename Model>
+void offer(const char* name) {
+    qmlRegisterUncreatableType<Model>("Tessarune", 1, 0, name, {});
+}
+
 void registerHistoryTypes() {
     static const bool once = [] {
         useHistoryFiles();
         registerControls();
-        qmlRegisterUncreatableType<HistoryListModel>("Tessarune", 1, 0, "HistoryListModel", {});
-        qmlRegisterUncreatableType<HistoryTranscriptModel>("Tessarune", 1, 0,
-                                                           "HistoryTranscriptModel", {});
-        qmlRegisterUncreatableType<HistoryDetailModel>("Tessarune", 1, 0, "HistoryDetailModel", {});
-        qmlRegisterUncreatableType<HistoryExportModel>("Tessarune", 1, 0, "HistoryExportModel", {});
-        qmlRegisterUncreatableType<HistoryPlaybackModel>("Tessarune", 1, 0, "HistoryPlaybackModel",
-                                                         {});
-        qmlRegisterUncreatableType<HistoryWindowModel>("Tessarune", 1, 0, "HistoryWindowModel", {});
+        offer<HistoryListModel>("HistoryListModel");
+        offer<HistoryTranscriptModel>("HistoryTranscriptModel");
+        offer<HistoryDetailModel>("HistoryDetailModel");
+        offer<HistoryExportModel>("HistoryExportModel");
+        offer<HistoryPlaybackModel>("HistoryPlaybackModel");
+        offer<HistoryImportsModel>("HistoryImportsModel");
+        offer<HistoryRefinementModel>("HistoryRefinementModel");
+        offer<HistoryWordsModel>("HistoryWordsModel");
+        offer<VocabularyModel>("VocabularyModel");
+        offer<WordListModel>("WordListModel");
+        offer<WordCardModel>("WordCardModel");
+        offer<UsageModel>("UsageModel");
+        offer<HistoryWindowModel>("HistoryWindowModel");
         return true;
     }();
     Q_UNUSED(once);

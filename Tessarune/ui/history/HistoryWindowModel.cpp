@@ -1,5 +1,6 @@
 #include "Tessarune/ui/history/HistoryWindowModel.h"
 
+#include "Tessarune/ui/history/HistoryTexts.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <algorithm>
@@ -11,10 +12,6 @@ namespace {
 
 constexpr int messageMS = 8000;
 
-QString historyText(std::string_view key) {
-    return QString::fromStdString(localized(key));
-}
-
 } // namespace
 
 HistoryWindowModel::HistoryWindowModel(const HistoryWindowEnvironment& environment)
@@ -22,11 +19,25 @@ HistoryWindowModel::HistoryWindowModel(const HistoryWindowEnvironment& environme
       list_(environment_),
       detail_(environment_),
       exports_(environment_, detail_, [this](const std::string& message) { tell(message); }),
-      playback_(environment_, detail_) {
+      playback_(environment_, detail_),
+      refinement_(
+          environment_, detail_, [this] { return mayChange(); },
+          [this](const std::string& message) { tell(message); }),
+      imports_(environment_, [this] { return mayChange(); }),
+      card_(environment_, [this] { playback_.pause(); }),
+      words_(environment_, detail_, card_),
+      vocabulary_(*environment_.vocabulary, card_),
+      usage_(environment_) {
     connect(&list_, &HistoryListModel::updated, this, &HistoryWindowModel::listUpdated);
     messageTimer_.setInterval(messageMS);
     messageTimer_.setSingleShot(true);
     connect(&messageTimer_, &QTimer::timeout, this, &HistoryWindowModel::dismissMessage);
+    selection_ = lifeline_.observe(
+        environment_.notifications, NotificationName::historyImportSelectRecording,
+        environment_.host, [](HistoryWindowModel& model, const NotificationObject& object) {
+            if (const UUID* id = std::get_if<UUID>(&object))
+                model.select(*id);
+        });
 }
 
 HistoryWindowModel::~HistoryWindowModel() {
@@ -34,6 +45,10 @@ HistoryWindowModel::~HistoryWindowModel() {
 }
 
 void HistoryWindowModel::listUpdated() {
+    if (wanted_ && list_.rowOf(*wanted_) >= 0) {
+        current_ = std::exchange(wanted_, std::nullopt);
+        setPage(Page::recording);
+    }
     int row = current_ ? list_.rowOf(*current_) : -1;
     if (row < 0) // it is gone, or nothing was chosen yet: its neighbour
         row = std::min(lastRow_, list_.count() - 1);
@@ -51,14 +66,27 @@ int HistoryWindowModel::currentRow() const {
 
 void HistoryWindowModel::setCurrentRow(int row) {
     const HistoryItem* const item = list_.item(row);
-    if (!item || current_ == item->id)
+    if (!item)
         return;
+    setPage(Page::recording);
+    if (current_ == item->id)
+        return;
+    wanted_.reset();
     current_ = item->id;
     listUpdated();
 }
 
+void HistoryWindowModel::setPage(Page page) {
+    if (std::exchange(page_, page) == page)
+        return;
+    card_.close();
+    usage_.setOpen(page == Page::usage);
+    Q_EMIT pageChanged();
+}
+
 void HistoryWindowModel::select(const UUID& id) {
-    setCurrentRow(list_.rowOf(id));
+    wanted_ = id;
+    listUpdated();
 }
 
 void HistoryWindowModel::setQuery(const QString& query) {
@@ -138,9 +166,10 @@ void HistoryWindowModel::setNote(const QString& note) {
 
 void HistoryWindowModel::copy(bool withTranslation) {
     const HistoryTranscriptPayload& payload = detail_.payload();
-    environment_.copy(withTranslation && detail_.hasTranslation() ? payload.bilingualText
-                                                                  : payload.sourceText);
-    tell(localized("已复制"));
+    const bool isBilingual = withTranslation && detail_.hasTranslation();
+    environment_.copy(isBilingual ? payload.bilingualText : payload.sourceText);
+    tell(withTranslation && !isBilingual ? localized("已复制原文；这条录音没有保存译文。")
+                                         : localized("已复制"));
 }
 
 QString HistoryWindowModel::emptyTitle() const {
@@ -151,40 +180,18 @@ QString HistoryWindowModel::emptyTitle() const {
     return query_.trimmed().isEmpty() ? historyText("还没有录音") : historyText("没有找到");
 }
 
+bool HistoryWindowModel::hasNoRecordings() const {
+    return !emptyTitle().isEmpty() && list_.problem().empty() && query_.trimmed().isEmpty();
+}
+
 QString HistoryWindowModel::emptyText() const {
     if (emptyTitle().isEmpty())
         return {};
     if (!list_.problem().empty())
         return QString::fromStdString(list_.problem());
-    return query_.trimmed().isEmpty()
-               ? historyText("开始字幕后，每次会话的录音、文字和译文都会保存在这里。")
-               : historyText("换一个词，或清除搜索。");
-}
-
-QVariantMap HistoryWindowModel::texts() const {
-    return {{"title", historyText("历史记录")},
-            {"search", historyText("搜索历史记录")},
-            {"source", historyText("原文")},
-            {"bilingual", historyText("双语")},
-            {"running", historyText("正在录音")},
-            {"blank", historyText("没有文字")},
-            {"note", historyText("添加备注")},
-            {"copyBoth", historyText("复制原文和译文")},
-            {"copySource", historyText("复制原文")},
-            {"export", historyText("导出")},
-            {"exportTo", historyText("导出到…")},
-            {"exporting", historyText("正在导出…")},
-            {"cancel", historyText("取消")},
-            {"delete", historyText("删除")},
-            {"undo", historyText("撤销")},
-            {"play", historyText("播放")},
-            {"pause", historyText("暂停")},
-            {"place", historyText("播放位置")},
-            {"rate", historyText("播放速度")},
-            {"repeat", historyText("重复这一句")},
-            {"playSentence", historyText("播放这一句")},
-            {"dismiss", historyText("知道了")},
-            {"choose", historyText("从左侧选择一条录音")}};
+    return query_.trimmed().isEmpty() ? historyText("开始字幕后，每次会话的录音、文字和译文都会保存"
+                                                    "在这里。也可以导入声音或视频文件。")
+                                      : historyText("换一个词，或清除搜索。");
 }
 
 } // namespace tessarune

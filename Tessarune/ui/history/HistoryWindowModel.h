@@ -1,10 +1,18 @@
 #pragma once
 
+#include "Tessarune/ui/controls/Lifeline.h"
 #include "Tessarune/ui/history/HistoryDetailModel.h"
 #include "Tessarune/ui/history/HistoryExportModel.h"
+#include "Tessarune/ui/history/HistoryImportsModel.h"
 #include "Tessarune/ui/history/HistoryListModel.h"
 #include "Tessarune/ui/history/HistoryPlaybackModel.h"
+#include "Tessarune/ui/history/HistoryRefinementModel.h"
+#include "Tessarune/ui/history/HistoryTexts.h"
 #include "Tessarune/ui/history/HistoryWindowEnvironment.h"
+#include "Tessarune/ui/history/HistoryWordsModel.h"
+#include "Tessarune/ui/history/UsageModel.h"
+#include "Tessarune/ui/history/VocabularyModel.h"
+#include "Tessarune/ui/history/WordCardModel.h"
 
 #include <QObject>
 #include <QString>
@@ -15,8 +23,8 @@
 
 namespace tessarune {
 
-/// The history window: a list, the recording that is chosen in it, and what was just done. Main
-/// thread; the environment outlives it.
+/// The history window: a list; beside it the recording that is chosen in it, the vocabulary or the
+/// usage; and what was just done. Main thread; the environment outlives it.
 ///
 /// A deletion waits until it cannot be taken back any more: some seconds, another deletion, or the
 /// end of the window.
@@ -26,6 +34,15 @@ class HistoryWindowModel final : public QObject {
     Q_PROPERTY(tessarune::HistoryDetailModel* detail READ detail CONSTANT)
     Q_PROPERTY(tessarune::HistoryExportModel* exports READ exports CONSTANT)
     Q_PROPERTY(tessarune::HistoryPlaybackModel* playback READ playback CONSTANT)
+    Q_PROPERTY(tessarune::HistoryRefinementModel* refinement READ refinement CONSTANT)
+    Q_PROPERTY(tessarune::HistoryImportsModel* imports READ imports CONSTANT)
+    Q_PROPERTY(tessarune::HistoryWordsModel* words READ words CONSTANT)
+    Q_PROPERTY(tessarune::VocabularyModel* vocabulary READ vocabulary CONSTANT)
+    Q_PROPERTY(tessarune::WordCardModel* card READ card CONSTANT)
+    Q_PROPERTY(tessarune::UsageModel* usage READ usage CONSTANT)
+    /// What stands beside the list, in place of the chosen recording.
+    Q_PROPERTY(bool showsVocabulary READ showsVocabulary NOTIFY pageChanged)
+    Q_PROPERTY(bool showsUsage READ showsUsage NOTIFY pageChanged)
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
     Q_PROPERTY(int currentRow READ currentRow WRITE setCurrentRow NOTIFY currentRowChanged)
     /// What happened last; empty: it is a while ago.
@@ -34,6 +51,8 @@ class HistoryWindowModel final : public QObject {
     /// Why the list is empty, and what to do; empty while it is not.
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY emptyChanged)
     Q_PROPERTY(QString emptyText READ emptyText NOTIFY emptyChanged)
+    /// The list is empty because there are no recordings yet.
+    Q_PROPERTY(bool hasNoRecordings READ hasNoRecordings NOTIFY emptyChanged)
     /// The fixed texts of the window.
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
 
@@ -45,6 +64,14 @@ class HistoryWindowModel final : public QObject {
     HistoryDetailModel* detail() { return &detail_; }
     HistoryExportModel* exports() { return &exports_; }
     HistoryPlaybackModel* playback() { return &playback_; }
+    HistoryRefinementModel* refinement() { return &refinement_; }
+    HistoryImportsModel* imports() { return &imports_; }
+    HistoryWordsModel* words() { return &words_; }
+    VocabularyModel* vocabulary() { return &vocabulary_; }
+    WordCardModel* card() { return &card_; }
+    UsageModel* usage() { return &usage_; }
+    bool showsVocabulary() const { return page_ == Page::vocabulary; }
+    bool showsUsage() const { return page_ == Page::usage; }
     QString query() const { return query_; }
     void setQuery(const QString& query);
     int currentRow() const;
@@ -53,7 +80,12 @@ class HistoryWindowModel final : public QObject {
     bool canUndo() const { return deleted_.has_value(); }
     QString emptyTitle() const;
     QString emptyText() const;
-    QVariantMap texts() const;
+    bool hasNoRecordings() const;
+    QVariantMap texts() const { return historyTexts(); }
+
+    Q_INVOKABLE void openRecording() { setPage(Page::recording); }
+    Q_INVOKABLE void openVocabulary() { setPage(Page::vocabulary); }
+    Q_INVOKABLE void openUsage() { setPage(Page::usage); }
 
     /// Deletes the chosen recording, at first so that it can be taken back.
     Q_INVOKABLE void deleteCurrent();
@@ -62,16 +94,20 @@ class HistoryWindowModel final : public QObject {
     Q_INVOKABLE void setNote(const QString& note);
     Q_INVOKABLE void copy(bool withTranslation);
 
-    /// Chooses a recording, if it is listed.
+    /// Chooses a recording, if it is listed or as soon as it is.
     void select(const UUID& id);
 
   Q_SIGNALS:
+    void pageChanged();
     void queryChanged();
     void currentRowChanged();
     void messageChanged();
     void emptyChanged();
 
   private:
+    enum class Page { recording, vocabulary, usage };
+
+    void setPage(Page page);
     void tell(const std::string& message);
     bool mayChange();
     /// False: the recording could not be deleted, which is told.
@@ -83,12 +119,22 @@ class HistoryWindowModel final : public QObject {
     HistoryDetailModel detail_;
     HistoryExportModel exports_;
     HistoryPlaybackModel playback_;
+    HistoryRefinementModel refinement_;
+    HistoryImportsModel imports_;
+    WordCardModel card_;
+    HistoryWordsModel words_;
+    VocabularyModel vocabulary_;
+    UsageModel usage_;
+    Page page_ = Page::recording;
     QString query_;
     std::optional<UUID> current_;
-    int lastRow_ = 0; ///< where the chosen recording was listed last
+    std::optional<UUID> wanted_; ///< to be chosen when it is listed
+    int lastRow_ = 0;            ///< where the chosen recording was listed last
     QString message_;
     std::optional<UUID> deleted_; ///< not listed any more, and still there
     QTimer messageTimer_;
+    NotificationCenter::Observation selection_;
+    const Lifeline<HistoryWindowModel> lifeline_{*this};
 };
 
 } // namespace tessarune

@@ -3,6 +3,7 @@
 #include "tests/ui/StagedHistory.h"
 
 #include <QObject>
+#include <QQuickItem>
 #include <QString>
 #include <functional>
 
@@ -11,7 +12,7 @@ namespace tessarune {
 struct HistoryPicture {
     const char* name;
     std::function<void(StagedHistory&)> stage;
-    std::function<void(HistoryWindow&)> act = {};
+    std::function<void(StagedHistory&)> act = {}; // with the window open
 };
 
 inline void fillHistory(StagedHistory& history) {
@@ -39,29 +40,121 @@ inline void fillHistory(StagedHistory& history) {
         history.add(86'400.0 * day, "A session about one thing or another, and what came of it.");
 }
 
-inline void choose(HistoryWindow& window, int row) {
-    window.model().setCurrentRow(row);
+/// Two months, with days of much and days of nothing.
+inline void fillMonths(StagedHistory& history) {
+    fillHistory(history);
+    for (int day = 10; day < 64; ++day) {
+        for (int session = 0; session < day * 7 % 5; ++session)
+            history.add(86'400.0 * day + 900.0 * session, std::string(40, 'a') + " b c");
+    }
+}
+
+inline HistoryWindowModel& modelOf(StagedHistory& history) {
+    return history.window->model();
+}
+
+inline void choose(StagedHistory& history, int row) {
+    modelOf(history).setCurrentRow(row);
+    history.runFor(200);
+}
+
+inline void click(StagedHistory& history, const char* name, const char* method = "clicked") {
+    QMetaObject::invokeMethod(history.window->window().findChild<QObject*>(name), method);
+}
+
+inline void importFiles(StagedHistory& history) {
+    history.isCopyHeld = true;
+    modelOf(history).imports()->add({history.file("Interview with the mayor.mp3", "sound"),
+                                     history.file("Lecture 4.mkv", "sound"),
+                                     QUrl("https://example.org/talk.mp3")});
+}
+
+inline void refine(StagedHistory& history) {
+    choose(history, 1);
+    modelOf(history).refinement()->refresh();
+    modelOf(history).refinement()->refine(0);
+}
+
+inline void openWords(StagedHistory& history) {
+    choose(history, 1);
+    for (const char* word : {"time", "age", "city"})
+        history.vocabulary->addFavorite(word);
+    for (const char* word : {"the", "it", "be", "of", "time"})
+        history.vocabulary->markMastered(word);
+    click(history, "openWords");
+    history.runFor(300);
+}
+
+inline void openUsage(StagedHistory& history) {
+    modelOf(history).openUsage();
+    runUntil([&] { return modelOf(history).usage()->rowCount() > 0; });
 }
 
 inline const HistoryPicture historyPictures[] = {
-    {"bilingual", fillHistory, [](auto& w) { choose(w, 1); }},
+    {"bilingual", fillHistory, [](auto& h) { choose(h, 1); }},
     {"source", fillHistory,
-     [](auto& w) {
-         choose(w, 3);
-         w.model().setQuery("a");
+     [](auto& h) {
+         choose(h, 3);
+         modelOf(h).setQuery("a");
      }},
     {"running", fillHistory},
+    {"no-text", fillHistory, [](auto& h) { choose(h, 4); }},
     {"export", fillHistory,
-     [](auto& w) {
-         choose(w, 1);
-         QMetaObject::invokeMethod(w.window().template findChild<QObject*>("exportPanel"), "open");
+     [](auto& h) {
+         choose(h, 1);
+         click(h, "exportPanel", "open");
      }},
     {"deleted", fillHistory,
-     [](auto& w) {
-         choose(w, 2);
-         w.model().deleteCurrent();
+     [](auto& h) {
+         choose(h, 2);
+         modelOf(h).deleteCurrent();
      }},
-    {"nothing-found", fillHistory, [](auto& w) { w.model().setQuery("xyz"); }},
+    {"importing", fillHistory, importFiles},
+    {"refine", fillHistory,
+     [](auto& h) {
+         choose(h, 1);
+         click(h, "refinePanel", "open");
+     }},
+    {"refining",
+     [](auto& h) {
+         h.hearsForever = true;
+         fillHistory(h);
+     },
+     refine},
+    {"refinement-failed",
+     [](auto& h) {
+         h.failure = "tiny-en: the file of the model is damaged";
+         fillHistory(h);
+     },
+     refine},
+    {"words", fillHistory, openWords},
+    {"word", fillHistory,
+     [](auto& h) {
+         openWords(h);
+         auto* const list = h.window->window().template findChild<QQuickItem*>("words");
+         list->forceActiveFocus();
+         list->setProperty("currentIndex", 3);
+     }},
+    {"words-narrow", fillHistory,
+     [](auto& h) {
+         h.window->window().resize(h.window->window().minimumSize());
+         openWords(h);
+     }},
+    {"vocabulary", fillHistory,
+     [](auto& h) {
+         openWords(h);
+         modelOf(h).openVocabulary();
+     }},
+    {"vocabulary-empty", fillHistory, [](auto& h) { modelOf(h).openVocabulary(); }},
+    {"usage", fillMonths, openUsage},
+    {"usage-months", fillMonths,
+     [](auto& h) {
+         openUsage(h);
+         modelOf(h).usage()->setPeriod(2);
+         modelOf(h).usage()->setMeasure(1);
+     }},
+    {"usage-empty", [](auto&) {}, [](auto& h) { modelOf(h).openUsage(); }},
+    {"nothing-found", fillHistory, [](auto& h) { modelOf(h).setQuery("xyz"); }},
     {"empty", [](auto&) {}},
 };
 
@@ -71,9 +164,10 @@ bool drawHistory(const QString& folder, const char* shade, Save save) {
         StagedHistory history;
         picture.stage(history);
         history.open();
+        runUntil([&] { return !modelOf(history).list()->isLoading(); });
         history.runFor(300);
         if (picture.act)
-            picture.act(*history.window);
+            picture.act(history);
         history.runFor(400);
         const QString name = QStringLiteral("/history-%1-%2.png")
                                  .arg(QString::fromUtf8(picture.name), QString::fromUtf8(shade));

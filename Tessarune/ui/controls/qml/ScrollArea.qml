@@ -34,18 +34,5 @@ Flickable {
         spacing: 0
     }
 
-    T.ScrollBar.vertical: T.ScrollBar {
-        id: bar
-
-        implicitWidth: 10
-        padding: 2
-        policy: T.ScrollBar.AsNeeded
-
-        contentItem: Rectangle {
-            implicitWidth: 6
-            radius: 3
-            color: Theme.edge
-            opacity: bar.size < 1 ? (bar.hovered || bar.pressed ? 0.9 : 0.45) : 0
-        }
-    }
+    T.ScrollBar.vertical: ListBar {}
 }

@@ -4,27 +4,15 @@ import Tessarune
 import "qrc:/controls"
 
 // What of the recording is exported, and as what.
-T.Popup {
+Popover {
     id: root
 
     required property HistoryExportModel model
     required property var texts
 
     objectName: "exportPanel"
-    margins: 8
-    padding: Math.round(Theme.body * 1.1)
     width: Math.round(Theme.body * 28)
-    height: contentItem.implicitHeight + topPadding + bottomPadding
-    focus: true
-    modal: false
-    closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutside
     onOpened: formats.forceActiveFocus(Qt.TabFocusReason)
-
-    background: Rectangle {
-        radius: Theme.radius + 4
-        color: Theme.panel
-        border.color: Theme.line
-    }
 
     contentItem: Column {
         spacing: Math.round(Theme.body * 0.9)

@@ -9,6 +9,9 @@ Item {
     required property HistoryWindowModel model
     readonly property HistoryDetailModel detail: model.detail
     readonly property real margin: Math.round(Theme.body * 1.7)
+    // Beside the transcript, or in its place where there is no room for both.
+    readonly property bool showsWords: model.words.isOpen
+    readonly property real wordsWidth: width < Theme.body * 44 ? width : Math.round(Math.max(Theme.body * 22, Math.min(Theme.body * 28, width * 0.44)))
 
     Placeholder {
         anchors.fill: parent
@@ -55,6 +58,40 @@ Item {
                 Item {
                     width: Math.round(Theme.body * 0.4)
                     height: 1
+                }
+                GlyphButton {
+                    id: wordsButton
+
+                    objectName: "openWords"
+                    anchors.verticalCenter: parent.verticalCenter
+                    enabled: !root.detail.isRunning
+                    opacity: enabled ? 1 : 0.4
+                    glyph: "words"
+                    isOn: root.showsWords
+                    text: root.model.texts.words
+                    Accessible.checkable: true
+                    Accessible.checked: isOn
+                    onClicked: root.model.words.isOpen = !isOn
+                }
+                GlyphButton {
+                    id: refineButton
+
+                    objectName: "refine"
+                    anchors.verticalCenter: parent.verticalCenter
+                    enabled: root.model.refinement.canRefine
+                    opacity: enabled ? 1 : 0.4
+                    glyph: "refine"
+                    text: root.model.texts.refine
+                    onClicked: refinePanel.open()
+
+                    RefinePanel {
+                        id: refinePanel
+
+                        x: refineButton.width - width
+                        y: refineButton.height + 4
+                        refinement: root.model.refinement
+                        texts: root.model.texts
+                    }
                 }
                 GlyphButton {
                     objectName: "copy"
@@ -112,6 +149,12 @@ Item {
             }
         }
 
+        RefinementBar {
+            width: parent.width
+            refinement: root.model.refinement
+            texts: root.model.texts
+        }
+
         Label {
             width: parent.width
             visible: root.detail.hint !== "" && root.detail.hasText
@@ -130,12 +173,28 @@ Item {
     }
 
     TranscriptList {
-        anchors { left: parent.left; right: parent.right; top: header.bottom; topMargin: Math.round(Theme.body * 0.8); bottom: bar.top }
-        visible: root.detail.isShown
+        id: transcript
+
+        anchors { left: parent.left; right: parent.right; rightMargin: root.showsWords ? root.wordsWidth : 0; top: header.bottom; topMargin: Math.round(Theme.body * 0.8); bottom: bar.top }
+        visible: root.detail.isShown && width > 0
         detail: root.detail
         playback: root.model.playback
         texts: root.model.texts
         margin: root.margin
+    }
+
+    WordsPanel {
+        anchors { right: parent.right; top: header.bottom; topMargin: Math.round(Theme.body * 0.8); bottom: bar.top }
+        width: root.wordsWidth
+        visible: root.detail.isShown && root.showsWords
+        model: root.model
+        hasPlaces: transcript.visible
+        onPlaceWanted: row => transcript.showRow(row)
+        onVisibleChanged: if (visible) forceActiveFocus(Qt.TabFocusReason)
+        Keys.onEscapePressed: {
+            root.model.words.isOpen = false;
+            wordsButton.forceActiveFocus(Qt.TabFocusReason);
+        }
     }
 
     PlaybackBar {
@@ -149,8 +208,11 @@ Item {
 
     Placeholder {
         anchors { left: parent.left; right: parent.right; top: header.bottom; bottom: bar.top }
+        visible: root.detail.hint !== "" && !root.detail.hasText && !root.showsWords
         glyph: root.detail.isRunning ? "recording" : "captions"
         title: root.detail.hasText ? "" : root.detail.hint
+        action: root.detail.hint !== "" && root.model.refinement.canRefine ? root.model.texts.refine : ""
+        onActivated: refinePanel.open()
     }
 
     Shortcut {

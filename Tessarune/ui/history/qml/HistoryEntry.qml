@@ -12,14 +12,13 @@ Rectangle {
     required property string duration
     required property bool bilingual
     required property bool running
-    required property bool blank
-    required property string work
+    required property bool failed
+    required property string stateText
+    required property real progress
     required property var texts
     property bool isCurrent: false
     property bool hasKeys: false
     signal activated
-
-    readonly property string statusText: running ? texts.running : blank ? texts.blank : ""
 
     height: Math.round(Theme.body * 3.9)
     radius: Theme.radius
@@ -27,7 +26,7 @@ Rectangle {
     border.color: isCurrent && hasKeys ? Theme.accent : "transparent"
     border.width: 2
     Accessible.role: Accessible.ListItem
-    Accessible.name: [title, time, duration, statusText, work].filter(part => part !== "").join(", ")
+    Accessible.name: [title, time, duration, stateText].filter(part => part !== "").join(", ")
     Accessible.selected: isCurrent
     Accessible.onPressAction: activated()
 
@@ -37,7 +36,7 @@ Rectangle {
 
         Label {
             width: parent.width
-            text: root.title !== "" ? root.title : root.statusText
+            text: root.title !== "" ? root.title : root.stateText
             wrapMode: Text.NoWrap
             elide: Text.ElideRight
             maximumLineCount: 1
@@ -64,16 +63,9 @@ Rectangle {
                 Accessible.ignored: true
             }
             Label {
-                visible: root.running && root.title !== ""
-                text: root.texts.running
-                color: Theme.trouble
-                font.pixelSize: Theme.small
-                Accessible.ignored: true
-            }
-            Label {
-                visible: root.work !== ""
-                text: root.work
-                color: Theme.good
+                visible: root.title !== "" && root.stateText !== ""
+                text: root.stateText
+                color: root.running || root.failed ? Theme.trouble : Theme.good
                 font.pixelSize: Theme.small
                 Accessible.ignored: true
             }
@@ -85,6 +77,14 @@ Rectangle {
                 Accessible.ignored: true
             }
         }
+    }
+
+    ProgressLine {
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom; margins: Math.round(Theme.body * 0.8); bottomMargin: 2 }
+        height: 3
+        visible: root.progress >= 0
+        value: Math.max(0, root.progress)
+        Accessible.ignored: true
     }
 
     MouseArea {

@@ -72,18 +72,6 @@ FocusScope {
             }
         }
 
-        T.ScrollBar.vertical: T.ScrollBar {
-            id: bar
-
-            implicitWidth: 10
-            padding: 2
-
-            contentItem: Rectangle {
-                implicitWidth: 6
-                radius: 3
-                color: Theme.edge
-                opacity: bar.size < 1 ? (bar.hovered || bar.pressed ? 0.9 : 0.4) : 0
-            }
-        }
+        T.ScrollBar.vertical: ListBar {}
     }
 }

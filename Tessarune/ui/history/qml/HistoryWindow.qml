@@ -29,7 +29,7 @@ Window {
             objectName: "search"
             x: Math.round(Theme.body)
             y: Math.round(Theme.body)
-            width: parent.width - 2 * x
+            width: parent.width - 2 * x - importButton.width - Math.round(Theme.body * 0.3)
             name: window.model.texts.search
             placeholderText: name
             glyph: "search"
@@ -39,10 +39,30 @@ Window {
             Keys.onDownPressed: list.forceActiveFocus()
         }
 
+        GlyphButton {
+            id: importButton
+
+            objectName: "import"
+            anchors { right: parent.right; rightMargin: Math.round(Theme.body * 0.7); verticalCenter: search.verticalCenter }
+            glyph: "add"
+            text: window.model.texts.import
+            onClicked: window.model.imports.choose()
+        }
+
+        ImportRows {
+            id: imports
+
+            anchors { left: parent.left; leftMargin: Math.round(Theme.body * 0.7); right: parent.right; rightMargin: anchors.leftMargin; top: search.bottom; topMargin: count > 0 ? Math.round(Theme.body * 0.7) : 0 }
+            height: implicitHeight
+            visible: count > 0
+            imports: window.model.imports
+            texts: window.model.texts
+        }
+
         HistoryList {
             id: list
 
-            anchors { left: parent.left; right: parent.right; top: search.bottom; topMargin: Math.round(Theme.body * 0.6); bottom: parent.bottom }
+            anchors { left: parent.left; right: parent.right; top: imports.bottom; topMargin: Math.round(Theme.body * 0.6); bottom: edge.top }
             model: window.model
             focus: true
         }
@@ -52,6 +72,24 @@ Window {
             glyph: window.model.query.trim() === "" ? "recording" : "search"
             title: window.model.emptyTitle
             text: window.model.emptyText
+            action: window.model.hasNoRecordings ? window.model.texts.importShort : ""
+            onActivated: window.model.imports.choose()
+        }
+
+        Rectangle {
+            id: edge
+
+            anchors { left: parent.left; right: parent.right; bottom: pages.top; bottomMargin: Math.round(Theme.body * 0.5) }
+            height: 1
+            color: Theme.line
+        }
+
+        SidePages {
+            id: pages
+
+            anchors { left: parent.left; right: parent.right; bottom: parent.bottom; margins: Math.round(Theme.body * 0.7) }
+            height: Theme.controlHeight
+            model: window.model
         }
     }
 
@@ -61,9 +99,32 @@ Window {
         color: Theme.line
     }
 
-    HistoryDetail {
+    Item {
+        id: beside
+
         anchors { left: side.right; leftMargin: 1; right: parent.right; top: parent.top; bottom: parent.bottom }
-        model: window.model
+
+        HistoryDetail {
+            anchors.fill: parent
+            visible: !window.model.showsVocabulary && !window.model.showsUsage
+            model: window.model
+        }
+        Loader {
+            anchors.fill: parent
+            active: window.model.showsVocabulary
+            sourceComponent: VocabularyPage {
+                model: window.model
+                Component.onCompleted: forceActiveFocus(Qt.TabFocusReason)
+            }
+        }
+        Loader {
+            anchors.fill: parent
+            active: window.model.showsUsage
+            sourceComponent: UsagePage {
+                model: window.model
+                Component.onCompleted: forceActiveFocus(Qt.TabFocusReason)
+            }
+        }
     }
 
     MessageBar {
@@ -76,6 +137,36 @@ Window {
         onDismissed: window.model.dismissMessage()
     }
 
+    DropArea {
+        id: drop
+
+        anchors.fill: parent
+        onEntered: drag => drag.accepted = drag.hasUrls
+        onDropped: drop => {
+            window.model.imports.add(drop.urls);
+            drop.accept(Qt.CopyAction);
+        }
+    }
+
+    Rectangle {
+        anchors { fill: parent; margins: Math.round(Theme.body * 0.6) }
+        visible: drop.containsDrag
+        radius: Theme.radius + 4
+        color: Theme.raised
+        opacity: 0.94
+        border { color: Theme.accent; width: 2 }
+
+        Placeholder {
+            anchors.fill: parent
+            glyph: "add"
+            title: window.model.texts.drop
+        }
+    }
+
+    Shortcut {
+        sequences: [StandardKey.Open]
+        onActivated: window.model.imports.choose()
+    }
     Shortcut {
         sequence: StandardKey.Find
         onActivated: {

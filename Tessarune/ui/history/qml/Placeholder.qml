@@ -9,6 +9,8 @@ Item {
     property string glyph: "captions"
     property string title: ""
     property string text: ""
+    property string action: ""
+    signal activated
 
     visible: title !== ""
 
@@ -36,6 +38,13 @@ Item {
             horizontalAlignment: Text.AlignHCenter
             color: Theme.quiet
             font.pixelSize: Theme.small
+        }
+        PushButton {
+            objectName: "placeholderAction"
+            anchors.horizontalCenter: parent.horizontalCenter
+            visible: text !== ""
+            text: root.action
+            onClicked: root.activated()
         }
     }
 }

@@ -30,6 +30,23 @@ Item {
             onClicked: root.playback.toggle()
         }
 
+        Row {
+            anchors.verticalCenter: parent.verticalCenter
+
+            GlyphButton {
+                objectName: "previousSentence"
+                glyph: "previous"
+                text: root.texts.previousSentence
+                onClicked: root.playback.stepSentence(-1)
+            }
+            GlyphButton {
+                objectName: "nextSentence"
+                glyph: "next"
+                text: root.texts.nextSentence
+                onClicked: root.playback.stepSentence(1)
+            }
+        }
+
         Label {
             anchors.verticalCenter: parent.verticalCenter
             width: Math.round(Theme.body * 4)

@@ -3,6 +3,11 @@ import Tessarune
 
 // A text whose parts can be selected with the pointer and copied.
 TextEdit {
+    id: root
+
+    // Clicked, not dragged over.
+    signal pressedAt(int character)
+
     readOnly: true
     selectByMouse: true
     activeFocusOnTab: false
@@ -14,4 +19,11 @@ TextEdit {
     font.pixelSize: Theme.body
     Accessible.role: Accessible.StaticText
     Accessible.name: text
+
+    TapHandler {
+        onTapped: eventPoint => {
+            if (root.selectedText === "")
+                root.pressedAt(root.positionAt(eventPoint.position.x, eventPoint.position.y));
+        }
+    }
 }

@@ -3,7 +3,8 @@ import QtQuick.Templates as T
 import Tessarune
 import "qrc:/controls"
 
-// The rows of a transcript. Up and down scroll it, page by page with the keys for that.
+// The rows of a transcript. Up and down go from row to row, return plays the row, R repeats it, Alt
+// with left and right goes from sentence to sentence, plus and minus change the speed.
 FocusScope {
     id: root
 
@@ -11,6 +12,12 @@ FocusScope {
     required property HistoryPlaybackModel playback
     required property var texts
     required property real margin
+
+    function showRow(row: int) {
+        list.currentIndex = row;
+        list.positionViewAtIndex(row, ListView.Center);
+        root.playback.focusRow(row);
+    }
 
     ListView {
         id: list
@@ -27,31 +34,49 @@ FocusScope {
         reuseItems: true
         Accessible.role: Accessible.List
 
+        keyNavigationEnabled: true
+        highlightMoveDuration: 0
+        highlightRangeMode: ListView.NoHighlightRange
+        onActiveFocusChanged: if (activeFocus && currentIndex < 0) currentIndex = Math.max(0, activeRow)
+
         function scroll(by: real) {
             contentY = Math.max(originY, Math.min(contentY + by, originY + Math.max(0, contentHeight + bottomMargin - height)));
+            currentIndex = Math.max(0, indexAt(width / 2, contentY + height / 2));
         }
 
-        Keys.onUpPressed: scroll(-Theme.body * 4)
-        Keys.onDownPressed: scroll(Theme.body * 4)
         Keys.onPressed: event => {
-            if (event.key === Qt.Key_Space || event.key === Qt.Key_K)
+            const isAlt = event.modifiers & Qt.AltModifier;
+            if (event.key === Qt.Key_Return || event.key === Qt.Key_Enter)
+                root.playback.playRow(currentIndex);
+            else if (event.key === Qt.Key_Space || event.key === Qt.Key_K)
                 root.playback.toggle();
+            else if (isAlt && (event.key === Qt.Key_Left || event.key === Qt.Key_Right))
+                root.playback.stepSentence(event.key === Qt.Key_Left ? -1 : 1);
             else if (event.key === Qt.Key_J || event.key === Qt.Key_Left)
                 root.playback.skip(event.key === Qt.Key_J ? -10 : -5);
             else if (event.key === Qt.Key_L || event.key === Qt.Key_Right)
                 root.playback.skip(event.key === Qt.Key_L ? 10 : 5);
+            else if (event.key === Qt.Key_R)
+                root.playback.toggleRepeat();
+            else if (event.key === Qt.Key_Plus || event.key === Qt.Key_Minus)
+                root.playback.stepRate(event.key === Qt.Key_Plus ? 1 : -1);
             else if (event.key === Qt.Key_PageDown)
                 scroll(height * 0.9);
             else if (event.key === Qt.Key_PageUp)
                 scroll(-height * 0.9);
             else if (event.key === Qt.Key_Home)
-                positionViewAtBeginning();
+                currentIndex = 0;
             else if (event.key === Qt.Key_End)
-                positionViewAtEnd();
+                currentIndex = count - 1;
             else
                 return;
             event.accepted = true;
         }
+
+        // What is being said is in sight, unless one reads further up.
+        onCountChanged: if (root.detail.isRunning && wasAtEnd) Qt.callLater(positionViewAtEnd)
+        onContentYChanged: wasAtEnd = atYEnd
+        property bool wasAtEnd: true
 
         // What is heard is in sight.
         readonly property int activeRow: root.playback.activeRow
@@ -71,12 +96,23 @@ FocusScope {
 
             width: ListView.view.width
             height: texts.height
+            Accessible.role: Accessible.ListItem
+            Accessible.name: [time, source, translation].filter(part => part !== "").join(", ")
+            Accessible.selected: ListView.isCurrentItem
 
             Rectangle {
                 visible: row.isActive
                 anchors { fill: parent; leftMargin: root.margin - Theme.body * 0.6; rightMargin: anchors.leftMargin; topMargin: -Theme.body * 0.3; bottomMargin: anchors.topMargin }
                 radius: Theme.radius
                 color: Theme.chosen
+            }
+
+            Rectangle {
+                visible: row.ListView.isCurrentItem && list.activeFocus
+                anchors { fill: parent; leftMargin: root.margin - Theme.body * 0.6; rightMargin: anchors.leftMargin; topMargin: -Theme.body * 0.3; bottomMargin: anchors.topMargin }
+                radius: Theme.radius
+                color: "transparent"
+                border { color: Theme.accent; width: 1 }
             }
 
             Label {
@@ -119,6 +155,11 @@ FocusScope {
                     visible: row.source !== ""
                     text: row.source
                     font.pixelSize: Math.round(Theme.body * 1.08)
+                    onPressedAt: character => {
+                        list.forceActiveFocus();
+                        list.currentIndex = row.index;
+                        root.playback.playWord(row.index, character);
+                    }
                 }
                 SelectableLabel {
                     width: parent.width
@@ -129,19 +170,7 @@ FocusScope {
             }
         }
 
-        T.ScrollBar.vertical: T.ScrollBar {
-            id: bar
-
-            implicitWidth: 10
-            padding: 2
-
-            contentItem: Rectangle {
-                implicitWidth: 6
-                radius: 3
-                color: Theme.edge
-                opacity: bar.size < 1 ? (bar.hovered || bar.pressed ? 0.9 : 0.4) : 0
-            }
-        }
+        T.ScrollBar.vertical: ListBar {}
     }
 
     Rectangle {

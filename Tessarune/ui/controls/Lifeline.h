@@ -1,0 +1,55 @@
+#pragma once
+
+#include "TessaruneCore/host/Host.h"
+#include "TessaruneCore/observation/NotificationCenter.h"
+
+#include <memory>
+#include <string_view>
+#include <utility>
+
+namespace tessarune {
+
+/// Tells what comes late whether its object still exists: a task that returns from a queue, a
+/// progress of another thread, a notification. A member of that object, made and destroyed on the
+/// main thread.
+template <typename T>
+class Lifeline {
+  public:
+    /// Points to null once the object has gone. Read on the main thread.
+    using Held = std::shared_ptr<T* const>;
+
+    explicit Lifeline(T& object) : object_(std::make_shared<T*>(&object)) {}
+    ~Lifeline() { *object_ = nullptr; }
+    Lifeline(const Lifeline&) = delete;
+
+    Held held() const { return object_; }
+
+    /// A function for the main thread that calls `act(object, values…)` if there is an object then.
+    template <typename Act>
+    auto calling(Act act) const {
+        return [weak = std::weak_ptr<T* const>(object_), act = std::move(act)](auto... values) {
+            if (const Held held = weak.lock(); held && *held)
+                act(**held, values...);
+        };
+    }
+
+    /// The same for any thread: it is called on the main queue. The host outlives the function.
+    template <typename Act>
+    auto posting(Host& host, Act act) const {
+        return [&host, call = calling(std::move(act))](auto... values) {
+            host.post([call, values...] { call(values...); });
+        };
+    }
+
+    /// Calls `act(object, subject)` on the main queue after each of these notifications.
+    template <typename Act>
+    NotificationCenter::Observation observe(NotificationCenter& center, std::string_view name,
+                                            Host& host, Act act) const {
+        return center.observe(name, posting(host, std::move(act)));
+    }
+
+  private:
+    const std::shared_ptr<T*> object_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,19 @@
+import QtQuick
+import QtQuick.Templates as T
+import Tessarune
+
+// A small panel that belongs to a button, over the window until one is done with it.
+T.Popup {
+    margins: 8
+    padding: Math.round(Theme.body * 1.1)
+    height: contentItem.implicitHeight + topPadding + bottomPadding
+    focus: true
+    modal: false
+    closePolicy: T.Popup.CloseOnEscape | T.Popup.CloseOnPressOutside
+
+    background: Rectangle {
+        radius: Theme.radius + 4
+        color: Theme.panel
+        border.color: Theme.line
+    }
+}

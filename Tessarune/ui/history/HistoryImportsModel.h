@@ -1,0 +1,80 @@
+#pragma once
+
+#include "Tessarune/ui/controls/Lifeline.h"
+#include "Tessarune/ui/controls/ListedRows.h"
+#include "Tessarune/ui/history/HistoryWindowEnvironment.h"
+#include "TessaruneCore/observation/Observations.h"
+
+#include <QHash>
+#include <QList>
+#include <QString>
+#include <QUrl>
+#include <filesystem>
+#include <functional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// A file on its way into the history, or one that could not be imported.
+struct ImportedFile {
+    enum class State { waiting, copying, failed };
+
+    int number = 0; ///< of the order in which files were chosen; tells two of one path apart
+    std::filesystem::path path;
+    State state = State::waiting;
+    std::string problem; ///< of a failed one
+
+    bool operator==(const ImportedFile&) const = default;
+};
+
+/// The files that are being imported, one after the other. One that is in the history is no row
+/// here any more; one that is not stays, with the reason, until the user has read it. Main thread;
+/// the environment outlives it. Its end gives up what is under way.
+class HistoryImportsModel final : public ListedRows<ImportedFile> {
+    Q_OBJECT
+    Q_PROPERTY(int count READ count NOTIFY countChanged)
+
+  public:
+    enum Role {
+        NameRole = Qt::UserRole,
+        StateTextRole, ///< why, of a failed one
+        FailedRole,
+        ProgressRole ///< 0 to 1; below 0: it waits, or has failed
+    };
+
+    /// `mayChange` tells the user why recordings cannot be changed now, if so.
+    HistoryImportsModel(const HistoryWindowEnvironment& environment,
+                        std::function<bool()> mayChange);
+    ~HistoryImportsModel() override { stop_.request_stop(); }
+
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    /// Asks for files.
+    Q_INVOKABLE void choose();
+    Q_INVOKABLE void add(const QList<QUrl>& files);
+    /// Gives up a file that waits or is being copied; takes one that failed off the list.
+    Q_INVOKABLE void remove(int row);
+
+  Q_SIGNALS:
+    void countChanged();
+
+  private:
+    void add(const std::vector<ImportedFile>& files);
+    Task<void> importAll();
+    void ended(int number, const std::string& problem);
+    void set(std::vector<ImportedFile> files);
+    int rowIn(ImportedFile::State state) const;
+
+    const HistoryWindowEnvironment& environment_;
+    const std::function<bool()> mayChange_;
+    std::stop_source stop_; ///< of the file that is being copied
+    int lastNumber_ = 0;
+    bool isImporting_ = false;
+    Observations observations_;
+    const Lifeline<HistoryImportsModel> lifeline_{*this};
+};
+
+} // namespace tessarune

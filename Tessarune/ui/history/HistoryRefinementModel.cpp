@@ -1,0 +1,126 @@
+#include "Tessarune/ui/history/HistoryRefinementModel.h"
+
+#include "Tessarune/ui/history/HistoryTexts.h"
+#include "TessaruneCore/text/Localization.h"
+
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+using RefinementStep = HistoryRefinementService::Progress::Step;
+using RefinementStatus = HistoryRefinementOutcome::Status;
+using RefinedTranslation = HistoryRefinementOutcome::Translation;
+
+/// Empty where there is nothing to say, or where the recording's own state says it.
+std::string outcomeText(const HistoryRefinementOutcome& outcome) {
+    if (outcome.status == RefinementStatus::cancelled)
+        return localized("文字保持原样。");
+    if (outcome.status != RefinementStatus::finished)
+        return {};
+    if (outcome.translation == RefinedTranslation::failed)
+        return localized("译文保持原样：%@", {outcome.translationProblem});
+    return localized("已用 %@ 重新识别", {outcome.model});
+}
+
+} // namespace
+
+HistoryRefinementModel::HistoryRefinementModel(const HistoryWindowEnvironment& environment,
+                                               HistoryDetailModel& detail,
+                                               std::function<bool()> mayChange,
+                                               std::function<void(const std::string&)> onAlert)
+    : environment_(environment),
+      detail_(detail),
+      mayChange_(std::move(mayChange)),
+      onAlert_(std::move(onAlert)) {
+    connect(&detail_, &HistoryDetailModel::recordingChanged, this,
+            &HistoryRefinementModel::changed);
+    observations_.follow(environment_.refinement.jobs(), [this] { Q_EMIT changed(); });
+    observations_.follow(environment_.refinement.failures(), [this] { Q_EMIT changed(); });
+}
+
+std::optional<HistoryRefinementService::Progress> HistoryRefinementModel::job() const {
+    const auto& recording = detail_.recording();
+    const auto& jobs = *environment_.refinement.jobs();
+    const auto found = recording ? jobs.find(recording->id) : jobs.end();
+    return found == jobs.end() ? std::nullopt : std::optional(found->second);
+}
+
+bool HistoryRefinementModel::canRefine() const {
+    return detail_.isShown() && !detail_.isRunning() && !isBusy();
+}
+
+QString HistoryRefinementModel::stateText() const {
+    const auto now = job();
+    if (!now)
+        return {};
+    if (now->isPaused)
+        return historyText("正在录音，录完再精修。");
+    switch (now->step) {
+    case RefinementStep::waiting:
+        return historyText("等待精修");
+    case RefinementStep::transcribing:
+        return historyText("正在重新识别…");
+    case RefinementStep::translating:
+        return historyText("正在重新翻译…");
+    }
+    return {};
+}
+
+double HistoryRefinementModel::progress() const {
+    const auto now = job();
+    return now && !now->isPaused && now->step != RefinementStep::waiting ? now->fraction : -1;
+}
+
+QString HistoryRefinementModel::problem() const {
+    const auto& recording = detail_.recording();
+    const auto& failures = *environment_.refinement.failures();
+    const auto found = recording ? failures.find(recording->id) : failures.end();
+    return found == failures.end() ? QString()
+                                   : historyText("精修失败，文字保持原样：%@", {found->second});
+}
+
+QStringList HistoryRefinementModel::models() const {
+    QStringList all;
+    if (!models_.empty())
+        all << historyText("自动（本机最好的模型）");
+    for (const std::string& model : models_)
+        all << QString::fromStdString(model);
+    return all;
+}
+
+void HistoryRefinementModel::refresh() {
+    models_ = environment_.speechModels();
+    Q_EMIT modelsChanged();
+}
+
+void HistoryRefinementModel::refine(int model) {
+    const auto& recording = detail_.recording();
+    if (!canRefine() || model < 0 || model > static_cast<int>(models_.size()) || !mayChange_())
+        return;
+    const auto request = HistoryRefinementRequest::current(environment_.settings, recording->id,
+                                                           recording->filePath.value_or(""));
+    if (!request)
+        return onAlert_(localized("没有选择识别语言，无法精修。"));
+    spawn(Executor::main(environment_.host),
+          run(*request, model == 0 ? std::string(HistoryRefinementService::bestModel)
+                                   : models_[static_cast<std::size_t>(model) - 1]));
+}
+
+Task<void> HistoryRefinementModel::run(HistoryRefinementRequest request, std::string model) {
+    const auto held = lifeline_.held();
+    Task<HistoryRefinementOutcome> refining =
+        environment_.refinement.refine(std::move(request), std::move(model));
+    const HistoryRefinementOutcome outcome = co_await refining;
+    const std::string text = outcomeText(outcome);
+    if (*held && !text.empty())
+        onAlert_(text);
+}
+
+void HistoryRefinementModel::cancel() {
+    if (const auto& recording = detail_.recording())
+        environment_.refinement.cancel(recording->id);
+}
+
+} // namespace tessarune

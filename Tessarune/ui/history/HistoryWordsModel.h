@@ -1,0 +1,55 @@
+#pragma once
+
+#include "Tessarune/ui/controls/Lifeline.h"
+#include "Tessarune/ui/history/HistoryDetailModel.h"
+#include "Tessarune/ui/history/HistoryWindowEnvironment.h"
+#include "Tessarune/ui/history/WordListModel.h"
+
+#include <cstdint>
+#include <unordered_set>
+
+namespace tessarune {
+
+/// The words of the chosen recording by lemma, the most frequent first. They are counted while the
+/// panel is open. Main thread; environment, detail and card outlive it.
+class HistoryWordsModel final : public WordListModel {
+    Q_OBJECT
+    Q_PROPERTY(bool isOpen READ isOpen WRITE setOpen NOTIFY openChanged)
+
+  public:
+    HistoryWordsModel(const HistoryWindowEnvironment& environment, HistoryDetailModel& detail,
+                      WordCardModel& card);
+
+    bool isOpen() const { return isOpen_; }
+    void setOpen(bool isOpen);
+
+    /// The row of the transcript in which the word is said next, round and round; -1: in none.
+    Q_INVOKABLE int nextPlace(const QString& word);
+
+    QStringList kinds() const override;
+    QString summary() const override;
+    QString emptyTitle() const override;
+    QString emptyText() const override;
+
+  Q_SIGNALS:
+    void openChanged();
+
+  protected:
+    std::vector<ListedWord> words() const override;
+
+  private:
+    void countIfNeeded();
+    Task<void> count(HistoryItem recording, std::string text);
+
+    const HistoryWindowEnvironment& environment_;
+    HistoryDetailModel& detail_;
+    const std::unordered_set<std::string> core_;
+    HistoryWordStatsService::Stats stats_; ///< null: they are being counted, or nobody asked
+    std::uint64_t token_ = 0;              ///< of the last counting, the only one that counts
+    bool isOpen_ = false;
+    QString placedWord_; ///< whose places are gone through
+    std::size_t place_ = 0;
+    const Lifeline<HistoryWordsModel> lifeline_{*this};
+};
+
+} // namespace tessarune

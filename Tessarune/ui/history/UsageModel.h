@@ -1,0 +1,94 @@
+#pragma once
+
+#include "Tessarune/history/UsageStatistics.h"
+#include "Tessarune/ui/controls/Lifeline.h"
+#include "Tessarune/ui/controls/ListedRows.h"
+#include "Tessarune/ui/history/HistoryWindowEnvironment.h"
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// What was listened to, by day, week or month of the computer's time zone, as a chart: a row is a
+/// period, in order. Read from the catalog while the page is open. Main thread, which does not wait
+/// for the disk; the environment outlives it.
+class UsageModel final : public ListedRows<UsagePeriod> {
+    Q_OBJECT
+    Q_PROPERTY(int count READ count NOTIFY changed)
+    Q_PROPERTY(bool isOpen READ isOpen WRITE setOpen NOTIFY openChanged)
+    /// The lengths of a period, and which is shown.
+    Q_PROPERTY(QStringList periods READ periods CONSTANT)
+    Q_PROPERTY(int period READ period WRITE setPeriod NOTIFY changed)
+    /// What is drawn, and what there is to draw.
+    Q_PROPERTY(QStringList measures READ measures CONSTANT)
+    Q_PROPERTY(int measure READ measure WRITE setMeasure NOTIFY changed)
+    /// Of all time: the values of the measures, in their order.
+    Q_PROPERTY(QStringList totals READ totals NOTIFY changed)
+    /// The value at the top of the chart.
+    Q_PROPERTY(QString scale READ scale NOTIFY changed)
+    /// In place of the chart; empty while there is one.
+    Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY changed)
+    Q_PROPERTY(QString emptyText READ emptyText NOTIFY changed)
+
+  public:
+    enum Role {
+        FractionRole = Qt::UserRole, ///< of the scale, 0 to 1
+        LabelRole,                   ///< below the bar: the day, the month
+        GroupRole,                   ///< below that where a month or year begins; often empty
+        NameRole,                    ///< the period in words
+        ValueRole,                   ///< all of its figures in words
+    };
+
+    explicit UsageModel(const HistoryWindowEnvironment& environment);
+    ~UsageModel() override;
+
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    bool isOpen() const { return isOpen_; }
+    void setOpen(bool isOpen);
+    QStringList periods() const;
+    int period() const { return static_cast<int>(kind_); }
+    void setPeriod(int period);
+    QStringList measures() const;
+    int measure() const { return measure_; }
+    void setMeasure(int measure);
+    QStringList totals() const;
+    QString scale() const;
+    QString emptyTitle() const;
+    QString emptyText() const;
+
+  Q_SIGNALS:
+    void openChanged();
+    void changed();
+
+  private:
+    void readIfNeeded();
+    Task<void> read();
+    void update();
+    double valueOf(const UsagePeriod& period) const;
+    bool beginsGroup(int row) const;
+
+    const HistoryWindowEnvironment& environment_;
+    const std::shared_ptr<SerialQueue> queue_;
+    std::vector<UsageStatistics::Session> sessions_;
+    UsagePeriod total_;
+    std::string problem_;
+    double most_ = 0; ///< the largest value of the measure
+    UsagePeriodKind kind_ = UsagePeriodKind::day;
+    int measure_ = 0;
+    bool isOpen_ = false;
+    bool isDue_ = true; ///< the catalog was not read since it changed
+    bool isReading_ = false;
+    bool isRead_ = false;
+    std::vector<NotificationCenter::Observation> observations_;
+    const Lifeline<UsageModel> lifeline_{*this};
+};
+
+} // namespace tessarune

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "Tessarune/ui/history/WordListModel.h"
+
+namespace tessarune {
+
+/// All words that the user marked, the newest first, and how many of the words to know first are
+/// known. Main thread; store and card outlive it.
+class VocabularyModel final : public WordListModel {
+    Q_OBJECT
+    /// Of the words to know first, 0 to 1.
+    Q_PROPERTY(double progress READ progress NOTIFY changed)
+    Q_PROPERTY(QString progressText READ progressText NOTIFY changed)
+    Q_PROPERTY(bool canRemove READ canRemove NOTIFY changed)
+
+  public:
+    VocabularyModel(VocabularyStore& store, WordCardModel& card);
+
+    QStringList kinds() const override;
+    QString summary() const override;
+    QString emptyTitle() const override;
+    QString emptyText() const override;
+    double progress() const;
+    QString progressText() const;
+    bool canRemove() const;
+
+    /// Takes it off the list that is shown.
+    Q_INVOKABLE void remove(int row);
+
+  protected:
+    std::vector<ListedWord> words() const override;
+};
+
+} // namespace tessarune

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "Tessarune/ui/controls/ListedRows.h"
+#include "Tessarune/ui/history/WordCardModel.h"
+#include "Tessarune/vocabulary/VocabularyStore.h"
+#include "TessaruneCore/observation/Observations.h"
+
+#include <QHash>
+#include <QString>
+#include <QStringList>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+
+/// A word of a list, and how the user marked it.
+struct ListedWord {
+    std::string word;
+    std::string forms; ///< in which it was said, if there are others
+    int count = 0;     ///< how often; 0: that is not what the list is about
+    bool isKnown = false;
+    bool isFavorite = false;
+
+    bool operator==(const ListedWord&) const = default;
+};
+
+/// Words to learn, of those the ones that a search and a choice leave. Each can be marked as known
+/// and as a favourite, and be looked up on the card. Main thread; store and card outlive it.
+class WordListModel : public ListedRows<ListedWord> {
+    Q_OBJECT
+    Q_PROPERTY(int count READ count NOTIFY changed)
+    /// What there is to choose from, and which is chosen.
+    Q_PROPERTY(QStringList kinds READ kinds CONSTANT)
+    Q_PROPERTY(int kind READ kind WRITE setKind NOTIFY changed)
+    Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY changed)
+    /// The whole in a line.
+    Q_PROPERTY(QString summary READ summary NOTIFY changed)
+    /// Why nothing is listed, and what to do; empty while something is.
+    Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY changed)
+    Q_PROPERTY(QString emptyText READ emptyText NOTIFY changed)
+
+  public:
+    enum Role {
+        WordRole = Qt::UserRole,
+        FormsRole,
+        CountRole, ///< as it is shown
+        KnownRole,
+        FavoriteRole
+    };
+
+    WordListModel(VocabularyStore& store, WordCardModel& card);
+
+    QVariant data(const QModelIndex& index, int role) const override;
+    QHash<int, QByteArray> roleNames() const override;
+
+    virtual QStringList kinds() const = 0;
+    int kind() const { return kind_; }
+    void setKind(int kind);
+    QString query() const { return query_; }
+    void setQuery(const QString& query);
+    virtual QString summary() const = 0;
+    virtual QString emptyTitle() const = 0;
+    virtual QString emptyText() const = 0;
+
+    Q_INVOKABLE void choose(int row);
+    Q_INVOKABLE void toggleKnown(int row);
+    Q_INVOKABLE void toggleFavorite(int row);
+
+  Q_SIGNALS:
+    void changed();
+
+  protected:
+    /// All words of the list's kind, in order.
+    virtual std::vector<ListedWord> words() const = 0;
+    void update();
+    bool isSearching() const { return !query_.trimmed().isEmpty(); }
+    VocabularyStore& store() const { return store_; }
+
+  private:
+    VocabularyStore& store_;
+    WordCardModel& card_;
+    int kind_ = 0;
+    QString query_;
+    Observations observations_;
+};
+
+} // namespace tessarune

@@ -1,0 +1,217 @@
+import QtQuick
+import QtQuick.Templates as T
+import Tessarune
+import "qrc:/controls"
+
+// Words to choose from, to search and to mark; below them the card of the one that is chosen. In the
+// list, K and F mark the word, and the delete key takes it off a list that allows that.
+FocusScope {
+    id: root
+
+    required property WordListModel words
+    required property WordCardModel card
+    required property var texts
+    property bool canRemove: false
+    property bool hasPlaces: false
+    signal removed(int row)
+    signal placeWanted(string word)
+
+    onVisibleChanged: if (!visible) list.currentIndex = -1
+
+    Row {
+        id: tools
+
+        width: parent.width
+        spacing: Math.round(Theme.body * 0.6)
+
+        EntryField {
+            objectName: "searchWords"
+            width: parent.width - kinds.width - parent.spacing
+            focus: true
+            name: root.texts.searchWords
+            placeholderText: name
+            glyph: "search"
+            text: root.words.query
+            onTextEdited: root.words.query = text
+            Keys.onEscapePressed: event => {
+                event.accepted = root.words.query !== "";
+                root.words.query = "";
+            }
+            Keys.onDownPressed: list.forceActiveFocus()
+        }
+        ChoiceBox {
+            id: kinds
+
+            objectName: "wordKind"
+            width: Math.round(Theme.body * 10)
+            name: root.texts.which
+            model: root.words.kinds
+            currentIndex: root.words.kind
+            onActivated: index => root.words.kind = index
+        }
+    }
+
+    ListView {
+        id: list
+
+        objectName: "words"
+        anchors { left: parent.left; right: parent.right; top: tools.bottom; topMargin: Math.round(Theme.body * 0.7); bottom: shown.top; bottomMargin: shown.visible ? Math.round(Theme.body * 0.7) : 0 }
+        clip: true
+        activeFocusOnTab: count > 0
+        boundsBehavior: Flickable.StopAtBounds
+        reuseItems: true
+        highlightMoveDuration: 0
+        keyNavigationEnabled: true
+        model: root.words
+        currentIndex: -1
+        Accessible.role: Accessible.List
+        Accessible.name: root.texts.wordList
+        onCurrentIndexChanged: root.words.choose(currentIndex)
+        onActiveFocusChanged: if (activeFocus && currentIndex < 0) currentIndex = 0
+        Keys.onPressed: event => {
+            if (event.key === Qt.Key_K)
+                root.words.toggleKnown(currentIndex);
+            else if (event.key === Qt.Key_F && !(event.modifiers & Qt.ControlModifier))
+                root.words.toggleFavorite(currentIndex);
+            else if (event.key === Qt.Key_Delete && root.canRemove)
+                root.removed(currentIndex);
+            else if (event.key === Qt.Key_Home)
+                currentIndex = 0;
+            else if (event.key === Qt.Key_End)
+                currentIndex = count - 1;
+            else if (event.key === Qt.Key_PageDown)
+                currentIndex = Math.min(count - 1, currentIndex + 10);
+            else if (event.key === Qt.Key_PageUp)
+                currentIndex = Math.max(0, currentIndex - 10);
+            else
+                return;
+            event.accepted = true;
+        }
+        T.ScrollBar.vertical: ListBar {}
+
+        delegate: Rectangle {
+            id: row
+
+            required property int index
+            required property string word
+            required property string forms
+            required property string uses
+            required property bool known
+            required property bool favorite
+            readonly property bool isCurrent: ListView.isCurrentItem
+
+            width: ListView.view.width - Math.round(Theme.body * 0.8)
+            height: Math.round(Theme.body * 2.4)
+            radius: Theme.radius
+            color: isCurrent ? Theme.chosen : area.containsMouse ? Theme.hovered : "transparent"
+            border.color: isCurrent && list.activeFocus ? Theme.accent : "transparent"
+            border.width: 2
+            Accessible.role: Accessible.ListItem
+            Accessible.name: [word, forms, uses, known ? root.texts.known : "", favorite ? root.texts.favorite : ""].filter(part => part !== "").join(", ")
+            Accessible.selected: isCurrent
+            Accessible.onPressAction: list.currentIndex = index
+
+            MouseArea {
+                id: area
+
+                anchors.fill: parent
+                hoverEnabled: true
+                onClicked: {
+                    list.forceActiveFocus();
+                    list.currentIndex = row.index;
+                    root.words.choose(row.index);
+                }
+            }
+
+            Label {
+                id: name
+
+                anchors { left: parent.left; leftMargin: Math.round(Theme.body * 0.7); verticalCenter: parent.verticalCenter }
+                width: Math.min(implicitWidth, marks.x - x - Theme.gap)
+                text: row.word
+                wrapMode: Text.NoWrap
+                elide: Text.ElideRight
+                color: row.known ? Theme.quiet : Theme.text
+                Accessible.ignored: true
+            }
+            Label {
+                anchors { left: name.right; leftMargin: Math.round(Theme.body * 0.6); right: marks.left; rightMargin: Math.round(Theme.body * 0.4); verticalCenter: parent.verticalCenter }
+                text: row.forms
+                wrapMode: Text.NoWrap
+                elide: Text.ElideRight
+                color: Theme.quiet
+                font.pixelSize: Theme.small
+                Accessible.ignored: true
+            }
+
+            Row {
+                id: marks
+
+                anchors { right: parent.right; rightMargin: Math.round(Theme.body * 0.2); verticalCenter: parent.verticalCenter }
+
+                Label {
+                    anchors.verticalCenter: parent.verticalCenter
+                    visible: text !== ""
+                    width: Math.round(Theme.body * 2.6)
+                    rightPadding: Math.round(Theme.body * 0.4)
+                    horizontalAlignment: Text.AlignRight
+                    text: row.uses
+                    color: Theme.quiet
+                    font.pixelSize: Theme.small
+                    Accessible.ignored: true
+                }
+                GlyphButton {
+                    focusPolicy: Qt.NoFocus
+                    opacity: isOn || area.containsMouse || hovered || row.isCurrent ? 1 : 0
+                    glyph: "check"
+                    isOn: row.known
+                    text: root.texts.known
+                    name: text + ": " + row.word
+                    Accessible.checked: isOn
+                    onClicked: root.words.toggleKnown(row.index)
+                }
+                GlyphButton {
+                    focusPolicy: Qt.NoFocus
+                    opacity: isOn || area.containsMouse || hovered || row.isCurrent ? 1 : 0
+                    glyph: "star"
+                    isOn: row.favorite
+                    text: root.texts.favorite
+                    name: text + ": " + row.word
+                    Accessible.checked: isOn
+                    onClicked: root.words.toggleFavorite(row.index)
+                }
+                GlyphButton {
+                    visible: root.canRemove
+                    focusPolicy: Qt.NoFocus
+                    opacity: area.containsMouse || hovered || row.isCurrent ? 1 : 0
+                    glyph: "close"
+                    text: root.texts.remove
+                    name: text + ": " + row.word
+                    onClicked: root.removed(row.index)
+                }
+            }
+        }
+    }
+
+    Placeholder {
+        anchors.fill: list
+        glyph: "words"
+        title: root.words.emptyTitle
+        text: root.words.emptyText
+    }
+
+    WordCard {
+        id: shown
+
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+        height: visible ? Math.min(implicitHeight, Math.round(root.height * 0.55)) : 0
+        card: root.card
+        texts: root.texts
+        hasPlaces: root.hasPlaces
+        onPlaceWanted: root.placeWanted(root.card.word)
+        onClosed: {
+            list.currentIndex = -1;
+            list.forceActiveFocus();
+        }
+    }
+}
