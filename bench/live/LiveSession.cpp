@@ -35,7 +35,9 @@ void LiveSession::makeStore() {
                                              SystemAuthorization::ofServer(program_.host, server));
     struct Watch final : SessionDiagnostics {
         explicit Watch(ResultLatency& its) : latency(its) {}
-        void appendASREvent(const ASREvent& event) override { latency.eventArrived(event); }
+        void appendASREvent(const ASREvent& event, double /*t*/) override {
+            latency.eventArrived(event);
+        }
         void captionDisplayRefreshed(const CaptionDisplayRefresh& refresh) override {
             if (refresh.reason == "core.activity")
                 latency.coreChanged(refresh.t);

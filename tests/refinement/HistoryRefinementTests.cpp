@@ -249,7 +249,7 @@ TEST(HistoryRefinementTests, ASessionThatListensHasTheProcessor) {
     recording.service->setPaused(&recording, false);
     recording.host.advanceBy(10);
     EXPECT_EQ(recording.text(), refinedText);
-    recording.service->setPaused(true);
+    recording.service->setPaused(&recording, true);
     recording.begin();
     recording.host.advanceBy(600);
     EXPECT_EQ(recording.loadedModels, 1) << "nothing is loaded beside a session";

@@ -10,9 +10,10 @@ void HistoryTranscriptModel::show(const HistoryTranscriptExportDocument& documen
                                   bool isSameRecording) {
     isTimed_ = !document.sentenceTimings.empty();
     std::vector<HistoryTranscriptRow> now;
-    for (auto& row : document.transcriptRows())
-        now.push_back({document.timeOfRow(now.size()).value_or(""), std::move(row.source),
-                       std::move(row.translation)});
+    for (auto& row : document.transcriptRows()) {
+        std::string time = document.timeOf(row).value_or("");
+        now.push_back({std::move(time), std::move(row.source), std::move(row.translation)});
+    }
     const auto isSamePlace = [](const auto&, const auto&) { return true; };
     if (isSameRecording)
         ListedRows::show(std::move(now), isSamePlace);
