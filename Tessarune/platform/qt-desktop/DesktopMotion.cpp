@@ -34,6 +34,7 @@ QVariant unwrapped(QVariant value) {
 DesktopMotion::DesktopMotion(QDBusConnection bus) : bus_(std::move(bus)) {
     if (!bus_.isConnected())
         return;
+    qRegisterMetaType<QDBusVariant>(); // else the slot below is not found by its signature
     bus_.connect(portalService, portalPath, settingsInterface, QStringLiteral("SettingChanged"),
                  this, SLOT(SettingChanged(QString, QString, QDBusVariant)));
     for (const auto& wish : wishes)
