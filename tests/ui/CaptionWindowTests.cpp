@@ -210,6 +210,7 @@ TEST_F(CaptionWindowTests, TextIsSelectedAcrossRowsAndStaysSoWhileCaptionsGoOn) 
     captions.settle("Another.");
     captions.settle("And another.");
     captions.publish();
+    captions.session.hasVisibleSourceTextFlag = true;
     QTest::keyClick(&window, Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(QGuiApplication::clipboard()->text(), "Said.\n说过。") << "nothing is selected";
 }

@@ -127,7 +127,8 @@ TEST_F(SettingsWindowTests, ASliderStoresWhereItStopsAndNothingOnTheWay) {
     EXPECT_EQ(*settings.settings.sourceFontSize, 33);
     EXPECT_TRUE(settings.window->preview().isRunning());
     window().close();
-    EXPECT_FALSE(settings.window->preview().isRunning()) << "nobody sees it";
+    EXPECT_TRUE(runUntil([&] { return !settings.window->preview().isRunning(); }))
+        << "nobody sees it";
 }
 
 TEST_F(SettingsWindowTests, ASearchFindsByAnyNameAndLeadsToThePane) {
