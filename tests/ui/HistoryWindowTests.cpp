@@ -157,7 +157,7 @@ TEST_F(HistoryWindowTests, FilesAreImportedOrSayWhyNot) {
     EXPECT_TRUE(runUntil(
         [&] { return model().detail()->payload().sourceText == "New words.\nAnd more."; }));
     EXPECT_EQ(history.disk.list(history.paths.recordings()).size(), 2U) << "nothing else is left";
-    QMetaObject::invokeMethod(window().findChild<QQuickItem*>("removeImport"), "clicked");
+    imports.remove(0);
     EXPECT_EQ(imports.count(), 0);
 }
 
