@@ -19,7 +19,10 @@ void collectSizes(FileSystem& files, const std::filesystem::path& directory,
                   const std::string& below, SizesByPath& sizes) {
     try {
         for (const std::string& entry : files.list(directory / below)) {
-            const std::string path = below.empty() ? entry : below + "/" + entry;
+            std::string path = below;
+            if (!path.empty())
+                path += '/';
+            path += entry;
             if (files.isDirectory(directory / path))
                 collectSizes(files, directory, path, sizes);
             else

@@ -43,7 +43,22 @@ void DiagnosticsRunFiles::writeTranscripts(const TranscriptSnapshot& snapshot) {
         removeArtifact("bilingualTranscript");
 }
 
-void DiagnosticsRunFiles::writeManifest(const RunJson& manifest) {
+/// Session and refinement write one manifest, each on a queue of its own.
+static Mutex& manifestMutex() {
+    static Mutex oneAtATime;
+    return oneAtATime;
+}
+
+void DiagnosticsRunFiles::writeManifest(RunJson manifest) {
+    constexpr const char* ofRefinement = "refinementDiagnostics";
+    const MutexLock lock(manifestMutex());
+    const RunJson former = JSON::parse(readManifest(files_, directory_).value_or(""));
+    if (former.is_object() && former.contains(ofRefinement) && !manifest.contains(ofRefinement))
+        manifest[ofRefinement] = former[ofRefinement];
+    replaceManifest(manifest);
+}
+
+void DiagnosticsRunFiles::replaceManifest(const RunJson& manifest) {
     writeFile(directory_ / Layout::manifestFile, JSON::pretty(manifest));
 }
 
@@ -104,13 +119,12 @@ void DiagnosticsRunFiles::refreshFileEntries(RunJson& manifest,
 }
 
 bool DiagnosticsRunFiles::changeManifest(const std::function<void(RunJson&)>& change) {
-    static Mutex oneAtATime;
-    const MutexLock lock(oneAtATime);
+    const MutexLock lock(manifestMutex());
     RunJson manifest = JSON::parse(readManifest(files_, directory_).value_or(""));
     if (!manifest.is_object())
         return false;
     change(manifest);
-    writeManifest(manifest);
+    replaceManifest(manifest);
     return true;
 }
 

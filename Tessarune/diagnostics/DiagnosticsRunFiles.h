@@ -37,7 +37,8 @@ class DiagnosticsRunFiles {
     nlohmann::json manifestFileEntries();
     /// Replaces the entries of these artifacts in the manifest's list by what is on the disk now.
     void refreshFileEntries(nlohmann::json& manifest, std::span<const char* const> artifacts);
-    void writeManifest(const nlohmann::json& manifest);
+    /// What a refinement has written into the manifest stays in it.
+    void writeManifest(nlohmann::json manifest);
     /// Reads the manifest, has it changed and writes it. False where there is none that can be
     /// read. Of those who change a manifest one does so at a time.
     bool changeManifest(const std::function<void(nlohmann::json&)>& change);
@@ -56,6 +57,7 @@ class DiagnosticsRunFiles {
                                                  double wallClock);
 
   private:
+    void replaceManifest(const nlohmann::json& manifest);
     void removeArtifact(std::string_view artifact);
     bool writeFile(const std::filesystem::path& path, const std::optional<std::string>& bytes);
 

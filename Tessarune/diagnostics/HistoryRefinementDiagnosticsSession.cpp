@@ -174,9 +174,9 @@ void HistoryRefinementDiagnosticsSession::appleResult(
         return;
     ++counters_.appleResultCount;
     ++(summary.isFinal ? counters_.appleFinalCount : counters_.applePartialCount);
-    JSON::Ordered result = summary;
+    const JSON::Ordered result = summary;
     JSON::Value line = record("apple.result");
-    line.update(JSON::Value(std::move(result)));
+    line.update(JSON::Value(result));
     logs_->apple.append(line);
 }
 

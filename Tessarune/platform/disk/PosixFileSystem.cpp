@@ -8,7 +8,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <cerrno>
+#include <cstdio>
 #include <system_error>
 #include <utility>
 
@@ -180,10 +183,14 @@ void synchronizeFolderOf(const fs::path& path) {
     Descriptor(folder, O_RDONLY | O_DIRECTORY).synchronize();
 }
 
-/// Beside the target, so that the rename stays on one disk, and of this process alone.
+/// Beside the target, so that the rename stays on one disk, and of this write alone.
 fs::path temporaryBeside(const fs::path& path) {
+    static std::atomic<unsigned> writes = 0;
+    std::array<char, 32> end{};
+    std::snprintf(end.data(), end.size(), ".new-%d%06u", static_cast<int>(::getpid()),
+                  ++writes % 1'000'000);
     fs::path beside = path;
-    beside += ".new-" + std::to_string(::getpid());
+    beside += end.data();
     return beside;
 }
 
