@@ -24,9 +24,9 @@ HistoryImportsModel::HistoryImportsModel(const HistoryWindowEnvironment& environ
 void HistoryImportsModel::choose() {
     environment_.chooseFiles(lifeline_.calling(
         [](HistoryImportsModel& model, const std::vector<std::filesystem::path>& files) {
-            std::vector<ImportedFile> chosen;
-            for (const auto& file : files)
-                chosen.push_back({.path = file});
+            std::vector<ImportedFile> chosen(files.size());
+            for (std::size_t i = 0; i < files.size(); ++i)
+                chosen[i].path = files[i];
             model.add(chosen);
         }));
 }

@@ -92,7 +92,8 @@ class WindowProgram : public ::testing::Test {
         if (!fs::exists(data_ / "Transcripts"))
             return false;
         for (const auto& file : fs::directory_iterator(data_ / "Transcripts")) {
-            if (contentsOf(file.path()).find("best of times") != std::string::npos)
+            if (file.path().string().ends_with(".live.ndjson") &&
+                contentsOf(file.path()).find("best of times") != std::string::npos)
                 return true;
         }
         return false;
@@ -104,8 +105,8 @@ class WindowProgram : public ::testing::Test {
         for (const auto& recording : index) {
             EXPECT_TRUE(fs::exists(recording.at("filePath").get<std::string>()));
             const auto id = recording.at("id").get<std::string>();
-            EXPECT_NE(contentsOf(data_ / "Transcripts" / (id + ".txt")).find("best of times"),
-                      std::string::npos);
+            const std::string text = contentsOf(data_ / "Transcripts" / (id + ".txt"));
+            EXPECT_NE(text.find("best of times"), std::string::npos) << text;
         }
         EXPECT_FALSE(hasJournal());
     }
@@ -183,8 +184,8 @@ TEST_F(WindowProgram, CaptionsAndTranslatesWhatTheComputerPlaysForEverybody) {
     EXPECT_TRUE(within(10, [&] {
         return shown(reader).find("Sound: two_cities.wav") != std::string::npos;
     })) << shown(reader);
-    ASSERT_TRUE(within(20, [&] { return rowHas("best of times"); })) << shown(reader);
-    ASSERT_TRUE(within(20, [&] { return hasJournal(); }));
+    ASSERT_TRUE(within(20, [&] { return hasRow(); })) << shown(reader);
+    ASSERT_TRUE(within(5, [&] { return rowHas("best of times"); })) << shown(reader);
     StartedProgram closing = pressAt("Close", "listen.stop.engineDrain.start");
     ASSERT_TRUE(within(10, [&] { return closing.output() == "found\n"; }));
     expectEndedWell(start({"stop"}).wait());
