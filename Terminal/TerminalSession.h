@@ -17,8 +17,8 @@
 
 namespace tessarune {
 
-/// One listening session as the terminal shows it: its sound, its captions, its event log and what
-/// the user is told of them. Main queue; the program outlives it.
+/// One listening session as the terminal shows it: its sound, its captions, its event log and its
+/// messages to the user. Main queue; the program outlives it.
 class TerminalSession {
   public:
     TerminalSession(Program& program, const TerminalOptions& options, CaptionsCommand command);

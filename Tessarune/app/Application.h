@@ -95,7 +95,7 @@ struct Application {
         RecordingGate::Obstacle obstacle; ///< where there is one, nothing is recorded for now
         RecordingRepair::Report repairs;
 
-        /// That the list of recordings was damaged and made anew; empty where it was not.
+        /// Says that the list of recordings was damaged and has been rebuilt; empty otherwise.
         std::string rebuiltIndexText() const;
     };
     /// Sees to it that two programs never write one catalog, then runs the start-up services. They

@@ -12,7 +12,7 @@ const std::vector<Artifact>& artifacts() {
          .content = Content::settings,
          .isInCoreRuns = true,
          .isListed = false,
-         .written = "when recording begins, and anew when the session has ended",
+         .written = "when recording begins, and again when the session has ended",
          .description = "What the session was, and which files its run has.",
          .holdsText = false},
         {.name = "settings",

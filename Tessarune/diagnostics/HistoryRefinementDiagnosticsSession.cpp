@@ -66,7 +66,7 @@ bool isFullRun(FileSystem& files, const std::filesystem::path& directory) {
     return JSON::member<std::string>(manifest, "kind") == Layout::fullKind;
 }
 
-/// What stands in a sidecar; empty if there is none.
+/// The content of a sidecar file; empty if there is none.
 std::string sidecar(FileSystem& files, const std::filesystem::path& path) {
     try {
         return files.exists(path) ? files.read(path) : std::string();

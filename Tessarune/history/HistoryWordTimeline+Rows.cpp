@@ -15,7 +15,7 @@ std::string comparableText(std::string_view text) {
     return Text::canonical(Text::joined(Text::splitOnWhiteSpace(text), ""));
 }
 
-/// The place of each text that stands there once, and no place for the others.
+/// The index of each text that occurs exactly once; texts that repeat have none.
 std::unordered_map<std::string_view, std::optional<std::size_t>>
 placesOf(const std::vector<std::string>& texts) {
     std::unordered_map<std::string_view, std::optional<std::size_t>> places;

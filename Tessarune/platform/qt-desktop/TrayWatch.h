@@ -17,7 +17,7 @@ class TrayWatch : public QObject {
 
   public:
     /// `bus` is the session's. `onTray` is called each time that a tray is found, also after a
-    /// panel was started anew.
+    /// panel has restarted.
     TrayWatch(QDBusConnection bus, std::function<void()> onTray);
 
     /// Whether there is one at this moment.

@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// A list model over a vector of rows that are compared by value. Changes are told as the smallest
-/// ones, so that a view stays where its reader is and makes nothing anew. Main thread.
+/// A list model over a vector of rows that are compared by value. It announces the smallest change,
+/// so that a view keeps its scroll position and its delegates. Main thread.
 template <typename Row>
 class ListedRows : public QAbstractListModel {
   public:

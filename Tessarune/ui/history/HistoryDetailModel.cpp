@@ -60,7 +60,7 @@ void HistoryDetailModel::show(const std::optional<HistoryItem>& recording) {
         return;
     const bool isOther = !recording || !recording_ || recording->id != recording_->id ||
                          recording->live != recording_->live;
-    // Whoever is writing a note goes on, whatever else becomes of the recording.
+    // A note that is being edited is kept, even if the recording changes meanwhile.
     const bool isOtherNote = isOther || recording->note != recording_->note;
     recording_ = recording;
     if (isOther) {
