@@ -316,12 +316,13 @@ void HistoryRefinementDiagnosticsSession::close(Status status) {
         JSON::Value lost = JSON::Value::object();
         logs->close(lost);
         DiagnosticsRunFiles run(disk, directory, {}, true);
-        const bool isThere = run.changeManifest(
-            [&](JSON::Value& manifest) { manifest["lostRecords"].update(lost); });
-        if (!isThere) {
-            run.remove(); // it was deleted, with its recording; nothing of it comes back
+        // A run whose manifest is gone was deleted, with its recording; closing the logs must not
+        // bring it back. A manifest that cannot be read now is no reason to delete anything.
+        if (!disk.exists(directory / Layout::manifestFile)) {
+            run.remove();
             return;
         }
+        run.changeManifest([&](JSON::Value& manifest) { manifest["lostRecords"].update(lost); });
         if (!saved.sourceText.empty())
             DiagnosticsRunFiles::refreshManifestTranscriptSummary(disk, directory, saved, wall);
     });

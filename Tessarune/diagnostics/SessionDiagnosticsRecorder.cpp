@@ -243,12 +243,8 @@ void SessionDiagnosticsRecorder::closeLifecycle() {
 /// What was written of a run while its recording was being deleted goes, too.
 void SessionDiagnosticsRecorder::removeIfDeleted(const std::optional<RecordingMetadata>& recording,
                                                  const std::filesystem::path& directory) {
-    if (!recording || !environment_.catalog.wasDeleted(recording->id))
-        return;
-    try {
-        environment_.files.remove(directory);
-    } catch (const std::system_error&) { // pruning finds it
-    }
+    if (recording && environment_.catalog.wasDeleted(recording->id))
+        DiagnosticsRunFiles(environment_.files, directory, {}, false).remove();
 }
 
 void SessionDiagnosticsRecorder::updateFinishedSnapshot(const TranscriptSnapshot& snapshot) {
