@@ -50,6 +50,9 @@ class ListeningSession {
     /// nothing about the desktop and is forgotten. Between two sessions.
     void setForgetsPermissions(bool forgets);
 
+    /// Whether the open diagnostics run holds what is said.
+    bool keepsTexts() const { return diagnostics_->capturesFullDiagnostics(); }
+
     LiveTranscriptTranslation& translation() { return *translation_; }
     const std::shared_ptr<LiveTranscriptTranslation>& sharedTranslation() { return translation_; }
 
@@ -60,6 +63,7 @@ class ListeningSession {
     std::unique_ptr<PermissionsManager> permissions_;
     SpeechEngine engine_; // outlives what the store still has running in it
     std::shared_ptr<LiveTranscriptTranslation> translation_;
+    std::shared_ptr<SessionDiagnostics> diagnostics_;
     std::shared_ptr<LiveTranscriptStore> store_;
     Published<LiveSessionPhase>::Token phaseObserver_;
 };

@@ -16,7 +16,8 @@ void DesktopProgram::watchSystem() {
     shortcuts_.emplace(window_->commands(), window_->window());
     screenshots_.emplace(ScreenshotService::Environment{
         host_, application_.files, application_.settings, application_.notifications,
-        store().view(), [this] {
+        store().view(), [this] { return session_.keepsTexts(); },
+        [this] {
             return window_->window().isExposed() ? window_->window().grabWindow() : QImage();
         }});
     trayWatch_.emplace(QDBusConnection::sessionBus(), [this] { makeTray(); });

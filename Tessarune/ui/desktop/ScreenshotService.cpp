@@ -1,6 +1,5 @@
 #include "Tessarune/ui/desktop/ScreenshotService.h"
 
-#include "TessaruneCore/diagnostics/DiagnosticsLevel.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <QBuffer>
@@ -43,9 +42,10 @@ ScreenshotService::ScreenshotService(Environment environment)
 }
 
 bool ScreenshotService::isWanted() const {
-    const AppSettings& settings = environment_.settings;
-    return *settings.screenshotEnabled && *environment_.session.isDiagnosticsRunning &&
-           writesSessionDiagnostics(*settings.diagnosticsLevel);
+    // A run may keep less than the level of the settings: nothing of a session that must not be
+    // recorded.
+    return *environment_.settings.screenshotEnabled && *environment_.session.isDiagnosticsRunning &&
+           environment_.keepsTexts();
 }
 
 void ScreenshotService::arm() {

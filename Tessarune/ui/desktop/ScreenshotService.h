@@ -29,7 +29,8 @@ class ScreenshotService {
         AppSettings& settings;
         NotificationCenter& notifications;
         const SessionView& session;
-        std::function<QImage()> picture; ///< of this moment; null while nothing is shown
+        std::function<bool()> keepsTexts; ///< whether the open run holds what is said
+        std::function<QImage()> picture;  ///< of this moment; null while nothing is shown
     };
     explicit ScreenshotService(Environment environment);
     ~ScreenshotService() { timer_.cancel(); }
