@@ -354,6 +354,21 @@ TEST(SessionDiagnosticsRecorderTests, AStallOfTheMainQueueIsOneSample) {
     EXPECT_GT(highestLag, 2700);
 }
 
+TEST(DiagnosticsNDJSONWriterTests, ARecordThatWasCutShortLeavesNothing) {
+    simulation::FaultyFileSystem files;
+    SimulatedHost host;
+    files.createDirectories("/run");
+    DiagnosticsNDJSONWriter log(host, files, "/run/log", "test");
+    log.appendText("first\n");
+    host.runUntilIdle();
+    files.failAt = files.operations + 1;
+    log.appendText("a long record of which the disk takes half\n");
+    log.appendText("short\n");
+    log.close();
+    EXPECT_EQ(files.contentsOf("/run/log"), "first\nshort\n");
+    EXPECT_EQ(log.lostRecords(), 1u);
+}
+
 TEST(SessionDiagnosticsRecorderTests, RunsOfOneSecondAndPruningKeepTheNewest) {
     simulation::FaultyFileSystem files;
     const TessarunePaths paths{"/data"};
