@@ -211,6 +211,36 @@ TEST_F(SettingsWindowTests, AProfileIsAppliedBetweenSessions) {
     EXPECT_EQ(*settings.settings.freezeStableSeconds, 0.35);
 }
 
+TEST_F(SettingsWindowTests, DiagnosticsRunsAreToldOpenedReplayedAndRemovedWhenThatIsCertain) {
+    const std::filesystem::path run = "/data/Diagnostics/Live-2026-03-01-20-15-00";
+    settings.files.setContents(
+        run / "manifest.json",
+        R"({"kind":"liveSessionDiagnosticsManifest","diagnosticsLevel":"standard",)"
+        R"("durationSeconds":90,"summary":{"committedSegmentCount":7}})");
+    settings.files.setContents(run / "perf.csv", "t\n");
+    open("advanced");
+    const std::string title = run.filename().string();
+    const auto button = [&](const char* text) { return control((text + (": " + title)).c_str()); };
+    ASSERT_TRUE(runUntil([&] { return button("打开文件夹") != nullptr; }));
+    const QVariantMap told = settings.window->runs().runs().at(0).toMap();
+    EXPECT_NE(told["about"].toString().indexOf("1.5 分钟 · 7 行"), -1)
+        << told["about"].toString().toStdString();
+    EXPECT_EQ(told["holds"].toString(), "性能样本");
+    button("打开文件夹")->forceActiveFocus(Qt::TabFocusReason);
+    QTest::keyClick(&window(), Qt::Key_Return);
+    EXPECT_EQ(settings.opened, run);
+    button("回放")->forceActiveFocus(Qt::TabFocusReason);
+    QTest::keyClick(&window(), Qt::Key_Return);
+    ASSERT_TRUE(runUntil([&] { return !settings.window->runs().message().isEmpty(); }));
+    EXPECT_FALSE(settings.window->runs().isGood()) << "there is no event log";
+    button("删除")->forceActiveFocus(Qt::TabFocusReason);
+    QTest::keyClick(&window(), Qt::Key_Return);
+    EXPECT_TRUE(settings.files.has(run)) << "asks first";
+    QTest::keyClick(&window(), Qt::Key_Return);
+    ASSERT_TRUE(runUntil([&] { return settings.window->runs().isEmpty(); }));
+    EXPECT_FALSE(settings.files.has(run));
+}
+
 TEST_F(SettingsWindowTests, EveryControlHasANameAndIsReachedByTab) {
     for (const SettingsPane pane : settingsPanes) {
         open(std::string(name(pane)));
