@@ -18,7 +18,7 @@ using SizesByPath = std::map<std::string, std::uint64_t>;
 void collectSizes(FileSystem& files, const std::filesystem::path& directory,
                   const std::string& below, SizesByPath& sizes) {
     try {
-        for (const std::string& entry : files.list(directory / below)) {
+        for (const std::string& entry : files.list(below.empty() ? directory : directory / below)) {
             std::string path = below;
             if (!path.empty())
                 path += '/';
