@@ -52,6 +52,10 @@ class ListeningSession {
 
     /// Whether the open diagnostics run holds what is said.
     bool keepsTexts() const { return diagnostics_->capturesFullDiagnostics(); }
+    /// How the captions follow what is said, for the diagnostics run if one is open.
+    void recordCaptionFollow(const std::string& event, const LogFields& fields) {
+        diagnostics_->recordCaptionFollow(event, fields);
+    }
 
     LiveTranscriptTranslation& translation() { return *translation_; }
     const std::shared_ptr<LiveTranscriptTranslation>& sharedTranslation() { return translation_; }

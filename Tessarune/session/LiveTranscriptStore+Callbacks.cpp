@@ -1,5 +1,4 @@
 #include "Tessarune/session/LiveTranscriptStore.h"
-#include "Tessarune/session/SystemAudioSilentStartPolicy.h"
 #include "TessaruneCore/captions/BoundarySummary.h"
 #include "TessaruneCore/captions/LiveBoundaryDecisionHandler.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
@@ -106,7 +105,10 @@ void LiveTranscriptStore::configureTranscriberCallbacks() {
     transcriber.onAudioBufferInfo = onMain([](Store& self, double sampleRate) {
         self.environment_.diagnostics->noteAudioBuffer(sampleRate);
     });
-    transcriber.onLevel = onMain([](Store& self, double level) { self.handleLevelEvent(level); });
+    transcriber.onLevel = onMain([](Store& self, double level) {
+        self.handleAudioLevel(level);
+        self.captureStatus_.handleSoundHeard();
+    });
     transcriber.onError =
         onMain([](Store& self, const std::string& message) { self.showError(message); });
     transcriber.onGuessWithdrawn = [weak = weak_from_this(), &main = host()] {
@@ -118,11 +120,11 @@ void LiveTranscriptStore::configureTranscriberCallbacks() {
     transcriber.onSystemAudioSilent = [weak = weak_from_this(), &main = host()] {
         main.post([weak] {
             if (const Self self = weak.lock())
-                self->handleSystemAudioSilent();
+                self->captureStatus_.handleSystemAudioSilent();
         });
     };
     transcriber.onCaptureEvent =
-        onMain([](Store& self, const CaptureEvent& event) { self.handleCaptureEvent(event); });
+        onMain([](Store& self, const CaptureEvent& event) { self.captureStatus_.handle(event); });
 }
 
 // What the transcriber's callbacks do on the main queue
@@ -174,55 +176,6 @@ void LiveTranscriptStore::handleGuessWithdrawn() {
     refreshCaptionDisplay("asr.withdrawn");
 }
 
-void LiveTranscriptStore::handleLevelEvent(double level) {
-    handleAudioLevel(level);
-    environment_.permissions.latch(PermissionsManager::Key::systemAudioStatus,
-                                   PermissionsManager::Status::granted);
-    if (view_.status->kind != SessionStatus::Kind::silent)
-        return;
-    view_.status = SessionStatus();
-    refreshCaptionDisplay("systemAudio.heard");
-}
-
-void LiveTranscriptStore::handleSystemAudioSilent() {
-    if (!*view_.isListening)
-        return;
-    if (!SystemAudioSilentStartPolicy::warnsOfSilence(environment_.permissions,
-                                                      *view_.selectedSource))
-        return;
-    view_.status = SessionStatus{SessionStatus::Kind::silent};
-    refreshCaptionDisplay("systemAudio.silent");
-}
-
-void LiveTranscriptStore::handleCaptureEvent(const CaptureEvent& event) {
-    if (!*view_.isListening)
-        return;
-    using Status = SessionStatus::Kind;
-    isCaptureInterrupted_ = event.kind == CaptureEvent::Kind::interrupted;
-    switch (event.kind) {
-    case CaptureEvent::Kind::interrupted:
-        log_.event("listen.capture.interrupted",
-                   {{"status", std::int64_t{event.status}}, {"error", event.text}},
-                   Importance::important);
-        view_.status = SessionStatus{Status::interrupted};
-        refreshCaptionDisplay("capture.interrupted");
-        break;
-    case CaptureEvent::Kind::resumed:
-        log_.event("listen.capture.resumed",
-                   {{"device", event.text}, {"gapSeconds", event.gapSeconds}},
-                   Importance::important);
-        if (view_.status->kind == Status::interrupted)
-            view_.status = SessionStatus{Status::listeningTo, event.text};
-        refreshCaptionDisplay("capture.resumed");
-        break;
-    case CaptureEvent::Kind::deviceChanged:
-        log_.event("listen.capture.deviceChanged", {{"device", event.text}}, Importance::important);
-        view_.status = SessionStatus{Status::listeningTo, event.text};
-        refreshCaptionDisplay("capture.deviceChanged");
-        break;
-    }
-}
-
 // What the core's callbacks do, inside its operations
 
 void LiveTranscriptStore::handleCommit(const CaptionCore::Rows& rows) {
@@ -231,10 +184,7 @@ void LiveTranscriptStore::handleCommit(const CaptionCore::Rows& rows) {
 }
 
 void LiveTranscriptStore::handleActivity(CaptionCore::Activity activity) {
-    // The last words before an interruption come after the news of it, which must not go with them.
-    const bool isInterrupted = isCaptureInterrupted_ && *view_.isListening;
-    view_.status =
-        SessionStatus{isInterrupted ? SessionStatus::Kind::interrupted : SessionStatus::Kind::none};
+    captureStatus_.handleCaptionActivity();
     if (activity != CaptionCore::Activity::partialDeduped)
         view_.isTranslationVisible = false;
     texts_.updateVisibleSourceTextFlag();

@@ -164,7 +164,7 @@ void LiveTranscriptStore::discardRecording() {
 void LiveTranscriptStore::resetTranscriptForNewSession() {
     environment_.translation->resetForNewSession();
     message_.forget();
-    isCaptureInterrupted_ = false;
+    captureStatus_.reset();
     core_.reset(now());
     core_.resetCounters();
     recordingTracker_.reset();

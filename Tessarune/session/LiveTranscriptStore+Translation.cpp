@@ -41,4 +41,8 @@ void LiveTranscriptStore::updatePersistedTranscriptIfStopped() {
                    {{"reason", "transcriptPersistFailed"}}, Importance::important);
 }
 
+bool LiveTranscriptStore::keepsTextsForDiagnosis() const {
+    return environment_.diagnostics->capturesFullDiagnostics();
+}
+
 } // namespace tessarune

@@ -41,6 +41,8 @@ LiveTranscriptStore::LiveTranscriptStore(LiveSessionEnvironment environment)
       liveTranscriber_(LiveSystemAudioTranscriber::make(transcriberEnvironment(environment_))),
       recordingTracker_(host(), environment_.files, environment_.catalog,
                         environment_.speech.logger),
+      captureStatus_(view_, environment_.permissions, log_,
+                     [this](const std::string& reason) { refreshCaptionDisplay(reason); }),
       stop_(*this),
       inactivity_(host(), log_),
       durationClock_(host()),

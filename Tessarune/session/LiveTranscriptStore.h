@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessarune/session/CaptionClock.h"
+#include "Tessarune/session/CaptureStatus.h"
 #include "Tessarune/session/LiveCaptionDisplay.h"
 #include "Tessarune/session/LiveCaptionMessage.h"
 #include "Tessarune/session/LiveCaptionPerfCounters.h"
@@ -24,7 +25,6 @@
 #include <optional>
 #include <span>
 #include <string>
-#include <vector>
 
 namespace tessarune {
 
@@ -70,10 +70,6 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     /// Takes all captions off the screen; they are saved all the same. A sentence that is still
     /// being spoken shows again when it settles.
     void clearCaptions();
-    /// For the diagnostics run, if one is open.
-    void recordCaptionFollow(const std::string& event, const LogFields& fields) {
-        environment_.diagnostics->recordCaptionFollow(event, fields);
-    }
 
     // Events of the session; the callbacks of its parts end here
     void applyRecognition(const ASREvent& event);
@@ -102,9 +98,7 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     void setStatusMessage(const std::string& text) override;
     void updatePersistedTranscriptIfStopped() override;
     void appendTranslationObservation(const TranslationObservation& observation) override;
-    bool keepsTextsForDiagnosis() const override {
-        return environment_.diagnostics->capturesFullDiagnostics();
-    }
+    bool keepsTextsForDiagnosis() const override;
 
     // LiveTranscriptStore+Callbacks.cpp
     void observeSettings();
@@ -114,10 +108,7 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     void handleActivity(CaptionCore::Activity activity);
     void handleBoundaryDecision(const BoundaryObservation& observation);
     void handleRecognitionEvent(const ASREvent& event);
-    void handleLevelEvent(double level);
     void handleGuessWithdrawn();
-    void handleSystemAudioSilent();
-    void handleCaptureEvent(const CaptureEvent& event);
 
     // LiveTranscriptStore+Lifecycle.cpp
     static Task<void> runStart(WeakSelf weak, Start start);
@@ -146,9 +137,9 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     const std::shared_ptr<LiveSystemAudioTranscriber> liveTranscriber_;
     LiveRecordingTracker recordingTracker_;
     LiveSessionStateMachine sessionState_; // the authority on the phase
+    CaptureStatus captureStatus_;
     LiveSessionStop stop_;
     std::uint64_t startNumber_ = 0;
-    bool isCaptureInterrupted_ = false; // and the status line says so
     SessionInactivityStop inactivity_;
     SessionDurationClock durationClock_;
     LiveCaptionPerfCounters pipelinePerf_;

@@ -85,7 +85,7 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
 
 void DesktopProgram::recordFollow(const std::string& event, const LogFields& fields,
                                   bool important) {
-    store().recordCaptionFollow(event, fields);
+    session_.recordCaptionFollow(event, fields);
     LogFields logged;
     for (const auto& [name, value] : fields) {
         if (name != "isReviewing")
