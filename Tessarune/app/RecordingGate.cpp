@@ -31,8 +31,8 @@ bool RecordingGate::mayRecord() {
     if (keepsNothing_)
         return false;
     const Obstacle found = obstacle();
-    if (found.isThere() && onObstacle)
-        onObstacle(found);
+    if (onDecision)
+        onDecision(found);
     return !found.isThere();
 }
 

@@ -33,8 +33,9 @@ class RecordingGate {
                   const TessarunePaths& paths, std::string program)
         : settings_(settings), stored_(stored), paths_(paths), program_(std::move(program)) {}
 
-    /// Hears what keeps a session from being recorded, each time that one starts.
-    std::function<void(const Obstacle&)> onObstacle;
+    /// Hears what keeps a session from being recorded, or that nothing does, each time that one
+    /// starts.
+    std::function<void(const Obstacle&)> onDecision;
 
     /// Nothing of this run is recorded, and no diagnostics run holds what is said.
     void recordNothing() { keepsNothing_ = true; }

@@ -25,8 +25,8 @@ class CaptureStatus {
     void handleSoundHeard();
     void handleSystemAudioSilent();
     void handle(const CaptureEvent& event);
-    /// Words have arrived: whatever the line says is over, unless the sound is interrupted. The last
-    /// words before an interruption arrive after the news of it.
+    /// Words have arrived: whatever the line says is over, unless the sound is interrupted. The
+    /// last words before an interruption arrive after the news of it.
     void handleCaptionActivity();
 
   private:

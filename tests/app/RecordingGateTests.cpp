@@ -18,7 +18,7 @@ struct RecordingProgram {
           stored(files, folder.path() / (name + ".json")),
           settings(stored),
           gate(settings, stored, paths, name) {
-        gate.onObstacle = [this](const RecordingGate::Obstacle& found) { told.push_back(found); };
+        gate.onDecision = [this](const RecordingGate::Obstacle& found) { told.push_back(found); };
     }
 
     PosixFileSystem files;
@@ -43,6 +43,7 @@ TEST(RecordingGateTests, OneProgramRecordsAtATimeAndTheNextOnceItHasLeft) {
 
     first.gate.leaveDataFolder();
     EXPECT_TRUE(second.gate.mayRecord());
+    EXPECT_FALSE(second.told.back().isThere()) << "what was said of the other holds no longer";
     EXPECT_FALSE(first.gate.mayRecord());
 }
 

@@ -1,11 +1,9 @@
 #include "Tessarune/platform/qt-desktop/X11Desktop.h"
 #include "Tessarune/ui/desktop/DesktopProgram.h"
 #include "TessaruneCore/text/Localization.h"
-#include "TessaruneCore/text/Text.h"
 
 #include <QGuiApplication>
 #include <QSessionManager>
-#include <algorithm>
 #include <utility>
 
 namespace tessarune {
@@ -25,6 +23,7 @@ void DesktopProgram::watchSystem() {
         makeTray();
     const auto& problem = store().view().presentedError;
     observations_.followChanges(problem, [this](const std::string& text) { notifyIfHidden(text); });
+    notices_.onNotice = [this](const std::string& text) { notifyIfHidden(text); };
     sleepWatch_.emplace(
         QDBusConnection::systemBus(),
         SleepWatch::Handlers{
@@ -44,29 +43,11 @@ void DesktopProgram::watchSystem() {
         const bool listened = *store().view().isListening;
         saveNow();
         if (listened) // another program may still call the logout off
-            tell(localized("桌面会话即将结束，字幕已停止并保存。"));
+            notices_.tell(localized("桌面会话即将结束，字幕已停止并保存。"));
     };
     QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &host_, endsSession,
                      Qt::DirectConnection);
     lostDisplay_.emplace([this] { saveNow(); });
-}
-
-void DesktopProgram::tell(const std::string& text) {
-    if (text.empty() || std::ranges::find(notices_, text) != notices_.end())
-        return;
-    notices_.push_back(text);
-    notice_ = Text::joined(notices_, "\n");
-    notifyIfHidden(text);
-}
-
-void DesktopProgram::withdraw(const std::string& text) {
-    if (std::erase(notices_, text) > 0)
-        notice_ = Text::joined(notices_, "\n");
-}
-
-void DesktopProgram::dismissNotices() {
-    notices_.clear();
-    notice_ = std::string();
 }
 
 /// What the window would show reaches a user who does not see it.
@@ -89,7 +70,7 @@ Task<void> DesktopProgram::finish(std::function<void()> ready) {
 
 /// Before the desktop's session ends, or the display is gone: nobody waits for a task then.
 void DesktopProgram::saveNow() {
-    store().stopListening(LiveSessionControlTrigger::applicationWillTerminate());
+    listening_.stop(LiveSessionControlTrigger::applicationWillTerminate());
     host_.runByItself([this] { return !store().isStopping(); },
                       TessaruneListeningLifecycleHandler::longestWaitSeconds);
 }

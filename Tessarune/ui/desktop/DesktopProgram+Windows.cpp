@@ -60,22 +60,22 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
         .settings = application_.settings,
         .session = store().view(),
         .soundName = sound_.fileName,
-        .notice = notice_,
+        .notice = notices_.text(),
         .store = application_.storedDefaults,
-        .commands = {.toggleListening = [this](const auto& trigger) { toggle(trigger); },
-                     .selectSource = [this](const AudioSource& source) { selectSource(source); },
-                     .refreshInputDevices = [this] { store().refreshInputDevices(); },
-                     .retryTranslation =
-                         [this] { session_.translation().retryIncompleteTranslations(); },
-                     .clearCaptions = [this] { store().clearCaptions(); },
-                     .visibleText = [this] { return store().texts().visibleText(); },
-                     .dismissNotice = [this] { dismissNotices(); },
-                     .close = [this] { closeWindow(); },
-                     .toggleWindow = [this] { toggleWindow(); },
-                     .quit = [this] { quit(); },
-                     .showHistory = opens(Kind::history),
-                     .showSettings =
-                         [this](const std::string& pane) { windows_.show(Kind::settings, pane); }},
+        .commands =
+            {.toggleListening = [this](const auto& trigger) { toggle(trigger); },
+             .selectSource = [this](const AudioSource& source) { listening_.selectSource(source); },
+             .refreshInputDevices = [this] { store().refreshInputDevices(); },
+             .retryTranslation = [this] { session_.translation().retryIncompleteTranslations(); },
+             .clearCaptions = [this] { store().clearCaptions(); },
+             .visibleText = [this] { return store().texts().visibleText(); },
+             .dismissNotice = [this] { notices_.dismissAll(); },
+             .close = [this] { closeWindow(); },
+             .toggleWindow = [this] { toggleWindow(); },
+             .quit = [this] { quit(); },
+             .showHistory = opens(Kind::history),
+             .showSettings =
+                 [this](const std::string& pane) { windows_.show(Kind::settings, pane); }},
         .secondsBehind = [this] { return secondsBehind(store().liveTranscriber()); },
         .reducesMotion = motion_.isReduced,
         .recordFollow = [this](const auto& event, const auto& fields,
@@ -137,9 +137,9 @@ void DesktopProgram::makeTray() {
 void DesktopProgram::perform(DesktopAction action) {
     switch (action) {
     case DesktopAction::start:
-        return start(LiveSessionControlTrigger::programmatic());
+        return listening_.start(LiveSessionControlTrigger::programmatic());
     case DesktopAction::stop:
-        return store().stopListening(LiveSessionControlTrigger::programmatic());
+        return listening_.stop(LiveSessionControlTrigger::programmatic());
     case DesktopAction::toggle:
         return toggle(LiveSessionControlTrigger::programmatic());
     case DesktopAction::show:
@@ -165,7 +165,7 @@ void DesktopProgram::handle(const InstanceRequest& request) {
             perform(*action);
     }
     if (!request.files.empty())
-        captionFile(request.files.back());
+        listening_.captionFile(request.files.back());
 }
 
 void DesktopProgram::showWindow() {
@@ -191,7 +191,7 @@ void DesktopProgram::toggleWindow() {
 void DesktopProgram::closeWindow() {
     application_.logger.event("window.subtitleCloseRequested", {}, Importance::important);
     hideWindow();
-    store().stopListening(LiveSessionControlTrigger::subtitleWindowClose());
+    listening_.stop(LiveSessionControlTrigger::subtitleWindowClose());
     endIfUnreachable();
 }
 

@@ -10,8 +10,6 @@ namespace tessarune {
 
 namespace {
 
-constexpr double lookAgainSeconds = 0.01;
-
 std::string obstacleText(const RecordingGate::Obstacle& obstacle) {
     if (obstacle.holder)
         return localized("%@（进程 %lld）正在录音；这里的字幕不会保存。",
@@ -35,8 +33,9 @@ DesktopProgram::DesktopProgram(TerminationSignals& signals, SingleInstance& inst
     : request_(std::move(request)),
       instance_(instance),
       application_(host_, "tessarune"),
-      sound_(host_, [this] { spawn(Executor::main(host_), leaveFile(std::nullopt)); }),
+      sound_(host_),
       session_(application_, sound_, {}),
+      listening_({host_, sound_, session_, notices_, [this] { return hasSpeechModel(); }}),
       lifecycle_(host_, application_.logger, store().weak_from_this(), [this] { leave(); }),
       desktop_(application_.files, TESSARUNE_APPLICATION_ID,
                QCoreApplication::applicationFilePath().toStdString()),
@@ -54,9 +53,9 @@ int DesktopProgram::run() {
     instance_.serve([this](const InstanceRequest& request) { handle(request); });
     // A file is there to be heard; what else is heard is the user's choice.
     if (request_.file)
-        captionFile(*request_.file);
+        listening_.captionFile(*request_.file);
     else
-        spawn(Executor::main(host_), connect());
+        listening_.connect();
     for (const DesktopAction action : request_.actions)
         perform(action);
     return QGuiApplication::exec();
@@ -67,125 +66,38 @@ void DesktopProgram::prepare() {
     const Application::Preparation found = application_.prepareToRecord();
     if (found.obstacle.holder)
         application_.prepare();
-    application_.recording.onObstacle = [this](const auto& obstacle) {
-        tell(obstacleText(obstacle));
+    const auto tellObstacle = [this](const RecordingGate::Obstacle& obstacle) {
+        notices_.tell(DesktopNotices::Topic::recording, obstacleText(obstacle));
     };
-    tell(obstacleText(found.obstacle));
-    tell(found.rebuiltIndexText());
+    application_.recording.onDecision = tellObstacle;
+    tellObstacle(found.obstacle);
+    notices_.tell(found.rebuiltIndexText());
     if (const auto count = found.repairs.recoveredSessions.size(); count > 0)
-        tell(localized("已恢复 %lld 次中断的会话，可在历史记录中查看。", {std::to_string(count)}));
-}
-
-Task<void> DesktopProgram::connect() {
-    isConnecting_ = true;
-    Task<std::string> connecting = sound_.connectOrSay();
-    const std::string problem = co_await connecting;
-    isConnecting_ = false;
-    hasSound_ = problem.empty();
-    if (hasSound_)
-        store().refreshInputDevices();
-    withdraw(soundProblem_);
-    tell(problem);
-    soundProblem_ = problem;
+        notices_.tell(
+            localized("已恢复 %lld 次中断的会话，可在历史记录中查看。", {std::to_string(count)}));
 }
 
 /// Where there is none, leads to where it can be had: a session would fetch it without a word.
 bool DesktopProgram::hasSpeechModel() {
     const std::string problem = application_.speechModelProblem();
-    withdraw(modelProblem_);
-    modelProblem_ = problem;
+    notices_.tell(DesktopNotices::Topic::speechModel, problem);
     if (problem.empty())
         return true;
-    tell(problem);
     windows_.show(DesktopWindows::Kind::settings, "recognition");
     return false;
-}
-
-void DesktopProgram::start(const LiveSessionControlTrigger& trigger) {
-    if (!*store().view().isListening)
-        toggle(trigger);
 }
 
 void DesktopProgram::toggle(const LiveSessionControlTrigger& trigger) {
     if (welcome_)
         welcome_->close();
-    if (!*store().view().isListening && !hasSpeechModel())
-        return;
-    if (hasSound_)
-        store().toggleListening(trigger);
-    else
-        spawn(Executor::main(host_), connectAndStart(trigger));
-}
-
-Task<void> DesktopProgram::connectAndStart(LiveSessionControlTrigger trigger) {
-    if (std::exchange(startsWhenConnected_, true))
-        co_return;
-    if (!isConnecting_) {
-        Task<void> connecting = connect();
-        co_await connecting;
-    }
-    while (isConnecting_) {
-        Task<bool> waiting = sleep(Executor::main(host_), lookAgainSeconds);
-        co_await waiting;
-    }
-    startsWhenConnected_ = false;
-    if (!hasSound_ && sound_.isFile())
-        listenToComputer(); // the file cannot be heard
-    else if (hasSound_ && !isEnding_)
-        store().startListening(trigger);
-}
-
-void DesktopProgram::captionFile(const std::filesystem::path& file) {
-    if (!std::exchange(wantedFile_, file))
-        spawn(Executor::main(host_), beginFile());
-}
-
-/// What is heard until now is saved first.
-Task<void> DesktopProgram::beginFile() {
-    Task<void> stopping = session_.stop();
-    co_await stopping;
-    const std::filesystem::path file = *std::exchange(wantedFile_, std::nullopt);
-    if (isEnding_)
-        co_return;
-    if (!sound_.isFile())
-        computerSource_ = *store().view().selectedSource;
-    store().selectSource(AudioSource::systemAudio()); // the file has no other
-    session_.setForgetsPermissions(true);
-    sound_.playFile(file);
-    hasSound_ = false;
-    start(LiveSessionControlTrigger::programmatic());
-}
-
-/// Where the user has chosen a source in place of the file, it is heard at once.
-Task<void> DesktopProgram::leaveFile(std::optional<AudioSource> source) {
-    const bool goesOn = source && *store().view().isListening;
-    Task<void> stopping = session_.stop();
-    co_await stopping;
-    if (wantedFile_ || isEnding_)
-        co_return;
-    listenToComputer();
-    store().selectSource(source.value_or(computerSource_));
-    if (goesOn)
-        start(LiveSessionControlTrigger::sourceSwitch());
-}
-
-void DesktopProgram::listenToComputer() {
-    sound_.listenToComputer();
-    session_.setForgetsPermissions(false);
-    hasSound_ = sound_.state() == SoundServerState::connected;
-}
-
-void DesktopProgram::selectSource(const AudioSource& source) {
-    if (sound_.isFile())
-        spawn(Executor::main(host_), leaveFile(source));
-    else
-        store().selectSource(source);
+    listening_.toggle(trigger);
 }
 
 /// The windows go at once, the program when everything is saved.
 void DesktopProgram::quit() {
     if (std::exchange(isEnding_, true))
         return;
+    listening_.end();
     instance_.refuse();
     hideWindow();
     for (QWindow* const window : QGuiApplication::topLevelWindows())

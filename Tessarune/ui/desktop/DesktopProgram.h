@@ -3,7 +3,6 @@
 #include "Tessarune/app/Application.h"
 #include "Tessarune/app/ListeningSession.h"
 #include "Tessarune/app/LoginItem.h"
-#include "Tessarune/audio/AudioSource.h"
 #include "Tessarune/platform/qt-desktop/DesktopMotion.h"
 #include "Tessarune/platform/qt-desktop/SingleInstance.h"
 #include "Tessarune/platform/qt-desktop/SleepWatch.h"
@@ -15,6 +14,8 @@
 #include "Tessarune/session/TessaruneListeningLifecycleHandler.h"
 #include "Tessarune/ui/captions/CaptionWindow.h"
 #include "Tessarune/ui/desktop/ApplicationShortcuts.h"
+#include "Tessarune/ui/desktop/DesktopListening.h"
+#include "Tessarune/ui/desktop/DesktopNotices.h"
 #include "Tessarune/ui/desktop/DesktopRequest.h"
 #include "Tessarune/ui/desktop/DesktopSound.h"
 #include "Tessarune/ui/desktop/DesktopTray.h"
@@ -24,11 +25,9 @@
 #include "Tessarune/ui/desktop/WindowLog.h"
 #include "TessaruneCore/observation/Observations.h"
 
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace tessarune {
 
@@ -51,22 +50,8 @@ class DesktopProgram {
   private:
     // DesktopProgram.cpp
     void prepare();
-    /// Shows the text until the user has read it.
-    void tell(const std::string& text);
-    /// It is no longer so.
-    void withdraw(const std::string& text);
-    void dismissNotices();
-    Task<void> connect();
     bool hasSpeechModel();
-    void start(const LiveSessionControlTrigger& trigger);
     void toggle(const LiveSessionControlTrigger& trigger);
-    Task<void> connectAndStart(LiveSessionControlTrigger trigger);
-    /// A file in place of the computer's sound, from its beginning to its end.
-    void captionFile(const std::filesystem::path& file);
-    Task<void> beginFile();
-    Task<void> leaveFile(std::optional<AudioSource> source);
-    void listenToComputer();
-    void selectSource(const AudioSource& source);
     void quit();
     void leave();
     LiveTranscriptStore& store() { return session_.store(); }
@@ -100,6 +85,8 @@ class DesktopProgram {
     Application application_;
     DesktopSound sound_;
     ListeningSession session_;
+    DesktopNotices notices_;
+    DesktopListening listening_;
     TessaruneListeningLifecycleHandler lifecycle_;
     XDGDesktop desktop_;
     LoginItem loginItem_;
@@ -110,19 +97,10 @@ class DesktopProgram {
     std::optional<ApplicationShortcuts> shortcuts_;
     DesktopMotion motion_;
     WindowLog windowLog_;
-    std::vector<std::string> notices_;                // those that the user has not dismissed
-    Published<std::string> notice_;                   // all of them
-    std::string soundProblem_;                        // what was said of it last
-    std::string modelProblem_;                        // likewise of the speech model
-    std::optional<std::filesystem::path> wantedFile_; // once the session until now is saved
-    AudioSource computerSource_ = AudioSource::systemAudio(); // that was heard before a file
     std::unique_ptr<CaptionWindow> window_;
     std::optional<DesktopTray> tray_;
     DesktopWindows windows_;
     std::unique_ptr<DesktopWelcome> welcome_; // on the first start
-    bool hasSound_ = false;
-    bool isConnecting_ = false;
-    bool startsWhenConnected_ = false;
     bool isEnding_ = false;
     Observations observations_;
 };

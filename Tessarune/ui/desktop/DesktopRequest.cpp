@@ -1,6 +1,7 @@
 #include "Tessarune/ui/desktop/DesktopRequest.h"
 
 #include <algorithm>
+#include <system_error>
 #include <utility>
 
 namespace tessarune {
@@ -15,6 +16,13 @@ constexpr std::pair<std::string_view, DesktopAction> actionWords[] = {
     {"history", DesktopAction::history}, {"settings", DesktopAction::settings},
 };
 
+/// As it is where the working folder is gone: then it names nothing here or there.
+std::string absolutePath(const std::filesystem::path& path) {
+    std::error_code failure;
+    const std::filesystem::path whole = std::filesystem::absolute(path, failure);
+    return (failure ? path : whole).string();
+}
+
 } // namespace
 
 std::optional<DesktopAction> desktopActionOf(std::string_view word) {
@@ -28,7 +36,7 @@ std::optional<DesktopAction> desktopActionOf(std::string_view word) {
 DesktopRequest DesktopRequest::of(std::span<char*> arguments) {
     DesktopRequest request;
     for (const std::string_view argument : arguments) {
-        if (argument.starts_with(filePrefix))
+        if (argument.starts_with(filePrefix) && argument != filePrefix)
             request.file = std::filesystem::path(argument.substr(filePrefix.size()));
         else if (const auto action = desktopActionOf(argument))
             request.actions.push_back(*action);
@@ -45,7 +53,7 @@ InstanceRequest DesktopRequest::forOther() const {
             request.actions.emplace_back(word);
     }
     if (file)
-        request.files.push_back(std::filesystem::absolute(*file).string());
+        request.files.push_back(absolutePath(*file));
     return request;
 }
 

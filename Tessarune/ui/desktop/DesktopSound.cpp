@@ -23,17 +23,25 @@ Task<std::string> problemOf(Task<void> connecting) {
     co_return problem;
 }
 
-} // namespace
+std::string textOf(const std::exception_ptr& failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const std::exception& error) {
+        return localized("The sound breaks off: %@", {error.what()});
+    }
+}
 
-DesktopSound::DesktopSound(Host& host, std::function<void()> onFileEnded)
-    : host_(host), onFileEnded_(std::move(onFileEnded)) {}
+} // namespace
 
 void DesktopSound::playFile(const std::filesystem::path& file) {
     const FileSoundServer::Media media{openAwaitedFFmpegMediaFile, makeSwresampleConverter};
-    file_ = std::make_unique<FileSoundServer>(
-        host_, media, file, FileSoundServer::Pace::realTime(),
-        [onFileEnded = onFileEnded_](const std::exception_ptr&) { onFileEnded(); });
-    ++turn_;
+    const unsigned turn = ++turn_;
+    file_ = std::make_unique<FileSoundServer>(host_, media, file, FileSoundServer::Pace::realTime(),
+                                              [this, turn](const std::exception_ptr& failure) {
+                                                  if (turn == turn_ && onFileEnded)
+                                                      onFileEnded(failure ? textOf(failure)
+                                                                          : std::string());
+                                              });
     fileName = file.filename().string();
 }
 

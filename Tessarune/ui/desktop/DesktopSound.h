@@ -18,8 +18,11 @@ namespace tessarune {
 /// only between two sessions, so a session may use it on its own queue. The host outlives it.
 class DesktopSound final : public SoundServer {
   public:
-    /// `onFileEnded` is called when a file has been played to its end, or cannot be read further.
-    DesktopSound(Host& host, std::function<void()> onFileEnded);
+    explicit DesktopSound(Host& host) : host_(host) {}
+
+    /// The file that is heard has been played to its end, or cannot be read further: then with a
+    /// text that says why. Main queue.
+    std::function<void(const std::string& problem)> onFileEnded;
 
     /// From now on a file is heard, once connected. No stream is open.
     void playFile(const std::filesystem::path& file);
@@ -51,7 +54,6 @@ class DesktopSound final : public SoundServer {
     }
 
     Host& host_;
-    const std::function<void()> onFileEnded_;
     PulseSoundServer computer_;
     std::unique_ptr<FileSoundServer> file_;
     unsigned turn_ = 0; // of what is heard

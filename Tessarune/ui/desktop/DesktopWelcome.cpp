@@ -29,7 +29,7 @@ DesktopWelcome::DesktopWelcome(Application& application, const Published<bool>& 
                                std::function<void()> onClose)
     : application_(application),
       onClose_(std::move(onClose)),
-      sound_(application.host, [] {}),
+      sound_(application.host),
       session_(application, sound_,
                ListeningSession::Options{.forgetsPermissions = true, .isRecorded = false}),
       sample_(sampleEnvironment(reducesMotion)),

@@ -1,0 +1,143 @@
+#include "Tessarune/ui/desktop/DesktopListening.h"
+
+#include "TessaruneCore/text/Localization.h"
+
+#include <utility>
+
+namespace tessarune {
+
+namespace {
+
+using Topic = DesktopNotices::Topic;
+
+constexpr double quietWaitSeconds = 1; // before the user hears of it
+
+} // namespace
+
+DesktopListening::DesktopListening(Environment environment)
+    : environment_(std::move(environment)) {
+    environment_.sound.onFileEnded = [this](const std::string& problem) { fileEnded(problem); };
+}
+
+void DesktopListening::connect() {
+    if (!isConnecting_)
+        spawn(Executor::main(environment_.host), connectToSound());
+}
+
+Task<void> DesktopListening::connectToSound() {
+    isConnecting_ = true;
+    Task<std::string> connecting = environment_.sound.connectOrSay();
+    const std::string problem = co_await connecting;
+    isConnecting_ = false;
+    hasSound_ = problem.empty();
+    environment_.notices.tell(Topic::waitingForFile, "");
+    environment_.notices.tell(Topic::sound, problem);
+    const auto start = std::exchange(pendingStart_, std::nullopt);
+    if (hasSound_) {
+        store().refreshInputDevices();
+        if (start && !isEnding_)
+            store().startListening(*start);
+    } else if (environment_.sound.isFile()) {
+        listenToComputer(computerSource_);
+    }
+}
+
+/// A file opens at once; a pipe opens when something is written to it.
+Task<void> DesktopListening::tellOfWaiting() {
+    Task<bool> waiting = sleep(Executor::main(environment_.host), quietWaitSeconds);
+    co_await waiting;
+    if (pendingStart_ && isConnecting_ && environment_.sound.isFile())
+        environment_.notices.tell(
+            Topic::waitingForFile,
+            localized("Waiting for sound from %@.", {*environment_.sound.fileName}));
+}
+
+void DesktopListening::start(const LiveSessionControlTrigger& trigger) {
+    if (wish_)
+        wish_->starts = true;
+    else if (!isListening() && !pendingStart_)
+        toggle(trigger);
+}
+
+void DesktopListening::toggle(const LiveSessionControlTrigger& trigger) {
+    if (pendingStart_ || (wish_ && wish_->starts))
+        return stop(trigger);
+    if (wish_) {
+        wish_->starts = true;
+        return;
+    }
+    if (!isListening() && !environment_.hasSpeechModel())
+        return;
+    if (hasSound_)
+        return store().toggleListening(trigger);
+    pendingStart_ = trigger;
+    connect();
+    if (environment_.sound.isFile())
+        spawn(Executor::main(environment_.host), tellOfWaiting());
+}
+
+void DesktopListening::stop(const LiveSessionControlTrigger& trigger) {
+    if (wish_)
+        wish_ = Wish{.file = {}, .source = wish_->source};
+    environment_.notices.tell(Topic::waitingForFile, "");
+    if (std::exchange(pendingStart_, std::nullopt) && environment_.sound.isFile())
+        listenToComputer(computerSource_);
+    store().stopListening(trigger);
+}
+
+void DesktopListening::captionFile(const std::filesystem::path& file) {
+    want({.file = file, .starts = true});
+}
+
+void DesktopListening::selectSource(const AudioSource& source) {
+    if (!wish_ && !environment_.sound.isFile())
+        return store().selectSource(source);
+    const bool goesOn = isListening() || pendingStart_ || (wish_ && wish_->starts);
+    want({.file = {}, .source = source, .starts = goesOn});
+}
+
+void DesktopListening::fileEnded(const std::string& problem) {
+    environment_.notices.tell(problem);
+    if (!wish_)
+        want({});
+}
+
+/// The last wish counts; the one before it is forgotten.
+void DesktopListening::want(Wish wish) {
+    pendingStart_.reset();
+    if (!std::exchange(wish_, std::move(wish)))
+        spawn(Executor::main(environment_.host), fulfilWish());
+}
+
+Task<void> DesktopListening::fulfilWish() {
+    Task<void> stopping = environment_.session.stop();
+    co_await stopping;
+    const Wish wish = *std::exchange(wish_, std::nullopt);
+    if (isEnding_)
+        co_return;
+    if (wish.file) {
+        if (!environment_.sound.isFile())
+            computerSource_ = *store().view().selectedSource;
+        store().selectSource(AudioSource::systemAudio()); // the file has no other
+        environment_.session.setForgetsPermissions(true);
+        environment_.sound.playFile(*wish.file);
+        hasSound_ = false;
+    } else if (environment_.sound.isFile()) {
+        listenToComputer(wish.source.value_or(computerSource_));
+    } else if (wish.source) {
+        store().selectSource(*wish.source);
+    }
+    if (wish.starts)
+        start(wish.file ? LiveSessionControlTrigger::programmatic()
+                        : LiveSessionControlTrigger::sourceSwitch());
+}
+
+/// No session runs.
+void DesktopListening::listenToComputer(const AudioSource& source) {
+    environment_.sound.listenToComputer();
+    environment_.session.setForgetsPermissions(false);
+    store().selectSource(source);
+    hasSound_ = environment_.sound.state() == SoundServerState::connected;
+}
+
+} // namespace tessarune

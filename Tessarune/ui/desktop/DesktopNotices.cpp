@@ -1,0 +1,40 @@
+#include "Tessarune/ui/desktop/DesktopNotices.h"
+
+#include "TessaruneCore/text/Text.h"
+
+#include <algorithm>
+
+namespace tessarune {
+
+void DesktopNotices::tell(Topic topic, const std::string& text) {
+    std::erase_if(notices_, [topic](const Notice& notice) { return notice.topic == topic; });
+    add(topic, text);
+    publish();
+}
+
+void DesktopNotices::dismissAll() {
+    notices_.clear();
+    publish();
+}
+
+void DesktopNotices::add(Topic topic, const std::string& text) {
+    const bool isThere =
+        std::ranges::any_of(notices_, [&](const Notice& notice) { return notice.text == text; });
+    if (text.empty() || isThere)
+        return;
+    notices_.push_back({topic, text});
+    publish();
+    if (onNotice)
+        onNotice(text);
+}
+
+void DesktopNotices::publish() {
+    std::vector<std::string> lines;
+    for (const Notice& notice : notices_)
+        lines.push_back(notice.text);
+    const std::string text = Text::joined(lines, "\n");
+    if (*text_ != text)
+        text_ = text;
+}
+
+} // namespace tessarune
