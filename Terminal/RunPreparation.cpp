@@ -5,20 +5,19 @@
 #include "TessaruneCore/text/Localization.h"
 
 #include <stdexcept>
+#include <utility>
 
 namespace tessarune {
 
-namespace {
-
-void tellRepairs(const Application::Preparation& found, const RunOutput& output) {
-    if (const std::string rebuilt = found.rebuiltIndexText(); !rebuilt.empty())
-        output.say(rebuilt);
+std::vector<std::string> RunPreparation::repairTexts(const Application::Preparation& found) {
+    std::vector<std::string> texts;
+    if (std::string rebuilt = found.rebuiltIndexText(); !rebuilt.empty())
+        texts.push_back(std::move(rebuilt));
     for (const UUID& id : found.repairs.recoveredSessions)
-        output.say(
+        texts.push_back(
             localized("An interrupted session was recovered: --show %@", {id.text().substr(0, 8)}));
+    return texts;
 }
-
-} // namespace
 
 void RunPreparation::overrideSettings(Application& application, const CaptionsCommand& command) {
     AppSettings& settings = application.settings;
@@ -56,7 +55,8 @@ void RunPreparation::prepareToRecord(Application& application, const CaptionsCom
         application.recording.recordNothing();
         output.say(localized("Nothing can be recorded: %@", {failure}));
     }
-    tellRepairs(found, output);
+    for (const std::string& text : repairTexts(found))
+        output.say(text);
 }
 
 } // namespace tessarune

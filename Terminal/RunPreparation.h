@@ -4,6 +4,9 @@
 #include "Terminal/TerminalOptions.h"
 #include "Tessarune/app/Application.h"
 
+#include <string>
+#include <vector>
+
 /// What a run settles before anybody is heard. Main queue; each throws RunFailure where there can
 /// be no run.
 namespace tessarune::RunPreparation {
@@ -18,5 +21,8 @@ void checkModel(const Application& application);
 /// came of it.
 void prepareToRecord(Application& application, const CaptionsCommand& command,
                      const RunOutput& output);
+
+/// What the user is told of what a crash left, once it is in order.
+std::vector<std::string> repairTexts(const Application::Preparation& found);
 
 } // namespace tessarune::RunPreparation

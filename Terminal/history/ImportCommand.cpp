@@ -116,9 +116,8 @@ Task<int> importFiles(Program& program, const TerminalOptions& options,
         printProblem(problem);
         co_return static_cast<int>(ExitStatus::noModel);
     }
-    if (const auto problem = problemOfDataFolder(program))
+    if (const auto problem = prepareDataFolder(program))
         co_return static_cast<int>(*problem);
-    program.prepare();
     ImportRun run(program, options);
     ExitStatus first = ExitStatus::ok;
     for (const std::filesystem::path& file : files) {

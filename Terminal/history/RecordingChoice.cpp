@@ -2,6 +2,7 @@
 
 #include "Terminal/CommandOutput.h"
 #include "Terminal/ExitStatus.h"
+#include "Terminal/RunPreparation.h"
 #include "Tessarune/history/HistoryItemLoader.h"
 #include "Tessarune/platform/disk/DataFolderLock.h"
 #include "TessaruneCore/text/Localization.h"
@@ -83,6 +84,16 @@ std::optional<ExitStatus> problemOfDataFolder(Program& program) {
         printProblem(error.what());
         return ExitStatus::cannotWrite;
     }
+}
+
+std::optional<ExitStatus> prepareDataFolder(Program& program) {
+    if (const auto problem = problemOfDataFolder(program))
+        return problem;
+    Application::Preparation found;
+    found.repairs = program.prepare();
+    for (const std::string& text : RunPreparation::repairTexts(found))
+        printNotice(text);
+    return std::nullopt;
 }
 
 } // namespace tessarune

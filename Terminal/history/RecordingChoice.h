@@ -24,4 +24,7 @@ std::string recordingRow(const HistoryItem& item, const std::string& text, bool 
 /// Makes this process the one that may change recordings; otherwise says why it is not.
 std::optional<ExitStatus> problemOfDataFolder(Program& program);
 
+/// As `problemOfDataFolder`, then puts the folder in order and tells what came of it.
+std::optional<ExitStatus> prepareDataFolder(Program& program);
+
 } // namespace tessarune

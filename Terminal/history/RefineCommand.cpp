@@ -180,9 +180,8 @@ Task<int> refineRecording(Program& program, const TerminalOptions& options, Refi
     if (const int* status = std::get_if<int>(&chosen))
         co_return *status;
     const HistoryItem item = std::get<HistoryItem>(chosen);
-    if (const auto problem = problemOfDataFolder(program))
+    if (const auto problem = prepareDataFolder(program))
         co_return static_cast<int>(*problem);
-    program.prepare();
     HistoryRefinementRequest request =
         refinementRequest(program, item.id, item.filePath.value_or(""));
     std::stop_source stop;
