@@ -7,6 +7,7 @@
 #include "Tessarune/platform/media/SwresampleConverter.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/text/TextColumns.h"
 
 #include <utility>
 
@@ -116,7 +117,7 @@ AudioSource CaptionSound::microphone(const AudioSource& wanted) {
 
 std::string CaptionSound::fileName() const {
     return *file_ == FileSource::standardInput ? localized("standard input")
-                                               : file_->filename().string();
+                                               : Text::printableLine(file_->filename().string());
 }
 
 std::string CaptionSound::description() const {

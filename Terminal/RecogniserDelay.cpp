@@ -11,7 +11,8 @@ namespace tessarune {
 namespace {
 
 constexpr double lookEverySeconds = 1;
-/// A look that comes so late was held up together with the whole program.
+/// A look that comes so late was held up together with the whole program; sound of so many seconds
+/// that comes at once, by the sound server.
 constexpr double standstillSeconds = 1;
 /// What has piled up meanwhile may take as long again, and somewhat more.
 constexpr double catchUpSeconds = 10;
@@ -46,9 +47,13 @@ void RecogniserDelay::watch(std::function<void(const std::string&)> say) {
 void RecogniserDelay::look() {
     const double now = host_.now();
     const double late = now - nextLookAt_;
-    if (late > standstillSeconds)
-        excusedUntil_ = now + late + catchUpSeconds;
     const double behind = secondsBehind();
+    // A slow recogniser falls behind by a second a second; what comes faster was held up before it.
+    const double arrivedAtOnce = behind - lastBehind_ - lookEverySeconds;
+    const double heldUp = std::max(late, arrivedAtOnce);
+    if (heldUp > standstillSeconds)
+        excusedUntil_ = now + heldUp + catchUpSeconds;
+    lastBehind_ = behind;
     if (now >= excusedUntil_ && behind >= worthTelling_) {
         say_(localized("The captions are %lld s behind: this computer is too slow for the speech "
                        "model.",

@@ -50,6 +50,7 @@ class RecogniserDelay {
     int percent_ = 0;
     double nextLookAt_ = 0;
     double excusedUntil_ = 0;
+    double lastBehind_ = 0;
     double worthTelling_ = 5;
 };
 

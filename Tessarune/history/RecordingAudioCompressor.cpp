@@ -147,6 +147,8 @@ Task<void> RecordingAudioCompressor::encodeLeftovers(Alive alive, RecordingAudio
 
 void RecordingAudioCompressor::logBackgroundFailure(const RecordingMetadata& recording,
                                                     const std::string& error) {
+    if (catalog_.wasDeleted(recording.id))
+        return; // its sound went with it, and no log may name it
     logger_.important("audio.compress.background.failed", {{"recordingID", recording.id.text()},
                                                            {"sourcePath", recording.filePath},
                                                            {"error", error}});
@@ -164,6 +166,8 @@ Task<RecordingMetadata> RecordingAudioCompressor::compressWAVToM4A(RecordingMeta
     Task<bool> finishing = finishFollowed(recording, progress, stop);
     const bool isEncoded = co_await finishing;
     if (!isEncoded) {
+        if (deleteSource) // the program may end before the encoding does
+            catalog_.markForCompression(true, recording.id);
         Task<void> transcoding =
             exporter_.transcodeToM4A(source, destinationOf(source), std::move(progress), stop);
         co_await transcoding;

@@ -100,6 +100,10 @@ void LiveSessionStop::reportCompressed(const RecordingMetadata& source,
 
 void LiveSessionStop::reportCompressFailure(const RecordingMetadata& source,
                                             const std::string& error, const Step& step) {
+    if (store_.environment_.catalog.wasDeleted(source.id)) {
+        store_.view_.status = SessionStatus(); // its sound went with it, and no log may name it
+        return log().finish(step, {{"reason", "recordingDeleted"}});
+    }
     store_.view_.status = SessionStatus{SessionStatus::Kind::compressionFailed};
     store_.refreshCaptionDisplay("listen.stop.audioCompress.failed");
     log().fail(step, {{"recordingID", source.id.text()}, {"failed", true}, {"error", error}});

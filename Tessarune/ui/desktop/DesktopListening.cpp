@@ -14,8 +14,7 @@ constexpr double quietWaitSeconds = 1; // before the user hears of it
 
 } // namespace
 
-DesktopListening::DesktopListening(Environment environment)
-    : environment_(std::move(environment)) {
+DesktopListening::DesktopListening(Environment environment) : environment_(std::move(environment)) {
     environment_.sound.onFileEnded = [this](const std::string& problem) { fileEnded(problem); };
 }
 
@@ -47,33 +46,33 @@ Task<void> DesktopListening::tellOfWaiting() {
     Task<bool> waiting = sleep(Executor::main(environment_.host), quietWaitSeconds);
     co_await waiting;
     if (pendingStart_ && isConnecting_ && environment_.sound.isFile())
-        environment_.notices.tell(
-            Topic::waitingForFile,
-            localized("Waiting for sound from %@.", {*environment_.sound.fileName}));
+        environment_.notices.tell(Topic::waitingForFile, localized("Waiting for sound from %@.",
+                                                                   {*environment_.sound.fileName}));
 }
 
 void DesktopListening::start(const LiveSessionControlTrigger& trigger) {
     if (wish_)
         wish_->starts = true;
-    else if (!isListening() && !pendingStart_)
-        toggle(trigger);
+    else if (!isListening() && !pendingStart_ && environment_.hasSpeechModel())
+        startWithSound(trigger);
+}
+
+void DesktopListening::startWithSound(const LiveSessionControlTrigger& trigger) {
+    if (hasSound_)
+        return store().startListening(trigger);
+    pendingStart_ = trigger;
+    connect();
+    if (environment_.sound.isFile())
+        spawn(Executor::main(environment_.host), tellOfWaiting());
 }
 
 void DesktopListening::toggle(const LiveSessionControlTrigger& trigger) {
     if (pendingStart_ || (wish_ && wish_->starts))
         return stop(trigger);
-    if (wish_) {
-        wish_->starts = true;
-        return;
-    }
-    if (!isListening() && !environment_.hasSpeechModel())
-        return;
-    if (hasSound_)
-        return store().toggleListening(trigger);
-    pendingStart_ = trigger;
-    connect();
-    if (environment_.sound.isFile())
-        spawn(Executor::main(environment_.host), tellOfWaiting());
+    if (isListening() || *store().view().sessionPhase == LiveSessionPhase::stopping)
+        store().toggleListening(trigger);
+    else
+        start(trigger);
 }
 
 void DesktopListening::stop(const LiveSessionControlTrigger& trigger) {

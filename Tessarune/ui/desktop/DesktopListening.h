@@ -16,8 +16,8 @@
 namespace tessarune {
 
 /// Starts and stops captions for the desktop program, whatever their sound needs first: a session
-/// that is still being saved, a sound server that does not answer yet, a pipe that nobody writes to.
-/// Each command takes back what an earlier one still waits for.
+/// that is still being saved, a sound server that does not answer yet, a pipe that nobody writes
+/// to. Each command takes back what an earlier one still waits for.
 ///
 /// Main thread. All references must outlive it.
 class DesktopListening {
@@ -48,13 +48,14 @@ class DesktopListening {
   private:
     /// What is to be heard once the session until now is saved.
     struct Wish {
-        std::optional<std::filesystem::path> file;  ///< without: the computer
-        std::optional<AudioSource> source{};        ///< without: that before the file
+        std::optional<std::filesystem::path> file; ///< without: the computer
+        std::optional<AudioSource> source{};       ///< without: that before the file
         bool starts = false;
     };
 
     LiveTranscriptStore& store() { return environment_.session.store(); }
     bool isListening() { return *store().view().isListening; }
+    void startWithSound(const LiveSessionControlTrigger& trigger);
     void fileEnded(const std::string& problem);
     void want(Wish wish);
     Task<void> fulfilWish();

@@ -73,6 +73,7 @@ void DesktopProgram::saveNow() {
     listening_.stop(LiveSessionControlTrigger::applicationWillTerminate());
     host_.runByItself([this] { return !store().isStopping(); },
                       TessaruneListeningLifecycleHandler::longestWaitSeconds);
+    windows_.finishPending();
 }
 
 } // namespace tessarune

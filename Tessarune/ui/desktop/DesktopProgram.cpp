@@ -4,6 +4,7 @@
 
 #include <QGuiApplication>
 #include <QWindow>
+#include <cstdlib>
 #include <utility>
 
 namespace tessarune {
@@ -58,7 +59,14 @@ int DesktopProgram::run() {
         listening_.connect();
     for (const DesktopAction action : request_.actions)
         perform(action);
-    return QGuiApplication::exec();
+    const int status = QGuiApplication::exec();
+    if (store().isStopping()) {
+        // Saving takes longer than the program may. Its threads use what an orderly exit destroys;
+        // the next start completes what they leave.
+        application_.logger.flush();
+        std::_Exit(status);
+    }
+    return status;
 }
 
 /// Where nothing can be recorded, captions go on and the user hears why.
@@ -98,6 +106,7 @@ void DesktopProgram::quit() {
     if (std::exchange(isEnding_, true))
         return;
     listening_.end();
+    windows_.finishPending();
     instance_.refuse();
     hideWindow();
     for (QWindow* const window : QGuiApplication::topLevelWindows())

@@ -15,14 +15,22 @@ namespace {
 
 constexpr std::int64_t shortestIntervalMS = 250; // taking one costs some milliseconds
 
-void write(FileSystem& files, const std::filesystem::path& file, const QImage& picture) {
+/// A run may be deleted at any time, with its recording; then no picture may bring it back.
+void write(FileSystem& files, const std::filesystem::path& run, const std::string& name,
+           const QImage& picture) {
+    const std::filesystem::path settings = run / "settings.json";
+    if (!files.exists(settings))
+        return;
     QBuffer buffer;
     picture.save(&buffer, "PNG");
+    const std::filesystem::path folder = run / "screenshots";
     try {
-        files.createDirectories(file.parent_path());
-        files.writeAtomically(file,
+        files.createDirectories(folder);
+        files.writeAtomically(folder / name,
                               std::string_view(buffer.data().constData(),
                                                static_cast<std::size_t>(buffer.data().size())));
+        if (!files.exists(settings))
+            files.remove(run);
     } catch (const std::system_error&) { // a run never costs more than itself
     }
 }
@@ -54,7 +62,8 @@ void ScreenshotService::arm() {
         return;
     const auto interval = std::max(*environment_.settings.screenshotIntervalMs, shortestIntervalMS);
     timer_ = environment_.host.after(static_cast<double>(interval) / 1000, [this] {
-        take();
+        if (isWanted())
+            take();
         arm();
     });
 }
@@ -65,8 +74,9 @@ void ScreenshotService::take() {
         return;
     last_ = picture;
     const std::string name = "window-" + Text::fixed(environment_.host.wallClock(), 3) + ".png";
-    queue_->async([&files = environment_.files, file = run_ / "screenshots" / name,
-                   picture = std::move(picture)] { write(files, file, picture); });
+    queue_->async([&files = environment_.files, run = run_, name, picture = std::move(picture)] {
+        write(files, run, name, picture);
+    });
 }
 
 } // namespace tessarune

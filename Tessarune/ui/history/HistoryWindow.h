@@ -20,6 +20,8 @@ class HistoryWindow {
 
     /// Raised and active; with the recording of this identifier, or where it was.
     void show(const std::string& recording = {});
+    /// A deletion can be undone for some seconds; this ends them.
+    void finishPending() { model_.finishDeletion(); }
     QQuickWindow& window() { return *window_; }
     HistoryWindowModel& model() { return model_; }
 

@@ -96,6 +96,9 @@ class HistoryWindowModel final : public QObject {
 
     /// Chooses a recording, if it is listed or as soon as it is.
     void select(const UUID& id);
+    /// Deletes what the user has deleted and can still undo. False: it could not be deleted, which
+    /// is told.
+    bool finishDeletion();
 
   Q_SIGNALS:
     void pageChanged();
@@ -110,8 +113,6 @@ class HistoryWindowModel final : public QObject {
     void setPage(Page page);
     void tell(const std::string& message);
     bool mayChange();
-    /// False: the recording could not be deleted, which is told.
-    bool finishDeletion();
     void listUpdated();
 
     const HistoryWindowEnvironment& environment_;
