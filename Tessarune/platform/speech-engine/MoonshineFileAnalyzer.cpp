@@ -22,6 +22,10 @@ constexpr double lookSeconds = 5;
 /// ends every line before it is so long.
 constexpr double mostHeardAgain = 20;
 
+/// The engine decodes a line that the end of the sound cuts off only where sound has come since the
+/// last look: without this silence the last words of a file would be lost.
+constexpr double closingSilence = 0.1;
+
 /// So much behind its end is still the complete line's, which would otherwise be heard twice.
 constexpr double endOfLine = 0.02;
 
@@ -62,6 +66,7 @@ class MoonshineFileAnalyzer::Recognition {
     }
 
     Results finish() {
+        stream_->add(std::vector<float>(fileSamplesIn(closingSilence)));
         stream_->stop();
         Results results = reader_.read(stream_->transcribe(), false);
         release();

@@ -210,6 +210,15 @@ INSTANTIATE_TEST_SUITE_P(
                       LiveCase{"two_cities", {.passInterval = 0.6, .linesBeforeRestart = 2}}),
     [](const auto& each) { return std::string(each.param.recording); });
 
+TEST(SpeechRecordingTest, AFileThatEndsWithinASentenceKeepsItsLastWords) {
+    AudioBuffer cut = sample("two_cities");
+    for (const std::size_t seconds : {4U, 8U}) {
+        cut.samples.resize(seconds * static_cast<std::size_t>(speechSampleRate));
+        EXPECT_LE(wordErrorRate(batchText(cut), LiveRun().fileText(cut)), 0.1) << seconds;
+        cut = sample("two_cities");
+    }
+}
+
 TEST(SpeechRecordingTest, EngineListsItsModelsAndTheShippedOneIsAsListed) {
     const auto library = MoonshineLibrary::shared();
     for (const OfferedSpeechModel& offer : SpeechModels::offered()) {
