@@ -50,14 +50,18 @@ RecordingGate::Obstacle RecordingGate::obstacle() {
 }
 
 std::optional<DataFolderLock::Holder> RecordingGate::takeDataFolder() {
-    if (dataFolder_)
-        return std::nullopt;
-    auto taken = DataFolderLock::take(paths_, program_);
-    if (const auto* holder = std::get_if<DataFolderLock::Holder>(&taken))
-        return *holder;
+    std::optional<DataFolderLock> lock;
+    if (!dataFolder_) {
+        auto taken = DataFolderLock::take(paths_, program_);
+        if (const auto* holder = std::get_if<DataFolderLock::Holder>(&taken))
+            return *holder;
+        lock.emplace(std::move(std::get<DataFolderLock>(taken)));
+    }
+    // Also of a folder that this program has: its disk may have failed since.
     DiskFailure::requireWritable(paths_.appSupportBase());
     DiskFailure::requireWritable(paths_.recordings());
-    dataFolder_.emplace(std::move(std::get<DataFolderLock>(taken)));
+    if (lock)
+        dataFolder_.emplace(std::move(*lock));
     return std::nullopt;
 }
 
