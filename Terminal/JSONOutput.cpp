@@ -1,5 +1,5 @@
 #include "Terminal/CaptionOutput.h"
-#include "Terminal/TranslationNews.h"
+#include "Terminal/PrintedRows.h"
 
 #include <nlohmann/json.hpp>
 
@@ -32,9 +32,10 @@ class Printer {
     void update(const CaptionPicture& picture) {
         const LiveCaptions& captions = picture.captions;
         const CaptionCore::Rows& rows = *captions.committedSegments;
-        for (; printed_ < rows.size(); ++printed_)
-            print(committed(captions, rows[printed_]));
-        for (const std::size_t i : news_.take(rows, rows.size()))
+        printed_.follow(rows);
+        while (printed_.count() < rows.size())
+            print(committed(captions, printed_.next(rows)));
+        for (const std::size_t i : printed_.news(rows))
             print(translation(rows, i, picture.target));
         printPreview(picture);
         Json live = object("live");
@@ -134,8 +135,7 @@ class Printer {
     std::FILE* out_;
     std::function<double()> now_;
     bool quiet_;
-    std::size_t printed_ = 0;
-    TranslationNews news_;
+    PrintedRows printed_;
     std::string preview_;
     std::string previewSource_;
     Json shown_;

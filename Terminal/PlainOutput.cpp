@@ -1,5 +1,5 @@
 #include "Terminal/CaptionOutput.h"
-#include "Terminal/TranslationNews.h"
+#include "Terminal/PrintedRows.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/TextColumns.h"
 #include "TessaruneCore/translation/CommittedTranslationUnitPlanner.h"
@@ -44,19 +44,20 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
   private:
     void print() {
         const CaptionCore::Rows& rows = *rows_;
+        printed_.follow(rows);
         for (;;) {
-            for (const std::size_t i : news_.take(rows, printed_))
+            for (const std::size_t i : printed_.news(rows))
                 printOutcome(rows, i);
-            const auto printed = std::span(rows).first(printed_);
+            const auto printed = std::span(rows).first(printed_.count());
             if (!awaits_ || !TranslationSegmentMutator::nextPendingIndex(printed))
                 endWait(true);
-            if (printed_ == rows.size())
+            if (printed_.count() == rows.size())
                 break;
             if (isUnderWay(printed) && isPatient_) {
                 beginWait();
                 break;
             }
-            std::fprintf(out_, "%s\n", Text::printableLine(rows[printed_++].sourceText).c_str());
+            std::fprintf(out_, "%s\n", Text::printableLine(printed_.next(rows).sourceText).c_str());
         }
         std::fflush(out_);
     }
@@ -101,8 +102,7 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
     const CaptionCore::Rows* rows_ = nullptr;
     std::string target_;
     bool awaits_ = false;
-    std::size_t printed_ = 0;
-    TranslationNews news_;
+    PrintedRows printed_;
     DelayedCall wait_;
     bool isWaiting_ = false;
     bool isPatient_ = true;

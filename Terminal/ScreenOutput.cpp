@@ -1,6 +1,6 @@
 #include "Terminal/CaptionOutput.h"
+#include "Terminal/PrintedRows.h"
 #include "Terminal/RewrittenLines.h"
-#include "Terminal/TranslationNews.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/text/TextColumns.h"
 #include "TessaruneCore/translation/TranslationSegmentMutator.h"
@@ -66,17 +66,18 @@ class Screen {
     void update(const CaptionPicture& picture) {
         const ScreenSize size = size_();
         const CaptionCore::Rows& rows = *picture.captions.committedSegments;
+        printed_.follow(rows);
         Lines settled = lateOutcomes(picture, size.columns);
         const Lines live = liveLines(picture, size);
-        while (printed_ < rows.size() && isSettled(picture, rows[printed_]))
-            append(settled, rowLines(picture, rows[printed_++], size.columns));
+        while (printed_.count() < rows.size() && isSettled(picture, rows[printed_.count()]))
+            append(settled, rowLines(picture, printed_.next(rows), size.columns));
         Lines waiting = waitingLines(picture, size.columns);
-        while (rows.size() - printed_ > mostWaitingRows ||
-               (printed_ < rows.size() && waiting.size() + live.size() >= size.rows)) {
-            append(settled, rowLines(picture, rows[printed_++], size.columns));
+        while (rows.size() - printed_.count() > mostWaitingRows ||
+               (printed_.count() < rows.size() && waiting.size() + live.size() >= size.rows)) {
+            append(settled, rowLines(picture, printed_.next(rows), size.columns));
             waiting = waitingLines(picture, size.columns);
         }
-        news_.take(rows, printed_);
+        printed_.news(rows);
         append(waiting, live);
         if (!settled.empty() || waiting != shown_ || size.columns != width_)
             rewrite(settled, std::move(waiting), size.columns);
@@ -138,7 +139,7 @@ class Screen {
     Lines lateOutcomes(const CaptionPicture& picture, std::size_t width) {
         const CaptionCore::Rows& rows = *picture.captions.committedSegments;
         Lines lines;
-        for (const std::size_t i : news_.take(rows, printed_)) {
+        for (const std::size_t i : printed_.news(rows)) {
             append(lines, dimmed(wrapped("↑ " + sourceText(unitRows(rows, i)), width)));
             append(lines, outcomeLines(picture, rows[i], width));
         }
@@ -148,7 +149,7 @@ class Screen {
     Lines waitingLines(const CaptionPicture& picture, std::size_t width) const {
         const CaptionCore::Rows& rows = *picture.captions.committedSegments;
         Lines lines;
-        for (std::size_t i = printed_; i < rows.size(); ++i)
+        for (std::size_t i = printed_.count(); i < rows.size(); ++i)
             append(lines, rowLines(picture, rows[i], width));
         return lines;
     }
@@ -177,8 +178,7 @@ class Screen {
     RewrittenLines lower_;
     ScreenSizeSource size_;
     bool quiet_;
-    std::size_t printed_ = 0; // rows that have scrolled up
-    TranslationNews news_;
+    PrintedRows printed_;  // those that have scrolled up
     Lines shown_;          // the part that is rewritten
     std::string progress_; // stands under it
     std::size_t width_ = 0;

@@ -55,6 +55,26 @@ TEST_F(PlainOutputTests, AMissingTranslationHoldsUpOneRowForASecondAndThenNothin
     EXPECT_EQ(out.take(), "");
 }
 
+/// A session empties its rows when another recogniser is chosen.
+TEST_F(PlainOutputTests, RowsThatBeginAnewArePrintedWhateverTheOutput) {
+    const auto size = [] { return ScreenSize{40, 24}; };
+    CaptionOutput outputs[] = {std::move(output), makeScreenOutput(out.file(), size, false),
+                               makeJSONOutput(
+                                   out.file(), [] { return 0.0; }, false)};
+    awaits = false;
+    for (CaptionOutput& each : outputs) {
+        output = std::move(each);
+        for (const char* text : {"One.", "Two.", "Three."})
+            commit(text);
+        core.committedSegments = CaptionCore::Rows();
+        update();
+        out.take();
+        commit("Four.");
+        EXPECT_NE(out.take().find("Four."), std::string::npos);
+        core.committedSegments = CaptionCore::Rows();
+    }
+}
+
 TEST_F(PlainOutputTests, WithoutTranslationNothingWaits) {
     awaits = false;
     commit("One.");
