@@ -3,17 +3,8 @@
 #include "Tessarune/platform/media/FFmpegSupport.h"
 #include "TessaruneCore/text/Localization.h"
 
-extern "C" {
-#include <libavfilter/avfilter.h>
-#include <libavfilter/buffersink.h>
-#include <libavfilter/buffersrc.h>
-}
-
-#include <dlfcn.h>
-
 #include <algorithm>
 #include <cmath>
-#include <type_traits>
 
 namespace tessarune {
 
@@ -24,55 +15,15 @@ using namespace ffmpeg;
 /// Beyond this the filter leaves samples out where it should blend them; two in a row do not.
 constexpr double fastestOfOneFilter = 2.0;
 
-/// The filter library, loaded when it is first needed: it brings others along that start threads as
-/// they are loaded, and these would take the signals of a program that has not blocked them yet.
-class FilterLibrary {
-  public:
-    /// Throws AudioConversionError where it cannot be loaded.
-    static const FilterLibrary& shared() {
-        static const FilterLibrary library;
-        return library;
-    }
-
-    decltype(&::avfilter_graph_alloc) graphAlloc = nullptr;
-    decltype(&::avfilter_graph_free) graphFree = nullptr;
-    decltype(&::avfilter_graph_create_filter) createFilter = nullptr;
-    decltype(&::avfilter_get_by_name) getByName = nullptr;
-    decltype(&::avfilter_link) link = nullptr;
-    decltype(&::avfilter_graph_config) graphConfig = nullptr;
-    decltype(&::av_buffersrc_add_frame) addFrame = nullptr;
-    decltype(&::av_buffersink_get_frame) getFrame = nullptr;
-
-  private:
-    FilterLibrary() {
-        const std::string name = "libavfilter.so." + std::to_string(LIBAVFILTER_VERSION_MAJOR);
-        void* const library = dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
-        const auto find = [&](auto& function, const char* symbol) {
-            void* const found = library ? dlsym(library, symbol) : nullptr;
-            if (!found)
-                throw AudioConversionError(localized("the sound cannot be converted: %@", {name}));
-            function = reinterpret_cast<std::remove_reference_t<decltype(function)>>(found);
-        };
-        find(graphAlloc, "avfilter_graph_alloc");
-        find(graphFree, "avfilter_graph_free");
-        find(createFilter, "avfilter_graph_create_filter");
-        find(getByName, "avfilter_get_by_name");
-        find(link, "avfilter_link");
-        find(graphConfig, "avfilter_graph_config");
-        find(addFrame, "av_buffersrc_add_frame");
-        find(getFrame, "av_buffersink_get_frame");
-    }
-};
-
 struct FilterGraphDeleter {
-    void operator()(AVFilterGraph* graph) const { FilterLibrary::shared().graphFree(&graph); }
+    void operator()(AVFilterGraph* graph) const { avfilter_graph_free(&graph); }
 };
 using FilterGraph = std::unique_ptr<AVFilterGraph, FilterGraphDeleter>;
 
 class AtempoConverter final : public AudioConverter {
   public:
     AtempoConverter(AudioFormat format, double rate)
-        : format_(format), graph_(filters_.graphAlloc()), frame_(av_frame_alloc()) {
+        : format_(format), graph_(avfilter_graph_alloc()), frame_(av_frame_alloc()) {
         if (format.channels < 1 || format.sampleRate < 1 || !(rate > 0))
             throw AudioConversionError(localized("the sound has no channels or no sample rate"));
         graph_->nb_threads = 1; // no threads for what takes a thousandth of its time
@@ -91,7 +42,7 @@ class AtempoConverter final : public AudioConverter {
         for (int i = 0; i < filters; ++i)
             last = connect(last, add("atempo", "tempo=" + tempo));
         sink_ = connect(last, add("abuffersink", ""));
-        check(filters_.graphConfig(graph_.get(), nullptr));
+        check(avfilter_graph_config(graph_.get(), nullptr));
     }
     ~AtempoConverter() override { av_channel_layout_uninit(&layout_); }
     AtempoConverter(const AtempoConverter&) = delete;
@@ -107,12 +58,12 @@ class AtempoConverter final : public AudioConverter {
         check(av_channel_layout_copy(&frame_->ch_layout, &layout_));
         check(av_frame_get_buffer(frame_.get(), 0));
         std::ranges::copy(input.samples, reinterpret_cast<float*>(frame_->data[0]));
-        check(filters_.addFrame(source_, frame_.get())); // which leaves the frame empty
+        check(av_buffersrc_add_frame(source_, frame_.get())); // which leaves the frame empty
         return takeOutput();
     }
 
     AudioBuffer flush() override {
-        check(filters_.addFrame(source_, nullptr));
+        check(av_buffersrc_add_frame(source_, nullptr));
         return takeOutput();
     }
 
@@ -125,19 +76,19 @@ class AtempoConverter final : public AudioConverter {
 
     AVFilterContext* add(const char* filter, const std::string& options) {
         AVFilterContext* context = nullptr;
-        check(filters_.createFilter(&context, filters_.getByName(filter), nullptr, options.c_str(),
-                                    nullptr, graph_.get()));
+        check(avfilter_graph_create_filter(&context, avfilter_get_by_name(filter), nullptr,
+                                           options.c_str(), nullptr, graph_.get()));
         return context;
     }
-    AVFilterContext* connect(AVFilterContext* from, AVFilterContext* to) const {
-        check(filters_.link(from, 0, to, 0));
+    static AVFilterContext* connect(AVFilterContext* from, AVFilterContext* to) {
+        check(avfilter_link(from, 0, to, 0));
         return to;
     }
 
     AudioBuffer takeOutput() {
         AudioBuffer output{format_, {}};
         for (;;) {
-            const int result = filters_.getFrame(sink_, frame_.get());
+            const int result = av_buffersink_get_frame(sink_, frame_.get());
             if (result == AVERROR(EAGAIN) || result == AVERROR_EOF)
                 return output;
             check(result);
@@ -149,7 +100,6 @@ class AtempoConverter final : public AudioConverter {
         }
     }
 
-    const FilterLibrary& filters_ = FilterLibrary::shared();
     AudioFormat format_;
     AVChannelLayout layout_{};
     FilterGraph graph_;
@@ -162,7 +112,7 @@ class AtempoConverter final : public AudioConverter {
 } // namespace
 
 std::unique_ptr<AudioConverter> makeAtempoConverter(AudioFormat format, double rate) {
-    beQuiet();
+    loadForSound({&filtersLibrary});
     return std::make_unique<AtempoConverter>(format, rate);
 }
 

@@ -147,7 +147,8 @@ class FFmpegMediaFile final : public MediaFile {
 
     [[noreturn]] void failToGoOn(int error) const {
         const AVIndexEntry* first = avformat_index_get_entry(input_->streams[stream_], 0);
-        const bool isBehind = !gaveAnything_ && first && first->pos < avio_tell(input_->pb);
+        const bool isBehind =
+            !gaveAnything_ && first && first->pos < avio_seek(input_->pb, 0, SEEK_CUR);
         if (isBehind && !input_.canGoBack())
             fail(Kind::unsupported, path_,
                  localized("has its index at the end and cannot be read from a pipe; save it as a "
@@ -275,7 +276,7 @@ std::unique_ptr<MediaFile> openFFmpegMediaFile(const std::filesystem::path& path
 
 std::unique_ptr<MediaFile> openAwaitedFFmpegMediaFile(const std::filesystem::path& path,
                                                       std::stop_token stop) {
-    beQuiet();
+    loadForFiles(path);
     return std::make_unique<FFmpegMediaFile>(path, std::move(stop));
 }
 

@@ -1,18 +1,13 @@
 #pragma once
 
+#include "Tessarune/audio/AudioConverter.h"
 #include "Tessarune/audio/MediaFile.h"
+#include "Tessarune/platform/media/FFmpegCalls.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/SystemErrors.h"
 
-extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
-#include <libavutil/channel_layout.h>
-#include <libavutil/opt.h>
-#include <libswresample/swresample.h>
-}
-
 #include <filesystem>
+#include <initializer_list>
 #include <memory>
 #include <string>
 
@@ -60,9 +55,32 @@ inline std::string words(int error) {
         kind, localized("%@: %@", {isInput ? localized("standard input") : path.string(), why}));
 }
 
-/// Keeps the library from writing to standard error; failures reach the user as exceptions.
-inline void beQuiet() {
+/// Gives why one of them cannot be loaded; empty: they all are. Keeps them from writing to standard
+/// error; failures reach the user as exceptions.
+inline std::string load(std::initializer_list<Library*> libraries) {
+    for (Library* const library : libraries) {
+        if (std::string failure = library->load(); !failure.empty())
+            return failure;
+    }
     av_log_set_level(AV_LOG_QUIET);
+    return {};
+}
+
+/// Before sound is converted.
+inline void loadForSound(std::initializer_list<Library*> others = {}) {
+    std::string failure = load({&utilLibrary, &resamplingLibrary});
+    if (failure.empty())
+        failure = load(others);
+    if (!failure.empty())
+        throw AudioConversionError(localized("the sound cannot be converted: %@", {failure}));
+}
+
+/// Before a file is read or written.
+inline void loadForFiles(const std::filesystem::path& path) {
+    const std::string failure =
+        load({&utilLibrary, &resamplingLibrary, &codecsLibrary, &containersLibrary});
+    if (!failure.empty())
+        fail(MediaFileError::Kind::unsupported, path, failure);
 }
 
 } // namespace tessarune::ffmpeg

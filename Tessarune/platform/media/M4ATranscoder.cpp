@@ -225,7 +225,7 @@ class Progress {
 } // namespace
 
 std::unique_ptr<M4AFile> createM4A(const std::filesystem::path& to, AudioFormat from) {
-    beQuiet();
+    loadForFiles(to);
     return std::make_unique<FFmpegM4AFile>(to, from);
 }
 

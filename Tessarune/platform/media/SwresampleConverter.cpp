@@ -67,7 +67,7 @@ class SwresampleConverter final : public AudioConverter {
 } // namespace
 
 std::unique_ptr<AudioConverter> makeSwresampleConverter(AudioFormat from, AudioFormat to) {
-    beQuiet();
+    loadForSound();
     return std::make_unique<SwresampleConverter>(from, to);
 }
 
