@@ -13,6 +13,7 @@
 /// for.
 static void useCaptionFiles() {
     Q_INIT_RESOURCE(captions);
+    Q_INIT_RESOURCE(qmlcache_captions);
 }
 
 namespace tessarune {

@@ -9,6 +9,7 @@
 /// for.
 static void useControlFiles() {
     Q_INIT_RESOURCE(controls);
+    Q_INIT_RESOURCE(qmlcache_controls);
 }
 
 namespace tessarune {

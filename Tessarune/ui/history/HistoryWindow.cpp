@@ -11,6 +11,7 @@
 /// for.
 static void useHistoryFiles() {
     Q_INIT_RESOURCE(history);
+    Q_INIT_RESOURCE(qmlcache_history);
 }
 
 namespace tessarune {

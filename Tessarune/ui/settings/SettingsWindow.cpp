@@ -12,6 +12,7 @@
 /// for.
 static void useSettingsFiles() {
     Q_INIT_RESOURCE(settings);
+    Q_INIT_RESOURCE(qmlcache_settings);
 }
 
 namespace tessarune {

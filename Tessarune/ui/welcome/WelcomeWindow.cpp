@@ -12,6 +12,7 @@
 /// for.
 static void useWelcomeFiles() {
     Q_INIT_RESOURCE(welcome);
+    Q_INIT_RESOURCE(qmlcache_welcome);
 }
 
 namespace tessarune {
