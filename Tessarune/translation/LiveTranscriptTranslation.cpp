@@ -264,13 +264,28 @@ LiveTranscriptTranslation::drainCommittedTranslationsBeforePersist(double timeou
     return drain(shared_from_this(), timeoutSeconds);
 }
 
+/// There is something to translate, and no model for it on this computer: a session downloads none.
+Task<bool> LiveTranscriptTranslation::waitsInVain(Self self) {
+    const auto translator = self->runtime_->translator();
+    const auto context =
+        TranslationRunContext::forTarget(self->runtime_->settings().translationTargetLanguage);
+    if (!translator || context.passThrough || !self->hasPendingTranslations())
+        co_return false;
+    Task<TranslationAvailabilityStatus> looking =
+        translator->availabilityStatus(context.sourceLanguage, context.target);
+    const TranslationAvailabilityStatus status = co_await looking;
+    co_return status == TranslationAvailabilityStatus::supported;
+}
+
 Task<bool> LiveTranscriptTranslation::drain(Self self, double timeoutSeconds) {
     constexpr double secondsBetweenLooks = 0.05;
     auto& runtime = *self->runtime_;
     if (!TranslationSupport::isAppleBackend(runtime.settings().translationBackend))
         co_return true;
     const double deadline = runtime.now() + timeoutSeconds;
-    while (runtime.now() < deadline) {
+    Task<bool> looking = waitsInVain(self);
+    const bool isInVain = co_await looking;
+    while (!isInVain && runtime.now() < deadline) {
         if (self->hasPendingTranslations())
             self->startCommittedRun(true);
         if (!runtime.hasCommittedTask())

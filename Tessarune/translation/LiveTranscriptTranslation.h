@@ -90,6 +90,7 @@ class LiveTranscriptTranslation final
     void startCommittedTranslationTask(const TranslationRunContext& context, bool forceTail);
     static Task<void> runQueue(Self self, TranslationRunContext context, bool forceTail,
                                std::stop_token stop);
+    static Task<bool> waitsInVain(Self self);
     static Task<bool> drain(Self self, double timeoutSeconds);
     void clearLanguageResourceFailures();
     void clearGhostIfCovered(const Unit& unit);

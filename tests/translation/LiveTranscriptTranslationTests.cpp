@@ -118,6 +118,7 @@ TEST_F(LiveTranscriptTranslationTests, TheDrainTakesTheTailAndItsTimeLimit) {
         Strings shown;
         double seconds; // at most
         std::string backend = "苹果";
+        Status status = Status::installed;
     };
     const Case cases[] = {
         {"nothing", {}, 1, true, {}, 0},
@@ -127,10 +128,13 @@ TEST_F(LiveTranscriptTranslationTests, TheDrainTakesTheTailAndItsTimeLimit) {
         {"no translator", {"One."}, -1, false, {"?"}, 0},
         {"too slow", {"One.", "Two."}, 3, false, {"fr-FR:One.", "?"}, 4.06},
         {"hangs", {"One."}, 1e6, false, {"?"}, 4.06},
+        {"no model", {"One."}, 1, false, {"?"}, 0, "苹果", Status::supported},
     };
     for (const auto& c : cases) {
         testing::TranslatedSession session;
         session.service->answer = [&](auto&) { return Answer{c.delay, std::nullopt}; };
+        const bool isReady = c.status == Status::installed;
+        session.service->pairs["en-US->fr-FR"] = {c.status, isReady, isReady, {}, {}};
         session.settings.translationBackend = c.backend;
         session.hasTranslator = c.delay > 0;
         session.commit(c.texts);
