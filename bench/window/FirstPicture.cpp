@@ -8,6 +8,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <memory>
 #include <optional>
@@ -67,6 +68,18 @@ struct Picture {
     const xcb_screen_t& screen;
 };
 
+/// Of all its threads until now.
+double processorSecondsOf(pid_t process) {
+    double nanoseconds = 0;
+    const auto threads = "/proc/" + std::to_string(process) + "/task";
+    for (const auto& thread : std::filesystem::directory_iterator(threads)) {
+        double its = 0;
+        std::ifstream(thread.path() / "schedstat") >> its;
+        nanoseconds += its;
+    }
+    return nanoseconds / 1e9;
+}
+
 double megabytesOf(pid_t process) {
     std::ifstream rollup("/proc/" + std::to_string(process) + "/smaps_rollup");
     for (std::string word; rollup >> word;) {
@@ -95,12 +108,13 @@ FirstPicture FirstPicture::of(const std::vector<std::string>& command) {
         throw std::runtime_error("cannot start " + command.front());
     while (!picture.isPainted() && Clock::now() < begin + longestWait)
         std::this_thread::sleep_for(lookAgain);
-    const auto painted = Clock::now();
+    FirstPicture result{std::chrono::duration<double>(Clock::now() - begin).count(),
+                        processorSecondsOf(child), 0};
     std::this_thread::sleep_for(restAfterwards);
-    FirstPicture result{std::chrono::duration<double>(painted - begin).count(), megabytesOf(child)};
+    result.megabytes = megabytesOf(child);
     kill(child, SIGTERM);
     waitpid(child, nullptr, 0);
-    if (painted >= begin + longestWait)
+    if (result.seconds >= std::chrono::duration<double>(longestWait).count())
         throw std::runtime_error(command.front() + " painted nothing");
     return result;
 }

@@ -118,7 +118,7 @@ int showBareWindow(QGuiApplication& application) {
 
 int measureFirst(std::vector<std::string> command) {
     const FirstPicture picture = FirstPicture::of(command);
-    std::printf("%.3f %.1f\n", picture.seconds, picture.megabytes);
+    std::printf("%.3f %.4f %.1f\n", picture.seconds, picture.processorSeconds, picture.megabytes);
     return 0;
 }
 

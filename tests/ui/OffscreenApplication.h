@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QGuiApplication>
@@ -7,12 +8,13 @@
 
 namespace tessarune {
 
-/// The one application object of a test program; it needs no display.
-inline QGuiApplication& offscreenApplication() {
+/// The one application object of a test program; it needs no display. Its screen has 800 x 800
+/// pixels unless the first call names a platform with another one.
+inline QGuiApplication& offscreenApplication(const QByteArray& platform = "offscreen") {
     static int argc = 1;
     static char name[] = "ui-tests";
     static char* argv[] = {name, nullptr};
-    static const bool isOffscreen = qputenv("QT_QPA_PLATFORM", "offscreen");
+    static const bool isOffscreen = qputenv("QT_QPA_PLATFORM", platform);
     // Left to the end of the process: Qt's own statics may be gone before those of the program.
     static auto* const application = new QGuiApplication(argc, argv);
     Q_UNUSED(isOffscreen);

@@ -14,6 +14,7 @@
 #include <QPainter>
 #include <QPalette>
 #include <QQuickItem>
+#include <QTemporaryFile>
 #include <cmath>
 #include <functional>
 #include <iostream>
@@ -307,13 +308,22 @@ int drawSheet(const QString& folder) {
     return sheet.save(all.filePath("sheet.png")) ? 0 : 1;
 }
 
+/// A screen on which every window has the size that it wants, also at twice the scale.
+QByteArray platform() {
+    static QTemporaryFile screens;
+    screens.open();
+    screens.write(R"({"screens": [{"name": "gallery", "width": 3840, "height": 2400}]})");
+    screens.flush();
+    return "offscreen:configfile=" + screens.fileName().toLocal8Bit();
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     const bool isSheet = argc > 2 && QByteArray(argv[1]) == "--sheet";
     const QString folder = QString::fromLocal8Bit(argc > 1 ? argv[isSheet ? 2 : 1] : "gallery");
     qputenv("QT_QUICK_BACKEND", "software");
-    offscreenApplication();
+    offscreenApplication(platform());
     if (isSheet)
         return drawSheet(folder);
     const char* const locale = argc > 2 ? argv[2] : "zh_CN";
