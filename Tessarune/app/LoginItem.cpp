@@ -10,10 +10,13 @@ namespace tessarune {
 LoginItem::LoginItem(Host& host, AppSettings& settings, Desktop& desktop)
     : host_(host), settings_(settings), desktop_(desktop) {
     const Desktop::LoginState state = desktop_.loginState();
-    if (state == Desktop::LoginState::switchedOff && *settings_.launchAtLogin)
+    const auto& setting = settings_.launchAtLogin;
+    if (state == Desktop::LoginState::switchedOff && *setting)
         settings_.launchAtLogin = false;
-    else
-        apply(*settings_.launchAtLogin);
+    else if (state == Desktop::LoginState::on && !setting.isStored() && !setting.isUnreadable())
+        settings_.launchAtLogin = true;
+    else if (!setting.isUnreadable())
+        apply(*setting);
     observations_.followChanges(settings_.launchAtLogin.published(),
                                 [this](bool starts) { apply(starts); });
 }

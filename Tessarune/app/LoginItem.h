@@ -8,12 +8,12 @@
 namespace tessarune {
 
 /// Keeps the setting `launchAtLogin` and what the desktop starts the same, wherever either was
-/// changed. Main queue; host, settings and desktop outlive
-/// it.
+/// changed. Main queue; host, settings and desktop outlive it.
 class LoginItem {
   public:
-    /// What the user has switched off in the desktop's own settings is off here too; what was
-    /// switched on here while no program ran is made so.
+    /// What the user has switched off in the desktop's own settings is off here too, and what was
+    /// entered there while nothing had been chosen here is on; what was switched on here while no
+    /// program ran is made so.
     LoginItem(Host& host, AppSettings& settings, Desktop& desktop);
     ~LoginItem() { fallBack_.cancel(); }
     LoginItem(const LoginItem&) = delete;

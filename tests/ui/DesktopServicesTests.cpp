@@ -161,6 +161,13 @@ TEST(LoginItem, FollowsTheSettingAndTheDesktopsOwnSwitch) {
     settings.launchAtLogin = true;
     settings.launchAtLogin = false;
     EXPECT_FALSE(files.exists(entry));
+
+    files.writeAtomically(entry, "[Desktop Entry]\nExec=tessarune start\n");
+    testing::MemoryUserDefaults untouched;
+    AppSettings fresh(untouched);
+    const LoginItem taken(host, fresh, desktop);
+    EXPECT_TRUE(*fresh.launchAtLogin) << "entered by the user";
+    EXPECT_NE(testing::contentsOf(entry).find("tessarune start"), std::string::npos);
 }
 
 } // namespace

@@ -25,6 +25,7 @@ void DesktopListening::connect() {
 
 Task<void> DesktopListening::connectToSound() {
     isConnecting_ = true;
+    environment_.notices.tell(Topic::sound, ""); // each try has its own answer
     Task<std::string> connecting = environment_.sound.connectOrSay();
     const std::string problem = co_await connecting;
     isConnecting_ = false;
@@ -51,7 +52,9 @@ Task<void> DesktopListening::tellOfWaiting() {
 }
 
 void DesktopListening::start(const LiveSessionControlTrigger& trigger) {
-    if (wish_)
+    if (wish_ && store().isStopping() && !wish_->starts)
+        store().startListening(trigger); // which says that the session is still being saved
+    else if (wish_)
         wish_->starts = true;
     else if (!isListening() && !pendingStart_ && environment_.hasSpeechModel())
         startWithSound(trigger);

@@ -7,6 +7,11 @@
 namespace tessarune {
 
 void DesktopNotices::tell(Topic topic, const std::string& text) {
+    const auto stands = [&](const Notice& notice) {
+        return notice.topic == topic && notice.text == text;
+    };
+    if (std::ranges::any_of(notices_, stands))
+        return;
     std::erase_if(notices_, [topic](const Notice& notice) { return notice.topic == topic; });
     add(topic, text);
     publish();

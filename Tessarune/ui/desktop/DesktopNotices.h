@@ -15,7 +15,7 @@ class DesktopNotices {
     /// What changes by itself: a topic has one notice at a time.
     enum class Topic { none, sound, waitingForFile, speechModel, recording };
 
-    /// Hears each new notice, also one that is repeated.
+    /// Hears each notice that did not stand there already.
     std::function<void(const std::string& text)> onNotice;
 
     /// Shows the text until it is dismissed.

@@ -79,6 +79,9 @@ void DesktopProgram::prepare() {
     };
     application_.recording.onDecision = tellObstacle;
     tellObstacle(found.obstacle);
+    observations_.followChanges(
+        application_.settings.recordWhileCaptioning.published(),
+        [this](bool) { notices_.tell(DesktopNotices::Topic::recording, ""); });
     notices_.tell(found.rebuiltIndexText());
     if (const auto count = found.repairs.recoveredSessions.size(); count > 0)
         notices_.tell(

@@ -2,8 +2,10 @@
 #include "tests/support/FileContents.h"
 #include "tests/support/ProgramRun.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <chrono>
@@ -208,6 +210,20 @@ TEST_F(WindowProgram, ClosedAtAnyMomentItSavesAndEnds) {
         if (!isStart)
             expectSaved(1);
     }
+}
+
+TEST_F(WindowProgram, AStopWhileItWaitsForItsSoundIsTheLastWord) {
+    const std::string pipe = (folder_ / "pipe").string();
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    StartedProgram program = start({"file:" + pipe});
+    ASSERT_TRUE(within(20, [&] { return count("app.launch") == 1; }));
+    expectEndedWell(start({"show"}).wait()); // it answers
+    expectEndedWell(start({"stop"}).wait());
+    EXPECT_TRUE(within(10, [&] { return open(pipe.c_str(), O_WRONLY | O_NONBLOCK) == -1; }))
+        << "it still waits for somebody who writes";
+    program.send(SIGTERM);
+    expectEndedWell(program.wait());
+    EXPECT_EQ(count("listen.start.task"), 0u);
 }
 
 TEST_F(WindowProgram, SavesWhatWasSaidWhenItIsAskedToEnd) {
