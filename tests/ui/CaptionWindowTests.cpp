@@ -279,6 +279,7 @@ TEST_F(CaptionWindowTests, AFileIsNamedAsWhatIsHeardAndAnotherSourceCanBeChosen)
         captions.window->window().property("toolbar").value<CaptionToolbarModel*>();
     captions.soundName = std::string("talk.mp3");
     EXPECT_EQ(toolbar->sourceName(), "talk.mp3");
+    EXPECT_EQ(captions.window->stage().emptySubtitle(), "talk.mp3");
     EXPECT_EQ(toolbar->currentSource(), -1);
     toolbar->selectSource(0);
     EXPECT_EQ(captions.asked, std::vector<std::string>{"systemAudio"});

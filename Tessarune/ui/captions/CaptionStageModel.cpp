@@ -23,6 +23,7 @@ CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment
         updateRows();
         Q_EMIT frameChanged();
     });
+    observations_.follow(environment_.soundName, [this] { Q_EMIT frameChanged(); });
     observations_.follow(settings_.state, [this] {
         const std::pair layout(isBilingual(), swaps());
         if (std::exchange(layout_, layout) != layout)
@@ -92,15 +93,18 @@ struct EmptyTexts {
     std::string subtitle;
 };
 
-EmptyTexts emptyTexts(const LiveCaptionDisplayFrame& frame) {
+/// `file` is heard in place of the computer; empty: there is none.
+EmptyTexts emptyTexts(const LiveCaptionDisplayFrame& frame, const std::string& file) {
     using namespace LiveCaptionUserMessages;
     const auto empty = CaptionStage::emptyPresentation(frame);
     if (!empty)
         return {};
     switch (*empty) {
     case CaptionEmptyPresentation::idle:
-        return {idleTitle(), idleSubtitle()};
+        return {idleTitle(), file.empty() ? idleSubtitle() : file};
     case CaptionEmptyPresentation::checking:
+        if (!file.empty())
+            return {localized("正在听 %@", {file}), ""};
         return {checkingTitle(), checkingSubtitle()};
     case CaptionEmptyPresentation::silent:
         return {silentTitle(), Text::joined(silentSubtitleLines(), "\n")};
@@ -111,11 +115,11 @@ EmptyTexts emptyTexts(const LiveCaptionDisplayFrame& frame) {
 } // namespace
 
 QString CaptionStageModel::emptyTitle() const {
-    return QString::fromStdString(emptyTexts(frame()).title);
+    return QString::fromStdString(emptyTexts(frame(), *environment_.soundName).title);
 }
 
 QString CaptionStageModel::emptySubtitle() const {
-    return QString::fromStdString(emptyTexts(frame()).subtitle);
+    return QString::fromStdString(emptyTexts(frame(), *environment_.soundName).subtitle);
 }
 
 bool CaptionStageModel::lacksLanguage() const {
