@@ -11,33 +11,33 @@
 
 namespace tessarune {
 
-/// What there is to print at one moment.
+/// Everything there is to print at one moment.
 struct CaptionPicture {
     const LiveCaptionDisplayFrame& frame;
-    /// What a frame leaves out: failures, times and words of committed rows, and which live text is
-    /// a complete sentence.
+    /// For data that a frame leaves out: failures, times and words of committed rows, and which
+    /// live text is a complete sentence.
     LiveCaptions captions;
-    /// The language that rows are translated into; empty: they are not.
+    /// The target language; empty: no translation.
     std::string target;
-    /// Rows that have no translation yet may still get one.
+    /// Untranslated rows may still get a translation.
     bool awaitsTranslations = false;
 };
 
-/// Where captions go: a screen that is rewritten, plain lines, or JSON. Main queue.
+/// The form of the output: a screen that is rewritten, plain lines, or JSON. Main queue.
 struct CaptionOutput {
-    /// Something has changed: prints what is new.
+    /// Something has changed: prints the news.
     std::function<void(const CaptionPicture&)> update;
-    /// A word to the user about the run itself; not a caption.
+    /// A message to the user about the run itself; not a caption.
     std::function<void(std::string_view)> status;
-    /// How far something that takes long has come; replaces the one before.
+    /// The progress of a long operation; replaces the previous one.
     std::function<void(std::string_view)> progress;
-    /// Another program has written to the terminal: live text is drawn again on the next line.
+    /// Another program has written to the terminal: redraws live text on the next line.
     std::function<void()> beginAnew = [] {};
-    /// The last call: leaves the screen in order.
+    /// The last call: leaves the screen in a clean state.
     std::function<void(const CaptionPicture&)> finish;
 };
 
-/// The room on a terminal, asked for at each use.
+/// Returns the current size of the terminal.
 struct ScreenSize {
     std::size_t columns = 80;
     std::size_t rows = 24;
@@ -50,18 +50,19 @@ bool isScreen(int descriptor);
 /// The size of the terminal that `terminal` writes to.
 ScreenSizeSource sizeOf(std::FILE* terminal);
 
-/// Settled rows scroll up, each with its translation under it; the live rest stands dim below them
-/// and is rewritten in place. A row that waits for its translation stands between the two, up to
-/// eight of them: what lands later is printed with its source said once more.
+/// Settled rows scroll up, each followed by its translation; live text stands dim below them and is
+/// rewritten in place. Rows that wait for their translation stand between the two, up to eight of
+/// them: a later translation is printed together with its source.
 CaptionOutput makeScreenOutput(std::FILE* terminal, ScreenSizeSource size, bool quiet);
 
-/// Settled rows, one a line, and translations as lines that begin with a tab; status lines and
-/// failed translations go to `errors`. A row waits for the translation of the row before it, so
-/// that the two stand together, but for a second at the most, and not at all while translations
-/// are that slow.
+/// Prints settled rows, one per line, and translations as lines that begin with a tab; status lines
+/// and failed translations go to `errors`. A row waits for the translation of the previous row, so
+/// that the two stay together, but for a second at most, and not while translations are slower than
+/// that.
 CaptionOutput makePlainOutput(std::FILE* out, std::FILE* errors, Host& host, bool quiet);
 
-/// One JSON object a change, one a line, flushed at once; see docs/terminal.md. `now` dates them.
+/// Prints one JSON object per change, one per line, flushed at once; see docs/terminal.md. `now`
+/// dates them.
 CaptionOutput makeJSONOutput(std::FILE* out, std::function<double()> now, bool quiet);
 
 /// The text that is not settled yet: complete sentences, clauses and the open rest, joined with
@@ -71,7 +72,7 @@ std::string liveText(const LiveCaptionDisplayFrame& frame);
 /// Whether the frame has a preview of this text.
 bool hasPreviewOf(const LiveCaptionDisplayFrame& frame, std::string_view sourceText);
 
-/// The row's failed translation, as a user of the terminal can act on it.
+/// The row's failed translation, in words that tell a user of the terminal what to do.
 std::string translationFailureText(std::string_view error, std::string_view target);
 
 } // namespace tessarune

@@ -15,11 +15,11 @@ namespace tessarune {
 
 namespace {
 
-/// What a fast file may be ahead of the recogniser, in seconds of sound.
+/// The maximum lead of a fast file over the recogniser, in seconds of sound.
 constexpr double fastLead = 5.0;
-/// After the sample the last sentence still has to come out of the recogniser.
+/// Seconds after the sample in which the recogniser finishes the last sentence.
 constexpr double afterDemoSeconds = 2.0;
-/// A file opens at once; a pipe does when somebody writes into it.
+/// A file opens at once; a pipe does only when it gets a writer. After so long the user is told.
 constexpr double silentWaitSeconds = 1.0;
 
 } // namespace
@@ -98,7 +98,7 @@ void CaptionSound::useDemo(const std::string& why) {
     }
 }
 
-/// A microphone by the server's id, or by the name that a person reads.
+/// Finds a microphone by the server's id or by its name for people.
 AudioSource CaptionSound::microphone(const AudioSource& wanted) {
     const auto devices = AudioInputDevices::inputDevices(server());
     if (devices.empty())

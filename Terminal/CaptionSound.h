@@ -20,9 +20,9 @@ namespace tessarune {
 class CaptionSound {
   public:
     struct Handlers {
-        /// A word to the user.
+        /// Reports a message to the user.
         std::function<void(const std::string&)> say;
-        /// The file or the sample is over; with the failure if it broke off.
+        /// The file or the sample has ended; with the failure if it broke off.
         std::function<void(std::exception_ptr)> onFinished;
         /// Seconds of sound that the recogniser has taken, for a file that plays fast. Any thread.
         std::function<double()> takenSeconds;
@@ -32,8 +32,7 @@ class CaptionSound {
 
     /// Connects. Throws RunFailure.
     Task<void> open(CaptionsCommand command);
-    /// The user does not want to wait any more: a file that is still being opened, as a pipe into
-    /// which nobody writes, makes `open` throw.
+    /// The user no longer wants to wait: a pending `open` throws, as for a pipe without a writer.
     void giveUp();
 
     SoundServer& server() { return demo_ ? demo_->server() : *server_; }
@@ -41,14 +40,14 @@ class CaptionSound {
     const AudioSource& source() const { return source_; }
     bool isFile() const { return file_.has_value(); }
     const std::optional<std::filesystem::path>& file() const { return file_; }
-    /// Nothing of the user's is heard, but the program's own sample.
+    /// Only the program's own sample is heard, nothing of the user's.
     bool isDemo() const { return demo_ != nullptr; }
-    /// How long a file is that plays as fast as it can, where that is known. Seconds.
+    /// The length in seconds of a file that plays as fast as it can, if known.
     std::optional<double> fastDuration() const { return fastDuration_; }
-    /// For the user, once it is open.
+    /// A description for the user, once it is open.
     std::string description() const;
 
-    /// To be called when the session listens: the sample begins to play.
+    /// Call when the session listens: the sample begins to play.
     void begin();
 
   private:

@@ -13,7 +13,7 @@ namespace tessarune {
 
 namespace {
 
-/// Somebody sees how far a refinement gets, and can end it.
+/// The user sees the progress of a refinement and can cancel it.
 bool isWatched(const TerminalOptions& options) {
     return isScreen(STDERR_FILENO) && isatty(STDIN_FILENO) && !options.quiet && !options.json;
 }
@@ -52,7 +52,7 @@ Task<int> runCaptions(Program& program, const TerminalOptions& options, Captions
     }
     Task<ExitStatus> finishing = session.finish(status, std::move(problem));
     status = co_await finishing;
-    signals.reset(); // a refinement that is given up is no failure, and no second Ctrl-C
+    signals.reset(); // a cancelled refinement is neither a failure nor a second Ctrl-C
     if (status == ExitStatus::ok && session.refinement() && isWatched(options)) {
         Task<void> refining = refineAfterSession(program, options, *session.refinement());
         co_await refining;

@@ -5,9 +5,9 @@
 
 namespace tessarune {
 
-/// Captions from beginning to end: finds the source, prints what is said, ends with the file or
-/// with Ctrl-C. Gives the status to end the program with; what went wrong is printed on standard
-/// error. Main queue; program and options outlive it.
+/// A run of captions from beginning to end: opens the source, prints the captions, ends with the
+/// file or with Ctrl-C. Returns the program's exit status; failures are printed on standard error.
+/// Main queue; program and options outlive it.
 Task<int> runCaptions(Program& program, const TerminalOptions& options, CaptionsCommand command);
 
 } // namespace tessarune

@@ -14,13 +14,13 @@ struct UsageProblem : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The options that stand in place of captions: of these a command line has one at most. Each may
-/// have details, which mean nothing without it.
+/// The options that replace captions: a command line may have at most one of them. Each may have
+/// details, which are meaningless without it.
 class CommandOptions {
   public:
     explicit CommandOptions(CLI::App& app) : app_(app) {}
 
-    /// The heading of the options that follow, in the help.
+    /// The heading of the following options in the help.
     void begin(std::string heading) { heading_ = std::move(heading); }
 
     CLI::Option* flag(const std::string& name, bool& value, const std::string& help) {

@@ -21,11 +21,11 @@ namespace tessarune {
 
 namespace {
 
-/// Where lines cannot be rewritten, one for so many per cent (or megabytes, while the size is
+/// On anything but a terminal: one line per so many per cent (or megabytes, if the size is
 /// unknown).
 constexpr int percentALine = 10;
 
-/// On a terminal one line that is rewritten.
+/// On a terminal: one line that is rewritten.
 void rewriteLine(const std::string& text) {
     std::fprintf(stderr, "\r\033[K%s", Text::printableLine(text).c_str());
 }
@@ -44,7 +44,7 @@ std::string troubleText(const std::string& name, const DownloadTrouble& trouble)
                       std::to_string(std::lround(std::ceil(trouble.secondsToNextTry)))});
 }
 
-/// Says how a download goes: on a terminal, in a log, or as JSON.
+/// Reports a download: on a terminal, in a log, or as JSON.
 class DownloadNews {
   public:
     DownloadNews(Program& program, const TerminalOptions& options, std::string name)
@@ -71,7 +71,7 @@ class DownloadNews {
             printNotice(progressText(name_, received, expected));
     }
 
-    /// The line stands as it is, so that what follows does not overwrite it.
+    /// Keeps the line, so that later output does not overwrite it.
     void endLine(bool erase) const {
         if (isSeen_)
             std::fputs(erase ? "\r\033[K" : "\n", stderr);
@@ -104,7 +104,7 @@ class DownloadNews {
     Program& program_;
     const bool isJSON_;
     const bool isQuiet_;
-    const bool isSeen_; ///< by somebody at a terminal
+    const bool isSeen_; ///< by a user at a terminal
     const std::string name_;
     DownloadPercent percent_;
 };

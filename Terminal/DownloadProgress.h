@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// When a download has got so far that whoever reads along should hear of it: once for every `step`
-/// per cent, or megabytes while the size is unknown.
+/// Decides when to report the progress of a download: once per `step` per cent, or megabytes if the
+/// size is unknown.
 class DownloadPercent {
   public:
     explicit DownloadPercent(int step) : step_(step) {}
@@ -24,10 +24,9 @@ class DownloadPercent {
     int last_ = -1;
 };
 
-/// Downloads one thing, and says how it goes on standard error, in one line that is rewritten
-/// where that can be done, or as JSON; why it gets nowhere, too. Ctrl-C ends it with
-/// ExitStatus::stoppedTwice; what has arrived by then is kept for the next attempt. Gives the
-/// status to end with. Main queue.
+/// Downloads one thing and reports its progress and failures on standard error, in one line that is
+/// rewritten if possible, or as JSON. Ctrl-C ends it with ExitStatus::stoppedTwice; the bytes
+/// received by then are kept for the next attempt. Returns the exit status. Main queue.
 struct ShownDownload {
     using Progress = std::function<void(std::uint64_t received, std::uint64_t expected)>;
 
@@ -38,7 +37,7 @@ Task<int> runDownload(Program& program, const TerminalOptions& options, ShownDow
 
 constexpr double bytesAMegabyte = 1e6;
 
-/// "38.2 MB", of bytes.
+/// Formats bytes as "38.2 MB".
 std::string megabytes(std::uint64_t bytes);
 /// The same as a cell of a table, flush right; blank for an unknown size.
 std::string sizeCell(std::uint64_t bytes);

@@ -20,7 +20,7 @@ void EventLogFile::fail(const std::string& why) const {
 
 void EventLogFile::check(const std::optional<fs::path>& source) const {
     std::error_code error;
-    // The same file may have two names.
+    // One file may have two names.
     if (source && fs::equivalent(*source, path_, error))
         fail(localized("it is the sound file to be captioned"));
     const bool exists = fs::exists(path_, error);

@@ -16,11 +16,11 @@ class EventLogFile {
     EventLogFile(Host& host, std::filesystem::path path, bool overwrites)
         : host_(host), path_(std::move(path)), overwrites_(overwrites) {}
 
-    /// Throws if the log cannot be written there, as far as that shows without touching anything.
-    /// `source` is the file that is captioned, which is never written over.
+    /// Throws if the log cannot be written there, as far as that is visible without changing
+    /// anything. `source` is the captioned file, which is never overwritten.
     void check(const std::optional<std::filesystem::path>& source) const;
     void begin();
-    /// Writes what the recogniser says; nothing before `begin`.
+    /// Logs a recognition event; does nothing before `begin`.
     void append(const ASREvent& event, double t);
     /// Throws if a part of the log was lost.
     void close();

@@ -7,7 +7,7 @@ namespace tessarune {
 enum class ExitStatus : int {
     ok = 0,
     usage = 64,
-    differs = 65, ///< a run could not be replayed to the captions that it holds
+    differs = 65, ///< a run could not be replayed to its own captions
     unreadableFile = 66,
     noSuchRecording = 67,
     noSuchSource = 68,
@@ -18,7 +18,7 @@ enum class ExitStatus : int {
     dataInUse = 75, ///< another Tessarune records into the same data folder
     notAllowed = 77,
     noModel = 78,
-    stoppedTwice = 130, ///< ended at once: the second Ctrl-C, or one where nothing runs yet
+    stoppedTwice = 130, ///< ended at once: the second Ctrl-C, or one when nothing runs yet
 };
 
 } // namespace tessarune

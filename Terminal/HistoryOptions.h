@@ -11,7 +11,7 @@
 
 namespace tessarune {
 
-// What a user can ask of the recorded sessions. An ID may be the beginning of one.
+// The commands for recorded sessions. An ID may be shortened to its beginning.
 
 struct ListRecordingsCommand {};
 struct ShowRecordingCommand {
@@ -24,7 +24,7 @@ struct CountWordsCommand {
 struct ExportRecordingCommand {
     std::string id;
     HistoryExportFormat format = HistoryExportFormat::pdf;
-    /// Absent: both languages where there is a translation.
+    /// Absent: both languages if there is a translation.
     std::optional<HistoryTranscriptExportContent> content;
     std::string to; ///< empty: a name made from the note or the date; "-": standard output
     bool replaces = false;
@@ -56,7 +56,7 @@ struct ShowUsageCommand {
     UsagePeriodKind by = UsagePeriodKind::day;
 };
 
-/// What is asked of the diagnostics runs that sessions leave.
+/// The commands for the diagnostics runs of sessions.
 struct DiagnosticsCommand {
     enum class Action { list, show, verify, remove, pack };
 
@@ -73,12 +73,12 @@ using HistoryCommand =
                  ImportFilesCommand, SearchRecordingsCommand, ShowUsageCommand, PlayCommand,
                  DiagnosticsCommand>;
 
-/// The part of the command line that asks for one of them.
+/// The part of the command line with these commands.
 class HistoryOptions {
   public:
     void declare(CommandOptions& options);
 
-    /// What was asked for; nothing if it is no matter of recorded sessions. Throws UsageProblem.
+    /// The given command; `nullopt` if there is none for recorded sessions. Throws UsageProblem.
     std::optional<HistoryCommand> command() const;
 
   private:

@@ -14,7 +14,7 @@ namespace tessarune {
 
 namespace {
 
-/// How often it looks whether it has the terminal again.
+/// How often it checks whether it has the terminal again.
 constexpr int backgroundMilliseconds = 200;
 
 void readKeys(Host& host, int wakeUp, const std::shared_ptr<std::function<void(KeyPress)>>& onKey) {

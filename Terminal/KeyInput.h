@@ -17,13 +17,14 @@ struct KeyPress {
     bool operator==(const KeyPress&) const = default;
 };
 
-/// What a terminal sends for the keys that were pressed; other keys and half of one give nothing.
+/// Decodes the bytes that a terminal sends for keys; other keys and incomplete sequences give
+/// nothing.
 std::vector<KeyPress> keyPresses(std::string_view bytes);
 
-/// The keys of the terminal on standard input, as they are pressed, until it is dropped. Whatever
-/// ends or stops the program, the terminal's settings come back (TerminalCursor). One at a time.
+/// Reads single keys from the terminal on standard input while it lives. However the program ends
+/// or stops, the terminal's settings are restored (TerminalCursor). One at a time.
 ///
-/// Main queue; the host outlives it. A thread of its own reads, and not while another program has
+/// Main queue; the host outlives it. A thread of its own reads, except while another program has
 /// the terminal.
 class KeyInput {
   public:
@@ -32,12 +33,12 @@ class KeyInput {
     KeyInput(const KeyInput&) = delete;
     KeyInput& operator=(const KeyInput&) = delete;
 
-    /// After the program was stopped.
+    /// Call after the program was stopped.
     void beginAnew();
 
   private:
-    int wakeUp_;        ///< can be read once it is to end
-    Block dropHandler_; ///< what is still posted does nothing then
+    int wakeUp_;        ///< becomes readable when it is to end
+    Block dropHandler_; ///< later posts do nothing then
     std::thread reader_;
 };
 

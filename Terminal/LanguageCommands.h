@@ -5,13 +5,13 @@
 
 namespace tessarune {
 
-// The languages that captions are translated into: what there is, getting one, removing one, trying
-// one. Each gives the status to end with. Main queue.
+// The commands for target languages: list, download, remove, test. Each returns the exit status.
+// Main queue.
 
 Task<int> listLanguages(Program& program, const TerminalOptions& options);
 Task<int> downloadLanguage(Program& program, const TerminalOptions& options, std::string id);
 Task<int> removeLanguage(Program& program, std::string id);
-/// Downloads the language first if it is missing, and then translates a sample.
+/// Downloads a missing language first, then translates a sample.
 Task<int> testTranslation(Program& program, const TerminalOptions& options, std::string target);
 
 } // namespace tessarune

@@ -5,8 +5,7 @@
 
 namespace tessarune {
 
-// The speech models: what there is, getting one, removing one. Each gives the status to end with.
-// Main queue.
+// The commands for speech models: list, install, remove. Each returns the exit status. Main queue.
 
 Task<int> listModels(Program& program, const TerminalOptions& options);
 Task<int> installModel(Program& program, const TerminalOptions& options, std::string name);

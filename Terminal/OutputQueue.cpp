@@ -19,11 +19,11 @@ namespace tessarune {
 namespace {
 
 constexpr std::size_t behindBytes = 1 << 16;
-/// A pipe that is ready takes so much without making the writer wait.
+/// A pipe that is ready accepts this much without blocking the writer.
 constexpr std::size_t pieceBytes = 4096;
 constexpr std::chrono::milliseconds pauseStep{10};
 
-/// Writes some of the bytes, once there is room for them; gives how many, or 0 with `errno`.
+/// Writes some of the bytes once there is room; returns how many, or 0 with `errno`.
 std::size_t writeSome(int descriptor, std::string_view bytes) {
     for (;;) {
         while (TerminalCursor::isPaused())
@@ -51,9 +51,9 @@ struct OutputQueue::State {
     std::condition_variable_any arrived;
     std::function<void()> onChange GUARDED_BY(mutex);
     std::string waiting GUARDED_BY(mutex);
-    /// Those that wait, and those that are being written.
+    /// Queued bytes, and those that are being written.
     std::size_t unwritten GUARDED_BY(mutex) = 0;
-    /// Somebody has seen that it is behind, or should see a failure.
+    /// A caller has seen that it is behind, or must see a failure.
     bool tellsWhenWritten GUARDED_BY(mutex) = false;
     bool isEnding GUARDED_BY(mutex) = false;
     int failure GUARDED_BY(mutex) = 0;

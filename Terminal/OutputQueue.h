@@ -8,38 +8,38 @@
 
 namespace tessarune {
 
-/// Bytes on their way to a descriptor. A thread of its own writes them, so that nobody who prints
-/// waits for a reader: what a slow one has not taken waits here.
+/// Output to a descriptor, written on a thread of its own, so that printing never waits for a slow
+/// reader: unread output is queued here.
 ///
 /// It has no limit of its own. A caller that prints successive states checks `isBehind` first, and
-/// prints only the newest state once `onChange` reports room. That bounds what is queued, and drops
-/// only states that a newer one replaced.
+/// prints only the newest state once `onChange` reports room. That bounds the queue, and drops only
+/// states that a newer one replaced.
 class OutputQueue {
   public:
     /// `onChange` is called on the writing thread: when all is written after `isBehind`, and when
     /// writing has failed.
     OutputQueue(int descriptor, std::function<void()> onChange);
-    /// What nobody has read by then is lost.
+    /// Unread output is lost.
     ~OutputQueue();
     OutputQueue(const OutputQueue&) = delete;
     OutputQueue& operator=(const OutputQueue&) = delete;
 
-    /// Prints into the queue, whole lines at a time. One thread.
+    /// Queues output, whole lines at a time. One thread.
     std::FILE* stream() const { return stream_; }
 
     // Any thread
 
-    /// More waits than a reader of everyday speed ever leaves.
+    /// More is queued than any normal reader leaves.
     bool isBehind() const;
     bool isWritten() const;
-    /// The error of the write that failed; 0 while none has. After it nothing is written any more.
+    /// The error of the failed write; 0 if there is none. After it nothing more is written.
     int failure() const;
 
   private:
     struct State;
     static void write(const std::shared_ptr<State>& state);
 
-    std::shared_ptr<State> state_; // the thread may outlive the queue, inside a write
+    std::shared_ptr<State> state_; // the thread may outlive the queue, in a blocked write
     std::FILE* stream_;
     std::thread thread_;
 };

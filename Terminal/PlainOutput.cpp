@@ -12,11 +12,11 @@ namespace tessarune {
 
 namespace {
 
-/// How long a row may wait for the translation of the row before it.
+/// How long a row may wait for the translation of the previous row.
 constexpr double patienceSeconds = 1.0;
 
-/// Lines for a file or another program. A translation that is late must never hold up a caption:
-/// once a wait was in vain, nothing waits until all translations have come.
+/// Prints lines for a file or another program. A late translation must never delay a caption: after
+/// one wait in vain, nothing waits until all translations have arrived.
 class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
   public:
     PlainPrinter(std::FILE* out, std::FILE* errors, Host& host, bool quiet)
@@ -62,8 +62,8 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
         std::fflush(out_);
     }
 
-    /// Rows that still wait for more text to be translated with hold up nothing: the next row may
-    /// be that text.
+    /// Rows that wait for more text to be translated with do not delay the next row, which may be
+    /// that text.
     bool isUnderWay(std::span<const CaptionSegment> rows) const {
         return awaits_ && CommittedTranslationUnitPlanner::nextPendingUnit(rows);
     }

@@ -18,7 +18,7 @@ namespace tessarune {
 
 namespace {
 
-/// A command's task brought to an end of the main loop.
+/// Runs a command's task, then quits the main loop.
 Task<void> runThenQuit(Program& program, Task<int> task) {
     const int status = co_await task;
     program.loop.quit(status);

@@ -16,7 +16,7 @@ struct Program : ProgramLoop, Application {
     Program() : Application(loop, "tessarune-terminal") {}
 };
 
-/// Runs what the user asked for, and gives the status to end with.
+/// Runs the user's command and returns the exit status.
 int run(Program& program, const TerminalOptions& options);
 
 } // namespace tessarune

@@ -17,7 +17,7 @@ namespace tessarune {
 
 namespace {
 
-/// How soon the reading of an answer notices that nobody waits for it any more.
+/// How soon reading an answer notices that it is no longer wanted.
 constexpr int lookAgainMilliseconds = 100;
 
 Answer readAnswer(Answer byDefault, const std::stop_token& stop) {

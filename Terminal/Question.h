@@ -12,15 +12,15 @@ namespace tessarune {
 
 enum class Answer { yes, no, interrupted };
 
-/// Whether somebody sits there who can be asked.
+/// Whether there is a user who can answer.
 bool somebodyCanAnswer();
 
 /// Asks at the terminal and waits; an empty line means `byDefault`, the end of the input means no.
 /// Ctrl-C interrupts. Main queue.
 Task<Answer> ask(Host& host, std::string question, Answer byDefault);
 
-/// Whether a file may be written: it is new, or may be replaced, which is asked unless `replaces`
-/// says so. What is in the way is printed. Main queue.
+/// Whether a file may be written: it is new, or may be replaced, which the user is asked unless
+/// `replaces` is set. Prints the obstacle. Main queue.
 Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesystem::path to,
                                    bool replaces);
 

@@ -14,12 +14,12 @@ constexpr double lookEverySeconds = 1;
 /// A look that comes so late was held up together with the whole program; sound of so many seconds
 /// that comes at once, by the sound server.
 constexpr double standstillSeconds = 1;
-/// What has piled up meanwhile may take as long again, and somewhat more.
+/// Sound queued meanwhile may need as long again, and somewhat more.
 constexpr double catchUpSeconds = 10;
 
 constexpr double progressEverySeconds = 0.2;
 constexpr double lookForProgressSeconds = 0.01;
-/// A recogniser that is behind and gets no further for so long is not waited for.
+/// A recogniser that is behind and makes no progress for so long is no longer waited for.
 constexpr double longestStandstillSeconds = 30;
 
 double stat(const LiveSystemAudioTranscriber& transcriber, std::string_view name) {
@@ -70,7 +70,7 @@ void RecogniserDelay::watchProgress(double duration, std::function<void(int perc
 }
 
 void RecogniserDelay::lookForProgress(double duration) {
-    // The last pieces are heard while the rest of the program catches up.
+    // The last pieces are processed while the rest of the program catches up.
     const int now = static_cast<int>(std::clamp(100 * heardSeconds() / duration, 0.0, 100.0));
     if (now > std::exchange(percent_, std::max(now, percent_)))
         sayProgress_(now);

@@ -9,7 +9,7 @@
 
 namespace tessarune {
 
-/// How far the recogniser of a session is behind its sound. Main queue, but for `heardSeconds`; the
+/// The delay of a session's recogniser behind its sound. Main queue, except for `heardSeconds`; the
 /// references outlive it.
 class RecogniserDelay {
   public:
@@ -21,20 +21,21 @@ class RecogniserDelay {
     }
     RecogniserDelay(const RecogniserDelay&) = delete;
 
-    /// Seconds of sound that it has worked through. Any thread.
+    /// Seconds of sound that it has processed. Any thread.
     double heardSeconds() const;
     double secondsBehind() const;
 
-    /// From now on says a delay of some seconds, and again each time that it has doubled. Time in
-    /// which the program or the computer stood still is no delay of the recogniser.
+    /// From now on reports a delay of some seconds, and again each time it has doubled. Time in
+    /// which the program or the computer was suspended does not count.
     void watch(std::function<void(const std::string&)> say);
     void endWatch() { watch_.cancel(); }
 
-    /// Says how much of `duration` seconds it has worked through, at each new per cent.
+    /// Reports how much of `duration` seconds it has processed, at each new per cent.
     void watchProgress(double duration, std::function<void(int percent)> say);
     void endProgress() { progressWatch_.cancel(); }
 
-    /// Goes on when it has caught up, when `isCancelled` says so, or when it gets no further.
+    /// Resumes when it has caught up, when `isCancelled` returns true, or when it makes no
+    /// progress.
     Task<void> caughtUp(std::function<bool()> isCancelled);
 
   private:

@@ -8,12 +8,12 @@
 
 namespace tessarune {
 
-/// Why a run ends early, with the status that the program ends with.
+/// Why a run ends early, with the exit status.
 struct RunFailure : std::runtime_error {
     RunFailure(ExitStatus how, const std::string& text) : std::runtime_error(text), status(how) {}
     ExitStatus status;
 
-    /// Gives each failure of a session's start the status under which scripts can tell it apart.
+    /// Maps each failure of a session's start to an exit status that scripts can distinguish.
     static RunFailure ofStart(const std::exception_ptr& failure);
 };
 

@@ -49,7 +49,7 @@ void RunOutput::update(const CaptionPicture& picture) {
         captions_.update(picture);
 }
 
-/// Beside plain captions, which go elsewhere, a person may watch the errors.
+/// Plain captions go elsewhere; a user may watch the errors.
 void RunOutput::progress(const std::string& text) {
     captions_.progress(text);
     if (!showsProgressBeside_)
@@ -71,7 +71,7 @@ void RunOutput::handleChange() {
         handlers_.onRoom();
 }
 
-/// Goes on when everything has been written, or never will be.
+/// Resumes when everything is written, or never will be.
 Task<void> RunOutput::written(const OutputQueue& queue) {
     while (!queue.isWritten() && !givesUp_) {
         Task<bool> waiting = sleep(Executor::main(host_), lookForReaderSeconds);

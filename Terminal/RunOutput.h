@@ -13,7 +13,7 @@
 
 namespace tessarune {
 
-/// Where one run prints: captions on standard output in the form that fits it, words to the user
+/// The output of one run: captions on standard output in the chosen form, messages to the user
 /// beside them. Nothing here waits for a reader until the end. Main queue; the host outlives it.
 class RunOutput {
   public:
@@ -24,20 +24,20 @@ class RunOutput {
     RunOutput(Host& host, const TerminalOptions& options, Handlers handlers);
     RunOutput(const RunOutput&) = delete;
 
-    /// What is settled is printed once it can be; states that pass are left out for a slow reader.
+    /// Prints settled text once that is possible; a slow reader misses intermediate states.
     void update(const CaptionPicture& picture);
     void say(const std::string& text) const { captions_.status(text); }
     void progress(const std::string& text);
-    /// What the user must know, also with `--quiet`.
+    /// Messages that are shown even with `--quiet`.
     void warn(const std::string& text) const;
     /// Redraws after another program used the terminal.
     void beginAnew() { captions_.beginAnew(); }
 
-    /// The last picture, if there is one, and why the run failed, if it did. Goes on when all has
-    /// been read; gives the status to end with.
+    /// Prints the last picture, if any, and the run's failure, if any. Resumes when all output is
+    /// read; returns the exit status.
     Task<ExitStatus> finish(std::optional<CaptionPicture> last, ExitStatus status,
                             std::string problem);
-    /// What `finish` waits for is no longer wanted.
+    /// Ends the wait of `finish`.
     void giveUp() { givesUp_ = isFinishing_; }
 
   private:

@@ -14,11 +14,11 @@ namespace tessarune::RunPreparation {
 /// The settings of this run as the command line has them.
 void overrideSettings(Application& application, const CaptionsCommand& command);
 
-/// A session downloads nothing: a model that is missing or damaged is named before it begins.
+/// A session downloads nothing: reports a missing or damaged model before it begins.
 void checkModel(const Application& application);
 
-/// Two programs must never write one catalog; what a crash left is put in order first. Says what
-/// came of it.
+/// Two programs must never write one catalog; the remains of a crash are repaired first. Reports
+/// the result.
 void prepareToRecord(Application& application, const CaptionsCommand& command,
                      const RunOutput& output);
 

@@ -10,7 +10,7 @@ namespace tessarune {
 
 namespace {
 
-/// Where it is kept that the user has heard of a choice that cannot be had.
+/// The key under which a reported unavailable choice is stored.
 constexpr std::string_view toldKey = "toldMissingTranslation";
 
 } // namespace
@@ -63,7 +63,7 @@ RunTranslation::Stored RunTranslation::stored() const {
             application_.storedDefaults.value(settings.translationTargetLanguage.key())};
 }
 
-/// Once for each choice that cannot be had, and not at every start.
+/// Reported once per unavailable choice, not at every start.
 void RunTranslation::sayMissing(const std::string& notice) {
     if (!say_)
         return;

@@ -9,26 +9,26 @@
 
 namespace tessarune {
 
-/// Into which language a run translates: the one of the command line, else that of the settings,
-/// also when they are changed meanwhile. Main queue; the application outlives it.
+/// The target language of a run: that of the command line, else that of the settings, also when
+/// they change. Main queue; the application outlives it.
 class RunTranslation {
   public:
-    /// `wanted` is that of the command line: a language, empty for none, absent for the settings'.
-    /// `say` gets what the user is to hear; empty where nobody listens.
+    /// `wanted` comes from the command line: a language, empty for none, absent for the settings'.
+    /// `say` receives messages to the user; it may be empty.
     RunTranslation(Application& application, std::optional<std::string> wanted,
                    std::function<void(const std::string&)> say);
     ~RunTranslation();
     RunTranslation(const RunTranslation&) = delete;
 
-    /// Sets the settings of this run, so that the session never tries again and again what cannot
-    /// be translated. Gives the target, empty if there is none. Throws RunFailure if the command
-    /// line's cannot be had.
+    /// Adjusts the settings of this run, so that the session does not retry impossible
+    /// translations. Returns the target, empty if there is none. Throws RunFailure if the command
+    /// line's is unavailable.
     std::string choose();
-    /// From now on `onChange` gets another target when the settings have another one.
+    /// From now on calls `onChange` when the settings have another target.
     void follow(std::function<void(std::string target)> onChange);
 
   private:
-    /// Backend and target as they are stored.
+    /// Backend and target as stored.
     using Stored = std::pair<std::optional<SettingValue>, std::optional<SettingValue>>;
     Stored stored() const;
     void sayMissing(const std::string& notice);

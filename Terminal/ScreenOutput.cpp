@@ -19,10 +19,10 @@ namespace {
 
 constexpr std::string_view dim = "\033[2m";
 constexpr std::string_view plain = "\033[0m";
-/// The live text takes at most this many lines; of a longer one the end is shown.
+/// The maximum number of lines of live text; of a longer one the end is shown.
 constexpr std::size_t mostLiveLines = 6;
 constexpr std::size_t mostPreviewLines = 3;
-/// More rows than this do not wait for their translations in the part that is rewritten.
+/// The maximum number of rows that wait for their translations in the rewritten part.
 constexpr std::size_t mostWaitingRows = 8;
 constexpr std::string_view indent = "  ";
 
@@ -32,7 +32,7 @@ void append(Lines& to, Lines lines) {
     std::ranges::move(lines, std::back_inserter(to));
 }
 
-/// Lines of the terminal. Whatever a text holds, it is no order to the terminal.
+/// Lines for the terminal. No text can command the terminal.
 Lines wrapped(std::string_view text, std::size_t width) {
     return Text::wrapped(Text::printableLine(text), width);
 }
@@ -57,7 +57,8 @@ Lines tail(Lines lines, std::size_t count) {
     return lines;
 }
 
-/// Captions on a terminal: rows scroll up, and what may still change stands below them.
+/// Captions on a terminal: settled rows scroll up, and text that may still change stands below
+/// them.
 class Screen {
   public:
     Screen(std::FILE* terminal, ScreenSizeSource size, bool quiet)
@@ -90,7 +91,7 @@ class Screen {
         rewrite(dimmed(wrapped("· " + std::string(text), width)), shown_, width);
     }
 
-    /// It stands below the live text until the end.
+    /// Stays below the live text until the end.
     void progress(std::string_view text) {
         if (quiet_)
             return;
@@ -116,7 +117,7 @@ class Screen {
         return !picture.awaitsTranslations || !TranslationSegmentMutator::isPending(row);
     }
 
-    /// A committed row and what is known of its translation.
+    /// A committed row and the state of its translation.
     static Lines rowLines(const CaptionPicture& picture, const CaptionSegment& row,
                           std::size_t width) {
         Lines lines = wrapped(row.sourceText, width);
@@ -135,7 +136,7 @@ class Screen {
             indented("✗ " + translationFailureText(*row.translationError, picture.target), width));
     }
 
-    /// What has come for rows that scrolled up without it.
+    /// Prints translations for rows that have already scrolled up.
     Lines lateOutcomes(const CaptionPicture& picture, std::size_t width) {
         const CaptionCore::Rows& rows = *picture.captions.committedSegments;
         Lines lines;
@@ -165,7 +166,7 @@ class Screen {
         return dimmed(tail(std::move(lines), size.rows - 1));
     }
 
-    /// Replaces the lower part by `settled`, which scrolls up from now on, and the lines of now.
+    /// Prints `settled`, which scrolls up, and replaces the lower part by the current lines.
     void rewrite(const Lines& settled, Lines lines, std::size_t width) {
         Lines below = lines;
         if (!progress_.empty())
@@ -180,7 +181,7 @@ class Screen {
     bool quiet_;
     PrintedRows printed_;  // those that have scrolled up
     Lines shown_;          // the part that is rewritten
-    std::string progress_; // stands under it
+    std::string progress_; // below it
     std::size_t width_ = 0;
 };
 

@@ -31,7 +31,7 @@ CaptionPicture SessionNews::picture() const {
 
 void SessionNews::observeStatus() {
     view_.status.onDidChange([this](const SessionStatus& status) {
-        // Whether the WAV was kept is known when the session has been saved.
+        // Whether the WAV was kept is known once the session is saved.
         if (status.kind == SessionStatus::Kind::compressionFailed) {
             failedToCompress_ = true;
             return;
@@ -53,8 +53,8 @@ void SessionNews::observeStatus() {
     });
 }
 
-/// Of a start the run itself says what it listens to, and a session that is not recorded has
-/// nothing to save when it stops.
+/// The run itself reports what it listens to at a start, and an unrecorded session has nothing to
+/// save at a stop.
 bool SessionNews::isWorthTelling() const {
     switch (*view_.sessionPhase) {
     case LiveSessionPhase::listening:
@@ -105,7 +105,8 @@ void SessionNews::tellSaved(RecordingCatalog& catalog, FileSystem& files) const 
 }
 
 void SessionNews::tellTranslationStatus(const std::string& text) {
-    // Loading a model is no news. Of texts that differ only in a number the first is enough.
+    // The loading of a model is not reported. Of texts that differ only in a number, only the first
+    // one is.
     if (text.empty() || view_.translation.translationPreparationDisplayState->preparing)
         return;
     std::string kind;

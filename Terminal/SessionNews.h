@@ -11,26 +11,26 @@
 
 namespace tessarune {
 
-/// What happens in a session, told to the output of a terminal: captions, translations, status
-/// texts and progress. Main queue; all that it is given outlives it, and the session ends first.
+/// Reports the events of a session to a terminal's output: captions, translations, status texts and
+/// progress. Main queue; the references outlive it, and the session ends first.
 class SessionNews {
   public:
     struct Handlers {
         std::function<void()> onChange; ///< there may be something new to print
-        /// A word to the user.
+        /// a message to the user
         std::function<void(const std::string&)> say;
         std::function<void(const std::string&)> progress;
         std::function<void(LiveSessionPhase)> onPhase;
     };
-    /// `target` is the language that is translated into; empty: none.
+    /// `target` is the target language; empty: none.
     SessionNews(const SessionView& session, std::string target, bool isRecorded, Handlers handlers);
     SessionNews(const SessionNews&) = delete;
 
-    /// Another language is translated into from now on; empty: none.
+    /// Changes the target language; empty: none.
     void setTarget(std::string target) { target_ = std::move(target); }
 
     CaptionPicture picture() const;
-    /// After the session: where what was recorded can be found.
+    /// After the session: says where to find the recording.
     void tellSaved(RecordingCatalog& catalog, FileSystem& files) const;
 
   private:

@@ -29,7 +29,7 @@ nlohmann::ordered_json json(const AnySetting& setting) {
             {"windowOnly", isForWindowAlone(info.group)}};
 }
 
-/// Key and value, and under them what it does and what it takes.
+/// Key and value, followed by the description and the valid values.
 void print(const AnySetting& setting) {
     const bool changed = setting.text() != setting.defaultText();
     const std::string row =
@@ -41,7 +41,7 @@ void print(const AnySetting& setting) {
         printText(settingIndent + line);
 }
 
-/// Says what is wrong with an assignment; empty if it is fine.
+/// The problem with an assignment; empty if it is valid.
 std::string problemWith(const AppSettings& settings, const std::string& key,
                         const std::string& text) {
     const AnySetting* setting = settings.find(key);
@@ -74,7 +74,7 @@ Task<int> showSettings(Program& program, const TerminalOptions& options) {
         if (!options.json)
             printText("");
     }
-    // A file that is not understood is not used and never overwritten; the user should know.
+    // An unreadable file is ignored and never overwritten; the user should know.
     if (const std::string problem = program.storedDefaults.problem(); !problem.empty())
         printProblem(localized("The settings cannot be read: %@.", {problem}));
     co_return static_cast<int>(ExitStatus::ok);

@@ -5,10 +5,10 @@
 
 namespace tessarune {
 
-// The settings, which both front ends share. Each gives the status to end with. Main queue.
+// The settings, which both front ends share. Each returns the exit status. Main queue.
 
 Task<int> showSettings(Program& program, const TerminalOptions& options);
-/// All of them or, if one makes no sense, none.
+/// Assigns all of them or, if one is invalid, none.
 Task<int> changeSettings(Program& program, SetCommand command);
 
 } // namespace tessarune

@@ -20,7 +20,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds samePress{300};
 
-/// What is to be told of signals, if anybody wants to know.
+/// The handlers for signals, if there are any.
 struct Interest {
     Mutex mutex;
     Host* host GUARDED_BY(mutex) = nullptr;
@@ -74,7 +74,7 @@ void end(int signal) {
     if (!now.host && !isSamePress)
         dieOf(signal);
     if (!now.host)
-        return; // the end that it asks for has come already
+        return; // the requested end has come already
     if (!std::exchange(now.isEnding, true)) {
         now.endingSince = Clock::now();
         now.host->post(now.onSignal);
@@ -99,7 +99,7 @@ void watch(const sigset_t& set) {
     }
 }
 
-/// The system's own handling goes on afterwards.
+/// The system's default action follows.
 void handleCrash(int signal) {
     TerminalCursor::restore();
     ::raise(signal);
@@ -112,12 +112,12 @@ void SignalWatch::begin() {
     sigemptyset(&set);
     for (int signal : {SIGINT, SIGTERM, SIGQUIT, SIGCONT})
         sigaddset(&set, signal);
-    // Under nohup, or without job control, these are none of the program's business.
+    // Under nohup, or without job control, the program leaves these signals alone.
     for (int signal : {SIGHUP, SIGTSTP})
         if (!isIgnored(signal))
             sigaddset(&set, signal);
     pthread_sigmask(SIG_BLOCK, &set, nullptr);
-    // A reader that goes away and a limit on the size of files are failed writes, not the end.
+    // A closed pipe and a limit on file sizes become failed writes instead of ending the program.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
     for (int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT}) {

@@ -5,7 +5,7 @@
 
 namespace tessarune {
 
-/// Prints what can be listened to, each as it is written after --source. Main queue.
+/// Prints the available sources, each as it is written after --source. Main queue.
 Task<int> listSources(Program& program, const TerminalOptions& options);
 
 } // namespace tessarune

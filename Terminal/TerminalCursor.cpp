@@ -33,7 +33,7 @@ bool isInForeground(int descriptor) noexcept {
 }
 
 void takeKeys(int descriptor) {
-    // A background process that changes the terminal is stopped by SIGTTOU.
+    // SIGTTOU stops a background process that changes the terminal.
     if (keysOf != noTerminal || !isInForeground(descriptor) ||
         ::tcgetattr(descriptor, &keyboard) != 0)
         return;

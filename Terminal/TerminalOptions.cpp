@@ -31,7 +31,7 @@ SourceChoice parseSource(const std::string& text) {
         localized("--source takes system, mic, mic:NAME, file:PATH or -, not '%@'.", {text}));
 }
 
-/// The recogniser's identifier for an English that is written in any case.
+/// The recogniser's identifier for English in any spelling.
 std::string checkedLocale(const std::string& text) {
     std::string wanted = Text::lowercased(text);
     std::ranges::replace(wanted, '_', '-');
@@ -95,7 +95,7 @@ SetCommand parseSet(const std::vector<std::string>& assignments) {
     return command;
 }
 
-/// The words of the command line, before they mean anything.
+/// The command line's values before their interpretation.
 struct Words {
     std::string source = "system";
     std::string locale;
@@ -110,7 +110,7 @@ struct Words {
     bool noRecord = false;
     bool listSources = false;
     bool showSettings = false;
-    std::vector<CLI::Option*> captions; ///< that only captions can have
+    std::vector<CLI::Option*> captions; ///< options of captions only
 };
 
 void declareCaptions(CLI::App& app, Words& words) {
@@ -178,7 +178,7 @@ void declareCommands(CommandOptions& options, Words& words) {
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
 }
 
-/// An empty word comes from a shell variable that is not set; whatever was meant, it was not this.
+/// An empty value comes from an unset shell variable and is never intended.
 void refuseEmptyWords(int argc, const char* const* argv) {
     for (int i = 1; i < argc; ++i) {
         const std::string_view word = argv[i];
@@ -240,8 +240,7 @@ TerminalOptions::Command commandOf(const CLI::App& app, const Words& words,
     return captionsCommand(words, isGiven(app.get_option("--source")));
 }
 
-/// What the parser found, in the program's own words: its texts name the option and nothing else
-/// that is of use.
+/// The parser's problem in the program's own words: of its texts only the option's name is useful.
 std::string problemOf(const CLI::App& app, const CLI::ParseError& error) {
     std::string_view text = error.what();
     text.remove_prefix(std::min(text.find("--"), text.size()));

@@ -15,14 +15,14 @@ namespace tessarune {
 
 /// A file to be captioned.
 struct FileSource {
-    /// What "-" stands for.
+    /// The value of "-".
     static constexpr const char* standardInput = "/dev/stdin";
 
     std::filesystem::path path;
-    bool fast = false; ///< as fast as the recogniser goes, instead of at real speed
+    bool fast = false; ///< as fast as the recogniser, instead of at real speed
 };
 
-// What a user can ask `tessarune-terminal` for.
+// The commands of `tessarune-terminal`.
 
 struct CaptionsCommand {
     std::variant<AudioSource, FileSource> source = AudioSource::systemAudio();
@@ -30,9 +30,9 @@ struct CaptionsCommand {
     std::optional<std::filesystem::path> eventLog;
     bool overwrites = false;           ///< an event log that is there already
     std::optional<std::string> locale; ///< absent: the one in the settings
-    /// What to translate into; empty: nothing is translated; absent: as the settings say.
+    /// The target language; empty: no translation; absent: as in the settings.
     std::optional<std::string> target;
-    bool records = true; ///< unless this run must not leave anything behind
+    bool records = true; ///< unless this run must leave nothing behind
 };
 struct ListSourcesCommand {};
 struct ListModelsCommand {};
@@ -58,7 +58,7 @@ struct SetCommand {
     std::vector<std::pair<std::string, std::string>> values; ///< key and text, in order
 };
 
-/// The command line of `tessarune-terminal`, understood.
+/// The parsed command line of `tessarune-terminal`.
 struct TerminalOptions {
     using Command =
         std::variant<CaptionsCommand, ListSourcesCommand, ListModelsCommand, InstallModelCommand,
@@ -70,8 +70,8 @@ struct TerminalOptions {
     bool json = false;
     bool quiet = false;
 
-    /// Reads the command line. Prints help, the version or what is wrong, and gives the status to
-    /// end with, where there is nothing to run.
+    /// Parses the command line. Prints help, the version or a problem, and returns the exit status
+    /// if there is nothing to run.
     static std::variant<TerminalOptions, int> parse(int argc, const char* const* argv,
                                                     std::ostream& out, std::ostream& err);
 };

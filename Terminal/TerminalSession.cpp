@@ -39,7 +39,7 @@ Task<bool> TerminalSession::open() {
 }
 
 Task<void> TerminalSession::run() {
-    // The sample is the program's own and no part of the user's history.
+    // The sample belongs to the program and not to the user's history.
     if (sound_.isDemo())
         program_.recording.recordNothing();
     RunPreparation::prepareToRecord(program_, command_, output_);
@@ -53,8 +53,8 @@ Task<void> TerminalSession::run() {
     }
     const std::exception_ptr failure = co_await ended_;
     delay_->endWatch();
-    // A file is over before a slow computer has heard it; live sound that was stopped by hand is
-    // not waited for longer than the session's own drain.
+    // A file ends before a slow computer has heard it; live sound that was stopped by hand is
+    // waited for only as long as the session's own drain.
     Task<void> catchingUp = delay_->caughtUp([this] { return interrupted_; });
     co_await catchingUp;
     delay_->endProgress();
@@ -66,7 +66,8 @@ Task<void> TerminalSession::run() {
         std::rethrow_exception(failure);
 }
 
-/// A file that waits for the recogniser is always some seconds ahead of it: there, progress counts.
+/// A file that waits for the recogniser is always some seconds ahead of it: progress is reported
+/// instead.
 void TerminalSession::watchDelay() {
     const auto* file = std::get_if<FileSource>(&command_.source);
     if (!file || !file->fast)
@@ -115,7 +116,7 @@ void TerminalSession::handlePhase(LiveSessionPhase phase) {
             ended_.resume(std::current_exception());
         }
     }
-    // It may end by itself, after a long silence.
+    // It may end by itself after a long silence.
     if (phase == LiveSessionPhase::stopping || phase == LiveSessionPhase::failed)
         ended_.resume(nullptr);
 }

@@ -17,14 +17,14 @@
 
 namespace tessarune {
 
-/// One listening session as the terminal shows it: its sound, its captions, its event log and its
-/// messages to the user. Main queue; the program outlives it.
+/// One listening session in the terminal: its sound, its captions, its event log and its messages
+/// to the user. Main queue; the program outlives it.
 class TerminalSession {
   public:
     TerminalSession(Program& program, const TerminalOptions& options, CaptionsCommand command);
     TerminalSession(const TerminalSession&) = delete;
 
-    /// Opens the source and checks what the session needs; false if it was interrupted. Throws
+    /// Opens the source and checks the session's requirements; false if it was interrupted. Throws
     /// RunFailure.
     Task<bool> open();
     /// The program's own sample speech is heard, and nothing of the user's.
@@ -35,9 +35,9 @@ class TerminalSession {
     void interrupt();
     /// Redraws after another program used the terminal.
     void redraw() { output_.beginAnew(); }
-    /// What would make the saved transcript better, if there is such a thing.
+    /// Suggests what would improve the saved transcript, if anything.
     const std::optional<HistoryRefinementRequest>& refinement() const { return refinement_; }
-    /// The last words, and why the run failed, if it did. Gives the status to end with.
+    /// Prints the last words and the run's failure, if any. Returns the exit status.
     Task<ExitStatus> finish(ExitStatus status, std::string problem);
 
   private:
@@ -63,7 +63,7 @@ class TerminalSession {
     std::unique_ptr<SessionNews> news_;
     std::unique_ptr<RecogniserDelay> delay_;
     std::optional<HistoryRefinementRequest> refinement_;
-    OneShot<std::exception_ptr> ended_; ///< null for a good end
+    OneShot<std::exception_ptr> ended_; ///< null on success
     bool interrupted_ = false;
 };
 

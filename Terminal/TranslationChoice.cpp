@@ -17,7 +17,7 @@ stateOf(const std::string& target, const std::vector<TranslationLanguageState>& 
     return found == languages.end() ? std::nullopt : std::optional(*found);
 }
 
-/// Why the language cannot be had now; empty if it can.
+/// Why the language is unavailable; empty if it is available.
 std::string obstacle(const std::string& target,
                      const std::optional<TranslationLanguageState>& state) {
     if (!state || state->status == TranslationAvailabilityStatus::unsupported)
@@ -65,7 +65,7 @@ TranslationChoice chooseTranslation(const LiveTranslationSettingsSnapshot& setti
     if (!wanted && !TranslationSupport::isAppleBackend(backend))
         return {"", TranslationSupport::backendNotConnectedSentence(backend), "", std::nullopt};
     const std::string target = wanted.value_or(settings.translationTargetLanguage);
-    // The source's own language would say everything twice.
+    // The source's own language would repeat everything.
     if (target.empty() || TranslationSupport::isSameLanguageTarget(target))
         return {};
     const auto state = stateOf(target, languages);

@@ -9,20 +9,20 @@
 
 namespace tessarune {
 
-/// What becomes of translation in one run of the terminal. Captions never depend on it: what the
-/// settings want and cannot have is said once and left out; what the command line asks for and
-/// cannot have is a failure before anything begins.
+/// Decides about translation in one run of the terminal. Captions never depend on it: an
+/// unavailable choice of the settings is reported once and skipped; one of the command line is a
+/// failure before the run begins.
 struct TranslationChoice {
     std::string target;  ///< empty: nothing is translated
     std::string notice;  ///< for the user, once; may be empty
     std::string failure; ///< why the run cannot begin; empty: it can
-    /// What a download would bring, where it is only that which is missing.
+    /// The missing download, if that is the only obstacle.
     std::optional<TranslationLanguageState> missing;
 
     bool operator==(const TranslationChoice&) const = default;
 };
 
-/// `wanted` is that of the command line: a language, empty for none, absent for the settings'.
+/// `wanted` comes from the command line: a language, empty for none, absent for the settings'.
 TranslationChoice chooseTranslation(const LiveTranslationSettingsSnapshot& settings,
                                     const std::optional<std::string>& wanted,
                                     const std::vector<TranslationLanguageState>& languages);
@@ -30,13 +30,13 @@ TranslationChoice chooseTranslation(const LiveTranslationSettingsSnapshot& setti
 /// "zh-Hans (中文（中国大陆）)".
 std::string languageName(const std::string& id);
 
-/// That there is no model for the language, and what to do.
+/// Says that there is no model for the language, and what to do.
 std::string noTranslationModelText(const std::string& id);
 
-/// That the model for the language is damaged, how, and which command repairs it.
+/// Says that the model for the language is damaged, how, and which command repairs it.
 std::string damagedModelText(const std::string& id, const std::string& damage);
 
-/// "38.2 MB"; a range while the size is unknown.
+/// "38.2 MB"; a range if the size is unknown.
 std::string downloadSize(std::uint64_t bytes);
 
 } // namespace tessarune

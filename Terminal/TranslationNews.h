@@ -11,12 +11,12 @@
 
 namespace tessarune {
 
-/// Finds the translations and failures that have come since the last look, each once. A unit that
-/// failed and was translated later comes twice. Main queue.
+/// Finds the translations and failures that have arrived since the last call, each once. A unit
+/// that failed and was translated later is found twice. Main queue.
 class TranslationNews {
   public:
-    /// Indexes of those of the first `count` rows that show an outcome not taken before. `count`
-    /// never gets smaller.
+    /// Indexes, among the first `count` rows, of those that show a new outcome. `count` never
+    /// decreases.
     std::vector<std::size_t> take(const CaptionCore::Rows& rows, std::size_t count);
 
   private:
@@ -27,7 +27,7 @@ class TranslationNews {
 /// The rows of the unit whose outcome the row at `index` shows.
 std::span<const CaptionSegment> unitRows(const CaptionCore::Rows& rows, std::size_t index);
 
-/// What these rows say, in one line.
+/// The texts of these rows, in one line.
 std::string sourceText(std::span<const CaptionSegment> rows);
 
 /// Whether the row is the one that shows its unit's outcome.

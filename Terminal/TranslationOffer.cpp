@@ -54,7 +54,8 @@ Task<std::optional<int>> offerTranslation(Program& program, const TerminalOption
     }
     const int status = co_await downloadLanguage(program, options, id);
     const bool wasStopped = status == static_cast<int>(ExitStatus::stoppedTwice);
-    // Captions do not depend on what the settings want; what was asked for now is another thing.
+    // Captions do not depend on a target of the settings; a target of the command line is a
+    // requirement.
     const bool goesOn =
         status == static_cast<int>(ExitStatus::ok) || (!command.target && !wasStopped);
     co_return goesOn ? std::nullopt : std::optional(status);

@@ -7,9 +7,9 @@
 
 namespace tessarune {
 
-/// Before captions begin: if they want a translation whose model is missing, and somebody sits at
-/// the terminal, asks whether to download it, and does. Whoever declines what the settings want is
-/// not asked again. Gives the status to end with if the captions are not to begin. Main queue.
+/// Called before captions begin: if the model for their translation is missing and a user sits at
+/// the terminal, offers to download it. A declined offer for the settings' target is not repeated.
+/// Returns the exit status if the captions must not begin. Main queue.
 Task<std::optional<int>> offerTranslation(Program& program, const TerminalOptions& options,
                                           CaptionsCommand command);
 

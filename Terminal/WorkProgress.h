@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// Says how far a piece of work is: on a terminal in one line that is rewritten, in a log a line
-/// for every ten per cent, or as JSON for each per cent. Main queue.
+/// Reports the progress of work: on a terminal in one line that is rewritten, in a log a line for
+/// every ten per cent, or as JSON for each per cent. Main queue.
 class WorkProgress {
   public:
     /// `json`: the fields of each line beside the per cent.
@@ -19,9 +19,9 @@ class WorkProgress {
     ~WorkProgress() { endLine(); }
     WorkProgress(const WorkProgress&) = delete;
 
-    /// `doing` is what goes on, as a sentence about to be continued: "Transcribing".
+    /// `doing` begins the sentence: "Transcribing".
     void tell(const std::string& doing, const std::string& step, double fraction);
-    /// Takes the line away that may stand there.
+    /// Removes the line, if there is one.
     void endLine();
 
   private:

@@ -11,8 +11,8 @@
 
 namespace {
 
-/// The next file that is opened would get the number of a standard stream that is closed, and what
-/// is meant for the user would go into it. Held so, reading and writing fail as before.
+/// A file opened later would get the number of a closed standard stream, and messages to the user
+/// would go into it. These placeholders keep the number taken, and reading and writing still fail.
 void holdClosedStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(stream, F_GETFD) < 0)

@@ -99,7 +99,7 @@ class CaptionCore {
     // The lists. The owner may assign them; the core never edits a committed row.
     Published<Rows> committedSegments;        ///< fixed rows, oldest first
     Published<Rows> liveLeadingSentences;     ///< complete sentences that may still change
-    Published<Rows> softCaptionSegments;      ///< clauses of the open sentence that stood still
+    Published<Rows> softCaptionSegments;      ///< stable clauses of the open sentence
     Published<CaptionSegment> currentPartial; ///< the open rest; its text may be empty
     Published<std::int64_t> lockCount;        ///< rows frozen since `resetCounters`
     Published<std::int64_t> finalCount;       ///< rows committed by finals since `resetCounters`
@@ -117,7 +117,7 @@ class CaptionCore {
     /// Drops the pending partial; a scheduled flush then does nothing.
     void cancelPendingPartial();
 
-    /// The recogniser takes back its guess without a final: what is open is as after a final,
+    /// The recogniser withdraws its guess without a final: the open text is reset as after a final,
     /// and nothing was committed.
     void withdrawOpenText();
 

@@ -69,7 +69,7 @@ RunJSON fileObject(const DiagnosticsRunContents& run, const DiagnosticsRunConten
     return object;
 }
 
-/// The run of this name or folder; otherwise says what is wrong and gives the status to end with.
+/// The run of this name or folder; otherwise prints the problem and returns the exit status.
 std::variant<DiagnosticsRun, int> chosenRun(Program& program, const std::string& name) {
     const std::filesystem::path folder(name);
     const bool isPath = folder.has_parent_path();

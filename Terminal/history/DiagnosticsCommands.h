@@ -6,8 +6,8 @@
 
 namespace tessarune {
 
-/// Lists, shows, verifies, packs or deletes diagnostics runs, and gives the status to end with.
-/// Main queue.
+/// Lists, shows, verifies, packs or deletes diagnostics runs, and returns the exit status. Main
+/// queue.
 Task<int> runDiagnosticsCommand(Program& program, const TerminalOptions& options,
                                 DiagnosticsCommand command);
 

@@ -45,8 +45,8 @@ ExitStatus statusOf(HistoryExportError::Kind kind) {
                                                     : ExitStatus::unreadableFile;
 }
 
-/// The document, as it is unless a terminal would take orders from it: the name of an imported file
-/// is a note.
+/// The unchanged document, unless it goes to a terminal, which would obey control characters: the
+/// name of an imported file is a note.
 int writeToStandardOutput(const std::string& document) {
     const std::string& bytes = isatty(STDOUT_FILENO) ? Text::printable(document) : document;
     std::fwrite(bytes.data(), 1, bytes.size(), stdout);

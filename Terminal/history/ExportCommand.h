@@ -5,8 +5,8 @@
 
 namespace tessarune {
 
-/// Writes a recording to a file or to standard output. Replaces a file only with `--yes`, or
-/// after the user confirms. Gives the status to end with. Main queue.
+/// Writes a recording to a file or to standard output. Replaces a file only with `--yes`, or after
+/// the user confirms. Returns the exit status. Main queue.
 Task<int> exportRecording(Program& program, const TerminalOptions& options,
                           ExportRecordingCommand command);
 

@@ -5,7 +5,7 @@
 
 namespace tessarune {
 
-/// Does what was asked of the recorded sessions, and gives the status to end with. Main queue.
+/// Runs a command for recorded sessions, and returns the exit status. Main queue.
 Task<int> runHistoryCommand(Program& program, const TerminalOptions& options,
                             const HistoryCommand& command);
 

@@ -8,9 +8,9 @@
 
 namespace tessarune {
 
-/// Takes files into the history, one after the other, each with its transcript and, where
-/// translation is on, its translation. Ctrl-C ends it, and the file at hand leaves nothing behind.
-/// Gives the status to end with: the first that is not good. Main queue.
+/// Imports files, one after the other, each with its transcript and, if translation is on, its
+/// translation. Ctrl-C ends it, and the current file leaves nothing behind. Returns the exit
+/// status: that of the first failure. Main queue.
 Task<int> importFiles(Program& program, const TerminalOptions& options,
                       std::vector<std::filesystem::path> files);
 

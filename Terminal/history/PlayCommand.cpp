@@ -31,7 +31,7 @@ TranscriptRows rowsOf(Program& program, const HistoryItem& item) {
     const auto read = [&](const std::filesystem::path& path) {
         try {
             return program.files.exists(path) ? program.files.read(path) : std::string();
-        } catch (const std::exception& error) { // it can be heard all the same
+        } catch (const std::exception& error) { // it can still be heard
             printProblem(error.what());
             return std::string();
         }
@@ -60,7 +60,7 @@ class PlaybackRun {
     }
     PlaybackRun(const PlaybackRun&) = delete;
 
-    /// Throws nothing; what failed is in the player.
+    /// Throws nothing; a failure is in the player.
     Task<void> play(std::filesystem::path path, double from) {
         const auto shows = [this](const auto&) { show(); };
         const auto timeToken = player_.currentTime.onDidChange(shows);

@@ -28,7 +28,8 @@ std::string timedText(const Sentence& sentence) {
            Text::printableLine(sentence.text);
 }
 
-/// Marks the bytes from `first` on, blanks not counted, in lines that were made of one text.
+/// Highlights the bytes from `first` on, not counting blanks, in lines that were made from one
+/// text.
 void mark(std::vector<std::string>& lines, std::size_t first, std::size_t count) {
     std::size_t seen = 0;
     for (std::string& line : lines) {
@@ -84,7 +85,7 @@ class PlaybackScreen {
         }
         if (!quiet_)
             below.push_back("\033[2m" + Text::fitted(statusText(picture), width) + "\033[0m");
-        // What does not fit the screen could not be rewritten.
+        // Lines that do not fit the screen could not be rewritten.
         if (below.size() >= height)
             below.erase(below.begin(), below.end() - static_cast<std::ptrdiff_t>(height - 1));
         if (settled.empty() && below == shown_ && !isNew_)
@@ -127,7 +128,7 @@ class PlaybackScreen {
     bool isNew_ = true;
 };
 
-/// Sees which sentence is a new one, and which problem.
+/// Detects a new sentence and a new problem.
 struct PlaybackNews {
     std::optional<std::size_t> sentence;
     std::string problem;

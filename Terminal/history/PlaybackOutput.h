@@ -8,7 +8,7 @@
 
 namespace tessarune {
 
-/// A playback as it is shown at one moment.
+/// The state of a playback at one moment.
 struct PlaybackPicture {
     struct Sentence {
         std::size_t index = 0;
@@ -28,14 +28,14 @@ struct PlaybackPicture {
     std::optional<Sentence> sentence;
 };
 
-/// How a playback is shown: on a terminal, as lines, or as JSON. Main queue.
+/// The form of a playback's output: on a terminal, as lines, or as JSON. Main queue.
 struct PlaybackOutput {
     std::function<void(const PlaybackPicture&)> show;
-    std::function<void()> beginAnew; ///< after the terminal was somebody else's
+    std::function<void()> beginAnew; ///< after another program used the terminal
     std::function<void()> finish;
 
-    /// The sentences scroll up; the one that is heard stands below them with a line about the
-    /// playback, unless that is not wanted.
+    /// The sentences scroll up; the current one stands below them with a line about the playback,
+    /// unless that is disabled.
     static PlaybackOutput screen(bool quiet);
     static PlaybackOutput lines(bool quiet);
     static PlaybackOutput json(std::function<double()> wallClock);

@@ -17,10 +17,10 @@ namespace tessarune {
 
 namespace {
 
-/// As much of an identifier as a person types.
+/// The number of characters of a shortened identifier.
 constexpr std::size_t shortIDLength = 8;
 constexpr std::size_t rowColumns = 80;
-/// Of several sessions that could be meant, as many are named.
+/// The maximum number of ambiguous sessions that are listed.
 constexpr std::size_t mostNamed = 10;
 
 /// None of them, or more than one.

@@ -10,18 +10,18 @@
 
 namespace tessarune {
 
-/// The recording whose ID begins with `id`, in either case, listed or not. None, several or a
-/// catalog that cannot be read: prints which it is, and gives the status to end with. Main queue.
+/// The recording whose ID begins with `id`, in either case, listed or not. If there is none, or
+/// several, or the catalog is unreadable: prints that, and returns the exit status. Main queue.
 std::variant<HistoryItem, int> chosenRecording(Program& program, const std::string& id);
 
-/// The process that records the session now; nothing for one that is over, or was cut off.
+/// The process that is recording the session; `nullopt` if the session is over or was interrupted.
 std::optional<int> recorderOf(const Program& program, const HistoryItem& item);
 
-/// One line about a recording that fits a screen: its ID, or as much of it as a person types, and
-/// its note, which tells more than `text`, how the session began.
+/// One line about a recording that fits a screen: its ID, possibly shortened, and its note, which
+/// tells more than `text`, the beginning of its transcript.
 std::string recordingRow(const HistoryItem& item, const std::string& text, bool wholeID = false);
 
-/// Makes this process the one that may change recordings; otherwise says why it is not.
+/// Makes this process the one that may change recordings, or prints why that is impossible.
 std::optional<ExitStatus> problemOfDataFolder(Program& program);
 
 /// As `problemOfDataFolder`, then puts the folder in order and tells what came of it.

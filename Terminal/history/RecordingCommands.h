@@ -5,7 +5,7 @@
 
 namespace tessarune {
 
-// The recorded sessions. Both only read. Each gives the status to end with. Main queue.
+// Commands that read recorded sessions. Each returns the exit status. Main queue.
 
 Task<int> listRecordings(Program& program, const TerminalOptions& options);
 Task<int> showRecording(Program& program, const TerminalOptions& options, std::string id);

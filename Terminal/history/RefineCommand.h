@@ -10,32 +10,31 @@
 
 namespace tessarune {
 
-/// Transcribes a recording again, translates it where translation is on, and says what came of it.
-/// Ctrl-C leaves the transcript as it is. Gives the status to end with. Main queue.
+/// Transcribes a recording again, translates it if translation is on, and reports the result.
+/// Ctrl-C keeps the former transcript. Returns the exit status. Main queue.
 Task<int> refineRecording(Program& program, const TerminalOptions& options, RefineCommand command);
 
-/// What the settings ask of a recording's refinement. A language that cannot be had is said and
-/// left out.
+/// The options of a recording's refinement from the settings. An unavailable language is reported
+/// and left out.
 HistoryRefinementRequest refinementRequest(const Program& program, const UUID& id,
                                            const std::string& audioPath);
 
-/// Refines and says how far it is, without a word at the end; `stop` gives it up.
+/// Refines and reports its progress, without a final message; `stop` cancels it.
 Task<HistoryRefinementOutcome> refineWithProgress(Program& program, TerminalOptions options,
                                                   HistoryRefinementRequest request,
                                                   std::string model, std::stop_token stop);
 
-/// Refines the session that was just saved, for somebody who watches. Ctrl-C leaves its transcript
-/// as it is.
+/// Refines the session that was just saved, for a user at the terminal. Ctrl-C keeps its
+/// transcript.
 Task<void> refineAfterSession(Program& program, const TerminalOptions& options,
                               HistoryRefinementRequest request);
 
-/// What came of it: as JSON, or as a line, `good` for a transcript that was made and `bad` for one
-/// that failed.
+/// The result: as JSON, or as a line, `good` for success and `bad` for a failure.
 void tellOutcomeOf(const TerminalOptions& options, const UUID& id,
                    const HistoryRefinementOutcome& outcome, const std::string& good,
                    const std::string& bad);
 
-/// The status to end with after a refinement.
+/// The exit status after a refinement.
 ExitStatus statusOf(const HistoryRefinementOutcome& outcome);
 
 } // namespace tessarune

@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t foundRowColumns = 80;
 
-/// Says now and then how far the index is, where that takes long.
+/// Reports the progress of the index now and then, if it takes long.
 class IndexProgress {
   public:
     void operator()(const SearchIndexKeeper::State& state) {

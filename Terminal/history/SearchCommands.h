@@ -5,8 +5,8 @@
 
 namespace tessarune {
 
-/// The recordings in which something was said, in which its translation has it or whose note does,
-/// the newest first, with the words around it. Gives the status to end with. Main queue.
+/// Lists the recordings whose transcript, translation or note matches, the newest first, with the
+/// words around the match. Returns the exit status. Main queue.
 Task<int> searchRecordings(Program& program, const TerminalOptions& options, std::string text);
 
 } // namespace tessarune

@@ -40,7 +40,7 @@ std::string usageRow(const std::string& name, const UsagePeriod& period) {
            figure(std::to_string(period.sessions)) + figure(std::to_string(period.words));
 }
 
-/// As long as the share of the longest.
+/// A bar whose length is the share of the maximum.
 std::string bar(double seconds, double mostSeconds) {
     const auto length = static_cast<int>(std::lround(barColumns * seconds / mostSeconds));
     std::string drawn = length > 0 ? "  " : "";

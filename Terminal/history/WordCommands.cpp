@@ -23,7 +23,7 @@ constexpr std::size_t wordRowColumns = 80;
 constexpr std::size_t countColumns = 6;
 constexpr std::size_t formsColumns = 30;
 
-/// How the user marked words, and which are to be known first.
+/// The user's marks on words, and the core words.
 struct WordMarks {
     explicit WordMarks(const VocabularyStore& store)
         : mastered(store.masteredWords()->begin(), store.masteredWords()->end()),
@@ -99,7 +99,7 @@ std::vector<std::string> lemmasOf(const HistoryWordStats& stats) {
     return lemmas;
 }
 
-/// Nothing, and the reason is printed, where it cannot be read. No transcript is an empty one.
+/// `nullopt`, after printing the reason, if it is unreadable. A missing transcript is empty.
 std::optional<std::string> transcriptOf(Program& program, const HistoryItem& item) {
     const auto path = program.catalog.transcriptURL(item.id);
     try {

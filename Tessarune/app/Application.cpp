@@ -154,7 +154,7 @@ std::string Application::Preparation::rebuiltIndexText() const {
 Application::Preparation Application::prepareToRecord() {
     Preparation found;
     const bool records = recording.recordsSessions();
-    // What a crash left is put in order in any case, unless another program is at work there.
+    // Repairs after a crash always run, unless another program uses the folder.
     if (records || files.exists(paths.recordings())) {
         try {
             found.obstacle.holder = recording.takeDataFolder();

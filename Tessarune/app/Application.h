@@ -33,11 +33,11 @@
 
 namespace tessarune {
 
-/// What every front end works with: the real disk, stores and engines, made once and in the order
-/// in which they need each other. A front end brings its host and, for each session, the sound.
+/// The objects that every front end works with: the real disk, stores and engines, made once and in
+/// the order of their dependencies. A front end adds its host and, for each session, the sound.
 ///
-/// Main queue; the host outlives it. Nothing here throws for a damaged or missing file: what cannot
-/// be used says so when it is asked for.
+/// Main queue; the host outlives it. A damaged or missing file never makes anything here throw: the
+/// operation that needs it reports it.
 struct Application {
     /// `program` is the name under which this front end appears in logs and to its neighbours.
     Application(Host& host, std::string program);
@@ -72,38 +72,38 @@ struct Application {
     HistoryRefinementService refinement;
     HistoryImportCoordinator imports;
 
-    /// Hears why a download gets nowhere, from its first failure on.
+    /// Called with the reason when a download fails to progress, from its first failure on.
     std::function<void(const DownloadTrouble&)> onDownloadTrouble;
 
-    /// What a recogniser works with. Which model it takes is asked when each session begins.
+    /// The dependencies of a recogniser. It selects its model when each session begins.
     SpeechPlatform speechPlatform();
 
-    /// Why no session can begin: the speech model that is wanted, or any, is missing or damaged.
-    /// Empty if it is there. A session downloads nothing, so front ends ask before it begins.
+    /// Why no session can begin: the selected speech model, or any, is missing or damaged. Empty if
+    /// it is installed. A session downloads nothing, so front ends check this before it begins.
     std::string speechModelProblem() const;
 
-    /// A setting for this run alone.
+    /// Sets a value for this run only.
     void override(AnySetting& setting, SettingValue value);
     void endOverride(AnySetting& setting);
 
-    /// Keeps a settings file that cannot be read aside and begins a new one, in which nothing is
-    /// recorded until the user says so. Gives where the old one is; empty if there was no need.
+    /// Keeps an unreadable settings file aside and begins a new one, in which nothing is recorded
+    /// until the user allows it. Returns the path of the old one; empty if there was no need.
     std::filesystem::path renewSettingsFile();
 
-    /// What a front end has to tell of the preparation of a run.
+    /// The results of the preparation that a front end reports.
     struct Preparation {
-        RecordingGate::Obstacle obstacle; ///< where there is one, nothing is recorded for now
+        RecordingGate::Obstacle obstacle; ///< if there is one, nothing is recorded for now
         RecordingRepair::Report repairs;
 
-        /// Says that the list of recordings was damaged and has been rebuilt; empty otherwise.
+        /// A report that the list of recordings was damaged and has been rebuilt; empty otherwise.
         std::string rebuiltIndexText() const;
     };
-    /// Sees to it that two programs never write one catalog, then runs the start-up services. They
-    /// do not run where another program has the folder that this one wants: the front end decides
-    /// what then.
+    /// Ensures that two programs never write one catalog, then runs the start-up services. If
+    /// another program has the folder that this one needs, they do not run: the front end decides
+    /// how to continue.
     Preparation prepareToRecord();
 
-    /// The start-up services, see there. The data folder is put in order if it was taken.
+    /// Runs the start-up services. Repairs the data folder if this program has it.
     RecordingRepair::Report prepare();
 
   private:
@@ -112,7 +112,7 @@ struct Application {
     HistoryRefinementService::Environment refinementEnvironment();
     LogFields bootstrapFields() const;
 
-    /// Looks after the chosen recogniser's model, and fetches none that nobody asked for.
+    /// Checks the model of the chosen recogniser; downloads none without a request.
     void preheatRecogniser();
 
     SpeechAnalyzerAssetStore speechAssets_;

@@ -9,16 +9,16 @@
 
 namespace tessarune {
 
-/// Something to caption on a computer without a sound server: a private server that nobody hears,
-/// and the sample speech played into it. Main queue.
+/// Sound to caption on a computer without a sound server: a private server without hardware, and
+/// the sample speech played into it. Main queue.
 class DemoSound {
   public:
-    /// Starts the server. Throws with a text that says what is missing.
+    /// Starts the server. Throws with a text that names what is missing.
     explicit DemoSound(Host& host);
 
     SoundServer& server() { return server_; }
 
-    /// Plays the sample, once. Goes on when it has been heard.
+    /// Plays the sample once. Resumes when it has been heard.
     Task<void> play();
 
   private:

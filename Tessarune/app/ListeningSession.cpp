@@ -12,7 +12,7 @@ namespace tessarune {
 
 namespace {
 
-/// How often the end of a stop is looked for.
+/// How often the end of a stop is checked.
 constexpr double lookAgainSeconds = 0.01;
 
 std::shared_ptr<SessionDiagnostics>

@@ -13,10 +13,10 @@
 
 namespace tessarune {
 
-/// The store of a listening session with everything that it needs: recogniser, recorder,
-/// translation and permissions, over one sound server. One for the life of a front end's sound.
+/// The store of a listening session with all its dependencies: recogniser, recorder, translation
+/// and permissions, over one sound server. One for the life of a front end's sound.
 ///
-/// While it listens or saves, refinements wait.
+/// Refinements are paused while it listens or saves.
 ///
 /// Changes of settings take effect in the store, wherever they were made.
 ///
@@ -27,11 +27,10 @@ class ListeningSession {
         /// Hears each recognition event, beside the diagnostics run of the session.
         std::function<void(const ASREvent&, double t)> onASREvent = {};
         bool forgetsPermissions = false; ///< see `setForgetsPermissions`
-        /// What becomes of the request to refine a session that was saved; by default it is done in
-        /// the background.
+        /// Handles the request to refine a saved session; by default it runs in the background.
         std::function<void(const std::optional<HistoryRefinementRequest>&)>
             scheduleHistoryRefinement = nullptr;
-        /// Its sessions are kept if the settings ask for it.
+        /// Its sessions are recorded if the settings ask for it.
         bool isRecorded = true;
     };
     ListeningSession(Application& application, SoundServer& sound, Options options);
@@ -40,17 +39,17 @@ class ListeningSession {
 
     LiveTranscriptStore& store() { return *store_; }
     const LiveTranscriptStore& store() const { return *store_; }
-    /// Begins to listen. Resumes with true when the session listens, and with false when it will
-    /// not: the start failed (`view().startFailure`), or a stop overtook it.
+    /// Begins to listen. Returns true once the session listens, and false if it will not: the start
+    /// failed (`view().startFailure`), or a stop overtook it.
     Task<bool> listen(AudioSource source);
     /// Ends the session and resumes when it is saved; at once where there is none.
     Task<void> stop();
 
-    /// The sound is a file's or a private server's: what is learned of permissions there says
-    /// nothing about the desktop and is forgotten. Between two sessions.
+    /// The sound comes from a file or a private server: permissions learned there say nothing about
+    /// the desktop and are forgotten. Call between two sessions.
     void setForgetsPermissions(bool forgets);
 
-    /// Whether the open diagnostics run holds what is said.
+    /// Whether the open diagnostics run keeps texts.
     bool keepsTexts() const { return diagnostics_->capturesFullDiagnostics(); }
     /// How the captions follow what is said, for the diagnostics run if one is open.
     void recordCaptionFollow(const std::string& event, const LogFields& fields) {
@@ -65,7 +64,7 @@ class ListeningSession {
     Host& host_;
     OverridingUserDefaults permissionDefaults_;
     std::unique_ptr<PermissionsManager> permissions_;
-    SpeechEngine engine_; // outlives what the store still has running in it
+    SpeechEngine engine_; // outlives the tasks that the store still runs in it
     std::shared_ptr<LiveTranscriptTranslation> translation_;
     std::shared_ptr<SessionDiagnostics> diagnostics_;
     std::shared_ptr<LiveTranscriptStore> store_;

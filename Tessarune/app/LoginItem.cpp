@@ -31,7 +31,7 @@ void LoginItem::apply(bool startsWithDesktop) {
         TessaruneLog::app.fault([&error] {
             return std::string("Tessarune launchAtLogin toggle failed: ") + error.what();
         });
-        // Not while the change is being announced.
+        // Deferred: the change is still being announced.
         fallBack_ = host_.after(0, [this, starts] { settings_.launchAtLogin = starts; });
     }
 }

@@ -15,7 +15,7 @@ HistoryPronunciationAudioPlayer::PlaySound PronunciationSound::make(Host& host,
 
 PronunciationSound::PronunciationSound(Host& host, PlaybackParts parts)
     : host_(host), player_(host, std::move(parts)) {
-    // It is the player's own change that is observed, so the player is left alone until later.
+    // This observes a change of the player, so the player itself is used later.
     const auto moved = [this] {
         host_.post([weak = weak_from_this()] {
             if (const auto self = weak.lock())
@@ -49,7 +49,7 @@ void PronunciationSound::stop() {
     file_.reset();
 }
 
-/// A word that cannot be heard now is not kept until it can.
+/// A word that cannot be heard now is not kept for later.
 void PronunciationSound::lookWhetherOver() {
     if (!onEnd_ || (*player_.isPlaying && player_.problem->empty()))
         return;

@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// Plays the sounds of words, which are bytes that came over the network, one at a time. Main
-/// queue; the host and the parts outlive it.
+/// Plays the sounds of words, which are bytes from the network, one at a time. Main queue; the host
+/// and the parts outlive it.
 class PronunciationSound : public std::enable_shared_from_this<PronunciationSound> {
   public:
     static HistoryPronunciationAudioPlayer::PlaySound make(Host& host, PlaybackParts parts);

@@ -11,19 +11,19 @@
 
 namespace tessarune {
 
-/// Decides whether what is said is kept. The settings must ask for it and be readable, this program
-/// must be the one that writes the data folder, and the run must not be one that keeps nothing.
+/// Decides whether a session may be recorded: the settings must ask for it and be readable, this
+/// program must be the writer of the data folder, and the run must not be one without recording.
 ///
-/// It never touches the settings: they stay what the user chose, for this run and the next.
+/// It never changes the settings: they stay as the user chose, for this run and the next.
 ///
-/// Main queue; what is named by reference outlives it.
+/// Main queue; the references outlive it.
 class RecordingGate {
   public:
-    /// Why nothing is recorded although the settings may ask for it; at most one of these.
+    /// Why nothing is recorded even if the settings ask for it; at most one of these.
     struct Obstacle {
-        std::string doubt;   ///< nobody can tell whether the user wants recordings; says how to
+        std::string doubt;   ///< the user's choice is unknown; the text says how to state it
         std::string failure; ///< why there can be no data folder
-        std::optional<DataFolderLock::Holder> holder; ///< another program writes the data folder
+        std::optional<DataFolderLock::Holder> holder; ///< the program that writes the data folder
 
         bool isThere() const { return !doubt.empty() || !failure.empty() || holder.has_value(); }
     };
@@ -37,23 +37,23 @@ class RecordingGate {
     /// starts.
     std::function<void(const Obstacle&)> onDecision;
 
-    /// Nothing of this run is recorded, and no diagnostics run holds what is said.
+    /// Records nothing in this run, and keeps texts out of its diagnostics runs.
     void recordNothing() { keepsNothing_ = true; }
-    /// Whether sessions are to be recorded. One with diagnostics is, whatever else is set.
+    /// Whether sessions are to be recorded. A session with diagnostics is, independent of other
+    /// settings.
     bool recordsSessions() const;
-    /// Why nobody can tell whether the user wants recordings; empty where it is known.
+    /// Why the user's choice about recordings is unknown; empty if it is known.
     std::string doubt() const;
 
-    /// Asked by each session that is to be recorded, or whose words a diagnostics run is to hold.
-    /// Takes the data folder, which another program may have left meanwhile.
+    /// Called by each session that is to be recorded or whose diagnostics run keeps texts. Takes
+    /// the data folder, which another program may have released meanwhile.
     bool mayRecord();
 
-    /// Makes this program the one that writes the data folder, until it ends, if it is not so
-    /// already; gives who has it instead. Throws std::system_error where there can be no such
-    /// folder.
+    /// Makes this program the writer of the data folder until it ends, unless it is already;
+    /// returns the holder if there is one. Throws std::system_error if the folder cannot exist.
     std::optional<DataFolderLock::Holder> takeDataFolder();
     bool hasDataFolder() const { return dataFolder_.has_value(); }
-    /// Others may write it again.
+    /// Lets others write it again.
     void leaveDataFolder() { dataFolder_.reset(); }
 
   private:

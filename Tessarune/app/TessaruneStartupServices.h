@@ -6,22 +6,23 @@
 
 #include <functional>
 
-/// What every front end starts before it shows anything.
+/// The services that every front end starts before it shows anything.
 namespace tessarune::TessaruneStartupServices {
 
 struct Environment {
     TessaruneFileLogger& logger;
-    LogFields bootstrapFields; ///< what the log says of the program and the computer
-    /// Null where the data folder is another program's, or nobody's.
+    LogFields bootstrapFields; ///< the program and the computer, for the log
+    /// Null if another program has the data folder, or nobody can.
     RecordingRepair* repair;
-    /// Keeps the diagnostics runs within their budget; returns at once. Absent as `repair` is.
+    /// Keeps the diagnostics runs within their budget; returns at once. Absent in the same cases as
+    /// `repair`.
     std::function<void()> pruneDiagnostics = {};
-    /// Gets the chosen recogniser ready ahead of the first session; may be absent.
+    /// Prepares the chosen recogniser before the first session; may be absent.
     std::function<void()> preheatSelectedOption = {};
 };
 
 /// In this order: the runtime log, the repairs of the data folder, the diagnostics runs, the
-/// recogniser. Main queue; gives what the user is to hear of the repairs.
+/// recogniser. Main queue; returns the repairs to report to the user.
 RecordingRepair::Report prepare(const Environment& environment);
 
 } // namespace tessarune::TessaruneStartupServices

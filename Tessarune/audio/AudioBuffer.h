@@ -6,7 +6,7 @@
 
 namespace tessarune {
 
-/// How samples are laid out: always interleaved 32-bit floats of -1 to 1.
+/// The layout of samples: always interleaved 32-bit floats from -1 to 1.
 struct AudioFormat {
     double sampleRate = 0; ///< frames a second
     int channels = 0;

@@ -16,7 +16,7 @@ AudioCapture::AudioCapture(Host& host, SoundServer& server, AudioSource source,
       executor_(Executor::queue(host, queue_)) {}
 
 AudioCapture::~AudioCapture() {
-    // A stream ends on its own queue; the last reference may have gone away elsewhere.
+    // A stream is destroyed on its own queue; the last reference may go away elsewhere.
     if (stream_)
         queue_->async([stream = std::move(stream_)] { stream->stop(); });
 }

@@ -10,9 +10,9 @@
 
 namespace tessarune {
 
-/// What the captures of system audio and of a microphone have in common: a capture stream on a
-/// queue of its own, which is started and stopped from any thread. The concrete captures say what
-/// becomes of its sound and how a failure is told.
+/// The common part of the captures of system audio and of a microphone: a capture stream on a queue
+/// of its own, which is started and stopped from any thread. The concrete captures define how its
+/// sound is used and how a failure is reported.
 ///
 /// Host and server must outlive it.
 class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
@@ -29,18 +29,18 @@ class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
     /// Begins a capture, after ending one that is still running. Resumes on the main queue. Throws
     /// what the hooks below throw, and then nothing is left open.
     Task<void> begin();
-    /// Ends the capture once its queue has come to it.
+    /// Ends the capture when its queue reaches the call.
     void endLater();
-    /// As `endLater`, and goes on on the main queue when nothing is delivered any more.
+    /// Like `endLater`; resumes on the main queue when nothing is delivered any more.
     Task<void> end();
 
     // Hooks, all on the queue.
 
-    /// The server is connected; `device` is what it has for the source. Throws if that will not do.
+    /// The server is connected; `device` is the source's device. Throws if it is unsuitable.
     virtual void prepare(const std::optional<CaptureStream::Source>& device) = 0;
     virtual void didOpen() {}
     virtual void willClose() {}
-    /// Throws the failure as the caller of the start is to see it.
+    /// Throws the failure in the form that the caller of the start expects.
     [[noreturn]] virtual void fail(Step step, const SoundServerError& error) = 0;
     virtual void handleInput(AudioBufferPtr buffer) = 0;
     virtual void handleEvent(const CaptureEvent& event) = 0;
@@ -53,7 +53,7 @@ class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
     const AudioSource& source() const { return source_; }
     Host& host() const { return host_; }
     SerialQueue& queue() const { return *queue_; }
-    /// Tells one start from the next. On the queue.
+    /// Distinguishes one start from the next. On the queue.
     int startCount() const { return startCount_; }
 
   private:

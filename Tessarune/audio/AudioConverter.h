@@ -14,11 +14,11 @@ class AudioConversionError : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Seam: turns a stream of sound of one format into another sample rate and number of channels. It
-/// keeps what its filter needs between two buffers, so one converter serves one stream, and a
-/// buffer may come out a little shorter or longer than it went in.
+/// Seam: converts a stream of sound to another sample rate and number of channels. Its filter keeps
+/// a history between buffers, so use one converter per stream, and a result may be a little shorter
+/// or longer than its input.
 ///
-/// Used by one thread at a time. Operations throw AudioConversionError; the converter is useless
+/// Used by one thread at a time. Operations throw AudioConversionError; the converter is unusable
 /// after that.
 class AudioConverter {
   public:
@@ -29,17 +29,17 @@ class AudioConverter {
     /// Converts a buffer of the input format. The result may be empty while the filter fills.
     virtual AudioBuffer convert(const AudioBuffer& input) = 0;
 
-    /// What the filter still holds, at the end of the stream.
+    /// The remaining output of the filter, at the end of the stream.
     virtual AudioBuffer flush() = 0;
 };
 
-/// Makes a converter. Throws where `convert` would: for formats that cannot be converted.
+/// Makes a converter. Throws AudioConversionError for formats that cannot be converted.
 using MakeAudioConverter =
     std::function<std::unique_ptr<AudioConverter>(AudioFormat from, AudioFormat to)>;
 
-/// Makes a converter that keeps the format and changes how fast the sound goes: at a `rate` of 2
-/// half as much comes out as goes in, and voices keep their pitch. From 0.5 to 3. What `flush`
-/// gives brings the output to the length of the input divided by the rate.
+/// Makes a converter that keeps the format and changes the speed: at a `rate` of 2 the output is
+/// half as long, and voices keep their pitch. From 0.5 to 3. `flush` brings the output to the
+/// length of the input divided by the rate.
 using MakeTempoChanger =
     std::function<std::unique_ptr<AudioConverter>(AudioFormat format, double rate)>;
 

@@ -19,14 +19,14 @@ struct Device {
     bool operator==(const Device&) const = default;
 };
 
-/// As the server lists them, without those that have no channel.
+/// In the server's order, without those that have no channel.
 std::vector<Device> inputDevices(const SoundServer& server);
 
 } // namespace AudioInputDevices
 
 namespace AudioSourceDisplayName {
 
-/// What a person calls the source. A device that is not there at the moment shows its id.
+/// The source's name for people. A device that is absent at the moment shows its id.
 std::string name(const AudioSource& source,
                  const std::vector<AudioInputDevices::Device>& inputDevices);
 

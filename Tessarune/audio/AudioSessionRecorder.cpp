@@ -27,8 +27,7 @@ bool isDiskFull(const std::system_error& error) {
            error.code() == std::error_condition(EDQUOT, std::generic_category());
 }
 
-/// All channels in one. Channels that have nothing in common keep their loudness by the square
-/// root.
+/// Mixes all channels to one. The square root keeps the loudness of independent channels.
 std::vector<float> downmixed(const AudioBuffer& buffer) {
     const auto channels = static_cast<std::size_t>(std::max(buffer.format.channels, 0));
     std::vector<float> mono(buffer.frames());
@@ -119,7 +118,7 @@ void AudioSessionRecorder::appendSilence(double seconds) {
 
 void AudioSessionRecorder::stop() {
     logger_.event("audioRecorder.stop.request");
-    // Whoever drops the recorder right after this still gets a whole file.
+    // Even if the recorder is dropped right after this, the file becomes complete.
     queue_->async([self = shared_from_this()] { self->stopOnQueue(); });
 }
 
@@ -185,8 +184,8 @@ void AudioSessionRecorder::startOnQueue() {
         onStarted(item);
 }
 
-/// Two sessions have the same second when the clock is set back. The earlier recording stays; a
-/// file that no entry knows gives way.
+/// If the clock is set back, two sessions may start in the same second. The earlier recording
+/// stays; a file without an entry is replaced.
 std::filesystem::path AudioSessionRecorder::freshPath(double wallClock) const {
     const std::string stamp = DateText::formatted(wallClock, "yyyyMMdd-HHmmss", "en_US_POSIX");
     std::string name = stamp;
@@ -195,13 +194,13 @@ std::filesystem::path AudioSessionRecorder::freshPath(double wallClock) const {
     return catalog_.recordingsFolder / (name + ".wav");
 }
 
-/// Throws if the disk is as good as full.
+/// Throws if the disk is nearly full.
 void AudioSessionRecorder::checkFreeSpace() {
     std::uint64_t left = reservedDiskBytes;
     try {
         left = files_.freeSpace(catalog_.recordingsFolder);
     } catch (const std::system_error&) {
-        return; // writing will tell
+        return; // the write will report it
     }
     if (left < reservedDiskBytes)
         throw diskFull(catalog_.recordingsFolder);
@@ -228,7 +227,7 @@ void AudioSessionRecorder::openFile(const RecordingMetadata& item) {
         fileHandle_.reset();
         try {
             files_.remove(item.filePath);
-        } catch (const std::system_error&) { // the first failure is the one to tell
+        } catch (const std::system_error&) { // the first failure is reported
         }
         throw;
     }
@@ -256,8 +255,8 @@ void AudioSessionRecorder::appendOnQueue(const AudioBuffer& buffer) {
         write(pcm);
 }
 
-/// What is received decides, not the target. The header says so at once: a crash before the first
-/// regular patch must not leave a file that plays at another speed.
+/// The format of the received sound counts, not the requested one. The header gets it at once:
+/// after a crash before the first regular patch, the file must not play at a wrong speed.
 void AudioSessionRecorder::observeFormat(const AudioBuffer& buffer) {
     observedSampleRate_ = buffer.format.sampleRate;
     if (headerSampleRate() != sampleRate) {
@@ -270,7 +269,7 @@ void AudioSessionRecorder::observeFormat(const AudioBuffer& buffer) {
     appendSilenceOnQueue(std::exchange(pendingSilence_, 0));
 }
 
-/// A device that comes with another rate in mid-session is brought to that of the file.
+/// A device with another rate in mid-session is converted to the file's rate.
 std::vector<float> AudioSessionRecorder::atRateOfFile(std::vector<float> mono, double rate) {
     const bool sameAsFile = rate == observedSampleRate_;
     std::vector<float> result;
@@ -292,7 +291,7 @@ std::vector<float> AudioSessionRecorder::atRateOfFile(std::vector<float> mono, d
     return result;
 }
 
-/// The disk was too slow for too long: told as any failure to write, and later times stay right.
+/// The disk was too slow for too long: reported like a failed write; later times stay correct.
 void AudioSessionRecorder::replaceLostSound(double seconds) {
     if (!fileHandle_ || recordingWriteDisabled_ || seconds <= 0)
         return;
@@ -330,7 +329,7 @@ void AudioSessionRecorder::write(std::uint64_t bytes, const std::function<void()
     keepHeaderCurrent();
 }
 
-/// Puts what was written so far beyond the reach of a crash and a loss of power.
+/// Makes everything written so far survive a crash and a loss of power.
 void AudioSessionRecorder::keepHeaderCurrent() {
     if (dataByteCount_ < nextHeaderFlushBytes_)
         return;
@@ -340,7 +339,7 @@ void AudioSessionRecorder::keepHeaderCurrent() {
         nextHeaderFlushBytes_ = dataByteCount_ + headerFlushIntervalBytes;
         headerPatchIsFailing_ = false;
     } catch (const std::exception& error) {
-        // Tried again after some more sound, told once.
+        // Retried after some more sound; reported once.
         nextHeaderFlushBytes_ = dataByteCount_ + headerRetryIntervalBytes;
         if (!std::exchange(headerPatchIsFailing_, true))
             reportFileError("audioRecorder.patchHeader.failed", error);
@@ -438,7 +437,7 @@ void AudioSessionRecorder::handleWriteFailure(const char* event, const std::exce
         disableWriting(error);
 }
 
-/// What is written stays; the session goes on without more sound in the file.
+/// The file keeps what was written; the session continues without recording.
 void AudioSessionRecorder::disableWriting(const std::exception& error) {
     recordingWriteDisabled_ = true;
     if (std::exchange(didNotifyWriteDegraded_, true))

@@ -19,34 +19,34 @@
 
 namespace tessarune {
 
-/// Writes a session's sound to a WAV file as it comes and keeps that file playable: a crash costs
-/// at most the last 2,000,000 bytes, and the next start of the program gets back even those.
+/// Writes a session's sound to a WAV file as it arrives and keeps that file playable: a crash costs
+/// at most the last 2,000,000 bytes, and the next start of the program recovers even those.
 ///
 /// `start` waits for the writer's queue; `append`, `appendSilence` and `stop` return at once. All
-/// may be called from any thread, callbacks run on the queue and are set before `start`. A failing
-/// disk never ends the session: `onError` says so once, what is written stays, and the recording
-/// ends there. A recorder serves one session after the other.
+/// may be called from any thread; callbacks run on the queue and are set before `start`. A failing
+/// disk never ends the session: `onError` reports it once, the written part stays, and the
+/// recording ends there. A recorder serves one session after the other.
 class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRecorder> {
   public:
-    /// What the recorder needs of the catalog, which lies above it.
+    /// The part of the catalog, which is in a higher layer, that the recorder uses.
     struct Catalog {
         std::filesystem::path recordingsFolder;
         std::function<void()> prepareDirectories; ///< throws std::system_error
         std::function<void(const RecordingMetadata&)> upsert;
-        /// Whether an entry's audio has this base name already, with any extension.
+        /// Whether the audio of an entry has this base name, with any extension.
         std::function<bool(const std::string& baseName)> isNameTaken;
         UUIDSource makeID = UUID::random;
     };
 
     static constexpr int maxConsecutiveWriteFailures = 3;
     static constexpr std::uint64_t headerFlushIntervalBytes = 2'000'000;
-    /// After a flush that failed: some seconds of sound.
+    /// The sound until the next attempt after a failed flush: a few seconds.
     static constexpr std::uint64_t headerRetryIntervalBytes = 200'000;
-    /// Recording stops while this much is left of the disk, for the transcripts that follow.
+    /// Recording stops when the disk has this much left, for the transcripts that follow.
     static constexpr std::uint64_t reservedDiskBytes = 16'000'000;
-    /// Sound that may wait for a slow disk, some minutes of it. What is beyond becomes silence.
+    /// The sound that may be queued for a slow disk: some minutes. More becomes silence.
     static constexpr std::size_t mostWaitingBytes = 64'000'000;
-    /// A longer gap is not filled to its end.
+    /// The maximum length of a gap that is filled.
     static constexpr double longestSilenceSeconds = 24 * 3600;
     static constexpr int sampleRate = 16000; ///< of a file in which nothing was heard
     static constexpr int channelCount = 1;
@@ -66,24 +66,23 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     std::function<void(const std::string&)> onError; ///< a text for the user
 
     /// Begins a new file and its catalog entry. Throws std::system_error if the file cannot be
-    /// made. On a full disk it does not throw: the session goes on without a recording, which
-    /// `onError` says, and `onStarted` does not come.
+    /// created. On a full disk it does not throw: the session continues without a recording,
+    /// `onError` reports that, and `onStarted` is not called.
     void start();
 
     /// The first buffer decides the file's sample rate; others are converted to it.
     void append(AudioBufferPtr buffer);
 
-    /// Puts silence where the capture lost sound, so that later times stay right.
+    /// Adds silence for sound that the capture lost, so that later times stay correct.
     void appendSilence(double seconds);
 
-    /// Puts what was recorded so far on the disk, as it is. Never throws. Resumes on the main
-    /// queue.
+    /// Writes the recorded sound to the disk. Never throws. Resumes on the main queue.
     Task<void> synchronize();
 
-    /// Closes the file without waiting. Nothing happens if none is open.
+    /// Closes the file without waiting. Does nothing if none is open.
     void stop();
 
-    /// Closes the file and gives its entry, if one was open. Never throws. Resumes on the main
+    /// Closes the file and returns its entry, if one was open. Never throws. Resumes on the main
     /// queue.
     Task<std::optional<RecordingMetadata>> finishAndStop();
 
@@ -124,10 +123,10 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     MakeAudioConverter makeConverter_;
     std::shared_ptr<SerialQueue> queue_;
 
-    std::atomic<std::size_t> waitingBytes_ = 0; ///< handed over and not written yet
-    std::atomic<double> lostSeconds_ = 0;       ///< what found no room among them
+    std::atomic<std::size_t> waitingBytes_ = 0; ///< queued and not written yet
+    std::atomic<double> lostSeconds_ = 0;       ///< dropped because the queue was full
 
-    // The queue's alone from here on.
+    // Used on the queue only:
     std::unique_ptr<AppendFile> fileHandle_;
     std::optional<RecordingMetadata> item_;
     double observedSampleRate_ = 0; // 0 until the first buffer
@@ -140,7 +139,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     bool didNotifyWriteDegraded_ = false;
     bool recordingWriteDisabled_ = false;
     bool headerPatchIsFailing_ = false;
-    std::unique_ptr<AudioConverter> converter_; // while buffers come at another rate
+    std::unique_ptr<AudioConverter> converter_; // set while buffers arrive at another rate
     double converterRate_ = 0;
     double pendingSilence_ = 0; // seconds, until the sample rate is known
 };

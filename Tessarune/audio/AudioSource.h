@@ -6,10 +6,9 @@
 
 namespace tessarune {
 
-/// Where a session's sound comes from: what the computer plays, or a microphone.
+/// The source of a session's sound: the computer's output, or a microphone.
 ///
-/// Two microphones are equal if their device ids are; no id means the default input, whichever that
-/// is at the time.
+/// Two microphones are equal if their device ids are; no id means the current default input.
 class AudioSource {
   public:
     static AudioSource systemAudio() { return {}; }
@@ -22,7 +21,7 @@ class AudioSource {
 
     bool isSystemAudio() const { return !isMicrophone_; }
     bool isMicrophone() const { return isMicrophone_; }
-    /// The microphone's device id; nothing for the default input and for system audio.
+    /// The microphone's device id; `nullopt` for the default input and for system audio.
     const std::optional<std::string>& deviceID() const { return deviceID_; }
 
     /// "systemAudio", or "microphone:" and the device id or "default".

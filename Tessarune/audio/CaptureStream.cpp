@@ -25,10 +25,10 @@ std::optional<CaptureStream::Source> monitorOf(const SoundOutput* output) {
     return CaptureStream::Source{output->monitorID, output->name, {output->format.sampleRate, 1}};
 }
 
-/// How often sound that is late is looked at, and how many times at the most.
+/// How often late sound is checked, and the maximum number of checks.
 constexpr double paceLookSeconds = 0.25;
 constexpr int mostPaceLooks = 20;
-/// A look that is so late says that the program itself did not run: its sound may be waiting.
+/// A check that is so late shows that the program itself was suspended: its sound may be queued.
 constexpr double lateLookSeconds = 0.5;
 
 SoundServerError noSound() {
@@ -37,8 +37,8 @@ SoundServerError noSound() {
 
 } // namespace
 
-/// The state behind a capture. It is shared with what is still under way when the capture stops:
-/// `attempt` tells such a late answer that nobody wants it any more.
+/// The state of a capture. It is shared with pending operations when the capture stops: `attempt`
+/// lets a late answer see that it is no longer wanted.
 class CaptureStream::Keeper : public std::enable_shared_from_this<Keeper> {
   public:
     Keeper(SoundServer& server, Executor executor, AudioSource source, Handlers handlers)
@@ -80,17 +80,17 @@ class CaptureStream::Keeper : public std::enable_shared_from_this<Keeper> {
 
     bool running_ = false;
     std::uint64_t attempt_ = 0;
-    std::optional<std::string> opening_; // source id of the attempt under way
+    std::optional<std::string> opening_; // source id of the current attempt
     std::unique_ptr<RecordStream> stream_;
     Source current_;
-    bool stalled_ = false;            // `stream_` is still open but gives nothing
+    bool stalled_ = false;            // `stream_` is still open but delivers nothing
     std::uint64_t currentStream_ = 0; // the attempt that opened `stream_`
 
     double quietSince_ = 0; // when the last buffer came, or the stream was opened
     double stallLookAt_ = 0;
     LateSound late_;
     int paceLooks_ = 0;
-    bool isInterrupted_ = false;   // that was reported, and nothing has come since
+    bool isInterrupted_ = false;   // the reported interruption; nothing has arrived since
     bool isFirstOfStream_ = false; // the next buffer is
     bool tookOver_ = false;        // the stream followed another one
     double retrySeconds_ = 0;
@@ -122,7 +122,7 @@ Task<void> CaptureStream::Keeper::start(std::shared_ptr<Keeper> self) {
             keeper->follow();
     });
     self->watchForStall();
-    // A change that came between the look at the devices and the subscription was heard by nobody.
+    // Nobody was notified of a change between the query of the devices and the subscription.
     self->follow();
 }
 
@@ -235,11 +235,11 @@ void CaptureStream::Keeper::deliver(AudioBufferPtr buffer) {
         handlers_.onBuffer(std::move(buffer));
 }
 
-/// Before a buffer. In a stream that has been open all the time, a little that is missing is none.
+/// Called before a buffer. In a stream that was open all the time, a small gap does not count.
 void CaptureStream::Keeper::reportHole(double seconds, bool tookOver) {
     if (!isInterrupted_ && seconds < (tookOver ? smallestHoleSeconds : stallSeconds))
         return;
-    // Sound that was lost while the program did not run was never seen to stop.
+    // No stall was detected for sound that was lost while the program was suspended.
     if (!tookOver)
         interrupt(noSound());
     isInterrupted_ = false;
@@ -302,7 +302,7 @@ void CaptureStream::Keeper::follow() {
     retry_.cancel();
     const std::uint64_t attempt = ++attempt_;
     if (isThere) {
-        // Back to the device that still delivers: the attempt at another one is given up.
+        // The former device delivers again: the attempt at another one is abandoned.
         opening_.reset();
         return;
     }
@@ -321,7 +321,8 @@ void CaptureStream::Keeper::watchForStall() {
     stallCheck_.cancel();
     if (!running_ || !stream_ || !stream_->isContinuous())
         return;
-    // Never a shorter wait: rounding could otherwise have it look a moment too early for ever.
+    // Never a shorter delay: rounding could otherwise repeat a check that is a moment too early for
+    // ever.
     constexpr double shortestWait = 0.05;
     const double wait = std::max(quietSince_ + stallSeconds - now(), shortestWait);
     stallLookAt_ = now() + wait;
@@ -340,7 +341,7 @@ void CaptureStream::Keeper::checkForStall() {
     stalled_ = true;
     releaseHeld();
     interrupt(noSound());
-    // Not at once: a device that is asleep would be opened over and over.
+    // Delayed: a sleeping device would otherwise be reopened over and over.
     retryLater();
 }
 
@@ -399,7 +400,7 @@ std::optional<CaptureStream::Source> CaptureStream::resolveExactly(const AudioSo
     if (const SoundInput* input = devices.input(*source.deviceID()))
         return sourceOf(input);
     for (const auto& output : devices.outputs) {
-        // One output's sound, chosen by name, is as good a source as a microphone.
+        // The sound of a single output, chosen by name, is a source like a microphone.
         if (output.monitorID == *source.deviceID())
             return Source{output.monitorID, output.name, output.format};
     }

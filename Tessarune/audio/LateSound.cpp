@@ -7,14 +7,14 @@ namespace tessarune {
 
 namespace {
 
-/// A device's clock runs a little slower or faster than the computer's: no more than this share of
-/// a second in a second, and what is late by that was not lost.
+/// The maximum drift between a device's clock and the computer's, per second; lateness up to this
+/// is not lost sound.
 constexpr double mostDrift = 0.001;
-/// A smaller rest of lateness is none.
+/// A smaller remainder is ignored.
 constexpr double smallestHole = 0.25;
-/// Buffers that come at their own pace are late by the same, but for the moments of their delivery.
+/// The jitter of buffers that arrive at a steady pace.
 constexpr double sameLateness = 0.03;
-/// What counts as the pace of sound, in seconds of sound a second. What waited comes much faster; a
+/// The pace of live sound, in seconds of sound per second. Queued sound arrives much faster; a
 /// program that is held up again gets much less.
 constexpr double slowestPace = 0.5;
 constexpr double fastestPace = 1.25;

@@ -7,13 +7,13 @@
 
 namespace tessarune {
 
-/// Tells sound that was lost from sound that only comes late.
+/// Distinguishes lost sound from late sound.
 ///
-/// The frames that have arrived tell how far a capture has come; a buffer is late by what the clock
-/// is ahead of that. A program that did not run for a while finds the sound of that time waiting,
-/// and the lateness melts away within moments. Where sound comes at its own pace again and is still
-/// late, that much of it was lost. Until this is known it is held back here, so that a hole comes
-/// to stand where it is. A value; times are host times.
+/// The number of arrived frames tells how far a capture has come; a buffer is late by the clock's
+/// lead over that. A program that was suspended finds the sound of that time queued, and the
+/// lateness disappears within moments. If sound arrives at its own pace again and is still late,
+/// that much of it was lost. Until this is known the sound is held here, so that the gap gets its
+/// right place. A value; times are host times.
 class LateSound {
   public:
     struct Piece {
@@ -21,19 +21,19 @@ class LateSound {
         AudioBufferPtr buffer;
     };
 
-    /// The capture begins now, if no sound of it has arrived yet.
+    /// The capture begins now, unless some of its sound has arrived.
     void begin(double now) { end_ = end_.value_or(now); }
-    /// The first buffer of another stream: gives the seconds that are missing before it.
+    /// The first buffer of another stream: returns the seconds missing before it.
     double begin(const AudioBuffer& first, double now);
-    /// The next buffer of a stream: gives the seconds by which it is late.
+    /// The next buffer of a stream: returns the seconds by which it is late.
     double add(const AudioBuffer& next, double now);
 
     void hold(AudioBufferPtr buffer, double late, double now);
     bool isHolding() const { return !held_.empty(); }
-    /// A look, now and then while sound is held: whether since the last one it has come about as
-    /// fast as it sounds.
+    /// Call now and then while sound is held: whether it has arrived at about its own pace since
+    /// the last call.
     bool hasFoundItsPace(double now);
-    /// What was held, in order, with the hole where it is if there is one.
+    /// The held sound, in order, with the gap in its place if there is one.
     std::vector<Piece> release();
 
   private:
@@ -42,7 +42,7 @@ class LateSound {
         double late;
     };
 
-    std::optional<double> end_; ///< of the sound that has arrived, by its own count
+    std::optional<double> end_; ///< of the arrived sound, by its own count
     std::vector<Held> held_;
     double lookedAt_ = 0;
     double secondsSinceLook_ = 0; ///< of sound

@@ -12,7 +12,7 @@ namespace tessarune {
 
 namespace {
 
-/// Speech at a usual distance fills only a part of the scale; a meter should show it.
+/// Speech at a usual distance fills only a part of the scale; this gain makes it visible.
 constexpr double levelGain = 6.0;
 
 LocalizedError notSelectable() {

@@ -29,8 +29,8 @@ class MicrophoneCapture final : public AudioCapture {
     std::function<void(double)> onLevel;
     std::function<void(const CaptureEvent&)> onEvent;
 
-    /// With a sample rate the buffers are one channel at that rate, else as the device gives them.
-    /// Resumes on the main queue. Throws LocalizedError of `errorDomain`, or SoundServerError where
+    /// With a sample rate the buffers are one channel at that rate, else in the device's format.
+    /// Resumes on the main queue. Throws LocalizedError of `errorDomain`, or SoundServerError if
     /// the server refuses the stream.
     Task<void> start(std::optional<double> sampleRate);
     /// Resumes on the main queue; no callback runs after that.

@@ -12,10 +12,10 @@
 
 namespace tessarune {
 
-/// What the user may do with sound and speech here, as far as it is known. One object for the
-/// program, on the main queue; what was learned is kept in the user defaults.
+/// The user's permissions for system audio, microphone and speech, as far as they are known. One
+/// object for the program, on the main queue; they are kept in the user defaults.
 ///
-/// For system audio no desktop offers a question: sound that was delivered and the probe are the
+/// No desktop asks for permission to record system audio: delivered sound and the probe are the
 /// evidence.
 class PermissionsManager {
   public:
@@ -24,7 +24,7 @@ class PermissionsManager {
     /// Opens the desktop's page for a permission, if it has one.
     using OpenSettings = std::function<void(Key)>;
 
-    /// Starts with what the defaults hold. The references must outlive the object.
+    /// Starts with the stored values. The references must outlive the object.
     PermissionsManager(Host& host, SoundServer& server, UserDefaults& defaults,
                        SystemAuthorization system, OpenSettings openSettings = {});
     ~PermissionsManager();
@@ -33,20 +33,20 @@ class PermissionsManager {
     Published<Status> speech;
     Published<Status> microphone;
 
-    /// Publishes and stores the value, if it is another one.
+    /// Publishes and stores the value if it has changed.
     void latch(Key key, Status value);
-    /// As `latch`, but a system that does not know changes nothing.
+    /// Like `latch`, but an unknown value changes nothing.
     void merge(Key key, Status system);
-    /// Asks the system again. System audio stays as it is.
+    /// Asks the system again. System audio keeps its value.
     void refresh();
-    /// At launch: asks for speech once, if nothing is known about it.
+    /// At launch: asks for speech once, if its permission is unknown.
     void bootstrap();
 
     SystemAuthorization::Status speechAuthorization() const { return system_.speechStatus(); }
-    /// Asks for the permission, latches the answer and gives it. Go on on the main queue.
+    /// Asks for the permission, stores the answer and returns it. Resume on the main queue.
     Task<bool> requestSpeech();
     Task<bool> requestMicrophone(AudioSource source = AudioSource::microphone());
-    /// Listens for `timeout` seconds whether system audio delivers anything, and latches that.
+    /// Listens for `timeout` seconds whether system audio delivers anything, and stores the result.
     Task<void> deepProbeSystemAudio(double timeout);
 
     void openSettings(Key kind) const;

@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// One entry of the catalog: a session that was recorded. A plain value. `id` never changes and is
-/// what ties audio, transcripts, diagnostics runs and log lines together.
+/// One entry of the catalog: a recorded session. A plain value. `id` never changes and links audio,
+/// transcripts, diagnostics runs and log lines.
 struct RecordingMetadata {
     UUID id;
     double startedAt = 0;          ///< wall clock, seconds since 1970; the index keeps whole ones
@@ -22,15 +22,15 @@ struct RecordingMetadata {
     std::optional<std::int64_t> sampleRate;
     std::optional<std::int64_t> channelCount;
     std::optional<std::string> note; ///< the user's; absent, never empty
-    /// The session meant to leave an M4A: where it did not come to that, a later start of the
-    /// program makes it. Absent means no.
+    /// The session should become an M4A: if it has not yet, a later start of the program makes it.
+    /// Absent means no.
     std::optional<bool> awaitsCompression;
 
-    /// `Host::now` at the moment of `startedAt`: the base for times of this run of the program,
-    /// which stay right when somebody sets the clock. Never stored; absent in what was read back.
+    /// `Host::now` at `startedAt`: the base of this run's times, which stay correct when the clock
+    /// is set. Never stored; absent in entries from the disk.
     std::optional<double> monotonicStart;
 
-    /// Whether it came from a file of somebody else's: its format is a bare extension.
+    /// Whether it was imported: its format is a bare extension.
     bool isImport() const { return audioFormat && audioFormat->find('/') == std::string::npos; }
 
     bool operator==(const RecordingMetadata&) const = default;

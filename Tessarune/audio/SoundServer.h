@@ -12,7 +12,7 @@
 namespace tessarune {
 
 /// The sound server refused or failed. `status` is the server's own number; those that the program
-/// itself tells apart have a name here.
+/// distinguishes have a name here.
 class SoundServerError : public std::runtime_error {
   public:
     static constexpr int accessDenied = 1;
@@ -30,9 +30,9 @@ class SoundServerError : public std::runtime_error {
     int status_;
 };
 
-/// A microphone or another device that gives sound. The monitors of outputs are not among these.
+/// A microphone or another input device. Monitors of outputs are not included.
 struct SoundInput {
-    std::string id; ///< the server's own name for the source; stable over restarts
+    std::string id; ///< the server's own name for the source; stable across restarts
     std::string name;
     AudioFormat format; ///< what the device runs at
 
@@ -42,20 +42,20 @@ struct SoundInput {
 struct SoundOutput {
     std::string id;
     std::string name;
-    std::string monitorID; ///< the source that gives what this output plays; empty without one
+    std::string monitorID; ///< the source that delivers this output's sound; empty without one
     AudioFormat format;
 
     bool operator==(const SoundOutput&) const = default;
 };
 
-/// What the server has to offer at one moment. The defaults are empty if the server names none.
+/// The server's devices at one moment. The defaults are empty if the server has none.
 struct SoundDevices {
     std::vector<SoundInput> inputs;
     std::vector<SoundOutput> outputs;
     std::string defaultInputID;
     std::string defaultOutputID;
 
-    /// The default input, or nothing if there is none or it is the monitor of an output.
+    /// The default input; `nullopt` if there is none or it is the monitor of an output.
     const SoundInput* defaultInput() const { return find(inputs, defaultInputID); }
     const SoundOutput* defaultOutput() const { return find(outputs, defaultOutputID); }
     const SoundInput* input(const std::string& id) const { return find(inputs, id); }
@@ -74,94 +74,92 @@ struct SoundDevices {
 };
 
 enum class SoundServerState {
-    disconnected, ///< no attempt is running, or the next one waits for its time
+    disconnected, ///< no attempt is running, or the next one is delayed
     connecting,
     connected,
 };
 
 struct RecordRequest {
-    std::string sourceID; ///< an input's id or an output's `monitorID`
-    int channels = 0;     ///< 0 for the source's own; the sample rate is always the source's own
-    std::string name;     ///< what the desktop's mixer shows
+    std::string sourceID;      ///< an input's id or an output's `monitorID`
+    int channels = 0;          ///< 0: the source's own; the sample rate always is
+    std::string name;          ///< what the desktop's mixer shows
     double timeoutSeconds = 5; ///< how long the server may take to open it
 };
 
-/// What a record stream tells. Called on the executor that was given when it was opened.
+/// Receives the events of a record stream. Called on the executor given at opening.
 struct RecordHandlers {
-    /// About 10 ms of sound, in order, without holes: where the server had nothing there is
-    /// silence.
+    /// About 10 ms of sound, in order and without gaps: silence replaces missing data.
     std::function<void(AudioBufferPtr)> onBuffer;
-    /// The stream is over, by itself: the device went away, the server closed the stream or the
-    /// connection. Called at most once, and nothing after it.
+    /// The stream has ended by itself: the device went away, or the server closed the stream or the
+    /// connection. Called at most once, as the last call.
     std::function<void(SoundServerError)> onEnd;
 };
 
-/// An open stream of sound from one source; it stays on that source and never moves to another one
-/// by itself. Dropping it closes it. If that is done on the stream's executor, no handler runs
-/// afterwards; elsewhere, one that is running may still finish.
+/// An open stream of sound from one source; it never moves to another one. Dropping it closes it.
+/// If it is dropped on the stream's executor, no handler runs afterwards; elsewhere, a running one
+/// may still finish.
 class RecordStream {
   public:
     virtual ~RecordStream() = default;
     virtual AudioFormat format() const = 0;
-    /// Whether sound comes without a pause as long as all is well, so that a pause means trouble.
+    /// Whether sound normally arrives without pauses, so that a pause means trouble.
     virtual bool isContinuous() const { return true; }
 };
 
 struct PlaybackRequest {
     std::string outputID; ///< empty for the default output
-    AudioFormat format;   ///< what will be written; the server converts
+    AudioFormat format;   ///< the format that will be written; the server converts
     std::string name;
 };
 
-/// An open stream of sound to an output. Used by one executor, the one that was given when it was
-/// opened; its tasks go on there and throw SoundServerError once the stream is over. One task at a
-/// time. Dropping the stream closes it, and what was not heard yet is lost.
+/// An open stream of sound to an output. Used by one executor, the one given at opening; its tasks
+/// resume there and throw SoundServerError once the stream has ended. One task at a time. Dropping
+/// the stream closes it and loses the sound that was not heard yet.
 class PlaybackStream {
   public:
     virtual ~PlaybackStream() = default;
 
-    /// Goes on as soon as the server has taken the whole buffer, which is some tenths of a second
-    /// before it is heard. A stream without sound falls silent, and goes on with the next buffer.
+    /// Resumes as soon as the server has taken the whole buffer, a few tenths of a second before it
+    /// is heard. A stream without data is silent until the next buffer.
     virtual Task<void> write(AudioBufferPtr buffer) = 0;
-    /// Goes on when everything written has been heard.
+    /// Resumes when everything written has been heard.
     virtual Task<void> drain() = 0;
-    /// A paused stream takes some tenths of a second of sound and then makes writes wait.
+    /// A paused stream accepts a few tenths of a second of sound and then blocks writes.
     virtual void setPaused(bool paused) = 0;
-    /// Forgets what was written and not heard yet; a task that is under way ends. What the output
-    /// itself holds, some hundredths of a second, may still be heard.
+    /// Discards sound that was written and not heard yet; a running task ends. A few hundredths of
+    /// a second in the output itself may still be heard.
     virtual void flush() = 0;
-    /// How much is heard of what was written since the stream was opened or flushed. Seconds; what
-    /// it was at the end, after the stream is over.
+    /// The seconds heard since the stream was opened or flushed. Keeps its last value after the
+    /// stream has ended.
     virtual double heardSeconds() const = 0;
 };
 
 /// Seam: the sound server of this desktop.
 ///
-/// All operations may be called from any thread. The object must outlive its streams. Tasks go on
-/// on the executor that they are given and throw SoundServerError.
+/// All operations may be called from any thread. The object must outlive its streams. Tasks resume
+/// on the given executor and throw SoundServerError.
 class SoundServer {
   public:
     using Subscription = std::shared_ptr<void>;
 
     virtual ~SoundServer() = default;
 
-    /// Connects if that has not been done yet, and returns once `devices` is known. After the first
-    /// success the connection is kept for the life of the object: if the server goes away it is
-    /// tried again and again, a few times a second at first and every two seconds at the most.
+    /// Connects once, and returns when `devices` is known. After the first success the connection
+    /// is kept for the life of the object: if the server goes away it is retried, a few times a
+    /// second at first and later every two seconds.
     virtual Task<void> connect(Executor resumeOn) = 0;
     virtual SoundServerState state() const = 0;
 
-    /// The devices as last heard; empty while there is no connection.
+    /// The devices as last reported; empty without a connection.
     virtual SoundDevices devices() const = 0;
 
-    /// Calls `onChange` on `executor` after `state` or `devices` have changed, several changes
-    /// perhaps together, until the subscription is dropped. If that is done on the executor, it is
+    /// Calls `onChange` on `executor` after `state` or `devices` have changed, perhaps once for
+    /// several changes, until the subscription is dropped. If that is done on the executor, it is
     /// not called afterwards.
     [[nodiscard]] virtual Subscription observe(Executor executor,
                                                std::function<void()> onChange) = 0;
 
-    /// Opens a stream that begins to deliver at once. Needs a connection, and does not wait for one
-    /// that was lost: it fails then.
+    /// Opens a stream that delivers at once. Fails without a connection instead of waiting for it.
     virtual Task<std::unique_ptr<RecordStream>>
     openRecordStream(RecordRequest request, RecordHandlers handlers, Executor executor) = 0;
 

@@ -9,8 +9,8 @@ namespace tessarune {
 
 class SystemAudioCapture;
 
-/// Receives what a `SystemAudioCapture` hears. Each operation says its queue; those of the capture
-/// queue should return soon.
+/// Receives the sound and events of a `SystemAudioCapture`. Each operation names its queue; those
+/// of the capture queue should return soon.
 class SystemAudioCaptureDelegate {
   public:
     virtual ~SystemAudioCaptureDelegate() = default;
@@ -19,15 +19,15 @@ class SystemAudioCaptureDelegate {
     virtual void systemAudioCapture(SystemAudioCapture& capture, AudioBufferPtr didOutput) = 0;
     /// The level of the first buffer and of each eighth one: 0 to 1. Capture queue.
     virtual void systemAudioCaptureDidMeasure(SystemAudioCapture& capture, double level) = 0;
-    /// Nothing at all has come since the start. Main queue, at most once a start.
+    /// Nothing has arrived since the start. Main queue, at most once a start.
     virtual void systemAudioCaptureDidStaySilent(SystemAudioCapture& capture) = 0;
-    /// The sound stopped or came back, perhaps after a hole, or moved to another output. Capture
+    /// The sound stopped or came back, perhaps after a gap, or moved to another output. Capture
     /// queue.
     virtual void systemAudioCaptureDidChange(SystemAudioCapture&, const CaptureEvent&) {}
 };
 
-/// Captures what the computer plays: the monitor of the default output, as one channel, following
-/// the default as it changes.
+/// Captures the computer's output: the monitor of the default output, as one channel, following the
+/// default as it changes.
 ///
 /// `start` and `stop` may be called from any thread; the work is done on the capture queue. The
 /// host and the server must outlive it.
@@ -44,9 +44,9 @@ class SystemAudioCapture final : public AudioCapture {
     /// Begins a capture, after ending one that is still running. Resumes on the main queue. Throws
     /// SystemAudioCaptureError, and then nothing is left open.
     Task<void> start() { return begin(); }
-    /// Ends the capture; nothing is delivered once the capture queue has come to it.
+    /// Ends the capture; nothing is delivered once the capture queue has reached the call.
     void stop() { endLater(); }
-    /// As `stop`, and goes on on the main queue when nothing is delivered any more.
+    /// Like `stop`; resumes on the main queue when nothing is delivered any more.
     Task<void> finish() { return end(); }
 
     /// The loudness of a buffer on a scale of 60 decibels: 0 at -60 dB and below, 1 at full scale.

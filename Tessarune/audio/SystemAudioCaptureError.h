@@ -12,7 +12,7 @@ class SystemAudioCaptureError : public LocalizedError {
   public:
     enum class Case {
         failedToCreateTap,  ///< no connection to the server
-        failedToReadTapUID, ///< no output whose sound could be recorded
+        failedToReadTapUID, ///< no output whose sound can be recorded
         failedToReadTapFormat,
         failedToCreateAggregateDevice,
         failedToCreateIOProc,
@@ -22,8 +22,8 @@ class SystemAudioCaptureError : public LocalizedError {
 
     explicit SystemAudioCaptureError(Case which, std::int32_t status = 0);
 
-    /// The status in words: four characters in quotes if its bytes, high to low, are printable,
-    /// else the number.
+    /// The status as text: four characters in quotes if its bytes, high to low, are printable, else
+    /// the number.
     static std::string describe(std::int32_t status);
 };
 

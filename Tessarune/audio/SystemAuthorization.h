@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// What the desktop itself answers about permissions, as functions so that another desktop (or a
-/// test) can answer otherwise. All are called on the main queue and go on there.
+/// The desktop's own answers about permissions, as functions so that another desktop (or a test)
+/// can replace them. All are called on the main queue and resume there.
 struct SystemAuthorization {
     enum class Status { notDetermined, restricted, denied, authorized };
 
@@ -20,10 +20,10 @@ struct SystemAuthorization {
     /// For this microphone.
     std::function<Task<bool>(AudioSource)> requestMicrophone;
 
-    /// A desktop that has no permission for speech, and for microphones only what the sound server
-    /// says: asking opens a short record stream on the microphone in question, and access is denied
-    /// if the server refuses that for want of access. A missing device or server is no refusal, and
-    /// a refusal lasts until the next time somebody asks.
+    /// A desktop without a permission for speech, and with microphones controlled by the sound
+    /// server: asking opens a short record stream on the microphone, and access is denied if the
+    /// server refuses it for lack of permission. A missing device or server is not a refusal, and a
+    /// refusal lasts until the next request.
     static SystemAuthorization ofServer(Host& host, SoundServer& server);
 };
 

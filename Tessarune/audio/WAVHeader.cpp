@@ -10,7 +10,7 @@ namespace {
 constexpr std::uint16_t pcmFormat = 1;
 constexpr std::uint16_t bitsPerSample = 16;
 constexpr std::uint32_t formatChunkSize = 16;
-/// More than any sound has; beyond them the header lies.
+/// More than any sound has; a header that claims more is wrong.
 constexpr std::uint32_t highestSampleRate = 768000;
 constexpr std::uint16_t mostChannels = 64;
 constexpr std::uint64_t largestSize = std::numeric_limits<std::uint32_t>::max();
@@ -34,7 +34,7 @@ bool reads(std::string_view bytes, std::uint64_t at, std::string_view word) {
     return at <= bytes.size() && bytes.substr(at).starts_with(word);
 }
 
-/// Fills in what the format chunk at `at` says.
+/// Reads the values of the format chunk at `at`.
 bool readFormat(std::string_view bytes, std::uint64_t at, WAVHeader& header) {
     header.channels = static_cast<std::uint16_t>(number(bytes, at + 2, 2));
     header.sampleRate = number(bytes, at + 4, 4);

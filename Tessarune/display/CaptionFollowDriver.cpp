@@ -25,10 +25,10 @@ constexpr double breadcrumbInterval = 5.0;
 
 constexpr int stallMinHeartbeats = 5;
 constexpr int layoutFreezeMinRevisions = 8;
-/// A list that is off by less stays where it is, in points.
+/// A list within this distance is left alone, in points.
 constexpr double settledDistance = 0.5;
 
-/// Whether the time lies so far back; so does what never was.
+/// Whether the time is that long ago; true for a time that never was.
 bool hasPassed(double seconds, const std::optional<double>& since, double now) {
     return !since || now - *since >= seconds;
 }
@@ -149,7 +149,7 @@ void CaptionFollowDriver::userDidEndLiveScroll() {
     lastLiveScrollNotificationAt_ = now();
     if (const auto geometry = view_.geometry()) {
         noteUserScrollMotion(*geometry);
-        // A touch that moved nothing ends at the newest line, also one far from it.
+        // A touch that did not scroll returns to the newest line, even from far away.
         const bool mayStay = geometry->overflowing() && (!isPinned_ || gestureHadMeaningfulScroll_);
         setPinned(!mayStay || shouldBePinned(*geometry, gestureHadMeaningfulScroll_),
                   "didEndLiveScroll");

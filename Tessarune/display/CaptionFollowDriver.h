@@ -12,17 +12,17 @@
 
 namespace tessarune {
 
-/// What the rest of the caption stage knows of the list: whether the user reads back.
+/// The state of the list that the rest of the caption stage reads: whether the user reads back.
 struct CaptionFollowState {
     Published<bool> isReviewing{false};
 };
 
-/// Keeps a caption list at its newest line while the user reads along, lets go as soon as the user
-/// scrolls back, and returns when the user has rested for a while.
+/// Keeps a caption list at its newest line while the user follows, lets go as soon as the user
+/// scrolls back, and returns when the user has paused for a while.
 ///
 /// Pinned follows the newest line; reviewing does not, and a timer runs. Only scrolling by the user
-/// leaves pinned: rows that arrive never do. Around it, heal paths notice a list that stopped
-/// drawing although frames keep coming, and redraw it.
+/// leaves pinned: new rows never do. In addition, heal paths detect a list that stopped drawing
+/// although frames keep coming, and redraw it.
 ///
 /// Main queue. The view calls the `user…` operations as it is scrolled, `update` when its content
 /// changed, and `frameHeartbeat` for each published frame. Host, view and state outlive the driver.
@@ -32,7 +32,7 @@ class CaptionFollowDriver {
     static constexpr double followResumeThreshold = 12;
     static constexpr double meaningfulScrollThreshold = 1.5;
 
-    /// Gets each event; `name` has no prefix. Important ones are written at every log level.
+    /// Receives each event; `name` has no prefix. Important ones are written at every log level.
     using Recorder =
         std::function<void(const std::string& name, const LogFields& fields, bool important)>;
 
@@ -48,8 +48,8 @@ class CaptionFollowDriver {
 
     /// A list has appeared.
     void attached();
-    /// The view was built again. `contentRevision` changes with everything that is drawn;
-    /// `idleReturnDelay` is in seconds, 1 to 60.
+    /// The view was rebuilt. `contentRevision` changes with every visible change; `idleReturnDelay`
+    /// is in seconds, 1 to 60.
     void update(std::uint64_t contentRevision, double idleReturnDelay);
     /// The height of all rows has changed.
     void documentFrameChanged();

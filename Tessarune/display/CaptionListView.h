@@ -12,8 +12,8 @@ class CaptionListView {
         double clipY = 0;          ///< top of the visible part
         double clipHeight = 0;     ///< height of the visible part
         double documentHeight = 0; ///< height of all rows
-        /// Where the list itself puts `clipY` when it is scrolled to its end. Insets and a list
-        /// shorter than the window make it differ from `documentHeight - clipHeight`.
+        /// The list's own `clipY` when it is scrolled to its end. Insets and a list shorter than
+        /// the window make it differ from `documentHeight - clipHeight`.
         double legalBottomY = 0;
         int rows = -1; ///< -1: unknown
 
@@ -24,9 +24,9 @@ class CaptionListView {
 
     virtual ~CaptionListView() = default;
 
-    /// `nullopt` while there is no list on the screen.
+    /// `nullopt` while no list is on the screen.
     virtual std::optional<Geometry> geometry() const = 0;
-    /// To `legalBottomY`.
+    /// Scrolls to `legalBottomY`.
     virtual void scrollToEnd() = 0;
     /// Lays out and draws all visible rows again.
     virtual void redraw() = 0;

@@ -9,7 +9,7 @@ namespace tessarune {
 
 namespace {
 
-/// A preview is of one of the newest sentences; it is looked for among so many settled rows.
+/// A preview belongs to one of the newest sentences; so many settled rows are searched for it.
 constexpr std::size_t ghostReach = 32;
 
 } // namespace
@@ -89,7 +89,7 @@ std::vector<std::size_t> CaptionStageRows::changedSince(const CaptionStageRows& 
         if (ghost && *ghost < std::min(settledSize(), before.settledSize()))
             compare(*ghost);
     }
-    // Rows that settled, or that may still change.
+    // Settled rows, or rows that may still change.
     const std::size_t common = std::min(size(), before.size());
     for (std::size_t i = std::min(settledSize(), before.settledSize()); i < common; ++i)
         compare(i);

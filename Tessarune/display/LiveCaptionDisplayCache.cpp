@@ -61,7 +61,7 @@ void LiveCaptionDisplayCache::updateSourceRows(const Captions& captions, bool fo
     if (force || (isChanged && !appendSourceRowsIfPossible(captions))) {
         rebuildSourceRows(captions);
     } else if (patch) {
-        // Also after an append: the unit may be of the rows before it.
+        // Also after an append: the unit may consist of earlier rows.
         patchSourceRows(*patch);
     }
     if (force || isChanged)
@@ -78,7 +78,7 @@ void LiveCaptionDisplayCache::rebuildSourceRows(const Captions& captions) {
             addSourceSegment(segment);
     }
     mergedBilingual_.rebuild(sourceTextRows_);
-    // What is live and not committed may be another choice now.
+    // The live, uncommitted rows may be different now.
     liveTailSignature_.reset();
     ++sourceRevision_;
     ++sourceFullRebuildCount_;
@@ -99,7 +99,7 @@ bool LiveCaptionDisplayCache::appendSourceRowsIfPossible(const Captions& caption
         if (captions.clearedSegmentIDs.contains(segment.id))
             continue;
         addSourceSegment(segment);
-        // It is committed now, and shows there alone.
+        // It is committed now and shows only there.
         if (isShownInLiveTail(segment.id))
             liveTailSignature_.reset();
     }
@@ -222,13 +222,14 @@ void LiveCaptionDisplayCache::updateTranslationRows(const Captions& captions, bo
     }
     if (translationRows_.size() != rowsBefore)
         ++translationRevision_;
-    // A unit between the edges changes no signature; its text must not wait for one that does.
+    // A unit between the edges changes no signature; its text must not wait for the next change
+    // that does.
     if (patch->translatedText && stableSourceSegmentIndexByID_.contains(patch->resultSegmentID) &&
         !patchTranslationRows(*patch))
         rebuildTranslationRows(captions);
 }
 
-/// Whether the text could be put where it belongs: in its row of before, or at the end.
+/// Whether the text could be put in its place: in its former row, or at the end.
 bool LiveCaptionDisplayCache::patchTranslationRows(const Patch& patch) {
     const std::string text(Text::trimmed(*patch.translatedText));
     if (translationRows_.empty() || text.empty())

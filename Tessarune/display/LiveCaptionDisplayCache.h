@@ -20,19 +20,19 @@
 
 namespace tessarune {
 
-/// Ready-made rows of the captions, kept current by the cheapest step that does: all anew, the rows
-/// that were added, or those of one translation. What it costs to say that a word has changed does
-/// not grow with the session.
+/// Prepared rows of the captions, kept current by the cheapest sufficient step: a full rebuild, an
+/// append, or the rows of one translation. The cost of a changed word does not grow with the
+/// session.
 ///
 /// Every visible change of a row raises a revision; revisions never repeat while the program runs.
 ///
 /// Main queue, without a lock. The session owns it for as long as the program runs; a new session
-/// makes it all anew from then empty lists. Nothing fails.
+/// rebuilds it from lists that are empty then. Nothing fails.
 class LiveCaptionDisplayCache {
   public:
     using Patch = LiveCaptionDisplayTranslationPatch;
 
-    /// What the captions are at this moment; read during `update` only.
+    /// The current captions; read during `update` only.
     struct Captions {
         std::span<const CaptionSegment> committed;
         std::span<const CaptionSegment> liveLeading;
@@ -41,21 +41,21 @@ class LiveCaptionDisplayCache {
         const std::unordered_set<UUID>& clearedSegmentIDs;
     };
 
-    /// `now` gives seconds, for the times that updates take.
+    /// `now` returns seconds, for the duration of updates.
     explicit LiveCaptionDisplayCache(std::function<double()> now) : now_(std::move(now)) {}
     LiveCaptionDisplayCache(const LiveCaptionDisplayCache&) = delete;
 
-    /// Whether a refresh for this reason makes everything anew.
+    /// Whether a refresh for this reason rebuilds everything.
     static bool isForced(std::string_view reason);
 
-    /// Takes over what has changed. `patch` is null unless exactly one unit was translated or
-    /// failed; the committed rows say so already.
+    /// Takes over the changes. `patch` is null unless exactly one unit was translated or failed;
+    /// the committed rows already reflect it.
     void update(const Captions& captions, bool force, const Patch* patch);
 
-    /// The rows and revisions of a frame. The texts beside the rows are the session's.
+    /// The rows and revisions of a frame. The session adds the texts beside the rows.
     LiveCaptionDisplayFrame frame() const;
 
-    /// All that is shown: committed rows, the live tail, and the open rest if it is visible.
+    /// All visible rows: committed rows, the live tail, and the open rest if it is visible.
     SharedVector<CaptionSegment> sourceSegments() const;
     std::size_t sourceSegmentCount() const;
 
@@ -89,7 +89,7 @@ class LiveCaptionDisplayCache {
     std::optional<TranslationSignature> translationSignature_;
 
     SharedVector<CaptionSegment> stableSourceSegments_; // committed, without those cleared
-    std::vector<CaptionSegment> liveTailSegments_;      // live and not committed
+    std::vector<CaptionSegment> liveTailSegments_;      // live and uncommitted
     LiveCaptionDisplayRows sourceTextRows_;
     LiveCaptionDisplayRows liveTailRows_;
     MergedBilingualRows mergedBilingual_; // of `sourceTextRows_`
@@ -101,7 +101,7 @@ class LiveCaptionDisplayCache {
     IndexByID stableSourceSegmentIndexByID_;
     IndexByID sourceRowIndexByID_;
     IndexByID translationRowIndexByResultSegmentID_;
-    /// Where the segment of the last translation row stands in `stableSourceSegments_`.
+    /// The place of the last translation row's segment in `stableSourceSegments_`.
     std::size_t lastTranslatedSegmentIndex_ = 0;
 
     std::int64_t sourceRevision_ = 0;

@@ -9,7 +9,7 @@
 
 namespace tessarune {
 
-/// What the line about the translation says, and whether a retry is offered beside it.
+/// The text of the translation's line, and whether it offers a retry.
 struct SubtitleTranslationStatusViewState {
     std::string text;
     bool hasIncomplete = false; ///< some committed row has no translation
@@ -19,7 +19,7 @@ struct SubtitleTranslationStatusViewState {
 };
 
 /// All that views draw of a session at one moment. A value: a view may keep an old one, whose rows
-/// stay as they were, and a copy costs the same for ten rows and for ten thousand.
+/// never change, and a copy costs the same for ten rows and for ten thousand.
 ///
 /// Two frames are equal if their revisions, texts, phase and status are: rows never change without
 /// a change of a revision, and are not compared.
@@ -33,12 +33,12 @@ struct LiveCaptionDisplayFrame {
     std::optional<LiveCaptionDisplaySegment> livePartialRow; ///< the open rest, if it has a text
     SharedVector<std::string> translationTail;               ///< the visible translations
     std::string ghostTranslationText;                        ///< the preview; empty: there is none
-    std::string ghostTranslationSourceText;                  ///< the text that the preview is of
+    std::string ghostTranslationSourceText;                  ///< the source text of the preview
     std::string statusMessage;
     LiveSessionPhase sessionPhase = LiveSessionPhase::idle;
     SubtitleTranslationStatusViewState translationStatus;
 
-    /// Before anything has happened.
+    /// The initial frame.
     static LiveCaptionDisplayFrame empty();
 
     bool operator==(const LiveCaptionDisplayFrame& other) const;

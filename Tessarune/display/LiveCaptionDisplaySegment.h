@@ -19,7 +19,7 @@ struct LiveCaptionDisplaySegment {
     std::int64_t revision = 0;
     CaptionSegmentState state = CaptionSegmentState::partial;
 
-    /// Nothing for a segment without a visible text.
+    /// `nullopt` for a segment without a visible text.
     static std::optional<LiveCaptionDisplaySegment> from(const CaptionSegment& segment);
 
     bool operator==(const LiveCaptionDisplaySegment&) const = default;

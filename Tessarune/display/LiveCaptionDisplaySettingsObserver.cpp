@@ -22,11 +22,11 @@ LiveCaptionDisplaySettingsObserver::LiveCaptionDisplaySettingsObserver(AppSettin
     observe(settings.softCaptionStableSeconds);
 }
 
-/// An assignment of the value of before is no change: a file that is read again assigns all.
+/// Assigning the current value is not a change: reading the file again assigns all settings.
 template <typename T>
 void LiveCaptionDisplaySettingsObserver::observe(Setting<T>& setting) {
     const auto valueOf = [&setting] {
-        // Where a text is spelt otherwise for the command line, the value itself counts.
+        // If the command line spells a value differently, the stored value is compared.
         if constexpr (std::is_same_v<T, std::string>)
             return *setting;
         else

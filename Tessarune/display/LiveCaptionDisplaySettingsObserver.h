@@ -8,11 +8,11 @@
 
 namespace tessarune {
 
-/// Tells when a setting changes that decides how captions look, for the diagnostics run: views read
+/// Reports changes of settings that affect how captions look, for the diagnostics run: views read
 /// such settings themselves. Main queue; the settings outlive it.
 class LiveCaptionDisplaySettingsObserver {
   public:
-    /// The setting's key, and its new value as the settings file has it.
+    /// The setting's key, and its new value as in the settings file.
     using Handler = std::function<void(const std::string& name, const std::string& value)>;
 
     LiveCaptionDisplaySettingsObserver(AppSettings& settings, Handler handler);

@@ -11,10 +11,9 @@
 
 namespace tessarune {
 
-/// Signatures stand for a list without a walk over it: its edges and its length. Two equal ones
-/// mean that what was made of the list is still good. A long list that changed only between its
-/// edges has the same signature: committed rows change in no other way than by a translation, which
-/// brings its own patch.
+/// A signature represents a list by its edges and its length. If two are equal, derived rows are
+/// still valid. A long list that changed only between its edges keeps its signature: committed rows
+/// change only by a translation, which brings its own patch.
 
 /// A committed row, without its translation.
 struct SourceSegmentEdgeSignature {
@@ -88,8 +87,8 @@ struct TranslationSignature {
 
     static TranslationSignature of(std::span<const CaptionSegment> committed,
                                    std::size_t clearedCount);
-    /// Whether the list of which `now` is the signature begins with the rows of before.
-    /// `exceptTranslations`: they may have got other translations.
+    /// Whether a list with the signature `now` begins with the former rows. `exceptTranslations`:
+    /// their translations may have changed.
     bool isContinuedBy(std::span<const CaptionSegment> committed, const TranslationSignature& now,
                        bool exceptTranslations) const;
     bool operator==(const TranslationSignature&) const = default;

@@ -13,7 +13,7 @@ namespace tessarune {
 /// Posted after each published frame, without an object.
 inline constexpr std::string_view liveCaptionFramePublished = "TessaruneLiveCaptionFramePublished";
 
-/// What became of a frame.
+/// The outcome of publishing a frame.
 struct LiveCaptionDisplayUpdateResult {
     double updateRequests = 0;  ///< running total, this one included
     double publishedFrames = 0; ///< likewise
@@ -21,14 +21,14 @@ struct LiveCaptionDisplayUpdateResult {
     bool isPublished = false;
 };
 
-/// Where views find the frame to draw. A frame that is equal to the published one goes no further,
-/// so that views are not told of nothing.
+/// Holds the frame that views draw. A frame that is equal to the published one is dropped, so that
+/// views are not notified without a change.
 ///
 /// Main queue. The session owns it for as long as the program runs; views observe `frame` and read
 /// nothing else of the captions.
 class LiveCaptionDisplayStore {
   public:
-    /// Zeroed by `resetPerfCounters`. Views raise those that count what they draw.
+    /// Zeroed by `resetPerfCounters`. Views increment the counters of what they draw.
     struct PerfCounters {
         double updateRequests = 0;
         double publishedFrames = 0;
@@ -49,8 +49,8 @@ class LiveCaptionDisplayStore {
         double captionStageBilingualCompareRenders = 0;
     };
 
-    /// `now` gives seconds, for the time that a comparison takes. `notifications` outlives the
-    /// store; without them nothing is posted.
+    /// `now` returns seconds, for the duration of a comparison. `notifications` outlives the store;
+    /// without it nothing is posted.
     explicit LiveCaptionDisplayStore(std::function<double()> now,
                                      const NotificationCenter* notifications = nullptr);
     LiveCaptionDisplayStore(const LiveCaptionDisplayStore&) = delete;
@@ -61,7 +61,7 @@ class LiveCaptionDisplayStore {
 
     /// Assigned by `update` alone.
     Published<LiveCaptionDisplayFrame> frame;
-    /// Views have the store by const reference, and count in it what they draw.
+    /// Views have the store by const reference, and count what they draw in it.
     mutable PerfCounters perf;
 
   private:
@@ -69,8 +69,8 @@ class LiveCaptionDisplayStore {
     const NotificationCenter* const notifications_;
 };
 
-/// Whether a refresh is worth a line in a diagnostics run: what happens many times a second is
-/// sampled. `publishedFrameIndex` counts from 0.
+/// Whether a diagnostics run records this refresh: frequent ones are sampled. `publishedFrameIndex`
+/// counts from 0.
 bool shouldRecordDisplayDiagnostics(std::string_view reason, double publishedFrameIndex,
                                     bool isPublished, AppleAnalyzerDiagnosticsMode mode);
 

@@ -4,7 +4,7 @@
 
 namespace tessarune {
 
-/// Where a listening session stands.
+/// The phase of a listening session.
 enum class LiveSessionPhase {
     idle,
     preparing, ///< a start was accepted; permissions are asked for

@@ -40,7 +40,7 @@ void MergedBilingualRows::patch(const LiveCaptionDisplayRows& source,
         --range.lower;
     while (canMerge(source, range.upper - 1, range.upper))
         ++range.upper;
-    // A row that left its unit may take others of its former merged row along.
+    // A row that left its unit may split its former merged row.
     const Merged merged = overlapping(range);
     if (merged.first == merged.last) {
         rebuild(source);
@@ -67,7 +67,7 @@ MergedBilingualRows::Merged MergedBilingualRows::overlapping(Span range) const {
             static_cast<std::size_t>(last - spans_.begin())};
 }
 
-/// Makes these merged rows anew, which cover these source rows.
+/// Rebuilds these merged rows, which cover these source rows.
 void MergedBilingualRows::replace(Merged merged, const LiveCaptionDisplayRows& source, Span range) {
     MergedBilingualRows again;
     again.append(source, range);
@@ -78,7 +78,7 @@ void MergedBilingualRows::replace(Merged merged, const LiveCaptionDisplayRows& s
 }
 
 void MergedBilingualRows::append(const LiveCaptionDisplayRows& source, Span range) {
-    std::size_t pending = range.lower; // where the group begins that is not closed yet
+    std::size_t pending = range.lower; // the start of the open group
     for (std::size_t i = range.lower; i < range.upper; ++i) {
         if (source[i].state == CaptionSegmentState::partial) {
             appendGroup(source, {pending, i});

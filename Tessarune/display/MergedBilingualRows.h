@@ -8,9 +8,9 @@
 
 namespace tessarune {
 
-/// Rows of which each shows a whole translation unit: neighbouring final rows of one unit become
-/// one row with their texts joined, under the id of the last. Kept current with the rows that it is
-/// made of by making only those units anew that have changed.
+/// Rows that each show a whole translation unit: adjacent final rows of one unit become one row
+/// with their texts joined, under the id of the last. A change of source rows rebuilds only the
+/// units that they belong to.
 ///
 /// Main queue.
 class MergedBilingualRows {
@@ -28,9 +28,10 @@ class MergedBilingualRows {
     const std::vector<Span>& spans() const { return spans_; }
 
     void rebuild(const LiveCaptionDisplayRows& source);
-    /// There are more source rows than the `oldCount` of before.
+    /// Source rows were added after the first `oldCount`.
     void patchAfterAppend(const LiveCaptionDisplayRows& source, std::size_t oldCount);
-    /// These source rows have changed. None at all, or one that does not exist, makes all anew.
+    /// These source rows have changed. An empty list, or an index that does not exist, rebuilds
+    /// all.
     void patch(const LiveCaptionDisplayRows& source, std::span<const std::size_t> affected);
 
   private:

@@ -9,12 +9,12 @@
 
 namespace tessarune {
 
-/// A list that is copied in constant time, however long it is: copies share their elements, and a
-/// change of one of them copies a few nodes of 32 pointers and leaves the others as they were.
+/// A list that is copied in constant time: copies share their elements, and a change of one of them
+/// copies a few nodes of 32 pointers and leaves the others unchanged.
 ///
 /// A tree whose leaves point to the elements. An append or an assignment costs the depth of the
-/// tree (three levels up to 32,768 elements); where nobody shares a node it changes in place.
-/// Elements never change themselves, so that references stay valid as long as some copy has them.
+/// tree (three levels up to 32,768 elements); an unshared node changes in place. Elements never
+/// change, so references stay valid while any copy has them.
 ///
 /// Like a `std::vector` for readers. Copies that share elements belong to one thread.
 template <typename T>
@@ -62,7 +62,7 @@ class SharedVector {
     Iterator begin() const { return {this, 0}; }
     Iterator end() const { return {this, size_}; }
 
-    /// The element itself, to be put into another list without a copy of what it holds.
+    /// The shared element, for insertion into another list without a copy.
     const Element& element(std::size_t index) const {
         const Node* node = root_.get();
         for (unsigned level = levels_; level > 0; --level)
@@ -83,7 +83,7 @@ class SharedVector {
     void set(std::size_t index, T value) {
         leaf(index).elements[slot(index, 0)] = std::make_shared<const T>(std::move(value));
     }
-    /// Keeps the first `size` elements; there are at least as many.
+    /// Keeps the first `size` elements; there must be at least as many.
     void truncate(std::size_t size) {
         if (size == 0) {
             *this = SharedVector();
@@ -97,8 +97,8 @@ class SharedVector {
             size_ = size;
         }
     }
-    /// Puts other elements in the place of those from `first` to before `last`. What stands behind
-    /// them is put in its place anew, which costs as much as there is of it.
+    /// Replaces the elements from `first` to before `last`. The elements after them are inserted
+    /// again, which costs as much as there are.
     void replace(std::size_t first, std::size_t last, const SharedVector& with) {
         std::vector<Element> behind;
         for (std::size_t i = last; i < size_; ++i)
@@ -110,8 +110,8 @@ class SharedVector {
             append(std::move(kept));
     }
 
-    /// Calls `visit` with each index of both lists at which they do not share their element. Costs
-    /// what has changed, however long the lists are.
+    /// Calls `visit` with each index of both lists at which they do not share their element. The
+    /// cost depends on the changes, not on the lengths.
     template <typename Visit>
     void forEachUnshared(const SharedVector& other, Visit visit) const {
         if (!empty() && !other.empty())
@@ -131,14 +131,14 @@ class SharedVector {
   private:
     static constexpr unsigned bits = 5;
 
-    /// Has children, or as a leaf elements.
+    /// Has children, or elements if it is a leaf.
     struct Node {
         std::vector<std::shared_ptr<Node>> children;
         std::vector<Element> elements;
     };
 
-    /// Two nodes over the same indices, of which `first` is the lowest; of a higher one the part
-    /// that the other covers.
+    /// Two nodes over the same indices, of which `first` is the lowest; a higher node is reduced to
+    /// the part that the other covers.
     template <typename Visit>
     static void compare(const Node& one, unsigned level, const Node& other, unsigned otherLevel,
                         std::size_t first, Visit& visit) {
@@ -160,7 +160,7 @@ class SharedVector {
     static std::size_t slot(std::size_t index, unsigned level) {
         return (index >> (bits * level)) & ((std::size_t{1} << bits) - 1);
     }
-    /// The node to write to: this list's own, by a copy if another list has it too.
+    /// The node to write to: this list's own, or a copy if another list shares it.
     static Node& own(std::shared_ptr<Node>& node) {
         if (!node)
             node = std::make_shared<Node>();
@@ -168,7 +168,7 @@ class SharedVector {
             node = std::make_shared<Node>(*node);
         return *node;
     }
-    /// The leaf of the element, which may be the one behind the last.
+    /// The leaf of the element, which may be the one after the last.
     Node& leaf(std::size_t index) {
         Node* node = &own(root_);
         for (unsigned level = levels_; level > 0; --level) {

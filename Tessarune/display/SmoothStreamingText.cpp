@@ -9,7 +9,7 @@ namespace tessarune {
 
 namespace {
 
-/// From this backlog on the stream has lost: the rest appears at once.
+/// At this backlog the rest appears at once.
 constexpr std::size_t lostBacklog = 401;
 /// Up to this backlog the stream runs at its normal pace.
 constexpr std::size_t calmBacklog = 24;

@@ -57,8 +57,8 @@ SubtitleWindowSettingsViewState SubtitleWindowSettingsViewState::of(const AppSet
 template <typename ViewState>
 SubtitleSettingsStore<ViewState>::SubtitleSettingsStore(Host& host, AppSettings& settings)
     : state(ViewState::of(settings)), host_(host), settings_(settings) {
-    // The state decides what concerns the view; to list its settings here again would be a second
-    // place to forget one.
+    // The view state decides which settings concern the view; a second list of them could be
+    // incomplete.
     for (AnySetting* setting : settings.all())
         observations_.add(setting->onChange([this] { scheduleRefresh(); }));
 }

@@ -11,7 +11,7 @@
 
 namespace tessarune {
 
-// What one view reads of the settings, so that an unrelated setting redraws nothing.
+// The settings that one view reads, so that an unrelated setting redraws nothing.
 
 struct SubtitleCaptionSettingsViewState {
     bool translationEnabled = false;
@@ -62,8 +62,8 @@ struct SubtitleWindowSettingsViewState {
     bool operator==(const SubtitleWindowSettingsViewState&) const = default;
 };
 
-/// Publishes a view state whenever it differs after a change of the settings. Changes that come
-/// together, as a profile makes them, are one.
+/// Publishes a view state whenever it differs after a change of the settings. Simultaneous changes,
+/// as by a profile, are one.
 ///
 /// Main queue. Host and settings outlive it.
 template <typename ViewState>

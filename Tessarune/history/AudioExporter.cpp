@@ -72,12 +72,12 @@ Task<void> AudioExporter::transcodeToM4A(std::filesystem::path from, std::filesy
 }
 
 std::string_view AudioExporter::withinFileName(std::string_view text) {
-    // Of the 255 bytes that a disk allows; the others are for what is added until a file is whole.
+    // Of the 255 bytes that a disk allows; the remainder is for the suffix of an unfinished file.
     constexpr std::size_t most = 200;
     if (text.size() <= most)
         return text;
     text = Text::withoutCutCharacter(text.substr(0, most));
-    return text.substr(0, text.size() - Text::lastCharacter(text).size()); // may be cut, too
+    return text.substr(0, text.size() - Text::lastCharacter(text).size()); // it may be incomplete
 }
 
 std::string AudioExporter::suggestedFilename(double startedAt, std::string_view note,

@@ -41,9 +41,9 @@ class AudioExporter {
     Task<void> transcodeToM4A(std::filesystem::path from, std::filesystem::path to,
                               MediaProgress progress = {}, std::stop_token stop = {});
 
-    /// As much of the beginning of a text as can be a part of a file's name. Pure.
+    /// The longest beginning of a text that can be part of a file name. Pure.
     static std::string_view withinFileName(std::string_view text);
-    /// The note, or without one the start, as a file name. Pure.
+    /// A file name made from the note, or from the start if there is no note. Pure.
     static std::string suggestedFilename(double startedAt, std::string_view note,
                                          std::string_view ext);
 

@@ -4,8 +4,8 @@
 
 namespace tessarune::DurationTextFormatter {
 
-/// "04:05", from an hour on "1:04:05". Fractions of a second are dropped; what is no duration
-/// counts as none.
+/// "04:05", and from an hour on "1:04:05". Drops fractions of a second; an invalid duration counts
+/// as 0.
 std::string compact(double seconds);
 
 } // namespace tessarune::DurationTextFormatter

@@ -116,7 +116,7 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
         });
         co_return;
     }
-    // Under a name that nobody has until it is whole: the folder is the user's.
+    // Written under an unused name until it is complete: the folder is the user's.
     std::filesystem::path beside = to;
     beside += ".new-" + UUID::random().text().substr(0, 8);
     const std::filesystem::path from(request.recording.filePath.value_or(""));
@@ -208,7 +208,7 @@ std::string HistoryExport::exportText(const HistoryExportRequest& request) {
     throw HistoryExportError(ErrorKind::noTranslation, missingTranslationText(request.format));
 }
 
-/// A timeline that cannot be read costs the times, not the text.
+/// An unreadable timeline costs the times, not the text.
 HistoryWordTimeline HistoryExport::timeline(const HistoryItem& recording) {
     const auto path = catalog_.wordTimelineURL(recording.id);
     try {
@@ -219,8 +219,8 @@ HistoryWordTimeline HistoryExport::timeline(const HistoryItem& recording) {
     return {};
 }
 
-/// What this program encoded is as an export should be: it loses nothing and takes no time. An
-/// import may be anything, whatever it is called.
+/// A file that this program encoded is copied: that loses nothing and takes no time. An import may
+/// hold anything, whatever its extension.
 bool HistoryExport::isOurM4A(const UUID& id, const std::filesystem::path& audio) const {
     const auto recording = catalog_.recording(id);
     return recording && recording->audioFormat == M4A::audioFormat && audio.extension() == ".m4a";
@@ -236,7 +236,7 @@ void HistoryExport::copyAudio(const std::filesystem::path& from, const std::file
     copy->close();
 }
 
-/// A step of an export of audio; one that fails leaves nothing of it.
+/// One step of an audio export; if it fails, its output is removed.
 void HistoryExport::finishing(const std::filesystem::path& beside,
                               const std::function<void()>& step) {
     try {

@@ -17,14 +17,14 @@ namespace tessarune {
 
 enum class HistoryExportFormat { html, pdf, m4a, srt, vtt, txt };
 
-/// What is to be exported of a recording.
+/// The choices for one export.
 struct HistoryExportRequest {
     HistoryItem recording;
     HistoryExportFormat format = HistoryExportFormat::pdf;
     HistoryTranscriptExportContent content = HistoryTranscriptExportContent::bilingual;
 };
 
-/// Why there is nothing to export, or what failed. The text can be shown.
+/// Why there is nothing to export, or which step failed. The text can be shown.
 class HistoryExportError : public std::runtime_error {
   public:
     enum class Kind { noTranscript, noTranslation, noTimes, failed };
@@ -37,16 +37,15 @@ class HistoryExportError : public std::runtime_error {
     Kind kind_;
 };
 
-/// Lets recordings leave the program, for every front end. Main queue; catalog, disk and exporter
-/// outlive it.
+/// Exports recordings, for every front end. Main queue; catalog, disk and exporter must outlive it.
 class HistoryExport {
   public:
     HistoryExport(Host& host, RecordingCatalog& catalog, FileSystem& files, AudioExporter& audio,
                   WriteTranscriptPDF pdf);
 
-    /// Writes the file `to`, which appears whole or not at all, and replaces what is there. Throws
-    /// HistoryExportError, or CancellationError when asked to stop; audio alone can be stopped, and
-    /// alone reports progress, on its own queue.
+    /// Writes the file `to`, which appears whole or not at all, and replaces an existing file.
+    /// Throws HistoryExportError, or CancellationError when asked to stop. Only audio can be
+    /// stopped and reports progress, on its own queue.
     Task<void> write(HistoryExportRequest request, std::filesystem::path to,
                      MediaProgress progress = {}, std::stop_token stop = {});
 

@@ -21,7 +21,7 @@ std::optional<std::int64_t> sizeOf(FileSystem& files, const std::filesystem::pat
     }
 }
 
-/// The entry as it is now, or nothing if it is not to be listed.
+/// The current entry, or `nullopt` if it is not to be listed.
 std::optional<RecordingMetadata> normalizedRecording(RecordingMetadata recording,
                                                      FileSystem& files) {
     const std::filesystem::path audio(recording.filePath);
@@ -30,7 +30,7 @@ std::optional<RecordingMetadata> normalizedRecording(RecordingMetadata recording
     if (const auto size = sizeOf(files, audio))
         recording.byteCount = *size;
     const std::string extension = Text::lowercased(audio.extension().string());
-    // An import is as short as it is; of our own that size means that nothing was compressed.
+    // An import may be that short; one of our own files of that size holds no sound.
     if (extension == ".wav" || extension == ".pcm" || recording.isImport() ||
         recording.byteCount > emptyCompressedSize)
         return recording;

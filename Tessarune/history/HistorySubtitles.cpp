@@ -19,14 +19,14 @@ constexpr double longestCue = static_cast<double>(longestCueMS) / 1000;
 /// Reading speed: how fast a cue's text can be read while it is shown.
 constexpr double columnsPerSecond = 20;
 
-/// A stretch of the spoken text that can stand on the screen at once.
+/// A stretch of the spoken text that fits on the screen at once.
 struct Chunk {
     SubtitleText::Range pieces;
     double start = 0;
     double end = 0;
 };
 
-/// A cue before its times are in order.
+/// A cue whose times are not in order yet.
 struct Draft {
     std::vector<std::string> source;
     std::vector<std::string> translation;
@@ -34,7 +34,7 @@ struct Draft {
     double end = 0;
 };
 
-/// Cuts as late as the screen, the longest cue and `mostColumns` allow.
+/// Cuts as late as the screen, the maximum cue length and `mostColumns` allow.
 std::vector<Chunk> cut(const SpokenRow& row, const SubtitleText& text, std::size_t mostColumns) {
     std::vector<Chunk> chunks;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -52,7 +52,7 @@ std::vector<Chunk> cut(const SpokenRow& row, const SubtitleText& text, std::size
     return chunks;
 }
 
-/// As few chunks as possible, and these about equally long.
+/// As few chunks as possible, of about equal length.
 std::vector<Chunk> chunksOf(const SpokenRow& row, const SubtitleText& text) {
     std::size_t wide = SubtitleText::mostColumns * SubtitleText::mostLines;
     std::vector<Chunk> best = cut(row, text, wide);
@@ -69,10 +69,11 @@ std::vector<Chunk> chunksOf(const SpokenRow& row, const SubtitleText& text) {
     return best;
 }
 
-/// Of the source, of the translation, or of both: the translation is cut into as many parts.
+/// The lines of the source, of the translation, or of both: the translation is cut into as many
+/// parts.
 void addDrafts(std::vector<Draft>& drafts, SpokenRow row, Content content) {
     if (content == Content::translation) {
-        // Its words are heard nowhere; it runs as evenly as it can.
+        // The translation has no word times, so it is spread evenly.
         row.source = std::move(row.translation);
         row.translation.clear();
         row.words.clear();
@@ -94,7 +95,7 @@ void addDrafts(std::vector<Draft>& drafts, SpokenRow row, Content content) {
     for (std::size_t i = 0; i < count; ++i) {
         const std::size_t index = i * chunks.size() / count;
         const Chunk& chunk = chunks[index];
-        // A chunk with a long translation stays while that is shown part by part.
+        // A chunk with a long translation stays on the screen while the parts are shown in turn.
         const std::size_t first = (index * count + chunks.size() - 1) / chunks.size();
         const std::size_t behind = ((index + 1) * count + chunks.size() - 1) / chunks.size();
         const double each = (chunk.end - chunk.start) / static_cast<double>(behind - first);
@@ -104,7 +105,7 @@ void addDrafts(std::vector<Draft>& drafts, SpokenRow row, Content content) {
     }
 }
 
-/// A cue that nobody could read in its time stands together with the next, where there is room.
+/// Joins a cue that is too short to read with the next one if both fit.
 std::vector<Draft> withoutFlashes(std::vector<Draft> drafts) {
     std::vector<Draft> kept;
     for (Draft& draft : drafts) {

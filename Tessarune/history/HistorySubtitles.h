@@ -8,7 +8,7 @@
 
 namespace tessarune {
 
-/// What stands on the screen at one time.
+/// The text on the screen at one time.
 struct SubtitleCue {
     std::int64_t startMS = 0;
     std::int64_t endMS = 0;
@@ -19,22 +19,21 @@ struct SubtitleCue {
 
 /// Subtitles of a recording, from the times of its words. Pure.
 ///
-/// Cues follow each other without overlap, last 1 to 7 seconds, and have at most two lines of each
-/// language, none longer than 42 characters. A cue of damaged or missing times may come late, but
-/// never out of order.
+/// Cues do not overlap, last 1 to 7 seconds, and have at most two lines of each language with at
+/// most 42 characters each. Damaged or missing times may make a cue late, but never out of order.
 namespace HistorySubtitles {
 
 inline constexpr std::int64_t shortestCueMS = 1000;
 inline constexpr std::int64_t longestCueMS = 7000;
 
-/// `words` are those of the timeline from which the document has its sentences. `duration` is the
-/// recording's, in seconds: rows without a time share what is left of it.
+/// `words` come from the timeline that the document's sentences come from. `duration` is the
+/// recording's, in seconds: rows without a time share the remainder.
 std::vector<SubtitleCue> cues(const HistoryTranscriptExportDocument& document,
                               const std::vector<HistoryWordTimeline::Word>& words, double duration);
 
-/// A file for players of films.
+/// SubRip, for media players.
 std::string srt(const std::vector<SubtitleCue>& cues);
-/// A file for browsers.
+/// WebVTT, for browsers.
 std::string webVTT(const std::vector<SubtitleCue>& cues);
 
 } // namespace HistorySubtitles

@@ -8,7 +8,7 @@
 
 namespace tessarune {
 
-/// What a transcript's PDF shows. A plain value.
+/// The content of a transcript's PDF. A plain value.
 struct HistoryTranscriptPDFDocument {
     struct Row {
         std::optional<std::string> time; ///< "04:05"
@@ -26,7 +26,7 @@ struct HistoryTranscriptPDFDocument {
 
     /// As one line of JSON, for the program that lays it out.
     std::string encoded() const;
-    /// Nothing if the text is no such object.
+    /// `nullopt` if the text is not such an object.
     static std::optional<HistoryTranscriptPDFDocument> decoded(std::string_view json);
 };
 

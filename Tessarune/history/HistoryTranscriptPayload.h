@@ -8,15 +8,15 @@
 
 namespace tessarune {
 
-/// What the transcript area shows.
+/// The state of the transcript area.
 enum class HistoryTranscriptPresentation {
     nothing = 0,
-    sourceWithoutTranslation = 1, ///< the bilingual text was asked for and there is none
+    sourceWithoutTranslation = 1, ///< the bilingual text was requested and there is none
     source = 2,
     bilingual = 3
 };
 
-/// A recording's two texts, as they are shown. A plain value; its functions are pure.
+/// A recording's two texts for display. A plain value; its functions are pure.
 struct HistoryTranscriptPayload {
     static constexpr int bilingualMode = 1;
 

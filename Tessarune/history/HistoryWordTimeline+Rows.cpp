@@ -10,7 +10,7 @@ namespace tessarune {
 
 namespace {
 
-/// Each way of keeping a text has its own white space.
+/// Source and bilingual texts differ in white space.
 std::string comparableText(std::string_view text) {
     return Text::canonical(Text::joined(Text::splitOnWhiteSpace(text), ""));
 }
@@ -29,7 +29,7 @@ placesOf(const std::vector<std::string>& texts) {
 
 using Pair = std::pair<std::size_t, std::size_t>; // a row and its sentence
 
-/// The most pairs that can stand together without one crossing another.
+/// The largest set of pairs that do not cross each other.
 std::vector<Pair> uncrossed(const std::vector<Pair>& pairs) {
     std::vector<std::size_t> lasts; // of the best chain of each length, the pair at its end
     std::vector<std::optional<std::size_t>> before(pairs.size());
@@ -73,13 +73,13 @@ class RowMatch {
         }
         const bool isAny = std::ranges::any_of(found_, [](const auto& each) { return !!each; });
         const std::size_t both = std::min(rows_.size(), sentences_.size());
-        if (!isAny) // the two say nothing of each other
+        if (!isAny) // the two sides say nothing about each other
             fillBetween({0, 0}, {both, both});
         return std::move(found_);
     }
 
   private:
-    /// Of the texts that stand once on either side.
+    /// Pairs the texts that occur once on each side.
     std::vector<Pair> samePairs() const {
         std::vector<Pair> same;
         const auto places = placesOf(sentences_);
@@ -97,7 +97,7 @@ class RowMatch {
     }
 
     void fillBetween(Pair from, Pair to) {
-        // As many on either side are the same sentences in other words.
+        // An equal number on both sides: the same sentences in other words.
         const bool isEven = to.first - from.first == to.second - from.second;
         const auto isLeft = [&] { return from.first < to.first && from.second < to.second; };
         for (; isLeft() && (isEven || agrees(from.first, from.second)); ++from.first, ++from.second)

@@ -15,8 +15,8 @@ using Timeline = HistoryWordTimeline;
 struct RecordingClock {
     double base; ///< seconds since 1970
 
-    /// Recognisers report either the wall clock or seconds of the recording. The two are far apart;
-    /// the minute allows for a clock that was read a little before the recording began.
+    /// Recognisers report either the wall clock or seconds of the recording. The two differ by
+    /// decades; the minute allows for a clock that was read shortly before the recording began.
     double relative(double time) const {
         constexpr double wallClockMargin = 60;
         return time >= base - wallClockMargin ? std::max(0.0, time - base) : time;
@@ -58,7 +58,7 @@ double segmentEnd(const CaptionSegment& segment, std::span<const WordEvent> even
     return std::max(start, latest.value_or(start));
 }
 
-/// Adds the rows of a session to a timeline, one after the other.
+/// Appends the rows of a session to a timeline, one by one.
 struct Builder {
     Timeline& timeline;
     RecordingClock clock;
@@ -113,7 +113,7 @@ struct Builder {
     }
 };
 
-/// Index of the last of `count` rising starts that is not after `time`.
+/// The index of the last of `count` ascending starts that is not after `time`.
 template <typename Start>
 std::optional<std::size_t> lastStarted(std::size_t count, double time, Start start) {
     std::size_t low = 0;
@@ -134,7 +134,7 @@ std::optional<std::size_t> lastStarted(std::size_t count, double time, Start sta
 } // namespace
 
 double HistoryWordTimeline::saneTime(double seconds) {
-    constexpr double latest = 1e6; // what is beyond is damage
+    constexpr double latest = 1e6; // a larger value is damage
     return std::isfinite(seconds) ? std::clamp(seconds, 0.0, latest) : 0;
 }
 
@@ -185,7 +185,7 @@ std::vector<double> Timeline::sentenceStarts() const {
 }
 
 std::optional<std::size_t> Timeline::activeSentenceIndex(double time) const {
-    // Asked many times a second during playback: no list is made where there are sentences.
+    // Called many times a second during playback: sentences are searched without building a list.
     if (!sentences.empty())
         return lastStarted(sentences.size(), time,
                            [&](std::size_t i) { return sentences[i].start; });

@@ -15,12 +15,12 @@
 namespace tessarune {
 
 /// The link between a recording's text and its sound: when each word and each sentence is heard, in
-/// seconds from the start of the recording. Sentences stand in the order of time.
+/// seconds from the start of the recording. Sentences are in the order of time.
 ///
 /// A plain value; all its functions are pure.
 struct HistoryWordTimeline {
     struct Word {
-        std::string w; ///< as it stands in the text, punctuation included
+        std::string w; ///< as written in the text, punctuation included
         double t = 0;
         std::optional<UUID> segmentID; ///< absent in timelines that were made from the file
 
@@ -37,7 +37,8 @@ struct HistoryWordTimeline {
         bool operator==(const Sentence&) const = default;
     };
 
-    /// How the times were found. "Where" tells which of the two carries it.
+    /// How the times were found; each comment says whether the timeline or a sentence carries the
+    /// value.
     struct TimingKind {
         static constexpr std::string_view audioWord = "audioWord"; ///< both: each word's sound
         static constexpr std::string_view audioSegment =
@@ -50,7 +51,8 @@ struct HistoryWordTimeline {
 
     static constexpr std::int64_t currentSchemaVersion = 2;
 
-    /// A time of a file that may be damaged or foreign, as one that a recording can have.
+    /// Clamps a time from a file, which may be damaged or foreign, to one that a recording can
+    /// have.
     static double saneTime(double seconds);
 
     std::int64_t schemaVersion = currentSchemaVersion;
@@ -65,33 +67,35 @@ struct HistoryWordTimeline {
 
     using WordEvents = std::unordered_map<UUID, std::vector<WordEvent>>;
 
-    /// From the committed rows of a live session. Times of rows and words may be on the wall clock
-    /// (seconds since 1970, as `recordingStartedAt` is) or already relative to the recording.
-    /// Nothing if the session was not recorded or no row has text.
+    /// Built from the committed rows of a live session. Times of rows and words may be on the wall
+    /// clock (seconds since 1970, as `recordingStartedAt` is) or already relative to the recording.
+    /// `nullopt` if the session was not recorded or no row has text.
     static std::optional<HistoryWordTimeline> build(std::optional<double> recordingStartedAt,
                                                     std::string_view recognitionOptionID,
                                                     std::span<const CaptionSegment> segments,
                                                     const WordEvents& wordEvents);
 
-    /// Sentences made of runs of words that belong to the same row, for timelines that were saved
-    /// before there were sentences.
+    /// Sentences derived from runs of words of the same row, for timelines that were saved without
+    /// sentences.
     std::vector<Sentence> derivedSentencesFromWords() const;
 
     /// The sentence that each row of a bilingual text shows. Such a text may be older than a
-    /// refined timeline: what both have belongs together, and so does what lies between in equal
-    /// number; a row that only one of the two has shows none.
+    /// refined timeline: equal texts are paired, and so are the rows between them if both sides
+    /// have the same number; a row without a counterpart shows none.
     static std::vector<std::optional<std::size_t>>
     sentencesOfRows(const std::vector<std::string>& rows, const std::vector<Sentence>& sentences);
 
     /// The start of each sentence, or of each derived one where there are no sentences.
     std::vector<double> sentenceStarts() const;
 
-    /// The sentence that is heard at `time`: the last that has started, none before the first.
+    /// The sentence that is heard at `time`: the last one that has started; `nullopt` before the
+    /// first.
     std::optional<std::size_t> activeSentenceIndex(double time) const;
 
     /// The sidecar file: a JSON object, pretty-printed with sorted keys.
     std::string encoded() const;
-    /// Nothing if the text is no such object. Files of version 1 have no version and no sentences.
+    /// `nullopt` if the text is not such an object. Files of version 1 have no version and no
+    /// sentences.
     static std::optional<HistoryWordTimeline> decoded(std::string_view json);
 };
 

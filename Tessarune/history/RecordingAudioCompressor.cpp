@@ -73,7 +73,7 @@ void RecordingAudioCompressor::forget() {
 
 Task<void> RecordingAudioCompressor::keepUp(Alive alive, RecordingAudioCompressor& self,
                                             std::shared_ptr<WAVEncoding> encoding) {
-    // What one look may encode: after a sleep of the computer there are hours of silence.
+    // The limit for one look: after the computer has slept there may be hours of silence.
     constexpr double mostSeconds = 600;
     Host& host = self.host_;
     const Executor worker = Executor::queue(host, self.queue_);
@@ -85,7 +85,7 @@ Task<void> RecordingAudioCompressor::keepUp(Alive alive, RecordingAudioCompresso
     }
 }
 
-/// False where the whole WAV is still to be encoded.
+/// False if the whole WAV must still be encoded.
 Task<bool> RecordingAudioCompressor::finishFollowed(RecordingMetadata recording,
                                                     MediaProgress progress, std::stop_token stop) {
     const auto encoding = std::exchange(followed_, nullptr);
@@ -102,7 +102,7 @@ Task<bool> RecordingAudioCompressor::finishFollowed(RecordingMetadata recording,
     co_return isWhole;
 }
 
-// What a session left that was cut off
+// Recordings of interrupted sessions
 
 void RecordingAudioCompressor::compressLeftovers() {
     std::vector<RecordingMetadata> waiting;
@@ -175,7 +175,7 @@ Task<RecordingMetadata> RecordingAudioCompressor::compressWAVToM4A(RecordingMeta
     co_return adopt(std::move(recording), deleteSource);
 }
 
-/// The M4A is there: makes it the recording, unless it is no replacement.
+/// Makes the finished M4A the recording, unless it is not an equivalent replacement.
 RecordingMetadata RecordingAudioCompressor::adopt(RecordingMetadata recording, bool deleteSource) {
     const std::filesystem::path source(recording.filePath);
     const auto destination = destinationOf(source);
@@ -186,7 +186,7 @@ RecordingMetadata RecordingAudioCompressor::adopt(RecordingMetadata recording, b
     recording.channelCount = M4A::channels;
     recording.awaitsCompression = false;
     recording.note.reset(); // the catalog keeps the one of now: it may have changed meanwhile
-    // Without its WAV an entry that still names it would be dropped at the next start.
+    // An entry that still names the removed WAV would be dropped at the next start.
     if (!catalog_.upsert(recording))
         discard(destination,
                 catalog_.paths().recordingIndex().string() + " could not be brought up to date");
@@ -216,8 +216,8 @@ std::int64_t RecordingAudioCompressor::checkedSize(const RecordingMetadata& reco
     return static_cast<std::int64_t>(size);
 }
 
-/// The sound is about to exist only there: a file that is not as long as what was recorded is no
-/// replacement.
+/// The M4A is about to become the only copy of the sound: it is refused unless it is as long as the
+/// recording.
 bool RecordingAudioCompressor::lastsAsLong(const RecordingMetadata& recording,
                                            const std::filesystem::path& output) {
     try {

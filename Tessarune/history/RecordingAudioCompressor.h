@@ -20,10 +20,10 @@ namespace tessarune {
 class WAVEncoding;
 
 /// Turns WAV recordings into M4As and makes the catalog's entries point to them. Main queue; the
-/// encoding happens on queues of its own. A failure leaves the WAV and its entry as they were.
+/// encoding happens on queues of its own. A failure leaves the WAV and its entry unchanged.
 ///
-/// A running recording is followed: its M4A is made beside the WAV, so that at the end only the
-/// last seconds are left. Where that fails, or was not begun, the end encodes the whole WAV.
+/// During a recording the M4A grows beside the WAV, so that only the last seconds remain at the
+/// end. If that failed or never began, the whole WAV is encoded at the end.
 class RecordingAudioCompressor {
   public:
     class CompressionError : public std::runtime_error {
@@ -32,7 +32,7 @@ class RecordingAudioCompressor {
             missingSource,
             missingOutput,
             missingOutputSize,
-            emptyOutput, ///< history would take it for a session without sound
+            emptyOutput, ///< history would list it as a session without sound
         };
         CompressionError(Kind kind, const std::string& path);
         Kind kind() const { return kind_; }
@@ -44,10 +44,10 @@ class RecordingAudioCompressor {
     /// How far the M4A's length may be from the recording's, in seconds: the codec adds a block.
     static constexpr double durationTolerance = 0.5;
 
-    /// Between two looks at what a recording has got.
+    /// Seconds between two looks at the growing recording.
     static constexpr double followSeconds = 5;
-    /// Of what a session left that was cut off, so much is encoded each second: some hundredths of
-    /// a core, so that it is in nobody's way.
+    /// Seconds of sound of an interrupted session that are encoded each second: a few hundredths of
+    /// a core, so that nothing else is slowed down.
     static constexpr double leftoverSecondsASecond = 10;
 
     /// `open` reads back what was written. All references must outlive the compressor.
@@ -55,23 +55,23 @@ class RecordingAudioCompressor {
                              TessaruneFileLogger& logger, AudioExporter& exporter,
                              OpenMediaFile open, CreateM4A create);
 
-    /// The recording has begun and is to become an M4A, by a later start of the program if need be.
+    /// The recording has begun and shall become an M4A, by a later start of the program if
+    /// necessary.
     void follow(const RecordingMetadata& recording);
-    /// The recording that is followed stays as it is, or goes.
+    /// Stops following the recording, which stays unchanged or is deleted.
     void forget();
-    /// Compresses, one after the other and slowly, what earlier sessions did not come to.
+    /// Compresses, one by one and slowly, what earlier sessions left uncompressed.
     void compressLeftovers();
 
-    /// Gives the updated entry. The WAV is removed, if `deleteSource`
-    /// asks for it, once the M4A is on the disk, has the recording's length and is in the catalog.
-    /// Throws CompressionError, AudioExporter::ExportError, or CancellationError. Resumes on the
-    /// main queue.
+    /// Returns the updated entry. If `deleteSource` is set, removes the WAV once the M4A is on the
+    /// disk, has the recording's length and is in the catalog. Throws CompressionError,
+    /// AudioExporter::ExportError, or CancellationError. Resumes on the main queue.
     Task<RecordingMetadata> compressWAVToM4A(RecordingMetadata recording, bool deleteSource,
                                              MediaProgress progress = {},
                                              std::stop_token stop = {});
 
   private:
-    /// Says to tasks whether the compressor is still there.
+    /// Tells tasks whether the compressor still exists.
     using Alive = std::weak_ptr<const bool>;
 
     static Task<void> keepUp(Alive alive, RecordingAudioCompressor& self,
@@ -97,7 +97,7 @@ class RecordingAudioCompressor {
     AudioExporter& exporter_;
     OpenMediaFile open_;
     CreateM4A create_;
-    const std::shared_ptr<SerialQueue> queue_; // every WAVEncoding is used there alone
+    const std::shared_ptr<SerialQueue> queue_; // the only queue that uses a WAVEncoding
     const std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
     std::shared_ptr<WAVEncoding> followed_;
 };

@@ -35,8 +35,8 @@ RecordingCatalog::LoadedIndex RecordingCatalog::loadIndex() {
     return loaded;
 }
 
-/// The paths in an index lead to where its folder was when they were written. A folder that was
-/// moved, or came from a backup, has the sound beside the index all the same.
+/// The paths in an index are those of its folder when they were written. If the folder was moved or
+/// restored from a backup, the sound is still beside the index.
 void RecordingCatalog::findMovedSound(RecordingIndex& index) {
     for (auto recording : index.recordings()) {
         const std::filesystem::path path(recording.filePath);
@@ -71,7 +71,7 @@ std::string RecordingCatalog::readingProblem() {
             return localized("The list of recordings, %@, is missing. The next recorded session "
                              "rebuilds it from the recordings.",
                              {paths_.recordingIndex().string()});
-        // A folder that cannot be looked into makes recordings look as if they were gone.
+        // If a folder cannot be searched, its recordings look as if they were gone.
         files_.list(paths_.recordings());
     } catch (const std::exception& error) {
         return localized("The recordings cannot be read: %@", {error.what()});
@@ -121,7 +121,7 @@ bool RecordingCatalog::isAside(const std::string& name) const {
     return name.starts_with(paths_.recordingIndex().filename().string() + std::string(asideMark));
 }
 
-/// Throws if there is no copy then; empty if there was nothing to keep.
+/// Throws if no copy could be made; empty if there was nothing to copy.
 std::filesystem::path RecordingCatalog::keepAside(const std::string& bytes) {
     if (Text::trimmed(bytes).empty())
         return {};
@@ -131,7 +131,7 @@ std::filesystem::path RecordingCatalog::keepAside(const std::string& bytes) {
     return aside;
 }
 
-/// For an index of which the disk does not give the bytes.
+/// For an index whose bytes cannot be read.
 std::filesystem::path RecordingCatalog::moveAside() {
     auto aside = asidePath();
     files_.rename(paths_.recordingIndex(), aside);

@@ -8,12 +8,12 @@
 
 namespace tessarune {
 
-/// What reading "recordings.json" gave; for the sources of RecordingCatalog.
+/// The result of reading "recordings.json"; internal to the sources of RecordingCatalog.
 struct RecordingCatalog::LoadedIndex {
     IndexState state = IndexState::missing;
     RecordingIndex index; ///< empty unless the state is good
     std::string bytes;
-    std::exception_ptr failure; ///< of the disk, if it could not even be read
+    std::exception_ptr failure; ///< the disk's error, if the file could not be read
 };
 
 } // namespace tessarune

@@ -52,7 +52,7 @@ void RecordingCatalog::healStaleRecordings() {
     }
 }
 
-/// A disk that does not answer is no proof that a file is gone.
+/// An error of the disk is no proof that a file is gone.
 bool RecordingCatalog::isSurelyMissing(const std::filesystem::path& path) {
     try {
         if (!files_.exists(path))
@@ -81,7 +81,7 @@ void RecordingCatalog::reconcileIndex() {
 
 void RecordingCatalog::cleanupOrphanTranscripts() {
     const LoadedIndex loaded = loadIndex();
-    // A list that is not known to be whole must never cost the user's transcripts.
+    // A list that may be incomplete must never cost the user's transcripts.
     if (loaded.state != IndexState::good || loaded.index.hasNamelessElements())
         return;
     try {
@@ -97,15 +97,15 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
                        " orphan transcript sidecar(s)";
             });
         }
-        // Imports alone are named by their UUID. One that is older than the index was not cut off
-        // on its way there, and may be all that is left of a recording.
+        // Only imports are named by their UUID. One older than the index was not interrupted on its
+        // way there, and may be the only trace of a recording.
         removeOrphans(paths_.recordings(), known, files_.modifiedAt(paths_.recordingIndex()));
     } catch (const std::exception&) { // the next start tries again
     }
 }
 
-/// Files whose names begin with the UUID of a recording that is not known, if they were not changed
-/// before a time. How many there were.
+/// Removes files that begin with the UUID of an unknown recording and were last changed before a
+/// given time. Returns how many there were.
 std::size_t RecordingCatalog::removeOrphans(const std::filesystem::path& folder,
                                             const std::set<UUID>& known, double notBefore) {
     std::size_t count = 0;

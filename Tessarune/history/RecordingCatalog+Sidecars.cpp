@@ -79,9 +79,9 @@ void RecordingCatalog::write(const NewSidecar& sidecar) {
         files_.remove(sidecar.path);
 }
 
-/// New times beside the former text would be wrong, and the reverse. So all that is new stands
-/// whole on the disk before the first of it takes its place, which is always the text. From then on
-/// RecordingRepair completes what is interrupted.
+/// A former text with new times would be wrong, and so would the reverse. Therefore all new files
+/// are complete on the disk before the first of them, always the text, replaces its predecessor.
+/// RecordingRepair completes an interruption after that.
 void RecordingCatalog::replaceTogether(const std::vector<NewSidecar>& sidecars) {
     bool isBegun = false;
     try {
@@ -105,8 +105,7 @@ void RecordingCatalog::replaceTogether(const std::vector<NewSidecar>& sidecars) 
     }
 }
 
-/// The entry beside the transcripts serves only to make a lost index again, so that its failure
-/// fails nothing else.
+/// The entry beside the transcripts only serves to rebuild a lost index, so its failure is ignored.
 void RecordingCatalog::writeEntry(const RecordingIndex& index, const UUID& id) {
     if (const auto entry = index.encodedEntry(id))
         saveSidecar({"entry", "recording.entry.saveFailed"}, id, entryURL(id),
@@ -174,7 +173,7 @@ RecordingCatalog::saveGuarded(SidecarKind kind, std::string_view what, const UUI
     queue_->sync([&] {
         const bool wentWell = saveSidecar(kind, id, paths_.transcripts(), [&] {
             LoadedIndex loaded = loadIndex();
-            // Not knowing whether the recording is there is no reason to remove its transcripts.
+            // An unknown state of the recording is no reason to remove its transcripts.
             if (loaded.failure)
                 std::rethrow_exception(loaded.failure);
             if (loaded.state != IndexState::good)
@@ -224,7 +223,7 @@ RecordingCatalog::updateTranscripts(std::string_view sourceText, std::string_vie
     return update;
 }
 
-/// All entries that stand beside transcripts, as JSON.
+/// All entries beside transcripts, as JSON.
 std::vector<std::string> RecordingCatalog::entriesBesideTranscripts() {
     std::vector<std::string> entries;
     for (const auto& name : files_.list(paths_.transcripts())) {

@@ -23,7 +23,7 @@ void RecordingCatalog::prepareDirectories() {
     files_.createDirectories(paths_.recordings());
     try {
         files_.createDirectories(paths_.diagnostics());
-    } catch (const std::system_error&) { // costs diagnostics, and no recording
+    } catch (const std::system_error&) { // costs diagnostics, but no recording
     }
 }
 
@@ -104,7 +104,7 @@ bool RecordingCatalog::wasDeleted(const UUID& id) {
 
 void RecordingCatalog::removeOwned(const RecordingMetadata& recording, Runs runs) {
     auto audio = audioArtifactURLs(recording);
-    // An entry that others wrote must not cost a whole folder.
+    // A foreign entry must not cost a whole folder.
     std::erase_if(audio, [&](const auto& url) { return files_.isDirectory(url); });
     std::set<std::string> tokens;
     for (const auto& url : audio)
@@ -119,7 +119,7 @@ void RecordingCatalog::removeOwned(const RecordingMetadata& recording, Runs runs
     logger_.deleteEntries({recording.id.text()}, tokens);
 }
 
-/// A file that is not ours, such as an import from elsewhere, has no siblings that are.
+/// A file from elsewhere, such as an import, has no siblings of ours.
 std::vector<std::filesystem::path>
 RecordingCatalog::audioArtifactURLs(const RecordingMetadata& recording) const {
     const std::filesystem::path audio(recording.filePath);
@@ -132,7 +132,7 @@ RecordingCatalog::audioArtifactURLs(const RecordingMetadata& recording) const {
     return {urls.begin(), urls.end()};
 }
 
-/// One file that cannot be removed must not keep the others.
+/// A file that cannot be removed must not protect the others.
 void RecordingCatalog::removeQuietly(const std::filesystem::path& path) {
     try {
         files_.remove(path);

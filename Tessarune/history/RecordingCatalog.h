@@ -34,17 +34,18 @@ inline constexpr std::string_view recordingTranscriptDidUpdate = "recordingTrans
 /// in "Recordings", and the sidecars in "Transcripts", whose names begin with the recording's UUID.
 /// docs/data-directory.md has the formats.
 ///
-/// Any thread may call. Changes of the index and the guarded saves run one after the other on the
-/// queue "Tessarune.RecordingCatalog.index", and the caller waits; plain saves of sidecars and all
+/// Any thread may call. Changes of the index and the guarded saves run one by one on the queue
+/// "Tessarune.RecordingCatalog.index", and the caller blocks; plain saves of sidecars and all
 /// reading happen on the calling thread and rely on files being replaced as a whole. Notifications
 /// are posted on the calling thread afterwards. Only one process may write a data folder: the
 /// program takes its DataFolderLock first.
 ///
-/// What is not understood is kept: unknown keys of an entry and elements that are no entries stay
-/// in the index as they are, and an index that cannot be read at all is copied aside, as
+/// Unknown content is kept: unknown keys of an entry and elements that are not entries stay in the
+/// index unchanged, and an unreadable index is copied aside, as
 /// "recordings.json.unreadable-<stamp>", before anything replaces it.
 ///
-/// Failures never throw, except from `prepareDirectories`; they are logged, and operations say so.
+/// Failures never throw, except from `prepareDirectories`; they are logged and reported by the
+/// operation's result.
 class RecordingCatalog {
   public:
     /// All of these must outlive the catalog.
@@ -59,12 +60,12 @@ class RecordingCatalog {
     /// Makes the folders for audio and diagnostics. Throws std::system_error.
     void prepareDirectories();
 
-    /// What the recorder gets of this catalog, which must outlive it.
+    /// The part of this catalog that the recorder uses; the catalog must outlive it.
     AudioSessionRecorder::Catalog forRecorder();
 
     // Index. The Booleans say whether the change was saved.
 
-    /// The entries as they stand on the disk, newest first. An unreadable index is an empty list.
+    /// The entries on the disk, newest first. An unreadable index is an empty list.
     std::vector<RecordingMetadata> recordings();
     std::optional<RecordingMetadata> recording(const UUID& id);
     /// Why recordings cannot be listed, for the user; empty if they can, also if there are none
@@ -72,23 +73,23 @@ class RecordingCatalog {
     std::string readingProblem();
 
     /// Replaces the entry of the same id or adds one. A stored note, and a stored mark for
-    /// compression, outlive an absent one. False
-    /// for a recording that was deleted: what is still being written brings no entry back.
+    /// compression, survive an absent one. False for a recording that was deleted: a late write
+    /// brings no entry back.
     bool upsert(const RecordingMetadata& recording);
     enum class Runs { areRemoved, stay };
-    /// Removes a recording with all it owns: audio, sidecars, diagnostics runs, log lines. The runs
-    /// stay where a session gives up its own recording: one of them is still being written.
+    /// Removes a recording with all its audio, sidecars, diagnostics runs and log lines. When a
+    /// session discards its own recording the runs stay: one of them is still being written.
     bool deleteRecording(const UUID& id, Runs runs = Runs::areRemoved);
-    /// By this process: nothing of the recording may be written any more.
+    /// Whether this process deleted the recording: nothing of it may be written any more.
     bool wasDeleted(const UUID& id);
     /// An empty note is stored as none. An unknown id changes nothing.
     bool setNote(const std::string& note, const UUID& id);
-    /// Whether a later start of the program is to make an M4A of the WAV. An unknown id changes
+    /// Whether a later start of the program shall make an M4A of the WAV. An unknown id changes
     /// nothing.
     bool markForCompression(bool awaitsCompression, const UUID& id);
     bool deleteAll();
 
-    // Sidecars. False if the sidecar could not be saved; the earlier one is then still there.
+    // Sidecars. False if the sidecar could not be saved; the former one then remains.
 
     bool saveTranscript(std::string_view text, const UUID& id);
     /// Trimmed; an empty one removes the sidecar.
@@ -97,7 +98,7 @@ class RecordingCatalog {
     bool saveWordTimeline(const std::optional<HistoryWordTimeline>& timeline, const UUID& id);
 
     /// Replace the transcripts of a recording that still exists, all of them or none; no deletion
-    /// can come between. The second leaves the bilingual text alone.
+    /// can come between. The second one keeps the bilingual text.
     RecordingTranscriptSaveOutcome
     saveRefinedTranscript(std::string_view sourceText, std::string_view bilingualText,
                           const std::optional<HistoryWordTimeline>& wordTimeline, const UUID& id);
@@ -111,8 +112,8 @@ class RecordingCatalog {
         bool sourceSaved = false;
         bool bilingualSaved = false;
     };
-    /// Replaces what a session saved by what it knows later: only of a recording that is listed,
-    /// and that was not refined since. No deletion can come between.
+    /// Replaces the texts that a session saved by later ones: only of a recording that is listed
+    /// and was not refined since. No deletion can come between.
     TranscriptUpdate updateTranscripts(std::string_view sourceText, std::string_view bilingualText,
                                        const UUID& id);
 
@@ -121,9 +122,9 @@ class RecordingCatalog {
     std::filesystem::path wordTimelineURL(const UUID& id) const;
     /// The session's journal, see SessionJournal.
     std::filesystem::path journalURL(const UUID& id) const;
-    /// The entry itself, from which a lost index is made again.
+    /// The entry itself, from which a lost index is rebuilt.
     std::filesystem::path entryURL(const UUID& id) const;
-    /// Where a refined transcript or timeline waits until it takes the place of the former one.
+    /// Where a refined transcript or timeline is kept until it replaces the former one.
     static constexpr std::string_view replacementSuffix = ".refined";
     static std::filesystem::path replacementOf(const std::filesystem::path& sidecar);
 
@@ -137,23 +138,23 @@ class RecordingCatalog {
     /// All of them, newest first.
     std::vector<std::filesystem::path> diagnosticsRunURLs(const std::set<UUID>& matching);
 
-    // Repairs at launch, before anybody else uses the catalog, in this order (RecordingRepair does
+    // Repairs at launch, before anything else uses the catalog, in this order (RecordingRepair runs
     // them all).
 
     struct IndexRebuild {
         std::filesystem::path keptAside; ///< empty if there was no index at all
         std::size_t recordings = 0;      ///< entries found again
     };
-    /// Makes a lost or unreadable index again, from what can still be read of it and from the
-    /// entries beside the transcripts. Nothing if the index is fine.
+    /// Rebuilds a lost or unreadable index from its readable parts and from the entries beside the
+    /// transcripts. `nullopt` if the index is fine.
     std::optional<IndexRebuild> rebuildUnreadableIndex();
     /// Gives each entry without an end one, from its duration.
     void healStaleRecordings();
     /// Drops entries whose audio is gone.
     void reconcileIndex();
-    /// Removes sidecars of recordings that the index does not know, and imported sound that the end
-    /// of the program kept from getting into the index; none while an unreadable index is kept
-    /// aside, since they may be its.
+    /// Removes sidecars of recordings that the index does not know, and imported sound that a crash
+    /// kept out of the index; nothing while an unreadable index is kept aside, since they may
+    /// belong to it.
     void cleanupOrphanTranscripts();
 
   private:
@@ -162,7 +163,7 @@ class RecordingCatalog {
         const char* kind;
         const char* event;
     };
-    /// A sidecar as it is to be; without content there is to be none.
+    /// The new content of a sidecar; without content the sidecar is removed.
     struct NewSidecar {
         std::filesystem::path path;
         std::optional<std::string> content;
@@ -212,7 +213,7 @@ class RecordingCatalog {
     TessaruneFileLogger& logger_;
     NotificationCenter& notifications_;
     std::shared_ptr<SerialQueue> queue_;
-    // In the life of this process; on the queue
+    // For the life of this process; on the queue
     std::set<UUID> deleted_;
     std::set<UUID> refined_;
 };

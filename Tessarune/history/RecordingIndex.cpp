@@ -56,8 +56,8 @@ std::optional<UUID> idOf(const Json& value) {
     return JSON::member<UUID>(value, "id");
 }
 
-/// Writes the fields of a recording over an object of which `before` was read. A field that is as
-/// before keeps its written form, which may hold more than we read.
+/// Writes the fields of a recording over the object that `before` was read from. An unchanged field
+/// keeps its written form, which may hold more than was read.
 class FieldWriter {
   public:
     FieldWriter(Json& object, const std::optional<RecordingMetadata>& before,
@@ -117,8 +117,8 @@ void write(Json& object, const std::optional<RecordingMetadata>& before,
 }
 
 /// Calls `found` with each stretch from a "{" to its "}" that is not nested deeper than entries
-/// are, innermost first. Strings are passed over; they end at a line's end at the latest, so that a
-/// lost quotation mark costs one line.
+/// are, innermost first. Strings are skipped; they end at the end of the line at the latest, so
+/// that a lost quotation mark costs one line.
 void forEachObject(std::string_view text, const std::function<void(std::string_view)>& found) {
     constexpr std::size_t deepest = 8;
     std::vector<std::size_t> open;
@@ -237,7 +237,7 @@ std::string RecordingIndex::encoded() const {
     Json array = Json::array();
     for (const auto& element : elements_)
         array.push_back(*element.source);
-    // Nothing in it is infinite: neither what was parsed nor what `written` gave.
+    // No number here is infinite: neither parsed ones nor those of `written`.
     return JSON::pretty(array).value() + "\n";
 }
 

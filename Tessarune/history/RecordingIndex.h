@@ -14,28 +14,28 @@
 
 namespace tessarune {
 
-/// The content of "recordings.json": a JSON array of entries. It keeps what it does not understand:
-/// keys of an entry that it does not know, the written form of a value that did not change, and
-/// whole elements that are no entries, which go behind the entries.
+/// The content of "recordings.json": a JSON array of entries. It keeps unknown content: unknown
+/// keys of an entry, the written form of an unchanged value, and elements that are not entries,
+/// which follow the entries.
 ///
 /// A value, for one thread at a time.
 class RecordingIndex {
   public:
-    /// Nothing if the text is no JSON array.
+    /// `nullopt` if the text is not a JSON array.
     static std::optional<RecordingIndex> decoded(std::string_view json);
 
-    /// The entries that can still be found in a text that is no JSON array any more, and those that
-    /// `entries` hold one each and the text has lost. Takes time in proportion to what it is given,
-    /// whatever that holds.
+    /// The entries that can still be found in a text that is no longer a JSON array, plus those in
+    /// `entries` (one each) that the text has lost. Linear in the size of its input, whatever that
+    /// holds.
     static RecordingIndex salvaged(std::string_view damaged,
                                    const std::vector<std::string>& entries = {});
 
     std::vector<RecordingMetadata> recordings() const;
     std::optional<RecordingMetadata> find(const UUID& id) const;
 
-    /// The identities of all elements, also of those that are no entries.
+    /// The identities of all elements, also of those that are not entries.
     std::set<UUID> ids() const;
-    /// Whether there are elements of which not even the identity can be read.
+    /// Whether there are elements without a readable identity.
     bool hasNamelessElements() const;
 
     /// Replaces the entry of the same id, or adds one.
@@ -47,7 +47,7 @@ class RecordingIndex {
 
     /// Pretty-printed, with sorted keys.
     std::string encoded() const;
-    /// One entry as it stands in the index; nothing if there is none of that id.
+    /// One entry as written in the index; `nullopt` if there is none of that id.
     std::optional<std::string> encodedEntry(const UUID& id) const;
 
   private:

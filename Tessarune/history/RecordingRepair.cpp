@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::string_view journalSuffix = ".live.ndjson";
 
-/// Whether the recorder wrote the file: of others it is not known what may stand behind the sound.
+/// Whether the recorder wrote the file: in a foreign file, other data may follow the sound.
 bool isOurWAV(const RecordingMetadata& recording) {
     const std::filesystem::path audio(recording.filePath);
     return Text::lowercased(audio.extension().string()) == ".wav" &&
@@ -26,13 +26,13 @@ bool isOurWAV(const RecordingMetadata& recording) {
                AudioSessionRecorder::audioFormat;
 }
 
-/// Bytes of sound that a file of `size` really has, in whole frames.
+/// The bytes of sound that a file of `size` holds, in whole frames.
 std::uint64_t soundBytes(const WAVHeader& header, std::uint64_t size) {
     const std::uint64_t bytes = size > header.dataOffset ? size - header.dataOffset : 0;
     return bytes - bytes % (std::uint64_t{header.channels} * 2);
 }
 
-/// Names of writeAtomically and of the M4A writer for what they have not finished.
+/// The names that writeAtomically and the M4A writer give to unfinished files.
 bool isUnfinishedFile(std::string_view name) {
     if (name.ends_with(".part"))
         return true;
@@ -69,8 +69,8 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
     return report;
 }
 
-/// Whether nobody has said how long the recording is: it has no end, or it was given one without a
-/// look at the file, because an earlier repair did not come through.
+/// Whether the length of the recording is unknown: it has no end, or an interrupted repair gave it
+/// one without reading the file.
 bool RecordingRepair::isUnfinished(const RecordingMetadata& recording) {
     if (!isOurWAV(recording) || !files_.exists(recording.filePath))
         return false;
@@ -83,7 +83,7 @@ bool RecordingRepair::isUnfinished(const RecordingMetadata& recording) {
     }
 }
 
-/// Makes the file say how long it is and the entry what the file says.
+/// Writes the true length into the file's header and the entry.
 bool RecordingRepair::finishSession(RecordingMetadata recording) {
     try {
         const std::uint64_t size = files_.size(recording.filePath);
@@ -110,7 +110,7 @@ bool RecordingRepair::finishSession(RecordingMetadata recording) {
     return true;
 }
 
-/// The file's header, after it was made true where it was not.
+/// The file's header, corrected if it was wrong.
 WAVHeader RecordingRepair::repairedHeader(const RecordingMetadata& recording, std::uint64_t size) {
     const auto found =
         WAVHeader::decoded(files_.read(recording.filePath, 0, WAVHeader::sizeToRead));
@@ -124,8 +124,8 @@ WAVHeader RecordingRepair::repairedHeader(const RecordingMetadata& recording, st
     constexpr std::uint64_t largest = std::numeric_limits<std::uint32_t>::max();
     if (found && std::min(header.dataSize, largest) == found->dataSize)
         return header;
-    // A file that lost even its header, or never had a whole one, becomes one of ours again. A
-    // header of another layout gets only the size of its sound corrected.
+    // A file without a whole header becomes one of ours again. In a header of another layout only
+    // the size of the sound is corrected.
     const auto file = size < WAVHeader::size ? files_.create(recording.filePath)
                                              : files_.openForAppending(recording.filePath);
     if (size < WAVHeader::size)
@@ -139,7 +139,7 @@ WAVHeader RecordingRepair::repairedHeader(const RecordingMetadata& recording, st
     return header;
 }
 
-/// Writes the transcripts that a session did not come to write, from its journal.
+/// Writes the missing transcripts of a session from its journal.
 void RecordingRepair::restoreTranscripts() {
     std::vector<std::string> names;
     try {
@@ -173,7 +173,7 @@ void RecordingRepair::restoreTranscripts(const UUID& id) {
     }
 }
 
-/// Only those that are not there: what the session saved itself knows more.
+/// Only missing ones: the session's own files hold more.
 bool RecordingRepair::writeTranscripts(const UUID& id, const SessionJournalContent& journal) {
     bool isWritten = true;
     if (!files_.exists(catalog_.transcriptURL(id)))
@@ -192,7 +192,7 @@ bool RecordingRepair::writeTranscripts(const UUID& id, const SessionJournalConte
     return isWritten;
 }
 
-/// What a process left that ended in the middle of writing a file.
+/// The remains of a process that ended while it wrote a file.
 void RecordingRepair::removeUnfinishedFiles() {
     const auto& paths = catalog_.paths();
     for (const auto& folder : {paths.appSupportBase(), paths.recordings(), paths.transcripts()}) {
@@ -208,8 +208,9 @@ void RecordingRepair::removeUnfinishedFiles() {
     }
 }
 
-/// Of a refined transcript whose text has taken its place the rest does so, too; any other was not
-/// whole when the process ended, and goes. Its text goes last, since it tells the two apart.
+/// If the text of a refined transcript is already in place, its other files follow; otherwise the
+/// transcript was incomplete when the process ended, and is removed. The text is removed last,
+/// since it distinguishes the two cases.
 void RecordingRepair::completeReplacements() {
     const auto& folder = catalog_.paths().transcripts();
     try {

@@ -14,20 +14,20 @@ namespace tessarune {
 
 struct SessionJournalContent;
 
-/// Puts the data folder in order when the program starts, before anybody else uses it.
+/// Repairs the data folder when the program starts, before anything else uses it.
 class RecordingRepair {
   public:
-    /// What there is to tell the user, once.
+    /// The repairs to report to the user, once.
     struct Report {
-        std::vector<UUID> recoveredSessions; ///< had not been ended, and are whole again
+        std::vector<UUID> recoveredSessions; ///< interrupted sessions that are whole again
         std::optional<RecordingCatalog::IndexRebuild> rebuiltIndex;
     };
 
     RecordingRepair(FileSystem& files, RecordingCatalog& catalog, TessaruneFileLogger& logger);
 
-    /// All repairs in their order: the index, transcripts that were being replaced, the sessions
-    /// that a crash cut off, entries without an end, entries without audio, sidecars without an
-    /// entry. Never throws; what fails is logged and tried again at the next start.
+    /// All repairs in their order: the index, interrupted replacements of transcripts, sessions
+    /// that a crash interrupted, entries without an end, entries without audio, sidecars without an
+    /// entry. Never throws; failures are logged and retried at the next start.
     Report runAtLaunch();
 
   private:

@@ -4,11 +4,11 @@
 
 namespace tessarune {
 
-/// What became of transcripts that were to replace those of a recording.
+/// The outcome of replacing a recording's transcripts.
 enum class RecordingTranscriptSaveOutcome {
     saved,
-    skippedDeleted, ///< the recording is gone, and so is what was written for it
-    skippedRefined, ///< a refined text is there, which knows more
+    skippedDeleted, ///< the recording was deleted, and so were its new files
+    skippedRefined, ///< a refined text exists, which is better
     failed
 };
 

@@ -27,7 +27,7 @@ class SessionJournal::Writer {
         try {
             if (!file_)
                 open();
-            // What a failed write left must not run into this line.
+            // The remains of a failed write must not run into this line.
             file_->append((std::exchange(isLineBroken_, false) ? "\n" : "") + *line + "\n");
             if (host_.now() - synchronizedAt_ >= synchronizeInterval)
                 synchronize();

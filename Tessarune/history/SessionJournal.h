@@ -15,29 +15,29 @@
 
 namespace tessarune {
 
-/// Keeps the committed rows of a running session on the disk, a line for each row and each change
-/// of one, so that a crash does not cost them: "Transcripts/<UUID>.live.ndjson". The next start
-/// makes the transcripts of it (RecordingRepair, SessionJournalContent).
+/// Keeps the committed rows of a running session on the disk, one line per row and per change of a
+/// row, so that a crash does not cost them: "Transcripts/<UUID>.live.ndjson". The next start makes
+/// the transcripts from it (RecordingRepair, SessionJournalContent).
 ///
-/// Main queue; the writing is done on the queue "Tessarune.SessionJournal". A line is in the file,
-/// and survives the program, as soon as the queue comes to it; it survives a loss of power some
-/// seconds later. Failures are logged once a session and never reach the caller.
+/// Main queue; the writing is done on the queue "Tessarune.SessionJournal". A line survives a crash
+/// of the program once the queue has written it; it survives a loss of power some seconds later.
+/// Failures are logged once a session and never reach the caller.
 class SessionJournal {
   public:
     /// Begins the journal at `path`. The references must outlive it.
     SessionJournal(Host& host, FileSystem& files, TessaruneFileLogger& logger,
                    std::filesystem::path path, double recordingStartedAt,
                    std::string recognitionOptionID);
-    /// Waits for what was handed over. The file stays.
+    /// Waits for queued lines. The file stays.
     ~SessionJournal();
     SessionJournal(const SessionJournal&) = delete;
     SessionJournal& operator=(const SessionJournal&) = delete;
 
-    /// A committed row, or one that has changed since (its translation came, it was corrected). Of
-    /// lines with the same row the last counts; without word events those of before stay.
+    /// A committed row, or one that has changed since (its translation came, it was corrected). The
+    /// last line of a row counts; without word events the earlier ones remain valid.
     void append(const CaptionSegment& row, std::span<const WordEvent> words = {});
 
-    /// Resumes on the main queue when what was handed over survives a loss of power.
+    /// Resumes on the main queue when all queued lines survive a loss of power.
     Task<void> synchronize();
 
     /// The transcripts are saved: removes the file. Waits for the queue.

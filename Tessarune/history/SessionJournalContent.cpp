@@ -43,7 +43,7 @@ std::optional<std::vector<WordEvent>> words(const Json& object) {
     return events;
 }
 
-/// Puts lines together to what they say.
+/// Combines lines into the content of the journal.
 struct Reader {
     Content content;
     std::unordered_map<UUID, std::size_t> places;

@@ -13,7 +13,7 @@
 
 namespace tessarune {
 
-/// What a session's journal says: NDJSON, one object a line (docs/data-directory.md).
+/// The content of a session's journal: NDJSON, one object a line (docs/data-directory.md).
 struct SessionJournalContent {
     /// The start of the recording on the clock of the rows' times, in seconds; see
     /// RecordingMetadata::monotonicStart.
@@ -23,14 +23,14 @@ struct SessionJournalContent {
     std::unordered_map<UUID, std::vector<WordEvent>> wordEvents;
     std::size_t unreadableLines = 0;
 
-    /// Reads every line that is whole, whatever happened to the others.
+    /// Reads every complete line, even if others are damaged.
     static SessionJournalContent decoded(std::string_view text);
 
-    // Lines, without their line feed; nothing if a time is not finite.
+    // A line without its line feed; `nullopt` if a time is not finite.
 
     static std::optional<std::string> sessionLine(double recordingStartedAt,
                                                   std::string_view recognitionOptionID);
-    /// Without words the line leaves those of an earlier one as they are.
+    /// Without words, those of an earlier line of the row remain valid.
     static std::optional<std::string> rowLine(const CaptionSegment& row,
                                               std::span<const WordEvent> words);
 };

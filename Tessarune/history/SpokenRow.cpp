@@ -12,10 +12,10 @@ namespace {
 
 using Sentence = HistoryWordTimeline::Sentence;
 
-/// Rows that one translation belongs to follow each other closely.
+/// Rows of one translation follow each other within this many seconds.
 constexpr double longestPauseInside = 3;
 
-/// When the words of each sentence begin.
+/// The times at which the words of each sentence begin.
 class WordTimes {
   public:
     WordTimes(const std::vector<HistoryWordTimeline::Word>& words,
@@ -49,7 +49,7 @@ class WordTimes {
     std::vector<double> nameless_;
 };
 
-/// Where the words of a text begin; as many times as words, or none are known.
+/// The places where the words of a text begin; empty unless there are as many as times.
 void setWords(SpokenRow& row, const std::vector<double>& times) {
     const auto tokens = Text::splitOnWhiteSpace(row.source);
     if (tokens.size() != times.size())
@@ -62,7 +62,7 @@ void setWords(SpokenRow& row, const std::vector<double>& times) {
     }
 }
 
-/// Rows `from` to `to`, whose times nobody knows, share the time between their neighbours.
+/// Rows `from` to `to` have no times and share the time between their neighbours.
 void spread(std::vector<SpokenRow>& rows, std::size_t from, std::size_t to, double duration) {
     double at = from > 0 ? rows[from - 1].end : 0;
     const double until =
@@ -74,7 +74,7 @@ void spread(std::vector<SpokenRow>& rows, std::size_t from, std::size_t to, doub
     }
 }
 
-/// Joins the rows of each translated unit, whose last row holds the translation.
+/// Joins the rows of each translated unit; the last one holds the translation.
 std::vector<SpokenRow> joined(std::vector<SpokenRow> rows) {
     std::vector<SpokenRow> units;
     bool isOpen = false;
@@ -86,7 +86,7 @@ std::vector<SpokenRow> joined(std::vector<SpokenRow> rows) {
             const std::size_t offset = unit.source.size() + 1;
             unit.source += " " + row.source;
             unit.translation = std::move(row.translation);
-            // Without the times of all its words a unit has those of its rows.
+            // A unit without times for all words uses those of its rows.
             if (unit.words.empty())
                 unit.words.emplace_back(0, unit.start);
             unit.words.emplace_back(offset, row.start);

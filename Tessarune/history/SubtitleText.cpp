@@ -15,7 +15,7 @@ SubtitleText::SubtitleText(std::string_view text) : text_(text) {
             add(piece);
             continue;
         }
-        // What is wider than a line breaks wherever it has to.
+        // A piece that is wider than a line breaks anywhere.
         std::size_t at = 0;
         const auto cuts = Text::wrapped(bare, mostColumns);
         for (std::size_t i = 0; i < cuts.size(); ++i) {
@@ -82,7 +82,7 @@ std::vector<SubtitleText::Range> SubtitleText::parts(std::size_t count) const {
     std::size_t at = 0;
     for (std::size_t i = 1; i <= count; ++i) {
         const std::size_t from = at;
-        // A piece belongs to the part in which its middle is.
+        // A piece belongs to the part that its middle lies in.
         while (at < pieces_.size() &&
                (i == count ||
                 (pieces_[at].before * 2 + pieces_[at].columns) * count < allColumns_ * 2 * i))

@@ -13,8 +13,8 @@ namespace tessarune {
 
 namespace {
 
-/// A recording of before or after these years is the fault of a clock, and would make a list of
-/// periods without end.
+/// Recordings outside these years come from a wrong clock and would make the list of periods
+/// endless.
 constexpr double earliestUsage = 946684800; // 2000
 constexpr double latestUsage = 4102444800;  // 2100
 
@@ -25,15 +25,15 @@ std::tm localTime(double moment) {
     return local;
 }
 
-/// The first moment of a day, which may be given as the 0th or the 32nd of a month. Where the clock
-/// leaves out midnight, the first one after it.
+/// The first moment of a day, which may be given as the 0th or the 32nd of a month. If the clock
+/// skips midnight, the first moment after it.
 double startOfDay(int year, int month, int day) {
     std::tm local{};
     local.tm_year = year;
     local.tm_mon = month;
     local.tm_mday = day;
     local.tm_isdst = -1;
-    // For a midnight that does not exist or comes twice the library may be off by the change.
+    // If a midnight does not exist or occurs twice, the library may be off by the change.
     constexpr std::time_t step = 15L * 60;
     std::tm wanted = local;
     wanted.tm_hour = 12;
@@ -50,7 +50,7 @@ double startOfDay(int year, int month, int day) {
     return static_cast<double>(start);
 }
 
-/// The first moment of the period that many after the one of `moment`.
+/// The first moment of the period that lies so many periods after the one of `moment`.
 double startOfPeriod(double moment, UsagePeriodKind kind, int later) {
     constexpr int daysAWeek = 7;
     const std::tm local = localTime(moment);
@@ -121,7 +121,7 @@ std::vector<UsagePeriod> UsageStatistics::periods(const std::vector<Session>& se
         session.seconds = std::clamp(session.seconds, 0.0, longestSession);
         first = std::min(first, session.startedAt);
         last = std::max(last, session.startedAt);
-        // A session that ends at midnight reaches no further day.
+        // A session that ends at midnight does not count for the next day.
         if (session.seconds > 0)
             last = std::max(last, std::ceil(session.startedAt + session.seconds) - 1);
     }

@@ -12,14 +12,13 @@ namespace tessarune {
 
 enum class UsagePeriodKind { day, week, month };
 
-/// What was listened to in one day, week (from Monday on) or month of the computer's time zone. A
-/// plain value.
+/// The usage of one day, week (from Monday on) or month of the computer's time zone. A plain value.
 struct UsagePeriod {
     double start = 0; ///< its first moment, seconds since 1970
     double end = 0;   ///< the first moment of the next
     std::string date; ///< its first day, "2025-10-09"
     double listeningSeconds = 0;
-    int sessions = 0; ///< that began in it
+    int sessions = 0; ///< sessions that began in it
     std::int64_t words = 0;
 
     bool operator==(const UsagePeriod&) const = default;
@@ -28,23 +27,23 @@ struct UsagePeriod {
 /// Usage summed from the saved recordings. Any thread.
 namespace UsageStatistics {
 
-/// One recording, as far as it counts.
+/// The data of one recording that counts.
 struct Session {
     double startedAt = 0; ///< seconds since 1970
     double seconds = 0;
     std::int64_t words = 0;
 };
 
-/// The recordings of the catalog; reads each transcript for the number of its words. One that
-/// cannot be read counts without words.
+/// The recordings of the catalog; reads each transcript to count its words. An unreadable one
+/// counts without words.
 std::vector<Session> sessions(RecordingCatalog& catalog, FileSystem& files);
 
-/// All periods from the first session to the last, also those without any, in order. Listening time
-/// is divided where a session crosses the border of two periods; the session and its words count
-/// where it began. A day may have 23 or 25 hours, where the clock is changed.
+/// All periods from the first session to the last, including empty ones, in order. The listening
+/// time of a session is divided at the borders of periods; the session and its words count where it
+/// began. A day has 23 or 25 hours when the clock changes.
 std::vector<UsagePeriod> periods(const std::vector<Session>& sessions, UsagePeriodKind kind);
 
-/// All periods together.
+/// The sum over all periods.
 UsagePeriod total(const std::vector<UsagePeriod>& periods);
 
 } // namespace UsageStatistics

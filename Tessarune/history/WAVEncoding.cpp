@@ -8,7 +8,7 @@ namespace tessarune {
 namespace {
 
 constexpr std::uint64_t encodingBlockBytes = 65536;
-/// How much is encoded between two looks at progress and wish to stop.
+/// The seconds of sound between two reports of progress and checks for a stop.
 constexpr double encodingStepSeconds = 10;
 
 std::uint64_t wholeFrames(std::uint64_t bytes, const WAVHeader& header) {
@@ -86,7 +86,7 @@ bool WAVEncoding::finish(const MediaProgress& progress, const std::stop_token& s
     return isWhole;
 }
 
-/// False while there is no header.
+/// False until the header is there.
 bool WAVEncoding::open() {
     if (file_)
         return true;
@@ -98,7 +98,7 @@ bool WAVEncoding::open() {
     return true;
 }
 
-/// How much sound a closed WAV holds.
+/// The length of the sound in a closed WAV.
 std::uint64_t WAVEncoding::soundBytes() {
     const auto header = WAVHeader::decoded(files_.read(wav_, 0, WAVHeader::sizeToRead));
     const auto fail = [&](const char* why) {

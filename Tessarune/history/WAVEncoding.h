@@ -12,11 +12,11 @@
 
 namespace tessarune {
 
-/// Encodes a recording's WAV as M4A piece by piece, also one that is still being written: the WAV
-/// holds what waits, so that nothing is lost by being slow.
+/// Encodes a recording's WAV as M4A piece by piece, also while the WAV is being written: the WAV
+/// buffers the sound, so a slow encoder loses nothing.
 ///
-/// Used by one thread at a time; waits for the disk. Never throws: after a failure it does nothing
-/// more, and what it wrote is removed.
+/// Used by one thread at a time; waits for the disk. Never throws: after a failure it does nothing,
+/// and its output is removed.
 class WAVEncoding {
   public:
     /// `files` must outlive it.
@@ -28,15 +28,15 @@ class WAVEncoding {
     /// Empty unless it has failed.
     const std::string& failure() const { return failure_; }
 
-    /// Of a WAV that grows: encodes what is there, but for the last second, which a failed write
-    /// may have left. At most so many seconds of sound.
+    /// For a growing WAV: encodes at most so many seconds of the sound that is there, without the
+    /// last second, which a failed write may have left.
     void follow(double mostSeconds);
-    /// Of a closed WAV: encodes so many seconds more. True once nothing is left.
+    /// For a closed WAV: encodes so many more seconds. True once nothing is left.
     bool advance(double seconds);
-    /// Encodes what is left of a closed WAV and gives the M4A its name. False after a failure, or
+    /// Encodes the remainder of a closed WAV and gives the M4A its name. False after a failure, or
     /// when asked to stop.
     bool finish(const MediaProgress& progress = {}, const std::stop_token& stop = {});
-    /// Removes what was written.
+    /// Removes the output.
     void abandon() { file_.reset(); }
 
   private:

@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// Whoever starts this close to the end wants to hear it again.
+/// Starting this close to the end plays the recording from its beginning.
 constexpr double atEndSeconds = 0.05;
 
 template <typename T>
@@ -21,7 +21,7 @@ void publish(Published<T>& published, T value) {
 
 /// The player as seen from other queues.
 struct AudioPlayer::Line {
-    AudioPlayer* player = nullptr; ///< null once it is gone; main queue
+    AudioPlayer* player = nullptr; ///< null once it is destroyed; main queue
 };
 
 AudioPlayer::AudioPlayer(Host& host, PlaybackParts parts)
@@ -35,7 +35,7 @@ AudioPlayer::AudioPlayer(Host& host, PlaybackParts parts)
 AudioPlayer::~AudioPlayer() {
     line_->player = nullptr;
     teardown();
-    queue_->sync([] {}); // nothing is asked of the parts afterwards
+    queue_->sync([] {}); // the parts are not used afterwards
 }
 
 void AudioPlayer::teardown() {
@@ -87,7 +87,7 @@ void AudioPlayer::finishLoad(const PlaybackEngine::Loaded& loaded, std::uint64_t
         schedule();
 }
 
-/// What could not be read may be there by now: a disk that was plugged in again.
+/// A file that was unreadable may be back: a disk that was reconnected.
 void AudioPlayer::loadAgain() {
     const double place = *currentTime;
     load(std::filesystem::path(path_));
@@ -102,7 +102,7 @@ void AudioPlayer::failLoad(const std::string& why, std::uint64_t token) {
     publish(problem, why);
 }
 
-/// The estimate is near enough to begin with, and the whole is known some seconds later.
+/// The estimate is close enough at first; the exact value follows some seconds later.
 void AudioPlayer::measureWhole(const std::filesystem::path& path) {
     isLoudnessKnown_ = true;
     measuring_ = std::stop_source();
@@ -139,7 +139,7 @@ void AudioPlayer::startPlayback() {
         seek(0);
     publish(isPlaying, true);
     if (!*isLoaded)
-        return; // it begins when it is
+        return; // starts once it is loaded
     if (needsSchedule_)
         schedule();
     else
@@ -235,7 +235,7 @@ void AudioPlayer::schedule() {
     startTimer();
 }
 
-/// Asks the engine again and again where it is, which it knows on its own queue.
+/// Polls the engine, which knows its position on its own queue.
 void AudioPlayer::startTimer() {
     timer_.cancel();
     timer_ = host_.after(updateSeconds, [line = line_] {
@@ -253,7 +253,7 @@ void AudioPlayer::startTimer() {
 }
 
 void AudioPlayer::take(const PlaybackProgress& progress) {
-    // What was playing before a seek, or before another recording, says nothing.
+    // Progress from before a seek, or of another recording, is outdated.
     if (!*isPlaying || needsSchedule_ || progress.token != scheduleToken_)
         return;
     if (progress.isOver)
@@ -263,7 +263,7 @@ void AudioPlayer::take(const PlaybackProgress& progress) {
     publish(problem, progress.problem);
 }
 
-/// As far as it was to go: to the end of the sentence, or of the recording.
+/// Playback has reached its limit: the end of the sentence, or of the recording.
 void AudioPlayer::finish(const PlaybackProgress& progress) {
     const double reached = boundedPlaybackEndTime_
                                ? std::min(progress.position, *boundedPlaybackEndTime_)

@@ -12,8 +12,9 @@
 
 namespace tessarune {
 
-/// Plays recordings, one at a time: at any place, at half to three times the speed without another
-/// pitch, sentence by sentence. What it does is published; views observe that and call the rest.
+/// Plays recordings, one at a time: from any position, at half to three times the speed with
+/// unchanged pitch, sentence by sentence. Its state is published; views observe it and call the
+/// operations.
 ///
 /// Main queue. The host and the parts outlive it.
 class AudioPlayer {
@@ -28,40 +29,40 @@ class AudioPlayer {
     AudioPlayer(const AudioPlayer&) = delete;
     AudioPlayer& operator=(const AudioPlayer&) = delete;
 
-    // What a view shows. Only the player assigns.
+    // The state for views. Only the player assigns.
 
     Published<bool> isPlaying;
-    Published<double> currentTime; ///< of what is heard now; seconds of the recording
-    Published<double> duration;    ///< seconds; 0 while it is unknown
+    Published<double> currentTime; ///< the heard position; seconds of the recording
+    Published<double> duration;    ///< seconds; 0 if unknown
     Published<bool> isLoaded;
     Published<double> rate;
     /// The sentence to which playback is limited.
     Published<std::optional<std::size_t>> boundedPlaybackSentenceIndex;
     Published<bool> repeatsBoundedPlayback;
-    /// Why nothing can be heard; empty if all is well. While `isPlaying` it goes on by itself once
-    /// it can.
+    /// Why nothing is audible; empty if all is well. While `isPlaying`, playback resumes by itself
+    /// when it can.
     Published<std::string> problem;
 
-    /// Another recording, from its beginning. `startPlayback` and `seek` may be called at once.
+    /// Loads another recording, at its beginning. `startPlayback` and `seek` may be called at once.
     void load(const std::filesystem::path& path);
-    /// Nothing is loaded any more.
+    /// Unloads the recording.
     void teardown();
 
-    /// Goes on, or from the beginning if the recording was at its end. One that could not be read
-    /// is tried again.
+    /// Resumes, or starts from the beginning if the recording was at its end. Retries an unreadable
+    /// one.
     void startPlayback();
     void pausePlayback();
     void togglePlayback();
-    /// To another place, limited to the length. Ends a bounded playback unless it is preserved.
+    /// Moves to a position, clamped to the length. Ends a bounded playback unless it is preserved.
     void seek(double toTime, bool preservingBoundedPlayback = false);
-    /// Limited to what is possible.
+    /// Clamped to the supported range.
     void setRate(double rate);
 
     /// Plays from `start` and stops at `end`, if that is above 0.
     void playBounded(std::size_t sentenceIndex, double start, double end);
-    /// Goes on from where it is and plays this stretch again and again.
+    /// Continues from the current position and repeats this stretch.
     void repeatBounded(std::size_t sentenceIndex, double start, double end);
-    /// What is playing is not limited any more.
+    /// Removes the limit of the current playback.
     void clearBounds();
 
   private:
@@ -85,16 +86,16 @@ class AudioPlayer {
     const PlaybackParts parts_;
     const std::shared_ptr<SerialQueue> queue_;
     const std::shared_ptr<SerialQueue> measuringQueue_;
-    std::shared_ptr<Line> line_; ///< what returns from other queues looks here whether it is late
+    std::shared_ptr<Line> line_; ///< late results from other queues compare it
     std::shared_ptr<PlaybackEngine>
         engine_; ///< of the loaded recording, or of the one being loaded
     std::filesystem::path path_;
 
     std::uint64_t loadToken_ = 0;
     std::uint64_t scheduleToken_ = 0;
-    bool needsSchedule_ = true; ///< the engine is not where `currentTime` is
-    bool isAtEnd_ = false;      ///< all of it was heard, wherever its container says that it ends
-    bool isLoudnessKnown_ = false; ///< of all of the file, or it is being measured
+    bool needsSchedule_ = true;    ///< the engine is not at `currentTime`
+    bool isAtEnd_ = false;         ///< all of it was heard, whatever length its container states
+    bool isLoudnessKnown_ = false; ///< from the whole file, or being measured
     std::stop_source measuring_;
     DelayedCall timer_;
     double boundedStart_ = 0;

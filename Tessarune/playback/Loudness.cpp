@@ -29,7 +29,7 @@ class SquareMeter {
     std::size_t count_ = 0;
 };
 
-/// Reads at least so many seconds, as far as it can. Whether there is nothing more.
+/// Reads at least so many seconds, if possible. True at the end of the file.
 bool listen(MediaFile& file, double seconds, SquareMeter& meter) {
     try {
         while (seconds > 0) {
@@ -39,7 +39,7 @@ bool listen(MediaFile& file, double seconds, SquareMeter& meter) {
             meter.add(*block);
             seconds -= block->seconds();
         }
-    } catch (const MediaFileError&) { // what else there is says enough
+    } catch (const MediaFileError&) { // the rest says enough
     }
     return false;
 }

@@ -6,27 +6,28 @@
 
 namespace tessarune {
 
-/// How loud a recording is, and what brings it to the level at which all of them are played.
+/// The loudness of a recording, and the gain that brings it to the common playback level.
 struct Loudness {
     double gainDB = 0;    ///< to be added
-    bool isWhole = false; ///< all of the file was heard, not only parts of it
+    bool isWhole = false; ///< measured over the whole file, not only over parts
 
     static constexpr double levelDB = -20;
     static constexpr double mostGainDB = 24;
 
-    /// The gain for a mean square of samples; none for silence.
+    /// The gain for a mean square of samples; `nullopt` for silence.
     static double gainFor(double meanSquare);
 
-    /// Reads the file to its end, or until it is to stop. Throws MediaFileError.
+    /// Reads the file to its end, or until a stop. Throws MediaFileError.
     static Loudness measured(MediaFile& file, const std::stop_token& stop);
-    /// What can be said within some hundredths of a second: a short file is read, of a longer one
-    /// parts that lie evenly in it, as far as they can be read. Throws MediaFileError where it has
-    /// no other place than its beginning. The file stands anywhere afterwards.
+    /// An estimate within a few hundredths of a second: reads a short file whole, and evenly spaced
+    /// parts of a longer one, as far as they are readable. Throws MediaFileError if the file cannot
+    /// seek. Leaves the file at any position.
     static Loudness estimated(MediaFile& file);
 };
 
-/// Brings sound to a level. A new level is reached slowly enough not to be heard as a step, and
-/// what would go beyond full scale is bent, not cut. One stream of sound, one thread at a time.
+/// Applies a gain to sound. Changes of the gain are gradual, so that they are not heard as steps,
+/// and peaks beyond full scale are compressed, not clipped. One stream of sound, one thread at a
+/// time.
 class LevelControl {
   public:
     static constexpr double changePerSecondDB = 6;

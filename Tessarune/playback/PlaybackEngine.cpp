@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// Between two attempts to open a stream that the server ended.
+/// Seconds between two attempts to open a stream that the server ended.
 constexpr double retrySeconds = 0.25;
 
 } // namespace
@@ -86,7 +86,7 @@ PlaybackProgress PlaybackEngine::progress() {
 void PlaybackEngine::close() {
     stop_.request_stop();
     if (stream_)
-        stream_->flush(); // which ends a write that waits
+        stream_->flush(); // which ends a blocked write
     if (!isRunning_)
         stream_.reset();
 }
@@ -118,8 +118,8 @@ AudioBufferPtr PlaybackEngine::next() {
         reader_->begin(stretch_, *position);
     if (AudioBufferPtr sound = reader_->next())
         return sound;
-    // The end is heard a little later. Until then there is silence, so that a stream that breaks
-    // off now is noticed as well, and so that the server plays the end, however short it is.
+    // The end is heard a little later. Silence follows it, so that a stream that breaks now is
+    // noticed too, and so that the server plays a very short end.
     return stream_->heardSeconds() < reader_->soundSeconds() ? reader_->silence() : nullptr;
 }
 
@@ -140,7 +140,7 @@ Task<void> PlaybackEngine::run(std::shared_ptr<PlaybackEngine> self) {
         } catch (const SoundServerError& error) {
             self->loseStream(error);
             isLost = true;
-        } catch (const std::exception& error) { // what was read so far is heard to its end
+        } catch (const std::exception& error) { // the sound read so far is played to its end
             self->problem_ = error.what();
         }
         if (isLost && (self->isPaused_ || self->isOver_))
@@ -157,7 +157,7 @@ void PlaybackEngine::loseStream(const SoundServerError& reason) {
     beginAt_ = position();
     stream_.reset();
     problem_ = reason.what();
-    // A server that was never there, or that refuses this sound, is not asked again and again.
+    // A server that was never there, or that refuses this sound, is not retried.
     isOver_ = !wasOpen_;
 }
 

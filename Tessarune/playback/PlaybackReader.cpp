@@ -9,7 +9,7 @@ namespace tessarune {
 
 namespace {
 
-/// Pieces that are longer ago than anything that is still to be heard.
+/// Pieces this far behind the heard position are forgotten.
 constexpr std::size_t mostPieces = 64;
 
 } // namespace
@@ -56,7 +56,7 @@ void PlaybackReader::beginPiece() {
     tempo_ = rate_ == 1 ? nullptr : changeTempo_(format(), rate_);
 }
 
-/// All that was read is made; the next piece begins where it ends.
+/// All sound read so far is output; the next piece begins where it ends.
 void PlaybackReader::endPiece() {
     if (tempo_)
         append(tempo_->flush());
@@ -110,7 +110,7 @@ void PlaybackReader::make() {
         return;
     }
     endPiece();
-    // A stretch with hardly any sound would be repeated for ever.
+    // A stretch with hardly any sound would be repeated endlessly.
     const bool goesOn = stretch_.repeats && pieceStart_ >= stretch_.start + blockSeconds;
     isOver_ = !goesOn;
     if (goesOn) {

@@ -11,18 +11,18 @@
 
 namespace tessarune {
 
-/// What is to be heard of a recording, in seconds of it.
+/// A stretch of a recording to play, in seconds of it.
 struct PlaybackStretch {
-    double start = 0;          ///< where it begins, and each time again if it repeats
+    double start = 0;          ///< its beginning, also of each repetition
     std::optional<double> end; ///< absent: the end of the recording
     bool repeats = false;
 };
 
-/// Makes what is written to the output of a recording: any stretch of it, repeated or not, at any
-/// speed and at its level, without a gap where one goes over into another. Knows which place of the
-/// recording each moment of its output has.
+/// Produces the output for a recording: any stretch of it, repeated or not, at any speed and with
+/// its gain, without gaps between stretches. Maps each moment of the output to a position in the
+/// recording.
 ///
-/// One thread at a time; reading waits for the disk. Sound is read as it is asked for.
+/// One thread at a time; reading waits for the disk. Sound is read on demand.
 class PlaybackReader {
   public:
     static constexpr double blockSeconds = 0.05;
@@ -34,33 +34,32 @@ class PlaybackReader {
     MediaFile& file() { return *file_; }
     LevelControl& level() { return level_; }
 
-    /// From now on the output is that of `stretch`, from `position` on; what was made so far does
-    /// not count any more. Throws AudioConversionError, as `setStretch` does; after that there is
-    /// nothing to give.
+    /// From now on outputs `stretch`, from `position` on; earlier output no longer counts. Throws
+    /// AudioConversionError, like `setStretch`; after that there is no output.
     void begin(const PlaybackStretch& stretch, double position);
-    /// Goes on where it is, as a part of another stretch.
+    /// Continues from the current position within another stretch.
     void setStretch(const PlaybackStretch& stretch);
-    /// Of what is read from now on.
+    /// Applies to sound that is read from now on.
     void setRate(double rate) { wantedRate_ = rate; }
 
     /// The next piece of output, or null at the end. Never empty. Throws MediaFileError and
-    /// AudioConversionError; after that it gives null.
+    /// AudioConversionError; after that it returns null.
     AudioBufferPtr next();
 
-    /// Some output without sound, for the time until the end has been heard.
+    /// Silent output for the time until the end has been heard.
     AudioBufferPtr silence();
-    /// So much of the output, in seconds since `begin`, has sound.
+    /// The length of the output with sound, in seconds since `begin`.
     double soundSeconds() const { return seconds(sounding_); }
-    /// The place in the recording that is heard when so much of the output has been heard.
+    /// The position in the recording that is heard after so much output.
     double positionAt(double outputSeconds) const;
 
   private:
-    /// A part of the output in which the place goes forward evenly.
+    /// A part of the output with a constant speed.
     struct Piece {
         double from;   ///< seconds of output
-        double source; ///< the place there
+        double source; ///< the position there
         double rate;
-        double until; ///< seconds of output; behind it the place stays
+        double until; ///< seconds of output; after it the position stays
     };
 
     double seconds(std::int64_t frames) const {
@@ -68,7 +67,7 @@ class PlaybackReader {
     }
     std::size_t channels() const { return static_cast<std::size_t>(format().channels); }
     std::size_t blockSamples() const;
-    /// Of the output with what was not asked for yet.
+    /// Of the output, including the part not requested yet.
     double plannedSeconds() const;
     double cursor() const { return pieceStart_ + seconds(taken_); }
     void make();
@@ -86,13 +85,13 @@ class PlaybackReader {
     double rate_ = 1;
     std::unique_ptr<AudioConverter> tempo_; ///< null at a rate of 1
     bool mustSeek_ = false;
-    bool isOver_ = true;      ///< nothing more is read
-    double pieceStart_ = 0;   ///< the place where the current piece begins
+    bool isOver_ = true;      ///< nothing more to read
+    double pieceStart_ = 0;   ///< the position at which the current piece begins
     std::int64_t taken_ = 0;  ///< frames read for it
-    std::vector<float> made_; ///< output that was not asked for yet
+    std::vector<float> made_; ///< output that was not requested yet
     std::size_t madeFrom_ = 0;
     std::int64_t given_ = 0;    ///< frames of output since `begin`
-    std::int64_t sounding_ = 0; ///< as many of them as until the last that is no added silence
+    std::int64_t sounding_ = 0; ///< of these, the frames up to the last one with sound
     std::vector<Piece> pieces_;
 };
 

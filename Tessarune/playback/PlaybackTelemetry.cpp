@@ -7,7 +7,7 @@ namespace tessarune {
 
 namespace {
 
-/// As logs write an index that there is not.
+/// The value in logs for a missing index.
 std::int64_t loggedIndex(std::optional<std::size_t> index) {
     return index ? static_cast<std::int64_t>(*index) : -1;
 }

@@ -8,14 +8,14 @@
 
 namespace tessarune {
 
-/// Writes to the runtime log how a playback goes, for finding out why a mark and the sound part:
-/// progress now and then, jumps, and which sentence follows which. Only while the setting is on.
+/// Logs the progress of a playback to the runtime log, to diagnose why marks and sound diverge:
+/// periodic progress, jumps, and the order of sentences. Active only while the setting is on.
 ///
-/// Main queue. All that it is given outlives it.
+/// Main queue. The references outlive it.
 class PlaybackTelemetry {
   public:
     static constexpr double playbackProgressSummaryInterval = 10;
-    /// A jump that is larger than this is a seek.
+    /// A jump beyond this is a seek.
     static constexpr double playbackSeekDetectionThreshold = 1.5;
     static constexpr double playbackSeekLogMinInterval = 0.5;
 

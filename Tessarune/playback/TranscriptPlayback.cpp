@@ -6,7 +6,7 @@ namespace tessarune {
 
 namespace {
 
-/// So far into a sentence the step back goes to its own beginning.
+/// This far into a sentence, the step back goes to its own beginning.
 constexpr double beginningSeconds = 1.5;
 
 } // namespace
@@ -83,7 +83,7 @@ void TranscriptPlayback::stepSentence(int direction) {
     } else if (active) {
         const double start = rows_.sentenceTiming(index)->start;
         const bool isInside = *player_.currentTime > start + beginningSeconds;
-        // Of several that begin together the last is the active one.
+        // Of several sentences that begin together, the last is the active one.
         while (!isInside && index > 0 && rows_.sentenceTiming(index)->start >= start)
             --index;
     }

@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// A transcript that is read and heard together: which sentence and which word of it are heard, and
-/// what a click on them does.
+/// A transcript with playback: the sentence and the word that are heard, and the effect of a click
+/// on them.
 ///
 /// Main queue. The player outlives it.
 class TranscriptPlayback {
@@ -22,33 +22,33 @@ class TranscriptPlayback {
 
     AudioPlayer& player() { return player_; }
     const TranscriptRows& rows() const { return rows_; }
-    /// Another recording's transcript, or another text of this one, which may be playing.
+    /// Shows another recording's transcript, or another text of this one, which may be playing.
     void show(TranscriptRows rows);
 
     /// The sentence that is heard now; absent before the first.
     Published<std::optional<std::size_t>> activeSentenceIndex;
     /// The word of that sentence, among `activeTokens`.
     Published<std::optional<std::size_t>> activeTokenIndex;
-    /// A sentence that the user chose, which is marked until playback has left it.
+    /// A sentence that the user chose; it stays marked until playback has left it.
     Published<std::optional<std::size_t>> manualHighlightedSentenceIndex;
 
     /// The row that is marked.
     std::optional<std::size_t> highlightedIndex() const;
     const std::vector<SentenceToken>& activeTokens() const { return activeTokens_; }
 
-    /// Hears just this sentence, again if it is playing. Nothing happens for a row without a time.
+    /// Plays only this sentence, again if it is playing. Does nothing for a row without a time.
     void playSentence(std::size_t index);
-    /// Goes on from a word of a sentence.
+    /// Continues from a word of a sentence.
     void playFrom(const SentenceToken& token);
-    /// Marks a sentence and goes there without playing.
+    /// Marks a sentence and moves there without playing.
     void focus(std::size_t index);
-    /// To the beginning of the next sentence (1), or of this one or, from its beginning, of the one
-    /// before (-1).
+    /// Moves to the beginning of the next sentence (1), or of this one or, from its beginning, of
+    /// the previous one (-1).
     void stepSentence(int direction);
-    /// Begins or ends the repetition of the sentence that is heard, or that the user chose.
+    /// Starts or ends the repetition of the heard or chosen sentence.
     void toggleRepeat();
 
-    /// Told when a sentence is to be heard.
+    /// Called when a sentence is about to be heard.
     std::function<void(const TranscriptRows::Sentence&)> onSentencePlayRequested;
 
   private:

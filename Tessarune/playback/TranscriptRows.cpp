@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// A sentence that is shorter has no end of its own, only a beginning.
+/// A shorter sentence has no end of its own, only a beginning.
 constexpr double shortestSentence = 0.05;
 
 } // namespace

@@ -34,8 +34,8 @@ struct SentenceToken {
     bool operator==(const SentenceToken&) const = default;
 };
 
-/// A transcript as the rows that are shown, and what is known of their times: row `i` shows
-/// sentence `i`, and a row beyond the sentences has no time. A plain value; its functions are pure.
+/// The shown rows of a transcript with their known times: row `i` shows sentence `i`, and a row
+/// beyond the sentences has no time. A plain value; its functions are pure.
 class TranscriptRows {
   public:
     using Sentence = HistoryWordTimeline::Sentence;
@@ -54,14 +54,14 @@ class TranscriptRows {
     std::size_t sentenceCount() const { return timeline_.sentences.size(); }
     /// Null for a row without a time.
     const Sentence* sentenceTiming(std::size_t index) const;
-    /// Where a sentence is over; one whose end says nothing lasts until the next begins. Absent: it
-    /// lasts until the end of the recording.
+    /// The end of a sentence; one without a valid end lasts until the next begins. Absent: until
+    /// the end of the recording.
     std::optional<double> sentenceEnd(std::size_t index) const;
     std::optional<std::size_t> activeSentenceIndex(double time) const {
         return timeline_.activeSentenceIndex(time);
     }
 
-    /// The words of a sentence whose times are known, in order.
+    /// The words of a sentence that have times, in order.
     std::vector<SentenceToken> tokens(std::size_t index) const;
     /// The word that is heard: the last that has begun.
     static std::optional<std::size_t> activeTokenIndex(const std::vector<SentenceToken>& tokens,

@@ -10,12 +10,12 @@
 
 namespace tessarune {
 
-/// Makes sentences of the results of a recording, one result after the other. One thread.
+/// Makes sentences from the results of a recording, one result after the other. One thread.
 class FileSegmentCollector {
   public:
     using Segment = SpeechAnalyzerFileTranscriptionResult::Segment;
 
-    /// `host` for the times of the records; it must outlive the collector.
+    /// `host` dates the records; it must outlive the collector.
     FileSegmentCollector(Host& host, SpeechTranscriberOptions options,
                          SpeechAnalyzerFileTranscriberDiagnostics diagnostics);
 
@@ -25,7 +25,7 @@ class FileSegmentCollector {
         std::vector<Segment> segments;
         bool usedVolatileFallback = false; ///< there was no final result at all
     };
-    /// All of them, a sentence that was reported again left out.
+    /// All sentences, without repeated ones.
     Collected collected() const;
 
   private:
@@ -39,7 +39,7 @@ class FileSegmentCollector {
     std::vector<Segment> volatile_; ///< of the latest volatile result
 };
 
-/// A sentence without what recognisers change when they report it again: case and punctuation.
+/// A sentence without case and punctuation, which recognisers change when they repeat it.
 std::string normalizedSegmentKey(std::string_view text);
 
 } // namespace tessarune

@@ -7,21 +7,20 @@
 
 namespace tessarune {
 
-/// Finds when a recording is first loud, from its sound as it is read: the start of the first block
-/// of a twentieth of a second whose root mean square over all channels reaches the threshold. One
-/// thread.
+/// Finds when a recording is first loud, from its sound as it is read: the start of the first 50 ms
+/// block whose root mean square over all channels reaches the threshold. One thread.
 class FirstAudioOnset {
   public:
-    /// `maxScanSeconds`: whatever comes later is not looked at.
+    /// Sound after `maxScanSeconds` is ignored.
     explicit FirstAudioOnset(AudioFormat format, float rmsThreshold = 0.012F,
                              double maxScanSeconds = 30);
 
     /// The sound that follows.
     void hear(const AudioBuffer& sound);
-    /// There is no more sound: a block that is not whole counts too.
+    /// The sound has ended: an incomplete block counts too.
     void finish();
 
-    /// 0 for a recording that is never so loud.
+    /// 0 for a recording that never reaches the threshold.
     double seconds() const { return onset_.value_or(0); }
 
   private:

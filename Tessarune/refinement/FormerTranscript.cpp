@@ -14,16 +14,16 @@ using FileResult = SpeechAnalyzerFileTranscriptionResult;
 using FormerSegment = FileResult::Segment;
 using FormerSentence = HistoryWordTimeline::Sentence;
 
-/// What encoders and decoders add to a file or take from it, with room to spare.
+/// The sound that encoders and decoders add or remove, with a margin.
 constexpr double lengthSlackSeconds = 1.0;
 /// Times of a live transcript count from the start of the recorder, which waits for the device.
 constexpr double mostStartSeconds = 3;
-/// A sentence is missing where others take up less of its time than this.
+/// A sentence is missing if others cover a smaller share of its time than this.
 constexpr double mostCoveredShare = 0.25;
-/// Two recognisers may place one sentence so far apart.
+/// Two recognisers may place one sentence this far apart.
 constexpr double sameSentenceSeconds = 5;
 
-/// What may be there and cannot be read must not count as missing: it would be lost.
+/// An existing file that cannot be read must not count as missing: its content would be lost.
 std::string readIfThere(FileSystem& files, const std::filesystem::path& path) {
     try {
         return files.read(path);
@@ -34,7 +34,7 @@ std::string readIfThere(FileSystem& files, const std::filesystem::path& path) {
     }
 }
 
-/// One whose end nobody knows takes a moment.
+/// A sentence without an end is taken for this long.
 double endOf(const FormerSentence& sentence) {
     constexpr double moment = 0.1;
     return std::max(sentence.end, sentence.start + moment);
@@ -44,7 +44,7 @@ double overlap(const FormerSentence& sentence, const FormerSegment& segment) {
     return std::min(endOf(sentence), segment.end) - std::max(sentence.start, segment.start);
 }
 
-/// Whether nothing was recognised where the sentence was.
+/// Whether nothing was recognised in the sentence's time.
 bool isUncovered(const FormerSentence& sentence, const std::vector<FormerSegment>& segments) {
     double covered = 0;
     for (const FormerSegment& segment : segments)

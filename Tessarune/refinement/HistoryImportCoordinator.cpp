@@ -16,12 +16,11 @@ namespace tessarune {
 namespace {
 
 constexpr std::size_t copiedAtOnce = std::size_t{4} << 20U;
-/// What a copy must leave of the disk.
+/// The space on the disk that a copy must leave free.
 constexpr std::uint64_t roomForTheRest = std::uint64_t{16} << 20U;
 constexpr const char* extensionOfNone = "m4a";
 
-/// The extension without its dot. One that the program gives to files of its own, or that is none
-/// of a kind of file, is not taken over.
+/// The extension without its dot. Unusual ones, and those of the program's own files, are not kept.
 std::string extensionOf(const std::filesystem::path& source) {
     std::string extension = source.extension().string();
     if (extension.starts_with('.'))
@@ -39,7 +38,7 @@ std::string extensionOf(const std::filesystem::path& source) {
 HistoryImportCoordinator::HistoryImportCoordinator(Environment environment)
     : environment_(std::move(environment)),
       queue_(environment_.host.serialQueue("Tessarune.HistoryImport", QueuePriority::utility)) {
-    // Announced wherever a transcript is saved.
+    // The notification of every saved transcript.
     transcripts_ = environment_.notifications.observe(
         NotificationName::recordingTranscriptDidUpdate,
         [this, alive = std::weak_ptr<bool>(alive_)](const NotificationObject& object) {
@@ -109,7 +108,7 @@ Task<RecordingMetadata> HistoryImportCoordinator::makeRecording(std::filesystem:
     std::rethrow_exception(failure);
 }
 
-/// What is no sound is not copied at all.
+/// A file without sound is not copied at all.
 void HistoryImportCoordinator::requireSound(const std::filesystem::path& source) const {
     FileSystem& files = environment_.files;
     if (!files.exists(source) || files.isDirectory(source) || files.size(source) == 0)
@@ -154,7 +153,8 @@ RecordingMetadata HistoryImportCoordinator::copy(const std::filesystem::path& so
     return recording;
 }
 
-/// Nothing has the copy's name until it is whole; what a crash leaves is removed at the next start.
+/// The copy gets its name when it is complete; the remains of a crash are removed at the next
+/// start.
 void HistoryImportCoordinator::copyBytes(const std::filesystem::path& source,
                                          const std::filesystem::path& to,
                                          const std::stop_token& stop) {

@@ -22,11 +22,11 @@ namespace NotificationName {
 inline constexpr std::string_view historyImportSelectRecording = "historyImportSelectRecording";
 } // namespace NotificationName
 
-/// Takes files of sound or film into the history: copies each into the recordings' folder, enters
-/// it into the catalog as if a session had recorded it, and has it transcribed.
+/// Imports files of sound or film: copies each into the recordings' folder, adds it to the catalog
+/// as if a session had recorded it, and has it transcribed.
 ///
-/// Main queue; copying happens on a queue of utility priority. What cannot be read as sound, does
-/// not fit the disk or is given up leaves nothing behind. All references must outlive it.
+/// Main queue; copying happens on a queue of utility priority. A file that is unreadable, does not
+/// fit on the disk or is cancelled leaves nothing behind. All references must outlive it.
 class HistoryImportCoordinator {
   public:
     struct Environment {
@@ -38,7 +38,7 @@ class HistoryImportCoordinator {
         AppSettings& settings;
         HistoryRefinementService& refinement;
         OpenMediaFile openMedia;
-        /// Whether there is anything that could transcribe.
+        /// Whether any recogniser is available.
         std::function<bool()> hasRecogniser = [] { return true; };
     };
     /// A file that was not imported, and why.
@@ -48,26 +48,26 @@ class HistoryImportCoordinator {
     };
 
     explicit HistoryImportCoordinator(Environment environment);
-    /// A copy that is being made is given up.
+    /// Cancels a running copy.
     ~HistoryImportCoordinator();
     HistoryImportCoordinator(const HistoryImportCoordinator&) = delete;
 
-    /// All of it for files that a user chose, one after the other; their transcripts come later.
-    /// Each that is imported is selected. Resumes with those that are not.
+    /// Imports the files that a user chose, one by one; their transcripts come later. Selects each
+    /// imported recording. Returns the files that failed.
     Task<std::vector<Problem>> importAudio(std::vector<std::filesystem::path> files,
                                            std::stop_token stop = {});
 
     /// Imported recordings that wait for their transcript.
     const Published<std::set<UUID>>& transcribingIDs() const { return transcribingIDs_; }
-    /// How much of the file that is being copied is there, 0 to 1; nothing while none is.
+    /// The copied share of the current file, 0 to 1; `nullopt` if there is none.
     const Published<std::optional<double>>& copied() const { return copied_; }
 
-    // The steps of it
+    // The single steps
 
-    /// Copies the file and describes the copy. Throws MediaFileError, std::system_error for what
-    /// the disk does not do, and CancellationError.
+    /// Copies the file and describes the copy. Throws MediaFileError, std::system_error for
+    /// failures of the disk, and CancellationError.
     Task<RecordingMetadata> makeRecording(std::filesystem::path source, std::stop_token stop = {});
-    /// Enters the copy into the catalog; false, and the copy is removed, if that cannot be saved.
+    /// Adds the copy to the catalog; if that cannot be saved, removes the copy and returns false.
     bool enter(const RecordingMetadata& recording);
     /// Asks for its transcript with the chosen recogniser and language.
     void startTranscription(const UUID& recordingID, const std::string& audioPath);

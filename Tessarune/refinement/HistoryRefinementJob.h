@@ -11,7 +11,7 @@
 
 namespace tessarune {
 
-/// The recording was deleted while it was worked on.
+/// The recording was deleted during the refinement.
 struct RecordingDeleted : std::exception {};
 
 /// One request on its way through the service. Main queue.
@@ -23,7 +23,7 @@ struct HistoryRefinementService::Job {
 
     HistoryRefinementRequest request;
     std::string model;
-    std::stop_source stop; ///< asked by the user or by the end of the program
+    std::stop_source stop; ///< by the user or by the end of the program
     OneShot<HistoryRefinementOutcome> done;
 
     double startedAt = 0;
@@ -32,7 +32,7 @@ struct HistoryRefinementService::Job {
     HistoryRefinementOutcome outcome;
 
     LogFields recording() const { return {{"recordingID", request.recordingID.text()}}; }
-    /// A moment of the job, for its diagnostics.
+    /// An event of the job, for its diagnostics.
     void note(const std::string& name, const LogFields& fields,
               std::optional<Observer::Status> status = {}) const {
         const auto phase =

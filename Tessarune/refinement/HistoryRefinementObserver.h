@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// Watches the refinement of one recording for the diagnostics run that it may have. As it stands
-/// it keeps nothing. Called on the main queue; nothing may throw.
+/// Observes the refinement of one recording for its diagnostics run. This base class keeps nothing.
+/// Called on the main queue; nothing may throw.
 class HistoryRefinementObserver {
   public:
     enum class Status { running, finished, skipped, failed };
@@ -23,10 +23,10 @@ class HistoryRefinementObserver {
         std::string name;
         Phase phase = Phase::instant;
         LogFields fields;
-        std::optional<Status> status; ///< at a finish
+        std::optional<Status> status; ///< of a finish
         std::optional<double> elapsedSeconds;
     };
-    /// The translation of one sentence: its start, then its success or its failure.
+    /// The translation of one sentence: its start, then its success or failure.
     struct Translation {
         enum class Event { start, success, failure };
         Event event = Event::start;
@@ -49,7 +49,7 @@ class HistoryRefinementObserver {
     virtual void sourceSaved(std::int64_t /*segments*/, const std::string& /*timelineKind*/) {}
     virtual void translation(const Translation&) {}
     virtual void bilingualSaved(std::int64_t /*segments*/, const std::string& /*target*/) {}
-    /// Nothing follows.
+    /// The last call.
     virtual void close(Status) {}
 };
 

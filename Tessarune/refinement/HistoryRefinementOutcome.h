@@ -14,13 +14,13 @@ struct HistoryRefinementPersistenceError : std::runtime_error {
     explicit HistoryRefinementPersistenceError(const UUID& recording);
 };
 
-/// What became of a refinement. Texts can be shown; they are empty where there is nothing to say.
+/// The outcome of a refinement. Texts can be shown; they are empty if there is nothing to say.
 struct HistoryRefinementOutcome {
     enum class Status {
-        finished,  ///< the refined text is saved; of its translation `translation` tells
+        finished,  ///< the refined text is saved; see `translation` for its translation
         deleted,   ///< the recording is gone
-        cancelled, ///< before there was anything to save; the former transcript is whole
-        failed     ///< the former transcript is whole
+        cancelled, ///< with nothing to save; the former transcript is unchanged
+        failed     ///< the former transcript is unchanged
     };
     enum class Translation {
         none, ///< none was wanted
@@ -34,9 +34,9 @@ struct HistoryRefinementOutcome {
     std::string problem; ///< the failure's text
     Translation translation = Translation::none;
     std::string translationProblem;
-    std::string model;             ///< that transcribed
+    std::string model;             ///< the model that transcribed it
     std::int64_t sentences = 0;    ///< of the refined text
-    std::int64_t keptOfFormer = 0; ///< of them those that only the former transcript had
+    std::int64_t keptOfFormer = 0; ///< of these, the sentences that only the former transcript had
     double heardSeconds = 0;
     std::string brokenOff; ///< why the sound could not be read to its end
 };

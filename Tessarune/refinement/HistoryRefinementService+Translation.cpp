@@ -19,7 +19,7 @@ using TranslationRecord = HistoryRefinementObserver::Translation;
 
 constexpr const char* skippedEvent = "history.refine.translation.skipped";
 
-/// The language that is spoken, as the translator names it.
+/// The spoken language, as the translator names it.
 std::string sourceLanguageOf(const std::string& localeIdentifier) {
     const std::string locale = Text::lowercased(localeIdentifier);
     if (locale.starts_with("zh"))
@@ -31,7 +31,7 @@ std::string sourceLanguageOf(const std::string& localeIdentifier) {
     return "en";
 }
 
-/// A sentence with its translation below it, as the bilingual transcript has them.
+/// A sentence followed by its translation, as in the bilingual transcript.
 std::string blockOf(const std::string& source, const std::string& translation) {
     std::vector<std::string_view> lines;
     for (const auto text : {Text::trimmed(source), Text::trimmed(translation)}) {
@@ -106,7 +106,7 @@ Task<void> HistoryRefinementService::translateAndSaveIfPossible(JobPtr job) {
     }
 }
 
-/// One sentence after the other; the first failure gives up the whole.
+/// One sentence after the other; the first failure ends the translation.
 Task<std::string> HistoryRefinementService::translateSegments(JobPtr job, std::string source) {
     if (!translator_)
         translator_ = environment_.makeTranslator();

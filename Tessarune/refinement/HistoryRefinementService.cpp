@@ -23,10 +23,10 @@ using Observer = HistoryRefinementObserver;
 using Outcome = HistoryRefinementOutcome;
 using SaveOutcome = RecordingTranscriptSaveOutcome;
 
-/// How often a paused job looks whether it may go on.
+/// How often a paused job checks whether it may continue.
 constexpr double pauseLookSeconds = 0.5;
 constexpr double endLookSeconds = 0.02;
-/// A recogniser that hangs does not hold up the end of the program.
+/// The time after which a hung recogniser no longer delays the end of the program.
 constexpr double longestEndSeconds = 5;
 constexpr const char* span = "history.refine";
 
@@ -130,7 +130,7 @@ void HistoryRefinementService::enqueue(JobPtr job) {
 
 void HistoryRefinementService::beginNext() {
     if (waiting_.empty()) {
-        engine_.reset(); // with what it holds of models
+        engine_.reset(); // with the models that it holds
         translator_.reset();
         return;
     }
@@ -180,7 +180,7 @@ Task<void> HistoryRefinementService::run(JobPtr job) {
     } catch (const CancellationError&) {
         job->outcome.status = Outcome::Status::cancelled;
     } catch (...) {
-        // A file that is gone with its recording is no failure, and no log may name it.
+        // A file that was deleted with its recording is not a failure, and no log may name it.
         isDeleted = environment_.catalog.wasDeleted(request.recordingID);
         if (!isDeleted)
             failure = std::current_exception();
@@ -209,7 +209,7 @@ Task<void> HistoryRefinementService::run(JobPtr job) {
     }
 }
 
-/// The text, saved before anything is translated, so that the better one shows at once.
+/// The text is saved before its translation, so that the better text shows at once.
 Task<void> HistoryRefinementService::refineSource(JobPtr job) {
     const HistoryRefinementRequest& request = job->request;
     Task<void> waiting = mayContinue(job); // before a model is loaded
@@ -298,7 +298,7 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
     co_await translating;
 }
 
-/// A container only estimates how long its sound is, or tells of its pictures.
+/// A container only estimates the length of its sound, or reports that of its pictures.
 void HistoryRefinementService::correctDuration(RecordingMetadata recording, double heardSeconds) {
     constexpr double noticedSeconds = 1;
     const bool isImport = !FormerTranscript::lengthIsExact(recording);
@@ -310,7 +310,7 @@ void HistoryRefinementService::correctDuration(RecordingMetadata recording, doub
     environment_.catalog.upsert(recording);
 }
 
-/// Waits while a session listens. Throws what ends the job.
+/// Waits while a session listens. Throws if the job ends.
 Task<void> HistoryRefinementService::mayContinue(JobPtr job) {
     const std::stop_token stop = job->stop.get_token();
     while (isOnHold() && !stop.stop_requested())
@@ -321,7 +321,7 @@ Task<void> HistoryRefinementService::mayContinue(JobPtr job) {
         throw RecordingDeleted();
 }
 
-/// The compressor may have given the recording another file since the request was made.
+/// The compressor may have replaced the recording's file since the request was made.
 std::string HistoryRefinementService::audioPathOf(const Job& job) const {
     const auto recording = environment_.catalog.recording(job.request.recordingID);
     return recording ? recording->filePath : job.request.audioPath;

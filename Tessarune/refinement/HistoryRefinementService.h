@@ -20,15 +20,15 @@
 
 namespace tessarune {
 
-/// Transcribes recordings again, with time to look ahead, and replaces their transcripts by what
-/// comes of it: first the text, then its translation. One recording after the other.
+/// Transcribes recordings again, with time to look ahead, and replaces their transcripts with the
+/// result: first the text, then its translation. One recording after the other.
 ///
-/// Whatever fails, ends early or meets a recording that was deleted leaves the former transcript
-/// whole. Text whose sound was not heard is never replaced, and a former sentence stays where the
-/// recogniser has nothing.
+/// A job that fails, is cancelled or meets a deleted recording leaves the former transcript
+/// unchanged. Text whose sound was not heard is never replaced, and a former sentence stays if the
+/// recogniser has nothing in its place.
 ///
-/// Main queue; reading and saving happen on a queue of utility priority. Nothing persists a job:
-/// one that the end of the program overtakes is lost, and the former transcript stays.
+/// Main queue; reading and saving happen on a queue of utility priority. Jobs are not persistent:
+/// the end of the program drops one, and the former transcript stays.
 class HistoryRefinementService {
   public:
     struct Environment {
@@ -36,23 +36,23 @@ class HistoryRefinementService {
         FileSystem& files;
         RecordingCatalog& catalog;
         TessaruneFileLogger& logger;
-        std::function<SpeechEngine()> engine; ///< asked when the first job begins
+        std::function<SpeechEngine()> engine; ///< called when the first job begins
         OpenMediaFile openMedia;
         MakeAudioConverter makeConverter;
         std::function<std::shared_ptr<Translator>()>
             makeTranslator; ///< null: nothing is translated
-        /// Null, or who watches this job.
+        /// Makes the observer of a job; may return null.
         std::function<std::shared_ptr<HistoryRefinementObserver>(const HistoryRefinementRequest&)>
             observe = nullptr;
         /// Returns free memory to the operating system; any thread.
         std::function<void()> returnMemory = [] {};
     };
 
-    /// How far a job is.
+    /// The progress of a job.
     struct Progress {
         enum class Step { waiting, transcribing, translating };
         Step step = Step::waiting;
-        double fraction = 0;   ///< of the step
+        double fraction = 0;   ///< of the current step
         bool isPaused = false; ///< while a session listens
 
         bool operator==(const Progress&) const = default;
@@ -61,37 +61,36 @@ class HistoryRefinementService {
     using Failures = std::map<UUID, std::string>;
 
     explicit HistoryRefinementService(Environment environment);
-    /// What a request without a wish is done with.
+    /// The defaults for a request without options.
     static constexpr const char* bestModel = "automatic";
 
-    /// Ends what is running and waits for what it reads or writes at this moment.
+    /// Cancels the running job and waits for its current read or write.
     ~HistoryRefinementService();
     HistoryRefinementService(const HistoryRefinementService&) = delete;
 
-    /// Queues the request and returns at once; nothing to do for an absent one. A request for a
-    /// recording that still waits takes the place of the earlier one.
+    /// Queues the request and returns at once; ignores an absent one. A request for a recording
+    /// that is still queued replaces the earlier one.
     void schedule(const std::optional<HistoryRefinementRequest>& request);
 
-    /// The same, and resumes with what became of it. `model`: "automatic" for the best one, or a
-    /// name.
+    /// The same; returns the outcome. `model`: "automatic" for the best one, or a name.
     Task<HistoryRefinementOutcome> refine(HistoryRefinementRequest request, std::string model,
                                           std::stop_token stop = {});
 
-    /// Gives up what waits or runs for this recording; its transcript stays as it was.
+    /// Cancels the queued or running job of this recording; its transcript stays.
     void cancel(const UUID& recording);
 
-    /// Gives up all jobs, and resumes when nothing is running any more, after five seconds in any
-    /// case. For the end of the program: nothing is scheduled from then on.
+    /// Cancels all jobs, and resumes when nothing is running any more, after five seconds at most.
+    /// For the end of the program: later requests are ignored.
     Task<void> end();
 
-    /// Between two blocks of sound and between two sentences the work waits while it is paused: a
-    /// session that listens has the processor. It is paused as long as anybody wants it.
+    /// While it is paused, work stops between two blocks of sound or two sentences: a listening
+    /// session has the processor. It stays paused while any caller wants it.
     void setPaused(const void* who, bool isPaused);
 
-    /// The recordings that are being refined or wait for it.
+    /// The recordings that are queued or being refined.
     const Published<Jobs>& jobs() const { return jobs_; }
-    /// Why recordings were not refined when it was tried last, since the program began. A new
-    /// request for a recording forgets it.
+    /// Why the last refinement of a recording failed, since the program started. A new request for
+    /// a recording clears it.
     const Published<Failures>& failures() const { return failures_; }
 
   private:

@@ -11,24 +11,24 @@
 
 namespace tessarune {
 
-/// A recording read in long blocks of another format, however large it is. One thread at a time;
-/// waits for the disk.
+/// Reads a recording of any size in long blocks of another format. One thread at a time; waits for
+/// the disk.
 class RecordingBlocks {
   public:
     /// Throws MediaFileError, and AudioConversionError as the converter does.
     RecordingBlocks(const OpenMediaFile& open, const MakeAudioConverter& makeConverter,
                     const std::filesystem::path& path, AudioFormat format);
 
-    /// So much sound at most; null at the end. Damage that ends the file early is an end like any
-    /// other, and `brokenOff` says why. Throws AudioConversionError.
+    /// At most so much sound; null at the end. Damage ends the file early like its regular end, and
+    /// `brokenOff` has the reason. Throws AudioConversionError.
     AudioBufferPtr next(double seconds);
 
-    /// Sound that was read, in seconds of the file.
+    /// The sound read so far, in seconds of the file.
     double heardSeconds() const { return heardSeconds_; }
-    /// As the container says.
+    /// The duration in the container.
     std::optional<double> duration() const { return file_->duration(); }
     double onsetSeconds() const { return onset_.seconds(); }
-    /// Why the file ended before its end; empty if it did not.
+    /// Why the file ended early; empty if it did not.
     const std::string& brokenOff() const { return brokenOff_; }
 
   private:
@@ -37,7 +37,7 @@ class RecordingBlocks {
     const std::unique_ptr<MediaFile> file_;
     const std::unique_ptr<AudioConverter> converter_;
     FirstAudioOnset onset_;
-    AudioBuffer ready_; ///< converted and not given yet
+    AudioBuffer ready_; ///< converted but not returned yet
     bool ended_ = false;
     double heardSeconds_ = 0;
     std::string brokenOff_;

@@ -10,15 +10,15 @@
 
 namespace tessarune {
 
-// What file transcription tells of its work, for diagnostics.
+// The diagnostic records of a file transcription.
 
-/// Of which texts a record shows a beginning, and how much of it.
+/// Which texts a record shows a beginning of, and how long that is.
 std::string recordTextPreview(std::string_view text);
 
 /// One result of the recogniser.
 using SpeechAnalyzerFileResultSummary = SpeechResultSummary;
 
-/// One piece into which a result was cut.
+/// One piece of a result.
 struct SpeechAnalyzerFileSplitObservation {
     std::int64_t resultSequence = 0;
     bool resultIsFinal = false;
@@ -34,7 +34,7 @@ struct SpeechAnalyzerFileSplitObservation {
     std::string splitStrategy; ///< "sentenceSegmenter.fileFinal" or "fallback.wholeResult"
 };
 
-/// Who hears of them, on the main queue; either may be absent.
+/// Receives the records on the main queue; either function may be empty.
 struct SpeechAnalyzerFileTranscriberDiagnostics {
     std::function<void(const SpeechAnalyzerFileResultSummary&)> onResult;
     std::function<void(const SpeechAnalyzerFileSplitObservation&)> onSplit;

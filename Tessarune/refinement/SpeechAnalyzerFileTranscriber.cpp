@@ -96,13 +96,13 @@ SpeechAnalyzerFileTranscriber::transcribe(std::string audioPath, std::string loc
     SpeechAnalyzerFileTranscriptionResult& result = transcription.result;
     result.localeIdentifier = localeIdentifier;
     result.segments = std::move(collected.segments);
-    // A first word that lies further behind the first loud sound than the recogniser can be late
-    // is preceded by music or noise.
+    // If the first word lies further behind the first loud sound than the recogniser can be late,
+    // music or noise precedes it.
     result.audioOnsetSeconds = std::max(
         blocks->onsetSeconds(), result.firstSoundSeconds().value_or(0) - analyzer->mostLateness());
     transcription.heardSeconds = blocks->heardSeconds();
     transcription.brokenOff = blocks->brokenOff();
-    // What is left of the file is freed where it was read.
+    // The remaining sound is freed on the queue that read it.
     co_await runOn(environment.reader, [&] { blocks.reset(); });
     co_return transcription;
 }

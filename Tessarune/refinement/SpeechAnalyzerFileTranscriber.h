@@ -17,11 +17,11 @@
 
 namespace tessarune {
 
-/// Why a file was not transcribed, where nothing else failed.
+/// Why a file was not transcribed although nothing else failed.
 class SpeechAnalyzerFileTranscriberError : public std::runtime_error {
   public:
     enum class Kind {
-        emptyResult, ///< nothing was understood in it
+        emptyResult, ///< no text was recognised
         noFileMode   ///< the recogniser takes no files
     };
     explicit SpeechAnalyzerFileTranscriberError(Kind kind);
@@ -36,7 +36,7 @@ class SpeechAnalyzerFileTranscriberError : public std::runtime_error {
 /// own. Main queue; all references must outlive the transcriptions.
 class SpeechAnalyzerFileTranscriber {
   public:
-    /// Sound that is read and recognised at once.
+    /// Seconds of sound per block.
     static constexpr double blockSeconds = 5;
 
     struct Environment {
@@ -49,15 +49,15 @@ class SpeechAnalyzerFileTranscriber {
     };
     struct Control {
         std::string model; ///< "automatic", or the name of one
-        /// Awaited before each block: may wait, and ends the transcription with what it throws.
+        /// Awaited before each block: may delay it, and ends the transcription by throwing.
         std::function<Task<void>()> beforeBlock;
-        /// How much of the file was heard, and how long it says it is.
+        /// The seconds heard so far, and the file's own duration.
         std::function<void(double heardSeconds, std::optional<double> duration)> progress;
         std::stop_token stop;
     };
     struct Transcription {
         SpeechAnalyzerFileTranscriptionResult result;
-        std::string model;       ///< that did it
+        std::string model;       ///< the model that was used
         double heardSeconds = 0; ///< of sound, in the file's own time
         std::string brokenOff;   ///< why the file could not be read to its end; empty if it could
     };

@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// What the recogniser made of a whole recording: its sentences in the order in which they were
-/// found, with the words of each. Times are seconds of the recognised sound. A plain value.
+/// The transcription of a whole recording: its sentences in the order of recognition, with the
+/// words of each. Times are seconds of the recognised sound. A plain value.
 struct SpeechAnalyzerFileTranscriptionResult {
     struct Word {
         std::string text;
@@ -24,7 +24,7 @@ struct SpeechAnalyzerFileTranscriptionResult {
         std::string text;
         double start = 0;
         double end = 0;
-        std::vector<Word> words; ///< empty where the recogniser gave no times for them
+        std::vector<Word> words; ///< empty if the recogniser gave them no times
 
         bool operator==(const Segment&) const = default;
     };
@@ -38,15 +38,15 @@ struct SpeechAnalyzerFileTranscriptionResult {
     /// The sentences, one a line.
     std::string sourceText() const;
 
-    /// When its first word is heard; nothing without a word.
+    /// The time of the first word; `nullopt` without a word.
     std::optional<double> firstSoundSeconds() const;
 
     /// The result with times that count from the start of the recording. Recognisers may report
-    /// late, so that the first word is pulled back to where the recording is first loud; nothing
-    /// is ever moved forward.
+    /// late times, so the first word is pulled back to where the recording is first loud; times
+    /// never move forward.
     SpeechAnalyzerFileTranscriptionResult pulledBackToOnset() const;
 
-    /// Where the words are heard, after they were pulled back; nothing if there is no text.
+    /// The times of the words after the correction; `nullopt` if there is no text.
     std::optional<HistoryWordTimeline> wordTimeline(std::string_view recognitionOptionID) const;
 };
 

@@ -10,7 +10,7 @@ namespace tessarune {
 
 namespace {
 
-/// Read at a time: a search that comes meanwhile does not wait longer.
+/// Recordings read in one step: a search that arrives meanwhile waits no longer than that.
 constexpr std::size_t recordingsAStep = 8;
 
 } // namespace
@@ -135,7 +135,7 @@ void SearchIndexKeeper::readSome() {
     outdated_.resize(outdated_.size() - count);
     std::vector<IndexedTexts> indexed;
     for (auto& entry : read) {
-        // One that cannot be read now stays as it is in the index, and is tried at the next check.
+        // An unreadable one keeps its entry in the index, and is retried at the next check.
         const auto texts = transcripts_.texts(entry.id);
         if (!texts)
             continue;

@@ -16,9 +16,9 @@ namespace tessarune {
 using OpenSearchIndex =
     std::function<std::unique_ptr<SearchIndex>(const std::filesystem::path& path)>;
 
-/// Keeps the index in agreement with the transcripts, which are the truth: what is missing or old
-/// in it is read again, what is gone is taken out, and a damaged one is made anew without a word.
-/// Where there can be no index, the transcripts themselves are searched. One thread; never throws.
+/// Keeps the index in agreement with the transcripts, which are authoritative: adds missing and
+/// updates outdated ones, removes deleted ones, and silently rebuilds a damaged index. Without an
+/// index, the transcripts themselves are searched. One thread; never throws.
 class SearchIndexKeeper {
   public:
     /// Files, catalog and logger must outlive it.
@@ -28,14 +28,13 @@ class SearchIndexKeeper {
 
     static std::filesystem::path indexPath(const TessarunePaths& paths);
 
-    /// Compares the index with the transcripts. What is gone is not found from then on.
+    /// Compares the index with the transcripts. Deleted recordings are not found from then on.
     void check();
-    /// Counts the recording as changed at the next check, whatever its stamp is.
+    /// Treats the recording as changed at the next check, whatever its stamp is.
     void noteChange(const UUID& id);
-    /// Does a part of what is left to do, some hundredths of a second of it; false once there is
-    /// nothing.
+    /// Does a part of the remaining work, a few hundredths of a second; false once there is none.
     bool step();
-    /// Of that, erases a part of what was deleted; false once nothing of it is left.
+    /// The same, for erasing deleted texts only; false once nothing of them is left.
     bool eraseSome();
 
     struct State {
@@ -45,7 +44,7 @@ class SearchIndexKeeper {
     };
     State state() const;
 
-    /// The recordings that match, as far as they are in the index, in no order.
+    /// The matching recordings among the indexed ones, in no order.
     std::vector<UUID> find(const SearchQuery& query);
 
   private:
@@ -53,7 +52,7 @@ class SearchIndexKeeper {
     void compare();
     void readSome();
     void giveUp();
-    /// Does it once more over a new index if this one is damaged. False if it cannot be done now.
+    /// Retries once with a rebuilt index if this one is damaged. False if it cannot be done now.
     bool overIndex(const std::function<void(SearchIndex&)>& work);
     std::vector<UUID> findInFiles(const SearchQuery& query);
     void log(const char* event, const std::exception& error);
@@ -65,7 +64,7 @@ class SearchIndexKeeper {
     OpenSearchIndex open_;
     std::unique_ptr<SearchIndex> index_;
     bool wasChecked_ = false;
-    bool isBehind_ = false; ///< and cannot be brought up to date now
+    bool isBehind_ = false; ///< and cannot be updated now
     std::vector<UUID> changed_;
     std::vector<IndexedTexts> outdated_; ///< to be read; only ids and stamps
     std::size_t outdatedAtCheck_ = 0;

@@ -9,11 +9,11 @@
 
 namespace tessarune {
 
-/// What was typed into a search, understood. A plain value; its functions are pure.
+/// A parsed search text. A plain value; its functions are pure.
 ///
-/// Each word has to occur, in any order; what stands in quotation marks, and the parts of a word
-/// such as "e-mail" or of Chinese text, has to occur as one sequence. The word that is still being
-/// typed, the last one, may be the beginning of another from its second letter on.
+/// Each word must occur, in any order; a text in quotation marks, and the parts of a word such as
+/// "e-mail" or of Chinese text, must occur as one sequence. The last word, which is still being
+/// typed, also matches as the beginning of a longer word from its second letter on.
 struct SearchQuery {
     struct Phrase {
         std::vector<std::string> tokens;
@@ -26,19 +26,19 @@ struct SearchQuery {
 
     static SearchQuery parse(std::string_view text);
 
-    /// Nothing was asked for.
+    /// The query is empty.
     bool isEmpty() const { return phrases.empty(); }
 
-    /// Whether each phrase occurs in one of the texts, for what no index holds.
+    /// Whether each phrase occurs in one of the texts, for texts that are not indexed.
     bool matches(const std::vector<std::string_view>& texts) const;
 
-    /// The first place of any of the phrases: a view into `text`, nothing if there is none.
+    /// The first occurrence of any of the phrases: a view into `text`; `nullopt` if there is none.
     std::optional<std::string_view> firstMatch(std::string_view text) const;
 
     bool operator==(const SearchQuery&) const = default;
 };
 
-/// A piece of a line around what was found, on one line.
+/// The surroundings of a match, on one line.
 struct SearchExcerpt {
     std::string before;
     std::string match;
@@ -46,8 +46,8 @@ struct SearchExcerpt {
 
     bool operator==(const SearchExcerpt&) const = default;
 
-    /// About `context` characters on either side, with "…" where the line goes on. Nothing where
-    /// the text has none of the phrases.
+    /// About `context` characters on either side, with "…" if the line is longer. `nullopt` if the
+    /// text has none of the phrases.
     static std::optional<SearchExcerpt> of(const SearchQuery& query, std::string_view text,
                                            std::size_t context = 40);
 };

@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// A word as a search compares it, and where it stands in the text.
+/// A word in the form that searches compare, and its place in the text.
 struct SearchToken {
     std::string text;
     std::size_t offset = 0; ///< in bytes
@@ -16,13 +16,12 @@ struct SearchToken {
     bool operator==(const SearchToken&) const = default;
 };
 
-/// How text is cut for the search: queries and transcripts alike, so that they meet. Pure
-/// functions, any thread.
+/// Splits text for the search, queries and transcripts alike. Pure functions, any thread.
 ///
-/// A token is a run of letters and digits, folded; apostrophes in it do not count ("dont" finds
+/// A token is a run of letters and digits, folded; apostrophes in it are ignored ("dont" finds
 /// "don't"). In scripts without blanks between words (Chinese, Japanese, Thai and others) and in
-/// Korean, where words grow endings, each character is a token, and what was typed is found as a
-/// sequence of them.
+/// Korean, where words have endings, each character is a token, and a query is found as a sequence
+/// of them.
 namespace SearchTokens {
 
 std::vector<SearchToken> cut(std::string_view text);

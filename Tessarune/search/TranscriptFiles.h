@@ -11,7 +11,7 @@
 
 namespace tessarune {
 
-/// The sidecars as the search sees them. Any thread; only reads.
+/// Reads the sidecars for the search. Any thread.
 class TranscriptFiles {
   public:
     /// Both must outlive it.
@@ -23,10 +23,10 @@ class TranscriptFiles {
         std::string translation; ///< without the source, one line a translation
     };
 
-    /// The recordings that have text, each with a stamp of its files, which is another one once
-    /// they were replaced. Throws std::system_error.
+    /// The recordings that have text, each with a stamp that changes when its files are replaced.
+    /// Throws std::system_error.
     std::map<UUID, std::string> stamps();
-    /// Nothing if they cannot be read; empty texts if they are gone.
+    /// `nullopt` if they cannot be read; empty texts if they are gone.
     std::optional<Texts> texts(const UUID& id);
 
   private:

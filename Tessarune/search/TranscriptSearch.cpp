@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// On the queue, but for the atomics. Blocks hold it, so it may outlive the search.
+/// Used on the queue, except for the atomics. Queued blocks hold it, so it may outlive the search.
 struct TranscriptSearch::Worker {
     Worker(FileSystem& files, const RecordingCatalog& catalog, TessaruneFileLogger& logger,
            OpenSearchIndex open, NotificationCenter& itsNotifications)
@@ -23,7 +23,7 @@ struct TranscriptSearch::Worker {
     std::atomic<int> newestSearch = 0;
     std::atomic<int> checksQueued = 0;
 
-    /// Takes step after step, and lets others have the queue between them.
+    /// Runs step after step, and lets other work use the queue between them.
     static void follow(const std::shared_ptr<Worker>& worker,
                        const std::weak_ptr<SerialQueue>& queue) {
         const auto strong = queue.lock();
@@ -43,7 +43,7 @@ struct TranscriptSearch::Worker {
         });
     }
 
-    /// Of several checks that wait only the last is made.
+    /// Of several queued checks only the last one runs.
     static void check(const std::shared_ptr<Worker>& worker,
                       const std::shared_ptr<SerialQueue>& queue, std::optional<UUID> changed) {
         ++worker->checksQueued;

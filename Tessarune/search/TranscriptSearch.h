@@ -14,17 +14,17 @@
 namespace tessarune {
 
 namespace NotificationName {
-/// After the search index has taken in changed transcripts: what was searched before may find more
-/// or less. No object; posted on the search's own queue.
+/// Posted on the search's own queue after the index has taken in changed transcripts: earlier
+/// searches may now find more or less. No object.
 inline constexpr std::string_view searchIndexDidChange = "searchIndexDidChange";
 } // namespace NotificationName
 
-/// Finds recordings by what was said in them and by its translation. Main queue; the work is done
-/// on the queue "Tessarune.TranscriptSearch".
+/// Finds recordings by their transcripts and translations. Main queue; the work is done on the
+/// queue "Tessarune.TranscriptSearch".
 ///
 /// The index is made at the first search. From then on, also in later runs, it follows the
-/// catalog's notifications: new texts are found soon after they were saved, and of what was
-/// deleted nothing stays. Whatever is unfinished at the end of the program is done in a later run.
+/// catalog's notifications: new texts are found soon after they were saved, and nothing of deleted
+/// ones stays. Work that is unfinished at the end of the program is done in a later run.
 class TranscriptSearch {
   public:
     /// All of these must outlive it and its tasks.
@@ -39,23 +39,24 @@ class TranscriptSearch {
         std::vector<UUID> recordings; ///< in no order
         /// False while recordings are still being read, for some seconds after the first search.
         bool isComplete = true;
-        /// A later search took its place while it waited; it found nothing.
+        /// A later search replaced it while it was queued; it found nothing.
         bool wasSuperseded = false;
     };
-    /// For a search as one types: it answers from what the index has, and goes on reading behind
-    /// it.
+    /// For a search as the user types: answers from the current index and continues reading
+    /// afterwards.
     Task<Found> find(SearchQuery query);
 
-    /// How many of the recordings have been read that had to be.
+    /// How many of the recordings that had to be read have been read.
     using Progress = std::function<void(const SearchIndexKeeper::State& state)>;
-    /// For a search that is to be complete. `progress` is called on the main queue.
+    /// For a search that must be complete. `progress` is called on the main queue.
     Task<void> bringUpToDate(Progress progress);
 
-    /// Resumes when nothing of deleted recordings is left in the index, also of what an earlier run
-    /// did not get to.
+    /// Resumes when nothing of deleted recordings is left in the index, including the remainder of
+    /// an earlier run.
     Task<void> eraseTraces();
 
-    /// What stands around the first match of each recording, of its source or else its translation.
+    /// The surroundings of the first match in each recording, in its source or else in its
+    /// translation.
     Task<std::vector<std::optional<SearchExcerpt>>> excerpts(SearchQuery query,
                                                              std::vector<UUID> recordings);
 

@@ -16,7 +16,7 @@ struct CaptionClock::State {
 
     Host& host;
     std::optional<double> heldAt;
-    std::vector<Call> calls; // in the order in which they were asked for
+    std::vector<Call> calls; // in the order of the calls to `after`
 
     /// Makes the calls that are due at `limit`, each at its own time.
     void runDue(double limit) {
@@ -56,7 +56,7 @@ void CaptionClock::after(double delay, Block block) {
     const double due = now() + delay;
     state_->calls.push_back({due, std::move(block)});
     const double wait = std::max(due - state_->host.now(), 0.0);
-    // Rounding may wake it a trifle before the call is due.
+    // Rounding may wake it slightly before the call is due.
     state_->host.after(wait, [weak = std::weak_ptr(state_), due] {
         if (const auto state = weak.lock(); state && !state->heldAt)
             state->runDue(std::max(due, state->host.now()));

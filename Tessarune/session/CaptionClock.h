@@ -7,15 +7,14 @@
 
 namespace tessarune {
 
-/// The time by which the captions of a session run. It stands still while the core works on an
-/// event, and a delayed call happens at the moment when it was due, however late the main queue
-/// comes to it. So the rows depend on nothing but the events and the times in their log, and a
-/// replay of the log gives the same rows.
+/// The clock of a session's captions. It stops while the core processes an event, and a delayed
+/// call runs at its due time, however late the main queue gets to it. So the rows depend only on
+/// the logged events and times, and a replay of the log gives the same rows.
 ///
 /// Main queue. The host outlives it.
 class CaptionClock {
   public:
-    /// While it lives, the clock stands at `t`. Within another one it has the time of that one.
+    /// While it lives, the clock is stopped at `t`. A nested one keeps the time of the outer one.
     class Hold {
       public:
         ~Hold();
@@ -33,8 +32,8 @@ class CaptionClock {
 
     explicit CaptionClock(Host& host);
 
-    /// Makes the calls that are due, then stops the clock. To be held around whatever changes the
-    /// core from outside.
+    /// Runs the due calls, then stops the clock. Hold it around every change of the core from
+    /// outside.
     [[nodiscard]] Hold hold() { return Hold(*this); }
 
     double now() const;

@@ -43,7 +43,7 @@ void LiveAudioInactivityAutoStop::tick() {
     if (idle < *timeoutSeconds_)
         return;
     didFire_ = true;
-    // The callback may stop this watch, and with it forget the callback.
+    // The callback may stop this watch and thereby destroy the callback.
     const OnTimeout onTimeout = onTimeout_;
     const double timeout = *timeoutSeconds_;
     if (onTimeout)
@@ -53,7 +53,7 @@ void LiveAudioInactivityAutoStop::tick() {
 void LiveAudioInactivityAutoStop::passOverSleep() {
     const double late = host_.now() - lastLookAt_ - secondsBetweenLooks;
     lastLookAt_ = host_.now();
-    // A busy computer is late too, but not by another whole round.
+    // A busy computer delays a check too, but not by a whole interval.
     if (late > secondsBetweenLooks && lastActivityAt_)
         *lastActivityAt_ += late;
 }

@@ -8,10 +8,10 @@
 
 namespace tessarune {
 
-/// Watches for the moment at which nothing has been heard for too long. Main queue.
+/// Reports when nothing has been heard for too long. Main queue.
 ///
-/// It looks every five seconds, so it says so up to five seconds late, once until there is activity
-/// again. Time in which the computer slept is not silence.
+/// It checks every five seconds, so the report is up to five seconds late; it comes once until
+/// there is activity again. Time in which the computer slept is not silence.
 class LiveAudioInactivityAutoStop {
   public:
     static constexpr double secondsBetweenLooks = 5.0;
@@ -22,15 +22,15 @@ class LiveAudioInactivityAutoStop {
     /// Seconds since 1970.
     std::function<double()> now;
 
-    /// A timeout that is absent or not above 0 watches nothing.
+    /// A timeout that is absent or not positive disables the watch.
     void start(std::optional<double> timeoutSeconds, OnTimeout onTimeout);
     void stop();
     bool isRunning() const { return timer_.has_value(); }
 
-    /// Something was heard just now. Without effect unless it is running.
+    /// Something was heard now. No effect unless it is running.
     void noteActivity();
 
-    /// One look; the timer calls it.
+    /// One check; called by the timer.
     void tick();
 
   private:

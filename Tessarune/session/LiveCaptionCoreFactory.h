@@ -6,14 +6,14 @@
 
 namespace tessarune::LiveCaptionCoreFactory {
 
-/// A core that asks `settings` whenever it needs a value, so that a change reaches a running
-/// session at once. An unknown recognition option gives a recogniser that promises nothing. Main
-/// queue; the host and the settings outlive the core.
+/// A core that reads `settings` at each use, so that a change reaches a running session at once. An
+/// unknown recognition option means a recogniser without any capabilities. Main queue; the host and
+/// the settings outlive the core.
 CaptionCore make(Host& host, const AppSettings& settings);
-/// The same on a session's clock, which outlives the core, too.
+/// The same on a session's clock, which must also outlive the core.
 CaptionCore make(Host& host, CaptionClock& clock, const AppSettings& settings);
 
-/// What that core works with now.
+/// The configuration that such a core uses now.
 CaptionCore::Config config(const AppSettings& settings);
 EngineCapabilities capabilities(const AppSettings& settings);
 

@@ -50,7 +50,7 @@ void LiveCaptionDisplay::refresh(const std::string& reason, const SessionView& v
 SubtitleTranslationStatusViewState
 LiveCaptionDisplay::translationStatus(std::span<const CaptionSegment> committed,
                                       const std::string& message, bool force) {
-    // Rows are translated in their order, and translations are taken away for forced reasons only.
+    // Rows are translated in order, and only forced refreshes remove translations.
     translatedRows_ = force ? 0 : std::min(translatedRows_, committed.size());
     while (translatedRows_ < committed.size() && committed[translatedRows_].translatedText)
         ++translatedRows_;
@@ -61,7 +61,7 @@ LiveCaptionDisplay::translationStatus(std::span<const CaptionSegment> committed,
     input.backend = *settings_.translationBackend;
     input.target = *settings_.translationTargetLanguage;
     input.statusMessage = message;
-    // Beside the captions stands what needs attention, and not each step of the work.
+    // The line beside the captions shows what needs attention, not each step of the work.
     input.includeProgress = false;
     status.text = TranslationPresentationBuilder::statusText({}, input);
     status.canRetryIncomplete =

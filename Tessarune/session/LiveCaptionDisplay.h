@@ -14,21 +14,21 @@
 
 namespace tessarune {
 
-/// Makes the frame of a session out of its captions, its texts and the settings, and reports each
-/// refresh to the diagnostics. What it costs does not grow with the session.
+/// Makes the frame of a session from its captions, its texts and the settings, and reports each
+/// refresh to the diagnostics. Its cost does not grow with the session.
 ///
-/// Main queue; all that it is given outlives it.
+/// Main queue; the references outlive it.
 class LiveCaptionDisplay {
   public:
-    /// Without `notifications` a published frame is announced to its observers alone.
+    /// Without `notifications`, only observers of the frame are notified.
     LiveCaptionDisplay(Host& host, AppSettings& settings, SessionDiagnostics& diagnostics,
                        const NotificationCenter* notifications);
 
     LiveCaptionDisplayStore& store() { return store_; }
-    /// Publishes what `view` has to show now, if it differs from the frame of before.
+    /// Publishes the current state of `view` if it differs from the last frame.
     void refresh(const std::string& reason, const SessionView& view,
                  const LiveCaptionDisplayTranslationPatch* patch);
-    /// What the refreshes since the last reset cost.
+    /// The cost of the refreshes since the last reset.
     PerfStats perfStats() const;
     void resetPerfCounters();
 
@@ -42,7 +42,7 @@ class LiveCaptionDisplay {
     LiveCaptionDisplayCache cache_;
     LiveCaptionDisplayStore store_;
     LiveCaptionDisplaySettingsObserver settingsObserver_;
-    std::size_t translatedRows_ = 0; // so many rows from the first on have a translation
+    std::size_t translatedRows_ = 0; // that many leading rows have a translation
     double buildSeconds_ = 0;
     double buildMaxMS_ = 0;
     double sourceSeconds_ = 0;

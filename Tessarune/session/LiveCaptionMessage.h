@@ -7,16 +7,16 @@
 
 namespace tessarune {
 
-/// What the program itself says in the live caption line, until somebody speaks or it is taken
-/// away. It was not heard and is never saved. Main queue; the core outlives it.
+/// The program's own text in the live caption line, until somebody speaks or it is removed. It is
+/// not speech and is never saved. Main queue; the core outlives it.
 class LiveCaptionMessage {
   public:
     explicit LiveCaptionMessage(CaptionCore& core) : core_(core) {}
 
     void present(const std::string& text, double now);
-    /// Whether the live caption line is such a text and not speech.
+    /// Whether the live caption line shows such a text instead of speech.
     bool isShown() const;
-    /// Before the live captions become history.
+    /// Call before the live captions become history.
     void takeAway();
     void forget() { message_.reset(); }
 

@@ -4,7 +4,7 @@
 
 namespace tessarune {
 
-/// What a session did and how long it took, since its start. Main queue.
+/// The counters of a session since its start. Main queue.
 struct LiveCaptionPerfCounters {
     double asrEventCount = 0;
     double asrPartialCount = 0;
@@ -24,7 +24,7 @@ struct LiveCaptionPerfCounters {
     double liveHistoryTextCharacters = 0;
     double audioInactivityAutoStops = 0;
 
-    /// Under the names of the fields.
+    /// The counters by the names of the fields.
     PerfStats stats() const;
 };
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-/// What the session says to the user in its status line, in the user's language.
+/// The session's messages for its status line, in the user's language.
 namespace tessarune::LiveCaptionUserMessages {
 
 std::string idleTitle();

@@ -8,8 +8,8 @@ namespace tessarune {
 
 namespace {
 
-/// Appends a line, and gives how many characters that makes. A line end stands by itself, whatever
-/// the line begins with, so characters of lines can be added up.
+/// Appends a line, and returns the number of characters that this adds. A line end is always a
+/// character of its own, so the characters of lines can be added up.
 std::size_t appendLine(std::string& text, const std::string& line) {
     if (line.empty())
         return 0;
@@ -28,7 +28,7 @@ LiveHistoryText::Built LiveHistoryText::build(std::string_view previous,
     if (!goesOn(previous, rows))
         *this = LiveHistoryText();
     Built built{std::string(previous.substr(0, settledBytes_)), settledCharacters_};
-    // Whether the open row repeats the last committed one is seen only where that one is there.
+    // Whether the open row repeats the last committed one shows only if that row is included.
     const auto last = rows.last(std::min<std::size_t>(rows.size(), 1));
     const auto settled = rows.first(rows.size() - last.size());
     if (settled.size() > settledRows_) {

@@ -11,27 +11,27 @@
 
 namespace tessarune {
 
-/// The text of a running session, renewed again and again: as `SessionTranscriptBuilder` makes it,
-/// without going each time through all rows that were committed since the session began.
+/// The text of a running session, updated repeatedly: equal to that of `SessionTranscriptBuilder`,
+/// but without a walk over all committed rows each time.
 ///
-/// Committed rows come behind those that are there, and keep their text; a list that does not go on
-/// from the last one begins a new text. A value, for one thread at a time.
+/// Committed rows are only appended, and keep their text; a list that does not continue the last
+/// one starts a new text. A value, for one thread at a time.
 class LiveHistoryText {
   public:
     struct Built {
         std::string text;
         std::size_t characters = 0;
     };
-    /// `previous` is the text that was built last. It is not kept here, since after some hours it
-    /// is long.
+    /// `previous` is the text that was built last. It is not stored here, since it becomes long
+    /// after some hours.
     Built build(std::string_view previous, const SessionTranscriptBuilder::Sources& sources);
 
-    double builtAt = 0; ///< paces the next build; seconds since 1970
+    double builtAt = 0; ///< limits the rate of builds; seconds since 1970
 
   private:
     bool goesOn(std::string_view previous, std::span<const CaptionSegment> rows) const;
 
-    // The front of the text: all committed rows but the last.
+    // The first part of the text: all committed rows but the last.
     std::size_t settledBytes_ = 0;
     std::size_t settledCharacters_ = 0;
     std::size_t settledRows_ = 0;

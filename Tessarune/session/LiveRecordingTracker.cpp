@@ -65,7 +65,7 @@ Task<void> LiveRecordingTracker::synchronizeJournal() {
 bool LiveRecordingTracker::saveTranscripts(std::string_view sourceText,
                                            std::string_view bilingualText,
                                            const std::optional<HistoryWordTimeline>& wordTimeline) {
-    // While its session ran: what the user deleted does not come back.
+    // Deleted during its session: what the user deleted does not come back.
     if (currentID_ && catalog_.wasDeleted(*currentID_))
         discardCurrentRecordingIfAny();
     const std::unique_ptr<SessionJournal> journal = std::move(journal_);
@@ -75,7 +75,7 @@ bool LiveRecordingTracker::saveTranscripts(std::string_view sourceText,
     const bool sourceSaved = catalog_.saveTranscript(sourceText, id);
     const bool bilingualSaved = catalog_.saveBilingualTranscript(bilingualText, id);
     const bool timelineSaved = catalog_.saveWordTimeline(wordTimeline, id);
-    // Texts of a recording that the catalog could not take are not kept beyond this run.
+    // Texts of a recording that the catalog could not store are not kept beyond this run.
     const bool isListed = catalog_.recording(id).has_value();
     reset();
     lastSavedID_ = id;
@@ -101,7 +101,7 @@ LiveRecordingTracker::updateLastSavedTranscripts(std::string_view sourceText,
                                                  std::string_view bilingualText) {
     using Outcome = RecordingTranscriptSaveOutcome;
     if (!lastSavedID_)
-        return Outcome::saved; // there was nothing to save, and nothing of it is missing
+        return Outcome::saved; // there was nothing to save, so nothing is missing
     const auto update = catalog_.updateTranscripts(sourceText, bilingualText, *lastSavedID_);
     if (update.outcome == Outcome::failed) {
         logger_.important("recording.transcript.update.degraded",

@@ -19,8 +19,8 @@
 
 namespace tessarune {
 
-/// Which recording belongs to the running session, the journal of its rows, and which recording was
-/// saved last. Main queue. All references must outlive it.
+/// The recording of the running session, the journal of its rows, and the recording that was saved
+/// last. Main queue. All references must outlive it.
 class LiveRecordingTracker {
   public:
     LiveRecordingTracker(Host& host, FileSystem& files, RecordingCatalog& catalog,
@@ -35,8 +35,8 @@ class LiveRecordingTracker {
 
     void reset();
 
-    /// A recording has begun; what the core has committed so far opens its journal. A recording
-    /// whose session is over by now is deleted, and so is one that this one takes the place of.
+    /// A recording has begun; the committed rows so far open its journal. Deletes a recording whose
+    /// session is already over, and one that this one replaces.
     void handleStarted(const RecordingMetadata& metadata, bool isListening, const CaptionCore& core,
                        const std::string& recognitionOptionID);
     /// Its diagnostics run stays.
@@ -44,25 +44,25 @@ class LiveRecordingTracker {
 
     /// Rows were committed: a crash from now on leaves them in the journal.
     void journal(const CaptionCore& core, std::span<const CaptionSegment> rows);
-    /// The translation of this row has come, or was taken away.
+    /// The translation of this row was added or removed.
     void journalTranslation(const CaptionSegment& row);
 
-    /// What was journalled so far survives a loss of power. Resumes on the main queue.
+    /// Makes the journal so far survive a loss of power. Resumes on the main queue.
     Task<void> synchronizeJournal();
 
-    /// Saves the texts of the current recording, which is then no longer current, whatever could
-    /// be saved of them. False if anything could not; the next start then makes it from the
-    /// journal. Of a recording that was deleted meanwhile there is nothing to save.
+    /// Saves the texts of the current recording, which then is no longer current, even after
+    /// failures. False if anything could not be saved; the next start then makes it from the
+    /// journal. A recording that was deleted meanwhile has nothing to save.
     bool saveTranscripts(std::string_view sourceText, std::string_view bilingualText,
                          const std::optional<HistoryWordTimeline>& wordTimeline);
-    /// Replaces the texts of the recording that was saved last, if it is still there and nobody has
-    /// refined them since.
+    /// Replaces the texts of the recording that was saved last, if it still exists and was not
+    /// refined since.
     RecordingTranscriptSaveOutcome updateLastSavedTranscripts(std::string_view sourceText,
                                                               std::string_view bilingualText);
 
     /// The current recording as it was when it began.
     const std::optional<RecordingMetadata>& currentAsBegun() const { return asBegun_; }
-    /// The current recording as it stands in the catalog at this moment.
+    /// The current recording's entry in the catalog now.
     std::optional<RecordingMetadata> currentRecordingMetadata() const;
     std::optional<std::filesystem::path> currentAudioPath() const;
 

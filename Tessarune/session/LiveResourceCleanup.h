@@ -9,7 +9,7 @@
 #include <memory>
 #include <optional>
 
-/// Gives back what a session no longer needs.
+/// Releases resources that a session no longer needs.
 namespace tessarune::LiveResourceCleanup {
 
 struct Resources {
@@ -20,8 +20,8 @@ struct Resources {
     std::optional<std::filesystem::path> debugLog = TessarunePaths::debugLog();
 };
 
-/// Empties the debug log if there is one, and returns memory in the background. What fails is left
-/// as it is.
+/// Empties the debug log if there is one, and returns memory in the background. Failures are
+/// ignored.
 void releaseIdleResources(const Resources& resources);
 
 } // namespace tessarune::LiveResourceCleanup

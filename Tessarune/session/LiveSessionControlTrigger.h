@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// Who asked for a start or a stop, for logs and the diagnostics run. A plain value.
+/// The cause of a start or a stop, for logs and the diagnostics run. A plain value.
 struct LiveSessionControlTrigger {
     std::string token;
     std::string category;

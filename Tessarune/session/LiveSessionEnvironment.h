@@ -19,7 +19,7 @@
 
 namespace tessarune {
 
-/// What a session works with. All that is named by reference outlives the session.
+/// The dependencies of a session. All references outlive the session.
 struct LiveSessionEnvironment {
     SpeechPlatform speech;
     SoundServer& sound;
@@ -28,18 +28,18 @@ struct LiveSessionEnvironment {
     PermissionsManager& permissions;
     RecordingCatalog& catalog;
     std::shared_ptr<AudioSessionRecorder> recorder;
-    /// Asked when a session starts that is to be recorded; absent: each may be.
+    /// Called when a session starts that is to be recorded; absent: each may be.
     std::function<bool()> mayRecord = {};
     RecordingAudioCompressor& compressor;
     /// Null: nothing is translated.
     std::shared_ptr<SessionTranslation> translation;
-    /// Null: nobody watches.
+    /// May be null.
     std::shared_ptr<SessionDiagnostics> diagnostics;
-    /// A recording was saved; nothing to do for an absent request.
+    /// A recording was saved; ignore an absent request.
     std::function<void(const std::optional<HistoryRefinementRequest>&)> scheduleHistoryRefinement;
     /// Returns free memory to the operating system; any thread.
     std::function<void()> returnMemory;
-    /// Told of each published frame; null where nobody listens.
+    /// Notified of each published frame; may be null.
     const NotificationCenter* notifications = nullptr;
 };
 

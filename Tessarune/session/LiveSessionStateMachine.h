@@ -7,10 +7,10 @@
 
 namespace tessarune {
 
-/// The one authority on the phase of a session. A value; each step changes `phase` and returns what
-/// the session takes over, or nothing where the step is refused.
+/// The single authority on the phase of a session. A value; each step changes `phase` and returns
+/// the changes for the session, or `nullopt` if the step is refused.
 struct LiveSessionStateMachine {
-    /// Of the level meter while nothing is heard.
+    /// The level meter's value in silence.
     static constexpr double restingAudioLevel = 0.08;
 
     LiveSessionPhase phase = LiveSessionPhase::idle;
@@ -19,7 +19,7 @@ struct LiveSessionStateMachine {
     std::optional<LiveSessionTransition> permissionsGranted();
     std::optional<LiveSessionTransition> transcriberReady();
     std::optional<LiveSessionTransition> startFailed();
-    /// A session that has ended can still be stopped while its recording is not saved.
+    /// A session that has ended can still be stopped until its recording is saved.
     std::optional<LiveSessionTransition> requestStop(bool hasRecording);
     std::optional<LiveSessionTransition> stopFinished();
 

@@ -24,7 +24,7 @@ SessionLog& LiveSessionStop::log() const {
 }
 
 void LiveSessionStop::request(const LiveSessionControlTrigger& trigger) {
-    // A late start can have dropped the phase while a stop goes on; there is never a second one.
+    // A late start can have reset the phase during a stop; there is never a second stop.
     if (isFinalizing_) {
         startsAgain_ = false;
         return;
@@ -63,7 +63,7 @@ Task<void> LiveSessionStop::run(std::weak_ptr<LiveTranscriptStore> weak, std::ui
     Task<void> finalizing = stop.finalize(store);
     co_await finalizing;
     stop.log().event("listen.stop.task.done", stop.log().elapsed(requestedAt));
-    // A session that was started meanwhile may have a stop of its own by now.
+    // A session started meanwhile may have a stop of its own by now.
     if (stop.number_ == number)
         stop.task_.reset();
 }
@@ -85,7 +85,7 @@ Task<void> LiveSessionStop::finalize(Store store) {
     const bool translationCompleted = co_await translating;
     Task<void> compressing = compressRecordingIfNeeded(store);
     co_await compressing;
-    store->environment_.compressor.forget(); // whatever the end made of it
+    store->environment_.compressor.forget(); // whatever the stop's outcome
     finishDiagnostics();
     const bool transcriptPersisted = persist();
     cleanUp();
@@ -130,8 +130,7 @@ void LiveSessionStop::sealLiveIntoCommitted() {
     log().finish(step);
 }
 
-/// A catalog that could not be brought up to date says nothing of the sound, so the file is asked
-/// too.
+/// If the catalog could not be updated it says nothing about the sound, so the file is checked too.
 bool LiveSessionStop::heardNothing() const {
     const auto recording = store_.recordingTracker_.currentRecordingMetadata();
     if (!recording || recording->duration > 0 || !store_.core_.committedSegments->empty() ||

@@ -18,29 +18,28 @@ namespace tessarune {
 class LiveTranscriptStore;
 struct RecordingMetadata;
 
-/// The stop of a session: the last words are drained from the recogniser and sealed, translations
-/// get a bounded time, the recording is compressed, everything is saved, and the session is idle
-/// again. What fails on the way is shown and logged, and the stop goes on.
+/// The stop of a session: drains the last words from the recogniser and seals them, gives
+/// translations a bounded time, compresses the recording, saves everything, and makes the session
+/// idle again. Failures on the way are shown and logged, and the stop continues.
 ///
-/// Main queue. A part of the store, which it belongs to; its task keeps the store alive.
+/// Main queue. A part of the store, which owns it; its task keeps the store alive.
 class LiveSessionStop {
   public:
     explicit LiveSessionStop(LiveTranscriptStore& store);
     ~LiveSessionStop();
     LiveSessionStop(const LiveSessionStop&) = delete;
 
-    /// Ends the session, if there is one. While one is being saved this only takes back the start
-    /// that was to follow.
+    /// Ends the session, if there is one. During a save this only cancels the queued start.
     void request(const LiveSessionControlTrigger& trigger);
-    /// Another session begins as soon as this one is saved.
+    /// Starts another session as soon as this one is saved.
     void startAgainAfterwards() { startsAgain_ = true; }
-    /// A session begins: nothing of it is worth keeping before it listens.
+    /// A session begins: until it listens, none of it is worth keeping.
     void sessionBegins() { isWorthKeeping_ = false; }
     void sessionListens() { isWorthKeeping_ = true; }
 
-    /// The task of a stop lives.
+    /// The task of a stop is running.
     bool isRunning() const { return task_.has_value(); }
-    /// As `isRunning`, but over when another session may begin.
+    /// Like `isRunning`, but false as soon as another session may begin.
     bool isFinalizing() const { return isFinalizing_; }
 
   private:

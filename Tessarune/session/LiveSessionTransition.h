@@ -7,16 +7,16 @@
 
 namespace tessarune {
 
-/// What a step of the session's state machine asks its owner to take over.
+/// The changes that a step of the state machine asks its owner to apply.
 struct LiveSessionTransition {
     LiveSessionPhase phase = LiveSessionPhase::idle; ///< after the step
     bool isListening = false;
     bool isStarting = false;
     std::optional<SessionStatus> status = std::nullopt; ///< absent: stays as it is
     std::optional<double> audioLevel = std::nullopt;    ///< absent: stays as it is
-    /// The start ended after the session had been given up: what it made is thrown away.
+    /// The start ended after its session had been abandoned: its results are discarded.
     bool discardLateStartArtifacts = false;
-    bool presentStartFailure = false; ///< the user is to be told why the start failed
+    bool presentStartFailure = false; ///< report to the user why the start failed
 
     bool operator==(const LiveSessionTransition&) const = default;
 };

@@ -43,7 +43,7 @@ LiveSystemAudioTranscriber::Engine LiveSystemAudioTranscriber::makeConfiguredTra
     return engine;
 }
 
-/// A callback of `engine` that is silent once another one has taken its place.
+/// A callback of `engine` that does nothing once another engine has replaced it.
 template <typename Callback>
 auto LiveSystemAudioTranscriber::whileCurrent(const AudioTranscriber& engine, Callback callback) {
     return [weak = weak_from_this(), identity = &engine, callback](const auto& value) {
@@ -186,7 +186,7 @@ void LiveSystemAudioTranscriber::latchSystemAudioPermission() {
             return;
         ++heard_.permissionMarkEvents;
     }
-    // Sound that was delivered is the proof that it may be.
+    // Delivered sound proves the permission.
     host().post([weak = weak_from_this()] {
         if (const auto self = weak.lock())
             self->environment_.permissions.latch(PermissionsManager::Key::systemAudioStatus,

@@ -54,7 +54,7 @@ Task<void> LiveSystemAudioTranscriber::startSession(Self self, AudioSource sourc
          {"recordLosslessAudio", *settings.recordLosslessAudio},
          {"sessionDiagnosticsEnabled", *settings.sessionDiagnosticsEnabled},
          {"appleDiagnosticsMode", std::string(name(self->diagnosticsMode()))}});
-    self->abandon(); // what an earlier session may have left
+    self->abandon(); // the remains of an earlier session
     {
         const MutexLock lock(self->perfLock_);
         self->heard_ = {};
@@ -74,7 +74,7 @@ Task<void> LiveSystemAudioTranscriber::startSession(Self self, AudioSource sourc
         self->logger().event("transcriber.start.ready", {{"source", source.logName()}});
         co_return;
     }
-    if (isOvertaken) // and whoever overtook it has taken care of what was there
+    if (isOvertaken) // and the call that overtook this one has cleaned up
         failure = std::make_exception_ptr(CancellationError());
     self->logger().important(
         "transcriber.start.failed",
@@ -116,7 +116,7 @@ Task<void> LiveSystemAudioTranscriber::startEngine(Self self, std::uint64_t atte
         Task<void> starting = engine->start(locale);
         co_await starting;
     } catch (...) {
-        // An engine that was exchanged meanwhile has nothing to say any more.
+        // Results of an engine that was replaced meanwhile are ignored.
         if (self->isCurrent(engine.get()))
             throw;
     }
@@ -195,14 +195,14 @@ Task<void> LiveSystemAudioTranscriber::drainSession(Self self) {
     self->isActive_ = false;
     self->logger().event("transcriber.finishDraining.start");
 
-    // Nothing more is fed once the capture's queue is through.
+    // No more sound is fed once the capture's queue has finished.
     const auto microphone = std::exchange(self->micCapture_, nullptr);
     Task<void> ending = microphone ? microphone->stop() : self->capture_->finish();
     co_await ending;
     self->logger().event("transcriber.finishDraining.captureStopped", elapsed());
 
     if (const Engine engine = self->currentEngine()) {
-        // Still in its place, so that its last results are delivered.
+        // Still installed, so that its last results are delivered.
         Task<void> draining = engine->finishDrainingAndStop();
         co_await draining;
         if (self->isCurrent(engine.get()))

@@ -19,13 +19,13 @@
 
 namespace tessarune {
 
-/// Ties the sound of a session together: each buffer goes from the capture to the recorder and to
-/// the recognition engine.
+/// Connects the sound of a session: each buffer goes from the capture to the recorder and to the
+/// recognition engine.
 ///
-/// `start`, `stop`, `finishDrainingAndStop` and `swapEngine` are called on the main queue and go on
-/// there. A start or a swap that another of these has overtaken stops what it made and throws
-/// CancellationError. Buffers come on the capture's queue. Callbacks are called on any thread and
-/// with no lock held; they are set before the first start.
+/// `start`, `stop`, `finishDrainingAndStop` and `swapEngine` are called on the main queue and
+/// resume there. A start or a swap that another of these calls has overtaken stops what it made and
+/// throws CancellationError. Buffers arrive on the capture's queue. Callbacks are called on any
+/// thread and without a lock; set them before the first start.
 class LiveSystemAudioTranscriber final
     : public SystemAudioCaptureDelegate,
       public std::enable_shared_from_this<LiveSystemAudioTranscriber> {
@@ -37,14 +37,14 @@ class LiveSystemAudioTranscriber final
         const AppSettings& settings;
         PermissionsManager& permissions;
         std::shared_ptr<AudioSessionRecorder> recorder; ///< this object sets its callbacks
-        std::function<bool()> mayRecord = {}; ///< asked at a start that is to record; absent: yes
+        std::function<bool()> mayRecord = {}; ///< called at a start that is to record; absent: yes
     };
     static std::shared_ptr<LiveSystemAudioTranscriber> make(Environment environment);
     LiveSystemAudioTranscriber(const LiveSystemAudioTranscriber&) = delete;
     LiveSystemAudioTranscriber& operator=(const LiveSystemAudioTranscriber&) = delete;
 
     std::function<void(const ASREvent&)> onASREvent;
-    /// What was guessed since the last final comes to nothing, and no final follows.
+    /// The guess since the last final is withdrawn, and no final follows.
     std::function<void()> onGuessWithdrawn;
     std::function<void(double)> onLevel;
     std::function<void(const RecordingMetadata&)> onRecordingStarted;
@@ -58,21 +58,21 @@ class LiveSystemAudioTranscriber final
     /// The sound was interrupted, came back, or comes from another device.
     std::function<void(const CaptureEvent&)> onCaptureEvent;
 
-    /// Engine, then recorder, then capture. Throws what they throw, with a text that can be shown,
-    /// and then nothing runs.
+    /// Starts engine, recorder and capture, in this order. Throws what they throw, with a text that
+    /// can be shown, and then nothing runs.
     Task<void> start(AudioSource source);
-    /// Ends everything without waiting; what the engine still holds is lost.
+    /// Ends everything without waiting; unprocessed sound is lost.
     void stop();
-    /// Ends the capture, takes the last words from the engine, closes the recording.
+    /// Ends the capture, drains the engine, closes the recording.
     Task<void> finishDrainingAndStop();
-    /// Goes over to the engine that the settings name. Capture and recorder go on. Without a
-    /// session there is nothing to exchange.
+    /// Changes to the engine of the settings. Capture and recorder continue. Does nothing without a
+    /// session.
     Task<void> swapEngine();
 
     /// Asks the engine for an early final.
     void requestFinalization(const std::string& reason);
 
-    double sampleRate() const;          ///< of the session's sound; 0: there was none yet
+    double sampleRate() const;          ///< of the session's sound; 0 if there was none yet
     PerfStats perfStats() const;        ///< the engine's, or those of the last one
     PerfStats wrapperPerfStats() const; ///< this object's own
 
@@ -99,7 +99,7 @@ class LiveSystemAudioTranscriber final
     AppleAnalyzerDiagnosticsMode diagnosticsMode() const;
     std::optional<double> preferredSampleRate() const;
     void abandon();
-    /// Takes the engine out, or puts another in its place.
+    /// Removes the engine, or installs another.
     Engine exchangeEngine(Engine next);
     Engine currentEngine() const;
     bool isCurrent(const AudioTranscriber* engine) const;
@@ -129,7 +129,7 @@ class LiveSystemAudioTranscriber final
 
     // On the main queue
     std::shared_ptr<MicrophoneCapture> micCapture_;
-    std::uint64_t attempt_ = 0; ///< raised by each start and each end
+    std::uint64_t attempt_ = 0; ///< incremented by each start and each end
     bool isActive_ = false;     ///< between a start and an end
 
     mutable SoleLock transcriberLock_;
@@ -137,9 +137,9 @@ class LiveSystemAudioTranscriber final
 
     mutable SoleLock perfLock_;
     bool didLatchSystemAudioPermission_ GUARDED_BY(perfLock_) = false;
-    /// What the sound of one session was.
+    /// A summary of one session's sound.
     struct Heard {
-        double sampleRate = 0; ///< that was reported last
+        double sampleRate = 0; ///< the last reported one
         double buffers = 0;
         double infoEvents = 0;
         double permissionMarkEvents = 0;

@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// These take effect wherever they are changed from.
+/// These settings take effect wherever they are changed.
 void LiveTranscriptStore::observeSettings() {
     AppSettings& settings = environment_.settings;
     const auto observe = [this](auto& setting, auto changed) {
@@ -19,7 +19,7 @@ void LiveTranscriptStore::observeSettings() {
     });
     observe(settings.selectedRecognitionOptionID,
             [this](const std::string& id) { recognitionOptionChanged(id); });
-    // The translation has heard of it before and has done what follows from it.
+    // The translation was notified first and has applied the change.
     const auto refreshOn = [this, observe](auto& setting, const char* reason) {
         observe(setting, [this, reason](const auto&) { refreshCaptionDisplay(reason); });
     };
@@ -29,7 +29,7 @@ void LiveTranscriptStore::observeSettings() {
 }
 
 void LiveTranscriptStore::configureCoreCallbacks() {
-    // A live caption changes many times a second; views hear of it through the display only.
+    // A live caption changes many times a second; views are notified through the display only.
     const auto count = [this](const auto&) {
         ++pipelinePerf_.coreChangeNotifications;
         ++pipelinePerf_.coreChangeObjectWillChangeSuppressed;
@@ -67,8 +67,8 @@ void LiveTranscriptStore::configureCoreCallbacks() {
 
 void LiveTranscriptStore::configureTranscriberCallbacks() {
     using Store = LiveTranscriptStore;
-    // Callbacks may come on any thread: a copy of the value goes to the main queue, which keeps the
-    // order, and there to `body` while the store lives.
+    // Callbacks may come on any thread: the value is copied to the main queue, which keeps the
+    // order, and passed to `body` while the store lives.
     const auto onMain = [weak = weak_from_this(), &main = host()](auto body) {
         return [weak, &main, body](const auto& value) {
             main.post([weak, body, value] {
@@ -144,12 +144,12 @@ void LiveTranscriptStore::applyRecognition(const ASREvent& event) {
     const bool isFinal = std::holds_alternative<ASREvent::Final>(event.value);
     ++pipelinePerf_.asrEventCount;
     ++(isFinal ? pipelinePerf_.asrFinalCount : pipelinePerf_.asrPartialCount);
-    // After a stop was asked for, the last finals still count; guesses do not.
+    // After a stop request the last finals still count; guesses do not.
     if (!*view_.isListening && !(isFinal && *view_.sessionPhase == LiveSessionPhase::stopping))
         return;
     environment_.permissions.latch(PermissionsManager::Key::speechStatus,
                                    PermissionsManager::Status::granted);
-    // Speech is activity, however quiet it is.
+    // Speech is activity, even if it is quiet.
     inactivity_.noteActivity();
     const double ingestedFrom = now();
     core_.ingest(event);

@@ -45,8 +45,8 @@ void LiveTranscriptStore::toggleListening(const LiveSessionControlTrigger& trigg
 }
 
 void LiveTranscriptStore::startListening(const LiveSessionControlTrigger& trigger) {
-    // A late start can have dropped the phase to idle while the stop goes on: two sessions must
-    // never share the recorder and the texts that are being saved.
+    // A late start can have reset the phase to idle during the stop: two sessions must never share
+    // the recorder and the texts that are being saved.
     if (*view_.sessionPhase == LiveSessionPhase::stopping || stop_.isFinalizing()) {
         const std::string event = "listen.start.ignoredWhileStopping";
         log_.milestone(event, trigger.logFields(), Importance::important);
@@ -92,7 +92,7 @@ Task<void> LiveTranscriptStore::runStart(WeakSelf weak, Start start) {
     } catch (...) {
         failure = std::current_exception();
     }
-    // Another start has taken over: what happened to this one concerns nobody.
+    // Another start has taken over: the outcome of this one is irrelevant.
     if (failure && start.number == self->startNumber_)
         self->failStart(start, failure);
 }
@@ -111,7 +111,7 @@ Task<void> LiveTranscriptStore::startSteps(Self self, Start start) {
     Task<void> starting = self->liveTranscriber_->start(start.source);
     co_await starting;
     if (start.number != self->startNumber_) {
-        // The newer start still waits for its permissions; the sound is this one's.
+        // The newer start is still waiting for permissions; the sound belongs to this one.
         self->liveTranscriber_->stop();
         self->discardRecording();
         co_return;
@@ -197,7 +197,7 @@ void LiveTranscriptStore::finishDiagnosticsSnapshot() {
     log_.event("diagnostics.finish.request", fields);
     const auto& id = recordingTracker_.currentID();
     if (id && environment_.catalog.wasDeleted(*id)) {
-        diagnostics.discardCurrentRun(); // what the user deleted leaves no words behind
+        diagnostics.discardCurrentRun(); // a deletion by the user leaves no words behind
     } else {
         diagnostics.finish({texts_.savedTexts(), mergedLivePerfStats(), recording});
     }
@@ -298,7 +298,7 @@ Task<void> LiveTranscriptStore::runSwap(WeakSelf weak, std::uint64_t session, bo
     // The next session has a run of its own.
     if (session != self->startNumber_)
         co_return;
-    // The session goes on whether it has a recogniser or not, and so does its diagnosis.
+    // The session continues with or without a recogniser, and so does its diagnosis.
     if (hadRun && *self->view_.isListening) {
         self->startDiagnostics(*self->view_.selectedSource);
         self->environment_.diagnostics->noteRecording(self->recordingTracker_.currentAsBegun());

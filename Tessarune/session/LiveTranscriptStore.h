@@ -28,15 +28,15 @@
 
 namespace tessarune {
 
-/// The one object that owns a listening session: it starts and stops the sound, feeds the captions,
-/// keeps the recording, and saves everything at the end. One for the process; a session resets it.
+/// Owns a listening session: starts and stops the sound, feeds the captions, keeps the recording,
+/// and saves everything at the end. One for the process; a session resets it.
 ///
-/// Main queue. Commands return at once and go on in tasks; what comes of them shows in `view()`.
-/// Failures are never thrown: they show as status, as the live caption line (`showError`), or as
+/// Main queue. Commands return at once and continue in tasks; `view()` shows their results.
+/// Failures are never thrown: they appear as status, as the live caption line (`showError`), or as
 /// the phase `failed`.
 ///
-/// What is on the screen is the frame of `view().captionDisplay`, which changes only by a call of
-/// `refreshCaptionDisplay`; changes of the core by themselves announce nothing.
+/// The screen shows the frame of `view().captionDisplay`, which only `refreshCaptionDisplay`
+/// changes; changes of the core alone announce nothing.
 class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTranscriptStore>,
                                   private TranslatedCaptions {
   public:
@@ -47,7 +47,7 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     const SessionView& view() const { return view_; }
     const LiveSystemAudioTranscriber& liveTranscriber() const { return *liveTranscriber_; }
     const LiveRecordingTracker& recordingTracker() const { return recordingTracker_; }
-    /// A stop is under way. It ends in the phase `idle`, whatever fails.
+    /// A stop is in progress. It ends in the phase `idle`, whatever fails.
     bool isStopping() const { return stop_.isRunning(); }
     const SessionTexts& texts() const { return texts_; }
     PerfStats mergedLivePerfStats() const;
@@ -56,19 +56,19 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     void toggleListening(const LiveSessionControlTrigger& trigger);
     /// Accepted in `idle` and `failed`.
     void startListening(const LiveSessionControlTrigger& trigger);
-    /// Accepted from a start on, and where a recording is to be saved. While a session is being
-    /// saved it takes back a start that was to follow.
+    /// Accepted after a start, and while a recording is still to be saved. During the save it
+    /// cancels a queued start.
     void stopListening(const LiveSessionControlTrigger& trigger) { stop_.request(trigger); }
-    /// A running session is saved, and another begins with the new source.
+    /// Saves a running session and starts another with the new source.
     void selectSource(const AudioSource& source);
-    /// A running session goes over to the other recogniser, as with any change of the setting.
+    /// A running session changes to the other recogniser, as with any change of the setting.
     void selectRecognitionOption(const std::string& id);
     void refreshInputDevices();
     /// Puts the sound and the committed rows of a running session on the disk, before the computer
     /// sleeps. Resumes on the main queue.
     Task<void> secureRecording();
-    /// Takes all captions off the screen; they are saved all the same. A sentence that is still
-    /// being spoken shows again when it settles.
+    /// Removes all captions from the screen; they are still saved. A sentence that is still being
+    /// spoken reappears when it settles.
     void clearCaptions();
 
     // Events of the session; the callbacks of its parts end here
@@ -76,12 +76,12 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     void handleAudioLevel(double level);
     /// Shows the text as the live caption line. The phase stays.
     void showError(const std::string& message);
-    /// Whatever may be on the screen has changed.
+    /// The visible state may have changed.
     void refreshCaptionDisplay(const std::string& reason,
                                const LiveCaptionDisplayTranslationPatch* patch = nullptr) override;
 
   private:
-    friend class LiveSessionStop; // the end of the same session, with a state of its own
+    friend class LiveSessionStop; // the end of the same session, with state of its own
     using WeakSelf = std::weak_ptr<LiveTranscriptStore>;
     using Self = std::shared_ptr<LiveTranscriptStore>;
 
@@ -91,8 +91,8 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
 
     // LiveTranscriptStore+Translation.cpp: what the translation sees
     const CaptionCore::Rows& committedSegments() const override { return *core_.committedSegments; }
-    /// Rows whose translation comes or goes are written to the journal too: a crash leaves them as
-    /// they are.
+    /// Changes of rows' translations are written to the journal too: a crash leaves them as they
+    /// are.
     void
     changeCommittedSegments(const std::function<void(std::span<CaptionSegment>)>& change) override;
     void setStatusMessage(const std::string& text) override;

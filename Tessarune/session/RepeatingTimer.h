@@ -6,8 +6,8 @@
 
 namespace tessarune {
 
-/// Calls a block on the main queue again and again, `seconds` apart. Main queue; dropping it ends
-/// it at once, also from inside the block. The host must outlive it.
+/// Calls a block on the main queue every `seconds`. Main queue; dropping it ends it at once, also
+/// from inside the block. The host must outlive it.
 class RepeatingTimer {
   public:
     RepeatingTimer(Host& host, double seconds, Block block)

@@ -27,14 +27,14 @@ namespace tessarune {
 
 struct SessionView;
 
-/// Watches a session for the diagnostics run that it may leave behind, and for logs of its events.
-/// As it stands it keeps nothing and no run is ever open; an observer overrides what it wants to
-/// hear. Called on the main queue; nothing may throw.
+/// Observes a session for its diagnostics run and for logs of its events. This base class keeps
+/// nothing and never has an open run; an observer overrides the calls that it needs. Called on the
+/// main queue; nothing may throw.
 class SessionDiagnostics {
   public:
     struct Start {
         AudioSource source;
-        std::string sourceName; ///< as a person calls it
+        std::string sourceName; ///< the name for people
         LiveAudioInactivityAutoStopConfiguration audioInactivityAutoStopConfiguration;
     };
     struct Finish {
@@ -42,7 +42,7 @@ class SessionDiagnostics {
         PerfStats perfStats;
         std::optional<RecordingMetadata> recording;
     };
-    /// How the session stands when its last translations are in, or given up.
+    /// The session's state when its last translations have arrived or been given up.
     struct StopSnapshot {
         std::string reason;
         bool completedTranslations = false;
@@ -57,7 +57,7 @@ class SessionDiagnostics {
         std::optional<double> elapsedSeconds;
         LogFields fields;
     };
-    /// A refresh of what is on the screen. The references are valid during the call.
+    /// A refresh of the screen. The references are valid during the call.
     struct CaptionDisplayRefresh {
         double t = 0; ///< when it began, seconds since 1970
         const std::string& reason;
@@ -66,15 +66,15 @@ class SessionDiagnostics {
         const LiveCaptionDisplayStore& display;
         const LiveCaptionDisplayCache& cache;
     };
-    /// The watch over memory and load between two sessions.
+    /// The state for the watch over memory and load between two sessions.
     struct IdleWatch {
         std::string reason;
-        std::function<LogFields()> snapshotProvider; ///< what the program is doing
+        std::function<LogFields()> snapshotProvider; ///< the program's activity
     };
 
     virtual ~SessionDiagnostics() = default;
 
-    /// First of all, and once: what session this is. The view stays valid while it calls.
+    /// Called first, and once: the session to observe. The view stays valid while it makes calls.
     virtual void attach(const SessionView&) {}
 
     // The run
@@ -82,7 +82,7 @@ class SessionDiagnostics {
     virtual void startIfNeeded(const Start&) {}
     virtual bool isRunning() const { return false; }
     virtual bool capturesFullDiagnostics() const { return false; }
-    /// The session's sound is being recorded; absent: it is no more, and what was is discarded.
+    /// The session's sound is being recorded; absent: no longer, and the recording is discarded.
     virtual void noteRecording(const std::optional<RecordingMetadata>&) {}
     virtual void recordLiveCaptionStopSnapshot(const StopSnapshot&) {}
     virtual void finish(const Finish&) {}
@@ -91,14 +91,14 @@ class SessionDiagnostics {
     /// The texts have changed since the run was finished.
     virtual void updateFinishedSnapshot(const TranscriptSnapshot&) {}
 
-    // What happens; an observer drops what it keeps no log of
+    // Events; an observer ignores those that it keeps no log of
 
     virtual void lifecycle(const LifecycleEntry&) {}
     virtual void noteAudioBuffer(double /*sampleRate*/) {}
     virtual void notePerfStats(const PerfStats&) {}
-    /// `t` is the time at which the captions take the event in.
+    /// `t` is the time at which the captions process the event.
     virtual void appendASREvent(const ASREvent&, double /*t*/) {}
-    /// What else changes the captions, at this time.
+    /// Other changes of the captions, at this time.
     virtual void markCaptions(CaptionMark, double /*t*/) {}
     virtual void appendAppleRawResult(const AppleSpeechAnalyzerRawResultRecord&) {}
     virtual void appendAppleSummaryResult(const AppleSpeechAnalyzerSummaryRecord&) {}
@@ -107,16 +107,16 @@ class SessionDiagnostics {
     virtual void appendCorrection(const CorrectionObservation&) {}
     virtual void recordSoftCaption(const SoftCaptionObservation&) {}
     virtual void appendTranslation(const TranslationObservation&) {}
-    /// Many times a second; `shouldRecordDisplayDiagnostics` says which are worth a line in a run.
+    /// Many times a second; `shouldRecordDisplayDiagnostics` selects those that a run records.
     virtual void captionDisplayRefreshed(const CaptionDisplayRefresh&) {}
     virtual void recordCaptionDisplaySettingChange(const std::string& /*name*/,
                                                    const std::string& /*value*/) {}
-    /// What keeps the list of captions at its newest line has done something.
+    /// An event of the driver that keeps the list of captions at its newest line.
     virtual void recordCaptionFollow(const std::string& /*event*/, const LogFields& /*fields*/) {}
 
     // Between two sessions
 
-    /// With the run that has just been finished, if it keeps everything.
+    /// With the run that has just finished, if it keeps everything.
     virtual void startIdleMemorySentinel(const IdleWatch&) {}
     virtual void stopIdleMemorySentinel(const std::string& /*reason*/) {}
 };

@@ -8,12 +8,12 @@
 
 namespace tessarune {
 
-/// Tells every second how long the session has lasted. Main queue.
+/// Reports the length of the session every second. Main queue.
 class SessionDurationClock {
   public:
     explicit SessionDurationClock(Host& host) : host_(host) {}
 
-    /// Starts over at this moment. `onTick` gets seconds.
+    /// Restarts now. `onTick` gets seconds.
     void start(std::function<void(double)> onTick) {
         startTime_ = host_.now();
         onTick_ = std::move(onTick);

@@ -9,12 +9,12 @@
 
 namespace tessarune {
 
-/// Ends a session in which nothing is heard for too long. The minutes are those of the session's
-/// beginning; a later change of the setting counts for the next one. Main queue. Host and log must
+/// Ends a session in which nothing is heard for too long. The minutes are fixed when the session
+/// begins; a later change of the setting applies to the next one. Main queue. Host and log must
 /// outlive it.
 class SessionInactivityStop {
   public:
-    /// Sound at least this loud counts as something that is heard.
+    /// Sound at least this loud counts as activity.
     static constexpr double activeLevelThreshold = 0.01;
 
     SessionInactivityStop(Host& host, SessionLog& log) : log_(log), watch_(host) {}
@@ -25,7 +25,8 @@ class SessionInactivityStop {
         return configuration_;
     }
 
-    /// Once `configure` was called. `onTimeout` as in LiveAudioInactivityAutoStop, after the log.
+    /// Call after `configure`. `onTimeout` is that of LiveAudioInactivityAutoStop, called after the
+    /// log entry.
     void start(LiveAudioInactivityAutoStop::OnTimeout onTimeout);
     void stop() { watch_.stop(); }
     void noteActivity() { watch_.noteActivity(); }

@@ -10,13 +10,13 @@
 
 namespace tessarune {
 
-/// What a session writes about itself: into the runtime log, and into the lifecycle log of the
-/// diagnostics run while one is open. Main queue. All references must outlive it.
+/// A session's logging: to the runtime log, and to the lifecycle log of the diagnostics run while
+/// one is open. Main queue. All references must outlive it.
 class SessionLog {
   public:
     using Phase = SessionDiagnostics::LifecycleEntry::Phase;
 
-    /// Something that the run's lifecycle log shows as a span.
+    /// An event that the run's lifecycle log shows as a span.
     struct Step {
         std::string name;
         double startedAt = 0;
@@ -29,11 +29,11 @@ class SessionLog {
     void event(const std::string& name, const LogFields& fields = {},
                Importance importance = Importance::routine,
                std::source_location source = std::source_location::current());
-    /// As `event`, and an instant in the run's lifecycle log.
+    /// Like `event`, plus an instant in the run's lifecycle log.
     void milestone(const std::string& name, const LogFields& fields,
                    Importance importance = Importance::routine,
                    std::source_location source = std::source_location::current());
-    /// An instant in the run's lifecycle log alone.
+    /// Only an instant in the run's lifecycle log.
     void instant(const std::string& name, const LogFields& fields);
 
     Step begin(std::string name, const LogFields& fields = {});

@@ -5,27 +5,27 @@
 
 namespace tessarune {
 
-/// What the session has to say in its status line. A value; views ask for its words.
+/// The content of the session's status line. A value; views call for its text.
 struct SessionStatus {
     enum class Kind {
         none,
         idle,     ///< an invitation to begin
         checking, ///< permissions, recogniser and capture are being made ready
-        silent,   ///< nothing is heard from the system
+        silent,   ///< the system delivers no sound
         interrupted,
-        listeningTo, ///< the capture went over to another device, or gives sound again
-        inactive,    ///< so long without sound that the session ends by itself
+        listeningTo, ///< the capture has changed to another device, or delivers sound again
+        inactive,    ///< the session ended because of so much silence
         saving,
         stillSaving, ///< a start came too early
         compressing,
         compressed,
         compressionFailed,
         transcriptNotSaved,
-        translation, ///< what the translation has to say
+        translation, ///< the translation's message
     };
 
     Kind kind = Kind::none;
-    std::string detail{};     ///< `listeningTo`: the device; `translation`: the words
+    std::string detail{};     ///< `listeningTo`: the device; `translation`: the text
     std::int64_t minutes = 0; ///< `inactive`: without sound
 
     /// In the user's language; empty for `none`.

@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// The texts of the running session, made from its captions: what is saved, what a user copies, and
-/// the text that grows beside the captions. Main queue; the references outlive it.
+/// The texts of the running session, made from its captions: the saved ones, the one that a user
+/// copies, and the one that grows beside the captions. Main queue; the references outlive it.
 class SessionTexts {
   public:
     SessionTexts(const Host& host, const CaptionCore& core, const LiveCaptionMessage& message,
@@ -21,18 +21,18 @@ class SessionTexts {
 
     void beginSession();
 
-    /// Everything that was said, the open sentence included.
+    /// All text, the open sentence included.
     TranscriptSnapshot exportTranscriptSnapshot() const;
-    /// Without what the user cleared.
+    /// Without the rows that the user cleared.
     TranscriptSnapshot visibleText() const;
-    /// Takes all that has a text off the screen. What has none yet is what is said next.
+    /// Clears all rows with a text from the screen. Rows still without one belong to later speech.
     void clear();
 
-    /// As they are saved: a text without any translation is no bilingual one.
+    /// In their saved form: a text without any translation has no bilingual form.
     TranscriptSnapshot savedTexts() const;
     /// To be called with each save.
     void noteSaved() { savedTranslations_ = translatedCount(); }
-    /// Translations that were taken away stay saved until others have come in their place.
+    /// Removed translations stay in the saved text until others have replaced them.
     bool hasFewerTranslationsThanSaved() const { return translatedCount() < savedTranslations_; }
 
     void updateVisibleSourceTextFlag();

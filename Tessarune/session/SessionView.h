@@ -19,7 +19,7 @@
 
 namespace tessarune {
 
-/// How a session ended.
+/// The outcome of a session.
 struct SessionOutcome {
     std::optional<UUID> recording;    ///< absent if nothing was recorded
     bool transcriptPersisted = false; ///< nothing to save counts as saved
@@ -27,9 +27,8 @@ struct SessionOutcome {
     bool heardNothing = false; ///< there was neither sound nor text, so nothing is kept
 };
 
-/// What was said, to be read: the lists of the caption engine with all that is known of their rows.
-/// They change one after the other within one step of the engine; whoever draws waits for the
-/// frame.
+/// Read access to the captions: the lists of the caption engine with all data of their rows. They
+/// change one after the other within one step of the engine; views wait for the frame.
 struct LiveCaptions {
     const Published<CaptionCore::Rows>& committedSegments;
     const Published<CaptionCore::Rows>& liveLeadingSentences;
@@ -43,20 +42,20 @@ struct LiveCaptions {
     }
 };
 
-/// What a session shows of itself. The session writes it; everybody else has it by const reference,
-/// reads and observes. Valid as long as the session's store. Main queue.
+/// The visible state of a session. The session writes it; all others have it by const reference,
+/// read and observe it. Valid as long as the session's store. Main queue.
 struct SessionView {
     SessionView(const LiveCaptionDisplayStore& display, const CaptionCore& core,
                 const SessionTranslation::View& itsTranslation)
         : captionDisplay(display), captions(LiveCaptions::of(core)), translation(itsTranslation) {}
 
-    /// The frame to draw: captions, previews, status and phase as they belong together.
+    /// The frame to draw: a consistent set of captions, previews, status and phase.
     const LiveCaptionDisplayStore& captionDisplay;
-    /// For what a frame leaves out: failures and times of committed rows, their words, and which
-    /// live text is a complete sentence.
+    /// For data that a frame leaves out: failures and times of committed rows, their words, and
+    /// which live text is a complete sentence.
     const LiveCaptions captions;
     const SessionTranslation::View& translation;
-    /// From the moment at which a start is accepted until a stop is.
+    /// From the acceptance of a start until a stop is requested.
     Published<bool> isListening{false};
     Published<LiveSessionPhase> sessionPhase{LiveSessionPhase::idle};
     double audioLevel = LiveSessionStateMachine::restingAudioLevel; ///< 0 to 1; views poll it
@@ -67,17 +66,18 @@ struct SessionView {
     Published<AudioSource> selectedSource{AudioSource::systemAudio()};
     Published<std::unordered_set<UUID>> clearedSegmentIDs; ///< rows that the user cleared
     Published<bool> hasVisibleSourceTextFlag{false};
-    Published<std::string> liveHistoryText; ///< all that was said so far, renewed once a second
+    Published<std::string> liveHistoryText; ///< the whole text so far, updated once a second
     Published<double> sessionDuration{0.0}; ///< seconds
-    /// The stop no longer waits for translations: rows that have none now may never get one.
+    /// The stop no longer waits for translations: untranslated rows may stay so.
     Published<bool> isTranslationOver{false};
-    /// How much of the recording has been compressed, 0 to 1; nothing while none is.
+    /// The compressed share of the recording, 0 to 1; `nullopt` if there is no compression.
     Published<std::optional<double>> audioCompressProgress;
-    /// Why the last start failed, for a front end that tells failures apart. Set before the phase.
+    /// Why the last start failed, for a front end that distinguishes failures. Set before the
+    /// phase.
     std::exception_ptr startFailure;
-    /// Of the session before; nothing from a start on, until that session has ended.
+    /// Of the previous session; reset by a start until that session has ended.
     Published<std::optional<SessionOutcome>> outcome;
-    /// The last text that was shown as a failure in the live caption line.
+    /// The last text shown as a failure in the live caption line.
     Published<std::string> presentedError;
     /// Assigned whenever a diagnostics run may have begun or ended.
     Published<bool> isDiagnosticsRunning{false};

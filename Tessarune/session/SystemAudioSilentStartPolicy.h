@@ -3,11 +3,11 @@
 #include "Tessarune/audio/AudioSource.h"
 #include "Tessarune/audio/PermissionsManager.h"
 
-/// What a capture means that has delivered nothing since its start. Main queue.
+/// Handles a capture that has delivered nothing since its start. Main queue.
 namespace tessarune::SystemAudioSilentStartPolicy {
 
-/// Notes that system audio does not come, unless sound has proved the permission before, and says
-/// whether the user is to be warned.
+/// Records that system audio does not arrive, unless earlier sound has proved the permission;
+/// returns whether to warn the user.
 bool warnsOfSilence(PermissionsManager& permissions, const AudioSource& source);
 
 } // namespace tessarune::SystemAudioSilentStartPolicy

@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// Lets the application end only when the running session has been saved, or after five seconds.
-/// Main queue. Host and logger must outlive what it starts; the store may go away earlier.
+/// Delays the end of the application until the running session is saved, for at most five seconds.
+/// Main queue. Host and logger must outlive what it starts; the store may be destroyed earlier.
 class TessaruneListeningLifecycleHandler {
   public:
     enum class TerminateReply { now, later };
@@ -23,7 +23,7 @@ class TessaruneListeningLifecycleHandler {
                                        std::function<void()> replyToApplicationShouldTerminate);
 
     TerminateReply applicationShouldTerminate();
-    /// The last resort: asks for a stop, which nobody waits for.
+    /// The last resort: requests a stop without waiting for it.
     void handleApplicationWillTerminate();
 
   private:

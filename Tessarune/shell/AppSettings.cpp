@@ -39,7 +39,7 @@ SettingCodec<std::string> AppSettings::speechModelCodec() {
     return codec;
 }
 
-// A setting enters itself under its own name: the key is the member's name, always.
+// A setting registers itself under its own name: the key is always the member's name.
 #define SETTING(member, group, about, ...)                                                         \
     member(store_, all_, #member, {SettingGroup::group, about}, __VA_ARGS__)
 #define SHORTCUT(member, about, keyCode, modifiers)                                                \

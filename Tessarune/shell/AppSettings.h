@@ -18,15 +18,15 @@ struct ShortcutSetting {
 };
 
 /// The one observable store of the user's settings. Each has a key of its name, is written to the
-/// store at once when it is assigned, and has its first-launch value where the store holds nothing
-/// that makes sense. Main queue; other threads get copies.
+/// store at once when it is assigned, and has its first-launch value if the store has no valid one.
+/// Main queue; other threads get copies.
 class AppSettings {
   private:
     UserDefaults& store_;
-    std::vector<AnySetting*> all_; // before the settings: they enter themselves
+    std::vector<AnySetting*> all_; // before the settings, which register here
 
   public:
-    /// What others change in the store arrives as changes of the settings.
+    /// Changes of the store by others become changes of the settings.
     explicit AppSettings(UserDefaults& store);
     ~AppSettings();
     AppSettings(const AppSettings&) = delete;
@@ -36,13 +36,13 @@ class AppSettings {
     const std::vector<AnySetting*>& all() const { return all_; }
     /// Null for an unknown key.
     AnySetting* find(std::string_view key) const;
-    /// Takes all stored values again.
+    /// Reads all stored values again.
     void reload();
 
-    /// Counts the changes of the store that others made; assigned when the settings have taken
-    /// them.
+    /// Counts the changes of the store by others; assigned when the settings have taken them.
     Published<std::uint64_t> changesFromElsewhere;
-    /// The speech models that `speechModel` may name; whoever knows them sets it. Absent: any name.
+    /// The speech models that `speechModel` may name, set by the code that knows them. Absent: any
+    /// name.
     std::function<std::vector<std::string>()> speechModelNames;
 
     // Recognition and captions
@@ -138,14 +138,14 @@ class AppSettings {
     void resetSubtitleDefaults();
     void resetShortcutDefaults();
 
-    /// Of a mask only the keys that a shortcut can be made of: neither Caps Lock nor which of two
-    /// Shift keys it was.
+    /// Keeps only the modifiers of a mask that a shortcut can use: neither Caps Lock nor the side
+    /// of a Shift key.
     static std::int64_t normalizeShortcutModifiers(std::int64_t mask);
 
     /// The tuning settings as text, to be copied into a report.
     std::string currentTuningSummaryText() const;
 
-    /// `bilingualCompare` makes no sense without a translation.
+    /// `bilingualCompare` needs a translation.
     SubtitleLayoutMode effectiveSubtitleLayoutMode(bool translationEnabled) const;
     /// The next layout mode; those that need a translation are skipped without one.
     void cycleSubtitleLayoutMode(bool translationEnabled);

@@ -4,7 +4,7 @@
 
 namespace tessarune {
 
-/// Seam: what the program asks of the desktop that it runs on. Main queue.
+/// Seam: the desktop's services that the program uses. Main queue.
 class Desktop {
   public:
     enum class LoginState {
@@ -15,15 +15,14 @@ class Desktop {
 
     virtual ~Desktop() = default;
 
-    /// Opens an address, a file or a folder in the program that the user has for it. False if there
-    /// is none.
+    /// Opens an address, a file or a folder in the user's program for it. False if there is none.
     virtual bool openURL(const std::string& url) = 0;
 
-    /// The program starts with the user's desktop, or no longer does. Throws std::system_error.
+    /// Makes the program start with the user's desktop, or no longer. Throws std::system_error.
     virtual void setLoginItem(bool startsWithDesktop) = 0;
     virtual LoginState loginState() = 0;
 
-    /// A message that does not depend on any window. Lost where the desktop shows none.
+    /// A notification outside of any window. Lost if the desktop shows none.
     virtual void notify(const std::string& title, const std::string& text) = 0;
 };
 

@@ -20,40 +20,40 @@ namespace tessarune {
 /// Appends records to a log of a diagnostics run: one JSON object a line, sorted keys, floats
 /// rounded to three decimals.
 ///
-/// Any thread. Nothing here waits for the disk but `close`, and nothing throws: the file is
-/// created, written and closed on a serial queue of its own with low priority. A record that cannot
-/// be encoded or written is lost, and so is one that comes while `limit` others wait for a slow
-/// disk; `lostRecords` counts them. Each line is one write, so that a kill leaves whole lines.
+/// Any thread. Only `close` waits for the disk, and nothing throws: the file is created, written
+/// and closed on a serial queue of its own with low priority. Records that cannot be encoded or
+/// written are lost, and so are those that arrive while `limit` others are queued for a slow disk;
+/// `lostRecords` counts them. Each line is one write, so that a kill leaves whole lines.
 class DiagnosticsNDJSONWriter {
   public:
     static constexpr std::size_t usualLimit = 4096;
 
-    /// Encodes a line without its line feed; nothing if it cannot be. Runs on the queue.
+    /// Encodes a line without its line feed; `nullopt` on failure. Runs on the queue.
     using Encode = std::function<std::optional<std::string>()>;
 
-    /// Creates the file, or empties the one that is there; the folder of a run that was removed
-    /// meanwhile does not come back. The host and the disk outlive the writer.
+    /// Creates or empties the file; the folder of a run that was removed meanwhile is not
+    /// recreated. The host and the disk outlive the writer.
     DiagnosticsNDJSONWriter(Host& host, FileSystem& files, std::filesystem::path path,
                             std::string_view queueLabel, std::size_t limit = usualLimit);
     /// Closes.
     ~DiagnosticsNDJSONWriter();
     DiagnosticsNDJSONWriter(const DiagnosticsNDJSONWriter&) = delete;
 
-    /// Encodes on the calling thread. A field that is no finite number is left out.
+    /// Encodes on the calling thread. A field with a number that is not finite is left out.
     void append(const nlohmann::json& record);
     void append(const LogFields& record);
     /// For records that have an encoding of their own.
     void append(Encode encode);
-    /// A first line that is no record, or text that is no NDJSON at all.
+    /// A first line that is not a record, or text that is not NDJSON at all.
     void appendText(std::string text);
 
     /// Writes what is queued, then closes the file; waits for the queue. Idempotent.
     void close();
 
-    /// So far. Right after `close`.
+    /// The number so far. Exact after `close`.
     std::uint64_t lostRecords() const;
 
-    /// A record as it is written: rounded, without what is not finite.
+    /// A record in its written form: rounded, without numbers that are not finite.
     static nlohmann::json sanitized(const nlohmann::json& value);
     static nlohmann::json object(const LogFields& fields);
 
@@ -62,7 +62,7 @@ class DiagnosticsNDJSONWriter {
 
     void enqueue(Encode encode, bool endsLine);
 
-    const std::size_t limit_; // of records that wait
+    const std::size_t limit_; // of queued records
     const std::shared_ptr<File> file_;
     const std::shared_ptr<SerialQueue> queue_;
 };

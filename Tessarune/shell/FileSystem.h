@@ -9,31 +9,31 @@
 
 namespace tessarune {
 
-/// A file that is being written: bytes go to its end, and a header may be corrected in place.
+/// A file that is being written: bytes are appended, and a header may be corrected in place.
 ///
-/// One thread at a time. Failures throw std::system_error with the disk's error code; what was
-/// written before stays. Dropping the file closes it and loses an error of closing; call `close` to
-/// hear of it.
+/// One thread at a time. Failures throw std::system_error with the disk's error code; earlier
+/// writes stay. Dropping the file closes it and ignores an error of closing; call `close` to get
+/// it.
 class AppendFile {
   public:
     virtual ~AppendFile() = default;
 
-    /// Writes all of `bytes` at the end. After a failure a part of them may stand there.
+    /// Appends all of `bytes`. After a failure a part of them may remain.
     virtual void append(std::string_view bytes) = 0;
-    /// As if so many zeros were appended; where the disk can, they take neither time nor room. What
-    /// a failed append left is cut off first, with a count of 0 nothing else is done.
+    /// Appends so many zeros; if the disk supports it, they take neither time nor space. First cuts
+    /// off the remains of a failed append; with a count of 0 that is all.
     virtual void appendZeros(std::uint64_t count) = 0;
-    /// Overwrites bytes that have been written before; the end stays where it was.
+    /// Overwrites earlier bytes; the length stays.
     virtual void overwrite(std::uint64_t offset, std::string_view bytes) = 0;
-    /// Returns when the disk has everything (fsync).
+    /// Returns when everything is on the disk (fsync).
     virtual void synchronize() = 0;
     virtual void close() = 0;
 };
 
-/// Seam: the disk, so that its faults can be tried. Any thread; no operation changes the state of
-/// the object itself.
+/// Seam: the disk, so that its faults can be simulated. Any thread; no operation changes the state
+/// of the object itself.
 ///
-/// Failures throw std::system_error with the disk's error code, and its text names the path.
+/// Failures throw std::system_error with the disk's error code, and a text that names the path.
 class FileSystem {
   public:
     using Path = std::filesystem::path;
@@ -45,25 +45,25 @@ class FileSystem {
     /// At most `count` bytes from `offset` on; fewer where the file ends.
     virtual std::string read(const Path& path, std::uint64_t offset, std::size_t count) = 0;
 
-    /// Replaces the file as a whole: whoever reads it sees the old bytes or the new ones, also
-    /// after a loss of power; once it returns, the new bytes are on the disk.
+    /// Replaces the file as a whole: readers see the old bytes or the new ones, also after a loss
+    /// of power; when it returns, the new bytes are on the disk.
     virtual void writeAtomically(const Path& path, std::string_view bytes) = 0;
 
-    /// Creates the file, emptying what stood there, and opens it. Its name survives a loss of power
-    /// from then on, its bytes once they are synchronized.
+    /// Creates or empties the file and opens it. From then on its name survives a loss of power;
+    /// its bytes do once they are synchronized.
     virtual std::unique_ptr<AppendFile> create(const Path& path) = 0;
-    /// Opens a file for writing at its end, creating it, as above, if it is missing. Several
-    /// programs may append to one file: each append goes to where the file ends then.
+    /// Opens a file for appending, creating it, as above, if it is missing. Several programs may
+    /// append to one file: each append goes to the file's current end.
     virtual std::unique_ptr<AppendFile> openForAppending(const Path& path) = 0;
 
-    /// Empties a file. What is not there stays so, and no link is followed.
+    /// Empties a file. Does not create a missing one, and follows no link.
     virtual void empty(const Path& path) = 0;
 
-    /// Makes the folder and those above it, private to the user; fine if it is there.
+    /// Creates the folder and its parents, private to the user; does nothing if it exists.
     virtual void createDirectories(const Path& path) = 0;
-    /// Removes a file, or a folder with all that is in it. False if there was nothing.
+    /// Removes a file, or a folder with its content. False if there was none.
     virtual bool remove(const Path& path) = 0;
-    /// Moves within one disk, replacing what stands at `to`; also after a loss of power.
+    /// Moves within one disk, replacing `to`; survives a loss of power.
     virtual void rename(const Path& from, const Path& to) = 0;
 
     virtual bool exists(const Path& path) = 0;

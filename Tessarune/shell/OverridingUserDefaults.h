@@ -7,18 +7,18 @@
 
 namespace tessarune {
 
-/// A store with values for this run alone in front of it: what a command line asks for counts, and
-/// changes nothing for the next time. Main queue; the store behind outlives it.
+/// A store with overrides for this run in front of another store: values from a command line take
+/// effect and are never stored. Main queue; the store behind outlives it.
 class OverridingUserDefaults final : public UserDefaults {
   public:
     explicit OverridingUserDefaults(UserDefaults& behind) : behind_(behind) {}
 
-    /// From now on the key has this value, and changes of it stay here.
+    /// Gives the key this value from now on; later changes of the key stay in memory.
     void override(std::string key, SettingValue value) {
         overrides_.insert_or_assign(std::move(key), std::move(value));
     }
 
-    /// The key has the value of the store behind again.
+    /// Restores the key's value from the store behind.
     void endOverride(std::string_view key) {
         if (const auto found = overrides_.find(key); found != overrides_.end())
             overrides_.erase(found);

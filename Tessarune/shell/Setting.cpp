@@ -41,7 +41,7 @@ SettingCodec<bool> boolCodec() {
     return {[](const SettingValue& stored) -> std::optional<bool> {
                 if (const auto* flag = std::get_if<bool>(&stored))
                     return *flag;
-                // Hand-written files have 0 and 1.
+                // Hand-written files contain 0 and 1.
                 const auto value = whole(number(stored), 0, 1);
                 return value ? std::optional(*value == 1) : std::nullopt;
             },

@@ -12,38 +12,38 @@
 
 namespace tessarune {
 
-/// One setting as a list of them sees it: a key, and a value that can be written as text.
+/// One setting as an element of a list: a key, and a value with a text form.
 class AnySetting {
   public:
     virtual ~AnySetting() = default;
     virtual std::string_view key() const = 0;
     virtual std::string text() const = 0;
-    /// The value as the store has it, which may be spelt otherwise than for a user.
+    /// The value as stored, which may be spelt differently than for a user.
     virtual SettingValue storedValue() const = 0;
     virtual std::string defaultText() const = 0;
     virtual const SettingInfo& info() const = 0;
-    /// All texts that it takes, where there is a closed list of them; else empty.
+    /// All valid texts, if there is a closed list of them; else empty.
     virtual std::vector<std::string> choices() const = 0;
-    /// What may be written, for the user: "true or false", the choices.
+    /// The valid texts, described for the user: "true or false", the choices.
     virtual std::string expected() const = 0;
     /// Whether the text is a value of this setting.
     virtual bool accepts(std::string_view text) const = 0;
-    /// False, and nothing changes, if it is not.
+    /// False, without a change, if the text is invalid.
     virtual bool setText(std::string_view text) = 0;
-    /// Something is stored that is no value of this setting.
+    /// The stored value is invalid for this setting.
     virtual bool isUnreadable() const = 0;
-    /// Back to the first-launch value.
+    /// Restores the first-launch value.
     virtual void restore() = 0;
-    /// Takes the stored value again, as after a change by another program; announces it if it is
-    /// another one.
+    /// Reads the stored value again, as after a change by another program; announces it if it has
+    /// changed.
     virtual void reload() = 0;
-    /// Calls back after each assignment until the returned block is run. The setting outlives it.
+    /// Calls back after each assignment until the returned function is called. The setting outlives
+    /// it.
     [[nodiscard]] virtual std::function<void()> onChange(std::function<void()> changed) const = 0;
 };
 
-/// How a value of type T is stored and written. `read` gives nothing for a stored value that makes
-/// no sense; the setting then has its default or its cautious value, and the stored one stays where
-/// it is.
+/// How a value of type T is stored and written. `read` returns `nullopt` for an invalid stored
+/// value; the setting then has its default or its cautious value, and the stored one stays.
 template <typename T>
 struct SettingCodec {
     std::function<std::optional<T>(const SettingValue&)> read;
@@ -52,7 +52,7 @@ struct SettingCodec {
     std::function<std::string(const T&)> print;
     std::function<std::string()> expected;             ///< for the user; absent: the choices
     std::function<std::vector<std::string>()> choices; ///< absent: no closed list
-    /// What a stored value counts as that makes no sense; absent: as the default.
+    /// The value for an invalid stored one; absent: the default.
     std::optional<T> cautious = std::nullopt;
 };
 
@@ -63,7 +63,7 @@ SettingCodec<double> secondsCodec(double lowest, double highest);
 SettingCodec<std::int64_t> colorCodec();
 SettingCodec<std::string> textCodec();
 
-/// An enumeration that is stored as a word. Whoever writes it by hand need not care for case.
+/// An enumeration that is stored as a word. Its case does not matter in hand-written files.
 template <typename E>
 SettingCodec<E> wordCodec(std::vector<std::pair<E, std::string>> words) {
     auto find = [words](std::string_view word) -> std::optional<E> {
@@ -127,10 +127,10 @@ class Setting final : public AnySetting {
         value_ = std::move(value);
         return *this;
     }
-    /// The value as others can observe it; assign through the setting, which stores it too.
+    /// The value for observers; assign through the setting, which stores it too.
     Published<T>& published() { return value_; }
     const T& defaultValue() const { return default_; }
-    /// Whether somebody chose the value, be it the default one.
+    /// Whether the value was chosen, even if it equals the default.
     bool isStored() const { return store_.value(key_).has_value(); }
 
     std::string_view key() const override { return key_; }

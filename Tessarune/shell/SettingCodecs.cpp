@@ -14,7 +14,7 @@ namespace tessarune {
 
 namespace {
 
-constexpr std::int64_t anyInteger = std::int64_t{1} << 53; // what a JSON number holds exactly
+constexpr std::int64_t anyInteger = std::int64_t{1} << 53; // exact in a JSON number
 
 } // namespace
 

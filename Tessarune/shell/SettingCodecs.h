@@ -8,17 +8,17 @@
 
 namespace tessarune {
 
-// How the settings of this program are stored, typed by a user and shown. Where a comment is
-// silent, what is not understood reads as the default.
+// How the settings of this program are stored, typed by a user and shown. Unless a comment says
+// otherwise, an invalid value reads as the default.
 
-/// People write the locale.
+/// A locale in any spelling.
 SettingCodec<std::string> recognitionOptionCodec();
-/// Addresses that a download can begin with; "none" is the word for none.
+/// Addresses that downloads can use as a prefix; "none" means none.
 SettingCodec<std::string> mirrorCodec();
-/// Stored is the translator's name. One that is not known stays as it is: it is told, not replaced.
+/// The stored name of a translator. An unknown one is kept and reported, not replaced.
 SettingCodec<std::string> backendCodec();
 SettingCodec<std::string> targetLanguageCodec();
-/// A stored value that is not understood may have meant no, so it switches recording off.
+/// An invalid stored value may have meant no, so it switches recording off.
 SettingCodec<bool> recordingCodec();
 SettingCodec<DiagnosticsLevel> levelCodec();
 SettingCodec<AppleAnalyzerDiagnosticsMode> analyzerModeCodec();

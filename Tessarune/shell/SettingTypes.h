@@ -6,7 +6,7 @@
 
 namespace tessarune {
 
-/// What settings are about, in the order in which they are shown.
+/// The groups of settings, in the order in which they are shown.
 enum class SettingGroup {
     recognition,
     translation,
@@ -41,24 +41,24 @@ constexpr std::string_view title(SettingGroup group) {
     return {};
 }
 
-/// Whether the terminal program makes no use of these settings.
+/// Whether the terminal program ignores these settings.
 constexpr bool isForWindowAlone(SettingGroup group) {
     return group >= SettingGroup::stage;
 }
 
-/// What a user is told about a setting.
+/// The description of a setting for a user.
 struct SettingInfo {
     SettingGroup group = SettingGroup::application;
     std::string_view about; ///< what it does: a sentence, as a localisation key
 };
 
-/// How source and translation stand to each other on the caption stage.
+/// The arrangement of source and translation on the caption stage.
 enum class SubtitleLayoutMode {
     lyrics,           ///< two separate streams
     bilingualCompare, ///< each row with its translation under it
 };
 
-/// How much of the recogniser's own results a diagnostics run keeps.
+/// How many of the recogniser's own results a diagnostics run keeps.
 enum class AppleAnalyzerDiagnosticsMode { summary, fullRaw, off };
 
 /// The mode's word in settings, logs and manifests.

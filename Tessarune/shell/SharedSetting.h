@@ -23,7 +23,7 @@ class SharedSetting {
         observations_.follow(setting.published(), take);
     }
 
-    /// Gives the value of the moment at which it is called. Any thread; may outlive this.
+    /// Returns the current value. Any thread; may outlive this object.
     std::function<std::string()> reader() const {
         return [copy = copy_] {
             const MutexLock lock(copy->mutex);

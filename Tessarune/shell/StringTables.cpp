@@ -28,7 +28,7 @@ std::string languageOf(std::string_view locale) {
     return rows(full).empty() ? full.substr(0, full.find('_')) : full;
 }
 
-/// The first of a list that the program speaks, or the first of all.
+/// The first language of a list that the program has, or else the first of all.
 std::string bestOf(const std::string& languages) {
     std::istringstream all(languages);
     for (std::string language; std::getline(all, language, ':');) {

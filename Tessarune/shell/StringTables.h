@@ -8,22 +8,21 @@
 #include <utility>
 
 /// The fixed texts in the languages of po/, compiled into the program and independent of the
-/// system's locales. A text that no table has shows as its key.
+/// system's locales. A text without an entry shows as its key.
 namespace tessarune::StringTables {
 
 /// A key and its text.
 using Row = std::pair<std::string_view, std::string_view>;
 
-/// The rows of po/<language>.po; none where there is no such file. `scripts/texts` writes the
-/// source.
+/// The rows of po/<language>.po; none if there is no such file. `scripts/texts` writes the source.
 std::span<const Row> rows(std::string_view language);
 
-/// The table for a locale as the environment names it ("zh_TW.UTF-8", "de_DE", "C"): that of the
-/// locale, of its language, or the English one. Every Chinese locale has one of the two scripts.
+/// The table for a locale from the environment ("zh_TW.UTF-8", "de_DE", "C"): that of the locale,
+/// of its language, or the English one. Every Chinese locale has one of the two scripts.
 LocalizationTable forLocale(std::string_view locale);
 
-/// The user's locale for messages: LC_ALL, LC_MESSAGES or LANG, the first that is set; but where
-/// that is a language at all, the first of LANGUAGE goes before.
+/// The user's locale for messages: the first of LC_ALL, LC_MESSAGES and LANG that is set; if that
+/// is a real language, the first of LANGUAGE takes precedence.
 std::string userLocale();
 
 } // namespace tessarune::StringTables

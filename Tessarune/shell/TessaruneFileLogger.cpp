@@ -140,7 +140,7 @@ class TessaruneFileLogger::Writer {
     std::unique_ptr<AppendFile> file_;
     std::string day_;
     bool failing_ = false;
-    bool isLineBroken_ = false; // a failed write may have left a part
+    bool isLineBroken_ = false; // a failed write may have left a partial line
 };
 
 TessaruneFileLogger::TessaruneFileLogger(Host& host, FileSystem& files, TessarunePaths paths)
@@ -180,7 +180,7 @@ void TessaruneFileLogger::event(std::string name, LogFields fields, Importance i
         object["event"] = name;
         object["t"] = wallClock;
         object["mainThread"] = mainThread;
-        // An event that tells of a source of sound or of a language keeps that field.
+        // If an event is about a sound source or a language, it keeps that field.
         object[object.contains("source") ? "sourceLocation" : "source"] =
             std::filesystem::path(source.file_name()).filename().string() + ":" +
             std::to_string(source.line());
@@ -197,7 +197,7 @@ void TessaruneFileLogger::deleteEntries(const std::set<std::string>& matchingRec
         for (const auto& text : *texts) {
             if (text.empty())
                 continue;
-            // As it stands inside a JSON string, without the quotes around it.
+            // The text as it appears inside a JSON string, without the quotes.
             const std::string quoted = JSON::line(Json(text)).value();
             needles.insert(quoted.substr(1, quoted.size() - 2));
         }

@@ -12,17 +12,18 @@
 
 namespace tessarune {
 
-/// Whether an event is written at every level but `off`, or only where routine breadcrumbs are.
+/// Whether an event is written at every level but `off`, or only at levels with routine
+/// breadcrumbs.
 enum class Importance { routine, important };
 
 /// The structured runtime log: one JSON object a line in "Logs/runtime-<yyyy-MM-dd>.jsonl" under
-/// the data folder, a file a day.
+/// the data folder, one file per day.
 ///
 /// `event` may be called from any thread; it captures the fields and returns, the writing is done
 /// on the queue "Tessarune.FileLogger". A failed write is reported once in the text log until one
-/// succeeds again, and never reaches the caller. Events that come while 4096 others wait for the
-/// disk are lost; the next one counts them in "lostEventsBefore". What may be written depends on
-/// `TessaruneLog::diagnosticsLevel()`.
+/// succeeds again, and never reaches the caller. Events that arrive while 4096 others are queued
+/// are lost; the next one counts them in "lostEventsBefore". `TessaruneLog::diagnosticsLevel()`
+/// decides what may be written.
 class TessaruneFileLogger {
   public:
     TessaruneFileLogger(Host& host, FileSystem& files, TessarunePaths paths);
@@ -41,8 +42,8 @@ class TessaruneFileLogger {
         event(std::move(name), std::move(fields), Importance::important, source);
     }
 
-    /// Rewrites the log files without the lines that hold one of these texts (identifiers of
-    /// recordings that were deleted, their paths). Waits for the queue.
+    /// Rewrites the log files without the lines that contain one of these texts (identifiers and
+    /// paths of deleted recordings). Waits for the queue.
     void deleteEntries(const std::set<std::string>& matchingRecordingIDs,
                        const std::set<std::string>& matchingText);
 
@@ -52,7 +53,7 @@ class TessaruneFileLogger {
     /// Removes day files that are older than two weeks.
     void pruneOldLogs();
 
-    /// Waits until everything handed over has been written.
+    /// Waits until all queued events are written.
     void flush();
 
   private:

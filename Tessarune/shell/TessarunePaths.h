@@ -5,9 +5,9 @@
 
 namespace tessarune {
 
-/// Where the program keeps what is the user's. A value: made once at start and handed down.
+/// The paths of the user's data. A value: made once at start and passed down.
 struct TessarunePaths {
-    /// Replaces the data folder of the desktop conventions, for tests and for `--data`.
+    /// Replaces the default data folder, for tests and for `--data`.
     std::optional<std::filesystem::path> appSupportBaseOverride;
 
     /// `$XDG_DATA_HOME/Tessarune`, by default `~/.local/share/Tessarune`.
@@ -17,13 +17,13 @@ struct TessarunePaths {
     std::filesystem::path transcripts() const { return appSupportBase() / "Transcripts"; }
     std::filesystem::path diagnostics() const { return appSupportBase() / "Diagnostics"; }
     std::filesystem::path recordingIndex() const { return appSupportBase() / "recordings.json"; }
-    /// Held by the one program that may write here.
+    /// Locked by the one program that may write here.
     std::filesystem::path lock() const { return appSupportBase() / "Tessarune.lock"; }
     std::filesystem::path models() const { return appSupportBase() / "Models"; }
 
     /// `$XDG_CONFIG_HOME/Tessarune/settings.json`, by default under `~/.config`.
     static std::filesystem::path settingsFile();
-    /// `$XDG_RUNTIME_DIR/tessarune.log`, a trace for developers. Nothing without such a folder.
+    /// `$XDG_RUNTIME_DIR/tessarune.log`, a trace for developers. `nullopt` without such a folder.
     static std::optional<std::filesystem::path> debugLog();
 };
 

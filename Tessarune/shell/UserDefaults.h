@@ -13,23 +13,22 @@ using SettingValue = std::variant<bool, std::int64_t, double, std::string>;
 
 /// Seam: the store behind the settings: named plain values that outlive the program. Main queue.
 ///
-/// A value of a kind that the caller does not expect is the caller's to judge; a key that nobody
-/// knows is kept as it is.
+/// The caller judges values of an unexpected kind; unknown keys are kept unchanged.
 class UserDefaults {
   public:
     virtual ~UserDefaults() = default;
 
     virtual std::optional<SettingValue> value(std::string_view key) const = 0;
-    /// Stores at once. A store that cannot be written keeps the value for the life of the process
-    /// and reports through the text log.
+    /// Stores at once. If that fails, keeps the value for the life of the process and logs the
+    /// failure.
     virtual void set(std::string_view key, SettingValue value) = 0;
     virtual void remove(std::string_view key) = 0;
 
-    /// Whether something may be stored under the key that cannot be had as a plain value: it is
-    /// none, or the store as a whole cannot be read.
+    /// Whether something unreadable may be stored under the key: its value is not a plain one, or
+    /// the whole store is unreadable.
     virtual bool isUnreadable(std::string_view /*key*/) const { return false; }
-    /// Calls `onChange` after each change that was made by somebody else, such as another program.
-    /// There is one observer, the newest; an empty one ends it.
+    /// Calls `onChange` after each change by others, such as another program. There is one
+    /// observer, the newest; an empty one ends it.
     virtual void observe(std::function<void()> /*onChange*/) {}
 };
 

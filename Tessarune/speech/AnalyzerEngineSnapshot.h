@@ -22,7 +22,7 @@ struct AnalyzerEngineSnapshot {
     double onTheClock(double audioTime) const {
         return audioEpoch + audioTime + timeline.lostBefore(audioTime);
     }
-    /// Nothing before the first sound.
+    /// `nullopt` before the first sound.
     std::optional<double> wallTime(std::optional<double> audioTime) const {
         if (!audioTime || !(audioEpoch > 0))
             return std::nullopt;

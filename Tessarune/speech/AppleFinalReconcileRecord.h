@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// One result of the recogniser as the arbitration sees it. Audio times are seconds of the sound
-/// that was fed in the session.
+/// One result of the recogniser as input of the reconciliation. Audio times are seconds of the
+/// sound fed in the session.
 struct AppleFinalReconcileCandidate {
     std::int64_t sequence = 0; ///< running number of the result in the session
     double receivedAt = 0;     ///< seconds since 1970
@@ -31,13 +31,13 @@ struct AppleFinalReconcileCandidate {
     double latestAudioTimeSeconds = 0; ///< how much sound had been fed at receipt
     std::vector<std::string> requestedSpeechOptions;
 
-    /// Sets the text and all that is counted and derived from it.
+    /// Sets the text and everything derived from it.
     void setText(std::string newText);
 
     bool operator==(const AppleFinalReconcileCandidate&) const = default;
 };
 
-/// Why a final entered the transcript as it did: one per final, for the session's diagnostics.
+/// Why a final entered the transcript in its form: one per final, for the session's diagnostics.
 struct AppleFinalReconcileDecisionRecord {
     enum class Decision { useFinal, useLastPartial, dropSuppressedFinal };
 
@@ -68,9 +68,9 @@ std::string_view name(AppleFinalReconcileDecisionRecord::Decision decision);
 void to_json(nlohmann::ordered_json& json, const AppleFinalReconcileCandidate& candidate);
 void to_json(nlohmann::ordered_json& json, const AppleFinalReconcileDecisionRecord& record);
 
-/// What the arbitration decided about one final.
+/// The decision about one final.
 struct AppleFinalReconcileOutcome {
-    std::string text; ///< what enters the transcript; empty if nothing does
+    std::string text; ///< the text for the transcript; empty if there is none
     std::optional<double> selectedAudioStartSeconds;
     std::optional<double> selectedAudioEndSeconds;
     bool shouldKeepFinalWordTimings = false; ///< whether the final's words belong to `text`

@@ -15,7 +15,7 @@ using Decision = AppleFinalReconcileDecisionRecord::Decision;
 constexpr double replacementWindowTolerance = 0.12;
 constexpr std::size_t previewLimit = 220;
 
-/// What is known about a final and its last partial, held against each other.
+/// The comparison of a final with its last partial.
 struct Comparison {
     double similarity = 0;
     std::optional<double> wordRatio;
@@ -218,8 +218,8 @@ bool hasRepeatedOpeningToken(std::string_view text) {
 
 std::size_t levenshteinDistance(const std::vector<std::string_view>& a,
                                 const std::vector<std::string_view>& b) {
-    // Equivalent characters must have equal bytes before the table: comparing them in it would go
-    // through the same characters hundreds of times.
+    // Equivalent characters must have equal bytes before the table: comparing them there would
+    // repeat the work hundreds of times.
     const auto canonical = [](const std::vector<std::string_view>& characters) {
         std::vector<std::string> result;
         result.reserve(characters.size());

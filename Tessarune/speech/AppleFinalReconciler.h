@@ -8,12 +8,12 @@
 #include <string_view>
 #include <vector>
 
-/// The arbiter between a final result of the recogniser and the last partial before it.
+/// Decides between a final result of the recogniser and the last partial before it.
 ///
-/// A final is usually better than the partials that it replaces. At times it collapses to a few
-/// words or turns to junk; then the text that the user has been reading stays. Where that text
-/// covers more sound than the final did, a mark (an audio time) tells the next decisions to swallow
-/// the finals that are still to come for that sound. The caller keeps the mark between calls.
+/// A final is usually better than the partials that it replaces. Sometimes it collapses to a few
+/// words or turns to junk; then the text that the user has been reading stays. If that text covers
+/// more sound than the final did, a mark (an audio time) makes the next decisions drop the finals
+/// that are still to come for that sound. The caller keeps the mark between calls.
 ///
 /// Pure functions, safe from any thread. None can fail.
 namespace tessarune::AppleFinalReconciler {
@@ -22,15 +22,16 @@ AppleFinalReconcileOutcome reconcile(const AppleFinalReconcileCandidate& final,
                                      const std::optional<AppleFinalReconcileCandidate>& lastPartial,
                                      std::optional<double> suppressedFinalsUntilAudioTime);
 
-/// Lower case, letters, marks, digits and single blanks only.
+/// The text in lower case, reduced to letters, marks, digits and single blanks.
 std::string normalized(std::string_view text);
 /// How many code points are letters, marks or digits.
 std::size_t usefulScalarCount(std::string_view text);
-/// Whether there is something beside white space, but nothing useful.
+/// Whether the text has more than white space, but no letter, mark or digit.
 bool isPunctuationOnly(std::string_view text);
-/// The share of useless code points among those that are not white space; 0 if there are none.
+/// The share of code points other than letters, marks and digits among those that are not white
+/// space; 0 if there are none.
 double punctuationRatio(std::string_view text);
-/// Whether two code points in a row are neither white space nor useful.
+/// Whether two code points in a row are neither white space nor letters, marks or digits.
 bool hasLongPunctuationRun(std::string_view text);
 /// Whether the first three words of the normalized text are the same.
 bool hasRepeatedOpeningToken(std::string_view text);
@@ -40,7 +41,7 @@ std::size_t levenshteinDistance(const std::vector<std::string_view>& a,
 /// 1 for the same text, 0 for nothing in common, over the first 240 characters of the normalized
 /// texts.
 double normalizedSimilarity(std::string_view a, std::string_view b);
-/// The first `limit` characters and a note of how many were cut off.
+/// The first `limit` characters and the number of characters cut off.
 std::string truncated(std::string_view text, std::size_t limit);
 
 using tessarune::fnv1a64Hex;

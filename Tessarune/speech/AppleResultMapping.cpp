@@ -100,7 +100,7 @@ std::vector<Raw::Run> rawRuns(const std::vector<SpeechRun>& runs,
     return records;
 }
 
-/// The recogniser gives alternatives as plain texts, without runs.
+/// The recogniser returns alternatives as plain texts, without runs.
 std::vector<Raw::Alternative> rawAlternatives(const std::vector<std::string>& texts) {
     std::vector<Raw::Alternative> records;
     for (const auto& text : texts) {

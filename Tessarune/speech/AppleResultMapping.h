@@ -21,10 +21,10 @@ struct RunTiming {
     std::optional<double> confidence;
 };
 
-/// What the runs of one result have in common.
+/// The summary of the runs of one result.
 struct RunAggregate {
     std::int64_t runCount = 0;
-    std::int64_t timedRunCount = 0; ///< both times there and finite
+    std::int64_t timedRunCount = 0; ///< both times present and finite
     std::optional<double> audioStart;
     std::optional<double> audioEnd;
     std::int64_t confidenceRunCount = 0;
@@ -32,7 +32,7 @@ struct RunAggregate {
     std::optional<double> avgConfidence;
 };
 
-/// The words of a result and the stretch of sound that they cover.
+/// The words of a result and the span of sound that they cover.
 struct TimingInfo {
     std::optional<std::pair<double, double>> span;   ///< audio time
     std::optional<std::vector<ASRWordTiming>> words; ///< wall time; absent if no run is timed
@@ -48,7 +48,7 @@ AppleFinalReconcileCandidate candidate(const SpeechResult& result, std::string t
                                        std::int64_t sequence, double receivedAt,
                                        const AnalyzerEngineSnapshot& snapshot);
 
-/// Where a record comes from, beside the result itself.
+/// The origin of a record, beside the result itself.
 struct RecordContext {
     std::string localeIdentifier;
     AnalyzerEngineSnapshot snapshot; ///< before the result was processed

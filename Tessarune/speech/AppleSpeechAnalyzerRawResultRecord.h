@@ -9,10 +9,10 @@
 
 namespace tessarune {
 
-/// One result of the recogniser with everything that it holds, for diagnostics that look at the
-/// recogniser itself. Large: only built where somebody asked for it.
+/// One complete result of the recogniser, for diagnostics of the recogniser itself. Large: built on
+/// request only.
 struct AppleSpeechAnalyzerRawResultRecord {
-    /// A field of the result as it came.
+    /// An unchanged field of the result.
     struct MirrorChild {
         std::string label;
         std::string type;

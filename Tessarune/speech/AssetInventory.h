@@ -11,26 +11,25 @@
 
 namespace tessarune {
 
-/// Bytes that have arrived and bytes that are expected in all (0 while that is unknown).
+/// Bytes received and bytes expected in all (0 if unknown).
 struct AssetProgress {
     std::uint64_t received = 0;
     std::uint64_t expected = 0;
 };
 
-/// There is no model for the locale and there will be none: nothing to retry.
+/// The locale has no model and will have none: a retry is pointless.
 struct UnsupportedSpeechLocale : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// An installation that is still to be done.
+/// A missing installation.
 class AssetInstallationRequest {
   public:
     virtual ~AssetInstallationRequest() = default;
 
-    /// Downloads what is missing, checks it and puts it into the model store. Throws with a text
-    /// that can be shown, also when `stop` asks it to end before it is done; what has arrived by
-    /// then is kept for the next attempt. `progress`, which may be empty, is called on the main
-    /// queue.
+    /// Downloads and verifies what is missing, and puts it into the model store. Throws with a text
+    /// that can be shown, also when `stop` ends it early; the bytes received by then are kept for
+    /// the next attempt. `progress`, which may be empty, is called on the main queue.
     virtual Task<void> downloadAndInstall(std::function<void(AssetProgress)> progress,
                                           std::stop_token stop) = 0;
 };
@@ -40,8 +39,8 @@ class AssetInventory {
   public:
     virtual ~AssetInventory() = default;
 
-    /// Nothing if the model for this locale is installed. Throws UnsupportedSpeechLocale if the
-    /// locale has none at all.
+    /// Null if the model for this locale is installed. Throws UnsupportedSpeechLocale if the locale
+    /// has none.
     virtual Task<std::shared_ptr<AssetInstallationRequest>>
     assetInstallationRequest(std::string localeIdentifier) = 0;
 };

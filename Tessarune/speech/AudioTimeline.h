@@ -4,12 +4,12 @@
 
 namespace tessarune {
 
-/// Puts the recogniser's times right after holes in the sound. The recogniser counts the sound that
-/// it was fed; whatever was lost on the way to it is missing from its times, and from then on they
-/// are too early. A value; audio times are seconds of the sound that was fed.
+/// Corrects the recogniser's times after gaps in the sound. The recogniser counts the sound that it
+/// was fed; lost sound is missing from its times, and from then on they are too early. A value;
+/// audio times are seconds of the sound that was fed.
 class AudioTimeline {
   public:
-    /// At this audio time, `seconds` of sound were lost.
+    /// Records that `seconds` of sound were lost at this audio time.
     void addGap(double at, double seconds) {
         if (!(seconds > 0))
             return;

@@ -11,34 +11,34 @@ namespace tessarune {
 /// Counters by name, since the start of the session that they belong to.
 using PerfStats = std::map<std::string, double>;
 
-/// Seam: a recognition engine that takes the sound of one live session. What it recognises comes
-/// back through the callbacks of the concrete type.
+/// Seam: a recognition engine for the sound of one live session. Its results arrive through the
+/// callbacks of the concrete type.
 ///
-/// `start`, `stop`, `finishDrainingAndStop` and `reset` are called one after the other by the one
-/// who owns the session; `append` from the capture thread at any time, `requestFinalization` and
-/// `perfStats` from any thread.
+/// The owner of the session calls `start`, `stop`, `finishDrainingAndStop` and `reset` one after
+/// the other; the capture thread calls `append` at any time, and any thread calls
+/// `requestFinalization` and `perfStats`.
 class AudioTranscriber {
   public:
     virtual ~AudioTranscriber() = default;
 
-    /// Makes the engine ready and begins a session. Throws, with a text that can be shown, if there
-    /// is no session then. Resumes on the main queue.
+    /// Prepares the engine and begins a session. On failure throws, with a text that can be shown,
+    /// and leaves no session. Resumes on the main queue.
     virtual Task<void> start(std::string locale) = 0;
 
     /// Takes sound, in the order in which it was captured. Without a session it is dropped.
     virtual void append(AudioBufferPtr buffer) = 0;
 
-    /// Before the sound that is appended next, so many seconds of it were lost. Called as `append`.
+    /// So many seconds of sound were lost before the next appended buffer. Same thread as `append`.
     virtual void skip(double seconds) = 0;
 
-    /// Ends the session at once; what the engine still holds is lost.
+    /// Ends the session at once; unprocessed sound is lost.
     virtual void stop() = 0;
 
-    /// Ends the session after the results for all sound that was appended, or after a bounded time.
-    /// Never throws. Resumes on the main queue.
+    /// Ends the session after the results for all appended sound, or after a bounded time. Never
+    /// throws. Resumes on the main queue.
     virtual Task<void> finishDrainingAndStop() = 0;
 
-    /// Begins a new utterance at this moment and forgets the running one; the session goes on.
+    /// Begins a new utterance now and drops the current one; the session continues.
     virtual void reset() = 0;
 
     /// Asks for a final result of what has been heard so far. The engine may decline.

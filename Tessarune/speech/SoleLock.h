@@ -6,8 +6,8 @@
 
 namespace tessarune {
 
-/// A mutex of which a thread holds at most one at a time, so that no two of them can ever wait for
-/// each other. Builds with assertions stop at a thread that takes a second one, whichever it is.
+/// A mutex of a kind that a thread holds at most one of, so that a deadlock is impossible. Builds
+/// with assertions abort when a thread locks a second one, whichever it is.
 class CAPABILITY("mutex") SoleLock {
   public:
     void lock() ACQUIRES_LOCK() {

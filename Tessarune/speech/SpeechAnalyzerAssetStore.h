@@ -10,12 +10,12 @@
 
 namespace tessarune {
 
-/// Whether a locale's speech model can be used.
+/// The availability of a locale's speech model.
 struct SpeechAnalyzerAssetStatus {
     enum class Kind { failed, unsupported, checking, installed, needsDownload, downloading };
 
     Kind kind = Kind::needsDownload;
-    std::string message; ///< of `failed`: why
+    std::string message; ///< the reason, for `failed`
 
     static SpeechAnalyzerAssetStatus failed(std::string message) {
         return {Kind::failed, std::move(message)};
@@ -24,8 +24,8 @@ struct SpeechAnalyzerAssetStatus {
     bool operator==(const SpeechAnalyzerAssetStatus&) const = default;
 };
 
-/// The state of the speech models, for whoever shows it, and their installation on demand. Main
-/// queue only; one of them lives as long as the program.
+/// The states of the speech models for display, and their installation on demand. Main queue only;
+/// one object for the program.
 class SpeechAnalyzerAssetStore {
   public:
     SpeechAnalyzerAssetStore(Host& host, AssetInventory& assets, TessaruneFileLogger& logger)
@@ -34,13 +34,13 @@ class SpeechAnalyzerAssetStore {
     SpeechAnalyzerAssetStore(const SpeechAnalyzerAssetStore&) = delete;
     SpeechAnalyzerAssetStore& operator=(const SpeechAnalyzerAssetStore&) = delete;
 
-    /// By locale identifier; a locale that nobody asked for has none.
+    /// By locale identifier; a locale that was never requested has no entry.
     Published<std::map<std::string, SpeechAnalyzerAssetStatus>> statuses;
 
-    /// Checks and installs the locale's model, instead of an attempt that is still going on.
+    /// Checks and installs the locale's model; replaces a running attempt.
     void prepare(const std::string& localeIdentifier);
 
-    /// As `prepare`, unless the model is there or on its way.
+    /// Like `prepare`, unless the model is installed or being installed.
     void preheat(const std::string& localeIdentifier);
 
   private:

@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// Makes sure that the model for a locale is on this computer, downloading it if need be. `reason`
-/// says in the log who asked. Throws what the inventory or the installation throws.
+/// Ensures that the model for a locale is installed, downloading it if necessary. `reason` names
+/// the caller in the log. Throws what the inventory or the installation throws.
 Task<void> installAssetsIfNeeded(AssetInventory& assets, TessaruneFileLogger& logger,
                                  std::string localeIdentifier, std::string reason,
                                  std::function<void(AssetProgress)> progress = {},

@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// Gets the model of the chosen recognition language ready before the first session asks for it.
-/// Main queue only.
+/// Prepares the model of the chosen recognition language before the first session needs it. Main
+/// queue only.
 class SpeechAnalyzerPreheater {
   public:
     /// `selectedRecognitionOptionID` reads the setting. The store outlives this object.
@@ -18,10 +18,10 @@ class SpeechAnalyzerPreheater {
                             std::function<std::string()> selectedRecognitionOptionID)
         : store_(store), selectedRecognitionOptionID_(std::move(selectedRecognitionOptionID)) {}
 
-    /// At most once a locale in the life of the program, so that a failed download is not tried
-    /// again without the user.
+    /// At most once per locale in the life of the program, so that a failed download is only
+    /// retried by the user.
     void preheatSelectedOptionIfNeeded() {
-        // A stored id that is unknown means the default, as it will when a session starts.
+        // An unknown stored id means the default, as it does when a session starts.
         const auto option = ModelCatalog::recognitionOption(
             ModelCatalog::normalizedRecognitionOptionID(selectedRecognitionOptionID_()));
         if (option && preheatedLocales_.insert(option->localeIdentifier).second)

@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// What the operation threw, as a text; nothing if it went well.
+/// The text of the operation's failure; `nullopt` on success.
 Task<std::optional<std::string>> failureOf(Task<void> operation) {
     std::optional<std::string> failure;
     try {
@@ -42,7 +42,7 @@ void SpeechAnalyzerTranscriber::requestFinalization(std::string reason) {
     spawn(mainExecutor(), finalizeThrough(weak_from_this(), std::move(*plan), std::move(reason)));
 }
 
-/// Takes the throttle, whether or not the engine will do what it is asked.
+/// Counts against the rate limit even if the engine ignores the request.
 std::optional<SpeechAnalyzerTranscriber::FinalizationPlan>
 SpeechAnalyzerTranscriber::makeFinalizationPlan() {
     const double time = now();

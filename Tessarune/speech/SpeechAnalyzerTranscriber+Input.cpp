@@ -18,15 +18,15 @@ void SpeechAnalyzerTranscriber::append(AudioBufferPtr buffer) {
 }
 
 void SpeechAnalyzerTranscriber::skip(double seconds) {
-    // What is waiting came before the hole.
+    // Queued sound precedes the gap.
     if (const auto rest = takeAccumulator())
         feedAnalyzerInput(*rest);
     if (const auto session = inputSession())
         noteLostInput(seconds, session->generation);
 }
 
-/// Gives back the batches that have become full. An element of the input stream costs more than
-/// the conversion of its sound, and capture buffers are tiny.
+/// Returns the batches that are complete. An element of the input stream costs more than the
+/// conversion of its sound, and capture buffers are tiny.
 std::vector<AudioBuffer>
 SpeechAnalyzerTranscriber::enqueueAnalyzerInput(const AudioBuffer& buffer) {
     std::vector<AudioBuffer> batches;
@@ -60,7 +60,7 @@ SpeechAnalyzerTranscriber::enqueueAnalyzerInput(const AudioBuffer& buffer) {
     return batches;
 }
 
-/// What waits to become a batch, unless that is nothing.
+/// The incomplete batch, unless it is empty.
 std::optional<AudioBuffer> SpeechAnalyzerTranscriber::takeAccumulator() {
     const MutexLock lock(inputLock_);
     std::optional<AudioBuffer> rest = std::exchange(inputAccumulator_, std::nullopt);
@@ -119,15 +119,15 @@ void SpeechAnalyzerTranscriber::feedAnalyzerInput(const AudioBuffer& batch) {
     state_.perf.perfAnalyzerInputYieldBusySeconds += yielded;
 }
 
-/// Before the first sound nothing can be missing.
+/// There is no gap before the first sound.
 void SpeechAnalyzerTranscriber::noteLostInput(double seconds, std::int64_t generation) {
     const MutexLock lock(stateLock_);
     if (state_.generation == generation && state_.audioEpoch > 0)
         state_.timeline.addGap(state_.latestAudioTime, seconds);
 }
 
-/// A recogniser that is only slow takes its sound in long before this one: it hangs, and must not
-/// take the memory with it.
+/// A recogniser that is merely slow accepts its sound long before this limit: it hangs, and must
+/// not consume all memory.
 void SpeechAnalyzerTranscriber::reportFullInput() {
     {
         const MutexLock lock(stateLock_);
@@ -137,7 +137,7 @@ void SpeechAnalyzerTranscriber::reportFullInput() {
     platform_.logger.important("speechAnalyzer.input.full", {{"locale", localeID_}});
 }
 
-/// Nothing if the conversion failed: that batch is lost. It may come out empty while a filter
+/// `nullopt` if the conversion failed: that batch is lost. The result may be empty while a filter
 /// fills.
 std::optional<AudioBuffer> SpeechAnalyzerTranscriber::convert(const AudioBuffer& batch,
                                                               AudioFormat format) {
@@ -151,13 +151,13 @@ std::optional<AudioBuffer> SpeechAnalyzerTranscriber::convert(const AudioBuffer&
         }
         return converter_->convert(batch);
     } catch (const std::exception&) {
-        // A converter that has failed is of no more use; the next batch gets a new one.
+        // A converter that has failed is unusable; the next batch gets a new one.
         converter_.reset();
         return std::nullopt;
     }
 }
 
-/// False if the session that the batch was converted for is over.
+/// False if the session of the batch is over.
 bool SpeechAnalyzerTranscriber::recordAnalyzerInput(double convertedAudioSeconds,
                                                     std::size_t sourceFrames,
                                                     const AnalyzerInputSession& session) {

@@ -133,12 +133,13 @@ void SpeechAnalyzerTranscriber::handleFinal(const ResultInHand& hand) {
             state_.lastApplePartialCandidate.reset();
     }
     if (text.empty()) {
-        // What the arbiter drops has another text in its place; here the engine itself has none.
+        // A final that the reconciler drops has a replacement; here the engine itself returned no
+        // text.
         if (lastPartial && hand.candidate.text.empty())
             withdrawGuess();
         return;
     }
-    // A partial that is still waiting must not arrive after its final.
+    // A pending partial must not arrive after its final.
     discardPendingPartial();
     emitFinal(hand, outcome, std::move(text));
 }
@@ -167,7 +168,7 @@ void SpeechAnalyzerTranscriber::applyDecision(const AppleFinalReconcileDecisionR
         break;
     case Decision::dropSuppressedFinal:
         ++state_.perf.perfAppleReconcileDropSuppressed;
-        // The fragments have caught up with the partial that replaced them.
+        // The finals have reached the end of the partial that replaced them.
         if (mark && isFinite(end) && *mark - markToleranceSeconds <= *end)
             mark.reset();
         break;

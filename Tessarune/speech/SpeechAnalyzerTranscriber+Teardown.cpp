@@ -56,7 +56,7 @@ Task<void> SpeechAnalyzerTranscriber::finishDrainingAndStop() {
 }
 
 Task<void> SpeechAnalyzerTranscriber::drainSession(Self self) {
-    // The final of the engine replaces the partial that is waiting.
+    // The engine's final replaces the pending partial.
     self->discardPendingPartial();
     self->flushInputAccumulator("finishDraining");
     SessionTeardown session = self->beginDrainSession();
@@ -75,7 +75,7 @@ Task<void> SpeechAnalyzerTranscriber::drainSession(Self self) {
     self->finishDrainSession(generation);
 }
 
-/// The generation stays, so that the results that are still to come are delivered.
+/// The generation stays, so that the remaining results are delivered.
 SpeechAnalyzerTranscriber::SessionTeardown SpeechAnalyzerTranscriber::beginDrainSession() {
     SessionTeardown session;
     const MutexLock lock(stateLock_);
@@ -94,7 +94,7 @@ Task<void> SpeechAnalyzerTranscriber::finishInput(SessionTeardown session,
         Task<void> finishing = session.analyzer->finalizeAndFinishThroughEndOfInput();
         co_await finishing;
     } catch (const std::exception&) {
-        // What the engine could not finish is lost; the results task tells of it if it can.
+        // Sound that the engine could not finish is lost; the results task reports it if possible.
     }
     if (session.resultsTask) {
         const OneShot<bool> finished = session.resultsTask->finished();

@@ -149,8 +149,7 @@ PerfStats SpeechAnalyzerTranscriber::perfStats() const {
         input = state_.inputCont;
     }
     PerfStats stats = perf.stats();
-    // How far the engine is behind: batches that it has not taken yet, and what it has taken and
-    // not looked at.
+    // The engine's delay: queued batches, and sound that it has taken but not processed.
     double behind = 0;
     if (input && perf.perfAnalyzerInputBatches > 0) {
         const double secondsABatch = perf.perfConvertedAudioSeconds / perf.perfAnalyzerInputBatches;

@@ -22,15 +22,14 @@ namespace tessarune {
 
 /// The on-device recogniser as the engine of a live session.
 ///
-/// It batches and converts the sound that it is given and feeds it to the analyzer, thins out the
-/// partial results that come back, decides between each final and the partial before it, and drives
-/// the analyzer's finalize and cancel calls, so that a long session neither waits for its finals
-/// nor piles up sound.
+/// It batches and converts sound and feeds it to the analyzer, thins out the partial results,
+/// decides between each final and the partial before it, and calls the analyzer's finalize and
+/// cancel, so that a long session neither waits for its finals nor accumulates sound.
 ///
 /// Threads: `append` on the capture thread, results and partials on a queue of this object's own,
-/// everything else on any thread; the operations that are awaited go on on the main queue. There
-/// are four locks; no thread holds two of them, and callbacks are called with none held. Whatever
-/// goes on by itself holds the object weakly and compares the generation of its session.
+/// everything else on any thread; awaited operations resume on the main queue. There are four
+/// locks; no thread holds two of them, and no callback runs under a lock. Background work holds the
+/// object weakly and compares the generation of its session.
 ///
 /// Times are seconds since 1970; audio times count the sound fed in the session, from 0.
 class SpeechAnalyzerTranscriber final
@@ -43,12 +42,11 @@ class SpeechAnalyzerTranscriber final
     SpeechAnalyzerTranscriber(const SpeechAnalyzerTranscriber&) = delete;
     SpeechAnalyzerTranscriber& operator=(const SpeechAnalyzerTranscriber&) = delete;
 
-    /// What comes out, each called on this object's queue. Set before `start` and left alone until
-    /// the session is over. Which of them are set changes what is asked of the engine: records
-    /// cost.
+    /// The results, each called on this object's queue. Set before `start` and unchanged until the
+    /// session is over. Unset callbacks save work in the engine: records are expensive.
     std::function<void(const ASREvent&)> onEvent;
-    std::function<void(const std::exception&)> onError; ///< the session gives no more results
-    /// What was guessed since the last final comes to nothing: there is no final for it.
+    std::function<void(const std::exception&)> onError; ///< the session delivers no more results
+    /// The guess since the last final is withdrawn: there is no final for it.
     std::function<void()> onGuessWithdrawn;
     std::function<void(const AppleSpeechAnalyzerRawResultRecord&)> onRawResult;
     std::function<void(const AppleSpeechAnalyzerSummaryRecord&)> onSummaryResult;
@@ -94,7 +92,7 @@ class SpeechAnalyzerTranscriber final
         std::vector<std::string> requestedSpeechOptionStrings;
         double audioEpoch = 0; ///< wall clock of audio time 0; 0 before the first sound
         double latestAudioTime = 0;
-        AudioTimeline timeline; ///< what is missing from the audio time
+        AudioTimeline timeline; ///< the gaps in the audio time
         double lastFinalizeRequestAudioTime = std::numeric_limits<double>::lowest();
         double lastFinalizeRequestWallTime = 0;
         double lastCancelRequestAudioTime = 0;
@@ -103,14 +101,14 @@ class SpeechAnalyzerTranscriber final
         SpeechAnalyzerPerfCounters perf;
     };
 
-    /// What is needed to feed one batch.
+    /// The inputs for feeding one batch.
     struct AnalyzerInputSession {
         InputContinuation continuation;
         AudioFormat format;
         std::int64_t generation = 0;
     };
 
-    /// What a stop takes out of the object, to finish it without a lock.
+    /// The parts that a stop takes out of the object, to finish it without a lock.
     struct SessionTeardown {
         std::shared_ptr<SpeechAnalyzer> analyzer;
         std::optional<InputContinuation> inputContinuation;
@@ -133,7 +131,7 @@ class SpeechAnalyzerTranscriber final
         std::int64_t generation = 0;
     };
 
-    /// A session between its making and the first sound.
+    /// A session between its creation and the first sound.
     struct NewSession {
         std::shared_ptr<SpeechAnalyzer> analyzer;
         std::shared_ptr<SpeechTranscriber> transcriber;
@@ -142,7 +140,7 @@ class SpeechAnalyzerTranscriber final
         std::int64_t generation = 0;
     };
 
-    /// One result on its way through the arbitration.
+    /// One result during its reconciliation.
     struct ResultInHand {
         const SpeechResult& result;
         AppleFinalReconcileCandidate candidate;
@@ -231,11 +229,11 @@ class SpeechAnalyzerTranscriber final
 
     SoleLock converterLock_;
     std::unique_ptr<AudioConverter> converter_ GUARDED_BY(converterLock_);
-    /// What the converter was made for.
+    /// The formats of the converter.
     std::optional<AudioFormat> converterInput_ GUARDED_BY(converterLock_);
 
     SoleLock inputLock_;
-    /// Its samples' capacity is the batch's.
+    /// Its samples' capacity is that of a batch.
     std::optional<AudioBuffer> inputAccumulator_ GUARDED_BY(inputLock_);
 
     mutable SoleLock partialLock_;

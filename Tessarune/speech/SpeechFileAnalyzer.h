@@ -11,11 +11,11 @@
 namespace tessarune {
 
 /// Seam: the on-device recogniser in file mode. It takes the sound of one recording block by block,
-/// at the pace of whoever calls, looks ahead within a block, and works behind everything that the
-/// user waits for. Times are seconds of the sound that was given, counted from 0.
+/// at the caller's pace, looks ahead within a block, and has a lower priority than everything that
+/// the user waits for. Times are seconds of the given sound, counted from 0.
 ///
 /// The operations are awaited one at a time and resume on the main queue. A failure is an exception
-/// derived from std::exception whose text can be shown; the analyzer is useless after that.
+/// derived from std::exception whose text can be shown; the analyzer is unusable after that.
 class SpeechFileAnalyzer {
   public:
     virtual ~SpeechFileAnalyzer() = default;
@@ -23,17 +23,17 @@ class SpeechFileAnalyzer {
     /// The format to give.
     virtual AudioFormat audioFormat() const = 0;
 
-    /// By how many seconds its times may lie behind the sound. They never lie before it.
+    /// The maximum delay of its times behind the sound, in seconds. They are never early.
     virtual double mostLateness() const = 0;
 
-    /// Loads the model and gives its name.
+    /// Loads the model and returns its name.
     virtual Task<std::string> prepare() = 0;
 
-    /// Takes the sound that follows, and gives the results that it completes. A request to stop
-    /// ends the work soon, in the middle of the block.
+    /// Takes the next sound, and returns the results that it completes. A stop request ends the
+    /// work soon, within the block.
     virtual Task<std::vector<SpeechResult>> analyze(AudioBufferPtr block, std::stop_token stop) = 0;
 
-    /// The recording is over: the results of what is left.
+    /// The recording has ended: the remaining results.
     virtual Task<std::vector<SpeechResult>> finish() = 0;
 };
 

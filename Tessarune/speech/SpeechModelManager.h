@@ -13,30 +13,29 @@ namespace tessarune {
 /// A speech model as a user sees it.
 struct SpeechModelState {
     std::string name;
-    std::uint64_t bytes = 0; ///< on the disk, or about what a download brings
+    std::uint64_t bytes = 0; ///< on the disk, or the approximate size of the download
     bool isInstalled = false;
-    bool isRemovable = false; ///< false too for one that came with the program
-    std::string damage;       ///< what is wrong with an installed one; empty if nothing was seen
+    bool isRemovable = false; ///< also false for one that came with the program
+    std::string damage;       ///< the damage found in an installed one; empty if none
 
     bool operator==(const SpeechModelState&) const = default;
 };
 
-/// The speech models that can be had: listing, downloading and removing them. Main queue.
+/// The available speech models: listing, downloading and removing them. Main queue.
 class SpeechModelManager {
   public:
     virtual ~SpeechModelManager() = default;
 
-    /// All that are offered, the smallest first, and others that stand in the store.
+    /// All offered ones, the smallest first, then other installed ones.
     virtual std::vector<SpeechModelState> list() const = 0;
 
-    /// Brings a model that is offered, or brings it anew if it is damaged; nothing happens if it is
-    /// there. As AssetInstallationRequest::downloadAndInstall; throws too if there is no such
-    /// model.
+    /// Downloads an offered model, or replaces a damaged one; does nothing if it is installed. Like
+    /// AssetInstallationRequest::downloadAndInstall; also throws if there is no such model.
     virtual Task<void> download(std::string name, std::function<void(AssetProgress)> progress,
                                 std::stop_token stop) = 0;
 
-    /// Throws with a text that can be shown, also for a model that came with the program and for a
-    /// name that is none.
+    /// Throws with a text that can be shown, also for a model that came with the program and for an
+    /// unknown name.
     virtual void remove(const std::string& name) = 0;
 };
 

@@ -8,8 +8,7 @@
 
 namespace tessarune {
 
-/// What recognition needs from the computer and the program around it. What is named by reference
-/// outlives everything that was made with it.
+/// The services that recognition uses. The references outlive everything made with it.
 struct SpeechPlatform {
     Host& host;
     SpeechEngine engine;

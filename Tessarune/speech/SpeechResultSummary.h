@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// One result of a recogniser in short: counts, times, a hash and a preview in place of the text.
-/// Audio times are seconds of the sound that was fed, or of the file.
+/// A short form of a recogniser's result: counts, times, a hash and a preview in place of the text.
+/// Audio times are seconds of the sound fed, or of the file.
 struct SpeechResultSummary {
     std::int64_t sequence = 0; ///< from 1
     double receivedAt = 0;     ///< seconds since 1970

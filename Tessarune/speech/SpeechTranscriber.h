@@ -9,7 +9,7 @@
 
 namespace tessarune {
 
-/// A run of a result's text, with what the engine knows about it.
+/// A run of a result's text, with the engine's data about it.
 struct SpeechRun {
     std::string text;
     std::optional<double>
@@ -37,14 +37,14 @@ struct SpeechResult {
 enum class SpeechReportingOption { volatileResults, fastResults, alternativeTranscriptions };
 enum class SpeechAttributeOption { audioTimeRange, transcriptionConfidence };
 
-/// What is asked of the engine for one session.
+/// The options of the engine for one session.
 struct SpeechTranscriberOptions {
     std::string localeIdentifier;
     std::set<SpeechReportingOption> reporting;
     std::set<SpeechAttributeOption> attributes;
 };
 
-/// Seam: the half of the on-device recogniser that gives results. It belongs to the session that
+/// Seam: the half of the on-device recogniser that delivers results. It belongs to the session that
 /// made it; an analyzer works for it.
 class SpeechTranscriber {
   public:

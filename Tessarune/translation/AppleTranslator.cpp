@@ -50,7 +50,7 @@ Task<std::string> AppleTranslator::translate(std::string text, std::string sourc
 Task<TranslationAvailabilityStatus> AppleTranslator::statusOf(Pair pair) {
     if (preparedPairs_.contains(pair.key))
         co_return TranslationAvailabilityStatus::installed;
-    // What is missing today may be there tomorrow, but an impossible pair stays impossible.
+    // A missing pair may be installed later, but an unsupported pair stays unsupported.
     const auto cached = availabilityCache_.find(pair.key);
     if (cached != availabilityCache_.end() &&
         cached->second == TranslationAvailabilityStatus::unsupported)
@@ -74,7 +74,7 @@ Task<void> AppleTranslator::prepare(Pair pair) {
     bool isReady = co_await session->isReady();
     if (!isReady) {
         try {
-            // Translating needs what a preparation provides, and says what is missing.
+            // A translation needs a prepared pair and reports what is missing.
             if (downloads_ == Downloads::never)
                 co_await session->translate(preparingSentence);
             else
@@ -93,7 +93,7 @@ Task<void> AppleTranslator::prepare(Pair pair) {
 }
 
 Task<void> AppleTranslator::rebuild(Pair pair) {
-    // A session that went stale is dropped rather than repaired.
+    // A stale session is dropped rather than repaired.
     sessions_.erase(pair.key);
     preparedPairs_.erase(pair.key);
     availabilityCache_.erase(pair.key);
@@ -164,7 +164,7 @@ Task<TranslatorError> AppleTranslator::failure(std::exception_ptr error, Pair pa
     const auto kind = kindOf(error);
     if (kind == TranslationError::alreadyCancelled || kind == TranslationError::notInstalled)
         co_return mappedTranslationError(error, pair);
-    // Whatever a session says that has lost its files, the files are the reason.
+    // If a session has lost its files, they are the reason, whatever the session reports.
     if (co_await session->isReady())
         co_return mappedTranslationError(error, pair);
     preparedPairs_.erase(pair.key);

@@ -12,15 +12,16 @@
 
 namespace tessarune {
 
-/// The translator over the offline translation service: one session a language pair, and the
-/// knowledge which pairs are ready. Every failure of the service becomes a `TranslatorError`.
+/// The translator over the offline translation service: one session per language pair, and a record
+/// of which pairs are ready. Every failure of the service becomes a `TranslatorError`.
 ///
-/// Isolated by itself: whoever calls, its state is touched only on its own queue, and what happens
-/// between two suspensions is one step. Operations go on on the executor given at construction.
+/// Callable from any thread: the state is touched only on the translator's own queue, and the code
+/// between two suspensions runs as one step. Operations resume on the executor given at
+/// construction.
 class AppleTranslator final : public Translator {
   public:
-    /// Whether to prepare a pair may use the network. A session sends nothing that the user did not
-    /// ask for: a pair that is not ready fails with the reason that the service gives for it.
+    /// Whether preparing a pair may use the network. A session sends nothing without the user's
+    /// request: a pair that is not ready fails with the service's reason.
     enum class Downloads { allowed, never };
 
     AppleTranslator(Host& host, std::shared_ptr<TranslationService> service, Executor caller,

@@ -20,7 +20,7 @@ using Action = CommittedTranslationFailureAction;
 
 constexpr double retryDelaySeconds = 0.4;
 
-/// One unit under way. Lives in the frame of `process`, which outlives all that refers to it.
+/// One unit in progress. Lives in the frame of `process`, which outlives every reference to it.
 struct Attempt {
     LiveTranscriptTranslation& session;
     const CommittedTranslationUnit& unit;
@@ -41,8 +41,8 @@ struct Attempt {
         session.recordCommittedTranslationStart(unit, context.target, startedAt, diagnostics);
     }
 
-    /// The system's journal outlives a recording that is deleted, so what was said stays out of it
-    /// unless the user lets diagnostics keep texts.
+    /// The system's journal outlives a deleted recording, so texts stay out of it unless the user
+    /// lets diagnostics keep them.
     std::string loggedSource() const {
         if (session.keepsTextsForDiagnosis())
             return "'" + text + "'";
@@ -107,7 +107,7 @@ Task<Outcome> translateOnce(Attempt& attempt, std::shared_ptr<Translator> transl
     }
 }
 
-/// True when the queue may go on after the recovery of the pair.
+/// True if the queue may continue after the recovery of the pair.
 Task<bool> recoverPair(Attempt& attempt) {
     std::exception_ptr error;
     try {
@@ -129,7 +129,7 @@ Task<bool> recoverPair(Attempt& attempt) {
     co_return false;
 }
 
-/// Writes the failure on the unit. True when the queue may go on.
+/// Writes the failure on the unit. True if the queue may continue.
 Task<bool> fail(Attempt& attempt, TranslationFailureDetails details, Severity severity) {
     auto& runtime = attempt.runtime();
     attempt.note(details);
@@ -152,7 +152,7 @@ Task<bool> fail(Attempt& attempt, TranslationFailureDetails details, Severity se
     co_return co_await recoverPair(attempt);
 }
 
-/// Translates, and once more after a delay where that may help.
+/// Translates, with one delayed retry if that may help.
 Task<bool> translate(Attempt& attempt, std::shared_ptr<Translator> translator) {
     for (;;) {
         const Outcome outcome = co_await translateOnce(attempt, translator);

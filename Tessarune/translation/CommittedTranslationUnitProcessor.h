@@ -15,7 +15,7 @@ class LiveTranscriptTranslation;
 /// of the language pair. Main queue; suspended only while the translator works or a delay runs.
 namespace CommittedTranslationUnitProcessor {
 
-/// True when the queue may go on.
+/// True if the queue may continue.
 Task<bool> process(std::shared_ptr<LiveTranscriptTranslation> translation,
                    CommittedTranslationUnit unit, TranslationRunContext context,
                    std::stop_token stop);

@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// One preview under way, and what is written down of it.
+/// One preview in progress, and the record of it.
 struct Attempt {
     LiveTranscriptTranslation& session;
     const LiveTranslationRuntime& runtime;
@@ -106,7 +106,7 @@ GhostTranslationCandidateProcessor::process(std::shared_ptr<LiveTranscriptTransl
         co_return;
     }
 
-    // A pair that has to be prepared first does not stop a preview: translating prepares it.
+    // An unprepared pair does not prevent a preview: translating prepares it.
     const double calledAt = runtime.now();
     std::string translated;
     std::exception_ptr error;

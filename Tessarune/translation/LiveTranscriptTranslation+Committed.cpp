@@ -64,7 +64,7 @@ LiveTranscriptTranslation::prepareCommittedTranslationRunContext() {
     return context;
 }
 
-/// No run can start, and the user should know: a short text beside the captions, and a sentence.
+/// Reports why no run can start: a short text beside the captions, and a sentence.
 void LiveTranscriptTranslation::sayBlocked(const std::string& message,
                                            const std::string& sentence) {
     setPreparationIdle();
@@ -81,8 +81,8 @@ void LiveTranscriptTranslation::startCommittedTranslationTask(const TranslationR
         });
 }
 
-/// Works through the units that wait, one after the other, and ends with them: the next commit
-/// starts a new run.
+/// Works through the pending units one by one and ends when none is left: the next commit starts a
+/// new run.
 Task<void> LiveTranscriptTranslation::runQueue(Self self, TranslationRunContext context,
                                                bool forceTail, std::stop_token stop) {
     const auto newID = [self] { return self->runtime_->newID(); };
@@ -132,7 +132,8 @@ void LiveTranscriptTranslation::applyCommittedTranslationSuccess(
     captions_->updatePersistedTranscriptIfStopped();
 }
 
-/// One success proves that the files are there: what failed for want of them waits again.
+/// One success proves that the files are there: units that failed because of missing files become
+/// pending again.
 void LiveTranscriptTranslation::clearLanguageResourceFailures() {
     const std::unordered_set<UUID> resolved = std::exchange(runtime_->languageResourceFailures, {});
     if (resolved.empty())

@@ -14,7 +14,7 @@ namespace tessarune {
 
 namespace {
 
-/// Before a session is there and after it has gone.
+/// Stands in before `attach` and after `shutDown`.
 class Nobody final : public TranslatedCaptions {
   public:
     const std::vector<CaptionSegment>& committedSegments() const override { return none_; }
@@ -166,7 +166,7 @@ void LiveTranscriptTranslation::reportLanguagePreparation(const std::string& sou
 
 void LiveTranscriptTranslation::pumpGhostTranslation(const BoundaryObservation& observation) {
     if (!*settings_.softTranslationEnabled) {
-        // Told at every decision: nothing to take away, nothing to draw.
+        // Called at every boundary decision: without a preview there is nothing to clear or draw.
         if (runtime_->hasGhostTask() || !runtime_->ghostSource().empty() ||
             !view_.ghostTranslationText->empty())
             cancelGhostTranslation();

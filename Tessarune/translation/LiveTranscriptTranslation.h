@@ -14,19 +14,19 @@
 namespace tessarune {
 
 /// The translation half of a live session: starts runs of committed translations and previews,
-/// prepares language pairs, writes outcomes into the caption rows, and says what is going on.
-/// A change of target or backend takes effect wherever the setting is changed from.
+/// prepares language pairs, writes outcomes into the caption rows, and reports its progress. A
+/// change of target or backend takes effect wherever the setting is changed.
 ///
-/// Main queue, for the life of the process. Made with `std::make_shared`: what still waits for the
-/// translator keeps it alive.
+/// Main queue, for the life of the process. Made with `std::make_shared`: tasks that still wait for
+/// the translator keep it alive.
 class LiveTranscriptTranslation final
     : public SessionTranslation,
       public std::enable_shared_from_this<LiveTranscriptTranslation> {
   public:
     explicit LiveTranscriptTranslation(LiveTranslationRuntime::Environment environment);
 
-    /// Over this computer's translator, or null where there is none; never downloads. What is named
-    /// by reference outlives whatever still hangs in the service.
+    /// Uses this computer's translator, or none if it is null; never downloads. The references must
+    /// outlive any call that still hangs in the service.
     static std::shared_ptr<LiveTranscriptTranslation>
     make(Host& host, AppSettings& settings, TessaruneFileLogger& logger,
          const std::shared_ptr<TranslationService>& service);
@@ -49,12 +49,12 @@ class LiveTranscriptTranslation final
     void bigCleanup() override { runtime_->bigCleanup(); }
     void shutDown() override;
 
-    // The user's wishes
+    // The user's commands
 
     void setTranslationTarget(const std::string& target);
     void setTranslationBackend(const std::string& backend);
     void setSoftTranslationEnabled(bool enabled);
-    /// Also after a successful test of the pair in the settings.
+    /// Also called after a successful test of the pair in the settings.
     void retryIncompleteTranslations();
 
     // Outcomes, for the processors of units and previews. `startedAt` is in seconds since 1970.
@@ -70,9 +70,9 @@ class LiveTranscriptTranslation final
                                           const std::string& error, double startedAt,
                                           CommittedTranslationFailureAction action,
                                           TranslationAttemptDiagnostics diagnostics);
-    /// The pair has to be prepared first; the unit stays pending.
+    /// The pair must be prepared first; the unit stays pending.
     void reportLanguagePreparation(const std::string& source, const std::string& target);
-    /// The pair could not be recovered, and the user can do something about it.
+    /// The pair could not be recovered, and the user can act on it.
     void surfaceTranslationRecoveryFailure(const std::string& message);
     void setGhostTranslationText(const std::string& text);
     bool keepsTextsForDiagnosis() const { return captions_->keepsTextsForDiagnosis(); }
@@ -103,8 +103,8 @@ class LiveTranscriptTranslation final
         const std::string& source, const std::string& target,
         const TranslationLanguagePreparationResult& result);
 
-    /// The target or the backend may have changed: what was translated for another one goes, and
-    /// what can be translated now is.
+    /// The target or the backend may have changed: drops results for the former one and translates
+    /// what can be translated now.
     void applySettings(const std::string& reason);
 
     void refresh(const std::string& reason) { captions_->refreshCaptionDisplay(reason, nullptr); }

@@ -20,13 +20,13 @@
 
 namespace tessarune {
 
-/// What outlives a single translation: the translator, at most one run of committed translations,
-/// at most one preview, at most one language preparation, and the health of the current language
-/// pair. It knows no captions; it answers questions, and starts and stops tasks.
+/// The state that outlives a single translation: the translator, at most one run of committed
+/// translations, at most one preview, at most one language preparation, and the health of the
+/// current language pair. It knows no captions; it answers questions, and starts and stops tasks.
 ///
-/// Main queue. Made with `std::make_shared`: a task that was cancelled and still waits for the
-/// translator keeps the runtime alive. The identities exist because such a task can end late; it
-/// must not clear the state of its successor.
+/// Main queue. Made with `std::make_shared`: a cancelled task that still waits for the translator
+/// keeps the runtime alive. Such a task can end late, so each has an identity: it must not clear
+/// the state of its successor.
 class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslationRuntime> {
   public:
     struct Environment {
@@ -48,7 +48,7 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
 
     std::shared_ptr<Translator> cachedTranslator; ///< made at first need
     CommittedTranslationHealthState committedHealth;
-    /// The units that failed because the language's files were not there.
+    /// The units that failed because the language's files were missing.
     std::unordered_set<UUID> languageResourceFailures;
     std::int64_t committedSessionGeneration = 0; ///< counts rebuilds of the pair
 
@@ -62,26 +62,26 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
         environment_.log(std::move(name), std::move(fields));
     }
 
-    /// The guard after each suspension of a translation: the task still runs and what it works for
-    /// is still what is wanted. A result for an old target never lands.
+    /// Checked after each suspension of a translation: the task still runs and its target is still
+    /// wanted. A result for a former target never lands.
     bool isWanted(const TranslationRunContext& context, const std::stop_token& stop) const;
 
-    /// The cached translator, made if need be; null if there is none.
+    /// The cached translator, made on demand; null if there is none.
     std::shared_ptr<Translator> translator();
 
     // Committed translations
 
     bool hasCommittedTask() const { return committedTask_.has_value(); }
-    /// Cancels a preview in any case; does nothing more while a run is going on.
+    /// Cancels a preview in any case; does nothing else while a run is in progress.
     void startCommittedTask(Operation operation);
     void cancelCommittedTask();
 
-    /// A new pair begins with a clean slate, at the moment of its first result.
+    /// A new pair starts without failures, from its first result on.
     void selectCommittedHealthPair(std::string_view source, std::string_view target);
-    /// Forgets which pair the health speaks of, too.
+    /// Also forgets which pair the health belongs to.
     void resetCommittedHealth();
 
-    /// Drops what is known of the pair and prepares it anew. Throws what the translator throws, or
+    /// Drops all state of the pair and prepares it again. Throws what the translator throws, or
     /// `CancellationError`.
     Task<void> rebuildCommittedLanguagePair(std::string source, std::string target,
                                             std::stop_token stop);
@@ -96,7 +96,7 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
     bool isCurrentGhostRequest(std::string_view source, std::string_view target,
                                const UUID& requestID) const;
     void startGhostTask(const UUID& requestID, Operation operation);
-    /// The text that was requested stays known, so that it is not requested again.
+    /// The requested text stays known, so that it is not requested again.
     void cancelGhostTask();
     void forgetGhostSource();
     /// True, and the preview's text is forgotten, if it is the same text.
@@ -113,7 +113,7 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
     bool isPreparingLanguages(std::string_view source, std::string_view target) const;
     void cancelLanguagePreparation();
 
-    /// After a session: cancels everything and lets the translator and its memory go.
+    /// Called after a session: cancels everything and releases the translator and its memory.
     void bigCleanup();
 
   private:

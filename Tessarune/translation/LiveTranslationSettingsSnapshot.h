@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// The settings that translation depends on, as they are at one moment. Taken afresh at each use:
-/// whoever holds one across a suspension holds the past.
+/// The settings that translation depends on, at one moment. Take a new one for each use: a snapshot
+/// kept across a suspension is outdated.
 struct LiveTranslationSettingsSnapshot {
     std::string translationBackend;
     std::string translationTargetLanguage;
@@ -25,8 +25,8 @@ struct LiveTranslationSettingsSnapshot {
 struct TranslationRunContext {
     std::string target;
     std::string sourceLanguage;
-    /// The target is the source's own language: the source text stands as its translation, and the
-    /// translator is not touched.
+    /// The target is the source's own language: the source text becomes its translation, and the
+    /// translator is not used.
     bool passThrough = false;
 
     bool operator==(const TranslationRunContext&) const = default;

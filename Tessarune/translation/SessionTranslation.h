@@ -11,14 +11,14 @@
 
 namespace tessarune {
 
-/// What a session asks of the translation of its captions, and what views show of it. As it stands
-/// here, nothing is translated. Main queue.
+/// The operations that a session calls on the translation of its captions, and the state that views
+/// show. This base class translates nothing. Main queue.
 class SessionTranslation {
   public:
-    /// The translation writes it; everybody else reads and observes.
+    /// The translation writes it; everyone else reads and observes.
     struct View {
         Published<std::string> ghostTranslationText; ///< the preview; empty: there is none
-        std::string ghostTranslationSourceText;      ///< the text that it is of
+        std::string ghostTranslationSourceText;      ///< the source text of the preview
         Published<std::string> translationStatusMessage;
         Published<TranslationPreparationDisplayState> translationPreparationDisplayState;
     };
@@ -30,39 +30,39 @@ class SessionTranslation {
 
     const View& view() const { return view_; }
 
-    // What is said already is not announced again.
+    // Marks the current failure as announced, so that it is not announced again.
     void setTranslationStatusMessage(const std::string& text) {
         if (*view_.translationStatusMessage != text)
             view_.translationStatusMessage = text;
     }
-    /// What is being prepared is no longer shown.
+    /// Stops showing which pair is being prepared.
     void setPreparationIdle() { showPreparation({}); }
 
-    /// First of all, and once: whose captions these are. They stay valid until `shutDown`.
+    /// Called first, and once: whose captions these are. They stay valid until `shutDown`.
     virtual void attach(TranslatedCaptions&) {}
     /// Before a new session: cancels the run, forgets health, preview, status and preparation.
     virtual void resetForNewSession() {}
-    /// Makes the pair that the settings name ready. `reason` is for the log.
+    /// Makes the pair of the settings ready. `reason` is for the log.
     virtual void prewarmCurrentTranslationPair(const std::string& /*reason*/) {}
-    /// Rows were committed or sealed: ends a preview and starts a run for what waits, if one can
+    /// Rows were committed or sealed: ends a preview and starts a run for pending rows, if one can
     /// run now.
     virtual void startCommittedRun() {}
     virtual bool hasPendingTranslations() const { return false; }
-    /// A committed row is being translated at this moment.
+    /// A committed row is being translated.
     virtual bool isCommittedTranslating() const { return false; }
-    /// For each boundary decision: may begin a preview of the open sentence.
+    /// Called for each boundary decision: may begin a preview of the open sentence.
     virtual void pumpGhostTranslation(const BoundaryObservation&) {}
-    /// Ends the preview and takes its text away.
+    /// Ends the preview and removes its text.
     virtual void cancelGhostTranslation() {}
     virtual void cancelCommittedTranslationTask() {}
-    /// Finishes what can be finished in this time, unfinished tails included; true if nothing is
+    /// Finishes as much as possible within this time, unfinished tails included; true if nothing is
     /// left. Resumes on the main queue and never throws.
     virtual Task<bool> drainCommittedTranslationsBeforePersist(double /*timeoutSeconds*/) {
         co_return true;
     }
-    /// After a session: cancels everything and lets the translator and its memory go.
+    /// Called after a session: cancels everything and releases the translator and its memory.
     virtual void bigCleanup() {}
-    /// The session goes away for good: what answers late finds nobody.
+    /// The session is going away: late answers are dropped from now on.
     virtual void shutDown() {}
 
   protected:

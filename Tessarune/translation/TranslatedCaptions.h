@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// What the translation of captions sees of the session that owns them: the committed rows, and
-/// where news of them go. Called on the main queue.
+/// The part of a session that the translation of its captions uses: the committed rows, and where
+/// changes are reported. Called on the main queue.
 class TranslatedCaptions {
   public:
     virtual ~TranslatedCaptions() = default;
@@ -29,7 +29,7 @@ class TranslatedCaptions {
     virtual void updatePersistedTranscriptIfStopped() = 0;
     /// Drops the observation where no translation log is open.
     virtual void appendTranslationObservation(const TranslationObservation& observation) = 0;
-    /// A diagnostics run is open that keeps what is said, as the user has asked.
+    /// Whether an open diagnostics run may keep texts, as the user has chosen.
     virtual bool keepsTextsForDiagnosis() const { return false; }
 };
 

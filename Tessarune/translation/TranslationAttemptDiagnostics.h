@@ -6,7 +6,7 @@
 
 namespace tessarune {
 
-/// What is learnt during one attempt at a translation, for the session's translation log.
+/// Measurements of one attempt at a translation, for the session's translation log.
 struct TranslationAttemptDiagnostics {
     std::string backend;
     std::string sourceLanguage;

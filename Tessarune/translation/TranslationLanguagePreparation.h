@@ -24,11 +24,11 @@ enum class TranslationLanguagePreparationStart { started, alreadyPreparing, alre
 
 std::string_view name(TranslationLanguagePreparationStart start);
 
-/// What the session does when a preparation has ended.
+/// The session's next step after a preparation has ended.
 struct TranslationLanguagePreparationFollowUp {
     enum class Kind {
-        retryCommitted, ///< translate what waits
-        requeue,        ///< try this very pair again
+        retryCommitted, ///< translate pending rows
+        requeue,        ///< try this pair again
         none,
         actionable ///< tell the user `message`
     };

@@ -22,7 +22,7 @@ struct TranslationObservation {
     Phase phase = Phase::start;
     Scope scope = Scope::committed;
     std::optional<UUID> translationUnitID; ///< of committed translations
-    UUID segmentID; ///< the row that shows the result; of previews an identity of the attempt
+    UUID segmentID; ///< the row that shows the result; for a preview, an identity of the attempt
     std::vector<UUID> segmentIDs;
     std::optional<UUID> resultSegmentID;
     std::string sourceText;

@@ -10,19 +10,19 @@
 
 namespace tessarune {
 
-/// The failures of the translation service that have a name.
+/// The failures of the translation service that the program tells apart.
 enum class TranslationError {
     unsupportedSourceLanguage,
     unsupportedTargetLanguage,
     unsupportedLanguagePairing,
-    notInstalled,     ///< the pair's files are not there (any more)
+    notInstalled,     ///< the pair's files are missing
     alreadyCancelled, ///< the session is over; a new one is needed
     unableToIdentifyLanguage,
     nothingToTranslate,
     internalError
 };
 
-/// What the operations of the service throw. Without a kind it is a failure that has no name.
+/// The exception of all operations of the service. Without a kind it is any other failure.
 class TranslationServiceError : public LocalizedError {
   public:
     TranslationServiceError(std::optional<TranslationError> kind, const LocalizedError& error)
@@ -34,7 +34,7 @@ class TranslationServiceError : public LocalizedError {
     std::optional<TranslationError> kind_;
 };
 
-/// What is known of language pairs. Languages are platform identifiers ("en-US").
+/// The status of language pairs. Languages are platform identifiers ("en-US").
 class LanguageAvailability {
   public:
     virtual ~LanguageAvailability() = default;
@@ -43,7 +43,7 @@ class LanguageAvailability {
     virtual Task<TranslationAvailabilityStatus> status(std::string from, std::string to) = 0;
 };
 
-/// One language pair at work. Cheap to make: files are loaded when they are first needed.
+/// One language pair in use. Cheap to make: files are loaded on first use.
 class TranslationSession {
   public:
     struct Response {
@@ -54,15 +54,15 @@ class TranslationSession {
 
     /// Whether the pair's files are there and load.
     virtual Task<bool> isReady() = 0;
-    /// Downloads what the pair needs where it can, and loads it.
+    /// Downloads what the pair lacks, if it may, and loads it.
     virtual Task<void> prepareTranslation() = 0;
     virtual Task<Response> translate(std::string text) = 0;
 };
 
 /// Seam: the offline translator of this computer.
 ///
-/// The objects made here belong to who asked for them. Their operations may run side by side; they
-/// are started and go on on the executor given, and the object must live until they have ended.
+/// The caller owns the objects made here. Their operations may run concurrently; they start and
+/// resume on the given executor, and the object must live until they have ended.
 class TranslationService {
   public:
     virtual ~TranslationService() = default;

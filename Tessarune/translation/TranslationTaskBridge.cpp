@@ -58,7 +58,7 @@ Task<void> TranslationTaskBridge::test(Self self, TranslationTestRequest request
         self->statusText_ = localized("正在打开 Apple 语言下载面板…");
         break;
     }
-    // A fresh session each time: what an older one knows of the pair is what is being tested.
+    // A new session each time: the state that an older one has of the pair is under test.
     const auto session = self->environment_.service->session(
         TranslationSupport::appleLanguageIdentifier(request.source),
         TranslationSupport::appleLanguageIdentifier(request.target),

@@ -21,24 +21,24 @@ struct TranslationTestRequest {
     bool operator==(const TranslationTestRequest&) const = default;
 };
 
-/// The settings' test of a language pair, which also is how its resources are downloaded: it
-/// prepares the pair over a session of its own, translates a sample, and says how it went. A test
-/// that succeeds repairs the failed rows of a running session at once.
+/// The settings' test of a language pair, which also downloads its resources: it prepares the pair
+/// in a session of its own, translates a sample, and reports the result. A successful test at once
+/// repairs the failed rows of a running session.
 ///
-/// Main queue. Made with `std::make_shared`: a test under way keeps it alive.
+/// Main queue. Made with `std::make_shared`: a running test keeps it alive.
 class TranslationTaskBridge : public std::enable_shared_from_this<TranslationTaskBridge> {
   public:
     struct Environment {
         Host& host;
         /// Null where this computer has no translator.
         std::shared_ptr<TranslationService> service;
-        /// Whose failed rows a successful test repairs; null where no session can run.
+        /// The session whose failed rows a successful test repairs; null if no session can run.
         std::shared_ptr<LiveTranscriptTranslation> live;
     };
     explicit TranslationTaskBridge(Environment environment);
     TranslationTaskBridge(const TranslationTaskBridge&) = delete;
 
-    /// Supersedes a test that is under way.
+    /// Supersedes a running test.
     void runTranslationTest(const std::string& target);
 
     // What views show; others only read and observe it

@@ -109,7 +109,7 @@ Task<void> HistoryPronunciationAudioPlayer::State::run(std::shared_ptr<State> st
     };
     try {
         state->stopPlayer = state->playSound(std::move(*sound), ended);
-    } catch (const std::exception& error) { // what came was no sound, or cannot be played here
+    } catch (const std::exception& error) { // no sound, or one that cannot be played
         logFailure(error);
         ended();
     }

@@ -17,8 +17,8 @@ namespace tessarune {
 /// queue "Tessarune.Pronunciation".
 class HistoryPronunciationAudioPlayer {
   public:
-    /// Plays the bytes of a sound file and returns what stops it. `onEnd` is called once on the
-    /// main queue, at the end or where the bytes are no sound; not after a stop.
+    /// Plays the bytes of a sound file and returns a function that stops it. `onEnd` is called once
+    /// on the main queue, at the end or if the bytes are no sound; never after a stop.
     using PlaySound = std::function<Block(std::string bytes, Block onEnd)>;
 
     /// The host must outlive it.
@@ -27,17 +27,17 @@ class HistoryPronunciationAudioPlayer {
     HistoryPronunciationAudioPlayer(const HistoryPronunciationAudioPlayer&) = delete;
     HistoryPronunciationAudioPlayer& operator=(const HistoryPronunciationAudioPlayer&) = delete;
 
-    /// Fetches the word's sound and plays it. For the word that is being heard: stops it. Takes the
-    /// place of a request that is under way. Without sound nothing happens.
+    /// Fetches the word's sound and plays it; replaces a request that is in progress. Stops the
+    /// sound if this word is playing already. Does nothing if there is no sound.
     void play(VocabularyPronunciationSource source, std::string_view word);
     void stop();
 
-    /// What `activeKey` and `loadingKey` are for a word.
+    /// The value of `activeKey` and `loadingKey` for a word.
     static std::string key(VocabularyPronunciationSource source, std::string_view word);
 
-    /// What is being heard.
+    /// The word that is playing.
     const Published<std::optional<std::string>>& activeKey() const;
-    /// What is being fetched.
+    /// The word whose sound is being fetched.
     const Published<std::optional<std::string>>& loadingKey() const;
 
   private:

@@ -10,11 +10,11 @@
 
 namespace tessarune {
 
-/// The code of the language that most of a text is in ("en"); nothing where that is uncertain. Any
+/// The code of the language that most of a text is in ("en"); `nullopt` if that is uncertain. Any
 /// thread.
 using DominantLanguage = std::function<std::optional<std::string>(std::string_view text)>;
 
-/// The words of one recording, counted as they stand and by lemma. A plain value.
+/// The words of one recording, counted by form and by lemma. A plain value.
 struct HistoryWordStats {
     struct Occurrence {
         int sentenceIndex = 0;

@@ -13,7 +13,7 @@
 
 namespace tessarune {
 
-/// What statistics depend on. A plain value.
+/// The inputs that statistics depend on. A plain value.
 struct HistoryWordStatsCacheKey {
     std::optional<UUID> recordingID;
     std::uint64_t sourceHash = 0;
@@ -27,16 +27,16 @@ struct HistoryWordStatsCacheKey {
     auto operator<=>(const HistoryWordStatsCacheKey&) const = default;
 };
 
-/// The statistics of the recordings that were looked at last. One thread.
+/// A cache of the statistics of the recordings looked at most recently. One thread.
 class HistoryWordStatsMemoryCache {
   public:
     static constexpr std::size_t limit = 12;
 
     using Value = std::shared_ptr<const HistoryWordStats>;
 
-    /// Null if it is not there. What is found counts as the newest.
+    /// Null if it is not cached. A hit counts as the newest use.
     Value value(const HistoryWordStatsCacheKey& key);
-    /// Drops the one that was not asked for the longest, if they become too many.
+    /// Drops the least recently used entry when there are too many.
     void insert(const HistoryWordStatsCacheKey& key, Value value);
 
   private:

@@ -13,8 +13,8 @@
 
 namespace tessarune {
 
-/// What can be learned of the words of recordings: counts, lemmas and definitions. Main queue; the
-/// work is done on the queue "Tessarune.HistoryWordStats".
+/// Counts, lemmas and definitions of the words of recordings. Main queue; the work is done on the
+/// queue "Tessarune.HistoryWordStats".
 class HistoryWordStatsService {
   public:
     /// Host and logger must outlive it and its tasks.

@@ -3,10 +3,10 @@
 #include <optional>
 #include <string_view>
 
-/// Lemmas that are settled, whatever a lexicon says. Any thread.
+/// Lemmas that override the lexicon. Any thread.
 namespace tessarune::LemmaExceptions {
 
-/// The lemma of a form; nothing where the lexicon has to be asked.
+/// The lemma of a form; `nullopt` if the lexicon decides.
 std::optional<std::string_view> lemma(std::string_view form);
 
 /// Whether it is an article, a pronoun, a preposition or another word of grammar, of which a

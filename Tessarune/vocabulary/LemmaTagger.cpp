@@ -12,11 +12,11 @@ namespace {
 
 using Words = std::unordered_set<std::string_view>;
 
-/// What the word before allows.
+/// The parts of speech that the word before allows.
 enum class Position { anywhere, afterDeterminer, afterSubject, afterBe };
 
 Position positionAfter(const std::string& before) {
-    // Only those that never stand alone: "this leaves us", "some think".
+    // Only the pronouns that a verb always follows: "this leaves us", "some think".
     static const Words determiners{"a",   "an",  "the",   "my",    "your",  "his",
                                    "its", "our", "their", "every", "whose", "no"};
     static const Words subjects{"i",   "you",   "he",     "she",   "it",   "we",    "they",

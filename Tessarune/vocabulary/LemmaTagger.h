@@ -10,16 +10,15 @@ namespace tessarune {
 
 /// Finds the lemmas of English sentences.
 ///
-/// A form with several readings ("saw", "meeting", "left") is settled by how common each of them is
-/// and by the word before it: after "the" stands no verb, after "they" no noun. One thread; keeps
-/// what the lexicon said, so one tagger serves one text.
+/// Frequency and the word before decide between several readings of a form ("saw", "meeting",
+/// "left"): no verb follows "the", no noun follows "they". One thread. Caches the lexicon's
+/// answers, so use one tagger per text.
 class LemmaTagger {
   public:
     /// The lexicon must outlive it.
     explicit LemmaTagger(Lexicon& lexicon) : lexicon_(lexicon) {}
 
-    /// The lemma of each of the words of a sentence, which are in lower case. A word that nobody
-    /// knows is its own lemma.
+    /// The lemma of each word of a sentence in lower case. An unknown word is its own lemma.
     std::vector<std::string> lemmas(const std::vector<std::string>& sentence);
 
   private:

@@ -12,7 +12,7 @@ enum class PartOfSpeech { noun, verb, adjective, adverb };
 struct WordReading {
     PartOfSpeech partOfSpeech = PartOfSpeech::noun;
     std::string lemma;
-    /// How often the lemma stands in the lexicon's sample of texts, in all its forms.
+    /// How often the lemma occurs in the lexicon's sample of texts, in all its forms.
     int uses = 0;
 
     bool operator==(const WordReading&) const = default;
@@ -27,9 +27,8 @@ struct WordDefinition {
     bool operator==(const WordDefinition&) const = default;
 };
 
-/// Seam: an English dictionary on this computer. Any thread; calls may wait for each other. Words
-/// are in lower case. A word that it does not know, or a dictionary that is not there, gives an
-/// empty list.
+/// Seam: an English dictionary on this computer. Any thread; calls may block each other. Words are
+/// in lower case. Returns an empty list for an unknown word and if there is no dictionary.
 class Lexicon {
   public:
     virtual ~Lexicon() = default;

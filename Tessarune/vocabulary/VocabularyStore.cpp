@@ -20,7 +20,7 @@ std::string normalizedWord(std::string_view word) {
     return Text::lowercased(Text::trimmed(word));
 }
 
-/// Each once, at its first place.
+/// Normalises the words and drops duplicates; the first occurrence keeps its place.
 VocabularyWords normalizedWords(const VocabularyWords& words) {
     VocabularyWords kept;
     std::unordered_set<std::string> seen;
@@ -36,7 +36,7 @@ bool holds(const VocabularyWords& words, std::string_view word) {
     return std::ranges::find(words, normalizedWord(word)) != words.end();
 }
 
-/// The texts of an array; false if the member is missing or anything else.
+/// Reads an array of texts; false if the member is missing or not an array.
 bool readWords(const JSON::Value& object, const char* key, VocabularyWords& words) {
     const auto found = object.is_object() ? object.find(key) : object.end();
     if (found == object.end() || !found->is_array())
@@ -82,7 +82,7 @@ void VocabularyStore::load() {
         save();
 }
 
-/// Where a file that cannot be read is kept, beside those of earlier times.
+/// A name that is not taken yet, under which an unreadable file is kept.
 std::filesystem::path VocabularyStore::freeAside() {
     const std::string first = fileURL_.string() + ".unreadable";
     std::string name = first;

@@ -19,7 +19,7 @@ namespace tessarune {
 /// and is moved aside, to "Vocabulary.json.unreadable", before anything replaces it.
 class VocabularyStore {
   public:
-    /// Loads. The disk must outlive it.
+    /// Loads the file. The disk must outlive the store.
     VocabularyStore(FileSystem& files, const TessarunePaths& paths);
 
     using Words = std::vector<std::string>;

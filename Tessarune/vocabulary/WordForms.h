@@ -12,7 +12,7 @@ namespace tessarune::WordForms {
 std::string prepare(std::string_view text);
 
 /// The letters of a token, with the hyphens and apostrophes between them; other characters become
-/// blanks. Nothing where no letter remains, or a single one that is no word of its own.
+/// blanks. `nullopt` if no letter remains, or only one that is not a word by itself.
 std::optional<std::string> normalizeToken(std::string_view token);
 
 } // namespace tessarune::WordForms

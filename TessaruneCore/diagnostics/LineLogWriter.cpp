@@ -19,8 +19,8 @@ std::unique_ptr<LineLogWriter> LineLogWriter::open(Host& host, std::string_view 
                                                    const std::filesystem::path& path,
                                                    Existing existing) {
     const int one = existing == Existing::isRefused ? O_EXCL : O_TRUNC;
-    // O_APPEND: a file that somebody truncates meanwhile gets no hole. O_NONBLOCK: a pipe that
-    // nobody reads is refused, and one that is no longer read can be given up.
+    // O_APPEND: a file that another program truncates gets no hole. O_NONBLOCK: opening fails for a
+    // pipe without a reader, and a write to a pipe that is no longer read can be abandoned.
     const int file =
         ::open(path.c_str(), O_WRONLY | O_CREAT | one | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0600);
     if (file < 0)
@@ -83,12 +83,12 @@ void LineLogWriter::writeAll(std::string_view bytes) {
     }
 }
 
-/// False once a reader that does not read has been waited for long enough.
+/// False once the reader has been waited for long enough.
 bool LineLogWriter::waitForReader() {
     pollfd pipe{file_, POLLOUT, 0};
     while (!isClosing_ || waitsLeft_ > 0) {
         if (::poll(&pipe, 1, waitMilliseconds) != 0)
-            return true; // writing says what it is
+            return true; // the write reports the error
         if (isClosing_)
             --waitsLeft_;
     }

@@ -16,13 +16,13 @@ namespace tessarune {
 
 /// Appends lines to a file on a serial queue of its own with low priority.
 ///
-/// Each line is written at once, in one unbuffered write, so a crash loses only queued lines. Lines
-/// that cannot be encoded or written are dropped silently, since a diagnostic log must not disturb
-/// its caller, and so is one that comes while `maximumQueued` others wait. Later lines are still
-/// tried, and a partial line never runs into the next.
+/// Each line is one immediate, unbuffered write, so a crash loses only queued lines. Lines that
+/// cannot be encoded or written are dropped silently, since a diagnostic log must not disturb its
+/// caller, and so are lines that arrive while `maximumQueued` others are queued. Later lines are
+/// still tried, and a partial line never runs into the next.
 ///
-/// A file that it creates is its user's alone. A pipe is written at its reader's pace until
-/// `close`, which waits for a reader that has stopped reading for two seconds in all.
+/// A new file is private to its user. A pipe is written at its reader's pace until `close`, which
+/// waits at most two seconds in total for a reader that has stopped reading.
 ///
 /// Any thread may append. Neither `close` nor the destructor may run on the writer's own queue.
 class LineLogWriter {
@@ -50,7 +50,7 @@ class LineLogWriter {
     /// Writes what is queued, then closes the file. Idempotent.
     void close();
 
-    /// Whether a line could not be written. To be asked after `close`.
+    /// Whether a line could not be written. Call after `close`.
     bool hasLostLines() const { return hasLostLines_; }
 
   private:

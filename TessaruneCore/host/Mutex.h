@@ -2,8 +2,8 @@
 
 #include <mutex>
 
-// What Clang checks at compile time (its thread safety analysis): what is marked GUARDED_BY a mutex
-// is touched only while it is locked. Other compilers see nothing of the marks.
+// The annotations of Clang's thread safety analysis: a member marked GUARDED_BY a mutex is used
+// only while it is locked. Other compilers ignore them.
 #ifdef __clang__
 #define TESSARUNE_MARK(mark) __attribute__((mark))
 #else
@@ -30,7 +30,7 @@ class CAPABILITY("mutex") Mutex {
     std::mutex mutex_;
 };
 
-/// Holds a mutex to its end. A `std::condition_variable_any` may release it for the time of a wait.
+/// Holds a mutex while it lives. A `std::condition_variable_any` may release it during a wait.
 template <typename Lockable>
 class SCOPED_CAPABILITY MutexLock {
   public:

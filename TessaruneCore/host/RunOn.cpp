@@ -4,7 +4,7 @@ namespace tessarune {
 
 Task<bool> runOnWithin(Executor worker, double seconds, Block work, Executor back) {
     const OneShot<std::optional<std::exception_ptr>> ended(back);
-    // The queue of work that hangs must not be dropped by whoever waited for it.
+    // The caller may be gone, and must not destroy the queue of work that hangs.
     const auto kept = std::make_shared<Executor>(worker);
     worker.run([work = std::move(work), ended, kept]() mutable {
         std::exception_ptr failure;

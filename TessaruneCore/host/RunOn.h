@@ -10,11 +10,11 @@
 
 namespace tessarune {
 
-/// `co_await runOn(worker, [&] { … }, back)`: does `work` on `worker` and goes on on `back` with
-/// its result, or with the exception that it threw.
+/// `co_await runOn(worker, [&] { … }, back)`: runs `work` on `worker` and resumes on `back` with
+/// its result or its exception.
 ///
-/// The coroutine that awaits keeps alive what `work` uses, so `work` captures by reference. It must
-/// be awaited: the work begins then and not before.
+/// The awaiting coroutine keeps alive what `work` uses, so `work` captures by reference. It must be
+/// awaited: the work begins only then.
 template <typename Work>
 Task<std::invoke_result_t<Work&>> runOn(Executor worker, Work work, Executor back) {
     static_assert(std::is_trivially_destructible_v<Work>,
@@ -68,8 +68,8 @@ auto runOn(Executor worker, Work work) {
     return runOn(std::move(worker), std::move(work), main);
 }
 
-/// For work that may hang: after `seconds` it is left to itself, and the result is false. Otherwise
-/// as `runOn`. What the work captures must be its own, and is released before this returns true.
+/// For work that may hang: after `seconds` it is abandoned, and the result is false. Otherwise like
+/// `runOn`. The work must own its captures, which are released before this returns true.
 Task<bool> runOnWithin(Executor worker, double seconds, Block work, Executor back);
 
 } // namespace tessarune

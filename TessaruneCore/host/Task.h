@@ -13,17 +13,17 @@ namespace tessarune {
 
 /// An asynchronous step that reads top to bottom.
 ///
-/// A task does nothing until it is awaited (or given to `spawn`), runs on the thread of whoever
-/// awaits it until its first suspension, and hands its result or its exception to the one who
-/// awaits. It owns its frame; dropping a task that is not awaited destroys the frame. Every
-/// suspension names the executor on which the task goes on, so its code always knows its thread.
+/// A task does nothing until it is awaited (or given to `spawn`), runs on the awaiting thread until
+/// its first suspension, and passes its result or its exception to the awaiting coroutine. It owns
+/// its frame; dropping a task that is not awaited destroys the frame. Every suspension names the
+/// executor on which the task resumes, so its code always knows its thread.
 ///
-/// Write coroutines as functions with parameters by value, never as lambdas with captures: captures
-/// go with the lambda and references with their objects, the frame stays.
+/// Write coroutines as functions with parameters by value, never as lambdas with captures: the
+/// captures die with the lambda and references with their objects, but the frame stays.
 ///
 /// GCC 12 destroys twice what an expression with `co_await` builds without calling a constructor or
-/// a function: a lambda whose captures have destructors, an aggregate (`{a, b}`), the outcome of
-/// `a ? b : c`, a thrown object. Give such a value a name in a statement of its own. All other
+/// a function: a lambda whose captures have destructors, an aggregate (`{a, b}`), the result of `a
+/// ? b : c`, a thrown object. Give such a value a name in a statement of its own. All other
 /// temporaries are safe: `f(co_await g(std::string("x")))`.
 template <typename T = void>
 class Task;
@@ -122,8 +122,8 @@ inline Task<void> TaskPromise<void>::get_return_object() {
     return Task<void>(std::coroutine_handle<TaskPromise<void>>::from_promise(*this));
 }
 
-/// The frame under a spawned task: starts at once and frees itself at the end. With it go the
-/// frames of all that the task awaits.
+/// The frame under a spawned task: starts at once and frees itself at the end, together with the
+/// frames of everything that the task awaits.
 struct Detached {
     struct promise_type {
         promise_type(const Task<void>&, const OneShot<bool>&, Host& on) : host(on) {}
@@ -149,21 +149,21 @@ Detached runDetached(Task<void> task, OneShot<bool> finished, Host& host);
 
 } // namespace taskDetail
 
-/// A spawned task from outside: it can be asked to stop, and its end can be awaited. Copies name
+/// A handle of a spawned task: it can request a stop, and its end can be awaited. Copies refer to
 /// the same task; dropping the handle neither stops nor detaches anything.
 class TaskHandle {
   public:
     TaskHandle(std::stop_source stop, OneShot<bool> finished)
         : stop_(std::move(stop)), finished_(std::move(finished)) {}
 
-    /// Asks the task to stop. The task sees it at its next look at the stop token, and a wait that
-    /// was given the token ends early.
+    /// Requests a stop. The task sees it at its next check of the stop token, and a wait with the
+    /// token ends early.
     void cancel() { stop_.request_stop(); }
     bool isCancelled() const { return stop_.stop_requested(); }
     bool isFinished() const { return finished_.hasValue(); }
 
-    /// `co_await handle.finished()`: goes on, on the executor given to `spawn`, when the task is
-    /// over.
+    /// `co_await handle.finished()`: resumes when the task is over, on the executor given to
+    /// `spawn`.
     OneShot<bool>& finished() { return finished_; }
 
   private:
@@ -172,11 +172,11 @@ class TaskHandle {
 };
 
 /// Starts `task` on `executor`, independent of the caller. The task must not end with an exception:
-/// a failure that nobody awaits is a defect, and the program ends there. `stop` is the source whose
-/// token was given to the task, where it takes one.
+/// an unhandled failure is a defect and terminates the program. `stop` is the source of the token
+/// that the task was given, if any.
 TaskHandle spawn(const Executor& executor, Task<void> task, std::stop_source stop = {});
 
-/// `co_await switchTo(executor)`: the coroutine goes on there.
+/// `co_await switchTo(executor)`: the coroutine resumes there.
 struct SwitchTo {
     Executor executor;
     bool await_ready() const noexcept { return false; }
@@ -190,7 +190,7 @@ inline SwitchTo switchTo(Executor executor) {
 }
 
 /// `co_await sleep(executor, seconds, stop)`: true after the time has passed, false as soon as the
-/// token asks to stop. Resumes on `executor` in both cases.
+/// token requests a stop. Resumes on `executor` either way.
 Task<bool> sleep(Executor executor, double seconds, std::stop_token stop = {});
 
 } // namespace tessarune

@@ -35,8 +35,8 @@ using Observer =
 Output run(const std::vector<ASREventRecord>& records, const CaptionCore::Config& config,
            const EngineCapabilities& caps, const Observer& observer = {});
 
-/// The log of a diagnostics run, with its marks: gives the rows that the session had when the run
-/// ended.
+/// Replays the log of a diagnostics run, with its marks: returns the rows that the session had when
+/// the run ended.
 Output runMarked(const std::vector<ASREventRecord>& records, const EngineCapabilities& caps);
 
 } // namespace tessarune::CaptionReplay

@@ -8,10 +8,10 @@
 
 namespace tessarune {
 
-/// Which elements of two lists form their longest common subsequence, as rising pairs of indices.
-/// Equal beginnings are paired as they are; of several longest subsequences the one that keeps what
-/// comes first is taken. Time and memory are O(n·m) in what follows the equal beginning: where that
-/// exceeds `largestTable`, only the beginning is paired.
+/// The elements of two lists that form their longest common subsequence, as ascending pairs of
+/// indices. Equal beginnings are paired directly; among several longest subsequences the earliest
+/// elements are preferred. Time and memory are O(n·m) in the parts after the equal beginning: if
+/// that exceeds `largestTable`, only the beginning is paired.
 template <typename A, typename B, typename Equal>
 std::vector<std::pair<std::size_t, std::size_t>> commonSubsequence(const A& a, const B& b,
                                                                    Equal equal) {
@@ -24,7 +24,7 @@ std::vector<std::pair<std::size_t, std::size_t>> commonSubsequence(const A& a, c
     const std::size_t columns = b.size() - begin;
     if (columns > 0 && rows > largestTable / columns)
         return pairs;
-    // How long the subsequence of what follows is, from each pair of positions on.
+    // The length of the subsequence of the remainders, for each pair of positions.
     std::vector<std::uint32_t> rest((rows + 1) * (columns + 1), 0);
     const auto at = [&](std::size_t i, std::size_t j) -> std::uint32_t& {
         return rest[i * (columns + 1) + j];

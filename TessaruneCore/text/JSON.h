@@ -11,25 +11,25 @@
 #include <utility>
 #include <vector>
 
-/// What the program does with JSON, over the library. Values, for one thread at a time. Included by
-/// sources only, as the library's header costs every translation unit a second.
+/// The program's operations on JSON, on top of the library. Values, for one thread at a time.
+/// Included by sources only, as the library's header costs every translation unit a second.
 namespace tessarune::JSON {
 
 using Value = nlohmann::json;           ///< keys sorted
 using Ordered = nlohmann::ordered_json; ///< keys in the order in which they were added
 
-/// Deeper nesting than any file of ours has; walking over a value recurses once for each level.
+/// Deeper nesting than in any of our files; walking a value recurses once per level.
 inline constexpr int maximumDepth = 100;
 
-/// Text that anybody may have written. A discarded value (`is_discarded()`) if it is no JSON, is
+/// Parses text of any origin. Returns a discarded value (`is_discarded()`) if it is not JSON, is
 /// nested too deeply or holds a number beyond a double. Never throws.
 Value parse(std::string_view text);
 
-// Doubles are written in the shortest form that reads back the same (the library's own printer now
-// and then gives a digit more). Bytes that are no UTF-8 become U+FFFD. Nothing if the value holds a
-// number that is not finite, which JSON does not know.
+// Doubles are written in the shortest form that reads back the same (the library's own printer
+// sometimes adds a digit). Invalid UTF-8 bytes become U+FFFD. `nullopt` if the value holds a number
+// that is not finite, which JSON cannot express.
 
-/// Without a line feed in it.
+/// On one line.
 std::optional<std::string> line(const Value& value);
 std::optional<std::string> line(const Ordered& value);
 /// Two blanks an indentation, for files that people and comparison tools read.
@@ -60,8 +60,8 @@ struct Date {
     double seconds = 0; ///< since 1970
 };
 
-// How each type stands in JSON: false if the value is of another. An integer may be written as a
-// double that is one, up to 2^53.
+// The JSON form of each type: false if the value has another type. An integer may be written as a
+// whole double, up to 2^53.
 bool read(const Value& value, std::string& text);
 bool read(const Value& value, bool& flag);
 bool read(const Value& value, double& number);
@@ -69,7 +69,7 @@ bool read(const Value& value, std::int64_t& integer);
 bool read(const Value& value, UUID& id);
 bool read(const Value& value, Date& date);
 
-/// One member of what should be an object; nothing if it is missing or of another type.
+/// One member of a supposed object; `nullopt` if it is missing or of another type.
 template <typename T>
 std::optional<T> member(const Value& object, const char* key) {
     T found{};
@@ -77,8 +77,7 @@ std::optional<T> member(const Value& object, const char* key) {
     return at != object.end() && read(*at, found) ? std::optional(std::move(found)) : std::nullopt;
 }
 
-/// The members of an object that is good as a whole or not at all. A member that is null counts as
-/// missing.
+/// The members of an object that is valid only as a whole. A null member counts as missing.
 class Reader {
   public:
     explicit Reader(const Value& object) : object_(object), isGood_(object.is_object()) {}

@@ -32,8 +32,8 @@ constexpr std::string_view localizationKey(std::string_view key) {
 std::string localized(std::string_view key);
 
 /// As above, with each "%@" (a text) and "%lld" (a number) replaced by the next argument. A mark
-/// without an argument stays, an argument without a mark is left out, and arguments are not looked
-/// through for more marks.
+/// without an argument stays, an argument without a mark is ignored, and marks inside arguments are
+/// not replaced.
 std::string localized(std::string_view key, const std::vector<std::string>& arguments);
 
 } // namespace tessarune

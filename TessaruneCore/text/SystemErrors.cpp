@@ -11,7 +11,7 @@ namespace tessarune {
 
 namespace {
 
-/// In English as the C library has them, so that they can be looked up elsewhere too.
+/// The C library's English texts, so that they can be found on the web too.
 constexpr std::pair<int, std::string_view> knownMessages[] = {
     {EACCES, localizationKey("Permission denied")},
     {EBUSY, localizationKey("Device or resource busy")},

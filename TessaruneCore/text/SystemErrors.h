@@ -5,9 +5,9 @@
 
 namespace tessarune {
 
-/// The category for error numbers of the operating system whose messages a user may read: those
-/// that users meet come in the user's language, the others as the system says them. Compares with
-/// `std::errc` as the generic category does. Any thread.
+/// The category for error numbers of the operating system whose messages a user may read: common
+/// ones are in the user's language, the others as the system has them. Compares with `std::errc` as
+/// the generic category does. Any thread.
 const std::error_category& systemErrors();
 
 /// The message for such a number.

@@ -38,7 +38,7 @@ bool mayBeShown(char32_t codePoint) {
     return !isControl && !turnsText && codePoint != 0x2028 && codePoint != 0x2029;
 }
 
-/// What never begins a line, and what never ends one.
+/// Characters that never begin a line, and characters that never end one.
 constexpr std::string_view closing = "，。、；：？！）」』】》”’…";
 constexpr std::string_view opening = "（「『【《“‘";
 

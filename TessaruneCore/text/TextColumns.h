@@ -17,16 +17,15 @@ std::size_t columns(std::string_view text);
 /// wider than `width` gets a line of its own.
 std::vector<std::string> wrapped(std::string_view text, std::size_t width);
 
-/// `text` if it fills at most `width` cells, else as much of its beginning as does, with "…" behind
-/// it.
+/// `text` if it fills at most `width` cells, else the longest beginning that does, followed by "…".
 std::string fitted(std::string_view text, std::size_t width);
 
 /// `text` and blanks behind it that make it at least `width` cells.
 std::string padded(std::string_view text, std::size_t width);
 
-/// `text` as it may be shown: control characters are orders to a terminal, directional overrides
-/// turn around what stands behind them. Each becomes U+FFFD, as do bytes that are no UTF-8. Line
-/// ends and tabs stay.
+/// `text` made safe for display: control characters command a terminal, and directional overrides
+/// reverse the text after them. Each becomes U+FFFD, as does each invalid UTF-8 byte. Line ends and
+/// tabs stay.
 std::string printable(std::string_view text);
 
 /// The same for one line: white space of any kind becomes one blank.

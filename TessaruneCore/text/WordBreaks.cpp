@@ -28,7 +28,7 @@ icu::BreakIterator& wordBreaks() {
     return *breaks;
 }
 
-/// Whether what lies between two words makes them one.
+/// Whether the text between two words joins them.
 bool joins(std::string_view between) {
     return between == "-" || between == "'";
 }

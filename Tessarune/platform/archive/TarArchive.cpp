@@ -71,7 +71,7 @@ void check(archive* writer, la_ssize_t result) {
         throw std::runtime_error(archive_error_string(writer));
 }
 
-/// A file that grows meanwhile is taken as long as it was, one that shrinks is filled with zeros.
+/// A file that grows meanwhile is cut at its initial size; one that shrinks is padded with zeros.
 void add(archive* writer, const Entry& file) {
     const OpenFile source(file.path, O_RDONLY);
     const struct stat facts = source.facts();

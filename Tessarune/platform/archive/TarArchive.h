@@ -9,12 +9,12 @@ namespace tessarune::TarArchive {
 
 struct Entry {
     std::string name;           ///< in the archive, folders separated by "/"
-    std::filesystem::path path; ///< of the file that is read
+    std::filesystem::path path; ///< of the source file
 };
 
-/// Writes a new file that its owner alone can read, block by block; it appears whole or not at all,
-/// and takes the place of a file that is there. Blocks; any thread. Throws std::runtime_error that
-/// says what cannot be read or written.
+/// Writes a new file that only its owner can read; it appears whole or not at all, and replaces an
+/// existing file. Blocks; any thread. Throws std::runtime_error that names the file that cannot be
+/// read or written.
 void write(const std::filesystem::path& to, const std::vector<Entry>& entries);
 
 } // namespace tessarune::TarArchive

@@ -3,21 +3,21 @@
 #include <filesystem>
 #include <string_view>
 
-/// What the disk refuses, thrown as std::system_error whose text a user can read: what could not be
-/// done, with which file, and why. Both take the reason from `errno`. Any thread.
+/// Failures of the disk, thrown as std::system_error with a text for the user: the failed
+/// operation, its file, and the reason. Both take the reason from `errno`. Any thread.
 namespace tessarune::DiskFailure {
 
 /// `what` is a localisation key with a "%@" for the path.
 [[noreturn]] void fail(std::string_view what, const std::filesystem::path& path);
 
-/// The same for what writes. Where the folder is read-only, the text says that and names the
-/// folder: no other file in it would fare better.
+/// The same for a write. In a read-only folder, the text says so and names the folder: no other
+/// file in it can be written either.
 [[noreturn]] void failToWrite(std::string_view what, const std::filesystem::path& path);
 
-/// The folder of the file if nothing can be made in it; empty otherwise. Keeps `errno`.
+/// The folder of the file if it is not writable; empty otherwise. Keeps `errno`.
 std::filesystem::path readOnlyFolderOf(const std::filesystem::path& path);
 
-/// Throws if nothing can be made in the folder, or in the nearest one above it that is there.
+/// Throws if the folder, or its nearest existing parent, is not writable.
 void requireWritable(std::filesystem::path folder);
 
 } // namespace tessarune::DiskFailure

@@ -7,19 +7,19 @@
 
 namespace tessarune {
 
-/// A lock that one process at a time can hold, by a file that exists for nothing else. It ends with
+/// A lock that one process at a time can hold, on a file that has no other purpose. It ends with
 /// the object or with the process, however that ends; the file stays.
 class FileLock {
   public:
     /// Nothing if another holds it. Throws std::system_error if the file cannot be made.
     static std::optional<FileLock> tryToTake(const std::filesystem::path& path);
 
-    /// Locks a folder itself, and waits for others to let go of it, so many seconds at the most.
-    /// Nothing after that, or where there is no such folder.
+    /// Locks a folder itself and waits at most so many seconds for other holders. `nullopt` after
+    /// that, or if there is no such folder.
     static std::optional<FileLock> waitForFolder(const std::filesystem::path& folder,
                                                  double seconds);
 
-    /// Whether somebody holds it, without making the file. Keeps others from taking it for a
+    /// Whether the lock is held, without creating the file. Prevents others from taking it for a
     /// moment.
     static bool isTaken(const std::filesystem::path& path);
 
@@ -30,7 +30,8 @@ class FileLock {
     }
     ~FileLock();
 
-    /// Leaves a note in the lock's file for those who find it taken. A failure leaves an empty one.
+    /// Writes a note into the lock's file for programs that find it taken. A failure leaves an
+    /// empty note.
     void note(std::string_view text) const;
 
   private:

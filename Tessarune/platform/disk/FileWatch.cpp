@@ -45,7 +45,7 @@ struct FileWatch::State {
     const OwnedDescriptor ending{::eventfd(0, EFD_CLOEXEC)};
     std::atomic<bool> isOver = false;
 
-    /// Whether one of the events that wait is about the file.
+    /// Whether a pending event concerns the file.
     bool takeEvents() const {
         bool concerns = false;
         alignas(inotify_event) char bytes[16 * (sizeof(inotify_event) + NAME_MAX + 1)];
@@ -65,7 +65,7 @@ struct FileWatch::State {
 FileWatch::FileWatch(const std::filesystem::path& file, Host& host, std::function<void()> onChange)
     : state_(std::make_shared<State>(file.filename().string(), host, std::move(onChange))) {
     const auto folder = file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
-    // A file that is replaced is another one: only its folder sees all of it.
+    // A replaced file is a different one: only its folder reports all changes.
     if (state_->events.number < 0 || state_->ending.number < 0 ||
         ::inotify_add_watch(state_->events.number, folder.c_str(),
                             IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE) < 0)

@@ -13,11 +13,11 @@ using Json = JSON::Value;
 
 namespace {
 
-/// A program that was stopped while it wrote holds up nobody.
+/// How long to wait for the lock: a program that was stopped during a write must not block others.
 constexpr double longestWaitSeconds = 5;
 
-/// What a symbolic link leads to, so that whoever keeps the settings elsewhere keeps the link. What
-/// is no file, as a device, is never moved or replaced: there it is the link that is.
+/// The target of a symbolic link, so that settings kept elsewhere keep their link. A target that is
+/// not a file, such as a device, is never moved or replaced: there, the link is.
 std::filesystem::path linkedFile(const std::filesystem::path& file) {
     constexpr int mostLinks = 40; // as the kernel
     std::error_code error;
@@ -54,7 +54,7 @@ void JSONUserDefaults::watch(Host& host) {
 }
 
 void JSONUserDefaults::handleChange() {
-    // After a failed write the memory holds more than the file.
+    // After a failed write the memory is newer than the file.
     if (!problem_.empty() && !readOnly_)
         return;
     load();
@@ -100,9 +100,9 @@ void JSONUserDefaults::store() {
 
 template <typename Change>
 void JSONUserDefaults::change(Change apply) {
-    // No other program writes between what is read and what is written.
+    // No other program writes between the read and the write.
     const auto lock = FileLock::waitForFolder(file_.parent_path(), longestWaitSeconds);
-    // After a failed write the memory holds more than the file.
+    // After a failed write the memory is newer than the file.
     if (problem_.empty())
         load();
     apply(content_->object);

@@ -13,16 +13,15 @@ namespace tessarune {
 /// it. Main queue.
 ///
 /// A change locks the file's folder and reads the file again first, so that a change by the other
-/// front end is not lost, and keeps every key and value that it does not touch, known or not. A
-/// file that cannot be understood is never overwritten: settings then live in memory only, and
-/// `problem` says so.
+/// front end is not lost, and keeps every other key and value, known or not. An unreadable file is
+/// never overwritten: settings then live in memory only, and `problem` says so.
 class JSONUserDefaults final : public UserDefaults {
   public:
     JSONUserDefaults(FileSystem& files, std::filesystem::path file);
     ~JSONUserDefaults() override;
 
-    /// From now on notices what others write into the file. The host outlives the store. Where the
-    /// file's folder cannot be watched, nothing is ever noticed.
+    /// From now on reports changes of the file by others. The host outlives the store. If the
+    /// file's folder cannot be watched, nothing is reported.
     void watch(Host& host);
 
     std::optional<SettingValue> value(std::string_view key) const override;
@@ -31,12 +30,12 @@ class JSONUserDefaults final : public UserDefaults {
     bool isUnreadable(std::string_view key) const override;
     void observe(std::function<void()> onChange) override { onChange_ = std::move(onChange); }
 
-    /// What is wrong with the file, for the user; empty while all is well.
+    /// The problem with the file, for the user; empty if there is none.
     const std::string& problem() const { return problem_; }
-    /// Called after a write has changed the problem; absent: nobody is.
+    /// Called after a write has changed `problem`; may be empty.
     std::function<void()> onProblem;
-    /// Renames a file that cannot be understood and goes on with an empty one. Gives its new name;
-    /// empty if there was no need or it failed, which `problem` says then.
+    /// Renames an unreadable file and continues with an empty one. Returns its new name; empty if
+    /// there was no need or the renaming failed, which `problem` then says.
     std::filesystem::path keepAside();
 
   private:

@@ -32,7 +32,7 @@ void check(const std::error_code& error, std::string_view what, const fs::path& 
     fail(what, path);
 }
 
-// Private to the user: what one listens to is nobody else's business.
+// Private to the user: nobody else should know what was listened to.
 constexpr mode_t privateFile = 0600;
 constexpr mode_t privateFolder = 0700;
 
@@ -84,7 +84,7 @@ class Descriptor {
         std::string all;
         struct stat facts {};
         if (::fstat(number_, &facts) == 0 && S_ISCHR(facts.st_mode))
-            return all; // such a device may have no end
+            return all; // such a device may be endless
         char block[1 << 16];
         for (;;) {
             const ssize_t count = ::read(number_, block, sizeof block);
@@ -138,7 +138,7 @@ class PosixAppendFile final : public AppendFile {
         end_ += bytes.size();
     }
     void appendZeros(std::uint64_t count) override {
-        file_.resize(end_); // what a failed append left is no zeros
+        file_.resize(end_); // the remains of a failed append are not zeros
         file_.resize(end_ + count);
         end_ += count;
     }
@@ -153,8 +153,8 @@ class PosixAppendFile final : public AppendFile {
     std::uint64_t end_ = 0; // a failed append is overwritten by the next one
 };
 
-/// Appends where the file ends at that moment: programs that write lines into the same log do not
-/// overwrite each other's.
+/// Appends at the end that the file has at that moment: programs that write lines into the same log
+/// do not overwrite each other.
 class PosixLineFile final : public AppendFile {
   public:
     explicit PosixLineFile(const fs::path& path)
@@ -183,7 +183,7 @@ void synchronizeFolderOf(const fs::path& path) {
     Descriptor(folder, O_RDONLY | O_DIRECTORY).synchronize();
 }
 
-/// Beside the target, so that the rename stays on one disk, and of this write alone.
+/// Beside the target, so that the rename stays on one disk, with a name that only this write uses.
 fs::path temporaryBeside(const fs::path& path) {
     static std::atomic<unsigned> writes = 0;
     std::array<char, 32> end{};
@@ -196,7 +196,7 @@ fs::path temporaryBeside(const fs::path& path) {
 
 } // namespace
 
-// A pipe or a device in place of a file must not hold up the program.
+// A pipe or a device instead of a file must not block the program.
 
 std::string PosixFileSystem::read(const Path& path) {
     return Descriptor(path, O_RDONLY | O_NONBLOCK).readAll();

@@ -4,7 +4,8 @@
 
 namespace tessarune {
 
-/// The computer's own disk, through POSIX calls, so that every error code and every fsync is seen.
+/// The computer's own disk, through POSIX calls, so that every error code and every fsync is
+/// visible.
 class PosixFileSystem : public FileSystem {
   public:
     std::string read(const Path& path) override;

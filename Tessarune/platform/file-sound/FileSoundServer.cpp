@@ -12,9 +12,9 @@ namespace tessarune {
 
 namespace {
 
-/// As long as the buffers of a real server.
+/// The buffer length of a real server.
 constexpr double bufferSeconds = 0.01;
-/// How long a stream that is far enough ahead waits before it looks again.
+/// How long a stream that is far enough ahead pauses before the next check.
 constexpr double lookAgainSeconds = 0.005;
 
 constexpr const char* outputID = "file";
@@ -30,8 +30,7 @@ AudioBufferPtr piece(const AudioBuffer& block, std::size_t first, std::size_t fr
     return part;
 }
 
-/// The file on its way to one listener, in as many channels as that one wants. Used on the reader's
-/// queue.
+/// Reads the file for one listener, in the channels that it asks for. Used on the reader's queue.
 struct PlayedFile {
     std::unique_ptr<MediaFile> file;
     std::stop_source stop; ///< ends a wait inside `file`
@@ -46,7 +45,7 @@ struct PlayedFile {
 
 } // namespace
 
-/// What outlives the server while something is still under way.
+/// Outlives the server while work is still in progress.
 class FileSoundServer::Source : public std::enable_shared_from_this<Source> {
   public:
     Source(Host& host, Media media, std::filesystem::path path)
@@ -118,8 +117,8 @@ class FileSoundServer::Source : public std::enable_shared_from_this<Source> {
     const Executor reader_;
     std::unique_ptr<MediaFile> opened_; // not read from yet; the reader's alone
 
-    mutable Mutex mutex_; // held for a moment only
-    /// Of the file that is being opened or was opened last.
+    mutable Mutex mutex_; // locked only for a moment
+    /// The file that is being opened or was opened last.
     std::stop_source stop_ GUARDED_BY(mutex_);
     std::optional<AudioFormat> format_ GUARDED_BY(mutex_);
     std::optional<double> duration_ GUARDED_BY(mutex_);
@@ -135,7 +134,7 @@ struct Playing {
     RecordHandlers handlers;
     Executor executor;
     std::function<void(std::exception_ptr)> onFinished;
-    double heard = 0; ///< what the listener had heard when it was last asked
+    double heard = 0; ///< the listener's position at the last check
 };
 
 Task<void> keepPace(Playing& playing, double startedAt, double given, std::stop_token stop) {
@@ -145,7 +144,7 @@ Task<void> keepPace(Playing& playing, double startedAt, double given, std::stop_
             co_await sleep(playing.executor, ahead, stop);
         co_return;
     }
-    // The listener only gets further, so most of the time there is no need to ask.
+    // The listener only advances, so most of the time there is no need to ask.
     while (!stop.stop_requested() && given - playing.heard > playing.pace.lead) {
         playing.heard = playing.pace.heardSeconds();
         if (given - playing.heard > playing.pace.lead)
@@ -202,7 +201,7 @@ class FileStream final : public RecordStream {
     }
 
     AudioFormat format() const override { return format_; }
-    // It ends, and it may wait for its listener.
+    // Stops the read, which may be waiting for its listener.
     bool isContinuous() const override { return false; }
 
   private:
@@ -225,7 +224,7 @@ FileSoundServer::~FileSoundServer() {
 }
 
 Task<void> FileSoundServer::connect(Executor resumeOn) {
-    // Once is enough; a pipe that was opened again would have lost its beginning.
+    // Once is enough; reopening a pipe would lose its beginning.
     if (source_->output().format.channels > 0)
         return runOn(
             resumeOn, [] {}, resumeOn);

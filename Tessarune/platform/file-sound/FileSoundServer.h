@@ -12,21 +12,20 @@
 
 namespace tessarune {
 
-/// A sound server whose one output plays a file, or what comes through a pipe: whoever records its
-/// monitor hears it from the beginning. So a file takes the same road through the program as live
+/// A sound server whose single output plays a file, or the content of a pipe: a recording of its
+/// monitor starts at the beginning. So a file takes the same path through the program as live
 /// sound.
 ///
-/// The file is opened and read on a queue of its own, since both may wait: for a slow disk, for
-/// somebody who writes into the pipe. Closing a stream ends such a wait and does not wait itself.
+/// The file is opened and read on a queue of its own, since both may block: on a slow disk, or on a
+/// pipe without a writer. Closing a stream ends such a wait and does not wait itself.
 class FileSoundServer final : public SoundServer {
   public:
     /// How fast the file plays.
     struct Pace {
-        /// As a player would.
+        /// At real speed.
         static Pace realTime() { return {}; }
-        /// As fast as the listener goes: sound is given until it is `lead` seconds ahead of
-        /// `heardSeconds`, which tells how much has been worked through. Called on the stream's
-        /// executor.
+        /// As fast as the listener: delivers sound until it is `lead` seconds ahead of
+        /// `heardSeconds`, the listener's progress. Called on the stream's executor.
         static Pace following(std::function<double()> heardSeconds, double lead) {
             return {std::move(heardSeconds), lead};
         }
@@ -47,10 +46,10 @@ class FileSoundServer final : public SoundServer {
 
     /// Opens the file, once; throws MediaFileError if it cannot be played at all.
     Task<void> connect(Executor resumeOn) override;
-    /// Nobody wants the file any more: whoever waits for it goes on with MediaFileError
-    /// `cancelled`. Any thread.
+    /// The file is no longer wanted: waiting calls fail with MediaFileError `cancelled`. Any
+    /// thread.
     void giveUp();
-    /// Seconds, once connected, where the file says so.
+    /// Seconds, once connected, if the file has a duration.
     std::optional<double> duration() const;
 
     SoundServerState state() const override { return SoundServerState::connected; }

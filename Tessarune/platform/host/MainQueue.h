@@ -17,8 +17,8 @@ namespace tessarune {
 /// The clocks, posted blocks and delayed calls behind a host's main queue; a host adds the loop
 /// that runs them. Any thread may add, one thread runs.
 ///
-/// The clock behind `now` and the delayed calls counts the time of a suspended computer too, so
-/// that after a resume whatever has become due runs at once.
+/// The clock behind `now` and the delayed calls includes the time of a suspended computer, so that
+/// everything that became due runs right after a resume.
 class MainQueue {
   public:
     /// `arrived` is called, with the queue's lock held, whenever something was added: from any
@@ -37,7 +37,7 @@ class MainQueue {
     Mutex& mutex() RETURNS_LOCK(mutex_) { return mutex_; }
     /// Seconds until a block may run, 0 if one may run now; `nullopt` if nothing is queued.
     std::optional<double> secondsUntilNext() REQUIRES_LOCK(mutex_);
-    /// No loop should sleep longer: the clocks that threads sleep by stop while the computer is
+    /// The maximum sleep of a loop: the clocks that threads sleep by stop while the computer is
     /// suspended, and this bounds how late a delayed call runs after it.
     static constexpr double longestWait = 1.0;
 

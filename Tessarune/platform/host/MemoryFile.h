@@ -5,8 +5,8 @@
 
 namespace tessarune {
 
-/// Bytes as a file that is on no disk, for what reads only files. It goes with its object; who has
-/// it open by then reads on.
+/// Bytes as a file that is not on a disk, for libraries that only read files. It ends with its
+/// object; programs that have it open read on.
 class MemoryFile {
   public:
     /// Throws std::system_error.
@@ -14,7 +14,7 @@ class MemoryFile {
     ~MemoryFile();
     MemoryFile(const MemoryFile&) = delete;
 
-    /// Of this process alone.
+    /// The path, valid in this process only.
     std::filesystem::path path() const;
 
   private:

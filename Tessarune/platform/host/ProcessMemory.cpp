@@ -11,10 +11,10 @@ constexpr int mostUnusedBytes = 1024 * 1024; ///< at the end of a heap
 
 } // namespace
 
-/// An engine asks for buffers of megabytes at each pass, each time of another size. The allocator
-/// takes their being freed as a reason to keep such blocks among the small ones, where what is
-/// allocated meanwhile makes holes of them: a quarter of an hour of captions held 30 MB more than
-/// it used. Limits that are set by hand it leaves alone.
+/// An engine allocates buffers of megabytes at each pass, each time of another size. When they are
+/// freed, the allocator starts to serve such sizes from the heap, where they fragment: after a
+/// quarter of an hour of captions the heap held 30 MB more than it used. The allocator keeps
+/// thresholds that are set explicitly.
 void returnLargeBlocks() {
     mallopt(M_MMAP_THRESHOLD, largeBlockBytes);
     mallopt(M_TRIM_THRESHOLD, mostUnusedBytes);

@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// A serial queue on a thread of its own. Its end waits for the blocks that were handed over; if
-/// the last reference goes away on the queue's own thread, the thread finishes by itself.
+/// A serial queue with its own thread. The destructor runs all queued blocks first; if the last
+/// reference is released on the queue's own thread, the thread finishes by itself.
 class ThreadQueue final : public SerialQueue {
   public:
     ThreadQueue(std::string_view label, QueuePriority priority);

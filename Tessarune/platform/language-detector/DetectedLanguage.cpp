@@ -7,7 +7,7 @@
 namespace tessarune {
 
 std::optional<std::string> detectedLanguage(std::string_view text) {
-    // More than is needed to tell, and what a long transcript has to cost.
+    // Enough to detect the language; bounds the cost for a long transcript.
     constexpr std::size_t longestSample = 64UL * 1024;
     bool isReliable = false;
     int validBytes = 0;

@@ -12,7 +12,7 @@ namespace {
 
 using namespace ffmpeg;
 
-/// Beyond this the filter leaves samples out where it should blend them; two in a row do not.
+/// Above this rate the filter skips samples instead of blending them; two filters in a row do not.
 constexpr double fastestOfOneFilter = 2.0;
 
 struct FilterGraphDeleter {
@@ -35,7 +35,7 @@ class AtempoConverter final : public AudioConverter {
             add("abuffer", "sample_fmt=flt:sample_rate=" + sampleRate + ":time_base=1/" +
                                sampleRate + ":channel_layout=" + layout);
         const int filters = rate > fastestOfOneFilter ? 2 : 1;
-        // As a fraction: the library reads a decimal point as the locale has it.
+        // As a fraction: the library parses a decimal point by the locale.
         constexpr double parts = 1e6;
         const std::string tempo =
             std::to_string(std::llround(std::pow(rate, 1.0 / filters) * parts)) + "/1000000";

@@ -16,12 +16,12 @@ namespace {
 using namespace ffmpeg;
 using Kind = MediaFileError::Kind;
 
-/// More than any sound has; beyond it a header lies.
+/// More than any sound has; a header that claims more is wrong.
 constexpr int highestSampleRate = 768000;
 constexpr int mostChannels = 64;
-/// Packets in a row that give no sound before the file counts as damaged.
+/// So many packets in a row without sound make the file count as damaged.
 constexpr int mostFailuresInARow = 200;
-/// Before the place that was sought, so that decoders which need what came before are in step.
+/// Starts decoding before the target, so that decoders with a history are in step.
 constexpr double leadInSeconds = 0.3;
 
 class FFmpegMediaFile final : public MediaFile {
@@ -42,7 +42,7 @@ class FFmpegMediaFile final : public MediaFile {
             if (static_cast<int>(i) != stream_)
                 input_->streams[i]->discard = AVDISCARD_ALL;
         }
-        // Whether a pipe gives its sound in order shows only at the first packet.
+        // Whether a pipe's sound is in order shows only at the first packet.
         while (!input_.canGoBack() && ready_.empty() && !ended_)
             decodeMore();
     }
@@ -116,7 +116,7 @@ class FFmpegMediaFile final : public MediaFile {
                  localized("has an impossible sample rate or number of channels"));
     }
 
-    /// One packet further; at the end of the file what the decoder still holds.
+    /// Reads one more packet; at the end of the file, drains the decoder.
     void decodeMore() {
         const int result = av_read_frame(input_.get(), packet_.get());
         if (result < 0) {
@@ -167,7 +167,7 @@ class FFmpegMediaFile final : public MediaFile {
         return any;
     }
 
-    /// The first frame after a seek says how far it is from what was sought.
+    /// The first frame after a seek tells the distance to the target.
     void dropWhatWasNotSought(const AVFrame& frame) {
         if (!sought_)
             return;
@@ -182,8 +182,8 @@ class FFmpegMediaFile final : public MediaFile {
         sought_.reset();
     }
 
-    /// Brings a frame into interleaved floats of the format that was announced, whatever the track
-    /// changes to in between. Null: what the resampler still holds.
+    /// Converts a frame to interleaved floats of the announced format, even if the track changes
+    /// its own. Null drains the resampler.
     void takeConverted(const AVFrame* frame) {
         if (frame)
             prepareResampler(*frame);
@@ -262,7 +262,7 @@ class FFmpegMediaFile final : public MediaFile {
     int inputChannels_ = 0;
     std::deque<AudioBufferPtr> ready_;
     std::optional<double> sought_; ///< until the first frame behind it; seconds
-    std::size_t toDrop_ = 0;       ///< samples before the place that was sought
+    std::size_t toDrop_ = 0;       ///< samples before the target
     bool ended_ = false;
     bool gaveAnything_ = false;
     int failuresInARow_ = 0;

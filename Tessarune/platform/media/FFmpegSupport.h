@@ -11,7 +11,8 @@
 #include <memory>
 #include <string>
 
-/// What the files of this folder share: owners for the library's objects, and its words for errors.
+/// Shared by the files of this folder: owners for the library's objects, and its messages for
+/// errors.
 namespace tessarune::ffmpeg {
 
 struct Deleter {
@@ -22,7 +23,7 @@ struct Deleter {
     void operator()(SwrContext* context) const { swr_free(&context); }
 };
 
-/// A file that is written has another end than one that is read.
+/// A file that is written needs a different cleanup than one that is read.
 struct OutputDeleter {
     void operator()(AVFormatContext* context) const {
         avio_closep(&context->pb);

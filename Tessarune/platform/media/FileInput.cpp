@@ -43,8 +43,8 @@ FileInput::~FileInput() {
 }
 
 void FileInput::openFile(const std::filesystem::path& path) {
-    // A pipe without a writer must not hold up whoever opens it: that can be waited for and given
-    // up. The standard input is shared with others and stays as it is.
+    // Opening a pipe without a writer must not block: that wait can be cancelled. The standard
+    // input is shared with other programs and keeps its mode.
     const bool isInput = path == "-" || path == "/dev/stdin";
     file_ = isInput ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
                     : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
@@ -66,12 +66,12 @@ void FileInput::openContainer(const std::filesystem::path& path) {
     if (!io_ || !raw)
         throw std::bad_alloc();
     raw->pb = io_.get();
-    // No protocol is called so: whatever else the file wants opened is refused.
+    // No protocol has this name, so the file cannot open anything else.
     raw->protocol_whitelist = av_strdup("none");
     const int opened = avformat_open_input(&raw, path.c_str(), nullptr, nullptr);
     if (opened == AVERROR_EXIT)
         fail(Kind::cancelled, path, words(opened));
-    // Formats that are chosen by the file's extension refuse others so.
+    // The same for formats that the file's extension selects.
     const bool isRefused = isRegular_ && opened == AVERROR(EINVAL);
     if (opened == AVERROR_INVALIDDATA || opened == AVERROR_EOF || isRefused)
         fail(Kind::notMedia, path, localized("is not a sound file of a known format"));
@@ -85,7 +85,7 @@ void FileInput::openContainer(const std::filesystem::path& path) {
 
 void FileInput::closeFile() {
     format_.reset();
-    onStop_.reset(); // waits for a callback that is running
+    onStop_.reset(); // waits for a running callback
     for (int* file : {&file_, &stopSignal_}) {
         if (*file >= 0)
             close(std::exchange(*file, -1));

@@ -10,9 +10,8 @@
 
 namespace tessarune::ffmpeg {
 
-/// One file that FFmpeg's libraries read, and nothing else: a playlist or a script in it may name
-/// other files and addresses, and those stay closed. Pipes can be read too, without going back; "-"
-/// is the standard input.
+/// A single file for FFmpeg's libraries: a playlist or a script in it may name other files and
+/// addresses, which are never opened. Also reads pipes, without seeking; "-" is the standard input.
 class FileInput {
   public:
     /// Throws MediaFileError: `cancelled` if it was asked to stop while it waited for a pipe.
@@ -43,8 +42,7 @@ class FileInput {
 
     int file_ = -1;
     bool isRegular_ = false;
-    int stopSignal_ =
-        -1; ///< can be read once a stop is asked for; only for what has to be waited for
+    int stopSignal_ = -1; ///< becomes readable on a stop request; only for pipes
     std::optional<std::stop_callback<std::function<void()>>> onStop_;
     std::unique_ptr<AVIOContext, IODeleter> io_;
     Input format_;

@@ -81,7 +81,7 @@ class M4AContainer {
             fail(kind, path_, words(result));
     }
 
-    /// The library would let everybody read what was heard.
+    /// The library would make the file readable for everybody.
     void createPrivately() const {
         const int file = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
         if (file < 0)
@@ -137,7 +137,7 @@ class M4AContainer {
     std::int64_t written_ = 0;
 };
 
-/// Sound of any format on its way into the container, under another name until it is whole.
+/// Feeds sound of any format into the container, which has another name until it is complete.
 class FFmpegM4AFile final : public M4AFile {
   public:
     FFmpegM4AFile(std::filesystem::path to, AudioFormat from) : to_(std::move(to)) {
@@ -194,7 +194,7 @@ class FFmpegM4AFile final : public M4AFile {
     std::unique_ptr<M4AContainer> container_; // until the file has its name
 };
 
-/// Says how far it has come, not more often than a reader can see.
+/// Reports progress, but no more often than a reader can notice.
 class Progress {
   public:
     Progress(const MediaProgress& report, std::optional<double> seconds)

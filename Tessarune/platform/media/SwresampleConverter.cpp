@@ -23,7 +23,7 @@ class SwresampleConverter final : public AudioConverter {
             swr_alloc_set_opts2(&raw, &out, AV_SAMPLE_FMT_FLT, static_cast<int>(to.sampleRate), &in,
                                 AV_SAMPLE_FMT_FLT, static_cast<int>(from.sampleRate), 0, nullptr);
         context_.reset(raw);
-        // Mixing down must not go beyond full scale, however alike the channels are.
+        // Mixing must not exceed full scale, even if the channels are identical.
         if (result >= 0)
             result = av_opt_set_double(raw, "rematrix_maxval", 1.0, 0);
         if (result >= 0)

@@ -24,13 +24,13 @@ constexpr std::uint64_t largestUnpackingRatio = 20;
     throw DownloadFailed(localized("%@ could not be downloaded from %@: %@", {name, url, reason}));
 }
 
-/// Whether and when to try again.
+/// Decides whether and when to retry.
 class Tries {
   public:
     explicit Tries(const DownloadPolicy& policy) : policy_(policy) {}
 
-    /// Throws DownloadStopped after a request to stop, DownloadFailed when further tries are of no
-    /// use. `have`: bytes that are here now.
+    /// Throws DownloadStopped after a stop request, DownloadFailed when further attempts are
+    /// pointless. `have`: bytes received so far.
     void afterFailure(const std::string& name, const std::string& url,
                       const TransferOutcome& outcome, std::uint64_t have) {
         if (outcome.kind == TransferOutcome::Kind::stopped)
@@ -59,7 +59,7 @@ class Tries {
     std::optional<double> retryAfter_;
 };
 
-/// One file on its way; what `fetch` knows between two tries.
+/// One file in progress; the state of `fetch` between two attempts.
 class Fetch {
   public:
     Fetch(FileSystem& files, const DownloadPolicy& policy, FileToFetch file,
@@ -72,7 +72,7 @@ class Fetch {
           progress_(std::move(progress)),
           tries_(policy) {}
 
-    /// The sums of the file that is kept; false without one that could tell.
+    /// The checksums of the stored file; false if there are none to check.
     bool isThere() {
         if (!files_.exists(target_))
             return false;
@@ -88,7 +88,7 @@ class Fetch {
 
     enum class State { done, again };
 
-    /// One try. Throws when further ones are of no use.
+    /// One attempt. Throws when further ones are pointless.
     State attempt(const std::stop_token& stop) {
         const std::uint64_t have = here();
         if (file_.bytes == 0 || have != file_.bytes) {
@@ -109,7 +109,7 @@ class Fetch {
     double pause() const { return tries_.pause(); }
 
   private:
-    /// How much of the file is in its part; a part that cannot be one is removed.
+    /// The size of the partial file; an impossible one is removed.
     std::uint64_t here() {
         if (!files_.exists(part_))
             return 0;
@@ -164,13 +164,13 @@ class Fetch {
             return State::done;
         }
         files_.remove(part_);
-        // Parts of two editions of a file make neither of them.
+        // Parts of different editions do not make a valid file.
         if (wasContinued_ && !std::exchange(hasBegunAnew_, true))
             return State::again;
         fail(file_.name, file_.url, wrong);
     }
 
-    /// Empty if the transferred file has the right sums; if it is packed, it is unpacked then.
+    /// Empty if the checksums match; then a packed file is unpacked.
     std::string whatIsWrong() {
         if (file_.crc32c && CRC32C::ofFile(part_) != file_.crc32c)
             return localized("its checksum (CRC-32C) is wrong; it was removed");

@@ -15,7 +15,7 @@ namespace tessarune {
 namespace {
 
 constexpr long longestRedirection = 5;
-/// Slower than this is no download.
+/// The minimum speed of a download.
 constexpr long slowestBytesPerSecond = 100;
 
 /// What the callbacks of one request share.
@@ -24,7 +24,7 @@ struct Exchange {
     const TransferSink& sink;
     const std::stop_token& stop;
     CURL* handle;
-    std::optional<std::uint64_t> rangeStart; ///< of the answer that is being read
+    std::optional<std::uint64_t> rangeStart; ///< of the response being read
     std::uint64_t received = 0;              ///< in all, from the file's start
     bool hasBegun = false;
     bool isTooLong = false;
@@ -42,7 +42,7 @@ std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* con
     std::string_view line(bytes, size * count);
     constexpr std::string_view name = "content-range: bytes ";
     if (startsWithoutCase(line, "http/"))
-        exchange.rangeStart.reset(); // the next answer of a redirection
+        exchange.rangeStart.reset(); // the next response of a redirection
     if (startsWithoutCase(line, name)) {
         line.remove_prefix(name.size());
         std::uint64_t start = 0;
@@ -52,7 +52,7 @@ std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* con
     return size * count;
 }
 
-/// False if the answer is not what was asked for.
+/// False if the response does not match the request.
 bool beginBody(Exchange& exchange) {
     long status = 0;
     curl_easy_getinfo(exchange.handle, CURLINFO_RESPONSE_CODE, &status);
@@ -138,7 +138,7 @@ bool isWorthAnotherTry(CURLcode code, long status) {
     }
 }
 
-/// In plain words for what everybody meets now and then, else the library's own.
+/// A plain text for common failures, else the library's own.
 std::string reasonOf(CURLcode code, long status, const char* message) {
     switch (code) {
     case CURLE_COULDNT_RESOLVE_PROXY:

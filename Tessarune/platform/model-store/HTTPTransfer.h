@@ -9,14 +9,14 @@
 
 namespace tessarune {
 
-/// One request for a file or for the rest of it.
+/// One request for a file or for the remainder of it.
 struct TransferRequest {
     std::string url;
-    std::uint64_t offset = 0; ///< bytes that are here already
-    std::uint64_t limit = 0;  ///< more bytes in all than this are refused
+    std::uint64_t offset = 0; ///< bytes received already
+    std::uint64_t limit = 0;  ///< the maximum total size
 
     double connectSeconds = 15;
-    double stallSeconds = 20; ///< without a sign of life
+    double stallSeconds = 20; ///< without any data
 
     std::string userAgent = "Tessarune/" TESSARUNE_VERSION;
 };
@@ -24,26 +24,26 @@ struct TransferRequest {
 struct TransferOutcome {
     enum class Kind {
         complete, ///< the server says that this was all
-        again,    ///< worth another try: cut, stalled, not reached, too busy
-        refused,  ///< another try would end the same
+        again,    ///< worth a retry: cut, stalled, unreachable, too busy
+        refused,  ///< a retry would fail the same way
         stopped   ///< asked to stop
     };
     Kind kind = Kind::refused;
     std::string reason; ///< why it is not complete
     std::optional<double> retryAfterSeconds;
-    bool rangeWasWrong = false; ///< the server sent another part than was asked for, or none
+    bool rangeWasWrong = false; ///< the server sent another range than requested, or none
     std::string contentType{};  ///< as the server wrote it; empty if it did not say
 };
 
-/// Takes what arrives. `begin` is called once before the first byte of a body that is wanted, with
-/// the offset from which it counts: that of the request, or 0 where the server sends everything.
-/// What they throw ends the transfer and comes out of `transfer`.
+/// Receives the data. `begin` is called once before the first byte of an accepted body, with the
+/// offset of that byte: that of the request, or 0 if the server sends everything. Their exceptions
+/// end the transfer and propagate from `transfer`.
 struct TransferSink {
     std::function<void(std::uint64_t offset)> begin;
     std::function<void(std::string_view bytes)> bytes;
 };
 
-/// Makes the request and blocks until it is over. Follows redirections, never from https to http.
+/// Sends the request and blocks until it is over. Follows redirections, never from https to http.
 /// Any thread.
 TransferOutcome transfer(const TransferRequest& request, const TransferSink& sink,
                          const std::stop_token& stop);

@@ -19,13 +19,14 @@ constexpr double secondsBetweenReports = 0.2;
 
 using Key = std::pair<ModelKind, std::string>;
 
-/// One model on its way; what everybody who waits for it shares. Main queue but for what says so.
+/// One model in progress; shared by all callers that wait for it. Main queue unless noted
+/// otherwise.
 struct Job {
     explicit Job(AvailableModel what) : model(std::move(what)), received(model.files.size()) {}
 
     AvailableModel model;
     std::stop_source stop;
-    std::exception_ptr failure; ///< the first, when a file has failed
+    std::exception_ptr failure; ///< the first failure of a file
     std::size_t nextFile = 0;
 
     struct Waiter {
@@ -52,7 +53,7 @@ struct Job {
     }
 
     void report() const {
-        const auto everybody = waiters; // a handler may make somebody leave
+        const auto everybody = waiters; // a handler may cancel another wait
         for (const auto& [number, waiter] : everybody) {
             if (waiter.progress)
                 waiter.progress(progress());
@@ -92,9 +93,9 @@ struct ModelInstaller::Shared {
     Executor main;
     ModelStore& store;
     Downloader downloader;
-    /// Threads that wait for the network; made when first needed.
+    /// Threads that wait for the network; made on first use.
     std::vector<std::shared_ptr<SerialQueue>> lanes;
-    std::shared_ptr<SerialQueue> checks; ///< for sums of what is there; made when first needed
+    std::shared_ptr<SerialQueue> checks; ///< for checksums of existing files; made on first use
     std::map<Key, std::shared_ptr<Job>> jobs;
 
     using Pointer = std::shared_ptr<Shared>;
@@ -122,7 +123,7 @@ struct ModelInstaller::Shared {
         co_return std::string();
     }
 
-    /// The job that fetches this model: the one under way, or a new one.
+    /// The job that fetches this model: the running one, or a new one.
     static JobPointer jobFor(const Pointer& self, AvailableModel model) {
         JobPointer& job = self->jobs[Key(model.kind, model.name)];
         if (!job) {
@@ -161,7 +162,7 @@ struct ModelInstaller::Shared {
                                 job->stop.get_token()))
                 throw DownloadStopped();
         }
-        // Another process may have brought it.
+        // Another process may have installed it.
         const std::string flawNow = co_await flaw(self, model.kind, model.name, model.trial);
         if (flawNow.empty())
             co_return;
@@ -170,7 +171,7 @@ struct ModelInstaller::Shared {
         co_await fetchAll(self, job);
         if (model.trial)
             co_await tryOut(self, job);
-        // Sums of hundreds of megabytes: not on the main queue.
+        // Checksums of hundreds of megabytes: not on the main queue.
         const Executor lane = Executor::queue(self->host, self->lanes.front());
         co_await runOn(lane,
                        [&] { store.adopt(model.kind, model.name, namesOf(model), model.details); });
@@ -184,7 +185,7 @@ struct ModelInstaller::Shared {
         return names;
     }
 
-    /// Files can be what was published and be of no use all the same.
+    /// Files can match what was published and still be unusable.
     static Task<void> tryOut(Pointer self, JobPointer job) {
         const AvailableModel& model = job->model;
         StoredModel arrived;
@@ -238,7 +239,7 @@ struct ModelInstaller::Shared {
             std::rethrow_exception(job->failure);
     }
 
-    /// Fetches one file after the other as long as there are any.
+    /// Fetches one file after the other while there are any.
     static Task<void> fetchOnLane(Pointer self, JobPointer job, Executor lane) {
         while (job->nextFile < job->model.files.size() && !job->failure) {
             const std::size_t index = job->nextFile++;
@@ -258,7 +259,7 @@ struct ModelInstaller::Shared {
             }
             if (failure && !job->failure) {
                 job->failure = failure;
-                job->stop.request_stop(); // the other files are of no use now
+                job->stop.request_stop(); // the other files are pointless now
             }
         }
     }
@@ -280,7 +281,7 @@ ModelInstaller::ModelInstaller(Host& host, ModelStore& store, DownloadPolicy pol
 ModelInstaller::~ModelInstaller() {
     for (const auto& [key, job] : shared_->jobs)
         job->stop.request_stop();
-    // Also what nobody waits for any more may still be at work on the disk.
+    // A job without waiters may still use the disk.
     for (const auto& lane : shared_->lanes)
         lane->sync([] {});
     if (shared_->checks)
@@ -316,7 +317,7 @@ Task<void> ModelInstaller::install(AvailableModel model, ProgressHandler progres
     }
     job->waiters.erase(number);
     if (job->waiters.empty()) {
-        // Nobody waits any more. A new wish begins anew and waits until this one has let go.
+        // Nobody waits any more. A new request starts again and waits until this job has ended.
         shared->forget(job);
         job->stop.request_stop();
     }

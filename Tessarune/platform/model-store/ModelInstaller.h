@@ -8,12 +8,12 @@
 
 namespace tessarune {
 
-/// Brings models into the store: fetches their files, at most two at a time over all models, checks
-/// them and gives the model its name once all are whole and right.
+/// Installs models: fetches their files, at most two at a time over all models, verifies them and
+/// gives the model its name once all are complete.
 ///
-/// Main queue. A model that is asked for twice is fetched once, also by two processes: the second
-/// waits for the first and finds it there. Dropping the installer stops what is under way; what has
-/// arrived is kept for the next time. Host and store must outlive both.
+/// Main queue. Concurrent requests for a model fetch it once, also across processes: the second one
+/// waits for the first and finds the model. Dropping the installer stops running downloads;
+/// received bytes are kept for the next time. Host and store must outlive both.
 class ModelInstaller {
   public:
     struct Progress {
@@ -27,14 +27,14 @@ class ModelInstaller {
     ModelInstaller(const ModelInstaller&) = delete;
     ModelInstaller& operator=(const ModelInstaller&) = delete;
 
-    /// Why the model is of no use; empty if it stands in the store, in whatever part of it, all its
-    /// sums are right and the trial, if there is one, does not fail.
+    /// Why the model is unusable; empty if it is in any part of the store, all its checksums match
+    /// and its trial, if there is one, succeeds.
     Task<std::string> flaw(ModelKind kind, std::string name, ModelTrial trial = {});
 
-    /// Returns when the model stands in the store: a sound one stays, another is replaced once the
-    /// new one is whole. A new one that fails its trial is removed. Throws an exception with a text
-    /// that can be shown: DownloadStopped if `stop` asks for it, and the download goes on only as
-    /// long as somebody waits for it. `progress` is called on the main queue, a few times a second.
+    /// Returns when the model is installed: an intact one stays, another is replaced once the new
+    /// one is complete. A new one that fails its trial is removed. Throws an exception with a text
+    /// that can be shown: DownloadStopped if `stop` asks for it; the download continues only while
+    /// somebody waits for it. `progress` is called on the main queue, a few times a second.
     Task<void> install(AvailableModel model, ProgressHandler progress, std::stop_token stop);
 
     const DownloadPolicy& policy() const;

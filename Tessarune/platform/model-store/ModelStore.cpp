@@ -21,14 +21,14 @@ bool isSum(std::string_view text) {
            text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
 
-/// Throws if the text is no record of this version.
+/// Throws if the text is not a record of this version.
 void parseRecord(const std::string& text, StoredModel& model) {
     const nlohmann::json json = nlohmann::json::parse(text);
     if (json.at("version") != recordVersion)
         throw std::runtime_error("a record of another version");
     model.details = json.at("details").get<std::map<std::string, std::string>>();
     for (const auto& entry : json.at("files")) {
-        // The reference, because a conversion takes -1.5 as well.
+        // By reference, because a conversion accepts -1.5 as well.
         ModelFile file{entry.at("name").get<std::string>(),
                        entry.at("bytes").get_ref<const std::uint64_t&>(),
                        entry.at("sha256").get<std::string>()};
@@ -122,7 +122,7 @@ std::vector<StoredModel> ModelStore::list(ModelKind kind) const {
         try {
             names = files_.list(all);
         } catch (const std::system_error&) {
-            return; // a part that cannot be read holds nothing for us
+            return; // an unreadable part holds nothing for us
         }
         for (const std::string& name : names) {
             std::optional<StoredModel> model = read(kind, all / name, isRemovable);
@@ -192,7 +192,7 @@ void ModelStore::remove(ModelKind kind, std::string_view name) {
     }
     const bool wasBegun = files_.remove(partialFolder(kind, name));
     if (files_.exists(own)) {
-        // The record goes first: a removal that is cut short leaves no model that looks whole.
+        // The record is removed first: an interrupted removal leaves no model that looks complete.
         files_.remove(own / recordName);
         files_.remove(own);
         return;
@@ -218,7 +218,7 @@ StoredModel ModelStore::adopt(ModelKind kind, const std::string& name,
         model.files.push_back({file, files_.size(partial / file), SHA256::ofFile(partial / file)});
     for (const std::string& found : files_.list(partial)) {
         if (std::find(files.begin(), files.end(), found) == files.end())
-            files_.remove(partial / found); // of an edition that was given up
+            files_.remove(partial / found); // of an abandoned edition
     }
     files_.writeAtomically(partial / recordName, recordOf(model));
     files_.remove(model.folder);

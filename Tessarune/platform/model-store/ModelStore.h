@@ -15,7 +15,7 @@ namespace tessarune {
 
 enum class ModelKind { speech, translation };
 
-/// A file of a model as it was when it had been checked.
+/// A file of a model as it was when it was verified.
 struct ModelFile {
     std::string name;
     std::uint64_t bytes = 0;
@@ -24,69 +24,70 @@ struct ModelFile {
     bool operator==(const ModelFile&) const = default;
 };
 
-/// A model that stands in the store.
+/// An installed model.
 struct StoredModel {
     ModelKind kind = ModelKind::speech;
     std::string name; ///< "tiny-en", "en-pt"
     std::filesystem::path folder;
     std::vector<ModelFile> files;
-    std::map<std::string, std::string> details; ///< what its engine needs to know beside the files
-    bool isRemovable = false;                   ///< whether it lies in the user's own part
-    std::string damage; ///< what is wrong with its files; empty if nothing was seen
+    std::map<std::string, std::string> details; ///< data for its engine, beside the files
+    bool isRemovable = false;                   ///< whether it is in the user's own part
+    std::string damage; ///< the problem with its files; empty if none was found
 
     std::uint64_t bytes() const;
     std::filesystem::path path(std::string_view file) const { return folder / file; }
 };
 
-/// A model that is not as it was when it was stored, or that its engine cannot use. The text names
-/// it, and the file where one is to blame.
+/// A model that has changed since it was installed, or that its engine cannot use. The text names
+/// it, and the file that is to blame, if any.
 struct ModelDamaged : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
 /// The models on this computer: a folder for each, <store>/speech/<name> or
-/// <store>/translation/<pair>, with its files and their record in "model.json". A folder appears
-/// under its name only when it is whole (see ModelInstaller), so what is found here was complete
-/// and right at that moment.
+/// <store>/translation/<pair>, with its files and their record in "model.json". A folder gets its
+/// name only when it is complete (see ModelInstaller), so every model found here was complete and
+/// verified at that moment.
 ///
-/// Several parts are looked through: the user's, which can be written, and read-only ones that came
-/// with the program. A model in an earlier part hides one of the same name in a later part, unless
-/// the earlier is damaged. Any thread; nothing is cached.
+/// The store has several parts: the user's, which is writable, and read-only ones that came with
+/// the program. A model in an earlier part hides one of the same name in a later part, unless it is
+/// damaged. Any thread; nothing is cached.
 class ModelStore {
   public:
     ModelStore(FileSystem& files, std::filesystem::path writable,
                std::vector<std::filesystem::path> readOnly);
 
-    /// All models of a kind by name, damaged ones too. A folder without a readable record is none.
+    /// All models of a kind by name, damaged ones too. A folder without a readable record is
+    /// skipped.
     std::vector<StoredModel> list(ModelKind kind) const;
 
-    /// The model of this name, or nothing. Looks at the sizes of its files, which finds what was
-    /// cut or removed; `verify` finds the rest.
+    /// The model of this name, or `nullopt`. Compares the sizes of its files, which detects
+    /// truncated or missing ones; `verify` detects the rest.
     std::optional<StoredModel> find(ModelKind kind, std::string_view name) const;
 
-    /// Reads all files and compares their sums. Throws ModelDamaged. Takes a second for some
+    /// Reads all files and compares their checksums. Throws ModelDamaged. Takes a second per few
     /// hundred megabytes.
     static void verify(const StoredModel& model);
 
-    /// Removes a model from the user's part, with what is left of an interrupted download. Throws
-    /// std::runtime_error if it is not there, is another part's or is being downloaded,
-    /// std::system_error if the disk refuses.
+    /// Removes a model from the user's part, with the remains of an interrupted download. Throws
+    /// std::runtime_error if it is not there, is in another part or is being downloaded,
+    /// std::system_error if the disk fails.
     void remove(ModelKind kind, std::string_view name);
 
-    /// Whether a name can be one of a model or of a file: letters, digits, ".", "_" and "-", not
+    /// Whether a name is valid for a model or a file: letters, digits, ".", "_" and "-", not
     /// beginning with a dot. Names come from foreign lists and must not lead out of their folder.
     static bool isSafeName(std::string_view name);
 
     // For the installer.
 
-    /// The right to change this model, here and in other processes. Nothing if another has it.
-    /// Throws std::system_error if the disk refuses.
+    /// The lock for changes of this model, here and in other processes. `nullopt` if another holds
+    /// it. Throws std::system_error if the disk fails.
     std::optional<FileLock> tryToLock(ModelKind kind, std::string_view name);
     std::filesystem::path folder(ModelKind kind, std::string_view name) const;
-    /// Where files gather until the model is whole.
+    /// Where files are collected until the model is complete.
     std::filesystem::path partialFolder(ModelKind kind, std::string_view name) const;
-    /// Writes the record of the files in `partialFolder` and gives it its final name, in place of
-    /// what has that name. The model must be locked.
+    /// Writes the record of the files in `partialFolder` and gives it its final name, replacing a
+    /// former model. The model must be locked.
     StoredModel adopt(ModelKind kind, const std::string& name,
                       const std::vector<std::string>& files,
                       const std::map<std::string, std::string>& details);

@@ -9,12 +9,12 @@
 namespace tessarune {
 
 struct UnpackingOutcome {
-    std::string failure; ///< what is wrong with the packed file; empty if nothing
-    std::string sha256;  ///< of what was written
+    std::string failure; ///< the problem with the packed file; empty if there is none
+    std::string sha256;  ///< of the written file
 };
 
-/// Unpacks a file of the zstd format piece by piece, and no further than `most` bytes. Throws
-/// std::system_error if the disk fails.
+/// Unpacks a zstd file piece by piece, up to `most` bytes. Throws std::system_error if the disk
+/// fails.
 UnpackingOutcome unpackZstd(const std::filesystem::path& packed, AppendFile& out,
                             std::uint64_t most);
 

@@ -26,7 +26,7 @@ namespace {
     throw std::runtime_error(localized("无法运行 tessarune-pdf：%@", {systemMessage(error)}));
 }
 
-/// Bytes in memory that a process can have as one of its streams.
+/// Bytes in memory that a process can use as one of its streams.
 class MemoryStream {
   public:
     explicit MemoryStream(const char* name) : file_(::memfd_create(name, MFD_CLOEXEC)) {
@@ -65,7 +65,7 @@ class MemoryStream {
     int file_;
 };
 
-/// What a new process has of ours: the three streams, and no signal that this one holds back.
+/// The attributes of the new process: the three streams, and no blocked signals.
 class Surroundings {
   public:
     Surroundings(int input, int output, int error) {
@@ -100,13 +100,13 @@ class Surroundings {
     posix_spawnattr_t attributes_;
 };
 
-/// Waits for the end of a process. One that hangs is killed: others wait behind this one.
+/// Waits for a process to end. A hung one is killed, since others queue behind this one.
 int endOf(pid_t process) {
     constexpr int longestMilliseconds = 180'000; // eight hours of text take some seconds
     // The C library of Debian 12 declares its function for C++ wrongly.
     const auto handle = static_cast<int>(::syscall(SYS_pidfd_open, process, 0));
     pollfd ending{handle, POLLIN, 0};
-    int ended = 1; // without a handle it is waited for as long as it takes
+    int ended = 1; // without a handle there is no time limit
     while (handle >= 0 && (ended = ::poll(&ending, 1, longestMilliseconds)) < 0 && errno == EINTR) {
     }
     if (handle >= 0)

@@ -15,8 +15,8 @@ bool contains(const QString& text, QChar::Script script) {
 }
 
 QFont ofFamilies(QStringList families, double size) {
-    // What the first faces lack comes from those behind them: emoji in colour, then Chinese,
-    // Japanese and Korean; Qt finds the other scripts' faces itself.
+    // Characters that the first faces lack come from the next ones: colour emoji, then Chinese,
+    // Japanese and Korean; Qt finds faces for the other scripts.
     families << QGuiApplication::font().family() << QStringLiteral("Noto Color Emoji")
              << QStringLiteral("Noto Sans CJK ") + place;
     QFont font;

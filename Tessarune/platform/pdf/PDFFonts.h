@@ -6,8 +6,8 @@
 /// The faces of a PDF. Sizes are points. A QGuiApplication's thread.
 namespace tessarune::PDFFonts {
 
-/// One Chinese character has other shapes in each place: what the document is written in decides
-/// for all of it. To be called before the first font is asked for.
+/// A Chinese character has different shapes in different regions: the document's language decides
+/// for all of it. Call before the first font is requested.
 void choosePlace(const QString& sample);
 
 QFont text(double size);

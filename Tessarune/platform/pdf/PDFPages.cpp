@@ -61,7 +61,7 @@ void PDFPages::addLabel(const QString& text, const QFont& font, const QColor& co
     layOut(layout, endless);
     const QTextLine line = layout.lineAt(0);
     painter_.setPen(color);
-    // Beside a larger line a label looks level when their letters stand on one line.
+    // Beside larger text, a label looks level if both share a baseline.
     text_.draw(painter_, layout, line, {left, y_ + (lineHeight - line.height()) * 0.66});
 }
 

@@ -12,7 +12,7 @@
 
 namespace tessarune {
 
-/// Pages that fill from top to bottom. Each line stands whole on one page. Lengths are points.
+/// Pages that fill from top to bottom. A line never crosses a page break. Lengths are points.
 class PDFPages {
   public:
     static constexpr double pageWidth = 612;
@@ -27,18 +27,18 @@ class PDFPages {
     /// A paragraph from `left` to `right`, as many lines as it needs.
     void addText(const QString& text, const QFont& font, const QColor& color, double left,
                  double right);
-    /// Room, unless a page begins here.
+    /// Adds vertical space, unless at the top of a page.
     void addGap(double height);
 
     double heightOf(const QFont& font) const { return QFontMetricsF(font, &writer_).height(); }
 
-    /// A label beside the line that is about to be added, which is so high. It takes no room.
+    /// A label beside the next line, which has this height. Takes no space.
     void addLabel(const QString& text, const QFont& font, const QColor& color, double left,
                   double lineHeight);
-    /// From here to `endBar` a bar is drawn at `x`, on every page.
+    /// Draws a bar at `x` from here to `endBar`, on every page.
     void beginBar(double x, double width, const QColor& color);
     void endBar();
-    /// A new page, if less than `height` is left of this one.
+    /// Starts a new page if less than `height` is left on this one.
     void require(double height);
 
   private:

@@ -9,13 +9,13 @@ namespace {
 
 constexpr qsizetype mostMappingsInBlock = 100;
 
-/// A font's object, and that of its map.
+/// The object of a font, and that of its map.
 struct FontObjects {
     int font = 0;
     int map = 0;
 };
 
-/// The number that stands `at` or behind it.
+/// The next number at or after `at`.
 int numberFrom(const QByteArray& text, qsizetype at) {
     while (at < text.size() && text[at] == ' ')
         ++at;
@@ -25,7 +25,7 @@ int numberFrom(const QByteArray& text, qsizetype at) {
     return text.mid(at, end - at).toInt();
 }
 
-/// The fonts in the order in which they were first used, which is that of their numbers.
+/// The fonts in the order of first use, which is that of their numbers.
 std::vector<FontObjects> fontsOf(const QByteArray& pdf) {
     std::vector<FontObjects> fonts;
     const QByteArray mark = "/Subtype /Type0\n";

@@ -9,14 +9,14 @@ namespace tessarune {
 
 namespace {
 
-/// So much finer than the page are pictures of emoji.
+/// The resolution of emoji pictures, as a multiple of the page's.
 constexpr double pictureScale = 5;
 
 bool holdsPictures(const QRawFont& font) {
     return !font.fontTable("CBDT").isEmpty() || !font.fontTable("sbix").isEmpty();
 }
 
-/// A stretch of text, and the glyphs that stand for it.
+/// A run of text and its glyphs.
 struct Cluster {
     QString text;
     QList<QGlyphRun> runs;
@@ -27,9 +27,8 @@ bool isSamePlace(const QList<QGlyphRun>& a, const QList<QGlyphRun>& b) {
            a[0].positions() == b[0].positions();
 }
 
-/// Readers turn what stands from right to left around letter by letter, and with it the letters of
-/// one glyph. The ligatures of lam and alef, which every Arabic text has, are characters
-/// themselves.
+/// Readers reverse right-to-left text letter by letter, including the letters of one glyph. The
+/// ligatures of lam and alef, which every Arabic text has, are characters themselves.
 QString ofOneLetter(const QString& text) {
     static const std::pair<char16_t, char16_t> ligatures[] = {
         {0x0622, 0xFEF5}, {0x0623, 0xFEF7}, {0x0625, 0xFEF9}, {0x0627, 0xFEFB}};
@@ -42,7 +41,7 @@ QString ofOneLetter(const QString& text) {
     return text;
 }
 
-/// What one glyph stands for: a character, or all those of a ligature.
+/// The text of one glyph: a character, or all those of a ligature.
 std::vector<Cluster> clustersOf(const QTextLayout& layout, const QTextLine& line) {
     const QString text = layout.text().mid(line.textStart(), line.textLength());
     QTextBoundaryFinder breaks(QTextBoundaryFinder::Grapheme, text);
@@ -85,7 +84,7 @@ bool SelectableText::noteGlyphs(const QGlyphRun& run) {
     return face.texts.size() > before;
 }
 
-/// The first glyph of a cluster that has none yet gets its text.
+/// The first glyph of a cluster without a text gets the cluster's text.
 void SelectableText::noteTexts(const QTextLayout& layout, const QTextLine& line) {
     for (const Cluster& cluster : clustersOf(layout, line)) {
         bool isNoted = false;
@@ -106,7 +105,7 @@ void SelectableText::noteTexts(const QTextLayout& layout, const QTextLine& line)
 
 void SelectableText::draw(QPainter& painter, const QTextLayout& layout, const QTextLine& line,
                           QPointF position) {
-    // The runs' places count from the layout's origin.
+    // The positions of runs are relative to the layout's origin.
     const QPointF origin = position - line.position();
     bool hasNew = false;
     for (const QGlyphRun& run : line.glyphRuns()) {

@@ -16,24 +16,24 @@
 
 namespace tessarune {
 
-/// Draws text into a PDF of QPdfWriter, so that whoever selects it there gets what was written.
+/// Draws text into a PDF of QPdfWriter so that selected text is the written text.
 ///
-/// QPdfWriter says of each glyph for which character it could stand, looking it up in the font.
-/// That is another character where a font has one glyph for two (radicals for Chinese characters),
-/// a presentation form in Arabic, and nothing at all for emoji. Here each glyph's text is noted as
-/// it is drawn; the notes replace what the file says. Emoji are pictures in their fonts, which
-/// QPdfWriter leaves out: they are drawn as pictures.
+/// QPdfWriter maps each glyph to a character that the font has for it. That is the wrong one if a
+/// font has one glyph for two characters (radicals for Chinese characters), a presentation form in
+/// Arabic, and nothing at all for emoji. This class records each glyph's text as it is drawn; the
+/// records replace the file's maps. Emoji are pictures in their fonts, which QPdfWriter leaves out:
+/// they are drawn as pictures.
 ///
-/// All text of the PDF must be drawn here, as QPdfWriter numbers fonts and glyphs in the order in
-/// which they appear.
+/// All text of the PDF must be drawn here, as QPdfWriter numbers fonts and glyphs in the order of
+/// first use.
 class SelectableText {
   public:
     /// Draws one line of `layout` with its top left corner at `position`.
     void draw(QPainter& painter, const QTextLayout& layout, const QTextLine& line,
               QPointF position);
 
-    /// The finished PDF with the notes added at its end; unchanged if its fonts are not those that
-    /// were drawn with.
+    /// The finished PDF with the records appended; unchanged if its fonts differ from the recorded
+    /// ones.
     QByteArray madeSelectable(const QByteArray& pdf) const;
 
   private:

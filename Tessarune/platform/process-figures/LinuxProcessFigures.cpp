@@ -21,8 +21,7 @@ namespace fs = std::filesystem;
 
 constexpr double kilobytesPerMB = 1024;
 
-/// Empty where it cannot be read: many sensors are there and do not answer, and a thread may end
-/// while it is looked at.
+/// Empty if it cannot be read: many sensors exist but do not answer, and a thread may have ended.
 std::string contentsOf(const fs::path& path) {
     std::ifstream file(path);
     std::string text;
@@ -87,7 +86,7 @@ std::string runState(std::string_view letter) {
     return "unknown";
 }
 
-/// What the processor's cgroup allows of its memory, where that is less than the computer has.
+/// The memory limit of the process's cgroup, if it is lower than the computer's memory.
 std::optional<std::int64_t> cgroupMemoryLimit(const fs::path& root) {
     const std::string text = firstLineOf(root / "sys/fs/cgroup/memory.max");
     return text.empty() || text == "max" ? std::nullopt : numberIn(text);
@@ -147,7 +146,7 @@ std::vector<ProcessFigures::Thread> LinuxProcessFigures::threads() {
     return found;
 }
 
-/// By the hottest zone that says at which temperature it becomes passive or critical.
+/// Uses the hottest zone that declares a passive or critical temperature.
 std::string LinuxProcessFigures::thermalState() {
     constexpr std::int64_t fairBelowPassive = 10000; // thousandths of a degree
     std::string state = "unknown";

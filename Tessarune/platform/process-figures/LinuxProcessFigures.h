@@ -7,8 +7,8 @@
 
 namespace tessarune {
 
-/// The figures of /proc/self, /sys and the C library. A figure that Linux does not have is
-/// "unknown", or the nearest one that it has.
+/// The figures of /proc/self, /sys and the C library. A figure that Linux lacks is "unknown" or the
+/// closest one.
 class LinuxProcessFigures final : public ProcessFigures {
   public:
     /// `root` is the folder that "proc" and "sys" are in.

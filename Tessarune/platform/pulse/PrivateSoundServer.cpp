@@ -88,7 +88,7 @@ context.modules = [
 pulse.properties = { server.address = [ "@ADDRESS@" ] }
 )";
 
-/// The session manager, without whatever would want hardware, a bus or the user's own choices.
+/// The session manager, without the modules for hardware, a bus and the user's own choices.
 constexpr std::string_view wirePlumberSettings = R"(
 context.properties = {
     application.name = WirePlumber
@@ -271,7 +271,7 @@ void PrivateSoundServer::start() {
         std::filesystem::create_directories(folder_ / "main.lua.d");
         std::ofstream(folder_ / "main.lua.d" / "50-components.lua") << wirePlumberComponents;
         launch({"pipewire", "-c", main.string()});
-        // The others give up if there is nothing to connect to yet.
+        // The later programs give up if there is nothing to connect to yet.
         const auto deadline = Clock::now() + 5s;
         while (!isListening(folder_ / "pipewire-0") && Clock::now() < deadline)
             std::this_thread::sleep_for(10ms);
@@ -313,7 +313,7 @@ void PrivateSoundServer::launch(const std::vector<std::string>& command) {
     if (child < 0)
         throw std::runtime_error(localized("cannot start %@", {command.front()}));
     if (child == 0) {
-        // Between fork and exec only what is safe there.
+        // Only calls that are safe between fork and exec.
         prctl(PR_SET_PDEATHSIG, SIGKILL);
         if (getppid() != parent)
             _exit(127);

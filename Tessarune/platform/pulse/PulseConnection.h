@@ -11,14 +11,14 @@
 
 namespace tessarune {
 
-/// The connection to the server, with the thread that serves it, and what is known through it.
+/// The connection to the server, with its thread, and the state that the server reports.
 ///
-/// After its first success it is kept: a connection that breaks is tried again with growing pauses.
-/// It never starts a server by itself: a user who has ended theirs does not want it back, and a
-/// server without hardware would hide that there is none.
+/// After the first success the connection is kept: when it breaks, it is retried with growing
+/// pauses. It never starts a server by itself: a user who has ended theirs does not want it back,
+/// and a server without hardware would hide that there is none.
 ///
-/// Operations may be called from any thread. It is owned by the sound server and its streams; the
-/// loop's thread only ever borrows it.
+/// Operations may be called from any thread. The sound server and its streams own it; the loop's
+/// thread only borrows it.
 class PulseConnection {
   public:
     static constexpr double connectTimeoutSeconds = 5.0;
@@ -40,8 +40,8 @@ class PulseConnection {
     pa_threaded_mainloop* loop() const { return loop_; }
     /// Null without a connection. Under the lock.
     pa_context* context() const { return isReady_ ? context_ : nullptr; }
-    /// The channels of a source as the server lists them; nothing for an unknown source. Under the
-    /// lock.
+    /// The channels of a source as the server lists them; `nullopt` for an unknown source. Under
+    /// the lock.
     const pa_channel_map* channelMap(const std::string& sourceID) const;
     /// The last failure of the connection. Under the lock.
     PulseOutcome failure() const;

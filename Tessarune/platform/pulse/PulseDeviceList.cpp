@@ -22,7 +22,7 @@ void PulseDeviceList::refresh(pa_context* context) {
         return;
     }
     arriving_ = {};
-    // The server answers in the order of the questions, so the end of the sources is the end.
+    // The server answers in order, so the end of the sources ends the update.
     isRefreshing_ = begin(pa_context_get_server_info(context, takeServer, this)) &&
                     begin(pa_context_get_sink_info_list(context, takeSink, this)) &&
                     begin(pa_context_get_source_info_list(context, takeSource, this));

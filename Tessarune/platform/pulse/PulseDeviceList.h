@@ -11,14 +11,14 @@ namespace tessarune {
 
 /// Asks the server for its devices and defaults. Used under the main loop's lock.
 ///
-/// Requests that come while one is under way are answered by one more, so that a burst of changes
-/// costs two questions.
+/// Requests during a running one are answered by one more, so a burst of changes costs two
+/// requests.
 class PulseDeviceList {
   public:
     struct Answer {
         SoundDevices devices;
-        /// Of every source, monitors too: what a stream must ask for to get the channels as they
-        /// are.
+        /// For every source, monitors too: the channels that a stream must request to get them
+        /// unchanged.
         std::map<std::string, pa_channel_map> channelMaps;
     };
 
@@ -26,7 +26,7 @@ class PulseDeviceList {
         : onAnswer_(std::move(onAnswer)) {}
 
     void refresh(pa_context* context);
-    /// Forgets what is under way; the answers of a context that died never come.
+    /// Forgets running requests; a context that died never answers them.
     void reset();
 
   private:

@@ -8,10 +8,10 @@ namespace tessarune {
 
 namespace {
 
-/// Answers of a server that counts by periods of its device differ by less. Beyond it the stream
-/// has stood still, or is at another place.
+/// Answers of a server that counts by periods of its device differ by less. A larger difference
+/// means that the stream has stalled or jumped.
 constexpr double answersDifferSeconds = 0.04;
-/// So much of each other answer counts.
+/// The weight of each later answer.
 constexpr double answerShare = 0.1;
 
 double clockSeconds() {
@@ -190,7 +190,7 @@ void PulsePlaybackStream::setPaused(bool paused) {
     PulseLock lock(connection_->loop());
     if (ended_)
         return;
-    // It stands until the server says that it plays.
+    // The position does not advance until the server reports that the stream plays.
     measured_ = place();
     isSounding_ = false;
     begin(pa_stream_cork(stream_.get(), paused ? 1 : 0, nullptr, nullptr));
@@ -213,7 +213,7 @@ void PulsePlaybackStream::flush() {
         this));
 }
 
-/// What is written next is heard where the server's own count of the stream is after a flush.
+/// After a flush, the next write is heard at the server's own count of the stream.
 void PulsePlaybackStream::askWhereItIs() {
     flushing_.reset(pa_stream_update_timing_info(
         stream_.get(),
@@ -231,7 +231,7 @@ void PulsePlaybackStream::askWhereItIs() {
         this));
 }
 
-/// What the server has said: how much it has passed to the device, and how long that takes there.
+/// The server's answer: how much it has passed to the device, and the latency there.
 void PulsePlaybackStream::measure() {
     const pa_timing_info* const timing = pa_stream_get_timing_info(stream_.get());
     if (!timing || timing->read_index_corrupt)
@@ -266,7 +266,7 @@ double PulsePlaybackStream::heardSeconds() const {
     if (ended_ || !stream_ || flushing_)
         return heard_;
     keepMeasuring();
-    // While this process was stopped the server may have run out of sound.
+    // While this process was stopped, the server may have run out of sound.
     const double most = static_cast<double>(sent_) / format_.channels / format_.sampleRate;
     heard_ = std::clamp(place() - origin_, 0.0, most);
     return heard_;

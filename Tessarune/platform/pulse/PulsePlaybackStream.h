@@ -8,12 +8,12 @@
 
 namespace tessarune {
 
-/// A playback stream. The server holds about two tenths of a second; a write goes on when the
-/// loop's thread has passed its last sample to the server.
+/// A playback stream. The server buffers about 0.2 s; a write resumes when the loop's thread has
+/// passed its last sample to the server.
 ///
-/// The place that is heard is what the server answers, asked as often as somebody wants to know,
-/// and goes forward with the clock in between. The library's own interpolation takes up to a second
-/// until it believes that a stream has stood still, as after each flush.
+/// The heard position is the server's answer, requested whenever a caller wants to know it, and
+/// advances with the clock in between. The library's own interpolation needs up to a second to
+/// notice that a stream has stalled, as after each flush.
 class PulsePlaybackStream final : public PlaybackStream {
   public:
     static constexpr double serverSeconds = 0.2;
@@ -24,7 +24,7 @@ class PulsePlaybackStream final : public PlaybackStream {
     PulsePlaybackStream(const PulsePlaybackStream&) = delete;
     PulsePlaybackStream& operator=(const PulsePlaybackStream&) = delete;
 
-    /// Asks the server for the stream; once, and `opened` tells how it went.
+    /// Requests the stream from the server; call it once. `opened` tells the outcome.
     void open(const PlaybackRequest& request, OneShot<PulseOutcome> opened);
 
     Task<void> write(AudioBufferPtr buffer) override;
@@ -67,7 +67,7 @@ class PulsePlaybackStream final : public PlaybackStream {
     double origin_ = 0;                   // of `heardSeconds`, in the stream's own time
     double measured_ = 0;                 // the stream's time, as last answered
     double ahead_ = 0;                    // of the clock, while the stream plays
-    bool isSounding_ = false;             // the server plays something of it
+    bool isSounding_ = false;             // the server is playing some of it
     mutable double heard_ = 0;            // as last asked
 };
 

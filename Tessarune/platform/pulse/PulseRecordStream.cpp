@@ -71,7 +71,7 @@ PulseOutcome PulseRecordStream::create(const RecordRequest& request) {
             static_cast<PulseRecordStream*>(self)->handleData();
         },
         this);
-    // The server was asked not to; if it moves the stream all the same, this is another sound.
+    // The server was asked not to move the stream; if it does, the sound is a different one.
     pa_stream_set_moved_callback(
         stream_.get(),
         [](pa_stream*, void* self) {
@@ -83,9 +83,8 @@ PulseOutcome PulseRecordStream::create(const RecordRequest& request) {
     attributes.maxlength = attributes.tlength = attributes.prebuf = attributes.minreq =
         static_cast<std::uint32_t>(-1);
     attributes.fragsize = static_cast<std::uint32_t>(samplesPerBuffer_ * sizeof(float));
-    // A monitor that goes away would otherwise be replaced by the default input, which would record
-    // the room where the user wanted the computer. And a mute that some mixer remembers would look
-    // like silence for ever.
+    // Without this, the default input would replace a removed monitor and record the room instead
+    // of the computer. And a mute remembered by some mixer would look like endless silence.
     constexpr auto flags = static_cast<pa_stream_flags_t>(
         PA_STREAM_DONT_MOVE | PA_STREAM_ADJUST_LATENCY | PA_STREAM_START_UNMUTED);
     if (pa_stream_connect_record(stream_.get(), request.sourceID.c_str(), &attributes, flags) < 0)

@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// A record stream on one source. The loop's thread fills buffers of 10 ms and hands them to the
-/// stream's executor; whatever size the server's own pieces have, the listener sees an even flow.
+/// A record stream on one source. The loop's thread fills buffers of 10 ms and passes them to the
+/// stream's executor; the listener sees an even flow, whatever the size of the server's pieces.
 class PulseRecordStream final : public RecordStream {
   public:
     static constexpr double bufferSeconds = 0.01;
@@ -22,13 +22,13 @@ class PulseRecordStream final : public RecordStream {
     PulseRecordStream(const PulseRecordStream&) = delete;
     PulseRecordStream& operator=(const PulseRecordStream&) = delete;
 
-    /// Asks the server for the stream; once, and `opened` tells how it went.
+    /// Requests the stream from the server; call it once. `opened` tells the outcome.
     void open(const RecordRequest& request, OneShot<PulseOutcome> opened);
 
     AudioFormat format() const override { return format_; }
 
   private:
-    /// What handlers on their way to the executor look at, when the stream itself may be gone.
+    /// Checked by handlers on their way to the executor, since the stream itself may be gone.
     struct Line {
         Line(RecordHandlers told, Executor where)
             : handlers(std::move(told)), executor(std::move(where)) {}

@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// The server's thread must never be the one that lets go of an observer, since the observer's
-/// queue may end with it: the list holds them, and dropping a subscription takes one out.
+/// The server's thread must never destroy an observer, since the observer's queue may end with it:
+/// the list owns them, and dropping a subscription removes one.
 class PulseSoundServer::Observers : public std::enable_shared_from_this<Observers> {
   public:
     Subscription add(Executor executor, std::function<void()> onChange) {

@@ -10,7 +10,7 @@
 
 namespace tessarune {
 
-/// How an operation of the server ended: status 0 for success.
+/// The outcome of a server operation: status 0 for success.
 struct PulseOutcome {
     int status = 0;
     std::string text;
@@ -67,8 +67,8 @@ struct PulseStreamUnref {
 };
 using PulseStreamPtr = std::unique_ptr<pa_stream, PulseStreamUnref>;
 
-/// Ends a stream without another callback. The server cannot be told to end one that it is still
-/// making; such a stream ends as soon as it is made. Under the loop's lock.
+/// Ends a stream without another callback. The server cannot be told to end a stream that it is
+/// still creating; such a stream ends once it exists. Under the loop's lock.
 void closeStream(PulseStreamPtr stream);
 
 struct PulseOperationCancel {
@@ -80,7 +80,7 @@ struct PulseOperationCancel {
 /// An operation whose callback is not called any more once this is dropped. Under the loop's lock.
 using PulseOperationPtr = std::unique_ptr<pa_operation, PulseOperationCancel>;
 
-/// Starts an operation whose end is told to its own callback.
+/// Starts an operation that reports its end through a callback.
 inline bool begin(pa_operation* operation) {
     if (operation)
         pa_operation_unref(operation);

@@ -13,7 +13,7 @@ const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString settingsInterface = QStringLiteral("org.freedesktop.portal.Settings");
 
-/// How a desktop stores the wish, and what it stores for it.
+/// The keys under which desktops store the preference, and its values.
 constexpr struct {
     const char* group;
     const char* key;
@@ -22,7 +22,7 @@ constexpr struct {
               {"org.gnome.desktop.interface", "enable-animations", 0},
               {"org.kde.kdeglobals.KDE", "AnimationDurationFactor", 0}};
 
-/// `Read` wraps what it returns in one more variant.
+/// `Read` wraps its result in one more variant.
 QVariant unwrapped(QVariant value) {
     while (value.canConvert<QDBusVariant>())
         value = value.value<QDBusVariant>().variant();
@@ -49,7 +49,7 @@ void DesktopMotion::read(const char* group, const char* key) {
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, group, key] {
         const QDBusPendingReply<QDBusVariant> reply = *watcher;
         watcher->deleteLater();
-        // Most desktops know one of the keys. What was announced meanwhile is newer.
+        // Most desktops know only one of the keys. A change signal in the meantime is newer.
         if (!reply.isError() && !changed_.contains(key))
             apply(QString::fromLatin1(group), QString::fromLatin1(key), reply.value());
     });

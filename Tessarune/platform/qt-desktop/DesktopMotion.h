@@ -13,7 +13,7 @@
 namespace tessarune {
 
 /// Whether the user has asked the desktop for less motion, through the desktop's settings portal.
-/// Without one nothing is asked for. Main thread, with the application object.
+/// False without a portal. Main thread, with the application object.
 class DesktopMotion : public QObject {
     Q_OBJECT
 

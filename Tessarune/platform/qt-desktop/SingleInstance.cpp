@@ -12,7 +12,7 @@ namespace tessarune {
 namespace {
 
 constexpr int answerMS = 5000;
-/// A program that ends saves first.
+/// How long to wait for a program that is ending, which saves first.
 constexpr int longestEndMS = 15000;
 constexpr unsigned long askAgainMS = 100;
 const QString endingError = QStringLiteral("app.tessarune.captions.Error.Ending");
@@ -22,7 +22,7 @@ QString objectPath(const QString& id) {
     return QLatin1Char('/') + QString(id).replace(QLatin1Char('.'), QLatin1Char('/'));
 }
 
-/// Lets the window come to the front although another program has the focus now.
+/// Lets the window come to the front although another program has the focus.
 QVariantMap activation() {
     QVariantMap data;
     for (const auto& [variable, key] : {std::pair("XDG_ACTIVATION_TOKEN", "activation-token"),
@@ -33,7 +33,7 @@ QVariantMap activation() {
     return data;
 }
 
-/// Where Qt takes the token from when a window is activated.
+/// Where Qt reads the token when a window is activated.
 void takeActivation(const QVariantMap& data) {
     if (const auto token = data.constFind(QStringLiteral("activation-token")); token != data.end())
         qputenv("XDG_ACTIVATION_TOKEN", token->toByteArray());
@@ -46,7 +46,7 @@ SingleInstance::SingleInstance(const std::string& applicationID)
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;
-    // Before the name is taken: whoever finds the name may call at once.
+    // Before the name is taken: a program that finds the name may call at once.
     new ApplicationInterface(*this); // Qt's child
     bus.registerObject(objectPath(id_), this);
     standing_ = bus.registerService(id_) ? Standing::first : Standing::second;

@@ -13,18 +13,18 @@
 
 namespace tessarune {
 
-/// What one start of the program asks of the one that runs.
+/// A request of a new start to the running program.
 struct InstanceRequest {
-    std::vector<std::string> actions; ///< in their order; neither these nor files: to be shown
+    std::vector<std::string> actions; ///< in order; without any, and without files: show the window
     std::vector<std::string> files;   ///< absolute paths
 };
 
-/// The one program of a desktop session: whoever starts first owns the program's id on the session
-/// bus and serves `org.freedesktop.Application` there; others pass on what they were asked. Main
-/// thread, with the application object.
+/// The single program of a desktop session: the first one owns the program's id on the session bus
+/// and serves `org.freedesktop.Application` there; later ones pass their requests on. Main thread,
+/// with the application object.
 ///
-/// Without a session bus the program is alone. Two that cannot see each other still never write one
-/// data folder: see DataFolderLock.
+/// Without a session bus the program assumes that it is alone. DataFolderLock still keeps two
+/// programs from writing one data folder.
 class SingleInstance : public QObject, protected QDBusContext {
     Q_OBJECT
 
@@ -39,12 +39,12 @@ class SingleInstance : public QObject, protected QDBusContext {
     ~SingleInstance() override;
 
     Standing standing() const { return standing_; }
-    /// From now on `handler` gets what others ask, and what they asked before.
+    /// From now on `handler` gets the requests of others, earlier ones included.
     void serve(std::function<void(const InstanceRequest&)> handler);
-    /// This program ends: others that ask are told so, and wait for the name.
+    /// This program is ending: other programs learn that from now on, and wait for the name.
     void refuse() { isEnding_ = true; }
-    /// To the one that runs. Returns why it could not be passed on; empty if it was, and also if
-    /// the other one has ended meanwhile and this is the first now.
+    /// Passes the request to the running program. Returns the reason if that failed; empty on
+    /// success, and also if the other program has ended and this one is now the first.
     std::string forward(const InstanceRequest& request);
 
     /// What the bus asks; see ApplicationInterface.

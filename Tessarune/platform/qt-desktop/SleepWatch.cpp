@@ -48,7 +48,7 @@ void SleepWatch::hold() {
     });
 }
 
-/// Who is ready only after the computer has slept and woken must not let go of the next sleep.
+/// A reply for an earlier sleep, given after the computer has woken, must not release the next one.
 void SleepWatch::release(unsigned announcement) {
     if (announcement == announcement_)
         held_ = {};

@@ -7,15 +7,15 @@
 
 namespace tessarune {
 
-/// Hears from the system's login manager when the computer is about to sleep or to go down, and
-/// holds that up, some seconds at the most, until the program is ready. Without such a manager
-/// nothing is heard. Main thread, with the application object.
+/// Learns from the system's login manager when the computer is about to sleep or shut down, and
+/// delays that for a few seconds at most, until the program is ready. Does nothing without such a
+/// manager. Main thread, with the application object.
 class SleepWatch : public QObject {
     Q_OBJECT
 
   public:
     struct Handlers {
-        /// Calls `ready` when all that must not be lost is on the disk.
+        /// Calls `ready` when everything that must survive is on the disk.
         std::function<void(std::function<void()> ready)> willSleep;
         std::function<void()> didWake;
         std::function<void(std::function<void()> ready)> willShutDown;

@@ -26,7 +26,7 @@ TrayWatch::TrayWatch(QDBusConnection bus, std::function<void()> onTray)
         isThere_ = false;
         ++gone_;
     });
-    // The service may be there before somebody shows what it lists.
+    // The service may appear before any panel displays its items.
     bus_.connect(trayService, trayPath, trayService, QStringLiteral("StatusNotifierHostRegistered"),
                  this, SLOT(ask()));
     ask();
@@ -43,7 +43,7 @@ void TrayWatch::ask() {
         const QDBusPendingReply<QDBusVariant> reply = *watcher;
         watcher->deleteLater();
         if (gone != gone_)
-            return; // said by a service that has ended since
+            return; // an answer from a service that has ended since
         isThere_ = !reply.isError() && reply.value().variant().toBool();
         if (isThere_)
             onTray_();

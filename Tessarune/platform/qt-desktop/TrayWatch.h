@@ -7,11 +7,11 @@
 
 namespace tessarune {
 
-/// Tells when the desktop can show items in a tray: at once, or when its panel starts after the
+/// Reports when the desktop can show items in a tray: at once, or when its panel starts after the
 /// program. Main thread, with the application object.
 ///
-/// Qt asks the desktop only once in the life of the process. So nobody asks Qt for a tray before
-/// this has seen one.
+/// Qt asks the desktop only once in the life of the process, so do not ask Qt for a tray before
+/// this has found one.
 class TrayWatch : public QObject {
     Q_OBJECT
 

@@ -20,8 +20,8 @@ std::filesystem::path autostartFolder() {
            "autostart";
 }
 
-/// A path as an argument of a desktop entry's command: quoted once for the command, and once for
-/// the entry.
+/// A path as an argument of a desktop entry's command: quoted once for the command and once for the
+/// entry.
 std::string quoted(const std::string& path) {
     std::string text = "\"";
     for (const char sign : path) {

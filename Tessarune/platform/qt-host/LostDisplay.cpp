@@ -26,7 +26,7 @@ void doLastWork() {
     }
 }
 
-/// The thread that draws may be the first to notice; the program belongs to the main thread.
+/// The drawing thread may notice first, but the program belongs to the main thread.
 void doLastWorkOnMainThread() {
     QCoreApplication* const application = QCoreApplication::instance();
     if (!application || QThread::currentThread() == application->thread()) {
@@ -37,7 +37,7 @@ void doLastWorkOnMainThread() {
     QThread::msleep(longestWaitMS); // the work ends the process
 }
 
-/// Qt says so right before it ends the process: everything of the program is still whole.
+/// Qt logs this right before it ends the process, while all of the program is still intact.
 void watchMessages(QtMsgType type, const QMessageLogContext& context, const QString& text) {
     if (previousHandler)
         previousHandler(type, context, text);
@@ -51,7 +51,8 @@ void watchMessages(QtMsgType type, const QMessageLogContext& context, const QStr
 LostDisplay::LostDisplay(std::function<void()> lastWork) {
     pendingWork() = std::move(lastWork);
     previousHandler = qInstallMessageHandler(watchMessages);
-    // Where Qt words it otherwise: later, when some of the program's constants may be gone.
+    // The fallback if Qt's message differs: it runs later, when some of the program's constants may
+    // be gone.
     static const int once = std::atexit(doLastWork);
     Q_UNUSED(once);
 }

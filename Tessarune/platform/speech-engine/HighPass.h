@@ -5,14 +5,14 @@
 
 namespace tessarune {
 
-/// Takes away what is below a frequency: a Butterworth filter of second order, 12 dB an octave. It
-/// remembers the sound that it has heard, so one filter is for one stream. One thread at a time.
+/// Removes what is below a frequency: a second-order Butterworth filter, 12 dB an octave. It keeps
+/// a history, so use one filter per stream. One thread at a time.
 class HighPass {
   public:
     /// Both in hertz; `cutoff` loses 3 dB. 0 changes no sound.
     HighPass(double cutoff, double sampleRate);
 
-    /// The sound that follows what was filtered before.
+    /// Filters the sound that follows the previous call's.
     std::vector<float> filtered(std::span<const float> samples);
 
   private:

@@ -69,8 +69,8 @@ enum class Architecture : std::uint32_t {
     mediumStreaming = 5
 };
 
-/// The calls that are used, each named as the function that the library exports less its
-/// "moonshine_". A handle, or a result of those that give a number, below 0 is a failure.
+/// The calls in use, each named like the library's function without its "moonshine_". A handle or a
+/// numeric result below 0 is a failure.
 struct Calls {
     using Handle = std::int32_t;
 
@@ -100,7 +100,7 @@ struct Calls {
                                     std::uint64_t optionCount, char** json);
 };
 
-/// Flag of `transcribeStream`: work now, however little sound has been added.
+/// Flag of `transcribeStream`: transcribe now, even if little sound was added.
 inline constexpr std::uint32_t forceUpdate = 1;
 
 } // namespace tessarune::moonshine

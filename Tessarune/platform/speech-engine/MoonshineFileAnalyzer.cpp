@@ -16,10 +16,10 @@ namespace {
 
 using Results = std::vector<SpeechResult>;
 
-/// Sound between two looks for a request to stop. A look decodes the lines that end in it.
+/// Seconds of sound between two checks for a stop. Each pass decodes the lines that end in it.
 constexpr double lookSeconds = 5;
-/// The longest sound behind the last complete line that a new stream is given once more. The engine
-/// ends every line before it is so long.
+/// The maximum sound after the last complete line that is replayed to a new stream. The engine ends
+/// every line before it is that long.
 constexpr double mostHeardAgain = 20;
 
 /// The engine decodes a line that the end of the sound cuts off only where sound has come since the
@@ -35,7 +35,7 @@ constexpr std::size_t fileSamplesIn(double seconds) {
 
 } // namespace
 
-/// Everything that belongs to the worker queue; it outlives the analyzer until the work is done.
+/// The state of the worker queue; it outlives the analyzer until its work is done.
 class MoonshineFileAnalyzer::Recognition {
   public:
     Recognition(std::shared_ptr<SpeechModels> models, std::string model,
@@ -93,7 +93,7 @@ class MoonshineFileAnalyzer::Recognition {
 
     double takenSeconds() const { return static_cast<double>(takenSamples_) / speechSampleRate; }
 
-    /// What comes behind the last complete line is kept: a line may have begun in it.
+    /// The sound after the last complete line is kept: a line may have begun in it.
     void forgetOldSound() {
         const double kept =
             std::clamp(takenSeconds() - reader_.completeThrough() - endOfLine, 0.0, mostHeardAgain);

@@ -7,16 +7,16 @@
 
 namespace tessarune {
 
-/// A whole recording on its way through a model of its own, which is loaded for it and freed with
-/// it: one that decodes only lines that are complete, since nobody watches the others grow.
+/// Transcribes a whole recording with a model of its own, which is loaded for it and freed with it.
+/// It decodes only complete lines, since nobody watches the others grow.
 ///
-/// The engine takes times from where in the sound it finds speech, so that they are exact.
+/// The engine's times come from its speech detection, so they are exact.
 class MoonshineFileAnalyzer final : public SpeechFileAnalyzer {
   public:
     struct Policy {
-        double lowestHertz; ///< what is below is kept from the engine; 0: it hears everything
-        /// Complete lines after which the engine's stream is made anew, so that its list stays
-        /// short.
+        double lowestHertz; ///< a high-pass cutoff in Hz; 0: no filter
+        /// The number of complete lines after which the engine's stream is recreated to keep its
+        /// list short.
         std::size_t linesBeforeRestart;
     };
 

@@ -16,10 +16,10 @@ namespace {
 
 constexpr const char* fileName = "libmoonshine.so";
 
-/// By default the engine's runtime starts a thread for each core, and threads without work spin: a
-/// look then costs nearly twice the processor time and is hardly sooner done. The engine asks the
-/// environment when it loads a model; set before `main`, while nobody else can be reading it. Who
-/// sets it himself is asked for something else.
+/// By default the engine's runtime starts a thread per core, and idle threads spin: a pass then
+/// costs nearly twice the processor time and is hardly faster. The engine reads the environment
+/// when it loads a model; this is set before `main`, while no other thread can be reading it. A
+/// value set by the user is kept.
 [[maybe_unused]] const bool runsOnOneThread = setenv("MOONSHINE_ORT_SINGLE_THREAD", "1", 0) == 0;
 
 template <typename Function>
@@ -31,7 +31,7 @@ void resolve(void* library, const char* name, Function& slot) {
 
 moonshine::Calls resolveAll(void* library) {
     moonshine::Calls calls{};
-    // Before anything else: another version may lack the rest.
+    // Checked first: another version may lack the other functions.
     resolve(library, "moonshine_get_version", calls.getVersion);
     if (const std::int32_t version = calls.getVersion(); version != moonshine::interfaceVersion)
         throw std::runtime_error(
@@ -72,7 +72,7 @@ MoonshineLibrary::open(const std::vector<std::filesystem::path>& folders) {
         std::error_code ignored;
         if (!std::filesystem::exists(file, ignored))
             continue;
-        // Local: what the engine carries of other libraries must not meet ours.
+        // Local: libraries bundled with the engine must not clash with ours.
         void* library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
         if (library == nullptr)
             throw std::runtime_error(

@@ -10,28 +10,27 @@
 
 namespace tessarune {
 
-/// The speech engine's shared library. It is opened when it is first needed and never closed (it
-/// keeps threads and state of its own), so a program without it starts all the same and learns why
-/// here.
+/// The speech engine's shared library. It is opened on first use and never closed (it keeps threads
+/// and state of its own), so a program without it still starts and learns the reason here.
 ///
-/// Any thread; what one transcriber is asked must come from one thread at a time.
+/// Any thread; calls for one transcriber must come from one thread at a time.
 class MoonshineLibrary {
   public:
     /// The library that came with the program. Throws std::runtime_error with a text that names the
-    /// places that were searched, or what is wrong with what was found; the next call tries again.
+    /// searched places, or the fault of the library that was found; the next call tries again.
     static std::shared_ptr<const MoonshineLibrary> shared();
 
     /// The first library that stands in one of these folders. Throws as `shared`.
     static std::shared_ptr<const MoonshineLibrary>
     open(const std::vector<std::filesystem::path>& folders);
 
-    /// With calls of one's own, for tests.
+    /// With custom calls, for tests.
     explicit MoonshineLibrary(const moonshine::Calls& calls) : calls_(calls) {}
 
     const moonshine::Calls& calls() const { return calls_; }
 
-    /// Throws std::runtime_error with `doing` and the engine's words if `result` is a failure, else
-    /// gives it back.
+    /// Returns `result`, or throws std::runtime_error with `doing` and the engine's message if it
+    /// is a failure.
     std::int32_t check(std::int32_t result, std::string_view doing) const;
 
     /// The engine's list of the files of an English model, JSON. Throws std::runtime_error.

@@ -9,14 +9,14 @@
 
 namespace tessarune {
 
-/// What the engine is fed with.
+/// The sample rate of the engine's input.
 inline constexpr int speechSampleRate = 16000;
 
 /// A model in memory, ready to recognise: the engine's "transcriber". One thread at a time.
 class MoonshineModel {
   public:
     struct Use {
-        double passInterval; ///< seconds of sound below which the engine need not look again
+        double passInterval; ///< seconds of sound below which another pass is pointless
         bool decodesOpenLines = true;
     };
 
@@ -41,8 +41,8 @@ class MoonshineModel {
     moonshine::Calls::Handle handle_ = moonshine::unknown;
 };
 
-/// Sound on its way through a model, from the moment at which the stream is made. Confined to the
-/// thread of its model. Every operation throws std::runtime_error with the engine's words.
+/// One stream of sound through a model; its times start when it is made. Confined to the thread of
+/// its model. Every operation throws std::runtime_error with the engine's message.
 class MoonshineStream {
   public:
     explicit MoonshineStream(std::shared_ptr<MoonshineModel> model);
@@ -50,14 +50,14 @@ class MoonshineStream {
     MoonshineStream(const MoonshineStream&) = delete;
     MoonshineStream& operator=(const MoonshineStream&) = delete;
 
-    /// Takes sound of `speechSampleRate`, one channel. Quick.
+    /// Adds sound of `speechSampleRate`, one channel. Fast.
     void add(std::span<const float> samples);
 
-    /// Recognises what has been added: all lines since the stream was made. They live until the
-    /// next call. Takes as long as it takes.
+    /// Recognises the added sound: all lines since the stream was made, valid until the next call.
+    /// Slow.
     const moonshine::Transcript& transcribe();
 
-    /// No more sound: `transcribe` then completes the last line.
+    /// Ends the sound: `transcribe` then completes the last line.
     void stop();
 
   private:

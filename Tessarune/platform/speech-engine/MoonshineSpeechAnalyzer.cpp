@@ -11,13 +11,13 @@ namespace {
 
 using Session = std::shared_ptr<RecognitionSession>;
 
-/// Does `work` on the worker queue and resumes on the main queue with its outcome. A coroutine of
+/// Runs `work` on the worker queue and resumes on the main queue with its result. A coroutine of
 /// its own, because the session outlives the analyzer until the work is done.
 Task<void> onWorker(Executor worker, Session session, void (RecognitionSession::*work)()) {
     co_await runOn(std::move(worker), [&] { (*session.*work)(); });
 }
 
-/// Brings the input to the session until it ends; runs on the worker queue.
+/// Feeds the input to the session until it ends; runs on the worker queue.
 Task<void> readInput(Session session, AsyncStream<AnalyzerInput> input, std::stop_token stop) {
     try {
         for (;;) {
@@ -81,7 +81,7 @@ Task<void> MoonshineSpeechAnalyzer::finalize(double through) {
     const OneShot<bool> decided(main_);
     worker_.run([session = session_, through, decided] { session->closeLine(through, decided); });
     co_await decided;
-    co_await switchTo(main_); // the decision may have been there before the wait
+    co_await switchTo(main_); // the decision may precede the wait
 }
 
 Task<void> MoonshineSpeechAnalyzer::cancelAnalysis(double) {

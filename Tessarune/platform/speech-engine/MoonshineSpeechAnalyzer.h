@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// The half of the recogniser that gives results: what was asked for, and the stream that the
-/// analyzer fills.
+/// The half of the recogniser that delivers results: its options, and the stream that the analyzer
+/// fills.
 class MoonshineSpeechTranscriber final : public SpeechTranscriber {
   public:
     MoonshineSpeechTranscriber(SpeechTranscriberOptions options, Executor resultsExecutor)
@@ -24,11 +24,11 @@ class MoonshineSpeechTranscriber final : public SpeechTranscriber {
     AsyncStream<SpeechResult> results_;
 };
 
-/// The half that takes sound: brings every operation to the worker queue, where the session is, and
-/// its outcome back to the main queue. Dropping it ends the session.
+/// The half that takes sound: runs every operation on the worker queue, where the session lives,
+/// and returns its result on the main queue. Dropping it ends the session.
 ///
 /// The engine closes a line at the speaker's pauses. `finalize` closes it earlier, at a rest
-/// between two words, if there is one soon; else it leaves the line to the engine.
+/// between two words, if there is one soon; otherwise the engine closes the line.
 class MoonshineSpeechAnalyzer final : public SpeechAnalyzer {
   public:
     MoonshineSpeechAnalyzer(Host& host, Executor worker, std::shared_ptr<SpeechModels> models,

@@ -15,25 +15,26 @@ namespace tessarune {
 
 namespace {
 
-/// Looks that must agree on a word before it is shown, or takes the place of one that is.
+/// The passes that must agree on a word before it is shown or replaces a shown one.
 constexpr std::size_t looksToAgree = 2;
-/// Seconds of speech after which a line's front is settled at the end of a clause, or anywhere.
+/// Seconds of speech after which the front of a line is settled at the end of a clause, or
+/// anywhere.
 constexpr double clauseSeconds = 2;
 constexpr double anywhereSeconds = 3;
-/// Fewer words are not settled by themselves.
+/// Fewer words are not settled on their own.
 constexpr std::size_t fewestWords = 3;
-/// A single word may be said three times, longer runs twice.
+/// A single word may be repeated three times, longer runs twice.
 constexpr std::size_t longestRepeat = 4;
 constexpr std::size_t timesOfAWord = 3;
 constexpr std::size_t timesOfARun = 2;
-/// So many words at the end of a line are looked for in the next one.
+/// The number of words at the end of a line that are searched for in the next one.
 constexpr std::size_t mostWordsAgain = 4;
 
 constexpr auto sameKey = [](const auto& a, const auto& b) { return a.key == b.key; };
 
 } // namespace
 
-/// One step from what was shown to what is shown after a look.
+/// The alignment of the words shown before and after a pass.
 class OpenLine::Merge {
   public:
     Merge(Words shown, const Words& guess) : shown_(std::move(shown)), guess_(guess) {}
@@ -51,8 +52,8 @@ class OpenLine::Merge {
     }
 
   private:
-    /// What stands between two words that both have. False if the guess has words for which there
-    /// is no place yet among those that are shown.
+    /// The words between two that both texts have. False if the guess has words whose place among
+    /// the shown words is unknown.
     bool gap(std::size_t shownEnd, std::size_t guessEnd) {
         if (nextShown_ == shownEnd && nextGuess_ == guessEnd)
             return true;
@@ -61,7 +62,7 @@ class OpenLine::Merge {
             return std::all_of(first + static_cast<std::ptrdiff_t>(begin),
                                first + static_cast<std::ptrdiff_t>(end), holds);
         };
-        // Looks must agree on the words and that there are no others.
+        // Passes must agree on the words and that there are no others.
         const bool replaces = all(shown_, nextShown_, shownEnd,
                                   [](const Word& word) { return word.missed >= looksToAgree; }) &&
                               all(guess_, nextGuess_, guessEnd + 1,
@@ -75,8 +76,8 @@ class OpenLine::Merge {
                                 [](const Word& word) { return word.looks < looksToAgree; }));
     }
 
-    /// The end of the line grows by what two looks agree on, and is taken back only for words on
-    /// which they agree.
+    /// The end of the line grows by words that two passes agree on, and loses words only to words
+    /// that they agree on.
     void end() {
         std::size_t agreed = nextGuess_;
         while (agreed < guess_.size() && guess_[agreed].follows >= looksToAgree)
@@ -185,11 +186,11 @@ OpenLine::Words OpenLine::withoutRepeats(std::vector<SpeechRun> runs) {
     return kept;
 }
 
-/// Where a guess goes over from the words of `front` to those of `behind`: the place at which both
-/// fit best, where a word that is found counts 1, and -1 if it is changed, put in or left out. So a
-/// common word far behind is no settled one. What is put in between belongs to what follows. Where
-/// a word is changed or left out, it is taken for changed: that is at times one word too many,
-/// which the next look shows; one too few would be said twice.
+/// Finds where a guess continues from the words of `front` to those of `behind`: the place where
+/// both match best. A matching word counts 1; a changed, inserted or missing one counts -1, so a
+/// common word far behind is not taken for a settled one. Inserted words belong to the following
+/// text. A missing or changed word counts as changed: this sometimes shows one word too many, which
+/// the next pass corrects; one word too few would be repeated.
 OpenLine::Joint OpenLine::jointOf(const Words& front, bool beginsInside, const Words& behind,
                                   const Words& guess) {
     const auto step = [](const Word& a, const Word& b) { return sameKey(a, b) ? 1.0 : -1.0; };
@@ -239,9 +240,9 @@ OpenLine::Words OpenLine::endOf(const Words& words) {
     return {words.end() - static_cast<std::ptrdiff_t>(count), words.end()};
 }
 
-/// How many of the words that could be shown can be settled. A mark counts where words follow it,
-/// since the engine ends each guess as if the speaker had stopped there; and nothing ends with a
-/// word that repeats the one before, since that may be the engine losing its way.
+/// How many of the visible words can be settled. A punctuation mark counts only if words follow it,
+/// since the engine ends each guess as if the speaker had stopped there; and no settled text ends
+/// with a repeated word, which may be an engine in a loop.
 std::size_t OpenLine::wordsToSettle(const Words& words, std::size_t shownBefore,
                                     double begin) const {
     const std::size_t fewest = std::max(std::min(shownBefore, words.size()), fewestWords);

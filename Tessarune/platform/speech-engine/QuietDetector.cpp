@@ -8,12 +8,12 @@ namespace tessarune {
 
 namespace {
 
-/// How much louder than the floor a rest may be.
+/// The maximum ratio of a rest's loudness to the floor.
 constexpr double quietFactor = 2;
-/// Below this the floor does not go: a track that was silent for a while must not make a whisper of
-/// what follows.
+/// The lower limit of the floor: after a silent track, a whisper must not count as loud.
 constexpr double lowestFloor = 0.001;
-/// Of one frame: doubles the floor in 1.4 s, so that it follows a place that has become louder.
+/// The growth per frame: doubles the floor in 1.4 s, so that it follows a place that has become
+/// louder.
 constexpr double floorRise = 1.01;
 
 } // namespace

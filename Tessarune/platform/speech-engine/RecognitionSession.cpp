@@ -14,14 +14,14 @@ namespace tessarune {
 
 namespace {
 
-/// Of silence; see docs/decisions/0021-settled-fronts.md.
+/// Seconds of silence; see docs/decisions/0021-settled-fronts.md.
 constexpr double warmUpSeconds = 3;
-/// Sound that is given to a new stream once more. The engine opens a line at most this long after
+/// Seconds of sound that a new stream hears again. The engine opens a line at most this long after
 /// its first sound.
 constexpr double recentSeconds = 3;
-/// By how much sound may come sooner than it is spoken and still be live: it comes in batches.
+/// Live sound may arrive this much faster than real time, since it comes in batches.
 constexpr double liveSlackSeconds = 0.5;
-/// A look for a standstill that is so late says that the program itself did not run.
+/// A stall check that is so late shows that the program itself was suspended.
 constexpr double lateLookSeconds = 1.0;
 
 constexpr auto samplesIn(double seconds) {
@@ -112,7 +112,7 @@ void RecognitionSession::closeLine(double through, OneShot<bool> done) {
         closing_.emplace();
     closing_->before = takenSeconds() + policy_.longestWaitForRest;
     closing_->waiting.push_back(done);
-    // Whoever waits goes on even if no more sound comes.
+    // Resumes the waiter even if no more sound comes.
     host_.after(policy_.longestWaitForRest, [done] { done.resume(false); });
 }
 
@@ -135,7 +135,7 @@ void RecognitionSession::endClosing() {
     closing_.reset();
 }
 
-/// A pass comes behind all sound that waits on the queue, so that one look is enough for it.
+/// A pass is queued after all pending sound, so one pass covers it.
 void RecognitionSession::schedulePass() {
     if (!hasNewSound_)
         return;
@@ -159,7 +159,7 @@ void RecognitionSession::passAsScheduled() {
         schedulePass();
 }
 
-/// What was shown of the open line stays as its final.
+/// The shown part of the open line becomes its final.
 void RecognitionSession::giveUpUnheard() {
     TessaruneLog::asr.notice([&] {
         return "too slow: " + Text::fixed(backlog_->seconds, 1) + " s of sound were not recognised";
@@ -169,14 +169,15 @@ void RecognitionSession::giveUpUnheard() {
     stream_.emplace(model_);
     reader_.restarted(takenSeconds());
     backlog_->seconds = 0;
-    nextPassAt_ = host_.now(); // the sound that is still to come has waited long enough
+    nextPassAt_ = host_.now(); // the remaining sound has waited long enough
     endClosing();
 }
 
 void RecognitionSession::watchForStandstill() {
     if (std::exchange(standstillIsWatchedFor_, true))
         return;
-    // Never a shorter wait: rounding could otherwise have it look a moment too early for ever.
+    // Never a shorter delay: rounding could otherwise repeat a check that is a moment too early for
+    // ever.
     constexpr double shortestWait = 0.05;
     const double wait = std::max(movedAt_ + policy_.longestStandstill - host_.now(), shortestWait);
     standstillLookAt_ = host_.now() + wait;
@@ -187,7 +188,7 @@ void RecognitionSession::closeIfStandingStill() {
     standstillIsWatchedFor_ = false;
     if (const double late = host_.now() - standstillLookAt_; late > lateLookSeconds)
         movedAt_ += late;
-    // A file that waits for the recogniser stands still only once the recogniser has caught up.
+    // A file that is paced by the recogniser stalls only if the recogniser has caught up.
     if (hasNewSound_ || host_.now() - movedAt_ < policy_.longestStandstill) {
         watchForStandstill();
         return;
@@ -197,7 +198,7 @@ void RecognitionSession::closeIfStandingStill() {
     endClosing();
 }
 
-/// Does `work` on the worker queue, after what waits there, unless the session is over by then.
+/// Runs `work` on the worker queue, after the pending work, unless the session is over by then.
 template <typename Work>
 void RecognitionSession::later(double seconds, Work work) {
     const auto onWorker = [weak = weak_from_this(), worker = worker_, work] {
@@ -212,7 +213,7 @@ void RecognitionSession::later(double seconds, Work work) {
         onWorker();
 }
 
-/// A line that is closed ends the engine's stream, and a new one goes on from this moment.
+/// Closing a line ends the engine's stream, and a new one continues from this moment.
 void RecognitionSession::pass(bool closesLine) {
     const double began = host_.now();
     const double workedBefore = policy_.processorSeconds();
@@ -220,8 +221,8 @@ void RecognitionSession::pass(bool closesLine) {
         stream_->stop();
     const moonshine::Transcript& transcript = stream_->transcribe();
     const double ended = host_.now();
-    // The engine works on several threads, other work may go on beside it, and the process may have
-    // stood still: the smaller of the two is the nearest to what a look costs.
+    // The engine uses several threads, other work may run beside it, and the process may have been
+    // suspended: the smaller value is the best estimate of a pass's cost.
     const double cost = std::min(ended - began, policy_.processorSeconds() - workedBefore);
     const double rest = std::min(cost * (policy_.passCostFactor - 1), policy_.longestRest);
     nextPassAt_ = std::max(began + policy_.passInterval, ended + rest);
@@ -238,8 +239,8 @@ void RecognitionSession::pass(bool closesLine) {
     backlog_->seconds = 0;
 }
 
-/// What tells how quick this computer is: looks at an open line of live sound. A file that plays
-/// faster gives each look much more to do.
+/// Only passes over an open line of live sound measure this computer. A file that plays faster
+/// gives each pass much more to do.
 void RecognitionSession::noteCost(double began, double cost) {
     const bool isLive = backlog_->seconds <= began - lastPassAt_ + liveSlackSeconds;
     if (!isLive || !reader_.openSince())
@@ -259,8 +260,8 @@ void RecognitionSession::forgetOldLines() {
         guarded([&] { restart(); });
 }
 
-/// The new stream hears again what followed the last complete line: a word may have begun that the
-/// engine has not made a line of yet.
+/// The new stream replays the sound since the last complete line: a word may have begun that is not
+/// part of a line yet.
 void RecognitionSession::restart() {
     const double heard = takenSeconds();
     const double again = std::min(heard - reader_.completeThrough(),

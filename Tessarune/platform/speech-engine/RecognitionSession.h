@@ -18,54 +18,55 @@
 
 namespace tessarune {
 
-/// Seconds of processor time that this process has used, on all its threads. Stands still while
-/// the process is stopped, swapped out or asleep with the computer. Any thread.
+/// Seconds of processor time that this process has used, on all its threads. Does not advance while
+/// the process is stopped, swapped out or suspended with the computer. Any thread.
 double processorSecondsOfProcess();
 
 /// How the engine is driven.
 struct RecognitionPolicy {
-    /// What is below is kept from the engine: rumble costs it words, and speech has little there
-    /// that it needs. 0: it hears everything.
+    /// A high-pass cutoff in Hz: rumble costs the engine words, and speech has little there that it
+    /// needs. 0: no filter.
     double lowestHertz = 200;
-    /// Seconds from one look at the sound to the next, while the computer is quick enough.
+    /// Seconds between two passes while the computer is fast enough.
     double passInterval = 0.2;
-    /// Of these, how many times the last look's own time must have passed; leaves the computer half
-    /// of its time.
+    /// The minimum pause after a pass, as a multiple of its cost; leaves half of the computer's
+    /// time to others.
     double passCostFactor = 2;
-    /// However much a look has cost, no longer rest follows it.
+    /// The maximum pause, however expensive a pass was.
     double longestRest = 2.0;
-    /// So much new sound is looked at without any rest: that of a file that plays faster than it
-    /// sounds comes in such pieces.
+    /// With this much new sound there is no pause: a file that plays faster than real time arrives
+    /// in such pieces.
     double enoughSound = 4.0;
-    /// What the cost of a look is taken from. The time that has gone by is not enough: it also
-    /// holds what passed while the process did not run.
+    /// The clock that measures the cost of a pass. Elapsed time alone is not enough: it includes
+    /// time in which the process was suspended.
     std::function<double()> processorSeconds = processorSecondsOfProcess;
-    /// How soon the next look must come for words to wait until it agrees on them.
+    /// The maximum time to the next pass for which words wait until it confirms them.
     double longestWaitForAgreement = 0.6;
-    /// A shorter line is left to the engine, which closes it at the next pause and better.
+    /// A shorter line is left to the engine, which closes it at the next pause and does so better.
     double shortestLineToClose = 5;
     /// How long a line that is to be closed may wait for a rest between two words.
     double longestWaitForRest = 1.0;
-    /// Live sound comes without a pause. Where none has come for so long, its source is gone, and
-    /// the open line is closed: nobody should wait for its end until the source is back.
+    /// Live sound is continuous. After this much time without any, its source is gone and the open
+    /// line is closed: its end should not wait for the source to return.
     double longestStandstill = 2.0;
-    /// Sound that was not looked at beyond this is given up, so that a computer that cannot keep up
-    /// at all skips something now and then and holds no more and no more of it.
+    /// The maximum backlog of unprocessed sound. More is dropped, so that a computer that cannot
+    /// keep up skips some sound and its memory does not grow.
     double mostUnheardSeconds = 60;
-    /// Complete lines after which the engine's stream is made anew, so that its list stays short.
+    /// The number of complete lines after which the engine's stream is recreated to keep its list
+    /// short.
     std::size_t linesBeforeRestart = 300;
-    /// What the model for a recording is chosen by.
+    /// The criteria for a recording's model.
     std::uint64_t memoryBytes = memoryBytesOfComputer();
 };
 
-/// How far the running session is behind, for those who can wait for it. Any thread.
+/// How far the running session is behind, for sources that can wait. Any thread.
 struct RecognitionBacklog {
     std::atomic<double> seconds = 0; ///< of sound that was taken and not looked at yet
 };
 
-/// One session's sound on its way through the engine. Everything happens on the worker queue that
-/// was given, `end` apart; the results go to a stream that is read elsewhere. The first failure of
-/// the engine ends the results with it, and what comes after is dropped.
+/// The sound of one session on its way through the engine. Everything but `end` runs on the given
+/// worker queue; the results go to a stream that is read elsewhere. The first failure of the engine
+/// ends the results with it, and everything after it is dropped.
 class RecognitionSession : public std::enable_shared_from_this<RecognitionSession> {
   public:
     RecognitionSession(Host& host, Executor worker, std::shared_ptr<SpeechModels> models,
@@ -76,15 +77,15 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     void prepare();
     /// Makes the engine's stream. Throws.
     void begin();
-    /// Takes sound and looks at it if it is time, else soon.
+    /// Takes sound and runs a pass if it is due, else later.
     void take(const AudioBuffer& buffer);
-    /// All sound has been given: recognises what is left and ends the results.
+    /// All sound has been given: recognises the remainder and ends the results.
     void finish();
-    /// Closes the open line, if it began before this time of the session and is long, as soon as
-    /// the sound rests for a moment; else the engine closes it when it finds its end. `done` is
-    /// resumed when that is decided.
+    /// Closes a long open line that began before this time of the session, as soon as the sound
+    /// rests for a moment; otherwise the engine closes it at its end. `done` is resumed once that
+    /// is decided.
     void closeLine(double through, OneShot<bool> done);
-    /// Makes the engine's stream anew if its list has grown long and no line is open.
+    /// Recreates the engine's stream if its list is long and no line is open.
     void forgetOldLines();
     /// Frees the engine's stream.
     void release();
@@ -145,7 +146,7 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
 
     // Of passes over live sound that recognised something:
     double busySeconds_ = 0;
-    double busyLineSeconds_ = 0; ///< of open line, each as often as it was looked at
+    double busyLineSeconds_ = 0; ///< of open line, counted once per pass
     std::size_t busyPasses_ = 0;
 };
 

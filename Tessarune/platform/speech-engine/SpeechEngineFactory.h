@@ -10,15 +10,15 @@
 
 namespace tessarune {
 
-/// The recogniser of this computer. Nothing is loaded before an analyzer is prepared; what is
-/// missing then (library, model) is the failure of that operation. Models stay loaded as long as a
-/// copy of the result lives; `host` and `store` must outlive them.
+/// The recogniser of this computer. Loads nothing before an analyzer is prepared; a missing library
+/// or model is the failure of that operation. Models stay loaded while a copy of the result lives;
+/// `host` and `store` must outlive them.
 ///
-/// `modelChoice` is asked at each preparation, on the worker queue: "automatic" or a model's name.
+/// `modelChoice` is called at each preparation, on the worker queue: "automatic" or a model's name.
 SpeechEngine makeSpeechEngine(Host& host, ModelStore& store,
                               std::function<std::string()> modelChoice);
 
-/// As above with the parts that a test replaces.
+/// The same with replaceable parts, for tests.
 SpeechEngine makeSpeechEngine(Host& host, ModelStore& store,
                               std::function<std::string()> modelChoice,
                               std::function<std::shared_ptr<const MoonshineLibrary>()> library,

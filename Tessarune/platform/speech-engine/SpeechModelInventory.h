@@ -11,21 +11,21 @@
 
 namespace tessarune {
 
-/// Which speech models are on this computer, and how to get the others: the engine's own list of
-/// files against the model store. All English locales share one model; other languages have none.
+/// Which speech models are installed, and how to install the others: the engine's own list of files
+/// combined with the model store. All English locales share one model; other languages have none.
 ///
-/// Main queue. Store and installer must outlive it and the requests that it gave.
+/// Main queue. Store and installer must outlive it and the requests that it returned.
 class SpeechModelInventory final : public AssetInventory, public SpeechModelManager {
   public:
     using Library = std::function<std::shared_ptr<const MoonshineLibrary>()>;
 
-    /// `choice` as for `makeSpeechEngine`.
+    /// `choice` is the one of `makeSpeechEngine`.
     SpeechModelInventory(ModelStore& store, ModelInstaller& installer,
                          std::function<std::string()> choice,
                          Library library = &MoonshineLibrary::shared);
 
-    /// Wants the chosen model, or any where the choice is automatic: then the smallest is fetched
-    /// if there is none.
+    /// Requests the chosen model. If the choice is automatic, any installed model will do; if there
+    /// is none, requests the smallest.
     Task<std::shared_ptr<AssetInstallationRequest>>
     assetInstallationRequest(std::string localeIdentifier) override;
 
@@ -34,8 +34,7 @@ class SpeechModelInventory final : public AssetInventory, public SpeechModelMana
                         std::stop_token stop) override;
     void remove(const std::string& name) override;
 
-    /// What the engine's list says about a model. Throws std::runtime_error for a list that is not
-    /// understood.
+    /// The entry for a model in the engine's list. Throws std::runtime_error for an invalid list.
     static AvailableModel availableModel(const OfferedSpeechModel& offer,
                                          const MoonshineLibrary& library);
 

@@ -11,12 +11,12 @@ namespace tessarune {
 
 namespace {
 
-/// Seconds of work for each second of the open line, at every look. At more than this a line of
-/// five seconds is shown anew less than once a second, since a rest as long follows each look.
+/// Seconds of work per second of the open line, at each pass. Above this a line of five seconds is
+/// updated less than once a second, since a pause of the same length follows each pass.
 constexpr double slowLookRatio = 0.1;
-/// Fewer say nothing about a computer.
+/// The minimum number of passes for a measurement.
 constexpr std::size_t passesThatTell = 50;
-/// After so long a slow model gets another trial: computers, drivers and programs change.
+/// After this time a slow model is tried again: computers, drivers and programs change.
 constexpr double verdictSeconds = 30.0 * 24 * 3600;
 
 constexpr const char* speedsName = "speeds.json";
@@ -50,7 +50,7 @@ std::map<std::string, SpeechModelSpeeds::Speed> SpeechModelSpeeds::read() const 
             known[model] = {speed.at("lookRatio").get<double>(),
                             speed.at("measuredAt").get<double>()};
     } catch (const std::exception&) {
-        return {}; // not worth more: it is measured again
+        return {}; // no retry here: it is measured again
     }
     return known;
 }

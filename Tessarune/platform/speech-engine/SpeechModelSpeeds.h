@@ -10,19 +10,19 @@
 
 namespace tessarune {
 
-/// How fast the speech models have been seen to be on this computer, kept beside them. Any
-/// thread; nothing is cached.
+/// The measured speeds of the speech models on this computer, stored beside them. Any thread;
+/// nothing is cached.
 class SpeechModelSpeeds {
   public:
     SpeechModelSpeeds(Host& host, ModelStore& store) : host_(host), store_(store) {}
 
-    /// Seconds of work that a look at live sound costs here for each second of the line that is
-    /// open; nothing where that is not known, or no longer.
+    /// Seconds of work per second of the open line for a pass over live sound on this computer;
+    /// `nullopt` if unknown or outdated.
     std::optional<double> lookRatio(const std::string& model) const;
-    /// At this ratio a line is shown anew too seldom.
+    /// Whether a line is updated too seldom at this ratio.
     static bool isTooSlow(double lookRatio);
 
-    /// Remembers the average over so many looks.
+    /// Stores the average over so many passes.
     void observe(const std::string& model, double lookRatio, std::size_t passes);
 
   private:

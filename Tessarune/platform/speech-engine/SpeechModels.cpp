@@ -9,8 +9,8 @@ namespace tessarune {
 
 namespace {
 
-/// The part of the memory that a recording's model may have as files; loaded it takes some four
-/// times as much.
+/// The share of the memory that the files of a recording's model may have; loaded, it takes about
+/// four times as much.
 constexpr std::uint64_t shareOfMemory = 12;
 
 } // namespace

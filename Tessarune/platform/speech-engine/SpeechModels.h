@@ -14,7 +14,7 @@
 
 namespace tessarune {
 
-/// A speech model that the program offers, whether it is here or not.
+/// A speech model that the program offers, installed or not.
 struct OfferedSpeechModel {
     std::string_view name;
     moonshine::Architecture architecture;
@@ -24,15 +24,15 @@ struct OfferedSpeechModel {
 /// The memory of this computer. Any thread.
 std::uint64_t memoryBytesOfComputer();
 
-/// Which speech models there are, which one to take, and those that are loaded.
+/// Which speech models exist, which one to use, and the loaded ones.
 ///
 /// `choose` and `loadForFiles` are for any thread; `loaded` and `speeds` are confined to the
 /// engine's worker queue.
 class SpeechModels {
   public:
-    /// What can be chosen instead of a model's name.
+    /// The choice in place of a model's name.
     static constexpr std::string_view automatic = "automatic";
-    /// The model that is always there.
+    /// The model that is always offered.
     static constexpr std::string_view smallest = "tiny-en";
     /// All models that can be chosen, the smallest first.
     static const std::vector<OfferedSpeechModel>& offered();
@@ -41,21 +41,20 @@ class SpeechModels {
                  std::function<std::shared_ptr<const MoonshineLibrary>()> library,
                  double passInterval, std::uint64_t memoryBytes = memoryBytesOfComputer());
 
-    /// The chosen model, or of those that are here the largest that has not been seen to be too
-    /// slow on this computer lately. Throws std::runtime_error if there is none, ModelDamaged if
-    /// what was chosen is no longer whole.
+    /// The chosen model, or the largest installed one that was not too slow on this computer
+    /// lately. Throws std::runtime_error if there is none, ModelDamaged if the chosen one is
+    /// damaged.
     StoredModel choose() const;
 
-    /// The chosen model in memory; loads it the first time and keeps it. Throws as `choose`, and
-    /// what MoonshineModel throws.
+    /// The chosen model in memory; loaded once and kept. Throws like `choose` and MoonshineModel.
     std::shared_ptr<MoonshineModel> loaded();
 
-    /// A model of its own for recordings, where time matters little: the named one, or
-    /// where `model` is "automatic" the largest that is here whole and that fits the memory of this
-    /// computer, the smallest in any case. Throws as `loaded`.
+    /// A separate model for recordings, where speed matters little: the named one, or for
+    /// "automatic" the largest intact one that fits this computer's memory, at least the smallest.
+    /// Throws like `loaded`.
     std::shared_ptr<MoonshineModel> loadForFiles(const std::string& model) const;
 
-    /// What the next choice goes by.
+    /// The measurements for the next choice.
     SpeechModelSpeeds& speeds() { return speeds_; }
 
   private:

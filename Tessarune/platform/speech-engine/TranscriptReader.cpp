@@ -10,11 +10,11 @@ namespace tessarune {
 
 namespace {
 
-/// A line that begins so much before the end of the one before repeats its last words: the engine
-/// cuts lines that have become too long anywhere.
+/// A line that begins this long before the end of the previous one repeats its last words: the
+/// engine cuts long lines anywhere.
 constexpr double overlapWithWords = 0.3;
 
-/// The engine at times writes a comma twice.
+/// The engine sometimes writes a comma twice.
 std::string textOf(const char* bytes) {
     std::string text = bytes != nullptr ? bytes : "";
     const auto isRepeated = [](char a, char b) { return a == ',' && b == ','; };
@@ -69,7 +69,7 @@ void TranscriptReader::readOpen(const moonshine::Line& line, bool looksAgainSoon
     std::vector<SpeechRun> settled =
         line_.look(runsOf(line), clockOffset_ + line.start, looksAgainSoon);
     if (!settled.empty()) {
-        // Whoever compares a final with the volatile result before it finds the same words.
+        // A final has the same words as the volatile result before it, for code that compares them.
         if (givesVolatile)
             results.push_back(result(settled, false));
         results.push_back(result(std::move(settled), true));
@@ -87,7 +87,7 @@ void TranscriptReader::readComplete(const moonshine::Line& line,
                                     std::vector<SpeechResult>& results) {
     last_ = runsOf(line);
     SpeechResult rest = result(line_.rest(last_), true);
-    // A line that comes to nothing must take back what was shown of it.
+    // An empty line must still withdraw its shown text.
     if (!rest.runs.empty() || open_)
         results.push_back(std::move(rest));
     line_.clear();
@@ -101,7 +101,7 @@ std::optional<SpeechResult> TranscriptReader::takeOpen() {
     return taken;
 }
 
-/// A blank stands before each word but the first.
+/// A blank precedes each word but the first.
 SpeechResult TranscriptReader::result(std::vector<SpeechRun> runs, bool isFinal) const {
     for (SpeechRun& run : runs) {
         if (&run != &runs.front())
@@ -118,7 +118,7 @@ SpeechResult TranscriptReader::result(std::vector<SpeechRun> runs, bool isFinal)
     return result;
 }
 
-/// One run a word.
+/// One run per word.
 std::vector<SpeechRun> TranscriptReader::runsOf(const moonshine::Line& line) const {
     const std::string text = textOf(line.text);
     std::vector<SpeechRun> runs = timedRuns(text, line);
@@ -127,8 +127,7 @@ std::vector<SpeechRun> TranscriptReader::runsOf(const moonshine::Line& line) con
     return runs;
 }
 
-/// With the times that the engine gives for its parts; nothing if the engine's
-/// words are not the text's.
+/// Uses the engine's times for its words; `nullopt` if those are not the words of the text.
 std::vector<SpeechRun> TranscriptReader::timedRuns(const std::string& text,
                                                    const moonshine::Line& line) const {
     std::vector<SpeechRun> runs;
@@ -151,7 +150,7 @@ std::vector<SpeechRun> TranscriptReader::timedRuns(const std::string& text,
     return runs;
 }
 
-/// The line's span divided among the words by their length.
+/// Divides the line's span among the words by their length.
 std::vector<SpeechRun> TranscriptReader::evenRuns(const std::string& text, double start,
                                                   double end) const {
     const std::vector<std::string_view> tokens = Text::splitOnWhiteSpace(text);

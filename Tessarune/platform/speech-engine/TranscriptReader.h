@@ -11,9 +11,9 @@
 
 namespace tessarune {
 
-/// Turns the lines of one stream, read again and again as they grow, into results: a volatile one
-/// when what is shown of the open line has changed, final ones for the settled front of a long line
-/// and for the rest of a line that has become complete (see `OpenLine`). Pure; one thread.
+/// Turns the growing lines of one stream into results: a volatile one whenever the shown part of
+/// the open line has changed, final ones for the settled front of a long line and for the remainder
+/// of a complete line (see `OpenLine`). Pure; one thread.
 class TranscriptReader {
   public:
     explicit TranscriptReader(SpeechTranscriberOptions options) : options_(std::move(options)) {}
@@ -21,18 +21,19 @@ class TranscriptReader {
     /// The results that are new since the last call, in order.
     std::vector<SpeechResult> read(const moonshine::Transcript& transcript, bool looksAgainSoon);
 
-    /// The engine's stream was made anew and begins at this time of the session; its lines count
+    /// The engine's stream was recreated and begins at this time of the session; its lines count
     /// from 0 again.
     void restarted(double at);
 
-    /// What was given of the open line, as if it were complete.
+    /// The results so far of the open line, as if it were complete.
     std::optional<SpeechResult> takeOpen();
 
-    /// How many lines of the stream are complete.
+    /// The number of complete lines of the stream.
     std::size_t completeLines() const { return completeLines_; }
-    /// Where the last complete line ends, in seconds of the session; the stream's begin before.
+    /// The end of the last complete line, in seconds of the session; before the first, the stream's
+    /// beginning.
     double completeThrough() const { return completeThrough_; }
-    /// Where the open line begins, in seconds of the session; nothing if there is none.
+    /// The start of the open line, in seconds of the session; `nullopt` if there is none.
     std::optional<double> openSince() const { return openSince_; }
 
   private:
@@ -53,7 +54,7 @@ class TranscriptReader {
     bool isInLine_ = false;
     OpenLine line_;
     std::vector<SpeechRun> last_;      ///< the words of the last complete line
-    std::optional<SpeechResult> open_; ///< what was given of it behind its last final
+    std::optional<SpeechResult> open_; ///< the results of it after its last final
 };
 
 } // namespace tessarune

@@ -10,7 +10,7 @@ namespace tessarune {
 
 namespace {
 
-/// Whether it can only be made anew; otherwise it may be better next time.
+/// Whether the file must be rebuilt; any other failure may be temporary.
 bool isDamage(int code) {
     switch (code & 0xFF) {
     case SQLITE_CORRUPT:
@@ -25,14 +25,14 @@ bool isDamage(int code) {
     }
 }
 
-/// How long another program that writes is waited for.
+/// How long to wait for another program that writes.
 constexpr int busyMilliseconds = 5000;
 
 } // namespace
 
 SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& path) {
-    // Made here, so that it is the user's alone from the beginning; SQLite gives its own files
-    // beside it the same rights.
+    // Created here, private to the user from the start; SQLite gives its own files beside it the
+    // same rights.
     const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (file < 0)
         throw SearchIndexFailed("the search index cannot be opened: " + path.string(), false);
@@ -44,7 +44,7 @@ SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& path) {
         throw SearchIndexFailed("the search index cannot be opened: " + reason, false);
     }
     sqlite3_busy_timeout(handle_, busyMilliseconds);
-    // What a damaged or foreign file says runs no functions.
+    // A damaged or foreign file must not run functions of its schema.
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
 }
@@ -96,7 +96,7 @@ bool SQLiteDatabase::Statement::step() {
     const int result = sqlite3_step(handle_);
     if (result == SQLITE_ROW)
         return true;
-    // The first reset gives the failure's text.
+    // The first reset returns the failure's text.
     if (sqlite3_reset(handle_) != SQLITE_OK || result != SQLITE_DONE)
         database_.fail(sqlite3_sql(handle_));
     return false;

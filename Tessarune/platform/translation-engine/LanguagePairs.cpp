@@ -19,8 +19,8 @@ std::vector<std::string_view> subtags(std::string_view identifier) {
     }
 }
 
-/// The catalogue writes Chinese with its script, and did not always; the other languages stand
-/// there without a region.
+/// The catalogue names the script of Chinese, but did not always; it lists the other languages
+/// without a region.
 std::vector<std::string> catalogueNames(std::string_view identifier) {
     const std::vector<std::string_view> parts = subtags(identifier);
     const std::string_view language = parts.front();

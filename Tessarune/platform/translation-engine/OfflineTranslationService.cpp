@@ -27,7 +27,7 @@ struct OfflineTranslationService::Shared {
     const TranslationLimits limits;
     std::atomic<bool> isOver = false;
 
-    /// Of one model. An engine that hangs keeps its thread and its memory.
+    /// The limit per model: a hung engine keeps its thread and its memory.
     struct Engines {
         std::weak_ptr<PairEngine> current;
         std::vector<std::weak_ptr<PairEngine>> hanging;
@@ -51,7 +51,7 @@ struct OfflineTranslationService::Shared {
         return engine;
     }
 
-    /// Nobody gets this engine any more.
+    /// No new session gets this engine.
     void giveUp(const std::string& modelName, const std::shared_ptr<PairEngine>& engine) {
         const MutexLock lock(mutex);
         Engines& known = engines[modelName];
@@ -62,7 +62,7 @@ struct OfflineTranslationService::Shared {
     }
 };
 
-/// A session is what its operations share; they keep it until they have ended.
+/// The state that a session's operations share; they keep it until they have ended.
 class OfflineTranslationService::Session final : public TranslationSession {
   public:
     Session(std::shared_ptr<OfflineTranslationService::Shared> service, std::string source,
@@ -97,7 +97,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
         std::string target;
         Executor executor;
         std::atomic<bool> isOver = false;
-        std::atomic<bool> wasGivenUp = false; ///< which is why it is over
+        std::atomic<bool> wasGivenUp = false; ///< the reason why the session is over
 
         std::optional<Route> route; ///< on the executor
 
@@ -111,7 +111,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
                                          localized("The translation session is over."));
         }
 
-        /// Looks for a model until one has been found.
+        /// Looks for a model until one is found.
         Route findRoute() {
             requireAlive();
             if (route)
@@ -142,8 +142,8 @@ class OfflineTranslationService::Session final : public TranslationSession {
     };
     using Pointer = std::shared_ptr<State>;
 
-    /// Runs `work` on the pair's thread and comes back after `limit` seconds at the latest; throws
-    /// what it threw. Work that hangs outlives the caller: what it touches must be its own.
+    /// Runs `work` on the pair's thread and resumes after `limit` seconds at the latest; throws
+    /// what it threw. Hung work outlives the caller, so it must own what it uses.
     template <typename Work>
     static Task<void> onEngine(Pointer state, double limit, Work work) {
         const Route route = state->findRoute();
@@ -157,7 +157,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
             hasAnswered =
                 co_await runOnWithin(route.engine->executor(), limit, block, state->executor);
         } catch (...) {
-            state->route.reset(); // another model may serve the next time
+            state->route.reset(); // another model may fit next time
             throw;
         }
         if (!hasAnswered)
@@ -195,7 +195,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
         }
         if (!isUsable)
             co_await brought(state);
-        // It loads what was brought.
+        // Loads the downloaded model.
         co_await onEngine(state, limits.load + limits.translate, warmUp);
     }
 

@@ -9,23 +9,24 @@
 
 namespace tessarune {
 
-/// How long the engine may be at one thing, in seconds. Reached only by an engine that hangs, or
-/// files on a disk that does not answer.
+/// Limits for single calls of the engine, in seconds. Only a hung engine, or files on a disk that
+/// does not answer, reaches them.
 struct TranslationLimits {
     double load = 30;      ///< reads all files of a model
-    double translate = 20; ///< a sentence takes some thousandth of it
+    double translate = 20; ///< a sentence takes about a thousandth of it
 };
 
-/// The translator of this computer: one engine a language pair, on a thread of its own, which the
-/// pair's sessions share. It is loaded when a session first needs it and dropped with the last of
-/// them. Nothing but `prepareTranslation` uses the network.
+/// The translator of this computer: one engine per language pair, on a thread of its own, shared by
+/// the pair's sessions. It is loaded on first use and dropped with the last session. Only
+/// `prepareTranslation` uses the network.
 ///
-/// An engine that reaches a limit is left to itself: the operation fails with `alreadyCancelled`,
-/// its session is over, and the next session has another engine. Once three of a pair hang, all
-/// its operations fail so until one of them has ended.
+/// An engine that reaches a limit is abandoned: the operation fails with `alreadyCancelled`, its
+/// session is over, and the next session gets a new engine. While three engines of a pair hang, all
+/// its operations fail that way.
 ///
-/// Any thread. Host, store and inventory must outlive it and its sessions. Sessions that are left
-/// when it goes fail with `alreadyCancelled`, and so does an operation whose session went.
+/// Any thread. Host, store and inventory must outlive it and its sessions. When it is destroyed,
+/// remaining sessions fail with `alreadyCancelled`; so does an operation whose session is
+/// destroyed.
 class OfflineTranslationService final : public TranslationService {
   public:
     OfflineTranslationService(Host& host, ModelStore& store, TranslationModelInventory& inventory,

@@ -77,7 +77,7 @@ std::string PairEngine::translate(const std::string& text, bool isForTraditional
             loaded_->traditional = std::make_unique<TraditionalChinese>();
         return loaded_->traditional->of(translation);
     } catch (const std::exception& failure) {
-        loaded_.reset(); // nobody knows what state it is in
+        loaded_.reset(); // its state is unknown
         throw translationFailure(TranslationError::internalError, failure.what());
     }
 }

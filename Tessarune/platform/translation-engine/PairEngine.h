@@ -11,12 +11,11 @@
 
 namespace tessarune {
 
-/// A sentence that touches every part of the engine.
+/// A sentence that exercises every part of the engine.
 inline constexpr const char* warmUpText = "This is a short sentence.";
 
-/// The engine of one language pair and the thread that it lives on. Made and dropped anywhere;
-/// dropping it waits for what is running there, unless that itself drops it. Store and host must
-/// outlive it.
+/// The engine of one language pair and its thread. May be created and dropped on any thread;
+/// dropping it waits for running work, unless that work drops it. Store and host must outlive it.
 class PairEngine {
   public:
     PairEngine(Host& host, ModelStore& store, const std::string& modelName);
@@ -26,17 +25,17 @@ class PairEngine {
 
     const Executor& executor() const { return executor_; }
 
-    // On the executor alone. Each throws TranslationServiceError: `notInstalled` if the files are
-    // not there or no longer what they were, `internalError` with the engine's own text.
+    // Call on the executor only. Each throws TranslationServiceError: `notInstalled` if the files
+    // are missing or changed, `internalError` with the engine's own text.
 
-    /// Verifies and loads the files, where that has not been done or they are gone since.
+    /// Verifies and loads the files, unless they are loaded and still there.
     void load();
-    /// Loads first if need be. `isForTraditional` as of the pair.
+    /// Loads first if necessary. `isForTraditional` is the pair's.
     std::string translate(const std::string& text, bool isForTraditional);
 
-    /// Loads a model that lies anywhere, translates one sentence and drops it, on `host`'s queue of
-    /// its own. Throws ModelDamaged if that does not work, and TranslationServiceError if it takes
-    /// longer than `seconds`. Begun and ended on the main queue.
+    /// Loads a model from any folder, translates one sentence and drops it, on a queue of its own.
+    /// Throws ModelDamaged if that fails, and TranslationServiceError if it takes longer than
+    /// `seconds`. Starts and resumes on the main queue.
     static Task<void> tryOut(Host& host, StoredModel model, double seconds);
 
   private:

@@ -26,7 +26,7 @@ constexpr std::string_view sharedRole = "vocab";
 constexpr std::string_view sourceRole = "srcvocab";
 constexpr std::string_view targetRole = "trgvocab";
 
-/// "3.1", or "3.1a2" for one on trial.
+/// "3.1", or "3.1a2" for a trial version.
 struct Version {
     int major = 0;
     int minor = 0;
@@ -50,8 +50,8 @@ struct Version {
     auto order() const { return std::tie(major, minor, isFinal, rest); }
 };
 
-/// For whom a model is published. The condition that stands in its records is an expression of the
-/// publisher's own program; only what is known of it is understood.
+/// For whom a model is published. The condition in its records is an expression of the publisher's
+/// own program; only known forms are understood.
 enum class Audience { otherDevices, trial, everybody };
 
 Audience audienceOf(std::string_view condition) {
@@ -86,7 +86,7 @@ struct Record {
     FileToFetch file;
 };
 
-/// Nothing for a record that is of no use here.
+/// `nullopt` for a record that this program cannot use.
 std::optional<Record> recordOf(const Json& entry, const TranslationCatalogueSource& source) {
     if (!entry.is_object() || !entry.contains("attachment") || !entry["attachment"].is_object())
         return std::nullopt;
@@ -117,7 +117,7 @@ std::optional<Record> recordOf(const Json& entry, const TranslationCatalogueSour
     return record;
 }
 
-/// The records that were published together: files of two editions do not work with each other.
+/// The records that were published together: files of different editions do not work together.
 struct Edition {
     std::map<std::string, const Record*, std::less<>> byRole;
 
@@ -139,7 +139,7 @@ struct Edition {
     }
 
     bool isBetterThan(const Edition& other) const {
-        // Of two for everybody, the one with a condition is made for computers like this.
+        // Of two models for everybody, one with a condition is made for computers like this.
         const auto rank = [](const Record& record) {
             return std::make_tuple(audienceOf(record.condition), record.version.order(),
                                    !record.condition.empty(), record.architecture);

@@ -12,24 +12,24 @@
 
 namespace tessarune {
 
-/// Which language pairs have a model, and of what files it consists. A value that does not change.
+/// The language pairs that have a model, and the files of each model. An immutable value.
 class TranslationCatalogue {
   public:
-    /// What was published when this version of the program was made: the pairs alone, without
-    /// files. It says what could be downloaded before anything was.
+    /// The state when this version of the program was released: pairs without files. It tells what
+    /// can be downloaded before the first download.
     static TranslationCatalogue builtIn();
 
-    /// The list of files as it is published: a JSON object whose "data" has a record a file.
-    /// Records of other kinds, of versions that the engine does not read, for other devices, or
-    /// without the sum of the unpacked file are passed over. Throws std::runtime_error for a text
-    /// that is no such list, or that leaves no pair.
+    /// Parses the published list of files: a JSON object whose "data" has one record per file.
+    /// Skips records of other kinds, of versions that the engine does not read, for other devices,
+    /// or without the checksum of the unpacked file. Throws std::runtime_error if the text is not
+    /// such a list or has no usable pair.
     static TranslationCatalogue parse(const std::string& text,
                                       const TranslationCatalogueSource& source);
 
     bool lists(const TranslationPair& pair) const { return models_.contains(key(pair)); }
 
-    /// The newest model of the pair that is meant for everybody, or else one on trial. Nothing if
-    /// the pair is not listed or its files are not known.
+    /// The newest model of the pair for everybody, or else a trial version. `nullopt` if the pair
+    /// is not listed or its files are unknown.
     std::optional<AvailableModel> model(const TranslationPair& pair) const;
 
   private:
@@ -43,7 +43,7 @@ class TranslationCatalogue {
     std::map<Key, Model> models_;
 };
 
-/// The files of a translation model by what they are; found by their names, which begin with it.
+/// The files of a translation model by their purpose, found by the beginnings of their names.
 /// Throws std::runtime_error if one is missing.
 TranslationEngine::Files translationFilesOf(const StoredModel& model);
 

@@ -11,16 +11,16 @@ namespace translationABI {
 struct Engine;
 }
 
-/// The engine did not load or did not translate; the text is the engine's own.
+/// The engine failed to load or to translate; the text is the engine's own.
 struct TranslationEngineError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The translation engine with the model of one language pair, some 50 MB. It is made, used and
+/// The translation engine with the model of one language pair, about 50 MB. Created, used and
 /// dropped on one thread.
 class TranslationEngine {
   public:
-    /// The two vocabularies are one file where the languages share it.
+    /// The two vocabularies are the same file if the languages share it.
     struct Files {
         std::filesystem::path model;
         std::filesystem::path sourceVocabulary;
@@ -34,19 +34,19 @@ class TranslationEngine {
     TranslationEngine(const TranslationEngine&) = delete;
     TranslationEngine& operator=(const TranslationEngine&) = delete;
 
-    /// Of one sentence or several, also long ones; white space around and between them stays.
-    /// Milliseconds a sentence. Throws TranslationEngineError.
+    /// Translates one or more sentences of any length; keeps white space around and between them.
+    /// Takes milliseconds per sentence. Throws TranslationEngineError.
     std::string translate(std::string_view text) const;
 
   private:
     translationABI::Engine* engine_;
 };
 
-/// Where the models are published, as this edition of the engine knows it.
+/// Where the models for this version of the engine are published.
 struct TranslationCatalogueSource {
     std::string records;     ///< address of the list of files
     std::string attachments; ///< address below which the files lie, without a slash at the end
-    int majorVersion = 0;    ///< first number of the versions that the engine reads
+    int majorVersion = 0;    ///< the major version that the engine reads
 
     static TranslationCatalogueSource ofEngine();
 };

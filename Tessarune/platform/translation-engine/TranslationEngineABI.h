@@ -7,24 +7,23 @@
 /// calls them.
 ///
 /// No function throws or unwinds: a panic of the engine becomes a failure with its text. An engine
-/// belongs to the thread that loaded it. Text is bytes of UTF-8 with their number; bytes that are
-/// none are replaced by U+FFFD.
+/// belongs to the thread that loaded it. Text is UTF-8 with its length in bytes; each invalid byte
+/// is replaced by U+FFFD.
 namespace tessarune::translationABI {
 
-/// Kept by the caller until the call returns. What is returned so lasts as long as the program.
+/// A borrowed text: the caller keeps an argument until the call returns; a returned one is static.
 struct BorrowedText {
     const std::uint8_t* data;
     std::size_t length;
 };
 
-/// The receiver's; given back with `tessarune_text_free`.
+/// Owned by the receiver, who frees it with `tessarune_text_free`.
 struct OwnedText {
     std::uint8_t* data;
     std::size_t length;
 };
 
-/// Where the catalogue of models is published, and which models in it this engine reads: those
-/// whose version has this first number.
+/// Where the catalogue of models is published, and the major version that this engine reads.
 struct CatalogueSource {
     BorrowedText endpoint;    ///< address of the server, without a path
     BorrowedText collection;  ///< name of the collection there
@@ -36,14 +35,13 @@ struct Engine; ///< opaque
 
 extern "C" {
 
-/// Null where it does not load; then `failure` says why. The model stays mapped: its file must not
-/// change as long as the engine lives. A model that is cut short is noticed, one that is damaged
-/// otherwise may not be.
+/// Null on failure; `failure` then has the reason. The model stays mapped: its file must not change
+/// while the engine lives. Detects a truncated model, but not all other damage.
 Engine* tessarune_engine_load(BorrowedText model, BorrowedText sourceVocabulary,
                               BorrowedText targetVocabulary, OwnedText* failure);
 
-/// Several sentences and long ones are cut and joined again. `result` is the translation, or where
-/// this gives false the failure.
+/// Cuts several or long sentences and joins the results. `result` is the translation, or the
+/// failure if this returns false.
 bool tessarune_engine_translate(const Engine* engine, BorrowedText text, OwnedText* result);
 
 void tessarune_engine_free(Engine* engine);

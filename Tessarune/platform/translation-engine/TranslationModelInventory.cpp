@@ -17,7 +17,7 @@ namespace {
 constexpr const char* catalogueName = "catalogue.json";
 /// The published one has less than one megabyte.
 constexpr std::uint64_t largestCatalogue = 16'000'000;
-/// A model loads and translates a sentence in some hundredth of it.
+/// Loading a model and translating a sentence takes about a hundredth of it.
 constexpr double trialSeconds = 30;
 
 [[noreturn]] void failUnknown(const std::string& id) {
@@ -32,7 +32,7 @@ struct Languages {
     auto operator<=>(const Languages&) const = default;
 };
 
-/// Of a target that is offered.
+/// For a target that is offered.
 Languages languagesFor(const std::string& id) {
     if (TranslationSupport::targetLanguage(id) == nullptr)
         failUnknown(id);
@@ -102,7 +102,7 @@ struct TranslationModelInventory::Shared {
         return model && model->damage.empty() ? model : std::nullopt;
     }
 
-    /// Brings the newest catalogue; the one that is there has to do if that fails.
+    /// Fetches the newest catalogue; if that fails, the current one is used.
     static Task<void> refreshCatalogue(Pointer self, std::stop_token stop) {
         if (!self->network)
             self->network = self->host.serialQueue("tessarune.catalogue", QueuePriority::utility);
@@ -139,7 +139,7 @@ struct TranslationModelInventory::Shared {
         } catch (...) {
             failure = std::current_exception();
         }
-        // Which pair serves is known for certain only now.
+        // Only the new catalogue tells which pair to use.
         const std::optional<TranslationPair> pair = self->pairFor(languages);
         std::optional<AvailableModel> model = pair ? self->catalogue()->model(*pair) : std::nullopt;
         if (!model && failure)
@@ -151,7 +151,7 @@ struct TranslationModelInventory::Shared {
         co_await self->installer.install(std::move(*model), std::move(progress), stop);
     }
 
-    /// Main queue. Begins the job or joins the one that is under way.
+    /// Main queue. Starts the job or joins the running one.
     static void join(const Pointer& self, const Languages& languages,
                      const OneShot<std::exception_ptr>& outcome) {
         Waiters& waiters = self->onTheWay[languages];

@@ -11,17 +11,17 @@
 
 namespace tessarune {
 
-/// Which language pairs are on this computer, which can be had, and how to get them: the catalogue
-/// against the model store. The catalogue is the one that was fetched last, which is kept beside
-/// the models, or the built-in one; it is fetched anew with every download and at no other time.
+/// The language pairs that are installed or available, and their installation: the catalogue
+/// combined with the model store. The catalogue is the last one fetched, which is kept beside the
+/// models, or else the built-in one; only a download fetches it again.
 ///
-/// Any thread, but for making it and for what `TranslationLanguages` asks for the main queue.
-/// Store and installer must outlive it. Dropping it stops the catalogue that is on its way and
-/// waits for that; a model that is on its way is the installer's.
+/// Any thread; construction and the part of `TranslationLanguages` that requires it use the main
+/// queue. Store and installer must outlive it. Dropping it stops and awaits a running fetch of the
+/// catalogue; running downloads of models belong to the installer.
 class TranslationModelInventory final : public TranslationLanguages {
   public:
-    /// The catalogue is fetched as the installer fetches files. `trial` is that of each model; by
-    /// default the engine has to load it and translate with it.
+    /// The catalogue is fetched like the installer's files. `trial` is run for each model; by
+    /// default the engine loads the model and translates with it.
     TranslationModelInventory(
         Host& host, ModelStore& store, ModelInstaller& installer,
         TranslationCatalogueSource source = TranslationCatalogueSource::ofEngine(),
@@ -30,21 +30,21 @@ class TranslationModelInventory final : public TranslationLanguages {
     TranslationModelInventory(const TranslationModelInventory&) = delete;
     TranslationModelInventory& operator=(const TranslationModelInventory&) = delete;
 
-    /// The pair that serves these platform identifiers: one that is installed, or else one that is
-    /// listed, or nothing. A pair that needs a conversion comes last.
+    /// The pair for these platform identifiers: an installed one, or else a listed one, or none. A
+    /// pair that needs a conversion comes last.
     std::optional<TranslationPair> pairFor(std::string_view source, std::string_view target) const;
 
-    /// Looks at the disk, never at the network.
+    /// Reads the disk, never the network.
     TranslationAvailabilityStatus status(std::string_view source, std::string_view target) const;
 
-    /// Returns when a model for these platform identifiers stands in the store, on `executor`;
-    /// throws DownloadFailed and others, each with a text that can be shown. A model is on its way
-    /// once for all who wait, and arrives also when nobody waits any more. One that is damaged, or
-    /// that the engine cannot use, stays until another has arrived in its place.
+    /// Returns when a model for these platform identifiers is in the store, on `executor`; throws
+    /// DownloadFailed and others, each with a text that can be shown. All callers share one
+    /// download of a model, which continues even if none of them still waits. A model that is
+    /// damaged or unusable stays until another one replaces it.
     Task<void> bring(std::string source, std::string target, Executor executor);
 
-    /// Why the model for a target that is offered is of no use; empty if it is here and all its
-    /// sums are right, which `list` does not look at. Main queue.
+    /// Why the model for an offered target is unusable; empty if it is installed and all its
+    /// checksums match, which `list` does not check. Main queue.
     Task<std::string> flaw(std::string id);
 
     std::vector<TranslationLanguageState> list() const override;

@@ -30,7 +30,7 @@ std::optional<std::uint64_t> takeNumber(std::string_view& bytes) {
     return std::nullopt;
 }
 
-/// The number of the next field, which is passed over; nothing if it does not end in time.
+/// Reads the number of the next field and skips the field; `nullopt` if the field is truncated.
 std::optional<std::uint64_t> takeField(std::string_view& bytes) {
     const auto key = takeNumber(bytes);
     if (!key)

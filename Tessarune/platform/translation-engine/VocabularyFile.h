@@ -4,9 +4,9 @@
 
 namespace tessarune::VocabularyFile {
 
-/// The engine loads a vocabulary that is cut short, or no vocabulary at all, and then translates to
+/// Checks a vocabulary: the engine loads a truncated one, or none at all, and then translates to
 /// nonsense. Throws std::runtime_error with the file's name unless the file has the structure of a
-/// whole one: pieces, and behind them how text is normalised. Takes some milliseconds.
+/// whole one: pieces, followed by the rules for normalising text. Takes a few milliseconds.
 void requireWhole(const std::filesystem::path& file);
 
 } // namespace tessarune::VocabularyFile

@@ -30,7 +30,7 @@ constexpr std::array libraryParts{
     LibraryPart{PartOfSpeech::noun, NOUN}, LibraryPart{PartOfSpeech::verb, VERB},
     LibraryPart{PartOfSpeech::adjective, ADJ}, LibraryPart{PartOfSpeech::adverb, ADV}};
 
-/// A word as the library takes it: it writes into what it is given.
+/// A writable word: the library modifies its argument.
 class WordBuffer {
   public:
     explicit WordBuffer(std::string_view word) {
@@ -50,7 +50,7 @@ IndexEntry indexEntry(std::string_view lemma, int part) {
     return {index_lookup(WordBuffer(lemma).bytes(), part), &free_index};
 }
 
-/// The library and its files, of which a process has one. Under the lock.
+/// The library and its files, once per process. Under the lock.
 class WordNetLibrary {
   public:
     WordNetLibrary() {
@@ -67,7 +67,7 @@ class WordNetLibrary {
         return isOpen_ && !word.empty() && word.size() <= longestWord && Text::isASCII(word);
     }
 
-    /// How often a lemma was found in the texts that WordNet's senses were counted in.
+    /// How often a lemma occurs in the texts for which WordNet counted its senses.
     int uses(const std::string& lemma, int part) const {
         const auto found = uses_.find(lemma + '%' + std::to_string(part));
         return found == uses_.end() ? 0 : found->second;
@@ -128,7 +128,7 @@ class WordNetLibrary {
             const auto blank = text.rfind(' ');
             if (key == std::string_view::npos || blank == std::string_view::npos || blank < key)
                 continue;
-            // Adjectives that only stand beside others are a kind of their own.
+            // Adjectives that only occur before a noun or after a verb have a kind of their own.
             const char kind = text[key + 1] == '5' ? '3' : text[key + 1];
             int count = 0;
             std::from_chars(text.data() + blank + 1, text.data() + text.size(), count);
@@ -157,7 +157,7 @@ class WordNetLibrary {
     std::unordered_map<std::string, int> uses_;
 };
 
-/// Asks the one library there is; an empty answer about words that it cannot take.
+/// Calls the single library; returns an empty answer for words that it cannot take.
 template <typename Question>
 auto askWordNet(std::string_view word, Question question) {
     static Mutex lock;

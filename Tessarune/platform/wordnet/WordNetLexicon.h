@@ -7,8 +7,8 @@ namespace tessarune {
 /// WordNet's dictionary and morphology.
 ///
 /// The library keeps its open files and the state of a search in global variables: all lexicons of
-/// a process share one lock, and whoever calls waits. The files are opened at the first question;
-/// if they are not there, that is logged once and the dictionary is empty.
+/// a process share one lock, and callers block. The files are opened at the first lookup; if they
+/// are missing, that is logged once and the dictionary is empty.
 class WordNetLexicon final : public Lexicon {
   public:
     std::vector<WordReading> readings(std::string_view form) override;
