@@ -1,10 +1,22 @@
 #include "Tessarune/shell/TessarunePaths.h"
 
+#include <pwd.h>
+#include <unistd.h>
+
 #include <cstdlib>
 
 namespace tessarune {
 
 namespace {
+
+/// Services and scheduled jobs start without HOME.
+std::filesystem::path homeFolder() {
+    const char* home = std::getenv("HOME");
+    if (home && *home)
+        return home;
+    const passwd* const user = ::getpwuid(::getuid());
+    return user && user->pw_dir && *user->pw_dir ? user->pw_dir : "/";
+}
 
 /// The XDG conventions ask to ignore a relative path.
 std::filesystem::path userFolder(const char* variable, const char* belowHome) {
@@ -13,8 +25,7 @@ std::filesystem::path userFolder(const char* variable, const char* belowHome) {
         if (path.is_absolute())
             return path;
     }
-    const char* home = std::getenv("HOME");
-    return std::filesystem::path(home && *home ? home : "/") / belowHome;
+    return homeFolder() / belowHome;
 }
 
 } // namespace
