@@ -22,6 +22,14 @@ constexpr double afterDemoSeconds = 2.0;
 /// A file opens at once; a pipe does only when it gets a writer. After so long the user is told.
 constexpr double silentWaitSeconds = 1.0;
 
+Task<void> sayThatItWaits(Host& host, std::function<void(const std::string&)> say, std::string text,
+                          std::stop_token opened) {
+    Task<bool> waiting = sleep(Executor::main(host), silentWaitSeconds, opened);
+    const bool isWaiting = co_await waiting;
+    if (isWaiting)
+        say(text);
+}
+
 } // namespace
 
 Task<void> CaptionSound::open(CaptionsCommand command) {
@@ -54,16 +62,14 @@ void CaptionSound::useFile(const FileSource& file) {
     server_ = std::move(server);
 }
 
-Task<void> CaptionSound::sayThatItWaits(std::stop_token opened) const {
-    if (co_await sleep(Executor::main(host_), silentWaitSeconds, opened))
-        handlers_.say(localized("Waiting for sound from %@. Ctrl-C ends.", {fileName()}));
-}
-
 Task<void> CaptionSound::connect(bool mayShowDemo) {
     std::string refused;
     std::stop_source opened;
     if (file_)
-        spawn(Executor::main(host_), sayThatItWaits(opened.get_token()));
+        spawn(Executor::main(host_),
+              sayThatItWaits(host_, handlers_.say,
+                             localized("Waiting for sound from %@. Ctrl-C ends.", {fileName()}),
+                             opened.get_token()));
     try {
         Task<void> connecting = server_->connect(Executor::main(host_));
         co_await connecting;

@@ -52,7 +52,6 @@ class CaptionSound {
 
   private:
     void useFile(const FileSource& file);
-    Task<void> sayThatItWaits(std::stop_token opened) const;
     std::string fileName() const;
     Task<void> connect(bool mayShowDemo);
     void useDemo(const std::string& why);
