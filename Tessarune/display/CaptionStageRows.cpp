@@ -18,7 +18,8 @@ CaptionStageRows::CaptionStageRows(const LiveCaptionDisplayFrame& frame, Block b
     : block_(block), ghost_(Text::trimmed(frame.ghostTranslationText)) {
     if (block == Block::translations) {
         translations_ = frame.translationTail;
-        if (!ghost_.empty())
+        // As beside the source: a preview goes when its sentence has a translation.
+        if (CaptionStageRows(frame, Block::bilingual, false).hasGhost())
             tail_.push_back({"", ghost_, true, false});
         return;
     }
@@ -64,6 +65,10 @@ void CaptionStageRows::findGhostRow(const LiveCaptionDisplayFrame& frame) {
     }
 }
 
+bool CaptionStageRows::hasGhost() const {
+    return ghostRow_ || std::ranges::any_of(tail_, &CaptionStageRow::isGhost);
+}
+
 CaptionStageRow CaptionStageRows::row(std::size_t index) const {
     if (index >= settledSize())
         return tail_[index - settledSize()];
@@ -83,7 +88,11 @@ std::vector<std::size_t> CaptionStageRows::changedSince(const CaptionStageRows& 
         if (!(row(index) == before.row(index)))
             changed.push_back(index);
     };
-    settled_.forEachUnshared(before.settled_, compare);
+    if (block_ == before.block_)
+        settled_.forEachUnshared(before.settled_, compare);
+    else // the same rows are drawn otherwise
+        for (std::size_t i = 0; i < std::min(settledSize(), before.settledSize()); ++i)
+            compare(i);
     translations_.forEachUnshared(before.translations_, compare);
     for (const auto& ghost : {ghostRow_, before.ghostRow_}) {
         if (ghost && *ghost < std::min(settledSize(), before.settledSize()))

@@ -47,6 +47,7 @@ class CaptionStageRows {
   private:
     std::size_t settledSize() const { return settled_.size() + translations_.size(); }
     void addTail(const LiveCaptionDisplayFrame& frame, const LiveCaptionDisplayRows& live);
+    bool hasGhost() const;
     void findGhostRow(const LiveCaptionDisplayFrame& frame);
 
     Block block_ = Block::source;

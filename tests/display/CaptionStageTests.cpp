@@ -88,8 +88,12 @@ TEST(CaptionStageRows, AGhostJoinsTheRowOfItsSourceThatHasNoTranslation) {
     EXPECT_EQ(rows.row(1), (CaptionStageRow{"How are you?", "你好吗？", true, false}));
     EXPECT_EQ(rows.row(2), (CaptionStageRow{"I am", "", false, true}));
     EXPECT_EQ(rows.changedSince(before), std::vector<std::size_t>{1});
+    const CaptionStageRows sources(frame, Content::source, false);
+    EXPECT_EQ(sources.changedSince(rows), (std::vector<std::size_t>{0, 1})) << "another layout";
+    EXPECT_EQ(CaptionStageRows(frame, Content::translations, false).size(), 1U);
     frame.ghostTranslationSourceText = "hello";
     EXPECT_FALSE(CaptionStageRows(frame, Content::bilingual, false).row(0).isGhost);
+    EXPECT_EQ(CaptionStageRows(frame, Content::translations, false).size(), 0U);
 }
 
 } // namespace
