@@ -9,11 +9,11 @@ namespace tessarune {
 
 namespace {
 
-/// The name under which Qt keeps its connection to the bus of assistive programs. Before Qt 6.8 it
+/// The name under which Qt registers its connection to the bus of assistive programs. Qt before 6.8
 /// has no event for announcements.
 const QString accessibilityBus = QStringLiteral("a11y");
 constexpr int polite = 1; // ATSPI_LIVE_POLITE
-/// As many sentences may settle in one frame.
+/// This many sentences may settle in one frame.
 constexpr std::size_t mostAtOnce = 8;
 
 } // namespace
@@ -34,7 +34,7 @@ void CaptionAnnouncer::announceNewest() {
     const LiveCaptionDisplayRows& rows = environment_.session.captionDisplay.frame->sourceTextTail;
     if (rows.empty() || announced_ == rows.back().id)
         return;
-    // Where the last one is not among these, the rows are those of another session.
+    // If the last one is not among these, the rows belong to another session.
     std::size_t first = rows.size() - 1;
     const std::size_t farthest = rows.size() > mostAtOnce ? rows.size() - mostAtOnce : 0;
     for (std::size_t row = first; row > farthest; --row) {

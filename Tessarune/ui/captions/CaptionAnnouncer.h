@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// Lets a screen reader say each caption that has settled, after what it is just saying, unless the
-/// user has switched that off, and what is wrong in any case. Main thread; environment and window
+/// Lets a screen reader speak each settled caption, after what it is speaking now, unless the user
+/// has switched that off, and every problem in any case. Main thread; environment and window
 /// outlive it.
 class CaptionAnnouncer {
   public:

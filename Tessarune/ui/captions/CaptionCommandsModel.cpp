@@ -147,7 +147,7 @@ QHash<int, QByteArray> CaptionCommandsModel::roleNames() const {
 }
 
 void CaptionCommandsModel::choose(int row) const {
-    // A copy: what it does may renew the list.
+    // A copy, since the command may rebuild the list.
     if (const Command* const command = at(row))
         std::function(command->run)();
 }

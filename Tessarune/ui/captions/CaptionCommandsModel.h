@@ -13,12 +13,11 @@
 
 namespace tessarune {
 
-/// All that the user can ask of the caption window, in the order of its context menu, with the keys
-/// of the settings. The sources to listen to are entries of their own. Main thread; environment and
-/// toolbar outlive it.
+/// All commands of the caption window, in the order of its context menu, with the keys of the
+/// settings. Each source is an entry of its own. Main thread; environment and toolbar outlive it.
 class CaptionCommandsModel final : public QAbstractListModel {
     Q_OBJECT
-    /// What the user has selected among the captions.
+    /// The text that the user has selected in the captions.
     Q_PROPERTY(QString selection MEMBER selection_ NOTIFY selectionChanged)
 
   public:
@@ -28,7 +27,7 @@ class CaptionCommandsModel final : public QAbstractListModel {
         KeysTextRole,
         EnabledRole,
         CheckedRole,
-        /// A line stands above it.
+        /// Whether a line is drawn above it.
         FirstOfGroupRole,
     };
 
@@ -39,9 +38,9 @@ class CaptionCommandsModel final : public QAbstractListModel {
     QVariant data(const QModelIndex& index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
 
-    /// The user chose it in the menu.
+    /// Call when the user chose it in the menu.
     Q_INVOKABLE void choose(int row) const;
-    /// The user pressed its keys.
+    /// Call when the user pressed its keys.
     Q_INVOKABLE void press(int row) const;
     Q_INVOKABLE void copy(bool withTranslations) const;
     Q_INVOKABLE void clear() const { environment_.commands.clearCaptions(); }

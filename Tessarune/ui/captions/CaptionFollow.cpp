@@ -9,7 +9,7 @@ namespace tessarune {
 namespace {
 
 constexpr int glideMS = 220;
-/// Less would still count as the newest line, and be taken back.
+/// A smaller distance would still count as the newest line and be taken back.
 constexpr double shortestKeyScroll = 72;
 
 } // namespace
@@ -50,7 +50,7 @@ void CaptionFollow::followWindow(QQuickWindow* window) {
     connect(window, &QQuickWindow::screenChanged, this, &CaptionFollow::screenChanged, once);
 }
 
-/// That the window draws afterwards is its sign of life. While nobody sees it, it draws nothing.
+/// Drawing the next frame proves that the window is alive. While it is invisible, it draws nothing.
 void CaptionFollow::framePublished() {
     contentIsDue_ = true;
     if (!list_ || !list_->window() || !list_->window()->isExposed())
@@ -99,7 +99,7 @@ void CaptionFollow::contentHeightChanged() {
     driver_->documentFrameChanged();
 }
 
-/// Before the frame is drawn: a line that wraps is never seen half hidden.
+/// Before the frame is drawn, so that a wrapped line is never seen half hidden.
 void CaptionFollow::beforeFrame() {
     if (std::exchange(contentIsDue_, false))
         contentChanged();
@@ -150,15 +150,15 @@ double CaptionFollow::moveToEnd() {
     const auto before = geometry();
     if (!before)
         return 0;
-    // Beyond a page the list only guesses where its end is until it has been there.
+    // More than a page away the list only estimates its end until it has been there.
     if (std::abs(before->legalBottomDelta()) > before->clipHeight)
         QMetaObject::invokeMethod(list_, "positionViewAtEnd");
     list_->setProperty("contentY", geometry()->legalBottomY - hiddenHeight_);
     return before->legalBottomDelta();
 }
 
-/// While the user moves the list it is the user's: a slow scroll back past many new words would
-/// never get away from the end.
+/// While the user moves the list, it is left alone: otherwise a slow scroll back would be undone by
+/// every new word.
 void CaptionFollow::scrollToEnd() {
     if (isMovedByUser())
         return;
@@ -181,7 +181,7 @@ void CaptionFollow::redraw() {
     nudgeWindow();
 }
 
-/// Qt composes a window whenever it is asked to; it need not be moved for that.
+/// Qt places a window whenever it is asked to; the window need not be moved for that.
 void CaptionFollow::nudgeWindow() {
     if (list_ && list_->window())
         list_->window()->update();

@@ -12,16 +12,16 @@
 
 namespace tessarune {
 
-/// Joins a Qt Quick list to the driver that keeps it at its newest line. The list's content ends at
-/// its bottom edge, also while it is shorter than the list. Main thread.
+/// Connects a Qt Quick list to the driver that keeps it at its newest line. The list's content ends
+/// at its bottom edge, even while it is shorter than the list. Main thread.
 ///
-/// Rows that arrive move the list at once; `glide` is by how much it is drawn lower, which runs to
+/// New rows move the list at once; `glide` is by how much it is drawn lower, which animates to
 /// zero, so that a reader sees the lines move up.
 class CaptionFollow : public QObject, private CaptionListView {
     Q_OBJECT
     Q_PROPERTY(tessarune::CaptionStageModel* stage MEMBER stage_ NOTIFY attachedChanged)
     Q_PROPERTY(QQuickItem* list READ list WRITE setList NOTIFY attachedChanged)
-    /// So much of the list's height lies above what the reader sees.
+    /// The height of the list above the visible part.
     Q_PROPERTY(double hiddenHeight MEMBER hiddenHeight_ NOTIFY attachedChanged)
     Q_PROPERTY(bool reviewing READ reviewing NOTIFY reviewingChanged)
     Q_PROPERTY(double glide READ glide NOTIFY glideChanged)
@@ -42,7 +42,7 @@ class CaptionFollow : public QObject, private CaptionListView {
     Q_INVOKABLE void heightChanged();
     /// The user asks for the newest line.
     Q_INVOKABLE void returnToNewest();
-    /// The user reads on with the keyboard, so many pages further; below 0: back.
+    /// The user scrolls with the keyboard by this many pages; below 0: back.
     Q_INVOKABLE void scrollByKey(double pages);
 
   Q_SIGNALS:

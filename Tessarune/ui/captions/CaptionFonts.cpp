@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// The place whose shapes a language takes.
+/// The region whose glyph shapes a language uses.
 QString place(std::string_view language) {
     if (language.starts_with("ja"))
         return QStringLiteral("JP");
@@ -29,7 +29,7 @@ void nameInterfaceFaces(std::string_view locale) {
 
 QFont captionFont(std::string_view language, std::int64_t size) {
     QFont font = QGuiApplication::font();
-    // The desktop's own face for Latin, and one whose weight and height go with it for the rest.
+    // The desktop's font for Latin, and one with a matching weight and height for everything else.
     font.setFamilies({QStringLiteral("Noto Sans"), font.family(),
                       QStringLiteral("Noto Sans CJK ") + place(language)});
     font.setPixelSize(static_cast<int>(std::clamp<std::int64_t>(size, 8, 200)));

@@ -6,13 +6,13 @@
 
 namespace tessarune {
 
-/// The font of captions in a language. One Chinese character has other shapes in Japan, Korea and
-/// Taiwan; what is not said here is left to the order of the fonts on the computer. `size` is in
-/// points of the caption settings, which are pixels at a scale of 1.
+/// The font for captions in a language. One Chinese character has different shapes in Japan, Korea
+/// and Taiwan; other languages use the order of the fonts on the computer. `size` is in points of
+/// the caption settings, which are pixels at a scale of 1.
 QFont captionFont(std::string_view language, std::int64_t size);
 
-/// Names the face of everything else for texts of a locale ("zh_TW"), too. What Qt finds by itself
-/// takes the weight of whatever was drawn first. Before there is a window.
+/// Sets the font of everything else for a locale ("zh_TW"), since Qt's own fallback takes the
+/// weight of whatever was drawn first. Call before the first window.
 void nameInterfaceFaces(std::string_view locale);
 
 } // namespace tessarune

@@ -12,7 +12,7 @@ namespace {
 
 constexpr int pollMS = 80;
 constexpr double faintestSound = 0.05;
-/// A speaker's pauses are shorter.
+/// A speaker's pauses are shorter than this.
 constexpr double quietSeconds = 5;
 constexpr double lookEverySeconds = 1;
 constexpr double worthTellingSeconds = 5;

@@ -9,13 +9,13 @@
 
 namespace tessarune {
 
-/// What the reader has to know while no new words come: how loud it is, and whether it is quiet,
-/// the captions are behind, or they have ended. Main thread; the environment outlives it.
+/// What the reader needs to know while no new words arrive: the sound level, and whether it is
+/// quiet, the captions are behind, or they have ended. Main thread; the environment outlives it.
 class CaptionHearingModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isListening READ isListening NOTIFY levelChanged)
     Q_PROPERTY(double level READ level NOTIFY levelChanged) ///< 0 to 1
-    /// Empty: words come, or something else says why they do not.
+    /// Empty while words arrive, or while something else explains why not.
     Q_PROPERTY(QString text READ text NOTIFY textChanged)
 
   public:

@@ -6,11 +6,11 @@
 
 namespace tessarune {
 
-/// The rows of one caption list for Qt Quick, told apart by the smallest changes: a row that was
-/// added is inserted, a translation that arrived changes one row. Main thread.
+/// The rows of one caption list for Qt Quick, updated with the smallest changes: a new row is
+/// inserted, a translation that arrived changes one row. Main thread.
 class CaptionRowsModel final : public QAbstractListModel {
     Q_OBJECT
-    /// From this row on the list shows what is being read.
+    /// From this row on the list shows the current captions.
     Q_PROPERTY(int firstPrimary READ firstPrimary NOTIFY firstPrimaryChanged)
 
   public:

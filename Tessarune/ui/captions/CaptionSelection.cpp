@@ -66,7 +66,7 @@ CaptionSelection::CaptionSelection() {
     connect(this, &CaptionSelection::attachedChanged, this, &CaptionSelection::followRows);
 }
 
-/// The selection knows rows by their numbers: without these rows it is of something else.
+/// The selection refers to rows by number: without these rows its numbers mean other text.
 void CaptionSelection::followRows() {
     const auto once = Qt::UniqueConnection;
     if (rows_) {

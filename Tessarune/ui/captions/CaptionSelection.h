@@ -15,7 +15,7 @@
 namespace tessarune {
 
 /// The text that the user has selected in a list of captions, from any character to any other, also
-/// across rows. It is known by rows and characters, so that it stays where it is while captions are
+/// across rows. It is stored as rows and characters, so that it stays in place while captions are
 /// added. Main thread.
 class CaptionSelection : public QObject {
     Q_OBJECT
@@ -24,7 +24,7 @@ class CaptionSelection : public QObject {
     /// Its rows have the items `sourceItem` and `translationItem`.
     Q_PROPERTY(QQuickItem* list READ list WRITE setList NOTIFY attachedChanged)
     Q_PROPERTY(QString text READ text NOTIFY changed)
-    /// Another one for each selection, for what is drawn of it.
+    /// Changes with each selection, to redraw what depends on it.
     Q_PROPERTY(int revision READ revision NOTIFY changed)
 
   public:
@@ -34,13 +34,14 @@ class CaptionSelection : public QObject {
     QString text() const;
     int revision() const { return revision_; }
 
-    // Points are the list's own.
+    // Points are in the list's coordinates.
     Q_INVOKABLE void begin(double x, double y);
     Q_INVOKABLE void extend(double x, double y);
     Q_INVOKABLE void selectWord(double x, double y);
     Q_INVOKABLE void selectAll();
     Q_INVOKABLE void clear();
-    /// What of a text item is selected, as rectangles in it; `revision` is for the binding alone.
+    /// The selected part of a text item, as rectangles in it; `revision` is only there for the
+    /// binding.
     Q_INVOKABLE QVariantList rects(int row, bool isTranslation, QQuickItem* item, double width,
                                    int revision) const;
 
@@ -49,7 +50,7 @@ class CaptionSelection : public QObject {
     void changed();
 
   private:
-    /// Before a character of one of the texts of a row.
+    /// A place before a character of one of a row's texts.
     struct Place {
         int row = 0;
         int part = 0; ///< 0 for the upper text of the row, 1 for the lower one

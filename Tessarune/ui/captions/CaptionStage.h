@@ -10,13 +10,13 @@ namespace tessarune {
 /// What the stage shows while there are no captions.
 enum class CaptionEmptyPresentation { idle, checking, silent };
 
-/// What the caption stage makes of a frame. Pure functions.
+/// Derives the caption stage from a frame. Pure functions.
 namespace CaptionStage {
 
 bool hasCaptionOutput(const LiveCaptionDisplayFrame& frame);
-/// Nothing while there are captions, and while a session without any stops.
+/// `nullopt` while there are captions, and while a session without any stops.
 std::optional<CaptionEmptyPresentation> emptyPresentation(const LiveCaptionDisplayFrame& frame);
-/// Differs whenever the drawn content does.
+/// Differs whenever the drawn content differs.
 std::uint64_t contentRevision(const LiveCaptionDisplayFrame& frame);
 
 } // namespace CaptionStage

@@ -78,7 +78,7 @@ QString CaptionStageModel::presentation() const {
     case CaptionEmptyPresentation::idle:
         return QStringLiteral("empty-idle");
     case CaptionEmptyPresentation::checking:
-        // Who took the captions away knows that there is sound.
+        // A user who cleared the captions knows that there is sound.
         return isCleared() ? QStringLiteral("clear") : QStringLiteral("empty-checking");
     case CaptionEmptyPresentation::silent:
         return QStringLiteral("empty-silent");

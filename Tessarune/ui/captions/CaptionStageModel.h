@@ -27,7 +27,7 @@ class CaptionStageModel final : public QObject {
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY frameChanged)
     Q_PROPERTY(QString emptySubtitle READ emptySubtitle NOTIFY frameChanged)
     Q_PROPERTY(QString translationStatus READ translationStatus NOTIFY frameChanged)
-    /// What can be done about it; empty: nothing.
+    /// What can be done about it; empty if nothing.
     Q_PROPERTY(QString translationRemedy READ translationRemedy NOTIFY frameChanged)
     Q_PROPERTY(QString newestText READ newestText CONSTANT)
 
@@ -87,7 +87,7 @@ class CaptionStageModel final : public QObject {
 
   Q_SIGNALS:
     void frameChanged();
-    /// Rows have other texts, or in another order.
+    /// The rows have other texts or another order.
     void layoutChanged();
     void settingsChanged();
 
@@ -96,7 +96,7 @@ class CaptionStageModel final : public QObject {
     const LiveCaptionDisplayFrame& frame() const { return *display().frame; }
     const SubtitleCaptionSettingsViewState& settings() const { return *settings_.state; }
     bool isCleared() const;
-    /// There is no model for the language to translate into.
+    /// There is no model for the target language.
     bool lacksLanguage() const;
     void updateRows();
 

@@ -92,7 +92,7 @@ QString CaptionToolbarModel::status() const {
     return QString::fromStdString(session().status->text());
 }
 
-/// What the empty stage or the toolbar says anyway is not said twice.
+/// Does not repeat what the empty stage or the toolbar says anyway.
 bool CaptionToolbarModel::showsStatus() const {
     using Kind = SessionStatus::Kind;
     if (isTrouble())

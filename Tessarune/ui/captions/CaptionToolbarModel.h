@@ -11,21 +11,21 @@
 
 namespace tessarune {
 
-/// The toolbar and the status line of the caption window: what is heard, for how long, and the
+/// The toolbar and the status line of the caption window: the source, the duration, and the
 /// buttons. It mirrors the session, so that captions do not redraw it. Main thread; the environment
 /// outlives it.
 class CaptionToolbarModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isListening READ isListening NOTIFY sessionChanged)
-    /// A start or a stop is under way.
+    /// A start or a stop is in progress.
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY sessionChanged)
     Q_PROPERTY(QString toggleText READ toggleText NOTIFY sessionChanged)
     Q_PROPERTY(QString sourceName READ sourceName NOTIFY sessionChanged)
     Q_PROPERTY(QStringList sources READ sources NOTIFY sourcesChanged)
-    /// -1: something else is heard.
+    /// -1 if the source is not in the list.
     Q_PROPERTY(int currentSource READ currentSource NOTIFY sourcesChanged)
     Q_PROPERTY(QString status READ status NOTIFY sessionChanged)
-    /// The status needs the reader's attention: it is shown over the captions.
+    /// The status needs attention: it is shown over the captions.
     Q_PROPERTY(bool showsStatus READ showsStatus NOTIFY sessionChanged)
     Q_PROPERTY(bool isTrouble READ isTrouble NOTIFY sessionChanged)
     Q_PROPERTY(QString notice READ notice NOTIFY noticeChanged)
@@ -83,7 +83,7 @@ class CaptionToolbarModel final : public QObject {
     bool showsSettings() const {
         return settings_.state->showSettings && environment_.commands.showSettings;
     }
-    /// There is a translation to arrange.
+    /// There is a translation whose order can be changed.
     bool hasLayouts() const;
     bool swaps() const { return settings_.state->swapCaptionOrder; }
     QString pinText() const;
@@ -100,7 +100,7 @@ class CaptionToolbarModel final : public QObject {
 
     Q_INVOKABLE void toggle() const;
     void toggleByMenu() const;
-    /// The record shortcut.
+    /// Handles the record shortcut.
     void toggleByKey() const;
     Q_INVOKABLE void selectSource(int index) const;
     Q_INVOKABLE void refreshSources() const;

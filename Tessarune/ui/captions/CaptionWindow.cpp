@@ -9,8 +9,8 @@
 #include <QVariantMap>
 #include <utility>
 
-/// Outside of any namespace, as Qt wants it; a static library's files are found only when asked
-/// for.
+/// Qt requires this outside any namespace. The files of a static library are found only after this
+/// call.
 static void useCaptionFiles() {
     Q_INIT_RESOURCE(captions);
     Q_INIT_RESOURCE(qmlcache_captions);
@@ -62,7 +62,8 @@ CaptionWindow::CaptionWindow(CaptionWindowEnvironment environment)
 }
 
 CaptionWindow::~CaptionWindow() {
-    // Rows that went are still to be deleted, and what moves in them must not outlive the engine.
+    // Rows that were removed are deleted only later, and their animations must not outlive the
+    // engine.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 

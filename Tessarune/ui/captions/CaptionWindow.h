@@ -18,12 +18,12 @@ namespace tessarune {
 /// The floating caption window. Main thread; needs the application object.
 class CaptionWindow {
   public:
-    /// Loads the window without showing it. Ends the program where the window's own files are
-    /// broken, which no user can mend.
+    /// Loads the window without showing it. Ends the program if the window's own files are broken,
+    /// which no user can repair.
     explicit CaptionWindow(CaptionWindowEnvironment environment);
     ~CaptionWindow();
     CaptionWindow(const CaptionWindow&) = delete;
-    /// Makes what captions are drawn with known to QML, for other windows that show some.
+    /// Registers the caption items with QML, for other windows that show captions.
     static void registerTypes();
 
     void show();

@@ -13,7 +13,7 @@
 
 namespace tessarune {
 
-/// What the caption window shows and what it may ask for. All of it outlives the window.
+/// The data and actions of the caption window. All of it outlives the window.
 struct CaptionWindowEnvironment {
     struct Commands {
         std::function<void(const LiveSessionControlTrigger&)> toggleListening;
@@ -21,7 +21,7 @@ struct CaptionWindowEnvironment {
         std::function<void()> refreshInputDevices;
         std::function<void()> retryTranslation;
         std::function<void()> clearCaptions;
-        /// What is on the screen, to be copied.
+        /// The text on the screen, for copying.
         std::function<TranscriptSnapshot()> visibleText;
         std::function<void()> dismissNotice;
         /// The user closed the window.
@@ -36,21 +36,21 @@ struct CaptionWindowEnvironment {
     Host& host;
     AppSettings& settings;
     const SessionView& session;
-    /// What is heard where the sound is no source of the computer's; empty otherwise.
+    /// The name of a source that is not one of the computer's; empty otherwise.
     const Published<std::string>& soundName;
-    /// What the program itself has to say, until the user has read it; empty: nothing.
+    /// A message of the program itself, until the user dismisses it; empty if there is none.
     const Published<std::string>& notice;
-    /// Where the window keeps its place.
+    /// Where the window's position is stored.
     UserDefaults& store;
     Commands commands;
-    /// How far the captions are behind the sound, in seconds; absent: nobody knows.
+    /// By how many seconds the captions are behind the sound; absent if unknown.
     std::function<double()> secondsBehind{};
     /// Whether the desktop asks for less motion.
     const Published<bool>& reducesMotion;
-    /// Hears what the list of captions does to stay at its newest line.
+    /// Is told how the caption list stays at its newest line.
     CaptionFollowDriver::Recorder recordFollow{};
-    /// What the user can do where this desktop lets no program keep its window above others; empty:
-    /// it does.
+    /// What the user can do where this desktop lets no program keep its window above others; empty
+    /// where it does.
     std::string otherWayToTop{};
 };
 

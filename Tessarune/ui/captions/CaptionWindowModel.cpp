@@ -6,7 +6,7 @@ namespace tessarune {
 
 namespace {
 
-/// A window that cannot be seen at all could not be taken hold of either.
+/// An invisible window could not be grabbed either.
 constexpr double faintest = 0.02;
 constexpr double opaqueEnough = 0.85;
 

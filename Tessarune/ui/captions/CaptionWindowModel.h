@@ -15,10 +15,10 @@ namespace tessarune {
 class CaptionWindowModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(QColor background READ background NOTIFY settingsChanged)
-    /// Texts need an outline: what is behind the window shines through.
+    /// Texts need an outline, since what is behind the window shows through.
     Q_PROPERTY(bool isTranslucent READ isTranslucent NOTIFY settingsChanged)
     Q_PROPERTY(bool keepsOnTop READ keepsOnTop NOTIFY settingsChanged)
-    /// The desktop lists it among the running programs.
+    /// Whether the desktop lists it among the running programs.
     Q_PROPERTY(bool isListed READ isListed NOTIFY listedChanged)
     Q_PROPERTY(bool showsChrome READ showsChrome NOTIFY chromeChanged)
 

@@ -7,7 +7,7 @@ namespace tessarune {
 
 namespace {
 
-/// The keys with the codes from 0 on that have a sign, which is Qt's code of them; ~: none here.
+/// The characters of the key codes from 0 on, which are also Qt's codes; ~ for none.
 constexpr std::string_view signsFromZero = "ASDFHGZXCV~BQWERYT123465=97-80]OU[IP~LJ'K;\\,/NM.~ `";
 static_assert(signsFromZero[8] == 'C' && signsFromZero[37] == 'L' && signsFromZero[49] == ' ');
 

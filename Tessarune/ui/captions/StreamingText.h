@@ -13,13 +13,13 @@ namespace tessarune {
 /// A growing text that a view shows word by word: `SmoothStreamingText` for Qt Quick. Main thread.
 class StreamingText : public QObject {
     Q_OBJECT
-    /// Whose host and settings it takes; before anything is shown.
+    /// The source of host and settings; set before anything is shown.
     Q_PROPERTY(tessarune::CaptionStageModel* stage MEMBER stage_ NOTIFY inputChanged)
     Q_PROPERTY(QString text MEMBER text_ NOTIFY inputChanged)
-    /// Whether the text is still growing: one that is not is left alone.
+    /// Whether the text is still growing; a complete text is shown at once.
     Q_PROPERTY(bool running MEMBER running_ NOTIFY inputChanged)
     Q_PROPERTY(QColor highlightColor MEMBER highlightColor_ NOTIFY markupChanged)
-    /// What is visible, as styled text.
+    /// The visible part, as styled text.
     Q_PROPERTY(QString markup READ markup NOTIFY markupChanged)
 
   public:

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int settledMS = 1000;
 constexpr int rearrangedMS = 2000;
-/// So much of the window must be on a screen.
+/// At least this much of the window must be on a screen.
 constexpr QSize leastVisible(120, 60);
 
 QString textOf(const QRect& rect) {
@@ -69,7 +69,7 @@ std::string WindowPlace::key() const {
     return name_ + " " + screens.join(' ').toStdString();
 }
 
-/// The desktop moves windows then, as it likes.
+/// The desktop moves windows then, wherever it likes.
 void WindowPlace::screensChanged() {
     settled_.stop();
     rearranged_.start();

@@ -12,11 +12,11 @@ namespace tessarune {
 /// and store outlive it.
 class WindowPlace {
   public:
-    /// `name` is what the store knows the window by.
+    /// `name` is the window's name in the store.
     WindowPlace(QWindow& window, UserDefaults& store, std::string name);
     WindowPlace(const WindowPlace&) = delete;
 
-    /// Puts the window where it was with these screens, if it could be taken hold of there.
+    /// Moves the window to where it was with these screens, if it can be grabbed there.
     void restore();
 
   private:

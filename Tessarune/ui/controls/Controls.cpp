@@ -5,8 +5,8 @@
 #include <QUrl>
 #include <QtQml>
 
-/// Outside of any namespace, as Qt wants it; a static library's files are found only when asked
-/// for.
+/// Qt requires this outside any namespace. The files of a static library are found only after this
+/// call.
 static void useControlFiles() {
     Q_INIT_RESOURCE(controls);
     Q_INIT_RESOURCE(qmlcache_controls);
@@ -17,7 +17,7 @@ namespace tessarune {
 void registerControls() {
     static const bool once = [] {
         useControlFiles();
-        // In a module of its own: the singleton, which uses it, is one of the other.
+        // The singleton uses this module, so it is in a module of its own.
         qmlRegisterType<DesktopLook>("Tessarune.Desktop", 1, 0, "DesktopLook");
         qmlRegisterSingletonType(QUrl(QStringLiteral("qrc:/controls/Theme.qml")), "Tessarune", 1, 0,
                                  "Theme");

@@ -2,7 +2,7 @@
 
 namespace tessarune {
 
-/// Makes the controls in `qrc:/controls` and the singleton `Theme` known to QML, once a process.
+/// Registers the controls in `qrc:/controls` and the singleton `Theme` with QML, once per process.
 /// Main thread, before the first window that uses them.
 void registerControls();
 

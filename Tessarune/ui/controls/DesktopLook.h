@@ -4,7 +4,7 @@
 
 namespace tessarune {
 
-/// What the desktop asks of every window: light or dark, and how large its text is. Main thread.
+/// What the desktop asks of every window: light or dark, and the size of its text. Main thread.
 class DesktopLook : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isDark READ isDark NOTIFY changed)

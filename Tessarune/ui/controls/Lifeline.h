@@ -9,13 +9,13 @@
 
 namespace tessarune {
 
-/// Tells what comes late whether its object still exists: a task that returns from a queue, a
-/// progress of another thread, a notification. A member of that object, made and destroyed on the
-/// main thread.
+/// Tells a late call whether its object still exists: a task that returns from a queue, the
+/// progress of another thread, a notification. A member of that object, created and destroyed on
+/// the main thread.
 template <typename T>
 class Lifeline {
   public:
-    /// Points to null once the object has gone. Read on the main thread.
+    /// Points to null once the object is destroyed. Read on the main thread.
     using Held = std::shared_ptr<T* const>;
 
     explicit Lifeline(T& object) : object_(std::make_shared<T*>(&object)) {}
@@ -24,7 +24,8 @@ class Lifeline {
 
     Held held() const { return object_; }
 
-    /// A function for the main thread that calls `act(object, values…)` if there is an object then.
+    /// Returns a function for the main thread that calls `act(object, values…)` if the object
+    /// exists then.
     template <typename Act>
     auto calling(Act act) const {
         return [weak = std::weak_ptr<T* const>(object_), act = std::move(act)](auto... values) {
@@ -33,7 +34,7 @@ class Lifeline {
         };
     }
 
-    /// The same for any thread: it is called on the main queue. The host outlives the function.
+    /// The same for any thread: the call happens on the main queue. The host outlives the function.
     template <typename Act>
     auto posting(Host& host, Act act) const {
         return [&host, call = calling(std::move(act))](auto... values) {

@@ -20,14 +20,14 @@ class ListedRows : public QAbstractListModel {
 
   protected:
     const std::vector<Row>& rows() const { return rows_; }
-    /// Null where there is no such row.
+    /// Null if there is no such row.
     const Row* at(int row) const {
         return row >= 0 && row < count() ? &rows_[static_cast<std::size_t>(row)] : nullptr;
     }
 
-    /// What stands before the first and behind the last difference stays; of what stays, the rows
-    /// that are not equal any more are announced. `isSame` compares what rows are about. True if
-    /// there are other rows now.
+    /// Rows before the first and behind the last difference stay; those of them that are no longer
+    /// equal are announced as changed. `isSame` compares identities. Returns true if rows were
+    /// added or removed.
     template <typename IsSame>
     bool show(std::vector<Row> now, IsSame isSame) {
         const auto first =
@@ -53,7 +53,7 @@ class ListedRows : public QAbstractListModel {
         return removedEnd > begin || addedEnd > begin;
     }
 
-    /// All of it is about something else.
+    /// Resets the model: all rows are new.
     void reset(std::vector<Row> now) {
         beginResetModel();
         rows_ = std::move(now);

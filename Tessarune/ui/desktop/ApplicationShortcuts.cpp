@@ -7,7 +7,7 @@ namespace tessarune {
 
 namespace {
 
-/// A field that records a shortcut, or one whose selected text is copied.
+/// A field that records a shortcut, or one whose selected text can be copied.
 bool keepsKeys(const QObject* focus, const QKeyEvent& keys) {
     if (!focus)
         return false;

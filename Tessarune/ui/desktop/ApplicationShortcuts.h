@@ -8,9 +8,10 @@
 
 namespace tessarune {
 
-/// The shortcuts of the settings in every window of the program: seen before the window sees the
-/// keys. The caption window has them of its own; elsewhere plain keys are for typing, and where
-/// text is selected its own copy goes before that of captions. Main thread; all outlive it.
+/// The shortcuts of the settings in every window of the program, handled before the window gets the
+/// keys. The caption window handles them itself; in other windows plain keys are for typing, and
+/// copying a selected text has precedence over copying the captions. Main thread; all references
+/// outlive it.
 class ApplicationShortcuts : public QObject {
   public:
     ApplicationShortcuts(const CaptionCommandsModel& commands, const QWindow& captions);
@@ -18,7 +19,7 @@ class ApplicationShortcuts : public QObject {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
-    /// -1: none that can be used now.
+    /// -1 if none can be used now.
     int commandOf(const QKeyEvent& keys) const;
 
     const CaptionCommandsModel& commands_;

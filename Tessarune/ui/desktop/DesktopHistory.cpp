@@ -21,7 +21,7 @@ namespace tessarune {
 
 namespace {
 
-/// Makes this program the one that may change recordings, if it is not so already.
+/// Takes the right to change recordings for this program, if it does not have it yet.
 std::string problemOfChange(Application& application) {
     try {
         const auto holder = application.recording.takeDataFolder();
@@ -33,13 +33,13 @@ std::string problemOfChange(Application& application) {
     }
 }
 
-/// Where the user was last, at first the documents.
+/// The folder that was used last; at first the documents.
 QString& lastFolder() {
     static QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     return folder;
 }
 
-/// A dialog that goes by itself when it is closed.
+/// A dialog that deletes itself when it is closed.
 QFileDialog* fileDialog(const std::string& title) {
     auto* const dialog = new QFileDialog(nullptr, QString::fromStdString(title));
     dialog->setAttribute(Qt::WA_DeleteOnClose);

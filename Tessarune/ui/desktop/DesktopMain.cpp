@@ -38,7 +38,7 @@ void nameProgram() {
     QGuiApplication::setDesktopFileName(QStringLiteral(TESSARUNE_APPLICATION_ID));
 }
 
-/// Gives the status to end with; nothing where the other program has just ended.
+/// Returns the exit status; `nullopt` if the other program has just ended.
 std::optional<int> passOn(SingleInstance& instance, const DesktopRequest& request) {
     const std::string failure = instance.forward(request.forOther());
     if (instance.standing() == SingleInstance::Standing::first)
@@ -58,14 +58,14 @@ int runDesktopProgram(int argc, char** argv) {
                      "tessarune-terminal.\n";
         return noDisplay;
     }
-    // Only X11, which Wayland desktops have too, keeps a window above others for a program.
+    // Only X11, which Wayland desktops provide too, lets a program keep a window above others.
     if (!qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "xcb");
     PlatformLog::open(programName);
     nameProgram();
     QApplication application(argc, argv); // takes its own options out of the arguments
-    // It also takes over the user's locale. Its texts are welcome, but libraries of sound and
-    // speech read numbers, and those have a decimal point.
+    // Qt also sets the user's locale. Its texts are wanted, but libraries for sound and speech
+    // parse numbers, which need a decimal point.
     std::setlocale(LC_NUMERIC, "C");
     nameInterfaceFaces(StringTables::userLocale());
     const std::span<char*> arguments(argv + 1, static_cast<std::size_t>(std::max(argc, 1) - 1));

@@ -2,11 +2,12 @@
 
 namespace tessarune {
 
-/// The desktop program from its first window to the saved session; gives the status to end with.
+/// Runs the desktop program from its first window to the saved session, and returns the exit
+/// status.
 ///
-/// `tessarune start` begins to caption at once, `tessarune file:PATH` too: a file instead of what
-/// the computer plays. The other words are those of `DesktopAction`. Where the program runs already
-/// it is asked to do the same, and this one ends.
+/// `tessarune start` begins captioning at once, and so does `tessarune file:PATH`, with a file in
+/// place of the computer's sound. The other words are those of `DesktopAction`. If the program
+/// already runs, it is asked to do the same, and this process ends.
 int runDesktopProgram(int argc, char** argv);
 
 } // namespace tessarune

@@ -32,7 +32,7 @@ void DesktopProgram::watchSystem() {
                     application_.logger.important("system.willSleep", {});
                     spawn(Executor::main(host_), secure(std::move(ready)));
                 },
-            // The sound comes back by itself; the time asleep is a gap in it.
+            // The sound resumes by itself; the time asleep is recorded as a gap.
             .didWake = [this] { application_.logger.important("system.didWake", {}); },
             .willShutDown =
                 [this](std::function<void()> ready) {
@@ -68,7 +68,8 @@ Task<void> DesktopProgram::finish(std::function<void()> ready) {
     quit();
 }
 
-/// Before the desktop's session ends, or the display is gone: nobody waits for a task then.
+/// Called before the desktop session ends or after the display was lost: there is no time for a
+/// task.
 void DesktopProgram::saveNow() {
     listening_.stop(LiveSessionControlTrigger::applicationWillTerminate());
     host_.runByItself([this] { return !store().isStopping(); },

@@ -20,7 +20,7 @@ double secondsBehind(const LiveSystemAudioTranscriber& transcriber) {
     return found == stats.end() ? 0 : found->second;
 }
 
-/// How a user keeps a window above others where no program can.
+/// How a user keeps a window above others where no program may do so.
 std::string desktopsWayToTop() {
     static const std::pair<const char*, std::string_view> ways[] = {
         {"GNOME", localizationKey("Alt+空格，置顶")},
@@ -38,7 +38,7 @@ std::string desktopsWayToTop() {
 
 } // namespace
 
-/// The windows that open when they are asked for. The menus have an entry for each.
+/// The windows that are opened on request. The menus have an entry for each.
 void DesktopProgram::offerWindows() {
     windows_.offer<SettingsWindow>(DesktopWindows::Kind::settings, [this] {
         return makeSettingsWindow(application_, session_, motion_.isReduced, desktop_);
@@ -151,7 +151,7 @@ void DesktopProgram::perform(DesktopAction action) {
     }
 }
 
-/// What another start of the program, or the desktop, asks.
+/// Requests of another start of the program, or of the desktop.
 void DesktopProgram::handle(const InstanceRequest& request) {
     if (isEnding_)
         return;
@@ -172,7 +172,7 @@ void DesktopProgram::showWindow() {
     window_->show();
 }
 
-/// Captions and recording go on.
+/// Captions and recording continue.
 void DesktopProgram::hideWindow() {
     window_->hide();
 }
@@ -187,7 +187,7 @@ void DesktopProgram::toggleWindow() {
         window.showMinimized(); // where the desktop lists its windows
 }
 
-/// The user closed the window of captions: their session is over.
+/// The user closed the caption window: this ends the session.
 void DesktopProgram::closeWindow() {
     application_.logger.event("window.subtitleCloseRequested", {}, Importance::important);
     hideWindow();
@@ -203,7 +203,7 @@ void DesktopProgram::endIfUnreachable() {
         quit();
 }
 
-/// A panel may have gone since it showed the item.
+/// A panel may have vanished since it showed the item.
 bool DesktopProgram::isInTray() const {
     return tray_ && (trayWatch_->isThere() || X11Desktop::hasTray());
 }

@@ -20,7 +20,7 @@ std::string obstacleText(const RecordingGate::Obstacle& obstacle) {
     return obstacle.doubt;
 }
 
-/// `quit` would ask the window first, which is hidden and declines.
+/// `quit` would ask the window first, which is hidden and refuses.
 Task<void> endEventLoop(HistoryRefinementService& refinement) {
     Task<void> ending = refinement.end();
     co_await ending;
@@ -52,7 +52,7 @@ int DesktopProgram::run() {
     showFirst();
     watchSystem();
     instance_.serve([this](const InstanceRequest& request) { handle(request); });
-    // A file is there to be heard; what else is heard is the user's choice.
+    // A file may be captioned without asking; any other source is the user's choice.
     if (request_.file)
         listening_.captionFile(*request_.file);
     else
@@ -69,7 +69,7 @@ int DesktopProgram::run() {
     return status;
 }
 
-/// Where nothing can be recorded, captions go on and the user hears why.
+/// If nothing can be recorded, captions go on and the user is told why.
 void DesktopProgram::prepare() {
     const Application::Preparation found = application_.prepareToRecord();
     if (found.obstacle.holder)
@@ -88,7 +88,7 @@ void DesktopProgram::prepare() {
             localized("已恢复 %lld 次中断的会话，可在历史记录中查看。", {std::to_string(count)}));
 }
 
-/// Where there is none, leads to where it can be had: a session would fetch it without a word.
+/// If there is no model, shows where to get one: a session would download it without telling.
 bool DesktopProgram::hasSpeechModel() {
     const std::string problem = application_.speechModelProblem();
     notices_.tell(DesktopNotices::Topic::speechModel, problem);
@@ -104,7 +104,7 @@ void DesktopProgram::toggle(const LiveSessionControlTrigger& trigger) {
     listening_.toggle(trigger);
 }
 
-/// The windows go at once, the program when everything is saved.
+/// The windows close at once, the program ends when everything is saved.
 void DesktopProgram::quit() {
     if (std::exchange(isEnding_, true))
         return;

@@ -34,8 +34,8 @@ namespace tessarune {
 /// The windows of the desktop program over one listening session. Main thread, with the application
 /// object.
 ///
-/// Closing a window never ends the program where it can be reached again: by its item in the tray,
-/// or through another of its windows. Without either it ends with its last window.
+/// Closing a window does not end the program as long as it can be reached through its tray item or
+/// another of its windows. Otherwise it ends with its last window.
 class DesktopProgram {
   public:
     DesktopProgram(TerminationSignals& signals, SingleInstance& instance, DesktopRequest request);
@@ -56,7 +56,7 @@ class DesktopProgram {
     void leave();
     LiveTranscriptStore& store() { return session_.store(); }
 
-    // DesktopProgram+System.cpp: what the computer does around the program
+    // DesktopProgram+System.cpp: events of the computer around the program
     void watchSystem();
     void notifyIfHidden(const std::string& text);
     Task<void> secure(std::function<void()> ready);
@@ -67,7 +67,7 @@ class DesktopProgram {
     void offerWindows();
     CaptionWindowEnvironment windowEnvironment();
     void recordFollow(const std::string& event, const LogFields& fields, bool important);
-    /// The captions, or on the first start what comes before them.
+    /// The caption window, or the welcome page on the first start.
     void showFirst();
     void makeTray();
     void perform(DesktopAction action);

@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// What somebody asks of the running program. The words are those of the command line, of the
-/// desktop entry's actions and of the bus.
+/// A request to the running program. The words are those of the command line, of the desktop
+/// entry's actions and of the bus.
 enum class DesktopAction { start, stop, toggle, show, history, settings };
 
 std::optional<DesktopAction> desktopActionOf(std::string_view word);
@@ -24,7 +24,7 @@ struct DesktopRequest {
     std::string unknown; ///< the first word that means nothing; empty: there is none
 
     static DesktopRequest of(std::span<char*> arguments);
-    /// The same for the program that runs already.
+    /// The same request for an instance that already runs.
     InstanceRequest forOther() const;
     bool has(DesktopAction action) const;
 };

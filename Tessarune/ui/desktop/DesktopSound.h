@@ -13,9 +13,9 @@
 
 namespace tessarune {
 
-/// The sound of the desktop program: the computer's, or for a while a file that plays in its place.
-/// The computer's microphones are there in either case. What is heard changes on the main queue and
-/// only between two sessions, so a session may use it on its own queue. The host outlives it.
+/// The sound of the desktop program: the computer's, or temporarily a file that plays in its place.
+/// The computer's microphones are available in either case. The source changes only on the main
+/// queue and between two sessions, so a session may use it on its own queue. The host outlives it.
 class DesktopSound final : public SoundServer {
   public:
     explicit DesktopSound(Host& host) : host_(host) {}
@@ -24,18 +24,18 @@ class DesktopSound final : public SoundServer {
     /// text that says why. Main queue.
     std::function<void(const std::string& problem)> onFileEnded;
 
-    /// From now on a file is heard, once connected. No stream is open.
+    /// Switches to a file, once connected. No stream may be open.
     void playFile(const std::filesystem::path& file);
-    /// The computer is heard again. No stream is open.
+    /// Switches back to the computer. No stream may be open.
     void listenToComputer();
     bool isFile() const { return file_ != nullptr; }
-    /// The file's; empty: the computer is heard. Assigned here alone.
+    /// The name of the file; empty while the computer is the source. Set only here.
     Published<std::string> fileName;
-    /// What plays recordings, whatever is heard.
+    /// The server that plays recordings, whatever the source is.
     SoundServer& computer() { return computer_; }
 
-    /// Gives why there is no sound, for the user; empty if there is. May be tried again. Where
-    /// something else is to be heard meanwhile, that is tried.
+    /// Returns why there is no sound, for the user; empty on success. May be called again. If the
+    /// source changes meanwhile, the new one is tried.
     Task<std::string> connectOrSay();
 
     Task<void> connect(Executor resumeOn) override;

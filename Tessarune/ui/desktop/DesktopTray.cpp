@@ -18,7 +18,7 @@ QString textOf(std::string_view key) {
     return QString::fromStdString(localized(key));
 }
 
-/// Two lines of captions, for a desktop that has not installed the program's icon.
+/// A drawing of two caption lines, for a desktop without the program's icon.
 QIcon drawnIcon() {
     QIcon icon;
     for (const int size : {16, 22, 32, 64}) {

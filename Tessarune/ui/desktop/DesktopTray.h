@@ -26,12 +26,12 @@ class DesktopTray {
         std::function<void()> quit;
     };
 
-    /// A picture "MenuBarIcon.png" in `pictures` is taken for the item.
+    /// The picture "MenuBarIcon.png" in `pictures`, if it exists, is used for the item.
     DesktopTray(const SessionView& session, const std::filesystem::path& pictures,
                 Commands commands);
     DesktopTray(const DesktopTray&) = delete;
 
-    /// The window was shown or hidden.
+    /// Call when the window was shown or hidden.
     void update();
     /// From its own menu, too, which is still in use then.
     void hide() { item_.hide(); }

@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* seenKey = "welcomeSeen";
 
-/// Where it is missing, playing it says so.
+/// If it is missing, playing it reports so.
 std::filesystem::path sampleOrNothing() {
     try {
         return ProgramPlaces::sampleSpeech();

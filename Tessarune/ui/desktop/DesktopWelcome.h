@@ -11,20 +11,20 @@
 
 namespace tessarune {
 
-/// The first start: the page, and a session over the sample speech whose captions it shows. Nothing
-/// of it is recorded. Main thread; the application outlives it.
+/// The first start: the page, and a session over sample speech whose captions it shows. None of it
+/// is recorded. Main thread; the application outlives it.
 class DesktopWelcome {
   public:
-    /// Whether the user has never seen it.
+    /// Whether the page was never shown.
     static bool isDue(const Application& application);
 
-    /// `onClose` is called once, when the user has seen enough.
+    /// `onClose` is called once, when the user leaves the page.
     DesktopWelcome(Application& application, const Published<bool>& reducesMotion,
                    std::function<void()> onClose);
     DesktopWelcome(const DesktopWelcome&) = delete;
 
     void show() { window_.show(); }
-    /// Before a session of the user's begins.
+    /// Call before a session of the user's begins.
     void close();
 
   private:

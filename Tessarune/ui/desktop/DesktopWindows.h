@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// The windows beside the captions, for the menus, the tray, the keys and the bus. Each is made
-/// when it is first asked for and stays until the program ends. Main thread.
+/// The windows besides the captions, for the menus, the tray, the keys and the bus. Each is created
+/// on first use and lives until the program ends. Main thread.
 class DesktopWindows {
   public:
     enum class Kind { settings, history };
@@ -38,7 +38,7 @@ class DesktopWindows {
                 }};
     }
     bool has(Kind kind) const { return offered_.contains(kind); }
-    /// Nothing happens where the program has no such window.
+    /// Does nothing if the program has no such window.
     void show(Kind kind, const std::string& section = {}) {
         if (const auto offered = offered_.find(kind); offered != offered_.end())
             offered->second.show(section);

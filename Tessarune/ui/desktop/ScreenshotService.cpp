@@ -50,8 +50,8 @@ ScreenshotService::ScreenshotService(Environment environment)
 }
 
 bool ScreenshotService::isWanted() const {
-    // A run may keep less than the level of the settings: nothing of a session that must not be
-    // recorded.
+    // A run may hold less than the level of the settings asks for: nothing of a session that must
+    // not be recorded.
     return *environment_.settings.screenshotEnabled && *environment_.session.isDiagnosticsRunning &&
            environment_.keepsTexts();
 }

@@ -15,12 +15,11 @@
 
 namespace tessarune {
 
-/// Keeps pictures of the caption window in the diagnostics run of a session, in its folder
-/// "screenshots", while the user wants that and the run holds what was said anyway. A picture that
-/// looks like the one before is left out; one that cannot be written is lost.
+/// Saves pictures of the caption window to the folder "screenshots" of a session's diagnostics run,
+/// if the user wants that and the run holds the spoken text anyway. A picture that looks like the
+/// previous one is left out; one that cannot be written is lost.
 ///
-/// Main queue; pictures are compressed and written on a queue of their own. All references outlive
-/// it.
+/// Main queue; pictures are compressed and written on a separate queue. All references outlive it.
 class ScreenshotService {
   public:
     struct Environment {

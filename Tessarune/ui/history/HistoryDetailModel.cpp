@@ -10,7 +10,7 @@ namespace tessarune {
 
 namespace {
 
-/// What the files of a recording hold.
+/// The contents of a recording's files.
 struct ShownFiles {
     HistoryTranscriptPayload payload;
     HistoryWordTimeline timeline;
@@ -60,7 +60,7 @@ void HistoryDetailModel::show(const std::optional<HistoryItem>& recording) {
         return;
     const bool isOther = !recording || !recording_ || recording->id != recording_->id ||
                          recording->live != recording_->live;
-    // A note that is being edited is kept, even if the recording changes meanwhile.
+    // A note that is being edited stays, even if the recording changes meanwhile.
     const bool isOtherNote = isOther || recording->note != recording_->note;
     recording_ = recording;
     if (isOther) {
@@ -77,7 +77,7 @@ void HistoryDetailModel::show(const std::optional<HistoryItem>& recording) {
     Q_EMIT recordingChanged();
 }
 
-/// Of a running session nothing is saved yet.
+/// A running session has not saved anything yet.
 void HistoryDetailModel::showLiveText() {
     if (!isRunning() || !environment_.liveText)
         return;
@@ -103,7 +103,7 @@ Task<void> HistoryDetailModel::load(HistoryItem recording) {
     ShownFiles found;
     co_await runOn(Executor::queue(environment_.host, queue),
                    [&] { found = readFiles(catalog, files, recording.id); });
-    // Another recording was chosen, or the window has gone.
+    // Another recording was chosen, or the window was closed.
     if (!*held || token_ != token)
         co_return;
     const bool isOtherSource = payload_.sourceText != found.payload.sourceText;

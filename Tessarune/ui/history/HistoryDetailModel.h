@@ -16,8 +16,8 @@
 
 namespace tessarune {
 
-/// The recording that is chosen in the list: its note, and its transcript in one language or in
-/// two. Main thread; the environment outlives it.
+/// The recording chosen in the list: its note, and its transcript in one or two languages. Main
+/// thread; the environment outlives it.
 class HistoryDetailModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isShown READ isShown NOTIFY recordingChanged)
@@ -31,15 +31,15 @@ class HistoryDetailModel final : public QObject {
     Q_PROPERTY(bool isTimed READ isTimed NOTIFY transcriptChanged)
     Q_PROPERTY(bool hasText READ hasText NOTIFY transcriptChanged)
     Q_PROPERTY(bool hasTranslation READ hasTranslation NOTIFY transcriptChanged)
-    /// What stands in place of a transcript, or above one without the translation that was asked
-    /// for; empty: nothing.
+    /// Shown in place of a transcript, or above one whose requested translation is missing; empty
+    /// if not needed.
     Q_PROPERTY(QString hint READ hint NOTIFY transcriptChanged)
 
   public:
     explicit HistoryDetailModel(const HistoryWindowEnvironment& environment);
     ~HistoryDetailModel() override;
 
-    /// The chosen recording, or what the catalog now says of it; nothing: none is chosen.
+    /// The chosen recording as the catalog has it now; `nullopt` if none is chosen.
     void show(const std::optional<HistoryItem>& recording);
     const std::optional<HistoryItem>& recording() const { return recording_; }
 
@@ -64,7 +64,7 @@ class HistoryDetailModel final : public QObject {
     void modeChanged();
     /// What is shown of the texts, or the texts themselves.
     void transcriptChanged();
-    /// The text in the language that was spoken.
+    /// The text in the spoken language.
     void sourceChanged();
 
   private:

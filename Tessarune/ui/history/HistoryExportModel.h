@@ -21,14 +21,14 @@ class HistoryExportModel final : public QObject {
     Q_PROPERTY(int content READ content WRITE setContent NOTIFY changed)
     Q_PROPERTY(bool isAudio READ isAudio NOTIFY changed)
     Q_PROPERTY(bool canBeBilingual READ canBeBilingual NOTIFY changed)
-    /// About what was chosen; empty: nothing needs to be said.
+    /// A remark on what was chosen; empty if there is none.
     Q_PROPERTY(QString hint READ hint NOTIFY changed)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY busyChanged)
-    /// 0 to 1; below 0 while it is not known.
+    /// 0 to 1; below 0 while it is unknown.
     Q_PROPERTY(double progress READ progress NOTIFY busyChanged)
 
   public:
-    /// `onAlert` tells the user how it went.
+    /// `onAlert` tells the user the result.
     HistoryExportModel(const HistoryWindowEnvironment& environment, HistoryDetailModel& detail,
                        std::function<void(const std::string&)> onAlert);
     ~HistoryExportModel() override { stop_.request_stop(); }
@@ -44,7 +44,7 @@ class HistoryExportModel final : public QObject {
     bool isBusy() const { return isBusy_; }
     double progress() const { return progress_; }
 
-    /// Asks for a place and writes the file.
+    /// Asks for a file name and writes the file.
     Q_INVOKABLE void run();
     Q_INVOKABLE void cancel();
 

@@ -17,7 +17,7 @@
 
 namespace tessarune {
 
-/// A file on its way into the history, or one that could not be imported.
+/// A file that is being imported, or could not be.
 struct ImportedFile {
     enum class State { waiting, copying, failed };
 
@@ -29,9 +29,9 @@ struct ImportedFile {
     bool operator==(const ImportedFile&) const = default;
 };
 
-/// The files that are being imported, one after the other. One that is in the history is no row
-/// here any more; one that is not stays, with the reason, until the user has read it. Main thread;
-/// the environment outlives it. Its end gives up what is under way.
+/// The files that are being imported, one after the other. A file that has been imported leaves the
+/// list; one that failed stays, with the reason, until the user removes it. Main thread; the
+/// environment outlives it. Destroying the model cancels what is in progress.
 class HistoryImportsModel final : public ListedRows<ImportedFile> {
     Q_OBJECT
     Q_PROPERTY(int count READ count NOTIFY countChanged)
@@ -44,7 +44,7 @@ class HistoryImportsModel final : public ListedRows<ImportedFile> {
         ProgressRole ///< 0 to 1; below 0: it waits, or has failed
     };
 
-    /// `mayChange` tells the user why recordings cannot be changed now, if so.
+    /// `mayChange` tells the user if recordings cannot be changed now, and why.
     HistoryImportsModel(const HistoryWindowEnvironment& environment,
                         std::function<bool()> mayChange);
     ~HistoryImportsModel() override { stop_.request_stop(); }
@@ -55,7 +55,7 @@ class HistoryImportsModel final : public ListedRows<ImportedFile> {
     /// Asks for files.
     Q_INVOKABLE void choose();
     Q_INVOKABLE void add(const QList<QUrl>& files);
-    /// Gives up a file that waits or is being copied; takes one that failed off the list.
+    /// Cancels a file that waits or is being copied; removes a failed one from the list.
     Q_INVOKABLE void remove(int row);
 
   Q_SIGNALS:

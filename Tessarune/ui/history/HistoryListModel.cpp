@@ -17,7 +17,7 @@ using Entry = HistoryListReader::Entry;
 using EntryPtr = HistoryListReader::EntryPtr;
 using Step = HistoryRefinementService::Progress::Step;
 
-/// Several changes in a row are read once.
+/// Several changes in a row cause one reading.
 constexpr double settleSeconds = 0.05;
 constexpr double daySeconds = 86'400;
 
@@ -36,7 +36,7 @@ bool isSameRecording(const EntryPtr& a, const EntryPtr& b) {
     return a->item.id == b->item.id;
 }
 
-/// The recordings about which one of the two says something else.
+/// The recordings whose entries differ between the two.
 template <typename Value>
 void addDifferences(const std::map<UUID, Value>& before, const std::map<UUID, Value>& now,
                     std::set<UUID>& different) {
@@ -88,7 +88,7 @@ void HistoryListModel::follow() {
     refinementsChanged();
 }
 
-/// Then today is another day.
+/// After midnight "today" is another day.
 void HistoryListModel::awaitMidnight() {
     const auto now = static_cast<std::time_t>(environment_.host.wallClock());
     std::tm local{};
@@ -106,7 +106,7 @@ void HistoryListModel::transcriptChanged(const UUID& id) {
     reload();
 }
 
-/// Only the rows that look different are announced, for a list is long and progress is frequent.
+/// Announces only rows that look different: the list is long and progress is frequent.
 void HistoryListModel::refinementsChanged() {
     std::set<UUID> different;
     addDifferences(jobs_, *environment_.refinement.jobs(), different);
@@ -159,7 +159,7 @@ void HistoryListModel::setQuery(const QString& query) {
     update();
 }
 
-/// What an earlier search found stays until this one has an answer.
+/// The result of the previous search stays until this one has an answer.
 void HistoryListModel::search() {
     ++searches_;
     if (query_.isEmpty())

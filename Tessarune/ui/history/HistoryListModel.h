@@ -18,13 +18,13 @@
 
 namespace tessarune {
 
-/// The recordings of the catalog as they are listed: newest first, by day, those that a search
-/// leaves, each with what is being done with it. It follows the catalog and the refinements. Main
-/// thread, which never waits for the disk; the environment outlives it.
+/// The recordings of the catalog as a list: newest first, by day, filtered by a search, each with
+/// its current activity. It follows the catalog and the refinements. Main thread, which never waits
+/// for the disk; the environment outlives it.
 class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
     Q_OBJECT
     Q_PROPERTY(int count READ count NOTIFY countChanged)
-    /// Nothing is known of the catalog yet.
+    /// The catalog has not been read yet.
     Q_PROPERTY(bool isLoading READ isLoading NOTIFY loaded)
 
   public:
@@ -47,13 +47,13 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
     QHash<int, QByteArray> roleNames() const override;
 
     bool isLoading() const { return isLoading_; }
-    /// Why the catalog cannot be read; empty if it can.
+    /// Why the catalog cannot be read; empty if it can be.
     const std::string& problem() const { return problem_; }
 
-    /// Only those whose note, date or beginning holds all words of `query`, and those that the
-    /// search finds by what was said or its translation; all for an empty one.
+    /// Lists only recordings whose note, date or beginning contains all words of `query`, and those
+    /// whose transcript or translation the search finds; all of them for an empty query.
     void setQuery(const QString& query);
-    /// A recording that is about to be deleted is not listed any more.
+    /// Hides a recording that is about to be deleted.
     void setHidden(const UUID& id, bool isHidden);
 
     const HistoryItem* item(int row) const;
@@ -62,7 +62,7 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
   Q_SIGNALS:
     void countChanged();
     void loaded();
-    /// The rows were brought up to date.
+    /// Emitted when the rows were brought up to date.
     void updated();
 
   private:

@@ -23,7 +23,7 @@ std::vector<HistoryListReader::EntryPtr> HistoryListReader::entries() {
         EntryPtr before = found == known_.end() ? nullptr : found->second;
         if (!before || before->item != item) {
             Entry entry;
-            // What a session says is saved at its end.
+            // The text of a session is saved at its end.
             entry.beginning = before && !before->item.live ? before->beginning : beginningOf(item);
             entry.searched =
                 (QString::fromStdString(item.note + " " + item.date + " " + item.time) +

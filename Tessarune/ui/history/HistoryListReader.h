@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// What the history list shows, as the disk has it. Confined to one queue, since reading waits for
-/// the disk; catalog and disk outlive it.
+/// Reads what the history list shows from the disk. Confined to one queue, since reading blocks;
+/// catalog and disk outlive it.
 class HistoryListReader {
   public:
     struct Entry {
@@ -27,10 +27,10 @@ class HistoryListReader {
     HistoryListReader(RecordingCatalog& catalog, FileSystem& files)
         : catalog_(catalog), files_(files) {}
 
-    /// Newest first. Transcripts that were read before are not read again, and an entry that did
-    /// not change is the same object.
+    /// Newest first. Transcripts are read only once, and an unchanged entry is the same object as
+    /// before.
     std::vector<EntryPtr> entries();
-    /// This transcript has changed.
+    /// Call when this transcript has changed.
     void forget(const UUID& id) { known_.erase(id); }
 
   private:

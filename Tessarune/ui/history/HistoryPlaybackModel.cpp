@@ -47,7 +47,7 @@ HistoryPlaybackModel::HistoryPlaybackModel(const HistoryWindowEnvironment& envir
             &HistoryPlaybackModel::showRows);
 }
 
-/// Another recording is opened when it is to be heard, not when it is looked at.
+/// Another recording is opened when it is played, not when it is looked at.
 void HistoryPlaybackModel::recordingChanged() {
     const auto& recording = detail_.recording();
     const auto now = recording ? std::optional(recording->id) : std::nullopt;

@@ -12,7 +12,7 @@
 
 namespace tessarune {
 
-/// The sound of the chosen recording, and which row of its transcript is heard. Main thread;
+/// The sound of the chosen recording, and the row of its transcript that is playing. Main thread;
 /// environment and detail outlive it.
 class HistoryPlaybackModel final : public QObject {
     Q_OBJECT

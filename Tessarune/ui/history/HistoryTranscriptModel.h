@@ -8,7 +8,7 @@
 
 namespace tessarune {
 
-/// A sentence as it is read. Texts may be empty.
+/// A sentence for reading. Texts may be empty.
 struct HistoryTranscriptRow {
     std::string time;
     std::string source;
@@ -24,9 +24,9 @@ class HistoryTranscriptModel final : public ListedRows<HistoryTranscriptRow> {
   public:
     enum Role { TimeRole = Qt::UserRole, SourceRole, TranslationRole };
 
-    /// Another text of the same recording keeps the reader's place.
+    /// Another text of the same recording keeps the scroll position.
     void show(const HistoryTranscriptExportDocument& document, bool isSameRecording);
-    /// A time stands beside the rows.
+    /// Whether times are shown beside the rows.
     bool isTimed() const { return isTimed_; }
 
     QVariant data(const QModelIndex& index, int role) const override;

@@ -12,13 +12,14 @@ namespace tessarune {
 /// The window with the recorded sessions. Main thread; needs the application object.
 class HistoryWindow {
   public:
-    /// Loads the window without showing it. Ends the program where the window's own files are
-    /// broken, which no user can mend.
+    /// Loads the window without showing it. Ends the program if the window's own files are broken,
+    /// which no user can repair.
     explicit HistoryWindow(HistoryWindowEnvironment environment);
     ~HistoryWindow();
     HistoryWindow(const HistoryWindow&) = delete;
 
-    /// Raised and active; with the recording of this identifier, or where it was.
+    /// Shows the window, raised and active, with the recording of this identifier, or as it was
+    /// left.
     void show(const std::string& recording = {});
     /// A deletion can be undone for some seconds; this ends them.
     void finishPending() { model_.finishDeletion(); }

@@ -26,7 +26,7 @@
 
 namespace tessarune {
 
-/// What the history window shows and what it may ask for. All of it outlives the window.
+/// The data and actions of the history window. All of it outlives the window.
 struct HistoryWindowEnvironment {
     Host& host;
     AppSettings& settings;
@@ -41,25 +41,26 @@ struct HistoryWindowEnvironment {
     HistoryWordStatsService& wordStatistics;
     std::shared_ptr<VocabularyStore> vocabulary;
     std::shared_ptr<VocabularyPreferences> vocabularyPreferences;
-    /// Why recordings cannot be changed now, as another program has them; empty: they can.
+    /// Why recordings cannot be changed now, because another program has them open; empty if they
+    /// can be.
     std::function<std::string()> changeProblem;
-    /// The names of the speech models that are here whole.
+    /// The names of the speech models that are installed completely.
     std::function<std::vector<std::string>()> speechModels;
-    /// Asks where a file is to be written, which is suggested to have this name. Calls back with
-    /// the place; not at all if the user declines.
+    /// Asks where to write a file, with a suggested name. Calls back with the path, or not at all
+    /// if the user cancels.
     std::function<void(const std::string& suggestedName,
                        std::function<void(std::filesystem::path)> chosen)>
         chooseFile;
-    /// Asks for files to import. As above.
+    /// Asks for files to import, in the same way.
     std::function<void(std::function<void(std::vector<std::filesystem::path>)> chosen)> chooseFiles;
     std::function<void(const std::string& text)> copy;   ///< to the clipboard
     std::function<void(const std::string& url)> openURL; ///< in the user's browser
     std::shared_ptr<AudioPlayer> player = nullptr;       ///< null: nothing can be heard
     /// Null: no word can be heard.
     std::shared_ptr<HistoryPronunciationAudioPlayer> pronunciation = nullptr;
-    /// What was said so far in the session that is being recorded; null: there is none.
+    /// The text so far of the session that is being recorded; null if there is none.
     const Published<std::string>* liveText = nullptr;
-    /// Watches a playback for as long as it returns is kept; absent: nobody does.
+    /// Watches a playback as long as the returned object lives; absent if nobody watches.
     std::function<std::shared_ptr<void>(TranscriptPlayback&)> watchPlayback = {};
 };
 

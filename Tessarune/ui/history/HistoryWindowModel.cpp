@@ -143,7 +143,7 @@ void HistoryWindowModel::undo() {
     dismissMessage();
 }
 
-/// It stays hidden: the catalog says soon enough that it is gone.
+/// It stays hidden until the catalog reports that it is gone.
 bool HistoryWindowModel::finishDeletion() {
     if (!deleted_)
         return true;

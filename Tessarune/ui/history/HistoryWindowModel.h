@@ -23,11 +23,11 @@
 
 namespace tessarune {
 
-/// The history window: a list; beside it the recording that is chosen in it, the vocabulary or the
-/// usage; and what was just done. Main thread; the environment outlives it.
+/// The history window: a list; beside it the chosen recording, the vocabulary or the usage; and a
+/// message about the last action. Main thread; the environment outlives it.
 ///
-/// A deletion waits until it cannot be taken back any more: some seconds, another deletion, or the
-/// end of the window.
+/// A deletion is carried out when it can no longer be undone: after some seconds, on another
+/// deletion, or when the window is closed.
 class HistoryWindowModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(tessarune::HistoryListModel* list READ list CONSTANT)
@@ -40,15 +40,15 @@ class HistoryWindowModel final : public QObject {
     Q_PROPERTY(tessarune::VocabularyModel* vocabulary READ vocabulary CONSTANT)
     Q_PROPERTY(tessarune::WordCardModel* card READ card CONSTANT)
     Q_PROPERTY(tessarune::UsageModel* usage READ usage CONSTANT)
-    /// What stands beside the list, in place of the chosen recording.
+    /// What is shown beside the list in place of the chosen recording.
     Q_PROPERTY(bool showsVocabulary READ showsVocabulary NOTIFY pageChanged)
     Q_PROPERTY(bool showsUsage READ showsUsage NOTIFY pageChanged)
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
     Q_PROPERTY(int currentRow READ currentRow WRITE setCurrentRow NOTIFY currentRowChanged)
-    /// What happened last; empty: it is a while ago.
+    /// The message about the last action; empty after a while.
     Q_PROPERTY(QString message READ message NOTIFY messageChanged)
     Q_PROPERTY(bool canUndo READ canUndo NOTIFY messageChanged)
-    /// Why the list is empty, and what to do; empty while it is not.
+    /// Why the list is empty, and what to do about it; empty while it is not.
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY emptyChanged)
     Q_PROPERTY(QString emptyText READ emptyText NOTIFY emptyChanged)
     /// The list is empty because there are no recordings yet.
@@ -87,14 +87,14 @@ class HistoryWindowModel final : public QObject {
     Q_INVOKABLE void openVocabulary() { setPage(Page::vocabulary); }
     Q_INVOKABLE void openUsage() { setPage(Page::usage); }
 
-    /// Deletes the chosen recording, at first so that it can be taken back.
+    /// Deletes the chosen recording; for some seconds this can be undone.
     Q_INVOKABLE void deleteCurrent();
     Q_INVOKABLE void undo();
     Q_INVOKABLE void dismissMessage();
     Q_INVOKABLE void setNote(const QString& note);
     Q_INVOKABLE void copy(bool withTranslation);
 
-    /// Chooses a recording, if it is listed or as soon as it is.
+    /// Chooses a recording as soon as it is listed.
     void select(const UUID& id);
     /// Deletes what the user has deleted and can still undo. False: it could not be deleted, which
     /// is told.

@@ -23,7 +23,8 @@ class HistoryWordsModel final : public WordListModel {
     bool isOpen() const { return isOpen_; }
     void setOpen(bool isOpen);
 
-    /// The row of the transcript in which the word is said next, round and round; -1: in none.
+    /// The next row of the transcript that contains the word, starting over at the end; -1 if none
+    /// does.
     Q_INVOKABLE int nextPlace(const QString& word);
 
     QStringList kinds() const override;

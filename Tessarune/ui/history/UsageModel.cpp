@@ -27,7 +27,7 @@ QString usageValue(const UsagePeriod& period, int measure) {
 }
 
 QString usageDate(const UsagePeriod& period, std::string_view pattern) {
-    // From the middle of its first day on no change of the clock leads to another one.
+    // Noon of its first day belongs to the same day after any change of the clocks.
     constexpr double noon = 12 * 3600.0;
     return QString::fromStdString(
         DateText::formatted(period.start + noon, localized(pattern), localized("zh_Hans_CN")));
@@ -163,7 +163,7 @@ QString UsageModel::emptyText() const {
                             : QString::fromStdString(problem_);
 }
 
-/// The first of a month among days and weeks, of a year among months, and the first of all.
+/// The first period of a month in days and weeks, of a year in months, and the first of all.
 bool UsageModel::beginsGroup(int row) const {
     if (row == 0)
         return true;

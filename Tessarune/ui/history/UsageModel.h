@@ -15,24 +15,24 @@
 
 namespace tessarune {
 
-/// What was listened to, by day, week or month of the computer's time zone, as a chart: a row is a
-/// period, in order. Read from the catalog while the page is open. Main thread, which does not wait
-/// for the disk; the environment outlives it.
+/// The time that was listened to, by day, week or month in the computer's time zone, as a chart
+/// with one row per period. Read from the catalog while the page is open. Main thread, which does
+/// not wait for the disk; the environment outlives it.
 class UsageModel final : public ListedRows<UsagePeriod> {
     Q_OBJECT
     Q_PROPERTY(int count READ count NOTIFY changed)
     Q_PROPERTY(bool isOpen READ isOpen WRITE setOpen NOTIFY openChanged)
-    /// The lengths of a period, and which is shown.
+    /// The possible periods, and which one is shown.
     Q_PROPERTY(QStringList periods READ periods CONSTANT)
     Q_PROPERTY(int period READ period WRITE setPeriod NOTIFY changed)
-    /// What is drawn, and what there is to draw.
+    /// The possible measures, and which one is drawn.
     Q_PROPERTY(QStringList measures READ measures CONSTANT)
     Q_PROPERTY(int measure READ measure WRITE setMeasure NOTIFY changed)
-    /// Of all time: the values of the measures, in their order.
+    /// Of all time: the value of each measure, in order.
     Q_PROPERTY(QStringList totals READ totals NOTIFY changed)
     /// The value at the top of the chart.
     Q_PROPERTY(QString scale READ scale NOTIFY changed)
-    /// In place of the chart; empty while there is one.
+    /// Shown in place of the chart; empty while there is one.
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY changed)
     Q_PROPERTY(QString emptyText READ emptyText NOTIFY changed)
 

@@ -4,11 +4,11 @@
 
 namespace tessarune {
 
-/// All words that the user marked, the newest first, and how many of the words to know first are
+/// All words that the user marked, the newest first, and how many of the most important words are
 /// known. Main thread; store and card outlive it.
 class VocabularyModel final : public WordListModel {
     Q_OBJECT
-    /// Of the words to know first, 0 to 1.
+    /// The known share of the most important words, 0 to 1.
     Q_PROPERTY(double progress READ progress NOTIFY changed)
     Q_PROPERTY(QString progressText READ progressText NOTIFY changed)
     Q_PROPERTY(bool canRemove READ canRemove NOTIFY changed)
@@ -24,7 +24,7 @@ class VocabularyModel final : public WordListModel {
     QString progressText() const;
     bool canRemove() const;
 
-    /// Takes it off the list that is shown.
+    /// Removes the word from the list that is shown.
     Q_INVOKABLE void remove(int row);
 
   protected:

@@ -152,7 +152,7 @@ bool WordCardModel::isHeard() const {
     return canHear() && !word_.empty() && *environment_.pronunciation->activeKey() == soundKey();
 }
 
-/// What was fetched is heard in the same breath; where it is not by then, there was nothing.
+/// A pronunciation that was fetched plays at once; if nothing plays by then, none was found.
 void WordCardModel::soundMoved() {
     const bool isDone = std::exchange(wasFetching_, isFetching()) && !wasFetching_;
     Q_EMIT soundChanged();

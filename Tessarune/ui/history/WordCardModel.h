@@ -13,31 +13,31 @@
 
 namespace tessarune {
 
-/// The word that was chosen in a list: what it means, by the dictionary on this computer, and what
-/// can be done about it. Only `lookUp` and `hear`, which the user asks for, touch the network. Main
-/// thread; the environment outlives it.
+/// The word chosen in a list: its meanings, from the dictionary on this computer, and its actions.
+/// Only `lookUp` and `hear`, which the user asks for, use the network. Main thread; the environment
+/// outlives it.
 class WordCardModel final : public QObject {
     Q_OBJECT
-    /// Empty: none is chosen.
+    /// Empty if none is chosen.
     Q_PROPERTY(QString word READ word NOTIFY changed)
     Q_PROPERTY(bool isKnown READ isKnown WRITE setKnown NOTIFY marksChanged)
     Q_PROPERTY(bool isFavorite READ isFavorite WRITE setFavorite NOTIFY marksChanged)
     /// Its senses, each with its part of speech.
     Q_PROPERTY(QStringList senses READ senses NOTIFY changed)
-    /// In place of senses, or about its sound; empty: nothing needs to be said.
+    /// Shown in place of the meanings, or about the pronunciation; empty if not needed.
     Q_PROPERTY(QString hint READ hint NOTIFY hintChanged)
-    /// Its sound can be fetched and played.
+    /// Whether a pronunciation can be fetched and played.
     Q_PROPERTY(bool canHear READ canHear CONSTANT)
     Q_PROPERTY(bool isFetching READ isFetching NOTIFY soundChanged)
     Q_PROPERTY(bool isHeard READ isHeard NOTIFY soundChanged)
-    /// Where words are looked up and heard.
+    /// The dictionaries and sources of pronunciation.
     Q_PROPERTY(QStringList dictionaries READ dictionaries CONSTANT)
     Q_PROPERTY(int dictionary READ dictionary WRITE setDictionary NOTIFY sourcesChanged)
     Q_PROPERTY(QStringList voices READ voices CONSTANT)
     Q_PROPERTY(int voice READ voice WRITE setVoice NOTIFY sourcesChanged)
 
   public:
-    /// `beforeSound` is called when a word is about to be heard.
+    /// `beforeSound` is called before a word is played.
     WordCardModel(const HistoryWindowEnvironment& environment, std::function<void()> beforeSound);
 
     void show(const std::string& word);
@@ -60,9 +60,9 @@ class WordCardModel final : public QObject {
     void setVoice(int index);
 
     Q_INVOKABLE void close() { show({}); }
-    /// Its page of the chosen dictionary, in the user's browser.
+    /// Opens the word's page in the chosen dictionary in the user's browser.
     Q_INVOKABLE void lookUp();
-    /// Fetches and plays its sound, or stops it.
+    /// Fetches and plays the pronunciation, or stops it.
     Q_INVOKABLE void hear();
 
   Q_SIGNALS:

@@ -24,18 +24,18 @@ struct ListedWord {
     bool operator==(const ListedWord&) const = default;
 };
 
-/// Words to learn, of those the ones that a search and a choice leave. Each can be marked as known
-/// and as a favourite, and be looked up on the card. Main thread; store and card outlive it.
+/// A list of words to learn, filtered by a search and a choice. Each word can be marked as known
+/// and as a favourite, and looked up on the card. Main thread; store and card outlive it.
 class WordListModel : public ListedRows<ListedWord> {
     Q_OBJECT
     Q_PROPERTY(int count READ count NOTIFY changed)
-    /// What there is to choose from, and which is chosen.
+    /// The choices, and which one is selected.
     Q_PROPERTY(QStringList kinds READ kinds CONSTANT)
     Q_PROPERTY(int kind READ kind WRITE setKind NOTIFY changed)
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY changed)
-    /// The whole in a line.
+    /// A summary in one line.
     Q_PROPERTY(QString summary READ summary NOTIFY changed)
-    /// Why nothing is listed, and what to do; empty while something is.
+    /// Why the list is empty, and what to do about it; empty while it has rows.
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY changed)
     Q_PROPERTY(QString emptyText READ emptyText NOTIFY changed)
 
@@ -70,7 +70,7 @@ class WordListModel : public ListedRows<ListedWord> {
     void changed();
 
   protected:
-    /// All words of the list's kind, in order.
+    /// All words of this list, in order.
     virtual std::vector<ListedWord> words() const = 0;
     void update();
     bool isSearching() const { return !query_.trimmed().isEmpty(); }

@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// What this program is, and what it is built with: read from the files of the project itself. Main
+/// What this program is and which parts it is built from, read from the project's own files. Main
 /// thread.
 class AboutModel final : public QObject {
     Q_OBJECT

@@ -10,7 +10,7 @@ namespace tessarune {
 namespace {
 
 constexpr int wordMS = 420;
-/// More rows than the preview shows help nobody.
+/// The preview never shows more rows than this.
 constexpr std::size_t mostRows = 6;
 
 struct SpokenSentence {
@@ -84,7 +84,7 @@ void CaptionPreview::sayNextWord() {
     display_.update(frame_);
 }
 
-/// The sentence is over, and its translation is there.
+/// The sentence is complete and gets its translation.
 void CaptionPreview::settle() {
     const SpokenSentence& done = sentences[sentence_];
     if (frame_.sourceTextTail.size() >= mostRows) { // begins anew

@@ -12,9 +12,8 @@
 
 namespace tessarune {
 
-/// Captions that nobody speaks, drawn as the settings ask: the stage of the caption window over
-/// frames of its own. Words come only while it is running. Main thread; the environment outlives
-/// it.
+/// Sample captions drawn with the current settings: the stage of the caption window over scripted
+/// frames. Words appear only while it is running. Main thread; the environment outlives it.
 class CaptionPreview final : public QObject {
     Q_OBJECT
     Q_PROPERTY(tessarune::CaptionStageModel* stage READ stage CONSTANT)

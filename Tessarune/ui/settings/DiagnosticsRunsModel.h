@@ -16,7 +16,8 @@
 
 namespace tessarune {
 
-/// The diagnostics runs that sessions left: what each holds, its replay, its folder, its end.
+/// The diagnostics runs of earlier sessions: the contents of each, its replay, its folder, its
+/// removal.
 ///
 /// Main thread; runs are read, replayed and removed on a queue of low priority. The environment
 /// outlives it.
@@ -25,7 +26,7 @@ class DiagnosticsRunsModel final : public QObject {
     /// The newest first: "title", "about", "holds", "canReplay", "canRemove".
     Q_PROPERTY(QVariantList runs READ runs NOTIFY listChanged)
     Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY listChanged)
-    /// What the last replay gave: the captions, and whether they are those of the session.
+    /// The result of the last replay: the captions, and whether they equal those of the session.
     Q_PROPERTY(QString replay READ replay NOTIFY told)
     Q_PROPERTY(QString message READ message NOTIFY told)
     Q_PROPERTY(bool isGood READ isGood NOTIFY told)
@@ -42,7 +43,7 @@ class DiagnosticsRunsModel final : public QObject {
     bool isGood() const { return isGood_; }
     QVariantMap texts() const;
 
-    /// Reads what there is now.
+    /// Reads the folder again.
     Q_INVOKABLE void refresh();
     Q_INVOKABLE void replayRun(int row);
     Q_INVOKABLE void openFolder(int row);
@@ -59,7 +60,8 @@ class DiagnosticsRunsModel final : public QObject {
     using Apply = std::function<void(DiagnosticsRunsModel&)>;
 
     const DiagnosticsRunContents* at(int row) const;
-    /// `work` runs on the queue, what it returns on the main thread, unless the window is closed.
+    /// `work` runs on the queue, and the function that it returns on the main thread, unless the
+    /// window is closed.
     void inBackground(std::function<Apply()> work);
     void tell(const QString& message, bool isGood);
 

@@ -10,14 +10,14 @@
 
 namespace tessarune {
 
-/// The profiles, which set the tuning together, and the tuning as text. They rest while a session
-/// runs. Main thread; the environment outlives it.
+/// The profiles, each of which sets all of the tuning, and the tuning as text. They cannot be
+/// changed while a session runs. Main thread; the environment outlives it.
 class ProfilesModel final : public QObject {
     Q_OBJECT
     /// "title" and "about" of each.
     Q_PROPERTY(QVariantList profiles READ profiles CONSTANT)
     Q_PROPERTY(bool isLocked READ isLocked NOTIFY changed)
-    /// What was done last, or why nothing can be done.
+    /// The result of the last action, or why none is possible.
     Q_PROPERTY(QString message READ message NOTIFY changed)
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
 
@@ -30,7 +30,7 @@ class ProfilesModel final : public QObject {
     QVariantMap texts() const;
 
     Q_INVOKABLE void apply(int profile);
-    /// Back to the first-launch values of the whole pane.
+    /// Resets the whole pane to its first-launch values.
     Q_INVOKABLE void restore();
     Q_INVOKABLE void copySnapshot();
 

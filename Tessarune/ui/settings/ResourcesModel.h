@@ -30,13 +30,13 @@ struct Resource {
     std::string note; ///< what else there is to say
 };
 
-/// Resources as rows, with what each is doing: chosen, on its way, in trouble. Main thread; host
-/// and setting outlive it. A download that is on its way when it goes is asked to stop.
+/// Resources as rows, each with its state: chosen, downloading, damaged. Main thread; host and
+/// setting outlive it. When the model is destroyed, a download in progress is asked to stop.
 class ResourcesModel final : public QAbstractListModel {
     Q_OBJECT
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
 
-    /// What is stored is none of these; empty: it is one.
+    /// Set while the setting names none of these resources; empty otherwise.
     Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
 
   public:
@@ -54,14 +54,14 @@ class ResourcesModel final : public QAbstractListModel {
         ProgressRole, ///< 0 to 1; below: unknown
     };
 
-    /// Where the resources come from. Each throws with a text that can be shown.
+    /// The source of the resources. Each function throws with a text that can be shown.
     struct Source {
         using Progress = std::function<void(std::uint64_t received, std::uint64_t expected)>;
 
         std::function<std::vector<Resource>()> list;
         std::function<Task<void>(std::string id, Progress progress, std::stop_token stop)> download;
         std::function<void(const std::string& id)> remove;
-        /// What is not here can be chosen all the same.
+        /// A resource that is not installed can be chosen, too.
         bool choosesMissing = false;
     };
 
@@ -74,14 +74,14 @@ class ResourcesModel final : public QAbstractListModel {
     QVariantMap texts() const;
     QString problem() const;
 
-    /// Looks at the disk again.
+    /// Reads the disk again.
     Q_INVOKABLE void refresh();
     Q_INVOKABLE void choose(int row);
     Q_INVOKABLE void download(int row);
     Q_INVOKABLE void stop(int row);
     Q_INVOKABLE void remove(int row);
 
-    /// Why a download gets nowhere; until it goes on.
+    /// Why a download makes no progress; empty again once it does.
     void tellTrouble(const std::string& text);
 
   Q_SIGNALS:
@@ -99,7 +99,7 @@ class ResourcesModel final : public QAbstractListModel {
         std::shared_ptr<Download> download; ///< null: none is on its way
         std::string problem;                ///< of the last thing that was tried
     };
-    /// What a download reports to; empty once the model has gone.
+    /// A download reports to this; null once the model has been destroyed.
     struct Link {
         ResourcesModel* model;
     };

@@ -103,7 +103,7 @@ constexpr std::string_view pointsFormat = localizationKey("%@ 点");
 constexpr std::string_view pixelsFormat = localizationKey("%@ 像素");
 constexpr std::string_view percentFormat = "%@%";
 
-/// Where the title says it all.
+/// For settings whose title says enough.
 std::string nothingMore() {
     return {};
 }
@@ -354,7 +354,7 @@ void addAdvanced(std::vector<SettingEntry>& all, AppSettings& s) {
         {pane, diagnostics, localizationKey("记录回放过程"), &s.historyPlaybackDiagnosticsEnabled});
 }
 
-/// Text as a user types it to find something.
+/// Text in the form in which a user types it to find something.
 std::string folded(std::string_view text) {
     return Text::lowercased(text);
 }
@@ -373,7 +373,7 @@ bool SettingEntry::matches(std::string_view query) const {
     const std::string wanted = folded(Text::trimmed(query));
     if (wanted.empty())
         return false;
-    // By its Chinese name or its key, too, whatever language is shown.
+    // Also finds a setting by its Chinese name or its key, whatever the displayed language is.
     for (const std::string& text : {localized(title), std::string(title), localized(section),
                                     aboutText(), std::string(setting->key())}) {
         if (contains(text, wanted))

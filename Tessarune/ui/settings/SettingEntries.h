@@ -24,25 +24,25 @@ constexpr SettingsPane settingsPanes[] = {SettingsPane::recognition, SettingsPan
                                           SettingsPane::shortcuts,   SettingsPane::advanced,
                                           SettingsPane::about};
 
-/// The pane's word in QML.
+/// The pane's name in QML.
 std::string_view name(SettingsPane pane);
 /// The pane's heading, as a localisation key.
 std::string_view title(SettingsPane pane);
 
-/// What changes a setting.
+/// The control that changes a setting.
 enum class SettingControl {
     toggle,
     choice,
     number,
     color,
     text,
-    /// The pane has a view of its own for it; a search leads there.
+    /// The pane has its own view for it; a search leads there.
     elsewhere,
 };
 
-/// How one setting stands in the window: where, under which title, and with which control.
+/// The place, title and control of one setting in the window.
 struct SettingEntry {
-    /// A number's scale in the window. Values outside of it are shown as they are.
+    /// The scale of a number in the window. A value outside it is shown as it is.
     struct Scale {
         double from = 0;
         double to = 100;
@@ -56,23 +56,23 @@ struct SettingEntry {
     AnySetting* setting = nullptr;
     SettingControl control = SettingControl::toggle;
     Scale scale{};
-    /// The localised name of a choice; absent: the choice's own text.
+    /// The localised name of a choice; absent if the choice's own text is shown.
     std::function<std::string(std::string_view choice)> choiceName = {};
-    /// Without it the setting has no effect, and cannot be changed; null: always has.
+    /// While this is false, the setting has no effect and cannot be changed; null if it always has
+    /// one.
     const Setting<bool>* needs = nullptr;
-    /// What it does, localised, where its info is not what to say; absent: as its info says.
+    /// A localised description in place of the setting's info; absent if the info is used.
     std::function<std::string()> about = {};
 
     std::string aboutText() const;
-    /// Whether the user who types this means this setting.
+    /// Whether a user who types this means this setting.
     bool matches(std::string_view query) const;
 };
 
-/// The settings that a user can change in the window, in its order. They keep pointing into
-/// `settings`.
+/// The settings that the window can change, in its order. They keep pointing into `settings`.
 std::vector<SettingEntry> settingEntries(AppSettings& settings);
 
-/// Why a setting is missing there: nothing on this system depends on it yet.
+/// Why a setting is missing from the window: nothing on this system depends on it yet.
 bool isWithoutEffect(const AppSettings& settings, const AnySetting& setting);
 
 } // namespace tessarune

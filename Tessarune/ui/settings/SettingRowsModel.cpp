@@ -12,7 +12,7 @@ namespace tessarune {
 
 namespace {
 
-/// Each value that is stored costs a write to the disk.
+/// Each stored value is a write to the disk.
 constexpr double slidingSeconds = 0.08;
 
 QString controlName(SettingControl control) {
@@ -33,7 +33,7 @@ QString controlName(SettingControl control) {
     return {};
 }
 
-/// The value as a sentence about it has it.
+/// The value as it is put into a sentence.
 std::string spokenValue(const SettingEntry& entry) {
     const std::string text = entry.setting->text();
     if (entry.control == SettingControl::toggle)
@@ -41,7 +41,7 @@ std::string spokenValue(const SettingEntry& entry) {
     return entry.choiceName ? entry.choiceName(text) : text;
 }
 
-/// Numbers of a slider are sums of its steps, which binary fractions hold inexactly.
+/// Slider values are sums of steps, which binary fractions represent inexactly.
 std::string plainNumber(double value) {
     std::string text = Text::shortest(std::round(value * 1000) / 1000);
     if (text.ends_with(".0"))

@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// Settings as rows of a pane, or of what a search found. A row always shows what the settings say,
-/// whoever changed them. Main thread; host and settings outlive it.
+/// Settings as rows of a pane or of a search result. A row always shows the current value, whoever
+/// changed it. Main thread; host and settings outlive it.
 class SettingRowsModel final : public QAbstractListModel {
     Q_OBJECT
 
@@ -34,7 +34,7 @@ class SettingRowsModel final : public QAbstractListModel {
         PaneRole,
     };
 
-    /// A search names the pane above each group of rows.
+    /// A search result names the pane above each group of rows.
     enum class Headings { sections, panes };
 
     explicit SettingRowsModel(Host& host, Headings headings = Headings::sections);
@@ -48,7 +48,7 @@ class SettingRowsModel final : public QAbstractListModel {
 
     Q_INVOKABLE void toggle(int row, bool on);
     Q_INVOKABLE void choose(int row, int choice);
-    /// While a slider moves: the newest value is stored a moment later.
+    /// While a slider moves, the newest value is stored after a short delay.
     Q_INVOKABLE void slide(int row, double value);
     Q_INVOKABLE void write(int row, const QString& text);
     Q_INVOKABLE void restore(int row);

@@ -18,8 +18,8 @@ struct SpeechModelSpeed {
     bool isTooSlow = false;
 };
 
-/// The speech models and the languages as resources of the settings window. What they are made from
-/// outlives them.
+/// The speech models and the languages as resources of the settings window. The objects passed in
+/// outlive them.
 namespace SettingsResources {
 
 ResourcesModel::Source

@@ -22,13 +22,13 @@ namespace tessarune {
 /// The window with the user's settings. Main thread; needs the application object.
 class SettingsWindow {
   public:
-    /// Loads the window without showing it. Ends the program where the window's own files are
-    /// broken, which no user can mend.
+    /// Loads the window without showing it. Ends the program if the window's own files are broken,
+    /// which no user can repair.
     explicit SettingsWindow(SettingsWindowEnvironment environment);
     ~SettingsWindow();
     SettingsWindow(const SettingsWindow&) = delete;
 
-    /// Raised and active; with the pane of this name, or where it was.
+    /// Shows the window, raised and active, with the pane of this name, or as it was left.
     void show(const std::string& pane = {});
     QQuickWindow& window() { return *window_; }
     const DiagnosticsRunsModel& runs() const { return runs_; }

@@ -16,30 +16,30 @@
 
 namespace tessarune {
 
-/// What the settings window shows and what it may ask for. All of it outlives the window.
+/// The data and actions of the settings window. All of it outlives the window.
 struct SettingsWindowEnvironment {
     Host& host;
     AppSettings& settings;
-    /// Some settings rest while a session runs.
+    /// Some settings cannot be changed while a session runs.
     const SessionView& session;
-    /// Where the window keeps its place.
+    /// Where the window's position is stored.
     UserDefaults& store;
     /// Whether the desktop asks for less motion.
     const Published<bool>& reducesMotion;
-    /// Why the settings file cannot be read or written; empty while all is well.
+    /// Why the settings file cannot be read or written; empty if it can be.
     std::function<std::string()> fileProblem;
-    /// From now on calls back when that changes; an empty one ends it.
+    /// Calls back from now on when that changes; an empty function ends it.
     std::function<void(std::function<void()>)> followFileProblem;
-    /// Keeps a file that cannot be read aside and begins a new one.
+    /// Keeps an unreadable file aside and starts a new one.
     std::function<void()> renewFile;
     SpeechModelManager& speechModels;
-    /// How fast a model was on this computer; nothing where that is not known.
+    /// How fast a model was on this computer; `nullopt` if unknown.
     std::function<std::optional<SpeechModelSpeed>(const std::string& name)> speechModelSpeed;
     TranslationLanguages& languages;
     std::shared_ptr<TranslationTaskBridge> translationTest;
-    /// From now on calls back with why a download gets nowhere; an empty one ends it.
+    /// Calls back from now on with why a download makes no progress; an empty function ends it.
     std::function<void(std::function<void(const std::string& text)>)> followDownloadTrouble;
-    /// Where the diagnostics runs are.
+    /// The folder of the diagnostics runs.
     FileSystem& files;
     TessarunePaths paths;
     /// Shows a folder in the desktop's file manager; false if it cannot.

@@ -24,10 +24,10 @@ class SettingsWindowModel final : public QObject {
     Q_PROPERTY(QString query MEMBER query_ READ query WRITE setQuery NOTIFY queryChanged)
     Q_PROPERTY(bool isSearching READ isSearching NOTIFY queryChanged)
     Q_PROPERTY(bool foundNothing READ foundNothing NOTIFY queryChanged)
-    /// Of the pane, or what was found.
+    /// The title of the pane, or the result of the search.
     Q_PROPERTY(tessarune::SettingRowsModel* rows READ rows CONSTANT)
     Q_PROPERTY(tessarune::SettingRowsModel* found READ found CONSTANT)
-    /// What is wrong with the settings file; empty: nothing.
+    /// What is wrong with the settings file; empty if nothing is.
     Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
     /// The fixed texts of the window.
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)

@@ -46,7 +46,7 @@ ShortcutsModel::ShortcutsModel(AppSettings& settings)
     }
 }
 
-/// A change of one may be a conflict of another.
+/// A change of one shortcut may conflict with another.
 void ShortcutsModel::announceAll() {
     Q_EMIT dataChanged(index(0), index(rowCount() - 1));
 }

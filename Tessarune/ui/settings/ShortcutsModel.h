@@ -12,7 +12,7 @@
 
 namespace tessarune {
 
-/// The keyboard shortcuts, each with what else its keys do. Main thread; the settings outlive it.
+/// The keyboard shortcuts, each with its conflicts. Main thread; the settings outlive it.
 class ShortcutsModel final : public QAbstractListModel {
     Q_OBJECT
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
@@ -35,10 +35,10 @@ class ShortcutsModel final : public QAbstractListModel {
     QHash<int, QByteArray> roleNames() const override;
     QVariantMap texts() const;
 
-    /// The next key that is pressed becomes the row's.
+    /// The next key press becomes the row's shortcut.
     Q_INVOKABLE void record(int row);
     Q_INVOKABLE void cancel();
-    /// Modifiers alone are waited for further, Escape changes nothing.
+    /// Modifiers alone are ignored, Escape changes nothing.
     Q_INVOKABLE void press(int key, int modifiers);
     Q_INVOKABLE void clear(int row);
     Q_INVOKABLE void restore(int row);

@@ -11,7 +11,7 @@
 
 namespace tessarune {
 
-/// What the translation can do with the chosen language, and the test of it. Main thread; the
+/// The availability of a translation into the chosen language, and its test. Main thread; the
 /// settings outlive it.
 class TranslationTestModel final : public QObject {
     Q_OBJECT

@@ -155,7 +155,7 @@ void WelcomeModel::begin() {
     spawn(Executor::main(environment_.host), run());
 }
 
-/// The sample needs no translation: it is shown as soon as there is a speech model.
+/// The sample needs no translation: it starts as soon as there is a speech model.
 Task<void> WelcomeModel::run() {
     std::string problem;
     try {
@@ -204,7 +204,7 @@ Task<void> WelcomeModel::downloadTranslation() {
     co_await downloading;
 }
 
-/// A translation model that is on its way arrives all the same.
+/// A translation model whose download has begun arrives all the same.
 void WelcomeModel::close() {
     if (stage_ != Stage::sample)
         stop_.request_stop();

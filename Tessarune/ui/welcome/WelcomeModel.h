@@ -17,23 +17,23 @@
 
 namespace tessarune {
 
-/// What the first page works with. All of it outlives the page.
+/// The data and actions of the first page. All of it outlives the page.
 struct WelcomeEnvironment {
     Host& host;
     AppSettings& settings;
     SpeechModelManager& speech;
     TranslationLanguages& languages;
-    /// Begins to caption the sample; gives why it cannot, empty if it does.
+    /// Starts to caption the sample; returns why it cannot, or an empty text.
     std::function<Task<std::string>()> playSample;
-    /// The user has seen enough.
+    /// The user leaves the page.
     std::function<void()> close;
 };
 
-/// The page of the first start: the language to translate into, what has to be downloaded for it,
-/// and then captions of sample speech. Main thread.
+/// The page of the first start: the target language, the downloads that it needs, and then captions
+/// of sample speech. Main thread.
 class WelcomeModel final : public QObject {
     Q_OBJECT
-    /// The first is no translation at all.
+    /// The first entry is no translation.
     Q_PROPERTY(QStringList languages READ languages CONSTANT)
     Q_PROPERTY(int language READ language WRITE setLanguage NOTIFY changed)
     Q_PROPERTY(QString downloads READ downloads NOTIFY changed)
@@ -60,9 +60,9 @@ class WelcomeModel final : public QObject {
     QString problem() const { return QString::fromStdString(problem_); }
     static QVariantMap texts();
 
-    /// Takes the choice, downloads what is missing, and shows the sample meanwhile.
+    /// Stores the choice, downloads what is missing, and shows the sample meanwhile.
     Q_INVOKABLE void begin();
-    /// Skips whatever is left; what has arrived of a download stays for the next one.
+    /// Skips the rest; a partial download is kept for the next one.
     Q_INVOKABLE void close();
 
   Q_SIGNALS:

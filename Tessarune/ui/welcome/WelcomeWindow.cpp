@@ -8,8 +8,8 @@
 #include <QVariantMap>
 #include <utility>
 
-/// Outside of any namespace, as Qt wants it; a static library's files are found only when asked
-/// for.
+/// Qt requires this outside any namespace. The files of a static library are found only after this
+/// call.
 static void useWelcomeFiles() {
     Q_INIT_RESOURCE(welcome);
     Q_INIT_RESOURCE(qmlcache_welcome);

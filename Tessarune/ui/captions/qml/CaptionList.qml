@@ -1,8 +1,8 @@
 import QtQuick
 import Tessarune
 
-// Rows of captions that follow the newest line. A short list stands at the bottom, so that the
-// newest line is always in the same place.
+// Rows of captions that follow the newest line. A short list is at the bottom, so that the newest
+// line is always in the same place.
 Item {
     id: root
 
@@ -11,7 +11,7 @@ Item {
     required property bool outlined
     property alias reviewing: follow.reviewing
     property alias selection: marked
-    // What glides up comes from here.
+    // Rows that glide up come from here.
     readonly property real room: 160
 
     function returnToNewest() {

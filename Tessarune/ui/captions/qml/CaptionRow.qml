@@ -10,7 +10,7 @@ Item {
     required property CaptionSelection selection
     required property bool isPrimary
     required property bool isReviewing
-    // Where the row begins, and by how much it ends too low, in the visible part of the list.
+    // The top of the row, and how far its bottom is below the visible part of the list.
     required property real fromTop
     required property real belowEnd
     required property int index
@@ -26,7 +26,7 @@ Item {
     readonly property real gap: isBilingual ? Math.round(stage.translationFont.pixelSize * 0.2) : 0
     readonly property real spacing: Math.round(stage.sourceFont.pixelSize * (stage.isBilingual ? 0.62 : 0.34))
 
-    // For the selection, which finds the characters in them.
+    // For the selection, which looks up characters in them.
     readonly property Item sourceItem: sourceText
     readonly property Item translationItem: translationText
 
@@ -77,7 +77,7 @@ Item {
     Text {
         id: translationText
 
-        // A line is kept free for it, so that nothing moves when it arrives.
+        // Space for one line is reserved, so that nothing moves when the translation arrives.
         readonly property real shownHeight: root.isBilingual || !root.hasSource
                                             ? Math.max(implicitHeight, metrics.lineSpacing * lineHeight) : 0
 

@@ -58,7 +58,7 @@ Item {
     Item {
         id: captions
 
-        // Longer lines are hard to find the beginning of.
+        // The beginning of a longer line is hard to find.
         width: Math.min(parent.width - 56, root.stage.sourceFont.pixelSize * 40)
         anchors {
             horizontalCenter: parent.horizontalCenter

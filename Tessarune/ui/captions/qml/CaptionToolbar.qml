@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Window
 import Tessarune
 
-// Start and stop, what is heard, and the window's own buttons.
+// Start and stop, the source, and the window's own buttons.
 Item {
     id: root
 

@@ -1,8 +1,8 @@
 import QtQuick
 import QtQuick.Window
 
-// Takes hold of the window wherever nothing else is. A double click or the Shift key takes hold of
-// the captions' text instead. Wheels reach what is below.
+// Moves the window wherever nothing else reacts. A double click or the Shift key selects text
+// instead. Wheel events reach the items below.
 MouseArea {
     id: root
 

@@ -3,7 +3,7 @@ import Tessarune
 import "qrc:/captions" as Captions
 import "qrc:/controls"
 
-// The captions' looks, with captions that show them. These stay in sight while the settings scroll.
+// The look of the captions, with sample captions that stay visible while the settings scroll.
 Item {
     id: root
 
@@ -12,7 +12,7 @@ Item {
 
     Component.onDestruction: preview.running = false
 
-    // Not for a window that is closed.
+    // Stopped while the window is closed.
     Binding {
         target: root.preview
         property: "running"
@@ -27,7 +27,7 @@ Item {
         text: root.model.paneTitle
     }
 
-    // Something bright and something dark, as a film may be.
+    // A bright and a dark background, as a film may have.
     Rectangle {
         id: scene
 
@@ -47,7 +47,7 @@ Item {
             color: root.preview.window.background
 
             Captions.CaptionStage {
-                // As wide as the caption window is at first, and as much smaller as there is room.
+                // As wide as a new caption window, or smaller where there is no room.
                 readonly property real usualWidth: 940
 
                 width: usualWidth

@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// What sessions left for diagnosis.
+// The diagnostics runs of earlier sessions.
 Column {
     id: root
 

@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// One setting: what it is called and does, and the control that changes it.
+// One setting: its name, its description, and the control that changes it.
 Item {
     id: root
 
