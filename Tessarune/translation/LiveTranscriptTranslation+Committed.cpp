@@ -106,21 +106,27 @@ void LiveTranscriptTranslation::recordCommittedTranslationStart(
     captions_->appendTranslationObservation(observationOf(unit, target, startedAt, diagnostics));
 }
 
+/// Changes the rows of a unit, and reports what began at `outcome.t`.
+void LiveTranscriptTranslation::applyOutcome(
+    TranslationObservation outcome, const std::function<void(std::span<CaptionSegment>)>& change) {
+    const double before = runtime_->now();
+    captions_->changeCommittedSegments(change);
+    const double after = runtime_->now();
+    outcome.diagnostics.applySeconds = after - before;
+    outcome.durationSeconds = after - std::exchange(outcome.t, after);
+    captions_->appendTranslationObservation(outcome);
+}
+
 void LiveTranscriptTranslation::applyCommittedTranslationSuccess(
     const Unit& unit, const std::string& target, const std::string& translatedText,
-    double startedAt, TranslationAttemptDiagnostics diagnostics) {
-    const double before = runtime_->now();
-    captions_->changeCommittedSegments([&](std::span<CaptionSegment> segments) {
+    double startedAt, const TranslationAttemptDiagnostics& diagnostics) {
+    auto observation = observationOf(unit, target, startedAt, diagnostics);
+    observation.phase = TranslationObservation::Phase::success;
+    observation.translatedText = translatedText;
+    applyOutcome(std::move(observation), [&](std::span<CaptionSegment> segments) {
         TranslationSegmentMutator::applySuccess(unit.translationUnitID, unit.segmentIDs,
                                                 unit.resultSegmentID, translatedText, segments);
     });
-    diagnostics.applySeconds = runtime_->now() - before;
-    auto observation = observationOf(unit, target, startedAt, diagnostics);
-    observation.t = runtime_->now();
-    observation.phase = TranslationObservation::Phase::success;
-    observation.translatedText = translatedText;
-    observation.durationSeconds = observation.t - startedAt;
-    captions_->appendTranslationObservation(observation);
 
     clearLanguageResourceFailures();
     clearGhostIfCovered(unit);
@@ -156,19 +162,14 @@ void LiveTranscriptTranslation::clearGhostIfCovered(const Unit& unit) {
 
 void LiveTranscriptTranslation::applyCommittedTranslationFailure(
     const Unit& unit, const std::string& target, const std::string& error, double startedAt,
-    CommittedTranslationFailureAction action, TranslationAttemptDiagnostics diagnostics) {
-    const double before = runtime_->now();
-    captions_->changeCommittedSegments([&](std::span<CaptionSegment> segments) {
+    CommittedTranslationFailureAction action, const TranslationAttemptDiagnostics& diagnostics) {
+    auto observation = observationOf(unit, target, startedAt, diagnostics);
+    observation.phase = TranslationObservation::Phase::failure;
+    observation.error = error;
+    applyOutcome(std::move(observation), [&](std::span<CaptionSegment> segments) {
         TranslationSegmentMutator::applyFailure(unit.translationUnitID, unit.segmentIDs,
                                                 unit.resultSegmentID, error, segments);
     });
-    diagnostics.applySeconds = runtime_->now() - before;
-    auto observation = observationOf(unit, target, startedAt, diagnostics);
-    observation.t = runtime_->now();
-    observation.phase = TranslationObservation::Phase::failure;
-    observation.error = error;
-    observation.durationSeconds = observation.t - startedAt;
-    captions_->appendTranslationObservation(observation);
 
     clearGhostIfCovered(unit);
     switch (action) {

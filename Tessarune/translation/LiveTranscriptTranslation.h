@@ -7,8 +7,10 @@
 #include "Tessarune/translation/TranslationService.h"
 #include "TessaruneCore/translation/CommittedTranslationUnit.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 
 namespace tessarune {
@@ -65,11 +67,11 @@ class LiveTranscriptTranslation final
                                          const TranslationAttemptDiagnostics& diagnostics);
     void applyCommittedTranslationSuccess(const Unit& unit, const std::string& target,
                                           const std::string& translatedText, double startedAt,
-                                          TranslationAttemptDiagnostics diagnostics);
+                                          const TranslationAttemptDiagnostics& diagnostics);
     void applyCommittedTranslationFailure(const Unit& unit, const std::string& target,
                                           const std::string& error, double startedAt,
                                           CommittedTranslationFailureAction action,
-                                          TranslationAttemptDiagnostics diagnostics);
+                                          const TranslationAttemptDiagnostics& diagnostics);
     /// The pair must be prepared first; the unit stays pending.
     void reportLanguagePreparation(const std::string& source, const std::string& target);
     /// The pair could not be recovered, and the user can act on it.
@@ -92,6 +94,8 @@ class LiveTranscriptTranslation final
                                std::stop_token stop);
     static Task<bool> waitsInVain(Self self);
     static Task<bool> drain(Self self, double timeoutSeconds);
+    void applyOutcome(TranslationObservation outcome,
+                      const std::function<void(std::span<CaptionSegment>)>& change);
     void clearLanguageResourceFailures();
     void clearGhostIfCovered(const Unit& unit);
     void updateTranslationRetryBlockedStatus();

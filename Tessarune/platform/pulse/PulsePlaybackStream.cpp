@@ -89,20 +89,15 @@ PulseOutcome PulsePlaybackStream::create(const PlaybackRequest& request) {
 }
 
 void PulsePlaybackStream::handleState() {
-    switch (pa_stream_get_state(stream_.get())) {
-    case PA_STREAM_READY:
-        timer_.cancel();
-        answer({});
-        break;
-    case PA_STREAM_FAILED:
-    case PA_STREAM_TERMINATED: {
-        const int status = pa_context_errno(pa_stream_get_context(stream_.get()));
-        end(pulseOutcome(status != 0 ? status : PA_ERR_KILLED));
-        break;
+    const std::optional<PulseOutcome> outcome = outcomeOf(stream_.get());
+    if (!outcome)
+        return;
+    if (outcome->status != 0) {
+        end(*outcome);
+        return;
     }
-    default:
-        break;
-    }
+    timer_.cancel();
+    answer({});
 }
 
 void PulsePlaybackStream::feed() {

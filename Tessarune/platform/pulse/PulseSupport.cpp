@@ -60,6 +60,20 @@ void PulseTimer::cancel() {
         api_->time_free(event);
 }
 
+std::optional<PulseOutcome> outcomeOf(pa_stream* stream) {
+    switch (pa_stream_get_state(stream)) {
+    case PA_STREAM_READY:
+        return PulseOutcome();
+    case PA_STREAM_FAILED:
+    case PA_STREAM_TERMINATED: {
+        const int status = pa_context_errno(pa_stream_get_context(stream));
+        return pulseOutcome(status != 0 ? status : PA_ERR_KILLED);
+    }
+    default:
+        return std::nullopt;
+    }
+}
+
 void closeStream(PulseStreamPtr stream) {
     if (!stream)
         return;

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace tessarune {
@@ -70,6 +71,10 @@ using PulseStreamPtr = std::unique_ptr<pa_stream, PulseStreamUnref>;
 /// Ends a stream without another callback. The server cannot be told to end a stream that it is
 /// still creating; such a stream ends once it exists. Under the loop's lock.
 void closeStream(PulseStreamPtr stream);
+
+/// Success once a stream is ready, or why it has ended; none while it is being created. Under the
+/// loop's lock.
+std::optional<PulseOutcome> outcomeOf(pa_stream* stream);
 
 struct PulseOperationCancel {
     void operator()(pa_operation* operation) const {
