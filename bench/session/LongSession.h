@@ -6,9 +6,9 @@
 #include "Tessarune/session/LiveTranscriptStore.h"
 #include "TessaruneCore/host/SimulatedHost.h"
 #include "TessaruneCore/recognition/ASREventRecord.h"
-#include "tests/simulation/MemoryDefaults.h"
 #include "tests/simulation/ScriptedAssetInventory.h"
 #include "tests/simulation/ScriptedSpeechEngine.h"
+#include "tests/support/MemoryUserDefaults.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <filesystem>
@@ -71,7 +71,7 @@ class LongSession {
     PosixFileSystem files_;
     TessarunePaths paths_;
     TessaruneFileLogger logger_;
-    simulation::MemoryDefaults defaults_;
+    testing::MemoryUserDefaults defaults_;
     AppSettings settings_;
     NotificationCenter notifications_;
     RecordingCatalog catalog_;

@@ -1,8 +1,8 @@
 #include "Tessarune/audio/PermissionsManager.h"
 #include "Tessarune/audio/RecognitionPermissionGate.h"
 #include "TessaruneCore/LocalizedError.h"
-#include "tests/simulation/MemoryDefaults.h"
 #include "tests/simulation/ScriptedSoundServer.h"
+#include "tests/support/MemoryUserDefaults.h"
 
 #include <gtest/gtest.h>
 
@@ -17,9 +17,9 @@ using Status = PermissionsManager::Status;
 using Key = PermissionsManager::Key;
 using System = SystemAuthorization::Status;
 
-struct CountedDefaults final : simulation::MemoryDefaults {
+struct CountedDefaults final : testing::MemoryUserDefaults {
     void set(std::string_view key, SettingValue value) override {
-        MemoryDefaults::set(key, std::move(value));
+        MemoryUserDefaults::set(key, std::move(value));
         ++writes;
     }
     int writes = 0;

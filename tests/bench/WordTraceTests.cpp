@@ -11,7 +11,6 @@ namespace tessarune {
 namespace {
 
 using Words = std::vector<std::string>;
-using Times = std::vector<double>;
 
 /// "1.5 a b|c; 2 |d": at these times, what is settled now and what is open.
 WordHistory trace(const std::string& script) {
@@ -29,86 +28,54 @@ WordHistory trace(const std::string& script) {
     return trace.history();
 }
 
+/// "3 words, 2 updates, 1 erased, 1 unstable; 0 2 0; 5 5": after how many seconds each word was
+/// steady, and each that is settled was settled.
+std::string summary(const WordHistory& history) {
+    std::size_t unstable = 0;
+    std::ostringstream steady, settled;
+    for (const TracedWord& word : history.words) {
+        unstable += word.isUnstable ? 1 : 0;
+        steady << ' ' << word.changedAt - word.shownAt;
+        if (word.settledAt)
+            settled << ' ' << *word.settledAt - word.shownAt;
+    }
+    std::ostringstream all;
+    all << history.words.size() << " words, " << history.updates << " updates, " << history.erased
+        << " erased, " << unstable << " unstable;" << steady.str() << ';' << settled.str();
+    return all.str();
+}
+
 TEST(WordTraceTests, CountsWhatIsTakenBackAndTimesWhatStays) {
-    struct Case {
+    const struct {
         const char* name;
         const char* script;
-        std::size_t words, updates, erased, unstable;
-        Times untilSteady, untilSettled;
+        std::string history;
+    } cases[] = {
+        {"nothing", "", "0 words, 0 updates, 0 erased, 0 unstable;;"},
+        {"text that only grows", "0 |a;1 |a b;1 |a b;3 a b|",
+         "2 words, 2 updates, 0 erased, 0 unstable; 0 0; 3 2"},
+        {"a word is replaced", "0 |a b;2 |a c;5 a c|",
+         "2 words, 2 updates, 1 erased, 1 unstable; 0 2; 5 5"},
+        {"and again", "0 |a b;1 |a c;2 |a b", "2 words, 3 updates, 2 erased, 1 unstable; 0 2;"},
+        {"a word in front erases all behind it, but makes none unstable", "0 |b c;1 |a b c",
+         "3 words, 2 updates, 2 erased, 0 unstable; 0 0 0;"},
+        {"so does a word that is left out", "0 |a b c;1 |b c",
+         "2 words, 2 updates, 3 erased, 0 unstable; 0 0;"},
+        {"one word becomes two", "0 |a x c;1 |a y z c",
+         "4 words, 2 updates, 2 erased, 1 unstable; 0 1 0 0;"},
+        {"taken back and said again", "0 |a b c;1 |a;3 |a b c;4 a b c|",
+         "3 words, 3 updates, 2 erased, 2 unstable; 0 0 0; 4 1 1"},
+        {"taken back, and another one said", "0 |a b;1 |a;2 |a c;3 |a c b",
+         "3 words, 4 updates, 1 erased, 0 unstable; 0 0 0;"},
+        {"another utterance may say what the one before took back", "0 |a b;1 a|;2 |b",
+         "2 words, 3 updates, 1 erased, 0 unstable; 0 0; 1"},
+        {"the final says something else than the guess", "0 |a b;1 c b d|",
+         "3 words, 2 updates, 2 erased, 1 unstable; 1 0 0; 1 1 0"},
+        {"what is settled is not taken back", "0 |a b c;1 a b|c;2 |d;3 d|",
+         "3 words, 2 updates, 1 erased, 1 unstable; 0 0 2; 1 1 3"},
     };
-    const Case cases[] = {
-        {"nothing", "", 0, 0, 0, 0, {}, {}},
-        {"text that only grows", "0 |a;1 |a b;1 |a b;3 a b|", 2, 2, 0, 0, {0, 0}, {3, 2}},
-        {"a word is replaced", "0 |a b;2 |a c;5 a c|", 2, 2, 1, 1, {0, 2}, {5, 5}},
-        {"and again", "0 |a b;1 |a c;2 |a b", 2, 3, 2, 1, {0, 2}, {}},
-        {"a word in front erases all behind it, but makes none of them unstable",
-         "0 |b c;1 |a b c",
-         3,
-         2,
-         2,
-         0,
-         {0, 0, 0},
-         {}},
-        {"so does a word that is left out", "0 |a b c;1 |b c", 2, 2, 3, 0, {0, 0}, {}},
-        {"one word becomes two", "0 |a x c;1 |a y z c", 4, 2, 2, 1, {0, 1, 0, 0}, {}},
-        {"taken back and said again",
-         "0 |a b c;1 |a;3 |a b c;4 a b c|",
-         3,
-         3,
-         2,
-         2,
-         {0, 0, 0},
-         {4, 1, 1}},
-        {"taken back, and another one said",
-         "0 |a b;1 |a;2 |a c;3 |a c b",
-         3,
-         4,
-         1,
-         0,
-         {0, 0, 0},
-         {}},
-        {"another utterance may say what the one before took back",
-         "0 |a b;1 a|;2 |b",
-         2,
-         3,
-         1,
-         0,
-         {0, 0},
-         {1}},
-        {"the final says something else than the guess",
-         "0 |a b;1 c b d|",
-         3,
-         2,
-         2,
-         1,
-         {1, 0, 0},
-         {1, 1, 0}},
-        {"what is settled is not taken back",
-         "0 |a b c;1 a b|c;2 |d;3 d|",
-         3,
-         2,
-         1,
-         1,
-         {0, 0, 2},
-         {1, 1, 3}},
-    };
-    for (const Case& c : cases) {
-        const WordHistory found = trace(c.script);
-        std::size_t unstable = 0;
-        Times untilSteady, untilSettled;
-        for (const TracedWord& word : found.words) {
-            unstable += word.isUnstable ? 1 : 0;
-            untilSteady.push_back(word.changedAt - word.shownAt);
-            if (word.settledAt)
-                untilSettled.push_back(*word.settledAt - word.shownAt);
-        }
-        EXPECT_EQ(found.words.size(), c.words) << c.name;
-        EXPECT_EQ(found.updates, c.updates) << c.name;
-        EXPECT_EQ(found.erased, c.erased) << c.name;
-        EXPECT_EQ(unstable, c.unstable) << c.name;
-        EXPECT_EQ(untilSteady, c.untilSteady) << c.name;
-        EXPECT_EQ(untilSettled, c.untilSettled) << c.name;
-    }
+    for (const auto& c : cases)
+        EXPECT_EQ(summary(trace(c.script)), c.history) << c.name;
 }
 
 RC_GTEST_PROP(WordTraceTests, NothingIsUnstableThatWasNotErased, ()) {

@@ -3,6 +3,7 @@
 #include "Tessarune/history/RecordingRepair.h"
 #include "Tessarune/history/SessionJournal.h"
 #include "tests/history/CatalogFixture.h"
+#include "tests/simulation/ScriptedMedia.h"
 #include "tests/support/Await.h"
 
 #include <gtest/gtest.h>
@@ -14,18 +15,6 @@ namespace {
 
 using simulation::FaultyFileSystem;
 using PowerLoss = FaultyFileSystem::PowerLoss;
-
-/// A file that only knows how long it is.
-class SilentFile final : public MediaFile {
-  public:
-    explicit SilentFile(double seconds) : seconds_(seconds) {}
-    AudioFormat format() const override { return {16000, 1}; }
-    std::optional<double> duration() const override { return seconds_; }
-    AudioBufferPtr read() override { return nullptr; }
-
-  private:
-    double seconds_;
-};
 
 /// A computer on which one session is recorded; what it was told is what has to hold.
 class Computer : public testing::Catalogued {
@@ -148,9 +137,12 @@ class Computer : public testing::Catalogued {
                 throw MediaFileError(MediaFileError::Kind::writeFailed, error.what());
             }
         });
-        RecordingAudioCompressor compressor(
-            host, disk, catalog, logger, exporter,
-            [&](const auto&) { return std::make_unique<SilentFile>(recording.duration); }, {});
+        RecordingAudioCompressor compressor(host, disk, catalog, logger, exporter,
+                                            [&](const auto&) {
+                                                return std::make_unique<simulation::SilentFile>(
+                                                    recording.duration);
+                                            },
+                                            {});
         try {
             testing::await(host, compressor.compressWAVToM4A(recording, true));
         } catch (const std::runtime_error&) { // the WAV stays
@@ -314,7 +306,7 @@ TEST(SessionSurvivalTests, TheWAVStaysUntilAnM4AOfItsLengthReplacesIt) {
             [&](const auto&) -> std::unique_ptr<MediaFile> {
                 if (c.seconds < 0)
                     throw MediaFileError(MediaFileError::Kind::damaged, "no");
-                return std::make_unique<SilentFile>(c.seconds);
+                return std::make_unique<simulation::SilentFile>(c.seconds);
             },
             {});
         const auto recording = *computer.catalog.recording(id);

@@ -1,7 +1,7 @@
 #include "Tessarune/playback/PlaybackTelemetry.h"
 #include "Tessarune/shell/AppSettings.h"
 #include "tests/playback/PlayerFixture.h"
-#include "tests/simulation/MemoryDefaults.h"
+#include "tests/support/MemoryUserDefaults.h"
 #include "tests/support/RuntimeLog.h"
 
 #include <gtest/gtest.h>
@@ -62,7 +62,7 @@ TEST(TranscriptPlaybackTests, StepsGoFromSentenceToSentence) {
 TEST(PlaybackTelemetryTests, TellsOfJumpsAndCountsOnlyTheTimeThatIsHeard) {
     TranscriptFixture fixture;
     testing::RuntimeLog log(fixture.host);
-    simulation::MemoryDefaults defaults;
+    testing::MemoryUserDefaults defaults;
     AppSettings settings{defaults};
     settings.historyPlaybackDiagnosticsEnabled = true;
     const PlaybackTelemetry telemetry(fixture.host, log.logger,

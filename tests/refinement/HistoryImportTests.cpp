@@ -1,7 +1,7 @@
 #include "Tessarune/history/RecordingRepair.h"
 #include "Tessarune/refinement/HistoryImportCoordinator.h"
 #include "tests/refinement/RefinedRecording.h"
-#include "tests/simulation/MemoryDefaults.h"
+#include "tests/support/MemoryUserDefaults.h"
 
 #include <gtest/gtest.h>
 
@@ -44,7 +44,7 @@ class Importing : public RefinedRecording {
         return names;
     }
 
-    simulation::MemoryDefaults defaults;
+    MemoryUserDefaults defaults;
     AppSettings settings{defaults};
     std::unique_ptr<HistoryImportCoordinator> imports;
     std::optional<Problems> problems;

@@ -9,6 +9,18 @@
 
 namespace tessarune::simulation {
 
+/// A file that only knows how long it is.
+class SilentFile final : public MediaFile {
+  public:
+    explicit SilentFile(double seconds) : seconds_(seconds) {}
+    AudioFormat format() const override { return {16000, 1}; }
+    std::optional<double> duration() const override { return seconds_; }
+    AudioBufferPtr read() override { return nullptr; }
+
+  private:
+    double seconds_;
+};
+
 /// Codecs of a simulated computer: an "M4A" is a text that says how long it is.
 class ScriptedMedia {
   public:
@@ -51,7 +63,7 @@ class ScriptedMedia {
             const std::string media = files_.contentsOf(path);
             if (!media.starts_with("m4a "))
                 throw MediaFileError(MediaFileError::Kind::notMedia, path.string());
-            return std::make_unique<File>(std::stod(media.substr(4)));
+            return std::make_unique<SilentFile>(std::stod(media.substr(4)));
         };
     }
 
@@ -106,17 +118,6 @@ class ScriptedMedia {
         text.resize(bytes, ' ');
         return text;
     }
-
-    class File final : public MediaFile {
-      public:
-        explicit File(double seconds) : seconds_(seconds) {}
-        AudioFormat format() const override { return {16000, 1}; }
-        std::optional<double> duration() const override { return seconds_; }
-        AudioBufferPtr read() override { return nullptr; }
-
-      private:
-        double seconds_;
-    };
 
     FaultyFileSystem& files_;
 };

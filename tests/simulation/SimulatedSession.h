@@ -7,12 +7,12 @@
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/translation/TranslationPresentationBuilder.h"
 #include "tests/simulation/FaultyFileSystem.h"
-#include "tests/simulation/MemoryDefaults.h"
 #include "tests/simulation/ScriptedAssetInventory.h"
 #include "tests/simulation/ScriptedAudioConverter.h"
 #include "tests/simulation/ScriptedMedia.h"
 #include "tests/simulation/ScriptedSoundServer.h"
 #include "tests/simulation/ScriptedSpeechEngine.h"
+#include "tests/support/MemoryUserDefaults.h"
 
 #include <nlohmann/json.hpp>
 
@@ -291,7 +291,7 @@ class SimulatedSession {
     FaultyFileSystem files;
     TessarunePaths paths{"/data"};
     TessaruneFileLogger logger{host, files, paths};
-    MemoryDefaults defaults;
+    testing::MemoryUserDefaults defaults;
     AppSettings settings{defaults};
     NotificationCenter notifications;
     testing::ScriptedSoundServer server{host};

@@ -26,33 +26,23 @@ struct SpeechAnalyzerAssetStoreTests : ::testing::Test {
 
 TEST_F(SpeechAnalyzerAssetStoreTests, AnInstallationEndsInWhatCameOfIt) {
     const SpeechAnalyzerAssetStatus checking{Kind::checking, ""}, installed{Kind::installed, ""},
-        downloading{Kind::downloading, ""};
+        downloading{Kind::downloading, ""}, failed{Kind::failed, "the server is gone"},
+        unsupported{Kind::unsupported, ""};
+    using All = std::vector<SpeechAnalyzerAssetStatus>;
+    using Events = std::vector<std::string>;
     const struct {
         const char* name;
         bool supported, installed;
         std::string failure;
-        std::vector<SpeechAnalyzerAssetStatus> statuses;
-        std::vector<std::string> events;
+        All statuses;
+        Events events;
     } cases[] = {
-        {"there", true, true, "", {checking, installed}, {"ready"}},
-        {"to be fetched",
-         true,
-         false,
-         "",
-         {checking, downloading, installed},
-         {"install.start", "install.done"}},
-        {"fails",
-         true,
-         false,
-         "the server is gone",
-         {checking, downloading, SpeechAnalyzerAssetStatus::failed("the server is gone")},
-         {"install.start", "install.failed"}},
-        {"no such model",
-         false,
-         false,
-         "",
-         {checking, {Kind::unsupported, ""}},
-         {"install.failed"}},
+        {"there", true, true, "", All{checking, installed}, Events{"ready"}},
+        {"to be fetched", true, false, "", All{checking, downloading, installed},
+         Events{"install.start", "install.done"}},
+        {"fails", true, false, "the server is gone", All{checking, downloading, failed},
+         Events{"install.start", "install.failed"}},
+        {"no such model", false, false, "", All{checking, unsupported}, Events{"install.failed"}},
     };
     recordStatuses();
     std::size_t written = 0;

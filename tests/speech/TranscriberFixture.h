@@ -6,6 +6,7 @@
 #include "tests/simulation/ScriptedAssetInventory.h"
 #include "tests/simulation/ScriptedAudioConverter.h"
 #include "tests/simulation/ScriptedSpeechEngine.h"
+#include "tests/support/Await.h"
 #include "tests/support/RuntimeLog.h"
 
 #include <gtest/gtest.h>
@@ -42,18 +43,9 @@ struct TranscriberFixture : ::testing::Test {
         };
     }
 
-    static Task<void> guarded(Task<void> task, std::string& outcome) {
-        outcome = "running";
-        try {
-            co_await task;
-            outcome = "done";
-        } catch (const std::exception& error) {
-            outcome = error.what();
-        }
-    }
     /// Begins an awaited operation; `outcome` tells what came of it.
     void begin(Task<void> task) {
-        spawn(Executor::main(host), guarded(std::move(task), outcome));
+        spawn(Executor::main(host), testing::noteOutcome(std::move(task), &outcome));
         host.runDue(host.now());
     }
     void start() {

@@ -1,11 +1,14 @@
 #pragma once
 
+#include "TessaruneCore/host/AsyncStream.h"
 #include "TessaruneCore/host/SimulatedHost.h"
 #include "TessaruneCore/host/Task.h"
 
 #include <exception>
 #include <optional>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace tessarune::testing {
 
@@ -34,6 +37,29 @@ T await(SimulatedHost& host, Task<T> task) {
     if (!result)
         throw std::logic_error("the task never ended");
     return std::move(*result);
+}
+
+/// Runs a task and notes how it stands: "running", and then "done" or what its error says.
+inline Task<void> noteOutcome(Task<void> task, std::string* outcome) {
+    *outcome = "running";
+    try {
+        co_await task;
+        *outcome = "done";
+    } catch (const std::exception& error) {
+        *outcome = error.what();
+    }
+}
+
+/// Takes all that comes of a stream, until it ends.
+template <typename T>
+Task<void> takeAll(AsyncStream<T> stream, std::vector<T>* all) {
+    for (;;) {
+        Task<std::optional<T>> arrival = stream.next();
+        std::optional<T> next = co_await arrival;
+        if (!next)
+            co_return;
+        all->push_back(std::move(*next));
+    }
 }
 
 } // namespace tessarune::testing

@@ -1,5 +1,3 @@
-#include "TessaruneCore/host/CancellationError.h"
-#include "TessaruneCore/translation/TranslatorError.h"
 #include "tests/translation/TranslatedSession.h"
 
 #include <gtest/gtest.h>
@@ -7,7 +5,6 @@
 namespace tessarune {
 namespace {
 
-using testing::await;
 using testing::ScriptedTranslationService;
 using testing::serviceError;
 using Answer = ScriptedTranslationService::Answer;
@@ -165,6 +162,14 @@ struct LiveTranslationRuntimeTests : LiveTranscriptTranslationTests {
                 prepared.push_back(target + " " + std::string(name(result.outcome)));
             });
     }
+    std::string rebuild(std::stop_token stop = {}) {
+        std::string outcome;
+        spawn(Executor::main(host),
+              testing::noteOutcome(runtime->rebuildCommittedLanguagePair("en", "fr", stop),
+                                   &outcome));
+        host.runUntilIdle();
+        return outcome;
+    }
     static Task<void> wait(Executor executor, std::stop_token stop, bool* ended) {
         co_await sleep(executor, 10, stop);
         *ended = true;
@@ -237,29 +242,18 @@ TEST_F(LiveTranslationRuntimeTests, HealthBelongsToAPair) {
     EXPECT_TRUE(runtime->languageResourceFailures.empty());
 }
 
-Task<std::string> outcomeOfRebuild(LiveTranslationRuntime* runtime, std::stop_token stop) {
-    try {
-        co_await runtime->rebuildCommittedLanguagePair("en", "fr", stop);
-        co_return "rebuilt";
-    } catch (const CancellationError&) {
-        co_return "cancelled";
-    } catch (const TranslatorError& error) {
-        co_return error.errorDescription();
-    }
-}
-
 TEST_F(LiveTranslationRuntimeTests, RebuildingNeedsATranslatorAndCountsGenerations) {
-    EXPECT_EQ(await(host, outcomeOfRebuild(runtime, {})), "当前系统不支持 Apple 离线翻译");
+    EXPECT_EQ(rebuild(), "当前系统不支持 Apple 离线翻译");
     EXPECT_EQ(runtime->committedSessionGeneration, 0);
     runtime->translator();
-    EXPECT_EQ(await(host, outcomeOfRebuild(runtime, {})), "rebuilt");
+    EXPECT_EQ(rebuild(), "done");
     EXPECT_EQ(prepare("fr"), Start::alreadyPrepared);
 
     std::stop_source stop;
     stop.request_stop();
-    EXPECT_EQ(await(host, outcomeOfRebuild(runtime, stop.get_token())), "cancelled");
+    EXPECT_EQ(rebuild(stop.get_token()), "cancelled");
     service->pairs["en-US->fr-FR"].status = Status::unsupported;
-    EXPECT_EQ(await(host, outcomeOfRebuild(runtime, {})), "不支持的翻译方向: en → fr");
+    EXPECT_EQ(rebuild(), "不支持的翻译方向: en → fr");
     EXPECT_EQ(prepare("fr"), Start::started) << "a failed pair is not prepared any more";
     EXPECT_EQ(runtime->committedSessionGeneration, 3);
     EXPECT_EQ(std::count(events.begin(), events.end(), "translation.languagePairRecovery.done"), 3);

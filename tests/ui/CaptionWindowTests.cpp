@@ -91,13 +91,13 @@ TEST_F(CaptionWindowTests, ShowsWhyThereAreNoCaptions) {
         captions.enter(phase, status);
         captions.publish();
         EXPECT_EQ(stage.presentation().toStdString(), presentation);
-        captions.runFor(20);
+        runFor(20);
     }
     captions.speak("Hello");
     captions.publish();
     EXPECT_EQ(stage.presentation(), "content");
     captions.settings.translationBackend = "关闭"; // both layouts need a translation
-    captions.runFor(20);
+    runFor(20);
     EXPECT_FALSE(stage.isBilingual());
 }
 
@@ -108,7 +108,7 @@ TEST_F(CaptionWindowTests, KeepsTheNewestLineInSightUntilTheReaderScrollsBack) {
                             std::to_string(i) + ".",
                         i % 3 == 0 ? "译文" : "");
         captions.publish();
-        captions.runFor(5);
+        runFor(5);
     }
     ASSERT_TRUE(runUntil([&] { return std::abs(hiddenBelow()) < 1; })) << hiddenBelow();
 
@@ -119,7 +119,7 @@ TEST_F(CaptionWindowTests, KeepsTheNewestLineInSightUntilTheReaderScrollsBack) {
     const double readingAt = list()->property("contentY").toDouble();
     captions.settle("Something new.");
     captions.publish();
-    captions.runFor(50);
+    runFor(50);
     EXPECT_EQ(list()->property("contentY").toDouble(), readingAt);
 
     QMetaObject::invokeMethod(list()->parentItem(), "returnToNewest");
@@ -176,7 +176,7 @@ TEST_F(CaptionWindowTests, TextIsSelectedAcrossRowsAndStaysSoWhileCaptionsGoOn) 
     captions.settle("The first sentence.", "第一句。");
     captions.settle("The second sentence.", "第二句。");
     captions.publish();
-    captions.runFor(300);
+    runFor(300);
     QQuickWindow& window = captions.window->window();
     const auto pointAt = [&](int row, const char* part, bool atEnd) {
         QQuickItem* item = nullptr;
@@ -199,7 +199,7 @@ TEST_F(CaptionWindowTests, TextIsSelectedAcrossRowsAndStaysSoWhileCaptionsGoOn) 
     ASSERT_TRUE(runUntil([&] { return window.isActive(); }));
     QTest::keyClick(&window, Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(QGuiApplication::clipboard()->text(), "第一句。\nThe second sentence.");
-    captions.runFor(300);
+    runFor(300);
     QTest::mouseDClick(&window, Qt::LeftButton, {}, pointAt(1, "sourceItem", false));
     QTest::keyClick(&window, Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(QGuiApplication::clipboard()->text(), "The");
@@ -244,7 +244,7 @@ TEST_F(CaptionWindowTests, SaysWhyNoNewWordsCome) {
 TEST_F(CaptionWindowTests, ReadsAsAListOfCaptionsToOtherPrograms) {
     captions.settle("Said.", "说过。");
     captions.publish();
-    captions.runFor(50);
+    runFor(50);
     QStringList unnamed;
     QStringList captionsRead;
     const std::function<void(QAccessibleInterface*)> read = [&](QAccessibleInterface* item) {
@@ -308,7 +308,7 @@ TEST_F(CaptionWindowTests, ANoticeIsReadToItsEndInASmallWindow) {
     captions.notice = std::string("Nothing can be recorded: /home/somebody/.local/share/Tessarune "
                                   "cannot be written. Captions and translations go on, and none of "
                                   "them is kept until there is a folder for them.");
-    captions.runFor(50);
+    runFor(50);
     const auto* const notice = window.findChild<QQuickItem*>("notice");
     const auto* const text = notice->findChild<QQuickItem*>("text");
     EXPECT_FALSE(text->property("truncated").toBool());

@@ -33,4 +33,11 @@ inline bool runUntil(const std::function<bool()>& condition) {
     return true;
 }
 
+inline void runFor(int milliseconds) {
+    QElapsedTimer running;
+    running.start();
+    while (!running.hasExpired(milliseconds))
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
+}
+
 } // namespace tessarune

@@ -85,12 +85,6 @@ class StagedCaptions {
         ++frame.sourceRevision;
         display.update(frame);
     }
-    void runFor(int milliseconds) {
-        QElapsedTimer running;
-        running.start();
-        while (!running.hasExpired(milliseconds))
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
-    }
 
     QGuiApplication& application = offscreenApplication();
     QtHost host;

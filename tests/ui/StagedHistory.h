@@ -3,10 +3,10 @@
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 #include "Tessarune/platform/qt-host/QtHost.h"
 #include "Tessarune/ui/history/HistoryWindow.h"
-#include "tests/simulation/MemoryDefaults.h"
 #include "tests/simulation/ScriptedAudioConverter.h"
 #include "tests/simulation/ScriptedSpeechEngine.h"
 #include "tests/support/FileContents.h"
+#include "tests/support/MemoryUserDefaults.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/ui/OffscreenApplication.h"
 
@@ -122,13 +122,6 @@ class StagedHistory {
         window->show();
     }
 
-    void runFor(int milliseconds) {
-        QElapsedTimer running;
-        running.start();
-        while (!running.hasExpired(milliseconds))
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 10);
-    }
-
     QGuiApplication& application = offscreenApplication();
     QtHost host;
     const double now = host.now();
@@ -137,7 +130,7 @@ class StagedHistory {
     TessarunePaths paths{folder / "data"};
     TessaruneFileLogger logger{host, disk, paths};
     NotificationCenter notifications;
-    simulation::MemoryDefaults defaults;
+    testing::MemoryUserDefaults defaults;
     AppSettings settings{defaults};
     RecordingCatalog catalog{host, disk, paths, logger, notifications};
     AudioExporter audio{host, {}};

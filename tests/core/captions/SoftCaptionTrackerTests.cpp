@@ -34,7 +34,8 @@ TEST(SoftCaptionTrackerTests, ShowsWhatStoodStillInItsPlace) {
          {{0, {"a"}, {}, false},
           {0.2, {"a"}, {}, false},
           {0.35, {"a"}, {"a"}, true},
-          {0.4, {"a"}, {"a"}, false}}},
+          {0.4, {"a"}, {"a"}, false},
+          {0.1, {"a"}, {"a"}, false}}}, // a clock that is set back
         {"another wording of the same is no change",
          0.3,
          {{0, {"a b"}, {}, false}, {1, {"A, b"}, {"A, b"}, true}, {2, {"a B"}, {"a B"}, false}}},

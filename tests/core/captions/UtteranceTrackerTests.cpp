@@ -11,7 +11,7 @@ using Counts = std::vector<std::int64_t>;
 TEST(UtteranceTrackerTests, WordsKeepTheTimeOfTheirPlace) {
     UtteranceTracker tracker;
     tracker.alignWords("one  two three", 1);
-    tracker.wordRevealed[1] = 1.5;
+    tracker.wordRevealed = {std::nullopt, 1.5, 1.7};
     tracker.alignWords("One 2", 2);
     EXPECT_EQ(tracker.wordFirstSeen, (std::vector<double>{1, 1}));
     tracker.alignWords("one two three\tfour five", 3);

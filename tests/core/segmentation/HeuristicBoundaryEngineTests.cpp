@@ -40,83 +40,59 @@ TEST(BoundaryReasonTests, PrintsCaseAndPayload) {
     EXPECT_FALSE(BoundaryReason::engineFinal() == BoundaryReason::localAgreement());
 }
 
+/// "soft | soft / leading | leading / tail / reasons"
+std::string parts(const BoundaryDecision& decision) {
+    EXPECT_EQ(decision.hardPieces, Texts());
+    return Text::joined(decision.softPieces, " | ") + "/ " + Text::joined(decision.leading, " | ") +
+           "/ " + decision.tail + "/ " + labels(decision);
+}
+
 TEST(HeuristicBoundaryEngineTests, AFirstPartialIsDividedAndExplained) {
+    const std::string words27 = wordsOf(27);
+    const std::string words9 = wordsOf(9);
     const struct {
         const char* name;
         std::string text;
         BoundaryContext context;
-        Texts soft;
-        Texts leading;
-        std::string tail;
-        std::string reasons;
+        std::string parts;
     } cases[] = {
-        {"empty", "", live(), {}, {}, "", ""},
+        {"empty", "", live(), "/ / / "},
         {"not cut: the text as it stands",
          " One. Two. ",
          {.segment = false, .freeze = true, .softClauseLevel = true},
-         {},
-         {},
-         " One. Two. ",
-         ""},
-        {"a clause is soft, a sentence is not",
-         "Yes, I do now, as ever. Is that so?\" And then",
+         "/ /  One. Two. / "},
+        {"a clause is soft, a sentence is not", "Yes, I do now, as ever. Is that so?\" And then",
          live(),
-         {"Yes, I do now,", "as ever."},
-         {"Yes, I do now, as ever.", "Is that so?\""},
-         "And then",
+         "Yes, I do now, | as ever./ Yes, I do now, as ever. | Is that so?\"/ And then/ "
          "clausePunctuation:, punctuation:. punctuation:?"},
         {"clauses not wanted",
          "Yes, I do now, as ever. And",
          {.segment = true, .freeze = true},
-         {},
-         {"Yes, I do now, as ever."},
-         "And",
-         "punctuation:."},
+         "/ Yes, I do now, as ever./ And/ punctuation:."},
         {"hard clauses leave nothing soft",
          "Yes, I do now, as ever",
          {.segment = true, .clauseLevel = true, .softClauseLevel = true},
-         {},
-         {"Yes, I do now,"},
-         "as ever",
-         "clausePunctuation:,"},
-        {"a piece that is cut for its length",
-         wordsOf(28) + " " + wordsOf(9),
-         live(),
-         {},
-         {wordsOf(28)},
-         wordsOf(9),
-         "maxWords:28"},
+         "/ Yes, I do now,/ as ever/ clausePunctuation:,"},
+        {"a piece that is cut for its length", words27 + " word " + words9, live(),
+         "/ " + words27 + " word/ " + words9 + "/ maxWords:28"},
         {"a comma by chance gives what the count gives",
-         wordsOf(27) + " word, " + wordsOf(9),
+         words27 + " word, " + words9,
          {.segment = true},
-         {},
-         {wordsOf(27) + " word,"},
-         wordsOf(9),
-         "maxWords:28"},
-        {"an unfinished tail gives no reason", wordsOf(27), live(), {}, {}, wordsOf(27), ""},
+         "/ " + words27 + " word,/ " + words9 + "/ maxWords:28"},
+        {"an unfinished tail gives no reason", words27, live(), "/ / " + words27 + "/ "},
         {"characters",
          "一二三四五六七八九十一二三四五",
          {.segment = true, .maxUnpunctuatedWords = 2, .boundaryUnit = BoundaryUnit::characters},
-         {},
-         {"一二"},
-         "三四五六七八九十一二三四五",
-         "maxCharacters:2"},
+         "/ 一二/ 三四五六七八九十一二三四五/ maxCharacters:2"},
         {"Chinese marks, each once",
          "好。好的！不好，不要。来",
          {.segment = true, .softClauseLevel = true, .boundaryUnit = BoundaryUnit::characters},
-         {"不好，", "不要。"},
-         {"好。", "好的！", "不好，不要。"},
-         "来",
+         "不好， | 不要。/ 好。 | 好的！ | 不好，不要。/ 来/ "
          "clausePunctuation:， punctuation:。 punctuation:！"},
     };
-    for (const auto& c : cases) {
-        const auto decision = HeuristicBoundaryEngine().ingestPartial(c.text, c.context, 1);
-        EXPECT_EQ(decision.hardPieces, Texts()) << c.name;
-        EXPECT_EQ(decision.softPieces, c.soft) << c.name;
-        EXPECT_EQ(decision.leading, c.leading) << c.name;
-        EXPECT_EQ(decision.tail, c.tail) << c.name;
-        EXPECT_EQ(labels(decision), c.reasons) << c.name;
-    }
+    for (const auto& c : cases)
+        EXPECT_EQ(parts(HeuristicBoundaryEngine().ingestPartial(c.text, c.context, 1)), c.parts)
+            << c.name;
 }
 
 TEST(HeuristicBoundaryEngineTests, WhatWasFrozenFromPartialsIsNotInTheFinalAgain) {

@@ -119,24 +119,6 @@ TEST(TranslationPresentationBuilderTests, StatusTextTellsTheMostImportantThing) 
     EXPECT_EQ(Builder::visibleGhostText(" g ", false), "");
 }
 
-TEST(TranslationPresentationBuilderTests, ABlockedRetrySaysWhy) {
-    struct Case {
-        bool hasIncomplete;
-        std::string_view backend;
-        std::optional<Builder::RetryBlockedStatus> status;
-    };
-    const Case cases[] = {
-        {false, "关闭", std::nullopt},
-        {true,
-         "关闭",
-         {{"请先开启 Apple 离线翻译后再补齐译文", "请先开启 Apple 离线翻译后再补齐译文。"}}},
-        {true, "Apple", {{"当前系统不支持 Apple 离线翻译", "当前系统不支持 Apple 离线翻译。"}}},
-        {true, "X", {{"X翻译尚未接入", "X翻译尚未接入，请切换到苹果离线翻译。"}}},
-    };
-    for (const auto& c : cases)
-        EXPECT_EQ(Builder::retryBlockedStatus(c.hasIncomplete, c.backend), c.status) << c.backend;
-}
-
 TEST(SessionTranscriptBuilderTests, FourSourcesMakeOneTextWithoutRepetition) {
     const std::vector<CaptionSegment> none;
     const std::vector<CaptionSegment> committed{row(" One. ", " un "), row(" ", "seul"), row(" ")};

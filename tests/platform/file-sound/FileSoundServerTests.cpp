@@ -2,6 +2,7 @@
 #include "Tessarune/platform/file-sound/FileSoundServer.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
 #include "TessaruneCore/host/SimulatedHost.h"
+#include "tests/support/Await.h"
 
 #include <gtest/gtest.h>
 
@@ -46,15 +47,6 @@ class Ears final : public SystemAudioCaptureDelegate {
     int events = 0;
 };
 
-Task<void> keepFailure(Task<void> task, std::string* failure) {
-    try {
-        co_await task;
-        *failure = "none";
-    } catch (const std::exception& error) {
-        *failure = error.what();
-    }
-}
-
 struct FileSoundServerTests : ::testing::Test {
     void play(FileSoundServer::Pace pace) {
         server = std::make_unique<FileSoundServer>(
@@ -71,10 +63,10 @@ struct FileSoundServerTests : ::testing::Test {
         run(capture->start());
     }
     void run(Task<void> task) {
-        std::string failure;
-        spawn(Executor::main(host), keepFailure(std::move(task), &failure));
+        std::string outcome;
+        spawn(Executor::main(host), testing::noteOutcome(std::move(task), &outcome));
         host.advanceBy(0);
-        EXPECT_EQ(failure, "none");
+        EXPECT_EQ(outcome, "done");
     }
 
     SimulatedHost host{1000};

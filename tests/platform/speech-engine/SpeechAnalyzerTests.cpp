@@ -4,6 +4,7 @@
 #include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
 #include "TessaruneCore/text/Text.h"
 #include "tests/platform/speech-engine/ScriptedEngine.h"
+#include "tests/support/Await.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -37,7 +38,7 @@ class SpeechAnalyzerTest : public ::testing::Test {
         analyzer_.reset();
         host_.simulated.runUntilIdle();
         EXPECT_EQ(engine_.streamsOpen, 0u) << "a session that was dropped leaves nothing behind";
-        EXPECT_TRUE(ended_ || !transcriber_);
+        EXPECT_NE(outcome_, "running");
     }
 
     void make(RecognitionPolicy policy = {}) {
@@ -52,7 +53,8 @@ class SpeechAnalyzerTest : public ::testing::Test {
         transcriber_ = engine.makeTranscriber(options, Executor::main(host_));
         analyzer_ = engine.makeAnalyzer(transcriber_);
         input_.emplace(analyzer_->inputExecutor());
-        spawn(Executor::main(host_), collect(transcriber_->results(), this));
+        spawn(Executor::main(host_),
+              noteOutcome(takeAll(transcriber_->results(), &results_), &outcome_));
     }
 
     /// The script tells sound by its samples.
@@ -69,11 +71,12 @@ class SpeechAnalyzerTest : public ::testing::Test {
 
     /// What the task threw, or nothing.
     std::string run(Task<void> task) {
-        std::string failure;
-        const TaskHandle handle = spawn(Executor::main(host_), guard(std::move(task), &failure));
+        std::string outcome;
+        const TaskHandle handle =
+            spawn(Executor::main(host_), noteOutcome(std::move(task), &outcome));
         while (!handle.isFinished() && host_.simulated.step()) {
         }
-        return failure;
+        return outcome == "done" ? "" : outcome;
     }
 
     /// Feeds up to this time of the session, in real time.
@@ -125,13 +128,6 @@ class SpeechAnalyzerTest : public ::testing::Test {
         return found;
     }
 
-    static Task<void> guard(Task<void> task, std::string* failure) {
-        try {
-            co_await task;
-        } catch (const std::exception& thrown) {
-            *failure = thrown.what();
-        }
-    }
     /// A hundred seconds of what is written down, as a recording.
     static Task<void> transcribe(std::shared_ptr<SpeechFileAnalyzer> analyzer,
                                  std::vector<SpeechResult>* results) {
@@ -150,25 +146,6 @@ class SpeechAnalyzerTest : public ::testing::Test {
         const std::vector<SpeechResult> last = co_await finishing;
         results->insert(results->end(), last.begin(), last.end());
     }
-    static Task<void> tell(Task<void> task, bool* isDone) {
-        co_await task;
-        *isDone = true;
-    }
-    static Task<void> collect(AsyncStream<SpeechResult> stream, SpeechAnalyzerTest* self) {
-        try {
-            for (;;) {
-                Task<std::optional<SpeechResult>> arrival = stream.next();
-                std::optional<SpeechResult> next = co_await arrival;
-                if (!next)
-                    break;
-                self->results_.push_back(std::move(*next));
-            }
-        } catch (const std::exception& thrown) {
-            self->failure_ = thrown.what();
-        }
-        self->ended_ = true;
-    }
-
     WorkingHost host_;
     double startedAt_ = host_.now();
     TemporaryFolder folder_;
@@ -187,8 +164,7 @@ class SpeechAnalyzerTest : public ::testing::Test {
     double fed_ = 0;
     std::function<double()> unheardSeconds_;
     std::vector<SpeechResult> results_;
-    std::string failure_;
-    bool ended_ = false;
+    std::string outcome_; ///< of taking them
 };
 
 std::vector<std::string> textsOf(const std::vector<ScriptedEngine::Spoken>& script) {
@@ -207,10 +183,10 @@ TEST_F(SpeechAnalyzerTest, LinesBecomeFinalsAndTheDrainGivesTheRest) {
     EXPECT_GE(texts(false).size(), 3u) << "words appear while they are spoken";
     hearUntil(7.7);
     EXPECT_EQ(texts(true).size(), 2u);
-    EXPECT_FALSE(ended_);
+    EXPECT_EQ(outcome_, "running");
     input_->finish();
     EXPECT_EQ(run(analyzer_->finalizeAndFinishThroughEndOfInput()), "");
-    EXPECT_TRUE(ended_);
+    EXPECT_EQ(outcome_, "done");
     ASSERT_EQ(texts(true).size(), 3u);
     EXPECT_EQ(texts(true).front(), threeLines.front().text);
     EXPECT_NEAR(engine_.heard, fed_, 0.01) << "every second must reach the engine";
@@ -369,11 +345,11 @@ TEST_F(SpeechAnalyzerTest, FinalizeClosesALongLineAtARestIfThereIsOneSoon) {
         results_.clear();
         startUp();
         hearUntilAnew(8.05);
-        bool isDecided = false;
-        spawn(Executor::main(host_), tell(analyzer_->finalize(through), &isDecided));
+        std::string deciding;
+        spawn(Executor::main(host_), noteOutcome(analyzer_->finalize(through), &deciding));
         hearUntil(9.1);
         EXPECT_EQ(texts(true), finalsAt9);
-        EXPECT_TRUE(isDecided) << "nobody waits longer than a second";
+        EXPECT_EQ(deciding, "done") << "nobody waits longer than a second";
         hearUntil(13);
         EXPECT_EQ(texts(true), textsOf(engine_.script)) << "nothing is lost and nothing twice";
         EXPECT_NEAR(results_.back().runs.front().audioStart.value(), 8.5, 0.01);
@@ -386,7 +362,7 @@ TEST_F(SpeechAnalyzerTest, AbortEndsTheResultsAtOnce) {
     hearUntil(4);
     const std::size_t before = results_.size();
     run(analyzer_->cancelAndFinishNow());
-    EXPECT_TRUE(ended_);
+    EXPECT_EQ(outcome_, "done");
     hearUntil(6);
     EXPECT_EQ(results_.size(), before);
     EXPECT_EQ(engine_.streamsOpen, 0u);
@@ -407,8 +383,6 @@ TEST_F(SpeechAnalyzerTest, FailuresSaySoWhereTheyHappen) {
           Case{"add", "", "", "The speech engine does not accept sound: out of order"},
           Case{"transcribe", "", "", "The speech engine failed: out of order"}}) {
         SCOPED_TRACE(call);
-        failure_.clear();
-        ended_ = false;
         make();
         if (*prepare != '\0')
             engine_.failing = call;
@@ -421,8 +395,7 @@ TEST_F(SpeechAnalyzerTest, FailuresSaySoWhereTheyHappen) {
         if (*results != '\0') {
             engine_.failing = call;
             hearUntilAnew(2);
-            EXPECT_EQ(failure_, results);
-            EXPECT_TRUE(ended_);
+            EXPECT_EQ(outcome_, results);
             input_->finish();
             EXPECT_EQ(run(analyzer_->finalizeAndFinishThroughEndOfInput()), "");
         }

@@ -9,6 +9,7 @@
 #include "Tessarune/platform/speech-engine/SpeechModelInventory.h"
 #include "TessaruneCore/host/SimulatedHost.h"
 #include "TessaruneCore/text/Text.h"
+#include "tests/support/Await.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WordErrorRate.h"
 
@@ -51,7 +52,8 @@ class LiveRun {
         AsyncStream<AnalyzerInput> input(analyzer_->inputExecutor());
         run(analyzer_->prepareToAnalyze(analyzer_->bestAvailableAudioFormat()));
         run(analyzer_->start(input));
-        spawn(Executor::main(host_), collect(transcriber_->results(), this));
+        spawn(Executor::main(host_),
+              noteOutcome(takeAll(transcriber_->results(), &results), &outcome));
         const auto batch = static_cast<std::size_t>(batchSeconds * recording.format.sampleRate);
         for (std::size_t at = 0; at < recording.frames(); at += batch) {
             const float* const from = recording.samples.data() + at;
@@ -62,7 +64,7 @@ class LiveRun {
         }
         input.finish();
         run(analyzer_->finalizeAndFinishThroughEndOfInput());
-        ASSERT_TRUE(ended);
+        ASSERT_EQ(outcome, "done");
     }
 
     /// The same recording in file mode.
@@ -83,7 +85,7 @@ class LiveRun {
     }
 
     std::vector<SpeechResult> results;
-    bool ended = false;
+    std::string outcome;
 
   private:
     static Task<void> transcribe(std::shared_ptr<SpeechFileAnalyzer> analyzer, AudioBufferPtr sound,
@@ -98,17 +100,6 @@ class LiveRun {
                 *text += result.text() + " ";
         }
     }
-    static Task<void> collect(AsyncStream<SpeechResult> stream, LiveRun* self) {
-        for (;;) {
-            Task<std::optional<SpeechResult>> arrival = stream.next();
-            std::optional<SpeechResult> next = co_await arrival;
-            if (!next)
-                break;
-            self->results.push_back(std::move(*next));
-        }
-        self->ended = true;
-    }
-
     void run(Task<void> task) {
         const TaskHandle handle = spawn(Executor::main(host_), std::move(task));
         while (!handle.isFinished() && host_.step()) {

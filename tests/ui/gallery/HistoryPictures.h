@@ -55,7 +55,7 @@ inline HistoryWindowModel& modelOf(StagedHistory& history) {
 
 inline void choose(StagedHistory& history, int row) {
     modelOf(history).setCurrentRow(row);
-    history.runFor(200);
+    runFor(200);
 }
 
 inline void click(StagedHistory& history, const char* name, const char* method = "clicked") {
@@ -82,7 +82,7 @@ inline void openWords(StagedHistory& history) {
     for (const char* word : {"the", "it", "be", "of", "time"})
         history.vocabulary->markMastered(word);
     click(history, "openWords");
-    history.runFor(300);
+    runFor(300);
 }
 
 inline void openUsage(StagedHistory& history) {
@@ -165,10 +165,10 @@ bool drawHistory(const QString& folder, const char* shade, Save save) {
         picture.stage(history);
         history.open();
         runUntil([&] { return !modelOf(history).list()->isLoading(); });
-        history.runFor(300);
+        runFor(300);
         if (picture.act)
             picture.act(history);
-        history.runFor(400);
+        runFor(400);
         const QString name = QStringLiteral("/history-%1-%2.png")
                                  .arg(QString::fromUtf8(picture.name), QString::fromUtf8(shade));
         if (!save(history.window->window(), folder + name))

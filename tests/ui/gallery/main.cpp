@@ -72,7 +72,7 @@ const Picture pictures[] = {
          talk(c);
          c.session.audioLevel = 0;
      },
-     [](auto& c) { c.runFor(4500); }, false},
+     [](auto&) { runFor(4500); }, false},
     {"behind",
      [](auto& c) {
          talk(c);
@@ -87,7 +87,7 @@ const Picture pictures[] = {
      }},
     {"selected", talk,
      [](auto& c) {
-         c.runFor(400);
+         runFor(400);
          auto* const stage = c.window->window()
                                  .template findChild<QQuickItem*>("sourceList")
                                  ->parentItem()
@@ -100,7 +100,7 @@ const Picture pictures[] = {
              talk(c);
      },
      [](auto& c) {
-         c.runFor(400);
+         runFor(400);
          auto* const list = c.window->window()
                                 .template findChild<QQuickItem*>("sourceList")
                                 ->template findChild<QQuickItem*>("list");
@@ -219,7 +219,7 @@ bool drawSettings(const QString& folder, bool isDark) {
         settings.open(picture.pane);
         if (picture.stage)
             picture.stage(settings);
-        settings.captions.runFor(400);
+        runFor(400);
         const QString name =
             QStringLiteral("/settings-%1-%2.png")
                 .arg(QString::fromUtf8(picture.name), QString::fromUtf8(isDark ? "dark" : "light"));
@@ -238,7 +238,7 @@ bool draw(const Picture& picture, SubtitleLayoutMode layout, const QString& file
     captions.open();
     if (picture.act)
         picture.act(captions);
-    captions.runFor(1600);
+    runFor(1600);
     return save(captions.window->window(), file);
 }
 
