@@ -20,7 +20,7 @@ class MediaFileError : public std::runtime_error {
         notMedia,     ///< an unknown container
         noAudioTrack, ///< a film without sound, a picture
         unsupported,  ///< a known track without a decoder here, or with impossible properties
-        damaged,      ///< it began well, then nothing more could be decoded
+        damaged,      ///< it began well, then nothing more could be decoded, or its end is missing
         cannotCreate, ///< the destination cannot be opened or begun
         writeFailed,
         cancelled,
@@ -37,7 +37,8 @@ class MediaFileError : public std::runtime_error {
 /// end.
 ///
 /// Used by one thread at a time; reading and seeking wait for the disk. Memory does not grow with
-/// the file. Skips small damage as players do; throws `damaged` if nothing more can be decoded.
+/// the file. Skips small damage as players do; throws `damaged` if nothing more can be decoded, and
+/// behind the last sound of a file that is shorter than it states.
 class MediaFile {
   public:
     /// The maximum length of a block from `read`.

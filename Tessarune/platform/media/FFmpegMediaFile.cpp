@@ -1,5 +1,6 @@
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 
+#include "Tessarune/audio/WAVHeader.h"
 #include "Tessarune/platform/media/FFmpegSupport.h"
 #include "Tessarune/platform/media/FileInput.h"
 #include "TessaruneCore/text/Localization.h"
@@ -8,6 +9,10 @@
 #include <cmath>
 #include <cstring>
 #include <deque>
+#include <fstream>
+#include <string>
+#include <string_view>
+#include <utility>
 
 namespace tessarune {
 
@@ -21,6 +26,26 @@ constexpr int highestSampleRate = 768000;
 constexpr int mostChannels = 64;
 /// So many packets in a row without sound make the file count as damaged.
 constexpr int mostFailuresInARow = 200;
+/// A file that ends so much before the length that it states was cut off. Encoders round by less.
+constexpr double shortestMissingSeconds = 1;
+constexpr double smallestMissingShare = 0.02;
+/// The containers whose header states the length of the sound. Others are measured by what is
+/// there.
+constexpr std::string_view lengthStatingFormats[] = {"flac", "mp3", "mov,mp4,m4a,3gp,3g2,mj2"};
+
+/// FFmpeg takes what is there for the length of a WAV; its header knows better.
+std::optional<double> lengthByWAVHeader(const std::filesystem::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::string begin(WAVHeader::sizeToRead, '\0');
+    file.read(begin.data(), static_cast<std::streamsize>(begin.size()));
+    begin.resize(static_cast<std::size_t>(file.gcount()));
+    const auto header = WAVHeader::decoded(begin);
+    constexpr std::uint64_t unknownSize = 0xFFFFFFFF;
+    if (!header || header->bytesPerSecond() == 0 || header->dataSize >= unknownSize)
+        return std::nullopt;
+    return static_cast<double>(header->dataSize) / static_cast<double>(header->bytesPerSecond());
+}
+
 /// Starts decoding before the target, so that decoders with a history are in step.
 constexpr double leadInSeconds = 0.3;
 
@@ -67,6 +92,8 @@ class FFmpegMediaFile final : public MediaFile {
                 throw;
             }
         }
+        if (ready_.empty() && std::exchange(isCutOff_, false))
+            fail(Kind::damaged, path_, localized("its end is missing"));
         if (ready_.empty())
             return nullptr;
         AudioBufferPtr next = std::move(ready_.front());
@@ -82,6 +109,7 @@ class FFmpegMediaFile final : public MediaFile {
         toDrop_ = 0;
         failuresInARow_ = 0;
         ended_ = false;
+        isCutOff_ = false;
         sought_ = std::max(0.0, seconds);
         const double from = std::max(0.0, *sought_ - leadInSeconds);
         const auto timestamp =
@@ -130,6 +158,7 @@ class FFmpegMediaFile final : public MediaFile {
                 failToGoOn(result);
             if (!gaveAnything_ && ready_.empty() && failuresInARow_ > 0)
                 fail(Kind::damaged, path_, localized("its sound cannot be decoded"));
+            isCutOff_ = gaveAnything_ && endsEarly();
             return;
         }
         const bool ours = packet_->stream_index == stream_;
@@ -143,6 +172,22 @@ class FFmpegMediaFile final : public MediaFile {
         } else if (sent < 0 && ++failuresInARow_ > mostFailuresInARow) {
             fail(Kind::damaged, path_, words(sent));
         }
+    }
+
+    bool endsEarly() const {
+        if (!input_.canGoBack())
+            return false;
+        std::optional<double> stated;
+        if (input_->iformat->name == std::string_view("wav"))
+            stated = lengthByWAVHeader(path_);
+        else if (std::ranges::find(lengthStatingFormats, input_->iformat->name) !=
+                     std::end(lengthStatingFormats) &&
+                 input_->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE)
+            stated = duration();
+        if (!stated)
+            return false;
+        const double missing = *stated - decodedThrough_;
+        return missing > std::max(shortestMissingSeconds, smallestMissingShare * *stated);
     }
 
     [[noreturn]] void failToGoOn(int error) const {
@@ -159,12 +204,21 @@ class FFmpegMediaFile final : public MediaFile {
     bool takeFrames() {
         bool any = false;
         while (avcodec_receive_frame(codec_.get(), frame_.get()) == 0) {
+            noteTime(*frame_);
             dropWhatWasNotSought(*frame_);
             takeConverted(frame_.get());
             av_frame_unref(frame_.get());
             any = true;
         }
         return any;
+    }
+
+    void noteTime(const AVFrame& frame) {
+        if (frame.best_effort_timestamp != AV_NOPTS_VALUE)
+            decodedThrough_ =
+                static_cast<double>(frame.best_effort_timestamp - startTime()) * av_q2d(timeBase());
+        if (frame.sample_rate > 0)
+            decodedThrough_ += static_cast<double>(frame.nb_samples) / frame.sample_rate;
     }
 
     /// The first frame after a seek tells the distance to the target.
@@ -266,6 +320,8 @@ class FFmpegMediaFile final : public MediaFile {
     bool ended_ = false;
     bool gaveAnything_ = false;
     int failuresInARow_ = 0;
+    double decodedThrough_ = 0; ///< seconds of the file, where the last frame ended
+    bool isCutOff_ = false;     ///< which is told behind the last sound
 };
 
 } // namespace
