@@ -8,7 +8,7 @@
 namespace tessarune::ffmpeg {
 
 /// One of FFmpeg's libraries, loaded when it is first needed: together they bring a hundred others
-/// along, whose loading takes a third of a program's start. Some of those start threads as they are
+/// along, whose loading takes a fifth of a program's start. Some of those start threads as they are
 /// loaded, which would take the signals of a program that has not blocked them yet.
 ///
 /// Any thread. Stays loaded until the process ends.
