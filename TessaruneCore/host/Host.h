@@ -14,23 +14,6 @@ using Block = std::function<void()>;
 /// The priority of a serial queue's work. A host may map it to thread priorities or ignore it.
 enum class QueuePriority { userInitiated, standard, utility };
 
-/// Runs blocks one after the other in the order in which they were queued.
-///
-/// Any thread may call; the blocks run on the queue's own thread (or in simulated time). The
-/// destructor runs all queued blocks first.
-class SerialQueue {
-  public:
-    virtual ~SerialQueue() = default;
-
-    virtual void async(Block block) = 0;
-
-    /// Runs `block` after all blocks queued before it and returns when it has finished.
-    /// Must not be called from a block of the same queue.
-    virtual void sync(const Block& block) = 0;
-
-    virtual const std::string& label() const = 0;
-};
-
 /// Handle of a delayed call. Copies refer to the same call; destroying the handle does not cancel
 /// it.
 class DelayedCall {
@@ -47,6 +30,26 @@ class DelayedCall {
 
   private:
     std::shared_ptr<std::atomic<bool>> cancelled_;
+};
+
+/// Runs blocks one after the other in the order in which they were queued.
+///
+/// Any thread may call; the blocks run on the queue's own thread (or in simulated time). The
+/// destructor runs all queued blocks first.
+class SerialQueue {
+  public:
+    virtual ~SerialQueue() = default;
+
+    virtual void async(Block block) = 0;
+
+    /// Runs `block` after all blocks queued before it and returns when it has finished.
+    /// Must not be called from a block of the same queue.
+    virtual void sync(const Block& block) = 0;
+
+    /// Queues `block` after at least `seconds`; what is not due when the queue ends never runs.
+    virtual DelayedCall after(double seconds, Block block) = 0;
+
+    virtual const std::string& label() const = 0;
 };
 
 /// Time, the main queue, delayed calls and serial queues. Code above the platform line uses no

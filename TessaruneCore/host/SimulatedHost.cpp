@@ -1,6 +1,7 @@
 #include "TessaruneCore/host/SimulatedHost.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace tessarune {
@@ -17,6 +18,10 @@ class SimulatedHost::Queue final : public SerialQueue {
         const std::size_t caller = std::exchange(host_.runningQueue_, lane_);
         block();
         host_.runningQueue_ = caller;
+    }
+
+    DelayedCall after(double seconds, Block block) override {
+        return host_.schedule(lane_, seconds, std::move(block));
     }
 
     const std::string& label() const override { return label_; }
@@ -44,10 +49,15 @@ void SimulatedHost::post(Block block) {
 }
 
 DelayedCall SimulatedHost::after(double seconds, Block block) {
+    return schedule(0, seconds, std::move(block));
+}
+
+DelayedCall SimulatedHost::schedule(std::size_t lane, double seconds, Block block) {
     auto cancelled = std::make_shared<std::atomic<bool>>(false);
     if (hasEnded_)
         return DelayedCall(cancelled);
-    timers_.push_back({now_ + std::max(seconds, 0.0), nextOrder_++, std::move(block), cancelled});
+    timers_.push_back(
+        {now_ + std::max(seconds, 0.0), nextOrder_++, std::move(block), cancelled, lane});
     return DelayedCall(cancelled);
 }
 
@@ -77,7 +87,7 @@ void SimulatedHost::drainLane(std::size_t lane) {
 
 bool SimulatedHost::step(double limit) {
     std::vector<std::size_t> ready;
-    for (std::size_t lane = 0; lane < lanes_.size(); ++lane) {
+    for (std::size_t lane = now_ < mainStallsUntil_ ? 1 : 0; lane < lanes_.size(); ++lane) {
         if (!lanes_[lane]->empty())
             ready.push_back(lane);
     }
@@ -90,23 +100,34 @@ bool SimulatedHost::step(double limit) {
     }
 
     std::erase_if(timers_, [](const Timer& timer) { return timer.cancelled->load(); });
-    if (timers_.empty())
-        return false;
-    const double due =
-        std::min_element(timers_.begin(), timers_.end(), [](const Timer& a, const Timer& b) {
-            return a.due < b.due;
-        })->due;
-    if (due > limit)
+    const auto dueOf = [this](const Timer& timer) {
+        return timer.lane == 0 ? std::max(timer.due, mainStallsUntil_) : timer.due;
+    };
+    double due = std::numeric_limits<double>::infinity();
+    for (const Timer& timer : timers_)
+        due = std::min(due, dueOf(timer));
+    if (!lanes_[0]->empty()) // it stalls
+        due = std::min(due, mainStallsUntil_);
+    if (due > limit || !std::isfinite(due))
         return false;
     std::vector<std::size_t> together;
     for (std::size_t i = 0; i < timers_.size(); ++i) {
-        if (timers_[i].due == due)
+        if (dueOf(timers_[i]) == due)
             together.push_back(i);
+    }
+    if (together.empty()) {
+        now_ = std::max(now_, due);
+        return true;
     }
     const std::size_t chosen = together[pick(together.size())];
     Block block = std::move(timers_[chosen].block);
+    const std::size_t lane = timers_[chosen].lane;
     timers_.erase(timers_.begin() + static_cast<std::ptrdiff_t>(chosen));
     now_ = std::max(now_, due);
+    if (lane != 0) {
+        push(lane, std::move(block));
+        return true;
+    }
     const std::size_t caller = std::exchange(runningQueue_, 0);
     block();
     runningQueue_ = caller;

@@ -54,6 +54,9 @@ class SimulatedHost final : public Host {
     /// late.
     void sleepComputer(double seconds) { now_ += seconds; }
 
+    /// What is on the main queue, or due on it, waits for so long while other queues work.
+    void stallMainQueue(double seconds) { mainStallsUntil_ = now_ + seconds; }
+
     /// Destroys all suspended tasks and queued blocks. Afterwards only `sync` runs blocks. Objects
     /// that the suspended tasks refer to must still exist.
     void end();
@@ -76,16 +79,19 @@ class SimulatedHost final : public Host {
         std::uint64_t order;
         Block block;
         std::shared_ptr<std::atomic<bool>> cancelled;
+        std::size_t lane; ///< on which it runs
     };
     using Lane = std::deque<Ready>;
 
     void push(std::size_t lane, Block block);
+    DelayedCall schedule(std::size_t lane, double seconds, Block block);
     void runHead(std::size_t lane);
     void drainLane(std::size_t lane);
     std::size_t pick(std::size_t count);
 
     double now_;
     double wallClockOffset_ = 0;
+    double mainStallsUntil_ = -std::numeric_limits<double>::infinity();
     bool hasEnded_ = false;
     std::uint64_t nextOrder_ = 0;
     bool shuffles_;

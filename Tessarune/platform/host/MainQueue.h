@@ -14,8 +14,8 @@
 
 namespace tessarune {
 
-/// The clocks, posted blocks and delayed calls behind a host's main queue; a host adds the loop
-/// that runs them. Any thread may add, one thread runs.
+/// The clocks, posted blocks and delayed calls behind a host's main queue, or behind the queue of
+/// another thread; that adds the loop that runs them. Any thread may add, one thread runs.
 ///
 /// The clock behind `now` and the delayed calls includes the time of a suspended computer, so that
 /// everything that became due runs right after a resume.

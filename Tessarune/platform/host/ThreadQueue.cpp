@@ -5,8 +5,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <exception>
 #include <future>
+#include <optional>
 
 namespace tessarune {
 
@@ -35,7 +38,7 @@ ThreadQueue::ThreadQueue(std::string_view label, QueuePriority priority) : label
 
 ThreadQueue::~ThreadQueue() {
     {
-        const MutexLock lock(state_->mutex);
+        const MutexLock lock(state_->blocks.mutex());
         state_->ending = true;
     }
     state_->arrived.notify_one();
@@ -47,11 +50,11 @@ ThreadQueue::~ThreadQueue() {
 }
 
 void ThreadQueue::async(Block block) {
-    {
-        const MutexLock lock(state_->mutex);
-        state_->blocks.push_back(std::move(block));
-    }
-    state_->arrived.notify_one();
+    state_->blocks.post(std::move(block));
+}
+
+DelayedCall ThreadQueue::after(double seconds, Block block) {
+    return state_->blocks.after(seconds, std::move(block));
 }
 
 void ThreadQueue::sync(const Block& block) {
@@ -68,18 +71,20 @@ void ThreadQueue::sync(const Block& block) {
 }
 
 void ThreadQueue::work(const std::shared_ptr<State>& state) {
-    MutexLock lock(state->mutex);
     for (;;) {
-        while (!state->ending && state->blocks.empty())
-            state->arrived.wait(lock);
-        if (state->blocks.empty())
-            return;
-        Block block = std::move(state->blocks.front());
-        state->blocks.pop_front();
-        lock.unlock();
-        block();
-        block = nullptr; // what it held is released outside the lock
-        lock.lock();
+        {
+            MutexLock lock(state->blocks.mutex());
+            const std::optional<double> wait = state->blocks.secondsUntilNext();
+            if (state->ending && wait != 0)
+                return;
+            if (!wait)
+                state->arrived.wait(lock);
+            else if (*wait > 0)
+                state->arrived.wait_for(
+                    lock, std::chrono::duration<double>(std::min(*wait, MainQueue::longestWait)));
+        }
+        if (std::optional<Block> next = state->blocks.takeNext())
+            (*next)();
     }
 }
 

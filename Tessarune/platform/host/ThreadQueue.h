@@ -1,10 +1,10 @@
 #pragma once
 
+#include "Tessarune/platform/host/MainQueue.h"
 #include "TessaruneCore/host/Host.h"
-#include "TessaruneCore/host/Mutex.h"
 
 #include <condition_variable>
-#include <deque>
+#include <memory>
 #include <thread>
 
 namespace tessarune {
@@ -20,14 +20,14 @@ class ThreadQueue final : public SerialQueue {
 
     void async(Block block) override;
     void sync(const Block& block) override;
+    DelayedCall after(double seconds, Block block) override;
     const std::string& label() const override { return label_; }
 
   private:
     struct State {
-        Mutex mutex;
         std::condition_variable_any arrived;
-        std::deque<Block> blocks GUARDED_BY(mutex);
-        bool ending GUARDED_BY(mutex) = false;
+        MainQueue blocks{[this] { arrived.notify_one(); }};
+        bool ending GUARDED_BY(blocks.mutex()) = false;
     };
     static void work(const std::shared_ptr<State>& state);
 
