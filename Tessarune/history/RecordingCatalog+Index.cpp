@@ -143,8 +143,15 @@ bool RecordingCatalog::deleteAll() {
     bool cleared = false;
     queue_->sync([&] {
         deleted_.merge(loadIndex().index.ids());
-        for (const auto& folder : {paths_.recordings(), paths_.transcripts(), paths_.diagnostics()})
+        for (const auto& folder :
+             {paths_.recordings(), paths_.transcripts(), paths_.diagnostics()}) {
+            try { // first what is in it: the folder may be a link to another disk
+                for (const auto& name : files_.list(folder))
+                    removeQuietly(folder / name);
+            } catch (const std::system_error&) { // as a whole, then
+            }
             removeQuietly(folder);
+        }
         try {
             for (const auto& name : files_.list(paths_.appSupportBase())) {
                 if (isAside(name))

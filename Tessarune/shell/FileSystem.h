@@ -61,6 +61,9 @@ class FileSystem {
 
     /// Creates the folder and its parents, private to the user; does nothing if it exists.
     virtual void createDirectories(const Path& path) = 0;
+    /// Creates one folder in an existing one, private to the user. False if the name is taken, also
+    /// where another program was faster.
+    virtual bool makeDirectory(const Path& path) = 0;
     /// Removes a file, or a folder with its content. False if there was none.
     virtual bool remove(const Path& path) = 0;
     /// Moves within one disk, replacing `to`; survives a loss of power.

@@ -126,6 +126,14 @@ class FaultyFileSystem final : public FileSystem {
         begin("createDirectories", path);
         makeFolders(path);
     }
+    bool makeDirectory(const Path& path) override {
+        begin("makeDirectory", path);
+        requireFolder(path);
+        if (nodes_.contains(path))
+            return false;
+        makeFolders(path);
+        return true;
+    }
     bool remove(const Path& path) override {
         begin("remove", path);
         return std::erase_if(nodes_, [&](const auto& entry) {

@@ -257,6 +257,14 @@ void PosixFileSystem::createDirectories(const Path& path) {
     failToWrite(localizationKey("cannot create the folder %@"), path);
 }
 
+bool PosixFileSystem::makeDirectory(const Path& path) {
+    if (::mkdir(path.c_str(), privateFolder) == 0)
+        return true;
+    if (errno != EEXIST)
+        failToWrite(localizationKey("cannot create the folder %@"), path);
+    return false;
+}
+
 bool PosixFileSystem::remove(const Path& path) {
     std::error_code error;
     const auto removed = fs::remove_all(path, error);

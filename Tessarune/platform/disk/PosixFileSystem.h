@@ -15,6 +15,7 @@ class PosixFileSystem : public FileSystem {
     std::unique_ptr<AppendFile> openForAppending(const Path& path) override;
     void empty(const Path& path) override;
     void createDirectories(const Path& path) override;
+    bool makeDirectory(const Path& path) override;
     bool remove(const Path& path) override;
     void rename(const Path& from, const Path& to) override;
     bool exists(const Path& path) override;
