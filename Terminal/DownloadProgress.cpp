@@ -128,7 +128,13 @@ std::string megabytes(std::uint64_t bytes) {
 
 std::string sizeCell(std::uint64_t bytes) {
     constexpr std::size_t columns = 9;
-    const std::string text = bytes > 0 ? megabytes(bytes) : "";
+    constexpr double bytesAKilobyte = 1000;
+    constexpr std::uint64_t shownInMegabytes = 100'000;
+    std::string text;
+    if (bytes >= shownInMegabytes)
+        text = megabytes(bytes);
+    else if (bytes > 0)
+        text = Text::fixed(static_cast<double>(bytes) / bytesAKilobyte, 1) + " kB";
     return std::string(columns - std::min(columns, text.size()), ' ') + text;
 }
 

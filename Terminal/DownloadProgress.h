@@ -39,7 +39,7 @@ constexpr double bytesAMegabyte = 1e6;
 
 /// Formats bytes as "38.2 MB".
 std::string megabytes(std::uint64_t bytes);
-/// The same as a cell of a table, flush right; blank for an unknown size.
+/// A size as a cell of a table, flush right, small ones in kB; blank for an unknown one.
 std::string sizeCell(std::uint64_t bytes);
 
 } // namespace tessarune

@@ -145,8 +145,14 @@ std::optional<HistoryCommand> HistoryOptions::command() const {
         return SearchRecordingsCommand{search_};
     if (!diagnostics_.empty())
         return diagnosticsCommand();
-    if (!verifyRun_.empty())
-        return DiagnosticsCommand{DiagnosticsCommand::Action::verify, verifyRun_, false, false, {}};
+    if (!verifyRun_.empty()) {
+        const bool isPath = verifyRun_.find('/') != std::string::npos;
+        return DiagnosticsCommand{DiagnosticsCommand::Action::verify,
+                                  isPath ? verifyRun_ : "./" + verifyRun_,
+                                  false,
+                                  false,
+                                  {}};
+    }
     if (usage_)
         return ShowUsageCommand{usagePeriodKind(usageBy_)};
     return std::nullopt;
@@ -170,6 +176,8 @@ DiagnosticsCommand HistoryOptions::diagnosticsCommand() const {
         throw UsageProblem(localized("%@ needs %@.", {"--with-text", "--diagnostics pack"}));
     if (!to_.empty() && action != Action::pack)
         throw UsageProblem(localized("%@ needs %@.", {"--output", "--diagnostics pack"}));
+    if (to_ == "-")
+        throw UsageProblem(localized("--diagnostics pack writes to a file."));
     return {action, namesARun ? diagnostics_[1] : "", yes_, withText_, to_};
 }
 

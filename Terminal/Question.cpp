@@ -10,8 +10,10 @@
 #include <unistd.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <stop_token>
 #include <string_view>
+#include <system_error>
 
 namespace tessarune {
 
@@ -63,6 +65,13 @@ Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesyste
                                    bool replaces) {
     if (files.isDirectory(to)) {
         printProblem(localized("%@ is a folder.", {to.string()}));
+        co_return ExitStatus::cannotWrite;
+    }
+    std::error_code ignored;
+    const auto type = std::filesystem::symlink_status(to, ignored).type();
+    if (type != std::filesystem::file_type::not_found &&
+        type != std::filesystem::file_type::regular) {
+        printProblem(localized("%@ is not an ordinary file.", {to.string()}));
         co_return ExitStatus::cannotWrite;
     }
     if (replaces || !files.exists(to))

@@ -69,16 +69,22 @@ RunJSON fileObject(const DiagnosticsRunContents& run, const DiagnosticsRunConten
     return object;
 }
 
-/// The run of this name or folder; otherwise prints the problem and returns the exit status.
-std::variant<DiagnosticsRun, int> chosenRun(Program& program, const std::string& name) {
+/// The run of this name, or where it may be anywhere on the disk of this folder; otherwise prints
+/// the problem and returns the exit status.
+std::variant<DiagnosticsRun, int> chosenRun(Program& program, const std::string& name,
+                                            bool mayBeAnywhere) {
     const std::filesystem::path folder(name);
-    const bool isPath = folder.has_parent_path();
-    if (isPath && program.files.isDirectory(folder)) {
+    const auto found = folder.has_parent_path()
+                           ? std::vector<DiagnosticsRun>()
+                           : DiagnosticsCatalog(program.files, program.paths).named(name);
+    if (found.empty() && mayBeAnywhere && program.files.isDirectory(folder)) {
         const bool endsInSlash = !folder.has_filename();
-        return DiagnosticsRun{endsInSlash ? folder.parent_path() : folder, 0};
+        DiagnosticsRun run{endsInSlash ? folder.parent_path() : folder, 0};
+        if (DiagnosticsRunContents::read(program.files, run.directory).isRun)
+            return run;
+        printProblem(localized("%@ is not a diagnostics run.", {run.directory.string()}));
+        return static_cast<int>(ExitStatus::noSuchRecording);
     }
-    const auto found = isPath ? std::vector<DiagnosticsRun>()
-                              : DiagnosticsCatalog(program.files, program.paths).named(name);
     if (found.size() == 1)
         return found.front();
     if (found.empty()) {
@@ -227,7 +233,7 @@ Task<ExitStatus> dispatch(Program& program, const TerminalOptions& options,
     using Action = DiagnosticsCommand::Action;
     if (command.action == Action::list)
         co_return list(program, options);
-    const auto chosen = chosenRun(program, command.run);
+    const auto chosen = chosenRun(program, command.run, command.action != Action::remove);
     if (const int* problem = std::get_if<int>(&chosen))
         co_return static_cast<ExitStatus>(*problem);
     const auto& run = std::get<DiagnosticsRun>(chosen);

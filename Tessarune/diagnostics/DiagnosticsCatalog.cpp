@@ -34,19 +34,23 @@ std::vector<DiagnosticsRun> DiagnosticsCatalog::runs() {
 
 std::vector<DiagnosticsRun> DiagnosticsCatalog::named(std::string_view name) {
     constexpr std::string_view prefix = DiagnosticsRunLayout::runNamePrefix;
-    if (name.starts_with(prefix))
-        name.remove_prefix(prefix.size());
     auto found = runs();
     std::erase_if(found, [&](const DiagnosticsRun& run) {
-        return name.empty() || !run.id().substr(prefix.size()).starts_with(name);
+        const std::string id = run.id();
+        return name.empty() ||
+               (!id.starts_with(name) && !id.substr(prefix.size()).starts_with(name));
     });
     // A whole name is meant as it is, also where a second run of that moment has a longer one.
-    const auto exact = std::ranges::find_if(
-        found, [&](const DiagnosticsRun& run) { return run.id().substr(prefix.size()) == name; });
+    const auto exact = std::ranges::find_if(found, [&](const DiagnosticsRun& run) {
+        return run.id() == name || run.id().substr(prefix.size()) == name;
+    });
     return exact == found.end() ? found : std::vector{*exact};
 }
 
 bool DiagnosticsCatalog::remove(const DiagnosticsRun& run) {
+    if (run.directory.parent_path() != folder_ ||
+        !run.id().starts_with(DiagnosticsRunLayout::runNamePrefix))
+        return false;
     try {
         return files_.remove(run.directory);
     } catch (const std::system_error&) {

@@ -39,7 +39,7 @@ class DiagnosticsCatalog {
 
     /// The runs whose names begin with `name`, with or without "Live-"; none for an empty name.
     std::vector<DiagnosticsRun> named(std::string_view name);
-    /// False if the run is still there, or never was.
+    /// False if the run is still there, or never was. A folder elsewhere is left alone.
     bool remove(const DiagnosticsRun& run);
 
     /// The newest first.

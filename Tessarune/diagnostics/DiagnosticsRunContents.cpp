@@ -17,18 +17,20 @@ using SizesByPath = std::map<std::string, std::uint64_t>;
 
 void collectSizes(FileSystem& files, const std::filesystem::path& directory,
                   const std::string& below, SizesByPath& sizes) {
+    std::vector<std::string> entries;
     try {
-        for (const std::string& entry : files.list(below.empty() ? directory : directory / below)) {
-            std::string path = below;
-            if (!path.empty())
-                path += '/';
-            path += entry;
+        entries = files.list(below.empty() ? directory : directory / below);
+    } catch (const std::system_error&) { // counts as empty
+    }
+    for (const std::string& entry : entries) {
+        const std::string path = below.empty() ? entry : below + '/' + entry;
+        try {
             if (files.isDirectory(directory / path))
                 collectSizes(files, directory, path, sizes);
             else
                 sizes[path] = files.size(directory / path);
+        } catch (const std::system_error&) { // what can be read counts
         }
-    } catch (const std::system_error&) { // what can be read counts
     }
 }
 
@@ -38,6 +40,7 @@ void takeManifest(const JSON::Value& manifest, DiagnosticsRunContents& contents)
     };
     contents.level = text("diagnosticsLevel");
     contents.isFull = text("kind") == DiagnosticsRunLayout::fullKind;
+    contents.isRun = contents.isFull || text("kind") == DiagnosticsRunLayout::coreKind;
     contents.startedWall = JSON::member<double>(manifest, "startedWall");
     contents.durationSeconds = JSON::member<double>(manifest, "durationSeconds");
     contents.isFinished = contents.durationSeconds.has_value();
@@ -74,6 +77,10 @@ DiagnosticsRunContents DiagnosticsRunContents::read(FileSystem& files,
     }
     for (const auto& [path, bytes] : sizes)
         contents.files.push_back({path, nullptr, bytes});
+    // Each run begins with this log, also one that was cut off before it had a manifest.
+    contents.isRun |= std::ranges::any_of(contents.files, [](const File& file) {
+        return file.artifact && file.artifact->content == Layout::Content::lifecycle;
+    });
     return contents;
 }
 

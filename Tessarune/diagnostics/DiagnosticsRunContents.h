@@ -26,6 +26,7 @@ struct DiagnosticsRunContents {
 
     std::string id;
     std::filesystem::path directory;
+    bool isRun = false;                ///< otherwise a folder of another kind
     std::string level;                 ///< empty if it is not known
     bool isFull = false;               ///< keeps events, texts and samples
     bool isFinished = false;           ///< the session came to its end

@@ -19,6 +19,41 @@ namespace {
 
 using Manifest = JSON::Value;
 
+[[noreturn]] void failAsDamaged(std::string_view path) {
+    throw std::runtime_error(localized("%@ is damaged.", {std::string(path)}));
+}
+
+std::string contentOf(FileSystem& files, const std::filesystem::path& directory,
+                      const std::string& path) {
+    if (!files.exists(directory / path))
+        throw std::runtime_error(localized("%@ is missing.", {path}));
+    return files.read(directory / path);
+}
+
+/// Of a full run, with all that a replay needs.
+Manifest manifestOf(FileSystem& files, const std::filesystem::path& directory) {
+    namespace Layout = DiagnosticsRunLayout;
+    const std::string path(Layout::manifestFile);
+    Manifest manifest = JSON::parse(contentOf(files, directory, path));
+    const auto kind = JSON::member<std::string>(manifest, "kind");
+    if (kind == Layout::coreKind)
+        throw std::runtime_error(localized("This run holds no events: its level was \"core\"."));
+    if (kind != Layout::fullKind ||
+        !manifest.contains(Manifest::json_pointer("/recognition/optionID")))
+        failAsDamaged(path);
+    return manifest;
+}
+
+/// The rows of the timeline.
+Manifest segmentsOf(FileSystem& files, const std::filesystem::path& directory) {
+    const Manifest::json_pointer where("/engines/0/segments");
+    const std::string path(DiagnosticsRunLayout::artifact("timeline").path);
+    const Manifest timeline = JSON::parse(contentOf(files, directory, path));
+    if (!timeline.contains(where) || !timeline.at(where).is_array())
+        failAsDamaged(path);
+    return timeline.at(where);
+}
+
 EngineCapabilities capabilitiesIn(const Manifest& recognition) {
     EngineCapabilities caps;
     std::string unit;
@@ -41,8 +76,8 @@ std::vector<ASREventRecord> eventsOf(const Manifest& manifest, FileSystem& files
     const auto lost = manifest.find("lostRecords");
     if (lost != manifest.end() && lost->contains("asrEvents"))
         throw std::runtime_error(localized("Events are missing: the disk was too slow or full."));
-    auto records = ASREventLog::parsed(
-        files.read(directory / Layout::path(Layout::artifact("asrEvents"), option.value_or(""))));
+    auto records = ASREventLog::parsed(contentOf(
+        files, directory, Layout::path(Layout::artifact("asrEvents"), option.value_or(""))));
     const auto ends = [](const ASREventRecord& record) {
         return captionMark(record) == CaptionMark::ended;
     };
@@ -80,17 +115,11 @@ Result compare(const CaptionCore::Rows& replayed, const Manifest& segments) {
 } // namespace
 
 Result verify(FileSystem& files, const std::filesystem::path& directory) {
-    namespace Layout = DiagnosticsRunLayout;
     try {
-        const Manifest manifest = JSON::parse(files.read(directory / Layout::manifestFile));
-        if (JSON::member<std::string>(manifest, "kind") != Layout::fullKind)
-            throw std::runtime_error(
-                localized("This run holds no events: its level was \"core\"."));
+        const Manifest manifest = manifestOf(files, directory);
         const auto replayed = CaptionReplay::runMarked(eventsOf(manifest, files, directory),
                                                        capabilitiesIn(manifest.at("recognition")));
-        const Manifest timeline =
-            JSON::parse(files.read(directory / Layout::artifact("timeline").path));
-        Result result = compare(replayed.segments, timeline.at("engines").at(0).at("segments"));
+        Result result = compare(replayed.segments, segmentsOf(files, directory));
         for (const CaptionSegment& row : replayed.segments)
             result.text += row.sourceText + "\n";
         return result;

@@ -153,6 +153,8 @@ TEST_F(TerminalProgramTests, ARunOfRealSoundReplaysToItsCaptionsAndIsPackedWitho
         events.replace(at, 7, "\"fanal\"");
     std::ofstream(log) << events;
     EXPECT_EQ(terminal({"--diagnostics", "verify", name}).status, 65);
+    EXPECT_EQ(terminal({"--diagnostics", "delete", (folder / "data").string(), "--yes"}).status, 67)
+        << "a folder that is no run stays";
     EXPECT_EQ(terminal({"--diagnostics", "delete", name, "--yes"}).status, 0);
     EXPECT_FALSE(fs::exists(run));
     EXPECT_EQ(terminal({"--diagnostics", "show", name}).status, 67);
@@ -232,15 +234,24 @@ TEST_F(TerminalProgramTests, WithoutADataFolderThereAreStillCaptions) {
 }
 
 TEST_F(TerminalProgramTests, ASessionThatWasKilledIsCompletedAtTheNextStartAndToldOnce) {
+    terminal({"--set", "diagnosticsLevel=trace"});
     const ProgramRun killed =
         run("/bin/sh",
             {"-c",
              "\"$0\" \"$@\" & until grep -qs wav data/Tessarune/recordings.json; do "
-             "kill -0 $! || exit 1; sleep 0.05; done; sleep 1; kill -9 $!; wait; true",
+             "kill -0 $! || exit 1; sleep 0.05; done; "
+             "until grep -qs partial data/Tessarune/Diagnostics/*/events/apple-analyzer-en.ndjson; "
+             "do kill -0 $! || exit 1; sleep 0.05; done; kill -9 $!; wait; true",
              (fs::path(TESSARUNE_BIN) / "tessarune-terminal").string(), "--source",
              file("two_cities.wav")},
             folder.path(), environment);
     ASSERT_EQ(killed.status, 0) << killed.error;
+    const fs::path run = *fs::directory_iterator(folder / "data/Tessarune/Diagnostics");
+    for (const char* log : {"lifecycle", "apple-analyzer-en", "boundary", "live_caption"}) {
+        std::string text = contentsOf(run / "events" / (log + std::string(".ndjson")));
+        for (const std::string& line : lines(text.substr(0, text.rfind('\n') + 1)))
+            EXPECT_TRUE(Json::parse(line, nullptr, false).is_object()) << line;
+    }
     const std::string told = "An interrupted session was recovered";
     const std::vector<std::string> next{"--source", file("beckett.wav"), "--fast"};
     EXPECT_NE(terminal(next).error.find(told), std::string::npos);
@@ -250,6 +261,8 @@ TEST_F(TerminalProgramTests, ASessionThatWasKilledIsCompletedAtTheNextStartAndTo
     const Json first = Json::parse(all.back());
     EXPECT_TRUE(first["file"].get<std::string>().ends_with(".wav"));
     EXPECT_GT(first["duration"], 0.2);
+    EXPECT_EQ(terminal({"--delete", first["id"], "--yes"}).status, 0);
+    EXPECT_FALSE(fs::exists(run)) << "what was said is in it";
 }
 
 /// The pipe is full and nobody reads it: neither the session nor a signal waits for that.
