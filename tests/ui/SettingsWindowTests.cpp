@@ -236,7 +236,11 @@ TEST_F(SettingsWindowTests, DiagnosticsRunsAreToldOpenedReplayedAndRemovedWhenTh
     button("删除")->forceActiveFocus(Qt::TabFocusReason);
     QTest::keyClick(&window(), Qt::Key_Return);
     EXPECT_TRUE(settings.files.has(run)) << "asks first";
+    settings.changeProblem = "another program records";
     QTest::keyClick(&window(), Qt::Key_Return);
+    ASSERT_TRUE(runUntil([&] { return settings.window->runs().message().startsWith("another"); }));
+    settings.changeProblem.clear();
+    settings.window->runs().remove(0);
     ASSERT_TRUE(runUntil([&] { return settings.window->runs().isEmpty(); }));
     EXPECT_FALSE(settings.files.has(run));
 }

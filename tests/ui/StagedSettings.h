@@ -92,6 +92,7 @@ class StagedSettings {
             .followDownloadTrouble = [](const auto&) {},
             .files = files,
             .paths = {"/data"},
+            .changeProblem = [this] { return changeProblem; },
             .openFolder =
                 [this](const auto& folder) {
                     opened = folder;
@@ -111,6 +112,7 @@ class StagedSettings {
     std::function<void()> problemChanged;
     simulation::FaultyFileSystem files;
     std::filesystem::path opened; ///< in the file manager
+    std::string changeProblem;
     std::unique_ptr<SettingsWindow> window;
 };
 

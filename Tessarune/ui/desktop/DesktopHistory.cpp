@@ -19,9 +19,6 @@
 
 namespace tessarune {
 
-namespace {
-
-/// Takes the right to change recordings for this program, if it does not have it yet.
 std::string problemOfChange(Application& application) {
     try {
         const auto holder = application.recording.takeDataFolder();
@@ -32,6 +29,8 @@ std::string problemOfChange(Application& application) {
         return error.what();
     }
 }
+
+namespace {
 
 /// The folder that was used last; at first the documents.
 QString& lastFolder() {

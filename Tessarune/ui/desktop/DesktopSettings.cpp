@@ -1,6 +1,7 @@
 #include "Tessarune/ui/desktop/DesktopSettings.h"
 
 #include "Tessarune/platform/speech-engine/SpeechModelSpeeds.h"
+#include "Tessarune/ui/desktop/DesktopHistory.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <cmath>
@@ -54,6 +55,7 @@ std::unique_ptr<SettingsWindow> makeSettingsWindow(Application& application,
             },
         .files = application.files,
         .paths = application.paths,
+        .changeProblem = [&application] { return problemOfChange(application); },
         .openFolder =
             [&desktop](const std::filesystem::path& folder) {
                 return desktop.openURL(folder.string());

@@ -70,7 +70,7 @@ DiagnosticsRunsModel::DiagnosticsRunsModel(const SettingsWindowEnvironment& envi
       queue_(
           environment.host.serialQueue("Tessarune.DiagnosticsRunsModel", QueuePriority::utility)),
       link_(std::make_shared<Link>(Link{this})) {
-    observations_.follow(environment.session.isListening, [this] { Q_EMIT listChanged(); });
+    observations_.follow(environment.session.sessionPhase, [this] { Q_EMIT listChanged(); });
 }
 
 DiagnosticsRunsModel::~DiagnosticsRunsModel() {
@@ -105,14 +105,15 @@ const DiagnosticsRunContents* DiagnosticsRunsModel::at(int row) const {
 }
 
 QVariantList DiagnosticsRunsModel::runs() const {
-    const bool isListening = *environment_.session.isListening;
+    const LiveSessionPhase phase = *environment_.session.sessionPhase;
+    const bool isAtRest = phase == LiveSessionPhase::idle || phase == LiveSessionPhase::failed;
     QVariantList all;
     for (const DiagnosticsRunContents& run : runs_)
         all << QVariantMap{{"title", QString::fromStdString(runTitle(run))},
                            {"about", QString::fromStdString(runAbout(run))},
                            {"holds", QString::fromStdString(runHolds(run))},
                            {"canReplay", run.isFull && run.isFinished},
-                           {"canRemove", run.isFinished || !isListening}};
+                           {"canRemove", run.isFinished || isAtRest}};
     return all;
 }
 
@@ -149,6 +150,10 @@ void DiagnosticsRunsModel::remove(int row) {
     const DiagnosticsRunContents* const run = at(row);
     if (!run)
         return;
+    if (const std::string problem = environment_.changeProblem(); !problem.empty()) {
+        tell(QString::fromStdString(problem), false);
+        return;
+    }
     inBackground(
         [&disk = environment_.files, paths = environment_.paths, directory = run->directory] {
             const bool isGone = DiagnosticsCatalog(disk, paths).remove({directory, 0});

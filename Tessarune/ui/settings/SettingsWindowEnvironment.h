@@ -42,6 +42,8 @@ struct SettingsWindowEnvironment {
     /// The folder of the diagnostics runs.
     FileSystem& files;
     TessarunePaths paths;
+    /// Why none of them may be removed, as another program writes there; empty where it may.
+    std::function<std::string()> changeProblem;
     /// Shows a folder in the desktop's file manager; false if it cannot.
     std::function<bool(const std::filesystem::path& folder)> openFolder;
 };
