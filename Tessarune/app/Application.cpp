@@ -98,8 +98,8 @@ HistoryRefinementService::Environment Application::refinementEnvironment() {
                 },
             .observe = [this](const HistoryRefinementRequest& request)
                 -> std::shared_ptr<HistoryRefinementObserver> {
-                return HistoryRefinementDiagnosticsSession::open({host, files, catalog, logger},
-                                                                 request);
+                return HistoryRefinementDiagnosticsSession::open(
+                    {host, files, catalog, logger, utilityQueue()}, request);
             },
             .returnMemory = [] { malloc_trim(0); }};
 }
@@ -191,9 +191,14 @@ void Application::preheatRecogniser() {
         preheater_.preheatSelectedOptionIfNeeded();
 }
 
+const std::shared_ptr<SerialQueue>& Application::utilityQueue() {
+    if (!utilityQueue_)
+        utilityQueue_ = host.serialQueue("Tessarune.Application.utility", QueuePriority::utility);
+    return utilityQueue_;
+}
+
 void Application::pruneDiagnosticsOnLaunch() {
-    utilityQueue_ = host.serialQueue("Tessarune.Application.utility", QueuePriority::utility);
-    utilityQueue_->async([this] {
+    utilityQueue()->async([this] {
         constexpr double bytesPerMB = 1048576;
         constexpr DiagnosticsCatalog::Budget budget;
         const auto pruned = DiagnosticsCatalog(files, paths).pruneRuns(budget);

@@ -108,6 +108,8 @@ struct Application {
 
   private:
     void pruneDiagnosticsOnLaunch();
+    /// Made when it is first needed.
+    const std::shared_ptr<SerialQueue>& utilityQueue();
     DownloadPolicy downloadPolicy();
     HistoryRefinementService::Environment refinementEnvironment();
     LogFields bootstrapFields() const;

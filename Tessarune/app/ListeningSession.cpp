@@ -15,9 +15,9 @@ namespace {
 /// How often the end of a stop is checked.
 constexpr double lookAgainSeconds = 0.01;
 
-std::shared_ptr<SessionDiagnostics>
-makeDiagnostics(Application& application, std::function<void(const ASREvent&, double t)> onASREvent,
-                std::function<bool()> mayRecord) {
+std::shared_ptr<SessionDiagnostics> makeDiagnostics(Application& application,
+                                                    ListeningSession::Options& options,
+                                                    std::function<bool()> mayRecord) {
     const std::filesystem::path program = LinuxProcessFigures::executable();
     return std::make_shared<SessionDiagnosticsRecorder>(SessionDiagnosticsRecorder::Environment{
         .host = application.host,
@@ -29,9 +29,9 @@ makeDiagnostics(Application& application, std::function<void(const ASREvent&, do
         .figures = application.figures,
         .notifications = &application.notifications,
         .app = {application.program, TESSARUNE_VERSION, program.parent_path(), program},
-        .onASREvent = std::move(onASREvent),
+        .onASREvent = std::move(options.onASREvent),
         .mayRecord = std::move(mayRecord),
-        .windows = {}});
+        .windows = std::move(options.windows)});
 }
 
 } // namespace
@@ -54,7 +54,7 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
     const auto mayRecord = [&application, isRecorded = options.isRecorded] {
         return isRecorded && application.recording.mayRecord();
     };
-    diagnostics_ = makeDiagnostics(application, std::move(options.onASREvent), mayRecord);
+    diagnostics_ = makeDiagnostics(application, options, mayRecord);
     auto scheduleRefinement = std::move(options.scheduleHistoryRefinement);
     if (!scheduleRefinement)
         scheduleRefinement = [&application](const auto& request) {

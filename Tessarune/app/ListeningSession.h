@@ -3,6 +3,7 @@
 #include "Tessarune/app/Application.h"
 #include "Tessarune/audio/PermissionsManager.h"
 #include "Tessarune/audio/SoundServer.h"
+#include "Tessarune/diagnostics/IdleMemorySentinel.h"
 #include "Tessarune/session/LiveTranscriptStore.h"
 #include "Tessarune/translation/LiveTranscriptTranslation.h"
 #include "TessaruneCore/host/Task.h"
@@ -32,6 +33,8 @@ class ListeningSession {
             scheduleHistoryRefinement = nullptr;
         /// Its sessions are recorded if the settings ask for it.
         bool isRecorded = true;
+        /// The windows of the program, for an alarm of what watches it between two sessions.
+        IdleMemorySentinel::Windows windows = nullptr;
     };
     ListeningSession(Application& application, SoundServer& sound, Options options);
     ~ListeningSession();
@@ -55,6 +58,9 @@ class ListeningSession {
     void recordCaptionFollow(const std::string& event, const LogFields& fields) {
         diagnostics_->recordCaptionFollow(event, fields);
     }
+
+    /// Whether the diagnostics run of a session that has ended is still being written.
+    bool isWritingDiagnostics() const { return diagnostics_->isWriting(); }
 
     LiveTranscriptTranslation& translation() { return *translation_; }
     const std::shared_ptr<LiveTranscriptTranslation>& sharedTranslation() { return translation_; }

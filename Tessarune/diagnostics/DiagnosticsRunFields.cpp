@@ -1,69 +1,12 @@
-#include "Tessarune/diagnostics/DiagnosticsRunLayout.h"
+#include "Tessarune/diagnostics/DiagnosticsRunFields.h"
 
 #include <algorithm>
-#include <utility>
+#include <iterator>
 
-namespace tessarune::DiagnosticsRunLayout {
+namespace tessarune::DiagnosticsRunFields {
 
-namespace {
-
-using Fields = std::vector<Field>;
-
-// What several files have in common.
-constexpr Field clockTime{"t", "seconds since 1970 on the session's clock, which never jumps"};
-constexpr Field sampleTime{"t", "seconds since the first sample"};
-constexpr Field eventName{"event", "what happened"};
-constexpr Field reason{"reason", "what caused the record"};
-constexpr Field schema{"schemaVersion", "of this file"};
-constexpr Field result{"sequence", "the number of the recogniser's result, from 1"};
-constexpr Field textHash{"textHash, textPreview",
-                         "FNV-1a hash of the text's UTF-8 bytes, and how the text begins"};
-constexpr Field textSize{"characterCount, utf8Count, wordCount",
-                         "the text's characters, bytes and words"};
-constexpr Field runCounts{
-    "runCount, timedRunCount",
-    "stretches of the text with attributes of their own, and those with times"};
-constexpr Field audioSpan{"audioStartSeconds, audioEndSeconds, audioDurationSeconds",
-                          "where the result lies in the sound, seconds from its beginning"};
-constexpr Field speechOptions{"requestedSpeechOptions", "what the recogniser was asked to deliver"};
-constexpr Field locale{"localeIdentifier", "the language that was recognised"};
-constexpr Field refinedRecording{"recordingID, audioPath, recognitionOptionID, localeIdentifier",
-                                 "the recording that is transcribed again, and with what"};
-constexpr Field segmentSpan{"startSeconds, endSeconds, durationSeconds",
-                            "where it lies in the sound"};
-constexpr Field layoutModes{"configuredLayoutMode, effectiveLayoutMode",
-                            "\"lyrics\" or \"bilingualCompare\": as set, and as shown"};
-constexpr Field displaySettings{
-    "translationEnabled, translationBackend, translationTargetLanguage, swapCaptionOrder, "
-    "smoothStreaming, smoothPaceMS, sourceFontSize, translationFontSize, bgOpacity, "
-    "highlightChanges, softCaptionEnabled, softCaptionStableSeconds, liveSubtitleWindowMaxSegments",
-    "the settings of the captions at that moment"};
-constexpr Field tails{"sourceTailCount, translationTailCount",
-                      "rows of the frame, and translations in it"};
-constexpr Field liveCounts{"committedCount, liveLeadingCount, softCaptionCount",
-                           "rows of each of the captions' lists"};
-constexpr Field sessionPhase{
-    "sessionPhase",
-    "\"idle\", \"preparing\", \"loading\", \"listening\", \"stopping\", \"failed\""};
-constexpr Field frameIndexes{"updateRequestIndex, publishedFrameIndex",
-                             "refreshes and published frames before this one"};
-constexpr Field unitIdentity{"index, id", "its place among all rows that are shown, and its UUID"};
-constexpr Field unitState{
-    "state, freezeKind, revision, revisionCount",
-    "\"partial\" or \"final\"; \"none\", \"soft\", \"ours\" or \"engine\"; the "
-    "number of the change, and how often its words changed"};
-constexpr Field unitTranslation{
-    "translationUnitID, translationResultSegmentID, translationUnitIndex, translationUnitCount, "
-    "translationRole",
-    "the unit in which the row is translated; \"none\", \"member\" or, for the row under which the "
-    "translation stands, \"result\""};
-constexpr Field unitTimes{"startedAt, endedAt, committedAt, firstSeenAt", "on the session's clock"};
-constexpr Field unitSource{"sourceCharacters, sourceWords, sourceHash", "the text in short"};
-constexpr Field sampledLoad{"processCPUPercent, mainThreadLagMS",
-                            "as in `perf.csv`, of the same moment"};
-
-const std::vector<std::pair<std::string_view, Fields>>& table() {
-    static const std::vector<std::pair<std::string_view, Fields>> all{
+Table run() {
+    return {
         {"manifest",
          {{"diagnosticsSchemaVersion", "3"},
           {"kind", "\"liveSessionDiagnosticsManifest\", or \"liveSessionCoreDiagnosticsManifest\" "
@@ -141,35 +84,6 @@ const std::vector<std::pair<std::string_view, Fields>>& table() {
            "(the captions' settings) and `segments`, the committed rows",
            "engine"},
           {"reference", "empty in a live run", anything}}},
-        {"perfSamples",
-         {sampleTime,
-          {"cpuPercent", "processor time of the program since the last sample, in percent of one "
-                         "core"},
-          {"footprintMB", "memory that the program alone costs, in memory or swapped out, in "
-                          "2^20 bytes"},
-          {"residentMB", "of all its memory what is in memory now"},
-          {"thermalState", "\"nominal\", \"fair\", \"serious\", \"critical\", or \"unknown\" where "
-                           "the computer does not tell"},
-          {"activeProcessorCount", "processors that the program may use, limits of its group "
-                                   "included"},
-          {"lowPowerMode", "whether the computer saves power; false where it has no such mode"},
-          {"mainThreadLagMS", "the latest that the main thread was since the last sample"}}},
-        {"perfThreads",
-         {sampleTime,
-          sampledLoad,
-          {"topThreads",
-           "the eight threads that worked most: `rankHint` (their order), `threadID`, "
-           "`isMainThread`, `cpuPercent` since the last sample, `userSeconds` and `systemSeconds` "
-           "since the thread began, `runState`, `flags` (as the kernel has them), `dispatchQAddr` "
-           "(always \"0x0\": threads here belong to no queue)",
-           anything}}},
-        {"perfPipeline",
-         {sampleTime,
-          sampledLoad,
-          {"metrics, delta",
-           "the counters of the pipeline, and by how much each has grown since the "
-           "last sample",
-           anything}}},
         {"perfSummary",
          {schema,
           {"runMode, concurrentEngines, productComparable, resourceInterference, wallSeconds, "
@@ -182,227 +96,6 @@ const std::vector<std::pair<std::string_view, Fields>>& table() {
           {"recognition", "the recogniser and the settings of the captions", "recognition"},
           {"capture", "what was listened to", "capture"},
           {"translation", "how it was set", "translation"}}},
-        {"idleMemorySentinel",
-         {schema,
-          {"kind, phase, reason",
-           "\"idleMemorySentinel\"; \"start\", \"sample\", \"finish\" or \"stop\"; why"},
-          {"runDirectory, elapsedSeconds, sampleIntervalSeconds, maxRuntimeSeconds",
-           "the run, seconds since the session's end, every how many seconds and how long it "
-           "watches"},
-          {"memory", "`footprintMB`, `residentMB`, as in `perf.csv`", anything},
-          {"cpuPercent", "since the last record, in percent of one core"},
-          {"appState", "what the program is doing", anything}}},
-        {"idleMemoryAlarms",
-         {schema,
-          {"kind, phase, reason", "as in the samples; the phase is \"alarm\""},
-          {"runDirectory, elapsedSeconds, sampleIntervalSeconds, maxRuntimeSeconds",
-           "as in the samples"},
-          {"memory", "`footprintMB`, `residentMB`", anything},
-          {"cpuPercent", "as in the samples"},
-          {"appState", "what the program is doing", anything},
-          {"alarmKind",
-           "\"idleCpuHigh\" (12 % a minute or more after the end), \"absolute\" (2048 MB), "
-           "\"baselineMultiple\" (three times the memory at the end, 512 MB at least), "
-           "\"growthSpike\" (512 MB more than at the last sample): each once; "
-           "\"gigabyteMilestone\": once for each gigabyte"},
-          {"alarmDetail", "the bound that was passed", anything},
-          {"windows",
-           "the program's: `title`, `isVisible`, `isKeyWindow`, `isMainWindow`, "
-           "`isMiniaturized`, `level`, `frame`",
-           anything},
-          {"host", "the computer", "host"},
-          {"footprintMB, residentMB, baselineMB", "now, and at the end of the session"},
-          {"runID, lightweight", "the run's name; whether there is none"}}},
-        {"asrEvents",
-         {clockTime,
-          {"kind",
-           "\"partial\", \"final\", or a mark: \"settings\" (of the captions, from here on), "
-           "\"open\" (text that stood there before), \"withdrawn\" (the guess was taken "
-           "back), \"stopped\" (guesses no longer count), \"sealed\" (what was open became "
-           "rows), \"ended\" (the rows are those of the timeline)"},
-          {"text", "what was understood; of \"settings\" and \"open\" what they set"},
-          {"revision, timestamp", "of a partial: its number and when it was made"},
-          {"start, end, reason", "of a final: its span, and why it was issued"},
-          {"words", "of a final, where known: `word`, `start`, `end`", anything}}},
-        {"appleSummaryResults",
-         {schema,
-          {"kind", "\"appleSpeechAnalyzerSummary\""},
-          result,
-          {"receivedAt", "seconds since 1970"},
-          locale,
-          {"isFinal", "or a guess"},
-          textSize,
-          runCounts,
-          {"confidenceRunCount, minConfidence, avgConfidence, alternativeCount",
-           "how sure the recogniser was, where it says so"},
-          audioSpan,
-          {"mappedStartEpochSeconds, mappedEndEpochSeconds, latestAudioTimeSeconds",
-           "the same on the session's clock; how much sound had been fed"},
-          {"revisionBeforeTessaruneProcessing, pendingPartialBeforeTessaruneProcessing",
-           "where the program stood with its guesses"},
-          textHash,
-          speechOptions}},
-        {"appleRawResults",
-         {schema,
-          {"kind", "\"appleSpeechAnalyzerRawResult\""},
-          result,
-          {"receivedAt", "seconds since 1970"},
-          locale,
-          {"resultType, resultDebugDescription, resultMirrorChildren, textType, "
-           "textDebugDescription, note",
-           "the result as the recogniser's library has it", anything},
-          {"isFinal", "or a guess"},
-          {"text", "the whole text"},
-          textSize,
-          runCounts,
-          {"runs", "the stretches of the text, each with its place, confidence and times",
-           anything},
-          {"alternativeCount, alternatives", "other readings", anything},
-          {"engineState", "where the program stood with its guesses", anything},
-          speechOptions}},
-        {"appleFinalReconcile",
-         {schema,
-          {"kind", "\"appleFinalReconcile\""},
-          result,
-          {"receivedAt", "seconds since 1970"},
-          {"decision, reasons",
-           "\"useFinal\", \"useLastPartial\" or \"dropSuppressedFinal\", and why"},
-          {"final, lastPartial", "the final and the guess before it: text, hash, confidence, times",
-           anything},
-          {"outputTextHash, outputTextPreview, outputCharacterCount, outputWordCount",
-           "the text that was shown"},
-          {"finalLastPartialSimilarity, finalToLastPartialWordRatio", "how the two differ"},
-          {"alternativeTranscriptionsRequested, shouldKeepFinalWordTimings, "
-           "suppressedFinalsUntilAudioTime",
-           "whether the final's word times belong to the text; until where finals are dropped"}}},
-        {"boundaryEvents",
-         {clockTime,
-          {"phase", "\"partial\" or \"final\""},
-          {"inputText", "what the recogniser said"},
-          {"softPieces, hardPieces, leading, tail",
-           "clauses that stand still, sentences that are fixed now, sentences that may still "
-           "change, the open rest"},
-          {"reasons", "why it was cut there"}}},
-        {"corrections",
-         {clockTime,
-          {"shownText, finalText", "what was on the screen, and the final"},
-          {"droppedWords, addedWords, commonWords", "in how many words the two differ"}}},
-        {"translationEvents",
-         {clockTime,
-          {"phase, scope",
-           "\"start\", \"success\" or \"failure\"; \"committed\" or, for a preview, \"ghost\""},
-          {"translationUnitID, segmentID, segmentIDs, resultSegmentID, segmentCount",
-           "the rows that are translated together, and the one under which it stands"},
-          {"sourceText, translatedText, sourceCharacters, translatedCharacters", "the texts"},
-          {"sourceLanguage, targetLanguage, backend", "with what"},
-          {"durationSeconds, queueDelaySeconds, availabilitySeconds, translateCallSeconds, "
-           "applySeconds",
-           "how long it took, and how long each step"},
-          {"preflightStatus, attemptCount, automaticRetry, recoveryAction",
-           "how often it was tried"},
-          {"error, failureCategory, failureDomain, failureCode, failureReason", "what went wrong"},
-          {"sessionGeneration", "tells a late result from a current one"}}},
-        {"liveCaptionEvents",
-         {clockTime,
-          {"event", "\"diagnostics.start\", \"frame.refresh\", \"setting\", \"softCaption\" or "
-                    "\"liveCaption.stopSnapshot\""},
-          reason,
-          sessionPhase,
-          layoutModes,
-          displaySettings,
-          liveCounts,
-          {"clearedCount", "rows that the user cleared away"},
-          {"hasPartial, currentPartialID, currentPartialRevision, currentPartialState",
-           "the open row"},
-          tails,
-          {"ghostVisible, ghostSourceCharacters", "a translation that is shown ahead"},
-          {"statusVisible, translationStatusVisible, translationStatusIncomplete, "
-           "translationRetryAvailable",
-           "what else is shown"},
-          {"buildSourceMS, buildTranslationMS, buildStatusMS, buildTotalMS, compareMS",
-           "what the frame cost"},
-          frameIndexes,
-          {"published", "whether anything visible had changed"},
-          {"captionStageRenders, captionStageSourceOnlyRenders, captionStageStandardRenders, "
-           "captionStageLyricsRenders, captionStageBilingualCompareRenders",
-           "how often the stage was drawn, by layout"},
-          {"name, value", "of \"setting\": which changed, and to what"},
-          {"phase, enabled, stableSeconds, candidateCount, visibleCount, sample, resetReason",
-           "of \"softCaption\": the clauses of the open sentence that are shown"},
-          {"completedTranslations, pendingTranslations, sourceCharacters, translationCharacters, "
-           "bilingualCharacters, elapsedMS",
-           "of \"liveCaption.stopSnapshot\""}}},
-        {"displayUnitEvents",
-         {clockTime,
-          {"event", "\"frame.publish\""},
-          reason,
-          sessionPhase,
-          layoutModes,
-          frameIndexes,
-          tails,
-          liveCounts,
-          {"currentPartialRevision", "of the open row"},
-          {"sampledUnitLimit", "at most so many rows are listed, the last ones"},
-          {"units", "the rows", "displayUnit"}}},
-        {"liveWindowStopSnapshot",
-         {schema,
-          {"kind, capturedAt, reason", "\"liveCaptionStopSnapshot\", when, and why"},
-          {"completedTranslations, pendingTranslations, isCommittedTranslating",
-           "whether the translations were in"},
-          sessionPhase,
-          layoutModes,
-          displaySettings,
-          tails,
-          liveCounts,
-          {"hasCurrentPartial, currentPartialID, currentPartialRevision", "the open row"},
-          {"captionFrameUpdateRequests, captionFramePublishes", "of the whole session"},
-          {"statusMessage, translationStatusText, translationStatusIncomplete, "
-           "translationRetryAvailable",
-           "what else was shown"},
-          {"sourceText, translationText, bilingualText", "the texts as they are exported"},
-          {"units", "all rows, with their whole texts", "displayUnit"}}},
-        {"refineLifecycleEvents",
-         {schema,
-          eventName,
-          refinedRecording,
-          {"phase", "\"start\", \"finish\", \"instant\" or \"fields\""},
-          {"status, elapsedSeconds", "at the finish"},
-          {"segments, timelineKind, targetLanguage", "of what was saved"},
-          {"fields", "more about it", anything}}},
-        {"refineAppleSummary",
-         {schema,
-          {"event", "\"apple.result\""},
-          refinedRecording,
-          result,
-          {"receivedAt", "seconds since 1970"},
-          {"isFinal", "or a guess"},
-          textSize,
-          runCounts,
-          audioSpan,
-          textHash,
-          speechOptions}},
-        {"refineSegments",
-         {schema,
-          {"event", "\"segment.splitCandidate\" (a piece of a result) or \"segment.final\" (a "
-                    "sentence that is saved)"},
-          refinedRecording,
-          {"index", "of the sentence"},
-          {"resultSequence, resultIsFinal, resultTextHash, pieceIndex, pieceCount, splitStrategy",
-           "of which result it is a piece, and how that was cut"},
-          {"text", "the piece"},
-          textSize,
-          segmentSpan,
-          {"wordTimelineCount", "words with times"},
-          textHash}},
-        {"refineTranslation",
-         {schema,
-          {"event", "\"translation.start\", \"translation.success\" or \"translation.failure\""},
-          refinedRecording,
-          {"index, sourceLanguage, targetLanguage", "the sentence, and from what into what"},
-          {"sourceCharacters, sourceWords, sourceHash, sourcePreview", "the sentence in short"},
-          {"elapsedSeconds", "how long it took"},
-          {"translatedCharacters, translatedHash, translatedPreview", "of a success"},
-          {"error", "of a failure"}}},
         {"lifecycleEvents",
          {clockTime,
           {"name", "the step of the session, in dotted words"},
@@ -481,28 +174,33 @@ const std::vector<std::pair<std::string_view, Fields>>& table() {
           {"startedAt, endedAt, firstSeenAt, audioStart, audioEnd, committedAt",
            "seconds from the start of the run"},
           {"revisionCount", "how often its words changed"},
-          {"words", "`w`, `firstSeenAt`, `revealedAt`, `audioStart`, `audioEnd`", anything}}},
-        {"displayUnit",
-         {unitIdentity,
-          unitState,
-          unitTranslation,
-          unitTimes,
-          unitSource,
-          {"sourcePreview, sourceText", "its beginning; in the stop snapshot the whole text"},
-          {"hasTranslation, translationCharacters, translationHash, translationPreview, "
-           "translationText, hasTranslationError, translationError",
-           "its translation, in the same way"}}},
-    };
+          {"words", "`w`, `firstSeenAt`, `revealedAt`, `audioStart`, `audioEnd`", anything}}}};
+}
+
+} // namespace tessarune::DiagnosticsRunFields
+
+namespace tessarune::DiagnosticsRunLayout {
+
+namespace {
+
+const DiagnosticsRunFields::Table& fieldTable() {
+    static const DiagnosticsRunFields::Table all = [] {
+        DiagnosticsRunFields::Table table = DiagnosticsRunFields::run();
+        for (auto& part : {DiagnosticsRunFields::recognition(), DiagnosticsRunFields::captions(),
+                           DiagnosticsRunFields::performance()})
+            std::ranges::copy(part, std::back_inserter(table));
+        return table;
+    }();
     return all;
 }
 
 } // namespace
 
 const std::vector<Field>& fields(std::string_view artifactOrGroup) {
-    static const Fields none;
-    const auto found =
-        std::ranges::find(table(), artifactOrGroup, &std::pair<std::string_view, Fields>::first);
-    return found == table().end() ? none : found->second;
+    static const std::vector<Field> none;
+    const auto found = std::ranges::find(fieldTable(), artifactOrGroup,
+                                         &DiagnosticsRunFields::Table::value_type::first);
+    return found == fieldTable().end() ? none : found->second;
 }
 
 const std::vector<std::string_view>& groups() {

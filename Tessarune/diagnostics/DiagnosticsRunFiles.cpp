@@ -123,6 +123,11 @@ bool DiagnosticsRunFiles::changeManifest(const std::function<void(RunJson&)>& ch
     RunJson manifest = JSON::parse(readManifest(files_, directory_).value_or(""));
     if (!manifest.is_object())
         return false;
+    for (const char* section : {"lostRecords", "summary"}) { // anybody may have edited it
+        if (const auto found = manifest.find(section);
+            found != manifest.end() && !found->is_object())
+            *found = RunJson::object();
+    }
     change(manifest);
     replaceManifest(manifest);
     return true;
@@ -161,8 +166,6 @@ void DiagnosticsRunFiles::refreshManifestTranscriptSummary(FileSystem& files,
             return; // a core run never holds texts
         run.writeTranscripts(snapshot);
         RunJson& summary = manifest["summary"];
-        if (!summary.is_object())
-            summary = RunJson::object();
         summary.update(transcriptSummary(snapshot));
         summary["transcriptUpdatedAfterFinishWall"] = wallClock;
         run.refreshFileEntries(manifest, texts);

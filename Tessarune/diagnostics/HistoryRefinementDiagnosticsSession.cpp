@@ -18,19 +18,6 @@ namespace Layout = DiagnosticsRunLayout;
 constexpr const char* refineArtifacts[] = {"refineLifecycleEvents", "refineAppleSummary",
                                            "refineSegments", "refineTranslation"};
 
-std::string_view nameOf(HistoryRefinementObserver::Lifecycle::Phase phase) {
-    using Phase = HistoryRefinementObserver::Lifecycle::Phase;
-    switch (phase) {
-    case Phase::instant:
-        return "instant";
-    case Phase::start:
-        return "start";
-    case Phase::finish:
-        return "finish";
-    }
-    return {};
-}
-
 std::string_view nameOf(HistoryRefinementObserver::Translation::Event event) {
     using Event = HistoryRefinementObserver::Translation::Event;
     switch (event) {
@@ -126,8 +113,6 @@ HistoryRefinementDiagnosticsSession::HistoryRefinementDiagnosticsSession(
     : environment_(environment),
       request_(request),
       runDirectory_(std::move(runDirectory)),
-      queue_(environment.host.serialQueue("Tessarune.HistoryRefinementDiagnostics",
-                                          QueuePriority::utility)),
       logs_(std::make_shared<Logs>(environment, runDirectory_)) {
     updateManifest(Status::running);
 }
@@ -149,9 +134,9 @@ void HistoryRefinementDiagnosticsSession::lifecycle(const Lifecycle& entry) {
     if (!logs_)
         return;
     JSON::Value line = record(entry.name);
-    line["phase"] = nameOf(entry.phase);
+    line["phase"] = name(entry.phase);
     LogFields fields = entry.fields;
-    if (entry.phase == Lifecycle::Phase::start) {
+    if (entry.phase == LifecyclePhase::start) {
         try {
             fields.add("audioByteCount",
                        static_cast<std::int64_t>(environment_.files.size(request_.audioPath)));
@@ -287,8 +272,8 @@ JSON::Value HistoryRefinementDiagnosticsSession::manifestEntry(Status status) co
 }
 
 void HistoryRefinementDiagnosticsSession::updateManifest(Status status) {
-    queue_->async([&disk = environment_.files, directory = runDirectory_,
-                   entry = manifestEntry(status)]() mutable {
+    environment_.queue->async([&disk = environment_.files, directory = runDirectory_,
+                               entry = manifestEntry(status)]() mutable {
         DiagnosticsRunFiles run(disk, directory, {}, true);
         run.changeManifest([&](JSON::Value& manifest) {
             entry["files"] = JSON::Value::array();
@@ -310,9 +295,9 @@ void HistoryRefinementDiagnosticsSession::close(Status status) {
         saved.bilingualText =
             sidecar(disk, environment_.catalog.bilingualTranscriptURL(request_.recordingID));
     }
-    queue_->async([logs = std::exchange(logs_, nullptr), &disk = environment_.files,
-                   directory = runDirectory_, saved = std::move(saved),
-                   wall = environment_.host.wallClock()] {
+    environment_.queue->async([logs = std::exchange(logs_, nullptr), &disk = environment_.files,
+                               directory = runDirectory_, saved = std::move(saved),
+                               wall = environment_.host.wallClock()] {
         JSON::Value lost = JSON::Value::object();
         logs->close(lost);
         DiagnosticsRunFiles run(disk, directory, {}, true);

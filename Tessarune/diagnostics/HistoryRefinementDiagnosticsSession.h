@@ -29,6 +29,8 @@ class HistoryRefinementDiagnosticsSession final : public HistoryRefinementObserv
         FileSystem& files;
         RecordingCatalog& catalog;
         TessaruneFileLogger& logger;
+        /// Writes the manifest and closes the logs; the session is not its last owner, who waits.
+        std::shared_ptr<SerialQueue> queue;
     };
 
     /// Null where the session of the recording left no run, or one that is to hold no texts.
@@ -72,7 +74,6 @@ class HistoryRefinementDiagnosticsSession final : public HistoryRefinementObserv
     const Environment environment_;
     const HistoryRefinementRequest request_;
     const std::filesystem::path runDirectory_;
-    const std::shared_ptr<SerialQueue> queue_;
     std::shared_ptr<Logs> logs_; // null once it is closed
     Counters counters_;
 };

@@ -1,11 +1,13 @@
 #include "Tessarune/diagnostics/PerfSampler.h"
 
+#include "TessaruneCore/host/Mutex.h"
 #include "TessaruneCore/text/JSON.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -13,87 +15,151 @@ namespace tessarune {
 
 namespace {
 
-constexpr double probeInterval = 0.25; // seconds
+constexpr double shortestProbeInterval = 0.25; // seconds
+constexpr double probesASample = 20;
 constexpr double percent = 100;
 constexpr double lagMSPerSecond = 1000;
 constexpr std::size_t topThreads = 8;
 
 } // namespace
 
-/// On the sampler's queue alone.
-struct PerfSampler::State {
-    State(Host& host, FileSystem& files, ProcessFigures& itsFigures, const DiagnosticsRunFiles& run)
-        : figures(itsFigures),
-          samples(host, files, run.path("perfSamples"), "Tessarune.PerfSampler.samples"),
-          threads(host, files, run.path("perfThreads"), "Tessarune.PerfSampler.threads"),
-          pipeline(host, files, run.path("perfPipeline"), "Tessarune.PerfSampler.pipeline") {
-        samples.appendText("t,cpuPercent,footprintMB,residentMB,thermalState,activeProcessorCount,"
-                           "lowPowerMode,mainThreadLagMS\n");
+/// On the sampler's queue alone, but for the counters. Timers and blocks hold it weakly.
+class PerfSampler::State : public std::enable_shared_from_this<State> {
+  public:
+    State(Host& host, FileSystem& files, ProcessFigures& figures, const DiagnosticsRunFiles& run,
+          std::shared_ptr<SerialQueue> queue, double interval)
+        : host_(host),
+          figures_(figures),
+          queue_(std::move(queue)),
+          interval_(std::max(interval, shortestInterval)),
+          samples_(host, files, run.path("perfSamples"), "Tessarune.PerfSampler.samples"),
+          threads_(host, files, run.path("perfThreads"), "Tessarune.PerfSampler.threads"),
+          pipeline_(host, files, run.path("perfPipeline"), "Tessarune.PerfSampler.pipeline") {
+        samples_.appendText("t,cpuPercent,footprintMB,residentMB,thermalState,activeProcessorCount,"
+                            "lowPowerMode,mainThreadLagMS\n");
     }
 
-    ProcessFigures& figures;
-    DiagnosticsNDJSONWriter samples;
-    DiagnosticsNDJSONWriter threads;
-    DiagnosticsNDJSONWriter pipeline;
-    double startedAt = 0;
-    double sampledAt = 0;
-    double cpuSeconds = 0;
-    double highestLagMS = 0; ///< of the main queue, since the last sample
-    std::map<std::int64_t, double> threadSeconds;
-    PerfStats metrics;
-
-    void begin(double now) {
-        startedAt = sampledAt = now;
-        cpuSeconds = figures.cpuSeconds();
-        for (const auto& thread : figures.threads())
-            threadSeconds[thread.id] = thread.userSeconds + thread.systemSeconds;
+    /// Any thread.
+    void notePipeline(const PerfStats& counters) {
+        const MutexLock lock(lock_);
+        counters_ = counters;
     }
 
-    /// The queue may be late, so the time is that of the reading. What comes too soon after another
-    /// sample is none, and the next one has its lag.
-    void sample(double now, double itsLagMS, const PerfStats& current) {
-        constexpr double jitter = 0.05;
-        const double elapsed = now - sampledAt;
-        highestLagMS = std::max(highestLagMS, itsLagMS);
-        if (elapsed < shortestInterval - jitter)
-            return;
-        sampledAt = now;
-        const double lagMS = std::exchange(highestLagMS, 0);
-        const double cpu = figures.cpuSeconds();
-        const double cpuPercent = (cpu - std::exchange(cpuSeconds, cpu)) / elapsed * percent;
-        const double t = now - startedAt;
-        const auto memory = figures.memory();
+    void begin() {
+        startedAt_ = sampledAt_ = host_.now();
+        cpuSeconds_ = figures_.cpuSeconds();
+        for (const auto& thread : figures_.threads())
+            threadSeconds_[thread.id] = thread.userSeconds + thread.systemSeconds;
+        sampleDue_ = startedAt_ + interval_;
+        armSample();
+        armProbe();
+    }
+
+    void stop() {
+        sampleTimer_.cancel();
+        probeTimer_.cancel();
+        isStopped_ = true;
+    }
+
+    void close(nlohmann::json& lost) {
+        const auto end = [&](const char* artifact, DiagnosticsNDJSONWriter& log) {
+            log.close();
+            if (log.lostRecords() > 0)
+                lost[artifact] = log.lostRecords();
+        };
+        end("perfSamples", samples_);
+        end("perfThreads", threads_);
+        end("perfPipeline", pipeline_);
+    }
+
+  private:
+    void armSample() { sampleTimer_ = later(sampleDue_ - host_.now(), &State::takeSample); }
+
+    void takeSample() {
+        const double now = host_.now();
+        sampleDue_ = std::max(sampleDue_ + interval_, now + shortestInterval);
+        armSample();
+        if (probeSentAt_) // the main queue has not run it yet
+            highestLag_ = std::max(highestLag_, now - *probeSentAt_);
+        write(now, std::exchange(highestLag_, 0) * lagMSPerSecond);
+    }
+
+    void armProbe() {
+        const double seconds = std::max(shortestProbeInterval, interval_ / probesASample);
+        probeTimer_ = later(seconds, &State::sendProbe);
+    }
+
+    /// One at a time.
+    void sendProbe() {
+        probeSentAt_ = host_.now();
+        host_.post([this, weak = weak_from_this(), sentAt = *probeSentAt_] {
+            const auto still = weak.lock();
+            if (!still)
+                return;
+            const double lag = host_.now() - sentAt;
+            queue_->async([this, weak, lag] {
+                if (const auto state = weak.lock())
+                    probeLanded(lag);
+            });
+        });
+    }
+
+    void probeLanded(double lag) {
+        highestLag_ = std::max(highestLag_, lag);
+        probeSentAt_.reset();
+        if (!isStopped_)
+            armProbe();
+    }
+
+    DelayedCall later(double seconds, void (State::*method)()) {
+        return queue_->after(seconds, [this, weak = weak_from_this(), method] {
+            if (const auto state = weak.lock())
+                (this->*method)();
+        });
+    }
+
+    void write(double now, double lagMS) {
+        const double elapsed = now - std::exchange(sampledAt_, now);
+        const double cpu = figures_.cpuSeconds();
+        const double cpuPercent = (cpu - std::exchange(cpuSeconds_, cpu)) / elapsed * percent;
+        const double t = now - startedAt_;
+        const auto memory = figures_.memory();
         const std::string row = Text::fixed(t, 1) + "," + Text::fixed(cpuPercent, 1) + "," +
                                 Text::fixed(memory.footprintMB, 1) + "," +
-                                Text::fixed(memory.residentMB, 1) + "," + figures.thermalState() +
-                                "," + std::to_string(figures.activeProcessorCount()) + "," +
-                                (figures.lowPowerMode().value_or(false) ? "true" : "false") + "," +
+                                Text::fixed(memory.residentMB, 1) + "," + figures_.thermalState() +
+                                "," + std::to_string(figures_.activeProcessorCount()) + "," +
+                                (figures_.lowPowerMode().value_or(false) ? "true" : "false") + "," +
                                 Text::fixed(lagMS, 0) + "\n";
-        samples.appendText(row);
+        samples_.appendText(row);
         const JSON::Value head{
             {"t", t}, {"processCPUPercent", cpuPercent}, {"mainThreadLagMS", lagMS}};
         JSON::Value busiest = head;
         busiest["topThreads"] = topByCPU(elapsed);
-        threads.append(busiest);
-        JSON::Value counters = head;
-        counters["metrics"] = current;
-        counters["delta"] = delta(current, metrics);
-        pipeline.append(counters);
-        metrics = current;
+        threads_.append(busiest);
+        JSON::Value record = head;
+        PerfStats counters = this->counters();
+        record["metrics"] = counters;
+        record["delta"] = delta(counters, reportedCounters_);
+        pipeline_.append(record);
+        reportedCounters_ = std::move(counters);
     }
 
-  private:
+    PerfStats counters() {
+        const MutexLock lock(lock_);
+        return counters_;
+    }
+
     JSON::Value topByCPU(double elapsed) {
         std::vector<std::pair<double, ProcessFigures::Thread>> busy;
         std::map<std::int64_t, double> seconds;
-        for (auto& thread : figures.threads()) {
+        for (auto& thread : figures_.threads()) {
             const double total = thread.userSeconds + thread.systemSeconds;
-            const auto before = threadSeconds.find(thread.id);
-            const double since = total - (before == threadSeconds.end() ? 0 : before->second);
+            const auto before = threadSeconds_.find(thread.id);
+            const double since = total - (before == threadSeconds_.end() ? 0 : before->second);
             seconds[thread.id] = total;
             busy.emplace_back(since / elapsed * percent, std::move(thread));
         }
-        threadSeconds = std::move(seconds);
+        threadSeconds_ = std::move(seconds);
         std::ranges::stable_sort(busy, std::ranges::greater{},
                                  [](const auto& entry) { return entry.first; });
         JSON::Value list = JSON::Value::array();
@@ -111,57 +177,54 @@ struct PerfSampler::State {
         }
         return list;
     }
+
+    Host& host_;
+    ProcessFigures& figures_;
+    const std::shared_ptr<SerialQueue> queue_;
+    const double interval_; // seconds
+    DiagnosticsNDJSONWriter samples_;
+    DiagnosticsNDJSONWriter threads_;
+    DiagnosticsNDJSONWriter pipeline_;
+    DelayedCall sampleTimer_;
+    DelayedCall probeTimer_;
+    bool isStopped_ = false;
+    double startedAt_ = 0;
+    double sampledAt_ = 0;
+    double sampleDue_ = 0;
+    double cpuSeconds_ = 0;
+    std::optional<double> probeSentAt_; // the one that is on its way
+    double highestLag_ = 0;             // seconds, of the main queue, since the last sample
+    std::map<std::int64_t, double> threadSeconds_;
+    PerfStats reportedCounters_;
+    Mutex lock_;
+    PerfStats counters_ GUARDED_BY(lock_);
 };
 
-void PerfSampler::start(const DiagnosticsRunFiles& run, double sampleIntervalSeconds,
-                        std::function<PerfStats()> pipelineSnapshot) {
+PerfSampler::~PerfSampler() {
+    if (queue_)
+        queue_->sync([this] { state_->stop(); });
+}
+
+void PerfSampler::start(const DiagnosticsRunFiles& run, double sampleIntervalSeconds) {
     stop();
-    state_ = std::make_shared<State>(host_, files_, figures_, run);
     queue_ = host_.serialQueue("Tessarune.PerfSampler", QueuePriority::utility);
-    pipelineSnapshot_ = std::move(pipelineSnapshot);
-    interval_ = std::max(sampleIntervalSeconds, shortestInterval);
-    highestLag_ = 0;
-    probeDue_ = host_.now();
-    sampleDue_ = probeDue_ + interval_;
-    queue_->async([state = state_, &host = host_] { state->begin(host.now()); });
-    arm();
+    state_ = std::make_shared<State>(host_, files_, figures_, run, queue_, sampleIntervalSeconds);
+    queue_->async([state = state_] { state->begin(); });
 }
 
-void PerfSampler::arm() {
-    probeDue_ = host_.now() + std::min(probeInterval, interval_);
-    timer_ = host_.after(probeDue_ - host_.now(), [this] { probe(); });
-}
-
-void PerfSampler::probe() {
-    const double now = host_.now();
-    highestLag_ = std::max(highestLag_, now - probeDue_);
-    if (now >= sampleDue_) {
-        sampleDue_ = std::max(sampleDue_ + interval_, now + shortestInterval);
-        queue_->async([state = state_, &host = host_,
-                       lag = std::exchange(highestLag_, 0) * lagMSPerSecond,
-                       metrics = pipelineSnapshot_()] { state->sample(host.now(), lag, metrics); });
-    }
-    arm();
+void PerfSampler::notePipeline(const PerfStats& counters) {
+    if (state_)
+        state_->notePipeline(counters);
 }
 
 void PerfSampler::stop() {
-    timer_.cancel();
-    timer_ = {};
+    if (queue_)
+        queue_->async([state = state_] { state->stop(); });
 }
 
 void PerfSampler::close(nlohmann::json& lost) {
-    if (!queue_)
-        return;
-    queue_->sync([this, &lost] {
-        const auto end = [&](const char* artifact, DiagnosticsNDJSONWriter& log) {
-            log.close();
-            if (log.lostRecords() > 0)
-                lost[artifact] = log.lostRecords();
-        };
-        end("perfSamples", state_->samples);
-        end("perfThreads", state_->threads);
-        end("perfPipeline", state_->pipeline);
-    });
+    if (queue_)
+        queue_->sync([&] { state_->close(lost); });
 }
 
 PerfStats PerfSampler::delta(const PerfStats& current, const PerfStats& previous) {

@@ -8,29 +8,27 @@
 
 #include <nlohmann/json_fwd.hpp>
 
-#include <functional>
 #include <memory>
 
 namespace tessarune {
 
 /// Writes what the process costs at a fixed interval: processor, memory and how late the main queue
-/// runs what is due on it, beside the counters of the captions.
+/// runs what is given to it, beside the counters of the captions.
 ///
-/// Main queue; the figures are read and written on a queue of its own. The timer is the main
-/// queue's: while that stalls there is no sample, and the next one says for how long. All
-/// references outlive it.
+/// Main queue; everything is read and written by timers of a queue of its own, so that there are
+/// samples, too, while the main queue stalls. All references outlive it.
 class PerfSampler {
   public:
     static constexpr double shortestInterval = 0.5; ///< seconds
 
     PerfSampler(Host& host, FileSystem& files, ProcessFigures& figures)
         : host_(host), files_(files), figures_(figures) {}
-    ~PerfSampler() { stop(); }
+    ~PerfSampler();
     PerfSampler(const PerfSampler&) = delete;
 
-    /// `pipelineSnapshot` gives the counters of this moment, on the main queue.
-    void start(const DiagnosticsRunFiles& run, double sampleIntervalSeconds,
-               std::function<PerfStats()> pipelineSnapshot);
+    void start(const DiagnosticsRunFiles& run, double sampleIntervalSeconds);
+    /// The counters of the pipeline, for the samples from now on.
+    void notePipeline(const PerfStats& counters);
     /// No further sample. Idempotent.
     void stop();
     /// Waits for what is queued; adds how many records are missing. Not on the sampler's queue.
@@ -40,22 +38,13 @@ class PerfSampler {
     static PerfStats delta(const PerfStats& current, const PerfStats& previous);
 
   private:
-    struct State;
-
-    void arm();
-    void probe();
+    class State;
 
     Host& host_;
     FileSystem& files_;
     ProcessFigures& figures_;
-    std::shared_ptr<State> state_; // the sampler queue's once it is started
     std::shared_ptr<SerialQueue> queue_;
-    std::function<PerfStats()> pipelineSnapshot_;
-    DelayedCall timer_;
-    double interval_ = 0;
-    double probeDue_ = 0;
-    double sampleDue_ = 0;
-    double highestLag_ = 0; // seconds, since the last sample
+    std::shared_ptr<State> state_; // the queue's once it is started
 };
 
 } // namespace tessarune

@@ -40,7 +40,7 @@ void SessionDiagnosticsRecorder::finish(const Finish& finish) {
     if (run_->files.isFullRun())
         lastFinished_ = std::make_shared<FinishedRun>(run_->files.directory(), run_->recording);
     finished_ = std::exchange(run_, nullptr);
-    queue_->async([this, run = finished_, ending = std::move(ending)] {
+    write([this, run = finished_, ending = std::move(ending)] {
         Host& host = environment_.host;
         const auto report = [&](const char* event, const char* lifecycle) {
             const double elapsed = host.now() - ending.finishedAt;
@@ -52,8 +52,8 @@ void SessionDiagnosticsRecorder::finish(const Finish& finish) {
         };
         const LogFields about = ending.fields(*run);
         environment_.logger.event("diagnostics.finish.start", about);
-        run->writeLifecycle({ending.finishedAt, "diagnostics.finish", LifecycleEntry::Phase::start,
-                             std::nullopt, about});
+        run->writeLifecycle(
+            {ending.finishedAt, "diagnostics.finish", LifecyclePhase::start, std::nullopt, about});
         const bool isFull = run->files.isFullRun();
         JSON::Value lost;
         run->closeLogs(lost);
@@ -70,7 +70,7 @@ void SessionDiagnosticsRecorder::finish(const Finish& finish) {
         report("diagnostics.finish.manifestWritten", "diagnostics.finish.manifest");
         run->writeLifecycle({host.now(),
                              "diagnostics.finish",
-                             LifecycleEntry::Phase::finish,
+                             LifecyclePhase::finish,
                              host.now() - ending.finishedAt,
                              {}});
         run->writeLifecycle(host.now(), "diagnostics.finish.done");
@@ -135,8 +135,8 @@ void SessionDiagnosticsRecorder::recordLiveCaptionStopSnapshot(const StopSnapsho
                      {"translationText", translation},
                      {"bilingualText", bilingual},
                      {"units", std::move(units)}});
-    queue_->async([run = run_, snapshot = std::move(snapshot), source, bilingual,
-                   reason = about.reason, &logger = environment_.logger] {
+    write([run = run_, snapshot = std::move(snapshot), source, bilingual, reason = about.reason,
+           &logger = environment_.logger] {
         const bool areWritten[] = {run->files.writeJSON("liveWindowStopSnapshot", snapshot),
                                    run->files.write("liveWindowStopSource", source),
                                    run->files.write("liveWindowStopBilingual", bilingual)};

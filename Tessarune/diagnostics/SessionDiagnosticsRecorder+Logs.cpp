@@ -63,7 +63,7 @@ void SessionDiagnosticsRecorder::noteAudioBuffer(double sampleRate) {
 
 void SessionDiagnosticsRecorder::notePerfStats(const PerfStats& stats) {
     if (isFullDiagnosticsRunning())
-        run_->perf = stats;
+        run_->sampler->notePipeline(stats);
 }
 
 void SessionDiagnosticsRecorder::appendASREvent(const ASREvent& event, double t) {

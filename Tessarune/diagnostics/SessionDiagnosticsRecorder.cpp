@@ -37,20 +37,23 @@ bool SessionDiagnosticsRecorder::isFullDiagnosticsRunning() const {
     return run_ && run_->files.isFullRun();
 }
 
+/// Of several programs that start in one second each gets a folder of its own.
 std::filesystem::path SessionDiagnosticsRecorder::makeRunDirectory(double wallClock) {
     constexpr int lastNumber = 99;
     constexpr std::size_t idCharacters = 8;
     const std::string name = std::string(Layout::runNamePrefix) +
                              DateText::formatted(wallClock, "yyyy-MM-dd-HH-mm-ss", "en_US_POSIX");
+    FileSystem& files = environment_.files;
     const auto folder = environment_.paths.diagnostics();
+    files.createDirectories(folder);
     std::filesystem::path directory = folder / name;
-    for (int number = 2; environment_.files.exists(directory); ++number) {
+    for (int number = 2; !files.makeDirectory(directory); ++number) {
         directory = folder / name;
         directory += "-";
         directory += number <= lastNumber ? std::to_string(number)
                                           : UUID::random().text().substr(0, idCharacters);
     }
-    environment_.files.createDirectories(directory / "events");
+    files.createDirectories(directory / "events");
     return directory;
 }
 
@@ -129,8 +132,8 @@ void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
                 return record.line();
             });
     }
-    queue_->async([run = run_, &figures = environment_.figures,
-                   file = Context::settingsFile(settings, run_->sections, isFull)]() mutable {
+    write([run = run_, &figures = environment_.figures,
+           file = Context::settingsFile(settings, run_->sections, isFull)]() mutable {
         run->host = Context::hostSnapshot(figures);
         file["host"] = run->host;
         run->files.writeJSON("settings", file);
@@ -145,11 +148,7 @@ void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
 void SessionDiagnosticsRecorder::openLogs(Run& run) {
     run.sampler =
         std::make_unique<PerfSampler>(environment_.host, environment_.files, environment_.figures);
-    run.sampler->start(run.files, *environment_.settings.perfSampleIntervalSeconds,
-                       [weak = std::weak_ptr(run_)] {
-                           const auto still = weak.lock();
-                           return still ? still->perf : PerfStats();
-                       });
+    run.sampler->start(run.files, *environment_.settings.perfSampleIntervalSeconds);
     const auto openArtifact = [&](const char* artifact, const char* label) {
         run.logs[artifact] = std::make_unique<DiagnosticsNDJSONWriter>(
             environment_.host, environment_.files, run.files.path(artifact), label);
@@ -170,6 +169,15 @@ void SessionDiagnosticsRecorder::openLogs(Run& run) {
             "Tessarune.AppleSpeechAnalyzerRawResultLog.Writer", rawResultLimit);
 }
 
+/// On the recorder's queue, after all that was given before.
+void SessionDiagnosticsRecorder::write(Block block) {
+    ++*pendingWrites_;
+    queue_->async([pending = pendingWrites_, block = std::move(block)] {
+        block();
+        --*pending;
+    });
+}
+
 void SessionDiagnosticsRecorder::announce(const std::filesystem::path& directory) {
     if (environment_.notifications)
         environment_.notifications->post(diagnosticsRunDidUpdate, directory);
@@ -181,7 +189,7 @@ void SessionDiagnosticsRecorder::noteRecording(const std::optional<RecordingMeta
     if (!run_ || (!recording && !run_->recording))
         return;
     run_->recording = recording;
-    queue_->async([run = run_, manifest = run_->manifestHead()]() mutable {
+    write([run = run_, manifest = run_->manifestHead()]() mutable {
         manifest["host"] = run->host;
         manifest["files"] = run->files.manifestFileEntries();
         run->files.writeManifest(manifest);
@@ -200,7 +208,7 @@ void SessionDiagnosticsRecorder::stopWithoutExport() {
 void SessionDiagnosticsRecorder::close(std::shared_ptr<Run> run) {
     if (run->sampler)
         run->sampler->stop();
-    queue_->async([run = std::move(run)] {
+    write([run = std::move(run)] {
         JSON::Value lost;
         run->closeLogs(lost);
         run->lifecycle->close();
@@ -212,7 +220,7 @@ void SessionDiagnosticsRecorder::discardCurrentRun() {
         return;
     const auto directory = run_->files.directory();
     close(std::exchange(run_, nullptr));
-    queue_->async([&files = environment_.files, directory] {
+    write([&files = environment_.files, directory] {
         DiagnosticsRunFiles(files, directory, {}, false).remove();
     });
     announce(directory);
@@ -221,7 +229,7 @@ void SessionDiagnosticsRecorder::discardCurrentRun() {
 void SessionDiagnosticsRecorder::closeLifecycle() {
     if (!finished_)
         return;
-    queue_->async([this, run = std::exchange(finished_, nullptr)] {
+    write([this, run = std::exchange(finished_, nullptr)] {
         run->writeLifecycle(environment_.host.now(), "session.lifecycle.close");
         run->lifecycle->close();
         if (!run->manifest.is_object())
@@ -251,7 +259,7 @@ void SessionDiagnosticsRecorder::updateFinishedSnapshot(const TranscriptSnapshot
     if (!lastFinished_)
         return;
     if (!lastFinished_->exchange(snapshot)) {
-        queue_->async([this, finished = lastFinished_] {
+        write([this, finished = lastFinished_] {
             if (const auto texts = finished->exchange(std::nullopt))
                 DiagnosticsRunFiles::refreshManifestTranscriptSummary(
                     environment_.files, finished->directory, *texts, environment_.host.wallClock());

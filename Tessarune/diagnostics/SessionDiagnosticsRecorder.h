@@ -13,6 +13,7 @@
 #include "TessaruneCore/host/Host.h"
 #include "TessaruneCore/observation/NotificationCenter.h"
 
+#include <atomic>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -71,6 +72,7 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     void discardCurrentRun() override;
     void closeLifecycle() override;
     void updateFinishedSnapshot(const TranscriptSnapshot& snapshot) override;
+    bool isWriting() const override { return *pendingWrites_ > 0; }
     void lifecycle(const LifecycleEntry& entry) override;
     void noteAudioBuffer(double sampleRate) override;
     void notePerfStats(const PerfStats& stats) override;
@@ -100,6 +102,7 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     void openLogs(Run& run);
     void logStart(const Run& run);
     void announce(const std::filesystem::path& directory);
+    void write(Block block);
     void close(std::shared_ptr<Run> run);
     void removeIfDeleted(const std::optional<RecordingMetadata>& recording,
                          const std::filesystem::path& directory);
@@ -110,6 +113,7 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     const Environment environment_;
     const SessionView* view_ = nullptr; // of the session that is attached
     const std::shared_ptr<SerialQueue> queue_;
+    const std::shared_ptr<std::atomic<int>> pendingWrites_ = std::make_shared<std::atomic<int>>(0);
     std::shared_ptr<Run> run_;
     std::shared_ptr<Run> finished_; // its lifecycle log stays open until the session has ended
     std::shared_ptr<FinishedRun> lastFinished_; // a full one, until another session begins

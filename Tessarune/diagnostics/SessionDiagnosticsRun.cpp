@@ -11,21 +11,6 @@ namespace tessarune {
 
 namespace {
 
-std::string_view phaseName(SessionDiagnostics::LifecycleEntry::Phase phase) {
-    using Phase = SessionDiagnostics::LifecycleEntry::Phase;
-    switch (phase) {
-    case Phase::instant:
-        return "instant";
-    case Phase::start:
-        return "start";
-    case Phase::finish:
-        return "finish";
-    case Phase::failure:
-        return "failure";
-    }
-    return {};
-}
-
 std::string stringify(const LogValue& value) {
     struct {
         std::string operator()(bool flag) const { return flag ? "true" : "false"; }
@@ -49,7 +34,7 @@ void SessionDiagnosticsRecorder::Run::writeLifecycle(const LifecycleEntry& entry
         fields[key] = stringify(value);
     Json record{{"t", entry.t},
                 {"name", entry.name},
-                {"phase", phaseName(entry.phase)},
+                {"phase", tessarune::name(entry.phase)},
                 {"fields", std::move(fields)}};
     if (entry.elapsedSeconds)
         record["elapsedSeconds"] = *entry.elapsedSeconds;

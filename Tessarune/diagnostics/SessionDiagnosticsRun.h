@@ -36,7 +36,6 @@ struct SessionDiagnosticsRecorder::Run {
     Json host;              ///< another, for which sensors are asked; the recorder's queue alone
     LogFields stopRequestFields;
     std::optional<RecordingMetadata> recording;
-    PerfStats perf;                                     ///< the latest
     std::optional<CaptionCore::Config> captionSettings; ///< as the event log has them
     std::map<std::string, std::unique_ptr<DiagnosticsNDJSONWriter>, std::less<>> logs;
     std::unique_ptr<DiagnosticsNDJSONWriter> lifecycle;
@@ -45,7 +44,7 @@ struct SessionDiagnosticsRecorder::Run {
 
     void writeLifecycle(const LifecycleEntry& entry);
     void writeLifecycle(double t, const char* name, const LogFields& fields = {}) {
-        writeLifecycle({t, name, LifecycleEntry::Phase::instant, std::nullopt, fields});
+        writeLifecycle({t, name, LifecyclePhase::instant, std::nullopt, fields});
     }
     /// Waits for what is queued. `lost` gets how many records of each log are missing.
     void closeLogs(Json& lost);

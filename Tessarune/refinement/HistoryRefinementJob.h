@@ -35,8 +35,7 @@ struct HistoryRefinementService::Job {
     /// An event of the job, for its diagnostics.
     void note(const std::string& name, const LogFields& fields,
               std::optional<Observer::Status> status = {}) const {
-        const auto phase =
-            status ? Observer::Lifecycle::Phase::finish : Observer::Lifecycle::Phase::instant;
+        const auto phase = status ? LifecyclePhase::finish : LifecyclePhase::instant;
         if (observer)
             observer->lifecycle({name, phase, fields, status, std::nullopt});
     }

@@ -2,6 +2,7 @@
 
 #include "Tessarune/refinement/SpeechAnalyzerFileRecords.h"
 #include "Tessarune/refinement/SpeechAnalyzerFileTranscriptionResult.h"
+#include "TessaruneCore/diagnostics/LifecyclePhase.h"
 #include "TessaruneCore/diagnostics/LogFields.h"
 
 #include <cstdint>
@@ -19,9 +20,8 @@ class HistoryRefinementObserver {
 
     /// A line of the run's lifecycle log.
     struct Lifecycle {
-        enum class Phase { instant, start, finish };
         std::string name;
-        Phase phase = Phase::instant;
+        LifecyclePhase phase = LifecyclePhase::instant;
         LogFields fields;
         std::optional<Status> status; ///< of a finish
         std::optional<double> elapsedSeconds;

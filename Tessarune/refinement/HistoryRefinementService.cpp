@@ -168,7 +168,7 @@ Task<void> HistoryRefinementService::run(JobPtr job) {
             .add("locale", request.localeIdentifier)
             .add("translationBackend", request.translationBackend)
             .add("translationTargetLanguage", request.translationTargetLanguage);
-        job->observer->lifecycle({span, Observer::Lifecycle::Phase::start, fields, {}, {}});
+        job->observer->lifecycle({span, LifecyclePhase::start, fields, {}, {}});
     }
     std::exception_ptr failure;
     bool isDeleted = false;
@@ -204,7 +204,7 @@ Task<void> HistoryRefinementService::run(JobPtr job) {
     }
     if (job->observer) {
         const Observer::Status status = statusOf(job->outcome);
-        job->observer->lifecycle({span, Observer::Lifecycle::Phase::finish, {}, status, elapsed});
+        job->observer->lifecycle({span, LifecyclePhase::finish, {}, status, elapsed});
         job->observer->close(status);
     }
 }

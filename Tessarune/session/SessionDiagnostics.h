@@ -14,6 +14,7 @@
 #include "TessaruneCore/captions/BoundaryObservation.h"
 #include "TessaruneCore/captions/CorrectionObservation.h"
 #include "TessaruneCore/captions/SoftCaptionObservation.h"
+#include "TessaruneCore/diagnostics/LifecyclePhase.h"
 #include "TessaruneCore/diagnostics/LogFields.h"
 #include "TessaruneCore/recognition/ASREvent.h"
 #include "TessaruneCore/replay/CaptionMark.h"
@@ -50,10 +51,9 @@ class SessionDiagnostics {
     };
     /// A line of the run's lifecycle log.
     struct LifecycleEntry {
-        enum class Phase { instant, start, finish, failure };
         double t = 0; ///< seconds since 1970
         std::string name;
-        Phase phase = Phase::instant;
+        LifecyclePhase phase = LifecyclePhase::instant;
         std::optional<double> elapsedSeconds;
         LogFields fields;
     };
@@ -90,6 +90,8 @@ class SessionDiagnostics {
     virtual void closeLifecycle() {}
     /// The texts have changed since the run was finished.
     virtual void updateFinishedSnapshot(const TranscriptSnapshot&) {}
+    /// Whether something of a run that has ended is still to be written.
+    virtual bool isWriting() const { return false; }
 
     // Events; an observer ignores those that it keeps no log of
 

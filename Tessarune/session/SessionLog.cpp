@@ -16,23 +16,23 @@ void SessionLog::milestone(const std::string& name, const LogFields& fields, Imp
 }
 
 void SessionLog::instant(const std::string& name, const LogFields& fields) {
-    diagnostics_.lifecycle({host_.now(), name, Phase::instant, std::nullopt, fields});
+    diagnostics_.lifecycle({host_.now(), name, LifecyclePhase::instant, std::nullopt, fields});
 }
 
 SessionLog::Step SessionLog::begin(std::string name, const LogFields& fields) {
-    diagnostics_.lifecycle({host_.now(), name, Phase::start, std::nullopt, fields});
+    diagnostics_.lifecycle({host_.now(), name, LifecyclePhase::start, std::nullopt, fields});
     return {std::move(name), host_.now()};
 }
 
 void SessionLog::finish(const Step& step, const LogFields& fields) {
-    end(step, Phase::finish, fields);
+    end(step, LifecyclePhase::finish, fields);
 }
 
 void SessionLog::fail(const Step& step, const LogFields& fields) {
-    end(step, Phase::failure, fields);
+    end(step, LifecyclePhase::failure, fields);
 }
 
-void SessionLog::end(const Step& step, Phase phase, const LogFields& fields) {
+void SessionLog::end(const Step& step, LifecyclePhase phase, const LogFields& fields) {
     diagnostics_.lifecycle({host_.now(), step.name, phase, host_.now() - step.startedAt, fields});
 }
 

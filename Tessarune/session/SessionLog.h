@@ -14,8 +14,6 @@ namespace tessarune {
 /// one is open. Main queue. All references must outlive it.
 class SessionLog {
   public:
-    using Phase = SessionDiagnostics::LifecycleEntry::Phase;
-
     /// An event that the run's lifecycle log shows as a span.
     struct Step {
         std::string name;
@@ -45,7 +43,7 @@ class SessionLog {
     std::int64_t elapsedMS(double since) const;
 
   private:
-    void end(const Step& step, Phase phase, const LogFields& fields);
+    void end(const Step& step, LifecyclePhase phase, const LogFields& fields);
 
     Host& host_;
     TessaruneFileLogger& logger_;

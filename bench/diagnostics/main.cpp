@@ -29,7 +29,7 @@ struct Options {
     std::string sound = TESSARUNE_BENCH_SOUND;
     double minutes = 10;
     int rounds = 5;
-    double recogniser = 0.75; ///< seconds of processor time for a second of sound
+    double recogniser = 0.3; ///< seconds of processor time for a second of sound
 };
 
 struct Figures {

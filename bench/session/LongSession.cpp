@@ -147,14 +147,13 @@ LongSession::Kept LongSession::kept() const {
 }
 
 void LongSession::noteStep(const SessionDiagnostics::LifecycleEntry& entry) {
-    using Phase = SessionDiagnostics::LifecycleEntry::Phase;
     const Step clocks{entry.name, CPUClock::read(CLOCK_MONOTONIC), CPUClock::process()};
-    if (entry.phase == Phase::start) {
+    if (entry.phase == LifecyclePhase::start) {
         begun_.push_back(clocks);
         return;
     }
     const auto begun = std::ranges::find(begun_, entry.name, &Step::name);
-    if (entry.phase == Phase::instant || begun == begun_.end())
+    if (entry.phase == LifecyclePhase::instant || begun == begun_.end())
         return;
     steps_.push_back({entry.name, clocks.wall - begun->wall, clocks.processor - begun->processor});
     begun_.erase(begun);

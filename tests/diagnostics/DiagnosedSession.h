@@ -33,17 +33,19 @@ struct DiagnosedSession : simulation::TranslatedLiveSession {
         settings.diagnosticsLevel = level;
         observer = [this] {
             return recorder = std::make_shared<SessionDiagnosticsRecorder>(
-                       SessionDiagnosticsRecorder::Environment{.host = host,
-                                                               .files = files,
-                                                               .paths = paths,
-                                                               .settings = settings,
-                                                               .logger = logger,
-                                                               .catalog = *catalog,
-                                                               .figures = figures,
-                                                               .notifications = &notifications,
-                                                               .app = {"test", "1", "/usr", "/x"},
-                                                               .onASREvent = {},
-                                                               .windows = {}});
+                       SessionDiagnosticsRecorder::Environment{
+                           .host = host,
+                           .files = files,
+                           .paths = paths,
+                           .settings = settings,
+                           .logger = logger,
+                           .catalog = *catalog,
+                           .figures = figures,
+                           .notifications = &notifications,
+                           .app = {"test", "1", "/usr", "/x"},
+                           .onASREvent = {},
+                           .mayRecord = [this] { return mayRecord; },
+                           .windows = [this] { return windows; }});
         };
         launch();
     }
@@ -91,6 +93,8 @@ struct DiagnosedSession : simulation::TranslatedLiveSession {
         return found;
     }
 
+    bool mayRecord = true;
+    std::vector<IdleMemorySentinel::Window> windows{{.title = "Captions", .isVisible = true}};
     ScriptedProcessFigures figures;
     std::shared_ptr<SessionDiagnosticsRecorder> recorder;
 };

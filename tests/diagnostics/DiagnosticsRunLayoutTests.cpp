@@ -60,7 +60,7 @@ std::string fieldTable(const std::vector<Layout::Field>& fields) {
 
 std::string guide() {
     std::string text = "<!-- Made from Tessarune/diagnostics/DiagnosticsRunLayout.cpp and "
-                       "DiagnosticsRunFields.cpp:\n     TESSARUNE_WRITE_DOCS=1 "
+                       "DiagnosticsRunFields*.cpp:\n     TESSARUNE_WRITE_DOCS=1 "
                        "build/dev/bin/diagnostics-tests --gtest_filter='*Guide*' -->\n";
     text += testing::contentsOf(std::string(TESSARUNE_TEST_DATA) + "/../diagnostics/guide-head.md");
     text += "\n## Files\n\n| File | In the manifest | Level | Written | Text | What |\n"
@@ -94,11 +94,13 @@ void refine(DiagnosedSession& session) {
     using Observer = HistoryRefinementObserver;
     const HistoryRefinementRequest request = **session.refinements.rbegin();
     const auto observer = HistoryRefinementDiagnosticsSession::open(
-        {session.host, session.files, *session.catalog, session.logger}, request);
+        {session.host, session.files, *session.catalog, session.logger,
+         session.host.serialQueue("", QueuePriority::utility)},
+        request);
     ASSERT_NE(observer, nullptr);
     session.host.advanceBy(1);
     EXPECT_EQ(session.json("manifest.json")["refinementDiagnostics"]["status"], "running");
-    observer->lifecycle({"history.refine", Observer::Lifecycle::Phase::start, {}, {}, {}});
+    observer->lifecycle({"history.refine", LifecyclePhase::start, {}, {}, {}});
     SpeechAnalyzerFileResultSummary summary;
     summary.audioStartSeconds = 1;
     observer->appleResult(summary);

@@ -27,6 +27,15 @@ std::string saidIn(DiagnosedSession& session, const std::filesystem::path& folde
     return "";
 }
 
+void expectWholeLines(DiagnosedSession& session) {
+    for (const auto& path : session.runFiles()) {
+        if (!path.ends_with(".ndjson"))
+            continue;
+        for (const auto& line : session.lines(path))
+            EXPECT_TRUE(line.is_object()) << path;
+    }
+}
+
 TEST(SessionDiagnosticsRecorderTests, EachLevelKeepsWhatItSaysAndACoreRunHoldsNoWord) {
     const Names core{"settings.json", "manifest.json", "events/lifecycle.ndjson"};
     Names standard = core;
@@ -84,12 +93,7 @@ TEST(SessionDiagnosticsRecorderTests, EachLevelKeepsWhatItSaysAndACoreRunHoldsNo
                     << path;
             }
         }
-        for (const auto& path : session.runFiles()) {
-            if (!path.ends_with(".ndjson"))
-                continue;
-            for (const auto& line : session.lines(path))
-                EXPECT_TRUE(line.is_object()) << path;
-        }
+        expectWholeLines(session);
         const auto lifecycle = session.lines("events/lifecycle.ndjson");
         EXPECT_EQ(lifecycle.front()["name"], "session.start");
         EXPECT_EQ(lifecycle.back()["name"], "session.lifecycle.close");
@@ -146,8 +150,9 @@ TEST(SessionDiagnosticsRecorderTests, EachLevelKeepsWhatItSaysAndACoreRunHoldsNo
 /// kill leaves is whole.
 TEST(SessionDiagnosticsRecorderTests, EightHoursLeaveWhatTheManifestSaysAndPileNothingUp) {
     constexpr int hours = 8;
+    constexpr int minutesBetween = 6;
     constexpr double sampleSeconds = 60;
-    for (const Level level : {Level::core, Level::standard, Level::trace}) {
+    for (const Level level : {Level::core, Level::standard, Level::verbose, Level::trace}) {
         SCOPED_TRACE(storageName(level));
         DiagnosedSession session(level);
         session.settings.appleAnalyzerDiagnosticsMode = AppleAnalyzerDiagnosticsMode::fullRaw;
@@ -156,25 +161,22 @@ TEST(SessionDiagnosticsRecorderTests, EightHoursLeaveWhatTheManifestSaysAndPileN
         session.start();
         session.hear(1);
         std::size_t waiting = 0;
-        for (int minute = 0; minute < hours * 60; ++minute) {
+        for (int minute = 0; minute < hours * 60; minute += minutesBetween) {
             session.say(false, "Purple elephants dance in minute " + std::to_string(minute));
             session.say(true, "Purple elephants dance in minute " + std::to_string(minute) + ".");
-            session.host.advanceBy(59.8);
+            session.host.advanceBy(minutesBetween * 60 - 0.2);
             if (minute == 60)
                 waiting = session.host.waitingBlocks();
+            for (const auto& path : session.runFiles()) { // as a kill would leave them
+                const std::string text = session.files.contentsOf(session.run() / path);
+                ASSERT_TRUE(path.ends_with(".json") || text.empty() || text.ends_with('\n'))
+                    << path;
+            }
         }
         EXPECT_LE(session.host.waitingBlocks(), waiting + 2);
-        const auto whole = [&] {
-            for (const auto& path : session.runFiles()) {
-                for (const auto& line : path.ends_with(".ndjson") ? session.lines(path)
-                                                                  : std::vector<nlohmann::json>())
-                    ASSERT_TRUE(line.is_object()) << path;
-            }
-        };
-        whole(); // as a kill would leave them
         session.stop();
         session.host.advanceBy(20);
-        whole();
+        expectWholeLines(session);
         const auto manifest = session.json("manifest.json");
         EXPECT_NEAR(manifest["durationSeconds"].get<double>(), hours * 3600, 60);
         EXPECT_TRUE(manifest["lostRecords"].empty());
@@ -247,6 +249,62 @@ TEST(SessionDiagnosticsRecorderTests, ADiskThatTakesNothingOfARunCostsRecordsAlo
         session.runOne();
         EXPECT_TRUE(session.json("manifest.json")["lostRecords"].empty());
     }
+}
+
+/// Room runs out while a run is open, and comes back before its end, or later.
+TEST(SessionDiagnosticsRecorderTests, AFullDiskCostsRecordsThatTheManifestCounts) {
+    for (const bool roomReturns : {true, false}) {
+        SCOPED_TRACE(roomReturns);
+        DiagnosedSession session(Level::trace);
+        session.settings.recordWhileCaptioning = false;
+        session.start();
+        session.hear(3);
+        session.files.capacity = session.files.usedSpace() + 500;
+        session.speak();
+        if (roomReturns)
+            session.files.recover();
+        session.stop();
+        session.host.advanceBy(20);
+        EXPECT_EQ(session.rows().back().sourceText, "Nobody objects");
+        expectWholeLines(session);
+        EXPECT_EQ(session.files.has(session.run() / "manifest.json"), roomReturns);
+        const std::string problem = RunVerification::verify(session.files, session.run()).problem;
+        EXPECT_EQ(problem, roomReturns ? "Events are missing: the disk was too slow or full."
+                                       : "manifest.json is missing.");
+    }
+}
+
+TEST(SessionDiagnosticsRecorderTests, ABrokenRunSaysWhatIsWrong) {
+    DiagnosedSession session(Level::standard);
+    session.runOne();
+    const std::pair<const char*, const char*> damages[] = {{"manifest.json", "{\"kind\": \"live"},
+                                                           {"manifest.json", "[1]"},
+                                                           {"timeline.json", "{\"engines\": [7]}"},
+                                                           {"timeline.json", ""}};
+    for (const auto& [path, damaged] : damages) {
+        const std::string whole = session.files.contentsOf(session.run() / path);
+        session.files.setContents(session.run() / path, damaged);
+        EXPECT_EQ(RunVerification::verify(session.files, session.run()).problem,
+                  path + std::string(" is damaged."));
+        session.files.remove(session.run() / path);
+        EXPECT_EQ(RunVerification::verify(session.files, session.run()).problem,
+                  path + std::string(" is missing."));
+        session.files.setContents(session.run() / path, whole);
+    }
+    EXPECT_TRUE(RunVerification::verify(session.files, session.run()).matches());
+}
+
+TEST(SessionDiagnosticsRecorderTests, WhereNothingMayBeKeptTheRunHoldsNoWordAtAnyLevel) {
+    DiagnosedSession session(Level::trace);
+    TessaruneLog::setDiagnosticsLevel(Level::trace);
+    session.settings.appleAnalyzerDiagnosticsMode = AppleAnalyzerDiagnosticsMode::fullRaw;
+    session.settings.recordWhileCaptioning = false;
+    session.mayRecord = false;
+    session.runOne();
+    TessaruneLog::setDiagnosticsLevel(Level::core);
+    EXPECT_EQ(session.json("manifest.json")["diagnosticsLevel"], "core");
+    EXPECT_FALSE(session.logLines("listen.stop.requested").empty());
+    EXPECT_EQ(saidIn(session, session.paths.appSupportBase()), "");
 }
 
 /// The end of a run may fall anywhere; what was written before is whole, and is found by whoever
@@ -331,13 +389,15 @@ TEST(SessionDiagnosticsRecorderTests, ARecordingThatIsDeletedWhileItsRunIsWritte
     EXPECT_EQ(saidIn(session, session.paths.diagnostics()), "");
 }
 
-TEST(SessionDiagnosticsRecorderTests, AStallOfTheMainQueueIsOneSample) {
+TEST(SessionDiagnosticsRecorderTests, AStallOfTheMainQueueIsSampledWhileItLasts) {
     DiagnosedSession session(Level::standard);
     session.settings.perfSampleIntervalSeconds = 0.1;
+    const double startedAt = session.host.now();
     session.start();
     session.hear(2.2);
-    session.host.sleepComputer(3);
-    session.hear(3);
+    const double stallsAt = session.host.now() - startedAt;
+    session.host.stallMainQueue(3);
+    session.host.advanceBy(6);
     session.stop();
     session.host.advanceBy(20);
     std::istringstream rows(session.files.contentsOf(session.run() / "perf.csv"));
@@ -345,12 +405,15 @@ TEST(SessionDiagnosticsRecorderTests, AStallOfTheMainQueueIsOneSample) {
     std::getline(rows, row);
     double before = 0;
     double highestLag = 0;
+    int duringStall = 0;
     while (std::getline(rows, row)) {
         EXPECT_GE(std::stod(row), before + 0.45) << row;
         before = std::stod(row);
+        duringStall += before > stallsAt && before < stallsAt + 3 ? 1 : 0;
         highestLag = std::max(highestLag, std::stod(row.substr(row.rfind(',') + 1)));
     }
     EXPECT_GT(before, 7);
+    EXPECT_GE(duringStall, 5);
     EXPECT_GT(highestLag, 2700);
 }
 
@@ -385,6 +448,8 @@ TEST(SessionDiagnosticsRecorderTests, RunsOfOneSecondAndPruningKeepTheNewest) {
     EXPECT_EQ(catalog.pruneRuns({30, 25, 3}).freedBytes, 270);
     EXPECT_EQ(catalog.runs().size(), 3u);
     EXPECT_EQ(catalog.pruneRuns({1, 0, 3}).prunedRuns, 0u);
+    EXPECT_FALSE(catalog.remove({paths.appSupportBase(), 0}));
+    EXPECT_FALSE(catalog.remove({paths.diagnostics(), 0}));
 
     DiagnosedSession session(Level::core);
     session.settings.recordWhileCaptioning = false;
@@ -399,54 +464,6 @@ TEST(SessionDiagnosticsRecorderTests, RunsOfOneSecondAndPruningKeepTheNewest) {
     ASSERT_EQ(names.size(), 2u);
     EXPECT_EQ(names[1], names[0] + "-2");
     EXPECT_FALSE(session.json("manifest.json").contains("recordingID"));
-}
-
-/// Alarms of the watch between two sessions: each kind once, a milestone for each gigabyte.
-TEST(SessionDiagnosticsRecorderTests, TheSentinelRaisesEachAlarmOnce) {
-    DiagnosedSession session(Level::standard);
-    session.runOne();
-    const auto alarms = [&] {
-        std::vector<std::string> kinds;
-        for (const auto& line : session.logLines("idleMemorySentinel.alarm"))
-            kinds.push_back(line["alarmKind"]);
-        return kinds;
-    };
-    using Kinds = std::vector<std::string>;
-    session.figures.cpu += 15; // within the first minute
-    session.host.advanceBy(15);
-    EXPECT_EQ(alarms(), Kinds{});
-    session.host.advanceBy(60);
-    session.figures.cpu += 15;
-    session.host.advanceBy(15);
-    session.figures.cpu += 15;
-    session.host.advanceBy(15);
-    EXPECT_EQ(alarms(), Kinds{"idleCpuHigh"});
-    session.figures.used.footprintMB = 400; // above three times the baseline, below the floor
-    session.host.advanceBy(15);
-    EXPECT_EQ(alarms().size(), 1u);
-    session.figures.used.footprintMB = 1100;
-    session.host.advanceBy(15);
-    EXPECT_EQ(alarms(),
-              (Kinds{"idleCpuHigh", "baselineMultiple", "growthSpike", "gigabyteMilestone"}));
-    session.figures.used.footprintMB = 3100;
-    session.host.advanceBy(30);
-    EXPECT_EQ(alarms(),
-              (Kinds{"idleCpuHigh", "baselineMultiple", "growthSpike", "gigabyteMilestone",
-                     "absolute", "gigabyteMilestone", "gigabyteMilestone"}));
-    EXPECT_EQ(session.lines("events/idle_memory_alarm.ndjson").size(), 7u);
-    session.start();
-    session.host.advanceBy(1);
-    session.stop();
-    session.host.advanceBy(30000);
-    EXPECT_EQ(session.host.liveTasks(), 0u);
-    const auto names = session.files.list(session.paths.diagnostics());
-    std::istringstream text(session.files.contentsOf(session.paths.diagnostics() / names.front() /
-                                                     "events/idle_memory_sentinel.ndjson"));
-    std::string last;
-    for (std::string line; std::getline(text, line);)
-        last = line;
-    EXPECT_EQ(nlohmann::json::parse(last)["reason"], "listen.start");
-    EXPECT_EQ(session.lines("events/idle_memory_sentinel.ndjson").back()["reason"], "maxRuntime");
 }
 
 } // namespace

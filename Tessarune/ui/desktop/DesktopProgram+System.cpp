@@ -72,8 +72,10 @@ Task<void> DesktopProgram::finish(std::function<void()> ready) {
 /// task.
 void DesktopProgram::saveNow() {
     listening_.stop(LiveSessionControlTrigger::applicationWillTerminate());
-    host_.runByItself([this] { return !store().isStopping(); },
-                      TessaruneListeningLifecycleHandler::longestWaitSeconds);
+    const auto isSaved = [this] {
+        return !store().isStopping() && !session_.isWritingDiagnostics();
+    };
+    host_.runByItself(isSaved, TessaruneListeningLifecycleHandler::longestWaitSeconds);
     windows_.finishPending();
 }
 

@@ -20,6 +20,21 @@ std::string obstacleText(const RecordingGate::Obstacle& obstacle) {
     return obstacle.doubt;
 }
 
+/// For an alarm: what is open may be what costs so much.
+std::vector<IdleMemorySentinel::Window> openWindows() {
+    std::vector<IdleMemorySentinel::Window> windows;
+    for (const QWindow* const window : QGuiApplication::topLevelWindows())
+        windows.push_back({.title = window->title().toStdString(),
+                           .isVisible = window->isVisible(),
+                           .isKeyWindow = window == QGuiApplication::focusWindow(),
+                           .isMainWindow = window->isActive(),
+                           .isMiniaturized = window->windowStates().testFlag(Qt::WindowMinimized),
+                           .level = window->flags().testFlag(Qt::WindowStaysOnTopHint) ? 1 : 0,
+                           .width = static_cast<double>(window->width()),
+                           .height = static_cast<double>(window->height())});
+    return windows;
+}
+
 /// `quit` would ask the window first, which is hidden and refuses.
 Task<void> endEventLoop(HistoryRefinementService& refinement) {
     Task<void> ending = refinement.end();
@@ -35,7 +50,7 @@ DesktopProgram::DesktopProgram(TerminationSignals& signals, SingleInstance& inst
       instance_(instance),
       application_(host_, "tessarune"),
       sound_(host_),
-      session_(application_, sound_, {}),
+      session_(application_, sound_, {.windows = openWindows}),
       listening_({host_, sound_, session_, notices_, [this] { return hasSpeechModel(); }}),
       lifecycle_(host_, application_.logger, store().weak_from_this(), [this] { leave(); }),
       desktop_(application_.files, TESSARUNE_APPLICATION_ID,

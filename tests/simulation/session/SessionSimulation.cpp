@@ -356,17 +356,16 @@ void SessionSimulation::checkFinals() {
 }
 
 void SessionSimulation::checkLifecycle(const SessionDiagnostics::LifecycleEntry& entry) {
-    using EntryPhase = SessionDiagnostics::LifecycleEntry::Phase;
     if (!violation_.empty())
         return;
-    if (entry.phase == EntryPhase::start) {
+    if (entry.phase == LifecyclePhase::start) {
         if (entry.name == "listen.stop.engineDrain")
             require(openSpans_.empty(), "two stops at a time");
         require(openSpans_.insert(entry.name).second, entry.name + " began twice");
-    } else if (entry.phase != EntryPhase::instant) {
+    } else if (entry.phase != LifecyclePhase::instant) {
         require(openSpans_.erase(entry.name) == 1, entry.name + " ended without a beginning");
     }
-    if (entry.name != "listen.stop.persist" || entry.phase != EntryPhase::finish)
+    if (entry.name != "listen.stop.persist" || entry.phase != LifecyclePhase::finish)
         return;
     for (const auto& [key, value] : entry.fields) {
         if (key == "transcriptPersisted" && std::get<bool>(value))

@@ -1,0 +1,149 @@
+#include "Tessarune/diagnostics/DiagnosticsRunFields.h"
+
+namespace tessarune::DiagnosticsRunFields {
+
+namespace {
+
+constexpr Field reason{"reason", "what caused the record"};
+constexpr Field layoutModes{"configuredLayoutMode, effectiveLayoutMode",
+                            "\"lyrics\" or \"bilingualCompare\": as set, and as shown"};
+constexpr Field displaySettings{
+    "translationEnabled, translationBackend, translationTargetLanguage, swapCaptionOrder, "
+    "smoothStreaming, smoothPaceMS, sourceFontSize, translationFontSize, bgOpacity, "
+    "highlightChanges, softCaptionEnabled, softCaptionStableSeconds, liveSubtitleWindowMaxSegments",
+    "the settings of the captions at that moment"};
+constexpr Field tails{"sourceTailCount, translationTailCount",
+                      "rows of the frame, and translations in it"};
+constexpr Field liveCounts{"committedCount, liveLeadingCount, softCaptionCount",
+                           "rows of each of the captions' lists"};
+constexpr Field sessionPhase{
+    "sessionPhase",
+    "\"idle\", \"preparing\", \"loading\", \"listening\", \"stopping\", \"failed\""};
+constexpr Field frameIndexes{"updateRequestIndex, publishedFrameIndex",
+                             "refreshes and published frames before this one"};
+constexpr Field unitIdentity{"index, id", "its place among all rows that are shown, and its UUID"};
+constexpr Field unitState{
+    "state, freezeKind, revision, revisionCount",
+    "\"partial\" or \"final\"; \"none\", \"soft\", \"ours\" or \"engine\"; the "
+    "number of the change, and how often its words changed"};
+constexpr Field unitTranslation{
+    "translationUnitID, translationResultSegmentID, translationUnitIndex, translationUnitCount, "
+    "translationRole",
+    "the unit in which the row is translated; \"none\", \"member\" or, for the row under which the "
+    "translation stands, \"result\""};
+constexpr Field unitTimes{"startedAt, endedAt, committedAt, firstSeenAt", "on the session's clock"};
+constexpr Field unitSource{"sourceCharacters, sourceWords, sourceHash", "the text in short"};
+
+} // namespace
+
+Table captions() {
+    return {
+        {"boundaryEvents",
+         {clockTime,
+          {"phase", "\"partial\" or \"final\""},
+          {"inputText", "what the recogniser said"},
+          {"softPieces, hardPieces, leading, tail",
+           "clauses that stand still, sentences that are fixed now, sentences that may still "
+           "change, the open rest"},
+          {"reasons", "why it was cut there"}}},
+        {"corrections",
+         {clockTime,
+          {"shownText, finalText", "what was on the screen, and the final"},
+          {"droppedWords, addedWords, commonWords", "in how many words the two differ"}}},
+        {"translationEvents",
+         {clockTime,
+          {"phase, scope",
+           "\"start\", \"success\" or \"failure\"; \"committed\" or, for a preview, \"ghost\""},
+          {"translationUnitID, segmentID, segmentIDs, resultSegmentID, segmentCount",
+           "the rows that are translated together, and the one under which it stands"},
+          {"sourceText, translatedText, sourceCharacters, translatedCharacters", "the texts"},
+          {"sourceLanguage, targetLanguage, backend", "with what"},
+          {"durationSeconds, queueDelaySeconds, availabilitySeconds, translateCallSeconds, "
+           "applySeconds",
+           "how long it took, and how long each step"},
+          {"preflightStatus, attemptCount, automaticRetry, recoveryAction",
+           "how often it was tried"},
+          {"error, failureCategory, failureDomain, failureCode, failureReason", "what went wrong"},
+          {"sessionGeneration", "tells a late result from a current one"}}},
+        {"liveCaptionEvents",
+         {clockTime,
+          {"event", "\"diagnostics.start\", \"frame.refresh\", \"setting\", \"softCaption\", "
+           "\"liveCaption.stopSnapshot\", or \"follow.\" and what the list of captions did to "
+           "stay at its newest line"},
+          reason,
+          sessionPhase,
+          layoutModes,
+          displaySettings,
+          liveCounts,
+          {"clearedCount", "rows that the user cleared away"},
+          {"hasPartial, currentPartialID, currentPartialRevision, currentPartialState",
+           "the open row"},
+          tails,
+          {"ghostVisible, ghostSourceCharacters", "a translation that is shown ahead"},
+          {"statusVisible, translationStatusVisible, translationStatusIncomplete, "
+           "translationRetryAvailable",
+           "what else is shown"},
+          {"buildSourceMS, buildTranslationMS, buildStatusMS, buildTotalMS, compareMS",
+           "what the frame cost"},
+          frameIndexes,
+          {"published", "whether anything visible had changed"},
+          {"captionStageRenders, captionStageSourceOnlyRenders, captionStageStandardRenders, "
+           "captionStageLyricsRenders, captionStageBilingualCompareRenders",
+           "how often the stage was drawn, by layout"},
+          {"name, value", "of \"setting\": which changed, and to what"},
+          {"phase, enabled, stableSeconds, candidateCount, visibleCount, sample, resetReason",
+           "of \"softCaption\": the clauses of the open sentence that are shown"},
+          {"completedTranslations, pendingTranslations, sourceCharacters, translationCharacters, "
+           "bilingualCharacters, elapsedMS",
+           "of \"liveCaption.stopSnapshot\""},
+          {"isPinned, isReviewing, overflowing, clipY, clipHeight, clipMaxY, documentHeight,"
+           " legalBottomY, legalBottomDelta, legacyDistanceFromBottom, rows",
+           "of \"follow.…\": whether the newest line is followed or the user reads further up,"
+           " and where the list stands, in pixels"},
+          {"nextPinned, reviewEnterThreshold, followResumeThreshold, deltaY, "
+           "legalDeltaChange, jumpDelta, delaySeconds, fireInSeconds, quietForSeconds, "
+           "armedForSeconds, recentLiveScrollSeconds, liveScrollIsRecent, "
+           "userLiveScrollActive",
+           "of single events of it: scrolling, and when the list returns by itself"}}},
+        {"displayUnitEvents",
+         {clockTime,
+          {"event", "\"frame.publish\""},
+          reason,
+          sessionPhase,
+          layoutModes,
+          frameIndexes,
+          tails,
+          liveCounts,
+          {"currentPartialRevision", "of the open row"},
+          {"sampledUnitLimit", "at most so many rows are listed, the last ones"},
+          {"units", "the rows", "displayUnit"}}},
+        {"liveWindowStopSnapshot",
+         {schema,
+          {"kind, capturedAt, reason", "\"liveCaptionStopSnapshot\", when, and why"},
+          {"completedTranslations, pendingTranslations, isCommittedTranslating",
+           "whether the translations were in"},
+          sessionPhase,
+          layoutModes,
+          displaySettings,
+          tails,
+          liveCounts,
+          {"hasCurrentPartial, currentPartialID, currentPartialRevision", "the open row"},
+          {"captionFrameUpdateRequests, captionFramePublishes", "of the whole session"},
+          {"statusMessage, translationStatusText, translationStatusIncomplete, "
+           "translationRetryAvailable",
+           "what else was shown"},
+          {"sourceText, translationText, bilingualText", "the texts as they are exported"},
+          {"units", "all rows, with their whole texts", "displayUnit"}}},
+        {"displayUnit",
+         {unitIdentity,
+          unitState,
+          unitTranslation,
+          unitTimes,
+          unitSource,
+          {"sourcePreview, sourceText", "its beginning; in the stop snapshot the whole text"},
+          {"hasTranslation, translationCharacters, translationHash, translationPreview, "
+           "translationText, hasTranslationError, translationError",
+           "its translation, in the same way"}}}};
+}
+
+} // namespace tessarune::DiagnosticsRunFields
