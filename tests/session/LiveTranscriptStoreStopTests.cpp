@@ -1,4 +1,5 @@
 #include "Tessarune/audio/WAVHeader.h"
+#include "Tessarune/session/LiveCaptionCoreFactory.h"
 #include "Tessarune/session/TessaruneListeningLifecycleHandler.h"
 #include "tests/simulation/SimulatedSession.h"
 
@@ -49,6 +50,10 @@ TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
     session.diagnostics->onStopSnapshot = [&](const std::string& reason, bool done) {
         session.translator->calls.push_back(reason + (done ? " done" : ""));
     };
+    std::vector<UUID> announced;
+    const auto observation = session.notifications.observe(
+        NotificationName::recordingTranscriptDidUpdate,
+        [&](const NotificationObject& object) { announced.push_back(std::get<UUID>(object)); });
     begin();
     session.say(true, "One is said.");
     session.say(false, "Two foll");
@@ -95,6 +100,7 @@ TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
     EXPECT_EQ(session.phase(), Phase::idle);
     EXPECT_EQ(session.status(), "点击开始，或按空格");
     EXPECT_EQ(session.transcript(id), "One is said.\nTwo follows late.");
+    EXPECT_EQ(announced, std::vector{id});
     EXPECT_EQ(recording().audioFormat, "m4a/aac");
     EXPECT_FALSE(session.files.has(session.catalog->journalURL(id)));
     EXPECT_TRUE(session.files.has(session.catalog->wordTimelineURL(id)));
@@ -120,6 +126,8 @@ TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
         std::string status;
         std::string audio; // how its name ends; empty: none
         std::string event; // one that tells of it
+        bool savesText = false;
+        std::string repaired = "Said."; // by the next start
     };
     const std::vector<Case> cases{
         {"the drain never ends", before, [](Session& s) { s.engine.script.finishNeverEnds = true; },
@@ -136,8 +144,14 @@ TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
          "complete", idle, ".wav", "listen.stop.audioCompress.skipped"},
         {"lossless", during, [](Session& s) { s.settings.recordLosslessAudio = true; }, "complete",
          idle, ".wav", "listen.stop.audioCompress.skipped"},
-        {"transcripts not writable", during, [](Session& s) { s.files.refused = ".txt"; },
-         "degraded", notSaved, ".m4a", "history.refine.schedule.skipped"},
+        {"transcripts not writable", during,
+         [](Session& s) {
+             s.files.refused = ".txt";
+             s.say(false, "and"); // open until the stop seals it
+         },
+         "degraded", notSaved, ".m4a", "history.refine.schedule.skipped", false, "Said.\nand"},
+        {"times not writable", during, [](Session& s) { s.files.refused = ".words.json"; },
+         "degraded", notSaved, ".m4a", "recording.transcript.persist.degraded", true},
         {"disk full for all but the log", during,
          [](Session& s) {
              s.files.onOperation = [&s](const std::string&, const std::filesystem::path& path) {
@@ -179,12 +193,12 @@ TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
         const bool isSaved = c.status == idle;
         EXPECT_TRUE(recordings[0].filePath.ends_with(c.audio)) << recordings[0].filePath;
         EXPECT_TRUE(session.files.has(recordings[0].filePath));
-        EXPECT_EQ(session.transcript(recordings[0].id), isSaved ? "Said." : "");
+        EXPECT_EQ(session.transcript(recordings[0].id), isSaved || c.savesText ? "Said." : "");
         EXPECT_EQ(session.refinements.size(), isSaved ? 1U : 0U);
         // What could not be saved is made from the journal at the next start.
         EXPECT_EQ(session.files.has(session.catalog->journalURL(recordings[0].id)), !isSaved);
         session.launch();
-        EXPECT_EQ(session.transcript(recordings[0].id), "Said.");
+        EXPECT_EQ(session.transcript(recordings[0].id), c.repaired);
     }
 }
 
@@ -248,7 +262,7 @@ TEST_F(LiveTranscriptStoreStopTests, ATranslationAfterTheStopStillReachesTheTran
     EXPECT_EQ(saved(), "Said.\n已经说了。");
     session.files.refused = ".txt";
     translate("再说。");
-    EXPECT_EQ(session.events("recording.transcript.updateSnapshot.skipped").size(), 1U);
+    EXPECT_EQ(session.events("recording.transcript.update").size(), 2U);
     session.files.recover();
     translate(""); // another language was chosen, and nothing has come yet
     EXPECT_EQ(saved(), "Said.\n已经说了。");
@@ -259,6 +273,34 @@ TEST_F(LiveTranscriptStoreStopTests, ATranslationAfterTheStopStillReachesTheTran
     session.catalog->deleteRecording(id);
     translate("又说。");
     EXPECT_EQ(session.transcript(id), "");
+}
+
+TEST_F(LiveTranscriptStoreStopTests, WhatIsDeletedWhileItIsRecordedDoesNotComeBack) {
+    begin();
+    session.say(true, "Said.");
+    session.catalog->deleteRecording(recording().id);
+    endAndWait();
+    EXPECT_TRUE(session.catalog->recordings().empty());
+    EXPECT_TRUE(session.files.list(session.paths.transcripts()).empty());
+}
+
+TEST_F(LiveTranscriptStoreStopTests, ALateOrSupersededRecordingIsDeleted) {
+    session.launch();
+    LiveRecordingTracker tracker(session.host, session.files, *session.catalog, session.logger);
+    const CaptionCore core = LiveCaptionCoreFactory::make(session.host, session.settings);
+    for (const bool isListening : {true, true, false}) {
+        RecordingMetadata metadata;
+        metadata.id = UUID::random();
+        metadata.filePath = session.paths.recordings() / (metadata.id.text() + ".wav");
+        session.files.setContents(metadata.filePath, "sound");
+        session.catalog->upsert(metadata);
+        tracker.handleStarted(metadata, isListening, core, "option");
+        EXPECT_EQ(recording().id == metadata.id, isListening);
+        EXPECT_EQ(session.catalog->recordings().size(), 1U);
+    }
+    tracker.discardCurrentRecordingIfAny();
+    EXPECT_TRUE(session.files.list(session.paths.recordings()).empty());
+    EXPECT_TRUE(session.files.list(session.paths.transcripts()).empty());
 }
 
 TEST_F(LiveTranscriptStoreStopTests, TheM4AIsMadeWhileTheSessionIsRecorded) {
@@ -324,6 +366,7 @@ TEST(LiveTranscriptStoreInterruptionTests, WhateverTakesTheSoundAwayTheSessionGo
         SCOPED_TRACE(c.name);
         Session session;
         session.settings.recordLosslessAudio = true;
+        session.host.shiftWallClock(7200); // another clock than the one of the words
         session.launch();
         session.start();
         session.hear(2);
