@@ -240,7 +240,8 @@ TEST_F(SettingsWindowTests, DiagnosticsRunsAreToldOpenedReplayedAndRemovedWhenTh
     QTest::keyClick(&window(), Qt::Key_Return);
     ASSERT_TRUE(runUntil([&] { return settings.window->runs().message().startsWith("another"); }));
     settings.changeProblem.clear();
-    settings.window->runs().remove(0);
+    QTest::keyClick(&window(), Qt::Key_Return);
+    QTest::keyClick(&window(), Qt::Key_Return);
     ASSERT_TRUE(runUntil([&] { return settings.window->runs().isEmpty(); }));
     EXPECT_FALSE(settings.files.has(run));
 }
