@@ -89,7 +89,7 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
         if (std::any_of(beside.begin(), beside.end(),
                         [&](const std::string& name) { return isAside(name); }))
             return;
-        const auto known = loaded.index.ids();
+        const auto known = takeForgottenIn(loaded.index.ids());
         const std::size_t count = removeOrphans(paths_.transcripts(), known, 0);
         if (count > 0) {
             TessaruneLog::storage.notice([&] {
@@ -104,8 +104,31 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
     }
 }
 
-/// Removes files that begin with the UUID of an unknown recording and were last changed before a
-/// given time. Returns how many there were.
+/// An index that is older than the recordings, such as one from a backup, does not list them all.
+/// Those that were finished, and whose entries and sound are there, are listed again; all that are
+/// known then.
+std::set<UUID> RecordingCatalog::takeForgottenIn(std::set<UUID> known) {
+    RecordingIndex forgotten = RecordingIndex::salvaged({}, entriesBesideTranscripts(known));
+    findMovedSound(forgotten);
+    forgotten.removeIf([&](const RecordingMetadata& recording) {
+        return !recording.endedAt || !files_.exists(recording.filePath);
+    });
+    const auto found = forgotten.recordings();
+    if (found.empty())
+        return known;
+    mutateIndex([&](RecordingIndex& index) {
+        for (const RecordingMetadata& recording : found)
+            index.put(recording);
+    });
+    for (const RecordingMetadata& recording : found) {
+        known.insert(recording.id);
+        logger_.important("recording.catalog.foundAgain", {{"recordingID", recording.id.text()}});
+    }
+    return known;
+}
+
+/// Files whose names begin with the UUID of a recording that is not known, if they were not changed
+/// before a time. How many there were.
 std::size_t RecordingCatalog::removeOrphans(const std::filesystem::path& folder,
                                             const std::set<UUID>& known, double notBefore) {
     std::size_t count = 0;

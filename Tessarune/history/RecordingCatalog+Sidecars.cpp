@@ -223,11 +223,14 @@ RecordingCatalog::updateTranscripts(std::string_view sourceText, std::string_vie
     return update;
 }
 
-/// All entries beside transcripts, as JSON.
-std::vector<std::string> RecordingCatalog::entriesBesideTranscripts() {
+/// All entries that stand beside transcripts, as JSON.
+std::vector<std::string> RecordingCatalog::entriesBesideTranscripts(const std::set<UUID>& known) {
     std::vector<std::string> entries;
     for (const auto& name : files_.list(paths_.transcripts())) {
         if (!name.ends_with(entrySuffix))
+            continue;
+        const auto id = UUID::parse(name.substr(0, name.size() - entrySuffix.size()));
+        if (id && known.contains(*id))
             continue;
         try {
             entries.push_back(files_.read(paths_.transcripts() / name));

@@ -179,7 +179,9 @@ class RecordingCatalog {
     std::filesystem::path moveAside();
     std::filesystem::path asidePath() const;
     bool isAside(const std::string& name) const;
-    std::vector<std::string> entriesBesideTranscripts();
+    /// All but those of recordings that are known.
+    std::vector<std::string> entriesBesideTranscripts(const std::set<UUID>& known = {});
+    std::set<UUID> takeForgottenIn(std::set<UUID> known);
 
     void removeOwned(const RecordingMetadata& recording, Runs runs);
     void removeSidecars(const UUID& id);

@@ -324,6 +324,20 @@ TEST_F(RecordingCatalogTests, LaunchRepairsCloseTheGaps) {
     catalog.healStaleRecordings();
     catalog.reconcileIndex();
     EXPECT_EQ(disk.contentsOf("/data/recordings.json"), operations);
+
+    // An index that is older than what came since, of which one was imported.
+    const UUID imported = makeID();
+    const auto later = recording(30, imported.text() + ".mp3", imported);
+    disk.setContents(later.filePath, "x");
+    catalog.upsert(later);
+    const UUID spoken = add(40, "spoken.wav");
+    catalog.saveTranscript("text", spoken);
+    setIndex(operations);
+    disk.setContents(paths.recordings() / "22222222-2222-4222-8222-222222222222.mp3", "cut off");
+    catalog.cleanupOrphanTranscripts();
+    EXPECT_EQ(order(), "spoken " + imported.text() + " stale moved ");
+    EXPECT_TRUE(disk.has(catalog.transcriptURL(spoken)));
+    EXPECT_EQ(disk.list(paths.recordings()).size(), 4U);
 }
 
 TEST_F(RecordingCatalogTests, FindsTheNewestRunOfARecording) {
