@@ -119,10 +119,14 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
     // Written under an unused name until it is complete: the folder is the user's.
     std::filesystem::path beside = to;
     beside += ".new-" + UUID::random().text().substr(0, 8);
-    const std::filesystem::path from(request.recording.filePath.value_or(""));
+    std::filesystem::path from(request.recording.filePath.value_or(""));
     bool isCopied = false;
     co_await runOn(worker, [&] {
-        if (isOurM4A(request.recording.id, from)) {
+        // Whoever chose it may have seen it before it was compressed.
+        const auto recording = catalog_.recording(request.recording.id);
+        if (recording)
+            from = recording->filePath;
+        if (recording && isOurM4A(*recording)) {
             finishing(beside, [&] { copyAudio(from, beside); });
             isCopied = true;
         }
@@ -219,11 +223,10 @@ HistoryWordTimeline HistoryExport::timeline(const HistoryItem& recording) {
     return {};
 }
 
-/// A file that this program encoded is copied: that loses nothing and takes no time. An import may
-/// hold anything, whatever its extension.
-bool HistoryExport::isOurM4A(const UUID& id, const std::filesystem::path& audio) const {
-    const auto recording = catalog_.recording(id);
-    return recording && recording->audioFormat == M4A::audioFormat && audio.extension() == ".m4a";
+/// What this program encoded is as an export should be: it loses nothing and takes no time. An
+/// import may be anything, whatever it is called.
+bool HistoryExport::isOurM4A(const RecordingMetadata& recording) {
+    return recording.audioFormat == M4A::audioFormat && recording.filePath.ends_with(".m4a");
 }
 
 void HistoryExport::copyAudio(const std::filesystem::path& from, const std::filesystem::path& to) {

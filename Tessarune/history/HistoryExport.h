@@ -64,7 +64,7 @@ class HistoryExport {
                                                    const HistoryWordTimeline& timeline);
     std::string exportText(const HistoryExportRequest& request);
     HistoryWordTimeline timeline(const HistoryItem& recording);
-    bool isOurM4A(const UUID& id, const std::filesystem::path& audio) const;
+    static bool isOurM4A(const RecordingMetadata& recording);
     void copyAudio(const std::filesystem::path& from, const std::filesystem::path& to);
     void finishing(const std::filesystem::path& beside, const std::function<void()>& step);
 

@@ -274,6 +274,10 @@ TEST_F(HistoryExportTests, AudioIsWhatItsNameSaysAndNothingElseIsTouched) {
         EXPECT_EQ(disk.list("/home"), (std::vector<std::string>{"x.m4a", "x.m4a.part"})) << i;
     }
     EXPECT_EQ(disk.contentsOf("/home/x.m4a.part/mine"), "mine");
+
+    HistoryItem uncompressed = item; // chosen before it was compressed
+    uncompressed.filePath = "/data/Recordings/own.wav";
+    EXPECT_EQ(exportedAudio(uncompressed), std::string(64044, 'x'));
 }
 
 } // namespace
