@@ -111,7 +111,8 @@ Task<RecordingMetadata> HistoryImportCoordinator::makeRecording(std::filesystem:
 /// A file without sound is not copied at all.
 void HistoryImportCoordinator::requireSound(const std::filesystem::path& source) const {
     FileSystem& files = environment_.files;
-    if (!files.exists(source) || files.isDirectory(source) || files.size(source) == 0)
+    // Of one that is not there, opening says so.
+    if (files.exists(source) && (files.isDirectory(source) || files.size(source) == 0))
         throw MediaFileError(MediaFileError::Kind::cannotOpen,
                              localized("%@ is not a file with anything in it", {source.string()}));
     environment_.openMedia(source);
