@@ -97,17 +97,19 @@ void VocabularyStore::save() {
         const JSON::Value object{{"masteredWords", *masteredWords_},
                                  {"favoriteWords", *favoriteWords_}};
         const std::string text = JSON::pretty(object).value_or("{}");
-        if (!fileIsUnreadable_) {
+        if (fileIsUnreadable_) {
+            const std::filesystem::path next = fileURL_.string() + ".next";
+            files_.writeAtomically(next, text);
+            if (files_.exists(fileURL_))
+                files_.rename(fileURL_, freeAside());
+            files_.rename(next, fileURL_);
+            fileIsUnreadable_ = false;
+        } else {
             files_.writeAtomically(fileURL_, text);
-            return;
         }
-        const std::filesystem::path next = fileURL_.string() + ".next";
-        files_.writeAtomically(next, text);
-        if (files_.exists(fileURL_))
-            files_.rename(fileURL_, freeAside());
-        files_.rename(next, fileURL_);
-        fileIsUnreadable_ = false;
+        problem_ = std::string();
     } catch (const std::exception& error) {
+        problem_ = std::string(error.what());
         TessaruneLog::storage.fault(
             [&] { return std::string("Vocabulary save failed: ") + error.what(); });
     }

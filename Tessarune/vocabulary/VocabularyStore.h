@@ -29,6 +29,8 @@ class VocabularyStore {
     const Published<Words>& favoriteWords() const { return favoriteWords_; }
     /// The words to know first, the most frequent first.
     const Published<Words>& coreWords() const { return coreWords_; }
+    /// Why the marks of this run are not on the disk; empty if they are.
+    const Published<std::string>& problem() const { return problem_; }
 
     bool isMastered(std::string_view word) const;
     bool isFavorite(std::string_view word) const;
@@ -54,6 +56,7 @@ class VocabularyStore {
     Published<Words> masteredWords_;
     Published<Words> favoriteWords_;
     Published<Words> coreWords_;
+    Published<std::string> problem_;
 };
 
 } // namespace tessarune

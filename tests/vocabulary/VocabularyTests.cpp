@@ -73,6 +73,10 @@ TEST(VocabularyTests, ADamagedFileIsKeptAsideAndAFailedSaveLosesNothingInMemory)
     TessaruneLog::setSink({});
     EXPECT_TRUE(store.isFavorite("word"));
     EXPECT_TRUE(logged.starts_with("Vocabulary save failed: ")) << logged;
+    EXPECT_FALSE(store.problem()->empty());
+    disk.recover();
+    store.addFavorite("another");
+    EXPECT_EQ(*store.problem(), "");
 }
 
 TEST(VocabularyTests, AddressesOfWords) {
