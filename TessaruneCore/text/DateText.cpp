@@ -2,21 +2,45 @@
 
 #include <unicode/smpdtfmt.h>
 
+#include <map>
+#include <memory>
+#include <utility>
+
 namespace tessarune::DateText {
+
+namespace {
+
+/// Making one takes twenty times as long as using it, and lists format thousands of times. One that
+/// could not be made is null.
+const icu::SimpleDateFormat* formatOf(std::string_view pattern, std::string_view locale) {
+    constexpr std::size_t most = 16;
+    thread_local std::map<std::pair<std::string, std::string>,
+                          std::unique_ptr<icu::SimpleDateFormat>>
+        formats;
+    const std::pair<std::string, std::string> key{pattern, locale};
+    const auto known = formats.find(key);
+    if (known != formats.end())
+        return known->second.get();
+    if (formats.size() >= most)
+        formats.clear();
+    UErrorCode status = U_ZERO_ERROR;
+    auto format = std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString::fromUTF8(key.first),
+                                                          icu::Locale(key.second.c_str()), status);
+    if (U_FAILURE(status))
+        format.reset();
+    return (formats[key] = std::move(format)).get();
+}
+
+} // namespace
 
 std::string formatted(double secondsSince1970, std::string_view pattern, std::string_view locale) {
     constexpr double millisecondsASecond = 1000;
-    const auto utf8 = [](std::string_view text) {
-        return icu::StringPiece(text.data(), static_cast<std::int32_t>(text.size()));
-    };
-    UErrorCode status = U_ZERO_ERROR;
-    const icu::SimpleDateFormat format(icu::UnicodeString::fromUTF8(utf8(pattern)),
-                                       icu::Locale(std::string(locale).c_str()), status);
     std::string result;
-    if (U_FAILURE(status))
+    const icu::SimpleDateFormat* const format = formatOf(pattern, locale);
+    if (!format)
         return result;
     icu::UnicodeString text;
-    format.format(secondsSince1970 * millisecondsASecond, text);
+    format->format(secondsSince1970 * millisecondsASecond, text);
     return text.toUTF8String(result);
 }
 
