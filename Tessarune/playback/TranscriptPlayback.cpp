@@ -51,14 +51,14 @@ double TranscriptPlayback::endOf(std::size_t index) const {
     return rows_.sentenceEnd(index).value_or(0);
 }
 
-void TranscriptPlayback::playSentence(std::size_t index) {
-    const TranscriptRows::Sentence* sentence = rows_.sentenceTiming(index);
+void TranscriptPlayback::playSentences(std::size_t first, std::size_t last) {
+    const TranscriptRows::Sentence* sentence = rows_.sentenceTiming(first);
     if (!sentence)
         return;
     if (onSentencePlayRequested)
         onSentencePlayRequested(*sentence);
-    manualHighlightedSentenceIndex = index;
-    player_.playBounded(index, sentence->start, endOf(index));
+    manualHighlightedSentenceIndex = first;
+    player_.playBounded(first, sentence->start, endOf(last));
 }
 
 void TranscriptPlayback::playFrom(const SentenceToken& token) {

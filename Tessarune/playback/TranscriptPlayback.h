@@ -36,9 +36,11 @@ class TranscriptPlayback {
     std::optional<std::size_t> highlightedIndex() const;
     const std::vector<SentenceToken>& activeTokens() const { return activeTokens_; }
 
-    /// Plays only this sentence, again if it is playing. Does nothing for a row without a time.
-    void playSentence(std::size_t index);
-    /// Continues from a word of a sentence.
+    /// Hears just this sentence, again if it is playing. Nothing happens for a row without a time.
+    void playSentence(std::size_t index) { playSentences(index, index); }
+    /// The same with those that follow it, up to `last`.
+    void playSentences(std::size_t first, std::size_t last);
+    /// Goes on from a word of a sentence.
     void playFrom(const SentenceToken& token);
     /// Marks a sentence and moves there without playing.
     void focus(std::size_t index);

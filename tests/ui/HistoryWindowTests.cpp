@@ -68,13 +68,28 @@ TEST_F(HistoryWindowTests, KeysChooseDeleteAndTakeBack) {
     EXPECT_EQ(titles(), "First|Second|Third|");
     EXPECT_EQ(model().detail()->recording()->id, second);
 
+    // A disk that refuses
+    const auto index = history.paths.recordingIndex();
+    const auto aside = history.folder / "index";
+    std::filesystem::rename(index, aside);
+    std::filesystem::create_directory(index);
+    QTest::keyClick(&window(), Qt::Key_Delete);
+    EXPECT_TRUE(model().canUndo());
+    model().dismissMessage();
+    EXPECT_TRUE(runUntil([&] { return model().message() == "录音无法删除。"; }));
+    EXPECT_FALSE(model().canUndo());
+    EXPECT_EQ(titles(), "First|Second|Third|");
+    std::filesystem::remove(index);
+    std::filesystem::rename(aside, index);
+    model().select(second);
+
     history.changeProblem = "Another program has them.";
     QTest::keyClick(&window(), Qt::Key_Delete);
     EXPECT_EQ(model().message(), "Another program has them.");
     history.changeProblem.clear();
     QTest::keyClick(&window(), Qt::Key_Delete);
     model().dismissMessage();
-    EXPECT_FALSE(history.catalog.recording(second));
+    EXPECT_TRUE(runUntil([&] { return !history.catalog.recording(second); }));
     QTest::keyClick(&window(), Qt::Key_Delete);
     history.window.reset();
     EXPECT_EQ(history.catalog.recordings().size(), 1U) << "the window's end is no way back";
@@ -124,6 +139,50 @@ TEST_F(HistoryWindowTests, TheChosenRecordingIsReadNotedAndExported) {
     history.catalog.saveRefinedTranscript("New.", "", {}, id);
     ASSERT_TRUE(runUntil([&] { return shown(0, HistoryTranscriptModel::SourceRole) == "New."; }));
     EXPECT_TRUE(detail.hint().startsWith("这条录音没有保存译文。"));
+}
+
+TEST_F(HistoryWindowTests, TheRowIsMarkedInWhichTheSpokenSentenceIsRead) {
+    // The text was refined since it was translated.
+    const UUID id = history.add(20, "One.\nTwo.\nTwo, too.\nThree.\nFour.",
+                                "One.\n一。\n\nTwo two.\n二。\n\nFour.\n四。\n\nFive.\n五。");
+    HistoryWordTimeline timeline;
+    double start = 0;
+    for (const char* const source : {"One.", "Two.", "Two, too.", "Three.", "Four."})
+        timeline.sentences.push_back({source, std::exchange(start, start + 7), start, {}, ""});
+    history.catalog.saveWordTimeline(timeline, id);
+    open();
+    ASSERT_TRUE(runUntil([&] { return model().detail()->hasTranslation(); }));
+    HistoryPlaybackModel& playback = *model().playback();
+    const auto marked = [&](int mode) {
+        model().detail()->setMode(mode);
+        std::string rows;
+        for (int sentence = 0; sentence < 5; ++sentence) {
+            playback.seek(sentence * 7 + 1);
+            rows += std::to_string(playback.activeRow()) + " ";
+        }
+        return rows;
+    };
+    EXPECT_EQ(marked(0), "0 1 2 3 4 ");
+    EXPECT_EQ(marked(1), "0 1 1 1 2 ") << "what was translated as one";
+    playback.playRow(1);
+    EXPECT_EQ(playback.position(), 7);
+    EXPECT_EQ(*history.player->boundedPlaybackSentenceIndex, 1U);
+    playback.playRow(2);
+    EXPECT_EQ(playback.position(), 28);
+    playback.focusRow(3); // nothing of it is in the recording any more
+    EXPECT_EQ(playback.activeRow(), 3);
+    EXPECT_EQ(playback.position(), 28);
+    EXPECT_EQ(model().detail()->rows()->nearestRow(3), 1);
+
+    const UUID running = history.add(5, "", "", true);
+    history.liveText = "It is being said.";
+    model().select(running);
+    ASSERT_TRUE(
+        runUntil([&] { return model().detail()->payload().sourceText == "It is being said."; }));
+    EXPECT_TRUE(model().detail()->hint().isEmpty());
+    history.live.reset();
+    history.liveText = "Said in a session that keeps nothing.";
+    EXPECT_FALSE(model().detail()->hasText()) << "another program records";
 }
 
 TEST_F(HistoryWindowTests, FilesAreImportedOrSayWhyNot) {
@@ -221,9 +280,9 @@ TEST_F(HistoryWindowTests, WordsAreCountedMarkedLookedUpAndHeard) {
     EXPECT_EQ(row(1), "time|times|3|false|");
 
     auto* const list = window().findChild<QQuickItem*>("words");
-    list->forceActiveFocus();
     words.setQuery("TIMES"); // a form of it
     ASSERT_EQ(words.rowCount(), 1);
+    list->forceActiveFocus();
     QTest::keyClick(&window(), Qt::Key_K);
     QTest::keyClick(&window(), Qt::Key_F);
     EXPECT_EQ(row(0), "time|times|3|true|");
@@ -247,6 +306,18 @@ TEST_F(HistoryWindowTests, WordsAreCountedMarkedLookedUpAndHeard) {
 
     model().openVocabulary();
     EXPECT_EQ(model().vocabulary()->rowCount(), 1);
+    for (const char* const word : {"city", "age"})
+        history.vocabulary->addFavorite(word);
+    auto* const marked =
+        window().findChild<QQuickItem*>("vocabulary")->findChild<QQuickItem*>("words");
+    marked->setProperty("currentIndex", 1);
+    EXPECT_EQ(card.word(), "city");
+    model().vocabulary()->remove(1);
+    EXPECT_EQ(card.word(), "time") << "the card shows what is marked in the list";
+    model().vocabulary()->setQuery("age");
+    EXPECT_EQ(card.word(), "") << "nothing is marked after another search";
+    model().vocabulary()->setQuery({});
+    history.vocabulary->removeFavorite("age");
     model().vocabulary()->remove(0);
     EXPECT_EQ(model().vocabulary()->emptyTitle(), "还没有收藏的单词");
     EXPECT_TRUE(history.vocabulary->isMastered("time"));

@@ -4,6 +4,7 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QGuiApplication>
+#include <QTimer>
 #include <functional>
 
 namespace tessarune {
@@ -25,10 +26,12 @@ inline QGuiApplication& offscreenApplication(const QByteArray& platform = "offsc
 inline bool runUntil(const std::function<bool()>& condition) {
     QElapsedTimer running;
     running.start();
+    QTimer waking; // with a limit of time, events are not waited for
+    waking.start(20);
     while (!condition()) {
         if (running.hasExpired(10'000))
             return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 20);
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     return true;
 }

@@ -3,7 +3,10 @@
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 #include "Tessarune/platform/qt-host/QtHost.h"
 #include "Tessarune/ui/history/HistoryWindow.h"
+#include "TessaruneCore/host/SimulatedHost.h"
+#include "tests/simulation/MemoryDefaults.h"
 #include "tests/simulation/ScriptedAudioConverter.h"
+#include "tests/simulation/ScriptedSoundServer.h"
 #include "tests/simulation/ScriptedSpeechEngine.h"
 #include "tests/support/FileContents.h"
 #include "tests/support/MemoryUserDefaults.h"
@@ -50,6 +53,8 @@ class StagedHistory {
     ~StagedHistory() {
         isCopyHeld = false;
         window.reset();
+        player.reset();
+        stillHost.end();
     }
 
     /// So many seconds before `now`; without an end it is being recorded.
@@ -64,6 +69,8 @@ class StagedHistory {
         recording.filePath = (paths.recordings() / (recording.id.text() + ".wav")).string();
         testing::writeContents(recording.filePath, "sound" + std::string(50'000, 'x'));
         catalog.upsert(recording);
+        if (isRunning)
+            live = recording.id;
         if (!text.empty())
             catalog.saveTranscript(text, recording.id);
         catalog.saveBilingualTranscript(bilingual, recording.id);
@@ -108,6 +115,7 @@ class StagedHistory {
                 .chooseFiles = [](const auto&) {},
                 .copy = [this](const std::string& text) { copied = text; },
                 .openURL = [this](const std::string& url) { opened = url; },
+                .player = player,
                 .pronunciation = std::make_shared<HistoryPronunciationAudioPlayer>(
                     host,
                     [this](const std::string&, const std::string&, const auto&) {
@@ -115,11 +123,18 @@ class StagedHistory {
                         return std::optional<WebAnswer>();
                     },
                     [](const std::string&, const Block&) -> Block { return [] {}; }),
-                .liveText = &liveText};
+                .liveText = &liveText,
+                .liveRecording = [this] { return live; }};
     }
     void open() {
         window = std::make_unique<HistoryWindow>(environment());
         window->show();
+    }
+
+    void runFor(int milliseconds) {
+        QElapsedTimer running;
+        running.start();
+        runUntil([&] { return running.hasExpired(milliseconds); });
     }
 
     QGuiApplication& application = offscreenApplication();
@@ -172,7 +187,17 @@ class StagedHistory {
     HistoryWordStatsService wordStatistics{host, logger, std::make_shared<ScriptedLexicon>(),
                                            [](std::string_view) { return std::string("en"); }};
     std::shared_ptr<VocabularyStore> vocabulary = std::make_shared<VocabularyStore>(disk, paths);
-    Published<std::string> liveText; ///< of the session that is being recorded
+    Published<std::string> liveText; ///< of the running session
+    std::optional<UUID> live;        ///< its recording
+    /// Over a sound server on which no time passes: what is to be heard stays where it begins.
+    SimulatedHost stillHost{1e9};
+    testing::ScriptedSoundServer speakers{stillHost};
+    std::shared_ptr<AudioPlayer> player = std::make_shared<AudioPlayer>(
+        host, PlaybackParts{speakers, [](const auto& path) { return sound(path); },
+                            [](AudioFormat format, double) {
+                                return std::make_unique<simulation::ScriptedAudioConverter>(format,
+                                                                                            format);
+                            }});
     std::string changeProblem;
     std::string suggested; ///< the name of the last export
     std::string copied;
@@ -192,6 +217,7 @@ class StagedHistory {
             return std::make_shared<AudioBuffer>(
                 AudioBuffer{format(), std::vector<float>(3000, 0.1F)});
         }
+        void seek(double seconds) override { at_ = seconds; }
 
       private:
         double at_ = 0;

@@ -94,7 +94,8 @@ std::vector<std::string> installedModels(const SpeechModelManager& models) {
 } // namespace
 
 std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, DesktopSound& sound,
-                                                 const SessionView& session, Desktop& desktop) {
+                                                 const LiveTranscriptStore& session,
+                                                 Desktop& desktop) {
     Host& host = application.host;
     const PlaybackParts parts{sound.computer(), openFFmpegMediaFile, makeAtempoConverter};
     return std::make_unique<HistoryWindow>(HistoryWindowEnvironment{
@@ -123,7 +124,8 @@ std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, Deskt
         .player = std::make_shared<AudioPlayer>(host, parts),
         .pronunciation = std::make_shared<HistoryPronunciationAudioPlayer>(
             host, fetchOverHTTPS, PronunciationSound::make(host, parts)),
-        .liveText = &session.liveHistoryText,
+        .liveText = &session.view().liveHistoryText,
+        .liveRecording = [&session] { return session.recordingTracker().currentID(); },
         .watchPlayback = [&application](TranscriptPlayback& playback) -> std::shared_ptr<void> {
             return std::make_shared<PlaybackTelemetry>(
                 application.host, application.logger,

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Tessarune/app/Application.h"
-#include "Tessarune/session/SessionView.h"
+#include "Tessarune/session/LiveTranscriptStore.h"
 #include "Tessarune/shell/Desktop.h"
 #include "Tessarune/ui/desktop/DesktopSound.h"
 #include "Tessarune/ui/history/HistoryWindow.h"
@@ -18,6 +18,7 @@ std::string problemOfChange(Application& application);
 /// The history window over the application, its sound, the session and the desktop, which outlive
 /// it. Main thread.
 std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, DesktopSound& sound,
-                                                 const SessionView& session, Desktop& desktop);
+                                                 const LiveTranscriptStore& session,
+                                                 Desktop& desktop);
 
 } // namespace tessarune

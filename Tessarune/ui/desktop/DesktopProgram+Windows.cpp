@@ -44,7 +44,7 @@ void DesktopProgram::offerWindows() {
         return makeSettingsWindow(application_, session_, motion_.isReduced, desktop_);
     });
     windows_.offer<HistoryWindow>(DesktopWindows::Kind::history, [this] {
-        return makeHistoryWindow(application_, sound_, store().view(), desktop_);
+        return makeHistoryWindow(application_, sound_, store(), desktop_);
     });
 }
 

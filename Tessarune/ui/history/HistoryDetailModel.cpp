@@ -60,8 +60,9 @@ void HistoryDetailModel::show(const std::optional<HistoryItem>& recording) {
         return;
     const bool isOther = !recording || !recording_ || recording->id != recording_->id ||
                          recording->live != recording_->live;
-    // A note that is being edited stays, even if the recording changes meanwhile.
-    const bool isOtherNote = isOther || recording->note != recording_->note;
+    // A note that is being edited is kept, even if the recording changes meanwhile.
+    const bool isOtherNote = !recording || !recording_ || recording->id != recording_->id ||
+                             recording->note != recording_->note;
     recording_ = recording;
     if (isOther) {
         payload_ = {};
@@ -77,11 +78,12 @@ void HistoryDetailModel::show(const std::optional<HistoryItem>& recording) {
     Q_EMIT recordingChanged();
 }
 
-/// A running session has not saved anything yet.
+/// Of a running session nothing is saved yet. It may be another program's.
 void HistoryDetailModel::showLiveText() {
     if (!isRunning() || !environment_.liveText)
         return;
-    payload_ = HistoryTranscriptPayload::trimmed(**environment_.liveText, {});
+    const bool isOwn = environment_.liveRecording() == recording_->id;
+    payload_ = HistoryTranscriptPayload::trimmed(isOwn ? **environment_.liveText : "", {});
     isLoading_ = false;
     showRows();
 }
@@ -163,6 +165,8 @@ QString HistoryDetailModel::hint() const {
         return isRunning() ? historyText("正在录音。停止字幕后，文字会出现在这里。")
                            : historyText("这条录音没有识别文本。");
     case HistoryTranscriptPresentation::sourceWithoutTranslation:
+        if (isRunning())
+            break;
         return historyText("这条录音没有保存译文。开启翻译后完成的新录音会在这里显示双语文本。");
     case HistoryTranscriptPresentation::source:
     case HistoryTranscriptPresentation::bilingual:

@@ -135,7 +135,8 @@ Task<void> HistoryListModel::load() {
         std::string problem;
         co_await runOn(Executor::queue(host, queue), [&] {
             entries = reader->entries();
-            problem = catalog.readingProblem();
+            if (entries.empty())
+                problem = catalog.readingProblem();
         });
         if (!*held)
             co_return;

@@ -37,10 +37,9 @@ HistoryPlaybackModel::HistoryPlaybackModel(const HistoryWindowEnvironment& envir
     observations_.follow(player()->duration, announce(&HistoryPlaybackModel::loadedChanged));
     observations_.follow(player()->rate, announce(&HistoryPlaybackModel::rateChanged));
     observations_.follow(player()->currentTime, [this] { moved(); });
-    observations_.follow(transcript_->activeSentenceIndex,
-                         announce(&HistoryPlaybackModel::activeRowChanged));
-    observations_.follow(transcript_->manualHighlightedSentenceIndex,
-                         announce(&HistoryPlaybackModel::activeRowChanged));
+    const auto mark = [this] { markRow(std::nullopt); };
+    observations_.follow(transcript_->activeSentenceIndex, mark);
+    observations_.follow(transcript_->manualHighlightedSentenceIndex, mark);
     connect(&detail_, &HistoryDetailModel::recordingChanged, this,
             &HistoryPlaybackModel::recordingChanged);
     connect(&detail_, &HistoryDetailModel::transcriptChanged, this,
@@ -62,14 +61,23 @@ void HistoryPlaybackModel::recordingChanged() {
 
 void HistoryPlaybackModel::loadIfNeeded() {
     const auto& recording = detail_.recording();
-    if (!isAvailable() || std::exchange(isLoaded_, true))
+    if (!isAvailable())
         return;
-    player()->load(recording->filePath.value_or(""));
+    const std::string& path = *recording->filePath;
+    // Compression may have put another file in the place of the one that was opened.
+    if (isLoaded_ && (isPlaying() || loadedPath_ == path))
+        return;
+    const double place = isLoaded_ ? position() : 0;
+    player()->load(path);
+    if (place > 0)
+        player()->seek(place);
+    isLoaded_ = true;
+    loadedPath_ = path;
 }
 
 void HistoryPlaybackModel::showRows() {
     transcript_->show(TranscriptRows(detail_.payload(), detail_.timeline()));
-    Q_EMIT activeRowChanged();
+    markRow(std::nullopt);
 }
 
 void HistoryPlaybackModel::moved() {
@@ -86,6 +94,12 @@ bool HistoryPlaybackModel::isAvailable() const {
 
 QString HistoryPlaybackModel::problem() const {
     return player() ? QString::fromStdString(*player()->problem) : QString();
+}
+
+/// What is heard may end a little behind the length that the file states.
+double HistoryPlaybackModel::position() const {
+    const double place = player() ? *player()->currentTime : 0;
+    return duration() > 0 ? std::min(place, duration()) : place;
 }
 
 QString HistoryPlaybackModel::positionText() const {
@@ -121,8 +135,15 @@ void HistoryPlaybackModel::setRateIndex(int index) {
 }
 
 int HistoryPlaybackModel::activeRow() const {
-    const auto row = transcript_ && isLoaded_ ? transcript_->highlightedIndex() : std::nullopt;
-    return row ? static_cast<int>(*row) : -1;
+    if (untimedRow_)
+        return *untimedRow_;
+    const auto sentence = transcript_ && isLoaded_ ? transcript_->highlightedIndex() : std::nullopt;
+    return sentence ? detail_.rows()->rowOf(*sentence) : -1;
+}
+
+void HistoryPlaybackModel::markRow(std::optional<int> untimed) {
+    untimedRow_ = untimed;
+    Q_EMIT activeRowChanged();
 }
 
 void HistoryPlaybackModel::toggle() {
@@ -143,20 +164,27 @@ void HistoryPlaybackModel::seek(double seconds) {
 }
 
 void HistoryPlaybackModel::playRow(int row) {
+    const auto sentences = detail_.rows()->sentencesOf(row);
+    if (!isAvailable() || !sentences)
+        return;
     loadIfNeeded();
-    if (isAvailable() && row >= 0)
-        transcript_->playSentence(static_cast<std::size_t>(row));
+    transcript_->playSentences(sentences->first, sentences->second);
 }
 
 void HistoryPlaybackModel::playWord(int row, int character) {
-    if (!isAvailable() || row < 0)
+    const auto sentences = detail_.rows()->sentencesOf(row);
+    if (!isAvailable() || !sentences)
         return;
-    const auto* const sentence = transcript_->rows().sentenceTiming(static_cast<std::size_t>(row));
-    if (!sentence)
-        return;
-    const QString text = QString::fromStdString(sentence->source);
+    const auto& sentence = *transcript_->rows().sentenceTiming(sentences->first);
+    const QString text = QString::fromStdString(sentence.source);
+    const QModelIndex index = detail_.rows()->index(row);
+    if (detail_.rows()->data(index, HistoryTranscriptModel::SourceRole).toString() != text) {
+        // The row has it in other words.
+        loadIfNeeded();
+        return transcript_->playFrom({0, 0, sentence.start});
+    }
     const auto offset = static_cast<std::size_t>(text.left(character).toUtf8().size());
-    for (const SentenceToken& token : transcript_->rows().tokens(static_cast<std::size_t>(row))) {
+    for (const SentenceToken& token : transcript_->rows().tokens(sentences->first)) {
         if (offset < token.offset || offset >= token.offset + token.length)
             continue;
         loadIfNeeded();
@@ -165,9 +193,13 @@ void HistoryPlaybackModel::playWord(int row, int character) {
 }
 
 void HistoryPlaybackModel::focusRow(int row) {
+    if (!isAvailable() || row < 0)
+        return;
     loadIfNeeded();
-    if (isAvailable() && row >= 0)
-        transcript_->focus(static_cast<std::size_t>(row));
+    if (const auto sentences = detail_.rows()->sentencesOf(row))
+        transcript_->focus(sentences->first);
+    else
+        markRow(row);
 }
 
 void HistoryPlaybackModel::stepSentence(int direction) {

@@ -9,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 #include <optional>
+#include <string>
 
 namespace tessarune {
 
@@ -39,7 +40,7 @@ class HistoryPlaybackModel final : public QObject {
     bool isPlaying() const { return player() && *player()->isPlaying; }
     bool repeats() const { return player() && *player()->repeatsBoundedPlayback; }
     QString problem() const;
-    double position() const { return player() ? *player()->currentTime : 0; }
+    double position() const;
     QString positionText() const;
     double duration() const;
     QString durationText() const;
@@ -52,7 +53,7 @@ class HistoryPlaybackModel final : public QObject {
     Q_INVOKABLE void pause();
     Q_INVOKABLE void seek(double seconds);
     Q_INVOKABLE void skip(double seconds) { seek(position() + seconds); }
-    /// Hears just this row's sentence.
+    /// Hears just what is read in this row.
     Q_INVOKABLE void playRow(int row);
     /// Goes on from the word at this character of the row's text.
     Q_INVOKABLE void playWord(int row, int character);
@@ -77,6 +78,7 @@ class HistoryPlaybackModel final : public QObject {
     void loadIfNeeded();
     void showRows();
     void moved();
+    void markRow(std::optional<int> untimed);
 
     const HistoryWindowEnvironment& environment_;
     HistoryDetailModel& detail_;
@@ -84,6 +86,8 @@ class HistoryPlaybackModel final : public QObject {
     std::shared_ptr<void> watch_; ///< of the environment, over the transcript
     std::optional<UUID> chosen_;
     bool isLoaded_ = false; ///< the player has the chosen recording
+    std::string loadedPath_;
+    std::optional<int> untimedRow_; ///< that the user chose, until something else is marked
     QString shownPosition_;
     Observations observations_;
 };

@@ -21,6 +21,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -58,9 +59,11 @@ struct HistoryWindowEnvironment {
     std::shared_ptr<AudioPlayer> player = nullptr;       ///< null: nothing can be heard
     /// Null: no word can be heard.
     std::shared_ptr<HistoryPronunciationAudioPlayer> pronunciation = nullptr;
-    /// The text so far of the session that is being recorded; null if there is none.
+    /// What was said so far in the running session; null: there is none.
     const Published<std::string>* liveText = nullptr;
-    /// Watches a playback as long as the returned object lives; absent if nobody watches.
+    /// The recording of which that is the text.
+    std::function<std::optional<UUID>()> liveRecording = [] { return std::nullopt; };
+    /// Watches a playback for as long as it returns is kept; absent: nobody does.
     std::function<std::shared_ptr<void>(TranscriptPlayback&)> watchPlayback = {};
 };
 

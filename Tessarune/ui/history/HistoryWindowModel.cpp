@@ -16,6 +16,7 @@ constexpr int messageMS = 8000;
 
 HistoryWindowModel::HistoryWindowModel(const HistoryWindowEnvironment& environment)
     : environment_(environment),
+      queue_(environment.host.serialQueue("Tessarune.history.changes", QueuePriority::standard)),
       list_(environment_),
       detail_(environment_),
       exports_(environment_, detail_, [this](const std::string& message) { tell(message); }),
@@ -29,6 +30,10 @@ HistoryWindowModel::HistoryWindowModel(const HistoryWindowEnvironment& environme
       vocabulary_(*environment_.vocabulary, card_),
       usage_(environment_) {
     connect(&list_, &HistoryListModel::updated, this, &HistoryWindowModel::listUpdated);
+    observations_.follow(environment_.vocabulary->problem(), [this] {
+        if (const std::string& problem = *environment_.vocabulary->problem(); !problem.empty())
+            tell(localized("单词标记无法保存：%@", {problem}));
+    });
     messageTimer_.setInterval(messageMS);
     messageTimer_.setSingleShot(true);
     connect(&messageTimer_, &QTimer::timeout, this, &HistoryWindowModel::dismissMessage);
@@ -41,7 +46,10 @@ HistoryWindowModel::HistoryWindowModel(const HistoryWindowEnvironment& environme
 }
 
 HistoryWindowModel::~HistoryWindowModel() {
-    finishDeletion();
+    queue_->sync([this] {
+        if (deleted_)
+            environment_.catalog.deleteRecording(*deleted_);
+    });
 }
 
 void HistoryWindowModel::listUpdated() {
@@ -105,7 +113,7 @@ void HistoryWindowModel::tell(const std::string& message) {
 void HistoryWindowModel::dismissMessage() {
     messageTimer_.stop();
     message_.clear();
-    finishDeletion(); // may have something to say
+    finishDeletion();
     Q_EMIT messageChanged();
 }
 
@@ -124,8 +132,7 @@ void HistoryWindowModel::deleteCurrent() {
         tell(localized("正在录音，停止后才能删除。"));
         return;
     }
-    if (!finishDeletion())
-        return; // one thing at a time is told
+    finishDeletion();
     const UUID id = recording->id;
     const std::string title =
         recording->note.empty() ? recording->date + " " + recording->time : recording->note;
@@ -143,16 +150,27 @@ void HistoryWindowModel::undo() {
     dismissMessage();
 }
 
-/// It stays hidden until the catalog reports that it is gone.
-bool HistoryWindowModel::finishDeletion() {
+/// It stays hidden: the catalog says soon enough that it is gone.
+void HistoryWindowModel::finishDeletion() {
     if (!deleted_)
-        return true;
+        return;
     const UUID id = *std::exchange(deleted_, std::nullopt);
-    if (environment_.catalog.deleteRecording(id))
-        return true;
-    list_.setHidden(id, false);
-    tell(localized("录音无法删除。"));
-    return false;
+    const auto failed = [id](HistoryWindowModel& model) {
+        model.list_.setHidden(id, false);
+        model.tell(localized("录音无法删除。"));
+    };
+    change([&catalog = environment_.catalog, id] { return catalog.deleteRecording(id); }, failed);
+}
+
+/// The catalog is written as a whole, which takes a while if it is long. What is asked for here is
+/// done, also if the window closes now.
+void HistoryWindowModel::change(std::function<bool()> step,
+                                std::function<void(HistoryWindowModel&)> failed) {
+    queue_->async([&host = environment_.host, step = std::move(step),
+                   told = lifeline_.calling(std::move(failed))] {
+        if (!step())
+            host.post(told);
+    });
 }
 
 void HistoryWindowModel::setNote(const QString& note) {
@@ -160,8 +178,9 @@ void HistoryWindowModel::setNote(const QString& note) {
     const std::string text = note.trimmed().toStdString();
     if (!recording || recording->note == text || !mayChange())
         return;
-    if (!environment_.catalog.setNote(text, recording->id))
-        tell(localized("备注无法保存。"));
+    change([&catalog = environment_.catalog, text,
+            id = recording->id] { return catalog.setNote(text, id); },
+           [](HistoryWindowModel& model) { model.tell(localized("备注无法保存。")); });
 }
 
 void HistoryWindowModel::copy(bool withTranslation) {

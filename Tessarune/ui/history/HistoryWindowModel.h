@@ -13,11 +13,14 @@
 #include "Tessarune/ui/history/UsageModel.h"
 #include "Tessarune/ui/history/VocabularyModel.h"
 #include "Tessarune/ui/history/WordCardModel.h"
+#include "TessaruneCore/observation/Observations.h"
 
 #include <QObject>
 #include <QString>
 #include <QTimer>
 #include <QVariantMap>
+#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 
@@ -113,9 +116,12 @@ class HistoryWindowModel final : public QObject {
     void setPage(Page page);
     void tell(const std::string& message);
     bool mayChange();
+    void finishDeletion();
+    void change(std::function<bool()> step, std::function<void(HistoryWindowModel&)> failed);
     void listUpdated();
 
     const HistoryWindowEnvironment& environment_;
+    const std::shared_ptr<SerialQueue> queue_; ///< changes of the catalog
     HistoryListModel list_;
     HistoryDetailModel detail_;
     HistoryExportModel exports_;
@@ -135,6 +141,7 @@ class HistoryWindowModel final : public QObject {
     std::optional<UUID> deleted_; ///< not listed any more, and still there
     QTimer messageTimer_;
     NotificationCenter::Observation selection_;
+    Observations observations_;
     const Lifeline<HistoryWindowModel> lifeline_{*this};
 };
 

@@ -36,8 +36,8 @@ void WordListModel::update() {
 }
 
 void WordListModel::choose(int row) {
-    if (const ListedWord* const word = at(row))
-        card_.show(word->word);
+    const ListedWord* const word = at(row);
+    card_.show(word ? word->word : std::string());
 }
 
 void WordListModel::toggleKnown(int row) {

@@ -62,6 +62,7 @@ class WordListModel : public ListedRows<ListedWord> {
     virtual QString emptyTitle() const = 0;
     virtual QString emptyText() const = 0;
 
+    /// Shows the word on the card, which closes for no row.
     Q_INVOKABLE void choose(int row);
     Q_INVOKABLE void toggleKnown(int row);
     Q_INVOKABLE void toggleFavorite(int row);

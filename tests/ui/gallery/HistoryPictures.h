@@ -92,6 +92,11 @@ inline void openUsage(StagedHistory& history) {
 
 inline const HistoryPicture historyPictures[] = {
     {"bilingual", fillHistory, [](auto& h) { choose(h, 1); }},
+    {"playing", fillHistory,
+     [](auto& h) {
+         choose(h, 1);
+         modelOf(h).playback()->playRow(2);
+     }},
     {"source", fillHistory,
      [](auto& h) {
          choose(h, 3);

@@ -36,11 +36,19 @@ Item {
                 id: title
 
                 anchors { left: parent.left; right: tools.left; rightMargin: Theme.gap; verticalCenter: parent.verticalCenter }
-                text: root.detail.title + "   " + root.detail.duration
+                // What is left out, the list beside it shows.
+                readonly property var forms: [root.detail.title + "   " + root.detail.duration, root.detail.title, root.detail.title.slice(-5)]
+                text: forms.find(form => measure.advanceWidth(form) <= width) ?? forms[2]
                 wrapMode: Text.NoWrap
                 elide: Text.ElideRight
                 font.pixelSize: Theme.heading
                 font.weight: Font.Medium
+            }
+
+            FontMetrics {
+                id: measure
+
+                font: title.font
             }
 
             Row {
@@ -189,7 +197,7 @@ Item {
         visible: root.detail.isShown && root.showsWords
         model: root.model
         hasPlaces: transcript.visible
-        onPlaceWanted: row => transcript.showRow(row)
+        onPlaceWanted: sentence => transcript.showSentence(sentence)
         onVisibleChanged: if (visible) forceActiveFocus(Qt.TabFocusReason)
         Keys.onEscapePressed: {
             root.model.words.isOpen = false;

@@ -113,6 +113,7 @@ Window {
             anchors.fill: parent
             active: window.model.showsVocabulary
             sourceComponent: VocabularyPage {
+                objectName: "vocabulary"
                 model: window.model
                 Component.onCompleted: forceActiveFocus(Qt.TabFocusReason)
             }

@@ -13,7 +13,8 @@ FocusScope {
     required property var texts
     required property real margin
 
-    function showRow(row: int) {
+    function showSentence(sentence: int) {
+        const row = root.detail.rows.nearestRow(sentence);
         list.currentIndex = row;
         list.positionViewAtIndex(row, ListView.Center);
         root.playback.focusRow(row);

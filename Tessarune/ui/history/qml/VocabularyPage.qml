@@ -65,7 +65,7 @@ FocusScope {
             }
             ChoiceBox {
                 objectName: "dictionary"
-                width: Math.round(Theme.body * 14)
+                width: Math.round(Theme.body * 17)
                 name: root.model.texts.dictionary
                 model: root.model.card.dictionaries
                 currentIndex: root.model.card.dictionary

@@ -43,7 +43,7 @@ FocusScope {
             id: kinds
 
             objectName: "wordKind"
-            width: Math.round(Theme.body * 10)
+            width: Math.round(Theme.body * (root.width < Theme.body * 30 ? 8.5 : 10))
             name: root.texts.which
             model: root.words.kinds
             currentIndex: root.words.kind
@@ -66,7 +66,21 @@ FocusScope {
         currentIndex: -1
         Accessible.role: Accessible.List
         Accessible.name: root.texts.wordList
+        // The card shows the marked word, whatever else the list shows by now.
         onCurrentIndexChanged: root.words.choose(currentIndex)
+        readonly property string filter: root.words.kind + " " + root.words.query
+        onFilterChanged: {
+            currentIndex = -1;
+            positionViewAtBeginning();
+        }
+
+        Connections {
+            target: root.words
+            function onChanged() {
+                if (list.currentIndex >= 0)
+                    root.words.choose(list.currentIndex);
+            }
+        }
         onActiveFocusChanged: if (activeFocus && currentIndex < 0) currentIndex = 0
         Keys.onPressed: event => {
             if (event.key === Qt.Key_K)
@@ -210,8 +224,8 @@ FocusScope {
         hasPlaces: root.hasPlaces
         onPlaceWanted: root.placeWanted(root.card.word)
         onClosed: {
-            list.currentIndex = -1;
             list.forceActiveFocus();
+            list.currentIndex = -1;
         }
     }
 }

@@ -8,7 +8,7 @@ FocusScope {
 
     required property HistoryWindowModel model
     property bool hasPlaces: true
-    signal placeWanted(int row)
+    signal placeWanted(int sentence)
 
     Rectangle {
         width: 1
