@@ -67,7 +67,8 @@ Table captions() {
           {"sessionGeneration", "tells a late result from a current one"}}},
         {"liveCaptionEvents",
          {clockTime,
-          {"event", "\"diagnostics.start\", \"frame.refresh\", \"setting\", \"softCaption\", "
+          {"event",
+           "\"diagnostics.start\", \"frame.refresh\", \"setting\", \"softCaption\", "
            "\"liveCaption.stopSnapshot\", or \"follow.\" and what the list of captions did to "
            "stay at its newest line"},
           reason,

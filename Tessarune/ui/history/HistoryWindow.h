@@ -22,7 +22,7 @@ class HistoryWindow {
     /// left.
     void show(const std::string& recording = {});
     /// A deletion can be undone for some seconds; this ends them.
-    void finishPending() { model_.finishDeletion(); }
+    void finishPending() { model_.finishPending(); }
     QQuickWindow& window() { return *window_; }
     HistoryWindowModel& model() { return model_; }
 

@@ -150,7 +150,7 @@ void HistoryWindowModel::undo() {
     dismissMessage();
 }
 
-/// It stays hidden: the catalog says soon enough that it is gone.
+/// It stays hidden until the catalog reports that it is gone.
 void HistoryWindowModel::finishDeletion() {
     if (!deleted_)
         return;
@@ -160,6 +160,11 @@ void HistoryWindowModel::finishDeletion() {
         model.tell(localized("录音无法删除。"));
     };
     change([&catalog = environment_.catalog, id] { return catalog.deleteRecording(id); }, failed);
+}
+
+void HistoryWindowModel::finishPending() {
+    finishDeletion();
+    queue_->sync([] {});
 }
 
 /// The catalog is written as a whole, which takes a while if it is long. What is asked for here is

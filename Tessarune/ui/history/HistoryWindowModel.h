@@ -99,9 +99,8 @@ class HistoryWindowModel final : public QObject {
 
     /// Chooses a recording as soon as it is listed.
     void select(const UUID& id);
-    /// Deletes what the user has deleted and can still undo. False: it could not be deleted, which
-    /// is told.
-    bool finishDeletion();
+    /// Deletes what the user has deleted and can still undo, and waits for it.
+    void finishPending();
 
   Q_SIGNALS:
     void pageChanged();
