@@ -4,7 +4,6 @@
 #include "Tessarune/platform/qt-host/QtHost.h"
 #include "Tessarune/ui/history/HistoryWindow.h"
 #include "TessaruneCore/host/SimulatedHost.h"
-#include "tests/simulation/MemoryDefaults.h"
 #include "tests/simulation/ScriptedAudioConverter.h"
 #include "tests/simulation/ScriptedSoundServer.h"
 #include "tests/simulation/ScriptedSpeechEngine.h"
