@@ -23,7 +23,7 @@ void collectSizes(FileSystem& files, const std::filesystem::path& directory,
     } catch (const std::system_error&) { // counts as empty
     }
     for (const std::string& entry : entries) {
-        const std::string path = below.empty() ? entry : below + '/' + entry;
+        const std::string path = (std::filesystem::path(below) / entry).string();
         try {
             if (files.isDirectory(directory / path))
                 collectSizes(files, directory, path, sizes);

@@ -126,10 +126,13 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
         const auto recording = catalog_.recording(request.recording.id);
         if (recording)
             from = recording->filePath;
-        if (recording && isOurM4A(*recording)) {
-            finishing(beside, [&] { copyAudio(from, beside); });
-            isCopied = true;
-        }
+        if (recording && isOurM4A(*recording))
+            finishing(beside, [&] {
+                // Whether another size is damage is for the decoder to say.
+                isCopied = files_.size(from) == static_cast<std::uint64_t>(recording->byteCount);
+                if (isCopied)
+                    copyAudio(from, beside);
+            });
     });
     try {
         if (!isCopied) {

@@ -278,6 +278,8 @@ TEST_F(HistoryExportTests, AudioIsWhatItsNameSaysAndNothingElseIsTouched) {
     HistoryItem uncompressed = item; // chosen before it was compressed
     uncompressed.filePath = "/data/Recordings/own.wav";
     EXPECT_EQ(exportedAudio(uncompressed), std::string(64044, 'x'));
+    disk.setContents(recording.filePath, "cut off");
+    EXPECT_EQ(exportedAudio(item), "encoded") << "what is damaged is not copied unseen";
 }
 
 } // namespace

@@ -35,6 +35,7 @@ void DesktopNotices::add(Topic topic, const std::string& text) {
 
 void DesktopNotices::publish() {
     std::vector<std::string> lines;
+    lines.reserve(notices_.size());
     for (const Notice& notice : notices_)
         lines.push_back(notice.text);
     const std::string text = Text::joined(lines, "\n");
