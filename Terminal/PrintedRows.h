@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// How far an output has come with the committed rows. A session empties the list when its
-/// recogniser changes: what stands there afterwards is new. Main queue.
+/// Counts the committed rows that an output has printed. A session empties its list when the
+/// recogniser changes; the count then starts again at 0. Main queue.
 class PrintedRows {
   public:
     /// To be called with the rows of now before they are printed.

@@ -22,7 +22,7 @@ void checkModel(const Application& application);
 void prepareToRecord(Application& application, const CaptionsCommand& command,
                      const RunOutput& output);
 
-/// What the user is told of what a crash left, once it is in order.
+/// Messages about what was repaired after a crash, for the user.
 std::vector<std::string> repairTexts(const Application::Preparation& found);
 
 } // namespace tessarune::RunPreparation

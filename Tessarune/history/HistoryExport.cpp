@@ -122,7 +122,7 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
     std::filesystem::path from(request.recording.filePath.value_or(""));
     bool isCopied = false;
     co_await runOn(worker, [&] {
-        // Whoever chose it may have seen it before it was compressed.
+        // The recording may have been compressed since the user chose it.
         const auto recording = catalog_.recording(request.recording.id);
         if (recording)
             from = recording->filePath;

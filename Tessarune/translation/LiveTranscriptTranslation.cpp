@@ -14,7 +14,7 @@ namespace tessarune {
 
 namespace {
 
-/// Stands in before `attach` and after `shutDown`.
+/// The captions before `attach` and after `shutDown`: there are none.
 class Nobody final : public TranslatedCaptions {
   public:
     const std::vector<CaptionSegment>& committedSegments() const override { return none_; }

@@ -17,8 +17,7 @@ namespace {
 class FilterLibraries : public ::testing::Environment {
     void SetUp() override {
         const __lsan::ScopedDisabler theirs;
-        const std::string name =
-            "libavfilter.so." + std::to_string(LIBAVFILTER_VERSION_MAJOR);
+        const std::string name = "libavfilter.so." + std::to_string(LIBAVFILTER_VERSION_MAJOR);
         ASSERT_NE(dlopen(name.c_str(), RTLD_LAZY | RTLD_LOCAL), nullptr);
     }
 };

@@ -12,9 +12,9 @@ namespace tessarune {
 /// The words of the line that is being spoken: which of them are shown, and which are settled and
 /// never change again. Pure; one thread.
 ///
-/// The engine guesses the whole line anew at each pass, and no two guesses are quite the same. New
-/// words are shown once two passes in a row have them, and a shown word stays until two passes
-/// agree on another one; the words after it are unaffected.
+/// The engine recognises the whole line again at each pass, and its results differ. New words are
+/// shown once two passes in a row have them, and a shown word stays until two passes agree on
+/// another one; the words after it are unaffected.
 ///
 /// The front of a long line is settled before its end: at the end of a sentence, later at the end
 /// of a clause, and later still anywhere. Only a text that contains all shown words is settled, so

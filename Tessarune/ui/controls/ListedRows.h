@@ -25,9 +25,9 @@ class ListedRows : public QAbstractListModel {
         return row >= 0 && row < count() ? &rows_[static_cast<std::size_t>(row)] : nullptr;
     }
 
-    /// Rows before the first and behind the last difference stay; those of them that are no longer
-    /// equal are announced as changed. `isSame` compares identities. Returns true if rows were
-    /// added or removed.
+    /// Replaces the rows between the first and the last difference in identity, which `isSame`
+    /// compares. Announces the kept rows whose content differs as changed. Returns true if rows
+    /// were added or removed.
     template <typename IsSame>
     bool show(std::vector<Row> now, IsSame isSame) {
         const auto first =

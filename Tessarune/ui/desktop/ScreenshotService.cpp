@@ -1,5 +1,6 @@
 #include "Tessarune/ui/desktop/ScreenshotService.h"
 
+#include "Tessarune/diagnostics/DiagnosticsRunFiles.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <QBuffer>
@@ -18,7 +19,8 @@ constexpr std::int64_t shortestIntervalMS = 250; // taking one costs some millis
 /// A run may be deleted at any time, with its recording; then no picture may bring it back.
 void write(FileSystem& files, const std::filesystem::path& run, const std::string& name,
            const QImage& picture) {
-    const std::filesystem::path settings = run / "settings.json";
+    const std::filesystem::path settings =
+        DiagnosticsRunFiles(files, run, {}, true).path("settings");
     if (!files.exists(settings))
         return;
     QBuffer buffer;

@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// Settings as rows of a pane or of a search result. A row always shows the current value, whoever
-/// changed it. Main thread; host and settings outlive it.
+/// Lists settings for a pane or a search result. A row shows the current value, also after another
+/// pane or program has changed it. Main thread; host and settings outlive it.
 class SettingRowsModel final : public QAbstractListModel {
     Q_OBJECT
 
