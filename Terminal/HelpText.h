@@ -8,7 +8,7 @@ class App;
 
 namespace tessarune {
 
-/// What --help prints: the options in their groups and examples, on 80 columns, in the user's
+/// The text of --help: the grouped options and examples, in 80 columns and in the user's
 /// language.
 std::string helpText(const CLI::App& app);
 

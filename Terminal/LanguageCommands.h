@@ -11,7 +11,7 @@ namespace tessarune {
 Task<int> listLanguages(Program& program, const TerminalOptions& options);
 Task<int> downloadLanguage(Program& program, const TerminalOptions& options, std::string id);
 Task<int> removeLanguage(Program& program, std::string id);
-/// Downloads a missing language first, then translates a sample.
+/// Downloads a missing or damaged language first, then translates a sample.
 Task<int> testTranslation(Program& program, const TerminalOptions& options, std::string target);
 
 } // namespace tessarune

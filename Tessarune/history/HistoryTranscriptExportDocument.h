@@ -9,11 +9,11 @@
 
 namespace tessarune {
 
-/// Which of a recording's texts an export holds.
+/// Which of a recording's texts an export contains.
 enum class HistoryTranscriptExportContent {
     source,
     bilingual,
-    translation ///< of the bilingual text; for subtitles and plain text
+    translation ///< the translations of the bilingual text; for subtitles and plain text
 };
 
 /// An exported transcript, independent of the format. A plain value; its functions are pure.
@@ -24,7 +24,7 @@ struct HistoryTranscriptExportDocument {
     struct TranscriptRow {
         std::string source;
         std::string translation;
-        std::optional<std::size_t> sentence; ///< index into the timings; absent: no time
+        std::optional<std::size_t> sentence; ///< index into `sentenceTimings`; `nullopt`: no time
 
         bool operator==(const TranscriptRow&) const = default;
     };
@@ -34,11 +34,11 @@ struct HistoryTranscriptExportDocument {
     Content content = Content::source;
     /// The recording's source text, or for the other contents its bilingual text.
     std::string text;
-    /// In the order of time, one per row of a source text; may be shorter than the rows.
+    /// In the order of time. A source text has one per row, or fewer.
     std::vector<HistoryWordTimeline::Sentence> sentenceTimings;
 
     std::vector<TranscriptRow> transcriptRows() const;
-    /// When a row begins, "04:05"; nothing where that is not known.
+    /// The start time of a row, such as "04:05"; `nullopt` if it is unknown.
     std::optional<std::string> timeOf(const TranscriptRow& row) const;
 
     /// A self-contained page.

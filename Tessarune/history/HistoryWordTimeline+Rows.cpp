@@ -10,12 +10,12 @@ namespace tessarune {
 
 namespace {
 
-/// Source and bilingual texts differ in white space.
+/// The text without white space, in which source and bilingual texts differ.
 std::string comparableText(std::string_view text) {
     return Text::canonical(Text::joined(Text::splitOnWhiteSpace(text), ""));
 }
 
-/// The index of each text that occurs exactly once; texts that repeat have none.
+/// The index of each text; `nullopt` for empty texts and for those that occur more than once.
 std::unordered_map<std::string_view, std::optional<std::size_t>>
 placesOf(const std::vector<std::string>& texts) {
     std::unordered_map<std::string_view, std::optional<std::size_t>> places;
@@ -29,9 +29,9 @@ placesOf(const std::vector<std::string>& texts) {
 
 using Pair = std::pair<std::size_t, std::size_t>; // a row and its sentence
 
-/// The largest set of pairs that do not cross each other.
+/// The largest set of pairs whose rows and sentences are in the same order.
 std::vector<Pair> uncrossed(const std::vector<Pair>& pairs) {
-    std::vector<std::size_t> lasts; // of the best chain of each length, the pair at its end
+    std::vector<std::size_t> lasts; // the last pair of the best chain of each length
     std::vector<std::optional<std::size_t>> before(pairs.size());
     for (std::size_t i = 0; i < pairs.size(); ++i) {
         const auto place = std::ranges::lower_bound(
@@ -73,7 +73,7 @@ class RowMatch {
         }
         const bool isAny = std::ranges::any_of(found_, [](const auto& each) { return !!each; });
         const std::size_t both = std::min(rows_.size(), sentences_.size());
-        if (!isAny) // the two sides say nothing about each other
+        if (!isAny) // no text matches: pair in order
             fillBetween({0, 0}, {both, both});
         return std::move(found_);
     }
@@ -97,7 +97,7 @@ class RowMatch {
     }
 
     void fillBetween(Pair from, Pair to) {
-        // An equal number on both sides: the same sentences in other words.
+        // An equal number on both sides: the same sentences, differently worded.
         const bool isEven = to.first - from.first == to.second - from.second;
         const auto isLeft = [&] { return from.first < to.first && from.second < to.second; };
         for (; isLeft() && (isEven || agrees(from.first, from.second)); ++from.first, ++from.second)

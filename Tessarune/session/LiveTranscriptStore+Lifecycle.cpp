@@ -45,8 +45,8 @@ void LiveTranscriptStore::toggleListening(const LiveSessionControlTrigger& trigg
 }
 
 void LiveTranscriptStore::startListening(const LiveSessionControlTrigger& trigger) {
-    // A late start can have reset the phase to idle during the stop: two sessions must never share
-    // the recorder and the texts that are being saved.
+    // A late start may have reset the phase to idle during the stop, but two sessions must never
+    // share the recorder and the texts that are being saved.
     if (*view_.sessionPhase == LiveSessionPhase::stopping || stop_.isFinalizing()) {
         const std::string event = "listen.start.ignoredWhileStopping";
         log_.milestone(event, trigger.logFields(), Importance::important);
@@ -197,7 +197,7 @@ void LiveTranscriptStore::finishDiagnosticsSnapshot() {
     log_.event("diagnostics.finish.request", fields);
     const auto& id = recordingTracker_.currentID();
     if (id && environment_.catalog.wasDeleted(*id)) {
-        diagnostics.discardCurrentRun(); // a deletion by the user leaves no words behind
+        diagnostics.discardCurrentRun(); // the run of a deleted recording contains its words
     } else {
         diagnostics.finish({texts_.savedTexts(), mergedLivePerfStats(), recording});
     }
@@ -295,10 +295,10 @@ Task<void> LiveTranscriptStore::runSwap(WeakSelf weak, std::uint64_t session, bo
     } catch (...) {
         failure = std::current_exception();
     }
-    // The next session has a run of its own.
+    // A newer session has its own run.
     if (session != self->startNumber_)
         co_return;
-    // The session continues with or without a recogniser, and so does its diagnosis.
+    // The session continues even without a recogniser, and so do its diagnostics.
     if (hadRun && *self->view_.isListening) {
         self->startDiagnostics(*self->view_.selectedSource);
         self->environment_.diagnostics->noteRecording(self->recordingTracker_.currentAsBegun());

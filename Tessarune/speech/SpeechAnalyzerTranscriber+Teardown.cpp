@@ -75,7 +75,7 @@ Task<void> SpeechAnalyzerTranscriber::drainSession(Self self) {
     self->finishDrainSession(generation);
 }
 
-/// The generation stays, so that the remaining results are delivered.
+/// Keeps the generation, so that the remaining results are delivered.
 SpeechAnalyzerTranscriber::SessionTeardown SpeechAnalyzerTranscriber::beginDrainSession() {
     SessionTeardown session;
     const MutexLock lock(stateLock_);
@@ -94,7 +94,7 @@ Task<void> SpeechAnalyzerTranscriber::finishInput(SessionTeardown session,
         Task<void> finishing = session.analyzer->finalizeAndFinishThroughEndOfInput();
         co_await finishing;
     } catch (const std::exception&) {
-        // Sound that the engine could not finish is lost; the results task reports it if possible.
+        // The remaining sound is lost; the results task reports the failure if it can.
     }
     if (session.resultsTask) {
         const OneShot<bool> finished = session.resultsTask->finished();

@@ -20,20 +20,20 @@ class SpeechFileAnalyzer {
   public:
     virtual ~SpeechFileAnalyzer() = default;
 
-    /// The format to give.
+    /// The format that `analyze` expects.
     virtual AudioFormat audioFormat() const = 0;
 
-    /// The maximum delay of its times behind the sound, in seconds. They are never early.
+    /// By how many seconds the reported times may lag behind the sound. They are never early.
     virtual double mostLateness() const = 0;
 
     /// Loads the model and returns its name.
     virtual Task<std::string> prepare() = 0;
 
-    /// Takes the next sound, and returns the results that it completes. A stop request ends the
-    /// work soon, within the block.
+    /// Analyzes the next sound and returns the results that it completes. A stop request ends the
+    /// call before the end of the block.
     virtual Task<std::vector<SpeechResult>> analyze(AudioBufferPtr block, std::stop_token stop) = 0;
 
-    /// The recording has ended: the remaining results.
+    /// Ends the recording and returns the remaining results.
     virtual Task<std::vector<SpeechResult>> finish() = 0;
 };
 

@@ -12,16 +12,16 @@
 
 namespace tessarune {
 
-/// The translator over the offline translation service: one session per language pair, and a record
-/// of which pairs are ready. Every failure of the service becomes a `TranslatorError`.
+/// A translator that uses the offline translation service: one session per language pair, and a
+/// record of the pairs that are ready. Every failure of the service becomes a `TranslatorError`.
 ///
-/// Callable from any thread: the state is touched only on the translator's own queue, and the code
-/// between two suspensions runs as one step. Operations resume on the executor given at
+/// Callable from any thread: the state is accessed only on the translator's own queue, and the code
+/// between two suspensions runs without interruption. Operations resume on the executor given at
 /// construction.
 class AppleTranslator final : public Translator {
   public:
-    /// Whether preparing a pair may use the network. A session sends nothing without the user's
-    /// request: a pair that is not ready fails with the service's reason.
+    /// Whether preparing a pair may use the network. Live sessions use `never`: preparing a pair
+    /// that is not ready then fails with the service's reason.
     enum class Downloads { allowed, never };
 
     AppleTranslator(Host& host, std::shared_ptr<TranslationService> service, Executor caller,
@@ -56,7 +56,7 @@ class AppleTranslator final : public Translator {
     Executor caller_;
     const Downloads downloads_;
 
-    // One entry a pair key.
+    // One entry per pair key.
     std::map<std::string, std::shared_ptr<TranslationSession>> sessions_;
     std::set<std::string> preparedPairs_;
     std::map<std::string, TranslationAvailabilityStatus> availabilityCache_;

@@ -13,7 +13,7 @@ namespace tessarune {
 class LiveTranscriptTranslation;
 
 /// Translates a text that is not committed yet, as a preview. A preview is disposable: a late
-/// answer is dropped, a failure is only logged. Main queue.
+/// answer is dropped, and a failure is only recorded for diagnosis. Main queue.
 namespace GhostTranslationCandidateProcessor {
 
 Task<void> process(std::shared_ptr<LiveTranscriptTranslation> translation, std::string candidate,

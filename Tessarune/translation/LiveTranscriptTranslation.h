@@ -16,8 +16,8 @@
 namespace tessarune {
 
 /// The translation half of a live session: starts runs of committed translations and previews,
-/// prepares language pairs, writes outcomes into the caption rows, and reports its progress. A
-/// change of target or backend takes effect wherever the setting is changed.
+/// prepares language pairs, writes outcomes into the caption rows, and reports its progress. It
+/// observes the target and backend settings, so a change from anywhere takes effect.
 ///
 /// Main queue, for the life of the process. Made with `std::make_shared`: tasks that still wait for
 /// the translator keep it alive.
@@ -27,8 +27,8 @@ class LiveTranscriptTranslation final
   public:
     explicit LiveTranscriptTranslation(LiveTranslationRuntime::Environment environment);
 
-    /// Uses this computer's translator, or none if it is null; never downloads. The references must
-    /// outlive any call that still hangs in the service.
+    /// Translates with `service`, or not at all if it is null; never downloads. The references must
+    /// outlive every call to the service, even one that hangs.
     static std::shared_ptr<LiveTranscriptTranslation>
     make(Host& host, AppSettings& settings, TessaruneFileLogger& logger,
          const std::shared_ptr<TranslationService>& service);
@@ -37,7 +37,7 @@ class LiveTranscriptTranslation final
     bool isCommittedTranslating() const override { return runtime_->hasCommittedTask(); }
     bool isGhostTranslating() const { return runtime_->hasGhostTask(); }
 
-    // The session's life; see SessionTranslation
+    // The session's lifecycle; see SessionTranslation
 
     void attach(TranslatedCaptions& captions) override;
     void resetForNewSession() override;
@@ -72,9 +72,9 @@ class LiveTranscriptTranslation final
                                           const std::string& error, double startedAt,
                                           CommittedTranslationFailureAction action,
                                           const TranslationAttemptDiagnostics& diagnostics);
-    /// The pair must be prepared first; the unit stays pending.
+    /// Reports that the pair must be prepared first; the unit stays pending.
     void reportLanguagePreparation(const std::string& source, const std::string& target);
-    /// The pair could not be recovered, and the user can act on it.
+    /// Reports that the pair could not be recovered, so that the user can act.
     void surfaceTranslationRecoveryFailure(const std::string& message);
     void setGhostTranslationText(const std::string& text);
     bool keepsTextsForDiagnosis() const { return captions_->keepsTextsForDiagnosis(); }
@@ -115,7 +115,7 @@ class LiveTranscriptTranslation final
 
     const std::shared_ptr<LiveTranslationRuntime> runtime_;
     AppSettings& settings_;
-    TranslatedCaptions* captions_; ///< nobody's before `attach` and after `shutDown`
+    TranslatedCaptions* captions_; ///< a null object before `attach` and after `shutDown`
     LiveTranslationSettingsSnapshot applied_;
     std::optional<Published<std::string>::Token> targetObserver_;
     std::optional<Published<std::string>::Token> backendObserver_;

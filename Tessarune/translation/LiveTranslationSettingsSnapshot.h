@@ -31,7 +31,7 @@ struct TranslationRunContext {
 
     bool operator==(const TranslationRunContext&) const = default;
 
-    /// From the default source language.
+    /// The context for a translation from the default source language into `target`.
     static TranslationRunContext forTarget(std::string target) {
         const std::string source(TranslationSupport::defaultSourceLanguage);
         const bool passThrough = TranslationSupport::isSameLanguageTarget(target, source);

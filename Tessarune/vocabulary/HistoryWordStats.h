@@ -10,7 +10,7 @@
 
 namespace tessarune {
 
-/// The code of the language that most of a text is in ("en"); `nullopt` if that is uncertain. Any
+/// Returns the code ("en") of a text's main language; `nullopt` if that is uncertain. Any
 /// thread.
 using DominantLanguage = std::function<std::optional<std::string>(std::string_view text)>;
 
@@ -42,7 +42,7 @@ struct HistoryWordStats {
         double share = 0;
         std::vector<int> sentenceIndices;
         std::vector<Occurrence> occurrences;
-        std::vector<TokenEntry> forms; ///< as they stand for this lemma; ranked among themselves
+        std::vector<TokenEntry> forms; ///< the forms of this lemma, ranked among themselves
 
         bool operator==(const VocabularyEntry&) const = default;
     };
@@ -59,8 +59,8 @@ struct HistoryWordStats {
 
     bool operator==(const HistoryWordStats&) const = default;
 
-    /// Counts a transcript that has one sentence a line. A `sentenceCount` of 0 stands for the
-    /// number of lines. Lemmas are English: a text in another language is counted as it stands.
+    /// Counts a transcript that has one sentence per line. If `sentenceCount` is 0, the number of
+    /// non-empty lines is used. Lemmas are English: in another language a token is its own lemma.
     /// Any thread; takes one or two seconds for eight hours of speech.
     static HistoryWordStats build(std::string_view sourceText, int sentenceCount,
                                   std::optional<double> durationSeconds, Lexicon& lexicon,

@@ -19,7 +19,7 @@ std::string reasonsOf(const BoundaryDecision& decision) {
     return Text::joined(values, ", ");
 }
 
-/// The newest text of the most settled kind that there is.
+/// The newest hard piece, or else the newest soft piece or leading sentence, or else the tail.
 std::string_view newestText(const BoundaryDecision& decision) {
     for (const auto* pieces : {&decision.hardPieces, &decision.softPieces, &decision.leading}) {
         if (!pieces->empty())

@@ -6,7 +6,7 @@
 
 namespace tessarune {
 
-/// How much diagnostic data a session leaves behind; raw values rise with verbosity.
+/// How much the program logs and records for diagnosis; raw values rise with verbosity.
 enum class DiagnosticsLevel { off = 0, core = 1, standard = 2, verbose = 3, trace = 4 };
 
 constexpr bool writesCoreSessionRun(DiagnosticsLevel level) {

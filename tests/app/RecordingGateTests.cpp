@@ -11,7 +11,7 @@
 namespace tessarune {
 namespace {
 
-/// A program with settings of its own over a data folder that it shares.
+/// A program with its own settings and a shared data folder.
 struct RecordingProgram {
     explicit RecordingProgram(const testing::TemporaryFolder& folder, const std::string& name)
         : paths(folder.path()),
@@ -34,7 +34,7 @@ TEST(RecordingGateTests, OneProgramRecordsAtATimeAndTheNextOnceItHasLeft) {
     RecordingProgram first(folder, "first");
     RecordingProgram second(folder, "second");
     EXPECT_TRUE(first.gate.mayRecord());
-    // A wish for recordings that comes later changes nothing as long as the other one is there.
+    // Enabling recording later changes nothing while the other program holds the folder.
     second.settings.recordWhileCaptioning = false;
     second.settings.recordWhileCaptioning = true;
     EXPECT_FALSE(second.gate.mayRecord());

@@ -6,7 +6,7 @@
 namespace tessarune {
 namespace {
 
-/// What the repairs say must reach a log that is open, and a recogniser is got ready last.
+/// The log opens before the repairs report to it, and the recogniser is prepared last.
 TEST(TessaruneStartupServicesTests, LogThenRepairsThenRecogniserAndNoRepairsOfAnothersFolder) {
     testing::Catalogued data;
     TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::verbose);

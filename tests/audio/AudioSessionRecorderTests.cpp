@@ -57,7 +57,7 @@ class AudioSessionRecorderTests : public ::testing::Test {
                                           static_cast<unsigned char>(bytes[at + 1]) << 8));
         return all;
     }
-    /// How much of a file that was loud throughout still is.
+    /// The bytes before the first silence in a file that was recorded without any.
     std::size_t loudBytes(const simulation::FaultyFileSystem& onDisk) const {
         const std::string bytes = onDisk.contentsOf(entries.back().filePath);
         std::size_t at = 44;
@@ -65,7 +65,7 @@ class AudioSessionRecorderTests : public ::testing::Test {
             at += 2;
         return at - 44;
     }
-    /// The events of the recorder, without their common beginning.
+    /// The names of the recorder's events, without their common prefix.
     std::string events() {
         logger.flush();
         std::string names;
@@ -77,7 +77,7 @@ class AudioSessionRecorderTests : public ::testing::Test {
 
     SimulatedHost host{1'760'011'200};
     simulation::FaultyFileSystem disk;
-    simulation::FaultyFileSystem files; // the log's own
+    simulation::FaultyFileSystem files; // for the log only
     TessaruneFileLogger logger{host, files, TessarunePaths{"/data"}};
     simulation::ScriptedAudioConverters converters;
     std::set<std::string> takenNames;
@@ -147,7 +147,7 @@ TEST_F(AudioSessionRecorderTests, ThreeWriteFailuresInARowEndTheRecordingAndNotT
     const std::string first = "录音写入失败";
     const std::string degraded = "录音写入持续失败，已保留目前已写入的录音。";
     const struct {
-        const char* writes; ///< "x" fails
+        const char* writes; ///< one character per write; "x" fails
         std::vector<std::string> told;
         std::size_t kept;
         const char* events;
@@ -257,7 +257,7 @@ TEST_F(AudioSessionRecorderTests, AnEarlierRecordingOfTheSameSecondStays) {
 }
 
 TEST_F(AudioSessionRecorderTests, ADiskThatHangsCostsAtMostWhatComesAfterSomeMinutes) {
-    constexpr std::size_t channels = 50; // much to keep, little to write
+    constexpr std::size_t channels = 50; // large in memory, small on disk
     constexpr std::size_t frames = 20'000;
     constexpr std::size_t blockBytes = frames * channels * sizeof(float);
     constexpr std::size_t room = AudioSessionRecorder::mostWaitingBytes / blockBytes;
@@ -275,9 +275,9 @@ TEST_F(AudioSessionRecorderTests, ADiskThatHangsCostsAtMostWhatComesAfterSomeMin
     hear(1);
     host.runUntilIdle();
     EXPECT_EQ(told.back(), "录音写入失败");
-    hear(room + 2); // and it is over before there is room again
+    hear(room + 2); // the recording ends before there is room again
     finish();
-    std::string blocks; // "x" for sound
+    std::string blocks; // one character per block; "x" is sound
     const auto sound = samples();
     for (std::size_t at = 0; at < sound.size(); at += frames)
         blocks += sound[at] == 0 ? '.' : 'x';

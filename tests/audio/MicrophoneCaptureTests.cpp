@@ -13,7 +13,7 @@ namespace {
 
 using testing::ScriptedSoundServer;
 
-/// Gives one frame for each two, and nothing for the very first buffer, as a filter that fills.
+/// Halves the rate, and returns nothing for the first buffer, like a filter that still fills.
 class HalvingConverter final : public AudioConverter {
   public:
     explicit HalvingConverter(AudioFormat from, AudioFormat to) : from_(from), to_(to) {}

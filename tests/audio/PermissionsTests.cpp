@@ -54,7 +54,7 @@ class PermissionsTests : public ::testing::Test {
                            "mic",
                            "speaker"});
     }
-    /// A desktop that knows speech permissions; the microphone is the sound server's business.
+    /// A desktop with speech permissions; the sound server decides about the microphone.
     SystemAuthorization system(System speech, bool answer) {
         SystemAuthorization made = SystemAuthorization::ofServer(host, server);
         made.speechStatus = [speech] { return speech; };
@@ -85,7 +85,7 @@ TEST_F(PermissionsTests, TheGatePassesOrSaysWhatIsRefused) {
     struct Step {
         const char* name;
         AudioSource source;
-        int serverStatus; // of opening a microphone; 0: it opens
+        int serverStatus; // when a microphone is opened; 0: success
         System speech;
         bool answer;
         std::string outcome;

@@ -34,10 +34,10 @@ class Listener final : public SystemAudioCaptureDelegate {
     }
 
     std::vector<AudioBufferPtr> buffers;
-    std::vector<std::pair<std::size_t, double>> levels; // after how many buffers
+    std::vector<std::pair<std::size_t, double>> levels; // with the number of buffers before each
     std::vector<double> silentAt;
     std::vector<CaptureEvent> events;
-    std::vector<std::size_t> eventsAfter; // after how many buffers
+    std::vector<std::size_t> eventsAfter; // the number of buffers before each event
 
   private:
     SimulatedHost& host_;
@@ -224,7 +224,7 @@ TEST_F(SystemAudioCaptureTests, FollowsTheDefaultOutputWithoutAHole) {
     EXPECT_EQ(server.openSources(), std::vector<std::string>{"b.monitor"});
     EXPECT_EQ(listener->events, (std::vector<CaptureEvent>{{Kind::deviceChanged, 0, "Output b"}}));
 
-    // There and back before the stream could be opened: nothing changes.
+    // The default changes and returns before the stream opens: nothing changes.
     server.setDevices(devices({"a", "b"}, "a"));
     host.advanceBy(0.1);
     server.setDevices(devices({"a", "b"}, "b"));
@@ -241,7 +241,7 @@ TEST_F(SystemAudioCaptureTests, GoesOnAfterWhateverTookTheSoundAwayAndReportsThe
         std::function<void()> giveBack;
         int status;
         std::vector<Kind> kinds;
-        double gap; // at least; the way back takes a little longer
+        double gap; // minimum; reconnecting takes a little longer
     };
     const std::vector<Kind> same = {Kind::interrupted, Kind::resumed};
     const std::vector<Kind> other = {Kind::interrupted, Kind::deviceChanged, Kind::resumed};
@@ -292,7 +292,7 @@ TEST_F(SystemAudioCaptureTests, LateFirstSoundOfAnotherOutputIsAHoleAndLateSound
     start();
     server.keepDelivering(0.5F);
     host.advanceBy(1);
-    server.keepDelivering(std::nullopt); // what waits in the server comes later, all of it
+    server.keepDelivering(std::nullopt); // the server keeps the sound and delivers all of it later
     host.advanceBy(2);
     server.deliver("a.monitor", 0.5F, 2);
     server.keepDelivering(0.5F);
@@ -311,10 +311,10 @@ TEST_F(SystemAudioCaptureTests, LateFirstSoundOfAnotherOutputIsAHoleAndLateSound
 TEST(SystemAudioCaptureSleepTests, AProgramThatDidNotRunFindsItsSoundWaitingAndOnlyTheRestIsLost) {
     struct Step {
         double stopped; // seconds
-        double waiting; // of sound that the server kept
+        double waiting; // seconds of sound that the server kept
         double lost;
     };
-    // The last two: a computer asleep, and too short a pause to be a hole.
+    // The last two: a sleeping computer, and a pause too short to count as a gap.
     for (const Step& step : {Step{6, 6, 0}, Step{30, 20, 10}, Step{6, 0, 6}, Step{1, 1, 0},
                              Step{3600, 0, 3600}, Step{2, 0, 0}}) {
         SCOPED_TRACE(step.stopped);

@@ -12,7 +12,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-/// "1.5 a b|c; 2 |d": at these times, what is settled now and what is open.
+/// "1.5 a b|c; 2 |d": at each time, the newly settled words and the open ones.
 WordHistory trace(const std::string& script) {
     WordTrace trace;
     std::istringstream steps(script);
@@ -28,8 +28,8 @@ WordHistory trace(const std::string& script) {
     return trace.history();
 }
 
-/// "3 words, 2 updates, 1 erased, 1 unstable; 0 2 0; 5 5": after how many seconds each word was
-/// steady, and each that is settled was settled.
+/// "3 words, 2 updates, 1 erased, 1 unstable; 0 2 0; 5 5": the seconds until each word became
+/// steady, then the seconds until each settled word was settled.
 std::string summary(const WordHistory& history) {
     std::size_t unstable = 0;
     std::ostringstream steady, settled;

@@ -30,7 +30,7 @@ CaptionCore::Rows committedRows(const std::string& notation) {
 
 enum class Road { final, freeze, seal };
 
-/// Brings `text` behind the `committed` rows on one road, at 200; returns the rows added.
+/// Commits `text` after the `committed` rows by one path, at time 200; returns the new rows.
 CaptionCore::Rows bring(CaptionCoreFixture& f, Road road, const std::string& text,
                         const CaptionCore::Rows& committed) {
     f.caps.selfSegments = road == Road::seal;
@@ -106,7 +106,7 @@ TEST(CaptionCoreCommitTests, EachRoadHasItsOwnIdeaOfWhatIsARepetition) {
     }
 }
 
-/// For each word of a committed row "word firstSeen revealed start-end", what is absent as "_".
+/// For each word of a committed row: "word firstSeen revealed start-end", "_" if absent.
 std::string wordsOf(const CaptionCore& core, std::size_t row) {
     const auto time = [](const std::optional<double>& t) { return t ? Text::fixed(*t, 1) : "_"; };
     std::vector<std::string> words;
@@ -161,7 +161,7 @@ TEST(CaptionCoreCommitTests, SkippedSentencesUseUpTheirWordsAndTheirMeta) {
     f.play("101 p A one. B twa. C three. x;101.1 p A one. B two. C three. x");
     f.final("A one. B two. C three.", 1, 2, timings(6));
     EXPECT_EQ(f.shown(), "A one. 🔒|B two. 🏁|C three. 🏁 /  /  / ");
-    // The frozen sentence took the first two positions, and the skipped one took two more.
+    // The frozen sentence consumed two positions, and its skipped repeat consumed two more.
     EXPECT_EQ(wordsOf(*f.core, 1), "B 101.0 _ 4.0-4.5, two. 101.0 _ 5.0-5.5");
     EXPECT_EQ(f.core->committedSegments->at(1).firstSeenAt, 101);
     EXPECT_EQ(f.core->committedSegments->at(1).revisionCount, 1);

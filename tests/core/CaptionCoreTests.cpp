@@ -65,7 +65,7 @@ TEST(CaptionCoreTests, CallbacksMayClearThemselvesAndAFlushMayOutliveTheCore) {
     EXPECT_EQ(*calls, 1);
 }
 
-/// Writes down every change and callback in the order in which they come.
+/// Records every change and callback in order.
 class Trace {
   public:
     explicit Trace(CaptionCore& core) {
@@ -94,7 +94,7 @@ class Trace {
         };
     }
 
-    /// What came since the last look, only the lines that begin so.
+    /// The lines since the last call that begin with `start`.
     std::string since(std::string_view start = "") {
         Lines chosen;
         for (const std::string& line : std::exchange(lines_, {})) {
@@ -190,7 +190,7 @@ TEST(CaptionCoreTests, SoftCaptionsAppearAndAreWithdrawn) {
     EXPECT_EQ(f.shown(), " /  / if it rains today, ◌|we stay at home, ◌ / then we");
     f.play("100.5 p If it rains today, we stay at home, then we sleep");
     EXPECT_EQ(trace.since("soft"), "soft") << "case changes the text, not what is visible";
-    // The second clause stands, but the first is new: what is visible no longer begins the tail.
+    // The second clause is stable, but the first is new: the visible rows no longer match the tail.
     f.play("100.6 p If it snows today, we stay at home, then we sleep");
     EXPECT_EQ(trace.since("soft"), "soft reset softPrefixMismatch 0 2 changed "
                                    "'If it snows today, we stay at home,', soft");

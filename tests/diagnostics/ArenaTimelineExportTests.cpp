@@ -14,7 +14,7 @@ TEST(ArenaTimelineExportTests, RawTimesAreTestedBeforeTheOriginIsTakenOff) {
     timed.firstSeenAt = 100;
     CaptionSegment bare;
     const CaptionCore::WordEvents wordEvents = {
-        // The span is taken over starts and ends alike, whatever their order.
+        // The span covers all starts and ends, whatever their order.
         {timed.id, {{"a", 100, std::nullopt, 105, 104}, {"b", 0, 101, 103, std::nullopt}}},
         {bare.id, {}},
     };

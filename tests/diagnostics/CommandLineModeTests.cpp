@@ -24,7 +24,7 @@ class CommandLineModeTests : public testing::Test {
         return folder / name;
     }
 
-    /// The output and, behind it, the exit status. Arguments are separated by blanks.
+    /// The output followed by the exit status. Arguments are separated by blanks.
     std::string run(const std::string& arguments) {
         std::vector<std::string> list = {"tessarune"};
         for (const std::string_view argument : splitAtBlanks(arguments))
@@ -66,7 +66,7 @@ TEST_F(CommandLineModeTests, RepliesToEachKindOfCall) {
     };
     for (const auto& [arguments, expected] : cases)
         EXPECT_EQ(run(arguments), expected);
-    // Said before the first unknown flag is.
+    // Reported before the first unknown flag.
     const std::string retired = run("--what --coordinator-selftest --segmenter-selftest");
     EXPECT_TRUE(retired.starts_with("Tessarune: --coordinator-selftest ")) << retired;
     EXPECT_TRUE(retired.ends_with("\nexit 64")) << retired;

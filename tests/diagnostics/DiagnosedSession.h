@@ -12,7 +12,7 @@
 
 namespace tessarune::testing {
 
-/// Figures that a test sets.
+/// Process figures that a test sets.
 struct ScriptedProcessFigures final : ProcessFigures {
     double cpu = 0;
     Memory used{100, 120};
@@ -26,7 +26,7 @@ struct ScriptedProcessFigures final : ProcessFigures {
     LogFields host() override { return {{"osVersion", "Simulated 1"}}; }
 };
 
-/// A simulated session, translated, that a real recorder watches.
+/// A simulated, translated session that a real diagnostics recorder observes.
 struct DiagnosedSession : simulation::TranslatedLiveSession {
     explicit DiagnosedSession(DiagnosticsLevel level, std::uint64_t seed = 0)
         : TranslatedLiveSession(seed) {
@@ -80,7 +80,7 @@ struct DiagnosedSession : simulation::TranslatedLiveSession {
             found.push_back(nlohmann::json::parse(line, nullptr, false));
         return found;
     }
-    /// Paths in the run, relative to it.
+    /// The paths of the run's files, relative to its folder.
     std::set<std::string> runFiles(const std::string& below = "") {
         std::set<std::string> found;
         for (const auto& name : files.list(below.empty() ? run() : run() / below)) {

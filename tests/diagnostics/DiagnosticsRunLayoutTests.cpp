@@ -20,7 +20,7 @@ bool isNamed(const Layout::Field& field, const std::string& key) {
     return names.find(", " + key + ",") != std::string::npos;
 }
 
-/// Members that the table does not know, each with where it stands.
+/// Collects the members that the table does not list, each with its path.
 void collectUnknown(const nlohmann::json& object, const std::vector<Layout::Field>& fields,
                     const std::string& where, std::set<std::string>& unknown) {
     for (const auto& [key, value] : object.items()) {
@@ -89,7 +89,7 @@ TEST(DiagnosticsRunLayoutTests, TheGuideIsThatOfTheTable) {
     EXPECT_EQ(testing::contentsOf(path), guide()) << "TESSARUNE_WRITE_DOCS=1 writes it anew";
 }
 
-/// The recording of the session is transcribed again, into its run.
+/// Transcribes the session's recording again, with the diagnostics in its run.
 void refine(DiagnosedSession& session) {
     using Observer = HistoryRefinementObserver;
     const HistoryRefinementRequest request = **session.refinements.rbegin();

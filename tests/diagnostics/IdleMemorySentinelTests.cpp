@@ -7,7 +7,7 @@ namespace {
 
 using testing::DiagnosedSession;
 
-/// Alarms of the watch between two sessions: each kind once, a milestone for each gigabyte.
+/// The sentinel runs between sessions: it raises each alarm once, and a milestone per gigabyte.
 TEST(IdleMemorySentinelTests, RaisesEachAlarmOnce) {
     DiagnosedSession session(DiagnosticsLevel::standard);
     session.runOne();

@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 
 TEST(LinuxProcessFiguresTests, WhatCannotBeReadIsUnknown) {
     testing::TemporaryFolder root;
-    // A folder can be opened and not read, like the sensor of a radio that is off.
+    // A folder can be opened but not read, like the sensor of a radio that is switched off.
     for (const char* file : {"sys/class/thermal/thermal_zone0/temp", "proc/self/task/7/stat",
                              "proc/self/status", "proc/cpuinfo"})
         fs::create_directories(root / file);

@@ -2,6 +2,7 @@
 #include "Tessarune/diagnostics/RunVerification.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "tests/diagnostics/DiagnosedSession.h"
+#include "tests/support/Rounds.h"
 
 #include <gtest/gtest.h>
 
@@ -12,7 +13,7 @@ using testing::DiagnosedSession;
 using Level = DiagnosticsLevel;
 using Names = std::set<std::string>;
 
-/// Words that were said, in any file below `folder`.
+/// The path of a file below `folder` that contains spoken words; empty if there is none.
 std::string saidIn(DiagnosedSession& session, const std::filesystem::path& folder) {
     for (const auto& name : session.files.list(folder)) {
         const auto path = folder / name;
@@ -86,7 +87,7 @@ TEST(SessionDiagnosticsRecorderTests, EachLevelKeepsWhatItSaysAndACoreRunHoldsNo
         for (const auto& file : manifest["files"]) {
             const std::string path = file["path"];
             if (path.find("idle_memory") != std::string::npos)
-                continue; // it begins when the manifest is written
+                continue; // created when the manifest is written
             EXPECT_EQ(file["exists"], files.contains(path)) << path;
             if (file["exists"]) {
                 EXPECT_EQ(file["bytes"], session.files.contentsOf(session.run() / path).size())
@@ -146,10 +147,10 @@ TEST(SessionDiagnosticsRecorderTests, EachLevelKeepsWhatItSaysAndACoreRunHoldsNo
     }
 }
 
-/// Eight hours at each level: the manifest tells the truth, nothing piles up, and every line that a
-/// kill leaves is whole.
-TEST(SessionDiagnosticsRecorderTests, EightHoursLeaveWhatTheManifestSaysAndPileNothingUp) {
-    constexpr int hours = 8;
+/// Hours at each level: the manifest tells the truth, nothing piles up, and every line that a
+/// complete lines.
+TEST(SessionDiagnosticsRecorderTests, HoursLeaveWhatTheManifestSaysAndPileNothingUp) {
+    constexpr int hours = testing::rounds(8);
     constexpr int minutesBetween = 6;
     constexpr double sampleSeconds = 60;
     for (const Level level : {Level::core, Level::standard, Level::verbose, Level::trace}) {
@@ -165,7 +166,7 @@ TEST(SessionDiagnosticsRecorderTests, EightHoursLeaveWhatTheManifestSaysAndPileN
             session.say(false, "Purple elephants dance in minute " + std::to_string(minute));
             session.say(true, "Purple elephants dance in minute " + std::to_string(minute) + ".");
             session.host.advanceBy(minutesBetween * 60 - 0.2);
-            if (minute == 60)
+            if (minute == 30)
                 waiting = session.host.waitingBlocks();
             for (const auto& path : session.runFiles()) { // as a kill would leave them
                 const std::string text = session.files.contentsOf(session.run() / path);
@@ -196,10 +197,10 @@ TEST(SessionDiagnosticsRecorderTests, EightHoursLeaveWhatTheManifestSaysAndPileN
     }
 }
 
-/// Late timers, a stalled main queue, settings that change, guesses that are taken back and another
-/// recogniser: the log says all that the captions depend on.
+/// Late timers, a stalled main queue, changed settings, withdrawn guesses and another recogniser:
+/// the log has everything that the captions depend on.
 TEST(SessionDiagnosticsRecorderTests, TheLogReplaysToTheRowsHoweverLateTheMainQueueIs) {
-    for (std::uint64_t seed = 1; seed <= 12; ++seed) {
+    for (std::uint64_t seed = 1; seed <= testing::rounds(12); ++seed) {
         SCOPED_TRACE(seed);
         DiagnosedSession session(Level::standard, seed);
         auto& random = session.host.random();
@@ -231,8 +232,8 @@ TEST(SessionDiagnosticsRecorderTests, TheLogReplaysToTheRowsHoweverLateTheMainQu
     }
 }
 
-/// Whatever the disk does to a run, the recording and its transcript are those of a session without
-/// one.
+/// Disk failures in a diagnostics run affect neither the recording nor its transcript: both are as
+/// in a session without a run.
 TEST(SessionDiagnosticsRecorderTests, ADiskThatTakesNothingOfARunCostsRecordsAlone) {
     for (const char* refused :
          {"/data/Diagnostics", "events", "manifest.json", "timeline", ".ndjson", "Live-"}) {
@@ -251,7 +252,7 @@ TEST(SessionDiagnosticsRecorderTests, ADiskThatTakesNothingOfARunCostsRecordsAlo
     }
 }
 
-/// Room runs out while a run is open, and comes back before its end, or later.
+/// The disk fills up during a run; there is space again before the run ends, or only later.
 TEST(SessionDiagnosticsRecorderTests, AFullDiskCostsRecordsThatTheManifestCounts) {
     for (const bool roomReturns : {true, false}) {
         SCOPED_TRACE(roomReturns);
@@ -307,8 +308,8 @@ TEST(SessionDiagnosticsRecorderTests, WhereNothingMayBeKeptTheRunHoldsNoWordAtAn
     EXPECT_EQ(saidIn(session, session.paths.appSupportBase()), "");
 }
 
-/// The end of a run may fall anywhere; what was written before is whole, and is found by whoever
-/// deletes the recording.
+/// A run may be cut off anywhere: the lines written before are complete, and deleting the recording
+/// finds the run.
 TEST(SessionDiagnosticsRecorderTests, AKillLeavesWholeLinesAndARunThatItsRecordingFinds) {
     std::size_t withRecording = 0;
     for (std::uint64_t at = 30; at < 700; at += 37) {
@@ -381,7 +382,7 @@ TEST(SessionDiagnosticsRecorderTests, ARecordingThatIsDeletedWhileItsRunIsWritte
     session.files.onOperation = [&](const std::string& operation, const auto& path) {
         if (operation != "write" || path.filename() != "timeline.json")
             return;
-        session.files.refused = "/Diagnostics"; // a folder that is not empty any more
+        session.files.refused = "/Diagnostics"; // as if the folder were not empty
         session.catalog->deleteRecording(session.catalog->recordings().front().id);
         session.files.refused = "";
     };

@@ -76,7 +76,7 @@ TEST_F(CaptionFollowDriverTests, LetsGoAndReturnsAtTheTwoThresholds) {
         EXPECT_EQ(driver.isPinned(), isPinned) << *(distances.end() - 1);
         EXPECT_EQ(*state.isReviewing, !isPinned);
     }
-    // A touch that moves next to nothing ends at the newest line.
+    // A touch that hardly moves the list returns to the newest line.
     driver.returnToNewest();
     scroll({1}, true);
     EXPECT_TRUE(driver.isPinned());
@@ -104,7 +104,7 @@ TEST_F(CaptionFollowDriverTests, ReturnsWhenTheReaderHasRested) {
     driver.update(1, 5);
     scroll({300}, true);
     host.advanceBy(4.0);
-    scroll({310}, true); // 4.9 s before the timer of another gesture fires
+    scroll({310}, true); // restarts the timer of five seconds
     host.advanceBy(4.9);
     EXPECT_FALSE(driver.isPinned());
     host.advanceBy(0.11);
@@ -113,15 +113,15 @@ TEST_F(CaptionFollowDriverTests, ReturnsWhenTheReaderHasRested) {
     EXPECT_EQ(std::ranges::count(events, "idleReturnFired"), 1);
 
     scroll({300}, true);
-    driver.update(2, 2); // a changed setting counts at once
+    driver.update(2, 2); // a changed setting takes effect at once
     host.advanceBy(2.1);
     EXPECT_TRUE(driver.isPinned());
 }
 
-/// Frames keep coming, and the list gives no sign of life.
+/// Frames keep coming, but the list does not draw.
 TEST_F(CaptionFollowDriverTests, AsksForARedrawOfAListThatStoppedDrawing) {
     driver.update(1, 30);
-    driver.frameHeartbeat(); // and the first preventive nudge
+    driver.frameHeartbeat(); // includes the first preventive nudge
     const int before = list.nudges;
     for (int second = 0; second < 12; ++second) {
         host.advanceBy(1);

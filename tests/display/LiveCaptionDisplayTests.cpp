@@ -42,7 +42,7 @@ struct Captions {
         committed.push_back(segment(text, state));
         committed.back().translationUnitID = unit;
     }
-    /// The rows from `first` to `last` become one unit, as the translation of a session does it.
+    /// Turns the rows `first` to `last` into one translated unit, as a session does.
     LiveCaptionDisplayTranslationPatch translate(std::size_t first, std::size_t last,
                                                  const std::string& text) {
         LiveCaptionDisplayTranslationPatch patch{newID(), {}, committed[last].id, text};
@@ -57,7 +57,7 @@ struct Captions {
         cache.update({committed, leading, soft, partial, cleared}, force, patch);
         return cache.frame();
     }
-    /// What a cache shows that has seen nothing before.
+    /// The frame of a new cache.
     LiveCaptionDisplayFrame rebuilt() const {
         LiveCaptionDisplayCache fresh(noTime);
         fresh.update({committed, leading, soft, partial, cleared}, true, nullptr);
@@ -78,8 +78,8 @@ std::string shown(const LiveCaptionDisplayRows& rows) {
     return text;
 }
 
-/// The cheap steps show what a rebuild shows, and any visible change raises a revision. Left out is
-/// what is accepted: a committed row revised between the edges, and a patch without a text.
+/// Incremental updates show what a rebuild shows, and any visible change raises a revision. Two
+/// accepted exceptions are left out: a committed row revised in the middle, a patch without text.
 RC_GTEST_PROP(LiveCaptionDisplayTests, CheapStepsShowWhatARebuildShows, ()) {
     Captions captions;
     LiveCaptionDisplayFrame before = captions.refresh(true);
@@ -89,7 +89,7 @@ RC_GTEST_PROP(LiveCaptionDisplayTests, CheapStepsShowWhatARebuildShows, ()) {
         const auto state = some(6) == 0 ? CaptionSegmentState::partial : CaptionSegmentState::final;
         std::optional<LiveCaptionDisplayTranslationPatch> patch;
         bool force = false;
-        // Several things may happen before somebody looks.
+        // Several changes may precede one refresh.
         for (std::size_t changes = 1 + some(3); changes > 0; --changes) {
             switch (some(9)) {
             case 0:
@@ -97,7 +97,7 @@ RC_GTEST_PROP(LiveCaptionDisplayTests, CheapStepsShowWhatARebuildShows, ()) {
                 for (std::size_t count = 1 + some(3); count > 0; --count)
                     captions.commit(text, {}, state);
                 break;
-            case 2: // what was live is committed under its id
+            case 2: // a live row is committed under its id
                 if (const auto& live = captions.leading;
                     !live.empty() && std::ranges::count(captions.committed, live.front().id,
                                                         &CaptionSegment::id) == 0)
@@ -111,7 +111,7 @@ RC_GTEST_PROP(LiveCaptionDisplayTests, CheapStepsShowWhatARebuildShows, ()) {
                 captions.partial = some(3) > 0 || captions.soft.empty() ? captions.segment(text)
                                                                         : captions.soft.front();
                 break;
-            case 5: // cleared, or shown again
+            case 5: // rows are cleared, or shown again
                 force = true;
                 if (captions.committed.empty() || some(3) == 0)
                     captions.cleared.clear();
@@ -124,7 +124,7 @@ RC_GTEST_PROP(LiveCaptionDisplayTests, CheapStepsShowWhatARebuildShows, ()) {
                     captions.committed.clear();
                 break;
             default:
-                // A unit is made of neighbours that wait, and units may land in any order.
+                // A unit consists of adjacent pending rows, and units may finish in any order.
                 if (const auto& rows = captions.committed; !patch && !rows.empty()) {
                     const std::size_t last = some(rows.size());
                     std::size_t first = last;
@@ -174,20 +174,20 @@ TEST(LiveCaptionDisplayTests, WorkIsProportionalToTheChange) {
     EXPECT_EQ(shown(shared.mergedBilingualSourceTail), "One. Two.=Un deux.|Three.=|");
     EXPECT_EQ(shown(old.sourceTextTail), "One.=|Two.=|") << "a frame is a value";
     EXPECT_EQ(&shared.sourceTextTail[2], &captions.cache.frame().sourceTextTail[2]);
-    // Accepted: what has no path of its own waits for a rebuild, and a patch may take a text away.
+    // Accepted: a change without an update path waits for a rebuild; a patch may remove a text.
     captions.committed[1].sourceText = "Due.";
     auto withoutText = patch;
     withoutText.translatedText.reset();
     const auto frame = captions.refresh(false, &withoutText);
     EXPECT_EQ(shown(frame.sourceTextTail), "One.=|Two.=|Three.=|");
     EXPECT_EQ(frame.translationTail.size(), 1U);
-    // What is live only is not the patch's business.
+    // A patch does not affect rows that are still live.
     captions.leading = {captions.segment("Four")};
     const auto live = captions.refresh();
     const LiveCaptionDisplayTranslationPatch ofLive{
         captions.newID(), {captions.leading[0].id}, captions.leading[0].id, "quatre"};
     EXPECT_EQ(captions.refresh(false, &ofLive), live);
-    // What was cleared costs nothing any more.
+    // Cleared rows cause no further work.
     captions.cleared = {captions.committed[0].id, captions.committed[1].id};
     const auto cleared = captions.refresh();
     captions.leading.clear();

@@ -9,7 +9,7 @@
 namespace tessarune {
 namespace {
 
-/// Every operation against a plain vector, with copies taken at any time, which stay as they were.
+/// Compares every operation with a plain vector; copies taken at any time stay unchanged.
 RC_GTEST_PROP(SharedVectorTests, DoesWhatAVectorDoes, ()) {
     SharedVector<int> list;
     std::vector<int> expected;
@@ -49,7 +49,7 @@ RC_GTEST_PROP(SharedVectorTests, DoesWhatAVectorDoes, ()) {
     for (const auto& [copy, then] : copies) {
         RC_ASSERT(std::vector<int>(copy.begin(), copy.end()) == then);
         RC_ASSERT(copy == SharedVector<int>(then));
-        // What two lists are not said to differ in is the same.
+        // Elements that are not reported as unshared are equal.
         std::vector<int> told = then;
         list.forEachUnshared(copy, [&](std::size_t at) { told.at(at) = expected.at(at); });
         const auto common = std::ptrdiff_t(std::min(told.size(), expected.size()));

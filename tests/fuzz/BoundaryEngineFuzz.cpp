@@ -1,5 +1,5 @@
-// An engine that has seen other texts before, and so reuses what it knows, decides about pieces as
-// one that cuts every text anew.
+// An engine that reuses the cuts of earlier texts decides the same pieces as one that cuts every
+// text from scratch.
 #include "TessaruneCore/segmentation/HeuristicBoundaryEngine.h"
 #include "TessaruneCore/segmentation/SentenceSegmenter.h"
 #include "TessaruneCore/segmentation/SentenceStabilityKey.h"
@@ -44,7 +44,7 @@ void checkPartial(HeuristicBoundaryEngine& engine, std::string_view text,
     fuzz::require(decision.tail == (all.empty() ? "" : all.back()), "another tail");
     if (all.empty())
         return;
-    // In front stand sentences that were fixed before.
+    // Sentences fixed earlier come first.
     fuzz::require(fixedAndLeading.size() < all.size(), "more pieces than the text has");
     fuzz::require(std::equal(fixedAndLeading.begin(), fixedAndLeading.end(),
                              all.end() - 1 - std::ssize(fixedAndLeading)),
@@ -68,7 +68,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     HeuristicBoundaryEngine engine;
     std::string text;
     for (double now = 0; !input.rest().empty() && now < 40; ++now) {
-        // Like a recogniser: keep the beginning of the text before, and go on.
+        // Like a recogniser: keep a prefix of the previous text and append to it.
         const std::uint8_t how = input.byte();
         context.clauseLevel = (how & 1) != 0;
         const std::size_t kept = std::min<std::size_t>(text.size(), input.byte());

@@ -12,7 +12,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace tessarune::fuzz {
 
-/// Ends the run, so that the input is kept.
+/// Aborts the run unless `holds`, so that the fuzzer keeps the input.
 inline void require(bool holds, const char* what) {
     if (holds)
         return;
@@ -20,7 +20,7 @@ inline void require(bool holds, const char* what) {
     std::abort();
 }
 
-/// Takes an input apart, front to back; gives zeros and nothing once it is used up.
+/// Splits an input from front to back; returns zeros and empty texts once it is used up.
 class Input {
   public:
     Input(const std::uint8_t* data, std::size_t size)

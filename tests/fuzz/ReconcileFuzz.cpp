@@ -1,4 +1,4 @@
-// Whatever the recogniser answers: what enters the transcript is the final, the partial or nothing.
+// Whatever the recogniser returns, the transcript gets the final, the partial or nothing.
 #include "Tessarune/speech/AppleFinalReconciler.h"
 #include "tests/fuzz/Fuzz.h"
 

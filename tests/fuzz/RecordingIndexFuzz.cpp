@@ -1,5 +1,5 @@
-// Any bytes as the recordings' index: no crash, nothing lost by a rewrite, and what a damaged index
-// still gives can be written.
+// Any bytes as the index of recordings: no crash, no loss in a rewrite, and what is salvaged from a
+// damaged index can be written.
 #include "Tessarune/history/RecordingIndex.h"
 #include "tests/fuzz/Fuzz.h"
 
@@ -18,7 +18,7 @@ void tryWhole(RecordingIndex index) {
     auto after = nlohmann::json::parse(index.encoded());
     fuzz::require(std::is_permutation(before.begin(), before.end(), after.begin(), after.end()),
                   "an element that sorting changed");
-    // Of two entries with one ID the first is the one that is put back.
+    // Of several entries with one ID only the first is put back.
     std::set<UUID> seen;
     for (const auto& recording : index.recordings()) {
         if (seen.insert(recording.id).second)

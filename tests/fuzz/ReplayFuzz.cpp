@@ -1,4 +1,4 @@
-// A whole replay of any log: no crash, every row counted, and the same again.
+// Replays any log: no crash, every row counted, and the same result when repeated.
 #include "TessaruneCore/replay/CaptionReplay.h"
 #include "tests/fuzz/Fuzz.h"
 
@@ -10,7 +10,7 @@ namespace {
 using namespace tessarune;
 
 std::vector<ASREventRecord> records(fuzz::Input& input) {
-    // A line is an event; the two characters in front say what kind and how much later.
+    // Each event is two bytes, for its kind and its delay, and a line with its text.
     static const double pauses[] = {0.0, 0.03125, 0.0625, 0.25, 0.625, 1.0, 4.0, 4.5};
     std::vector<ASREventRecord> log;
     double t = input.flag() ? 1000 : 0;

@@ -1,4 +1,4 @@
-// Pieces are trimmed and not empty, and together they are the text but for its white space.
+// Pieces are trimmed and not empty, and joined they equal the text except for white space.
 #include "TessaruneCore/segmentation/SentenceSegmenter.h"
 #include "TessaruneCore/text/Text.h"
 #include "tests/fuzz/Fuzz.h"
@@ -18,8 +18,8 @@ bool extendsCharacter(char32_t codePoint) {
     return Text::length(pair) == 1;
 }
 
-/// The text but for white space and for what can be part of a white-space character: a blank with a
-/// combining mark is a blank, and both may go.
+/// The text without white space and without extending marks: a blank with a combining mark is still
+/// a blank, and both may be dropped.
 std::string substance(std::string_view text) {
     std::string result;
     for (const char32_t codePoint : Text::codePoints(text))
@@ -42,7 +42,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     for (const std::string& piece : pieces) {
         fuzz::require(!piece.empty(), "an empty piece");
         fuzz::require(Text::trimmed(piece) == piece, "a piece that is not trimmed");
-        joined += piece + '\n'; // apart, lest halves of a character in two pieces make one
+        joined += piece + '\n'; // separated, so that two pieces cannot join into one character
     }
     fuzz::require(substance(joined) == substance(text), "lost or doubled text");
     return 0;

@@ -13,7 +13,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string key = input.line();
     const std::string before(input.rest());
     if (!Text::isValidUTF8(key))
-        return 0; // the program's keys are words of its own
+        return 0; // the program's own keys are valid UTF-8
     simulation::FaultyFileSystem disk;
     disk.setContents(path, before);
 

@@ -1,5 +1,5 @@
-// Reading any bytes as the published list of translation models: no crash, and whatever is offered
-// for download can be checked and consists of what the engine needs.
+// Any bytes as the published list of translation models: no crash, and every model offered for
+// download has checksums and all the files that the engine needs.
 #include "Tessarune/platform/translation-engine/TranslationCatalogue.h"
 #include "tests/fuzz/Fuzz.h"
 
@@ -13,7 +13,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     try {
         catalogue = TranslationCatalogue::parse(text, source);
     } catch (const std::runtime_error&) {
-        return 0; // no list
+        return 0; // not a list
     }
     for (const char* target : {"fr", "ja", "th", ""}) {
         const TranslationPair pair{"en", target};

@@ -4,7 +4,7 @@
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace tessarune;
-    // The fuzzer rarely finds four letters twice; they are given to it.
+    // The fuzzer rarely finds the two signatures by itself, so a flag supplies them.
     fuzz::Input input(data, size);
     const bool begins = input.flag();
     const std::string bytes =

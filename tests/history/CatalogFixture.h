@@ -14,11 +14,11 @@
 
 namespace tessarune::testing {
 
-/// A catalog on a simulated computer, and what it tells.
+/// A catalog on a simulated computer, and what it logs.
 class Catalogued {
   public:
     Catalogued() {
-        setenv("TZ", "Asia/Shanghai", 1); // before anybody asks for it
+        setenv("TZ", "Asia/Shanghai", 1); // before anything reads it
         TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::core);
         TessaruneLog::setSink([this](auto, auto, const std::string& text) { log.push_back(text); });
         disk.setContents("/data/placeholder", "");
@@ -35,7 +35,7 @@ class Catalogued {
         made.filePath = "/data/Recordings/" + name;
         return made;
     }
-    /// One that is in the catalog and has its sound.
+    /// Adds a recording with its audio file to the catalog.
     UUID add(double startedAt, const std::string& name) {
         const UUID id = makeID();
         disk.setContents("/data/Recordings/" + name, std::string(64044, 'x'));
@@ -46,7 +46,7 @@ class Catalogued {
     nlohmann::json index() {
         return nlohmann::json::parse(disk.contentsOf(paths.recordingIndex()));
     }
-    /// "name name …" of the audio in the index, in its order.
+    /// The names of the audio files, in the order of the index: "name name …".
     std::string order() {
         std::string names;
         for (const auto& entry : catalog.recordings())

@@ -49,12 +49,12 @@ TEST(HistoryTranscriptExportTests, ARowHasTheTimeOfItsSentenceAndMarkupStaysText
     EXPECT_NE(untimed.find("class=\"transcript no-timing\""), std::string::npos);
 }
 
-/// A refinement may leave the bilingual text of before.
+/// A refinement may leave the former bilingual text in place.
 TEST(HistoryTranscriptExportTests, ABilingualRowHasTheTimeOfItsOwnSentence) {
     const struct {
-        const char* rows; ///< each in the order of the former text
+        const char* rows; ///< in the order of the former text
         const char* sentences;
-        std::vector<int> expected; ///< of each row, its sentence
+        std::vector<int> expected; ///< the sentence of each row
     } cases[] = {{"a b c", "a b c", {0, 1, 2}},
                  {"a c", "a b c", {0, 2}},
                  {"a x b", "a b", {0, -1, 1}},
@@ -142,7 +142,7 @@ TEST(HistorySubtitlesTests, CuesFollowTheWords) {
               "WEBVTT\n\n01:01:01.001 --> 01:01:02.002\na &lt; b &amp; c\n\n");
 }
 
-/// Whatever the times and texts are, a player gets what it can show.
+/// Whatever the times and texts, a player gets cues that it can show.
 TEST(HistorySubtitlesTests, CuesKeepTheirBoundsWhateverIsInTheTimeline) {
     const std::vector<std::string> words = {
         "a",     "wonderful",          "大小人口手。",
@@ -210,7 +210,7 @@ class HistoryExportTests : public ::testing::Test, public testing::Catalogued {
         host.runUntilIdle();
         return result;
     }
-    /// What is at "/home/x.m4a" after an export of audio.
+    /// The content of "/home/x.m4a" after an export of audio.
     std::string exportedAudio(const HistoryItem& item) {
         const auto run = [](HistoryExport& exports, HistoryExportRequest request) -> Task<void> {
             Task<void> writing = exports.write(std::move(request), "/home/x.m4a");
@@ -258,7 +258,7 @@ TEST_F(HistoryExportTests, WhatCannotBeExportedSaysWhy) {
 TEST_F(HistoryExportTests, AudioIsWhatItsNameSaysAndNothingElseIsTouched) {
     disk.setContents("/home/x.m4a.part/mine", "mine");
     const UUID own = add(1, "own.m4a");
-    const UUID import = add(2, "film.m4a"); // only called so
+    const UUID import = add(2, "film.m4a"); // an M4A by name only
     RecordingMetadata recording = *catalog.recording(own);
     recording.audioFormat = M4A::audioFormat;
     catalog.upsert(recording);
@@ -275,7 +275,7 @@ TEST_F(HistoryExportTests, AudioIsWhatItsNameSaysAndNothingElseIsTouched) {
     }
     EXPECT_EQ(disk.contentsOf("/home/x.m4a.part/mine"), "mine");
 
-    HistoryItem uncompressed = item; // chosen before it was compressed
+    HistoryItem uncompressed = item; // selected before it was compressed
     uncompressed.filePath = "/data/Recordings/own.wav";
     EXPECT_EQ(exportedAudio(uncompressed), std::string(64044, 'x'));
     disk.setContents(recording.filePath, "cut off");

@@ -98,7 +98,7 @@ TEST_F(RecordingCatalogTests, KeepsWhatItDoesNotUnderstand) {
     auto expected = Json::parse(entry);
     expected["byteCount"] = 9;
     EXPECT_EQ(index()[1], expected) << "only what changed is written anew";
-    // Elements without a name may be anybody's; with one, its sidecars are known.
+    // An orphan may belong to an element without an ID; the sidecars of one with an ID are known.
     disk.setContents(catalog.transcriptURL(UUID::random()), "orphan");
     const auto before = disk.usedSpace();
     catalog.cleanupOrphanTranscripts();
@@ -113,7 +113,7 @@ TEST_F(RecordingCatalogTests, AnUnreadableIndexIsKeptAsideAndSalvaged) {
     const struct {
         const char* name;
         std::string index;
-        bool hasEntries; ///< beside the transcripts
+        bool hasEntries; ///< entry files beside the transcripts
         std::string order;
     } cases[] = {
         {"garbage", "\xFF{{{[", false, "new "},
@@ -198,7 +198,7 @@ TEST_F(RecordingCatalogTests, DeletingTakesAllThatIsTheRecordings) {
     logger.important("b", {{"path", std::string("/x/20251009-120000.wav")}});
     logger.important("c", {{"recordingID", other.text()}});
 
-    disk.refused = ".bilingual.txt"; // one that cannot be removed keeps no other
+    disk.refused = ".bilingual.txt"; // one file that cannot be removed does not keep the others
     ASSERT_TRUE(catalog.deleteRecording(id));
     EXPECT_EQ(disk.list(paths.recordings()), std::vector<std::string>{"20251009-110000.wav"});
     EXPECT_EQ(disk.list(paths.diagnostics()), std::vector<std::string>{"Live-2"});
@@ -221,7 +221,7 @@ TEST_F(RecordingCatalogTests, DeletingTakesAllThatIsTheRecordings) {
     EXPECT_FALSE(catalog.upsert(foreign)) << "a recorder that still closes its file";
     EXPECT_EQ(catalog.recordings().size(), 1U);
 
-    auto damaged = recording(40, "", makeID()); // an entry that others wrote
+    auto damaged = recording(40, "", makeID()); // an entry written by another program
     damaged.filePath = paths.recordings();
     catalog.upsert(damaged);
     EXPECT_TRUE(catalog.deleteRecording(damaged.id));
@@ -300,7 +300,7 @@ TEST_F(RecordingCatalogTests, LaunchRepairsCloseTheGaps) {
     for (const UUID& id : {stale, gone})
         catalog.saveTranscript("text", id);
     disk.remove("/data/Recordings/gone.wav");
-    // Of a folder that lay elsewhere when this was written.
+    // An entry with a path in a former data folder.
     auto moved = recording(5, "moved.wav", makeID());
     disk.setContents(moved.filePath, "x");
     moved.filePath = "/home/before/Recordings/moved.wav";
@@ -325,7 +325,7 @@ TEST_F(RecordingCatalogTests, LaunchRepairsCloseTheGaps) {
     catalog.reconcileIndex();
     EXPECT_EQ(disk.contentsOf("/data/recordings.json"), operations);
 
-    // An index that is older than what came since, of which one was imported.
+    // An index that lacks two later recordings, one of which was imported.
     const UUID imported = makeID();
     const auto later = recording(30, imported.text() + ".mp3", imported);
     disk.setContents(later.filePath, "x");

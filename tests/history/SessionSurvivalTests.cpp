@@ -16,7 +16,7 @@ namespace {
 using simulation::FaultyFileSystem;
 using PowerLoss = FaultyFileSystem::PowerLoss;
 
-/// A computer on which one session is recorded; what it was told is what has to hold.
+/// A computer that records one session; whatever it reported as done must survive.
 class Computer : public testing::Catalogued {
   public:
     static constexpr int rows = 8;
@@ -28,7 +28,7 @@ class Computer : public testing::Catalogued {
         disk.operations = 0;
     }
 
-    /// Start, rows, stop, compress, save: as a session does it.
+    /// Start, rows, stop, compress, save, in the order of a session.
     void runSession() {
         auto recorder = AudioSessionRecorder::create(host, disk, logger, catalog.forRecorder(), {});
         std::unique_ptr<SessionJournal> journal;
@@ -67,7 +67,7 @@ class Computer : public testing::Catalogued {
         return RecordingRepair(disk, catalog, logger).runAtLaunch();
     }
 
-    /// Holds whatever happened.
+    /// Checks what must hold whatever happened.
     void expectOrder() {
         std::string names = order();
         ASSERT_NE(names.find("older "), std::string::npos);
@@ -83,7 +83,7 @@ class Computer : public testing::Catalogued {
         EXPECT_TRUE(report.recoveredSessions.empty() && !report.rebuiltIndex) << "told once";
         EXPECT_EQ(order(), names);
     }
-    /// The session is there with at least so much of its sound, and so many rows.
+    /// Checks that the session has at least `bytes` of its sound and `leastRows` rows.
     void expectSession(std::size_t bytes, int leastRows) {
         const auto entry = catalog.recording(*id);
         ASSERT_TRUE(entry);
@@ -108,7 +108,7 @@ class Computer : public testing::Catalogued {
 
     UUID older;
     std::optional<UUID> id;
-    int rowsOnDisk = 0; ///< whose lines were written before the process ended
+    int rowsOnDisk = 0; ///< rows whose lines were written before the process ended
     bool isFinished = false;
     bool isSaved = false;
     std::vector<std::string> texts;

@@ -10,7 +10,7 @@
 namespace tessarune {
 namespace {
 
-/// The computer's time zone for the length of a test.
+/// Sets the computer's time zone for the duration of a test.
 class TimeZone {
   public:
     explicit TimeZone(const char* name) {
@@ -47,7 +47,7 @@ TEST(UsageStatisticsTests, DaysAreTheUsersOwnAcrossDaylightSaving) {
          {{1743287400, 3 * 3600, 50}},
          UsagePeriodKind::day,
          "2025-03-29 24h 1800 1 50\n2025-03-30 23h 9000 0 0\n"},
-        // 26 October has 25 hours; days without sessions stand between
+        // 26 October has 25 hours; days without sessions are listed, too
         {"Europe/Berlin",
          {{1761429600, 25 * 3600, 0}, {1761700000, 60, 7}},
          UsagePeriodKind::day,
@@ -63,7 +63,7 @@ TEST(UsageStatisticsTests, DaysAreTheUsersOwnAcrossDaylightSaving) {
          {{1699156800 - 10, 20, 1}},
          UsagePeriodKind::day,
          "2023-11-04 24h 10 1 1\n2023-11-05 25h 10 0 0\n"},
-        // a Sunday evening and the Monday after it; a week that the clock makes longer
+        // a Sunday evening and the Monday after it; the end of summer time lengthens the week
         {"Europe/Berlin",
          {{1761503400, 3600, 1}, {1761519600, 60, 1}},
          UsagePeriodKind::week,
@@ -72,7 +72,7 @@ TEST(UsageStatisticsTests, DaysAreTheUsersOwnAcrossDaylightSaving) {
          {{1735660800 - 60, 120, 3}},
          UsagePeriodKind::month,
          "2024-12-01 744h 60 1 3\n2025-01-01 744h 60 0 0\n"},
-        // a session that ends at midnight, and one of a clock that was never set
+        // a session that ends at midnight, and one recorded with a clock that was never set
         {"UTC",
          {{86400.0 * 20000 - 60, 60, 1}, {5, 60, 1}},
          UsagePeriodKind::day,

@@ -13,7 +13,7 @@ extern "C" {
 
 namespace {
 
-/// What the libraries below FFmpeg's filters keep as they are loaded is theirs.
+/// Ignores the leaks of the libraries that FFmpeg's filters load.
 class FilterLibraries : public ::testing::Environment {
     void SetUp() override {
         const __lsan::ScopedDisabler theirs;

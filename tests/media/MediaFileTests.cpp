@@ -62,7 +62,7 @@ TEST_F(MediaFileTests, GivesEverySampleOfEveryChannelOnce) {
 
 TEST_F(MediaFileTests, GivesTheSameSoundFromAnyPlace) {
     auto samples = tone(6, 16000);
-    for (std::size_t i = 0; i < samples.size(); ++i) // no two places are alike
+    for (std::size_t i = 0; i < samples.size(); ++i) // no two positions are alike
         samples[i] = static_cast<std::int16_t>(samples[i] * static_cast<double>(i) / 96000);
     const auto wav = write("a.wav", wavBytes(samples, 16000));
     transcodeToM4A(wav, folder / "a.m4a", {}, {});
@@ -74,7 +74,7 @@ TEST_F(MediaFileTests, GivesTheSameSoundFromAnyPlace) {
             const auto rest = readAll(*file);
             const auto first = static_cast<std::size_t>(place * 16000);
             ASSERT_EQ(rest.size(), all.size() - first) << path << " from " << place;
-            double difference = 0; // decoders make some noise anew each time
+            double difference = 0; // decoders add different noise each time
             for (std::size_t i = 0; i < rest.size(); ++i)
                 difference += std::abs(rest[i] - all[first + i]);
             EXPECT_LT(difference / static_cast<double>(rest.size()), 0.005)
@@ -198,7 +198,7 @@ TEST_F(MediaFileTests, DamageAnywhereEndsAndNeverLoops) {
         std::ifstream stream(folder / name, std::ios::binary);
         const std::string whole{std::istreambuf_iterator<char>(stream), {}};
         for (int round = 0; round < 60; ++round) {
-            // The headers of both formats stand at one of the ends.
+            // Each format has its headers at one of the two ends.
             std::string damaged = whole;
             for (int flips = 0; flips <= round % 4; ++flips) {
                 const std::size_t at = random() % 60;
@@ -292,8 +292,8 @@ TEST_F(MediaFileTests, ATranscodingThatFailsLeavesWhatWasThere) {
 }
 
 TEST(AtempoConverterTests, ChangesTheLengthAndNoPitch) {
-    // Qt takes the user's locale over, and its decimal comma with it. Where the system cannot make
-    // one the rest is tested all the same.
+    // Qt applies the user's locale with its decimal comma. Where the system cannot create such a
+    // locale, the rest is still tested.
     const testing::TemporaryFolder locales;
     const std::string locale = (locales / "de_DE.UTF-8").string();
     (void)std::system(("localedef -i de_DE -f UTF-8 " + locale).c_str());

@@ -1,4 +1,5 @@
 #include "tests/playback/PlayerFixture.h"
+#include "tests/support/Rounds.h"
 
 #include <gtest/gtest.h>
 
@@ -10,7 +11,7 @@ namespace {
 using testing::PlayerFixture;
 
 TEST(AudioPlayerTests, ShowsWhatIsHeardWhateverIsDone) {
-    for (std::uint64_t seed = 1; seed <= 25; ++seed) {
+    for (std::uint64_t seed = 1; seed <= testing::rounds(25); ++seed) {
         PlayerFixture fixture(seed);
         AudioPlayer& player = *fixture.player;
         auto& random = fixture.host.random();
@@ -24,7 +25,7 @@ TEST(AudioPlayerTests, ShowsWhatIsHeardWhateverIsDone) {
         fixture.onHeard = [&](double heard) {
             const double before = std::exchange(last, heard);
             if (*player.repeatsBoundedPlayback && heard < before)
-                settledAt = fixture.host.now() + 0.03; // the shown place jumps back a little later
+                settledAt = fixture.host.now() + 0.03; // the display jumps back a little later
             if (fixture.host.now() < settledAt || !isServerUp || !*player.isPlaying)
                 return;
             const double tolerance = 0.03 * *player.rate + 0.006;

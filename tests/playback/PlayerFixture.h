@@ -16,7 +16,7 @@ inline constexpr double frameRate = 1000;
 inline constexpr float reference = 0.05F;
 inline constexpr float stepOfFrame = 1e-6F;
 
-/// Sound that says where it is: the second channel over the first is the number of the frame.
+/// Sound that encodes its position: the second channel divided by the first tells the frame.
 class NumberedFile final : public MediaFile {
   public:
     explicit NumberedFile(std::size_t frames) : frames_(frames) {}
@@ -41,7 +41,7 @@ class NumberedFile final : public MediaFile {
     std::size_t next_ = 0;
 };
 
-/// Leaves frames out, or gives them twice.
+/// Changes the speed by dropping or repeating frames.
 class FrameSkipper final : public AudioConverter {
   public:
     FrameSkipper(AudioFormat format, double rate) : format_(format), rate_(rate) {}
@@ -64,7 +64,7 @@ class FrameSkipper final : public AudioConverter {
     double given_ = 0;
 };
 
-/// A player on a simulated computer, and somebody who hears what comes out.
+/// A player on a simulated computer, and a listener at its output.
 struct PlayerFixture {
     explicit PlayerFixture(std::uint64_t seed = 0) : host(1e9, seed) {
         server.setDevices({{}, {ScriptedSoundServer::output("a")}, "", "a"});
@@ -93,7 +93,7 @@ struct PlayerFixture {
         player->startPlayback();
         pass(0.5);
     }
-    /// The largest step between what followed itself; 5 ms for sound without a gap at rate 1.
+    /// The largest step between successive positions; 5 ms for gapless sound at rate 1.
     double largestStep(std::size_t from = 0) const {
         double largest = 0;
         for (std::size_t i = from + 1; i < positions.size(); ++i)
@@ -119,7 +119,7 @@ struct PlayerFixture {
                                     throw AudioConversionError("no filter");
                                 return std::make_unique<FrameSkipper>(format, rate);
                             }});
-    std::vector<double> positions; ///< that were heard, each 5 ms
+    std::vector<double> positions; ///< positions heard, one per 5 ms
     std::function<void(double)> onHeard;
     int silences = 0;
 };

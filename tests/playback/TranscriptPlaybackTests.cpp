@@ -9,7 +9,7 @@
 namespace tessarune {
 namespace {
 
-/// A transcript that is played: three sentences, of which two begin together.
+/// A player with a transcript of three sentences, two of which begin together.
 struct TranscriptFixture : testing::PlayerFixture {
     TranscriptFixture() {
         HistoryWordTimeline timeline;

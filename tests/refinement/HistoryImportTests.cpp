@@ -11,8 +11,8 @@ using Problems = std::vector<HistoryImportCoordinator::Problem>;
 
 namespace {
 
-/// Files that can be imported into the history of a simulated computer; what begins with "sound" is
-/// sound.
+/// Files for import into the history of a simulated computer; a file that begins with "sound" is a
+/// sound file.
 class Importing : public RefinedRecording {
   public:
     Importing() {
@@ -37,7 +37,7 @@ class Importing : public RefinedRecording {
         spawn(Executor::main(host), await(this, std::move(files)));
     }
     void finish() { host.runUntilIdle(host.now() + 1000); }
-    /// Beside the one of the fixture.
+    /// The files of the recordings, except for the one of the fixture.
     std::vector<std::string> sounds() {
         std::vector<std::string> names = disk.list("/data/Recordings");
         std::erase(names, "talk.wav");

@@ -51,8 +51,8 @@ TEST(HistoryRefinementTests, WhatTheTranslatorCannotDoLeavesTheFormerTranslation
     }
 }
 
-// Recognisers may be late, and then the first word is pulled back to the first loud sound; one that
-// cannot be late had music before it.
+// The first word of a late recogniser is moved back to the first loud sound; if a recogniser cannot
+// be late, the sound before the word was music.
 TEST(HistoryRefinementTests, TimesCountFromTheStartOfTheRecording) {
     struct Case {
         double firstWord, loudFrom, mostLateness, expected;
@@ -122,7 +122,7 @@ TEST(HistoryRefinementTests, ASentenceStaysWhereTheRecogniserHasNothing) {
     EXPECT_NE(recording.bilingual().find("Only live.\nde-DE:Only live."), std::string::npos);
 }
 
-// Whatever goes wrong before the refined text is there.
+// Any failure before the refined text is complete.
 TEST(HistoryRefinementTests, WhatFailsLeavesTheFormerTranscriptWhole) {
     struct Case {
         const char* what;
@@ -170,7 +170,7 @@ TEST(HistoryRefinementTests, WhatFailsLeavesTheFormerTranscriptWhole) {
     }
 }
 
-// A recording without a transcript, as an import is, gets what could be heard of it.
+// A recording without a transcript, such as an import, gets the part that could be transcribed.
 TEST(HistoryRefinementTests, WithoutAFormerTranscriptDamageCostsOnlyWhatIsBehindIt) {
     RefinedRecording recording;
     recording.catalog.saveTranscript("", recording.id);
@@ -181,8 +181,8 @@ TEST(HistoryRefinementTests, WithoutAFormerTranscriptDamageCostsOnlyWhatIsBehind
     EXPECT_EQ(recording.outcome->brokenOff, "talk.wav is damaged");
 }
 
-// Text and times alike, at the latest after the next start. Where nothing was heard the former
-// sentence belongs to both.
+// Text and times always match, at the latest after the next start. Both texts contain the former
+// sentence, because nothing was heard there.
 TEST(HistoryRefinementTests, OneFaultOfTheDiskOrItsEndLeavesOneOfTheTwoTexts) {
     for (const bool isForEver : {false, true}) {
         for (std::uint64_t operation = 1;; ++operation) {
@@ -214,7 +214,7 @@ TEST(HistoryRefinementTests, OneFaultOfTheDiskOrItsEndLeavesOneOfTheTwoTexts) {
     }
 }
 
-// Before, between and after the two saves, with another request that still waits.
+// Deleted before, between and after the two saves, while another request is pending.
 TEST(HistoryRefinementTests, ADeletedRecordingStaysDeleted) {
     for (const double after : {0.0, 0.5, 1.5, 2.5, 3.5}) {
         RefinedRecording recording;
@@ -235,7 +235,7 @@ TEST(HistoryRefinementTests, ADeletedRecordingStaysDeleted) {
 
 TEST(HistoryRefinementTests, ASessionThatListensHasTheProcessor) {
     RefinedRecording recording;
-    int other = 0; // that listens, too
+    int other = 0; // another session that listens
     recording.onBlock = [&] {
         recording.service->setPaused(&recording, true);
         recording.service->setPaused(&other, true);

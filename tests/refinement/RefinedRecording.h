@@ -15,8 +15,8 @@
 
 namespace tessarune::testing {
 
-/// A recording with a transcript on a simulated computer, and a recogniser of files that does what
-/// a test tells it.
+/// A recording with a transcript on a simulated computer, and a file recogniser that a test
+/// scripts.
 class RefinedRecording : public Catalogued {
   public:
     RefinedRecording() {
@@ -43,7 +43,7 @@ class RefinedRecording : public Catalogued {
     HistoryRefinementRequest request() const {
         return {id, "/data/Recordings/talk.wav", "apple-analyzer-en", "en-US", "苹果", target};
     }
-    /// Begins a refinement; `outcome` is there when it is over.
+    /// Begins a refinement; sets `outcome` when it ends.
     void begin() {
         if (!service)
             service = std::make_unique<HistoryRefinementService>(environment());

@@ -39,7 +39,7 @@ std::vector<std::string> discovered() {
     return names;
 }
 
-/// What a replay left: the text it printed, and each file of its timeline folder by name.
+/// The results of a replay: its output, and each file of its timeline folder by name.
 struct Outcome {
     std::string output;
     std::map<std::string, std::string> files;
@@ -65,7 +65,7 @@ Outcome replay(const std::string& name, const std::vector<std::string>& environm
     return outcome;
 }
 
-/// Parsed with the keys in the order of the file, so that the order is compared too.
+/// Parses with the keys in the file's order, so that the order is compared, too.
 nlohmann::ordered_json timeline(const std::string& text) {
     static const std::regex identifier(
         "\"[0-9A-F]{8}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{4}-[0-9A-F]{12}\"");
@@ -107,8 +107,8 @@ std::string caseName(const ::testing::TestParamInfo<std::string>& info) {
 INSTANTIATE_TEST_SUITE_P(Cases, ReplayGolden, ::testing::ValuesIn(discovered()), caseName);
 
 TEST(ReplayEnvironment, localeAndTimeZoneChangeNoByte) {
-    // A comma as the decimal sign is what breaks careless printing. The locale is made here where
-    // the system can make one; else only the time zone and the encoding differ.
+    // A decimal comma breaks careless printing. Such a locale is created here where the system can
+    // do so; elsewhere only the time zone and the encoding differ.
     TemporaryFolder locales;
     run("/usr/bin/env",
         {"localedef", "-i", "de_DE", "-f", "UTF-8", (locales / "de_DE.UTF-8").string()},
@@ -118,7 +118,7 @@ TEST(ReplayEnvironment, localeAndTimeZoneChangeNoByte) {
         made ? "LC_ALL=de_DE.UTF-8" : "LC_ALL=C.UTF-8",
         "LOCPATH=" + locales.path().string(),
         "TZ=Asia/Shanghai",
-        // A library of the system (p11-kit) keeps a foreign locale from its loading on.
+        // A system library (p11-kit) keeps a foreign locale loaded, which counts as a leak.
         "ASAN_OPTIONS=detect_leaks=0",
     };
     for (const std::string& name : discovered()) {

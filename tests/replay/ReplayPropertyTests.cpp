@@ -1,4 +1,4 @@
-// What holds for every log, on random recognisers that grow, rewrite, restart and repeat
+// Properties of every log, on random recognisers whose texts grow, change, restart and repeat
 // themselves.
 #include "TessaruneCore/replay/CaptionReplay.h"
 #include "TessaruneCore/segmentation/SentenceSegmenter.h"
@@ -19,8 +19,8 @@ namespace {
 using Log = std::vector<ASREventRecord>;
 using Words = std::vector<std::string>;
 
-/// More than the 0.06 s for which a partial may be held back: whatever comes this much later finds
-/// nothing pending, so a log cut there says what the whole log says so far.
+/// More than the 0.06 s for which a partial may be held back: after such a pause none is pending,
+/// so a log cut there has the same result as the whole log up to that time.
 constexpr double quiet = 0.0625;
 
 rc::Gen<std::string> word() {
@@ -83,7 +83,7 @@ void speak(Log& log, double& t, const Words& earlier) {
 }
 
 rc::Gen<Log> logs() {
-    // The size that grows from case to case would leave the first half almost empty.
+    // With the default growing size, the first half of the logs would be almost empty.
     return rc::gen::resize(100, rc::gen::exec([] {
                                Log log;
                                double t = 1000;
@@ -211,7 +211,7 @@ RC_GTEST_PROP(ReplayProperties, withoutFreezingEveryCharacterIsShownOnce, ()) {
     RC_LOG() << describe(log) << output.transcript();
     RC_ASSERT(withoutWhiteSpace(sources(output)) == withoutWhiteSpace(finals));
     RC_ASSERT(withoutWhiteSpace(output.liveLines) == withoutWhiteSpace({open}));
-    // The engine reuses the cuts of the partial before; here the text is cut anew.
+    // The engine reuses the cuts of the previous partial; here the text is cut from scratch.
     if (with.config.clauseLevel)
         RC_ASSERT(output.liveLines == SentenceSegmenter::pieces(open, true));
 }

@@ -28,15 +28,15 @@ TEST(SearchQueryTests, WhatMatches) {
         bool matches;
     };
     const std::vector<Case> cases{
-        {"neural net", "the networks are neural", true},   // any order, the last is being typed
-        {"neural net ", "the networks are neural", false}, // and now is not any more
+        {"neural net", "the networks are neural", true},   // any order; the last word is a prefix
+        {"neural net ", "the networks are neural", false}, // here the last word is complete
         {"net neural", "the networks are neural", false},
         {"\"are neural\"", "the networks are neural", true},
         {"\"neural are\"", "the networks are neural", false},
         {"\"networks ar", "the networks are neural", true},
         {"e-mail", "an e-mail", true},
         {"e-mail", "mail e", false},
-        {"n", "neural", false}, // one letter begins too much
+        {"n", "neural", false}, // one letter matches too much
         {"dont CAFE", "I don't like cafés", true},
         {"语言", "我们学习语言。", true},
         {"习语", "我们学习语言。", true},

@@ -15,7 +15,7 @@ namespace tessarune::testing {
 
 namespace {
 
-/// Recordings in a folder of their own, and a search over them that can be made anew.
+/// Recordings in a separate folder, and a search over them that can be restarted.
 struct Searched {
     Searched() {
         for (int i = 0; i < 3; ++i) {
@@ -33,14 +33,14 @@ struct Searched {
     }
 
     void start() {
-        search.reset(); // two at a time would be two programs
+        search.reset(); // a second search would count as a second program
         search.emplace(host, files, catalog, logger, notifications, open);
     }
     void write(int number, const std::string& source, const std::string& bilingual) {
         catalog.saveTranscript(source, ids[static_cast<std::size_t>(number)]);
         catalog.saveBilingualTranscript(bilingual, ids[static_cast<std::size_t>(number)]);
     }
-    /// The numbers of the recordings that are found, and "…" if some were not read yet.
+    /// The numbers of the matching recordings, and "…" if some were not read yet.
     std::string found(const std::string& query) {
         const auto result = await(host, search->find(SearchQuery::parse(query)));
         std::string numbers;
@@ -51,7 +51,7 @@ struct Searched {
         return result.isComplete ? numbers : numbers + "…";
     }
     std::filesystem::path index() const { return SearchIndexKeeper::indexPath(paths); }
-    /// Whether a word stands anywhere in the files of the index.
+    /// Whether a file of the index contains the word.
     bool holds(const std::string& word) const {
         return std::ranges::any_of(std::vector{"", "-wal"}, [&](const char* suffix) {
             const auto path = std::filesystem::path(index().string() + suffix);
@@ -92,7 +92,7 @@ TEST(TranscriptSearchTests, FollowsWhatIsSavedChangedAndDeleted) {
     EXPECT_EQ(on.found("sat"), "0");
     EXPECT_EQ(on.found("bird"), "1");
 
-    on.write(2, "secretword again", ""); // while nobody follows
+    on.write(2, "secretword again", ""); // not announced
     on.start();
     EXPECT_EQ(on.found("again"), "…");
     EXPECT_EQ(on.found("again"), "2");
@@ -105,7 +105,7 @@ TEST(TranscriptSearchTests, FollowsWhatIsSavedChangedAndDeleted) {
     EXPECT_EQ(on.found("sat"), "0");
 
     EXPECT_TRUE(on.holds("flew"));
-    on.search.reset(); // a program that ends before it gets to it
+    on.search.reset(); // the program ends before it can erase the words
     on.catalog.deleteRecording(on.ids[1]);
     on.start();
     spawn(Executor::main(on.host), on.search->eraseTraces());
@@ -122,7 +122,7 @@ TEST(TranscriptSearchTests, ADamagedIndexIsMadeAnew) {
         change(file);
         file.close();
         on.start();
-        await(on.host, on.search->excerpts({}, {})); // it may run
+        await(on.host, on.search->excerpts({}, {})); // lets the search run
         for (int tries = 0; tries < 3 && on.found("sat") != "01"; ++tries)
             on.host.runUntilIdle();
         EXPECT_EQ(on.found("sat"), "01");

@@ -18,7 +18,7 @@ CaptionSegment row(std::string text) {
     return segment;
 }
 
-/// Among them what is trimmed away, and what would join the end of another line.
+/// Some texts are trimmed away, and some would combine with the end of another line.
 CaptionSegment anyRow() {
     return row(*rc::gen::element<std::string>("", " \n", "One.", " two ", "\u0301x", "\u200d\u2640",
                                               "家\r", "\r", "\U0001F1E9", "\u0903"));

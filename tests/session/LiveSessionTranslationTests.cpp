@@ -44,7 +44,7 @@ TEST(LiveSessionTranslationTests, MissingLanguageFilesAreSaidAndNeverDownloaded)
     EXPECT_FALSE(session.store->view().translation.translationPreparationDisplayState->preparing);
     EXPECT_EQ(session.translationStatus(),
               TranslationSupport::languageResourceNotReadyMessage("fr"));
-    // The user gets them elsewhere: the session finds out.
+    // The user installs the languages elsewhere, and the session notices.
     session.service->pairs["en-US->fr-FR"] = {};
     session.say(true, "Two is said.");
     session.host.advanceBy(2);

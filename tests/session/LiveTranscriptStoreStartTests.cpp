@@ -68,7 +68,7 @@ TEST_F(LiveTranscriptStoreStartTests, AFailureIsShownAndLeavesNothingBehind) {
         const char* name;
         AudioSource source;
         std::function<void()> arrange;
-        std::string message; // its beginning
+        std::string message; // how it begins
     };
     const AudioSource system = AudioSource::systemAudio();
     const std::vector<Case> cases{
@@ -222,7 +222,7 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherSourceEndsTheSessionAndBeginsTheNex
     EXPECT_EQ(session.transcript(session.catalog->recordings()[1].id), "Before the switch.");
 
     session.store->selectSource(AudioSource::microphone("usb"));
-    session.stop(); // what was said last counts
+    session.stop(); // the last command wins
     session.host.advanceBy(5);
     EXPECT_EQ(session.phase(), Phase::idle);
 }
@@ -239,7 +239,7 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherRecognitionModelTakesOverInTheSessi
     EXPECT_EQ(liveLine(), "正在切换识别模型…");
     EXPECT_TRUE(session.store->view().captions.committedSegments->empty());
     session.host.advanceBy(0.5);
-    session.settings.selectedRecognitionOptionID = third; // the second never came to hear anything
+    session.settings.selectedRecognitionOptionID = third; // the second never received any sound
     session.host.advanceBy(2);
     EXPECT_EQ(session.phase(), Phase::listening);
     EXPECT_EQ(session.engine.sessions.size(), 3U);

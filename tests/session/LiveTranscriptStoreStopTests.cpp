@@ -24,7 +24,7 @@ class LiveTranscriptStoreStopTests : public ::testing::Test {
         session.host.advanceBy(seconds);
     }
     RecordingMetadata recording() { return session.catalog->recordings().at(0); }
-    /// Lifecycle entries from a point on, as "+ name" (start), "- name", "! name", ". name".
+    /// The lifecycle entries from an index on, as "+ name" (start), "- name", "! name", ". name".
     Strings lifecycle(std::size_t from) {
         Strings all;
         for (std::size_t i = from; i < session.diagnostics->entries.size(); ++i) {
@@ -67,7 +67,7 @@ TEST_F(LiveTranscriptStoreStopTests, DrainsSealsCompressesAndSavesInOrder) {
     EXPECT_EQ(session.status(), "正在收尾保存…");
     EXPECT_EQ(session.store->view().audioLevel, 0.08) << "the meter rests";
     EXPECT_FALSE(*session.store->view().isListening);
-    // What the drain still brings: a final counts, a guess does not.
+    // Results during the drain: a final counts, a guess does not.
     session.store->applyRecognition(ASREvent::partial("a guess", 9, session.host.now()));
     session.store->applyRecognition(
         ASREvent::final("Two follows late.", 1, 2, EndpointReason::engineFinal));
@@ -124,8 +124,8 @@ TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
         std::function<void(Session&)> arrange;
         std::string outcome;
         std::string status;
-        std::string audio; // how its name ends; empty: none
-        std::string event; // one that tells of it
+        std::string audio; // the suffix of its name; empty: none
+        std::string event; // one that reports it
         bool savesText = false;
         std::string repaired = "Said."; // by the next start
     };
@@ -195,7 +195,7 @@ TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
         EXPECT_TRUE(session.files.has(recordings[0].filePath));
         EXPECT_EQ(session.transcript(recordings[0].id), isSaved || c.savesText ? "Said." : "");
         EXPECT_EQ(session.refinements.size(), isSaved ? 1U : 0U);
-        // What could not be saved is made from the journal at the next start.
+        // The next start restores from the journal what could not be saved.
         EXPECT_EQ(session.files.has(session.catalog->journalURL(recordings[0].id)), !isSaved);
         session.launch();
         EXPECT_EQ(session.transcript(recordings[0].id), c.repaired);
@@ -264,7 +264,7 @@ TEST_F(LiveTranscriptStoreStopTests, ATranslationAfterTheStopStillReachesTheTran
     translate("再说。");
     EXPECT_EQ(session.events("recording.transcript.update").size(), 2U);
     session.files.recover();
-    translate(""); // another language was chosen, and nothing has come yet
+    translate(""); // another language was chosen, and no translation has arrived yet
     EXPECT_EQ(saved(), "Said.\n已经说了。");
     session.catalog->saveRefinedTranscript("Said better.", "", {}, recording().id);
     translate("再说。");
@@ -366,7 +366,7 @@ TEST(LiveTranscriptStoreInterruptionTests, WhateverTakesTheSoundAwayTheSessionGo
         SCOPED_TRACE(c.name);
         Session session;
         session.settings.recordLosslessAudio = true;
-        session.host.shiftWallClock(7200); // another clock than the one of the words
+        session.host.shiftWallClock(7200); // differs from the clock of the words
         session.launch();
         session.start();
         session.hear(2);
@@ -375,7 +375,7 @@ TEST(LiveTranscriptStoreInterruptionTests, WhateverTakesTheSoundAwayTheSessionGo
         c.takeAway(session);
         session.host.advanceBy(std::min(c.away, 1.0));
         if (c.status == interrupted)
-            session.say(false, "Aft"); // words on their way must not hide it
+            session.say(false, "Aft"); // words in progress must not hide it
         EXPECT_EQ(session.status(), c.status) << "within a second";
         session.host.advanceBy(c.away - std::min(c.away, 1.0));
         c.giveBack(session);
@@ -422,7 +422,7 @@ TEST_F(LiveTranscriptStoreStopTests, AKilledSessionIsReadableAtTheNextStart) {
     session.say(true, "Said before the end.");
     session.host.advanceBy(1);
     const UUID id = recording().id;
-    session.files.failFrom = session.files.operations + 1; // nothing reaches the disk any more
+    session.files.failFrom = session.files.operations + 1; // nothing more reaches the disk
     session.hear(1);
     endAndWait();
     session.files.recover();

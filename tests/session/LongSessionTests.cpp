@@ -7,7 +7,7 @@ namespace {
 
 using simulation::SimulatedSession;
 
-/// What a session holds besides its texts and its sound.
+/// The resources of a session besides its texts and sound.
 struct Holdings {
     std::size_t tasks;
     std::size_t waiting;
@@ -30,7 +30,7 @@ struct Holdings {
 };
 
 TEST(LongSessionTests, NothingButTheTextAndTheSoundGrowsWithTheHours) {
-    constexpr double sampleRate = 160; // hours of it
+    constexpr double sampleRate = 160; // low, because the sound lasts for hours
     SimulatedSession session(0, sampleRate);
     session.launch();
     TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::core);

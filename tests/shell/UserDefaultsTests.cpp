@@ -58,7 +58,7 @@ TEST_F(UserDefaultsTests, TwoFrontEndsDoNotUndoEachOther) {
     two.set("b", std::int64_t{2});
     EXPECT_EQ(stored(), Json::parse(R"({"a": 1, "b": 2})"));
 
-    // Nor at the same moment.
+    // Simultaneous changes do not undo each other, either.
     constexpr int changes = 10;
     const auto write = [&](JSONUserDefaults& store, const char* name) {
         for (int i = 0; i < changes; ++i)
@@ -85,7 +85,7 @@ TEST_F(UserDefaultsTests, AFileThatIsNotUnderstoodIsNeverOverwritten) {
         defaults.set("b", true);
         EXPECT_EQ(stored()["b"], true);
     }
-    // Behind a link may be a device, which is nobody's to move.
+    // A link may lead to a device, which must not be moved.
     const auto pipe = folder / "pipe";
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     std::filesystem::create_symlink(pipe, folder / "link.json");
@@ -93,7 +93,7 @@ TEST_F(UserDefaultsTests, AFileThatIsNotUnderstoodIsNeverOverwritten) {
     EXPECT_TRUE(std::filesystem::is_fifo(pipe));
 }
 
-/// Whoever switched recording off and spoiled the file must not be recorded.
+/// A user who disabled recording and then damaged the file must not be recorded.
 TEST_F(UserDefaultsTests, WhatMayHaveBeenANoToRecordingIsOne) {
     const struct {
         const char* text;

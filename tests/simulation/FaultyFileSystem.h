@@ -15,8 +15,8 @@
 
 namespace tessarune::simulation {
 
-/// A disk in memory that goes wrong where it is told to: at one operation or from one on, when it
-/// is full, for some paths, or by a loss of power, after which only what was synchronized is there.
+/// A disk in memory that fails as instructed: at one operation or from one on, when it is full, for
+/// some paths, or by a loss of power, after which only synchronized data remains.
 ///
 /// One thread. Every call that would reach a real disk is an operation; they are counted from 1.
 class FaultyFileSystem final : public FileSystem {
@@ -24,7 +24,7 @@ class FaultyFileSystem final : public FileSystem {
     static constexpr std::uint64_t never = std::numeric_limits<std::uint64_t>::max();
 
     FaultyFileSystem() = default;
-    /// Another disk with the same content; open files stay those of the first.
+    /// Copies the content; open files still belong to the first disk.
     FaultyFileSystem(const FaultyFileSystem& other) { replaceContents(other); }
     void replaceContents(const FaultyFileSystem& other) {
         nodes_.clear();
@@ -34,19 +34,19 @@ class FaultyFileSystem final : public FileSystem {
 
     std::uint64_t operations = 0;
     std::uint64_t failAt = never;   ///< this one operation fails
-    std::uint64_t failFrom = never; ///< and all from this one on: also how a process is killed
+    std::uint64_t failFrom = never; ///< this and all later ones fail, as in a killed process
     std::errc failure = std::errc::io_error;
     std::uint64_t capacity = never; ///< bytes of all files together
-    /// Paths with this in them fail.
+    /// Operations on paths that contain this text fail.
     std::string refused;
-    /// Told of each operation before it happens.
+    /// Called before each operation.
     std::function<void(const std::string& operation, const Path& path)> onOperation;
 
-    /// What a disk may have of bytes that were never synchronized.
+    /// What remains of bytes that were never synchronized.
     enum class PowerLoss {
         keepsNothing,
         keepsSize,      ///< the length, with zeros for bytes
-        keepsOverwrites ///< what was corrected in place, without what was added behind
+        keepsOverwrites ///< bytes overwritten in place, but none that were appended
     };
     void losePower(PowerLoss kind) {
         for (auto& [path, node] : nodes_) {
@@ -60,13 +60,13 @@ class FaultyFileSystem final : public FileSystem {
             node->bytes = node->durable = kept;
         }
     }
-    /// The computer is on again and the disk is well.
+    /// The computer restarts, and the disk works again.
     void recover() {
         failAt = failFrom = capacity = never;
         refused.clear();
     }
 
-    /// A file as it is, without an operation; empty if it is missing.
+    /// A file's content, without counting an operation; empty if the file is missing.
     std::string contentsOf(const Path& path) const {
         const auto found = nodes_.find(path);
         return found == nodes_.end() ? std::string() : found->second->bytes;
@@ -196,7 +196,7 @@ class FaultyFileSystem final : public FileSystem {
                 disk_.begin("append", path_);
             } catch (const std::system_error&) {
                 if (disk_.operations <= disk_.failFrom)
-                    put(bytes.substr(0, bytes.size() / 2)); // a part of it may well be there
+                    put(bytes.substr(0, bytes.size() / 2)); // a part of it may have been written
                 throw;
             }
             disk_.requireRoom(bytes.size(), path_);

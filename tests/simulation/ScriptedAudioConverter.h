@@ -38,10 +38,10 @@ class ScriptedAudioConverter final : public AudioConverter {
     AudioFormat to_;
 };
 
-/// A simulated computer's converters: makes them, remembers for what, and refuses on demand.
+/// The converters of a simulated computer: makes them, records the formats, fails on demand.
 struct ScriptedAudioConverters {
     std::vector<AudioFormat> made; ///< input formats
-    int failures = 0;              ///< how many of the next ones cannot be made
+    int failures = 0;              ///< how many of the next ones fail
 
     MakeAudioConverter maker() {
         return [this](AudioFormat from, AudioFormat to) {

@@ -12,18 +12,18 @@
 
 namespace tessarune::simulation {
 
-/// The looks of a bad engine at what is said, and the results that are made of them. It flips
-/// words, most often at the head of a line, leaves words out, invents ends and repeats itself,
-/// notices the end of a line late, and cuts lines so that the next one says the last words again.
+/// The passes of a bad engine over what is said, and their results. The engine mishears words, most
+/// often at the start of a line, omits words, invents endings, repeats itself, notices the end of a
+/// line late, and cuts lines so that the next one repeats the last words.
 ///
-/// Each word that is said begins with a "w" and is said once; a word that is misheard begins with
-/// an "m", and invented words with another letter. What nobody could tell from speech does not
-/// happen: two looks in a row do not leave out or invent words at one place.
+/// Each spoken word begins with a "w" and is said once; a misheard word begins with an "m", and an
+/// invented one with another letter. Errors that cannot be told from speech do not occur: no two
+/// successive passes omit or invent words in the same place.
 class ScriptedLooks {
   public:
     explicit ScriptedLooks(std::uint64_t seed) : random_(seed) {}
 
-    /// Words, `at` seconds after the session began.
+    /// Says words `at` seconds after the session began.
     void say(const std::string& words, double at) {
         for (const std::string_view word : Text::splitOnWhiteSpace(words))
             said_.emplace_back(word);
@@ -47,19 +47,19 @@ class ScriptedLooks {
         std::vector<SpeechResult> results = read(misheard(), true, true);
         if (checked_ < said_.size())
             violation_ = "'" + said_[checked_] + "' was lost";
-        // A line that is cut in the middle of its words.
+        // The engine may cut a line in the middle of its words.
         const bool isCut = said_.size() - lineBegin_ >= 2 * wordsRepeated && oneIn(3);
         lineBegin_ = said_.size() - (isCut ? wordsRepeated : 0);
         lineStart_ = now_ - (isCut ? 0.5 : 0);
         return results;
     }
 
-    /// Which word was lost or came twice; empty if none was.
+    /// Reports a lost or repeated word; empty if there is none.
     const std::string& violation() const { return violation_; }
 
-    /// Whether a word was said, and not invented.
+    /// Whether a word was spoken rather than invented.
     static bool isSaid(std::string_view word) { return word.front() == 'w' || word.front() == 'm'; }
-    /// What a word that was said has in common with what may be understood for it.
+    /// The part that a spoken word shares with its misheard form.
     static std::string_view key(std::string_view word) {
         return word.substr(1, word.find_last_not_of(".,"));
     }
@@ -75,8 +75,8 @@ class ScriptedLooks {
     std::uint64_t upTo(std::uint64_t limit) { return random_() % (limit + 1); }
     bool oneIn(std::uint64_t count) { return upTo(count - 1) == 0; }
 
-    /// The words of the line, with one or two that are understood as others. Of words that are said
-    /// again the cut spoils the first.
+    /// The words of the line, at most two of them misheard. Of the words that a cut repeats, only
+    /// the first may be misheard.
     std::vector<std::string> misheard() {
         std::vector<std::string> words(said_.begin() + static_cast<std::ptrdiff_t>(lineBegin_),
                                        said_.end());
@@ -141,8 +141,8 @@ class ScriptedLooks {
     std::vector<Line> complete_;
     double lineStart_ = 0;
     std::size_t lineBegin_ = 0; ///< in `said_`
-    std::size_t looked_ = 0;    ///< words that the last look knew
-    std::size_t checked_ = 0;   ///< words that finals have had
+    std::size_t looked_ = 0;    ///< words known to the last pass
+    std::size_t checked_ = 0;   ///< words covered by finals
     bool leavesOut_ = false;
     std::string violation_;
 };

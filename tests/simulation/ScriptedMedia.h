@@ -9,7 +9,7 @@
 
 namespace tessarune::simulation {
 
-/// A file that only knows how long it is.
+/// A file that has a duration and no sound.
 class SilentFile final : public MediaFile {
   public:
     explicit SilentFile(double seconds) : seconds_(seconds) {}
@@ -21,13 +21,13 @@ class SilentFile final : public MediaFile {
     double seconds_;
 };
 
-/// Codecs of a simulated computer: an "M4A" is a text that says how long it is.
+/// The codecs of a simulated computer: an "M4A" is a text that states its duration.
 class ScriptedMedia {
   public:
     explicit ScriptedMedia(FaultyFileSystem& files) : files_(files) {}
 
     std::string failure;       ///< of each encoder; empty: none
-    std::size_t bytes = 20000; ///< of an M4A; more than of what history takes for no sound
+    std::size_t bytes = 20000; ///< of an M4A; more than the history regards as empty
     int transcodings = 0;      ///< of whole files
 
     TranscodeToM4A transcoder() {
@@ -68,7 +68,7 @@ class ScriptedMedia {
     }
 
   private:
-    /// As an M4A that is written while its sound comes: a part beside its name until it is whole.
+    /// An M4A that grows with its sound; it has a temporary name until it is complete.
     class Growing final : public M4AFile {
       public:
         Growing(ScriptedMedia& media, std::filesystem::path to, double sampleRate)

@@ -19,7 +19,7 @@ class ScriptedSoundServer final : public SoundServer {
   public:
     explicit ScriptedSoundServer(SimulatedHost& host) : host_(host) {}
 
-    // The script. A failure stays until it is taken back.
+    // The script. A failure persists until it is reset.
 
     std::optional<SoundServerError> connectFailure;
     std::optional<SoundServerError> openFailure;
@@ -33,7 +33,7 @@ class ScriptedSoundServer final : public SoundServer {
         return {id, "Input " + id, format};
     }
 
-    /// The devices from now on. A stream whose source is not among them any more ends.
+    /// Replaces the devices. A stream whose source is gone ends.
     void setDevices(SoundDevices devices) {
         offered_ = std::move(devices);
         for (const auto& line : lines()) {
@@ -54,13 +54,13 @@ class ScriptedSoundServer final : public SoundServer {
         }
         notify();
     }
-    /// The connection is there again, as a server keeps it up by itself.
+    /// Restores the connection, as a server does by itself.
     void comeBack() {
         state_ = SoundServerState::connected;
         notify();
     }
 
-    /// One buffer of a constant value to every stream on the source.
+    /// Delivers one buffer of a constant value to every stream on the source.
     void deliver(const std::string& sourceID, float value, double seconds = 0.01) {
         for (const auto& line : lines()) {
             if (line->sourceID != sourceID)
@@ -76,7 +76,7 @@ class ScriptedSoundServer final : public SoundServer {
         }
     }
     /// From now on every open stream gets a buffer of `value` each `blockSeconds`, until the next
-    /// call; a value of nothing makes all sources fall still.
+    /// call; `nullopt` silences all sources.
     void keepDelivering(std::optional<float> value, double blockSeconds = 0.01) {
         const int round = ++deliveryRound_;
         if (value)
@@ -91,11 +91,11 @@ class ScriptedSoundServer final : public SoundServer {
         std::sort(sources.begin(), sources.end());
         return sources;
     }
-    std::vector<RecordRequest> requests; ///< all that was asked for, in order
-    /// Told what a playback stream plays at this moment.
+    std::vector<RecordRequest> requests; ///< all requests, in order
+    /// Receives what a playback stream plays at this moment.
     std::function<void(const AudioBuffer&)> heard = [](const AudioBuffer&) {};
 
-    // The seam.
+    // SoundServer
 
     Task<void> connect(Executor resumeOn) override { return connectLater(this, resumeOn); }
     SoundServerState state() const override { return state_; }
@@ -184,7 +184,7 @@ class ScriptedSoundServer final : public SoundServer {
         ScriptedSoundServer& server;
         AudioFormat format;
         Executor executor;
-        OneShot<bool> done; ///< of the write that waits
+        OneShot<bool> done; ///< of the pending write
         std::vector<float> waiting;
         double heard = 0;
         bool isPaused = false;

@@ -14,15 +14,15 @@
 
 namespace tessarune::simulation {
 
-/// What a scripted recogniser does. A text of failure that is not empty is thrown.
+/// What a scripted recogniser does. It throws each failure text that is not empty.
 struct SpeechScript {
     struct Line {
-        double audioTime = 0; ///< given once so much sound has arrived, or at the end of the input
+        double audioTime = 0; ///< delivered after this much sound, or at the end of the input
         SpeechResult result;
     };
 
     AudioFormat format{16000, 1};
-    std::vector<Line> lines; ///< by rising audio time
+    std::vector<Line> lines; ///< in the order of audio time
     double prepareSeconds = 0;
     double finalizeSeconds = 0;
     std::string prepareFailure;
@@ -32,7 +32,7 @@ struct SpeechScript {
     bool finishNeverEnds = false; ///< until it is cancelled
 };
 
-/// A result of words of one run each, `secondsAWord` long, the first beginning at `start`.
+/// A result with one run per word; each lasts `secondsAWord`, and the first begins at `start`.
 inline SpeechResult spoken(bool isFinal, const std::string& text, double start = 0,
                            double secondsAWord = 0.25, std::optional<double> confidence = {}) {
     SpeechResult result;
@@ -59,8 +59,8 @@ class ScriptedTranscriber final : public SpeechTranscriber {
     AsyncStream<SpeechResult> results_;
 };
 
-/// One session of the scripted recogniser. What it was asked stands in its public fields, which
-/// change on the main queue.
+/// One session of the scripted recogniser. Its public fields record the requests, and change on the
+/// main queue.
 class ScriptedAnalyzer final : public SpeechAnalyzer,
                                public std::enable_shared_from_this<ScriptedAnalyzer> {
   public:
@@ -80,7 +80,7 @@ class ScriptedAnalyzer final : public SpeechAnalyzer,
     bool cancelled = false;
 
     const SpeechTranscriberOptions& options() const { return transcriber_->options; }
-    /// Gives a result now, whatever the script says.
+    /// Delivers a result now, whatever the script says.
     void give(SpeechResult result) { transcriber_->results().yield(std::move(result)); }
     void fail(const std::string& text) {
         transcriber_->results().fail(std::make_exception_ptr(std::runtime_error(text)));

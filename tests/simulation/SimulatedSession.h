@@ -25,7 +25,7 @@
 
 namespace tessarune::simulation {
 
-/// What the desktop answers about permissions, each after a while.
+/// The desktop's answers about permissions, each after a delay.
 struct ScriptedPermissions {
     SystemAuthorization::Status speech = SystemAuthorization::Status::authorized;
     bool grantsMicrophone = true;
@@ -47,7 +47,7 @@ struct ScriptedPermissions {
     }
 };
 
-/// A translator of which a test says how long its last words take.
+/// A translator whose drain takes as long as a test says.
 class ScriptedTranslation final : public SessionTranslation {
   public:
     explicit ScriptedTranslation(Host& host) : main_(Executor::main(host)) {}
@@ -81,7 +81,7 @@ class ScriptedTranslation final : public SessionTranslation {
     const Executor main_;
 };
 
-/// Hears what a session tells its diagnostics; a test takes of it what it wants.
+/// Receives what a session reports to its diagnostics; a test observes the part that it needs.
 struct WatchedDiagnostics final : SessionDiagnostics {
     void startIfNeeded(const Start& start) override { onStart(start); }
     bool isRunning() const override { return running; }
@@ -114,8 +114,8 @@ struct WatchedDiagnostics final : SessionDiagnostics {
     std::function<void(const std::string&)> onSentinelStop = [](const auto&) {};
 };
 
-/// A whole session on a simulated computer: everything below the front end is the program's own,
-/// everything below the platform line is scripted.
+/// A whole session on a simulated computer: the code below the front end is the program's own, and
+/// the platform services are scripted.
 class SimulatedSession {
   public:
     explicit SimulatedSession(std::uint64_t seed = 0, double itsSampleRate = 1600)
@@ -129,7 +129,7 @@ class SimulatedSession {
         server.keepDelivering(std::nullopt);
         store.reset();
         host.runUntilIdle(host.now() + 100000);
-        host.end(); // a recogniser that hangs does so for ever
+        host.end(); // a hanging recogniser never returns
         TessaruneLog::setDiagnosticsLevel(DiagnosticsLevel::core);
     }
 
@@ -191,7 +191,7 @@ class SimulatedSession {
         server.setDevices(std::move(devices));
     }
 
-    /// Whatever goes wrong or slowly is well again.
+    /// Ends all scripted failures and delays.
     void calm() {
         desktop = {};
         engine.script = SpeechScript();
@@ -214,7 +214,7 @@ class SimulatedSession {
         store->stopListening(Trigger::programmatic());
         host.advanceBy(0);
     }
-    /// Sound for a while, loud enough to count.
+    /// Delivers sound for a while, loud enough to count as activity.
     void hear(double seconds) {
         server.keepDelivering(0.5F, 0.1);
         host.advanceBy(seconds);
@@ -246,8 +246,8 @@ class SimulatedSession {
         }
         return lines;
     }
-    /// What the frame shows otherwise than one that is made of nothing but the state of now; empty
-    /// if it is the same.
+    /// The part of the frame that differs from a frame built from the current state alone; empty if
+    /// there is none.
     std::string staleInFrame() {
         if (!std::exchange(mayBeStale_, false))
             return "";
@@ -304,11 +304,11 @@ class SimulatedSession {
     AudioExporter exporter{host, media.transcoder()};
     const std::shared_ptr<ScriptedTranslation> translator =
         std::make_shared<ScriptedTranslation>(host);
-    /// Asked at each launch.
+    /// Called at each launch.
     std::function<std::shared_ptr<SessionTranslation>()> translation = [this] {
         return translator;
     };
-    /// Who watches instead of `diagnostics`, if anybody does; asked at each launch.
+    /// Makes the observer that replaces `diagnostics`, if set; called at each launch.
     std::function<std::shared_ptr<SessionDiagnostics>()> observer;
     const std::shared_ptr<WatchedDiagnostics> diagnostics = std::make_shared<WatchedDiagnostics>();
 

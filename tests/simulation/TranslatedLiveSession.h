@@ -26,7 +26,7 @@ class TranslatedLiveSession : public SimulatedSession {
         };
     }
 
-    ~TranslatedLiveSession() { service->answer = nullptr; } // it may be asked once more
+    ~TranslatedLiveSession() { service->answer = nullptr; } // it may be called once more
 
     void begin() {
         launch();
@@ -34,7 +34,7 @@ class TranslatedLiveSession : public SimulatedSession {
         hear(2);
     }
     const CaptionCore::Rows& rows() const { return *store->view().captions.committedSegments; }
-    /// Each row as its translation, "!" and its failure, or "?" while it waits.
+    /// Each row as its translation, "!" and its failure, or "?" while it is pending.
     std::vector<std::string> shown() const {
         std::vector<std::string> texts;
         for (const CaptionSegment& row : rows())
@@ -49,7 +49,7 @@ class TranslatedLiveSession : public SimulatedSession {
     const std::string& translationStatus() const {
         return *store->view().translation.translationStatusMessage;
     }
-    /// The program is killed, and started again.
+    /// Kills the program and starts it again.
     void crash() {
         files.failFrom = files.operations + 1;
         stop();

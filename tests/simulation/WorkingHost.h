@@ -4,8 +4,8 @@
 
 namespace tessarune::testing {
 
-/// Virtual time that also passes in one step, with no delayed call in between: while the one thread
-/// works, or while the computer sleeps.
+/// Virtual time that can also jump without running delayed calls: while the one thread works, or
+/// while the computer sleeps.
 class WorkingHost final : public Host {
   public:
     double now() const override { return simulated.now() + worked; }

@@ -34,7 +34,7 @@ Candidate said(const std::string& text, std::optional<double> end,
     return value;
 }
 
-/// One letter a reason, to keep the cases readable.
+/// One letter per reason, to keep the cases readable.
 std::string letters(const std::vector<std::string>& reasons) {
     const std::map<std::string, std::string> letter{
         {"finalPunctuationOnly", "A"},

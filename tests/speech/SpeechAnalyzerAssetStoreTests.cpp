@@ -68,7 +68,7 @@ TEST_F(SpeechAnalyzerAssetStoreTests, ANewAttemptReplacesTheFormerOne) {
     recordStatuses();
     store->prepare("en-US");
     host.advanceBy(0.25);
-    store->preheat("en-US"); // on its way: nothing to do
+    store->preheat("en-US"); // already in progress
     store->prepare("en-US");
     host.runUntilIdle();
     EXPECT_EQ(inventory.downloads, 2);

@@ -21,7 +21,7 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, TinyBuffersAreJoinedUpToTheChunk) {
         const char* name;
         double sampleRate;
         std::vector<int> buffers;
-        std::vector<std::size_t> batches; ///< what the stop still sends included
+        std::vector<std::size_t> batches; ///< including the one that the stop sends
     } cases[] = {
         {"exactly the chunk", 16000, std::vector<int>(17, 170), {1360, 1360, 170}},
         {"the next buffer would not fit", 16000, std::vector<int>(10, 160), {1280, 320}},
@@ -105,7 +105,7 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, WhatIsLostOnTheWayMovesWhatFollowsOn
     const Step steps[] = {
         {"a hole in the capture",
          [&] {
-             append(0.04); // still waits to become a batch
+             append(0.04); // not a full batch yet
              transcriber->skip(60);
          },
          60},
@@ -129,7 +129,7 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, WhatIsLostOnTheWayMovesWhatFollowsOn
         transcriber->onSummaryResult = [&](const AppleSpeechAnalyzerSummaryRecord& record) {
             summaries.push_back(record);
         };
-        // A hole in the time in which the model is loaded counts as any other.
+        // A gap while the model is loading counts like any other.
         engine.script.prepareSeconds = 3;
         begin(transcriber->start("en-US"));
         const double epoch = host.now() - 1;

@@ -146,7 +146,7 @@ TEST_F(SpeechAnalyzerTranscriberResultTests, AResetBeginsANewUtterance) {
     start();
     append(4);
     give(spoken(false, talk));
-    give(spoken(true, "we", 0, 0.25, 0.4)); // the mark is set
+    give(spoken(true, "we", 0, 0.25, 0.4)); // sets the mark
     give(spoken(false, talk, 2));
     host.advanceTo(1005);
     transcriber->reset();

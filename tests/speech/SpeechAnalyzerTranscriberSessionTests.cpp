@@ -60,7 +60,7 @@ TEST_F(SpeechAnalyzerTranscriberSessionTests, NothingOfAStoppedSessionReachesThe
     transcriber->requestFinalization("sentence");
     host.runDue(host.now());
     const auto old = engine.sessions.back();
-    old->give(spoken(true, "an old final")); // on its way when the session stops
+    old->give(spoken(true, "an old final")); // pending when the session stops
     transcriber->stop();
     start();
     append(1);

@@ -15,8 +15,8 @@ namespace {
 
 using simulation::spoken;
 
-/// Real threads on one transcriber: two that capture, one that asks for finals and figures, and the
-/// main queue that runs sessions, the last of them drained. Meant for the thread sanitizer.
+/// Real threads on one transcriber: two capture, one requests finals and counters, and the main
+/// queue runs sessions and drains the last one. Meant for the thread sanitizer.
 class Hammer {
   public:
     explicit Hammer(LoopHost& host) : host_(host) {

@@ -43,7 +43,7 @@ struct TranscriberFixture : ::testing::Test {
         };
     }
 
-    /// Begins an awaited operation; `outcome` tells what came of it.
+    /// Begins an awaited operation and notes its result in `outcome`.
     void begin(Task<void> task) {
         spawn(Executor::main(host), testing::noteOutcome(std::move(task), &outcome));
         host.runDue(host.now());
@@ -53,14 +53,14 @@ struct TranscriberFixture : ::testing::Test {
         ASSERT_EQ(outcome, "done");
     }
 
-    /// One buffer, at this moment.
+    /// Appends one buffer now.
     void append(double seconds, AudioFormat format = {16000, 1}) {
         const auto samples = static_cast<std::size_t>(seconds * format.sampleRate + 0.5) *
                              static_cast<std::size_t>(format.channels);
         transcriber->append(std::make_shared<const AudioBuffer>(
             AudioBuffer{format, std::vector<float>(samples, 0.1F)}));
     }
-    /// A result of the recogniser, and all that happens at once because of it.
+    /// Delivers a result of the recogniser and runs everything that is due.
     void give(SpeechResult result) {
         engine.session().give(std::move(result));
         host.runDue(host.now());
@@ -74,7 +74,7 @@ struct TranscriberFixture : ::testing::Test {
     simulation::ScriptedAudioConverters converters;
     std::string outcome;
     std::vector<std::string> sent;
-    std::vector<double> times; ///< of what was sent, errors aside
+    std::vector<double> times; ///< of everything sent except errors
     std::vector<ASREvent::Partial> partials;
     std::vector<ASREvent::Final> finals;
     std::vector<std::string> decisions;

@@ -24,8 +24,8 @@ Task<void> store(Task<T> task, std::optional<T>& result, std::exception_ptr& err
 }
 } // namespace detail
 
-/// Runs a task on the main queue of simulated time until nothing is left to happen, and gives what
-/// it gave: its value or its exception.
+/// Runs a task on the main queue in simulated time until the host is idle; returns its value or
+/// throws its exception.
 template <typename T>
 T await(SimulatedHost& host, Task<T> task) {
     std::optional<T> result;
@@ -39,7 +39,7 @@ T await(SimulatedHost& host, Task<T> task) {
     return std::move(*result);
 }
 
-/// Runs a task and notes how it stands: "running", and then "done" or what its error says.
+/// Runs a task and notes its state: "running", then "done" or the text of its exception.
 inline Task<void> noteOutcome(Task<void> task, std::string* outcome) {
     *outcome = "running";
     try {
@@ -50,7 +50,7 @@ inline Task<void> noteOutcome(Task<void> task, std::string* outcome) {
     }
 }
 
-/// Takes all that comes of a stream, until it ends.
+/// Collects the elements of a stream until it ends.
 template <typename T>
 Task<void> takeAll(AsyncStream<T> stream, std::vector<T>* all) {
     for (;;) {

@@ -10,18 +10,18 @@
 
 namespace tessarune::testing {
 
-/// What a program left behind.
+/// The result of running a program.
 struct ProgramRun {
     int status = -1; ///< exit status, or -1 if a signal ended it
     std::string output;
     std::string error;
 };
 
-/// A program that runs beside the test; it is killed with the object. Throws if it cannot be
+/// A program that runs concurrently with the test; the destructor kills it. Throws if it cannot be
 /// started.
 class StartedProgram {
   public:
-    /// In `folder`. `environment` ("NAME=value") is put over this process's own.
+    /// Runs in `folder`. `environment` ("NAME=value") overrides this process's own.
     StartedProgram(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                    const std::filesystem::path& folder,
                    const std::vector<std::string>& environment);
@@ -31,7 +31,7 @@ class StartedProgram {
     void send(int signal) const;
     /// What it has printed so far.
     std::string output() const;
-    /// Until it has ended.
+    /// Waits until it has ended.
     ProgramRun wait();
 
   private:
@@ -39,7 +39,7 @@ class StartedProgram {
     pid_t child_ = 0; // 0: it has ended
 };
 
-/// Starts it and waits for it.
+/// Starts a program and waits for it.
 ProgramRun run(const std::filesystem::path& program, const std::vector<std::string>& arguments,
                const std::filesystem::path& folder, const std::vector<std::string>& environment);
 

@@ -14,7 +14,7 @@
 
 namespace tessarune::testing {
 
-/// A runtime log in a folder of its own, at a level that writes everything, and its lines back.
+/// A runtime log in its own folder, at a level that writes everything, and a reader of its lines.
 class RuntimeLog {
   public:
     explicit RuntimeLog(Host& host) : logger(host, files_, paths_) {
@@ -36,7 +36,7 @@ class RuntimeLog {
         return all;
     }
 
-    /// The names of the events that begin with `prefix`, without it.
+    /// The names of the events that begin with `prefix`, without the prefix.
     std::vector<std::string> events(std::string_view prefix = "") {
         std::vector<std::string> names;
         for (const auto& line : lines(prefix))

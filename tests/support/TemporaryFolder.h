@@ -6,7 +6,7 @@
 
 namespace tessarune::testing {
 
-/// A folder of the test's own that vanishes with it.
+/// A temporary folder that is removed with the object.
 class TemporaryFolder {
   public:
     TemporaryFolder() {

@@ -9,7 +9,7 @@
 namespace tessarune::testing {
 
 /// A RIFF file of 16-bit PCM as bytes. `dataSize` replaces the true size in the header, as in a
-/// file that was cut or whose header lies.
+/// truncated file or one with a wrong header.
 inline std::string wavBytes(const std::vector<std::int16_t>& samples, int sampleRate,
                             int channels = 1, std::uint32_t dataSize = 0) {
     const auto size = dataSize ? dataSize : static_cast<std::uint32_t>(samples.size() * 2);

@@ -26,7 +26,7 @@ inline std::vector<std::string> spokenWords(std::string_view text) {
     return words;
 }
 
-/// Words that must be changed, left out or put in to turn `heard` into `reference`, per word of
+/// The words to replace, delete or insert to turn `heard` into `reference`, per word of
 /// `reference`.
 inline double wordErrorRate(std::string_view reference, std::string_view heard) {
     const std::vector<std::string> right = spokenWords(reference);

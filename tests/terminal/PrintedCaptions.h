@@ -23,7 +23,7 @@ class Printed {
     Printed(const Printed&) = delete;
 
     std::FILE* file() const { return file_; }
-    /// What was printed since the last look.
+    /// The text printed since the last call.
     std::string take() {
         std::fflush(file_);
         std::string text(bytes_ + taken_, size_ - taken_);
@@ -66,7 +66,7 @@ class PrintedCaptions {
         core.currentPartial.mutate([&](CaptionSegment& row) { row.sourceText = text; });
         update();
     }
-    /// The outcome of the unit of these rows.
+    /// Sets the translation of the unit of these rows.
     void translate(std::size_t first, std::size_t last, const std::string& text) {
         const UUID unit = UUID::random();
         core.committedSegments.mutate([&](CaptionCore::Rows& rows) {

@@ -1,3 +1,4 @@
+#include "tests/support/Rounds.h"
 #include "tests/terminal/PrintedCaptions.h"
 #include "tests/terminal/TerminalEmulator.h"
 
@@ -88,10 +89,10 @@ TEST(ScreenOutputTests, WhatComesAfterItsRowHasGoneSaysWhatItBelongsTo) {
     EXPECT_EQ(screen.text(), expected);
 }
 
-/// Random rows, units, failures, live texts and sizes: in the end every row stands there once and
+/// Random rows, units, failures, live texts and sizes: in the end the screen has every row once and
 /// in order, and every translation once.
 TEST(ScreenOutputTests, NothingIsLostOrShownTwiceOnAnyScreen) {
-    for (std::uint32_t seed = 1; seed <= 300; ++seed) {
+    for (std::uint32_t seed = 1; seed <= testing::rounds(300); ++seed) {
         SCOPED_TRACE(seed);
         std::mt19937 random(seed);
         const auto below = [&](std::size_t limit) { return random() % limit; };

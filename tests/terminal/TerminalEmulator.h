@@ -10,8 +10,8 @@
 
 namespace tessarune::testing {
 
-/// As much of a terminal as the screen output uses. Lines that scroll off the top are out of reach,
-/// as on a real one: what is rewritten too late shows up twice.
+/// The part of a terminal that the screen output uses. Lines that scroll off the top cannot change
+/// any more, as on a real one: a line that is rewritten too late appears twice.
 class TerminalEmulator {
   public:
     explicit TerminalEmulator(std::size_t rows) : rows_(rows) {}
@@ -40,7 +40,7 @@ class TerminalEmulator {
         }
     }
 
-    /// All that can be read, scrolled lines too; dim lines begin with "~".
+    /// All visible and scrolled lines; dim lines begin with "~".
     std::vector<std::string> text() const {
         std::vector<std::string> all = lines_;
         while (!all.empty() && all.back().empty())

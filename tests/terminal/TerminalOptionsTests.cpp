@@ -54,7 +54,7 @@ TEST(TerminalOptionsTests, ReadsEachKindOfSource) {
     EXPECT_FALSE(asked.records);
 }
 
-/// Whoever mistypes a command must not be listened to.
+/// A mistyped command must not make the program listen.
 TEST(TerminalOptionsTests, RefusesWhatMakesNoSenseAndSaysWhy) {
     const struct {
         std::vector<const char*> arguments;

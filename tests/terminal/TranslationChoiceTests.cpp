@@ -18,7 +18,7 @@ TEST(TranslationChoiceTests, ARunTranslatesWhatItCanAndSaysWhatItCannot) {
         const char* settingsTarget;
         std::optional<std::string> wanted;
         const char* target;
-        const char* notice;  ///< empty: says nothing; else what it mentions
+        const char* notice;  ///< empty: no notice; else a part of it
         const char* failure; ///< the same
     } cases[] = {
         {"苹果",

@@ -134,7 +134,7 @@ TEST_F(AppleTranslatorTests, EveryFailureOfTheServiceGetsItsCategory) {
         EXPECT_EQ(translate("b"), "fr-FR:b");
         EXPECT_EQ(service->takeCalls(), nextTime) << name(category);
 
-        // A session that has lost its files has one reason, whatever it says.
+        // If a session has lost its files, they are the reason, whatever it reports.
         service->answers = {{0.1, serviceError(kind, "no")}};
         host.after(0.05, [&] { service->pairs[pairName].isReady = false; });
         EXPECT_EQ(translate("a"),

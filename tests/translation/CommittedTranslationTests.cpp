@@ -21,7 +21,7 @@ struct CommittedTranslationTests : ::testing::Test, testing::TranslatedSession {
             service->answers.push_back(
                 {delay, error ? std::optional(serviceError(error, "no")) : std::nullopt});
     }
-    /// Recoverable failures, each of a unit and of its automatic retry.
+    /// Makes units fail recoverably, each together with its automatic retry.
     void failUnits(int count) {
         answerWith({static_cast<std::size_t>(2 * count), TranslationError::internalError});
     }
@@ -176,7 +176,7 @@ TEST_F(CommittedTranslationTests, AFailedRecoveryGoesOnOrTellsTheUser) {
     };
     const Case cases[] = {
         {{Status::installed, false, true, {0, serviceError(TranslationError::internalError)}},
-         "!went wrong", // it goes on, and fails on
+         "!went wrong", // continues and keeps failing
          ""},
         {{Status::unsupported}, "?", "翻译失败：不支持的翻译方向: en → fr"},
     };
@@ -188,7 +188,7 @@ TEST_F(CommittedTranslationTests, AFailedRecoveryGoesOnOrTellsTheUser) {
         settle();
         failUnits(3);
         commit({"One.", "Two.", "Three.", "Four."});
-        onChange = [&](auto&) { // at the failure that asks for the recovery
+        onChange = [&](auto&) { // at the failure that triggers the recovery
             if (rows.back().translationError == std::nullopt && rows[3].translationError)
                 service->pairs[pairKey] = c.pair;
         };
@@ -252,7 +252,7 @@ TEST_F(CommittedTranslationTests, ThePreparationIsTriedFiveTimesASecondApart) {
          5,
          std::string(TranslationSupport::languageResourceNotReadyMessage("fr")),
          "?"},
-        // It may pass: the run goes on and finds the pair still to be prepared.
+        // The failure may be temporary: the run continues and finds the pair still unprepared.
         {{Status::supported, false, true, offline}, 5, "正在准备 Apple 离线翻译语言资源…", "?"},
     };
     for (const auto& c : cases) {

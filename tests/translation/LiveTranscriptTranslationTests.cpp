@@ -155,7 +155,7 @@ TEST_F(LiveTranscriptTranslationTests, TheDrainTakesTheTailAndItsTimeLimit) {
 struct LiveTranslationRuntimeTests : LiveTranscriptTranslationTests {
     using Start = TranslationLanguagePreparationStart;
 
-    Strings prepared; // what `onFinished` was told
+    Strings prepared; // what `onFinished` received
     Start prepare(const std::string& target) {
         return runtime->startLanguagePreparation(
             "en", target, runtime->translator(), "test", [this, target](const auto& result) {

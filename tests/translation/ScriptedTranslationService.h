@@ -19,8 +19,8 @@ inline TranslationServiceError serviceError(std::optional<TranslationError> kind
     return {kind, LocalizedError(std::move(message), "Scripted", 7, "because")};
 }
 
-/// A translation service that does what a test tells it, in simulated time, and writes down what it
-/// was asked. Pairs are named as "en-US->fr-FR".
+/// A translation service that a test scripts, in simulated time; it records its calls. Pairs are
+/// named like "en-US->fr-FR".
 class ScriptedTranslationService final
     : public TranslationService,
       public std::enable_shared_from_this<ScriptedTranslationService> {
@@ -32,10 +32,10 @@ class ScriptedTranslationService final
     struct Pair {
         TranslationAvailabilityStatus status = TranslationAvailabilityStatus::installed;
         bool isReady = true;
-        /// What a preparation makes of the pair; nothing: it stays as it is.
+        /// The state after a preparation; `nullopt`: unchanged.
         std::optional<bool> readyAfterPreparation = true;
         Answer preparation{};
-        /// What a session meets when it is first used. One that is given up is over for good.
+        /// The outcome of a session's first use. A session that is given up never works again.
         Answer load{};
     };
 
@@ -47,7 +47,7 @@ class ScriptedTranslationService final
         [](const std::string& text, const std::string& target) { return target + ":" + text; };
 
     std::vector<std::string> calls;
-    /// The calls since the last look.
+    /// Returns and clears the calls so far.
     std::vector<std::string> takeCalls() { return std::exchange(calls, {}); }
     int translationsInFlight = 0;
     int mostTranslationsInFlight = 0;
@@ -154,7 +154,7 @@ class ScriptedTranslationService::Session final : public TranslationSession {
     }
 
     bool isLoaded_ = false;
-    std::optional<TranslationServiceError> over_; ///< why nothing works here any more
+    std::optional<TranslationServiceError> over_; ///< why this session no longer works
     std::shared_ptr<ScriptedTranslationService> service_;
     std::string target_;
     std::string pair_;

@@ -56,7 +56,7 @@ struct TranslatedSession : TranslatedCaptions {
             countingUUIDSource()});
     LiveTranslationRuntime* runtime = &translation->runtime();
 
-    /// New rows of the captions, as the core commits them.
+    /// Commits new rows, as the core does.
     void commit(const std::vector<std::string>& texts) {
         for (const auto& text : texts) {
             CaptionSegment row;
@@ -68,14 +68,14 @@ struct TranslatedSession : TranslatedCaptions {
         translation->startCommittedRun();
     }
 
-    /// A boundary decision with this newest sentence.
+    /// Reports a boundary decision with this newest sentence.
     void speak(const std::string& leading) {
         BoundaryObservation observation;
         observation.decision.leading = {leading};
         translation->pumpGhostTranslation(observation);
     }
 
-    /// Each row as its translation, "!" and its failure, or "?" while it waits.
+    /// Each row as its translation, "!" and its failure, or "?" while it is pending.
     std::vector<std::string> shown() const {
         std::vector<std::string> texts;
         for (const auto& row : rows)

@@ -26,7 +26,7 @@ class CaptionWindowTests : public WarningsFail {
             .findChild<QQuickItem*>("sourceList")
             ->findChild<QQuickItem*>("list");
     }
-    /// By how much the end of the rows lies below the list.
+    /// The height of the rows below the visible part of the list.
     double hiddenBelow() {
         return list()->property("originY").toDouble() +
                list()->property("contentHeight").toDouble() -
@@ -64,7 +64,7 @@ TEST_F(CaptionWindowTests, ChangesAsFewRowsAsAFrameDoes) {
     captions.publish();
     EXPECT_EQ(changedRows(), QList<int>{3});
     EXPECT_EQ(inserted.size(), 0);
-    captions.settle("And so on."); // where it grew
+    captions.settle("And so on."); // takes the place of the growing row
     captions.speak("Now");
     captions.publish();
     EXPECT_EQ(changedRows(), QList<int>{500});

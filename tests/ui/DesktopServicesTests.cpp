@@ -21,7 +21,7 @@ namespace tessarune {
 namespace {
 
 /// The system's login manager, the desktop's settings portal and its tray, as far as the program
-/// asks them.
+/// uses them.
 class ScriptedServices : public QDBusVirtualObject {
   public:
     QString introspect(const QString&) const override { return {}; }
@@ -47,17 +47,17 @@ class ScriptedServices : public QDBusVirtualObject {
         }
         return false;
     }
-    /// Whether the program still holds its end.
+    /// Whether the program still holds its end of the pipe.
     bool isHeld() const {
         char byte = 0;
         return held >= 0 && read(held, &byte, 1) != 0;
     }
 
     int held = -1;
-    bool hasPanel = false; ///< shows what is in the tray
+    bool hasPanel = false; ///< whether a panel shows the tray
 };
 
-/// A bus of the test's own, with one side for the services and one for the program.
+/// A private bus with one connection for the services and one for the program.
 class DesktopServices : public ::testing::Test {
   protected:
     DesktopServices() {
@@ -85,7 +85,7 @@ TEST_F(DesktopServices, ATrayIsFoundWhenItsPanelStartsAfterTheProgram) {
     const TrayWatch watch(program, [&] { ++found; });
     manager.registerVirtualObject("/StatusNotifierWatcher", &services);
     ASSERT_TRUE(manager.registerService("org.kde.StatusNotifierWatcher"));
-    services.hasPanel = true; // which it says of itself
+    services.hasPanel = true; // the panel announces itself
     manager.send(QDBusMessage::createSignal(
         "/StatusNotifierWatcher", "org.kde.StatusNotifierWatcher", "StatusNotifierHostRegistered"));
     EXPECT_TRUE(runUntil([&] { return found > 0 && watch.isThere(); }));

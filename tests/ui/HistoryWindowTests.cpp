@@ -68,7 +68,7 @@ TEST_F(HistoryWindowTests, KeysChooseDeleteAndTakeBack) {
     EXPECT_EQ(titles(), "First|Second|Third|");
     EXPECT_EQ(model().detail()->recording()->id, second);
 
-    // A disk that refuses
+    // The disk refuses the change.
     const auto index = history.paths.recordingIndex();
     const auto aside = history.folder / "index";
     std::filesystem::rename(index, aside);
@@ -125,7 +125,7 @@ TEST_F(HistoryWindowTests, TheChosenRecordingIsReadNotedAndExported) {
     EXPECT_EQ(model().message().toStdString(), "已保存到：" + file.string());
     EXPECT_TRUE(testing::contentsOf(file).starts_with("1\n00:00:00,000"));
 
-    // Whatever becomes of the recording, a note that is being written stays.
+    // A note that is being edited survives any change to the recording.
     QTest::keyClick(&window(), Qt::Key_C);
     history.catalog.saveBilingualTranscript("", id);
     history.catalog.announceTranscript(id);
@@ -135,14 +135,14 @@ TEST_F(HistoryWindowTests, TheChosenRecordingIsReadNotedAndExported) {
     ASSERT_TRUE(runUntil([&] { return detail.duration() == "12:35"; }));
     EXPECT_EQ(note->property("text"), "abc");
 
-    // What refinement saves shows, and a source without a translation says so.
+    // The window shows a refined text at once, and a hint if there is no translation.
     history.catalog.saveRefinedTranscript("New.", "", {}, id);
     ASSERT_TRUE(runUntil([&] { return shown(0, HistoryTranscriptModel::SourceRole) == "New."; }));
     EXPECT_TRUE(detail.hint().startsWith("这条录音没有保存译文。"));
 }
 
 TEST_F(HistoryWindowTests, TheRowIsMarkedInWhichTheSpokenSentenceIsRead) {
-    // The text was refined since it was translated.
+    // The text was refined after it had been translated.
     const UUID id = history.add(20, "One.\nTwo.\nTwo, too.\nThree.\nFour.",
                                 "One.\n一。\n\nTwo two.\n二。\n\nFour.\n四。\n\nFive.\n五。");
     HistoryWordTimeline timeline;
@@ -169,7 +169,7 @@ TEST_F(HistoryWindowTests, TheRowIsMarkedInWhichTheSpokenSentenceIsRead) {
     EXPECT_EQ(*history.player->boundedPlaybackSentenceIndex, 1U);
     playback.playRow(2);
     EXPECT_EQ(playback.position(), 28);
-    playback.focusRow(3); // nothing of it is in the recording any more
+    playback.focusRow(3); // the refined text no longer has this sentence
     EXPECT_EQ(playback.activeRow(), 3);
     EXPECT_EQ(playback.position(), 28);
     EXPECT_EQ(model().detail()->rows()->nearestRow(3), 1);
@@ -280,7 +280,7 @@ TEST_F(HistoryWindowTests, WordsAreCountedMarkedLookedUpAndHeard) {
     EXPECT_EQ(row(1), "time|times|3|false|");
 
     auto* const list = window().findChild<QQuickItem*>("words");
-    words.setQuery("TIMES"); // a form of it
+    words.setQuery("TIMES"); // a form of the lemma
     ASSERT_EQ(words.rowCount(), 1);
     list->forceActiveFocus();
     QTest::keyClick(&window(), Qt::Key_K);

@@ -1,4 +1,4 @@
-/// What Qt, fontconfig and the drivers keep until the process ends is theirs.
+/// Qt, fontconfig and the drivers keep memory until the process ends, so leaks are not detected.
 extern "C" const char* __asan_default_options();
 extern "C" const char* __asan_default_options() {
     return "detect_leaks=0";

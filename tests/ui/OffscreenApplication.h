@@ -16,7 +16,7 @@ inline QGuiApplication& offscreenApplication(const QByteArray& platform = "offsc
     static char name[] = "ui-tests";
     static char* argv[] = {name, nullptr};
     static const bool isOffscreen = qputenv("QT_QPA_PLATFORM", platform);
-    // Left to the end of the process: Qt's own statics may be gone before those of the program.
+    // Never destroyed: Qt's static objects may be gone before those of the program.
     static auto* const application = new QGuiApplication(argc, argv);
     Q_UNUSED(isOffscreen);
     return *application;
@@ -26,7 +26,7 @@ inline QGuiApplication& offscreenApplication(const QByteArray& platform = "offsc
 inline bool runUntil(const std::function<bool()>& condition) {
     QElapsedTimer running;
     running.start();
-    QTimer waking; // with a limit of time, events are not waited for
+    QTimer waking; // processEvents does not wait if it has a time limit
     waking.start(20);
     while (!condition()) {
         if (running.hasExpired(10'000))

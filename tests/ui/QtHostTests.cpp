@@ -53,7 +53,7 @@ TEST(QtHost, LosesNoBlockOfManyAndNoneThatIsLeftAtTheEnd) {
     EXPECT_EQ(held.use_count(), 1);
 }
 
-/// Qt says so on whichever thread speaks to the display first.
+/// Qt reports the loss on whichever thread next uses the display.
 TEST(LostDisplay, TheLastWorkIsDoneOnTheMainThreadWhicheverThreadNoticesIt) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(

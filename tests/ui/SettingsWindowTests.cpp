@@ -32,13 +32,13 @@ class SettingsWindowTests : public WarningsFail {
     static QString told(const SettingRowsModel& rows, int row, int role) {
         return rows.data(rows.index(row), role).toString();
     }
-    /// What is shown and can be used.
+    /// All visible controls.
     std::vector<QQuickItem*> controls() {
         std::vector<QQuickItem*> all;
         collect(*window().contentItem(), all);
         return all;
     }
-    /// The one with this accessible name.
+    /// The control with this name or text.
     QQuickItem* control(const char* name) {
         for (QQuickItem* item : controls()) {
             if (item->property("name") == QString::fromUtf8(name) ||
@@ -66,7 +66,7 @@ TEST_F(SettingsWindowTests, EverySettingHasAPlaceOrIsKnownToDoNothing) {
     const auto entries = settingEntries(settings.settings);
     for (const AnySetting* setting : settings.settings.all()) {
         const auto places = std::ranges::count(entries, setting, &SettingEntry::setting);
-        const bool isModifiers = setting->key().ends_with("Modifiers"); // with their key code
+        const bool isModifiers = setting->key().ends_with("Modifiers"); // shown with their key code
         EXPECT_EQ(places, isModifiers || isWithoutEffect(settings.settings, *setting) ? 0 : 1)
             << setting->key();
     }
@@ -79,7 +79,7 @@ TEST_F(SettingsWindowTests, AKeyPressIsStoredAndAForeignChangeShows) {
     toggle->forceActiveFocus(Qt::TabFocusReason);
     QTest::keyClick(&window(), Qt::Key_Space);
     EXPECT_EQ(settings.store.value("recordWhileCaptioning"), std::optional<SettingValue>(false));
-    EXPECT_FALSE(control("无损录音")->isEnabled()); // there is no recording that it could be of
+    EXPECT_FALSE(control("无损录音")->isEnabled()); // there is no recording that it applies to
 
     settings.store.set("recordWhileCaptioning", true);
     settings.changedElsewhere();
@@ -171,10 +171,10 @@ TEST_F(SettingsWindowTests, KeysThatDoTwoThingsAreTold) {
     EXPECT_EQ(conflicts(), (std::vector<int>{0, 7}));
     EXPECT_EQ(*settings.settings.shortcutToggleRecord.keyCode, 14);
     EXPECT_EQ(*settings.settings.shortcutToggleRecord.modifiers, 0x100000);
-    press(Qt::Key_F, Qt::ControlModifier); // the window's own key while none is taken
+    press(Qt::Key_F, Qt::ControlModifier); // the window's own key while no command takes it
     EXPECT_EQ(*settings.settings.shortcutToggleRecord.keyCode, 3);
     EXPECT_EQ(conflicts(), std::vector<int>{});
-    press(Qt::Key_Q, Qt::ControlModifier); // ends the program, and always will
+    press(Qt::Key_Q, Qt::ControlModifier); // always quits the program
     EXPECT_EQ(conflicts(), std::vector<int>{0});
     press(Qt::Key_VolumeUp, Qt::NoModifier);
     EXPECT_NE(shortcuts.data(shortcuts.index(0), ShortcutsModel::ProblemRole), "");
@@ -188,7 +188,7 @@ TEST_F(SettingsWindowTests, ADownloadShowsHowItGoesAndEnds) {
         ResourcesModel& models = settings.window->models();
         const auto told = [&](int role) { return models.data(models.index(2), role); };
         models.choose(2);
-        EXPECT_EQ(*settings.settings.speechModel, "automatic"); // what is not here cannot recognise
+        EXPECT_EQ(*settings.settings.speechModel, "automatic"); // a missing model cannot be chosen
         models.download(2);
         EXPECT_TRUE(told(ResourcesModel::LoadingRole).toBool());
         EXPECT_TRUE(runUntil([&] { return told(ResourcesModel::ProgressRole) == 30.0 / 78; }));

@@ -15,7 +15,7 @@
 
 namespace tessarune {
 
-/// A caption window over frames and a session that a script writes.
+/// A caption window over scripted frames and a scripted session.
 class StagedCaptions {
   public:
     StagedCaptions() {
@@ -56,7 +56,7 @@ class StagedCaptions {
         window->show();
     }
 
-    /// A settled sentence.
+    /// Adds a settled sentence.
     void settle(const std::string& source, const std::string& translation = "") {
         frame.sourceTextTail.push_back(row(source, translation, CaptionSegmentState::final));
         frame.mergedBilingualSourceTail = frame.sourceTextTail;

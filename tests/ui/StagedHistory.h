@@ -41,8 +41,8 @@ class ScriptedLexicon final : public Lexicon {
     }
 };
 
-/// A history window over a catalog that a script fills, a recogniser of files that understands what
-/// the script says, and a network that has what the script puts there.
+/// A history window over a scripted catalog, a file recogniser with a scripted result, and a
+/// network with scripted content.
 class StagedHistory {
   public:
     StagedHistory() {
@@ -56,7 +56,7 @@ class StagedHistory {
         stillHost.end();
     }
 
-    /// So many seconds before `now`; without an end it is being recorded.
+    /// Adds a recording that began `ago` seconds before `now`; a running one has no end.
     UUID add(double ago, const std::string& text, const std::string& bilingual = "",
              bool isRunning = false) {
         RecordingMetadata recording;
@@ -81,7 +81,7 @@ class StagedHistory {
             timeline.sentences.push_back({"", i * 7.5, i * 7.5 + 7, {}, "audioWord"});
         catalog.saveWordTimeline(timeline, id);
     }
-    /// A file outside of the history.
+    /// Writes a file outside the history.
     QUrl file(const std::string& name, const std::string& bytes) {
         const auto path = folder / name.c_str();
         testing::writeContents(path, bytes);
@@ -150,7 +150,7 @@ class StagedHistory {
     AudioExporter audio{host, {}};
     HistoryExport exporter{host, catalog, disk, audio,
                            [](const HistoryTranscriptPDFDocument&) { return std::string("%PDF"); }};
-    /// Without an index, so that it reads the transcripts.
+    /// Has no index, so it reads the transcripts.
     TranscriptSearch search{host,
                             disk,
                             catalog,
@@ -161,9 +161,9 @@ class StagedHistory {
                             }};
     // The recogniser
     std::vector<SpeechResult> heard = {simulation::spoken(true, "New words. And more.", 1)};
-    std::string failure;                  ///< why it does not get so far
-    bool hearsForever = false;            ///< it never gets so far
-    std::string model;                    ///< that it was asked for last
+    std::string failure;                  ///< why it fails; empty: it succeeds
+    bool hearsForever = false;            ///< it never finishes
+    std::string model;                    ///< the one requested last
     std::atomic<bool> isCopyHeld = false; ///< an import waits before it copies anything
     HistoryRefinementService refinement{
         {.host = host,
@@ -188,7 +188,7 @@ class StagedHistory {
     std::shared_ptr<VocabularyStore> vocabulary = std::make_shared<VocabularyStore>(disk, paths);
     Published<std::string> liveText; ///< of the running session
     std::optional<UUID> live;        ///< its recording
-    /// Over a sound server on which no time passes: what is to be heard stays where it begins.
+    /// The player's sound server has no passing time: playback stays where it begins.
     SimulatedHost stillHost{1e9};
     testing::ScriptedSoundServer speakers{stillHost};
     std::shared_ptr<AudioPlayer> player = std::make_shared<AudioPlayer>(
@@ -201,7 +201,7 @@ class StagedHistory {
     std::string suggested; ///< the name of the last export
     std::string copied;
     std::string opened;           ///< the last page in the browser
-    std::atomic<int> fetches = 0; ///< of anything in the network
+    std::atomic<int> fetches = 0; ///< requests to the network
     std::unique_ptr<HistoryWindow> window;
 
   private:

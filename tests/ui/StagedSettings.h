@@ -16,7 +16,7 @@
 
 namespace tessarune {
 
-/// Settings that another program changes, too.
+/// Settings that another program can change.
 class SharedUserDefaults final : public testing::MemoryUserDefaults {
   public:
     void observe(std::function<void()> onChange) override { changed = std::move(onChange); }
@@ -65,7 +65,7 @@ class ScriptedLanguages final : public TranslationLanguages {
     void remove(const std::string& /*id*/) override {}
 };
 
-/// A settings window over what a script says there is.
+/// A settings window over scripted models, languages and services.
 class StagedSettings {
   public:
     ~StagedSettings() { window.reset(); }
@@ -100,7 +100,7 @@ class StagedSettings {
                 }});
         window->show(pane);
     }
-    /// The store was written by another program.
+    /// Simulates a change of the store by another program.
     void changedElsewhere() const { store.changed(); }
 
     StagedCaptions captions; ///< with host, session and application

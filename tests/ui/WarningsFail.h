@@ -8,7 +8,7 @@
 
 namespace tessarune {
 
-/// What Qt says on standard error while a window is open fails the test.
+/// Any message of Qt while a window is open fails the test, except for two harmless ones.
 class WarningsFail : public ::testing::Test {
   protected:
     WarningsFail() {
@@ -20,7 +20,7 @@ class WarningsFail : public ::testing::Test {
                     warnings() << text;
             });
     }
-    /// The windows, which are the test's own, have gone by now.
+    /// Derived tests own the windows, so these are destroyed by now.
     ~WarningsFail() override {
         qInstallMessageHandler(before_);
         EXPECT_TRUE(warnings().isEmpty()) << warnings().join('\n').toStdString();

@@ -89,8 +89,8 @@ TEST(HistoryWordStatsTests, CountsTokensAndLemmasBySentence) {
     EXPECT_EQ(spanish.vocabularyCount, spanish.uniqueTokenCount);
 }
 
-/// Of irregular forms, of forms with several readings, and of words that lexicons of content words
-/// take for others.
+/// Irregular forms, forms with several readings, and function words that a lexicon of content words
+/// takes for others.
 TEST(HistoryWordStatsTests, LemmasOfIrregularForms) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"she was not there and they were is am are been being",

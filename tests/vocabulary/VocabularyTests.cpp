@@ -29,9 +29,9 @@ TEST(VocabularyTests, ListsAreSavedAtOnceNewestFirst) {
     {
         VocabularyStore store(disk, vocabularyPaths);
         EXPECT_EQ(*store.favoriteWords(), (Words{"old", "elder"}));
-        EXPECT_TRUE(disk.exists(vocabularyFile)); // carried over at once
+        EXPECT_TRUE(disk.exists(vocabularyFile)); // migrated at once
         store.addFavorite("  New ");
-        store.addFavorite("old"); // is there
+        store.addFavorite("old"); // already present
         store.markMastered("BE");
         store.markMastered(" ");
         store.removeFavorite("ELDER");
@@ -153,7 +153,7 @@ TEST(VocabularyTests, AWordIsFetchedWhenItIsAskedForAndHeardOnce) {
     EXPECT_EQ(*player.loadingKey(), Key());
     EXPECT_EQ(*player.activeKey(), "cambridgeUS|two");
 
-    player.play(Source::youdaoUS, "page"); // no sound: what is heard goes on
+    player.play(Source::youdaoUS, "page"); // no sound: playback continues
     host.runUntilIdle();
     EXPECT_EQ(*player.activeKey(), "cambridgeUS|two");
     EXPECT_EQ(*player.loadingKey(), Key());

@@ -39,7 +39,7 @@ struct StoredModel {
 };
 
 /// A model that has changed since it was installed, or that its engine cannot use. The text names
-/// it, and the file that is to blame, if any.
+/// the model and the faulty file, if there is one.
 struct ModelDamaged : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -50,8 +50,8 @@ struct ModelDamaged : std::runtime_error {
 /// verified at that moment.
 ///
 /// The store has several parts: the user's, which is writable, and read-only ones that came with
-/// the program. A model in an earlier part hides one of the same name in a later part, unless it is
-/// damaged. Any thread; nothing is cached.
+/// the program. A model in an earlier part hides one of the same name in a later part, unless only
+/// the earlier one is damaged. Any thread; nothing is cached.
 class ModelStore {
   public:
     ModelStore(FileSystem& files, std::filesystem::path writable,
@@ -74,8 +74,8 @@ class ModelStore {
     /// std::system_error if the disk fails.
     void remove(ModelKind kind, std::string_view name);
 
-    /// Whether a name is valid for a model or a file: letters, digits, ".", "_" and "-", not
-    /// beginning with a dot. Names come from foreign lists and must not lead out of their folder.
+    /// Whether a model or file can have this name: up to 100 letters, digits, ".", "_" and "-", not
+    /// beginning with a dot. Names come from downloads and must not lead out of their folder.
     static bool isSafeName(std::string_view name);
 
     // For the installer.

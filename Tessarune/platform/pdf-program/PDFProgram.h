@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-/// The program "tessarune-pdf", which is installed beside those that run it.
+/// The program "tessarune-pdf", which is installed in the folder of the programs that run it.
 namespace tessarune::PDFProgram {
 
 /// Lays a document out in another process, and waits for it. Any thread. Throws std::runtime_error

@@ -16,7 +16,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-/// From English to each; none for Thai so far.
+/// The targets of the pairs from English; Thai has no model so far.
 constexpr std::string_view builtInTargets[] = {"ar", "de", "es", "fr", "hi",      "id",
                                                "it", "ja", "ko", "nl", "pl",      "pt",
                                                "ru", "tr", "uk", "vi", "zh-Hans", "zh-Hant"};
@@ -50,8 +50,8 @@ struct Version {
     auto order() const { return std::tie(major, minor, isFinal, rest); }
 };
 
-/// For whom a model is published. The condition in its records is an expression of the publisher's
-/// own program; only known forms are understood.
+/// Who a model is published for. The condition in its records is an expression of the publisher's
+/// own program; a form that is not known here counts as a trial.
 enum class Audience { otherDevices, trial, everybody };
 
 Audience audienceOf(std::string_view condition) {
@@ -117,7 +117,7 @@ std::optional<Record> recordOf(const Json& entry, const TranslationCatalogueSour
     return record;
 }
 
-/// The records that were published together: files of different editions do not work together.
+/// The records that were published together: files of different editions are incompatible.
 struct Edition {
     std::map<std::string, const Record*, std::less<>> byRole;
 
@@ -139,7 +139,7 @@ struct Edition {
     }
 
     bool isBetterThan(const Edition& other) const {
-        // Of two models for everybody, one with a condition is made for computers like this.
+        // Of two models for everybody, the one with a condition is made for desktop computers.
         const auto rank = [](const Record& record) {
             return std::make_tuple(audienceOf(record.condition), record.version.order(),
                                    !record.condition.empty(), record.architecture);

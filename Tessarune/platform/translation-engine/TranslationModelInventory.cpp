@@ -15,16 +15,16 @@ namespace tessarune {
 namespace {
 
 constexpr const char* catalogueName = "catalogue.json";
-/// The published one has less than one megabyte.
+/// The published catalogue is smaller than one megabyte.
 constexpr std::uint64_t largestCatalogue = 16'000'000;
-/// Loading a model and translating a sentence takes about a hundredth of it.
+/// A generous limit: loading a model and translating a sentence takes about a hundredth of it.
 constexpr double trialSeconds = 30;
 
 [[noreturn]] void failUnknown(const std::string& id) {
     throw std::runtime_error(localized("There is no translation into the language %@.", {id}));
 }
 
-/// Platform identifiers.
+/// A pair of platform language identifiers.
 struct Languages {
     std::string source;
     std::string target;
@@ -32,7 +32,7 @@ struct Languages {
     auto operator<=>(const Languages&) const = default;
 };
 
-/// For a target that is offered.
+/// The languages for an offered target; throws for any other.
 Languages languagesFor(const std::string& id) {
     if (TranslationSupport::targetLanguage(id) == nullptr)
         failUnknown(id);
@@ -65,7 +65,7 @@ struct TranslationModelInventory::Shared {
     Downloader downloader;
     TranslationCatalogueSource source;
     ModelTrial trial;
-    std::shared_ptr<SerialQueue> network; ///< waits for the catalogue; made when first needed
+    std::shared_ptr<SerialQueue> network; ///< for the fetch of the catalogue; made on first use
     std::stop_source ending;
 
     using Pointer = std::shared_ptr<Shared>;
@@ -102,7 +102,7 @@ struct TranslationModelInventory::Shared {
         return model && model->damage.empty() ? model : std::nullopt;
     }
 
-    /// Fetches the newest catalogue; if that fails, the current one is used.
+    /// Fetches the newest catalogue. If that fails it throws, and the current one stays in use.
     static Task<void> refreshCatalogue(Pointer self, std::stop_token stop) {
         if (!self->network)
             self->network = self->host.serialQueue("tessarune.catalogue", QueuePriority::utility);
@@ -139,7 +139,7 @@ struct TranslationModelInventory::Shared {
         } catch (...) {
             failure = std::current_exception();
         }
-        // Only the new catalogue tells which pair to use.
+        // The pair is chosen after the refresh: only the newest catalogue tells the best one.
         const std::optional<TranslationPair> pair = self->pairFor(languages);
         std::optional<AvailableModel> model = pair ? self->catalogue()->model(*pair) : std::nullopt;
         if (!model && failure)
@@ -253,7 +253,7 @@ TranslationModelInventory::TranslationModelInventory(Host& host, ModelStore& sto
 TranslationModelInventory::~TranslationModelInventory() {
     shared_->ending.request_stop();
     if (shared_->network)
-        shared_->network->sync([] {}); // it may be at work on the disk
+        shared_->network->sync([] {}); // it may still be writing to the disk
 }
 
 std::optional<TranslationPair> TranslationModelInventory::pairFor(std::string_view source,

@@ -27,7 +27,7 @@ struct Resource {
     std::uint64_t bytes = 0; ///< 0: unknown, or nothing to download
     State state = State::available;
     bool isRemovable = false;
-    std::string note; ///< what else there is to say
+    std::string note; ///< additional information
 };
 
 /// Resources as rows, each with its state: chosen, downloading, damaged. Main thread; host and
@@ -36,14 +36,14 @@ class ResourcesModel final : public QAbstractListModel {
     Q_OBJECT
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
 
-    /// Set while the setting names none of these resources; empty otherwise.
+    /// Set while the setting is unreadable or names none of these resources; empty otherwise.
     Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
 
   public:
     enum Role {
         TitleRole = Qt::UserRole,
         FlagRole,
-        DetailRole, ///< state and size, what is on its way
+        DetailRole, ///< state and size, or the progress of a download
         NoteRole,
         ProblemRole,
         ChosenRole,
@@ -51,7 +51,7 @@ class ResourcesModel final : public QAbstractListModel {
         CanDownloadRole,
         CanRemoveRole,
         LoadingRole,
-        ProgressRole, ///< 0 to 1; below: unknown
+        ProgressRole, ///< 0 to 1; negative: unknown
     };
 
     /// The source of the resources. Each function throws with a text that can be shown.
@@ -61,7 +61,7 @@ class ResourcesModel final : public QAbstractListModel {
         std::function<std::vector<Resource>()> list;
         std::function<Task<void>(std::string id, Progress progress, std::stop_token stop)> download;
         std::function<void(const std::string& id)> remove;
-        /// A resource that is not installed can be chosen, too.
+        /// Whether a resource that is not installed can be chosen.
         bool choosesMissing = false;
     };
 
@@ -96,8 +96,8 @@ class ResourcesModel final : public QAbstractListModel {
     };
     struct Row {
         Resource resource;
-        std::shared_ptr<Download> download; ///< null: none is on its way
-        std::string problem;                ///< of the last thing that was tried
+        std::shared_ptr<Download> download; ///< null: no download in progress
+        std::string problem;                ///< of the last operation that failed
     };
     /// A download reports to this; null once the model has been destroyed.
     struct Link {

@@ -30,7 +30,7 @@ TEST(UtteranceTrackerTests, CountsChangesOfLeadingSentences) {
     observe({"A", "be\u0301"}, 0);
     observe({"a", "b", "c"}, 0);
     EXPECT_EQ(tracker.leadingChangeCounts, (Counts{2, 1, 0}));
-    // The first froze; the others move up and are compared with themselves.
+    // The first sentence froze; the others move up and are compared with their own former texts.
     EXPECT_EQ(observe({"b", "C"}, 1), Counts{2});
     EXPECT_EQ(tracker.leadingChangeCounts, (Counts{1, 1}));
     observe({"b"}, 0);

@@ -63,7 +63,7 @@ TEST(TaskTests, AHostThatEndsDestroysWhatNobodyWillResume) {
     const auto queue = host.serialQueue("queue", QueuePriority::utility);
     spawn(Executor::main(host), waitWithin(host, never, held));
     host.runUntilIdle();
-    spawn(Executor::queue(host, queue), waitFor(never, held)); // not even begun
+    spawn(Executor::queue(host, queue), waitFor(never, held)); // has not begun yet
     host.after(1, [held] { ++*held; });
     EXPECT_EQ(host.liveTasks(), 1U);
     EXPECT_EQ(host.waitingBlocks(), 2U);
@@ -120,7 +120,7 @@ TEST(TaskTests, SwitchingMovesTheCoroutineBetweenQueues) {
     EXPECT_EQ(onMain, (std::vector<bool>{true, false, true}));
 }
 
-/// Where what happened, and how many of these are alive.
+/// Says on which queue something ran, and counts its live instances.
 struct Witness {
     explicit Witness(std::string itsText) : text(std::move(itsText)) { ++alive; }
     Witness(const Witness& other) : text(other.text) { ++alive; }

@@ -27,7 +27,7 @@ TEST(NotificationCenterTests, TellsThoseWhoAskedForTheNameInTheirOrder) {
     EXPECT_EQ(told, "1131"
                     "22");
 
-    // A handler may end itself, ask for more and post.
+    // A handler may end its own observation, add another and post.
     told.clear();
     NotificationCenter::Observation once = center->observe("c", [&](const auto&) {
         once.end();

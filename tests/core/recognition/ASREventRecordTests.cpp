@@ -167,7 +167,7 @@ ASREventRecord anyRecord() {
     return record;
 }
 
-/// Byte for byte, which the comparison of words is not.
+/// Compares byte by byte, which equality of the words does not.
 bool same(const std::optional<ASREventRecord>& a, const std::optional<ASREventRecord>& b) {
     const auto fields = [](const ASREventRecord& r) {
         return std::tie(r.t, r.kind, r.text, r.revision, r.timestamp, r.start, r.end, r.reason,

@@ -6,7 +6,7 @@
 namespace tessarune {
 namespace {
 
-/// A final's words end at 9.88; a step of any other kind becomes a record of an unknown one.
+/// The words of a final end at 9.88; a step of any other kind becomes a record of unknown kind.
 CaptionReplay::Output replay(const std::string& script) {
     std::vector<ASREventRecord> records;
     for (const ScriptStep& step : scriptSteps(script)) {
@@ -33,7 +33,7 @@ TEST(CaptionReplayTests, TellsWhatTheCaptionsWouldHaveBeen) {
         {"everything that is open, in order",
          "5 p One two. if it rains today, we;5.4 p One two. if it rains today, we",
          "-- live --\nOne two.\nif it rains today,\nwe"},
-        // Seen from 5.06 on it is old enough at 5.7; from 5.7 on it would not be.
+        // First seen at 5.06, the sentence is old enough at 5.7; if seen from 5.7, it is not.
         {"a timer fires at its due time and not at the next record",
          "5 p x;5.01 p One two. x;5.7 p One two. x y", "One two. 🔒\n-- live --\nx y"},
         {"an unknown kind neither shows nor fires timers", "5 p a;5.01 p b;9 n z;5.02 f Late.",

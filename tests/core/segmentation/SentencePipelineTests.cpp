@@ -102,7 +102,7 @@ TEST(SentencePipelineTests, AnUncutFinalIsComparedAsAWhole) {
               Texts{"one two"});
 }
 
-/// A recogniser's guesses: each is the one before with words added, taken back or changed.
+/// A recogniser's guesses: each adds words to the previous one, removes some or changes one.
 rc::Gen<std::vector<std::string>> guesses() {
     const auto word = rc::gen::elementOf(std::vector<std::string>{
         "one", "two.", "three,", "Four?", "five", "six!", "好。", "文，", "Dr.", "seven;"});
@@ -149,7 +149,7 @@ RC_GTEST_PROP(SentencePipelinePropertyTests, EngineAndPipelineGiveTheSame, ()) {
 }
 
 RC_GTEST_PROP(SentencePipelinePropertyTests, EverySentenceIsFixedOnceWhateverTheTimes, ()) {
-    // Sentences grow word by word at the end of the text and, once complete, stay.
+    // Sentences grow word by word at the end of the text and never change once they are complete.
     BoundaryContext context{.segment = true, .freeze = true};
     HeuristicBoundaryEngine engine;
     const int sentences = *rc::gen::inRange(1, 8);

@@ -36,7 +36,7 @@ TEST(SentenceSegmenterTests, EndsSentencesAtTerminalPunctuation) {
         {"One:  two; three, four… five", {"One:  two; three, four… five"}},
         {"It costs 3.5 dollars.", {"It costs 3.5 dollars."}},
         {"Mixed.\tWhite\u00A0space.\r\nHere", {"Mixed.", "White\u00A0space.", "Here"}},
-        // closing marks stay with what they close
+        // closing marks stay with their sentence
         {"He said \"Stop.\" Then left", {"He said \"Stop.\"", "Then left"}},
         {"(Really?) [Yes!]} “Sure.”’ 」 end", {"(Really?)", "[Yes!]}", "“Sure.”’", "」 end"}},
         {"\"Stop.\"he said", {"\"Stop.\"he said"}},
@@ -45,7 +45,7 @@ TEST(SentenceSegmenterTests, EndsSentencesAtTerminalPunctuation) {
         {"他说「好。」然后走", {"他说「好。」", "然后走"}},
         {"你好.我", {"你好.我"}},
         {"你好， 我、你", {"你好， 我、你"}},
-        // a mark that carries an accent is another character
+        // a punctuation mark with a combining accent is another character
         {"One.\u0301 two", {"One.\u0301 two"}},
         {"One。\u0301two", {"One。\u0301two"}},
         {"A\xFF. B", {"A\xFF.", "B"}},
@@ -89,10 +89,10 @@ TEST(SentenceSegmenterTests, ClausesNeedThreeUnits) {
          {"我，你好，", "他们都来了；", "好"}},
         {"我 们，来", BoundaryUnit::characters, {"我 们，", "来"}},
         {"我，你好，他们", BoundaryUnit::words, {"我，你好，他们"}},
-        // without an ideograph the unit is words, whatever is asked for
+        // without an ideograph the unit is words, whichever is requested
         {"abc, def", BoundaryUnit::characters, {"abc, def"}},
         {"かな，かな", BoundaryUnit::characters, {"かな，かな"}},
-        // the clause that was cut off is no part of the next word
+        // a clause that was cut off does not belong to the next word
         {"你好你，e.g. 好", BoundaryUnit::characters, {"你好你，", "e.g. 好"}},
     };
     for (const auto& c : cases)
@@ -131,7 +131,7 @@ TEST(SentenceSegmenterTests, LongRemaindersAreCutSoThatNoFragmentHangs) {
             c.unit == BoundaryUnit::words ? words(c.count) : repeated("中", c.count);
         EXPECT_EQ(lengths(text, c.limit, c.unit), c.expected) << c.count << " with " << c.limit;
     }
-    // A cut writes single blanks, a remainder that stays whole keeps its own.
+    // A cut writes single blanks; an uncut remainder keeps its own.
     EXPECT_EQ(SentenceSegmenter::pieces(words(37, " \t")).front(), words(28));
     EXPECT_EQ(SentenceSegmenter::pieces(words(36, " \t")).front(), words(36, " \t"));
     EXPECT_EQ(
@@ -148,7 +148,7 @@ TEST(SentenceSegmenterTests, TheLastPieceIsLiveEvenIfItIsFinished) {
     EXPECT_EQ(SentenceSegmenter::segment(" "), Segmentation());
 }
 
-/// Words, marks, blanks, and what makes cutting hard, more often than chance would give them.
+/// Texts of the given parts, which are hard to cut and rare in random text.
 rc::Gen<std::string> textOf(std::vector<std::string> parts) {
     return rc::gen::map(
         rc::gen::container<std::vector<std::string>>(rc::gen::elementOf(std::move(parts))),

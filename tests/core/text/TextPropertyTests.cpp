@@ -12,7 +12,7 @@
 namespace tessarune {
 namespace {
 
-/// One of the pieces of which hard texts are made: each joins, parts, composes or breaks something.
+/// One piece of a difficult text: each piece joins, splits, composes or breaks something.
 rc::Gen<std::string> hardPiece() {
     return rc::gen::elementOf(std::vector<std::string>{
         "a",      "e",      "K",      " ",      "\t",     "\r",     "\n",     ".",
@@ -69,7 +69,7 @@ RC_GTEST_PROP(TextPropertyTests, CountsAreThoseOfThePieces, ()) {
 }
 
 RC_GTEST_PROP(TextPropertyTests, ComparisonsAgreeWithTheLongWay, ()) {
-    // Texts that share a beginning, differ in a piece or two, and may be equivalents.
+    // Texts with a common prefix that differ in a piece or two and may be canonically equivalent.
     const auto beginning = *anyText();
     const auto a = beginning + *hardText();
     const auto b = *rc::gen::elementOf(std::vector<std::string>{
@@ -101,7 +101,7 @@ RC_GTEST_PROP(TextPropertyTests, ShortestReadsBackTheSame, (std::uint64_t bits))
     RC_ASSERT(std::strtod(Text::shortest(value).c_str(), nullptr) == value);
 }
 
-/// The claim on which every short cut stands, for every code point that it is made of.
+/// The property that every fast path relies on, for every plain code point.
 TEST(TextPropertyTests, PlainCodePointsJoinNothing) {
     std::vector<std::string> plain;
     for (char32_t codePoint = 0; codePoint < 0x110000; ++codePoint) {
@@ -111,7 +111,7 @@ TEST(TextPropertyTests, PlainCodePointsJoinNothing) {
         }
     }
     ASSERT_GT(plain.size(), 30000u);
-    // After these a plain code point begins a character although they join what is before them.
+    // A plain code point after these begins a character, although they join the one before them.
     const std::vector<std::string> neighbours{"a",  "가",      "각",     "中",
                                               "か", "क\u094D", "\u200D", "👩\u200D",
                                               "🇺",  "e\u0301", "\u093F", "\xFF"};

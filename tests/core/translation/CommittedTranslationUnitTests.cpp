@@ -48,7 +48,7 @@ std::vector<UUID> ids(const std::vector<CaptionSegment>& segments, std::vector<s
 TEST(CommittedTranslationUnitPlannerTests, GroupsRowsUntilTheyAreSensibleToTranslate) {
     struct Case {
         std::vector<std::string> texts;
-        std::vector<std::size_t> members; // of the next unit; none: it waits
+        std::vector<std::size_t> members; // of the next unit; empty: none is ready
         std::string sourceText;
         std::vector<std::size_t> forced; // with forceTail
     };
@@ -65,16 +65,16 @@ TEST(CommittedTranslationUnitPlannerTests, GroupsRowsUntilTheyAreSensibleToTrans
         {{"Hello", " "}, {}, "", {0, 1}},
         {{" ", "\t"}, {0, 1}, "", {0, 1}},
         {{"He said \"no.\")"}, {0}, "He said \"no.\")", {0}},
-        {{"He said \"no.\" )"}, {}, "", {0}}, // the walk back stops at the blank
+        {{"He said \"no.\" )"}, {}, "", {0}}, // the backward search stops at the blank
         {{"他说「好。」』】）"}, {0}, "他说「好。」』】）", {0}},
         {{"Hello,", "\")"}, {}, "", {0, 1}},
-        // Punctuation alone is nothing to translate.
+        // Punctuation alone needs no translation.
         {{"...", "?!", "Yes.", "No."}, {0, 1, 2}, "... ?! Yes.", {0, 1, 2}},
         {{"..."}, {}, "", {0}},
         {{words27}, {}, "", {0}},
         {{words27, "word"}, {0, 1}, words27 + "word", {0, 1}},
         {{repeated("字", 179)}, {}, "", {0}},
-        {{repeated("e\u0301", 179)}, {}, "", {0}}, // counted as the reader sees them
+        {{repeated("e\u0301", 179)}, {}, "", {0}}, // counted in user-perceived characters
         {{repeated("字", 89), repeated("字", 90)},
          {0, 1},
          repeated("字", 89) + " " + repeated("字", 90),
@@ -116,7 +116,7 @@ TEST(CommittedTranslationUnitPlannerTests, ALongGroupIsCompleteByItsDuration) {
     };
     for (const auto& c : cases) {
         auto segments = rows({" ", "I think", "so"});
-        segments[0].startedAt = 0; // blank rows set no time
+        segments[0].startedAt = 0; // blank rows do not set the start time
         segments[0].committedAt = 1;
         segments[1].startedAt = c.startedAt;
         segments[1].endedAt = c.firstEnd;
@@ -125,7 +125,7 @@ TEST(CommittedTranslationUnitPlannerTests, ALongGroupIsCompleteByItsDuration) {
         segments[2].committedAt = c.lastCommit;
         const auto unit = nextPendingUnit(segments);
         const bool whole = unit && unit->segmentIDs.size() == 3;
-        const bool early = unit && unit->segmentIDs.size() == 2; // the first end was enough
+        const bool early = unit && unit->segmentIDs.size() == 2; // the second row completes it
         EXPECT_EQ(whole || early, c.isComplete) << c.name;
         if (whole) {
             EXPECT_EQ(unit->committedAt, c.lastCommit) << c.name;

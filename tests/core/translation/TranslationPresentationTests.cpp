@@ -21,7 +21,7 @@ CaptionSegment row(std::string source, std::optional<std::string> translated = s
     return segment;
 }
 
-/// Rows of which the last three are one unit.
+/// Four rows, of which the last three are one unit.
 struct UnitOfThree : ::testing::Test {
     std::vector<CaptionSegment> segments{row("Zero.", "null"), row("One,"), row("two,"),
                                          row("three.")};

@@ -87,7 +87,7 @@ TEST(GhostTranslationPlannerTests, TakesTheNewestSentenceBeforeAClause) {
         {{"Well,"}, {"I think so."}, "I think so."},
         {{"Well, I think,"}, {}, "Well, I think,"},
         {{"Well, I"}, {"One two.", " Three four. ", "  "}, "Three four."},
-        {{"Well, I"}, {"Yes."}, std::nullopt}, // the newest one alone counts
+        {{"Well, I"}, {"Yes."}, std::nullopt}, // only the newest one counts
         {{}, {"我觉得是的。"}, std::nullopt},
         {{}, {"我 觉得。"}, "我 觉得。"},
         {{}, {"one\u00A0word"}, std::nullopt},

@@ -29,7 +29,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What both processes have of the program: the one that records, and the one that repairs.
+/// The parts of the program that the recording and the repairing process share.
 struct Program {
     Program(Host& host, const fs::path& folder)
         : paths{folder}, logger(host, files, paths), catalog(host, files, paths, logger, center) {}
@@ -41,8 +41,8 @@ struct Program {
     RecordingCatalog catalog;
 };
 
-/// One session after the other, as fast as the disk takes them, until somebody kills the process.
-/// Each one that is saved is told through `told`.
+/// Records one session after another, as fast as the disk allows, until the process is killed.
+/// Writes the ID of each saved one to `told`.
 Task<void> recordForEver(LoopHost& host, Program& program, int told) {
     AudioExporter exporter(host, transcodeToM4A);
     RecordingAudioCompressor compressor(host, program.files, program.catalog, program.logger,
@@ -80,7 +80,7 @@ Task<void> recordForEver(LoopHost& host, Program& program, int told) {
     }
 }
 
-/// Runs `work` in a process of its own and kills it after a while.
+/// Runs `work` in a separate process and kills that process after a while.
 void runAndKill(const fs::path& folder, std::chrono::microseconds after,
                 const std::function<void(LoopHost&, Program&)>& work) {
     const pid_t child = ::fork();
@@ -95,7 +95,7 @@ void runAndKill(const fs::path& folder, std::chrono::microseconds after,
     ::waitpid(child, nullptr, 0);
 }
 
-/// Records into `folder` until it is killed, and gives what was told as saved.
+/// Records into `folder` until killed; returns the sessions that were reported as saved.
 std::vector<UUID> recordAndKill(const fs::path& folder, std::chrono::microseconds after) {
     int told[2];
     if (::pipe(told) != 0)
@@ -124,7 +124,7 @@ double playedSeconds(const fs::path& audio) {
     return seconds;
 }
 
-/// What is there before anything is repaired.
+/// Checks the recordings as the kill left them, before any repair.
 void expectPlayable(Program& program) {
     for (const auto& entry : program.catalog.recordings()) {
         if (!entry.filePath.ends_with(".wav"))

@@ -13,19 +13,19 @@
 
 namespace tessarune::testing {
 
-/// Sound whose pitch rises evenly, so that any hundredth of a second of it tells where it is, also
-/// at a speed that keeps the pitch.
+/// Sound with a linearly rising pitch, so that any 10 ms of it reveal their position, even at
+/// another speed that preserves the pitch.
 struct Chirp {
     static constexpr double lowest = 400;        ///< Hz
     static constexpr double risePerSecond = 300; ///< Hz
     static constexpr double seconds = 8;
-    static constexpr double amplitude = 0.1414; ///< of -20 dB, the level of all playback
+    static constexpr double amplitude = 0.1414; ///< -20 dB, the level of all playback
 
     static float at(double time) {
         const double turns = time * (lowest + risePerSecond * time / 2);
         return static_cast<float>(amplitude * std::sin(2 * std::numbers::pi * turns));
     }
-    /// Where the pitch is that of `frequency`.
+    /// The position, in seconds, at which the pitch is `frequency`.
     static double placeOf(double frequency) { return (frequency - lowest) / risePerSecond; }
 };
 
@@ -49,7 +49,7 @@ class ChirpFile final : public MediaFile {
     std::size_t next_ = 0;
 };
 
-/// How loud one channel is: 0.5 for a tone of amplitude 0.5.
+/// The amplitude of one channel: 0.5 for a tone of amplitude 0.5.
 inline double amplitudeOf(const std::vector<float>& sound) {
     double sum = 0;
     for (const float sample : sound)
@@ -57,8 +57,8 @@ inline double amplitudeOf(const std::vector<float>& sound) {
     return sound.empty() ? 0 : std::sqrt(2 * sum / static_cast<double>(sound.size()));
 }
 
-/// The frequency of a tone below 3000 Hz. Of a tone the sum of two samples that lie as far before
-/// and behind a third is that one times the cosine of the turn between them, twice.
+/// The frequency of a tone below 3000 Hz, from the identity
+/// x[i - n] + x[i + n] = 2 cos(phase of n samples) x[i].
 inline double frequencyOf(const std::vector<float>& sound, double sampleRate) {
     constexpr double highest = 3000;
     const auto apart = static_cast<std::size_t>(sampleRate / 2 / highest);

@@ -17,12 +17,12 @@ using testing::Chirp;
 
 class PlaybackTests : public PrivateServerTest {
   protected:
-    /// What was heard at one moment, and what the player showed then; seconds of the recording.
+    /// The position heard at one moment and the position shown then, in seconds of the recording.
     struct Moment {
         double heard;
         double shown;
     };
-    static constexpr double momentSeconds = 0.01; // as long are the buffers of a record stream
+    static constexpr double momentSeconds = 0.01; // the buffer length of a record stream
     static constexpr double nearSeconds = 0.03;
 
     void SetUp() override {
@@ -37,7 +37,7 @@ class PlaybackTests : public PrivateServerTest {
         player->startPlayback();
     }
 
-    /// Hears what the output plays, from now on.
+    /// Listens to the output from now on.
     void listenAt(const std::string& outputID) {
         stream.reset();
         ASSERT_TRUE(eventually([&] {
@@ -55,7 +55,7 @@ class PlaybackTests : public PrivateServerTest {
         return eventually(
             [&] { return static_cast<double>(moments.size()) * momentSeconds >= seconds; });
     }
-    /// Goes to a place and waits until what is heard has settled there.
+    /// Seeks to a position and waits until the sound heard has settled there.
     void settleAt(double place) {
         constexpr double settlingSeconds = 0.3;
         player->seek(place);
@@ -68,8 +68,8 @@ class PlaybackTests : public PrivateServerTest {
         }));
         forget();
     }
-    /// Plays from one place and compares. A server whose turn comes too late leaves gaps of its
-    /// own; what is ours comes each time.
+    /// Plays from one position and compares. A delayed server causes gaps at random, so the check
+    /// retries; a fault of ours would occur each time.
     ::testing::AssertionResult showsWhatIsHeard(double near, double largestStep) {
         constexpr int takes = 4;
         for (int take = 0; take < takes; ++take) {
@@ -88,10 +88,10 @@ class PlaybackTests : public PrivateServerTest {
     std::unique_ptr<RecordStream> stream;
     bool isOpening = false;
     std::vector<Moment> moments;
-    int silences = 0; ///< moments without sound between those with it
+    int silences = 0; ///< silent moments between audible ones
 
   private:
-    /// In the middle of all moments.
+    /// The median over all moments.
     double typicalDifference() const {
         std::vector<double> differences;
         for (const Moment& moment : moments)
@@ -99,7 +99,7 @@ class PlaybackTests : public PrivateServerTest {
         std::ranges::sort(differences);
         return differences.empty() ? Chirp::seconds : differences[differences.size() / 2];
     }
-    /// How much larger than it should be the largest step between two moments is.
+    /// By how much the largest step between two moments exceeds the expected one.
     double stepTooLarge() const {
         double largest = 0;
         for (std::size_t i = 1; i < moments.size(); ++i)
@@ -129,7 +129,7 @@ class PlaybackTests : public PrivateServerTest {
             handlers.onBuffer = [self](const AudioBufferPtr& sound) { self->take(*sound); };
             auto opening = self->server->openRecordStream(request, handlers, main);
             self->stream = co_await opening;
-        } catch (const SoundServerError&) { // a server that has just come back; tried again
+        } catch (const SoundServerError&) { // the server has just restarted; the caller retries
         }
         self->isOpening = false;
     }
@@ -140,7 +140,7 @@ TEST_P(PlaybackTests, ShowsWhatIsHeardWithoutAGapAtAnySpeed) {
     for (const double rate : {1.0, 0.5, 2.0, 3.0}) {
         SCOPED_TRACE(rate);
         player->setRate(rate);
-        // The filter that changes the speed joins windows of so much sound.
+        // The filter that changes the speed joins windows of this length.
         constexpr double windowSeconds = 0.064;
         const bool isFiltered = rate != 1;
         EXPECT_TRUE(showsWhatIsHeard(nearSeconds * std::max(1.0, rate) +

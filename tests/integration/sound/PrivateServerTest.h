@@ -13,7 +13,7 @@
 
 namespace tessarune {
 
-/// A sound server of the test's own, once of each kind that is installed.
+/// Runs each test with a private sound server, once per installed kind.
 class PrivateServerTest : public ::testing::TestWithParam<PrivateSoundServer::Kind> {
   public:
     using Kind = PrivateSoundServer::Kind;
@@ -23,7 +23,7 @@ class PrivateServerTest : public ::testing::TestWithParam<PrivateSoundServer::Ki
     }
 
   protected:
-    static constexpr double patience = 20; // seconds; everything takes a small part of it
+    static constexpr double patience = 20; // seconds; far more than anything takes
 
     void SetUp() override {
         if (!PrivateSoundServer::isInstalled(GetParam()))
@@ -45,7 +45,7 @@ class PrivateServerTest : public ::testing::TestWithParam<PrivateSoundServer::Ki
         host.run();
         return condition();
     }
-    /// Runs pactl against the private server; gives what it prints.
+    /// Runs pactl against the private server; returns its output.
     std::string control(const std::string& arguments) const {
         const std::string command = "PULSE_SERVER=" + daemon->address() + " pactl " + arguments;
         std::string printed;

@@ -21,7 +21,7 @@ using testing::strength;
 using testing::tone;
 using testing::toneOfSecond;
 
-/// Collects what a capture delivers, on whichever thread.
+/// Collects what a capture delivers, on any thread.
 class Recording final : public SystemAudioCaptureDelegate {
   public:
     void systemAudioCapture(SystemAudioCapture&, AudioBufferPtr buffer) override { add(buffer); }
@@ -147,7 +147,7 @@ class PulseSoundServerTests : public PrivateServerTest {
         ASSERT_EQ(outcome.failure, "");
         ASSERT_TRUE(eventually([&] { return recording->seconds() > 0.05; }));
     }
-    /// Plays a tone, again if need be, until the capture hears it.
+    /// Plays a tone, repeatedly if necessary, until the capture hears it.
     bool isHeard(double frequency) {
         bool heard = false;
         const double deadline = host.now() + patience;
@@ -173,8 +173,8 @@ TEST_P(PulseSoundServerTests, EverySecondThatIsPlayedArrivesInOrder) {
     std::vector<AudioBufferPtr> buffers;
     for (int second = 0; second < seconds; ++second)
         buffers.push_back(tone(toneOfSecond(second), 1, {16000, 1}));
-    // A server whose turn comes too late loses sound before anybody can hear it, and plays on; what
-    // is lost on this side is lost each time.
+    // A delayed server loses sound at random, before any client can hear it; a loss on this side
+    // would occur in each take.
     constexpr int takes = 3;
     std::ptrdiff_t least = 0;
     for (int take = 0; take < takes && least < 95; ++take) {
@@ -238,7 +238,7 @@ TEST_P(PulseSoundServerTests, ReconnectsAfterTheServerWasKilledAndReportsTheHole
 TEST_P(PulseSoundServerTests, ListsMicrophonesAndLetsOneBeChosen) {
     ASSERT_EQ(complete(server->connect(Executor::main(host))).failure, "");
     EXPECT_TRUE(AudioInputDevices::inputDevices(*server).empty()) << "a monitor is no microphone";
-    // What is played becomes what the microphone hears.
+    // A virtual microphone hears what is played.
     const std::string output = PrivateSoundServer::outputID;
     const std::string module =
         control("load-module module-remap-source master=" + output +
@@ -279,8 +279,8 @@ TEST_P(PulseSoundServerTests, StartsAndStopsInAnyOrderWithoutAStreamLeftBehind) 
 } // namespace
 } // namespace tessarune
 
-/// The client library of the server is not built for the thread sanitizer, which therefore does not
-/// see how it hands its packets around.
+/// The server's client library is not built with the thread sanitizer, which therefore does not see
+/// how the library synchronizes its packets.
 extern "C" const char* __tsan_default_suppressions() {
     return "race:libpulse\n";
 }

@@ -10,7 +10,7 @@
 
 namespace tessarune::testing {
 
-/// A tone for each second of a recording, far enough apart to be told from each other.
+/// A tone for each second of a recording, far enough apart to be distinguished.
 inline double toneOfSecond(int second) {
     return 400.0 + 150.0 * second;
 }
@@ -28,7 +28,7 @@ inline AudioBufferPtr tone(double frequency, double seconds, AudioFormat format)
     return buffer;
 }
 
-/// How strong a frequency is in a stretch of one channel: 0.5 for a tone of amplitude 0.5.
+/// The amplitude of a frequency in a stretch of one channel: 0.5 for a tone of amplitude 0.5.
 inline double strength(const std::vector<float>& sound, std::size_t from, std::size_t count,
                        double frequency, double sampleRate) {
     double real = 0;
@@ -41,7 +41,7 @@ inline double strength(const std::vector<float>& sound, std::size_t from, std::s
     return 2 * std::hypot(real, imaginary) / static_cast<double>(count);
 }
 
-/// For each hundredth of a second that has one of the tones: of which second it is.
+/// The second whose tone is heard, for each hundredth of a second in which one is.
 inline std::vector<int> secondsHeard(const std::vector<float>& sound, double sampleRate,
                                      int seconds) {
     std::vector<int> heard;
@@ -55,7 +55,7 @@ inline std::vector<int> secondsHeard(const std::vector<float>& sound, double sam
     return heard;
 }
 
-/// The first sample that is no silence.
+/// The index of the first sample that is not silent.
 inline std::size_t onset(const std::vector<float>& sound) {
     std::size_t at = 0;
     while (at < sound.size() && std::abs(sound[at]) < 0.01F)

@@ -1,5 +1,5 @@
-// Recordings exported, changed and deleted as a user of the terminal does it; what comes out is
-// read back by other programs.
+// Recordings are exported, changed and deleted with the terminal program, and other programs read
+// the exported files back.
 #include "Tessarune/platform/disk/DataFolderLock.h"
 #include "TessaruneCore/text/Text.h"
 #include "tests/support/FileContents.h"
@@ -82,8 +82,8 @@ class ExportTests : public ::testing::Test {
          "笑 😀 완 𠮷野家"}};
 };
 
-/// Radicals look like Chinese characters, presentation forms like Arabic letters, and emoji can be
-/// seen where nothing can be selected.
+/// A page may look right and still contain radicals for Chinese characters, presentation forms for
+/// Arabic letters, or emoji that cannot be selected.
 TEST_F(ExportTests, TextSelectedInAPDFIsWhatWasWritten) {
     const ProgramRun text = tool("/usr/bin/env", {"pdftotext", "-layout", exported("a.pdf"), "-"});
     ASSERT_EQ(text.status, 0) << text.error;

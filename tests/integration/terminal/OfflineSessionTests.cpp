@@ -17,8 +17,8 @@ using Json = nlohmann::json;
 
 constexpr const char* unshareProgram = "/usr/bin/unshare";
 
-/// Runs programs in a network namespace that has no interface but a dead loopback. The kernel
-/// counts there what a program tries to send, a question for a name included.
+/// Runs programs in a network namespace whose only interface, the loopback, is down. The kernel
+/// counts what a program tries to send there, including DNS queries.
 class OfflineSessionTests : public ::testing::Test {
   protected:
     void SetUp() override {
@@ -30,7 +30,7 @@ class OfflineSessionTests : public ::testing::Test {
         GTEST_SKIP() << "this system gives no network namespace";
     }
 
-    /// After the seconds the program is asked to end.
+    /// Runs the terminal program and asks it to end after `seconds`.
     ProgramRun terminal(const std::vector<std::string>& arguments, const char* seconds = "240") {
         std::vector<std::string> words = unshare_;
         for (
@@ -46,7 +46,7 @@ class OfflineSessionTests : public ::testing::Test {
                     "PULSE_SERVER=unix:/nowhere"});
     }
 
-    /// How often the program run last tried to send something, as far as there was a way or not.
+    /// How often the last program tried to send something, with or without a route.
     std::uint64_t attempts() const {
         std::uint64_t sum = 0;
         std::istringstream lines(contentsOf(folder / "counts"));

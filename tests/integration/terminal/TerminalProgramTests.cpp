@@ -37,7 +37,7 @@ class TerminalProgramTests : public ::testing::Test {
         return run(fs::path(TESSARUNE_BIN) / "tessarune-terminal", arguments, folder.path(),
                    environment);
     }
-    /// The last seconds of it, on a sound server.
+    /// Checks that a recording plays on a sound server, from a time to its end.
     void expectPlayed(const std::string& id, const char* from) const {
         const PrivateSoundServer server;
         std::vector<std::string> withServer = environment;
@@ -59,7 +59,7 @@ class TerminalProgramTests : public ::testing::Test {
                                             "LC_ALL=C", noServer};
 };
 
-/// What a replay printed as committed rows, without the marks behind them.
+/// The committed rows that a replay printed, without their marks.
 std::vector<std::string> replayedRows(const std::string& output) {
     std::vector<std::string> rows;
     for (const auto& line : lines(output)) {
@@ -185,7 +185,7 @@ TEST_F(TerminalProgramTests, ARecordingThatIsTranscribedAgainOrImportedIsNoWorse
     ASSERT_EQ(listed.size(), 2U) << "what is unreadable leaves nothing behind";
     EXPECT_EQ(Json::parse(listed.front())["note"], "two_cities");
     EXPECT_EQ(Json::parse(listed.front())["bilingual"], true);
-    constexpr double oneWord = 0.01; // another file of the same speech
+    constexpr double oneWord = 0.01; // per word; the import reads another file of the same speech
     EXPECT_LE(rateOf(Json::parse(listed.front())["id"]), live + 2 * oneWord);
     const fs::path sounds = folder / "data/Tessarune/Recordings";
     EXPECT_EQ(std::distance(fs::directory_iterator(sounds), {}), 2);
@@ -216,7 +216,7 @@ TEST_F(TerminalProgramTests, ASecondProgramDoesNotRecordIntoTheSameFolder) {
     const ProgramRun alone = captions({"--no-record"});
     EXPECT_EQ(alone.status, 0) << alone.error;
     EXPECT_NE(alone.output, "");
-    // Diagnostics record too, whatever else is set.
+    // Diagnostics record, too, whatever the recording setting.
     ASSERT_EQ(terminal({"--set", "recordWhileCaptioning=false", "--set",
                         "sessionDiagnosticsEnabled=true"})
                   .status,
@@ -265,7 +265,7 @@ TEST_F(TerminalProgramTests, ASessionThatWasKilledIsCompletedAtTheNextStartAndTo
     EXPECT_FALSE(fs::exists(run)) << "what was said is in it";
 }
 
-/// The pipe is full and nobody reads it: neither the session nor a signal waits for that.
+/// The pipe is full and has no reader: neither the session nor a signal waits for it.
 TEST_F(TerminalProgramTests, AReaderThatDoesNotReadHoldsUpNothing) {
     const auto stuck = [this](std::vector<std::string> source, const std::string& then) {
         std::vector<std::string> words = {
@@ -283,7 +283,7 @@ TEST_F(TerminalProgramTests, AReaderThatDoesNotReadHoldsUpNothing) {
         std::string text = untilThereIs;
         return text.replace(text.find("%s"), 2, sign);
     };
-    // The second Ctrl-C ends it at once, whatever the first was for.
+    // A second Ctrl-C ends the program at once, whatever the first one did.
     EXPECT_EQ(stuck({file("two_cities.wav")},
                     until("wav") + "kill -INT $!; sleep 0.4; kill -INT $!; wait $!")
                   .status,
@@ -291,7 +291,7 @@ TEST_F(TerminalProgramTests, AReaderThatDoesNotReadHoldsUpNothing) {
     const ProgramRun lost = stuck({file("beckett.wav"), "--fast"},
                                   until("m4a") + "kill -INT $!; sleep 0.4; kill -INT $!; wait $!");
     EXPECT_TRUE(lost.status == 74 || lost.status == 130) << lost.status;
-    // What was not read in time is there when it is read at last, and whole.
+    // Output that is read late is complete.
     const ProgramRun late = stuck({file("beckett.wav"), "--fast", "--no-record"},
                                   "program=$!; head -c 65536 <&3 >/dev/null; "
                                   "while IFS= read -r line <&3; do echo \"$line\"; "
@@ -410,7 +410,7 @@ TEST_F(TerminalProgramTests, ADamagedModelIsNamedBeforeItIsLoadedAndTheRestWorks
         << "a session downloads nothing";
 }
 
-/// The program alone in a folder: neither the engine nor a model is where it looks.
+/// The program is alone in a folder, so it finds neither the engine nor a model.
 TEST_F(TerminalProgramTests, WithoutItsModelTheProgramSaysSoAndListsWhatThereIsToGet) {
     const fs::path alone = folder / "tessarune-terminal";
     fs::copy_file(fs::path(TESSARUNE_BIN) / "tessarune-terminal", alone);

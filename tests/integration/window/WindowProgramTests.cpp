@@ -23,7 +23,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// False if it does not come to hold within so long.
+/// Whether the condition becomes true within `seconds`.
 bool within(double seconds, const std::function<bool()>& condition) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
     while (!condition()) {
@@ -38,7 +38,7 @@ bool within(double seconds, const std::function<bool()>& condition) {
 class WindowProgram : public ::testing::Test {
   protected:
     WindowProgram() {
-        // Translated with the model that is there, and logged step by step.
+        // Translates with the installed model, and logs every step.
         fs::create_directories(folder_ / "config/Tessarune");
         std::ofstream(folder_ / "config/Tessarune/settings.json")
             << R"({"translationTargetLanguage": "pt-BR", "diagnosticsLevel": "verbose"})";
@@ -61,7 +61,7 @@ class WindowProgram : public ::testing::Test {
     StartedProgram start(std::vector<std::string> arguments) {
         return {TESSARUNE_BIN "/tessarune", arguments, folder_.path(), environment_};
     }
-    /// Assistive programs have a bus of their own, which finds the display's.
+    /// Assistive programs use a separate bus, which finds the session bus of the display.
     void startAccessibility() {
         environment_.emplace_back("QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1");
         accessibility_.emplace("/usr/libexec/at-spi-bus-launcher",
@@ -75,7 +75,7 @@ class WindowProgram : public ::testing::Test {
     StartedProgram pressAt(const std::string& button, const std::string& event) {
         return screenReader({"press", button, (data_ / "Logs").string(), event});
     }
-    /// What the program has logged under this name.
+    /// How many events of this name the program has logged.
     std::size_t count(const std::string& event) const {
         std::size_t found = 0;
         if (!fs::exists(data_ / "Logs"))
@@ -89,7 +89,7 @@ class WindowProgram : public ::testing::Test {
         }
         return found;
     }
-    /// A committed row is in the journal of the running session.
+    /// Whether the journal of the running session has a committed row.
     bool hasRow() const {
         if (!fs::exists(data_ / "Transcripts"))
             return false;
@@ -100,7 +100,7 @@ class WindowProgram : public ::testing::Test {
         }
         return false;
     }
-    /// Every recording has its sound and its text, and nothing is left of a journal.
+    /// Checks that every recording has its sound and text, and that no journal remains.
     void expectSaved(std::size_t recordings) const {
         const auto index = nlohmann::json::parse(contentsOf(data_ / "recordings.json"));
         EXPECT_EQ(index.size(), recordings);
@@ -112,7 +112,7 @@ class WindowProgram : public ::testing::Test {
         }
         EXPECT_FALSE(hasJournal());
     }
-    /// The next start would find an interrupted session.
+    /// Whether a journal remains, from which the next start would restore a session.
     bool hasJournal() const {
         return std::ranges::any_of(fs::directory_iterator(data_ / "Transcripts"),
                                    [](const fs::directory_entry& file) {
@@ -141,7 +141,7 @@ class WindowProgram : public ::testing::Test {
     std::optional<StartedProgram> accessibility_;
 };
 
-/// What a reader printed of the windows last.
+/// The last state of the windows that a reader printed.
 std::string shown(const StartedProgram& reader) {
     const std::string output = reader.output();
     const auto last = output.rfind("--\n");
@@ -181,7 +181,7 @@ TEST_F(WindowProgram, CaptionsAndTranslatesWhatTheComputerPlaysForEverybody) {
     EXPECT_TRUE(
         within(5, [&] { return reader.output().find("announced\t") != std::string::npos; }));
 
-    expectEndedWell(start({speech_}).wait()); // in place of what the computer plays
+    expectEndedWell(start({speech_}).wait()); // replaces the computer's sound as the source
     ASSERT_TRUE(within(20, [&] { return count("listen.start.transcriber.ready") == 2; }));
     EXPECT_TRUE(within(10, [&] {
         return shown(reader).find("Sound: two_cities.wav") != std::string::npos;
@@ -217,7 +217,7 @@ TEST_F(WindowProgram, AStopWhileItWaitsForItsSoundIsTheLastWord) {
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     StartedProgram program = start({"file:" + pipe});
     ASSERT_TRUE(within(20, [&] { return count("app.launch") == 1; }));
-    expectEndedWell(start({"show"}).wait()); // it answers
+    expectEndedWell(start({"show"}).wait()); // it still answers
     expectEndedWell(start({"stop"}).wait());
     EXPECT_TRUE(within(10, [&] { return open(pipe.c_str(), O_WRONLY | O_NONBLOCK) == -1; }))
         << "it still waits for somebody who writes";

@@ -14,7 +14,7 @@
 namespace tessarune {
 namespace {
 
-/// What a disk answers to a course of operations: one line each.
+/// The results of a series of disk operations, one line each.
 std::string answers(FileSystem& disk, const std::filesystem::path& base) {
     std::string log;
     const auto note = [&](const std::string& what) { log += what + "\n"; };

@@ -12,7 +12,7 @@
 namespace tessarune {
 namespace {
 
-/// So many seconds of stereo, of which one channel is loud and the other at half of that.
+/// Stereo sound of the given length; one channel is loud, the other has half its level.
 class Stereo final : public MediaFile {
   public:
     explicit Stereo(double seconds) : left_(static_cast<int>(seconds * 10)) {}
@@ -82,7 +82,7 @@ TEST_F(FileSoundServerTests, PlaysOnceThroughInTheChannelsThatAreWantedAndWithou
     play(FileSoundServer::Pace::realTime());
     host.advanceBy(1);
     EXPECT_NEAR(ears->heard, 1, 0.02);
-    host.sleepComputer(60); // whatever holds it up
+    host.sleepComputer(60); // or any other delay
     host.runUntilIdle();
     EXPECT_NEAR(ears->heard, seconds, 1e-6);
     EXPECT_GT(endedAt, 0);

@@ -16,10 +16,10 @@ struct Reply {
     int status = 200;
     std::vector<std::string> headers = {};         ///< "Name: value"
     std::string body = {};                         ///< of the whole file
-    bool honoursRange = true;                      ///< answers a range with 206 and the rest
-    std::optional<std::size_t> claimedLength = {}; ///< instead of what is sent
+    bool honoursRange = true;                      ///< answers a range with 206 and the remainder
+    std::optional<std::size_t> claimedLength = {}; ///< replaces the true length
     std::size_t sendAtMost = std::string::npos; ///< bytes of the body, then the connection is cut
-    bool stalls = false;                        ///< then nothing more comes, and no end either
+    bool stalls = false;                        ///< then neither sends more nor closes
 
     static Reply whole(std::string file) { return {.body = std::move(file)}; }
     static Reply cut(std::string file, std::size_t after) {
@@ -46,8 +46,8 @@ struct Request {
     std::size_t number = 0; ///< how many requests for this path came before
 };
 
-/// An HTTP server on a port of its own of this computer that fails as it is told to. It answers
-/// each connection on a thread, one request a connection, and ends with the object.
+/// An HTTP server on a local port that fails as instructed. It serves each connection on a thread,
+/// one request per connection, and stops with the object.
 class FaultyServer {
   public:
     using Answer = std::function<Reply(const Request&)>;
@@ -58,14 +58,14 @@ class FaultyServer {
     FaultyServer& operator=(const FaultyServer&) = delete;
 
     std::string url(const std::string& path) const;
-    /// Paths without an answer are not found.
+    /// Sets the answer for a path. Paths without an answer are not found.
     void on(const std::string& path, Answer answer);
     void on(const std::string& path, std::string body);
 
     std::vector<Request> requests() const;
-    /// As if no request had come so far.
+    /// Forgets the requests so far.
     void forget();
-    /// The most connections that were open at the same time.
+    /// The maximum number of connections open at the same time.
     std::size_t mostAtATime() const;
 
   private:

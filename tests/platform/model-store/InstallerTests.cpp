@@ -1,4 +1,4 @@
-// Downloads against a server on this computer that fails in every way that we could think of.
+// Downloads from a local server that fails in every way we could think of.
 
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 #include "Tessarune/platform/host/LoopHost.h"
@@ -23,7 +23,7 @@ using namespace tessarune::testing;
 
 namespace {
 
-/// Where the requests' ranges begin; `all` for one without.
+/// The start of each request's range; `all` for a request without one.
 using Ranges = std::vector<std::optional<std::size_t>>;
 constexpr std::nullopt_t all = std::nullopt;
 
@@ -31,7 +31,7 @@ std::string someBytes(std::size_t count, std::size_t seed) {
     std::mt19937 random(static_cast<unsigned>(seed));
     std::string bytes(count, '\0');
     for (char& byte : bytes)
-        byte = static_cast<char>(random() % 64); // packs a little
+        byte = static_cast<char>(random() % 64); // slightly compressible
     return bytes;
 }
 
@@ -65,7 +65,7 @@ class InstallerTest : public ::testing::Test {
         return made;
     }
 
-    /// Checked by the sum of what is in it.
+    /// A compressed file whose checksum is that of its unpacked content.
     FileToFetch packedFile(const std::string& name, const std::string& bytes) const {
         FileToFetch made = file(name, packed(bytes));
         made.isZstd = true;
@@ -79,7 +79,7 @@ class InstallerTest : public ::testing::Test {
         return {ModelKind::speech, "some-en", std::move(files), {{"architecture", "0"}}};
     }
 
-    /// The text of the failure, or nothing.
+    /// Returns the text of the failure, or an empty text.
     std::string install(ModelInstaller& installer, AvailableModel what) {
         std::string failure;
         std::stop_source stop;
@@ -181,7 +181,7 @@ TEST_F(InstallerTest, ServerThatFailsIsAskedAgainAndGoesOnWhereItStopped) {
                            .honoursRange = false};
     struct Case {
         const char* name;
-        std::vector<Reply> replies; ///< one after the other; the last for all that follow
+        std::vector<Reply> replies; ///< in order; the last one repeats
         Ranges ranges;              ///< what the requests ask for
     };
     const std::vector<Case> cases{
@@ -319,7 +319,7 @@ TEST_F(InstallerTest, AModelThatWasDamagedSinceIsReplaced) {
     EXPECT_EQ(install(wanted), "");
     EXPECT_TRUE(stored("a.ort") == bytes_);
 
-    // One that came with the program cannot be replaced; the new one stands before it.
+    // A model that came with the program cannot be replaced; the new one takes precedence.
     ModelStore own(disk_, folder_ / "own", {folder_ / "Models"});
     ModelInstaller installer(host_, own, impatient());
     EXPECT_EQ(install(installer, wanted), "");
@@ -440,7 +440,7 @@ TEST_F(InstallerTest, MirrorStandsInForTheServers) {
     std::string chosen;
     policy.chosenMirror = [&] { return chosen; };
     ModelInstaller installer(host_, store_, policy);
-    chosen = server_.url("/m/"); // afterwards
+    chosen = server_.url("/m/"); // set after construction
     FileToFetch wanted = file("a.ort", bytes_);
     wanted.url = "https://models.example/a.ort";
     EXPECT_EQ(install(installer, model({wanted})), "");

@@ -11,7 +11,7 @@ namespace {
 TEST(HighPassTests, TakesAwayWhatIsBelowWhereverTheSoundIsCut) {
     constexpr double rate = 16000;
     struct Case {
-        double hertz, least, most; // of the tone's amplitude that is left
+        double hertz, least, most; // bounds of the tone's remaining amplitude
     };
     for (const Case& c : {Case{20, 0, 0.011}, Case{100, 0.2, 0.26}, Case{200, 0.69, 0.72},
                           Case{1000, 0.99, 1.01}, Case{7000, 0.99, 1.01}}) {

@@ -13,11 +13,11 @@
 
 namespace tessarune::testing {
 
-/// An engine that "hears" lines which are written down beforehand, through the same functions as
-/// the real one. A line opens half a second after its start with the words that were spoken by
-/// then, and is complete a tenth of a second after its end or when the stream is stopped.
+/// An engine that "hears" a prepared script of lines, through the same functions as the real one.
+/// A line opens half a second after its start with the words spoken by then, and is complete a
+/// tenth of a second after its end or when the stream is stopped.
 ///
-/// One at a time: the functions of the C interface have no place for an object.
+/// One instance at a time: the functions of the C interface take no context pointer.
 class ScriptedEngine {
   public:
     struct Spoken {
@@ -35,7 +35,7 @@ class ScriptedEngine {
 
     std::shared_ptr<const MoonshineLibrary> library() const;
 
-    /// The sample of this time of the session.
+    /// The sample value that encodes this time of the session.
     static float sound(double at, bool isLoud) {
         return static_cast<float>(at * 1e-6 + (isLoud ? loud : 0));
     }
@@ -43,12 +43,12 @@ class ScriptedEngine {
     std::vector<Spoken> script; ///< times of the whole session
     double completionLag = 0.1;
     double passCost = 0;
-    double stoppedInPass = 0;    ///< so long the process does not run, in the next pass
+    double stoppedInPass = 0;    ///< seconds that the process is stopped in the next pass
     double processorSeconds = 0; ///< what the passes have cost
     std::string dependencies;    ///< the list of a model's files, JSON
     std::string failing;         ///< the call that fails: "load", "start", "add", "transcribe"
     std::vector<Pass> passes;
-    double heard = 0; ///< seconds in all, what a new stream is given again counted once
+    double heard = 0; ///< total seconds; sound given again to a new stream counts once
     std::size_t streamsMade = 0;
     std::size_t streamsOpen = 0;
     std::size_t modelsLoaded = 0;
@@ -56,7 +56,7 @@ class ScriptedEngine {
   private:
     static constexpr double loud = 0.125;
     struct Stream {
-        double begin = 0; ///< what the session had heard when it began
+        double begin = 0; ///< seconds that the session had heard when it began
         double heard = 0;
         bool stopped = false;
         std::vector<std::string> texts;

@@ -1,4 +1,4 @@
-// The adapter's behaviour over an engine that hears what is written down, in virtual time.
+// The adapter's behaviour over a scripted engine, in virtual time.
 
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 #include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
@@ -57,7 +57,7 @@ class SpeechAnalyzerTest : public ::testing::Test {
               noteOutcome(takeAll(transcriber_->results(), &results_), &outcome_));
     }
 
-    /// The script tells sound by its samples.
+    /// Disables the high-pass filter, because the samples encode the time for the script.
     static RecognitionPolicy hearingAll(RecognitionPolicy policy) {
         policy.lowestHertz = 0;
         return policy;
@@ -69,7 +69,7 @@ class SpeechAnalyzerTest : public ::testing::Test {
         EXPECT_EQ(run(analyzer_->start(*input_)), "");
     }
 
-    /// What the task threw, or nothing.
+    /// Runs the task; returns the text of its exception, or an empty text.
     std::string run(Task<void> task) {
         std::string outcome;
         const TaskHandle handle =
@@ -79,7 +79,7 @@ class SpeechAnalyzerTest : public ::testing::Test {
         return outcome == "done" ? "" : outcome;
     }
 
-    /// Feeds up to this time of the session, in real time.
+    /// Feeds the sound up to this time of the session, at real-time pace.
     void hearUntil(double seconds) {
         while (fed_ < seconds) {
             auto buffer = std::make_shared<AudioBuffer>();
@@ -88,7 +88,7 @@ class SpeechAnalyzerTest : public ::testing::Test {
                 buffer->samples.push_back(soundAt(fed_ + i / 16000.0));
             fed_ += batch;
             input_->yield({buffer});
-            // While the engine worked, real time went on and more sound came.
+            // While the engine works, time passes and more sound arrives.
             const double due = startedAt_ + fed_;
             if (host_.now() < due)
                 host_.simulated.advanceBy(due - host_.now());
@@ -96,14 +96,14 @@ class SpeechAnalyzerTest : public ::testing::Test {
         host_.simulated.runDue(host_.simulated.now());
     }
 
-    /// Feeds so much at once, and lets the recogniser have its turn.
+    /// Feeds this much at once, then runs the recogniser.
     void hearAtOnce(double seconds) {
         const double until = fed_ + seconds;
         startedAt_ = host_.now() - until;
         hearUntil(until);
     }
 
-    /// Loud while somebody speaks, but for the rests.
+    /// Loud while somebody speaks, except during rests.
     float soundAt(double time) const {
         const auto within = [time](const auto& span) {
             return span.start <= time && time < span.end;
@@ -128,7 +128,7 @@ class SpeechAnalyzerTest : public ::testing::Test {
         return found;
     }
 
-    /// A hundred seconds of what is written down, as a recording.
+    /// Transcribes a hundred seconds of the script as a recording.
     static Task<void> transcribe(std::shared_ptr<SpeechFileAnalyzer> analyzer,
                                  std::vector<SpeechResult>* results) {
         Task<std::string> preparing = analyzer->prepare();
@@ -164,7 +164,7 @@ class SpeechAnalyzerTest : public ::testing::Test {
     double fed_ = 0;
     std::function<double()> unheardSeconds_;
     std::vector<SpeechResult> results_;
-    std::string outcome_; ///< of taking them
+    std::string outcome_; ///< of collecting the results
 };
 
 std::vector<std::string> textsOf(const std::vector<ScriptedEngine::Spoken>& script) {
@@ -197,7 +197,7 @@ TEST_F(SpeechAnalyzerTest, LinesBecomeFinalsAndTheDrainGivesTheRest) {
 TEST_F(SpeechAnalyzerTest, SlowComputerUpdatesLessOftenAndKeepsUp) {
     for (const double cost : {0.0, 0.05, 0.3, 1.5}) {
         engine_.passes.clear();
-        engine_.passCost = 0; // warming up is not what is looked at
+        engine_.passCost = 0; // the warm-up is not measured
         startUp();
         engine_.passes.clear();
         engine_.passCost = cost;
@@ -207,7 +207,7 @@ TEST_F(SpeechAnalyzerTest, SlowComputerUpdatesLessOftenAndKeepsUp) {
             const auto& [at, heard] = engine_.passes[i];
             EXPECT_GE(at - engine_.passes[i - 1].at, std::max(0.2, 2 * cost) - 1e-6) << cost;
             EXPECT_LE(at - engine_.passes[i - 1].at, std::max(0.2, 2 * cost) + 2 * batch) << cost;
-            // All that had been said by then was looked at, a batch or two on the way apart.
+            // The pass covered all sound so far, except for a batch or two in transit.
             EXPECT_GE(heard, at - startedAt_ - 2 * batch - cost) << cost;
         }
         run(analyzer_->cancelAndFinishNow());
@@ -230,7 +230,7 @@ TEST_F(SpeechAnalyzerTest, AComputerThatIsMuchTooSlowSkipsSoundAndHoldsNoMoreAnd
     startUp({.mostUnheardSeconds = 4});
     hearUntil(1.2);
     EXPECT_TRUE(texts(true).empty());
-    engine_.passCost = 6; // and after it as long a rest
+    engine_.passCost = 6; // followed by a rest of the same length
     hearUntil(59);
     EXPECT_GT(engine_.passes.back().heard, 45) << "it goes on with what is said now";
     EXPECT_LT(texts(true).size(), 25u);
@@ -258,7 +258,7 @@ TEST_F(SpeechAnalyzerTest, TimeInWhichTheProcessDidNotRunIsNoReasonToRest) {
     ASSERT_EQ(engine_.stoppedInPass, 0);
     const double woke = host_.now();
     engine_.passes.clear();
-    hearAtOnce(0.5); // what was waiting in the server
+    hearAtOnce(0.5); // sound that was waiting in the server
     hearUntil(fed_ + 1);
     ASSERT_GE(engine_.passes.size(), 3u);
     EXPECT_LE(engine_.passes.front().at - woke, 0.2 + 2 * batch);
@@ -268,7 +268,7 @@ TEST_F(SpeechAnalyzerTest, FastSoundIsNotWaitedWithAndTellsNothingOfTheComputers
     const auto speeds = store_.folder(ModelKind::speech, "speeds.json");
     engine_.script = {{"On and on it goes.", 0, 1000}};
     startUp();
-    engine_.passCost = 3; // a live model that is so slow is too slow
+    engine_.passCost = 3; // too slow for a live model
     for (std::size_t i = 1; i <= 60; ++i) {
         hearAtOnce(5);
         ASSERT_EQ(unheardSeconds_(), 0) << "looked at without waiting";
@@ -366,14 +366,14 @@ TEST_F(SpeechAnalyzerTest, AbortEndsTheResultsAtOnce) {
     hearUntil(6);
     EXPECT_EQ(results_.size(), before);
     EXPECT_EQ(engine_.streamsOpen, 0u);
-    // A drain that was under way, or comes late, ends too.
+    // A drain that is in progress or comes late ends, too.
     EXPECT_EQ(run(analyzer_->finalizeAndFinishThroughEndOfInput()), "");
 }
 
 TEST_F(SpeechAnalyzerTest, FailuresSaySoWhereTheyHappen) {
     struct Case {
         const char* call;
-        const char* prepare; // what the text begins with
+        const char* prepare; // how the text begins
         const char* start;
         const char* results;
     };
@@ -411,7 +411,7 @@ TEST_F(SpeechAnalyzerTest, MissingPartsAreNamed) {
               "The speech model medium-streaming-en is not on this computer.");
     choice_ = "automatic";
     const auto file = store_.folder(ModelKind::speech, "tiny-en") / "encoder.ort";
-    std::ofstream(file) << "wEights"; // as long as before
+    std::ofstream(file) << "wEights"; // the same length as before
     EXPECT_NE(run(analyzer_->prepareToAnalyze({speechSampleRate, 1})).find(file.string()),
               std::string::npos);
     EXPECT_EQ(engine_.modelsLoaded, 0u) << "found before loading";
@@ -453,7 +453,7 @@ TEST_F(SpeechAnalyzerTest, AutomaticTakesTheLargestThatIsWholeAndQuickEnough) {
     EXPECT_EQ(models.choose().name, "medium-streaming-en") << "it gets another trial some day";
 }
 
-// Blocks of thirty seconds, and a stream that is made anew after so many lines.
+// Blocks of thirty seconds, and a stream that is recreated after a number of lines.
 TEST_F(SpeechAnalyzerTest, ARecordingGivesEachLineOnceHoweverOftenItsStreamIsMadeAnew) {
     engine_.script.clear();
     for (int i = 0; i < 40; ++i)

@@ -35,7 +35,7 @@ class SpeechModelInventoryTest : public ::testing::Test {
         return policy;
     }
 
-    /// "none" if nothing is missing, "installed" if something was and came, else the failure.
+    /// Returns "none" if nothing is missing, "installed" after an installation, or the failure.
     std::string bring(std::string locale) {
         std::string outcome;
         spawn(Executor::main(host_), ask(this, std::move(locale), &outcome));

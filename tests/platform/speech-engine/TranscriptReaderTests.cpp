@@ -1,5 +1,6 @@
 #include "Tessarune/platform/speech-engine/TranscriptReader.h"
 #include "tests/simulation/ScriptedLooks.h"
+#include "tests/support/Rounds.h"
 
 #include <gtest/gtest.h>
 
@@ -47,7 +48,7 @@ TEST(TranscriptReaderTest, GivesWhatChangedOnceAndInOrder) {
     EXPECT_EQ(reader.openSince(), 0.0);
     EXPECT_EQ(read(reader, {line("Ever tried.", true)}), Texts{"Ever tried."});
     EXPECT_EQ(read(reader, {line("Ever tried.", true)}), Texts{});
-    // The same words once more are another line.
+    // Repeated words are another line.
     EXPECT_EQ(read(reader, {line("Ever tried.", true), line("Ever tried.", false, 2)}),
               Texts{"~Ever tried."});
     // Two finals and the next open line from one pass.
@@ -68,7 +69,7 @@ TEST(TranscriptReaderTest, WordsWaitUntilTwoLooksAgreeIfTheNextOneComesSoon) {
         {"It was the back.", {"~It was"}},
         {"It was the best of", {"~It was the"}},
         {"It was the best of times.", {"~It was the best of"}},
-        {"And you can see", {}}, // one look alone takes nothing back
+        {"And you can see", {}}, // a single pass takes nothing back
         {"It was the best of all", {}},
         {"It was a best of all times", {"~It was the best of all"}}, // the end does not wait
         {"It was a best of", {"~It was a best of all"}},
@@ -78,7 +79,7 @@ TEST(TranscriptReaderTest, WordsWaitUntilTwoLooksAgreeIfTheNextOneComesSoon) {
     };
     for (const auto& step : steps)
         EXPECT_EQ(read(reader, {line(step.look, false)}, true), step.given) << step.look;
-    // A slow computer shows what it has.
+    // A slow computer shows every pass at once.
     EXPECT_EQ(read(reader, {line("It was I.", false)}), Texts{"~It was I."});
     EXPECT_EQ(read(reader, {line("It was me.", true)}, true), Texts{"It was me."});
     EXPECT_EQ(read(reader, {line("It was me.", true), line("It was me.", false)}, true), Texts{})
@@ -101,7 +102,7 @@ TEST(TranscriptReaderTest, FrontOfALongLineIsSettledOnce) {
         {"So it goes on and then it was so much", 3.5F, {"~and then it was so"}},
         {"So it goes on and then it was so much too",
          5.5F,
-         {"~and then it was so much", "and then it was so much"}}, // at last anywhere
+         {"~and then it was so much", "and then it was so much"}}, // eventually settled at any word
     };
     for (const auto& step : steps)
         EXPECT_EQ(read(reader, {line(step.look, false, 0, step.seconds)}, true), step.given)
@@ -123,10 +124,10 @@ TEST(TranscriptReaderTest, WordsAreNotSaidAgainAndAgain) {
     }
 }
 
-// Every word is in the finals once and in its place, as itself or as the word that was understood
-// for it.
+// The finals have every word once and in its place, either as spoken or as the word that it was
+// misheard as.
 TEST(TranscriptReaderTest, NoWordIsLostOrDoubled) {
-    for (unsigned seed = 1; seed <= 2000; ++seed) {
+    for (unsigned seed = 1; seed <= tessarune::testing::rounds(2000); ++seed) {
         std::mt19937 chance(seed);
         const auto oneIn = [&](unsigned count) { return chance() % count == 0; };
         simulation::ScriptedLooks looks(seed);
@@ -178,9 +179,9 @@ TEST(TranscriptReaderTest, RunsJoinedAreTheTextAndCarryTimes) {
         std::vector<SpeechRun> runs;
     };
     const std::vector<Case> cases{
-        // The engine's times, its words put together to the text's; the least sure part counts.
+        // The engine's times; its parts of a word are merged, with the lowest confidence.
         {"In short,", timed, {{"In", 10.5, 10.75, 0.5}, {" short,", 11.0, 11.5, 0.25}}},
-        // No words, or words of another text: the line's span from 12 to 14 by length.
+        // No words, or words of another text: the line's span, 12 to 14, divided by length.
         {"In short,", {}, {{"In", 12.0, 12.5, {}}, {" short,", 12.5, 14.0, {}}}},
         {"In short,", other, {{"In", 12.0, 12.5, {}}, {" short,", 12.5, 14.0, {}}}},
         {" In  short,, ", {}, {{"In", 12.0, 12.5, {}}, {" short,", 12.5, 14.0, {}}}},

@@ -1,4 +1,4 @@
-// The real engine with the model that is always there, on the shipped recordings.
+// The real engine with the bundled model, on the shipped recordings.
 
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
@@ -32,7 +32,7 @@ std::string referenceOf(const std::string& name) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// A session in virtual time, so that the engine is driven as live and still as fast as it goes.
+/// A session in virtual time, which drives the engine as if live but as fast as possible.
 class LiveRun {
   public:
     explicit LiveRun(RecognitionPolicy policy = {})
@@ -47,7 +47,7 @@ class LiveRun {
         analyzer_ = engine_.makeAnalyzer(transcriber_);
     }
 
-    /// Feeds the recording as a sound server would, and lets old lines be dropped all the time.
+    /// Feeds the recording like a sound server, and lets old lines be dropped continually.
     void hear(const AudioBuffer& recording) {
         AsyncStream<AnalyzerInput> input(analyzer_->inputExecutor());
         run(analyzer_->prepareToAnalyze(analyzer_->bestAvailableAudioFormat()));
@@ -67,7 +67,7 @@ class LiveRun {
         ASSERT_EQ(outcome, "done");
     }
 
-    /// The same recording in file mode.
+    /// The text of the same recording in file mode.
     std::string fileText(const AudioBuffer& recording) {
         const auto analyzer = engine_.makeFileAnalyzer({"en-US", {}, {}}, "tiny-en");
         std::string text;
@@ -144,13 +144,13 @@ AudioBuffer sample(const std::string& name) {
     return all;
 }
 
-/// Every word has its time, in the order of the speech and up to its end.
+/// Checks that every word has a time, in the order of the speech and up to its end.
 void expectTimesInOrder(const LiveRun& live, double seconds) {
     double lastEnd = 0;
     std::size_t volatileCount = 0;
     for (const SpeechResult& result : live.results) {
         volatileCount += result.isFinal ? 0 : 1;
-        double before = lastEnd - 0.5; // a line may begin a little before the one before has ended
+        double before = lastEnd - 0.5; // a line may begin a little before the previous one ends
         for (const SpeechRun& run : result.runs) {
             ASSERT_TRUE(run.audioStart && run.audioEnd) << run.text;
             EXPECT_LE(before, *run.audioStart) << result.text();
@@ -172,7 +172,7 @@ struct LiveCase {
     RecognitionPolicy policy;
 };
 
-/// One test each, so that they can run side by side: the engine's work is what takes the time.
+/// One test per recording, so that they can run in parallel: the engine takes most of the time.
 class SpeechRecordingLiveTest : public ::testing::TestWithParam<LiveCase> {};
 
 TEST_P(SpeechRecordingLiveTest, IsAsRightAsTheWholeRecordingAtOnce) {
@@ -192,9 +192,9 @@ TEST_P(SpeechRecordingLiveTest, IsAsRightAsTheWholeRecordingAtOnce) {
     expectTimesInOrder(live, recording.seconds());
 }
 
-// In virtual time a look at the sound costs nothing, so that the short recording is looked at as
-// often as a very quick computer would. The long one is looked at as often as a slow one can, and
-// the engine's stream is made anew after every other line.
+// In virtual time a pass costs nothing, so the short recording gets as many passes as on a very
+// fast computer. The long one gets as many as on a slow computer, and the engine's stream is
+// recreated after every other line.
 INSTANTIATE_TEST_SUITE_P(
     Recordings, SpeechRecordingLiveTest,
     ::testing::Values(LiveCase{"beckett", {}},

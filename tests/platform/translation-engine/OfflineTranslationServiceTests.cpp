@@ -26,7 +26,7 @@ class OfflineTranslationTest : public TranslationFixture {
   protected:
     using TranslationFixture::TranslationFixture;
 
-    /// The shipped model's files as a model of the user's own.
+    /// Installs the shipped model's files as a model of the user.
     StoredModel own(const std::string& name) {
         const std::filesystem::path partial = store.partialFolder(ModelKind::translation, name);
         const auto shipped = std::filesystem::path(TESSARUNE_MODELS) / "translation" / "en-pt";
@@ -38,7 +38,7 @@ class OfflineTranslationTest : public TranslationFixture {
     }
 };
 
-/// Without what came with the program.
+/// Without the models that came with the program.
 class OwnTranslationTest : public OfflineTranslationTest {
   protected:
     OwnTranslationTest() : OfflineTranslationTest(std::vector<std::filesystem::path>()) {}
@@ -249,7 +249,7 @@ TEST_F(OfflineTranslationTest, OperationsOfWhatIsGoneAreCancelled) {
 
 namespace {
 
-/// A disk that lets the threads of engines wait, as one in the network does that is not there.
+/// A disk that blocks the engines' threads, like an unreachable network disk.
 class HangingDisk : public PosixFileSystem {
   public:
     std::uint64_t size(const Path& path) override {
@@ -257,7 +257,7 @@ class HangingDisk : public PosixFileSystem {
             back_.wait();
         return PosixFileSystem::size(path);
     }
-    std::atomic<bool> hangs = false; ///< for who asks from now on
+    std::atomic<bool> hangs = false; ///< for later calls
     void comeBack() { comingBack_.set_value(); }
 
   private:
@@ -270,7 +270,7 @@ std::ptrdiff_t threads() {
     return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
 }
 
-/// The engine of a session that has gone away ends on its own thread.
+/// Waits, because the engine of a destroyed session ends on its own thread.
 void waitForThreads(std::ptrdiff_t count) {
     while (threads() > count)
         std::this_thread::yield();

@@ -10,7 +10,7 @@
 
 namespace tessarune::testing {
 
-/// A record of a published file as the catalogue has it. What a case is about is changed in it.
+/// A catalogue record of a published file; a test changes the fields that it is about.
 inline nlohmann::json record(const std::string& source, const std::string& target,
                              const std::string& role, const std::string& content = "content",
                              const std::string& version = "3.0") {
@@ -31,7 +31,7 @@ inline std::string catalogueOf(const std::vector<nlohmann::json>& records) {
     return nlohmann::json{{"data", records}}.dump();
 }
 
-/// A catalogue with these pairs.
+/// A catalogue that lists these pairs.
 inline std::string catalogueOfPairs(const std::vector<std::pair<std::string, std::string>>& pairs) {
     std::vector<nlohmann::json> records;
     for (const auto& [source, target] : pairs) {

@@ -110,7 +110,7 @@ TEST(TranslationCatalogueTest, RefusesWhatIsNoList) {
           catalogueOf(edition("three")), catalogueOf(edition("3."))})
         EXPECT_THROW(TranslationCatalogue::parse(text, source), std::runtime_error)
             << text.substr(0, 100);
-    // One strange record does not spoil the others.
+    // One invalid record does not affect the others.
     std::vector<Json> records = edition("3.0");
     for (Json strange : edition("3.5")) {
         strange["version"] = 35;

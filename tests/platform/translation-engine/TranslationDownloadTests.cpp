@@ -1,5 +1,5 @@
-// Translation models from a server on this computer that fails as it is told to. Where a model has
-// to work, it is the real one, packed as it would be published.
+// Translation models from a local server that fails as instructed. Where a model has to work, it is
+// the real one, compressed as it would be published.
 
 #include "tests/platform/translation-engine/PublishedModels.h"
 #include "tests/platform/translation-engine/TranslationFixture.h"
@@ -23,7 +23,7 @@ class TranslationDownloadTest : public TranslationFixture {
         attachments_ = path(engine.attachments) + "/";
     }
 
-    /// Serves a model from English to `target`, and a list that has nothing else.
+    /// Serves a model from English to `target`, and a list with that model only.
     std::vector<std::string> publish(const std::string& target, const std::string& model,
                                      const std::string& vocabulary) {
         const std::vector<nlohmann::json> records{record("en", target, "model", model),
@@ -64,7 +64,7 @@ class TranslationDownloadTest : public TranslationFixture {
     std::string attachments_;
 };
 
-/// The engine decides whether a model is of use.
+/// The engine decides whether a model is usable.
 class TriedTranslationDownloadTest : public TranslationDownloadTest {
   protected:
     TriedTranslationDownloadTest() : TranslationDownloadTest(ModelTrial()) {}
@@ -81,7 +81,7 @@ TEST_F(TriedTranslationDownloadTest, WhatWasPublishedBrokenIsNoSuccess) {
     EXPECT_EQ(requestsFor(broken[1]), 1u);
     EXPECT_EQ(status("en-US", "pt-BR"), "supported");
 
-    // One that an earlier version of the program took is there, and is not sound.
+    // An earlier version of the program has installed a model that is invalid.
     const std::filesystem::path partial = store.partialFolder(ModelKind::translation, "en-pt");
     std::filesystem::create_directories(partial);
     writeContents(partial / "model.enpt.bin", model);
@@ -124,7 +124,7 @@ TEST_F(TranslationDownloadTest, PreparingFetchesWhatIsMissingAndThenTranslates) 
     EXPECT_EQ(run(portuguese->prepareTranslation()).failure, "");
     EXPECT_TRUE(server.requests().empty()) << "nothing is fetched twice";
 
-    // Damage that only a sum shows is repaired by preparing again.
+    // Preparing again repairs damage that only a checksum reveals.
     const StoredModel stored = store.find(ModelKind::translation, "en-pt").value();
     const std::string vocabulary = stored.files.at(1).name;
     std::string bytes = contentsOf(stored.path(vocabulary));
@@ -162,7 +162,7 @@ TEST_F(TranslationDownloadTest, CatalogueComesThroughABadNetworkOrItIsSaid) {
     struct Case {
         const char* name;
         FaultyServer::Answer answer;
-        const char* failure; ///< words of it; none if it has to work
+        const char* failure; ///< part of its text; none if it must succeed
     };
     const auto firstly = [&](Reply first) {
         return [first, good](const Request& request) {
@@ -230,7 +230,7 @@ TEST_F(TranslationDownloadTest, FetchedCatalogueReplacesTheBuiltInAndIsKept) {
                                     acceptAnything);
     EXPECT_EQ(later.status("en-US", "th-TH"), TranslationAvailabilityStatus::supported);
 
-    // Without the list's server, the list that is here has to do.
+    // Without the list's server, the stored list is used.
     later.remove("fr");
     server.on(records_, [](const Request&) { return Reply::failure(404); });
     EXPECT_EQ(run(later.bring("en-US", "fr-FR", Executor::main(host))).failure, "");

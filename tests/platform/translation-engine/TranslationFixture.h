@@ -20,15 +20,15 @@ namespace tessarune::testing {
 inline constexpr const char* portugueseModel = "model.enpt.intgemm.alphas.bin";
 inline constexpr const char* portugueseVocabulary = "vocab.enpt.spm";
 
-/// What became of an operation: its text, or why there is none.
+/// The outcome of an operation: its text, or the reason why there is none.
 struct Outcome {
     std::string text;
     std::string failure;
     std::optional<TranslationError> kind;
 };
 
-/// The real engine in real time, with a model store of its own and a server that stands for all
-/// others. The English to Portuguese model that scripts/setup unpacked came "with the program".
+/// The real engine in real time, with its own model store and one server in place of all others.
+/// The unpacked English to Portuguese model counts as one that came with the program.
 class TranslationFixture : public ::testing::Test {
   protected:
     explicit TranslationFixture(std::vector<std::filesystem::path> shipped = {TESSARUNE_MODELS},
@@ -52,7 +52,7 @@ class TranslationFixture : public ::testing::Test {
         return service->session("en-US", target, Executor::main(host));
     }
 
-    /// Begins an operation; it runs side by side with others until `finish`.
+    /// Begins an operation, which runs concurrently with others until `finish`.
     template <typename T>
     std::shared_ptr<Outcome> begin(Task<T> task) {
         auto outcome = std::make_shared<Outcome>();
@@ -117,7 +117,7 @@ class TranslationFixture : public ::testing::Test {
         } catch (const std::exception& failure) {
             outcome->failure = failure.what();
         }
-        // The session's own executor may have been another than the one that counts.
+        // The operation may have resumed on another executor than the one that counts.
         co_await switchTo(Executor::main(self->host));
         if (--self->running == 0)
             self->host.quit();

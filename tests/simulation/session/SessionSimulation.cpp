@@ -12,7 +12,7 @@ namespace {
 
 using Trigger = LiveSessionControlTrigger;
 
-/// Those that were said, understood or misheard, by what they have in common.
+/// The spoken words of a text, misheard or not, by the part that both forms share.
 std::set<std::string> wordsOf(const std::string& text) {
     std::set<std::string> words;
     for (const auto word : Text::splitOnWhiteSpace(text)) {
@@ -99,7 +99,7 @@ void SessionSimulation::actOnSession(const std::string& action) {
     LiveTranscriptStore& store = *session_.store;
     note(action);
     if (action == "start") {
-        // What the recogniser says only when its sound is over.
+        // A result that the recogniser delivers only at the end of the sound.
         session_.engine.script.lines.clear();
         if (chance(40))
             session_.engine.script.lines.push_back(
@@ -205,7 +205,7 @@ void SessionSimulation::changeSetting() {
     settings.translationDrainTimeoutSeconds = seconds(6);
 }
 
-/// Words are said, and the recogniser guesses on or makes up its mind about what it has.
+/// Says words; the recogniser then revises its guess or settles what it has.
 void SessionSimulation::speak() {
     if (session_.engine.sessions.empty())
         return;
@@ -275,7 +275,7 @@ void SessionSimulation::endWell() {
     checkFiles();
 }
 
-/// The program is killed, and started again.
+/// Kills the program and starts it again.
 void SessionSimulation::endKilled() {
     session_.calm();
     advance(0);
@@ -332,7 +332,7 @@ void SessionSimulation::checkStep() {
 }
 
 void SessionSimulation::checkCommitted(const CaptionCore::Rows& rows) {
-    // A run that broke off is only taken down.
+    // After a violation, the run is only torn down.
     if (!violation_.empty())
         return;
     if (rows.size() < committedRows_) { // another session or recogniser begins
@@ -390,7 +390,7 @@ void SessionSimulation::checkSaved() {
     savedTexts_[*id] = text;
 }
 
-/// A program without a session does nothing and holds nothing.
+/// Checks that a program without a session does nothing and holds no resources.
 void SessionSimulation::checkRest() {
     const Phase phase = session_.phase();
     require(phase == Phase::idle || phase == Phase::failed, "a session did not end");

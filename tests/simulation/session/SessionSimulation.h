@@ -14,19 +14,19 @@
 
 namespace tessarune::simulation {
 
-/// Sessions of random events on one simulated computer, all decided by a seed. After every single
-/// step of the host it is checked that nothing happened that must never happen; the first violation
-/// ends the run.
+/// Sessions of random events on one simulated computer, all determined by a seed. The simulation
+/// checks after every single step of the host that nothing forbidden has happened; the first
+/// violation ends the run.
 ///
-/// Everything that is spoken is a word of its own, so that a word that is lost or comes twice is
-/// seen at once, however badly the recogniser looks at it (`ScriptedLooks`).
+/// Every spoken word is unique, so that a lost or repeated word is found at once, however badly the
+/// recogniser understands it (`ScriptedLooks`).
 class SessionSimulation {
   public:
     explicit SessionSimulation(std::uint64_t seed);
 
-    /// What was violated; empty if nothing was.
+    /// Returns the violation; empty if there is none.
     std::string run();
-    /// What happened, one line each with its time.
+    /// The events, one line each with its time.
     const std::vector<std::string>& trace() const { return trace_; }
 
   private:
@@ -79,13 +79,13 @@ class SessionSimulation {
     Phase lastPhase_ = Phase::idle;
     std::size_t committedRows_ = 0;
     std::set<std::string> committedWords_;
-    std::set<std::string> finalWords_; ///< of finals that the session accepted
+    std::set<std::string> finalWords_; ///< from finals that the session accepted
     std::set<std::string> openSpans_;
     std::map<UUID, std::string> savedTexts_;
     int awaitedReplies_ = 0;
     bool diskWasFaulty_ = false;
 
-    SimulatedSession session_; // its end still calls what notes and checks
+    SimulatedSession session_; // its destructor still calls the notes and checks
     std::unique_ptr<TessaruneListeningLifecycleHandler> handler_;
 };
 

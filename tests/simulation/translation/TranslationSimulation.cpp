@@ -14,10 +14,10 @@ using Answer = testing::ScriptedTranslationService::Answer;
 using Strings = std::vector<std::string>;
 
 constexpr double neverSeconds = 1000;
-/// What hangs in the engine is given up after this time, and its session with it.
+/// A hanging engine call is abandoned after this time, together with its session.
 constexpr double givenUpSeconds = 20;
 constexpr double loadGivenUpSeconds = 30;
-/// Little sound is enough here.
+/// A low sample rate suffices here.
 constexpr double coarseRate = 160;
 
 } // namespace
@@ -29,7 +29,7 @@ TranslationSimulation::TranslationSimulation(std::uint64_t seed) : random_(seed)
         events_.push_back({static_cast<double>(below(20)) / 10, below(12), script()});
 }
 
-/// The session with or without translation, through the events and to its end.
+/// Runs a session through the events to its end, with or without translation.
 class TranslationSimulation::Session : public TranslatedLiveSession {
   public:
     Session(TranslationSimulation& scene, bool translates)
@@ -173,12 +173,12 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
         service->pairs.clear();
     }
 
-    /// The trouble passes while the session runs: nothing of it stays but what hangs for ever.
+    /// The failures end while the session runs: only calls that hang for ever remain.
     void calmDown() {
         if (translates_)
             wellAgain();
         advance(2 * loadGivenUpSeconds);
-        // That a pair is unsupported is remembered until the session ends.
+        // An unsupported pair is remembered until the session ends.
         const bool isChecked =
             translates_ && service->translationsInFlight == 0 && !sawUnsupported_;
         if (isChecked) {
@@ -212,10 +212,10 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
         course.push_back(files.contentsOf(catalog->recordings().at(0).filePath));
     }
 
-    /// No row shows a translation into another language than the one chosen.
+    /// Checks that no row shows a translation into another language than the chosen one.
     void checkLanguages() {
         if (TranslationSupport::isDisabledBackend(*settings.translationBackend))
-            return; // what stands stays until it is switched on again
+            return; // existing translations stay until it is enabled again
         const std::string& target = *settings.translationTargetLanguage;
         const std::string mark =
             target == "en" ? "" : TranslationSupport::appleLanguageIdentifier(target) + ":";
@@ -225,8 +225,8 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
         }
     }
 
-    /// A row that is not translated has its failure, or the status line says that something is
-    /// left.
+    /// Checks that an untranslated row has its failure, or that the status line reports pending
+    /// rows.
     void checkTold() {
         checkLanguages();
         if (!TranslationSupport::isAppleBackend(*settings.translationBackend))
@@ -236,7 +236,7 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
                     "nobody was told of: " + row.sourceText);
     }
 
-    /// The trouble is over, and the user asks once more.
+    /// The failures are over, and the user retries.
     void endWell() {
         wellAgain();
         live->setTranslationBackend("苹果");
@@ -251,7 +251,7 @@ class TranslationSimulation::Session : public TranslatedLiveSession {
         }
     }
 
-    /// What still hung answers now, into another session.
+    /// Hanging calls return now, during another session.
     void anotherSession() {
         start();
         hear(2);

@@ -9,20 +9,20 @@
 
 namespace tessarune::simulation {
 
-/// One session whose translator does everything that it must not: it is slow, fails in every way,
-/// loses its files, hangs, answers after the settings were changed; and beside it the same session
-/// without translation. All decided by a seed.
+/// Runs one session with a translator that misbehaves: it is slow, fails in every way, loses its
+/// files, hangs, answers after the settings have changed; and the same session without
+/// translation. A seed determines everything.
 ///
 /// Checked: no row shows a translation into another language than the chosen one, no row gets a
-/// second translation, each ends translated or the user is told why not; and captions, recording
-/// and stop are those of the session without translation.
+/// second translation, each row ends translated or the user learns why not; and captions, recording
+/// and stop equal those of the session without translation.
 class TranslationSimulation {
   public:
     explicit TranslationSimulation(std::uint64_t seed);
 
-    /// What was violated; empty if nothing was.
+    /// Returns the violation; empty if there is none.
     std::string run();
-    /// What happened, one line each with its time.
+    /// The events, one line each with its time.
     const std::vector<std::string>& trace() const { return trace_; }
 
   private:
@@ -35,7 +35,7 @@ class TranslationSimulation {
     class Session;
 
     std::vector<Event> events_;
-    std::mt19937_64 random_; ///< of what the service answers
+    std::mt19937_64 random_; ///< for the service's answers
     std::uint64_t seed_;
     std::vector<std::string> trace_;
     std::string violation_;

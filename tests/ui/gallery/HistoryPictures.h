@@ -40,7 +40,7 @@ inline void fillHistory(StagedHistory& history) {
         history.add(86'400.0 * day, "A session about one thing or another, and what came of it.");
 }
 
-/// Two months, with days of much and days of nothing.
+/// Fills two months with busy and empty days.
 inline void fillMonths(StagedHistory& history) {
     fillHistory(history);
     for (int day = 10; day < 64; ++day) {

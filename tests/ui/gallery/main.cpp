@@ -259,7 +259,7 @@ int drawAll(const QString& folder) {
     return isDrawn ? 0 : 1;
 }
 
-/// Something bright, something dark, and much between them, as a film has.
+/// A backdrop with bright, dark and intermediate areas, like a film.
 QImage scene(QSize size) {
     QImage image(size, QImage::Format_RGB32);
     for (int y = 0; y < size.height(); ++y) {
@@ -276,7 +276,7 @@ QImage scene(QSize size) {
     return image;
 }
 
-/// A column for each folder, a line for each picture, over a scene and over white in turns.
+/// Draws a column per folder and a row per picture, alternately over a scene and over white.
 int drawSheet(const QString& folder) {
     const QDir all(folder);
     const QStringList columns = all.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
@@ -308,7 +308,7 @@ int drawSheet(const QString& folder) {
     return sheet.save(all.filePath("sheet.png")) ? 0 : 1;
 }
 
-/// A screen on which every window has the size that it wants, also at twice the scale.
+/// A screen that is large enough for every window, even at twice the scale.
 QByteArray platform() {
     static QTemporaryFile screens;
     screens.open();
