@@ -30,21 +30,22 @@ placesOf(const std::vector<std::string>& texts) {
 using Pair = std::pair<std::size_t, std::size_t>; // a row and its sentence
 
 /// The largest set of pairs whose rows and sentences are in the same order.
-std::vector<Pair> uncrossed(const std::vector<Pair>& pairs) {
-    std::vector<std::size_t> lasts; // the last pair of the best chain of each length
-    std::vector<std::optional<std::size_t>> before(pairs.size());
+std::vector<Pair> longestCommonOrder(const std::vector<Pair>& pairs) {
+    std::vector<std::size_t> chainEnds; // the last pair of the best chain of each length
+    std::vector<std::optional<std::size_t>> predecessor(pairs.size());
     for (std::size_t i = 0; i < pairs.size(); ++i) {
-        const auto place = std::ranges::lower_bound(
-            lasts, pairs[i].second, {}, [&](std::size_t pair) { return pairs[pair].second; });
-        if (place != lasts.begin())
-            before[i] = *(place - 1);
-        if (place == lasts.end())
-            lasts.push_back(i);
+        const auto position = std::ranges::lower_bound(
+            chainEnds, pairs[i].second, {}, [&](std::size_t pair) { return pairs[pair].second; });
+        if (position != chainEnds.begin())
+            predecessor[i] = *(position - 1);
+        if (position == chainEnds.end())
+            chainEnds.push_back(i);
         else
-            *place = i;
+            *position = i;
     }
     std::vector<Pair> chain;
-    for (auto at = lasts.empty() ? std::nullopt : std::optional(lasts.back()); at; at = before[*at])
+    for (auto at = chainEnds.empty() ? std::nullopt : std::optional(chainEnds.back()); at;
+         at = predecessor[*at])
         chain.push_back(pairs[*at]);
     std::ranges::reverse(chain);
     return chain;
@@ -62,19 +63,20 @@ class RowMatch {
     }
 
     std::vector<std::optional<std::size_t>> find() {
-        std::vector<Pair> fixed = uncrossed(samePairs());
-        fixed.emplace_back(rows_.size(), sentences_.size());
+        std::vector<Pair> anchors = longestCommonOrder(samePairs());
+        anchors.emplace_back(rows_.size(), sentences_.size());
         Pair from{0, 0};
-        for (const Pair& to : fixed) {
+        for (const Pair& to : anchors) {
             fillBetween(from, to);
             if (to.first < rows_.size())
                 found_[to.first] = to.second;
             from = {to.first + 1, to.second + 1};
         }
-        const bool isAny = std::ranges::any_of(found_, [](const auto& each) { return !!each; });
-        const std::size_t both = std::min(rows_.size(), sentences_.size());
-        if (!isAny) // no text matches: pair in order
-            fillBetween({0, 0}, {both, both});
+        const bool anyMatch =
+            std::ranges::any_of(found_, [](const auto& match) { return !!match; });
+        const std::size_t common = std::min(rows_.size(), sentences_.size());
+        if (!anyMatch) // no text matches: pair in order
+            fillBetween({0, 0}, {common, common});
         return std::move(found_);
     }
 
@@ -98,11 +100,12 @@ class RowMatch {
 
     void fillBetween(Pair from, Pair to) {
         // An equal number on both sides: the same sentences, differently worded.
-        const bool isEven = to.first - from.first == to.second - from.second;
-        const auto isLeft = [&] { return from.first < to.first && from.second < to.second; };
-        for (; isLeft() && (isEven || agrees(from.first, from.second)); ++from.first, ++from.second)
+        const bool sameCount = to.first - from.first == to.second - from.second;
+        const auto hasRemaining = [&] { return from.first < to.first && from.second < to.second; };
+        for (; hasRemaining() && (sameCount || agrees(from.first, from.second));
+             ++from.first, ++from.second)
             found_[from.first] = from.second;
-        for (; isLeft() && agrees(to.first - 1, to.second - 1); --to.first, --to.second)
+        for (; hasRemaining() && agrees(to.first - 1, to.second - 1); --to.first, --to.second)
             found_[to.first - 1] = to.second - 1;
     }
 

@@ -64,13 +64,13 @@ Task<void> SpeechAnalyzerTranscriber::drainSession(Self self) {
         co_return;
 
     OneShotAsyncBool timedOut(self->mainExecutor());
-    std::stop_source limit;
+    std::stop_source timer;
     spawn(self->mainExecutor(), finishInput(session, timedOut));
-    spawn(self->mainExecutor(), limitDrain(self->mainExecutor(), timedOut, limit.get_token()));
-    const bool late = co_await timedOut;
-    limit.request_stop();
+    spawn(self->mainExecutor(), limitDrain(self->mainExecutor(), timedOut, timer.get_token()));
+    const bool hasTimedOut = co_await timedOut;
+    timer.request_stop();
     const std::int64_t generation = session.generation;
-    if (late)
+    if (hasTimedOut)
         self->abandonDrain(std::move(session));
     self->finishDrainSession(generation);
 }

@@ -43,7 +43,7 @@ TEST(RecordingGateTests, OneProgramRecordsAtATimeAndTheNextOnceItHasLeft) {
 
     first.gate.leaveDataFolder();
     EXPECT_TRUE(second.gate.mayRecord());
-    EXPECT_FALSE(second.told.back().isThere()) << "what was said of the other holds no longer";
+    EXPECT_FALSE(second.told.back().isThere()) << "the obstacle is gone";
     EXPECT_FALSE(first.gate.mayRecord());
 }
 

@@ -256,7 +256,7 @@ TEST_F(AudioSessionRecorderTests, AnEarlierRecordingOfTheSameSecondStays) {
     EXPECT_EQ(entries.back().filePath, folder / "20251009-120000-3.wav");
 }
 
-TEST_F(AudioSessionRecorderTests, ADiskThatHangsCostsAtMostWhatComesAfterSomeMinutes) {
+TEST_F(AudioSessionRecorderTests, AStalledDiskLosesOnlySoundBeyondTheBuffer) {
     constexpr std::size_t channels = 50; // large in memory, small on disk
     constexpr std::size_t frames = 20'000;
     constexpr std::size_t blockBytes = frames * channels * sizeof(float);

@@ -49,7 +49,7 @@ CaptionCore::Rows bring(CaptionCoreFixture& f, Road road, const std::string& tex
     return {all.begin() + static_cast<std::ptrdiff_t>(committed.size()), all.end()};
 }
 
-TEST(CaptionCoreCommitTests, EachRoadHasItsOwnIdeaOfWhatIsARepetition) {
+TEST(CaptionCoreCommitTests, EachCommitPathDetectsRepeatsItsOwnWay) {
     struct Case {
         const char* name;
         Road road;

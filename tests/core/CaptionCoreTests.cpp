@@ -196,7 +196,7 @@ TEST(CaptionCoreTests, SoftCaptionsAppearAndAreWithdrawn) {
                                    "'If it snows today, we stay at home,', soft");
     EXPECT_EQ(f.shown(), " /  /  / If it snows today, we stay at home, then we sleep");
     f.play("100.7 p If it snows today, we stay at home, then we eat");
-    EXPECT_EQ(trace.since("soft"), "") << "all clocks run anew";
+    EXPECT_EQ(trace.since("soft"), "") << "all timers restart";
     f.play("100.8 p It rained, we stayed at home, then;101.2 p It rained, we stayed at home, then");
     trace.since();
     f.config.softCaptionEnabled = false;

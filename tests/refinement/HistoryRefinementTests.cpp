@@ -183,7 +183,7 @@ TEST(HistoryRefinementTests, WithoutAFormerTranscriptDamageCostsOnlyWhatIsBehind
 
 // Text and times always match, at the latest after the next start. Both texts contain the former
 // sentence, because nothing was heard there.
-TEST(HistoryRefinementTests, OneFaultOfTheDiskOrItsEndLeavesOneOfTheTwoTexts) {
+TEST(HistoryRefinementTests, ADiskFailureLeavesOneCompleteText) {
     for (const bool isForEver : {false, true}) {
         for (std::uint64_t operation = 1;; ++operation) {
             RefinedRecording recording;

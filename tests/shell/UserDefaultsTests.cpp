@@ -94,7 +94,7 @@ TEST_F(UserDefaultsTests, AFileThatIsNotUnderstoodIsNeverOverwritten) {
 }
 
 /// A user who disabled recording and then damaged the file must not be recorded.
-TEST_F(UserDefaultsTests, WhatMayHaveBeenANoToRecordingIsOne) {
+TEST_F(UserDefaultsTests, AnUnreadableSettingDisablesRecording) {
     const struct {
         const char* text;
         bool isUnreadable;

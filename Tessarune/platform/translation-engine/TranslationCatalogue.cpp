@@ -215,7 +215,7 @@ TranslationEngine::Files translationFilesOf(const StoredModel& model) {
     const auto target = shared ? shared : find(targetRole);
     if (!network || !source || !target)
         throw std::runtime_error(
-            localized("The translation model %@ does not consist of what it must.", {model.name}));
+            localized("The translation model %@ is incomplete.", {model.name}));
     return {*network, *source, *target};
 }
 

@@ -16,11 +16,11 @@ namespace {
 
 constexpr const char* catalogueName = "catalogue.json";
 /// The published catalogue is smaller than one megabyte.
-constexpr std::uint64_t largestCatalogue = 16'000'000;
+constexpr std::uint64_t maximumCatalogueBytes = 16'000'000;
 /// A generous limit: loading a model and translating a sentence takes about a hundredth of it.
 constexpr double trialSeconds = 30;
 
-[[noreturn]] void failUnknown(const std::string& id) {
+[[noreturn]] void throwUnsupported(const std::string& id) {
     throw std::runtime_error(localized("There is no translation into the language %@.", {id}));
 }
 
@@ -35,7 +35,7 @@ struct Languages {
 /// The languages for an offered target; throws for any other.
 Languages languagesFor(const std::string& id) {
     if (TranslationSupport::targetLanguage(id) == nullptr)
-        failUnknown(id);
+        throwUnsupported(id);
     return {TranslationSupport::appleLanguageIdentifier(TranslationSupport::defaultSourceLanguage),
             TranslationSupport::appleLanguageIdentifier(id)};
 }
@@ -70,7 +70,7 @@ struct TranslationModelInventory::Shared {
 
     using Pointer = std::shared_ptr<Shared>;
     using Waiters = std::vector<OneShot<std::exception_ptr>>;
-    std::map<Languages, Waiters> onTheWay; ///< main queue
+    std::map<Languages, Waiters> runningInstallations; ///< main queue
 
     mutable Mutex mutex;
     mutable std::shared_ptr<const TranslationCatalogue> current GUARDED_BY(mutex);
@@ -82,22 +82,22 @@ struct TranslationModelInventory::Shared {
     std::shared_ptr<const TranslationCatalogue> catalogue() const {
         const MutexLock lock(mutex);
         if (!current)
-            current = std::make_shared<const TranslationCatalogue>(kept());
+            current = std::make_shared<const TranslationCatalogue>(cachedCatalogue());
         return current;
     }
 
-    TranslationCatalogue kept() const {
+    TranslationCatalogue cachedCatalogue() const {
         try {
             if (store.files().exists(catalogueFile()))
                 return TranslationCatalogue::parse(store.files().read(catalogueFile()), source);
         } catch (const std::exception& failure) {
             TessaruneLog::translation.notice(
-                [&] { return std::string("the kept catalogue is of no use: ") + failure.what(); });
+                [&] { return std::string("the cached catalogue is unusable: ") + failure.what(); });
         }
         return TranslationCatalogue::builtIn();
     }
 
-    std::optional<StoredModel> whole(const TranslationPair& pair) const {
+    std::optional<StoredModel> findIntact(const TranslationPair& pair) const {
         std::optional<StoredModel> model = store.find(ModelKind::translation, pair.modelName());
         return model && model->damage.empty() ? model : std::nullopt;
     }
@@ -106,18 +106,18 @@ struct TranslationModelInventory::Shared {
     static Task<void> refreshCatalogue(Pointer self, std::stop_token stop) {
         if (!self->network)
             self->network = self->host.serialQueue("tessarune.catalogue", QueuePriority::utility);
-        std::stop_source either;
-        const auto request = [&either] { either.request_stop(); };
+        std::stop_source stopEither;
+        const auto request = [&stopEither] { stopEither.request_stop(); };
         const std::stop_callback onStop(stop, request);
         const std::stop_callback onEnd(self->ending.get_token(), request);
         const Executor network = Executor::queue(self->host, self->network);
-        co_await runOn(network, fetchCatalogue(self, network, either.get_token()), self->main);
+        co_await runOn(network, fetchCatalogue(self, network, stopEither.get_token()), self->main);
     }
 
     static Task<void> fetchCatalogue(Pointer self, Executor network, std::stop_token stop) {
         const std::string text = co_await self->downloader.fetchText(
             network, localized("The list of translation models"), self->source.records,
-            largestCatalogue, stop);
+            maximumCatalogueBytes, stop);
         auto fetched = std::make_shared<const TranslationCatalogue>(
             TranslationCatalogue::parse(text, self->source));
         self->store.files().createDirectories(self->catalogueFile().parent_path());
@@ -128,8 +128,8 @@ struct TranslationModelInventory::Shared {
 
     static Task<void> install(Pointer self, Languages languages,
                               ModelInstaller::ProgressHandler progress, std::stop_token stop) {
-        const std::string flawNow = co_await flaw(self, languages, self->trial);
-        if (flawNow.empty())
+        const std::string currentFlaw = co_await flaw(self, languages, self->trial);
+        if (currentFlaw.empty())
             co_return;
         std::exception_ptr failure;
         try {
@@ -152,9 +152,9 @@ struct TranslationModelInventory::Shared {
     }
 
     /// Main queue. Starts the job or joins the running one.
-    static void join(const Pointer& self, const Languages& languages,
-                     const OneShot<std::exception_ptr>& outcome) {
-        Waiters& waiters = self->onTheWay[languages];
+    static void startOrJoin(const Pointer& self, const Languages& languages,
+                            const OneShot<std::exception_ptr>& outcome) {
+        Waiters& waiters = self->runningInstallations[languages];
         waiters.push_back(outcome);
         if (waiters.size() == 1)
             spawn(self->main, run(self, languages));
@@ -167,7 +167,7 @@ struct TranslationModelInventory::Shared {
         } catch (...) {
             failure = std::current_exception();
         }
-        const auto job = self->onTheWay.extract(languages);
+        const auto job = self->runningInstallations.extract(languages);
         for (const auto& waiter : job.mapped())
             waiter.resume(failure);
     }
@@ -185,9 +185,10 @@ struct TranslationModelInventory::Shared {
         const std::vector<TranslationPair> candidates =
             LanguagePairs::candidates(languages.source, languages.target);
         const auto known = catalogue();
+        // A pair whose output has to be converted is the last choice.
         for (const bool isForTraditional : {false, true}) {
             for (const TranslationPair& pair : candidates) {
-                if (pair.isForTraditional == isForTraditional && whole(pair))
+                if (pair.isForTraditional == isForTraditional && findIntact(pair))
                     return pair;
             }
             for (const TranslationPair& pair : candidates) {
@@ -225,7 +226,7 @@ struct TranslationModelInventory::Shared {
                                std::stop_token stop) {
         const Languages languages = languagesFor(id);
         if (!self->pairFor(languages))
-            failUnknown(id);
+            throwUnsupported(id);
         ModelInstaller::ProgressHandler handler;
         if (progress) {
             handler = [progress = std::move(progress)](ModelInstaller::Progress now) {
@@ -238,7 +239,7 @@ struct TranslationModelInventory::Shared {
     void remove(const std::string& id) const {
         const std::optional<TranslationPair> pair = pairFor(languagesFor(id));
         if (!pair)
-            failUnknown(id);
+            throwUnsupported(id);
         store.remove(ModelKind::translation, pair->modelName());
     }
 };
@@ -266,8 +267,8 @@ TranslationAvailabilityStatus TranslationModelInventory::status(std::string_view
     const std::optional<TranslationPair> pair = pairFor(source, target);
     if (!pair)
         return TranslationAvailabilityStatus::unsupported;
-    return shared_->whole(*pair) ? TranslationAvailabilityStatus::installed
-                                 : TranslationAvailabilityStatus::supported;
+    return shared_->findIntact(*pair) ? TranslationAvailabilityStatus::installed
+                                      : TranslationAvailabilityStatus::supported;
 }
 
 Task<void> TranslationModelInventory::bring(std::string source, std::string target,
@@ -275,7 +276,8 @@ Task<void> TranslationModelInventory::bring(std::string source, std::string targ
     const std::shared_ptr<Shared> shared = shared_;
     const Languages languages{std::move(source), std::move(target)};
     OneShot<std::exception_ptr> outcome(executor);
-    shared->main.run([shared, languages, outcome] { Shared::join(shared, languages, outcome); });
+    shared->main.run(
+        [shared, languages, outcome] { Shared::startOrJoin(shared, languages, outcome); });
     const std::exception_ptr failure = co_await outcome;
     if (failure)
         std::rethrow_exception(failure);

@@ -56,7 +56,7 @@ TEST(LineLogWriterTests, ALineThatWasCutShortDoesNotRunIntoTheNext) {
     EXPECT_EQ(contentsOf(folder / "log"), "whole\ncut\nwhole again\nand again\n");
 }
 
-TEST(LineLogWriterTests, AReaderThatStopsReadingHoldsUpNoEnd) {
+TEST(LineLogWriterTests, AStalledReaderDelaysNoEnd) {
     TemporaryFolder folder;
     ASSERT_EQ(::mkfifo((folder / "pipe").c_str(), 0600), 0);
     const int reader = ::open((folder / "pipe").c_str(), O_RDONLY | O_NONBLOCK);

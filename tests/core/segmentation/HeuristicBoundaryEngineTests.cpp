@@ -122,7 +122,7 @@ TEST(HeuristicBoundaryEngineTests, WhatWasFrozenFromPartialsIsNotInTheFinalAgain
     EXPECT_EQ(engine.ingestFinal("One is here. Two", context).hardPieces.size(), 2u);
 }
 
-TEST(HeuristicBoundaryEngineTests, NoNumberOfPiecesIsTooMany) {
+TEST(HeuristicBoundaryEngineTests, HandlesManyPieces) {
     // Every piece is a leading sentence and a clause, so that each is looked up among all others.
     const int pieces = 100'000;
     std::string text;

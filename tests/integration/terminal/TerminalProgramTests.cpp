@@ -266,7 +266,7 @@ TEST_F(TerminalProgramTests, ASessionThatWasKilledIsCompletedAtTheNextStartAndTo
 }
 
 /// The pipe is full and has no reader: neither the session nor a signal waits for it.
-TEST_F(TerminalProgramTests, AReaderThatDoesNotReadHoldsUpNothing) {
+TEST_F(TerminalProgramTests, AStalledReaderBlocksNothing) {
     const auto stuck = [this](std::vector<std::string> source, const std::string& then) {
         std::vector<std::string> words = {
             "-c",

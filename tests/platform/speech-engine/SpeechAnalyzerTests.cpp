@@ -264,7 +264,7 @@ TEST_F(SpeechAnalyzerTest, TimeInWhichTheProcessDidNotRunIsNoReasonToRest) {
     EXPECT_LE(engine_.passes.front().at - woke, 0.2 + 2 * batch);
 }
 
-TEST_F(SpeechAnalyzerTest, FastSoundIsNotWaitedWithAndTellsNothingOfTheComputersSpeed) {
+TEST_F(SpeechAnalyzerTest, FastSoundIsNotDelayedNorMeasured) {
     const auto speeds = store_.folder(ModelKind::speech, "speeds.json");
     engine_.script = {{"On and on it goes.", 0, 1000}};
     startUp();
