@@ -32,7 +32,7 @@ function(tessarune_test target)
     return()
   endif()
   add_executable(${target} ${sources})
-  set_target_properties(${target} PROPERTIES UNITY_BUILD ${TESSARUNE_UNITY} UNITY_BUILD_BATCH_SIZE 16)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${TESSARUNE_UNITY} UNITY_BUILD_BATCH_SIZE 12)
   target_link_libraries(${target} PRIVATE ${TEST_LINKS} GTest::gtest GTest::gtest_main)
   target_compile_definitions(${target} PRIVATE
     TESSARUNE_TEST_DATA="${PROJECT_SOURCE_DIR}/tests/data"
