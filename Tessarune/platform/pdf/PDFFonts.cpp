@@ -14,6 +14,15 @@ bool contains(const QString& text, QChar::Script script) {
     return std::ranges::any_of(text, [&](QChar character) { return character.script() == script; });
 }
 
+/// Frequent characters tell which of the two scripts a Chinese text is written in.
+bool isTraditional(const QString& text) {
+    const auto count = [&](QStringView characters) {
+        return std::ranges::count_if(text, [&](QChar each) { return characters.contains(each); });
+    };
+    return count(u"這個們來時說對為國後過還會學開關點裡種樣麼與從經發現實話間問題") >
+           count(u"这个们来时说对为国后过还会学开关点里种样么与从经发现实话间问题");
+}
+
 QFont ofFamilies(QStringList families, double size) {
     // Characters that the first faces lack come from the next ones: colour emoji, then Chinese,
     // Japanese and Korean; Qt finds faces for the other scripts.
@@ -34,7 +43,7 @@ void choosePlace(const QString& sample) {
     else if (contains(sample, QChar::Script_Hangul))
         place = QStringLiteral("KR");
     else
-        place = QStringLiteral("SC");
+        place = isTraditional(sample) ? QStringLiteral("TC") : QStringLiteral("SC");
 }
 
 QFont text(double size) {

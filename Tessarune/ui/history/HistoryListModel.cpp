@@ -19,7 +19,18 @@ using Step = HistoryRefinementService::Progress::Step;
 
 /// Several changes in a row cause one reading.
 constexpr double settleSeconds = 0.05;
-constexpr double daySeconds = 86'400;
+
+/// `hour` o'clock on the day so many days after that of `time`; days have 23 to 25 hours.
+double onDay(double time, int daysLater, int hour) {
+    const auto seconds = static_cast<std::time_t>(time);
+    std::tm local{};
+    localtime_r(&seconds, &local);
+    local.tm_mday += daysLater;
+    local.tm_hour = hour;
+    local.tm_min = local.tm_sec = 0;
+    local.tm_isdst = -1;
+    return static_cast<double>(std::mktime(&local));
+}
 
 QString dayOf(const HistoryItem& item, double now) {
     const auto day = [](double time) {
@@ -27,7 +38,7 @@ QString dayOf(const HistoryItem& item, double now) {
     };
     if (item.date == day(now))
         return historyText("今天");
-    if (item.date == day(now - daySeconds))
+    if (item.date == day(onDay(now, -1, 12)))
         return historyText("昨天");
     return QString::fromStdString(item.date);
 }
@@ -90,11 +101,8 @@ void HistoryListModel::follow() {
 
 /// After midnight "today" is another day.
 void HistoryListModel::awaitMidnight() {
-    const auto now = static_cast<std::time_t>(environment_.host.wallClock());
-    std::tm local{};
-    localtime_r(&now, &local);
-    const int seconds = (local.tm_hour * 60 + local.tm_min) * 60 + local.tm_sec;
-    midnight_ = environment_.host.after(daySeconds - std::min<double>(seconds, daySeconds) + 1,
+    const double now = environment_.host.wallClock();
+    midnight_ = environment_.host.after(std::max(onDay(now, 1, 0) - now, 0.0) + 1,
                                         lifeline_.calling([](HistoryListModel& model) {
                                             model.announceAll({DayRole});
                                             model.awaitMidnight();

@@ -10,7 +10,7 @@ Item {
     readonly property HistoryDetailModel detail: model.detail
     readonly property real margin: Math.round(Theme.body * 1.7)
     // Beside the transcript, or in its place where there is no room for both.
-    readonly property bool showsWords: model.words.isOpen
+    readonly property bool showsWords: model.words.isOpen && !detail.isRunning
     readonly property real wordsWidth: width < Theme.body * 44 ? width : Math.round(Math.max(Theme.body * 22, Math.min(Theme.body * 28, width * 0.44)))
 
     Placeholder {
