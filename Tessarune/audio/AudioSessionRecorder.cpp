@@ -99,13 +99,14 @@ void AudioSessionRecorder::append(AudioBufferPtr buffer) {
     }
     waitingBytes_ += bytes;
     const double lost = lostSeconds_.exchange(0);
-    queue_->async([weak = weak_from_this(), buffer = std::move(buffer), bytes, lost] {
+    queue_->async([weak = weak_from_this(), buffer = std::move(buffer), bytes, lost,
+                   arrivedAt = host_.now()] {
         const auto self = weak.lock();
         if (!self)
             return;
         self->waitingBytes_ -= bytes;
         self->replaceLostSound(lost);
-        self->appendOnQueue(*buffer);
+        self->appendOnQueue(*buffer, arrivedAt);
     });
 }
 
@@ -235,9 +236,10 @@ void AudioSessionRecorder::openFile(const RecordingMetadata& item) {
 
 // Sound
 
-void AudioSessionRecorder::appendOnQueue(const AudioBuffer& buffer) {
+void AudioSessionRecorder::appendOnQueue(const AudioBuffer& buffer, double arrivedAt) {
     if (!fileHandle_ || recordingWriteDisabled_)
         return;
+    const bool wasEmpty = dataByteCount_ == 0;
     auto mono = downmixed(buffer);
     if (mono.empty())
         return;
@@ -253,6 +255,8 @@ void AudioSessionRecorder::appendOnQueue(const AudioBuffer& buffer) {
     }
     if (!pcm.empty())
         write(pcm);
+    if (wasEmpty && dataByteCount_ > 0 && onFirstSample)
+        onFirstSample({item_->id, arrivedAt - writtenSeconds()});
 }
 
 /// The format of the received sound counts, not the requested one. The header gets it at once:
@@ -363,6 +367,11 @@ int AudioSessionRecorder::headerSampleRate() const {
     return observedSampleRate_ > 0 ? static_cast<int>(observedSampleRate_) : sampleRate;
 }
 
+double AudioSessionRecorder::writtenSeconds() const {
+    return static_cast<double>(dataByteCount_) /
+           (static_cast<double>(headerSampleRate()) * bytesPerSample);
+}
+
 // Stop
 
 std::optional<RecordingMetadata> AudioSessionRecorder::stopOnQueue() {
@@ -372,8 +381,7 @@ std::optional<RecordingMetadata> AudioSessionRecorder::stopOnQueue() {
     replaceLostSound(lost);
     closeFile();
     RecordingMetadata& item = *item_;
-    item.duration = static_cast<double>(dataByteCount_) /
-                    (static_cast<double>(headerSampleRate()) * bytesPerSample);
+    item.duration = writtenSeconds();
     item.endedAt = item.startedAt + (host_.now() - *item.monotonicStart);
     item.byteCount = static_cast<std::int64_t>(WAVHeader::size + dataByteCount_);
     item.sampleRate = headerSampleRate();

@@ -38,6 +38,13 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
         UUIDSource makeID = UUID::random;
     };
 
+    /// The host time of the first sample in a recording's file. The capture that follows the start
+    /// of the recorder waits for its device, so it is later than the recording's own start.
+    struct FirstSample {
+        UUID recordingID;
+        double heardAt = 0;
+    };
+
     static constexpr int maxConsecutiveWriteFailures = 3;
     static constexpr std::uint64_t headerFlushIntervalBytes = 2'000'000;
     /// The sound until the next attempt after a failed flush: a few seconds.
@@ -62,6 +69,8 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     AudioSessionRecorder& operator=(const AudioSessionRecorder&) = delete;
 
     std::function<void(const RecordingMetadata&)> onStarted;
+    /// Once a recording, when its first sound is in the file; never, if there is no sound.
+    std::function<void(const FirstSample&)> onFirstSample;
     std::function<void(const RecordingMetadata&)> onFinished;
     std::function<void(const std::string&)> onError; ///< a text for the user
 
@@ -97,7 +106,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     void openFile(const RecordingMetadata& item);
     std::filesystem::path freshPath(double wallClock) const;
     void checkFreeSpace();
-    void appendOnQueue(const AudioBuffer& buffer);
+    void appendOnQueue(const AudioBuffer& buffer, double arrivedAt);
     void replaceLostSound(double seconds);
     void appendSilenceOnQueue(double seconds);
     void observeFormat(const AudioBuffer& buffer);
@@ -115,6 +124,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     void report(const std::string& text) const;
     LogFields writeFailureFields(const std::exception& error) const;
     int headerSampleRate() const;
+    double writtenSeconds() const;
 
     Host& host_;
     FileSystem& files_;

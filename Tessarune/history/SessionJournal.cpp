@@ -87,15 +87,20 @@ SessionJournal::SessionJournal(Host& host, FileSystem& files, TessaruneFileLogge
                                std::filesystem::path path, double recordingStartedAt,
                                std::string recognitionOptionID)
     : host_(host),
+      recognitionOptionID_(std::move(recognitionOptionID)),
       writer_(std::make_shared<Writer>(host, files, logger, std::move(path))),
       queue_(host.serialQueue("Tessarune.SessionJournal", QueuePriority::utility)) {
-    queue_->async([writer = writer_, recordingStartedAt, option = std::move(recognitionOptionID)] {
-        writer->append(SessionJournalContent::sessionLine(recordingStartedAt, option));
-    });
+    noteRecordingStart(recordingStartedAt);
 }
 
 SessionJournal::~SessionJournal() {
     queue_->sync([&] { writer_.reset(); });
+}
+
+void SessionJournal::noteRecordingStart(double recordingStartedAt) {
+    queue_->async([writer = writer_, recordingStartedAt, option = recognitionOptionID_] {
+        writer->append(SessionJournalContent::sessionLine(recordingStartedAt, option));
+    });
 }
 
 void SessionJournal::append(const CaptionSegment& row, std::span<const WordEvent> words) {

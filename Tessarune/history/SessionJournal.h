@@ -33,6 +33,9 @@ class SessionJournal {
     SessionJournal(const SessionJournal&) = delete;
     SessionJournal& operator=(const SessionJournal&) = delete;
 
+    /// The recording begins at this time instead; earlier lines count from it as well.
+    void noteRecordingStart(double recordingStartedAt);
+
     /// A committed row, or one that has changed since (its translation came, it was corrected). The
     /// last line of a row counts; without word events the earlier ones remain valid.
     void append(const CaptionSegment& row, std::span<const WordEvent> words = {});
@@ -48,6 +51,7 @@ class SessionJournal {
     static Task<void> putOnDisk(Executor queue, std::shared_ptr<Writer> writer);
 
     Host& host_;
+    const std::string recognitionOptionID_;
     std::shared_ptr<Writer> writer_; // touched on the queue only
     std::shared_ptr<SerialQueue> queue_;
 };

@@ -16,8 +16,6 @@ using FormerSentence = HistoryWordTimeline::Sentence;
 
 /// The sound that encoders and decoders add or remove, with a margin.
 constexpr double lengthSlackSeconds = 1.0;
-/// Times of a live transcript count from the start of the recorder, which waits for the device.
-constexpr double mostStartSeconds = 3;
 /// A sentence is missing if others cover a smaller share of its time than this.
 constexpr double mostCoveredShare = 0.25;
 /// Two recognisers may place one sentence this far apart.
@@ -101,9 +99,8 @@ bool FormerTranscript::wasHeard(double heardSeconds, bool isWhole) const {
     const double through = heardSeconds + lengthSlackSeconds;
     if (recordedSeconds && *recordedSeconds > through)
         return false;
-    const double mostLate = recordedSeconds ? mostStartSeconds : lengthSlackSeconds;
     return !timeline || std::ranges::all_of(timeline->sentences, [&](const FormerSentence& each) {
-        return each.end <= heardSeconds + mostLate;
+        return each.end <= through;
     });
 }
 

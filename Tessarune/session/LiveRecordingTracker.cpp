@@ -29,6 +29,14 @@ void LiveRecordingTracker::handleStarted(const RecordingMetadata& metadata, bool
     journal(core, *core.committedSegments);
 }
 
+void LiveRecordingTracker::handleFirstSample(const UUID& recording, double heardAt) {
+    if (currentID_ != recording)
+        return;
+    currentStartedAt_ = heardAt;
+    if (journal_)
+        journal_->noteRecordingStart(heardAt);
+}
+
 void LiveRecordingTracker::discardCurrentRecordingIfAny() {
     if (journal_)
         journal_->discard();

@@ -30,7 +30,8 @@ class LiveRecordingTracker {
     const std::optional<UUID>& currentID() const { return currentID_; }
     const std::optional<UUID>& lastSavedID() const { return lastSavedID_; }
     bool hasCurrentRecording() const { return currentID_.has_value(); }
-    /// The start of the current recording on the clock of the words' times.
+    /// The start of the current recording on the clock of the words' times: that of its file's
+    /// first sample, as soon as there is one.
     std::optional<double> currentStartedAt() const { return currentStartedAt_; }
 
     void reset();
@@ -39,6 +40,8 @@ class LiveRecordingTracker {
     /// session is already over, and one that this one replaces.
     void handleStarted(const RecordingMetadata& metadata, bool isListening, const CaptionCore& core,
                        const std::string& recognitionOptionID);
+    /// The file of a recording begins with the sound of this host time.
+    void handleFirstSample(const UUID& recording, double heardAt);
     /// Its diagnostics run stays.
     void discardCurrentRecordingIfAny();
 

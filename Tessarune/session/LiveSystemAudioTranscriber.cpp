@@ -29,6 +29,11 @@ void LiveSystemAudioTranscriber::connect() {
         if (self && self->onRecordingStarted)
             self->onRecordingStarted(metadata);
     };
+    recorder.onFirstSample = [weak](const AudioSessionRecorder::FirstSample& sample) {
+        const auto self = weak.lock();
+        if (self && self->onFirstSample)
+            self->onFirstSample(sample);
+    };
     recorder.onFinished = [weak](const RecordingMetadata& metadata) {
         const auto self = weak.lock();
         if (self && self->onRecordingFinished)

@@ -48,6 +48,7 @@ class LiveSystemAudioTranscriber final
     std::function<void()> onGuessWithdrawn;
     std::function<void(double)> onLevel;
     std::function<void(const RecordingMetadata&)> onRecordingStarted;
+    std::function<void(const AudioSessionRecorder::FirstSample&)> onFirstSample;
     std::function<void(const RecordingMetadata&)> onRecordingFinished;
     std::function<void(const std::string&)> onError; ///< a text for the user
     std::function<void(double)> onAudioBufferInfo;   ///< a sample rate

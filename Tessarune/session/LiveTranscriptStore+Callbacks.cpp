@@ -88,6 +88,10 @@ void LiveTranscriptStore::configureTranscriberCallbacks() {
         if (!*settings.recordLosslessAudio)
             self.environment_.compressor.follow(metadata);
     });
+    transcriber.onFirstSample =
+        onMain([](Store& self, const AudioSessionRecorder::FirstSample& sample) {
+            self.recordingTracker_.handleFirstSample(sample.recordingID, sample.heardAt);
+        });
     transcriber.onASREvent =
         onMain([](Store& self, const ASREvent& event) { self.handleRecognitionEvent(event); });
     transcriber.onAppleRawResult =

@@ -404,6 +404,37 @@ TEST(LiveTranscriptStoreInterruptionTests, WhateverTakesTheSoundAwayTheSessionGo
     }
 }
 
+TEST(LiveTranscriptStoreTimeTests, WordsAreTimedInTheFileHoweverLateItsSoundBegins) {
+    for (const double openSeconds : {0.0, 1.5}) {
+        for (const double quietSeconds : {0.0, 0.7, 5.0}) { // the last is filled with silence
+            for (const bool isKilled : {false, true}) {
+                SCOPED_TRACE(::testing::Message() << openSeconds << ", " << quietSeconds << ", "
+                                                  << (isKilled ? "killed" : "stopped"));
+                SimulatedSession session;
+                session.settings.recordLosslessAudio = true;
+                session.launch();
+                session.server.openDelay = openSeconds;
+                session.start();
+                session.host.advanceBy(openSeconds + quietSeconds);
+                session.hear(3);
+                session.say(true, "Said two seconds later.");
+                if (isKilled) // nothing reaches the disk any more
+                    session.files.failFrom = session.files.operations + 1;
+                session.stop();
+                session.host.advanceBy(20);
+                session.files.recover();
+                session.launch();
+                const auto recording = session.catalog->recordings().at(0);
+                const double silence = longestSilence(session.files.contentsOf(recording.filePath));
+                const auto timeline = HistoryWordTimeline::decoded(
+                    session.files.contentsOf(session.catalog->wordTimelineURL(recording.id)));
+                ASSERT_TRUE(timeline && timeline->sentences.size() == 1);
+                EXPECT_NEAR(timeline->sentences[0].start, silence + 2, 0.15);
+            }
+        }
+    }
+}
+
 TEST_F(LiveTranscriptStoreStopTests, AGuessThatComesToNothingIsGoneAtOnceAndForGood) {
     begin();
     session.say(true, "Before.");
