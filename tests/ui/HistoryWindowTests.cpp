@@ -180,7 +180,15 @@ TEST_F(HistoryWindowTests, TheRowIsMarkedInWhichTheSpokenSentenceIsRead) {
     ASSERT_TRUE(
         runUntil([&] { return model().detail()->payload().sourceText == "It is being said."; }));
     EXPECT_TRUE(model().detail()->hint().isEmpty());
+    history.liveDuration = 65.4;
+    const auto& list = *model().list();
+    const auto length = [&] {
+        return list.data(list.index(list.rowOf(running)), HistoryListModel::DurationRole);
+    };
+    EXPECT_EQ(length(), "01:05");
+    EXPECT_EQ(model().detail()->duration(), "01:05");
     history.live.reset();
+    EXPECT_EQ(length(), "") << "another program records";
     history.liveText = "Said in a session that keeps nothing.";
     EXPECT_FALSE(model().detail()->hasText()) << "another program records";
 }

@@ -123,6 +123,7 @@ class StagedHistory {
                     },
                     [](const std::string&, const Block&) -> Block { return [] {}; }),
                 .liveText = &liveText,
+                .liveDuration = &liveDuration,
                 .liveRecording = [this] { return live; }};
     }
     void open() {
@@ -187,8 +188,9 @@ class StagedHistory {
                                            [](std::string_view) { return std::string("en"); }};
     std::shared_ptr<VocabularyStore> vocabulary = std::make_shared<VocabularyStore>(disk, paths);
     Published<std::string> liveText; ///< of the running session
-    std::optional<UUID> live;        ///< its recording
-    /// The player's sound server has no passing time: playback stays where it begins.
+    Published<double> liveDuration{0.0};
+    std::optional<UUID> live; ///< its recording
+    /// Over a sound server on which no time passes: what is to be heard stays where it begins.
     SimulatedHost stillHost{1e9};
     testing::ScriptedSoundServer speakers{stillHost};
     std::shared_ptr<AudioPlayer> player = std::make_shared<AudioPlayer>(

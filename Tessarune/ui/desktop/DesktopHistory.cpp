@@ -125,6 +125,7 @@ std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, Deskt
         .pronunciation = std::make_shared<HistoryPronunciationAudioPlayer>(
             host, fetchOverHTTPS, PronunciationSound::make(host, parts)),
         .liveText = &session.view().liveHistoryText,
+        .liveDuration = &session.view().sessionDuration,
         .liveRecording = [&session] { return session.recordingTracker().currentID(); },
         .watchPlayback = [&application](TranscriptPlayback& playback) -> std::shared_ptr<void> {
             return std::make_shared<PlaybackTelemetry>(

@@ -48,6 +48,11 @@ HistoryDetailModel::HistoryDetailModel(const HistoryWindowEnvironment& environme
         });
     if (environment_.liveText)
         observations_.follow(*environment_.liveText, [this] { showLiveText(); });
+    if (environment_.liveDuration)
+        observations_.followChanges(*environment_.liveDuration, [this](double) {
+            if (isRunning())
+                Q_EMIT durationChanged();
+        });
 }
 
 HistoryDetailModel::~HistoryDetailModel() {
@@ -76,6 +81,7 @@ void HistoryDetailModel::show(const std::optional<HistoryItem>& recording) {
     if (isOtherNote)
         Q_EMIT noteChanged();
     Q_EMIT recordingChanged();
+    Q_EMIT durationChanged();
 }
 
 /// Of a running session nothing is saved yet. It may be another program's.
@@ -148,7 +154,7 @@ QString HistoryDetailModel::title() const {
 }
 
 QString HistoryDetailModel::duration() const {
-    return recording_ ? QString::fromStdString(recording_->dur) : QString();
+    return recording_ ? durationText(*recording_, environment_) : QString();
 }
 
 QString HistoryDetailModel::note() const {

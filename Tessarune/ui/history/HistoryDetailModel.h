@@ -22,7 +22,7 @@ class HistoryDetailModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isShown READ isShown NOTIFY recordingChanged)
     Q_PROPERTY(QString title READ title NOTIFY recordingChanged)
-    Q_PROPERTY(QString duration READ duration NOTIFY recordingChanged)
+    Q_PROPERTY(QString duration READ duration NOTIFY durationChanged)
     Q_PROPERTY(bool isRunning READ isRunning NOTIFY recordingChanged)
     Q_PROPERTY(QString note READ note NOTIFY noteChanged)
     /// 0: the source alone, 1: with the translation.
@@ -60,6 +60,7 @@ class HistoryDetailModel final : public QObject {
 
   Q_SIGNALS:
     void recordingChanged();
+    void durationChanged();
     void noteChanged();
     void modeChanged();
     /// What is shown of the texts, or the texts themselves.

@@ -97,6 +97,11 @@ void HistoryListModel::follow() {
     observations_.follow(refinement.jobs(), [this] { refinementsChanged(); });
     observations_.follow(refinement.failures(), [this] { refinementsChanged(); });
     refinementsChanged();
+    if (environment_.liveDuration)
+        observations_.followChanges(*environment_.liveDuration, [this](double) {
+            if (const auto running = environment_.liveRecording())
+                announce(rowOf(*running), {DurationRole});
+        });
 }
 
 /// After midnight "today" is another day.
@@ -272,7 +277,7 @@ QVariant HistoryListModel::data(const QModelIndex& index, int role) const {
         return note.isEmpty() ? entry.beginning : note;
     }
     case DurationRole:
-        return QString::fromStdString(entry.item.dur);
+        return durationText(entry.item, environment_);
     case BilingualRole:
         return entry.item.hasBilingualTranscript;
     case RunningRole:

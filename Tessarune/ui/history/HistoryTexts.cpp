@@ -1,11 +1,20 @@
 #include "Tessarune/ui/history/HistoryTexts.h"
 
+#include "Tessarune/history/DurationTextFormatter.h"
 #include "TessaruneCore/text/Localization.h"
 
 namespace tessarune {
 
 QString historyText(std::string_view key, const std::vector<std::string>& arguments) {
     return QString::fromStdString(arguments.empty() ? localized(key) : localized(key, arguments));
+}
+
+QString durationText(const HistoryItem& recording, const HistoryWindowEnvironment& environment) {
+    if (!recording.live)
+        return QString::fromStdString(recording.dur);
+    if (!environment.liveDuration || environment.liveRecording() != recording.id)
+        return {};
+    return QString::fromStdString(DurationTextFormatter::compact(**environment.liveDuration));
 }
 
 QVariantMap historyTexts() {

@@ -61,7 +61,9 @@ struct HistoryWindowEnvironment {
     std::shared_ptr<HistoryPronunciationAudioPlayer> pronunciation = nullptr;
     /// What was said so far in the running session; null: there is none.
     const Published<std::string>* liveText = nullptr;
-    /// The recording of which that is the text.
+    /// Its length in seconds, updated once a second; null: there is no session.
+    const Published<double>* liveDuration = nullptr;
+    /// The recording of which these are.
     std::function<std::optional<UUID>()> liveRecording = [] { return std::nullopt; };
     /// Watches a playback for as long as it returns is kept; absent: nobody does.
     std::function<std::shared_ptr<void>(TranscriptPlayback&)> watchPlayback = {};
