@@ -40,7 +40,7 @@ void RunPreparation::checkModel(const Application& application) {
         throw RunFailure::ofStart(std::make_exception_ptr(std::runtime_error(problem)));
 }
 
-void RunPreparation::prepareToRecord(Application& application, const CaptionsCommand& command,
+bool RunPreparation::prepareToRecord(Application& application, const CaptionsCommand& command,
                                      const RunOutput& output) {
     const Application::Preparation found = application.prepareToRecord();
     const auto& [doubt, failure, holder] = found.obstacle;
@@ -57,6 +57,7 @@ void RunPreparation::prepareToRecord(Application& application, const CaptionsCom
     }
     for (const std::string& text : repairTexts(found))
         output.say(text);
+    return failure.empty();
 }
 
 } // namespace tessarune

@@ -18,8 +18,8 @@ void overrideSettings(Application& application, const CaptionsCommand& command);
 void checkModel(const Application& application);
 
 /// Two programs must never write one catalog; the remains of a crash are repaired first. Reports
-/// the result.
-void prepareToRecord(Application& application, const CaptionsCommand& command,
+/// the result; returns false if the disk allows no recording.
+bool prepareToRecord(Application& application, const CaptionsCommand& command,
                      const RunOutput& output);
 
 /// Messages about what was repaired after a crash, for the user.

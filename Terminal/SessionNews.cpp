@@ -70,10 +70,10 @@ bool SessionNews::isWorthTelling() const {
     return false;
 }
 
-void SessionNews::tellSaved(RecordingCatalog& catalog, FileSystem& files) const {
+bool SessionNews::tellSaved(RecordingCatalog& catalog, FileSystem& files) const {
     const auto& outcome = *view_.outcome;
     if (!outcome)
-        return;
+        return true;
     const bool isWhole = outcome->transcriptPersisted;
     const auto& saved = outcome->recording;
     const auto readOnly = saved ? DiskFailure::readOnlyFolderOf(catalog.transcriptURL(*saved))
@@ -86,7 +86,7 @@ void SessionNews::tellSaved(RecordingCatalog& catalog, FileSystem& files) const 
     if (outcome->heardNothing)
         handlers_.say(localized("There was no sound; nothing is kept of the session."));
     if (!saved)
-        return;
+        return !isRecorded_ || view_.captions.committedSegments->empty();
     const auto listed = HistoryItemLoader::load(catalog, files);
     const auto item = std::ranges::find(listed, *saved, &HistoryItem::id);
     if (item != listed.end() && failedToCompress_)
@@ -102,6 +102,7 @@ void SessionNews::tellSaved(RecordingCatalog& catalog, FileSystem& files) const 
                                 {saved->text().substr(0, 8)}));
     else if (unlisted)
         handlers_.say(localized("The session was too short to be kept."));
+    return isWhole;
 }
 
 void SessionNews::tellTranslationStatus(const std::string& text) {

@@ -30,8 +30,9 @@ class SessionNews {
     void setTarget(std::string target) { target_ = std::move(target); }
 
     CaptionPicture picture() const;
-    /// After the session: says where to find the recording.
-    void tellSaved(RecordingCatalog& catalog, FileSystem& files) const;
+    /// After the session: says where to find the recording. False if words of a session that was to
+    /// be recorded are not saved.
+    bool tellSaved(RecordingCatalog& catalog, FileSystem& files) const;
 
   private:
     void observeStatus();

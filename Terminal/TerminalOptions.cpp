@@ -192,10 +192,40 @@ void refuseEmptyWords(int argc, const char* const* argv) {
     }
 }
 
-void refuseStrays(const CLI::App& app) {
-    const std::vector<std::string> strays = app.remaining();
-    if (!strays.empty())
-        throw UsageProblem(localized("'%@' is not understood.", {strays.front()}));
+/// Marks a word as a value. No shell gives it to a program by itself.
+constexpr char valueMark = '\1';
+
+std::string withoutMark(std::string word) {
+    if (word.starts_with(valueMark))
+        word.erase(0, 1);
+    return word;
+}
+
+/// The command line, in which "--" ends the options: for the parser it would also end the values of
+/// the last one. What follows it is marked instead.
+std::vector<std::string> withMarkedValues(int argc, const char* const* argv) {
+    std::vector<std::string> words;
+    bool areValues = false;
+    for (int i = 0; i < argc; ++i) {
+        if (!areValues && std::string_view(argv[i]) == "--")
+            areValues = true;
+        else
+            words.push_back((areValues ? std::string(1, valueMark) : "") + argv[i]);
+    }
+    return words;
+}
+
+void parseWords(CLI::App& app, const std::vector<std::string>& words) {
+    for (CLI::Option* option : app.get_options()) {
+        if (option->get_items_expected_max() > 0)
+            option->transform(withoutMark);
+    }
+    std::vector<const char*> pointers;
+    for (const std::string& word : words)
+        pointers.push_back(word.c_str());
+    app.parse(static_cast<int>(pointers.size()), pointers.data());
+    if (const std::vector<std::string> strays = app.remaining(); !strays.empty())
+        throw UsageProblem(localized("'%@' is not understood.", {withoutMark(strays.front())}));
 }
 
 CaptionsCommand captionsCommand(const Words& words, bool sourceWasChosen) {
@@ -277,8 +307,7 @@ std::variant<TerminalOptions, int> TerminalOptions::parse(int argc, const char* 
     declareOutput(app, options);
     try {
         refuseEmptyWords(argc, argv);
-        app.parse(argc, argv);
-        refuseStrays(app);
+        parseWords(app, withMarkedValues(argc, argv));
         commands.refuseClashes(words.captions);
         options.command = commandOf(app, words, history);
     } catch (const UsageProblem& problem) {

@@ -42,7 +42,7 @@ Task<void> TerminalSession::run() {
     // The sample belongs to the program and not to the user's history.
     if (sound_.isDemo())
         program_.recording.recordNothing();
-    RunPreparation::prepareToRecord(program_, command_, output_);
+    const bool mayRecord = RunPreparation::prepareToRecord(program_, command_, output_);
     makeSession();
     if (!interrupted_)
         co_await startListening();
@@ -59,11 +59,13 @@ Task<void> TerminalSession::run() {
     co_await catchingUp;
     delay_->endProgress();
     co_await session_->stop();
-    news_->tellSaved(program_.catalog, program_.files);
+    const bool isSaved = news_->tellSaved(program_.catalog, program_.files);
     if (eventLog_)
         eventLog_->close();
     if (failure)
         std::rethrow_exception(failure);
+    if (!isSaved || (!mayRecord && command_.records))
+        throw RunFailure(ExitStatus::cannotWrite, ""); // which has been said
 }
 
 /// A file that waits for the recogniser is always some seconds ahead of it: progress is reported

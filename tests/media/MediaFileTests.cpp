@@ -132,11 +132,13 @@ TEST_F(MediaFileTests, WhatCannotBePlayedIsNamedAndSaid) {
     std::string garbage(5000, '\0');
     for (std::size_t i = 0; i < garbage.size(); ++i)
         garbage[i] = static_cast<char>(i * i * 7 + i / 3);
+    ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
     const struct {
         std::filesystem::path path;
         std::vector<Kind> kinds;
     } cases[] = {
         {folder / "missing.wav", {Kind::cannotOpen}},
+        {folder / "pipe", {Kind::notMedia}}, // which nobody could be asked to stop waiting for
         {folder.path(), {Kind::cannotOpen}},
         {write("empty.wav", ""), {Kind::notMedia, Kind::cannotOpen, Kind::damaged}},
         {write("garbage.mp4", garbage),
@@ -175,14 +177,15 @@ TEST_F(MediaFileTests, APipeIsReadLikeAFile) {
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     const auto samples = tone(1, 16000);
     std::thread writer([&] { std::ofstream(pipe, std::ios::binary) << wavBytes(samples, 16000); });
-    EXPECT_EQ(readAll(*openFFmpegMediaFile(pipe)).size(), samples.size());
+    std::stop_source stop;
+    EXPECT_EQ(readAll(*openAwaitedFFmpegMediaFile(pipe, stop.get_token())).size(), samples.size());
     writer.join();
 
     transcodeToM4A(write("long.wav", wavBytes(tone(60, 16000), 16000)), folder / "a.m4a", {}, {});
     writer = std::thread(
         [&] { std::ofstream(pipe, std::ios::binary) << testing::contentsOf(folder / "a.m4a"); });
     try {
-        openFFmpegMediaFile(pipe);
+        openAwaitedFFmpegMediaFile(pipe, stop.get_token());
         ADD_FAILURE() << "its index is at the end";
     } catch (const MediaFileError& error) {
         EXPECT_NE(std::string(error.what()).find("pipe; save"), std::string::npos) << error.what();

@@ -96,6 +96,8 @@ TEST(TerminalOptionsTests, RefusesWhatMakesNoSenseAndSaysWhy) {
         {{"--set", "a=1", "--settings"}, "--settings"},
         {{""}, "empty"},
         {{"--languages", "download", ""}, "download"},
+        {{"--list", "--", "--json"}, "--json"},
+        {{"--note", "AB", "-rf"}, "--note needs a value"},
     };
     for (const auto& c : cases) {
         const Parsed parsed = parse(c.arguments);
@@ -158,6 +160,13 @@ TEST(TerminalOptionsTests, ReadsWhatToTranslateInto) {
         "ja");
     EXPECT_EQ(std::get<RemoveLanguageCommand>(command({"--languages", "remove", "ja"})).id, "ja");
     EXPECT_EQ(std::get<TestTranslationCommand>(command({"--test-translation", "ja"})).target, "ja");
+}
+
+TEST(TerminalOptionsTests, BehindTwoDashesEverythingIsAValue) {
+    const Parsed noted = parse({"--json", "--note", "AB", "--", "--list"});
+    const auto command = noted.options.value().command;
+    EXPECT_EQ(std::get<SetNoteCommand>(std::get<HistoryCommand>(command)).note, "--list");
+    EXPECT_TRUE(noted.options->json);
 }
 
 TEST(TerminalOptionsTests, AssignmentsKeepTheirOrderAndEverythingBehindTheFirstEqualsSign) {

@@ -27,7 +27,9 @@ constexpr int bufferBytes = 64 * 1024;
 FileInput::FileInput(const std::filesystem::path& path, std::stop_token stop) {
     try {
         openFile(path);
-        if (!isRegular_ && stop.stop_possible()) {
+        if (!isRegular_ && !stop.stop_possible())
+            fail(Kind::notMedia, path, localized("is not a sound file of a known format"));
+        if (!isRegular_) {
             stopSignal_ = eventfd(0, EFD_CLOEXEC);
             onStop_.emplace(std::move(stop), [signal = stopSignal_] { eventfd_write(signal, 1); });
         }

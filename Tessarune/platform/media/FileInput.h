@@ -14,7 +14,8 @@ namespace tessarune::ffmpeg {
 /// addresses, which are never opened. Also reads pipes, without seeking; "-" is the standard input.
 class FileInput {
   public:
-    /// Throws MediaFileError: `cancelled` if it was asked to stop while it waited for a pipe.
+    /// Throws MediaFileError: `cancelled` if it was asked to stop while it waited for a pipe, and
+    /// `notMedia` for a pipe for which nobody could be asked to stop waiting.
     explicit FileInput(const std::filesystem::path& path, std::stop_token stop = {});
     ~FileInput();
     FileInput(const FileInput&) = delete;
