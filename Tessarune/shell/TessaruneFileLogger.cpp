@@ -11,6 +11,7 @@
 #include <ctime>
 #include <functional>
 #include <optional>
+#include <vector>
 
 namespace tessarune {
 
@@ -88,21 +89,21 @@ class TessaruneFileLogger::Writer {
     }
 
     void deleteLines(const std::set<std::string>& needles) {
-        forEachFile([&](const auto& path) { deleteLines(path, needles); });
+        forEachFile([&](const auto& path, bool isNewest) { deleteLines(path, isNewest, needles); });
     }
 
     void deleteAll() {
-        forEachFile([&](const auto& path) { files_.remove(path); });
+        forEachFile([&](const auto& path, bool) { files_.remove(path); });
     }
 
   private:
-    void forEachFile(const std::function<void(const std::filesystem::path&)>& change) {
+    void forEachFile(const std::function<void(const std::filesystem::path&, bool)>& change) {
         file_.reset();
         try {
-            for (const auto& name : files_.list(folder_)) {
-                if (isLogFile(name))
-                    change(folder_ / name);
-            }
+            std::vector<std::string> names = files_.list(folder_);
+            std::erase_if(names, [](const std::string& name) { return !isLogFile(name); });
+            for (const auto& name : names)
+                change(folder_ / name, name == names.back());
         } catch (const std::exception& error) {
             const std::string text = error.what();
             TessaruneLog::app.fault([&] { return "Tessarune file logger failed: " + text; });
@@ -117,7 +118,8 @@ class TessaruneFileLogger::Writer {
         day_ = day;
     }
 
-    void deleteLines(const std::filesystem::path& path, const std::set<std::string>& needles) {
+    void deleteLines(const std::filesystem::path& path, bool isNewest,
+                     const std::set<std::string>& needles) {
         const std::string all = files_.read(path);
         std::string kept;
         for (std::size_t at = 0; at < all.size();) {
@@ -131,8 +133,15 @@ class TessaruneFileLogger::Writer {
                 kept += line;
             at = end;
         }
-        if (kept.size() != all.size())
+        if (kept.size() == all.size())
+            return;
+        if (!isNewest) {
             files_.writeAtomically(path, kept);
+            return;
+        }
+        // Another program may have it open to append to it, so it stays the same file.
+        files_.empty(path);
+        files_.openForAppending(path)->append(kept);
     }
 
     FileSystem& files_;
