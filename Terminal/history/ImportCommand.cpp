@@ -59,6 +59,7 @@ class ImportRun {
             co_await erasing;
             co_return ExitStatus::stoppedTwice;
         }
+        program_.imports.settle(recording->id);
         tellImported(file, recording->id, outcome);
         co_return statusOf(outcome);
     }

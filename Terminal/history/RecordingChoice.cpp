@@ -86,11 +86,13 @@ std::optional<ExitStatus> problemOfDataFolder(Program& program) {
     }
 }
 
-std::optional<ExitStatus> prepareDataFolder(Program& program) {
+std::optional<ExitStatus> prepareDataFolder(Program& program, const std::optional<UUID>& toRefine) {
     if (const auto problem = problemOfDataFolder(program))
         return problem;
     Application::Preparation found;
     found.repairs = program.prepare();
+    std::erase_if(found.repairs.untranscribedImports,
+                  [&](const RecordingMetadata& import) { return toRefine == import.id; });
     for (const std::string& text : RunPreparation::repairTexts(found))
         printNotice(text);
     return std::nullopt;

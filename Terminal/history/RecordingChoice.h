@@ -24,7 +24,9 @@ std::string recordingRow(const HistoryItem& item, const std::string& text, bool 
 /// Makes this process the one that may change recordings, or prints why that is impossible.
 std::optional<ExitStatus> problemOfDataFolder(Program& program);
 
-/// As `problemOfDataFolder`, then puts the folder in order and tells what came of it.
-std::optional<ExitStatus> prepareDataFolder(Program& program);
+/// As `problemOfDataFolder`, then puts the folder in order and tells what came of it; not that the
+/// recording `toRefine` should be refined.
+std::optional<ExitStatus> prepareDataFolder(Program& program,
+                                            const std::optional<UUID>& toRefine = {});
 
 } // namespace tessarune

@@ -49,7 +49,12 @@ class Transcripts {
     /// What stands where there is no transcript.
     std::string missingText(const HistoryItem& item) const {
         const auto recorder = recorderOf(program_, item);
-        return recorder ? runningText(*recorder) : localized("(no transcript)");
+        if (recorder)
+            return runningText(*recorder);
+        return program_.files.exists(program_.catalog.transcriptURL(item.id))
+                   ? localized("(no transcript)")
+                   : localized("(no transcript; this makes one: --refine %@)",
+                               {item.id.text().substr(0, 8)});
     }
     ExitStatus status() const { return failed_ ? ExitStatus::ioError : ExitStatus::ok; }
 

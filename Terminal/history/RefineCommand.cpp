@@ -180,7 +180,7 @@ Task<int> refineRecording(Program& program, const TerminalOptions& options, Refi
     if (const int* status = std::get_if<int>(&chosen))
         co_return *status;
     const HistoryItem item = std::get<HistoryItem>(chosen);
-    if (const auto problem = prepareDataFolder(program))
+    if (const auto problem = prepareDataFolder(program, item.id))
         co_return static_cast<int>(*problem);
     HistoryRefinementRequest request =
         refinementRequest(program, item.id, item.filePath.value_or(""));

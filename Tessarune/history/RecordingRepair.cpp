@@ -8,6 +8,7 @@
 #include "TessaruneCore/translation/SessionTranscriptBuilder.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <set>
 #include <utility>
@@ -66,6 +67,11 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
     catalog_.healStaleRecordings();
     catalog_.reconcileIndex();
     catalog_.cleanupOrphanTranscripts();
+    std::ranges::copy_if(catalog_.recordings(), std::back_inserter(report.untranscribedImports),
+                         [this](const RecordingMetadata& recording) {
+                             return recording.isImport() &&
+                                    !files_.exists(catalog_.transcriptURL(recording.id));
+                         });
     return report;
 }
 

@@ -20,6 +20,8 @@ class RecordingRepair {
     /// The repairs to report to the user, once.
     struct Report {
         std::vector<UUID> recoveredSessions; ///< interrupted sessions that are whole again
+        /// Imports whose transcription was interrupted: nothing is there of it.
+        std::vector<RecordingMetadata> untranscribedImports;
         std::optional<RecordingCatalog::IndexRebuild> rebuiltIndex;
     };
 

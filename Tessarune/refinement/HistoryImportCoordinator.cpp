@@ -53,8 +53,11 @@ HistoryImportCoordinator::HistoryImportCoordinator(Environment environment)
     jobs_ = environment_.refinement.jobs().onDidChange([this](const auto& jobs) {
         const std::set<UUID> waiting = *transcribingIDs_;
         for (const UUID& id : waiting) {
-            if (!jobs.contains(id))
-                finished(id); // whatever became of it
+            if (jobs.contains(id))
+                continue;
+            finished(id); // whatever became of it
+            if (!environment_.refinement.isEnding())
+                settle(id);
         }
     });
 }
@@ -221,6 +224,13 @@ void HistoryImportCoordinator::startTranscription(const UUID& recordingID,
     }
     transcribingIDs_.mutate([&](std::set<UUID>& ids) { ids.insert(recordingID); });
     environment_.refinement.schedule(request);
+}
+
+void HistoryImportCoordinator::settle(const UUID& recordingID) {
+    RecordingCatalog& catalog = environment_.catalog;
+    if (catalog.recording(recordingID) &&
+        !environment_.files.exists(catalog.transcriptURL(recordingID)))
+        catalog.saveTranscript("", recordingID);
 }
 
 void HistoryImportCoordinator::finished(const UUID& id) {

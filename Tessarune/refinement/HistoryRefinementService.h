@@ -82,6 +82,7 @@ class HistoryRefinementService {
     /// Cancels all jobs, and resumes when nothing is running any more, after five seconds at most.
     /// For the end of the program: later requests are ignored.
     Task<void> end();
+    bool isEnding() const { return isEnding_; }
 
     /// While it is paused, work stops between two blocks of sound or two sentences: a listening
     /// session has the processor. It stays paused while any caller wants it.

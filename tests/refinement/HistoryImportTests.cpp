@@ -126,8 +126,21 @@ TEST(HistoryImportTests, OneFaultOfTheDiskLeavesAWholeRecordingOrNone) {
             const bool wasReached = computer.disk.operations >= last;
             computer.disk.recover();
             ASSERT_TRUE(computer.problems);
-            if (isKilled)
-                RecordingRepair(computer.disk, computer.catalog, computer.logger).runAtLaunch();
+            const auto restart = [&] {
+                return RecordingRepair(computer.disk, computer.catalog, computer.logger)
+                    .runAtLaunch()
+                    .untranscribedImports;
+            };
+            for (const RecordingMetadata& import : isKilled ? restart() : decltype(restart())()) {
+                computer.imports->startTranscription(import.id, import.filePath);
+                computer.finish();
+            }
+            for (const UUID& id : computer.selected) {
+                EXPECT_TRUE(!isKilled || !computer.catalog.recording(id) ||
+                            computer.disk.has(computer.catalog.transcriptURL(id)))
+                    << operation;
+            }
+            EXPECT_TRUE(restart().empty()) << "told once: " << operation;
             const std::size_t imported = computer.catalog.recordings().size() - 1;
             EXPECT_EQ(computer.sounds().size(), imported) << operation;
             if (!isKilled)

@@ -101,6 +101,17 @@ void DesktopProgram::prepare() {
     if (const auto count = found.repairs.recoveredSessions.size(); count > 0)
         notices_.tell(
             localized("已恢复 %lld 次中断的会话，可在历史记录中查看。", {std::to_string(count)}));
+    finishImports(found.repairs.untranscribedImports);
+}
+
+/// Without a recogniser they wait for a start that has one.
+void DesktopProgram::finishImports(const std::vector<RecordingMetadata>& interrupted) {
+    if (interrupted.empty() || !application_.speechModelProblem().empty())
+        return;
+    for (const RecordingMetadata& import : interrupted)
+        application_.imports.startTranscription(import.id, import.filePath);
+    notices_.tell(
+        localized("%lld 个文件的导入曾中断，正在重新识别。", {std::to_string(interrupted.size())}));
 }
 
 /// If there is no model, shows where to get one: a session would download it without telling.

@@ -28,6 +28,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tessarune {
 
@@ -50,6 +51,7 @@ class DesktopProgram {
   private:
     // DesktopProgram.cpp
     void prepare();
+    void finishImports(const std::vector<RecordingMetadata>& interrupted);
     bool hasSpeechModel();
     void toggle(const LiveSessionControlTrigger& trigger);
     void quit();
