@@ -18,7 +18,7 @@ std::vector<std::string> RunPreparation::repairTexts(const Application::Preparat
             localized("An interrupted session was recovered: --show %@", {id.text().substr(0, 8)}));
     for (const RecordingMetadata& import : found.repairs.untranscribedImports)
         texts.push_back(
-            localized("The import of %@ was interrupted; this transcribes it: "
+            localized("The import of '%@' was interrupted; this transcribes it: "
                       "--refine %@",
                       {import.note.value_or(import.filePath), import.id.text().substr(0, 8)}));
     return texts;
