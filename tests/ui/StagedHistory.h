@@ -190,7 +190,7 @@ class StagedHistory {
     Published<std::string> liveText; ///< of the running session
     Published<double> liveDuration{0.0};
     std::optional<UUID> live; ///< its recording
-    /// Over a sound server on which no time passes: what is to be heard stays where it begins.
+    /// The player's sound server has no passing time: playback stays where it begins.
     SimulatedHost stillHost{1e9};
     testing::ScriptedSoundServer speakers{stillHost};
     std::shared_ptr<AudioPlayer> player = std::make_shared<AudioPlayer>(
