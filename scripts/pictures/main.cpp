@@ -4,9 +4,9 @@
 
 #include "Tessarune/shell/StringTables.h"
 #include "Tessarune/ui/captions/CaptionFonts.h"
+#include "scripts/pictures/HistoryPictures.h"
 #include "tests/ui/StagedCaptions.h"
 #include "tests/ui/StagedSettings.h"
-#include "tests/ui/gallery/HistoryPictures.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -149,7 +149,8 @@ const Picture pictures[] = {
          talk(c);
          c.settle("It was the spring of hope.");
          c.settle("It was the winter of despair.");
-         c.frame.translationStatus = {"2 条字幕没有译文", true, true};
+         c.frame.translationStatus = {
+             localized("连续 %lld 条译文未完成，Apple 翻译可能暂不可用", {"3"}), true, true};
      }},
     {"notice",
      [](auto& c) {
