@@ -54,6 +54,7 @@ class StagedCaptions {
             .secondsBehind = [this] { return secondsBehind; },
             .reducesMotion = reducesMotion});
         window->show();
+        runUntil([this] { return window->window().property("isComplete").toBool(); });
     }
 
     /// Adds a settled sentence.

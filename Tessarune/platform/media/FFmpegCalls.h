@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tessarune/platform/media/FFmpegLibrary.h"
+#include "Tessarune/platform/host/LateLibrary.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -16,19 +16,20 @@ extern "C" {
 /// What this folder calls of FFmpeg's libraries, under the functions' own names.
 namespace tessarune::ffmpeg {
 
-inline constinit Library utilLibrary("libavutil.so." AV_STRINGIFY(LIBAVUTIL_VERSION_MAJOR));
-inline constinit Library
+inline constinit LateLibrary utilLibrary("libavutil.so." AV_STRINGIFY(LIBAVUTIL_VERSION_MAJOR));
+inline constinit LateLibrary
     resamplingLibrary("libswresample.so." AV_STRINGIFY(LIBSWRESAMPLE_VERSION_MAJOR));
-inline constinit Library codecsLibrary("libavcodec.so." AV_STRINGIFY(LIBAVCODEC_VERSION_MAJOR));
-inline constinit Library
+inline constinit LateLibrary codecsLibrary("libavcodec.so." AV_STRINGIFY(LIBAVCODEC_VERSION_MAJOR));
+inline constinit LateLibrary
     containersLibrary("libavformat.so." AV_STRINGIFY(LIBAVFORMAT_VERSION_MAJOR));
-inline constinit Library filtersLibrary("libavfilter.so." AV_STRINGIFY(LIBAVFILTER_VERSION_MAJOR));
+inline constinit LateLibrary
+    filtersLibrary("libavfilter.so." AV_STRINGIFY(LIBAVFILTER_VERSION_MAJOR));
 
 // What the headers say about a function's arguments and result helps compilers alone.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wignored-attributes"
 #define TESSARUNE_CALL(library, name)                                                              \
-    inline constinit const Function<decltype(::name)> name(library, #name)
+    inline constinit const LateFunction<decltype(::name)> name(library, #name)
 
 TESSARUNE_CALL(utilLibrary, av_channel_layout_copy);
 TESSARUNE_CALL(utilLibrary, av_channel_layout_default);

@@ -58,8 +58,8 @@ inline std::string words(int error) {
 
 /// Gives why one of them cannot be loaded; empty: they all are. Keeps them from writing to standard
 /// error; failures reach the user as exceptions.
-inline std::string load(std::initializer_list<Library*> libraries) {
-    for (Library* const library : libraries) {
+inline std::string load(std::initializer_list<LateLibrary*> libraries) {
+    for (LateLibrary* const library : libraries) {
         if (std::string failure = library->load(); !failure.empty())
             return failure;
     }
@@ -68,7 +68,7 @@ inline std::string load(std::initializer_list<Library*> libraries) {
 }
 
 /// Before sound is converted.
-inline void loadForSound(std::initializer_list<Library*> others = {}) {
+inline void loadForSound(std::initializer_list<LateLibrary*> others = {}) {
     std::string failure = load({&utilLibrary, &resamplingLibrary});
     if (failure.empty())
         failure = load(others);

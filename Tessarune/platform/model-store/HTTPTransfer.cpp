@@ -1,8 +1,12 @@
 #include "Tessarune/platform/model-store/HTTPTransfer.h"
 
+#include "Tessarune/platform/host/LateLibrary.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <curl/curl.h>
+// They expand to the calls themselves.
+#undef curl_easy_getinfo
+#undef curl_easy_setopt
 
 #include <charconv>
 #include <cmath>
@@ -13,6 +17,18 @@
 namespace tessarune {
 
 namespace {
+
+constinit LateLibrary curlLibrary("libcurl.so.4");
+#define TESSARUNE_CALL(name) constinit const LateFunction<decltype(::name)> name(curlLibrary, #name)
+TESSARUNE_CALL(curl_easy_cleanup);
+TESSARUNE_CALL(curl_easy_getinfo);
+TESSARUNE_CALL(curl_easy_init);
+TESSARUNE_CALL(curl_easy_perform);
+TESSARUNE_CALL(curl_easy_setopt);
+TESSARUNE_CALL(curl_easy_strerror);
+TESSARUNE_CALL(curl_global_init);
+TESSARUNE_CALL(curl_strnequal);
+#undef TESSARUNE_CALL
 
 constexpr long longestRedirection = 5;
 /// The minimum speed of a download.
@@ -194,9 +210,11 @@ TransferOutcome outcomeOf(CURLcode code, const Exchange& exchange, const char* m
 
 TransferOutcome transfer(const TransferRequest& request, const TransferSink& sink,
                          const std::stop_token& stop) {
+    if (const std::string reason = curlLibrary.load(); !reason.empty())
+        throw std::runtime_error(reason);
     static const CURLcode ready = curl_global_init(CURL_GLOBAL_DEFAULT);
-    const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> handle(
-        ready == CURLE_OK ? curl_easy_init() : nullptr, &curl_easy_cleanup);
+    const std::unique_ptr<CURL, decltype(&::curl_easy_cleanup)> handle(
+        ready == CURLE_OK ? curl_easy_init() : nullptr, curl_easy_cleanup);
     if (!handle)
         throw std::runtime_error("the download library does not start");
     char message[CURL_ERROR_SIZE] = "";

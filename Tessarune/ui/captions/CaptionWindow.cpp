@@ -56,6 +56,10 @@ CaptionWindow::CaptionWindow(CaptionWindowEnvironment environment)
     if (engine_.rootObjects().isEmpty())
         qFatal("the caption window's files cannot be loaded");
     window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
+    // A thread of its own may draw.
+    QObject::connect(
+        window_, &QQuickWindow::frameSwapped, &model_, [this] { model_.setPainted(); },
+        static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
     place_ = std::make_unique<WindowPlace>(*window_, environment_.store, "captionWindowPlace");
     place_->restore();
     announcer_ = std::make_unique<CaptionAnnouncer>(environment_, *window_);

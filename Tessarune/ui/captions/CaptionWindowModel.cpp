@@ -36,6 +36,11 @@ bool CaptionWindowModel::isTranslucent() const {
     return opacityOf(settings_.state->bgOpacity) < opaqueEnough;
 }
 
+void CaptionWindowModel::setPainted() {
+    isPainted_ = true;
+    Q_EMIT painted();
+}
+
 void CaptionWindowModel::setMenuOpen(bool open) {
     if (open)
         chrome_.menuDidBeginTracking();

@@ -21,6 +21,8 @@ class CaptionWindowModel final : public QObject {
     /// Whether the desktop lists it among the running programs.
     Q_PROPERTY(bool isListed READ isListed NOTIFY listedChanged)
     Q_PROPERTY(bool showsChrome READ showsChrome NOTIFY chromeChanged)
+    /// Its first picture is on the screen, and everything else may be made.
+    Q_PROPERTY(bool isPainted READ isPainted NOTIFY painted)
 
   public:
     explicit CaptionWindowModel(const CaptionWindowEnvironment& environment);
@@ -30,6 +32,8 @@ class CaptionWindowModel final : public QObject {
     bool keepsOnTop() const { return settings_.state->keepOnTop; }
     bool isListed() const { return *environment_.settings.showDockIcon; }
     bool showsChrome() const { return *chrome_.isPresented; }
+    bool isPainted() const { return isPainted_; }
+    void setPainted();
 
     Q_INVOKABLE void setHovered(bool hovered) { chrome_.setBodyHovering(hovered); }
     Q_INVOKABLE void setMenuOpen(bool open);
@@ -40,11 +44,13 @@ class CaptionWindowModel final : public QObject {
     void settingsChanged();
     void chromeChanged();
     void listedChanged();
+    void painted();
 
   private:
     const CaptionWindowEnvironment& environment_;
     SubtitleWindowSettingsStore settings_;
     SubtitleChromeState chrome_;
+    bool isPainted_ = false;
     Observations observations_;
 };
 

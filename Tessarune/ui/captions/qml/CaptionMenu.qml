@@ -78,7 +78,7 @@ MouseArea {
                 Item {
                     id: line
                     width: parent.width
-                    height: entry.firstOfGroup ? 9 : 0
+                    height: entry.firstOfGroup ? 7 : 0
 
                     Rectangle {
                         visible: entry.firstOfGroup

@@ -20,6 +20,7 @@ Item {
     required property bool growing
     property real fade: 1
 
+    readonly property bool isNewest: index + 1 === ListView.view?.count
     readonly property bool hasSource: source !== ""
     readonly property bool isBilingual: stage.isBilingual && hasSource
     readonly property bool translationFirst: isBilingual && stage.swaps
@@ -34,8 +35,8 @@ Item {
     Accessible.name: [source, translation].filter(text => text !== "").join("\n")
     width: ListView.view ? ListView.view.width : 0
     height: sourceText.shownHeight + gap + translationText.shownHeight + spacing
-    // Lines that scroll out fade instead of being cut.
-    opacity: fade * Math.max(0, Math.min(1, (fromTop + height * 0.8) / (height * 0.6), 1.2 - belowEnd / height))
+    // Lines that scroll out fade instead of being cut; the newest may be higher than the list.
+    opacity: fade * Math.max(0, Math.min(1, (fromTop / height + (isNewest ? 0.8 : 0.6)) / (isNewest ? 0.6 : 0.5), 1.2 - belowEnd / height))
 
     SelectionMarks {
         selection: root.selection

@@ -9,7 +9,6 @@ Item {
     required property CaptionToolbarModel toolbar
     required property CaptionCommandsModel commands
     required property CaptionHearingModel hearing
-    required property color background
     required property real radius
     required property bool shown
     required property real roomBelow
@@ -41,6 +40,7 @@ Item {
         spacing: 10
 
         ToggleButton {
+            id: toggle
             anchors.verticalCenter: parent.verticalCenter
             height: root.size
             showsText: !root.toolbar.isCompact
@@ -60,7 +60,7 @@ Item {
             level: root.hearing.level
             isListening: root.toolbar.isListening
             hasChoice: root.toolbar.sources.length > 0
-            maximumWidth: root.width - buttons.width - 200
+            maximumWidth: root.width - toggle.width - buttons.width - 44
             onActivated: {
                 root.toolbar.refreshSources();
                 sources.visible = !sources.visible;

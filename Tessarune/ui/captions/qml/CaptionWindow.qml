@@ -10,7 +10,8 @@ Window {
     required property CaptionToolbarModel toolbar
     required property CaptionCommandsModel commands
     required property CaptionHearingModel hearing
-    readonly property bool menuOpen: tools.menuOpen || menu.visible
+    readonly property bool isComplete: tools.opacity === 1
+    readonly property bool menuOpen: tools.item?.menuOpen ?? false
 
     title: "Tessarune"
     color: "transparent"
@@ -79,19 +80,6 @@ Window {
             onReturnRequested: captions.returnToNewest()
         }
 
-        CaptionToolbar {
-            id: tools
-            anchors { left: parent.left; right: parent.right; top: parent.top }
-            toolbar: window.toolbar
-            commands: window.commands
-            hearing: window.hearing
-            background: window.model.background
-            radius: body.radius
-            shown: window.model.showsChrome
-            roomBelow: window.height - height
-            onCloseRequested: window.model.close()
-        }
-
         Rectangle {
             anchors.fill: parent
             radius: body.radius
@@ -100,62 +88,25 @@ Window {
             border.width: 1
         }
 
-        MouseArea {
+        // The first picture does not wait for it.
+        Loader {
+            id: tools
             anchors.fill: parent
-            acceptedButtons: Qt.RightButton
-            onClicked: mouse => menu.openAt(mouse.x, mouse.y)
-        }
+            active: window.model.isPainted
+            asynchronous: true
+            opacity: status === Loader.Ready ? 1 : 0
+            sourceComponent: WindowTools {
+                model: window.model
+                toolbar: window.toolbar
+                commands: window.commands
+                hearing: window.hearing
+                stage: captions
+                radius: body.radius
+            }
 
-        ResizeEdges {
-            anchors.fill: parent
-        }
-
-        CaptionMenu {
-            id: menu
-            objectName: "contextMenu"
-            anchors.fill: parent
-            commands: window.commands
-        }
-    }
-
-    Repeater {
-        model: window.commands
-
-        Item {
-            id: command
-
-            required property int index
-            required property string keys
-            required property bool available
-
-            Shortcut {
-                sequence: command.keys
-                enabled: command.available
-                autoRepeat: false
-                onActivated: window.commands.press(command.index)
+            Behavior on opacity {
+                NumberAnimation { duration: 160 }
             }
         }
-    }
-    Binding {
-        target: window.commands
-        property: "selection"
-        value: captions.selectedText
-    }
-    Shortcut {
-        sequences: [StandardKey.SelectAll]
-        onActivated: captions.selectAll()
-    }
-    Shortcut {
-        sequences: [StandardKey.Cancel]
-        enabled: captions.selectedText !== "" && !window.menuOpen
-        onActivated: captions.clearSelection()
-    }
-    Shortcut {
-        sequence: "Ctrl+Q"
-        onActivated: window.model.quit()
-    }
-    Shortcut {
-        sequences: ["Menu", "Shift+F10"]
-        onActivated: menu.openAt(12, 12)
     }
 }

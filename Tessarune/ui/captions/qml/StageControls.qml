@@ -11,6 +11,12 @@ Item {
     required property bool reviewing
     signal returnRequested
 
+    // Most of the time none of them is there.
+    component OnDemand: Loader {
+        visible: active
+        anchors.horizontalCenter: parent.horizontalCenter
+    }
+
     LevelBars {
         anchors { left: parent.left; bottom: parent.bottom; leftMargin: 18; bottomMargin: 18 }
         visible: root.hearing.isListening
@@ -23,49 +29,54 @@ Item {
         anchors { horizontalCenter: parent.horizontalCenter; bottom: parent.bottom; bottomMargin: 14 }
         spacing: 8
 
-        Pill {
-            objectName: "notice"
-            visible: root.toolbar.notice !== ""
-            anchors.horizontalCenter: parent.horizontalCenter
-            text: root.toolbar.notice
-            isTrouble: true
-            action: root.toolbar.dismissText
-            maximumWidth: root.width - 56
-            onActivated: root.toolbar.dismissNotice()
+        OnDemand {
+            active: root.toolbar.notice !== ""
+            sourceComponent: Pill {
+                objectName: "notice"
+                text: root.toolbar.notice
+                isTrouble: true
+                action: root.toolbar.dismissText
+                maximumWidth: root.width - 56
+                onActivated: root.toolbar.dismissNotice()
+            }
         }
 
-        Pill {
-            visible: root.toolbar.showsStatus
-            anchors.horizontalCenter: parent.horizontalCenter
-            text: root.toolbar.status
-            isBusy: root.toolbar.isBusy
-            isTrouble: root.toolbar.isTrouble
-            maximumWidth: root.width - 56
+        OnDemand {
+            active: root.toolbar.showsStatus
+            sourceComponent: Pill {
+                text: root.toolbar.status
+                isBusy: root.toolbar.isBusy
+                isTrouble: root.toolbar.isTrouble
+                maximumWidth: root.width - 56
+            }
         }
 
-        Pill {
-            objectName: "hearing"
-            visible: !root.toolbar.showsStatus && !root.reviewing && root.hearing.text !== ""
-            anchors.horizontalCenter: parent.horizontalCenter
-            text: root.hearing.text
-            maximumWidth: root.width - 56
+        OnDemand {
+            active: !root.toolbar.showsStatus && !root.reviewing && root.hearing.text !== ""
+            sourceComponent: Pill {
+                objectName: "hearing"
+                text: root.hearing.text
+                maximumWidth: root.width - 56
+            }
         }
 
-        Pill {
-            visible: !root.toolbar.showsStatus && !root.reviewing && root.stage.translationStatus !== ""
-            anchors.horizontalCenter: parent.horizontalCenter
-            text: root.stage.translationStatus
-            action: root.stage.translationRemedy
-            maximumWidth: root.width - 56
-            onActivated: root.stage.remedyTranslation()
+        OnDemand {
+            active: !root.toolbar.showsStatus && !root.reviewing && root.stage.translationStatus !== ""
+            sourceComponent: Pill {
+                text: root.stage.translationStatus
+                action: root.stage.translationRemedy
+                maximumWidth: root.width - 56
+                onActivated: root.stage.remedyTranslation()
+            }
         }
 
-        Pill {
-            visible: root.reviewing
-            anchors.horizontalCenter: parent.horizontalCenter
-            action: root.stage.newestText
-            maximumWidth: root.width - 56
-            onActivated: root.returnRequested()
+        OnDemand {
+            active: root.reviewing
+            sourceComponent: Pill {
+                action: root.stage.newestText
+                maximumWidth: root.width - 56
+                onActivated: root.returnRequested()
+            }
         }
     }
 }

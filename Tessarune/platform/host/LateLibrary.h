@@ -5,18 +5,18 @@
 #include <atomic>
 #include <string>
 
-namespace tessarune::ffmpeg {
+namespace tessarune {
 
-/// One of FFmpeg's libraries, loaded when it is first needed: together they bring a hundred others
-/// along, whose loading takes a fifth of a program's start. Some of those start threads as they are
-/// loaded, which would take the signals of a program that has not blocked them yet.
+/// A library that is loaded when it is first needed, since it brings many others along: FFmpeg's a
+/// hundred, whose loading takes a fifth of a program's start. Some of those start threads as they
+/// are loaded, which would take the signals of a program that has not blocked them yet.
 ///
 /// Any thread. Stays loaded until the process ends.
-class Library {
+class LateLibrary {
   public:
     /// The file has the version whose headers the program is compiled with.
-    constexpr explicit Library(const char* file) : file_(file) {}
-    Library(const Library&) = delete;
+    constexpr explicit LateLibrary(const char* file) : file_(file) {}
+    LateLibrary(const LateLibrary&) = delete;
 
     /// Gives why it cannot be loaded; empty: it is.
     std::string load() {
@@ -38,9 +38,10 @@ class Library {
 
 /// A function of a library that has been loaded; called like the function itself. Any thread.
 template <typename Signature>
-class Function {
+class LateFunction {
   public:
-    constexpr Function(Library& library, const char* name) : library_(library), name_(name) {}
+    constexpr LateFunction(LateLibrary& library, const char* name)
+        : library_(library), name_(name) {}
 
     operator Signature*() const {
         if (!found_)
@@ -49,9 +50,9 @@ class Function {
     }
 
   private:
-    Library& library_;
+    LateLibrary& library_;
     const char* const name_;
     mutable std::atomic<Signature*> found_ = nullptr;
 };
 
-} // namespace tessarune::ffmpeg
+} // namespace tessarune

@@ -1,0 +1,86 @@
+import QtQuick
+import QtQuick.Window
+import Tessarune
+
+// What the user works the window with, over the captions: the toolbar, the menu, the border, the keys.
+Item {
+    id: root
+
+    required property CaptionWindowModel model
+    required property CaptionToolbarModel toolbar
+    required property CaptionCommandsModel commands
+    required property CaptionHearingModel hearing
+    required property CaptionStage stage
+    required property real radius
+    readonly property bool menuOpen: bar.menuOpen || menu.visible
+
+    CaptionToolbar {
+        id: bar
+        anchors { left: parent.left; right: parent.right; top: parent.top }
+        toolbar: root.toolbar
+        commands: root.commands
+        hearing: root.hearing
+        radius: root.radius
+        shown: root.model.showsChrome
+        roomBelow: root.height - height
+        onCloseRequested: root.model.close()
+    }
+
+    MouseArea {
+        anchors.fill: parent
+        acceptedButtons: Qt.RightButton
+        onClicked: mouse => menu.openAt(mouse.x, mouse.y)
+    }
+
+    ResizeEdges {
+        anchors.fill: parent
+    }
+
+    CaptionMenu {
+        id: menu
+        objectName: "contextMenu"
+        anchors.fill: parent
+        commands: root.commands
+    }
+
+    Repeater {
+        model: root.commands
+
+        Item {
+            id: command
+
+            required property int index
+            required property string keys
+            required property bool available
+
+            Shortcut {
+                sequence: command.keys
+                enabled: command.available
+                autoRepeat: false
+                onActivated: root.commands.press(command.index)
+            }
+        }
+    }
+    Binding {
+        target: root.commands
+        property: "selection"
+        value: root.stage.selectedText
+    }
+    Shortcut {
+        sequences: [StandardKey.SelectAll]
+        onActivated: root.stage.selectAll()
+    }
+    Shortcut {
+        sequences: [StandardKey.Cancel]
+        enabled: root.stage.selectedText !== "" && !root.menuOpen
+        onActivated: root.stage.clearSelection()
+    }
+    Shortcut {
+        sequence: "Ctrl+Q"
+        onActivated: root.model.quit()
+    }
+    Shortcut {
+        sequences: ["Menu", "Shift+F10"]
+        onActivated: menu.openAt(12, 12)
+    }
+}
