@@ -98,7 +98,7 @@ std::shared_ptr<HistoryRefinementDiagnosticsSession>
 HistoryRefinementDiagnosticsSession::open(const Environment& environment,
                                           const HistoryRefinementRequest& request) {
     const auto run = environment.catalog.diagnosticsRunURL(request.recordingID);
-    if (!run && !environment.catalog.wasDeleted(request.recordingID)) // of those nothing is logged
+    if (!run && !environment.catalog.wasDeleted(request.recordingID))
         environment.logger.event("history.refine.diagnostics.missingRun",
                                  {{"recordingID", request.recordingID.text()}});
     if (!run || !isFullRun(environment.files, *run))

@@ -3,7 +3,9 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
+#include <string_view>
 #include <tuple>
 
 namespace tessarune {
@@ -11,6 +13,9 @@ namespace tessarune {
 namespace {
 
 using Json = JSON::Value;
+
+/// The files of a run that name its recordings.
+constexpr std::string_view namingFiles[] = {"recording.json", "manifest.json"};
 
 /// Whether a key "recordingID", at any depth, names one of the recordings.
 bool jsonObject(const Json& value, const std::set<std::string>& lowerCaseIDs) {
@@ -64,9 +69,21 @@ RecordingCatalog::diagnosticsRunURLs(const std::set<UUID>& matching) {
     return urls;
 }
 
+/// The files that name the recording go last: they lead to the others.
+void RecordingCatalog::removeRun(const std::filesystem::path& run) {
+    try {
+        for (const auto& name : files_.list(run)) {
+            if (std::ranges::find(namingFiles, name) == std::end(namingFiles))
+                removeQuietly(run / name);
+        }
+    } catch (const std::exception&) { // its removal reports that
+    }
+    removeQuietly(run);
+}
+
 bool RecordingCatalog::namesRecording(const std::filesystem::path& run,
                                       const std::set<std::string>& ids) {
-    for (const char* name : {"recording.json", "manifest.json"}) {
+    for (const std::string_view name : namingFiles) {
         try {
             if (jsonObject(JSON::parse(files_.read(run / name)), ids))
                 return true;

@@ -35,15 +35,21 @@ RecordingCatalog::LoadedIndex RecordingCatalog::loadIndex() {
     return loaded;
 }
 
-/// The paths in an index are those of its folder when they were written. If the folder was moved or
-/// restored from a backup, the sound is still beside the index.
+/// The paths in an index are those of its folder when they were written. If the folder was moved,
+/// copied or restored from a backup, the sound beside the index is meant: the other may be the
+/// original's.
 void RecordingCatalog::findMovedSound(RecordingIndex& index) {
+    std::set<std::string> named; // made when it is needed
     for (auto recording : index.recordings()) {
         const std::filesystem::path path(recording.filePath);
         if (path.parent_path() == paths_.recordings() || !path.has_filename())
             continue;
         const auto here = paths_.recordings() / path.filename();
-        if (files_.exists(path) || !files_.exists(here))
+        if (named.empty()) {
+            for (const auto& each : index.recordings())
+                named.insert(each.filePath);
+        }
+        if (named.contains(here.string()) || !files_.exists(here))
             continue;
         recording.filePath = here.string();
         index.put(recording);

@@ -109,14 +109,17 @@ void RecordingCatalog::removeOwned(const RecordingMetadata& recording, Runs runs
     std::set<std::string> tokens;
     for (const auto& url : audio)
         tokens.insert({url.string(), url.filename().string()});
+    // First what only the entry leads to: a deletion that is interrupted here can be repeated. Once
+    // the sound is gone, the next start removes what is left.
+    if (runs == Runs::areRemoved) {
+        for (const auto& run : diagnosticsRunURLs({recording.id}))
+            removeRun(run);
+    }
+    logger_.deleteEntries({recording.id.text()}, tokens);
     for (const auto& url : audio)
         removeQuietly(url);
     removeSidecars(recording.id);
-    if (runs == Runs::areRemoved) {
-        for (const auto& run : diagnosticsRunURLs({recording.id}))
-            removeQuietly(run);
-    }
-    logger_.deleteEntries({recording.id.text()}, tokens);
+    logger_.deleteEntries({recording.id.text()}, tokens); // failures to remove something
 }
 
 /// A file from elsewhere, such as an import, has no siblings of ours.

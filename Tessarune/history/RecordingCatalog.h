@@ -186,6 +186,7 @@ class RecordingCatalog {
     void removeOwned(const RecordingMetadata& recording, Runs runs);
     void removeSidecars(const UUID& id);
     void removeQuietly(const std::filesystem::path& path);
+    void removeRun(const std::filesystem::path& run);
     std::vector<std::filesystem::path> audioArtifactURLs(const RecordingMetadata& recording) const;
 
     std::filesystem::path sidecar(const UUID& id, std::string_view suffix) const;

@@ -1,5 +1,6 @@
 #include "Tessarune/history/RecordingRepair.h"
 
+#include "Tessarune/audio/MediaFile.h"
 #include "Tessarune/audio/WAVHeader.h"
 #include "Tessarune/history/HistoryWordTimeline.h"
 #include "Tessarune/history/SessionJournalContent.h"
@@ -64,6 +65,7 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
             report.recoveredSessions.push_back(recording.id);
     }
     restoreTranscripts();
+    removeReplacedSound();
     catalog_.healStaleRecordings();
     catalog_.reconcileIndex();
     catalog_.cleanupOrphanTranscripts();
@@ -210,6 +212,30 @@ void RecordingRepair::removeUnfinishedFiles() {
         } catch (const std::exception& error) {
             logger_.important("recording.repair.failed",
                               {{"path", folder.string()}, {"error", std::string(error.what())}});
+        }
+    }
+}
+
+/// The WAV of a session whose entry names the whole M4A that was made of it.
+void RecordingRepair::removeReplacedSound() {
+    const std::vector<RecordingMetadata> all = catalog_.recordings();
+    std::set<std::string> named;
+    for (const RecordingMetadata& recording : all)
+        named.insert(recording.filePath);
+    for (const RecordingMetadata& recording : all) {
+        const std::filesystem::path audio(recording.filePath);
+        const auto wav = std::filesystem::path(audio).replace_extension("wav");
+        if (recording.audioFormat != M4A::audioFormat || audio.extension() != ".m4a" ||
+            audio.parent_path() != catalog_.paths().recordings() || named.contains(wav.string()))
+            continue;
+        try {
+            if (files_.exists(wav) &&
+                files_.size(audio) == static_cast<std::uint64_t>(recording.byteCount))
+                files_.remove(wav);
+        } catch (const std::exception& error) {
+            logger_.important("recording.repair.failed", {{"recordingID", recording.id.text()},
+                                                          {"path", wav.string()},
+                                                          {"error", std::string(error.what())}});
         }
     }
 }

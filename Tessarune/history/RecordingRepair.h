@@ -40,6 +40,7 @@ class RecordingRepair {
     void restoreTranscripts(const UUID& id);
     bool writeTranscripts(const UUID& id, const SessionJournalContent& journal);
     void removeUnfinishedFiles();
+    void removeReplacedSound();
     void completeReplacements();
 
     FileSystem& files_;

@@ -1,3 +1,4 @@
+#include "Tessarune/history/RecordingRepair.h"
 #include "TessaruneCore/text/Text.h"
 #include "tests/history/CatalogFixture.h"
 
@@ -233,6 +234,34 @@ TEST_F(RecordingCatalogTests, DeletingTakesAllThatIsTheRecordings) {
     EXPECT_EQ(disk.contentsOf("/data/recordings.json"), "[]\n");
 }
 
+TEST(RecordingDeletionTests, OneThatIsCutOffIsFinishedByTheNextStartOrCanBeRepeated) {
+    for (std::uint64_t operation = 1;; ++operation) {
+        testing::Catalogued computer;
+        auto& disk = computer.disk;
+        const UUID id = computer.add(10, "a.m4a");
+        computer.catalog.saveTranscript("said", id);
+        for (const char* name : {"events.ndjson", "manifest.json", "transcript.txt"})
+            disk.setContents(std::string("/data/Diagnostics/Live-1/") + name,
+                             R"({"recordingID":")" + id.text() + R"("})");
+        computer.logger.important("a", {{"recordingID", id.text()}});
+        const std::uint64_t last = disk.operations + operation;
+        disk.failFrom = last;
+        computer.catalog.deleteRecording(id);
+        const bool wasReached = disk.operations >= last;
+        disk.recover();
+        RecordingCatalog restarted(computer.host, disk, computer.paths, computer.logger,
+                                   computer.notifications);
+        RecordingRepair(disk, restarted, computer.logger).runAtLaunch();
+        if (restarted.recording(id))
+            restarted.deleteRecording(id);
+        EXPECT_TRUE(disk.list(computer.paths.diagnostics()).empty()) << operation;
+        EXPECT_FALSE(disk.has(restarted.transcriptURL(id))) << operation;
+        EXPECT_TRUE(computer.events("a").empty()) << operation;
+        if (!wasReached)
+            break;
+    }
+}
+
 TEST_F(RecordingCatalogTests, SidecarsThatAreEmptyAreNone) {
     const UUID id = add(10, "a.wav");
     EXPECT_TRUE(catalog.saveTranscript("", id));
@@ -304,6 +333,7 @@ TEST_F(RecordingCatalogTests, LaunchRepairsCloseTheGaps) {
     auto moved = recording(5, "moved.wav", makeID());
     disk.setContents(moved.filePath, "x");
     moved.filePath = "/home/before/Recordings/moved.wav";
+    disk.setContents(moved.filePath, "the original of a copied folder");
     catalog.upsert(moved);
     for (const char* name : {"notes.txt", "README", "11111111-1111-4111-8111-111111111111.txt"})
         disk.setContents(paths.transcripts() / name, "x");
