@@ -3,6 +3,7 @@
 #include "Terminal/RunFailure.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
 
 #include <stdexcept>
 #include <utility>
@@ -17,10 +18,10 @@ std::vector<std::string> RunPreparation::repairTexts(const Application::Preparat
         texts.push_back(
             localized("An interrupted session was recovered: --show %@", {id.text().substr(0, 8)}));
     for (const RecordingMetadata& import : found.repairs.untranscribedImports)
-        texts.push_back(
-            localized("The import of '%@' was interrupted; this transcribes it: "
-                      "--refine %@",
-                      {import.note.value_or(import.filePath), import.id.text().substr(0, 8)}));
+        texts.push_back(localized("The import of '%@' was interrupted; this transcribes it: "
+                                  "--refine %@",
+                                  {Text::printableLine(import.note.value_or(import.filePath)),
+                                   import.id.text().substr(0, 8)}));
     return texts;
 }
 

@@ -7,6 +7,7 @@
 #include "Terminal/history/RefineCommand.h"
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
 
 #include <nlohmann/json.hpp>
 
@@ -66,7 +67,8 @@ class ImportRun {
 
   private:
     Task<RecordingMetadata> copy(std::filesystem::path file) {
-        const std::string name = file.filename().string();
+        const auto& named = file.has_filename() ? file : file.parent_path(); // "talk.wav/"
+        const std::string name = Text::printableLine(named.filename().string());
         WorkProgress progress(options_, {{"type", "import"}, {"file", file.string()}});
         const auto token = program_.imports.copied().onDidChange([&](const auto& copied) {
             if (copied)
@@ -88,7 +90,8 @@ class ImportRun {
 
     ExitStatus tellProblem(const std::filesystem::path& file, const std::string& problem,
                            ExitStatus status) const {
-        printProblem(localized("%@ was not imported: %@", {file.string(), problem}));
+        printProblem(localized("%@ was not imported: %@",
+                               {Text::printableLine(file.string()), Text::printableLine(problem)}));
         if (options_.json)
             printJSON({{"type", "imported"}, {"file", file.string()}, {"problem", problem}});
         return status;
@@ -98,9 +101,10 @@ class ImportRun {
                       const HistoryRefinementOutcome& outcome) const {
         if (options_.json)
             printJSON({{"type", "imported"}, {"file", file.string()}, {"id", id.text()}});
-        tellOutcomeOf(
-            options_, id, outcome, localized("Imported: --show %@", {id.text().substr(0, 8)}),
-            localized("%@ is imported without a transcript: %@", {file.string(), outcome.problem}));
+        tellOutcomeOf(options_, id, outcome,
+                      localized("Imported: --show %@", {id.text().substr(0, 8)}),
+                      localized("%@ is imported without a transcript: %@",
+                                {Text::printableLine(file.string()), outcome.problem}));
     }
 
     Program& program_;
