@@ -20,6 +20,7 @@ TranscriptPlayback::~TranscriptPlayback() {
 
 void TranscriptPlayback::show(TranscriptRows rows) {
     rows_ = std::move(rows);
+    isBoundToFormerRow_ = true;
     manualHighlightedSentenceIndex = std::nullopt;
     activeTokens_.clear();
     activeTokenIndex = std::nullopt;
@@ -58,6 +59,7 @@ void TranscriptPlayback::playSentences(std::size_t first, std::size_t last) {
     if (onSentencePlayRequested)
         onSentencePlayRequested(*sentence);
     manualHighlightedSentenceIndex = first;
+    isBoundToFormerRow_ = false;
     player_.playBounded(first, sentence->start, endOf(last));
 }
 
@@ -97,9 +99,10 @@ void TranscriptPlayback::toggleRepeat() {
         return;
     }
     const auto bounded = *player_.boundedPlaybackSentenceIndex;
-    const auto index = bounded ? bounded : highlightedIndex();
+    const auto index = bounded && !isBoundToFormerRow_ ? bounded : highlightedIndex();
     if (!index)
         return;
+    isBoundToFormerRow_ = false;
     if (const TranscriptRows::Sentence* sentence = rows_.sentenceTiming(*index))
         player_.repeatBounded(*index, sentence->start, endOf(*index));
 }

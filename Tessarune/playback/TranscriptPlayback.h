@@ -59,6 +59,7 @@ class TranscriptPlayback {
 
     AudioPlayer& player_;
     TranscriptRows rows_;
+    bool isBoundToFormerRow_ = false; ///< what is played bounded was chosen among others
     std::vector<SentenceToken> activeTokens_;
     Published<double>::Token observer_;
 };
