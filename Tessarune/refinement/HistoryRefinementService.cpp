@@ -12,6 +12,7 @@
 #include <cmath>
 #include <iterator>
 #include <stdexcept>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -45,6 +46,17 @@ Observer::Status statusOf(const Outcome& outcome) {
         break;
     }
     return Observer::Status::failed;
+}
+
+bool isEmptyResult(const std::exception_ptr& failure) {
+    using Error = SpeechAnalyzerFileTranscriberError;
+    try {
+        std::rethrow_exception(failure);
+    } catch (const Error& error) {
+        return error.kind() == Error::Kind::emptyResult;
+    } catch (...) {
+        return false;
+    }
 }
 
 } // namespace
@@ -148,12 +160,23 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
     });
     if (!waitsAgain)
         jobs_.mutate([&](Jobs& jobs) { jobs.erase(job->request.recordingID); });
-    if (job->outcome.status == Outcome::Status::failed)
+    if (job->outcome.status == Outcome::Status::failed && !isSilence(*job))
         failures_.mutate(
             [&](Failures& failures) { failures[job->request.recordingID] = job->outcome.problem; });
     environment_.returnMemory();
     job->done.resume(job->outcome);
     beginNext();
+}
+
+/// Whether nothing was understood, now as before: no failure that a user could do something about.
+bool HistoryRefinementService::isSilence(const Job& job) const {
+    const auto text = environment_.catalog.transcriptURL(job.request.recordingID);
+    try {
+        return isEmptyResult(job.outcome.failure) &&
+               (!environment_.files.exists(text) || environment_.files.size(text) == 0);
+    } catch (const std::system_error&) {
+        return false;
+    }
 }
 
 Task<void> HistoryRefinementService::run(JobPtr job) {

@@ -103,6 +103,7 @@ class HistoryRefinementService {
     void enqueue(JobPtr job);
     void beginNext();
     Task<void> work(JobPtr job);
+    bool isSilence(const Job& job) const;
     Task<void> run(JobPtr job);
     Task<void> refineSource(JobPtr job);
     Task<void> mayContinue(JobPtr job);

@@ -151,6 +151,15 @@ TEST(HistoryImportTests, OneFaultOfTheDiskLeavesAWholeRecordingOrNone) {
     }
 }
 
+TEST(HistoryImportTests, AnImportInWhichNothingIsUnderstoodIsDoneAndNoFailure) {
+    Importing computer;
+    computer.heard.clear();
+    computer.import({"/home/film"});
+    computer.finish();
+    EXPECT_TRUE(computer.disk.has(computer.catalog.transcriptURL(computer.selected.front())));
+    EXPECT_TRUE(computer.service->failures()->empty());
+}
+
 TEST(HistoryImportTests, AnImportThatIsDeletedWhileItIsTranscribedStaysDeleted) {
     Importing computer;
     computer.import({"/home/film"});

@@ -165,6 +165,7 @@ TEST(HistoryRefinementTests, WhatFailsLeavesTheFormerTranscriptWhole) {
         ASSERT_TRUE(recording.outcome) << each.what;
         EXPECT_EQ(recording.outcome->status, each.status) << each.what;
         EXPECT_EQ(recording.outcome->problem.empty(), each.status == Status::cancelled);
+        EXPECT_EQ(recording.service->failures()->empty(), each.status == Status::cancelled);
         EXPECT_EQ(recording.text(), formerText) << each.what;
         EXPECT_EQ(recording.timeline(), former) << each.what;
     }
