@@ -125,7 +125,14 @@ TEST_F(HistoryWindowTests, TheChosenRecordingIsReadNotedAndExported) {
     EXPECT_EQ(model().message().toStdString(), "已保存到：" + file.string());
     EXPECT_TRUE(testing::contentsOf(file).starts_with("1\n00:00:00,000"));
 
-    // A note that is being edited survives any change to the recording.
+    model().exports()->setContent(2);
+    model().exports()->run();
+    ASSERT_TRUE(runUntil([&] { return !model().exports()->isBusy(); }));
+    EXPECT_EQ(history.suggested, "ab-translation.srt");
+    model().exports()->setFormat("pdf");
+    EXPECT_EQ(model().exports()->content(), 1);
+
+    // Whatever becomes of the recording, a note that is being written stays.
     QTest::keyClick(&window(), Qt::Key_C);
     history.catalog.saveBilingualTranscript("", id);
     history.catalog.announceTranscript(id);
@@ -134,6 +141,14 @@ TEST_F(HistoryWindowTests, TheChosenRecordingIsReadNotedAndExported) {
     history.catalog.upsert(compressed);
     ASSERT_TRUE(runUntil([&] { return detail.duration() == "12:35"; }));
     EXPECT_EQ(note->property("text"), "abc");
+    const UUID other = history.add(10, "Imported");
+    history.notifications.post(NotificationName::historyImportSelectRecording, other);
+    ASSERT_TRUE(runUntil([&] { return model().list()->count() == 2; }));
+    EXPECT_EQ(detail.recording()->id, id);
+    model().select(other);
+    ASSERT_TRUE(runUntil([&] { return history.catalog.recording(id)->note == "abc"; }));
+    EXPECT_EQ(note->property("text"), "");
+    model().select(id);
 
     // The window shows a refined text at once, and a hint if there is no translation.
     history.catalog.saveRefinedTranscript("New.", "", {}, id);

@@ -11,6 +11,7 @@ namespace tessarune {
 void DesktopProgram::watchSystem() {
     QObject::connect(qGuiApp, &QGuiApplication::lastWindowClosed, &host_,
                      [this] { endIfUnreachable(); });
+    watchRecordings();
     shortcuts_.emplace(window_->commands(), window_->window());
     screenshots_.emplace(ScreenshotService::Environment{
         host_, application_.files, application_.settings, application_.notifications,
@@ -48,6 +49,19 @@ void DesktopProgram::watchSystem() {
     QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &host_, endsSession,
                      Qt::DirectConnection);
     lostDisplay_.emplace([this] { saveNow(); });
+}
+
+/// Another program may record, or change recordings.
+void DesktopProgram::watchRecordings() {
+    try {
+        application_.files.createDirectories(application_.paths.appSupportBase());
+        recordingsWatch_.emplace(application_.paths.recordingIndex(), host_, [this] {
+            application_.notifications.post(NotificationName::recordingCatalogDidChange);
+        });
+    } catch (const std::exception& error) {
+        application_.logger.important("recordings.watch.failed",
+                                      {{"error", std::string(error.what())}});
+    }
 }
 
 /// What the window would show reaches a user who does not see it.

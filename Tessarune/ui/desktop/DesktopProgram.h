@@ -3,6 +3,7 @@
 #include "Tessarune/app/Application.h"
 #include "Tessarune/app/ListeningSession.h"
 #include "Tessarune/app/LoginItem.h"
+#include "Tessarune/platform/disk/FileWatch.h"
 #include "Tessarune/platform/qt-desktop/DesktopMotion.h"
 #include "Tessarune/platform/qt-desktop/SingleInstance.h"
 #include "Tessarune/platform/qt-desktop/SleepWatch.h"
@@ -60,6 +61,7 @@ class DesktopProgram {
 
     // DesktopProgram+System.cpp: events of the computer around the program
     void watchSystem();
+    void watchRecordings();
     void notifyIfHidden(const std::string& text);
     Task<void> secure(std::function<void()> ready);
     Task<void> finish(std::function<void()> ready);
@@ -103,6 +105,7 @@ class DesktopProgram {
     std::optional<DesktopTray> tray_;
     DesktopWindows windows_;
     std::unique_ptr<DesktopWelcome> welcome_; // on the first start
+    std::optional<FileWatch> recordingsWatch_;
     bool isEnding_ = false;
     Observations observations_;
 };

@@ -115,6 +115,9 @@ Task<void> HistoryDetailModel::load(HistoryItem recording) {
     if (!*held || token_ != token)
         co_return;
     const bool isOtherSource = payload_.sourceText != found.payload.sourceText;
+    if (!isLoading_ && !isOtherSource && payload_.bilingualText == found.payload.bilingualText &&
+        timeline_ == found.timeline && problem_ == found.problem)
+        co_return; // who reads it is not disturbed
     payload_ = std::move(found.payload);
     timeline_ = std::move(found.timeline);
     problem_ = std::move(found.problem);

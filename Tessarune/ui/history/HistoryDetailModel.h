@@ -42,6 +42,8 @@ class HistoryDetailModel final : public QObject {
     /// The chosen recording as the catalog has it now; `nullopt` if none is chosen.
     void show(const std::optional<HistoryItem>& recording);
     const std::optional<HistoryItem>& recording() const { return recording_; }
+    /// Reads its files again.
+    void readTranscript();
 
     bool isShown() const { return recording_.has_value(); }
     QString title() const;
@@ -69,7 +71,6 @@ class HistoryDetailModel final : public QObject {
     void sourceChanged();
 
   private:
-    void readTranscript();
     Task<void> load(HistoryItem recording);
     void showLiveText();
     void showRows(bool isSameRecording = true);

@@ -5,6 +5,7 @@
 #include "TessaruneCore/text/Localization.h"
 
 #include <QVariantMap>
+#include <algorithm>
 #include <optional>
 #include <utility>
 
@@ -55,6 +56,16 @@ void HistoryExportModel::setContent(int content) {
         Q_EMIT changed();
 }
 
+int HistoryExportModel::content() const {
+    if (!canBeBilingual())
+        return 0;
+    return canBeTranslation() ? content_ : std::min(content_, 1);
+}
+
+bool HistoryExportModel::canBeTranslation() const {
+    return format_ == Format::srt || format_ == Format::vtt || format_ == Format::txt;
+}
+
 QString HistoryExportModel::hint() const {
     if (isAudio())
         return historyText("M4A 仅导出音频，不含文字");
@@ -65,9 +76,10 @@ QString HistoryExportModel::hint() const {
 void HistoryExportModel::run() {
     if (!detail_.recording() || isBusy_)
         return;
+    using Content = HistoryTranscriptExportContent;
+    constexpr Content contents[] = {Content::source, Content::bilingual, Content::translation};
     const HistoryExportRequest request{*detail_.recording(), format_,
-                                       content() == 1 ? HistoryTranscriptExportContent::bilingual
-                                                      : HistoryTranscriptExportContent::source};
+                                       contents[std::clamp(content(), 0, 2)]};
     if (!isAudio() && !detail_.hasText()) {
         onAlert_(localized("这条录音没有识别文本。"));
         return;

@@ -17,10 +17,12 @@ class HistoryExportModel final : public QObject {
     /// "name" and "title" of each.
     Q_PROPERTY(QVariantList formats READ formats CONSTANT)
     Q_PROPERTY(QString format READ format WRITE setFormat NOTIFY changed)
-    /// 0: the source alone, 1: with the translation.
+    /// 0: the source alone, 1: with the translation, 2: the translation alone.
     Q_PROPERTY(int content READ content WRITE setContent NOTIFY changed)
     Q_PROPERTY(bool isAudio READ isAudio NOTIFY changed)
     Q_PROPERTY(bool canBeBilingual READ canBeBilingual NOTIFY changed)
+    /// Of documents to read, the source belongs to the translation.
+    Q_PROPERTY(bool canBeTranslation READ canBeTranslation NOTIFY changed)
     /// A remark on what was chosen; empty if there is none.
     Q_PROPERTY(QString hint READ hint NOTIFY changed)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY busyChanged)
@@ -36,10 +38,11 @@ class HistoryExportModel final : public QObject {
     QVariantList formats() const;
     QString format() const;
     void setFormat(const QString& format);
-    int content() const { return canBeBilingual() ? content_ : 0; }
+    int content() const;
     void setContent(int content);
     bool isAudio() const { return format_ == HistoryExportFormat::m4a; }
     bool canBeBilingual() const { return detail_.hasTranslation(); }
+    bool canBeTranslation() const;
     QString hint() const;
     bool isBusy() const { return isBusy_; }
     double progress() const { return progress_; }

@@ -56,6 +56,9 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
     /// Hides a recording that is about to be deleted.
     void setHidden(const UUID& id, bool isHidden);
 
+    /// Reads the catalog again.
+    void reload();
+
     const HistoryItem* item(int row) const;
     int rowOf(const UUID& id) const;
 
@@ -72,7 +75,6 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
     void awaitMidnight();
     void transcriptChanged(const UUID& id);
     void refinementsChanged();
-    void reload();
     Task<void> load();
     void update();
     void search();

@@ -21,10 +21,11 @@ std::vector<HistoryListReader::EntryPtr> HistoryListReader::entries() {
     for (HistoryItem& item : HistoryItemLoader::load(catalog_, files_)) {
         const auto found = known_.find(item.id);
         EntryPtr before = found == known_.end() ? nullptr : found->second;
-        if (!before || before->item != item) {
+        // The text of a session is saved at its end; of another program's that is not told.
+        const bool hasBeginning = before && !before->item.live && !before->beginning.isEmpty();
+        if (!hasBeginning || before->item != item) {
             Entry entry;
-            // The text of a session is saved at its end.
-            entry.beginning = before && !before->item.live ? before->beginning : beginningOf(item);
+            entry.beginning = hasBeginning ? before->beginning : beginningOf(item);
             entry.searched =
                 (QString::fromStdString(item.note + " " + item.date + " " + item.time) +
                  QLatin1Char(' ') + entry.beginning)

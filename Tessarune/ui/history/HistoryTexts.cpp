@@ -22,6 +22,7 @@ QVariantMap historyTexts() {
             {"search", historyText("搜索历史记录")},
             {"source", historyText("原文")},
             {"bilingual", historyText("双语")},
+            {"translation", historyText("译文")},
             {"transcript", historyText("文字")},
             {"note", historyText("添加备注")},
             {"copyBoth", historyText("复制原文和译文")},

@@ -40,7 +40,8 @@ HistoryWindowModel::HistoryWindowModel(const HistoryWindowEnvironment& environme
     selection_ = lifeline_.observe(
         environment_.notifications, NotificationName::historyImportSelectRecording,
         environment_.host, [](HistoryWindowModel& model, const NotificationObject& object) {
-            if (const UUID* id = std::get_if<UUID>(&object))
+            const UUID* const id = std::get_if<UUID>(&object);
+            if (id && !model.draft_) // who writes a note stays where it belongs
                 model.select(*id);
         });
 }
@@ -63,6 +64,8 @@ void HistoryWindowModel::listUpdated() {
     lastRow_ = std::max(row, 0);
     const HistoryItem* const item = list_.item(row);
     current_ = item ? std::optional(item->id) : std::nullopt;
+    if (draft_ && detail_.recording() && detail_.recording()->id != current_)
+        setNote(*draft_);
     detail_.show(item ? std::optional(*item) : std::nullopt);
     Q_EMIT currentRowChanged();
     Q_EMIT emptyChanged();
@@ -90,6 +93,11 @@ void HistoryWindowModel::setPage(Page page) {
     card_.close();
     usage_.setOpen(page == Page::usage);
     Q_EMIT pageChanged();
+}
+
+void HistoryWindowModel::refresh() {
+    list_.reload();
+    detail_.readTranscript();
 }
 
 void HistoryWindowModel::select(const UUID& id) {
@@ -179,6 +187,7 @@ void HistoryWindowModel::change(std::function<bool()> step,
 }
 
 void HistoryWindowModel::setNote(const QString& note) {
+    draft_.reset();
     const auto& recording = detail_.recording();
     const std::string text = note.trimmed().toStdString();
     if (!recording || recording->note == text || !mayChange())

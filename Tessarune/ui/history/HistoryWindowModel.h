@@ -95,8 +95,13 @@ class HistoryWindowModel final : public QObject {
     Q_INVOKABLE void undo();
     Q_INVOKABLE void dismissMessage();
     Q_INVOKABLE void setNote(const QString& note);
+    /// The user writes a note, which is not finished: it is saved if another recording is shown.
+    Q_INVOKABLE void draftNote(const QString& note) { draft_ = note; }
+    Q_INVOKABLE void discardDraft() { draft_.reset(); }
     Q_INVOKABLE void copy(bool withTranslation);
 
+    /// Reads again what another program may have written without this one noticing.
+    void refresh();
     /// Chooses a recording as soon as it is listed.
     void select(const UUID& id);
     /// Deletes what the user has deleted and can still undo, and waits for it.
@@ -133,6 +138,7 @@ class HistoryWindowModel final : public QObject {
     UsageModel usage_;
     Page page_ = Page::recording;
     QString query_;
+    std::optional<QString> draft_; ///< of the shown recording's note
     std::optional<UUID> current_;
     std::optional<UUID> wanted_; ///< to be chosen when it is listed
     int lastRow_ = 0;            ///< where the chosen recording was listed last

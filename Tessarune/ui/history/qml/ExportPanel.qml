@@ -75,7 +75,7 @@ Popover {
         SegmentedChoice {
             visible: !root.model.isAudio
             enabled: root.model.canBeBilingual
-            choices: [root.texts.source, root.texts.bilingual]
+            choices: root.model.canBeTranslation ? [root.texts.source, root.texts.bilingual, root.texts.translation] : [root.texts.source, root.texts.bilingual]
             current: root.model.content
             onChosen: index => root.model.content = index
         }

@@ -150,8 +150,10 @@ Item {
             name: root.model.texts.note
             placeholderText: name
             text: root.detail.note
+            onTextEdited: root.model.draftNote(text)
             onEditingFinished: root.model.setNote(text)
             Keys.onEscapePressed: {
+                root.model.discardDraft();
                 text = Qt.binding(() => root.detail.note);
                 focus = false;
             }
