@@ -54,8 +54,8 @@ bool RunPreparation::prepareToRecord(Application& application, const CaptionsCom
         output.warn(doubt);
     if (holder)
         throw RunFailure(ExitStatus::dataInUse,
-                         localized("%@ (process %lld) is already recording; to caption without "
-                                   "recording, add --no-record",
+                         localized("%@ (process %lld) has the recordings open; to caption "
+                                   "without recording, add --no-record",
                                    {holder->program, std::to_string(holder->processID)}));
     if (!failure.empty()) {
         application.recording.recordNothing();

@@ -12,7 +12,10 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <filesystem>
+#include <system_error>
 #include <utility>
 
 namespace tessarune {
@@ -94,6 +97,14 @@ Task<int> print(Program& program, HistoryExportRequest request) {
     co_return writeToStandardOutput(bytes);
 }
 
+/// What is exported must not replace what the program itself keeps.
+bool isBelow(const std::filesystem::path& folder, const std::filesystem::path& path) {
+    std::error_code ignored;
+    const auto inner = std::filesystem::weakly_canonical(std::filesystem::absolute(path), ignored);
+    const auto outer = std::filesystem::weakly_canonical(folder, ignored);
+    return std::ranges::mismatch(outer, inner).in1 == outer.end();
+}
+
 Task<int> exportTo(Program& program, const TerminalOptions& options,
                    const ExportRecordingCommand& command, HistoryExportRequest request) {
     if (command.to == standardOutput) {
@@ -102,6 +113,10 @@ Task<int> exportTo(Program& program, const TerminalOptions& options,
     }
     const std::filesystem::path to =
         command.to.empty() ? HistoryExport::suggestedFilename(request) : command.to;
+    if (isBelow(program.paths.appSupportBase(), to)) {
+        printProblem(localized("%@ is in the folder of the recordings.", {to.string()}));
+        co_return status(ExitStatus::cannotWrite);
+    }
     Task<ExitStatus> permitting =
         permissionToWrite(program.host, program.files, to, command.replaces);
     if (const ExitStatus found = co_await permitting; found != ExitStatus::ok)

@@ -66,7 +66,10 @@ Task<int> searchRecordings(Program& program, const TerminalOptions& options, std
     co_await program.search.bringUpToDate(std::move(progress));
     const TranscriptSearch::Found found = co_await program.search.find(query);
 
-    const std::string problem = program.catalog.readingProblem();
+    std::string problem = program.catalog.readingProblem();
+    if (problem.empty() && found.unreadable > 0)
+        problem = localized("The texts of %lld recordings cannot be read.",
+                            {std::to_string(found.unreadable)});
     const std::unordered_set<UUID> matching(found.recordings.begin(), found.recordings.end());
     std::vector<RecordingMetadata> chosen;
     std::vector<UUID> ids;

@@ -105,6 +105,7 @@ void SearchIndexKeeper::compare() {
     isBehind_ = false;
     changed_.clear();
     outdatedAtCheck_ = outdated.size();
+    unreadable_ = 0;
     outdated_ = std::move(outdated);
 }
 
@@ -137,8 +138,10 @@ void SearchIndexKeeper::readSome() {
     for (auto& entry : read) {
         // An unreadable one keeps its entry in the index, and is retried at the next check.
         const auto texts = transcripts_.texts(entry.id);
-        if (!texts)
+        if (!texts) {
+            ++unreadable_;
             continue;
+        }
         entry.source = SearchTokens::joined(texts->source);
         entry.translation = SearchTokens::joined(texts->translation);
         indexed.push_back(std::move(entry));
@@ -157,7 +160,7 @@ void SearchIndexKeeper::giveUp() {
 }
 
 SearchIndexKeeper::State SearchIndexKeeper::state() const {
-    return {outdatedAtCheck_ - outdated_.size(), outdatedAtCheck_};
+    return {outdatedAtCheck_ - outdated_.size(), outdatedAtCheck_, unreadable_};
 }
 
 std::vector<UUID> SearchIndexKeeper::find(const SearchQuery& query) {

@@ -40,6 +40,7 @@ class SearchIndexKeeper {
     struct State {
         std::size_t done = 0; ///< of the recordings that had to be read since the last check
         std::size_t all = 0;
+        std::size_t unreadable = 0; ///< of these; the index has their former texts, if any
         bool isComplete() const { return done == all; }
     };
     State state() const;
@@ -68,6 +69,7 @@ class SearchIndexKeeper {
     std::vector<UUID> changed_;
     std::vector<IndexedTexts> outdated_; ///< to be read; only ids and stamps
     std::size_t outdatedAtCheck_ = 0;
+    std::size_t unreadable_ = 0; ///< since the last check
 };
 
 } // namespace tessarune

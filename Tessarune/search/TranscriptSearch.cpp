@@ -101,7 +101,9 @@ Task<TranscriptSearch::Found> TranscriptSearch::find(SearchQuery query) {
         if (found.wasSuperseded)
             return found;
         found.recordings = worker->keeper.find(query);
-        found.isComplete = worker->keeper.state().isComplete();
+        const SearchIndexKeeper::State state = worker->keeper.state();
+        found.isComplete = state.isComplete();
+        found.unreadable = state.unreadable;
         Worker::follow(worker, queue);
         return found;
     });

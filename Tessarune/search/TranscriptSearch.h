@@ -39,6 +39,7 @@ class TranscriptSearch {
         std::vector<UUID> recordings; ///< in no order
         /// False while recordings are still being read, for some seconds after the first search.
         bool isComplete = true;
+        std::size_t unreadable = 0; ///< recordings whose texts could not be read
         /// A later search replaced it while it was queued; it found nothing.
         bool wasSuperseded = false;
     };

@@ -122,6 +122,14 @@ TEST_F(ExportTests, NothingIsReplacedOrDeletedUnasked) {
     EXPECT_EQ(contentsOf(folder / "mine.txt"), "mine");
     EXPECT_EQ(terminal({"--export", "1", "-o", "mine.txt", "--yes"}).status, 0);
     EXPECT_NE(contentsOf(folder / "mine.txt"), "mine");
+    const fs::path index = data / "recordings.json";
+    EXPECT_EQ(terminal({"--export", "1", "-o", index, "--format", "txt", "--yes"}).status, 73);
+    const fs::path transcript = data / "Transcripts" / (id + ".txt");
+    fs::rename(transcript, folder / "kept.txt");
+    fs::create_directory(transcript);
+    EXPECT_EQ(terminal({"--search", "tried"}).status, 74) << "a text that cannot be read";
+    fs::remove(transcript);
+    fs::rename(folder / "kept.txt", transcript);
     EXPECT_EQ(terminal({"--delete", "1"}).status, 64);
     EXPECT_EQ(terminal({"--delete", "1", "2", "--yes"}).status, 67);
     {
