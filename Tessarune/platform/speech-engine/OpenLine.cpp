@@ -7,8 +7,10 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace tessarune {
@@ -17,6 +19,10 @@ namespace {
 
 /// The passes that must agree on a word before it is shown or replaces a shown one.
 constexpr std::size_t looksToAgree = 2;
+/// A shown word is fixed once this many passes in a row have had it and the guess has this many
+/// words behind it.
+constexpr std::size_t looksToFix = 3;
+constexpr std::size_t wordsBehindToFix = 7;
 /// Seconds of speech after which the front of a line is settled at the end of a clause, or
 /// anywhere.
 constexpr double clauseSeconds = 2;
@@ -30,14 +36,34 @@ constexpr std::size_t timesOfARun = 2;
 /// The number of words at the end of a line that are searched for in the next one.
 constexpr std::size_t mostWordsAgain = 4;
 
+constexpr std::array<std::string_view, 6> hesitations{"uh", "um", "er", "ah", "uhm", "hmm"};
+
 constexpr auto sameKey = [](const auto& a, const auto& b) { return a.key == b.key; };
+constexpr auto isHesitation = [](const auto& word) {
+    return std::ranges::find(hesitations, word.key) != hesitations.end();
+};
+
+template <typename Words>
+Words takeFront(Words& from, std::size_t count) {
+    const auto end = from.begin() + static_cast<std::ptrdiff_t>(count);
+    Words front(std::make_move_iterator(from.begin()), std::make_move_iterator(end));
+    from.erase(from.begin(), end);
+    return front;
+}
+
+template <typename Words>
+bool repeatsAt(const Words& words, std::size_t place) {
+    return place > 0 && sameKey(words[place - 1], words[place]);
+}
 
 } // namespace
 
-/// The alignment of the words shown before and after a pass.
+/// The alignment of the words shown before and after a pass. The guess at a complete line replaces
+/// what it does not have, hesitations excepted.
 class OpenLine::Merge {
   public:
-    Merge(Words shown, const Words& guess) : shown_(std::move(shown)), guess_(guess) {}
+    Merge(Words shown, const Words& guess, bool isComplete)
+        : shown_(std::move(shown)), guess_(guess), isComplete_(isComplete) {}
 
     Words run() {
         for (const auto& [old, now] : commonSubsequence(shown_, guess_, sameKey)) {
@@ -62,11 +88,18 @@ class OpenLine::Merge {
             return std::all_of(first + static_cast<std::ptrdiff_t>(begin),
                                first + static_cast<std::ptrdiff_t>(end), holds);
         };
+        if (nextGuess_ == guessEnd && all(shown_, nextShown_, shownEnd, isHesitation)) {
+            keep(shownEnd);
+            return true;
+        }
+        if (nextShown_ == shownEnd && all(guess_, nextGuess_, guessEnd, isHesitation))
+            return true;
         // Passes must agree on the words and that there are no others.
-        const bool replaces = all(shown_, nextShown_, shownEnd,
-                                  [](const Word& word) { return word.missed >= looksToAgree; }) &&
-                              all(guess_, nextGuess_, guessEnd + 1,
-                                  [](const Word& word) { return word.follows >= looksToAgree; });
+        const bool replaces =
+            isComplete_ || (all(shown_, nextShown_, shownEnd,
+                                [](const Word& word) { return word.missed >= looksToAgree; }) &&
+                            all(guess_, nextGuess_, guessEnd + 1,
+                                [](const Word& word) { return word.follows >= looksToAgree; }));
         if (replaces)
             put(nextGuess_, guessEnd, true);
         else
@@ -80,9 +113,9 @@ class OpenLine::Merge {
     /// that they agree on.
     void end() {
         std::size_t agreed = nextGuess_;
-        while (agreed < guess_.size() && guess_[agreed].follows >= looksToAgree)
+        while (agreed < guess_.size() && (isComplete_ || guess_[agreed].follows >= looksToAgree))
             ++agreed;
-        if (nextShown_ == shown_.size() || agreed > nextGuess_)
+        if (isComplete_ || nextShown_ == shown_.size() || agreed > nextGuess_)
             put(nextGuess_, agreed, true);
         else
             keep(shown_.size());
@@ -102,6 +135,7 @@ class OpenLine::Merge {
 
     Words shown_;
     const Words& guess_;
+    bool isComplete_;
     Words merged_;
     std::size_t nextShown_ = 0;
     std::size_t nextGuess_ = 0;
@@ -109,24 +143,66 @@ class OpenLine::Merge {
 
 std::vector<SpeechRun> OpenLine::look(std::vector<SpeechRun> words, double begin,
                                       bool looksAgainSoon) {
-    Words guess = withoutRepeats(std::move(words));
-    const auto known = static_cast<std::ptrdiff_t>(lengthOfSettled(guess));
-    if (!last_.empty())
-        settled_.assign(guess.begin(), guess.begin() + known);
-    guess.erase(guess.begin(), guess.begin() + known);
-    for (Word& word : guess) {
-        word.run.audioStart = std::max(word.run.audioStart, settledThrough_);
-        word.run.audioEnd = std::max(word.run.audioEnd, settledThrough_);
+    Divided guess = divide(std::move(words));
+    for (Words* part : {&guess.front, &guess.open}) {
+        for (Word& word : *part) {
+            word.run.audioStart = std::max(word.run.audioStart, settledThrough_);
+            word.run.audioEnd = std::max(word.run.audioEnd, settledThrough_);
+        }
     }
-    const Words before = std::exchange(guess_, std::move(guess));
+    if (!last_.empty()) {
+        settled_ = guess.front.size();
+        fixed_ = std::move(guess.front);
+    } else {
+        updateFixed(guess);
+    }
+    const Words before = std::exchange(guess_, std::move(guess.open));
     countLooks(before);
     for (Word& word : shown_)
         ++word.missed;
-    const std::size_t shownBefore = shown_.size();
-    Words agreed = Merge(std::move(shown_), guess_).run();
+    Words agreed = fixedToSettle();
+    const std::size_t fixed = agreed.size();
+    const std::size_t shownBefore = fixed + shown_.size();
+    std::ranges::move(Merge(std::move(shown_), guess_, false).run(), std::back_inserter(agreed));
     const std::size_t count = wordsToSettle(agreed, shownBefore, begin);
+    agreed.erase(agreed.begin(), agreed.begin() + static_cast<std::ptrdiff_t>(fixed));
     shown_ = count > 0 || looksAgainSoon ? std::move(agreed) : guess_;
-    return settle(count);
+    std::vector<SpeechRun> settled = settle(count);
+    fix(wordsToFix());
+    return settled;
+}
+
+std::vector<SpeechRun> OpenLine::shown() const {
+    Words all = fixedToSettle();
+    all.insert(all.end(), shown_.begin(), shown_.end());
+    return runsOf(all);
+}
+
+OpenLine::Divided OpenLine::divide(std::vector<SpeechRun> words) const {
+    Divided divided;
+    divided.open = withoutRepeats(std::move(words));
+    divided.front = takeFront(divided.open, lengthOfFixed(divided.open));
+    return divided;
+}
+
+OpenLine::Words OpenLine::fixedToSettle() const {
+    return {fixed_.begin() + static_cast<std::ptrdiff_t>(settled_), fixed_.end()};
+}
+
+/// Words that are not settled take over the newest marks, so that sentences end where the newest
+/// guess ends them, and the newest times.
+void OpenLine::updateFixed(const Divided& guess) {
+    for (const auto& [old, now] : commonSubsequence(fixed_, guess.front, sameKey)) {
+        if (old >= settled_)
+            fixed_[old].run = guess.front[now].run;
+    }
+    const Word* next = guess.open.empty() ? nullptr : &guess.open.front();
+    for (std::size_t i = fixed_.size(); i-- > settled_; next = &fixed_[i]) {
+        SpeechRun& run = fixed_[i].run;
+        if (next)
+            run.audioEnd = std::min(run.audioEnd, next->run.audioStart);
+        run.audioStart = std::min(run.audioStart, run.audioEnd);
+    }
 }
 
 void OpenLine::countLooks(const Words& before) {
@@ -142,9 +218,12 @@ void OpenLine::countLooks(const Words& before) {
 }
 
 std::vector<SpeechRun> OpenLine::rest(std::vector<SpeechRun> words) const {
-    Words all = withoutRepeats(std::move(words));
-    const std::size_t known = lengthOfSettled(all);
-    all.erase(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(known));
+    const Divided last = divide(std::move(words));
+    OpenLine updated = *this;
+    if (last_.empty())
+        updated.updateFixed(last);
+    Words all = updated.fixedToSettle();
+    std::ranges::move(Merge(shown_, last.open, true).run(), std::back_inserter(all));
     return runsOf(all);
 }
 
@@ -226,13 +305,13 @@ OpenLine::Joint OpenLine::jointOf(const Words& front, bool beginsInside, const W
     return {place, frontFit[place]};
 }
 
-std::size_t OpenLine::lengthOfSettled(const Words& guess) const {
+std::size_t OpenLine::lengthOfFixed(const Words& guess) const {
     if (!last_.empty()) {
         const Joint joint = jointOf(last_, true, behind(), guess);
         if (joint.frontFit > 0)
             return joint.place;
     }
-    return jointOf(settled_, false, behind(), guess).place;
+    return jointOf(fixed_, false, behind(), guess).place;
 }
 
 OpenLine::Words OpenLine::endOf(const Words& words) {
@@ -250,11 +329,15 @@ std::size_t OpenLine::wordsToSettle(const Words& words, std::size_t shownBefore,
         return 0;
     const auto doubtful = std::ranges::find_if_not(words, &Word::isAgreed);
     const auto agreed = static_cast<std::size_t>(doubtful - words.begin());
+    const std::size_t fixed = fixed_.size() - settled_;
     std::vector<bool> isCertain(words.size());
-    for (const auto& [shown, guessed] : commonSubsequence(words, guess_, sameKey)) {
-        const bool isRepeat = shown > 0 && sameKey(words[shown - 1], words[shown]);
-        isCertain[shown] = shown < agreed && guess_[guessed].looks >= looksToAgree &&
-                           guessed + 1 < guess_.size() && !isRepeat;
+    for (std::size_t i = 0; i < fixed; ++i)
+        isCertain[i] = !repeatsAt(words, i);
+    const Words behindFixed(words.begin() + static_cast<std::ptrdiff_t>(fixed), words.end());
+    for (const auto& [shown, guessed] : commonSubsequence(behindFixed, guess_, sameKey)) {
+        const std::size_t place = fixed + shown;
+        isCertain[place] = place < agreed && guess_[guessed].looks >= looksToAgree &&
+                           guessed + 1 < guess_.size() && !repeatsAt(words, place);
     }
     const double open =
         guess_.back().run.audioEnd.value_or(begin) - settledThrough_.value_or(begin);
@@ -279,20 +362,44 @@ std::size_t OpenLine::wordsToSettle(const Words& words, std::size_t shownBefore,
     return open >= anywhereSeconds && isCertain.back() ? words.size() : 0;
 }
 
+/// How many of the shown words can be fixed. While the line may begin with words of the previous
+/// one, none.
+std::size_t OpenLine::wordsToFix() const {
+    if (!last_.empty())
+        return 0;
+    std::vector<bool> isFirm(shown_.size());
+    for (std::size_t i = 0; i < shown_.size(); ++i)
+        isFirm[i] = isHesitation(shown_[i]);
+    for (const auto& [shown, guessed] : commonSubsequence(shown_, guess_, sameKey)) {
+        isFirm[shown] =
+            guess_[guessed].looks >= looksToFix && guess_.size() - guessed > wordsBehindToFix;
+    }
+    std::size_t count = 0;
+    for (std::size_t i = 0; i < shown_.size() && isFirm[i] && shown_[i].isAgreed; ++i) {
+        if (!repeatsAt(shown_, i) && !isHesitation(shown_[i]))
+            count = i + 1;
+    }
+    return count;
+}
+
+void OpenLine::fix(std::size_t count) {
+    if (count == 0)
+        return;
+    Words front = takeFront(shown_, count);
+    takeFront(guess_, jointOf(front, false, shown_, guess_).place);
+    std::ranges::move(front, std::back_inserter(fixed_));
+}
+
 std::vector<SpeechRun> OpenLine::settle(std::size_t count) {
-    const auto move = [](Words& from, std::size_t words) {
-        const auto end = from.begin() + static_cast<std::ptrdiff_t>(words);
-        Words front(std::make_move_iterator(from.begin()), std::make_move_iterator(end));
-        from.erase(from.begin(), end);
-        return front;
-    };
-    const Words front = move(shown_, count);
-    move(guess_, jointOf(front, false, shown_, guess_).place);
+    if (count == 0)
+        return {};
+    fix(count - std::min(count, fixed_.size() - settled_));
+    const auto begin = fixed_.begin() + static_cast<std::ptrdiff_t>(settled_);
+    const Words front(begin, begin + static_cast<std::ptrdiff_t>(count));
+    settled_ += count;
     for (const Word& word : front)
         settledThrough_ = std::max(settledThrough_, word.run.audioEnd);
-    if (count > 0)
-        last_.clear();
-    settled_.insert(settled_.end(), front.begin(), front.end());
+    last_.clear();
     return runsOf(front);
 }
 

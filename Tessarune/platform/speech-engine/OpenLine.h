@@ -14,7 +14,10 @@ namespace tessarune {
 ///
 /// The engine recognises the whole line again at each pass, and its results differ. New words are
 /// shown once two passes in a row have them, and a shown word stays until two passes agree on
-/// another one; the words after it are unaffected.
+/// another one; the words after it are unaffected. With enough words behind it a shown word is
+/// fixed: from then on it stays as it is, so that a late change does not move a whole line of text.
+/// A hesitation ("um") that is shown stays, and none is inserted between shown words, since the
+/// engine writes them down or not from one pass to the next.
 ///
 /// The front of a long line is settled before its end: at the end of a sentence, later at the end
 /// of a clause, and later still anywhere. Only a text that contains all shown words is settled, so
@@ -35,9 +38,9 @@ class OpenLine {
     std::vector<SpeechRun> look(std::vector<SpeechRun> words, double begin, bool looksAgainSoon);
 
     /// The shown words after the settled ones.
-    std::vector<SpeechRun> shown() const { return runsOf(shown_); }
+    std::vector<SpeechRun> shown() const;
 
-    /// The words of a complete line that are not settled yet.
+    /// The words of a complete line that are not settled yet. Those that are fixed stay.
     std::vector<SpeechRun> rest(std::vector<SpeechRun> words) const;
 
     /// Another line begins.
@@ -68,18 +71,28 @@ class OpenLine {
     /// `beginsInside`: the guess may begin with any word of `front`.
     static Joint jointOf(const Words& front, bool beginsInside, const Words& behind,
                          const Words& guess);
-    std::size_t lengthOfSettled(const Words& guess) const;
+    struct Divided {
+        Words front; ///< what the guess has for the fixed words
+        Words open;
+    };
+    Divided divide(std::vector<SpeechRun> words) const;
+    std::size_t lengthOfFixed(const Words& guess) const;
+    Words fixedToSettle() const;
+    void updateFixed(const Divided& guess);
     static Words endOf(const Words& words);
-    /// The words expected after the settled ones.
+    /// The words expected after the fixed ones.
     const Words& behind() const { return shown_.empty() ? guess_ : shown_; }
     void countLooks(const Words& before);
     std::size_t wordsToSettle(const Words& words, std::size_t shownBefore, double begin) const;
+    std::size_t wordsToFix() const;
+    void fix(std::size_t count);
     std::vector<SpeechRun> settle(std::size_t count);
 
     Words last_; ///< the end of the line before, until words of this one are settled
-    Words settled_;
-    Words guess_; ///< of the last look, behind the settled words
-    Words shown_;
+    Words fixed_;
+    std::size_t settled_ = 0;              ///< of the fixed words, the first so many
+    Words guess_;                          ///< of the last look, behind the fixed words
+    Words shown_;                          ///< behind the fixed words
     std::optional<double> settledThrough_; ///< seconds of the session
 };
 

@@ -111,6 +111,26 @@ TEST(TranscriptReaderTest, FrontOfALongLineIsSettledOnce) {
               Texts{"too much."});
 }
 
+TEST(TranscriptReaderTest, WordsWithManyBehindThemAndHesitationsStay) {
+    TranscriptReader reader(everything);
+    const struct {
+        const char* look;
+        Texts given;
+    } steps[] = {
+        {"um so one two three four five six seven", {}},
+        {"um so one two three four five six seven", {"~um so one two three four five six seven"}},
+        {"um so one two three four five six seven", {}}, // two are fixed
+        {"um sew won two three four uh five six heaven", {}},
+        {"so won two three four uh five six heaven", {"~um so won two three four five six heaven"}},
+        {"So, won two three four uh five six heaven",
+         {"~um So, won two three four five six heaven"}},
+    };
+    for (const auto& step : steps)
+        EXPECT_EQ(read(reader, {line(step.look, false)}, true), step.given) << step.look;
+    EXPECT_EQ(read(reader, {line("Sew, one, two three four uh five sick heaven. Um", true)}),
+              Texts{"um So, won two three four five sick heaven. Um"});
+}
+
 TEST(TranscriptReaderTest, WordsAreNotSaidAgainAndAgain) {
     for (const auto& [said, kept] :
          {std::pair{"but then then then then then we", "but then then then we"},
