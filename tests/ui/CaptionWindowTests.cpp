@@ -319,6 +319,28 @@ TEST_F(CaptionWindowTests, ANoticeIsReadToItsEndInASmallWindow) {
     EXPECT_LE(notice->width(), window.width());
 }
 
+TEST_F(CaptionWindowTests, LargeTypeInALowWindowLosesItsMarginsBeforeTheNewestLine) {
+    captions.settings.sourceFontSize = 96;
+    captions.settings.translationFontSize = 72;
+    captions.window->window().resize(940, 240);
+    captions.settle("Before.", "之前。");
+    captions.settle("Newest.");
+    captions.publish();
+    const auto newest = [&] {
+        QQuickItem* row = nullptr;
+        QMetaObject::invokeMethod(list(), "itemAtIndex", Q_RETURN_ARG(QQuickItem*, row),
+                                  Q_ARG(int, 1));
+        return row;
+    };
+    const auto isWhole = [&] {
+        const QQuickItem* const row = newest();
+        const double top = row ? row->mapToScene({0, 0}).y() : -1;
+        return row && row->opacity() == 1 && top >= 0 &&
+               top + row->property("sourceItem").value<QQuickItem*>()->height() <= 240;
+    };
+    EXPECT_TRUE(runUntil(isWhole)) << newest()->mapToScene({0, 0}).y();
+}
+
 TEST_F(CaptionWindowTests, ReturnsToItsPlaceAndToNoneThatIsOutOfReach) {
     const QRect place(40, 30, 500, 250);
     captions.window->window().setGeometry(place);

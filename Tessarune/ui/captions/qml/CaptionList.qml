@@ -9,6 +9,9 @@ Item {
     required property CaptionStageModel stage
     required property CaptionRowsModel rows
     required property bool outlined
+    // The highest that this list can get.
+    required property real mostHeight
+    property real newestHeight: 0
     property alias reviewing: follow.reviewing
     property alias selection: marked
     // Rows that glide up come from here.
@@ -42,6 +45,8 @@ Item {
             selection: marked
             isPrimary: index >= root.rows.firstPrimary
             isReviewing: follow.reviewing
+            mostHeight: root.mostHeight
+            onNewestChanged: height => root.newestHeight = height
             fromTop: y - list.contentY - root.room + follow.glide
             belowEnd: fromTop + height - root.height
         }

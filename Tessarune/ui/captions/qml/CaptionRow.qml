@@ -13,12 +13,14 @@ Item {
     // The top of the row, and how far its bottom is below the visible part of the list.
     required property real fromTop
     required property real belowEnd
+    required property real mostHeight
     required property int index
     required property string source
     required property string translation
     required property bool ghost
     required property bool growing
     property real fade: 1
+    signal newestChanged(real height)
 
     readonly property bool isNewest: index + 1 === ListView.view?.count
     readonly property bool hasSource: source !== ""
@@ -36,7 +38,10 @@ Item {
     width: ListView.view ? ListView.view.width : 0
     height: sourceText.shownHeight + gap + translationText.shownHeight + spacing
     // Lines that scroll out fade instead of being cut; the newest may be higher than the list.
-    opacity: fade * Math.max(0, Math.min(1, (fromTop / height + (isNewest ? 0.8 : 0.6)) / (isNewest ? 0.6 : 0.5), 1.2 - belowEnd / height))
+    opacity: fade * Math.max(0, Math.min(1, isNewest ? 1 : (fromTop / height + 0.6) / 0.5, 1.2 - belowEnd / height))
+    onHeightChanged: if (isNewest) newestChanged(height)
+    onIsNewestChanged: if (isNewest) newestChanged(height)
+    Component.onCompleted: if (isNewest) newestChanged(height)
 
     SelectionMarks {
         selection: root.selection
@@ -79,8 +84,10 @@ Item {
         id: translationText
 
         // Space for one line is reserved, so that nothing moves when the translation arrives.
-        readonly property real shownHeight: root.isBilingual || !root.hasSource
-                                            ? Math.max(implicitHeight, metrics.lineSpacing * lineHeight) : 0
+        readonly property real oneLine: metrics.lineSpacing * lineHeight
+        readonly property bool hasPlace: root.isBilingual
+                                         ? text !== "" || sourceText.shownHeight + root.gap + oneLine <= root.mostHeight : !root.hasSource
+        readonly property real shownHeight: hasPlace ? Math.max(implicitHeight, oneLine) : 0
 
         visible: text !== ""
         y: root.isBilingual && !root.translationFirst ? sourceText.shownHeight + root.gap : 0

@@ -11,6 +11,9 @@ Item {
     readonly property bool reviewing: sourceList.reviewing || translationList.reviewing
     readonly property bool isSplit: !stage.isBilingual && stage.translates
     readonly property real seam: isSplit ? 29 : 0
+    // Space below the captions, and the place of a translation to come, give way to the newest row.
+    readonly property real mostHeight: isSplit ? (height - 28 - seam) / 2 : height - 28
+    readonly property real neededHeight: isSplit ? 2 * Math.max(sourceList.newestHeight, translationList.newestHeight) + seam : sourceList.newestHeight
     readonly property real blockHeight: isSplit ? (captions.height - seam) / 2 : captions.height
 
     readonly property string selectedText: sourceList.selection.text !== "" ? sourceList.selection.text : translationList.selection.text
@@ -65,7 +68,7 @@ Item {
             top: parent.top
             topMargin: 14
             bottom: parent.bottom
-            bottomMargin: Math.max(14, Math.min(root.stage.bottomPadding, root.height / 3))
+            bottomMargin: Math.max(14, Math.min(root.stage.bottomPadding, root.height / 3, root.height - 14 - root.neededHeight))
         }
         opacity: root.stage.presentation === "content" ? 1 : 0
         visible: opacity > 0
@@ -84,6 +87,7 @@ Item {
             stage: root.stage
             rows: root.stage.rows
             outlined: root.outlined
+            mostHeight: root.mostHeight
         }
 
         Rectangle {
@@ -105,6 +109,7 @@ Item {
             stage: root.stage
             rows: root.stage.translations
             outlined: root.outlined
+            mostHeight: root.mostHeight
         }
     }
 
