@@ -124,8 +124,14 @@ void ApplicationInterface::Activate(const QVariantMap& platformData) {
 void ApplicationInterface::Open(const QStringList& uris, const QVariantMap& platformData) {
     takeActivation(platformData);
     InstanceRequest request;
-    for (const QString& uri : uris)
-        request.files.push_back(QUrl(uri).toLocalFile().toStdString());
+    for (const QString& uri : uris) {
+        const QUrl url(uri);
+        // A name cannot hold a zero byte, with which an address may begin another one.
+        const QString file = url.toLocalFile();
+        request.files.push_back(url.isLocalFile() && !file.contains(QChar::Null)
+                                    ? file.toStdString()
+                                    : uri.toStdString());
+    }
     instance_.receive(std::move(request));
 }
 

@@ -88,6 +88,13 @@ void DesktopListening::stop(const LiveSessionControlTrigger& trigger) {
 }
 
 void DesktopListening::captionFile(const std::filesystem::path& file) {
+    // What is heard now goes on if the file cannot be.
+    if (const std::string problem = DesktopSound::problemOf(file); !problem.empty()) {
+        environment_.notices.tell(problem);
+        if (!hasSound_)
+            connect();
+        return;
+    }
     want({.file = file, .starts = true});
 }
 

@@ -11,7 +11,7 @@ namespace tessarune {
 
 namespace {
 
-Task<std::string> problemOf(Task<void> connecting) {
+Task<std::string> outcomeOf(Task<void> connecting) {
     std::string problem;
     try {
         co_await connecting;
@@ -32,6 +32,19 @@ std::string textOf(const std::exception_ptr& failure) {
 }
 
 } // namespace
+
+std::string DesktopSound::problemOf(const std::filesystem::path& file) {
+    std::error_code unknown;
+    const auto kind = std::filesystem::status(file, unknown).type();
+    if (kind == std::filesystem::file_type::fifo || kind == std::filesystem::file_type::character)
+        return {};
+    try {
+        openFFmpegMediaFile(file);
+        return {};
+    } catch (const std::exception& error) {
+        return error.what();
+    }
+}
 
 void DesktopSound::playFile(const std::filesystem::path& file) {
     const FileSoundServer::Media media{openAwaitedFFmpegMediaFile, makeSwresampleConverter};
@@ -54,7 +67,7 @@ void DesktopSound::listenToComputer() {
 Task<std::string> DesktopSound::connectOrSay() {
     for (;;) {
         const unsigned turn = turn_;
-        Task<std::string> trying = problemOf(connect(Executor::main(host_)));
+        Task<std::string> trying = outcomeOf(connect(Executor::main(host_)));
         std::string problem = co_await trying;
         if (turn == turn_)
             co_return problem;

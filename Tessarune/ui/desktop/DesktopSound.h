@@ -24,6 +24,8 @@ class DesktopSound final : public SoundServer {
     /// text that says why. Main queue.
     std::function<void(const std::string& problem)> onFileEnded;
 
+    /// Why a file cannot be heard; empty: it can, or is a pipe, of which only its sound tells.
+    static std::string problemOf(const std::filesystem::path& file);
     /// Switches to a file, once connected. No stream may be open.
     void playFile(const std::filesystem::path& file);
     /// Switches back to the computer. No stream may be open.
