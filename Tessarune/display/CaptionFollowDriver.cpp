@@ -266,6 +266,9 @@ void CaptionFollowDriver::scheduleFollowSync() {
 void CaptionFollowDriver::followSync() {
     followSyncScheduled_ = false;
     const auto geometry = view_.geometry();
+    // Nothing is hidden any more: the captions were cleared, or the next session began.
+    if (geometry && !geometry->overflowing() && !userLiveScrollActive_)
+        setPinned(true, "contentFits");
     if (!isPinned_ || !geometry)
         return;
     const double jump = scrollToBottom();

@@ -89,14 +89,14 @@ TEST_F(CaptionFollowDriverTests, FollowsNewRowsOnlyWhileItIsPinned) {
     host.advanceBy(0.001);
     EXPECT_EQ(list.clipY, 940);
     EXPECT_EQ(list.scrolls, 1) << "a burst is one movement";
-    scroll({300});
+    scroll({300}, true);
     const double readingAt = list.clipY;
     grow(50);
     host.advanceBy(0.1);
     EXPECT_EQ(list.clipY, readingAt);
-    list.documentHeight = 80; // everything was cleared
-    list.clipY = 30;
-    scroll({30});
+    EXPECT_FALSE(driver.isPinned());
+    grow(80 - list.documentHeight); // everything was cleared
+    host.advanceBy(0.1);
     EXPECT_TRUE(driver.isPinned()) << "a list that does not overflow";
 }
 
