@@ -18,7 +18,9 @@ struct FixedKeys {
 std::vector<FixedKeys> fixedKeys() {
     return {{QKeySequence(Qt::CTRL | Qt::Key_Q), localizationKey("退出 Tessarune")},
             {QKeySequence(Qt::CTRL | Qt::Key_Comma), localizationKey("设置")},
-            {QKeySequence(Qt::SHIFT | Qt::Key_F10), localizationKey("打开菜单")}};
+            {QKeySequence(Qt::SHIFT | Qt::Key_F10), localizationKey("打开菜单")},
+            {QKeySequence(Qt::CTRL | Qt::Key_A), localizationKey("全选")},
+            {QKeySequence(Qt::CTRL | Qt::Key_F), localizationKey("搜索历史记录")}};
 }
 
 bool isModifier(int key) {
