@@ -28,6 +28,13 @@ CaptionAnnouncer::CaptionAnnouncer(const CaptionWindowEnvironment& environment,
     };
     observations_.followChanges(environment_.notice, announceTrouble);
     observations_.followChanges(environment_.session.presentedError, announceTrouble);
+    observations_.followChanges(
+        environment_.session.status, [announceTrouble](const SessionStatus& status) {
+            using Kind = SessionStatus::Kind;
+            if (status.kind == Kind::interrupted || status.kind == Kind::compressionFailed ||
+                status.kind == Kind::transcriptNotSaved)
+                announceTrouble(status.text());
+        });
 }
 
 void CaptionAnnouncer::announceNewest() {

@@ -3,6 +3,7 @@
 #include "Tessarune/ui/captions/CaptionFollow.h"
 #include "Tessarune/ui/captions/CaptionSelection.h"
 #include "Tessarune/ui/captions/StreamingText.h"
+#include "Tessarune/ui/controls/Controls.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -21,6 +22,7 @@ namespace tessarune {
 void CaptionWindow::registerTypes() {
     static const bool once = [] {
         useCaptionFiles();
+        registerControls();
         qmlRegisterType<CaptionFollow>("Tessarune", 1, 0, "CaptionFollow");
         qmlRegisterType<CaptionSelection>("Tessarune", 1, 0, "CaptionSelection");
         qmlRegisterUncreatableType<CaptionHearingModel>("Tessarune", 1, 0, "CaptionHearingModel",

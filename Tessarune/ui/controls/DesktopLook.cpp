@@ -10,6 +10,8 @@ namespace tessarune {
 
 namespace {
 
+/// The application's, so that all objects of this class see it.
+constexpr const char* motionProperty = "reducesMotion";
 constexpr double smallestBody = 12;
 constexpr double largestBody = 40;
 
@@ -30,9 +32,18 @@ double DesktopLook::bodyPixels() const {
     return std::clamp(pixels, smallestBody, largestBody);
 }
 
+bool DesktopLook::reducesMotion() const {
+    return QGuiApplication::instance()->property(motionProperty).toBool();
+}
+
+void DesktopLook::setReducesMotion(bool reduces) {
+    QGuiApplication::instance()->setProperty(motionProperty, reduces);
+}
+
 bool DesktopLook::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::ApplicationPaletteChange ||
-        event->type() == QEvent::ApplicationFontChange)
+        event->type() == QEvent::ApplicationFontChange ||
+        (event->type() == QEvent::DynamicPropertyChange && watched == QGuiApplication::instance()))
         Q_EMIT changed();
     return QObject::eventFilter(watched, event);
 }

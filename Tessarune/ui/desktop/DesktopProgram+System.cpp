@@ -1,4 +1,5 @@
 #include "Tessarune/platform/qt-desktop/X11Desktop.h"
+#include "Tessarune/ui/controls/DesktopLook.h"
 #include "Tessarune/ui/desktop/DesktopProgram.h"
 #include "TessaruneCore/text/Localization.h"
 
@@ -11,7 +12,8 @@ namespace tessarune {
 void DesktopProgram::watchSystem() {
     QObject::connect(qGuiApp, &QGuiApplication::lastWindowClosed, &host_,
                      [this] { endIfUnreachable(); });
-    watchRecordings();
+    observations_.follow(motion_.isReduced,
+                         [this] { DesktopLook::setReducesMotion(*motion_.isReduced); });
     shortcuts_.emplace(window_->commands(), window_->window());
     screenshots_.emplace(ScreenshotService::Environment{
         host_, application_.files, application_.settings, application_.notifications,

@@ -41,17 +41,24 @@ MouseArea {
 
         x: Math.max(6, Math.min(root.wanted.x, root.width - width - 6))
         y: Math.max(6, Math.min(root.wanted.y, root.height - height - 6))
-        width: Math.min(320, root.width - 12)
+        width: Math.min(Math.round(Theme.body * 24), root.width - 12)
         height: Math.min(list.contentHeight + 12, root.height - 12)
         radius: 12
         color: "#2a2a2e"
         border.color: "#2effffff"
         border.width: 1
 
+        // Beside an entry, or on one that cannot be used.
+        MouseArea {
+            anchors.fill: parent
+        }
+
         ListView {
             id: list
 
             objectName: "menu"
+            Accessible.role: Accessible.PopupMenu
+            Accessible.name: "Tessarune"
             anchors { fill: parent; margins: 6 }
             clip: true
             model: root.commands
@@ -92,7 +99,7 @@ MouseArea {
                     id: item
                     y: line.height
                     width: parent.width
-                    height: 26
+                    height: Math.round(Theme.body * 1.95)
                     label: entry.text
                     keysText: entry.keysText
                     isOn: entry.checked

@@ -13,7 +13,7 @@ Item {
     required property bool shown
     required property real roomBelow
     readonly property bool menuOpen: sources.visible
-    readonly property real size: toolbar.isCompact ? 26 : 34
+    readonly property real size: Math.round(Theme.body * (toolbar.isCompact ? 2 : 2.6))
     signal closeRequested
 
     height: size + 18
@@ -21,6 +21,7 @@ Item {
     visible: opacity > 0
 
     Behavior on opacity {
+        enabled: !Theme.reducesMotion
         NumberAnimation { duration: 160 }
     }
 
@@ -156,6 +157,7 @@ Item {
         height: Math.min(implicitHeight, root.roomBelow)
         names: root.toolbar.sources
         current: root.toolbar.currentSource
+        title: root.toolbar.sourceText
         onChosen: index => {
             visible = false;
             root.toolbar.selectSource(index);

@@ -105,6 +105,7 @@ Window {
             }
 
             Behavior on opacity {
+                enabled: !Theme.reducesMotion
                 NumberAnimation { duration: 160 }
             }
         }

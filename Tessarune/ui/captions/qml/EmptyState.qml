@@ -1,4 +1,5 @@
 import QtQuick
+import Tessarune
 
 // Why there are no captions, and what to do.
 Column {
@@ -65,7 +66,7 @@ Column {
         text: root.title
         textFormat: Text.PlainText
         color: root.color
-        font.pixelSize: 22
+        font.pixelSize: Theme.title
         font.weight: Font.Medium
     }
 
@@ -77,6 +78,6 @@ Column {
         textFormat: Text.PlainText
         color: root.color
         opacity: 0.66
-        font.pixelSize: 15
+        font.pixelSize: Theme.heading
     }
 }

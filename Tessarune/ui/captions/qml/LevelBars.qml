@@ -1,4 +1,5 @@
 import QtQuick
+import Tessarune
 
 // How loud it is.
 Row {
@@ -23,6 +24,7 @@ Row {
             color: root.isListening ? "#4fd07f" : "#77777c"
 
             Behavior on height {
+                enabled: !Theme.reducesMotion
                 NumberAnimation { duration: 90 }
             }
         }

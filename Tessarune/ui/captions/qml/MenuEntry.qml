@@ -1,4 +1,5 @@
 import QtQuick
+import Tessarune
 
 // An entry of a menu: whether it is on, what it does, and the keys that do the same.
 Rectangle {
@@ -11,11 +12,15 @@ Rectangle {
     property bool isAvailable: true
     signal activated
 
-    height: 32
+    height: Math.round(Theme.body * 2.4)
+    enabled: isAvailable
     radius: 8
     color: isAvailable && (area.containsMouse || isCurrent) ? "#29ffffff" : "transparent"
     Accessible.role: Accessible.MenuItem
     Accessible.name: label
+    Accessible.checkable: isOn
+    Accessible.checked: isOn
+    Accessible.focused: isCurrent
     Accessible.onPressAction: if (isAvailable) activated()
 
     Icon {
@@ -33,7 +38,7 @@ Rectangle {
         text: root.label
         textFormat: Text.PlainText
         color: root.isAvailable ? "#f2f2f4" : "#8a8a90"
-        font.pixelSize: 14
+        font.pixelSize: Math.round(Theme.body * 1.08)
     }
 
     Text {
@@ -42,7 +47,7 @@ Rectangle {
         text: root.keysText
         textFormat: Text.PlainText
         color: "#a8a8ae"
-        font.pixelSize: 13
+        font.pixelSize: Theme.body
     }
 
     MouseArea {

@@ -1,4 +1,5 @@
 import QtQuick
+import Tessarune
 
 // A short message, with something to do about it or without.
 Rectangle {
@@ -27,7 +28,7 @@ Rectangle {
         visible: false
         text: root.text
         textFormat: Text.PlainText
-        font.pixelSize: 14
+        font.pixelSize: Math.round(Theme.body * 1.08)
     }
 
     Row {
@@ -45,7 +46,7 @@ Rectangle {
             color: root.isTrouble ? "#ff8a75" : "#f2c14e"
 
             SequentialAnimation on opacity {
-                running: root.isBusy && root.visible
+                running: root.isBusy && root.visible && !Theme.reducesMotion
                 loops: Animation.Infinite
                 alwaysRunToEnd: true
                 NumberAnimation { to: 0.3; duration: 500; easing.type: Easing.InOutQuad }
@@ -64,7 +65,7 @@ Rectangle {
             text: root.text
             textFormat: Text.PlainText
             color: "#f2f2f4"
-            font.pixelSize: 14
+            font.pixelSize: Math.round(Theme.body * 1.08)
         }
 
         Text {
@@ -75,7 +76,7 @@ Rectangle {
             text: root.action
             textFormat: Text.PlainText
             color: area.containsMouse ? "#a9d2ff" : "#7db8ff"
-            font.pixelSize: 14
+            font.pixelSize: Math.round(Theme.body * 1.08)
             font.weight: Font.Medium
             font.underline: activeFocus
             activeFocusOnTab: visible

@@ -1,4 +1,5 @@
 import QtQuick
+import Tessarune
 
 // What is heard, and how loud it is.
 Rectangle {
@@ -45,7 +46,7 @@ Rectangle {
             text: root.name
             textFormat: Text.PlainText
             color: "#e6e6ea"
-            font.pixelSize: 14
+            font.pixelSize: Math.round(Theme.body * 1.08)
         }
 
         Icon {

@@ -1,4 +1,5 @@
 import QtQuick
+import Tessarune
 
 // The sources to choose from.
 Rectangle {
@@ -6,10 +7,11 @@ Rectangle {
 
     required property var names
     required property int current
+    required property string title
     signal chosen(int index)
     signal dismissed
 
-    implicitWidth: 320
+    implicitWidth: Math.round(Theme.body * 24)
     implicitHeight: list.contentHeight + 12
     width: implicitWidth
     radius: 12
@@ -22,6 +24,8 @@ Rectangle {
     ListView {
         id: list
 
+        Accessible.role: Accessible.PopupMenu
+        Accessible.name: root.title
         anchors { fill: parent; margins: 6 }
         clip: true
         model: root.names

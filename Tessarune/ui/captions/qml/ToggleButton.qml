@@ -1,4 +1,5 @@
 import QtQuick
+import Tessarune
 
 // Starts and stops a session, and shows how long it has lasted.
 Rectangle {
@@ -46,7 +47,7 @@ Rectangle {
             text: root.text
             textFormat: Text.PlainText
             color: "#f2f2f4"
-            font.pixelSize: 14
+            font.pixelSize: Math.round(Theme.body * 1.08)
             font.weight: Font.Medium
         }
 
@@ -56,7 +57,7 @@ Rectangle {
             text: root.duration
             textFormat: Text.PlainText
             color: "#b8b8bd"
-            font.pixelSize: 14
+            font.pixelSize: Math.round(Theme.body * 1.08)
         }
     }
 

@@ -1,4 +1,5 @@
 import QtQuick
+import Tessarune
 
 // A button with an icon; its text shows when the pointer rests on it.
 Rectangle {
@@ -32,7 +33,7 @@ Rectangle {
         visible: rest.hasRested && area.containsMouse
         anchors { top: parent.bottom; topMargin: 4; right: parent.right }
         width: hint.width + 18
-        height: 28
+        height: hint.height + 12
         radius: 8
         color: "#fa2a2a2e"
         border.color: "#2effffff"
@@ -44,7 +45,7 @@ Rectangle {
             text: root.text
             textFormat: Text.PlainText
             color: "#f2f2f4"
-            font.pixelSize: 13
+            font.pixelSize: Theme.body
         }
     }
 

@@ -24,7 +24,7 @@ T.ProgressBar {
             color: Theme.accent
 
             SequentialAnimation on x {
-                running: root.indeterminate && root.visible
+                running: root.indeterminate && root.visible && !Theme.reducesMotion
                 loops: Animation.Infinite
                 onRunningChanged: if (!running) done.x = 0
                 NumberAnimation { from: 0; to: root.width * 0.7; duration: 900; easing.type: Easing.InOutQuad }

@@ -2,11 +2,12 @@ pragma Singleton
 import QtQuick
 import Tessarune.Desktop
 
-// Colours and sizes of every window but the captions', which have the user's own. Texts have a
+// Colours and sizes of every window; the captions have the user's own. Texts have a
 // contrast of at least 4.5 on what they stand on.
 QtObject {
     readonly property DesktopLook look: DesktopLook {}
     readonly property bool isDark: look.isDark
+    readonly property bool reducesMotion: look.reducesMotion
 
     readonly property color window: isDark ? "#1b1b1e" : "#f5f5f7"
     readonly property color side: isDark ? "#151517" : "#ebebef"

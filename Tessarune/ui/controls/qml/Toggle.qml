@@ -33,6 +33,7 @@ T.Switch {
             color: root.checked ? Theme.overAccent : Theme.edge
 
             Behavior on x {
+                enabled: !Theme.reducesMotion
                 NumberAnimation { duration: 90 }
             }
         }
