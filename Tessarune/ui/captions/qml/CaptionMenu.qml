@@ -41,7 +41,7 @@ MouseArea {
 
         x: Math.max(6, Math.min(root.wanted.x, root.width - width - 6))
         y: Math.max(6, Math.min(root.wanted.y, root.height - height - 6))
-        width: Math.min(Math.round(Theme.body * 24), root.width - 12)
+        width: Math.min(Math.round(Theme.body * 27), root.width - 12)
         height: Math.min(list.contentHeight + 12, root.height - 12)
         radius: 12
         color: "#2a2a2e"

@@ -11,7 +11,7 @@ Rectangle {
     signal chosen(int index)
     signal dismissed
 
-    implicitWidth: Math.round(Theme.body * 24)
+    implicitWidth: Math.round(Theme.body * 27)
     implicitHeight: list.contentHeight + 12
     width: implicitWidth
     radius: 12
