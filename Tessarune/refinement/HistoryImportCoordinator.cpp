@@ -120,9 +120,10 @@ void HistoryImportCoordinator::requireSound(const std::filesystem::path& source)
                              localized("%@ is not a file with anything in it", {source.string()}));
     environment_.openMedia(source);
     const std::uint64_t needed = files.size(source) + roomForTheRest;
-    if (files.freeSpace(environment_.catalog.paths().recordings()) < needed)
+    const std::filesystem::path recordings = environment_.catalog.paths().recordings();
+    if (files.freeSpace(recordings) < needed)
         throw std::system_error(std::make_error_code(std::errc::no_space_on_device),
-                                source.string());
+                                recordings.string());
 }
 
 RecordingMetadata HistoryImportCoordinator::copy(const std::filesystem::path& source,
