@@ -221,6 +221,7 @@ void parseWords(CLI::App& app, const std::vector<std::string>& words) {
             option->transform(withoutMark);
     }
     std::vector<const char*> pointers;
+    pointers.reserve(words.size());
     for (const std::string& word : words)
         pointers.push_back(word.c_str());
     app.parse(static_cast<int>(pointers.size()), pointers.data());
