@@ -50,6 +50,15 @@ TEST_F(HistoryWindowTests, TheListFollowsTheCatalogAndASearch) {
     EXPECT_TRUE(runUntil([&] { return titles() == "Third day more|"; })) << titles();
     model().setQuery({});
     EXPECT_EQ(model().list()->count(), 3);
+
+    // Another program saves a text, and then its list.
+    const UUID foreign = history.add(5, "");
+    model().select(foreign);
+    ASSERT_TRUE(runUntil([&] { return model().detail()->hint() != ""; }));
+    history.catalog.saveTranscript("Of another program", foreign);
+    history.notifications.post(NotificationName::recordingCatalogDidChange);
+    EXPECT_TRUE(runUntil([&] { return model().detail()->hasText(); }));
+    EXPECT_TRUE(runUntil([&] { return titles().starts_with("Of another program|"); })) << titles();
 }
 
 TEST_F(HistoryWindowTests, KeysChooseDeleteAndTakeBack) {

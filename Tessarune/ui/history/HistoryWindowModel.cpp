@@ -67,6 +67,8 @@ void HistoryWindowModel::listUpdated() {
     if (draft_ && detail_.recording() && detail_.recording()->id != current_)
         setNote(*draft_);
     detail_.show(item ? std::optional(*item) : std::nullopt);
+    if (!detail_.hasText()) // another program may have saved it meanwhile
+        detail_.readTranscript();
     Q_EMIT currentRowChanged();
     Q_EMIT emptyChanged();
 }

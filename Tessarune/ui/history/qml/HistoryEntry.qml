@@ -57,7 +57,7 @@ Rectangle {
                 color: Theme.trouble
             }
             Label {
-                text: root.time + "  ·  " + root.duration
+                text: [root.time, root.duration].filter(part => part !== "").join("  ·  ")
                 color: Theme.quiet
                 font.pixelSize: Theme.small
                 Accessible.ignored: true
