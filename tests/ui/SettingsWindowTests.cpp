@@ -174,7 +174,7 @@ TEST_F(SettingsWindowTests, KeysThatDoTwoThingsAreTold) {
     press(Qt::Key_F, Qt::ControlModifier); // the window's own key while no command takes it
     EXPECT_EQ(*settings.settings.shortcutToggleRecord.keyCode, 3);
     EXPECT_EQ(conflicts(), std::vector<int>{0}) << "it searches the history";
-    press(Qt::Key_Q, Qt::ControlModifier); // ends the program, and always will
+    press(Qt::Key_Q, Qt::ControlModifier); // always quits the program
     EXPECT_EQ(conflicts(), std::vector<int>{0});
     press(Qt::Key_VolumeUp, Qt::NoModifier);
     EXPECT_NE(shortcuts.data(shortcuts.index(0), ShortcutsModel::ProblemRole), "");
