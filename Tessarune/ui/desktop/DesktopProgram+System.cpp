@@ -14,6 +14,7 @@ void DesktopProgram::watchSystem() {
                      [this] { endIfUnreachable(); });
     observations_.follow(motion_.isReduced,
                          [this] { DesktopLook::setReducesMotion(*motion_.isReduced); });
+    watchRecordings();
     shortcuts_.emplace(window_->commands(), window_->window());
     screenshots_.emplace(ScreenshotService::Environment{
         host_, application_.files, application_.settings, application_.notifications,
