@@ -58,8 +58,15 @@ void DesktopProgram::watchSystem() {
 void DesktopProgram::watchRecordings() {
     try {
         application_.files.createDirectories(application_.paths.appSupportBase());
-        recordingsWatch_.emplace(application_.paths.recordingIndex(), host_, [this] {
+        const auto tell = [this] {
             application_.notifications.post(NotificationName::recordingCatalogDidChange);
+        };
+        recordingsWatch_.emplace(application_.paths.recordingIndex(), host_, [this, tell] {
+            tell();
+            // The texts of a session follow its entry within moments.
+            constexpr double textsSeconds = 2;
+            recordingsLook_.cancel();
+            recordingsLook_ = host_.after(textsSeconds, tell);
         });
     } catch (const std::exception& error) {
         application_.logger.important("recordings.watch.failed",

@@ -106,6 +106,7 @@ class DesktopProgram {
     DesktopWindows windows_;
     std::unique_ptr<DesktopWelcome> welcome_; // on the first start
     std::optional<FileWatch> recordingsWatch_;
+    DelayedCall recordingsLook_;
     bool isEnding_ = false;
     Observations observations_;
 };
