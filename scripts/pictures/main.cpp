@@ -1,12 +1,13 @@
-// Draws the caption and the history window in every state, and the settings window pane by pane,
-// into PNG files: caption-gallery FOLDER [LOCALE]. Puts the pictures of all folders below one on a
-// sheet: caption-gallery --sheet FOLDER
+// Draws the caption and the history window and the first page in every state, and the settings
+// window pane by pane, into PNG files: caption-gallery FOLDER [LOCALE]. Puts the pictures of all
+// folders below one on a sheet: caption-gallery --sheet FOLDER
 
 #include "Tessarune/shell/StringTables.h"
 #include "Tessarune/ui/captions/CaptionFonts.h"
 #include "scripts/pictures/HistoryPictures.h"
 #include "tests/ui/StagedCaptions.h"
 #include "tests/ui/StagedSettings.h"
+#include "tests/ui/StagedWelcome.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -230,6 +231,23 @@ bool drawSettings(const QString& folder, bool isDark) {
     return true;
 }
 
+/// The page of the first start: what is asked, a download, and the sample's captions.
+bool drawWelcome(const QString& folder, const QString& suffix) {
+    StagedWelcome page;
+    page.open();
+    talk(page.captions);
+    page.captions.publish();
+    const auto saved = [&](const char* what) {
+        runFor(400);
+        return save(page.window->window(), folder + "/welcome-" + what + "-" + suffix + ".png");
+    };
+    bool isDrawn = saved("ask");
+    page.press("begin");
+    isDrawn = saved("download") && isDrawn;
+    page.models.succeeds.resume(true);
+    return saved("sample") && isDrawn;
+}
+
 bool draw(const Picture& picture, SubtitleLayoutMode layout, const QString& file) {
     StagedCaptions captions;
     captions.settings.smoothPaceMS = 60;
@@ -256,7 +274,8 @@ int drawAll(const QString& folder) {
         }
     }
     const bool isDrawn = drawSettings(folder, true) && drawHistory(folder, "dark", save) &&
-                         drawSettings(folder, false) && drawHistory(folder, "light", save);
+                         drawWelcome(folder, "dark") && drawSettings(folder, false) &&
+                         drawHistory(folder, "light", save) && drawWelcome(folder, "light");
     return isDrawn ? 0 : 1;
 }
 

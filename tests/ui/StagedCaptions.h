@@ -25,34 +25,36 @@ class StagedCaptions {
     }
     ~StagedCaptions() { window.reset(); }
 
+    CaptionWindowEnvironment environment() {
+        return {.host = host,
+                .settings = settings,
+                .session = session,
+                .soundName = soundName,
+                .notice = notice,
+                .store = defaults,
+                .commands = {
+                    .toggleListening = [this](const auto&) { asked.emplace_back("toggle"); },
+                    .selectSource =
+                        [this](const AudioSource& source) { asked.push_back(source.logName()); },
+                    .refreshInputDevices = asks("refresh"),
+                    .retryTranslation = asks("retry"),
+                    .clearCaptions = asks("clear"),
+                    .visibleText =
+                        [] {
+                            return TranscriptSnapshot{"Said.", "Said.\n说过。"};
+                        },
+                    .dismissNotice = [this] { notice = std::string(); },
+                    .close = asks("close"),
+                    .toggleWindow = asks("toggleWindow"),
+                    .quit = asks("quit"),
+                    .showHistory = asks("history"),
+                    .showSettings =
+                        [this](const std::string& pane) { asked.push_back("settings " + pane); }},
+                .secondsBehind = [this] { return secondsBehind; },
+                .reducesMotion = reducesMotion};
+    }
     void open() {
-        window = std::make_unique<CaptionWindow>(CaptionWindowEnvironment{
-            .host = host,
-            .settings = settings,
-            .session = session,
-            .soundName = soundName,
-            .notice = notice,
-            .store = defaults,
-            .commands = {
-                .toggleListening = [this](const auto&) { asked.emplace_back("toggle"); },
-                .selectSource =
-                    [this](const AudioSource& source) { asked.push_back(source.logName()); },
-                .refreshInputDevices = asks("refresh"),
-                .retryTranslation = asks("retry"),
-                .clearCaptions = asks("clear"),
-                .visibleText =
-                    [] {
-                        return TranscriptSnapshot{"Said.", "Said.\n说过。"};
-                    },
-                .dismissNotice = [this] { notice = std::string(); },
-                .close = asks("close"),
-                .toggleWindow = asks("toggleWindow"),
-                .quit = asks("quit"),
-                .showHistory = asks("history"),
-                .showSettings =
-                    [this](const std::string& pane) { asked.push_back("settings " + pane); }},
-            .secondsBehind = [this] { return secondsBehind; },
-            .reducesMotion = reducesMotion});
+        window = std::make_unique<CaptionWindow>(environment());
         window->show();
         runUntil([this] { return window->window().property("isComplete").toBool(); });
     }

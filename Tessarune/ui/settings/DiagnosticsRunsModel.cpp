@@ -38,7 +38,10 @@ std::string runAbout(const DiagnosticsRunContents& run) {
         parts.push_back(localized("未完成"));
     if (run.isFinished)
         parts.push_back(localized("%lld 行", {std::to_string(run.committedSegments)}));
-    parts.push_back(QLocale().formattedDataSize(static_cast<qint64>(run.bytes()), 1).toStdString());
+    parts.push_back(
+        QLocale()
+            .formattedDataSize(static_cast<qint64>(run.bytes()), 1, QLocale::DataSizeSIFormat)
+            .toStdString());
     if (run.lostRecords > 0)
         parts.push_back(localized("丢失 %lld 条记录", {std::to_string(run.lostRecords)}));
     return Text::joined(parts, " · ");

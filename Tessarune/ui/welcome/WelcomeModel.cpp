@@ -28,7 +28,9 @@ std::vector<TranslationLanguageState> offered(const TranslationLanguages& langua
 std::string sizeText(std::uint64_t bytes) {
     if (bytes == 0)
         return localized("（大小待查）");
-    return QLocale().formattedDataSize(static_cast<qint64>(bytes), 0).toStdString();
+    return QLocale()
+        .formattedDataSize(static_cast<qint64>(bytes), 0, QLocale::DataSizeSIFormat)
+        .toStdString();
 }
 
 } // namespace

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "Tessarune/ui/welcome/WelcomeWindow.h"
+#include "tests/ui/StagedSettings.h"
+
+#include <QMetaObject>
+#include <QQuickItem>
+#include <memory>
+#include <string>
+
+namespace tessarune {
+
+/// The page of the first start on a computer without a speech model. The sample's captions are
+/// those that a script writes.
+class StagedWelcome {
+  public:
+    StagedWelcome() {
+        for (SpeechModelState& model : models.models)
+            model.isInstalled = false;
+    }
+    ~StagedWelcome() { window.reset(); }
+
+    void open() {
+        window = std::make_unique<WelcomeWindow>(
+            WelcomeEnvironment{captions.host, captions.settings, models, languages,
+                               [this] { return playSample(); }, [this] { ++closed; }},
+            sample);
+        window->show();
+    }
+    WelcomeModel& model() { return *window->window().property("model").value<WelcomeModel*>(); }
+    void press(const QString& button) {
+        QMetaObject::invokeMethod(window->window().findChild<QQuickItem*>(button), "clicked");
+    }
+
+    StagedCaptions captions;
+    CaptionWindowEnvironment sample = captions.environment();
+    ScriptedSpeechModels models{captions.host};
+    ScriptedLanguages languages;
+    int samples = 0;
+    int closed = 0;
+    std::unique_ptr<WelcomeWindow> window;
+
+  private:
+    Task<std::string> playSample() {
+        ++samples;
+        co_return std::string();
+    }
+};
+
+} // namespace tessarune

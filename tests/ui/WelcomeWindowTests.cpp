@@ -1,0 +1,50 @@
+#include "tests/ui/StagedWelcome.h"
+#include "tests/ui/WarningsFail.h"
+
+#include <gtest/gtest.h>
+
+namespace tessarune {
+namespace {
+
+class WelcomeWindowTests : public WarningsFail {
+  protected:
+    WelcomeWindowTests() { page.open(); }
+
+    StagedWelcome page;
+};
+
+TEST_F(WelcomeWindowTests, SaysWhatIsDownloadedAndThenShowsCaptionsOfTheSample) {
+    WelcomeModel& model = page.model();
+    EXPECT_TRUE(model.downloads().contains("44")) << "megabytes of the speech model";
+    for (const bool succeeds : {false, true}) {
+        page.press("begin");
+        EXPECT_TRUE(runUntil([&] { return model.progress() == 30.0 / 78; }));
+        EXPECT_EQ(model.stage(), "download");
+        page.models.succeeds.resume(succeeds);
+        ASSERT_TRUE(runUntil([&] { return model.stage() != "download"; }));
+        EXPECT_EQ(model.stage(), succeeds ? "sample" : "ask");
+        EXPECT_EQ(model.problem(), succeeds ? "" : "The disk is full.");
+        EXPECT_EQ(page.samples, succeeds ? 1 : 0);
+        page.models.succeeds = OneShot<bool>(Executor::main(page.captions.host));
+    }
+    page.captions.settle("Said.", "说过。");
+    page.captions.publish();
+    const auto* const list = page.window->window().findChild<QQuickItem*>("sourceList");
+    EXPECT_TRUE(runUntil([&] {
+        return list->isVisible() &&
+               list->findChild<QQuickItem*>("list")->property("count").toInt() == 1;
+    }));
+    page.press("begin"); // which is "done" now
+    EXPECT_EQ(page.closed, 1);
+}
+
+TEST_F(WelcomeWindowTests, CanBeSkippedAndDownloadsNothingThen) {
+    page.model().setLanguage(0);
+    page.press("skip");
+    EXPECT_EQ(page.closed, 1);
+    EXPECT_EQ(page.model().stage(), "ask");
+    EXPECT_EQ(*page.captions.settings.translationTargetLanguage, "zh-Hans") << "nothing is chosen";
+}
+
+} // namespace
+} // namespace tessarune
