@@ -259,6 +259,13 @@ void LiveTranscriptTranslation::resetForNewSession() {
     setPreparationIdle();
 }
 
+void LiveTranscriptTranslation::bigCleanup() {
+    // A preparation that is cancelled reports no end, which would withdraw its text.
+    if (const auto pair = view_.translationPreparationDisplayState->preparing)
+        clearTranslationPreparationStatus(pair->source, pair->target);
+    runtime_->bigCleanup();
+}
+
 Task<bool>
 LiveTranscriptTranslation::drainCommittedTranslationsBeforePersist(double timeoutSeconds) {
     return drain(shared_from_this(), timeoutSeconds);

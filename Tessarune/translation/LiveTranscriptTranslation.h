@@ -48,7 +48,7 @@ class LiveTranscriptTranslation final
     void cancelGhostTranslation() override;
     void cancelCommittedTranslationTask() override;
     Task<bool> drainCommittedTranslationsBeforePersist(double timeoutSeconds) override;
-    void bigCleanup() override { runtime_->bigCleanup(); }
+    void bigCleanup() override;
     void shutDown() override;
 
     // The user's commands

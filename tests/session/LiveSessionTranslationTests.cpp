@@ -54,6 +54,16 @@ TEST(LiveSessionTranslationTests, MissingLanguageFilesAreSaidAndNeverDownloaded)
         EXPECT_NE(call, "prepare") << "that is what downloads";
 }
 
+TEST(LiveSessionTranslationTests, AStartThatIsTakenBackLeavesNoStatus) {
+    TranslatedLiveSession session;
+    session.launch();
+    session.store->startListening(LiveSessionControlTrigger::programmatic());
+    EXPECT_NE(session.translationStatus(), "");
+    session.store->stopListening(LiveSessionControlTrigger::programmatic());
+    session.host.advanceBy(20);
+    EXPECT_EQ(session.translationStatus(), "");
+}
+
 TEST(LiveSessionTranslationTests, WhatTheStopCouldNotWaitForIsAddedWhenItComes) {
     TranslatedLiveSession session;
     session.begin();
