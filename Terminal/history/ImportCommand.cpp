@@ -7,7 +7,7 @@
 #include "Terminal/history/RefineCommand.h"
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/text/Localization.h"
-#include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/text/TextColumns.h"
 
 #include <nlohmann/json.hpp>
 
@@ -60,7 +60,6 @@ class ImportRun {
             co_await erasing;
             co_return ExitStatus::stoppedTwice;
         }
-        program_.imports.settle(recording->id);
         tellImported(file, recording->id, outcome);
         co_return statusOf(outcome);
     }

@@ -212,6 +212,7 @@ void AudioSessionRecorder::openFile(const RecordingMetadata& item) {
     fileHandle_ = files_.create(item.filePath);
     observedSampleRate_ = 0;
     dataByteCount_ = 0;
+    isFirstSampleTold_ = false;
     nextHeaderFlushBytes_ = headerFlushIntervalBytes;
     writeFailureCount_ = 0;
     consecutiveWriteFailures_ = 0;
@@ -239,7 +240,6 @@ void AudioSessionRecorder::openFile(const RecordingMetadata& item) {
 void AudioSessionRecorder::appendOnQueue(const AudioBuffer& buffer, double arrivedAt) {
     if (!fileHandle_ || recordingWriteDisabled_)
         return;
-    const bool wasEmpty = dataByteCount_ == 0;
     auto mono = downmixed(buffer);
     if (mono.empty())
         return;
@@ -255,7 +255,7 @@ void AudioSessionRecorder::appendOnQueue(const AudioBuffer& buffer, double arriv
     }
     if (!pcm.empty())
         write(pcm);
-    if (wasEmpty && dataByteCount_ > 0 && onFirstSample)
+    if (dataByteCount_ > 0 && !std::exchange(isFirstSampleTold_, true) && onFirstSample)
         onFirstSample({item_->id, arrivedAt - writtenSeconds()});
 }
 

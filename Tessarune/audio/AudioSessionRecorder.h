@@ -141,6 +141,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     std::optional<RecordingMetadata> item_;
     double observedSampleRate_ = 0; // 0 until the first buffer
     std::uint64_t dataByteCount_ = 0;
+    bool isFirstSampleTold_ = false;
     std::uint64_t nextHeaderFlushBytes_ = 0;
     int writeFailureCount_ = 0;
     int consecutiveWriteFailures_ = 0;

@@ -16,6 +16,8 @@ using FormerSentence = HistoryWordTimeline::Sentence;
 
 /// The sound that encoders and decoders add or remove, with a margin.
 constexpr double lengthSlackSeconds = 1.0;
+/// Older timelines count from the start of the recorder, which waited for the device.
+constexpr double mostLateStartSeconds = 3.0;
 /// A sentence is missing if others cover a smaller share of its time than this.
 constexpr double mostCoveredShare = 0.25;
 /// Two recognisers may place one sentence this far apart.
@@ -99,8 +101,9 @@ bool FormerTranscript::wasHeard(double heardSeconds, bool isWhole) const {
     const double through = heardSeconds + lengthSlackSeconds;
     if (recordedSeconds && *recordedSeconds > through)
         return false;
+    const double mostLate = recordedSeconds ? mostLateStartSeconds : lengthSlackSeconds;
     return !timeline || std::ranges::all_of(timeline->sentences, [&](const FormerSentence& each) {
-        return each.end <= through;
+        return each.end <= heardSeconds + mostLate;
     });
 }
 

@@ -53,11 +53,8 @@ HistoryImportCoordinator::HistoryImportCoordinator(Environment environment)
     jobs_ = environment_.refinement.jobs().onDidChange([this](const auto& jobs) {
         const std::set<UUID> waiting = *transcribingIDs_;
         for (const UUID& id : waiting) {
-            if (jobs.contains(id))
-                continue;
-            finished(id); // whatever became of it
-            if (!environment_.refinement.isEnding())
-                settle(id);
+            if (!jobs.contains(id))
+                finished(id); // whatever became of it
         }
     });
 }
@@ -225,13 +222,6 @@ void HistoryImportCoordinator::startTranscription(const UUID& recordingID,
     }
     transcribingIDs_.mutate([&](std::set<UUID>& ids) { ids.insert(recordingID); });
     environment_.refinement.schedule(request);
-}
-
-void HistoryImportCoordinator::settle(const UUID& recordingID) {
-    RecordingCatalog& catalog = environment_.catalog;
-    if (catalog.recording(recordingID) &&
-        !environment_.files.exists(catalog.transcriptURL(recordingID)))
-        catalog.saveTranscript("", recordingID);
 }
 
 void HistoryImportCoordinator::finished(const UUID& id) {

@@ -71,9 +71,6 @@ class HistoryImportCoordinator {
     bool enter(const RecordingMetadata& recording);
     /// Asks for its transcript with the chosen recogniser and language.
     void startTranscription(const UUID& recordingID, const std::string& audioPath);
-    /// The transcription is over. If it came to nothing, the transcript is an empty one: a
-    /// recording that has none was interrupted, and the next start of the program begins again.
-    void settle(const UUID& recordingID);
 
   private:
     RecordingMetadata copy(const std::filesystem::path& source, const UUID& id,

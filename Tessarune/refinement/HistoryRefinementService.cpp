@@ -59,6 +59,24 @@ bool isEmptyResult(const std::exception_ptr& failure) {
     }
 }
 
+bool isOfSound(const std::exception_ptr& failure) {
+    try {
+        std::rethrow_exception(failure);
+    } catch (const MediaFileError&) {
+        return true;
+    } catch (...) {
+        return false;
+    }
+}
+
+/// Whether another try would come to the same: unlike a full disk or a model that cannot be loaded.
+bool isLasting(const Outcome& outcome) {
+    if (outcome.status == Outcome::Status::cancelled)
+        return true;
+    return outcome.status == Outcome::Status::failed &&
+           (isEmptyResult(outcome.failure) || isOfSound(outcome.failure));
+}
+
 } // namespace
 
 HistoryRefinementPersistenceError::HistoryRefinementPersistenceError(const UUID& recording)
@@ -125,6 +143,7 @@ void HistoryRefinementService::cancel(const UUID& recording) {
     else if (!dropped.empty())
         jobs_.mutate([&](Jobs& jobs) { jobs.erase(recording); });
     for (const JobPtr& job : dropped) {
+        settleImport(recording);
         job->outcome.status = Outcome::Status::cancelled;
         job->done.resume(job->outcome);
     }
@@ -155,6 +174,8 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
     Task<void> running = run(job);
     co_await running;
     running_.reset();
+    if (!isEnding_ && isLasting(job->outcome))
+        settleImport(job->request.recordingID);
     const bool waitsAgain = std::ranges::any_of(waiting_, [&](const JobPtr& other) {
         return other->request.recordingID == job->request.recordingID;
     });
@@ -166,6 +187,19 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
     environment_.returnMemory();
     job->done.resume(job->outcome);
     beginNext();
+}
+
+/// An import without a transcript was interrupted, and the next start transcribes it. Where that
+/// came to nothing, the transcript is an empty one.
+void HistoryRefinementService::settleImport(const UUID& id) {
+    RecordingCatalog& catalog = environment_.catalog;
+    const auto recording = catalog.recording(id);
+    try {
+        if (recording && recording->isImport() &&
+            !environment_.files.exists(catalog.transcriptURL(id)))
+            catalog.saveTranscript("", id);
+    } catch (const std::system_error&) { // the next start tries again
+    }
 }
 
 /// Whether nothing was understood, now as before: no failure that a user could do something about.

@@ -82,7 +82,6 @@ class HistoryRefinementService {
     /// Cancels all jobs, and resumes when nothing is running any more, after five seconds at most.
     /// For the end of the program: later requests are ignored.
     Task<void> end();
-    bool isEnding() const { return isEnding_; }
 
     /// While it is paused, work stops between two blocks of sound or two sentences: a listening
     /// session has the processor. It stays paused while any caller wants it.
@@ -104,6 +103,7 @@ class HistoryRefinementService {
     void beginNext();
     Task<void> work(JobPtr job);
     bool isSilence(const Job& job) const;
+    void settleImport(const UUID& id);
     Task<void> run(JobPtr job);
     Task<void> refineSource(JobPtr job);
     Task<void> mayContinue(JobPtr job);

@@ -1,5 +1,6 @@
 #include "Tessarune/ui/desktop/DesktopProgram.h"
 
+#include "Tessarune/ui/desktop/DesktopHistory.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <QGuiApplication>
@@ -104,9 +105,10 @@ void DesktopProgram::prepare() {
     finishImports(found.repairs.untranscribedImports);
 }
 
-/// Without a recogniser they wait for a start that has one.
+/// Without a recogniser, or beside a program that has the recordings, they wait for a later start.
 void DesktopProgram::finishImports(const std::vector<RecordingMetadata>& interrupted) {
-    if (interrupted.empty() || !application_.speechModelProblem().empty())
+    if (interrupted.empty() || !application_.speechModelProblem().empty() ||
+        !problemOfChange(application_).empty())
         return;
     for (const RecordingMetadata& import : interrupted)
         application_.imports.startTranscription(import.id, import.filePath);

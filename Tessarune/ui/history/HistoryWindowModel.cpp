@@ -65,9 +65,10 @@ void HistoryWindowModel::listUpdated() {
     const HistoryItem* const item = list_.item(row);
     current_ = item ? std::optional(item->id) : std::nullopt;
     if (draft_ && detail_.recording() && detail_.recording()->id != current_)
-        setNote(*draft_);
+        setNote(*std::exchange(draft_, std::nullopt));
+    const bool isShown = detail_.recording() && detail_.recording()->id == current_;
     detail_.show(item ? std::optional(*item) : std::nullopt);
-    if (!detail_.hasText()) // another program may have saved it meanwhile
+    if (isShown && !detail_.hasText()) // another program may have saved it meanwhile
         detail_.readTranscript();
     Q_EMIT currentRowChanged();
     Q_EMIT emptyChanged();
