@@ -1,6 +1,7 @@
 #include "Tessarune/platform/speech-engine/MoonshineFileAnalyzer.h"
 
 #include "Tessarune/platform/speech-engine/HighPass.h"
+#include "Tessarune/platform/speech-engine/HumFilter.h"
 #include "Tessarune/platform/speech-engine/TranscriptReader.h"
 #include "TessaruneCore/host/RunOn.h"
 
@@ -44,7 +45,8 @@ class MoonshineFileAnalyzer::Recognition {
           modelName_(std::move(model)),
           policy_(policy),
           reader_(std::move(options)),
-          highPass_(policy.lowestHertz, speechSampleRate) {}
+          highPass_(policy.lowestHertz, speechSampleRate),
+          humFilter_(speechSampleRate) {}
 
     std::string prepare() {
         model_ = models_->loadForFiles(modelName_);
@@ -80,7 +82,9 @@ class MoonshineFileAnalyzer::Recognition {
 
   private:
     void look(std::span<const float> sound, Results& results) {
-        const std::vector<float> filtered = highPass_.filtered(sound);
+        std::vector<float> filtered = highPass_.filtered(sound);
+        if (policy_.removesHum)
+            filtered = humFilter_.filtered(std::move(filtered));
         stream_->add(filtered);
         takenSamples_ += filtered.size();
         recent_.insert(recent_.end(), filtered.begin(), filtered.end());
@@ -112,6 +116,7 @@ class MoonshineFileAnalyzer::Recognition {
     const Policy policy_;
     TranscriptReader reader_;
     HighPass highPass_;
+    HumFilter humFilter_;
     std::shared_ptr<MoonshineModel> model_;
     std::optional<MoonshineStream> stream_;
     std::uint64_t takenSamples_ = 0;

@@ -15,6 +15,7 @@ class MoonshineFileAnalyzer final : public SpeechFileAnalyzer {
   public:
     struct Policy {
         double lowestHertz; ///< a high-pass cutoff in Hz; 0: no filter
+        bool removesHum;
         /// The number of complete lines after which the engine's stream is recreated to keep its
         /// list short.
         std::size_t linesBeforeRestart;

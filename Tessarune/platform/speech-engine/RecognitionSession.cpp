@@ -48,7 +48,8 @@ RecognitionSession::RecognitionSession(Host& host, Executor worker,
       policy_(std::move(policy)),
       backlog_(std::move(backlog)),
       reader_(std::move(options)),
-      highPass_(policy_.lowestHertz, speechSampleRate) {}
+      highPass_(policy_.lowestHertz, speechSampleRate),
+      humFilter_(speechSampleRate) {}
 
 void RecognitionSession::prepare() {
     model_ = models_->loaded();
@@ -84,7 +85,9 @@ void RecognitionSession::take(const AudioBuffer& buffer) {
             throw std::runtime_error("The speech engine was given sound in a wrong format.");
         if (backlog_->seconds + buffer.seconds() > policy_.mostUnheardSeconds)
             giveUpUnheard();
-        const std::vector<float> samples = highPass_.filtered(buffer.samples);
+        std::vector<float> samples = highPass_.filtered(buffer.samples);
+        if (policy_.removesHum)
+            samples = humFilter_.filtered(std::move(samples));
         stream_->add(samples);
         takenSamples_ += buffer.samples.size();
         backlog_->seconds = backlog_->seconds + buffer.seconds();

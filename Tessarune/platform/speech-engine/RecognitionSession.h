@@ -2,6 +2,7 @@
 
 #include "Tessarune/audio/AudioBuffer.h"
 #include "Tessarune/platform/speech-engine/HighPass.h"
+#include "Tessarune/platform/speech-engine/HumFilter.h"
 #include "Tessarune/platform/speech-engine/MoonshineModel.h"
 #include "Tessarune/platform/speech-engine/QuietDetector.h"
 #include "Tessarune/platform/speech-engine/SpeechModels.h"
@@ -27,6 +28,7 @@ struct RecognitionPolicy {
     /// A high-pass cutoff in Hz: rumble costs the engine words, and speech has little there that it
     /// needs. 0: no filter.
     double lowestHertz = 200;
+    bool removesHum = true; ///< mains hum can keep the engine from hearing speech at all
     /// Seconds between two passes while the computer is fast enough.
     double passInterval = 0.2;
     /// The minimum pause after a pass, as a multiple of its cost; leaves half of the computer's
@@ -128,6 +130,7 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     std::shared_ptr<RecognitionBacklog> backlog_;
     TranscriptReader reader_;
     HighPass highPass_;
+    HumFilter humFilter_;
 
     std::shared_ptr<MoonshineModel> model_;
     std::optional<MoonshineStream> stream_;

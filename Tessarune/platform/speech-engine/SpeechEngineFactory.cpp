@@ -40,7 +40,8 @@ SpeechEngine makeSpeechEngine(Host& host, ModelStore& store,
     };
     const Executor fileWorker = Executor::queue(
         host, host.serialQueue("tessarune.speech-engine.file", QueuePriority::utility));
-    const MoonshineFileAnalyzer::Policy filePolicy{policy.lowestHertz, policy.linesBeforeRestart};
+    const MoonshineFileAnalyzer::Policy filePolicy{policy.lowestHertz, policy.removesHum,
+                                                   policy.linesBeforeRestart};
     engine.makeFileAnalyzer = [fileWorker, models, filePolicy](SpeechTranscriberOptions options,
                                                                std::string model) {
         return std::make_shared<MoonshineFileAnalyzer>(fileWorker, models, std::move(model),

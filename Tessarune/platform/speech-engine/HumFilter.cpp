@@ -1,0 +1,106 @@
+#include "Tessarune/platform/speech-engine/HumFilter.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace tessarune {
+
+namespace {
+
+/// Five periods of 50 Hz, six of 60 Hz.
+constexpr double blockSeconds = 0.1;
+/// One period of 50 Hz, and three of 60 Hz, which are a whole number of samples.
+constexpr double delay50Seconds = 0.02;
+constexpr double delay60Seconds = 0.05;
+/// Either way hum is gone after a second or two.
+constexpr double feedback50 = 0.98;
+constexpr double feedback60 = 0.95;
+/// A pause with hum repeats itself; speech does not, for so long.
+constexpr double humLikeness = 0.85;
+constexpr double otherLikeness = 0.5;
+constexpr int blocksOfHum = 2;
+constexpr int blocksWithout = 5;
+/// Energies, in parts of the loudest block's: softer hum does no harm, and a pause is softer than
+/// speech.
+constexpr double softestHum = 1e-3;
+constexpr double loudestPause = 1e-2;
+/// Of each block; a tenth is left after some 20 s.
+constexpr double fading = 0.99;
+/// The mean square of silence, rounding included.
+constexpr double silence = 1e-10;
+
+} // namespace
+
+HumFilter::Comb::Comb(std::size_t delay, double feedback)
+    : feedback_(feedback), inputs_(delay), outputs_(delay) {}
+
+float HumFilter::Comb::next(float sample) {
+    const double in = static_cast<double>(sample);
+    const double out = (in - inputs_[place_]) * (1 + feedback_) / 2 + feedback_ * outputs_[place_];
+    inputs_[place_] = in;
+    outputs_[place_] = out;
+    place_ = (place_ + 1) % inputs_.size();
+    return static_cast<float>(out);
+}
+
+HumFilter::HumFilter(double sampleRate)
+    : blockLength_(static_cast<std::size_t>(sampleRate * blockSeconds)),
+      past_(blockLength_),
+      byBlock_{blockLength_},
+      by50_{static_cast<std::size_t>(sampleRate * delay50Seconds)},
+      by60_{static_cast<std::size_t>(sampleRate * delay60Seconds)},
+      comb50_(by50_.delay, feedback50),
+      comb60_(by60_.delay, feedback60) {}
+
+std::vector<float> HumFilter::filtered(std::vector<float> samples) {
+    for (float& sample : samples) {
+        listen(sample);
+        // Both run all the time, so that each has settled when it is needed.
+        const float without50 = comb50_.next(sample);
+        const float without60 = comb60_.next(sample);
+        if (heard_ != Mains::none)
+            sample = heard_ == Mains::hertz50 ? without50 : without60;
+    }
+    return samples;
+}
+
+void HumFilter::listen(float sample) {
+    const double now = static_cast<double>(sample);
+    energy_ += now * now;
+    for (Likeness* each : {&byBlock_, &by50_, &by60_}) {
+        const auto before =
+            static_cast<double>(past_[(place_ + blockLength_ - each->delay) % blockLength_]);
+        each->product += now * before;
+        each->energy += before * before;
+    }
+    past_[place_] = sample;
+    place_ = (place_ + 1) % blockLength_;
+    if (place_ == 0)
+        judgeBlock();
+}
+
+double HumFilter::likeness(const Likeness& of) const {
+    const double both = std::sqrt(energy_ * of.energy);
+    return both > 0 ? of.product / both : 0;
+}
+
+void HumFilter::judgeBlock() {
+    loudest_ = std::max(energy_, loudest_ * fading);
+    const bool isHeard = energy_ > silence * static_cast<double>(blockLength_);
+    const double repeats = likeness(byBlock_);
+    if (isHeard && energy_ > loudest_ * softestHum && repeats > humLikeness) {
+        clearBlocks_ = 0;
+        if (++humBlocks_ >= blocksOfHum)
+            heard_ = likeness(by50_) > likeness(by60_) ? Mains::hertz50 : Mains::hertz60;
+    } else {
+        humBlocks_ = 0;
+        const bool isPause = isHeard && energy_ < loudest_ * loudestPause;
+        if (isPause && repeats < otherLikeness && ++clearBlocks_ >= blocksWithout)
+            heard_ = Mains::none;
+    }
+    energy_ = 0;
+    for (Likeness* each : {&byBlock_, &by50_, &by60_})
+        each->product = each->energy = 0;
+}
+
+} // namespace tessarune
