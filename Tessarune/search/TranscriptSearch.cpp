@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// Used on the queue, except for the atomics. Queued blocks hold it, so it may outlive the search.
+/// Only for use on the queue, except the atomics. Queued blocks hold it: it may outlive the search.
 struct TranscriptSearch::Worker {
     Worker(FileSystem& files, const RecordingCatalog& catalog, TessaruneFileLogger& logger,
            OpenSearchIndex open, NotificationCenter& itsNotifications)
@@ -71,7 +71,7 @@ TranscriptSearch::TranscriptSearch(Host& host, FileSystem& files, const Recordin
 TranscriptSearch::~TranscriptSearch() {
     worker_->isStopping = true;
     if (queue_)
-        queue_->sync([] {}); // what runs there needs what the program takes down next
+        queue_->sync([] {}); // wait: queued work uses objects that are destroyed right after this
 }
 
 Executor TranscriptSearch::onQueue() {
@@ -127,7 +127,7 @@ Task<void> TranscriptSearch::bringUpToDate(Progress progress) {
 
 Task<void> TranscriptSearch::eraseTraces() {
     if (!queue_)
-        co_return; // there is no index
+        co_return; // the queue is missing only if there is no index
     const auto worker = worker_;
     const Executor executor = onQueue();
     co_await runOn(executor, [&] { worker->keeper.check(); });

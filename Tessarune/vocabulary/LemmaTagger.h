@@ -10,15 +10,15 @@ namespace tessarune {
 
 /// Finds the lemmas of English sentences.
 ///
-/// Frequency and the word before decide between several readings of a form ("saw", "meeting",
-/// "left"): no verb follows "the", no noun follows "they". One thread. Caches the lexicon's
+/// Where a form has several readings ("saw", "meeting", "left"), frequency and the word before it
+/// decide: no verb follows "the", and seldom a noun "they". For one thread. Caches the lexicon's
 /// answers, so use one tagger per text.
 class LemmaTagger {
   public:
     /// The lexicon must outlive it.
     explicit LemmaTagger(Lexicon& lexicon) : lexicon_(lexicon) {}
 
-    /// The lemma of each word of a sentence in lower case. An unknown word is its own lemma.
+    /// The lemma of each word of a lower-case sentence. An unknown word is its own lemma.
     std::vector<std::string> lemmas(const std::vector<std::string>& sentence);
 
   private:

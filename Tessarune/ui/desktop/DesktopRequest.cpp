@@ -16,7 +16,7 @@ constexpr std::pair<std::string_view, DesktopAction> actionWords[] = {
     {"history", DesktopAction::history}, {"settings", DesktopAction::settings},
 };
 
-/// As it is where the working folder is gone: then it names nothing here or there.
+/// Unchanged if the working folder is gone: then the path leads nowhere, in either instance.
 std::string absolutePath(const std::filesystem::path& path) {
     std::error_code failure;
     const std::filesystem::path whole = std::filesystem::absolute(path, failure);

@@ -14,7 +14,7 @@ Item {
     property real newestHeight: 0
     property alias reviewing: follow.reviewing
     property alias selection: marked
-    // Rows that glide up come from here.
+    // Height added above the visible top, so that rows there still exist while the list glides up.
     readonly property real room: 160
 
     function returnToNewest() {

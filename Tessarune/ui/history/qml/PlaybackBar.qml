@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// Hears the recording: play, place, speed, one sentence again and again.
+// Plays the recording: start and pause, place, speed, one sentence again and again.
 Item {
     id: root
 
