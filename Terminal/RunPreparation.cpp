@@ -3,7 +3,7 @@
 #include "Terminal/RunFailure.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
-#include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/text/TextColumns.h"
 
 #include <stdexcept>
 #include <utility>
