@@ -12,7 +12,8 @@ namespace {
 
 using RowIterator = CaptionCore::Rows::const_iterator;
 
-/// Doubling would leave a list that only grows, for hours, up to half empty.
+/// Grows the capacity by an eighth: doubling would leave a list that grows for hours up to half
+/// empty.
 void append(CaptionCore::Rows& rows, const CaptionSegment& row) {
     constexpr std::size_t smallest = 64;
     if (rows.size() == rows.capacity())
@@ -29,8 +30,8 @@ CaptionCore::consumeMeta(const Sentences& sentences, const std::vector<std::int6
     metas.reserve(sentences.size());
     for (std::size_t i = 0; i < sentences.size(); ++i) {
         SegmentMeta meta;
-        // Word positions count through the whole utterance, including sentences that are skipped as
-        // duplicates later.
+        // Word positions count from the start of the utterance, including sentences that are later
+        // skipped as duplicates.
         auto k = static_cast<std::size_t>(tracker_.committedWordCount);
         for (const std::string_view word : Text::splitAtBlanks(sentences[i])) {
             WordEvent event;

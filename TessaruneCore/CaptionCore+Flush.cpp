@@ -51,19 +51,19 @@ void CaptionCore::flushPartial() {
         boundaryEngine_.ingestPartial(text, boundaryContext(cfg), now_());
     emitPartialBoundaryObservation(text, decision);
     commitFrozen(text, decision, cfg);
-    SoftStep soft = advanceSoftCaptions(decision, cfg);
+    SoftUpdate softUpdate = advanceSoftCaptions(decision, cfg);
 
-    // This applies after a commit, too: the open text may be unchanged.
-    if (!isNewUtterance && showsAlready(soft, decision.leading)) {
+    // Even after a commit, the open text may be unchanged.
+    if (!isNewUtterance && isAlreadyShown(softUpdate, decision.leading)) {
         report(onActivity, Activity::partialDeduped);
         return;
     }
     revision_ = std::max(nextRevision(), pending.revision);
     setLiveLeading(decision.leading);
-    if (*softCaptionSegments != soft.visible)
-        softCaptionSegments = std::move(soft.visible);
+    if (*softCaptionSegments != softUpdate.visible)
+        softCaptionSegments = std::move(softUpdate.visible);
     currentPartial.mutate([&](CaptionSegment& row) {
-        row.sourceText = std::move(soft.liveText);
+        row.sourceText = std::move(softUpdate.liveText);
         row.revision = revision_;
         row.state = CaptionSegmentState::partial;
         row.translatedText.reset();
@@ -98,8 +98,8 @@ void CaptionCore::commitFrozen(const std::string& text, const BoundaryDecision& 
     resetSoftCaptions(SoftCaptionObservation::Phase::hardLock, "localAgreement", cfg);
 }
 
-CaptionCore::SoftStep CaptionCore::advanceSoftCaptions(const BoundaryDecision& decision,
-                                                       const Config& cfg) {
+CaptionCore::SoftUpdate CaptionCore::advanceSoftCaptions(const BoundaryDecision& decision,
+                                                         const Config& cfg) {
     auto [visible, changed] =
         softCaptionTracker_.advance(decision.softPieces, cfg.softCaptionEnabled,
                                     cfg.softCaptionStableSeconds, now_(), nextRevision(), newUUID_);
@@ -137,10 +137,10 @@ void CaptionCore::withdrawSoftCaptions(const BoundaryDecision& decision, const C
     report(onSoftCaptionChange, observation);
 }
 
-bool CaptionCore::showsAlready(const SoftStep& soft, const Sentences& leading) const {
-    return Text::equal(currentPartial->sourceText, soft.liveText) &&
+bool CaptionCore::isAlreadyShown(const SoftUpdate& softUpdate, const Sentences& leading) const {
+    return Text::equal(currentPartial->sourceText, softUpdate.liveText) &&
            sameTexts(*liveLeadingSentences, leading) &&
-           sameTexts(*softCaptionSegments, soft.visible);
+           sameTexts(*softCaptionSegments, softUpdate.visible);
 }
 
 void CaptionCore::setLiveLeading(const Sentences& sentences) {
@@ -159,6 +159,7 @@ void CaptionCore::setLiveLeading(const Sentences& sentences) {
     for (std::size_t i = 0; i < sentences.size(); ++i) {
         if (i == rows.size()) {
             rows.push_back(freshPartial(t));
+            // The sentence is complete, although its text may still change.
             rows.back().state = CaptionSegmentState::final;
         }
         rows[i].sourceText = sentences[i];

@@ -196,7 +196,7 @@ CaptionSegment CaptionCore::freshPartial(double startedAt) const {
 }
 
 std::int64_t CaptionCore::nextRevision() const {
-    // The recogniser's revision is adopted as it is, so it may equal the last one.
+    // A recogniser's revision is adopted unchecked, so it may already be the largest possible one.
     return revision_ == std::numeric_limits<std::int64_t>::max() ? revision_ : revision_ + 1;
 }
 

@@ -31,10 +31,10 @@ namespace tessarune {
 /// access to sound, windows, files or clocks. Time and the one delayed call come through closures,
 /// so it behaves the same live and in a replay.
 ///
-/// Text moves through the lists in one direction: `currentPartial`, then `softCaptionSegments` or
-/// `liveLeadingSentences`, then `committedSegments`. Until it is committed, a rewrite by the
+/// Text moves through the lists in this order: `currentPartial`, then `softCaptionSegments` or
+/// `liveLeadingSentences`, then `committedSegments`. Until text is committed, a rewrite by the
 /// recogniser can move it back. A flush updates the lists one after the other, committed rows
-/// first, so a view reads all four together after the activity callback.
+/// first, so views should read them only after the activity callback.
 ///
 /// Main thread only, no locks. No operation fails. Callbacks run synchronously within the operation
 /// that causes them and must not call `ingest`. The cost of an event does not depend on the length
@@ -46,13 +46,13 @@ class CaptionCore {
             : segment(segmentText), freeze(freezeStable), clauseLevel(hardClauses) {}
 
         bool segment;                     ///< split text into sentences at all
-        bool freeze;                      ///< fix sentences before the recogniser does
-        bool clauseLevel;                 ///< fixed pieces may end at clause punctuation
+        bool freeze;                      ///< freeze sentences before their final arrives
+        bool clauseLevel;                 ///< committed pieces may end at clause punctuation
         bool softClauseLevel = true;      ///< find the clauses of the open sentence
-        double freezeStableSeconds = 0.6; ///< how long a sentence stands before it is fixed
-        double duplicateCommitWindowSeconds = 4.0; ///< how long a commit counts as the same text
+        double freezeStableSeconds = 0.6; ///< how long unchanged before a sentence is frozen
+        double duplicateCommitWindowSeconds = 4.0; ///< how long a committed row suppresses repeats
         bool softCaptionEnabled = true;
-        double softCaptionStableSeconds = 0.3; ///< how long a clause stands before it is shown
+        double softCaptionStableSeconds = 0.3; ///< how long unchanged before a clause is shown
         bool earlyCutSelfSegmenting = false; ///< freeze although the recogniser segments by itself
 
         bool operator==(const Config&) const = default;
@@ -97,10 +97,10 @@ class CaptionCore {
     std::function<void(const CorrectionObservation&)> onCorrection;
 
     // The lists. The owner may assign them; the core never edits a committed row.
-    Published<Rows> committedSegments;        ///< fixed rows, oldest first
+    Published<Rows> committedSegments;        ///< rows whose source text is final, oldest first
     Published<Rows> liveLeadingSentences;     ///< complete sentences that may still change
     Published<Rows> softCaptionSegments;      ///< stable clauses of the open sentence
-    Published<CaptionSegment> currentPartial; ///< the open rest; its text may be empty
+    Published<CaptionSegment> currentPartial; ///< the rest of the open text, perhaps empty
     Published<std::int64_t> lockCount;        ///< rows frozen since `resetCounters`
     Published<std::int64_t> finalCount;       ///< rows committed by finals since `resetCounters`
     Published<DebugEvents> debugEvents;       ///< at most 300, newest last
@@ -110,32 +110,33 @@ class CaptionCore {
     /// The words of committed rows; cleared only when `committedSegments` becomes empty.
     const WordEvents& wordEvents() const { return wordEvents_; }
 
-    /// A partial replaces the pending one and is flushed at most every 0.06 seconds. A final is
-    /// processed at once and ends the utterance.
+    /// Accepts an event. A partial replaces the pending one; flushes are at least 0.06 seconds
+    /// apart. A final is processed at once and ends the utterance.
     void ingest(const ASREvent& event);
 
     /// Drops the pending partial; a scheduled flush then does nothing.
     void cancelPendingPartial();
 
-    /// The recogniser withdraws its guess without a final: the open text is reset as after a final,
-    /// and nothing was committed.
+    /// Called when the recogniser withdraws its hypothesis without a final: resets the open text as
+    /// after a final, but commits nothing.
     void withdrawOpenText();
 
     /// Resets the state; the open row begins at `startedAt`. Keeps counters and debug events.
     void reset(double startedAt);
-    /// Resets stability tracking; keeps rows and revision.
+    /// Resets stability tracking and drops the soft captions; keeps all other rows and the
+    /// revision.
     void resetFreezeState();
     void resetCounters();
     void clearDebugEvents();
     void logEvent(std::string_view kind, std::string_view text);
 
     /// Ends a session: commits everything live as rows that end at `t`, except repeats of the last
-    /// committed rows. Returns the ids of the new rows. Updates no counters and makes no callbacks.
-    /// Call `cancelPendingPartial` first.
+    /// committed rows. Returns the ids of the new rows. Updates no counters; the only callback is
+    /// `onSoftCaptionChange`. Call `cancelPendingPartial` first.
     std::vector<UUID> sealLiveIntoHistory(double t);
 
-    /// For a display that reveals text gradually: the first `count` characters of the open row are
-    /// visible. A word keeps the time of its first reveal.
+    /// Called by a display that reveals text gradually: the first `count` characters of the open
+    /// row are now visible. A word keeps the time of its first reveal.
     void recordRevealedPrefix(std::int64_t count);
 
   private:
@@ -153,7 +154,7 @@ class CaptionCore {
         std::string text;
         bool matchedAllSoftPrefixes;
     };
-    struct SoftStep {
+    struct SoftUpdate {
         Rows visible;
         std::string liveText;
     };
@@ -176,7 +177,7 @@ class CaptionCore {
     void emitPartialBoundaryObservation(const std::string& inputText,
                                         const BoundaryDecision& decision);
     void emitCorrectionObservation(const std::string& finalText);
-    /// Calls `callback` if it is set. The copy stays alive if the callback replaces itself.
+    /// Calls `callback` if it is set. Calls a copy, because a callback may replace itself.
     template <typename Argument>
     static void report(const std::function<void(Argument)>& callback,
                        std::type_identity_t<Argument> argument) {
@@ -189,9 +190,9 @@ class CaptionCore {
     bool utteranceIsOver() const;
     void beginUtterance(double timestamp, const Config& cfg);
     void commitFrozen(const std::string& text, const BoundaryDecision& decision, const Config& cfg);
-    SoftStep advanceSoftCaptions(const BoundaryDecision& decision, const Config& cfg);
+    SoftUpdate advanceSoftCaptions(const BoundaryDecision& decision, const Config& cfg);
     void withdrawSoftCaptions(const BoundaryDecision& decision, const Config& cfg, bool changed);
-    bool showsAlready(const SoftStep& soft, const Sentences& leading) const;
+    bool isAlreadyShown(const SoftUpdate& softUpdate, const Sentences& leading) const;
     void setLiveLeading(const Sentences& sentences);
 
     // CaptionCore+Commit.cpp: committed rows and duplicate suppression

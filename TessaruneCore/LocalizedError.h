@@ -20,7 +20,7 @@ class LocalizedError : public std::exception {
     const std::string& errorDescription() const { return errorDescription_; }
     const std::string& domain() const { return domain_; }
     std::int64_t code() const { return code_; }
-    /// The cause, where more is known than the description says.
+    /// The cause, if more is known than the description says.
     const std::optional<std::string>& failureReason() const { return failureReason_; }
 
     const char* what() const noexcept override { return errorDescription_.c_str(); }
@@ -32,7 +32,7 @@ class LocalizedError : public std::exception {
     std::optional<std::string> failureReason_;
 };
 
-/// The description of a caught exception.
+/// The description of a caught `std::exception`; rethrows anything else.
 inline std::string localizedDescription(const std::exception_ptr& failure) {
     try {
         std::rethrow_exception(failure);

@@ -17,7 +17,7 @@ struct UUID {
     /// A new random identifier. Any thread.
     static UUID random();
 
-    /// Parses 36 characters of the form 8-4-4-4-12, in either case.
+    /// Parses 36 characters of the form 8-4-4-4-12, in either case; `nullopt` for any other text.
     static std::optional<UUID> parse(std::string_view text);
 
     std::string text() const;
@@ -25,8 +25,8 @@ struct UUID {
     auto operator<=>(const UUID&) const = default;
 };
 
-/// A source of new identifiers. The program uses `UUID::random`; a replay counts, so the same log
-/// gives the same bytes.
+/// A source of new identifiers. The program uses `UUID::random`; a replay uses a counter, so that
+/// the same log produces the same bytes.
 using UUIDSource = std::function<UUID()>;
 
 /// Identifiers 1, 2, 3, … in the form of version 4.

@@ -11,11 +11,11 @@ namespace tessarune {
 
 enum class CaptionSegmentState { partial, final };
 
-/// How a row was frozen.
+/// What settled the text of a row.
 enum class FreezeKind {
-    none,
-    soft,  ///< shown, but not committed and perhaps withdrawn
-    ours,  ///< frozen by local agreement, before the recogniser was final
+    none,  ///< nothing: it may still change, or the session's end sealed it
+    soft,  ///< a soft caption: not committed, may be withdrawn
+    ours,  ///< frozen by local agreement, before its final arrived
     engine ///< a final result of the recogniser
 };
 
@@ -44,7 +44,7 @@ struct CaptionSegment {
     std::optional<double> endedAt;
     std::optional<double> committedAt; ///< seconds since 1970; absent in sealed rows
     std::optional<double> firstSeenAt; ///< when the row's first word was first seen
-    std::int64_t revisionCount = 0;    ///< how often the text changed before it was fixed
+    std::int64_t revisionCount = 0;    ///< how often the text changed before the commit
 
     bool operator==(const CaptionSegment& other) const;
 };

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-/// How many words of a text on screen a final kept. Pure functions; time is O(n·m) in the two
-/// lengths.
+/// Counts how many words of a text on screen a final keeps, drops and adds. Pure functions; time is
+/// O(n·m) in the two lengths.
 namespace tessarune::CorrectionDiff {
 
 struct WordCounts {

@@ -10,7 +10,7 @@ namespace tessarune::LiveBoundaryDecisionHandler {
 
 namespace {
 
-/// For shorter sentences the recogniser is not interrupted.
+/// A shorter sentence does not justify an early final.
 constexpr std::size_t minSentenceWords = 3;
 
 template <typename Case>

@@ -9,14 +9,14 @@ namespace tessarune {
 
 /// One change to the soft captions, for the diagnostics log.
 struct SoftCaptionObservation {
-    /// The cause of the change.
+    /// The cause of the change; `hardLock`: sentences were frozen.
     enum class Phase { partial, reset, hardLock, engineFinal, seal };
 
     Phase phase = Phase::partial;
     double t = 0;                    ///< the core's clock
-    bool enabled = false;            ///< the settings at that time
-    double stableSeconds = 0;        ///< likewise
-    std::int64_t candidateCount = 0; ///< soft pieces offered
+    bool enabled = false;            ///< the setting at that time
+    double stableSeconds = 0;        ///< the setting at that time
+    std::int64_t candidateCount = 0; ///< soft pieces of the decision
     std::int64_t visibleCount = 0;   ///< rows visible after this step
     bool changed = false;            ///< the visible set changed
     std::optional<std::string> resetReason;

@@ -13,7 +13,7 @@ namespace tessarune {
 
 /// Tracks the clauses of the open tail by position and shows those that have been stable long
 /// enough (soft captions). Soft captions are never committed and may be withdrawn. Two texts are
-/// the same if their `SentenceStabilityKey` is.
+/// the same if their stability keys are equal.
 struct SoftCaptionTracker {
     struct Row {
         UUID id; ///< also the identity of the caption row made from it
@@ -28,7 +28,7 @@ struct SoftCaptionTracker {
 
     struct Advance {
         std::vector<CaptionSegment> segments; ///< the visible rows, in order
-        bool changed = false;                 ///< other keys are visible than before
+        bool changed = false;                 ///< the keys of the visible rows differ from before
     };
 
     std::vector<Row> rows;
@@ -46,7 +46,7 @@ struct SoftCaptionTracker {
     void place(std::size_t position, std::string_view text, double stableSeconds, double now,
                const UUIDSource& newID);
 
-    StabilityKeyList keys_; ///< of the last candidates; a memory of work done, which `clear` keeps
+    StabilityKeyList keys_; ///< of the last candidates: a cache, which `clear` keeps
 };
 
 } // namespace tessarune

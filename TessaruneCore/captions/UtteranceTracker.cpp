@@ -24,12 +24,12 @@ std::vector<std::int64_t> UtteranceTracker::observe(std::string_view fullText,
         static_cast<std::ptrdiff_t>(std::min(newlyFrozenCount, leadingChangeCounts.size()));
     std::copy_n(leadingChangeCounts.begin(), counted, churn.begin());
     leadingChangeCounts.erase(leadingChangeCounts.begin(), leadingChangeCounts.begin() + counted);
-    const auto gone =
+    const auto dropped =
         static_cast<std::ptrdiff_t>(std::min(newlyFrozenCount, prevDisplayLeading.size()));
-    prevDisplayLeading.erase(prevDisplayLeading.begin(), prevDisplayLeading.begin() + gone);
+    prevDisplayLeading.erase(prevDisplayLeading.begin(), prevDisplayLeading.begin() + dropped);
 
-    const std::size_t followed = std::min(leadingChangeCounts.size(), prevDisplayLeading.size());
-    for (std::size_t i = 0; i < std::min(followed, displayLeading.size()); ++i) {
+    const std::size_t comparable = std::min(leadingChangeCounts.size(), prevDisplayLeading.size());
+    for (std::size_t i = 0; i < std::min(comparable, displayLeading.size()); ++i) {
         if (!Text::equal(prevDisplayLeading[i], displayLeading[i]))
             ++leadingChangeCounts[i];
     }

@@ -18,14 +18,14 @@ struct UtteranceTracker {
     std::int64_t committedWordCount = 0;
     std::vector<std::int64_t> leadingChangeCounts; ///< per leading sentence
     std::int64_t tailChangeCount = 0;              ///< rewrites; growth does not count
-    std::string prevTail;                          ///< of the last observation
-    std::vector<std::string> prevDisplayLeading;   ///< likewise
+    std::string prevTail;                          ///< the tail at the last `observe`
+    std::vector<std::string> prevDisplayLeading;   ///< the sentences at the last `observe`
 
     /// Records `t` as the first-seen time of every new word of `fullText`.
     void alignWords(std::string_view fullText, double t);
 
-    /// Updates to what is displayed now. Returns the change counts of the leading sentences that
-    /// were frozen.
+    /// Compares the displayed text with the previous one and updates the counts. Returns the change
+    /// counts of the leading sentences that were frozen.
     std::vector<std::int64_t> observe(std::string_view fullText,
                                       const std::vector<std::string>& displayLeading,
                                       std::string_view tail, std::size_t newlyFrozenCount,

@@ -8,9 +8,9 @@ namespace tessarune {
 /// One word of a committed row with the times known for it, in seconds.
 struct WordEvent {
     std::string word;
-    std::optional<double> firstSeenAt; ///< when a guess first had a word in its place
+    std::optional<double> firstSeenAt; ///< when a result first had a word at this position
     std::optional<double> revealedAt;  ///< when it was first on screen
-    std::optional<double> audioStart;  ///< the recogniser's times
+    std::optional<double> audioStart;  ///< start and end in the sound, from the final
     std::optional<double> audioEnd;
 
     bool operator==(const WordEvent&) const;
