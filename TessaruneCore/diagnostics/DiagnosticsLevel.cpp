@@ -20,11 +20,11 @@ std::string_view storageName(DiagnosticsLevel level) {
     return {};
 }
 
-std::optional<DiagnosticsLevel> diagnosticsLevel(std::string_view word) {
+std::optional<DiagnosticsLevel> diagnosticsLevel(std::string_view name) {
     for (const auto level :
          {DiagnosticsLevel::off, DiagnosticsLevel::core, DiagnosticsLevel::standard,
           DiagnosticsLevel::verbose, DiagnosticsLevel::trace}) {
-        if (word == storageName(level))
+        if (name == storageName(level))
             return level;
     }
     return std::nullopt;

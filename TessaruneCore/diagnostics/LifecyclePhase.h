@@ -4,7 +4,8 @@
 
 namespace tessarune {
 
-/// Which part of a span a line of a lifecycle log is about; an instant has no span.
+/// What a line of a lifecycle log reports: an instant, or the start, the finish or the failure of a
+/// span.
 enum class LifecyclePhase { instant, start, finish, failure };
 
 constexpr std::string_view name(LifecyclePhase phase) {

@@ -18,11 +18,11 @@ constexpr int waitsForAReader = 20;
 std::unique_ptr<LineLogWriter> LineLogWriter::open(Host& host, std::string_view queueLabel,
                                                    const std::filesystem::path& path,
                                                    Existing existing) {
-    const int one = existing == Existing::isRefused ? O_EXCL : O_TRUNC;
+    const int ifExists = existing == Existing::isRefused ? O_EXCL : O_TRUNC;
     // O_APPEND: a file that another program truncates gets no hole. O_NONBLOCK: opening fails for a
     // pipe without a reader, and a write to a pipe that is no longer read can be abandoned.
-    const int file =
-        ::open(path.c_str(), O_WRONLY | O_CREAT | one | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0600);
+    const int file = ::open(
+        path.c_str(), O_WRONLY | O_CREAT | ifExists | O_APPEND | O_NONBLOCK | O_CLOEXEC, 0600);
     if (file < 0)
         return nullptr;
     return std::unique_ptr<LineLogWriter>(
@@ -83,7 +83,8 @@ void LineLogWriter::writeAll(std::string_view bytes) {
     }
 }
 
-/// False once the reader has been waited for long enough.
+/// Waits until the pipe takes more bytes; false if it still does not when the time after `close` is
+/// up.
 bool LineLogWriter::waitForReader() {
     pollfd pipe{file_, POLLOUT, 0};
     while (!isClosing_ || waitsLeft_ > 0) {

@@ -17,9 +17,9 @@ namespace tessarune {
 /// Appends lines to a file on a serial queue of its own with low priority.
 ///
 /// Each line is one immediate, unbuffered write, so a crash loses only queued lines. Lines that
-/// cannot be encoded or written are dropped silently, since a diagnostic log must not disturb its
-/// caller, and so are lines that arrive while `maximumQueued` others are queued. Later lines are
-/// still tried, and a partial line never runs into the next.
+/// cannot be encoded or written are dropped silently, because a diagnostic log must not disturb its
+/// caller; so are lines that arrive while `maximumQueued` others are queued. Later lines are still
+/// written, and a partial line never runs into the next.
 ///
 /// A new file is private to its user. A pipe is written at its reader's pace until `close`, which
 /// waits at most two seconds in total for a reader that has stopped reading.
@@ -32,11 +32,11 @@ class LineLogWriter {
     /// Encodes a line without its line feed; `nullopt` on failure. Runs on the queue.
     using Encode = std::function<std::optional<std::string>()>;
 
-    /// What happens to a file that exists.
+    /// What `open` does with an existing file.
     enum class Existing { isTruncated, isRefused };
 
-    /// Creates or truncates the file. Null if it cannot be opened; `errno` then says why. The host
-    /// must outlive the writer.
+    /// Opens the file and creates it if necessary. Null if that fails; `errno` then has the reason.
+    /// The host must outlive the writer.
     static std::unique_ptr<LineLogWriter> open(Host& host, std::string_view queueLabel,
                                                const std::filesystem::path& path,
                                                Existing existing = Existing::isTruncated);
@@ -60,9 +60,9 @@ class LineLogWriter {
     bool waitForReader();
 
     std::shared_ptr<SerialQueue> queue_;
-    int file_; // the queue's alone; below 0 once closed
+    int file_; // used only on the queue; negative once closed
     bool endsInsideALine_ = false;
-    int waitsLeft_; // once it is closed
+    int waitsLeft_; // after `close`
     std::atomic<std::size_t> queued_ = 0;
     std::atomic<bool> isClosing_ = false;
     std::atomic<bool> hasLostLines_ = false;

@@ -12,7 +12,7 @@ namespace {
 /// Constructed on first use, so that logging is safe during start-up and shutdown.
 struct Shared {
     std::atomic<std::shared_ptr<const TessaruneLog::Sink>> sink;
-    Mutex line; // keeps lines apart
+    Mutex line; // one line at a time
     std::atomic<DiagnosticsLevel> level = DiagnosticsLevel::core;
 };
 

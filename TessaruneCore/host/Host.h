@@ -46,7 +46,8 @@ class SerialQueue {
     /// Must not be called from a block of the same queue.
     virtual void sync(const Block& block) = 0;
 
-    /// Queues `block` after at least `seconds`; what is not due when the queue ends never runs.
+    /// Queues `block` after at least `seconds`. Blocks not yet due when the queue is destroyed
+    /// never run.
     virtual DelayedCall after(double seconds, Block block) = 0;
 
     virtual const std::string& label() const = 0;
@@ -80,8 +81,8 @@ class Host {
 
     virtual bool isOnMainQueue() const = 0;
 
-    /// `spawn` reports the start and the end of each coroutine frame, on the thread where it
-    /// happens, so that a host that ends before its tasks can destroy the suspended frames.
+    /// `spawn` calls these at the start and the end of each coroutine frame, on the thread where
+    /// that happens. A host that ends before its tasks can thus destroy the suspended frames.
     virtual void taskBegan(std::coroutine_handle<>) {}
     virtual void taskEnded(std::coroutine_handle<>) {}
 };

@@ -3,7 +3,7 @@
 #include <mutex>
 
 // The annotations of Clang's thread safety analysis: a member marked GUARDED_BY a mutex is used
-// only while it is locked. Other compilers ignore them.
+// only while the mutex is locked. Other compilers ignore them.
 #ifdef __clang__
 #define TESSARUNE_MARK(mark) __attribute__((mark))
 #else
@@ -20,7 +20,7 @@
 
 namespace tessarune {
 
-/// A mutex that the analysis knows.
+/// A mutex with annotations for the analysis.
 class CAPABILITY("mutex") Mutex {
   public:
     void lock() ACQUIRES_LOCK() { mutex_.lock(); }

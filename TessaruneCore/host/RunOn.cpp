@@ -4,9 +4,9 @@ namespace tessarune {
 
 Task<bool> runOnWithin(Executor worker, double seconds, Block work, Executor back) {
     const OneShot<std::optional<std::exception_ptr>> ended(back);
-    // The caller may be gone, and must not destroy the queue of work that hangs.
-    const auto kept = std::make_shared<Executor>(worker);
-    worker.run([work = std::move(work), ended, kept]() mutable {
+    // The block keeps its queue alive: the queue's destructor would wait for work that hangs.
+    const auto queueOwner = std::make_shared<Executor>(worker);
+    worker.run([work = std::move(work), ended, queueOwner]() mutable {
         std::exception_ptr failure;
         try {
             work();

@@ -13,8 +13,8 @@ namespace tessarune {
 /// `co_await runOn(worker, [&] { … }, back)`: runs `work` on `worker` and resumes on `back` with
 /// its result or its exception.
 ///
-/// The awaiting coroutine keeps alive what `work` uses, so `work` captures by reference. It must be
-/// awaited: the work begins only then.
+/// `work` captures by reference; the awaiting coroutine keeps the captured objects alive. The work
+/// begins when the returned task is awaited.
 template <typename Work>
 Task<std::invoke_result_t<Work&>> runOn(Executor worker, Work work, Executor back) {
     static_assert(std::is_trivially_destructible_v<Work>,
@@ -39,7 +39,7 @@ Task<std::invoke_result_t<Work&>> runOn(Executor worker, Work work, Executor bac
         co_return std::move(*result);
 }
 
-/// As above for a task, which begins on `worker`.
+/// The same for a task, which starts on `worker`.
 template <typename T>
 Task<T> runOn(Executor worker, Task<T> work, Executor back) {
     std::conditional_t<std::is_void_v<T>, std::nullptr_t, std::optional<T>> result;
@@ -61,15 +61,15 @@ Task<T> runOn(Executor worker, Task<T> work, Executor back) {
         co_return std::move(*result);
 }
 
-/// Resumes on the main queue.
+/// The same, resuming on the main queue.
 template <typename Work>
 auto runOn(Executor worker, Work work) {
     const Executor main = Executor::main(worker.host());
     return runOn(std::move(worker), std::move(work), main);
 }
 
-/// For work that may hang: after `seconds` it is abandoned, and the result is false. Otherwise like
-/// `runOn`. The work must own its captures, which are released before this returns true.
+/// Runs work that may hang: abandons it after `seconds` and returns false. Otherwise like `runOn`,
+/// and returns true. The work must own its captures, which are released before this returns true.
 Task<bool> runOnWithin(Executor worker, double seconds, Block work, Executor back);
 
 } // namespace tessarune

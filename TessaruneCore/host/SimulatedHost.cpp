@@ -106,7 +106,7 @@ bool SimulatedHost::step(double limit) {
     double due = std::numeric_limits<double>::infinity();
     for (const Timer& timer : timers_)
         due = std::min(due, dueOf(timer));
-    if (!lanes_[0]->empty()) // it stalls
+    if (!lanes_[0]->empty()) // the main queue stalls
         due = std::min(due, mainStallsUntil_);
     if (due > limit || !std::isfinite(due))
         return false;

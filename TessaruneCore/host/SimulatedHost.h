@@ -54,7 +54,7 @@ class SimulatedHost final : public Host {
     /// late.
     void sleepComputer(double seconds) { now_ += seconds; }
 
-    /// What is on the main queue, or due on it, waits for so long while other queues work.
+    /// Delays all blocks of the main queue by up to `seconds`, while other queues run.
     void stallMainQueue(double seconds) { mainStallsUntil_ = now_ + seconds; }
 
     /// Destroys all suspended tasks and queued blocks. Afterwards only `sync` runs blocks. Objects
@@ -79,7 +79,7 @@ class SimulatedHost final : public Host {
         std::uint64_t order;
         Block block;
         std::shared_ptr<std::atomic<bool>> cancelled;
-        std::size_t lane; ///< on which it runs
+        std::size_t lane; ///< the lane on which the block runs
     };
     using Lane = std::deque<Ready>;
 
@@ -96,7 +96,7 @@ class SimulatedHost final : public Host {
     std::uint64_t nextOrder_ = 0;
     bool shuffles_;
     std::mt19937_64 random_;
-    std::vector<std::shared_ptr<Lane>> lanes_; // lane 0 is the main queue
+    std::vector<std::shared_ptr<Lane>> lanes_; // one per queue; lane 0 is the main queue
     std::vector<Timer> timers_;
     std::vector<std::coroutine_handle<>> tasks_;
     std::size_t runningQueue_ = 0;

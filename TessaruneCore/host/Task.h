@@ -19,12 +19,13 @@ namespace tessarune {
 /// executor on which the task resumes, so its code always knows its thread.
 ///
 /// Write coroutines as functions with parameters by value, never as lambdas with captures: the
-/// captures die with the lambda and references with their objects, but the frame stays.
+/// frame outlives the lambda's captures and the objects that references refer to.
 ///
-/// GCC 12 destroys twice what an expression with `co_await` builds without calling a constructor or
-/// a function: a lambda whose captures have destructors, an aggregate (`{a, b}`), the result of `a
-/// ? b : c`, a thrown object. Give such a value a name in a statement of its own. All other
-/// temporaries are safe: `f(co_await g(std::string("x")))`.
+/// GCC 12 destroys some temporaries of an expression with `co_await` twice: those built without
+/// calling a constructor or a function. These are a lambda whose captures have destructors, an
+/// aggregate (`{a, b}`), the result of `a ? b : c` and a thrown object. Make such a value a
+/// variable in a statement of its own. All other temporaries are safe:
+/// `f(co_await g(std::string("x")))`.
 template <typename T = void>
 class Task;
 

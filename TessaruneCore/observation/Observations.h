@@ -8,7 +8,8 @@
 
 namespace tessarune {
 
-/// The observations of an object, which end with it. Confined to one thread, like what it observes.
+/// The observations of an object, which end when this is destroyed. Confined to the thread of the
+/// observed values.
 class Observations {
   public:
     Observations() = default;
@@ -18,7 +19,7 @@ class Observations {
             end();
     }
 
-    /// Calls back after each change of the value, which outlives this.
+    /// Calls `changed` after each change of `value`, which must outlive this.
     template <typename T, typename Changed>
     void follow(const Published<T>& value, Changed changed) {
         const auto token =
@@ -26,7 +27,7 @@ class Observations {
         endings_.push_back([&value, token] { value.remove(token); });
     }
 
-    /// Calls back with each value that differs from the one before.
+    /// Calls `changed` with each value that differs from the previous one.
     template <typename T, typename Changed>
     void followChanges(const Published<T>& value, Changed changed) {
         const auto token = value.onDidChange(
@@ -37,7 +38,7 @@ class Observations {
         endings_.push_back([&value, token] { value.remove(token); });
     }
 
-    /// Runs `end` with the others.
+    /// Also runs `end` when this is destroyed.
     void add(std::function<void()> end) { endings_.push_back(std::move(end)); }
 
   private:

@@ -42,7 +42,7 @@ class Published {
         notify(didChange_);
     }
 
-    // Whoever may only read may observe too.
+    // These are const, so read-only users can observe, too.
 
     Token onWillChange(Observer observer) const { return add(willChange_, std::move(observer)); }
     Token onDidChange(Observer observer) const { return add(didChange_, std::move(observer)); }

@@ -30,8 +30,8 @@ struct ASREvent {
     /// The current hypothesis for the open utterance.
     struct Partial {
         std::string text;
-        std::int64_t revision = 0; ///< grows from the recogniser's side
-        double timestamp = 0;      ///< when the guess was made, seconds since 1970
+        std::int64_t revision = 0; ///< assigned by the recogniser, increasing
+        double timestamp = 0;      ///< when the hypothesis was made, seconds since 1970
 
         bool operator==(const Partial&) const;
     };
@@ -42,7 +42,7 @@ struct ASREvent {
         double start = 0;
         double end = 0;
         EndpointReason reason = EndpointReason::silence;
-        std::optional<std::vector<ASRWordTiming>> words; ///< only where the recogniser times words
+        std::optional<std::vector<ASRWordTiming>> words; ///< only if the recogniser times words
 
         bool operator==(const Final&) const;
     };

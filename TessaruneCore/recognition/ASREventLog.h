@@ -17,7 +17,7 @@ class Writer {
   public:
     using Existing = LineLogWriter::Existing;
 
-    /// Creates or truncates the file. Null if it cannot be opened; `errno` then says why.
+    /// Opens the file and creates it if necessary. Null if that fails; `errno` then has the reason.
     static std::unique_ptr<Writer> open(Host& host, const std::filesystem::path& path,
                                         Existing existing = Existing::isTruncated);
 
@@ -25,7 +25,7 @@ class Writer {
     void append(ASREvent event, std::optional<double> t = std::nullopt);
     /// Writes what is queued, then closes the file.
     void close() { lines_->close(); }
-    /// To be asked after `close`.
+    /// Whether a line could not be written. Call after `close`.
     bool hasLostLines() const { return lines_->hasLostLines(); }
 
   private:
@@ -41,7 +41,7 @@ class Writer {
 /// Throws `std::system_error` if the file cannot be read and `std::runtime_error` if it is not
 /// UTF-8. Uses memory for the file and its records.
 std::vector<ASREventRecord> read(const std::filesystem::path& path);
-/// The same of text that has been read.
+/// The same for text that was already read.
 std::vector<ASREventRecord> parsed(std::string_view contents);
 
 } // namespace tessarune::ASREventLog

@@ -23,7 +23,7 @@ bool read(const dom::element& value, double& number) {
     return value.get(number) == simdjson::SUCCESS;
 }
 
-/// Also a number with a point or an exponent that is an integer all the same.
+/// Also accepts an integer that is written with a point or an exponent.
 bool read(const dom::element& value, std::int64_t& integer) {
     if (value.get(integer) == simdjson::SUCCESS)
         return true;
@@ -37,7 +37,7 @@ bool read(const dom::element& value, std::int64_t& integer) {
 
 bool read(const dom::element& value, std::vector<ASRWordTiming>& words);
 
-/// Of equal keys the last counts; null counts as missing.
+/// The last member with this key; `nullopt` if it is missing or null.
 std::optional<dom::element> member(const dom::object& fields, std::string_view key) {
     std::optional<dom::element> last;
     for (const auto& field : fields) {
@@ -76,10 +76,10 @@ bool read(const dom::element& value, std::vector<ASRWordTiming>& words) {
 } // namespace
 
 std::optional<ASREventRecord> ASREventRecord::fromLine(std::string_view line) {
-    // Its buffers serve the next line.
+    // Kept, so that its buffers are reused for the next line.
     thread_local dom::parser parser;
     dom::object fields;
-    // Some versions of the library pass over a byte order mark.
+    // Some versions of the library skip a byte order mark.
     if (line.starts_with("\xEF\xBB\xBF") ||
         parser.parse(line.data(), line.size()).get(fields) != simdjson::SUCCESS)
         return std::nullopt;

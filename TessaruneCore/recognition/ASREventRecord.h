@@ -11,7 +11,7 @@
 namespace tessarune {
 
 /// One line of an event log: an event and the time at which it was logged. A record read from a
-/// file may have any kind and any subset of the optional fields. Compared byte for byte.
+/// file may have any kind and any subset of the optional fields.
 struct ASREventRecord {
     double t = 0; ///< seconds since 1970
     std::string kind;

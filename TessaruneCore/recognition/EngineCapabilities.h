@@ -21,12 +21,12 @@ struct EngineCapabilities {
     bool selfSegments = false;
     bool streamsWordByWord = false;                         ///< partials grow word by word
     bool providesWordTimestamps = false;                    ///< finals carry words
-    bool isOnline = false;                                  ///< recognition leaves the machine
+    bool isOnline = false;                                  ///< sound is sent to a server
     std::optional<std::int64_t> preferredCaptureSampleRate; ///< in Hz
     BoundaryUnit boundaryUnit = BoundaryUnit::words;
     std::int64_t maxUnpunctuatedUnits = 28; ///< longer runs without punctuation are cut
 
-    /// A copy for texts in that language: Chinese uses characters and a limit of 48.
+    /// A copy for texts in this language: Chinese is measured in characters with a limit of 48.
     EngineCapabilities localized(std::string_view localeIdentifier) const;
 
     bool operator==(const EngineCapabilities&) const = default;

@@ -9,16 +9,15 @@
 
 namespace tessarune {
 
-/// The changes of a session's captions that are not recognition events. The event log of a
-/// diagnostics run has a record of each, of a kind of its own, which other readers do not take for
-/// an event.
+/// The changes to a session's captions that are not recognition events. The event log of a
+/// diagnostics run records each one under a kind of its own, which readers of events skip.
 enum class CaptionMark {
     settings,  ///< the settings of the captions, as JSON in the record's text
-    open,      ///< the record's text remains open from the previous recogniser
-    withdrawn, ///< the recogniser withdrew its guess
-    stopped,   ///< the user requested the end: guesses no longer count
-    sealed,    ///< open text has become rows
-    ended,     ///< the rows are those of the run's timeline
+    open,      ///< the record's text was left open by the previous recogniser
+    withdrawn, ///< the recogniser withdrew its hypothesis
+    stopped,   ///< the user requested the end: partials are ignored from here
+    sealed,    ///< the open text was committed as rows
+    ended,     ///< the rows are now those of the run's timeline
 };
 
 /// The record's kind.
@@ -28,7 +27,7 @@ std::optional<CaptionMark> captionMark(const ASREventRecord& record);
 
 ASREventRecord captionMarkRecord(CaptionMark mark, double t, std::string text = {});
 ASREventRecord captionSettingsRecord(const CaptionCore::Config& config, double t);
-/// `nullopt` if the record's text does not hold them.
+/// `nullopt` if the record's text is not a settings object.
 std::optional<CaptionCore::Config> captionSettings(const ASREventRecord& record);
 
 } // namespace tessarune

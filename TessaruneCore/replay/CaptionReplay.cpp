@@ -11,7 +11,7 @@ namespace tessarune::CaptionReplay {
 
 namespace {
 
-/// The sign is always written: a negative offset shows both.
+/// The plus sign is always written, even for a negative offset: "+-0.30".
 std::string offset(const std::optional<double>& time, double t0) {
     return time ? "+" + Text::fixed(*time - t0, 2) : "—";
 }
@@ -56,8 +56,8 @@ Output outputOf(const CaptionCore& core, double t0) {
     return output;
 }
 
-void follow(CaptionMark mark, const ASREventRecord& record, CaptionCore& core,
-            CaptionCore::Config& config) {
+void applyMark(CaptionMark mark, const ASREventRecord& record, CaptionCore& core,
+               CaptionCore::Config& config) {
     switch (mark) {
     case CaptionMark::settings:
         config = captionSettings(record).value_or(config);
@@ -126,7 +126,7 @@ Output runMarked(const std::vector<ASREventRecord>& records, const EngineCapabil
             continue;
         host.advanceTo(record.t);
         if (mark) {
-            follow(*mark, record, core, config);
+            applyMark(*mark, record, core, config);
             isStopping |= mark == CaptionMark::stopped;
         } else {
             core.ingest(*event);

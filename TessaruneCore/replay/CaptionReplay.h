@@ -15,11 +15,11 @@
 namespace tessarune::CaptionReplay {
 
 struct Output {
-    std::vector<std::string> committedLines; ///< a line a committed row, with its marker
-    std::vector<std::string> liveLines;      ///< what was still open when the log ended
+    std::vector<std::string> committedLines; ///< one line per committed row, with its marker
+    std::vector<std::string> liveLines;      ///< the text still open when the log ended
     std::int64_t lockCount = 0;
     std::int64_t finalCount = 0;
-    std::vector<std::string> segmentTimings; ///< a line a committed row
+    std::vector<std::string> segmentTimings; ///< one line per committed row
     CaptionCore::Rows segments;
     CaptionCore::WordEvents wordEvents;
 
@@ -31,12 +31,12 @@ struct Output {
 using Observer =
     std::function<void(const CaptionCore& core, CaptionCore::Activity activity, double t)>;
 
-/// `records` are in the order of the log's reader; those that are no events are passed over.
+/// Replays `records`, which are sorted by time; skips those that are not events.
 Output run(const std::vector<ASREventRecord>& records, const CaptionCore::Config& config,
            const EngineCapabilities& caps, const Observer& observer = {});
 
-/// Replays the log of a diagnostics run, with its marks: returns the rows that the session had when
-/// the run ended.
+/// Replays the log of a diagnostics run, including its marks. The output has the rows of the
+/// session at the end of the run.
 Output runMarked(const std::vector<ASREventRecord>& records, const EngineCapabilities& caps);
 
 } // namespace tessarune::CaptionReplay
