@@ -10,7 +10,7 @@ namespace tessarune {
 struct BoundaryContext {
     EngineCapabilities caps{};
     bool segment = false;         ///< split text into sentences at all
-    bool freeze = false;          ///< fix stable sentences before the recogniser is final
+    bool freeze = false;          ///< freeze stable sentences before their final arrives
     bool clauseLevel = false;     ///< hard pieces may end at clause punctuation
     bool softClauseLevel = false; ///< compute soft clause pieces for display
     double freezeStableSeconds = 0.6;

@@ -7,10 +7,10 @@
 
 namespace tessarune {
 
-/// Seam: decides where sentences begin and end in recognised text.
+/// Interface: decides where sentences begin and end in recognised text.
 ///
-/// Confined to its owner's thread; it has no clock of its own. No operation fails; empty text gives
-/// an empty decision.
+/// Confined to its owner's thread; it has no clock, so callers pass the time. No operation fails;
+/// the decision for an empty text is empty.
 class BoundaryEngine {
   public:
     virtual ~BoundaryEngine() = default;

@@ -39,26 +39,27 @@ std::optional<BoundaryReason> pieceReason(std::string_view piece, const Boundary
                                                             : BoundaryReason::maxWords(limit);
 }
 
-/// A linear search through few keys is faster than building a set; texts without punctuation give
-/// many.
+/// Searches a few keys linearly, which is faster than building a set. Texts without punctuation
+/// have many keys, for which it builds one.
 class KeySet {
   public:
     explicit KeySet(std::span<const std::string> keys) : keys_(keys) {
-        if (keys.size() > few)
+        if (keys.size() > linearLimit)
             set_.insert(keys.begin(), keys.end());
     }
     bool contains(std::string_view key) const {
-        return keys_.size() > few ? set_.contains(key)
-                                  : std::find(keys_.begin(), keys_.end(), key) != keys_.end();
+        return keys_.size() > linearLimit
+                   ? set_.contains(key)
+                   : std::find(keys_.begin(), keys_.end(), key) != keys_.end();
     }
 
   private:
-    static constexpr std::size_t few = 16;
+    static constexpr std::size_t linearLimit = 16;
     std::span<const std::string> keys_;
     std::unordered_set<std::string_view> set_;
 };
 
-/// Distinct reasons in order of occurrence.
+/// Distinct reasons in the order of first occurrence.
 class ReasonList {
   public:
     explicit ReasonList(const BoundaryContext& context) : context_(context) {}
@@ -67,7 +68,7 @@ class ReasonList {
         if (std::find(reasons_.begin(), reasons_.end(), reason) == reasons_.end())
             reasons_.push_back(reason);
     }
-    void addOf(const std::vector<std::string>& pieces, bool clauseAllowed) {
+    void addReasonsOf(const std::vector<std::string>& pieces, bool clauseAllowed) {
         for (const auto& piece : pieces) {
             if (const auto reason = pieceReason(piece, context_, clauseAllowed))
                 add(*reason);
@@ -104,10 +105,10 @@ BoundaryDecision HeuristicBoundaryEngine::ingestPartial(std::string_view text,
         decision.leading.assign(pieces.begin(), pieces.end() - 1);
         decision.tail = pieces.back();
     }
-    std::size_t known = 0;
+    std::size_t frozenBefore = 0;
     if (isFreezeActive(context)) {
         auto freeze = pipeline_.advanceFreeze(decision.leading, now);
-        known = freeze.liveStartIndex - freeze.frozen.size();
+        frozenBefore = freeze.liveStartIndex - freeze.frozen.size();
         decision.leading.erase(decision.leading.begin(),
                                decision.leading.begin() +
                                    static_cast<std::ptrdiff_t>(freeze.liveStartIndex));
@@ -116,16 +117,17 @@ BoundaryDecision HeuristicBoundaryEngine::ingestPartial(std::string_view text,
     if (context.softClauseLevel) {
         if (!isFreezeActive(context))
             leadingKeys_.assign(decision.leading);
-        decision.softPieces = softPieces(
-            isFreezeActive(context) ? pipeline_.prevLeadingNorm() : leadingKeys_.keys(), known);
+        decision.softPieces =
+            softPieces(isFreezeActive(context) ? pipeline_.prevLeadingNorm() : leadingKeys_.keys(),
+                       frozenBefore);
     }
 
     ReasonList reasons(context);
     if (!decision.hardPieces.empty())
         reasons.add(BoundaryReason::localAgreement());
-    reasons.addOf(decision.softPieces, true);
-    reasons.addOf(decision.hardPieces, context.clauseLevel);
-    reasons.addOf(decision.leading, context.clauseLevel);
+    reasons.addReasonsOf(decision.softPieces, true);
+    reasons.addReasonsOf(decision.hardPieces, context.clauseLevel);
+    reasons.addReasonsOf(decision.leading, context.clauseLevel);
     decision.reasons = reasons.take();
     return decision;
 }
@@ -157,10 +159,10 @@ BoundaryDecision HeuristicBoundaryEngine::ingestFinal(std::string_view text,
         decision.hardPieces = SentenceSegmenter::pieces(
             text, context.clauseLevel, context.maxUnpunctuatedWords, context.boundaryUnit);
         if (isFreezeActive(context)) {
-            const auto known =
+            const auto frozenCount =
                 static_cast<std::ptrdiff_t>(pipeline_.frozenPrefixCount(decision.hardPieces));
             decision.hardPieces.erase(decision.hardPieces.begin(),
-                                      decision.hardPieces.begin() + known);
+                                      decision.hardPieces.begin() + frozenCount);
         }
     } else if (!text.empty()) {
         decision.hardPieces.emplace_back(text);
@@ -169,7 +171,7 @@ BoundaryDecision HeuristicBoundaryEngine::ingestFinal(std::string_view text,
     ReasonList reasons(context);
     if (!decision.hardPieces.empty())
         reasons.add(BoundaryReason::engineFinal());
-    reasons.addOf(decision.hardPieces, context.clauseLevel);
+    reasons.addReasonsOf(decision.hardPieces, context.clauseLevel);
     decision.reasons = reasons.take();
     return decision;
 }

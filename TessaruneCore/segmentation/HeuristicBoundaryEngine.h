@@ -34,7 +34,7 @@ class HeuristicBoundaryEngine final : public BoundaryEngine {
     SentencePipeline pipeline_;
     SentenceCuts cuts_;
     StabilityKeyList clauseKeys_;  ///< of the last partial's clauses
-    StabilityKeyList leadingKeys_; ///< of its leading sentences, while freezing takes no part
+    StabilityKeyList leadingKeys_; ///< of its leading sentences, used only without freezing
 };
 
 } // namespace tessarune

@@ -40,13 +40,13 @@ struct ByteCharacters {
 /// Characters of any text, classified in advance.
 struct SplitCharacters {
     std::string_view text;
-    const std::vector<std::size_t>& ends; ///< of what stands before each character, and of all
-    const std::vector<Traits>& all;
+    const std::vector<std::size_t>& offsets; ///< the byte offsets of each character and of the end
+    const std::vector<Traits>& allTraits;
 
-    std::size_t size() const { return all.size(); }
-    Traits traits(std::size_t index) const { return all[index]; }
+    std::size_t size() const { return allTraits.size(); }
+    Traits traits(std::size_t index) const { return allTraits[index]; }
     std::string_view between(std::size_t first, std::size_t end) const {
-        return text.substr(ends[first], ends[end] - ends[first]);
+        return text.substr(offsets[first], offsets[end] - offsets[first]);
     }
 };
 
@@ -103,7 +103,7 @@ bool isProtectedAbbreviation(const Characters& characters, std::size_t start, st
     return dotted ? isDottedShortForm(word) : isInitial(word);
 }
 
-/// Whether the text between the two is long enough for a clause.
+/// Whether the characters from `start` to `end` are enough for a clause.
 template <typename Characters>
 bool isLongEnoughForClause(const Characters& characters, std::size_t start, std::size_t end,
                            BoundaryUnit unit) {
@@ -126,12 +126,12 @@ BoundaryUnit unitFor(std::string_view text, const SentenceCuts::Rules& rules) {
 
 /// The length in bytes of the common prefix.
 std::size_t commonBytes(std::string_view a, std::string_view b) {
-    const std::size_t most = std::min(a.size(), b.size());
+    const std::size_t limit = std::min(a.size(), b.size());
     std::size_t at = 0;
     constexpr std::size_t stride = 16;
-    while (at + stride <= most && std::memcmp(a.data() + at, b.data() + at, stride) == 0)
+    while (at + stride <= limit && std::memcmp(a.data() + at, b.data() + at, stride) == 0)
         at += stride;
-    while (at < most && a[at] == b[at])
+    while (at < limit && a[at] == b[at])
         ++at;
     return at;
 }
@@ -140,13 +140,13 @@ std::size_t commonBytes(std::string_view a, std::string_view b) {
 
 void SentenceCuts::cut(std::string_view text, const Rules& rules) {
     text = Text::trimmed(text);
-    const std::size_t unchanged = takeText(text, rules);
+    const std::size_t unchanged = replaceText(text, rules);
     if (isASCII_) {
         walk(ByteCharacters{text_}, unchanged, BoundaryUnit::words);
         finish(rules.limit);
         return;
     }
-    // The code point behind a character, up to four bytes, decides whether the character ends.
+    // Whether a character ends depends on the code point after it, which has up to four bytes.
     while (ends_.back() > 0 && ends_.back() + 4 > unchanged) {
         ends_.pop_back();
         traits_.pop_back();
@@ -161,7 +161,7 @@ void SentenceCuts::cut(std::string_view text, const Rules& rules) {
 
 void SentenceCuts::cut(std::string_view text, const std::vector<std::string_view>& characters,
                        const Rules& rules) {
-    takeText(text, rules);
+    replaceText(text, rules);
     isASCII_ = false;
     ends_.assign(1, 0);
     traits_.clear();
@@ -172,7 +172,7 @@ void SentenceCuts::cut(std::string_view text, const std::vector<std::string_view
 }
 
 /// Replaces the previous text and returns how many leading bytes the two share.
-std::size_t SentenceCuts::takeText(std::string_view text, const Rules& rules) {
+std::size_t SentenceCuts::replaceText(std::string_view text, const Rules& rules) {
     const bool isASCII = Text::isASCII(text);
     const bool comparable = isASCII == isASCII_ && rules.sentences == sentences_.wanted &&
                             rules.clauses == clauses_.wanted;
@@ -189,10 +189,10 @@ void SentenceCuts::append(std::string_view character) {
     traits_.push_back(traits(character));
 }
 
-/// Recomputes the cuts, starting at the first character whose decision may have changed.
+/// Recomputes the cuts from the first character at which they may have changed.
 template <typename Characters>
 void SentenceCuts::walk(const Characters& characters, std::size_t unchanged, BoundaryUnit unit) {
-    // The decision about a mark depends on the closing marks and the character behind it.
+    // Whether a mark cuts depends on the closing marks and the character after it.
     std::size_t i = unit == unit_ ? std::min(unchanged, characters.size()) : 0;
     while (i > 0 && (characters.traits(i - 1) & (terminal | clause | closing)) != 0)
         --i;
@@ -244,14 +244,14 @@ void SentenceCuts::finish(std::int64_t limit) {
         for (const auto& cut : level->cuts)
             level->pieces.push_back(text.substr(cut.start, cut.size));
         const std::size_t end = isASCII_ ? level->end() : ends_[level->end()];
-        const std::string_view rest = Text::trimmed(text.substr(end));
-        if (!rest.empty())
-            appendLongTail(rest, count - level->end(), limit, level->pieces);
+        const std::string_view remainder = Text::trimmed(text.substr(end));
+        if (!remainder.empty())
+            appendLongTail(remainder, count - level->end(), limit, level->pieces);
     }
 }
 
-/// `mostCharacters` is an upper bound of the length, so short texts need no counting.
-void SentenceCuts::appendLongTail(std::string_view text, std::size_t mostCharacters,
+/// `maximumLength` is an upper bound in characters, so short texts need no counting.
+void SentenceCuts::appendLongTail(std::string_view text, std::size_t maximumLength,
                                   std::int64_t limit, std::vector<std::string_view>& pieces) {
     const bool countsCharacters = unit_ == BoundaryUnit::characters;
     const std::int64_t slack = countsCharacters ? SentenceSegmenter::minTailCharactersAfterLongSplit
@@ -259,7 +259,7 @@ void SentenceCuts::appendLongTail(std::string_view text, std::size_t mostCharact
     const auto isShort = [&](std::size_t units) {
         return static_cast<std::int64_t>(units) - slack <= limit;
     };
-    if (limit < 1 || isShort(countsCharacters ? mostCharacters : (mostCharacters + 1) / 2) ||
+    if (limit < 1 || isShort(countsCharacters ? maximumLength : (maximumLength + 1) / 2) ||
         isShort(countsCharacters ? Text::countOfNonWhiteSpace(text)
                                  : Text::countOfWhiteSpaceSeparated(text))) {
         pieces.push_back(text);

@@ -12,8 +12,8 @@
 
 namespace tessarune {
 
-/// The pieces of one text, both as sentences and as sentences and clauses, computed in one pass.
-/// `SentenceSegmenter` defines what a piece is.
+/// Cuts a text in one pass into two lists of pieces: into sentences, and into sentences and
+/// clauses. `SentenceSegmenter` defines what a piece is.
 ///
 /// Designed for a text that grows and changes at its end: the prefix shared with the previous text
 /// is not processed again. The pieces point into this object and are valid until the next cut.
@@ -25,9 +25,9 @@ class SentenceCuts {
     SentenceCuts& operator=(const SentenceCuts&) = delete;
 
     struct Rules {
-        bool sentences = true; ///< wanted at all
-        bool clauses = false;
-        std::int64_t limit = 0; ///< length of a cut in a remainder without punctuation
+        bool sentences = true;  ///< compute the list of sentences
+        bool clauses = false;   ///< compute the list of clauses
+        std::int64_t limit = 0; ///< length at which a remainder without punctuation is cut
         BoundaryUnit boundaryUnit = BoundaryUnit::words;
     };
 
@@ -44,9 +44,9 @@ class SentenceCuts {
   private:
     /// A piece that ends in punctuation.
     struct Cut {
-        std::size_t end;   ///< the character after it
-        std::size_t start; ///< where the trimmed piece begins, in bytes
-        std::size_t size;
+        std::size_t end;   ///< the index of the character after it
+        std::size_t start; ///< the byte offset of the trimmed piece
+        std::size_t size;  ///< in bytes
     };
     struct Level {
         bool wanted = false;
@@ -56,7 +56,7 @@ class SentenceCuts {
         std::size_t end() const { return cuts.empty() ? 0 : cuts.back().end; }
     };
 
-    std::size_t takeText(std::string_view text, const Rules& rules);
+    std::size_t replaceText(std::string_view text, const Rules& rules);
     void append(std::string_view character);
     void finish(std::int64_t limit);
     template <typename Characters>
@@ -64,7 +64,7 @@ class SentenceCuts {
     template <typename Characters>
     bool endsPiece(const Characters& characters, std::size_t start, std::size_t end,
                    SentencePunctuation::Traits mark) const;
-    void appendLongTail(std::string_view text, std::size_t mostCharacters, std::int64_t limit,
+    void appendLongTail(std::string_view text, std::size_t maximumLength, std::int64_t limit,
                         std::vector<std::string_view>& pieces);
     void appendCutWords(std::string_view text, std::int64_t limit,
                         std::vector<std::string_view>& pieces);
@@ -76,9 +76,9 @@ class SentenceCuts {
     BoundaryUnit unit_ = BoundaryUnit::words;
     Level sentences_;
     Level clauses_;
-    std::vector<std::size_t> ends_{0};                ///< of each character, after a 0
+    std::vector<std::size_t> ends_{0}; ///< the byte offset of each character's end, after a 0
     std::vector<SentencePunctuation::Traits> traits_; ///< of each character
-    std::list<std::string> joined_;                   ///< pieces that are no stretch of the text
+    std::list<std::string> joined_; ///< pieces that are not substrings of the text
 };
 
 } // namespace tessarune

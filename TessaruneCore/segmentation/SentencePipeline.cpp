@@ -23,9 +23,9 @@ SentencePipeline::PartialResult SentencePipeline::ingestPartial(std::string_view
     if (options.freeze) {
         Freeze freeze = advanceFreeze(result.leading, now, cumulativePartials);
         result.newlyFrozen = std::move(freeze.frozen);
-        const auto fixed = std::min(result.leading.size(), freeze.liveStartIndex);
+        const auto frozenCount = std::min(result.leading.size(), freeze.liveStartIndex);
         result.leading.erase(result.leading.begin(),
-                             result.leading.begin() + static_cast<std::ptrdiff_t>(fixed));
+                             result.leading.begin() + static_cast<std::ptrdiff_t>(frozenCount));
     }
     return result;
 }
@@ -40,8 +40,8 @@ std::vector<std::string> SentencePipeline::ingestFinal(std::string_view text,
         pieces.emplace_back(text);
     }
     if (options.freeze) {
-        const auto known = static_cast<std::ptrdiff_t>(frozenPrefixCount(pieces));
-        pieces.erase(pieces.begin(), pieces.begin() + known);
+        const auto frozenCount = static_cast<std::ptrdiff_t>(frozenPrefixCount(pieces));
+        pieces.erase(pieces.begin(), pieces.begin() + frozenCount);
     }
     return pieces;
 }

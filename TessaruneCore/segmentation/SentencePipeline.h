@@ -23,21 +23,21 @@ class SentencePipeline final {
     explicit SentencePipeline(double stableSeconds = 0.6) : freezeStableSeconds(stableSeconds) {}
 
     struct PartialResult {
-        std::vector<std::string> newlyFrozen; ///< fixed by this call
-        std::vector<std::string> leading;     ///< complete by punctuation, still open
-        std::string tail;                     ///< the unfinished rest
+        std::vector<std::string> newlyFrozen; ///< frozen by this call
+        std::vector<std::string> leading;     ///< complete sentences, not frozen yet
+        std::string tail;                     ///< the unfinished end
 
         bool operator==(const PartialResult&) const;
     };
 
     struct Freeze {
-        std::vector<std::string> frozen; ///< fixed by this call
-        std::size_t liveStartIndex = 0;  ///< sentences before it are fixed, now or earlier
+        std::vector<std::string> frozen; ///< frozen by this call
+        std::size_t liveStartIndex = 0;  ///< the index of the first sentence that is not frozen
 
         bool operator==(const Freeze&) const;
     };
 
-    /// How texts are cut, and whether sentences are frozen.
+    /// How to cut texts, and whether to freeze sentences.
     struct Options {
         bool segment = true;
         bool freeze = true;
@@ -57,8 +57,9 @@ class SentencePipeline final {
     Freeze advanceFreeze(const std::vector<std::string>& leading, double now,
                          bool cumulativePartials = false);
 
-    /// The length of the longest prefix of `current` that equals a suffix of `frozen`. With
-    /// cumulative partials, which always restate everything, the two align by position instead.
+    /// The length of the longest prefix of `current` that equals a suffix of `frozen`. If partials
+    /// are cumulative, each repeats the whole utterance, and the two are aligned by position
+    /// instead.
     static std::size_t frozenOverlapPrefixCount(const std::vector<std::string>& current,
                                                 const std::vector<std::string>& frozen,
                                                 bool cumulativePartials = false);

@@ -16,9 +16,9 @@ inline constexpr Traits whiteSpace = 1;
 inline constexpr Traits terminal = 2;          ///< ends a sentence
 inline constexpr Traits clause = 4;            ///< ends a clause
 inline constexpr Traits closing = 8;           ///< stays with the piece that it closes
-inline constexpr Traits cutsWithoutSpace = 16; ///< Chinese marks, which no blank follows
+inline constexpr Traits cutsWithoutSpace = 16; ///< Chinese marks, which cut even without a blank
 inline constexpr Traits fullStop = 32;         ///< "."
-inline constexpr Traits wrapsWord = 64;        ///< taken off a word before it is looked up
+inline constexpr Traits wrapsWord = 64;        ///< stripped from a word before it is looked up
 
 namespace detail {
 consteval std::array<Traits, 128> makeAsciiTraits() {
@@ -40,7 +40,7 @@ inline Traits traitsOfASCII(char character) {
     return detail::asciiTraits[static_cast<unsigned char>(character)];
 }
 
-/// The properties of any character; one with combining marks has none.
+/// The properties of any character. Punctuation with combining marks has none.
 Traits traits(std::string_view character);
 
 /// The terminal or clause punctuation at the end of a piece, ignoring white space, closing quotes

@@ -35,8 +35,8 @@ bool isIgnored(char32_t codePoint) {
     }
 }
 
-/// What an ASCII byte contributes to the key: itself in lower case, a blank for white space, or
-/// nothing (0).
+/// The contribution of each ASCII byte to the key: the byte in lower case, a blank for white space,
+/// or 0 if it is ignored.
 consteval std::array<char, 128> makeAsciiContributions() {
     std::array<char, 128> table{};
     for (std::size_t i = 1; i < table.size(); ++i)
@@ -52,15 +52,15 @@ constexpr std::array<char, 128> asciiContributions = makeAsciiContributions();
 std::string normalizeASCII(std::string_view text) {
     std::string key;
     key.reserve(text.size());
-    bool blankWaits = false;
+    bool isBlankPending = false;
     for (const char byte : text) {
         const char contribution = asciiContributions[static_cast<unsigned char>(byte)];
         if (contribution == ' ') {
-            blankWaits = true;
+            isBlankPending = true;
         } else if (contribution != 0 || byte == 0) {
-            if (blankWaits && !key.empty())
+            if (isBlankPending && !key.empty())
                 key += ' ';
-            blankWaits = false;
+            isBlankPending = false;
             key += contribution;
         }
     }
@@ -72,18 +72,18 @@ std::optional<std::string> normalizePlain(std::string_view text) {
     const std::string lower = Text::lowercased(text);
     std::string key;
     key.reserve(lower.size());
-    bool blankWaits = false;
+    bool isBlankPending = false;
     for (std::size_t at = 0; at < lower.size();) {
         const std::size_t start = at;
         const char32_t codePoint = Text::decode(lower, at);
         if (!Text::isPlain(codePoint))
             return std::nullopt;
         if (Text::isWhiteSpace(codePoint)) {
-            blankWaits = true;
+            isBlankPending = true;
         } else if (!isIgnored(codePoint)) {
-            if (blankWaits && !key.empty())
+            if (isBlankPending && !key.empty())
                 key += ' ';
-            blankWaits = false;
+            isBlankPending = false;
             key.append(lower, start, at - start);
         }
     }

@@ -104,7 +104,8 @@ TEST(HeuristicBoundaryEngineTests, WhatWasFrozenFromPartialsIsNotInTheFinalAgain
     EXPECT_EQ(frozen.softPieces, Texts());
     EXPECT_EQ(labels(frozen), "localAgreement punctuation:.");
 
-    // The soft pieces exclude only what this decision fixes, not what was fixed earlier.
+    // The soft pieces exclude only the sentences that this decision freezes, not those frozen
+    // earlier.
     const auto later = engine.ingestPartial("One is here. Two, and so on, then", context, 2);
     EXPECT_EQ(later.softPieces, (Texts{"One is here.", "Two, and so on,"}));
     EXPECT_EQ(later.leading, Texts());

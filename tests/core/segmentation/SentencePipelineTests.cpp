@@ -148,14 +148,14 @@ RC_GTEST_PROP(SentencePipelinePropertyTests, EngineAndPipelineGiveTheSame, ()) {
     }
 }
 
-RC_GTEST_PROP(SentencePipelinePropertyTests, EverySentenceIsFixedOnceWhateverTheTimes, ()) {
+RC_GTEST_PROP(SentencePipelinePropertyTests, EverySentenceIsCommittedOnceAtAnyPace, ()) {
     // Sentences grow word by word at the end of the text and never change once they are complete.
     BoundaryContext context{.segment = true, .freeze = true};
     HeuristicBoundaryEngine engine;
     const int sentences = *rc::gen::inRange(1, 8);
     std::string text;
     Texts expected;
-    Texts fixed;
+    Texts committed;
     double now = 0;
     for (int i = 0; i < sentences; ++i) {
         const std::string sentence = "this is number" + std::to_string(i) + ".";
@@ -164,14 +164,14 @@ RC_GTEST_PROP(SentencePipelinePropertyTests, EverySentenceIsFixedOnceWhateverThe
             text += (text.empty() ? "" : " ") + std::string(word);
             now += *rc::gen::elementOf(std::vector<double>{0.1, 0.4, 1.0});
             const auto decision = engine.ingestPartial(text, context, now);
-            fixed.insert(fixed.end(), decision.hardPieces.begin(), decision.hardPieces.end());
+            committed.insert(frozen.end(), decision.hardPieces.begin(), decision.hardPieces.end());
             for (const auto& open : decision.leading)
-                RC_ASSERT(std::find(fixed.begin(), fixed.end(), open) == fixed.end());
+                RC_ASSERT(std::find(committed.begin(), frozen.end(), open) == frozen.end());
         }
     }
     const auto rest = engine.ingestFinal(text, context).hardPieces;
-    fixed.insert(fixed.end(), rest.begin(), rest.end());
-    RC_ASSERT(fixed == expected);
+    committed.insert(frozen.end(), rest.begin(), rest.end());
+    RC_ASSERT(committed == expected);
 }
 
 } // namespace
