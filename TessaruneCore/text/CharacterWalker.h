@@ -36,11 +36,11 @@ class CharacterWalker {
   private:
     bool isASCII(std::size_t at) const { return static_cast<unsigned char>(text_[at]) < 0x80; }
     std::size_t endOfNext();
-    std::size_t endOfJoinedStretch() const;
+    std::size_t endOfJoinedRun() const;
 
     std::string_view text_;
     std::size_t at_ = 0;
-    std::vector<std::size_t> joinedEnds_; // of the stretch being walked; empty outside of one
+    std::vector<std::size_t> joinedEnds_; // in the current run of joining code points, or empty
     std::size_t nextJoinedEnd_ = 0;
 };
 

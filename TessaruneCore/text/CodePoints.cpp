@@ -130,7 +130,7 @@ void append(std::string& text, char32_t codePoint) {
 }
 
 std::string_view withoutCutCharacter(std::string_view bytes) {
-    auto size = std::ssize(bytes); // signed: the macro looks for the bytes before it
+    auto size = std::ssize(bytes); // signed: the macro computes `size - 3`
     U8_TRUNCATE_IF_INCOMPLETE(bytes.data(), 0, size);
     return bytes.substr(0, static_cast<std::size_t>(size));
 }

@@ -9,7 +9,7 @@ namespace tessarune::Text {
 char32_t decodeMultibyte(std::string_view text, std::size_t& at);
 
 /// Whether the next code point certainly has three bytes, as Han and kana do. E0 and ED are left
-/// out, since they restrict the byte that follows.
+/// out, because they restrict the byte that follows.
 inline bool surelyHasThreeBytes(std::string_view text, std::size_t at) {
     const auto byte = [&](std::size_t offset) {
         return static_cast<unsigned char>(text[at + offset]);
@@ -18,7 +18,7 @@ inline bool surelyHasThreeBytes(std::string_view text, std::size_t at) {
            (byte(1) & 0xC0) == 0x80 && (byte(2) & 0xC0) == 0x80;
 }
 
-/// Decodes the code point at `at` and advances `at` past it. An invalid UTF-8 byte gives U+FFFD.
+/// Decodes the code point at `at` and advances `at` past it. An invalid byte is decoded as U+FFFD.
 inline char32_t decode(std::string_view text, std::size_t& at) {
     const auto byte = [&](std::size_t offset) -> char32_t {
         return static_cast<unsigned char>(text[at + offset]);

@@ -10,10 +10,10 @@ namespace tessarune::DateText {
 
 namespace {
 
-/// Making one takes twenty times as long as using it, and lists format thousands of times. One that
-/// could not be made is null.
+/// Returns a cached formatter, because creating one takes twenty times as long as using it, and
+/// lists format thousands of times. Null if it cannot be created.
 const icu::SimpleDateFormat* formatOf(std::string_view pattern, std::string_view locale) {
-    constexpr std::size_t most = 16;
+    constexpr std::size_t maximumFormats = 16;
     thread_local std::map<std::pair<std::string, std::string>,
                           std::unique_ptr<icu::SimpleDateFormat>>
         formats;
@@ -21,7 +21,7 @@ const icu::SimpleDateFormat* formatOf(std::string_view pattern, std::string_view
     const auto known = formats.find(key);
     if (known != formats.end())
         return known->second.get();
-    if (formats.size() >= most)
+    if (formats.size() >= maximumFormats)
         formats.clear();
     UErrorCode status = U_ZERO_ERROR;
     auto format = std::make_unique<icu::SimpleDateFormat>(icu::UnicodeString::fromUTF8(key.first),
@@ -34,13 +34,13 @@ const icu::SimpleDateFormat* formatOf(std::string_view pattern, std::string_view
 } // namespace
 
 std::string formatted(double secondsSince1970, std::string_view pattern, std::string_view locale) {
-    constexpr double millisecondsASecond = 1000;
+    constexpr double millisecondsPerSecond = 1000;
     std::string result;
     const icu::SimpleDateFormat* const format = formatOf(pattern, locale);
     if (!format)
         return result;
     icu::UnicodeString text;
-    format->format(secondsSince1970 * millisecondsASecond, text);
+    format->format(secondsSince1970 * millisecondsPerSecond, text);
     return text.toUTF8String(result);
 }
 

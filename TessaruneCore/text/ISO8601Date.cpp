@@ -10,7 +10,7 @@ namespace tessarune::ISO8601Date {
 
 namespace {
 
-constexpr std::int64_t secondsADay = 86400;
+constexpr std::int64_t secondsPerDay = 86400;
 constexpr double earliest = -62135596800.0; // 0001-01-01T00:00:00Z
 constexpr double latest = 253402300799.0;   // 9999-12-31T23:59:59Z
 
@@ -26,8 +26,8 @@ int daysInMonth(int year, int month) {
 /// Days from 1970-01-01 to January 1st of a year of 1 or later.
 std::int64_t daysBeforeYear(int year) {
     constexpr std::int64_t daysTo1970 = 719162;
-    const std::int64_t past = year - 1;
-    return past * 365 + past / 4 - past / 100 + past / 400 - daysTo1970;
+    const std::int64_t fullYears = year - 1;
+    return fullYears * 365 + fullYears / 4 - fullYears / 100 + fullYears / 400 - daysTo1970;
 }
 
 /// Parses a text front to back; `isGood` is false after the first mismatch.
@@ -87,21 +87,21 @@ std::string text(double secondsSince1970) {
     const double inRange =
         std::isnan(secondsSince1970) ? 0.0 : std::clamp(secondsSince1970, earliest, latest);
     const auto seconds = static_cast<std::int64_t>(std::floor(inRange));
-    std::int64_t days = seconds / secondsADay;
-    if (seconds % secondsADay < 0)
+    std::int64_t days = seconds / secondsPerDay;
+    if (seconds % secondsPerDay < 0)
         --days;
-    const auto ofDay = static_cast<int>(seconds - days * secondsADay);
-    // A year has at most 366 days, so this is never too late.
+    const auto secondOfDay = static_cast<int>(seconds - days * secondsPerDay);
+    // A year has at most 366 days, so this estimate is never too late.
     int year = 1 + static_cast<int>((days - daysBeforeYear(1)) / 366);
     while (year < 9999 && daysBeforeYear(year + 1) <= days)
         ++year;
-    auto ofYear = static_cast<int>(days - daysBeforeYear(year));
+    auto dayOfYear = static_cast<int>(days - daysBeforeYear(year));
     int month = 1;
-    for (; ofYear >= daysInMonth(year, month); ++month)
-        ofYear -= daysInMonth(year, month);
+    for (; dayOfYear >= daysInMonth(year, month); ++month)
+        dayOfYear -= daysInMonth(year, month);
     char line[96];
-    std::snprintf(line, sizeof line, "%04d-%02d-%02dT%02d:%02d:%02dZ", year, month, ofYear + 1,
-                  ofDay / 3600, ofDay / 60 % 60, ofDay % 60);
+    std::snprintf(line, sizeof line, "%04d-%02d-%02dT%02d:%02d:%02dZ", year, month, dayOfYear + 1,
+                  secondOfDay / 3600, secondOfDay / 60 % 60, secondOfDay % 60);
     return line;
 }
 
@@ -126,8 +126,8 @@ std::optional<double> parse(std::string_view text) {
     std::int64_t days = daysBeforeYear(year) + day - 1;
     for (int before = 1; before < month; ++before)
         days += daysInMonth(year, before);
-    const int ofDay = hour * 3600 + minute * 60 + second;
-    return static_cast<double>(days * secondsADay + ofDay - offset) + fraction;
+    const int secondOfDay = hour * 3600 + minute * 60 + second;
+    return static_cast<double>(days * secondsPerDay + secondOfDay - offset) + fraction;
 }
 
 } // namespace tessarune::ISO8601Date

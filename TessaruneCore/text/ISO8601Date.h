@@ -11,7 +11,8 @@ namespace tessarune::ISO8601Date {
 /// clamped.
 std::string text(double secondsSince1970);
 
-/// Also accepts fractions of a second, and an offset (+hh:mm or +hhmm) in place of the "Z".
+/// Also accepts fractions of a second, and an offset (+hh:mm or +hhmm) in place of the "Z";
+/// `nullopt` for any other text.
 std::optional<double> parse(std::string_view text);
 
 } // namespace tessarune::ISO8601Date

@@ -14,7 +14,7 @@ std::string plain(const Json& value) {
     return value.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
-/// `lineStart` is a line feed with the indentation, or empty for one line.
+/// `lineStart` is a line feed with the indentation, or empty for output on one line.
 template <typename Json>
 bool write(std::string& out, const Json& value, const std::string& lineStart) {
     if (value.is_number_float()) {

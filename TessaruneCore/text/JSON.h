@@ -11,31 +11,33 @@
 #include <utility>
 #include <vector>
 
-/// The program's operations on JSON, on top of the library. Values, for one thread at a time.
-/// Included by sources only, as the library's header costs every translation unit a second.
+/// The program's JSON operations, on top of a library. A value is used by one thread at a time.
+/// Include this in sources only, because the library's header adds a second to each translation
+/// unit.
 namespace tessarune::JSON {
 
 using Value = nlohmann::json;           ///< keys sorted
 using Ordered = nlohmann::ordered_json; ///< keys in the order in which they were added
 
-/// Deeper nesting than in any of our files; walking a value recurses once per level.
+/// Deeper than any file of the program. A limit is needed because walking a value recurses once per
+/// level.
 inline constexpr int maximumDepth = 100;
 
-/// Parses text of any origin. Returns a discarded value (`is_discarded()`) if it is not JSON, is
-/// nested too deeply or holds a number beyond a double. Never throws.
+/// Parses untrusted text. Returns a discarded value (`is_discarded()`) if the text is not JSON, is
+/// nested too deeply or contains a number beyond the range of a double. Never throws.
 Value parse(std::string_view text);
 
 // Doubles are written in the shortest form that reads back the same (the library's own printer
-// sometimes adds a digit). Invalid UTF-8 bytes become U+FFFD. `nullopt` if the value holds a number
-// that is not finite, which JSON cannot express.
+// sometimes adds a digit). Invalid UTF-8 bytes become U+FFFD. `nullopt` if the value contains a
+// number that is not finite, which JSON cannot express.
 
 /// On one line.
 std::optional<std::string> line(const Value& value);
 std::optional<std::string> line(const Ordered& value);
-/// Two blanks an indentation, for files that people and comparison tools read.
+/// Indented by two blanks per level, for files that people and comparison tools read.
 std::optional<std::string> pretty(const Value& value);
 
-/// Makes an object field by field. An absent value gives no key.
+/// Builds an object field by field and leaves out absent values.
 class Object {
   public:
     template <typename T>
@@ -60,8 +62,8 @@ struct Date {
     double seconds = 0; ///< since 1970
 };
 
-// The JSON form of each type: false if the value has another type. An integer may be written as a
-// whole double, up to 2^53.
+// These read a value of each type; false if it has another type. An integer may be written as a
+// double without a fraction, up to 2^53.
 bool read(const Value& value, std::string& text);
 bool read(const Value& value, bool& flag);
 bool read(const Value& value, double& number);
@@ -69,7 +71,8 @@ bool read(const Value& value, std::int64_t& integer);
 bool read(const Value& value, UUID& id);
 bool read(const Value& value, Date& date);
 
-/// One member of a supposed object; `nullopt` if it is missing or of another type.
+/// One member of `object`; `nullopt` if that is not an object, or if the member is missing or of
+/// another type.
 template <typename T>
 std::optional<T> member(const Value& object, const char* key) {
     T found{};
@@ -91,7 +94,7 @@ class Reader {
         isGood_ = value && read(*value, field);
         return *this;
     }
-    /// Fails if the member is of another type; leaves the field alone if it is missing.
+    /// Fails if the member is of another type; leaves the field unchanged if it is missing.
     template <typename T>
     Reader& optional(const char* key, T& field) {
         if (const Value* const value = find(key))

@@ -7,8 +7,8 @@
 /// never before a comma. Pure, any thread.
 namespace tessarune::Text {
 
-/// The pieces of `text` between which a line may break, each with the blanks behind it. Together
-/// they are `text`. Invalid UTF-8 is one piece.
+/// Splits `text` into pieces between which a line may break, each with its trailing blanks. Invalid
+/// UTF-8 is a single piece.
 std::vector<std::string_view> linePieces(std::string_view text);
 
 } // namespace tessarune::Text

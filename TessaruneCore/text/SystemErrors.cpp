@@ -11,7 +11,7 @@ namespace tessarune {
 
 namespace {
 
-/// The C library's English texts, so that they can be found on the web too.
+/// The C library's English texts, so that they can be found on the web, too.
 constexpr std::pair<int, std::string_view> knownMessages[] = {
     {EACCES, localizationKey("Permission denied")},
     {EBUSY, localizationKey("Device or resource busy")},
@@ -55,8 +55,8 @@ class SystemErrors final : public std::error_category {
 } // namespace
 
 const std::error_category& systemErrors() {
-    static const SystemErrors only;
-    return only;
+    static const SystemErrors instance;
+    return instance;
 }
 
 } // namespace tessarune

@@ -6,11 +6,11 @@
 namespace tessarune {
 
 /// The category for error numbers of the operating system whose messages a user may read: common
-/// ones are in the user's language, the others as the system has them. Compares with `std::errc` as
+/// ones are in the user's language, all others are the system's texts. Compares with `std::errc` as
 /// the generic category does. Any thread.
 const std::error_category& systemErrors();
 
-/// The message for such a number.
+/// The message for an error number.
 inline std::string systemMessage(int error) {
     return systemErrors().message(error);
 }

@@ -60,7 +60,7 @@ void forEachPiece(std::string_view text, Test isSeparator, Use use) {
         use(text.substr(start, end - start));
 }
 
-/// Counts the runs of bytes between separators without branches.
+/// Counts the runs of bytes between separators, without branching.
 template <typename Test>
 std::size_t countOfByteRuns(std::string_view text, Test isSeparator) {
     std::size_t count = 0;

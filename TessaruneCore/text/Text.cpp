@@ -59,7 +59,7 @@ std::size_t CharacterWalker::endOfNext() {
             return end + 1;
         if (isPlain(codePoint) && isPlainOrEnd(text_, end))
             return end;
-        joinedEnds_ = SlowPath::characterEnds(text_.substr(at_, endOfJoinedStretch() - at_));
+        joinedEnds_ = SlowPath::characterEnds(text_.substr(at_, endOfJoinedRun() - at_));
         for (auto& joinedEnd : joinedEnds_)
             joinedEnd += at_;
         nextJoinedEnd_ = 0;
@@ -71,7 +71,7 @@ std::size_t CharacterWalker::endOfNext() {
 }
 
 /// The next position at which a character certainly begins.
-std::size_t CharacterWalker::endOfJoinedStretch() const {
+std::size_t CharacterWalker::endOfJoinedRun() const {
     std::size_t end = at_;
     for (;;) {
         const char32_t before = decode(text_, end);

@@ -27,15 +27,15 @@ std::size_t columnsOfCharacter(std::string_view character) {
     return type == U_NON_SPACING_MARK || type == U_FORMAT_CHAR ? 0 : 1;
 }
 
-constexpr char32_t unshowable = 0xFFFD;
+constexpr char32_t unprintableMark = 0xFFFD;
 
-bool mayBeShown(char32_t codePoint) {
+bool isPrintable(char32_t codePoint) {
     if (codePoint == '\n' || codePoint == '\t')
         return true;
     const bool isControl = codePoint < 0x20 || (codePoint >= 0x7F && codePoint < 0xA0);
-    const bool turnsText = (codePoint >= 0x202A && codePoint <= 0x202E) ||
-                           (codePoint >= 0x2066 && codePoint <= 0x2069);
-    return !isControl && !turnsText && codePoint != 0x2028 && codePoint != 0x2029;
+    const bool changesDirection = (codePoint >= 0x202A && codePoint <= 0x202E) ||
+                                  (codePoint >= 0x2066 && codePoint <= 0x2069);
+    return !isControl && !changesDirection && codePoint != 0x2028 && codePoint != 0x2029;
 }
 
 /// Characters that never begin a line, and characters that never end one.
@@ -59,11 +59,11 @@ class Line {
             breakAt_ = text_.size();
         }
         if (isOneOf(closing, character) && breakAt_ == text_.size())
-            breakAt_ = breakBefore_; // it stays with what it closes
+            breakAt_ = breakBefore_; // a closing mark stays with the character before it
         if (cells_ + cells > width_ && !text_.empty())
             breakInto(lines);
         if (character == " " && text_.empty())
-            return; // it was the break
+            return; // the line break replaces it
         text_ += character;
         cells_ += cells;
         if (cells != 2 || isOneOf(opening, character))
@@ -96,7 +96,7 @@ class Line {
     std::string text_;
     std::size_t cells_ = 0;
     std::size_t breakAt_ = 0;
-    std::size_t breakBefore_ = 0; ///< where a break may be that takes the last character along
+    std::size_t breakBefore_ = 0; ///< the break position before the last character
 };
 
 } // namespace
@@ -138,7 +138,7 @@ std::string padded(std::string_view text, std::size_t width) {
 std::string printable(std::string_view text) {
     std::string shown;
     for (const char32_t codePoint : codePoints(text))
-        append(shown, mayBeShown(codePoint) ? codePoint : unshowable);
+        append(shown, isPrintable(codePoint) ? codePoint : unprintableMark);
     return shown;
 }
 

@@ -17,18 +17,19 @@ std::size_t columns(std::string_view text);
 /// wider than `width` gets a line of its own.
 std::vector<std::string> wrapped(std::string_view text, std::size_t width);
 
-/// `text` if it fills at most `width` cells, else the longest beginning that does, followed by "…".
+/// `text` if it fills at most `width` cells, else the longest prefix that fits together with a "…"
+/// after it.
 std::string fitted(std::string_view text, std::size_t width);
 
-/// `text` and blanks behind it that make it at least `width` cells.
+/// `text` padded with trailing blanks to at least `width` cells.
 std::string padded(std::string_view text, std::size_t width);
 
-/// `text` made safe for display: control characters command a terminal, and directional overrides
-/// reverse the text after them. Each becomes U+FFFD, as does each invalid UTF-8 byte. Line ends and
-/// tabs stay.
+/// Makes `text` safe for display: replaces control characters, which a terminal obeys, directional
+/// overrides, which reverse the text after them, line and paragraph separators, and invalid UTF-8
+/// bytes by U+FFFD. Keeps line feeds and tabs.
 std::string printable(std::string_view text);
 
-/// The same for one line: white space of any kind becomes one blank.
+/// The same for one line: replaces each run of white space by one blank.
 std::string printableLine(std::string_view text);
 
 } // namespace tessarune::Text

@@ -33,7 +33,7 @@ struct CommittedTranslationHealthState {
     void recordSuccess(const UUID& unitID);
     CommittedTranslationFailureAction recordFailure(const UUID& unitID,
                                                     CommittedTranslationFailureSeverity severity);
-    /// Clears the failures but keeps the count, since nothing has succeeded yet.
+    /// Clears the failures but keeps the count, because no unit has succeeded yet.
     void resolveFailures(const std::unordered_set<UUID>& unitIDs);
     void reset();
 

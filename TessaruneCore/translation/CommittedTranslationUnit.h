@@ -11,7 +11,7 @@ namespace tessarune {
 /// Consecutive committed rows that are translated as one text. Equality compares texts by canonical
 /// equivalence.
 struct CommittedTranslationUnit {
-    UUID translationUnitID;            ///< fresh for each unit that is planned
+    UUID translationUnitID;            ///< new for each planned unit
     std::vector<UUID> segmentIDs;      ///< all members in order, blank ones included
     UUID resultSegmentID;              ///< the member that will show the translation: the last one
     std::string sourceText;            ///< "" if all members are blank

@@ -79,7 +79,7 @@ std::optional<CommittedTranslationUnit> nextPendingUnit(std::span<const CaptionS
         return std::nullopt;
     Group group;
     for (const auto& segment : segments.subspan(*first)) {
-        // A group never spans a row that already has a result, since rows are read in order.
+        // A group never spans a row that already has a result.
         if (!TranslationSegmentMutator::isPending(segment))
             break;
         group.segmentIDs.push_back(segment.id);
@@ -90,7 +90,7 @@ std::optional<CommittedTranslationUnit> nextPendingUnit(std::span<const CaptionS
         if (group.isComplete())
             return group.unit(newID);
     }
-    // A unit without text lets the caller finish blank rows without a translation.
+    // A unit without text tells the caller that blank rows need no translation.
     if (group.joined.empty() || forceTail)
         return group.unit(newID);
     return std::nullopt;

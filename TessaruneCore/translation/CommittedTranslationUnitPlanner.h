@@ -7,8 +7,8 @@
 #include <span>
 #include <string_view>
 
-/// Groups committed rows without a translation into texts that are worth translating as a whole.
-/// Pure functions, safe from any thread.
+/// Groups committed rows without a translation into texts that are translated as one. Pure
+/// functions, safe from any thread.
 namespace tessarune::CommittedTranslationUnitPlanner {
 
 /// The next unit, starting at the first pending row, or `nullopt` while its text should still grow.

@@ -7,20 +7,22 @@
 #include <string>
 #include <string_view>
 
-/// Chooses the text to translate before it is committed (ghost translation), and tells whether two
-/// such texts are the same. Pure functions, safe from any thread.
+/// Chooses the text whose translation is shown as a preview, and compares such texts. Pure
+/// functions, safe from any thread.
 namespace tessarune::GhostTranslationPlanner {
 
 inline constexpr std::size_t minimumWords = 2;
 
 /// The newest complete sentence of the live text, else its newest soft clause; `nullopt` if that
-/// has fewer words (separated by blanks) than required.
+/// has fewer than `leastWords` words (separated by blanks).
 std::optional<std::string> latestCandidate(const BoundaryObservation& observation,
                                            std::size_t leastWords = minimumWords);
 
-/// The text without case, punctuation and spacing. Candidates with equal keys are the same.
+/// The text without case, punctuation and spacing. Candidates with equal keys count as the same
+/// text.
 std::string normalizedKey(std::string_view text);
 
+/// Whether the source texts have equal keys and the targets are equal.
 bool matches(std::string_view source, std::string_view target, std::string_view currentSource,
              std::string_view currentTarget);
 

@@ -13,7 +13,7 @@ struct LiveCaptionDisplayTranslationPatch {
     UUID translationUnitID;
     std::vector<UUID> segmentIDs;              ///< the unit's rows, in order
     UUID resultSegmentID;                      ///< the row that shows the text
-    std::optional<std::string> translatedText; ///< absent: a change of state without a text
+    std::optional<std::string> translatedText; ///< `nullopt`: the unit failed
 
     bool operator==(const LiveCaptionDisplayTranslationPatch&) const = default;
 };

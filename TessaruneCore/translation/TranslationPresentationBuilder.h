@@ -11,8 +11,8 @@
 #include <unordered_set>
 #include <vector>
 
-/// Derives from a list of caption rows which translations are visible, what the status line says
-/// and whether a retry makes sense. Pure functions, safe from any thread.
+/// Derives the visible translations, the status line and the possible retries from a list of
+/// caption rows. Pure functions, safe from any thread.
 namespace tessarune::TranslationPresentationBuilder {
 
 /// Why a retry cannot run: a short text beside the captions, and a sentence for the status line.
@@ -24,10 +24,10 @@ struct RetryBlockedStatus {
 };
 
 bool hasFailures(std::span<const CaptionSegment> segments);
-/// Whether a row has no translation, failed ones included.
+/// Whether any row has no translation, be it pending or failed.
 bool hasIncomplete(std::span<const CaptionSegment> segments);
 std::size_t pendingCount(std::span<const CaptionSegment> segments);
-/// Rows that carry the text of a unit; its other members are not counted.
+/// The number of rows that carry the text of a unit; the unit's other rows are not counted.
 std::size_t translatedCount(std::span<const CaptionSegment> segments);
 
 std::vector<std::string> visibleTranslations(std::span<const CaptionSegment> segments,
@@ -37,7 +37,8 @@ std::string flow(const std::vector<std::string>& translations);
 
 bool canRetryFailures(std::span<const CaptionSegment> segments, bool backendCanRun);
 bool canRetryIncomplete(std::span<const CaptionSegment> segments, bool backendCanRun);
-/// True for every target, even the source language, whose text is passed through.
+/// Whether the backend can translate. It can for every target, even for the source language, whose
+/// text is passed through.
 bool backendCanRun(std::string_view backend, std::string_view target);
 std::optional<RetryBlockedStatus> retryBlockedStatus(bool hasIncomplete, std::string_view backend);
 
@@ -45,7 +46,7 @@ std::optional<RetryBlockedStatus> retryBlockedStatus(bool hasIncomplete, std::st
 struct StatusInput {
     std::string_view backend;
     std::string_view target;
-    std::string_view statusMessage; ///< what the session has to say; stands before all progress
+    std::string_view statusMessage; ///< the session's message; replaces the progress
     bool isGhostTranslating = false;
     bool isTranslating = false;
     bool includeProgress = true;

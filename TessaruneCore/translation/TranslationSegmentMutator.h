@@ -15,12 +15,12 @@
 /// functions on the given rows, safe from any thread.
 namespace tessarune::TranslationSegmentMutator {
 
-/// The row has neither a translation nor a failure.
+/// Whether the row has neither a translation nor a failure.
 bool isPending(const CaptionSegment& segment);
 
 std::optional<std::size_t> nextPendingIndex(std::span<const CaptionSegment> segments);
 
-/// Every row becomes pending.
+/// Makes every row pending.
 void clearResults(std::span<CaptionSegment> segments);
 
 /// Clears the failure and the unit of every failed row; keeps translations.

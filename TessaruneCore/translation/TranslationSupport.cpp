@@ -95,7 +95,7 @@ std::string primarySubtag(std::string_view id) {
     return Text::lowercased(part.empty() ? whole : part);
 }
 
-/// "zh", "zh_TW", "zh-Hant-HK": the writing decides, and without it the place.
+/// "zh", "zh_TW", "zh-Hant-HK": chosen by the script, or else by the region.
 std::optional<std::string> chineseID(std::string_view lowercaseRest) {
     if (lowercaseRest.empty())
         return "zh-Hans";
@@ -160,9 +160,9 @@ std::optional<std::string> targetLanguageID(std::string_view written) {
     const bool hasRegion = rest.size() == 3 || rest.size() == 4; // with the "-"
     for (const auto& row : languages) {
         const std::string id = Text::lowercased(row.id);
-        const bool isOfAnyRegion = id == primary && hasRegion;
-        const bool isOfOneRegion = rest.empty() && id.starts_with(primary + "-");
-        if (id == wanted || isOfAnyRegion || isOfOneRegion)
+        const bool hasRedundantRegion = id == primary && hasRegion;
+        const bool lacksItsRegion = rest.empty() && id.starts_with(primary + "-");
+        if (id == wanted || hasRedundantRegion || lacksItsRegion)
             return std::string(row.id);
     }
     return std::nullopt;

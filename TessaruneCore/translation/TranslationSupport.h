@@ -38,9 +38,9 @@ struct BackendStatus {
 const std::vector<TranslationTargetLanguage>& targetLanguages();
 /// The target with this `id`, or null.
 const TranslationTargetLanguage* targetLanguage(std::string_view id);
-/// The `id` of the target that a person means who writes it in any case, with "_" for "-", with a
-/// region that makes no difference here ("ja-JP"), or without the one that is known ("pt"). Chinese
-/// goes by the script or by the place. Nothing for what is no target.
+/// Finds the `id` of the target that a user wrote: in any case, with "_" for "-", with a redundant
+/// region ("ja-JP"), or without the region that the `id` has ("pt"). Chinese is chosen by script or
+/// region. `nullopt` if it is not a target.
 std::optional<std::string> targetLanguageID(std::string_view written);
 /// The language's localised name; an unknown `id` is returned unchanged.
 std::string translationTargetDisplayName(const TranslationTargetLanguage& language);
@@ -67,7 +67,7 @@ BackendStatus backendStatus(std::string_view backend, std::string_view target);
 std::string backendNotConnectedMessage(std::string_view backend);
 std::string backendNotConnectedSentence(std::string_view backend);
 
-/// In the target language, since it replaces the translation on screen.
+/// In the target language, because it replaces the translation on screen.
 std::string_view languageResourceNotReadyMessage(std::string_view target);
 bool isLanguageResourceNotReadyDisplayMessage(std::string_view text);
 /// The text of a row's failure as a status line.

@@ -15,7 +15,7 @@ enum class TranslationAvailabilityStatus {
 
 std::string_view name(TranslationAvailabilityStatus status);
 
-/// Seam between the translation logic and the offline translation service. Languages are the
+/// Interface between the translation logic and the offline translation service. Languages are the
 /// identifiers of `TranslationSupport`.
 ///
 /// Operations may run concurrently. Each starts and resumes on the executor that the translator was
@@ -32,7 +32,7 @@ class Translator {
     virtual Task<void> prepareLanguages(std::string source, std::string target) = 0;
     /// Drops all state of the pair and prepares it again.
     virtual Task<void> rebuildLanguagePair(std::string source, std::string target) = 0;
-    /// Prepares the pair first if necessary. Blank text gives "".
+    /// Prepares the pair first if necessary. Returns "" for blank text.
     virtual Task<std::string> translate(std::string text, std::string source,
                                         std::string target) = 0;
 };

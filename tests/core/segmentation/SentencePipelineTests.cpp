@@ -164,13 +164,14 @@ RC_GTEST_PROP(SentencePipelinePropertyTests, EverySentenceIsCommittedOnceAtAnyPa
             text += (text.empty() ? "" : " ") + std::string(word);
             now += *rc::gen::elementOf(std::vector<double>{0.1, 0.4, 1.0});
             const auto decision = engine.ingestPartial(text, context, now);
-            committed.insert(frozen.end(), decision.hardPieces.begin(), decision.hardPieces.end());
+            committed.insert(committed.end(), decision.hardPieces.begin(),
+                             decision.hardPieces.end());
             for (const auto& open : decision.leading)
-                RC_ASSERT(std::find(committed.begin(), frozen.end(), open) == frozen.end());
+                RC_ASSERT(std::find(committed.begin(), committed.end(), open) == committed.end());
         }
     }
     const auto rest = engine.ingestFinal(text, context).hardPieces;
-    committed.insert(frozen.end(), rest.begin(), rest.end());
+    committed.insert(committed.end(), rest.begin(), rest.end());
     RC_ASSERT(committed == expected);
 }
 
