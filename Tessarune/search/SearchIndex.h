@@ -10,15 +10,16 @@
 
 namespace tessarune {
 
-/// The index cannot be used. A damaged one, or one of another version, must be rebuilt; one that is
-/// temporarily unavailable (a full disk, another program that writes) is kept.
+/// Thrown if the index cannot be used. If `isDamaged`, it is damaged or of another version and must
+/// be rebuilt; otherwise it is only temporarily unavailable (a full disk, another program that
+/// writes) and is kept.
 struct SearchIndexFailed : std::runtime_error {
     SearchIndexFailed(const std::string& what, bool isDamage)
         : std::runtime_error(what), isDamaged(isDamage) {}
     bool isDamaged;
 };
 
-/// The indexed texts of a recording, in the form of SearchTokens::joined.
+/// The indexed texts of a recording, in the form that `SearchTokens::joined` returns.
 struct IndexedTexts {
     UUID id;
     std::string stamp; ///< of the source files
@@ -26,8 +27,8 @@ struct IndexedTexts {
     std::string translation;
 };
 
-/// Seam: an index over the texts of all recordings, which can be rebuilt from them. One thread at a
-/// time. Everything throws SearchIndexFailed.
+/// Interface: an index of the texts of all recordings, which can be rebuilt from the transcripts.
+/// One thread at a time. All functions throw `SearchIndexFailed`.
 class SearchIndex {
   public:
     virtual ~SearchIndex() = default;
@@ -36,13 +37,14 @@ class SearchIndex {
     virtual std::map<UUID, std::string> stamps() = 0;
     /// Adds or replaces recordings: all of them, or none on failure.
     virtual void replace(const std::vector<IndexedTexts>& texts) = 0;
-    /// Searches no longer find them; their words stay in the file until `eraseTraces` is done.
+    /// Removes recordings from the results of searches. Their words remain in the file until
+    /// `eraseTraces` returns false.
     virtual void remove(const std::vector<UUID>& ids) = 0;
-    /// Erases a part of the remains of removed texts from the file, including those of an earlier
-    /// run; false once nothing is left.
+    /// Erases some of the removed words from the file, including those of an earlier run; false
+    /// once none are left.
     virtual bool eraseTraces() = 0;
 
-    /// The recordings that match, in no order.
+    /// The recordings that match, in any order.
     virtual std::vector<UUID> find(const SearchQuery& query) = 0;
 };
 

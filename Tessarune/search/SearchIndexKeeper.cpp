@@ -10,8 +10,9 @@ namespace tessarune {
 
 namespace {
 
-/// Recordings read in one step: a search that arrives meanwhile waits no longer than that.
-constexpr std::size_t recordingsAStep = 8;
+/// The number of recordings read in one step. A search that arrives meanwhile waits for the end of
+/// the step.
+constexpr std::size_t recordingsPerStep = 8;
 
 } // namespace
 
@@ -43,8 +44,8 @@ void SearchIndexKeeper::discardIndex() {
     }
 }
 
-bool SearchIndexKeeper::overIndex(const std::function<void(SearchIndex&)>& work) {
-    for (const bool isFirstTry : {true, false}) {
+bool SearchIndexKeeper::withIndex(const std::function<void(SearchIndex&)>& work) {
+    for (const bool isFirstAttempt : {true, false}) {
         try {
             if (!index_)
                 index_ = open_(path_);
@@ -52,7 +53,7 @@ bool SearchIndexKeeper::overIndex(const std::function<void(SearchIndex&)>& work)
             return true;
         } catch (const SearchIndexFailed& failure) {
             log("search.index.failed", failure);
-            if (!failure.isDamaged || !isFirstTry)
+            if (!failure.isDamaged || !isFirstAttempt)
                 return false;
             discardIndex();
             wasChecked_ = false;
@@ -68,7 +69,7 @@ void SearchIndexKeeper::noteChange(const UUID& id) {
 void SearchIndexKeeper::check() {
     try {
         compare();
-    } catch (const std::exception& error) { // the disk
+    } catch (const std::exception& error) { // the disk failed
         log("search.check.failed", error);
     }
 }
@@ -81,7 +82,7 @@ void SearchIndexKeeper::compare() {
     }
     std::vector<UUID> gone;
     std::vector<IndexedTexts> outdated;
-    const bool isThere = overIndex([&](SearchIndex& index) {
+    const bool isUsable = withIndex([&](SearchIndex& index) {
         auto known = index.stamps();
         for (const UUID& id : changed_)
             known[id].clear();
@@ -99,7 +100,7 @@ void SearchIndexKeeper::compare() {
         if (!gone.empty())
             index.remove(gone);
     });
-    if (!isThere)
+    if (!isUsable)
         return;
     wasChecked_ = true;
     isBehind_ = false;
@@ -116,27 +117,27 @@ bool SearchIndexKeeper::step() {
         readSome();
         return true;
     }
-    const bool isMore = eraseSome();
-    if (!wasChecked_) // it was damaged
+    const bool hasMore = eraseSome();
+    if (!wasChecked_) // the index was damaged and is new
         check();
-    return isMore || !outdated_.empty();
+    return hasMore || !outdated_.empty();
 }
 
 bool SearchIndexKeeper::eraseSome() {
-    bool isMore = false;
+    bool hasMore = false;
     if (wasChecked_ && index_)
-        overIndex([&](SearchIndex& index) { isMore = index.eraseTraces(); });
-    return isMore;
+        withIndex([&](SearchIndex& index) { hasMore = index.eraseTraces(); });
+    return hasMore;
 }
 
 void SearchIndexKeeper::readSome() {
-    const std::size_t count = std::min(recordingsAStep, outdated_.size());
+    const std::size_t count = std::min(recordingsPerStep, outdated_.size());
     std::vector<IndexedTexts> read(outdated_.end() - static_cast<std::ptrdiff_t>(count),
                                    outdated_.end());
     outdated_.resize(outdated_.size() - count);
     std::vector<IndexedTexts> indexed;
     for (auto& entry : read) {
-        // An unreadable one keeps its entry in the index, and is retried at the next check.
+        // An unreadable recording keeps its entry in the index and is retried at the next check.
         const auto texts = transcripts_.texts(entry.id);
         if (!texts) {
             ++unreadable_;
@@ -146,14 +147,14 @@ void SearchIndexKeeper::readSome() {
         entry.translation = SearchTokens::joined(texts->translation);
         indexed.push_back(std::move(entry));
     }
-    const bool isDone = overIndex([&](SearchIndex& index) { index.replace(indexed); });
+    const bool isDone = withIndex([&](SearchIndex& index) { index.replace(indexed); });
     if (!wasChecked_)
-        check(); // over a new index
+        check(); // the index is new and empty
     else if (!isDone)
         giveUp();
 }
 
-/// Until the next check.
+/// Stops updating until the next check.
 void SearchIndexKeeper::giveUp() {
     isBehind_ = true;
     outdated_.clear();
@@ -171,9 +172,9 @@ std::vector<UUID> SearchIndexKeeper::find(const SearchQuery& query) {
     std::vector<UUID> found;
     if (wasChecked_ && !index_)
         return found; // no recordings
-    const bool isThere =
-        !isBehind_ && overIndex([&](SearchIndex& index) { found = index.find(query); });
-    if (!isThere)
+    const bool isUsable =
+        !isBehind_ && withIndex([&](SearchIndex& index) { found = index.find(query); });
+    if (!isUsable)
         return findInFiles(query);
     if (!wasChecked_)
         check();

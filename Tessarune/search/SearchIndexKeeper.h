@@ -12,40 +12,41 @@
 
 namespace tessarune {
 
-/// Opens the index file or makes it. Throws SearchIndexFailed.
+/// Opens the index file or creates it. Throws `SearchIndexFailed`.
 using OpenSearchIndex =
     std::function<std::unique_ptr<SearchIndex>(const std::filesystem::path& path)>;
 
-/// Keeps the index in agreement with the transcripts, which are authoritative: adds missing and
-/// updates outdated ones, removes deleted ones, and silently rebuilds a damaged index. Without an
-/// index, the transcripts themselves are searched. One thread; never throws.
+/// Keeps the index up to date with the transcripts, which are authoritative: adds, updates and
+/// removes texts, and silently rebuilds a damaged index. If the index cannot be used, it searches
+/// the transcripts themselves. One thread; never throws.
 class SearchIndexKeeper {
   public:
-    /// Files, catalog and logger must outlive it.
+    /// `files`, `catalog` and `logger` must outlive this.
     SearchIndexKeeper(FileSystem& files, const RecordingCatalog& catalog,
                       TessaruneFileLogger& logger, OpenSearchIndex open);
     ~SearchIndexKeeper();
 
     static std::filesystem::path indexPath(const TessarunePaths& paths);
 
-    /// Compares the index with the transcripts. Deleted recordings are not found from then on.
+    /// Compares the index with the transcripts. Deleted recordings are no longer found afterwards.
     void check();
-    /// Treats the recording as changed at the next check, whatever its stamp is.
+    /// Makes the next check treat the recording as changed, whatever its stamp is.
     void noteChange(const UUID& id);
-    /// Does a part of the remaining work, a few hundredths of a second; false once there is none.
+    /// Does some of the work that a check found, for a few hundredths of a second; false once none
+    /// is left.
     bool step();
-    /// The same, for erasing deleted texts only; false once nothing of them is left.
+    /// The same, but only erases deleted texts; false once none are left.
     bool eraseSome();
 
     struct State {
-        std::size_t done = 0; ///< of the recordings that had to be read since the last check
-        std::size_t all = 0;
-        std::size_t unreadable = 0; ///< of these; the index has their former texts, if any
+        std::size_t done = 0;       ///< recordings read since the last check, readable or not
+        std::size_t all = 0;        ///< recordings that the last check found outdated
+        std::size_t unreadable = 0; ///< of `done`; the index keeps their old texts, if any
         bool isComplete() const { return done == all; }
     };
     State state() const;
 
-    /// The matching recordings among the indexed ones, in no order.
+    /// The matching recordings among those indexed so far, in any order.
     std::vector<UUID> find(const SearchQuery& query);
 
   private:
@@ -53,8 +54,9 @@ class SearchIndexKeeper {
     void compare();
     void readSome();
     void giveUp();
-    /// Retries once with a rebuilt index if this one is damaged. False if it cannot be done now.
-    bool overIndex(const std::function<void(SearchIndex&)>& work);
+    /// Calls `work` with the index. If that is damaged, calls `work` once more with a new, empty
+    /// index. False if the index cannot be used now.
+    bool withIndex(const std::function<void(SearchIndex&)>& work);
     std::vector<UUID> findInFiles(const SearchQuery& query);
     void log(const char* event, const std::exception& error);
 
@@ -65,7 +67,7 @@ class SearchIndexKeeper {
     OpenSearchIndex open_;
     std::unique_ptr<SearchIndex> index_;
     bool wasChecked_ = false;
-    bool isBehind_ = false; ///< and cannot be updated now
+    bool isBehind_ = false; ///< updating failed; search the transcripts until the next check
     std::vector<UUID> changed_;
     std::vector<IndexedTexts> outdated_; ///< to be read; only ids and stamps
     std::size_t outdatedAtCheck_ = 0;

@@ -8,11 +8,11 @@ namespace tessarune {
 
 namespace {
 
-/// A letter alone begins too many words.
+/// A single letter begins too many words.
 constexpr std::size_t shortestPrefix = 2;
 
-bool phraseStandsAt(const SearchQuery::Phrase& phrase, const std::vector<SearchToken>& tokens,
-                    std::size_t at) {
+bool occursAt(const SearchQuery::Phrase& phrase, const std::vector<SearchToken>& tokens,
+              std::size_t at) {
     if (tokens.size() - at < phrase.tokens.size())
         return false;
     for (std::size_t i = 0; i < phrase.tokens.size(); ++i) {
@@ -25,14 +25,14 @@ bool phraseStandsAt(const SearchQuery::Phrase& phrase, const std::vector<SearchT
 }
 
 /// The index of the phrase's first token; the number of tokens if it does not occur.
-std::size_t placeOf(const SearchQuery::Phrase& phrase, const std::vector<SearchToken>& tokens) {
+std::size_t indexOf(const SearchQuery::Phrase& phrase, const std::vector<SearchToken>& tokens) {
     std::size_t at = 0;
-    while (at < tokens.size() && !phraseStandsAt(phrase, tokens, at))
+    while (at < tokens.size() && !occursAt(phrase, tokens, at))
         ++at;
     return at;
 }
 
-/// The characters at the end of `text`, as many as `count`, and whether there are more before.
+/// The last `count` characters of `text`, with "…" in front if it has more.
 std::string lastCharacters(std::string_view text, std::size_t count) {
     const auto characters = Text::characters(text);
     if (characters.size() <= count)
@@ -78,7 +78,7 @@ bool SearchQuery::matches(const std::vector<std::string_view>& texts) const {
         cut.push_back(SearchTokens::cut(text));
     return std::ranges::all_of(phrases, [&](const Phrase& phrase) {
         return std::ranges::any_of(
-            cut, [&](const auto& tokens) { return placeOf(phrase, tokens) < tokens.size(); });
+            cut, [&](const auto& tokens) { return indexOf(phrase, tokens) < tokens.size(); });
     });
 }
 
@@ -86,7 +86,7 @@ std::optional<std::string_view> SearchQuery::firstMatch(std::string_view text) c
     const auto tokens = SearchTokens::cut(text);
     std::optional<std::string_view> first;
     for (const auto& phrase : phrases) {
-        const std::size_t at = placeOf(phrase, tokens);
+        const std::size_t at = indexOf(phrase, tokens);
         if (at == tokens.size())
             continue;
         const auto& last = tokens[at + phrase.tokens.size() - 1];

@@ -26,13 +26,13 @@ struct SearchQuery {
 
     static SearchQuery parse(std::string_view text);
 
-    /// The query is empty.
     bool isEmpty() const { return phrases.empty(); }
 
     /// Whether each phrase occurs in one of the texts, for texts that are not indexed.
     bool matches(const std::vector<std::string_view>& texts) const;
 
-    /// The first occurrence of any of the phrases: a view into `text`; `nullopt` if there is none.
+    /// The first occurrence of any of the phrases, as a view into `text`; `nullopt` if there is
+    /// none.
     std::optional<std::string_view> firstMatch(std::string_view text) const;
 
     bool operator==(const SearchQuery&) const = default;
@@ -46,8 +46,8 @@ struct SearchExcerpt {
 
     bool operator==(const SearchExcerpt&) const = default;
 
-    /// About `context` characters on either side, with "…" if the line is longer. `nullopt` if the
-    /// text has none of the phrases.
+    /// Returns up to `context` characters on either side of the first match, with "…" if the line
+    /// is longer; `nullopt` if the text has none of the phrases.
     static std::optional<SearchExcerpt> of(const SearchQuery& query, std::string_view text,
                                            std::size_t context = 40);
 };

@@ -89,7 +89,7 @@ class Cutter {
     }
     void add(std::size_t start, std::size_t end, std::string_view raw) {
         std::string folded = Text::folded(raw);
-        // Compatible forms may have blanks in them.
+        // Compatibility forms may contain blanks.
         std::erase(folded, ' ');
         if (!folded.empty())
             tokens_.push_back({std::move(folded), start, end - start});

@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// A word in the form that searches compare, and its place in the text.
+/// A word in the form that searches compare, and its position in the text.
 struct SearchToken {
     std::string text;
     std::size_t offset = 0; ///< in bytes
@@ -16,17 +16,17 @@ struct SearchToken {
     bool operator==(const SearchToken&) const = default;
 };
 
-/// Splits text for the search, queries and transcripts alike. Pure functions, any thread.
+/// Splits queries and transcripts into tokens. Pure functions, any thread.
 ///
 /// A token is a run of letters and digits, folded; apostrophes in it are ignored ("dont" finds
 /// "don't"). In scripts without blanks between words (Chinese, Japanese, Thai and others) and in
-/// Korean, where words have endings, each character is a token, and a query is found as a sequence
-/// of them.
+/// Korean, where words have endings, each character is a token, and a query matches as a sequence
+/// of tokens.
 namespace SearchTokens {
 
 std::vector<SearchToken> cut(std::string_view text);
 
-/// The tokens of a text with a blank between each two.
+/// The tokens of a text, joined with blanks.
 std::string joined(std::string_view text);
 
 } // namespace SearchTokens

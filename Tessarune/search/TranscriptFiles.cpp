@@ -30,7 +30,7 @@ std::map<UUID, std::string> TranscriptFiles::stamps() {
     return found;
 }
 
-/// A file that vanishes meanwhile has none.
+/// The stamp of one file; empty if it has vanished meanwhile.
 std::string TranscriptFiles::stamp(const std::filesystem::path& path) {
     try {
         return path.extension().string() + std::to_string(files_.size(path)) + "@" +

@@ -11,22 +11,22 @@
 
 namespace tessarune {
 
-/// Reads the sidecars for the search. Any thread.
+/// Reads the texts of recordings for the search. Any thread.
 class TranscriptFiles {
   public:
-    /// Both must outlive it.
+    /// Both must outlive this.
     TranscriptFiles(FileSystem& files, const RecordingCatalog& catalog)
         : files_(files), catalog_(catalog) {}
 
     struct Texts {
         std::string source;
-        std::string translation; ///< without the source, one line a translation
+        std::string translation; ///< one line per translation, without the source
     };
 
     /// The recordings that have text, each with a stamp that changes when its files are replaced.
-    /// Throws std::system_error.
+    /// Throws `std::system_error`.
     std::map<UUID, std::string> stamps();
-    /// `nullopt` if they cannot be read; empty texts if they are gone.
+    /// `nullopt` if the files cannot be read; empty texts if they do not exist.
     std::optional<Texts> texts(const UUID& id);
 
   private:

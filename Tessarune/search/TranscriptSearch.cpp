@@ -7,7 +7,8 @@
 
 namespace tessarune {
 
-/// Only for use on the queue, except the atomics. Queued blocks hold it: it may outlive the search.
+/// Used only on the queue, except for the atomics. Queued blocks share its ownership, so it may
+/// outlive the search.
 struct TranscriptSearch::Worker {
     Worker(FileSystem& files, const RecordingCatalog& catalog, TessaruneFileLogger& logger,
            OpenSearchIndex open, NotificationCenter& itsNotifications)
@@ -18,32 +19,32 @@ struct TranscriptSearch::Worker {
     SearchIndexKeeper keeper;
     TranscriptFiles transcripts;
     NotificationCenter& notifications;
-    bool isFollowing = false; ///< a step is queued
+    bool isStepQueued = false;
     std::atomic<bool> isStopping = false;
     std::atomic<int> newestSearch = 0;
     std::atomic<int> checksQueued = 0;
 
-    /// Runs step after step, and lets other work use the queue between them.
-    static void follow(const std::shared_ptr<Worker>& worker,
-                       const std::weak_ptr<SerialQueue>& queue) {
+    /// Queues one step after the other, so that other work can run between them.
+    static void queueStep(const std::shared_ptr<Worker>& worker,
+                          const std::weak_ptr<SerialQueue>& queue) {
         const auto strong = queue.lock();
-        if (!strong || worker->isFollowing || worker->isStopping)
+        if (!strong || worker->isStepQueued || worker->isStopping)
             return;
-        worker->isFollowing = true;
+        worker->isStepQueued = true;
         strong->async([worker, queue] {
-            worker->isFollowing = false;
+            worker->isStepQueued = false;
             if (worker->isStopping)
                 return;
             const bool wasComplete = worker->keeper.state().isComplete();
-            const bool isMore = worker->keeper.step();
+            const bool hasMore = worker->keeper.step();
             if (!wasComplete && worker->keeper.state().isComplete())
                 worker->notifications.post(NotificationName::searchIndexDidChange);
-            if (isMore)
-                follow(worker, queue);
+            if (hasMore)
+                queueStep(worker, queue);
         });
     }
 
-    /// Of several queued checks only the last one runs.
+    /// Queues a check. Of several queued checks only the last one runs.
     static void check(const std::shared_ptr<Worker>& worker,
                       const std::shared_ptr<SerialQueue>& queue, std::optional<UUID> changed) {
         ++worker->checksQueued;
@@ -53,7 +54,7 @@ struct TranscriptSearch::Worker {
             if (--worker->checksQueued > 0)
                 return;
             worker->keeper.check();
-            follow(worker, weakQueue);
+            queueStep(worker, weakQueue);
         });
     }
 };
@@ -65,34 +66,34 @@ TranscriptSearch::TranscriptSearch(Host& host, FileSystem& files, const Recordin
       notifications_(notifications),
       worker_(std::make_shared<Worker>(files, catalog, logger, std::move(open), notifications)) {
     if (files.exists(SearchIndexKeeper::indexPath(catalog.paths())))
-        onQueue();
+        workerQueue();
 }
 
 TranscriptSearch::~TranscriptSearch() {
     worker_->isStopping = true;
     if (queue_)
-        queue_->sync([] {}); // wait: queued work uses objects that are destroyed right after this
+        queue_->sync([] {}); // wait: queued work uses objects that the caller may destroy next
 }
 
-Executor TranscriptSearch::onQueue() {
+Executor TranscriptSearch::workerQueue() {
     if (!queue_) {
         queue_ = host_.serialQueue("Tessarune.TranscriptSearch", QueuePriority::standard);
-        const auto follow = [this](std::string_view name) {
+        const auto observe = [this](std::string_view name) {
             observations_.push_back(notifications_.observe(
                 name, [worker = worker_, queue = queue_](const NotificationObject& object) {
                     const auto* id = std::get_if<UUID>(&object);
                     Worker::check(worker, queue, id ? std::optional(*id) : std::nullopt);
                 }));
         };
-        follow(NotificationName::recordingCatalogDidChange);
-        follow(NotificationName::recordingTranscriptDidUpdate);
+        observe(NotificationName::recordingCatalogDidChange);
+        observe(NotificationName::recordingTranscriptDidUpdate);
     }
     return Executor::queue(host_, queue_);
 }
 
 Task<TranscriptSearch::Found> TranscriptSearch::find(SearchQuery query) {
     const auto worker = worker_;
-    const Executor executor = onQueue();
+    const Executor executor = workerQueue();
     const std::weak_ptr<SerialQueue> queue = queue_;
     const int number = ++worker->newestSearch;
     co_return co_await runOn(executor, [&] {
@@ -104,21 +105,21 @@ Task<TranscriptSearch::Found> TranscriptSearch::find(SearchQuery query) {
         const SearchIndexKeeper::State state = worker->keeper.state();
         found.isComplete = state.isComplete();
         found.unreadable = state.unreadable;
-        Worker::follow(worker, queue);
+        Worker::queueStep(worker, queue);
         return found;
     });
 }
 
 Task<void> TranscriptSearch::bringUpToDate(Progress progress) {
     const auto worker = worker_;
-    const Executor executor = onQueue();
+    const Executor executor = workerQueue();
     co_await runOn(executor, [&] { worker->keeper.check(); });
     SearchIndexKeeper::State state;
-    for (bool isMore = true; isMore;) {
-        isMore = co_await runOn(executor, [&] {
-            const bool isNext = worker->keeper.step();
+    for (bool hasMore = true; hasMore;) {
+        hasMore = co_await runOn(executor, [&] {
+            const bool hasMoreSteps = worker->keeper.step();
             state = worker->keeper.state();
-            return isNext && !state.isComplete();
+            return hasMoreSteps && !state.isComplete();
         });
         if (progress)
             progress(state);
@@ -129,17 +130,17 @@ Task<void> TranscriptSearch::eraseTraces() {
     if (!queue_)
         co_return; // the queue is missing only if there is no index
     const auto worker = worker_;
-    const Executor executor = onQueue();
+    const Executor executor = workerQueue();
     co_await runOn(executor, [&] { worker->keeper.check(); });
-    for (bool isMore = true; isMore;)
-        isMore = co_await runOn(executor,
-                                [&] { return !worker->isStopping && worker->keeper.eraseSome(); });
+    for (bool hasMore = true; hasMore;)
+        hasMore = co_await runOn(executor,
+                                 [&] { return !worker->isStopping && worker->keeper.eraseSome(); });
 }
 
 Task<std::vector<std::optional<SearchExcerpt>>>
 TranscriptSearch::excerpts(SearchQuery query, std::vector<UUID> recordings) {
     const auto worker = worker_;
-    const Executor executor = onQueue();
+    const Executor executor = workerQueue();
     co_return co_await runOn(executor, [&] {
         std::vector<std::optional<SearchExcerpt>> found;
         found.reserve(recordings.size());
