@@ -23,7 +23,7 @@ std::optional<std::string> fetchedSound(const WebFetch& fetch, const std::string
     return std::move(answer->body);
 }
 
-/// Guesses first, then what the word's page names. Blocks.
+/// Tries the likely addresses first, then the one that the word's page contains. Blocks.
 std::optional<std::string> fetchAudioData(const WebFetch& fetch,
                                           VocabularyPronunciationSource source,
                                           const std::string& word, const std::stop_token& stop) {
@@ -66,8 +66,8 @@ struct HistoryPronunciationAudioPlayer::State {
     Published<std::optional<std::string>> activeKey;
     Published<std::optional<std::string>> loadingKey;
     Block stopPlayer;
-    int sound = 0;             ///< the number of the one that is being heard
-    std::stop_source playTask; ///< of the request under way
+    int sound = 0;             ///< the number of the current sound
+    std::stop_source playTask; ///< of the current request
 
     void stopPlaying() {
         ++sound;
@@ -89,7 +89,7 @@ Task<void> HistoryPronunciationAudioPlayer::State::run(std::shared_ptr<State> st
     try {
         sound = co_await runOn(Executor::queue(state->host, state->queue),
                                [&] { return fetchAudioData(state->fetch, source, word, stop); });
-    } catch (const std::exception& error) { // without a network there is no sound, either
+    } catch (const std::exception& error) { // treated like a missing sound
         logFailure(error);
     }
     if (stop.stop_requested())
@@ -109,7 +109,7 @@ Task<void> HistoryPronunciationAudioPlayer::State::run(std::shared_ptr<State> st
     };
     try {
         state->stopPlayer = state->playSound(std::move(*sound), ended);
-    } catch (const std::exception& error) { // no sound, or one that cannot be played
+    } catch (const std::exception& error) { // no sound output, or the sound cannot be played
         logFailure(error);
         ended();
     }

@@ -13,22 +13,22 @@
 
 namespace tessarune {
 
-/// Lets the user hear a word. The network is touched only in `play`. Main queue; a fetch blocks the
+/// Plays the pronunciation of words. Only `play` uses the network. Main queue; fetching blocks the
 /// queue "Tessarune.Pronunciation".
 class HistoryPronunciationAudioPlayer {
   public:
     /// Plays the bytes of a sound file and returns a function that stops it. `onEnd` is called once
-    /// on the main queue, at the end or if the bytes are no sound; never after a stop.
+    /// on the main queue, at the end or if the bytes cannot be played, but never after a stop.
     using PlaySound = std::function<Block(std::string bytes, Block onEnd)>;
 
-    /// The host must outlive it.
+    /// The host must outlive this.
     HistoryPronunciationAudioPlayer(Host& host, WebFetch fetch, PlaySound playSound);
     ~HistoryPronunciationAudioPlayer();
     HistoryPronunciationAudioPlayer(const HistoryPronunciationAudioPlayer&) = delete;
     HistoryPronunciationAudioPlayer& operator=(const HistoryPronunciationAudioPlayer&) = delete;
 
     /// Fetches the word's sound and plays it; replaces a request that is in progress. Stops the
-    /// sound if this word is playing already. Does nothing if there is no sound.
+    /// sound if this word is playing already. Does nothing if no sound is found.
     void play(VocabularyPronunciationSource source, std::string_view word);
     void stop();
 

@@ -38,7 +38,7 @@ std::vector<std::string> tokensOf(std::string_view sentence) {
     return tokens;
 }
 
-/// The number that stands for a text in one count.
+/// Gives each distinct text a number, counted from 0.
 class Numbering {
   public:
     std::size_t of(const std::string& text) {
@@ -55,7 +55,8 @@ void add(Stats::TokenEntry& entry, const Stats::Occurrence& occurrence) {
     entry.occurrences.push_back(occurrence);
 }
 
-/// The most frequent first; where counts are equal, in the order of the alphabet.
+/// Fills in the derived fields and sorts the entries: the most frequent first, equal counts in
+/// alphabetical order.
 template <typename Entry>
 void rank(std::vector<Entry>& entries, std::string Entry::*name, int tokenCount) {
     for (Entry& entry : entries) {
@@ -75,8 +76,8 @@ void rank(std::vector<Entry>& entries, std::string Entry::*name, int tokenCount)
         entries[i].rank = static_cast<int>(i) + 1;
 }
 
-/// All occurrences of a text, under their tokens and under their lemmas.
-class Count {
+/// Collects the occurrences of all words, by token and by lemma.
+class OccurrenceLists {
   public:
     void add(Stats::Occurrence occurrence, const std::string& lemma) {
         entryOf(tokens_, occurrence.token, tokenEntries_).occurrences.push_back(occurrence);
@@ -134,14 +135,14 @@ HistoryWordStats HistoryWordStats::build(std::string_view sourceText, int senten
     stats.sentenceCount = sentenceCount > 0 ? sentenceCount : static_cast<int>(sentences.size());
 
     LemmaTagger tagger(lexicon);
-    Count count;
+    OccurrenceLists lists;
     for (std::size_t sentence = 0; sentence < sentences.size(); ++sentence) {
         const auto tokens = tokensOf(sentences[sentence]);
         const auto lemmas = stats.languageCode == english ? tagger.lemmas(tokens) : tokens;
         for (std::size_t i = 0; i < tokens.size(); ++i)
-            count.add({static_cast<int>(sentence), static_cast<int>(i), tokens[i]}, lemmas[i]);
+            lists.add({static_cast<int>(sentence), static_cast<int>(i), tokens[i]}, lemmas[i]);
     }
-    count.finish(stats);
+    lists.finish(stats);
     if (stats.sentenceCount > 0)
         stats.averageTokensPerSentence =
             static_cast<double>(stats.tokenCount) / stats.sentenceCount;

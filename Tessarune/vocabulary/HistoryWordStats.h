@@ -14,7 +14,7 @@ namespace tessarune {
 /// thread.
 using DominantLanguage = std::function<std::optional<std::string>(std::string_view text)>;
 
-/// The words of one recording, counted by form and by lemma. A plain value.
+/// The words of one recording, counted by token and by lemma. A plain value.
 struct HistoryWordStats {
     struct Occurrence {
         int sentenceIndex = 0;

@@ -10,9 +10,9 @@ HistoryWordStatsCacheKey HistoryWordStatsCacheKey::of(std::optional<UUID> record
                                                       std::string_view sourceText,
                                                       int sentenceCount,
                                                       std::optional<double> durationSeconds) {
-    constexpr double millisecondsASecond = 1000;
+    constexpr double millisecondsPerSecond = 1000;
     return {recordingID, std::hash<std::string_view>()(sourceText), sourceText.size(),
-            sentenceCount, std::llround(durationSeconds.value_or(0) * millisecondsASecond)};
+            sentenceCount, std::llround(durationSeconds.value_or(0) * millisecondsPerSecond)};
 }
 
 HistoryWordStatsMemoryCache::Value

@@ -27,14 +27,14 @@ struct HistoryWordStatsCacheKey {
     auto operator<=>(const HistoryWordStatsCacheKey&) const = default;
 };
 
-/// A cache of the statistics of the recordings looked at most recently. One thread.
+/// A cache of the statistics of the recordings viewed most recently. One thread.
 class HistoryWordStatsMemoryCache {
   public:
     static constexpr std::size_t limit = 12;
 
     using Value = std::shared_ptr<const HistoryWordStats>;
 
-    /// Null if it is not cached. A hit counts as the newest use.
+    /// Null if nothing is cached for `key`. A hit makes the entry the most recently used one.
     Value value(const HistoryWordStatsCacheKey& key);
     /// Drops the least recently used entry when there are too many.
     void insert(const HistoryWordStatsCacheKey& key, Value value);

@@ -26,7 +26,7 @@ Executor HistoryWordStatsService::worker() {
 Task<HistoryWordStatsService::Stats>
 HistoryWordStatsService::stats(std::optional<UUID> recordingID, std::string sourceText,
                                int sentenceCount, std::optional<double> durationSeconds) {
-    // The task may outlive the service; it takes along what it needs.
+    // The task may outlive the service; it uses only copies and objects that stay valid.
     Host& host = host_;
     TessaruneFileLogger& logger = logger_;
     const auto cache = cache_;
@@ -49,8 +49,9 @@ HistoryWordStatsService::stats(std::optional<UUID> recordingID, std::string sour
             sourceText, sentenceCount, durationSeconds, *lexicon, *dominantLanguage));
     });
     cache->insert(key, built);
-    constexpr double millisecondsASecond = 1000;
-    fields.add("elapsedMS", static_cast<std::int64_t>((host.now() - began) * millisecondsASecond));
+    constexpr double millisecondsPerSecond = 1000;
+    fields.add("elapsedMS",
+               static_cast<std::int64_t>((host.now() - began) * millisecondsPerSecond));
     fields.add("tokenCount", std::int64_t{built->tokenCount});
     fields.add("vocabularyCount", std::int64_t{built->vocabularyCount});
     logger.event("history.detail.wordStatsBuilt", fields);

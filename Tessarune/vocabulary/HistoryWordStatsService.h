@@ -17,20 +17,21 @@ namespace tessarune {
 /// queue "Tessarune.HistoryWordStats".
 class HistoryWordStatsService {
   public:
-    /// Host and logger must outlive it and its tasks.
+    /// The host and the logger must outlive this and its tasks.
     HistoryWordStatsService(Host& host, TessaruneFileLogger& logger,
                             std::shared_ptr<Lexicon> lexicon, DominantLanguage dominantLanguage);
 
     using Stats = HistoryWordStatsMemoryCache::Value;
 
-    /// See HistoryWordStats::build; from memory if this text was counted before. The task may
-    /// outlive the service.
+    /// The result of `HistoryWordStats::build`, from the cache if possible. The task may outlive
+    /// the service.
     Task<Stats> stats(std::optional<UUID> recordingID, std::string sourceText, int sentenceCount,
                       std::optional<double> durationSeconds);
 
     /// The senses of a word, from the dictionary on this computer.
     Task<std::vector<WordDefinition>> definitions(std::string word);
-    /// The first sense of each of the words; empty for one without, and for words of grammar.
+    /// The first sense of each word; empty for function words and for words that the dictionary
+    /// does not have.
     Task<std::vector<std::string>> glosses(std::vector<std::string> words);
 
   private:
@@ -41,7 +42,7 @@ class HistoryWordStatsService {
     std::shared_ptr<Lexicon> lexicon_;
     std::shared_ptr<const DominantLanguage> dominantLanguage_;
     std::shared_ptr<HistoryWordStatsMemoryCache> cache_;
-    std::shared_ptr<SerialQueue> queue_; // made at the first use
+    std::shared_ptr<SerialQueue> queue_; // created on first use
 };
 
 } // namespace tessarune

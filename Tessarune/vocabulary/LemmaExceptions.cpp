@@ -8,8 +8,9 @@ namespace tessarune::LemmaExceptions {
 
 namespace {
 
-/// Lexicons of content words lack these and find others in their place: the Greek letter in "his",
-/// the plural of the letter in "as", information technology in "its". Each is its own lemma.
+/// Function words. Each is its own lemma. Lexicons of content words lack them and take some for
+/// other words: "his" for a Greek letter, "as" for the plural of a letter, "its" for information
+/// technology.
 constexpr std::string_view ownLemmas =
     // articles, determiners, quantities
     "a the this that these those each every either neither some any no none both all few many "
@@ -34,7 +35,8 @@ constexpr std::string_view ownLemmas =
     // auxiliaries that stand for more than a past tense
     "can could may might must shall should will would ought";
 
-/// Form and lemma, where lexicons disagree, prefer a rare word or know none.
+/// Pairs of a form and its lemma, for forms on which lexicons disagree, or for which they prefer a
+/// rare word or have no entry.
 constexpr std::string_view irregular =
     "am be is be are be was be were be been be being be "
     "has have had have having have does do did do done do doing do "

@@ -12,11 +12,11 @@ namespace {
 
 using Words = std::unordered_set<std::string_view>;
 
-/// The parts of speech that the word before allows.
+/// The position of a word relative to the word before it.
 enum class Position { anywhere, afterDeterminer, afterSubject, afterBe };
 
 Position positionAfter(const std::string& before) {
-    // Only the pronouns that a verb always follows: "this leaves us", "some think".
+    // Without words that a verb can follow, too: "this leaves us", "some think".
     static const Words determiners{"a",   "an",  "the",   "my",    "your",  "his",
                                    "its", "our", "their", "every", "whose", "no"};
     static const Words subjects{"i",   "you",   "he",     "she",   "it",   "we",    "they",
@@ -31,12 +31,12 @@ Position positionAfter(const std::string& before) {
     return forms.contains(before) ? Position::afterBe : Position::anywhere;
 }
 
-/// How likely a reading is, on no particular scale.
+/// The relative likelihood of a reading.
 double weight(const WordReading& reading, const std::string& form, Position position) {
     // An inflection is one of several forms that share the uses of their lemma.
     constexpr double shareOfAnInflection = 0.25;
     constexpr double unlikely = 0.125;
-    constexpr double impossible = 0.001; // but where it is the only reading
+    constexpr double impossible = 0.001; // but still chosen if it is the only reading
     constexpr double usesOfARareWord = 0.5;
     double found = reading.uses + usesOfARareWord;
     if (reading.lemma != form)

@@ -10,12 +10,12 @@ namespace tessarune {
 
 /// Finds the lemmas of English sentences.
 ///
-/// Where a form has several readings ("saw", "meeting", "left"), frequency and the word before it
-/// decide: no verb follows "the", and seldom a noun "they". For one thread. Caches the lexicon's
-/// answers, so use one tagger per text.
+/// Where a form has several readings ("saw", "meeting", "left"), its frequency and the previous
+/// word decide: a verb never follows "the", and a noun rarely follows "they". One thread. Caches
+/// the lexicon's answers, so use one tagger per text.
 class LemmaTagger {
   public:
-    /// The lexicon must outlive it.
+    /// The lexicon must outlive this.
     explicit LemmaTagger(Lexicon& lexicon) : lexicon_(lexicon) {}
 
     /// The lemma of each word of a lower-case sentence. An unknown word is its own lemma.

@@ -8,11 +8,11 @@ namespace tessarune {
 
 enum class PartOfSpeech { noun, verb, adjective, adverb };
 
-/// What a written form can stand for.
+/// One meaning of a written form: a lemma as a part of speech.
 struct WordReading {
     PartOfSpeech partOfSpeech = PartOfSpeech::noun;
     std::string lemma;
-    /// How often the lemma occurs in the lexicon's sample of texts, in all its forms.
+    /// How often the lemma occurs, in all its forms, in the lexicon's sample of texts.
     int uses = 0;
 
     bool operator==(const WordReading&) const = default;
@@ -27,13 +27,13 @@ struct WordDefinition {
     bool operator==(const WordDefinition&) const = default;
 };
 
-/// Seam: an English dictionary on this computer. Any thread; calls may block each other. Words are
-/// in lower case. Returns an empty list for an unknown word and if there is no dictionary.
+/// Interface: an English dictionary on this computer. Any thread; calls may block each other. Words
+/// are in lower case. Returns an empty list for an unknown word and if there is no dictionary.
 class Lexicon {
   public:
     virtual ~Lexicon() = default;
 
-    /// What `form` can be: itself, if it is a lemma, and the lemmas of which it is an inflection.
+    /// The readings of `form`: as a lemma, if it is one, and as an inflection of other lemmas.
     virtual std::vector<WordReading> readings(std::string_view form) = 0;
     /// The senses of a lemma, the commonest part of speech first.
     virtual std::vector<WordDefinition> definitions(std::string_view lemma) = 0;

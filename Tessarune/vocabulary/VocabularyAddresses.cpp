@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-// Data: the sites, their paths, and how they name the sounds of words.
+// Data: the sites, their paths and the naming schemes of their sounds.
 
 struct DictionarySite {
     VocabularyDictionaryProvider provider;
@@ -42,8 +42,8 @@ enum class SoundSite { youdao, cambridge, oxford, collins };
 struct SoundOfAccent {
     VocabularyPronunciationSource source;
     SoundSite site;
-    std::string_view directory; ///< as the site's paths have the accent
-    std::string_view mark;      ///< as its file names or queries have it
+    std::string_view directory; ///< the accent in the site's paths
+    std::string_view mark;      ///< the accent in its file names or queries
 };
 
 constexpr std::array<SoundOfAccent, 8> sounds{{
@@ -63,8 +63,8 @@ const SoundOfAccent& soundOf(VocabularyPronunciationSource source) {
     return *std::ranges::find(sounds, source, &SoundOfAccent::source);
 }
 
-/// Everything but letters, digits and "-._~" as "%XX": no character that could end a path's part or
-/// a query's value stays as it is.
+/// Encodes everything except letters, digits and "-._~" as "%XX", so that no character can end a
+/// path segment or a query value.
 std::string percentEncoded(std::string_view text) {
     constexpr std::string_view hexadecimal = "0123456789ABCDEF";
     std::string encoded;
@@ -84,12 +84,12 @@ std::string percentEncoded(std::string_view text) {
     return encoded;
 }
 
-std::string wanted(std::string_view word) {
+std::string normalized(std::string_view word) {
     return Text::lowercased(Text::trimmed(word));
 }
 
 /// The folders in which Cambridge and Oxford keep a word: its first character, its first three and
-/// its first five, filled up with "_", and the word.
+/// its first five, each padded with "_", then the word itself.
 std::string nameParts(const std::string& word) {
     std::string parts;
     for (const std::size_t length : {1U, 3U, 5U}) {
@@ -114,7 +114,7 @@ std::optional<std::string> VocabularyDictionary::url(VocabularyDictionaryProvide
 namespace VocabularyPronunciationAudioSource {
 
 std::vector<std::string> directURLs(VocabularyPronunciationSource source, std::string_view word) {
-    const std::string name = wanted(word);
+    const std::string name = normalized(word);
     if (name.empty())
         return {};
     const SoundOfAccent& sound = soundOf(source);
@@ -138,7 +138,7 @@ std::vector<std::string> directURLs(VocabularyPronunciationSource source, std::s
 
 std::vector<std::string> lookupURLs(VocabularyPronunciationSource source, std::string_view word) {
     const auto page = [word](VocabularyDictionaryProvider provider) {
-        const auto found = VocabularyDictionary::url(provider, wanted(word));
+        const auto found = VocabularyDictionary::url(provider, normalized(word));
         return found ? std::vector{*found} : std::vector<std::string>();
     };
     switch (soundOf(source).site) {

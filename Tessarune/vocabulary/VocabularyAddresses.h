@@ -7,30 +7,30 @@
 #include <string_view>
 #include <vector>
 
-// The addresses of dictionaries and of the sound of words. Pure functions; nothing here touches the
-// network. The sites and their paths are data at the top of VocabularyAddresses.cpp.
+// The addresses of dictionaries and pronunciations. Pure functions without network access. The
+// sites and their paths are data at the top of VocabularyAddresses.cpp.
 
 namespace tessarune {
 
 namespace VocabularyDictionary {
 
-/// The page of a word; nothing for an empty one.
+/// The page of a word; `nullopt` for an empty word.
 std::optional<std::string> url(VocabularyDictionaryProvider provider, std::string_view word);
 
 } // namespace VocabularyDictionary
 
 namespace VocabularyPronunciationAudioSource {
 
-/// Where a site may have the sound of a word, by the scheme of its files.
+/// The addresses that the site's naming scheme suggests for the sound of a word.
 std::vector<std::string> directURLs(VocabularyPronunciationSource source, std::string_view word);
 
-/// The pages that name the sound, where no guess was right.
+/// The pages that contain the address of the sound, for use if no direct address works.
 std::vector<std::string> lookupURLs(VocabularyPronunciationSource source, std::string_view word);
 
 /// The folder in which a site keeps the sounds of the source's accent.
 std::string_view accentDirectory(VocabularyPronunciationSource source);
 
-/// The first sound in a page that lies in the accent's folder, as an absolute address.
+/// The absolute address of the first sound in a page that is in the accent's folder `directory`.
 std::optional<std::string> firstAudioURL(std::string_view html, std::string_view pageURL,
                                          std::string_view directory);
 

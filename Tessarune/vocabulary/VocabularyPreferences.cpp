@@ -10,13 +10,13 @@ namespace tessarune {
 namespace {
 
 template <typename Choices>
-auto storedWords(const Choices& choices) {
+auto nameCodecOf(const Choices& choices) {
     using Choice = typename Choices::value_type::first_type;
-    std::vector<std::pair<Choice, std::string>> words;
-    words.reserve(choices.size());
-    for (const auto& [choice, word] : choices)
-        words.emplace_back(choice, std::string(word));
-    return wordCodec(std::move(words));
+    std::vector<std::pair<Choice, std::string>> names;
+    names.reserve(choices.size());
+    for (const auto& [choice, name] : choices)
+        names.emplace_back(choice, std::string(name));
+    return wordCodec(std::move(names));
 }
 
 } // namespace
@@ -26,15 +26,15 @@ VocabularyPreferences::VocabularyPreferences(UserDefaults& store)
                          {SettingGroup::application,
                           localizationKey("The dictionary that a word is looked up in.")},
                          VocabularyDictionaryProvider::youdaoEnglishChinese,
-                         storedWords(vocabularyDictionaryProviders)),
+                         nameCodecOf(vocabularyDictionaryProviders)),
       pronunciationSource(store, all_, "Vocabulary.defaultPronunciationSource",
                           {SettingGroup::application,
                            localizationKey("Where the sound of a word is fetched from.")},
                           VocabularyPronunciationSource::youdaoUS,
-                          storedWords(vocabularyPronunciationSources)),
+                          nameCodecOf(vocabularyPronunciationSources)),
       progressLibrary(store, all_, "Vocabulary.progressLibrary",
                       {SettingGroup::application,
                        localizationKey("The list of words that progress is measured against.")},
-                      VocabularyProgressLibrary::core, storedWords(vocabularyProgressLibraries)) {}
+                      VocabularyProgressLibrary::core, nameCodecOf(vocabularyProgressLibraries)) {}
 
 } // namespace tessarune

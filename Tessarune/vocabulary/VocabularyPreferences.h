@@ -7,10 +7,10 @@
 
 namespace tessarune {
 
-/// What the user chose for looking up and hearing words. Each is observable and stored at once.
+/// The user's choices for looking up and hearing words. Each can be observed and is stored at once.
 /// Main queue; the store must outlive it.
 class VocabularyPreferences {
-    // Before the settings, which enter themselves when they are made.
+    // Declared before the settings, whose constructors add them to this list.
     std::vector<AnySetting*> all_;
 
   public:

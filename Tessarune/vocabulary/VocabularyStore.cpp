@@ -32,7 +32,7 @@ VocabularyWords normalizedWords(const VocabularyWords& words) {
     return kept;
 }
 
-bool holds(const VocabularyWords& words, std::string_view word) {
+bool contains(const VocabularyWords& words, std::string_view word) {
     return std::ranges::find(words, normalizedWord(word)) != words.end();
 }
 
@@ -82,8 +82,8 @@ void VocabularyStore::load() {
         save();
 }
 
-/// A name that is not taken yet, under which an unreadable file is kept.
-std::filesystem::path VocabularyStore::freeAside() {
+/// A free name for the unreadable file that is moved aside.
+std::filesystem::path VocabularyStore::freeNameAside() {
     const std::string first = fileURL_.string() + ".unreadable";
     std::string name = first;
     for (int i = 2; files_.exists(name); ++i)
@@ -101,7 +101,7 @@ void VocabularyStore::save() {
             const std::filesystem::path next = fileURL_.string() + ".next";
             files_.writeAtomically(next, text);
             if (files_.exists(fileURL_))
-                files_.rename(fileURL_, freeAside());
+                files_.rename(fileURL_, freeNameAside());
             files_.rename(next, fileURL_);
             fileIsUnreadable_ = false;
         } else {
@@ -116,11 +116,11 @@ void VocabularyStore::save() {
 }
 
 bool VocabularyStore::isMastered(std::string_view word) const {
-    return holds(*masteredWords_, word);
+    return contains(*masteredWords_, word);
 }
 
 bool VocabularyStore::isFavorite(std::string_view word) const {
-    return holds(*favoriteWords_, word);
+    return contains(*favoriteWords_, word);
 }
 
 void VocabularyStore::markMastered(std::string_view word) {
@@ -141,14 +141,14 @@ void VocabularyStore::removeFavorite(std::string_view word) {
 
 void VocabularyStore::add(Published<Words>& words, std::string_view word) {
     std::string normalized = normalizedWord(word);
-    if (normalized.empty() || holds(*words, normalized))
+    if (normalized.empty() || contains(*words, normalized))
         return;
     words.mutate([&](Words& list) { list.insert(list.begin(), std::move(normalized)); });
     save();
 }
 
 void VocabularyStore::remove(Published<Words>& words, std::string_view word) {
-    if (!holds(*words, word))
+    if (!contains(*words, word))
         return;
     words.mutate([&](Words& list) { std::erase(list, normalizedWord(word)); });
     save();

@@ -14,12 +14,13 @@ namespace tessarune {
 
 /// The words that the user knows or wants to keep, in "Vocabulary.json". Main queue.
 ///
-/// Words are trimmed and in lower case. Each change is saved at once; a save that fails is logged,
-/// and the lists stay as they are in memory. A file that cannot be understood reads as empty lists
-/// and is moved aside, to "Vocabulary.json.unreadable", before anything replaces it.
+/// Words are trimmed and in lower case. Each change is saved at once; a failed save is logged and
+/// changes nothing in memory. Of a file that is not valid, the lists that were not read count as
+/// empty; the next save moves the file aside to "Vocabulary.json.unreadable" (or a free name like
+/// it) before replacing it.
 class VocabularyStore {
   public:
-    /// Loads the file. The disk must outlive the store.
+    /// Loads the file. `files` must outlive this.
     VocabularyStore(FileSystem& files, const TessarunePaths& paths);
 
     using Words = std::vector<std::string>;
@@ -29,7 +30,7 @@ class VocabularyStore {
     const Published<Words>& favoriteWords() const { return favoriteWords_; }
     /// The words to know first, the most frequent first.
     const Published<Words>& coreWords() const { return coreWords_; }
-    /// Why the marks of this run are not on the disk; empty if they are.
+    /// Why the last save failed; empty if it succeeded.
     const Published<std::string>& problem() const { return problem_; }
 
     bool isMastered(std::string_view word) const;
@@ -45,7 +46,7 @@ class VocabularyStore {
   private:
     void load();
     void save();
-    std::filesystem::path freeAside();
+    std::filesystem::path freeNameAside();
     void add(Published<Words>& words, std::string_view word);
     void remove(Published<Words>& words, std::string_view word);
 

@@ -32,7 +32,7 @@ enum class VocabularyPronunciationSource {
 /// The list of words that progress is measured against.
 enum class VocabularyProgressLibrary { core };
 
-// Each value with the word under which it is stored.
+// Each value with the name under which it is stored.
 
 inline constexpr std::array<std::pair<VocabularyDictionaryProvider, std::string_view>, 7>
     vocabularyDictionaryProviders{{

@@ -7,14 +7,14 @@
 
 namespace tessarune {
 
-/// An answer with a status of 2xx.
+/// The answer to a successful request (status 2xx).
 struct WebAnswer {
     std::string contentType; ///< in lower case, "audio/mpeg"
     std::string body;
 };
 
-/// Seam: fetches what is at an address and blocks until it has arrived. Returns `nullopt` for any
-/// other status, without a network, and after a stop request. Any thread.
+/// Interface: fetches the content of an address and blocks until it has arrived. Returns `nullopt`
+/// for any other status than 2xx, without a network, and after a stop request. Any thread.
 using WebFetch = std::function<std::optional<WebAnswer>(
     const std::string& url, const std::string& userAgent, const std::stop_token& stop)>;
 

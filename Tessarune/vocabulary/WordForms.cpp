@@ -18,7 +18,7 @@ bool isWordCharacter(char32_t codePoint) {
     return codePoint == '_' || Text::isAlphanumeric(codePoint);
 }
 
-/// The run of a to z that ends at `end`; empty if it is only the end of a longer word.
+/// The run of a to z that ends at `end`; empty if it is only a part of a longer word.
 std::string_view letterRunBefore(std::string_view text, std::size_t end) {
     std::size_t start = end;
     while (start > 0 && isPlainLetter(text[start - 1]))
@@ -29,7 +29,7 @@ std::string_view letterRunBefore(std::string_view text, std::size_t end) {
     return text.substr(start, end - start);
 }
 
-/// The run of a to z that begins at `start`; empty if a longer word begins with it.
+/// The run of a to z that begins at `start`; empty if it is only a part of a longer word.
 std::string_view letterRunAt(std::string_view text, std::size_t start) {
     std::size_t end = start;
     while (end < text.size() && isPlainLetter(text[end]))
@@ -43,7 +43,7 @@ std::string_view letterRunAt(std::string_view text, std::size_t start) {
 /// What a contraction stands for.
 struct Expansion {
     std::size_t lettersKept = 0; ///< of the word before the apostrophe
-    std::string_view ending;     ///< in place of the others, the apostrophe and what follows it
+    std::string_view ending;     ///< replaces the rest of the contraction
 };
 
 std::optional<Expansion> expansionOfS(std::string_view stem) {
@@ -105,7 +105,7 @@ std::string prepare(std::string_view text) {
     const std::string plain = Text::lowercased(withPlainQuotationMarks(text));
     std::string expanded;
     expanded.reserve(plain.size());
-    std::size_t done = 0; // of `plain`
+    std::size_t done = 0; // bytes of `plain` that are already expanded
     for (auto mark = plain.find('\''); mark != std::string::npos;
          mark = plain.find('\'', std::max(mark + 1, done))) {
         const std::string_view stem = letterRunBefore(plain, mark);
@@ -139,7 +139,7 @@ std::optional<std::string> normalizeToken(std::string_view token) {
     }
     if (!hasLetter)
         return std::nullopt;
-    // All that is trimmed is ASCII: every other character is a letter.
+    // Only ASCII is trimmed; every other character is a letter.
     const auto first = kept.find_first_not_of(" -'");
     std::string trimmed = kept.substr(first, kept.find_last_not_of(" -'") - first + 1);
     if (Text::length(trimmed) == 1 && trimmed != "i" && trimmed != "a")

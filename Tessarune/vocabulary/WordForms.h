@@ -4,15 +4,15 @@
 #include <string>
 #include <string_view>
 
-/// How text becomes the words that are counted. Pure functions, any thread.
+/// Normalises text so that its words can be counted. Pure functions, any thread.
 namespace tessarune::WordForms {
 
-/// In lower case, with plain quotation marks, and with the contractions of English written out:
+/// Returns `text` in lower case, with plain quotation marks and with English contractions expanded:
 /// "I'll" as "i will", "don't" as "do not", a possessive as the bare noun.
 std::string prepare(std::string_view text);
 
 /// The letters of a token, with the hyphens and apostrophes between them; other characters become
-/// blanks. `nullopt` if no letter remains, or only one that is not a word by itself.
+/// blanks. `nullopt` if no letter remains, or only a single letter that is not a word.
 std::optional<std::string> normalizeToken(std::string_view token);
 
 } // namespace tessarune::WordForms
