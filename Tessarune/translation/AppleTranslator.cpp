@@ -15,11 +15,11 @@ constexpr const char* preparingSentence = "This is a short sentence.";
 AppleTranslator::AppleTranslator(Host& host, std::shared_ptr<TranslationService> service,
                                  Executor caller, Downloads downloads)
     : service_(std::move(service)),
-      isolation_(Executor::queue(
+      queue_(Executor::queue(
           host, host.serialQueue("Tessarune.AppleTranslator", QueuePriority::userInitiated))),
       caller_(std::move(caller)),
       downloads_(downloads),
-      availability_(service_->languageAvailability(isolation_)) {}
+      availability_(service_->languageAvailability(queue_)) {}
 
 AppleTranslator::Pair AppleTranslator::pair(std::string source, std::string target) {
     auto key = TranslationSupport::languagePairKey(source, target);
@@ -28,23 +28,23 @@ AppleTranslator::Pair AppleTranslator::pair(std::string source, std::string targ
 
 Task<TranslationAvailabilityStatus> AppleTranslator::availabilityStatus(std::string source,
                                                                         std::string target) {
-    return runOn(isolation_, statusOf(pair(std::move(source), std::move(target))), caller_);
+    return runOn(queue_, statusOf(pair(std::move(source), std::move(target))), caller_);
 }
 
 Task<void> AppleTranslator::prepareLanguages(std::string source, std::string target) {
-    return runOn(isolation_, prepare(pair(std::move(source), std::move(target))), caller_);
+    return runOn(queue_, prepare(pair(std::move(source), std::move(target))), caller_);
 }
 
 Task<void> AppleTranslator::rebuildLanguagePair(std::string source, std::string target) {
-    return runOn(isolation_, rebuild(pair(std::move(source), std::move(target))), caller_);
+    return runOn(queue_, rebuild(pair(std::move(source), std::move(target))), caller_);
 }
 
 Task<std::string> AppleTranslator::translate(std::string text, std::string source,
                                              std::string target) {
-    return runOn(
-        isolation_,
-        translated(std::string(Text::trimmed(text)), pair(std::move(source), std::move(target))),
-        caller_);
+    return runOn(queue_,
+                 translateOnQueue(std::string(Text::trimmed(text)),
+                                  pair(std::move(source), std::move(target))),
+                 caller_);
 }
 
 Task<TranslationAvailabilityStatus> AppleTranslator::statusOf(Pair pair) {
@@ -74,7 +74,7 @@ Task<void> AppleTranslator::prepare(Pair pair) {
     bool isReady = co_await session->isReady();
     if (!isReady) {
         try {
-            // A translation needs a prepared pair and reports what is missing.
+            // Translating downloads nothing and fails with a reason if the pair is not prepared.
             if (downloads_ == Downloads::never)
                 co_await session->translate(preparingSentence);
             else
@@ -93,14 +93,14 @@ Task<void> AppleTranslator::prepare(Pair pair) {
 }
 
 Task<void> AppleTranslator::rebuild(Pair pair) {
-    // A stale session is dropped rather than repaired.
+    // A stale session is replaced rather than repaired.
     sessions_.erase(pair.key);
     preparedPairs_.erase(pair.key);
     availabilityCache_.erase(pair.key);
     co_await prepare(pair);
 }
 
-Task<std::string> AppleTranslator::translated(std::string text, Pair pair) {
+Task<std::string> AppleTranslator::translateOnQueue(std::string text, Pair pair) {
     if (text.empty())
         co_return "";
     if (!preparedPairs_.contains(pair.key)) {
@@ -117,7 +117,7 @@ Task<std::string> AppleTranslator::translated(std::string text, Pair pair) {
     } catch (...) {
         error = std::current_exception();
     }
-    const TranslatorError classified = co_await failure(error, pair, session);
+    const TranslatorError classified = co_await classify(error, pair, session);
     throw classified;
 }
 
@@ -159,12 +159,12 @@ TranslationFailureCategory category(std::optional<TranslationError> kind) {
 
 } // namespace
 
-Task<TranslatorError> AppleTranslator::failure(std::exception_ptr error, Pair pair,
-                                               std::shared_ptr<TranslationSession> session) {
+Task<TranslatorError> AppleTranslator::classify(std::exception_ptr error, Pair pair,
+                                                std::shared_ptr<TranslationSession> session) {
     const auto kind = kindOf(error);
     if (kind == TranslationError::alreadyCancelled || kind == TranslationError::notInstalled)
         co_return mappedTranslationError(error, pair);
-    // If a session has lost its files, they are the reason, whatever the session reports.
+    // If the files of the session are gone, that is the cause, whatever the session reports.
     if (co_await session->isReady())
         co_return mappedTranslationError(error, pair);
     preparedPairs_.erase(pair.key);
@@ -176,7 +176,7 @@ std::shared_ptr<TranslationSession> AppleTranslator::translationSession(const Pa
     if (!session)
         session =
             service_->session(TranslationSupport::appleLanguageIdentifier(pair.source),
-                              TranslationSupport::appleLanguageIdentifier(pair.target), isolation_);
+                              TranslationSupport::appleLanguageIdentifier(pair.target), queue_);
     return session;
 }
 

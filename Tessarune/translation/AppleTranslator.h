@@ -44,19 +44,19 @@ class AppleTranslator final : public Translator {
     Task<TranslationAvailabilityStatus> statusOf(Pair pair);
     Task<void> prepare(Pair pair);
     Task<void> rebuild(Pair pair);
-    Task<std::string> translated(std::string text, Pair pair);
-    Task<TranslatorError> failure(std::exception_ptr error, Pair pair,
-                                  std::shared_ptr<TranslationSession> session);
+    Task<std::string> translateOnQueue(std::string text, Pair pair);
+    Task<TranslatorError> classify(std::exception_ptr error, Pair pair,
+                                   std::shared_ptr<TranslationSession> session);
 
     std::shared_ptr<TranslationSession> translationSession(const Pair& pair);
     TranslatorError mappedTranslationError(const std::exception_ptr& error, const Pair& pair);
 
     std::shared_ptr<TranslationService> service_;
-    Executor isolation_;
+    Executor queue_;
     Executor caller_;
     const Downloads downloads_;
 
-    // One entry per pair key.
+    // By pair key
     std::map<std::string, std::shared_ptr<TranslationSession>> sessions_;
     std::set<std::string> preparedPairs_;
     std::map<std::string, TranslationAvailabilityStatus> availabilityCache_;

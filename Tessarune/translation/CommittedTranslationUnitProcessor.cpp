@@ -41,8 +41,8 @@ struct Attempt {
         session.recordCommittedTranslationStart(unit, context.target, startedAt, diagnostics);
     }
 
-    /// The system's journal outlives a deleted recording, so texts stay out of it unless the user
-    /// lets diagnostics keep them.
+    /// The system's journal outlives a deleted recording, so it contains no texts unless the user
+    /// allows diagnostics to keep them.
     std::string loggedSource() const {
         if (session.keepsTextsForDiagnosis())
             return "'" + text + "'";
@@ -129,7 +129,7 @@ Task<bool> recoverPair(Attempt& attempt) {
     co_return false;
 }
 
-/// Writes the failure on the unit. True if the queue may continue.
+/// Records the failure of the unit. True if the queue may continue.
 Task<bool> fail(Attempt& attempt, TranslationFailureDetails details, Severity severity) {
     auto& runtime = attempt.runtime();
     attempt.note(details);
@@ -152,7 +152,7 @@ Task<bool> fail(Attempt& attempt, TranslationFailureDetails details, Severity se
     co_return co_await recoverPair(attempt);
 }
 
-/// Translates, with one delayed retry if that may help.
+/// Translates, with one delayed retry if that may help. True if the queue may continue.
 Task<bool> translate(Attempt& attempt, std::shared_ptr<Translator> translator) {
     for (;;) {
         const Outcome outcome = co_await translateOnce(attempt, translator);
@@ -163,14 +163,14 @@ Task<bool> translate(Attempt& attempt, std::shared_ptr<Translator> translator) {
 
         const auto& details = std::get<TranslationFailureDetails>(outcome);
         attempt.note(details);
-        const Severity gravity = severity(details.category);
-        if (gravity == Severity::actionable || attempt.diagnostics.automaticRetry) {
-            co_return co_await fail(attempt, details, gravity);
+        const Severity failureSeverity = severity(details.category);
+        if (failureSeverity == Severity::actionable || attempt.diagnostics.automaticRetry) {
+            co_return co_await fail(attempt, details, failureSeverity);
         }
         attempt.logAutoRetry(details);
-        const bool waited =
+        const bool hasWaited =
             co_await sleep(attempt.runtime().executor(), retryDelaySeconds, attempt.stop);
-        if (!waited || !attempt.isWanted())
+        if (!hasWaited || !attempt.isWanted())
             co_return false;
         attempt.diagnostics.attemptCount = 2;
         attempt.diagnostics.automaticRetry = true;

@@ -11,8 +11,8 @@ namespace tessarune {
 
 class LiveTranscriptTranslation;
 
-/// Translates one unit: its automatic retry, the classification of its failure, and the recovery
-/// of the language pair. Main queue; suspended only while the translator works or a delay runs.
+/// Translates one unit, retries once, classifies a failure and recovers the language pair. Main
+/// queue; suspends only while the translator works and during the delay before the retry.
 namespace CommittedTranslationUnitProcessor {
 
 /// True if the queue may continue.

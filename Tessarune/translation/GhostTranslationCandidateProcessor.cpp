@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// One preview in progress, and the record of it.
+/// One preview in progress and its observation.
 struct Attempt {
     LiveTranscriptTranslation& session;
     const LiveTranslationRuntime& runtime;
@@ -40,7 +40,7 @@ struct Attempt {
         session.appendTranslationObservation(observation);
     }
 
-    /// The guard after each suspension: the newest request wins.
+    /// Checked after each suspension: only the newest request counts.
     bool isWanted() const {
         return runtime.isWanted(context, stop) &&
                runtime.isCurrentGhostRequest(candidate, context.target, requestID);

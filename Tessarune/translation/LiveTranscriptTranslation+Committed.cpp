@@ -38,7 +38,7 @@ void LiveTranscriptTranslation::startCommittedRun(bool forceTail) {
         startCommittedTranslationTask(*context, forceTail);
 }
 
-/// Whether a run may start now. Makes the translator if it is needed and not there yet.
+/// The context for a run; `nullopt` if none may start now. Creates the translator if it is needed.
 std::optional<TranslationRunContext>
 LiveTranscriptTranslation::prepareCommittedTranslationRunContext() {
     using namespace TranslationSupport;
@@ -47,7 +47,7 @@ LiveTranscriptTranslation::prepareCommittedTranslationRunContext() {
     if (isDisabledBackend(backend))
         return std::nullopt;
     if (!isAppleBackend(backend)) {
-        sayBlocked(backendNotConnectedMessage(backend), backendNotConnectedSentence(backend));
+        reportBlocked(backendNotConnectedMessage(backend), backendNotConnectedSentence(backend));
         return std::nullopt;
     }
     if (runtime_->hasCommittedTask())
@@ -56,8 +56,8 @@ LiveTranscriptTranslation::prepareCommittedTranslationRunContext() {
     if (context.passThrough)
         return context;
     if (!runtime_->translator()) {
-        sayBlocked(localized(appleOfflineUnsupportedMessage),
-                   localized(appleOfflineUnsupportedSentence));
+        reportBlocked(localized(appleOfflineUnsupportedMessage),
+                      localized(appleOfflineUnsupportedSentence));
         return std::nullopt;
     }
     prewarmCurrentTranslationPair("translation.prepare");
@@ -65,8 +65,8 @@ LiveTranscriptTranslation::prepareCommittedTranslationRunContext() {
 }
 
 /// Reports why no run can start: a short text beside the captions, and a sentence.
-void LiveTranscriptTranslation::sayBlocked(const std::string& message,
-                                           const std::string& sentence) {
+void LiveTranscriptTranslation::reportBlocked(const std::string& message,
+                                              const std::string& sentence) {
     setPreparationIdle();
     setTranslationStatusMessage(message);
     captions_->setStatusMessage(sentence);
@@ -81,8 +81,8 @@ void LiveTranscriptTranslation::startCommittedTranslationTask(const TranslationR
         });
 }
 
-/// Works through the pending units one by one and ends when none is left: the next commit starts a
-/// new run.
+/// Translates the pending units one by one and ends when none is left. The next commit starts a new
+/// run.
 Task<void> LiveTranscriptTranslation::runQueue(Self self, TranslationRunContext context,
                                                bool forceTail, std::stop_token stop) {
     const auto newID = [self] { return self->runtime_->newID(); };
@@ -106,7 +106,7 @@ void LiveTranscriptTranslation::recordCommittedTranslationStart(
     captions_->appendTranslationObservation(observationOf(unit, target, startedAt, diagnostics));
 }
 
-/// Changes the rows of a unit, and reports what began at `outcome.t`.
+/// Changes the rows of a unit and records the outcome of the attempt that began at `outcome.t`.
 void LiveTranscriptTranslation::applyOutcome(
     TranslationObservation outcome, const std::function<void(std::span<CaptionSegment>)>& change) {
     const double before = runtime_->now();
@@ -138,8 +138,8 @@ void LiveTranscriptTranslation::applyCommittedTranslationSuccess(
     captions_->updatePersistedTranscriptIfStopped();
 }
 
-/// One success proves that the files are there: units that failed because of missing files become
-/// pending again.
+/// One success proves that the files are installed, so units that failed because of missing files
+/// become pending again.
 void LiveTranscriptTranslation::clearLanguageResourceFailures() {
     const std::unordered_set<UUID> resolved = std::exchange(runtime_->languageResourceFailures, {});
     if (resolved.empty())
@@ -150,7 +150,7 @@ void LiveTranscriptTranslation::clearLanguageResourceFailures() {
         });
     });
     runtime_->committedHealth.resolveFailures(resolved);
-    refresh("translation.retry"); // they are no unit any more
+    refresh("translation.retry"); // the rows no longer form units
 }
 
 void LiveTranscriptTranslation::clearGhostIfCovered(const Unit& unit) {

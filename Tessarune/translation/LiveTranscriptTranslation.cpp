@@ -14,8 +14,8 @@ namespace tessarune {
 
 namespace {
 
-/// The captions before `attach` and after `shutDown`: there are none.
-class Nobody final : public TranslatedCaptions {
+/// The null object for the time before `attach` and after `shutDown`.
+class NullCaptions final : public TranslatedCaptions {
   public:
     const std::vector<CaptionSegment>& committedSegments() const override { return none_; }
     void
@@ -32,8 +32,8 @@ class Nobody final : public TranslatedCaptions {
     const std::vector<CaptionSegment> none_;
 };
 
-TranslatedCaptions* nobody() {
-    static Nobody instance;
+TranslatedCaptions* nullCaptions() {
+    static NullCaptions instance;
     return &instance;
 }
 
@@ -43,7 +43,7 @@ LiveTranscriptTranslation::LiveTranscriptTranslation(
     LiveTranslationRuntime::Environment environment)
     : runtime_(std::make_shared<LiveTranslationRuntime>(environment)),
       settings_(environment.settings),
-      captions_(nobody()),
+      captions_(nullCaptions()),
       applied_(runtime_->settings()) {}
 
 std::shared_ptr<LiveTranscriptTranslation>
@@ -78,7 +78,7 @@ void LiveTranscriptTranslation::attach(TranslatedCaptions& captions) {
 
 void LiveTranscriptTranslation::shutDown() {
     runtime_->bigCleanup();
-    captions_ = nobody();
+    captions_ = nullCaptions();
     if (const auto token = std::exchange(targetObserver_, std::nullopt))
         settings_.translationTargetLanguage.published().remove(*token);
     if (const auto token = std::exchange(backendObserver_, std::nullopt))
@@ -166,7 +166,7 @@ void LiveTranscriptTranslation::reportLanguagePreparation(const std::string& sou
 
 void LiveTranscriptTranslation::pumpGhostTranslation(const BoundaryObservation& observation) {
     if (!*settings_.softTranslationEnabled) {
-        // Called at every boundary decision: without a preview there is nothing to clear or draw.
+        // This runs at every boundary decision, so avoid a redraw if there is no preview.
         if (runtime_->hasGhostTask() || !runtime_->ghostSource().empty() ||
             !view_.ghostTranslationText->empty())
             cancelGhostTranslation();
@@ -226,7 +226,7 @@ void LiveTranscriptTranslation::applySettings(const std::string& reason) {
     runtime_->cancelCommittedTask();
     runtime_->committedHealth.reset();
     cancelGhostTranslation();
-    // Nobody will report the end of the former pair's preparation.
+    // The end of the previous pair's preparation is not handled any more.
     if (const auto pair = view_.translationPreparationDisplayState->preparing)
         clearTranslationPreparationStatus(pair->source, pair->target);
     if (TranslationSupport::isDisabledBackend(runtime_->settings().translationBackend)) {
@@ -247,7 +247,7 @@ void LiveTranscriptTranslation::setSoftTranslationEnabled(bool enabled) {
     refresh("settings.softTranslation");
 }
 
-// The session's life
+// The session's lifecycle
 
 void LiveTranscriptTranslation::resetForNewSession() {
     cancelCommittedTranslationTask();
@@ -260,7 +260,7 @@ void LiveTranscriptTranslation::resetForNewSession() {
 }
 
 void LiveTranscriptTranslation::bigCleanup() {
-    // A preparation that is cancelled reports no end, which would withdraw its text.
+    // A cancelled preparation does not report its end, so its status is cleared here.
     if (const auto pair = view_.translationPreparationDisplayState->preparing)
         clearTranslationPreparationStatus(pair->source, pair->target);
     runtime_->bigCleanup();
@@ -271,33 +271,33 @@ LiveTranscriptTranslation::drainCommittedTranslationsBeforePersist(double timeou
     return drain(shared_from_this(), timeoutSeconds);
 }
 
-/// There is something to translate, and no model for it on this computer: a session downloads none.
-Task<bool> LiveTranscriptTranslation::waitsInVain(Self self) {
+/// Whether rows are pending but their model is not installed. A session downloads no models.
+Task<bool> LiveTranscriptTranslation::needsMissingModel(Self self) {
     const auto translator = self->runtime_->translator();
     const auto context =
         TranslationRunContext::forTarget(self->runtime_->settings().translationTargetLanguage);
     if (!translator || context.passThrough || !self->hasPendingTranslations())
         co_return false;
-    Task<TranslationAvailabilityStatus> looking =
+    Task<TranslationAvailabilityStatus> checking =
         translator->availabilityStatus(context.sourceLanguage, context.target);
-    const TranslationAvailabilityStatus status = co_await looking;
+    const TranslationAvailabilityStatus status = co_await checking;
     co_return status == TranslationAvailabilityStatus::supported;
 }
 
 Task<bool> LiveTranscriptTranslation::drain(Self self, double timeoutSeconds) {
-    constexpr double secondsBetweenLooks = 0.05;
+    constexpr double secondsBetweenChecks = 0.05;
     auto& runtime = *self->runtime_;
     if (!TranslationSupport::isAppleBackend(runtime.settings().translationBackend))
         co_return true;
     const double deadline = runtime.now() + timeoutSeconds;
-    Task<bool> looking = waitsInVain(self);
-    const bool isInVain = co_await looking;
-    while (!isInVain && runtime.now() < deadline) {
+    Task<bool> checking = needsMissingModel(self);
+    const bool isModelMissing = co_await checking;
+    while (!isModelMissing && runtime.now() < deadline) {
         if (self->hasPendingTranslations())
             self->startCommittedRun(true);
         if (!runtime.hasCommittedTask())
             co_return !self->hasPendingTranslations();
-        co_await sleep(runtime.executor(), secondsBetweenLooks);
+        co_await sleep(runtime.executor(), secondsBetweenChecks);
     }
     if (!runtime.hasCommittedTask() && !self->hasPendingTranslations())
         co_return true;

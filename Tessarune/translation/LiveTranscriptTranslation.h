@@ -56,7 +56,8 @@ class LiveTranscriptTranslation final
     void setTranslationTarget(const std::string& target);
     void setTranslationBackend(const std::string& backend);
     void setSoftTranslationEnabled(bool enabled);
-    /// Also called after a successful test of the pair in the settings.
+    /// Retries failed rows and continues with pending ones. Also called after a successful test of
+    /// the pair in the settings.
     void retryIncompleteTranslations();
 
     // Outcomes, for the processors of units and previews. `startedAt` is in seconds since 1970.
@@ -72,7 +73,7 @@ class LiveTranscriptTranslation final
                                           const std::string& error, double startedAt,
                                           CommittedTranslationFailureAction action,
                                           const TranslationAttemptDiagnostics& diagnostics);
-    /// Reports that the pair must be prepared first; the unit stays pending.
+    /// Reports that the pair must be prepared first. The unit remains pending.
     void reportLanguagePreparation(const std::string& source, const std::string& target);
     /// Reports that the pair could not be recovered, so that the user can act.
     void surfaceTranslationRecoveryFailure(const std::string& message);
@@ -88,11 +89,11 @@ class LiveTranscriptTranslation final
     // Runs of committed translations
     void startCommittedRun(bool forceTail);
     std::optional<TranslationRunContext> prepareCommittedTranslationRunContext();
-    void sayBlocked(const std::string& message, const std::string& sentence);
+    void reportBlocked(const std::string& message, const std::string& sentence);
     void startCommittedTranslationTask(const TranslationRunContext& context, bool forceTail);
     static Task<void> runQueue(Self self, TranslationRunContext context, bool forceTail,
                                std::stop_token stop);
-    static Task<bool> waitsInVain(Self self);
+    static Task<bool> needsMissingModel(Self self);
     static Task<bool> drain(Self self, double timeoutSeconds);
     void applyOutcome(TranslationObservation outcome,
                       const std::function<void(std::span<CaptionSegment>)>& change);
@@ -107,8 +108,8 @@ class LiveTranscriptTranslation final
         const std::string& source, const std::string& target,
         const TranslationLanguagePreparationResult& result);
 
-    /// The target or the backend may have changed: drops results for the former one and translates
-    /// what can be translated now.
+    /// Called when the target or the backend may have changed: drops the results for the previous
+    /// one and starts to translate again.
     void applySettings(const std::string& reason);
 
     void refresh(const std::string& reason) { captions_->refreshCaptionDisplay(reason, nullptr); }

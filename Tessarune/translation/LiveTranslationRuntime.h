@@ -22,7 +22,8 @@ namespace tessarune {
 
 /// The state that outlives a single translation: the translator, at most one run of committed
 /// translations, at most one preview, at most one language preparation, and the health of the
-/// current language pair. It knows no captions; it answers questions, and starts and stops tasks.
+/// current language pair. It has no access to captions; it answers queries, and starts and stops
+/// tasks.
 ///
 /// Main queue. Made with `std::make_shared`: a cancelled task that still waits for the translator
 /// keeps the runtime alive. Such a task can end late, so each has an identity: it must not clear
@@ -32,7 +33,7 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
     struct Environment {
         Host& host;
         AppSettings& settings;
-        /// A translator for the main queue, or null where there is none.
+        /// Creates a translator for the main queue, or null if the computer has none.
         std::function<std::shared_ptr<Translator>()> makeTranslator = [] { return nullptr; };
         /// Writes an important event to the runtime log.
         std::function<void(std::string name, LogFields fields)> log = [](const auto&...) {};
@@ -46,7 +47,7 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
 
     // State that the steps of a translation read and write between their suspensions
 
-    std::shared_ptr<Translator> cachedTranslator; ///< made at first need
+    std::shared_ptr<Translator> cachedTranslator; ///< created on first use
     CommittedTranslationHealthState committedHealth;
     /// The units that failed because the language's files were missing.
     std::unordered_set<UUID> languageResourceFailures;
@@ -62,23 +63,23 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
         environment_.log(std::move(name), std::move(fields));
     }
 
-    /// Checked after each suspension of a translation: the task still runs and its target is still
-    /// wanted. A result for a former target never lands.
+    /// Checked after each suspension of a translation: whether the task still runs and its target
+    /// is still set. Results for a previous target are dropped.
     bool isWanted(const TranslationRunContext& context, const std::stop_token& stop) const;
 
-    /// The cached translator, made on demand; null if there is none.
+    /// The cached translator, created on first use; null if there is none.
     std::shared_ptr<Translator> translator();
 
     // Committed translations
 
     bool hasCommittedTask() const { return committedTask_.has_value(); }
-    /// Cancels a preview in any case; does nothing else while a run is in progress.
+    /// Cancels a preview, then starts a run unless one is in progress.
     void startCommittedTask(Operation operation);
     void cancelCommittedTask();
 
-    /// A new pair starts without failures, from its first result on.
+    /// Makes the health that of this pair; resets it if it was that of another.
     void selectCommittedHealthPair(std::string_view source, std::string_view target);
-    /// Also forgets which pair the health belongs to.
+    /// Resets the health and forgets which pair it belonged to.
     void resetCommittedHealth();
 
     /// Drops all state of the pair and prepares it again. Throws what the translator throws, or
@@ -91,15 +92,15 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
     const std::string& ghostSource() const { return ghostSource_; }
     const std::string& ghostTarget() const { return ghostTarget_; }
     bool hasGhostTask() const { return ghostTask_.has_value(); }
-    /// Supersedes the previous preview and gives the new one its identity.
+    /// Supersedes the previous preview and returns the identity of the new one.
     UUID beginGhostRequest(std::string source, std::string target);
     bool isCurrentGhostRequest(std::string_view source, std::string_view target,
                                const UUID& requestID) const;
     void startGhostTask(const UUID& requestID, Operation operation);
-    /// The requested text stays known, so that it is not requested again.
+    /// Keeps the requested text, so that it is not requested again.
     void cancelGhostTask();
     void forgetGhostSource();
-    /// True, and the preview's text is forgotten, if it is the same text.
+    /// If `text` has the same key as the preview's source, forgets that source and returns true.
     bool clearGhostSourceIfMatches(std::string_view text);
 
     // Language preparation
@@ -129,7 +130,7 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
     };
     using Self = std::shared_ptr<LiveTranslationRuntime>;
 
-    /// Runs the operation and then tells the runtime that it is over.
+    /// Runs the operation, then calls `finish`.
     static Task<void> run(Self self, UUID id, Operation operation, std::stop_token stop,
                           void (LiveTranslationRuntime::*finish)(const UUID& id));
     static Task<void> runPreparation(Self self, Preparation preparation, std::stop_token stop);

@@ -15,9 +15,9 @@ namespace tessarune {
 /// show. This base class translates nothing. Main queue.
 class SessionTranslation {
   public:
-    /// The translation writes it; everyone else reads and observes.
+    /// Written by the translation only; views read and observe it.
     struct View {
-        Published<std::string> ghostTranslationText; ///< the preview; empty: there is none
+        Published<std::string> ghostTranslationText; ///< the preview, or empty
         std::string ghostTranslationSourceText;      ///< the source text of the preview
         Published<std::string> translationStatusMessage;
         Published<TranslationPreparationDisplayState> translationPreparationDisplayState;
@@ -30,39 +30,41 @@ class SessionTranslation {
 
     const View& view() const { return view_; }
 
-    // Marks the current failure as announced, so that it is not announced again.
+    /// Observers are notified only if the text differs from the current one.
     void setTranslationStatusMessage(const std::string& text) {
         if (*view_.translationStatusMessage != text)
             view_.translationStatusMessage = text;
     }
-    /// Stops showing which pair is being prepared.
+    /// Shows that no pair is being prepared.
     void setPreparationIdle() { showPreparation({}); }
 
-    /// Called first, and once: whose captions these are. They stay valid until `shutDown`.
+    /// Called once, before all other functions, with the session's captions, which stay valid until
+    /// `shutDown`.
     virtual void attach(TranslatedCaptions&) {}
-    /// Before a new session: cancels the run, forgets health, preview, status and preparation.
+    /// Called before a new session: cancels the run and resets health, preview, status and the
+    /// display of a preparation.
     virtual void resetForNewSession() {}
-    /// Makes the pair of the settings ready. `reason` is for the log.
+    /// Prepares the pair chosen in the settings. `reason` is for the log.
     virtual void prewarmCurrentTranslationPair(const std::string& /*reason*/) {}
-    /// Rows were committed or sealed: ends a preview and starts a run for pending rows, if one can
-    /// run now.
+    /// Called when rows were committed or sealed: ends a preview and starts a run for pending rows,
+    /// if possible.
     virtual void startCommittedRun() {}
     virtual bool hasPendingTranslations() const { return false; }
-    /// A committed row is being translated.
+    /// Whether a run of committed translations is in progress.
     virtual bool isCommittedTranslating() const { return false; }
-    /// Called for each boundary decision: may begin a preview of the open sentence.
+    /// Called for each boundary decision: may start a preview of a sentence that is not committed.
     virtual void pumpGhostTranslation(const BoundaryObservation&) {}
     /// Ends the preview and removes its text.
     virtual void cancelGhostTranslation() {}
     virtual void cancelCommittedTranslationTask() {}
-    /// Finishes as much as possible within this time, unfinished tails included; true if nothing is
-    /// left. Resumes on the main queue and never throws.
+    /// Translates what is still pending, including unfinished units, for at most this time; true if
+    /// nothing is left. Resumes on the main queue and never throws.
     virtual Task<bool> drainCommittedTranslationsBeforePersist(double /*timeoutSeconds*/) {
         co_return true;
     }
     /// Called after a session: cancels everything and releases the translator and its memory.
     virtual void bigCleanup() {}
-    /// The session is going away: late answers are dropped from now on.
+    /// Called before the session is destroyed: late answers are dropped from now on.
     virtual void shutDown() {}
 
   protected:

@@ -11,13 +11,13 @@
 
 namespace tessarune {
 
-/// The part of a session that the translation of its captions uses: the committed rows, and where
-/// changes are reported. Called on the main queue.
+/// The part of a session that the translation of its captions uses: the committed rows, and
+/// functions to report changes. Called on the main queue.
 class TranslatedCaptions {
   public:
     virtual ~TranslatedCaptions() = default;
     virtual const std::vector<CaptionSegment>& committedSegments() const = 0;
-    /// Changes translation fields of the committed rows, as one change.
+    /// Lets `change` modify the translation fields of the committed rows, as one change.
     virtual void
     changeCommittedSegments(const std::function<void(std::span<CaptionSegment>)>& change) = 0;
     /// The session's general status line.
@@ -25,11 +25,11 @@ class TranslatedCaptions {
     /// `patch` is null unless exactly one unit was translated or failed.
     virtual void refreshCaptionDisplay(const std::string& reason,
                                        const LiveCaptionDisplayTranslationPatch* patch) = 0;
-    /// A translation that comes after the stop still reaches the saved transcript.
+    /// Adds a translation that arrives after the stop to the saved transcript.
     virtual void updatePersistedTranscriptIfStopped() = 0;
-    /// Drops the observation where no translation log is open.
+    /// Drops the observation if no translation log is open.
     virtual void appendTranslationObservation(const TranslationObservation& observation) = 0;
-    /// Whether an open diagnostics run may keep texts, as the user has chosen.
+    /// Whether there is an open diagnostics run and the user allows it to keep texts.
     virtual bool keepsTextsForDiagnosis() const { return false; }
 };
 

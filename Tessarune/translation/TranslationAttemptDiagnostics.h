@@ -12,7 +12,7 @@ struct TranslationAttemptDiagnostics {
     std::string sourceLanguage;
     std::int64_t sourceCharacters = 0;
     std::optional<double> availabilitySeconds;
-    std::optional<double> translateCallSeconds; ///< over all attempts
+    std::optional<double> translateCallSeconds; ///< the sum of all attempts
     std::optional<double> applySeconds;
     std::optional<std::string> preflightStatus; ///< the pair's status, "passThrough" or "empty"
     std::int64_t attemptCount = 1;

@@ -13,7 +13,7 @@ struct TranslationLanguagePreparationResult {
     enum class Outcome { failed, prepared, unsupported, cancelled };
 
     Outcome outcome = Outcome::cancelled;
-    std::optional<TranslationFailureDetails> failure; ///< of `failed`
+    std::optional<TranslationFailureDetails> failure; ///< set if the outcome is `failed`
 
     bool operator==(const TranslationLanguagePreparationResult&) const = default;
 };
@@ -44,7 +44,7 @@ TranslationLanguagePreparationFollowUp followUp(const TranslationLanguagePrepara
                                                 std::string_view source, std::string_view target);
 }
 
-/// Whether the display says that a language pair is being prepared, and which.
+/// The language pair whose preparation is displayed.
 struct TranslationPreparationDisplayState {
     struct Pair {
         std::string source;
@@ -52,7 +52,7 @@ struct TranslationPreparationDisplayState {
         bool operator==(const Pair&) const = default;
     };
 
-    std::optional<Pair> preparing; ///< absent: idle
+    std::optional<Pair> preparing; ///< `nullopt`: none
 
     bool operator==(const TranslationPreparationDisplayState&) const = default;
 };

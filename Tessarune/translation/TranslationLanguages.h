@@ -15,10 +15,10 @@ namespace tessarune {
 struct TranslationLanguageState {
     std::string id; ///< of `TranslationSupport::targetLanguages`
     TranslationAvailabilityStatus status = TranslationAvailabilityStatus::unsupported;
-    /// On the disk, or the size of the download; 0 if unknown.
+    /// The size on the disk or of the download; 0 if unknown.
     std::uint64_t bytes = 0;
-    bool isRemovable = false; ///< also false for one that came with the program
-    std::string damage;       ///< the damage found in one on the disk; empty if none
+    bool isRemovable = false; ///< also false if it came with the program
+    std::string damage;       ///< a text about the damage of its files; empty if none
 
     bool operator==(const TranslationLanguageState&) const = default;
 };
@@ -29,8 +29,7 @@ struct TranslationDownloadProgress {
     std::uint64_t expected = 0;
 };
 
-/// The languages that English can be translated to: listing, downloading and removing them. Main
-/// queue.
+/// Lists, downloads and removes the languages that English can be translated to. Main queue.
 class TranslationLanguages {
   public:
     virtual ~TranslationLanguages() = default;
@@ -39,9 +38,9 @@ class TranslationLanguages {
     virtual std::vector<TranslationLanguageState> list() const = 0;
 
     /// Downloads a language, or replaces a damaged one; does nothing if it is installed. Throws
-    /// with a text that can be shown: for an unknown `id` or one without a model, too, and when
-    /// `stop` ends it early; the bytes received by then are kept for the next attempt. `progress`,
-    /// which may be empty, is called on the main queue.
+    /// with a text that can be shown, also for an unknown `id`, for one without a model, and if
+    /// `stop` ends the download early; the bytes received so far are kept for the next attempt.
+    /// `progress` may be empty and is called on the main queue.
     virtual Task<void> download(std::string id,
                                 std::function<void(TranslationDownloadProgress)> progress,
                                 std::stop_token stop) = 0;

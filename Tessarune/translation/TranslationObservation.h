@@ -22,7 +22,7 @@ struct TranslationObservation {
     Phase phase = Phase::start;
     Scope scope = Scope::committed;
     std::optional<UUID> translationUnitID; ///< of committed translations
-    UUID segmentID; ///< the row that shows the result; for a preview, an identity of the attempt
+    UUID segmentID; ///< the row that shows the result; for a preview, the attempt's identity
     std::vector<UUID> segmentIDs;
     std::optional<UUID> resultSegmentID;
     std::string sourceText;
@@ -39,7 +39,7 @@ struct TranslationObservation {
 std::string_view name(TranslationObservation::Phase phase);
 std::string_view name(TranslationObservation::Scope scope);
 
-/// The serialised form: absent values are left out.
+/// Serialises the observation without absent values.
 void to_json(nlohmann::ordered_json& json, const TranslationObservation& observation);
 
 } // namespace tessarune

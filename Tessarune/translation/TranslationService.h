@@ -16,13 +16,13 @@ enum class TranslationError {
     unsupportedTargetLanguage,
     unsupportedLanguagePairing,
     notInstalled,     ///< the pair's files are missing
-    alreadyCancelled, ///< the session is over; a new one is needed
+    alreadyCancelled, ///< the session has ended; a new one is needed
     unableToIdentifyLanguage,
     nothingToTranslate,
     internalError
 };
 
-/// The exception of all operations of the service. Without a kind it is any other failure.
+/// The exception that all operations of the service throw. It has no kind for any other failure.
 class TranslationServiceError : public LocalizedError {
   public:
     TranslationServiceError(std::optional<TranslationError> kind, const LocalizedError& error)
@@ -43,7 +43,7 @@ class LanguageAvailability {
     virtual Task<TranslationAvailabilityStatus> status(std::string from, std::string to) = 0;
 };
 
-/// One language pair in use. Cheap to make: files are loaded on first use.
+/// One language pair in use. Cheap to create: files are loaded on first use.
 class TranslationSession {
   public:
     struct Response {
@@ -52,14 +52,14 @@ class TranslationSession {
 
     virtual ~TranslationSession() = default;
 
-    /// Whether the pair's files are there and load.
+    /// Whether the pair's files are installed and can be loaded.
     virtual Task<bool> isReady() = 0;
-    /// Downloads what the pair lacks, if it may, and loads it.
+    /// Downloads the missing files of the pair, if allowed, and loads the pair.
     virtual Task<void> prepareTranslation() = 0;
     virtual Task<Response> translate(std::string text) = 0;
 };
 
-/// Seam: the offline translator of this computer.
+/// Interface: the offline translator of this computer.
 ///
 /// The caller owns the objects made here. Their operations may run concurrently; they start and
 /// resume on the given executor, and the object must live until they have ended.

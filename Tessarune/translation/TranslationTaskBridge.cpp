@@ -58,7 +58,7 @@ Task<void> TranslationTaskBridge::test(Self self, TranslationTestRequest request
         self->statusText_ = localized("正在打开 Apple 语言下载面板…");
         break;
     }
-    // A new session each time: the state that an older one has of the pair is under test.
+    // Each test uses a new session, because an older one may have an outdated state of the pair.
     const auto session = self->environment_.service->session(
         TranslationSupport::appleLanguageIdentifier(request.source),
         TranslationSupport::appleLanguageIdentifier(request.target),
@@ -92,7 +92,7 @@ Task<void> TranslationTaskBridge::run(Self self, std::shared_ptr<TranslationSess
     self->finish();
 }
 
-/// Asked for the state of the pair.
+/// The translator that knows the state of the pair; null if there is none.
 std::shared_ptr<Translator> TranslationTaskBridge::translator() const {
     if (environment_.live)
         return environment_.live->runtime().translator();

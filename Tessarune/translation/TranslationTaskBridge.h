@@ -11,7 +11,7 @@
 
 namespace tessarune {
 
-/// One test of a language pair that the user asked for.
+/// One test of a language pair, requested by the user.
 struct TranslationTestRequest {
     UUID id;
     std::string source;
@@ -22,17 +22,18 @@ struct TranslationTestRequest {
 };
 
 /// The settings' test of a language pair, which also downloads its resources: it prepares the pair
-/// in a session of its own, translates a sample, and reports the result. A successful test at once
-/// repairs the failed rows of a running session.
+/// in a session of its own, translates a sample, and reports the result. A successful test makes a
+/// running session retry its failed rows at once.
 ///
 /// Main queue. Made with `std::make_shared`: a running test keeps it alive.
 class TranslationTaskBridge : public std::enable_shared_from_this<TranslationTaskBridge> {
   public:
     struct Environment {
         Host& host;
-        /// Null where this computer has no translator.
+        /// Null if this computer has no translator.
         std::shared_ptr<TranslationService> service;
-        /// The session whose failed rows a successful test repairs; null if no session can run.
+        /// The session that retries its failed rows after a successful test; null if no session can
+        /// run.
         std::shared_ptr<LiveTranscriptTranslation> live;
     };
     explicit TranslationTaskBridge(Environment environment);
@@ -41,12 +42,12 @@ class TranslationTaskBridge : public std::enable_shared_from_this<TranslationTas
     /// Supersedes a running test.
     void runTranslationTest(const std::string& target);
 
-    // What views show; others only read and observe it
+    // State for views, which only read and observe it
     Published<bool>& isTestingTranslation() { return isTestingTranslation_; }
     Published<std::string>& resultText() { return resultText_; }
     Published<std::string>& statusText() { return statusText_; }
 
-    /// The failure as the user reads it.
+    /// The text of the failure for the user.
     static std::string errorMessage(const std::exception& error,
                                     const TranslationTestRequest& request);
 
