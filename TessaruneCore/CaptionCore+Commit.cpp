@@ -157,8 +157,8 @@ bool CaptionCore::committedWithinWindow(const CaptionSegment& row, double t) con
 }
 
 CaptionCore::LiveTail CaptionCore::liveTail(const Rows& segments, std::string_view tail) {
-    const std::string_view whole = Text::trimmed(tail);
-    std::string_view remaining = whole;
+    const std::string_view fullTail = Text::trimmed(tail);
+    std::string_view remaining = fullTail;
     if (remaining.empty())
         return {"", true};
     for (const CaptionSegment& segment : segments) {
@@ -166,7 +166,7 @@ CaptionCore::LiveTail CaptionCore::liveTail(const Rows& segments, std::string_vi
         if (prefix.empty())
             continue;
         if (!Text::hasPrefix(remaining, prefix))
-            return {std::string(whole), false};
+            return {std::string(fullTail), false};
         remaining = Text::trimmed(Text::dropFirst(remaining, Text::length(prefix)));
     }
     return {std::string(remaining), true};

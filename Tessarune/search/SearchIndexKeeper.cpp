@@ -80,25 +80,25 @@ void SearchIndexKeeper::compare() {
         wasChecked_ = true;
         return; // no recordings, no index
     }
-    std::vector<UUID> gone;
+    std::vector<UUID> deleted;
     std::vector<IndexedTexts> outdated;
     const bool isUsable = withIndex([&](SearchIndex& index) {
         auto known = index.stamps();
         for (const UUID& id : changed_)
             known[id].clear();
-        gone.clear();
+        deleted.clear();
         outdated.clear();
         for (const auto& [id, stamp] : known) {
             if (!current.contains(id))
-                gone.push_back(id);
+                deleted.push_back(id);
         }
         for (const auto& [id, stamp] : current) {
             const auto found = known.find(id);
             if (found == known.end() || found->second != stamp)
                 outdated.push_back({id, stamp, {}, {}});
         }
-        if (!gone.empty())
-            index.remove(gone);
+        if (!deleted.empty())
+            index.remove(deleted);
     });
     if (!isUsable)
         return;

@@ -32,10 +32,10 @@ class SearchIndexKeeper {
     void check();
     /// Makes the next check treat the recording as changed, whatever its stamp is.
     void noteChange(const UUID& id);
-    /// Does some of the work that a check found, for a few hundredths of a second; false once none
-    /// is left.
+    /// Does some of the remaining work (reading, erasing), for a few hundredths of a second; false
+    /// once none is left.
     bool step();
-    /// The same, but only erases deleted texts; false once none are left.
+    /// Does some of the erasing only; false once none is left.
     bool eraseSome();
 
     struct State {

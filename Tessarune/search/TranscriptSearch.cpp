@@ -11,10 +11,10 @@ namespace tessarune {
 /// outlive the search.
 struct TranscriptSearch::Worker {
     Worker(FileSystem& files, const RecordingCatalog& catalog, TessaruneFileLogger& logger,
-           OpenSearchIndex open, NotificationCenter& itsNotifications)
+           OpenSearchIndex open, NotificationCenter& notificationCenter)
         : keeper(files, catalog, logger, std::move(open)),
           transcripts(files, catalog),
-          notifications(itsNotifications) {}
+          notifications(notificationCenter) {}
 
     SearchIndexKeeper keeper;
     TranscriptFiles transcripts;

@@ -56,7 +56,7 @@ class AppleTranslator final : public Translator {
     Executor caller_;
     const Downloads downloads_;
 
-    // By pair key
+    // Keyed by `Pair::key`
     std::map<std::string, std::shared_ptr<TranslationSession>> sessions_;
     std::set<std::string> preparedPairs_;
     std::map<std::string, TranslationAvailabilityStatus> availabilityCache_;

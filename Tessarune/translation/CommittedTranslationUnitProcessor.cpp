@@ -51,7 +51,7 @@ struct Attempt {
 
     bool isWanted() const { return runtime().isWanted(context, stop); }
 
-    /// Closes the unit without the translator.
+    /// Completes the unit without the translator. True if the queue may continue.
     bool close(std::string_view preflightStatus, const std::string& translatedText) {
         if (stop.stop_requested() ||
             !TranslationSupport::isAppleBackend(runtime().settings().translationBackend))

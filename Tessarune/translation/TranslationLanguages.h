@@ -13,7 +13,7 @@ namespace tessarune {
 
 /// A target language as a user sees it.
 struct TranslationLanguageState {
-    std::string id; ///< of `TranslationSupport::targetLanguages`
+    std::string id; ///< as in `TranslationSupport::targetLanguages`
     TranslationAvailabilityStatus status = TranslationAvailabilityStatus::unsupported;
     /// The size on the disk or of the download; 0 if unknown.
     std::uint64_t bytes = 0;

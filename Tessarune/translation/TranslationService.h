@@ -22,7 +22,8 @@ enum class TranslationError {
     internalError
 };
 
-/// The exception that all operations of the service throw. It has no kind for any other failure.
+/// The exception that all operations of the service throw. `kind` is `nullopt` if
+/// `TranslationError` does not list the failure.
 class TranslationServiceError : public LocalizedError {
   public:
     TranslationServiceError(std::optional<TranslationError> kind, const LocalizedError& error)

@@ -5,7 +5,7 @@
 
 namespace tessarune {
 
-/// The words to know first, the most frequent first: lemmas in lower case. docs/vocabulary.md names
+/// Returns the core words, the most frequent first: lemmas in lower case. docs/vocabulary.md names
 /// the source of the list.
 std::vector<std::string> loadCoreWords();
 

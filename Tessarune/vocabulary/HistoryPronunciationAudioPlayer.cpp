@@ -133,16 +133,16 @@ std::string HistoryPronunciationAudioPlayer::key(VocabularyPronunciationSource s
 
 void HistoryPronunciationAudioPlayer::play(VocabularyPronunciationSource source,
                                            std::string_view word) {
-    const std::string wanted = key(source, word);
-    if (*state_->activeKey == wanted) {
+    const std::string newKey = key(source, word);
+    if (*state_->activeKey == newKey) {
         stop();
         return;
     }
     state_->playTask.request_stop();
     state_->playTask = std::stop_source();
-    state_->loadingKey = wanted;
+    state_->loadingKey = newKey;
     spawn(Executor::main(state_->host),
-          State::run(state_, source, std::string(word), wanted, state_->playTask.get_token()));
+          State::run(state_, source, std::string(word), newKey, state_->playTask.get_token()));
 }
 
 void HistoryPronunciationAudioPlayer::stop() {

@@ -35,9 +35,9 @@ class HistoryPronunciationAudioPlayer {
     /// The value of `activeKey` and `loadingKey` for a word.
     static std::string key(VocabularyPronunciationSource source, std::string_view word);
 
-    /// The word that is playing.
+    /// The key of the word that is playing.
     const Published<std::optional<std::string>>& activeKey() const;
-    /// The word whose sound is being fetched.
+    /// The key of the word whose sound is being fetched.
     const Published<std::optional<std::string>>& loadingKey() const;
 
   private:

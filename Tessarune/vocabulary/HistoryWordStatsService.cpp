@@ -43,7 +43,7 @@ HistoryWordStatsService::stats(std::optional<UUID> recordingID, std::string sour
         logger.event("history.detail.wordStatsCacheHit", fields);
         co_return known;
     }
-    const double began = host.now();
+    const double startedAt = host.now();
     Stats built = co_await runOn(queue, [&] {
         return std::make_shared<const HistoryWordStats>(HistoryWordStats::build(
             sourceText, sentenceCount, durationSeconds, *lexicon, *dominantLanguage));
@@ -51,7 +51,7 @@ HistoryWordStatsService::stats(std::optional<UUID> recordingID, std::string sour
     cache->insert(key, built);
     constexpr double millisecondsPerSecond = 1000;
     fields.add("elapsedMS",
-               static_cast<std::int64_t>((host.now() - began) * millisecondsPerSecond));
+               static_cast<std::int64_t>((host.now() - startedAt) * millisecondsPerSecond));
     fields.add("tokenCount", std::int64_t{built->tokenCount});
     fields.add("vocabularyCount", std::int64_t{built->vocabularyCount});
     logger.event("history.detail.wordStatsBuilt", fields);

@@ -60,7 +60,7 @@ struct Tables {
 };
 
 Tables makeTables() {
-    Tables made;
+    Tables result;
     const auto nextWord = [](std::string_view& text) {
         const std::string_view word = text.substr(0, text.find(' '));
         text.remove_prefix(std::min(text.size(), word.size() + 1));
@@ -68,19 +68,19 @@ Tables makeTables() {
     };
     for (std::string_view rest = ownLemmas; !rest.empty();) {
         const std::string_view word = nextWord(rest);
-        made.functionWords.insert(word);
-        made.lemmas.emplace(word, word);
+        result.functionWords.insert(word);
+        result.lemmas.emplace(word, word);
     }
     for (std::string_view rest = irregular; !rest.empty();) {
         const std::string_view form = nextWord(rest);
-        made.lemmas.emplace(form, nextWord(rest));
+        result.lemmas.emplace(form, nextWord(rest));
     }
-    return made;
+    return result;
 }
 
 const Tables& tables() {
-    static const Tables made = makeTables();
-    return made;
+    static const Tables instance = makeTables();
+    return instance;
 }
 
 } // namespace

@@ -38,17 +38,17 @@ double weight(const WordReading& reading, const std::string& form, Position posi
     constexpr double unlikely = 0.125;
     constexpr double impossible = 0.001; // but still chosen if it is the only reading
     constexpr double usesOfARareWord = 0.5;
-    double found = reading.uses + usesOfARareWord;
+    double likelihood = reading.uses + usesOfARareWord;
     if (reading.lemma != form)
-        found *= shareOfAnInflection;
+        likelihood *= shareOfAnInflection;
     const bool isVerb = reading.partOfSpeech == PartOfSpeech::verb;
     const bool isNoun = reading.partOfSpeech == PartOfSpeech::noun;
     if (position == Position::afterDeterminer && isVerb)
-        return found * impossible;
+        return likelihood * impossible;
     // "They are building", but also "these are buildings".
     const bool isOutOfPlace = position == Position::afterSubject ||
                               (position == Position::afterBe && form.ends_with("ing"));
-    return isNoun && isOutOfPlace ? found * unlikely : found;
+    return isNoun && isOutOfPlace ? likelihood * unlikely : likelihood;
 }
 
 } // namespace
@@ -68,17 +68,17 @@ const std::vector<WordReading>& LemmaTagger::readings(const std::string& form) {
 }
 
 std::string LemmaTagger::lemma(const std::string& form, const std::string& before) {
-    if (const auto settled = LemmaExceptions::lemma(form))
-        return std::string(*settled);
+    if (const auto exception = LemmaExceptions::lemma(form))
+        return std::string(*exception);
     std::map<std::string, double> weights;
     for (const auto& reading : readings(form))
         weights[reading.lemma] += weight(reading, form, positionAfter(before));
     const std::string* best = &form;
-    double heaviest = 0;
+    double bestWeight = 0;
     for (const auto& [lemma, total] : weights) {
-        if (total > heaviest) {
+        if (total > bestWeight) {
             best = &lemma;
-            heaviest = total;
+            bestWeight = total;
         }
     }
     return *best;

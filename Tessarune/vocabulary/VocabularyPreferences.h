@@ -8,7 +8,7 @@
 namespace tessarune {
 
 /// The user's choices for looking up and hearing words. Each can be observed and is stored at once.
-/// Main queue; the store must outlive it.
+/// Main queue; the store must outlive this.
 class VocabularyPreferences {
     // Declared before the settings, whose constructors add them to this list.
     std::vector<AnySetting*> all_;

@@ -28,7 +28,7 @@ class VocabularyStore {
     // Newest first.
     const Published<Words>& masteredWords() const { return masteredWords_; }
     const Published<Words>& favoriteWords() const { return favoriteWords_; }
-    /// The words to know first, the most frequent first.
+    /// The core words, the most frequent first.
     const Published<Words>& coreWords() const { return coreWords_; }
     /// Why the last save failed; empty if it succeeded.
     const Published<std::string>& problem() const { return problem_; }

@@ -6,7 +6,7 @@
 
 namespace tessarune {
 
-/// Where a word can be looked up.
+/// The dictionaries in which a word can be looked up.
 enum class VocabularyDictionaryProvider {
     youdaoEnglishChinese,
     cambridgeEnglishChinese,
@@ -17,7 +17,7 @@ enum class VocabularyDictionaryProvider {
     merriamWebster
 };
 
-/// Where the sound of a word comes from.
+/// The sources of pronunciations.
 enum class VocabularyPronunciationSource {
     youdaoUS,
     youdaoUK,

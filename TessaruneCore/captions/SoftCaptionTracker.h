@@ -21,7 +21,7 @@ struct SoftCaptionTracker {
         std::string normalized;
         double firstSeenAt = 0;
         double stableSince = 0;
-        bool visible = false; ///< stays set while the row lives
+        bool visible = false; ///< stays set until the row is replaced
 
         bool operator==(const Row&) const;
     };

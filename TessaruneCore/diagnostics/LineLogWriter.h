@@ -50,7 +50,7 @@ class LineLogWriter {
     /// Writes what is queued, then closes the file. Idempotent.
     void close();
 
-    /// Whether a line could not be written. Call after `close`.
+    /// Whether a line was lost because too many were queued or writing failed. Call after `close`.
     bool hasLostLines() const { return hasLostLines_; }
 
   private:

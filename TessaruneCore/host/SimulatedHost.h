@@ -61,7 +61,8 @@ class SimulatedHost final : public Host {
     /// that the suspended tasks refer to must still exist.
     void end();
 
-    /// The numbers of suspended tasks and queued blocks, which must level off in a long session.
+    /// The numbers of suspended tasks and of queued and delayed blocks, which must level off in a
+    /// long session.
     std::size_t liveTasks() const { return tasks_.size(); }
     std::size_t waitingBlocks() const;
 

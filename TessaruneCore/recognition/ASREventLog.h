@@ -25,7 +25,7 @@ class Writer {
     void append(ASREvent event, std::optional<double> t = std::nullopt);
     /// Writes what is queued, then closes the file.
     void close() { lines_->close(); }
-    /// Whether a line could not be written. Call after `close`.
+    /// As in `LineLogWriter`. Call after `close`.
     bool hasLostLines() const { return lines_->hasLostLines(); }
 
   private:

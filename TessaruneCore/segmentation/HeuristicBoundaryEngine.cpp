@@ -141,12 +141,12 @@ HeuristicBoundaryEngine::softPieces(const std::vector<std::string>& excludedKeys
     const auto& clauses = cuts_.clauses();
     if (clauses.empty())
         return soft;
-    const std::span settled(clauses.data(), clauses.size() - 1);
-    clauseKeys_.assign(settled);
+    const std::span completeClauses(clauses.data(), clauses.size() - 1);
+    clauseKeys_.assign(completeClauses);
     const KeySet excluded{std::span(excludedKeys).subspan(firstExcluded)};
-    for (std::size_t i = 0; i < settled.size(); ++i) {
+    for (std::size_t i = 0; i < completeClauses.size(); ++i) {
         if (!excluded.contains(clauseKeys_.keys()[i]))
-            soft.emplace_back(settled[i]);
+            soft.emplace_back(completeClauses[i]);
     }
     return soft;
 }

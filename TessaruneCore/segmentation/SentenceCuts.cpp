@@ -273,15 +273,15 @@ void SentenceCuts::appendLongTail(std::string_view text, std::size_t maximumLeng
 void SentenceCuts::appendCutWords(std::string_view text, std::int64_t limit,
                                   std::vector<std::string_view>& pieces) {
     const std::vector<std::string_view> words = Text::splitOnWhiteSpace(text);
-    auto left = static_cast<std::int64_t>(words.size());
+    auto remaining = static_cast<std::int64_t>(words.size());
     auto next = words.begin();
-    while (left > 0) {
-        const std::int64_t taken =
-            left - SentenceSegmenter::minTailWordsAfterLongSplit > limit ? limit : left;
+    while (remaining > 0) {
+        const std::int64_t count =
+            remaining - SentenceSegmenter::minTailWordsAfterLongSplit > limit ? limit : remaining;
         pieces.push_back(joined_.emplace_back(
-            Text::joined(std::vector<std::string_view>(next, next + taken), " ")));
-        next += taken;
-        left -= taken;
+            Text::joined(std::vector<std::string_view>(next, next + count), " ")));
+        next += count;
+        remaining -= count;
     }
 }
 

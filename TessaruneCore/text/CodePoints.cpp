@@ -54,15 +54,15 @@ char32_t decodeBackwards(std::string_view text, std::size_t& end) {
 
 bool isASCII(std::string_view text) {
     const char* bytes = text.data();
-    std::size_t left = text.size();
-    for (; left >= sizeof(std::uint64_t); left -= sizeof(std::uint64_t)) {
+    std::size_t remaining = text.size();
+    for (; remaining >= sizeof(std::uint64_t); remaining -= sizeof(std::uint64_t)) {
         std::uint64_t word = 0;
         std::memcpy(&word, bytes, sizeof word);
         if (word & 0x8080808080808080)
             return false;
         bytes += sizeof word;
     }
-    for (; left > 0; --left) {
+    for (; remaining > 0; --remaining) {
         if (static_cast<unsigned char>(*bytes++) >= 0x80)
             return false;
     }

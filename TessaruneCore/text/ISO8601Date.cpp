@@ -47,13 +47,13 @@ struct Reader {
         }
         return value;
     }
-    bool take(char wanted) {
-        if (rest.empty() || rest.front() != wanted)
+    bool take(char expected) {
+        if (rest.empty() || rest.front() != expected)
             return false;
         rest.remove_prefix(1);
         return true;
     }
-    void expect(char wanted) { isGood = take(wanted) && isGood; }
+    void expect(char expected) { isGood = take(expected) && isGood; }
 
     double fraction() {
         double value = 0;

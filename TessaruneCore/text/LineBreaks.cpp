@@ -15,9 +15,9 @@ namespace {
 icu::BreakIterator* lineBreaks() {
     thread_local const std::unique_ptr<icu::BreakIterator> breaks = [] {
         UErrorCode status = U_ZERO_ERROR;
-        std::unique_ptr<icu::BreakIterator> made(
+        std::unique_ptr<icu::BreakIterator> iterator(
             icu::BreakIterator::createLineInstance(icu::Locale::getRoot(), status));
-        return U_SUCCESS(status) ? std::move(made) : nullptr;
+        return U_SUCCESS(status) ? std::move(iterator) : nullptr;
     }();
     return breaks.get();
 }

@@ -9,8 +9,9 @@
 ///
 /// A character is an extended grapheme cluster (Unicode Standard Annex 29), and two texts are equal
 /// if they are canonically equivalent (Annex 15): "é" composed and decomposed is one character and
-/// the same text. Every function has a fast path for ASCII and otherwise uses ICU, with equal
-/// results. Each invalid UTF-8 byte is treated as U+FFFD; invalid text is never a failure.
+/// the same text. The functions have fast paths for ASCII and common letters and otherwise use ICU,
+/// with equal results. Each invalid UTF-8 byte is treated as U+FFFD; invalid text is never a
+/// failure.
 ///
 /// Pure functions, safe from any thread. Returned views point into the argument.
 namespace tessarune::Text {
@@ -66,7 +67,7 @@ std::string joined(const std::vector<std::string_view>& parts, std::string_view 
 
 /// The full lower-case mapping of the root locale, final sigma included.
 std::string lowercased(std::string_view text);
-/// Letters: categories L and M.
+/// Letters and marks: categories L and M.
 bool isLetter(char32_t codePoint);
 /// Letters, marks and digits: categories L, M, N.
 bool isAlphanumeric(char32_t codePoint);

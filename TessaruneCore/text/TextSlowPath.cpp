@@ -37,10 +37,10 @@ std::string utf8(const icu::UnicodeString& text) {
 icu::BreakIterator& characterBreaks() {
     thread_local const std::unique_ptr<icu::BreakIterator> breaks = [] {
         UErrorCode status = U_ZERO_ERROR;
-        std::unique_ptr<icu::BreakIterator> made(
+        std::unique_ptr<icu::BreakIterator> iterator(
             icu::BreakIterator::createCharacterInstance(icu::Locale::getRoot(), status));
         require(status);
-        return made;
+        return iterator;
     }();
     return *breaks;
 }
@@ -81,12 +81,12 @@ bool equal(std::string_view a, std::string_view b) {
 }
 
 bool hasPrefix(std::string_view text, std::string_view start) {
-    const auto all = characters(text);
-    const auto wanted = characters(start);
-    if (wanted.size() > all.size())
+    const auto textCharacters = characters(text);
+    const auto startCharacters = characters(start);
+    if (startCharacters.size() > textCharacters.size())
         return false;
-    for (std::size_t i = 0; i < wanted.size(); ++i) {
-        if (!equal(all[i], wanted[i]))
+    for (std::size_t i = 0; i < startCharacters.size(); ++i) {
+        if (!equal(textCharacters[i], startCharacters[i]))
             return false;
     }
     return true;

@@ -20,10 +20,10 @@ void requireWordBreaks(UErrorCode status) {
 icu::BreakIterator& wordBreaks() {
     thread_local const std::unique_ptr<icu::BreakIterator> breaks = [] {
         UErrorCode status = U_ZERO_ERROR;
-        std::unique_ptr<icu::BreakIterator> made(
+        std::unique_ptr<icu::BreakIterator> iterator(
             icu::BreakIterator::createWordInstance(icu::Locale::getRoot(), status));
         requireWordBreaks(status);
-        return made;
+        return iterator;
     }();
     return *breaks;
 }

@@ -82,17 +82,17 @@ const Language* language(std::string_view id) {
 }
 
 std::string primarySubtag(std::string_view id) {
-    std::string whole;
+    std::string withHyphens;
     std::string part;
     bool ended = false;
     for (const auto character : Text::characters(id)) {
         const bool separates = character == "-" || character == "_";
-        whole += separates ? "-" : character;
+        withHyphens += separates ? "-" : character;
         ended = ended || (separates && !part.empty());
         if (!separates && !ended)
             part += character;
     }
-    return Text::lowercased(part.empty() ? whole : part);
+    return Text::lowercased(part.empty() ? withHyphens : part);
 }
 
 /// "zh", "zh_TW", "zh-Hant-HK": chosen by the script, or else by the region.
@@ -113,9 +113,9 @@ std::string simplified(std::string_view text) {
     // Construction parses some thousand rules, so there is one instance; its use is thread-safe.
     static const std::unique_ptr<const icu::Transliterator> transform = [] {
         UErrorCode status = U_ZERO_ERROR;
-        std::unique_ptr<const icu::Transliterator> made(
+        std::unique_ptr<const icu::Transliterator> transliterator(
             icu::Transliterator::createInstance("Traditional-Simplified", UTRANS_FORWARD, status));
-        return U_SUCCESS(status) ? std::move(made) : nullptr;
+        return U_SUCCESS(status) ? std::move(transliterator) : nullptr;
     }();
     if (!transform)
         return std::string(text);
@@ -131,14 +131,14 @@ std::string simplified(std::string_view text) {
 
 const std::vector<TranslationTargetLanguage>& targetLanguages() {
     static const std::vector<TranslationTargetLanguage> targets = [] {
-        std::vector<TranslationTargetLanguage> made;
-        made.reserve(std::size(languages));
+        std::vector<TranslationTargetLanguage> list;
+        list.reserve(std::size(languages));
         for (const auto& row : languages)
-            made.push_back(
+            list.push_back(
                 {std::string(row.id),
                  std::string(row.flag.empty() ? EmojiFlagSupport::traditionalChineseFlag()
                                               : row.flag)});
-        return made;
+        return list;
     }();
     return targets;
 }
