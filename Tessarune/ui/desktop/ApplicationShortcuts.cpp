@@ -7,7 +7,8 @@ namespace tessarune {
 
 namespace {
 
-/// A field that records a shortcut, or one whose selected text can be copied.
+/// Whether the focused item needs the keys itself: it records a shortcut, or the keys copy its
+/// selected text.
 bool keepsKeys(const QObject* focus, const QKeyEvent& keys) {
     if (!focus)
         return false;
@@ -39,8 +40,8 @@ int ApplicationShortcuts::commandOf(const QKeyEvent& keys) const {
 }
 
 bool ApplicationShortcuts::eventFilter(QObject* watched, QEvent* event) {
-    const bool isAsked = event->type() == QEvent::ShortcutOverride;
-    if (!isAsked && event->type() != QEvent::KeyPress)
+    const bool isOverride = event->type() == QEvent::ShortcutOverride;
+    if (!isOverride && event->type() != QEvent::KeyPress)
         return false;
     const auto* const window = qobject_cast<QWindow*>(watched);
     if (!window || window == &captions_)
@@ -49,8 +50,8 @@ bool ApplicationShortcuts::eventFilter(QObject* watched, QEvent* event) {
     const int command = commandOf(*keys);
     if (command < 0 || keepsKeys(QGuiApplication::focusObject(), *keys))
         return false;
-    if (isAsked)
-        event->accept(); // then the keys come as such, and no other shortcut gets them
+    if (isOverride)
+        event->accept(); // the keys then arrive as a key press, and no other shortcut gets them
     else if (!keys->isAutoRepeat())
         commands_.press(command);
     return true;

@@ -8,10 +8,10 @@
 
 namespace tessarune {
 
-/// The shortcuts of the settings in every window of the program, handled before the window gets the
-/// keys. The caption window handles them itself; in other windows plain keys are for typing, and
-/// copying a selected text has precedence over copying the captions. Main thread; all references
-/// outlive it.
+/// Handles the shortcuts of the settings in every window except the caption window, which handles
+/// them itself. A shortcut runs before the window gets the keys. It needs a modifier other than
+/// Shift, because other keys are for typing; copying selected text has precedence over copying the
+/// captions. Main thread; all references must outlive it.
 class ApplicationShortcuts : public QObject {
   public:
     ApplicationShortcuts(const CaptionCommandsModel& commands, const QWindow& captions);
@@ -19,7 +19,7 @@ class ApplicationShortcuts : public QObject {
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
-    /// -1 if none can be used now.
+    /// The row of the enabled command with these keys; -1 if there is none.
     int commandOf(const QKeyEvent& keys) const;
 
     const CaptionCommandsModel& commands_;

@@ -32,7 +32,7 @@ std::string problemOfChange(Application& application) {
 
 namespace {
 
-/// The folder that was used last; at first the documents.
+/// The folder of the last chosen file; initially the user's documents folder.
 QString& lastFolder() {
     static QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
     return folder;
@@ -51,7 +51,7 @@ QFileDialog* fileDialog(const std::string& title) {
 void chooseExportFile(const std::string& suggestedName,
                       std::function<void(std::filesystem::path)> chosen) {
     auto* const dialog = fileDialog(localized("导出"));
-    dialog->setAcceptMode(QFileDialog::AcceptSave); // and asks before it replaces a file
+    dialog->setAcceptMode(QFileDialog::AcceptSave); // also asks before it replaces a file
     dialog->setFileMode(QFileDialog::AnyFile);
     dialog->selectFile(QString::fromStdString(suggestedName));
     QObject::connect(dialog, &QFileDialog::fileSelected, dialog,

@@ -11,12 +11,11 @@
 
 namespace tessarune {
 
-/// Makes this program the one that may change recordings and runs, if it is not so already;
-/// otherwise says why it is not. Main thread.
+/// Takes the data folder, unless this program holds it already: only its holder may change
+/// recordings and runs. Returns why that failed, for the user; empty on success. Main thread.
 std::string problemOfChange(Application& application);
 
-/// The history window over the application, its sound, the session and the desktop, which outlive
-/// it. Main thread.
+/// Creates the history window. All references must outlive it. Main thread.
 std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, DesktopSound& sound,
                                                  const LiveTranscriptStore& session,
                                                  Desktop& desktop);

@@ -10,7 +10,7 @@ namespace {
 
 using Topic = DesktopNotices::Topic;
 
-constexpr double quietWaitSeconds = 1; // before the user hears of it
+constexpr double quietWaitSeconds = 1; // before the user is told of the wait
 
 } // namespace
 
@@ -25,7 +25,7 @@ void DesktopListening::connect() {
 
 Task<void> DesktopListening::connectToSound() {
     isConnecting_ = true;
-    environment_.notices.tell(Topic::sound, ""); // each try has its own answer
+    environment_.notices.tell(Topic::sound, ""); // removes that of the last attempt
     Task<std::string> connecting = environment_.sound.connectOrSay();
     const std::string problem = co_await connecting;
     isConnecting_ = false;
@@ -42,7 +42,8 @@ Task<void> DesktopListening::connectToSound() {
     }
 }
 
-/// A file opens at once; a pipe opens when something is written to it.
+/// Tells the user after a moment that a file still has no sound: a file opens at once, but a pipe
+/// opens only when something is written to it.
 Task<void> DesktopListening::tellOfWaiting() {
     Task<bool> waiting = sleep(Executor::main(environment_.host), quietWaitSeconds);
     co_await waiting;
@@ -53,7 +54,7 @@ Task<void> DesktopListening::tellOfWaiting() {
 
 void DesktopListening::start(const LiveSessionControlTrigger& trigger) {
     if (wish_ && store().isStopping() && !wish_->starts)
-        store().startListening(trigger); // which says that the session is still being saved
+        store().startListening(trigger); // only tells the user that saving continues
     else if (wish_)
         wish_->starts = true;
     else if (!isListening() && !pendingStart_ && environment_.hasSpeechModel())
@@ -88,7 +89,7 @@ void DesktopListening::stop(const LiveSessionControlTrigger& trigger) {
 }
 
 void DesktopListening::captionFile(const std::filesystem::path& file) {
-    // What is heard now goes on if the file cannot be.
+    // If the file cannot be heard, the running session continues.
     if (const std::string problem = DesktopSound::problemOf(file); !problem.empty()) {
         environment_.notices.tell(problem);
         if (!hasSound_)
@@ -101,8 +102,8 @@ void DesktopListening::captionFile(const std::filesystem::path& file) {
 void DesktopListening::selectSource(const AudioSource& source) {
     if (!wish_ && !environment_.sound.isFile())
         return store().selectSource(source);
-    const bool goesOn = isListening() || pendingStart_ || (wish_ && wish_->starts);
-    want({.file = {}, .source = source, .starts = goesOn});
+    const bool restarts = isListening() || pendingStart_ || (wish_ && wish_->starts);
+    want({.file = {}, .source = source, .starts = restarts});
 }
 
 void DesktopListening::fileEnded(const std::string& problem) {
@@ -111,7 +112,7 @@ void DesktopListening::fileEnded(const std::string& problem) {
         want({});
 }
 
-/// The last wish counts; the one before it is forgotten.
+/// Replaces a wish that is still waiting.
 void DesktopListening::want(Wish wish) {
     pendingStart_.reset();
     if (!std::exchange(wish_, std::move(wish)))
@@ -127,7 +128,7 @@ Task<void> DesktopListening::fulfilWish() {
     if (wish.file) {
         if (!environment_.sound.isFile())
             computerSource_ = *store().view().selectedSource;
-        store().selectSource(AudioSource::systemAudio()); // the file has no other
+        store().selectSource(AudioSource::systemAudio()); // a file replaces it
         environment_.session.setForgetsPermissions(true);
         environment_.sound.playFile(*wish.file);
         hasSound_ = false;
@@ -141,7 +142,7 @@ Task<void> DesktopListening::fulfilWish() {
                         : LiveSessionControlTrigger::sourceSwitch());
 }
 
-/// No session runs.
+/// Call only while no session runs.
 void DesktopListening::listenToComputer(const AudioSource& source) {
     environment_.sound.listenToComputer();
     environment_.session.setForgetsPermissions(false);

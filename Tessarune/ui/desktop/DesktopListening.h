@@ -15,9 +15,9 @@
 
 namespace tessarune {
 
-/// Starts and stops captions for the desktop program, whatever their sound needs first: a session
-/// that is still being saved, a sound server that does not answer yet, a pipe that nobody writes
-/// to. Each command takes back what an earlier one still waits for.
+/// Starts and stops captions for the desktop program. A start waits until the previous session is
+/// saved, the sound server answers, or a pipe has a writer. A later command replaces one that is
+/// still waiting.
 ///
 /// Main thread. All references must outlive it.
 class DesktopListening {
@@ -27,29 +27,30 @@ class DesktopListening {
         DesktopSound& sound;
         ListeningSession& session;
         DesktopNotices& notices;
-        /// Whether speech can be recognised; tells the user how otherwise.
+        /// Whether speech can be recognised; if not, tells the user why.
         std::function<bool()> hasSpeechModel;
     };
     explicit DesktopListening(Environment environment);
     DesktopListening(const DesktopListening&) = delete;
 
-    /// Looks for sound, and tells the user if there is none.
+    /// Connects to the source of sound, and tells the user if that fails.
     void connect();
     void start(const LiveSessionControlTrigger& trigger);
     void toggle(const LiveSessionControlTrigger& trigger);
     void stop(const LiveSessionControlTrigger& trigger);
-    /// A file in place of the computer's sound, from its beginning to its end. What is heard until
-    /// now is saved first.
+    /// Captions a file in place of the computer's sound, from its beginning to its end. The running
+    /// session is saved first. If the file cannot be heard, tells the user, and the session
+    /// continues.
     void captionFile(const std::filesystem::path& file);
     void selectSource(const AudioSource& source);
-    /// Nothing starts from now on.
+    /// Call before the program ends: a pending start no longer takes effect.
     void end() { isEnding_ = true; }
 
   private:
-    /// What is to be heard once the session until now is saved.
+    /// The source to use once the previous session is saved.
     struct Wish {
-        std::optional<std::filesystem::path> file; ///< without: the computer
-        std::optional<AudioSource> source{};       ///< without: that before the file
+        std::optional<std::filesystem::path> file; ///< `nullopt`: the computer
+        std::optional<AudioSource> source{};       ///< `nullopt`: the source before the file
         bool starts = false;
     };
 
@@ -65,7 +66,7 @@ class DesktopListening {
 
     const Environment environment_;
     std::optional<Wish> wish_;
-    std::optional<LiveSessionControlTrigger> pendingStart_; // once there is sound
+    std::optional<LiveSessionControlTrigger> pendingStart_; // takes effect once there is sound
     AudioSource computerSource_ = AudioSource::systemAudio();
     bool hasSound_ = false;
     bool isConnecting_ = false;

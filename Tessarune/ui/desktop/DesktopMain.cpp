@@ -38,7 +38,8 @@ void nameProgram() {
     QGuiApplication::setDesktopFileName(QStringLiteral(TESSARUNE_APPLICATION_ID));
 }
 
-/// Returns the exit status; `nullopt` if the other program has just ended.
+/// Passes the request to the program that already runs. Returns the exit status; `nullopt` if that
+/// program has just ended and this one takes its place.
 std::optional<int> passOn(SingleInstance& instance, const DesktopRequest& request) {
     const std::string failure = instance.forward(request.forOther());
     if (instance.standing() == SingleInstance::Standing::first)
@@ -63,9 +64,9 @@ int runDesktopProgram(int argc, char** argv) {
         qputenv("QT_QPA_PLATFORM", "xcb");
     PlatformLog::open(programName);
     nameProgram();
-    QApplication application(argc, argv); // takes its own options out of the arguments
-    // Qt also sets the user's locale. Its texts are wanted, but libraries for sound and speech
-    // parse numbers, which need a decimal point.
+    QApplication application(argc, argv); // removes Qt's own options from the arguments
+    // Qt also sets the user's locale. Its language is wanted, but libraries for sound and speech
+    // parse numbers with a decimal point.
     std::setlocale(LC_NUMERIC, "C");
     nameInterfaceFaces(StringTables::userLocale());
     const std::span<char*> arguments(argv + 1, static_cast<std::size_t>(std::max(argc, 1) - 1));
@@ -81,7 +82,7 @@ int runDesktopProgram(int argc, char** argv) {
             return *status;
     }
     if (request.has(DesktopAction::stop) && request.actions.size() == 1 && !request.file)
-        return 0; // nothing runs that could be stopped
+        return 0; // no program runs that could be stopped
     return DesktopProgram(signals, instance, request).run();
 }
 

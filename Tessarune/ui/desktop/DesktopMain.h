@@ -2,12 +2,11 @@
 
 namespace tessarune {
 
-/// Runs the desktop program from its first window to the saved session, and returns the exit
-/// status.
+/// Runs the desktop program until it quits and its session is saved. Returns the exit status.
 ///
 /// `tessarune start` begins captioning at once, and so does `tessarune file:PATH`, with a file in
-/// place of the computer's sound. The other words are those of `DesktopAction`. If the program
-/// already runs, it is asked to do the same, and this process ends.
+/// place of the computer's sound. The other arguments are the values of `DesktopAction`. If the
+/// program already runs, this process passes the request on to it and ends.
 int runDesktopProgram(int argc, char** argv);
 
 } // namespace tessarune

@@ -7,10 +7,10 @@
 namespace tessarune {
 
 void DesktopNotices::tell(Topic topic, const std::string& text) {
-    const auto stands = [&](const Notice& notice) {
+    const auto isShown = [&](const Notice& notice) {
         return notice.topic == topic && notice.text == text;
     };
-    if (std::ranges::any_of(notices_, stands))
+    if (std::ranges::any_of(notices_, isShown))
         return;
     std::erase_if(notices_, [topic](const Notice& notice) { return notice.topic == topic; });
     add(topic, text);
@@ -23,9 +23,9 @@ void DesktopNotices::dismissAll() {
 }
 
 void DesktopNotices::add(Topic topic, const std::string& text) {
-    const bool isThere =
+    const bool isShown =
         std::ranges::any_of(notices_, [&](const Notice& notice) { return notice.text == text; });
-    if (text.empty() || isThere)
+    if (text.empty() || isShown)
         return;
     notices_.push_back({topic, text});
     publish();

@@ -8,22 +8,22 @@
 
 namespace tessarune {
 
-/// What the program tells the user beside the captions, until the user has read it or it is no
-/// longer so. Main thread.
+/// The messages to the user that are shown beside the captions, until the user dismisses them or
+/// they no longer apply. Main thread.
 class DesktopNotices {
   public:
-    /// What changes by itself: a topic has one notice at a time.
+    /// A topic has at most one notice, which later news replaces or removes; `none` has any number.
     enum class Topic { none, sound, waitingForFile, speechModel, recording };
 
-    /// Hears each notice that did not stand there already.
+    /// Called with each new notice, unless one with the same text is already shown.
     std::function<void(const std::string& text)> onNotice;
 
     /// Shows the text until it is dismissed.
     void tell(const std::string& text) { add(Topic::none, text); }
-    /// Shows the text in place of the last one on the topic; empty: there is nothing to say.
+    /// Replaces the notice on the topic by the text, or removes it if the text is empty.
     void tell(Topic topic, const std::string& text);
     void dismissAll();
-    /// All notices, a line each; empty: none.
+    /// All notices, one per line; empty if there are none.
     const Published<std::string>& text() const { return text_; }
 
   private:

@@ -44,9 +44,9 @@ void DesktopProgram::watchSystem() {
                 }});
     const auto endsSession = [this](QSessionManager& manager) {
         manager.setRestartHint(QSessionManager::RestartNever);
-        const bool listened = *store().view().isListening;
+        const bool wasListening = *store().view().isListening;
         saveNow();
-        if (listened) // another program may still call the logout off
+        if (wasListening) // another program may still cancel the logout
             notices_.tell(localized("桌面会话即将结束，字幕已停止并保存。"));
     };
     QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &host_, endsSession,
@@ -54,7 +54,7 @@ void DesktopProgram::watchSystem() {
     lostDisplay_.emplace([this] { saveNow(); });
 }
 
-/// Another program may record, or change recordings.
+/// Watches the index of the recordings, because another program may record or change recordings.
 void DesktopProgram::watchRecordings() {
     try {
         application_.files.createDirectories(application_.paths.appSupportBase());
@@ -63,7 +63,7 @@ void DesktopProgram::watchRecordings() {
         };
         recordingsWatch_.emplace(application_.paths.recordingIndex(), host_, [this, tell] {
             tell();
-            // The texts of a session follow its entry within moments.
+            // The texts of a session are written shortly after its entry.
             constexpr double textsSeconds = 2;
             recordingsLook_.cancel();
             recordingsLook_ = host_.after(textsSeconds, tell);
@@ -74,7 +74,8 @@ void DesktopProgram::watchRecordings() {
     }
 }
 
-/// What the window would show reaches a user who does not see it.
+/// Shows the text as a desktop notification while both the caption window, which would show it, and
+/// the welcome page are closed.
 void DesktopProgram::notifyIfHidden(const std::string& text) {
     if (!text.empty() && window_ && !window_->window().isVisible() && !welcome_)
         desktop_.notify("Tessarune", text);
@@ -92,8 +93,8 @@ Task<void> DesktopProgram::finish(std::function<void()> ready) {
     quit();
 }
 
-/// Called before the desktop session ends or after the display was lost: there is no time for a
-/// task.
+/// For the end of the desktop session and the loss of the display, when there is no time for a
+/// task: blocks until the session is saved, for a limited time.
 void DesktopProgram::saveNow() {
     listening_.stop(LiveSessionControlTrigger::applicationWillTerminate());
     const auto isSaved = [this] {

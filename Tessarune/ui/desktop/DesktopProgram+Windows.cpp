@@ -20,7 +20,7 @@ double secondsBehind(const LiveSystemAudioTranscriber& transcriber) {
     return found == stats.end() ? 0 : found->second;
 }
 
-/// How a user keeps a window above others where no program may do so.
+/// How the user keeps a window above others on a desktop that does not let a program do so.
 std::string desktopsWayToTop() {
     static const std::pair<const char*, std::string_view> ways[] = {
         {"GNOME", localizationKey("Alt+空格，置顶")},
@@ -38,7 +38,7 @@ std::string desktopsWayToTop() {
 
 } // namespace
 
-/// The windows that are opened on request. The menus have an entry for each.
+/// Offers the windows that are opened on request. The menus have an entry for each.
 void DesktopProgram::offerWindows() {
     windows_.offer<SettingsWindow>(DesktopWindows::Kind::settings, [this] {
         return makeSettingsWindow(application_, session_, motion_.isReduced, desktop_);
@@ -96,8 +96,8 @@ void DesktopProgram::recordFollow(const std::string& event, const LogFields& fie
 }
 
 void DesktopProgram::showFirst() {
-    const bool isAsked = request_.file || !request_.actions.empty();
-    if (isAsked || !DesktopWelcome::isDue(application_)) {
+    const bool hasRequest = request_.file || !request_.actions.empty();
+    if (hasRequest || !DesktopWelcome::isDue(application_)) {
         window_->show();
         return;
     }
@@ -151,7 +151,7 @@ void DesktopProgram::perform(DesktopAction action) {
     }
 }
 
-/// Requests of another start of the program, or of the desktop.
+/// Handles a request of a second start of the program, or of the desktop.
 void DesktopProgram::handle(const InstanceRequest& request) {
     if (isEnding_)
         return;
@@ -184,7 +184,7 @@ void DesktopProgram::toggleWindow() {
     else if (isInTray())
         hideWindow();
     else if (*application_.settings.showDockIcon)
-        window.showMinimized(); // where the desktop lists its windows
+        window.showMinimized(); // to the desktop's list of windows
 }
 
 /// The user closed the caption window: this ends the session.
@@ -197,13 +197,13 @@ void DesktopProgram::closeWindow() {
 
 void DesktopProgram::endIfUnreachable() {
     const auto windows = QGuiApplication::topLevelWindows();
-    const bool isSeen =
+    const bool hasVisibleWindow =
         std::ranges::any_of(windows, [](const QWindow* window) { return window->isVisible(); });
-    if (!isInTray() && !isSeen)
+    if (!isInTray() && !hasVisibleWindow)
         quit();
 }
 
-/// A panel may have vanished since it showed the item.
+/// The panel that showed the item may have vanished.
 bool DesktopProgram::isInTray() const {
     return tray_ && (trayWatch_->isThere() || X11Desktop::hasTray());
 }

@@ -21,7 +21,7 @@ std::string obstacleText(const RecordingGate::Obstacle& obstacle) {
     return obstacle.doubt;
 }
 
-/// For an alarm: what is open may be what costs so much.
+/// For the report of a memory alarm: an open window may explain the usage.
 std::vector<IdleMemorySentinel::Window> openWindows() {
     std::vector<IdleMemorySentinel::Window> windows;
     for (const QWindow* const window : QGuiApplication::topLevelWindows())
@@ -36,7 +36,8 @@ std::vector<IdleMemorySentinel::Window> openWindows() {
     return windows;
 }
 
-/// `quit` would ask the window first, which is hidden and refuses.
+/// Exits the event loop without `QCoreApplication::quit`, which would ask the windows first: they
+/// are hidden and refuse.
 Task<void> endEventLoop(HistoryRefinementService& refinement) {
     Task<void> ending = refinement.end();
     co_await ending;
@@ -68,7 +69,7 @@ int DesktopProgram::run() {
     showFirst();
     watchSystem();
     instance_.serve([this](const InstanceRequest& request) { handle(request); });
-    // A file may be captioned without asking; any other source is the user's choice.
+    // A file on the command line is captioned at once; other sound waits for the user's command.
     if (request_.file)
         listening_.captionFile(*request_.file);
     else
@@ -77,15 +78,15 @@ int DesktopProgram::run() {
         perform(action);
     const int status = QGuiApplication::exec();
     if (store().isStopping()) {
-        // Saving takes longer than the program may. Its threads use what an orderly exit destroys;
-        // the next start completes what they leave.
+        // Saving takes longer than the program may wait. The threads that save still use objects
+        // that an orderly exit would destroy; the next start completes the unfinished work.
         application_.logger.flush();
         std::_Exit(status);
     }
     return status;
 }
 
-/// If nothing can be recorded, captions go on and the user is told why.
+/// If nothing can be recorded, captions still work and the user is told why.
 void DesktopProgram::prepare() {
     const Application::Preparation found = application_.prepareToRecord();
     if (found.obstacle.holder)
@@ -105,7 +106,8 @@ void DesktopProgram::prepare() {
     finishImports(found.repairs.untranscribedImports);
 }
 
-/// Without a recogniser, or beside a program that has the recordings, they wait for a later start.
+/// The interrupted imports wait for a later start if there is no recogniser, or if this program may
+/// not change the recordings.
 void DesktopProgram::finishImports(const std::vector<RecordingMetadata>& interrupted) {
     if (interrupted.empty() || !application_.speechModelProblem().empty() ||
         !problemOfChange(application_).empty())
@@ -116,7 +118,7 @@ void DesktopProgram::finishImports(const std::vector<RecordingMetadata>& interru
         localized("%lld 个文件的导入曾中断，正在重新识别。", {std::to_string(interrupted.size())}));
 }
 
-/// If there is no model, shows where to get one: a session would download it without telling.
+/// If no model can be used, shows where to get one: a session would download it without notice.
 bool DesktopProgram::hasSpeechModel() {
     const std::string problem = application_.speechModelProblem();
     notices_.tell(DesktopNotices::Topic::speechModel, problem);
@@ -132,7 +134,7 @@ void DesktopProgram::toggle(const LiveSessionControlTrigger& trigger) {
     listening_.toggle(trigger);
 }
 
-/// The windows close at once, the program ends when everything is saved.
+/// The windows close at once; the program ends when everything is saved.
 void DesktopProgram::quit() {
     if (std::exchange(isEnding_, true))
         return;

@@ -33,10 +33,10 @@
 
 namespace tessarune {
 
-/// The windows of the desktop program over one listening session. Main thread, with the application
-/// object.
+/// The desktop program: its windows, its tray item and one listening session. Main thread; the
+/// application object must outlive it.
 ///
-/// Closing a window does not end the program as long as it can be reached through its tray item or
+/// Closing a window does not end the program while the user can reach it through its tray item or
 /// another of its windows. Otherwise it ends with its last window.
 class DesktopProgram {
   public:
@@ -59,7 +59,7 @@ class DesktopProgram {
     void leave();
     LiveTranscriptStore& store() { return session_.store(); }
 
-    // DesktopProgram+System.cpp: events of the computer around the program
+    // DesktopProgram+System.cpp: events of the system and the desktop
     void watchSystem();
     void watchRecordings();
     void notifyIfHidden(const std::string& text);

@@ -16,11 +16,12 @@ constexpr std::pair<std::string_view, DesktopAction> actionWords[] = {
     {"history", DesktopAction::history}, {"settings", DesktopAction::settings},
 };
 
-/// Unchanged if the working folder is gone: then the path leads nowhere, in either instance.
+/// Returns the path unchanged if the working folder no longer exists: the path is then invalid here
+/// and in the other program.
 std::string absolutePath(const std::filesystem::path& path) {
     std::error_code failure;
-    const std::filesystem::path whole = std::filesystem::absolute(path, failure);
-    return (failure ? path : whole).string();
+    const std::filesystem::path absolute = std::filesystem::absolute(path, failure);
+    return (failure ? path : absolute).string();
 }
 
 } // namespace

@@ -11,20 +11,21 @@
 
 namespace tessarune {
 
-/// A request to the running program. The words are those of the command line, of the desktop
-/// entry's actions and of the bus.
+/// A request to the running program. The names are also the words of the command line, of the
+/// desktop entry's actions and of the bus.
 enum class DesktopAction { start, stop, toggle, show, history, settings };
 
+/// Returns `nullopt` for any other word.
 std::optional<DesktopAction> desktopActionOf(std::string_view word);
 
-/// What the program was started with.
+/// The content of the program's command line.
 struct DesktopRequest {
-    std::optional<std::filesystem::path> file; ///< heard instead of what the computer plays
+    std::optional<std::filesystem::path> file; ///< captioned instead of the computer's sound
     std::vector<DesktopAction> actions;
-    std::string unknown; ///< the first word that means nothing; empty: there is none
+    std::string unknown; ///< the first unknown argument; empty if there is none
 
     static DesktopRequest of(std::span<char*> arguments);
-    /// The same request for an instance that already runs.
+    /// The same request, for a program that already runs.
     InstanceRequest forOther() const;
     bool has(DesktopAction action) const;
 };

@@ -9,7 +9,7 @@
 
 namespace tessarune {
 
-/// The settings window over what outlives it. Main thread.
+/// Creates the settings window. All references must outlive it. Main thread.
 std::unique_ptr<SettingsWindow> makeSettingsWindow(Application& application,
                                                    ListeningSession& session,
                                                    const Published<bool>& reducesMotion,

@@ -36,7 +36,7 @@ std::string textOf(const std::exception_ptr& failure) {
 std::string DesktopSound::problemOf(const std::filesystem::path& file) {
     std::error_code unknown;
     const auto kind = std::filesystem::status(file, unknown).type();
-    // What is read here would be missing from the sound.
+    // Data that is read here would be missing from the sound.
     if (kind == std::filesystem::file_type::fifo || kind == std::filesystem::file_type::character ||
         file == "-" || file == "/dev/stdin")
         return {};

@@ -15,29 +15,31 @@ namespace tessarune {
 
 /// The sound of the desktop program: the computer's, or temporarily a file that plays in its place.
 /// The computer's microphones are available in either case. The source changes only on the main
-/// queue and between two sessions, so a session may use it on its own queue. The host outlives it.
+/// queue and between two sessions, so a session may use it on its own queue. The host must outlive
+/// it.
 class DesktopSound final : public SoundServer {
   public:
     explicit DesktopSound(Host& host) : host_(host) {}
 
-    /// The file that is heard has been played to its end, or cannot be read further: then with a
-    /// text that says why. Main queue.
+    /// Called when the file has been played to its end, with an empty text, or cannot be read
+    /// further, with the reason for the user. Main queue.
     std::function<void(const std::string& problem)> onFileEnded;
 
-    /// Why a file cannot be heard; empty: it can, or is a pipe, of which only its sound tells.
+    /// Returns why a file cannot be heard. Empty if it can, and for a pipe, which cannot be checked
+    /// without consuming its sound.
     static std::string problemOf(const std::filesystem::path& file);
-    /// Switches to a file, once connected. No stream may be open.
+    /// Switches to a file, which the next `connect` opens. No stream may be open.
     void playFile(const std::filesystem::path& file);
     /// Switches back to the computer. No stream may be open.
     void listenToComputer();
     bool isFile() const { return file_ != nullptr; }
-    /// The name of the file; empty while the computer is the source. Set only here.
+    /// The name of the file; empty while the computer is the source. Set only by this class.
     Published<std::string> fileName;
     /// The server that plays recordings, whatever the source is.
     SoundServer& computer() { return computer_; }
 
-    /// Returns why there is no sound, for the user; empty on success. May be called again. If the
-    /// source changes meanwhile, the new one is tried.
+    /// Connects, and returns why there is no sound, for the user; empty on success. May be called
+    /// again. If the source changes meanwhile, connects to the new one.
     Task<std::string> connectOrSay();
 
     Task<void> connect(Executor resumeOn) override;
@@ -58,7 +60,7 @@ class DesktopSound final : public SoundServer {
     Host& host_;
     PulseSoundServer computer_;
     std::unique_ptr<FileSoundServer> file_;
-    unsigned turn_ = 0; // of what is heard
+    unsigned turn_ = 0; // counts the changes of the source
 };
 
 } // namespace tessarune

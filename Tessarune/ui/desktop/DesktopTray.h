@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// The program's item in the desktop's tray, with a menu. Made when there is a tray. Main thread;
-/// the session outlives it.
+/// The program's item in the desktop's tray, with a menu. Create it only when there is a tray. Main
+/// thread; the session must outlive it.
 class DesktopTray {
   public:
     struct Commands {
@@ -20,7 +20,7 @@ class DesktopTray {
         std::function<void()> toggleWindow;
         std::function<bool()> isWindowVisible;
         std::function<void()> copyCaptions;
-        std::function<void()> showHistory;  ///< absent: there is no such window
+        std::function<void()> showHistory;  ///< empty if there is no such window
         std::function<void()> showSettings; ///< likewise
         std::function<void()> showAbout;    ///< likewise
         std::function<void()> quit;
@@ -33,7 +33,7 @@ class DesktopTray {
 
     /// Call when the window was shown or hidden.
     void update();
-    /// From its own menu, too, which is still in use then.
+    /// May be called from the item's own menu, because it does not destroy the menu.
     void hide() { item_.hide(); }
 
   private:
@@ -42,7 +42,7 @@ class DesktopTray {
     const SessionView& session_;
     const Commands commands_;
     QMenu menu_;
-    QAction* toggleListening_ = nullptr; // the menu's
+    QAction* toggleListening_ = nullptr; // this and the next two: owned by the menu
     QAction* toggleWindow_ = nullptr;
     QAction* copy_ = nullptr;
     QSystemTrayIcon item_;

@@ -10,7 +10,7 @@ namespace {
 
 constexpr const char* seenKey = "welcomeSeen";
 
-/// If it is missing, playing it reports so.
+/// If the sample is missing, returns a path that fails with a message when it is played.
 std::filesystem::path sampleOrNothing() {
     try {
         return ProgramPlaces::sampleSpeech();

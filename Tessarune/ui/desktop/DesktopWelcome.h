@@ -11,20 +11,20 @@
 
 namespace tessarune {
 
-/// The first start: the page, and a session over sample speech whose captions it shows. None of it
-/// is recorded. Main thread; the application outlives it.
+/// The welcome page of the first start, with a session over sample speech whose captions it shows.
+/// Nothing is recorded. Main thread; the references must outlive it.
 class DesktopWelcome {
   public:
     /// Whether the page was never shown.
     static bool isDue(const Application& application);
 
-    /// `onClose` is called once, when the user leaves the page.
+    /// `onClose` is called once, when the page closes.
     DesktopWelcome(Application& application, const Published<bool>& reducesMotion,
                    std::function<void()> onClose);
     DesktopWelcome(const DesktopWelcome&) = delete;
 
     void show() { window_.show(); }
-    /// Call before a session of the user's begins.
+    /// Closes the page and stops the sample. Also called before a session of the user begins.
     void close();
 
   private:

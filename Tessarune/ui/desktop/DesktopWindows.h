@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// The windows besides the captions, for the menus, the tray, the keys and the bus. Each is created
-/// on first use and lives until the program ends. Main thread.
+/// The windows other than the caption window, for the menus, the tray, the shortcuts and the bus.
+/// Each is created on first use and lives until the program ends. Main thread.
 class DesktopWindows {
   public:
     enum class Kind { settings, history };
@@ -17,9 +17,9 @@ class DesktopWindows {
     DesktopWindows() = default;
     DesktopWindows(const DesktopWindows&) = delete;
 
-    /// `Window` has `show(const std::string& section)`, which shows it, raised and active; the
-    /// section is the part of it that is asked for, empty for where the user was. It may have
-    /// `finishPending()`, which does now what it would do after a while.
+    /// `Window` has `show(const std::string& section)`, which shows it, raised and active;
+    /// `section` names the part to open and is empty for the part that was open last. `Window` may
+    /// have `finishPending()`, which performs its delayed actions at once.
     template <typename Window>
     void offer(Kind kind, std::function<std::unique_ptr<Window>()> make) {
         const auto made = std::make_shared<std::unique_ptr<Window>>();
@@ -43,7 +43,7 @@ class DesktopWindows {
         if (const auto offered = offered_.find(kind); offered != offered_.end())
             offered->second.show(section);
     }
-    /// Before the program ends, perhaps without another turn of its event loop.
+    /// Call before the program ends, because its event loop may not run again.
     void finishPending() {
         for (const auto& [kind, offered] : offered_)
             offered.finishPending();

@@ -14,9 +14,9 @@ namespace tessarune {
 
 namespace {
 
-constexpr std::int64_t shortestIntervalMS = 250; // taking one costs some milliseconds
+constexpr std::int64_t shortestIntervalMS = 250; // a screenshot takes some milliseconds
 
-/// A run may be deleted at any time, with its recording; then no picture may bring it back.
+/// A run may be deleted at any time, with its recording; a picture must not recreate it.
 void write(FileSystem& files, const std::filesystem::path& run, const std::string& name,
            const QImage& picture) {
     const std::filesystem::path settings =
@@ -33,7 +33,7 @@ void write(FileSystem& files, const std::filesystem::path& run, const std::strin
                                                static_cast<std::size_t>(buffer.data().size())));
         if (!files.exists(settings))
             files.remove(run);
-    } catch (const std::system_error&) { // a run never costs more than itself
+    } catch (const std::system_error&) { // a failure loses the picture and nothing else
     }
 }
 
@@ -52,7 +52,7 @@ ScreenshotService::ScreenshotService(Environment environment)
 }
 
 bool ScreenshotService::isWanted() const {
-    // A run may hold less than the level of the settings asks for: nothing of a session that must
+    // A run may contain less than the level of the settings asks for: no texts if the session must
     // not be recorded.
     return *environment_.settings.screenshotEnabled && *environment_.session.isDiagnosticsRunning &&
            environment_.keepsTexts();

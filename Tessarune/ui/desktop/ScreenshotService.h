@@ -16,10 +16,11 @@
 namespace tessarune {
 
 /// Saves pictures of the caption window to the folder "screenshots" of a session's diagnostics run,
-/// if the user wants that and the run holds the spoken text anyway. A picture that looks like the
-/// previous one is left out; one that cannot be written is lost.
+/// if the user wants that and the run contains the spoken text anyway. A picture equal to the
+/// previous one is skipped; one that cannot be written is lost.
 ///
-/// Main queue; pictures are compressed and written on a separate queue. All references outlive it.
+/// Main queue; pictures are compressed and written on a separate queue. All references must outlive
+/// it.
 class ScreenshotService {
   public:
     struct Environment {
@@ -28,8 +29,8 @@ class ScreenshotService {
         AppSettings& settings;
         NotificationCenter& notifications;
         const SessionView& session;
-        std::function<bool()> keepsTexts; ///< whether the open run holds what is said
-        std::function<QImage()> picture;  ///< of this moment; null while nothing is shown
+        std::function<bool()> keepsTexts; ///< whether the open run contains the spoken text
+        std::function<QImage()> picture;  ///< of the window now; null while it is not shown
     };
     explicit ScreenshotService(Environment environment);
     ~ScreenshotService() { timer_.cancel(); }
@@ -42,7 +43,7 @@ class ScreenshotService {
 
     const Environment environment_;
     const std::shared_ptr<SerialQueue> queue_;
-    std::filesystem::path run_; ///< that was announced last
+    std::filesystem::path run_; ///< the run that was announced last
     QImage last_;
     DelayedCall timer_;
     Observations observations_;

@@ -15,7 +15,7 @@ class WindowLog : public QObject {
   private:
     void focusChanged(QWindow* window);
 
-    QSet<QWindow*> known_; // those that live
+    QSet<QWindow*> known_; // windows that had the focus and still exist
 };
 
 } // namespace tessarune
