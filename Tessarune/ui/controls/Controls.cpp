@@ -17,7 +17,7 @@ namespace tessarune {
 void registerControls() {
     static const bool once = [] {
         useControlFiles();
-        // The singleton uses this module, so it is in a module of its own.
+        // A separate module, because the singleton below imports it.
         qmlRegisterType<DesktopLook>("Tessarune.Desktop", 1, 0, "DesktopLook");
         qmlRegisterSingletonType(QUrl(QStringLiteral("qrc:/controls/Theme.qml")), "Tessarune", 1, 0,
                                  "Theme");

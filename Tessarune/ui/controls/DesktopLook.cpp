@@ -10,7 +10,7 @@ namespace tessarune {
 
 namespace {
 
-/// The application's, so that all objects of this class see it.
+/// A property of the application object, which all objects of this class share.
 constexpr const char* motionProperty = "reducesMotion";
 constexpr double smallestBody = 12;
 constexpr double largestBody = 40;

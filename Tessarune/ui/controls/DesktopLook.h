@@ -4,12 +4,12 @@
 
 namespace tessarune {
 
-/// What the desktop asks of every window: light or dark, the size of its text, and whether things
-/// move. Main thread.
+/// The desktop's preferences for every window: light or dark colours, text size, reduced motion.
+/// Main thread.
 class DesktopLook : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isDark READ isDark NOTIFY changed)
-    /// The height of the desktop's own font, in pixels at a scale of 1.
+    /// The height of the desktop's own font, in pixels at a scale of 1, limited to a usable range.
     Q_PROPERTY(double bodyPixels READ bodyPixels NOTIFY changed)
     Q_PROPERTY(bool reducesMotion READ reducesMotion NOTIFY changed)
 
@@ -18,7 +18,7 @@ class DesktopLook : public QObject {
     bool isDark() const;
     double bodyPixels() const;
     bool reducesMotion() const;
-    /// For the windows of all engines.
+    /// Applies to all windows, whichever QML engine they belong to.
     static void setReducesMotion(bool reduces);
 
   Q_SIGNALS:

@@ -9,13 +9,13 @@
 
 namespace tessarune {
 
-/// Tells a late call whether its object still exists: a task that returns from a queue, the
-/// progress of another thread, a notification. A member of that object, created and destroyed on
-/// the main thread.
+/// Tells a late call whether its object still exists, for example a task that returns from a queue,
+/// progress from another thread or a notification. A member of that object, created and destroyed
+/// on the main thread.
 template <typename T>
 class Lifeline {
   public:
-    /// Points to null once the object is destroyed. Read on the main thread.
+    /// Points to a null pointer once the object is destroyed. Read it on the main thread.
     using Held = std::shared_ptr<T* const>;
 
     explicit Lifeline(T& object) : object_(std::make_shared<T*>(&object)) {}
@@ -24,8 +24,8 @@ class Lifeline {
 
     Held held() const { return object_; }
 
-    /// Returns a function for the main thread that calls `act(object, values…)` if the object
-    /// exists then.
+    /// Returns a function that calls `act(object, values…)` if the object still exists. Call it on
+    /// the main thread.
     template <typename Act>
     auto calling(Act act) const {
         return [weak = std::weak_ptr<T* const>(object_), act = std::move(act)](auto... values) {
@@ -34,7 +34,8 @@ class Lifeline {
         };
     }
 
-    /// The same for any thread: the call happens on the main queue. The host outlives the function.
+    /// Returns a function that does the same on the main queue. Call it on any thread. The host
+    /// must outlive it.
     template <typename Act>
     auto posting(Host& host, Act act) const {
         return [&host, call = calling(std::move(act))](auto... values) {
@@ -42,7 +43,7 @@ class Lifeline {
         };
     }
 
-    /// Calls `act(object, subject)` on the main queue after each of these notifications.
+    /// Calls `act(object, subject)` on the main queue after each notification called `name`.
     template <typename Act>
     NotificationCenter::Observation observe(NotificationCenter& center, std::string_view name,
                                             Host& host, Act act) const {

@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// A list model over a vector of rows that are compared by value. It announces the smallest change,
-/// so that a view keeps its scroll position and its delegates. Main thread.
+/// A list model over a vector of rows that are compared by value. It announces changes as narrowly
+/// as possible, so that a view keeps its scroll position and its delegates. Main thread.
 template <typename Row>
 class ListedRows : public QAbstractListModel {
   public:
@@ -53,13 +53,14 @@ class ListedRows : public QAbstractListModel {
         return removedEnd > begin || addedEnd > begin;
     }
 
-    /// Resets the model: all rows are new.
+    /// Replaces all rows and resets the model.
     void reset(std::vector<Row> now) {
         beginResetModel();
         rows_ = std::move(now);
         endResetModel();
     }
 
+    /// Changes an existing row by `act` and announces it.
     template <typename Act>
     void change(int row, Act act) {
         act(rows_[static_cast<std::size_t>(row)]);
@@ -75,11 +76,11 @@ class ListedRows : public QAbstractListModel {
     }
 
   private:
-    /// `before` has as many rows.
+    /// Announces each row that differs from `before`, which has the same number of rows.
     void announceDifferences(const std::vector<Row>& before) {
         const auto differs = [&](int row) {
-            const auto place = static_cast<std::size_t>(row);
-            return row < count() && !(before[place] == rows_[place]);
+            const auto position = static_cast<std::size_t>(row);
+            return row < count() && !(before[position] == rows_[position]);
         };
         for (int row = 0; row < count(); ++row) {
             const int first = row;

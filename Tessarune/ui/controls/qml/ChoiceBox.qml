@@ -2,13 +2,13 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessarune
 
-// One of several texts.
+// A choice of one text from a list.
 T.ComboBox {
     id: root
 
-    // What is chosen, for a screen reader.
+    // The label of the choice, for a screen reader.
     property string name: ""
-    // Shown where nothing of the list is chosen.
+    // Shown while no entry of the list is chosen.
     property string otherText: ""
 
     implicitWidth: Math.round(Theme.body * 19)

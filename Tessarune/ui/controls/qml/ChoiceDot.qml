@@ -2,8 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessarune
 
-// One of several, of which one is chosen. Its text is read aloud and not drawn: the row beside it
-// shows it.
+// A radio button. Its text is read aloud but not drawn, because the row beside it shows it.
 T.AbstractButton {
     id: root
 

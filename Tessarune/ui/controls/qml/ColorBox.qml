@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessarune
 
-// A colour: of a few, or written as #RRGGBB.
+// A choice of a colour: one of the presets, or one typed as #RRGGBB.
 T.Button {
     id: root
 

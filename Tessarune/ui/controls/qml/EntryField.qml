@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessarune
 
-// A line of text to write.
+// A text field of one line.
 T.TextField {
     id: root
 

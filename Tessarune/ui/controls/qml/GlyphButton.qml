@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessarune
 
-// A button with a drawing; its text shows while the pointer rests on it.
+// A button with a drawing; its text is the tooltip.
 T.Button {
     id: root
 

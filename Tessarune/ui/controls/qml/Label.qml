@@ -1,7 +1,7 @@
 import QtQuick
 import Tessarune
 
-// A text of a window.
+// A plain text in the style of the windows.
 Text {
     textFormat: Text.PlainText
     wrapMode: Text.Wrap

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessarune
 
-// Where in a long list one is. It is quiet until the pointer comes near.
+// A scroll bar that is faint until the pointer is over it.
 T.ScrollBar {
     id: root
 

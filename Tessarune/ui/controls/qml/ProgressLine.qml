@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessarune
 
-// How far something has got; without an end in sight it swings.
+// A thin progress bar. While the progress is unknown, a short piece of it moves to and fro.
 T.ProgressBar {
     id: root
 

@@ -6,7 +6,7 @@ T.Button {
     id: root
 
     property bool isPrimary: false
-    // Stands there without an edge until the pointer comes near.
+    // Without a border, and with a background only while the pointer is over it.
     property bool isPlain: false
 
     implicitWidth: contentItem.implicitWidth + leftPadding + rightPadding

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessarune
 
-// A column that is longer than the window. What has the keyboard's focus is always in sight.
+// A column that scrolls. It keeps the item with the keyboard focus visible.
 Flickable {
     id: root
 

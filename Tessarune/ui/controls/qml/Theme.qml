@@ -2,8 +2,8 @@ pragma Singleton
 import QtQuick
 import Tessarune.Desktop
 
-// Colours and sizes of every window; the captions have the user's own. Texts have a
-// contrast of at least 4.5 on what they stand on.
+// The colours and sizes of every window; those of the captions are settings of the user. Texts have
+// a contrast of at least 4.5:1 to their background.
 QtObject {
     readonly property DesktopLook look: DesktopLook {}
     readonly property bool isDark: look.isDark

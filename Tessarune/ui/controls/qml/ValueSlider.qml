@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessarune
 
-// A number on a scale.
+// A slider for a number.
 T.Slider {
     id: root
 
