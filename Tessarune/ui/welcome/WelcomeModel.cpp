@@ -65,10 +65,10 @@ void WelcomeModel::setLanguage(int index) {
 
 std::optional<WelcomeModel::Missing> WelcomeModel::missingSpeech() const {
     const std::vector<SpeechModelState> models = environment_.speech.list();
-    const bool isThere = std::ranges::any_of(models, [](const SpeechModelState& model) {
+    const bool hasModel = std::ranges::any_of(models, [](const SpeechModelState& model) {
         return model.isInstalled && model.damage.empty();
     });
-    if (isThere || models.empty())
+    if (hasModel || models.empty())
         return std::nullopt;
     return Missing{models.front().name, models.front().bytes};
 }
@@ -78,9 +78,9 @@ std::optional<WelcomeModel::Missing> WelcomeModel::missingTranslation() const {
         return std::nullopt;
     const std::string& id = targets_[static_cast<std::size_t>(language_ - 1)].id;
     for (const TranslationLanguageState& language : environment_.languages.list()) {
-        const bool isThere =
+        const bool isIntact =
             language.status == TranslationAvailabilityStatus::installed && language.damage.empty();
-        if (language.id == id && !isThere)
+        if (language.id == id && !isIntact)
             return Missing{id, language.bytes};
     }
     return std::nullopt;
@@ -157,7 +157,7 @@ void WelcomeModel::begin() {
     spawn(Executor::main(environment_.host), run());
 }
 
-/// The sample needs no translation: it starts as soon as there is a speech model.
+/// The sample does not wait for the translation model: it starts once there is a speech model.
 Task<void> WelcomeModel::run() {
     std::string problem;
     try {
@@ -206,7 +206,7 @@ Task<void> WelcomeModel::downloadTranslation() {
     co_await downloading;
 }
 
-/// A translation model whose download has begun arrives all the same.
+/// The download of a translation model, which runs behind the sample, is not stopped.
 void WelcomeModel::close() {
     if (stage_ != Stage::sample)
         stop_.request_stop();

@@ -17,30 +17,30 @@
 
 namespace tessarune {
 
-/// The data and actions of the first page. All of it outlives the page.
+/// The data and actions of the welcome page. All references must outlive the page.
 struct WelcomeEnvironment {
     Host& host;
     AppSettings& settings;
     SpeechModelManager& speech;
     TranslationLanguages& languages;
-    /// Starts to caption the sample; returns why it cannot, or an empty text.
+    /// Starts captioning the sample. Returns why that failed; empty on success.
     std::function<Task<std::string>()> playSample;
-    /// The user leaves the page.
+    /// Closes the page.
     std::function<void()> close;
 };
 
-/// The page of the first start: the target language, the downloads that it needs, and then captions
-/// of sample speech. Main thread.
+/// The welcome page of the first start: the target language, the downloads that it needs, and then
+/// captions of sample speech. Main thread.
 class WelcomeModel final : public QObject {
     Q_OBJECT
-    /// The first entry is no translation.
+    /// The first entry stands for "no translation".
     Q_PROPERTY(QStringList languages READ languages CONSTANT)
     Q_PROPERTY(int language READ language WRITE setLanguage NOTIFY changed)
     Q_PROPERTY(QString downloads READ downloads NOTIFY changed)
     /// "ask", "download" or "sample".
     Q_PROPERTY(QString stage READ stage NOTIFY changed)
     Q_PROPERTY(QString beginText READ beginText NOTIFY changed)
-    /// 0 to 1; below 0 while the size is unknown.
+    /// 0 to 1; negative while the size is unknown.
     Q_PROPERTY(double progress READ progress NOTIFY changed)
     Q_PROPERTY(bool isDownloading READ isDownloading NOTIFY changed)
     Q_PROPERTY(QString problem READ problem NOTIFY changed)
@@ -60,9 +60,11 @@ class WelcomeModel final : public QObject {
     QString problem() const { return QString::fromStdString(problem_); }
     static QVariantMap texts();
 
-    /// Stores the choice, downloads what is missing, and shows the sample meanwhile.
+    /// Downloads the speech model if none is intact, stores the choice, starts the sample, and then
+    /// downloads the translation model if it is missing.
     Q_INVOKABLE void begin();
-    /// Skips the rest; a partial download is kept for the next one.
+    /// Closes the page. Stops a download of the speech model, whose partial file the next attempt
+    /// continues; a download of the translation model continues.
     Q_INVOKABLE void close();
 
   Q_SIGNALS:
@@ -85,7 +87,7 @@ class WelcomeModel final : public QObject {
     void enter(Stage stage);
 
     const WelcomeEnvironment& environment_;
-    const std::vector<TranslationLanguageState> targets_; // those that can be had
+    const std::vector<TranslationLanguageState> targets_; // the supported languages
     int language_ = 0;
     Stage stage_ = Stage::ask;
     bool isDownloading_ = false;

@@ -44,7 +44,7 @@ WelcomeWindow::WelcomeWindow(WelcomeEnvironment environment, const CaptionWindow
 }
 
 WelcomeWindow::~WelcomeWindow() {
-    // As the settings window does.
+    // Removed items are deleted only later, and their animations must not outlive the engine.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 

@@ -8,11 +8,11 @@
 
 namespace tessarune {
 
-/// The window of the first start. Main thread; needs the application object.
+/// The window of the welcome page. Main thread; needs the application object.
 class WelcomeWindow {
   public:
-    /// Loads it without showing it. The sample's captions are those of `sample`, which outlives the
-    /// window. Ends the program where the window's own files are broken.
+    /// Loads the window without showing it. The sample's captions come from `sample`, which must
+    /// outlive the window. Ends the program if the window's own files cannot be loaded.
     WelcomeWindow(WelcomeEnvironment environment, const CaptionWindowEnvironment& sample);
     ~WelcomeWindow();
     WelcomeWindow(const WelcomeWindow&) = delete;
@@ -26,7 +26,7 @@ class WelcomeWindow {
     WelcomeModel model_;
     CaptionStageModel stage_;
     QQmlApplicationEngine engine_;
-    QQuickWindow* window_ = nullptr; // the engine's
+    QQuickWindow* window_ = nullptr; // owned by the engine
 };
 
 } // namespace tessarune
