@@ -14,7 +14,7 @@ QString resource(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
 }
 
-/// The cells of a line of a Markdown table; none for any other line.
+/// The cells of a row of a Markdown table; empty for a separator row and for any other line.
 QStringList cells(const QString& line) {
     if (!line.startsWith('|') || line.startsWith(QStringLiteral("|-")))
         return {};

@@ -7,14 +7,15 @@
 
 namespace tessarune {
 
-/// What this program is and which parts it is built from, read from the project's own files. Main
-/// thread.
+/// The program's version and licence, and the third-party parts that it is built from, read from
+/// the project's own files. Main thread.
 class AboutModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString version READ version CONSTANT)
     /// The program's own licence.
     Q_PROPERTY(QString licence READ licence CONSTANT)
-    /// "name", "use" and "licence" of each part, and "section" where a new one begins.
+    /// "name", "use", "licence" and "section" of each part; "section" is empty unless the part is
+    /// the first of its section.
     Q_PROPERTY(QVariantList parts READ parts CONSTANT)
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
 

@@ -10,12 +10,12 @@ namespace tessarune {
 namespace {
 
 constexpr int wordMS = 420;
-/// The preview never shows more rows than this.
+/// The preview starts over after this many complete rows.
 constexpr std::size_t mostRows = 6;
 
 struct SpokenSentence {
     const char* source;
-    const char* translation; ///< a sample in the language of the factory settings
+    const char* translation; ///< in the default target language
 };
 
 constexpr SpokenSentence sentences[] = {
@@ -84,10 +84,10 @@ void CaptionPreview::sayNextWord() {
     display_.update(frame_);
 }
 
-/// The sentence is complete and gets its translation.
+/// Completes the spoken sentence, shows its translation and turns to the next sentence.
 void CaptionPreview::settle() {
     const SpokenSentence& done = sentences[sentence_];
-    if (frame_.sourceTextTail.size() >= mostRows) { // begins anew
+    if (frame_.sourceTextTail.size() >= mostRows) { // starts over
         frame_.sourceTextTail = {};
         frame_.translationTail = {};
     }

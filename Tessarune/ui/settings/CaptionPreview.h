@@ -13,11 +13,11 @@
 namespace tessarune {
 
 /// Sample captions drawn with the current settings: the stage of the caption window over scripted
-/// frames. Words appear only while it is running. Main thread; the environment outlives it.
+/// frames. New words appear only while it is running. Main thread; the environment must outlive it.
 class CaptionPreview final : public QObject {
     Q_OBJECT
     Q_PROPERTY(tessarune::CaptionStageModel* stage READ stage CONSTANT)
-    /// For the background.
+    /// Supplies the background.
     Q_PROPERTY(tessarune::CaptionWindowModel* window READ window CONSTANT)
     Q_PROPERTY(bool running READ isRunning WRITE setRunning NOTIFY runningChanged)
 
@@ -46,8 +46,8 @@ class CaptionPreview final : public QObject {
     CaptionWindowModel window_;
     LiveCaptionDisplayFrame frame_ = LiveCaptionDisplayFrame::empty();
     QTimer words_;
-    std::size_t sentence_ = 0; ///< that is being spoken
-    std::size_t spoken_ = 0;   ///< words of it
+    std::size_t sentence_ = 0; ///< the index of the spoken sentence
+    std::size_t spoken_ = 0;   ///< the number of its words so far
 };
 
 } // namespace tessarune

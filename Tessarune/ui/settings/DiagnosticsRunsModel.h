@@ -16,17 +16,17 @@
 
 namespace tessarune {
 
-/// The diagnostics runs of earlier sessions: the contents of each, its replay, its folder, its
-/// removal.
+/// The diagnostics runs of earlier sessions and their contents. A run can be replayed, removed and
+/// shown in the file manager.
 ///
 /// Main thread; runs are read, replayed and removed on a queue of low priority. The environment
-/// outlives it.
+/// must outlive it.
 class DiagnosticsRunsModel final : public QObject {
     Q_OBJECT
     /// The newest first: "title", "about", "holds", "canReplay", "canRemove".
     Q_PROPERTY(QVariantList runs READ runs NOTIFY listChanged)
     Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY listChanged)
-    /// The result of the last replay: the captions, and whether they equal those of the session.
+    /// The captions of the last replay. `message` tells whether they equal those of the session.
     Q_PROPERTY(QString replay READ replay NOTIFY told)
     Q_PROPERTY(QString message READ message NOTIFY told)
     Q_PROPERTY(bool isGood READ isGood NOTIFY told)
@@ -60,8 +60,8 @@ class DiagnosticsRunsModel final : public QObject {
     using Apply = std::function<void(DiagnosticsRunsModel&)>;
 
     const DiagnosticsRunContents* at(int row) const;
-    /// `work` runs on the queue, and the function that it returns on the main thread, unless the
-    /// window is closed.
+    /// Runs `work` on the queue, and then the function that it returns on the main thread, unless
+    /// this model has been destroyed.
     void inBackground(std::function<Apply()> work);
     void tell(const QString& message, bool isGood);
 

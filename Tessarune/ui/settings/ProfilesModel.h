@@ -10,11 +10,11 @@
 
 namespace tessarune {
 
-/// The profiles, each of which sets all of the tuning, and the tuning as text. They cannot be
-/// changed while a session runs. Main thread; the environment outlives it.
+/// The profiles, each of which sets all tuning parameters, and the tuning as text. No profile can
+/// be applied while a session runs. Main thread; the environment must outlive it.
 class ProfilesModel final : public QObject {
     Q_OBJECT
-    /// "title" and "about" of each.
+    /// "title" and "about" of each profile.
     Q_PROPERTY(QVariantList profiles READ profiles CONSTANT)
     Q_PROPERTY(bool isLocked READ isLocked NOTIFY changed)
     /// The result of the last action, or why none is possible.
@@ -30,7 +30,7 @@ class ProfilesModel final : public QObject {
     QVariantMap texts() const;
 
     Q_INVOKABLE void apply(int profile);
-    /// Resets the whole pane to its first-launch values.
+    /// Resets all settings of the advanced pane to their first-launch values.
     Q_INVOKABLE void restore();
     Q_INVOKABLE void copySnapshot();
 

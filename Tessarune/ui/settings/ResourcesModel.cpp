@@ -210,7 +210,7 @@ Task<void> ResourcesModel::run(std::shared_ptr<Link> link, Task<void> downloadin
     try {
         co_await downloading;
     } catch (const std::exception& error) {
-        if (!stop.stop_requested()) // the user knows
+        if (!stop.stop_requested()) // otherwise it ended on request
             problem = error.what();
     }
     if (link->model)

@@ -17,7 +17,7 @@
 
 namespace tessarune {
 
-/// Something that can be chosen, downloaded and removed: a speech model, a language.
+/// Something that can be chosen, downloaded and removed: a speech model or a language.
 struct Resource {
     enum class State { builtIn, installed, available, unavailable, damaged };
 
@@ -31,7 +31,7 @@ struct Resource {
 };
 
 /// Resources as rows, each with its state: chosen, downloading, damaged. Main thread; host and
-/// setting outlive it. When the model is destroyed, a download in progress is asked to stop.
+/// setting must outlive it. When the model is destroyed, a download in progress is asked to stop.
 class ResourcesModel final : public QAbstractListModel {
     Q_OBJECT
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
@@ -54,7 +54,8 @@ class ResourcesModel final : public QAbstractListModel {
         ProgressRole, ///< 0 to 1; negative: unknown
     };
 
-    /// The source of the resources. Each function throws with a text that can be shown.
+    /// The source of the resources. On failure, `download` and `remove` throw with a text for the
+    /// user.
     struct Source {
         using Progress = std::function<void(std::uint64_t received, std::uint64_t expected)>;
 
@@ -81,7 +82,7 @@ class ResourcesModel final : public QAbstractListModel {
     Q_INVOKABLE void stop(int row);
     Q_INVOKABLE void remove(int row);
 
-    /// Why a download makes no progress; empty again once it does.
+    /// Shows on each running download why it makes no progress. Progress removes the text.
     void tellTrouble(const std::string& text);
 
   Q_SIGNALS:
@@ -99,7 +100,7 @@ class ResourcesModel final : public QAbstractListModel {
         std::shared_ptr<Download> download; ///< null: no download in progress
         std::string problem;                ///< of the last operation that failed
     };
-    /// A download reports to this; null once the model has been destroyed.
+    /// A download reports through this; `model` is null once the model has been destroyed.
     struct Link {
         ResourcesModel* model;
     };

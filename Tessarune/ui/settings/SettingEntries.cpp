@@ -103,7 +103,7 @@ constexpr std::string_view pointsFormat = localizationKey("%@ 点");
 constexpr std::string_view pixelsFormat = localizationKey("%@ 像素");
 constexpr std::string_view percentFormat = "%@%";
 
-/// For settings whose title says enough.
+/// The empty description of a setting whose title says enough.
 std::string nothingMore() {
     return {};
 }
@@ -354,7 +354,7 @@ void addAdvanced(std::vector<SettingEntry>& all, AppSettings& s) {
         {pane, diagnostics, localizationKey("记录回放过程"), &s.historyPlaybackDiagnosticsEnabled});
 }
 
-/// Text in the form in which a user types it to find something.
+/// The form of a text that a search compares.
 std::string folded(std::string_view text) {
     return Text::lowercased(text);
 }

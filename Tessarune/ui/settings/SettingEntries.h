@@ -36,13 +36,13 @@ enum class SettingControl {
     number,
     color,
     text,
-    /// The pane has its own view for it; a search leads there.
+    /// The pane has its own view for the setting; a search result links to the pane.
     elsewhere,
 };
 
 /// The place, title and control of one setting in the window.
 struct SettingEntry {
-    /// The scale of a number in the window. A value outside it is shown as it is.
+    /// The range and format of a number's slider. The text also shows a value outside the range.
     struct Scale {
         double from = 0;
         double to = 100;
@@ -51,28 +51,29 @@ struct SettingEntry {
     };
 
     SettingsPane pane = SettingsPane::recognition;
-    std::string_view section; ///< the heading that it stands under; localisation key
+    std::string_view section; ///< the heading above the setting; localisation key
     std::string_view title;   ///< localisation key
     AnySetting* setting = nullptr;
     SettingControl control = SettingControl::toggle;
     Scale scale{};
-    /// The localised name of a choice; absent if the choice's own text is shown.
+    /// Returns the localised name of a choice; empty if the choice's own text is shown.
     std::function<std::string(std::string_view choice)> choiceName = {};
-    /// While this is false, the setting has no effect and cannot be changed; null if it always has
-    /// one.
+    /// While this is false, the setting has no effect and cannot be changed; null if the setting
+    /// always has an effect.
     const Setting<bool>* needs = nullptr;
-    /// A localised description in place of the setting's info; absent if the info is used.
+    /// Returns a localised description in place of the setting's info; empty if the info is used.
     std::function<std::string()> about = {};
 
     std::string aboutText() const;
-    /// Whether a user who types this means this setting.
+    /// Whether a search for this text finds the setting.
     bool matches(std::string_view query) const;
 };
 
-/// The settings that the window can change, in its order. They keep pointing into `settings`.
+/// The settings that the window can change, in its order. The entries point into `settings`, which
+/// must outlive them.
 std::vector<SettingEntry> settingEntries(AppSettings& settings);
 
-/// Why a setting is missing from the window: nothing on this system depends on it yet.
+/// Whether the window leaves a setting out because nothing on this system depends on it yet.
 bool isWithoutEffect(const AppSettings& settings, const AnySetting& setting);
 
 } // namespace tessarune

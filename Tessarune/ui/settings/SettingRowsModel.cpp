@@ -12,7 +12,7 @@ namespace tessarune {
 
 namespace {
 
-/// Each stored value is a write to the disk.
+/// The delay before a slider's value is stored, because each stored value is a write to the disk.
 constexpr double slidingSeconds = 0.08;
 
 QString controlName(SettingControl control) {
@@ -33,7 +33,7 @@ QString controlName(SettingControl control) {
     return {};
 }
 
-/// The value as it is put into a sentence.
+/// The value as a message shows it.
 std::string spokenValue(const SettingEntry& entry) {
     const std::string text = entry.setting->text();
     if (entry.control == SettingControl::toggle)
@@ -56,7 +56,7 @@ QVariant valueOf(const SettingEntry& entry) {
         return text == QStringLiteral("true");
     case SettingControl::number:
         return text.toDouble();
-    case SettingControl::text: // an empty field says that nothing was written
+    case SettingControl::text: // an empty field stands for the default
         return entry.setting->text() == entry.setting->defaultText() ? QString() : text;
     case SettingControl::choice:
     case SettingControl::color:

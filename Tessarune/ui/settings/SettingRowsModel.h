@@ -11,7 +11,7 @@
 namespace tessarune {
 
 /// Lists settings for a pane or a search result. A row shows the current value, also after another
-/// pane or program has changed it. Main thread; host and settings outlive it.
+/// pane or program has changed it. Main thread; host and settings must outlive it.
 class SettingRowsModel final : public QAbstractListModel {
     Q_OBJECT
 
@@ -19,22 +19,22 @@ class SettingRowsModel final : public QAbstractListModel {
     enum Role {
         TitleRole = Qt::UserRole,
         AboutRole,
-        SectionRole, ///< empty: the same as that of the row above
+        SectionRole, ///< empty: the same as in the row above
         ControlRole, ///< "toggle", "choice", "number", "color", "text" or "elsewhere"
         ValueRole,
         ValueTextRole,
         ChoicesRole,
-        CurrentRole, ///< among the choices
+        CurrentRole, ///< index among the choices; -1: none of them
         FromRole,
         ToRole,
         StepRole,
         ChangedRole, ///< differs from the first-launch value
         AvailableRole,
-        ProblemRole, ///< what is wrong with what is stored or was typed; empty: nothing
+        ProblemRole, ///< the fault of the stored or the typed value; empty: none
         PaneRole,
     };
 
-    /// A search result names the pane above each group of rows.
+    /// The headings of groups of rows: sections in a pane, panes in a search result.
     enum class Headings { sections, panes };
 
     explicit SettingRowsModel(Host& host, Headings headings = Headings::sections);
@@ -48,11 +48,11 @@ class SettingRowsModel final : public QAbstractListModel {
 
     Q_INVOKABLE void toggle(int row, bool on);
     Q_INVOKABLE void choose(int row, int choice);
-    /// While a slider moves, the newest value is stored after a short delay.
+    /// Stores a value of a moving slider, the newest one after a short delay.
     Q_INVOKABLE void slide(int row, double value);
     Q_INVOKABLE void write(int row, const QString& text);
     Q_INVOKABLE void restore(int row);
-    /// A number as the row shows it.
+    /// The text of a number as the row shows it.
     Q_INVOKABLE QString numberText(int row, double value) const;
 
   private:
@@ -73,7 +73,7 @@ class SettingRowsModel final : public QAbstractListModel {
     Host& host_;
     const Headings headings_;
     std::vector<SettingEntry> entries_;
-    std::vector<std::string> refused_; ///< what was typed and is no value, by row
+    std::vector<std::string> refused_; ///< the typed text that is not a valid value, by row
     std::vector<std::function<void()>> endObservations_;
     std::optional<Sliding> sliding_;
     DelayedCall storing_;

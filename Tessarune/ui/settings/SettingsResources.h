@@ -10,16 +10,16 @@
 
 namespace tessarune {
 
-/// Whether a speech model keeps up with speech on this computer.
+/// How fast a speech model runs on this computer.
 struct SpeechModelSpeed {
     static constexpr double lineSeconds = 5;
 
-    double lookSeconds = 0; ///< of work for a look at a line of `lineSeconds`
+    double lookSeconds = 0; ///< of work for a pass over a line of `lineSeconds`
     bool isTooSlow = false;
 };
 
 /// The speech models and the languages as resources of the settings window. The objects passed in
-/// outlive them.
+/// must outlive them.
 namespace SettingsResources {
 
 ResourcesModel::Source

@@ -86,8 +86,7 @@ SettingsWindow::SettingsWindow(SettingsWindowEnvironment environment)
 
 SettingsWindow::~SettingsWindow() {
     environment_.followDownloadTrouble({});
-    // Rows that were removed are deleted only later, and their animations must not outlive the
-    // engine.
+    // Removed rows are deleted only later, and their animations must not outlive the engine.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 

@@ -22,13 +22,14 @@ namespace tessarune {
 /// The window with the user's settings. Main thread; needs the application object.
 class SettingsWindow {
   public:
-    /// Loads the window without showing it. Ends the program if the window's own files are broken,
-    /// which no user can repair.
+    /// Loads the window without showing it. Ends the program if the window's own files cannot be
+    /// loaded, which the user cannot repair.
     explicit SettingsWindow(SettingsWindowEnvironment environment);
     ~SettingsWindow();
     SettingsWindow(const SettingsWindow&) = delete;
 
-    /// Shows the window, raised and active, with the pane of this name, or as it was left.
+    /// Shows the window, raised and active, with the pane of this name; for any other name, with
+    /// the pane that was shown last.
     void show(const std::string& pane = {});
     QQuickWindow& window() { return *window_; }
     const DiagnosticsRunsModel& runs() const { return runs_; }
@@ -49,7 +50,7 @@ class SettingsWindow {
     DiagnosticsRunsModel runs_;
     AboutModel about_;
     QQmlApplicationEngine engine_;
-    QQuickWindow* window_ = nullptr; // the engine's
+    QQuickWindow* window_ = nullptr; // owned by the engine
     std::unique_ptr<WindowPlace> place_;
     Observations observations_;
 };

@@ -16,7 +16,7 @@
 
 namespace tessarune {
 
-/// The data and actions of the settings window. All of it outlives the window.
+/// The data and actions of the settings window. All references must outlive the window.
 struct SettingsWindowEnvironment {
     Host& host;
     AppSettings& settings;
@@ -26,25 +26,27 @@ struct SettingsWindowEnvironment {
     UserDefaults& store;
     /// Whether the desktop asks for less motion.
     const Published<bool>& reducesMotion;
-    /// Why the settings file cannot be read or written; empty if it can be.
+    /// Returns why the settings file cannot be read or written; empty if it can be.
     std::function<std::string()> fileProblem;
-    /// Calls back from now on when that changes; an empty function ends it.
+    /// Calls the passed function whenever that changes. An empty function ends this.
     std::function<void(std::function<void()>)> followFileProblem;
-    /// Keeps an unreadable file aside and starts a new one.
+    /// Sets an unreadable settings file aside and starts a new one.
     std::function<void()> renewFile;
     SpeechModelManager& speechModels;
-    /// How fast a model was on this computer; `nullopt` if unknown.
+    /// Returns how fast a model was on this computer; `nullopt` if unknown.
     std::function<std::optional<SpeechModelSpeed>(const std::string& name)> speechModelSpeed;
     TranslationLanguages& languages;
     std::shared_ptr<TranslationTaskBridge> translationTest;
-    /// Calls back from now on with why a download makes no progress; an empty function ends it.
+    /// Calls the passed function with the reason whenever a download makes no progress. An empty
+    /// function ends this.
     std::function<void(std::function<void(const std::string& text)>)> followDownloadTrouble;
-    /// The folder of the diagnostics runs.
+    /// The disk and the paths of the diagnostics runs.
     FileSystem& files;
     TessarunePaths paths;
-    /// Why none of them may be removed, as another program writes there; empty where it may.
+    /// Returns why no run may be removed, for example because another program writes there; empty
+    /// if runs may be removed.
     std::function<std::string()> changeProblem;
-    /// Shows a folder in the desktop's file manager; false if it cannot.
+    /// Shows a folder in the desktop's file manager; returns false on failure.
     std::function<bool(const std::filesystem::path& folder)> openFolder;
 };
 

@@ -13,8 +13,8 @@
 
 namespace tessarune {
 
-/// The settings window around its panes: which one is shown, and what a search finds in all of
-/// them. Main thread; the environment outlives it.
+/// The state of the settings window: the shown pane, and the results of a search in all panes. Main
+/// thread; the environment must outlive it.
 class SettingsWindowModel final : public QObject {
     Q_OBJECT
     /// The panes in their order: "name" and "title".
@@ -24,10 +24,11 @@ class SettingsWindowModel final : public QObject {
     Q_PROPERTY(QString query MEMBER query_ READ query WRITE setQuery NOTIFY queryChanged)
     Q_PROPERTY(bool isSearching READ isSearching NOTIFY queryChanged)
     Q_PROPERTY(bool foundNothing READ foundNothing NOTIFY queryChanged)
-    /// The title of the pane, or the result of the search.
+    /// The settings of the shown pane, except those with a view of their own.
     Q_PROPERTY(tessarune::SettingRowsModel* rows READ rows CONSTANT)
+    /// The results of the search.
     Q_PROPERTY(tessarune::SettingRowsModel* found READ found CONSTANT)
-    /// What is wrong with the settings file; empty if nothing is.
+    /// Why the settings file cannot be read or written; empty if it can be.
     Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
     /// The fixed texts of the window.
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)

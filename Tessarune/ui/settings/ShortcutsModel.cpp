@@ -14,7 +14,7 @@ struct FixedKeys {
     std::string_view title; ///< localisation key
 };
 
-/// What the windows do with keys that cannot be changed.
+/// The fixed shortcuts of the windows, which the user cannot change.
 std::vector<FixedKeys> fixedKeys() {
     return {{QKeySequence(Qt::CTRL | Qt::Key_Q), localizationKey("退出 Tessarune")},
             {QKeySequence(Qt::CTRL | Qt::Key_Comma), localizationKey("设置")},
@@ -48,7 +48,7 @@ ShortcutsModel::ShortcutsModel(AppSettings& settings)
     }
 }
 
-/// A change of one shortcut may conflict with another.
+/// Announces all rows, because a change of one shortcut may cause or solve a conflict of another.
 void ShortcutsModel::announceAll() {
     Q_EMIT dataChanged(index(0), index(rowCount() - 1));
 }

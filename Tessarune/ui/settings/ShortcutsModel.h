@@ -12,7 +12,7 @@
 
 namespace tessarune {
 
-/// The keyboard shortcuts, each with its conflicts. Main thread; the settings outlive it.
+/// The keyboard shortcuts, each with its conflicts. Main thread; the settings must outlive it.
 class ShortcutsModel final : public QAbstractListModel {
     Q_OBJECT
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
@@ -22,8 +22,8 @@ class ShortcutsModel final : public QAbstractListModel {
         TitleRole = Qt::UserRole,
         AboutRole,
         KeysTextRole,  ///< empty: switched off
-        ConflictRole,  ///< who has the same keys, as a sentence; empty: nobody
-        RecordingRole, ///< the next keys are taken
+        ConflictRole,  ///< a sentence that names a command with the same keys; empty: none
+        RecordingRole, ///< the next keys become the shortcut
         ProblemRole,
         ChangedRole,
     };
@@ -35,10 +35,11 @@ class ShortcutsModel final : public QAbstractListModel {
     QHash<int, QByteArray> roleNames() const override;
     QVariantMap texts() const;
 
-    /// The next key press becomes the row's shortcut.
+    /// Makes the next key press the row's shortcut.
     Q_INVOKABLE void record(int row);
     Q_INVOKABLE void cancel();
-    /// Modifiers alone are ignored, Escape changes nothing.
+    /// Sets the keys of the row that is being recorded, and ends the recording. Modifiers alone are
+    /// ignored; Escape ends it without a change.
     Q_INVOKABLE void press(int key, int modifiers);
     Q_INVOKABLE void clear(int row);
     Q_INVOKABLE void restore(int row);
@@ -56,7 +57,7 @@ class ShortcutsModel final : public QAbstractListModel {
     AppSettings& settings_;
     const std::vector<Row> rows_;
     int recording_ = -1;
-    int refused_ = -1; ///< the row whose last keys cannot be had
+    int refused_ = -1; ///< the row whose last keys cannot be a shortcut; -1: none
     Observations observations_;
 };
 

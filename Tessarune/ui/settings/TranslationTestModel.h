@@ -12,7 +12,7 @@
 namespace tessarune {
 
 /// The availability of a translation into the chosen language, and its test. Main thread; the
-/// settings outlive it.
+/// settings must outlive it.
 class TranslationTestModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString state READ state NOTIFY changed)
@@ -38,7 +38,7 @@ class TranslationTestModel final : public QObject {
 
   Q_SIGNALS:
     void changed();
-    /// A test may have downloaded what it needs.
+    /// A test has ended; it may have downloaded models.
     void ended();
 
   private:

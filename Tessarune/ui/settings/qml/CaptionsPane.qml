@@ -47,7 +47,7 @@ Item {
             color: root.preview.window.background
 
             Captions.CaptionStage {
-                // As wide as a new caption window, or smaller where there is no room.
+                // Laid out as wide as a new caption window, then scaled to the width of the pane.
                 readonly property real usualWidth: 940
 
                 width: usualWidth

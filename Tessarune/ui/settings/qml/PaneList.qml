@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// The panes, to choose from.
+// The list of the panes, for choosing one.
 FocusScope {
     id: root
 

@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// What belongs together, on a ground of its own.
+// A framed group of items.
 Rectangle {
     default property alias content: column.data
 

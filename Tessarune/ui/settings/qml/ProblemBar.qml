@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// What is wrong, and what can be done about it.
+// A bar with an error message and a button for a remedy.
 Rectangle {
     id: root
 

@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// Models or languages: one of them is chosen, some are here, others can be had.
+// Models or languages as rows: one of them is chosen, and each can be downloaded or removed.
 Column {
     id: root
 

@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// The heading of a group; nothing without a text.
+// The heading of a group; hidden without a text.
 Item {
     id: root
 

@@ -2,13 +2,13 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// Settings one below the other.
+// A column of settings.
 Column {
     id: root
 
     required property SettingsWindowModel model
     required property SettingRowsModel rows
-    // Nothing stands above them.
+    // Whether nothing is above the column.
     property bool isFirst: true
 
     Repeater {
