@@ -13,7 +13,7 @@ namespace {
 /// has no event for announcements.
 const QString accessibilityBus = QStringLiteral("a11y");
 constexpr int polite = 1; // ATSPI_LIVE_POLITE
-/// This many sentences may settle in one frame.
+/// One frame adds fewer rows than this.
 constexpr std::size_t mostAtOnce = 8;
 
 } // namespace
@@ -41,7 +41,8 @@ void CaptionAnnouncer::announceNewest() {
     const LiveCaptionDisplayRows& rows = environment_.session.captionDisplay.frame->sourceTextTail;
     if (rows.empty() || announced_ == rows.back().id)
         return;
-    // If the last one is not among these, the rows belong to another session.
+    // If the last announced row is not among these, the rows belong to another session, and only
+    // the newest is announced.
     std::size_t first = rows.size() - 1;
     const std::size_t farthest = rows.size() > mostAtOnce ? rows.size() - mostAtOnce : 0;
     for (std::size_t row = first; row > farthest; --row) {

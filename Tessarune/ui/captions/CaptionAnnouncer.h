@@ -10,9 +10,9 @@
 
 namespace tessarune {
 
-/// Lets a screen reader speak each settled caption, after what it is speaking now, unless the user
-/// has switched that off, and every problem in any case. Main thread; environment and window
-/// outlive it.
+/// Announces committed captions and problems to a screen reader, which speaks them after its
+/// current text. The user can switch off the captions, but not the problems. Main thread;
+/// environment and window must outlive it.
 class CaptionAnnouncer {
   public:
     CaptionAnnouncer(const CaptionWindowEnvironment& environment, QQuickWindow& window);
@@ -24,7 +24,7 @@ class CaptionAnnouncer {
 
     const CaptionWindowEnvironment& environment_;
     QQuickWindow& window_;
-    std::optional<UUID> announced_; // the newest row of before
+    std::optional<UUID> announced_; // the newest row so far
     Observations observations_;
 };
 

@@ -95,7 +95,7 @@ std::vector<CaptionCommandsModel::Command> CaptionCommandsModel::commands() cons
 }
 
 void CaptionCommandsModel::sourcesChanged() {
-    if (sources_ == toolbar_.sources()) { // another one is chosen
+    if (sources_ == toolbar_.sources()) { // only the chosen source changed
         announceChange();
         return;
     }
@@ -147,7 +147,7 @@ QHash<int, QByteArray> CaptionCommandsModel::roleNames() const {
 }
 
 void CaptionCommandsModel::choose(int row) const {
-    // A copy, since the command may rebuild the list.
+    // Runs a copy, because the command may rebuild the list.
     if (const Command* const command = at(row))
         std::function(command->run)();
 }

@@ -13,8 +13,9 @@
 
 namespace tessarune {
 
-/// All commands of the caption window, in the order of its context menu, with the keys of the
-/// settings. Each source is an entry of its own. Main thread; environment and toolbar outlive it.
+/// All commands of the caption window, in the order of its context menu, with the shortcuts of the
+/// settings. Each sound source is a command of its own. Main thread; environment and toolbar must
+/// outlive it.
 class CaptionCommandsModel final : public QAbstractListModel {
     Q_OBJECT
     /// The text that the user has selected in the captions.
@@ -23,11 +24,11 @@ class CaptionCommandsModel final : public QAbstractListModel {
   public:
     enum Role {
         TextRole = Qt::UserRole,
-        KeysRole, ///< for a Shortcut; empty: none
+        KeysRole, ///< for a QML `Shortcut`; empty: none
         KeysTextRole,
         EnabledRole,
         CheckedRole,
-        /// Whether a line is drawn above it.
+        /// Whether a line is drawn above the command.
         FirstOfGroupRole,
     };
 
@@ -38,9 +39,9 @@ class CaptionCommandsModel final : public QAbstractListModel {
     QVariant data(const QModelIndex& index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
 
-    /// Call when the user chose it in the menu.
+    /// Call when the user chose the command in the menu.
     Q_INVOKABLE void choose(int row) const;
-    /// Call when the user pressed its keys.
+    /// Call when the user pressed the command's keys.
     Q_INVOKABLE void press(int row) const;
     Q_INVOKABLE void copy(bool withTranslations) const;
     Q_INVOKABLE void clear() const { environment_.commands.clearCaptions(); }
@@ -53,16 +54,16 @@ class CaptionCommandsModel final : public QAbstractListModel {
         std::function<QString()> text;
         std::function<void()> run;
         const ShortcutSetting* shortcut = nullptr;
-        std::function<bool()> isEnabled = {}; ///< absent: always
-        std::function<bool()> isChecked = {}; ///< absent: never
+        std::function<bool()> isEnabled = {}; ///< empty: always
+        std::function<bool()> isChecked = {}; ///< empty: never
         bool isFirstOfGroup = false;
-        std::function<void()> runByKeys = {}; ///< absent: as `run`
+        std::function<void()> runByKeys = {}; ///< empty: as `run`
         QKeySequence fixedKeys = {};          ///< of a command without a setting of its own
     };
 
     std::vector<Command> commands() const;
     const Command* at(int row) const;
-    /// Of the selection, if there is one.
+    /// Copies the selected text, or all captions with their translations if none is selected.
     void copySelected() const;
     void sourcesChanged();
     void announceChange();

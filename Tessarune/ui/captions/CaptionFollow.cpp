@@ -9,7 +9,7 @@ namespace tessarune {
 namespace {
 
 constexpr int glideMS = 220;
-/// A smaller distance would still count as the newest line and be taken back.
+/// After a shorter scroll, the list would still count as following and return to its newest line.
 constexpr double shortestKeyScroll = 72;
 
 } // namespace
@@ -50,7 +50,7 @@ void CaptionFollow::followWindow(QQuickWindow* window) {
     connect(window, &QQuickWindow::screenChanged, this, &CaptionFollow::screenChanged, once);
 }
 
-/// Drawing the next frame proves that the window is alive. While it is invisible, it draws nothing.
+/// Asks for a drawing, which proves that the window is alive. An invisible window draws nothing.
 void CaptionFollow::framePublished() {
     contentIsDue_ = true;
     if (!list_ || !list_->window() || !list_->window()->isExposed())
@@ -94,12 +94,12 @@ void CaptionFollow::movementEnded() {
 void CaptionFollow::contentHeightChanged() {
     if (!driver_)
         return;
-    // The list is laying out its rows and must not be moved meanwhile.
+    // The list is laying out its rows and must not be moved now.
     endIsDue_ = true;
     driver_->documentFrameChanged();
 }
 
-/// Before the frame is drawn, so that a wrapped line is never seen half hidden.
+/// Moves the list before the window is drawn, so that a wrapped line is never half hidden.
 void CaptionFollow::beforeFrame() {
     if (std::exchange(contentIsDue_, false))
         contentChanged();
@@ -150,15 +150,15 @@ double CaptionFollow::moveToEnd() {
     const auto before = geometry();
     if (!before)
         return 0;
-    // More than a page away the list only estimates its end until it has been there.
+    // The list only estimates an end that is more than a page away, until it has been shown there.
     if (std::abs(before->legalBottomDelta()) > before->clipHeight)
         QMetaObject::invokeMethod(list_, "positionViewAtEnd");
     list_->setProperty("contentY", geometry()->legalBottomY - hiddenHeight_);
     return before->legalBottomDelta();
 }
 
-/// While the user moves the list, it is left alone: otherwise a slow scroll back would be undone by
-/// every new word.
+/// Does nothing while the user moves the list: otherwise every new word would undo a slow scroll
+/// back.
 void CaptionFollow::scrollToEnd() {
     if (isMovedByUser())
         return;
@@ -181,7 +181,7 @@ void CaptionFollow::redraw() {
     nudgeWindow();
 }
 
-/// Qt places a window whenever it is asked to; the window need not be moved for that.
+/// An update makes Qt draw and present the window; the window need not be moved for that.
 void CaptionFollow::nudgeWindow() {
     if (list_ && list_->window())
         list_->window()->update();

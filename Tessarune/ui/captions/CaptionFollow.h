@@ -12,10 +12,10 @@
 
 namespace tessarune {
 
-/// Connects a Qt Quick list to the driver that keeps it at its newest line. The list's content ends
-/// at its bottom edge, even while it is shorter than the list. Main thread.
+/// Connects a Qt Quick list to the driver that keeps it at its newest line. The content ends at the
+/// bottom edge of the list, even while it is shorter than the list. Main thread.
 ///
-/// New rows move the list at once; `glide` is by how much it is drawn lower, which animates to
+/// New rows move the list at once. Meanwhile it is drawn lower by `glide`, which is animated to
 /// zero, so that a reader sees the lines move up.
 class CaptionFollow : public QObject, private CaptionListView {
     Q_OBJECT
@@ -34,15 +34,15 @@ class CaptionFollow : public QObject, private CaptionListView {
     bool reviewing() const { return *state_.isReviewing; }
     double glide() const { return glide_; }
 
-    // The list's signals
+    // Call these from the list's signals.
     Q_INVOKABLE void movementStarted();
     Q_INVOKABLE void moved();
     Q_INVOKABLE void movementEnded();
     Q_INVOKABLE void contentHeightChanged();
     Q_INVOKABLE void heightChanged();
-    /// The user asks for the newest line.
+    /// Scrolls to the newest line, as the user asked.
     Q_INVOKABLE void returnToNewest();
-    /// The user scrolls with the keyboard by this many pages; below 0: back.
+    /// Scrolls by this many pages, as the user asked with the keyboard; negative: back.
     Q_INVOKABLE void scrollByKey(double pages);
 
   Q_SIGNALS:
@@ -80,8 +80,8 @@ class CaptionFollow : public QObject, private CaptionListView {
     Observations observations_;
     QVariantAnimation gliding_;
     double glide_ = 0;
-    bool contentIsDue_ = false; // a frame was published since the last one was drawn
-    bool endIsDue_ = false;     // the rows have another height since the last frame
+    bool contentIsDue_ = false; // a caption frame was published since the window was last drawn
+    bool endIsDue_ = false;     // the height of the rows has changed since then
 };
 
 } // namespace tessarune

@@ -29,7 +29,8 @@ void nameInterfaceFaces(std::string_view locale) {
 
 QFont captionFont(std::string_view language, std::int64_t size) {
     QFont font = QGuiApplication::font();
-    // The desktop's font for Latin, and one with a matching weight and height for everything else.
+    // For Latin text Noto Sans, or else the desktop's font; then a font of matching weight and
+    // height for Chinese, Japanese and Korean text.
     font.setFamilies({QStringLiteral("Noto Sans"), font.family(),
                       QStringLiteral("Noto Sans CJK ") + place(language)});
     font.setPixelSize(static_cast<int>(std::clamp<std::int64_t>(size, 8, 200)));

@@ -40,7 +40,7 @@ void CaptionHearingModel::follow() {
         timer_.start();
     else
         timer_.stop();
-    level_ = -1; // whatever it is, it is announced
+    level_ = -1; // so that `poll` emits `levelChanged` in any case
     poll();
 }
 

@@ -9,13 +9,13 @@
 
 namespace tessarune {
 
-/// What the reader needs to know while no new words arrive: the sound level, and whether it is
-/// quiet, the captions are behind, or they have ended. Main thread; the environment outlives it.
+/// Shows the reader the sound level and the reason why no new words arrive: it is quiet, the
+/// captions are behind, or they have stopped. Main thread; the environment must outlive it.
 class CaptionHearingModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isListening READ isListening NOTIFY levelChanged)
     Q_PROPERTY(double level READ level NOTIFY levelChanged) ///< 0 to 1
-    /// Empty while words arrive, or while something else explains why not.
+    /// The reason; empty if there is none, or if the status already explains it.
     Q_PROPERTY(QString text READ text NOTIFY textChanged)
 
   public:

@@ -6,11 +6,11 @@
 
 namespace tessarune {
 
-/// The rows of one caption list for Qt Quick, updated with the smallest changes: a new row is
-/// inserted, a translation that arrived changes one row. Main thread.
+/// The rows of one caption list for Qt Quick. Updates are announced as the smallest change: a new
+/// row as an insertion, a new translation as a change of its row. Main thread.
 class CaptionRowsModel final : public QAbstractListModel {
     Q_OBJECT
-    /// From this row on the list shows the current captions.
+    /// The first row of the current captions; the rows above it are older.
     Q_PROPERTY(int firstPrimary READ firstPrimary NOTIFY firstPrimaryChanged)
 
   public:

@@ -10,7 +10,7 @@ namespace tessarune {
 
 namespace {
 
-/// The lines of a text as the item draws them.
+/// A text laid out in the same lines as the item that draws it.
 class DrawnLines {
   public:
     DrawnLines(const QString& text, const QQuickItem& item)
@@ -66,7 +66,7 @@ CaptionSelection::CaptionSelection() {
     connect(this, &CaptionSelection::attachedChanged, this, &CaptionSelection::followRows);
 }
 
-/// The selection refers to rows by number: without these rows its numbers mean other text.
+/// Clears the selection when its row numbers no longer refer to the same texts.
 void CaptionSelection::followRows() {
     const auto once = Qt::UniqueConnection;
     if (rows_) {

@@ -15,8 +15,8 @@
 namespace tessarune {
 
 /// The text that the user has selected in a list of captions, from any character to any other, also
-/// across rows. It is stored as rows and characters, so that it stays in place while captions are
-/// added. Main thread.
+/// across rows. It is stored as row and character numbers, so that it stays in place while captions
+/// are added. Main thread.
 class CaptionSelection : public QObject {
     Q_OBJECT
     Q_PROPERTY(tessarune::CaptionStageModel* stage MEMBER stage_ NOTIFY attachedChanged)
@@ -24,7 +24,7 @@ class CaptionSelection : public QObject {
     /// Its rows have the items `sourceItem` and `translationItem`.
     Q_PROPERTY(QQuickItem* list READ list WRITE setList NOTIFY attachedChanged)
     Q_PROPERTY(QString text READ text NOTIFY changed)
-    /// Changes with each selection, to redraw what depends on it.
+    /// Grows with each change of the selection, so that bindings to it are evaluated again.
     Q_PROPERTY(int revision READ revision NOTIFY changed)
 
   public:
@@ -40,8 +40,8 @@ class CaptionSelection : public QObject {
     Q_INVOKABLE void selectWord(double x, double y);
     Q_INVOKABLE void selectAll();
     Q_INVOKABLE void clear();
-    /// The selected part of a text item, as rectangles in it; `revision` is only there for the
-    /// binding.
+    /// The selected part of a text item, as rectangles in it. `width` and `revision` are not used:
+    /// they make a binding depend on them.
     Q_INVOKABLE QVariantList rects(int row, bool isTranslation, QQuickItem* item, double width,
                                    int revision) const;
 
@@ -50,7 +50,7 @@ class CaptionSelection : public QObject {
     void changed();
 
   private:
-    /// A place before a character of one of a row's texts.
+    /// The position before a character in one of the texts of a row.
     struct Place {
         int row = 0;
         int part = 0; ///< 0 for the upper text of the row, 1 for the lower one

@@ -14,9 +14,9 @@ enum class CaptionEmptyPresentation { idle, checking, silent };
 namespace CaptionStage {
 
 bool hasCaptionOutput(const LiveCaptionDisplayFrame& frame);
-/// `nullopt` while there are captions, and while a session without any stops.
+/// `nullopt` while there are captions, and while a session without captions is stopping.
 std::optional<CaptionEmptyPresentation> emptyPresentation(const LiveCaptionDisplayFrame& frame);
-/// Differs whenever the drawn content differs.
+/// A hash of the drawn content: it changes with every visible change.
 std::uint64_t contentRevision(const LiveCaptionDisplayFrame& frame);
 
 } // namespace CaptionStage

@@ -32,7 +32,7 @@ CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment
         Q_EMIT settingsChanged();
     });
     observations_.follow(environment_.settings.translationTargetLanguage.published(),
-                         [this] { Q_EMIT settingsChanged(); }); // it has another face
+                         [this] { Q_EMIT settingsChanged(); }); // the font depends on it
     observations_.follow(environment_.reducesMotion, [this] { Q_EMIT settingsChanged(); });
     layout_.emplace(isBilingual(), swaps());
     updateRows();
@@ -93,7 +93,7 @@ struct EmptyTexts {
     std::string subtitle;
 };
 
-/// `file` is heard in place of the computer; empty: there is none.
+/// `file` is the name of the file that is heard in place of the computer; empty: none.
 EmptyTexts emptyTexts(const LiveCaptionDisplayFrame& frame, const std::string& file) {
     using namespace LiveCaptionUserMessages;
     const auto empty = CaptionStage::emptyPresentation(frame);

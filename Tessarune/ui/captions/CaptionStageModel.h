@@ -15,11 +15,11 @@
 namespace tessarune {
 
 /// The body of the caption window: captions in one of two layouts, or why there are none. Main
-/// thread; the environment outlives it.
+/// thread; the environment must outlive it.
 class CaptionStageModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(tessarune::CaptionRowsModel* rows READ rows CONSTANT)
-    /// Of the layout with two blocks.
+    /// The rows of the second block; empty in a layout with one block.
     Q_PROPERTY(tessarune::CaptionRowsModel* translations READ translations CONSTANT)
     Q_PROPERTY(qulonglong contentRevision READ contentRevision NOTIFY frameChanged)
     /// "content", "empty-idle", "empty-checking", "empty-silent" or "clear".
@@ -27,7 +27,7 @@ class CaptionStageModel final : public QObject {
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY frameChanged)
     Q_PROPERTY(QString emptySubtitle READ emptySubtitle NOTIFY frameChanged)
     Q_PROPERTY(QString translationStatus READ translationStatus NOTIFY frameChanged)
-    /// What can be done about it; empty if nothing.
+    /// The label of the action that solves the translation's problem; empty if there is none.
     Q_PROPERTY(QString translationRemedy READ translationRemedy NOTIFY frameChanged)
     Q_PROPERTY(QString newestText READ newestText CONSTANT)
 
@@ -87,7 +87,7 @@ class CaptionStageModel final : public QObject {
 
   Q_SIGNALS:
     void frameChanged();
-    /// The rows have other texts or another order.
+    /// The rows show other texts, or the texts in another order.
     void layoutChanged();
     void settingsChanged();
 
@@ -96,7 +96,7 @@ class CaptionStageModel final : public QObject {
     const LiveCaptionDisplayFrame& frame() const { return *display().frame; }
     const SubtitleCaptionSettingsViewState& settings() const { return *settings_.state; }
     bool isCleared() const;
-    /// There is no model for the target language.
+    /// Whether there is no model for the target language.
     bool lacksLanguage() const;
     void updateRows();
 

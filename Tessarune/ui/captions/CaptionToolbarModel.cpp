@@ -92,7 +92,7 @@ QString CaptionToolbarModel::status() const {
     return QString::fromStdString(session().status->text());
 }
 
-/// Does not repeat what the empty stage or the toolbar says anyway.
+/// False for a status that the empty stage or the toolbar shows anyway.
 bool CaptionToolbarModel::showsStatus() const {
     using Kind = SessionStatus::Kind;
     if (isTrouble())

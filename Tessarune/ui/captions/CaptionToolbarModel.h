@@ -12,12 +12,12 @@
 namespace tessarune {
 
 /// The toolbar and the status line of the caption window: the source, the duration, and the
-/// buttons. It mirrors the session, so that captions do not redraw it. Main thread; the environment
-/// outlives it.
+/// buttons. It observes the session and not the frame, so that new captions do not redraw it. Main
+/// thread; the environment must outlive it.
 class CaptionToolbarModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isListening READ isListening NOTIFY sessionChanged)
-    /// A start or a stop is in progress.
+    /// Whether a start or a stop is in progress.
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY sessionChanged)
     Q_PROPERTY(QString toggleText READ toggleText NOTIFY sessionChanged)
     Q_PROPERTY(QString sourceName READ sourceName NOTIFY sessionChanged)
@@ -25,7 +25,7 @@ class CaptionToolbarModel final : public QObject {
     /// -1 if the source is not in the list.
     Q_PROPERTY(int currentSource READ currentSource NOTIFY sourcesChanged)
     Q_PROPERTY(QString status READ status NOTIFY sessionChanged)
-    /// The status needs attention: it is shown over the captions.
+    /// Whether the status needs attention and is shown over the captions.
     Q_PROPERTY(bool showsStatus READ showsStatus NOTIFY sessionChanged)
     Q_PROPERTY(bool isTrouble READ isTrouble NOTIFY sessionChanged)
     Q_PROPERTY(QString notice READ notice NOTIFY noticeChanged)
@@ -83,11 +83,11 @@ class CaptionToolbarModel final : public QObject {
     bool showsSettings() const {
         return settings_.state->showSettings && environment_.commands.showSettings;
     }
-    /// There is a translation whose order can be changed.
+    /// Whether captions are translated, so that their layout and order can be changed.
     bool hasLayouts() const;
     bool swaps() const { return settings_.state->swapCaptionOrder; }
     QString pinText() const;
-    QString keepOnTopText() const; ///< whether it does or not
+    QString keepOnTopText() const; ///< the same in both states
     QString copyText() const;
     QString copyOriginalText() const;
     QString clearText() const;

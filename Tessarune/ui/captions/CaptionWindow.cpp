@@ -58,7 +58,7 @@ CaptionWindow::CaptionWindow(CaptionWindowEnvironment environment)
     if (engine_.rootObjects().isEmpty())
         qFatal("the caption window's files cannot be loaded");
     window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
-    // A thread of its own may draw.
+    // Queued, because a render thread may emit the signal.
     QObject::connect(
         window_, &QQuickWindow::frameSwapped, &model_, [this] { model_.setPainted(); },
         static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
@@ -68,8 +68,7 @@ CaptionWindow::CaptionWindow(CaptionWindowEnvironment environment)
 }
 
 CaptionWindow::~CaptionWindow() {
-    // Rows that were removed are deleted only later, and their animations must not outlive the
-    // engine.
+    // Removed rows are deleted only later, and their animations must not outlive the engine.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 

@@ -18,8 +18,8 @@ namespace tessarune {
 /// The floating caption window. Main thread; needs the application object.
 class CaptionWindow {
   public:
-    /// Loads the window without showing it. Ends the program if the window's own files are broken,
-    /// which no user can repair.
+    /// Loads the window without showing it. Ends the program if the window's own files cannot be
+    /// loaded, which the user cannot repair.
     explicit CaptionWindow(CaptionWindowEnvironment environment);
     ~CaptionWindow();
     CaptionWindow(const CaptionWindow&) = delete;
@@ -40,7 +40,7 @@ class CaptionWindow {
     CaptionCommandsModel commands_;
     CaptionHearingModel hearing_;
     QQmlApplicationEngine engine_;
-    QQuickWindow* window_ = nullptr; // the engine's
+    QQuickWindow* window_ = nullptr; // owned by the engine
     std::unique_ptr<WindowPlace> place_;
     std::unique_ptr<CaptionAnnouncer> announcer_;
 };

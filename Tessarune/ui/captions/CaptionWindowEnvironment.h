@@ -13,7 +13,7 @@
 
 namespace tessarune {
 
-/// The data and actions of the caption window. All of it outlives the window.
+/// The data and actions of the caption window. All references must outlive the window.
 struct CaptionWindowEnvironment {
     struct Commands {
         std::function<void(const LiveSessionControlTrigger&)> toggleListening;
@@ -24,12 +24,13 @@ struct CaptionWindowEnvironment {
         /// The text on the screen, for copying.
         std::function<TranscriptSnapshot()> visibleText;
         std::function<void()> dismissNotice;
-        /// The user closed the window.
+        /// Called when the user closes the window.
         std::function<void()> close;
-        std::function<void()> toggleWindow{}; ///< shows it or hides it; captions go on
+        std::function<void()> toggleWindow{}; ///< shows or hides it; captions continue
         std::function<void()> quit{};
-        std::function<void()> showHistory{}; ///< absent: there is no such window
-        /// Likewise; the pane of this name, or empty for where the user was.
+        std::function<void()> showHistory{}; ///< empty if there is no such window
+        /// Shows the settings with the pane of this name; an empty name keeps the pane that was
+        /// shown last. Empty if there is no such window.
         std::function<void(const std::string& pane)> showSettings{};
     };
 
@@ -43,14 +44,14 @@ struct CaptionWindowEnvironment {
     /// Where the window's position is stored.
     UserDefaults& store;
     Commands commands;
-    /// By how many seconds the captions are behind the sound; absent if unknown.
+    /// By how many seconds the captions are behind the sound; empty if unknown.
     std::function<double()> secondsBehind{};
     /// Whether the desktop asks for less motion.
     const Published<bool>& reducesMotion;
-    /// Is told how the caption list stays at its newest line.
+    /// Receives the events of the list that follows the newest line.
     CaptionFollowDriver::Recorder recordFollow{};
-    /// What the user can do where this desktop lets no program keep its window above others; empty
-    /// where it does.
+    /// How the user can keep the window above others on a desktop that does not let the program do
+    /// so; empty if the desktop does.
     std::string otherWayToTop{};
 };
 

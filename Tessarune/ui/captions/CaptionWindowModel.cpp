@@ -6,7 +6,7 @@ namespace tessarune {
 
 namespace {
 
-/// An invisible window could not be grabbed either.
+/// The user could not find and grab a fully transparent window.
 constexpr double faintest = 0.02;
 constexpr double opaqueEnough = 0.85;
 

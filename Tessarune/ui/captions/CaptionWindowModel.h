@@ -10,18 +10,18 @@
 
 namespace tessarune {
 
-/// The frame of the caption window: its background, whether it stays on top, and whether the
-/// toolbar shows. Main thread; the environment outlives it.
+/// The caption window without its captions: its background, whether it stays on top, and whether it
+/// shows the toolbar. Main thread; the environment must outlive it.
 class CaptionWindowModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(QColor background READ background NOTIFY settingsChanged)
-    /// Texts need an outline, since what is behind the window shows through.
+    /// Whether texts need an outline, because the screen behind the window shows through.
     Q_PROPERTY(bool isTranslucent READ isTranslucent NOTIFY settingsChanged)
     Q_PROPERTY(bool keepsOnTop READ keepsOnTop NOTIFY settingsChanged)
-    /// Whether the desktop lists it among the running programs.
+    /// Whether the desktop lists the window among the running programs.
     Q_PROPERTY(bool isListed READ isListed NOTIFY listedChanged)
     Q_PROPERTY(bool showsChrome READ showsChrome NOTIFY chromeChanged)
-    /// Its first picture is on the screen, and everything else may be made.
+    /// Whether the window has been drawn once; its other items are created only then.
     Q_PROPERTY(bool isPainted READ isPainted NOTIFY painted)
 
   public:

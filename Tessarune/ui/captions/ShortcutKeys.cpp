@@ -7,7 +7,8 @@ namespace tessarune {
 
 namespace {
 
-/// The characters of the key codes from 0 on, which are also Qt's codes; ~ for none.
+/// The characters of the key codes 0, 1, 2 and so on, which are also Qt's codes; ~ for a code
+/// without a character.
 constexpr std::string_view signsFromZero = "ASDFHGZXCV~BQWERYT123465=97-80]OU[IP~LJ'K;\\,/NM.~ `";
 static_assert(signsFromZero[8] == 'C' && signsFromZero[37] == 'L' && signsFromZero[49] == ' ');
 

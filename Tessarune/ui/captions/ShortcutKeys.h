@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// The keys of a stored shortcut: Command becomes Ctrl, Option becomes Alt, and Control the system
-/// key. Empty for a shortcut that is switched off and for an unknown key code.
+/// The keys of a stored shortcut: Command becomes Ctrl, Option becomes Alt, and Control becomes
+/// Meta (the Super key). Empty for a shortcut that is switched off and for an unknown key code.
 QKeySequence keysOf(const ShortcutSetting& shortcut);
 
 /// The stored key code of a shortcut that is switched off.
@@ -20,7 +20,7 @@ struct StoredKeys {
     std::int64_t keyCode = noKeyCode;
     std::int64_t modifiers = 0;
 };
-/// `nullopt` for keys without a code.
+/// Returns `nullopt` for a key without a code.
 std::optional<StoredKeys> storedKeys(int key, Qt::KeyboardModifiers modifiers);
 
 } // namespace tessarune

@@ -13,7 +13,7 @@ namespace tessarune {
 /// A growing text that a view shows word by word: `SmoothStreamingText` for Qt Quick. Main thread.
 class StreamingText : public QObject {
     Q_OBJECT
-    /// The source of host and settings; set before anything is shown.
+    /// Supplies the host and the settings. Set it before a text is shown.
     Q_PROPERTY(tessarune::CaptionStageModel* stage MEMBER stage_ NOTIFY inputChanged)
     Q_PROPERTY(QString text MEMBER text_ NOTIFY inputChanged)
     /// Whether the text is still growing; a complete text is shown at once.

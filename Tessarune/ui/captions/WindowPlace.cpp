@@ -69,7 +69,7 @@ std::string WindowPlace::key() const {
     return name_ + " " + screens.join(' ').toStdString();
 }
 
-/// The desktop moves windows then, wherever it likes.
+/// Ignores moves for a while, because the desktop now moves windows itself.
 void WindowPlace::screensChanged() {
     settled_.stop();
     rearranged_.start();
@@ -97,7 +97,7 @@ void WindowPlace::restore() {
         window_.setGeometry(rect);
 }
 
-/// From a screen that is gone.
+/// Moves the window to the primary screen if it was on a screen that is gone.
 void WindowPlace::fetchBack() {
     const QScreen* const screen = QGuiApplication::primaryScreen();
     if (!screen || canBeTakenHoldOf(window_.geometry()))

@@ -8,15 +8,16 @@
 
 namespace tessarune {
 
-/// Keeps where a window stands and how large it is, for each set of screens. Main thread; window
-/// and store outlive it.
+/// Stores the position and size of a window for each set of screens. Main thread; window and store
+/// must outlive it.
 class WindowPlace {
   public:
     /// `name` is the window's name in the store.
     WindowPlace(QWindow& window, UserDefaults& store, std::string name);
     WindowPlace(const WindowPlace&) = delete;
 
-    /// Moves the window to where it was with these screens, if it can be grabbed there.
+    /// Moves the window to its stored place for the current screens, if the user could grab it
+    /// there.
     void restore();
 
   private:
@@ -29,10 +30,9 @@ class WindowPlace {
     QWindow& window_;
     UserDefaults& store_;
     const std::string name_;
-    bool isItsOwn_ = false; // neither maximised nor the whole screen
-    QTimer settled_;        // a window that is being moved is not saved at every step
-    QTimer
-        rearranged_; // after a change of the screens; what is moved then is not moved by the user
+    bool isItsOwn_ = false; // neither maximised nor full screen
+    QTimer settled_;        // delays saving while the window is being moved
+    QTimer rearranged_;     // runs after a change of the screens, when the desktop moves windows
 };
 
 } // namespace tessarune

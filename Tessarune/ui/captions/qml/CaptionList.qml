@@ -1,15 +1,15 @@
 import QtQuick
 import Tessarune
 
-// Rows of captions that follow the newest line. A short list is at the bottom, so that the newest
-// line is always in the same place.
+// Rows of captions that follow the newest line. Few rows are aligned to the bottom, so that the
+// newest line is always in the same place.
 Item {
     id: root
 
     required property CaptionStageModel stage
     required property CaptionRowsModel rows
     required property bool outlined
-    // The highest that this list can get.
+    // The maximum height of this list.
     required property real mostHeight
     property real newestHeight: 0
     property alias reviewing: follow.reviewing

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Window
 import Tessarune
 
-// The context menu, over the whole window: a click beside the entries closes it.
+// The context menu. It covers the whole window, so that a click beside the panel closes it.
 MouseArea {
     id: root
 
@@ -48,7 +48,7 @@ MouseArea {
         border.color: "#2effffff"
         border.width: 1
 
-        // Beside an entry, or on one that cannot be used.
+        // Keeps the menu open on a click beside an entry or on a disabled one.
         MouseArea {
             anchors.fill: parent
         }
@@ -64,7 +64,7 @@ MouseArea {
             model: root.commands
             boundsBehavior: Flickable.StopAtBounds
             keyNavigationEnabled: true
-            // All entries, so that the height is known.
+            // Creates all entries, so that the height is known.
             cacheBuffer: 2000
             Keys.onReturnPressed: if (currentItem && currentItem.available) root.choose(currentIndex)
             Keys.onEscapePressed: root.visible = false

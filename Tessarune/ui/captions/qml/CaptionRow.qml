@@ -29,7 +29,7 @@ Item {
     readonly property real gap: isBilingual ? Math.round(stage.translationFont.pixelSize * 0.2) : 0
     readonly property real spacing: Math.round(stage.sourceFont.pixelSize * (stage.isBilingual ? 0.62 : 0.34))
 
-    // For the selection, which looks up characters in them.
+    // For the selection, which looks up characters in these items.
     readonly property Item sourceItem: sourceText
     readonly property Item translationItem: translationText
 

@@ -11,7 +11,8 @@ Item {
     readonly property bool reviewing: sourceList.reviewing || translationList.reviewing
     readonly property bool isSplit: !stage.isBilingual && stage.translates
     readonly property real seam: isSplit ? 29 : 0
-    // Space below the captions, and the place of a translation to come, give way to the newest row.
+    // The maximum height of a list: the space below the captions, and that reserved for a pending
+    // translation, shrink if the newest row needs them.
     readonly property real mostHeight: isSplit ? (height - 28 - seam) / 2 : height - 28
     readonly property real neededHeight: isSplit ? 2 * Math.max(sourceList.newestHeight, translationList.newestHeight) + seam : sourceList.newestHeight
     readonly property real blockHeight: isSplit ? (captions.height - seam) / 2 : captions.height
@@ -61,7 +62,7 @@ Item {
     Item {
         id: captions
 
-        // The beginning of a longer line is hard to find.
+        // Lines are no longer than this: after a longer one, the start of the next is hard to find.
         width: Math.min(parent.width - 56, root.stage.sourceFont.pixelSize * 40)
         anchors {
             horizontalCenter: parent.horizontalCenter

@@ -25,7 +25,7 @@ Item {
         NumberAnimation { duration: 160 }
     }
 
-    // Captions below it stay out of the way of the buttons.
+    // Covers the captions behind the buttons.
     Rectangle {
         anchors { fill: parent; margins: 1 }
         radius: root.radius - 1

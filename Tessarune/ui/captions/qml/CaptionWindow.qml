@@ -20,7 +20,7 @@ Window {
     height: 400
     minimumWidth: 380
     minimumHeight: 180
-    // Once, and no bindings: from then on the window stands where the user puts it.
+    // Set once and not bound: from then on the user decides where the window is.
     Component.onCompleted: {
         width = Math.min(width, Screen.width - 40);
         x = Screen.virtualX + (Screen.width - width) / 2;
@@ -88,7 +88,7 @@ Window {
             border.width: 1
         }
 
-        // The first picture does not wait for it.
+        // Loaded only after the window has been drawn once, so that the captions appear sooner.
         Loader {
             id: tools
             anchors.fill: parent

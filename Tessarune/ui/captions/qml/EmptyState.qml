@@ -1,7 +1,7 @@
 import QtQuick
 import Tessarune
 
-// Why there are no captions, and what to do.
+// Explains why there are no captions, and what to do.
 Column {
     id: root
 

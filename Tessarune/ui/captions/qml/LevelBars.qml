@@ -1,7 +1,7 @@
 import QtQuick
 import Tessarune
 
-// How loud it is.
+// The sound level as bars.
 Row {
     id: root
 

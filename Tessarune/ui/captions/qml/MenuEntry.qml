@@ -1,7 +1,7 @@
 import QtQuick
 import Tessarune
 
-// An entry of a menu: whether it is on, what it does, and the keys that do the same.
+// A menu entry: a check mark, a label and a keyboard shortcut.
 Rectangle {
     id: root
 

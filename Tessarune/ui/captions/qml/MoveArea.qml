@@ -1,8 +1,8 @@
 import QtQuick
 import QtQuick.Window
 
-// Moves the window wherever nothing else reacts. A double click or the Shift key selects text
-// instead. Wheel events reach the items below.
+// Dragging moves the window wherever no other item takes the mouse. After a double click or with
+// the Shift key, dragging selects text instead. Wheel events reach the items below.
 MouseArea {
     id: root
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Tessarune
 
-// A short message, with something to do about it or without.
+// A short message, with or without an action.
 Rectangle {
     id: root
 
@@ -22,7 +22,7 @@ Rectangle {
     Accessible.name: text
     Accessible.ignored: text === ""
 
-    // As wide as the text would be in lines of its own.
+    // Measures the width of the text without wrapped lines.
     Text {
         id: natural
         visible: false

@@ -1,7 +1,7 @@
 import QtQuick
 import QtQuick.Window
 
-// The window's border, by which it is resized.
+// The edges and corners by which the user resizes the window.
 Item {
     id: root
 

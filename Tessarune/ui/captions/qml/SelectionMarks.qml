@@ -1,7 +1,7 @@
 import QtQuick
 import Tessarune
 
-// What the user has selected of a text.
+// Highlights the selected part of a text.
 Repeater {
     id: root
 

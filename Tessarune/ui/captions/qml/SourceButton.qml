@@ -1,7 +1,7 @@
 import QtQuick
 import Tessarune
 
-// What is heard, and how loud it is.
+// A button with the name and the level of the sound source; it opens the menu of the sources.
 Rectangle {
     id: root
 

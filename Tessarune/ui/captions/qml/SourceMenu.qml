@@ -1,7 +1,7 @@
 import QtQuick
 import Tessarune
 
-// The sources to choose from.
+// The menu of the sound sources.
 Rectangle {
     id: root
 

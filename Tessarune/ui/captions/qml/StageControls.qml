@@ -1,7 +1,7 @@
 import QtQuick
 import Tessarune
 
-// What stands below the captions: the state of the session and of the translation.
+// The messages below the captions: notices, and the state of the session and of the translation.
 Item {
     id: root
 
@@ -11,7 +11,7 @@ Item {
     required property bool reviewing
     signal returnRequested
 
-    // Most of the time none of them is there.
+    // Loaded on demand, because most of the time there is no message.
     component OnDemand: Loader {
         visible: active
         anchors.horizontalCenter: parent.horizontalCenter

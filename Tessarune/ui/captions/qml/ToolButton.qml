@@ -1,7 +1,7 @@
 import QtQuick
 import Tessarune
 
-// A button with an icon; its text shows when the pointer rests on it.
+// A button with an icon; its text is the tooltip.
 Rectangle {
     id: root
 

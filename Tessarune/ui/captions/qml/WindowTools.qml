@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Window
 import Tessarune
 
-// What the user works the window with, over the captions: the toolbar, the menu, the border, the keys.
+// The controls of the window, over the captions: toolbar, menu, resizable edges and shortcuts.
 Item {
     id: root
 
