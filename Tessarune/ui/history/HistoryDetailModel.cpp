@@ -84,7 +84,8 @@ void HistoryDetailModel::show(const std::optional<HistoryItem>& recording) {
     Q_EMIT durationChanged();
 }
 
-/// Of a running session nothing is saved yet. It may be another program's.
+/// Shows the text so far of a running session, whose files are not written yet. If the session is
+/// another program's, the text is unknown and stays empty.
 void HistoryDetailModel::showLiveText() {
     if (!isRunning() || !environment_.liveText)
         return;
@@ -117,7 +118,7 @@ Task<void> HistoryDetailModel::load(HistoryItem recording) {
     const bool isOtherSource = payload_.sourceText != found.payload.sourceText;
     if (!isLoading_ && !isOtherSource && payload_.bilingualText == found.payload.bilingualText &&
         timeline_ == found.timeline && problem_ == found.problem)
-        co_return; // who reads it is not disturbed
+        co_return; // an update would only disturb the reader
     payload_ = std::move(found.payload);
     timeline_ = std::move(found.timeline);
     problem_ = std::move(found.problem);

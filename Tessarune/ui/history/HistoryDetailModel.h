@@ -17,7 +17,7 @@
 namespace tessarune {
 
 /// The recording chosen in the list: its note, and its transcript in one or two languages. Main
-/// thread; the environment outlives it.
+/// thread; the environment must outlive it.
 class HistoryDetailModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isShown READ isShown NOTIFY recordingChanged)
@@ -39,10 +39,10 @@ class HistoryDetailModel final : public QObject {
     explicit HistoryDetailModel(const HistoryWindowEnvironment& environment);
     ~HistoryDetailModel() override;
 
-    /// The chosen recording as the catalog has it now; `nullopt` if none is chosen.
+    /// Shows the chosen recording as the catalog has it now; `nullopt` if none is chosen.
     void show(const std::optional<HistoryItem>& recording);
     const std::optional<HistoryItem>& recording() const { return recording_; }
-    /// Reads its files again.
+    /// Reads the recording's files again.
     void readTranscript();
 
     bool isShown() const { return recording_.has_value(); }
@@ -65,9 +65,9 @@ class HistoryDetailModel final : public QObject {
     void durationChanged();
     void noteChanged();
     void modeChanged();
-    /// What is shown of the texts, or the texts themselves.
+    /// The texts have changed, or the choice of what is shown of them.
     void transcriptChanged();
-    /// The text in the spoken language.
+    /// The text in the spoken language has changed.
     void sourceChanged();
 
   private:
@@ -77,11 +77,11 @@ class HistoryDetailModel final : public QObject {
 
     const HistoryWindowEnvironment& environment_;
     const std::shared_ptr<SerialQueue> queue_;
-    std::uint64_t token_ = 0; ///< of the last reading, the only one that counts
+    std::uint64_t token_ = 0; ///< of the last reading; the results of earlier ones are dropped
     std::optional<HistoryItem> recording_;
     HistoryTranscriptPayload payload_;
     HistoryWordTimeline timeline_;
-    std::string problem_; ///< of the transcript's files
+    std::string problem_; ///< why the transcript's files cannot be read
     bool isLoading_ = false;
     int mode_ = HistoryTranscriptPayload::bilingualMode;
     HistoryTranscriptModel rows_;

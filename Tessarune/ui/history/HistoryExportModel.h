@@ -11,22 +11,24 @@
 
 namespace tessarune {
 
-/// The panel that exports the chosen recording. Main thread; environment and detail outlive it.
+/// The panel that exports the chosen recording. Main thread; environment and detail must outlive
+/// it.
 class HistoryExportModel final : public QObject {
     Q_OBJECT
-    /// "name" and "title" of each.
+    /// "name" and "title" of each format.
     Q_PROPERTY(QVariantList formats READ formats CONSTANT)
     Q_PROPERTY(QString format READ format WRITE setFormat NOTIFY changed)
     /// 0: the source alone, 1: with the translation, 2: the translation alone.
     Q_PROPERTY(int content READ content WRITE setContent NOTIFY changed)
     Q_PROPERTY(bool isAudio READ isAudio NOTIFY changed)
     Q_PROPERTY(bool canBeBilingual READ canBeBilingual NOTIFY changed)
-    /// Of documents to read, the source belongs to the translation.
+    /// Whether the format can contain the translation alone. Formats for reading always include the
+    /// source.
     Q_PROPERTY(bool canBeTranslation READ canBeTranslation NOTIFY changed)
-    /// A remark on what was chosen; empty if there is none.
+    /// A remark on the chosen format and on the translation.
     Q_PROPERTY(QString hint READ hint NOTIFY changed)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY busyChanged)
-    /// 0 to 1; below 0 while it is unknown.
+    /// 0 to 1; negative while it is unknown.
     Q_PROPERTY(double progress READ progress NOTIFY busyChanged)
 
   public:

@@ -92,7 +92,7 @@ void HistoryImportsModel::remove(int row) {
     if (!file)
         return;
     if (file->state == FileState::copying) {
-        stop_.request_stop(); // the row goes when nothing is left of the copy
+        stop_.request_stop(); // the row leaves the list once the import has ended
         return;
     }
     std::vector<ImportedFile> files = rows();

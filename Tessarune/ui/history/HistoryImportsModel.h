@@ -17,21 +17,21 @@
 
 namespace tessarune {
 
-/// A file that is being imported, or could not be.
+/// A file that waits for its import, is being imported or could not be imported.
 struct ImportedFile {
     enum class State { waiting, copying, failed };
 
-    int number = 0; ///< of the order in which files were chosen; tells two of one path apart
+    int number = 0; ///< counts the chosen files; distinguishes files with the same path
     std::filesystem::path path;
     State state = State::waiting;
-    std::string problem; ///< of a failed one
+    std::string problem; ///< why the import failed
 
     bool operator==(const ImportedFile&) const = default;
 };
 
 /// The files that are being imported, one after the other. A file that has been imported leaves the
 /// list; one that failed stays, with the reason, until the user removes it. Main thread; the
-/// environment outlives it. Destroying the model cancels what is in progress.
+/// environment must outlive it. Destroying the model cancels the running import.
 class HistoryImportsModel final : public ListedRows<ImportedFile> {
     Q_OBJECT
     Q_PROPERTY(int count READ count NOTIFY countChanged)
@@ -39,12 +39,12 @@ class HistoryImportsModel final : public ListedRows<ImportedFile> {
   public:
     enum Role {
         NameRole = Qt::UserRole,
-        StateTextRole, ///< why, of a failed one
+        StateTextRole, ///< for a failed file: the reason
         FailedRole,
-        ProgressRole ///< 0 to 1; below 0: it waits, or has failed
+        ProgressRole ///< 0 to 1; negative: the file waits or has failed
     };
 
-    /// `mayChange` tells the user if recordings cannot be changed now, and why.
+    /// `mayChange` returns whether recordings can be changed now; if not, it tells the user why.
     HistoryImportsModel(const HistoryWindowEnvironment& environment,
                         std::function<bool()> mayChange);
     ~HistoryImportsModel() override { stop_.request_stop(); }
@@ -52,7 +52,7 @@ class HistoryImportsModel final : public ListedRows<ImportedFile> {
     QVariant data(const QModelIndex& index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
 
-    /// Asks for files.
+    /// Asks the user for files and imports them.
     Q_INVOKABLE void choose();
     Q_INVOKABLE void add(const QList<QUrl>& files);
     /// Cancels a file that waits or is being copied; removes a failed one from the list.

@@ -17,10 +17,11 @@ using Entry = HistoryListReader::Entry;
 using EntryPtr = HistoryListReader::EntryPtr;
 using Step = HistoryRefinementService::Progress::Step;
 
-/// Several changes in a row cause one reading.
+/// The pause after a reading, so that several changes in a row cause only one more.
 constexpr double settleSeconds = 0.05;
 
-/// `hour` o'clock on the day so many days after that of `time`; days have 23 to 25 hours.
+/// Returns `hour` o'clock on the day `daysLater` days after that of `time`. A day has 23 to 25
+/// hours.
 double onDay(double time, int daysLater, int hour) {
     const auto seconds = static_cast<std::time_t>(time);
     std::tm local{};
@@ -47,7 +48,7 @@ bool isSameRecording(const EntryPtr& a, const EntryPtr& b) {
     return a->item.id == b->item.id;
 }
 
-/// The recordings whose entries differ between the two.
+/// Adds the recordings whose entries differ between `before` and `now`.
 template <typename Value>
 void addDifferences(const std::map<UUID, Value>& before, const std::map<UUID, Value>& now,
                     std::set<UUID>& different) {
@@ -104,7 +105,7 @@ void HistoryListModel::follow() {
         });
 }
 
-/// After midnight "today" is another day.
+/// Announces new headings at midnight, when "today" becomes another day.
 void HistoryListModel::awaitMidnight() {
     const double now = environment_.host.wallClock();
     midnight_ = environment_.host.after(std::max(onDay(now, 1, 0) - now, 0.0) + 1,

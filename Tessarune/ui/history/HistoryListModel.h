@@ -19,25 +19,25 @@
 namespace tessarune {
 
 /// The recordings of the catalog as a list: newest first, by day, filtered by a search, each with
-/// its current activity. It follows the catalog and the refinements. Main thread, which never waits
-/// for the disk; the environment outlives it.
+/// its current activity. It follows the catalog and the refinements. Main thread; the disk is read
+/// on a queue. The environment must outlive it.
 class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
     Q_OBJECT
     Q_PROPERTY(int count READ count NOTIFY countChanged)
-    /// The catalog has not been read yet.
+    /// Whether the catalog has not been read yet.
     Q_PROPERTY(bool isLoading READ isLoading NOTIFY loaded)
 
   public:
     enum Role {
-        DayRole = Qt::UserRole, ///< the heading under which it stands
+        DayRole = Qt::UserRole, ///< the heading of its group
         TimeRole,
-        TitleRole, ///< its note, or how it begins
+        TitleRole, ///< its note, or the beginning of its transcript
         DurationRole,
         BilingualRole,
-        RunningRole,   ///< it is being recorded
-        FailedRole,    ///< its refinement came to nothing
-        StateTextRole, ///< what is being done with it, or is wrong; empty: nothing
-        ProgressRole,  ///< 0 to 1 while it is worked on; below 0: it is not, or waits
+        RunningRole,   ///< whether it is being recorded
+        FailedRole,    ///< whether its refinement failed
+        StateTextRole, ///< its activity or its problem; empty: none
+        ProgressRole,  ///< of its refinement, 0 to 1; negative: it waits or there is none
     };
 
     explicit HistoryListModel(const HistoryWindowEnvironment& environment);
@@ -50,8 +50,9 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
     /// Why the catalog cannot be read; empty if it can be.
     const std::string& problem() const { return problem_; }
 
-    /// Lists only recordings whose note, date or beginning contains all words of `query`, and those
-    /// whose transcript or translation the search finds; all of them for an empty query.
+    /// Lists only recordings that contain all words of `query` in their note, date, time and
+    /// beginning, and those whose transcript or translation the search finds; all recordings for an
+    /// empty query.
     void setQuery(const QString& query);
     /// Hides a recording that is about to be deleted.
     void setHidden(const UUID& id, bool isHidden);
@@ -85,7 +86,7 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
 
     const HistoryWindowEnvironment& environment_;
     const std::shared_ptr<SerialQueue> queue_;
-    const std::shared_ptr<HistoryListReader> reader_; ///< on the queue
+    const std::shared_ptr<HistoryListReader> reader_; ///< used only on the queue
     std::vector<HistoryListReader::EntryPtr> all_;
     std::set<UUID> hidden_;
     QStringList words_; ///< of the query, folded

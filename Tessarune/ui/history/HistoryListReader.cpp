@@ -21,7 +21,8 @@ std::vector<HistoryListReader::EntryPtr> HistoryListReader::entries() {
     for (HistoryItem& item : HistoryItemLoader::load(catalog_, files_)) {
         const auto found = known_.find(item.id);
         EntryPtr before = found == known_.end() ? nullptr : found->second;
-        // The text of a session is saved at its end; of another program's that is not told.
+        // The text of a session is saved at its end. If it is another program's, no notification
+        // reports that, so an empty text is read again.
         const bool hasBeginning = before && !before->item.live && !before->beginning.isEmpty();
         if (!hasBeginning || before->item != item) {
             Entry entry;
@@ -46,11 +47,11 @@ QString HistoryListReader::beginningOf(const HistoryItem& item) const {
         const auto path = catalog_.transcriptURL(item.id);
         if (files_.exists(path))
             text = files_.read(path, 0, beginningBytes);
-    } catch (const std::exception&) { // the detail says what is wrong
+    } catch (const std::exception&) { // the detail view shows the problem
         text.clear();
     }
-    const std::string_view whole = Text::withoutCutCharacter(text);
-    return QString::fromStdString(Text::collapsingWhiteSpace(Text::trimmed(whole)));
+    const std::string_view complete = Text::withoutCutCharacter(text);
+    return QString::fromStdString(Text::collapsingWhiteSpace(Text::trimmed(complete)));
 }
 
 } // namespace tessarune

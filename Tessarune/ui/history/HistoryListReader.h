@@ -11,13 +11,13 @@
 
 namespace tessarune {
 
-/// Reads what the history list shows from the disk. Confined to one queue, since reading blocks;
-/// catalog and disk outlive it.
+/// Reads the entries of the history list from the disk. Confined to one queue, because reading
+/// blocks; catalog and disk must outlive it.
 class HistoryListReader {
   public:
     struct Entry {
         HistoryItem item;
-        QString beginning; ///< of its transcript, on one line
+        QString beginning; ///< of the transcript, on one line
         QString searched;  ///< note, date and beginning, folded for a search
 
         bool operator==(const Entry&) const = default;
@@ -27,8 +27,8 @@ class HistoryListReader {
     HistoryListReader(RecordingCatalog& catalog, FileSystem& files)
         : catalog_(catalog), files_(files) {}
 
-    /// Newest first. Transcripts are read only once, and an unchanged entry is the same object as
-    /// before.
+    /// Returns the entries, the newest first. A transcript with text is read only once, and an
+    /// unchanged entry is the same object as before.
     std::vector<EntryPtr> entries();
     /// Call when this transcript has changed.
     void forget(const UUID& id) { known_.erase(id); }
@@ -38,7 +38,7 @@ class HistoryListReader {
 
     RecordingCatalog& catalog_;
     FileSystem& files_;
-    std::unordered_map<UUID, EntryPtr> known_; ///< as they were last
+    std::unordered_map<UUID, EntryPtr> known_; ///< the entries of the last reading
 };
 
 } // namespace tessarune

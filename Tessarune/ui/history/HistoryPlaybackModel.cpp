@@ -46,7 +46,7 @@ HistoryPlaybackModel::HistoryPlaybackModel(const HistoryWindowEnvironment& envir
             &HistoryPlaybackModel::showRows);
 }
 
-/// Another recording is opened when it is played, not when it is looked at.
+/// Closes the previous recording. The chosen one is opened only when it is played.
 void HistoryPlaybackModel::recordingChanged() {
     const auto& recording = detail_.recording();
     const auto now = recording ? std::optional(recording->id) : std::nullopt;
@@ -64,13 +64,13 @@ void HistoryPlaybackModel::loadIfNeeded() {
     if (!isAvailable())
         return;
     const std::string& path = *recording->filePath;
-    // Compression may have put another file in the place of the one that was opened.
+    // Compression may have replaced the file that was opened by another one.
     if (isLoaded_ && (isPlaying() || loadedPath_ == path))
         return;
-    const double place = isLoaded_ ? position() : 0;
+    const double resumeAt = isLoaded_ ? position() : 0;
     player()->load(path);
-    if (place > 0)
-        player()->seek(place);
+    if (resumeAt > 0)
+        player()->seek(resumeAt);
     isLoaded_ = true;
     loadedPath_ = path;
 }
@@ -96,7 +96,7 @@ QString HistoryPlaybackModel::problem() const {
     return player() ? QString::fromStdString(*player()->problem) : QString();
 }
 
-/// What is heard may end a little behind the length that the file states.
+/// The sound may end a little after the duration that the file states.
 double HistoryPlaybackModel::position() const {
     const double place = player() ? *player()->currentTime : 0;
     return duration() > 0 ? std::min(place, duration()) : place;
@@ -179,7 +179,7 @@ void HistoryPlaybackModel::playWord(int row, int character) {
     const QString text = QString::fromStdString(sentence.source);
     const QModelIndex index = detail_.rows()->index(row);
     if (detail_.rows()->data(index, HistoryTranscriptModel::SourceRole).toString() != text) {
-        // The row has it in other words.
+        // The row shows the sentence in other words.
         loadIfNeeded();
         return transcript_->playFrom({0, 0, sentence.start});
     }

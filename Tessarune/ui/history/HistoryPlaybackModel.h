@@ -14,10 +14,10 @@
 namespace tessarune {
 
 /// The sound of the chosen recording, and the row of its transcript that is playing. Main thread;
-/// environment and detail outlive it.
+/// environment and detail must outlive it.
 class HistoryPlaybackModel final : public QObject {
     Q_OBJECT
-    /// There is something to hear.
+    /// Whether the recording can be played.
     Q_PROPERTY(bool isAvailable READ isAvailable NOTIFY loadedChanged)
     Q_PROPERTY(bool isPlaying READ isPlaying NOTIFY stateChanged)
     Q_PROPERTY(bool repeats READ repeats NOTIFY stateChanged)
@@ -27,10 +27,10 @@ class HistoryPlaybackModel final : public QObject {
     Q_PROPERTY(QString positionText READ positionText NOTIFY positionTextChanged)
     Q_PROPERTY(double duration READ duration NOTIFY loadedChanged)
     Q_PROPERTY(QString durationText READ durationText NOTIFY loadedChanged)
-    /// The speeds to choose from, and which of them is chosen.
+    /// The speeds to choose from, and the index of the chosen one.
     Q_PROPERTY(QStringList rates READ rates CONSTANT)
     Q_PROPERTY(int rateIndex READ rateIndex WRITE setRateIndex NOTIFY rateChanged)
-    /// The row that is heard, or that the user chose; -1: none.
+    /// The row that is playing, or that the user chose; -1: none.
     Q_PROPERTY(int activeRow READ activeRow NOTIFY activeRowChanged)
 
   public:
@@ -53,15 +53,16 @@ class HistoryPlaybackModel final : public QObject {
     Q_INVOKABLE void pause();
     Q_INVOKABLE void seek(double seconds);
     Q_INVOKABLE void skip(double seconds) { seek(position() + seconds); }
-    /// Hears just what is read in this row.
+    /// Plays only the sentences of this row.
     Q_INVOKABLE void playRow(int row);
-    /// Goes on from the word at this character of the row's text.
+    /// Plays from the word at this character of the row's text, or from the beginning of the
+    /// sentence if the row shows it in other words.
     Q_INVOKABLE void playWord(int row, int character);
-    /// Marks a row and goes there without playing.
+    /// Marks a row and seeks to it without playing.
     Q_INVOKABLE void focusRow(int row);
     Q_INVOKABLE void stepSentence(int direction);
     Q_INVOKABLE void toggleRepeat();
-    /// One of the rates faster or slower.
+    /// Selects the next faster or slower speed.
     Q_INVOKABLE void stepRate(int direction) { setRateIndex(rateIndex() + direction); }
 
   Q_SIGNALS:
@@ -83,11 +84,11 @@ class HistoryPlaybackModel final : public QObject {
     const HistoryWindowEnvironment& environment_;
     HistoryDetailModel& detail_;
     std::optional<TranscriptPlayback> transcript_;
-    std::shared_ptr<void> watch_; ///< of the environment, over the transcript
+    std::shared_ptr<void> watch_; ///< returned by the environment's `watchPlayback`
     std::optional<UUID> chosen_;
-    bool isLoaded_ = false; ///< the player has the chosen recording
+    bool isLoaded_ = false; ///< whether the player has loaded the chosen recording
     std::string loadedPath_;
-    std::optional<int> untimedRow_; ///< that the user chose, until something else is marked
+    std::optional<int> untimedRow_; ///< chosen by the user, has no time; reset by the next mark
     QString shownPosition_;
     Observations observations_;
 };

@@ -13,7 +13,7 @@ using RefinementStep = HistoryRefinementService::Progress::Step;
 using RefinementStatus = HistoryRefinementOutcome::Status;
 using RefinedTranslation = HistoryRefinementOutcome::Translation;
 
-/// Empty where there is nothing to say, or where the recording's own state says it.
+/// The message about an outcome; empty if there is none, or if the recording's state shows it.
 std::string outcomeText(const HistoryRefinementOutcome& outcome) {
     if (outcome.status == RefinementStatus::cancelled)
         return localized("文字保持原样。");

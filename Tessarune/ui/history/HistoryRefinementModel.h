@@ -15,25 +15,26 @@
 
 namespace tessarune {
 
-/// The chosen recording transcribed again: with which model, how far it is, why it came to nothing.
-/// Main thread; environment and detail outlive it.
+/// The refinement of the chosen recording, which is its second transcription: the models to choose
+/// from, the progress and the last failure. Main thread; environment and detail must outlive it.
 class HistoryRefinementModel final : public QObject {
     Q_OBJECT
-    /// The chosen recording can be refined now.
+    /// Whether the chosen recording can be refined now.
     Q_PROPERTY(bool canRefine READ canRefine NOTIFY changed)
-    /// It waits for it, or it is being done.
+    /// Whether its refinement is waiting or running.
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY changed)
     Q_PROPERTY(QString stateText READ stateText NOTIFY changed)
-    /// 0 to 1; below 0 while it waits.
+    /// 0 to 1; negative while it waits.
     Q_PROPERTY(double progress READ progress NOTIFY changed)
-    /// Why it came to nothing last; empty: it did not.
+    /// Why its last refinement failed; empty if it did not.
     Q_PROPERTY(QString problem READ problem NOTIFY changed)
-    /// What can do it: first whichever is best, then the models of this computer.
+    /// The models to choose from: first "automatic", then the installed models. Empty if none is
+    /// installed.
     Q_PROPERTY(QStringList models READ models NOTIFY modelsChanged)
 
   public:
-    /// `mayChange` tells the user why recordings cannot be changed now, if so; `onAlert` how it
-    /// went.
+    /// `mayChange` returns whether recordings can be changed now; if not, it tells the user why.
+    /// `onAlert` tells the user the result.
     HistoryRefinementModel(const HistoryWindowEnvironment& environment, HistoryDetailModel& detail,
                            std::function<bool()> mayChange,
                            std::function<void(const std::string&)> onAlert);
@@ -45,10 +46,10 @@ class HistoryRefinementModel final : public QObject {
     QString problem() const;
     QStringList models() const;
 
-    /// Looks which models are here now.
+    /// Reads again which models are installed.
     Q_INVOKABLE void refresh();
     Q_INVOKABLE void refine(int model);
-    /// The transcript stays as it was.
+    /// Cancels the refinement. The transcript stays as it was.
     Q_INVOKABLE void cancel();
 
   Q_SIGNALS:

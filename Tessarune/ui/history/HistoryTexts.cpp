@@ -43,7 +43,7 @@ QVariantMap historyTexts() {
             {"nextSentence", historyText("下一句")},
             {"dismiss", historyText("知道了")},
             {"choose", historyText("从左侧选择一条录音")},
-            // Files on their way in
+            // Imports
             {"import", historyText("导入声音或视频文件")},
             {"importShort", historyText("导入文件…")},
             {"importing", historyText("正在导入的文件")},

@@ -10,13 +10,14 @@
 
 namespace tessarune {
 
-/// The text for a key in the user's language, as Qt wants it.
+/// The text for a key in the user's language.
 QString historyText(std::string_view key, const std::vector<std::string>& arguments = {});
 
-/// The length of a recording, of one that runs: so far. Empty if another program makes it.
+/// The duration of a recording; for a running one the duration so far, or an empty text if another
+/// program records it.
 QString durationText(const HistoryItem& recording, const HistoryWindowEnvironment& environment);
 
-/// The fixed texts of the history window, by the names that its views have for them.
+/// The fixed texts of the history window, by the names that the QML uses.
 QVariantMap historyTexts();
 
 } // namespace tessarune

@@ -10,16 +10,17 @@ namespace {
 
 using TranscriptRow = HistoryTranscriptExportDocument::TranscriptRow;
 
-/// Sentences without a row of their own share the rows that are left between their neighbours'.
+/// Returns the row of each sentence; -1: none. Sentences without a row of their own share the free
+/// rows between those of their neighbours.
 std::vector<int> rowsOfSentences(const std::vector<TranscriptRow>& rows, std::size_t sentences) {
     std::vector<int> found(sentences, -1);
     std::size_t firstSentence = 0;
     std::size_t firstRow = 0;
     const auto share = [&](std::size_t endSentence, std::size_t endRow) {
-        const std::size_t left = endRow - firstRow;
-        for (std::size_t i = firstSentence; left > 0 && i < endSentence; ++i)
+        const std::size_t free = endRow - firstRow;
+        for (std::size_t i = firstSentence; free > 0 && i < endSentence; ++i)
             found[i] = static_cast<int>(firstRow +
-                                        (i - firstSentence) * left / (endSentence - firstSentence));
+                                        (i - firstSentence) * free / (endSentence - firstSentence));
     };
     for (std::size_t row = 0; row < rows.size(); ++row) {
         const auto& sentence = rows[row].sentence;

@@ -11,7 +11,7 @@
 
 namespace tessarune {
 
-/// A sentence for reading. Texts may be empty.
+/// A row of a transcript. Each text may be empty.
 struct HistoryTranscriptRow {
     std::string time;
     std::string source;
@@ -27,18 +27,19 @@ class HistoryTranscriptModel final : public ListedRows<HistoryTranscriptRow> {
   public:
     enum Role { TimeRole = Qt::UserRole, SourceRole, TranslationRole };
 
-    /// Another text of the same recording keeps the scroll position.
+    /// Shows a document. Keeps the scroll position if it is of the same recording.
     void show(const HistoryTranscriptExportDocument& document, bool isSameRecording);
     /// Whether times are shown beside the rows.
     bool isTimed() const { return isTimed_; }
 
-    /// The row in which a sentence of the recording is read; -1: there is none. A translation may
-    /// be older than the sentences: one that it does not have is read where its neighbours leave
-    /// room.
+    /// The row that shows a sentence of the recording; -1 if there is none. Rows with a translation
+    /// may be older than the sentences: a sentence without a row of its own shares the free rows
+    /// between those of its neighbours.
     int rowOf(std::size_t sentence) const;
-    /// The first and the last sentence that are read in a row.
+    /// The first and the last sentence that a row shows; `nullopt` if it shows none.
     std::optional<std::pair<std::size_t, std::size_t>> sentencesOf(int row) const;
-    /// As `rowOf`, or the row before it.
+    /// The row of a sentence, or else of the last sentence before it that has a row. Beyond the
+    /// last timed sentence, each sentence counts as one row.
     Q_INVOKABLE int nearestRow(int sentence) const;
 
     QVariant data(const QModelIndex& index, int role) const override;

@@ -18,7 +18,7 @@ namespace tessarune {
 
 namespace {
 
-/// Views may name the type of what they are given.
+/// Registers a type of model, so that QML can name it.
 template <typename Model>
 void offer(const char* name) {
     qmlRegisterUncreatableType<Model>("Tessarune", 1, 0, name, {});
@@ -63,8 +63,7 @@ HistoryWindow::HistoryWindow(HistoryWindowEnvironment environment)
 }
 
 HistoryWindow::~HistoryWindow() {
-    // Rows that were removed are deleted only later, and their animations must not outlive the
-    // engine.
+    // Removed rows are deleted only later, and their animations must not outlive the engine.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 

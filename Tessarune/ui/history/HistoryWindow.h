@@ -12,16 +12,16 @@ namespace tessarune {
 /// The window with the recorded sessions. Main thread; needs the application object.
 class HistoryWindow {
   public:
-    /// Loads the window without showing it. Ends the program if the window's own files are broken,
-    /// which no user can repair.
+    /// Loads the window without showing it. Ends the program if the window's own files cannot be
+    /// loaded, which the user cannot repair.
     explicit HistoryWindow(HistoryWindowEnvironment environment);
     ~HistoryWindow();
     HistoryWindow(const HistoryWindow&) = delete;
 
-    /// Shows the window, raised and active, with the recording of this identifier, or as it was
-    /// left.
+    /// Shows the window, raised and active, with the recording of this identifier; for any other
+    /// text, as the user left it.
     void show(const std::string& recording = {});
-    /// A deletion can be undone for some seconds; this ends them.
+    /// Carries out a deletion that could still be undone.
     void finishPending() { model_.finishPending(); }
     QQuickWindow& window() { return *window_; }
     HistoryWindowModel& model() { return model_; }
@@ -30,7 +30,7 @@ class HistoryWindow {
     const HistoryWindowEnvironment environment_;
     HistoryWindowModel model_;
     QQmlApplicationEngine engine_;
-    QQuickWindow* window_ = nullptr; // the engine's
+    QQuickWindow* window_ = nullptr; // owned by the engine
 };
 
 } // namespace tessarune

@@ -27,7 +27,7 @@
 
 namespace tessarune {
 
-/// The data and actions of the history window. All of it outlives the window.
+/// The data and actions of the history window. All references and pointers must outlive the window.
 struct HistoryWindowEnvironment {
     Host& host;
     AppSettings& settings;
@@ -42,10 +42,10 @@ struct HistoryWindowEnvironment {
     HistoryWordStatsService& wordStatistics;
     std::shared_ptr<VocabularyStore> vocabulary;
     std::shared_ptr<VocabularyPreferences> vocabularyPreferences;
-    /// Why recordings cannot be changed now, because another program has them open; empty if they
-    /// can be.
+    /// Returns why recordings cannot be changed now, for example because another program has them
+    /// open; empty if they can be.
     std::function<std::string()> changeProblem;
-    /// The names of the speech models that are installed completely.
+    /// Returns the names of the installed and intact speech models.
     std::function<std::vector<std::string>()> speechModels;
     /// Asks where to write a file, with a suggested name. Calls back with the path, or not at all
     /// if the user cancels.
@@ -56,16 +56,16 @@ struct HistoryWindowEnvironment {
     std::function<void(std::function<void(std::vector<std::filesystem::path>)> chosen)> chooseFiles;
     std::function<void(const std::string& text)> copy;   ///< to the clipboard
     std::function<void(const std::string& url)> openURL; ///< in the user's browser
-    std::shared_ptr<AudioPlayer> player = nullptr;       ///< null: nothing can be heard
-    /// Null: no word can be heard.
+    std::shared_ptr<AudioPlayer> player = nullptr;       ///< null: no recording can be played
+    /// Null: no pronunciation can be played.
     std::shared_ptr<HistoryPronunciationAudioPlayer> pronunciation = nullptr;
-    /// What was said so far in the running session; null: there is none.
+    /// The text so far of this program's session; null if it has none.
     const Published<std::string>* liveText = nullptr;
-    /// Its length in seconds, updated once a second; null: there is no session.
+    /// The duration of that session in seconds, updated once a second; null likewise.
     const Published<double>* liveDuration = nullptr;
-    /// The recording of which these are.
+    /// Returns the recording of that session; `nullopt` if none is being recorded.
     std::function<std::optional<UUID>()> liveRecording = [] { return std::nullopt; };
-    /// Watches a playback for as long as it returns is kept; absent: nobody does.
+    /// Watches a playback for as long as the returned object exists; empty: nobody watches.
     std::function<std::shared_ptr<void>(TranscriptPlayback&)> watchPlayback = {};
 };
 

@@ -41,7 +41,7 @@ HistoryWindowModel::HistoryWindowModel(const HistoryWindowEnvironment& environme
         environment_.notifications, NotificationName::historyImportSelectRecording,
         environment_.host, [](HistoryWindowModel& model, const NotificationObject& object) {
             const UUID* const id = std::get_if<UUID>(&object);
-            if (id && !model.draft_) // who writes a note stays where it belongs
+            if (id && !model.draft_) // a user who is writing a note stays at its recording
                 model.select(*id);
         });
 }
@@ -59,7 +59,7 @@ void HistoryWindowModel::listUpdated() {
         setPage(Page::recording);
     }
     int row = current_ ? list_.rowOf(*current_) : -1;
-    if (row < 0) // it is gone, or nothing was chosen yet: its neighbour
+    if (row < 0) // it is gone, or none was chosen yet: choose the nearest row
         row = std::min(lastRow_, list_.count() - 1);
     lastRow_ = std::max(row, 0);
     const HistoryItem* const item = list_.item(row);
@@ -68,7 +68,7 @@ void HistoryWindowModel::listUpdated() {
         setNote(*std::exchange(draft_, std::nullopt));
     const bool isShown = detail_.recording() && detail_.recording()->id == current_;
     detail_.show(item ? std::optional(*item) : std::nullopt);
-    if (isShown && !detail_.hasText()) // another program may have saved it meanwhile
+    if (isShown && !detail_.hasText()) // another program may have saved the text meanwhile
         detail_.readTranscript();
     Q_EMIT currentRowChanged();
     Q_EMIT emptyChanged();
@@ -161,7 +161,7 @@ void HistoryWindowModel::undo() {
     dismissMessage();
 }
 
-/// It stays hidden until the catalog reports that it is gone.
+/// The recording stays hidden. It is listed again only if it cannot be deleted.
 void HistoryWindowModel::finishDeletion() {
     if (!deleted_)
         return;
@@ -178,14 +178,15 @@ void HistoryWindowModel::finishPending() {
     queue_->sync([] {});
 }
 
-/// The catalog is written as a whole, which takes a while if it is long. What is asked for here is
-/// done, also if the window closes now.
+/// Runs `step` on the queue, because the catalog is always written completely, which takes a while
+/// if it is long. `step` runs even if the window closes now. If it returns false and the window
+/// still exists, `failed` is called on the main queue.
 void HistoryWindowModel::change(std::function<bool()> step,
                                 std::function<void(HistoryWindowModel&)> failed) {
     queue_->async([&host = environment_.host, step = std::move(step),
-                   told = lifeline_.calling(std::move(failed))] {
+                   report = lifeline_.calling(std::move(failed))] {
         if (!step())
-            host.post(told);
+            host.post(report);
     });
 }
 

@@ -27,7 +27,7 @@
 namespace tessarune {
 
 /// The history window: a list; beside it the chosen recording, the vocabulary or the usage; and a
-/// message about the last action. Main thread; the environment outlives it.
+/// message about the last action. Main thread; the environment must outlive it.
 ///
 /// A deletion is carried out when it can no longer be undone: after some seconds, on another
 /// deletion, or when the window is closed.
@@ -43,18 +43,18 @@ class HistoryWindowModel final : public QObject {
     Q_PROPERTY(tessarune::VocabularyModel* vocabulary READ vocabulary CONSTANT)
     Q_PROPERTY(tessarune::WordCardModel* card READ card CONSTANT)
     Q_PROPERTY(tessarune::UsageModel* usage READ usage CONSTANT)
-    /// What is shown beside the list in place of the chosen recording.
+    /// Whether this is shown beside the list in place of the chosen recording.
     Q_PROPERTY(bool showsVocabulary READ showsVocabulary NOTIFY pageChanged)
     Q_PROPERTY(bool showsUsage READ showsUsage NOTIFY pageChanged)
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
     Q_PROPERTY(int currentRow READ currentRow WRITE setCurrentRow NOTIFY currentRowChanged)
-    /// The message about the last action; empty after a while.
+    /// The message about the last action; it is removed after some seconds.
     Q_PROPERTY(QString message READ message NOTIFY messageChanged)
     Q_PROPERTY(bool canUndo READ canUndo NOTIFY messageChanged)
-    /// Why the list is empty, and what to do about it; empty while it is not.
+    /// Why the list is empty, and what to do about it; empty while it loads or has rows.
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY emptyChanged)
     Q_PROPERTY(QString emptyText READ emptyText NOTIFY emptyChanged)
-    /// The list is empty because there are no recordings yet.
+    /// Whether the list is empty because there are no recordings yet.
     Q_PROPERTY(bool hasNoRecordings READ hasNoRecordings NOTIFY emptyChanged)
     /// The fixed texts of the window.
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
@@ -95,16 +95,16 @@ class HistoryWindowModel final : public QObject {
     Q_INVOKABLE void undo();
     Q_INVOKABLE void dismissMessage();
     Q_INVOKABLE void setNote(const QString& note);
-    /// The user writes a note, which is not finished: it is saved if another recording is shown.
+    /// Keeps a note that the user is still writing. It is saved if another recording is shown.
     Q_INVOKABLE void draftNote(const QString& note) { draft_ = note; }
     Q_INVOKABLE void discardDraft() { draft_.reset(); }
     Q_INVOKABLE void copy(bool withTranslation);
 
-    /// Reads again what another program may have written without this one noticing.
+    /// Reads the list and the transcript again, which another program may have changed unnoticed.
     void refresh();
     /// Chooses a recording as soon as it is listed.
     void select(const UUID& id);
-    /// Deletes what the user has deleted and can still undo, and waits for it.
+    /// Carries out a deletion that could still be undone, and waits until all changes are written.
     void finishPending();
 
   Q_SIGNALS:
@@ -125,7 +125,7 @@ class HistoryWindowModel final : public QObject {
     void listUpdated();
 
     const HistoryWindowEnvironment& environment_;
-    const std::shared_ptr<SerialQueue> queue_; ///< changes of the catalog
+    const std::shared_ptr<SerialQueue> queue_; ///< for changes of the catalog
     HistoryListModel list_;
     HistoryDetailModel detail_;
     HistoryExportModel exports_;
@@ -138,12 +138,12 @@ class HistoryWindowModel final : public QObject {
     UsageModel usage_;
     Page page_ = Page::recording;
     QString query_;
-    std::optional<QString> draft_; ///< of the shown recording's note
+    std::optional<QString> draft_; ///< the unfinished note of the shown recording
     std::optional<UUID> current_;
     std::optional<UUID> wanted_; ///< to be chosen when it is listed
     int lastRow_ = 0;            ///< where the chosen recording was listed last
     QString message_;
-    std::optional<UUID> deleted_; ///< not listed any more, and still there
+    std::optional<UUID> deleted_; ///< no longer listed, but not yet deleted
     QTimer messageTimer_;
     NotificationCenter::Observation selection_;
     Observations observations_;

@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// The words of the chosen recording by lemma, the most frequent first. They are counted while the
-/// panel is open. Main thread; environment, detail and card outlive it.
+/// The words of the chosen recording by lemma, the most frequent first. They are counted only while
+/// the panel is open. Main thread; environment, detail and card must outlive it.
 class HistoryWordsModel final : public WordListModel {
     Q_OBJECT
     Q_PROPERTY(bool isOpen READ isOpen WRITE setOpen NOTIFY openChanged)
@@ -23,8 +23,8 @@ class HistoryWordsModel final : public WordListModel {
     bool isOpen() const { return isOpen_; }
     void setOpen(bool isOpen);
 
-    /// The next row of the transcript that contains the word, starting over at the end; -1 if none
-    /// does.
+    /// The next sentence of the transcript that contains the word, starting over at the end; -1 if
+    /// none does.
     Q_INVOKABLE int nextPlace(const QString& word);
 
     QStringList kinds() const override;
@@ -45,10 +45,10 @@ class HistoryWordsModel final : public WordListModel {
     const HistoryWindowEnvironment& environment_;
     HistoryDetailModel& detail_;
     const std::unordered_set<std::string> core_;
-    HistoryWordStatsService::Stats stats_; ///< null: they are being counted, or nobody asked
-    std::uint64_t token_ = 0;              ///< of the last counting, the only one that counts
+    HistoryWordStatsService::Stats stats_; ///< null: not counted yet
+    std::uint64_t token_ = 0;              ///< of the last count; earlier results are dropped
     bool isOpen_ = false;
-    QString placedWord_; ///< whose places are gone through
+    QString placedWord_; ///< the word of the last call of `nextPlace`
     std::size_t place_ = 0;
     const Lifeline<HistoryWordsModel> lifeline_{*this};
 };

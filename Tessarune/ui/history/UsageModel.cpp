@@ -27,7 +27,7 @@ QString usageValue(const UsagePeriod& period, int measure) {
 }
 
 QString usageDate(const UsagePeriod& period, std::string_view pattern) {
-    // Noon of its first day belongs to the same day after any change of the clocks.
+    // 12 hours after its start it is still the first day, even if the clocks change on it.
     constexpr double noon = 12 * 3600.0;
     return QString::fromStdString(
         DateText::formatted(period.start + noon, localized(pattern), localized("zh_Hans_CN")));
@@ -163,7 +163,8 @@ QString UsageModel::emptyText() const {
                             : QString::fromStdString(problem_);
 }
 
-/// The first period of a month in days and weeks, of a year in months, and the first of all.
+/// Whether the period is the first of a month (days and weeks) or of a year (months), or the first
+/// of all.
 bool UsageModel::beginsGroup(int row) const {
     if (row == 0)
         return true;

@@ -15,20 +15,20 @@
 
 namespace tessarune {
 
-/// The time that was listened to, by day, week or month in the computer's time zone, as a chart
-/// with one row per period. Read from the catalog while the page is open. Main thread, which does
-/// not wait for the disk; the environment outlives it.
+/// The listening time, the sessions and the words by day, week or month in the computer's time
+/// zone, as a chart with one row per period. Read from the catalog only while the page is open.
+/// Main thread; the disk is read on a queue. The environment must outlive it.
 class UsageModel final : public ListedRows<UsagePeriod> {
     Q_OBJECT
     Q_PROPERTY(int count READ count NOTIFY changed)
     Q_PROPERTY(bool isOpen READ isOpen WRITE setOpen NOTIFY openChanged)
-    /// The possible periods, and which one is shown.
+    /// The periods to choose from, and the index of the chosen one.
     Q_PROPERTY(QStringList periods READ periods CONSTANT)
     Q_PROPERTY(int period READ period WRITE setPeriod NOTIFY changed)
-    /// The possible measures, and which one is drawn.
+    /// The measures to choose from, and the index of the drawn one.
     Q_PROPERTY(QStringList measures READ measures CONSTANT)
     Q_PROPERTY(int measure READ measure WRITE setMeasure NOTIFY changed)
-    /// Of all time: the value of each measure, in order.
+    /// The total of each measure over all time, in the order of `measures`.
     Q_PROPERTY(QStringList totals READ totals NOTIFY changed)
     /// The value at the top of the chart.
     Q_PROPERTY(QString scale READ scale NOTIFY changed)
@@ -39,10 +39,10 @@ class UsageModel final : public ListedRows<UsagePeriod> {
   public:
     enum Role {
         FractionRole = Qt::UserRole, ///< of the scale, 0 to 1
-        LabelRole,                   ///< below the bar: the day, the month
-        GroupRole,                   ///< below that where a month or year begins; often empty
+        LabelRole,                   ///< below the bar: the day or the month
+        GroupRole,                   ///< below the label: a month or year that begins; often empty
         NameRole,                    ///< the period in words
-        ValueRole,                   ///< all of its figures in words
+        ValueRole,                   ///< all figures of the period in words
     };
 
     explicit UsageModel(const HistoryWindowEnvironment& environment);
@@ -84,7 +84,7 @@ class UsageModel final : public ListedRows<UsagePeriod> {
     UsagePeriodKind kind_ = UsagePeriodKind::day;
     int measure_ = 0;
     bool isOpen_ = false;
-    bool isDue_ = true; ///< the catalog was not read since it changed
+    bool isDue_ = true; ///< the catalog has not been read since it changed
     bool isReading_ = false;
     bool isRead_ = false;
     std::vector<NotificationCenter::Observation> observations_;

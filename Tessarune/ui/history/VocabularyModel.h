@@ -4,11 +4,11 @@
 
 namespace tessarune {
 
-/// All words that the user marked, the newest first, and how many of the most important words are
-/// known. Main thread; store and card outlive it.
+/// The words that the user marked, the newest first, or the core words still to learn; and the
+/// known share of the core words. Main thread; store and card must outlive it.
 class VocabularyModel final : public WordListModel {
     Q_OBJECT
-    /// The known share of the most important words, 0 to 1.
+    /// The known share of the core words, 0 to 1.
     Q_PROPERTY(double progress READ progress NOTIFY changed)
     Q_PROPERTY(QString progressText READ progressText NOTIFY changed)
     Q_PROPERTY(bool canRemove READ canRemove NOTIFY changed)
@@ -24,7 +24,7 @@ class VocabularyModel final : public WordListModel {
     QString progressText() const;
     bool canRemove() const;
 
-    /// Removes the word from the list that is shown.
+    /// Removes the word from the shown list of marked words.
     Q_INVOKABLE void remove(int row);
 
   protected:

@@ -12,7 +12,7 @@ namespace tessarune {
 
 namespace {
 
-// In the order of the lists of choices.
+// In the order of the lists of dictionaries and of sources.
 constexpr std::array<const char*, 7> dictionaryTitles{
     "有道英汉词典", "剑桥英汉词典", "剑桥英语词典", "牛津高阶英语词典",
     "柯林斯词典",   "朗文词典",     "韦氏词典"};
@@ -152,7 +152,7 @@ bool WordCardModel::isHeard() const {
     return canHear() && !word_.empty() && *environment_.pronunciation->activeKey() == soundKey();
 }
 
-/// A pronunciation that was fetched plays at once; if nothing plays by then, none was found.
+/// A fetched pronunciation plays at once. If nothing plays after a fetch, none was found.
 void WordCardModel::soundMoved() {
     const bool isDone = std::exchange(wasFetching_, isFetching()) && !wasFetching_;
     Q_EMIT soundChanged();

@@ -15,14 +15,14 @@ namespace tessarune {
 
 /// The word chosen in a list: its meanings, from the dictionary on this computer, and its actions.
 /// Only `lookUp` and `hear`, which the user asks for, use the network. Main thread; the environment
-/// outlives it.
+/// must outlive it.
 class WordCardModel final : public QObject {
     Q_OBJECT
     /// Empty if none is chosen.
     Q_PROPERTY(QString word READ word NOTIFY changed)
     Q_PROPERTY(bool isKnown READ isKnown WRITE setKnown NOTIFY marksChanged)
     Q_PROPERTY(bool isFavorite READ isFavorite WRITE setFavorite NOTIFY marksChanged)
-    /// Its senses, each with its part of speech.
+    /// The word's senses, each with its part of speech.
     Q_PROPERTY(QStringList senses READ senses NOTIFY changed)
     /// Shown in place of the meanings, or about the pronunciation; empty if not needed.
     Q_PROPERTY(QString hint READ hint NOTIFY hintChanged)
@@ -30,7 +30,7 @@ class WordCardModel final : public QObject {
     Q_PROPERTY(bool canHear READ canHear CONSTANT)
     Q_PROPERTY(bool isFetching READ isFetching NOTIFY soundChanged)
     Q_PROPERTY(bool isHeard READ isHeard NOTIFY soundChanged)
-    /// The dictionaries and sources of pronunciation.
+    /// The dictionaries and sources of pronunciation to choose from, and the indices of the chosen.
     Q_PROPERTY(QStringList dictionaries READ dictionaries CONSTANT)
     Q_PROPERTY(int dictionary READ dictionary WRITE setDictionary NOTIFY sourcesChanged)
     Q_PROPERTY(QStringList voices READ voices CONSTANT)
@@ -81,9 +81,9 @@ class WordCardModel final : public QObject {
     const std::function<void()> beforeSound_;
     std::string word_;
     std::vector<WordDefinition> definitions_;
-    bool isDefined_ = false; ///< the dictionary has answered
+    bool isDefined_ = false; ///< whether the dictionary has answered
     bool wasFetching_ = false;
-    bool isSilent_ = false; ///< nobody had its sound
+    bool isSilent_ = false; ///< whether no pronunciation was found
     Observations observations_;
     const Lifeline<WordCardModel> lifeline_{*this};
 };

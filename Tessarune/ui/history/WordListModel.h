@@ -16,20 +16,20 @@ namespace tessarune {
 /// A word of a list, and how the user marked it.
 struct ListedWord {
     std::string word;
-    std::string forms; ///< in which it was said, if there are others
-    int count = 0;     ///< how often; 0: that is not what the list is about
+    std::string forms; ///< its other forms in the recording; may be empty
+    int count = 0;     ///< how often it occurs; 0: the list does not count
     bool isKnown = false;
     bool isFavorite = false;
 
     bool operator==(const ListedWord&) const = default;
 };
 
-/// A list of words to learn, filtered by a search and a choice. Each word can be marked as known
-/// and as a favourite, and looked up on the card. Main thread; store and card outlive it.
+/// A list of words, filtered by a search and by a kind. Each word can be marked as known and as a
+/// favourite, and shown on the card. Main thread; store and card must outlive it.
 class WordListModel : public ListedRows<ListedWord> {
     Q_OBJECT
     Q_PROPERTY(int count READ count NOTIFY changed)
-    /// The choices, and which one is selected.
+    /// The kinds of words to choose from, and the index of the chosen one.
     Q_PROPERTY(QStringList kinds READ kinds CONSTANT)
     Q_PROPERTY(int kind READ kind WRITE setKind NOTIFY changed)
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY changed)
@@ -43,7 +43,7 @@ class WordListModel : public ListedRows<ListedWord> {
     enum Role {
         WordRole = Qt::UserRole,
         FormsRole,
-        CountRole, ///< as it is shown
+        CountRole, ///< as text; empty if the list does not count
         KnownRole,
         FavoriteRole
     };
@@ -62,7 +62,7 @@ class WordListModel : public ListedRows<ListedWord> {
     virtual QString emptyTitle() const = 0;
     virtual QString emptyText() const = 0;
 
-    /// Shows the word on the card, which closes for no row.
+    /// Shows the word on the card; closes the card if there is no such row.
     Q_INVOKABLE void choose(int row);
     Q_INVOKABLE void toggleKnown(int row);
     Q_INVOKABLE void toggleFavorite(int row);
@@ -71,7 +71,7 @@ class WordListModel : public ListedRows<ListedWord> {
     void changed();
 
   protected:
-    /// All words of this list, in order.
+    /// All words of the chosen kind, in order, before the search.
     virtual std::vector<ListedWord> words() const = 0;
     void update();
     bool isSearching() const { return !query_.trimmed().isEmpty(); }

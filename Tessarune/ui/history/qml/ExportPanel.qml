@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Tessarune
 import "qrc:/controls"
 
-// What of the recording is exported, and as what.
+// The choice of the format and the content of an export.
 Popover {
     id: root
 

@@ -2,14 +2,14 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// The chosen recording: what it is, what can be done with it, its note and its transcript.
+// The chosen recording: its title and duration, its actions, its note and its transcript.
 Item {
     id: root
 
     required property HistoryWindowModel model
     readonly property HistoryDetailModel detail: model.detail
     readonly property real margin: Math.round(Theme.body * 1.7)
-    // Beside the transcript, or in its place where there is no room for both.
+    // The panel is beside the transcript, or covers it if there is no room for both.
     readonly property bool showsWords: model.words.isOpen && !detail.isRunning
     readonly property real wordsWidth: width < Theme.body * 44 ? width : Math.round(Math.max(Theme.body * 22, Math.min(Theme.body * 28, width * 0.44)))
 
@@ -36,7 +36,7 @@ Item {
                 id: title
 
                 anchors { left: parent.left; right: tools.left; rightMargin: Theme.gap; verticalCenter: parent.verticalCenter }
-                // What is left out, the list beside it shows.
+                // A shorter form leaves out what the list on the left shows anyway.
                 readonly property var forms: [root.detail.title + "   " + root.detail.duration, root.detail.title, root.detail.title.slice(-5)]
                 text: forms.find(form => measure.advanceWidth(form) <= width) ?? forms[2]
                 wrapMode: Text.NoWrap

@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// One recording of the list: its note, or how it begins, and below it when it was and how long.
+// A recording in the list: its note, or the beginning of its transcript, above time and duration.
 Rectangle {
     id: root
 

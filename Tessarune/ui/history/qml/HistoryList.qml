@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Tessarune
 import "qrc:/controls"
 
-// The recordings, by day, to choose from.
+// The list of the recordings, grouped by day.
 FocusScope {
     id: root
 

@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Tessarune
 import "qrc:/controls"
 
-// The files that are on their way into the history, each with a way to give it up.
+// The files that are being imported, each with a button that cancels it.
 ListView {
     id: root
 

@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// What just happened, over the window for some seconds, with something to do about it or without.
+// A message about the last action, over the window for some seconds, with or without an action.
 Rectangle {
     id: root
 
@@ -29,7 +29,7 @@ Rectangle {
     Row {
         id: content
 
-        // The words stay while the bar fades.
+        // Keeps the text while the bar fades out.
         property string shown
         Binding on shown {
             when: root.text !== ""

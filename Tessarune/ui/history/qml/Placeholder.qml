@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// Stands where there is nothing, and says what to do.
+// Shown in place of an empty view: why it is empty, and what to do.
 Item {
     id: root
 

@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// Plays the recording: start and pause, place, speed, one sentence again and again.
+// Plays the recording: start and pause, the sentence before and after, position, repetition, speed.
 Item {
     id: root
 

@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// Which model transcribes the recording again.
+// The choice of the model that transcribes the recording again.
 Popover {
     id: root
 

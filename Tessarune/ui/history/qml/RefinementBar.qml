@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// How far the refinement of the recording is, or why it came to nothing.
+// The progress of the recording's refinement, or why it failed.
 Item {
     id: root
 

@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Tessarune
 import "qrc:/controls"
 
-// One of a few, side by side.
+// A choice of one of a few texts, side by side.
 Rectangle {
     id: root
 

@@ -1,11 +1,11 @@
 import QtQuick
 import Tessarune
 
-// A text whose parts can be selected with the pointer and copied.
+// A text of which parts can be selected with the pointer and copied.
 TextEdit {
     id: root
 
-    // Clicked, not dragged over.
+    // A click that selects nothing, at this character.
     signal pressedAt(int character)
 
     readOnly: true

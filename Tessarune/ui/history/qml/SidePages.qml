@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Tessarune
 import "qrc:/controls"
 
-// The pages beside the recordings.
+// The buttons of the pages for vocabulary and usage.
 Row {
     id: root
 

@@ -3,8 +3,9 @@ import QtQuick.Templates as T
 import Tessarune
 import "qrc:/controls"
 
-// The rows of a transcript. Up and down go from row to row, return plays the row, R repeats it, Alt
-// with left and right goes from sentence to sentence, plus and minus change the speed.
+// The rows of a transcript. Up and down go from row to row, Return plays the row, Space or K starts
+// and pauses, left and right or J and L skip some seconds, Alt with left and right goes from
+// sentence to sentence, R repeats the sentence, plus and minus change the speed.
 FocusScope {
     id: root
 
@@ -74,12 +75,12 @@ FocusScope {
             event.accepted = true;
         }
 
-        // What is being said is in sight, unless one reads further up.
+        // While a session runs, keeps the newest row visible unless the user has scrolled up.
         onCountChanged: if (root.detail.isRunning && wasAtEnd) Qt.callLater(positionViewAtEnd)
         onContentYChanged: wasAtEnd = atYEnd
         property bool wasAtEnd: true
 
-        // What is heard is in sight.
+        // Keeps the playing row visible.
         readonly property int activeRow: root.playback.activeRow
         onActiveRowChanged: if (activeRow >= 0 && root.playback.isPlaying) positionViewAtIndex(activeRow, ListView.Contain)
 

@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Tessarune
 import "qrc:/controls"
 
-// A bar for each period, the latest at the right. The arrow keys go from one to the next.
+// A bar for each period, the latest on the right. The arrow keys move from bar to bar.
 FocusScope {
     id: root
 
@@ -13,7 +13,7 @@ FocusScope {
     readonly property real labels: Math.round(Theme.body * 3.4)
     readonly property real axis: Math.round(Theme.body * 4.6)
 
-    // What the bar that is pointed at, or chosen, stands for.
+    // The period and the figures of the chosen bar.
     Label {
         id: caption
 

@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Tessarune
 import "qrc:/controls"
 
-// A figure with what it counts.
+// A button with a figure and its title.
 T.AbstractButton {
     id: root
 

@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// What was listened to: all of it in three figures, and period by period as a chart.
+// The usage: the totals as three figures, and one of the measures as a chart by period.
 FocusScope {
     id: root
 
@@ -45,7 +45,7 @@ FocusScope {
             spacing: Math.round(Theme.body * 0.8)
             visible: root.usage.count > 0
 
-            // One of the figures; chosen, it is what the chart draws.
+            // The chart draws the measure whose figure is chosen.
             Repeater {
                 model: root.usage.measures
 

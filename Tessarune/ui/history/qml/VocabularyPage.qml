@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// The words that the user marked, and where words are looked up and heard.
+// The words that the user marked, and the choice of the dictionary and the source of pronunciation.
 FocusScope {
     id: root
 

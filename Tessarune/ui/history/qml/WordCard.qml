@@ -2,13 +2,13 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// One word: what it means, its marks, its page in a dictionary, its sound.
+// A word with its meanings, its marks, its page in a dictionary and its pronunciation.
 Rectangle {
     id: root
 
     required property WordCardModel card
     required property var texts
-    // Its next place in the transcript can be shown.
+    // Whether the word's next place in the transcript can be shown.
     property bool hasPlaces: false
     signal closed
     signal placeWanted

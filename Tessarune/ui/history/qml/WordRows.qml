@@ -3,8 +3,9 @@ import QtQuick.Templates as T
 import Tessarune
 import "qrc:/controls"
 
-// Words to choose from, to search and to mark; below them the card of the one that is chosen. In the
-// list, K and F mark the word, and the delete key takes it off a list that allows that.
+// A list of words that can be searched and marked, above the card of the chosen word. In the list,
+// K marks a word as known, F marks it as a favourite, and Delete removes it from a list that allows
+// that.
 FocusScope {
     id: root
 
@@ -66,7 +67,7 @@ FocusScope {
         currentIndex: -1
         Accessible.role: Accessible.List
         Accessible.name: root.texts.wordList
-        // The card shows the marked word, whatever else the list shows by now.
+        // The card always shows the current word of the list.
         onCurrentIndexChanged: root.words.choose(currentIndex)
         readonly property string filter: root.words.kind + " " + root.words.query
         onFilterChanged: {
