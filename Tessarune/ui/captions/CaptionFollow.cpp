@@ -50,7 +50,8 @@ void CaptionFollow::followWindow(QQuickWindow* window) {
     connect(window, &QQuickWindow::screenChanged, this, &CaptionFollow::screenChanged, once);
 }
 
-/// Asks for a drawing, which proves that the window is alive. An invisible window draws nothing.
+/// Reports the frame to the driver and asks for a drawing, which proves that the window is alive.
+/// An invisible window draws nothing.
 void CaptionFollow::framePublished() {
     contentIsDue_ = true;
     if (!list_ || !list_->window() || !list_->window()->isExposed())

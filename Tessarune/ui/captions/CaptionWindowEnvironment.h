@@ -37,7 +37,7 @@ struct CaptionWindowEnvironment {
     Host& host;
     AppSettings& settings;
     const SessionView& session;
-    /// The name of a source that is not one of the computer's; empty otherwise.
+    /// The name of the file that is heard in place of the computer; empty if there is none.
     const Published<std::string>& soundName;
     /// A message of the program itself, until the user dismisses it; empty if there is none.
     const Published<std::string>& notice;

@@ -31,9 +31,9 @@ constexpr std::pair<std::int64_t, Qt::KeyboardModifier> modifierKeys[] = {
     {0x100000, Qt::ControlModifier}};
 
 std::optional<Qt::Key> keyOf(std::int64_t code) {
-    const auto at = static_cast<std::size_t>(code);
-    if (code >= 0 && at < signsFromZero.size() && signsFromZero[at] != '~')
-        return static_cast<Qt::Key>(signsFromZero[at]);
+    const auto position = static_cast<std::size_t>(code);
+    if (code >= 0 && position < signsFromZero.size() && signsFromZero[position] != '~')
+        return static_cast<Qt::Key>(signsFromZero[position]);
     for (const auto& [candidate, key] : otherKeys) {
         if (candidate == code)
             return key;

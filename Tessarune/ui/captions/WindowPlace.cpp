@@ -44,14 +44,14 @@ WindowPlace::WindowPlace(QWindow& window, UserDefaults& store, std::string name)
         restore();
         fetchBack();
     });
-    const auto otherScreens = [this] { screensChanged(); };
-    QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &rearranged_, otherScreens);
-    QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, &rearranged_, otherScreens);
-    const auto changes = [this] { moved(); };
-    QObject::connect(&window, &QWindow::xChanged, &settled_, changes);
-    QObject::connect(&window, &QWindow::yChanged, &settled_, changes);
-    QObject::connect(&window, &QWindow::widthChanged, &settled_, changes);
-    QObject::connect(&window, &QWindow::heightChanged, &settled_, changes);
+    const auto onScreensChanged = [this] { screensChanged(); };
+    QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &rearranged_, onScreensChanged);
+    QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, &rearranged_, onScreensChanged);
+    const auto onMoved = [this] { moved(); };
+    QObject::connect(&window, &QWindow::xChanged, &settled_, onMoved);
+    QObject::connect(&window, &QWindow::yChanged, &settled_, onMoved);
+    QObject::connect(&window, &QWindow::widthChanged, &settled_, onMoved);
+    QObject::connect(&window, &QWindow::heightChanged, &settled_, onMoved);
     QObject::connect(&window, &QWindow::visibilityChanged, &settled_,
                      [this](QWindow::Visibility now) {
                          if (now == QWindow::Hidden)

@@ -12,7 +12,8 @@
 namespace tessarune {
 
 /// Takes the data folder, unless this program holds it already: only its holder may change
-/// recordings and runs. Returns why that failed, for the user; empty on success. Main thread.
+/// recordings and diagnostics runs. Returns why that failed, for the user; empty on success. Main
+/// thread.
 std::string problemOfChange(Application& application);
 
 /// Creates the history window. All references must outlive it. Main thread.

@@ -128,7 +128,7 @@ Task<void> DesktopListening::fulfilWish() {
     if (wish.file) {
         if (!environment_.sound.isFile())
             computerSource_ = *store().view().selectedSource;
-        store().selectSource(AudioSource::systemAudio()); // a file replaces it
+        store().selectSource(AudioSource::systemAudio()); // which a file replaces
         environment_.session.setForgetsPermissions(true);
         environment_.sound.playFile(*wish.file);
         hasSound_ = false;

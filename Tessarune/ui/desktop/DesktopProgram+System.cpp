@@ -58,15 +58,15 @@ void DesktopProgram::watchSystem() {
 void DesktopProgram::watchRecordings() {
     try {
         application_.files.createDirectories(application_.paths.appSupportBase());
-        const auto tell = [this] {
+        const auto announce = [this] {
             application_.notifications.post(NotificationName::recordingCatalogDidChange);
         };
-        recordingsWatch_.emplace(application_.paths.recordingIndex(), host_, [this, tell] {
-            tell();
+        recordingsWatch_.emplace(application_.paths.recordingIndex(), host_, [this, announce] {
+            announce();
             // The texts of a session are written shortly after its entry.
             constexpr double textsSeconds = 2;
             recordingsLook_.cancel();
-            recordingsLook_ = host_.after(textsSeconds, tell);
+            recordingsLook_ = host_.after(textsSeconds, announce);
         });
     } catch (const std::exception& error) {
         application_.logger.important("recordings.watch.failed",

@@ -50,7 +50,7 @@ void DesktopProgram::offerWindows() {
 
 CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
     using Kind = DesktopWindows::Kind;
-    const auto opens = [this](Kind kind) -> std::function<void()> {
+    const auto opener = [this](Kind kind) -> std::function<void()> {
         if (!windows_.has(kind))
             return {};
         return [this, kind] { windows_.show(kind); };
@@ -73,7 +73,7 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
              .close = [this] { closeWindow(); },
              .toggleWindow = [this] { toggleWindow(); },
              .quit = [this] { quit(); },
-             .showHistory = opens(Kind::history),
+             .showHistory = opener(Kind::history),
              .showSettings =
                  [this](const std::string& pane) { windows_.show(Kind::settings, pane); }},
         .secondsBehind = [this] { return secondsBehind(store().liveTranscriber()); },
@@ -112,7 +112,7 @@ void DesktopProgram::makeTray() {
     if (tray_ || isEnding_)
         return;
     using Kind = DesktopWindows::Kind;
-    const auto opens = [this](Kind kind, std::string section) -> std::function<void()> {
+    const auto opener = [this](Kind kind, std::string section) -> std::function<void()> {
         if (!windows_.has(kind))
             return {};
         return [this, kind, section] { windows_.show(kind, section); };
@@ -124,9 +124,9 @@ void DesktopProgram::makeTray() {
             .toggleWindow = [this] { toggleWindow(); },
             .isWindowVisible = [this] { return window_->window().isVisible(); },
             .copyCaptions = [this] { window_->commands().copy(true); },
-            .showHistory = opens(Kind::history, {}),
-            .showSettings = opens(Kind::settings, {}),
-            .showAbout = opens(Kind::settings, "about"),
+            .showHistory = opener(Kind::history, {}),
+            .showSettings = opener(Kind::settings, {}),
+            .showAbout = opener(Kind::settings, "about"),
             .quit = [this] { quit(); }});
     QObject::connect(&window_->window(), &QWindow::visibleChanged, &window_->window(), [this] {
         if (tray_)

@@ -88,22 +88,22 @@ int DesktopProgram::run() {
 
 /// If nothing can be recorded, captions still work and the user is told why.
 void DesktopProgram::prepare() {
-    const Application::Preparation found = application_.prepareToRecord();
-    if (found.obstacle.holder)
+    const Application::Preparation preparation = application_.prepareToRecord();
+    if (preparation.obstacle.holder)
         application_.prepare();
     const auto tellObstacle = [this](const RecordingGate::Obstacle& obstacle) {
         notices_.tell(DesktopNotices::Topic::recording, obstacleText(obstacle));
     };
     application_.recording.onDecision = tellObstacle;
-    tellObstacle(found.obstacle);
+    tellObstacle(preparation.obstacle);
     observations_.followChanges(
         application_.settings.recordWhileCaptioning.published(),
         [this](bool) { notices_.tell(DesktopNotices::Topic::recording, ""); });
-    notices_.tell(found.rebuiltIndexText());
-    if (const auto count = found.repairs.recoveredSessions.size(); count > 0)
+    notices_.tell(preparation.rebuiltIndexText());
+    if (const auto count = preparation.repairs.recoveredSessions.size(); count > 0)
         notices_.tell(
             localized("已恢复 %lld 次中断的会话，可在历史记录中查看。", {std::to_string(count)}));
-    finishImports(found.repairs.untranscribedImports);
+    finishImports(preparation.repairs.untranscribedImports);
 }
 
 /// The interrupted imports wait for a later start if there is no recogniser, or if this program may

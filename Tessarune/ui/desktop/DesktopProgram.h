@@ -71,7 +71,7 @@ class DesktopProgram {
     void offerWindows();
     CaptionWindowEnvironment windowEnvironment();
     void recordFollow(const std::string& event, const LogFields& fields, bool important);
-    /// The caption window, or the welcome page on the first start.
+    /// Shows the caption window, or the welcome page on the first start.
     void showFirst();
     void makeTray();
     void perform(DesktopAction action);

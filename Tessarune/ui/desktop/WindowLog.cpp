@@ -33,14 +33,14 @@ void WindowLog::focusChanged(QWindow* window) {
     if (!known_.contains(window)) {
         known_.insert(window);
         logWindow("INITIAL WINDOW", *window);
-        auto* const settled = new QTimer(window);
-        settled->setSingleShot(true);
-        settled->setInterval(settledMS);
-        connect(settled, &QTimer::timeout, window,
+        auto* const settleTimer = new QTimer(window);
+        settleTimer->setSingleShot(true);
+        settleTimer->setInterval(settledMS);
+        connect(settleTimer, &QTimer::timeout, window,
                 [window] { logWindow("WINDOW RESIZED", *window); });
-        const auto resized = [settled] { settled->start(); };
-        connect(window, &QWindow::widthChanged, settled, resized);
-        connect(window, &QWindow::heightChanged, settled, resized);
+        const auto resized = [settleTimer] { settleTimer->start(); };
+        connect(window, &QWindow::widthChanged, settleTimer, resized);
+        connect(window, &QWindow::heightChanged, settleTimer, resized);
         connect(window, &QObject::destroyed, this, [this, window] { known_.remove(window); });
     }
     logWindow("WINDOW KEY", *window);

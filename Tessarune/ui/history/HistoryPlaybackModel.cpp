@@ -98,8 +98,8 @@ QString HistoryPlaybackModel::problem() const {
 
 /// The sound may end a little after the duration that the file states.
 double HistoryPlaybackModel::position() const {
-    const double place = player() ? *player()->currentTime : 0;
-    return duration() > 0 ? std::min(place, duration()) : place;
+    const double seconds = player() ? *player()->currentTime : 0;
+    return duration() > 0 ? std::min(seconds, duration()) : seconds;
 }
 
 QString HistoryPlaybackModel::positionText() const {
@@ -125,7 +125,7 @@ QStringList HistoryPlaybackModel::rates() const {
 int HistoryPlaybackModel::rateIndex() const {
     const double rate = player() ? *player()->rate : 1;
     const auto* const nearest = std::ranges::min_element(
-        playbackRates, {}, [rate](double each) { return std::abs(each - rate); });
+        playbackRates, {}, [rate](double candidate) { return std::abs(candidate - rate); });
     return static_cast<int>(nearest - std::begin(playbackRates));
 }
 

@@ -52,12 +52,12 @@ bool HistoryRefinementModel::canRefine() const {
 }
 
 QString HistoryRefinementModel::stateText() const {
-    const auto now = job();
-    if (!now)
+    const auto current = job();
+    if (!current)
         return {};
-    if (now->isPaused)
+    if (current->isPaused)
         return historyText("正在录音，录完再精修。");
-    switch (now->step) {
+    switch (current->step) {
     case RefinementStep::waiting:
         return historyText("等待精修");
     case RefinementStep::transcribing:
@@ -69,8 +69,10 @@ QString HistoryRefinementModel::stateText() const {
 }
 
 double HistoryRefinementModel::progress() const {
-    const auto now = job();
-    return now && !now->isPaused && now->step != RefinementStep::waiting ? now->fraction : -1;
+    const auto current = job();
+    return current && !current->isPaused && current->step != RefinementStep::waiting
+               ? current->fraction
+               : -1;
 }
 
 QString HistoryRefinementModel::problem() const {

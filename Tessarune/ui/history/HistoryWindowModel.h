@@ -43,7 +43,7 @@ class HistoryWindowModel final : public QObject {
     Q_PROPERTY(tessarune::VocabularyModel* vocabulary READ vocabulary CONSTANT)
     Q_PROPERTY(tessarune::WordCardModel* card READ card CONSTANT)
     Q_PROPERTY(tessarune::UsageModel* usage READ usage CONSTANT)
-    /// Whether this is shown beside the list in place of the chosen recording.
+    /// Whether this page is shown beside the list in place of the chosen recording.
     Q_PROPERTY(bool showsVocabulary READ showsVocabulary NOTIFY pageChanged)
     Q_PROPERTY(bool showsUsage READ showsUsage NOTIFY pageChanged)
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)

@@ -24,9 +24,9 @@ void registerSettingsTypes() {
         useSettingsFiles();
         registerControls();
         CaptionWindow::registerTypes();
-        const auto add = [](auto* none, const char* name) {
-            qmlRegisterUncreatableType<std::remove_pointer_t<decltype(none)>>("Tessarune", 1, 0,
-                                                                              name, {});
+        const auto add = [](auto* typeTag, const char* name) {
+            qmlRegisterUncreatableType<std::remove_pointer_t<decltype(typeTag)>>("Tessarune", 1, 0,
+                                                                                 name, {});
         };
         add(static_cast<AboutModel*>(nullptr), "AboutModel");
         add(static_cast<CaptionPreview*>(nullptr), "CaptionPreview");
