@@ -40,9 +40,9 @@ class UsageModel final : public ListedRows<UsagePeriod> {
     enum Role {
         FractionRole = Qt::UserRole, ///< of the scale, 0 to 1
         LabelRole,                   ///< below the bar: the day or the month
-        GroupRole, ///< below the label: the month or year at its start; else empty
-        NameRole,  ///< the period in words
-        ValueRole, ///< all figures of the period in words
+        GroupRole,                   ///< below the label, where a month or year begins; else empty
+        NameRole,                    ///< the period in words
+        ValueRole,                   ///< all figures of the period in words
     };
 
     explicit UsageModel(const HistoryWindowEnvironment& environment);
