@@ -201,7 +201,7 @@ std::vector<UUID> CaptionCore::sealLiveIntoHistory(double t) {
     std::vector<UUID> added;
     for (std::size_t i = skip; i < rows.size(); ++i) {
         added.push_back(rows[i].id);
-        committedSegments.mutate([&](Rows& committed) { committed.push_back(std::move(rows[i])); });
+        committedSegments.mutate([&](Rows& committed) { append(committed, rows[i]); });
     }
     tracker_ = UtteranceTracker();
     currentPartial = freshPartial(t);

@@ -66,8 +66,9 @@ void VocabularyStore::load() {
     try {
         if (files_.exists(fileURL_)) {
             const JSON::Value stored = JSON::parse(files_.read(fileURL_));
-            fileIsUnreadable_ = !readWords(stored, "masteredWords", mastered) ||
-                                !readWords(stored, "favoriteWords", favorites);
+            const bool hasMastered = readWords(stored, "masteredWords", mastered);
+            const bool hasFavorites = readWords(stored, "favoriteWords", favorites);
+            fileIsUnreadable_ = !hasMastered || !hasFavorites;
         } else if (files_.exists(legacyFavoritesURL_)) {
             isLegacy = readWords(JSON::parse(files_.read(legacyFavoritesURL_)), "words", favorites);
         }

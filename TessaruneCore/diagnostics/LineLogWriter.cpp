@@ -61,8 +61,10 @@ void LineLogWriter::write(const Encode& encode) {
     if (file_ < 0)
         return;
     std::optional<std::string> line = encode();
-    if (!line)
+    if (!line) {
+        hasLostLines_ = true;
         return;
+    }
     *line += '\n';
     if (endsInsideALine_)
         line->insert(line->begin(), '\n');

@@ -132,8 +132,10 @@ Output runMarked(const std::vector<ASREventRecord>& records, const EngineCapabil
             core.ingest(*event);
         }
         if (mark == CaptionMark::ended)
-            break;
+            return outputOf(core, t0);
     }
+    // The session crashed, or its log was cut: its last guess is shown, too.
+    host.runUntilIdle();
     return outputOf(core, t0);
 }
 

@@ -65,6 +65,8 @@ TEST(VocabularyTests, ADamagedFileIsKeptAsideAndAFailedSaveLosesNothingInMemory)
         EXPECT_EQ(*VocabularyStore(disk, vocabularyPaths).favoriteWords(), Words{"word"});
     }
     simulation::FaultyFileSystem disk;
+    disk.setContents(vocabularyFile, R"({"favoriteWords": ["kept"]})");
+    EXPECT_EQ(*VocabularyStore(disk, vocabularyPaths).favoriteWords(), Words{"kept"});
     std::string logged;
     TessaruneLog::setSink([&](auto, auto, const std::string& text) { logged = text; });
     VocabularyStore store(disk, vocabularyPaths);
