@@ -13,20 +13,21 @@ namespace tessarune {
 struct AnalyzerEngineSnapshot {
     std::int64_t generation = 0;
     double audioEpoch = 0;      ///< wall clock of audio time 0; 0 before the first sound
-    double latestAudioTime = 0; ///< seconds of sound fed
+    double latestAudioTime = 0; ///< seconds of sound fed so far
     double segmentStart = 0;    ///< wall clock at which the running utterance began
     std::int64_t revision = 0;  ///< partials in the running utterance
     std::vector<std::string> requestedSpeechOptions;
-    AudioTimeline timeline; ///< what was lost of the sound
+    AudioTimeline timeline; ///< the gaps in the sound
 
-    double onTheClock(double audioTime) const {
+    /// The wall time of an audio time; valid after the first sound.
+    double wallTimeOf(double audioTime) const {
         return audioEpoch + audioTime + timeline.lostBefore(audioTime);
     }
-    /// `nullopt` before the first sound.
+    /// `nullopt` without an audio time, and before the first sound.
     std::optional<double> wallTime(std::optional<double> audioTime) const {
         if (!audioTime || !(audioEpoch > 0))
             return std::nullopt;
-        return onTheClock(*audioTime);
+        return wallTimeOf(*audioTime);
     }
 };
 

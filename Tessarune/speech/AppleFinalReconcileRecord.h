@@ -10,10 +10,10 @@
 
 namespace tessarune {
 
-/// One result of the recogniser as input of the reconciliation. Audio times are seconds of the
+/// One result of the recogniser, as input to the reconciliation. Audio times are seconds of the
 /// sound fed in the session.
 struct AppleFinalReconcileCandidate {
-    std::int64_t sequence = 0; ///< running number of the result in the session
+    std::int64_t sequence = 0; ///< number of the result in the session
     double receivedAt = 0;     ///< seconds since 1970
     bool isFinal = false;
     std::string text;
@@ -28,7 +28,7 @@ struct AppleFinalReconcileCandidate {
     std::optional<double> avgConfidence;
     std::optional<double> audioStartSeconds;
     std::optional<double> audioEndSeconds;
-    double latestAudioTimeSeconds = 0; ///< how much sound had been fed at receipt
+    double latestAudioTimeSeconds = 0; ///< sound fed before the result arrived
     std::vector<std::string> requestedSpeechOptions;
 
     /// Sets the text and everything derived from it.
@@ -37,7 +37,7 @@ struct AppleFinalReconcileCandidate {
     bool operator==(const AppleFinalReconcileCandidate&) const = default;
 };
 
-/// Why a final entered the transcript in its form: one per final, for the session's diagnostics.
+/// Explains what became of a final in the transcript; one per final, for the session's diagnostics.
 struct AppleFinalReconcileDecisionRecord {
     enum class Decision { useFinal, useLastPartial, dropSuppressedFinal };
 
@@ -57,7 +57,9 @@ struct AppleFinalReconcileDecisionRecord {
     std::optional<double> finalToLastPartialWordRatio;
     bool alternativeTranscriptionsRequested = false;
     bool shouldKeepFinalWordTimings = false;
-    std::optional<double> suppressedFinalsUntilAudioTime; ///< the mark after this decision
+    /// With `useLastPartial` the new mark, with `dropSuppressedFinal` the mark at the decision;
+    /// absent with `useFinal`.
+    std::optional<double> suppressedFinalsUntilAudioTime;
 
     bool operator==(const AppleFinalReconcileDecisionRecord&) const = default;
 };
@@ -73,7 +75,7 @@ struct AppleFinalReconcileOutcome {
     std::string text; ///< the text for the transcript; empty if there is none
     std::optional<double> selectedAudioStartSeconds;
     std::optional<double> selectedAudioEndSeconds;
-    bool shouldKeepFinalWordTimings = false; ///< whether the final's words belong to `text`
+    bool shouldKeepFinalWordTimings = false; ///< whether the final's word times fit `text`
     AppleFinalReconcileDecisionRecord record;
 };
 

@@ -122,7 +122,7 @@ Comparison compare(const Candidate& final, const Candidate& partial) {
         return condition;
     };
 
-    const bool empty = holds(!final.text.empty() && useful == 0, "finalPunctuationOnly");
+    const bool punctuationOnly = holds(!final.text.empty() && useful == 0, "finalPunctuationOnly");
     const bool garbled =
         holds(final.wordCount < 3 && useful < 5 && punctuationRatio(final.text) >= 0.55,
               "finalLooksGarbled");
@@ -139,7 +139,7 @@ Comparison compare(const Candidate& final, const Candidate& partial) {
 
     const bool partialUsable = usefulScalarCount(partial.text) >= 6 && partial.wordCount >= 2;
     result.prefersLastPartial =
-        partialUsable && (empty || garbled || (collapsed && low) ||
+        partialUsable && (punctuationOnly || garbled || (collapsed && low) ||
                           (collapsed && alternatives && final.wordCount < 4) ||
                           (extremelyLow && (junkStart || punctuationRun || repeated)) ||
                           (extremelyLow && dissimilar) ||
@@ -218,8 +218,7 @@ bool hasRepeatedOpeningToken(std::string_view text) {
 
 std::size_t levenshteinDistance(const std::vector<std::string_view>& a,
                                 const std::vector<std::string_view>& b) {
-    // Equivalent characters must have equal bytes before the table: comparing them there would
-    // repeat the work hundreds of times.
+    // Canonical forms let the loops compare bytes: each character is compared hundreds of times.
     const auto canonical = [](const std::vector<std::string_view>& characters) {
         std::vector<std::string> result;
         result.reserve(characters.size());

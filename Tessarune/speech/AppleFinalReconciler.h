@@ -10,10 +10,11 @@
 
 /// Decides between a final result of the recogniser and the last partial before it.
 ///
-/// A final is usually better than the partials that it replaces. Sometimes it collapses to a few
-/// words or turns to junk; then the text that the user has been reading stays. If that text covers
-/// more sound than the final did, a mark (an audio time) makes the next decisions drop the finals
-/// that are still to come for that sound. The caller keeps the mark between calls.
+/// A final is usually better than the partials that it replaces. If it collapses to a few words or
+/// to junk, the last partial, which the user has been reading, replaces it. If that partial covers
+/// more sound than the final, the decision also sets a mark: the audio time up to which the next
+/// finals are dropped, because the partial already contains their words. The caller keeps the mark
+/// between calls.
 ///
 /// Pure functions, safe from any thread. None can fail.
 namespace tessarune::AppleFinalReconciler {
@@ -24,24 +25,24 @@ AppleFinalReconcileOutcome reconcile(const AppleFinalReconcileCandidate& final,
 
 /// The text in lower case, reduced to letters, marks, digits and single blanks.
 std::string normalized(std::string_view text);
-/// How many code points are letters, marks or digits.
+/// The number of code points that are letters, marks or digits.
 std::size_t usefulScalarCount(std::string_view text);
 /// Whether the text has more than white space, but no letter, mark or digit.
 bool isPunctuationOnly(std::string_view text);
 /// The share of code points other than letters, marks and digits among those that are not white
 /// space; 0 if there are none.
 double punctuationRatio(std::string_view text);
-/// Whether two code points in a row are neither white space nor letters, marks or digits.
+/// Whether two adjacent code points are neither white space nor letters, marks or digits.
 bool hasLongPunctuationRun(std::string_view text);
 /// Whether the first three words of the normalized text are the same.
 bool hasRepeatedOpeningToken(std::string_view text);
 /// Edit distance in characters.
 std::size_t levenshteinDistance(const std::vector<std::string_view>& a,
                                 const std::vector<std::string_view>& b);
-/// 1 for the same text, 0 for nothing in common, over the first 240 characters of the normalized
-/// texts.
+/// Compares the first 240 characters of the normalized texts: 1 if they are the same, 0 if they
+/// have nothing in common.
 double normalizedSimilarity(std::string_view a, std::string_view b);
-/// The first `limit` characters and the number of characters cut off.
+/// The first `limit` characters, followed by the number of characters cut off, if any.
 std::string truncated(std::string_view text, std::size_t limit);
 
 using tessarune::fnv1a64Hex;

@@ -173,7 +173,7 @@ TimingInfo timingInfo(const std::vector<SpeechRun>& runs, const AnalyzerEngineSn
                               : std::pair(start, end);
         if (const auto word = Text::trimmed(run.text); !word.empty())
             words.push_back(
-                {std::string(word), snapshot.onTheClock(start), snapshot.onTheClock(end)});
+                {std::string(word), snapshot.wallTimeOf(start), snapshot.wallTimeOf(end)});
     }
     if (!words.empty())
         info.words = std::move(words);

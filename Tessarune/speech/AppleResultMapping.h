@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-/// From the recogniser's results to the program's own values. Pure functions, safe from any thread.
+/// Converts the recogniser's results to the program's own values. Pure functions, any thread.
 namespace tessarune::AppleResultMapping {
 
 struct RunTiming {
@@ -43,16 +43,16 @@ std::vector<RunTiming> runTimings(const std::vector<SpeechRun>& runs);
 RunAggregate aggregate(const std::vector<RunTiming>& runs);
 TimingInfo timingInfo(const std::vector<SpeechRun>& runs, const AnalyzerEngineSnapshot& snapshot);
 
-/// `text` is the result's, trimmed.
+/// `text` is the result's text, trimmed.
 AppleFinalReconcileCandidate candidate(const SpeechResult& result, std::string text,
                                        std::int64_t sequence, double receivedAt,
                                        const AnalyzerEngineSnapshot& snapshot);
 
-/// The origin of a record, beside the result itself.
+/// The data for a record that the result does not contain.
 struct RecordContext {
     std::string localeIdentifier;
-    AnalyzerEngineSnapshot snapshot; ///< before the result was processed
-    bool hasPendingPartial = false;  ///< a partial was waiting to be sent
+    AnalyzerEngineSnapshot snapshot; ///< before the result is processed
+    bool hasPendingPartial = false;  ///< a partial is waiting to be sent
     double partialCoalesceWindowSeconds = 0;
     double analyzerInputChunkSeconds = 0;
 };

@@ -6,7 +6,8 @@ namespace tessarune {
 
 using Record = AppleSpeechAnalyzerRawResultRecord;
 
-// Found by the JSON library through the namespace of their argument, hence not anonymous.
+// The JSON library finds these functions by argument-dependent lookup, which ignores anonymous
+// namespaces.
 
 static void to_json(nlohmann::ordered_json& json, const Record::MirrorChild& child) {
     json = JSON::Object()

@@ -9,10 +9,10 @@
 
 namespace tessarune {
 
-/// One complete result of the recogniser, for diagnostics of the recogniser itself. Large: built on
-/// request only.
+/// One complete result of the recogniser, for diagnostics of the recogniser itself. Large, so built
+/// on request only.
 struct AppleSpeechAnalyzerRawResultRecord {
-    /// An unchanged field of the result.
+    /// One field of the result, as text.
     struct MirrorChild {
         std::string label;
         std::string type;
@@ -35,7 +35,7 @@ struct AppleSpeechAnalyzerRawResultRecord {
         std::optional<double> audioStartSeconds;
         std::optional<double> audioEndSeconds;
         std::optional<double> audioDurationSeconds;
-        /// The same times as fractions: value over scale, in whole milliseconds.
+        /// The same times in whole milliseconds: the value, divided by the scale, is in seconds.
         std::optional<std::int64_t> audioStartCMTimeValue;
         std::optional<std::int64_t> audioStartCMTimeScale;
         std::optional<std::int64_t> audioEndCMTimeValue;

@@ -8,7 +8,7 @@
 
 namespace tessarune {
 
-/// One result of the live recogniser in short, for the diagnostics of long sessions.
+/// A short record of one result of the live recogniser, for the diagnostics of long sessions.
 struct AppleSpeechAnalyzerSummaryRecord : SpeechResultSummary {
     std::int64_t schemaVersion = 1;
     std::string kind = "appleSpeechAnalyzerSummary";

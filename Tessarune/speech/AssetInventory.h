@@ -11,36 +11,36 @@
 
 namespace tessarune {
 
-/// Bytes received and bytes expected in all (0 if unknown).
+/// The progress of a download, in bytes.
 struct AssetProgress {
     std::uint64_t received = 0;
-    std::uint64_t expected = 0;
+    std::uint64_t expected = 0; ///< the total; 0 if unknown
 };
 
-/// The locale has no model and will have none: a retry is pointless.
+/// No speech model serves the locale; a retry is pointless.
 struct UnsupportedSpeechLocale : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// A missing installation.
+/// A model that must be installed.
 class AssetInstallationRequest {
   public:
     virtual ~AssetInstallationRequest() = default;
 
-    /// Downloads and verifies what is missing, and puts it into the model store. Throws with a text
-    /// that can be shown, also when `stop` ends it early; the bytes received by then are kept for
+    /// Downloads the model, verifies it and puts it into the model store. Throws an exception with
+    /// a text for the user, also if `stop` ends the download early; the received bytes are kept for
     /// the next attempt. `progress`, which may be empty, is called on the main queue.
     virtual Task<void> downloadAndInstall(std::function<void(AssetProgress)> progress,
                                           std::stop_token stop) = 0;
 };
 
-/// Seam: which speech models are on this computer. Main queue.
+/// Interface: the speech models on this computer. Main queue.
 class AssetInventory {
   public:
     virtual ~AssetInventory() = default;
 
-    /// Null if the model for this locale is installed. Throws UnsupportedSpeechLocale if the locale
-    /// has none.
+    /// Returns null if the model for this locale is installed. Throws UnsupportedSpeechLocale if no
+    /// model serves the locale.
     virtual Task<std::shared_ptr<AssetInstallationRequest>>
     assetInstallationRequest(std::string localeIdentifier) = 0;
 };

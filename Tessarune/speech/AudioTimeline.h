@@ -4,9 +4,9 @@
 
 namespace tessarune {
 
-/// Corrects the recogniser's times after gaps in the sound. The recogniser counts the sound that it
-/// was fed; lost sound is missing from its times, and from then on they are too early. A value;
-/// audio times are seconds of the sound that was fed.
+/// Corrects the recogniser's times after gaps in the sound. The recogniser counts only the sound
+/// that it was fed, so its times are too early after each gap. Audio times are seconds of the sound
+/// fed. A value.
 class AudioTimeline {
   public:
     /// Records that `seconds` of sound were lost at this audio time.
@@ -17,7 +17,7 @@ class AudioTimeline {
             gaps_.push_back({at, 0});
         gaps_.back().seconds += seconds;
     }
-    /// Seconds that were lost before the sound of this audio time.
+    /// The seconds of sound lost before this audio time.
     double lostBefore(double audioTime) const {
         double lost = 0;
         for (const Gap& gap : gaps_) {

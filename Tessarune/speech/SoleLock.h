@@ -6,8 +6,8 @@
 
 namespace tessarune {
 
-/// A mutex of a kind that a thread holds at most one of, so that a deadlock is impossible. Builds
-/// with assertions abort when a thread locks a second one, whichever it is.
+/// A mutex that is never nested: a thread holds at most one SoleLock at a time, so they cannot
+/// deadlock. Builds with assertions abort if a thread that holds one locks another.
 class CAPABILITY("mutex") SoleLock {
   public:
     void lock() ACQUIRES_LOCK() {
@@ -25,7 +25,7 @@ class CAPABILITY("mutex") SoleLock {
         mutex_.unlock();
     }
 
-    /// For code that must not run under such a lock: calls into foreign code.
+    /// Call it before code that must not run under such a lock, such as callbacks.
     static void assertNoneHeld() {
 #ifndef NDEBUG
         assert(!held_);

@@ -11,27 +11,27 @@
 
 namespace tessarune {
 
-/// One batch of sound on its way to the engine, in the engine's format.
+/// One batch of sound for the engine, in the engine's format.
 struct AnalyzerInput {
     AudioBufferPtr buffer;
 };
 
-/// Seam: the half of the on-device recogniser that takes sound. Times are seconds of the sound fed
-/// since `start`, counted from 0.
+/// Interface: the half of the on-device recogniser that takes sound. Times are seconds of the sound
+/// fed since `start`, counted from 0.
 ///
-/// Operations may run one by one or concurrently, from any executor; each resumes on the main
-/// queue. A failure is an exception derived from std::exception whose text can be shown.
+/// Operations may run concurrently and may be called from any executor; each resumes on the main
+/// queue. A failure is an exception derived from std::exception with a text for the user.
 class SpeechAnalyzer {
   public:
     virtual ~SpeechAnalyzer() = default;
 
-    /// The format to feed.
+    /// The format that the input must have.
     virtual AudioFormat bestAvailableAudioFormat() const = 0;
 
     /// Loads the model and warms it up, so that the first words come without delay.
     virtual Task<void> prepareToAnalyze(AudioFormat format) = 0;
 
-    /// The executor on which the analyzer reads its input; make the stream for `start` with it.
+    /// The executor on which the analyzer reads its input. Pass it to the stream for `start`.
     virtual Executor inputExecutor() const = 0;
 
     /// Begins to read the input. Returns once the engine runs; results go to the transcriber.
@@ -40,7 +40,7 @@ class SpeechAnalyzer {
     /// Asks for final results up to an audio time.
     virtual Task<void> finalize(double through) = 0;
 
-    /// Gives up sound before an audio time, which frees the engine's memory for it.
+    /// Drops the sound before an audio time, to free memory.
     virtual Task<void> cancelAnalysis(double before) = 0;
 
     /// Waits until all input is read and all results are delivered, then ends the results.
@@ -50,8 +50,8 @@ class SpeechAnalyzer {
     virtual Task<void> cancelAndFinishNow() = 0;
 };
 
-/// The recogniser of this computer, as values and functions from which a session makes its parts.
-/// `results` of a transcriber made here are delivered on `resultsExecutor`.
+/// The recogniser of this computer: functions that make the parts of a session. A transcriber
+/// delivers its `results` on `resultsExecutor`.
 struct SpeechEngine {
     std::function<std::shared_ptr<SpeechTranscriber>(SpeechTranscriberOptions,
                                                      Executor resultsExecutor)>

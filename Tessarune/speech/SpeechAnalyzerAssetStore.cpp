@@ -16,7 +16,7 @@ void SpeechAnalyzerAssetStore::prepare(const std::string& localeIdentifier) {
         former->second.cancel();
         tasks_.erase(former);
     }
-    write(localeIdentifier, {Kind::checking, ""});
+    setStatus(localeIdentifier, {Kind::checking, ""});
     std::stop_source stop;
     tasks_.emplace(
         localeIdentifier,
@@ -43,7 +43,7 @@ Task<void> SpeechAnalyzerAssetStore::install(SpeechAnalyzerAssetStore& store,
                                                          stop](AssetProgress) {
         if (!stop.stop_requested() &&
             store.statuses->at(localeIdentifier).kind != Kind::downloading)
-            store.write(localeIdentifier, {Kind::downloading, ""});
+            store.setStatus(localeIdentifier, {Kind::downloading, ""});
     };
     SpeechAnalyzerAssetStatus status{Kind::installed, ""};
     try {
@@ -56,11 +56,11 @@ Task<void> SpeechAnalyzerAssetStore::install(SpeechAnalyzerAssetStore& store,
         status = SpeechAnalyzerAssetStatus::failed(error.what());
     }
     if (!stop.stop_requested())
-        store.write(localeIdentifier, std::move(status));
+        store.setStatus(localeIdentifier, std::move(status));
 }
 
-void SpeechAnalyzerAssetStore::write(const std::string& localeIdentifier,
-                                     SpeechAnalyzerAssetStatus status) {
+void SpeechAnalyzerAssetStore::setStatus(const std::string& localeIdentifier,
+                                         SpeechAnalyzerAssetStatus status) {
     statuses.mutate([&](auto& all) { all[localeIdentifier] = std::move(status); });
 }
 

@@ -37,16 +37,16 @@ class SpeechAnalyzerAssetStore {
     /// By locale identifier; a locale that was never requested has no entry.
     Published<std::map<std::string, SpeechAnalyzerAssetStatus>> statuses;
 
-    /// Checks and installs the locale's model; replaces a running attempt.
+    /// Checks the locale's model and installs it if necessary; replaces a running attempt.
     void prepare(const std::string& localeIdentifier);
 
-    /// Like `prepare`, unless the model is installed or being installed.
+    /// Like `prepare`, but does nothing if the model is installed, or an attempt is running.
     void preheat(const std::string& localeIdentifier);
 
   private:
     static Task<void> install(SpeechAnalyzerAssetStore& store, std::string localeIdentifier,
                               std::stop_token stop);
-    void write(const std::string& localeIdentifier, SpeechAnalyzerAssetStatus status);
+    void setStatus(const std::string& localeIdentifier, SpeechAnalyzerAssetStatus status);
 
     Host& host_;
     AssetInventory& assets_;

@@ -4,7 +4,7 @@
 
 namespace tessarune {
 
-/// What an engine session has done so far; times in seconds.
+/// Counters of an engine session since its start; times in seconds.
 struct SpeechAnalyzerPerfCounters {
     double perfFedAudioSeconds = 0;
     double perfConvertedAudioSeconds = 0;
@@ -35,7 +35,7 @@ struct SpeechAnalyzerPerfCounters {
     double perfAnalyzerInputFlushes = 0;
     double perfAnalyzerInputYieldBusySeconds = 0;
 
-    /// By name without the prefix, as the session's other counters: "fedAudioSeconds".
+    /// The counters by name, without the prefix "perf": "fedAudioSeconds".
     PerfStats stats() const;
 };
 

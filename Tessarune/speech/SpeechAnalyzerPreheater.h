@@ -18,10 +18,10 @@ class SpeechAnalyzerPreheater {
                             std::function<std::string()> selectedRecognitionOptionID)
         : store_(store), selectedRecognitionOptionID_(std::move(selectedRecognitionOptionID)) {}
 
-    /// At most once per locale in the life of the program, so that a failed download is only
-    /// retried by the user.
+    /// Preheats a locale at most once in the life of the program, so that only the user retries a
+    /// failed download.
     void preheatSelectedOptionIfNeeded() {
-        // An unknown stored id means the default, as it does when a session starts.
+        // An unknown stored id means the default, as at the start of a session.
         const auto option = ModelCatalog::recognitionOption(
             ModelCatalog::normalizedRecognitionOptionID(selectedRecognitionOptionID_()));
         if (option && preheatedLocales_.insert(option->localeIdentifier).second)

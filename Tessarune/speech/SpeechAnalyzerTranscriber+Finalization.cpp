@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// The text of the operation's failure; `nullopt` on success.
+/// Returns the error text if the operation fails, `nullopt` otherwise.
 Task<std::optional<std::string>> failureOf(Task<void> operation) {
     std::optional<std::string> failure;
     try {
@@ -42,7 +42,7 @@ void SpeechAnalyzerTranscriber::requestFinalization(std::string reason) {
     spawn(mainExecutor(), finalizeThrough(weak_from_this(), std::move(*plan), std::move(reason)));
 }
 
-/// Counts against the rate limit even if the engine ignores the request.
+/// A plan counts against the rate limit even if the engine ignores the request.
 std::optional<SpeechAnalyzerTranscriber::FinalizationPlan>
 SpeechAnalyzerTranscriber::makeFinalizationPlan() {
     const double time = now();

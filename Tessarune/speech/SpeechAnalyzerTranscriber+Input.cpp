@@ -18,15 +18,15 @@ void SpeechAnalyzerTranscriber::append(AudioBufferPtr buffer) {
 }
 
 void SpeechAnalyzerTranscriber::skip(double seconds) {
-    // Queued sound precedes the gap.
+    // The incomplete batch precedes the gap.
     if (const auto rest = takeAccumulator())
         feedAnalyzerInput(*rest);
     if (const auto session = inputSession())
         noteLostInput(seconds, session->generation);
 }
 
-/// Returns the batches that are complete. An element of the input stream costs more than the
-/// conversion of its sound, and capture buffers are tiny.
+/// Returns the batches that this buffer completes. Capture buffers are too small to feed one by
+/// one: an element of the input stream costs more than the conversion of its sound.
 std::vector<AudioBuffer>
 SpeechAnalyzerTranscriber::enqueueAnalyzerInput(const AudioBuffer& buffer) {
     std::vector<AudioBuffer> batches;
@@ -39,7 +39,7 @@ SpeechAnalyzerTranscriber::enqueueAnalyzerInput(const AudioBuffer& buffer) {
 
     const MutexLock lock(inputLock_);
     auto& accumulator = inputAccumulator_;
-    const auto takeOut = [&]() REQUIRES_LOCK(inputLock_) {
+    const auto takeBatch = [&]() REQUIRES_LOCK(inputLock_) {
         if (accumulator->frames() > 0)
             batches.push_back(std::move(*accumulator));
         accumulator.reset();
@@ -47,7 +47,7 @@ SpeechAnalyzerTranscriber::enqueueAnalyzerInput(const AudioBuffer& buffer) {
     if (accumulator &&
         (accumulator->format != buffer.format ||
          accumulator->samples.size() + buffer.samples.size() > accumulator->samples.capacity()))
-        takeOut();
+        takeBatch();
     if (!accumulator) {
         accumulator = AudioBuffer{buffer.format, {}};
         accumulator->samples.reserve(std::max(target, frames) * channels);
@@ -56,11 +56,11 @@ SpeechAnalyzerTranscriber::enqueueAnalyzerInput(const AudioBuffer& buffer) {
                                 buffer.samples.begin() +
                                     static_cast<std::ptrdiff_t>(frames * channels));
     if (accumulator->frames() >= target)
-        takeOut();
+        takeBatch();
     return batches;
 }
 
-/// The incomplete batch, unless it is empty.
+/// Returns and removes the incomplete batch; `nullopt` if it is empty.
 std::optional<AudioBuffer> SpeechAnalyzerTranscriber::takeAccumulator() {
     const MutexLock lock(inputLock_);
     std::optional<AudioBuffer> rest = std::exchange(inputAccumulator_, std::nullopt);
@@ -95,7 +95,7 @@ void SpeechAnalyzerTranscriber::feedAnalyzerInput(const AudioBuffer& batch) {
     const auto session = inputSession();
     if (!session)
         return;
-    if (session->continuation.waiting() >= mostWaitingBatches) {
+    if (session->continuation.waiting() >= maximumWaitingBatches) {
         noteLostInput(batch.seconds(), session->generation);
         reportFullInput();
         return;
@@ -112,22 +112,22 @@ void SpeechAnalyzerTranscriber::feedAnalyzerInput(const AudioBuffer& batch) {
     if (!converted || converted->frames() == 0 ||
         !recordAnalyzerInput(converted->seconds(), batch.frames(), *session))
         return;
-    const double yielding = now();
+    const double yieldStart = now();
     session->continuation.yield({std::make_shared<const AudioBuffer>(std::move(*converted))});
-    const double yielded = now() - yielding;
+    const double yieldSeconds = now() - yieldStart;
     const MutexLock lock(stateLock_);
-    state_.perf.perfAnalyzerInputYieldBusySeconds += yielded;
+    state_.perf.perfAnalyzerInputYieldBusySeconds += yieldSeconds;
 }
 
-/// There is no gap before the first sound.
+/// Ignores sound lost before the first batch: the epoch is set only then.
 void SpeechAnalyzerTranscriber::noteLostInput(double seconds, std::int64_t generation) {
     const MutexLock lock(stateLock_);
     if (state_.generation == generation && state_.audioEpoch > 0)
         state_.timeline.addGap(state_.latestAudioTime, seconds);
 }
 
-/// A recogniser that is merely slow accepts its sound long before this limit: it hangs, and must
-/// not consume all memory.
+/// Logs once per session that the queue is full. A slow recogniser never fills it; one that hangs
+/// would use up all memory without this limit.
 void SpeechAnalyzerTranscriber::reportFullInput() {
     {
         const MutexLock lock(stateLock_);
@@ -137,8 +137,8 @@ void SpeechAnalyzerTranscriber::reportFullInput() {
     platform_.logger.important("speechAnalyzer.input.full", {{"locale", localeID_}});
 }
 
-/// `nullopt` if the conversion failed: that batch is lost. The result may be empty while a filter
-/// fills.
+/// Returns `nullopt` if the conversion failed and the batch is lost. The result may be empty while
+/// the converter fills its filter.
 std::optional<AudioBuffer> SpeechAnalyzerTranscriber::convert(const AudioBuffer& batch,
                                                               AudioFormat format) {
     const MutexLock lock(converterLock_);
@@ -157,7 +157,7 @@ std::optional<AudioBuffer> SpeechAnalyzerTranscriber::convert(const AudioBuffer&
     }
 }
 
-/// False if the session of the batch is over.
+/// Returns false if the session of the batch is over.
 bool SpeechAnalyzerTranscriber::recordAnalyzerInput(double convertedAudioSeconds,
                                                     std::size_t sourceFrames,
                                                     const AnalyzerInputSession& session) {

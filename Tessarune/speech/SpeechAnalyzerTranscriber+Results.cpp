@@ -55,27 +55,27 @@ void SpeechAnalyzerTranscriber::handleResult(const SpeechResult& result, std::in
                     state_.segmentStart, state_.revision,   state_.requestedSpeechOptionStrings,
                     state_.timeline};
     }
-    const ResultInHand hand{
+    const IncomingResult incoming{
         result, AppleResultMapping::candidate(result, text, sequence, receivedAt, snapshot),
         snapshot};
-    sendDiagnostics(hand);
+    sendDiagnostics(incoming);
     if (result.isFinal) {
-        handleFinal(hand);
+        handleFinal(incoming);
     } else {
-        handlePartial(hand);
+        handlePartial(incoming);
     }
 }
 
-void SpeechAnalyzerTranscriber::sendDiagnostics(const ResultInHand& hand) {
+void SpeechAnalyzerTranscriber::sendDiagnostics(const IncomingResult& incoming) {
     if (!onSummaryResult && !onRawResult)
         return;
-    const AppleResultMapping::RecordContext context{localeID_, hand.snapshot, hasPendingPartial(),
-                                                    partialCoalesceWindowSeconds,
-                                                    analyzerInputChunkSeconds};
+    const AppleResultMapping::RecordContext context{
+        localeID_, incoming.snapshot, hasPendingPartial(), partialCoalesceWindowSeconds,
+        analyzerInputChunkSeconds};
     if (onSummaryResult) {
         const double before = now();
         send(onSummaryResult,
-             AppleResultMapping::summaryRecord(hand.result, hand.candidate, context));
+             AppleResultMapping::summaryRecord(incoming.result, incoming.candidate, context));
         const double busy = now() - before;
         const MutexLock lock(stateLock_);
         ++state_.perf.perfAppleSummaryResults;
@@ -84,7 +84,7 @@ void SpeechAnalyzerTranscriber::sendDiagnostics(const ResultInHand& hand) {
     if (onRawResult) {
         const double before = now();
         send(onRawResult,
-             AppleResultMapping::rawResultRecord(hand.result, hand.candidate, context));
+             AppleResultMapping::rawResultRecord(incoming.result, incoming.candidate, context));
         const double busy = now() - before;
         const MutexLock lock(stateLock_);
         ++state_.perf.perfAppleFullRawResults;
@@ -92,11 +92,11 @@ void SpeechAnalyzerTranscriber::sendDiagnostics(const ResultInHand& hand) {
     }
 }
 
-void SpeechAnalyzerTranscriber::handlePartial(const ResultInHand& hand) {
-    const auto& candidate = hand.candidate;
+void SpeechAnalyzerTranscriber::handlePartial(const IncomingResult& incoming) {
+    const auto& candidate = incoming.candidate;
     {
         const MutexLock lock(stateLock_);
-        if (state_.generation != hand.snapshot.generation)
+        if (state_.generation != incoming.snapshot.generation)
             return;
         auto& mark = state_.suppressedFinalsUntilAudioTime;
         if (mark && isFinite(candidate.audioEndSeconds) &&
@@ -105,43 +105,42 @@ void SpeechAnalyzerTranscriber::handlePartial(const ResultInHand& hand) {
         state_.lastApplePartialCandidate = candidate;
         ++state_.revision;
     }
-    queuePartial(
-        candidate.text,
-        hand.snapshot.wallTime(candidate.audioStartSeconds).value_or(hand.snapshot.segmentStart),
-        hand.snapshot.generation);
+    queuePartial(candidate.text,
+                 incoming.snapshot.wallTime(candidate.audioStartSeconds)
+                     .value_or(incoming.snapshot.segmentStart),
+                 incoming.snapshot.generation);
 }
 
-void SpeechAnalyzerTranscriber::handleFinal(const ResultInHand& hand) {
+void SpeechAnalyzerTranscriber::handleFinal(const IncomingResult& incoming) {
     std::optional<AppleFinalReconcileCandidate> lastPartial;
     std::optional<double> mark;
     {
         const MutexLock lock(stateLock_);
-        if (state_.generation != hand.snapshot.generation)
+        if (state_.generation != incoming.snapshot.generation)
             return;
         lastPartial = state_.lastApplePartialCandidate;
         mark = state_.suppressedFinalsUntilAudioTime;
     }
-    const auto outcome = AppleFinalReconciler::reconcile(hand.candidate, lastPartial, mark);
+    const auto outcome = AppleFinalReconciler::reconcile(incoming.candidate, lastPartial, mark);
     send(onReconcileDecision, outcome.record);
     std::string text(Text::trimmed(outcome.text));
     {
         const MutexLock lock(stateLock_);
-        if (state_.generation != hand.snapshot.generation)
+        if (state_.generation != incoming.snapshot.generation)
             return;
         applyDecision(outcome.record);
         if (text.empty())
             state_.lastApplePartialCandidate.reset();
     }
     if (text.empty()) {
-        // A final that the reconciler drops has a replacement; here the engine itself returned no
-        // text.
-        if (lastPartial && hand.candidate.text.empty())
+        // Only a final without text withdraws the partial; one that the reconciler drops does not.
+        if (lastPartial && incoming.candidate.text.empty())
             withdrawGuess();
         return;
     }
     // A pending partial must not arrive after its final.
     discardPendingPartial();
-    emitFinal(hand, outcome, std::move(text));
+    emitFinal(incoming, outcome, std::move(text));
 }
 
 void SpeechAnalyzerTranscriber::withdrawGuess() {
@@ -168,23 +167,23 @@ void SpeechAnalyzerTranscriber::applyDecision(const AppleFinalReconcileDecisionR
         break;
     case Decision::dropSuppressedFinal:
         ++state_.perf.perfAppleReconcileDropSuppressed;
-        // The finals have reached the end of the partial that replaced them.
+        // The finals have reached the end of the partial that replaces them.
         if (mark && isFinite(end) && *mark - markToleranceSeconds <= *end)
             mark.reset();
         break;
     }
 }
 
-void SpeechAnalyzerTranscriber::emitFinal(const ResultInHand& hand,
+void SpeechAnalyzerTranscriber::emitFinal(const IncomingResult& incoming,
                                           const AppleFinalReconcileOutcome& outcome,
                                           std::string text) {
-    AppleResultMapping::TimingInfo timing = timingInfo(hand);
-    const auto& snapshot = hand.snapshot;
+    AppleResultMapping::TimingInfo timing = timingInfo(incoming);
+    const auto& snapshot = incoming.snapshot;
     const auto wallTime = [&](std::optional<double> chosen, std::optional<double> timed,
-                              double otherwise) {
+                              double fallback) {
         if (isFinite(chosen) && snapshot.audioEpoch > 0)
-            return snapshot.onTheClock(*chosen);
-        return timed ? snapshot.onTheClock(*timed) : otherwise;
+            return snapshot.wallTimeOf(*chosen);
+        return timed ? snapshot.wallTimeOf(*timed) : fallback;
     };
     std::optional<double> spanStart, spanEnd;
     if (timing.span)
@@ -202,9 +201,9 @@ void SpeechAnalyzerTranscriber::emitFinal(const ResultInHand& hand,
     send(onEvent, ASREvent::final(std::move(text), start, end, EndpointReason::engineFinal,
                                   std::move(timing.words)));
 
-    if (const auto heard =
+    if (const auto heardUntil =
             outcome.selectedAudioEndSeconds ? outcome.selectedAudioEndSeconds : spanEnd)
-        requestAnalysisCancellation(*heard, "engineFinal");
+        requestAnalysisCancellation(*heardUntil, "engineFinal");
     const MutexLock lock(stateLock_);
     if (state_.generation != snapshot.generation)
         return;
@@ -213,13 +212,14 @@ void SpeechAnalyzerTranscriber::emitFinal(const ResultInHand& hand,
     state_.lastApplePartialCandidate.reset();
 }
 
-AppleResultMapping::TimingInfo SpeechAnalyzerTranscriber::timingInfo(const ResultInHand& hand) {
+AppleResultMapping::TimingInfo
+SpeechAnalyzerTranscriber::timingInfo(const IncomingResult& incoming) {
     const double before = now();
-    auto timing = AppleResultMapping::timingInfo(hand.result.runs, hand.snapshot);
+    auto timing = AppleResultMapping::timingInfo(incoming.result.runs, incoming.snapshot);
     const double busy = now() - before;
     const MutexLock lock(stateLock_);
     state_.perf.perfTimingBusySeconds += busy;
-    state_.perf.perfTimingRuns += static_cast<double>(hand.result.runs.size());
+    state_.perf.perfTimingRuns += static_cast<double>(incoming.result.runs.size());
     state_.perf.perfTimedRuns += static_cast<double>(timing.timedRunCount);
     state_.perf.perfTimedWords += static_cast<double>(timing.words ? timing.words->size() : 0);
     return timing;

@@ -35,12 +35,12 @@ void SpeechAnalyzerTranscriber::close(SessionTeardown session) {
         session.resultsTask->cancel();
     if (session.analyzer)
         spawn(mainExecutor(),
-              abandonAnalyzer(std::move(session.analyzer), platform_.logger, localeID_));
+              cancelAnalyzer(std::move(session.analyzer), platform_.logger, localeID_));
 }
 
-Task<void> SpeechAnalyzerTranscriber::abandonAnalyzer(std::shared_ptr<SpeechAnalyzer> analyzer,
-                                                      TessaruneFileLogger& logger,
-                                                      std::string locale) {
+Task<void> SpeechAnalyzerTranscriber::cancelAnalyzer(std::shared_ptr<SpeechAnalyzer> analyzer,
+                                                     TessaruneFileLogger& logger,
+                                                     std::string locale) {
     try {
         Task<void> cancelling = analyzer->cancelAndFinishNow();
         co_await cancelling;
@@ -56,18 +56,18 @@ Task<void> SpeechAnalyzerTranscriber::finishDrainingAndStop() {
 }
 
 Task<void> SpeechAnalyzerTranscriber::drainSession(Self self) {
-    // The engine's final replaces the pending partial.
+    // The engine's last final will replace the pending partial.
     self->discardPendingPartial();
     self->flushInputAccumulator("finishDraining");
     SessionTeardown session = self->beginDrainSession();
     if (!session.analyzer)
         co_return;
 
-    OneShotAsyncBool timedOut(self->mainExecutor());
+    OneShotAsyncBool drainTimedOut(self->mainExecutor());
     std::stop_source timer;
-    spawn(self->mainExecutor(), finishInput(session, timedOut));
-    spawn(self->mainExecutor(), limitDrain(self->mainExecutor(), timedOut, timer.get_token()));
-    const bool hasTimedOut = co_await timedOut;
+    spawn(self->mainExecutor(), finishInput(session, drainTimedOut));
+    spawn(self->mainExecutor(), limitDrain(self->mainExecutor(), drainTimedOut, timer.get_token()));
+    const bool hasTimedOut = co_await drainTimedOut;
     timer.request_stop();
     const std::int64_t generation = session.generation;
     if (hasTimedOut)
@@ -75,7 +75,7 @@ Task<void> SpeechAnalyzerTranscriber::drainSession(Self self) {
     self->finishDrainSession(generation);
 }
 
-/// Keeps the generation, so that the remaining results are delivered.
+/// Keeps the generation and the results task, so that the remaining results are delivered.
 SpeechAnalyzerTranscriber::SessionTeardown SpeechAnalyzerTranscriber::beginDrainSession() {
     SessionTeardown session;
     const MutexLock lock(stateLock_);
@@ -87,7 +87,7 @@ SpeechAnalyzerTranscriber::SessionTeardown SpeechAnalyzerTranscriber::beginDrain
 }
 
 Task<void> SpeechAnalyzerTranscriber::finishInput(SessionTeardown session,
-                                                  OneShotAsyncBool timedOut) {
+                                                  OneShotAsyncBool drainTimedOut) {
     if (session.inputContinuation)
         session.inputContinuation->finish();
     try {
@@ -100,15 +100,15 @@ Task<void> SpeechAnalyzerTranscriber::finishInput(SessionTeardown session,
         const OneShot<bool> finished = session.resultsTask->finished();
         co_await finished;
     }
-    timedOut.resume(false);
+    drainTimedOut.resume(false);
 }
 
-Task<void> SpeechAnalyzerTranscriber::limitDrain(Executor executor, OneShotAsyncBool timedOut,
+Task<void> SpeechAnalyzerTranscriber::limitDrain(Executor executor, OneShotAsyncBool drainTimedOut,
                                                  std::stop_token stop) {
     Task<bool> sleeping = sleep(std::move(executor), drainTimeoutSeconds, std::move(stop));
     const bool slept = co_await sleeping;
     if (slept)
-        timedOut.resume(true);
+        drainTimedOut.resume(true);
 }
 
 void SpeechAnalyzerTranscriber::abandonDrain(SessionTeardown session) {

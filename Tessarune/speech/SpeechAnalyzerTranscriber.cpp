@@ -149,11 +149,12 @@ PerfStats SpeechAnalyzerTranscriber::perfStats() const {
         input = state_.inputCont;
     }
     PerfStats stats = perf.stats();
-    // The engine's delay: queued batches, and sound that it has taken but not processed.
+    // The engine's delay: the queued batches and the sound that it has taken but not processed.
     double behind = 0;
     if (input && perf.perfAnalyzerInputBatches > 0) {
-        const double secondsABatch = perf.perfConvertedAudioSeconds / perf.perfAnalyzerInputBatches;
-        behind = static_cast<double>(input->waiting()) * secondsABatch +
+        const double secondsPerBatch =
+            perf.perfConvertedAudioSeconds / perf.perfAnalyzerInputBatches;
+        behind = static_cast<double>(input->waiting()) * secondsPerBatch +
                  platform_.engine.unheardSeconds();
     }
     stats["secondsBehind"] = behind;

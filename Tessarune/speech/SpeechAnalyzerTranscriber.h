@@ -22,14 +22,15 @@ namespace tessarune {
 
 /// The on-device recogniser as the engine of a live session.
 ///
-/// It batches and converts sound and feeds it to the analyzer, thins out the partial results,
-/// decides between each final and the partial before it, and calls the analyzer's finalize and
-/// cancel, so that a long session neither waits for its finals nor accumulates sound.
+/// It batches sound, converts it and feeds it to the analyzer, limits the rate of partial results,
+/// and decides between each final and the partial before it. It also asks the analyzer for early
+/// finals and lets it drop old sound, so that a long session neither waits for finals nor
+/// accumulates sound.
 ///
-/// Threads: `append` on the capture thread, results and partials on a queue of this object's own,
-/// everything else on any thread; awaited operations resume on the main queue. There are four
-/// locks; no thread holds two of them, and no callback runs under a lock. Background work holds the
-/// object weakly and compares the generation of its session.
+/// Threads: `append` and `skip` on the capture thread, results and partials on this object's own
+/// queue, everything else on any thread; awaited operations resume on the main queue. There are
+/// four locks; no thread holds two of them, and no callback runs under a lock. Background work
+/// holds the object weakly and ends once the generation of its session has changed.
 ///
 /// Times are seconds since 1970; audio times count the sound fed in the session, from 0.
 class SpeechAnalyzerTranscriber final
@@ -42,17 +43,18 @@ class SpeechAnalyzerTranscriber final
     SpeechAnalyzerTranscriber(const SpeechAnalyzerTranscriber&) = delete;
     SpeechAnalyzerTranscriber& operator=(const SpeechAnalyzerTranscriber&) = delete;
 
-    /// The results, each called on this object's queue. Set before `start` and unchanged until the
-    /// session is over. Unset callbacks save work in the engine: records are expensive.
+    /// Callbacks for the results, called on this object's queue. Set them before `start` and leave
+    /// them unchanged until the session is over. Leave callbacks for records unset if they are not
+    /// needed: records are expensive.
     std::function<void(const ASREvent&)> onEvent;
-    std::function<void(const std::exception&)> onError; ///< the session delivers no more results
-    /// The guess since the last final is withdrawn: there is no final for it.
+    std::function<void(const std::exception&)> onError; ///< no more results follow
+    /// The partial since the last final is withdrawn, and no final follows for it.
     std::function<void()> onGuessWithdrawn;
     std::function<void(const AppleSpeechAnalyzerRawResultRecord&)> onRawResult;
     std::function<void(const AppleSpeechAnalyzerSummaryRecord&)> onSummaryResult;
     std::function<void(const AppleFinalReconcileDecisionRecord&)> onReconcileDecision;
 
-    /// The engine works for the locale that this object was made for.
+    /// Ignores `locale`: the engine works for the locale that this object was made for.
     Task<void> start(std::string locale) override;
     void append(AudioBufferPtr buffer) override;
     void skip(double seconds) override;
@@ -76,7 +78,7 @@ class SpeechAnalyzerTranscriber final
     static constexpr double partialCoalesceWindowSeconds = 0.055;
     static constexpr double analyzerInputChunkSeconds = 0.085;
     static constexpr double drainTimeoutSeconds = 3.0;
-    static constexpr std::size_t mostWaitingBatches = 3600; ///< some five minutes
+    static constexpr std::size_t maximumWaitingBatches = 3600; ///< about five minutes
 
     struct State {
         std::shared_ptr<SpeechAnalyzer> analyzer;
@@ -88,7 +90,7 @@ class SpeechAnalyzerTranscriber final
         std::int64_t revision = 0; ///< partials in the running utterance
         std::int64_t rawResultSequence = 0;
         bool didReportFullInput = false;
-        std::int64_t generation = 0; ///< raised by each engine session and by its end
+        std::int64_t generation = 0; ///< incremented at the start and the end of each session
         std::vector<std::string> requestedSpeechOptionStrings;
         double audioEpoch = 0; ///< wall clock of audio time 0; 0 before the first sound
         double latestAudioTime = 0;
@@ -101,14 +103,14 @@ class SpeechAnalyzerTranscriber final
         SpeechAnalyzerPerfCounters perf;
     };
 
-    /// The inputs for feeding one batch.
+    /// The data for feeding one batch.
     struct AnalyzerInputSession {
         InputContinuation continuation;
         AudioFormat format;
         std::int64_t generation = 0;
     };
 
-    /// The parts that a stop takes out of the object, to finish it without a lock.
+    /// The parts of a session that a stop ends without holding a lock.
     struct SessionTeardown {
         std::shared_ptr<SpeechAnalyzer> analyzer;
         std::optional<InputContinuation> inputContinuation;
@@ -131,7 +133,7 @@ class SpeechAnalyzerTranscriber final
         std::int64_t generation = 0;
     };
 
-    /// A session between its creation and the first sound.
+    /// A session that is starting.
     struct NewSession {
         std::shared_ptr<SpeechAnalyzer> analyzer;
         std::shared_ptr<SpeechTranscriber> transcriber;
@@ -140,8 +142,8 @@ class SpeechAnalyzerTranscriber final
         std::int64_t generation = 0;
     };
 
-    /// One result during its reconciliation.
-    struct ResultInHand {
+    /// A result that is being processed.
+    struct IncomingResult {
         const SpeechResult& result;
         AppleFinalReconcileCandidate candidate;
         AnalyzerEngineSnapshot snapshot;
@@ -149,19 +151,21 @@ class SpeechAnalyzerTranscriber final
 
     SpeechAnalyzerTranscriber(std::string localeIdentifier, SpeechPlatform platform);
 
-    // The session's begin and end
+    // Start and end of a session
     static Task<void> startSession(Self self);
     static Task<void> runSession(Self self, NewSession session);
     static Task<void> drainSession(Self self);
-    static Task<void> finishInput(SessionTeardown session, OneShotAsyncBool timedOut);
-    static Task<void> limitDrain(Executor executor, OneShotAsyncBool timedOut,
+    static Task<void> finishInput(SessionTeardown session, OneShotAsyncBool drainTimedOut);
+    static Task<void> limitDrain(Executor executor, OneShotAsyncBool drainTimedOut,
                                  std::stop_token stop);
-    static Task<void> abandonAnalyzer(std::shared_ptr<SpeechAnalyzer> analyzer,
-                                      TessaruneFileLogger& logger, std::string locale);
+    static Task<void> cancelAnalyzer(std::shared_ptr<SpeechAnalyzer> analyzer,
+                                     TessaruneFileLogger& logger, std::string locale);
     SpeechTranscriberOptions requestedOptions(std::vector<std::string>& strings) const;
     NewSession beginSession();
     bool startReadingResults(const NewSession& session);
+    /// Takes the session out of the state, for `close`.
     SessionTeardown teardownSession(bool bumpGeneration);
+    /// Ends the parts that are present, without waiting.
     void close(SessionTeardown session);
     SessionTeardown beginDrainSession();
     void abandonDrain(SessionTeardown session);
@@ -184,16 +188,16 @@ class SpeechAnalyzerTranscriber final
     static Task<void> readResults(WeakSelf weak, AsyncStream<SpeechResult> results,
                                   std::int64_t generation, std::stop_token stop);
     void handleResult(const SpeechResult& result, std::int64_t generation);
-    void sendDiagnostics(const ResultInHand& hand);
-    void handlePartial(const ResultInHand& hand);
-    void handleFinal(const ResultInHand& hand);
+    void sendDiagnostics(const IncomingResult& incoming);
+    void handlePartial(const IncomingResult& incoming);
+    void handleFinal(const IncomingResult& incoming);
     void withdrawGuess();
     void applyDecision(const AppleFinalReconcileDecisionRecord& record) REQUIRES_LOCK(stateLock_);
-    void emitFinal(const ResultInHand& hand, const AppleFinalReconcileOutcome& outcome,
+    void emitFinal(const IncomingResult& incoming, const AppleFinalReconcileOutcome& outcome,
                    std::string text);
-    AppleResultMapping::TimingInfo timingInfo(const ResultInHand& hand);
+    AppleResultMapping::TimingInfo timingInfo(const IncomingResult& incoming);
 
-    // Partials, thinned out
+    // Partials at a limited rate
     static Task<void> emitPartialLater(WeakSelf weak, Executor executor,
                                        std::int64_t coalesceGeneration, std::int64_t generation,
                                        std::stop_token stop);
@@ -202,7 +206,7 @@ class SpeechAnalyzerTranscriber final
     void discardPendingPartial();
     bool hasPendingPartial() const;
 
-    // Early finals, sound given up
+    // Early finals and dropped sound
     static Task<void> finalizeThrough(WeakSelf weak, FinalizationPlan plan, std::string reason);
     static Task<void> cancelBefore(WeakSelf weak, CancellationPlan plan, std::string reason);
     std::optional<FinalizationPlan> makeFinalizationPlan();
@@ -229,11 +233,11 @@ class SpeechAnalyzerTranscriber final
 
     SoleLock converterLock_;
     std::unique_ptr<AudioConverter> converter_ GUARDED_BY(converterLock_);
-    /// The formats of the converter.
+    /// The converter's input format.
     std::optional<AudioFormat> converterInput_ GUARDED_BY(converterLock_);
 
     SoleLock inputLock_;
-    /// Its samples' capacity is that of a batch.
+    /// The incomplete batch; the capacity of its samples is the size of a batch.
     std::optional<AudioBuffer> inputAccumulator_ GUARDED_BY(inputLock_);
 
     mutable SoleLock partialLock_;

@@ -10,12 +10,12 @@
 
 namespace tessarune {
 
-/// Seam: the on-device recogniser in file mode. It takes the sound of one recording block by block,
-/// at the caller's pace, looks ahead within a block, and has a lower priority than everything that
-/// the user waits for. Times are seconds of the given sound, counted from 0.
+/// Interface: the on-device recogniser in file mode. It takes the sound of one recording block by
+/// block, at the caller's pace, looks ahead within a block, and runs at a lower priority than
+/// everything that the user waits for. Times are seconds of the recording, counted from 0.
 ///
 /// The operations are awaited one at a time and resume on the main queue. A failure is an exception
-/// derived from std::exception whose text can be shown; the analyzer is unusable after that.
+/// derived from std::exception with a text for the user; after it the analyzer is unusable.
 class SpeechFileAnalyzer {
   public:
     virtual ~SpeechFileAnalyzer() = default;
@@ -23,7 +23,7 @@ class SpeechFileAnalyzer {
     /// The format that `analyze` expects.
     virtual AudioFormat audioFormat() const = 0;
 
-    /// By how many seconds the reported times may lag behind the sound. They are never early.
+    /// The maximum by which reported times are too late, in seconds. They are never too early.
     virtual double mostLateness() const = 0;
 
     /// Loads the model and returns its name.

@@ -10,13 +10,13 @@
 
 namespace tessarune {
 
-/// A speech model as a user sees it.
+/// A speech model for display to the user.
 struct SpeechModelState {
     std::string name;
     std::uint64_t bytes = 0; ///< on the disk, or the approximate size of the download
     bool isInstalled = false;
-    bool isRemovable = false; ///< also false for one that came with the program
-    std::string damage;       ///< the damage found in an installed one; empty if none
+    bool isRemovable = false; ///< false for a model that came with the program
+    std::string damage;       ///< found in an installed model; empty if intact
 
     bool operator==(const SpeechModelState&) const = default;
 };
@@ -26,16 +26,17 @@ class SpeechModelManager {
   public:
     virtual ~SpeechModelManager() = default;
 
-    /// All offered ones, the smallest first, then other installed ones.
+    /// All offered models, smallest first, then the other installed models.
     virtual std::vector<SpeechModelState> list() const = 0;
 
-    /// Downloads an offered model, or replaces a damaged one; does nothing if it is installed. Like
-    /// AssetInstallationRequest::downloadAndInstall; also throws if there is no such model.
+    /// Downloads an offered model, or replaces a damaged one; does nothing if it is installed.
+    /// Parameters and failures as in AssetInstallationRequest::downloadAndInstall; also throws if
+    /// the model is not offered.
     virtual Task<void> download(std::string name, std::function<void(AssetProgress)> progress,
                                 std::stop_token stop) = 0;
 
-    /// Throws with a text that can be shown, also for a model that came with the program and for an
-    /// unknown name.
+    /// Throws an exception with a text for the user if the removal fails, the model came with the
+    /// program, or the name is unknown.
     virtual void remove(const std::string& name) = 0;
 };
 

@@ -8,7 +8,7 @@
 
 namespace tessarune {
 
-/// The services that recognition uses. The references outlive everything made with it.
+/// The services that recognition uses. The references outlive everything made with them.
 struct SpeechPlatform {
     Host& host;
     SpeechEngine engine;

@@ -9,7 +9,7 @@
 
 namespace tessarune {
 
-/// A run of a result's text, with the engine's data about it.
+/// A piece of a result's text with the engine's attributes.
 struct SpeechRun {
     std::string text;
     std::optional<double>
@@ -22,7 +22,7 @@ struct SpeechRun {
 
 /// One result of the engine for a stretch of audio: volatile until `isFinal`.
 struct SpeechResult {
-    std::vector<SpeechRun> runs; ///< their texts, one after the other, are the text
+    std::vector<SpeechRun> runs; ///< concatenated, their texts are the result's text
     bool isFinal = false;
     std::vector<std::string> alternatives; ///< best first; the first is the text itself
 
@@ -37,22 +37,21 @@ struct SpeechResult {
 enum class SpeechReportingOption { volatileResults, fastResults, alternativeTranscriptions };
 enum class SpeechAttributeOption { audioTimeRange, transcriptionConfidence };
 
-/// The options of the engine for one session.
+/// The engine's options for one session.
 struct SpeechTranscriberOptions {
     std::string localeIdentifier;
     std::set<SpeechReportingOption> reporting;
     std::set<SpeechAttributeOption> attributes;
 };
 
-/// Seam: the half of the on-device recogniser that delivers results. It belongs to the session that
-/// made it; an analyzer works for it.
+/// Interface: the half of the on-device recogniser that delivers results. It belongs to the session
+/// that made it; its analyzer produces the results.
 class SpeechTranscriber {
   public:
     virtual ~SpeechTranscriber() = default;
 
-    /// The results in order, to be read by one consumer on the executor that was given when the
-    /// transcriber was made. Ends when the analyzer has finished; `next` throws the engine's
-    /// failure.
+    /// The results in order, for one consumer on the executor that the transcriber was made with.
+    /// The stream ends when the analyzer has finished; `next` throws the engine's failure.
     virtual AsyncStream<SpeechResult> results() = 0;
 };
 
