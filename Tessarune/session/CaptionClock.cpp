@@ -18,7 +18,7 @@ struct CaptionClock::State {
     std::optional<double> heldAt;
     std::vector<Call> calls; // in the order of the calls to `after`
 
-    /// Makes the calls that are due at `limit`, each at its own time.
+    /// Makes the calls that are due by `limit`, each at its own time.
     void runDue(double limit) {
         for (;;) {
             const auto next = std::ranges::min_element(calls, {}, &Call::due);
@@ -36,11 +36,11 @@ struct CaptionClock::State {
 CaptionClock::CaptionClock(Host& host) : state_(std::make_shared<State>(host)) {}
 
 CaptionClock::Hold::Hold(CaptionClock& clock)
-    : clock_(clock), isOuter_(!clock.state_->heldAt), t_(clock.now()) {
+    : clock_(clock), isOuter_(!clock.state_->heldAt), time_(clock.now()) {
     if (!isOuter_)
         return;
-    clock.state_->runDue(t_);
-    clock.state_->heldAt = t_;
+    clock.state_->runDue(time_);
+    clock.state_->heldAt = time_;
 }
 
 CaptionClock::Hold::~Hold() {
@@ -56,7 +56,7 @@ void CaptionClock::after(double delay, Block block) {
     const double due = now() + delay;
     state_->calls.push_back({due, std::move(block)});
     const double wait = std::max(due - state_->host.now(), 0.0);
-    // Rounding may wake it slightly before the call is due.
+    // Because of rounding, this may run slightly before the call is due.
     state_->host.after(wait, [weak = std::weak_ptr(state_), due] {
         if (const auto state = weak.lock(); state && !state->heldAt)
             state->runDue(std::max(due, state->host.now()));

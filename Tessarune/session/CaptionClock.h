@@ -7,19 +7,19 @@
 
 namespace tessarune {
 
-/// The clock of a session's captions. It stops while the core processes an event, and a delayed
-/// call runs at its due time, however late the main queue gets to it. So the rows depend only on
-/// the logged events and times, and a replay of the log gives the same rows.
+/// The clock of a session's captions. It is stopped while the core processes an event, and a
+/// delayed call always sees its due time, even if the main queue runs it late. So the rows depend
+/// only on the logged events and times, and a replay of the log produces the same rows.
 ///
 /// Main queue. The host outlives it.
 class CaptionClock {
   public:
-    /// While it lives, the clock is stopped at `t`. A nested one keeps the time of the outer one.
+    /// Stops the clock at `time` while it exists. A nested one keeps the time of the outer one.
     class Hold {
       public:
         ~Hold();
         Hold(const Hold&) = delete;
-        double t() const { return t_; }
+        double time() const { return time_; }
 
       private:
         friend class CaptionClock;
@@ -27,13 +27,13 @@ class CaptionClock {
 
         CaptionClock& clock_;
         const bool isOuter_;
-        const double t_;
+        const double time_;
     };
 
     explicit CaptionClock(Host& host);
 
-    /// Runs the due calls, then stops the clock. Hold it around every change of the core from
-    /// outside.
+    /// Runs the due calls, then stops the clock until the hold is destroyed. Make one around every
+    /// change of the core from outside.
     [[nodiscard]] Hold hold() { return Hold(*this); }
 
     double now() const;

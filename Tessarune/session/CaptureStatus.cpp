@@ -15,7 +15,7 @@ void CaptureStatus::handleSoundHeard() {
 
 void CaptureStatus::handleSystemAudioSilent() {
     if (!*view_.isListening ||
-        !SystemAudioSilentStartPolicy::warnsOfSilence(permissions_, *view_.selectedSource))
+        !SystemAudioSilentStartPolicy::recordSilentStart(permissions_, *view_.selectedSource))
         return;
     view_.status = SessionStatus{SessionStatus::Kind::silent};
     refresh_("systemAudio.silent");

@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// What the status line of a session says about its sound: that it is silent, interrupted, or comes
-/// from another device. Main queue; all references must outlive it.
+/// Shows the state of the sound in the status line of a session: silent, interrupted, or resumed on
+/// some device. Main queue; all references must outlive it.
 class CaptureStatus {
   public:
     using Refresh = std::function<void(const std::string& reason)>;
@@ -20,13 +20,13 @@ class CaptureStatus {
                   Refresh refresh)
         : view_(view), permissions_(permissions), log_(log), refresh_(std::move(refresh)) {}
 
-    /// A new session begins.
+    /// Call at the start of a session.
     void reset() { isInterrupted_ = false; }
     void handleSoundHeard();
     void handleSystemAudioSilent();
     void handle(const CaptureEvent& event);
-    /// Words have arrived: whatever the line says is over, unless the sound is interrupted. The
-    /// last words before an interruption arrive after the news of it.
+    /// Clears the line because words have arrived, unless the sound is interrupted: the last words
+    /// before an interruption arrive after its event.
     void handleCaptionActivity();
 
   private:

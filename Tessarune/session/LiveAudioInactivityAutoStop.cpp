@@ -14,10 +14,10 @@ void LiveAudioInactivityAutoStop::start(std::optional<double> timeoutSeconds, On
         return;
     didFire_ = false;
     lastActivityAt_ = now();
-    lastLookAt_ = host_.now();
+    lastCheckAt_ = host_.now();
     timeoutSeconds_ = timeoutSeconds;
     onTimeout_ = std::move(onTimeout);
-    timer_.emplace(host_, secondsBetweenLooks, [this] { tick(); });
+    timer_.emplace(host_, secondsBetweenChecks, [this] { tick(); });
 }
 
 void LiveAudioInactivityAutoStop::stop() {
@@ -36,7 +36,7 @@ void LiveAudioInactivityAutoStop::noteActivity() {
 }
 
 void LiveAudioInactivityAutoStop::tick() {
-    passOverSleep();
+    excludeSleep();
     if (didFire_ || !timer_ || !timeoutSeconds_)
         return;
     const double idle = lastActivityAt_ ? std::max(now() - *lastActivityAt_, 0.0) : 0.0;
@@ -50,11 +50,11 @@ void LiveAudioInactivityAutoStop::tick() {
         onTimeout(idle, timeout);
 }
 
-void LiveAudioInactivityAutoStop::passOverSleep() {
-    const double late = host_.now() - lastLookAt_ - secondsBetweenLooks;
-    lastLookAt_ = host_.now();
-    // A busy computer delays a check too, but not by a whole interval.
-    if (late > secondsBetweenLooks && lastActivityAt_)
+void LiveAudioInactivityAutoStop::excludeSleep() {
+    const double late = host_.now() - lastCheckAt_ - secondsBetweenChecks;
+    lastCheckAt_ = host_.now();
+    // A busy computer also delays a check, but not by more than an interval.
+    if (late > secondsBetweenChecks && lastActivityAt_)
         *lastActivityAt_ += late;
 }
 

@@ -8,13 +8,13 @@
 
 namespace tessarune {
 
-/// Reports when nothing has been heard for too long. Main queue.
+/// Reports that nothing has been heard for too long. Main queue.
 ///
-/// It checks every five seconds, so the report is up to five seconds late; it comes once until
-/// there is activity again. Time in which the computer slept is not silence.
+/// It checks every five seconds, so the report may be five seconds late. It reports each silence
+/// once. Time in which the computer sleeps does not count.
 class LiveAudioInactivityAutoStop {
   public:
-    static constexpr double secondsBetweenLooks = 5.0;
+    static constexpr double secondsBetweenChecks = 5.0;
     using OnTimeout = std::function<void(double idleSeconds, double timeoutSeconds)>;
 
     explicit LiveAudioInactivityAutoStop(Host& host);
@@ -27,14 +27,14 @@ class LiveAudioInactivityAutoStop {
     void stop();
     bool isRunning() const { return timer_.has_value(); }
 
-    /// Something was heard now. No effect unless it is running.
+    /// Notes that something is heard now. Does nothing unless the watch is running.
     void noteActivity();
 
     /// One check; called by the timer.
     void tick();
 
   private:
-    void passOverSleep();
+    void excludeSleep();
 
     Host& host_;
     std::optional<RepeatingTimer> timer_;
@@ -42,7 +42,7 @@ class LiveAudioInactivityAutoStop {
     std::optional<double> lastActivityAt_;
     std::optional<double> timeoutSeconds_;
     bool didFire_ = false;
-    double lastLookAt_ = 0;
+    double lastCheckAt_ = 0;
 };
 
 } // namespace tessarune

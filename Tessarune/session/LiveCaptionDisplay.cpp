@@ -61,7 +61,7 @@ LiveCaptionDisplay::translationStatus(std::span<const CaptionSegment> committed,
     input.backend = *settings_.translationBackend;
     input.target = *settings_.translationTargetLanguage;
     input.statusMessage = message;
-    // The line beside the captions shows what needs attention, not each step of the work.
+    // The status beside the captions shows only what needs attention, not the progress.
     input.includeProgress = false;
     status.text = TranslationPresentationBuilder::statusText({}, input);
     status.canRetryIncomplete =

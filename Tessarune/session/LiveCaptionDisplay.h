@@ -15,7 +15,7 @@
 namespace tessarune {
 
 /// Makes the frame of a session from its captions, its texts and the settings, and reports each
-/// refresh to the diagnostics. Its cost does not grow with the session.
+/// refresh to the diagnostics. The cost of a refresh does not grow with the session.
 ///
 /// Main queue; the references outlive it.
 class LiveCaptionDisplay {
@@ -42,7 +42,7 @@ class LiveCaptionDisplay {
     LiveCaptionDisplayCache cache_;
     LiveCaptionDisplayStore store_;
     LiveCaptionDisplaySettingsObserver settingsObserver_;
-    std::size_t translatedRows_ = 0; // that many leading rows have a translation
+    std::size_t translatedRows_ = 0; // the number of rows before the first untranslated one
     double buildSeconds_ = 0;
     double buildMaxMS_ = 0;
     double sourceSeconds_ = 0;

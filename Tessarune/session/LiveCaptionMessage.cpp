@@ -20,7 +20,7 @@ bool LiveCaptionMessage::isShown() const {
            Text::equal(core_.currentPartial->sourceText, message_->sourceText);
 }
 
-void LiveCaptionMessage::takeAway() {
+void LiveCaptionMessage::remove() {
     if (isShown())
         core_.currentPartial.mutate([](CaptionSegment& row) { row.sourceText.clear(); });
     message_.reset();

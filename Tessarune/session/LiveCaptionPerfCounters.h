@@ -4,7 +4,7 @@
 
 namespace tessarune {
 
-/// The counters of a session since its start. Main queue.
+/// The counters of a session, counted from its start. Main queue.
 struct LiveCaptionPerfCounters {
     double asrEventCount = 0;
     double asrPartialCount = 0;
@@ -24,7 +24,7 @@ struct LiveCaptionPerfCounters {
     double liveHistoryTextCharacters = 0;
     double audioInactivityAutoStops = 0;
 
-    /// The counters by the names of the fields.
+    /// The counters, keyed by the names of the fields.
     PerfStats stats() const;
 };
 

@@ -8,8 +8,8 @@ namespace tessarune {
 
 namespace {
 
-/// Appends a line, and returns the number of characters that this adds. A line end is always a
-/// character of its own, so the characters of lines can be added up.
+/// Appends a line and returns the number of characters added. A line end is always a separate
+/// character, so the counts of single lines can be added up.
 std::size_t appendLine(std::string& text, const std::string& line) {
     if (line.empty())
         return 0;
@@ -25,10 +25,10 @@ std::size_t appendLine(std::string& text, const std::string& line) {
 LiveHistoryText::Built LiveHistoryText::build(std::string_view previous,
                                               const SessionTranscriptBuilder::Sources& sources) {
     const auto rows = sources.committedSegments;
-    if (!goesOn(previous, rows))
+    if (!continuesText(previous, rows))
         *this = LiveHistoryText();
     Built built{std::string(previous.substr(0, settledBytes_)), settledCharacters_};
-    // Whether the open row repeats the last committed one shows only if that row is included.
+    // The builder needs the last committed row to detect that the open row repeats it.
     const auto last = rows.last(std::min<std::size_t>(rows.size(), 1));
     const auto settled = rows.first(rows.size() - last.size());
     if (settled.size() > settledRows_) {
@@ -46,8 +46,8 @@ LiveHistoryText::Built LiveHistoryText::build(std::string_view previous,
     return built;
 }
 
-bool LiveHistoryText::goesOn(std::string_view previous,
-                             std::span<const CaptionSegment> rows) const {
+bool LiveHistoryText::continuesText(std::string_view previous,
+                                    std::span<const CaptionSegment> rows) const {
     return settledRows_ == 0 ||
            (rows.size() > settledRows_ && rows[settledRows_ - 1].id == *lastSettledRow_ &&
             previous.size() >= settledBytes_);

@@ -66,14 +66,14 @@ void LiveRecordingTracker::journalTranslation(const CaptionSegment& row) {
 Task<void> LiveRecordingTracker::synchronizeJournal() {
     if (!journal_)
         co_return;
-    Task<void> synchronizing = journal_->synchronize(); // keeps what it needs
+    Task<void> synchronizing = journal_->synchronize(); // independent of the journal object
     co_await synchronizing;
 }
 
 bool LiveRecordingTracker::saveTranscripts(std::string_view sourceText,
                                            std::string_view bilingualText,
                                            const std::optional<HistoryWordTimeline>& wordTimeline) {
-    // Deleted during its session: what the user deleted does not come back.
+    // A recording that the user deleted during its session must not reappear.
     if (currentID_ && catalog_.wasDeleted(*currentID_))
         discardCurrentRecordingIfAny();
     const std::unique_ptr<SessionJournal> journal = std::move(journal_);
@@ -109,7 +109,7 @@ LiveRecordingTracker::updateLastSavedTranscripts(std::string_view sourceText,
                                                  std::string_view bilingualText) {
     using Outcome = RecordingTranscriptSaveOutcome;
     if (!lastSavedID_)
-        return Outcome::saved; // there was nothing to save, so nothing is missing
+        return Outcome::saved; // nothing was recorded, so there is nothing to update
     const auto update = catalog_.updateTranscripts(sourceText, bilingualText, *lastSavedID_);
     if (update.outcome == Outcome::failed) {
         logger_.important("recording.transcript.update.degraded",

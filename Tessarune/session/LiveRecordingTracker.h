@@ -19,8 +19,8 @@
 
 namespace tessarune {
 
-/// The recording of the running session, the journal of its rows, and the recording that was saved
-/// last. Main queue. All references must outlive it.
+/// Keeps track of the recording of the running session, the journal of its rows, and the recording
+/// that was saved last. Main queue. All references must outlive it.
 class LiveRecordingTracker {
   public:
     LiveRecordingTracker(Host& host, FileSystem& files, RecordingCatalog& catalog,
@@ -30,36 +30,39 @@ class LiveRecordingTracker {
     const std::optional<UUID>& currentID() const { return currentID_; }
     const std::optional<UUID>& lastSavedID() const { return lastSavedID_; }
     bool hasCurrentRecording() const { return currentID_.has_value(); }
-    /// The start of the current recording on the clock of the words' times: that of its file's
-    /// first sample, as soon as there is one.
+    /// The start of the current recording on the clock of the word times; the time of its file's
+    /// first sample as soon as that is known.
     std::optional<double> currentStartedAt() const { return currentStartedAt_; }
 
     void reset();
 
-    /// A recording has begun; the committed rows so far open its journal. Deletes a recording whose
-    /// session is already over, and one that this one replaces.
+    /// Makes a recording that has begun the current one and opens its journal with the committed
+    /// rows so far. A previous current recording is deleted. If the session is already over,
+    /// deletes the new recording instead.
     void handleStarted(const RecordingMetadata& metadata, bool isListening, const CaptionCore& core,
                        const std::string& recognitionOptionID);
-    /// The file of a recording begins with the sound of this host time.
+    /// Notes the host time of the first sample in the file of a recording.
     void handleFirstSample(const UUID& recording, double heardAt);
-    /// Its diagnostics run stays.
+    /// Deletes the current recording and its journal, but keeps its diagnostics run.
     void discardCurrentRecordingIfAny();
 
-    /// Rows were committed: a crash from now on leaves them in the journal.
+    /// Writes committed rows to the journal, from which they are recovered after a crash.
     void journal(const CaptionCore& core, std::span<const CaptionSegment> rows);
-    /// The translation of this row was added or removed.
+    /// Writes a row to the journal whose translation was added or removed.
     void journalTranslation(const CaptionSegment& row);
 
-    /// Makes the journal so far survive a loss of power. Resumes on the main queue.
+    /// Flushes the journal to the disk, so that it survives a power failure. Resumes on the main
+    /// queue.
     Task<void> synchronizeJournal();
 
-    /// Saves the texts of the current recording, which then is no longer current, even after
-    /// failures. False if anything could not be saved; the next start then makes it from the
-    /// journal. A recording that was deleted meanwhile has nothing to save.
+    /// Saves the texts of the current recording. Afterwards, no recording is current, even after
+    /// failures. Returns false if anything could not be saved; the next launch of the program then
+    /// recovers it from the journal. Returns true if nothing was recorded or the user has deleted
+    /// the recording.
     bool saveTranscripts(std::string_view sourceText, std::string_view bilingualText,
                          const std::optional<HistoryWordTimeline>& wordTimeline);
-    /// Replaces the texts of the recording that was saved last, if it still exists and was not
-    /// refined since.
+    /// Replaces the texts of the recording that was saved last, if it still exists and has not been
+    /// refined in the meantime.
     RecordingTranscriptSaveOutcome updateLastSavedTranscripts(std::string_view sourceText,
                                                               std::string_view bilingualText);
 

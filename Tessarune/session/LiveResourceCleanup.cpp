@@ -13,7 +13,7 @@ void truncateDebugLog(const Resources& resources) {
         if (resources.debugLog)
             resources.files.empty(*resources.debugLog);
     } catch (const std::exception&) {
-        // It is only a trace for developers.
+        // The debug log is only a trace for developers.
     }
 }
 

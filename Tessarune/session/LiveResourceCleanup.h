@@ -20,8 +20,7 @@ struct Resources {
     std::optional<std::filesystem::path> debugLog = TessarunePaths::debugLog();
 };
 
-/// Empties the debug log if there is one, and returns memory in the background. Failures are
-/// ignored.
+/// Empties the debug log, if any, and returns memory in the background. Failures are ignored.
 void releaseIdleResources(const Resources& resources);
 
 } // namespace tessarune::LiveResourceCleanup

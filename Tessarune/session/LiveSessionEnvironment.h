@@ -28,14 +28,15 @@ struct LiveSessionEnvironment {
     PermissionsManager& permissions;
     RecordingCatalog& catalog;
     std::shared_ptr<AudioSessionRecorder> recorder;
-    /// Called when a session starts that is to be recorded; absent: each may be.
+    /// Called before a session is recorded, to ask whether it may be; if empty, it may.
     std::function<bool()> mayRecord = {};
     RecordingAudioCompressor& compressor;
-    /// Null: nothing is translated.
+    /// May be null: then nothing is translated.
     std::shared_ptr<SessionTranslation> translation;
     /// May be null.
     std::shared_ptr<SessionDiagnostics> diagnostics;
-    /// A recording was saved; ignore an absent request.
+    /// Called after the transcript is saved, with `nullopt` if it is not to be refined; may be
+    /// empty.
     std::function<void(const std::optional<HistoryRefinementRequest>&)> scheduleHistoryRefinement;
     /// Returns free memory to the operating system; any thread.
     std::function<void()> returnMemory;

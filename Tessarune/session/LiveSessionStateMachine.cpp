@@ -6,7 +6,7 @@ namespace {
 
 using Phase = LiveSessionPhase;
 
-bool isUnderWay(Phase phase) {
+bool isActive(Phase phase) {
     return phase == Phase::preparing || phase == Phase::loading || phase == Phase::listening;
 }
 
@@ -27,7 +27,7 @@ std::optional<LiveSessionTransition> LiveSessionStateMachine::beginStart() {
 }
 
 std::optional<LiveSessionTransition> LiveSessionStateMachine::permissionsGranted() {
-    if (!isUnderWay(phase))
+    if (!isActive(phase))
         return std::nullopt;
     phase = Phase::loading;
     return LiveSessionTransition{.phase = phase,
@@ -37,7 +37,7 @@ std::optional<LiveSessionTransition> LiveSessionStateMachine::permissionsGranted
 }
 
 std::optional<LiveSessionTransition> LiveSessionStateMachine::transcriberReady() {
-    if (!isUnderWay(phase)) {
+    if (!isActive(phase)) {
         phase = Phase::idle;
         return LiveSessionTransition{.phase = phase, .discardLateStartArtifacts = true};
     }
@@ -54,7 +54,7 @@ std::optional<LiveSessionTransition> LiveSessionStateMachine::startFailed() {
 }
 
 std::optional<LiveSessionTransition> LiveSessionStateMachine::requestStop(bool hasRecording) {
-    if (!isUnderWay(phase) && !(acceptsStart(phase) && hasRecording))
+    if (!isActive(phase) && !(acceptsStart(phase) && hasRecording))
         return std::nullopt;
     phase = Phase::stopping;
     return LiveSessionTransition{.phase = phase,

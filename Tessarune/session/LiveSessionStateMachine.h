@@ -19,7 +19,7 @@ struct LiveSessionStateMachine {
     std::optional<LiveSessionTransition> permissionsGranted();
     std::optional<LiveSessionTransition> transcriberReady();
     std::optional<LiveSessionTransition> startFailed();
-    /// A session that has ended can still be stopped until its recording is saved.
+    /// In `idle` and `failed` accepted only while a recording is still to be saved.
     std::optional<LiveSessionTransition> requestStop(bool hasRecording);
     std::optional<LiveSessionTransition> stopFinished();
 

@@ -51,9 +51,9 @@ Task<void> LiveSessionStop::compressRecordingIfNeeded(Store store) {
     const MediaProgress progress = [weak = store->weak_from_this(),
                                     &main = store->host()](double fraction) {
         main.post([weak, fraction] {
-            const Store still = weak.lock();
-            if (still && still->view_.audioCompressProgress->has_value())
-                still->view_.audioCompressProgress = fraction;
+            const Store alive = weak.lock();
+            if (alive && alive->view_.audioCompressProgress->has_value())
+                alive->view_.audioCompressProgress = fraction;
         });
     };
     std::string error;
@@ -101,7 +101,7 @@ void LiveSessionStop::reportCompressed(const RecordingMetadata& source,
 void LiveSessionStop::reportCompressFailure(const RecordingMetadata& source,
                                             const std::string& error, const Step& step) {
     if (store_.environment_.catalog.wasDeleted(source.id)) {
-        store_.view_.status = SessionStatus(); // its sound went with it, and no log may name it
+        store_.view_.status = SessionStatus(); // the user deleted it: no log may mention it
         return log().finish(step, {{"reason", "recordingDeleted"}});
     }
     store_.view_.status = SessionStatus{SessionStatus::Kind::compressionFailed};

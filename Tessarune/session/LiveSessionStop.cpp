@@ -24,7 +24,7 @@ SessionLog& LiveSessionStop::log() const {
 }
 
 void LiveSessionStop::request(const LiveSessionControlTrigger& trigger) {
-    // A late start can have reset the phase during a stop; there is never a second stop.
+    // A late start may have reset the phase during a stop, but a second stop must not begin.
     if (isFinalizing_) {
         startsAgain_ = false;
         return;
@@ -44,7 +44,7 @@ void LiveSessionStop::request(const LiveSessionControlTrigger& trigger) {
     store_.applySessionTransition(transition);
     store_.inactivity_.stop();
     const CaptionClock::Hold hold = store_.captionClock_.hold();
-    store_.environment_.diagnostics->markCaptions(CaptionMark::stopped, hold.t());
+    store_.environment_.diagnostics->markCaptions(CaptionMark::stopped, hold.time());
     store_.core_.cancelPendingPartial();
     store_.durationClock_.stop();
     store_.texts_.updateVisibleSourceTextFlag();
@@ -63,7 +63,7 @@ Task<void> LiveSessionStop::run(std::weak_ptr<LiveTranscriptStore> weak, std::ui
     Task<void> finalizing = stop.finalize(store);
     co_await finalizing;
     stop.log().event("listen.stop.task.done", stop.log().elapsed(requestedAt));
-    // A session started meanwhile may have a stop of its own by now.
+    // If another session has started in the meantime, its own stop may already be running.
     if (stop.number_ == number)
         stop.task_.reset();
 }
@@ -85,7 +85,7 @@ Task<void> LiveSessionStop::finalize(Store store) {
     const bool translationCompleted = co_await translating;
     Task<void> compressing = compressRecordingIfNeeded(store);
     co_await compressing;
-    store->environment_.compressor.forget(); // whatever the stop's outcome
+    store->environment_.compressor.forget(); // whatever the outcome
     finishDiagnostics();
     const bool transcriptPersisted = persist();
     cleanUp();
@@ -105,17 +105,17 @@ LiveSessionStop::Step LiveSessionStop::beginFinalize() {
     return log().begin("listen.stop.finalize", fields);
 }
 
-std::vector<UUID> LiveSessionStop::sealedRows() {
+std::vector<UUID> LiveSessionStop::sealLiveRows() {
     const CaptionClock::Hold hold = store_.captionClock_.hold();
-    store_.environment_.diagnostics->markCaptions(CaptionMark::sealed, hold.t());
-    return store_.core_.sealLiveIntoHistory(hold.t());
+    store_.environment_.diagnostics->markCaptions(CaptionMark::sealed, hold.time());
+    return store_.core_.sealLiveIntoHistory(hold.time());
 }
 
 void LiveSessionStop::sealLiveIntoCommitted() {
     const Step step = log().begin("listen.stop.seal");
-    store_.message_.takeAway();
+    store_.message_.remove();
     const std::size_t before = store_.core_.committedSegments->size();
-    const std::vector<UUID> added = sealedRows();
+    const std::vector<UUID> added = sealLiveRows();
     if (!added.empty()) {
         const CaptionCore::Rows& rows = *store_.core_.committedSegments;
         store_.recordingTracker_.journal(store_.core_, std::span(rows).subspan(before));
@@ -130,7 +130,9 @@ void LiveSessionStop::sealLiveIntoCommitted() {
     log().finish(step);
 }
 
-/// If the catalog could not be updated it says nothing about the sound, so the file is checked too.
+/// Whether the session has neither sound nor text. Also checks the file, because the duration in
+/// the catalog is 0 if the update of the catalog failed. False if full diagnostics are captured,
+/// which keeps the recording.
 bool LiveSessionStop::heardNothing() const {
     const auto recording = store_.recordingTracker_.currentRecordingMetadata();
     if (!recording || recording->duration > 0 || !store_.core_.committedSegments->empty() ||

@@ -18,11 +18,11 @@ namespace tessarune {
 class LiveTranscriptStore;
 struct RecordingMetadata;
 
-/// The stop of a session: drains the last words from the recogniser and seals them, gives
-/// translations a bounded time, compresses the recording, saves everything, and makes the session
-/// idle again. Failures on the way are shown and logged, and the stop continues.
+/// Stops a session: drains the last words from the recogniser and seals them, gives translations a
+/// limited time, compresses the recording, saves everything, and makes the session idle again. The
+/// stop shows and logs failures and continues.
 ///
-/// Main queue. A part of the store, which owns it; its task keeps the store alive.
+/// Main queue. The store owns it; the task of a stop keeps the store alive.
 class LiveSessionStop {
   public:
     explicit LiveSessionStop(LiveTranscriptStore& store);
@@ -33,13 +33,14 @@ class LiveSessionStop {
     void request(const LiveSessionControlTrigger& trigger);
     /// Starts another session as soon as this one is saved.
     void startAgainAfterwards() { startsAgain_ = true; }
-    /// A session begins: until it listens, none of it is worth keeping.
-    void sessionBegins() { isWorthKeeping_ = false; }
-    void sessionListens() { isWorthKeeping_ = true; }
+    /// A session that ends before it listens is not worth keeping: its recording is discarded.
+    void noteSessionStarting() { isWorthKeeping_ = false; }
+    void noteSessionListening() { isWorthKeeping_ = true; }
 
-    /// The task of a stop is running.
+    /// Whether the task of a stop is running.
     bool isRunning() const { return task_.has_value(); }
-    /// Like `isRunning`, but false as soon as another session may begin.
+    /// Whether a stop is in progress. False as soon as another session may begin, when the task may
+    /// still be running.
     bool isFinalizing() const { return isFinalizing_; }
 
   private:
@@ -50,7 +51,7 @@ class LiveSessionStop {
     Task<void> drainEngine(Store store);
     Task<void> finalize(Store store);
     Step beginFinalize();
-    std::vector<UUID> sealedRows();
+    std::vector<UUID> sealLiveRows();
     void sealLiveIntoCommitted();
     bool heardNothing() const;
     void discardEmptyRecording();
@@ -79,13 +80,13 @@ class LiveSessionStop {
 
     LiveTranscriptStore& store_;
     const std::shared_ptr<SerialQueue> utilityQueue_;
-    std::optional<TaskHandle> task_; // present exactly while the task lives
-    std::uint64_t number_ = 0;
+    std::optional<TaskHandle> task_; // present while the task of a stop runs
+    std::uint64_t number_ = 0;       // of the latest stop
     double requestedAt_ = 0;
     bool isFinalizing_ = false;
     bool startsAgain_ = false;
     bool isWorthKeeping_ = false;
-    bool wasEmpty_ = false; // the recording was discarded because there was nothing in it
+    bool wasEmpty_ = false; // the recording was discarded because it was empty
     std::optional<LiveSessionControlTrigger> trigger_;
 };
 

@@ -12,11 +12,11 @@ struct LiveSessionTransition {
     LiveSessionPhase phase = LiveSessionPhase::idle; ///< after the step
     bool isListening = false;
     bool isStarting = false;
-    std::optional<SessionStatus> status = std::nullopt; ///< absent: stays as it is
-    std::optional<double> audioLevel = std::nullopt;    ///< absent: stays as it is
-    /// The start ended after its session had been abandoned: its results are discarded.
+    std::optional<SessionStatus> status = std::nullopt; ///< absent: unchanged
+    std::optional<double> audioLevel = std::nullopt;    ///< absent: unchanged
+    /// The start was completed after its session had been abandoned: discard its results.
     bool discardLateStartArtifacts = false;
-    bool presentStartFailure = false; ///< report to the user why the start failed
+    bool presentStartFailure = false; ///< tell the user why the start failed
 
     bool operator==(const LiveSessionTransition&) const = default;
 };

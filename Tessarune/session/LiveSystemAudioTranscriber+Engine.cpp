@@ -43,7 +43,7 @@ LiveSystemAudioTranscriber::Engine LiveSystemAudioTranscriber::makeConfiguredTra
     return engine;
 }
 
-/// A callback of `engine` that does nothing once another engine has replaced it.
+/// Returns a callback for `engine` that does nothing once another engine has replaced it.
 template <typename Callback>
 auto LiveSystemAudioTranscriber::whileCurrent(const AudioTranscriber& engine, Callback callback) {
     return [weak = weak_from_this(), identity = &engine, callback](const auto& value) {
@@ -127,15 +127,15 @@ PerfStats LiveSystemAudioTranscriber::perfStats() const {
 
 PerfStats LiveSystemAudioTranscriber::wrapperPerfStats() const {
     const MutexLock lock(perfLock_);
-    return {{"audioBufferCount", heard_.buffers},
-            {"audioBufferInfoEvents", heard_.infoEvents},
-            {"systemAudioPermissionMarkEvents", heard_.permissionMarkEvents},
-            {"audioLevelEvents", heard_.levelEvents}};
+    return {{"audioBufferCount", soundSummary_.buffers},
+            {"audioBufferInfoEvents", soundSummary_.infoEvents},
+            {"systemAudioPermissionMarkEvents", soundSummary_.permissionMarkEvents},
+            {"audioLevelEvents", soundSummary_.levelEvents}};
 }
 
 double LiveSystemAudioTranscriber::sampleRate() const {
     const MutexLock lock(perfLock_);
-    return heard_.sampleRate;
+    return soundSummary_.sampleRate;
 }
 
 // Sound
@@ -143,17 +143,17 @@ double LiveSystemAudioTranscriber::sampleRate() const {
 void LiveSystemAudioTranscriber::handle(AudioBufferPtr buffer) {
     const double sampleRate = buffer->format.sampleRate;
     const Engine engine = currentEngine();
-    bool isAnotherRate = false;
+    bool rateChanged = false;
     {
         const MutexLock lock(perfLock_);
-        ++heard_.buffers;
-        isAnotherRate = sampleRate != heard_.sampleRate;
-        if (isAnotherRate) {
-            heard_.sampleRate = sampleRate;
-            ++heard_.infoEvents;
+        ++soundSummary_.buffers;
+        rateChanged = sampleRate != soundSummary_.sampleRate;
+        if (rateChanged) {
+            soundSummary_.sampleRate = sampleRate;
+            ++soundSummary_.infoEvents;
         }
     }
-    if (isAnotherRate && onAudioBufferInfo)
+    if (rateChanged && onAudioBufferInfo)
         onAudioBufferInfo(sampleRate);
     environment_.recorder->append(buffer);
     if (engine)
@@ -163,7 +163,7 @@ void LiveSystemAudioTranscriber::handle(AudioBufferPtr buffer) {
 void LiveSystemAudioTranscriber::handleLevel(double level) {
     {
         const MutexLock lock(perfLock_);
-        ++heard_.levelEvents;
+        ++soundSummary_.levelEvents;
     }
     if (onLevel)
         onLevel(level);
@@ -184,7 +184,7 @@ void LiveSystemAudioTranscriber::latchSystemAudioPermission() {
         const MutexLock lock(perfLock_);
         if (std::exchange(didLatchSystemAudioPermission_, true))
             return;
-        ++heard_.permissionMarkEvents;
+        ++soundSummary_.permissionMarkEvents;
     }
     // Delivered sound proves the permission.
     host().post([weak = weak_from_this()] {

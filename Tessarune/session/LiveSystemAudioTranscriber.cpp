@@ -59,17 +59,17 @@ Task<void> LiveSystemAudioTranscriber::startSession(Self self, AudioSource sourc
          {"recordLosslessAudio", *settings.recordLosslessAudio},
          {"sessionDiagnosticsEnabled", *settings.sessionDiagnosticsEnabled},
          {"appleDiagnosticsMode", std::string(name(self->diagnosticsMode()))}});
-    self->abandon(); // the remains of an earlier session
+    self->abandon(); // ends what an earlier session left running
     {
         const MutexLock lock(self->perfLock_);
-        self->heard_ = {};
+        self->soundSummary_ = {};
     }
     self->isActive_ = true;
     const std::uint64_t attempt = self->attempt_;
 
     std::exception_ptr failure;
     try {
-        Task<void> steps = startSteps(self, source, attempt);
+        Task<void> steps = startParts(self, source, attempt);
         co_await steps;
     } catch (...) {
         failure = std::current_exception();
@@ -79,7 +79,7 @@ Task<void> LiveSystemAudioTranscriber::startSession(Self self, AudioSource sourc
         self->logger().event("transcriber.start.ready", {{"source", source.logName()}});
         co_return;
     }
-    if (isOvertaken) // and the call that overtook this one has cleaned up
+    if (isOvertaken) // the call that overtook this one has cleaned up
         failure = std::make_exception_ptr(CancellationError());
     self->logger().important(
         "transcriber.start.failed",
@@ -89,13 +89,13 @@ Task<void> LiveSystemAudioTranscriber::startSession(Self self, AudioSource sourc
     std::rethrow_exception(failure);
 }
 
-Task<void> LiveSystemAudioTranscriber::startSteps(Self self, AudioSource source,
+Task<void> LiveSystemAudioTranscriber::startParts(Self self, AudioSource source,
                                                   std::uint64_t attempt) {
     Task<void> engineStart = startEngine(self, attempt);
     co_await engineStart;
     self->throwIfOvertaken(attempt);
 
-    if (self->isToRecord()) {
+    if (self->shouldRecord()) {
         self->logger().event("transcriber.recorder.start");
         self->environment_.recorder->start();
     }
@@ -105,7 +105,7 @@ Task<void> LiveSystemAudioTranscriber::startSteps(Self self, AudioSource source,
     co_await captureStart;
 }
 
-bool LiveSystemAudioTranscriber::isToRecord() const {
+bool LiveSystemAudioTranscriber::shouldRecord() const {
     const AppSettings& settings = environment_.settings;
     if (!*settings.recordWhileCaptioning && !*settings.sessionDiagnosticsEnabled)
         return false;
@@ -121,7 +121,7 @@ Task<void> LiveSystemAudioTranscriber::startEngine(Self self, std::uint64_t atte
         Task<void> starting = engine->start(locale);
         co_await starting;
     } catch (...) {
-        // Results of an engine that was replaced meanwhile are ignored.
+        // The failure of an engine that has been replaced in the meantime is ignored.
         if (self->isCurrent(engine.get()))
             throw;
     }
@@ -207,7 +207,7 @@ Task<void> LiveSystemAudioTranscriber::drainSession(Self self) {
     self->logger().event("transcriber.finishDraining.captureStopped", elapsed());
 
     if (const Engine engine = self->currentEngine()) {
-        // Still installed, so that its last results are delivered.
+        // The engine stays installed, so that its last results are delivered.
         Task<void> draining = engine->finishDrainingAndStop();
         co_await draining;
         if (self->isCurrent(engine.get()))

@@ -23,58 +23,59 @@ namespace tessarune {
 /// recognition engine.
 ///
 /// `start`, `stop`, `finishDrainingAndStop` and `swapEngine` are called on the main queue and
-/// resume there. A start or a swap that another of these calls has overtaken stops what it made and
-/// throws CancellationError. Buffers arrive on the capture's queue. Callbacks are called on any
-/// thread and without a lock; set them before the first start.
+/// resume there. A start throws CancellationError if another start or an end overtakes it, a swap
+/// if any of these calls does; the later call ends what the earlier one has started. Buffers arrive
+/// on the capture's queue. Callbacks are called on any thread and without a lock; set them before
+/// the first start.
 class LiveSystemAudioTranscriber final
     : public SystemAudioCaptureDelegate,
       public std::enable_shared_from_this<LiveSystemAudioTranscriber> {
   public:
-    /// All that is named by reference outlives the object.
+    /// The references outlive the object.
     struct Environment {
         SpeechPlatform speech;
         SoundServer& sound;
         const AppSettings& settings;
         PermissionsManager& permissions;
         std::shared_ptr<AudioSessionRecorder> recorder; ///< this object sets its callbacks
-        std::function<bool()> mayRecord = {}; ///< called at a start that is to record; absent: yes
+        std::function<bool()> mayRecord = {};           ///< asked before recording; empty: it may
     };
     static std::shared_ptr<LiveSystemAudioTranscriber> make(Environment environment);
     LiveSystemAudioTranscriber(const LiveSystemAudioTranscriber&) = delete;
     LiveSystemAudioTranscriber& operator=(const LiveSystemAudioTranscriber&) = delete;
 
     std::function<void(const ASREvent&)> onASREvent;
-    /// The guess since the last final is withdrawn, and no final follows.
+    /// The partial since the last final is withdrawn, and no final follows for it.
     std::function<void()> onGuessWithdrawn;
     std::function<void(double)> onLevel;
     std::function<void(const RecordingMetadata&)> onRecordingStarted;
     std::function<void(const AudioSessionRecorder::FirstSample&)> onFirstSample;
     std::function<void(const RecordingMetadata&)> onRecordingFinished;
     std::function<void(const std::string&)> onError; ///< a text for the user
-    std::function<void(double)> onAudioBufferInfo;   ///< a sample rate
+    std::function<void(double)> onAudioBufferInfo;   ///< the sample rate has changed
     std::function<void(const AppleSpeechAnalyzerRawResultRecord&)> onAppleRawResult;
     std::function<void(const AppleSpeechAnalyzerSummaryRecord&)> onAppleSummaryResult;
     std::function<void(const AppleFinalReconcileDecisionRecord&)> onAppleFinalReconcile;
     std::function<void()> onSystemAudioSilent;
-    /// The sound was interrupted, came back, or comes from another device.
+    /// The sound was interrupted, has resumed, or comes from another device.
     std::function<void(const CaptureEvent&)> onCaptureEvent;
 
-    /// Starts engine, recorder and capture, in this order. Throws what they throw, with a text that
-    /// can be shown, and then nothing runs.
+    /// Starts engine, recorder and capture, in this order. If one fails, stops the others and
+    /// throws its exception, which has a text for the user.
     Task<void> start(AudioSource source);
     /// Ends everything without waiting; unprocessed sound is lost.
     void stop();
-    /// Ends the capture, drains the engine, closes the recording.
+    /// Ends the capture, drains the engine and closes the recording.
     Task<void> finishDrainingAndStop();
-    /// Changes to the engine of the settings. Capture and recorder continue. Does nothing without a
-    /// session.
+    /// Replaces the engine by the one that the settings select. Capture and recorder continue. Does
+    /// nothing without a session.
     Task<void> swapEngine();
 
     /// Asks the engine for an early final.
     void requestFinalization(const std::string& reason);
 
-    double sampleRate() const;          ///< of the session's sound; 0 if there was none yet
-    PerfStats perfStats() const;        ///< the engine's, or those of the last one
+    double sampleRate() const;          ///< of the session's sound; 0 before the first
+    PerfStats perfStats() const;        ///< the engine's, or the previous engine's
     PerfStats wrapperPerfStats() const; ///< this object's own
 
   private:
@@ -85,7 +86,7 @@ class LiveSystemAudioTranscriber final
     void connect();
 
     static Task<void> startSession(Self self, AudioSource source);
-    static Task<void> startSteps(Self self, AudioSource source, std::uint64_t attempt);
+    static Task<void> startParts(Self self, AudioSource source, std::uint64_t attempt);
     static Task<void> startEngine(Self self, std::uint64_t attempt);
     static Task<void> startMicrophone(Self self, AudioSource source);
     static Task<void> startSystemAudio(Self self);
@@ -93,14 +94,14 @@ class LiveSystemAudioTranscriber final
     static Task<void> swap(Self self);
     static Task<void> stopMicrophone(std::shared_ptr<MicrophoneCapture> microphone);
 
-    bool isToRecord() const;
+    bool shouldRecord() const;
     RecognitionOption selectedOption() const;
     Engine makeConfiguredTranscriber();
     void attachCallbacks(SpeechAnalyzerTranscriber& engine, AppleAnalyzerDiagnosticsMode mode);
     AppleAnalyzerDiagnosticsMode diagnosticsMode() const;
     std::optional<double> preferredSampleRate() const;
     void abandon();
-    /// Removes the engine, or installs another.
+    /// Installs an engine, or none if null. Returns the previous one and keeps its counters.
     Engine exchangeEngine(Engine next);
     Engine currentEngine() const;
     bool isCurrent(const AudioTranscriber* engine) const;
@@ -138,15 +139,15 @@ class LiveSystemAudioTranscriber final
 
     mutable SoleLock perfLock_;
     bool didLatchSystemAudioPermission_ GUARDED_BY(perfLock_) = false;
-    /// A summary of one session's sound.
-    struct Heard {
-        double sampleRate = 0; ///< the last reported one
+    /// A summary of the session's sound.
+    struct SoundSummary {
+        double sampleRate = 0; ///< the latest
         double buffers = 0;
         double infoEvents = 0;
         double permissionMarkEvents = 0;
         double levelEvents = 0;
     };
-    Heard heard_ GUARDED_BY(perfLock_);
+    SoundSummary soundSummary_ GUARDED_BY(perfLock_);
     PerfStats lastEnginePerf_ GUARDED_BY(perfLock_);
 };
 

@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// These settings take effect wherever they are changed.
+/// Observes the settings, so that a change from anywhere takes effect.
 void LiveTranscriptStore::observeSettings() {
     AppSettings& settings = environment_.settings;
     const auto observe = [this](auto& setting, auto changed) {
@@ -29,7 +29,7 @@ void LiveTranscriptStore::observeSettings() {
 }
 
 void LiveTranscriptStore::configureCoreCallbacks() {
-    // A live caption changes many times a second; views are notified through the display only.
+    // A live caption changes many times a second; only the display notifies views.
     const auto count = [this](const auto&) {
         ++pipelinePerf_.coreChangeNotifications;
         ++pipelinePerf_.coreChangeObjectWillChangeSuppressed;
@@ -67,8 +67,8 @@ void LiveTranscriptStore::configureCoreCallbacks() {
 
 void LiveTranscriptStore::configureTranscriberCallbacks() {
     using Store = LiveTranscriptStore;
-    // Callbacks may come on any thread: the value is copied to the main queue, which keeps the
-    // order, and passed to `body` while the store lives.
+    // Callbacks may come on any thread: copies the value to the main queue, which keeps the order,
+    // and passes it to `body` there if the store still exists.
     const auto onMain = [weak = weak_from_this(), &main = host()](auto body) {
         return [weak, &main, body](const auto& value) {
             main.post([weak, body, value] {
@@ -131,12 +131,12 @@ void LiveTranscriptStore::configureTranscriberCallbacks() {
         onMain([](Store& self, const CaptureEvent& event) { self.captureStatus_.handle(event); });
 }
 
-// What the transcriber's callbacks do on the main queue
+// Handlers of the transcriber's callbacks, on the main queue
 
 void LiveTranscriptStore::handleRecognitionEvent(const ASREvent& event) {
     const double before = now();
     const CaptionClock::Hold hold = captionClock_.hold();
-    environment_.diagnostics->appendASREvent(event, hold.t());
+    environment_.diagnostics->appendASREvent(event, hold.time());
     const double busy = now() - before;
     pipelinePerf_.asrDiagnosticsBusySeconds += busy;
     pipelinePerf_.asrDiagnosticsMaxMS = std::max(pipelinePerf_.asrDiagnosticsMaxMS, busy * 1000);
@@ -148,16 +148,16 @@ void LiveTranscriptStore::applyRecognition(const ASREvent& event) {
     const bool isFinal = std::holds_alternative<ASREvent::Final>(event.value);
     ++pipelinePerf_.asrEventCount;
     ++(isFinal ? pipelinePerf_.asrFinalCount : pipelinePerf_.asrPartialCount);
-    // After a stop request the last finals still count; guesses do not.
+    // After a stop request, the last finals still count; partials do not.
     if (!*view_.isListening && !(isFinal && *view_.sessionPhase == LiveSessionPhase::stopping))
         return;
     environment_.permissions.latch(PermissionsManager::Key::speechStatus,
                                    PermissionsManager::Status::granted);
     // Speech is activity, even if it is quiet.
     inactivity_.noteActivity();
-    const double ingestedFrom = now();
+    const double ingestStart = now();
     core_.ingest(event);
-    const double ingest = now() - ingestedFrom;
+    const double ingest = now() - ingestStart;
     pipelinePerf_.coreIngestBusySeconds += ingest;
     pipelinePerf_.coreIngestMaxMS = std::max(pipelinePerf_.coreIngestMaxMS, ingest * 1000);
     texts_.updateVisibleSourceTextFlag();
@@ -174,13 +174,13 @@ void LiveTranscriptStore::handleGuessWithdrawn() {
     if (!*view_.isListening && *view_.sessionPhase != LiveSessionPhase::stopping)
         return;
     const CaptionClock::Hold hold = captionClock_.hold();
-    environment_.diagnostics->markCaptions(CaptionMark::withdrawn, hold.t());
+    environment_.diagnostics->markCaptions(CaptionMark::withdrawn, hold.time());
     core_.withdrawOpenText();
     texts_.updateVisibleSourceTextFlag();
     refreshCaptionDisplay("asr.withdrawn");
 }
 
-// What the core's callbacks do, inside its operations
+// Handlers of the core's callbacks, called within its operations
 
 void LiveTranscriptStore::handleCommit(const CaptionCore::Rows& rows) {
     recordingTracker_.journal(core_, rows);

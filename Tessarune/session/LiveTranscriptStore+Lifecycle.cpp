@@ -23,7 +23,7 @@ bool isCancellation(const std::exception_ptr& failure) {
 
 } // namespace
 
-struct LiveTranscriptStore::Start {
+struct LiveTranscriptStore::StartRequest {
     std::uint64_t number;
     AudioSource source;
     std::string optionID;
@@ -58,7 +58,7 @@ void LiveTranscriptStore::startListening(const LiveSessionControlTrigger& trigge
         sessionState_.phase != LiveSessionPhase::failed)
         return;
     view_.startFailure = nullptr;
-    stop_.sessionBegins();
+    stop_.noteSessionStarting();
     view_.outcome = std::optional<SessionOutcome>();
     applySessionTransition(sessionState_.beginStart());
     const AudioSource source = *view_.selectedSource;
@@ -73,33 +73,33 @@ void LiveTranscriptStore::startListening(const LiveSessionControlTrigger& trigge
     startDiagnostics(source);
     environment_.translation->prewarmCurrentTranslationPair("listen.start");
     logPrepared(source, trigger);
-    const Start start{++startNumber_, source, *environment_.settings.selectedRecognitionOptionID,
-                      now(), trigger};
+    const StartRequest start{++startNumber_, source,
+                             *environment_.settings.selectedRecognitionOptionID, now(), trigger};
     LogFields fields{{"source", source.logName()}, {"optionID", start.optionID}};
     fields.add(trigger.logFields());
     log_.milestone("listen.start.task", fields, Importance::important);
     spawn(Executor::main(host()), runStart(weak_from_this(), start));
 }
 
-Task<void> LiveTranscriptStore::runStart(WeakSelf weak, Start start) {
+Task<void> LiveTranscriptStore::runStart(WeakSelf weak, StartRequest start) {
     const Self self = weak.lock();
     if (!self)
         co_return;
     std::exception_ptr failure;
     try {
-        Task<void> steps = startSteps(self, start);
+        Task<void> steps = startSession(self, start);
         co_await steps;
     } catch (...) {
         failure = std::current_exception();
     }
-    // Another start has taken over: the outcome of this one is irrelevant.
+    // If another start has taken over, the outcome of this one is irrelevant.
     if (failure && start.number == self->startNumber_)
         self->failStart(start, failure);
 }
 
-Task<void> LiveTranscriptStore::startSteps(Self self, Start start) {
-    const LogFields about{{"source", start.source.logName()}, {"optionID", start.optionID}};
-    self->log_.milestone("listen.start.permissions.request", about);
+Task<void> LiveTranscriptStore::startSession(Self self, StartRequest start) {
+    const LogFields fields{{"source", start.source.logName()}, {"optionID", start.optionID}};
+    self->log_.milestone("listen.start.permissions.request", fields);
     Task<void> asking = RecognitionPermissionGate::requestRequiredPermissions(
         self->environment_.permissions, start.source, start.optionID);
     co_await asking;
@@ -111,7 +111,7 @@ Task<void> LiveTranscriptStore::startSteps(Self self, Start start) {
     Task<void> starting = self->liveTranscriber_->start(start.source);
     co_await starting;
     if (start.number != self->startNumber_) {
-        // The newer start is still waiting for permissions; the sound belongs to this one.
+        // The newer start is alive waiting for permissions; the sound belongs to this one.
         self->liveTranscriber_->stop();
         self->discardRecording();
         co_return;
@@ -128,14 +128,14 @@ Task<void> LiveTranscriptStore::startSteps(Self self, Start start) {
         self->view_.isDiagnosticsRunning = self->environment_.diagnostics->isRunning();
         co_return;
     }
-    self->stop_.sessionListens();
+    self->stop_.noteSessionListening();
     self->inactivity_.start([weak = self->weak_from_this()](double idle, double timeout) {
-        if (const Self still = weak.lock())
-            still->handleAudioInactivityTimeout(idle, timeout);
+        if (const Self alive = weak.lock())
+            alive->handleAudioInactivityTimeout(idle, timeout);
     });
 }
 
-void LiveTranscriptStore::failStart(const Start& start, const std::exception_ptr& failure) {
+void LiveTranscriptStore::failStart(const StartRequest& start, const std::exception_ptr& failure) {
     const std::string error = localizedDescription(failure);
     LogFields fields = log_.elapsed(start.startedAt);
     fields.add("source", start.source.logName()).add("optionID", start.optionID);
@@ -169,7 +169,7 @@ void LiveTranscriptStore::resetTranscriptForNewSession() {
     core_.resetCounters();
     recordingTracker_.reset();
     view_.latestBoundarySummary = std::string("—");
-    inactivity_.forget();
+    inactivity_.reset();
     view_.isTranslationOver = false;
     pipelinePerf_ = LiveCaptionPerfCounters();
     display_.resetPerfCounters();
@@ -189,7 +189,7 @@ void LiveTranscriptStore::startDiagnostics(const AudioSource& source) {
 void LiveTranscriptStore::finishDiagnosticsSnapshot() {
     SessionDiagnostics& diagnostics = *environment_.diagnostics;
     const CaptionClock::Hold hold = captionClock_.hold();
-    diagnostics.markCaptions(CaptionMark::ended, hold.t());
+    diagnostics.markCaptions(CaptionMark::ended, hold.time());
     const auto recording = recordingTracker_.currentRecordingMetadata();
     LogFields fields{{"running", diagnostics.isRunning()}};
     if (recording)

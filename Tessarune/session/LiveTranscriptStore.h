@@ -28,15 +28,15 @@
 
 namespace tessarune {
 
-/// Owns a listening session: starts and stops the sound, feeds the captions, keeps the recording,
-/// and saves everything at the end. One for the process; a session resets it.
+/// Owns a listening session: starts and stops the sound, feeds the captions, tracks the recording,
+/// and saves everything at the end. One object per process; each session resets it.
 ///
 /// Main queue. Commands return at once and continue in tasks; `view()` shows their results.
 /// Failures are never thrown: they appear as status, as the live caption line (`showError`), or as
 /// the phase `failed`.
 ///
 /// The screen shows the frame of `view().captionDisplay`, which only `refreshCaptionDisplay`
-/// changes; changes of the core alone announce nothing.
+/// changes; changes of the core do not notify views.
 class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTranscriptStore>,
                                   private TranslatedCaptions {
   public:
@@ -47,7 +47,7 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     const SessionView& view() const { return view_; }
     const LiveSystemAudioTranscriber& liveTranscriber() const { return *liveTranscriber_; }
     const LiveRecordingTracker& recordingTracker() const { return recordingTracker_; }
-    /// A stop is in progress. It ends in the phase `idle`, whatever fails.
+    /// Whether a stop is in progress. It ends in the phase `idle`, whatever fails.
     bool isStopping() const { return stop_.isRunning(); }
     const SessionTexts& texts() const { return texts_; }
     PerfStats mergedLivePerfStats() const;
@@ -56,43 +56,43 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     void toggleListening(const LiveSessionControlTrigger& trigger);
     /// Accepted in `idle` and `failed`.
     void startListening(const LiveSessionControlTrigger& trigger);
-    /// Accepted after a start, and while a recording is still to be saved. During the save it
-    /// cancels a queued start.
+    /// Accepted after a start, and while a recording is still to be saved. While the session is
+    /// being saved, only cancels a queued start.
     void stopListening(const LiveSessionControlTrigger& trigger) { stop_.request(trigger); }
     /// Saves a running session and starts another with the new source.
     void selectSource(const AudioSource& source);
-    /// A running session changes to the other recogniser, as with any change of the setting.
+    /// Changes the setting; a running session then changes to the other recogniser.
     void selectRecognitionOption(const std::string& id);
     void refreshInputDevices();
-    /// Puts the sound and the committed rows of a running session on the disk, before the computer
-    /// sleeps. Resumes on the main queue.
+    /// Flushes the sound and the committed rows of a running session to the disk, for a computer
+    /// that is about to sleep. Resumes on the main queue.
     Task<void> secureRecording();
     /// Removes all captions from the screen; they are still saved. A sentence that is still being
     /// spoken reappears when it settles.
     void clearCaptions();
 
-    // Events of the session; the callbacks of its parts end here
+    // Events of the session, called by its parts
     void applyRecognition(const ASREvent& event);
     void handleAudioLevel(double level);
-    /// Shows the text as the live caption line. The phase stays.
+    /// Shows the text as the live caption line. The phase does not change.
     void showError(const std::string& message);
-    /// The visible state may have changed.
+    /// Publishes a new frame if the visible state has changed.
     void refreshCaptionDisplay(const std::string& reason,
                                const LiveCaptionDisplayTranslationPatch* patch = nullptr) override;
 
   private:
-    friend class LiveSessionStop; // the end of the same session, with state of its own
+    friend class LiveSessionStop; // the stop of this session, with its own state
     using WeakSelf = std::weak_ptr<LiveTranscriptStore>;
     using Self = std::shared_ptr<LiveTranscriptStore>;
 
-    struct Start; // on its way through its task
+    struct StartRequest;
 
     explicit LiveTranscriptStore(LiveSessionEnvironment environment);
 
-    // LiveTranscriptStore+Translation.cpp: what the translation sees
+    // LiveTranscriptStore+Translation.cpp: called by the translation
     const CaptionCore::Rows& committedSegments() const override { return *core_.committedSegments; }
-    /// Changes of rows' translations are written to the journal too: a crash leaves them as they
-    /// are.
+    /// Also writes added and removed translations to the journal, so that a crash does not lose
+    /// them.
     void
     changeCommittedSegments(const std::function<void(std::span<CaptionSegment>)>& change) override;
     void setStatusMessage(const std::string& text) override;
@@ -111,9 +111,9 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     void handleGuessWithdrawn();
 
     // LiveTranscriptStore+Lifecycle.cpp
-    static Task<void> runStart(WeakSelf weak, Start start);
-    static Task<void> startSteps(Self self, Start start);
-    void failStart(const Start& start, const std::exception_ptr& failure);
+    static Task<void> runStart(WeakSelf weak, StartRequest start);
+    static Task<void> startSession(Self self, StartRequest start);
+    void failStart(const StartRequest& start, const std::exception_ptr& failure);
     void discardRecording();
     void resetTranscriptForNewSession();
     void startDiagnostics(const AudioSource& source);

@@ -6,8 +6,8 @@
 
 namespace tessarune {
 
-/// Calls a block on the main queue every `seconds`. Main queue; dropping it ends it at once, also
-/// from inside the block. The host must outlive it.
+/// Calls a block on the main queue every `seconds`. Destroying it, even from inside the block, ends
+/// the calls at once. Main queue; the host must outlive it.
 class RepeatingTimer {
   public:
     RepeatingTimer(Host& host, double seconds, Block block)
@@ -22,7 +22,7 @@ class RepeatingTimer {
     void arm() {
         next_ = host_.after(seconds_, [this] {
             arm();
-            // The block may drop this timer.
+            // The block may destroy this timer.
             const Block block = block_;
             block();
         });

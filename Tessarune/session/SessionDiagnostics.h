@@ -28,14 +28,14 @@ namespace tessarune {
 
 struct SessionView;
 
-/// Observes a session for its diagnostics run and for logs of its events. This base class keeps
-/// nothing and never has an open run; an observer overrides the calls that it needs. Called on the
-/// main queue; nothing may throw.
+/// Observes a session for its diagnostics run and for logs of its events. This base class records
+/// nothing and never has an open run; an observer overrides the calls that it needs. All calls come
+/// on the main queue and must not throw.
 class SessionDiagnostics {
   public:
     struct Start {
         AudioSource source;
-        std::string sourceName; ///< the name for people
+        std::string sourceName; ///< the name for display
         LiveAudioInactivityAutoStopConfiguration audioInactivityAutoStopConfiguration;
     };
     struct Finish {
@@ -43,7 +43,7 @@ class SessionDiagnostics {
         PerfStats perfStats;
         std::optional<RecordingMetadata> recording;
     };
-    /// The session's state when its last translations have arrived or been given up.
+    /// The session's state when the last translations have arrived or timed out.
     struct StopSnapshot {
         std::string reason;
         bool completedTranslations = false;
@@ -61,12 +61,12 @@ class SessionDiagnostics {
     struct CaptionDisplayRefresh {
         double t = 0; ///< when it began, seconds since 1970
         const std::string& reason;
-        double buildSeconds = 0; ///< until the frame could be compared with the published one
+        double buildSeconds = 0; ///< without the comparison with the published frame
         LiveCaptionDisplayUpdateResult result;
         const LiveCaptionDisplayStore& display;
         const LiveCaptionDisplayCache& cache;
     };
-    /// The state for the watch over memory and load between two sessions.
+    /// The data for watching memory and load between two sessions.
     struct IdleWatch {
         std::string reason;
         std::function<LogFields()> snapshotProvider; ///< the program's activity
@@ -74,7 +74,8 @@ class SessionDiagnostics {
 
     virtual ~SessionDiagnostics() = default;
 
-    /// Called first, and once: the session to observe. The view stays valid while it makes calls.
+    /// Called once, before all other calls, with the session to observe. The view is valid as long
+    /// as the session makes calls.
     virtual void attach(const SessionView&) {}
 
     // The run
@@ -82,7 +83,7 @@ class SessionDiagnostics {
     virtual void startIfNeeded(const Start&) {}
     virtual bool isRunning() const { return false; }
     virtual bool capturesFullDiagnostics() const { return false; }
-    /// The session's sound is being recorded; absent: no longer, and the recording is discarded.
+    /// Called when the session's recording begins, and with `nullopt` when it is discarded.
     virtual void noteRecording(const std::optional<RecordingMetadata>&) {}
     virtual void recordLiveCaptionStopSnapshot(const StopSnapshot&) {}
     virtual void finish(const Finish&) {}
@@ -90,17 +91,17 @@ class SessionDiagnostics {
     virtual void closeLifecycle() {}
     /// The texts have changed since the run was finished.
     virtual void updateFinishedSnapshot(const TranscriptSnapshot&) {}
-    /// Whether something of a run that has ended is still to be written.
+    /// Whether data of a finished run is still being written.
     virtual bool isWriting() const { return false; }
 
-    // Events; an observer ignores those that it keeps no log of
+    // Events; an observer ignores those that it does not log
 
     virtual void lifecycle(const LifecycleEntry&) {}
     virtual void noteAudioBuffer(double /*sampleRate*/) {}
     virtual void notePerfStats(const PerfStats&) {}
     /// `t` is the time at which the captions process the event.
     virtual void appendASREvent(const ASREvent&, double /*t*/) {}
-    /// Other changes of the captions, at this time.
+    /// Any other change of the captions, at time `t`.
     virtual void markCaptions(CaptionMark, double /*t*/) {}
     virtual void appendAppleRawResult(const AppleSpeechAnalyzerRawResultRecord&) {}
     virtual void appendAppleSummaryResult(const AppleSpeechAnalyzerSummaryRecord&) {}
@@ -109,11 +110,12 @@ class SessionDiagnostics {
     virtual void appendCorrection(const CorrectionObservation&) {}
     virtual void recordSoftCaption(const SoftCaptionObservation&) {}
     virtual void appendTranslation(const TranslationObservation&) {}
-    /// Many times a second; `shouldRecordDisplayDiagnostics` selects those that a run records.
+    /// Called many times a second; `shouldRecordDisplayDiagnostics` selects the refreshes that a
+    /// run records.
     virtual void captionDisplayRefreshed(const CaptionDisplayRefresh&) {}
     virtual void recordCaptionDisplaySettingChange(const std::string& /*name*/,
                                                    const std::string& /*value*/) {}
-    /// An event of the driver that keeps the list of captions at its newest line.
+    /// An event of the `CaptionFollowDriver`, which keeps the list of captions at its newest line.
     virtual void recordCaptionFollow(const std::string& /*event*/, const LogFields& /*fields*/) {}
 
     // Between two sessions

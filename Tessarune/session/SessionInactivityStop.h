@@ -9,9 +9,9 @@
 
 namespace tessarune {
 
-/// Ends a session in which nothing is heard for too long. The minutes are fixed when the session
-/// begins; a later change of the setting applies to the next one. Main queue. Host and log must
-/// outlive it.
+/// Reports that a session is silent for too long. The minutes are fixed when the session begins; a
+/// later change of the setting applies to the next session. Main queue. Host and log must outlive
+/// it.
 class SessionInactivityStop {
   public:
     /// Sound at least this loud counts as activity.
@@ -20,13 +20,13 @@ class SessionInactivityStop {
     SessionInactivityStop(Host& host, SessionLog& log) : log_(log), watch_(host) {}
 
     void configure(std::int64_t minutes) { configuration_.emplace(minutes); }
-    void forget() { configuration_.reset(); }
+    void reset() { configuration_.reset(); }
     const std::optional<LiveAudioInactivityAutoStopConfiguration>& configuration() const {
         return configuration_;
     }
 
-    /// Call after `configure`. `onTimeout` is that of LiveAudioInactivityAutoStop, called after the
-    /// log entry.
+    /// Starts the watch, unless the configured minutes are 0. Call after `configure`. `onTimeout`
+    /// is passed to LiveAudioInactivityAutoStop.
     void start(LiveAudioInactivityAutoStop::OnTimeout onTimeout);
     void stop() { watch_.stop(); }
     void noteActivity() { watch_.noteActivity(); }

@@ -10,11 +10,11 @@
 
 namespace tessarune {
 
-/// A session's logging: to the runtime log, and to the lifecycle log of the diagnostics run while
-/// one is open. Main queue. All references must outlive it.
+/// Logs the events of a session to the runtime log and, while a diagnostics run is open, to its
+/// lifecycle log. Main queue. All references must outlive it.
 class SessionLog {
   public:
-    /// An event that the run's lifecycle log shows as a span.
+    /// A step of the session, with a start and an end in the run's lifecycle log.
     struct Step {
         std::string name;
         double startedAt = 0;
@@ -27,18 +27,18 @@ class SessionLog {
     void event(const std::string& name, const LogFields& fields = {},
                Importance importance = Importance::routine,
                std::source_location source = std::source_location::current());
-    /// Like `event`, plus an instant in the run's lifecycle log.
+    /// Writes to the runtime log, and an instant to the run's lifecycle log.
     void milestone(const std::string& name, const LogFields& fields,
                    Importance importance = Importance::routine,
                    std::source_location source = std::source_location::current());
-    /// Only an instant in the run's lifecycle log.
+    /// Writes only an instant to the run's lifecycle log.
     void instant(const std::string& name, const LogFields& fields);
 
     Step begin(std::string name, const LogFields& fields = {});
     void finish(const Step& step, const LogFields& fields = {});
     void fail(const Step& step, const LogFields& fields);
 
-    /// "elapsedMS" since a moment of the host's clock, in whole milliseconds.
+    /// The field "elapsedMS": the milliseconds since a time of the host's clock.
     LogFields elapsed(double since) const;
     std::int64_t elapsedMS(double since) const;
 

@@ -5,18 +5,18 @@
 
 namespace tessarune {
 
-/// The content of the session's status line. A value; views call for its text.
+/// The content of the session's status line, independent of the language. A value.
 struct SessionStatus {
     enum class Kind {
         none,
         idle,     ///< an invitation to begin
-        checking, ///< permissions, recogniser and capture are being made ready
+        checking, ///< permissions, recogniser and capture are being prepared
         silent,   ///< the system delivers no sound
         interrupted,
         listeningTo, ///< the capture has changed to another device, or delivers sound again
-        inactive,    ///< the session ended because of so much silence
+        inactive,    ///< the session stops because of a long silence
         saving,
-        stillSaving, ///< a start came too early
+        stillSaving, ///< a start was refused because of the save
         compressing,
         compressed,
         compressionFailed,
@@ -26,9 +26,9 @@ struct SessionStatus {
 
     Kind kind = Kind::none;
     std::string detail{};     ///< `listeningTo`: the device; `translation`: the text
-    std::int64_t minutes = 0; ///< `inactive`: without sound
+    std::int64_t minutes = 0; ///< `inactive`: the length of the silence
 
-    /// In the user's language; empty for `none`.
+    /// The text in the user's language; empty for `none`.
     std::string text() const;
 
     bool operator==(const SessionStatus&) const = default;

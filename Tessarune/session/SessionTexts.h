@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// The texts of the running session, made from its captions: the saved ones, the one that a user
-/// copies, and the one that grows beside the captions. Main queue; the references outlive it.
+/// Makes the texts of the running session from its captions: the texts to save, the text to copy,
+/// and the history text, which grows during the session. Main queue; the references outlive it.
 class SessionTexts {
   public:
     SessionTexts(const Host& host, const CaptionCore& core, const LiveCaptionMessage& message,
@@ -21,22 +21,23 @@ class SessionTexts {
 
     void beginSession();
 
-    /// All text, the open sentence included.
+    /// The texts of all captions, including the open sentence.
     TranscriptSnapshot exportTranscriptSnapshot() const;
-    /// Without the rows that the user cleared.
+    /// The texts without the rows that the user cleared.
     TranscriptSnapshot visibleText() const;
-    /// Clears all rows with a text from the screen. Rows still without one belong to later speech.
+    /// Clears all rows that have a text from the screen. Rows without text belong to later speech.
     void clear();
 
-    /// In their saved form: a text without any translation has no bilingual form.
+    /// The texts to save; the bilingual one is empty if no row is translated.
     TranscriptSnapshot savedTexts() const;
-    /// To be called with each save.
+    /// Call with each save.
     void noteSaved() { savedTranslations_ = translatedCount(); }
-    /// Removed translations stay in the saved text until others have replaced them.
+    /// If true, the saved text should stay: it contains translations that were removed from the
+    /// captions and have not been replaced yet.
     bool hasFewerTranslationsThanSaved() const { return translatedCount() < savedTranslations_; }
 
     void updateVisibleSourceTextFlag();
-    /// At most once a second, unless it is forced.
+    /// Updates the history text at most once a second, unless `force` is set.
     void updateLiveHistoryTextIfNeeded(bool force);
 
   private:
@@ -48,7 +49,7 @@ class SessionTexts {
     SessionView& view_;
     LiveCaptionPerfCounters& perf_;
     LiveHistoryText liveHistory_;
-    std::size_t savedTranslations_ = 0; // rows that had one when they were saved
+    std::size_t savedTranslations_ = 0; // translated rows at the last save
 };
 
 } // namespace tessarune

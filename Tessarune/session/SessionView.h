@@ -22,13 +22,13 @@ namespace tessarune {
 /// The outcome of a session.
 struct SessionOutcome {
     std::optional<UUID> recording;    ///< absent if nothing was recorded
-    bool transcriptPersisted = false; ///< nothing to save counts as saved
+    bool transcriptPersisted = false; ///< also true if there was nothing to save
     bool translationCompleted = false;
     bool heardNothing = false; ///< there was neither sound nor text, so nothing is kept
 };
 
-/// Read access to the captions: the lists of the caption engine with all data of their rows. They
-/// change one after the other within one step of the engine; views wait for the frame.
+/// Read access to the captions: the lists of the caption engine with all data of their rows. A step
+/// of the engine changes one list after the other, so views wait for the frame.
 struct LiveCaptions {
     const Published<CaptionCore::Rows>& committedSegments;
     const Published<CaptionCore::Rows>& liveLeadingSentences;
@@ -42,8 +42,8 @@ struct LiveCaptions {
     }
 };
 
-/// The visible state of a session. The session writes it; all others have it by const reference,
-/// read and observe it. Valid as long as the session's store. Main queue.
+/// The visible state of a session. Only the session writes it; others read and observe it through a
+/// const reference. Valid as long as the session's store. Main queue.
 struct SessionView {
     SessionView(const LiveCaptionDisplayStore& display, const CaptionCore& core,
                 const SessionTranslation::View& itsTranslation)
@@ -51,11 +51,11 @@ struct SessionView {
 
     /// The frame to draw: a consistent set of captions, previews, status and phase.
     const LiveCaptionDisplayStore& captionDisplay;
-    /// For data that a frame leaves out: failures and times of committed rows, their words, and
-    /// which live text is a complete sentence.
+    /// For data that is not in the frame: failures, times and words of committed rows, and which
+    /// live text is a complete sentence.
     const LiveCaptions captions;
     const SessionTranslation::View& translation;
-    /// From the acceptance of a start until a stop is requested.
+    /// True from the acceptance of a start until a stop is requested.
     Published<bool> isListening{false};
     Published<LiveSessionPhase> sessionPhase{LiveSessionPhase::idle};
     double audioLevel = LiveSessionStateMachine::restingAudioLevel; ///< 0 to 1; views poll it
@@ -66,18 +66,18 @@ struct SessionView {
     Published<AudioSource> selectedSource{AudioSource::systemAudio()};
     Published<std::unordered_set<UUID>> clearedSegmentIDs; ///< rows that the user cleared
     Published<bool> hasVisibleSourceTextFlag{false};
-    Published<std::string> liveHistoryText; ///< the whole text so far, updated once a second
+    Published<std::string> liveHistoryText; ///< all text so far, updated about once a second
     Published<double> sessionDuration{0.0}; ///< seconds
-    /// The stop no longer waits for translations: untranslated rows may stay so.
+    /// The stop no longer waits for translations: rows may stay untranslated.
     Published<bool> isTranslationOver{false};
-    /// The compressed share of the recording, 0 to 1; `nullopt` if there is no compression.
+    /// The progress of the compression, 0 to 1; `nullopt` if none is running.
     Published<std::optional<double>> audioCompressProgress;
     /// Why the last start failed, for a front end that distinguishes failures. Set before the
     /// phase.
     std::exception_ptr startFailure;
-    /// Of the previous session; reset by a start until that session has ended.
+    /// The outcome of the last session that was stopped; the next start resets it to `nullopt`.
     Published<std::optional<SessionOutcome>> outcome;
-    /// The last text shown as a failure in the live caption line.
+    /// The last error text shown in the live caption line.
     Published<std::string> presentedError;
     /// Assigned whenever a diagnostics run may have begun or ended.
     Published<bool> isDiagnosticsRunning{false};

@@ -2,7 +2,7 @@
 
 namespace tessarune::SystemAudioSilentStartPolicy {
 
-bool warnsOfSilence(PermissionsManager& permissions, const AudioSource& source) {
+bool recordSilentStart(PermissionsManager& permissions, const AudioSource& source) {
     using Status = PermissionsManager::Status;
     if (*permissions.systemAudio != Status::granted)
         permissions.latch(PermissionsManager::Key::systemAudioStatus, Status::denied);

@@ -6,8 +6,8 @@
 /// Handles a capture that has delivered nothing since its start. Main queue.
 namespace tessarune::SystemAudioSilentStartPolicy {
 
-/// Records that system audio does not arrive, unless earlier sound has proved the permission;
-/// returns whether to warn the user.
-bool warnsOfSilence(PermissionsManager& permissions, const AudioSource& source);
+/// Records that the permission for system audio is denied, unless earlier sound has proved it.
+/// Returns whether to warn the user.
+bool recordSilentStart(PermissionsManager& permissions, const AudioSource& source);
 
 } // namespace tessarune::SystemAudioSilentStartPolicy

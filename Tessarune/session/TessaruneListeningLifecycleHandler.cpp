@@ -27,14 +27,14 @@ TessaruneListeningLifecycleHandler::applicationShouldTerminate() {
 Task<void> TessaruneListeningLifecycleHandler::waitForStop(Host& host, TessaruneFileLogger& logger,
                                                            std::weak_ptr<LiveTranscriptStore> store,
                                                            std::function<void()> reply) {
-    constexpr double secondsBetweenLooks = 0.05;
+    constexpr double secondsBetweenChecks = 0.05;
     const double deadline = host.now() + longestWaitSeconds;
     const auto isStopping = [&store] {
         const auto alive = store.lock();
         return alive && alive->isStopping();
     };
     while (isStopping() && host.now() < deadline) {
-        Task<bool> sleeping = sleep(Executor::main(host), secondsBetweenLooks);
+        Task<bool> sleeping = sleep(Executor::main(host), secondsBetweenChecks);
         co_await sleeping;
     }
     logger.event("app.shouldTerminate.done", {{"completed", host.now() < deadline}});

@@ -11,7 +11,7 @@
 namespace tessarune {
 
 /// Delays the end of the application until the running session is saved, for at most five seconds.
-/// Main queue. Host and logger must outlive what it starts; the store may be destroyed earlier.
+/// Main queue. Host and logger must outlive its tasks; the store may be destroyed earlier.
 class TessaruneListeningLifecycleHandler {
   public:
     enum class TerminateReply { now, later };

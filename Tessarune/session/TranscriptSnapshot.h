@@ -4,7 +4,7 @@
 
 namespace tessarune {
 
-/// The texts of a session at one moment, as they are saved.
+/// The texts of a session at one moment.
 struct TranscriptSnapshot {
     std::string sourceText;
     std::string bilingualText;

@@ -53,7 +53,7 @@ TEST(SystemAudioSilentStartPolicyTests, DeniesUnlessSoundWasThereBefore) {
     using Status = PermissionsManager::Status;
     SimulatedSession session;
     const auto warning = [&](const AudioSource& source) {
-        return SystemAudioSilentStartPolicy::warnsOfSilence(session.permissions, source);
+        return SystemAudioSilentStartPolicy::recordSilentStart(session.permissions, source);
     };
     EXPECT_TRUE(warning(AudioSource::systemAudio()));
     EXPECT_EQ(*session.permissions.systemAudio, Status::denied);
