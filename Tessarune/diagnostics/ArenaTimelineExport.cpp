@@ -29,7 +29,7 @@ Word makeWord(const WordEvent& event, double t0) {
     };
 }
 
-/// The span of the sound under a row, over starts and ends alike.
+/// Sets the span of the sound of a row: from the earliest to the latest of its words' times.
 void setAudioSpan(Segment& segment, const std::vector<WordEvent>& events, double t0) {
     std::optional<double> smallest;
     std::optional<double> largest;

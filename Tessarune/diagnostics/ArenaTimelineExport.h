@@ -18,7 +18,7 @@ struct Run {
     std::string audioFile;
     double audioDurationSec = 0;
     std::string importMode; ///< "live" or "replay"
-    double sampleRate = 0;  ///< in Hz; 0 if it is not known
+    double sampleRate = 0;  ///< in Hz; 0 if unknown
 };
 
 struct Caps {
@@ -88,12 +88,13 @@ struct File {
     Reference reference;
 };
 
-/// A time that is absent or not above 0 stays absent; from every other one `t0` is taken off.
+/// Subtracts `t0` from all times. Times that are absent or not positive are absent in the result.
 Engine buildEngine(std::string optionID, std::string title, const Caps& caps, const Config& config,
                    const CaptionCore::Rows& segments, const CaptionCore::WordEvents& wordEvents,
                    double t0);
 
-/// Pretty-printed with sorted keys; what is absent has no key. Nothing if a number is not finite.
+/// Returns the file as pretty-printed JSON with sorted keys, without keys for absent values.
+/// `nullopt` if a number is not finite.
 std::optional<std::string> encode(const File& file);
 
 } // namespace tessarune::ArenaTimelineExport

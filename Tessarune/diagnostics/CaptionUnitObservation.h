@@ -9,19 +9,20 @@
 #include <string_view>
 #include <vector>
 
-/// How logs and snapshots of a run describe a row of captions. Pure functions.
+/// Describes a row of captions for the logs and snapshots of a run. Pure functions.
 namespace tessarune::CaptionUnitObservation {
 
-/// Display logs follow a text by its hash and a preview; a snapshot has all of it.
+/// `previews` (a hash and a preview of each text) for display logs, `full` for snapshots.
 enum class Texts { previews, full };
 
-/// `index` is the row's place in the full list.
+/// `index` is the row's position in the full list.
 nlohmann::json unit(std::size_t index, const CaptionSegment& segment, Texts texts);
 
-/// "none" without a translation unit, "result" for the row that carries its translation, "member".
+/// "none" without a translation unit, "result" for the row that carries the translation of its
+/// unit, "member" for the other rows.
 std::string_view translationRole(const CaptionSegment& segment);
 
-/// The first 180 characters on one line.
+/// The first 180 characters, on one line.
 std::string preview(std::string_view text);
 
 } // namespace tessarune::CaptionUnitObservation

@@ -20,11 +20,11 @@ std::vector<DiagnosticsRun> DiagnosticsCatalog::runs() {
             DiagnosticsRun run{directory, -std::numeric_limits<double>::infinity()};
             try {
                 run.modifiedAt = files_.modifiedAt(directory);
-            } catch (const std::system_error&) { // counts as long ago
+            } catch (const std::system_error&) { // sorts as the oldest
             }
             found.push_back(std::move(run));
         }
-    } catch (const std::system_error&) { // nothing can be said of a folder that cannot be read
+    } catch (const std::system_error&) { // an unreadable folder counts as empty
     }
     std::ranges::sort(found, [](const DiagnosticsRun& a, const DiagnosticsRun& b) {
         return std::tuple(a.modifiedAt, a.id()) > std::tuple(b.modifiedAt, b.id());
@@ -40,7 +40,7 @@ std::vector<DiagnosticsRun> DiagnosticsCatalog::named(std::string_view name) {
         return name.empty() ||
                (!id.starts_with(name) && !id.substr(prefix.size()).starts_with(name));
     });
-    // A whole name is meant as it is, also where a second run of that moment has a longer one.
+    // An exact name wins over longer ones, such as that of a second run of the same moment.
     const auto exact = std::ranges::find_if(found, [&](const DiagnosticsRun& run) {
         return run.id() == name || run.id().substr(prefix.size()) == name;
     });
@@ -71,7 +71,7 @@ DiagnosticsCatalog::Pruned DiagnosticsCatalog::pruneRuns(const Budget& budget) {
             kept += size;
             continue;
         }
-        if (remove(all[i])) { // otherwise the next start tries again
+        if (remove(all[i])) { // if not, the next pruning tries again
             ++pruned.prunedRuns;
             pruned.freedBytes += size;
         }
@@ -91,7 +91,7 @@ std::int64_t DiagnosticsCatalog::directorySize(const std::filesystem::path& dire
         try {
             bytes += files_.isDirectory(path) ? directorySize(path)
                                               : static_cast<std::int64_t>(files_.size(path));
-        } catch (const std::system_error&) { // the others count
+        } catch (const std::system_error&) { // the other files count
         }
     }
     return bytes;

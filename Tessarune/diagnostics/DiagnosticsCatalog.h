@@ -15,13 +15,13 @@ namespace tessarune {
 /// A run on the disk.
 struct DiagnosticsRun {
     std::filesystem::path directory;
-    double modifiedAt = 0; ///< seconds since 1970; the distant past if it is not known
+    double modifiedAt = 0; ///< seconds since 1970; minus infinity if unknown
 
     std::string id() const { return directory.filename().string(); }
 };
 
-/// Lists and removes the diagnostics runs of the data folder. Any thread; nothing throws: a folder
-/// that cannot be read has no runs, and a run that cannot be removed stays.
+/// Lists and removes the diagnostics runs of the data folder. Any thread. No function throws: an
+/// unreadable folder counts as empty, and a run that cannot be removed stays.
 class DiagnosticsCatalog {
   public:
     struct Pruned {
@@ -31,7 +31,7 @@ class DiagnosticsCatalog {
     struct Budget {
         std::size_t maxRuns = 30;
         std::int64_t maxTotalBytes = 2147483648;
-        std::size_t keepMinimum = 3; ///< so many of the newest stay, whatever they weigh
+        std::size_t keepMinimum = 3; ///< the newest runs stay, whatever their size
     };
 
     DiagnosticsCatalog(FileSystem& files, const TessarunePaths& paths)
@@ -39,14 +39,15 @@ class DiagnosticsCatalog {
 
     /// The runs whose names begin with `name`, with or without "Live-"; none for an empty name.
     std::vector<DiagnosticsRun> named(std::string_view name);
-    /// False if the run is still there, or never was. A folder elsewhere is left alone.
+    /// Returns whether the run was removed. Never removes a folder that is not a run of the data
+    /// folder.
     bool remove(const DiagnosticsRun& run);
 
-    /// The newest first.
+    /// All runs, newest first.
     std::vector<DiagnosticsRun> runs();
-    /// Removes the oldest runs that are beyond the budget.
+    /// Goes through the runs, newest first, and removes those that exceed the budget.
     Pruned pruneRuns(const Budget& budget);
-    /// Bytes of all files below.
+    /// The size of all files in the folder and below, in bytes; unreadable ones count as 0.
     std::int64_t directorySize(const std::filesystem::path& directory);
 
   private:

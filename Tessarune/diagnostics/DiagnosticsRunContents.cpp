@@ -29,12 +29,12 @@ void collectSizes(FileSystem& files, const std::filesystem::path& directory,
                 collectSizes(files, directory, path, sizes);
             else
                 sizes[path] = files.size(directory / path);
-        } catch (const std::system_error&) { // what can be read counts
+        } catch (const std::system_error&) { // an unreadable file is left out
         }
     }
 }
 
-void takeManifest(const JSON::Value& manifest, DiagnosticsRunContents& contents) {
+void applyManifest(const JSON::Value& manifest, DiagnosticsRunContents& contents) {
     const auto text = [&](const char* key) {
         return JSON::member<std::string>(manifest, key).value_or("");
     };
@@ -65,7 +65,7 @@ DiagnosticsRunContents DiagnosticsRunContents::read(FileSystem& files,
         JSON::parse(DiagnosticsRunFiles::readManifest(files, directory).value_or(""));
     std::string optionID;
     if (manifest.is_object()) {
-        takeManifest(manifest, contents);
+        applyManifest(manifest, contents);
         if (const auto recognition = manifest.find("recognition"); recognition != manifest.end())
             optionID = JSON::member<std::string>(*recognition, "optionID").value_or("");
     }
@@ -77,7 +77,7 @@ DiagnosticsRunContents DiagnosticsRunContents::read(FileSystem& files,
     }
     for (const auto& [path, bytes] : sizes)
         contents.files.push_back({path, nullptr, bytes});
-    // Each run begins with this log, also one that was cut off before it had a manifest.
+    // Each run begins with its lifecycle log, even if it was cut off before it had a manifest.
     contents.isRun |= std::ranges::any_of(contents.files, [](const File& file) {
         return file.artifact && file.artifact->content == Layout::Content::lifecycle;
     });

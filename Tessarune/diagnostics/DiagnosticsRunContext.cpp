@@ -29,7 +29,7 @@ std::string_view layoutName(SubtitleLayoutMode mode) {
     return mode == SubtitleLayoutMode::lyrics ? "lyrics" : "bilingualCompare";
 }
 
-/// The settings that a run lists one by one, as they are stored.
+/// The settings of these keys, with their stored values.
 Json stored(const AppSettings& settings, std::initializer_list<const char*> keys) {
     Json object = Json::object();
     for (const char* key : keys) {
@@ -122,15 +122,15 @@ Json captureSnapshot(const AppSettings& settings, const AudioSource& source,
                      const LiveAudioInactivityAutoStopConfiguration& autoStop) {
     Json object = stored(
         settings, {"recordWhileCaptioning", "recordLosslessAudio", "sessionDiagnosticsEnabled"});
-    const Json about = audioSourceSnapshot(source, sourceName);
+    const Json audioSource = audioSourceSnapshot(source, sourceName);
     object.update(
         {{"audioInactivityAutoStopEnabled", autoStop.timeoutSeconds.has_value()},
          {"audioInactivityAutoStopMinutes", autoStop.minutes},
          {"audioInactivityAutoStopSeconds", autoStop.timeoutSeconds.value_or(0)},
          {"audioInactivityActiveLevelThreshold", SessionInactivityStop::activeLevelThreshold},
-         {"audioSource", about},
-         {"audioSourceKind", about["kind"]},
-         {"audioSourceName", about["displayName"]}});
+         {"audioSource", audioSource},
+         {"audioSourceKind", audioSource["kind"]},
+         {"audioSourceName", audioSource["displayName"]}});
     return object;
 }
 

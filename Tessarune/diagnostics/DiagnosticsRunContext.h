@@ -9,10 +9,10 @@
 
 #include <string>
 
-/// What a run says of the program, the computer and the settings. Main queue.
+/// Describes the program, the computer and the settings for the files of a run. Main queue.
 namespace tessarune::DiagnosticsRunContext {
 
-/// What program this is; the front end knows it.
+/// The identity of the program, from the front end.
 struct App {
     std::string name;
     std::string version;
@@ -21,7 +21,7 @@ struct App {
 };
 
 nlohmann::json appSnapshot(const App& app);
-/// Any thread; sensors may take a while to answer.
+/// Any thread; blocks until the sensors answer, which may take a while.
 nlohmann::json hostSnapshot(ProcessFigures& figures);
 nlohmann::json runtimeSnapshot();
 nlohmann::json recognitionSnapshot(const AppSettings& settings);
@@ -32,16 +32,18 @@ nlohmann::json captureSnapshot(const AppSettings& settings, const AudioSource& s
                                const LiveAudioInactivityAutoStopConfiguration& autoStop);
 nlohmann::json internalToolsSnapshot();
 nlohmann::json displaySnapshot(const AppSettings& settings);
-/// The same facts as they stand in the caption log.
+/// The settings of the captions for a record of the caption log.
 nlohmann::json displaySnapshotFields(const AppSettings& settings);
 
-/// settings.json of a run: all of the above but the host, and the settings one by one.
+/// The content of a run's settings.json, without the host: most of the `sections` of the manifest,
+/// and the single settings.
 nlohmann::json settingsFile(const AppSettings& settings, const nlohmann::json& sections,
                             bool capturesFullDiagnostics);
 
 inline constexpr std::string_view resourceInterference =
     "single-engine live session; perf.csv is process-level and still includes UI/audio/translation";
-/// The most rows that the caption window is said to show; kept for tools that compare runs.
+/// The maximum number of rows that runs report for the caption window; kept for tools that compare
+/// runs.
 inline constexpr int liveSubtitleWindowMaxSegments = 16;
 
 } // namespace tessarune::DiagnosticsRunContext

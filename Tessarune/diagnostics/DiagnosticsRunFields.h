@@ -6,22 +6,23 @@
 #include <utility>
 #include <vector>
 
-/// The members of a run's files, by kind; `DiagnosticsRunLayout::fields` joins them to one table.
+/// Descriptions of the fields in a run's files, by subject. `DiagnosticsRunLayout::fields` joins
+/// them to one table.
 namespace tessarune::DiagnosticsRunFields {
 
 using DiagnosticsRunLayout::anything;
 using DiagnosticsRunLayout::Field;
 
-/// Artifacts and groups, each with its members.
+/// Artifacts and groups, each with its fields.
 using Table = std::vector<std::pair<std::string_view, std::vector<Field>>>;
 
-/// What describes a run as a whole, and the groups that several files share.
+/// The files that describe a run as a whole, and the groups that several files share.
 Table run();
-Table recognition(); ///< the recogniser's results, live and when they are transcribed again
+Table recognition(); ///< the recogniser's results, of the session and of a refinement
 Table captions();
 Table performance();
 
-// What several kinds have in common.
+// Fields of several tables.
 inline constexpr Field clockTime{"t",
                                  "seconds since 1970 on the session's clock, which never jumps"};
 inline constexpr Field schema{"schemaVersion", "of this file"};

@@ -43,18 +43,18 @@ void DiagnosticsRunFiles::writeTranscripts(const TranscriptSnapshot& snapshot) {
         removeArtifact("bilingualTranscript");
 }
 
-/// Session and refinement write one manifest, each on a queue of its own.
+/// Session and refinement write the same manifest, each on its own queue.
 static Mutex& manifestMutex() {
-    static Mutex oneAtATime;
-    return oneAtATime;
+    static Mutex mutex;
+    return mutex;
 }
 
 void DiagnosticsRunFiles::writeManifest(RunJson manifest) {
-    constexpr const char* ofRefinement = "refinementDiagnostics";
+    constexpr const char* refinementKey = "refinementDiagnostics";
     const MutexLock lock(manifestMutex());
     const RunJson former = JSON::parse(readManifest(files_, directory_).value_or(""));
-    if (former.is_object() && former.contains(ofRefinement) && !manifest.contains(ofRefinement))
-        manifest[ofRefinement] = former[ofRefinement];
+    if (former.is_object() && former.contains(refinementKey) && !manifest.contains(refinementKey))
+        manifest[refinementKey] = former[refinementKey];
     replaceManifest(manifest);
 }
 
@@ -82,20 +82,20 @@ bool DiagnosticsRunFiles::writeFile(const std::filesystem::path& path,
 void DiagnosticsRunFiles::removeArtifact(std::string_view artifact) {
     try {
         files_.remove(path(artifact));
-    } catch (const std::system_error&) { // the manifest says that it is there
+    } catch (const std::system_error&) { // the manifest says that it still exists
     }
 }
 
 RunJson DiagnosticsRunFiles::manifestFileEntry(std::string_view artifact) {
-    const Layout::Artifact& about = Layout::artifact(artifact);
-    const std::string relative = Layout::path(about, optionID_);
-    RunJson entry{{"name", about.name},
+    const Layout::Artifact& details = Layout::artifact(artifact);
+    const std::string relative = Layout::path(details, optionID_);
+    RunJson entry{{"name", details.name},
                   {"path", relative},
-                  {"description", Layout::description(about, isFullRun_)},
+                  {"description", Layout::description(details, isFullRun_)},
                   {"exists", files_.exists(directory_ / relative)}};
     try {
         entry["bytes"] = files_.size(directory_ / relative);
-    } catch (const std::system_error&) { // no size could be read
+    } catch (const std::system_error&) { // the entry has no size
     }
     return entry;
 }
@@ -123,7 +123,7 @@ bool DiagnosticsRunFiles::changeManifest(const std::function<void(RunJson&)>& ch
     RunJson manifest = JSON::parse(readManifest(files_, directory_).value_or(""));
     if (!manifest.is_object())
         return false;
-    for (const char* section : {"lostRecords", "summary"}) { // anybody may have edited it
+    for (const char* section : {"lostRecords", "summary"}) { // the user may have edited it
         if (const auto found = manifest.find(section);
             found != manifest.end() && !found->is_object())
             *found = RunJson::object();
@@ -136,7 +136,7 @@ bool DiagnosticsRunFiles::changeManifest(const std::function<void(RunJson&)>& ch
 void DiagnosticsRunFiles::remove() {
     try {
         files_.remove(directory_);
-    } catch (const std::system_error&) { // pruning finds it
+    } catch (const std::system_error&) { // pruning tries again
     }
 }
 

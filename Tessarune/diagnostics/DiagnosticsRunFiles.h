@@ -14,11 +14,11 @@
 
 namespace tessarune {
 
-/// The files of a run that are written as a whole. One thread at a time; nothing throws: what
-/// cannot be written is missing, and the manifest says so.
+/// Writes the files of a run, except its logs. One thread at a time. Failures of the disk are not
+/// thrown: a file that cannot be written is missing, and the manifest says so.
 class DiagnosticsRunFiles {
   public:
-    /// `optionID`: of the recognition option, which names the event log.
+    /// `optionID`: the ID of the recognition option, which is the name of the event log.
     DiagnosticsRunFiles(FileSystem& files, std::filesystem::path directory, std::string optionID,
                         bool isFullRun);
 
@@ -26,31 +26,31 @@ class DiagnosticsRunFiles {
     std::filesystem::path path(std::string_view artifact) const;
     bool isFullRun() const { return isFullRun_; }
 
-    /// False where it could not be written.
+    /// Return whether the file was written. Absent bytes are not written.
     bool write(std::string_view artifact, const std::optional<std::string>& bytes);
     bool writeJSON(std::string_view artifact, const nlohmann::json& object);
-    /// An empty bilingual text leaves no file.
+    /// Removes the bilingual file if the bilingual text is empty.
     void writeTranscripts(const TranscriptSnapshot& snapshot);
 
-    /// What the manifest says of one file, as it is on the disk now.
+    /// The manifest's entry for a file, from the current state of the disk.
     nlohmann::json manifestFileEntry(std::string_view artifact);
     nlohmann::json manifestFileEntries();
-    /// Replaces the entries of these artifacts in the manifest's list by what is on the disk now.
+    /// Updates the entries of these artifacts in the manifest from the current state of the disk.
     void refreshFileEntries(nlohmann::json& manifest, std::span<const char* const> artifacts);
-    /// What a refinement has written into the manifest stays in it.
+    /// Writes the manifest, and keeps the section of a refinement in the existing one.
     void writeManifest(nlohmann::json manifest);
-    /// Reads the manifest, has it changed and writes it. False where there is none that can be
-    /// read. Of those who change a manifest one does so at a time.
+    /// Reads the manifest, applies `change` and writes it. Returns false if there is no readable
+    /// manifest. Only one thread at a time changes a manifest.
     bool changeManifest(const std::function<void(nlohmann::json&)>& change);
-    /// Removes the run with all that is in it.
+    /// Removes the run with all its files.
     void remove();
-    /// Nothing if there is none that can be read.
+    /// Returns `nullopt` if there is no readable manifest.
     static std::optional<std::string> readManifest(FileSystem& files,
                                                    const std::filesystem::path& directory);
 
     static nlohmann::json transcriptSummary(const TranscriptSnapshot& snapshot);
-    /// The transcript was replaced after the run had finished: brings its files and its manifest
-    /// up to date. A run that has been removed stays away.
+    /// Updates the texts and the manifest of a finished run after the transcript was replaced. Does
+    /// not recreate a run that has been removed.
     static void refreshManifestTranscriptSummary(FileSystem& files,
                                                  const std::filesystem::path& directory,
                                                  const TranscriptSnapshot& snapshot,

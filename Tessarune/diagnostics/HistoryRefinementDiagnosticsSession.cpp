@@ -40,11 +40,11 @@ void addSpan(JSON::Value& record, std::optional<double> start, std::optional<dou
         record["durationSeconds"] = *end - *start;
 }
 
-/// A text in short, under keys that begin with `what`.
-void addText(JSON::Value& record, const std::string& what, const std::string& text) {
-    record[what + "Characters"] = Text::length(text);
-    record[what + "Hash"] = fnv1a64Hex(text);
-    record[what + "Preview"] = recordTextPreview(text);
+/// Adds the length, hash and preview of a text, under keys that begin with `prefix`.
+void addText(JSON::Value& record, const std::string& prefix, const std::string& text) {
+    record[prefix + "Characters"] = Text::length(text);
+    record[prefix + "Hash"] = fnv1a64Hex(text);
+    record[prefix + "Preview"] = recordTextPreview(text);
 }
 
 bool isFullRun(FileSystem& files, const std::filesystem::path& directory) {
@@ -140,10 +140,10 @@ void HistoryRefinementDiagnosticsSession::lifecycle(const Lifecycle& entry) {
         try {
             fields.add("audioByteCount",
                        static_cast<std::int64_t>(environment_.files.size(request_.audioPath)));
-        } catch (const std::system_error&) { // what comes next fails, too, and says why
+        } catch (const std::system_error&) { // the next step will fail and report the reason
         }
     }
-    if (entry.status) // a translation that fails is no failure of the whole
+    if (entry.status) // a failed translation does not mean that the refinement failed
         line["status"] =
             entry.name == "history.refine.translation.failed" ? "failure" : name(*entry.status);
     if (entry.elapsedSeconds)
@@ -301,8 +301,8 @@ void HistoryRefinementDiagnosticsSession::close(Status status) {
         JSON::Value lost = JSON::Value::object();
         logs->close(lost);
         DiagnosticsRunFiles run(disk, directory, {}, true);
-        // A run whose manifest is gone was deleted, with its recording; closing the logs must not
-        // bring it back. A manifest that cannot be read now is no reason to delete anything.
+        // A run without a manifest was deleted with its recording; closing the logs must not
+        // recreate it. A manifest that exists but cannot be read is no reason to delete the run.
         if (!disk.exists(directory / Layout::manifestFile)) {
             run.remove();
             return;

@@ -18,10 +18,10 @@
 
 namespace tessarune {
 
-/// Writes how a recording is transcribed again into the diagnostics run of its session.
+/// Records the refinement of a recording in the diagnostics run of its session.
 ///
-/// Main queue; everything is written on queues of low priority. A run that is removed meanwhile
-/// stays away. What is named by reference outlives it.
+/// Main queue; queues of low priority write everything. A run that is removed in the meantime is
+/// not recreated. The references outlive this object.
 class HistoryRefinementDiagnosticsSession final : public HistoryRefinementObserver {
   public:
     struct Environment {
@@ -29,14 +29,15 @@ class HistoryRefinementDiagnosticsSession final : public HistoryRefinementObserv
         FileSystem& files;
         RecordingCatalog& catalog;
         TessaruneFileLogger& logger;
-        /// Writes the manifest and closes the logs; the session is not its last owner, who waits.
+        /// Writes the manifest and closes the logs. Needs another owner, because the last owner of
+        /// a queue waits for its blocks.
         std::shared_ptr<SerialQueue> queue;
     };
 
-    /// Null where the session of the recording left no run, or one that is to hold no texts.
+    /// Returns null if the recording has no run, or a core run, which must not contain texts.
     static std::shared_ptr<HistoryRefinementDiagnosticsSession>
     open(const Environment& environment, const HistoryRefinementRequest& request);
-    /// Closes as failed what nobody closed.
+    /// Closes it as failed if it is still open.
     ~HistoryRefinementDiagnosticsSession() override;
 
     void lifecycle(const Lifecycle& entry) override;
@@ -74,7 +75,7 @@ class HistoryRefinementDiagnosticsSession final : public HistoryRefinementObserv
     const Environment environment_;
     const HistoryRefinementRequest request_;
     const std::filesystem::path runDirectory_;
-    std::shared_ptr<Logs> logs_; // null once it is closed
+    std::shared_ptr<Logs> logs_; // null after `close`
     Counters counters_;
 };
 

@@ -212,7 +212,7 @@ void IdleMemorySentinel::stop(const std::string& reason) {
     end();
 }
 
-/// The writers close on their own; the caller may be at the start of a session.
+/// Closes the writers on another queue, because the caller may be starting a session.
 void IdleMemorySentinel::end() {
     timer_.cancel();
     timer_ = {};

@@ -20,12 +20,12 @@
 
 namespace tessarune {
 
-/// Watches memory and processor after a session, when the program should do nothing: what leaks or
-/// runs on raises an alarm. With the folder of a run it writes there; without one it is lightweight
-/// and writes to the runtime log alone.
+/// Watches memory and processor after a session, when the program should be idle, and raises an
+/// alarm on a leak or on load. With the folder of a run, it writes samples and alarms there;
+/// without one, it is lightweight and writes samples to the runtime log. That log gets all alarms.
 ///
-/// Main queue; reading the figures of the process takes less than a millisecond every quarter of a
-/// minute. All references outlive it.
+/// Main queue; reading the figures of the process takes less than a millisecond every 15 seconds.
+/// All references outlive it.
 class IdleMemorySentinel {
   public:
     static constexpr double sampleIntervalSeconds = 15;
@@ -56,7 +56,7 @@ class IdleMemorySentinel {
         FileSystem& files;
         TessaruneFileLogger& logger;
         ProcessFigures& figures;
-        Windows windows; ///< absent where the program has none
+        Windows windows; ///< empty if the program has no windows
     };
 
     explicit IdleMemorySentinel(Environment environment);

@@ -16,14 +16,14 @@ namespace tessarune {
 namespace {
 
 constexpr double shortestProbeInterval = 0.25; // seconds
-constexpr double probesASample = 20;
+constexpr double probesPerSample = 20;
 constexpr double percent = 100;
 constexpr double lagMSPerSecond = 1000;
 constexpr std::size_t topThreads = 8;
 
 } // namespace
 
-/// On the sampler's queue alone, but for the counters. Timers and blocks hold it weakly.
+/// Used only on the sampler's queue, except for `notePipeline`. Timers and blocks hold it weakly.
 class PerfSampler::State : public std::enable_shared_from_this<State> {
   public:
     State(Host& host, FileSystem& files, ProcessFigures& figures, const DiagnosticsRunFiles& run,
@@ -85,16 +85,16 @@ class PerfSampler::State : public std::enable_shared_from_this<State> {
     }
 
     void armProbe() {
-        const double seconds = std::max(shortestProbeInterval, interval_ / probesASample);
+        const double seconds = std::max(shortestProbeInterval, interval_ / probesPerSample);
         probeTimer_ = later(seconds, &State::sendProbe);
     }
 
-    /// One at a time.
+    /// Posts a probe to the main queue. Only one is pending at a time.
     void sendProbe() {
         probeSentAt_ = host_.now();
         host_.post([this, weak = weak_from_this(), sentAt = *probeSentAt_] {
-            const auto still = weak.lock();
-            if (!still)
+            const auto alive = weak.lock();
+            if (!alive)
                 return;
             const double lag = host_.now() - sentAt;
             queue_->async([this, weak, lag] {
@@ -155,9 +155,9 @@ class PerfSampler::State : public std::enable_shared_from_this<State> {
         for (auto& thread : figures_.threads()) {
             const double total = thread.userSeconds + thread.systemSeconds;
             const auto before = threadSeconds_.find(thread.id);
-            const double since = total - (before == threadSeconds_.end() ? 0 : before->second);
+            const double used = total - (before == threadSeconds_.end() ? 0 : before->second);
             seconds[thread.id] = total;
-            busy.emplace_back(since / elapsed * percent, std::move(thread));
+            busy.emplace_back(used / elapsed * percent, std::move(thread));
         }
         threadSeconds_ = std::move(seconds);
         std::ranges::stable_sort(busy, std::ranges::greater{},
@@ -173,7 +173,7 @@ class PerfSampler::State : public std::enable_shared_from_this<State> {
                             {"systemSeconds", thread.systemSeconds},
                             {"runState", thread.runState},
                             {"flags", thread.flags},
-                            {"dispatchQAddr", "0x0"}}); // a thread here belongs to no queue
+                            {"dispatchQAddr", "0x0"}}); // threads have no such queue here
         }
         return list;
     }
@@ -192,7 +192,7 @@ class PerfSampler::State : public std::enable_shared_from_this<State> {
     double sampledAt_ = 0;
     double sampleDue_ = 0;
     double cpuSeconds_ = 0;
-    std::optional<double> probeSentAt_; // the one that is on its way
+    std::optional<double> probeSentAt_; // of the pending probe
     double highestLag_ = 0;             // seconds, of the main queue, since the last sample
     std::map<std::int64_t, double> threadSeconds_;
     PerfStats reportedCounters_;

@@ -12,11 +12,11 @@
 
 namespace tessarune {
 
-/// Writes what the process costs at a fixed interval: processor, memory and how late the main queue
-/// runs what is given to it, beside the counters of the captions.
+/// Writes figures of the process at a fixed interval: its load, its memory, the delay of its main
+/// queue, and the counters of the captions.
 ///
-/// Main queue; everything is read and written by timers of a queue of its own, so that there are
-/// samples, too, while the main queue stalls. All references outlive it.
+/// Main queue. Timers of its own queue read and write everything, so that it samples even while the
+/// main queue stalls. All references outlive it.
 class PerfSampler {
   public:
     static constexpr double shortestInterval = 0.5; ///< seconds
@@ -27,14 +27,15 @@ class PerfSampler {
     PerfSampler(const PerfSampler&) = delete;
 
     void start(const DiagnosticsRunFiles& run, double sampleIntervalSeconds);
-    /// The counters of the pipeline, for the samples from now on.
+    /// Sets the counters of the pipeline for the next samples.
     void notePipeline(const PerfStats& counters);
-    /// No further sample. Idempotent.
+    /// Ends the sampling. May be called again.
     void stop();
-    /// Waits for what is queued; adds how many records are missing. Not on the sampler's queue.
+    /// Waits until all queued records are written, closes the files, and adds the number of lost
+    /// records of each file to `lost`. Never call it on the sampler's queue.
     void close(nlohmann::json& lost);
 
-    /// Each counter less its value before.
+    /// The increase of each counter; one without a previous value counts from 0.
     static PerfStats delta(const PerfStats& current, const PerfStats& previous);
 
   private:
@@ -44,7 +45,7 @@ class PerfSampler {
     FileSystem& files_;
     ProcessFigures& figures_;
     std::shared_ptr<SerialQueue> queue_;
-    std::shared_ptr<State> state_; // the queue's once it is started
+    std::shared_ptr<State> state_; // used on the queue
 };
 
 } // namespace tessarune

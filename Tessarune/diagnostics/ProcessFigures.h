@@ -9,12 +9,12 @@
 
 namespace tessarune {
 
-/// Seam: what the operating system says of this process and this computer. Any thread. Nothing
-/// throws: what cannot be found out is 0, empty or absent.
+/// Interface: the operating system's figures about this process and this computer. Any thread. No
+/// function throws: an unknown value is 0, empty or absent.
 class ProcessFigures {
   public:
     struct Memory {
-        double footprintMB = 0; ///< what the process alone costs the computer, swapped out or not
+        double footprintMB = 0; ///< memory of this process alone, including swapped-out memory
         double residentMB = 0;
     };
     struct Thread {
@@ -36,9 +36,9 @@ class ProcessFigures {
     virtual std::string thermalState() = 0;
     /// Processors that this process may use now.
     virtual std::int64_t activeProcessorCount() = 0;
-    /// Absent where the computer has no such mode.
+    /// `nullopt` if the computer has no such mode.
     virtual std::optional<bool> lowPowerMode() = 0;
-    /// What computer this is, under the keys of a run's "host".
+    /// A description of the computer, with the keys of a run's "host".
     virtual LogFields host() = 0;
 };
 

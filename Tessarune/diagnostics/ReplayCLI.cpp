@@ -28,7 +28,7 @@ bool contains(const Arguments& arguments, std::string_view option) {
     return std::find(arguments.begin(), arguments.end(), option) != arguments.end();
 }
 
-/// What follows the first occurrence of an option, also if it looks like an option itself.
+/// The argument after the first occurrence of an option, even if it looks like an option itself.
 std::optional<std::string> valueOf(const Arguments& arguments, std::string_view option) {
     const auto found = std::find(arguments.begin(), arguments.end(), option);
     if (found == arguments.end() || found + 1 == arguments.end())
@@ -36,7 +36,7 @@ std::optional<std::string> valueOf(const Arguments& arguments, std::string_view 
     return *(found + 1);
 }
 
-/// A finite decimal number that is the whole text.
+/// The number, if the whole text is one finite decimal number.
 std::optional<double> number(std::string_view text) {
     if (text.starts_with('+') && !text.starts_with("+-"))
         text.remove_prefix(1);
@@ -91,7 +91,7 @@ Options readOptions(const Arguments& arguments, const Records& records) {
     };
 }
 
-/// One replay with one freeze value, and what is said about it.
+/// Replays the log with one freeze value per call, and prints the results.
 class Sweep {
   public:
     Sweep(std::filesystem::path path, const Records& records, const Options& options,
@@ -137,7 +137,7 @@ class Sweep {
             return;
         const std::filesystem::path folder = *options_.timelineOut;
         const std::filesystem::path target = folder / ("timeline-freeze" + freeze + ".json");
-        // A sweep goes on whatever the disk says.
+        // A sweep continues if the disk fails.
         try {
             files_.createDirectories(folder);
         } catch (const std::system_error&) {

@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-/// `--replay`: what the captions of a recorded event log would have been, once for each freeze
-/// value. Everything is said on `out`, errors included; there is no other outcome.
+/// `--replay`: replays a recorded event log once for each freeze value and prints the captions. All
+/// messages, including errors, go to `out`; there is no exit status.
 namespace tessarune::ReplayCLI {
 
-/// `arguments` are those of the process, the program's name first. Timelines are written to
-/// `files`. Of an option that is given twice the first counts; unknown ones are ignored.
+/// `arguments` are those of the process, the program's name first. Timelines are written through
+/// `files`. If an option is repeated, the first one counts; unknown options are ignored.
 void run(const std::vector<std::string>& arguments, std::ostream& out, FileSystem& files);
 
 } // namespace tessarune::ReplayCLI

@@ -30,7 +30,7 @@ std::string contentOf(FileSystem& files, const std::filesystem::path& directory,
     return files.read(directory / path);
 }
 
-/// Of a full run, with all that a replay needs.
+/// Returns the manifest of a full run. Throws if it lacks what a replay needs.
 Manifest manifestOf(FileSystem& files, const std::filesystem::path& directory) {
     namespace Layout = DiagnosticsRunLayout;
     const std::string path(Layout::manifestFile);
@@ -44,7 +44,7 @@ Manifest manifestOf(FileSystem& files, const std::filesystem::path& directory) {
     return manifest;
 }
 
-/// The rows of the timeline.
+/// The rows of the timeline, as JSON.
 Manifest segmentsOf(FileSystem& files, const std::filesystem::path& directory) {
     const Manifest::json_pointer where("/engines/0/segments");
     const std::string path(DiagnosticsRunLayout::artifact("timeline").path);
@@ -94,17 +94,17 @@ Result compare(const CaptionCore::Rows& replayed, const Manifest& segments) {
     Result result;
     const std::string nothing = localized("nothing");
     for (std::size_t i = 0; i < std::max(replayed.size(), segments.size()); ++i) {
-        const std::string here =
+        const std::string replayedRow =
             i < replayed.size() ? described(replayed[i].sourceText, name(replayed[i].freezeKind))
                                 : nothing;
-        const std::string there =
+        const std::string timelineRow =
             i < segments.size()
                 ? described(JSON::member<std::string>(segments[i], "text").value_or(""),
                             JSON::member<std::string>(segments[i], "freezeKind").value_or(""))
                 : nothing;
-        if (here != there) {
+        if (replayedRow != timelineRow) {
             result.problem = localized("Row %lld: the timeline has %@, the replay %@.",
-                                       {std::to_string(i + 1), there, here});
+                                       {std::to_string(i + 1), timelineRow, replayedRow});
             return result;
         }
         ++result.rows;

@@ -6,19 +6,19 @@
 #include <filesystem>
 #include <string>
 
-/// Whether a run tells the whole story: its event log, replayed with its settings, has to give the
+/// Verifies that a run is complete: a replay of its event log with its settings must produce the
 /// rows of its timeline, byte for byte.
 namespace tessarune::RunVerification {
 
 struct Result {
-    std::size_t rows = 0; ///< that are the same in text, order and kind
-    std::string problem;  ///< empty if all of them are
-    std::string text;     ///< what the replay gives, a row a line
+    std::size_t rows = 0; ///< that are equal in text and kind, up to the first difference
+    std::string problem;  ///< empty if all rows are equal
+    std::string text;     ///< the replayed rows, one per line
 
     bool matches() const { return problem.empty(); }
 };
 
-/// Never throws: a run that cannot be read does not match, and says why.
+/// Never throws: an unreadable run does not match, and `problem` says why.
 Result verify(FileSystem& files, const std::filesystem::path& directory);
 
 } // namespace tessarune::RunVerification

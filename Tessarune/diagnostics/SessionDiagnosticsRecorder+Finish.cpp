@@ -28,7 +28,7 @@ void SessionDiagnosticsRecorder::finish(const Finish& finish) {
                   .finishedAt = environment_.host.now(),
                   .sourceTranscriptPath = {},
                   .bilingualTranscriptPath = {}};
-    if (finish.recording) // an index that cannot be read now says nothing against what was noted
+    if (finish.recording) // absent if the catalog is unreadable: the noted one remains
         run_->recording = finish.recording;
     if (const auto& recording = run_->recording) {
         ending.sourceTranscriptPath = environment_.catalog.transcriptURL(recording->id).string();
@@ -50,10 +50,10 @@ void SessionDiagnosticsRecorder::finish(const Finish& finish) {
             if (lifecycle)
                 run->writeLifecycle(host.now(), lifecycle);
         };
-        const LogFields about = ending.fields(*run);
-        environment_.logger.event("diagnostics.finish.start", about);
+        const LogFields fields = ending.fields(*run);
+        environment_.logger.event("diagnostics.finish.start", fields);
         run->writeLifecycle(
-            {ending.finishedAt, "diagnostics.finish", LifecyclePhase::start, std::nullopt, about});
+            {ending.finishedAt, "diagnostics.finish", LifecyclePhase::start, std::nullopt, fields});
         const bool isFull = run->files.isFullRun();
         JSON::Value lost;
         run->closeLogs(lost);
@@ -84,7 +84,7 @@ void SessionDiagnosticsRecorder::finish(const Finish& finish) {
     announce(finished_->files.directory());
 }
 
-void SessionDiagnosticsRecorder::recordLiveCaptionStopSnapshot(const StopSnapshot& about) {
+void SessionDiagnosticsRecorder::recordLiveCaptionStopSnapshot(const StopSnapshot& stop) {
     if (!isFullDiagnosticsRunning() || !view_)
         return;
     using namespace CaptionUnitObservation;
@@ -112,10 +112,10 @@ void SessionDiagnosticsRecorder::recordLiveCaptionStopSnapshot(const StopSnapsho
     snapshot.update({{"schemaVersion", 1},
                      {"kind", "liveCaptionStopSnapshot"},
                      {"capturedAt", startedAt},
-                     {"reason", about.reason},
-                     {"completedTranslations", about.completedTranslations},
+                     {"reason", stop.reason},
+                     {"completedTranslations", stop.completedTranslations},
                      {"pendingTranslations", pending},
-                     {"isCommittedTranslating", about.isCommittedTranslating},
+                     {"isCommittedTranslating", stop.isCommittedTranslating},
                      {"sessionPhase", name(*view_->sessionPhase)},
                      {"sourceTailCount", rows.size()},
                      {"translationTailCount", translationTail},
@@ -135,7 +135,7 @@ void SessionDiagnosticsRecorder::recordLiveCaptionStopSnapshot(const StopSnapsho
                      {"translationText", translation},
                      {"bilingualText", bilingual},
                      {"units", std::move(units)}});
-    write([run = run_, snapshot = std::move(snapshot), source, bilingual, reason = about.reason,
+    write([run = run_, snapshot = std::move(snapshot), source, bilingual, reason = stop.reason,
            &logger = environment_.logger] {
         const bool areWritten[] = {run->files.writeJSON("liveWindowStopSnapshot", snapshot),
                                    run->files.write("liveWindowStopSource", source),
@@ -146,8 +146,8 @@ void SessionDiagnosticsRecorder::recordLiveCaptionStopSnapshot(const StopSnapsho
     });
     const double elapsed = environment_.host.now() - startedAt;
     const LogFields fields{
-        {"reason", about.reason},
-        {"completedTranslations", about.completedTranslations},
+        {"reason", stop.reason},
+        {"completedTranslations", stop.completedTranslations},
         {"pendingTranslations", static_cast<std::int64_t>(pending)},
         {"sourceTailCount", std::ssize(rows)},
         {"translationTailCount", static_cast<std::int64_t>(translationTail)},

@@ -16,14 +16,14 @@ namespace {
 
 constexpr std::size_t sampledUnitLimit = 8;
 
-/// A record that encodes itself, on the log's queue.
+/// Appends a record that encodes itself; the log's queue does the encoding.
 template <typename Record>
 void appendRecord(DiagnosticsNDJSONWriter* log, Record record) {
     if (log)
         log->append([record = std::move(record)] { return record.line(); });
 }
 
-/// A record with a JSON form of its own, rounded and with sorted keys as the writer does it.
+/// Appends a record in its own JSON form, rounded and with sorted keys like the writer's records.
 template <typename Record>
 void appendConverted(DiagnosticsNDJSONWriter* log, const Record& record) {
     if (!log)
@@ -43,7 +43,7 @@ DiagnosticsNDJSONWriter* SessionDiagnosticsRecorder::log(std::string_view artifa
     return found == run_->logs.end() ? nullptr : found->second.get();
 }
 
-/// What the end of a session still does after its run was finished goes into that run.
+/// After a run is finished, it still gets the remaining steps of the session.
 void SessionDiagnosticsRecorder::lifecycle(const LifecycleEntry& entry) {
     Run* const run = run_ ? run_.get() : finished_.get();
     if (!run)
@@ -82,7 +82,8 @@ void SessionDiagnosticsRecorder::markCaptions(CaptionMark mark, double t) {
     }
 }
 
-/// Whenever they differ from what a replay of the log would work with.
+/// Writes the settings of the captions if they differ from the last ones in the log, which a replay
+/// would use.
 void SessionDiagnosticsRecorder::writeCaptionSettings(double t) {
     const CaptionCore::Config config = LiveCaptionCoreFactory::config(environment_.settings);
     if (run_->captionSettings == config)
@@ -123,7 +124,7 @@ void SessionDiagnosticsRecorder::appendTranslation(const TranslationObservation&
 void SessionDiagnosticsRecorder::recordSoftCaption(const SoftCaptionObservation& observation) {
     auto* const captions = log("liveCaptionEvents");
     if (!captions)
-        return; // a reset is worth a line also where there was nothing to reset
+        return;
     LogFields record{{"t", observation.t},
                      {"event", "softCaption"},
                      {"phase", std::string(name(observation.phase))},

@@ -17,7 +17,8 @@ namespace Layout = DiagnosticsRunLayout;
 
 namespace {
 
-/// Such a record has up to 60 kB; so many cost less than 16 MB while the disk takes nothing.
+/// The maximum number of queued raw results. Each has up to 60 kB: together, less than 16 MB while
+/// the disk stalls.
 constexpr std::size_t rawResultLimit = 256;
 
 } // namespace
@@ -37,7 +38,7 @@ bool SessionDiagnosticsRecorder::isFullDiagnosticsRunning() const {
     return run_ && run_->files.isFullRun();
 }
 
-/// Of several programs that start in one second each gets a folder of its own.
+/// Gives each run its own folder, even if several programs start one in the same second.
 std::filesystem::path SessionDiagnosticsRecorder::makeRunDirectory(double wallClock) {
     constexpr int lastNumber = 99;
     constexpr std::size_t idCharacters = 8;
@@ -65,7 +66,7 @@ DiagnosticsLevel SessionDiagnosticsRecorder::levelOfRun() const {
 }
 
 void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
-    closeLifecycle(); // of a run that ended inside the session
+    closeLifecycle(); // of a run that ended within the session
     stopWithoutExport();
     lastFinished_.reset();
     const AppSettings& settings = environment_.settings;
@@ -125,7 +126,8 @@ void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
     }
     if (auto* events = log("asrEvents"); events && view_) {
         writeCaptionSettings(run_->t0);
-        // Within a session, what the recogniser of before left open is still on the screen.
+        // In a run that starts within a session, the open text of the previous recogniser is still
+        // on the screen.
         const std::string open = view_->captions.currentPartial->sourceText;
         if (!open.empty())
             events->append([record = captionMarkRecord(CaptionMark::open, run_->t0, open)] {
@@ -169,7 +171,7 @@ void SessionDiagnosticsRecorder::openLogs(Run& run) {
             "Tessarune.AppleSpeechAnalyzerRawResultLog.Writer", rawResultLimit);
 }
 
-/// On the recorder's queue, after all that was given before.
+/// Runs the block on the recorder's queue, after all earlier ones.
 void SessionDiagnosticsRecorder::write(Block block) {
     ++*pendingWrites_;
     queue_->async([pending = pendingWrites_, block = std::move(block)] {
@@ -204,7 +206,7 @@ void SessionDiagnosticsRecorder::stopWithoutExport() {
     announce(directory);
 }
 
-/// The logs wait for the disk when they are closed; nobody else does.
+/// Closes the logs on the recorder's queue, because closing waits for the disk.
 void SessionDiagnosticsRecorder::close(std::shared_ptr<Run> run) {
     if (run->sampler)
         run->sampler->stop();
@@ -234,21 +236,21 @@ void SessionDiagnosticsRecorder::closeLifecycle() {
         run->lifecycle->close();
         if (!run->manifest.is_object())
             return;
-        // The log has grown since the manifest was written, by how long the saving took.
+        // The log has grown since the manifest was written, by the entries about saving.
         const auto complete = [&run](JSON::Value& manifest) {
             if (run->lifecycle->lostRecords() > 0)
                 manifest["lostRecords"]["lifecycleEvents"] = run->lifecycle->lostRecords();
             manifest["files"] = run->files.manifestFileEntries();
         };
         if (!run->files.changeManifest(complete)) {
-            complete(run->manifest); // the disk did not take it before
+            complete(run->manifest); // the manifest could not be written before
             run->files.writeManifest(run->manifest);
         }
         removeIfDeleted(run->recording, run->files.directory());
     });
 }
 
-/// What was written of a run while its recording was being deleted goes, too.
+/// Removes a run whose recording was deleted while the run was being written.
 void SessionDiagnosticsRecorder::removeIfDeleted(const std::optional<RecordingMetadata>& recording,
                                                  const std::filesystem::path& directory) {
     if (recording && environment_.catalog.wasDeleted(recording->id))

@@ -26,15 +26,15 @@ namespace tessarune {
 /// Posted with a run's folder when a run begins, ends or changes.
 inline constexpr std::string_view diagnosticsRunDidUpdate = "diagnosticsRunDidUpdate";
 
-/// Leaves a run of each session behind: a folder under "Diagnostics" with as much in it as the
-/// setting `diagnosticsLevel` asks for when the session starts.
+/// Writes a diagnostics run for each session: a folder under "Diagnostics". The setting
+/// `diagnosticsLevel` at the start of the session decides what it contains.
 ///
-/// Main queue, and it never waits for the disk there: the folder apart, which is made before the
-/// session starts, everything is written on queues of low priority, and what cannot be written is
-/// missing. What it observes is dropped at once unless a run keeps a log of it.
+/// Main queue, where it never waits for the disk, except to make the folder before the session
+/// starts. Queues of low priority write everything else; what cannot be written is missing. It
+/// drops an observation at once unless the run has a log for it.
 class SessionDiagnosticsRecorder final : public SessionDiagnostics {
   public:
-    /// What is named by reference outlives the recorder.
+    /// The references outlive the recorder.
     struct Environment {
         Host& host;
         FileSystem& files;
@@ -45,20 +45,20 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
         ProcessFigures& figures;
         const NotificationCenter* notifications = nullptr;
         DiagnosticsRunContext::App app;
-        /// Hears each recognition event, whatever the level is.
+        /// Called with each recognition event, whatever the level is; may be empty.
         std::function<void(const ASREvent&, double t)> onASREvent;
-        /// Whether a run that starts now may hold what is said; absent: it may.
+        /// Asked at the start of a run whether it may contain spoken text; if empty, it may.
         std::function<bool()> mayRecord = {};
-        /// The windows of the program, for an alarm of the sentinel; absent where there are none.
+        /// The windows of the program, for alarms of the sentinel; empty if it has none.
         IdleMemorySentinel::Windows windows;
     };
 
     explicit SessionDiagnosticsRecorder(Environment environment);
     ~SessionDiagnosticsRecorder() override;
 
-    /// A run is open and keeps everything: display code asks this before it observes anything.
+    /// Whether a full run is open. Display code asks this before it observes anything.
     bool isFullDiagnosticsRunning() const;
-    /// Closes the open run as it stands.
+    /// Closes the logs of the open run, without finishing it.
     void stopWithoutExport();
 
     // SessionDiagnostics
@@ -67,7 +67,7 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     bool isRunning() const override { return run_ != nullptr; }
     bool capturesFullDiagnostics() const override { return isFullDiagnosticsRunning(); }
     void noteRecording(const std::optional<RecordingMetadata>& recording) override;
-    void recordLiveCaptionStopSnapshot(const StopSnapshot& about) override;
+    void recordLiveCaptionStopSnapshot(const StopSnapshot& stop) override;
     void finish(const Finish& finish) override;
     void discardCurrentRun() override;
     void closeLifecycle() override;
@@ -111,12 +111,12 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     void writeDisplayUnits(const CaptionDisplayRefresh& refresh);
 
     const Environment environment_;
-    const SessionView* view_ = nullptr; // of the session that is attached
+    const SessionView* view_ = nullptr; // of the attached session
     const std::shared_ptr<SerialQueue> queue_;
     const std::shared_ptr<std::atomic<int>> pendingWrites_ = std::make_shared<std::atomic<int>>(0);
     std::shared_ptr<Run> run_;
     std::shared_ptr<Run> finished_; // its lifecycle log stays open until the session has ended
-    std::shared_ptr<FinishedRun> lastFinished_; // a full one, until another session begins
+    std::shared_ptr<FinishedRun> lastFinished_; // only a full run, until another session begins
     IdleMemorySentinel sentinel_;
 };
 

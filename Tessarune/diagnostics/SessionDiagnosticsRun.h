@@ -15,8 +15,8 @@
 
 namespace tessarune {
 
-/// One run on its way: what is known of it, and its open logs. The recorder fills it on the main
-/// queue and gives it to its own queue when it ends.
+/// A run in progress: its data and its open logs. The recorder fills it on the main queue and
+/// passes it to its own queue when the run ends.
 struct SessionDiagnosticsRecorder::Run {
     using Json = JSON::Value;
 
@@ -29,29 +29,30 @@ struct SessionDiagnosticsRecorder::Run {
     const std::string optionID;
     std::string optionTitle;
     DiagnosticsRunFiles files;
-    double t0 = 0;          ///< on the session's clock
+    double t0 = 0;          ///< the start, on the session's clock
     double startedWall = 0; ///< seconds since 1970
-    double sampleRate = 0;  ///< of the first sound; 0: there was none
-    Json sections;          ///< of manifest and settings: program and settings at the start
-    Json host;              ///< another, for which sensors are asked; the recorder's queue alone
+    double sampleRate = 0;  ///< of the first sound; 0 before it
+    Json sections;          ///< of manifest and settings.json, from the start of the run
+    Json host;              ///< one more section, with sensor data; only on the recorder's queue
     LogFields stopRequestFields;
     std::optional<RecordingMetadata> recording;
-    std::optional<CaptionCore::Config> captionSettings; ///< as the event log has them
+    std::optional<CaptionCore::Config> captionSettings; ///< the last in the event log
     std::map<std::string, std::unique_ptr<DiagnosticsNDJSONWriter>, std::less<>> logs;
     std::unique_ptr<DiagnosticsNDJSONWriter> lifecycle;
     std::unique_ptr<PerfSampler> sampler;
-    Json manifest; ///< of a finished run; the recorder's queue alone
+    Json manifest; ///< of a finished run; only on the recorder's queue
 
     void writeLifecycle(const LifecycleEntry& entry);
     void writeLifecycle(double t, const char* name, const LogFields& fields = {}) {
         writeLifecycle({t, name, LifecyclePhase::instant, std::nullopt, fields});
     }
-    /// Waits for what is queued. `lost` gets how many records of each log are missing.
+    /// Waits until all queued records are written and closes the logs. Sets `lost` to the number
+    /// of lost records of each log that lost any.
     void closeLogs(Json& lost);
     Json manifestHead() const; ///< without the host
 };
 
-/// What the end of a session leaves, as it was on the main queue.
+/// The data that finishes a run, copied on the main queue.
 struct SessionDiagnosticsRecorder::Ending {
     Finish finish;
     CaptionCore::Rows segments;
@@ -65,14 +66,14 @@ struct SessionDiagnosticsRecorder::Ending {
     std::string bilingualTranscriptPath;
 
     std::size_t wordEventCount() const;
-    /// What the logs say of the end.
+    /// The fields of log entries about the end of the run.
     LogFields fields(const Run& run) const;
     std::optional<std::string> timeline(const Run& run) const;
     JSON::Value perfSummary(const Run& run) const;
     JSON::Value manifest(Run& run, const JSON::Value& lost) const;
 };
 
-/// A run that is complete, and the texts that it gets for later translations. Any thread.
+/// A finished run, and its new texts if translations arrive later. Any thread.
 struct SessionDiagnosticsRecorder::FinishedRun {
     FinishedRun(std::filesystem::path itsDirectory, std::optional<RecordingMetadata> itsRecording)
         : directory(std::move(itsDirectory)), recording(std::move(itsRecording)) {}
@@ -80,8 +81,8 @@ struct SessionDiagnosticsRecorder::FinishedRun {
     const std::filesystem::path directory;
     const std::optional<RecordingMetadata> recording;
 
-    /// Gives what is still to be written. Only the latest texts are: translations that come while
-    /// the disk is busy queue nothing of their own.
+    /// Replaces the texts that are still to be written and returns the former ones. If there were
+    /// some, a write is already queued, and it writes the latest texts.
     std::optional<TranscriptSnapshot> exchange(std::optional<TranscriptSnapshot> texts) {
         const MutexLock guard(lock_);
         return std::exchange(unwritten_, std::move(texts));

@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-/// The headless side of the program: it looks at the command line before anything graphical exists.
+/// The headless mode of the program: evaluates the command line before anything graphical exists.
 namespace tessarune::TessaruneCommandLineMode {
 
-/// Does what the arguments ask for (the program's name comes first) and returns the exit status of
-/// the process; nothing if the application is to start. Any argument that begins with "--" keeps
+/// Executes the arguments (the program's name comes first) and returns the exit status of the
+/// process, or `nullopt` if the application should start. Any argument that begins with "--" keeps
 /// the application from starting.
 std::optional<int> runIfRequested(const std::vector<std::string>& arguments, std::ostream& out,
                                   FileSystem& files);

@@ -120,7 +120,7 @@ class SessionDiagnostics {
 
     // Between two sessions
 
-    /// With the run that has just finished, if it keeps everything.
+    /// Starts the watch. It writes to the run that has just finished, if that is a full one.
     virtual void startIdleMemorySentinel(const IdleWatch&) {}
     virtual void stopIdleMemorySentinel(const std::string& /*reason*/) {}
 };
