@@ -8,14 +8,14 @@ namespace tessarune {
 
 /// The layout of samples: always interleaved 32-bit floats from -1 to 1.
 struct AudioFormat {
-    double sampleRate = 0; ///< frames a second
+    double sampleRate = 0; ///< frames per second
     int channels = 0;
 
     bool operator==(const AudioFormat&) const = default;
 };
 
 /// A stretch of sound. Immutable once it is shared, so that the recorder, the recogniser and the
-/// meter read the same memory without a copy.
+/// level meter read the same memory without copies.
 struct AudioBuffer {
     AudioFormat format;
     std::vector<float> samples; ///< frames × channels, interleaved

@@ -16,7 +16,7 @@ AudioCapture::AudioCapture(Host& host, SoundServer& server, AudioSource source,
       executor_(Executor::queue(host, queue_)) {}
 
 AudioCapture::~AudioCapture() {
-    // A stream is destroyed on its own queue; the last reference may go away elsewhere.
+    // The stream must stop on its queue, but the last reference to this may be dropped elsewhere.
     if (stream_)
         queue_->async([stream = std::move(stream_)] { stream->stop(); });
 }

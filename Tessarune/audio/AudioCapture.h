@@ -10,9 +10,9 @@
 
 namespace tessarune {
 
-/// The common part of the captures of system audio and of a microphone: a capture stream on a queue
-/// of its own, which is started and stopped from any thread. The concrete captures define how its
-/// sound is used and how a failure is reported.
+/// The common part of the captures of system audio and of a microphone: a capture stream on its own
+/// queue, started and stopped from any thread. Derived classes define how its sound is used and how
+/// a failure is reported.
 ///
 /// Host and server must outlive it.
 class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
@@ -27,16 +27,17 @@ class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
     AudioCapture(Host& host, SoundServer& server, AudioSource source, std::string_view queueLabel);
 
     /// Begins a capture, after ending one that is still running. Resumes on the main queue. Throws
-    /// what the hooks below throw, and then nothing is left open.
+    /// what the hooks below throw, and then leaves nothing open.
     Task<void> begin();
-    /// Ends the capture when its queue reaches the call.
+    /// Queues the end of the capture and returns at once.
     void endLater();
-    /// Like `endLater`; resumes on the main queue when nothing is delivered any more.
+    /// Ends the capture and resumes on the main queue. No sound or event follows.
     Task<void> end();
 
     // Hooks, all on the queue.
 
-    /// The server is connected; `device` is the source's device. Throws if it is unsuitable.
+    /// Called once the server is connected. `device` is the source's device, `nullopt` if absent.
+    /// Throws if it is unsuitable.
     virtual void prepare(const std::optional<CaptureStream::Source>& device) = 0;
     virtual void didOpen() {}
     virtual void willClose() {}
@@ -45,7 +46,7 @@ class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
     virtual void handleInput(AudioBufferPtr buffer) = 0;
     virtual void handleEvent(const CaptureEvent& event) = 0;
 
-    /// A level is worth computing a few times a second, not with each buffer.
+    /// Levels are computed a few times a second, not for each buffer.
     static constexpr int buffersPerLevel = 8;
     /// The root mean square over all channels and frames: 0 for an empty buffer, 1 for full scale.
     static double rms(const AudioBuffer& buffer);
@@ -53,7 +54,7 @@ class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
     const AudioSource& source() const { return source_; }
     Host& host() const { return host_; }
     SerialQueue& queue() const { return *queue_; }
-    /// Distinguishes one start from the next. On the queue.
+    /// A number that changes with each start and end. On the queue.
     int startCount() const { return startCount_; }
 
   private:

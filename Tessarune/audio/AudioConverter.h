@@ -8,18 +8,18 @@
 
 namespace tessarune {
 
-/// Sound that cannot be converted. The text can be shown.
+/// Thrown for sound that cannot be converted, with a text for the user.
 class AudioConversionError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;
 };
 
-/// Seam: converts a stream of sound to another sample rate and number of channels. Its filter keeps
-/// a history between buffers, so use one converter per stream, and a result may be a little shorter
-/// or longer than its input.
+/// Interface: converts a stream of sound to another sample rate and number of channels. Its filter
+/// keeps a history between buffers, so use one converter per stream. A result may be a little
+/// shorter or longer than its input.
 ///
-/// Used by one thread at a time. Operations throw AudioConversionError; the converter is unusable
-/// after that.
+/// Used by one thread at a time. Operations throw AudioConversionError; after that, the converter
+/// is unusable.
 class AudioConverter {
   public:
     virtual ~AudioConverter() = default;
@@ -29,7 +29,7 @@ class AudioConverter {
     /// Converts a buffer of the input format. The result may be empty while the filter fills.
     virtual AudioBuffer convert(const AudioBuffer& input) = 0;
 
-    /// The remaining output of the filter, at the end of the stream.
+    /// Returns the remaining output of the filter, at the end of the stream.
     virtual AudioBuffer flush() = 0;
 };
 
@@ -37,9 +37,9 @@ class AudioConverter {
 using MakeAudioConverter =
     std::function<std::unique_ptr<AudioConverter>(AudioFormat from, AudioFormat to)>;
 
-/// Makes a converter that keeps the format and changes the speed: at a `rate` of 2 the output is
-/// half as long, and voices keep their pitch. From 0.5 to 3. `flush` brings the output to the
-/// length of the input divided by the rate.
+/// Makes a converter that keeps the format and changes the speed by `rate`, from 0.5 to 3: at 2,
+/// the output is half as long, and voices keep their pitch. After `flush`, the length of the output
+/// is that of the input divided by the rate.
 using MakeTempoChanger =
     std::function<std::unique_ptr<AudioConverter>(AudioFormat format, double rate)>;
 

@@ -19,14 +19,14 @@ struct Device {
     bool operator==(const Device&) const = default;
 };
 
-/// In the server's order, without those that have no channel.
+/// The devices in the server's order, without those that have no channels.
 std::vector<Device> inputDevices(const SoundServer& server);
 
 } // namespace AudioInputDevices
 
 namespace AudioSourceDisplayName {
 
-/// The source's name for people. A device that is absent at the moment shows its id.
+/// The display name of the source; the id if its device is absent.
 std::string name(const AudioSource& source,
                  const std::vector<AudioInputDevices::Device>& inputDevices);
 

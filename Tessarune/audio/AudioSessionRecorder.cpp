@@ -27,7 +27,8 @@ bool isDiskFull(const std::system_error& error) {
            error.code() == std::error_condition(EDQUOT, std::generic_category());
 }
 
-/// Mixes all channels to one. The square root keeps the loudness of independent channels.
+/// Mixes all channels to one. Dividing by the square root of their number keeps the loudness of
+/// independent channels.
 std::vector<float> downmixed(const AudioBuffer& buffer) {
     const auto channels = static_cast<std::size_t>(std::max(buffer.format.channels, 0));
     std::vector<float> mono(buffer.frames());
@@ -93,7 +94,7 @@ void AudioSessionRecorder::start() {
 
 void AudioSessionRecorder::append(AudioBufferPtr buffer) {
     const std::size_t bytes = buffer->samples.size() * sizeof(float);
-    if (waitingBytes_ + bytes > mostWaitingBytes) {
+    if (waitingBytes_ + bytes > maximumWaitingBytes) {
         lostSeconds_ += buffer->seconds();
         return;
     }
@@ -119,7 +120,7 @@ void AudioSessionRecorder::appendSilence(double seconds) {
 
 void AudioSessionRecorder::stop() {
     logger_.event("audioRecorder.stop.request");
-    // Even if the recorder is dropped right after this, the file becomes complete.
+    // The block owns the recorder, so the file is completed even if the caller drops the recorder.
     queue_->async([self = shared_from_this()] { self->stopOnQueue(); });
 }
 
@@ -135,14 +136,14 @@ AudioSessionRecorder::finish(std::shared_ptr<AudioSessionRecorder> self) {
 }
 
 Task<void> AudioSessionRecorder::synchronize() {
-    return putOnDisk(shared_from_this());
+    return synchronizeOnQueue(shared_from_this());
 }
 
-Task<void> AudioSessionRecorder::putOnDisk(std::shared_ptr<AudioSessionRecorder> self) {
+Task<void> AudioSessionRecorder::synchronizeOnQueue(std::shared_ptr<AudioSessionRecorder> self) {
     co_await runOn(Executor::queue(self->host_, self->queue_), [&] {
         self->nextHeaderFlushBytes_ = self->dataByteCount_;
         if (self->fileHandle_)
-            self->keepHeaderCurrent();
+            self->flushIfDue();
     });
 }
 
@@ -160,7 +161,7 @@ void AudioSessionRecorder::startOnQueue() {
     item.channelCount = channelCount;
     try {
         catalog_.prepareDirectories();
-        item.filePath = freshPath(item.startedAt).string();
+        item.filePath = unusedPath(item.startedAt).string();
         logger_.important("audioRecorder.start.request",
                           {{"recordingID", item.id.text()},
                            {"path", item.filePath},
@@ -185,9 +186,9 @@ void AudioSessionRecorder::startOnQueue() {
         onStarted(item);
 }
 
-/// If the clock is set back, two sessions may start in the same second. The earlier recording
-/// stays; a file without an entry is replaced.
-std::filesystem::path AudioSessionRecorder::freshPath(double wallClock) const {
+/// The path of a new recording. Avoids the names of other recordings, because two sessions may
+/// start in the same second if the clock is set back. A file without an entry is replaced.
+std::filesystem::path AudioSessionRecorder::unusedPath(double wallClock) const {
     const std::string stamp = DateText::formatted(wallClock, "yyyyMMdd-HHmmss", "en_US_POSIX");
     std::string name = stamp;
     for (int i = 2; catalog_.isNameTaken && catalog_.isNameTaken(name); ++i)
@@ -195,13 +196,13 @@ std::filesystem::path AudioSessionRecorder::freshPath(double wallClock) const {
     return catalog_.recordingsFolder / (name + ".wav");
 }
 
-/// Throws if the disk is nearly full.
+/// Throws std::system_error if the disk is nearly full.
 void AudioSessionRecorder::checkFreeSpace() {
     std::uint64_t left = reservedDiskBytes;
     try {
         left = files_.freeSpace(catalog_.recordingsFolder);
     } catch (const std::system_error&) {
-        return; // the write will report it
+        return; // the write will report the failure
     }
     if (left < reservedDiskBytes)
         throw diskFull(catalog_.recordingsFolder);
@@ -212,7 +213,7 @@ void AudioSessionRecorder::openFile(const RecordingMetadata& item) {
     fileHandle_ = files_.create(item.filePath);
     observedSampleRate_ = 0;
     dataByteCount_ = 0;
-    isFirstSampleTold_ = false;
+    isFirstSampleReported_ = false;
     nextHeaderFlushBytes_ = headerFlushIntervalBytes;
     writeFailureCount_ = 0;
     consecutiveWriteFailures_ = 0;
@@ -247,7 +248,7 @@ void AudioSessionRecorder::appendOnQueue(const AudioBuffer& buffer, double arriv
         observeFormat(buffer);
     std::string pcm;
     try {
-        pcm = pcmS16LEData(atRateOfFile(std::move(mono), buffer.format.sampleRate));
+        pcm = pcmS16LEData(convertedToFileRate(std::move(mono), buffer.format.sampleRate));
     } catch (const std::exception& error) {
         converter_.reset();
         handleWriteFailure("audioRecorder.convert.failed", error);
@@ -255,12 +256,12 @@ void AudioSessionRecorder::appendOnQueue(const AudioBuffer& buffer, double arriv
     }
     if (!pcm.empty())
         write(pcm);
-    if (dataByteCount_ > 0 && !std::exchange(isFirstSampleTold_, true) && onFirstSample)
+    if (dataByteCount_ > 0 && !std::exchange(isFirstSampleReported_, true) && onFirstSample)
         onFirstSample({item_->id, arrivedAt - writtenSeconds()});
 }
 
-/// The format of the received sound counts, not the requested one. The header gets it at once:
-/// after a crash before the first regular patch, the file must not play at a wrong speed.
+/// Takes the format from the received sound, not from the request. Patches the header at once:
+/// after a crash before the first regular patch, the file must not play at the wrong speed.
 void AudioSessionRecorder::observeFormat(const AudioBuffer& buffer) {
     observedSampleRate_ = buffer.format.sampleRate;
     if (headerSampleRate() != sampleRate) {
@@ -273,8 +274,8 @@ void AudioSessionRecorder::observeFormat(const AudioBuffer& buffer) {
     appendSilenceOnQueue(std::exchange(pendingSilence_, 0));
 }
 
-/// A device with another rate in mid-session is converted to the file's rate.
-std::vector<float> AudioSessionRecorder::atRateOfFile(std::vector<float> mono, double rate) {
+/// Converts sound of another rate, from a device that took over during the session.
+std::vector<float> AudioSessionRecorder::convertedToFileRate(std::vector<float> mono, double rate) {
     const bool sameAsFile = rate == observedSampleRate_;
     std::vector<float> result;
     if (converter_ && (sameAsFile || rate != converterRate_)) {
@@ -295,7 +296,8 @@ std::vector<float> AudioSessionRecorder::atRateOfFile(std::vector<float> mono, d
     return result;
 }
 
-/// The disk was too slow for too long: reported like a failed write; later times stay correct.
+/// Writes silence for sound that was dropped because the disk was too slow, so that later times
+/// stay correct. Reports it like a failed write.
 void AudioSessionRecorder::replaceLostSound(double seconds) {
     if (!fileHandle_ || recordingWriteDisabled_ || seconds <= 0)
         return;
@@ -330,11 +332,12 @@ void AudioSessionRecorder::write(std::uint64_t bytes, const std::function<void()
     }
     dataByteCount_ += bytes;
     consecutiveWriteFailures_ = 0;
-    keepHeaderCurrent();
+    flushIfDue();
 }
 
-/// Makes everything written so far survive a crash and a loss of power.
-void AudioSessionRecorder::keepHeaderCurrent() {
+/// At regular intervals, flushes everything written so far, so that it survives a crash or a power
+/// failure, and checks the free space.
+void AudioSessionRecorder::flushIfDue() {
     if (dataByteCount_ < nextHeaderFlushBytes_)
         return;
     try {
@@ -343,7 +346,7 @@ void AudioSessionRecorder::keepHeaderCurrent() {
         nextHeaderFlushBytes_ = dataByteCount_ + headerFlushIntervalBytes;
         headerPatchIsFailing_ = false;
     } catch (const std::exception& error) {
-        // Retried after some more sound; reported once.
+        // Retries after some more sound, but reports only the first failure.
         nextHeaderFlushBytes_ = dataByteCount_ + headerRetryIntervalBytes;
         if (!std::exchange(headerPatchIsFailing_, true))
             reportFileError("audioRecorder.patchHeader.failed", error);
@@ -445,7 +448,7 @@ void AudioSessionRecorder::handleWriteFailure(const char* event, const std::exce
         disableWriting(error);
 }
 
-/// The file keeps what was written; the session continues without recording.
+/// Ends the recording but keeps the part that was written; the session continues.
 void AudioSessionRecorder::disableWriting(const std::exception& error) {
     recordingWriteDisabled_ = true;
     if (std::exchange(didNotifyWriteDegraded_, true))

@@ -19,16 +19,18 @@
 
 namespace tessarune {
 
-/// Writes a session's sound to a WAV file as it arrives and keeps that file playable: a crash costs
-/// at most the last 2,000,000 bytes, and the next start of the program recovers even those.
+/// Writes a session's sound to a WAV file as it arrives and keeps that file playable: after a
+/// crash, at most the last 2,000,000 bytes do not play, and the next launch of the program recovers
+/// them.
 ///
 /// `start` waits for the writer's queue; `append`, `appendSilence` and `stop` return at once. All
 /// may be called from any thread; callbacks run on the queue and are set before `start`. A failing
-/// disk never ends the session: `onError` reports it once, the written part stays, and the
-/// recording ends there. A recorder serves one session after the other.
+/// disk never ends the session: `onError` reports it. After repeated failures, or when the disk is
+/// nearly full, the recording ends, and the part that was written stays. A recorder is reused for
+/// the next session.
 class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRecorder> {
   public:
-    /// The part of the catalog, which is in a higher layer, that the recorder uses.
+    /// The operations of the catalog that the recorder needs. The catalog is in a higher layer.
     struct Catalog {
         std::filesystem::path recordingsFolder;
         std::function<void()> prepareDirectories; ///< throws std::system_error
@@ -38,8 +40,8 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
         UUIDSource makeID = UUID::random;
     };
 
-    /// The host time of the first sample in a recording's file. The capture that follows the start
-    /// of the recorder waits for its device, so it is later than the recording's own start.
+    /// The host time of the first sample in a recording's file. It is later than the start of the
+    /// recording, because the capture starts after the recorder and waits for its device.
     struct FirstSample {
         UUID recordingID;
         double heardAt = 0;
@@ -47,15 +49,15 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
 
     static constexpr int maxConsecutiveWriteFailures = 3;
     static constexpr std::uint64_t headerFlushIntervalBytes = 2'000'000;
-    /// The sound until the next attempt after a failed flush: a few seconds.
+    /// The sound after which a failed flush is retried: a few seconds.
     static constexpr std::uint64_t headerRetryIntervalBytes = 200'000;
-    /// Recording stops when the disk has this much left, for the transcripts that follow.
+    /// Recording stops when the disk has less free space, to leave room for the transcripts.
     static constexpr std::uint64_t reservedDiskBytes = 16'000'000;
-    /// The sound that may be queued for a slow disk: some minutes. More becomes silence.
-    static constexpr std::size_t mostWaitingBytes = 64'000'000;
-    /// The maximum length of a gap that is filled.
+    /// The sound that may be queued for a slow disk: a few minutes. Further sound becomes silence.
+    static constexpr std::size_t maximumWaitingBytes = 64'000'000;
+    /// The maximum length of silence that fills a gap.
     static constexpr double longestSilenceSeconds = 24 * 3600;
-    static constexpr int sampleRate = 16000; ///< of a file in which nothing was heard
+    static constexpr int sampleRate = 16000; ///< of a file without sound
     static constexpr int channelCount = 1;
     static constexpr const char* audioFormat = "wav/pcm_s16le";
 
@@ -69,7 +71,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     AudioSessionRecorder& operator=(const AudioSessionRecorder&) = delete;
 
     std::function<void(const RecordingMetadata&)> onStarted;
-    /// Once a recording, when its first sound is in the file; never, if there is no sound.
+    /// Called once per recording, when its first sound is in the file; never without sound.
     std::function<void(const FirstSample&)> onFirstSample;
     std::function<void(const RecordingMetadata&)> onFinished;
     std::function<void(const std::string&)> onError; ///< a text for the user
@@ -79,13 +81,13 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     /// `onError` reports that, and `onStarted` is not called.
     void start();
 
-    /// The first buffer decides the file's sample rate; others are converted to it.
+    /// Writes sound. The first buffer decides the file's sample rate; others are converted to it.
     void append(AudioBufferPtr buffer);
 
     /// Adds silence for sound that the capture lost, so that later times stay correct.
     void appendSilence(double seconds);
 
-    /// Writes the recorded sound to the disk. Never throws. Resumes on the main queue.
+    /// Flushes the recorded sound to the disk. Never throws. Resumes on the main queue.
     Task<void> synchronize();
 
     /// Closes the file without waiting. Does nothing if none is open.
@@ -99,21 +101,21 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     AudioSessionRecorder(Host& host, FileSystem& files, TessaruneFileLogger& logger,
                          Catalog catalog, MakeAudioConverter makeConverter);
 
-    static Task<void> putOnDisk(std::shared_ptr<AudioSessionRecorder> self);
+    static Task<void> synchronizeOnQueue(std::shared_ptr<AudioSessionRecorder> self);
     static Task<std::optional<RecordingMetadata>>
     finish(std::shared_ptr<AudioSessionRecorder> self);
     void startOnQueue();
     void openFile(const RecordingMetadata& item);
-    std::filesystem::path freshPath(double wallClock) const;
+    std::filesystem::path unusedPath(double wallClock) const;
     void checkFreeSpace();
     void appendOnQueue(const AudioBuffer& buffer, double arrivedAt);
     void replaceLostSound(double seconds);
     void appendSilenceOnQueue(double seconds);
     void observeFormat(const AudioBuffer& buffer);
-    std::vector<float> atRateOfFile(std::vector<float> mono, double sampleRate);
+    std::vector<float> convertedToFileRate(std::vector<float> mono, double sampleRate);
     void write(const std::string& pcm);
     void write(std::uint64_t bytes, const std::function<void()>& put);
-    void keepHeaderCurrent();
+    void flushIfDue();
     void patchHeader();
     std::optional<RecordingMetadata> stopOnQueue();
     void closeFile();
@@ -133,7 +135,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     MakeAudioConverter makeConverter_;
     std::shared_ptr<SerialQueue> queue_;
 
-    std::atomic<std::size_t> waitingBytes_ = 0; ///< queued and not written yet
+    std::atomic<std::size_t> waitingBytes_ = 0; ///< queued but not written yet
     std::atomic<double> lostSeconds_ = 0;       ///< dropped because the queue was full
 
     // Used on the queue only:
@@ -141,7 +143,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     std::optional<RecordingMetadata> item_;
     double observedSampleRate_ = 0; // 0 until the first buffer
     std::uint64_t dataByteCount_ = 0;
-    bool isFirstSampleTold_ = false;
+    bool isFirstSampleReported_ = false;
     std::uint64_t nextHeaderFlushBytes_ = 0;
     int writeFailureCount_ = 0;
     int consecutiveWriteFailures_ = 0;
@@ -150,7 +152,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     bool didNotifyWriteDegraded_ = false;
     bool recordingWriteDisabled_ = false;
     bool headerPatchIsFailing_ = false;
-    std::unique_ptr<AudioConverter> converter_; // set while buffers arrive at another rate
+    std::unique_ptr<AudioConverter> converter_; // null while buffers arrive at the file's rate
     double converterRate_ = 0;
     double pendingSilence_ = 0; // seconds, until the sample rate is known
 };

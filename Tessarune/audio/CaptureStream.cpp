@@ -26,10 +26,10 @@ std::optional<CaptureStream::Source> monitorOf(const SoundOutput* output) {
 }
 
 /// How often late sound is checked, and the maximum number of checks.
-constexpr double paceLookSeconds = 0.25;
-constexpr int mostPaceLooks = 20;
-/// A check that is so late shows that the program itself was suspended: its sound may be queued.
-constexpr double lateLookSeconds = 0.5;
+constexpr double paceCheckSeconds = 0.25;
+constexpr int maximumPaceChecks = 20;
+/// If a check is this late, the program itself was suspended, and its sound may still be queued.
+constexpr double lateCheckSeconds = 0.5;
 
 SoundServerError noSound() {
     return {SoundServerError::timeout, "the device gives no sound"};
@@ -37,8 +37,8 @@ SoundServerError noSound() {
 
 } // namespace
 
-/// The state of a capture. It is shared with pending operations when the capture stops: `attempt`
-/// lets a late answer see that it is no longer wanted.
+/// The state of a capture. Pending operations share it and may outlive the capture: if `attempt_`
+/// has changed, a late answer is obsolete.
 class CaptureStream::Keeper : public std::enable_shared_from_this<Keeper> {
   public:
     Keeper(SoundServer& server, Executor executor, AudioSource source, Handlers handlers)
@@ -57,7 +57,7 @@ class CaptureStream::Keeper : public std::enable_shared_from_this<Keeper> {
     void adopt(Source source, std::unique_ptr<RecordStream> stream);
     void handleBuffer(AudioBufferPtr buffer);
     void deliver(AudioBufferPtr buffer);
-    void reportHole(double seconds, bool tookOver);
+    void reportGap(double seconds, bool tookOver);
     void watchPace();
     void checkPace();
     void releaseHeld();
@@ -86,13 +86,13 @@ class CaptureStream::Keeper : public std::enable_shared_from_this<Keeper> {
     bool stalled_ = false;            // `stream_` is still open but delivers nothing
     std::uint64_t currentStream_ = 0; // the attempt that opened `stream_`
 
-    double quietSince_ = 0; // when the last buffer came, or the stream was opened
-    double stallLookAt_ = 0;
+    double quietSince_ = 0; // time of the last buffer, or of the opening of the stream
+    double stallCheckAt_ = 0;
     LateSound late_;
-    int paceLooks_ = 0;
-    bool isInterrupted_ = false;   // the reported interruption; nothing has arrived since
-    bool isFirstOfStream_ = false; // the next buffer is
-    bool tookOver_ = false;        // the stream followed another one
+    int paceChecks_ = 0;
+    bool isInterrupted_ = false;   // an interruption was reported, and nothing has arrived since
+    bool isFirstOfStream_ = false; // the next buffer is the first of `stream_`
+    bool tookOver_ = false;        // `stream_` is not the first stream of the capture
     double retrySeconds_ = 0;
     double openSeconds_ = shortestOpenSeconds;
     DelayedCall retry_;
@@ -122,7 +122,7 @@ Task<void> CaptureStream::Keeper::start(std::shared_ptr<Keeper> self) {
             keeper->follow();
     });
     self->watchForStall();
-    // Nobody was notified of a change between the query of the devices and the subscription.
+    // The devices may have changed between their query and the subscription.
     self->follow();
 }
 
@@ -168,7 +168,7 @@ Task<void> CaptureStream::Keeper::open(std::shared_ptr<Keeper> self, Source sour
         failure = std::current_exception();
     }
     if (attempt != self->attempt_)
-        co_return; // stopped, or another device is wanted by now; the stream closes here
+        co_return; // stopped or replaced by another attempt; the stream closes here
     self->opening_.reset();
     if (failure)
         std::rethrow_exception(failure);
@@ -189,7 +189,7 @@ Task<void> CaptureStream::Keeper::reopen(std::shared_ptr<Keeper> self, Source so
 }
 
 void CaptureStream::Keeper::adopt(Source source, std::unique_ptr<RecordStream> stream) {
-    const bool isAnother = !current_.id.empty() && current_.id != source.id;
+    const bool deviceChanged = !current_.id.empty() && current_.id != source.id;
     releaseHeld();
     stream_ = std::move(stream);
     current_ = std::move(source);
@@ -198,7 +198,7 @@ void CaptureStream::Keeper::adopt(Source source, std::unique_ptr<RecordStream> s
     isFirstOfStream_ = true;
     tookOver_ = running_;
     watchForStall();
-    if (isAnother)
+    if (deviceChanged)
         report({CaptureEvent::Kind::deviceChanged, 0, current_.deviceName, 0});
 }
 
@@ -210,22 +210,22 @@ void CaptureStream::Keeper::handleBuffer(AudioBufferPtr buffer) {
         watchForStall();
     if (std::exchange(isFirstOfStream_, false)) {
         const double missing = late_.begin(*buffer, now());
-        reportHole(stream_->isContinuous() ? missing : 0, tookOver_);
+        reportGap(stream_->isContinuous() ? missing : 0, tookOver_);
         deliver(std::move(buffer));
         return;
     }
     const double late = late_.add(*buffer, now());
-    const bool isInTime = late < stallSeconds && !isInterrupted_ && !late_.isHolding();
-    if (isInTime || !stream_->isContinuous()) {
+    const bool isOnTime = late < stallSeconds && !isInterrupted_ && !late_.isHolding();
+    if (isOnTime || !stream_->isContinuous()) {
         deliver(std::move(buffer));
         return;
     }
     const bool isFirstLate = !late_.isHolding();
     late_.hold(std::move(buffer), late, now());
-    if (late < smallestHoleSeconds) {
+    if (late < smallestGapSeconds) {
         releaseHeld();
     } else if (isFirstLate) {
-        paceLooks_ = 0;
+        paceChecks_ = 0;
         watchPace();
     }
 }
@@ -235,11 +235,12 @@ void CaptureStream::Keeper::deliver(AudioBufferPtr buffer) {
         handlers_.onBuffer(std::move(buffer));
 }
 
-/// Called before a buffer. In a stream that was open all the time, a small gap does not count.
-void CaptureStream::Keeper::reportHole(double seconds, bool tookOver) {
-    if (!isInterrupted_ && seconds < (tookOver ? smallestHoleSeconds : stallSeconds))
+/// Called before the buffer after a gap. Ignores a short gap unless an interruption was reported;
+/// within one stream, anything below `stallSeconds` is short.
+void CaptureStream::Keeper::reportGap(double seconds, bool tookOver) {
+    if (!isInterrupted_ && seconds < (tookOver ? smallestGapSeconds : stallSeconds))
         return;
-    // No stall was detected for sound that was lost while the program was suspended.
+    // If the sound was lost while the program was suspended, no stall was detected.
     if (!tookOver)
         interrupt(noSound());
     isInterrupted_ = false;
@@ -247,13 +248,13 @@ void CaptureStream::Keeper::reportHole(double seconds, bool tookOver) {
 }
 
 void CaptureStream::Keeper::watchPace() {
-    paceCheck_ = later(paceLookSeconds, &Keeper::checkPace);
+    paceCheck_ = later(paceCheckSeconds, &Keeper::checkPace);
 }
 
 void CaptureStream::Keeper::checkPace() {
     if (!late_.isHolding())
         return;
-    if (late_.hasFoundItsPace(now()) || ++paceLooks_ >= mostPaceLooks)
+    if (late_.hasSteadyPace(now()) || ++paceChecks_ >= maximumPaceChecks)
         releaseHeld();
     else
         watchPace();
@@ -264,14 +265,14 @@ void CaptureStream::Keeper::releaseHeld() {
     if (!late_.isHolding())
         return;
     std::vector<LateSound::Piece> pieces = late_.release();
-    const bool isWhole =
-        std::ranges::none_of(pieces, [](const LateSound::Piece& piece) { return piece.hole > 0; });
-    if (isWhole)
-        reportHole(0, false);
+    const bool isComplete =
+        std::ranges::none_of(pieces, [](const LateSound::Piece& piece) { return piece.gap > 0; });
+    if (isComplete)
+        reportGap(0, false);
     for (LateSound::Piece& piece : pieces) {
-        if (piece.hole > 0) {
+        if (piece.gap > 0) {
             interrupt(noSound());
-            reportHole(piece.hole, false);
+            reportGap(piece.gap, false);
         }
         deliver(std::move(piece.buffer));
     }
@@ -296,13 +297,13 @@ void CaptureStream::Keeper::follow() {
     const std::optional<Source> source = resolve(wanted_, server_.devices());
     if (!source || opening_ == source->id)
         return;
-    const bool isThere = stream_ && !stalled_ && current_.id == source->id;
-    if (isThere && !opening_)
+    const bool isDelivering = stream_ && !stalled_ && current_.id == source->id;
+    if (isDelivering && !opening_)
         return;
     retry_.cancel();
     const std::uint64_t attempt = ++attempt_;
-    if (isThere) {
-        // The former device delivers again: the attempt at another one is abandoned.
+    if (isDelivering) {
+        // The current device is the right one again: abandons the attempt to open another.
         opening_.reset();
         return;
     }
@@ -321,18 +322,18 @@ void CaptureStream::Keeper::watchForStall() {
     stallCheck_.cancel();
     if (!running_ || !stream_ || !stream_->isContinuous())
         return;
-    // Never a shorter delay: rounding could otherwise repeat a check that is a moment too early for
-    // ever.
+    // A minimum, because rounding could otherwise repeat a check that is slightly too early
+    // forever.
     constexpr double shortestWait = 0.05;
     const double wait = std::max(quietSince_ + stallSeconds - now(), shortestWait);
-    stallLookAt_ = now() + wait;
+    stallCheckAt_ = now() + wait;
     stallCheck_ = later(wait, &Keeper::checkForStall);
 }
 
 void CaptureStream::Keeper::checkForStall() {
     if (!stream_)
         return;
-    if (now() - stallLookAt_ > lateLookSeconds)
+    if (now() - stallCheckAt_ > lateCheckSeconds)
         quietSince_ = now();
     if (now() - quietSince_ < stallSeconds) {
         watchForStall();
@@ -341,7 +342,7 @@ void CaptureStream::Keeper::checkForStall() {
     stalled_ = true;
     releaseHeld();
     interrupt(noSound());
-    // Delayed: a sleeping device would otherwise be reopened over and over.
+    // Waits, because a sleeping device would otherwise be reopened continuously.
     retryLater();
 }
 
@@ -400,7 +401,7 @@ std::optional<CaptureStream::Source> CaptureStream::resolveExactly(const AudioSo
     if (const SoundInput* input = devices.input(*source.deviceID()))
         return sourceOf(input);
     for (const auto& output : devices.outputs) {
-        // The sound of a single output, chosen by name, is a source like a microphone.
+        // The monitor of a single output can be chosen by its name, like a microphone.
         if (output.monitorID == *source.deviceID())
             return Source{output.monitorID, output.name, output.format};
     }

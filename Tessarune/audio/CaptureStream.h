@@ -15,7 +15,7 @@ struct CaptureEvent {
     enum class Kind {
         interrupted,  ///< the sound has stopped; `status` and `text` say why
         resumed,      ///< the next buffer follows a gap of `gapSeconds`: after an interruption,
-                      ///< or where another device took over and its first sound was late
+                      ///< or after a change to a device whose first sound was late
         deviceChanged ///< the capture has changed to another device, named `text`
     };
     Kind kind;
@@ -26,16 +26,15 @@ struct CaptureEvent {
     bool operator==(const CaptureEvent&) const = default;
 };
 
-/// Keeps one capture alive while devices and the server come and go.
+/// Keeps a capture running while devices and the server come and go.
 ///
 /// System audio and the default microphone follow the default as it changes. The default replaces a
 /// chosen microphone that goes away, until it is back. Without a device or a server, the capture
-/// waits for it; an open stream that delivers nothing for `stallSeconds` is reopened. The old
-/// stream delivers until the new one is open, so a change of the device loses no sound that is
-/// still available.
+/// waits for one; an open stream that delivers nothing for `stallSeconds` is reopened. On a change
+/// of the device, the old stream delivers until the new one is open, so no available sound is lost.
 ///
-/// Everything happens on the executor given at construction: call operations there, handlers run
-/// there. After `stop` no handler runs. Dropping it stops it. The server must outlive it.
+/// Call all operations on the executor that was passed to the constructor; handlers run there, but
+/// none after `stop`. The destructor stops the capture. The server must outlive it.
 class CaptureStream {
   public:
     struct Handlers {
@@ -52,9 +51,9 @@ class CaptureStream {
     /// Longer than the two seconds for which an idle output may sleep.
     static constexpr double stallSeconds = 2.5;
     /// A smaller gap is ignored when a device replaces another that was still delivering.
-    static constexpr double smallestHoleSeconds = 0.25;
-    /// A server that is busy moving streams may never answer one request but the next one at once,
-    /// while a slow device needs its time: so the timeout grows.
+    static constexpr double smallestGapSeconds = 0.25;
+    /// The timeout for opening grows with each attempt: a server that is busy moving streams may
+    /// never answer one request but answer the next at once, while a slow device needs more time.
     static constexpr double shortestOpenSeconds = 1.0;
     static constexpr double longestOpenSeconds = 5.0;
     static constexpr double shortestRetrySeconds = 0.25;
@@ -65,14 +64,14 @@ class CaptureStream {
     CaptureStream(const CaptureStream&) = delete;
     CaptureStream& operator=(const CaptureStream&) = delete;
 
-    /// Opens the source, which must exist; from then on the capture continues until `stop`. Throws
-    /// SoundServerError, and then the capture does not run. If `stop` comes first it throws
-    /// `streamKilled`.
+    /// Opens the source, which must exist; from then on, the capture continues until `stop`. Throws
+    /// SoundServerError if it cannot start, with the status `streamKilled` if `stop` was called in
+    /// the meantime.
     Task<void> start();
     void stop();
 
-    /// The device for `source` among these: `nullopt` if it is absent and nothing can replace it.
-    /// System audio is one channel, mixed by the server.
+    /// The device for `source` among `devices`, or `nullopt` if it is absent and nothing can
+    /// replace it. System audio has one channel, mixed by the server.
     static std::optional<Source> resolve(const AudioSource& source, const SoundDevices& devices);
     /// Like `resolve`, but a chosen microphone must be present.
     static std::optional<Source> resolveExactly(const AudioSource& source,

@@ -9,13 +9,13 @@ namespace {
 
 /// The maximum drift between a device's clock and the computer's, per second; lateness up to this
 /// is not lost sound.
-constexpr double mostDrift = 0.001;
-/// A smaller remainder is ignored.
-constexpr double smallestHole = 0.25;
+constexpr double maximumDrift = 0.001;
+/// A smaller gap is ignored.
+constexpr double smallestGap = 0.25;
 /// The jitter of buffers that arrive at a steady pace.
 constexpr double sameLateness = 0.03;
-/// The pace of live sound, in seconds of sound per second. Queued sound arrives much faster; a
-/// program that is held up again gets much less.
+/// The pace of live sound, in seconds of sound per second. Queued sound arrives much faster; if the
+/// program is suspended again, much less arrives.
 constexpr double slowestPace = 0.5;
 constexpr double fastestPace = 1.25;
 
@@ -30,24 +30,24 @@ double LateSound::begin(const AudioBuffer& first, double now) {
 double LateSound::add(const AudioBuffer& next, double now) {
     const double end = end_.value_or(now - next.seconds()) + next.seconds();
     const double late = std::max(0.0, now - end);
-    const double drift = std::min(late, mostDrift * next.seconds());
+    const double drift = std::min(late, maximumDrift * next.seconds());
     end_ = late > 0 ? end + drift : now;
     return late - drift;
 }
 
 void LateSound::hold(AudioBufferPtr buffer, double late, double now) {
     if (held_.empty()) {
-        lookedAt_ = now;
-        secondsSinceLook_ = 0;
+        checkedAt_ = now;
+        secondsSinceCheck_ = 0;
     } else {
-        secondsSinceLook_ += buffer->seconds();
+        secondsSinceCheck_ += buffer->seconds();
     }
     held_.push_back({std::move(buffer), late});
 }
 
-bool LateSound::hasFoundItsPace(double now) {
-    const double elapsed = now - std::exchange(lookedAt_, now);
-    const double heard = std::exchange(secondsSinceLook_, 0);
+bool LateSound::hasSteadyPace(double now) {
+    const double elapsed = now - std::exchange(checkedAt_, now);
+    const double heard = std::exchange(secondsSinceCheck_, 0);
     return heard >= slowestPace * elapsed && heard <= fastestPace * elapsed;
 }
 
@@ -55,14 +55,14 @@ std::vector<LateSound::Piece> LateSound::release() {
     double lost = held_.empty() ? 0 : held_.front().late;
     for (const Held& held : held_)
         lost = std::min(lost, held.late);
-    if (lost < smallestHole)
+    if (lost < smallestGap)
         lost = 0;
     std::vector<Piece> pieces;
     for (Held& held : std::exchange(held_, {})) {
-        const bool isAfterHole = lost > 0 && held.late <= lost + sameLateness;
-        if (isAfterHole)
+        const bool isAfterGap = lost > 0 && held.late <= lost + sameLateness;
+        if (isAfterGap)
             end_ = *end_ + lost;
-        pieces.push_back({isAfterHole ? std::exchange(lost, 0) : 0, std::move(held.buffer)});
+        pieces.push_back({isAfterGap ? std::exchange(lost, 0) : 0, std::move(held.buffer)});
     }
     return pieces;
 }

@@ -9,31 +9,32 @@ namespace tessarune {
 
 /// Distinguishes lost sound from late sound.
 ///
-/// The number of arrived frames tells how far a capture has come; a buffer is late by the clock's
-/// lead over that. A program that was suspended finds the sound of that time queued, and the
-/// lateness disappears within moments. If sound arrives at its own pace again and is still late,
-/// that much of it was lost. Until this is known the sound is held here, so that the gap gets its
+/// The arrived frames say when the next buffer is due; its delay after that is its lateness. While
+/// the program is suspended, the server may queue sound: it then arrives quickly, and the lateness
+/// disappears within moments. If sound arrives at its normal pace and is still late, that much
+/// sound was lost. Late sound is held here until this is known, so that the gap is reported at the
 /// right place. A value; times are host times.
 class LateSound {
   public:
     struct Piece {
-        double hole = 0; ///< seconds that were lost before the buffer
+        double gap = 0; ///< seconds lost before the buffer
         AudioBufferPtr buffer;
     };
 
-    /// The capture begins now, unless some of its sound has arrived.
+    /// Notes the start of the capture, unless some of its sound has already arrived.
     void begin(double now) { end_ = end_.value_or(now); }
-    /// The first buffer of another stream: returns the seconds missing before it.
+    /// Adds the first buffer of a stream; returns the seconds missing before it.
     double begin(const AudioBuffer& first, double now);
-    /// The next buffer of a stream: returns the seconds by which it is late.
+    /// Adds the next buffer of the stream; returns its lateness in seconds.
     double add(const AudioBuffer& next, double now);
 
+    /// Holds an added buffer back.
     void hold(AudioBufferPtr buffer, double late, double now);
     bool isHolding() const { return !held_.empty(); }
-    /// Call now and then while sound is held: whether it has arrived at about its own pace since
-    /// the last call.
-    bool hasFoundItsPace(double now);
-    /// The held sound, in order, with the gap in its place if there is one.
+    /// Returns whether sound has arrived at about its normal pace since the previous call. Call it
+    /// repeatedly while sound is held.
+    bool hasSteadyPace(double now);
+    /// Returns the held sound, in order, with the gap at its place if sound was lost.
     std::vector<Piece> release();
 
   private:
@@ -42,10 +43,10 @@ class LateSound {
         double late;
     };
 
-    std::optional<double> end_; ///< of the arrived sound, by its own count
+    std::optional<double> end_; ///< end of the arrived sound, by its frames
     std::vector<Held> held_;
-    double lookedAt_ = 0;
-    double secondsSinceLook_ = 0; ///< of sound
+    double checkedAt_ = 0;
+    double secondsSinceCheck_ = 0; ///< of arrived sound
 };
 
 } // namespace tessarune

@@ -12,7 +12,7 @@
 
 namespace tessarune {
 
-/// Why a sound file cannot be read or written. The text names the file and can be shown.
+/// Thrown if a sound file cannot be read or written. The text for the user names the file.
 class MediaFileError : public std::runtime_error {
   public:
     enum class Kind {
@@ -20,8 +20,8 @@ class MediaFileError : public std::runtime_error {
         notMedia,     ///< an unknown container
         noAudioTrack, ///< a film without sound, a picture
         unsupported,  ///< a known track without a decoder here, or with impossible properties
-        damaged,      ///< it began well, then nothing more could be decoded, or its end is missing
-        cannotCreate, ///< the destination cannot be opened or begun
+        damaged,      ///< only a first part can be decoded, or its end is missing
+        cannotCreate, ///< the destination cannot be opened or started
         writeFailed,
         cancelled,
     };
@@ -33,12 +33,12 @@ class MediaFileError : public std::runtime_error {
     Kind kind_;
 };
 
-/// Seam: a decoded sound file that is read from its beginning, or from any other position, to its
-/// end.
+/// Interface: a decoded sound file that is read from its beginning, or from any other position, to
+/// its end.
 ///
 /// Used by one thread at a time; reading and seeking wait for the disk. Memory does not grow with
 /// the file. Skips small damage as players do; throws `damaged` if nothing more can be decoded, and
-/// behind the last sound of a file that is shorter than it states.
+/// after the last sound of a file that is shorter than it states.
 class MediaFile {
   public:
     /// The maximum length of a block from `read`.
@@ -53,9 +53,9 @@ class MediaFile {
     /// The next block, or null at the end. Never empty. Throws MediaFileError; after that and after
     /// the end it returns null.
     virtual AudioBufferPtr read() = 0;
-    /// The next `read` begins at `seconds`, to the sample if the container has times; beyond the
-    /// end it returns null. Also works after the end and after a failure. Throws MediaFileError:
-    /// `unsupported` if the file cannot seek, like a pipe.
+    /// Makes the next `read` begin at `seconds`, to the sample if the container has times; beyond
+    /// the end, `read` returns null. Also works after the end and after a failure. Throws
+    /// MediaFileError, `unsupported` if seeking is impossible, as in a pipe.
     virtual void seek(double /*seconds*/) {
         throw MediaFileError(MediaFileError::Kind::unsupported, "this sound cannot be sought");
     }
@@ -64,8 +64,8 @@ class MediaFile {
 /// Opens the first audio track of a file. Throws MediaFileError.
 using OpenMediaFile = std::function<std::unique_ptr<MediaFile>(const std::filesystem::path& path)>;
 
-/// Like `OpenMediaFile`, for a pipe that nobody may be writing yet. "-" is the standard input. A
-/// stop request ends the wait, during opening and reading, with `cancelled`.
+/// Like `OpenMediaFile`, but waits for the writer of a pipe. "-" is the standard input. A stop
+/// request ends the wait, during opening and reading, with `cancelled`.
 using OpenAwaitedMediaFile = std::function<std::unique_ptr<MediaFile>(
     const std::filesystem::path& path, std::stop_token stop)>;
 
@@ -77,21 +77,21 @@ struct M4A {
     static constexpr const char* audioFormat = "m4a/aac"; ///< in the catalog
     static constexpr int sampleRate = 16000;
     static constexpr int channels = 1;
-    static constexpr int bitRate = 32000; ///< bits a second
+    static constexpr int bitRate = 32000; ///< bits per second
 };
 
-/// Seam: an M4A that is encoded piece by piece, in the format `M4A`. It has a temporary name until
-/// it is complete, and an unfinished one is removed with the object.
+/// Interface: an M4A that is encoded piece by piece, in the format `M4A`. It has a temporary name
+/// until it is complete; the destructor removes an unfinished file.
 ///
-/// Used by one thread at a time; waits for the disk. Operations throw MediaFileError; the object is
-/// unusable after that. Memory grows by some MB per hour of sound, the container's index.
+/// Used by one thread at a time; waits for the disk. Operations throw MediaFileError; after that,
+/// the object is unusable. The container's index takes a few MB of memory per hour of sound.
 class M4AFile {
   public:
     virtual ~M4AFile() = default;
 
     /// Adds sound of the format that the file was created for.
     virtual void append(const AudioBuffer& sound) = 0;
-    /// Completes the file on the disk and gives it its name.
+    /// Completes the file on the disk and gives it its final name.
     virtual void finish() = 0;
 };
 
@@ -99,8 +99,8 @@ class M4AFile {
 using CreateM4A =
     std::function<std::unique_ptr<M4AFile>(const std::filesystem::path& to, AudioFormat from)>;
 
-/// Decodes `from` and writes it to `to` as M4A: AAC, 16000 Hz, one channel, 32000 bits a second.
-/// Blocks until it is done. A failure or a request to stop removes what was written of `to` and
+/// Decodes `from` and writes it to `to` as M4A: AAC, 16000 Hz, one channel, 32000 bits per second.
+/// Blocks until it is done. After a failure or a stop request, removes the unfinished `to` and
 /// throws MediaFileError.
 using TranscodeToM4A =
     std::function<void(const std::filesystem::path& from, const std::filesystem::path& to,

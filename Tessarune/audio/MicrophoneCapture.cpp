@@ -12,7 +12,7 @@ namespace tessarune {
 
 namespace {
 
-/// Speech at a usual distance fills only a part of the scale; this gain makes it visible.
+/// Speech at a usual distance fills only a small part of the scale; this gain makes it visible.
 constexpr double levelGain = 6.0;
 
 LocalizedError notSelectable() {
@@ -90,7 +90,7 @@ void MicrophoneCapture::handleEvent(const CaptureEvent& event) {
 AudioBufferPtr MicrophoneCapture::converted(AudioBufferPtr buffer) {
     try {
         if (!converter_ || converterInput_ != buffer->format) {
-            // Another device took over, with a format of its own.
+            // Another device, with another format, took over.
             converter_ = makeConverter_(buffer->format, *targetFormat_);
             converterInput_ = buffer->format;
         }

@@ -10,7 +10,7 @@
 
 namespace tessarune {
 
-/// Captures a microphone: the one with the given id, or the default one, following the default.
+/// Captures a microphone: the one with the given id, or the default one as it changes.
 ///
 /// `start` and `stop` may be called from any thread; the callbacks run on the capture's own queue
 /// and are set before `start`. The host and the server must outlive it.
@@ -29,7 +29,7 @@ class MicrophoneCapture final : public AudioCapture {
     std::function<void(double)> onLevel;
     std::function<void(const CaptureEvent&)> onEvent;
 
-    /// With a sample rate the buffers are one channel at that rate, else in the device's format.
+    /// With a sample rate, buffers have one channel at that rate; otherwise, the device's format.
     /// Resumes on the main queue. Throws LocalizedError of `errorDomain`, or SoundServerError if
     /// the server refuses the stream.
     Task<void> start(std::optional<double> sampleRate);

@@ -12,11 +12,11 @@
 
 namespace tessarune {
 
-/// The user's permissions for system audio, microphone and speech, as far as they are known. One
-/// object for the program, on the main queue; they are kept in the user defaults.
+/// The user's permissions for system audio, microphone and speech, as far as they are known. Stored
+/// in the user defaults. One object for the program, main queue only.
 ///
-/// No desktop asks for permission to record system audio: delivered sound and the probe are the
-/// evidence.
+/// Desktops do not ask for permission to record system audio, so its status comes from delivered
+/// sound and from the probe.
 class PermissionsManager {
   public:
     enum class Status { granted, denied, unknown };
@@ -37,16 +37,17 @@ class PermissionsManager {
     void latch(Key key, Status value);
     /// Like `latch`, but an unknown value changes nothing.
     void merge(Key key, Status system);
-    /// Asks the system again. System audio keeps its value.
+    /// Queries the system for speech and microphone. System audio keeps its value.
     void refresh();
-    /// At launch: asks for speech once, if its permission is unknown.
+    /// Call at launch: asks for the permission for speech, once, if it is unknown.
     void bootstrap();
 
     SystemAuthorization::Status speechAuthorization() const { return system_.speechStatus(); }
-    /// Asks for the permission, stores the answer and returns it. Resume on the main queue.
+    /// Ask for the permission, store the answer and return it. Resume on the main queue.
     Task<bool> requestSpeech();
     Task<bool> requestMicrophone(AudioSource source = AudioSource::microphone());
-    /// Listens for `timeout` seconds whether system audio delivers anything, and stores the result.
+    /// Listens to system audio for `timeout` seconds and stores whether any sound arrived, or
+    /// `unknown` if no stream could be opened.
     Task<void> deepProbeSystemAudio(double timeout);
 
     void openSettings(Key kind) const;

@@ -12,7 +12,7 @@ namespace tessarune {
 /// transcripts, diagnostics runs and log lines.
 struct RecordingMetadata {
     UUID id;
-    double startedAt = 0;          ///< wall clock, seconds since 1970; the index keeps whole ones
+    double startedAt = 0;          ///< wall clock, seconds since 1970; whole ones in the index
     std::optional<double> endedAt; ///< absent while the session records, and after a crash
     std::string filePath;          ///< the audio file, absolute
     double duration = 0;           ///< seconds of audio
@@ -21,13 +21,13 @@ struct RecordingMetadata {
         audioFormat; ///< "wav/pcm_s16le", "m4a/aac", or an import's extension
     std::optional<std::int64_t> sampleRate;
     std::optional<std::int64_t> channelCount;
-    std::optional<std::string> note; ///< the user's; absent, never empty
-    /// The session should become an M4A: if it has not yet, a later start of the program makes it.
-    /// Absent means no.
+    std::optional<std::string> note; ///< the user's; never empty
+    /// Whether the recording should become an M4A; a later launch of the program retries it. Absent
+    /// means no.
     std::optional<bool> awaitsCompression;
 
-    /// `Host::now` at `startedAt`: the base of this run's times, which stay correct when the clock
-    /// is set. Never stored; absent in entries from the disk.
+    /// `Host::now` at `startedAt`: the base of times during the recording, which stay correct if
+    /// the wall clock is set. Never stored; absent in entries from the disk.
     std::optional<double> monotonicStart;
 
     /// Whether it was imported: its format is a bare extension.

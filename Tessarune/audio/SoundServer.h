@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// The sound server refused or failed. `status` is the server's own number; those that the program
-/// distinguishes have a name here.
+/// Thrown if the sound server refuses or fails. `status` is the server's error number; the numbers
+/// that the program distinguishes have names here.
 class SoundServerError : public std::runtime_error {
   public:
     static constexpr int accessDenied = 1;
@@ -34,7 +34,7 @@ class SoundServerError : public std::runtime_error {
 struct SoundInput {
     std::string id; ///< the server's own name for the source; stable across restarts
     std::string name;
-    AudioFormat format; ///< what the device runs at
+    AudioFormat format; ///< the device's own format
 
     bool operator==(const SoundInput&) const = default;
 };
@@ -55,7 +55,7 @@ struct SoundDevices {
     std::string defaultInputID;
     std::string defaultOutputID;
 
-    /// The default input; `nullopt` if there is none or it is the monitor of an output.
+    /// Null if there is no such device, and if the default input is the monitor of an output.
     const SoundInput* defaultInput() const { return find(inputs, defaultInputID); }
     const SoundOutput* defaultOutput() const { return find(outputs, defaultOutputID); }
     const SoundInput* input(const std::string& id) const { return find(inputs, id); }
@@ -81,28 +81,28 @@ enum class SoundServerState {
 
 struct RecordRequest {
     std::string sourceID;      ///< an input's id or an output's `monitorID`
-    int channels = 0;          ///< 0: the source's own; the sample rate always is
-    std::string name;          ///< what the desktop's mixer shows
+    int channels = 0;          ///< 0: the source's own number; the rate is always its own
+    std::string name;          ///< shown by the desktop's mixer
     double timeoutSeconds = 5; ///< how long the server may take to open it
 };
 
-/// Receives the events of a record stream. Called on the executor given at opening.
+/// Receives the events of a record stream, on the executor that was passed at opening.
 struct RecordHandlers {
     /// About 10 ms of sound, in order and without gaps: silence replaces missing data.
     std::function<void(AudioBufferPtr)> onBuffer;
-    /// The stream has ended by itself: the device went away, or the server closed the stream or the
-    /// connection. Called at most once, as the last call.
+    /// Called when the stream has ended by itself: the device went away, or the server closed the
+    /// stream or the connection. At most once, as the last call.
     std::function<void(SoundServerError)> onEnd;
 };
 
-/// An open stream of sound from one source; it never moves to another one. Dropping it closes it.
-/// If it is dropped on the stream's executor, no handler runs afterwards; elsewhere, a running one
-/// may still finish.
+/// An open stream of sound from one source; it never moves to another one. The destructor closes
+/// it. On the stream's executor, no handler runs after destruction; elsewhere, a running one may
+/// still finish.
 class RecordStream {
   public:
     virtual ~RecordStream() = default;
     virtual AudioFormat format() const = 0;
-    /// Whether sound normally arrives without pauses, so that a pause means trouble.
+    /// Whether sound normally arrives without pauses, so that a pause indicates a problem.
     virtual bool isContinuous() const { return true; }
 };
 
@@ -112,54 +112,54 @@ struct PlaybackRequest {
     std::string name;
 };
 
-/// An open stream of sound to an output. Used by one executor, the one given at opening; its tasks
-/// resume there and throw SoundServerError once the stream has ended. One task at a time. Dropping
-/// the stream closes it and loses the sound that was not heard yet.
+/// An open stream of sound to an output. Use it only on the executor that was passed at opening,
+/// with one task at a time. Tasks resume there and throw SoundServerError once the stream has
+/// ended. The destructor closes the stream and discards the sound that was not heard yet.
 class PlaybackStream {
   public:
     virtual ~PlaybackStream() = default;
 
-    /// Resumes as soon as the server has taken the whole buffer, a few tenths of a second before it
-    /// is heard. A stream without data is silent until the next buffer.
+    /// Resumes as soon as the server has accepted the whole buffer, a few tenths of a second before
+    /// it is heard. A stream without data is silent until the next buffer.
     virtual Task<void> write(AudioBufferPtr buffer) = 0;
     /// Resumes when everything written has been heard.
     virtual Task<void> drain() = 0;
     /// A paused stream accepts a few tenths of a second of sound and then blocks writes.
     virtual void setPaused(bool paused) = 0;
-    /// Discards sound that was written and not heard yet; a running task ends. A few hundredths of
-    /// a second in the output itself may still be heard.
+    /// Discards the sound that was written but not heard yet; a running task ends. A few hundredths
+    /// of a second in the output itself may still be heard.
     virtual void flush() = 0;
     /// The seconds heard since the stream was opened or flushed. Keeps its last value after the
     /// stream has ended.
     virtual double heardSeconds() const = 0;
 };
 
-/// Seam: the sound server of this desktop.
+/// Interface: the sound server of this desktop.
 ///
 /// All operations may be called from any thread. The object must outlive its streams. Tasks resume
-/// on the given executor and throw SoundServerError.
+/// on the executor in their parameters and throw SoundServerError.
 class SoundServer {
   public:
     using Subscription = std::shared_ptr<void>;
 
     virtual ~SoundServer() = default;
 
-    /// Connects once, and returns when `devices` is known. After the first success the connection
-    /// is kept for the life of the object: if the server goes away it is retried, a few times a
-    /// second at first and later every two seconds.
+    /// Connects once, and resumes when `devices` is known. After the first success, the connection
+    /// is kept for the life of the object: if the server goes away, it reconnects, with attempts a
+    /// few times a second at first and every two seconds later.
     virtual Task<void> connect(Executor resumeOn) = 0;
     virtual SoundServerState state() const = 0;
 
-    /// The devices as last reported; empty without a connection.
+    /// The latest reported devices; empty without a connection.
     virtual SoundDevices devices() const = 0;
 
     /// Calls `onChange` on `executor` after `state` or `devices` have changed, perhaps once for
-    /// several changes, until the subscription is dropped. If that is done on the executor, it is
-    /// not called afterwards.
+    /// several changes, until the subscription is dropped. If it is dropped on the executor, no
+    /// call follows.
     [[nodiscard]] virtual Subscription observe(Executor executor,
                                                std::function<void()> onChange) = 0;
 
-    /// Opens a stream that delivers at once. Fails without a connection instead of waiting for it.
+    /// Opens a stream that delivers at once. Without a connection, fails instead of waiting for it.
     virtual Task<std::unique_ptr<RecordStream>>
     openRecordStream(RecordRequest request, RecordHandlers handlers, Executor executor) = 0;
 

@@ -9,8 +9,8 @@ namespace tessarune {
 
 class SystemAudioCapture;
 
-/// Receives the sound and events of a `SystemAudioCapture`. Each operation names its queue; those
-/// of the capture queue should return soon.
+/// Receives the sound and events of a `SystemAudioCapture`. Each operation names its queue; on the
+/// capture queue, return soon.
 class SystemAudioCaptureDelegate {
   public:
     virtual ~SystemAudioCaptureDelegate() = default;
@@ -19,15 +19,14 @@ class SystemAudioCaptureDelegate {
     virtual void systemAudioCapture(SystemAudioCapture& capture, AudioBufferPtr didOutput) = 0;
     /// The level of the first buffer and of each eighth one: 0 to 1. Capture queue.
     virtual void systemAudioCaptureDidMeasure(SystemAudioCapture& capture, double level) = 0;
-    /// Nothing has arrived since the start. Main queue, at most once a start.
+    /// Nothing has arrived since the start. Main queue, at most once per start.
     virtual void systemAudioCaptureDidStaySilent(SystemAudioCapture& capture) = 0;
-    /// The sound stopped or came back, perhaps after a gap, or moved to another output. Capture
-    /// queue.
+    /// The sound was interrupted, resumed after a gap, or comes from another output. Capture queue.
     virtual void systemAudioCaptureDidChange(SystemAudioCapture&, const CaptureEvent&) {}
 };
 
-/// Captures the computer's output: the monitor of the default output, as one channel, following the
-/// default as it changes.
+/// Captures the computer's sound: the monitor of the default output, as one channel. Follows the
+/// default output as it changes.
 ///
 /// `start` and `stop` may be called from any thread; the work is done on the capture queue. The
 /// host and the server must outlive it.
@@ -38,15 +37,15 @@ class SystemAudioCapture final : public AudioCapture {
     static std::shared_ptr<SystemAudioCapture> create(Host& host, SoundServer& server);
     ~SystemAudioCapture() override;
 
-    /// Set before `start`; it is not changed while a capture runs.
+    /// Set it before `start`, and do not change it while a capture runs.
     std::weak_ptr<SystemAudioCaptureDelegate> delegate;
 
-    /// Begins a capture, after ending one that is still running. Resumes on the main queue. Throws
-    /// SystemAudioCaptureError, and then nothing is left open.
+    /// Begins a capture, after ending one that is still running. Resumes on the main queue. On
+    /// failure, throws SystemAudioCaptureError and leaves nothing open.
     Task<void> start() { return begin(); }
-    /// Ends the capture; nothing is delivered once the capture queue has reached the call.
+    /// Queues the end of the capture on the capture queue; sound may still arrive until it runs.
     void stop() { endLater(); }
-    /// Like `stop`; resumes on the main queue when nothing is delivered any more.
+    /// Ends the capture and resumes on the main queue. No sound or event follows.
     Task<void> finish() { return end(); }
 
     /// The loudness of a buffer on a scale of 60 decibels: 0 at -60 dB and below, 1 at full scale.
@@ -64,7 +63,7 @@ class SystemAudioCapture final : public AudioCapture {
     void checkForSilentStart(int start);
 
     // On the capture queue:
-    int sampleCount_ = 0; // buffers delivered since start
+    int sampleCount_ = 0; // buffers delivered since the start
     DelayedCall silentStartCheck_;
 };
 

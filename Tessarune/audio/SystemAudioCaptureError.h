@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// Why system audio cannot be captured. The code is the sound server's error number.
+/// Thrown if system audio cannot be captured. The code is the sound server's error number.
 class SystemAudioCaptureError : public LocalizedError {
   public:
     enum class Case {
@@ -22,8 +22,8 @@ class SystemAudioCaptureError : public LocalizedError {
 
     explicit SystemAudioCaptureError(Case which, std::int32_t status = 0);
 
-    /// The status as text: four characters in quotes if its bytes, high to low, are printable, else
-    /// the number.
+    /// The status as text: its four bytes, from high to low, as characters in quotes if they are
+    /// printable; otherwise the number.
     static std::string describe(std::int32_t status);
 };
 

@@ -10,9 +10,9 @@ namespace {
 constexpr std::uint16_t pcmFormat = 1;
 constexpr std::uint16_t bitsPerSample = 16;
 constexpr std::uint32_t formatChunkSize = 16;
-/// More than any sound has; a header that claims more is wrong.
+/// Beyond any real sound: a header that claims more is wrong.
 constexpr std::uint32_t highestSampleRate = 768000;
-constexpr std::uint16_t mostChannels = 64;
+constexpr std::uint16_t maximumChannels = 64;
 constexpr std::uint64_t largestSize = std::numeric_limits<std::uint32_t>::max();
 
 void append(std::string& bytes, std::uint64_t value, int width) {
@@ -20,7 +20,7 @@ void append(std::string& bytes, std::uint64_t value, int width) {
         bytes += static_cast<char>(value >> (8 * i) & 0xFF);
 }
 
-/// A number of `width` bytes; 0 beyond the end.
+/// The number in the `width` bytes at `at`; 0 beyond the end.
 std::uint32_t number(std::string_view bytes, std::uint64_t at, std::uint64_t width) {
     std::uint32_t value = 0;
     if (at + width > bytes.size())
@@ -30,8 +30,8 @@ std::uint32_t number(std::string_view bytes, std::uint64_t at, std::uint64_t wid
     return value;
 }
 
-bool reads(std::string_view bytes, std::uint64_t at, std::string_view word) {
-    return at <= bytes.size() && bytes.substr(at).starts_with(word);
+bool reads(std::string_view bytes, std::uint64_t at, std::string_view tag) {
+    return at <= bytes.size() && bytes.substr(at).starts_with(tag);
 }
 
 /// Reads the values of the format chunk at `at`.
@@ -39,7 +39,7 @@ bool readFormat(std::string_view bytes, std::uint64_t at, WAVHeader& header) {
     header.channels = static_cast<std::uint16_t>(number(bytes, at + 2, 2));
     header.sampleRate = number(bytes, at + 4, 4);
     return number(bytes, at, 2) == pcmFormat && number(bytes, at + 14, 2) == bitsPerSample &&
-           header.channels > 0 && header.channels <= mostChannels && header.sampleRate > 0 &&
+           header.channels > 0 && header.channels <= maximumChannels && header.sampleRate > 0 &&
            header.sampleRate <= highestSampleRate;
 }
 
@@ -86,7 +86,7 @@ std::optional<WAVHeader> WAVHeader::decoded(std::string_view bytes) {
             header.dataOffset = body;
             return hasFormat ? std::optional(header) : std::nullopt;
         }
-        at = body + chunkSize + (chunkSize & 1); // chunks begin at even places
+        at = body + chunkSize + (chunkSize & 1); // chunks begin at even offsets
     }
     return std::nullopt;
 }

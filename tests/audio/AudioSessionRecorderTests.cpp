@@ -260,7 +260,7 @@ TEST_F(AudioSessionRecorderTests, AStalledDiskLosesOnlySoundBeyondTheBuffer) {
     constexpr std::size_t channels = 50; // large in memory, small on disk
     constexpr std::size_t frames = 20'000;
     constexpr std::size_t blockBytes = frames * channels * sizeof(float);
-    constexpr std::size_t room = AudioSessionRecorder::mostWaitingBytes / blockBytes;
+    constexpr std::size_t room = AudioSessionRecorder::maximumWaitingBytes / blockBytes;
     const auto loud = std::make_shared<AudioBuffer>(
         AudioBuffer{{48000, channels}, std::vector<float>(frames * channels, 0.05F)});
     const auto hear = [&](std::size_t blocks) {
