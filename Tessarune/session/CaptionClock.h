@@ -14,7 +14,7 @@ namespace tessarune {
 /// Main queue. The host outlives it.
 class CaptionClock {
   public:
-    /// Stops the clock at `time` while it exists. A nested one keeps the time of the outer one.
+    /// Stops the clock at `time` while it exists. A nested hold keeps the time of the outer one.
     class Hold {
       public:
         ~Hold();

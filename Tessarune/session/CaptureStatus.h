@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// Shows the state of the sound in the status line of a session: silent, interrupted, or resumed on
-/// some device. Main queue; all references must outlive it.
+/// Shows in the status line of a session that its sound is silent, interrupted or resumed, or comes
+/// from another device. Main queue; all references must outlive it.
 class CaptureStatus {
   public:
     using Refresh = std::function<void(const std::string& reason)>;

@@ -7,7 +7,7 @@ namespace tessarune {
 void LiveRecordingTracker::reset() {
     currentID_.reset();
     lastSavedID_.reset();
-    asBegun_.reset();
+    atStart_.reset();
     currentStartedAt_.reset();
     journal_.reset();
 }
@@ -21,7 +21,7 @@ void LiveRecordingTracker::handleStarted(const RecordingMetadata& metadata, bool
     }
     discardCurrentRecordingIfAny();
     currentID_ = metadata.id;
-    asBegun_ = metadata;
+    atStart_ = metadata;
     currentStartedAt_ = metadata.monotonicStart.value_or(metadata.startedAt);
     journal_ =
         std::make_unique<SessionJournal>(host_, files_, logger_, catalog_.journalURL(metadata.id),
@@ -83,7 +83,7 @@ bool LiveRecordingTracker::saveTranscripts(std::string_view sourceText,
     const bool sourceSaved = catalog_.saveTranscript(sourceText, id);
     const bool bilingualSaved = catalog_.saveBilingualTranscript(bilingualText, id);
     const bool timelineSaved = catalog_.saveWordTimeline(wordTimeline, id);
-    // Texts of a recording that the catalog could not store are not kept beyond this run.
+    // The texts of a recording that the catalog could not store are lost when the program ends.
     const bool isListed = catalog_.recording(id).has_value();
     reset();
     lastSavedID_ = id;

@@ -36,9 +36,9 @@ class LiveRecordingTracker {
 
     void reset();
 
-    /// Makes a recording that has begun the current one and opens its journal with the committed
-    /// rows so far. A previous current recording is deleted. If the session is already over,
-    /// deletes the new recording instead.
+    /// Call when a recording has begun. It becomes the current one, and its journal begins with the
+    /// committed rows so far; a previous current recording is deleted. If the session is already
+    /// over, deletes the new recording instead.
     void handleStarted(const RecordingMetadata& metadata, bool isListening, const CaptionCore& core,
                        const std::string& recognitionOptionID);
     /// Notes the host time of the first sample in the file of a recording.
@@ -48,7 +48,7 @@ class LiveRecordingTracker {
 
     /// Writes committed rows to the journal, from which they are recovered after a crash.
     void journal(const CaptionCore& core, std::span<const CaptionSegment> rows);
-    /// Writes a row to the journal whose translation was added or removed.
+    /// Writes a row to the journal again, after its translation was added or removed.
     void journalTranslation(const CaptionSegment& row);
 
     /// Flushes the journal to the disk, so that it survives a power failure. Resumes on the main
@@ -66,9 +66,9 @@ class LiveRecordingTracker {
     RecordingTranscriptSaveOutcome updateLastSavedTranscripts(std::string_view sourceText,
                                                               std::string_view bilingualText);
 
-    /// The current recording as it was when it began.
-    const std::optional<RecordingMetadata>& currentAsBegun() const { return asBegun_; }
-    /// The current recording's entry in the catalog now.
+    /// The data of the current recording at its start.
+    const std::optional<RecordingMetadata>& currentAtStart() const { return atStart_; }
+    /// The entry of the current recording in the catalog.
     std::optional<RecordingMetadata> currentRecordingMetadata() const;
     std::optional<std::filesystem::path> currentAudioPath() const;
 
@@ -79,7 +79,7 @@ class LiveRecordingTracker {
     TessaruneFileLogger& logger_;
     std::optional<UUID> currentID_;
     std::optional<UUID> lastSavedID_;
-    std::optional<RecordingMetadata> asBegun_;
+    std::optional<RecordingMetadata> atStart_;
     std::optional<double> currentStartedAt_;
     std::unique_ptr<SessionJournal> journal_;
 };

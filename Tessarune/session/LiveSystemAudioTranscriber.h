@@ -52,7 +52,7 @@ class LiveSystemAudioTranscriber final
     std::function<void(const AudioSessionRecorder::FirstSample&)> onFirstSample;
     std::function<void(const RecordingMetadata&)> onRecordingFinished;
     std::function<void(const std::string&)> onError; ///< a text for the user
-    std::function<void(double)> onAudioBufferInfo;   ///< the sample rate has changed
+    std::function<void(double)> onAudioBufferInfo;   ///< the sample rate, when it changes
     std::function<void(const AppleSpeechAnalyzerRawResultRecord&)> onAppleRawResult;
     std::function<void(const AppleSpeechAnalyzerSummaryRecord&)> onAppleSummaryResult;
     std::function<void(const AppleFinalReconcileDecisionRecord&)> onAppleFinalReconcile;

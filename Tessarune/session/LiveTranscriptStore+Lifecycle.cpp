@@ -111,7 +111,7 @@ Task<void> LiveTranscriptStore::startSession(Self self, StartRequest start) {
     Task<void> starting = self->liveTranscriber_->start(start.source);
     co_await starting;
     if (start.number != self->startNumber_) {
-        // The newer start is alive waiting for permissions; the sound belongs to this one.
+        // The newer start is still waiting for permissions; the sound belongs to this one.
         self->liveTranscriber_->stop();
         self->discardRecording();
         co_return;
@@ -301,7 +301,7 @@ Task<void> LiveTranscriptStore::runSwap(WeakSelf weak, std::uint64_t session, bo
     // The session continues even without a recogniser, and so do its diagnostics.
     if (hadRun && *self->view_.isListening) {
         self->startDiagnostics(*self->view_.selectedSource);
-        self->environment_.diagnostics->noteRecording(self->recordingTracker_.currentAsBegun());
+        self->environment_.diagnostics->noteRecording(self->recordingTracker_.currentAtStart());
         self->environment_.diagnostics->noteAudioBuffer(self->liveTranscriber_->sampleRate());
     }
     if (failure && !isCancellation(failure)) {

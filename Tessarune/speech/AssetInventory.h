@@ -17,7 +17,7 @@ struct AssetProgress {
     std::uint64_t expected = 0; ///< the total; 0 if unknown
 };
 
-/// No speech model serves the locale; a retry is pointless.
+/// Thrown if no speech model serves the locale; a retry is pointless.
 struct UnsupportedSpeechLocale : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

@@ -23,7 +23,7 @@ class SpeechFileAnalyzer {
     /// The format that `analyze` expects.
     virtual AudioFormat audioFormat() const = 0;
 
-    /// The maximum by which reported times are too late, in seconds. They are never too early.
+    /// The maximum lag of reported times behind the sound, in seconds. They are never early.
     virtual double mostLateness() const = 0;
 
     /// Loads the model and returns its name.
