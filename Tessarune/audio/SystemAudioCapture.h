@@ -21,7 +21,7 @@ class SystemAudioCaptureDelegate {
     virtual void systemAudioCaptureDidMeasure(SystemAudioCapture& capture, double level) = 0;
     /// Nothing has arrived since the start. Main queue, at most once per start.
     virtual void systemAudioCaptureDidStaySilent(SystemAudioCapture& capture) = 0;
-    /// The sound was interrupted, resumed after a gap, or comes from another output. Capture queue.
+    /// The sound was interrupted, has resumed, or comes from another output. Capture queue.
     virtual void systemAudioCaptureDidChange(SystemAudioCapture&, const CaptureEvent&) {}
 };
 
