@@ -32,7 +32,7 @@ constexpr int maximumPaceChecks = 20;
 constexpr double lateCheckSeconds = 0.5;
 
 SoundServerError noSound() {
-    return {SoundServerError::timeout, "the device gives no sound"};
+    return {SoundServerError::timeout, "the device delivers no sound"};
 }
 
 } // namespace
@@ -357,7 +357,7 @@ void CaptureStream::Keeper::report(const CaptureEvent& event) {
         case CaptureEvent::Kind::deviceChanged:
             break;
         }
-        return "capture went over to " + event.text;
+        return "capture changed to " + event.text;
     });
     if (handlers_.onEvent)
         handlers_.onEvent(event);

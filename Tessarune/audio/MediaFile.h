@@ -57,7 +57,7 @@ class MediaFile {
     /// the end, `read` returns null. Also works after the end and after a failure. Throws
     /// MediaFileError, `unsupported` if seeking is impossible, as in a pipe.
     virtual void seek(double /*seconds*/) {
-        throw MediaFileError(MediaFileError::Kind::unsupported, "this sound cannot be sought");
+        throw MediaFileError(MediaFileError::Kind::unsupported, "seeking is not possible in this sound");
     }
 };
 

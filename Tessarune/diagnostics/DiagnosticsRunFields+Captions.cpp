@@ -21,7 +21,8 @@ constexpr Field sessionPhase{
     "\"idle\", \"preparing\", \"loading\", \"listening\", \"stopping\", \"failed\""};
 constexpr Field frameIndexes{"updateRequestIndex, publishedFrameIndex",
                              "refreshes and published frames before this one"};
-constexpr Field unitIdentity{"index, id", "its place among all rows that are shown, and its UUID"};
+constexpr Field unitIdentity{"index, id",
+                             "its position among all rows that are shown, and its UUID"};
 constexpr Field unitState{
     "state, freezeKind, revision, revisionCount",
     "\"partial\" or \"final\"; \"none\", \"soft\", \"ours\" or \"engine\"; the "
@@ -29,10 +30,11 @@ constexpr Field unitState{
 constexpr Field unitTranslation{
     "translationUnitID, translationResultSegmentID, translationUnitIndex, translationUnitCount, "
     "translationRole",
-    "the unit in which the row is translated; \"none\", \"member\" or, for the row under which the "
-    "translation stands, \"result\""};
+    "the unit in which the row is translated; \"none\", \"member\" or, for the row below which "
+    "the translation is shown, \"result\""};
 constexpr Field unitTimes{"startedAt, endedAt, committedAt, firstSeenAt", "on the session's clock"};
-constexpr Field unitSource{"sourceCharacters, sourceWords, sourceHash", "the text in short"};
+constexpr Field unitSource{"sourceCharacters, sourceWords, sourceHash",
+                           "size and hash of the text"};
 
 } // namespace
 
@@ -41,36 +43,37 @@ Table captions() {
         {"boundaryEvents",
          {clockTime,
           {"phase", "\"partial\" or \"final\""},
-          {"inputText", "what the recogniser said"},
+          {"inputText", "the recognised text"},
           {"softPieces, hardPieces, leading, tail",
-           "clauses that stand still, sentences that are fixed now, sentences that may still "
-           "change, the open rest"},
-          {"reasons", "why it was cut there"}}},
+           "stable clauses, sentences frozen by this decision, sentences that may still change, "
+           "the "
+           "tail"},
+          {"reasons", "the reasons of the cut"}}},
         {"corrections",
          {clockTime,
           {"shownText, finalText", "what was on the screen, and the final"},
-          {"droppedWords, addedWords, commonWords", "in how many words the two differ"}}},
+          {"droppedWords, addedWords, commonWords", "by how many words the two differ"}}},
         {"translationEvents",
          {clockTime,
           {"phase, scope",
            "\"start\", \"success\" or \"failure\"; \"committed\" or, for a preview, \"ghost\""},
           {"translationUnitID, segmentID, segmentIDs, resultSegmentID, segmentCount",
-           "the rows that are translated together, and the one under which it stands"},
+           "the rows that are translated together, and the row below which the translation is "
+           "shown"},
           {"sourceText, translatedText, sourceCharacters, translatedCharacters", "the texts"},
-          {"sourceLanguage, targetLanguage, backend", "with what"},
+          {"sourceLanguage, targetLanguage, backend", "languages and backend"},
           {"durationSeconds, queueDelaySeconds, availabilitySeconds, translateCallSeconds, "
            "applySeconds",
-           "how long it took, and how long each step"},
-          {"preflightStatus, attemptCount, automaticRetry, recoveryAction",
-           "how often it was tried"},
-          {"error, failureCategory, failureDomain, failureCode, failureReason", "what went wrong"},
+           "the duration in total and of each step"},
+          {"preflightStatus, attemptCount, automaticRetry, recoveryAction", "the attempts"},
+          {"error, failureCategory, failureDomain, failureCode, failureReason", "the failure"},
           {"sessionGeneration", "tells a late result from a current one"}}},
         {"liveCaptionEvents",
          {clockTime,
-          {"event",
-           "\"diagnostics.start\", \"frame.refresh\", \"setting\", \"softCaption\", "
-           "\"liveCaption.stopSnapshot\", or \"follow.\" and what the list of captions did to "
-           "stay at its newest line"},
+          {"event", "\"diagnostics.start\", \"frame.refresh\", \"setting\", \"softCaption\", "
+                    "\"liveCaption.stopSnapshot\", or \"follow.\" and an action of the list of "
+                    "captions that "
+                    "keeps it at its newest line"},
           reason,
           sessionPhase,
           layoutModes,
@@ -80,18 +83,18 @@ Table captions() {
           {"hasPartial, currentPartialID, currentPartialRevision, currentPartialState",
            "the open row"},
           tails,
-          {"ghostVisible, ghostSourceCharacters", "a translation that is shown ahead"},
+          {"ghostVisible, ghostSourceCharacters", "the preview"},
           {"statusVisible, translationStatusVisible, translationStatusIncomplete, "
            "translationRetryAvailable",
            "what else is shown"},
           {"buildSourceMS, buildTranslationMS, buildStatusMS, buildTotalMS, compareMS",
-           "what the frame cost"},
+           "the cost of the frame"},
           frameIndexes,
           {"published", "whether anything visible had changed"},
           {"captionStageRenders, captionStageSourceOnlyRenders, captionStageStandardRenders, "
            "captionStageLyricsRenders, captionStageBilingualCompareRenders",
            "how often the stage was drawn, by layout"},
-          {"name, value", "of \"setting\": which changed, and to what"},
+          {"name, value", "of \"setting\": the setting and its new value"},
           {"phase, enabled, stableSeconds, candidateCount, visibleCount, sample, resetReason",
            "of \"softCaption\": the clauses of the open sentence that are shown"},
           {"completedTranslations, pendingTranslations, sourceCharacters, translationCharacters, "
@@ -100,12 +103,12 @@ Table captions() {
           {"isPinned, isReviewing, overflowing, clipY, clipHeight, clipMaxY, documentHeight,"
            " legalBottomY, legalBottomDelta, legacyDistanceFromBottom, rows",
            "of \"follow.…\": whether the newest line is followed or the user reads further up,"
-           " and where the list stands, in pixels"},
+           " and the position of the list, in pixels"},
           {"nextPinned, reviewEnterThreshold, followResumeThreshold, deltaY, "
            "legalDeltaChange, jumpDelta, delaySeconds, fireInSeconds, quietForSeconds, "
            "armedForSeconds, recentLiveScrollSeconds, liveScrollIsRecent, "
            "userLiveScrollActive",
-           "of single events of it: scrolling, and when the list returns by itself"}}},
+           "of some of these events: scrolling, and when the list returns by itself"}}},
         {"displayUnitEvents",
          {clockTime,
           {"event", "\"frame.publish\""},
@@ -116,13 +119,13 @@ Table captions() {
           tails,
           liveCounts,
           {"currentPartialRevision", "of the open row"},
-          {"sampledUnitLimit", "at most so many rows are listed, the last ones"},
+          {"sampledUnitLimit", "the number of rows that are listed at most, counted from the end"},
           {"units", "the rows", "displayUnit"}}},
         {"liveWindowStopSnapshot",
          {schema,
           {"kind, capturedAt, reason", "\"liveCaptionStopSnapshot\", when, and why"},
           {"completedTranslations, pendingTranslations, isCommittedTranslating",
-           "whether the translations were in"},
+           "whether the translations were complete"},
           sessionPhase,
           layoutModes,
           displaySettings,

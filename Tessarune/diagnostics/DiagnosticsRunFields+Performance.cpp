@@ -16,20 +16,19 @@ Table performance() {
          {sampleTime,
           {"cpuPercent", "processor time of the program since the last sample, in percent of one "
                          "core"},
-          {"footprintMB", "memory that the program alone costs, in memory or swapped out, in "
-                          "2^20 bytes"},
-          {"residentMB", "of all its memory what is in memory now"},
-          {"thermalState", "\"nominal\", \"fair\", \"serious\", \"critical\", or \"unknown\" where "
-                           "the computer does not tell"},
-          {"activeProcessorCount", "processors that the program may use, limits of its group "
-                                   "included"},
-          {"lowPowerMode", "whether the computer saves power; false where it has no such mode"},
-          {"mainThreadLagMS", "the latest that the main thread was since the last sample"}}},
+          {"footprintMB", "memory of the program alone, resident or swapped out, in 2^20 bytes"},
+          {"residentMB", "the part of its memory that is resident now"},
+          {"thermalState", "\"nominal\", \"fair\", \"serious\", \"critical\", or \"unknown\" if "
+                           "the computer does not report it"},
+          {"activeProcessorCount", "processors that the program may use within the limits of its "
+                                   "control group"},
+          {"lowPowerMode", "whether the computer is in a power-saving mode; false if it has none"},
+          {"mainThreadLagMS", "the maximum delay of the main thread since the last sample"}}},
         {"perfThreads",
          {sampleTime,
           sampledLoad,
           {"topThreads",
-           "the eight threads that worked most: `rankHint` (their order), `threadID`, "
+           "the eight threads with the most processor time: `rankHint` (their order), `threadID`, "
            "`isMainThread`, `cpuPercent` since the last sample, `userSeconds` and `systemSeconds` "
            "since the thread began, `runState`, `flags` (as the kernel has them), `dispatchQAddr` "
            "(always \"0x0\": threads here belong to no queue)",
@@ -38,16 +37,14 @@ Table performance() {
          {sampleTime,
           sampledLoad,
           {"metrics, delta",
-           "the counters of the pipeline, and by how much each has grown since the "
-           "last sample",
-           anything}}},
+           "the counters of the pipeline, and their increase since the last sample", anything}}},
         {"idleMemorySentinel",
          {schema,
           {"kind, phase, reason",
            "\"idleMemorySentinel\"; \"start\", \"sample\", \"finish\" or \"stop\"; why"},
           {"runDirectory, elapsedSeconds, sampleIntervalSeconds, maxRuntimeSeconds",
-           "the run, seconds since the session's end, every how many seconds and how long it "
-           "watches"},
+           "the run, the seconds since the session's end, the interval and the duration of the "
+           "watch"},
           {"memory", "`footprintMB`, `residentMB`, as in `perf.csv`", anything},
           {"cpuPercent", "since the last record, in percent of one core"},
           {"appState", "what the program is doing", anything}}},
@@ -64,7 +61,7 @@ Table performance() {
            "\"baselineMultiple\" (three times the memory at the end, 512 MB at least), "
            "\"growthSpike\" (512 MB more than at the last sample): each once; "
            "\"gigabyteMilestone\": once for each gigabyte"},
-          {"alarmDetail", "the bound that was passed", anything},
+          {"alarmDetail", "the limit that was exceeded", anything},
           {"windows",
            "the program's: `title`, `isVisible`, `isKeyWindow`, `isMainWindow`, "
            "`isMiniaturized`, `level`, `frame`",

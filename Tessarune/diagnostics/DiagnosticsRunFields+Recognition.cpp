@@ -10,17 +10,15 @@ constexpr Field textHash{"textHash, textPreview",
                          "FNV-1a hash of the text's UTF-8 bytes, and how the text begins"};
 constexpr Field textSize{"characterCount, utf8Count, wordCount",
                          "the text's characters, bytes and words"};
-constexpr Field runCounts{
-    "runCount, timedRunCount",
-    "stretches of the text with attributes of their own, and those with times"};
+constexpr Field runCounts{"runCount, timedRunCount",
+                          "runs of text with the same attributes, and those with times"};
 constexpr Field audioSpan{"audioStartSeconds, audioEndSeconds, audioDurationSeconds",
-                          "where the result lies in the sound, seconds from its beginning"};
+                          "the span of the result in the sound, in seconds"};
 constexpr Field speechOptions{"requestedSpeechOptions", "what the recogniser was asked to deliver"};
 constexpr Field locale{"localeIdentifier", "the language that was recognised"};
 constexpr Field refinedRecording{"recordingID, audioPath, recognitionOptionID, localeIdentifier",
-                                 "the recording that is transcribed again, and with what"};
-constexpr Field segmentSpan{"startSeconds, endSeconds, durationSeconds",
-                            "where it lies in the sound"};
+                                 "the recording, and the recogniser that transcribes it again"};
+constexpr Field segmentSpan{"startSeconds, endSeconds, durationSeconds", "its span in the sound"};
 
 } // namespace
 
@@ -30,29 +28,29 @@ Table recognition() {
          {clockTime,
           {"kind",
            "\"partial\", \"final\", or a mark: \"settings\" (of the captions, from here on), "
-           "\"open\" (text that stood there before), \"withdrawn\" (the guess was taken "
-           "back), \"stopped\" (guesses no longer count), \"sealed\" (what was open became "
-           "rows), \"ended\" (the rows are those of the timeline)"},
-          {"text", "what was understood; of \"settings\" and \"open\" what they set"},
+           "\"open\" (text that was already shown), \"withdrawn\" (the partial was withdrawn), "
+           "\"stopped\" (partials no longer count), \"sealed\" (the open text became rows), "
+           "\"ended\" (the rows are those of the timeline)"},
+          {"text", "the recognised text; of \"settings\" and \"open\" their content"},
           {"revision, timestamp", "of a partial: its number and when it was made"},
           {"start, end, reason", "of a final: its span, and why it was issued"},
-          {"words", "of a final, where known: `word`, `start`, `end`", anything}}},
+          {"words", "of a final, if known: `word`, `start`, `end`", anything}}},
         {"appleSummaryResults",
          {schema,
           {"kind", "\"appleSpeechAnalyzerSummary\""},
           result,
           {"receivedAt", "seconds since 1970"},
           locale,
-          {"isFinal", "or a guess"},
+          {"isFinal", "false: a partial"},
           textSize,
           runCounts,
           {"confidenceRunCount, minConfidence, avgConfidence, alternativeCount",
-           "how sure the recogniser was, where it says so"},
+           "the recogniser's confidence, if it reports one"},
           audioSpan,
           {"mappedStartEpochSeconds, mappedEndEpochSeconds, latestAudioTimeSeconds",
-           "the same on the session's clock; how much sound had been fed"},
+           "the same on the session's clock; the seconds of sound fed so far"},
           {"revisionBeforeTessaruneProcessing, pendingPartialBeforeTessaruneProcessing",
-           "where the program stood with its guesses"},
+           "the state of the program's partials"},
           textHash,
           speechOptions}},
         {"appleRawResults",
@@ -63,15 +61,14 @@ Table recognition() {
           locale,
           {"resultType, resultDebugDescription, resultMirrorChildren, textType, "
            "textDebugDescription, note",
-           "the result as the recogniser's library has it", anything},
-          {"isFinal", "or a guess"},
+           "the result as the recogniser's library reports it", anything},
+          {"isFinal", "false: a partial"},
           {"text", "the whole text"},
           textSize,
           runCounts,
-          {"runs", "the stretches of the text, each with its place, confidence and times",
-           anything},
-          {"alternativeCount, alternatives", "other readings", anything},
-          {"engineState", "where the program stood with its guesses", anything},
+          {"runs", "the runs of the text, each with its position, confidence and times", anything},
+          {"alternativeCount, alternatives", "alternative texts", anything},
+          {"engineState", "the state of the program's partials", anything},
           speechOptions}},
         {"appleFinalReconcile",
          {schema,
@@ -80,14 +77,15 @@ Table recognition() {
           {"receivedAt", "seconds since 1970"},
           {"decision, reasons",
            "\"useFinal\", \"useLastPartial\" or \"dropSuppressedFinal\", and why"},
-          {"final, lastPartial", "the final and the guess before it: text, hash, confidence, times",
-           anything},
+          {"final, lastPartial",
+           "the final and the partial before it: text, hash, confidence, times", anything},
           {"outputTextHash, outputTextPreview, outputCharacterCount, outputWordCount",
            "the text that was shown"},
           {"finalLastPartialSimilarity, finalToLastPartialWordRatio", "how the two differ"},
           {"alternativeTranscriptionsRequested, shouldKeepFinalWordTimings, "
            "suppressedFinalsUntilAudioTime",
-           "whether the final's word times belong to the text; until where finals are dropped"}}},
+           "whether the final's word times belong to the text; the time up to which finals are "
+           "dropped"}}},
         {"refineLifecycleEvents",
          {schema,
           eventName,
@@ -95,14 +93,14 @@ Table recognition() {
           {"phase", "\"start\", \"finish\", \"instant\" or \"fields\""},
           {"status, elapsedSeconds", "at the finish"},
           {"segments, timelineKind, targetLanguage", "of what was saved"},
-          {"fields", "more about it", anything}}},
+          {"fields", "details", anything}}},
         {"refineAppleSummary",
          {schema,
           {"event", "\"apple.result\""},
           refinedRecording,
           result,
           {"receivedAt", "seconds since 1970"},
-          {"isFinal", "or a guess"},
+          {"isFinal", "false: a partial"},
           textSize,
           runCounts,
           audioSpan,
@@ -115,7 +113,7 @@ Table recognition() {
           refinedRecording,
           {"index", "of the sentence"},
           {"resultSequence, resultIsFinal, resultTextHash, pieceIndex, pieceCount, splitStrategy",
-           "of which result it is a piece, and how that was cut"},
+           "the result that contains the piece, and how it was cut"},
           {"text", "the piece"},
           textSize,
           segmentSpan,
@@ -125,8 +123,9 @@ Table recognition() {
          {schema,
           {"event", "\"translation.start\", \"translation.success\" or \"translation.failure\""},
           refinedRecording,
-          {"index, sourceLanguage, targetLanguage", "the sentence, and from what into what"},
-          {"sourceCharacters, sourceWords, sourceHash, sourcePreview", "the sentence in short"},
+          {"index, sourceLanguage, targetLanguage", "the sentence, and its languages"},
+          {"sourceCharacters, sourceWords, sourceHash, sourcePreview",
+           "size and hash of the sentence"},
           {"elapsedSeconds", "how long it took"},
           {"translatedCharacters, translatedHash, translatedPreview", "of a success"},
           {"error", "of a failure"}}}};

@@ -258,7 +258,7 @@ AppleSpeechAnalyzerRawResultRecord rawResultRecord(const SpeechResult& result,
     record.alternatives = rawAlternatives(result.alternatives);
     record.engineState = engineState(context);
     record.requestedSpeechOptions = candidate.requestedSpeechOptions;
-    record.note = "As the recogniser gave it, before any processing.";
+    record.note = "As returned by the recogniser, before any processing.";
     return record;
 }
 

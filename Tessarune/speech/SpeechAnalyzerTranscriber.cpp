@@ -56,11 +56,11 @@ Task<void> SpeechAnalyzerTranscriber::runSession(Self self, NewSession session) 
     Task<void> preparing = session.analyzer->prepareToAnalyze(session.format);
     co_await preparing;
     if (!self->startReadingResults(session))
-        throw std::runtime_error("Recognition was stopped before it had started.");
+        throw std::runtime_error("Recognition was stopped during the start.");
     Task<void> starting = session.analyzer->start(session.input);
     co_await starting;
     if (!self->isCurrent(session.generation))
-        throw std::runtime_error("Recognition was stopped before it had started.");
+        throw std::runtime_error("Recognition was stopped during the start.");
 }
 
 SpeechTranscriberOptions

@@ -47,7 +47,7 @@ std::optional<std::string> fetchAudioData(const WebFetch& fetch,
 
 void logFailure(const std::exception& error) {
     TessaruneLog::storage.notice(
-        [&] { return std::string("A word cannot be heard: ") + error.what(); });
+        [&] { return std::string("pronunciation failed: ") + error.what(); });
 }
 
 } // namespace

@@ -24,17 +24,17 @@ auto nameCodecOf(const Choices& choices) {
 VocabularyPreferences::VocabularyPreferences(UserDefaults& store)
     : dictionaryProvider(store, all_, "Vocabulary.defaultDictionaryProvider",
                          {SettingGroup::application,
-                          localizationKey("The dictionary that a word is looked up in.")},
+                          localizationKey("The dictionary for looking up words.")},
                          VocabularyDictionaryProvider::youdaoEnglishChinese,
                          nameCodecOf(vocabularyDictionaryProviders)),
       pronunciationSource(store, all_, "Vocabulary.defaultPronunciationSource",
                           {SettingGroup::application,
-                           localizationKey("Where the sound of a word is fetched from.")},
+                           localizationKey("The source of pronunciations.")},
                           VocabularyPronunciationSource::youdaoUS,
                           nameCodecOf(vocabularyPronunciationSources)),
       progressLibrary(store, all_, "Vocabulary.progressLibrary",
                       {SettingGroup::application,
-                       localizationKey("The list of words that progress is measured against.")},
+                       localizationKey("The word list for measuring progress.")},
                       VocabularyProgressLibrary::core, nameCodecOf(vocabularyProgressLibraries)) {}
 
 } // namespace tessarune

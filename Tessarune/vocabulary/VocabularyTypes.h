@@ -29,7 +29,7 @@ enum class VocabularyPronunciationSource {
     oxfordUK
 };
 
-/// The list of words that progress is measured against.
+/// The word list for measuring progress.
 enum class VocabularyProgressLibrary { core };
 
 // Each value with the name under which it is stored.
