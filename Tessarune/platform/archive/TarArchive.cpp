@@ -18,14 +18,14 @@ namespace tessarune::TarArchive {
 
 namespace {
 
-constexpr mode_t ownerAlone = 0600;
+constexpr mode_t ownerOnly = 0600;
 constexpr std::size_t blockBytes = 1 << 16;
 
 class OpenFile {
   public:
     OpenFile(std::filesystem::path path, int flags)
         : path_(std::move(path)),
-          number_(::open(path_.c_str(), flags | O_CLOEXEC | O_NOFOLLOW, ownerAlone)) {
+          number_(::open(path_.c_str(), flags | O_CLOEXEC | O_NOFOLLOW, ownerOnly)) {
         if (number_ < 0)
             fail();
     }
@@ -71,14 +71,15 @@ void check(archive* writer, la_ssize_t result) {
         throw std::runtime_error(archive_error_string(writer));
 }
 
-/// A file that grows meanwhile is cut at its initial size; one that shrinks is padded with zeros.
+/// Adds a file. If it grows meanwhile, it is cut at its initial size; if it shrinks, it is padded
+/// with zeros.
 void add(archive* writer, const Entry& file) {
     const OpenFile source(file.path, O_RDONLY);
     const struct stat facts = source.facts();
     const std::unique_ptr<archive_entry, FreeEntry> entry(archive_entry_new());
     archive_entry_set_pathname(entry.get(), file.name.c_str());
     archive_entry_set_filetype(entry.get(), AE_IFREG);
-    archive_entry_set_perm(entry.get(), ownerAlone);
+    archive_entry_set_perm(entry.get(), ownerOnly);
     archive_entry_set_size(entry.get(), facts.st_size);
     archive_entry_set_mtime(entry.get(), facts.st_mtime, 0);
     check(writer, archive_write_header(writer, entry.get()));

@@ -11,21 +11,21 @@
 
 namespace tessarune {
 
-/// Makes this process the only writer of a data folder while the object lives; the lock ends with
-/// the process, however that ends. A program takes it before it uses the catalog and keeps it; one
-/// that only lists recordings needs none.
+/// Makes this process the only writer of a data folder while the object lives; the lock also ends
+/// with the process, even if it crashes. A program takes the lock before it uses the catalog and
+/// keeps it; a program that only lists recordings needs none.
 class DataFolderLock {
   public:
-    /// Who has the folder.
+    /// The process that holds the lock.
     struct Holder {
-        int processID = 0;   ///< 0 if it has not said so yet
-        std::string program; ///< the program's name, as given to `take`
+        int processID = 0;   ///< 0 if the holder has not written it yet
+        std::string program; ///< the program's name, as passed to `take`
 
         bool operator==(const Holder&) const = default;
     };
 
-    /// The lock, or its current holder. Creates the folder if it is missing. Throws
-    /// std::system_error if the folder or the lock's file cannot be created.
+    /// Returns the lock, or its current holder. Creates the folder if it is missing. Throws
+    /// std::system_error if the folder or the lock file cannot be created.
     static std::variant<DataFolderLock, Holder> take(const TessarunePaths& paths,
                                                      std::string_view program);
 

@@ -32,11 +32,11 @@ void failToWrite(std::string_view what, const std::filesystem::path& path) {
 }
 
 std::filesystem::path readOnlyFolderOf(const std::filesystem::path& path) {
-    const int before = errno;
+    const int savedError = errno;
     const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
     const bool isReadOnly =
         ::faccessat(AT_FDCWD, folder.c_str(), W_OK, AT_EACCESS) != 0 && isRefusal(errno);
-    errno = before;
+    errno = savedError;
     return isReadOnly ? folder : std::filesystem::path();
 }
 

@@ -7,20 +7,21 @@
 
 namespace tessarune {
 
-/// A lock that one process at a time can hold, on a file that has no other purpose. It ends with
-/// the object or with the process, however that ends; the file stays.
+/// A lock that one process at a time can hold, on a file or folder. It ends with the object or with
+/// the process, even if that crashes; the file remains.
 class FileLock {
   public:
-    /// Nothing if another holds it. Throws std::system_error if the file cannot be made.
+    /// Locks a file that has no other purpose, and creates it if needed. Returns `nullopt` if the
+    /// lock is held already. Throws std::system_error if the file cannot be opened or locked.
     static std::optional<FileLock> tryToTake(const std::filesystem::path& path);
 
-    /// Locks a folder itself and waits at most so many seconds for other holders. `nullopt` after
-    /// that, or if there is no such folder.
+    /// Locks the folder itself. Waits at most `seconds` for another holder; returns `nullopt` after
+    /// that, or if the folder cannot be opened.
     static std::optional<FileLock> waitForFolder(const std::filesystem::path& folder,
                                                  double seconds);
 
-    /// Whether the lock is held, without creating the file. Prevents others from taking it for a
-    /// moment.
+    /// Whether the lock is held. Does not create the file. For a moment, others cannot take the
+    /// lock.
     static bool isTaken(const std::filesystem::path& path);
 
     FileLock(FileLock&& other) noexcept : file_(std::exchange(other.file_, -1)) {}
@@ -30,8 +31,8 @@ class FileLock {
     }
     ~FileLock();
 
-    /// Writes a note into the lock's file for programs that find it taken. A failure leaves an
-    /// empty note.
+    /// Writes `text` into the lock file, for programs that find the lock taken. A failure leaves the
+    /// file empty.
     void note(std::string_view text) const;
 
   private:

@@ -19,7 +19,7 @@ namespace tessarune {
 
 namespace {
 
-/// A descriptor that is closed with its owner.
+/// A file descriptor that is closed with its owner.
 struct OwnedDescriptor {
     explicit OwnedDescriptor(int itsNumber) : number(itsNumber) {}
     ~OwnedDescriptor() {
@@ -45,7 +45,7 @@ struct FileWatch::State {
     const OwnedDescriptor ending{::eventfd(0, EFD_CLOEXEC)};
     std::atomic<bool> isOver = false;
 
-    /// Whether a pending event concerns the file.
+    /// Reads all pending events. Returns whether one of them concerns the file.
     bool takeEvents() const {
         bool concerns = false;
         alignas(inotify_event) char bytes[16 * (sizeof(inotify_event) + NAME_MAX + 1)];
@@ -65,7 +65,7 @@ struct FileWatch::State {
 FileWatch::FileWatch(const std::filesystem::path& file, Host& host, std::function<void()> onChange)
     : state_(std::make_shared<State>(file.filename().string(), host, std::move(onChange))) {
     const auto folder = file.has_parent_path() ? file.parent_path() : std::filesystem::path(".");
-    // A replaced file is a different one: only its folder reports all changes.
+    // A watch on the file itself would miss a replacement, which is a different file.
     if (state_->events.number < 0 || state_->ending.number < 0 ||
         ::inotify_add_watch(state_->events.number, folder.c_str(),
                             IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE) < 0)

@@ -9,13 +9,13 @@
 
 namespace tessarune {
 
-/// Notices when a file is written, replaced or removed, by whichever program. The file need not
+/// Notices when a file is written, replaced or removed by any program, this one included. The file need not
 /// exist; its folder must.
 class FileWatch {
   public:
     /// `onChange` is called on the main queue, once for simultaneous changes, and never after the
-    /// destructor, which runs on the main queue too. Throws std::system_error if the folder cannot
-    /// be watched.
+    /// destructor, which must run on the main queue, too. Throws std::system_error if the folder
+    /// cannot be watched.
     FileWatch(const std::filesystem::path& file, Host& host, std::function<void()> onChange);
     ~FileWatch();
     FileWatch(const FileWatch&) = delete;

@@ -13,16 +13,17 @@ using Json = JSON::Value;
 
 namespace {
 
-/// How long to wait for the lock: a program that was stopped during a write must not block others.
+/// How long to wait for the lock: a program that is suspended during a write must not block others.
 constexpr double longestWaitSeconds = 5;
 
-/// The target of a symbolic link, so that settings kept elsewhere keep their link. A target that is
-/// not a file, such as a device, is never moved or replaced: there, the link is.
+/// Follows symbolic links, so that a link to settings elsewhere is kept and its target is replaced.
+/// Returns `file` itself if the target is not a regular file, such as a device, which must never be
+/// moved or replaced.
 std::filesystem::path linkedFile(const std::filesystem::path& file) {
-    constexpr int mostLinks = 40; // as the kernel
+    constexpr int maximumLinks = 40; // the limit of the kernel
     std::error_code error;
     std::filesystem::path target = file;
-    for (int i = 0; i < mostLinks && std::filesystem::is_symlink(target, error); ++i)
+    for (int i = 0; i < maximumLinks && std::filesystem::is_symlink(target, error); ++i)
         target = target.parent_path() / std::filesystem::read_symlink(target, error);
     const bool isOther =
         std::filesystem::exists(target, error) && !std::filesystem::is_regular_file(target, error);
@@ -100,7 +101,7 @@ void JSONUserDefaults::store() {
 
 template <typename Change>
 void JSONUserDefaults::change(Change apply) {
-    // No other program writes between the read and the write.
+    // Keeps other programs from writing between the read and the write.
     const auto lock = FileLock::waitForFolder(file_.parent_path(), longestWaitSeconds);
     // After a failed write the memory is newer than the file.
     if (problem_.empty())

@@ -14,14 +14,15 @@ namespace tessarune {
 ///
 /// A change locks the file's folder and reads the file again first, so that a change by the other
 /// front end is not lost, and keeps every other key and value, known or not. An unreadable file is
-/// never overwritten: settings then live in memory only, and `problem` says so.
+/// never overwritten: settings are then kept in memory only, and `problem` says so.
 class JSONUserDefaults final : public UserDefaults {
   public:
     JSONUserDefaults(FileSystem& files, std::filesystem::path file);
     ~JSONUserDefaults() override;
 
-    /// From now on reports changes of the file by others. The host outlives the store. If the
-    /// file's folder cannot be watched, nothing is reported.
+    /// Starts to report changes of the file to the observer, including those by this store. The
+    /// host must outlive the store. If the file's folder cannot be watched, logs that and reports
+    /// no changes.
     void watch(Host& host);
 
     std::optional<SettingValue> value(std::string_view key) const override;
@@ -34,8 +35,8 @@ class JSONUserDefaults final : public UserDefaults {
     const std::string& problem() const { return problem_; }
     /// Called after a write has changed `problem`; may be empty.
     std::function<void()> onProblem;
-    /// Renames an unreadable file and continues with an empty one. Returns its new name; empty if
-    /// there was no need or the renaming failed, which `problem` then says.
+    /// Renames an unreadable file, so that the next change creates a new one. Returns the new path;
+    /// empty if the file is readable or the renaming failed, in which case `problem` has the reason.
     std::filesystem::path keepAside();
 
   private:
@@ -52,7 +53,7 @@ class JSONUserDefaults final : public UserDefaults {
     bool readOnly_ = false;
     std::string problem_;
     std::function<void()> onChange_;
-    std::unique_ptr<FileWatch> watch_; // ends before what it calls
+    std::unique_ptr<FileWatch> watch_; // destroyed first: its callback uses the other members
 };
 
 } // namespace tessarune

@@ -24,7 +24,7 @@ namespace {
 using DiskFailure::fail;
 using DiskFailure::failToWrite;
 
-/// For what the library reports otherwise than in `errno`.
+/// Throws if `error` is set; for library calls that do not report in `errno`.
 void check(const std::error_code& error, std::string_view what, const fs::path& path) {
     if (!error)
         return;
@@ -32,7 +32,7 @@ void check(const std::error_code& error, std::string_view what, const fs::path& 
     fail(what, path);
 }
 
-// Private to the user: nobody else should know what was listened to.
+// Private to the user: nobody else should learn what the user listened to.
 constexpr mode_t privateFile = 0600;
 constexpr mode_t privateFolder = 0700;
 
@@ -84,7 +84,7 @@ class Descriptor {
         std::string all;
         struct stat facts {};
         if (::fstat(number_, &facts) == 0 && S_ISCHR(facts.st_mode))
-            return all; // such a device may be endless
+            return all; // a device such as /dev/zero never ends
         char block[1 << 16];
         for (;;) {
             const ssize_t count = ::read(number_, block, sizeof block);
@@ -138,7 +138,7 @@ class PosixAppendFile final : public AppendFile {
         end_ += bytes.size();
     }
     void appendZeros(std::uint64_t count) override {
-        file_.resize(end_); // the remains of a failed append are not zeros
+        file_.resize(end_); // removes the remains of a failed append, which are not zeros
         file_.resize(end_ + count);
         end_ += count;
     }
@@ -153,50 +153,51 @@ class PosixAppendFile final : public AppendFile {
     std::uint64_t end_ = 0; // a failed append is overwritten by the next one
 };
 
-/// Appends at the end that the file has at that moment: programs that write lines into the same log
-/// do not overwrite each other.
+/// Appends at the current end of the file, so that programs that write lines into the same log do
+/// not overwrite each other.
 class PosixLineFile final : public AppendFile {
   public:
     explicit PosixLineFile(const fs::path& path)
-        : path_(path), end_(path, O_WRONLY | O_CREAT | O_APPEND), file_(path, O_WRONLY) {}
+        : path_(path), appending_(path, O_WRONLY | O_CREAT | O_APPEND), overwriting_(path, O_WRONLY) {}
 
-    void append(std::string_view bytes) override { end_.writeAll(bytes); }
-    void appendZeros(std::uint64_t count) override { file_.resize(fs::file_size(path_) + count); }
+    void append(std::string_view bytes) override { appending_.writeAll(bytes); }
+    void appendZeros(std::uint64_t count) override { overwriting_.resize(fs::file_size(path_) + count); }
     void overwrite(std::uint64_t offset, std::string_view bytes) override {
-        file_.writeAllAt(offset, bytes);
+        overwriting_.writeAllAt(offset, bytes);
     }
-    void synchronize() override { file_.synchronize(); }
+    void synchronize() override { overwriting_.synchronize(); }
     void close() override {
-        file_.close();
-        end_.close();
+        overwriting_.close();
+        appending_.close();
     }
 
   private:
     fs::path path_;
-    Descriptor end_;
-    Descriptor file_; // the kernel would append what is to be overwritten through the other
+    Descriptor appending_;
+    Descriptor overwriting_; // for `overwrite`: O_APPEND would ignore the offset
 };
 
-/// A new name is on the disk only once its folder is.
+/// Flushes the folder, without which a new name in it could be lost.
 void synchronizeFolderOf(const fs::path& path) {
     const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
     Descriptor(folder, O_RDONLY | O_DIRECTORY).synchronize();
 }
 
-/// Beside the target, so that the rename stays on one disk, with a name that only this write uses.
-fs::path temporaryBeside(const fs::path& path) {
+/// A path in the same folder, so that the rename stays on one disk, with a name that only this write
+/// uses.
+fs::path temporaryPath(const fs::path& path) {
     static std::atomic<unsigned> writes = 0;
-    std::array<char, 32> end{};
-    std::snprintf(end.data(), end.size(), ".new-%d%06u", static_cast<int>(::getpid()),
+    std::array<char, 32> suffix{};
+    std::snprintf(suffix.data(), suffix.size(), ".new-%d%06u", static_cast<int>(::getpid()),
                   ++writes % 1'000'000);
-    fs::path beside = path;
-    beside += end.data();
-    return beside;
+    fs::path temporary = path;
+    temporary += suffix.data();
+    return temporary;
 }
 
 } // namespace
 
-// A pipe or a device instead of a file must not block the program.
+// O_NONBLOCK: a pipe or a device in place of the file must not block the program.
 
 std::string PosixFileSystem::read(const Path& path) {
     return Descriptor(path, O_RDONLY | O_NONBLOCK).readAll();
@@ -207,15 +208,15 @@ std::string PosixFileSystem::read(const Path& path, std::uint64_t offset, std::s
 }
 
 void PosixFileSystem::writeAtomically(const Path& path, std::string_view bytes) {
-    const fs::path beside = temporaryBeside(path);
+    const fs::path temporary = temporaryPath(path);
     try {
-        Descriptor file(beside, O_WRONLY | O_CREAT | O_TRUNC);
+        Descriptor file(temporary, O_WRONLY | O_CREAT | O_TRUNC);
         file.writeAll(bytes);
         file.synchronize();
         file.close();
-        rename(beside, path);
+        rename(temporary, path);
     } catch (...) {
-        ::unlink(beside.c_str());
+        ::unlink(temporary.c_str());
         throw;
     }
 }
@@ -252,7 +253,7 @@ void PosixFileSystem::createDirectories(const Path& path) {
         return;
     const int refused = errno;
     if (fs::is_directory(path, ignored))
-        return; // another program was faster
+        return; // another program has created it meanwhile
     errno = refused == EEXIST ? ENOTDIR : refused;
     failToWrite(localizationKey("cannot create the folder %@"), path);
 }
