@@ -10,8 +10,8 @@ namespace tessarune::DiskFailure {
 /// Throws. `what` is a localisation key with a "%@" for the path.
 [[noreturn]] void fail(std::string_view what, const std::filesystem::path& path);
 
-/// Throws after a failed write. If the file's folder is read-only, the text names the folder instead
-/// of the file, because no other file in it can be written either.
+/// Throws after a failed write. If the file's folder is read-only, the text names the folder
+/// instead of the file, because no other file in it can be written either.
 [[noreturn]] void failToWrite(std::string_view what, const std::filesystem::path& path);
 
 /// Returns the folder of the file if it is not writable, otherwise an empty path. Keeps `errno`.

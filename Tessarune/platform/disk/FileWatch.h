@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// Notices when a file is written, replaced or removed by any program, this one included. The file need not
-/// exist; its folder must.
+/// Notices when a file is written, replaced or removed by any program, this one included. The file
+/// need not exist; its folder must.
 class FileWatch {
   public:
     /// `onChange` is called on the main queue, once for simultaneous changes, and never after the

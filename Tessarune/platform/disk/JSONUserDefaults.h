@@ -36,7 +36,8 @@ class JSONUserDefaults final : public UserDefaults {
     /// Called after a write has changed `problem`; may be empty.
     std::function<void()> onProblem;
     /// Renames an unreadable file, so that the next change creates a new one. Returns the new path;
-    /// empty if the file is readable or the renaming failed, in which case `problem` has the reason.
+    /// empty if the file is readable or the renaming failed, in which case `problem` has the
+    /// reason.
     std::filesystem::path keepAside();
 
   private:

@@ -158,10 +158,14 @@ class PosixAppendFile final : public AppendFile {
 class PosixLineFile final : public AppendFile {
   public:
     explicit PosixLineFile(const fs::path& path)
-        : path_(path), appending_(path, O_WRONLY | O_CREAT | O_APPEND), overwriting_(path, O_WRONLY) {}
+        : path_(path),
+          appending_(path, O_WRONLY | O_CREAT | O_APPEND),
+          overwriting_(path, O_WRONLY) {}
 
     void append(std::string_view bytes) override { appending_.writeAll(bytes); }
-    void appendZeros(std::uint64_t count) override { overwriting_.resize(fs::file_size(path_) + count); }
+    void appendZeros(std::uint64_t count) override {
+        overwriting_.resize(fs::file_size(path_) + count);
+    }
     void overwrite(std::uint64_t offset, std::string_view bytes) override {
         overwriting_.writeAllAt(offset, bytes);
     }
@@ -183,8 +187,8 @@ void synchronizeFolderOf(const fs::path& path) {
     Descriptor(folder, O_RDONLY | O_DIRECTORY).synchronize();
 }
 
-/// A path in the same folder, so that the rename stays on one disk, with a name that only this write
-/// uses.
+/// A path in the same folder, so that the rename stays on one disk, with a name that only this
+/// write uses.
 fs::path temporaryPath(const fs::path& path) {
     static std::atomic<unsigned> writes = 0;
     std::array<char, 32> suffix{};

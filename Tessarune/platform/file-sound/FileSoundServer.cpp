@@ -14,13 +14,13 @@ namespace {
 
 /// The buffer length of a real server.
 constexpr double bufferSeconds = 0.01;
-/// How long a stream that is far enough ahead pauses before the next check.
-constexpr double lookAgainSeconds = 0.005;
+/// How long a stream that is far enough ahead of its listener waits before the next check.
+constexpr double recheckSeconds = 0.005;
 
 constexpr const char* outputID = "file";
 constexpr const char* monitorID = "file.monitor";
 
-/// A piece of `block` from frame `first` on.
+/// Copies `frames` frames of `block`, starting with frame `first`.
 AudioBufferPtr piece(const AudioBuffer& block, std::size_t first, std::size_t frames) {
     const auto channels = static_cast<std::size_t>(block.format.channels);
     const auto begin = block.samples.begin() + static_cast<std::ptrdiff_t>(first * channels);
@@ -30,10 +30,11 @@ AudioBufferPtr piece(const AudioBuffer& block, std::size_t first, std::size_t fr
     return part;
 }
 
-/// Reads the file for one listener, in the channels that it asks for. Used on the reader's queue.
+/// Reads the file for one listener, with the number of channels that it requests. Used on the
+/// reader's queue.
 struct PlayedFile {
     std::unique_ptr<MediaFile> file;
-    std::stop_source stop; ///< ends a wait inside `file`
+    std::stop_source stop; ///< cancels a blocked call of `file`
     std::unique_ptr<AudioConverter> mixer;
     AudioFormat format; ///< after mixing
 
@@ -60,7 +61,7 @@ class FileSoundServer::Source : public std::enable_shared_from_this<Source> {
         co_await opening;
     }
 
-    /// On the reader's queue.
+    /// Hands over the opened file; opens it again for each later stream. On the reader's queue.
     std::shared_ptr<PlayedFile> take(int channels) {
         openOnce();
         auto played = std::make_shared<PlayedFile>();
@@ -115,10 +116,10 @@ class FileSoundServer::Source : public std::enable_shared_from_this<Source> {
     const Media media_;
     const std::filesystem::path path_;
     const Executor reader_;
-    std::unique_ptr<MediaFile> opened_; // not read from yet; the reader's alone
+    std::unique_ptr<MediaFile> opened_; // before its first read; reader's queue only
 
     mutable Mutex mutex_; // locked only for a moment
-    /// The file that is being opened or was opened last.
+    /// Of the file that is being opened or was opened last.
     std::stop_source stop_ GUARDED_BY(mutex_);
     std::optional<AudioFormat> format_ GUARDED_BY(mutex_);
     std::optional<double> duration_ GUARDED_BY(mutex_);
@@ -134,27 +135,27 @@ struct Playing {
     RecordHandlers handlers;
     Executor executor;
     std::function<void(std::exception_ptr)> onFinished;
-    double heard = 0; ///< the listener's position at the last check
+    double heard = 0; ///< the listener's progress at the last check; seconds
 };
 
-Task<void> keepPace(Playing& playing, double startedAt, double given, std::stop_token stop) {
+Task<void> keepPace(Playing& playing, double startedAt, double delivered, std::stop_token stop) {
     if (!playing.pace.heardSeconds) {
-        const double ahead = startedAt + given - playing.executor.host().now();
+        const double ahead = startedAt + delivered - playing.executor.host().now();
         if (ahead > 0)
             co_await sleep(playing.executor, ahead, stop);
         co_return;
     }
     // The listener only advances, so most of the time there is no need to ask.
-    while (!stop.stop_requested() && given - playing.heard > playing.pace.lead) {
+    while (!stop.stop_requested() && delivered - playing.heard > playing.pace.lead) {
         playing.heard = playing.pace.heardSeconds();
-        if (given - playing.heard > playing.pace.lead)
-            co_await sleep(playing.executor, lookAgainSeconds, stop);
+        if (delivered - playing.heard > playing.pace.lead)
+            co_await sleep(playing.executor, recheckSeconds, stop);
     }
 }
 
 Task<void> playAll(Playing& playing, std::stop_token stop) {
     const double startedAt = playing.executor.host().now();
-    double given = 0;
+    double delivered = 0;
     for (;;) {
         auto reading = runOn(
             playing.reader, [&playing] { return playing.file->read(); }, playing.executor);
@@ -169,8 +170,8 @@ Task<void> playAll(Playing& playing, std::stop_token stop) {
             const AudioBufferPtr next =
                 piece(*block, first, std::min(step, block->frames() - first));
             playing.handlers.onBuffer(next);
-            given += next->seconds();
-            auto waiting = keepPace(playing, startedAt, given, stop);
+            delivered += next->seconds();
+            auto waiting = keepPace(playing, startedAt, delivered, stop);
             co_await waiting;
         }
     }
@@ -193,20 +194,20 @@ class FileStream final : public RecordStream {
   public:
     explicit FileStream(const std::shared_ptr<Playing>& playing)
         : format_(playing->file->format),
-          reading_(playing->file->stop),
+          fileStop_(playing->file->stop),
           task_(spawn(playing->executor, play(playing, stop_.get_token()), stop_)) {}
     ~FileStream() override {
         task_.cancel();
-        reading_.request_stop();
+        // The read may be waiting for a pipe.
+        fileStop_.request_stop();
     }
 
     AudioFormat format() const override { return format_; }
-    // Stops the read, which may be waiting for its listener.
     bool isContinuous() const override { return false; }
 
   private:
     AudioFormat format_;
-    std::stop_source reading_;
+    std::stop_source fileStop_;
     std::stop_source stop_;
     TaskHandle task_;
 };
@@ -224,7 +225,7 @@ FileSoundServer::~FileSoundServer() {
 }
 
 Task<void> FileSoundServer::connect(Executor resumeOn) {
-    // Once is enough; reopening a pipe would lose its beginning.
+    // Opens only once: reopening a pipe would lose its beginning.
     if (source_->output().format.channels > 0)
         return runOn(
             resumeOn, [] {}, resumeOn);
@@ -247,7 +248,7 @@ SoundDevices FileSoundServer::devices() const {
 }
 
 SoundServer::Subscription FileSoundServer::observe(Executor, std::function<void()>) {
-    return nullptr; // nothing ever changes here
+    return nullptr; // the devices never change
 }
 
 Task<std::unique_ptr<RecordStream>> FileSoundServer::openRecordStream(RecordRequest request,

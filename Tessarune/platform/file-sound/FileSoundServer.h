@@ -12,44 +12,44 @@
 
 namespace tessarune {
 
-/// A sound server whose single output plays a file, or the content of a pipe: a recording of its
-/// monitor starts at the beginning. So a file takes the same path through the program as live
+/// A sound server whose single output plays a file or a pipe: a stream that records its monitor
+/// starts at the beginning of the file. Thus a file takes the same path through the program as live
 /// sound.
 ///
-/// The file is opened and read on a queue of its own, since both may block: on a slow disk, or on a
-/// pipe without a writer. Closing a stream ends such a wait and does not wait itself.
+/// The file is opened and read on a separate queue, because both may block: on a slow disk, or on a
+/// pipe without a writer. Closing a stream cancels a blocked read without waiting for it.
 class FileSoundServer final : public SoundServer {
   public:
     /// How fast the file plays.
     struct Pace {
         /// At real speed.
         static Pace realTime() { return {}; }
-        /// As fast as the listener: delivers sound until it is `lead` seconds ahead of
-        /// `heardSeconds`, the listener's progress. Called on the stream's executor.
+        /// As fast as the listener: delivers sound until it is `lead` seconds ahead of the
+        /// listener's progress. `heardSeconds` is called on the stream's executor.
         static Pace following(std::function<double()> heardSeconds, double lead) {
             return {std::move(heardSeconds), lead};
         }
         std::function<double()> heardSeconds;
         double lead = 0;
     };
-    /// What the server needs of the media library.
+    /// The functions of the media library that the server uses.
     struct Media {
         OpenAwaitedMediaFile open;
         MakeAudioConverter makeConverter;
     };
 
     /// `onFinished` is called on the main queue when the file has been played, with the failure if
-    /// it could not be read to its end (null otherwise).
+    /// it could not be read to its end (null otherwise). It is not called for a closed stream.
     FileSoundServer(Host& host, Media media, std::filesystem::path file, Pace pace,
                     std::function<void(std::exception_ptr)> onFinished);
     ~FileSoundServer() override;
 
     /// Opens the file, once; throws MediaFileError if it cannot be played at all.
     Task<void> connect(Executor resumeOn) override;
-    /// The file is no longer wanted: waiting calls fail with MediaFileError `cancelled`. Any
-    /// thread.
+    /// Abandons the file: blocked calls and later attempts to open it fail with MediaFileError
+    /// `cancelled`. Any thread.
     void giveUp();
-    /// Seconds, once connected, if the file has a duration.
+    /// The length of the file in seconds; `nullopt` if it is unknown or not yet connected.
     std::optional<double> duration() const;
 
     SoundServerState state() const override { return SoundServerState::connected; }

@@ -4,9 +4,9 @@
 
 namespace tessarune {
 
-/// Facts about this computer for a log. Any thread; never fails: unknown facts are 0 or empty.
+/// Facts about this computer for a log; 0 or empty if unknown. Never fails. Any thread.
 struct HostFacts {
-    std::string system; ///< name and release of the kernel, and the processor's kind
+    std::string system; ///< kernel name, kernel release and processor architecture
     int activeProcessorCount = 0;
     double physicalMemoryGB = 0;
 

@@ -7,18 +7,18 @@
 
 namespace tessarune {
 
-/// A library that is loaded when it is first needed, since it brings many others along: FFmpeg's a
-/// hundred, whose loading takes a fifth of a program's start. Some of those start threads as they
-/// are loaded, which would take the signals of a program that has not blocked them yet.
+/// A shared library that is loaded on first use, because it depends on many others: FFmpeg's on a
+/// hundred, whose loading takes a fifth of the program's start. Some of these start threads while
+/// they are loaded; such a thread would receive the signals that the program has not blocked yet.
 ///
-/// Any thread. Stays loaded until the process ends.
+/// Any thread. The library stays loaded until the process ends.
 class LateLibrary {
   public:
-    /// The file has the version whose headers the program is compiled with.
+    /// `file` names the version whose headers the program is compiled with.
     constexpr explicit LateLibrary(const char* file) : file_(file) {}
     LateLibrary(const LateLibrary&) = delete;
 
-    /// Gives why it cannot be loaded; empty: it is.
+    /// Loads the library. Returns the reason for a failure, empty on success.
     std::string load() {
         if (handle_)
             return {};
@@ -28,7 +28,7 @@ class LateLibrary {
         handle_ = handle;
         return {};
     }
-    /// Null where there is no such function, or no library.
+    /// Null if the function or the library is missing.
     void* find(const char* function) { return load().empty() ? dlsym(handle_, function) : nullptr; }
 
   private:
@@ -36,7 +36,8 @@ class LateLibrary {
     std::atomic<void*> handle_ = nullptr;
 };
 
-/// A function of a library that has been loaded; called like the function itself. Any thread.
+/// A function of a LateLibrary; called like the function itself, after a successful `load`. Any
+/// thread.
 template <typename Signature>
 class LateFunction {
   public:

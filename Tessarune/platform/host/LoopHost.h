@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// Real time without a desktop toolkit: the main queue is the thread that calls `run`.
+/// A host in real time without a desktop toolkit: the thread that calls `run` runs the main queue.
 class LoopHost final : public Host {
   public:
     LoopHost();
@@ -22,17 +22,17 @@ class LoopHost final : public Host {
                                              QueuePriority priority) override;
     bool isOnMainQueue() const override { return std::this_thread::get_id() == mainThread_; }
 
-    /// Runs the main queue on the calling thread until `quit`, and returns its status.
+    /// Runs the main queue on the calling thread until `quit`, and returns the status passed to it.
     int run();
 
-    /// Ends `run` after the block that is running. Callable from any thread.
+    /// Ends `run` after the block that is running. Any thread.
     void quit(int status = 0);
 
   private:
     std::thread::id mainThread_;
     std::condition_variable_any arrived_;
     MainQueue queue_;
-    bool quitting_ = false; // with the queue's lock, as is the status
+    bool quitting_ = false; // guarded, like status_, by the queue's lock
     int status_ = 0;
 };
 

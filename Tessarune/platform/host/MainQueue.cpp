@@ -34,8 +34,8 @@ double MainQueue::wallClock() {
     return seconds(CLOCK_REALTIME);
 }
 
-// Both notify with the lock held: the block may end the program, and then the host is destroyed as
-// soon as the lock is free.
+// `post` and `after` notify with the lock held: the block may end the program, and then the host is
+// destroyed as soon as the lock is free.
 
 void MainQueue::post(Block block) {
     const MutexLock held(mutex_);

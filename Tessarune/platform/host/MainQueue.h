@@ -14,15 +14,15 @@
 
 namespace tessarune {
 
-/// The clocks, posted blocks and delayed calls behind a host's main queue, or behind the queue of
-/// another thread; that adds the loop that runs them. Any thread may add, one thread runs.
+/// The clocks, posted blocks and delayed calls of a host's main queue, or of another thread's
+/// queue; the owner adds the loop that runs them. Any thread may add blocks, one thread runs them.
 ///
-/// The clock behind `now` and the delayed calls includes the time of a suspended computer, so that
-/// everything that became due runs right after a resume.
+/// The clock of `now` and of the delayed calls includes the time while the computer is suspended,
+/// so that calls which became due meanwhile run right after the resume.
 class MainQueue {
   public:
-    /// `arrived` is called, with the queue's lock held, whenever something was added: from any
-    /// thread, and it must not call back.
+    /// `arrived` is called with the queue's lock held whenever a block has been added, on the
+    /// thread that added it. It must not call the queue.
     explicit MainQueue(std::function<void()> arrived);
 
     double now() const;
@@ -31,14 +31,16 @@ class MainQueue {
     void post(Block block);
     DelayedCall after(double seconds, Block block);
 
-    /// The next block that may run now: delayed calls that are due come first.
+    /// Removes and returns the next block that may run now; delayed calls that are due come first.
+    /// `nullopt` if there is none.
     std::optional<Block> takeNext();
-    /// Held while `arrived` is called. A loop takes it to look for work and waits with it.
+    /// Held while `arrived` is called. The loop holds it while it checks for work, and waits on a
+    /// condition variable with it.
     Mutex& mutex() RETURNS_LOCK(mutex_) { return mutex_; }
     /// Seconds until a block may run, 0 if one may run now; `nullopt` if nothing is queued.
     std::optional<double> secondsUntilNext() REQUIRES_LOCK(mutex_);
-    /// The maximum sleep of a loop: the clocks that threads sleep by stop while the computer is
-    /// suspended, and this bounds how late a delayed call runs after it.
+    /// The maximum sleep of a loop in seconds. The clocks that threads sleep by stop while the
+    /// computer is suspended; this bounds how late a delayed call runs after the resume.
     static constexpr double longestWait = 1.0;
 
   private:

@@ -5,11 +5,11 @@
 
 namespace tessarune {
 
-/// Bytes as a file that is not on a disk, for libraries that only read files. It ends with its
-/// object; programs that have it open read on.
+/// A file in memory, for libraries that only read files. It is closed with the object; a library
+/// that has opened it can still read it.
 class MemoryFile {
   public:
-    /// Throws std::system_error.
+    /// Copies `bytes`. Throws std::system_error.
     explicit MemoryFile(std::string_view bytes);
     ~MemoryFile();
     MemoryFile(const MemoryFile&) = delete;

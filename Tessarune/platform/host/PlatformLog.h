@@ -1,10 +1,11 @@
 #pragma once
 
-/// The text log of the system.
+/// The system's text log.
 namespace tessarune::PlatformLog {
 
-/// Sends the lines of TessaruneLog to the system's journal under the name of the program, and
-/// faults to standard error if there is no journal. Call once at the start of the program.
+/// Sends the lines of TessaruneLog to the system's journal under the name `program`, which must
+/// stay valid. Without a journal, writes faults to standard error. Call once at the start of the
+/// program.
 void open(const char* program);
 
 } // namespace tessarune::PlatformLog

@@ -9,8 +9,9 @@
 
 namespace tessarune {
 
-/// A serial queue with its own thread. The destructor runs all queued blocks first; if the last
-/// reference is released on the queue's own thread, the thread finishes by itself.
+/// A serial queue with its own thread. The destructor waits for all queued blocks and drops delayed
+/// calls that are not due yet. If it runs on the queue's own thread, it does not wait: the thread
+/// runs the remaining blocks and then ends.
 class ThreadQueue final : public SerialQueue {
   public:
     ThreadQueue(std::string_view label, QueuePriority priority);

@@ -6,8 +6,8 @@
 
 namespace tessarune {
 
-/// The code of the language that most of `text` is in ("en", "zh"), by CLD2; `nullopt` if the text
-/// is too short. Any thread.
+/// Detects the main language of `text` with CLD2. Returns its code ("en", "zh"), or `nullopt` if
+/// the detection is not reliable, for example because the text is too short. Any thread.
 std::optional<std::string> detectedLanguage(std::string_view text);
 
 } // namespace tessarune

@@ -13,7 +13,7 @@ namespace {
 using namespace ffmpeg;
 
 /// Above this rate the filter skips samples instead of blending them; two filters in a row do not.
-constexpr double fastestOfOneFilter = 2.0;
+constexpr double maximumRateOfOneFilter = 2.0;
 
 struct FilterGraphDeleter {
     void operator()(AVFilterGraph* graph) const { avfilter_graph_free(&graph); }
@@ -26,7 +26,7 @@ class AtempoConverter final : public AudioConverter {
         : format_(format), graph_(avfilter_graph_alloc()), frame_(av_frame_alloc()) {
         if (format.channels < 1 || format.sampleRate < 1 || !(rate > 0))
             throw AudioConversionError(localized("the sound has no channels or no sample rate"));
-        graph_->nb_threads = 1; // no threads for what takes a thousandth of its time
+        graph_->nb_threads = 1; // filtering takes only a thousandth of the sound's time
         av_channel_layout_default(&layout_, format.channels);
         const std::string sampleRate = std::to_string(static_cast<int>(format.sampleRate));
         char layout[64] = {};
@@ -34,8 +34,8 @@ class AtempoConverter final : public AudioConverter {
         AVFilterContext* last = source_ =
             add("abuffer", "sample_fmt=flt:sample_rate=" + sampleRate + ":time_base=1/" +
                                sampleRate + ":channel_layout=" + layout);
-        const int filters = rate > fastestOfOneFilter ? 2 : 1;
-        // As a fraction: the library parses a decimal point by the locale.
+        const int filters = rate > maximumRateOfOneFilter ? 2 : 1;
+        // As a fraction: how the library parses a decimal point depends on the locale.
         constexpr double parts = 1e6;
         const std::string tempo =
             std::to_string(std::llround(std::pow(rate, 1.0 / filters) * parts)) + "/1000000";
@@ -53,12 +53,12 @@ class AtempoConverter final : public AudioConverter {
         frame_->format = AV_SAMPLE_FMT_FLT;
         frame_->sample_rate = static_cast<int>(format_.sampleRate);
         frame_->nb_samples = static_cast<int>(input.frames());
-        frame_->pts = taken_;
-        taken_ += frame_->nb_samples;
+        frame_->pts = framesIn_;
+        framesIn_ += frame_->nb_samples;
         check(av_channel_layout_copy(&frame_->ch_layout, &layout_));
         check(av_frame_get_buffer(frame_.get(), 0));
         std::ranges::copy(input.samples, reinterpret_cast<float*>(frame_->data[0]));
-        check(av_buffersrc_add_frame(source_, frame_.get())); // which leaves the frame empty
+        check(av_buffersrc_add_frame(source_, frame_.get())); // takes the contents of the frame
         return takeOutput();
     }
 
@@ -71,7 +71,7 @@ class AtempoConverter final : public AudioConverter {
     static void check(int result) {
         if (result < 0)
             throw AudioConversionError(
-                localized("the sound cannot be converted: %@", {words(result)}));
+                localized("the sound cannot be converted: %@", {errorText(result)}));
     }
 
     AVFilterContext* add(const char* filter, const std::string& options) {
@@ -106,7 +106,7 @@ class AtempoConverter final : public AudioConverter {
     Frame frame_;
     AVFilterContext* source_ = nullptr;
     AVFilterContext* sink_ = nullptr;
-    std::int64_t taken_ = 0; ///< frames
+    std::int64_t framesIn_ = 0;
 };
 
 } // namespace

@@ -4,8 +4,8 @@
 
 namespace tessarune {
 
-/// A converter on FFmpeg's filter `atempo`; a `MakeTempoChanger`. Throws AudioConversionError for
-/// formats and rates that it cannot work with.
+/// Makes a converter that uses FFmpeg's filter `atempo`; a `MakeTempoChanger`. Throws
+/// AudioConversionError for unsupported formats and rates.
 std::unique_ptr<AudioConverter> makeAtempoConverter(AudioFormat format, double rate);
 
 } // namespace tessarune

@@ -13,7 +13,7 @@ extern "C" {
 #include <libswresample/swresample.h>
 }
 
-/// What this folder calls of FFmpeg's libraries, under the functions' own names.
+/// The functions of FFmpeg that this folder calls, under their own names.
 namespace tessarune::ffmpeg {
 
 inline constinit LateLibrary utilLibrary("libavutil.so." AV_STRINGIFY(LIBAVUTIL_VERSION_MAJOR));
@@ -25,7 +25,7 @@ inline constinit LateLibrary
 inline constinit LateLibrary
     filtersLibrary("libavfilter.so." AV_STRINGIFY(LIBAVFILTER_VERSION_MAJOR));
 
-// What the headers say about a function's arguments and result helps compilers alone.
+// The types lose the attributes that the headers give the functions, which only help compilers.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wignored-attributes"
 #define TESSARUNE_CALL(library, name)                                                              \

@@ -21,20 +21,22 @@ namespace {
 using namespace ffmpeg;
 using Kind = MediaFileError::Kind;
 
-/// More than any sound has; a header that claims more is wrong.
-constexpr int highestSampleRate = 768000;
-constexpr int mostChannels = 64;
-/// So many packets in a row without sound make the file count as damaged.
-constexpr int mostFailuresInARow = 200;
-/// A file that ends so much before the length that it states was cut off. Encoders round by less.
-constexpr double shortestMissingSeconds = 1;
-constexpr double smallestMissingShare = 0.02;
-/// The containers whose header states the length of the sound. Others are measured by what is
-/// there.
+/// More than any real sound has; a header that states more is wrong.
+constexpr int maximumSampleRate = 768000;
+constexpr int maximumChannels = 64;
+/// A file with more packets in a row that cannot be decoded is damaged.
+constexpr int maximumFailuresInARow = 200;
+/// A file was cut off if its sound is shorter than the stated length by more than both of these:
+/// seconds, and the share of the length. Encoders round by less.
+constexpr double minimumMissingSeconds = 1;
+constexpr double minimumMissingShare = 0.02;
+/// The containers whose header states the length of the sound. FFmpeg derives the length of others
+/// from their contents.
 constexpr std::string_view lengthStatingFormats[] = {"flac", "mp3", "mov,mp4,m4a,3gp,3g2,mj2"};
 
-/// FFmpeg takes what is there for the length of a WAV; its header knows better.
-std::optional<double> lengthByWAVHeader(const std::filesystem::path& path) {
+/// The length in seconds that the header of a WAV states; `nullopt` if it states none. FFmpeg
+/// derives the length from the data that is present, even if the end is missing.
+std::optional<double> lengthFromWAVHeader(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     std::string begin(WAVHeader::sizeToRead, '\0');
     file.read(begin.data(), static_cast<std::streamsize>(begin.size()));
@@ -46,7 +48,8 @@ std::optional<double> lengthByWAVHeader(const std::filesystem::path& path) {
     return static_cast<double>(header->dataSize) / static_cast<double>(header->bytesPerSecond());
 }
 
-/// Starts decoding before the target, so that decoders with a history are in step.
+/// How long before the target of a seek decoding starts: decoders that depend on earlier sound need
+/// it.
 constexpr double leadInSeconds = 0.3;
 
 class FFmpegMediaFile final : public MediaFile {
@@ -67,8 +70,8 @@ class FFmpegMediaFile final : public MediaFile {
             if (static_cast<int>(i) != stream_)
                 input_->streams[i]->discard = AVDISCARD_ALL;
         }
-        // Whether a pipe's sound is in order shows only at the first packet.
-        while (!input_.canGoBack() && ready_.empty() && !ended_)
+        // Whether the sound of a pipe can be played is known only after its first packets.
+        while (!input_.canSeek() && ready_.empty() && !ended_)
             decodeMore();
     }
 
@@ -102,7 +105,7 @@ class FFmpegMediaFile final : public MediaFile {
     }
 
     void seek(double seconds) override {
-        if (!input_.canGoBack())
+        if (!input_.canSeek())
             fail(Kind::unsupported, path_, localized("cannot be played from another place"));
         ready_.clear();
         resampler_.reset();
@@ -110,12 +113,12 @@ class FFmpegMediaFile final : public MediaFile {
         failuresInARow_ = 0;
         ended_ = false;
         isCutOff_ = false;
-        sought_ = std::max(0.0, seconds);
-        const double from = std::max(0.0, *sought_ - leadInSeconds);
+        seekTarget_ = std::max(0.0, seconds);
+        const double from = std::max(0.0, *seekTarget_ - leadInSeconds);
         const auto timestamp =
             startTime() + static_cast<std::int64_t>(std::llround(from / av_q2d(timeBase())));
         const int result = av_seek_frame(input_.get(), stream_, timestamp, AVSEEK_FLAG_BACKWARD);
-        // A place beyond the end is refused by some containers.
+        // Some containers refuse a position beyond the end.
         if (result < 0)
             ended_ = true;
         avcodec_flush_buffers(codec_.get());
@@ -135,11 +138,12 @@ class FFmpegMediaFile final : public MediaFile {
         if (result >= 0)
             result = avcodec_open2(codec_.get(), &decoder, nullptr);
         if (result < 0)
-            fail(Kind::unsupported, path_, words(result));
+            fail(Kind::unsupported, path_, errorText(result));
         format_ = {static_cast<double>(codec_->sample_rate), codec_->ch_layout.nb_channels};
-        const bool possible = codec_->sample_rate > 0 && codec_->sample_rate <= highestSampleRate &&
-                              format_.channels > 0 && format_.channels <= mostChannels;
-        if (!possible)
+        const bool isPossible = codec_->sample_rate > 0 &&
+                                codec_->sample_rate <= maximumSampleRate && format_.channels > 0 &&
+                                format_.channels <= maximumChannels;
+        if (!isPossible)
             fail(Kind::unsupported, path_,
                  localized("has an impossible sample rate or number of channels"));
     }
@@ -150,15 +154,15 @@ class FFmpegMediaFile final : public MediaFile {
         if (result < 0) {
             ended_ = true;
             if (result == AVERROR_EXIT)
-                fail(Kind::cancelled, path_, words(result));
+                fail(Kind::cancelled, path_, errorText(result));
             avcodec_send_packet(codec_.get(), nullptr);
             takeFrames();
             takeConverted(nullptr);
             if (result != AVERROR_EOF && ready_.empty())
-                failToGoOn(result);
-            if (!gaveAnything_ && ready_.empty() && failuresInARow_ > 0)
+                failReading(result);
+            if (!hasDecodedAny_ && ready_.empty() && failuresInARow_ > 0)
                 fail(Kind::damaged, path_, localized("its sound cannot be decoded"));
-            isCutOff_ = gaveAnything_ && endsEarly();
+            isCutOff_ = hasDecodedAny_ && endsEarly();
             return;
         }
         const bool ours = packet_->stream_index == stream_;
@@ -168,18 +172,18 @@ class FFmpegMediaFile final : public MediaFile {
             return;
         if (sent == 0 && takeFrames()) {
             failuresInARow_ = 0;
-            gaveAnything_ = true;
-        } else if (sent < 0 && ++failuresInARow_ > mostFailuresInARow) {
-            fail(Kind::damaged, path_, words(sent));
+            hasDecodedAny_ = true;
+        } else if (sent < 0 && ++failuresInARow_ > maximumFailuresInARow) {
+            fail(Kind::damaged, path_, errorText(sent));
         }
     }
 
     bool endsEarly() const {
-        if (!input_.canGoBack())
+        if (!input_.canSeek())
             return false;
         std::optional<double> stated;
         if (input_->iformat->name == std::string_view("wav"))
-            stated = lengthByWAVHeader(path_);
+            stated = lengthFromWAVHeader(path_);
         else if (std::ranges::find(lengthStatingFormats, input_->iformat->name) !=
                      std::end(lengthStatingFormats) &&
                  input_->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE)
@@ -187,25 +191,25 @@ class FFmpegMediaFile final : public MediaFile {
         if (!stated)
             return false;
         const double missing = *stated - decodedThrough_;
-        return missing > std::max(shortestMissingSeconds, smallestMissingShare * *stated);
+        return missing > std::max(minimumMissingSeconds, minimumMissingShare * *stated);
     }
 
-    [[noreturn]] void failToGoOn(int error) const {
+    [[noreturn]] void failReading(int error) const {
         const AVIndexEntry* first = avformat_index_get_entry(input_->streams[stream_], 0);
-        const bool isBehind =
-            !gaveAnything_ && first && first->pos < avio_seek(input_->pb, 0, SEEK_CUR);
-        if (isBehind && !input_.canGoBack())
+        const bool isSoundBeforePosition =
+            !hasDecodedAny_ && first && first->pos < avio_seek(input_->pb, 0, SEEK_CUR);
+        if (isSoundBeforePosition && !input_.canSeek())
             fail(Kind::unsupported, path_,
                  localized("has its index at the end and cannot be read from a pipe; save it as a "
                            "file first"));
-        fail(Kind::damaged, path_, words(error));
+        fail(Kind::damaged, path_, errorText(error));
     }
 
     bool takeFrames() {
         bool any = false;
         while (avcodec_receive_frame(codec_.get(), frame_.get()) == 0) {
             noteTime(*frame_);
-            dropWhatWasNotSought(*frame_);
+            dropSoundBeforeTarget(*frame_);
             takeConverted(frame_.get());
             av_frame_unref(frame_.get());
             any = true;
@@ -221,23 +225,23 @@ class FFmpegMediaFile final : public MediaFile {
             decodedThrough_ += static_cast<double>(frame.nb_samples) / frame.sample_rate;
     }
 
-    /// The first frame after a seek tells the distance to the target.
-    void dropWhatWasNotSought(const AVFrame& frame) {
-        if (!sought_)
+    /// At the first frame after a seek: computes how many samples precede the target.
+    void dropSoundBeforeTarget(const AVFrame& frame) {
+        if (!seekTarget_)
             return;
         const std::int64_t timestamp = frame.best_effort_timestamp;
         const double begin =
             timestamp == AV_NOPTS_VALUE
-                ? *sought_
+                ? *seekTarget_
                 : static_cast<double>(timestamp - startTime()) * av_q2d(timeBase());
-        const auto frames = std::llround((*sought_ - begin) * format_.sampleRate);
+        const auto frames = std::llround((*seekTarget_ - begin) * format_.sampleRate);
         toDrop_ = static_cast<std::size_t>(std::max(0LL, frames)) *
                   static_cast<std::size_t>(format_.channels);
-        sought_.reset();
+        seekTarget_.reset();
     }
 
-    /// Converts a frame to interleaved floats of the announced format, even if the track changes
-    /// its own. Null drains the resampler.
+    /// Converts a frame to interleaved floats in `format_`, even if the format of the track
+    /// changes. Null drains the resampler.
     void takeConverted(const AVFrame* frame) {
         if (frame)
             prepareResampler(*frame);
@@ -250,12 +254,12 @@ class FFmpegMediaFile final : public MediaFile {
         std::vector<float> samples(static_cast<std::size_t>(room) *
                                    static_cast<std::size_t>(format_.channels));
         auto* out = reinterpret_cast<uint8_t*>(samples.data());
-        const int given = swr_convert(
+        const int converted = swr_convert(
             resampler_.get(), &out, room,
             frame ? const_cast<const uint8_t**>(frame->extended_data) : nullptr, incoming);
-        if (given < 0)
-            fail(Kind::damaged, path_, words(given));
-        samples.resize(static_cast<std::size_t>(given) *
+        if (converted < 0)
+            fail(Kind::damaged, path_, errorText(converted));
+        samples.resize(static_cast<std::size_t>(converted) *
                        static_cast<std::size_t>(format_.channels));
         cutIntoBlocks(samples);
     }
@@ -283,7 +287,7 @@ class FFmpegMediaFile final : public MediaFile {
         av_channel_layout_uninit(&from);
         av_channel_layout_uninit(&to);
         if (result < 0)
-            fail(Kind::unsupported, path_, words(result));
+            fail(Kind::unsupported, path_, errorText(result));
         inputRate_ = frame.sample_rate;
         inputFormat_ = frame.format;
         inputChannels_ = frame.ch_layout.nb_channels;
@@ -315,13 +319,13 @@ class FFmpegMediaFile final : public MediaFile {
     int inputFormat_ = -1;
     int inputChannels_ = 0;
     std::deque<AudioBufferPtr> ready_;
-    std::optional<double> sought_; ///< until the first frame behind it; seconds
-    std::size_t toDrop_ = 0;       ///< samples before the target
+    std::optional<double> seekTarget_; ///< seconds; until the first frame after a seek
+    std::size_t toDrop_ = 0;           ///< samples that precede the target
     bool ended_ = false;
-    bool gaveAnything_ = false;
+    bool hasDecodedAny_ = false;
     int failuresInARow_ = 0;
-    double decodedThrough_ = 0; ///< seconds of the file, where the last frame ended
-    bool isCutOff_ = false;     ///< which is told behind the last sound
+    double decodedThrough_ = 0; ///< the end of the last frame in the file; seconds
+    bool isCutOff_ = false;     ///< reported after the last sound
 };
 
 } // namespace

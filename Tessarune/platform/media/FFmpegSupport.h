@@ -11,8 +11,8 @@
 #include <memory>
 #include <string>
 
-/// Shared by the files of this folder: owners for the library's objects, and its messages for
-/// errors.
+/// Shared by the files of this folder: owners for the library's objects, the texts of its errors,
+/// and the loading of its libraries.
 namespace tessarune::ffmpeg {
 
 struct Deleter {
@@ -38,8 +38,8 @@ using Frame = std::unique_ptr<AVFrame, Deleter>;
 using Packet = std::unique_ptr<AVPacket, Deleter>;
 using Resampler = std::unique_ptr<SwrContext, Deleter>;
 
-inline std::string words(int error) {
-    constexpr int lastSystemError = 4095; // beyond are the library's own
+inline std::string errorText(int error) {
+    constexpr int lastSystemError = 4095; // larger ones are the library's own
     if (error < 0 && AVUNERROR(error) <= lastSystemError)
         return systemMessage(AVUNERROR(error));
     if (error == AVERROR_INVALIDDATA || error == AVERROR_EOF)
@@ -51,13 +51,14 @@ inline std::string words(int error) {
 
 [[noreturn]] inline void fail(MediaFileError::Kind kind, const std::filesystem::path& path,
                               const std::string& why) {
-    const bool isInput = path == "-" || path == "/dev/stdin";
+    const bool isStandardInput = path == "-" || path == "/dev/stdin";
     throw MediaFileError(
-        kind, localized("%@: %@", {isInput ? localized("standard input") : path.string(), why}));
+        kind,
+        localized("%@: %@", {isStandardInput ? localized("standard input") : path.string(), why}));
 }
 
-/// Gives why one of them cannot be loaded; empty: they all are. Keeps them from writing to standard
-/// error; failures reach the user as exceptions.
+/// Loads the libraries. Returns the reason for the first failure, empty on success. Keeps them from
+/// writing to standard error; failures reach the user as exceptions.
 inline std::string load(std::initializer_list<LateLibrary*> libraries) {
     for (LateLibrary* const library : libraries) {
         if (std::string failure = library->load(); !failure.empty())
@@ -67,7 +68,7 @@ inline std::string load(std::initializer_list<LateLibrary*> libraries) {
     return {};
 }
 
-/// Before sound is converted.
+/// Loads the libraries for the conversion of sound, and `others`. Throws AudioConversionError.
 inline void loadForSound(std::initializer_list<LateLibrary*> others = {}) {
     std::string failure = load({&utilLibrary, &resamplingLibrary});
     if (failure.empty())
@@ -76,7 +77,7 @@ inline void loadForSound(std::initializer_list<LateLibrary*> others = {}) {
         throw AudioConversionError(localized("the sound cannot be converted: %@", {failure}));
 }
 
-/// Before a file is read or written.
+/// Loads the libraries for reading and writing files. Throws MediaFileError.
 inline void loadForFiles(const std::filesystem::path& path) {
     const std::string failure =
         load({&utilLibrary, &resamplingLibrary, &codecsLibrary, &containersLibrary});

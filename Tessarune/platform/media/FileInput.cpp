@@ -45,14 +45,14 @@ FileInput::~FileInput() {
 }
 
 void FileInput::openFile(const std::filesystem::path& path) {
-    // Opening a pipe without a writer must not block: that wait can be cancelled. The standard
-    // input is shared with other programs and keeps its mode.
-    const bool isInput = path == "-" || path == "/dev/stdin";
-    file_ = isInput ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
-                    : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+    // Opening a pipe without a writer must not block, because only the wait for data can be
+    // cancelled. Standard input is shared with other programs and keeps its mode.
+    const bool isStandardInput = path == "-" || path == "/dev/stdin";
+    file_ = isStandardInput ? fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 0)
+                            : open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     struct stat properties {};
     if (file_ < 0 || fstat(file_, &properties) < 0)
-        fail(Kind::cannotOpen, path, words(AVERROR(errno)));
+        fail(Kind::cannotOpen, path, errorText(AVERROR(errno)));
     if (S_ISDIR(properties.st_mode))
         fail(Kind::cannotOpen, path, localized("is a folder"));
     if (isatty(file_) != 0)
@@ -68,21 +68,21 @@ void FileInput::openContainer(const std::filesystem::path& path) {
     if (!io_ || !raw)
         throw std::bad_alloc();
     raw->pb = io_.get();
-    // No protocol has this name, so the file cannot open anything else.
+    // No protocol has this name, so nothing else can be opened.
     raw->protocol_whitelist = av_strdup("none");
     const int opened = avformat_open_input(&raw, path.c_str(), nullptr, nullptr);
     if (opened == AVERROR_EXIT)
-        fail(Kind::cancelled, path, words(opened));
-    // The same for formats that the file's extension selects.
+        fail(Kind::cancelled, path, errorText(opened));
+    // EINVAL comes from formats that are selected by the file's extension alone.
     const bool isRefused = isRegular_ && opened == AVERROR(EINVAL);
     if (opened == AVERROR_INVALIDDATA || opened == AVERROR_EOF || isRefused)
         fail(Kind::notMedia, path, localized("is not a sound file of a known format"));
     if (opened < 0)
-        fail(Kind::cannotOpen, path, words(opened));
+        fail(Kind::cannotOpen, path, errorText(opened));
     format_.reset(raw);
     const int found = avformat_find_stream_info(raw, nullptr);
     if (found < 0)
-        fail(found == AVERROR_EXIT ? Kind::cancelled : Kind::damaged, path, words(found));
+        fail(found == AVERROR_EXIT ? Kind::cancelled : Kind::damaged, path, errorText(found));
 }
 
 void FileInput::closeFile() {
@@ -94,7 +94,7 @@ void FileInput::closeFile() {
     }
 }
 
-/// False if it was asked to stop first.
+/// Blocks until a pipe has data or has ended. Returns false after a stop request.
 bool FileInput::waitForData() const {
     if (isRegular_)
         return true;
@@ -125,8 +125,8 @@ int64_t FileInput::seek(void* self, int64_t offset, int whence) {
         struct stat properties {};
         return fstat(file, &properties) == 0 ? properties.st_size : AVERROR(errno);
     }
-    const off_t place = lseek(file, offset, whence & ~AVSEEK_FORCE);
-    return place >= 0 ? place : AVERROR(errno);
+    const off_t position = lseek(file, offset, whence & ~AVSEEK_FORCE);
+    return position >= 0 ? position : AVERROR(errno);
 }
 
 } // namespace tessarune::ffmpeg

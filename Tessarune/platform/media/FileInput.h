@@ -10,12 +10,12 @@
 
 namespace tessarune::ffmpeg {
 
-/// A single file for FFmpeg's libraries: a playlist or a script in it may name other files and
-/// addresses, which are never opened. Also reads pipes, without seeking; "-" is the standard input.
+/// A single input file for FFmpeg's libraries. Other files and addresses that it names, as a
+/// playlist does, are never opened. Also reads pipes, without seeking; "-" is standard input.
 class FileInput {
   public:
-    /// Throws MediaFileError: `cancelled` if it was asked to stop while it waited for a pipe, and
-    /// `notMedia` for a pipe for which nobody could be asked to stop waiting.
+    /// Throws MediaFileError: `cancelled` after a request of `stop` while it waits for a pipe, and
+    /// `notMedia` for a pipe if no request is possible, because such a wait could never be ended.
     explicit FileInput(const std::filesystem::path& path, std::stop_token stop = {});
     ~FileInput();
     FileInput(const FileInput&) = delete;
@@ -23,8 +23,8 @@ class FileInput {
 
     AVFormatContext* operator->() const { return format_.get(); }
     AVFormatContext* get() const { return format_.get(); }
-    /// Not in a pipe.
-    bool canGoBack() const { return isRegular_; }
+    /// False for a pipe.
+    bool canSeek() const { return isRegular_; }
 
   private:
     struct IODeleter {

@@ -23,18 +23,19 @@ using Kind = MediaFileError::Kind;
 
 constexpr double progressStep = 0.005;
 
-/// The name must not appear before the bytes are on the disk, nor be lost after that.
+/// Flushes a file, or a folder with the flag O_DIRECTORY: the file must not get its name before its
+/// bytes are on the disk, and must not lose it afterwards.
 void synchronize(const std::filesystem::path& path, int flags) {
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags);
-    const bool good = file >= 0 && ::fsync(file) == 0;
+    const bool isFlushed = file >= 0 && ::fsync(file) == 0;
     const int error = errno;
     if (file >= 0)
         ::close(file);
-    if (!good)
+    if (!isFlushed)
         fail(Kind::writeFailed, path, std::strerror(error));
 }
 
-/// An MP4 container with one track, without an index until `finish`.
+/// An MP4 container with one track. `finish` writes its index, without which it cannot be played.
 class M4AContainer {
   public:
     explicit M4AContainer(std::filesystem::path path)
@@ -48,7 +49,7 @@ class M4AContainer {
         openEncoder();
         AVStream* stream = avformat_new_stream(output_.get(), nullptr);
         if (!stream)
-            fail(Kind::cannotCreate, path_, words(AVERROR(ENOMEM)));
+            fail(Kind::cannotCreate, path_, errorText(AVERROR(ENOMEM)));
         check(avcodec_parameters_from_context(stream->codecpar, codec_.get()), Kind::cannotCreate);
         stream->time_base = codec_->time_base;
         check(avformat_write_header(output_.get(), nullptr), Kind::cannotCreate);
@@ -56,17 +57,17 @@ class M4AContainer {
 
     /// One channel at the file's sample rate.
     void append(const std::vector<float>& samples) {
-        waiting_.insert(waiting_.end(), samples.begin(), samples.end());
+        pending_.insert(pending_.end(), samples.begin(), samples.end());
         const auto size = static_cast<std::size_t>(codec_->frame_size);
         std::size_t at = 0;
-        for (; at + size <= waiting_.size(); at += size)
-            encode(waiting_.data() + at, size);
-        waiting_.erase(waiting_.begin(), waiting_.begin() + static_cast<std::ptrdiff_t>(at));
+        for (; at + size <= pending_.size(); at += size)
+            encode(pending_.data() + at, size);
+        pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(at));
     }
 
     void finish() {
-        if (!waiting_.empty())
-            encode(waiting_.data(), waiting_.size());
+        if (!pending_.empty())
+            encode(pending_.data(), pending_.size());
         check(avcodec_send_frame(codec_.get(), nullptr), Kind::writeFailed);
         writePackets();
         check(av_write_trailer(output_.get()), Kind::writeFailed);
@@ -78,10 +79,10 @@ class M4AContainer {
   private:
     void check(int result, Kind kind) const {
         if (result < 0)
-            fail(kind, path_, words(result));
+            fail(kind, path_, errorText(result));
     }
 
-    /// The library would make the file readable for everybody.
+    /// Creates the file for its owner only; the library would make it readable for everybody.
     void createPrivately() const {
         const int file = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
         if (file < 0)
@@ -133,11 +134,11 @@ class M4AContainer {
     Codec codec_;
     Packet packet_;
     Frame frame_;
-    std::vector<float> waiting_; // less than a frame of the encoder
-    std::int64_t written_ = 0;
+    std::vector<float> pending_; // samples; less than a frame of the encoder
+    std::int64_t written_ = 0;   // samples
 };
 
-/// Feeds sound of any format into the container, which has another name until it is complete.
+/// Converts sound of any format for the container, which has another name until it is complete.
 class FFmpegM4AFile final : public M4AFile {
   public:
     FFmpegM4AFile(std::filesystem::path to, AudioFormat from) : to_(std::move(to)) {
@@ -145,7 +146,7 @@ class FFmpegM4AFile final : public M4AFile {
             converter_ = makeSwresampleConverter(from, {M4A::sampleRate, M4A::channels});
         });
         try {
-            container_ = std::make_unique<M4AContainer>(beside());
+            container_ = std::make_unique<M4AContainer>(partPath());
         } catch (...) {
             removeUnfinished();
             throw;
@@ -163,9 +164,9 @@ class FFmpegM4AFile final : public M4AFile {
     void finish() override {
         converting([&] { container_->append(converter_->flush().samples); });
         container_->finish();
-        synchronize(beside(), 0);
+        synchronize(partPath(), 0);
         std::error_code renamed;
-        std::filesystem::rename(beside(), to_, renamed);
+        std::filesystem::rename(partPath(), to_, renamed);
         if (renamed)
             fail(Kind::writeFailed, to_, renamed.message());
         container_.reset();
@@ -180,21 +181,21 @@ class FFmpegM4AFile final : public M4AFile {
             fail(Kind::unsupported, to_, error.what());
         }
     }
-    std::filesystem::path beside() const {
+    std::filesystem::path partPath() const {
         std::filesystem::path path = to_;
         return path += ".part";
     }
     void removeUnfinished() const {
         std::error_code ignored;
-        std::filesystem::remove(beside(), ignored);
+        std::filesystem::remove(partPath(), ignored);
     }
 
     const std::filesystem::path to_;
     std::unique_ptr<AudioConverter> converter_;
-    std::unique_ptr<M4AContainer> container_; // until the file has its name
+    std::unique_ptr<M4AContainer> container_; // null once the file has its final name
 };
 
-/// Reports progress, but no more often than a reader can notice.
+/// Reports progress in steps that are large enough to be seen.
 class Progress {
   public:
     Progress(const MediaProgress& report, std::optional<double> seconds)

@@ -30,7 +30,7 @@ class SwresampleConverter final : public AudioConverter {
             result = swr_init(context_.get());
         if (result < 0)
             throw AudioConversionError(
-                localized("the sound cannot be converted: %@", {words(result)}));
+                localized("the sound cannot be converted: %@", {errorText(result)}));
     }
 
     AudioFormat outputFormat() const override { return to_; }
@@ -52,11 +52,11 @@ class SwresampleConverter final : public AudioConverter {
         const auto channels = static_cast<std::size_t>(to_.channels);
         output.samples.resize(static_cast<std::size_t>(room) * channels);
         auto* out = reinterpret_cast<uint8_t*>(output.samples.data());
-        const int given = swr_convert(context_.get(), &out, room, in, frames);
-        if (given < 0)
+        const int converted = swr_convert(context_.get(), &out, room, in, frames);
+        if (converted < 0)
             throw AudioConversionError(
-                localized("the sound cannot be converted: %@", {words(given)}));
-        output.samples.resize(static_cast<std::size_t>(given) * channels);
+                localized("the sound cannot be converted: %@", {errorText(converted)}));
+        output.samples.resize(static_cast<std::size_t>(converted) * channels);
         return output;
     }
 

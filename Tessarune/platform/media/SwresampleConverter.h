@@ -4,8 +4,8 @@
 
 namespace tessarune {
 
-/// A converter on libswresample; a `MakeAudioConverter`. Throws AudioConversionError for formats
-/// that it cannot convert.
+/// Makes a converter that uses libswresample; a `MakeAudioConverter`. Throws AudioConversionError
+/// for unsupported formats.
 std::unique_ptr<AudioConverter> makeSwresampleConverter(AudioFormat from, AudioFormat to);
 
 } // namespace tessarune

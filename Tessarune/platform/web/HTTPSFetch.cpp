@@ -10,7 +10,7 @@ namespace tessarune {
 
 std::optional<WebAnswer> fetchOverHTTPS(const std::string& url, const std::string& userAgent,
                                         const std::stop_token& stop) {
-    // An address may come out of a page.
+    // The address may come from a fetched page, so its scheme is not trusted.
     if (!Text::lowercased(url.substr(0, url.find(':') + 1)).starts_with("https:"))
         return std::nullopt;
     TransferRequest request;

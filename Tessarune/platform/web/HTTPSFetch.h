@@ -4,7 +4,7 @@
 
 namespace tessarune {
 
-/// A WebFetch over HTTPS alone, of at most four megabytes. Blocks; any thread.
+/// A WebFetch that uses only HTTPS and fetches at most four megabytes. Blocks; any thread.
 std::optional<WebAnswer> fetchOverHTTPS(const std::string& url, const std::string& userAgent,
                                         const std::stop_token& stop);
 

@@ -24,7 +24,7 @@ constexpr std::size_t longestWord = 60;
 
 struct LibraryPart {
     PartOfSpeech partOfSpeech;
-    int number; ///< as the library counts
+    int number; ///< of the part of speech in the library
 };
 constexpr std::array libraryParts{
     LibraryPart{PartOfSpeech::noun, NOUN}, LibraryPart{PartOfSpeech::verb, VERB},
@@ -50,7 +50,7 @@ IndexEntry indexEntry(std::string_view lemma, int part) {
     return {index_lookup(WordBuffer(lemma).bytes(), part), &free_index};
 }
 
-/// The library and its files, once per process. Under the lock.
+/// The library and its files; a single object per process, used under its lock.
 class WordNetLibrary {
   public:
     WordNetLibrary() {
@@ -67,7 +67,7 @@ class WordNetLibrary {
         return isOpen_ && !word.empty() && word.size() <= longestWord && Text::isASCII(word);
     }
 
-    /// How often a lemma occurs in the texts for which WordNet counted its senses.
+    /// How often a lemma occurs in the texts in which WordNet counted word senses; 0 if unknown.
     int uses(const std::string& lemma, int part) const {
         const auto found = uses_.find(lemma + '%' + std::to_string(part));
         return found == uses_.end() ? 0 : found->second;
@@ -77,11 +77,11 @@ class WordNetLibrary {
         std::vector<WordReading> found;
         for (const auto& [partOfSpeech, part] : libraryParts) {
             const auto add = [&, partOfSpeech = partOfSpeech, part = part](std::string lemma) {
-                const bool isThere = std::ranges::any_of(found, [&](const WordReading& reading) {
+                const bool isKnown = std::ranges::any_of(found, [&](const WordReading& reading) {
                     return reading.partOfSpeech == partOfSpeech && reading.lemma == lemma;
                 });
                 const int count = uses(lemma, part);
-                if (!isThere)
+                if (!isKnown)
                     found.push_back({partOfSpeech, std::move(lemma), count});
             };
             if (indexEntry(form, part))
@@ -115,7 +115,7 @@ class WordNetLibrary {
     }
 
   private:
-    /// A line of the list of counts: "lemma%kind:…:: sense count".
+    /// Adds up the counts of each lemma's senses. A line is "lemma%kind:…:: sense count".
     void readUses() {
         if (!cntlistfp)
             return;
@@ -128,7 +128,7 @@ class WordNetLibrary {
             const auto blank = text.rfind(' ');
             if (key == std::string_view::npos || blank == std::string_view::npos || blank < key)
                 continue;
-            // Adjectives that only occur before a noun or after a verb have a kind of their own.
+            // Satellite adjectives have a separate kind, 5; here they count as adjectives.
             const char kind = text[key + 1] == '5' ? '3' : text[key + 1];
             int count = 0;
             std::from_chars(text.data() + blank + 1, text.data() + text.size(), count);
@@ -136,7 +136,7 @@ class WordNetLibrary {
         }
     }
 
-    /// A gloss is "(definition; "example"; "example")".
+    /// Parses a gloss: "(definition; "example"; "example")".
     static WordDefinition definition(PartOfSpeech partOfSpeech, std::string_view gloss) {
         if (gloss.starts_with('(') && gloss.ends_with(')'))
             gloss = gloss.substr(1, gloss.size() - 2);
@@ -157,7 +157,7 @@ class WordNetLibrary {
     std::unordered_map<std::string, int> uses_;
 };
 
-/// Calls the single library; returns an empty answer for words that it cannot take.
+/// Asks the library under its lock. Returns an empty answer for words that it cannot handle.
 template <typename Question>
 auto askWordNet(std::string_view word, Question question) {
     static Mutex lock;
