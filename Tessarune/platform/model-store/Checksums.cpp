@@ -41,10 +41,10 @@ constexpr std::uint32_t castagnoli = 0x82F63B78;
 constexpr std::array<std::uint32_t, 256> remainders = [] {
     std::array<std::uint32_t, 256> table{};
     for (std::uint32_t byte = 0; byte < table.size(); ++byte) {
-        std::uint32_t rest = byte;
+        std::uint32_t remainder = byte;
         for (int bit = 0; bit < 8; ++bit)
-            rest = (rest >> 1) ^ ((rest & 1) != 0 ? castagnoli : 0);
-        table[byte] = rest;
+            remainder = (remainder >> 1) ^ ((remainder & 1) != 0 ? castagnoli : 0);
+        table[byte] = remainder;
     }
     return table;
 }();

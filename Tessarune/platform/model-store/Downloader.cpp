@@ -15,9 +15,9 @@ namespace tessarune {
 
 namespace {
 
-/// For a file whose size nobody knows; no model is larger.
+/// The limit in bytes for a file of unknown size; no model is larger.
 constexpr std::uint64_t largestUnknownFile = 2'000'000'000;
-/// For a file whose unpacked size nobody knows.
+/// The limit for a file of unknown unpacked size.
 constexpr std::uint64_t largestUnpackingRatio = 20;
 
 [[noreturn]] void fail(const std::string& name, const std::string& url, const std::string& reason) {
@@ -35,8 +35,8 @@ class Tries {
                       const TransferOutcome& outcome, std::uint64_t have) {
         if (outcome.kind == TransferOutcome::Kind::stopped)
             throw DownloadStopped();
-        fruitless_ = have > longest_ ? 0 : fruitless_ + 1;
-        longest_ = std::max(longest_, have);
+        fruitless_ = have > maximumReceived_ ? 0 : fruitless_ + 1;
+        maximumReceived_ = std::max(maximumReceived_, have);
         retryAfter_ = outcome.retryAfterSeconds;
         TessaruneLog::app.info(
             [&] { return "download of " + url + " interrupted: " + outcome.reason; });
@@ -55,7 +55,7 @@ class Tries {
   private:
     const DownloadPolicy& policy_;
     int fruitless_ = 0;
-    std::uint64_t longest_ = 0;
+    std::uint64_t maximumReceived_ = 0;
     std::optional<double> retryAfter_;
 };
 
@@ -72,30 +72,30 @@ class Fetch {
           progress_(std::move(progress)),
           tries_(policy) {}
 
-    /// The checksums of the stored file; false if there are none to check.
-    bool isThere() {
+    /// Whether the file is stored already and its checksum matches. Removes it otherwise.
+    bool hasValidTarget() {
         if (!files_.exists(target_))
             return false;
-        const bool isRight = file_.sha256.empty()
+        const bool isValid = file_.sha256.empty()
                                  ? CRC32C::ofFile(target_) == file_.crc32c && !file_.isZstd
                                  : SHA256::ofFile(target_) == file_.sha256;
-        if (!isRight)
+        if (!isValid)
             files_.remove(target_);
         else
             report(file_.bytes);
-        return isRight;
+        return isValid;
     }
 
     enum class State { done, again };
 
-    /// One attempt. Throws when further ones are pointless.
+    /// Makes one attempt. Throws when further ones are pointless.
     State attempt(const std::stop_token& stop) {
-        const std::uint64_t have = here();
+        const std::uint64_t have = partialSize();
         if (file_.bytes == 0 || have != file_.bytes) {
             const TransferOutcome outcome = transferFrom(have, stop);
             if (outcome.kind != TransferOutcome::Kind::complete)
                 return afterFailure(outcome);
-            if (file_.bytes != 0 && here() != file_.bytes)
+            if (file_.bytes != 0 && partialSize() != file_.bytes)
                 return afterFailure({TransferOutcome::Kind::again,
                                      localized("the server ended the file before its size"),
                                      {},
@@ -103,14 +103,14 @@ class Fetch {
         } else {
             wasContinued_ = true;
         }
-        return keepIfRight();
+        return keepIfValid();
     }
 
     double pause() const { return tries_.pause(); }
 
   private:
     /// The size of the partial file; an impossible one is removed.
-    std::uint64_t here() {
+    std::uint64_t partialSize() {
         if (!files_.exists(part_))
             return 0;
         const std::uint64_t size = files_.size(part_);
@@ -143,7 +143,7 @@ class Fetch {
             out->synchronize();
             out->close();
         } else if (outcome.kind == TransferOutcome::Kind::complete && offset == 0) {
-            files_.create(part_)->close(); // an empty file has no first byte
+            files_.create(part_)->close(); // `begin` is not called for an empty file
         }
         return outcome;
     }
@@ -151,12 +151,12 @@ class Fetch {
     State afterFailure(const TransferOutcome& outcome) {
         if (outcome.rangeWasWrong)
             files_.remove(part_);
-        tries_.afterFailure(file_.name, file_.url, outcome, here());
+        tries_.afterFailure(file_.name, file_.url, outcome, partialSize());
         return State::again;
     }
 
-    State keepIfRight() {
-        const std::string wrong = whatIsWrong();
+    State keepIfValid() {
+        const std::string wrong = unpackAndVerify();
         if (wrong.empty()) {
             if (!file_.isZstd)
                 files_.rename(part_, target_);
@@ -165,23 +165,24 @@ class Fetch {
         }
         files_.remove(part_);
         // Parts of different editions do not make a valid file.
-        if (wasContinued_ && !std::exchange(hasBegunAnew_, true))
+        if (wasContinued_ && !std::exchange(hasRestarted_, true))
             return State::again;
         fail(file_.name, file_.url, wrong);
     }
 
-    /// Empty if the checksums match; then a packed file is unpacked.
-    std::string whatIsWrong() {
+    /// Checks the checksums; unpacks a packed file to its target. Returns the problem, empty if
+    /// there is none.
+    std::string unpackAndVerify() {
         if (file_.crc32c && CRC32C::ofFile(part_) != file_.crc32c)
             return localized("its checksum (CRC-32C) is wrong; it was removed");
         std::string sum;
         if (file_.isZstd) {
             const std::filesystem::path unpacked = target_.string() + ".unpacked";
-            const std::uint64_t most = file_.unpackedBytes != 0
-                                           ? file_.unpackedBytes
-                                           : files_.size(part_) * largestUnpackingRatio;
+            const std::uint64_t maximumBytes = file_.unpackedBytes != 0
+                                                   ? file_.unpackedBytes
+                                                   : files_.size(part_) * largestUnpackingRatio;
             const std::unique_ptr<AppendFile> out = files_.create(unpacked);
-            const UnpackingOutcome outcome = unpackZstd(part_, *out, most);
+            const UnpackingOutcome outcome = unpackZstd(part_, *out, maximumBytes);
             out->synchronize();
             out->close();
             if (outcome.failure.empty() && outcome.sha256 == file_.sha256) {
@@ -212,7 +213,7 @@ class Fetch {
     Downloader::Progress progress_;
     Tries tries_;
     bool wasContinued_ = false;
-    bool hasBegunAnew_ = false;
+    bool hasRestarted_ = false;
 };
 
 } // namespace
@@ -245,7 +246,7 @@ Task<void> Downloader::fetch(Executor executor, FileToFetch file, std::filesyste
     file.url = mirrored(file.url, policy_.currentMirror());
     Fetch fetching(files_, policy_, std::move(file), std::move(folder), std::move(progress));
     co_await switchTo(executor);
-    if (fetching.isThere())
+    if (fetching.hasValidTarget())
         co_return;
     while (fetching.attempt(stop) == Fetch::State::again) {
         if (!co_await sleep(executor, fetching.pause(), stop))

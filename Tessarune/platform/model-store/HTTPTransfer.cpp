@@ -4,7 +4,7 @@
 #include "TessaruneCore/text/Localization.h"
 
 #include <curl/curl.h>
-// They expand to the calls themselves.
+// These macros would call the library directly.
 #undef curl_easy_getinfo
 #undef curl_easy_setopt
 
@@ -30,18 +30,18 @@ TESSARUNE_CALL(curl_global_init);
 TESSARUNE_CALL(curl_strnequal);
 #undef TESSARUNE_CALL
 
-constexpr long longestRedirection = 5;
-/// The minimum speed of a download.
+constexpr long maximumRedirections = 5;
+/// The minimum speed of a download; a slower one stalls.
 constexpr long slowestBytesPerSecond = 100;
 
-/// What the callbacks of one request share.
+/// The state that the callbacks of one request share.
 struct Exchange {
     const TransferRequest& request;
     const TransferSink& sink;
     const std::stop_token& stop;
     CURL* handle;
     std::optional<std::uint64_t> rangeStart; ///< of the response being read
-    std::uint64_t received = 0;              ///< in all, from the file's start
+    std::uint64_t received = 0;              ///< bytes from the start of the file
     bool hasBegun = false;
     bool isTooLong = false;
     bool rangeWasWrong = false;
@@ -58,7 +58,7 @@ std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* con
     std::string_view line(bytes, size * count);
     constexpr std::string_view name = "content-range: bytes ";
     if (startsWithoutCase(line, "http/"))
-        exchange.rangeStart.reset(); // the next response of a redirection
+        exchange.rangeStart.reset(); // a redirection is followed by another response
     if (startsWithoutCase(line, name)) {
         line.remove_prefix(name.size());
         std::uint64_t start = 0;
@@ -68,7 +68,7 @@ std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* con
     return size * count;
 }
 
-/// False if the response does not match the request.
+/// Handles the start of the body. Returns false if the response does not match the request.
 bool beginBody(Exchange& exchange) {
     long status = 0;
     curl_easy_getinfo(exchange.handle, CURLINFO_RESPONSE_CODE, &status);
@@ -113,7 +113,7 @@ void prepare(CURL* handle, Exchange& exchange, char* message) {
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(handle, CURLOPT_REDIR_PROTOCOLS_STR, isSecure ? "https" : "http,https");
     curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(handle, CURLOPT_MAXREDIRS, longestRedirection);
+    curl_easy_setopt(handle, CURLOPT_MAXREDIRS, maximumRedirections);
     curl_easy_setopt(handle, CURLOPT_FAILONERROR, 1L);
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
     curl_easy_setopt(handle, CURLOPT_USERAGENT, request.userAgent.c_str());
@@ -132,7 +132,7 @@ void prepare(CURL* handle, Exchange& exchange, char* message) {
     curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, message);
 }
 
-bool isWorthAnotherTry(CURLcode code, long status) {
+bool isWorthRetrying(CURLcode code, long status) {
     switch (code) {
     case CURLE_COULDNT_RESOLVE_PROXY:
     case CURLE_COULDNT_RESOLVE_HOST:
@@ -200,7 +200,7 @@ TransferOutcome outcomeOf(CURLcode code, const Exchange& exchange, const char* m
         outcome.rangeWasWrong = true;
         outcome.reason = localized("the server did not send the part that was asked for");
     } else {
-        outcome.kind = isWorthAnotherTry(code, status) ? Kind::again : Kind::refused;
+        outcome.kind = isWorthRetrying(code, status) ? Kind::again : Kind::refused;
         outcome.reason = reasonOf(code, status, message);
     }
     return outcome;

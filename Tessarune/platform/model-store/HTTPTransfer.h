@@ -16,35 +16,35 @@ struct TransferRequest {
     std::uint64_t limit = 0;  ///< the maximum total size
 
     double connectSeconds = 15;
-    double stallSeconds = 20; ///< without any data
+    double stallSeconds = 20; ///< the maximum time with less than 100 bytes per second
 
     std::string userAgent = "Tessarune/" TESSARUNE_VERSION;
 };
 
 struct TransferOutcome {
     enum class Kind {
-        complete, ///< the server says that this was all
-        again,    ///< worth a retry: cut, stalled, unreachable, too busy
+        complete, ///< the whole response has arrived
+        again,    ///< worth a retry: interrupted, stalled, unreachable, busy
         refused,  ///< a retry would fail the same way
-        stopped   ///< asked to stop
+        stopped   ///< at a request to stop
     };
     Kind kind = Kind::refused;
-    std::string reason; ///< why it is not complete
+    std::string reason; ///< why the transfer is not complete
     std::optional<double> retryAfterSeconds;
     bool rangeWasWrong = false; ///< the server sent another range than requested, or none
-    std::string contentType{};  ///< as the server wrote it; empty if it did not say
+    std::string contentType{};  ///< as the server sent it; empty if it sent none
 };
 
 /// Receives the data. `begin` is called once before the first byte of an accepted body, with the
-/// offset of that byte: that of the request, or 0 if the server sends everything. Their exceptions
-/// end the transfer and propagate from `transfer`.
+/// offset of that byte: that of the request, or 0 if the server sends the whole file. Exceptions of
+/// both functions end the transfer and propagate from `transfer`.
 struct TransferSink {
     std::function<void(std::uint64_t offset)> begin;
     std::function<void(std::string_view bytes)> bytes;
 };
 
-/// Sends the request and blocks until it is over. Follows redirections, never from https to http.
-/// Any thread.
+/// Sends the request and blocks until the transfer has ended. Follows redirections, never from
+/// https to http. Throws std::runtime_error if libcurl cannot be used. Any thread.
 TransferOutcome transfer(const TransferRequest& request, const TransferSink& sink,
                          const std::stop_token& stop);
 

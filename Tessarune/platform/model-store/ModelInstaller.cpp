@@ -19,7 +19,7 @@ constexpr double secondsBetweenReports = 0.2;
 
 using Key = std::pair<ModelKind, std::string>;
 
-/// One model in progress; shared by all callers that wait for it. Main queue unless noted
+/// The installation of one model, shared by all callers that wait for it. Main queue unless noted
 /// otherwise.
 struct Job {
     explicit Job(AvailableModel what) : model(std::move(what)), received(model.files.size()) {}
@@ -53,8 +53,8 @@ struct Job {
     }
 
     void report() const {
-        const auto everybody = waiters; // a handler may cancel another wait
-        for (const auto& [number, waiter] : everybody) {
+        const auto currentWaiters = waiters; // a handler may cancel another wait
+        for (const auto& [number, waiter] : currentWaiters) {
             if (waiter.progress)
                 waiter.progress(progress());
         }
@@ -63,10 +63,10 @@ struct Job {
 
 void checkNames(const AvailableModel& model) {
     std::set<std::string> names;
-    bool isFine = ModelStore::isSafeName(model.name) && !model.files.empty();
+    bool isValid = ModelStore::isSafeName(model.name) && !model.files.empty();
     for (const FileToFetch& file : model.files)
-        isFine = isFine && ModelStore::isSafeName(file.name) && names.insert(file.name).second;
-    if (!isFine || names.contains("model.json"))
+        isValid = isValid && ModelStore::isSafeName(file.name) && names.insert(file.name).second;
+    if (!isValid || names.contains("model.json"))
         throw DownloadFailed(
             localized("The list of files of the model %@ is invalid.", {model.name}));
 }
@@ -75,7 +75,7 @@ std::string megabytes(std::uint64_t bytes) {
     return std::to_string(bytes / 1'000'000 + (bytes % 1'000'000 != 0 ? 1 : 0)) + " MB";
 }
 
-std::uint64_t sumUpToLargest(std::uint64_t a, std::uint64_t b) {
+std::uint64_t saturatingSum(std::uint64_t a, std::uint64_t b) {
     constexpr std::uint64_t largest = std::numeric_limits<std::uint64_t>::max();
     return a > largest - b ? largest : a + b;
 }
@@ -93,9 +93,9 @@ struct ModelInstaller::Shared {
     Executor main;
     ModelStore& store;
     Downloader downloader;
-    /// Threads that wait for the network; made on first use.
+    /// Queues for the downloads, which block them; created on first use.
     std::vector<std::shared_ptr<SerialQueue>> lanes;
-    std::shared_ptr<SerialQueue> checks; ///< for checksums of existing files; made on first use
+    std::shared_ptr<SerialQueue> checks; ///< for checksums of existing files; created on first use
     std::map<Key, std::shared_ptr<Job>> jobs;
 
     using Pointer = std::shared_ptr<Shared>;
@@ -123,7 +123,7 @@ struct ModelInstaller::Shared {
         co_return std::string();
     }
 
-    /// The job that fetches this model: the running one, or a new one.
+    /// Returns the running job for this model, or starts one.
     static JobPointer jobFor(const Pointer& self, AvailableModel model) {
         JobPointer& job = self->jobs[Key(model.kind, model.name)];
         if (!job) {
@@ -142,7 +142,7 @@ struct ModelInstaller::Shared {
     static Task<void> run(Pointer self, JobPointer job) {
         std::exception_ptr failure;
         try {
-            co_await bringIn(self, job);
+            co_await fetchAndInstall(self, job);
         } catch (...) {
             failure = std::current_exception();
         }
@@ -153,7 +153,7 @@ struct ModelInstaller::Shared {
             waiter.outcome.resume(failure);
     }
 
-    static Task<void> bringIn(Pointer self, JobPointer job) {
+    static Task<void> fetchAndInstall(Pointer self, JobPointer job) {
         const AvailableModel& model = job->model;
         ModelStore& store = self->store;
         std::optional<FileLock> lock;
@@ -163,14 +163,14 @@ struct ModelInstaller::Shared {
                 throw DownloadStopped();
         }
         // Another process may have installed it.
-        const std::string flawNow = co_await flaw(self, model.kind, model.name, model.trial);
-        if (flawNow.empty())
+        const std::string currentFlaw = co_await flaw(self, model.kind, model.name, model.trial);
+        if (currentFlaw.empty())
             co_return;
         store.files().createDirectories(store.partialFolder(model.kind, model.name));
-        self->checkRoom(model);
+        self->checkFreeSpace(model);
         co_await fetchAll(self, job);
         if (model.trial)
-            co_await tryOut(self, job);
+            co_await tryDownloaded(self, job);
         // Checksums of hundreds of megabytes: not on the main queue.
         const Executor lane = Executor::queue(self->host, self->lanes.front());
         co_await runOn(lane,
@@ -185,36 +185,36 @@ struct ModelInstaller::Shared {
         return names;
     }
 
-    /// Files can match what was published and still be unusable.
-    static Task<void> tryOut(Pointer self, JobPointer job) {
+    /// Runs the trial: files with correct checksums can still be unusable.
+    static Task<void> tryDownloaded(Pointer self, JobPointer job) {
         const AvailableModel& model = job->model;
-        StoredModel arrived;
-        arrived.kind = model.kind;
-        arrived.name = model.name;
-        arrived.folder = self->store.partialFolder(model.kind, model.name);
-        arrived.details = model.details;
+        StoredModel downloaded;
+        downloaded.kind = model.kind;
+        downloaded.name = model.name;
+        downloaded.folder = self->store.partialFolder(model.kind, model.name);
+        downloaded.details = model.details;
         for (const std::string& name : namesOf(model))
-            arrived.files.push_back({name, self->store.files().size(arrived.path(name)), ""});
+            downloaded.files.push_back({name, self->store.files().size(downloaded.path(name)), ""});
         std::string flaw;
         try {
-            co_await model.trial(arrived);
+            co_await model.trial(downloaded);
         } catch (const ModelDamaged& damage) {
             flaw = damage.what();
         }
         if (flaw.empty())
             co_return;
-        self->store.files().remove(arrived.folder);
+        self->store.files().remove(downloaded.folder);
         throw DownloadFailed(localized("The downloaded model %@ cannot be used and was removed: %@",
                                        {model.name, flaw}));
     }
 
-    void checkRoom(const AvailableModel& model) const {
+    void checkFreeSpace(const AvailableModel& model) const {
         const std::filesystem::path partial = store.partialFolder(model.kind, model.name);
         std::uint64_t needed = downloader.policy().spareBytes;
         for (const FileToFetch& file : model.files) {
             const std::uint64_t unpacked =
                 file.isZstd ? std::max(file.unpackedBytes, file.bytes) : 0;
-            needed = sumUpToLargest(needed, sumUpToLargest(file.bytes, unpacked));
+            needed = saturatingSum(needed, saturatingSum(file.bytes, unpacked));
         }
         for (const std::string& name : store.files().list(partial))
             needed -= std::min(needed, store.files().size(partial / name));
@@ -239,14 +239,14 @@ struct ModelInstaller::Shared {
             std::rethrow_exception(job->failure);
     }
 
-    /// Fetches one file after the other while there are any.
+    /// Fetches the remaining files one after the other. Other lanes do the same.
     static Task<void> fetchOnLane(Pointer self, JobPointer job, Executor lane) {
         while (job->nextFile < job->model.files.size() && !job->failure) {
             const std::size_t index = job->nextFile++;
             const std::filesystem::path folder =
                 self->store.partialFolder(job->model.kind, job->model.name);
             const Downloader::Progress progress = [self, job, index](std::uint64_t received) {
-                self->note(job, index, received);
+                self->recordProgress(job, index, received);
             };
             std::exception_ptr failure;
             try {
@@ -259,13 +259,13 @@ struct ModelInstaller::Shared {
             }
             if (failure && !job->failure) {
                 job->failure = failure;
-                job->stop.request_stop(); // the other files are pointless now
+                job->stop.request_stop(); // the other files are useless without it
             }
         }
     }
 
-    /// Any thread.
-    void note(const JobPointer& job, std::size_t file, std::uint64_t bytes) const {
+    /// Stores and reports progress. Any thread.
+    void recordProgress(const JobPointer& job, std::size_t file, std::uint64_t bytes) const {
         job->received[file] = bytes;
         const double now = host.now();
         if (now - job->lastReport < secondsBetweenReports)
@@ -281,7 +281,7 @@ ModelInstaller::ModelInstaller(Host& host, ModelStore& store, DownloadPolicy pol
 ModelInstaller::~ModelInstaller() {
     for (const auto& [key, job] : shared_->jobs)
         job->stop.request_stop();
-    // A job without waiters may still use the disk.
+    // Wait for running work: a job without waiters may still use the disk.
     for (const auto& lane : shared_->lanes)
         lane->sync([] {});
     if (shared_->checks)
@@ -317,7 +317,7 @@ Task<void> ModelInstaller::install(AvailableModel model, ProgressHandler progres
     }
     job->waiters.erase(number);
     if (job->waiters.empty()) {
-        // Nobody waits any more. A new request starts again and waits until this job has ended.
+        // Nobody waits any more. A later request starts a new job, which waits for this one to end.
         shared->forget(job);
         job->stop.request_stop();
     }

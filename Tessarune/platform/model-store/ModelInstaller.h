@@ -8,12 +8,13 @@
 
 namespace tessarune {
 
-/// Installs models: fetches their files, at most two at a time over all models, verifies them and
-/// gives the model its name once all are complete.
+/// Installs models: fetches their files, at most two at a time over all models, verifies them, and
+/// gives the model's folder its final name once all are complete.
 ///
 /// Main queue. Concurrent requests for a model fetch it once, also across processes: the second one
-/// waits for the first and finds the model. Dropping the installer stops running downloads;
-/// received bytes are kept for the next time. Host and store must outlive both.
+/// waits for the first and finds the model. The destructor stops running downloads; received bytes
+/// are kept for the next request. The host and the store must outlive the installer and its
+/// downloads.
 class ModelInstaller {
   public:
     struct Progress {
@@ -27,14 +28,15 @@ class ModelInstaller {
     ModelInstaller(const ModelInstaller&) = delete;
     ModelInstaller& operator=(const ModelInstaller&) = delete;
 
-    /// Why the model is unusable; empty if it is in any part of the store, all its checksums match
-    /// and its trial, if there is one, succeeds.
+    /// Returns why the model is unusable; empty if it is in any part of the store, all its
+    /// checksums match and its trial, if there is one, succeeds. Throws if the trial could not be
+    /// made.
     Task<std::string> flaw(ModelKind kind, std::string name, ModelTrial trial = {});
 
-    /// Returns when the model is installed: an intact one stays, another is replaced once the new
-    /// one is complete. A new one that fails its trial is removed. Throws an exception with a text
-    /// that can be shown: DownloadStopped if `stop` asks for it; the download continues only while
-    /// somebody waits for it. `progress` is called on the main queue, a few times a second.
+    /// Returns when the model is installed. Keeps an intact one; replaces a damaged one once the
+    /// new one is complete. Removes a new one that fails its trial. Throws an exception whose text
+    /// can be shown: DownloadStopped after a request of `stop`. The download continues while
+    /// another caller waits for it. `progress` is called on the main queue, a few times a second.
     Task<void> install(AvailableModel model, ProgressHandler progress, std::stop_token stop);
 
     const DownloadPolicy& policy() const;

@@ -16,7 +16,7 @@ namespace {
 constexpr const char* recordName = "model.json";
 constexpr int recordVersion = 1;
 
-bool isSum(std::string_view text) {
+bool isSHA256(std::string_view text) {
     return text.size() == 64 &&
            text.find_first_not_of("0123456789abcdef") == std::string_view::npos;
 }
@@ -32,7 +32,7 @@ void parseRecord(const std::string& text, StoredModel& model) {
         ModelFile file{entry.at("name").get<std::string>(),
                        entry.at("bytes").get_ref<const std::uint64_t&>(),
                        entry.at("sha256").get<std::string>()};
-        if (!ModelStore::isSafeName(file.name) || !isSum(file.sha256))
+        if (!ModelStore::isSafeName(file.name) || !isSHA256(file.sha256))
             throw std::runtime_error("a record with a name or a sum that cannot be one");
         model.files.push_back(std::move(file));
     }
@@ -49,7 +49,7 @@ std::string recordOf(const StoredModel& model) {
     return json.dump(2) + "\n";
 }
 
-std::string called(const StoredModel& model, const ModelFile& file) {
+std::string displayName(const StoredModel& model, const ModelFile& file) {
     return model.name + ": " + model.path(file.name).string();
 }
 
@@ -103,10 +103,10 @@ std::optional<StoredModel> ModelStore::read(ModelKind kind, const std::filesyste
     for (const ModelFile& file : model.files) {
         try {
             if (files_.size(model.path(file.name)) != file.bytes)
-                model.damage =
-                    localized("%@ has changed in size since it was stored", {called(model, file)});
+                model.damage = localized("%@ has changed in size since it was stored",
+                                         {displayName(model, file)});
         } catch (const std::system_error& failure) {
-            model.damage = called(model, file) + ": " + failure.code().message();
+            model.damage = displayName(model, file) + ": " + failure.code().message();
         }
         if (!model.damage.empty())
             break;
@@ -122,7 +122,7 @@ std::vector<StoredModel> ModelStore::list(ModelKind kind) const {
         try {
             names = files_.list(all);
         } catch (const std::system_error&) {
-            return; // an unreadable part holds nothing for us
+            return; // an unreadable part counts as empty
         }
         for (const std::string& name : names) {
             std::optional<StoredModel> model = read(kind, all / name, isRemovable);
@@ -167,11 +167,11 @@ void ModelStore::verify(const StoredModel& model) {
         try {
             sum = SHA256::ofFile(model.path(file.name));
         } catch (const std::system_error& failure) {
-            throw ModelDamaged(called(model, file) + ": " + failure.code().message());
+            throw ModelDamaged(displayName(model, file) + ": " + failure.code().message());
         }
         if (sum != file.sha256)
             throw ModelDamaged(
-                localized("%@ has changed since it was stored", {called(model, file)}));
+                localized("%@ has changed since it was stored", {displayName(model, file)}));
     }
 }
 
@@ -218,7 +218,7 @@ StoredModel ModelStore::adopt(ModelKind kind, const std::string& name,
         model.files.push_back({file, files_.size(partial / file), SHA256::ofFile(partial / file)});
     for (const std::string& found : files_.list(partial)) {
         if (std::find(files.begin(), files.end(), found) == files.end())
-            files_.remove(partial / found); // of an abandoned edition
+            files_.remove(partial / found); // from an abandoned download of another edition
     }
     files_.writeAtomically(partial / recordName, recordOf(model));
     files_.remove(model.folder);

@@ -15,7 +15,7 @@ namespace tessarune {
 
 enum class ModelKind { speech, translation };
 
-/// A file of a model as it was when it was verified.
+/// A file of a model, with its size and checksum when it was installed.
 struct ModelFile {
     std::string name;
     std::uint64_t bytes = 0;
@@ -30,7 +30,7 @@ struct StoredModel {
     std::string name; ///< "tiny-en", "en-pt"
     std::filesystem::path folder;
     std::vector<ModelFile> files;
-    std::map<std::string, std::string> details; ///< data for its engine, beside the files
+    std::map<std::string, std::string> details; ///< data for its engine
     bool isRemovable = false;                   ///< whether it is in the user's own part
     std::string damage; ///< the problem with its files; empty if none was found
 
@@ -57,8 +57,8 @@ class ModelStore {
     ModelStore(FileSystem& files, std::filesystem::path writable,
                std::vector<std::filesystem::path> readOnly);
 
-    /// All models of a kind by name, damaged ones too. A folder without a readable record is
-    /// skipped.
+    /// All models of a kind, sorted by name, including damaged ones. Skips parts that cannot be
+    /// read and folders without a readable record.
     std::vector<StoredModel> list(ModelKind kind) const;
 
     /// The model of this name, or `nullopt`. Compares the sizes of its files, which detects
@@ -70,24 +70,24 @@ class ModelStore {
     static void verify(const StoredModel& model);
 
     /// Removes a model from the user's part, with the remains of an interrupted download. Throws
-    /// std::runtime_error if it is not there, is in another part or is being downloaded,
-    /// std::system_error if the disk fails.
+    /// std::runtime_error if it does not exist, is in another part or is being downloaded,
+    /// std::invalid_argument if the name is not safe, std::system_error if the disk fails.
     void remove(ModelKind kind, std::string_view name);
 
     /// Whether a model or file can have this name: up to 100 letters, digits, ".", "_" and "-", not
-    /// beginning with a dot. Names come from downloads and must not lead out of their folder.
+    /// beginning with a dot. Names come from downloads; they must not lead out of their folder.
     static bool isSafeName(std::string_view name);
 
-    // For the installer.
+    // For the installer. All of these throw std::invalid_argument if the name is not safe.
 
-    /// The lock for changes of this model, here and in other processes. `nullopt` if another holds
-    /// it. Throws std::system_error if the disk fails.
+    /// Locks the model against changes by others, here and in other processes. `nullopt` if it is
+    /// locked already. Throws std::system_error if the disk fails.
     std::optional<FileLock> tryToLock(ModelKind kind, std::string_view name);
     std::filesystem::path folder(ModelKind kind, std::string_view name) const;
-    /// Where files are collected until the model is complete.
+    /// The folder for the files of a model that is not complete yet.
     std::filesystem::path partialFolder(ModelKind kind, std::string_view name) const;
-    /// Writes the record of the files in `partialFolder` and gives it its final name, replacing a
-    /// former model. The model must be locked.
+    /// Writes the record of the files in `partialFolder` and renames that folder to `folder`,
+    /// replacing an earlier model. The model must be locked.
     StoredModel adopt(ModelKind kind, const std::string& name,
                       const std::vector<std::string>& files,
                       const std::map<std::string, std::string>& details);

@@ -12,18 +12,18 @@ namespace {
 
 using Path = std::filesystem::path;
 
-/// `override` names the environment variable with which a developer or a package puts one more
-/// folder in front.
-std::vector<Path> places(const char* override, const char* installed, const char* built) {
+/// The possible folders, best first. `variable` is the environment variable with which a developer
+/// or a package puts another folder first.
+std::vector<Path> places(const char* variable, const char* installed, const char* built) {
     std::vector<Path> found;
-    if (const char* value = std::getenv(override); value != nullptr && *value != '\0')
+    if (const char* value = std::getenv(variable); value != nullptr && *value != '\0')
         found.emplace_back(value);
     std::error_code failed;
     const Path program = std::filesystem::read_symlink("/proc/self/exe", failed);
     if (!failed) {
         const Path folder = program.parent_path();
         found.push_back((folder / installed).lexically_normal());
-        // build/<preset>/bin: what scripts/setup unpacked stands in build.
+        // From build/<preset>/bin to build, where scripts/setup unpacks its downloads.
         found.push_back((folder / "../.." / built).lexically_normal());
     }
     return found;

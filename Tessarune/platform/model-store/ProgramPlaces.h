@@ -3,8 +3,8 @@
 #include <filesystem>
 #include <vector>
 
-/// Where the files that come with the program are: beside it if it is installed, else in its build
-/// tree. Both are relative to the running program, so either can be moved. Any thread.
+/// Finds the files that come with the program, in its installation or in its build tree. Both are
+/// found relative to the running program, so that either can be moved. Any thread.
 namespace tessarune::ProgramPlaces {
 
 /// Folders with the engines' shared libraries, best first; they need not exist.

@@ -16,7 +16,7 @@
 namespace tessarune {
 
 UnpackingOutcome unpackZstd(const std::filesystem::path& packed, AppendFile& out,
-                            std::uint64_t most) {
+                            std::uint64_t maximumBytes) {
     std::ifstream in(packed, std::ios::binary);
     if (!in)
         throw std::system_error(errno, systemErrors(), packed.string());
@@ -30,7 +30,7 @@ UnpackingOutcome unpackZstd(const std::filesystem::path& packed, AppendFile& out
     std::vector<char> inBuffer(ZSTD_DStreamInSize());
     std::vector<char> outBuffer(ZSTD_DStreamOutSize());
     std::uint64_t written = 0;
-    std::size_t wanted = 1; // 0 once a frame is whole
+    std::size_t wanted = 1; // 0 at the end of a frame
     while (in.read(inBuffer.data(), static_cast<std::streamsize>(inBuffer.size())),
            in.gcount() > 0) {
         ZSTD_inBuffer input{inBuffer.data(), static_cast<std::size_t>(in.gcount()), 0};
@@ -43,7 +43,7 @@ UnpackingOutcome unpackZstd(const std::filesystem::path& packed, AppendFile& out
                     localized("it cannot be unpacked: %@", {ZSTD_getErrorName(wanted)});
                 return outcome;
             }
-            if (output.pos > most - written) {
+            if (output.pos > maximumBytes - written) {
                 outcome.failure = localized("it unpacks to more than the expected size");
                 return outcome;
             }
