@@ -26,7 +26,7 @@ namespace {
     throw std::runtime_error(localized("无法运行 tessarune-pdf：%@", {systemMessage(error)}));
 }
 
-/// Bytes in memory that a process can use as one of its streams.
+/// A file in memory that a process can use as one of its standard streams.
 class MemoryStream {
   public:
     explicit MemoryStream(const char* name) : file_(::memfd_create(name, MFD_CLOEXEC)) {
@@ -65,10 +65,10 @@ class MemoryStream {
     int file_;
 };
 
-/// The attributes of the new process: the three streams, and no blocked signals.
-class Surroundings {
+/// The attributes of the new process: its three standard streams, and no blocked signals.
+class ProcessAttributes {
   public:
-    Surroundings(int input, int output, int error) {
+    ProcessAttributes(int input, int output, int error) {
         posix_spawn_file_actions_init(&actions_);
         posix_spawn_file_actions_adddup2(&actions_, input, STDIN_FILENO);
         posix_spawn_file_actions_adddup2(&actions_, output, STDOUT_FILENO);
@@ -79,11 +79,11 @@ class Surroundings {
         posix_spawnattr_setsigmask(&attributes_, &none);
         posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK);
     }
-    ~Surroundings() {
+    ~ProcessAttributes() {
         posix_spawn_file_actions_destroy(&actions_);
         posix_spawnattr_destroy(&attributes_);
     }
-    Surroundings(const Surroundings&) = delete;
+    ProcessAttributes(const ProcessAttributes&) = delete;
 
     pid_t start(const std::filesystem::path& program) const {
         std::string name = program.string();
@@ -100,14 +100,15 @@ class Surroundings {
     posix_spawnattr_t attributes_;
 };
 
-/// Waits for a process to end. A hung one is killed, since others queue behind this one.
-int endOf(pid_t process) {
-    constexpr int longestMilliseconds = 180'000; // eight hours of text take some seconds
-    // The C library of Debian 12 declares its function for C++ wrongly.
+/// Waits for a process and returns its status. Kills one that hangs, because other exports wait for
+/// this one. Throws after that, or if waiting fails.
+int waitForEnd(pid_t process) {
+    constexpr int maximumMilliseconds = 180'000; // eight hours of text take some seconds
+    // The C library of Debian 12 declares pidfd_open wrongly for C++.
     const auto handle = static_cast<int>(::syscall(SYS_pidfd_open, process, 0));
     pollfd ending{handle, POLLIN, 0};
     int ended = 1; // without a handle there is no time limit
-    while (handle >= 0 && (ended = ::poll(&ending, 1, longestMilliseconds)) < 0 && errno == EINTR) {
+    while (handle >= 0 && (ended = ::poll(&ending, 1, maximumMilliseconds)) < 0 && errno == EINTR) {
     }
     if (handle >= 0)
         ::close(handle);
@@ -140,14 +141,15 @@ std::string pdf(const HistoryTranscriptPDFDocument& document) {
     MemoryStream output("tessarune-pdf-output");
     MemoryStream errors("tessarune-pdf-errors");
     input.fill(document.encoded());
-    const pid_t process = Surroundings(input.file(), output.file(), errors.file()).start(program());
-    const int status = endOf(process);
+    const pid_t process =
+        ProcessAttributes(input.file(), output.file(), errors.file()).start(program());
+    const int status = waitForEnd(process);
     std::string bytes = output.content();
     if (status == 0 && bytes.starts_with("%PDF"))
         return bytes;
-    const std::string said = errors.content();
+    const std::string message = errors.content();
     throw std::runtime_error(localized("tessarune-pdf 没有完成：%@",
-                                       {std::string(Text::prefix(Text::trimmed(said), 300))}));
+                                       {std::string(Text::prefix(Text::trimmed(message), 300))}));
 }
 
 } // namespace tessarune::PDFProgram

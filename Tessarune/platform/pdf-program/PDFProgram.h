@@ -8,8 +8,8 @@
 /// The program "tessarune-pdf", which is installed in the folder of the programs that run it.
 namespace tessarune::PDFProgram {
 
-/// Lays a document out in another process, and waits for it. Any thread. Throws std::runtime_error
-/// with a text for the user where the program is missing or fails.
+/// Lays out a document in another process and waits for it. Returns the PDF file. Any thread.
+/// Throws std::runtime_error with a text for the user if the program is missing or fails.
 std::string pdf(const HistoryTranscriptPDFDocument& document);
 
 } // namespace tessarune::PDFProgram

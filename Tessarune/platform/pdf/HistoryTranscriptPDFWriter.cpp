@@ -71,11 +71,11 @@ void addRow(PDFPages& pages, const HistoryTranscriptPDFDocument::Row& row, bool 
     pages.addGap(gapAfterRow);
 }
 
-/// Enough of the document to tell what it is written in.
+/// Enough text of the document to detect its language.
 QString sample(const HistoryTranscriptPDFDocument& document) {
-    constexpr std::size_t mostRows = 200;
+    constexpr std::size_t maximumRows = 200;
     QString text = qt(document.note);
-    for (std::size_t i = 0; i < std::min(document.rows.size(), mostRows); ++i)
+    for (std::size_t i = 0; i < std::min(document.rows.size(), maximumRows); ++i)
         text += qt(document.rows[i].source) + qt(document.rows[i].translation);
     return text;
 }
@@ -86,7 +86,7 @@ QByteArray pdf(const HistoryTranscriptPDFDocument& document) {
     QByteArray bytes;
     QBuffer buffer(&bytes);
     buffer.open(QIODevice::WriteOnly);
-    PDFFonts::choosePlace(sample(document));
+    PDFFonts::chooseRegion(sample(document));
     SelectableText text;
     {
         QPdfWriter writer(&buffer);

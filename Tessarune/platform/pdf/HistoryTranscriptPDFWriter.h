@@ -4,10 +4,10 @@
 
 #include <QByteArray>
 
-/// Lays transcripts out on US Letter pages. A QGuiApplication is there; its thread.
+/// Lays out transcripts on US Letter pages. Needs a QGuiApplication; only on its thread.
 namespace tessarune::HistoryTranscriptPDFWriter {
 
-/// The whole file. Time and memory grow with the transcript; no input fails.
+/// Returns the PDF file. Time and memory grow with the transcript; accepts any document.
 QByteArray pdf(const HistoryTranscriptPDFDocument& document);
 
 } // namespace tessarune::HistoryTranscriptPDFWriter

@@ -8,13 +8,13 @@ namespace tessarune::PDFFonts {
 
 namespace {
 
-QString place = QStringLiteral("SC");
+QString region = QStringLiteral("SC");
 
 bool contains(const QString& text, QChar::Script script) {
     return std::ranges::any_of(text, [&](QChar character) { return character.script() == script; });
 }
 
-/// Frequent characters tell which of the two scripts a Chinese text is written in.
+/// Whether a Chinese text is traditional: counts frequent characters that differ in both scripts.
 bool isTraditional(const QString& text) {
     const auto count = [&](QStringView characters) {
         return std::ranges::count_if(text, [&](QChar each) { return characters.contains(each); });
@@ -24,10 +24,10 @@ bool isTraditional(const QString& text) {
 }
 
 QFont ofFamilies(QStringList families, double size) {
-    // Characters that the first faces lack come from the next ones: colour emoji, then Chinese,
-    // Japanese and Korean; Qt finds faces for the other scripts.
+    // Characters that the first fonts lack come from the next ones: colour emoji, then Chinese,
+    // Japanese and Korean. Qt finds fonts for the other scripts.
     families << QGuiApplication::font().family() << QStringLiteral("Noto Color Emoji")
-             << QStringLiteral("Noto Sans CJK ") + place;
+             << QStringLiteral("Noto Sans CJK ") + region;
     QFont font;
     font.setFamilies(families);
     font.setPointSizeF(size);
@@ -37,13 +37,13 @@ QFont ofFamilies(QStringList families, double size) {
 
 } // namespace
 
-void choosePlace(const QString& sample) {
+void chooseRegion(const QString& sample) {
     if (contains(sample, QChar::Script_Hiragana) || contains(sample, QChar::Script_Katakana))
-        place = QStringLiteral("JP");
+        region = QStringLiteral("JP");
     else if (contains(sample, QChar::Script_Hangul))
-        place = QStringLiteral("KR");
+        region = QStringLiteral("KR");
     else
-        place = isTraditional(sample) ? QStringLiteral("TC") : QStringLiteral("SC");
+        region = isTraditional(sample) ? QStringLiteral("TC") : QStringLiteral("SC");
 }
 
 QFont text(double size) {

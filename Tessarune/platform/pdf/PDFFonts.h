@@ -3,15 +3,15 @@
 #include <QFont>
 #include <QString>
 
-/// The faces of a PDF. Sizes are points. A QGuiApplication's thread.
+/// The fonts of a PDF. Sizes are in points. Only on a QGuiApplication's thread.
 namespace tessarune::PDFFonts {
 
-/// A Chinese character has different shapes in different regions: the document's language decides
-/// for all of it. Call before the first font is requested.
-void choosePlace(const QString& sample);
+/// Chinese characters have different shapes in different regions. Chooses one region for the whole
+/// document by the language of `sample`. Call before the first font is requested.
+void chooseRegion(const QString& sample);
 
 QFont text(double size);
-/// All digits are equally wide.
+/// A font whose digits are equally wide.
 QFont digits(double size);
 
 } // namespace tessarune::PDFFonts

@@ -12,7 +12,7 @@ namespace {
 const QColor pageNumberColor = QColor::fromRgbF(0.596F, 0.635F, 0.702F);
 constexpr double pageNumberSize = 9;
 constexpr double lineSpacing = 1;
-constexpr double endless = 100'000;
+constexpr double unlimitedWidth = 100'000;
 
 /// Breaks `text` into lines of `width`, in the direction of its first letter.
 void layOut(QTextLayout& layout, double width) {
@@ -58,10 +58,10 @@ void PDFPages::addText(const QString& text, const QFont& font, const QColor& col
 void PDFPages::addLabel(const QString& text, const QFont& font, const QColor& color, double left,
                         double lineHeight) {
     QTextLayout layout(text, font, &writer_);
-    layOut(layout, endless);
+    layOut(layout, unlimitedWidth);
     const QTextLine line = layout.lineAt(0);
     painter_.setPen(color);
-    // Beside larger text, a label looks level if both share a baseline.
+    // Brings the label approximately to the baseline of the larger text beside it.
     text_.draw(painter_, layout, line, {left, y_ + (lineHeight - line.height()) * 0.66});
 }
 
@@ -103,7 +103,7 @@ void PDFPages::nextPage() {
 
 void PDFPages::drawPageNumber() {
     QTextLayout layout(QString::number(page_), PDFFonts::text(pageNumberSize), &writer_);
-    layOut(layout, endless);
+    layOut(layout, unlimitedWidth);
     const QTextLine line = layout.lineAt(0);
     painter_.setPen(pageNumberColor);
     text_.draw(

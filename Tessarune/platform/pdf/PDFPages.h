@@ -12,7 +12,7 @@
 
 namespace tessarune {
 
-/// Pages that fill from top to bottom. A line never crosses a page break. Lengths are points.
+/// Pages that fill from top to bottom. A line never crosses a page break. Lengths are in points.
 class PDFPages {
   public:
     static constexpr double pageWidth = 612;
@@ -24,7 +24,7 @@ class PDFPages {
     ~PDFPages();
     PDFPages(const PDFPages&) = delete;
 
-    /// A paragraph from `left` to `right`, as many lines as it needs.
+    /// Adds a paragraph between `left` and `right`, in as many lines as it needs.
     void addText(const QString& text, const QFont& font, const QColor& color, double left,
                  double right);
     /// Adds vertical space, unless at the top of a page.
@@ -32,7 +32,7 @@ class PDFPages {
 
     double heightOf(const QFont& font) const { return QFontMetricsF(font, &writer_).height(); }
 
-    /// A label beside the next line, which has this height. Takes no space.
+    /// Adds a label beside the next line, whose height is `lineHeight`. Takes no vertical space.
     void addLabel(const QString& text, const QFont& font, const QColor& color, double left,
                   double lineHeight);
     /// Draws a bar at `x` from here to `endBar`, on every page.

@@ -7,15 +7,15 @@ namespace tessarune::PDFUnicodeMaps {
 
 namespace {
 
-constexpr qsizetype mostMappingsInBlock = 100;
+constexpr qsizetype maximumMappingsInBlock = 100;
 
-/// The object of a font, and that of its map.
+/// The object numbers of a font and of its map.
 struct FontObjects {
     int font = 0;
     int map = 0;
 };
 
-/// The next number at or after `at`.
+/// The number at `at`, after blanks; 0 if there is none.
 int numberFrom(const QByteArray& text, qsizetype at) {
     while (at < text.size() && text[at] == ' ')
         ++at;
@@ -25,7 +25,7 @@ int numberFrom(const QByteArray& text, qsizetype at) {
     return text.mid(at, end - at).toInt();
 }
 
-/// The fonts in the order of first use, which is that of their numbers.
+/// The fonts in the order of their object numbers, which is that of first use.
 std::vector<FontObjects> fontsOf(const QByteArray& pdf) {
     std::vector<FontObjects> fonts;
     const QByteArray mark = "/Subtype /Type0\n";
@@ -64,7 +64,7 @@ QByteArray stream(const Map& map) {
         for (const QChar unit : map[i])
             block += hex(unit.unicode());
         block += ">\n";
-        if (++inBlock == mostMappingsInBlock)
+        if (++inBlock == maximumMappingsInBlock)
             endBlock();
     }
     endBlock();

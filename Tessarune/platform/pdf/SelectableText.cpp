@@ -12,24 +12,25 @@ namespace {
 /// The resolution of emoji pictures, as a multiple of the page's.
 constexpr double pictureScale = 5;
 
-bool holdsPictures(const QRawFont& font) {
+bool hasPictures(const QRawFont& font) {
     return !font.fontTable("CBDT").isEmpty() || !font.fontTable("sbix").isEmpty();
 }
 
-/// A run of text and its glyphs.
+/// A piece of text and the glyphs that show it.
 struct Cluster {
     QString text;
     QList<QGlyphRun> runs;
 };
 
-bool isSamePlace(const QList<QGlyphRun>& a, const QList<QGlyphRun>& b) {
+bool isSameGlyph(const QList<QGlyphRun>& a, const QList<QGlyphRun>& b) {
     return a.size() == 1 && b.size() == 1 && a[0].glyphIndexes() == b[0].glyphIndexes() &&
            a[0].positions() == b[0].positions();
 }
 
-/// Readers reverse right-to-left text letter by letter, including the letters of one glyph. The
-/// ligatures of lam and alef, which every Arabic text has, are characters themselves.
-QString ofOneLetter(const QString& text) {
+/// PDF readers reverse right-to-left text character by character, even within one glyph. Hence the
+/// ligatures of lam and alef, which occur in every Arabic text, become the single characters that
+/// Unicode has for them.
+QString asSingleCharacter(const QString& text) {
     static const std::pair<char16_t, char16_t> ligatures[] = {
         {0x0622, 0xFEF5}, {0x0623, 0xFEF7}, {0x0625, 0xFEF9}, {0x0627, 0xFEFB}};
     if (text.size() == 2 && text[0] == QChar(0x0644)) {
@@ -41,7 +42,7 @@ QString ofOneLetter(const QString& text) {
     return text;
 }
 
-/// The text of one glyph: a character, or all those of a ligature.
+/// Splits a line into clusters: single characters, or all characters of a ligature.
 std::vector<Cluster> clustersOf(const QTextLayout& layout, const QTextLine& line) {
     const QString text = layout.text().mid(line.textStart(), line.textLength());
     QTextBoundaryFinder breaks(QTextBoundaryFinder::Grapheme, text);
@@ -51,7 +52,7 @@ std::vector<Cluster> clustersOf(const QTextLayout& layout, const QTextLine& line
         const QString character = text.mid(at, end - at);
         auto runs =
             line.glyphRuns(line.textStart() + static_cast<int>(at), static_cast<int>(end - at));
-        if (!clusters.empty() && (runs.isEmpty() || isSamePlace(runs, clusters.back().runs)))
+        if (!clusters.empty() && (runs.isEmpty() || isSameGlyph(runs, clusters.back().runs)))
             clusters.back().text += character;
         else
             clusters.push_back({character, std::move(runs)});
@@ -71,8 +72,8 @@ SelectableText::Face& SelectableText::faceOf(const QRawFont& font) {
     return faces_.back();
 }
 
-/// Whether there were new ones.
-bool SelectableText::noteGlyphs(const QGlyphRun& run) {
+/// Numbers the glyphs of a run. Returns whether any is new.
+bool SelectableText::recordGlyphs(const QGlyphRun& run) {
     Face& face = faceOf(run.rawFont());
     const std::size_t before = face.texts.size();
     for (const quint32 glyph : run.glyphIndexes()) {
@@ -84,10 +85,10 @@ bool SelectableText::noteGlyphs(const QGlyphRun& run) {
     return face.texts.size() > before;
 }
 
-/// The first glyph of a cluster without a text gets the cluster's text.
-void SelectableText::noteTexts(const QTextLayout& layout, const QTextLine& line) {
+/// Assigns the text of each cluster to its first glyph, unless that glyph has a text already.
+void SelectableText::recordTexts(const QTextLayout& layout, const QTextLine& line) {
     for (const Cluster& cluster : clustersOf(layout, line)) {
-        bool isNoted = false;
+        bool isFirstDone = false;
         for (const QGlyphRun& run : cluster.runs) {
             Face& face = faceOf(run.rawFont());
             for (const quint32 glyph : run.glyphIndexes()) {
@@ -95,9 +96,9 @@ void SelectableText::noteTexts(const QTextLayout& layout, const QTextLine& line)
                 if (number == face.numbers.constEnd())
                     continue;
                 QString& text = face.texts[static_cast<std::size_t>(*number)];
-                if (!isNoted && text.isEmpty())
-                    text = ofOneLetter(cluster.text);
-                isNoted = true;
+                if (!isFirstDone && text.isEmpty())
+                    text = asSingleCharacter(cluster.text);
+                isFirstDone = true;
             }
         }
     }
@@ -109,13 +110,13 @@ void SelectableText::draw(QPainter& painter, const QTextLayout& layout, const QT
     const QPointF origin = position - line.position();
     bool hasNew = false;
     for (const QGlyphRun& run : line.glyphRuns()) {
-        hasNew = noteGlyphs(run) || hasNew;
+        hasNew = recordGlyphs(run) || hasNew;
         painter.drawGlyphRun(origin, run);
-        if (holdsPictures(run.rawFont()))
+        if (hasPictures(run.rawFont()))
             drawPictures(painter, run, origin);
     }
     if (hasNew)
-        noteTexts(layout, line);
+        recordTexts(layout, line);
 }
 
 void SelectableText::drawPictures(QPainter& painter, const QGlyphRun& run, QPointF origin) {

@@ -18,38 +18,38 @@ namespace tessarune {
 
 /// Draws text into a PDF of QPdfWriter so that selected text is the written text.
 ///
-/// QPdfWriter maps each glyph to a character that the font has for it. That is the wrong one if a
-/// font has one glyph for two characters (radicals for Chinese characters), a presentation form in
-/// Arabic, and nothing at all for emoji. This class records each glyph's text as it is drawn; the
-/// records replace the file's maps. Emoji are pictures in their fonts, which QPdfWriter leaves out:
-/// they are drawn as pictures.
+/// QPdfWriter maps each glyph to a character that the font has for it. This is the wrong character
+/// if the font uses one glyph for two characters (such as a radical and a Chinese character), a
+/// presentation form in Arabic, and no character for emoji. This class records each glyph's text
+/// when it is drawn; the records replace the file's maps. QPdfWriter also omits the pictures that
+/// emoji fonts contain; this class draws them as images.
 ///
-/// All text of the PDF must be drawn here, as QPdfWriter numbers fonts and glyphs in the order of
-/// first use.
+/// All text of the PDF must be drawn through this class, because QPdfWriter numbers fonts and
+/// glyphs in the order of first use.
 class SelectableText {
   public:
     /// Draws one line of `layout` with its top left corner at `position`.
     void draw(QPainter& painter, const QTextLayout& layout, const QTextLine& line,
               QPointF position);
 
-    /// The finished PDF with the records appended; unchanged if its fonts differ from the recorded
-    /// ones.
+    /// Returns the finished PDF with the records appended; unchanged if the number of its fonts
+    /// differs from the recorded one.
     QByteArray madeSelectable(const QByteArray& pdf) const;
 
   private:
-    /// The glyphs of one font file, in the order in which they appeared; the PDF calls them 1, 2…
+    /// The glyphs of one font file in the order of first use; the PDF numbers them 1, 2…
     struct Face {
         QHash<quint32, int> numbers;
         std::vector<QString> texts;
     };
 
     Face& faceOf(const QRawFont& font);
-    bool noteGlyphs(const QGlyphRun& run);
-    void noteTexts(const QTextLayout& layout, const QTextLine& line);
+    bool recordGlyphs(const QGlyphRun& run);
+    void recordTexts(const QTextLayout& layout, const QTextLine& line);
     void drawPictures(QPainter& painter, const QGlyphRun& run, QPointF origin);
 
     std::vector<Face> faces_;
-    QHash<QByteArray, int> faceNumbers_; ///< by what tells font files apart
+    QHash<QByteArray, int> faceNumbers_; ///< by tables that differ between font files
     std::map<std::pair<quint32, int>, QImage> pictures_;
 };
 

@@ -1,4 +1,4 @@
-// A transcript as JSON from standard input becomes a PDF on standard output.
+// Reads a transcript as JSON from standard input and writes it as a PDF to standard output.
 #include "Tessarune/platform/pdf/HistoryTranscriptPDFWriter.h"
 
 #include <QGuiApplication>

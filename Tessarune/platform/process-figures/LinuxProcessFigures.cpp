@@ -21,19 +21,20 @@ namespace fs = std::filesystem;
 
 constexpr double kilobytesPerMB = 1024;
 
-/// Empty if it cannot be read: many sensors exist but do not answer, and a thread may have ended.
+/// The contents of a file; empty if it cannot be read: many sensors exist but do not answer, and a
+/// thread may have ended.
 std::string contentsOf(const fs::path& path) {
     std::ifstream file(path);
     std::string text;
     char block[4096];
     while (file) {
-        file.read(block, sizeof block); // unlike an iterator of the buffer it throws nothing
+        file.read(block, sizeof block); // does not throw, unlike a buffer iterator
         text.append(block, static_cast<std::size_t>(file.gcount()));
     }
     return file.bad() ? std::string() : text;
 }
 
-/// As far as they can be listed.
+/// The entries of a folder, as far as they can be listed.
 std::vector<fs::path> entriesOf(const fs::path& folder) {
     std::vector<fs::path> entries;
     std::error_code error;
@@ -56,7 +57,7 @@ std::optional<std::int64_t> numberIn(std::string_view text) {
     return number;
 }
 
-/// The value behind `name` in a file of lines "name: value".
+/// The value after `name` in a text of lines "name: value"; empty if there is none.
 std::string_view valueOf(std::string_view text, std::string_view name) {
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t end = std::min(text.find('\n', at), text.size());
@@ -86,7 +87,7 @@ std::string runState(std::string_view letter) {
     return "unknown";
 }
 
-/// The memory limit of the process's cgroup, if it is lower than the computer's memory.
+/// The memory limit of the root cgroup in bytes, such as a container's; `nullopt` if it has none.
 std::optional<std::int64_t> cgroupMemoryLimit(const fs::path& root) {
     const std::string text = firstLineOf(root / "sys/fs/cgroup/memory.max");
     return text.empty() || text == "max" ? std::nullopt : numberIn(text);
@@ -122,11 +123,11 @@ std::vector<ProcessFigures::Thread> LinuxProcessFigures::threads() {
     const auto ticks = static_cast<double>(std::max(::sysconf(_SC_CLK_TCK), 1L));
     std::vector<Thread> found;
     for (const fs::path& entry : entriesOf(root_ / "proc/self/task")) {
-        // A thread's name may hold blanks and brackets; the fields begin behind the last bracket.
+        // A thread's name may contain blanks and brackets; the fields start after the last bracket.
         const std::string stat = contentsOf(entry / "stat");
         const std::size_t bracket = stat.rfind(')');
         if (bracket == std::string::npos)
-            continue; // it has ended meanwhile
+            continue; // the thread has ended meanwhile
         std::istringstream fields(stat.substr(bracket + 1));
         const std::vector<std::string> values{std::istream_iterator<std::string>(fields), {}};
         constexpr std::size_t flagsAt = 6;
@@ -146,7 +147,7 @@ std::vector<ProcessFigures::Thread> LinuxProcessFigures::threads() {
     return found;
 }
 
-/// Uses the hottest zone that declares a passive or critical temperature.
+/// The worst state of all zones that declare a passive, hot or critical temperature.
 std::string LinuxProcessFigures::thermalState() {
     constexpr std::int64_t fairBelowPassive = 10000; // thousandths of a degree
     std::string state = "unknown";
@@ -159,8 +160,8 @@ std::string LinuxProcessFigures::thermalState() {
             continue;
         std::optional<std::int64_t> passive;
         std::optional<std::int64_t> critical;
-        constexpr int mostTripPoints = 12;
-        for (int i = 0; i < mostTripPoints; ++i) {
+        constexpr int maximumTripPoints = 12;
+        for (int i = 0; i < maximumTripPoints; ++i) {
             const std::string point = "trip_point_" + std::to_string(i);
             const std::string kind = firstLineOf(zone / (point + "_type"));
             if (kind == "passive")

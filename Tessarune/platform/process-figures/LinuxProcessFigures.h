@@ -7,14 +7,14 @@
 
 namespace tessarune {
 
-/// The figures of /proc/self, /sys and the C library. A figure that Linux lacks is "unknown" or the
-/// closest one.
+/// Reads the figures from /proc/self, /sys and the C library. A figure that Linux does not have is
+/// "unknown" or the closest one.
 class LinuxProcessFigures final : public ProcessFigures {
   public:
-    /// `root` is the folder that "proc" and "sys" are in.
+    /// `root` is the folder that contains "proc" and "sys".
     explicit LinuxProcessFigures(std::filesystem::path root = "/") : root_(std::move(root)) {}
 
-    /// The running program's file; empty if it cannot be found out.
+    /// The running program's file; empty if it is unknown.
     static std::filesystem::path executable();
 
     double cpuSeconds() override;

@@ -15,7 +15,7 @@ bool isDamage(int code) {
     switch (code & 0xFF) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
-    case SQLITE_ERROR: // other tables than those that are expected
+    case SQLITE_ERROR: // not the expected tables
     case SQLITE_SCHEMA:
     case SQLITE_MISMATCH:
     case SQLITE_CONSTRAINT:
@@ -25,14 +25,14 @@ bool isDamage(int code) {
     }
 }
 
-/// How long to wait for another program that writes.
+/// How long to wait while another program writes.
 constexpr int busyMilliseconds = 5000;
 
 } // namespace
 
 SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& path) {
-    // Created here, private to the user from the start; SQLite gives its own files beside it the
-    // same rights.
+    // Created here, so that it is private from the start; SQLite gives its auxiliary files the same
+    // permissions.
     const int file = open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
     if (file < 0)
         throw SearchIndexFailed("the search index cannot be opened: " + path.string(), false);
@@ -44,7 +44,7 @@ SQLiteDatabase::SQLiteDatabase(const std::filesystem::path& path) {
         throw SearchIndexFailed("the search index cannot be opened: " + reason, false);
     }
     sqlite3_busy_timeout(handle_, busyMilliseconds);
-    // A damaged or foreign file must not run functions of its schema.
+    // The schema of a damaged or foreign file must not run functions.
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
     sqlite3_db_config(handle_, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
 }
@@ -96,7 +96,7 @@ bool SQLiteDatabase::Statement::step() {
     const int result = sqlite3_step(handle_);
     if (result == SQLITE_ROW)
         return true;
-    // The first reset returns the failure's text.
+    // The reset sets the failure's code and text.
     if (sqlite3_reset(handle_) != SQLITE_OK || result != SQLITE_DONE)
         database_.fail(sqlite3_sql(handle_));
     return false;
@@ -113,14 +113,14 @@ std::string_view SQLiteDatabase::Statement::text(int column) {
                  : std::string_view();
 }
 
-void SQLiteDatabase::Statement::bindOne(int place, std::string_view text) {
-    if (sqlite3_bind_text64(handle_, place, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8) !=
+void SQLiteDatabase::Statement::bindOne(int index, std::string_view text) {
+    if (sqlite3_bind_text64(handle_, index, text.data(), text.size(), SQLITE_STATIC, SQLITE_UTF8) !=
         SQLITE_OK)
         database_.fail(sqlite3_sql(handle_));
 }
 
-void SQLiteDatabase::Statement::bindOne(int place, std::int64_t value) {
-    if (sqlite3_bind_int64(handle_, place, value) != SQLITE_OK)
+void SQLiteDatabase::Statement::bindOne(int index, std::int64_t value) {
+    if (sqlite3_bind_int64(handle_, index, value) != SQLITE_OK)
         database_.fail(sqlite3_sql(handle_));
 }
 

@@ -10,11 +10,11 @@ struct sqlite3_stmt;
 
 namespace tessarune {
 
-/// A connection to a database file of the user's own. One thread at a time. Everything throws
-/// SearchIndexFailed.
+/// A connection to a database file that is private to the user. One thread at a time. All
+/// operations throw SearchIndexFailed.
 class SQLiteDatabase {
   public:
-    /// Opens the file, or makes it, for this user alone.
+    /// Opens the file, or creates it for this user only.
     explicit SQLiteDatabase(const std::filesystem::path& path);
     ~SQLiteDatabase();
     SQLiteDatabase(const SQLiteDatabase&) = delete;
@@ -28,35 +28,41 @@ class SQLiteDatabase {
         Statement(const Statement&) = delete;
         Statement& operator=(const Statement&) = delete;
 
-        /// Begins anew, with these values for the statement's `?`. Texts are not copied.
+        /// Resets the statement and binds the values to its `?`. Texts are not copied: they must
+        /// stay valid until the last step.
         template <typename... Values>
         Statement& bind(const Values&... values) {
             reset();
-            int place = 0;
-            (bindOne(++place, values), ...);
+            int index = 0;
+            (bindOne(++index, values), ...);
             return *this;
         }
-        /// The next row; false after the last.
+        /// Advances to the next row. Returns false after the last one.
         bool step();
+        /// A column of the current row.
         std::int64_t integer(int column);
-        /// Of the current row.
+        /// A column of the current row; valid until the next step.
         std::string_view text(int column);
 
       private:
         void reset();
-        void bindOne(int place, std::string_view text);
-        void bindOne(int place, std::int64_t value);
+        void bindOne(int index, std::string_view text);
+        void bindOne(int index, std::int64_t value);
 
         SQLiteDatabase& database_;
         sqlite3_stmt* handle_ = nullptr;
     };
 
     void run(const std::string& sql);
+    /// The first column of the first row; 0 if there is no row.
     std::int64_t integer(const std::string& sql);
+    /// The number of the row that was inserted last.
     std::int64_t lastRow() const;
+    /// The number of rows changed since the connection was opened.
     std::int64_t changes() const;
 
-    /// Changes that are made together; those that were not committed are taken back.
+    /// Changes that take effect together; the destructor rolls them back unless they were
+    /// committed.
     class Transaction {
       public:
         explicit Transaction(SQLiteDatabase& database);

@@ -6,10 +6,10 @@ namespace tessarune {
 
 namespace {
 
-/// Raise it whenever tables or tokens change: the file is then rebuilt.
+/// Must be increased whenever tables or tokens change: the file is then rebuilt.
 constexpr std::int64_t indexVersion = 1;
 
-/// A phrase in FTS5's language. Tokens are letters and digits, so nothing in them needs a mark.
+/// The query in FTS5's syntax. Tokens consist of letters and digits, so they need no escaping.
 std::string matchExpression(const SearchQuery& query) {
     std::string expression;
     for (const auto& phrase : query.phrases) {
@@ -31,8 +31,8 @@ SQLiteSearchIndex::Schema::Schema(SQLiteDatabase& database) {
     const std::int64_t version = database.integer("PRAGMA user_version");
     if (version != 0 && version != indexVersion)
         throw SearchIndexFailed("search index: of another version", true);
-    // Readers and a writer in different programs do not block each other. A loss of power may lose
-    // data, which is rebuilt.
+    // With WAL, readers and a writer in different programs do not block each other. A power failure
+    // may lose data, which is rebuilt.
     database.run("PRAGMA journal_mode=WAL");
     database.run("PRAGMA synchronous=NORMAL");
     database.run("PRAGMA secure_delete=ON");
@@ -41,10 +41,10 @@ SQLiteSearchIndex::Schema::Schema(SQLiteDatabase& database) {
     SQLiteDatabase::Transaction transaction(database);
     database.run("CREATE TABLE IF NOT EXISTS recordings("
                  "row INTEGER PRIMARY KEY, id TEXT NOT NULL UNIQUE, stamp TEXT NOT NULL)");
-    // Texts are already cut and folded: every character that is not ASCII belongs to a token.
+    // Texts are already split into tokens and folded: all non-ASCII characters belong to tokens.
     database.run("CREATE VIRTUAL TABLE IF NOT EXISTS texts USING fts5("
                  "source, translation, tokenize='ascii', prefix='2 3')");
-    // Has a row while the file may still hold words of deleted recordings.
+    // Has a row while the file may still contain words of deleted recordings.
     database.run("CREATE TABLE IF NOT EXISTS traces(there INTEGER PRIMARY KEY)");
     database.run("PRAGMA user_version=" + std::to_string(indexVersion));
     transaction.commit();
@@ -107,8 +107,8 @@ void SQLiteSearchIndex::remove(const std::vector<UUID>& ids) {
 bool SQLiteSearchIndex::eraseTraces() {
     if (database_.integer("SELECT count(*) FROM traces") == 0)
         return false;
-    // Merges the index's parts into one, some pages at a time, which drops deleted texts. A
-    // negative number starts; a merge without any remaining work changes one row at most.
+    // Merges the parts of the index into one, some pages at a time, which drops deleted texts. A
+    // negative number starts the merge; a call without remaining work changes at most one row.
     const std::string pages = isErasing_ ? "200" : "-200";
     const std::int64_t before = database_.changes();
     database_.run("INSERT INTO texts(texts, rank) VALUES('merge', " + pages + ")");

@@ -7,11 +7,11 @@
 
 namespace tessarune {
 
-/// A search index in an SQLite file, over its full-text extension FTS5. Several programs may use
-/// one file.
+/// A search index in an SQLite file, which uses SQLite's full-text extension FTS5. Several programs
+/// may use the same file.
 class SQLiteSearchIndex final : public SearchIndex {
   public:
-    /// Opens the file, or makes it. Throws SearchIndexFailed, also for a file of another version.
+    /// Opens or creates the file. Throws SearchIndexFailed, also for a file of another version.
     explicit SQLiteSearchIndex(const std::filesystem::path& path);
 
     std::map<UUID, std::string> stamps() override;
@@ -29,7 +29,7 @@ class SQLiteSearchIndex final : public SearchIndex {
 
     bool isErasing_ = false;
     SQLiteDatabase database_;
-    Schema schema_; // before the statements, which need the tables
+    Schema schema_; // initialised before the statements, which need its tables
     SQLiteDatabase::Statement rowOf_;
     SQLiteDatabase::Statement deleteRecording_;
     SQLiteDatabase::Statement deleteTexts_;
@@ -38,7 +38,7 @@ class SQLiteSearchIndex final : public SearchIndex {
     SQLiteDatabase::Statement find_;
 };
 
-/// An OpenSearchIndex.
+/// Opens or creates an index; an `OpenSearchIndex`.
 std::unique_ptr<SearchIndex> openSQLiteSearchIndex(const std::filesystem::path& path);
 
 } // namespace tessarune
