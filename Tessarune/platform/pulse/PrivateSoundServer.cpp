@@ -88,7 +88,7 @@ context.modules = [
 pulse.properties = { server.address = [ "@ADDRESS@" ] }
 )";
 
-/// The session manager, without the modules for hardware, a bus and the user's own choices.
+/// The session manager's settings, without modules for hardware, D-Bus and stored user settings.
 constexpr std::string_view wirePlumberSettings = R"(
 context.properties = {
     application.name = WirePlumber
@@ -136,8 +136,8 @@ script("policy-node.lua", policy)
 
 std::string filled(std::string_view text, std::string_view mark, std::string_view value) {
     std::string result(text);
-    if (const auto place = result.find(mark); place != std::string::npos)
-        result.replace(place, mark.size(), value);
+    if (const auto position = result.find(mark); position != std::string::npos)
+        result.replace(position, mark.size(), value);
     return result;
 }
 
@@ -156,19 +156,19 @@ bool isListening(const std::filesystem::path& socketFile) {
     address.sun_family = AF_UNIX;
     const std::string name = socketFile.string();
     name.copy(address.sun_path, sizeof address.sun_path - 1);
-    const int end = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int descriptor = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     const bool listens =
-        connect(end, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-    close(end);
+        connect(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    close(descriptor);
     return listens;
 }
 
-/// Whether a server answers and has the output as its default.
-class Question {
+/// Asks a server whether it has our output as its default.
+class OutputQuery {
   public:
-    static bool outputIsThere(const std::string& address) {
-        Question question;
-        return question.ask(address);
+    static bool isOutputAvailable(const std::string& address) {
+        OutputQuery query;
+        return query.ask(address);
     }
 
   private:
@@ -190,18 +190,18 @@ class Question {
         }
         pa_context_disconnect(context);
         pa_context_unref(context);
-        return isThere_;
+        return isAvailable_;
     }
     static void take(pa_context*, const pa_server_info* info, void* self) {
-        auto* question = static_cast<Question*>(self);
-        question->answered_ = true;
-        question->isThere_ =
+        auto* query = static_cast<OutputQuery*>(self);
+        query->answered_ = true;
+        query->isAvailable_ =
             info && info->default_sink_name &&
             std::string_view(info->default_sink_name) == PrivateSoundServer::outputID;
     }
 
     bool answered_ = false;
-    bool isThere_ = false;
+    bool isAvailable_ = false;
 };
 
 PrivateSoundServer::Kind firstInstalled() {
@@ -271,7 +271,7 @@ void PrivateSoundServer::start() {
         std::filesystem::create_directories(folder_ / "main.lua.d");
         std::ofstream(folder_ / "main.lua.d" / "50-components.lua") << wirePlumberComponents;
         launch({"pipewire", "-c", main.string()});
-        // The later programs give up if there is nothing to connect to yet.
+        // The other programs exit if they cannot connect to it yet.
         const auto deadline = Clock::now() + 5s;
         while (!isListening(folder_ / "pipewire-0") && Clock::now() < deadline)
             std::this_thread::sleep_for(10ms);
@@ -282,19 +282,19 @@ void PrivateSoundServer::start() {
 }
 
 void PrivateSoundServer::launch(const std::vector<std::string>& command) {
-    const std::string place = folder_.string();
+    const std::string folder = folder_.string();
     const char* path = std::getenv("PATH");
-    // Nothing of the user's session: no bus, no display, no settings.
+    // Keeps the user's session out: no bus, no display, no settings.
     const std::vector<std::string> environment = {
         std::string("PATH=") + (path ? path : "/usr/bin:/bin"),
-        "HOME=" + place,
-        "XDG_RUNTIME_DIR=" + place,
-        "XDG_CONFIG_HOME=" + place,
-        "XDG_STATE_HOME=" + place,
-        "PULSE_RUNTIME_PATH=" + place,
-        "PULSE_STATE_PATH=" + place,
-        "PIPEWIRE_RUNTIME_DIR=" + place,
-        "WIREPLUMBER_CONFIG_DIR=" + place,
+        "HOME=" + folder,
+        "XDG_RUNTIME_DIR=" + folder,
+        "XDG_CONFIG_HOME=" + folder,
+        "XDG_STATE_HOME=" + folder,
+        "PULSE_RUNTIME_PATH=" + folder,
+        "PULSE_STATE_PATH=" + folder,
+        "PIPEWIRE_RUNTIME_DIR=" + folder,
+        "WIREPLUMBER_CONFIG_DIR=" + folder,
     };
     const auto pointers = [](const std::vector<std::string>& texts) {
         std::vector<char*> all;
@@ -325,7 +325,7 @@ void PrivateSoundServer::launch(const std::vector<std::string>& command) {
         sigset_t none;
         sigemptyset(&none);
         sigprocmask(SIG_SETMASK, &none, nullptr);
-        setpgid(0, 0); // a Ctrl-C is for the program, which ends the server in its own time
+        setpgid(0, 0); // keeps Ctrl-C from the server: the program ends it when it is ready
         execvpe(arguments[0], arguments.data(), variables.data());
         _exit(127);
     }
@@ -339,19 +339,19 @@ void PrivateSoundServer::waitUntilReady() {
             if (waitpid(process, nullptr, WNOHANG) == process) {
                 std::erase(processes_, process);
                 throw std::runtime_error(
-                    localized("the private sound server ended: %@", {whatItSaid()}));
+                    localized("the private sound server ended: %@", {lastLogLine()}));
             }
         }
-        if (Question::outputIsThere(address_))
+        if (OutputQuery::isOutputAvailable(address_))
             return;
         std::this_thread::sleep_for(20ms);
     }
     throw std::runtime_error(
-        localized("the private sound server does not answer: %@", {whatItSaid()}));
+        localized("the private sound server does not answer: %@", {lastLogLine()}));
 }
 
 void PrivateSoundServer::end(int signal) {
-    // The last one started depends on those before it.
+    // In reverse order, because later processes depend on earlier ones.
     while (!processes_.empty()) {
         const pid_t process = processes_.back();
         processes_.pop_back();
@@ -365,7 +365,7 @@ void PrivateSoundServer::end(int signal) {
     }
 }
 
-std::string PrivateSoundServer::whatItSaid() const {
+std::string PrivateSoundServer::lastLogLine() const {
     std::ifstream log(folder_ / "log");
     std::string last = "(nothing)";
     for (std::string line; std::getline(log, line);) {

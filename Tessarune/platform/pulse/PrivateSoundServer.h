@@ -8,32 +8,32 @@
 
 namespace tessarune {
 
-/// A private sound server with one silent output, beside any other server: for a computer without
-/// one, and for tests.
+/// A private sound server with one silent output, independent of any other server: for computers
+/// without one, and for tests.
 ///
-/// It lives in a folder of its own under the temporary directory and needs neither a D-Bus session
-/// nor a display; it may run as root. The processes end with the object, and also with the thread
-/// that made it, so a killed program leaves none behind: make it on a thread that lives as long as
-/// the server is needed.
+/// It keeps its files in a temporary folder and needs neither a D-Bus session nor a display; it may
+/// run as root. Its processes end with the object, and also with the thread that created it, so
+/// that a killed program leaves none behind: create it on a thread that lives as long as the server
+/// is needed.
 class PrivateSoundServer {
   public:
     enum class Kind { pulseAudio, pipeWire };
     static constexpr double startTimeoutSeconds = 10.0;
     static constexpr const char* outputID = "tessarune_null";
 
-    /// Whether the programs for it are in the PATH.
+    /// Whether the programs of this kind are in the PATH.
     static bool isInstalled(Kind kind);
 
-    /// Starts the server and returns when its output is available. Throws std::runtime_error with
-    /// the missing program or the server's message.
+    /// Starts the server and returns when its output is available. Throws std::runtime_error, whose
+    /// text contains the last message of the server.
     explicit PrivateSoundServer(Kind kind);
-    /// The first kind that is installed.
+    /// Starts the first kind that is installed. Throws std::runtime_error if there is none.
     PrivateSoundServer();
     ~PrivateSoundServer();
     PrivateSoundServer(const PrivateSoundServer&) = delete;
     PrivateSoundServer& operator=(const PrivateSoundServer&) = delete;
 
-    /// For `PulseSoundServer` and PULSE_SERVER.
+    /// The address for `PulseSoundServer` and PULSE_SERVER.
     const std::string& address() const { return address_; }
 
     /// Kills the processes, as a crash would.
@@ -46,7 +46,7 @@ class PrivateSoundServer {
     void launch(const std::vector<std::string>& command);
     void waitUntilReady();
     void end(int signal);
-    std::string whatItSaid() const;
+    std::string lastLogLine() const;
 
     Kind kind_;
     std::filesystem::path folder_;

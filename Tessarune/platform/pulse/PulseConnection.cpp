@@ -146,7 +146,7 @@ void PulseConnection::dropContext() {
         return;
     pa_context_set_state_callback(context, nullptr, nullptr);
     pa_context_set_subscribe_callback(context, nullptr, nullptr);
-    pa_context_disconnect(context); // its streams end, and say so to their owners
+    pa_context_disconnect(context); // ends the streams, which report it to their owners
     pa_context_unref(context);
 }
 

@@ -11,14 +11,14 @@
 
 namespace tessarune {
 
-/// The connection to the server, with its thread, and the state that the server reports.
+/// The connection to the server, its thread, and the state that the server reports.
 ///
-/// After the first success the connection is kept: when it breaks, it is retried with growing
-/// pauses. It never starts a server by itself: a user who has ended theirs does not want it back,
-/// and a server without hardware would hide that there is none.
+/// After the first success the connection is maintained: when it breaks, it is retried with growing
+/// pauses. It never starts a server: a user who has ended the server does not want it back, and a
+/// server without hardware would hide that there is none.
 ///
-/// Operations may be called from any thread. The sound server and its streams own it; the loop's
-/// thread only borrows it.
+/// Any thread, unless noted "under the lock", which is the loop's. Owned by the sound server and
+/// its streams, never by the loop's thread.
 class PulseConnection {
   public:
     static constexpr double connectTimeoutSeconds = 5.0;
@@ -32,6 +32,7 @@ class PulseConnection {
     PulseConnection(const PulseConnection&) = delete;
     PulseConnection& operator=(const PulseConnection&) = delete;
 
+    /// Resumes `done` when connected and the devices are known, or when the attempt has failed.
     void connect(OneShot<PulseOutcome> done);
 
     SoundServerState state() const;
@@ -40,8 +41,8 @@ class PulseConnection {
     pa_threaded_mainloop* loop() const { return loop_; }
     /// Null without a connection. Under the lock.
     pa_context* context() const { return isReady_ ? context_ : nullptr; }
-    /// The channels of a source as the server lists them; `nullopt` for an unknown source. Under
-    /// the lock.
+    /// The channels of a source as the server lists them; null for an unknown source. Under the
+    /// lock.
     const pa_channel_map* channelMap(const std::string& sourceID) const;
     /// The last failure of the connection. Under the lock.
     PulseOutcome failure() const;
@@ -64,7 +65,7 @@ class PulseConnection {
     bool isReady_ = false;
     bool wasReady_ = false;
     double pauseSeconds_ = 0;
-    std::unique_ptr<PulseTimer> timer_; // for the attempt that runs, or until the next one
+    std::unique_ptr<PulseTimer> timer_; // limits the running attempt, or starts the next one
     PulseDeviceList list_;
     std::map<std::string, pa_channel_map> channelMaps_;
     std::vector<OneShot<PulseOutcome>> waiters_;

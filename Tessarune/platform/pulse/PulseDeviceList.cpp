@@ -18,7 +18,7 @@ AudioFormat formatOf(const pa_sample_spec& spec) {
 
 void PulseDeviceList::refresh(pa_context* context) {
     if (isRefreshing_) {
-        again_ = true;
+        isRefreshPending_ = true;
         return;
     }
     arriving_ = {};
@@ -30,7 +30,7 @@ void PulseDeviceList::refresh(pa_context* context) {
 
 void PulseDeviceList::reset() {
     isRefreshing_ = false;
-    again_ = false;
+    isRefreshPending_ = false;
 }
 
 void PulseDeviceList::takeServer(pa_context*, const pa_server_info* info, void* self) {
@@ -61,7 +61,7 @@ void PulseDeviceList::takeSource(pa_context* context, const pa_source_info* info
         return;
     }
     list.isRefreshing_ = false;
-    if (std::exchange(list.again_, false))
+    if (std::exchange(list.isRefreshPending_, false))
         list.refresh(context);
     else
         list.onAnswer_(std::move(list.arriving_));

@@ -11,14 +11,14 @@ namespace tessarune {
 
 /// Asks the server for its devices and defaults. Used under the main loop's lock.
 ///
-/// Requests during a running one are answered by one more, so a burst of changes costs two
-/// requests.
+/// All refreshes that are requested while one runs are combined into one more, so a burst of
+/// changes costs two.
 class PulseDeviceList {
   public:
     struct Answer {
         SoundDevices devices;
-        /// For every source, monitors too: the channels that a stream must request to get them
-        /// unchanged.
+        /// By source, including monitors: the channel map that a stream must request to receive the
+        /// channels unchanged.
         std::map<std::string, pa_channel_map> channelMaps;
     };
 
@@ -37,7 +37,7 @@ class PulseDeviceList {
     std::function<void(Answer)> onAnswer_;
     Answer arriving_;
     bool isRefreshing_ = false;
-    bool again_ = false;
+    bool isRefreshPending_ = false;
 };
 
 } // namespace tessarune

@@ -8,11 +8,11 @@ namespace tessarune {
 
 namespace {
 
-/// Answers of a server that counts by periods of its device differ by less. A larger difference
-/// means that the stream has stalled or jumped.
-constexpr double answersDifferSeconds = 0.04;
-/// The weight of each later answer.
-constexpr double answerShare = 0.1;
+/// The timing answers of a server that counts in periods of its device deviate by less. A larger
+/// deviation means that the stream has stalled or jumped.
+constexpr double maximumJitterSeconds = 0.04;
+/// The weight of a new answer in the running average.
+constexpr double answerWeight = 0.1;
 
 double clockSeconds() {
     return static_cast<double>(pa_rtclock_now()) / 1e6;
@@ -106,7 +106,7 @@ void PulsePlaybackStream::feed() {
     const std::size_t frameSamples = static_cast<std::size_t>(format_.channels);
     const std::size_t room = pa_stream_writable_size(stream_.get()) / sizeof(float);
     if (room == static_cast<std::size_t>(-1) / sizeof(float))
-        return; // the stream has failed, and its state says so
+        return; // the stream has failed, which `handleState` handles
     std::size_t count = std::min(room, feeding_->samples.size() - fed_);
     count -= count % frameSamples;
     if (count > 0 && pa_stream_write(stream_.get(), feeding_->samples.data() + fed_,
@@ -127,7 +127,7 @@ void PulsePlaybackStream::answer(const PulseOutcome& outcome) {
 
 void PulsePlaybackStream::end(const PulseOutcome& reason) {
     timer_.cancel();
-    ended_ = reason;
+    endReason_ = reason;
     feeding_.reset();
     dropOperations();
     closeStream(std::move(stream_));
@@ -148,8 +148,8 @@ Task<void> PulsePlaybackStream::writeAll(PulsePlaybackStream* self, AudioBufferP
     OneShot<PulseOutcome> done(self->executor_);
     {
         PulseLock lock(self->connection_->loop());
-        if (self->ended_)
-            self->ended_->throwIfFailed();
+        if (self->endReason_)
+            self->endReason_->throwIfFailed();
         self->waiter_ = done;
         self->feeding_ = std::move(buffer);
         self->fed_ = 0;
@@ -163,14 +163,14 @@ Task<void> PulsePlaybackStream::drainAll(PulsePlaybackStream* self) {
     OneShot<PulseOutcome> done(self->executor_);
     {
         PulseLock lock(self->connection_->loop());
-        if (self->ended_)
-            self->ended_->throwIfFailed();
+        if (self->endReason_)
+            self->endReason_->throwIfFailed();
         self->waiter_ = done;
         self->draining_.reset(pa_stream_drain(
             self->stream_.get(),
-            [](pa_stream* stream, int success, void* stillOpen) {
+            [](pa_stream* stream, int success, void* owner) {
                 const int status = pa_context_errno(pa_stream_get_context(stream));
-                static_cast<PulsePlaybackStream*>(stillOpen)->answer(
+                static_cast<PulsePlaybackStream*>(owner)->answer(
                     pulseOutcome(success != 0 ? 0 : status));
             },
             self));
@@ -183,10 +183,10 @@ Task<void> PulsePlaybackStream::drainAll(PulsePlaybackStream* self) {
 
 void PulsePlaybackStream::setPaused(bool paused) {
     PulseLock lock(connection_->loop());
-    if (ended_)
+    if (endReason_)
         return;
     // The position does not advance until the server reports that the stream plays.
-    measured_ = place();
+    measured_ = streamSeconds();
     isSounding_ = false;
     begin(pa_stream_cork(stream_.get(), paused ? 1 : 0, nullptr, nullptr));
 }
@@ -195,7 +195,7 @@ void PulsePlaybackStream::flush() {
     PulseLock lock(connection_->loop());
     heard_ = 0;
     sent_ = 0;
-    if (ended_)
+    if (endReason_)
         return;
     feeding_.reset();
     draining_.reset();
@@ -203,13 +203,13 @@ void PulsePlaybackStream::flush() {
     flushing_.reset(pa_stream_flush(
         stream_.get(),
         [](pa_stream*, int, void* self) {
-            static_cast<PulsePlaybackStream*>(self)->askWhereItIs();
+            static_cast<PulsePlaybackStream*>(self)->requestOrigin();
         },
         this));
 }
 
-/// After a flush, the next write is heard at the server's own count of the stream.
-void PulsePlaybackStream::askWhereItIs() {
+/// After a flush, the next write is heard at the server's write position.
+void PulsePlaybackStream::requestOrigin() {
     flushing_.reset(pa_stream_update_timing_info(
         stream_.get(),
         [](pa_stream* stream, int, void* self) {
@@ -226,7 +226,7 @@ void PulsePlaybackStream::askWhereItIs() {
         this));
 }
 
-/// The server's answer: how much it has passed to the device, and the latency there.
+/// Evaluates the server's answer: how much it has passed to the device, and the device's latency.
 void PulsePlaybackStream::measure() {
     const pa_timing_info* const timing = pa_stream_get_timing_info(stream_.get());
     if (!timing || timing->read_index_corrupt)
@@ -238,16 +238,16 @@ void PulsePlaybackStream::measure() {
     const double at = clockSeconds() - static_cast<double>(timing->transport_usec) / 1e6;
     const double change = measured_ - at - ahead_;
     const bool wasSounding = std::exchange(isSounding_, timing->playing != 0);
-    const bool isSteady = wasSounding && std::abs(change) < answersDifferSeconds;
-    ahead_ += isSteady ? answerShare * change : change;
+    const bool isSteady = wasSounding && std::abs(change) < maximumJitterSeconds;
+    ahead_ += isSteady ? answerWeight * change : change;
 }
 
 /// The stream's time now.
-double PulsePlaybackStream::place() const {
+double PulsePlaybackStream::streamSeconds() const {
     return isSounding_ ? clockSeconds() + ahead_ : measured_;
 }
 
-void PulsePlaybackStream::keepMeasuring() const {
+void PulsePlaybackStream::requestTiming() const {
     if (measuring_)
         return;
     measuring_.reset(pa_stream_update_timing_info(
@@ -258,12 +258,12 @@ void PulsePlaybackStream::keepMeasuring() const {
 
 double PulsePlaybackStream::heardSeconds() const {
     PulseLock lock(connection_->loop());
-    if (ended_ || !stream_ || flushing_)
+    if (endReason_ || !stream_ || flushing_)
         return heard_;
-    keepMeasuring();
-    // While this process was stopped, the server may have run out of sound.
-    const double most = static_cast<double>(sent_) / format_.channels / format_.sampleRate;
-    heard_ = std::clamp(place() - origin_, 0.0, most);
+    requestTiming();
+    // The server may have run out of sound while this process was suspended.
+    const double sentSeconds = static_cast<double>(sent_) / format_.channels / format_.sampleRate;
+    heard_ = std::clamp(streamSeconds() - origin_, 0.0, sentSeconds);
     return heard_;
 }
 

@@ -11,9 +11,9 @@ namespace tessarune {
 /// A playback stream. The server buffers about 0.2 s; a write resumes when the loop's thread has
 /// passed its last sample to the server.
 ///
-/// The heard position is the server's answer, requested whenever a caller wants to know it, and
-/// advances with the clock in between. The library's own interpolation needs up to a second to
-/// notice that a stream has stalled, as after each flush.
+/// The heard position comes from timing answers of the server, which are requested whenever a
+/// caller asks for the position, and advances with the clock in between. The library's own
+/// interpolation needs up to a second to notice a stall, such as after each flush.
 class PulsePlaybackStream final : public PlaybackStream {
   public:
     static constexpr double serverSeconds = 0.2;
@@ -24,7 +24,7 @@ class PulsePlaybackStream final : public PlaybackStream {
     PulsePlaybackStream(const PulsePlaybackStream&) = delete;
     PulsePlaybackStream& operator=(const PulsePlaybackStream&) = delete;
 
-    /// Requests the stream from the server; call it once. `opened` tells the outcome.
+    /// Requests the stream from the server; call it once. `opened` receives the outcome.
     void open(const PlaybackRequest& request, OneShot<PulseOutcome> opened);
 
     Task<void> write(AudioBufferPtr buffer) override;
@@ -39,10 +39,10 @@ class PulsePlaybackStream final : public PlaybackStream {
 
     PulseOutcome create(const PlaybackRequest& request);
     void handleState();
-    void askWhereItIs();
+    void requestOrigin();
     void measure();
-    void keepMeasuring() const;
-    double place() const;
+    void requestTiming() const;
+    double streamSeconds() const;
     void feed();
     void dropOperations();
     void answer(const PulseOutcome& outcome);
@@ -56,19 +56,19 @@ class PulsePlaybackStream final : public PlaybackStream {
     // Under the loop's lock:
     PulseStreamPtr stream_;
     PulseTimer timer_;
-    std::optional<OneShot<PulseOutcome>> waiter_; // of the opening, the write or the drain
-    std::optional<PulseOutcome> ended_;
+    std::optional<OneShot<PulseOutcome>> waiter_; // for the running `open`, `write` or `drain`
+    std::optional<PulseOutcome> endReason_;
     AudioBufferPtr feeding_;
     std::size_t fed_ = 0;    // samples of `feeding_` that the server has
     std::uint64_t sent_ = 0; // samples since the stream was opened or flushed
     PulseOperationPtr draining_;
-    PulseOperationPtr flushing_;          // nothing is fed while the server flushes
-    mutable PulseOperationPtr measuring_; // the server is asked
-    double origin_ = 0;                   // of `heardSeconds`, in the stream's own time
-    double measured_ = 0;                 // the stream's time, as last answered
-    double ahead_ = 0;                    // of the clock, while the stream plays
-    bool isSounding_ = false;             // the server is playing some of it
-    mutable double heard_ = 0;            // as last asked
+    PulseOperationPtr flushing_;          // nothing is written while the server flushes
+    mutable PulseOperationPtr measuring_; // a running timing request
+    double origin_ = 0;                   // where `heardSeconds` is 0, in the stream's time
+    double measured_ = 0;                 // the stream's time in the last answer
+    double ahead_ = 0;                    // the stream's time minus the clock's, while it plays
+    bool isSounding_ = false;             // whether the last answer said that the stream plays
+    mutable double heard_ = 0;            // the last result of `heardSeconds`
 };
 
 } // namespace tessarune

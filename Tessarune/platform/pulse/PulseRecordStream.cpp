@@ -9,11 +9,11 @@ namespace tessarune {
 PulseRecordStream::PulseRecordStream(std::shared_ptr<PulseConnection> connection,
                                      RecordHandlers handlers, Executor executor)
     : connection_(std::move(connection)),
-      line_(std::make_shared<Line>(std::move(handlers), std::move(executor))),
+      listener_(std::make_shared<Listener>(std::move(handlers), std::move(executor))),
       timer_(connection_->loop()) {}
 
 PulseRecordStream::~PulseRecordStream() {
-    line_->isClosed = true;
+    listener_->isClosed = true;
     PulseLock lock(connection_->loop());
     timer_.cancel();
     closeStream(std::move(stream_));
@@ -71,7 +71,7 @@ PulseOutcome PulseRecordStream::create(const RecordRequest& request) {
             static_cast<PulseRecordStream*>(self)->handleData();
         },
         this);
-    // The server was asked not to move the stream; if it does, the sound is a different one.
+    // If the server moves the stream against the request, the sound is that of another source.
     pa_stream_set_moved_callback(
         stream_.get(),
         [](pa_stream*, void* self) {
@@ -83,8 +83,8 @@ PulseOutcome PulseRecordStream::create(const RecordRequest& request) {
     attributes.maxlength = attributes.tlength = attributes.prebuf = attributes.minreq =
         static_cast<std::uint32_t>(-1);
     attributes.fragsize = static_cast<std::uint32_t>(samplesPerBuffer_ * sizeof(float));
-    // Without this, the default input would replace a removed monitor and record the room instead
-    // of the computer. And a mute remembered by some mixer would look like endless silence.
+    // DONT_MOVE: otherwise the default input would replace a removed monitor and record the room
+    // instead of the computer. START_UNMUTED: a mute that a mixer remembers would record silence.
     constexpr auto flags = static_cast<pa_stream_flags_t>(
         PA_STREAM_DONT_MOVE | PA_STREAM_ADJUST_LATENCY | PA_STREAM_START_UNMUTED);
     if (pa_stream_connect_record(stream_.get(), request.sourceID.c_str(), &attributes, flags) < 0)
@@ -123,7 +123,7 @@ void PulseRecordStream::append(const float* samples, std::size_t count) {
             filling_.insert(filling_.end(), samples, samples + taken);
             samples += taken;
         } else {
-            filling_.resize(filling_.size() + taken); // a hole in the record: it lasts, but silent
+            filling_.resize(filling_.size() + taken); // a hole in the record becomes silence
         }
         count -= taken;
         if (filling_.size() == samplesPerBuffer_)
@@ -135,10 +135,10 @@ void PulseRecordStream::deliver() {
     AudioBuffer buffer{format_, std::move(filling_)};
     filling_ = {};
     filling_.reserve(samplesPerBuffer_);
-    line_->executor.run(
-        [line = line_, shared = std::make_shared<const AudioBuffer>(std::move(buffer))] {
-            if (!line->isClosed && line->handlers.onBuffer)
-                line->handlers.onBuffer(shared);
+    listener_->executor.run(
+        [listener = listener_, shared = std::make_shared<const AudioBuffer>(std::move(buffer))] {
+            if (!listener->isClosed && listener->handlers.onBuffer)
+                listener->handlers.onBuffer(shared);
         });
 }
 
@@ -149,9 +149,9 @@ void PulseRecordStream::end(const PulseOutcome& reason) {
         opened->resume(reason);
         return;
     }
-    line_->executor.run([line = line_, reason] {
-        if (!line->isClosed.exchange(true) && line->handlers.onEnd)
-            line->handlers.onEnd(SoundServerError(reason.status, reason.text));
+    listener_->executor.run([listener = listener_, reason] {
+        if (!listener->isClosed.exchange(true) && listener->handlers.onEnd)
+            listener->handlers.onEnd(SoundServerError(reason.status, reason.text));
     });
 }
 

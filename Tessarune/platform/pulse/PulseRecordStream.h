@@ -11,7 +11,7 @@
 namespace tessarune {
 
 /// A record stream on one source. The loop's thread fills buffers of 10 ms and passes them to the
-/// stream's executor; the listener sees an even flow, whatever the size of the server's pieces.
+/// stream's executor; the listener sees an even flow, independent of the server's block sizes.
 class PulseRecordStream final : public RecordStream {
   public:
     static constexpr double bufferSeconds = 0.01;
@@ -22,16 +22,16 @@ class PulseRecordStream final : public RecordStream {
     PulseRecordStream(const PulseRecordStream&) = delete;
     PulseRecordStream& operator=(const PulseRecordStream&) = delete;
 
-    /// Requests the stream from the server; call it once. `opened` tells the outcome.
+    /// Requests the stream from the server; call it once. `opened` receives the outcome.
     void open(const RecordRequest& request, OneShot<PulseOutcome> opened);
 
     AudioFormat format() const override { return format_; }
 
   private:
-    /// Checked by handlers on their way to the executor, since the stream itself may be gone.
-    struct Line {
-        Line(RecordHandlers told, Executor where)
-            : handlers(std::move(told)), executor(std::move(where)) {}
+    /// Shared with calls that are queued on the executor and may run after the stream is destroyed.
+    struct Listener {
+        Listener(RecordHandlers itsHandlers, Executor itsExecutor)
+            : handlers(std::move(itsHandlers)), executor(std::move(itsExecutor)) {}
         RecordHandlers handlers;
         Executor executor;
         std::atomic<bool> isClosed = false;
@@ -46,13 +46,13 @@ class PulseRecordStream final : public RecordStream {
     void end(const PulseOutcome& reason);
 
     std::shared_ptr<PulseConnection> connection_;
-    std::shared_ptr<Line> line_;
+    std::shared_ptr<Listener> listener_;
     AudioFormat format_;
 
     // Under the loop's lock:
     PulseStreamPtr stream_;
     PulseTimer timer_;
-    std::optional<OneShot<PulseOutcome>> opened_; // until it is answered
+    std::optional<OneShot<PulseOutcome>> opened_; // until the outcome is known
     std::vector<float> filling_;
     std::size_t samplesPerBuffer_ = 0;
 };

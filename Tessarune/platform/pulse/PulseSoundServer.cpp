@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// The server's thread must never destroy an observer, since the observer's queue may end with it:
-/// the list owns them, and dropping a subscription removes one.
+/// Owns the observers; dropping a subscription removes its observer. The server's thread must never
+/// destroy an observer, because that may destroy the observer's queue.
 class PulseSoundServer::Observers : public std::enable_shared_from_this<Observers> {
   public:
     Subscription add(Executor executor, std::function<void()> onChange) {
@@ -41,7 +41,7 @@ class PulseSoundServer::Observers : public std::enable_shared_from_this<Observer
     };
 
     void remove(const Observer* gone) {
-        std::shared_ptr<Observer> taken; // destroyed after the mutex is free again
+        std::shared_ptr<Observer> taken; // destroyed after the mutex is released
         const MutexLock lock(mutex_);
         const auto found = std::find_if(observers_.begin(), observers_.end(),
                                         [&](const auto& known) { return known.get() == gone; });

@@ -86,12 +86,12 @@ void closeStream(PulseStreamPtr stream) {
         pa_stream_disconnect(stream.get());
         return;
     }
-    // The context keeps the stream alive until then.
+    // Ends it when it is ready; the context keeps it alive until then.
     pa_stream_set_state_callback(
         stream.get(),
-        [](pa_stream* made, void*) {
-            if (pa_stream_get_state(made) == PA_STREAM_READY)
-                pa_stream_disconnect(made);
+        [](pa_stream* created, void*) {
+            if (pa_stream_get_state(created) == PA_STREAM_READY)
+                pa_stream_disconnect(created);
         },
         nullptr);
 }

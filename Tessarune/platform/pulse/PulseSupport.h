@@ -22,7 +22,7 @@ struct PulseOutcome {
     }
 };
 
-/// The outcome for one of libpulse's error numbers, in its own words.
+/// The outcome for one of libpulse's error numbers, with a text for the user.
 PulseOutcome pulseOutcome(int status);
 
 /// Holds the main loop's lock. On the loop's own thread, where the lock is held already, it does
@@ -45,7 +45,7 @@ class PulseLock {
     pa_threaded_mainloop* loop_;
 };
 
-/// One delayed call on the main loop. Set, dropped and called under the loop's lock.
+/// One delayed call on the main loop. Set, cancelled and called under the loop's lock.
 class PulseTimer {
   public:
     explicit PulseTimer(pa_threaded_mainloop* loop) : api_(pa_threaded_mainloop_get_api(loop)) {}
@@ -53,7 +53,7 @@ class PulseTimer {
     PulseTimer(const PulseTimer&) = delete;
     PulseTimer& operator=(const PulseTimer&) = delete;
 
-    /// Replaces a call that is still to come.
+    /// Schedules `action`; replaces a pending call.
     void set(double seconds, std::function<void()> action);
     void cancel();
 
@@ -68,12 +68,12 @@ struct PulseStreamUnref {
 };
 using PulseStreamPtr = std::unique_ptr<pa_stream, PulseStreamUnref>;
 
-/// Ends a stream without another callback. The server cannot be told to end a stream that it is
-/// still creating; such a stream ends once it exists. Under the loop's lock.
+/// Ends a stream without another callback. A stream that the server is still creating cannot be
+/// ended yet; it is ended when it is ready. Under the loop's lock.
 void closeStream(PulseStreamPtr stream);
 
-/// Success once a stream is ready, or why it has ended; none while it is being created. Under the
-/// loop's lock.
+/// Success if the stream is ready, the failure if it has ended, `nullopt` while it is being
+/// created. Under the loop's lock.
 std::optional<PulseOutcome> outcomeOf(pa_stream* stream);
 
 struct PulseOperationCancel {
@@ -82,10 +82,12 @@ struct PulseOperationCancel {
         pa_operation_unref(operation);
     }
 };
-/// An operation whose callback is not called any more once this is dropped. Under the loop's lock.
+/// An operation that is cancelled when the pointer is dropped: its callback is not called any more.
+/// Under the loop's lock.
 using PulseOperationPtr = std::unique_ptr<pa_operation, PulseOperationCancel>;
 
-/// Starts an operation that reports its end through a callback.
+/// Lets an operation run that reports its end through its callback. Returns false if it is null,
+/// because it could not be started.
 inline bool begin(pa_operation* operation) {
     if (operation)
         pa_operation_unref(operation);

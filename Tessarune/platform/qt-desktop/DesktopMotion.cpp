@@ -13,14 +13,14 @@ const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
 const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
 const QString settingsInterface = QStringLiteral("org.freedesktop.portal.Settings");
 
-/// The keys under which desktops store the preference, and its values.
+/// The keys under which desktops store the preference, and the values that mean reduced motion.
 constexpr struct {
     const char* group;
     const char* key;
     double reduced;
-} wishes[] = {{"org.freedesktop.appearance", "reduced-motion", 1},
-              {"org.gnome.desktop.interface", "enable-animations", 0},
-              {"org.kde.kdeglobals.KDE", "AnimationDurationFactor", 0}};
+} preferences[] = {{"org.freedesktop.appearance", "reduced-motion", 1},
+                   {"org.gnome.desktop.interface", "enable-animations", 0},
+                   {"org.kde.kdeglobals.KDE", "AnimationDurationFactor", 0}};
 
 /// `Read` wraps its result in one more variant.
 QVariant unwrapped(QVariant value) {
@@ -34,11 +34,11 @@ QVariant unwrapped(QVariant value) {
 DesktopMotion::DesktopMotion(QDBusConnection bus) : bus_(std::move(bus)) {
     if (!bus_.isConnected())
         return;
-    qRegisterMetaType<QDBusVariant>(); // else the slot below is not found by its signature
+    qRegisterMetaType<QDBusVariant>(); // otherwise the slot is not found by its signature
     bus_.connect(portalService, portalPath, settingsInterface, QStringLiteral("SettingChanged"),
                  this, SLOT(SettingChanged(QString, QString, QDBusVariant)));
-    for (const auto& wish : wishes)
-        read(wish.group, wish.key);
+    for (const auto& preference : preferences)
+        read(preference.group, preference.key);
 }
 
 void DesktopMotion::read(const char* group, const char* key) {
@@ -62,10 +62,10 @@ void DesktopMotion::SettingChanged(const QString& group, const QString& key,
 }
 
 void DesktopMotion::apply(const QString& group, const QString& key, const QDBusVariant& value) {
-    for (const auto& wish : wishes) {
-        if (group != QLatin1String(wish.group) || key != QLatin1String(wish.key))
+    for (const auto& preference : preferences) {
+        if (group != QLatin1String(preference.group) || key != QLatin1String(preference.key))
             continue;
-        const bool reduced = unwrapped(value.variant()).toDouble() == wish.reduced;
+        const bool reduced = unwrapped(value.variant()).toDouble() == preference.reduced;
         if (reduced != *isReduced)
             isReduced = reduced;
     }

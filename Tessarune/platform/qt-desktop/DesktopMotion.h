@@ -18,10 +18,10 @@ class DesktopMotion : public QObject {
     Q_OBJECT
 
   public:
-    /// `bus` is the session's.
+    /// `bus` is the session bus.
     explicit DesktopMotion(QDBusConnection bus = QDBusConnection::sessionBus());
 
-    /// Assigned here alone.
+    /// Assigned only by this class.
     Published<bool> isReduced{false};
 
   private Q_SLOTS:
@@ -32,7 +32,7 @@ class DesktopMotion : public QObject {
     void apply(const QString& group, const QString& key, const QDBusVariant& value);
 
     QDBusConnection bus_;
-    std::set<std::string, std::less<>> changed_; // keys that were announced
+    std::set<std::string, std::less<>> changed_; // keys whose change was signalled
 };
 
 } // namespace tessarune

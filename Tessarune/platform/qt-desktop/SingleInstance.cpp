@@ -11,18 +11,18 @@ namespace tessarune {
 
 namespace {
 
-constexpr int answerMS = 5000;
+constexpr int answerTimeoutMS = 5000;
 /// How long to wait for a program that is ending, which saves first.
-constexpr int longestEndMS = 15000;
-constexpr unsigned long askAgainMS = 100;
+constexpr int maximumEndMS = 15000;
+constexpr unsigned long retryPauseMS = 100;
 const QString endingError = QStringLiteral("app.tessarune.captions.Error.Ending");
 
-/// The id as a path: its dots are slashes.
+/// The object path of an application id, with slashes for its dots.
 QString objectPath(const QString& id) {
     return QLatin1Char('/') + QString(id).replace(QLatin1Char('.'), QLatin1Char('/'));
 }
 
-/// Lets the window come to the front although another program has the focus.
+/// The data of this start that allow the running program's window to take the focus.
 QVariantMap activation() {
     QVariantMap data;
     for (const auto& [variable, key] : {std::pair("XDG_ACTIVATION_TOKEN", "activation-token"),
@@ -33,7 +33,7 @@ QVariantMap activation() {
     return data;
 }
 
-/// Where Qt reads the token when a window is activated.
+/// Stores the token where Qt reads it when it activates a window.
 void takeActivation(const QVariantMap& data) {
     if (const auto token = data.constFind(QStringLiteral("activation-token")); token != data.end())
         qputenv("XDG_ACTIVATION_TOKEN", token->toByteArray());
@@ -46,8 +46,8 @@ SingleInstance::SingleInstance(const std::string& applicationID)
     QDBusConnection bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;
-    // Before the name is taken: a program that finds the name may call at once.
-    new ApplicationInterface(*this); // Qt's child
+    // Before the name is registered: a program that finds the name may call at once.
+    new ApplicationInterface(*this); // owned by this object as its parent
     bus.registerObject(objectPath(id_), this);
     standing_ = bus.registerService(id_) ? Standing::first : Standing::second;
 }
@@ -80,7 +80,7 @@ QDBusMessage SingleInstance::ask(const InstanceRequest& request) const {
             id_, objectPath(id_), QStringLiteral("org.freedesktop.Application"),
             QLatin1String(method));
         message.setArguments(arguments + QVariantList{activation()});
-        return QDBusConnection::sessionBus().call(message, QDBus::Block, answerMS);
+        return QDBusConnection::sessionBus().call(message, QDBus::Block, answerTimeoutMS);
     };
     if (request.actions.empty() && request.files.empty())
         return call("Activate", {});
@@ -98,7 +98,7 @@ QDBusMessage SingleInstance::ask(const InstanceRequest& request) const {
 }
 
 std::string SingleInstance::forward(const InstanceRequest& request) {
-    QDeadlineTimer patience(longestEndMS);
+    QDeadlineTimer deadline(maximumEndMS);
     for (;;) {
         const QDBusMessage answer = ask(request);
         if (answer.type() != QDBusMessage::ErrorMessage)
@@ -107,9 +107,9 @@ std::string SingleInstance::forward(const InstanceRequest& request) {
             standing_ = Standing::first;
             return {};
         }
-        if (answer.errorName() != endingError || patience.hasExpired())
+        if (answer.errorName() != endingError || deadline.hasExpired())
             return answer.errorMessage().toStdString();
-        QThread::msleep(askAgainMS);
+        QThread::msleep(retryPauseMS);
     }
 }
 
@@ -126,7 +126,7 @@ void ApplicationInterface::Open(const QStringList& uris, const QVariantMap& plat
     InstanceRequest request;
     for (const QString& uri : uris) {
         const QUrl url(uri);
-        // A name cannot hold a zero byte, with which an address may begin another one.
+        // A decoded address can contain a zero byte, a file name cannot.
         const QString file = url.toLocalFile();
         request.files.push_back(url.isLocalFile() && !file.contains(QChar::Null)
                                     ? file.toStdString()

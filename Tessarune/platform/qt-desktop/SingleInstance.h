@@ -13,25 +13,25 @@
 
 namespace tessarune {
 
-/// A request of a new start to the running program.
+/// A request to the running program by one that was started later.
 struct InstanceRequest {
-    std::vector<std::string> actions; ///< in order; without any, and without files: show the window
+    std::vector<std::string> actions; ///< in order; no actions and no files: show the window
     std::vector<std::string> files;   ///< absolute paths
 };
 
-/// The single program of a desktop session: the first one owns the program's id on the session bus
-/// and serves `org.freedesktop.Application` there; later ones pass their requests on. Main thread,
-/// with the application object.
+/// Limits the program to one instance per desktop session: the first one owns the program's id on
+/// the session bus and serves `org.freedesktop.Application` there; later ones pass their requests
+/// to it. Main thread, with the application object.
 ///
 /// Without a session bus the program assumes that it is alone. DataFolderLock still keeps two
-/// programs from writing one data folder.
+/// programs from writing to the same data folder.
 class SingleInstance : public QObject, protected QDBusContext {
     Q_OBJECT
 
   public:
     enum class Standing {
-        first,  ///< others will find this one
-        second, ///< another one runs
+        first,  ///< this one owns the id
+        second, ///< another one owns the id
         alone,  ///< there is no session bus
     };
 
@@ -39,26 +39,27 @@ class SingleInstance : public QObject, protected QDBusContext {
     ~SingleInstance() override;
 
     Standing standing() const { return standing_; }
-    /// From now on `handler` gets the requests of others, earlier ones included.
+    /// Calls `handler` with the requests of others from now on, and at once with earlier ones.
     void serve(std::function<void(const InstanceRequest&)> handler);
-    /// This program is ending: other programs learn that from now on, and wait for the name.
+    /// Answers requests from now on that this program is ending; the other programs wait for the
+    /// id.
     void refuse() { isEnding_ = true; }
-    /// Passes the request to the running program. Returns the reason if that failed; empty on
+    /// Passes the request to the running program. Returns the reason for a failure; empty on
     /// success, and also if the other program has ended and this one is now the first.
     std::string forward(const InstanceRequest& request);
 
-    /// What the bus asks; see ApplicationInterface.
+    /// Takes a request from the bus; only for ApplicationInterface.
     void receive(InstanceRequest request);
 
   private:
-    /// Asks once, all of it.
+    /// Sends the whole request once. Returns the first error, otherwise the last answer.
     QDBusMessage ask(const InstanceRequest& request) const;
 
     const QString id_;
     Standing standing_ = Standing::alone;
     bool isEnding_ = false;
     std::function<void(const InstanceRequest&)> handler_;
-    std::vector<InstanceRequest> early_; // before `serve`
+    std::vector<InstanceRequest> early_; // requests before `serve`
 };
 
 /// `org.freedesktop.Application` as the bus sees it.

@@ -25,10 +25,10 @@ SleepWatch::SleepWatch(QDBusConnection bus, Handlers handlers)
                  this, SLOT(PrepareForSleep(bool)));
     bus_.connect(loginService, managerPath, managerInterface, QStringLiteral("PrepareForShutdown"),
                  this, SLOT(PrepareForShutdown(bool)));
-    hold();
+    inhibit();
 }
 
-void SleepWatch::hold() {
+void SleepWatch::inhibit() {
     QDBusMessage call = QDBusMessage::createMethodCall(loginService, managerPath, managerInterface,
                                                        QStringLiteral("Inhibit"));
     call << QStringLiteral("sleep:shutdown") << QStringLiteral("Tessarune")
@@ -44,14 +44,14 @@ void SleepWatch::hold() {
             });
             return;
         }
-        held_ = reply.value();
+        inhibitor_ = reply.value();
     });
 }
 
-/// A reply for an earlier sleep, given after the computer has woken, must not release the next one.
+/// A late reply to an earlier announcement must not release the current one.
 void SleepWatch::release(unsigned announcement) {
     if (announcement == announcement_)
-        held_ = {};
+        inhibitor_ = {};
 }
 
 void SleepWatch::PrepareForSleep(bool begins) {
@@ -61,7 +61,7 @@ void SleepWatch::PrepareForSleep(bool begins) {
         return;
     }
     handlers_.didWake();
-    hold();
+    inhibit();
 }
 
 void SleepWatch::PrepareForShutdown(bool begins) {

@@ -7,21 +7,21 @@
 
 namespace tessarune {
 
-/// Learns from the system's login manager when the computer is about to sleep or shut down, and
-/// delays that for a few seconds at most, until the program is ready. Does nothing without such a
-/// manager. Main thread, with the application object.
+/// Reports when the computer is about to sleep or shut down, which it learns from the system's
+/// login manager, and delays that until the program is ready, for a few seconds at most. Does
+/// nothing without such a manager. Main thread, with the application object.
 class SleepWatch : public QObject {
     Q_OBJECT
 
   public:
     struct Handlers {
-        /// Calls `ready` when everything that must survive is on the disk.
+        /// Must call `ready` when all data that must survive is on the disk.
         std::function<void(std::function<void()> ready)> willSleep;
         std::function<void()> didWake;
         std::function<void(std::function<void()> ready)> willShutDown;
     };
 
-    /// `bus` is the system's.
+    /// `bus` is the system bus.
     SleepWatch(QDBusConnection bus, Handlers handlers);
 
   private Q_SLOTS:
@@ -29,14 +29,15 @@ class SleepWatch : public QObject {
     void PrepareForShutdown(bool begins);
 
   private:
-    void hold();
-    /// The program is ready for the sleep or the shutdown that was announced then.
+    /// Requests the delay of the next sleep or shutdown.
+    void inhibit();
+    /// Ends the delay, unless another sleep or shutdown was announced after `announcement`.
     void release(unsigned announcement);
 
     QDBusConnection bus_;
     const Handlers handlers_;
-    QDBusUnixFileDescriptor held_; // while it is open the computer waits
-    unsigned announcement_ = 0;    // the last one
+    QDBusUnixFileDescriptor inhibitor_; // the computer waits while it is open
+    unsigned announcement_ = 0;         // the number of the last one
 };
 
 } // namespace tessarune

@@ -7,20 +7,20 @@
 
 namespace tessarune {
 
-/// Reports when the desktop can show items in a tray: at once, or when its panel starts after the
-/// program. Main thread, with the application object.
+/// Reports when the desktop can show items in a tray: at once, or later when its panel starts after
+/// the program. Main thread, with the application object.
 ///
-/// Qt asks the desktop only once in the life of the process, so do not ask Qt for a tray before
-/// this has found one.
+/// Qt checks for a tray only once in the life of the process, so do not ask Qt for one before this
+/// class has found it.
 class TrayWatch : public QObject {
     Q_OBJECT
 
   public:
-    /// `bus` is the session's. `onTray` is called each time that a tray is found, also after a
-    /// panel has restarted.
+    /// `bus` is the session bus. `onTray` is called each time a tray is found, also after the panel
+    /// has restarted.
     TrayWatch(QDBusConnection bus, std::function<void()> onTray);
 
-    /// Whether there is one at this moment.
+    /// Whether there is a tray now.
     bool isThere() const { return isThere_; }
 
   private Q_SLOTS:
@@ -31,7 +31,7 @@ class TrayWatch : public QObject {
     const std::function<void()> onTray_;
     QDBusServiceWatcher services_;
     bool isThere_ = false;
-    unsigned gone_ = 0; // how often the service has ended
+    unsigned endCount_ = 0; // how often the service has ended
 };
 
 } // namespace tessarune

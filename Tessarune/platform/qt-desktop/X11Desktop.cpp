@@ -13,7 +13,7 @@ namespace tessarune::X11Desktop {
 
 namespace {
 
-constexpr std::uint32_t mostAtoms = 1024; // far more than any window manager lists
+constexpr std::uint32_t maximumAtoms = 1024; // far more than any window manager lists
 
 template <typename Reply>
 using Answer = std::unique_ptr<Reply, decltype(&std::free)>;
@@ -23,11 +23,11 @@ xcb_connection_t* server() {
     return native ? native->connection() : nullptr;
 }
 
-/// 0: nobody has ever used the name.
+/// 0 if the server does not know the name.
 xcb_atom_t atom(xcb_connection_t* server, std::string_view name) {
-    const auto asked =
+    const auto request =
         xcb_intern_atom(server, 1, static_cast<std::uint16_t>(name.size()), name.data());
-    const Answer<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(server, asked, nullptr),
+    const Answer<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(server, request, nullptr),
                                                 std::free);
     return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
@@ -41,8 +41,8 @@ bool keepsWindowsAbove() {
     const xcb_atom_t supported = atom(x, "_NET_SUPPORTED");
     const xcb_atom_t above = atom(x, "_NET_WM_STATE_ABOVE");
     const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(x)).data->root;
-    const auto asked = xcb_get_property(x, 0, root, supported, XCB_ATOM_ATOM, 0, mostAtoms);
-    const Answer<xcb_get_property_reply_t> reply(xcb_get_property_reply(x, asked, nullptr),
+    const auto request = xcb_get_property(x, 0, root, supported, XCB_ATOM_ATOM, 0, maximumAtoms);
+    const Answer<xcb_get_property_reply_t> reply(xcb_get_property_reply(x, request, nullptr),
                                                  std::free);
     if (!reply || reply->format != 32)
         return false;
@@ -55,9 +55,9 @@ bool hasTray() {
     xcb_connection_t* const x = server();
     if (!x)
         return false;
-    const auto asked = xcb_get_selection_owner(x, atom(x, "_NET_SYSTEM_TRAY_S0"));
+    const auto request = xcb_get_selection_owner(x, atom(x, "_NET_SYSTEM_TRAY_S0"));
     const Answer<xcb_get_selection_owner_reply_t> reply(
-        xcb_get_selection_owner_reply(x, asked, nullptr), std::free);
+        xcb_get_selection_owner_reply(x, request, nullptr), std::free);
     return reply && reply->owner != XCB_WINDOW_NONE;
 }
 

@@ -20,16 +20,16 @@ std::filesystem::path autostartFolder() {
            "autostart";
 }
 
-/// A path as an argument of a desktop entry's command: quoted once for the command and once for the
+/// Quotes a path as an argument of a desktop entry's command: once for the command and once for the
 /// entry.
 std::string quoted(const std::string& path) {
     std::string text = "\"";
-    for (const char sign : path) {
-        if (std::string_view("\"`$\\").find(sign) != std::string_view::npos)
+    for (const char character : path) {
+        if (std::string_view("\"`$\\").find(character) != std::string_view::npos)
             text += "\\\\";
-        else if (sign == '%')
+        else if (character == '%')
             text += '%';
-        text += sign;
+        text += character;
     }
     return text + "\"";
 }

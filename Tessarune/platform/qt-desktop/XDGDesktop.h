@@ -9,14 +9,14 @@
 namespace tessarune {
 
 /// A desktop that follows the conventions of freedesktop.org. Main thread, with the application
-/// object; the disk outlives it.
+/// object. The file system must outlive it.
 class XDGDesktop final : public Desktop {
   public:
-    /// `program` is what the desktop starts.
+    /// `program` is the executable that the desktop starts at login.
     XDGDesktop(FileSystem& files, std::string applicationID, std::filesystem::path program);
 
     bool openURL(const std::string& url) override;
-    /// An entry in the user's autostart folder.
+    /// Writes or removes an entry in the user's autostart folder.
     void setLoginItem(bool startsWithDesktop) override;
     LoginState loginState() override;
     void notify(const std::string& title, const std::string& text) override;

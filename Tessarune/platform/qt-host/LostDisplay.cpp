@@ -10,7 +10,7 @@ namespace tessarune {
 
 namespace {
 
-/// Longer than the work takes.
+/// Longer than the last work takes.
 constexpr unsigned long longestWaitMS = 10'000;
 
 std::function<void()>& pendingWork() {
@@ -22,11 +22,12 @@ QtMessageHandler previousHandler = nullptr;
 void doLastWork() {
     if (const auto work = std::exchange(pendingWork(), {})) {
         work();
-        std::_Exit(EXIT_FAILURE); // other threads still use what an orderly exit destroys
+        std::_Exit(
+            EXIT_FAILURE); // an orderly exit would destroy objects that other threads still use
     }
 }
 
-/// The drawing thread may notice first, but the program belongs to the main thread.
+/// The rendering thread may notice the loss first, but the work must run on the main thread.
 void doLastWorkOnMainThread() {
     QCoreApplication* const application = QCoreApplication::instance();
     if (!application || QThread::currentThread() == application->thread()) {
@@ -37,7 +38,7 @@ void doLastWorkOnMainThread() {
     QThread::msleep(longestWaitMS); // the work ends the process
 }
 
-/// Qt logs this right before it ends the process, while all of the program is still intact.
+/// Qt logs these messages right before it ends the process, while the program is still intact.
 void watchMessages(QtMsgType type, const QMessageLogContext& context, const QString& text) {
     if (previousHandler)
         previousHandler(type, context, text);
@@ -51,8 +52,8 @@ void watchMessages(QtMsgType type, const QMessageLogContext& context, const QStr
 LostDisplay::LostDisplay(std::function<void()> lastWork) {
     pendingWork() = std::move(lastWork);
     previousHandler = qInstallMessageHandler(watchMessages);
-    // The fallback if Qt's message differs: it runs later, when some of the program's constants may
-    // be gone.
+    // The fallback if Qt logs another message: it runs later, when some static objects may already
+    // be destroyed.
     static const int once = std::atexit(doLastWork);
     Q_UNUSED(once);
 }

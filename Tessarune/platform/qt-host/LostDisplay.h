@@ -4,12 +4,12 @@
 
 namespace tessarune {
 
-/// The last chance of a program whose display goes away: Qt ends the process then, without
-/// returning to the program. Main thread, one at a time.
+/// Runs a last piece of work when the display is lost: Qt then ends the process without returning
+/// to the program. Main thread; one object at a time.
 class LostDisplay {
   public:
-    /// `lastWork` runs once, on the main thread, before the process ends. The windows are of no use
-    /// to it any more.
+    /// `lastWork` runs once, on the main thread, before the process ends. It cannot use the windows
+    /// any more.
     explicit LostDisplay(std::function<void()> lastWork);
     ~LostDisplay();
     LostDisplay(const LostDisplay&) = delete;

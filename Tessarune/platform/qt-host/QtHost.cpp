@@ -14,8 +14,8 @@ namespace tessarune {
 
 namespace {
 
-/// After so many blocks the toolkit gets a turn to draw and to take input.
-constexpr int mostBlocksAtATime = 32;
+/// After this many blocks, the toolkit gets a turn to draw and to handle input.
+constexpr int maximumBlocksAtATime = 32;
 
 const auto wakeEvent = static_cast<QEvent::Type>(QEvent::registerEventType());
 
@@ -53,7 +53,7 @@ bool QtHost::event(QEvent* event) {
 }
 
 void QtHost::runDue() {
-    for (int i = 0; i < mostBlocksAtATime; ++i) {
+    for (int i = 0; i < maximumBlocksAtATime; ++i) {
         std::optional<Block> next = queue_.takeNext();
         if (!next)
             break;

@@ -9,10 +9,10 @@
 
 namespace tessarune {
 
-/// Real time in a desktop program: the main queue runs on the thread of Qt's event loop, between
-/// the toolkit's own events.
+/// A host in real time for a desktop program: the main queue runs on the thread of Qt's event loop,
+/// between the toolkit's own events.
 ///
-/// Made on that thread after the application object, and destroyed before it.
+/// Created on that thread after the application object, and destroyed before it.
 class QtHost final : public QObject, public Host {
   public:
     QtHost();
@@ -28,8 +28,8 @@ class QtHost final : public QObject, public Host {
                                              QueuePriority priority) override;
     bool isOnMainQueue() const override;
 
-    /// Runs the main queue without the toolkit, which may be unusable by now, until `isDone` or for
-    /// so long.
+    /// Runs the main queue without the toolkit, which may no longer be usable, until `isDone` or
+    /// for at most `seconds`.
     void runByItself(const std::function<bool()>& isDone, double seconds);
 
   protected:

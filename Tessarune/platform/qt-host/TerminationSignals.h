@@ -6,15 +6,16 @@
 
 namespace tessarune {
 
-/// SIGINT, SIGTERM and SIGHUP as calls on the main thread, while it exists. Made before the program
-/// starts any thread, which would get the signals instead.
+/// Turns SIGINT, SIGTERM and SIGHUP into calls on the main thread. Must be created before the
+/// program starts another thread, which would receive the signals instead. The signals stay
+/// blocked.
 class TerminationSignals {
   public:
     TerminationSignals();
     ~TerminationSignals();
     TerminationSignals(const TerminationSignals&) = delete;
 
-    /// From now on `onSignal` is called for each. Needs the application object.
+    /// Calls `onSignal` for each signal from now on. Needs the application object.
     void watch(std::function<void()> onSignal);
 
   private:
