@@ -11,7 +11,7 @@ namespace tessarune {
 struct TranslationPair {
     std::string source;
     std::string target;
-    /// The model writes simplified characters, and traditional ones are wanted.
+    /// The model produces simplified characters, which must be converted to traditional ones.
     bool isForTraditional = false;
 
     /// The name of the pair's model in the model store.
@@ -20,11 +20,12 @@ struct TranslationPair {
     bool operator==(const TranslationPair&) const = default;
 };
 
-/// How platform identifiers ("en-US", "zh-Hant", "pt-BR") become pairs of the catalogue. Pure.
+/// Maps platform identifiers ("en-US", "zh-Hant", "pt-BR") to pairs of the catalogue. Pure
+/// functions.
 namespace LanguagePairs {
 
-/// The pairs that fit, best first; none for an unknown identifier. Pairs that need a conversion
-/// come last.
+/// Returns the possible pairs, best first; none for an invalid identifier. Pairs that need a
+/// conversion come last.
 std::vector<TranslationPair> candidates(std::string_view source, std::string_view target);
 
 } // namespace LanguagePairs

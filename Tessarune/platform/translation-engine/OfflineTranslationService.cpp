@@ -27,12 +27,13 @@ struct OfflineTranslationService::Shared {
     const TranslationLimits limits;
     std::atomic<bool> isOver = false;
 
-    /// The limit per model: a hung engine keeps its thread and its memory.
+    /// The engines of one model. The number of hung ones is limited, because each keeps its thread
+    /// and its memory.
     struct Engines {
         std::weak_ptr<PairEngine> current;
         std::vector<std::weak_ptr<PairEngine>> hanging;
     };
-    static constexpr std::size_t mostHanging = 3;
+    static constexpr std::size_t maximumHanging = 3;
     Mutex mutex;
     std::map<std::string, Engines> engines GUARDED_BY(mutex);
 
@@ -43,7 +44,7 @@ struct OfflineTranslationService::Shared {
         if (engine)
             return engine;
         std::erase_if(known.hanging, [](const auto& hanging) { return hanging.expired(); });
-        if (known.hanging.size() >= mostHanging)
+        if (known.hanging.size() >= maximumHanging)
             throw translationFailure(TranslationError::alreadyCancelled,
                                      localized("The translation engine does not answer."));
         engine = std::make_shared<PairEngine>(host, store, modelName);
@@ -51,8 +52,8 @@ struct OfflineTranslationService::Shared {
         return engine;
     }
 
-    /// No new session gets this engine.
-    void giveUp(const std::string& modelName, const std::shared_ptr<PairEngine>& engine) {
+    /// Keeps a hung engine from new sessions.
+    void abandon(const std::string& modelName, const std::shared_ptr<PairEngine>& engine) {
         const MutexLock lock(mutex);
         Engines& known = engines[modelName];
         if (known.current.lock() != engine)
@@ -62,7 +63,7 @@ struct OfflineTranslationService::Shared {
     }
 };
 
-/// The state that a session's operations share; they keep it until they have ended.
+/// A session. Its operations share its state, which lives until the last of them has ended.
 class OfflineTranslationService::Session final : public TranslationSession {
   public:
     Session(std::shared_ptr<OfflineTranslationService::Shared> service, std::string source,
@@ -72,9 +73,9 @@ class OfflineTranslationService::Session final : public TranslationSession {
     ~Session() override { state_->isOver = true; }
 
     Task<bool> isReady() override { return readiness(state_); }
-    Task<void> prepareTranslation() override { return prepared(state_); }
+    Task<void> prepareTranslation() override { return prepare(state_); }
     Task<Response> translate(std::string text) override {
-        return translated(state_, std::move(text));
+        return translateText(state_, std::move(text));
     }
 
   private:
@@ -97,12 +98,12 @@ class OfflineTranslationService::Session final : public TranslationSession {
         std::string target;
         Executor executor;
         std::atomic<bool> isOver = false;
-        std::atomic<bool> wasGivenUp = false; ///< the reason why the session is over
+        std::atomic<bool> wasAbandoned = false; ///< its engine has reached a limit
 
-        std::optional<Route> route; ///< on the executor
+        std::optional<Route> route; ///< only on the executor
 
         void requireAlive() const {
-            if (wasGivenUp)
+            if (wasAbandoned)
                 throw translationFailure(
                     TranslationError::alreadyCancelled,
                     localized("The translation engine did not answer in time."));
@@ -111,7 +112,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
                                          localized("The translation session is over."));
         }
 
-        /// Looks for a model until one is found.
+        /// Returns the route; looks for a model until one has been found.
         Route findRoute() {
             requireAlive();
             if (route)
@@ -131,9 +132,9 @@ class OfflineTranslationService::Session final : public TranslationSession {
             return *route;
         }
 
-        void giveUp(const Route& hanging) {
-            service->giveUp(hanging.modelName, hanging.engine);
-            wasGivenUp = true;
+        void abandon(const Route& hanging) {
+            service->abandon(hanging.modelName, hanging.engine);
+            wasAbandoned = true;
             route.reset();
             TessaruneLog::translation.notice(
                 [&] { return "the engine of " + hanging.modelName + " does not answer"; });
@@ -142,8 +143,8 @@ class OfflineTranslationService::Session final : public TranslationSession {
     };
     using Pointer = std::shared_ptr<State>;
 
-    /// Runs `work` on the pair's thread and resumes after `limit` seconds at the latest; throws
-    /// what it threw. Hung work outlives the caller, so it must own what it uses.
+    /// Runs `work` on the pair's thread and resumes after `limit` seconds at the latest. Rethrows
+    /// its exception. Hung work outlives the caller, so it must own everything it uses.
     template <typename Work>
     static Task<void> onEngine(Pointer state, double limit, Work work) {
         const Route route = state->findRoute();
@@ -161,7 +162,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
             throw;
         }
         if (!hasAnswered)
-            state->giveUp(route);
+            state->abandon(route);
     }
 
     static void load(const Route& route) { route.engine->load(); }
@@ -182,7 +183,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
         }
     }
 
-    static Task<void> prepared(Pointer state) {
+    static Task<void> prepare(Pointer state) {
         const TranslationLimits limits = state->service->limits;
         bool isUsable = true;
         try {
@@ -194,21 +195,22 @@ class OfflineTranslationService::Session final : public TranslationSession {
             isUsable = false;
         }
         if (!isUsable)
-            co_await brought(state);
-        // Loads the downloaded model.
+            co_await fetchModel(state);
+        // Loads the model as well if it has just been downloaded.
         co_await onEngine(state, limits.load + limits.translate, warmUp);
     }
 
-    static Task<void> brought(Pointer state) {
+    static Task<void> fetchModel(Pointer state) {
         try {
-            co_await state->service->inventory.bring(state->source, state->target, state->executor);
+            co_await state->service->inventory.ensureInstalled(state->source, state->target,
+                                                               state->executor);
         } catch (const std::exception& failure) {
             throw translationFailure(TranslationError::notInstalled, failure.what());
         }
         state->requireAlive();
     }
 
-    static Task<Response> translated(Pointer state, std::string text) {
+    static Task<Response> translateText(Pointer state, std::string text) {
         if (Text::trimmed(text).empty())
             throw translationFailure(TranslationError::nothingToTranslate,
                                      localized("There is nothing to translate."));

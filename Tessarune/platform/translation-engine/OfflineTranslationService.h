@@ -9,24 +9,24 @@
 
 namespace tessarune {
 
-/// Limits for single calls of the engine, in seconds. Only a hung engine, or files on a disk that
-/// does not answer, reaches them.
+/// Limits for single calls of the engine, in seconds. They are reached only if the engine hangs or
+/// the disk does not answer.
 struct TranslationLimits {
-    double load = 30;      ///< reads all files of a model
-    double translate = 20; ///< a sentence takes about a thousandth of it
+    double load = 30;      ///< for reading all files of a model
+    double translate = 20; ///< a sentence takes about a thousandth of this
 };
 
-/// The translator of this computer: one engine per language pair, on a thread of its own, shared by
-/// the pair's sessions. It is loaded on first use and dropped with the last session. Only
+/// Translates on this computer. Each language pair has one engine on its own thread, which is
+/// shared by the pair's sessions, loaded on first use and dropped with the last session. Only
 /// `prepareTranslation` uses the network.
 ///
 /// An engine that reaches a limit is abandoned: the operation fails with `alreadyCancelled`, its
 /// session is over, and the next session gets a new engine. While three engines of a pair hang, all
-/// its operations fail that way.
+/// operations of that pair fail in the same way.
 ///
-/// Any thread. Host, store and inventory must outlive it and its sessions. When it is destroyed,
-/// remaining sessions fail with `alreadyCancelled`; so does an operation whose session is
-/// destroyed.
+/// Any thread. Host, store and inventory must outlive the service and its sessions. When the
+/// service is destroyed, remaining sessions fail with `alreadyCancelled`; so does an operation
+/// whose session is destroyed.
 class OfflineTranslationService final : public TranslationService {
   public:
     OfflineTranslationService(Host& host, ModelStore& store, TranslationModelInventory& inventory,

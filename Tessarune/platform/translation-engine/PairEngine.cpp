@@ -31,11 +31,11 @@ PairEngine::PairEngine(Host& host, ModelStore& store, const std::string& modelNa
 PairEngine::~PairEngine() {
     executor_.run([loaded = std::move(loaded_)]() mutable {
         loaded.reset();
-        malloc_trim(0); // many small blocks of the vocabularies
+        malloc_trim(0); // returns the many small blocks of the vocabularies
     });
 }
 
-bool PairEngine::filesStand() const {
+bool PairEngine::areFilesUnchanged() const {
     const StoredModel& model = loaded_->model;
     return std::all_of(model.files.begin(), model.files.end(), [&](const ModelFile& file) {
         try {
@@ -47,7 +47,7 @@ bool PairEngine::filesStand() const {
 }
 
 void PairEngine::load() {
-    if (loaded_ && filesStand())
+    if (loaded_ && areFilesUnchanged())
         return;
     loaded_.reset();
     const std::optional<StoredModel> model = store_.find(ModelKind::translation, modelName_);
@@ -77,13 +77,13 @@ std::string PairEngine::translate(const std::string& text, bool isForTraditional
             loaded_->traditional = std::make_unique<TraditionalChinese>();
         return loaded_->traditional->of(translation);
     } catch (const std::exception& failure) {
-        loaded_.reset(); // its state is unknown
+        loaded_.reset(); // the engine's state is unknown
         throw translationFailure(TranslationError::internalError, failure.what());
     }
 }
 
 Task<void> PairEngine::tryOut(Host& host, StoredModel model, double seconds) {
-    const Executor apart =
+    const Executor trialQueue =
         Executor::queue(host, host.serialQueue("tessarune.trial", QueuePriority::utility));
     const Block trial = [model] {
         try {
@@ -95,7 +95,7 @@ Task<void> PairEngine::tryOut(Host& host, StoredModel model, double seconds) {
         }
         malloc_trim(0);
     };
-    if (!co_await runOnWithin(apart, seconds, trial, Executor::main(host)))
+    if (!co_await runOnWithin(trialQueue, seconds, trial, Executor::main(host)))
         throw translationFailure(TranslationError::internalError,
                                  localized("The translation engine did not answer in time."));
 }

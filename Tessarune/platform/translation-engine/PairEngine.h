@@ -14,8 +14,8 @@ namespace tessarune {
 /// A sentence that exercises every part of the engine.
 inline constexpr const char* warmUpText = "This is a short sentence.";
 
-/// The engine of one language pair and its thread. May be created and dropped on any thread;
-/// dropping it waits for running work, unless that work drops it. Store and host must outlive it.
+/// The engine of one language pair and its thread. May be created and destroyed on any thread; the
+/// destructor waits for running work, unless that work calls it. Store and host must outlive it.
 class PairEngine {
   public:
     PairEngine(Host& host, ModelStore& store, const std::string& modelName);
@@ -25,22 +25,22 @@ class PairEngine {
 
     const Executor& executor() const { return executor_; }
 
-    // Call on the executor only. Each throws TranslationServiceError: `notInstalled` if the files
-    // are missing or changed, `internalError` with the engine's own text.
+    // `load` and `translate` run on the executor only. They throw TranslationServiceError:
+    // `notInstalled` if the files are missing or changed, `internalError` with the engine's text.
 
-    /// Verifies and loads the files, unless they are loaded and still there.
+    /// Verifies and loads the files, unless they are loaded and their sizes are unchanged.
     void load();
-    /// Loads first if necessary. `isForTraditional` is the pair's.
+    /// Loads the files first if necessary. `isForTraditional` as in TranslationPair.
     std::string translate(const std::string& text, bool isForTraditional);
 
-    /// Loads a model from any folder, translates one sentence and drops it, on a queue of its own.
+    /// Tests a model in any folder: loads it and translates one sentence, on a separate queue.
     /// Throws ModelDamaged if that fails, and TranslationServiceError if it takes longer than
     /// `seconds`. Starts and resumes on the main queue.
     static Task<void> tryOut(Host& host, StoredModel model, double seconds);
 
   private:
     struct Loaded;
-    bool filesStand() const;
+    bool areFilesUnchanged() const;
 
     ModelStore& store_;
     std::string modelName_;

@@ -5,14 +5,15 @@
 
 namespace tessarune {
 
-/// Writes simplified Chinese with traditional characters and the words that are usual in Taiwan.
-/// One thread at a time.
+/// Converts simplified Chinese to traditional characters and the vocabulary of Taiwan. One thread
+/// at a time.
 class TraditionalChinese {
   public:
     /// Loads the dictionaries. Throws std::runtime_error if they are missing.
     TraditionalChinese();
     ~TraditionalChinese();
 
+    /// Returns the converted text.
     std::string of(const std::string& simplified) const;
 
   private:

@@ -31,7 +31,7 @@ struct Version {
     int major = 0;
     int minor = 0;
     bool isFinal = true;
-    std::string rest;
+    std::string suffix;
 
     static std::optional<Version> parse(std::string_view text) {
         Version version;
@@ -42,25 +42,25 @@ struct Version {
         const auto [afterMinor, noMinor] = std::from_chars(afterMajor + 1, end, version.minor);
         if (noMinor != std::errc())
             return std::nullopt;
-        version.rest = std::string(afterMinor, end);
-        version.isFinal = version.rest.empty();
+        version.suffix = std::string(afterMinor, end);
+        version.isFinal = version.suffix.empty();
         return version;
     }
 
-    auto order() const { return std::tie(major, minor, isFinal, rest); }
+    auto order() const { return std::tie(major, minor, isFinal, suffix); }
 };
 
 /// Who a model is published for. The condition in its records is an expression of the publisher's
-/// own program; a form that is not known here counts as a trial.
+/// own program; a form that is not known here counts as a trial. In ascending order of preference.
 enum class Audience { otherDevices, trial, everybody };
 
 Audience audienceOf(std::string_view condition) {
-    const auto says = [&](std::string_view words) {
-        return condition.find(words) != std::string_view::npos;
+    const auto contains = [&](std::string_view text) {
+        return condition.find(text) != std::string_view::npos;
     };
-    if (says("OS == 'Android'"))
+    if (contains("OS == 'Android'"))
         return Audience::otherDevices;
-    if (condition.empty() || (says("OS != 'Android'") && !says("channel ==")))
+    if (condition.empty() || (contains("OS != 'Android'") && !contains("channel ==")))
         return Audience::everybody;
     return Audience::trial;
 }
@@ -122,7 +122,7 @@ struct Edition {
     std::map<std::string, const Record*, std::less<>> byRole;
 
     bool has(std::string_view role) const { return byRole.find(role) != byRole.end(); }
-    bool isWhole() const {
+    bool isComplete() const {
         return has(modelRole) && (has(sharedRole) || (has(sourceRole) && has(targetRole)));
     }
     const Record& model() const { return *byRole.find(modelRole)->second; }
@@ -167,8 +167,8 @@ TranslationCatalogue TranslationCatalogue::parse(const std::string& text,
         if (std::optional<Record> record = recordOf(entry, source))
             records.push_back(std::move(*record));
     }
-    using Published = std::tuple<std::string, std::string, std::string>;
-    std::map<Key, std::map<Published, Edition>> editions;
+    using EditionKey = std::tuple<std::string, std::string, std::string>;
+    std::map<Key, std::map<EditionKey, Edition>> editions;
     for (const Record& record : records) {
         Edition& edition = editions[{record.source, record.target}]
                                    [{record.versionText, record.architecture, record.condition}];
@@ -178,8 +178,8 @@ TranslationCatalogue TranslationCatalogue::parse(const std::string& text,
     TranslationCatalogue catalogue;
     for (const auto& [pair, published] : editions) {
         const Edition* best = nullptr;
-        for (const auto& [when, edition] : published) {
-            if (edition.isWhole() && (best == nullptr || edition.isBetterThan(*best)))
+        for (const auto& [editionKey, edition] : published) {
+            if (edition.isComplete() && (best == nullptr || edition.isBetterThan(*best)))
                 best = &edition;
         }
         if (best != nullptr)

@@ -15,8 +15,8 @@ namespace tessarune {
 /// The language pairs that have a model, and the files of each model. An immutable value.
 class TranslationCatalogue {
   public:
-    /// The state when this version of the program was released: pairs without files. It tells what
-    /// can be downloaded before the first download.
+    /// The pairs at the release of this version of the program, without files. Shows what can be
+    /// downloaded until the catalogue is fetched for the first time.
     static TranslationCatalogue builtIn();
 
     /// Parses the published list of files: a JSON object whose "data" has one record per file.
@@ -28,8 +28,8 @@ class TranslationCatalogue {
 
     bool lists(const TranslationPair& pair) const { return models_.contains(key(pair)); }
 
-    /// The newest model of the pair for everybody, or else a trial version. `nullopt` if the pair
-    /// is not listed or its files are unknown.
+    /// The newest model of the pair that is published for everybody, or else the newest trial
+    /// version. `nullopt` if the pair is not listed or its files are unknown.
     std::optional<AvailableModel> model(const TranslationPair& pair) const;
 
   private:
@@ -43,7 +43,7 @@ class TranslationCatalogue {
     std::map<Key, Model> models_;
 };
 
-/// The files of a translation model by their purpose, found by the beginnings of their names.
+/// The files of a translation model by purpose, which the beginnings of their names show.
 /// Throws std::runtime_error if one is missing.
 TranslationEngine::Files translationFilesOf(const StoredModel& model);
 

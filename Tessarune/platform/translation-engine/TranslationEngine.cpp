@@ -18,7 +18,7 @@ std::string copied(const BorrowedText& text) {
     return {reinterpret_cast<const char*>(text.data), text.length};
 }
 
-std::string taken(OwnedText text) {
+std::string takeText(OwnedText text) {
     std::string copy(reinterpret_cast<const char*>(text.data), text.length);
     tessarune_text_free(text);
     return copy;
@@ -28,9 +28,9 @@ std::string taken(OwnedText text) {
 
 TranslationEngine::TranslationEngine(const Files& files) {
     try {
-        VocabularyFile::requireWhole(files.sourceVocabulary);
+        VocabularyFile::requireComplete(files.sourceVocabulary);
         if (files.targetVocabulary != files.sourceVocabulary)
-            VocabularyFile::requireWhole(files.targetVocabulary);
+            VocabularyFile::requireComplete(files.targetVocabulary);
     } catch (const std::exception& flaw) {
         throw TranslationEngineError(flaw.what());
     }
@@ -40,7 +40,7 @@ TranslationEngine::TranslationEngine(const Files& files) {
                                     borrowed(files.targetVocabulary.native()), &failure);
     if (engine_ == nullptr)
         throw TranslationEngineError(
-            localized("%@ cannot be loaded: %@", {files.model.string(), taken(failure)}));
+            localized("%@ cannot be loaded: %@", {files.model.string(), takeText(failure)}));
 }
 
 TranslationEngine::~TranslationEngine() {
@@ -50,7 +50,7 @@ TranslationEngine::~TranslationEngine() {
 std::string TranslationEngine::translate(std::string_view text) const {
     OwnedText result{};
     const bool isTranslated = tessarune_engine_translate(engine_, borrowed(text), &result);
-    std::string translation = taken(result);
+    std::string translation = takeText(result);
     if (!isTranslated)
         throw TranslationEngineError(translation);
     return translation;

@@ -17,7 +17,7 @@ struct TranslationEngineError : std::runtime_error {
 };
 
 /// The translation engine with the model of one language pair, about 50 MB. Created, used and
-/// dropped on one thread.
+/// destroyed on one thread.
 class TranslationEngine {
   public:
     /// The two vocabularies are the same file if the languages share it.
@@ -27,8 +27,8 @@ class TranslationEngine {
         std::filesystem::path targetVocabulary;
     };
 
-    /// The files must have been verified: the engine does not notice all damage. They stay mapped.
-    /// Throws TranslationEngineError.
+    /// The files must have been verified, because the engine does not detect all damage. The model
+    /// stays mapped. Throws TranslationEngineError.
     explicit TranslationEngine(const Files& files);
     ~TranslationEngine();
     TranslationEngine(const TranslationEngine&) = delete;
@@ -45,7 +45,7 @@ class TranslationEngine {
 /// Where the models for this version of the engine are published.
 struct TranslationCatalogueSource {
     std::string records;     ///< address of the list of files
-    std::string attachments; ///< address below which the files lie, without a slash at the end
+    std::string attachments; ///< base address of the files, without a slash at the end
     int majorVersion = 0;    ///< the major version that the engine reads
 
     static TranslationCatalogueSource ofEngine();

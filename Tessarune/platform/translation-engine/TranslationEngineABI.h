@@ -7,17 +7,17 @@
 /// calls them.
 ///
 /// No function throws or unwinds: a panic of the engine becomes a failure with its text. An engine
-/// belongs to the thread that loaded it. Text is UTF-8 with its length in bytes; each invalid byte
-/// is replaced by U+FFFD.
+/// belongs to the thread that loaded it. Text is UTF-8 with its length in bytes; in arguments,
+/// invalid UTF-8 is replaced by U+FFFD.
 namespace tessarune::translationABI {
 
-/// A borrowed text: the caller keeps an argument until the call returns; a returned one is static.
+/// A borrowed text: an argument must stay valid until the call returns; a result is static.
 struct BorrowedText {
     const std::uint8_t* data;
     std::size_t length;
 };
 
-/// Owned by the receiver, who frees it with `tessarune_text_free`.
+/// Owned by the caller, who must free it with `tessarune_text_free`.
 struct OwnedText {
     std::uint8_t* data;
     std::size_t length;
@@ -26,8 +26,8 @@ struct OwnedText {
 /// Where the catalogue of models is published, and the major version that this engine reads.
 struct CatalogueSource {
     BorrowedText endpoint;    ///< address of the server, without a path
-    BorrowedText collection;  ///< name of the collection there
-    BorrowedText attachments; ///< address below which the files lie
+    BorrowedText collection;  ///< name of the collection on the server
+    BorrowedText attachments; ///< base address of the files
     std::uint64_t majorVersion;
 };
 
@@ -35,13 +35,14 @@ struct Engine; ///< opaque
 
 extern "C" {
 
-/// Null on failure; `failure` then has the reason. The model stays mapped: its file must not change
+/// Returns null on failure and sets `failure` to the reason; otherwise leaves `failure` unchanged.
+/// The model stays mapped: its file must not change
 /// while the engine lives. Detects a truncated model, but not all other damage.
 Engine* tessarune_engine_load(BorrowedText model, BorrowedText sourceVocabulary,
                               BorrowedText targetVocabulary, OwnedText* failure);
 
-/// Cuts several or long sentences and joins the results. `result` is the translation, or the
-/// failure if this returns false.
+/// Splits the text into sentences, translates each, and joins the results. Sets `result` to the
+/// translation, or to the reason of the failure if this returns false.
 bool tessarune_engine_translate(const Engine* engine, BorrowedText text, OwnedText* result);
 
 void tessarune_engine_free(Engine* engine);

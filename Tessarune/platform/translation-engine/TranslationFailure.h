@@ -6,7 +6,7 @@
 
 namespace tessarune {
 
-/// Makes a failure of the translation service of this kind, with a text that can be shown.
+/// Creates an error of the translation service with a text for the user.
 inline TranslationServiceError translationFailure(TranslationError kind, const std::string& text) {
     return {kind, LocalizedError(text, "Tessarune.Translation", static_cast<int>(kind) + 1)};
 }

@@ -65,7 +65,7 @@ struct TranslationModelInventory::Shared {
     Downloader downloader;
     TranslationCatalogueSource source;
     ModelTrial trial;
-    std::shared_ptr<SerialQueue> network; ///< for the fetch of the catalogue; made on first use
+    std::shared_ptr<SerialQueue> network; ///< for the fetch of the catalogue; created on first use
     std::stop_source ending;
 
     using Pointer = std::shared_ptr<Shared>;
@@ -107,9 +107,9 @@ struct TranslationModelInventory::Shared {
         if (!self->network)
             self->network = self->host.serialQueue("tessarune.catalogue", QueuePriority::utility);
         std::stop_source stopEither;
-        const auto request = [&stopEither] { stopEither.request_stop(); };
-        const std::stop_callback onStop(stop, request);
-        const std::stop_callback onEnd(self->ending.get_token(), request);
+        const auto requestStop = [&stopEither] { stopEither.request_stop(); };
+        const std::stop_callback onStop(stop, requestStop);
+        const std::stop_callback onEnd(self->ending.get_token(), requestStop);
         const Executor network = Executor::queue(self->host, self->network);
         co_await runOn(network, fetchCatalogue(self, network, stopEither.get_token()), self->main);
     }
@@ -271,8 +271,8 @@ TranslationAvailabilityStatus TranslationModelInventory::status(std::string_view
                                       : TranslationAvailabilityStatus::supported;
 }
 
-Task<void> TranslationModelInventory::bring(std::string source, std::string target,
-                                            Executor executor) {
+Task<void> TranslationModelInventory::ensureInstalled(std::string source, std::string target,
+                                                      Executor executor) {
     const std::shared_ptr<Shared> shared = shared_;
     const Languages languages{std::move(source), std::move(target)};
     OneShot<std::exception_ptr> outcome(executor);

@@ -12,16 +12,16 @@
 namespace tessarune {
 
 /// The language pairs that are installed or available, and their installation: the catalogue
-/// combined with the model store. The catalogue is the last one fetched, which is kept beside the
-/// models, or else the built-in one; only a download fetches it again.
+/// combined with the model store. The catalogue is the one that was fetched last, which is stored
+/// beside the models, or else the built-in one; only a download fetches it.
 ///
 /// Any thread; construction and the part of `TranslationLanguages` that requires it use the main
-/// queue. Store and installer must outlive it. Dropping it stops and awaits a running fetch of the
-/// catalogue; running downloads of models belong to the installer.
+/// queue. Store and installer must outlive it. The destructor stops and awaits a running fetch of
+/// the catalogue; running downloads of models belong to the installer.
 class TranslationModelInventory final : public TranslationLanguages {
   public:
-    /// The catalogue is fetched like the installer's files. `trial` is run for each model; by
-    /// default the engine loads the model and translates with it.
+    /// The catalogue is fetched like the installer's files. `trial` tests a model when it is
+    /// installed; by default, the engine loads it and translates a sentence.
     TranslationModelInventory(
         Host& host, ModelStore& store, ModelInstaller& installer,
         TranslationCatalogueSource source = TranslationCatalogueSource::ofEngine(),
@@ -30,21 +30,21 @@ class TranslationModelInventory final : public TranslationLanguages {
     TranslationModelInventory(const TranslationModelInventory&) = delete;
     TranslationModelInventory& operator=(const TranslationModelInventory&) = delete;
 
-    /// The pair for these platform identifiers: an installed one, or else a listed one, or none. A
-    /// pair that needs a conversion comes last.
+    /// The best pair for these platform identifiers: an installed one, or else a listed one. Pairs
+    /// that need a conversion, installed or listed, come last. `nullopt` if there is none.
     std::optional<TranslationPair> pairFor(std::string_view source, std::string_view target) const;
 
     /// Reads the disk, never the network.
     TranslationAvailabilityStatus status(std::string_view source, std::string_view target) const;
 
-    /// Returns when a model for these platform identifiers is in the store, on `executor`; throws
-    /// DownloadFailed and others, each with a text that can be shown. All callers share one
-    /// download of a model, which continues even if none of them still waits. A model that is
-    /// damaged or unusable stays until another one replaces it.
-    Task<void> bring(std::string source, std::string target, Executor executor);
+    /// Downloads a model for these platform identifiers, unless an intact one is in the store.
+    /// Resumes on `executor`. Throws DownloadFailed and other exceptions, whose texts can be shown.
+    /// All callers share one download of a model, which continues even if none of them still waits.
+    /// A damaged or unusable model stays until another one replaces it.
+    Task<void> ensureInstalled(std::string source, std::string target, Executor executor);
 
-    /// Why the model for an offered target is unusable; empty if it is installed and all its
-    /// checksums match, which `list` does not check. Main queue.
+    /// Returns why the model for an offered target is unusable; empty if it is installed and all
+    /// its checksums match, which `list` does not check. Main queue.
     Task<std::string> flaw(std::string id);
 
     std::vector<TranslationLanguageState> list() const override;

@@ -14,10 +14,11 @@ namespace tessarune::VocabularyFile {
 
 namespace {
 
-/// The fields of a SentencePiece model, a protocol buffer.
+/// Numbers of fields in a SentencePiece model, which is a protocol buffer.
 constexpr std::uint64_t piecesField = 1;
 constexpr std::uint64_t normalizerField = 3;
 
+/// Reads a number of variable length; `nullopt` if it is truncated.
 std::optional<std::uint64_t> takeNumber(std::string_view& bytes) {
     std::uint64_t number = 0;
     for (unsigned shift = 0; shift < 64 && !bytes.empty(); shift += 7) {
@@ -62,14 +63,14 @@ std::optional<std::uint64_t> takeField(std::string_view& bytes) {
 
 } // namespace
 
-void requireWhole(const std::filesystem::path& file) {
+void requireComplete(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
     const std::string content((std::istreambuf_iterator<char>(stream)), {});
-    std::string_view left = content;
+    std::string_view remaining = content;
     bool hasPieces = false;
     bool isComplete = false;
-    while (!left.empty()) {
-        const auto field = takeField(left);
+    while (!remaining.empty()) {
+        const auto field = takeField(remaining);
         if (!field) {
             isComplete = false;
             break;

@@ -4,9 +4,9 @@
 
 namespace tessarune::VocabularyFile {
 
-/// Checks a vocabulary: the engine loads a truncated one, or none at all, and then translates to
-/// nonsense. Throws std::runtime_error with the file's name unless the file has the structure of a
-/// whole one: pieces, followed by the rules for normalising text. Takes a few milliseconds.
-void requireWhole(const std::filesystem::path& file);
+/// Checks that a vocabulary is complete: the engine loads even a truncated or empty one, and then
+/// produces nonsense. Throws std::runtime_error with the file's name unless the file consists of
+/// complete fields, among them pieces and the rules for normalising text. Takes a few milliseconds.
+void requireComplete(const std::filesystem::path& file);
 
 } // namespace tessarune::VocabularyFile

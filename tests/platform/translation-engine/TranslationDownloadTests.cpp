@@ -48,8 +48,8 @@ class TranslationDownloadTest : public TranslationFixture {
             all.begin(), all.end(), [&](const Request& request) { return request.path == path; }));
     }
 
-    std::string bring(const std::string& target) {
-        return run(inventory.bring("en-US", target, Executor::main(host))).failure;
+    std::string ensureInstalled(const std::string& target) {
+        return run(inventory.ensureInstalled("en-US", target, Executor::main(host))).failure;
     }
 
     TranslationLanguageState state(const std::string& id) {
@@ -77,7 +77,7 @@ TEST_F(TriedTranslationDownloadTest, WhatWasPublishedBrokenIsNoSuccess) {
     const std::string model = contentsOf(real / portugueseModel);
     const std::string vocabulary = contentsOf(real / portugueseVocabulary);
     const auto broken = publish("pt", model, vocabulary.substr(0, vocabulary.size() / 2));
-    EXPECT_NE(bring("pt-BR").find("cannot be used"), std::string::npos);
+    EXPECT_NE(ensureInstalled("pt-BR").find("cannot be used"), std::string::npos);
     EXPECT_EQ(requestsFor(broken[1]), 1u);
     EXPECT_EQ(status("en-US", "pt-BR"), "supported");
 
@@ -144,7 +144,7 @@ TEST_F(TranslationDownloadTest, OneDownloadServesAllWhoWait) {
     const auto up = begin(given->prepareTranslation());
     std::vector<std::shared_ptr<Outcome>> waiting;
     for (int i = 0; i < 3; ++i)
-        waiting.push_back(begin(inventory.bring("en-US", "fr-FR", main)));
+        waiting.push_back(begin(inventory.ensureInstalled("en-US", "fr-FR", main)));
     given.reset();
     finish();
     for (const auto& outcome : waiting)
@@ -194,7 +194,7 @@ TEST_F(TranslationDownloadTest, CatalogueComesThroughABadNetworkOrItIsSaid) {
                                         TranslationCatalogueSource::ofEngine(), acceptAnything);
         server.forget();
         server.on(records_, answer);
-        const auto outcome = run(fresh.bring("en-US", "fr-FR", Executor::main(host)));
+        const auto outcome = run(fresh.ensureInstalled("en-US", "fr-FR", Executor::main(host)));
         if (std::string(failure).empty()) {
             EXPECT_EQ(outcome.failure, "") << name;
             EXPECT_EQ(fresh.status("en-US", "fr-FR"), TranslationAvailabilityStatus::installed);
@@ -209,12 +209,12 @@ TEST_F(TranslationDownloadTest, CatalogueComesThroughABadNetworkOrItIsSaid) {
 TEST_F(TranslationDownloadTest, WrongFileIsRefusedAndNamed) {
     const auto paths = publish("fr", "no model", "no vocabulary");
     server.on(paths[1], packed("another vocabulary of the same kind"));
-    const std::string failure = bring("fr-FR");
+    const std::string failure = ensureInstalled("fr-FR");
     EXPECT_NE(failure.find("vocab.enfr.spm"), std::string::npos) << failure;
     EXPECT_EQ(status("en-US", "fr-FR"), "supported");
     EXPECT_EQ(run(session("fr-FR")->prepareTranslation()).kind, TranslationError::notInstalled);
     server.on(paths[1], packed("no vocabulary"));
-    EXPECT_EQ(bring("fr-FR"), "");
+    EXPECT_EQ(ensureInstalled("fr-FR"), "");
 }
 
 TEST_F(TranslationDownloadTest, FetchedCatalogueReplacesTheBuiltInAndIsKept) {
@@ -223,7 +223,7 @@ TEST_F(TranslationDownloadTest, FetchedCatalogueReplacesTheBuiltInAndIsKept) {
     server.on(records_, catalogueOf({record("en", "fr", "model", "no model"),
                                      record("en", "fr", "vocab", "no vocabulary"),
                                      record("en", "th", "model"), record("en", "th", "vocab")}));
-    EXPECT_EQ(bring("fr-FR"), "");
+    EXPECT_EQ(ensureInstalled("fr-FR"), "");
     EXPECT_EQ(status("en-US", "de-DE"), "unsupported");
     EXPECT_EQ(status("en-US", "th-TH"), "supported");
     TranslationModelInventory later(host, store, installer, TranslationCatalogueSource::ofEngine(),
@@ -233,7 +233,7 @@ TEST_F(TranslationDownloadTest, FetchedCatalogueReplacesTheBuiltInAndIsKept) {
     // Without the list's server, the stored list is used.
     later.remove("fr");
     server.on(records_, [](const Request&) { return Reply::failure(404); });
-    EXPECT_EQ(run(later.bring("en-US", "fr-FR", Executor::main(host))).failure, "");
+    EXPECT_EQ(run(later.ensureInstalled("en-US", "fr-FR", Executor::main(host))).failure, "");
     writeContents(folder / "own" / "translation" / "catalogue.json", "{");
     TranslationModelInventory damaged(host, store, installer);
     EXPECT_EQ(damaged.status("en-US", "de-DE"), TranslationAvailabilityStatus::supported);
@@ -270,7 +270,7 @@ TEST_F(TranslationDownloadTest, LanguagesAreListedDownloadedAndRemoved) {
 
     inventory.remove("fr");
     EXPECT_EQ(state("fr").status, TranslationAvailabilityStatus::supported);
-    EXPECT_EQ(state("fr").bytes, last.expected) << "what a download would bring";
+    EXPECT_EQ(state("fr").bytes, last.expected) << "what a download would ensureInstalled";
     for (const char* unknown : {"en", "th", "xx", "", "../fr"}) {
         EXPECT_NE(run(inventory.download(unknown, {}, {})).failure, "") << unknown;
         EXPECT_THROW(inventory.remove(unknown), std::runtime_error) << unknown;

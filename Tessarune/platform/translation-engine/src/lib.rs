@@ -1,5 +1,5 @@
-//! The translation engine behind a few C functions. `TranslationEngineABI.h` declares them and says
-//! what they promise; whatever changes here changes there.
+//! The translation engine behind a few C functions. `TranslationEngineABI.h` declares and documents
+//! them; a change here needs the same change there.
 
 use std::cell::RefCell;
 use std::panic::{catch_unwind, AssertUnwindSafe};
@@ -8,21 +8,21 @@ use std::sync::Once;
 use fxtranslate::engine::Engine;
 use fxtranslate::remote;
 
-/// Text that the caller keeps: valid for the time of the call, or for ever where it is returned.
+/// Text that the receiver does not own: an argument is valid during the call, a result is static.
 #[repr(C)]
 pub struct BorrowedText {
     data: *const u8,
     length: usize,
 }
 
-/// Text that the caller gives back with `tessarune_text_free`.
+/// Text that the caller owns and must free with `tessarune_text_free`.
 #[repr(C)]
 pub struct OwnedText {
     data: *mut u8,
     length: usize,
 }
 
-/// Where the catalogue of models is, and which models of it this engine reads.
+/// Where the catalogue of models is published, and the major version that this engine reads.
 #[repr(C)]
 pub struct CatalogueSource {
     endpoint: BorrowedText,
@@ -39,7 +39,7 @@ impl BorrowedText {
         }
     }
 
-    /// Bytes that are no UTF-8 become replacement characters.
+    /// Invalid UTF-8 becomes replacement characters.
     ///
     /// # Safety
     /// `data` is valid for `length` bytes, or `length` is 0.
@@ -65,7 +65,7 @@ thread_local! {
     static LAST_PANIC: RefCell<String> = const { RefCell::new(String::new()) };
 }
 
-/// Without a hook a panic prints to standard error, which may be a screen full of captions.
+/// Keeps panics from printing to standard error, which may be a terminal that shows captions.
 fn keep_panics_quiet() {
     static ONCE: Once = Once::new();
     ONCE.call_once(|| {
@@ -81,8 +81,8 @@ fn guarded<T>(work: impl FnOnce() -> Result<T, String>) -> Result<T, String> {
         .unwrap_or_else(|_| Err(LAST_PANIC.with(|last| last.take())))
 }
 
-/// The engine's arithmetic is compiled for one kind of processor; on another it would end the
-/// program with an illegal instruction.
+/// Fails if the processor lacks the instructions that the engine's arithmetic is compiled for; they
+/// would otherwise end the program with an illegal instruction.
 fn require_processor() -> Result<(), String> {
     #[cfg(target_arch = "x86_64")]
     if !std::arch::is_x86_feature_detected!("avx2") {
@@ -96,7 +96,7 @@ fn require_processor() -> Result<(), String> {
 }
 
 /// # Safety
-/// The three texts are valid paths for the time of the call, `failure` can be written.
+/// The three texts are valid during the call, `failure` is valid for writing.
 #[no_mangle]
 pub unsafe extern "C" fn tessarune_engine_load(
     model: BorrowedText,
@@ -122,8 +122,8 @@ pub unsafe extern "C" fn tessarune_engine_load(
 }
 
 /// # Safety
-/// `engine` came from `tessarune_engine_load` on this thread and was not freed, `text` is valid for
-/// the time of the call, `result` can be written.
+/// `engine` came from `tessarune_engine_load` on this thread and was not freed, `text` is valid
+/// during the call, `result` is valid for writing.
 #[no_mangle]
 pub unsafe extern "C" fn tessarune_engine_translate(
     engine: *const Engine,
@@ -137,7 +137,7 @@ pub unsafe extern "C" fn tessarune_engine_translate(
 }
 
 /// # Safety
-/// `engine` came from `tessarune_engine_load` on this thread and is not used any more.
+/// `engine` came from `tessarune_engine_load` on this thread and is not used afterwards.
 #[no_mangle]
 pub unsafe extern "C" fn tessarune_engine_free(engine: *mut Engine) {
     let _ = guarded(|| {
@@ -147,7 +147,7 @@ pub unsafe extern "C" fn tessarune_engine_free(engine: *mut Engine) {
 }
 
 /// # Safety
-/// `text` came from one of these functions and is not used any more.
+/// `text` came from one of these functions and is not used afterwards.
 #[no_mangle]
 pub unsafe extern "C" fn tessarune_text_free(text: OwnedText) {
     drop(Box::from_raw(std::ptr::slice_from_raw_parts_mut(
