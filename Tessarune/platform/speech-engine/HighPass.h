@@ -5,14 +5,14 @@
 
 namespace tessarune {
 
-/// Removes what is below a frequency: a second-order Butterworth filter, 12 dB an octave. It keeps
-/// a history, so use one filter per stream. One thread at a time.
+/// Removes sound below a frequency: a second-order Butterworth filter, 12 dB per octave. It keeps a
+/// history, so use one filter per stream. One thread at a time.
 class HighPass {
   public:
-    /// Both in hertz; `cutoff` loses 3 dB. 0 changes no sound.
+    /// Both in hertz; `cutoff` is attenuated by 3 dB. A cutoff of 0 changes nothing.
     HighPass(double cutoff, double sampleRate);
 
-    /// Filters the sound that follows the previous call's.
+    /// Filters the sound that follows the sound of the previous call.
     std::vector<float> filtered(std::span<const float> samples);
 
   private:

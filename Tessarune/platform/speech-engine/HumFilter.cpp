@@ -7,26 +7,27 @@ namespace tessarune {
 
 namespace {
 
-/// Five periods of 50 Hz, six of 60 Hz.
+/// Five periods of 50 Hz, or six of 60 Hz.
 constexpr double blockSeconds = 0.1;
-/// One period of 50 Hz, and three of 60 Hz, which are a whole number of samples.
+/// One period of 50 Hz, and three of 60 Hz, because one is not a whole number of samples.
 constexpr double delay50Seconds = 0.02;
 constexpr double delay60Seconds = 0.05;
-/// Either way hum is gone after a second or two.
+/// With these values, hum is gone after one or two seconds.
 constexpr double feedback50 = 0.98;
 constexpr double feedback60 = 0.95;
-/// A pause with hum repeats itself; speech does not, for so long.
+/// The likeness of successive blocks above which a block is hum, and below which it is not. A pause
+/// with hum repeats itself for several blocks; speech does not.
 constexpr double humLikeness = 0.85;
 constexpr double otherLikeness = 0.5;
 constexpr int blocksOfHum = 2;
 constexpr int blocksWithout = 5;
-/// Energies, in parts of the loudest block's: softer hum does no harm, and a pause is softer than
-/// speech.
+/// Energies as a share of the loudest block's: softer hum does no harm, and a louder block is not a
+/// pause.
 constexpr double softestHum = 1e-3;
 constexpr double loudestPause = 1e-2;
-/// Of each block; a tenth is left after some 20 s.
+/// The factor by which `loudest_` fades per block: to a tenth after about 20 s.
 constexpr double fading = 0.99;
-/// The mean square of silence, rounding included.
+/// The maximum mean square of silence, which may contain rounding errors.
 constexpr double silence = 1e-10;
 
 } // namespace
@@ -55,7 +56,7 @@ HumFilter::HumFilter(double sampleRate)
 std::vector<float> HumFilter::filtered(std::vector<float> samples) {
     for (float& sample : samples) {
         listen(sample);
-        // Both run all the time, so that each has settled when it is needed.
+        // Both run all the time, so that they have settled when they are needed.
         const float without50 = comb50_.next(sample);
         const float without60 = comb60_.next(sample);
         if (heard_ != Mains::none)

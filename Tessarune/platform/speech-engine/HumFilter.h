@@ -5,18 +5,19 @@
 
 namespace tessarune {
 
-/// Removes mains hum, at 50 or 60 Hz with its harmonics, from the first pause in which it is heard
-/// until a pause without it. Other sound passes unchanged: the filter would take a little of each
-/// voice. It keeps a history, so use one filter per stream. One thread at a time.
+/// Removes mains hum at 50 or 60 Hz, with its harmonics, from the first pause in which it is heard
+/// until a pause without it. At other times, sound passes unchanged, because the filter would
+/// damage voices a little. It keeps a history, so use one filter per stream. One thread at a time.
 class HumFilter {
   public:
     explicit HumFilter(double sampleRate);
 
-    /// Filters the sound that follows the previous call's.
+    /// Filters the sound that follows the sound of the previous call.
     std::vector<float> filtered(std::vector<float> samples);
 
   private:
-    /// A comb: attenuates all multiples of one frequency, the delay's, within a narrow band.
+    /// A comb filter: attenuates narrow bands around all multiples of the frequency whose period is
+    /// the delay.
     class Comb {
       public:
         Comb(std::size_t delay, double feedback);
@@ -29,7 +30,7 @@ class HumFilter {
         std::size_t place_ = 0;
     };
 
-    /// How much the sound of a block repeats what came a certain time before.
+    /// How closely the sound of a block repeats the sound `delay` samples earlier.
     struct Likeness {
         std::size_t delay;
         double product = 0;
@@ -41,15 +42,15 @@ class HumFilter {
     double likeness(const Likeness& of) const;
 
     std::size_t blockLength_;
-    std::vector<float> past_; ///< the last block's length of samples, a ring
+    std::vector<float> past_; ///< the last `blockLength_` samples, as a ring
     std::size_t place_ = 0;
     double energy_ = 0; ///< of the current block
-    Likeness byBlock_;  ///< a whole number of periods of either mains
+    Likeness byBlock_;  ///< delayed by whole periods of both frequencies
     Likeness by50_;
     Likeness by60_;
     Comb comb50_;
     Comb comb60_;
-    double loudest_ = 0; ///< energy of a block; it fades
+    double loudest_ = 0; ///< energy of the loudest block, which fades
     int humBlocks_ = 0;
     int clearBlocks_ = 0;
     enum class Mains { none, hertz50, hertz60 } heard_ = Mains::none;

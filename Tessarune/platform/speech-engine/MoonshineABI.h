@@ -4,13 +4,13 @@
 #include <cstdint>
 
 /// The part of the speech engine's C interface that this program uses, as of interface version
-/// 30000. The library has no header of its own in what is shipped; its sizes are checked here and
-/// its version when it is loaded (MoonshineLibrary).
+/// 30000. The library is published without its header; the sizes of its types are checked here, its
+/// version when it is loaded (MoonshineLibrary).
 namespace tessarune::moonshine {
 
 inline constexpr std::int32_t interfaceVersion = 30000;
 
-/// Negative results of every call that returns a number.
+/// Negative results of the calls that return a number.
 enum Failure : std::int32_t { unknown = -1, invalidHandle = -2, invalidArgument = -3 };
 
 struct Option {
@@ -18,7 +18,7 @@ struct Option {
     const char* value;
 };
 
-/// Seconds from the start of the stream; confidence 0 to 1.
+/// A word; times in seconds from the start of the stream, confidence from 0 to 1.
 struct Word {
     const char* text;
     float start;
@@ -26,8 +26,8 @@ struct Word {
     float confidence;
 };
 
-/// A stretch of speech. Lines are only added; only the last can be incomplete, and a complete one
-/// never changes.
+/// A stretch of speech. Lines are never removed; only the last one can be incomplete, and a
+/// complete one never changes.
 struct Line {
     const char* text;
     const float* audio;
@@ -47,7 +47,7 @@ struct Line {
     std::uint64_t wordCount;
 };
 
-/// Belongs to the stream and lives until the next call on it.
+/// Owned by the stream; valid until the next call on it.
 struct Transcript {
     const Line* lines;
     std::uint64_t lineCount;
@@ -59,7 +59,7 @@ static_assert(sizeof(Line) == 88);
 static_assert(sizeof(Transcript) == 16);
 static_assert(offsetof(Line, id) == 32 && offsetof(Line, words) == 72);
 
-/// Which kind of network a model's files hold.
+/// The kind of network in a model's files.
 enum class Architecture : std::uint32_t {
     tiny = 0,
     base = 1,

@@ -17,17 +17,20 @@ namespace {
 
 using Results = std::vector<SpeechResult>;
 
-/// Seconds of sound between two checks for a stop. Each pass decodes the lines that end in it.
+/// Seconds of sound per pass; a stop is checked before each. A pass decodes the lines that end in
+/// its sound.
 constexpr double lookSeconds = 5;
-/// The maximum sound after the last complete line that is replayed to a new stream. The engine ends
-/// every line before it is that long.
+/// The maximum seconds of sound after the last complete line that are replayed to a new stream. The
+/// engine completes every line before it is that long.
 constexpr double mostHeardAgain = 20;
 
-/// The engine decodes a line that the end of the sound cuts off only where sound has come since the
-/// last look: without this silence the last words of a file would be lost.
+/// Seconds of silence added at the end. The engine decodes a line that the end of the sound cuts
+/// off only if sound was added after the last pass: otherwise the last words of a file would be
+/// lost.
 constexpr double closingSilence = 0.1;
 
-/// So much behind its end is still the complete line's, which would otherwise be heard twice.
+/// Seconds after the end of a complete line that still belong to it; replayed, they would be heard
+/// twice.
 constexpr double endOfLine = 0.02;
 
 constexpr std::size_t fileSamplesIn(double seconds) {
@@ -36,7 +39,7 @@ constexpr std::size_t fileSamplesIn(double seconds) {
 
 } // namespace
 
-/// The state of the worker queue; it outlives the analyzer until its work is done.
+/// The state on the worker queue; it outlives the analyzer until its work is done.
 class MoonshineFileAnalyzer::Recognition {
   public:
     Recognition(std::shared_ptr<SpeechModels> models, std::string model,
@@ -97,7 +100,8 @@ class MoonshineFileAnalyzer::Recognition {
 
     double takenSeconds() const { return static_cast<double>(takenSamples_) / speechSampleRate; }
 
-    /// The sound after the last complete line is kept: a line may have begun in it.
+    /// Drops all recent sound but that after the last complete line, in which a line may have
+    /// begun.
     void forgetOldSound() {
         const double kept =
             std::clamp(takenSeconds() - reader_.completeThrough() - endOfLine, 0.0, mostHeardAgain);
@@ -120,7 +124,7 @@ class MoonshineFileAnalyzer::Recognition {
     std::shared_ptr<MoonshineModel> model_;
     std::optional<MoonshineStream> stream_;
     std::uint64_t takenSamples_ = 0;
-    std::vector<float> recent_; ///< the end of the sound that was taken
+    std::vector<float> recent_; ///< the most recent sound
 };
 
 MoonshineFileAnalyzer::MoonshineFileAnalyzer(Executor worker, std::shared_ptr<SpeechModels> models,

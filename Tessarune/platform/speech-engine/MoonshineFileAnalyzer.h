@@ -7,8 +7,8 @@
 
 namespace tessarune {
 
-/// Transcribes a whole recording with a model of its own, which is loaded for it and freed with it.
-/// It decodes only complete lines, since nobody watches the others grow.
+/// Transcribes a recording from beginning to end. Loads a separate model and frees it at the end.
+/// Decodes only complete lines, because nobody watches the open one.
 ///
 /// The engine's times come from its speech detection, so they are exact.
 class MoonshineFileAnalyzer final : public SpeechFileAnalyzer {

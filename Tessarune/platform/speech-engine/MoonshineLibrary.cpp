@@ -16,10 +16,10 @@ namespace {
 
 constexpr const char* fileName = "libmoonshine.so";
 
-/// By default the engine's runtime starts a thread per core, and idle threads spin: a pass then
-/// costs nearly twice the processor time and is hardly faster. The engine reads the environment
-/// when it loads a model; this is set before `main`, while no other thread can be reading it. A
-/// value set by the user is kept.
+/// By default the engine's runtime starts one thread per core, and idle threads spin: a pass then
+/// takes nearly twice the processor time and is hardly faster. The engine reads this variable when
+/// it loads a model. It is set before `main`, when no other thread can be reading the environment;
+/// a value set by the user is kept.
 [[maybe_unused]] const bool runsOnOneThread = setenv("MOONSHINE_ORT_SINGLE_THREAD", "1", 0) == 0;
 
 template <typename Function>
@@ -72,7 +72,7 @@ MoonshineLibrary::open(const std::vector<std::filesystem::path>& folders) {
         std::error_code ignored;
         if (!std::filesystem::exists(file, ignored))
             continue;
-        // Local: libraries bundled with the engine must not clash with ours.
+        // RTLD_LOCAL: libraries bundled with the engine must not clash with ours.
         void* library = dlopen(file.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
         if (library == nullptr)
             throw std::runtime_error(

@@ -10,21 +10,21 @@
 
 namespace tessarune {
 
-/// The speech engine's shared library. It is opened on first use and never closed (it keeps threads
-/// and state of its own), so a program without it still starts and learns the reason here.
+/// The speech engine's shared library. It is opened on first use, so that a program without it
+/// still starts and gets the reason here, and is never closed, because it keeps threads and state.
 ///
 /// Any thread; calls for one transcriber must come from one thread at a time.
 class MoonshineLibrary {
   public:
-    /// The library that came with the program. Throws std::runtime_error with a text that names the
-    /// searched places, or the fault of the library that was found; the next call tries again.
+    /// The library that came with the program. Throws std::runtime_error whose text names the
+    /// searched files, or the fault of the library that was found; the next call tries again.
     static std::shared_ptr<const MoonshineLibrary> shared();
 
-    /// The first library that stands in one of these folders. Throws as `shared`.
+    /// The library in the first of these folders that has it. Throws like `shared`.
     static std::shared_ptr<const MoonshineLibrary>
     open(const std::vector<std::filesystem::path>& folders);
 
-    /// With custom calls, for tests.
+    /// Uses other calls instead of a library, for tests.
     explicit MoonshineLibrary(const moonshine::Calls& calls) : calls_(calls) {}
 
     const moonshine::Calls& calls() const { return calls_; }
@@ -33,7 +33,8 @@ class MoonshineLibrary {
     /// is a failure.
     std::int32_t check(std::int32_t result, std::string_view doing) const;
 
-    /// The engine's list of the files of an English model, JSON. Throws std::runtime_error.
+    /// The engine's list of the files of an English model, as JSON; empty if it has none. Throws
+    /// std::runtime_error.
     std::string dependencies(moonshine::Architecture architecture, bool withWordTimes) const;
 
   private:

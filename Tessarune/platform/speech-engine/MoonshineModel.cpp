@@ -13,8 +13,8 @@ namespace {
 
 const moonshine::Transcript nothing{nullptr, 0};
 
-/// The file without which the engine cannot time words; if word times are requested without it, the
-/// engine prints an error at each load.
+/// Whether the model has the file that the engine needs to time words. If word times are requested
+/// without it, the engine prints an error at each load.
 bool timesWords(const StoredModel& model) {
     return std::any_of(model.files.begin(), model.files.end(), [](const ModelFile& file) {
         return file.name.find("_with_attention") != std::string::npos;

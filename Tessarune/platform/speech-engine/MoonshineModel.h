@@ -16,12 +16,12 @@ inline constexpr int speechSampleRate = 16000;
 class MoonshineModel {
   public:
     struct Use {
-        double passInterval; ///< seconds of sound below which another pass is pointless
+        double passInterval; ///< seconds of new sound without which the engine skips a pass
         bool decodesOpenLines = true;
     };
 
     /// Checks the model's files and loads them. Throws ModelDamaged before anything is loaded, or
-    /// std::runtime_error with the engine's words.
+    /// std::runtime_error with the engine's message.
     MoonshineModel(std::shared_ptr<const MoonshineLibrary> library, const StoredModel& stored,
                    Use use);
     ~MoonshineModel();
@@ -30,7 +30,7 @@ class MoonshineModel {
 
     const std::string& name() const { return name_; }
 
-    /// Recognises a whole recording at once. The result lives until the next call on this model.
+    /// Recognises a whole recording at once. The result is valid until the next call on this model.
     const moonshine::Transcript& transcribe(std::span<const float> samples, int sampleRate);
 
   private:
@@ -41,8 +41,8 @@ class MoonshineModel {
     moonshine::Calls::Handle handle_ = moonshine::unknown;
 };
 
-/// One stream of sound through a model; its times start when it is made. Confined to the thread of
-/// its model. Every operation throws std::runtime_error with the engine's message.
+/// One stream of sound through a model; its times count from its creation. Confined to the thread
+/// of its model. All operations throw std::runtime_error with the engine's message.
 class MoonshineStream {
   public:
     explicit MoonshineStream(std::shared_ptr<MoonshineModel> model);
@@ -53,11 +53,11 @@ class MoonshineStream {
     /// Adds sound of `speechSampleRate`, one channel. Fast.
     void add(std::span<const float> samples);
 
-    /// Recognises the added sound: all lines since the stream was made, valid until the next call.
-    /// Slow.
+    /// Recognises the added sound. Returns all lines since the creation of the stream, valid until
+    /// the next call. Slow.
     const moonshine::Transcript& transcribe();
 
-    /// Ends the sound: `transcribe` then completes the last line.
+    /// Ends the sound: the next `transcribe` completes the last line.
     void stop();
 
   private:

@@ -11,8 +11,8 @@ namespace {
 
 using Session = std::shared_ptr<RecognitionSession>;
 
-/// Runs `work` on the worker queue and resumes on the main queue with its result. A coroutine of
-/// its own, because the session outlives the analyzer until the work is done.
+/// Runs `work` on the worker queue and resumes on the main queue when it is done. A separate
+/// coroutine, because it keeps the session alive until then, even without the analyzer.
 Task<void> onWorker(Executor worker, Session session, void (RecognitionSession::*work)()) {
     co_await runOn(std::move(worker), [&] { (*session.*work)(); });
 }
@@ -81,7 +81,7 @@ Task<void> MoonshineSpeechAnalyzer::finalize(double through) {
     const OneShot<bool> decided(main_);
     worker_.run([session = session_, through, decided] { session->closeLine(through, decided); });
     co_await decided;
-    co_await switchTo(main_); // the decision may precede the wait
+    co_await switchTo(main_); // the await does not switch queues if the decision came first
 }
 
 Task<void> MoonshineSpeechAnalyzer::cancelAnalysis(double) {

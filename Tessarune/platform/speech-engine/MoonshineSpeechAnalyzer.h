@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// The half of the recogniser that delivers results: its options, and the stream that the analyzer
-/// fills.
+/// The half of the recogniser that delivers results: holds its options and the stream that the
+/// analyzer fills.
 class MoonshineSpeechTranscriber final : public SpeechTranscriber {
   public:
     MoonshineSpeechTranscriber(SpeechTranscriberOptions options, Executor resultsExecutor)
@@ -24,11 +24,12 @@ class MoonshineSpeechTranscriber final : public SpeechTranscriber {
     AsyncStream<SpeechResult> results_;
 };
 
-/// The half that takes sound: runs every operation on the worker queue, where the session lives,
-/// and returns its result on the main queue. Dropping it ends the session.
+/// The half of the recogniser that takes sound. Runs every operation on the worker queue, which the
+/// session is confined to, and returns its result on the main queue. The destructor ends the
+/// session.
 ///
 /// The engine closes a line at the speaker's pauses. `finalize` closes it earlier, at a rest
-/// between two words, if there is one soon; otherwise the engine closes the line.
+/// between two words, if one comes soon; otherwise the engine closes the line.
 class MoonshineSpeechAnalyzer final : public SpeechAnalyzer {
   public:
     MoonshineSpeechAnalyzer(Host& host, Executor worker, std::shared_ptr<SpeechModels> models,

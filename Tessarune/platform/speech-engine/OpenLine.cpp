@@ -20,7 +20,7 @@ namespace {
 /// The passes that must agree on a word before it is shown or replaces a shown one.
 constexpr std::size_t looksToAgree = 2;
 /// A shown word is fixed once this many passes in a row have had it and the guess has this many
-/// words behind it.
+/// words after it.
 constexpr std::size_t looksToFix = 3;
 constexpr std::size_t wordsBehindToFix = 7;
 /// Seconds of speech after which the front of a line is settled at the end of a clause, or
@@ -58,8 +58,8 @@ bool repeatsAt(const Words& words, std::size_t place) {
 
 } // namespace
 
-/// The alignment of the words shown before and after a pass. The guess at a complete line replaces
-/// what it does not have, hesitations excepted.
+/// Merges the shown words with the guess of a pass. The guess at a complete line removes all shown
+/// words that it does not have, except hesitations.
 class OpenLine::Merge {
   public:
     Merge(Words shown, const Words& guess, bool isComplete)
@@ -68,7 +68,7 @@ class OpenLine::Merge {
     Words run() {
         for (const auto& [old, now] : commonSubsequence(shown_, guess_, sameKey)) {
             const bool isSure = gap(old, now);
-            put(now, now + 1, shown_[old].isAgreed); // the newest spelling
+            put(now, now + 1, shown_[old].isAgreed); // in the newest spelling
             merged_.back().isAgreed &= isSure;
             nextShown_ = old + 1;
             nextGuess_ = now + 1;
@@ -78,8 +78,8 @@ class OpenLine::Merge {
     }
 
   private:
-    /// The words between two that both texts have. False if the guess has words whose place among
-    /// the shown words is unknown.
+    /// Merges the words before the next common word. Returns false if the guess has words whose
+    /// place among the shown words is unknown.
     bool gap(std::size_t shownEnd, std::size_t guessEnd) {
         if (nextShown_ == shownEnd && nextGuess_ == guessEnd)
             return true;
@@ -94,7 +94,7 @@ class OpenLine::Merge {
         }
         if (nextShown_ == shownEnd && all(guess_, nextGuess_, guessEnd, isHesitation))
             return true;
-        // Passes must agree on the words and that there are no others.
+        // Passes must agree on the new words and on the absence of the shown ones.
         const bool replaces =
             isComplete_ || (all(shown_, nextShown_, shownEnd,
                                 [](const Word& word) { return word.missed >= looksToAgree; }) &&
@@ -109,8 +109,8 @@ class OpenLine::Merge {
                                 [](const Word& word) { return word.looks < looksToAgree; }));
     }
 
-    /// The end of the line grows by words that two passes agree on, and loses words only to words
-    /// that they agree on.
+    /// Merges the words after the last common word. Adds words that two passes agree on; only such
+    /// words replace shown ones.
     void end() {
         std::size_t agreed = nextGuess_;
         while (agreed < guess_.size() && (isComplete_ || guess_[agreed].follows >= looksToAgree))
@@ -189,8 +189,8 @@ OpenLine::Words OpenLine::fixedToSettle() const {
     return {fixed_.begin() + static_cast<std::ptrdiff_t>(settled_), fixed_.end()};
 }
 
-/// Words that are not settled take over the newest marks, so that sentences end where the newest
-/// guess ends them, and the newest times.
+/// Fixed words that are not settled take the punctuation and the times of the newest guess, so that
+/// sentences end where that guess ends them.
 void OpenLine::updateFixed(const Divided& guess) {
     for (const auto& [old, now] : commonSubsequence(fixed_, guess.front, sameKey)) {
         if (old >= settled_)
@@ -265,29 +265,29 @@ OpenLine::Words OpenLine::withoutRepeats(std::vector<SpeechRun> runs) {
     return kept;
 }
 
-/// Finds where a guess continues from the words of `front` to those of `behind`: the place where
-/// both match best. A matching word counts 1; a changed, inserted or missing one counts -1, so a
-/// common word far behind is not taken for a settled one. Inserted words belong to the following
+/// Finds the place in a guess at which the words of `front` end and those of `behind` begin: where
+/// both match best. A matching word counts 1; a changed, inserted or missing one counts -1, so that
+/// a common word much later is not taken for a settled one. Inserted words belong to the following
 /// text. A missing or changed word counts as changed: this sometimes shows one word too many, which
 /// the next pass corrects; one word too few would be repeated.
 OpenLine::Joint OpenLine::jointOf(const Words& front, bool beginsInside, const Words& behind,
                                   const Words& guess) {
     const auto step = [](const Word& a, const Word& b) { return sameKey(a, b) ? 1.0 : -1.0; };
     constexpr double putInFront = -1.5;
-    std::vector<double> frontFit; // with its last word before each place
+    std::vector<double> frontFit; // of `front` ending before each place
     for (std::size_t words = 0; words <= guess.size(); ++words)
         frontFit.push_back(putInFront * static_cast<double>(words));
     for (const Word& word : front) {
         double before = frontFit.front();
         frontFit.front() -= beginsInside ? 0 : 1;
         for (std::size_t i = 0; i < guess.size(); ++i) {
-            const bool isSpoilt = beginsInside && i == 0; // by the cut
+            const bool isSpoilt = beginsInside && i == 0; // a word that was cut
             const double best = std::max({before + step(word, guess[i]), frontFit[i + 1] - 1,
                                           isSpoilt ? 0 : frontFit[i] + putInFront});
             before = std::exchange(frontFit[i + 1], best);
         }
     }
-    std::vector<double> behindFit(guess.size() + 1, 0); // with its first word behind each place
+    std::vector<double> behindFit(guess.size() + 1, 0); // of `behind` beginning at each place
     for (auto word = behind.rbegin(); word != behind.rend(); ++word) {
         double after = behindFit.back();
         behindFit.back() -= 1;
@@ -319,9 +319,9 @@ OpenLine::Words OpenLine::endOf(const Words& words) {
     return {words.end() - static_cast<std::ptrdiff_t>(count), words.end()};
 }
 
-/// How many of the visible words can be settled. A punctuation mark counts only if words follow it,
-/// since the engine ends each guess as if the speaker had stopped there; and no settled text ends
-/// with a repeated word, which may be an engine in a loop.
+/// Returns how many of the shown words can be settled. A punctuation mark counts only if words
+/// follow it, because the engine ends each guess as if the speaker had stopped there. A settled
+/// text never ends with a repeated word, because the engine may be in a loop.
 std::size_t OpenLine::wordsToSettle(const Words& words, std::size_t shownBefore,
                                     double begin) const {
     const std::size_t fewest = std::max(std::min(shownBefore, words.size()), fewestWords);
@@ -344,7 +344,7 @@ std::size_t OpenLine::wordsToSettle(const Words& words, std::size_t shownBefore,
     std::string text;
     for (const Word& word : words)
         text += word.run.text + " ";
-    text += "x"; // the line goes on
+    text += "x"; // the line continues
     std::size_t sentence = 0;
     std::size_t clause = 0;
     std::size_t count = 0;
@@ -362,8 +362,8 @@ std::size_t OpenLine::wordsToSettle(const Words& words, std::size_t shownBefore,
     return open >= anywhereSeconds && isCertain.back() ? words.size() : 0;
 }
 
-/// How many of the shown words can be fixed. While the line may begin with words of the previous
-/// one, none.
+/// Returns how many of the shown words can be fixed: none while the line may begin with words of
+/// the previous one.
 std::size_t OpenLine::wordsToFix() const {
     if (!last_.empty())
         return 0;

@@ -9,23 +9,23 @@
 
 namespace tessarune {
 
-/// The words of the line that is being spoken: which of them are shown, and which are settled and
-/// never change again. Pure; one thread.
+/// The words of the line that is being spoken: decides which of them are shown, and which are
+/// settled and never change again. No side effects; one thread at a time.
 ///
 /// The engine recognises the whole line again at each pass, and its results differ. New words are
 /// shown once two passes in a row have them, and a shown word stays until two passes agree on
-/// another one; the words after it are unaffected. With enough words behind it a shown word is
-/// fixed: from then on it stays as it is, so that a late change does not move a whole line of text.
-/// A hesitation ("um") that is shown stays, and none is inserted between shown words, since the
-/// engine writes them down or not from one pass to the next.
+/// another one; the words after it are unaffected. A shown word with enough words after it is
+/// fixed: it does not change any more, so that a late change does not move a whole line of text. A
+/// hesitation ("um") that is shown stays, and none is inserted between shown words, because the
+/// engine reports hesitations in one pass and omits them in the next.
 ///
 /// The front of a long line is settled before its end: at the end of a sentence, later at the end
 /// of a clause, and later still anywhere. Only a text that contains all shown words is settled, so
-/// that nothing disappears from the screen for a moment. Later guesses more or less repeat the
-/// settled words, which are matched and left out.
+/// that nothing disappears from the screen for a moment. Later guesses repeat the settled words
+/// more or less exactly; these repetitions are matched and left out.
 ///
-/// An engine in a loop repeats the same words: at most three copies of a single word and two of a
-/// run of two to four words are kept.
+/// An engine that is stuck in a loop repeats the same words: at most three copies of a single word,
+/// and two of a run of two to four words, are kept.
 ///
 /// The sound of a line may begin before the previous line has ended: the engine cuts long lines
 /// anywhere and hears a little before each beginning. Its guesses then begin with words of the
@@ -33,30 +33,30 @@ namespace tessarune {
 class OpenLine {
   public:
     /// Takes the engine's current guess of all words of the line, one run per word without blanks,
-    /// and the time of the line's start. Returns the words that this pass settles. If the next pass
-    /// is not soon, all words are shown.
+    /// and the start time of the line. Returns the words that this pass settles. If the next pass
+    /// does not follow soon, all words are shown.
     std::vector<SpeechRun> look(std::vector<SpeechRun> words, double begin, bool looksAgainSoon);
 
     /// The shown words after the settled ones.
     std::vector<SpeechRun> shown() const;
 
-    /// The words of a complete line that are not settled yet. Those that are fixed stay.
+    /// The words of the complete line `words` that are not settled yet. Fixed words are kept.
     std::vector<SpeechRun> rest(std::vector<SpeechRun> words) const;
 
-    /// Another line begins.
+    /// Starts another line.
     void clear() { *this = {}; }
 
-    /// Another line begins, whose sound may repeat the end of `last`; `through` is where that
-    /// ended, in seconds of the session.
+    /// Starts another line, whose sound may repeat the end of the line `last`; `through` is the end
+    /// of that line, in seconds of the session.
     void follow(std::vector<SpeechRun> last, double through);
 
   private:
     struct Word {
         SpeechRun run;
         std::string key;
-        std::size_t looks = 1;   ///< of a guess: the number of passes in a row that have had it
-        std::size_t follows = 1; ///< of a guess: of these, the last that had it in its place
-        bool isAgreed = false;   ///< of a shown word: two looks had it in its place
+        std::size_t looks = 1;   ///< of a guess: the passes in a row that had it
+        std::size_t follows = 1; ///< of a guess: those in a row that had it in its place
+        bool isAgreed = false;   ///< of a shown word: two passes had it in its place
         std::size_t missed = 0;  ///< of a shown word: the passes in a row without it
     };
     using Words = std::vector<Word>;
@@ -66,13 +66,13 @@ class OpenLine {
     static Words withoutRepeats(std::vector<SpeechRun> runs);
     struct Joint {
         std::size_t place; ///< in the guess
-        double frontFit;   ///< matching words before it, less those that differ
+        double frontFit;   ///< matching minus differing words before `place`
     };
     /// `beginsInside`: the guess may begin with any word of `front`.
     static Joint jointOf(const Words& front, bool beginsInside, const Words& behind,
                          const Words& guess);
     struct Divided {
-        Words front; ///< what the guess has for the fixed words
+        Words front; ///< the guess at the fixed words
         Words open;
     };
     Divided divide(std::vector<SpeechRun> words) const;
@@ -88,11 +88,11 @@ class OpenLine {
     void fix(std::size_t count);
     std::vector<SpeechRun> settle(std::size_t count);
 
-    Words last_; ///< the end of the line before, until words of this one are settled
+    Words last_; ///< end of the previous line, until words of this one are settled
     Words fixed_;
-    std::size_t settled_ = 0;              ///< of the fixed words, the first so many
-    Words guess_;                          ///< of the last look, behind the fixed words
-    Words shown_;                          ///< behind the fixed words
+    std::size_t settled_ = 0;              ///< how many of the fixed words are settled
+    Words guess_;                          ///< of the last pass, after the fixed words
+    Words shown_;                          ///< after the fixed words
     std::optional<double> settledThrough_; ///< seconds of the session
 };
 

@@ -8,12 +8,12 @@ namespace tessarune {
 
 namespace {
 
-/// The maximum ratio of a rest's loudness to the floor.
+/// A rest is quieter than this multiple of the floor.
 constexpr double quietFactor = 2;
 /// The lower limit of the floor: after a silent track, a whisper must not count as loud.
 constexpr double lowestFloor = 0.001;
-/// The growth per frame: doubles the floor in 1.4 s, so that it follows a place that has become
-/// louder.
+/// The maximum growth of the floor per frame: it doubles in 1.4 s, to follow surroundings that have
+/// become louder.
 constexpr double floorRise = 1.01;
 
 } // namespace

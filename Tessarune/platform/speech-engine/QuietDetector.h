@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// Tells a short rest between words from the words themselves, by loudness against the quietest of
-/// the last seconds. Takes sound of `speechSampleRate`. One thread.
+/// Distinguishes a short rest between words from the words, by comparing the loudness with the
+/// quietest sound of the last seconds. Takes sound of `speechSampleRate`. One thread at a time.
 class QuietDetector {
   public:
     void hear(std::span<const float> samples);
@@ -23,9 +23,9 @@ class QuietDetector {
 
     void endFrame();
 
-    double frameEnergy_ = 0; ///< sum of squares of the frame that is not full
+    double frameEnergy_ = 0; ///< sum of squares of the unfinished frame
     std::size_t frameFill_ = 0;
-    std::array<double, framesThatCount> energies_{}; ///< of the last frames, a ring
+    std::array<double, framesThatCount> energies_{}; ///< of the last frames, as a ring
     std::size_t framesHeard_ = 0;
     double floor_ = 0.01; ///< loudness of a rest, as a root mean square
 };

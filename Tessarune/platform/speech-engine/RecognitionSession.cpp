@@ -14,14 +14,14 @@ namespace tessarune {
 
 namespace {
 
-/// Seconds of silence; see docs/decisions/0021-settled-fronts.md.
+/// Seconds of silence that warm up the engine; see docs/decisions/0021-settled-fronts.md.
 constexpr double warmUpSeconds = 3;
-/// Seconds of sound that a new stream hears again. The engine opens a line at most this long after
-/// its first sound.
+/// The maximum seconds of sound that are replayed to a new stream. The engine opens a line at most
+/// this long after the first sound of the line.
 constexpr double recentSeconds = 3;
-/// Live sound may arrive this much faster than real time, since it comes in batches.
+/// Live sound may arrive by this much faster than real time, because it comes in batches.
 constexpr double liveSlackSeconds = 0.5;
-/// A stall check that is so late shows that the program itself was suspended.
+/// A stall check that is later than this shows that the program itself was suspended.
 constexpr double lateLookSeconds = 1.0;
 
 constexpr auto samplesIn(double seconds) {
@@ -67,7 +67,7 @@ void RecognitionSession::begin() {
     nextPassAt_ = lastPassAt_ + policy_.passInterval;
 }
 
-/// Runs work that may fail, unless the session is over.
+/// Runs `work` unless the session is over; a failure ends the session.
 template <typename Work>
 void RecognitionSession::guarded(Work work) {
     if (!stream_ || results_.isFinished())
@@ -162,7 +162,7 @@ void RecognitionSession::passAsScheduled() {
         schedulePass();
 }
 
-/// The shown part of the open line becomes its final.
+/// Drops the backlog. The shown part of the open line becomes its final.
 void RecognitionSession::giveUpUnheard() {
     TessaruneLog::asr.notice([&] {
         return "too slow: " + Text::fixed(backlog_->seconds, 1) + " s of sound were not recognised";
@@ -179,8 +179,8 @@ void RecognitionSession::giveUpUnheard() {
 void RecognitionSession::watchForStandstill() {
     if (std::exchange(standstillIsWatchedFor_, true))
         return;
-    // Never a shorter delay: rounding could otherwise repeat a check that is a moment too early for
-    // ever.
+    // The minimum delay: with a shorter one, rounding could repeat a check that is a moment too
+    // early for ever.
     constexpr double shortestWait = 0.05;
     const double wait = std::max(movedAt_ + policy_.longestStandstill - host_.now(), shortestWait);
     standstillLookAt_ = host_.now() + wait;
@@ -201,7 +201,8 @@ void RecognitionSession::closeIfStandingStill() {
     endClosing();
 }
 
-/// Runs `work` on the worker queue, after the pending work, unless the session is over by then.
+/// Runs `work` on the worker queue after this many seconds and after all pending work, unless the
+/// session has ended before.
 template <typename Work>
 void RecognitionSession::later(double seconds, Work work) {
     const auto onWorker = [weak = weak_from_this(), worker = worker_, work] {
@@ -216,7 +217,7 @@ void RecognitionSession::later(double seconds, Work work) {
         onWorker();
 }
 
-/// Closing a line ends the engine's stream, and a new one continues from this moment.
+/// Runs the engine over the new sound. To close a line, ends the engine's stream and replaces it.
 void RecognitionSession::pass(bool closesLine) {
     const double began = host_.now();
     const double workedBefore = policy_.processorSeconds();
@@ -242,8 +243,8 @@ void RecognitionSession::pass(bool closesLine) {
     backlog_->seconds = 0;
 }
 
-/// Only passes over an open line of live sound measure this computer. A file that plays faster
-/// gives each pass much more to do.
+/// Only passes over an open line of live sound show the speed of this computer. With a file that
+/// plays faster, each pass has much more sound.
 void RecognitionSession::noteCost(double began, double cost) {
     const bool isLive = backlog_->seconds <= began - lastPassAt_ + liveSlackSeconds;
     if (!isLive || !reader_.openSince())
@@ -263,8 +264,8 @@ void RecognitionSession::forgetOldLines() {
         guarded([&] { restart(); });
 }
 
-/// The new stream replays the sound since the last complete line: a word may have begun that is not
-/// part of a line yet.
+/// Replays the sound since the last complete line to a new stream: a word may have begun that is
+/// not part of a line yet.
 void RecognitionSession::restart() {
     const double heard = takenSeconds();
     const double again = std::min(heard - reader_.completeThrough(),

@@ -10,15 +10,16 @@
 
 namespace tessarune {
 
-/// The recogniser of this computer. Loads nothing before an analyzer is prepared; a missing library
-/// or model is the failure of that operation. Models stay loaded while a copy of the result lives;
-/// `host` and `store` must outlive them.
+/// Creates the recogniser of this computer. It loads nothing before an analyzer is prepared; this
+/// operation fails if the library or the model is missing. Models for live sound stay loaded while
+/// a copy of the result lives; `host` and `store` must outlive all copies.
 ///
-/// `modelChoice` is called at each preparation, on the worker queue: "automatic" or a model's name.
+/// `modelChoice` is called at each preparation on the worker queue and returns "automatic" or the
+/// name of a model.
 SpeechEngine makeSpeechEngine(Host& host, ModelStore& store,
                               std::function<std::string()> modelChoice);
 
-/// The same with replaceable parts, for tests.
+/// Does the same with replaceable parts, for tests.
 SpeechEngine makeSpeechEngine(Host& host, ModelStore& store,
                               std::function<std::string()> modelChoice,
                               std::function<std::shared_ptr<const MoonshineLibrary>()> library,

@@ -94,7 +94,7 @@ AvailableModel SpeechModelInventory::availableModel(const OfferedSpeechModel& of
     model.kind = ModelKind::speech;
     model.name = offer.name;
     model.details["architecture"] = std::to_string(static_cast<std::uint32_t>(offer.architecture));
-    // To time words, the smallest model needs a second network of its own size.
+    // For word times, the smallest model would need a second network of its own size.
     const bool withWordTimes = offer.architecture != moonshine::Architecture::tiny;
     try {
         const nlohmann::json list =

@@ -11,21 +11,21 @@
 
 namespace tessarune {
 
-/// Which speech models are installed, and how to install the others: the engine's own list of files
-/// combined with the model store. All English locales share one model; other languages have none.
+/// Lists the installed speech models and installs others: combines the engine's list of files with
+/// the model store. All English locales share one model; other languages have none.
 ///
-/// Main queue. Store and installer must outlive it and the requests that it returned.
+/// Main queue. The store and the installer must outlive it; it must outlive its requests.
 class SpeechModelInventory final : public AssetInventory, public SpeechModelManager {
   public:
     using Library = std::function<std::shared_ptr<const MoonshineLibrary>()>;
 
-    /// `choice` is the one of `makeSpeechEngine`.
+    /// `choice` as `modelChoice` of `makeSpeechEngine`.
     SpeechModelInventory(ModelStore& store, ModelInstaller& installer,
                          std::function<std::string()> choice,
                          Library library = &MoonshineLibrary::shared);
 
-    /// Requests the chosen model. If the choice is automatic, any installed model will do; if there
-    /// is none, requests the smallest.
+    /// Returns a request for the chosen model, null if an intact one is installed. If the choice is
+    /// automatic, any intact model suffices; if there is none, requests the smallest.
     Task<std::shared_ptr<AssetInstallationRequest>>
     assetInstallationRequest(std::string localeIdentifier) override;
 
@@ -34,7 +34,8 @@ class SpeechModelInventory final : public AssetInventory, public SpeechModelMana
                         std::stop_token stop) override;
     void remove(const std::string& name) override;
 
-    /// The entry for a model in the engine's list. Throws std::runtime_error for an invalid list.
+    /// The files of a model from the engine's list. Throws std::runtime_error if the list is
+    /// invalid.
     static AvailableModel availableModel(const OfferedSpeechModel& offer,
                                          const MoonshineLibrary& library);
 

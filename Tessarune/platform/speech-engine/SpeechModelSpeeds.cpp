@@ -11,10 +11,10 @@ namespace tessarune {
 
 namespace {
 
-/// Seconds of work per second of the open line, at each pass. Above this a line of five seconds is
-/// updated less than once a second, since a pause of the same length follows each pass.
+/// Seconds of work per second of the open line in each pass. Above this, a line of five seconds is
+/// updated less than once per second, because a pause of the same length follows each pass.
 constexpr double slowLookRatio = 0.1;
-/// The minimum number of passes for a measurement.
+/// The minimum number of passes for a reliable measurement.
 constexpr std::size_t passesThatTell = 50;
 /// After this time a slow model is tried again: computers, drivers and programs change.
 constexpr double verdictSeconds = 30.0 * 24 * 3600;
@@ -50,7 +50,7 @@ std::map<std::string, SpeechModelSpeeds::Speed> SpeechModelSpeeds::read() const 
             known[model] = {speed.at("lookRatio").get<double>(),
                             speed.at("measuredAt").get<double>()};
     } catch (const std::exception&) {
-        return {}; // no retry here: it is measured again
+        return {}; // an unreadable file: the speeds are measured again
     }
     return known;
 }

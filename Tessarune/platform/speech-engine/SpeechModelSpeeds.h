@@ -16,19 +16,20 @@ class SpeechModelSpeeds {
   public:
     SpeechModelSpeeds(Host& host, ModelStore& store) : host_(host), store_(store) {}
 
-    /// Seconds of work per second of the open line for a pass over live sound on this computer;
-    /// `nullopt` if unknown or outdated.
+    /// The cost of a pass over live sound on this computer, in seconds of work per second of the
+    /// open line; `nullopt` if unknown or outdated.
     std::optional<double> lookRatio(const std::string& model) const;
-    /// Whether a line is updated too seldom at this ratio.
+    /// Whether lines are updated too rarely at this ratio.
     static bool isTooSlow(double lookRatio);
 
-    /// Stores the average over so many passes.
+    /// Stores the average ratio over this many passes; ignores it if they are too few. A failure is
+    /// only logged.
     void observe(const std::string& model, double lookRatio, std::size_t passes);
 
   private:
     struct Speed {
         double lookRatio;
-        double measuredAt; ///< wall clock
+        double measuredAt; ///< seconds of the wall clock
     };
 
     std::filesystem::path file() const;

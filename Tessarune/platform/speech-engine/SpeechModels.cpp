@@ -9,8 +9,8 @@ namespace tessarune {
 
 namespace {
 
-/// The share of the memory that the files of a recording's model may have; loaded, it takes about
-/// four times as much.
+/// The files of a recording's model may take this fraction (one twelfth) of the memory; the loaded
+/// model takes about four times as much.
 constexpr std::uint64_t shareOfMemory = 12;
 
 } // namespace

@@ -18,19 +18,18 @@ namespace tessarune {
 struct OfferedSpeechModel {
     std::string_view name;
     moonshine::Architecture architecture;
-    std::uint64_t bytes; ///< about, with the files for word times
+    std::uint64_t bytes; ///< approximate, with the files for word times
 };
 
-/// The memory of this computer. Any thread.
+/// The memory of this computer; 0 if unknown. Any thread.
 std::uint64_t memoryBytesOfComputer();
 
-/// Which speech models exist, which one to use, and the loaded ones.
+/// Knows which speech models exist, chooses one, and keeps the loaded ones.
 ///
-/// `choose` and `loadForFiles` are for any thread; `loaded` and `speeds` are confined to the
-/// engine's worker queue.
+/// `choose` and `loadForFiles`: any thread. `loaded` and `speeds`: only the engine's worker queue.
 class SpeechModels {
   public:
-    /// The choice in place of a model's name.
+    /// Leaves the choice of the model to the program.
     static constexpr std::string_view automatic = "automatic";
     /// The model that is always offered.
     static constexpr std::string_view smallest = "tiny-en";
@@ -41,20 +40,21 @@ class SpeechModels {
                  std::function<std::shared_ptr<const MoonshineLibrary>()> library,
                  double passInterval, std::uint64_t memoryBytes = memoryBytesOfComputer());
 
-    /// The chosen model, or the largest installed one that was not too slow on this computer
-    /// lately. Throws std::runtime_error if there is none, ModelDamaged if the chosen one is
-    /// damaged.
+    /// The chosen model, or for "automatic" the largest intact one that was not too slow on this
+    /// computer lately, or else the smallest installed one. Throws std::runtime_error if there is
+    /// none.
     StoredModel choose() const;
 
-    /// The chosen model in memory; loaded once and kept. Throws like `choose` and MoonshineModel.
+    /// The chosen model in memory; loaded once and kept. Throws like `choose`, and ModelDamaged and
+    /// others like MoonshineModel.
     std::shared_ptr<MoonshineModel> loaded();
 
-    /// A separate model for recordings, where speed matters little: the named one, or for
-    /// "automatic" the largest intact one that fits this computer's memory, at least the smallest.
-    /// Throws like `loaded`.
+    /// Loads a separate model for recordings, for which speed matters little: the named one, or for
+    /// "automatic" the largest intact one that fits this computer's memory, or else the smallest
+    /// installed one. Throws like `loaded`.
     std::shared_ptr<MoonshineModel> loadForFiles(const std::string& model) const;
 
-    /// The measurements for the next choice.
+    /// The measured speeds that `choose` uses.
     SpeechModelSpeeds& speeds() { return speeds_; }
 
   private:

@@ -101,7 +101,7 @@ std::optional<SpeechResult> TranscriptReader::takeOpen() {
     return taken;
 }
 
-/// A blank precedes each word but the first.
+/// Makes a result of the runs. Inserts a blank before each word but the first.
 SpeechResult TranscriptReader::result(std::vector<SpeechRun> runs, bool isFinal) const {
     for (SpeechRun& run : runs) {
         if (&run != &runs.front())
@@ -118,7 +118,7 @@ SpeechResult TranscriptReader::result(std::vector<SpeechRun> runs, bool isFinal)
     return result;
 }
 
-/// One run per word.
+/// The words of a line, one run for each.
 std::vector<SpeechRun> TranscriptReader::runsOf(const moonshine::Line& line) const {
     const std::string text = textOf(line.text);
     std::vector<SpeechRun> runs = timedRuns(text, line);
@@ -127,7 +127,7 @@ std::vector<SpeechRun> TranscriptReader::runsOf(const moonshine::Line& line) con
     return runs;
 }
 
-/// Uses the engine's times for its words; `nullopt` if those are not the words of the text.
+/// Uses the engine's times of the words; empty if the engine's words differ from the text.
 std::vector<SpeechRun> TranscriptReader::timedRuns(const std::string& text,
                                                    const moonshine::Line& line) const {
     std::vector<SpeechRun> runs;
@@ -150,7 +150,7 @@ std::vector<SpeechRun> TranscriptReader::timedRuns(const std::string& text,
     return runs;
 }
 
-/// Divides the line's span among the words by their length.
+/// Divides the line's time among the words by their length.
 std::vector<SpeechRun> TranscriptReader::evenRuns(const std::string& text, double start,
                                                   double end) const {
     const std::vector<std::string_view> tokens = Text::splitOnWhiteSpace(text);

@@ -13,25 +13,27 @@ namespace tessarune {
 
 /// Turns the growing lines of one stream into results: a volatile one whenever the shown part of
 /// the open line has changed, final ones for the settled front of a long line and for the remainder
-/// of a complete line (see `OpenLine`). Pure; one thread.
+/// of a complete line (see `OpenLine`). No side effects; one thread at a time.
 class TranscriptReader {
   public:
     explicit TranscriptReader(SpeechTranscriberOptions options) : options_(std::move(options)) {}
 
-    /// The results that are new since the last call, in order.
+    /// Returns the results that are new since the last call, in order. `looksAgainSoon`: whether
+    /// the next pass follows soon.
     std::vector<SpeechResult> read(const moonshine::Transcript& transcript, bool looksAgainSoon);
 
-    /// The engine's stream was recreated and begins at this time of the session; its lines count
-    /// from 0 again.
+    /// Must be called when the engine's stream has been recreated: it begins at `at`, in seconds of
+    /// the session, and its lines count from 0 again.
     void restarted(double at);
 
-    /// The results so far of the open line, as if it were complete.
+    /// Takes the shown, not yet final result of the open line as its final; `nullopt` if there is
+    /// none.
     std::optional<SpeechResult> takeOpen();
 
     /// The number of complete lines of the stream.
     std::size_t completeLines() const { return completeLines_; }
-    /// The end of the last complete line, in seconds of the session; before the first, the stream's
-    /// beginning.
+    /// The end of the last complete line, or else the beginning of the stream, in seconds of the
+    /// session.
     double completeThrough() const { return completeThrough_; }
     /// The start of the open line, in seconds of the session; `nullopt` if there is none.
     std::optional<double> openSince() const { return openSince_; }
@@ -54,7 +56,7 @@ class TranscriptReader {
     bool isInLine_ = false;
     OpenLine line_;
     std::vector<SpeechRun> last_;      ///< the words of the last complete line
-    std::optional<SpeechResult> open_; ///< the results of it after its last final
+    std::optional<SpeechResult> open_; ///< the last result after its last final
 };
 
 } // namespace tessarune

@@ -270,7 +270,7 @@ TEST_F(TranslationDownloadTest, LanguagesAreListedDownloadedAndRemoved) {
 
     inventory.remove("fr");
     EXPECT_EQ(state("fr").status, TranslationAvailabilityStatus::supported);
-    EXPECT_EQ(state("fr").bytes, last.expected) << "what a download would ensureInstalled";
+    EXPECT_EQ(state("fr").bytes, last.expected) << "what a download would bring";
     for (const char* unknown : {"en", "th", "xx", "", "../fr"}) {
         EXPECT_NE(run(inventory.download(unknown, {}, {})).failure, "") << unknown;
         EXPECT_THROW(inventory.remove(unknown), std::runtime_error) << unknown;
