@@ -9,7 +9,7 @@
 
 namespace tessarune {
 
-/// Notices when a file is written, replaced or removed by any program, this one included. The file
+/// Reports when a file is written, replaced or removed by any program, this one included. The file
 /// need not exist; its folder must.
 class FileWatch {
   public:

@@ -9,7 +9,7 @@
 
 namespace tessarune {
 
-/// The settings store as one JSON file, replaced as a whole at every change; both front ends share
+/// The settings store as one JSON file, rewritten completely at every change; both front ends share
 /// it. Main queue.
 ///
 /// A change locks the file's folder and reads the file again first, so that a change by the other

@@ -181,7 +181,7 @@ class PosixLineFile final : public AppendFile {
     Descriptor overwriting_; // for `overwrite`: O_APPEND would ignore the offset
 };
 
-/// Flushes the folder, without which a new name in it could be lost.
+/// Flushes the folder of a file; otherwise a crash could lose a new name in it.
 void synchronizeFolderOf(const fs::path& path) {
     const fs::path folder = path.has_parent_path() ? path.parent_path() : fs::path(".");
     Descriptor(folder, O_RDONLY | O_DIRECTORY).synchronize();

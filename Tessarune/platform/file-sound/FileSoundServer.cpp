@@ -116,10 +116,10 @@ class FileSoundServer::Source : public std::enable_shared_from_this<Source> {
     const Media media_;
     const std::filesystem::path path_;
     const Executor reader_;
-    std::unique_ptr<MediaFile> opened_; // before its first read; reader's queue only
+    std::unique_ptr<MediaFile> opened_; // opened, but not read yet; reader's queue only
 
     mutable Mutex mutex_; // locked only for a moment
-    /// Of the file that is being opened or was opened last.
+    /// Cancels blocked calls of the file that is being opened or was opened last.
     std::stop_source stop_ GUARDED_BY(mutex_);
     std::optional<AudioFormat> format_ GUARDED_BY(mutex_);
     std::optional<double> duration_ GUARDED_BY(mutex_);

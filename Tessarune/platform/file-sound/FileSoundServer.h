@@ -49,7 +49,7 @@ class FileSoundServer final : public SoundServer {
     /// Abandons the file: blocked calls and later attempts to open it fail with MediaFileError
     /// `cancelled`. Any thread.
     void giveUp();
-    /// The length of the file in seconds; `nullopt` if it is unknown or not yet connected.
+    /// The length of the file in seconds; `nullopt` before `connect` or if it is unknown.
     std::optional<double> duration() const;
 
     SoundServerState state() const override { return SoundServerState::connected; }

@@ -25,7 +25,7 @@ inline constinit LateLibrary
 inline constinit LateLibrary
     filtersLibrary("libavfilter.so." AV_STRINGIFY(LIBAVFILTER_VERSION_MAJOR));
 
-// The types lose the attributes that the headers give the functions, which only help compilers.
+// As a template argument, a type loses its attributes, which only help the compiler.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wignored-attributes"
 #define TESSARUNE_CALL(library, name)                                                              \

@@ -26,8 +26,8 @@ constexpr int maximumSampleRate = 768000;
 constexpr int maximumChannels = 64;
 /// A file with more packets in a row that cannot be decoded is damaged.
 constexpr int maximumFailuresInARow = 200;
-/// A file was cut off if its sound is shorter than the stated length by more than both of these:
-/// seconds, and the share of the length. Encoders round by less.
+/// A file was cut off if more than this is missing at its end: both this many seconds and this
+/// share of the stated length. Encoders round by less.
 constexpr double minimumMissingSeconds = 1;
 constexpr double minimumMissingShare = 0.02;
 /// The containers whose header states the length of the sound. FFmpeg derives the length of others
@@ -48,8 +48,8 @@ std::optional<double> lengthFromWAVHeader(const std::filesystem::path& path) {
     return static_cast<double>(header->dataSize) / static_cast<double>(header->bytesPerSecond());
 }
 
-/// How long before the target of a seek decoding starts: decoders that depend on earlier sound need
-/// it.
+/// Decoding starts this long before the target of a seek, for decoders that depend on earlier
+/// sound.
 constexpr double leadInSeconds = 0.3;
 
 class FFmpegMediaFile final : public MediaFile {
@@ -208,7 +208,7 @@ class FFmpegMediaFile final : public MediaFile {
     bool takeFrames() {
         bool any = false;
         while (avcodec_receive_frame(codec_.get(), frame_.get()) == 0) {
-            noteTime(*frame_);
+            recordTime(*frame_);
             dropSoundBeforeTarget(*frame_);
             takeConverted(frame_.get());
             av_frame_unref(frame_.get());
@@ -217,7 +217,7 @@ class FFmpegMediaFile final : public MediaFile {
         return any;
     }
 
-    void noteTime(const AVFrame& frame) {
+    void recordTime(const AVFrame& frame) {
         if (frame.best_effort_timestamp != AV_NOPTS_VALUE)
             decodedThrough_ =
                 static_cast<double>(frame.best_effort_timestamp - startTime()) * av_q2d(timeBase());
@@ -319,12 +319,12 @@ class FFmpegMediaFile final : public MediaFile {
     int inputFormat_ = -1;
     int inputChannels_ = 0;
     std::deque<AudioBufferPtr> ready_;
-    std::optional<double> seekTarget_; ///< seconds; until the first frame after a seek
+    std::optional<double> seekTarget_; ///< seconds; set until the first frame after a seek
     std::size_t toDrop_ = 0;           ///< samples that precede the target
     bool ended_ = false;
     bool hasDecodedAny_ = false;
     int failuresInARow_ = 0;
-    double decodedThrough_ = 0; ///< the end of the last frame in the file; seconds
+    double decodedThrough_ = 0; ///< where the last decoded frame ends in the file; seconds
     bool isCutOff_ = false;     ///< reported after the last sound
 };
 

@@ -15,7 +15,8 @@ namespace tessarune::ffmpeg {
 class FileInput {
   public:
     /// Throws MediaFileError: `cancelled` after a request of `stop` while it waits for a pipe, and
-    /// `notMedia` for a pipe if no request is possible, because such a wait could never be ended.
+    /// `notMedia` for a pipe if `stop` can never be requested, because nothing could end such a
+    /// wait.
     explicit FileInput(const std::filesystem::path& path, std::stop_token stop = {});
     ~FileInput();
     FileInput(const FileInput&) = delete;

@@ -142,7 +142,7 @@ class M4AContainer {
 class FFmpegM4AFile final : public M4AFile {
   public:
     FFmpegM4AFile(std::filesystem::path to, AudioFormat from) : to_(std::move(to)) {
-        converting([&] {
+        runConversion([&] {
             converter_ = makeSwresampleConverter(from, {M4A::sampleRate, M4A::channels});
         });
         try {
@@ -158,11 +158,11 @@ class FFmpegM4AFile final : public M4AFile {
     }
 
     void append(const AudioBuffer& sound) override {
-        converting([&] { container_->append(converter_->convert(sound).samples); });
+        runConversion([&] { container_->append(converter_->convert(sound).samples); });
     }
 
     void finish() override {
-        converting([&] { container_->append(converter_->flush().samples); });
+        runConversion([&] { container_->append(converter_->flush().samples); });
         container_->finish();
         synchronize(partPath(), 0);
         std::error_code renamed;
@@ -174,7 +174,8 @@ class FFmpegM4AFile final : public M4AFile {
     }
 
   private:
-    void converting(const std::function<void()>& step) const {
+    /// Runs a step of the conversion; turns its failure into a MediaFileError.
+    void runConversion(const std::function<void()>& step) const {
         try {
             step();
         } catch (const AudioConversionError& error) {

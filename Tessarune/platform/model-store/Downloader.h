@@ -33,7 +33,7 @@ struct DownloadTrouble {
 struct DownloadPolicy {
     double connectSeconds = 15;
     double stallSeconds = 20;
-    /// A download fails after more attempts in a row without new bytes.
+    /// A download fails after more than this many attempts in a row without new bytes.
     int fruitlessTries = 6;
     /// The pause before the first retry; each further one is twice as long.
     double firstPauseSeconds = 1;
@@ -45,8 +45,8 @@ struct DownloadPolicy {
     /// An address that replaces the servers of all files; empty for the original servers. See
     /// `mirrored`.
     std::string mirror = mirrorFromEnvironment();
-    /// Called for each download if `mirror` is empty, on the downloading thread; returns such an
-    /// address. May be empty.
+    /// Called for each download if `mirror` is empty, on the downloading thread; returns the
+    /// address of a mirror or nothing. May be empty.
     std::function<std::string()> chosenMirror{};
     /// Reports each failed attempt, on the downloading thread. May be empty.
     std::function<void(const DownloadTrouble&)> onTrouble{};

@@ -31,7 +31,7 @@ TESSARUNE_CALL(curl_strnequal);
 #undef TESSARUNE_CALL
 
 constexpr long maximumRedirections = 5;
-/// The minimum speed of a download; a slower one stalls.
+/// The minimum speed of a download; a slower one counts as stalled.
 constexpr long slowestBytesPerSecond = 100;
 
 /// The state that the callbacks of one request share.
@@ -48,7 +48,7 @@ struct Exchange {
     std::exception_ptr failure;
 };
 
-bool startsWithoutCase(std::string_view text, std::string_view start) {
+bool startsWithIgnoringCase(std::string_view text, std::string_view start) {
     return curl_strnequal(text.data(), start.data(), start.size()) != 0 &&
            text.size() >= start.size();
 }
@@ -57,9 +57,9 @@ std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* con
     auto& exchange = *static_cast<Exchange*>(context);
     std::string_view line(bytes, size * count);
     constexpr std::string_view name = "content-range: bytes ";
-    if (startsWithoutCase(line, "http/"))
+    if (startsWithIgnoringCase(line, "http/"))
         exchange.rangeStart.reset(); // a redirection is followed by another response
-    if (startsWithoutCase(line, name)) {
+    if (startsWithIgnoringCase(line, name)) {
         line.remove_prefix(name.size());
         std::uint64_t start = 0;
         if (std::from_chars(line.data(), line.data() + line.size(), start).ec == std::errc())
@@ -108,7 +108,7 @@ int onProgress(void* context, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
 
 void prepare(CURL* handle, Exchange& exchange, char* message) {
     const TransferRequest& request = exchange.request;
-    const bool isSecure = startsWithoutCase(request.url, "https:");
+    const bool isSecure = startsWithIgnoringCase(request.url, "https:");
     curl_easy_setopt(handle, CURLOPT_URL, request.url.c_str());
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(handle, CURLOPT_REDIR_PROTOCOLS_STR, isSecure ? "https" : "http,https");

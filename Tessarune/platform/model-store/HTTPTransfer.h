@@ -26,7 +26,7 @@ struct TransferOutcome {
         complete, ///< the whole response has arrived
         again,    ///< worth a retry: interrupted, stalled, unreachable, busy
         refused,  ///< a retry would fail the same way
-        stopped   ///< at a request to stop
+        stopped   ///< ended by a stop request
     };
     Kind kind = Kind::refused;
     std::string reason; ///< why the transfer is not complete

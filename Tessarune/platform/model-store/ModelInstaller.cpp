@@ -259,7 +259,7 @@ struct ModelInstaller::Shared {
             }
             if (failure && !job->failure) {
                 job->failure = failure;
-                job->stop.request_stop(); // the other files are useless without it
+                job->stop.request_stop(); // without this file, the others are useless
             }
         }
     }

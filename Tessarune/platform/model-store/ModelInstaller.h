@@ -29,8 +29,8 @@ class ModelInstaller {
     ModelInstaller& operator=(const ModelInstaller&) = delete;
 
     /// Returns why the model is unusable; empty if it is in any part of the store, all its
-    /// checksums match and its trial, if there is one, succeeds. Throws if the trial could not be
-    /// made.
+    /// checksums match and its trial, if there is one, succeeds. Throws if the trial cannot be
+    /// run.
     Task<std::string> flaw(ModelKind kind, std::string name, ModelTrial trial = {});
 
     /// Returns when the model is installed. Keeps an intact one; replaces a damaged one once the

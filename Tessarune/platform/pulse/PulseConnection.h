@@ -15,7 +15,7 @@ namespace tessarune {
 ///
 /// After the first success the connection is maintained: when it breaks, it is retried with growing
 /// pauses. It never starts a server: a user who has ended the server does not want it back, and a
-/// server without hardware would hide that there is none.
+/// server without hardware would hide that the hardware is missing.
 ///
 /// Any thread, unless noted "under the lock", which is the loop's. Owned by the sound server and
 /// its streams, never by the loop's thread.

@@ -41,8 +41,8 @@ class SingleInstance : public QObject, protected QDBusContext {
     Standing standing() const { return standing_; }
     /// Calls `handler` with the requests of others from now on, and at once with earlier ones.
     void serve(std::function<void(const InstanceRequest&)> handler);
-    /// Answers requests from now on that this program is ending; the other programs wait for the
-    /// id.
+    /// From now on, answers requests with the error that this program is ending. Their senders wait
+    /// until the id is free.
     void refuse() { isEnding_ = true; }
     /// Passes the request to the running program. Returns the reason for a failure; empty on
     /// success, and also if the other program has ended and this one is now the first.

@@ -7,9 +7,9 @@
 
 namespace tessarune {
 
-/// Reports when the computer is about to sleep or shut down, which it learns from the system's
-/// login manager, and delays that until the program is ready, for a few seconds at most. Does
-/// nothing without such a manager. Main thread, with the application object.
+/// Reports when the computer is about to sleep or shut down, as announced by the system's login
+/// manager, and delays this until the program is ready, for a few seconds at most. Does nothing
+/// without such a manager. Main thread, with the application object.
 class SleepWatch : public QObject {
     Q_OBJECT
 

@@ -24,7 +24,7 @@ TrayWatch::TrayWatch(QDBusConnection bus, std::function<void()> onTray)
     connect(&services_, &QDBusServiceWatcher::serviceRegistered, this, &TrayWatch::ask);
     connect(&services_, &QDBusServiceWatcher::serviceUnregistered, this, [this] {
         isThere_ = false;
-        ++endCount_;
+        ++epoch_;
     });
     // The service may appear before any panel displays its items.
     bus_.connect(trayService, trayPath, trayService, QStringLiteral("StatusNotifierHostRegistered"),
@@ -39,16 +39,15 @@ void TrayWatch::ask() {
     call << trayService << QStringLiteral("IsStatusNotifierHostRegistered");
     call.setAutoStartService(false);
     auto* const watcher = new QDBusPendingCallWatcher(bus_.asyncCall(call), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this,
-            [this, watcher, endCount = endCount_] {
-                const QDBusPendingReply<QDBusVariant> reply = *watcher;
-                watcher->deleteLater();
-                if (endCount != endCount_)
-                    return; // the answer of a service that has ended meanwhile
-                isThere_ = !reply.isError() && reply.value().variant().toBool();
-                if (isThere_)
-                    onTray_();
-            });
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, epoch = epoch_] {
+        const QDBusPendingReply<QDBusVariant> reply = *watcher;
+        watcher->deleteLater();
+        if (epoch != epoch_)
+            return; // the answer of a service that has ended meanwhile
+        isThere_ = !reply.isError() && reply.value().variant().toBool();
+        if (isThere_)
+            onTray_();
+    });
 }
 
 } // namespace tessarune

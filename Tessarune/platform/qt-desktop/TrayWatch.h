@@ -31,7 +31,7 @@ class TrayWatch : public QObject {
     const std::function<void()> onTray_;
     QDBusServiceWatcher services_;
     bool isThere_ = false;
-    unsigned endCount_ = 0; // how often the service has ended
+    unsigned epoch_ = 0; // counts how often the service has ended
 };
 
 } // namespace tessarune

@@ -1,7 +1,7 @@
 #pragma once
 
-/// The capabilities of an X11 desktop, including XWayland. Main thread,
-/// with the application object; the functions return false on other platforms.
+/// The capabilities of an X11 desktop, including XWayland. Main thread, with the application
+/// object; the functions return false on other platforms.
 namespace tessarune::X11Desktop {
 
 /// Whether the current window manager keeps a window above others on request.

@@ -22,8 +22,7 @@ QtMessageHandler previousHandler = nullptr;
 void doLastWork() {
     if (const auto work = std::exchange(pendingWork(), {})) {
         work();
-        std::_Exit(
-            EXIT_FAILURE); // an orderly exit would destroy objects that other threads still use
+        std::_Exit(EXIT_FAILURE); // other threads still use objects that an orderly exit destroys
     }
 }
 

@@ -52,7 +52,7 @@ struct OfflineTranslationService::Shared {
         return engine;
     }
 
-    /// Keeps a hung engine from new sessions.
+    /// Abandons a hung engine: new sessions get another one.
     void abandon(const std::string& modelName, const std::shared_ptr<PairEngine>& engine) {
         const MutexLock lock(mutex);
         Engines& known = engines[modelName];

@@ -63,7 +63,7 @@ class WordNetLibrary {
             readUses();
     }
 
-    bool knows(std::string_view word) const {
+    bool canLookUp(std::string_view word) const {
         return isOpen_ && !word.empty() && word.size() <= longestWord && Text::isASCII(word);
     }
 
@@ -164,7 +164,7 @@ auto askWordNet(std::string_view word, Question question) {
     const MutexLock guard(lock);
     static const WordNetLibrary library;
     using Answer = decltype(question(library));
-    return library.knows(word) ? question(library) : Answer();
+    return library.canLookUp(word) ? question(library) : Answer();
 }
 
 } // namespace
