@@ -14,7 +14,7 @@ bool contains(const QString& text, QChar::Script script) {
     return std::ranges::any_of(text, [&](QChar character) { return character.script() == script; });
 }
 
-/// Whether a Chinese text is in traditional characters: counts frequent ones.
+/// Whether a Chinese text is traditional: compares how often frequent characters have either form.
 bool isTraditional(const QString& text) {
     const auto count = [&](QStringView characters) {
         return std::ranges::count_if(text, [&](QChar each) { return characters.contains(each); });

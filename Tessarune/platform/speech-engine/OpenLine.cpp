@@ -274,7 +274,7 @@ OpenLine::Joint OpenLine::jointOf(const Words& front, bool beginsInside, const W
                                   const Words& guess) {
     const auto step = [](const Word& a, const Word& b) { return sameKey(a, b) ? 1.0 : -1.0; };
     constexpr double putInFront = -1.5;
-    std::vector<double> frontFit; // of `front` ending before each place
+    std::vector<double> frontFit; // best of a `front` that ends before each place
     for (std::size_t words = 0; words <= guess.size(); ++words)
         frontFit.push_back(putInFront * static_cast<double>(words));
     for (const Word& word : front) {
@@ -287,7 +287,7 @@ OpenLine::Joint OpenLine::jointOf(const Words& front, bool beginsInside, const W
             before = std::exchange(frontFit[i + 1], best);
         }
     }
-    std::vector<double> behindFit(guess.size() + 1, 0); // of `behind` beginning at each place
+    std::vector<double> behindFit(guess.size() + 1, 0); // of a `behind` that begins at each place
     for (auto word = behind.rbegin(); word != behind.rend(); ++word) {
         double after = behindFit.back();
         behindFit.back() -= 1;
@@ -344,7 +344,7 @@ std::size_t OpenLine::wordsToSettle(const Words& words, std::size_t shownBefore,
     std::string text;
     for (const Word& word : words)
         text += word.run.text + " ";
-    text += "x"; // the line continues
+    text += "x"; // for the words that follow: the line continues
     std::size_t sentence = 0;
     std::size_t clause = 0;
     std::size_t count = 0;

@@ -44,8 +44,8 @@ struct RecognitionPolicy {
     std::function<double()> processorSeconds = processorSecondsOfProcess;
     /// Words wait for confirmation by the next pass only if it follows within this many seconds.
     double longestWaitForAgreement = 0.6;
-    /// A shorter line, in seconds, is left to the engine, which closes it at the next pause, a
-    /// better place.
+    /// Seconds. A shorter line is left to the engine, which closes it at the next pause, a better
+    /// place.
     double shortestLineToClose = 5;
     /// The maximum wait for a rest between two words at which a line can be closed.
     double longestWaitForRest = 1.0;
@@ -58,7 +58,7 @@ struct RecognitionPolicy {
     /// The number of complete lines after which the engine's stream is recreated to keep its list
     /// short.
     std::size_t linesBeforeRestart = 300;
-    /// The memory that a recording's model must fit.
+    /// The computer's memory, which limits the size of a recording's model.
     std::uint64_t memoryBytes = memoryBytesOfComputer();
 };
 

@@ -56,7 +56,7 @@ class TranscriptReader {
     bool isInLine_ = false;
     OpenLine line_;
     std::vector<SpeechRun> last_;      ///< the words of the last complete line
-    std::optional<SpeechResult> open_; ///< the last result after its last final
+    std::optional<SpeechResult> open_; ///< what it shows after its last final
 };
 
 } // namespace tessarune
