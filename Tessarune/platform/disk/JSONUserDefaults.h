@@ -12,9 +12,9 @@ namespace tessarune {
 /// The settings store as one JSON file, rewritten completely at every change; both front ends share
 /// it. Main queue.
 ///
-/// A change locks the file's folder and reads the file again first, so that a change by the other
-/// front end is not lost, and keeps every other key and value, known or not. An unreadable file is
-/// never overwritten: settings are then kept in memory only, and `problem` says so.
+/// A change first locks the file's folder and reads the file again, so that a change by the other
+/// front end is not lost. It keeps all other keys and values, even unknown ones. An unreadable file
+/// is never overwritten: settings are then kept in memory only, and `problem` says so.
 class JSONUserDefaults final : public UserDefaults {
   public:
     JSONUserDefaults(FileSystem& files, std::filesystem::path file);

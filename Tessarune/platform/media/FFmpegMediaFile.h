@@ -4,10 +4,10 @@
 
 namespace tessarune {
 
-/// Opens anything that FFmpeg's libraries read; an `OpenMediaFile`.
+/// Opens any sound file that FFmpeg's libraries can read; an `OpenMediaFile`.
 std::unique_ptr<MediaFile> openFFmpegMediaFile(const std::filesystem::path& path);
 
-/// The same as an `OpenAwaitedMediaFile`.
+/// Also opens pipes; `stop` ends a wait for their data. An `OpenAwaitedMediaFile`.
 std::unique_ptr<MediaFile> openAwaitedFFmpegMediaFile(const std::filesystem::path& path,
                                                       std::stop_token stop);
 

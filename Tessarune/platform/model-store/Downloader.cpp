@@ -109,7 +109,7 @@ class Fetch {
     double pause() const { return tries_.pause(); }
 
   private:
-    /// The size of the partial file; an impossible one is removed.
+    /// The size of the partial file, 0 if there is none. Removes a file that is too large.
     std::uint64_t partialSize() {
         if (!files_.exists(part_))
             return 0;
@@ -164,7 +164,7 @@ class Fetch {
             return State::done;
         }
         files_.remove(part_);
-        // Parts of different editions do not make a valid file.
+        // It may consist of parts of different editions: fetches it once more.
         if (wasContinued_ && !std::exchange(hasRestarted_, true))
             return State::again;
         fail(file_.name, file_.url, wrong);

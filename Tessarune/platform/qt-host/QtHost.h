@@ -36,7 +36,7 @@ class QtHost final : public QObject, public Host {
     bool event(QEvent* event) override;
 
   private:
-    /// Asks the event loop to call `runDue`; repeated requests are one. Any thread.
+    /// Asks the event loop to call `runDue`; repeated requests are combined. Any thread.
     void wake();
     void runDue();
     void armTimer();

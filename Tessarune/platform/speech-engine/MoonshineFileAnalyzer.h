@@ -22,7 +22,7 @@ class MoonshineFileAnalyzer final : public SpeechFileAnalyzer {
     };
 
     /// `model`: "automatic" for the best one, or a name. `worker` should be of utility priority;
-    /// the engine's own threads take over its niceness when the model is loaded.
+    /// the engine's own threads inherit its niceness when the model is loaded.
     MoonshineFileAnalyzer(Executor worker, std::shared_ptr<SpeechModels> models, std::string model,
                           SpeechTranscriberOptions options, Policy policy);
     ~MoonshineFileAnalyzer() override;

@@ -27,9 +27,9 @@ constexpr std::size_t wordsBehindToFix = 7;
 /// anywhere.
 constexpr double clauseSeconds = 2;
 constexpr double anywhereSeconds = 3;
-/// Fewer words are not settled on their own.
+/// The minimum number of words that are settled at once.
 constexpr std::size_t fewestWords = 3;
-/// A single word may be repeated three times, longer runs twice.
+/// A single word may occur three times in a row, a longer run twice.
 constexpr std::size_t longestRepeat = 4;
 constexpr std::size_t timesOfAWord = 3;
 constexpr std::size_t timesOfARun = 2;
