@@ -57,7 +57,8 @@ class MediaFile {
     /// the end, `read` returns null. Also works after the end and after a failure. Throws
     /// MediaFileError, `unsupported` if seeking is impossible, as in a pipe.
     virtual void seek(double /*seconds*/) {
-        throw MediaFileError(MediaFileError::Kind::unsupported, "seeking is not possible in this sound");
+        throw MediaFileError(MediaFileError::Kind::unsupported,
+                             "seeking is not possible in this sound");
     }
 };
 

@@ -30,7 +30,7 @@ struct HistoryTranscriptPDFDocument {
     static std::optional<HistoryTranscriptPDFDocument> decoded(std::string_view json);
 };
 
-/// Seam: lays a document out and returns the PDF's bytes. Blocks. Throws std::exception with a text
+/// Interface: lays a document out and returns the PDF's bytes. Blocks. Throws std::exception with a text
 /// for the user.
 using WriteTranscriptPDF = std::function<std::string(const HistoryTranscriptPDFDocument&)>;
 

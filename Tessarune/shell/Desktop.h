@@ -4,7 +4,7 @@
 
 namespace tessarune {
 
-/// Seam: the desktop's services that the program uses. Main queue.
+/// Interface: the desktop's services that the program uses. Main queue.
 class Desktop {
   public:
     enum class LoginState {

@@ -11,7 +11,7 @@ namespace tessarune {
 
 using SettingValue = std::variant<bool, std::int64_t, double, std::string>;
 
-/// Seam: the store behind the settings: named plain values that outlive the program. Main queue.
+/// Interface: the store behind the settings: named plain values that outlive the program. Main queue.
 ///
 /// The caller judges values of an unexpected kind; unknown keys are kept unchanged.
 class UserDefaults {
@@ -27,8 +27,8 @@ class UserDefaults {
     /// Whether something unreadable may be stored under the key: its value is not a plain one, or
     /// the whole store is unreadable.
     virtual bool isUnreadable(std::string_view /*key*/) const { return false; }
-    /// Calls `onChange` after each change by others, such as another program. There is one
-    /// observer, the newest; an empty one ends it.
+    /// Calls `onChange` after each change by another program, and possibly after changes by this
+    /// one. There is one observer, the newest; an empty one ends it.
     virtual void observe(std::function<void()> /*onChange*/) {}
 };
 

@@ -22,19 +22,18 @@ auto nameCodecOf(const Choices& choices) {
 } // namespace
 
 VocabularyPreferences::VocabularyPreferences(UserDefaults& store)
-    : dictionaryProvider(store, all_, "Vocabulary.defaultDictionaryProvider",
-                         {SettingGroup::application,
-                          localizationKey("The dictionary for looking up words.")},
-                         VocabularyDictionaryProvider::youdaoEnglishChinese,
-                         nameCodecOf(vocabularyDictionaryProviders)),
-      pronunciationSource(store, all_, "Vocabulary.defaultPronunciationSource",
-                          {SettingGroup::application,
-                           localizationKey("The source of pronunciations.")},
-                          VocabularyPronunciationSource::youdaoUS,
-                          nameCodecOf(vocabularyPronunciationSources)),
-      progressLibrary(store, all_, "Vocabulary.progressLibrary",
-                      {SettingGroup::application,
-                       localizationKey("The word list for measuring progress.")},
-                      VocabularyProgressLibrary::core, nameCodecOf(vocabularyProgressLibraries)) {}
+    : dictionaryProvider(
+          store, all_, "Vocabulary.defaultDictionaryProvider",
+          {SettingGroup::application, localizationKey("The dictionary for looking up words.")},
+          VocabularyDictionaryProvider::youdaoEnglishChinese,
+          nameCodecOf(vocabularyDictionaryProviders)),
+      pronunciationSource(
+          store, all_, "Vocabulary.defaultPronunciationSource",
+          {SettingGroup::application, localizationKey("The source of pronunciations.")},
+          VocabularyPronunciationSource::youdaoUS, nameCodecOf(vocabularyPronunciationSources)),
+      progressLibrary(
+          store, all_, "Vocabulary.progressLibrary",
+          {SettingGroup::application, localizationKey("The word list for measuring progress.")},
+          VocabularyProgressLibrary::core, nameCodecOf(vocabularyProgressLibraries)) {}
 
 } // namespace tessarune

@@ -69,7 +69,8 @@ void JSONUserDefaults::load() {
     try {
         Json parsed = JSON::parse(files_.read(file_));
         if (!parsed.is_object())
-            throw std::runtime_error(localized("%@ holds no JSON object", {file_.string()}));
+            throw std::runtime_error(
+                localized("%@ does not contain a JSON object", {file_.string()}));
         content_->object = std::move(parsed);
         readOnly_ = false;
         problem_.clear();

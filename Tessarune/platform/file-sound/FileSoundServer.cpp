@@ -271,7 +271,8 @@ Task<std::unique_ptr<RecordStream>> FileSoundServer::openRecordStream(RecordRequ
 Task<std::unique_ptr<PlaybackStream>> FileSoundServer::openPlaybackStream(PlaybackRequest,
                                                                           Executor executor) {
     co_await switchTo(executor);
-    throw SoundServerError(SoundServerError::noSuchDevice, "a file plays nothing");
+    throw SoundServerError(SoundServerError::noSuchDevice,
+                           "a sound file cannot be used for playback");
 }
 
 } // namespace tessarune

@@ -106,7 +106,7 @@ class FFmpegMediaFile final : public MediaFile {
 
     void seek(double seconds) override {
         if (!input_.canSeek())
-            fail(Kind::unsupported, path_, localized("cannot be played from another place"));
+            fail(Kind::unsupported, path_, localized("cannot be played from another position"));
         ready_.clear();
         resampler_.reset();
         toDrop_ = 0;

@@ -97,7 +97,7 @@ class Fetch {
                 return afterFailure(outcome);
             if (file_.bytes != 0 && partialSize() != file_.bytes)
                 return afterFailure({TransferOutcome::Kind::again,
-                                     localized("the server ended the file before its size"),
+                                     localized("the server ended the file too early"),
                                      {},
                                      false});
         } else {

@@ -163,7 +163,7 @@ std::string reasonOf(CURLcode code, long status, const char* message) {
     case CURLE_COULDNT_CONNECT:
         return localized("no connection to the server");
     case CURLE_OPERATION_TIMEDOUT:
-        return localized("the server does not answer, or too slowly");
+        return localized("the server does not answer or is too slow");
     case CURLE_PARTIAL_FILE:
     case CURLE_GOT_NOTHING:
     case CURLE_SEND_ERROR:
@@ -198,7 +198,7 @@ TransferOutcome outcomeOf(CURLcode code, const Exchange& exchange, const char* m
     } else if (exchange.rangeWasWrong || (code == CURLE_HTTP_RETURNED_ERROR && status == 416)) {
         outcome.kind = Kind::again;
         outcome.rangeWasWrong = true;
-        outcome.reason = localized("the server did not send the part that was asked for");
+        outcome.reason = localized("the server did not send the requested part");
     } else {
         outcome.kind = isWorthRetrying(code, status) ? Kind::again : Kind::refused;
         outcome.reason = reasonOf(code, status, message);

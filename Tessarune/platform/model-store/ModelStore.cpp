@@ -33,7 +33,7 @@ void parseRecord(const std::string& text, StoredModel& model) {
                        entry.at("bytes").get_ref<const std::uint64_t&>(),
                        entry.at("sha256").get<std::string>()};
         if (!ModelStore::isSafeName(file.name) || !isSHA256(file.sha256))
-            throw std::runtime_error("a record with a name or a sum that cannot be one");
+            throw std::runtime_error("a record with an invalid name or checksum");
         model.files.push_back(std::move(file));
     }
     if (model.files.empty())
@@ -78,7 +78,7 @@ bool ModelStore::isSafeName(std::string_view name) {
 
 std::filesystem::path ModelStore::folder(ModelKind kind, std::string_view name) const {
     if (!isSafeName(name))
-        throw std::invalid_argument("no name for a model: " + std::string(name));
+        throw std::invalid_argument("invalid model name: " + std::string(name));
     return writable_ / folderName(kind) / name;
 }
 

@@ -130,7 +130,8 @@ void SelectableText::drawPictures(QPainter& painter, const QGlyphRun& run, QPoin
         const QRectF box = one.boundingRect().adjusted(-1, -1, 1, 1);
         if (box.isEmpty())
             continue;
-        QImage& picture = pictures_[{glyphs[i], static_cast<int>(run.rawFont().pixelSize() * 10)}];
+        QImage& picture = pictures_[{run.rawFont().familyName(), glyphs[i],
+                                     static_cast<int>(run.rawFont().pixelSize() * 10)}];
         if (picture.isNull()) {
             picture =
                 QImage((box.size() * pictureScale).toSize(), QImage::Format_ARGB32_Premultiplied);

@@ -11,7 +11,7 @@
 #include <QString>
 #include <QTextLayout>
 #include <map>
-#include <utility>
+#include <tuple>
 #include <vector>
 
 namespace tessarune {
@@ -50,7 +50,7 @@ class SelectableText {
 
     std::vector<Face> faces_;
     QHash<QByteArray, int> faceNumbers_; ///< by tables that differ between font files
-    std::map<std::pair<quint32, int>, QImage> pictures_;
+    std::map<std::tuple<QString, quint32, int>, QImage> pictures_; ///< by family, glyph and size
 };
 
 } // namespace tessarune

@@ -12,7 +12,7 @@ int main(int argc, char** argv) {
     const std::string input(std::istreambuf_iterator<char>(std::cin), {});
     const auto document = HistoryTranscriptPDFDocument::decoded(input);
     if (!document) {
-        std::cerr << "tessarune-pdf: standard input holds no transcript\n";
+        std::cerr << "tessarune-pdf: standard input is not a transcript\n";
         return 65;
     }
     const QByteArray pdf = HistoryTranscriptPDFWriter::pdf(*document);

@@ -39,8 +39,7 @@ void SleepWatch::inhibit() {
         watcher->deleteLater();
         if (reply.isError()) {
             TessaruneLog::app.info([&reply] {
-                return "no login manager holds up a sleep: " +
-                       reply.error().message().toStdString();
+                return "sleep cannot be delayed: " + reply.error().message().toStdString();
             });
             return;
         }

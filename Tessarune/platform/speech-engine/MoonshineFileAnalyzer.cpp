@@ -59,7 +59,7 @@ class MoonshineFileAnalyzer::Recognition {
 
     Results analyze(const AudioBuffer& block, const std::stop_token& stop) {
         if (block.format != AudioFormat{speechSampleRate, 1})
-            throw std::runtime_error("The speech engine was given sound in a wrong format.");
+            throw std::runtime_error("The speech engine received sound in the wrong format.");
         Results results;
         std::span<const float> left(block.samples);
         while (!left.empty() && !stop.stop_requested()) {

@@ -30,8 +30,7 @@ std::uint32_t architectureOf(const StoredModel& model) {
         if (failed == std::errc() && rest == end)
             return number;
     }
-    throw ModelDamaged(
-        localized("%@: its record does not say which architecture it has", {model.name}));
+    throw ModelDamaged(localized("%@: the record does not name its architecture", {model.name}));
 }
 
 } // namespace

@@ -82,7 +82,7 @@ void RecognitionSession::guarded(Work work) {
 void RecognitionSession::take(const AudioBuffer& buffer) {
     guarded([&] {
         if (buffer.format != AudioFormat{speechSampleRate, 1})
-            throw std::runtime_error("The speech engine was given sound in a wrong format.");
+            throw std::runtime_error("The speech engine received sound in the wrong format.");
         if (backlog_->seconds + buffer.seconds() > policy_.mostUnheardSeconds)
             giveUpUnheard();
         std::vector<float> samples = highPass_.filtered(buffer.samples);

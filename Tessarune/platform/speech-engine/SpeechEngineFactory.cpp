@@ -34,7 +34,7 @@ SpeechEngine makeSpeechEngine(Host& host, ModelStore& store,
             std::shared_ptr<SpeechTranscriber> transcriber) -> std::shared_ptr<SpeechAnalyzer> {
         const auto ours = std::dynamic_pointer_cast<MoonshineSpeechTranscriber>(transcriber);
         if (!ours)
-            throw std::logic_error("an analyzer works for a transcriber of its own engine");
+            throw std::logic_error("the transcriber belongs to another engine");
         return std::make_shared<MoonshineSpeechAnalyzer>(host, worker, models, *ours,
                                                          ours->results(), policy, backlog);
     };

@@ -68,7 +68,7 @@ void SpeechModelSpeeds::observe(const std::string& model, double lookRatio, std:
         store_.files().writeAtomically(file(), stored.dump() + "\n");
     } catch (const std::exception& failure) {
         TessaruneLog::asr.notice(
-            [&] { return std::string("the speed of a model was not kept: ") + failure.what(); });
+            [&] { return std::string("the speed of a model was not saved: ") + failure.what(); });
     }
 }
 

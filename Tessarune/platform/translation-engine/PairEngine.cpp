@@ -89,7 +89,8 @@ Task<void> PairEngine::tryOut(Host& host, StoredModel model, double seconds) {
         try {
             const TranslationEngine engine(translationFilesOf(model));
             if (engine.translate(warmUpText).empty())
-                throw std::runtime_error(localized("%@ translates to nothing.", {model.name}));
+                throw std::runtime_error(
+                    localized("%@ produces an empty translation.", {model.name}));
         } catch (const std::exception& failure) {
             throw ModelDamaged(failure.what());
         }
