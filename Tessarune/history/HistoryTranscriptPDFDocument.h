@@ -30,8 +30,8 @@ struct HistoryTranscriptPDFDocument {
     static std::optional<HistoryTranscriptPDFDocument> decoded(std::string_view json);
 };
 
-/// Interface: lays a document out and returns the PDF's bytes. Blocks. Throws std::exception with a text
-/// for the user.
+/// Interface: lays a document out and returns the PDF's bytes. Blocks. Throws std::exception with a
+/// text for the user.
 using WriteTranscriptPDF = std::function<std::string(const HistoryTranscriptPDFDocument&)>;
 
 } // namespace tessarune

@@ -160,6 +160,17 @@ std::optional<HistoryWordTimeline> Timeline::build(std::optional<double> recordi
     return timeline;
 }
 
+Timeline Timeline::endingBy(double seconds) const {
+    Timeline bounded = *this;
+    for (Word& word : bounded.words)
+        word.t = std::min(word.t, seconds);
+    for (Sentence& sentence : bounded.sentences) {
+        sentence.start = std::min(sentence.start, seconds);
+        sentence.end = std::min(sentence.end, seconds);
+    }
+    return bounded;
+}
+
 std::vector<Timeline::Sentence> Timeline::derivedSentencesFromWords() const {
     std::vector<Sentence> derived;
     for (auto first = words.begin(); first != words.end();) {

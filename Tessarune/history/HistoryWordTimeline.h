@@ -75,6 +75,10 @@ struct HistoryWordTimeline {
                                                     std::span<const CaptionSegment> segments,
                                                     const WordEvents& wordEvents);
 
+    /// The same with every time at most `seconds`. The words of a row that was still open at a stop
+    /// are spread up to the stop, after the last sound.
+    HistoryWordTimeline endingBy(double seconds) const;
+
     /// Sentences derived from runs of words of the same row, for timelines that were saved without
     /// sentences.
     std::vector<Sentence> derivedSentencesFromWords() const;

@@ -103,7 +103,8 @@ bool FormerTranscript::wasHeard(double heardSeconds, bool isWhole) const {
         return false;
     const double mostLate = recordedSeconds ? mostLateStartSeconds : lengthSlackSeconds;
     return !timeline || std::ranges::all_of(timeline->sentences, [&](const FormerSentence& each) {
-        return each.end <= heardSeconds + mostLate;
+        // Not its end: a row that was still open at a stop ended with the stop, after the sound.
+        return each.start <= heardSeconds + mostLate;
     });
 }
 

@@ -197,9 +197,12 @@ bool LiveSessionStop::persist() {
 bool LiveSessionStop::persistTranscript() {
     const auto request = refinementRequest();
     LiveRecordingTracker& recording = store_.recordingTracker_;
-    const auto timeline = HistoryWordTimeline::build(
+    auto timeline = HistoryWordTimeline::build(
         recording.currentStartedAt(), *store_.environment_.settings.selectedRecognitionOptionID,
         *store_.core_.committedSegments, store_.core_.wordEvents());
+    const auto entry = recording.currentRecordingMetadata();
+    if (timeline && entry && entry->duration > 0)
+        timeline = timeline->endingBy(entry->duration);
     const TranscriptSnapshot texts = store_.texts_.savedTexts();
     store_.texts_.noteSaved();
     const bool persisted =

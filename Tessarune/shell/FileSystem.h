@@ -30,8 +30,8 @@ class AppendFile {
     virtual void close() = 0;
 };
 
-/// Interface: the disk, so that its faults can be simulated. Any thread; no operation changes the state
-/// of the object itself.
+/// Interface: the disk, so that its faults can be simulated. Any thread; no operation changes the
+/// state of the object itself.
 ///
 /// Failures throw std::system_error with the disk's error code, and a text that names the path.
 class FileSystem {

@@ -11,7 +11,8 @@ namespace tessarune {
 
 using SettingValue = std::variant<bool, std::int64_t, double, std::string>;
 
-/// Interface: the store behind the settings: named plain values that outlive the program. Main queue.
+/// Interface: the store behind the settings: named plain values that outlive the program. Main
+/// queue.
 ///
 /// The caller judges values of an unexpected kind; unknown keys are kept unchanged.
 class UserDefaults {

@@ -140,10 +140,10 @@ TEST(HistoryRefinementTests, WhatFailsLeavesTheFormerTranscriptWhole) {
         {"the file cannot be read", Status::failed, [](auto& r) { r.damagedAt = 0; }},
         {"the file is shorter than what was recorded", Status::failed,
          [](auto& r) { r.setDuration(65); }},
-        {"a sentence is behind the end", Status::failed,
+        {"a sentence begins behind the end", Status::failed,
          [](auto& r) {
              HistoryWordTimeline former;
-             former.sentences = {{"Old words.", 62, 64, std::nullopt, "audioWord"}};
+             former.sentences = {{"Old words.", 64, 65, std::nullopt, "audioWord"}};
              r.catalog.saveWordTimeline(former, r.id);
          }},
         {"an import is damaged, and its times are lost", Status::failed,

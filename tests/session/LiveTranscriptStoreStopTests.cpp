@@ -201,6 +201,18 @@ TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
     }
 }
 
+TEST_F(LiveTranscriptStoreStopTests, WordTimesEndWithTheSoundHoweverLongTheStopTakes) {
+    session.engine.script.finishNeverEnds = true;
+    begin();
+    session.say(false, "Still being spoken");
+    endAndWait();
+    const auto timeline = HistoryWordTimeline::decoded(
+        session.files.contentsOf(session.catalog->wordTimelineURL(recording().id)));
+    ASSERT_TRUE(timeline);
+    EXPECT_LE(timeline->sentences.at(0).end, recording().duration);
+    EXPECT_LE(timeline->words.back().t, recording().duration);
+}
+
 TEST_F(LiveTranscriptStoreStopTests, OnlyAnEmptySessionIsNotKept) {
     for (const bool hears : {false, true}) {
         session.launch();
