@@ -19,9 +19,9 @@ void publish(Published<T>& published, T value) {
 
 } // namespace
 
-/// The player as seen from other queues.
-struct AudioPlayer::Line {
-    AudioPlayer* player = nullptr; ///< null once it is destroyed; main queue
+/// Lets tasks on other queues reach the player as long as it exists.
+struct AudioPlayer::WeakSelf {
+    AudioPlayer* player = nullptr; ///< null after its destruction; main queue only
 };
 
 AudioPlayer::AudioPlayer(Host& host, PlaybackParts parts)
@@ -30,10 +30,10 @@ AudioPlayer::AudioPlayer(Host& host, PlaybackParts parts)
       parts_(std::move(parts)),
       queue_(host.serialQueue("Tessarune.AudioPlayer", QueuePriority::userInitiated)),
       measuringQueue_(host.serialQueue("Tessarune.AudioPlayer.loudness", QueuePriority::utility)),
-      line_(std::make_shared<Line>(Line{this})) {}
+      weakSelf_(std::make_shared<WeakSelf>(WeakSelf{this})) {}
 
 AudioPlayer::~AudioPlayer() {
-    line_->player = nullptr;
+    weakSelf_->player = nullptr;
     teardown();
     queue_->sync([] {}); // the parts are not used afterwards
 }
@@ -59,17 +59,17 @@ void AudioPlayer::load(const std::filesystem::path& path) {
     teardown();
     path_ = path;
     engine_ = std::make_shared<PlaybackEngine>(parts_, Executor::queue(host_, queue_));
-    queue_->async([engine = engine_, line = line_, path, token = loadToken_, &host = host_] {
+    queue_->async([engine = engine_, weak = weakSelf_, path, token = loadToken_, &host = host_] {
         try {
             const PlaybackEngine::Loaded loaded = engine->load(path);
-            host.post([line, loaded, token] {
-                if (line->player)
-                    line->player->finishLoad(loaded, token);
+            host.post([weak, loaded, token] {
+                if (weak->player)
+                    weak->player->finishLoad(loaded, token);
             });
         } catch (const std::exception& error) {
-            host.post([line, why = std::string(error.what()), token] {
-                if (line->player)
-                    line->player->failLoad(why, token);
+            host.post([weak, why = std::string(error.what()), token] {
+                if (weak->player)
+                    weak->player->failLoad(why, token);
             });
         }
     });
@@ -78,7 +78,7 @@ void AudioPlayer::load(const std::filesystem::path& path) {
 void AudioPlayer::finishLoad(const PlaybackEngine::Loaded& loaded, std::uint64_t token) {
     if (token != loadToken_)
         return;
-    isLoudnessKnown_ = loaded.loudness.isWhole;
+    isLoudnessKnown_ = loaded.loudness.isExact;
     publish(duration, loaded.duration);
     publish(isLoaded, true);
     if (*currentTime > *duration && *duration > 0)
@@ -87,11 +87,11 @@ void AudioPlayer::finishLoad(const PlaybackEngine::Loaded& loaded, std::uint64_t
         schedule();
 }
 
-/// A file that was unreadable may be back: a disk that was reconnected.
+/// Tries an unreadable file again: its disk may have been reconnected.
 void AudioPlayer::loadAgain() {
-    const double place = *currentTime;
+    const double position = *currentTime;
     load(std::filesystem::path(path_));
-    seek(place);
+    seek(position);
 }
 
 void AudioPlayer::failLoad(const std::string& why, std::uint64_t token) {
@@ -102,22 +102,22 @@ void AudioPlayer::failLoad(const std::string& why, std::uint64_t token) {
     publish(problem, why);
 }
 
-/// The estimate is close enough at first; the exact value follows some seconds later.
-void AudioPlayer::measureWhole(const std::filesystem::path& path) {
+/// Replaces the estimated gain by the exact one, which takes some seconds.
+void AudioPlayer::measureLoudness(const std::filesystem::path& path) {
     isLoudnessKnown_ = true;
     measuring_ = std::stop_source();
-    measuringQueue_->async([path, open = parts_.open, stop = measuring_.get_token(), line = line_,
-                            token = loadToken_, &host = host_] {
+    measuringQueue_->async([path, open = parts_.open, stop = measuring_.get_token(),
+                            weak = weakSelf_, token = loadToken_, &host = host_] {
         Loudness loudness;
         try {
             loudness = Loudness::measured(*open(path), stop);
-        } catch (const MediaFileError&) { // the estimate stays
+        } catch (const MediaFileError&) { // keeps the estimate
         }
-        if (!loudness.isWhole)
+        if (!loudness.isExact)
             return;
-        host.post([line, token, gain = loudness.gainDB] {
-            if (line->player && line->player->loadToken_ == token)
-                line->player->onEngine(
+        host.post([weak, token, gain = loudness.gainDB] {
+            if (weak->player && weak->player->loadToken_ == token)
+                weak->player->onEngine(
                     [gain](PlaybackEngine& engine) { engine.setGain(gain, false); });
         });
     });
@@ -134,8 +134,8 @@ void AudioPlayer::startPlayback() {
     if (!engine_)
         loadAgain();
     publish(problem, std::string());
-    const bool isClose = *duration > 0 && *currentTime >= *duration - atEndSeconds;
-    if ((isAtEnd_ || isClose) && !*boundedPlaybackSentenceIndex)
+    const bool isNearEnd = *duration > 0 && *currentTime >= *duration - atEndSeconds;
+    if ((isAtEnd_ || isNearEnd) && !*boundedPlaybackSentenceIndex)
         seek(0);
     publish(isPlaying, true);
     if (!*isLoaded)
@@ -190,13 +190,13 @@ void AudioPlayer::playBounded(std::size_t sentenceIndex, double start, double en
 void AudioPlayer::repeatBounded(std::size_t sentenceIndex, double start, double end) {
     setBounds(sentenceIndex, start, end);
     publish(repeatsBoundedPlayback, true);
-    followBounds();
+    applyBounds();
     startPlayback();
 }
 
 void AudioPlayer::clearBounds() {
     dropBounds();
-    followBounds();
+    applyBounds();
 }
 
 void AudioPlayer::setBounds(std::size_t sentenceIndex, double start, double end) {
@@ -205,10 +205,10 @@ void AudioPlayer::setBounds(std::size_t sentenceIndex, double start, double end)
     boundedPlaybackEndTime_ = end > 0 ? std::optional(end) : std::nullopt;
 }
 
-/// The engine keeps its place.
-void AudioPlayer::followBounds() {
+/// Passes the limits to the engine, which keeps its position.
+void AudioPlayer::applyBounds() {
     if (!needsSchedule_)
-        onEngine([now = stretch()](PlaybackEngine& engine) { engine.setStretch(now); });
+        onEngine([bounds = stretch()](PlaybackEngine& engine) { engine.setStretch(bounds); });
 }
 
 void AudioPlayer::dropBounds() {
@@ -226,11 +226,11 @@ PlaybackStretch AudioPlayer::stretch() const {
 void AudioPlayer::schedule() {
     needsSchedule_ = false;
     if (!isLoudnessKnown_)
-        measureWhole(path_);
-    onEngine([token = ++scheduleToken_, now = stretch(), from = *currentTime,
+        measureLoudness(path_);
+    onEngine([token = ++scheduleToken_, bounds = stretch(), from = *currentTime,
               speed = *rate](PlaybackEngine& engine) {
         engine.setRate(speed);
-        engine.play(token, now, from);
+        engine.play(token, bounds, from);
     });
     startTimer();
 }
@@ -238,15 +238,15 @@ void AudioPlayer::schedule() {
 /// Polls the engine, which knows its position on its own queue.
 void AudioPlayer::startTimer() {
     timer_.cancel();
-    timer_ = host_.after(updateSeconds, [line = line_] {
-        AudioPlayer* player = line->player;
+    timer_ = host_.after(updateSeconds, [weak = weakSelf_] {
+        AudioPlayer* player = weak->player;
         if (!player || !*player->isPlaying)
             return;
         player->startTimer();
-        player->onEngine([line, &host = player->host_](PlaybackEngine& engine) {
-            host.post([line, progress = engine.progress()] {
-                if (line->player)
-                    line->player->take(progress);
+        player->onEngine([weak, &host = player->host_](PlaybackEngine& engine) {
+            host.post([weak, progress = engine.progress()] {
+                if (weak->player)
+                    weak->player->take(progress);
             });
         });
     });

@@ -16,12 +16,12 @@ namespace tessarune {
 /// unchanged pitch, sentence by sentence. Its state is published; views observe it and call the
 /// operations.
 ///
-/// Main queue. The host and the parts outlive it.
+/// Main queue. The host and the parts must outlive it.
 class AudioPlayer {
   public:
     static constexpr double slowestRate = 0.5;
     static constexpr double fastestRate = 3.0;
-    /// Between two updates of `currentTime`.
+    /// Seconds between two updates of `currentTime`.
     static constexpr double updateSeconds = 0.02;
 
     AudioPlayer(Host& host, PlaybackParts parts);
@@ -36,20 +36,21 @@ class AudioPlayer {
     Published<double> duration;    ///< seconds; 0 if unknown
     Published<bool> isLoaded;
     Published<double> rate;
-    /// The sentence to which playback is limited.
+    /// The sentence to which playback is limited; `nullopt` if there is no limit.
     Published<std::optional<std::size_t>> boundedPlaybackSentenceIndex;
     Published<bool> repeatsBoundedPlayback;
     /// Why nothing is audible; empty if all is well. While `isPlaying`, playback resumes by itself
     /// when it can.
     Published<std::string> problem;
 
-    /// Loads another recording, at its beginning. `startPlayback` and `seek` may be called at once.
+    /// Loads another recording, at its beginning. `startPlayback` and `seek` may be called before
+    /// it is loaded.
     void load(const std::filesystem::path& path);
     /// Unloads the recording.
     void teardown();
 
-    /// Resumes, or starts from the beginning if the recording was at its end. Retries an unreadable
-    /// one.
+    /// Resumes, or starts from the beginning if the recording was at its end. Tries again to load a
+    /// recording that was unreadable.
     void startPlayback();
     void pausePlayback();
     void togglePlayback();
@@ -66,16 +67,16 @@ class AudioPlayer {
     void clearBounds();
 
   private:
-    struct Line;
+    struct WeakSelf;
 
     void finishLoad(const PlaybackEngine::Loaded& loaded, std::uint64_t token);
     void failLoad(const std::string& why, std::uint64_t token);
     void loadAgain();
-    void measureWhole(const std::filesystem::path& path);
+    void measureLoudness(const std::filesystem::path& path);
     void schedule();
     PlaybackStretch stretch() const;
     void setBounds(std::size_t sentenceIndex, double start, double end);
-    void followBounds();
+    void applyBounds();
     void dropBounds();
     void startTimer();
     void take(const PlaybackProgress& progress);
@@ -86,16 +87,16 @@ class AudioPlayer {
     const PlaybackParts parts_;
     const std::shared_ptr<SerialQueue> queue_;
     const std::shared_ptr<SerialQueue> measuringQueue_;
-    std::shared_ptr<Line> line_; ///< late results from other queues compare it
+    std::shared_ptr<WeakSelf> weakSelf_; ///< late results from other queues use it
     std::shared_ptr<PlaybackEngine>
         engine_; ///< of the loaded recording, or of the one being loaded
     std::filesystem::path path_;
 
     std::uint64_t loadToken_ = 0;
     std::uint64_t scheduleToken_ = 0;
-    bool needsSchedule_ = true;    ///< the engine is not at `currentTime`
-    bool isAtEnd_ = false;         ///< all of it was heard, whatever length its container states
-    bool isLoudnessKnown_ = false; ///< from the whole file, or being measured
+    bool needsSchedule_ = true; ///< the engine is not at `currentTime`
+    bool isAtEnd_ = false; ///< it was played to its end, whatever duration its container states
+    bool isLoudnessKnown_ = false; ///< measured over the entire file, or being measured
     std::stop_source measuring_;
     DelayedCall timer_;
     double boundedStart_ = 0;

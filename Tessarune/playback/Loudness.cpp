@@ -7,12 +7,12 @@ namespace tessarune {
 
 namespace {
 
-/// A file of this length is read in a hundredth of a second.
+/// A file of up to this length is read completely, in a hundredth of a second.
 constexpr double shortFileSeconds = 60;
 constexpr int partCount = 40;
 constexpr double partSeconds = 0.5;
 
-/// Above this the curve begins to bend.
+/// Samples above this level are compressed.
 constexpr float kneeLevel = 0.8F;
 
 class SquareMeter {
@@ -29,8 +29,9 @@ class SquareMeter {
     std::size_t count_ = 0;
 };
 
-/// Reads at least so many seconds, if possible. True at the end of the file.
-bool listen(MediaFile& file, double seconds, SquareMeter& meter) {
+/// Measures the next `seconds` of sound, as far as they are readable. Returns whether the file has
+/// ended.
+bool measure(MediaFile& file, double seconds, SquareMeter& meter) {
     try {
         while (seconds > 0) {
             const AudioBufferPtr block = file.read();
@@ -39,17 +40,17 @@ bool listen(MediaFile& file, double seconds, SquareMeter& meter) {
             meter.add(*block);
             seconds -= block->seconds();
         }
-    } catch (const MediaFileError&) { // the rest says enough
+    } catch (const MediaFileError&) { // the readable parts are enough for an estimate
     }
     return false;
 }
 
-float bent(float sample) {
+float compressed(float sample) {
     const float level = std::abs(sample);
     if (level <= kneeLevel)
         return sample;
-    constexpr float room = 1 - kneeLevel;
-    return std::copysign(kneeLevel + room * std::tanh((level - kneeLevel) / room), sample);
+    constexpr float headroom = 1 - kneeLevel;
+    return std::copysign(kneeLevel + headroom * std::tanh((level - kneeLevel) / headroom), sample);
 }
 
 } // namespace
@@ -57,7 +58,7 @@ float bent(float sample) {
 double Loudness::gainFor(double meanSquare) {
     if (!(meanSquare > 0))
         return 0;
-    return std::min(levelDB - 10 * std::log10(meanSquare), mostGainDB);
+    return std::min(levelDB - 10 * std::log10(meanSquare), maximumGainDB);
 }
 
 Loudness Loudness::measured(MediaFile& file, const std::stop_token& stop) {
@@ -72,12 +73,12 @@ Loudness Loudness::estimated(MediaFile& file) {
     const double duration = file.duration().value_or(0);
     SquareMeter meter;
     if (duration <= shortFileSeconds) {
-        const bool isWhole = listen(file, shortFileSeconds + 1, meter);
-        return {gainFor(meter.mean()), isWhole};
+        const bool isExact = measure(file, shortFileSeconds + 1, meter);
+        return {gainFor(meter.mean()), isExact};
     }
     for (int part = 0; part < partCount; ++part) {
         file.seek(duration * part / partCount);
-        listen(file, partSeconds, meter);
+        measure(file, partSeconds, meter);
     }
     return {gainFor(meter.mean()), false};
 }
@@ -97,7 +98,7 @@ void LevelControl::apply(AudioBuffer& sound) {
     const auto to = static_cast<float>(std::pow(10, reached / 20));
     const float rise = (to - from) / static_cast<float>(sound.samples.size());
     for (std::size_t i = 0; i < sound.samples.size(); ++i)
-        sound.samples[i] = bent(sound.samples[i] * (from + rise * static_cast<float>(i)));
+        sound.samples[i] = compressed(sound.samples[i] * (from + rise * static_cast<float>(i)));
     gainDB_ = reached;
 }
 

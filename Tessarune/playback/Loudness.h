@@ -8,30 +8,31 @@ namespace tessarune {
 
 /// The loudness of a recording, and the gain that brings it to the common playback level.
 struct Loudness {
-    double gainDB = 0;    ///< to be added
-    bool isWhole = false; ///< measured over the whole file, not only over parts
+    double gainDB = 0;    ///< the gain that playback applies
+    bool isExact = false; ///< measured over the entire file, not estimated from parts
 
-    static constexpr double levelDB = -20;
-    static constexpr double mostGainDB = 24;
+    static constexpr double levelDB = -20; ///< the common playback level
+    static constexpr double maximumGainDB = 24;
 
-    /// The gain for a mean square of samples; `nullopt` for silence.
+    /// The gain for a mean square of samples; 0 for silence.
     static double gainFor(double meanSquare);
 
     /// Reads the file to its end, or until a stop. Throws MediaFileError.
     static Loudness measured(MediaFile& file, const std::stop_token& stop);
-    /// An estimate within a few hundredths of a second: reads a short file whole, and evenly spaced
-    /// parts of a longer one, as far as they are readable. Throws MediaFileError if the file cannot
-    /// seek. Leaves the file at any position.
+    /// An estimate within a few hundredths of a second: reads a short file completely, and evenly
+    /// spaced parts of a longer one, as far as they are readable. Throws MediaFileError if the file
+    /// cannot seek. Leaves the file at any position.
     static Loudness estimated(MediaFile& file);
 };
 
 /// Applies a gain to sound. Changes of the gain are gradual, so that they are not heard as steps,
-/// and peaks beyond full scale are compressed, not clipped. One stream of sound, one thread at a
-/// time.
+/// and peaks beyond full scale are compressed, not clipped. For one stream of sound; one thread at
+/// a time.
 class LevelControl {
   public:
     static constexpr double changePerSecondDB = 6;
 
+    /// `atOnce`: without a gradual change.
     void setGain(double gainDB, bool atOnce);
     void apply(AudioBuffer& sound);
 

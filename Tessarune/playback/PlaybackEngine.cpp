@@ -118,8 +118,8 @@ AudioBufferPtr PlaybackEngine::next() {
         reader_->begin(stretch_, *position);
     if (AudioBufferPtr sound = reader_->next())
         return sound;
-    // The end is heard a little later. Silence follows it, so that a stream that breaks now is
-    // noticed too, and so that the server plays a very short end.
+    // The end is heard a little later. Until then silence is written: it reveals a stream that
+    // fails now, and makes the server play a very short end.
     return stream_->heardSeconds() < reader_->soundSeconds() ? reader_->silence() : nullptr;
 }
 
@@ -157,7 +157,7 @@ void PlaybackEngine::loseStream(const SoundServerError& reason) {
     beginAt_ = position();
     stream_.reset();
     problem_ = reason.what();
-    // A server that was never there, or that refuses this sound, is not retried.
+    // Not retried if no stream was ever open: there is no server, or it refuses this sound.
     isOver_ = !wasOpen_;
 }
 

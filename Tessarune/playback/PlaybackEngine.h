@@ -22,16 +22,17 @@ struct PlaybackParts {
 
 /// The progress of a playback.
 struct PlaybackProgress {
-    std::uint64_t token = 0; ///< of the `play` that it belongs to
+    std::uint64_t token = 0; ///< the token of the `play` call that it describes
     double position = 0;     ///< the heard position; seconds of the recording
-    bool isOver = false;     ///< all of it has been heard, or no more can be
+    bool isOver = false;     ///< everything has been heard, or playback cannot continue
     std::string problem;     ///< why nothing is heard, or why it ended; empty otherwise
 };
 
 /// Plays one recording: reads it, writes it to the sound server and tracks the heard position. A
 /// stream that the server ends is reopened where the sound broke off.
 ///
-/// Confined to its executor, a serial queue; its sound is opened once. The parts outlive `close`.
+/// Confined to its executor, a serial queue; `load` is called once. The parts must exist until
+/// `close` has run.
 class PlaybackEngine : public std::enable_shared_from_this<PlaybackEngine> {
   public:
     PlaybackEngine(PlaybackParts parts, Executor queue);
@@ -71,13 +72,15 @@ class PlaybackEngine : public std::enable_shared_from_this<PlaybackEngine> {
     std::stop_source stop_;
     std::unique_ptr<PlaybackReader> reader_;
     std::unique_ptr<PlaybackStream> stream_;
-    bool isRunning_ = false; ///< `run` is active, which alone opens and drops the stream
-    bool wasOpen_ = false;   ///< there was a stream once, so a new one is worth waiting for
+    bool isRunning_ =
+        false; ///< `run` is active; until it ends, only `run` opens and drops the stream
+    bool wasOpen_ = false; ///< a stream was open before, so a new one is worth waiting for
     bool isPaused_ = true;
 
     std::uint64_t token_ = 0;
     PlaybackStretch stretch_;
-    std::optional<double> beginAt_; ///< where the stretch is still to begin
+    std::optional<double>
+        beginAt_; ///< the position at which `run` must begin; `nullopt` once it has
     bool isOver_ = false;
     std::string problem_;
 };

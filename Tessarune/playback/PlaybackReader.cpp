@@ -9,22 +9,22 @@ namespace tessarune {
 
 namespace {
 
-/// Pieces this far behind the heard position are forgotten.
-constexpr std::size_t mostPieces = 64;
+/// Older pieces are forgotten: they lie far behind the heard position.
+constexpr std::size_t maximumPieces = 64;
 
 } // namespace
 
 void PlaybackReader::begin(const PlaybackStretch& stretch, double position) {
     stretch_ = stretch;
     pieceStart_ = std::max(0.0, position);
-    taken_ = 0;
-    given_ = 0;
-    sounding_ = 0;
-    made_.clear();
-    madeFrom_ = 0;
+    readFrames_ = 0;
+    outputFrames_ = 0;
+    soundFrames_ = 0;
+    pending_.clear();
+    pendingFrom_ = 0;
     pieces_.clear();
     tempo_.reset();
-    isOver_ = true; // unless all goes well
+    isOver_ = true; // stays true if `beginPiece` throws
     mustSeek_ = true;
     beginPiece();
     isOver_ = false;
@@ -32,7 +32,7 @@ void PlaybackReader::begin(const PlaybackStretch& stretch, double position) {
 
 void PlaybackReader::setStretch(const PlaybackStretch& stretch) {
     stretch_ = stretch;
-    // A block that was cut at the former end may have had more.
+    // The last block may have been cut at the former end, so it must be read again.
     mustSeek_ = true;
     if (isOver_)
         beginPiece();
@@ -44,47 +44,48 @@ std::size_t PlaybackReader::blockSamples() const {
 }
 
 double PlaybackReader::plannedSeconds() const {
-    return seconds(given_ + static_cast<std::int64_t>((made_.size() - madeFrom_) / channels()));
+    return seconds(outputFrames_ +
+                   static_cast<std::int64_t>((pending_.size() - pendingFrom_) / channels()));
 }
 
 void PlaybackReader::beginPiece() {
     rate_ = wantedRate_;
-    if (pieces_.size() >= mostPieces)
+    if (pieces_.size() >= maximumPieces)
         pieces_.erase(pieces_.begin());
     constexpr double openEnd = std::numeric_limits<double>::infinity();
     pieces_.push_back({plannedSeconds(), pieceStart_, rate_, openEnd});
     tempo_ = rate_ == 1 ? nullptr : changeTempo_(format(), rate_);
 }
 
-/// All sound read so far is output; the next piece begins where it ends.
+/// Outputs all sound read so far; the next piece begins where that sound ends.
 void PlaybackReader::endPiece() {
     if (tempo_)
         append(tempo_->flush());
     tempo_.reset();
     pieces_.back().until = plannedSeconds();
     pieceStart_ = cursor();
-    taken_ = 0;
+    readFrames_ = 0;
 }
 
 AudioBufferPtr PlaybackReader::next() {
     const std::size_t wanted = blockSamples();
     try {
-        while (!isOver_ && made_.size() - madeFrom_ < wanted)
-            make();
+        while (!isOver_ && pending_.size() - pendingFrom_ < wanted)
+            produce();
     } catch (...) {
         isOver_ = true;
         throw;
     }
-    const std::size_t count = std::min(wanted, made_.size() - madeFrom_);
+    const std::size_t count = std::min(wanted, pending_.size() - pendingFrom_);
     if (count == 0)
         return nullptr;
     auto block = std::make_shared<AudioBuffer>();
     block->format = format();
-    const auto first = made_.begin() + static_cast<std::ptrdiff_t>(madeFrom_);
+    const auto first = pending_.begin() + static_cast<std::ptrdiff_t>(pendingFrom_);
     block->samples.assign(first, first + static_cast<std::ptrdiff_t>(count));
-    madeFrom_ += count;
-    given_ += static_cast<std::int64_t>(count / channels());
-    sounding_ = given_;
+    pendingFrom_ += count;
+    outputFrames_ += static_cast<std::int64_t>(count / channels());
+    soundFrames_ = outputFrames_;
     level_.apply(*block);
     return block;
 }
@@ -93,11 +94,11 @@ AudioBufferPtr PlaybackReader::silence() {
     auto block = std::make_shared<AudioBuffer>();
     block->format = format();
     block->samples.resize(blockSamples());
-    given_ += static_cast<std::int64_t>(block->frames());
+    outputFrames_ += static_cast<std::int64_t>(block->frames());
     return block;
 }
 
-void PlaybackReader::make() {
+void PlaybackReader::produce() {
     if (rate_ != wantedRate_) {
         endPiece();
         beginPiece();
@@ -110,10 +111,10 @@ void PlaybackReader::make() {
         return;
     }
     endPiece();
-    // A stretch with hardly any sound would be repeated endlessly.
-    const bool goesOn = stretch_.repeats && pieceStart_ >= stretch_.start + blockSeconds;
-    isOver_ = !goesOn;
-    if (goesOn) {
+    // Repeating a stretch with hardly any sound would never fill a block.
+    const bool repeatsNow = stretch_.repeats && pieceStart_ >= stretch_.start + blockSeconds;
+    isOver_ = !repeatsNow;
+    if (repeatsNow) {
         pieceStart_ = stretch_.start;
         mustSeek_ = true;
         beginPiece();
@@ -122,9 +123,9 @@ void PlaybackReader::make() {
 
 AudioBufferPtr PlaybackReader::readSource() {
     constexpr std::int64_t noEnd = std::numeric_limits<std::int64_t>::max();
-    const std::int64_t left =
+    const std::int64_t remaining =
         stretch_.end ? std::llround((*stretch_.end - cursor()) * format().sampleRate) : noEnd;
-    if (left <= 0)
+    if (remaining <= 0)
         return nullptr;
     if (std::exchange(mustSeek_, false))
         file_->seek(cursor());
@@ -132,18 +133,18 @@ AudioBufferPtr PlaybackReader::readSource() {
     if (!block)
         return nullptr;
     const auto frames = static_cast<std::int64_t>(block->frames());
-    taken_ += std::min(frames, left);
-    if (frames <= left)
+    readFrames_ += std::min(frames, remaining);
+    if (frames <= remaining)
         return block;
     auto beginning = std::make_shared<AudioBuffer>(*block);
-    beginning->samples.resize(static_cast<std::size_t>(left) * channels());
+    beginning->samples.resize(static_cast<std::size_t>(remaining) * channels());
     return beginning;
 }
 
 void PlaybackReader::append(const AudioBuffer& sound) {
-    made_.erase(made_.begin(), made_.begin() + static_cast<std::ptrdiff_t>(madeFrom_));
-    madeFrom_ = 0;
-    made_.insert(made_.end(), sound.samples.begin(), sound.samples.end());
+    pending_.erase(pending_.begin(), pending_.begin() + static_cast<std::ptrdiff_t>(pendingFrom_));
+    pendingFrom_ = 0;
+    pending_.insert(pending_.end(), sound.samples.begin(), sound.samples.end());
 }
 
 double PlaybackReader::positionAt(double outputSeconds) const {

@@ -11,10 +11,10 @@
 
 namespace tessarune {
 
-/// A stretch of a recording to play, in seconds of it.
+/// A stretch of a recording to play, in seconds from its start.
 struct PlaybackStretch {
-    double start = 0;          ///< its beginning, also of each repetition
-    std::optional<double> end; ///< absent: the end of the recording
+    double start = 0;          ///< each repetition begins here
+    std::optional<double> end; ///< `nullopt`: the end of the recording
     bool repeats = false;
 };
 
@@ -34,32 +34,32 @@ class PlaybackReader {
     MediaFile& file() { return *file_; }
     LevelControl& level() { return level_; }
 
-    /// From now on outputs `stretch`, from `position` on; earlier output no longer counts. Throws
-    /// AudioConversionError, like `setStretch`; after that there is no output.
+    /// Starts a new output: `stretch`, from `position` on. Throws AudioConversionError, like
+    /// `setStretch`; `next` then returns null.
     void begin(const PlaybackStretch& stretch, double position);
     /// Continues from the current position within another stretch.
     void setStretch(const PlaybackStretch& stretch);
-    /// Applies to sound that is read from now on.
+    /// Sets the speed of the sound that is read from now on.
     void setRate(double rate) { wantedRate_ = rate; }
 
     /// The next piece of output, or null at the end. Never empty. Throws MediaFileError and
     /// AudioConversionError; after that it returns null.
     AudioBufferPtr next();
 
-    /// Silent output for the time until the end has been heard.
+    /// Returns silence to output until the end has been heard.
     AudioBufferPtr silence();
     /// The length of the output with sound, in seconds since `begin`.
-    double soundSeconds() const { return seconds(sounding_); }
-    /// The position in the recording that is heard after so much output.
+    double soundSeconds() const { return seconds(soundFrames_); }
+    /// The position in the recording that is heard after `outputSeconds` of output.
     double positionAt(double outputSeconds) const;
 
   private:
     /// A part of the output with a constant speed.
     struct Piece {
         double from;   ///< seconds of output
-        double source; ///< the position there
+        double source; ///< the position in the recording at `from`
         double rate;
-        double until; ///< seconds of output; after it the position stays
+        double until; ///< seconds of output; after it the position no longer moves
     };
 
     double seconds(std::int64_t frames) const {
@@ -67,10 +67,10 @@ class PlaybackReader {
     }
     std::size_t channels() const { return static_cast<std::size_t>(format().channels); }
     std::size_t blockSamples() const;
-    /// Of the output, including the part not requested yet.
+    /// The length of the output, including the part not requested yet.
     double plannedSeconds() const;
-    double cursor() const { return pieceStart_ + seconds(taken_); }
-    void make();
+    double cursor() const { return pieceStart_ + seconds(readFrames_); }
+    void produce();
     void beginPiece();
     void endPiece();
     AudioBufferPtr readSource();
@@ -85,13 +85,13 @@ class PlaybackReader {
     double rate_ = 1;
     std::unique_ptr<AudioConverter> tempo_; ///< null at a rate of 1
     bool mustSeek_ = false;
-    bool isOver_ = true;      ///< nothing more to read
-    double pieceStart_ = 0;   ///< the position at which the current piece begins
-    std::int64_t taken_ = 0;  ///< frames read for it
-    std::vector<float> made_; ///< output that was not requested yet
-    std::size_t madeFrom_ = 0;
-    std::int64_t given_ = 0;    ///< frames of output since `begin`
-    std::int64_t sounding_ = 0; ///< of these, the frames up to the last one with sound
+    bool isOver_ = true;          ///< there is nothing more to read
+    double pieceStart_ = 0;       ///< the position at which the current piece begins
+    std::int64_t readFrames_ = 0; ///< frames read for the current piece
+    std::vector<float> pending_;  ///< output that was not requested yet
+    std::size_t pendingFrom_ = 0;
+    std::int64_t outputFrames_ = 0; ///< frames of output since `begin`
+    std::int64_t soundFrames_ = 0;  ///< the part of them up to the last frame with sound
     std::vector<Piece> pieces_;
 };
 

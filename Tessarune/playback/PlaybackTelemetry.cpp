@@ -18,17 +18,17 @@ PlaybackTelemetry::PlaybackTelemetry(Host& host, TessaruneFileLogger& logger,
                                      const Setting<bool>& isEnabled, TranscriptPlayback& playback)
     : host_(host), logger_(logger), isEnabled_(isEnabled), playback_(playback) {
     timeObserver_ =
-        playback.player().currentTime.onDidChange([this](double time) { follow(time); });
+        playback.player().currentTime.onDidChange([this](double time) { noteTime(time); });
     playingObserver_ = playback.player().isPlaying.onDidChange(
         [this](bool isPlaying) { countPlayed(!isPlaying); });
     sentenceObserver_ = playback.activeSentenceIndex.onDidChange([this](auto index) {
-        tell("sentenceChanged", {{"previousSentenceIndex", loggedIndex(lastSentence_)},
-                                 {"activeSentenceIndex", loggedIndex(index)}});
+        log("sentenceChanged", {{"previousSentenceIndex", loggedIndex(lastSentence_)},
+                                {"activeSentenceIndex", loggedIndex(index)}});
         lastSentence_ = index;
     });
     playback.onSentencePlayRequested = [this](const TranscriptRows::Sentence& sentence) {
-        tell("sentencePlayRequested",
-             {{"sentenceStart", sentence.start}, {"sentenceEnd", sentence.end}});
+        log("sentencePlayRequested",
+            {{"sentenceStart", sentence.start}, {"sentenceEnd", sentence.end}});
     };
 }
 
@@ -39,15 +39,15 @@ PlaybackTelemetry::~PlaybackTelemetry() {
     playback_.player().currentTime.remove(timeObserver_);
 }
 
-void PlaybackTelemetry::follow(double time) {
+void PlaybackTelemetry::noteTime(double time) {
     const double now = host_.now();
     const double delta = time - std::exchange(lastTime_, time);
     countPlayed(*playback_.player().isPlaying);
     if (std::abs(delta) > playbackSeekDetectionThreshold &&
         now - lastSeek_ >= playbackSeekLogMinInterval) {
         lastSeek_ = now;
-        tell("seekDetected",
-             {{"previousTime", time - delta}, {"newTime", time}, {"timeDelta", delta}});
+        log("seekDetected",
+            {{"previousTime", time - delta}, {"newTime", time}, {"timeDelta", delta}});
     }
     if (!lastSummary_) {
         lastSummary_ = now;
@@ -58,21 +58,21 @@ void PlaybackTelemetry::follow(double time) {
 }
 
 void PlaybackTelemetry::countPlayed(bool wasPlaying) {
-    const double since = std::exchange(lastChange_, host_.now());
+    const double previousChange = std::exchange(lastChange_, host_.now());
     if (wasPlaying)
-        playedWallSeconds_ += lastChange_ - since;
+        playedWallSeconds_ += lastChange_ - previousChange;
 }
 
 void PlaybackTelemetry::summarise(double time, double now) {
     const double duration = *playback_.player().duration;
-    tell("progressSummary",
-         {{"audioProgressPercent", duration > 0 ? 100 * time / duration : 0.0},
-          {"timeDeltaSinceLastProgress", time - std::exchange(summarisedTime_, time)},
-          {"playedWallSeconds", std::exchange(playedWallSeconds_, 0)}});
+    log("progressSummary",
+        {{"audioProgressPercent", duration > 0 ? 100 * time / duration : 0.0},
+         {"timeDeltaSinceLastProgress", time - std::exchange(summarisedTime_, time)},
+         {"playedWallSeconds", std::exchange(playedWallSeconds_, 0)}});
     lastSummary_ = now;
 }
 
-void PlaybackTelemetry::tell(const char* name, LogFields fields) {
+void PlaybackTelemetry::log(const char* name, LogFields fields) {
     if (*isEnabled_)
         logger_.event(std::string("history.playback.") + name, std::move(fields));
 }

@@ -8,14 +8,15 @@
 
 namespace tessarune {
 
-/// Logs the progress of a playback to the runtime log, to diagnose why marks and sound diverge:
-/// periodic progress, jumps, and the order of sentences. Active only while the setting is on.
+/// Logs the progress of a playback to the runtime log, to diagnose highlighting that does not match
+/// the sound: periodic progress, jumps, and the order of sentences. Active only while the setting
+/// is on.
 ///
-/// Main queue. The references outlive it.
+/// Main queue. The references must outlive it.
 class PlaybackTelemetry {
   public:
     static constexpr double playbackProgressSummaryInterval = 10;
-    /// A jump beyond this is a seek.
+    /// A jump by more seconds is a seek.
     static constexpr double playbackSeekDetectionThreshold = 1.5;
     static constexpr double playbackSeekLogMinInterval = 0.5;
 
@@ -26,10 +27,10 @@ class PlaybackTelemetry {
     PlaybackTelemetry& operator=(const PlaybackTelemetry&) = delete;
 
   private:
-    void follow(double time);
+    void noteTime(double time);
     void countPlayed(bool wasPlaying);
     void summarise(double time, double now);
-    void tell(const char* name, LogFields fields);
+    void log(const char* name, LogFields fields);
 
     Host& host_;
     TessaruneFileLogger& logger_;
@@ -39,10 +40,10 @@ class PlaybackTelemetry {
     Published<bool>::Token playingObserver_;
     Published<std::optional<std::size_t>>::Token sentenceObserver_;
 
-    double lastTime_ = 0;               ///< of the recording
-    std::optional<double> lastSummary_; ///< on the host's clock, as are all below
-    double summarisedTime_ = 0;         ///< of the recording, then
-    double playedWallSeconds_ = 0;      ///< since then
+    double lastTime_ = 0;               ///< position in the recording
+    std::optional<double> lastSummary_; ///< on the host's clock, like `lastSeek_` and `lastChange_`
+    double summarisedTime_ = 0;         ///< position in the recording at the last summary
+    double playedWallSeconds_ = 0;      ///< since the last summary
     double lastSeek_ = 0;
     double lastChange_ = 0;
     std::optional<std::size_t> lastSentence_;

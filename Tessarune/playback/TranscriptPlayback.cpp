@@ -6,7 +6,7 @@ namespace tessarune {
 
 namespace {
 
-/// This far into a sentence, the step back goes to its own beginning.
+/// After more seconds of a sentence, a step back goes to its own beginning.
 constexpr double beginningSeconds = 1.5;
 
 } // namespace

@@ -12,7 +12,7 @@ namespace tessarune {
 /// A transcript with playback: the sentence and the word that are heard, and the effect of a click
 /// on them.
 ///
-/// Main queue. The player outlives it.
+/// Main queue. The player must outlive it.
 class TranscriptPlayback {
   public:
     explicit TranscriptPlayback(AudioPlayer& player);
@@ -25,24 +25,24 @@ class TranscriptPlayback {
     /// Shows another recording's transcript, or another text of this one, which may be playing.
     void show(TranscriptRows rows);
 
-    /// The sentence that is heard now; absent before the first.
+    /// The sentence that is heard now; `nullopt` before the first.
     Published<std::optional<std::size_t>> activeSentenceIndex;
-    /// The word of that sentence, among `activeTokens`.
+    /// The word that is heard now, an index into `activeTokens`; `nullopt` before the first.
     Published<std::optional<std::size_t>> activeTokenIndex;
-    /// A sentence that the user chose; it stays marked until playback has left it.
+    /// A sentence that the user chose. It stays highlighted until playback runs without a limit.
     Published<std::optional<std::size_t>> manualHighlightedSentenceIndex;
 
-    /// The row that is marked.
+    /// The row to highlight: the chosen sentence, or else the one that is heard.
     std::optional<std::size_t> highlightedIndex() const;
     const std::vector<SentenceToken>& activeTokens() const { return activeTokens_; }
 
-    /// Hears just this sentence, again if it is playing. Nothing happens for a row without a time.
+    /// Plays only this sentence, from its beginning. Does nothing for a row without a time.
     void playSentence(std::size_t index) { playSentences(index, index); }
-    /// The same with those that follow it, up to `last`.
+    /// Plays the sentences from `first` to `last`, like `playSentence`.
     void playSentences(std::size_t first, std::size_t last);
-    /// Goes on from a word of a sentence.
+    /// Plays from a word of a sentence on.
     void playFrom(const SentenceToken& token);
-    /// Marks a sentence and moves there without playing.
+    /// Highlights a sentence and moves to its beginning without starting playback.
     void focus(std::size_t index);
     /// Moves to the beginning of the next sentence (1), or of this one or, from its beginning, of
     /// the previous one (-1).
@@ -50,7 +50,7 @@ class TranscriptPlayback {
     /// Starts or ends the repetition of the heard or chosen sentence.
     void toggleRepeat();
 
-    /// Called when a sentence is about to be heard.
+    /// Called before a chosen sentence is played.
     std::function<void(const TranscriptRows::Sentence&)> onSentencePlayRequested;
 
   private:
@@ -59,7 +59,7 @@ class TranscriptPlayback {
 
     AudioPlayer& player_;
     TranscriptRows rows_;
-    bool isBoundToFormerRow_ = false; ///< what is played bounded was chosen among others
+    bool isBoundToFormerRow_ = false; ///< the limit was set for rows that `show` has replaced
     std::vector<SentenceToken> activeTokens_;
     Published<double>::Token observer_;
 };

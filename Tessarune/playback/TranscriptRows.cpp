@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// A shorter sentence has no end of its own, only a beginning.
+/// The end of a shorter sentence is invalid. Seconds.
 constexpr double shortestSentence = 0.05;
 
 } // namespace

@@ -25,7 +25,7 @@ struct BilingualBlockInfo {
     bool operator==(const BilingualBlockInfo&) const = default;
 };
 
-/// A word of a sentence that can be clicked, and that is marked while it is heard.
+/// A word of a sentence that can be clicked, and that is highlighted while it is heard.
 struct SentenceToken {
     std::size_t offset = 0; ///< bytes, in the sentence's text
     std::size_t length = 0;
@@ -54,8 +54,8 @@ class TranscriptRows {
     std::size_t sentenceCount() const { return timeline_.sentences.size(); }
     /// Null for a row without a time.
     const Sentence* sentenceTiming(std::size_t index) const;
-    /// The end of a sentence; one without a valid end lasts until the next begins. Absent: until
-    /// the end of the recording.
+    /// The end of a sentence; one without a valid end lasts until the next begins. `nullopt`: it
+    /// lasts until the end of the recording.
     std::optional<double> sentenceEnd(std::size_t index) const;
     std::optional<std::size_t> activeSentenceIndex(double time) const {
         return timeline_.activeSentenceIndex(time);
@@ -72,7 +72,7 @@ class TranscriptRows {
 
     std::vector<ParagraphInfo> paragraphInfos_;
     std::vector<BilingualBlockInfo> bilingualBlockInfos_;
-    HistoryWordTimeline timeline_; ///< always with sentences, if it has words
+    HistoryWordTimeline timeline_; ///< has sentences if it has words
     /// The first word of each run of words that belong to the same committed row.
     std::unordered_map<UUID, std::size_t> firstWords_;
 };
