@@ -111,12 +111,12 @@ SpeechPlatform Application::speechPlatform() {
 
 std::string Application::speechModelProblem() const {
     const std::string wanted = *settings.speechModel;
-    const bool isFree = wanted == SpeechModels::automatic;
-    std::string problem = isFree
+    const bool isAutomatic = wanted == SpeechModels::automatic;
+    std::string problem = isAutomatic
                               ? localized("There is no speech model on this computer.")
                               : localized("The speech model %@ is not on this computer.", {wanted});
     for (const SpeechModelState& model : speechModels.list()) {
-        if (!model.isInstalled || (!isFree && model.name != wanted))
+        if (!model.isInstalled || (!isAutomatic && model.name != wanted))
             continue;
         if (model.damage.empty())
             return {};
@@ -152,28 +152,29 @@ std::string Application::Preparation::rebuiltIndexText() const {
 }
 
 Application::Preparation Application::prepareToRecord() {
-    Preparation found;
+    Preparation preparation;
     const bool records = recording.recordsSessions();
     // Repairs after a crash always run, unless another program uses the folder.
     if (records || files.exists(paths.recordings())) {
         try {
-            found.obstacle.holder = recording.takeDataFolder();
+            preparation.obstacle.holder = recording.takeDataFolder();
         } catch (const std::system_error& error) {
-            found.obstacle.failure = error.what();
+            preparation.obstacle.failure = error.what();
         }
     }
     if (!records)
-        found.obstacle = {.doubt = recording.doubt()};
-    if (!found.obstacle.holder)
-        found.repairs = prepare();
+        preparation.obstacle = {.doubt = recording.doubt()};
+    if (!preparation.obstacle.holder)
+        preparation.repairs = prepare();
     if (!records)
-        recording.leaveDataFolder(); // for a program that records
-    return found;
+        recording.leaveDataFolder(); // so that a program that records can take it
+    return preparation;
 }
 
 RecordingRepair::Report Application::prepare() {
     RecordingRepair repair(files, catalog, logger);
-    // A run that another program is writing may look like the oldest one.
+    // Without the data folder nothing is pruned: a run that another program is writing may look
+    // like the oldest one.
     const bool isOurs = recording.hasDataFolder();
     RecordingRepair::Report report = TessaruneStartupServices::prepare(
         {logger, bootstrapFields(), isOurs ? &repair : nullptr,

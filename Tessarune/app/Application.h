@@ -36,10 +36,11 @@ namespace tessarune {
 /// The objects that every front end works with: the real disk, stores and engines, made once and in
 /// the order of their dependencies. A front end adds its host and, for each session, the sound.
 ///
-/// Main queue; the host outlives it. A damaged or missing file never makes anything here throw: the
-/// operation that needs it reports it.
+/// Main queue; the host must outlive it. The constructor does not throw because of a damaged or
+/// missing file: the operation that needs the file reports it.
 struct Application {
-    /// `program` is the name under which this front end appears in logs and to its neighbours.
+    /// `program` is the name under which this front end appears in logs and to other running front
+    /// ends.
     Application(Host& host, std::string program);
     ~Application();
     Application(const Application&) = delete;
@@ -72,14 +73,15 @@ struct Application {
     HistoryRefinementService refinement;
     HistoryImportCoordinator imports;
 
-    /// Called with the reason when a download fails to progress, from its first failure on.
+    /// Called with the reason after each failed attempt of a download.
     std::function<void(const DownloadTrouble&)> onDownloadTrouble;
 
-    /// The dependencies of a recogniser. It selects its model when each session begins.
+    /// The dependencies of a recogniser. The recogniser selects its model when a session begins.
     SpeechPlatform speechPlatform();
 
-    /// Why no session can begin: the selected speech model, or any, is missing or damaged. Empty if
-    /// it is installed. A session downloads nothing, so front ends check this before it begins.
+    /// Why no session can begin: the selected speech model, or with "automatic" every model, is
+    /// missing or damaged. Empty if a session can begin. A session downloads nothing, so front ends
+    /// check this first.
     std::string speechModelProblem() const;
 
     /// Sets a value for this run only.
@@ -87,28 +89,29 @@ struct Application {
     void endOverride(AnySetting& setting);
 
     /// Keeps an unreadable settings file aside and begins a new one, in which nothing is recorded
-    /// until the user allows it. Returns the path of the old one; empty if there was no need.
+    /// until the user allows it. Returns the path of the old one; empty if the file was readable.
     std::filesystem::path renewSettingsFile();
 
     /// The results of the preparation that a front end reports.
     struct Preparation {
-        RecordingGate::Obstacle obstacle; ///< if there is one, nothing is recorded for now
+        RecordingGate::Obstacle obstacle; ///< while there is one, nothing is recorded
         RecordingRepair::Report repairs;
 
-        /// A report that the list of recordings was damaged and has been rebuilt; empty otherwise.
+        /// Text for the user if the list of recordings was damaged and has been rebuilt; empty
+        /// otherwise.
         std::string rebuiltIndexText() const;
     };
     /// Ensures that two programs never write one catalog, then runs the start-up services. If
-    /// another program has the folder that this one needs, they do not run: the front end decides
-    /// how to continue.
+    /// another program has the data folder, the services do not run: the front end decides how to
+    /// continue.
     Preparation prepareToRecord();
 
-    /// Runs the start-up services. Repairs the data folder if this program has it.
+    /// Runs the start-up services; repairs the data folder only if this program has taken it.
     RecordingRepair::Report prepare();
 
   private:
     void pruneDiagnosticsOnLaunch();
-    /// Made when it is first needed.
+    /// Created on first use.
     const std::shared_ptr<SerialQueue>& utilityQueue();
     DownloadPolicy downloadPolicy();
     HistoryRefinementService::Environment refinementEnvironment();

@@ -13,7 +13,7 @@ namespace tessarune {
 /// the sample speech played into it. Main queue.
 class DemoSound {
   public:
-    /// Starts the server. Throws with a text that names what is missing.
+    /// Starts the server. Throws if something is missing; the text names it.
     explicit DemoSound(Host& host);
 
     SoundServer& server() { return server_; }

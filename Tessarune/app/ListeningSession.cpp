@@ -12,8 +12,8 @@ namespace tessarune {
 
 namespace {
 
-/// How often the end of a stop is checked.
-constexpr double lookAgainSeconds = 0.01;
+/// Seconds between two checks whether the stop is complete.
+constexpr double pollSeconds = 0.01;
 
 std::shared_ptr<SessionDiagnostics> makeDiagnostics(Application& application,
                                                     ListeningSession::Options& options,
@@ -107,16 +107,16 @@ Task<bool> ListeningSession::listen(AudioSource source) {
     store_->selectSource(source);
     store_->startListening(LiveSessionControlTrigger::programmatic());
     if (!*store_->view().isListening)
-        started.resume(false); // another one is still being saved
-    const bool listens = co_await started;
+        started.resume(false); // the previous session is still being saved
+    const bool isListening = co_await started;
     phase.remove(token);
-    co_return listens;
+    co_return isListening;
 }
 
 Task<void> ListeningSession::stop() {
     store_->stopListening(LiveSessionControlTrigger::programmatic());
     while (store_->isStopping())
-        co_await sleep(Executor::main(host_), lookAgainSeconds);
+        co_await sleep(Executor::main(host_), pollSeconds);
 }
 
 } // namespace tessarune

@@ -15,25 +15,26 @@
 namespace tessarune {
 
 /// The store of a listening session with all its dependencies: recogniser, recorder, translation
-/// and permissions, over one sound server. One for the life of a front end's sound.
+/// and permissions, over one sound server. It runs one session after the other; a front end keeps
+/// it as long as its sound server.
 ///
-/// Refinements are paused while it listens or saves.
+/// Refinements are paused while a session starts, listens or is being saved.
 ///
-/// Changes of settings take effect in the store, wherever they were made.
+/// The store observes the settings, so that a change from anywhere takes effect.
 ///
-/// Main queue; application and server outlive it.
+/// Main queue; application and server must outlive it.
 class ListeningSession {
   public:
     struct Options {
-        /// Hears each recognition event, beside the diagnostics run of the session.
+        /// Receives each recognition event, in addition to the session's diagnostics run.
         std::function<void(const ASREvent&, double t)> onASREvent = {};
         bool forgetsPermissions = false; ///< see `setForgetsPermissions`
         /// Handles the request to refine a saved session; by default it runs in the background.
         std::function<void(const std::optional<HistoryRefinementRequest>&)>
             scheduleHistoryRefinement = nullptr;
-        /// Its sessions are recorded if the settings ask for it.
+        /// Whether its sessions may be recorded; the settings decide whether they are.
         bool isRecorded = true;
-        /// The windows of the program, for an alarm of what watches it between two sessions.
+        /// Lists the program's windows for alarms of the memory watch between two sessions.
         IdleMemorySentinel::Windows windows = nullptr;
     };
     ListeningSession(Application& application, SoundServer& sound, Options options);
@@ -42,19 +43,19 @@ class ListeningSession {
 
     LiveTranscriptStore& store() { return *store_; }
     const LiveTranscriptStore& store() const { return *store_; }
-    /// Begins to listen. Returns true once the session listens, and false if it will not: the start
-    /// failed (`view().startFailure`), or a stop overtook it.
+    /// Starts a session. Returns true once it listens; false if it does not, because the start
+    /// failed (`view().startFailure`) or the session was stopped first.
     Task<bool> listen(AudioSource source);
-    /// Ends the session and resumes when it is saved; at once where there is none.
+    /// Ends the session and resumes when it is saved; at once if there is none.
     Task<void> stop();
 
-    /// The sound comes from a file or a private server: permissions learned there say nothing about
-    /// the desktop and are forgotten. Call between two sessions.
+    /// With `forgets`, permissions are not stored. This is for sound from a file or a private
+    /// server, whose permissions say nothing about those of the desktop. Call between two sessions.
     void setForgetsPermissions(bool forgets);
 
     /// Whether the open diagnostics run keeps texts.
     bool keepsTexts() const { return diagnostics_->capturesFullDiagnostics(); }
-    /// How the captions follow what is said, for the diagnostics run if one is open.
+    /// Writes an event of the scrolling caption list to the diagnostics run, if one is open.
     void recordCaptionFollow(const std::string& event, const LogFields& fields) {
         diagnostics_->recordCaptionFollow(event, fields);
     }

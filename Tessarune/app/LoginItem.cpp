@@ -22,8 +22,8 @@ LoginItem::LoginItem(Host& host, AppSettings& settings, Desktop& desktop)
 }
 
 void LoginItem::apply(bool startsWithDesktop) {
-    const bool starts = desktop_.loginState() == Desktop::LoginState::on;
-    if (starts == startsWithDesktop)
+    const bool isOn = desktop_.loginState() == Desktop::LoginState::on;
+    if (isOn == startsWithDesktop)
         return;
     try {
         desktop_.setLoginItem(startsWithDesktop);
@@ -31,8 +31,8 @@ void LoginItem::apply(bool startsWithDesktop) {
         TessaruneLog::app.fault([&error] {
             return std::string("Tessarune launchAtLogin toggle failed: ") + error.what();
         });
-        // Deferred: the change is still being announced.
-        fallBack_ = host_.after(0, [this, starts] { settings_.launchAtLogin = starts; });
+        // Deferred: observers are still being notified of the change.
+        fallBack_ = host_.after(0, [this, isOn] { settings_.launchAtLogin = isOn; });
     }
 }
 

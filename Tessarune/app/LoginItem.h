@@ -7,13 +7,13 @@
 
 namespace tessarune {
 
-/// Keeps the setting `launchAtLogin` and what the desktop starts the same, wherever either was
-/// changed. Main queue; host, settings and desktop outlive it.
+/// Keeps the setting `launchAtLogin` and the desktop's login item equal, whichever of them was
+/// changed. Main queue; host, settings and desktop must outlive it.
 class LoginItem {
   public:
-    /// What the user has switched off in the desktop's own settings is off here too, and what was
-    /// entered there while nothing had been chosen here is on; what was switched on here while no
-    /// program ran is made so.
+    /// Compares the two. A login item that the user switched off in the desktop's own settings
+    /// switches the setting off. A login item without a stored setting switches the setting on.
+    /// Otherwise the desktop gets the setting's value, unless that is unreadable.
     LoginItem(Host& host, AppSettings& settings, Desktop& desktop);
     ~LoginItem() { fallBack_.cancel(); }
     LoginItem(const LoginItem&) = delete;

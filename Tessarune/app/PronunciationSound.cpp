@@ -15,15 +15,15 @@ HistoryPronunciationAudioPlayer::PlaySound PronunciationSound::make(Host& host,
 
 PronunciationSound::PronunciationSound(Host& host, PlaybackParts parts)
     : host_(host), player_(host, std::move(parts)) {
-    // This observes a change of the player, so the player itself is used later.
-    const auto moved = [this] {
+    // Deferred: the player must not be used while it notifies its observers.
+    const auto onChange = [this] {
         host_.post([weak = weak_from_this()] {
             if (const auto self = weak.lock())
-                self->lookWhetherOver();
+                self->checkEnd();
         });
     };
-    observations_.follow(player_.isPlaying, moved);
-    observations_.follow(player_.problem, moved);
+    observations_.follow(player_.isPlaying, onChange);
+    observations_.follow(player_.problem, onChange);
 }
 
 Block PronunciationSound::play(const std::string& bytes, Block onEnd) {
@@ -49,8 +49,9 @@ void PronunciationSound::stop() {
     file_.reset();
 }
 
-/// A word that cannot be heard now is not kept for later.
-void PronunciationSound::lookWhetherOver() {
+/// Ends the sound when it has been played, or when there is a problem: a word that cannot be played
+/// now is not played later.
+void PronunciationSound::checkEnd() {
     if (!onEnd_ || (*player_.isPlaying && player_.problem->empty()))
         return;
     const Block onEnd = std::move(onEnd_);

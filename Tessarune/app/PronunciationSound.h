@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// Plays the sounds of words, which are bytes from the network, one at a time. Main queue; the host
-/// and the parts outlive it.
+/// Plays pronunciations of words, one at a time; each is a sound file in memory. Main queue; the
+/// host and the parts must outlive it.
 class PronunciationSound : public std::enable_shared_from_this<PronunciationSound> {
   public:
     static HistoryPronunciationAudioPlayer::PlaySound make(Host& host, PlaybackParts parts);
@@ -23,12 +23,12 @@ class PronunciationSound : public std::enable_shared_from_this<PronunciationSoun
   private:
     Block play(const std::string& bytes, Block onEnd);
     void stop();
-    void lookWhetherOver();
+    void checkEnd();
 
     Host& host_;
     AudioPlayer player_;
     std::optional<MemoryFile> file_;
-    Block onEnd_; ///< of the sound that is being heard
+    Block onEnd_; ///< called when the current sound ends
     Observations observations_;
 };
 

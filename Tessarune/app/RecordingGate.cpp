@@ -57,7 +57,7 @@ std::optional<DataFolderLock::Holder> RecordingGate::takeDataFolder() {
             return *holder;
         lock.emplace(std::move(std::get<DataFolderLock>(taken)));
     }
-    // Also of a folder that this program has: its disk may have failed since.
+    // Checked even if this program already has the folder: its disk may have failed since.
     DiskFailure::requireWritable(paths_.appSupportBase());
     DiskFailure::requireWritable(paths_.recordings());
     if (lock)

@@ -12,48 +12,49 @@
 namespace tessarune {
 
 /// Decides whether a session may be recorded: the settings must ask for it and be readable, this
-/// program must be the writer of the data folder, and the run must not be one without recording.
+/// program must be the writer of the data folder, and `recordNothing` must not have been called.
 ///
-/// It never changes the settings: they stay as the user chose, for this run and the next.
+/// It never changes the settings: they keep what the user chose, for this run and the next.
 ///
-/// Main queue; the references outlive it.
+/// Main queue; the references must outlive it.
 class RecordingGate {
   public:
-    /// Why nothing is recorded even if the settings ask for it; at most one of these.
+    /// Why nothing is recorded even if the settings ask for it; at most one field is set.
     struct Obstacle {
         std::string doubt;   ///< the user's choice is unknown; the text says how to state it
-        std::string failure; ///< why there can be no data folder
+        std::string failure; ///< why the data folder cannot be used
         std::optional<DataFolderLock::Holder> holder; ///< the program that writes the data folder
 
         bool isThere() const { return !doubt.empty() || !failure.empty() || holder.has_value(); }
     };
 
-    /// `program` is the name under which other programs see who has the data folder.
+    /// `program` is the name that other programs see when this one has the data folder.
     RecordingGate(const AppSettings& settings, const JSONUserDefaults& stored,
                   const TessarunePaths& paths, std::string program)
         : settings_(settings), stored_(stored), paths_(paths), program_(std::move(program)) {}
 
-    /// Hears what keeps a session from being recorded, or that nothing does, each time that one
-    /// starts.
+    /// Called by `mayRecord` with the reason why the session is not recorded, or with an empty
+    /// obstacle if it is. Not called after `recordNothing`.
     std::function<void(const Obstacle&)> onDecision;
 
-    /// Records nothing in this run, and keeps texts out of its diagnostics runs.
+    /// Switches recording off until the program ends, and keeps texts out of diagnostics runs.
     void recordNothing() { keepsNothing_ = true; }
-    /// Whether sessions are to be recorded. A session with diagnostics is, independent of other
-    /// settings.
+    /// Whether sessions are to be recorded: the settings are readable and ask for recordings or for
+    /// session diagnostics, and `recordNothing` was not called.
     bool recordsSessions() const;
     /// Why the user's choice about recordings is unknown; empty if it is known.
     std::string doubt() const;
 
-    /// Called by each session that is to be recorded or whose diagnostics run keeps texts. Takes
-    /// the data folder, which another program may have released meanwhile.
+    /// Whether a session may be recorded, or its diagnostics run may keep texts. Each session
+    /// asks again, because this takes the data folder once another program has released it.
     bool mayRecord();
 
-    /// Makes this program the writer of the data folder until it ends, unless it is already;
-    /// returns the holder if there is one. Throws std::system_error if the folder cannot exist.
+    /// Makes this program the writer of the data folder, unless it already is; if another program
+    /// is the writer, returns that program. Throws std::system_error if the folder cannot be
+    /// created or written.
     std::optional<DataFolderLock::Holder> takeDataFolder();
     bool hasDataFolder() const { return dataFolder_.has_value(); }
-    /// Lets others write it again.
+    /// Lets other programs write the data folder again.
     void leaveDataFolder() { dataFolder_.reset(); }
 
   private:

@@ -12,17 +12,16 @@ namespace tessarune::TessaruneStartupServices {
 struct Environment {
     TessaruneFileLogger& logger;
     LogFields bootstrapFields; ///< the program and the computer, for the log
-    /// Null if another program has the data folder, or nobody can.
+    /// Null unless this program has the data folder.
     RecordingRepair* repair;
-    /// Keeps the diagnostics runs within their budget; returns at once. Absent in the same cases as
-    /// `repair`.
+    /// Keeps the diagnostics runs within their budget; returns at once. Empty if `repair` is null.
     std::function<void()> pruneDiagnostics = {};
-    /// Prepares the chosen recogniser before the first session; may be absent.
+    /// Prepares the chosen recogniser before the first session; may be empty.
     std::function<void()> preheatSelectedOption = {};
 };
 
-/// In this order: the runtime log, the repairs of the data folder, the diagnostics runs, the
-/// recogniser. Main queue; returns the repairs to report to the user.
+/// Starts them in this order: the runtime log, the repairs of the data folder, the diagnostics
+/// runs, the recogniser. Main queue; returns the repairs to report to the user.
 RecordingRepair::Report prepare(const Environment& environment);
 
 } // namespace tessarune::TessaruneStartupServices
