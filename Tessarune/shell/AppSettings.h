@@ -17,16 +17,16 @@ struct ShortcutSetting {
     Setting<std::int64_t> modifiers;
 };
 
-/// The one observable store of the user's settings. Each has a key of its name, is written to the
-/// store at once when it is assigned, and has its first-launch value if the store has no valid one.
-/// Main queue; other threads get copies.
+/// The one observable store of the user's settings. Each setting has its member's name as its key,
+/// is stored at once when it is assigned, and has its first-launch value if none is stored; for an
+/// invalid stored value see SettingCodec. Main queue; other threads get copies.
 class AppSettings {
   private:
     UserDefaults& store_;
-    std::vector<AnySetting*> all_; // before the settings, which register here
+    std::vector<AnySetting*> all_; // declared before the settings, which add themselves
 
   public:
-    /// Changes of the store by others become changes of the settings.
+    /// The settings follow changes of the store by other programs. The store must outlive them.
     explicit AppSettings(UserDefaults& store);
     ~AppSettings();
     AppSettings(const AppSettings&) = delete;
@@ -39,16 +39,17 @@ class AppSettings {
     /// Reads all stored values again.
     void reload();
 
-    /// Counts the changes of the store by others; assigned when the settings have taken them.
+    /// Counts the changes of the store by other programs; assigned after the settings have been
+    /// updated.
     Published<std::uint64_t> changesFromElsewhere;
-    /// The speech models that `speechModel` may name, set by the code that knows them. Absent: any
-    /// name.
+    /// Returns the speech models that `speechModel` may name; set by the code that knows them. If
+    /// empty, any name is valid.
     std::function<std::vector<std::string>()> speechModelNames;
 
     // Recognition and captions
     Setting<std::string> selectedRecognitionOptionID;
     Setting<std::string> speechModel; ///< "automatic" or a model's name
-    Setting<std::string> modelMirror; ///< where downloads come from instead; empty: their makers
+    Setting<std::string> modelMirror; ///< replaces the publishers' servers; empty: none
     Setting<bool> sentenceSegmentation;
     Setting<bool> trueFreeze;
     Setting<bool> clauseLevelSegmentation;
@@ -129,7 +130,7 @@ class AppSettings {
     ShortcutSetting shortcutLyricsLayout;
     ShortcutSetting shortcutSwapLayout;
 
-    // Profiles: each overwrites the tuning settings together.
+    // Profiles: each sets all tuning settings.
 
     void applyInternalBetaRecommendedDefaults();
     void applyLowLatencyProfile();
@@ -147,7 +148,7 @@ class AppSettings {
 
     /// `bilingualCompare` needs a translation.
     SubtitleLayoutMode effectiveSubtitleLayoutMode(bool translationEnabled) const;
-    /// The next layout mode; those that need a translation are skipped without one.
+    /// Switches to the next layout mode; skips those that need a translation if there is none.
     void cycleSubtitleLayoutMode(bool translationEnabled);
 
   private:

@@ -4,13 +4,13 @@
 #include <array>
 #include <cstdint>
 
-/// After how many minutes of silence a session can end by itself.
+/// The choices for the minutes of silence after which a session ends by itself.
 namespace tessarune::AudioInactivityMinutes {
 
 /// 0: never.
 inline constexpr std::array<std::int64_t, 9> choices{0, 1, 2, 3, 4, 5, 10, 15, 20};
 
-/// What a stored number counts as: any that is no choice is 1.
+/// The minutes that a stored number means: itself if it is a choice, otherwise 1.
 constexpr std::int64_t counted(std::int64_t minutes) {
     return std::ranges::find(choices, minutes) != choices.end() ? minutes : 1;
 }

@@ -18,11 +18,11 @@ class Desktop {
     /// Opens an address, a file or a folder in the user's program for it. False if there is none.
     virtual bool openURL(const std::string& url) = 0;
 
-    /// Makes the program start with the user's desktop, or no longer. Throws std::system_error.
+    /// Sets whether the program starts with the user's desktop. Throws std::system_error.
     virtual void setLoginItem(bool startsWithDesktop) = 0;
     virtual LoginState loginState() = 0;
 
-    /// A notification outside of any window. Lost if the desktop shows none.
+    /// Shows a notification outside of any window. It is lost if the desktop shows none.
     virtual void notify(const std::string& title, const std::string& text) = 0;
 };
 

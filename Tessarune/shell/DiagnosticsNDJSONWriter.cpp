@@ -9,7 +9,7 @@
 
 namespace tessarune {
 
-/// Touched on the queue alone, but for its counters.
+/// Used on the queue only, except for its counters.
 class DiagnosticsNDJSONWriter::File {
   public:
     File(FileSystem& files, std::filesystem::path path) : files_(files), path_(std::move(path)) {}
@@ -33,7 +33,7 @@ class DiagnosticsNDJSONWriter::File {
             file_->append(*line);
         } catch (const std::system_error&) {
             ++lost;
-            cutOffPart();
+            removePartialLine();
         }
     }
 
@@ -41,15 +41,15 @@ class DiagnosticsNDJSONWriter::File {
         try {
             if (const auto file = std::exchange(file_, nullptr))
                 file->close();
-        } catch (const std::system_error&) { // what was written stays
+        } catch (const std::system_error&) { // the lines written so far remain
         }
     }
 
   private:
-    void cutOffPart() {
+    void removePartialLine() {
         try {
             file_->appendZeros(0);
-        } catch (const std::system_error&) { // the next line is written over it
+        } catch (const std::system_error&) { // the next append overwrites it
         }
     }
 

@@ -17,13 +17,14 @@
 
 namespace tessarune {
 
-/// Appends records to a log of a diagnostics run: one JSON object a line, sorted keys, floats
+/// Appends records to a log of a diagnostics run: one JSON object per line, sorted keys, floats
 /// rounded to three decimals.
 ///
 /// Any thread. Only `close` waits for the disk, and nothing throws: the file is created, written
 /// and closed on a serial queue of its own with low priority. Records that cannot be encoded or
 /// written are lost, and so are those that arrive while `limit` others are queued for a slow disk;
-/// `lostRecords` counts them. Each line is one write, so that a kill leaves whole lines.
+/// `lostRecords` counts them. Each line is one write, so that a killed program leaves complete
+/// lines.
 class DiagnosticsNDJSONWriter {
   public:
     static constexpr std::size_t usualLimit = 4096;
@@ -32,25 +33,26 @@ class DiagnosticsNDJSONWriter {
     using Encode = std::function<std::optional<std::string>()>;
 
     /// Creates or empties the file; the folder of a run that was removed meanwhile is not
-    /// recreated. The host and the disk outlive the writer.
+    /// recreated. The host and the disk must outlive the writer.
     DiagnosticsNDJSONWriter(Host& host, FileSystem& files, std::filesystem::path path,
                             std::string_view queueLabel, std::size_t limit = usualLimit);
-    /// Closes.
+    /// Calls `close`.
     ~DiagnosticsNDJSONWriter();
     DiagnosticsNDJSONWriter(const DiagnosticsNDJSONWriter&) = delete;
 
     /// Encodes on the calling thread. A field with a number that is not finite is left out.
     void append(const nlohmann::json& record);
     void append(const LogFields& record);
-    /// For records that have an encoding of their own.
+    /// Appends a record that has its own encoding.
     void append(Encode encode);
-    /// A first line that is not a record, or text that is not NDJSON at all.
+    /// Appends text as it is: a first line that is not a record, or the content of a file that is
+    /// not NDJSON.
     void appendText(std::string text);
 
-    /// Writes what is queued, then closes the file; waits for the queue. Idempotent.
+    /// Writes the queued records, then closes the file; waits for the queue. Idempotent.
     void close();
 
-    /// The number so far. Exact after `close`.
+    /// The number of records lost so far; exact after `close`.
     std::uint64_t lostRecords() const;
 
     /// A record in its written form: rounded, without numbers that are not finite.

@@ -21,7 +21,7 @@ class AppendFile {
     /// Appends all of `bytes`. After a failure a part of them may remain.
     virtual void append(std::string_view bytes) = 0;
     /// Appends so many zeros; if the disk supports it, they take neither time nor space. First cuts
-    /// off the remains of a failed append; with a count of 0 that is all.
+    /// off the remains of a failed append; a count of 0 does only that.
     virtual void appendZeros(std::uint64_t count) = 0;
     /// Overwrites earlier bytes; the length stays.
     virtual void overwrite(std::uint64_t offset, std::string_view bytes) = 0;
@@ -40,13 +40,13 @@ class FileSystem {
 
     virtual ~FileSystem() = default;
 
-    /// The whole content. Throws for a missing file and for a folder.
+    /// The entire content. Throws for a missing file and for a folder.
     virtual std::string read(const Path& path) = 0;
     /// At most `count` bytes from `offset` on; fewer where the file ends.
     virtual std::string read(const Path& path, std::uint64_t offset, std::size_t count) = 0;
 
-    /// Replaces the file as a whole: readers see the old bytes or the new ones, also after a loss
-    /// of power; when it returns, the new bytes are on the disk.
+    /// Replaces the file atomically: readers see either the old bytes or the new ones, even after a
+    /// loss of power. When it returns, the new bytes are on the disk.
     virtual void writeAtomically(const Path& path, std::string_view bytes) = 0;
 
     /// Creates or empties the file and opens it. From then on its name survives a loss of power;
@@ -61,8 +61,8 @@ class FileSystem {
 
     /// Creates the folder and its parents, private to the user; does nothing if it exists.
     virtual void createDirectories(const Path& path) = 0;
-    /// Creates one folder in an existing one, private to the user. False if the name is taken, also
-    /// where another program was faster.
+    /// Creates one folder in an existing one, private to the user. False if the name is taken, even
+    /// if another program took it only just before.
     virtual bool makeDirectory(const Path& path) = 0;
     /// Removes a file, or a folder with its content. False if there was none.
     virtual bool remove(const Path& path) = 0;
@@ -76,7 +76,7 @@ class FileSystem {
     virtual double modifiedAt(const Path& path) = 0;
     /// The names in a folder, sorted, without "." and "..". An absent folder is empty.
     virtual std::vector<std::string> list(const Path& folder) = 0;
-    /// Bytes that this user can still write on the disk of `path`.
+    /// The number of bytes that this user can still write to the disk of `path`.
     virtual std::uint64_t freeSpace(const Path& path) = 0;
 };
 

@@ -8,7 +8,7 @@
 namespace tessarune {
 
 /// A store with overrides for this run in front of another store: values from a command line take
-/// effect and are never stored. Main queue; the store behind outlives it.
+/// effect and are never stored. Main queue; the other store must outlive it.
 class OverridingUserDefaults final : public UserDefaults {
   public:
     explicit OverridingUserDefaults(UserDefaults& behind) : behind_(behind) {}
@@ -18,7 +18,7 @@ class OverridingUserDefaults final : public UserDefaults {
         overrides_.insert_or_assign(std::move(key), std::move(value));
     }
 
-    /// Restores the key's value from the store behind.
+    /// Removes the override: the key has the other store's value again.
     void endOverride(std::string_view key) {
         if (const auto found = overrides_.find(key); found != overrides_.end())
             overrides_.erase(found);

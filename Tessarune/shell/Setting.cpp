@@ -19,15 +19,15 @@ std::optional<double> number(std::string_view text) {
 }
 
 std::optional<double> number(const SettingValue& stored) {
-    if (const auto* whole = std::get_if<std::int64_t>(&stored))
-        return static_cast<double>(*whole);
+    if (const auto* integral = std::get_if<std::int64_t>(&stored))
+        return static_cast<double>(*integral);
     if (const auto* real = std::get_if<double>(&stored); real && std::isfinite(*real))
         return *real;
     return std::nullopt;
 }
 
-std::optional<std::int64_t> whole(std::optional<double> value, std::int64_t lowest,
-                                  std::int64_t highest) {
+std::optional<std::int64_t> integer(std::optional<double> value, std::int64_t lowest,
+                                    std::int64_t highest) {
     if (!value || *value != std::floor(*value))
         return std::nullopt;
     if (*value < static_cast<double>(lowest) || *value > static_cast<double>(highest))
@@ -42,15 +42,15 @@ SettingCodec<bool> boolCodec() {
                 if (const auto* flag = std::get_if<bool>(&stored))
                     return *flag;
                 // Hand-written files contain 0 and 1.
-                const auto value = whole(number(stored), 0, 1);
+                const auto value = integer(number(stored), 0, 1);
                 return value ? std::optional(*value == 1) : std::nullopt;
             },
             [](const bool& value) -> SettingValue { return value; },
             [](std::string_view text) -> std::optional<bool> {
-                const std::string word = Text::lowercased(text);
-                if (word == "true" || word == "on" || word == "yes" || word == "1")
+                const std::string answer = Text::lowercased(text);
+                if (answer == "true" || answer == "on" || answer == "yes" || answer == "1")
                     return true;
-                if (word == "false" || word == "off" || word == "no" || word == "0")
+                if (answer == "false" || answer == "off" || answer == "no" || answer == "0")
                     return false;
                 return std::nullopt;
             },
@@ -60,9 +60,9 @@ SettingCodec<bool> boolCodec() {
 }
 
 SettingCodec<std::int64_t> integerCodec(std::int64_t lowest, std::int64_t highest) {
-    return {[=](const SettingValue& stored) { return whole(number(stored), lowest, highest); },
+    return {[=](const SettingValue& stored) { return integer(number(stored), lowest, highest); },
             [](const std::int64_t& value) -> SettingValue { return value; },
-            [=](std::string_view text) { return whole(number(text), lowest, highest); },
+            [=](std::string_view text) { return integer(number(text), lowest, highest); },
             [](const std::int64_t& value) { return std::to_string(value); },
             [=] {
                 return localized("a whole number from %lld to %lld",

@@ -18,41 +18,42 @@ class AnySetting {
     virtual ~AnySetting() = default;
     virtual std::string_view key() const = 0;
     virtual std::string text() const = 0;
-    /// The value as stored, which may be spelt differently than for a user.
+    /// The value in its stored form, which may differ from its text.
     virtual SettingValue storedValue() const = 0;
     virtual std::string defaultText() const = 0;
     virtual const SettingInfo& info() const = 0;
-    /// All valid texts, if there is a closed list of them; else empty.
+    /// All valid texts; empty if there is no closed list.
     virtual std::vector<std::string> choices() const = 0;
     /// The valid texts, described for the user: "true or false", the choices.
     virtual std::string expected() const = 0;
     /// Whether the text is a value of this setting.
     virtual bool accepts(std::string_view text) const = 0;
-    /// False, without a change, if the text is invalid.
+    /// Assigns the value of the text. If the text is invalid, returns false and changes nothing.
     virtual bool setText(std::string_view text) = 0;
-    /// The stored value is invalid for this setting.
+    /// Whether the stored value is invalid for this setting.
     virtual bool isUnreadable() const = 0;
     /// Restores the first-launch value.
     virtual void restore() = 0;
-    /// Reads the stored value again, as after a change by another program; announces it if it has
-    /// changed.
+    /// Reads the stored value again, such as after a change by another program; notifies observers
+    /// if it has changed.
     virtual void reload() = 0;
-    /// Calls back after each assignment until the returned function is called. The setting outlives
-    /// it.
+    /// Calls `changed` after each assignment, until the returned function is called. The setting
+    /// must outlive that function.
     [[nodiscard]] virtual std::function<void()> onChange(std::function<void()> changed) const = 0;
 };
 
-/// How a value of type T is stored and written. `read` returns `nullopt` for an invalid stored
-/// value; the setting then has its default or its cautious value, and the stored one stays.
+/// How a value of type T is stored, and how it is written for the user. `read` returns `nullopt`
+/// for an invalid stored value; the setting then has its default or its cautious value, and the
+/// stored one is kept.
 template <typename T>
 struct SettingCodec {
     std::function<std::optional<T>(const SettingValue&)> read;
     std::function<SettingValue(const T&)> store;
     std::function<std::optional<T>(std::string_view)> parse;
     std::function<std::string(const T&)> print;
-    std::function<std::string()> expected;             ///< for the user; absent: the choices
-    std::function<std::vector<std::string>()> choices; ///< absent: no closed list
-    /// The value for an invalid stored one; absent: the default.
+    std::function<std::string()> expected; ///< for the user; empty: the choices are listed
+    std::function<std::vector<std::string>()> choices; ///< empty: no closed list
+    /// The value used for an invalid stored one; `nullopt`: the default.
     std::optional<T> cautious = std::nullopt;
 };
 
@@ -63,40 +64,41 @@ SettingCodec<double> secondsCodec(double lowest, double highest);
 SettingCodec<std::int64_t> colorCodec();
 SettingCodec<std::string> textCodec();
 
-/// An enumeration that is stored as a word. Its case does not matter in hand-written files.
+/// An enumeration that is stored by name. Upper and lower case differ in the stored name, but not
+/// in a typed one.
 template <typename E>
-SettingCodec<E> wordCodec(std::vector<std::pair<E, std::string>> words) {
-    auto find = [words](std::string_view word) -> std::optional<E> {
-        for (const auto& [value, name] : words) {
-            if (name == word)
+SettingCodec<E> wordCodec(std::vector<std::pair<E, std::string>> names) {
+    auto find = [names](std::string_view storedName) -> std::optional<E> {
+        for (const auto& [value, name] : names) {
+            if (name == storedName)
                 return value;
         }
         return std::nullopt;
     };
-    auto name = [words](const E& value) {
-        for (const auto& [candidate, word] : words) {
+    auto name = [names](const E& value) {
+        for (const auto& [candidate, storedName] : names) {
             if (candidate == value)
-                return word;
+                return storedName;
         }
         return std::string();
     };
-    auto parse = [words](std::string_view text) -> std::optional<E> {
-        for (const auto& [value, word] : words) {
-            if (Text::lowercased(word) == Text::lowercased(text))
+    auto parse = [names](std::string_view text) -> std::optional<E> {
+        for (const auto& [value, storedName] : names) {
+            if (Text::lowercased(storedName) == Text::lowercased(text))
                 return value;
         }
         return std::nullopt;
     };
-    auto choices = [words] {
+    auto choices = [names] {
         std::vector<std::string> all;
-        all.reserve(words.size());
-        for (const auto& [value, word] : words)
-            all.push_back(word);
+        all.reserve(names.size());
+        for (const auto& [value, storedName] : names)
+            all.push_back(storedName);
         return all;
     };
     return {[find](const SettingValue& stored) {
-                const auto* word = std::get_if<std::string>(&stored);
-                return word ? find(*word) : std::nullopt;
+                const auto* storedName = std::get_if<std::string>(&stored);
+                return storedName ? find(*storedName) : std::nullopt;
             },
             [name](const E& value) -> SettingValue { return name(value); },
             parse,
@@ -105,7 +107,7 @@ SettingCodec<E> wordCodec(std::vector<std::pair<E, std::string>> words) {
             choices};
 }
 
-/// A setting: observable, and stored at once when it changes. Main queue.
+/// A setting. It is observable, and stored at once when it is assigned. Main queue.
 template <typename T>
 class Setting final : public AnySetting {
   public:
@@ -127,10 +129,10 @@ class Setting final : public AnySetting {
         value_ = std::move(value);
         return *this;
     }
-    /// The value for observers; assign through the setting, which stores it too.
+    /// The value for observers. Assign through the setting, which also stores it.
     Published<T>& published() { return value_; }
     const T& defaultValue() const { return default_; }
-    /// Whether the value was chosen, even if it equals the default.
+    /// Whether a value is stored, even if it equals the default.
     bool isStored() const { return store_.value(key_).has_value(); }
 
     std::string_view key() const override { return key_; }

@@ -14,7 +14,8 @@ namespace tessarune {
 
 namespace {
 
-constexpr std::int64_t anyInteger = std::int64_t{1} << 53; // exact in a JSON number
+// All integers up to it are exact in a JSON number.
+constexpr std::int64_t largestInteger = std::int64_t{1} << 53;
 
 } // namespace
 
@@ -67,10 +68,10 @@ SettingCodec<std::string> mirrorCodec() {
 SettingCodec<std::string> backendCodec() {
     SettingCodec<std::string> codec = textCodec();
     codec.parse = [](std::string_view text) -> std::optional<std::string> {
-        const std::string word = Text::lowercased(text);
-        if (word == "offline" || word == "on" || TranslationSupport::isAppleBackend(text))
+        const std::string name = Text::lowercased(text);
+        if (name == "offline" || name == "on" || TranslationSupport::isAppleBackend(text))
             return std::string(TranslationSupport::appleBackendName);
-        if (word == "off" || word == "none" || TranslationSupport::isDisabledBackend(text))
+        if (name == "off" || name == "none" || TranslationSupport::isDisabledBackend(text))
             return std::string(TranslationSupport::disabledBackendName);
         return std::nullopt;
     };
@@ -102,13 +103,13 @@ SettingCodec<bool> recordingCodec() {
 }
 
 SettingCodec<DiagnosticsLevel> levelCodec() {
-    std::vector<std::pair<DiagnosticsLevel, std::string>> words;
+    std::vector<std::pair<DiagnosticsLevel, std::string>> names;
     for (const auto level :
          {DiagnosticsLevel::off, DiagnosticsLevel::core, DiagnosticsLevel::standard,
           DiagnosticsLevel::verbose, DiagnosticsLevel::trace}) {
-        words.emplace_back(level, storageName(level));
+        names.emplace_back(level, storageName(level));
     }
-    return wordCodec(std::move(words));
+    return wordCodec(std::move(names));
 }
 
 SettingCodec<AppleAnalyzerDiagnosticsMode> analyzerModeCodec() {
@@ -137,7 +138,7 @@ SettingCodec<std::int64_t> modifiersCodec() {
 }
 
 SettingCodec<std::int64_t> inactivityCodec() {
-    SettingCodec<std::int64_t> codec = integerCodec(-anyInteger, anyInteger);
+    SettingCodec<std::int64_t> codec = integerCodec(-largestInteger, largestInteger);
     codec.read = [read = codec.read](const SettingValue& stored) {
         const auto minutes = read(stored);
         return minutes ? std::optional(AudioInactivityMinutes::counted(*minutes)) : std::nullopt;

@@ -11,14 +11,14 @@ namespace tessarune {
 // How the settings of this program are stored, typed by a user and shown. Unless a comment says
 // otherwise, an invalid value reads as the default.
 
-/// A locale in any spelling.
+/// The id of a recognition option; a user types its locale, in any case and with "-" or "_".
 SettingCodec<std::string> recognitionOptionCodec();
-/// Addresses that downloads can use as a prefix; "none" means none.
+/// Addresses that downloads can use as a prefix; "none" means no mirror.
 SettingCodec<std::string> mirrorCodec();
-/// The stored name of a translator. An unknown one is kept and reported, not replaced.
+/// The stored name of a translator. An unknown stored name is kept and reported, not replaced.
 SettingCodec<std::string> backendCodec();
 SettingCodec<std::string> targetLanguageCodec();
-/// An invalid stored value may have meant no, so it switches recording off.
+/// An invalid stored value may have meant "false", so it switches recording off.
 SettingCodec<bool> recordingCodec();
 SettingCodec<DiagnosticsLevel> levelCodec();
 SettingCodec<AppleAnalyzerDiagnosticsMode> analyzerModeCodec();

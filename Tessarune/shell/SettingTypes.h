@@ -61,7 +61,7 @@ enum class SubtitleLayoutMode {
 /// How many of the recogniser's own results a diagnostics run keeps.
 enum class AppleAnalyzerDiagnosticsMode { summary, fullRaw, off };
 
-/// The mode's word in settings, logs and manifests.
+/// The mode's name in settings, logs and manifests.
 constexpr std::string_view name(AppleAnalyzerDiagnosticsMode mode) {
     switch (mode) {
     case AppleAnalyzerDiagnosticsMode::summary:

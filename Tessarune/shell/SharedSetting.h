@@ -11,19 +11,20 @@
 namespace tessarune {
 
 /// The value of a setting for other threads, which may not read the settings. Main queue; the
-/// setting outlives it.
+/// setting must outlive it.
 class SharedSetting {
   public:
     explicit SharedSetting(Setting<std::string>& setting) : copy_(std::make_shared<Copy>()) {
-        const auto take = [copy = copy_, &setting] {
+        const auto copyValue = [copy = copy_, &setting] {
             const MutexLock lock(copy->mutex);
             copy->value = *setting;
         };
-        take();
-        observations_.follow(setting.published(), take);
+        copyValue();
+        observations_.follow(setting.published(), copyValue);
     }
 
-    /// Returns the current value. Any thread; may outlive this object.
+    /// Returns a function that reads the current value. Any thread may call it, even after the end
+    /// of this object.
     std::function<std::string()> reader() const {
         return [copy = copy_] {
             const MutexLock lock(copy->mutex);

@@ -14,7 +14,7 @@ std::string variable(const char* name) {
     return value ? value : "";
 }
 
-/// The file of po/ for a locale; none means English.
+/// The name of the file in po/ for a locale. If there is no such file, the language is English.
 std::string languageOf(std::string_view locale) {
     const std::string name = Text::lowercased(locale);
     if (name.starts_with("zh")) {
@@ -28,7 +28,7 @@ std::string languageOf(std::string_view locale) {
     return rows(full).empty() ? full.substr(0, full.find('_')) : full;
 }
 
-/// The first language of a list that the program has, or else the first of all.
+/// The first language of the list that the program has texts for, or else the first of the list.
 std::string bestOf(const std::string& languages) {
     std::istringstream all(languages);
     for (std::string language; std::getline(all, language, ':');) {
@@ -47,7 +47,7 @@ LocalizationTable forLocale(std::string_view locale) {
             table.insert_or_assign(std::string(key), std::string(text));
     };
     const std::string language = languageOf(locale);
-    if (!language.starts_with("zh")) // whose readers can read the keys
+    if (!language.starts_with("zh")) // the keys are Chinese
         add("en");
     add(language);
     return table;

@@ -14,15 +14,17 @@ namespace tessarune::StringTables {
 /// A key and its text.
 using Row = std::pair<std::string_view, std::string_view>;
 
-/// The rows of po/<language>.po; none if there is no such file. `scripts/texts` writes the source.
+/// The rows of po/<language>.po; empty if there is no such file. `scripts/texts` writes the source.
 std::span<const Row> rows(std::string_view language);
 
-/// The table for a locale from the environment ("zh_TW.UTF-8", "de_DE", "C"): that of the locale,
-/// of its language, or the English one. Every Chinese locale has one of the two scripts.
+/// The table for a locale from the environment ("zh_TW.UTF-8", "de_DE", "C"): the texts of the
+/// locale, or else of its language, and the English texts for entries that these lack. A Chinese
+/// locale has the texts of one of the two scripts, without the English ones.
 LocalizationTable forLocale(std::string_view locale);
 
 /// The user's locale for messages: the first of LC_ALL, LC_MESSAGES and LANG that is set; if that
-/// is a real language, the first of LANGUAGE takes precedence.
+/// is a real language, LANGUAGE takes precedence, with its first language that the program has
+/// texts for.
 std::string userLocale();
 
 } // namespace tessarune::StringTables

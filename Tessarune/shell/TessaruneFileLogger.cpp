@@ -56,7 +56,7 @@ class TessaruneFileLogger::Writer {
 
     // Any thread
     std::atomic<std::size_t> queued{0};
-    std::atomic<std::int64_t> lost{0}; ///< since the last event that is queued
+    std::atomic<std::int64_t> lost{0}; ///< since the last queued event
 
     void write(double wallClock, const std::string& line) {
         try {
@@ -64,10 +64,10 @@ class TessaruneFileLogger::Writer {
             const bool isAfterBrokenLine = std::exchange(isLineBroken_, true);
             file_->append(isAfterBrokenLine ? "\n" + line : line);
             isLineBroken_ = false;
-            failing_ = false;
+            isFailing_ = false;
         } catch (const std::exception& error) {
             file_.reset();
-            if (std::exchange(failing_, true))
+            if (std::exchange(isFailing_, true))
                 return;
             const std::string text = error.what();
             TessaruneLog::app.fault([&] { return "Tessarune file logger failed: " + text; });
@@ -139,7 +139,7 @@ class TessaruneFileLogger::Writer {
             files_.writeAtomically(path, kept);
             return;
         }
-        // Another program may have it open to append to it, so it stays the same file.
+        // Keeps the file itself: another program may have it open for appending.
         files_.empty(path);
         files_.openForAppending(path)->append(kept);
     }
@@ -148,7 +148,7 @@ class TessaruneFileLogger::Writer {
     std::filesystem::path folder_;
     std::unique_ptr<AppendFile> file_;
     std::string day_;
-    bool failing_ = false;
+    bool isFailing_ = false;
     bool isLineBroken_ = false; // a failed write may have left a partial line
 };
 
@@ -171,8 +171,8 @@ void TessaruneFileLogger::event(std::string name, LogFields fields, Importance i
         return;
     if (importance == Importance::routine && !writesRoutineBreadcrumbs(level))
         return;
-    constexpr std::size_t mostQueued = 4096;
-    if (writer_->queued >= mostQueued) { // the disk takes nothing
+    constexpr std::size_t maximumQueued = 4096;
+    if (writer_->queued >= maximumQueued) { // the disk does not keep up
         ++writer_->lost;
         return;
     }
@@ -189,7 +189,8 @@ void TessaruneFileLogger::event(std::string name, LogFields fields, Importance i
         object["event"] = name;
         object["t"] = wallClock;
         object["mainThread"] = mainThread;
-        // If an event is about a sound source or a language, it keeps that field.
+        // An event about a sound source or a language has a field "source" of its own, and keeps
+        // it.
         object[object.contains("source") ? "sourceLocation" : "source"] =
             std::filesystem::path(source.file_name()).filename().string() + ":" +
             std::to_string(source.line());

@@ -12,18 +12,18 @@
 
 namespace tessarune {
 
-/// Whether an event is written at every level but `off`, or only at levels with routine
-/// breadcrumbs.
+/// Important events are written at every level except `off`, routine ones only at levels with
+/// routine breadcrumbs.
 enum class Importance { routine, important };
 
-/// The structured runtime log: one JSON object a line in "Logs/runtime-<yyyy-MM-dd>.jsonl" under
+/// The structured runtime log: one JSON object per line in "Logs/runtime-<yyyy-MM-dd>.jsonl" under
 /// the data folder, one file per day.
 ///
-/// `event` may be called from any thread; it captures the fields and returns, the writing is done
-/// on the queue "Tessarune.FileLogger". A failed write is reported once in the text log until one
-/// succeeds again, and never reaches the caller. Events that arrive while 4096 others are queued
-/// are lost; the next one counts them in "lostEventsBefore". `TessaruneLog::diagnosticsLevel()`
-/// decides what may be written.
+/// `event` may be called from any thread; it returns at once, and the line is written on the queue
+/// "Tessarune.FileLogger". A failed write never reaches the caller; the text log reports the first
+/// failure after each success. Events that arrive while 4096 others are queued are lost; the next
+/// one counts them in "lostEventsBefore". `TessaruneLog::diagnosticsLevel()` decides what may be
+/// written.
 class TessaruneFileLogger {
   public:
     TessaruneFileLogger(Host& host, FileSystem& files, TessarunePaths paths);
@@ -31,8 +31,7 @@ class TessaruneFileLogger {
     TessaruneFileLogger(const TessaruneFileLogger&) = delete;
     TessaruneFileLogger& operator=(const TessaruneFileLogger&) = delete;
 
-    /// Opens the day's file, removes those that are too old and writes the event "app.bootstrap"
-    /// with `fields`.
+    /// Removes log files that are too old, and writes the event "app.bootstrap" with `fields`.
     void bootstrap(LogFields fields);
 
     void event(std::string name, LogFields fields = {}, Importance importance = Importance::routine,
@@ -59,7 +58,7 @@ class TessaruneFileLogger {
   private:
     class Writer;
     Host& host_;
-    std::shared_ptr<Writer> writer_; // touched on the queue only
+    std::shared_ptr<Writer> writer_; // used on the queue only, except for its counters
     std::shared_ptr<SerialQueue> queue_;
 };
 

@@ -23,7 +23,8 @@ struct TessarunePaths {
 
     /// `$XDG_CONFIG_HOME/Tessarune/settings.json`, by default under `~/.config`.
     static std::filesystem::path settingsFile();
-    /// `$XDG_RUNTIME_DIR/tessarune.log`, a trace for developers. `nullopt` without such a folder.
+    /// `$XDG_RUNTIME_DIR/tessarune.log`, a trace for developers. `nullopt` if that variable names
+    /// no absolute path.
     static std::optional<std::filesystem::path> debugLog();
 };
 

@@ -14,14 +14,14 @@ using SettingValue = std::variant<bool, std::int64_t, double, std::string>;
 /// Interface: the store behind the settings: named plain values that outlive the program. Main
 /// queue.
 ///
-/// The caller judges values of an unexpected kind; unknown keys are kept unchanged.
+/// Values are returned whatever their type, and the caller checks it. Unknown keys are kept
+/// unchanged.
 class UserDefaults {
   public:
     virtual ~UserDefaults() = default;
 
     virtual std::optional<SettingValue> value(std::string_view key) const = 0;
-    /// Stores at once. If that fails, keeps the value for the life of the process and logs the
-    /// failure.
+    /// Stores at once. If that fails, logs the failure and keeps the value until the process ends.
     virtual void set(std::string_view key, SettingValue value) = 0;
     virtual void remove(std::string_view key) = 0;
 
@@ -29,7 +29,7 @@ class UserDefaults {
     /// the whole store is unreadable.
     virtual bool isUnreadable(std::string_view /*key*/) const { return false; }
     /// Calls `onChange` after each change by another program, and possibly after changes by this
-    /// one. There is one observer, the newest; an empty one ends it.
+    /// one. Replaces the previous observer; an empty function only removes it.
     virtual void observe(std::function<void()> /*onChange*/) {}
 };
 
