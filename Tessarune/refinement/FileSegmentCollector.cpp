@@ -56,7 +56,7 @@ std::optional<Span> audioSpan(const SpeechResult& result, std::span<const Word> 
     return span;
 }
 
-/// Nothing where it is not known when the text is heard.
+/// `nullopt` if the time of the text is unknown.
 std::optional<Segment> segmentOf(std::string text, std::span<const Word> words,
                                  const std::optional<Span>& fallback) {
     std::optional<Span> span = fallback;
@@ -135,14 +135,14 @@ std::vector<Segment> FileSegmentCollector::split(const SpeechResult& result,
     const std::vector<Word> words = wordTimings(result);
     const auto span = audioSpan(result, words);
     std::vector<std::string> pieces = SentenceSegmenter::pieces(text);
-    const bool isWhole = pieces.empty();
-    if (isWhole)
+    const bool isUnsplit = pieces.empty();
+    if (isUnsplit)
         pieces.emplace_back(Text::trimmed(text));
     std::span<const Word> unused(words);
     std::vector<Segment> segments;
     for (std::size_t i = 0; i < pieces.size(); ++i) {
         const std::size_t tokens = Text::countOfWhiteSpaceSeparated(pieces[i]);
-        const auto taken = isWhole ? unused : unused.first(std::min(tokens, unused.size()));
+        const auto taken = isUnsplit ? unused : unused.first(std::min(tokens, unused.size()));
         unused = unused.subspan(taken.size());
         auto segment = segmentOf(pieces[i], taken, span);
         if (diagnostics_.onSplit) {
@@ -161,7 +161,7 @@ std::vector<Segment> FileSegmentCollector::split(const SpeechResult& result,
             observation.wordTimelineCount = number(taken.size());
             observation.resultTextHash = fnv1a64Hex(text);
             observation.splitStrategy =
-                isWhole ? "fallback.wholeResult" : "sentenceSegmenter.fileFinal";
+                isUnsplit ? "fallback.wholeResult" : "sentenceSegmenter.fileFinal";
             diagnostics_.onSplit(observation);
         }
         if (segment)

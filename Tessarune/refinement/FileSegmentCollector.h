@@ -10,12 +10,12 @@
 
 namespace tessarune {
 
-/// Makes sentences from the results of a recording, one result after the other. One thread.
+/// Splits the results of a recording into sentences, one result after the other. One thread.
 class FileSegmentCollector {
   public:
     using Segment = SpeechAnalyzerFileTranscriptionResult::Segment;
 
-    /// `host` dates the records; it must outlive the collector.
+    /// `host` is the clock of the diagnostic records; it must outlive the collector.
     FileSegmentCollector(Host& host, SpeechTranscriberOptions options,
                          SpeechAnalyzerFileTranscriberDiagnostics diagnostics);
 
@@ -23,7 +23,7 @@ class FileSegmentCollector {
 
     struct Collected {
         std::vector<Segment> segments;
-        bool usedVolatileFallback = false; ///< there was no final result at all
+        bool usedVolatileFallback = false; ///< the sentences are volatile: no result was final
     };
     /// All sentences, without repeated ones.
     Collected collected() const;

@@ -15,12 +15,12 @@ class FirstAudioOnset {
     explicit FirstAudioOnset(AudioFormat format, float rmsThreshold = 0.012F,
                              double maxScanSeconds = 30);
 
-    /// The sound that follows.
+    /// Adds the next sound of the recording.
     void hear(const AudioBuffer& sound);
-    /// The sound has ended: an incomplete block counts too.
+    /// Ends the sound; an incomplete last block counts too.
     void finish();
 
-    /// 0 for a recording that never reaches the threshold.
+    /// The start of that block, in seconds; 0 if the recording never reaches the threshold.
     double seconds() const { return onset_.value_or(0); }
 
   private:
@@ -30,7 +30,7 @@ class FirstAudioOnset {
     const float threshold_;
     const std::size_t blockFrames_;
     const std::size_t mostFrames_;
-    std::size_t heardFrames_ = 0; ///< in whole blocks
+    std::size_t heardFrames_ = 0; ///< in complete blocks
     std::size_t openFrames_ = 0;
     double openSquares_ = 0;
     std::optional<double> onset_;

@@ -14,9 +14,10 @@ using FileResult = SpeechAnalyzerFileTranscriptionResult;
 using FormerSegment = FileResult::Segment;
 using FormerSentence = HistoryWordTimeline::Sentence;
 
-/// The sound that encoders and decoders add or remove, with a margin.
+/// How much sound encoders and decoders add or remove, with a margin.
 constexpr double lengthSlackSeconds = 1.0;
-/// Older timelines count from the start of the recorder, which waited for the device.
+/// By how much the times of older timelines may be late: they count from the start of the recorder,
+/// which then waited for the device.
 constexpr double mostLateStartSeconds = 3.0;
 /// A sentence is missing if others cover a smaller share of its time than this.
 constexpr double mostCoveredShare = 0.25;
@@ -34,7 +35,7 @@ std::string readIfThere(FileSystem& files, const std::filesystem::path& path) {
     }
 }
 
-/// A sentence without an end is taken for this long.
+/// The end of a sentence; one without an end counts as `moment` long.
 double endOf(const FormerSentence& sentence) {
     constexpr double moment = 0.1;
     return std::max(sentence.end, sentence.start + moment);
@@ -44,7 +45,7 @@ double overlap(const FormerSentence& sentence, const FormerSegment& segment) {
     return std::min(endOf(sentence), segment.end) - std::max(sentence.start, segment.start);
 }
 
-/// Whether nothing was recognised in the sentence's time.
+/// Whether nothing, or hardly anything, was recognised in the sentence's time.
 bool isUncovered(const FormerSentence& sentence, const std::vector<FormerSegment>& segments) {
     double covered = 0;
     for (const FormerSegment& segment : segments)
@@ -64,9 +65,9 @@ bool isSaidNearby(const FormerSentence& sentence, const std::vector<FormerSegmen
 FormerSegment segmentOf(const FormerSentence& sentence, const HistoryWordTimeline& timeline) {
     FormerSegment segment{sentence.source, sentence.start, sentence.end, {}};
     for (const auto& word : timeline.words) {
-        const bool isOurs = sentence.segmentID ? word.segmentID == sentence.segmentID
-                                               : word.t >= sentence.start && word.t < sentence.end;
-        if (!isOurs)
+        const bool belongs = sentence.segmentID ? word.segmentID == sentence.segmentID
+                                                : word.t >= sentence.start && word.t < sentence.end;
+        if (!belongs)
             continue;
         if (!segment.words.empty())
             segment.words.back().end = word.t;
@@ -88,7 +89,7 @@ FormerTranscript FormerTranscript::of(const UUID& id,
     return former;
 }
 
-/// The format of an import is its bare extension.
+/// The format of an import is only a file extension; that of a recording contains a "/".
 bool FormerTranscript::lengthIsExact(const RecordingMetadata& recording) {
     return recording.audioFormat.value_or("").find('/') != std::string::npos;
 }
@@ -98,13 +99,13 @@ bool FormerTranscript::wasHeard(double heardSeconds, bool isWhole) const {
         return true;
     if (!recordedSeconds && !timeline)
         return isWhole;
-    const double through = heardSeconds + lengthSlackSeconds;
-    if (recordedSeconds && *recordedSeconds > through)
+    const double heardUntil = heardSeconds + lengthSlackSeconds;
+    if (recordedSeconds && *recordedSeconds > heardUntil)
         return false;
-    const double mostLate = recordedSeconds ? mostLateStartSeconds : lengthSlackSeconds;
+    const double allowedLateness = recordedSeconds ? mostLateStartSeconds : lengthSlackSeconds;
     return !timeline || std::ranges::all_of(timeline->sentences, [&](const FormerSentence& each) {
         // Not its end: a row that was still open at a stop ended with the stop, after the sound.
-        return each.start <= heardSeconds + mostLate;
+        return each.start <= heardSeconds + allowedLateness;
     });
 }
 

@@ -15,25 +15,25 @@ namespace tessarune {
 struct FormerTranscript {
     std::string sourceText;
     std::optional<HistoryWordTimeline> timeline;
-    /// The recording's length as its recorder wrote it; `nullopt` for foreign files, whose
+    /// The recording's length as its recorder wrote it; `nullopt` for imported files, whose
     /// containers only estimate it.
     std::optional<double> recordedSeconds;
 
-    /// Whether this program wrote the file, and knows how long it is.
+    /// Whether this program wrote the file and therefore knows its exact length.
     static bool lengthIsExact(const RecordingMetadata& recording);
 
-    /// Reads the transcript from the disk. `recording`: its entry, if the index is readable. Throws
-    /// std::system_error for files that exist and cannot be read. Any thread.
+    /// Reads the transcript from the disk. `recording` is its entry in the index, if there is one.
+    /// Throws std::system_error for files that exist and cannot be read. Any thread.
     static FormerTranscript of(const UUID& id, const std::optional<RecordingMetadata>& recording,
                                const RecordingCatalog& catalog, FileSystem& files);
 
-    /// Whether all sound of this transcript is within the part of the recording that was heard;
-    /// true for a transcript without text. `isWhole`: the file was read to its end.
+    /// Whether the part of the recording that was heard contains all sound of this transcript; true
+    /// for a transcript without text. `isWhole` says that the file was read to its end.
     bool wasHeard(double heardSeconds, bool isWhole) const;
 
-    /// `refined`, plus each sentence of this transcript in whose time `refined` has nothing, with
-    /// times that are pulled back. A sentence that `refined` has slightly earlier or later is not
-    /// repeated.
+    /// Returns `refined` with its times pulled back to the onset, and adds each sentence of this
+    /// transcript in whose time `refined` has hardly anything. A sentence that `refined` has
+    /// slightly earlier or later is not added.
     SpeechAnalyzerFileTranscriptionResult
     keptIn(const SpeechAnalyzerFileTranscriptionResult& refined) const;
 };

@@ -20,7 +20,8 @@ constexpr std::size_t copiedAtOnce = std::size_t{4} << 20U;
 constexpr std::uint64_t roomForTheRest = std::uint64_t{16} << 20U;
 constexpr const char* extensionOfNone = "m4a";
 
-/// The extension without its dot. Unusual ones, and those of the program's own files, are not kept.
+/// The extension without its dot. An unusual extension, and the one of unfinished files, is
+/// replaced by the default.
 std::string extensionOf(const std::filesystem::path& source) {
     std::string extension = source.extension().string();
     if (extension.starts_with('.'))
@@ -38,7 +39,7 @@ std::string extensionOf(const std::filesystem::path& source) {
 HistoryImportCoordinator::HistoryImportCoordinator(Environment environment)
     : environment_(std::move(environment)),
       queue_(environment_.host.serialQueue("Tessarune.HistoryImport", QueuePriority::utility)) {
-    // The notification of every saved transcript.
+    // Posted for every saved transcript.
     transcripts_ = environment_.notifications.observe(
         NotificationName::recordingTranscriptDidUpdate,
         [this, alive = std::weak_ptr<bool>(alive_)](const NotificationObject& object) {
@@ -54,7 +55,7 @@ HistoryImportCoordinator::HistoryImportCoordinator(Environment environment)
         const std::set<UUID> waiting = *transcribingIDs_;
         for (const UUID& id : waiting) {
             if (!jobs.contains(id))
-                finished(id); // whatever became of it
+                finished(id); // successfully or not
         }
     });
 }
@@ -108,10 +109,10 @@ Task<RecordingMetadata> HistoryImportCoordinator::makeRecording(std::filesystem:
     std::rethrow_exception(failure);
 }
 
-/// A file without sound is not copied at all.
+/// Throws unless the file has sound and its copy fits on the disk.
 void HistoryImportCoordinator::requireSound(const std::filesystem::path& source) const {
     FileSystem& files = environment_.files;
-    // Of one that is not there, opening says so.
+    // A missing file is reported by the attempt to open it.
     if (files.exists(source) && (files.isDirectory(source) || files.size(source) == 0))
         throw MediaFileError(MediaFileError::Kind::cannotOpen,
                              localized("%@ is not a file with anything in it", {source.string()}));
@@ -126,7 +127,7 @@ void HistoryImportCoordinator::requireSound(const std::filesystem::path& source)
 RecordingMetadata HistoryImportCoordinator::copy(const std::filesystem::path& source,
                                                  const UUID& id, const std::stop_token& stop) {
     FileSystem& files = environment_.files;
-    const std::filesystem::path from = std::filesystem::absolute(source); // "-" is a name here
+    const std::filesystem::path from = std::filesystem::absolute(source); // so "-" is a file
     environment_.catalog.prepareDirectories();
     requireSound(from);
     const std::string extension = extensionOf(from);

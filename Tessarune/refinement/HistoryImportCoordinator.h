@@ -18,11 +18,11 @@
 namespace tessarune {
 
 namespace NotificationName {
-/// The history is to select this recording. The object is its UUID.
+/// Asks the history to select a recording. The object is its UUID.
 inline constexpr std::string_view historyImportSelectRecording = "historyImportSelectRecording";
 } // namespace NotificationName
 
-/// Imports files of sound or film: copies each into the recordings' folder, adds it to the catalog
+/// Imports audio and video files: copies each into the recordings' folder, adds it to the catalog
 /// as if a session had recorded it, and has it transcribed.
 ///
 /// Main queue; copying happens on a queue of utility priority. A file that is unreadable, does not
@@ -62,14 +62,14 @@ class HistoryImportCoordinator {
     /// The copied share of the current file, 0 to 1; `nullopt` if there is none.
     const Published<std::optional<double>>& copied() const { return copied_; }
 
-    // The single steps
+    // The steps of an import
 
     /// Copies the file and describes the copy. Throws MediaFileError, std::system_error for
     /// failures of the disk, and CancellationError.
     Task<RecordingMetadata> makeRecording(std::filesystem::path source, std::stop_token stop = {});
     /// Adds the copy to the catalog; if that cannot be saved, removes the copy and returns false.
     bool enter(const RecordingMetadata& recording);
-    /// Asks for its transcript with the chosen recogniser and language.
+    /// Requests the transcript of a recording, with the chosen recogniser and language.
     void startTranscription(const UUID& recordingID, const std::string& audioPath);
 
   private:
@@ -86,7 +86,7 @@ class HistoryImportCoordinator {
     std::stop_source ending_;
     Published<std::set<UUID>> transcribingIDs_;
     Published<std::optional<double>> copied_;
-    const std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); // for what is posted here
+    const std::shared_ptr<bool> alive_ = std::make_shared<bool>(true); // for posted functions
     NotificationCenter::Observation transcripts_;
     Published<HistoryRefinementService::Jobs>::Token jobs_;
 };

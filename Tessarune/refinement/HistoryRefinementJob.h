@@ -11,7 +11,7 @@
 
 namespace tessarune {
 
-/// The recording was deleted during the refinement.
+/// Thrown if the recording was deleted during the refinement.
 struct RecordingDeleted : std::exception {};
 
 /// One request on its way through the service. Main queue.
@@ -23,7 +23,7 @@ struct HistoryRefinementService::Job {
 
     HistoryRefinementRequest request;
     std::string model;
-    std::stop_source stop; ///< by the user or by the end of the program
+    std::stop_source stop; ///< requested by the user or at the end of the program
     OneShot<HistoryRefinementOutcome> done;
 
     double startedAt = 0;
@@ -32,7 +32,7 @@ struct HistoryRefinementService::Job {
     HistoryRefinementOutcome outcome;
 
     LogFields recording() const { return {{"recordingID", request.recordingID.text()}}; }
-    /// An event of the job, for its diagnostics.
+    /// Reports an event of the job to its observer; an event with a status is a finish.
     void note(const std::string& name, const LogFields& fields,
               std::optional<Observer::Status> status = {}) const {
         const auto phase = status ? LifecyclePhase::finish : LifecyclePhase::instant;

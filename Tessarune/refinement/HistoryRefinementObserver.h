@@ -12,8 +12,8 @@
 
 namespace tessarune {
 
-/// Observes the refinement of one recording for its diagnostics run. This base class keeps nothing.
-/// Called on the main queue; nothing may throw.
+/// Observes the refinement of one recording for its diagnostics run. This base class ignores all
+/// calls. Called on the main queue; no function may throw.
 class HistoryRefinementObserver {
   public:
     enum class Status { running, finished, skipped, failed };
@@ -23,20 +23,20 @@ class HistoryRefinementObserver {
         std::string name;
         LifecyclePhase phase = LifecyclePhase::instant;
         LogFields fields;
-        std::optional<Status> status; ///< of a finish
+        std::optional<Status> status; ///< set only for a finish
         std::optional<double> elapsedSeconds;
     };
     /// The translation of one sentence: its start, then its success or failure.
     struct Translation {
         enum class Event { start, success, failure };
         Event event = Event::start;
-        std::int64_t index = 0; ///< of the sentence
+        std::int64_t index = 0; ///< the index of the sentence
         std::string sourceLanguage;
         std::string targetLanguage;
         std::string source;
         std::optional<double> elapsedSeconds;
-        std::string translated; ///< of a success
-        std::string error;      ///< of a failure
+        std::string translated; ///< set only for a success
+        std::string error;      ///< set only for a failure
     };
 
     virtual ~HistoryRefinementObserver() = default;
@@ -49,7 +49,7 @@ class HistoryRefinementObserver {
     virtual void sourceSaved(std::int64_t /*segments*/, const std::string& /*timelineKind*/) {}
     virtual void translation(const Translation&) {}
     virtual void bilingualSaved(std::int64_t /*segments*/, const std::string& /*target*/) {}
-    /// The last call.
+    /// Called last.
     virtual void close(Status) {}
 };
 

@@ -14,19 +14,20 @@ struct HistoryRefinementPersistenceError : std::runtime_error {
     explicit HistoryRefinementPersistenceError(const UUID& recording);
 };
 
-/// The outcome of a refinement. Texts can be shown; they are empty if there is nothing to say.
+/// The outcome of a refinement. Texts can be shown to the user; a text that does not apply is
+/// empty.
 struct HistoryRefinementOutcome {
     enum class Status {
         finished,  ///< the refined text is saved; see `translation` for its translation
-        deleted,   ///< the recording is gone
-        cancelled, ///< with nothing to save; the former transcript is unchanged
+        deleted,   ///< the recording was deleted
+        cancelled, ///< before a text was saved; the former transcript is unchanged
         failed     ///< the former transcript is unchanged
     };
     enum class Translation {
-        none, ///< none was wanted
+        none, ///< not wanted, or not possible
         saved,
-        cancelled, ///< the former one stays
-        failed     ///< the former one stays
+        cancelled, ///< the former translation is unchanged
+        failed     ///< the former translation is unchanged
     };
 
     Status status = Status::failed;
@@ -36,9 +37,9 @@ struct HistoryRefinementOutcome {
     std::string translationProblem;
     std::string model;             ///< the model that transcribed it
     std::int64_t sentences = 0;    ///< of the refined text
-    std::int64_t keptOfFormer = 0; ///< of these, the sentences that only the former transcript had
+    std::int64_t keptOfFormer = 0; ///< how many of them only the former transcript had
     double heardSeconds = 0;
-    std::string brokenOff; ///< why the sound could not be read to its end
+    std::string brokenOff; ///< why the sound could not be read to its end; empty if it could
 };
 
 } // namespace tessarune

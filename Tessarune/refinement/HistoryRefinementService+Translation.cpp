@@ -106,7 +106,7 @@ Task<void> HistoryRefinementService::translateAndSaveIfPossible(JobPtr job) {
     }
 }
 
-/// One sentence after the other; the first failure ends the translation.
+/// Translates one sentence after the other; the first failure ends the translation.
 Task<std::string> HistoryRefinementService::translateSegments(JobPtr job, std::string source) {
     if (!translator_)
         translator_ = environment_.makeTranslator();
@@ -127,24 +127,24 @@ Task<std::string> HistoryRefinementService::translateSegments(JobPtr job, std::s
         record.sourceLanguage = source;
         record.targetLanguage = target;
         record.source = text;
-        const auto tell = [&](TranslationRecord::Event event) {
+        const auto report = [&](TranslationRecord::Event event) {
             record.event = event;
             if (job->observer)
                 job->observer->translation(record);
         };
-        tell(TranslationRecord::Event::start);
-        const double began = environment_.host.now();
+        report(TranslationRecord::Event::start);
+        const double startedAt = environment_.host.now();
         try {
             Task<std::string> translating = translator->translate(text, source, target);
             record.translated = co_await translating;
         } catch (const std::exception& error) {
-            record.elapsedSeconds = environment_.host.now() - began;
+            record.elapsedSeconds = environment_.host.now() - startedAt;
             record.error = error.what();
-            tell(TranslationRecord::Event::failure);
+            report(TranslationRecord::Event::failure);
             throw;
         }
-        record.elapsedSeconds = environment_.host.now() - began;
-        tell(TranslationRecord::Event::success);
+        record.elapsedSeconds = environment_.host.now() - startedAt;
+        report(TranslationRecord::Event::success);
         blocks.push_back(blockOf(text, record.translated));
     }
     co_return Text::joined(blocks, "\n\n");

@@ -24,10 +24,10 @@ using Observer = HistoryRefinementObserver;
 using Outcome = HistoryRefinementOutcome;
 using SaveOutcome = RecordingTranscriptSaveOutcome;
 
-/// How often a paused job checks whether it may continue.
+/// Seconds between two checks whether a paused job may continue.
 constexpr double pauseLookSeconds = 0.5;
 constexpr double endLookSeconds = 0.02;
-/// The time after which a hung recogniser no longer delays the end of the program.
+/// After this many seconds a hung recogniser no longer delays the end of the program.
 constexpr double longestEndSeconds = 5;
 constexpr const char* span = "history.refine";
 
@@ -69,7 +69,8 @@ bool isOfSound(const std::exception_ptr& failure) {
     }
 }
 
-/// Whether another try would come to the same: unlike a full disk or a model that cannot be loaded.
+/// Whether the next start need not try again: the job was cancelled, or would fail for the same
+/// reason. A full disk, or a model that cannot be loaded, may be a temporary reason.
 bool isLasting(const Outcome& outcome) {
     if (outcome.status == Outcome::Status::cancelled)
         return true;
@@ -134,11 +135,11 @@ Task<Outcome> HistoryRefinementService::refine(HistoryRefinementRequest request,
 }
 
 void HistoryRefinementService::cancel(const UUID& recording) {
-    const auto isIts = [&](const JobPtr& job) { return job->request.recordingID == recording; };
+    const auto matches = [&](const JobPtr& job) { return job->request.recordingID == recording; };
     std::vector<JobPtr> dropped;
-    std::ranges::copy_if(waiting_, std::back_inserter(dropped), isIts);
-    std::erase_if(waiting_, isIts);
-    if (running_ && isIts(running_))
+    std::ranges::copy_if(waiting_, std::back_inserter(dropped), matches);
+    std::erase_if(waiting_, matches);
+    if (running_ && matches(running_))
         running_->stop.request_stop();
     else if (!dropped.empty())
         jobs_.mutate([&](Jobs& jobs) { jobs.erase(recording); });
@@ -176,10 +177,10 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
     running_.reset();
     if (!isEnding_ && isLasting(job->outcome))
         settleImport(job->request.recordingID);
-    const bool waitsAgain = std::ranges::any_of(waiting_, [&](const JobPtr& other) {
+    const bool isQueuedAgain = std::ranges::any_of(waiting_, [&](const JobPtr& other) {
         return other->request.recordingID == job->request.recordingID;
     });
-    if (!waitsAgain)
+    if (!isQueuedAgain)
         jobs_.mutate([&](Jobs& jobs) { jobs.erase(job->request.recordingID); });
     if (job->outcome.status == Outcome::Status::failed && !isSilence(*job))
         failures_.mutate(
@@ -189,8 +190,8 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
     beginNext();
 }
 
-/// An import without a transcript was interrupted, and the next start transcribes it. Where that
-/// came to nothing, the transcript is an empty one.
+/// Saves an empty transcript for an import that has none. Without a transcript it would count as
+/// interrupted, and the next start would transcribe it again.
 void HistoryRefinementService::settleImport(const UUID& id) {
     RecordingCatalog& catalog = environment_.catalog;
     const auto recording = catalog.recording(id);
@@ -202,7 +203,8 @@ void HistoryRefinementService::settleImport(const UUID& id) {
     }
 }
 
-/// Whether nothing was understood, now as before: no failure that a user could do something about.
+/// Whether the recogniser found no text, neither now nor before: this is not a failure that the
+/// user can do something about.
 bool HistoryRefinementService::isSilence(const Job& job) const {
     const auto text = environment_.catalog.transcriptURL(job.request.recordingID);
     try {
@@ -266,7 +268,7 @@ Task<void> HistoryRefinementService::run(JobPtr job) {
     }
 }
 
-/// The text is saved before its translation, so that the better text shows at once.
+/// The text is saved before its translation, so that the better text is shown at once.
 Task<void> HistoryRefinementService::refineSource(JobPtr job) {
     const HistoryRefinementRequest& request = job->request;
     Task<void> waiting = mayContinue(job); // before a model is loaded
@@ -303,7 +305,7 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
 
     SaveOutcome saved = SaveOutcome::skippedDeleted;
     std::string timelineKind;
-    std::string unheard;
+    std::string missingSound;
     const std::size_t recognised = transcription.result.segments.size();
     RecordingCatalog& catalog = environment_.catalog;
     co_await runOn(worker_, [&] {
@@ -311,8 +313,8 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
         const FormerTranscript former =
             FormerTranscript::of(request.recordingID, recording, catalog, environment_.files);
         if (!former.wasHeard(transcription.heardSeconds, transcription.brokenOff.empty())) {
-            unheard = transcription.brokenOff.empty() ? localized("the file is too short")
-                                                      : transcription.brokenOff;
+            missingSound = transcription.brokenOff.empty() ? localized("the file is too short")
+                                                           : transcription.brokenOff;
             return;
         }
         if (recording && transcription.brokenOff.empty())
@@ -323,10 +325,10 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
         saved = catalog.saveRefinedSourceTranscript(job->result.sourceText(), timeline,
                                                     request.recordingID);
     });
-    if (!unheard.empty())
+    if (!missingSound.empty())
         throw MediaFileError(
             MediaFileError::Kind::damaged,
-            localized("The sound of the transcript is not all there any more: %@", {unheard}));
+            localized("The sound of the transcript is not all there any more: %@", {missingSound}));
     if (saved == SaveOutcome::skippedDeleted)
         throw RecordingDeleted();
     if (saved != SaveOutcome::saved)
@@ -355,19 +357,21 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
     co_await translating;
 }
 
-/// A container only estimates the length of its sound, or reports that of its pictures.
+/// Corrects the duration of an import: its container only estimates the length of the sound, or
+/// states that of the video.
 void HistoryRefinementService::correctDuration(RecordingMetadata recording, double heardSeconds) {
     constexpr double noticedSeconds = 1;
     const bool isImport = !FormerTranscript::lengthIsExact(recording);
     if (!isImport || std::abs(recording.duration - heardSeconds) < noticedSeconds)
         return;
-    recording.note.reset(); // the stored one may be newer
+    recording.note.reset(); // keeps the stored note, which may be newer
     recording.duration = heardSeconds;
     recording.endedAt = recording.startedAt + heardSeconds;
     environment_.catalog.upsert(recording);
 }
 
-/// Waits while a session listens. Throws if the job ends.
+/// Waits while refinements are paused. Throws CancellationError if the job was cancelled, and
+/// RecordingDeleted if its recording was deleted.
 Task<void> HistoryRefinementService::mayContinue(JobPtr job) {
     const std::stop_token stop = job->stop.get_token();
     while (isOnHold() && !stop.stop_requested())

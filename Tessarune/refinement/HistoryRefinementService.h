@@ -28,7 +28,7 @@ namespace tessarune {
 /// recogniser has nothing in its place.
 ///
 /// Main queue; reading and saving happen on a queue of utility priority. Jobs are not persistent:
-/// the end of the program drops one, and the former transcript stays.
+/// the end of the program drops them, and the former transcripts stay.
 class HistoryRefinementService {
   public:
     struct Environment {
@@ -36,11 +36,12 @@ class HistoryRefinementService {
         FileSystem& files;
         RecordingCatalog& catalog;
         TessaruneFileLogger& logger;
-        std::function<SpeechEngine()> engine; ///< called when the first job begins
+        /// Called at the first job, and again at the first job after the queue was empty.
+        std::function<SpeechEngine()> engine;
         OpenMediaFile openMedia;
         MakeAudioConverter makeConverter;
         std::function<std::shared_ptr<Translator>()>
-            makeTranslator; ///< null: nothing is translated
+            makeTranslator; ///< empty: nothing is translated
         /// Makes the observer of a job; may return null.
         std::function<std::shared_ptr<HistoryRefinementObserver>(const HistoryRefinementRequest&)>
             observe = nullptr;
@@ -61,7 +62,7 @@ class HistoryRefinementService {
     using Failures = std::map<UUID, std::string>;
 
     explicit HistoryRefinementService(Environment environment);
-    /// The defaults for a request without options.
+    /// The model for a request that names none.
     static constexpr const char* bestModel = "automatic";
 
     /// Cancels the running job and waits for its current read or write.
@@ -72,19 +73,21 @@ class HistoryRefinementService {
     /// that is still queued replaces the earlier one.
     void schedule(const std::optional<HistoryRefinementRequest>& request);
 
-    /// The same; returns the outcome. `model`: "automatic" for the best one, or a name.
+    /// Queues the request and returns the outcome when the job ends. `model` is "automatic" for the
+    /// best model, or a name.
     Task<HistoryRefinementOutcome> refine(HistoryRefinementRequest request, std::string model,
                                           std::stop_token stop = {});
 
     /// Cancels the queued or running job of this recording; its transcript stays.
     void cancel(const UUID& recording);
 
-    /// Cancels all jobs, and resumes when nothing is running any more, after five seconds at most.
-    /// For the end of the program: later requests are ignored.
+    /// Cancels all jobs, and resumes when no job is running, after five seconds at most. For the
+    /// end of the program; later calls of `schedule` are ignored.
     Task<void> end();
 
-    /// While it is paused, work stops between two blocks of sound or two sentences: a listening
-    /// session has the processor. It stays paused while any caller wants it.
+    /// Pauses or resumes the service for the caller `who`; it is paused as long as any caller wants
+    /// that. Work stops between two blocks of sound or two sentences, so that a listening session
+    /// has the processor.
     void setPaused(const void* who, bool isPaused);
 
     /// The recordings that are queued or being refined.

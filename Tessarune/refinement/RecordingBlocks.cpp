@@ -36,7 +36,7 @@ AudioBufferPtr RecordingBlocks::next(double seconds) {
     return block;
 }
 
-/// Null at the end, and if the file becomes unreadable.
+/// Returns null at the end, and if the file becomes unreadable.
 AudioBufferPtr RecordingBlocks::readFile() {
     try {
         AudioBufferPtr sound = file_->read();

@@ -15,17 +15,17 @@ namespace tessarune {
 /// the disk.
 class RecordingBlocks {
   public:
-    /// Throws MediaFileError, and AudioConversionError as the converter does.
+    /// Throws MediaFileError and AudioConversionError.
     RecordingBlocks(const OpenMediaFile& open, const MakeAudioConverter& makeConverter,
                     const std::filesystem::path& path, AudioFormat format);
 
-    /// At most so much sound; null at the end. Damage ends the file early like its regular end, and
-    /// `brokenOff` has the reason. Throws AudioConversionError.
+    /// Returns at most `seconds` of sound, or null at the end. Damage ends the sound early;
+    /// `brokenOff` then has the reason. Throws AudioConversionError.
     AudioBufferPtr next(double seconds);
 
     /// The sound read so far, in seconds of the file.
     double heardSeconds() const { return heardSeconds_; }
-    /// The duration in the container.
+    /// The duration that the container states.
     std::optional<double> duration() const { return file_->duration(); }
     double onsetSeconds() const { return onset_.seconds(); }
     /// Why the file ended early; empty if it did not.

@@ -12,7 +12,7 @@ namespace tessarune {
 
 // The diagnostic records of a file transcription.
 
-/// Which texts a record shows a beginning of, and how long that is.
+/// The beginning of a text as diagnostic records contain it: 120 characters at most.
 std::string recordTextPreview(std::string_view text);
 
 /// One result of the recogniser.

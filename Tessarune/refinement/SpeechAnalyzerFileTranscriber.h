@@ -22,7 +22,7 @@ class SpeechAnalyzerFileTranscriberError : public std::runtime_error {
   public:
     enum class Kind {
         emptyResult, ///< no text was recognised
-        noFileMode   ///< the recogniser takes no files
+        noFileMode   ///< the recogniser has no file mode
     };
     explicit SpeechAnalyzerFileTranscriberError(Kind kind);
     Kind kind() const { return kind_; }
@@ -48,8 +48,8 @@ class SpeechAnalyzerFileTranscriber {
         TessaruneFileLogger& logger;
     };
     struct Control {
-        std::string model; ///< "automatic", or the name of one
-        /// Awaited before each block: may delay it, and ends the transcription by throwing.
+        std::string model; ///< "automatic", or the name of a model
+        /// Awaited before each block. It may delay the block, or end the transcription by throwing.
         std::function<Task<void>()> beforeBlock;
         /// The seconds heard so far, and the file's own duration.
         std::function<void(double heardSeconds, std::optional<double> duration)> progress;

@@ -24,7 +24,7 @@ struct SpeechAnalyzerFileTranscriptionResult {
         std::string text;
         double start = 0;
         double end = 0;
-        std::vector<Word> words; ///< empty if the recogniser gave them no times
+        std::vector<Word> words; ///< empty if the recogniser reported no word times
 
         bool operator==(const Segment&) const = default;
     };
@@ -35,7 +35,7 @@ struct SpeechAnalyzerFileTranscriptionResult {
 
     bool operator==(const SpeechAnalyzerFileTranscriptionResult&) const = default;
 
-    /// The sentences, one a line.
+    /// The sentences, one per line.
     std::string sourceText() const;
 
     /// The time of the first word; `nullopt` without a word.
@@ -46,7 +46,7 @@ struct SpeechAnalyzerFileTranscriptionResult {
     /// never move forward.
     SpeechAnalyzerFileTranscriptionResult pulledBackToOnset() const;
 
-    /// The times of the words after the correction; `nullopt` if there is no text.
+    /// The times of words and sentences, pulled back to the onset; `nullopt` if there is no text.
     std::optional<HistoryWordTimeline> wordTimeline(std::string_view recognitionOptionID) const;
 };
 
