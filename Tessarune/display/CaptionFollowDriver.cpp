@@ -25,10 +25,10 @@ constexpr double breadcrumbInterval = 5.0;
 
 constexpr int stallMinHeartbeats = 5;
 constexpr int layoutFreezeMinRevisions = 8;
-/// A list within this distance is left alone, in points.
+/// A list within this distance of its end is not scrolled, in points.
 constexpr double settledDistance = 0.5;
 
-/// Whether the time is that long ago; true for a time that never was.
+/// Whether `since` is at least `seconds` ago; true if there is no such time.
 bool hasPassed(double seconds, const std::optional<double>& since, double now) {
     return !since || now - *since >= seconds;
 }
@@ -122,7 +122,7 @@ CaptionFollowDriver::noteUserScrollMotion(const Geometry& geometry) {
     return motion;
 }
 
-/// The gap between the two thresholds keeps the list from flapping.
+/// The gap between the two thresholds keeps the list from switching back and forth.
 bool CaptionFollowDriver::shouldBePinned(const Geometry& geometry, bool meaningful) const {
     if (!geometry.overflowing())
         return true;
@@ -256,7 +256,7 @@ void CaptionFollowDriver::land(const std::string& reason) {
 
 // Following
 
-/// A burst of changes scrolls once.
+/// A burst of changes causes one scroll.
 void CaptionFollowDriver::scheduleFollowSync() {
     if (std::exchange(followSyncScheduled_, true))
         return;
@@ -266,7 +266,7 @@ void CaptionFollowDriver::scheduleFollowSync() {
 void CaptionFollowDriver::followSync() {
     followSyncScheduled_ = false;
     const auto geometry = view_.geometry();
-    // Nothing is hidden any more: the captions were cleared, or the next session began.
+    // All rows fit: the captions were cleared, or the next session began.
     if (geometry && !geometry->overflowing() && !userLiveScrollActive_)
         setPinned(true, "contentFits");
     if (!isPinned_ || !geometry)

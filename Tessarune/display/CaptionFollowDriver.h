@@ -12,20 +12,22 @@
 
 namespace tessarune {
 
-/// The state of the list that the rest of the caption stage reads: whether the user reads back.
+/// The state of the list that the rest of the caption stage reads: whether the user is reading
+/// earlier captions.
 struct CaptionFollowState {
     Published<bool> isReviewing{false};
 };
 
-/// Keeps a caption list at its newest line while the user follows, lets go as soon as the user
-/// scrolls back, and returns when the user has paused for a while.
+/// Keeps a caption list at its newest line while the user follows, stops following as soon as the
+/// user scrolls back, and returns after the user has not scrolled for a while.
 ///
-/// Pinned follows the newest line; reviewing does not, and a timer runs. Only scrolling by the user
-/// leaves pinned: new rows never do. In addition, heal paths detect a list that stopped drawing
-/// although frames keep coming, and redraw it.
+/// While pinned, the list follows the newest line. While reviewing, it does not, and a timer runs.
+/// Only scrolling by the user ends the pinned state; new rows never do. In addition, heal paths
+/// detect a list that stopped drawing although frames keep coming, and redraw it.
 ///
 /// Main queue. The view calls the `user…` operations as it is scrolled, `update` when its content
-/// changed, and `frameHeartbeat` for each published frame. Host, view and state outlive the driver.
+/// changed, and `frameHeartbeat` for each published frame. Host, view and state must outlive the
+/// driver.
 class CaptionFollowDriver {
   public:
     static constexpr double reviewEnterThreshold = 64;
@@ -108,7 +110,7 @@ class CaptionFollowDriver {
 
     bool isPinned_ = true;
     DelayedCall idleTimer_;
-    std::optional<double> idleTimerArmedAt_; // present exactly while the timer runs
+    std::optional<double> idleTimerArmedAt_; // set exactly while the timer runs
     DelayedCall landing_;
     double idleReturnDelay_ = 30;
 
@@ -128,7 +130,7 @@ class CaptionFollowDriver {
     DelayedCall pendingHeal_;
     bool healScheduled_ = false;
 
-    std::optional<double> lastRevisionAt_; // the view's last sign of life
+    std::optional<double> lastRevisionAt_; // when the view last called
     int heartbeatsSinceRevision_ = 0;
     bool stallSuspected_ = false;
     std::optional<double> lastNudgeAt_;

@@ -9,7 +9,7 @@ namespace tessarune {
 
 namespace {
 
-/// A preview belongs to one of the newest sentences; so many settled rows are searched for it.
+/// A preview belongs to one of the newest sentences, so only this many settled rows are searched.
 constexpr std::size_t ghostReach = 32;
 
 } // namespace
@@ -18,7 +18,7 @@ CaptionStageRows::CaptionStageRows(const LiveCaptionDisplayFrame& frame, Block b
     : block_(block), ghost_(Text::trimmed(frame.ghostTranslationText)) {
     if (block == Block::translations) {
         translations_ = frame.translationTail;
-        // As beside the source: a preview goes when its sentence has a translation.
+        // As in the bilingual block, a preview disappears when its sentence has a translation.
         if (CaptionStageRows(frame, Block::bilingual, false).hasGhost())
             tail_.push_back({"", ghost_, true, false});
         return;
@@ -90,7 +90,7 @@ std::vector<std::size_t> CaptionStageRows::changedSince(const CaptionStageRows& 
     };
     if (block_ == before.block_)
         settled_.forEachUnshared(before.settled_, compare);
-    else // the same rows are drawn otherwise
+    else // another block draws the same rows differently
         for (std::size_t i = 0; i < std::min(settledSize(), before.settledSize()); ++i)
             compare(i);
     translations_.forEachUnshared(before.translations_, compare);
@@ -98,7 +98,7 @@ std::vector<std::size_t> CaptionStageRows::changedSince(const CaptionStageRows& 
         if (ghost && *ghost < std::min(settledSize(), before.settledSize()))
             compare(*ghost);
     }
-    // Settled rows, or rows that may still change.
+    // From here on, the rows of at least one list may still change.
     const std::size_t common = std::min(size(), before.size());
     for (std::size_t i = std::min(settledSize(), before.settledSize()); i < common; ++i)
         compare(i);

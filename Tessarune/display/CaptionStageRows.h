@@ -33,15 +33,17 @@ class CaptionStageRows {
     };
 
     CaptionStageRows() = default;
-    /// `merges`: the rows of a translation unit are shown as one.
+    /// With `merges`, the rows of a translation unit are shown as one.
     CaptionStageRows(const LiveCaptionDisplayFrame& frame, Block block, bool merges);
 
     std::size_t size() const { return settledSize() + tail_.size(); }
     CaptionStageRow row(std::size_t index) const;
-    /// The newest settled row and all rows after it are being read.
+    /// The index of the first primary row. Primary are the rows that the user is reading: the
+    /// newest settled row and all rows after it.
     std::size_t firstPrimary() const { return settledSize() == 0 ? 0 : settledSize() - 1; }
 
-    /// The rows in which the lists differ, ascending. The cost depends on the changes only.
+    /// The indexes at which both lists have a row but the rows differ, ascending. The cost depends
+    /// only on the changes.
     std::vector<std::size_t> changedSince(const CaptionStageRows& before) const;
 
   private:

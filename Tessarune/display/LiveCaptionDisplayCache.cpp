@@ -78,7 +78,7 @@ void LiveCaptionDisplayCache::rebuildSourceRows(const Captions& captions) {
             addSourceSegment(segment);
     }
     mergedBilingual_.rebuild(sourceTextRows_);
-    // The live, uncommitted rows may be different now.
+    // The live, uncommitted rows must be updated too.
     liveTailSignature_.reset();
     ++sourceRevision_;
     ++sourceFullRebuildCount_;
@@ -99,7 +99,7 @@ bool LiveCaptionDisplayCache::appendSourceRowsIfPossible(const Captions& caption
         if (captions.clearedSegmentIDs.contains(segment.id))
             continue;
         addSourceSegment(segment);
-        // It is committed now and shows only there.
+        // The row is committed now, so it is no longer shown in the live tail.
         if (isShownInLiveTail(segment.id))
             liveTailSignature_.reset();
     }
@@ -151,7 +151,7 @@ void LiveCaptionDisplayCache::patchSourceRows(const Patch& patch) {
     ++sourceRevision_;
 }
 
-// What is live
+// Live rows
 
 void LiveCaptionDisplayCache::updateLiveTailRows(const Captions& captions) {
     LiveTailSignature signature{LiveTailSegmentArraySignature::of(captions.liveLeading),
@@ -222,14 +222,14 @@ void LiveCaptionDisplayCache::updateTranslationRows(const Captions& captions, bo
     }
     if (translationRows_.size() != rowsBefore)
         ++translationRevision_;
-    // A unit between the edges changes no signature; its text must not wait for the next change
-    // that does.
+    // A signature contains only the first and the last row, so it may not change with this unit.
+    // The text must not wait for a later change.
     if (patch->translatedText && stableSourceSegmentIndexByID_.contains(patch->resultSegmentID) &&
         !patchTranslationRows(*patch))
         rebuildTranslationRows(captions);
 }
 
-/// Whether the text could be put in its place: in its former row, or at the end.
+/// Puts the text into its row, or adds a row at the end. Returns false if neither is possible.
 bool LiveCaptionDisplayCache::patchTranslationRows(const Patch& patch) {
     const std::string text(Text::trimmed(*patch.translatedText));
     if (translationRows_.empty() || text.empty())

@@ -27,7 +27,7 @@ namespace tessarune {
 /// Every visible change of a row raises a revision; revisions never repeat while the program runs.
 ///
 /// Main queue, without a lock. The session owns it for as long as the program runs; a new session
-/// rebuilds it from lists that are empty then. Nothing fails.
+/// rebuilds it from empty lists. No operation fails.
 class LiveCaptionDisplayCache {
   public:
     using Patch = LiveCaptionDisplayTranslationPatch;
@@ -48,14 +48,14 @@ class LiveCaptionDisplayCache {
     /// Whether a refresh for this reason rebuilds everything.
     static bool isForced(std::string_view reason);
 
-    /// Takes over the changes. `patch` is null unless exactly one unit was translated or failed;
-    /// the committed rows already reflect it.
+    /// Updates the rows. `patch` is null unless exactly one unit was translated or failed; the
+    /// committed rows already reflect it.
     void update(const Captions& captions, bool force, const Patch* patch);
 
-    /// The rows and revisions of a frame. The session adds the texts beside the rows.
+    /// The rows and revisions of a frame. The session adds the other texts.
     LiveCaptionDisplayFrame frame() const;
 
-    /// All visible rows: committed rows, the live tail, and the open rest if it is visible.
+    /// All visible rows: committed rows, the live tail, and the open row if it is visible.
     SharedVector<CaptionSegment> sourceSegments() const;
     std::size_t sourceSegmentCount() const;
 
@@ -101,7 +101,7 @@ class LiveCaptionDisplayCache {
     IndexByID stableSourceSegmentIndexByID_;
     IndexByID sourceRowIndexByID_;
     IndexByID translationRowIndexByResultSegmentID_;
-    /// The place of the last translation row's segment in `stableSourceSegments_`.
+    /// The index of the last translation row's segment in `stableSourceSegments_`.
     std::size_t lastTranslatedSegmentIndex_ = 0;
 
     std::int64_t sourceRevision_ = 0;

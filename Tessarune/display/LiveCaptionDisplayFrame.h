@@ -9,7 +9,7 @@
 
 namespace tessarune {
 
-/// The text of the translation's line, and whether it offers a retry.
+/// The text of the translation status, and whether it offers a retry.
 struct SubtitleTranslationStatusViewState {
     std::string text;
     bool hasIncomplete = false; ///< some committed row has no translation
@@ -18,8 +18,8 @@ struct SubtitleTranslationStatusViewState {
     bool operator==(const SubtitleTranslationStatusViewState& other) const;
 };
 
-/// All that views draw of a session at one moment. A value: a view may keep an old one, whose rows
-/// never change, and a copy costs the same for ten rows and for ten thousand.
+/// Everything that views draw of a session at one moment. A value: a view may keep an old one,
+/// whose rows never change, and a copy costs the same for ten rows and for ten thousand.
 ///
 /// Two frames are equal if their revisions, texts, phase and status are: rows never change without
 /// a change of a revision, and are not compared.
@@ -30,9 +30,9 @@ struct LiveCaptionDisplayFrame {
     LiveCaptionDisplayRows liveTailRows;   ///< complete sentences and clauses that may still change
     LiveCaptionDisplayRows mergedBilingualSourceTail;        ///< a translation unit is one row
     LiveCaptionDisplayRows mergedBilingualLiveTailRows;      ///< likewise
-    std::optional<LiveCaptionDisplaySegment> livePartialRow; ///< the open rest, if it has a text
+    std::optional<LiveCaptionDisplaySegment> livePartialRow; ///< the open row, if it has a text
     SharedVector<std::string> translationTail;               ///< the visible translations
-    std::string ghostTranslationText;                        ///< the preview; empty: there is none
+    std::string ghostTranslationText;                        ///< the preview; empty if none
     std::string ghostTranslationSourceText;                  ///< the source text of the preview
     std::string statusMessage;
     LiveSessionPhase sessionPhase = LiveSessionPhase::idle;

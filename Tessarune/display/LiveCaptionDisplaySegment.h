@@ -11,7 +11,7 @@ namespace tessarune {
 
 /// One caption row as views see it. A value.
 struct LiveCaptionDisplaySegment {
-    UUID id;                    ///< the segment's; of a merged row, that of the group's last row
+    UUID id;                    ///< the segment's id; for a merged row, the id of its last segment
     std::string sourceText;     ///< trimmed, never empty
     std::string translatedText; ///< trimmed; empty: there is none
     std::optional<UUID> translationUnitID;

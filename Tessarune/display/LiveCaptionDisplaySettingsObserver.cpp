@@ -22,11 +22,11 @@ LiveCaptionDisplaySettingsObserver::LiveCaptionDisplaySettingsObserver(AppSettin
     observe(settings.softCaptionStableSeconds);
 }
 
-/// Assigning the current value is not a change: reading the file again assigns all settings.
+/// Ignores assignments of the current value.
 template <typename T>
 void LiveCaptionDisplaySettingsObserver::observe(Setting<T>& setting) {
     const auto valueOf = [&setting] {
-        // If the command line spells a value differently, the stored value is compared.
+        // The stored value; the text for the user may be spelt differently.
         if constexpr (std::is_same_v<T, std::string>)
             return *setting;
         else

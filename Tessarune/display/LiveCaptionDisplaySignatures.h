@@ -11,9 +11,9 @@
 
 namespace tessarune {
 
-/// A signature represents a list by its edges and its length. If two are equal, derived rows are
-/// still valid. A long list that changed only between its edges keeps its signature: committed rows
-/// change only by a translation, which brings its own patch.
+/// A signature represents a list by its first and last row and its length. While it stays equal,
+/// the rows that were derived from the list are valid. It does not notice changes between the two
+/// rows: committed rows change only by a translation, which has its own patch.
 
 /// A committed row, without its translation.
 struct SourceSegmentEdgeSignature {
@@ -42,7 +42,7 @@ struct SourceSignature {
     bool operator==(const SourceSignature&) const = default;
 };
 
-/// A row with its translation; an absent text reads as an empty one.
+/// A row with its translation; an absent translation counts as an empty one.
 struct SegmentEdgeSignature {
     UUID id;
     std::int64_t revision = 0;
@@ -56,7 +56,7 @@ struct SegmentEdgeSignature {
     bool operator==(const SegmentEdgeSignature& other) const;
 };
 
-/// The live tail is short, and is compared whole.
+/// The live tail is short, so all its rows are compared.
 struct LiveTailSegmentArraySignature {
     std::vector<SegmentEdgeSignature> edges;
 
@@ -87,8 +87,8 @@ struct TranslationSignature {
 
     static TranslationSignature of(std::span<const CaptionSegment> committed,
                                    std::size_t clearedCount);
-    /// Whether a list with the signature `now` begins with the former rows. `exceptTranslations`:
-    /// their translations may have changed.
+    /// Whether `committed`, whose signature is `now`, begins with the rows of this signature. With
+    /// `exceptTranslations`, their translations may have changed.
     bool isContinuedBy(std::span<const CaptionSegment> committed, const TranslationSignature& now,
                        bool exceptTranslations) const;
     bool operator==(const TranslationSignature&) const = default;

@@ -15,11 +15,11 @@ LiveCaptionDisplayStore::LiveCaptionDisplayStore(std::function<double()> now,
 LiveCaptionDisplayUpdateResult LiveCaptionDisplayStore::update(LiveCaptionDisplayFrame newFrame) {
     ++perf.updateRequests;
     const double before = now_();
-    const bool isNews = !(newFrame == *frame);
+    const bool isChanged = !(newFrame == *frame);
     const double seconds = now_() - before;
     perf.frameCompareSeconds += seconds;
     perf.frameCompareMaxMS = std::max(perf.frameCompareMaxMS, seconds * 1000);
-    if (isNews) {
+    if (isChanged) {
         frame = std::move(newFrame);
         ++perf.publishedFrames;
         if (notifications_)
@@ -27,7 +27,7 @@ LiveCaptionDisplayUpdateResult LiveCaptionDisplayStore::update(LiveCaptionDispla
     } else {
         ++perf.skippedFramePublishes;
     }
-    return {perf.updateRequests, perf.publishedFrames, seconds * 1000, isNews};
+    return {perf.updateRequests, perf.publishedFrames, seconds * 1000, isChanged};
 }
 
 bool shouldRecordDisplayDiagnostics(std::string_view reason, double publishedFrameIndex,

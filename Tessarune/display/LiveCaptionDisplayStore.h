@@ -15,7 +15,7 @@ inline constexpr std::string_view liveCaptionFramePublished = "TessaruneLiveCapt
 
 /// The outcome of publishing a frame.
 struct LiveCaptionDisplayUpdateResult {
-    double updateRequests = 0;  ///< running total, this one included
+    double updateRequests = 0;  ///< running total, including this request
     double publishedFrames = 0; ///< likewise
     double compareMS = 0;
     bool isPublished = false;
@@ -28,7 +28,7 @@ struct LiveCaptionDisplayUpdateResult {
 /// nothing else of the captions.
 class LiveCaptionDisplayStore {
   public:
-    /// Zeroed by `resetPerfCounters`. Views increment the counters of what they draw.
+    /// Set to zero by `resetPerfCounters`. Views increment the counters for what they draw.
     struct PerfCounters {
         double updateRequests = 0;
         double publishedFrames = 0;
@@ -49,8 +49,8 @@ class LiveCaptionDisplayStore {
         double captionStageBilingualCompareRenders = 0;
     };
 
-    /// `now` returns seconds, for the duration of a comparison. `notifications` outlives the store;
-    /// without it nothing is posted.
+    /// `now` returns seconds, for the duration of a comparison. `notifications` must outlive the
+    /// store; if it is null, nothing is posted.
     explicit LiveCaptionDisplayStore(std::function<double()> now,
                                      const NotificationCenter* notifications = nullptr);
     LiveCaptionDisplayStore(const LiveCaptionDisplayStore&) = delete;
@@ -59,9 +59,9 @@ class LiveCaptionDisplayStore {
     LiveCaptionDisplayUpdateResult update(LiveCaptionDisplayFrame newFrame);
     void resetPerfCounters() { perf = PerfCounters(); }
 
-    /// Assigned by `update` alone.
+    /// Assigned only by `update`.
     Published<LiveCaptionDisplayFrame> frame;
-    /// Views have the store by const reference, and count what they draw in it.
+    /// Mutable because views have a const reference to the store, and count what they draw.
     mutable PerfCounters perf;
 
   private:

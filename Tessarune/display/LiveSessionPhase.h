@@ -7,10 +7,10 @@ namespace tessarune {
 /// The phase of a listening session.
 enum class LiveSessionPhase {
     idle,
-    preparing, ///< a start was accepted; permissions are asked for
-    loading,   ///< the recogniser and the capture are being made ready
+    preparing, ///< a start was accepted; permissions are requested
+    loading,   ///< the recogniser and the capture are being prepared
     listening,
-    stopping, ///< the last words are drained, everything is saved
+    stopping, ///< the last words are drained, and everything is saved
     failed    ///< the start failed; a new one is accepted
 };
 

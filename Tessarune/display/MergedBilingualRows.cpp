@@ -67,14 +67,14 @@ MergedBilingualRows::Merged MergedBilingualRows::overlapping(Span range) const {
             static_cast<std::size_t>(last - spans_.begin())};
 }
 
-/// Rebuilds these merged rows, which cover these source rows.
+/// Rebuilds the merged rows `merged` from the source rows in `range`, which they cover.
 void MergedBilingualRows::replace(Merged merged, const LiveCaptionDisplayRows& source, Span range) {
-    MergedBilingualRows again;
-    again.append(source, range);
-    rows_.replace(merged.first, merged.last, again.rows_);
+    MergedBilingualRows rebuilt;
+    rebuilt.append(source, range);
+    rows_.replace(merged.first, merged.last, rebuilt.rows_);
     const auto first = spans_.begin() + static_cast<std::ptrdiff_t>(merged.first);
     const auto last = spans_.begin() + static_cast<std::ptrdiff_t>(merged.last);
-    spans_.insert(spans_.erase(first, last), again.spans_.begin(), again.spans_.end());
+    spans_.insert(spans_.erase(first, last), rebuilt.spans_.begin(), rebuilt.spans_.end());
 }
 
 void MergedBilingualRows::append(const LiveCaptionDisplayRows& source, Span range) {

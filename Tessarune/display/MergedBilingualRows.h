@@ -8,14 +8,14 @@
 
 namespace tessarune {
 
-/// Rows that each show a whole translation unit: adjacent final rows of one unit become one row
+/// Rows that each show a complete translation unit: adjacent final rows of one unit become one row
 /// with their texts joined, under the id of the last. A change of source rows rebuilds only the
 /// units that they belong to.
 ///
 /// Main queue.
 class MergedBilingualRows {
   public:
-    /// Indexes into the rows that are merged, from `lower` to before `upper`.
+    /// A range of source rows, from `lower` to before `upper`.
     struct Span {
         std::size_t lower = 0;
         std::size_t upper = 0;
@@ -28,17 +28,17 @@ class MergedBilingualRows {
     const std::vector<Span>& spans() const { return spans_; }
 
     void rebuild(const LiveCaptionDisplayRows& source);
-    /// Source rows were added after the first `oldCount`.
+    /// Updates the rows after source rows were added to the first `oldCount`.
     void patchAfterAppend(const LiveCaptionDisplayRows& source, std::size_t oldCount);
-    /// These source rows have changed. An empty list, or an index that does not exist, rebuilds
-    /// all.
+    /// Updates the rows after the source rows `affected` have changed. Rebuilds all if `affected`
+    /// is empty or has an invalid index.
     void patch(const LiveCaptionDisplayRows& source, std::span<const std::size_t> affected);
 
   private:
-    /// Indexes of merged rows.
+    /// A range of merged rows.
     struct Merged {
         std::size_t first = 0;
-        std::size_t last = 0; // behind the last
+        std::size_t last = 0; // one past the last
     };
 
     static bool canMerge(const LiveCaptionDisplayRows& source, std::size_t first,

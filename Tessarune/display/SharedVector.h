@@ -9,14 +9,14 @@
 
 namespace tessarune {
 
-/// A list that is copied in constant time: copies share their elements, and a change of one of them
-/// copies a few nodes of 32 pointers and leaves the others unchanged.
+/// A list that is copied in constant time: copies share their elements. A change of one copy
+/// duplicates a few nodes of 32 pointers and leaves the other copies unchanged.
 ///
 /// A tree whose leaves point to the elements. An append or an assignment costs the depth of the
 /// tree (three levels up to 32,768 elements); an unshared node changes in place. Elements never
 /// change, so references stay valid while any copy has them.
 ///
-/// Like a `std::vector` for readers. Copies that share elements belong to one thread.
+/// Reads like a `std::vector`. All copies that share elements must stay on one thread.
 template <typename T>
 class SharedVector {
   public:
@@ -98,19 +98,19 @@ class SharedVector {
         }
     }
     /// Replaces the elements from `first` to before `last`. The elements after them are inserted
-    /// again, which costs as much as there are.
+    /// again, at a cost in proportion to their number.
     void replace(std::size_t first, std::size_t last, const SharedVector& with) {
-        std::vector<Element> behind;
+        std::vector<Element> remainder;
         for (std::size_t i = last; i < size_; ++i)
-            behind.push_back(element(i));
+            remainder.push_back(element(i));
         truncate(first);
         for (std::size_t i = 0; i < with.size(); ++i)
             append(with.element(i));
-        for (Element& kept : behind)
+        for (Element& kept : remainder)
             append(std::move(kept));
     }
 
-    /// Calls `visit` with each index of both lists at which they do not share their element. The
+    /// Calls `visit` with each index at which both lists have an element, but do not share it. The
     /// cost depends on the changes, not on the lengths.
     template <typename Visit>
     void forEachUnshared(const SharedVector& other, Visit visit) const {
@@ -137,8 +137,8 @@ class SharedVector {
         std::vector<Element> elements;
     };
 
-    /// Two nodes over the same indices, of which `first` is the lowest; a higher node is reduced to
-    /// the part that the other covers.
+    /// Compares two nodes whose lowest index is `first`. If one node is higher in its tree, only
+    /// its first child, which covers the indexes of the other node, is compared.
     template <typename Visit>
     static void compare(const Node& one, unsigned level, const Node& other, unsigned otherLevel,
                         std::size_t first, Visit& visit) {

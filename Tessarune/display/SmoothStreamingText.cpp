@@ -9,7 +9,7 @@ namespace tessarune {
 
 namespace {
 
-/// At this backlog the rest appears at once.
+/// At this backlog, in characters, the remainder appears at once.
 constexpr std::size_t lostBacklog = 401;
 /// Up to this backlog the stream runs at its normal pace.
 constexpr std::size_t calmBacklog = 24;
@@ -55,7 +55,8 @@ void SmoothStreamingText::revealNextWord() {
     reveal(endOfNextWord());
 }
 
-/// Past spaces, through the word, and past the spaces behind it. Text without spaces is one word.
+/// The end of the next word, including the spaces before and after it. Text without spaces is one
+/// word.
 std::size_t SmoothStreamingText::endOfNextWord() const {
     std::size_t index = revealedCount_;
     const auto skip = [&](bool spaces) {

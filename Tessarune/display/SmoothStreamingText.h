@@ -26,10 +26,10 @@ class SmoothStreamingText {
 
         bool operator==(const Options&) const = default;
     };
-    /// The visible text; `newestWord` stands out behind `settled`.
+    /// The visible text; `newestWord` follows `settled` and is highlighted.
     struct RenderedTail {
         std::string settled;
-        std::string newestWord; ///< empty unless it is highlighted
+        std::string newestWord; ///< empty if nothing is highlighted
 
         bool operator==(const RenderedTail&) const = default;
     };
@@ -44,9 +44,9 @@ class SmoothStreamingText {
     /// Called with the number of visible characters after each step.
     std::function<void(std::size_t revealedCount)> onReveal;
 
-    /// The text has appeared or changed.
+    /// Sets the text, and starts to reveal the part that is not visible yet.
     void stream(std::string text);
-    /// The view has disappeared.
+    /// Cancels the pending step. Call it when the view disappears.
     void stop() { ticker_.cancel(); }
 
     std::size_t revealedCount() const { return revealedCount_; }

@@ -10,7 +10,7 @@ namespace tessarune {
 /// Whether the caption window shows its toolbar: while the pointer is inside, and while a menu that
 /// was opened from it is open. It hides a moment after the pointer has left.
 ///
-/// Main queue; the host outlives it.
+/// Main queue; the host must outlive it.
 class SubtitleChromeState {
   public:
     static constexpr double hideDelay = 0.16; ///< seconds
@@ -20,7 +20,7 @@ class SubtitleChromeState {
     SubtitleChromeState(const SubtitleChromeState&) = delete;
     SubtitleChromeState& operator=(const SubtitleChromeState&) = delete;
 
-    /// Assigned here alone.
+    /// Assigned only by this class.
     Published<bool> isPresented{true};
 
     void setBodyHovering(bool hovering);

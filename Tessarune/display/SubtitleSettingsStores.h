@@ -11,7 +11,8 @@
 
 namespace tessarune {
 
-// The settings that one view reads, so that an unrelated setting redraws nothing.
+// Each of these states holds the settings that one view reads, so that an unrelated setting redraws
+// nothing.
 
 struct SubtitleCaptionSettingsViewState {
     bool translationEnabled = false;
@@ -62,10 +63,10 @@ struct SubtitleWindowSettingsViewState {
     bool operator==(const SubtitleWindowSettingsViewState&) const = default;
 };
 
-/// Publishes a view state whenever it differs after a change of the settings. Simultaneous changes,
-/// as by a profile, are one.
+/// Publishes a view state whenever it differs after a change of the settings. Changes made
+/// together, such as by a profile, are published once.
 ///
-/// Main queue. Host and settings outlive it.
+/// Main queue. Host and settings must outlive it.
 template <typename ViewState>
 class SubtitleSettingsStore {
   public:
@@ -74,7 +75,7 @@ class SubtitleSettingsStore {
     SubtitleSettingsStore(const SubtitleSettingsStore&) = delete;
     SubtitleSettingsStore& operator=(const SubtitleSettingsStore&) = delete;
 
-    /// Assigned here alone.
+    /// Assigned only by this class.
     Published<ViewState> state;
 
   private:
