@@ -61,7 +61,7 @@ AudioExporter::AudioExporter(Host& host, TranscodeToM4A transcode)
 
 Task<void> AudioExporter::transcodeToM4A(std::filesystem::path from, std::filesystem::path to,
                                          MediaProgress progress, std::stop_token stop) {
-    // The coroutine may outlive the exporter; it takes along what it needs.
+    // The coroutine may outlive the exporter, so it keeps its own reference.
     const auto transcode = transcode_;
     try {
         co_await runOn(Executor::queue(host_, queue_),
@@ -73,11 +73,12 @@ Task<void> AudioExporter::transcodeToM4A(std::filesystem::path from, std::filesy
 
 std::string_view AudioExporter::withinFileName(std::string_view text) {
     // Of the 255 bytes that a disk allows; the remainder is for the suffix of an unfinished file.
-    constexpr std::size_t most = 200;
-    if (text.size() <= most)
+    constexpr std::size_t maximumBytes = 200;
+    if (text.size() <= maximumBytes)
         return text;
-    text = Text::withoutCutCharacter(text.substr(0, most));
-    return text.substr(0, text.size() - Text::lastCharacter(text).size()); // it may be incomplete
+    text = Text::withoutCutCharacter(text.substr(0, maximumBytes));
+    // The last character may be incomplete.
+    return text.substr(0, text.size() - Text::lastCharacter(text).size());
 }
 
 std::string AudioExporter::suggestedFilename(double startedAt, std::string_view note,

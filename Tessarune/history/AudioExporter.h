@@ -13,8 +13,7 @@
 
 namespace tessarune {
 
-/// Makes compressed audio of recordings, one at a time, on the queue "Tessarune.audio.m4aWriter".
-/// Main queue.
+/// Encodes recordings as M4A, one at a time, on the queue "Tessarune.audio.m4aWriter". Main queue.
 class AudioExporter {
   public:
     class ExportError : public std::runtime_error {
@@ -35,15 +34,15 @@ class AudioExporter {
 
     AudioExporter(Host& host, TranscodeToM4A transcode);
 
-    /// Writes `from` as M4A to `to`, which appears whole or not at all: AAC, 16000 Hz, one channel,
-    /// 32000 bits a second. `progress` is called on the queue. Throws ExportError, or
+    /// Writes `from` as M4A to `to`, which appears complete or not at all: AAC, 16000 Hz, one
+    /// channel, 32000 bits a second. `progress` is called on the queue. Throws ExportError, or
     /// CancellationError when asked to stop. Resumes on the main queue.
     Task<void> transcodeToM4A(std::filesystem::path from, std::filesystem::path to,
                               MediaProgress progress = {}, std::stop_token stop = {});
 
-    /// The longest beginning of a text that can be part of a file name. Pure.
+    /// The longest beginning of a text that fits into a file name. Pure.
     static std::string_view withinFileName(std::string_view text);
-    /// A file name made from the note, or from the start if there is no note. Pure.
+    /// A file name made from the note, or from the start time if there is no note. Pure.
     static std::string suggestedFilename(double startedAt, std::string_view note,
                                          std::string_view ext);
 

@@ -5,11 +5,12 @@
 
 namespace tessarune {
 
-/// One row of a bilingual transcript. `id` counts the blocks of the text, those without lines too.
+/// One row of a bilingual transcript. `id` is the index of the block in the text; blocks without
+/// lines are counted too.
 struct BilingualTranscriptBlock {
     std::int64_t id = 0;
     std::string source;
-    std::string translation; ///< of one or more lines; may be empty
+    std::string translation; ///< has one or more lines, or is empty
 
     bool operator==(const BilingualTranscriptBlock&) const = default;
 };

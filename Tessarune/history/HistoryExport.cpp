@@ -69,7 +69,7 @@ bool isSubtitle(Format format) {
     return format == Format::srt || format == Format::vtt;
 }
 
-/// The name with letters, digits, "-" and "_" of any script alone.
+/// The name reduced to "-", "_", and the letters and digits of any script.
 std::string stemOf(std::string_view name) {
     std::string stem;
     for (const char32_t point : Text::codePoints(AudioExporter::withinFileName(name))) {
@@ -128,7 +128,7 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
             from = recording->filePath;
         if (recording && isOurM4A(*recording))
             finishing(beside, [&] {
-                // Whether another size is damage is for the decoder to say.
+                // A file of another size is transcoded: the decoder detects damage.
                 isCopied = files_.size(from) == static_cast<std::uint64_t>(recording->byteCount);
                 if (isCopied)
                     copyAudio(from, beside);
@@ -215,19 +215,19 @@ std::string HistoryExport::exportText(const HistoryExportRequest& request) {
     throw HistoryExportError(ErrorKind::noTranslation, missingTranslationText(request.format));
 }
 
-/// An unreadable timeline costs the times, not the text.
+/// Empty if the timeline is unreadable: the export then lacks the times, not the text.
 HistoryWordTimeline HistoryExport::timeline(const HistoryItem& recording) {
     const auto path = catalog_.wordTimelineURL(recording.id);
     try {
         if (files_.exists(path))
             return HistoryWordTimeline::decoded(files_.read(path)).value_or(HistoryWordTimeline());
-    } catch (const std::system_error&) { // the document says that there are none
+    } catch (const std::system_error&) { // the document then has no times
     }
     return {};
 }
 
-/// What this program encoded is as an export should be: it loses nothing and takes no time. An
-/// import may be anything, whatever it is called.
+/// Whether this program encoded the file, so that a copy of it is the export. An import may have
+/// any format, whatever its name.
 bool HistoryExport::isOurM4A(const RecordingMetadata& recording) {
     return recording.audioFormat == M4A::audioFormat && recording.filePath.ends_with(".m4a");
 }
@@ -242,7 +242,7 @@ void HistoryExport::copyAudio(const std::filesystem::path& from, const std::file
     copy->close();
 }
 
-/// One step of an audio export; if it fails, its output is removed.
+/// Runs one step of an audio export. If it fails, removes the output and throws HistoryExportError.
 void HistoryExport::finishing(const std::filesystem::path& beside,
                               const std::function<void()>& step) {
     try {
@@ -250,7 +250,7 @@ void HistoryExport::finishing(const std::filesystem::path& beside,
     } catch (const std::exception& error) {
         try {
             files_.remove(beside);
-        } catch (const std::exception&) { // it was never made
+        } catch (const std::exception&) { // the first error is the one to report
         }
         throw HistoryExportError(ErrorKind::failed, failureText(Format::m4a, error.what()));
     }

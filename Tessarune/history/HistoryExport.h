@@ -43,18 +43,18 @@ class HistoryExport {
     HistoryExport(Host& host, RecordingCatalog& catalog, FileSystem& files, AudioExporter& audio,
                   WriteTranscriptPDF pdf);
 
-    /// Writes the file `to`, which appears whole or not at all, and replaces an existing file.
-    /// Throws HistoryExportError, or CancellationError when asked to stop. Only audio can be
-    /// stopped and reports progress, on its own queue.
+    /// Writes the file `to`, which appears complete or not at all, and replaces an existing file.
+    /// Throws HistoryExportError, or CancellationError when asked to stop. Only an audio export can
+    /// be stopped and reports progress, on the exporter's queue.
     Task<void> write(HistoryExportRequest request, std::filesystem::path to,
                      MediaProgress progress = {}, std::stop_token stop = {});
 
-    /// The bytes of a document, which is every format but audio. Throws HistoryExportError.
+    /// The bytes of an export in any format except audio. Throws HistoryExportError.
     Task<std::string> document(HistoryExportRequest request);
 
     /// The name that a save panel suggests, with its extension.
     static std::string suggestedFilename(const HistoryExportRequest& request);
-    /// "pdf"
+    /// Without the dot, such as "pdf".
     static std::string_view fileExtension(HistoryExportFormat format);
     static std::optional<HistoryExportFormat> formatOf(std::string_view fileExtension);
 

@@ -21,7 +21,7 @@ std::optional<std::int64_t> sizeOf(FileSystem& files, const std::filesystem::pat
     }
 }
 
-/// The current entry, or `nullopt` if it is not to be listed.
+/// The entry with the current size of its audio, or `nullopt` if it is not to be listed.
 std::optional<RecordingMetadata> normalizedRecording(RecordingMetadata recording,
                                                      FileSystem& files) {
     const std::filesystem::path audio(recording.filePath);

@@ -11,11 +11,11 @@ namespace tessarune::HistoryItemLoader {
 /// Compressed audio of at most this size holds no sound and is not listed.
 inline constexpr std::int64_t emptyCompressedSize = 16384;
 
-/// The rows of the history list, newest first: the catalog's entries whose audio is there. Any
+/// The rows of the history list, newest first: the catalog's entries whose audio exists. Any
 /// thread.
 std::vector<HistoryItem> load(RecordingCatalog& catalog, FileSystem& files);
 
-/// The row of any entry, also of one that is not listed. Any thread.
+/// The row of any entry, even of one that `load` leaves out. Any thread.
 HistoryItem row(const RecordingMetadata& recording, RecordingCatalog& catalog, FileSystem& files);
 
 } // namespace tessarune::HistoryItemLoader

@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// What is needed to transcribe a saved recording once more, frozen when its session stopped or it
-/// was asked for.
+/// Everything that is needed to transcribe a saved recording again, as it was when the session
+/// stopped or when the user asked for it.
 struct HistoryRefinementRequest {
     UUID recordingID;
     std::string audioPath;
@@ -20,8 +20,8 @@ struct HistoryRefinementRequest {
 
     bool operator==(const HistoryRefinementRequest&) const = default;
 
-    /// For a recording that no session has just stopped: as the settings say now. Nothing where
-    /// they name no language to be recognised.
+    /// Makes a request from the current settings, for a recording whose session has not just
+    /// stopped. `nullopt` if they name no language to recognise.
     static std::optional<HistoryRefinementRequest>
     current(const AppSettings& settings, const UUID& recordingID, std::string audioPath);
 };

@@ -34,7 +34,8 @@ struct Draft {
     double end = 0;
 };
 
-/// Cuts as late as the screen, the maximum cue length and `mostColumns` allow.
+/// Cuts the row into chunks, each as long as the screen, the maximum cue length and `mostColumns`
+/// allow.
 std::vector<Chunk> cut(const SpokenRow& row, const SubtitleText& text, std::size_t mostColumns) {
     std::vector<Chunk> chunks;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -69,8 +70,8 @@ std::vector<Chunk> chunksOf(const SpokenRow& row, const SubtitleText& text) {
     return best;
 }
 
-/// The lines of the source, of the translation, or of both: the translation is cut into as many
-/// parts.
+/// Adds the cues of a row, with its source, its translation or both. For both, the translation is
+/// cut into one part per chunk of the source, or into more parts if it is long.
 void addDrafts(std::vector<Draft>& drafts, SpokenRow row, Content content) {
     if (content == Content::translation) {
         // The translation has no word times, so it is spread evenly.

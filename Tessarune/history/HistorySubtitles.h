@@ -27,7 +27,7 @@ inline constexpr std::int64_t shortestCueMS = 1000;
 inline constexpr std::int64_t longestCueMS = 7000;
 
 /// `words` come from the timeline that the document's sentences come from. `duration` is the
-/// recording's, in seconds: rows without a time share the remainder.
+/// recording's, in seconds: rows without a time share the time between their neighbours.
 std::vector<SubtitleCue> cues(const HistoryTranscriptExportDocument& document,
                               const std::vector<HistoryWordTimeline::Word>& words, double duration);
 

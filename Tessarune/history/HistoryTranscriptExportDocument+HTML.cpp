@@ -41,7 +41,7 @@ h1 { font-size: 24px; line-height: 1.3; margin: 0; }
 }
 )";
 
-/// Text as HTML shows it.
+/// Escapes HTML's special characters; a line feed becomes <br>.
 std::string escaped(std::string_view text) {
     std::string result;
     result.reserve(text.size());

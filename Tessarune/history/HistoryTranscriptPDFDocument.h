@@ -24,7 +24,7 @@ struct HistoryTranscriptPDFDocument {
 
     bool operator==(const HistoryTranscriptPDFDocument&) const = default;
 
-    /// As one line of JSON, for the program that lays it out.
+    /// The document as one line of JSON, for the program that lays it out.
     std::string encoded() const;
     /// `nullopt` if the text is not such an object.
     static std::optional<HistoryTranscriptPDFDocument> decoded(std::string_view json);

@@ -22,7 +22,7 @@ struct HistoryWordTimeline {
     struct Word {
         std::string w; ///< as written in the text, punctuation included
         double t = 0;
-        std::optional<UUID> segmentID; ///< absent in timelines that were made from the file
+        std::optional<UUID> segmentID; ///< `nullopt` in timelines that were made from the file
 
         bool operator==(const Word&) const = default;
     };
@@ -40,19 +40,24 @@ struct HistoryWordTimeline {
     /// How the times were found; each comment says whether the timeline or a sentence carries the
     /// value.
     struct TimingKind {
-        static constexpr std::string_view audioWord = "audioWord"; ///< both: each word's sound
-        static constexpr std::string_view audioSegment =
-            "audioSegment"; ///< sentence: the row's span
-        static constexpr std::string_view segmentInterpolated = "segmentInterpolated"; ///< timeline
-        static constexpr std::string_view asrSegment = "asrSegment"; ///< sentence: arrival times
-        static constexpr std::string_view asrFirstSeen = "asrFirstSeen"; ///< timeline: of arrival
-        static constexpr std::string_view derivedFromWords = "derivedFromWords"; ///< sentence
+        /// Both: from the sound of each word.
+        static constexpr std::string_view audioWord = "audioWord";
+        /// Both: from the sound of the row.
+        static constexpr std::string_view audioSegment = "audioSegment";
+        /// Timeline: words are spread over their row.
+        static constexpr std::string_view segmentInterpolated = "segmentInterpolated";
+        /// Sentence: when its row arrived.
+        static constexpr std::string_view asrSegment = "asrSegment";
+        /// Timeline: when the words arrived.
+        static constexpr std::string_view asrFirstSeen = "asrFirstSeen";
+        /// Sentence: from its words.
+        static constexpr std::string_view derivedFromWords = "derivedFromWords";
     };
 
     static constexpr std::int64_t currentSchemaVersion = 2;
 
-    /// Clamps a time from a file, which may be damaged or foreign, to one that a recording can
-    /// have.
+    /// Clamps a time from a file, which may be damaged or come from elsewhere, to a time that a
+    /// recording can have.
     static double saneTime(double seconds);
 
     std::int64_t schemaVersion = currentSchemaVersion;
@@ -67,9 +72,9 @@ struct HistoryWordTimeline {
 
     using WordEvents = std::unordered_map<UUID, std::vector<WordEvent>>;
 
-    /// Built from the committed rows of a live session. Times of rows and words may be on the wall
-    /// clock (seconds since 1970, as `recordingStartedAt` is) or already relative to the recording.
-    /// `nullopt` if the session was not recorded or no row has text.
+    /// Builds a timeline from the committed rows of a live session. Times of rows and words may be
+    /// on the wall clock (seconds since 1970, as `recordingStartedAt` is) or already relative to
+    /// the recording. `nullopt` if the session was not recorded or no row has text.
     static std::optional<HistoryWordTimeline> build(std::optional<double> recordingStartedAt,
                                                     std::string_view recognitionOptionID,
                                                     std::span<const CaptionSegment> segments,
@@ -84,12 +89,14 @@ struct HistoryWordTimeline {
     std::vector<Sentence> derivedSentencesFromWords() const;
 
     /// The sentence that each row of a bilingual text shows. Such a text may be older than a
-    /// refined timeline: equal texts are paired, and so are the rows between them if both sides
-    /// have the same number; a row without a counterpart shows none.
+    /// refined timeline: texts that are equal and unique are paired, as far as their order agrees.
+    /// The rows and sentences between two pairs are paired in order if there are equally many,
+    /// otherwise from both ends as long as their texts are equal. If nothing matches at all, all
+    /// are paired in order. A row without a counterpart has `nullopt`.
     static std::vector<std::optional<std::size_t>>
     sentencesOfRows(const std::vector<std::string>& rows, const std::vector<Sentence>& sentences);
 
-    /// The start of each sentence, or of each derived one where there are no sentences.
+    /// The start of each sentence, or of each derived sentence if there are none.
     std::vector<double> sentenceStarts() const;
 
     /// The sentence that is heard at `time`: the last one that has started; `nullopt` before the

@@ -73,7 +73,7 @@ void RecordingAudioCompressor::forget() {
 
 Task<void> RecordingAudioCompressor::keepUp(Alive alive, RecordingAudioCompressor& self,
                                             std::shared_ptr<WAVEncoding> encoding) {
-    // The limit for one look: after the computer has slept there may be hours of silence.
+    // The limit for one step: after the computer has slept there may be hours of silence.
     constexpr double mostSeconds = 600;
     Host& host = self.host_;
     const Executor worker = Executor::queue(host, self.queue_);
@@ -85,7 +85,7 @@ Task<void> RecordingAudioCompressor::keepUp(Alive alive, RecordingAudioCompresso
     }
 }
 
-/// False if the whole WAV must still be encoded.
+/// Finishes the M4A that `follow` began. False if the entire WAV must still be encoded.
 Task<bool> RecordingAudioCompressor::finishFollowed(RecordingMetadata recording,
                                                     MediaProgress progress, std::stop_token stop) {
     const auto encoding = std::exchange(followed_, nullptr);
@@ -96,10 +96,10 @@ Task<bool> RecordingAudioCompressor::finishFollowed(RecordingMetadata recording,
         co_await runOn(worker, [&] { encoding->abandon(); });
         co_return false;
     }
-    const bool isWhole = co_await runOn(worker, [&] { return encoding->finish(progress, stop); });
-    if (!isWhole)
+    const bool isDone = co_await runOn(worker, [&] { return encoding->finish(progress, stop); });
+    if (!isDone)
         logBackgroundFailure(recording, encoding->failure());
-    co_return isWhole;
+    co_return isDone;
 }
 
 // Recordings of interrupted sessions
@@ -122,12 +122,12 @@ Task<void> RecordingAudioCompressor::encodeLeftovers(Alive alive, RecordingAudio
     for (const RecordingMetadata& recording : recordings) {
         WAVEncoding encoding(self.files_, self.create_, recording.filePath,
                              destinationOf(recording.filePath));
-        bool isWhole = false;
-        while (!isWhole && encoding.failure().empty()) {
+        bool isDone = false;
+        while (!isDone && encoding.failure().empty()) {
             co_await sleep(Executor::main(host), 1);
             if (alive.expired())
                 co_return;
-            isWhole = co_await runOn(worker, [&] {
+            isDone = co_await runOn(worker, [&] {
                 return encoding.advance(leftoverSecondsASecond) && encoding.finish();
             });
             if (alive.expired())
@@ -135,7 +135,7 @@ Task<void> RecordingAudioCompressor::encodeLeftovers(Alive alive, RecordingAudio
         }
         std::string error = encoding.failure();
         try {
-            if (isWhole)
+            if (isDone)
                 self.adopt(recording, true);
         } catch (const std::exception& failure) {
             error = failure.what();
@@ -175,7 +175,7 @@ Task<RecordingMetadata> RecordingAudioCompressor::compressWAVToM4A(RecordingMeta
     co_return adopt(std::move(recording), deleteSource);
 }
 
-/// Makes the finished M4A the recording, unless it is not an equivalent replacement.
+/// Makes the finished M4A the recording's audio. Throws if it is not an equivalent replacement.
 RecordingMetadata RecordingAudioCompressor::adopt(RecordingMetadata recording, bool deleteSource) {
     const std::filesystem::path source(recording.filePath);
     const auto destination = destinationOf(source);
@@ -185,7 +185,7 @@ RecordingMetadata RecordingAudioCompressor::adopt(RecordingMetadata recording, b
     recording.sampleRate = M4A::sampleRate;
     recording.channelCount = M4A::channels;
     recording.awaitsCompression = false;
-    recording.note.reset(); // the catalog keeps the one of now: it may have changed meanwhile
+    recording.note.reset(); // keeps the note in the catalog, which may be newer
     // An entry that still names the removed WAV would be dropped at the next start.
     if (!catalog_.upsert(recording))
         discard(destination,
@@ -231,7 +231,7 @@ bool RecordingAudioCompressor::lastsAsLong(const RecordingMetadata& recording,
 void RecordingAudioCompressor::removeOutput(const std::filesystem::path& output) {
     try {
         files_.remove(output);
-    } catch (const std::system_error&) { // it stays beside the WAV and goes with it
+    } catch (const std::system_error&) { // it remains beside the WAV and is deleted with it
     }
 }
 

@@ -32,7 +32,7 @@ class RecordingAudioCompressor {
             missingSource,
             missingOutput,
             missingOutputSize,
-            emptyOutput, ///< history would list it as a session without sound
+            emptyOutput, ///< the history would not list it, because it is too small for sound
         };
         CompressionError(Kind kind, const std::string& path);
         Kind kind() const { return kind_; }
@@ -44,7 +44,7 @@ class RecordingAudioCompressor {
     /// How far the M4A's length may be from the recording's, in seconds: the codec adds a block.
     static constexpr double durationTolerance = 0.5;
 
-    /// Seconds between two looks at the growing recording.
+    /// Seconds between two steps that encode the growing recording.
     static constexpr double followSeconds = 5;
     /// Seconds of sound of an interrupted session that are encoded each second: a few hundredths of
     /// a core, so that nothing else is slowed down.
@@ -55,23 +55,24 @@ class RecordingAudioCompressor {
                              TessaruneFileLogger& logger, AudioExporter& exporter,
                              OpenMediaFile open, CreateM4A create);
 
-    /// The recording has begun and shall become an M4A, by a later start of the program if
-    /// necessary.
+    /// Starts to encode the recording while it grows, and marks it for compression: if the program
+    /// ends first, a later start encodes it.
     void follow(const RecordingMetadata& recording);
     /// Stops following the recording, which stays unchanged or is deleted.
     void forget();
-    /// Compresses, one by one and slowly, what earlier sessions left uncompressed.
+    /// Compresses the recordings that earlier sessions left uncompressed, one by one and slowly.
     void compressLeftovers();
 
-    /// Returns the updated entry. If `deleteSource` is set, removes the WAV once the M4A is on the
-    /// disk, has the recording's length and is in the catalog. Throws CompressionError,
-    /// AudioExporter::ExportError, or CancellationError. Resumes on the main queue.
+    /// Encodes the WAV and returns the updated entry. If `deleteSource` is set, removes the WAV
+    /// once the M4A is on the disk, has the recording's length and is in the catalog. Throws
+    /// CompressionError, AudioExporter::ExportError, or CancellationError. Resumes on the main
+    /// queue.
     Task<RecordingMetadata> compressWAVToM4A(RecordingMetadata recording, bool deleteSource,
                                              MediaProgress progress = {},
                                              std::stop_token stop = {});
 
   private:
-    /// Tells tasks whether the compressor still exists.
+    /// Expires when the compressor is destroyed; tasks check it.
     using Alive = std::weak_ptr<const bool>;
 
     static Task<void> keepUp(Alive alive, RecordingAudioCompressor& self,

@@ -54,7 +54,7 @@ RecordingCatalog::diagnosticsRunURLs(const std::set<UUID>& matching) {
             double modified = -std::numeric_limits<double>::infinity();
             try {
                 modified = files_.modifiedAt(run);
-            } catch (const std::exception&) { // counts as long ago
+            } catch (const std::exception&) { // counts as the oldest
             }
             runs.emplace_back(modified, name);
         }
@@ -69,14 +69,15 @@ RecordingCatalog::diagnosticsRunURLs(const std::set<UUID>& matching) {
     return urls;
 }
 
-/// The files that name the recording go last: they lead to the others.
+/// Removes the files that name the recording last: until then, an interrupted removal can be
+/// repeated.
 void RecordingCatalog::removeRun(const std::filesystem::path& run) {
     try {
         for (const auto& name : files_.list(run)) {
             if (std::ranges::find(namingFiles, name) == std::end(namingFiles))
                 removeQuietly(run / name);
         }
-    } catch (const std::exception&) { // its removal reports that
+    } catch (const std::exception&) { // the removal below reports the failure
     }
     removeQuietly(run);
 }
@@ -87,7 +88,7 @@ bool RecordingCatalog::namesRecording(const std::filesystem::path& run,
         try {
             if (jsonObject(JSON::parse(files_.read(run / name)), ids))
                 return true;
-        } catch (const std::exception&) { // missing or unreadable: the next one
+        } catch (const std::exception&) { // missing or unreadable: tries the next file
         }
     }
     return false;

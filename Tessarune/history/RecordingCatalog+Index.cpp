@@ -35,11 +35,11 @@ RecordingCatalog::LoadedIndex RecordingCatalog::loadIndex() {
     return loaded;
 }
 
-/// The paths in an index are those of its folder when they were written. If the folder was moved,
-/// copied or restored from a backup, the sound beside the index is meant: the other may be the
-/// original's.
+/// Corrects the paths of an index whose folder was moved, copied or restored from a backup: they
+/// still name files in the old folder, which may belong to another index. The sound beside this
+/// index is used instead.
 void RecordingCatalog::findMovedSound(RecordingIndex& index) {
-    std::set<std::string> named; // made when it is needed
+    std::set<std::string> named; // filled on first use
     for (auto recording : index.recordings()) {
         const std::filesystem::path path(recording.filePath);
         if (path.parent_path() == paths_.recordings() || !path.has_filename())
@@ -77,7 +77,7 @@ std::string RecordingCatalog::readingProblem() {
             return localized("The list of recordings, %@, is missing. The next recorded session "
                              "rebuilds it from the recordings.",
                              {paths_.recordingIndex().string()});
-        // If a folder cannot be searched, its recordings look as if they were gone.
+        // If the folder cannot be read, its recordings look as if they were missing.
         files_.list(paths_.recordings());
     } catch (const std::exception& error) {
         return localized("The recordings cannot be read: %@", {error.what()});
@@ -91,7 +91,7 @@ bool RecordingCatalog::mutateIndex(const std::function<void(RecordingIndex&)>& m
         try {
             prepareDirectories();
             LoadedIndex loaded = loadIndex();
-            // A disk that does not answer now may do so later: its index is not replaced.
+            // An index that cannot be read now may be readable later, so it is not replaced.
             if (loaded.failure)
                 std::rethrow_exception(loaded.failure);
             if (loaded.state != IndexState::good) {
@@ -127,7 +127,8 @@ bool RecordingCatalog::isAside(const std::string& name) const {
     return name.starts_with(paths_.recordingIndex().filename().string() + std::string(asideMark));
 }
 
-/// Throws if no copy could be made; empty if there was nothing to copy.
+/// Copies an unreadable index aside and returns the path; empty if there was nothing to copy.
+/// Throws if no copy could be made.
 std::filesystem::path RecordingCatalog::keepAside(const std::string& bytes) {
     if (Text::trimmed(bytes).empty())
         return {};
@@ -137,7 +138,7 @@ std::filesystem::path RecordingCatalog::keepAside(const std::string& bytes) {
     return aside;
 }
 
-/// For an index whose bytes cannot be read.
+/// Moves an index aside whose bytes cannot be read, and returns the new path.
 std::filesystem::path RecordingCatalog::moveAside() {
     auto aside = asidePath();
     files_.rename(paths_.recordingIndex(), aside);
@@ -151,10 +152,10 @@ bool RecordingCatalog::deleteAll() {
         deleted_.merge(loadIndex().index.ids());
         for (const auto& folder :
              {paths_.recordings(), paths_.transcripts(), paths_.diagnostics()}) {
-            try { // first what is in it: the folder may be a link to another disk
+            try { // its content first: the folder may be a link to another disk
                 for (const auto& name : files_.list(folder))
                     removeQuietly(folder / name);
-            } catch (const std::system_error&) { // as a whole, then
+            } catch (const std::system_error&) { // the folder is removed below
             }
             removeQuietly(folder);
         }

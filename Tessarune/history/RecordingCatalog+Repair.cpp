@@ -52,7 +52,7 @@ void RecordingCatalog::healStaleRecordings() {
     }
 }
 
-/// An error of the disk is no proof that a file is gone.
+/// A disk error does not prove that a file is missing.
 bool RecordingCatalog::isSurelyMissing(const std::filesystem::path& path) {
     try {
         if (!files_.exists(path))
@@ -81,7 +81,7 @@ void RecordingCatalog::reconcileIndex() {
 
 void RecordingCatalog::cleanupOrphanTranscripts() {
     const LoadedIndex loaded = loadIndex();
-    // A list that may be incomplete must never cost the user's transcripts.
+    // If the index may be incomplete, no transcript is an orphan for certain.
     if (loaded.state != IndexState::good || loaded.index.hasNamelessElements())
         return;
     try {
@@ -97,16 +97,16 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
                        " orphan transcript sidecar(s)";
             });
         }
-        // Only imports are named by their UUID. One older than the index was not interrupted on its
-        // way there, and may be the only trace of a recording.
+        // In this folder only imports are named by their UUID. One that is older than the index was
+        // not interrupted before it was listed, and may be the only trace of a recording.
         removeOrphans(paths_.recordings(), known, files_.modifiedAt(paths_.recordingIndex()));
     } catch (const std::exception&) { // the next start tries again
     }
 }
 
-/// An index that is older than the recordings, such as one from a backup, does not list them all.
-/// Those that were finished, and whose entries and sound are there, are listed again; all that are
-/// known then.
+/// Lists recordings again that the index lacks, because it is older, such as one from a backup.
+/// They must be finished, and their entries and sound must exist. Returns `known` with their ids
+/// added.
 std::set<UUID> RecordingCatalog::takeForgottenIn(std::set<UUID> known) {
     RecordingIndex forgotten = RecordingIndex::salvaged({}, entriesBesideTranscripts(known));
     findMovedSound(forgotten);
@@ -127,8 +127,8 @@ std::set<UUID> RecordingCatalog::takeForgottenIn(std::set<UUID> known) {
     return known;
 }
 
-/// Files whose names begin with the UUID of a recording that is not known, if they were not changed
-/// before a time. How many there were.
+/// Removes the files whose names begin with a UUID that is not in `known`, except those that were
+/// last changed before `notBefore`, if that is above 0. Returns their number.
 std::size_t RecordingCatalog::removeOrphans(const std::filesystem::path& folder,
                                             const std::set<UUID>& known, double notBefore) {
     std::size_t count = 0;

@@ -81,9 +81,9 @@ void RecordingCatalog::write(const NewSidecar& sidecar) {
 
 /// A former text with new times would be wrong, and so would the reverse. Therefore all new files
 /// are complete on the disk before the first of them, always the text, replaces its predecessor.
-/// RecordingRepair completes an interruption after that.
+/// RecordingRepair completes a replacement that is interrupted after that.
 void RecordingCatalog::replaceTogether(const std::vector<NewSidecar>& sidecars) {
-    bool isBegun = false;
+    bool hasReplaced = false;
     try {
         for (const auto& [path, content] : sidecars) {
             if (content)
@@ -94,18 +94,19 @@ void RecordingCatalog::replaceTogether(const std::vector<NewSidecar>& sidecars) 
                 files_.rename(replacementOf(path), path);
             else
                 files_.remove(path);
-            isBegun = true;
+            hasReplaced = true;
         }
     } catch (...) {
         for (const auto& [path, content] : sidecars) {
-            if (!isBegun && content)
+            if (!hasReplaced && content)
                 removeQuietly(replacementOf(path));
         }
         throw;
     }
 }
 
-/// The entry beside the transcripts only serves to rebuild a lost index, so its failure is ignored.
+/// The entry beside the transcripts only serves to rebuild a lost index, so a failure is only
+/// logged.
 void RecordingCatalog::writeEntry(const RecordingIndex& index, const UUID& id) {
     if (const auto entry = index.encodedEntry(id))
         saveSidecar({"entry", "recording.entry.saveFailed"}, id, entryURL(id),
@@ -171,9 +172,9 @@ RecordingCatalog::saveGuarded(SidecarKind kind, std::string_view what, const UUI
     using Outcome = RecordingTranscriptSaveOutcome;
     Outcome outcome = Outcome::skippedDeleted;
     queue_->sync([&] {
-        const bool wentWell = saveSidecar(kind, id, paths_.transcripts(), [&] {
+        const bool succeeded = saveSidecar(kind, id, paths_.transcripts(), [&] {
             LoadedIndex loaded = loadIndex();
-            // An unknown state of the recording is no reason to remove its transcripts.
+            // If the index cannot be read now, the recording may exist: its transcripts stay.
             if (loaded.failure)
                 std::rethrow_exception(loaded.failure);
             if (loaded.state != IndexState::good)
@@ -184,7 +185,7 @@ RecordingCatalog::saveGuarded(SidecarKind kind, std::string_view what, const UUI
             refined_.insert(id);
             outcome = Outcome::saved;
         });
-        if (!wentWell)
+        if (!succeeded)
             outcome = Outcome::failed;
     });
     if (outcome == Outcome::saved)
@@ -223,7 +224,7 @@ RecordingCatalog::updateTranscripts(std::string_view sourceText, std::string_vie
     return update;
 }
 
-/// All entries that stand beside transcripts, as JSON.
+/// The entries beside the transcripts as JSON, except those of the recordings in `known`.
 std::vector<std::string> RecordingCatalog::entriesBesideTranscripts(const std::set<UUID>& known) {
     std::vector<std::string> entries;
     for (const auto& name : files_.list(paths_.transcripts())) {

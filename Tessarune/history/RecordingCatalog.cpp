@@ -104,13 +104,13 @@ bool RecordingCatalog::wasDeleted(const UUID& id) {
 
 void RecordingCatalog::removeOwned(const RecordingMetadata& recording, Runs runs) {
     auto audio = audioArtifactURLs(recording);
-    // A foreign entry must not cost a whole folder.
+    // An entry from elsewhere may name a folder, which must not be removed.
     std::erase_if(audio, [&](const auto& url) { return files_.isDirectory(url); });
     std::set<std::string> tokens;
     for (const auto& url : audio)
         tokens.insert({url.string(), url.filename().string()});
-    // First what only the entry leads to: a deletion that is interrupted here can be repeated. Once
-    // the sound is gone, the next start removes what is left.
+    // The diagnostics runs and log lines first: only the entry leads to them, and an interrupted
+    // deletion can be repeated. Once the sound is gone, the next start removes the rest.
     if (runs == Runs::areRemoved) {
         for (const auto& run : diagnosticsRunURLs({recording.id}))
             removeRun(run);
@@ -119,10 +119,10 @@ void RecordingCatalog::removeOwned(const RecordingMetadata& recording, Runs runs
     for (const auto& url : audio)
         removeQuietly(url);
     removeSidecars(recording.id);
-    logger_.deleteEntries({recording.id.text()}, tokens); // failures to remove something
+    logger_.deleteEntries({recording.id.text()}, tokens); // lines about failed removals
 }
 
-/// A file from elsewhere, such as an import, has no siblings of ours.
+/// A file outside the recordings folder has no siblings of ours.
 std::vector<std::filesystem::path>
 RecordingCatalog::audioArtifactURLs(const RecordingMetadata& recording) const {
     const std::filesystem::path audio(recording.filePath);
@@ -135,7 +135,7 @@ RecordingCatalog::audioArtifactURLs(const RecordingMetadata& recording) const {
     return {urls.begin(), urls.end()};
 }
 
-/// A file that cannot be removed must not protect the others.
+/// Logs a failure instead of throwing, so that the other files are still removed.
 void RecordingCatalog::removeQuietly(const std::filesystem::path& path) {
     try {
         files_.remove(path);

@@ -36,7 +36,7 @@ inline constexpr std::string_view recordingTranscriptDidUpdate = "recordingTrans
 ///
 /// Any thread may call. Changes of the index and the guarded saves run one by one on the queue
 /// "Tessarune.RecordingCatalog.index", and the caller blocks; plain saves of sidecars and all
-/// reading happen on the calling thread and rely on files being replaced as a whole. Notifications
+/// reading happen on the calling thread and rely on files being replaced atomically. Notifications
 /// are posted on the calling thread afterwards. Only one process may write a data folder: the
 /// program takes its DataFolderLock first.
 ///
@@ -48,7 +48,7 @@ inline constexpr std::string_view recordingTranscriptDidUpdate = "recordingTrans
 /// operation's result.
 class RecordingCatalog {
   public:
-    /// All of these must outlive the catalog.
+    /// All references must outlive the catalog.
     RecordingCatalog(Host& host, FileSystem& files, TessarunePaths paths,
                      TessaruneFileLogger& logger, NotificationCenter& notifications);
     ~RecordingCatalog();
@@ -57,7 +57,7 @@ class RecordingCatalog {
 
     const TessarunePaths& paths() const { return paths_; }
 
-    /// Makes the folders for audio and diagnostics. Throws std::system_error.
+    /// Creates the folders for audio and diagnostics. Throws std::system_error.
     void prepareDirectories();
 
     /// The part of this catalog that the recorder uses; the catalog must outlive it.
@@ -65,26 +65,26 @@ class RecordingCatalog {
 
     // Index. The Booleans say whether the change was saved.
 
-    /// The entries on the disk, newest first. An unreadable index is an empty list.
+    /// The entries on the disk, newest first. Empty if the index is unreadable.
     std::vector<RecordingMetadata> recordings();
     std::optional<RecordingMetadata> recording(const UUID& id);
-    /// Why recordings cannot be listed, for the user; empty if they can, also if there are none
+    /// Why recordings cannot be listed, for the user; empty if they can, even if there are none
     /// yet.
     std::string readingProblem();
 
     /// Replaces the entry of the same id or adds one. A stored note, and a stored mark for
     /// compression, survive an absent one. False for a recording that was deleted: a late write
-    /// brings no entry back.
+    /// does not restore it.
     bool upsert(const RecordingMetadata& recording);
     enum class Runs { areRemoved, stay };
     /// Removes a recording with all its audio, sidecars, diagnostics runs and log lines. When a
     /// session discards its own recording the runs stay: one of them is still being written.
     bool deleteRecording(const UUID& id, Runs runs = Runs::areRemoved);
-    /// Whether this process deleted the recording: nothing of it may be written any more.
+    /// Whether this process deleted the recording; nothing may be written for it any more.
     bool wasDeleted(const UUID& id);
     /// An empty note is stored as none. An unknown id changes nothing.
     bool setNote(const std::string& note, const UUID& id);
-    /// Whether a later start of the program shall make an M4A of the WAV. An unknown id changes
+    /// Sets whether a later start of the program encodes the WAV as M4A. An unknown id changes
     /// nothing.
     bool markForCompression(bool awaitsCompression, const UUID& id);
     bool deleteAll();
@@ -97,8 +97,8 @@ class RecordingCatalog {
     /// A timeline without words and sentences removes the sidecar.
     bool saveWordTimeline(const std::optional<HistoryWordTimeline>& timeline, const UUID& id);
 
-    /// Replace the transcripts of a recording that still exists, all of them or none; no deletion
-    /// can come between. The second one keeps the bilingual text.
+    /// These two replace the transcripts of a recording that still exists, all of them or none; no
+    /// deletion can happen in between. `saveRefinedSourceTranscript` keeps the bilingual text.
     RecordingTranscriptSaveOutcome
     saveRefinedTranscript(std::string_view sourceText, std::string_view bilingualText,
                           const std::optional<HistoryWordTimeline>& wordTimeline, const UUID& id);
@@ -112,8 +112,8 @@ class RecordingCatalog {
         bool sourceSaved = false;
         bool bilingualSaved = false;
     };
-    /// Replaces the texts that a session saved by later ones: only of a recording that is listed
-    /// and was not refined since. No deletion can come between.
+    /// Replaces the texts that a session saved by newer ones, if the recording is listed and was
+    /// not refined meanwhile. No deletion can happen in between.
     TranscriptUpdate updateTranscripts(std::string_view sourceText, std::string_view bilingualText,
                                        const UUID& id);
 
@@ -122,20 +122,20 @@ class RecordingCatalog {
     std::filesystem::path wordTimelineURL(const UUID& id) const;
     /// The session's journal, see SessionJournal.
     std::filesystem::path journalURL(const UUID& id) const;
-    /// The entry itself, from which a lost index is rebuilt.
+    /// A copy of the entry, from which a lost index is rebuilt.
     std::filesystem::path entryURL(const UUID& id) const;
     /// Where a refined transcript or timeline is kept until it replaces the former one.
     static constexpr std::string_view replacementSuffix = ".refined";
     static std::filesystem::path replacementOf(const std::filesystem::path& sidecar);
 
-    /// Posts `recordingTranscriptDidUpdate`, after a live save.
+    /// Posts `recordingTranscriptDidUpdate`, after a session has saved its transcripts.
     void announceTranscript(const UUID& id);
 
     // Diagnostics
 
     /// The newest run that names the recording.
     std::optional<std::filesystem::path> diagnosticsRunURL(const UUID& id);
-    /// All of them, newest first.
+    /// All runs that name one of the recordings, newest first.
     std::vector<std::filesystem::path> diagnosticsRunURLs(const std::set<UUID>& matching);
 
     // Repairs at launch, before anything else uses the catalog, in this order (RecordingRepair runs
@@ -148,13 +148,13 @@ class RecordingCatalog {
     /// Rebuilds a lost or unreadable index from its readable parts and from the entries beside the
     /// transcripts. `nullopt` if the index is fine.
     std::optional<IndexRebuild> rebuildUnreadableIndex();
-    /// Gives each entry without an end one, from its duration.
+    /// Sets the end of each entry that has none, computed from its duration.
     void healStaleRecordings();
-    /// Drops entries whose audio is gone.
+    /// Removes entries whose audio is missing.
     void reconcileIndex();
     /// Removes sidecars of recordings that the index does not know, and imported sound that a crash
-    /// kept out of the index; nothing while an unreadable index is kept aside, since they may
-    /// belong to it.
+    /// kept out of the index; does nothing while an unreadable index is kept aside, because the
+    /// files may belong to it.
     void cleanupOrphanTranscripts();
 
   private:
@@ -179,7 +179,7 @@ class RecordingCatalog {
     std::filesystem::path moveAside();
     std::filesystem::path asidePath() const;
     bool isAside(const std::string& name) const;
-    /// All but those of recordings that are known.
+    /// Leaves out the entries of the recordings in `known`.
     std::vector<std::string> entriesBesideTranscripts(const std::set<UUID>& known = {});
     std::set<UUID> takeForgottenIn(std::set<UUID> known);
 
@@ -216,7 +216,7 @@ class RecordingCatalog {
     TessaruneFileLogger& logger_;
     NotificationCenter& notifications_;
     std::shared_ptr<SerialQueue> queue_;
-    // For the life of this process; on the queue
+    // Kept until the process ends; used on the queue only
     std::set<UUID> deleted_;
     std::set<UUID> refined_;
 };

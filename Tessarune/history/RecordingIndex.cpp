@@ -57,7 +57,7 @@ std::optional<UUID> idOf(const Json& value) {
 }
 
 /// Writes the fields of a recording over the object that `before` was read from. An unchanged field
-/// keeps its written form, which may hold more than was read.
+/// keeps its written form, which may contain more than was read.
 class FieldWriter {
   public:
     FieldWriter(Json& object, const std::optional<RecordingMetadata>& before,

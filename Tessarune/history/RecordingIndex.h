@@ -25,35 +25,35 @@ class RecordingIndex {
     static std::optional<RecordingIndex> decoded(std::string_view json);
 
     /// The entries that can still be found in a text that is no longer a JSON array, plus those in
-    /// `entries` (one each) that the text has lost. Linear in the size of its input, whatever that
-    /// holds.
+    /// `entries` (one per string) that the text has lost. Takes time in proportion to the size of
+    /// its input, whatever that contains.
     static RecordingIndex salvaged(std::string_view damaged,
                                    const std::vector<std::string>& entries = {});
 
     std::vector<RecordingMetadata> recordings() const;
     std::optional<RecordingMetadata> find(const UUID& id) const;
 
-    /// The identities of all elements, also of those that are not entries.
+    /// The ids of all elements, even of those that are not entries.
     std::set<UUID> ids() const;
-    /// Whether there are elements without a readable identity.
+    /// Whether there are elements without a readable id.
     bool hasNamelessElements() const;
 
     /// Replaces the entry of the same id, or adds one.
     void put(const RecordingMetadata& recording);
     bool removeIf(const std::function<bool(const RecordingMetadata&)>& matches);
 
-    /// Newest first; the order among equals stays.
+    /// Sorts newest first; equal entries keep their order.
     void sort();
 
     /// Pretty-printed, with sorted keys.
     std::string encoded() const;
-    /// One entry as written in the index; `nullopt` if there is none of that id.
+    /// One entry as written in the index; `nullopt` if the id is unknown.
     std::optional<std::string> encodedEntry(const UUID& id) const;
 
   private:
     struct Element {
         std::shared_ptr<const nlohmann::json> source;
-        std::optional<RecordingMetadata> recording; ///< absent if the source is no entry
+        std::optional<RecordingMetadata> recording; ///< `nullopt` if the source is not an entry
     };
 
     std::vector<Element> elements_;

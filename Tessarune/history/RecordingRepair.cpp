@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::string_view journalSuffix = ".live.ndjson";
 
-/// Whether the recorder wrote the file: in a foreign file, other data may follow the sound.
+/// Whether the recorder wrote the file. In a file from elsewhere, other data may follow the sound.
 bool isOurWAV(const RecordingMetadata& recording) {
     const std::filesystem::path audio(recording.filePath);
     return Text::lowercased(audio.extension().string()) == ".wav" &&
@@ -34,7 +34,8 @@ std::uint64_t soundBytes(const WAVHeader& header, std::uint64_t size) {
     return bytes - bytes % (std::uint64_t{header.channels} * 2);
 }
 
-/// The names that writeAtomically and the M4A writer give to unfinished files.
+/// Whether the name is one that `writeAtomically`, the M4A writer or an import gives to an
+/// unfinished file.
 bool isUnfinishedFile(std::string_view name) {
     if (name.ends_with(".part"))
         return true;
@@ -132,8 +133,8 @@ WAVHeader RecordingRepair::repairedHeader(const RecordingMetadata& recording, st
     constexpr std::uint64_t largest = std::numeric_limits<std::uint32_t>::max();
     if (found && std::min(header.dataSize, largest) == found->dataSize)
         return header;
-    // A file without a whole header becomes one of ours again. In a header of another layout only
-    // the size of the sound is corrected.
+    // A missing or incomplete header is replaced by ours. In a header of another layout only the
+    // size of the sound is corrected.
     const auto file = size < WAVHeader::size ? files_.create(recording.filePath)
                                              : files_.openForAppending(recording.filePath);
     if (size < WAVHeader::size)
@@ -147,7 +148,7 @@ WAVHeader RecordingRepair::repairedHeader(const RecordingMetadata& recording, st
     return header;
 }
 
-/// Writes the missing transcripts of a session from its journal.
+/// Writes the missing transcripts of sessions from their journals.
 void RecordingRepair::restoreTranscripts() {
     std::vector<std::string> names;
     try {
@@ -181,7 +182,7 @@ void RecordingRepair::restoreTranscripts(const UUID& id) {
     }
 }
 
-/// Only missing ones: the session's own files hold more.
+/// Writes only missing transcripts: the files of the session itself contain more.
 bool RecordingRepair::writeTranscripts(const UUID& id, const SessionJournalContent& journal) {
     bool isWritten = true;
     if (!files_.exists(catalog_.transcriptURL(id)))
@@ -200,7 +201,7 @@ bool RecordingRepair::writeTranscripts(const UUID& id, const SessionJournalConte
     return isWritten;
 }
 
-/// The remains of a process that ended while it wrote a file.
+/// Removes the remains of a process that ended while it wrote a file.
 void RecordingRepair::removeUnfinishedFiles() {
     const auto& paths = catalog_.paths();
     for (const auto& folder : {paths.appSupportBase(), paths.recordings(), paths.transcripts()}) {
@@ -216,7 +217,7 @@ void RecordingRepair::removeUnfinishedFiles() {
     }
 }
 
-/// The WAV of a session whose entry names the whole M4A that was made of it.
+/// Removes the WAV of each session whose entry names the complete M4A that was made from it.
 void RecordingRepair::removeReplacedSound() {
     const std::vector<RecordingMetadata> all = catalog_.recordings();
     std::set<std::string> named;
@@ -240,9 +241,9 @@ void RecordingRepair::removeReplacedSound() {
     }
 }
 
-/// If the text of a refined transcript is already in place, its other files follow; otherwise the
-/// transcript was incomplete when the process ended, and is removed. The text is removed last,
-/// since it distinguishes the two cases.
+/// If the text of a refined transcript is already in place, moves its other files into place, too.
+/// Otherwise the transcript was incomplete when the process ended, and is removed. The text is
+/// removed last, because it distinguishes the two cases.
 void RecordingRepair::completeReplacements() {
     const auto& folder = catalog_.paths().transcripts();
     try {

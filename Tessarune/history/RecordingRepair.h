@@ -19,17 +19,18 @@ class RecordingRepair {
   public:
     /// The repairs to report to the user, once.
     struct Report {
-        std::vector<UUID> recoveredSessions; ///< interrupted sessions that are whole again
-        /// Imports whose transcription was interrupted: nothing is there of it.
+        std::vector<UUID> recoveredSessions; ///< interrupted sessions that were repaired
+        /// Imports without a transcript: their transcription was interrupted.
         std::vector<RecordingMetadata> untranscribedImports;
         std::optional<RecordingCatalog::IndexRebuild> rebuiltIndex;
     };
 
     RecordingRepair(FileSystem& files, RecordingCatalog& catalog, TessaruneFileLogger& logger);
 
-    /// All repairs in their order: the index, interrupted replacements of transcripts, sessions
-    /// that a crash interrupted, entries without an end, entries without audio, sidecars without an
-    /// entry. Never throws; failures are logged and retried at the next start.
+    /// Runs all repairs in this order: the index, unfinished files, interrupted replacements of
+    /// transcripts, sessions that a crash interrupted and their transcripts, WAVs that an M4A has
+    /// replaced, entries without an end, entries without audio, sidecars without an entry. Never
+    /// throws; failures are logged and retried at the next start.
     Report runAtLaunch();
 
   private:

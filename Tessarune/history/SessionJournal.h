@@ -16,7 +16,7 @@
 namespace tessarune {
 
 /// Keeps the committed rows of a running session on the disk, one line per row and per change of a
-/// row, so that a crash does not cost them: "Transcripts/<UUID>.live.ndjson". The next start makes
+/// row, so that a crash does not lose them: "Transcripts/<UUID>.live.ndjson". The next start makes
 /// the transcripts from it (RecordingRepair, SessionJournalContent).
 ///
 /// Main queue; the writing is done on the queue "Tessarune.SessionJournal". A line survives a crash
@@ -33,17 +33,17 @@ class SessionJournal {
     SessionJournal(const SessionJournal&) = delete;
     SessionJournal& operator=(const SessionJournal&) = delete;
 
-    /// The recording begins at this time instead; earlier lines count from it as well.
+    /// Changes the start time of the recording, also for earlier lines.
     void noteRecordingStart(double recordingStartedAt);
 
-    /// A committed row, or one that has changed since (its translation came, it was corrected). The
-    /// last line of a row counts; without word events the earlier ones remain valid.
+    /// Appends a committed row, or its new state after it was translated or corrected. The last
+    /// line of a row counts; if it has no word events, the earlier ones remain valid.
     void append(const CaptionSegment& row, std::span<const WordEvent> words = {});
 
     /// Resumes on the main queue when all queued lines survive a loss of power.
     Task<void> synchronize();
 
-    /// The transcripts are saved: removes the file. Waits for the queue.
+    /// Removes the file. Call it when the transcripts are saved. Waits for the queue.
     void discard();
 
   private:
@@ -52,7 +52,7 @@ class SessionJournal {
 
     Host& host_;
     const std::string recognitionOptionID_;
-    std::shared_ptr<Writer> writer_; // touched on the queue only
+    std::shared_ptr<Writer> writer_; // used on the queue only
     std::shared_ptr<SerialQueue> queue_;
 };
 

@@ -13,7 +13,7 @@
 
 namespace tessarune {
 
-/// The content of a session's journal: NDJSON, one object a line (docs/data-directory.md).
+/// The content of a session's journal: NDJSON, one object per line (docs/data-directory.md).
 struct SessionJournalContent {
     /// The start of the recording on the clock of the rows' times, in seconds; see
     /// RecordingMetadata::monotonicStart.

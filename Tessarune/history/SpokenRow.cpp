@@ -12,7 +12,7 @@ namespace {
 
 using Sentence = HistoryWordTimeline::Sentence;
 
-/// Rows of one translation follow each other within this many seconds.
+/// The longest pause between two rows of one translation, in seconds.
 constexpr double longestPauseInside = 3;
 
 /// The times at which the words of each sentence begin.
@@ -49,7 +49,8 @@ class WordTimes {
     std::vector<double> nameless_;
 };
 
-/// The places where the words of a text begin; empty unless there are as many as times.
+/// Sets where and when the words of the row begin. Leaves them empty if there is not exactly one
+/// time per word.
 void setWords(SpokenRow& row, const std::vector<double>& times) {
     const auto tokens = Text::splitOnWhiteSpace(row.source);
     if (tokens.size() != times.size())
@@ -74,7 +75,7 @@ void spread(std::vector<SpokenRow>& rows, std::size_t from, std::size_t to, doub
     }
 }
 
-/// Joins the rows of each translated unit; the last one holds the translation.
+/// Joins the rows of each translated unit; the last row of a unit has the translation.
 std::vector<SpokenRow> joined(std::vector<SpokenRow> rows) {
     std::vector<SpokenRow> units;
     bool isOpen = false;

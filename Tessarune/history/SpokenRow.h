@@ -15,7 +15,7 @@ struct SpokenRow {
     std::string translation;
     double start = 0; ///< seconds from the start of the recording
     double end = 0;
-    /// Byte offsets in `source` and the time at which the word there begins, in order.
+    /// For each word, its byte offset in `source` and the time at which it begins, in order.
     std::vector<std::pair<std::size_t, double>> words;
 
     /// The time at which the text `at` this byte offset of the source is heard.

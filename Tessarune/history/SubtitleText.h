@@ -9,7 +9,8 @@
 namespace tessarune {
 
 /// Measures a text for subtitles: the screen holds two lines of at most 42 columns, which are 42
-/// letters or 21 Chinese characters. Ranges count pieces, between which a line may break.
+/// letters or 21 Chinese characters. Ranges are ranges of pieces; a line may break between two
+/// pieces.
 ///
 /// A value that points into the text.
 class SubtitleText {
@@ -33,7 +34,7 @@ class SubtitleText {
     /// Cuts the text into `count` parts of about equal length; some are empty if there are fewer
     /// pieces.
     std::vector<Range> parts(std::size_t count) const;
-    /// The smallest number of parts, from `count` on, such that each fits.
+    /// The smallest number of parts, at least `count`, with which each part fits.
     std::size_t countOfFittingParts(std::size_t count) const;
 
   private:

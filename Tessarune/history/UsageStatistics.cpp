@@ -25,8 +25,8 @@ std::tm localTime(double moment) {
     return local;
 }
 
-/// The first moment of a day, which may be given as the 0th or the 32nd of a month. If the clock
-/// skips midnight, the first moment after it.
+/// The first moment of a day. `day` may lie outside the month, such as 0 or 32. If the clock skips
+/// midnight, this is the first moment after it.
 double startOfDay(int year, int month, int day) {
     std::tm local{};
     local.tm_year = year;
@@ -37,7 +37,7 @@ double startOfDay(int year, int month, int day) {
     constexpr std::time_t step = 15L * 60;
     std::tm wanted = local;
     wanted.tm_hour = 12;
-    std::mktime(&wanted); // a day that exists
+    std::mktime(&wanted); // turns it into a day that exists
     const auto isBefore = [&](std::time_t moment) {
         const std::tm at = localTime(static_cast<double>(moment));
         return std::pair(at.tm_year, at.tm_yday) < std::pair(wanted.tm_year, wanted.tm_yday);
@@ -50,7 +50,7 @@ double startOfDay(int year, int month, int day) {
     return static_cast<double>(start);
 }
 
-/// The first moment of the period that lies so many periods after the one of `moment`.
+/// The first moment of the period that is `later` periods after the one with `moment`.
 double startOfPeriod(double moment, UsagePeriodKind kind, int later) {
     constexpr int daysAWeek = 7;
     const std::tm local = localTime(moment);

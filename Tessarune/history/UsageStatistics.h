@@ -27,7 +27,7 @@ struct UsagePeriod {
 /// Usage summed from the saved recordings. Any thread.
 namespace UsageStatistics {
 
-/// The data of one recording that counts.
+/// The part of the data of a recording that matters for usage.
 struct Session {
     double startedAt = 0; ///< seconds since 1970
     double seconds = 0;

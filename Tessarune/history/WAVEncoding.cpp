@@ -49,13 +49,13 @@ void WAVEncoding::attempt(Step step) {
 
 void WAVEncoding::follow(double mostSeconds) {
     attempt([&] {
-        const std::uint64_t there = files_.size(wav_);
-        if (there <= WAVHeader::size || !open())
+        const std::uint64_t available = files_.size(wav_);
+        if (available <= WAVHeader::size || !open())
             return;
-        constexpr double mayBeTakenBackSeconds = 1;
-        const std::uint64_t margin = header_.dataOffset + bytesOf(mayBeTakenBackSeconds, header_);
-        const std::uint64_t sure = there > margin ? there - margin : 0;
-        encode(std::min(sure, encoded_ + bytesOf(mostSeconds, header_)));
+        constexpr double uncertainSeconds = 1;
+        const std::uint64_t margin = header_.dataOffset + bytesOf(uncertainSeconds, header_);
+        const std::uint64_t certain = available > margin ? available - margin : 0;
+        encode(std::min(certain, encoded_ + bytesOf(mostSeconds, header_)));
     });
 }
 
@@ -70,7 +70,7 @@ bool WAVEncoding::advance(double seconds) {
 }
 
 bool WAVEncoding::finish(const MediaProgress& progress, const std::stop_token& stop) {
-    bool isWhole = false;
+    bool isComplete = false;
     attempt([&] {
         const std::uint64_t all = soundBytes();
         while (encoded_ < all) {
@@ -81,12 +81,12 @@ bool WAVEncoding::finish(const MediaProgress& progress, const std::stop_token& s
                 progress(static_cast<double>(encoded_) / static_cast<double>(all));
         }
         file_->finish();
-        isWhole = true;
+        isComplete = true;
     });
-    return isWhole;
+    return isComplete;
 }
 
-/// False until the header is there.
+/// Creates the output. False as long as the WAV has no complete header.
 bool WAVEncoding::open() {
     if (file_)
         return true;
@@ -98,7 +98,7 @@ bool WAVEncoding::open() {
     return true;
 }
 
-/// The length of the sound in a closed WAV.
+/// The length of the sound in a closed WAV, in bytes.
 std::uint64_t WAVEncoding::soundBytes() {
     const auto header = WAVHeader::decoded(files_.read(wav_, 0, WAVHeader::sizeToRead));
     const auto fail = [&](const char* why) {
@@ -109,8 +109,8 @@ std::uint64_t WAVEncoding::soundBytes() {
     if (header->sampleRate != header_.sampleRate || header->channels != header_.channels)
         fail("its header has changed");
     const std::uint64_t size = files_.size(wav_);
-    const std::uint64_t there = size > header->dataOffset ? size - header->dataOffset : 0;
-    const std::uint64_t all = wholeFrames(std::min(header->dataSize, there), header_);
+    const std::uint64_t available = size > header->dataOffset ? size - header->dataOffset : 0;
+    const std::uint64_t all = wholeFrames(std::min(header->dataSize, available), header_);
     if (encoded_ > all)
         fail("it has become shorter");
     return all;

@@ -12,7 +12,7 @@
 
 namespace tessarune {
 
-/// Encodes a recording's WAV as M4A piece by piece, also while the WAV is being written: the WAV
+/// Encodes a recording's WAV as M4A piece by piece, even while the WAV is being written: the WAV
 /// buffers the sound, so a slow encoder loses nothing.
 ///
 /// Used by one thread at a time; waits for the disk. Never throws: after a failure it does nothing,
@@ -28,10 +28,10 @@ class WAVEncoding {
     /// Empty unless it has failed.
     const std::string& failure() const { return failure_; }
 
-    /// For a growing WAV: encodes at most so many seconds of the sound that is there, without the
-    /// last second, which a failed write may have left.
+    /// For a growing WAV: encodes the new sound, at most `mostSeconds` of it, except for the last
+    /// second, which may be the remains of a failed write.
     void follow(double mostSeconds);
-    /// For a closed WAV: encodes so many more seconds. True once nothing is left.
+    /// For a closed WAV: encodes up to `seconds` more. True once everything is encoded.
     bool advance(double seconds);
     /// Encodes the remainder of a closed WAV and gives the M4A its name. False after a failure, or
     /// when asked to stop.
@@ -51,7 +51,7 @@ class WAVEncoding {
     const std::filesystem::path wav_;
     const std::filesystem::path m4a_;
     WAVHeader header_;              // as it was at the beginning
-    std::unique_ptr<M4AFile> file_; // from the first sound on
+    std::unique_ptr<M4AFile> file_; // created with the first sound
     std::uint64_t encoded_ = 0;     // bytes of sound
     std::string failure_;
 };
