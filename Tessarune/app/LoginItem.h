@@ -7,8 +7,9 @@
 
 namespace tessarune {
 
-/// Keeps the setting `launchAtLogin` and the desktop's login item equal, whichever of them was
-/// changed. Main queue; host, settings and desktop must outlive it.
+/// Keeps the setting `launchAtLogin` and the desktop's login item equal. A change of the setting
+/// takes effect at once, a change in the desktop's own settings at the next start of the program.
+/// Main queue; host, settings and desktop must outlive it.
 class LoginItem {
   public:
     /// Compares the two. A login item that the user switched off in the desktop's own settings

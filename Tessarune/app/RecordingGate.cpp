@@ -10,7 +10,7 @@
 namespace tessarune {
 
 bool RecordingGate::recordsSessions() const {
-    return !keepsNothing_ && doubt().empty() &&
+    return !recordsNothing_ && doubt().empty() &&
            (*settings_.recordWhileCaptioning || *settings_.sessionDiagnosticsEnabled);
 }
 
@@ -28,7 +28,7 @@ std::string RecordingGate::doubt() const {
 }
 
 bool RecordingGate::mayRecord() {
-    if (keepsNothing_)
+    if (recordsNothing_)
         return false;
     const Obstacle found = obstacle();
     if (onDecision)

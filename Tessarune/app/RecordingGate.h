@@ -38,9 +38,9 @@ class RecordingGate {
     std::function<void(const Obstacle&)> onDecision;
 
     /// Switches recording off until the program ends, and keeps texts out of diagnostics runs.
-    void recordNothing() { keepsNothing_ = true; }
-    /// Whether sessions are to be recorded: the settings are readable and ask for recordings or for
-    /// session diagnostics, and `recordNothing` was not called.
+    void recordNothing() { recordsNothing_ = true; }
+    /// Whether sessions are to be recorded: the user's choice is known, the settings ask for
+    /// recordings or for session diagnostics, and `recordNothing` was not called.
     bool recordsSessions() const;
     /// Why the user's choice about recordings is unknown; empty if it is known.
     std::string doubt() const;
@@ -64,7 +64,7 @@ class RecordingGate {
     const JSONUserDefaults& stored_;
     const TessarunePaths& paths_;
     const std::string program_;
-    bool keepsNothing_ = false;
+    bool recordsNothing_ = false;
     std::optional<DataFolderLock> dataFolder_;
 };
 

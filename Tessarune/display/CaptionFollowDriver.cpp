@@ -224,12 +224,12 @@ void CaptionFollowDriver::handleIdleReturnFired() {
     idleTimerArmedAt_.reset();
     if (isPinned_ || !view_.geometry())
         return;
-    const auto since = [this](const std::optional<double>& time) {
+    const auto ageOf = [this](const std::optional<double>& time) {
         return time ? std::max(now() - *time, 0.0) : idleReturnDelay_;
     };
-    const double quietFor = since(lastMeaningfulUserScrollAt_);
+    const double quietFor = ageOf(lastMeaningfulUserScrollAt_);
     const double recentLiveScrollSeconds =
-        lastLiveScrollNotificationAt_ ? since(lastLiveScrollNotificationAt_) : recentLiveScroll;
+        lastLiveScrollNotificationAt_ ? ageOf(lastLiveScrollNotificationAt_) : recentLiveScroll;
     const bool liveScrollIsRecent = recentLiveScrollSeconds < recentLiveScroll;
     record("idleReturnFired", {{"quietForSeconds", quietFor},
                                {"recentLiveScrollSeconds", recentLiveScrollSeconds},

@@ -28,8 +28,8 @@ class CaptionStageRows {
   public:
     enum class Block {
         bilingual,    ///< each source row with its translation
-        source,       ///< the source alone
-        translations, ///< the translations alone
+        source,       ///< only the source
+        translations, ///< only the translations
     };
 
     CaptionStageRows() = default;

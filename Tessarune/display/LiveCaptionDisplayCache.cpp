@@ -88,14 +88,14 @@ bool LiveCaptionDisplayCache::appendSourceRowsIfPossible(const Captions& caption
     using Edge = SourceSegmentEdgeSignature;
     if (!sourceSignature_ || sourceSignature_->clearedCount != captions.clearedSegmentIDs.size())
         return false;
-    const SourceSegmentArraySignature& taken = sourceSignature_->committed;
-    if (captions.committed.size() <= taken.count)
+    const SourceSegmentArraySignature& previous = sourceSignature_->committed;
+    if (captions.committed.size() <= previous.count)
         return false;
-    if (taken.count > 0 && (*taken.first != Edge::of(captions.committed.front()) ||
-                            *taken.last != Edge::of(captions.committed[taken.count - 1])))
+    if (previous.count > 0 && (*previous.first != Edge::of(captions.committed.front()) ||
+                               *previous.last != Edge::of(captions.committed[previous.count - 1])))
         return false;
     const std::size_t oldRowCount = sourceTextRows_.size();
-    for (const CaptionSegment& segment : captions.committed.subspan(taken.count)) {
+    for (const CaptionSegment& segment : captions.committed.subspan(previous.count)) {
         if (captions.clearedSegmentIDs.contains(segment.id))
             continue;
         addSourceSegment(segment);
@@ -124,7 +124,7 @@ void LiveCaptionDisplayCache::patchSourceRows(const Patch& patch) {
     std::vector<std::size_t> affected;
     for (std::size_t i = 0; i < patch.segmentIDs.size(); ++i) {
         const UUID& id = patch.segmentIDs[i];
-        const std::string shown = id == patch.resultSegmentID ? text : "";
+        const std::string visibleText = id == patch.resultSegmentID ? text : "";
         if (const auto at = stableSourceSegmentIndexByID_.find(id);
             at != stableSourceSegmentIndexByID_.end()) {
             CaptionSegment segment = stableSourceSegments_[at->second];
@@ -132,7 +132,7 @@ void LiveCaptionDisplayCache::patchSourceRows(const Patch& patch) {
             segment.translationResultSegmentID = patch.resultSegmentID;
             segment.translationUnitIndex = static_cast<std::int64_t>(i);
             segment.translationUnitCount = static_cast<std::int64_t>(patch.segmentIDs.size());
-            segment.translatedText = shown;
+            segment.translatedText = visibleText;
             if (patch.translatedText)
                 segment.translationError.reset();
             stableSourceSegments_.set(at->second, std::move(segment));
@@ -140,7 +140,7 @@ void LiveCaptionDisplayCache::patchSourceRows(const Patch& patch) {
         if (const auto at = sourceRowIndexByID_.find(id); at != sourceRowIndexByID_.end()) {
             LiveCaptionDisplaySegment row = sourceTextRows_[at->second];
             row.translationUnitID = patch.translationUnitID;
-            row.translatedText = shown;
+            row.translatedText = visibleText;
             sourceTextRows_.set(at->second, std::move(row));
             affected.push_back(at->second);
         }

@@ -25,7 +25,7 @@ struct LiveCaptionDisplayUpdateResult {
 /// views are not notified without a change.
 ///
 /// Main queue. The session owns it for as long as the program runs; views observe `frame` and read
-/// nothing else of the captions.
+/// captions only from it.
 class LiveCaptionDisplayStore {
   public:
     /// Set to zero by `resetPerfCounters`. Views increment the counters for what they draw.

@@ -116,7 +116,8 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
         });
         co_return;
     }
-    // Written under an unused name until it is complete: the folder is the user's.
+    // Written under an unused name until it is complete, so that no file in the user's folder is
+    // damaged.
     std::filesystem::path beside = to;
     beside += ".new-" + UUID::random().text().substr(0, 8);
     std::filesystem::path from(request.recording.filePath.value_or(""));
@@ -226,8 +227,8 @@ HistoryWordTimeline HistoryExport::timeline(const HistoryItem& recording) {
     return {};
 }
 
-/// Whether this program encoded the file, so that a copy of it is the export. An import may have
-/// any format, whatever its name.
+/// Whether this program encoded the file; the export is then a copy of it. An import may have any
+/// format, whatever its name.
 bool HistoryExport::isOurM4A(const RecordingMetadata& recording) {
     return recording.audioFormat == M4A::audioFormat && recording.filePath.ends_with(".m4a");
 }

@@ -18,7 +18,7 @@ struct HistoryItem {
     std::string time;
     std::string dur;
     double durationSeconds = 0;
-    std::int64_t words = 0; ///< audio size in whole kibibytes, in spite of the name
+    std::int64_t words = 0; ///< size of the audio in kibibytes, despite the name
     std::string note;
     std::optional<std::string> filePath;
     std::int64_t byteCount = 0;

@@ -8,7 +8,7 @@
 
 namespace tessarune::HistoryItemLoader {
 
-/// Compressed audio of at most this size holds no sound and is not listed.
+/// Compressed audio of at most this size contains no sound and is not listed.
 inline constexpr std::int64_t emptyCompressedSize = 16384;
 
 /// The rows of the history list, newest first: the catalog's entries whose audio exists. Any

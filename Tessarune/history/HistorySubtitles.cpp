@@ -98,8 +98,8 @@ void addDrafts(std::vector<Draft>& drafts, SpokenRow row, Content content) {
         const Chunk& chunk = chunks[index];
         // A chunk with a long translation stays on the screen while the parts are shown in turn.
         const std::size_t first = (index * count + chunks.size() - 1) / chunks.size();
-        const std::size_t behind = ((index + 1) * count + chunks.size() - 1) / chunks.size();
-        const double each = (chunk.end - chunk.start) / static_cast<double>(behind - first);
+        const std::size_t end = ((index + 1) * count + chunks.size() - 1) / chunks.size();
+        const double each = (chunk.end - chunk.start) / static_cast<double>(end - first);
         const double start = chunk.start + each * static_cast<double>(i - first);
         drafts.push_back(
             {source.wrapped(chunk.pieces), translation.wrapped(parts[i]), start, start + each});

@@ -23,7 +23,7 @@ class WAVEncoding;
 /// encoding happens on queues of its own. A failure leaves the WAV and its entry unchanged.
 ///
 /// During a recording the M4A grows beside the WAV, so that only the last seconds remain at the
-/// end. If that failed or never began, the whole WAV is encoded at the end.
+/// end. If that failed or never began, the entire WAV is encoded at the end.
 class RecordingAudioCompressor {
   public:
     class CompressionError : public std::runtime_error {

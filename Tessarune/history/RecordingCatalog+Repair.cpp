@@ -85,8 +85,8 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
     if (loaded.state != IndexState::good || loaded.index.hasNamelessElements())
         return;
     try {
-        const auto beside = files_.list(paths_.appSupportBase());
-        if (std::any_of(beside.begin(), beside.end(),
+        const auto names = files_.list(paths_.appSupportBase());
+        if (std::any_of(names.begin(), names.end(),
                         [&](const std::string& name) { return isAside(name); }))
             return;
         const auto known = takeForgottenIn(loaded.index.ids());

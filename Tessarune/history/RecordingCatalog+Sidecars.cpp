@@ -31,8 +31,8 @@ std::filesystem::path RecordingCatalog::entryURL(const UUID& id) const {
 }
 
 std::filesystem::path RecordingCatalog::replacementOf(const std::filesystem::path& sidecar) {
-    std::filesystem::path beside = sidecar;
-    return beside += replacementSuffix;
+    std::filesystem::path replacement = sidecar;
+    return replacement += replacementSuffix;
 }
 
 bool RecordingCatalog::saveTranscript(std::string_view text, const UUID& id) {

@@ -72,8 +72,8 @@ class RecordingCatalog {
     /// yet.
     std::string readingProblem();
 
-    /// Replaces the entry of the same id or adds one. A stored note, and a stored mark for
-    /// compression, survive an absent one. False for a recording that was deleted: a late write
+    /// Replaces the entry of the same id or adds one. Keeps the stored note and the stored mark for
+    /// compression if `recording` has none. False for a recording that was deleted: a late write
     /// does not restore it.
     bool upsert(const RecordingMetadata& recording);
     enum class Runs { areRemoved, stay };

@@ -28,7 +28,7 @@ bool isOurWAV(const RecordingMetadata& recording) {
                AudioSessionRecorder::audioFormat;
 }
 
-/// The bytes of sound that a file of `size` holds, in whole frames.
+/// The bytes of sound that a file of `size` holds, in complete frames.
 std::uint64_t soundBytes(const WAVHeader& header, std::uint64_t size) {
     const std::uint64_t bytes = size > header.dataOffset ? size - header.dataOffset : 0;
     return bytes - bytes % (std::uint64_t{header.channels} * 2);

@@ -108,12 +108,12 @@ double SpokenRow::timeAt(std::size_t at) const {
     const auto next =
         std::ranges::upper_bound(words, at, {}, &std::pair<std::size_t, double>::first);
     const auto before = next == words.begin() ? std::pair(std::size_t{0}, start) : *(next - 1);
-    const auto behind = next == words.end() ? std::pair(source.size(), end) : *next;
-    if (behind.first <= before.first)
+    const auto after = next == words.end() ? std::pair(source.size(), end) : *next;
+    if (after.first <= before.first)
         return at >= source.size() ? end : before.second;
-    const double part = static_cast<double>(std::min(at, behind.first) - before.first) /
-                        static_cast<double>(behind.first - before.first);
-    return before.second + part * (behind.second - before.second);
+    const double part = static_cast<double>(std::min(at, after.first) - before.first) /
+                        static_cast<double>(after.first - before.first);
+    return before.second + part * (after.second - before.second);
 }
 
 std::vector<SpokenRow> SpokenRow::of(const HistoryTranscriptExportDocument& document,

@@ -8,9 +8,9 @@
 
 namespace tessarune {
 
-/// Measures a text for subtitles: the screen holds two lines of at most 42 columns, which are 42
-/// letters or 21 Chinese characters. Ranges are ranges of pieces; a line may break between two
-/// pieces.
+/// Measures a text for subtitles: the screen has room for two lines of at most 42 columns, which
+/// are 42 letters or 21 Chinese characters. Ranges are ranges of pieces; a line may break between
+/// two pieces.
 ///
 /// A value that points into the text.
 class SubtitleText {

@@ -20,7 +20,7 @@ TranscriptPlayback::~TranscriptPlayback() {
 
 void TranscriptPlayback::show(TranscriptRows rows) {
     rows_ = std::move(rows);
-    isBoundToFormerRow_ = true;
+    isLimitOutdated_ = true;
     manualHighlightedSentenceIndex = std::nullopt;
     activeTokens_.clear();
     activeTokenIndex = std::nullopt;
@@ -59,7 +59,7 @@ void TranscriptPlayback::playSentences(std::size_t first, std::size_t last) {
     if (onSentencePlayRequested)
         onSentencePlayRequested(*sentence);
     manualHighlightedSentenceIndex = first;
-    isBoundToFormerRow_ = false;
+    isLimitOutdated_ = false;
     player_.playBounded(first, sentence->start, endOf(last));
 }
 
@@ -99,10 +99,10 @@ void TranscriptPlayback::toggleRepeat() {
         return;
     }
     const auto bounded = *player_.boundedPlaybackSentenceIndex;
-    const auto index = bounded && !isBoundToFormerRow_ ? bounded : highlightedIndex();
+    const auto index = bounded && !isLimitOutdated_ ? bounded : highlightedIndex();
     if (!index)
         return;
-    isBoundToFormerRow_ = false;
+    isLimitOutdated_ = false;
     if (const TranscriptRows::Sentence* sentence = rows_.sentenceTiming(*index))
         player_.repeatBounded(*index, sentence->start, endOf(*index));
 }

@@ -59,7 +59,7 @@ class TranscriptPlayback {
 
     AudioPlayer& player_;
     TranscriptRows rows_;
-    bool isBoundToFormerRow_ = false; ///< the limit was set for rows that `show` has replaced
+    bool isLimitOutdated_ = false; ///< the limit was set for rows that `show` has replaced
     std::vector<SentenceToken> activeTokens_;
     Published<double>::Token observer_;
 };

@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// The transcript that a refinement is to replace, and the parts of it that must not be lost. A
-/// plain value.
+/// The transcript that a refinement replaces. Finds the parts of it that must not be lost. A plain
+/// value.
 struct FormerTranscript {
     std::string sourceText;
     std::optional<HistoryWordTimeline> timeline;

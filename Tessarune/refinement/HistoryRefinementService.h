@@ -23,9 +23,9 @@ namespace tessarune {
 /// Transcribes recordings again, with time to look ahead, and replaces their transcripts with the
 /// result: first the text, then its translation. One recording after the other.
 ///
-/// A job that fails, is cancelled or meets a deleted recording leaves the former transcript
-/// unchanged. Text whose sound was not heard is never replaced, and a former sentence stays if the
-/// recogniser has nothing in its place.
+/// A job that fails or is cancelled before the new text is saved leaves the former transcript
+/// unchanged. The deletion of a recording ends its job. Text whose sound was not heard is never
+/// replaced, and a former sentence stays if the recogniser has nothing at its time.
 ///
 /// Main queue; reading and saving happen on a queue of utility priority. Jobs are not persistent:
 /// the end of the program drops them, and the former transcripts stay.
@@ -69,8 +69,8 @@ class HistoryRefinementService {
     ~HistoryRefinementService();
     HistoryRefinementService(const HistoryRefinementService&) = delete;
 
-    /// Queues the request and returns at once; ignores an absent one. A request for a recording
-    /// that is still queued replaces the earlier one.
+    /// Queues the request and returns at once; ignores `nullopt`. A request for a recording that is
+    /// still queued replaces the earlier one.
     void schedule(const std::optional<HistoryRefinementRequest>& request);
 
     /// Queues the request and returns the outcome when the job ends. `model` is "automatic" for the

@@ -9,7 +9,7 @@
 
 namespace tessarune {
 
-/// The transcription of a whole recording: its sentences in the order of recognition, with the
+/// The transcription of an entire recording: its sentences in the order of recognition, with the
 /// words of each. Times are seconds of the recognised sound. A plain value.
 struct SpeechAnalyzerFileTranscriptionResult {
     struct Word {

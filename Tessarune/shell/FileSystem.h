@@ -20,7 +20,7 @@ class AppendFile {
 
     /// Appends all of `bytes`. After a failure a part of them may remain.
     virtual void append(std::string_view bytes) = 0;
-    /// Appends so many zeros; if the disk supports it, they take neither time nor space. First cuts
+    /// Appends `count` zeros; if the disk supports it, they take neither time nor space. First cuts
     /// off the remains of a failed append; a count of 0 does only that.
     virtual void appendZeros(std::uint64_t count) = 0;
     /// Overwrites earlier bytes; the length stays.
@@ -74,7 +74,7 @@ class FileSystem {
     virtual std::uint64_t size(const Path& path) = 0;
     /// Seconds since 1970.
     virtual double modifiedAt(const Path& path) = 0;
-    /// The names in a folder, sorted, without "." and "..". An absent folder is empty.
+    /// The names in a folder, sorted, without "." and "..". Empty if the folder does not exist.
     virtual std::vector<std::string> list(const Path& folder) = 0;
     /// The number of bytes that this user can still write to the disk of `path`.
     virtual std::uint64_t freeSpace(const Path& path) = 0;

@@ -25,8 +25,8 @@ class UserDefaults {
     virtual void set(std::string_view key, SettingValue value) = 0;
     virtual void remove(std::string_view key) = 0;
 
-    /// Whether something unreadable may be stored under the key: its value is not a plain one, or
-    /// the whole store is unreadable.
+    /// Whether something unreadable may be stored under the key: its value has an unknown type, or
+    /// the entire store is unreadable.
     virtual bool isUnreadable(std::string_view /*key*/) const { return false; }
     /// Calls `onChange` after each change by another program, and possibly after changes by this
     /// one. Replaces the previous observer; an empty function only removes it.
