@@ -117,7 +117,7 @@ struct Application {
     HistoryRefinementService::Environment refinementEnvironment();
     LogFields bootstrapFields() const;
 
-    /// Checks the model of the chosen recogniser; downloads none without a request.
+    /// Prepares the chosen recogniser; does nothing if its model is missing or damaged.
     void preheatRecogniser();
 
     SpeechAnalyzerAssetStore speechAssets_;

@@ -21,9 +21,10 @@ struct CaptionFollowState {
 /// Keeps a caption list at its newest line while the user follows, stops following as soon as the
 /// user scrolls back, and returns after the user has not scrolled for a while.
 ///
-/// While pinned, the list follows the newest line. While reviewing, it does not, and a timer runs.
-/// Only scrolling by the user ends the pinned state; new rows never do. In addition, heal paths
-/// detect a list that stopped drawing although frames keep coming, and redraw it.
+/// While pinned, the list follows the newest line. While the user reviews earlier captions, it does
+/// not, and a timer runs. Only scrolling by the user ends the pinned state; new rows never do. In
+/// addition, heal paths detect a list that stopped drawing although frames keep coming, and redraw
+/// it.
 ///
 /// Main queue. The view calls the `user…` operations as it is scrolled, `update` when its content
 /// changed, and `frameHeartbeat` for each published frame. Host, view and state must outlive the

@@ -38,7 +38,7 @@ class CaptionStageRows {
 
     std::size_t size() const { return settledSize() + tail_.size(); }
     CaptionStageRow row(std::size_t index) const;
-    /// The index of the first primary row. Primary are the rows that the user is reading: the
+    /// The index of the first primary row. The primary rows are those that the user is reading: the
     /// newest settled row and all rows after it.
     std::size_t firstPrimary() const { return settledSize() == 0 ? 0 : settledSize() - 1; }
 

@@ -57,7 +57,7 @@ bool MergedBilingualRows::canMerge(const LiveCaptionDisplayRows& source, std::si
            source[first].translationUnitID == source[second].translationUnitID;
 }
 
-/// The merged rows that cover any of these source rows.
+/// Returns the merged rows that cover any of the source rows in `range`.
 MergedBilingualRows::Merged MergedBilingualRows::overlapping(Span range) const {
     const auto first = std::ranges::partition_point(
         spans_, [&](const Span& span) { return span.upper <= range.lower; });

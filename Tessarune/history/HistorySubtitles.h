@@ -20,7 +20,8 @@ struct SubtitleCue {
 /// Subtitles of a recording, from the times of its words. Pure.
 ///
 /// Cues do not overlap, last 1 to 7 seconds, and have at most two lines of each language with at
-/// most 42 characters each. Damaged or missing times may make a cue late, but never out of order.
+/// most 42 columns each (see SubtitleText). Damaged or missing times may delay cues, but never
+/// change their order.
 namespace HistorySubtitles {
 
 inline constexpr std::int64_t shortestCueMS = 1000;

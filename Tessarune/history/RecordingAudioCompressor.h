@@ -32,7 +32,7 @@ class RecordingAudioCompressor {
             missingSource,
             missingOutput,
             missingOutputSize,
-            emptyOutput, ///< the history would not list it, because it is too small for sound
+            emptyOutput, ///< too small to contain sound; the history would not list it
         };
         CompressionError(Kind kind, const std::string& path);
         Kind kind() const { return kind_; }

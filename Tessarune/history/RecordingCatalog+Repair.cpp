@@ -81,7 +81,7 @@ void RecordingCatalog::reconcileIndex() {
 
 void RecordingCatalog::cleanupOrphanTranscripts() {
     const LoadedIndex loaded = loadIndex();
-    // If the index may be incomplete, no transcript is an orphan for certain.
+    // If the index may be incomplete, no transcript may be removed as an orphan.
     if (loaded.state != IndexState::good || loaded.index.hasNamelessElements())
         return;
     try {

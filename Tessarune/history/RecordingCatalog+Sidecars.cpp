@@ -235,7 +235,7 @@ std::vector<std::string> RecordingCatalog::entriesBesideTranscripts(const std::s
             continue;
         try {
             entries.push_back(files_.read(paths_.transcripts() / name));
-        } catch (const std::exception& error) { // one bad file must not cost the others
+        } catch (const std::exception& error) { // one bad file does not affect the others
             logger_.important("recording.entry.readFailed",
                               {{"path", name}, {"error", std::string(error.what())}});
         }

@@ -23,7 +23,7 @@ void RecordingCatalog::prepareDirectories() {
     files_.createDirectories(paths_.recordings());
     try {
         files_.createDirectories(paths_.diagnostics());
-    } catch (const std::system_error&) { // costs diagnostics, but no recording
+    } catch (const std::system_error&) { // recording works without diagnostics
     }
 }
 

@@ -112,7 +112,7 @@ class RecordingCatalog {
         bool sourceSaved = false;
         bool bilingualSaved = false;
     };
-    /// Replaces the texts that a session saved by newer ones, if the recording is listed and was
+    /// Replaces the texts that a session saved with newer texts, if the recording is listed and was
     /// not refined meanwhile. No deletion can happen in between.
     TranscriptUpdate updateTranscripts(std::string_view sourceText, std::string_view bilingualText,
                                        const UUID& id);

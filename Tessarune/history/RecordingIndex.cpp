@@ -118,7 +118,7 @@ void write(Json& object, const std::optional<RecordingMetadata>& before,
 
 /// Calls `found` with each stretch from a "{" to its "}" that is not nested deeper than entries
 /// are, innermost first. Strings are skipped; they end at the end of the line at the latest, so
-/// that a lost quotation mark costs one line.
+/// that a lost quotation mark affects one line only.
 void forEachObject(std::string_view text, const std::function<void(std::string_view)>& found) {
     constexpr std::size_t deepest = 8;
     std::vector<std::size_t> open;

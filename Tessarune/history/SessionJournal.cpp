@@ -11,7 +11,7 @@ namespace tessarune {
 
 namespace {
 
-/// A loss of power costs the captions of at most this many seconds.
+/// A loss of power loses the captions of at most this many seconds.
 constexpr double synchronizeInterval = 5;
 
 } // namespace

@@ -27,7 +27,7 @@ struct UsagePeriod {
 /// Usage summed from the saved recordings. Any thread.
 namespace UsageStatistics {
 
-/// The part of the data of a recording that matters for usage.
+/// The data of one recording that the statistics use.
 struct Session {
     double startedAt = 0; ///< seconds since 1970
     double seconds = 0;

@@ -102,7 +102,7 @@ void AudioPlayer::failLoad(const std::string& why, std::uint64_t token) {
     publish(problem, why);
 }
 
-/// Replaces the estimated gain by the exact one, which takes some seconds.
+/// Replaces the estimated gain with the exact one, which takes some seconds.
 void AudioPlayer::measureLoudness(const std::filesystem::path& path) {
     isLoudnessKnown_ = true;
     measuring_ = std::stop_source();

@@ -21,7 +21,7 @@ struct Loudness {
     static Loudness measured(MediaFile& file, const std::stop_token& stop);
     /// An estimate within a few hundredths of a second: reads a short file completely, and evenly
     /// spaced parts of a longer one, as far as they are readable. Throws MediaFileError if the file
-    /// cannot seek. Leaves the file at any position.
+    /// cannot seek. Leaves the file at an arbitrary position.
     static Loudness estimated(MediaFile& file);
 };
 

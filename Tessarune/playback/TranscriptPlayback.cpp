@@ -6,7 +6,7 @@ namespace tessarune {
 
 namespace {
 
-/// After more seconds of a sentence, a step back goes to its own beginning.
+/// If more seconds of the current sentence were heard, a step back goes to its own beginning.
 constexpr double beginningSeconds = 1.5;
 
 } // namespace

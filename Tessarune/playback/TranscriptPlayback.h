@@ -44,8 +44,8 @@ class TranscriptPlayback {
     void playFrom(const SentenceToken& token);
     /// Highlights a sentence and moves to its beginning without starting playback.
     void focus(std::size_t index);
-    /// Moves to the beginning of the next sentence (1), or of this one or, from its beginning, of
-    /// the previous one (-1).
+    /// Moves to the beginning of a sentence: with 1 of the next one; with -1 of the current one, or
+    /// of the previous one if the current one has just begun.
     void stepSentence(int direction);
     /// Starts or ends the repetition of the heard or chosen sentence.
     void toggleRepeat();

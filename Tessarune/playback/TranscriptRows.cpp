@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// The end of a shorter sentence is invalid. Seconds.
+/// If a sentence is shorter than this many seconds, its end is invalid.
 constexpr double shortestSentence = 0.05;
 
 } // namespace

@@ -12,8 +12,7 @@ namespace tessarune {
 /// A file that is being written: bytes are appended, and a header may be corrected in place.
 ///
 /// One thread at a time. Failures throw std::system_error with the disk's error code; earlier
-/// writes stay. Dropping the file closes it and ignores an error of closing; call `close` to get
-/// it.
+/// writes stay. The destructor closes the file and ignores an error; `close` throws it.
 class AppendFile {
   public:
     virtual ~AppendFile() = default;

@@ -26,7 +26,7 @@ class AnySetting {
     virtual std::vector<std::string> choices() const = 0;
     /// The valid texts, described for the user: "true or false", the choices.
     virtual std::string expected() const = 0;
-    /// Whether the text is a value of this setting.
+    /// Whether the text is valid for this setting.
     virtual bool accepts(std::string_view text) const = 0;
     /// Assigns the value of the text. If the text is invalid, returns false and changes nothing.
     virtual bool setText(std::string_view text) = 0;

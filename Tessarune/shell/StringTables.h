@@ -8,7 +8,7 @@
 #include <utility>
 
 /// The fixed texts in the languages of po/, compiled into the program and independent of the
-/// system's locales. A text without an entry shows as its key.
+/// system's locales. A text without an entry is shown as its key.
 namespace tessarune::StringTables {
 
 /// A key and its text.
