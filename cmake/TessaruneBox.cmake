@@ -1,15 +1,15 @@
 # tessarune_box(<target> [USES <target>...] [LIBRARIES <target>...])
 #
 # A box is one folder of sources that becomes one static library. USES names the boxes that it may
-# include and link (they are passed on), LIBRARIES the foreign libraries that only its own sources
-# see. scripts/check-layering compares every #include with the same picture.
+# include and link, which is passed on to its users. LIBRARIES names foreign libraries that only its
+# own sources see. scripts/check-layering checks every #include against these declarations.
 function(tessarune_box target)
   cmake_parse_arguments(BOX "" "" "USES;LIBRARIES" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp" "${CMAKE_CURRENT_SOURCE_DIR}/*.h")
   if(target MATCHES "^(TessaruneCore|tessarune-terminal-box)$")
     file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp" "${CMAKE_CURRENT_SOURCE_DIR}/*.h")
   endif()
-  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$") # a program's, not the box's
+  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$") # belongs to a program, not to the box
   if(NOT sources)
     add_library(${target} INTERFACE)
     target_link_libraries(${target} INTERFACE tessarune-options ${BOX_USES})
@@ -27,7 +27,7 @@ endfunction()
 function(tessarune_test target)
   cmake_parse_arguments(TEST "" "" "LINKS;LABELS" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
-  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$") # a program of its own
+  list(FILTER sources EXCLUDE REGEX "/main\\.cpp$") # belongs to a separate program
   if(NOT sources)
     return()
   endif()
@@ -46,8 +46,8 @@ endfunction()
 
 # tessarune_program(<target>)
 #
-# For a program that users get: its debug information moves into <target>.debug beside it, where
-# debuggers look for it.
+# For a program that users get: moves its debug information to <target>.debug in the same folder,
+# where debuggers look for it.
 function(tessarune_program target)
   if(NOT CMAKE_BUILD_TYPE STREQUAL "RelWithDebInfo")
     return()

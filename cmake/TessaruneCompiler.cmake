@@ -1,4 +1,4 @@
-# One place for what every target is compiled with.
+# The compiler options of all targets.
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -20,8 +20,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # An initializer that names members leaves the others at their defaults on purpose.
   target_compile_options(tessarune-options INTERFACE -Wno-missing-field-initializers)
 else()
-  # The marks are those of TessaruneCore/host/Mutex.h. GCC's conversion warning asks for casts
-  # where nothing can be lost.
+  # -Wthread-safety checks the annotations of TessaruneCore/host/Mutex.h. GCC gets no -Wconversion,
+  # because it warns where nothing can be lost.
   target_compile_options(tessarune-options INTERFACE -Wconversion -Wthread-safety)
 endif()
 target_include_directories(tessarune-options INTERFACE "${PROJECT_SOURCE_DIR}")

@@ -1,7 +1,7 @@
 # tessarune_qml(<box> <name>)
 #
-# The QML files of <name>.qrc, as byte code too, so that no start of the program has to parse them.
-# Both are known to Qt once the box has called Q_INIT_RESOURCE for <name> and qmlcache_<name>.
+# Adds the QML files of <name>.qrc, also as byte code, so that the program need not parse them at
+# its start. Qt finds both after the box has called Q_INIT_RESOURCE for <name> and qmlcache_<name>.
 function(tessarune_qml target name)
   set_target_properties(${target} PROPERTIES AUTOMOC ON AUTORCC ON)
   target_sources(${target} PRIVATE ${name}.qrc)
@@ -19,7 +19,7 @@ function(tessarune_qml target name)
     list(APPEND commands COMMAND Qt6::qmlcachegen --bare --only-bytecode ${resource}
       --resource-path "/${name}/${base}.qml" -o "${folder}/${base}.cpp" "${file}")
   endforeach()
-  set(loader "${name}_qmlcache_loader.cpp") # whose end tells the tool what to make
+  set(loader "${name}_qmlcache_loader.cpp") # by this suffix the tool recognises a loader
   file(CONFIGURE OUTPUT "${folder}/paths.rsp" CONTENT "${paths}")
   file(CONFIGURE OUTPUT "${folder}/${name}.cpp" CONTENT "${includes}#include \"${loader}\"\n")
   add_custom_command(OUTPUT "${folder}/${loader}" ${commands}
@@ -28,7 +28,7 @@ function(tessarune_qml target name)
     DEPENDS ${files} ${name}.qrc
     COMMENT "Compiling the QML files of ${target}" VERBATIM)
   target_sources(${target} PRIVATE "${folder}/${name}.cpp")
-  # Its warnings are the tool's.
+  # The code is generated: no warnings.
   set_source_files_properties("${folder}/${name}.cpp" PROPERTIES
     OBJECT_DEPENDS "${folder}/${loader}" COMPILE_OPTIONS -w SKIP_AUTOGEN ON)
 endfunction()

@@ -30,7 +30,7 @@ struct Picture {
     const char* name;
     std::function<void(StagedCaptions&)> stage;
     std::function<void(StagedCaptions&)> act = {}; // with the window open
-    bool hasLayouts = true;                        // what it shows depends on the layout
+    bool hasLayouts = true;                        // the picture depends on the layout
 };
 
 void talk(StagedCaptions& captions) {
