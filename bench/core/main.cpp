@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-/// The steps of a partial, each by itself, to see which one a change of the core made dearer. The
-/// first argument is the language: 0 English, 1 Chinese.
+/// Measures the steps of processing a partial separately, to find the one that a change of the core
+/// made slower. The first argument is the language: 0 English, 1 Chinese.
 
 namespace tessarune {
 namespace {
@@ -86,7 +86,7 @@ void makeStabilityKey(benchmark::State& state) {
     });
 }
 
-/// An event on its way through a core that has so many committed rows (second argument).
+/// Processes an event in a core whose number of committed rows is the second argument.
 void ingestEvent(benchmark::State& state) {
     SimulatedHost host;
     const CaptionCore::Config config(true, true, true);

@@ -18,7 +18,8 @@
 #include <string>
 #include <vector>
 
-/// What a session costs at each level of diagnostics, and what it leaves. See bench/README.md.
+/// Measures what a session costs at each diagnostics level, and the size of its run. See
+/// bench/README.md.
 
 namespace tessarune {
 namespace {
@@ -29,14 +30,14 @@ struct Options {
     std::string sound = TESSARUNE_BENCH_SOUND;
     double minutes = 10;
     int rounds = 5;
-    double recogniser = 0.3; ///< seconds of processor time for a second of sound
+    double recogniser = 0.3; ///< seconds of processor time per second of sound
 };
 
 struct Figures {
-    std::vector<double> processor; ///< ms a second of session, one a round
+    std::vector<double> processor; ///< ms per second of session, one for each round
     double bytesPerHour = 0;
     double heapPerHour = 0; ///< growth in the second half
-    std::string replay;     ///< what `verify` says
+    std::string replay;     ///< the result of `verify`
 };
 
 double heapInUse() {

@@ -11,14 +11,15 @@
 #include <unordered_set>
 #include <vector>
 
-/// What a frame costs, from the change of the captions to its publication, in sessions of different
-/// length. They take turns in one run; what counts is the longest over the shortest.
+/// Measures a frame, from the change of the captions to its publication, in sessions of different
+/// lengths. The sessions take turns in one run; the result is the ratio of the longest to the
+/// shortest.
 
 namespace tessarune {
 namespace {
 
 constexpr int rounds = 60;
-/// Of each round the first changes only warm up the caches that another session has used.
+/// The first changes of each round only warm up the caches, which another session has used.
 constexpr std::size_t warmUps = 8;
 constexpr std::size_t changesEachRound = 40;
 const std::string sentence = "It was the best of times, it was the worst of times, it was the age.";
@@ -28,7 +29,7 @@ double seconds() {
         .count();
 }
 
-/// A session whose rows are translated, with a view that keeps the last frame.
+/// A session with translated rows, and a view that keeps the last frame.
 class Captions {
   public:
     explicit Captions(std::size_t rows) : rows_(rows) {
@@ -37,7 +38,7 @@ class Captions {
         reset();
     }
 
-    /// Back to the length that is measured.
+    /// Restores the length that is measured.
     void reset() {
         committed_.resize(std::min(committed_.size(), rows_));
         while (committed_.size() < rows_) {

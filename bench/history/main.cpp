@@ -1,6 +1,6 @@
-// bench-history [RECORDINGS]: what the list of the history costs with so many recordings: to read
-// it, to change one of them and follow the change, to search as one types, to scroll. README.md
-// says more.
+// bench-history [RECORDINGS]: measures the list of the history with this number of recordings:
+// reading it, following the change of a recording, searching while one types, scrolling. See
+// README.md.
 
 #include "TessaruneCore/text/ISO8601Date.h"
 #include "bench/support/CPUClock.h"
@@ -76,7 +76,7 @@ int run(int recordings) {
     std::printf("%-34s %8.2f ms, of these %.2f on the main thread; %.1f MB\n", "the list is read",
                 all, main, ownMegabytes() - before);
 
-    // The main thread's own work: the queue reads.
+    // Only the main thread's work: reading happens on a queue.
     std::vector<double> changes;
     for (int round = 0; round < 9; ++round) {
         const std::string note = "Note " + std::to_string(round);
@@ -110,7 +110,7 @@ int run(int recordings) {
         }));
     print("a jump to another place", jumps);
 
-    // Here all threads count: the catalog writes on another one.
+    // The work of all threads: the catalog writes on another thread.
     std::vector<double> notes;
     std::vector<double> notesOnMain;
     for (int round = 0; round < 9; ++round) {

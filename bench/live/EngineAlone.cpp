@@ -11,7 +11,7 @@ namespace tessarune {
 
 namespace {
 
-/// As `SpeechAnalyzerTranscriber` batches.
+/// The batches of `SpeechAnalyzerTranscriber`.
 constexpr double batchSeconds = 0.085;
 
 std::vector<AudioBufferPtr> batches(const std::filesystem::path& path, AudioFormat format) {
@@ -44,7 +44,7 @@ Task<void> readResults(AsyncStream<SpeechResult> results,
             onResult(*result);
         }
     } catch (const std::exception&) {
-        // The session's end tells of it.
+        // The end of the session reports the failure.
     }
 }
 

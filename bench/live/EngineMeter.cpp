@@ -43,8 +43,8 @@ double threadSeconds(long id) {
     return nanoseconds * 1e-9;
 }
 
-/// Threads that are there after a call and were not before are the engine's: the rest of the
-/// program starts none while a model is loaded.
+/// Counts the threads that appear during a call as the engine's: the rest of the program starts
+/// none while a model is loaded.
 class ThreadWatch {
   public:
     ~ThreadWatch() {
@@ -72,7 +72,7 @@ class CallWatch {
     double before_ = CPUClock::thread();
 };
 
-/// Stands in for one of the engine's functions, which `original` keeps.
+/// Replaces one of the engine's functions, which is kept in `original`.
 template <auto Member>
 struct Timed;
 

@@ -4,20 +4,20 @@
 
 #include <memory>
 
-/// What the speech engine itself costs, inside of a program that uses it: processor time in its
-/// calls, and on the threads that it starts.
+/// Measures the cost of the speech engine inside a program that uses it: the processor time in its
+/// calls and on the threads that it starts.
 namespace tessarune::EngineMeter {
 
-/// The program's own engine with every call timed. Throws as `MoonshineLibrary::shared`.
+/// The program's engine, with every call timed. Throws as `MoonshineLibrary::shared`.
 std::shared_ptr<const MoonshineLibrary> library();
 
-/// Seconds so far. Any thread.
+/// The processor time so far, in seconds. Any thread.
 double seconds();
 
-/// How many threads the engine has started.
+/// The number of threads that the engine has started.
 std::size_t ownThreads();
 
-/// How often the engine has looked at the sound.
+/// The number of passes of the engine so far.
 std::size_t passes();
 
 } // namespace tessarune::EngineMeter

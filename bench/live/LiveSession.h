@@ -14,14 +14,15 @@
 namespace tessarune {
 
 /// A session of the real program over a file at real speed, from the capture to the printed
-/// captions, with an engine that is watched. Main queue.
+/// captions, with a watched engine. Main queue.
 class LiveSession {
   public:
-    /// `platform` is what the program recognises with; its engine's results go through `latency`.
+    /// `platform` is the program's recogniser; the results of its engine pass through `latency`.
     LiveSession(Program& program, SpeechPlatform platform, ResultLatency& latency,
                 CaptionOutput output);
 
-    /// `onListening` is called when everything is loaded and the sound begins. Throws.
+    /// Runs the session. Calls `onListening` when everything is loaded and the sound begins.
+    /// Throws.
     Task<void> run(std::filesystem::path file, std::function<void()> onListening);
 
   private:

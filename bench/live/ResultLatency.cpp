@@ -10,7 +10,7 @@ namespace tessarune {
 
 namespace {
 
-/// Gives on the results of a transcriber of the engine.
+/// Forwards the results of the engine's transcriber.
 class RelayedTranscriber final : public SpeechTranscriber {
   public:
     RelayedTranscriber(std::shared_ptr<SpeechTranscriber> inner, Executor resultsExecutor)
@@ -71,15 +71,16 @@ void ResultLatency::note(const SpeechResult& result) {
     underWay_.push_back(std::move(noted));
 }
 
-/// How many of the results under way the event stands for: all up to the newest guess with its
-/// text, or up to the oldest final, whose text may have been replaced by that of a guess.
+/// The number of results under way that the event covers: all up to the newest guess with the text
+/// of the event, or, for a final event, up to the oldest final, whose text may differ from that of
+/// the event.
 std::size_t ResultLatency::countCovered(const ASREvent& event) const {
     const auto* partial = std::get_if<ASREvent::Partial>(&event.value);
     std::size_t covered = 0;
     for (std::size_t i = 0; i < underWay_.size(); ++i) {
         const Result& result = underWay_[i];
         if (result.isFinal) {
-            // Where a final was dropped, later guesses show that it will not come any more.
+            // If a final was dropped, the events of later guesses cover it.
             if (!partial)
                 return i + 1;
         } else if (partial && result.text == partial->text) {

@@ -11,27 +11,27 @@
 
 namespace tessarune {
 
-/// How long results of a recogniser are on their way to the captions. A guess that a later one
-/// replaced on the way has arrived when that one has.
+/// Measures how long results of a recogniser take to reach the captions. A guess that a later guess
+/// replaces on the way counts as arrived together with that guess.
 ///
-/// Results are noted on a queue of its own, the rest on the main queue. The host and this object
-/// outlive the engines that are watched.
+/// Results are noted on a separate queue; everything else happens on the main queue. The host and
+/// this object must outlive the watched engines.
 class ResultLatency {
   public:
     explicit ResultLatency(Host& host);
 
-    /// The same engine, with its results noted as they come out.
+    /// Returns the same engine, but with its results noted when they are delivered.
     SpeechEngine watching(SpeechEngine engine);
 
-    /// An event has reached the main queue, and the core takes it next.
+    /// Call when an event has reached the main queue, before the core processes it.
     void eventArrived(const ASREvent& event);
-    /// The core has done something with the last event, at that moment.
+    /// Call when the core has changed the captions because of the last event, at the time `at`.
     void coreChanged(double at);
 
-    /// In seconds, one for each result that arrived.
+    /// Times in seconds, one for each result that arrived.
     struct Times {
         std::vector<double> toEvent;  ///< from the result to its event on the main queue
-        std::vector<double> toChange; ///< from there to the change of the core
+        std::vector<double> toChange; ///< from that event to the core's change
         std::vector<double> whole;
     };
     Times guesses;
@@ -54,7 +54,7 @@ class ResultLatency {
     const Executor relayExecutor_;
     std::mutex mutex_;
     std::deque<Result> underWay_; ///< guarded by `mutex_`
-    std::vector<Result> arrived_; ///< in an event that the core has got
+    std::vector<Result> arrived_; ///< in events that have reached the core
 };
 
 } // namespace tessarune

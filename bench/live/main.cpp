@@ -15,7 +15,8 @@
 #include <string>
 #include <thread>
 
-/// What captioning costs beside the recogniser, and how long a result is on its way to the screen.
+/// Measures the cost of captioning in addition to the recogniser's, and how long a result takes to
+/// reach the screen.
 
 namespace tessarune {
 namespace {
@@ -26,7 +27,7 @@ struct Options {
     bool records = false;
 };
 
-/// Processor time from the first sound on.
+/// Processor time, counted from the first sound.
 struct Costs {
     void begin() {
         wholeBefore_ = CPUClock::process();
@@ -49,7 +50,7 @@ struct Costs {
     std::size_t passesBefore_ = 0;
 };
 
-/// Settings, recordings and logs of the run go to a folder that is removed afterwards.
+/// A folder for the settings, recordings and logs of the run; removed afterwards.
 class TemporaryHome {
   public:
     TemporaryHome() {

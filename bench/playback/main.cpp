@@ -15,8 +15,8 @@
 #include <string>
 #include <vector>
 
-/// How soon a long recording is heard after a start and after a seek, and whether it has gaps at
-/// any speed: played through a sound server of its own and heard at its output. See
+/// Measures how soon a long recording is heard after a start and after a seek, and whether it has
+/// gaps at any speed. It is played through a private sound server, whose output is recorded. See
 /// bench/README.md.
 
 namespace tessarune {
@@ -25,7 +25,7 @@ namespace {
 constexpr double patience = 10; // seconds
 constexpr double leastAmplitude = testing::Chirp::amplitude / 3;
 
-/// A player, and what comes out of it.
+/// A player whose output is recorded and examined.
 class HeardPlayer {
   public:
     explicit HeardPlayer(std::filesystem::path path)
@@ -33,7 +33,7 @@ class HeardPlayer {
         spawn(Executor::main(host_), listen(this));
         if (!until([this] { return stream_ != nullptr; }))
             throw std::runtime_error("the output cannot be heard");
-        // PulseAudio's null output begins with two seconds of silence that nobody asked for.
+        // PulseAudio's null output begins with two seconds of silence.
         pass(2.5);
     }
     ~HeardPlayer() { stream_.reset(); }
@@ -42,7 +42,7 @@ class HeardPlayer {
     AudioPlayer& player() { return player_; }
     double duration() { return file_->duration().value_or(0); }
 
-    /// Seconds until the recording, which nobody has opened yet, is heard.
+    /// Opens and starts the recording. Returns the seconds until it is heard.
     double start() {
         player_.teardown();
         pass(0.5);
@@ -54,8 +54,8 @@ class HeardPlayer {
             throw std::runtime_error("nothing is heard: " + *player_.problem);
         return heardAt_ - begin;
     }
-    /// Seconds until what stands at the place is heard. Nothing where it sounds too much like what
-    /// is heard now.
+    /// Seeks. Returns the seconds until the sound of that place is heard; `nullopt` if it is too
+    /// similar to the current sound.
     std::optional<double> seek(double place) {
         const double expected = frequencyAt(place);
         if (std::abs(expected - frequency_) < 200)
@@ -66,7 +66,7 @@ class HeardPlayer {
             throw std::runtime_error("the place is not heard");
         return heardAt_ - begin;
     }
-    /// What the file itself has there.
+    /// The frequency of the file's sound at that place.
     double frequencyAt(double place) {
         constexpr double seconds = 0.05;
         AudioBuffer sound{file_->format(), {}};
@@ -79,7 +79,7 @@ class HeardPlayer {
         }
         return testing::frequencyOf(sound.samples, sound.format.sampleRate);
     }
-    /// Hundredths of a second without sound in so many seconds.
+    /// Listens for so many seconds. Returns the number of silent hundredths of a second.
     int silences(double seconds) {
         silences_ = 0;
         pass(seconds);
@@ -131,7 +131,7 @@ class HeardPlayer {
     const std::unique_ptr<MediaFile> file_;
     AudioPlayer player_{host_, {server_, openFFmpegMediaFile, makeAtempoConverter}};
     std::unique_ptr<RecordStream> stream_;
-    double frequency_ = 0; ///< as last heard; 0: nothing yet
+    double frequency_ = 0; ///< of the last sound; 0: nothing was heard yet
     double heardAt_ = 0;
     int silences_ = 0;
 };
@@ -162,7 +162,7 @@ void measure(const std::filesystem::path& path) {
     }
     print("seek", seconds);
     for (const double rate : {0.5, 0.75, 1.0, 1.5, 2.0, 2.5, 3.0}) {
-        // The file is made of minutes, between which encoders leave some milliseconds of silence.
+        // The file consists of one-minute parts, with some milliseconds of silence between them.
         constexpr double frequencyOfFirstThird = 1200;
         double from = place(random);
         while (heard.frequencyAt(from) > frequencyOfFirstThird)

@@ -9,7 +9,7 @@ namespace tessarune {
 
 namespace {
 
-/// What one change of the captions prints comes within this time.
+/// All lines of one change of the captions are printed within this time.
 constexpr double oneChangeSeconds = 0.005;
 
 std::string openText(const JSON::Value& live) {
@@ -44,7 +44,7 @@ void CaptionTrace::read(std::string_view line) {
     }
 }
 
-/// The open text did not change when these rows were committed.
+/// Applies rows whose commit did not change the open text.
 void CaptionTrace::applyCommitted() {
     if (committed_.empty())
         return;

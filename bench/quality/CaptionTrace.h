@@ -8,18 +8,18 @@
 
 namespace tessarune {
 
-/// Follows the words of captions through what `tessarune-terminal --json` prints, a line at a time.
+/// Follows the words of captions through the output of `tessarune-terminal --json`, line by line.
 ///
-/// Rows whose sound began before `from` (seconds since 1970) are a lead-in: their words are left
-/// out, and so is everything that was shown until the last of them was committed.
+/// Rows whose sound began before `from` (seconds since 1970) are a lead-in. Their words are
+/// ignored, as is everything that was shown before the last of these rows was committed.
 class CaptionTrace {
   public:
     explicit CaptionTrace(double from) : from_(from) {}
 
-    /// Throws std::exception if the line is no JSON object of the program's.
+    /// Throws std::exception if the line is not a JSON object of the program.
     void read(std::string_view line);
 
-    /// Of all lines that were read; call it once.
+    /// Returns the history of all lines that were read. Call once.
     WordHistory finish();
 
   private:
@@ -28,7 +28,7 @@ class CaptionTrace {
     double from_;
     WordTrace trace_;
     std::string open_; ///< the text that may still change
-    /// Rows that were committed together; the open text behind them comes in the next line.
+    /// Rows that were committed together; the next line has the open text after them.
     std::string committed_;
     double committedAt_ = 0;
 };

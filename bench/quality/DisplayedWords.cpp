@@ -9,7 +9,8 @@ namespace tessarune::DisplayedWords {
 
 namespace {
 
-/// Cuts a run of visible characters before each ideograph, and behind one where letters follow.
+/// Splits a run of visible characters before each ideograph, and after an ideograph if letters
+/// follow.
 template <typename Use>
 void forEachWord(std::string_view run, Use use) {
     std::size_t start = 0;

@@ -4,18 +4,18 @@
 #include <string_view>
 #include <vector>
 
-/// What counts as a word when changes of a text are counted.
+/// Splits a text into words whose changes are counted.
 ///
 /// A word is a run of characters that are not white space. A Han ideograph is a word of its own,
-/// together with the punctuation behind it: Chinese has no blanks, and its recognisers change
-/// single characters.
+/// together with the punctuation after it: Chinese has no blanks, and its recognisers change single
+/// characters.
 namespace tessarune::DisplayedWords {
 
 /// The words as they are printed.
 std::vector<std::string> asPrinted(std::string_view text);
 
-/// The words as they sound: lower case, letters and digits only. What has neither is no word.
-/// Canonical, so that equivalent words are the same bytes.
+/// The words as they sound: in lower case, only letters and digits; other words are left out. The
+/// result is canonical: equivalent words have the same bytes.
 std::vector<std::string> asSpoken(std::string_view text);
 
 } // namespace tessarune::DisplayedWords

@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// One step from the words that were open to those of the next text.
+/// One step from the former open words to those of the next text.
 class WordTrace::Following {
   public:
     Following(double time, Words before, Words goneBefore, const Texts& texts)
@@ -37,8 +37,8 @@ class WordTrace::Following {
     Words gone;
 
   private:
-    /// What stands between two words that stayed: each new word takes the place of an old one while
-    /// there are any. True if some have a place of their own.
+    /// Handles the words between two words that stayed. Each new word replaces an old one, as long
+    /// as there are any; returns true if there are more new words than old ones.
     bool fillGap(std::size_t oldEnd, std::size_t newEnd) {
         while (after.size() < newEnd && nextOld_ < std::min(oldEnd, visible_)) {
             TracedWord& old = before_[nextOld_++];
@@ -53,7 +53,7 @@ class WordTrace::Following {
     }
 
     double time_;
-    std::size_t visible_; ///< so many of `before_` were shown; the others were gone
+    std::size_t visible_; ///< the first words of `before_` were shown, the others had disappeared
     Words before_;
     const Texts& texts_;
     std::size_t nextOld_ = 0;
@@ -76,7 +76,7 @@ void WordTrace::show(double time, const Texts& newlySettled, const Texts& open) 
     }
     open_.erase(open_.begin(), open_.begin() + settled);
     if (open_.empty())
-        gone_.clear(); // what comes next is another utterance
+        gone_.clear(); // another utterance follows
 }
 
 void WordTrace::countErased(const Texts& texts) {

@@ -10,34 +10,33 @@ namespace tessarune {
 /// A word of the final text. Times in seconds.
 struct TracedWord {
     std::string text;
-    double shownAt = 0;              ///< when a word first stood in its place
+    double shownAt = 0;              ///< when a word was first shown in its place
     double changedAt = 0;            ///< when it last became another one
-    std::optional<double> settledAt; ///< nothing if it was still open at the end
-    bool isUnstable = false;         ///< replaced another word, or was gone once
+    std::optional<double> settledAt; ///< `nullopt` if it was still open at the end
+    bool isUnstable = false;         ///< replaced another word, or had disappeared once
 };
 
-/// How a text came into being.
+/// How a text developed.
 struct WordHistory {
     std::vector<TracedWord> words; ///< of the final text
-    std::size_t updates = 0;       ///< how often the text became another one
-    std::size_t erased = 0;        ///< words taken back, each time counted
+    std::size_t updates = 0;       ///< how often the text changed
+    std::size_t erased = 0;        ///< withdrawn words, counted each time
 };
 
-/// Follows a text whose settled front never changes and whose open rest is rewritten again and
-/// again.
+/// Follows a text whose settled front never changes and whose open rest is rewritten repeatedly.
 ///
-/// Erasure is counted as the literature does: going from one text to the next takes back all words
-/// behind the first difference. Whether a single word is stable is judged less strictly, along the
-/// longest common subsequence of the two texts: a word that is changed, put in or left out does not
-/// make the words behind it unstable. See bench/README.md.
+/// Erasure is counted as in the literature: each new text withdraws all words after the first
+/// difference to the previous one. The stability of a single word is judged less strictly, by the
+/// longest common subsequence of the two texts: a word that is changed, inserted or removed does
+/// not make the words after it unstable. See bench/README.md.
 class WordTrace {
   public:
-    /// What is shown from `time` on: what was settled before, then the words that are settled now,
-    /// then the open ones. Times do not decrease.
+    /// Sets the text from `time` on: the words settled before, then `newlySettled`, then `open`.
+    /// Times must not decrease.
     void show(double time, const std::vector<std::string>& newlySettled,
               const std::vector<std::string>& open);
 
-    /// For the text as it stands; words that are still open count as final.
+    /// The history of the current text; words that are still open count as final.
     WordHistory history() const;
 
   private:
@@ -47,7 +46,7 @@ class WordTrace {
 
     void countErased(const Texts& texts);
     Words open_;
-    Words gone_; ///< taken back from the end of the open words, and not yet said again
+    Words gone_; ///< withdrawn from the end of the open words, and not repeated yet
     WordHistory settled_;
 };
 

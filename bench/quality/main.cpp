@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-/// What bench/quality/run needs to know and Python cannot tell: see `usage`. Prints JSON.
+/// The part of bench/quality/run that needs C++: see `usage`. Prints JSON.
 
 namespace tessarune {
 namespace {
@@ -66,7 +66,7 @@ std::vector<float> soundOf(const std::string& path) {
 }
 
 JSON::Ordered batch(ModelStore& store, const std::string& path, double from) {
-    constexpr double passInterval = 0.2; // means nothing to a recording at once
+    constexpr double passInterval = 0.2; // without effect on a batch
     MoonshineModel model(MoonshineLibrary::shared(),
                          store.find(ModelKind::speech, SpeechModels::smallest).value(),
                          MoonshineModel::Use{passInterval});
@@ -87,7 +87,7 @@ int answer(const std::vector<std::string>& arguments) {
         const double from = std::stod(arguments.at(2));
         const std::string& path = arguments.at(1);
         PosixFileSystem files;
-        // What is observed of a model's speed is not kept.
+        // The observed speed of a model is not stored.
         ModelStore models(files, "/nonexistent", ProgramPlaces::modelFolders());
         const auto found = arguments.at(0) == "batch"       ? batch(models, path, from)
                            : arguments.at(0) == "simulated" ? simulated(models, path, from)

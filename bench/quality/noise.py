@@ -25,7 +25,7 @@ def white(count, chance):
 
 
 def rumble(count, chance, _):
-    """Traffic, wind, a hand on the desk: falls by 12 dB an octave from 60 Hz on."""
+    """Traffic, wind, a hand on the desk: falls by 12 dB per octave above 60 Hz."""
     return high_pass(low_pass(low_pass(white(count, chance), 60), 60), 20)
 
 
@@ -42,7 +42,7 @@ def hiss(count, chance, _):
 
 
 def babble(count, chance, speech):
-    """Six voices at once, which are the measured ones from other places."""
+    """Six voices at once: the measured ones, from random places."""
     voices = [(list(chance.choice(speech)), chance.random()) for _ in range(6)]
     total = [0.0] * count
     for voice, start in voices:
@@ -53,7 +53,7 @@ def babble(count, chance, speech):
 
 
 def music(count, chance, _):
-    """Chords of struck strings, a new one each half second, with a beat."""
+    """Chords of struck strings, a new one every half second, with a beat."""
     total = [0.0] * count
     step = RATE // 2
     for first in range(0, count, step):
@@ -68,7 +68,7 @@ def music(count, chance, _):
 
 
 def clicks(count, chance, _):
-    """Keys and crackle: four a second, each gone after some milliseconds."""
+    """Keys and crackle: four per second, each lasting some milliseconds."""
     total = [0.0] * count
     for _ in range(4 * count // RATE):
         at, loud = chance.randrange(count), chance.uniform(0.3, 1)
@@ -86,7 +86,7 @@ def loudness(values):
 
 
 def speech_loudness(sound):
-    """That of the parts in which somebody speaks: within 25 dB of the loudest."""
+    """The loudness of the parts in which somebody speaks, those within 25 dB of the loudest."""
     step = RATE // 50
     parts = [loudness(sound[i:i + step]) for i in range(0, len(sound) - step, step)]
     spoken = [part for part in parts if part > max(parts) * 10 ** (-25 / 20)]
@@ -94,8 +94,8 @@ def speech_loudness(sound):
 
 
 def mixed(sound, kind, decibels, seed, speech):
-    """`sound` with noise that is so many decibels softer than its speech; the level of a mixture
-    that would be cut off is brought down. `speech`: sounds to make babble of."""
+    """`sound` with noise that is `decibels` softer than its speech. A mixture that would clip is
+    made softer. `speech`: the sounds from which babble is made."""
     made = KINDS[kind](len(sound), random.Random(f"{kind} {seed}"), speech)
     factor = speech_loudness(sound) / loudness(made) * 10 ** (-decibels / 20)
     both = [value + factor * extra for value, extra in zip(sound, made)]

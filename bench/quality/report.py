@@ -1,4 +1,4 @@
-"""The table and the plot of runs."""
+"""Prints the table and draws the plot of runs."""
 
 from statistics import mean
 
@@ -15,7 +15,7 @@ def ratio(runs, part, whole):
 
 
 def measures(runs):
-    """One number a column, of runs that are taken together."""
+    """One number per column, over all these runs together."""
     times = {key: [t for run in runs for t in run[key]] for key in ("shown", "settled")}
     wrong = [ratio(runs, part, whole) for part, whole in (("wrong", "said"), ("batchWrong", "said"))]
     return ([100 * share for share in wrong] + [percentile(times["shown"], p) for p in (50, 90, 95)]
@@ -25,7 +25,7 @@ def measures(runs):
 
 
 def rows(runs):
-    """[(name, measures of each lead-in)], for each kind of speech and noise."""
+    """[(name, measures of each round)], for each kind of speech and noise."""
     groups = {}
     for run in runs:
         name = run["kind"] + (f", {run['noise']} {run['decibels']} dB" if run["noise"] else "")
@@ -61,8 +61,8 @@ def table(runs):
 
 
 def svg(runs):
-    """Words wrong beside the engine's batch, and how late words are shown; whiskers are what rounds
-    span."""
+    """Draws the wrong words, live and in the engine's batch, and the delay of shown words. Whiskers
+    are the range of the rounds."""
     found = rows(runs)
     left, wide, gap, high = 210, 330, 60, 26
     height = 70 + high * len(found)

@@ -1,8 +1,8 @@
-"""Compares what was recognised with what was said."""
+"""Compares recognised words with the words that were said."""
 
 from dataclasses import dataclass, field
 
-# Spellings of one and the same words, as they are compared: without case, marks and blanks.
+# Spellings of the same word, in the form that is compared: without case, punctuation and blanks.
 SAME = {
     "alright": "all right",
     "gonna": "going to",
@@ -13,17 +13,17 @@ SAME = {
     "2020": "twenty twenty",
     "4": "four",
 }
-# Left out on both sides: whether a recogniser writes hesitations down is its style.
+# Ignored on both sides: writing hesitations down is a matter of style.
 HESITATIONS = {"uh", "um", "er", "uhm", "hmm", "mm", "ah"}
 
 
 def comparable(words):
-    """[(word, what belongs to it)], from pairs of the same kind."""
+    """[(word, its data)], from pairs of the same kind."""
     result = []
-    for word, belonging in words:
+    for word, data in words:
         plain = "".join(c for c in word.lower() if c.isalnum())
         if plain not in HESITATIONS:
-            result += [(part, belonging) for part in SAME.get(plain, plain).split()]
+            result += [(part, data) for part in SAME.get(plain, plain).split()]
     return result
 
 
@@ -31,11 +31,11 @@ def comparable(words):
 class Comparison:
     said: int = 0
     wrong: int = 0
-    right: list = field(default_factory=list)  # pairs: what belongs to the word said, and recognised
+    right: list = field(default_factory=list)  # pairs: data of the word said and recognised
 
 
 def compare(said, recognised):
-    """The fewest words put in, left out and changed. Two words that are written as one are right."""
+    """Minimises inserted, missing and changed words. Two words written as one are right."""
     a, b = comparable(said), comparable(recognised)
 
     def steps(i, j):

@@ -1,4 +1,4 @@
-"""Gets the speech, joins it to recordings of 16 kHz and one channel, and finds where each word ends."""
+"""Fetches speech, joins it into recordings (16 kHz, one channel), and finds the ends of words."""
 
 import functools
 import hashlib
@@ -21,8 +21,8 @@ HERE = ROOT / "build" / "quality"
 CACHE = Path(os.environ.get("XDG_CACHE_HOME") or Path.home() / ".cache") / "tessarune" / "downloads"
 RATE = 16000
 GAP = 0.5  # seconds between joined clips
-LEAD_GAP = 3.0  # behind a lead-in: its last line has ended by then
-TAIL = 1.5  # behind the last word, so that the last line ends by itself
+LEAD_GAP = 3.0  # after a lead-in, so that its last line ends
+TAIL = 1.5  # after the last word, so that the last line ends by itself
 
 
 @dataclass
@@ -42,7 +42,7 @@ def sha256(path):
 
 
 def fetched(fetch, sums, suffix):
-    """The file that `fetch(folder)` downloads, once and checked."""
+    """The file that `fetch(folder)` downloads, verified and cached."""
     CACHE.mkdir(parents=True, exist_ok=True)
     for wanted in sums:
         kept = CACHE / f"{wanted}{suffix}"
@@ -126,7 +126,7 @@ def aligner():
     sys.path.insert(0, str(place))
     from pocketsphinx import Decoder
 
-    # Without pruning: it finds the best path, and the recordings are short.
+    # Without pruning it finds the best path; the recordings are short enough for that.
     decoder = Decoder(lm=None, loglevel="FATAL", bestpath=False, beam=0, wbeam=0, pbeam=0)
     for word, phones in PRONUNCIATIONS.items():
         if decoder.lookup_word(word) is None:
@@ -135,7 +135,7 @@ def aligner():
 
 
 def aligned(sound, text):
-    """[(word, its end in seconds)] of a clip. Kept in the build tree: it takes a fifth of the clip."""
+    """[(word, its end in seconds)] of a clip. Cached: it takes a fifth of the clip's length."""
     key = hashlib.sha256(sound.tobytes() + text.encode() + repr(PRONUNCIATIONS).encode()).hexdigest()
     kept = HERE / "alignments" / f"{key}.json"
     if kept.is_file():

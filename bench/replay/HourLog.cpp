@@ -17,7 +17,7 @@ namespace {
 constexpr double startTime = 1760000000;
 constexpr std::size_t shortestText = 120; // characters
 
-/// How a language is put together.
+/// The words and punctuation of a language.
 struct Voice {
     std::vector<std::string_view> words;
     std::string_view blank;
@@ -54,8 +54,8 @@ const Voice& voice(Language language) {
     return language == Language::english ? english : chinese;
 }
 
-/// The random numbers of the standard's generator are the same everywhere; its distributions are
-/// not.
+/// Random numbers that are the same everywhere: the standard library's generator is, but its
+/// distributions are not.
 class Dice {
   public:
     explicit Dice(std::uint64_t seed) : random_(seed) {}
@@ -89,13 +89,13 @@ std::vector<std::string> speak(const Voice& voice, Dice& dice) {
     }
 }
 
-/// The guess after `step` of `partialsPerUtterance`.
+/// The guess after `step` of the `partialsPerUtterance` steps.
 std::string guess(const Voice& voice, const std::vector<std::string>& words, std::size_t step,
                   Dice& dice) {
     const std::size_t count = std::max<std::size_t>(1, words.size() * step / partialsPerUtterance);
     std::vector<std::string> heard(words.begin(),
                                    words.begin() + static_cast<std::ptrdiff_t>(count));
-    // The words that follow may show that the last ones were others.
+    // The last words may be wrong until more words follow.
     if (dice.oneIn(6))
         heard.back() = voice.words[dice.below(voice.words.size())];
     if (count > 3 && dice.oneIn(12))

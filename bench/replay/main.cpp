@@ -15,9 +15,9 @@
 #include <iterator>
 #include <string>
 
-/// Two ratios that do not depend on how fast the computer is: what it costs to read and replay an
-/// event log, over what the JSON library alone needs to parse it; and a partial at the end of the
-/// log over one at its beginning.
+/// Measures two ratios that do not depend on the speed of the computer: the time to read and replay
+/// an event log over the time that the JSON library needs to parse it, and the time of a partial at
+/// the end of the log over that of one at its beginning.
 
 namespace tessarune {
 namespace {
@@ -25,7 +25,7 @@ namespace {
 struct Case {
     const char* name;
     HourLog::Language language;
-    bool asLive; ///< as the terminal program captions; else with the defaults of `--replay`
+    bool asLive; ///< as in the terminal program; otherwise with the defaults of `--replay`
 };
 
 constexpr Case cases[] = {
@@ -46,7 +46,7 @@ EngineCapabilities capabilities(const Case& which) {
     return caps.localized(which.language == HourLog::Language::chinese ? "zh-CN" : "en-US");
 }
 
-// These two are called by name when a profiler counts what they cost.
+// A profiler finds these two functions by their names.
 
 [[gnu::noinline]] std::size_t parseWithLibraryAlone(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
@@ -65,7 +65,7 @@ EngineCapabilities capabilities(const Case& which) {
     return CaptionReplay::run(records, config(which), capabilities(which)).committedLines.size();
 }
 
-/// What the events of the first and of the last repeated utterances cost, in seconds.
+/// The time of the events of the first and of the last repeated utterances, in seconds.
 struct Ends {
     double first = 0;
     double last = 0;
@@ -79,7 +79,7 @@ Ends costAtTheEnds(const std::vector<ASREventRecord>& records, const Case& which
     const double begin = CPUClock::thread();
     double firstDone = 0;
     double lastBegun = 0;
-    double lastDone = 0; // what the output then costs is not a partial's
+    double lastDone = 0; // the time of the output after it does not count
     CaptionReplay::run(records, config(which), capabilities(which),
                        [&](const CaptionCore&, CaptionCore::Activity, double t) {
                            if (firstDone == 0 && t >= firstEnds)
@@ -99,7 +99,7 @@ double seconds(Work work) {
     return CPUClock::thread() - begin;
 }
 
-/// Turn by turn, so that both sides of a ratio meet the same disturbances.
+/// Both sides of a ratio take turns, so that disturbances affect them equally.
 void measure(const Case& which, const std::filesystem::path& path, int rounds) {
     std::vector<double> library, reading, replaying, overLibrary, lastOverFirst;
     for (int round = 0; round < rounds; ++round) {
@@ -161,7 +161,7 @@ void compareAll(int rounds) {
     }
 }
 
-/// Each side once on a part of the hour, for a profiler.
+/// Runs each side once on a part of the hour, for a profiler.
 void runOnce(std::size_t number, std::size_t utterances) {
     const Case& which = cases[number];
     const TemporaryFile file;

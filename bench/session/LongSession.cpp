@@ -20,7 +20,7 @@ namespace tessarune {
 namespace {
 
 constexpr double startTime = 1760000000;
-/// More than any part of a start or of a stop takes in simulated time.
+/// Limits that no start and no stop reaches, in simulated seconds.
 constexpr double longestStart = 5;
 constexpr double longestStop = 60;
 
@@ -107,7 +107,7 @@ void LongSession::runUntil(double seconds) {
         host_.advanceTo(startedAt_ + at);
         say(record);
         ++said_;
-        engine_.session().inputs.clear(); // it would keep all that it heard
+        engine_.session().inputs.clear(); // it would keep all sound
     }
     host_.advanceTo(startedAt_ + seconds);
 }

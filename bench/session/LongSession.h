@@ -20,44 +20,44 @@
 namespace tessarune {
 
 /// A session of any length on simulated time: real sound, store, recorder, journal, disk and
-/// codecs, and a recogniser that says what an hour's log says, again and again. Everything happens
-/// on the caller's thread, so what a step costs is the time that passes while it runs.
+/// codecs, and a recogniser that repeats the log of an hour. Everything happens on the caller's
+/// thread, so the cost of a step is the time that passes while it runs.
 class LongSession {
   public:
-    /// Makes who watches the session, from what the session has.
+    /// Creates the diagnostics of the session from its parts.
     using MakeDiagnostics = std::function<std::shared_ptr<SessionDiagnostics>(
         Host& host, FileSystem& files, const TessarunePaths& paths, AppSettings& settings,
         TessaruneFileLogger& logger, RecordingCatalog& catalog)>;
 
-    /// The session lasts for at most `seconds` and listens to `sound` until then. Without an M4A
-    /// it leaves the WAV that it recorded. Only where nobody else watches it, `steps` are known.
+    /// The session listens to `sound` for at most `seconds`. Without an M4A it keeps the WAV that
+    /// it recorded. `steps` are only known without `makeDiagnostics`.
     LongSession(std::filesystem::path sound, double seconds, bool makesM4A,
                 const MakeDiagnostics& makeDiagnostics = nullptr);
     ~LongSession();
 
-    /// Begins to listen. Throws if that fails.
+    /// Starts to listen. Throws if that fails.
     void start();
-    /// Goes on until so many seconds of the session have passed.
+    /// Continues until `seconds` of the session have passed.
     void runUntil(double seconds);
-    /// Until the session is saved. Throws if anything was lost.
+    /// Stops and continues until the session is saved. Throws if it was not saved.
     void stop();
 
-    /// Bytes that the captions so far are made of.
+    /// The size of the captions so far, in bytes.
     struct Kept {
-        std::size_t text = 0;  ///< the characters alone
-        std::size_t whole = 0; ///< with all that is known of each row and each word
-        std::size_t words = 0; ///< how many
+        std::size_t text = 0;  ///< only the characters
+        std::size_t whole = 0; ///< with all data of each row and each word
+        std::size_t words = 0; ///< the number of words
     };
     Kept kept() const;
 
-    /// What a step of the stop took, inner ones included.
+    /// The duration of a step of the stop, including its inner steps.
     struct Step {
         std::string name;
         double wall = 0;      ///< seconds
         double processor = 0; ///< seconds
     };
     const std::vector<Step>& steps() const { return steps_; }
-    /// With what it leaves on the disk.
+    /// The folders with the files of the session.
     const TessarunePaths& paths() const { return paths_; }
     FileSystem& files() { return files_; }
 
@@ -87,7 +87,7 @@ class LongSession {
     std::size_t said_ = 0;
     double startedAt_ = 0;
     std::vector<Step> steps_;
-    std::vector<Step> begun_; ///< the clocks when they began
+    std::vector<Step> begun_; ///< running steps, with the clocks at their start
 };
 
 } // namespace tessarune

@@ -9,7 +9,7 @@ namespace tessarune {
 
 namespace {
 
-/// Decoded once, so that what is measured beside it is not the decoder.
+/// Decodes the file only once, so that the decoder does not affect measurements.
 class RepeatedFile final : public MediaFile {
   public:
     RepeatedFile(const std::filesystem::path& path, double seconds) : seconds_(seconds) {

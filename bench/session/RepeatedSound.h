@@ -4,7 +4,7 @@
 
 namespace tessarune {
 
-/// Opens files of sound as if they went on from the beginning again and again, for so many seconds.
+/// Opens sound files as if their sound were repeated for `seconds`.
 OpenMediaFile repeatedSound(double seconds);
 
 } // namespace tessarune

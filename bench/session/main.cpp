@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-/// How a session grows with its length, in memory and in what an hour costs, and what its stop
-/// takes, step by step. See bench/README.md.
+/// Measures how the memory and the cost of a session grow with its length, and how long each step
+/// of its stop takes. See bench/README.md.
 
 namespace tessarune {
 namespace {
@@ -29,7 +29,7 @@ double heapBytes() {
     return static_cast<double>(info.uordblks + info.hblkhd);
 }
 
-/// What the session holds, and what it has cost.
+/// The memory and the cost of the session so far.
 struct Sample {
     double minutes = 0;
     double heap = 0;
@@ -41,7 +41,7 @@ Sample sample(const LongSession& session, double minutes) {
     return {minutes, heapBytes(), session.kept(), CPUClock::process()};
 }
 
-/// Samples over the session, from one sixteenth of it on.
+/// Samples after each sixteenth of the session.
 std::vector<Sample> run(LongSession& session, double minutes) {
     std::vector<Sample> samples;
     constexpr int parts = 16;

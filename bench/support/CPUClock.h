@@ -2,8 +2,8 @@
 
 #include <ctime>
 
-/// Processor time, in seconds. It does not count what others do on the same computer, as the time
-/// on the wall does; it still depends on how warm they leave the caches.
+/// Processor time, in seconds. Unlike wall-clock time, it does not count the work of other
+/// processes on the computer, but it still depends on how they leave the caches.
 namespace tessarune::CPUClock {
 
 inline double read(clockid_t clock) {

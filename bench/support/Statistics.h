@@ -2,7 +2,7 @@
 
 #include <vector>
 
-/// What is said about many measurements of one thing. Values in any order; none give 0.
+/// Statistics of repeated measurements. Values may have any order; without values, the result is 0.
 namespace tessarune::Statistics {
 
 /// The smallest value that at least `share` (0 to 1) of the values do not exceed.

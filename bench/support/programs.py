@@ -1,4 +1,4 @@
-"""What the measuring scripts share: where things are, long sound, and programs run for their cost."""
+"""Shared by the measuring scripts: paths, long sound, and measuring the cost of programs."""
 import os
 import pty
 import threading
@@ -13,7 +13,7 @@ SAMPLE = ROOT / "build/engines/samples/two_cities.wav"
 
 
 def write_long_sound(path, seconds):
-    """The sample speech again and again, for at least so many seconds."""
+    """Writes the sample speech, repeated for at least so many seconds."""
     with wave.open(str(SAMPLE)) as sample, wave.open(str(path), "wb") as long:
         long.setparams(sample.getparams())
         frames = sample.readframes(sample.getnframes())
@@ -22,20 +22,20 @@ def write_long_sound(path, seconds):
 
 
 def start_on_terminal(command, environment=None):
-    """Starts the command on a new terminal, whose output nobody sees, and gives the process."""
+    """Starts the command on a new terminal, whose output is discarded; returns the process ID."""
     child, terminal = pty.fork()
     if child == 0:
         os.execvpe(str(command[0]), [str(word) for word in command], environment or os.environ)
 
-    def read_away():
+    def discard_output():
         try:
             while os.read(terminal, 65536):
                 pass
         except OSError:
-            pass  # how Linux says that the other side of a terminal is closed
+            pass  # on Linux: the other side of the terminal is closed
         os.close(terminal)
 
-    threading.Thread(target=read_away, daemon=True).start()
+    threading.Thread(target=discard_output, daemon=True).start()
     return child
 
 
@@ -46,7 +46,7 @@ class Cost:
 
 
 def run(command, environment=None):
-    """Runs the command to its end; seconds on the wall and of the processor, user and system."""
+    """Runs the command to its end. Returns its wall-clock and processor time (user and system)."""
     begin = time.monotonic()
     _, status, usage = os.wait4(start_on_terminal(command, environment), 0)
     if status != 0:

@@ -12,23 +12,23 @@
 
 namespace tessarune {
 
-/// The translation half of a session with rows that are committed one by one, and the time that
-/// each of its translations spent where. Main queue; into Brazilian Portuguese.
+/// The translation half of a session. Commits rows one by one and measures the stages of each
+/// translation into Brazilian Portuguese. Main queue.
 class CommittedRows final : TranslatedCaptions {
   public:
     CommittedRows(Host& host, std::shared_ptr<TranslationService> service);
     ~CommittedRows() override;
     CommittedRows(const CommittedRows&) = delete;
 
-    /// Commits a row and waits until its translation stands on it.
+    /// Commits a row and returns its translation when the row has it.
     Task<std::string> commit(std::string text);
 
-    /// In seconds, one for each row.
+    /// Times in seconds, one for each row.
     struct Stages {
         std::vector<double> queue;        ///< from the commit to the start of its unit
-        std::vector<double> availability; ///< the question whether the pair is there
+        std::vector<double> availability; ///< the check whether the pair is available
         std::vector<double> engine;       ///< the call of the translator
-        std::vector<double> apply;        ///< from its answer until the row shows it
+        std::vector<double> apply;        ///< from its result until the row has it
     };
     const Stages& stages() const { return stages_; }
 

@@ -1,8 +1,8 @@
-// What the program adds to the translation engine: the same sentences through the engine alone,
-// through the offline translation service, through the translator that the session asks, and as
-// rows that a session commits. The ways take turns at each sentence, each as often the first, so
-// that what else the computer does and what the caches hold is the same for all. Of the times on
-// the wall the shortest counts, of those of the processor the middle one.
+// Measures what the program adds to the cost of the translation engine: the same sentences pass
+// through the engine alone, through the offline translation service, through the session's
+// translator, and as rows that a session commits. These ways take turns at each sentence, and each
+// is equally often the first, so that the load of the computer and the caches affect all equally.
+// The result is the shortest wall-clock time and the median processor time.
 //
 // Usage: bench-translate [ROUNDS]
 
@@ -33,7 +33,7 @@ double clockNow(clockid_t clock) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
 }
 
-/// Seconds on the wall and of the processor, of all threads together.
+/// Wall-clock time and the processor time of all threads, in seconds.
 struct Seconds {
     double wall = clockNow(CLOCK_MONOTONIC);
     double processor = clockNow(CLOCK_PROCESS_CPUTIME_ID);
@@ -59,7 +59,7 @@ double residentMegabytes() {
     return pages * static_cast<double>(sysconf(_SC_PAGESIZE)) / 1e6;
 }
 
-/// Of a talk as captions have it.
+/// The sentences of a talk, in the form of captions.
 std::vector<std::string> sentences() {
     std::ifstream file(TESSARUNE_BENCH_SENTENCES);
     std::vector<std::string> lines;
@@ -73,7 +73,7 @@ std::size_t wordsOf(const std::string& text) {
     return static_cast<std::size_t>(std::distance(std::istream_iterator<std::string>(words), {}));
 }
 
-/// Times of one way, a list a sentence.
+/// The times of one way, one list per sentence.
 struct Way {
     explicit Way(std::size_t count) : wall(count), processor(count) {}
 
@@ -182,7 +182,7 @@ struct Bench {
                     1e3 * median(stages.engine), 1e3 * median(stages.apply));
     }
 
-    /// Loads the pair, uses it, drops it.
+    /// Loads the pair, uses it and frees it.
     void measureMemory() {
         const double before = residentMegabytes();
         auto session = service->session("en-US", "pt-BR", Executor::main(host));
@@ -219,7 +219,7 @@ int main(int argc, char** argv) {
     Bench bench;
     if (argc > 1)
         bench.rounds = std::max(std::atoi(argv[1]), 1);
-    for (int i = 0; i < 2; ++i) // the second time shows what the first use of all left behind
+    for (int i = 0; i < 2; ++i) // the second time shows what the first use left behind
         bench.measureMemory();
     const std::optional<StoredModel> model = bench.store.find(ModelKind::translation, "en-pt");
     auto engine = std::make_unique<TranslationEngine>(translationFilesOf(*model));

@@ -22,7 +22,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr auto longestWait = std::chrono::seconds(30);
 constexpr auto lookAgain = std::chrono::milliseconds(1);
-constexpr auto restAfterwards = std::chrono::seconds(1); // until its memory is what it stays
+constexpr auto restAfterwards = std::chrono::seconds(1); // until its memory no longer changes
 
 template <typename Reply>
 using Answer = std::unique_ptr<Reply, decltype(&std::free)>;
@@ -31,7 +31,7 @@ struct Picture {
     explicit Picture(xcb_connection_t* x)
         : server(x), screen(*xcb_setup_roots_iterator(xcb_get_setup(x)).data) {}
 
-    /// What the screen shows at a point; 0 where that cannot be told.
+    /// The colour of the screen at a point; 0 if it is unknown.
     std::uint32_t pixel(std::int16_t x, std::int16_t y) const {
         const auto asked = xcb_get_image(server, XCB_IMAGE_FORMAT_Z_PIXMAP, screen.root, x, y, 1, 1,
                                          ~std::uint32_t{0});
@@ -43,7 +43,7 @@ struct Picture {
         return std::uint32_t{bytes[0]} | std::uint32_t{bytes[1]} << 8U |
                std::uint32_t{bytes[2]} << 16U;
     }
-    /// A window's middle has another colour than the root.
+    /// Whether the middle of a window has another colour than the root window.
     bool isPainted() const {
         const Answer<xcb_query_tree_reply_t> tree(
             xcb_query_tree_reply(server, xcb_query_tree(server, screen.root), nullptr), std::free);
@@ -68,7 +68,7 @@ struct Picture {
     const xcb_screen_t& screen;
 };
 
-/// Of all its threads until now.
+/// The processor time of all threads of the process so far.
 double processorSecondsOf(pid_t process) {
     double nanoseconds = 0;
     const auto threads = "/proc/" + std::to_string(process) + "/task";

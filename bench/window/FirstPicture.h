@@ -5,12 +5,12 @@
 
 namespace tessarune {
 
-/// Starts a program on the display of $DISPLAY, on which nothing else runs, and waits until it has
-/// painted something in the middle of a window: the root window has another colour. Ends it then.
+/// Starts a program on the otherwise unused display $DISPLAY, waits until the middle of a window
+/// has another colour than the root window, and ends the program.
 struct FirstPicture {
     double seconds = 0;          ///< from the start of the process
-    double processorSeconds = 0; ///< that it took of its own, however busy the computer is
-    double megabytes = 0;        ///< that belong to the process then, shared ones in proportion
+    double processorSeconds = 0; ///< the program's own until then
+    double megabytes = 0;        ///< of the process at that time, shared pages in proportion
 
     /// Throws std::runtime_error if nothing is painted within some seconds.
     static FirstPicture of(const std::vector<std::string>& command);

@@ -13,17 +13,17 @@
 
 namespace tessarune {
 
-/// The real caption window over captions of any number of rows, which go the way from the engine's
-/// lists over cache, frame and view models to the screen.
+/// The real caption window with any number of rows, which pass from the engine's lists through the
+/// cache, frame and view models to the screen.
 class StagedWindow {
   public:
     StagedWindow(QtHost& host, std::size_t rows);
 
-    /// A word of the open sentence.
+    /// Adds a word to the open sentence.
     void speak();
-    /// The open sentence settles, with its translation, and another one begins.
+    /// Settles the open sentence, with its translation, and begins another one.
     void settle();
-    /// Publishes the change. Gives the seconds until the window has shown it.
+    /// Publishes the change. Returns the seconds until the window has shown it.
     double show();
     std::size_t rows() const { return committed_.size(); }
 

@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-/// What the caption window costs. `bench/window/run` runs all of it on a display of its own.
+/// Measures the caption window. `bench/window/run` runs all measurements on a display of its own.
 ///
 ///     bench-window frames            from a change of the captions to the frame on the screen
 ///     bench-window hour              an hour of captions, one change after the other
@@ -27,7 +27,7 @@ namespace {
 
 constexpr int rounds = 12;
 constexpr int changesEachRound = 25;
-/// Of each round the first only warm up the caches that another window has used.
+/// The first changes of each round only warm up the caches, which another window has used.
 constexpr int warmUps = 5;
 
 int measureFrames() {
@@ -38,7 +38,7 @@ int measureFrames() {
     std::array<std::vector<double>, 3> rows;
     for (int round = 0; round < rounds; ++round) {
         for (std::size_t i = 0; i < lengths.size(); ++i) {
-            // One at a time: a window that is open has its own animations.
+            // Only one window at a time, because an open window runs its animations.
             windows[i] = std::make_unique<StagedWindow>(host, lengths[i]);
             for (int change = 0; change < changesEachRound; ++change) {
                 windows[i]->speak();
@@ -77,7 +77,7 @@ double residentMegabytes() {
     return 0;
 }
 
-/// 720 sentences of twelve words, which is an hour of quick speech.
+/// Shows 720 sentences of twelve words, an hour of fast speech.
 int measureHour() {
     QtHost host;
     StagedWindow window(host, 0);

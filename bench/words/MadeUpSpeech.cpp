@@ -28,7 +28,7 @@ MadeUpSpeech::MadeUpSpeech(unsigned seed) : random_(seed) {
         words_.emplace_back(word);
     for (auto& word : loadCoreWords())
         words_.push_back(std::move(word));
-    // Rare words: two others, joined.
+    // A rare word consists of two others.
     std::uniform_int_distribution<std::size_t> any(0, words_.size() - 1);
     for (std::size_t i = 0; i < rareWords; ++i)
         words_.push_back(words_[any(random_)] + words_[any(random_)]);

@@ -7,19 +7,19 @@
 
 namespace tessarune::bench {
 
-/// Text with the statistics of speech: words and Chinese characters are as unequally frequent as in
-/// a language (Zipf's law). The same seed gives the same text.
+/// Generates text with the statistics of speech: the frequencies of words and Chinese characters
+/// follow Zipf's law, as in a language. The same seed always generates the same text.
 class MadeUpSpeech {
   public:
     explicit MadeUpSpeech(unsigned seed);
 
-    /// A transcript, one sentence of about a dozen words a line, with a full stop.
+    /// A transcript with one sentence of about a dozen words per line, each with a full stop.
     std::string transcript(std::size_t words);
-    /// The same number of sentences as a bilingual transcript, with Chinese translations of a
-    /// character and a half a word.
+    /// The sentences of `transcript` as a bilingual transcript, with Chinese translations of one
+    /// and a half characters per word.
     std::string bilingual(const std::string& transcript);
 
-    /// So many of the most frequent Chinese characters.
+    /// The `count` most frequent Chinese characters.
     std::string commonCharacters(std::size_t count) const;
 
   private:

@@ -1,6 +1,6 @@
-// bench-words FOLDER [RECORDINGS [WORDS]]: search over so many recordings, word statistics of eight
-// hours of speech. The folder is filled at the first run and used again by later ones; README.md
-// says what is measured.
+// bench-words FOLDER [RECORDINGS [WORDS]]: measures the search over this number of recordings and
+// the word statistics of eight hours of speech. The first run fills the folder, later ones reuse
+// it. See README.md.
 
 #include "Tessarune/history/UsageStatistics.h"
 #include "Tessarune/platform/disk/PosixFileSystem.h"
@@ -53,7 +53,7 @@ void fill(const TessarunePaths& paths, PosixFileSystem& files, std::size_t recor
     for (std::size_t i = 0; i < recordings; ++i) {
         const std::string name = (paths.transcripts() / makeID().text()).string();
         const std::string text = speech.transcript(words);
-        // Written plainly: ten thousand atomic files would take the disk minutes.
+        // Not written atomically: ten thousand atomic writes would take minutes.
         for (const auto& [suffix, content] :
              {std::pair(".txt", text), std::pair(".bilingual.txt", speech.bilingual(text))}) {
             std::FILE* file = std::fopen((name + suffix).c_str(), "w");

@@ -14,16 +14,16 @@ namespace tessarune {
 
 namespace {
 
-/// How long a guess takes from the recogniser to the screen, in which newer ones may replace it.
+/// The time that a guess takes from the recogniser to the screen; newer guesses may replace it.
 constexpr double guessToScreen = 0.06;
 
-SimulatedHost* lookingHost = nullptr;
-std::int32_t (*realLook)(moonshine::Calls::Handle, moonshine::Calls::Handle, std::uint32_t,
+SimulatedHost* passHost = nullptr;
+std::int32_t (*realPass)(moonshine::Calls::Handle, moonshine::Calls::Handle, std::uint32_t,
                          moonshine::Transcript**) = nullptr;
 
-/// The engine recognises anew each line that has grown or become complete, so that a look takes
-/// longer the longer the line is: the smallest model's processor time, on its one thread.
-double lookSeconds(const moonshine::Transcript& transcript) {
+/// The processor time of a pass with the smallest model, on its one thread. The engine recognises
+/// each line again that has grown or become complete, so a pass takes longer as the line grows.
+double passSeconds(const moonshine::Transcript& transcript) {
     double seconds = 0.002;
     for (std::uint64_t i = 0; i < transcript.lineCount; ++i) {
         const moonshine::Line& line = transcript.lines[i];
@@ -33,22 +33,22 @@ double lookSeconds(const moonshine::Transcript& transcript) {
     return seconds;
 }
 
-std::int32_t timedLook(moonshine::Calls::Handle transcriber, moonshine::Calls::Handle stream,
+std::int32_t timedPass(moonshine::Calls::Handle transcriber, moonshine::Calls::Handle stream,
                        std::uint32_t flags, moonshine::Transcript** transcript) {
-    const std::int32_t result = realLook(transcriber, stream, flags, transcript);
+    const std::int32_t result = realPass(transcriber, stream, flags, transcript);
     if (result >= 0 && *transcript)
-        lookingHost->sleepComputer(lookSeconds(**transcript));
+        passHost->sleepComputer(passSeconds(**transcript));
     return result;
 }
 
 std::shared_ptr<const MoonshineLibrary> library() {
     moonshine::Calls calls = MoonshineLibrary::shared()->calls();
-    realLook = std::exchange(calls.transcribeStream, timedLook);
+    realPass = std::exchange(calls.transcribeStream, timedPass);
     return std::make_shared<const MoonshineLibrary>(calls);
 }
 
-/// Follows the recogniser's results. As in the program, a guess that is on its way to the screen is
-/// replaced by a newer one and dropped for a final.
+/// Follows the recogniser's results. As in the program, a newer guess replaces a guess on its way
+/// to the screen, and a final discards it.
 class ResultTrace {
   public:
     explicit ResultTrace(double from) : from_(from) {}
@@ -63,7 +63,7 @@ class ResultTrace {
         }
         guess_.reset();
         if (!result.runs.empty() && result.runs.front().audioStart.value_or(t) < from_)
-            trace_ = {}; // of the lead-in
+            trace_ = {}; // discards the lead-in
         else
             trace_.show(t, words, {});
     }
@@ -103,7 +103,7 @@ Task<void> noteFailure(Task<void> running, std::exception_ptr& failure) {
 SimulatedRun::SimulatedRun(ModelStore& models, const std::filesystem::path& file, double from) {
     const double before = CPUClock::process();
     SimulatedHost host;
-    lookingHost = &host;
+    passHost = &host;
     RecognitionPolicy policy;
     policy.processorSeconds = [&host] { return host.now(); };
     SpeechEngine engine = makeSpeechEngine(

@@ -7,20 +7,20 @@
 
 namespace tessarune {
 
-/// The recogniser with the real engine over a file, on simulated time: the same result however busy
-/// this computer is.
+/// Runs the recogniser with the real engine over a file, on simulated time: the result does not
+/// depend on the load of this computer.
 ///
-/// A look of the engine takes as long as it would on an idle computer (see `lookSeconds`); nothing
-/// else takes time. What is above the recogniser is left out but for the time that a guess takes to
-/// the screen, so nobody asks for a long line to be closed.
+/// A pass of the engine takes as long as on an idle computer (see `passSeconds`); nothing else
+/// takes time. The program above the recogniser is left out, except for the time that a guess takes
+/// to reach the screen. So nothing asks for a long line to be closed.
 class SimulatedRun {
   public:
-    /// Runs. What is heard before `from` (seconds) is a lead-in. Throws.
+    /// Runs. Sound before `from` (seconds) is a lead-in. Throws.
     SimulatedRun(ModelStore& models, const std::filesystem::path& file, double from);
 
     /// Times in seconds since the sound began.
     const WordHistory& history() const { return history_; }
-    /// What the engine really took, the loading of the model included.
+    /// The real processor time of the engine, including the loading of the model.
     double processorSeconds() const { return processorSeconds_; }
 
   private:
