@@ -11,7 +11,7 @@
 
 namespace tessarune {
 
-/// Everything there is to print at one moment.
+/// A snapshot of everything that an output can print.
 struct CaptionPicture {
     const LiveCaptionDisplayFrame& frame;
     /// For data that a frame leaves out: failures, times and words of committed rows, and which
@@ -23,25 +23,26 @@ struct CaptionPicture {
     bool awaitsTranslations = false;
 };
 
-/// The form of the output: a screen that is rewritten, plain lines, or JSON. Main queue.
+/// A form of output: a screen that is rewritten, plain lines, or JSON. Main queue.
 struct CaptionOutput {
-    /// Something has changed: prints the news.
+    /// Prints what has changed since the previous call.
     std::function<void(const CaptionPicture&)> update;
-    /// A message to the user about the run itself; not a caption.
+    /// Prints a message to the user about the run itself, not a caption.
     std::function<void(std::string_view)> status;
-    /// The progress of a long operation; replaces the previous one.
+    /// Prints the progress of a long operation in place of the previous progress.
     std::function<void(std::string_view)> progress;
-    /// Another program has written to the terminal: redraws live text on the next line.
-    std::function<void()> beginAnew = [] {};
-    /// The last call: leaves the screen in a clean state.
+    /// Another program has written to the terminal: draws the live text again, on a new line.
+    std::function<void()> redraw = [] {};
+    /// Prints the last picture and leaves the screen in a clean state. The last call.
     std::function<void(const CaptionPicture&)> finish;
 };
 
-/// Returns the current size of the terminal.
+/// The size of a terminal in characters.
 struct ScreenSize {
     std::size_t columns = 80;
     std::size_t rows = 24;
 };
+/// Returns the current size of the terminal.
 using ScreenSizeSource = std::function<ScreenSize()>;
 
 /// Whether the descriptor is a terminal that can rewrite lines in place.
@@ -50,29 +51,28 @@ bool isScreen(int descriptor);
 /// The size of the terminal that `terminal` writes to.
 ScreenSizeSource sizeOf(std::FILE* terminal);
 
-/// Settled rows scroll up, each followed by its translation; live text stands dim below them and is
-/// rewritten in place. Rows that wait for their translation stand between the two, up to eight of
-/// them: a later translation is printed together with its source.
+/// Settled rows scroll up, each followed by its translation. Live text is shown dim below them and
+/// rewritten in place. Up to eight rows stay between the two while they wait for their translation.
+/// A translation that arrives after its row has scrolled up is printed together with its source.
 CaptionOutput makeScreenOutput(std::FILE* terminal, ScreenSizeSource size, bool quiet);
 
 /// Prints settled rows, one per line, and translations as lines that begin with a tab; status lines
-/// and failed translations go to `errors`. A row waits for the translation of the previous row, so
-/// that the two stay together, but for a second at most, and not while translations are slower than
-/// that.
+/// and failed translations go to `errors`. A row waits for the translation of the previous
+/// row, so that each translation follows its row, but at most a second, and not at all while
+/// translations take longer.
 CaptionOutput makePlainOutput(std::FILE* out, std::FILE* errors, Host& host, bool quiet);
 
-/// Prints one JSON object per change, one per line, flushed at once; see docs/terminal.md. `now`
-/// dates them.
+/// Prints one JSON object per change and line, flushed at once; see docs/terminal.md. `now` returns
+/// the time for the objects.
 CaptionOutput makeJSONOutput(std::FILE* out, std::function<double()> now, bool quiet);
 
-/// The text that is not settled yet: complete sentences, clauses and the open rest, joined with
-/// blanks.
+/// The live text: leading sentences, soft captions and the rest of the tail, joined with blanks.
 std::string liveText(const LiveCaptionDisplayFrame& frame);
 
 /// Whether the frame has a preview of this text.
 bool hasPreviewOf(const LiveCaptionDisplayFrame& frame, std::string_view sourceText);
 
-/// The row's failed translation, in words that tell a user of the terminal what to do.
+/// Explains a failed translation and, if possible, tells a user of the terminal what to do.
 std::string translationFailureText(std::string_view error, std::string_view target);
 
 } // namespace tessarune

@@ -19,11 +19,11 @@ namespace {
 constexpr double fastLead = 5.0;
 /// Seconds after the sample in which the recogniser finishes the last sentence.
 constexpr double afterDemoSeconds = 2.0;
-/// A file opens at once; a pipe does only when it gets a writer. After so long the user is told.
+/// A file opens at once, but a pipe only when it gets a writer. The user is told after this time.
 constexpr double silentWaitSeconds = 1.0;
 
-Task<void> sayThatItWaits(Host& host, std::function<void(const std::string&)> say, std::string text,
-                          std::stop_token opened) {
+Task<void> reportWaiting(Host& host, std::function<void(const std::string&)> say, std::string text,
+                         std::stop_token opened) {
     Task<bool> waiting = sleep(Executor::main(host), silentWaitSeconds, opened);
     const bool isWaiting = co_await waiting;
     if (isWaiting)
@@ -53,7 +53,7 @@ void CaptionSound::giveUp() {
 void CaptionSound::useFile(const FileSource& file) {
     file_ = file.path;
     isFast_ = file.fast;
-    auto pace = file.fast ? FileSoundServer::Pace::following(handlers_.takenSeconds, fastLead)
+    auto pace = file.fast ? FileSoundServer::Pace::following(handlers_.processedSeconds, fastLead)
                           : FileSoundServer::Pace::realTime();
     const FileSoundServer::Media media{openAwaitedFFmpegMediaFile, makeSwresampleConverter};
     auto server = std::make_unique<FileSoundServer>(host_, media, file.path, std::move(pace),
@@ -67,9 +67,9 @@ Task<void> CaptionSound::connect(bool mayShowDemo) {
     std::stop_source opened;
     if (file_)
         spawn(Executor::main(host_),
-              sayThatItWaits(host_, handlers_.say,
-                             localized("Waiting for sound from %@. Ctrl-C ends.", {fileName()}),
-                             opened.get_token()));
+              reportWaiting(host_, handlers_.say,
+                            localized("Waiting for sound from %@. Ctrl-C ends.", {fileName()}),
+                            opened.get_token()));
     try {
         Task<void> connecting = server_->connect(Executor::main(host_));
         co_await connecting;

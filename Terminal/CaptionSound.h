@@ -15,39 +15,40 @@
 
 namespace tessarune {
 
-/// The sound of a run: the desktop's server, a file that plays like one, or the private server with
-/// sample speech. Main queue.
+/// The sound of a run: that of the desktop's sound server, a file that plays through a sound server
+/// of its own, or sample speech on a private sound server. Main queue.
 class CaptionSound {
   public:
     struct Handlers {
         /// Reports a message to the user.
         std::function<void(const std::string&)> say;
-        /// The file or the sample has ended; with the failure if it broke off.
+        /// The file or the sample has ended; the argument is the failure, or null.
         std::function<void(std::exception_ptr)> onFinished;
-        /// Seconds of sound that the recogniser has taken, for a file that plays fast. Any thread.
-        std::function<double()> takenSeconds;
+        /// Returns the seconds of sound that the recogniser has processed, which set the pace of a
+        /// fast file. Any thread.
+        std::function<double()> processedSeconds;
     };
 
     CaptionSound(Host& host, Handlers handlers) : host_(host), handlers_(std::move(handlers)) {}
 
-    /// Connects. Throws RunFailure.
+    /// Connects to the sound server. Throws RunFailure.
     Task<void> open(CaptionsCommand command);
-    /// The user no longer wants to wait: a pending `open` throws, as for a pipe without a writer.
+    /// Makes a pending `open` throw, which otherwise waits for the writer of a pipe.
     void giveUp();
 
     SoundServer& server() { return demo_ ? demo_->server() : *server_; }
-    /// What to listen to on that server.
+    /// The source to listen to on `server()`.
     const AudioSource& source() const { return source_; }
     bool isFile() const { return file_.has_value(); }
     const std::optional<std::filesystem::path>& file() const { return file_; }
-    /// Only the program's own sample is heard, nothing of the user's.
+    /// Whether the sample speech is captioned instead of the user's sound.
     bool isDemo() const { return demo_ != nullptr; }
-    /// The length in seconds of a file that plays as fast as it can, if known.
+    /// The duration in seconds of a file that plays fast, if known.
     std::optional<double> fastDuration() const { return fastDuration_; }
-    /// A description for the user, once it is open.
+    /// Describes the source to the user. Call after `open`.
     std::string description() const;
 
-    /// Call when the session listens: the sample begins to play.
+    /// Plays the sample speech, if it is used. Call when the session listens.
     void begin();
 
   private:

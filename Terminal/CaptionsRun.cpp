@@ -13,7 +13,7 @@ namespace tessarune {
 
 namespace {
 
-/// The user sees the progress of a refinement and can cancel it.
+/// Whether a user sees the progress of a refinement and can cancel it.
 bool isWatched(const TerminalOptions& options) {
     return isScreen(STDERR_FILENO) && isatty(STDIN_FILENO) && !options.quiet && !options.json;
 }
@@ -34,8 +34,8 @@ Task<int> runCaptions(Program& program, const TerminalOptions& options, Captions
         Task<bool> opening = session.open();
         const bool isOpen = co_await opening;
         std::optional<int> over;
-        if (isOpen && !session.isDemo()) { // the sample comes without questions
-            signals.reset();               // the question and the download have their own
+        if (isOpen && !session.isDemo()) { // no questions before sample speech
+            signals.reset();               // question and download watch signals themselves
             Task<std::optional<int>> asking = offerTranslation(program, options, command);
             over = co_await asking;
             watchSignals();

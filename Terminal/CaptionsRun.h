@@ -5,9 +5,9 @@
 
 namespace tessarune {
 
-/// A run of captions from beginning to end: opens the source, prints the captions, ends with the
-/// file or with Ctrl-C. Returns the program's exit status; failures are printed on standard error.
-/// Main queue; program and options outlive it.
+/// Runs captions from beginning to end: opens the source and prints the captions until the file
+/// ends or the user presses Ctrl-C. Returns the program's exit status; failures are printed on
+/// standard error. Main queue; `program` and `options` must outlive it.
 Task<int> runCaptions(Program& program, const TerminalOptions& options, CaptionsCommand command);
 
 } // namespace tessarune

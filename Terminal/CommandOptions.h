@@ -9,31 +9,31 @@
 
 namespace tessarune {
 
-/// What is wrong with the command line, for the user.
+/// A mistake in the command line. The message is for the user.
 struct UsageProblem : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The options that replace captions: a command line may have at most one of them. Each may have
-/// details, which are meaningless without it.
+/// The options that run a command instead of captions. A command line has at most one of them. A
+/// command may have details, which are options that are valid only with it.
 class CommandOptions {
   public:
     explicit CommandOptions(CLI::App& app) : app_(app) {}
 
-    /// The heading of the following options in the help.
+    /// Sets the heading under which the help lists the following options.
     void begin(std::string heading) { heading_ = std::move(heading); }
 
     CLI::Option* flag(const std::string& name, bool& value, const std::string& help) {
         return command(app_.add_flag(name, value, help));
     }
-    /// A command with one word, or with as many as `value` and `expected` allow.
+    /// Adds a command with one argument, or with as many as `value` and `expected` allow.
     template <typename Value>
     CLI::Option* words(const std::string& name, Value& value, const std::string& type,
                        const std::string& help) {
         return command(app_.add_option(name, value, help)->type_name(type));
     }
 
-    /// A detail of one of `owners`, under the same heading.
+    /// Adds a detail of `owners`: it is valid if any of these commands is given.
     CLI::Option* detailFlag(std::vector<CLI::Option*> owners, const std::string& name, bool& value,
                             const std::string& help) {
         return detail(std::move(owners), app_.add_flag(name, value, help));
@@ -44,8 +44,8 @@ class CommandOptions {
         return detail(std::move(owners), app_.add_option(name, value, help)->type_name(type));
     }
 
-    /// Refuses two commands, a command beside one of `captions`, and a detail without its command.
-    /// Throws UsageProblem.
+    /// Throws UsageProblem if two commands are given, or a command with an option from `captions`,
+    /// or a detail without its command.
     void refuseClashes(const std::vector<CLI::Option*>& captions) const;
 
   private:

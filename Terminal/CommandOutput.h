@@ -6,22 +6,22 @@
 
 namespace tessarune {
 
-// The printed output of commands. Texts are made safe for a terminal first: names, notes and
-// transcripts may hold anything. Lost output is reported at the end, by `statusOfOutput`. Main
-// queue.
+// The printed output of commands. Texts are made safe for a terminal first, because names, notes
+// and transcripts may contain control characters. `statusOfOutput` reports lost output at the end.
+// Main queue.
 
-/// Lines on standard output.
+/// Prints lines on standard output.
 void printText(std::string_view text);
-/// One object per line on standard output; invalid UTF-8 in it is replaced.
+/// Prints an object as one line on standard output; replaces invalid UTF-8.
 void printJSON(const nlohmann::ordered_json& object);
-/// A line on standard error that is not a failure.
+/// Prints a line on standard error that is not a failure.
 void printNotice(std::string_view text);
-/// A failure: a line on standard error that begins with the program's name.
+/// Prints a failure: a line on standard error that begins with the program's name.
 void printProblem(std::string_view text);
 
-/// The exit status: `status`, or, if that is a success and standard output could not be written (a
-/// full disk), ExitStatus::ioError, which it reports. A reader that has closed the pipe is not a
-/// failure. Call once, when everything is printed.
+/// Returns `status`. If standard output could not be written, for example on a full disk, reports
+/// that, and returns ExitStatus::ioError instead of a success. A reader that has closed the pipe is
+/// not a failure. Call once, after everything is printed.
 int statusOfOutput(int status);
 
 } // namespace tessarune

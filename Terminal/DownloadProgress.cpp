@@ -21,11 +21,11 @@ namespace tessarune {
 
 namespace {
 
-/// On anything but a terminal: one line per so many per cent (or megabytes, if the size is
+/// Not on a terminal: prints a line after every so many per cent (or megabytes, if the size is
 /// unknown).
-constexpr int percentALine = 10;
+constexpr int percentPerLine = 10;
 
-/// On a terminal: one line that is rewritten.
+/// Replaces the current line of a terminal.
 void rewriteLine(const std::string& text) {
     std::fprintf(stderr, "\r\033[K%s", Text::printableLine(text).c_str());
 }
@@ -51,19 +51,19 @@ class DownloadNews {
         : program_(program),
           isJSON_(options.json),
           isQuiet_(options.quiet),
-          isSeen_(isScreen(STDERR_FILENO) && !options.quiet && !options.json),
+          isOnTerminal_(isScreen(STDERR_FILENO) && !options.quiet && !options.json),
           name_(std::move(name)),
-          percent_(options.json ? 1 : percentALine) {
-        program_.onDownloadTrouble = [this](const DownloadTrouble& trouble) { tell(trouble); };
+          percent_(options.json ? 1 : percentPerLine) {
+        program_.onDownloadTrouble = [this](const DownloadTrouble& trouble) { report(trouble); };
         if (!isJSON_ && !isQuiet_)
             printNotice(localized("Downloading %@…", {name_}));
     }
     ~DownloadNews() { program_.onDownloadTrouble = {}; }
     DownloadNews(const DownloadNews&) = delete;
 
-    void tell(std::uint64_t received, std::uint64_t expected) {
+    void report(std::uint64_t received, std::uint64_t expected) {
         const bool isNews = percent_.isNews(received, expected);
-        if (isSeen_)
+        if (isOnTerminal_)
             rewriteLine(progressText(name_, received, expected));
         else if (isJSON_ && isNews)
             printLine({{"received", received}, {"expected", expected}});
@@ -71,22 +71,22 @@ class DownloadNews {
             printNotice(progressText(name_, received, expected));
     }
 
-    /// Keeps the line, so that later output does not overwrite it.
+    /// Erases the rewritten line, or keeps it and begins a new one.
     void endLine(bool erase) const {
-        if (isSeen_)
+        if (isOnTerminal_)
             std::fputs(erase ? "\r\033[K" : "\n", stderr);
     }
 
-    void tellEnd() const {
+    void reportInstalled() const {
         endLine(true);
         if (!isJSON_ && !isQuiet_)
             printNotice(localized("%@ is installed.", {name_}));
     }
 
   private:
-    void tell(const DownloadTrouble& trouble) const {
+    void report(const DownloadTrouble& trouble) const {
         const std::string text = troubleText(name_, trouble);
-        if (isSeen_)
+        if (isOnTerminal_)
             rewriteLine(text);
         else if (isJSON_)
             printLine({{"problem", trouble.reason}, {"nextTry", trouble.secondsToNextTry}});
@@ -104,7 +104,7 @@ class DownloadNews {
     Program& program_;
     const bool isJSON_;
     const bool isQuiet_;
-    const bool isSeen_; ///< by a user at a terminal
+    const bool isOnTerminal_; ///< and not quiet
     const std::string name_;
     DownloadPercent percent_;
 };
@@ -117,24 +117,25 @@ int DownloadPercent::of(std::uint64_t received, std::uint64_t expected) {
 }
 
 bool DownloadPercent::isNews(std::uint64_t received, std::uint64_t expected) {
-    const int now = expected > 0 ? of(received, expected)
-                                 : static_cast<int>(static_cast<double>(received) / bytesAMegabyte);
+    const int now = expected > 0
+                        ? of(received, expected)
+                        : static_cast<int>(static_cast<double>(received) / bytesPerMegabyte);
     return std::exchange(last_, now / step_) != now / step_;
 }
 
 std::string megabytes(std::uint64_t bytes) {
-    return Text::fixed(static_cast<double>(bytes) / bytesAMegabyte, 1) + " MB";
+    return Text::fixed(static_cast<double>(bytes) / bytesPerMegabyte, 1) + " MB";
 }
 
 std::string sizeCell(std::uint64_t bytes) {
     constexpr std::size_t columns = 9;
-    constexpr double bytesAKilobyte = 1000;
+    constexpr double bytesPerKilobyte = 1000;
     constexpr std::uint64_t shownInMegabytes = 100'000;
     std::string text;
     if (bytes >= shownInMegabytes)
         text = megabytes(bytes);
     else if (bytes > 0)
-        text = Text::fixed(static_cast<double>(bytes) / bytesAKilobyte, 1) + " kB";
+        text = Text::fixed(static_cast<double>(bytes) / bytesPerKilobyte, 1) + " kB";
     return std::string(columns - std::min(columns, text.size()), ' ') + text;
 }
 
@@ -148,8 +149,10 @@ Task<int> runDownload(Program& program, const TerminalOptions& options, ShownDow
         co_return static_cast<int>(ExitStatus::cannotWrite);
     }
     DownloadNews news(program, options, download.name);
-    const ShownDownload::Progress progress =
-        [&news](std::uint64_t received, std::uint64_t expected) { news.tell(received, expected); };
+    const ShownDownload::Progress progress = [&news](std::uint64_t received,
+                                                     std::uint64_t expected) {
+        news.report(received, expected);
+    };
     try {
         co_await download.begin(progress, stop.get_token());
     } catch (const std::exception& error) {
@@ -158,7 +161,7 @@ Task<int> runDownload(Program& program, const TerminalOptions& options, ShownDow
         co_return static_cast<int>(stop.stop_requested() ? ExitStatus::stoppedTwice
                                                          : ExitStatus::noModel);
     }
-    news.tellEnd();
+    news.reportInstalled();
     co_return static_cast<int>(ExitStatus::ok);
 }
 

@@ -24,22 +24,24 @@ class DownloadPercent {
     int last_ = -1;
 };
 
-/// Downloads one thing and reports its progress and failures on standard error, in one line that is
-/// rewritten if possible, or as JSON. Ctrl-C ends it with ExitStatus::stoppedTwice; the bytes
-/// received by then are kept for the next attempt. Returns the exit status. Main queue.
+/// A download whose progress is reported.
 struct ShownDownload {
     using Progress = std::function<void(std::uint64_t received, std::uint64_t expected)>;
 
     std::string name;
     std::function<Task<void>(Progress progress, std::stop_token stop)> begin;
 };
+/// Runs a download and reports its progress and failures: on standard error, on a terminal in one
+/// line that is rewritten, or as JSON on standard output. Ctrl-C ends it with
+/// ExitStatus::stoppedTwice; the next attempt continues with the bytes that were received. Returns
+/// the exit status. Main queue.
 Task<int> runDownload(Program& program, const TerminalOptions& options, ShownDownload download);
 
-constexpr double bytesAMegabyte = 1e6;
+constexpr double bytesPerMegabyte = 1e6;
 
 /// Formats bytes as "38.2 MB".
 std::string megabytes(std::uint64_t bytes);
-/// A size as a cell of a table, flush right, small ones in kB; blank for an unknown one.
+/// Formats bytes as a right-aligned table cell, small sizes in kB; blank for 0, an unknown size.
 std::string sizeCell(std::uint64_t bytes);
 
 } // namespace tessarune

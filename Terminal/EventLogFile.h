@@ -16,9 +16,10 @@ class EventLogFile {
     EventLogFile(Host& host, std::filesystem::path path, bool overwrites)
         : host_(host), path_(std::move(path)), overwrites_(overwrites) {}
 
-    /// Throws if the log cannot be written there, as far as that is visible without changing
-    /// anything. `source` is the captioned file, which is never overwritten.
+    /// Throws if it can tell, without changing anything, that the log cannot be written. `source`
+    /// is the captioned file, which is never overwritten.
     void check(const std::optional<std::filesystem::path>& source) const;
+    /// Opens the log; replaces an existing file only if that is allowed.
     void begin();
     /// Logs a recognition event; does nothing before `begin`.
     void append(const ASREvent& event, double t);

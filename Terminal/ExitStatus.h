@@ -2,12 +2,12 @@
 
 namespace tessarune {
 
-/// How `tessarune-terminal` ends; documented in docs/terminal.md. The numbers are those of
-/// sysexits.h where it has one that fits.
+/// The exit statuses of `tessarune-terminal`; see docs/terminal.md. The numbers are those of
+/// sysexits.h where it has a suitable one.
 enum class ExitStatus : int {
     ok = 0,
     usage = 64,
-    differs = 65, ///< a run could not be replayed to its own captions
+    differs = 65, ///< the replay of a run differs from its captions
     unreadableFile = 66,
     noSuchRecording = 67,
     noSuchSource = 68,
@@ -18,7 +18,7 @@ enum class ExitStatus : int {
     dataInUse = 75, ///< another Tessarune records into the same data folder
     notAllowed = 77,
     noModel = 78,
-    stoppedTwice = 130, ///< ended at once: the second Ctrl-C, or one when nothing runs yet
+    stoppedTwice = 130, ///< ended at once: the second Ctrl-C, or the first one outside a session
 };
 
 } // namespace tessarune

@@ -13,8 +13,8 @@ constexpr std::size_t screenColumns = 80;
 constexpr std::size_t optionColumns = 28;
 constexpr std::size_t exampleColumns = 52;
 
-/// `left`, and `right` beside it on as many lines as it needs.
-std::string besideEachOther(const std::string& left, const std::string& right, std::size_t at) {
+/// Formats `left` and, from column `at` on, `right`, which is wrapped.
+std::string twoColumns(const std::string& left, const std::string& right, std::size_t at) {
     std::string text;
     std::string line = Text::padded("  " + left, at - 1) + " ";
     if (Text::columns(line) > at) {
@@ -33,7 +33,7 @@ std::string optionLines(const CLI::Option& option) {
     std::ranges::replace(name, ',', ' ');
     if (option.get_items_expected_max() > 0)
         name += " " + option.get_type_name();
-    return besideEachOther(name, option.get_description(), optionColumns);
+    return twoColumns(name, option.get_description(), optionColumns);
 }
 
 std::string examples() {
@@ -49,8 +49,7 @@ std::string examples() {
     };
     std::string text = "\n" + localized("Examples") + ":\n";
     for (const auto& [arguments, meaning] : rows)
-        text +=
-            besideEachOther(std::string("tessarune-terminal") + arguments, meaning, exampleColumns);
+        text += twoColumns(std::string("tessarune-terminal") + arguments, meaning, exampleColumns);
     return text;
 }
 

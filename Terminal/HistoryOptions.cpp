@@ -53,8 +53,8 @@ double checkedTime(const std::string& text) {
         double value = 0;
         const auto [rest, error] = std::from_chars(part.data(), part.data() + part.size(), value,
                                                    std::chars_format::fixed);
-        const bool isWhole = error == std::errc() && rest == part.data() + part.size();
-        if (!isWhole || !(value >= 0) || parts > 2 || (parts > 0 && value >= 60))
+        const bool isNumber = error == std::errc() && rest == part.data() + part.size();
+        if (!isNumber || !(value >= 0) || parts > 2 || (parts > 0 && value >= 60))
             throw UsageProblem(
                 localized("--from takes seconds, MM:SS or HH:MM:SS, not '%@'.", {text}));
         seconds = seconds * 60 + value;

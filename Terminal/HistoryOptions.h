@@ -35,11 +35,11 @@ struct PlayCommand {
 };
 struct SetNoteCommand {
     std::string id;
-    std::string note; ///< empty: none any more
+    std::string note; ///< empty: removes the note
 };
 struct DeleteRecordingsCommand {
     std::vector<std::string> ids;
-    bool isCertain = false;
+    bool isCertain = false; ///< deletes without asking
 };
 
 struct ImportFilesCommand {
@@ -47,7 +47,7 @@ struct ImportFilesCommand {
 };
 struct RefineCommand {
     std::string id;
-    std::string model; ///< empty: the best one
+    std::string model; ///< empty: the best model
 };
 struct SearchRecordingsCommand {
     std::string text;
@@ -61,10 +61,10 @@ struct DiagnosticsCommand {
     enum class Action { list, show, verify, remove, pack };
 
     Action action = Action::list;
-    std::string run; ///< its name, the beginning of it, or the path of its folder
+    std::string run; ///< the run's name, its beginning, or the path of its folder
     bool isCertain = false;
-    bool withText = false; ///< pack what was said, too
-    std::string to;        ///< the archive; empty: named by the run
+    bool withText = false; ///< also pack files that may contain what was said
+    std::string to;        ///< the path of the archive; empty: named after the run
 };
 
 using HistoryCommand =
@@ -73,12 +73,12 @@ using HistoryCommand =
                  ImportFilesCommand, SearchRecordingsCommand, ShowUsageCommand, PlayCommand,
                  DiagnosticsCommand>;
 
-/// The part of the command line with these commands.
+/// Declares these commands to the command line and reads them from it.
 class HistoryOptions {
   public:
     void declare(CommandOptions& options);
 
-    /// The given command; `nullopt` if there is none for recorded sessions. Throws UsageProblem.
+    /// The given command; `nullopt` if none of these was given. Throws UsageProblem.
     std::optional<HistoryCommand> command() const;
 
   private:

@@ -14,7 +14,7 @@ namespace tessarune {
 
 namespace {
 
-/// How often it checks whether it has the terminal again.
+/// In the background, the interval of checks whether the program has the terminal again.
 constexpr int backgroundMilliseconds = 200;
 
 void readKeys(Host& host, int wakeUp, const std::shared_ptr<std::function<void(KeyPress)>>& onKey) {
@@ -54,7 +54,7 @@ std::vector<KeyPress> keyPresses(std::string_view bytes) {
             bytes.remove_prefix(1);
             continue;
         }
-        // Ends with the first letter; "1;5C" is a right arrow with Control.
+        // A sequence ends with its first letter; "1;5C" is a right arrow with Control.
         std::size_t end = 2;
         while (end + 1 < bytes.size() && bytes[end] < '@')
             ++end;
@@ -96,7 +96,7 @@ KeyInput::~KeyInput() {
     TerminalCursor::releaseKeys();
 }
 
-void KeyInput::beginAnew() {
+void KeyInput::resume() {
     TerminalCursor::takeKeys(STDIN_FILENO);
 }
 

@@ -17,14 +17,13 @@ struct KeyPress {
     bool operator==(const KeyPress&) const = default;
 };
 
-/// Decodes the bytes that a terminal sends for keys; other keys and incomplete sequences give
-/// nothing.
+/// Decodes the bytes that a terminal sends for keys; skips unknown keys and incomplete sequences.
 std::vector<KeyPress> keyPresses(std::string_view bytes);
 
-/// Reads single keys from the terminal on standard input while it lives. However the program ends
-/// or stops, the terminal's settings are restored (TerminalCursor). One at a time.
+/// Reads single keys from the terminal on standard input while it exists. However the program ends
+/// or stops, the terminal's settings are restored (TerminalCursor). Only one may exist at a time.
 ///
-/// Main queue; the host outlives it. A thread of its own reads, except while another program has
+/// Main queue; the host must outlive it. Its own thread reads, but not while another program has
 /// the terminal.
 class KeyInput {
   public:
@@ -33,12 +32,12 @@ class KeyInput {
     KeyInput(const KeyInput&) = delete;
     KeyInput& operator=(const KeyInput&) = delete;
 
-    /// Call after the program was stopped.
-    void beginAnew();
+    /// Takes the keys again. Call when the program continues after a stop.
+    void resume();
 
   private:
-    int wakeUp_;        ///< becomes readable when it is to end
-    Block dropHandler_; ///< later posts do nothing then
+    int wakeUp_;        ///< becomes readable when the thread must end
+    Block dropHandler_; ///< makes key presses that are still posted do nothing
     std::thread reader_;
 };
 

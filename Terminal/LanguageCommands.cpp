@@ -37,7 +37,7 @@ std::string describe(const TranslationLanguageState& language) {
     return {};
 }
 
-/// The test of the settings, from its beginning to its end.
+/// Runs the translation test that the settings window also offers, and prints its result.
 Task<int> runTest(Program& program, const TerminalOptions& options, std::string target) {
     const auto bridge = std::make_shared<TranslationTaskBridge>(
         TranslationTaskBridge::Environment{program.host, program.translation, nullptr});

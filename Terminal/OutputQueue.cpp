@@ -23,7 +23,7 @@ constexpr std::size_t behindBytes = 1 << 16;
 constexpr std::size_t pieceBytes = 4096;
 constexpr std::chrono::milliseconds pauseStep{10};
 
-/// Writes some of the bytes once there is room; returns how many, or 0 with `errno`.
+/// Waits for room and writes some of the bytes. Returns their number, or 0 with `errno` set.
 std::size_t writeSome(int descriptor, std::string_view bytes) {
     for (;;) {
         while (TerminalCursor::isPaused())
@@ -43,8 +43,8 @@ std::size_t writeSome(int descriptor, std::string_view bytes) {
 } // namespace
 
 struct OutputQueue::State {
-    State(int number, std::function<void()> itsOnChange)
-        : descriptor(number), onChange(std::move(itsOnChange)) {}
+    State(int number, std::function<void()> handler)
+        : descriptor(number), onChange(std::move(handler)) {}
 
     const int descriptor;
     mutable Mutex mutex;
@@ -53,8 +53,8 @@ struct OutputQueue::State {
     std::string waiting GUARDED_BY(mutex);
     /// Queued bytes, and those that are being written.
     std::size_t unwritten GUARDED_BY(mutex) = 0;
-    /// A caller has seen that it is behind, or must see a failure.
-    bool tellsWhenWritten GUARDED_BY(mutex) = false;
+    /// Whether `onChange` must be called once nothing waits: the queue was behind, or has failed.
+    bool notifiesWhenWritten GUARDED_BY(mutex) = false;
     bool isEnding GUARDED_BY(mutex) = false;
     int failure GUARDED_BY(mutex) = 0;
 
@@ -64,7 +64,7 @@ struct OutputQueue::State {
             return;
         waiting += bytes;
         unwritten += bytes.size();
-        tellsWhenWritten = tellsWhenWritten || unwritten > behindBytes;
+        notifiesWhenWritten = notifiesWhenWritten || unwritten > behindBytes;
         arrived.notify_one();
     }
 };
@@ -115,7 +115,7 @@ int OutputQueue::failure() const {
 void OutputQueue::write(const std::shared_ptr<State>& state) {
     MutexLock lock(state->mutex);
     for (;;) {
-        if (state->waiting.empty() && std::exchange(state->tellsWhenWritten, false) &&
+        if (state->waiting.empty() && std::exchange(state->notifiesWhenWritten, false) &&
             state->onChange)
             state->onChange();
         while (!state->isEnding && state->waiting.empty())
@@ -135,7 +135,7 @@ void OutputQueue::write(const std::shared_ptr<State>& state) {
             state->failure = error;
             state->unwritten = 0;
             state->waiting.clear();
-            state->tellsWhenWritten = true;
+            state->notifiesWhenWritten = true;
         }
     }
 }

@@ -8,31 +8,31 @@
 
 namespace tessarune {
 
-/// Output to a descriptor, written on a thread of its own, so that printing never waits for a slow
-/// reader: unread output is queued here.
+/// Output to a descriptor, written on a thread of its own. Printing never waits for a slow reader:
+/// unread output is queued here.
 ///
-/// It has no limit of its own. A caller that prints successive states checks `isBehind` first, and
-/// prints only the newest state once `onChange` reports room. That bounds the queue, and drops only
-/// states that a newer one replaced.
+/// The queue has no limit of its own. A caller that prints successive states checks `isBehind`
+/// first, and prints only the newest state once `onChange` reports room. That bounds the queue, and
+/// drops only states that a newer one replaced.
 class OutputQueue {
   public:
-    /// `onChange` is called on the writing thread: when all is written after `isBehind`, and when
-    /// writing has failed.
+    /// `onChange` is called on the writing thread, when everything is written after the queue was
+    /// behind, and when writing has failed.
     OutputQueue(int descriptor, std::function<void()> onChange);
     /// Unread output is lost.
     ~OutputQueue();
     OutputQueue(const OutputQueue&) = delete;
     OutputQueue& operator=(const OutputQueue&) = delete;
 
-    /// Queues output, whole lines at a time. One thread.
+    /// The stream that queues output, line by line. Only one thread may use it.
     std::FILE* stream() const { return stream_; }
 
-    // Any thread
+    // Any thread:
 
-    /// More is queued than any normal reader leaves.
+    /// Whether more is queued than a normal reader leaves unread.
     bool isBehind() const;
     bool isWritten() const;
-    /// The error of the failed write; 0 if there is none. After it nothing more is written.
+    /// The error of a failed write, or 0. After a failure nothing more is written.
     int failure() const;
 
   private:

@@ -16,7 +16,7 @@ namespace {
 constexpr double patienceSeconds = 1.0;
 
 /// Prints lines for a file or another program. A late translation must never delay a caption: after
-/// one wait in vain, nothing waits until all translations have arrived.
+/// a wait that was too short, no row waits again until all translations have arrived.
 class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
   public:
     PlainPrinter(std::FILE* out, std::FILE* errors, Host& host, bool quiet)
@@ -53,7 +53,7 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
                 endWait(true);
             if (printed_.count() == rows.size())
                 break;
-            if (isUnderWay(printed) && isPatient_) {
+            if (isTranslating(printed) && isPatient_) {
                 beginWait();
                 break;
             }
@@ -62,9 +62,9 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
         std::fflush(out_);
     }
 
-    /// Rows that wait for more text to be translated with do not delay the next row, which may be
-    /// that text.
-    bool isUnderWay(std::span<const CaptionSegment> rows) const {
+    /// Whether a translation is in progress. Rows whose translation waits for more text do not
+    /// count: the next row may be that text.
+    bool isTranslating(std::span<const CaptionSegment> rows) const {
         return awaits_ && CommittedTranslationUnitPlanner::nextPendingUnit(rows);
     }
 
@@ -89,10 +89,10 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
         });
     }
 
-    void endWait(bool wasWorthIt) {
+    void endWait(bool mayWaitAgain) {
         wait_.cancel();
         isWaiting_ = false;
-        isPatient_ = wasWorthIt;
+        isPatient_ = mayWaitAgain;
     }
 
     std::FILE* out_;
@@ -114,7 +114,7 @@ CaptionOutput makePlainOutput(std::FILE* out, std::FILE* errors, Host& host, boo
     auto printer = std::make_shared<PlainPrinter>(out, errors, host, quiet);
     return {[printer](const CaptionPicture& picture) { printer->update(picture); },
             [printer](std::string_view text) { printer->status(text); },
-            [](std::string_view) {}, // a file of captions has no place for it
+            [](std::string_view) {}, // progress does not belong in a file of captions
             [] {}, [printer](const CaptionPicture& picture) { printer->finish(picture); }};
 }
 

@@ -12,7 +12,7 @@ namespace tessarune {
 /// recogniser changes; the count then starts again at 0. Main queue.
 class PrintedRows {
   public:
-    /// To be called with the rows of now before they are printed.
+    /// Call with the current rows before printing any of them.
     void follow(const CaptionCore::Rows& rows) {
         const bool isSameList =
             count_ == 0 || (count_ <= rows.size() && rows[count_ - 1].id == last_);
@@ -20,12 +20,12 @@ class PrintedRows {
             *this = PrintedRows();
     }
     std::size_t count() const { return count_; }
-    /// The first row that is not printed yet; there is one. It counts as printed from now on.
+    /// Returns the first unprinted row, which must exist, and counts it as printed.
     const CaptionSegment& next(const CaptionCore::Rows& rows) {
         last_ = rows[count_].id;
         return rows[count_++];
     }
-    /// Indexes of printed rows that show an outcome of translation not taken before.
+    /// Returns the indexes of printed rows that show a new translation or failure, each once.
     std::vector<std::size_t> news(const CaptionCore::Rows& rows) {
         return news_.take(rows, count_);
     }

@@ -24,7 +24,7 @@ Task<void> runThenQuit(Program& program, Task<int> task) {
     program.loop.quit(status);
 }
 
-Task<int> refuseTerminalAsSound() {
+Task<int> refuseTerminalInput() {
     printProblem(localized("--source - reads sound from standard input, which is a terminal."));
     co_return static_cast<int>(ExitStatus::usage);
 }
@@ -35,9 +35,9 @@ struct Dispatch {
 
     Task<int> operator()(const CaptionsCommand& command) const {
         const auto* file = std::get_if<FileSource>(&command.source);
-        const bool isInput = file && file->path == FileSource::standardInput;
-        return isInput && isatty(STDIN_FILENO) ? refuseTerminalAsSound()
-                                               : runCaptions(program, options, command);
+        const bool isStandardInput = file && file->path == FileSource::standardInput;
+        return isStandardInput && isatty(STDIN_FILENO) ? refuseTerminalInput()
+                                                       : runCaptions(program, options, command);
     }
     Task<int> operator()(const ListSourcesCommand&) const { return listSources(program, options); }
     Task<int> operator()(const ListModelsCommand&) const { return listModels(program, options); }

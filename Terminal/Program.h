@@ -11,7 +11,7 @@ struct ProgramLoop {
     LoopHost loop;
 };
 
-/// The application on a loop of its own. Main queue.
+/// The application with its own main loop. Main queue.
 struct Program : ProgramLoop, Application {
     Program() : Application(loop, "tessarune-terminal") {}
 };

@@ -19,13 +19,13 @@ namespace tessarune {
 
 namespace {
 
-/// How soon reading an answer notices that it is no longer wanted.
-constexpr int lookAgainMilliseconds = 100;
+/// The interval at which the reader checks whether the answer is still wanted.
+constexpr int checkMilliseconds = 100;
 
 Answer readAnswer(Answer byDefault, const std::stop_token& stop) {
     while (!stop.stop_requested()) {
         pollfd input{STDIN_FILENO, POLLIN, 0};
-        if (poll(&input, 1, lookAgainMilliseconds) <= 0)
+        if (poll(&input, 1, checkMilliseconds) <= 0)
             continue;
         char line[64];
         const ssize_t length = ::read(STDIN_FILENO, line, sizeof line);
@@ -42,7 +42,7 @@ Answer readAnswer(Answer byDefault, const std::stop_token& stop) {
 
 } // namespace
 
-bool somebodyCanAnswer() {
+bool userCanAnswer() {
     return isatty(STDIN_FILENO) && isatty(STDERR_FILENO);
 }
 
@@ -77,7 +77,7 @@ Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesyste
     if (replaces || !files.exists(to))
         co_return ExitStatus::ok;
     const std::string text = localized("%@ already exists.", {to.string()});
-    if (!somebodyCanAnswer()) {
+    if (!userCanAnswer()) {
         printProblem(text + " " + localized("--yes replaces it."));
         co_return ExitStatus::cannotWrite;
     }

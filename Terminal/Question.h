@@ -12,15 +12,16 @@ namespace tessarune {
 
 enum class Answer { yes, no, interrupted };
 
-/// Whether there is a user who can answer.
-bool somebodyCanAnswer();
+/// Whether a user can answer: standard input and standard error are a terminal.
+bool userCanAnswer();
 
-/// Asks at the terminal and waits; an empty line means `byDefault`, the end of the input means no.
-/// Ctrl-C interrupts. Main queue.
+/// Asks at the terminal and waits for the answer. An empty line means `byDefault`, the end of the
+/// input means no, and Ctrl-C interrupts. Main queue.
 Task<Answer> ask(Host& host, std::string question, Answer byDefault);
 
-/// Whether a file may be written: it is new, or may be replaced, which the user is asked unless
-/// `replaces` is set. Prints the obstacle. Main queue.
+/// Whether a file may be written: it is new, `replaces` is set, or the user agrees to replace it.
+/// Returns ExitStatus::ok if so; otherwise prints the problem, if the user did not decide it, and
+/// returns the status to exit with. Main queue.
 Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesystem::path to,
                                    bool replaces);
 

@@ -10,16 +10,16 @@ namespace tessarune {
 
 namespace {
 
-constexpr double lookEverySeconds = 1;
-/// A look that comes so late was held up together with the whole program; sound of so many seconds
-/// that comes at once, by the sound server.
+constexpr double checkEverySeconds = 1;
+/// If a check comes this late, the whole program was held up. If this many seconds of sound arrive
+/// at once, the sound server was held up.
 constexpr double standstillSeconds = 1;
-/// Sound queued meanwhile may need as long again, and somewhat more.
+/// After that, the queued sound may take as long again to process, and this much more.
 constexpr double catchUpSeconds = 10;
 
 constexpr double progressEverySeconds = 0.2;
-constexpr double lookForProgressSeconds = 0.01;
-/// A recogniser that is behind and makes no progress for so long is no longer waited for.
+constexpr double checkProgressSeconds = 0.01;
+/// The wait for a recogniser that is behind ends after this time without progress.
 constexpr double longestStandstillSeconds = 30;
 
 double stat(const LiveSystemAudioTranscriber& transcriber, std::string_view name) {
@@ -30,7 +30,7 @@ double stat(const LiveSystemAudioTranscriber& transcriber, std::string_view name
 
 } // namespace
 
-double RecogniserDelay::heardSeconds() const {
+double RecogniserDelay::processedSeconds() const {
     return std::max(stat(transcriber_, "convertedAudioSeconds") - secondsBehind(), 0.0);
 }
 
@@ -40,42 +40,43 @@ double RecogniserDelay::secondsBehind() const {
 
 void RecogniserDelay::watch(std::function<void(const std::string&)> say) {
     say_ = std::move(say);
-    nextLookAt_ = host_.now() + lookEverySeconds;
-    watch_ = host_.after(lookEverySeconds, [this] { look(); });
+    nextCheckAt_ = host_.now() + checkEverySeconds;
+    watch_ = host_.after(checkEverySeconds, [this] { checkDelay(); });
 }
 
-void RecogniserDelay::look() {
+void RecogniserDelay::checkDelay() {
     const double now = host_.now();
-    const double late = now - nextLookAt_;
+    const double late = now - nextCheckAt_;
     const double behind = secondsBehind();
-    // A slow recogniser falls behind by a second a second; what comes faster was held up before it.
-    const double arrivedAtOnce = behind - lastBehind_ - lookEverySeconds;
+    // A slow recogniser falls behind by at most one second per second. If the delay grows faster,
+    // the sound was held up before it reached the recogniser.
+    const double arrivedAtOnce = behind - lastBehind_ - checkEverySeconds;
     const double heldUp = std::max(late, arrivedAtOnce);
     if (heldUp > standstillSeconds)
         excusedUntil_ = now + heldUp + catchUpSeconds;
     lastBehind_ = behind;
-    if (now >= excusedUntil_ && behind >= worthTelling_) {
+    if (now >= excusedUntil_ && behind >= nextReportedDelay_) {
         say_(localized("The captions are %lld s behind: this computer is too slow for the speech "
                        "model.",
                        {std::to_string(static_cast<int>(behind))}));
-        worthTelling_ = 2 * behind;
+        nextReportedDelay_ = 2 * behind;
     }
-    nextLookAt_ = now + lookEverySeconds;
-    watch_ = host_.after(lookEverySeconds, [this] { look(); });
+    nextCheckAt_ = now + checkEverySeconds;
+    watch_ = host_.after(checkEverySeconds, [this] { checkDelay(); });
 }
 
 void RecogniserDelay::watchProgress(double duration, std::function<void(int percent)> say) {
     sayProgress_ = std::move(say);
-    lookForProgress(duration);
+    checkProgress(duration);
 }
 
-void RecogniserDelay::lookForProgress(double duration) {
-    // The last pieces are processed while the rest of the program catches up.
-    const int now = static_cast<int>(std::clamp(100 * heardSeconds() / duration, 0.0, 100.0));
+void RecogniserDelay::checkProgress(double duration) {
+    // The reported percentage never decreases.
+    const int now = static_cast<int>(std::clamp(100 * processedSeconds() / duration, 0.0, 100.0));
     if (now > std::exchange(percent_, std::max(now, percent_)))
         sayProgress_(now);
     progressWatch_ =
-        host_.after(progressEverySeconds, [this, duration] { lookForProgress(duration); });
+        host_.after(progressEverySeconds, [this, duration] { checkProgress(duration); });
 }
 
 Task<void> RecogniserDelay::caughtUp(std::function<bool()> isCancelled) {
@@ -83,7 +84,7 @@ Task<void> RecogniserDelay::caughtUp(std::function<bool()> isCancelled) {
     double movedAt = host_.now();
     while (!isCancelled() && secondsBehind() > 0 &&
            host_.now() - movedAt < longestStandstillSeconds) {
-        Task<bool> waiting = sleep(Executor::main(host_), lookForProgressSeconds);
+        Task<bool> waiting = sleep(Executor::main(host_), checkProgressSeconds);
         co_await waiting;
         if (secondsBehind() < least) {
             least = secondsBehind();

@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// The delay of a session's recogniser behind its sound. Main queue, except for `heardSeconds`; the
-/// references outlive it.
+/// The delay of a session's recogniser behind its sound. Main queue, except for `processedSeconds`;
+/// the references must outlive it.
 class RecogniserDelay {
   public:
     RecogniserDelay(Host& host, const LiveSystemAudioTranscriber& transcriber)
@@ -21,26 +21,26 @@ class RecogniserDelay {
     }
     RecogniserDelay(const RecogniserDelay&) = delete;
 
-    /// Seconds of sound that it has processed. Any thread.
-    double heardSeconds() const;
+    /// The seconds of sound that the recogniser has processed. Any thread.
+    double processedSeconds() const;
     double secondsBehind() const;
 
-    /// From now on reports a delay of some seconds, and again each time it has doubled. Time in
-    /// which the program or the computer was suspended does not count.
+    /// Begins to report a delay of some seconds, and to report it again each time it has doubled.
+    /// Time in which the program or the computer was suspended does not count.
     void watch(std::function<void(const std::string&)> say);
     void endWatch() { watch_.cancel(); }
 
-    /// Reports how much of `duration` seconds it has processed, at each new per cent.
+    /// Begins to report each new per cent of `duration` seconds that the recogniser has processed.
     void watchProgress(double duration, std::function<void(int percent)> say);
     void endProgress() { progressWatch_.cancel(); }
 
-    /// Resumes when it has caught up, when `isCancelled` returns true, or when it makes no
-    /// progress.
+    /// Resumes when the recogniser has caught up or makes no progress, or when `isCancelled`
+    /// returns true.
     Task<void> caughtUp(std::function<bool()> isCancelled);
 
   private:
-    void look();
-    void lookForProgress(double duration);
+    void checkDelay();
+    void checkProgress(double duration);
 
     Host& host_;
     const LiveSystemAudioTranscriber& transcriber_;
@@ -49,10 +49,10 @@ class RecogniserDelay {
     std::function<void(int percent)> sayProgress_;
     DelayedCall progressWatch_;
     int percent_ = 0;
-    double nextLookAt_ = 0;
+    double nextCheckAt_ = 0;
     double excusedUntil_ = 0;
     double lastBehind_ = 0;
-    double worthTelling_ = 5;
+    double nextReportedDelay_ = 5;
 };
 
 } // namespace tessarune

@@ -14,10 +14,11 @@ class RewrittenLines {
 
     explicit RewrittenLines(std::FILE* terminal) : terminal_(terminal) {}
 
-    /// Prints `settled`, which scrolls up from now on, and replaces the lower part by `below`.
+    /// Prints `settled`, which will scroll up, and replaces the lower part by `below`.
     void rewrite(const Lines& settled, const Lines& below);
-    /// After another program used the terminal: keeps the screen's content and writes below it.
-    void beginAnew() { linesBelow_ = 0; }
+    /// Call after another program used the terminal: the next `rewrite` keeps the screen's content
+    /// and writes below it.
+    void beginBelow() { linesBelow_ = 0; }
     void showCursor();
 
   private:

@@ -10,7 +10,8 @@ namespace tessarune {
 
 /// Why a run ends early, with the exit status.
 struct RunFailure : std::runtime_error {
-    RunFailure(ExitStatus how, const std::string& text) : std::runtime_error(text), status(how) {}
+    RunFailure(ExitStatus exitStatus, const std::string& text)
+        : std::runtime_error(text), status(exitStatus) {}
     ExitStatus status;
 
     /// Maps each failure of a session's start to an exit status that scripts can distinguish.

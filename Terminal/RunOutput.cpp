@@ -16,7 +16,7 @@ namespace tessarune {
 
 namespace {
 
-constexpr double lookForReaderSeconds = 0.01;
+constexpr double checkReaderSeconds = 0.01;
 
 } // namespace
 
@@ -37,7 +37,7 @@ CaptionOutput RunOutput::make(const TerminalOptions& options) {
     if (options.json)
         return makeJSONOutput(
             out_.stream(), [this] { return host_.now(); }, options.quiet);
-    showsProgressBeside_ = !isatty(STDOUT_FILENO) && isScreen(STDERR_FILENO) && !options.quiet;
+    showsProgressOnErrors_ = !isatty(STDOUT_FILENO) && isScreen(STDERR_FILENO) && !options.quiet;
     if (!isScreen(STDOUT_FILENO))
         return makePlainOutput(out_.stream(), errors_.stream(), host_, options.quiet);
     TerminalCursor::guard(STDOUT_FILENO);
@@ -49,10 +49,10 @@ void RunOutput::update(const CaptionPicture& picture) {
         captions_.update(picture);
 }
 
-/// Plain captions go elsewhere; a user may watch the errors.
+/// If plain captions go to a file or a pipe, the user may watch standard error.
 void RunOutput::progress(const std::string& text) {
     captions_.progress(text);
-    if (!showsProgressBeside_)
+    if (!showsProgressOnErrors_)
         return;
     std::fprintf(errors_.stream(), "\033[K%s\r", Text::printableLine(text).c_str());
     std::fflush(errors_.stream());
@@ -71,10 +71,10 @@ void RunOutput::handleChange() {
         handlers_.onRoom();
 }
 
-/// Resumes when everything is written, or never will be.
+/// Resumes when everything is written, when writing has failed, or after `giveUp`.
 Task<void> RunOutput::written(const OutputQueue& queue) {
     while (!queue.isWritten() && !givesUp_) {
-        Task<bool> waiting = sleep(Executor::main(host_), lookForReaderSeconds);
+        Task<bool> waiting = sleep(Executor::main(host_), checkReaderSeconds);
         co_await waiting;
     }
 }
@@ -96,7 +96,7 @@ Task<ExitStatus> RunOutput::finish(std::optional<CaptionPicture> last, ExitStatu
     }
     if (!problem.empty())
         warn(problem);
-    givesUp_ = false; // that was about the captions
+    givesUp_ = false; // so far it was about the captions
     Task<void> writingErrors = written(errors_);
     co_await writingErrors;
     co_return status;

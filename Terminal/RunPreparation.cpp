@@ -29,7 +29,8 @@ void RunPreparation::overrideSettings(Application& application, const CaptionsCo
     AppSettings& settings = application.settings;
     if (!command.records)
         application.recording.recordNothing();
-    // A terminal session runs until the user stops it, unless the setting is stored; a file ends.
+    // A terminal session runs until the user stops it, unless the user has changed the setting. A
+    // file ends by itself.
     if (std::holds_alternative<FileSource>(command.source) ||
         !settings.audioInactivityAutoStopMinutes.isStored())
         application.override(settings.audioInactivityAutoStopMinutes, std::int64_t{0});

@@ -7,18 +7,18 @@
 #include <string>
 #include <vector>
 
-/// What a run settles before anybody is heard. Main queue; each throws RunFailure where there can
-/// be no run.
+/// The preparations of a run before it listens. Main queue. Each throws RunFailure if the run is
+/// impossible.
 namespace tessarune::RunPreparation {
 
-/// The settings of this run as the command line has them.
+/// Overrides settings for this run by the options of the command line.
 void overrideSettings(Application& application, const CaptionsCommand& command);
 
-/// A session downloads nothing: reports a missing or damaged model before it begins.
+/// Throws if the speech model is missing or damaged; a session downloads nothing.
 void checkModel(const Application& application);
 
-/// Two programs must never write one catalog; the remains of a crash are repaired first. Reports
-/// the result; returns false if the disk allows no recording.
+/// Locks the data folder, because two programs must never write one catalog, and repairs what a
+/// crash left behind. Reports the result. Returns false if the disk allows no recording.
 bool prepareToRecord(Application& application, const CaptionsCommand& command,
                      const RunOutput& output);
 

@@ -10,8 +10,8 @@ namespace tessarune {
 
 namespace {
 
-/// The key under which a reported unavailable choice is stored.
-constexpr std::string_view toldKey = "toldMissingTranslation";
+/// The key of the last unavailable choice that was reported.
+constexpr std::string_view reportedKey = "toldMissingTranslation";
 
 } // namespace
 
@@ -70,10 +70,10 @@ void RunTranslation::sayMissing(const std::string& notice) {
     const AppSettings& settings = application_.settings;
     const SettingValue choice =
         *settings.translationBackend + " " + *settings.translationTargetLanguage;
-    if (application_.defaults.value(toldKey) == choice)
+    if (application_.defaults.value(reportedKey) == choice)
         return;
     say_(notice);
-    application_.defaults.set(toldKey, choice);
+    application_.defaults.set(reportedKey, choice);
 }
 
 } // namespace tessarune

@@ -19,11 +19,11 @@ namespace {
 
 constexpr std::string_view dim = "\033[2m";
 constexpr std::string_view plain = "\033[0m";
-/// The maximum number of lines of live text; of a longer one the end is shown.
-constexpr std::size_t mostLiveLines = 6;
-constexpr std::size_t mostPreviewLines = 3;
-/// The maximum number of rows that wait for their translations in the rewritten part.
-constexpr std::size_t mostWaitingRows = 8;
+/// The maximum number of lines of live text; of a longer text only the end is shown.
+constexpr std::size_t maximumLiveLines = 6;
+constexpr std::size_t maximumPreviewLines = 3;
+/// The maximum number of rows in the rewritten part that wait for their translations.
+constexpr std::size_t maximumWaitingRows = 8;
 constexpr std::string_view indent = "  ";
 
 using Lines = std::vector<std::string>;
@@ -32,7 +32,7 @@ void append(Lines& to, Lines lines) {
     std::ranges::move(lines, std::back_inserter(to));
 }
 
-/// Lines for the terminal. No text can command the terminal.
+/// Wraps a text for the terminal, without control characters.
 Lines wrapped(std::string_view text, std::size_t width) {
     return Text::wrapped(Text::printableLine(text), width);
 }
@@ -50,15 +50,15 @@ Lines dimmed(Lines lines) {
     return lines;
 }
 
-/// The last of the lines.
+/// The last `count` lines.
 Lines tail(Lines lines, std::size_t count) {
     if (lines.size() > count)
         lines.erase(lines.begin(), lines.end() - static_cast<std::ptrdiff_t>(count));
     return lines;
 }
 
-/// Captions on a terminal: settled rows scroll up, and text that may still change stands below
-/// them.
+/// Captions on a terminal: settled rows scroll up, and text that may still change is rewritten
+/// below them.
 class Screen {
   public:
     Screen(std::FILE* terminal, ScreenSizeSource size, bool quiet)
@@ -73,7 +73,7 @@ class Screen {
         while (printed_.count() < rows.size() && isSettled(picture, rows[printed_.count()]))
             append(settled, rowLines(picture, printed_.next(rows), size.columns));
         Lines waiting = waitingLines(picture, size.columns);
-        while (rows.size() - printed_.count() > mostWaitingRows ||
+        while (rows.size() - printed_.count() > maximumWaitingRows ||
                (printed_.count() < rows.size() && waiting.size() + live.size() >= size.rows)) {
             append(settled, rowLines(picture, printed_.next(rows), size.columns));
             waiting = waitingLines(picture, size.columns);
@@ -91,7 +91,7 @@ class Screen {
         rewrite(dimmed(wrapped("· " + std::string(text), width)), shown_, width);
     }
 
-    /// Stays below the live text until the end.
+    /// Shows the progress below the live text until the end.
     void progress(std::string_view text) {
         if (quiet_)
             return;
@@ -99,8 +99,8 @@ class Screen {
         rewrite({}, shown_, size_().columns);
     }
 
-    void beginAnew() {
-        lower_.beginAnew();
+    void redraw() {
+        lower_.beginBelow();
         rewrite({}, shown_, size_().columns);
     }
 
@@ -117,7 +117,7 @@ class Screen {
         return !picture.awaitsTranslations || !TranslationSegmentMutator::isPending(row);
     }
 
-    /// A committed row and the state of its translation.
+    /// The lines of a committed row and of its translation, failure or preview.
     static Lines rowLines(const CaptionPicture& picture, const CaptionSegment& row,
                           std::size_t width) {
         Lines lines = wrapped(row.sourceText, width);
@@ -160,8 +160,8 @@ class Screen {
         Lines preview;
         if (std::any_of(frame.liveTailRows.begin(), frame.liveTailRows.end(),
                         [&](const auto& row) { return hasPreviewOf(frame, row.sourceText); }))
-            preview = tail(indented(frame.ghostTranslationText, size.columns), mostPreviewLines);
-        Lines lines = tail(wrapped(liveText(frame), size.columns), mostLiveLines);
+            preview = tail(indented(frame.ghostTranslationText, size.columns), maximumPreviewLines);
+        Lines lines = tail(wrapped(liveText(frame), size.columns), maximumLiveLines);
         append(lines, std::move(preview));
         return dimmed(tail(std::move(lines), size.rows - 1));
     }
@@ -209,7 +209,7 @@ CaptionOutput makeScreenOutput(std::FILE* terminal, ScreenSizeSource size, bool 
     return {[screen](const CaptionPicture& picture) { screen->update(picture); },
             [screen](std::string_view text) { screen->status(text); },
             [screen](std::string_view text) { screen->progress(text); },
-            [screen] { screen->beginAnew(); },
+            [screen] { screen->redraw(); },
             [screen](const CaptionPicture& picture) { screen->finish(picture); }};
 }
 

@@ -20,7 +20,7 @@ SessionNews::SessionNews(const SessionView& session, std::string target, bool is
     view_.isTranslationOver.onDidChange([this](bool) { handlers_.onChange(); });
     view_.sessionPhase.onDidChange(handlers_.onPhase);
     view_.translation.translationStatusMessage.onDidChange(
-        [this](const std::string& text) { tellTranslationStatus(text); });
+        [this](const std::string& text) { reportTranslationStatus(text); });
     observeStatus();
 }
 
@@ -31,14 +31,14 @@ CaptionPicture SessionNews::picture() const {
 
 void SessionNews::observeStatus() {
     view_.status.onDidChange([this](const SessionStatus& status) {
-        // Whether the WAV was kept is known once the session is saved.
+        // Reported later: only after saving is it known whether the WAV was kept.
         if (status.kind == SessionStatus::Kind::compressionFailed) {
             failedToCompress_ = true;
             return;
         }
         const std::string text = status.text();
         const bool isNews = std::exchange(lastStatus_, text) != text;
-        if (isNews && !text.empty() && isWorthTelling())
+        if (isNews && !text.empty() && isReported())
             handlers_.say(text);
     });
     view_.presentedError.onDidChange([this](const std::string& text) {
@@ -53,9 +53,9 @@ void SessionNews::observeStatus() {
     });
 }
 
-/// The run itself reports what it listens to at a start, and an unrecorded session has nothing to
-/// save at a stop.
-bool SessionNews::isWorthTelling() const {
+/// Whether status texts of the current phase are reported. At the start the run itself reports what
+/// it listens to; at the stop an unrecorded session has nothing to save.
+bool SessionNews::isReported() const {
     switch (*view_.sessionPhase) {
     case LiveSessionPhase::listening:
     case LiveSessionPhase::failed:
@@ -70,15 +70,15 @@ bool SessionNews::isWorthTelling() const {
     return false;
 }
 
-bool SessionNews::tellSaved(RecordingCatalog& catalog, FileSystem& files) const {
+bool SessionNews::reportSaved(RecordingCatalog& catalog, FileSystem& files) const {
     const auto& outcome = *view_.outcome;
     if (!outcome)
         return true;
-    const bool isWhole = outcome->transcriptPersisted;
+    const bool isTranscriptSaved = outcome->transcriptPersisted;
     const auto& saved = outcome->recording;
     const auto readOnly = saved ? DiskFailure::readOnlyFolderOf(catalog.transcriptURL(*saved))
                                 : std::filesystem::path();
-    if (!isWhole)
+    if (!isTranscriptSaved)
         handlers_.say(readOnly.empty() ? view_.status->text()
                                        : localized("The transcript could not be saved: the folder "
                                                    "%@ is read-only.",
@@ -92,8 +92,8 @@ bool SessionNews::tellSaved(RecordingCatalog& catalog, FileSystem& files) const 
     if (item != listed.end() && failedToCompress_)
         handlers_.say(SessionStatus{SessionStatus::Kind::compressionFailed}.text());
     if (item != listed.end())
-        handlers_.say(localized(isWhole ? "Saved: --show %@  (%@)"
-                                        : "Only the sound is kept: --show %@  (%@)",
+        handlers_.say(localized(isTranscriptSaved ? "Saved: --show %@  (%@)"
+                                                  : "Only the sound is kept: --show %@  (%@)",
                                 {saved->text().substr(0, 8), item->filePath.value_or("")}));
     else if (const auto unlisted = catalog.recording(*saved);
              unlisted && !files.exists(unlisted->filePath))
@@ -102,12 +102,12 @@ bool SessionNews::tellSaved(RecordingCatalog& catalog, FileSystem& files) const 
                                 {saved->text().substr(0, 8)}));
     else if (unlisted)
         handlers_.say(localized("The session was too short to be kept."));
-    return isWhole;
+    return isTranscriptSaved;
 }
 
-void SessionNews::tellTranslationStatus(const std::string& text) {
-    // The loading of a model is not reported. Of texts that differ only in a number, only the first
-    // one is.
+void SessionNews::reportTranslationStatus(const std::string& text) {
+    // The loading of a model is not reported. Of several texts that differ only in a number, only
+    // the first one is.
     if (text.empty() || view_.translation.translationPreparationDisplayState->preparing)
         return;
     std::string kind;
@@ -115,7 +115,7 @@ void SessionNews::tellTranslationStatus(const std::string& text) {
         if (!Text::isLetterOrNumber(codePoint) || Text::isLetter(codePoint))
             Text::append(kind, codePoint);
     }
-    if (toldTranslationStatus_.insert(kind).second)
+    if (reportedTranslationStatus_.insert(kind).second)
         handlers_.say(translationFailureText(text, target_));
 }
 

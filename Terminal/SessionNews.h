@@ -12,7 +12,7 @@
 namespace tessarune {
 
 /// Reports the events of a session to a terminal's output: captions, translations, status texts and
-/// progress. Main queue; the references outlive it, and the session ends first.
+/// progress. Main queue; the references must outlive it, and the session must end before it.
 class SessionNews {
   public:
     struct Handlers {
@@ -30,14 +30,14 @@ class SessionNews {
     void setTarget(std::string target) { target_ = std::move(target); }
 
     CaptionPicture picture() const;
-    /// After the session: says where to find the recording. False if words of a session that was to
-    /// be recorded are not saved.
-    bool tellSaved(RecordingCatalog& catalog, FileSystem& files) const;
+    /// Call after the session: reports where to find the recording. Returns false if words of a
+    /// session that should be recorded are not saved.
+    bool reportSaved(RecordingCatalog& catalog, FileSystem& files) const;
 
   private:
     void observeStatus();
-    bool isWorthTelling() const;
-    void tellTranslationStatus(const std::string& text);
+    bool isReported() const;
+    void reportTranslationStatus(const std::string& text);
 
     const SessionView& view_;
     std::string target_;
@@ -46,7 +46,7 @@ class SessionNews {
     std::string lastStatus_;
     bool failedToCompress_ = false;
     std::optional<int> lastProgress_;
-    std::set<std::string> toldTranslationStatus_;
+    std::set<std::string> reportedTranslationStatus_;
 };
 
 } // namespace tessarune

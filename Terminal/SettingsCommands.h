@@ -5,10 +5,11 @@
 
 namespace tessarune {
 
-// The settings, which both front ends share. Each returns the exit status. Main queue.
+// The commands for the settings, which both front ends share. Each returns the exit status. Main
+// queue.
 
 Task<int> showSettings(Program& program, const TerminalOptions& options);
-/// Assigns all of them or, if one is invalid, none.
+/// Assigns all values or, if one is invalid, none.
 Task<int> changeSettings(Program& program, SetCommand command);
 
 } // namespace tessarune

@@ -20,8 +20,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds samePress{300};
 
-/// The handlers for signals, if there are any.
-struct Interest {
+/// The handlers of the current SignalWatch, if there is one.
+struct SignalHandlers {
     Mutex mutex;
     Host* host GUARDED_BY(mutex) = nullptr;
     std::function<void()> onSignal GUARDED_BY(mutex);
@@ -30,8 +30,8 @@ struct Interest {
     Clock::time_point endingSince GUARDED_BY(mutex);
 };
 
-Interest& interest() {
-    static Interest only;
+SignalHandlers& signalHandlers() {
+    static SignalHandlers only;
     return only;
 }
 
@@ -41,7 +41,7 @@ bool isIgnored(int signal) {
 }
 
 /// Ends the process as if the signal had not been caught.
-[[noreturn]] void dieOf(int signal) {
+[[noreturn]] void dieFrom(int signal) {
     TerminalCursor::setPaused(true);
     TerminalCursor::restore();
     std::signal(signal, SIG_DFL);
@@ -59,25 +59,25 @@ void stop() {
     ::kill(::getpid(), SIGSTOP);
 }
 
-void goOn() {
+void resume() {
     TerminalCursor::setPaused(false);
-    Interest& now = interest();
-    const MutexLock lock(now.mutex);
-    if (now.host && now.onContinue)
-        now.host->post(now.onContinue);
+    SignalHandlers& handlers = signalHandlers();
+    const MutexLock lock(handlers.mutex);
+    if (handlers.host && handlers.onContinue)
+        handlers.host->post(handlers.onContinue);
 }
 
 void end(int signal) {
-    Interest& now = interest();
-    const MutexLock lock(now.mutex);
-    const bool isSamePress = now.isEnding && Clock::now() - now.endingSince <= samePress;
-    if (!now.host && !isSamePress)
-        dieOf(signal);
-    if (!now.host)
-        return; // the requested end has come already
-    if (!std::exchange(now.isEnding, true)) {
-        now.endingSince = Clock::now();
-        now.host->post(now.onSignal);
+    SignalHandlers& handlers = signalHandlers();
+    const MutexLock lock(handlers.mutex);
+    const bool isSamePress = handlers.isEnding && Clock::now() - handlers.endingSince <= samePress;
+    if (!handlers.host && !isSamePress)
+        dieFrom(signal);
+    if (!handlers.host)
+        return; // a signal of the same key press has already ended the work
+    if (!std::exchange(handlers.isEnding, true)) {
+        handlers.endingSince = Clock::now();
+        handlers.host->post(handlers.onSignal);
     } else if (!isSamePress) {
         TerminalCursor::setPaused(true);
         TerminalCursor::restore();
@@ -91,15 +91,15 @@ void watch(const sigset_t& set) {
         if (signal == SIGTSTP)
             stop();
         else if (signal == SIGCONT)
-            goOn();
+            resume();
         else if (signal == SIGQUIT)
-            dieOf(signal);
+            dieFrom(signal);
         else
             end(signal);
     }
 }
 
-/// The system's default action follows.
+/// Restores the terminal; the raised signal then has its default action.
 void handleCrash(int signal) {
     TerminalCursor::restore();
     ::raise(signal);
@@ -112,7 +112,7 @@ void SignalWatch::begin() {
     sigemptyset(&set);
     for (int signal : {SIGINT, SIGTERM, SIGQUIT, SIGCONT})
         sigaddset(&set, signal);
-    // Under nohup, or without job control, the program leaves these signals alone.
+    // Under nohup, or without job control, these signals stay ignored.
     for (int signal : {SIGHUP, SIGTSTP})
         if (!isIgnored(signal))
             sigaddset(&set, signal);
@@ -126,26 +126,26 @@ void SignalWatch::begin() {
         action.sa_flags = static_cast<int>(SA_RESETHAND);
         sigaction(signal, &action, nullptr);
     }
-    interest(); // made before the thread, so that it outlives it
+    signalHandlers(); // created before the thread, so that it outlives the thread
     std::thread([set] { watch(set); }).detach();
 }
 
 SignalWatch::SignalWatch(Host& host, std::function<void()> onSignal,
                          std::function<void()> onContinue) {
-    Interest& now = interest();
-    const MutexLock lock(now.mutex);
-    now.host = &host;
-    now.onSignal = std::move(onSignal);
-    now.onContinue = std::move(onContinue);
-    now.isEnding = false;
+    SignalHandlers& handlers = signalHandlers();
+    const MutexLock lock(handlers.mutex);
+    handlers.host = &host;
+    handlers.onSignal = std::move(onSignal);
+    handlers.onContinue = std::move(onContinue);
+    handlers.isEnding = false;
 }
 
 SignalWatch::~SignalWatch() {
-    Interest& now = interest();
-    const MutexLock lock(now.mutex);
-    now.host = nullptr;
-    now.onSignal = {};
-    now.onContinue = {};
+    SignalHandlers& handlers = signalHandlers();
+    const MutexLock lock(handlers.mutex);
+    handlers.host = nullptr;
+    handlers.onSignal = {};
+    handlers.onContinue = {};
 }
 
 } // namespace tessarune

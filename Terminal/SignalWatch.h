@@ -6,21 +6,22 @@
 
 namespace tessarune {
 
-/// Handles SIGINT, SIGTERM and SIGHUP while it exists: the first one ends the current work in
-/// order, the second one ends the program at once with ExitStatus::stoppedTwice, even if the main
-/// queue is stuck in a call. Two signals within a third of a second count as one: a program and its
-/// group may each get one for the same key. Without a handler, the first one ends the program.
+/// Handles SIGINT, SIGTERM and SIGHUP while it exists. The first signal asks the current work to
+/// end; the second one ends the program at once with ExitStatus::stoppedTwice, even if the main
+/// queue is stuck in a call. Two signals within 0.3 s count as one, because one key press may reach
+/// the program both directly and through its process group. Without a SignalWatch, the first signal
+/// ends the program.
 ///
-/// One at a time. A thread of the process waits for the signals, so that they interrupt no call of
-/// the program; it shows the terminal's cursor again before anything stops or ends.
+/// Only one may exist at a time. A thread of the process waits for the signals, so they interrupt
+/// no call of the program. It shows the terminal's cursor again before the program stops or ends.
 class SignalWatch {
   public:
     /// Takes over the signals of the process, including crashes and Ctrl-Z. Call once, before any
     /// other thread is started.
     static void begin();
 
-    /// Both are called on the main queue: `onSignal` once, `onContinue` whenever the program
-    /// continues after a stop.
+    /// Both functions are called on the main queue: `onSignal` once, `onContinue` whenever the
+    /// program continues after a stop.
     SignalWatch(Host& host, std::function<void()> onSignal, std::function<void()> onContinue = {});
     ~SignalWatch();
     SignalWatch(const SignalWatch&) = delete;

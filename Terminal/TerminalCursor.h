@@ -1,28 +1,28 @@
 #pragma once
 
-/// Hides the cursor of a terminal that is drawn on, and takes single keys from its keyboard.
-/// However the program ends or stops, the terminal gets both back.
+/// Takes single keys from the terminal's keyboard, and guards a terminal whose cursor the program
+/// hides: however the program ends or stops, the cursor and the keyboard are restored.
 namespace tessarune::TerminalCursor {
 
-/// From now on the cursor of this terminal may be hidden. Main queue.
+/// Makes `restore` show the cursor of this terminal. Call before hiding it. Main queue.
 void guard(int descriptor);
-/// Shows the cursor for good. Main queue.
+/// Ends `guard`. Call after showing the cursor. Main queue.
 void release();
 
-/// From now on each key of this terminal can be read as it is pressed, and is not echoed. Does
-/// nothing if another program has the terminal, or if the keys are taken already; call it again
-/// when the program continues after a stop. Main queue.
+/// Makes each key of this terminal readable when it is pressed, without echo. Does nothing if
+/// another program has the terminal or if the keys are already taken. Call it again when the
+/// program continues after a stop. Main queue.
 void takeKeys(int descriptor);
 /// Restores the keyboard. Main queue.
 void releaseKeys() noexcept;
-/// Whether the program has the terminal's keyboard. Any thread.
+/// Whether the program has the terminal: it is in the foreground. Any thread.
 bool isInForeground(int descriptor) noexcept;
 
-/// Shows the cursor at once and ends colours, on a new line, if there is a guarded terminal;
-/// restores the keyboard. Any thread, and signal handlers.
+/// Restores the keyboard; on a guarded terminal, also resets the colours, shows the cursor and
+/// begins a new line. Any thread, and signal handlers.
 void restore() noexcept;
 
-/// While it is set, nothing is drawn: the program is about to stop or end. Any thread.
+/// While it is paused, nothing is drawn: the program is about to stop or end. Any thread.
 void setPaused(bool paused) noexcept;
 bool isPaused() noexcept;
 

@@ -31,7 +31,7 @@ SourceChoice parseSource(const std::string& text) {
         localized("--source takes system, mic, mic:NAME, file:PATH or -, not '%@'.", {text}));
 }
 
-/// The recogniser's identifier for English in any spelling.
+/// The recogniser's identifier of a locale, whatever its spelling.
 std::string checkedLocale(const std::string& text) {
     std::string wanted = Text::lowercased(text);
     std::ranges::replace(wanted, '_', '-');
@@ -55,7 +55,7 @@ std::string checkedTarget(const std::string& option, const std::string& text) {
                                  {option, text, Text::joined(known, ", ")}));
 }
 
-/// Empty where nothing is to be translated.
+/// Empty if nothing should be translated.
 std::string checkedTargetOrNone(const std::string& text) {
     const std::string word = Text::lowercased(text);
     return word == "off" || word == "none" ? std::string() : checkedTarget("--target", text);
@@ -95,7 +95,7 @@ SetCommand parseSet(const std::vector<std::string>& assignments) {
     return command;
 }
 
-/// The command line's values before their interpretation.
+/// The values of the command line before they are interpreted.
 struct Words {
     std::string source = "system";
     std::string locale;
@@ -192,7 +192,7 @@ void refuseEmptyWords(int argc, const char* const* argv) {
     }
 }
 
-/// Marks a word as a value. No shell gives it to a program by itself.
+/// Marks a word as a value. No user types it.
 constexpr char valueMark = '\1';
 
 std::string withoutMark(std::string word) {
@@ -201,8 +201,8 @@ std::string withoutMark(std::string word) {
     return word;
 }
 
-/// The command line, in which "--" ends the options: for the parser it would also end the values of
-/// the last one. What follows it is marked instead.
+/// The command line, in which "--" ends the options. The parser would also end the values of the
+/// last option there, so "--" is left out and the words after it are marked as values.
 std::vector<std::string> withMarkedValues(int argc, const char* const* argv) {
     std::vector<std::string> words;
     bool areValues = false;
@@ -271,7 +271,8 @@ TerminalOptions::Command commandOf(const CLI::App& app, const Words& words,
     return captionsCommand(words, isGiven(app.get_option("--source")));
 }
 
-/// The parser's problem in the program's own words: of its texts only the option's name is useful.
+/// Describes the parser's problem in the program's own words. Of the parser's text only the
+/// option's name is used.
 std::string problemOf(const CLI::App& app, const CLI::ParseError& error) {
     std::string_view text = error.what();
     text.remove_prefix(std::min(text.find("--"), text.size()));
@@ -281,12 +282,12 @@ std::string problemOf(const CLI::App& app, const CLI::ParseError& error) {
         return localized("'%@' is not understood.", {name});
     if (option->get_items_expected_max() == 0)
         return localized("%@ takes no value.", {name});
-    const auto most = static_cast<std::size_t>(option->get_items_expected_max());
-    return option->count() > most ? localized("%@ is given more than once.", {name})
-                                  : localized("%@ needs a value.", {name});
+    const auto maximum = static_cast<std::size_t>(option->get_items_expected_max());
+    return option->count() > maximum ? localized("%@ is given more than once.", {name})
+                                     : localized("%@ needs a value.", {name});
 }
 
-int tellUsageProblem(const std::string& problem, std::ostream& err) {
+int printUsageProblem(const std::string& problem, std::ostream& err) {
     err << "tessarune-terminal: " << Text::printable(problem) << "\n"
         << localized("--help lists the options.") << "\n";
     return static_cast<int>(ExitStatus::usage);
@@ -312,7 +313,7 @@ std::variant<TerminalOptions, int> TerminalOptions::parse(int argc, const char* 
         commands.refuseClashes(words.captions);
         options.command = commandOf(app, words, history);
     } catch (const UsageProblem& problem) {
-        return tellUsageProblem(problem.what(), err);
+        return printUsageProblem(problem.what(), err);
     } catch (const CLI::CallForHelp&) {
         out << helpText(app);
         return static_cast<int>(ExitStatus::ok);
@@ -320,7 +321,7 @@ std::variant<TerminalOptions, int> TerminalOptions::parse(int argc, const char* 
         out << version.what() << "\n";
         return static_cast<int>(ExitStatus::ok);
     } catch (const CLI::ParseError& error) {
-        return tellUsageProblem(problemOf(app, error), err);
+        return printUsageProblem(problemOf(app, error), err);
     }
     return options;
 }

@@ -19,7 +19,7 @@ struct FileSource {
     static constexpr const char* standardInput = "/dev/stdin";
 
     std::filesystem::path path;
-    bool fast = false; ///< as fast as the recogniser, instead of at real speed
+    bool fast = false; ///< plays as fast as the recogniser, not in real time
 };
 
 // The commands of `tessarune-terminal`.
@@ -28,11 +28,11 @@ struct CaptionsCommand {
     std::variant<AudioSource, FileSource> source = AudioSource::systemAudio();
     bool sourceWasChosen = false;
     std::optional<std::filesystem::path> eventLog;
-    bool overwrites = false;           ///< an event log that is there already
-    std::optional<std::string> locale; ///< absent: the one in the settings
+    bool overwrites = false;           ///< replaces an existing event log
+    std::optional<std::string> locale; ///< absent: as in the settings
     /// The target language; empty: no translation; absent: as in the settings.
     std::optional<std::string> target;
-    bool records = true; ///< unless this run must leave nothing behind
+    bool records = true; ///< false: this run leaves nothing behind
 };
 struct ListSourcesCommand {};
 struct ListModelsCommand {};

@@ -21,7 +21,7 @@ TerminalSession::TerminalSession(Program& program, const TerminalOptions& option
                         : [this](const std::string& text) { say(text); }),
       sound_(program.host, {[this](const std::string& text) { say(text); },
                             [this](std::exception_ptr failure) { endWith(std::move(failure)); },
-                            [this] { return delay_->heardSeconds(); }}),
+                            [this] { return delay_->processedSeconds(); }}),
       ended_(Executor::main(program.host)) {}
 
 Task<bool> TerminalSession::open() {
@@ -30,7 +30,7 @@ Task<bool> TerminalSession::open() {
         co_await sound_.open(command_);
     } catch (const RunFailure&) {
         if (interrupted_)
-            co_return false; // it was given up and did not fail
+            co_return false; // cancelled, which is not a failure
         throw;
     }
     checkEventLog();
@@ -53,23 +53,23 @@ Task<void> TerminalSession::run() {
     }
     const std::exception_ptr failure = co_await ended_;
     delay_->endWatch();
-    // A file ends before a slow computer has heard it; live sound that was stopped by hand is
-    // waited for only as long as the session's own drain.
+    // A file may end before a slow computer has processed it, so the session waits. After a stop by
+    // the user it does not: only its own drain waits.
     Task<void> catchingUp = delay_->caughtUp([this] { return interrupted_; });
     co_await catchingUp;
     delay_->endProgress();
     co_await session_->stop();
-    const bool isSaved = news_->tellSaved(program_.catalog, program_.files);
+    const bool isSaved = news_->reportSaved(program_.catalog, program_.files);
     if (eventLog_)
         eventLog_->close();
     if (failure)
         std::rethrow_exception(failure);
     if (!isSaved || (!mayRecord && command_.records))
-        throw RunFailure(ExitStatus::cannotWrite, ""); // which has been said
+        throw RunFailure(ExitStatus::cannotWrite, ""); // already reported
 }
 
-/// A file that waits for the recogniser is always some seconds ahead of it: progress is reported
-/// instead.
+/// Reports the delay or, for a fast file, the progress: such a file is always some seconds ahead of
+/// the recogniser.
 void TerminalSession::watchDelay() {
     const auto* file = std::get_if<FileSource>(&command_.source);
     if (!file || !file->fast)
@@ -118,7 +118,7 @@ void TerminalSession::handlePhase(LiveSessionPhase phase) {
             ended_.resume(std::current_exception());
         }
     }
-    // It may end by itself after a long silence.
+    // A session may also end by itself, after a long silence.
     if (phase == LiveSessionPhase::stopping || phase == LiveSessionPhase::failed)
         ended_.resume(nullptr);
 }

@@ -18,7 +18,7 @@
 namespace tessarune {
 
 /// One listening session in the terminal: its sound, its captions, its event log and its messages
-/// to the user. Main queue; the program outlives it.
+/// to the user. Main queue; the program must outlive it.
 class TerminalSession {
   public:
     TerminalSession(Program& program, const TerminalOptions& options, CaptionsCommand command);
@@ -27,15 +27,15 @@ class TerminalSession {
     /// Opens the source and checks the session's requirements; false if it was interrupted. Throws
     /// RunFailure.
     Task<bool> open();
-    /// The program's own sample speech is heard, and nothing of the user's.
+    /// Whether the sample speech is captioned instead of the user's sound.
     bool isDemo() const { return sound_.isDemo(); }
-    /// From the first sound to the saved session. Throws RunFailure.
+    /// Runs the session from the first sound until it is saved. Throws RunFailure.
     Task<void> run();
-    /// Ends the session in order.
+    /// Makes the session end and be saved, or cancels `open`.
     void interrupt();
     /// Redraws after another program used the terminal.
-    void redraw() { output_.beginAnew(); }
-    /// Suggests what would improve the saved transcript, if anything.
+    void redraw() { output_.redraw(); }
+    /// The refinement that would improve the saved transcript, if any.
     const std::optional<HistoryRefinementRequest>& refinement() const { return refinement_; }
     /// Prints the last words and the run's failure, if any. Returns the exit status.
     Task<ExitStatus> finish(ExitStatus status, std::string problem);

@@ -65,7 +65,7 @@ TranslationChoice chooseTranslation(const LiveTranslationSettingsSnapshot& setti
     if (!wanted && !TranslationSupport::isAppleBackend(backend))
         return {"", TranslationSupport::backendNotConnectedSentence(backend), "", std::nullopt};
     const std::string target = wanted.value_or(settings.translationTargetLanguage);
-    // The source's own language would repeat everything.
+    // A translation into the language of the source would repeat everything.
     if (target.empty() || TranslationSupport::isSameLanguageTarget(target))
         return {};
     const auto state = stateOf(target, languages);

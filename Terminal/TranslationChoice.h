@@ -9,12 +9,12 @@
 
 namespace tessarune {
 
-/// Decides about translation in one run of the terminal. Captions never depend on it: an
-/// unavailable choice of the settings is reported once and skipped; one of the command line is a
-/// failure before the run begins.
+/// The decision about translation in one run of the terminal. Captions never depend on the
+/// settings' target: if it is unavailable, that is reported once and nothing is translated. If the
+/// target of the command line is unavailable, the run fails before it begins.
 struct TranslationChoice {
     std::string target;  ///< empty: nothing is translated
-    std::string notice;  ///< for the user, once; may be empty
+    std::string notice;  ///< to report to the user once; may be empty
     std::string failure; ///< why the run cannot begin; empty: it can
     /// The missing download, if that is the only obstacle.
     std::optional<TranslationLanguageState> missing;
@@ -22,12 +22,13 @@ struct TranslationChoice {
     bool operator==(const TranslationChoice&) const = default;
 };
 
-/// `wanted` comes from the command line: a language, empty for none, absent for the settings'.
+/// `wanted` comes from the command line: a language, empty for none, absent for that of the
+/// settings.
 TranslationChoice chooseTranslation(const LiveTranslationSettingsSnapshot& settings,
                                     const std::optional<std::string>& wanted,
                                     const std::vector<TranslationLanguageState>& languages);
 
-/// "zh-Hans (中文（中国大陆）)".
+/// The ID and the name for people: "zh-Hans (中文（中国大陆）)".
 std::string languageName(const std::string& id);
 
 /// Says that there is no model for the language, and what to do.

@@ -20,8 +20,8 @@ class TranslationNews {
     std::vector<std::size_t> take(const CaptionCore::Rows& rows, std::size_t count);
 
   private:
-    std::size_t finished_ = 0;                   // rows before it are translated, and were taken
-    std::deque<std::optional<UUID>> takenUnits_; // of the rows from there on
+    std::size_t finished_ = 0;                   // rows before this index are translated and taken
+    std::deque<std::optional<UUID>> takenUnits_; // for the rows from `finished_` on
 };
 
 /// The rows of the unit whose outcome the row at `index` shows.

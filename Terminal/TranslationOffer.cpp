@@ -12,7 +12,7 @@ namespace tessarune {
 
 namespace {
 
-/// The settings' target for which an offer was declined; beside the settings, and none of them.
+/// The key of the target whose offer was declined. It is stored with the settings, but is not one.
 constexpr const char* declinedKey = "translationOfferDeclined";
 bool wasDeclined(const Program& program, const std::string& id) {
     const auto declined = program.storedDefaults.value(declinedKey);
@@ -32,7 +32,7 @@ std::string question(const TranslationLanguageState& language) {
 
 Task<std::optional<int>> offerTranslation(Program& program, const TerminalOptions& options,
                                           CaptionsCommand command) {
-    if (options.json || options.quiet || !somebodyCanAnswer())
+    if (options.json || options.quiet || !userCanAnswer())
         co_return std::nullopt;
     const auto settings = LiveTranslationSettingsSnapshot::current(program.settings);
     const auto choice =
@@ -56,9 +56,9 @@ Task<std::optional<int>> offerTranslation(Program& program, const TerminalOption
     const bool wasStopped = status == static_cast<int>(ExitStatus::stoppedTwice);
     // Captions do not depend on a target of the settings; a target of the command line is a
     // requirement.
-    const bool goesOn =
+    const bool mayContinue =
         status == static_cast<int>(ExitStatus::ok) || (!command.target && !wasStopped);
-    co_return goesOn ? std::nullopt : std::optional(status);
+    co_return mayContinue ? std::nullopt : std::optional(status);
 }
 
 } // namespace tessarune

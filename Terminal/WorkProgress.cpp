@@ -20,17 +20,17 @@ constexpr std::uint64_t hundredPercent = 1000;
 WorkProgress::WorkProgress(const TerminalOptions& options, nlohmann::ordered_json json)
     : isJSON_(options.json),
       isQuiet_(options.quiet),
-      isSeen_(isScreen(STDERR_FILENO) && !options.quiet && !options.json),
+      isOnTerminal_(isScreen(STDERR_FILENO) && !options.quiet && !options.json),
       json_(std::move(json)),
       percent_(options.json ? 1 : 10) {}
 
-void WorkProgress::tell(const std::string& doing, const std::string& step, double fraction) {
+void WorkProgress::report(const std::string& doing, const std::string& step, double fraction) {
     const auto done = static_cast<std::uint64_t>(fraction * static_cast<double>(hundredPercent));
     const int percent = DownloadPercent::of(done, hundredPercent);
     const bool isNewStep = std::exchange(step_, step) != step;
     const bool isNews = percent_.isNews(done, hundredPercent) || isNewStep;
     const std::string text = doing + " " + std::to_string(percent) + " %";
-    if (isSeen_ && std::exchange(shown_, text) != text) {
+    if (isOnTerminal_ && std::exchange(shown_, text) != text) {
         std::fprintf(stderr, "\r\033[K%s", Text::printableLine(text).c_str());
     } else if (isJSON_ && isNews) {
         nlohmann::ordered_json line = json_;
@@ -38,7 +38,7 @@ void WorkProgress::tell(const std::string& doing, const std::string& step, doubl
         line["percent"] = percent;
         printJSON(line);
         std::fflush(stdout);
-    } else if (!isSeen_ && !isJSON_ && !isQuiet_ && isNews) {
+    } else if (!isOnTerminal_ && !isJSON_ && !isQuiet_ && isNews) {
         printNotice(text);
     }
 }

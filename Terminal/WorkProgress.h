@@ -10,24 +10,24 @@
 
 namespace tessarune {
 
-/// Reports the progress of work: on a terminal in one line that is rewritten, in a log a line for
-/// every ten per cent, or as JSON for each per cent. Main queue.
+/// Reports the progress of work: on a terminal, in one line that is rewritten; in a log, in a line
+/// for every ten per cent; or as JSON for each per cent. Main queue.
 class WorkProgress {
   public:
-    /// `json`: the fields of each line beside the per cent.
+    /// `json` has the fields that each JSON line contains besides the step and the per cent.
     WorkProgress(const TerminalOptions& options, nlohmann::ordered_json json);
     ~WorkProgress() { endLine(); }
     WorkProgress(const WorkProgress&) = delete;
 
-    /// `doing` begins the sentence: "Transcribing".
-    void tell(const std::string& doing, const std::string& step, double fraction);
+    /// `doing` begins the line, as in "Transcribing 20 %". `fraction` is from 0 to 1.
+    void report(const std::string& doing, const std::string& step, double fraction);
     /// Removes the line, if there is one.
     void endLine();
 
   private:
     const bool isJSON_;
     const bool isQuiet_;
-    const bool isSeen_; ///< by somebody at a terminal
+    const bool isOnTerminal_; ///< and not quiet
     const nlohmann::ordered_json json_;
     DownloadPercent percent_;
     std::string step_;

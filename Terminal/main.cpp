@@ -11,8 +11,9 @@
 
 namespace {
 
-/// A file opened later would get the number of a closed standard stream, and messages to the user
-/// would go into it. These placeholders keep the number taken, and reading and writing still fail.
+/// Opens placeholders for closed standard streams. Otherwise a file opened later would get the
+/// number of such a stream, and messages to the user would go into that file. Reading from or
+/// writing to a placeholder still fails.
 void holdClosedStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (::fcntl(stream, F_GETFD) < 0)

@@ -69,7 +69,7 @@ RunJSON fileObject(const DiagnosticsRunContents& run, const DiagnosticsRunConten
     return object;
 }
 
-/// The run of this name, or where it may be anywhere on the disk of this folder; otherwise prints
+/// The run with this name or, if it may be anywhere on the disk, in this folder. Otherwise prints
 /// the problem and returns the exit status.
 std::variant<DiagnosticsRun, int> chosenRun(Program& program, const std::string& name,
                                             bool mayBeAnywhere) {
@@ -160,7 +160,7 @@ Task<ExitStatus> remove(Program& program, const TerminalOptions& options,
     if (const auto problem = problemOfDataFolder(program))
         co_return *problem;
     if (!command.isCertain) {
-        if (options.json || !somebodyCanAnswer()) {
+        if (options.json || !userCanAnswer()) {
             printProblem(localized("Nothing was deleted; --yes deletes without asking."));
             co_return ExitStatus::usage;
         }
@@ -181,8 +181,8 @@ Task<ExitStatus> remove(Program& program, const TerminalOptions& options,
     co_return ExitStatus::ok;
 }
 
-void tellWhatWasPacked(const TerminalOptions& options, const DiagnosticsRunContents& run,
-                       const std::filesystem::path& to, bool withText) {
+void reportPacked(const TerminalOptions& options, const DiagnosticsRunContents& run,
+                  const std::filesystem::path& to, bool withText) {
     if (options.json) {
         RunJSON object{{"type", "packed"}, {"run", run.id}, {"file", to.string()}};
         object["files"] = object["leftOut"] = RunJSON::array();
@@ -224,7 +224,7 @@ Task<ExitStatus> pack(Program& program, const TerminalOptions& options, Diagnost
         printProblem(error.what());
         co_return ExitStatus::cannotWrite;
     }
-    tellWhatWasPacked(options, run, to, command.withText);
+    reportPacked(options, run, to, command.withText);
     co_return ExitStatus::ok;
 }
 

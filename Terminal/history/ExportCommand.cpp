@@ -48,16 +48,16 @@ ExitStatus statusOf(HistoryExportError::Kind kind) {
                                                     : ExitStatus::unreadableFile;
 }
 
-/// The unchanged document, unless it goes to a terminal, which would obey control characters: the
-/// name of an imported file is a note.
+/// Writes the document unchanged, but without control characters if it goes to a terminal. A note
+/// may contain them: it may be the name of an imported file.
 int writeToStandardOutput(const std::string& document) {
     const std::string& bytes = isatty(STDOUT_FILENO) ? Text::printable(document) : document;
     std::fwrite(bytes.data(), 1, bytes.size(), stdout);
     return status(ExitStatus::ok);
 }
 
-int tellWhatWasWritten(Program& program, const TerminalOptions& options,
-                       const HistoryExportRequest& request, const std::filesystem::path& to) {
+int reportWritten(Program& program, const TerminalOptions& options,
+                  const HistoryExportRequest& request, const std::filesystem::path& to) {
     const std::uint64_t size = program.files.size(to);
     if (options.json) {
         nlohmann::ordered_json object{
@@ -84,7 +84,7 @@ Task<int> write(Program& program, const TerminalOptions& options, HistoryExportR
     } catch (const CancellationError&) {
         co_return status(ExitStatus::stoppedTwice);
     }
-    co_return tellWhatWasWritten(program, options, request, to);
+    co_return reportWritten(program, options, request, to);
 }
 
 Task<int> print(Program& program, HistoryExportRequest request) {
@@ -97,7 +97,7 @@ Task<int> print(Program& program, HistoryExportRequest request) {
     co_return writeToStandardOutput(bytes);
 }
 
-/// What is exported must not replace what the program itself keeps.
+/// Whether `path` is below `folder`. An export must not replace the program's own files.
 bool isBelow(const std::filesystem::path& folder, const std::filesystem::path& path) {
     std::error_code ignored;
     const auto inner = std::filesystem::weakly_canonical(std::filesystem::absolute(path), ignored);

@@ -21,7 +21,7 @@ namespace {
 
 using ImportedStatus = HistoryRefinementOutcome::Status;
 
-/// The files of one command.
+/// One import command.
 class ImportRun {
   public:
     ImportRun(Program& program, const TerminalOptions& options)
@@ -31,7 +31,7 @@ class ImportRun {
 
     bool isStopped() const { return stop_.stop_requested(); }
 
-    /// One file from the copy to the translation.
+    /// Copies one file, transcribes it and translates it.
     Task<ExitStatus> import(std::filesystem::path file) {
         std::optional<RecordingMetadata> recording;
         ExitStatus status = ExitStatus::ok;
@@ -41,15 +41,15 @@ class ImportRun {
         } catch (const CancellationError&) {
             status = ExitStatus::stoppedTwice;
         } catch (const MediaFileError& error) {
-            status = tellProblem(file, error.what(), ExitStatus::unreadableFile);
+            status = reportProblem(file, error.what(), ExitStatus::unreadableFile);
         } catch (const std::system_error& error) {
-            status = tellProblem(file, error.what(), ExitStatus::cannotWrite);
+            status = reportProblem(file, error.what(), ExitStatus::cannotWrite);
         }
         if (!recording)
             co_return status;
         if (!program_.imports.enter(*recording))
-            co_return tellProblem(file, localized("the recordings cannot be written"),
-                                  ExitStatus::cannotWrite);
+            co_return reportProblem(file, localized("the recordings cannot be written"),
+                                    ExitStatus::cannotWrite);
         Task<HistoryRefinementOutcome> transcribing = refineWithProgress(
             program_, options_, refinementRequest(program_, recording->id, recording->filePath),
             HistoryRefinementService::bestModel, stop_.get_token());
@@ -60,7 +60,7 @@ class ImportRun {
             co_await erasing;
             co_return ExitStatus::stoppedTwice;
         }
-        tellImported(file, recording->id, outcome);
+        reportImported(file, recording->id, outcome);
         co_return statusOf(outcome);
     }
 
@@ -71,7 +71,7 @@ class ImportRun {
         WorkProgress progress(options_, {{"type", "import"}, {"file", file.string()}});
         const auto token = program_.imports.copied().onDidChange([&](const auto& copied) {
             if (copied)
-                progress.tell(localized("Importing %@", {name}), "copying", *copied);
+                progress.report(localized("Importing %@", {name}), "copying", *copied);
         });
         Task<RecordingMetadata> making = program_.imports.makeRecording(file, stop_.get_token());
         std::optional<RecordingMetadata> made;
@@ -87,8 +87,8 @@ class ImportRun {
         co_return *made;
     }
 
-    ExitStatus tellProblem(const std::filesystem::path& file, const std::string& problem,
-                           ExitStatus status) const {
+    ExitStatus reportProblem(const std::filesystem::path& file, const std::string& problem,
+                             ExitStatus status) const {
         printProblem(localized("%@ was not imported: %@",
                                {Text::printableLine(file.string()), Text::printableLine(problem)}));
         if (options_.json)
@@ -96,11 +96,11 @@ class ImportRun {
         return status;
     }
 
-    void tellImported(const std::filesystem::path& file, const UUID& id,
-                      const HistoryRefinementOutcome& outcome) const {
+    void reportImported(const std::filesystem::path& file, const UUID& id,
+                        const HistoryRefinementOutcome& outcome) const {
         if (options_.json)
             printJSON({{"type", "imported"}, {"file", file.string()}, {"id", id.text()}});
-        tellOutcomeOf(options_, id, outcome,
+        reportOutcome(options_, id, outcome,
                       localized("Imported: --show %@", {id.text().substr(0, 8)}),
                       localized("%@ is imported without a transcript: %@",
                                 {Text::printableLine(file.string()), outcome.problem}));

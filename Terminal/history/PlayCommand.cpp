@@ -31,7 +31,7 @@ TranscriptRows rowsOf(Program& program, const HistoryItem& item) {
     const auto read = [&](const std::filesystem::path& path) {
         try {
             return program.files.exists(path) ? program.files.read(path) : std::string();
-        } catch (const std::exception& error) { // it can still be heard
+        } catch (const std::exception& error) { // the sound can still be played
             printProblem(error.what());
             return std::string();
         }
@@ -51,7 +51,7 @@ class PlaybackRun {
           output_(makeOutput(program, options)),
           ended_(Executor::main(program.host)),
           signals_(
-              program.host, [this] { end(); }, [this] { beginAnew(); }) {
+              program.host, [this] { end(); }, [this] { redraw(); }) {
         playback_.show(rowsOf(program, item));
         const bool isScreenUsed = !options.json && isScreen(STDOUT_FILENO);
         if (isScreenUsed && isatty(STDIN_FILENO))
@@ -60,7 +60,7 @@ class PlaybackRun {
     }
     PlaybackRun(const PlaybackRun&) = delete;
 
-    /// Throws nothing; a failure is in the player.
+    /// Throws nothing; a failure is in `player().problem`.
     Task<void> play(std::filesystem::path path, double from) {
         const auto shows = [this](const auto&) { show(); };
         const auto timeToken = player_.currentTime.onDidChange(shows);
@@ -122,10 +122,10 @@ class PlaybackRun {
         ended_.resume(true);
     }
 
-    void beginAnew() {
+    void redraw() {
         if (keys_)
-            keys_->beginAnew();
-        output_.beginAnew();
+            keys_->resume();
+        output_.redraw();
         show();
     }
 

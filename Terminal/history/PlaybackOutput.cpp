@@ -28,22 +28,21 @@ std::string timedText(const Sentence& sentence) {
            Text::printableLine(sentence.text);
 }
 
-/// Highlights the bytes from `first` on, not counting blanks, in lines that were made from one
-/// text.
-void mark(std::vector<std::string>& lines, std::size_t first, std::size_t count) {
+/// Highlights `count` bytes from `first` on in the wrapped lines of a text. Blanks do not count.
+void highlight(std::vector<std::string>& lines, std::size_t first, std::size_t count) {
     std::size_t seen = 0;
     for (std::string& line : lines) {
-        std::string marked;
+        std::string highlighted;
         for (const char byte : line) {
             if (byte != ' ' && seen == first)
-                marked += "\033[1;4m";
-            marked += byte;
+                highlighted += "\033[1;4m";
+            highlighted += byte;
             if (byte != ' ' && ++seen == first + count)
-                marked += "\033[0m";
+                highlighted += "\033[0m";
         }
         if (seen > first && seen < first + count)
-            marked += "\033[0m"; // the word goes on in the next line, without a mark
-        line = marked;
+            highlighted += "\033[0m"; // the rest of the word is not highlighted
+        line = highlighted;
     }
 }
 
@@ -81,7 +80,7 @@ class PlaybackScreen {
         std::vector<std::string> below;
         if (sentence_) {
             below = Text::wrapped(timedText(*sentence_), width);
-            markWord(below);
+            highlightWord(below);
         }
         if (!quiet_)
             below.push_back("\033[2m" + Text::fitted(statusText(picture), width) + "\033[0m");
@@ -95,8 +94,8 @@ class PlaybackScreen {
         isNew_ = false;
     }
 
-    void beginAnew() {
-        lower_.beginAnew();
+    void redraw() {
+        lower_.beginBelow();
         isNew_ = true;
     }
 
@@ -109,15 +108,15 @@ class PlaybackScreen {
     }
 
   private:
-    void markWord(std::vector<std::string>& lines) const {
+    void highlightWord(std::vector<std::string>& lines) const {
         if (sentence_->wordLength == 0)
             return;
         const std::string time = "[" + DurationTextFormatter::compact(sentence_->start) + "]";
         const auto piece = [&](std::size_t from, std::size_t length) {
             return bytesWithoutBlanks(Text::printableLine(sentence_->text.substr(from, length)));
         };
-        mark(lines, time.size() + piece(0, sentence_->wordOffset),
-             piece(sentence_->wordOffset, sentence_->wordLength));
+        highlight(lines, time.size() + piece(0, sentence_->wordOffset),
+                  piece(sentence_->wordOffset, sentence_->wordLength));
     }
 
     const bool quiet_;
@@ -148,7 +147,7 @@ struct PlaybackNews {
 PlaybackOutput PlaybackOutput::screen(bool quiet) {
     auto screen = std::make_shared<PlaybackScreen>(quiet);
     return {[screen](const PlaybackPicture& picture) { screen->show(picture); },
-            [screen] { screen->beginAnew(); }, [screen] { screen->finish(); }};
+            [screen] { screen->redraw(); }, [screen] { screen->finish(); }};
 }
 
 PlaybackOutput PlaybackOutput::lines(bool quiet) {

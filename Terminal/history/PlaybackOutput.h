@@ -28,14 +28,14 @@ struct PlaybackPicture {
     std::optional<Sentence> sentence;
 };
 
-/// The form of a playback's output: on a terminal, as lines, or as JSON. Main queue.
+/// A form of playback output: a screen that is rewritten, lines, or JSON. Main queue.
 struct PlaybackOutput {
     std::function<void(const PlaybackPicture&)> show;
-    std::function<void()> beginAnew; ///< after another program used the terminal
+    std::function<void()> redraw; ///< call after another program used the terminal
     std::function<void()> finish;
 
-    /// The sentences scroll up; the current one stands below them with a line about the playback,
-    /// unless that is disabled.
+    /// Past sentences scroll up. The current one is shown below them, with a line about the
+    /// playback unless `quiet`.
     static PlaybackOutput screen(bool quiet);
     static PlaybackOutput lines(bool quiet);
     static PlaybackOutput json(std::function<double()> wallClock);

@@ -15,15 +15,15 @@ namespace tessarune {
 
 namespace {
 
-void tellChange(const TerminalOptions& options, const char* type, const HistoryItem& item,
-                const std::string& text) {
+void reportChange(const TerminalOptions& options, const char* type, const HistoryItem& item,
+                  const std::string& text) {
     if (options.json)
         printJSON({{"type", type}, {"id", item.id.text()}, {"note", item.note}});
     else if (!options.quiet)
         printText(text);
 }
 
-/// Each once, in the order in which they were named; or the status to end with.
+/// The recordings, each once and in the order of `ids`, or the exit status if one is not found.
 std::variant<std::vector<HistoryItem>, int> chosenRecordings(Program& program,
                                                              const std::vector<std::string>& ids) {
     std::vector<HistoryItem> items;
@@ -38,9 +38,10 @@ std::variant<std::vector<HistoryItem>, int> chosenRecordings(Program& program,
     return items;
 }
 
-Task<std::optional<int>> certainty(Program& program, const TerminalOptions& options,
-                                   const std::vector<HistoryItem>& items) {
-    if (options.json || !somebodyCanAnswer()) {
+/// Asks the user to confirm the deletion. Returns the exit status unless the user agrees.
+Task<std::optional<int>> confirmDeletion(Program& program, const TerminalOptions& options,
+                                         const std::vector<HistoryItem>& items) {
+    if (options.json || !userCanAnswer()) {
         printProblem(localized("Nothing was deleted; --yes deletes without asking."));
         co_return static_cast<int>(ExitStatus::usage);
     }
@@ -74,7 +75,7 @@ Task<int> setNote(Program& program, const TerminalOptions& options, SetNoteComma
         co_return static_cast<int>(ExitStatus::cannotWrite);
     }
     item.note = command.note;
-    tellChange(options, "note", item, recordingRow(item, {}));
+    reportChange(options, "note", item, recordingRow(item, {}));
     co_return static_cast<int>(ExitStatus::ok);
 }
 
@@ -87,7 +88,7 @@ Task<int> deleteRecordings(Program& program, const TerminalOptions& options,
     if (const auto problem = problemOfDataFolder(program))
         co_return static_cast<int>(*problem);
     if (!command.isCertain) {
-        Task<std::optional<int>> asking = certainty(program, options, items);
+        Task<std::optional<int>> asking = confirmDeletion(program, options, items);
         if (const auto answer = co_await asking)
             co_return *answer;
     }
@@ -98,7 +99,7 @@ Task<int> deleteRecordings(Program& program, const TerminalOptions& options,
             status = ExitStatus::cannotWrite;
             break;
         }
-        tellChange(options, "deleted", item, localized("Deleted: %@", {recordingRow(item, {})}));
+        reportChange(options, "deleted", item, localized("Deleted: %@", {recordingRow(item, {})}));
     }
     Task<void> erasing = program.search.eraseTraces();
     co_await erasing;

@@ -21,19 +21,19 @@ namespace {
 constexpr std::size_t shortIDLength = 8;
 constexpr std::size_t rowColumns = 80;
 /// The maximum number of ambiguous sessions that are listed.
-constexpr std::size_t mostNamed = 10;
+constexpr std::size_t maximumNamed = 10;
 
-/// None of them, or more than one.
-void tellWhichWereFound(const std::vector<HistoryItem>& found, const std::string& id) {
+/// Prints that no session, or more than one, has this ID.
+void reportNotOneFound(const std::vector<HistoryItem>& found, const std::string& id) {
     if (found.empty()) {
         printProblem(
             localized("There is no session '%@'; --list shows those that there are.", {id}));
         return;
     }
     printProblem(localized("The IDs of several sessions begin with '%@':", {id}));
-    for (std::size_t i = 0; i < std::min(found.size(), mostNamed); ++i)
+    for (std::size_t i = 0; i < std::min(found.size(), maximumNamed); ++i)
         printNotice(recordingRow(found[i], {}, true));
-    if (found.size() > mostNamed)
+    if (found.size() > maximumNamed)
         printNotice("…");
 }
 
@@ -53,7 +53,7 @@ std::variant<HistoryItem, int> chosenRecording(Program& program, const std::stri
         printProblem(problem);
         return static_cast<int>(ExitStatus::ioError);
     }
-    tellWhichWereFound(found, id);
+    reportNotOneFound(found, id);
     return static_cast<int>(ExitStatus::noSuchRecording);
 }
 
@@ -62,9 +62,9 @@ std::optional<int> recorderOf(const Program& program, const HistoryItem& item) {
     return holder ? std::optional(holder->processID) : std::nullopt;
 }
 
-std::string recordingRow(const HistoryItem& item, const std::string& text, bool wholeID) {
+std::string recordingRow(const HistoryItem& item, const std::string& text, bool fullID) {
     const std::string id = item.id.text();
-    const std::string row = (wholeID ? id : id.substr(0, shortIDLength)) + "  " + item.date + " " +
+    const std::string row = (fullID ? id : id.substr(0, shortIDLength)) + "  " + item.date + " " +
                             item.time + "  " + Text::padded(item.dur, shortIDLength) + "  ";
     const std::string_view content = Text::trimmed(item.note.empty() ? text : item.note);
     const std::size_t room = rowColumns - std::min(rowColumns, Text::columns(row));

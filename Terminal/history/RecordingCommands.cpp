@@ -21,7 +21,7 @@ std::string runningText(int recorder) {
     return localized("(running, process %lld)", {std::to_string(recorder)});
 }
 
-/// The sidecars of recordings, and whether one could not be read.
+/// Reads the sidecars of recordings and remembers whether one was unreadable.
 class Transcripts {
   public:
     explicit Transcripts(Program& program) : program_(program) {}
@@ -41,12 +41,12 @@ class Transcripts {
     std::string bilingual(const HistoryItem& item) {
         return read(program_.catalog.bilingualTranscriptURL(item.id));
     }
-    /// What a row tells of the session.
+    /// The text of a session's row in the list.
     std::string rowText(const HistoryItem& item) {
         const auto recorder = recorderOf(program_, item);
         return recorder ? runningText(*recorder) : source(item);
     }
-    /// What stands where there is no transcript.
+    /// The text that is printed instead of a missing transcript.
     std::string missingText(const HistoryItem& item) const {
         const auto recorder = recorderOf(program_, item);
         if (recorder)

@@ -73,9 +73,9 @@ void printOutcome(const UUID& id, const HistoryRefinementOutcome& outcome) {
     printJSON(object);
 }
 
-void tellOutcome(const TerminalOptions& options, const UUID& id,
-                 const HistoryRefinementOutcome& outcome) {
-    tellOutcomeOf(
+void reportRefinement(const TerminalOptions& options, const UUID& id,
+                      const HistoryRefinementOutcome& outcome) {
+    reportOutcome(
         options, id, outcome,
         localized("Transcribed again with %@: --show %@", {outcome.model, id.text().substr(0, 8)}),
         localized("The transcript stays as it was: %@", {outcome.problem}));
@@ -83,7 +83,7 @@ void tellOutcome(const TerminalOptions& options, const UUID& id,
 
 } // namespace
 
-void tellOutcomeOf(const TerminalOptions& options, const UUID& id,
+void reportOutcome(const TerminalOptions& options, const UUID& id,
                    const HistoryRefinementOutcome& outcome, const std::string& good,
                    const std::string& bad) {
     if (options.json)
@@ -134,7 +134,7 @@ Task<HistoryRefinementOutcome> refineWithProgress(Program& program, TerminalOpti
     const auto token = program.refinement.jobs().onDidChange([&](const auto& jobs) {
         const auto job = jobs.find(id);
         if (job != jobs.end() && job->second.step != Step::waiting)
-            progress.tell(doingText(job->second), stepName(job->second), job->second.fraction);
+            progress.report(doingText(job->second), stepName(job->second), job->second.fraction);
     });
     Task<HistoryRefinementOutcome> refining =
         program.refinement.refine(std::move(request), std::move(model), stop);
@@ -172,7 +172,7 @@ Task<void> refineAfterSession(Program& program, const TerminalOptions& options,
         refineWithProgress(program, options, std::move(request),
                            HistoryRefinementService::bestModel, stop.get_token());
     const HistoryRefinementOutcome outcome = co_await refining;
-    tellOutcome(options, id, outcome);
+    reportRefinement(options, id, outcome);
 }
 
 Task<int> refineRecording(Program& program, const TerminalOptions& options, RefineCommand command) {
@@ -191,7 +191,7 @@ Task<int> refineRecording(Program& program, const TerminalOptions& options, Refi
     Task<HistoryRefinementOutcome> refining =
         refineWithProgress(program, options, std::move(request), model, stop.get_token());
     const HistoryRefinementOutcome outcome = co_await refining;
-    tellOutcome(options, item.id, outcome);
+    reportRefinement(options, item.id, outcome);
     co_return static_cast<int>(statusOf(outcome));
 }
 

@@ -14,12 +14,12 @@ namespace tessarune {
 /// Ctrl-C keeps the former transcript. Returns the exit status. Main queue.
 Task<int> refineRecording(Program& program, const TerminalOptions& options, RefineCommand command);
 
-/// The options of a recording's refinement from the settings. An unavailable language is reported
-/// and left out.
+/// The options of a recording's refinement, from the settings. If the target language is
+/// unavailable, prints that, and the request is without translation.
 HistoryRefinementRequest refinementRequest(const Program& program, const UUID& id,
                                            const std::string& audioPath);
 
-/// Refines and reports its progress, without a final message; `stop` cancels it.
+/// Refines and reports the progress, but not the outcome; `stop` cancels it.
 Task<HistoryRefinementOutcome> refineWithProgress(Program& program, TerminalOptions options,
                                                   HistoryRefinementRequest request,
                                                   std::string model, std::stop_token stop);
@@ -29,8 +29,8 @@ Task<HistoryRefinementOutcome> refineWithProgress(Program& program, TerminalOpti
 Task<void> refineAfterSession(Program& program, const TerminalOptions& options,
                               HistoryRefinementRequest request);
 
-/// The result: as JSON, or as a line, `good` for success and `bad` for a failure.
-void tellOutcomeOf(const TerminalOptions& options, const UUID& id,
+/// Prints the outcome: as JSON, or as the line `good` after a success or `bad` after a failure.
+void reportOutcome(const TerminalOptions& options, const UUID& id,
                    const HistoryRefinementOutcome& outcome, const std::string& good,
                    const std::string& bad);
 

@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::size_t foundRowColumns = 80;
 
-/// Reports the progress of the index now and then, if it takes long.
+/// Reports every tenth of the progress of the index, if there are many recordings.
 class IndexProgress {
   public:
     void operator()(const SearchIndexKeeper::State& state) {

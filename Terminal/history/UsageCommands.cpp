@@ -41,8 +41,8 @@ std::string usageRow(const std::string& name, const UsagePeriod& period) {
 }
 
 /// A bar whose length is the share of the maximum.
-std::string bar(double seconds, double mostSeconds) {
-    const auto length = static_cast<int>(std::lround(barColumns * seconds / mostSeconds));
+std::string bar(double seconds, double maximumSeconds) {
+    const auto length = static_cast<int>(std::lround(barColumns * seconds / maximumSeconds));
     std::string drawn = length > 0 ? "  " : "";
     for (int i = 0; i < length; ++i)
         drawn += "█";
@@ -50,14 +50,14 @@ std::string bar(double seconds, double mostSeconds) {
 }
 
 void printChart(const std::vector<UsagePeriod>& periods) {
-    double most = 1;
+    double maximum = 1;
     for (const auto& period : periods)
-        most = std::max(most, period.listeningSeconds);
+        maximum = std::max(maximum, period.listeningSeconds);
     printText(Text::padded("", figureColumns) + figure(localized("time")) +
               figure(localized("sessions")) + figure(localized("words")));
     for (const auto& period : periods) {
         if (period.sessions > 0 || period.listeningSeconds > 0)
-            printText(usageRow(period.date, period) + bar(period.listeningSeconds, most));
+            printText(usageRow(period.date, period) + bar(period.listeningSeconds, maximum));
     }
     printText(usageRow(localized("total"), UsageStatistics::total(periods)));
 }

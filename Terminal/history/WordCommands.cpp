@@ -99,7 +99,7 @@ std::vector<std::string> lemmasOf(const HistoryWordStats& stats) {
     return lemmas;
 }
 
-/// `nullopt`, after printing the reason, if it is unreadable. A missing transcript is empty.
+/// Empty if there is no transcript. If it is unreadable, prints the reason and returns `nullopt`.
 std::optional<std::string> transcriptOf(Program& program, const HistoryItem& item) {
     const auto path = program.catalog.transcriptURL(item.id);
     try {
