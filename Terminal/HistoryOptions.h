@@ -39,7 +39,7 @@ struct SetNoteCommand {
 };
 struct DeleteRecordingsCommand {
     std::vector<std::string> ids;
-    bool isCertain = false; ///< deletes without asking
+    bool isConfirmed = false; ///< deletes without asking
 };
 
 struct ImportFilesCommand {
@@ -62,7 +62,7 @@ struct DiagnosticsCommand {
 
     Action action = Action::list;
     std::string run; ///< the run's name, its beginning, or the path of its folder
-    bool isCertain = false;
+    bool isConfirmed = false;
     bool withText = false; ///< also pack files that may contain what was said
     std::string to;        ///< the path of the archive; empty: named after the run
 };

@@ -157,9 +157,9 @@ ExitStatus verify(Program& program, const TerminalOptions& options, const Diagno
 
 Task<ExitStatus> remove(Program& program, const TerminalOptions& options,
                         DiagnosticsCommand command, DiagnosticsRun run) {
-    if (const auto problem = problemOfDataFolder(program))
+    if (const auto problem = lockDataFolder(program))
         co_return *problem;
-    if (!command.isCertain) {
+    if (!command.isConfirmed) {
         if (options.json || !userCanAnswer()) {
             printProblem(localized("Nothing was deleted; --yes deletes without asking."));
             co_return ExitStatus::usage;
@@ -210,7 +210,7 @@ Task<ExitStatus> pack(Program& program, const TerminalOptions& options, Diagnost
                       DiagnosticsRunContents run) {
     const std::filesystem::path to = command.to.empty() ? run.id + ".tar.gz" : command.to;
     Task<ExitStatus> permitting =
-        permissionToWrite(program.host, program.files, to, command.isCertain);
+        permissionToWrite(program.host, program.files, to, command.isConfirmed);
     if (const ExitStatus found = co_await permitting; found != ExitStatus::ok)
         co_return found;
     std::vector<TarArchive::Entry> entries;

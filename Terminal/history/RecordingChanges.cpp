@@ -67,7 +67,7 @@ Task<int> setNote(Program& program, const TerminalOptions& options, SetNoteComma
     const auto chosen = chosenRecording(program, command.id);
     if (const int* problem = std::get_if<int>(&chosen))
         co_return *problem;
-    if (const auto problem = problemOfDataFolder(program))
+    if (const auto problem = lockDataFolder(program))
         co_return static_cast<int>(*problem);
     HistoryItem item = std::get<HistoryItem>(chosen);
     if (!program.catalog.setNote(command.note, item.id)) {
@@ -85,9 +85,9 @@ Task<int> deleteRecordings(Program& program, const TerminalOptions& options,
     if (const int* problem = std::get_if<int>(&chosen))
         co_return *problem;
     const auto& items = std::get<std::vector<HistoryItem>>(chosen);
-    if (const auto problem = problemOfDataFolder(program))
+    if (const auto problem = lockDataFolder(program))
         co_return static_cast<int>(*problem);
-    if (!command.isCertain) {
+    if (!command.isConfirmed) {
         Task<std::optional<int>> asking = confirmDeletion(program, options, items);
         if (const auto answer = co_await asking)
             co_return *answer;

@@ -71,7 +71,7 @@ std::string recordingRow(const HistoryItem& item, const std::string& text, bool 
     return row + Text::fitted(Text::printableLine(Text::prefix(content, rowColumns)), room);
 }
 
-std::optional<ExitStatus> problemOfDataFolder(Program& program) {
+std::optional<ExitStatus> lockDataFolder(Program& program) {
     try {
         const auto holder = program.recording.takeDataFolder();
         if (!holder)
@@ -87,7 +87,7 @@ std::optional<ExitStatus> problemOfDataFolder(Program& program) {
 }
 
 std::optional<ExitStatus> prepareDataFolder(Program& program, const std::optional<UUID>& toRefine) {
-    if (const auto problem = problemOfDataFolder(program))
+    if (const auto problem = lockDataFolder(program))
         return problem;
     Application::Preparation found;
     found.repairs = program.prepare();

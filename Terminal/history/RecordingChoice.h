@@ -24,9 +24,9 @@ std::string recordingRow(const HistoryItem& item, const std::string& text, bool 
 
 /// Locks the data folder, so that only this process may change recordings. If that is impossible,
 /// prints why and returns the exit status.
-std::optional<ExitStatus> problemOfDataFolder(Program& program);
+std::optional<ExitStatus> lockDataFolder(Program& program);
 
-/// As `problemOfDataFolder`, then repairs the folder and prints what was repaired, but not the
+/// As `lockDataFolder`, then repairs the folder and prints what was repaired, but not the
 /// advice to refine the recording `toRefine`.
 std::optional<ExitStatus> prepareDataFolder(Program& program,
                                             const std::optional<UUID>& toRefine = {});

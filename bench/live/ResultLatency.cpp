@@ -65,8 +65,8 @@ Task<void> ResultLatency::relay(ResultLatency& latency, AsyncStream<SpeechResult
 }
 
 void ResultLatency::note(const SpeechResult& result) {
-    const std::string whole = result.text();
-    Result noted{std::string(Text::trimmed(whole)), result.isFinal, host_.now(), 0};
+    const std::string text = result.text();
+    Result noted{std::string(Text::trimmed(text)), result.isFinal, host_.now(), 0};
     std::lock_guard lock(mutex_);
     underWay_.push_back(std::move(noted));
 }
@@ -105,7 +105,7 @@ void ResultLatency::coreChanged(double at) {
         Times& times = result.isFinal ? finals : guesses;
         times.toEvent.push_back(result.arrivedAt - result.cameAt);
         times.toChange.push_back(at - result.arrivedAt);
-        times.whole.push_back(at - result.cameAt);
+        times.total.push_back(at - result.cameAt);
     }
 }
 

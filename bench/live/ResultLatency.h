@@ -32,7 +32,7 @@ class ResultLatency {
     struct Times {
         std::vector<double> toEvent;  ///< from the result to its event on the main queue
         std::vector<double> toChange; ///< from that event to the core's change
-        std::vector<double> whole;
+        std::vector<double> total;    ///< from the result to the change of the core
     };
     Times guesses;
     Times finals;

@@ -30,22 +30,22 @@ struct Options {
 /// Processor time, counted from the first sound.
 struct Costs {
     void begin() {
-        wholeBefore_ = CPUClock::process();
+        totalBefore_ = CPUClock::process();
         engineBefore_ = EngineMeter::seconds();
         passesBefore_ = EngineMeter::passes();
     }
     void end() {
-        whole = CPUClock::process() - wholeBefore_;
+        total = CPUClock::process() - totalBefore_;
         engine = EngineMeter::seconds() - engineBefore_;
         passes = EngineMeter::passes() - passesBefore_;
     }
 
-    double whole = 0;
+    double total = 0;
     double engine = 0;
     std::size_t passes = 0;
 
   private:
-    double wholeBefore_ = 0;
+    double totalBefore_ = 0;
     double engineBefore_ = 0;
     std::size_t passesBefore_ = 0;
 };
@@ -79,22 +79,22 @@ void printLine(const char* name, const std::vector<double>& times, const char* m
 }
 
 void printCosts(const Costs& costs) {
-    const double rest = costs.whole - costs.engine;
+    const double rest = costs.total - costs.engine;
     std::printf(
         "processor time: whole program %.3f s, engine %.3f s (%zu passes, %zu threads of its "
         "own), rest %.3f s = %.2f %% of the engine's\n",
-        costs.whole, costs.engine, costs.passes, EngineMeter::ownThreads(), rest,
+        costs.total, costs.engine, costs.passes, EngineMeter::ownThreads(), rest,
         rest / costs.engine * 100);
 }
 
 void printLatency(const ResultLatency& latency) {
     std::printf("\nfrom the recogniser's result to the core's change (%zu guesses, %zu finals)\n",
-                latency.guesses.whole.size(), latency.finals.whole.size());
+                latency.guesses.total.size(), latency.finals.total.size());
     std::printf("  %-22s %11s %11s    %s\n", "", "median", "99 %", "meant to be there");
     printLine("guess to event", latency.guesses.toEvent, "55 ms, for guesses to be thinned out");
     printLine("event to change", latency.guesses.toChange, "0 to 60 ms, for flushes to be spaced");
-    printLine("guess to change", latency.guesses.whole, "");
-    printLine("final to change", latency.finals.whole, "nothing");
+    printLine("guess to change", latency.guesses.total, "");
+    printLine("final to change", latency.finals.total, "nothing");
 }
 
 struct Bench {

@@ -23,7 +23,7 @@ namespace tessarune {
 namespace {
 
 constexpr double patience = 10; // seconds
-constexpr double leastAmplitude = testing::Chirp::amplitude / 3;
+constexpr double minimumAmplitude = testing::Chirp::amplitude / 3;
 
 /// A player whose output is recorded and examined.
 class HeardPlayer {
@@ -104,7 +104,7 @@ class HeardPlayer {
         self->stream_ = co_await opening;
     }
     void hear(const AudioBuffer& sound) {
-        const bool isSound = testing::amplitudeOf(sound.samples) >= leastAmplitude;
+        const bool isSound = testing::amplitudeOf(sound.samples) >= minimumAmplitude;
         silences_ += isSound ? 0 : 1;
         if (!isSound)
             return;

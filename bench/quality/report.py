@@ -9,15 +9,15 @@ HEAD = (("", ""), ("words wrong %", "live"), ("", "batch"), ("shown after s", "p
         ("", "p95"), ("committed s", "p50"), ("", "p90"), ("", "UPWR"), ("", "NE"), ("of a", "core"))
 
 
-def ratio(runs, part, whole):
-    total = sum(run[whole] for run in runs)
+def ratio(runs, part, base):
+    total = sum(run[base] for run in runs)
     return sum(run[part] for run in runs) / total if total else None
 
 
 def measures(runs):
     """One number per column, over all these runs together."""
     times = {key: [t for run in runs for t in run[key]] for key in ("shown", "settled")}
-    wrong = [ratio(runs, part, whole) for part, whole in (("wrong", "said"), ("batchWrong", "said"))]
+    wrong = [ratio(runs, part, base) for part, base in (("wrong", "said"), ("batchWrong", "said"))]
     return ([100 * share for share in wrong] + [percentile(times["shown"], p) for p in (50, 90, 95)]
             + [percentile(times["settled"], p) for p in (50, 90)]
             + [ratio(runs, "unstable", "words"), ratio(runs, "erased", "words"),
@@ -66,7 +66,7 @@ def svg(runs):
     found = rows(runs)
     left, wide, gap, high = 210, 330, 60, 26
     height = 70 + high * len(found)
-    most = max([value for _, each in found for one in each for value in one[:2]] + [10])
+    maximum = max([value for _, each in found for one in each for value in one[:2]] + [10])
     latest = max([one[4] for _, each in found for one in each if one[4] is not None] + [1.5])
     parts = []
 
@@ -92,7 +92,7 @@ def svg(runs):
     second = left + wide + gap
     text(left, 15, "words wrong: live (blue), the engine's batch (orange)")
     text(second, 15, "shown after: p50 green, p90 blue, p95 red; dashed: wanted p90")
-    scale(left, most, "%")
+    scale(left, maximum, "%")
     scale(second, latest, "s")
     at = second + wide * WANTED["shown"][1] / latest
     parts.append(f'<line x1="{at}" x2="{at}" y1="40" y2="{height - 25}" stroke="#888" stroke-dasharray="4"/>')
@@ -100,8 +100,8 @@ def svg(runs):
         y = 55 + high * i
         text(left - 10, y + 4, name, "end")
         columns = list(zip(*of_each))
-        mark(left, most, y - 3, columns[0], "#36c")
-        mark(left, most, y + 5, columns[1], "#e80")
+        mark(left, maximum, y - 3, columns[0], "#36c")
+        mark(left, maximum, y + 5, columns[1], "#e80")
         for offset, column, colour in ((-4, 2, "#2a2"), (0, 3, "#36c"), (4, 4, "#c33")):
             mark(second, latest, y + offset, columns[column], colour)
     return (f'<svg xmlns="http://www.w3.org/2000/svg" width="{second + wide + 40}" height="{height}" '

@@ -135,13 +135,13 @@ LongSession::Kept LongSession::kept() const {
     Kept kept;
     for (const CaptionSegment& row : *store_->view().captions.committedSegments) {
         kept.text += row.sourceText.size();
-        kept.whole += sizeof row + heapBytes(row.sourceText);
+        kept.total += sizeof row + heapBytes(row.sourceText);
     }
     for (const auto& [id, words] : store_->view().captions.wordEvents) {
         kept.words += words.size();
-        kept.whole += sizeof id + sizeof words + words.size() * sizeof(WordEvent);
+        kept.total += sizeof id + sizeof words + words.size() * sizeof(WordEvent);
         for (const WordEvent& word : words)
-            kept.whole += heapBytes(word.word);
+            kept.total += heapBytes(word.word);
     }
     return kept;
 }

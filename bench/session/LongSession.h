@@ -45,7 +45,7 @@ class LongSession {
     /// The size of the captions so far, in bytes.
     struct Kept {
         std::size_t text = 0;  ///< only the characters
-        std::size_t whole = 0; ///< with all data of each row and each word
+        std::size_t total = 0; ///< with all data of each row and each word
         std::size_t words = 0; ///< the number of words
     };
     Kept kept() const;

@@ -59,12 +59,12 @@ void printGrowth(const std::vector<Sample>& samples) {
     const double hours = (last.minutes - first.minutes) / 60;
     const double heap = last.heap - first.heap;
     const auto text = static_cast<double>(last.kept.text - first.kept.text);
-    const auto whole = static_cast<double>(last.kept.whole - first.kept.whole);
+    const auto total = static_cast<double>(last.kept.total - first.kept.total);
     const auto words = static_cast<double>(last.kept.words - first.kept.words);
     std::printf("  an hour: %.0f words, text %.0f kB, with the rows' and words' other fields %.0f "
                 "kB; memory grows by %.0f kB = %.2f of these, %.1f of the text\n",
-                words / hours, text / hours / 1e3, whole / hours / 1e3, heap / hours / 1e3,
-                heap / whole, heap / text);
+                words / hours, text / hours / 1e3, total / hours / 1e3, heap / hours / 1e3,
+                heap / total, heap / text);
     const std::size_t quarter = samples.size() / 4;
     const double begin = samples[quarter].processor - samples.front().processor;
     const double end = last.processor - samples[samples.size() - 1 - quarter].processor;
