@@ -27,10 +27,9 @@ bool hasPreviewOf(const LiveCaptionDisplayFrame& frame, std::string_view sourceT
 std::string translationFailureText(std::string_view error, std::string_view target) {
     if (!TranslationSupport::isLanguageResourceNotReadyDisplayMessage(error))
         return std::string(error);
-    return localized(
-        "the model for this language is damaged, or was removed meanwhile; to download "
-        "it again: tessarune-terminal --languages download %@",
-        {std::string(target)});
+    return localized("the model for this language is damaged, or has been removed; to download "
+                     "it again: tessarune-terminal --languages download %@",
+                     {std::string(target)});
 }
 
 } // namespace tessarune

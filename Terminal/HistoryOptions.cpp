@@ -74,28 +74,28 @@ void HistoryOptions::declare(CommandOptions& options) {
                   localized("Count the words of a transcript, with their meanings"));
     CLI::Option* const plays = options.words(
         "--play", play_, "ID",
-        localized("Hear one with its text: Space pauses, arrows and J, L go to another place, R "
-                  "repeats, + and - change the speed, Q ends"));
+        localized(
+            "Play a session with its text: Space pauses, arrows and J, L move, R repeats, + and "
+            "- change the speed, Q ends"));
     options.detailWord({plays}, "--from", from_, "TIME",
                        localized("Where to begin: seconds, MM:SS or HH:MM:SS"));
     CLI::Option* const exports = options.words(
         "--export", export_, "ID", localized("Write a transcript or its sound to a file"));
     options.detailWord({exports}, "--format", format_, "FORMAT",
-                       localized("html, pdf, m4a, srt, vtt or txt; by default as the file's name "
-                                 "ends, or pdf"));
+                       localized("html, pdf, m4a, srt, vtt or txt; by default from the file's "
+                                 "extension, or pdf"));
     options.detailWord({exports}, "--content", content_, "CONTENT",
                        localized("source, bilingual or translation; by default bilingual where "
                                  "there is a translation"));
     options.words("--note", note_, "ID TEXT", localized("Set a session's note; - removes it"))
         ->expected(2);
     CLI::Option* const deletes =
-        options
-            .words("--delete", delete_, "ID", localized("Delete sessions with all their traces"))
+        options.words("--delete", delete_, "ID", localized("Delete sessions with all their files"))
             ->expected(1, CLI::detail::expected_max_vector_size);
     options.words("--import", import_, "FILE", localized("Import files of sound or film"))
         ->expected(1, CLI::detail::expected_max_vector_size);
-    CLI::Option* const refine = options.words(
-        "--refine", refine_.id, "ID", localized("Transcribe one again, with time to look ahead"));
+    CLI::Option* const refine = options.words("--refine", refine_.id, "ID",
+                                              localized("Transcribe one again, more accurately"));
     options.detailWord({refine}, "--with-model", refine_.model, "NAME",
                        localized("Do that with this speech model instead of the best one"));
     options.words("--search", search_, "TEXT",

@@ -146,7 +146,7 @@ void TerminalSession::endWith(std::exception_ptr failure) {
 std::string TerminalSession::silenceHint() const {
     const std::int64_t minutes = *program_.settings.audioInactivityAutoStopMinutes;
     return minutes > 0
-               ? " " + localized("So do %lld minutes of silence.", {std::to_string(minutes)})
+               ? " " + localized("%lld minutes of silence also end it.", {std::to_string(minutes)})
                : "";
 }
 

@@ -88,9 +88,7 @@ std::variant<DiagnosticsRun, int> chosenRun(Program& program, const std::string&
     if (found.size() == 1)
         return found.front();
     if (found.empty()) {
-        printProblem(localized("There is no run '%@'; --diagnostics list shows those that there "
-                               "are.",
-                               {name}));
+        printProblem(localized("There is no run '%@'; --diagnostics list lists them.", {name}));
     } else {
         printProblem(localized("The names of several runs begin with '%@':", {name}));
         for (const auto& run : found)
@@ -127,7 +125,7 @@ ExitStatus show(const TerminalOptions& options, const DiagnosticsRunContents& ru
     if (!run.recordingID.empty())
         printText(localized("Recording: %@", {run.recordingID}));
     if (run.lostRecords > 0)
-        printText(localized("Records that the disk did not take: %lld",
+        printText(localized("Lost records (the disk was too slow or full): %lld",
                             {std::to_string(run.lostRecords)}));
     printText("");
     for (const auto& file : run.files) {
@@ -148,8 +146,9 @@ ExitStatus verify(Program& program, const TerminalOptions& options, const Diagno
                    {"segments", result.rows},
                    {"problem", result.problem}});
     else if (result.matches())
-        printText(localized("%@: the replay gives the timeline's rows, byte for byte (%lld).",
-                            {run.id(), std::to_string(result.rows)}));
+        printText(
+            localized("%@: the replay produces the rows of the timeline, byte for byte (%lld).",
+                      {run.id(), std::to_string(result.rows)}));
     else
         printProblem(run.id() + ": " + result.problem);
     return result.matches() ? ExitStatus::ok : ExitStatus::differs;

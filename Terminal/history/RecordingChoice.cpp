@@ -26,8 +26,7 @@ constexpr std::size_t maximumNamed = 10;
 /// Prints that no session, or more than one, has this ID.
 void reportNotOneFound(const std::vector<HistoryItem>& found, const std::string& id) {
     if (found.empty()) {
-        printProblem(
-            localized("There is no session '%@'; --list shows those that there are.", {id}));
+        printProblem(localized("There is no session '%@'; --list lists them.", {id}));
         return;
     }
     printProblem(localized("The IDs of several sessions begin with '%@':", {id}));

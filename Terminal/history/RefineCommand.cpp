@@ -95,7 +95,7 @@ void reportOutcome(const TerminalOptions& options, const UUID& id,
     if (outcome.status == RefinementStatus::cancelled)
         return printNotice(localized("The transcript stays as it was."));
     if (!outcome.brokenOff.empty())
-        printNotice(localized("The sound breaks off: %@", {outcome.brokenOff}));
+        printNotice(localized("The sound was interrupted: %@", {outcome.brokenOff}));
     if (outcome.translation == RefinementTranslation::failed)
         printProblem(
             localized("The translation stays as it was: %@", {outcome.translationProblem}));

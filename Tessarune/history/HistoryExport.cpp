@@ -185,7 +185,7 @@ std::string HistoryExport::made(const HistoryExportRequest& request) {
     case Format::m4a:
         break;
     }
-    throw std::logic_error("audio is no document");
+    throw std::logic_error("audio is not a document");
 }
 
 HistoryTranscriptExportDocument HistoryExport::exportDocument(const HistoryExportRequest& request,

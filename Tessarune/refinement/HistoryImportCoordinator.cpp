@@ -115,7 +115,7 @@ void HistoryImportCoordinator::requireSound(const std::filesystem::path& source)
     // A missing file is reported by the attempt to open it.
     if (files.exists(source) && (files.isDirectory(source) || files.size(source) == 0))
         throw MediaFileError(MediaFileError::Kind::cannotOpen,
-                             localized("%@ is not a file with anything in it", {source.string()}));
+                             localized("%@ is empty or not a file", {source.string()}));
     environment_.openMedia(source);
     const std::uint64_t needed = files.size(source) + roomForTheRest;
     const std::filesystem::path recordings = environment_.catalog.paths().recordings();

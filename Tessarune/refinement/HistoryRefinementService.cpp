@@ -328,7 +328,7 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
     if (!missingSound.empty())
         throw MediaFileError(
             MediaFileError::Kind::damaged,
-            localized("The sound of the transcript is not all there any more: %@", {missingSound}));
+            localized("Part of the transcript's sound is missing: %@", {missingSound}));
     if (saved == SaveOutcome::skippedDeleted)
         throw RecordingDeleted();
     if (saved != SaveOutcome::saved)

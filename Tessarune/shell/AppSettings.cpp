@@ -48,7 +48,7 @@ SettingCodec<std::string> AppSettings::speechModelCodec() {
 AppSettings::AppSettings(UserDefaults& store)
     : store_(store),
       SETTING(selectedRecognitionOptionID, recognition,
-              localizationKey("The English to recognise."),
+              localizationKey("The variety of English to recognise."),
               std::string(ModelCatalog::defaultRecognitionOptionID), recognitionOptionCodec()),
       SETTING(speechModel, recognition,
               localizationKey(
@@ -72,14 +72,14 @@ AppSettings::AppSettings(UserDefaults& store)
               localizationKey("How long a sentence must stay unchanged before it is settled."), 0.6,
               secondsCodec(0, 60)),
       SETTING(duplicateCommitWindowSeconds, recognition,
-              localizationKey("How long a repetition of the same sentence is left out."), 4.0,
+              localizationKey("For how many seconds a repeated sentence is left out."), 4.0,
               secondsCodec(-1, 3600)),
       SETTING(softCaptionEnabled, recognition,
               localizationKey("Keeps clauses that no longer change apart from the open remainder."),
               true, boolCodec()),
       SETTING(softCaptionStableSeconds, recognition,
-              localizationKey("How long a clause must stay unchanged for that."), 0.3,
-              secondsCodec(0, 60)),
+              localizationKey("How long a clause must stay unchanged before it is kept apart."),
+              0.3, secondsCodec(0, 60)),
       SETTING(
           appleAnalyzerEarlyFinalize, recognition,
           localizationKey("Asks the recogniser to end a line early where a sentence is complete."),
@@ -89,7 +89,7 @@ AppSettings::AppSettings(UserDefaults& store)
                   "Recognises a recording once more after the session, for a better transcript."),
               true, boolCodec()),
       SETTING(translationBackend, translation,
-              localizationKey("What translates: the translator of this computer, or nothing."),
+              localizationKey("The translator: the one on this computer, or none."),
               std::string(TranslationSupport::appleBackendName), backendCodec()),
       SETTING(translationTargetLanguage, translation,
               localizationKey("The language to translate into."), "zh-Hans", targetLanguageCodec()),
@@ -112,8 +112,9 @@ AppSettings::AppSettings(UserDefaults& store)
                               "standard on also what was said."),
               DiagnosticsLevel::core, levelCodec()),
       SETTING(sessionDiagnosticsEnabled, diagnostics,
-              localizationKey("Records each session, whatever else is set; a full diagnostics run "
-                              "then has the recogniser's own results."),
+              localizationKey(
+                  "Records each session regardless of other settings; a full diagnostics run "
+                  "then has the recogniser's own results."),
               false, boolCodec()),
       SETTING(appleAnalyzerDiagnosticsMode, diagnostics,
               localizationKey("How much of the recogniser's own results a diagnostics run keeps."),
@@ -140,8 +141,8 @@ AppSettings::AppSettings(UserDefaults& store)
               30, integerCodec(0, 3600)),
       SETTING(smoothStreaming, stage, localizationKey("Lets words appear one after the other."),
               true, boolCodec()),
-      SETTING(smoothPaceMS, stage, localizationKey("How fast they appear, in milliseconds."), 150,
-              millisecondsCodec()),
+      SETTING(smoothPaceMS, stage, localizationKey("The time between two words, in milliseconds."),
+              150, millisecondsCodec()),
       SETTING(highlightChanges, stage, localizationKey("Marks words that have changed."), true,
               boolCodec()),
       SETTING(highlightColorHex, stage, localizationKey("The colour of changed words."), 0x21BB54,
@@ -164,8 +165,8 @@ AppSettings::AppSettings(UserDefaults& store)
       SETTING(compactToolbar, window, localizationKey("Makes the toolbar small."), false,
               boolCodec()),
       SETTING(screenCaptureProtected, window,
-              localizationKey("Is to keep the window out of screenshots and shared screens; does "
-                              "nothing yet."),
+              localizationKey("Meant to keep the window out of screenshots and shared screens; has "
+                              "no effect yet."),
               false, boolCodec()),
       SETTING(showClearSubtitlesInSubtitleToolbar, window,
               localizationKey("The toolbar has a button that clears the captions."), false,

@@ -46,7 +46,7 @@ std::optional<int> passOn(SingleInstance& instance, const DesktopRequest& reques
         return std::nullopt;
     if (failure.empty())
         return 0;
-    std::cerr << "tessarune: it runs already and does not answer: " << failure << "\n";
+    std::cerr << "tessarune: already running, but not responding: " << failure << "\n";
     return noAnswer;
 }
 

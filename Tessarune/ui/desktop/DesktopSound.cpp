@@ -27,7 +27,7 @@ std::string textOf(const std::exception_ptr& failure) {
     try {
         std::rethrow_exception(failure);
     } catch (const std::exception& error) {
-        return localized("The sound breaks off: %@", {error.what()});
+        return localized("The sound was interrupted: %@", {error.what()});
     }
 }
 

@@ -52,7 +52,7 @@ QIcon trayIcon(const std::filesystem::path& pictures) {
     }
     if (QIcon installed = QIcon::fromTheme(QString::fromUtf8(TessaruneLog::subsystem));
         !installed.isNull()) {
-        logIcon("the desktop's icon of the program");
+        logIcon("the installed program icon");
         return installed;
     }
     logIcon("a drawn icon");

@@ -39,7 +39,7 @@ WelcomeWindow::WelcomeWindow(WelcomeEnvironment environment, const CaptionWindow
         {{"model", QVariant::fromValue(&model_)}, {"stage", QVariant::fromValue(&stage_)}});
     engine_.load(QUrl(QStringLiteral("qrc:/welcome/WelcomeWindow.qml")));
     if (engine_.rootObjects().isEmpty())
-        qFatal("the first page's files cannot be loaded");
+        qFatal("the welcome page's files cannot be loaded");
     window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
 }
 
