@@ -26,7 +26,14 @@ void DesktopProgram::watchSystem() {
     if (X11Desktop::hasTray())
         makeTray();
     const auto& problem = store().view().presentedError;
-    observations_.followChanges(problem, [this](const std::string& text) { notifyIfHidden(text); });
+    observations_.followChanges(problem, [this](const std::string& text) {
+        // The toolbar shows why a start failed. In the caption line, the next words replace the
+        // failure of a recording, which must stay until it has been read.
+        if (*store().view().sessionPhase == LiveSessionPhase::failed)
+            notifyIfHidden(text);
+        else
+            notices_.tell(DesktopNotices::Topic::session, text);
+    });
     notices_.onNotice = [this](const std::string& text) { notifyIfHidden(text); };
     sleepWatch_.emplace(
         QDBusConnection::systemBus(),

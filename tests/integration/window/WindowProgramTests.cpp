@@ -212,6 +212,21 @@ TEST_F(WindowProgram, ClosedAtAnyMomentItSavesAndEnds) {
     }
 }
 
+TEST_F(WindowProgram, ARecordingThatEndsBeforeItsSessionIsSaidUntilItIsRead) {
+    startAccessibility();
+    const StartedProgram reader = screenReader({"read"});
+    StartedProgram program("/usr/bin/prlimit",
+                           {"--fsize=300000", TESSARUNE_BIN "/tessarune", speech_}, folder_.path(),
+                           environment_);
+    ASSERT_TRUE(within(30, [&] { return count("audioRecorder.write.degraded") == 1; }));
+    ASSERT_TRUE(within(30, [&] { return hasRow(); }));
+    EXPECT_TRUE(within(10, [&] {
+        return shown(reader).find("File too large") != std::string::npos;
+    })) << shown(reader);
+    program.send(SIGTERM);
+    EXPECT_EQ(program.wait().status, 0);
+}
+
 TEST_F(WindowProgram, AStopWhileItWaitsForItsSoundIsTheLastWord) {
     const std::string pipe = (folder_ / "pipe").string();
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
