@@ -24,8 +24,9 @@ void EventLogFile::check(const std::optional<fs::path>& source) const {
     if (source && fs::equivalent(*source, path_, error))
         fail(localized("it is the sound file to be captioned"));
     const bool exists = fs::exists(path_, error);
-    // A device or a pipe holds nothing that could be lost.
-    const bool isFile = exists && fs::is_regular_file(path_, error);
+    // A pipe or a character device has no contents that could be lost.
+    const bool isFile =
+        exists && (fs::is_regular_file(path_, error) || fs::is_block_file(path_, error));
     if (isFile && !overwrites_)
         fail(localized("it already exists; --overwrite replaces it"));
     const fs::path folder = path_.has_parent_path() ? path_.parent_path() : fs::path(".");

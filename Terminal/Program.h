@@ -6,12 +6,12 @@
 
 namespace tessarune {
 
-/// The main queue of the terminal program.
+/// A base class, so that the loop exists before the application that uses it.
 struct ProgramLoop {
     LoopHost loop;
 };
 
-/// The application with its own main loop. Main queue.
+/// The application with its own main loop. Use it on the main queue only.
 struct Program : ProgramLoop, Application {
     Program() : Application(loop, "tessarune-terminal") {}
 };

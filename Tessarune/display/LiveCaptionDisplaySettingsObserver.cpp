@@ -26,9 +26,8 @@ LiveCaptionDisplaySettingsObserver::LiveCaptionDisplaySettingsObserver(AppSettin
 template <typename T>
 void LiveCaptionDisplaySettingsObserver::observe(Setting<T>& setting) {
     const auto valueOf = [&setting] {
-        // The stored value; the text for the user may be spelt differently.
         if constexpr (std::is_same_v<T, std::string>)
-            return *setting;
+            return *setting; // `text()` may spell it differently, for the user
         else
             return setting.text();
     };

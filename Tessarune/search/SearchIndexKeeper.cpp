@@ -118,7 +118,7 @@ bool SearchIndexKeeper::step() {
         return true;
     }
     const bool hasMore = eraseSome();
-    if (!wasChecked_) // the index was damaged and is new
+    if (!wasChecked_) // a damaged index was discarded: begin again
         check();
     return hasMore || !outdated_.empty();
 }
@@ -137,7 +137,7 @@ void SearchIndexKeeper::readSome() {
     outdated_.resize(outdated_.size() - count);
     std::vector<IndexedTexts> indexed;
     for (auto& entry : read) {
-        // An unreadable recording keeps its entry in the index and is retried at the next check.
+        // An unreadable recording keeps its entry in the index.
         const auto texts = transcripts_.texts(entry.id);
         if (!texts) {
             ++unreadable_;
@@ -149,7 +149,7 @@ void SearchIndexKeeper::readSome() {
     }
     const bool isDone = withIndex([&](SearchIndex& index) { index.replace(indexed); });
     if (!wasChecked_)
-        check(); // the index is new and empty
+        check(); // a damaged index was discarded: begin again
     else if (!isDone)
         giveUp();
 }
@@ -174,11 +174,11 @@ std::vector<UUID> SearchIndexKeeper::find(const SearchQuery& query) {
         return found; // no recordings
     const bool isUsable =
         !isBehind_ && withIndex([&](SearchIndex& index) { found = index.find(query); });
-    if (!isUsable)
-        return findInFiles(query);
-    if (!wasChecked_)
+    if (isUsable && wasChecked_)
+        return found;
+    if (!wasChecked_) // a damaged index was discarded, and the new one is empty
         check();
-    return found;
+    return findInFiles(query);
 }
 
 std::vector<UUID> SearchIndexKeeper::findInFiles(const SearchQuery& query) {

@@ -10,9 +10,10 @@
 
 namespace tessarune {
 
-/// Interface: the on-device recogniser in file mode. It takes the sound of one recording block by
-/// block, at the caller's pace, looks ahead within a block, and runs at a lower priority than
-/// everything that the user waits for. Times are seconds of the recording, counted from 0.
+/// Interface: the on-device recogniser in file mode. The caller passes the sound of a recording in
+/// blocks, at its own pace. Within a block, the recogniser may use later sound to recognise earlier
+/// words. It runs at a lower priority than everything that the user waits for. Times are seconds of
+/// the recording, counted from 0.
 ///
 /// The operations are awaited one at a time and resume on the main queue. A failure is an exception
 /// derived from std::exception with a text for the user; after it the analyzer is unusable.
@@ -23,7 +24,7 @@ class SpeechFileAnalyzer {
     /// The format that `analyze` expects.
     virtual AudioFormat audioFormat() const = 0;
 
-    /// The maximum lag of reported times behind the sound, in seconds. They are never early.
+    /// A reported time may be later than its word, by at most this many seconds; never earlier.
     virtual double mostLateness() const = 0;
 
     /// Loads the model and returns its name.
@@ -33,7 +34,7 @@ class SpeechFileAnalyzer {
     /// call before the end of the block.
     virtual Task<std::vector<SpeechResult>> analyze(AudioBufferPtr block, std::stop_token stop) = 0;
 
-    /// Ends the recording and returns the remaining results.
+    /// Declares that no more sound follows, and returns the remaining results.
     virtual Task<std::vector<SpeechResult>> finish() = 0;
 };
 

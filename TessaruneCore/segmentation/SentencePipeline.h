@@ -57,9 +57,9 @@ class SentencePipeline final {
     Freeze advanceFreeze(const std::vector<std::string>& leading, double now,
                          bool cumulativePartials = false);
 
-    /// The length of the longest prefix of `current` that equals a suffix of `frozen`. If partials
-    /// are cumulative, each repeats the whole utterance, and the two are aligned by position
-    /// instead.
+    /// How many sentences at the start of `current` are frozen already: the length of its longest
+    /// prefix that is a suffix of `frozen`. Cumulative partials repeat the utterance from its
+    /// start; for these, sentence i of `current` is compared with sentence i of `frozen`.
     static std::size_t frozenOverlapPrefixCount(const std::vector<std::string>& current,
                                                 const std::vector<std::string>& frozen,
                                                 bool cumulativePartials = false);

@@ -10,7 +10,8 @@ namespace tessarune {
 /// What the stage shows while there are no captions.
 enum class CaptionEmptyPresentation { idle, checking, silent };
 
-/// Derives the caption stage from a frame. Pure functions.
+/// What the stage, the part of the caption window with the captions, shows for a frame. Pure
+/// functions.
 namespace CaptionStage {
 
 bool hasCaptionOutput(const LiveCaptionDisplayFrame& frame);

@@ -10,12 +10,12 @@ Item {
 
     readonly property bool reviewing: sourceList.reviewing || translationList.reviewing
     readonly property bool isSplit: !stage.isBilingual && stage.translates
-    readonly property real seam: isSplit ? 29 : 0
-    // The maximum height of a list: the space below the captions, and that reserved for a pending
-    // translation, shrink if the newest row needs them.
-    readonly property real mostHeight: isSplit ? (height - 28 - seam) / 2 : height - 28
-    readonly property real neededHeight: isSplit ? 2 * Math.max(sourceList.newestHeight, translationList.newestHeight) + seam : sourceList.newestHeight
-    readonly property real blockHeight: isSplit ? (captions.height - seam) / 2 : captions.height
+    readonly property real dividerHeight: isSplit ? 29 : 0
+    // The most height that a list can get: the space below the captions, and the space kept for a
+    // pending translation, give way to a newest row that needs it.
+    readonly property real mostHeight: isSplit ? (height - 28 - dividerHeight) / 2 : height - 28
+    readonly property real neededHeight: isSplit ? 2 * Math.max(sourceList.newestHeight, translationList.newestHeight) + dividerHeight : sourceList.newestHeight
+    readonly property real blockHeight: isSplit ? (captions.height - dividerHeight) / 2 : captions.height
 
     readonly property string selectedText: sourceList.selection.text !== "" ? sourceList.selection.text : translationList.selection.text
     property CaptionList selecting: sourceList
@@ -23,18 +23,18 @@ Item {
     function pointIn(from: Item, x: real, y: real): point {
         return from.mapToItem(selecting.selection.list, x, y);
     }
-    function startSelection(from: Item, x: real, y: real): point {
+    function chooseList(from: Item, x: real, y: real): point {
         clearSelection();
         const isInTranslations = translationList.visible && translationList.contains(from.mapToItem(translationList, x, y));
         selecting = isInTranslations ? translationList : sourceList;
         return pointIn(from, x, y);
     }
     function beginSelection(from: Item, x: real, y: real) {
-        const start = startSelection(from, x, y);
+        const start = chooseList(from, x, y);
         selecting.selection.begin(start.x, start.y);
     }
     function selectWord(from: Item, x: real, y: real) {
-        const start = startSelection(from, x, y);
+        const start = chooseList(from, x, y);
         selecting.selection.selectWord(start.x, start.y);
     }
     function extendSelection(from: Item, x: real, y: real) {
@@ -62,7 +62,8 @@ Item {
     Item {
         id: captions
 
-        // Lines are no longer than this: after a longer one, the start of the next is hard to find.
+        // Limits the length of a line: from the end of a very long one, the eye misses the start of
+        // the next.
         width: Math.min(parent.width - 56, root.stage.sourceFont.pixelSize * 40)
         anchors {
             horizontalCenter: parent.horizontalCenter
@@ -84,7 +85,7 @@ Item {
             objectName: "sourceList"
             width: parent.width
             height: root.blockHeight
-            y: root.isSplit && root.stage.swaps ? root.blockHeight + root.seam : 0
+            y: root.isSplit && root.stage.swaps ? root.blockHeight + root.dividerHeight : 0
             stage: root.stage
             rows: root.stage.rows
             outlined: root.outlined
@@ -94,7 +95,7 @@ Item {
         Rectangle {
             visible: root.isSplit
             x: 14
-            y: root.blockHeight + root.seam / 2
+            y: root.blockHeight + root.dividerHeight / 2
             width: parent.width - 28
             height: 1
             color: "#26ffffff"
@@ -106,7 +107,7 @@ Item {
             visible: root.isSplit
             width: parent.width
             height: root.blockHeight
-            y: root.stage.swaps ? 0 : root.blockHeight + root.seam
+            y: root.stage.swaps ? 0 : root.blockHeight + root.dividerHeight
             stage: root.stage
             rows: root.stage.translations
             outlined: root.outlined
