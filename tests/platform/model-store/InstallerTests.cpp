@@ -242,7 +242,7 @@ TEST_F(InstallerTest, WhatIsWrongIsRefusedNamedAndRemoved) {
         {"always busy", Reply::failure(503), plain, "503", 3},
         {"always cut", Reply::cut(b, 10).withoutRanges(), plain, "", 4},
         {"short", Reply::whole(b.substr(9)).withoutRanges(), plain,
-         "ended the file before its size", 4},
+         "ended the file too early", 4},
         {"in a circle", Reply::failure(302, {"Location: /a.ort"}), plain, "redirect", 6},
         {"wrong and always cut", Reply::cut(wrong, 150'000), plain,
          "its checksum (CRC-32C) is wrong", 4},
