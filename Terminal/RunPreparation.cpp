@@ -17,11 +17,14 @@ std::vector<std::string> RunPreparation::repairTexts(const Application::Preparat
     for (const UUID& id : found.repairs.recoveredSessions)
         texts.push_back(
             localized("An interrupted session was recovered: --show %@", {id.text().substr(0, 8)}));
-    for (const RecordingMetadata& import : found.repairs.untranscribedImports)
-        texts.push_back(localized("The import of '%@' was interrupted; this transcribes it: "
-                                  "--refine %@",
-                                  {Text::printableLine(import.note.value_or(import.filePath)),
-                                   import.id.text().substr(0, 8)}));
+    for (const auto* imports :
+         {&found.repairs.untranscribedImports, &found.repairs.brokenOffImports}) {
+        for (const RecordingMetadata& import : *imports)
+            texts.push_back(localized("The import of '%@' was interrupted; this transcribes it: "
+                                      "--refine %@",
+                                      {Text::printableLine(import.note.value_or(import.filePath)),
+                                       import.id.text().substr(0, 8)}));
+    }
     return texts;
 }
 

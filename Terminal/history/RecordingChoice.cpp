@@ -90,8 +90,9 @@ std::optional<ExitStatus> prepareDataFolder(Program& program, const std::optiona
         return problem;
     Application::Preparation found;
     found.repairs = program.prepare();
-    std::erase_if(found.repairs.untranscribedImports,
-                  [&](const RecordingMetadata& import) { return toRefine == import.id; });
+    for (auto* imports : {&found.repairs.untranscribedImports, &found.repairs.brokenOffImports})
+        std::erase_if(*imports,
+                      [&](const RecordingMetadata& import) { return toRefine == import.id; });
     for (const std::string& text : RunPreparation::repairTexts(found))
         printNotice(text);
     return std::nullopt;

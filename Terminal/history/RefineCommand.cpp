@@ -5,7 +5,6 @@
 #include "Terminal/TranslationChoice.h"
 #include "Terminal/WorkProgress.h"
 #include "Terminal/history/RecordingChoice.h"
-#include "Tessarune/refinement/SpeechAnalyzerFileTranscriber.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
@@ -111,19 +110,19 @@ ExitStatus statusOf(const HistoryRefinementOutcome& outcome) {
         return ExitStatus::noSuchRecording;
     if (outcome.translation == RefinementTranslation::failed)
         return ExitStatus::noModel;
-    if (!outcome.failure)
-        return ExitStatus::ok;
-    try {
-        std::rethrow_exception(outcome.failure);
-    } catch (const MediaFileError&) {
+    using Failure = HistoryRefinementOutcome::Failure;
+    switch (outcome.failure) {
+    case Failure::none:
+        break;
+    case Failure::nothingUnderstood:
+    case Failure::sound:
         return ExitStatus::unreadableFile;
-    } catch (const SpeechAnalyzerFileTranscriberError&) {
-        return ExitStatus::unreadableFile;
-    } catch (const HistoryRefinementPersistenceError&) {
+    case Failure::disk:
         return ExitStatus::cannotWrite;
-    } catch (const std::exception&) {
+    case Failure::recogniser:
         return ExitStatus::noModel;
     }
+    return ExitStatus::ok;
 }
 
 Task<HistoryRefinementOutcome> refineWithProgress(Program& program, TerminalOptions options,

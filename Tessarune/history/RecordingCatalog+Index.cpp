@@ -115,6 +115,19 @@ bool RecordingCatalog::mutateIndex(const std::function<void(RecordingIndex&)>& m
 void RecordingCatalog::writeIndex(RecordingIndex& index) {
     index.sort();
     files_.writeAtomically(paths_.recordingIndex(), index.encoded());
+    try {
+        indexWrittenAt_ = files_.modifiedAt(paths_.recordingIndex());
+    } catch (const std::system_error&) { // costs a reading of what is known
+        indexWrittenAt_ = 0;
+    }
+}
+
+bool RecordingCatalog::wasIndexChangedElsewhere() {
+    try {
+        return files_.modifiedAt(paths_.recordingIndex()) != indexWrittenAt_;
+    } catch (const std::system_error&) { // it is gone, or cannot be read
+        return true;
+    }
 }
 
 std::filesystem::path RecordingCatalog::asidePath() const {

@@ -26,6 +26,9 @@ std::filesystem::path RecordingCatalog::wordTimelineURL(const UUID& id) const {
 std::filesystem::path RecordingCatalog::journalURL(const UUID& id) const {
     return sidecar(id, ".live.ndjson");
 }
+std::filesystem::path RecordingCatalog::transcriptionMarkURL(const UUID& id) const {
+    return sidecar(id, ".transcribing");
+}
 std::filesystem::path RecordingCatalog::entryURL(const UUID& id) const {
     return sidecar(id, entrySuffix);
 }
@@ -139,13 +142,33 @@ void RecordingCatalog::recordSidecarSaveFailure(SidecarKind kind, const UUID& id
                                    {"error", text}});
 }
 
-void RecordingCatalog::removeSidecars(const UUID& id) {
+bool RecordingCatalog::markTranscription(bool isRunning, const UUID& id) {
+    bool isSaved = false;
+    queue_->sync([&] {
+        const auto mark = transcriptionMarkURL(id);
+        isSaved = saveSidecar({"mark", "recording.transcription.mark.saveFailed"}, id, mark, [&] {
+            if (isRunning && !deleted_.contains(id))
+                writeSidecar(mark, "");
+            else
+                files_.remove(mark);
+        });
+    });
+    return isSaved;
+}
+
+/// Whether all of them are gone.
+bool RecordingCatalog::removeSidecars(const UUID& id) {
+    bool isGone = true;
+    const auto remove = [&](const std::filesystem::path& path) {
+        isGone = removeQuietly(path) && isGone;
+    };
     for (const auto& path : {transcriptURL(id), bilingualTranscriptURL(id), wordTimelineURL(id)}) {
-        removeQuietly(path);
-        removeQuietly(replacementOf(path));
+        remove(path);
+        remove(replacementOf(path));
     }
-    removeQuietly(journalURL(id));
-    removeQuietly(entryURL(id));
+    for (const auto& path : {journalURL(id), transcriptionMarkURL(id), entryURL(id)})
+        remove(path);
+    return isGone;
 }
 
 RecordingTranscriptSaveOutcome

@@ -116,10 +116,12 @@ void RecordingCatalog::removeOwned(const RecordingMetadata& recording, Runs runs
             removeRun(run);
     }
     logger_.deleteEntries({recording.id.text()}, tokens);
+    bool isGone = true;
     for (const auto& url : audio)
-        removeQuietly(url);
-    removeSidecars(recording.id);
-    logger_.deleteEntries({recording.id.text()}, tokens); // lines about failed removals
+        isGone = removeQuietly(url) && isGone;
+    isGone = removeSidecars(recording.id) && isGone;
+    if (!isGone)
+        logger_.deleteEntries({recording.id.text()}, tokens); // lines about failed removals
 }
 
 /// A file outside the recordings folder has no siblings of ours.
@@ -135,13 +137,16 @@ RecordingCatalog::audioArtifactURLs(const RecordingMetadata& recording) const {
     return {urls.begin(), urls.end()};
 }
 
-/// Logs a failure instead of throwing, so that the other files are still removed.
-void RecordingCatalog::removeQuietly(const std::filesystem::path& path) {
+/// Logs a failure instead of throwing, so that the other files are still removed. Returns whether
+/// the file is gone.
+bool RecordingCatalog::removeQuietly(const std::filesystem::path& path) {
     try {
         files_.remove(path);
+        return true;
     } catch (const std::exception& error) {
         logger_.event("recording.remove.failed",
                       {{"path", path.string()}, {"error", std::string(error.what())}});
+        return false;
     }
 }
 

@@ -10,6 +10,7 @@
 #include "TessaruneCore/host/Host.h"
 #include "TessaruneCore/observation/NotificationCenter.h"
 
+#include <atomic>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -22,6 +23,15 @@
 namespace tessarune {
 
 class RecordingIndex;
+
+/// No other program writes the data folder while a copy of it exists. Any thread may drop it.
+using DataFolderHold = std::shared_ptr<const void>;
+
+/// Permission to write the data folder: without a hold, `problem` tells the user why there is none.
+struct DataFolderLease {
+    DataFolderHold hold;
+    std::string problem;
+};
 
 namespace NotificationName {
 /// After a change of the index that was saved. No object.
@@ -38,7 +48,7 @@ inline constexpr std::string_view recordingTranscriptDidUpdate = "recordingTrans
 /// "Tessarune.RecordingCatalog.index", and the caller blocks; plain saves of sidecars and all
 /// reading happen on the calling thread and rely on files being replaced atomically. Notifications
 /// are posted on the calling thread afterwards. Only one process may write a data folder: the
-/// program takes its DataFolderLock first.
+/// program has a DataFolderHold meanwhile.
 ///
 /// Unknown content is kept: unknown keys of an entry and elements that are not entries stay in the
 /// index unchanged, and an unreadable index is copied aside, as
@@ -71,6 +81,9 @@ class RecordingCatalog {
     /// Why recordings cannot be listed, for the user; empty if they can, even if there are none
     /// yet.
     std::string readingProblem();
+    /// Whether the index on the disk differs from what this process last wrote, as far as its time
+    /// tells.
+    bool wasIndexChangedElsewhere();
 
     /// Replaces the entry of the same id or adds one. Keeps the stored note and the stored mark for
     /// compression if `recording` has none. False for a recording that was deleted: a late write
@@ -117,11 +130,18 @@ class RecordingCatalog {
     TranscriptUpdate updateTranscripts(std::string_view sourceText, std::string_view bilingualText,
                                        const UUID& id);
 
+    /// Marks an import whose text is being made for the first time, or removes the mark: a mark
+    /// that a start of the program finds is of an import that the last run did not survive. Marks
+    /// no deleted recording.
+    bool markTranscription(bool isRunning, const UUID& id);
+
     std::filesystem::path transcriptURL(const UUID& id) const;
     std::filesystem::path bilingualTranscriptURL(const UUID& id) const;
     std::filesystem::path wordTimelineURL(const UUID& id) const;
     /// The session's journal, see SessionJournal.
     std::filesystem::path journalURL(const UUID& id) const;
+    /// The mark of `markTranscription`, an empty file.
+    std::filesystem::path transcriptionMarkURL(const UUID& id) const;
     /// A copy of the entry, from which a lost index is rebuilt.
     std::filesystem::path entryURL(const UUID& id) const;
     /// Where a refined transcript or timeline is kept until it replaces the former one.
@@ -184,8 +204,8 @@ class RecordingCatalog {
     std::set<UUID> takeForgottenIn(std::set<UUID> known);
 
     void removeOwned(const RecordingMetadata& recording, Runs runs);
-    void removeSidecars(const UUID& id);
-    void removeQuietly(const std::filesystem::path& path);
+    bool removeSidecars(const UUID& id);
+    bool removeQuietly(const std::filesystem::path& path);
     void removeRun(const std::filesystem::path& run);
     std::vector<std::filesystem::path> audioArtifactURLs(const RecordingMetadata& recording) const;
 
@@ -216,6 +236,7 @@ class RecordingCatalog {
     TessaruneFileLogger& logger_;
     NotificationCenter& notifications_;
     std::shared_ptr<SerialQueue> queue_;
+    std::atomic<double> indexWrittenAt_ = 0; ///< the file's time after the last own write
     // Kept until the process ends; used on the queue only
     std::set<UUID> deleted_;
     std::set<UUID> refined_;

@@ -9,7 +9,6 @@
 #include "TessaruneCore/translation/SessionTranscriptBuilder.h"
 
 #include <algorithm>
-#include <iterator>
 #include <limits>
 #include <set>
 #include <utility>
@@ -70,12 +69,22 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
     catalog_.healStaleRecordings();
     catalog_.reconcileIndex();
     catalog_.cleanupOrphanTranscripts();
-    std::ranges::copy_if(catalog_.recordings(), std::back_inserter(report.untranscribedImports),
-                         [this](const RecordingMetadata& recording) {
-                             return recording.isImport() &&
-                                    !files_.exists(catalog_.transcriptURL(recording.id));
-                         });
+    sortImports(report);
     return report;
+}
+
+/// What did not survive its last attempt gets an empty text: another attempt is the user's choice.
+void RecordingRepair::sortImports(Report& report) {
+    for (const RecordingMetadata& recording : catalog_.recordings()) {
+        const bool hasText = files_.exists(catalog_.transcriptURL(recording.id));
+        if (files_.exists(catalog_.transcriptionMarkURL(recording.id))) {
+            if (hasText || catalog_.saveTranscript("", recording.id))
+                catalog_.markTranscription(false, recording.id);
+            report.brokenOffImports.push_back(recording);
+        } else if (recording.isImport() && !hasText) {
+            report.untranscribedImports.push_back(recording);
+        }
+    }
 }
 
 /// Whether the length of the recording is unknown: it has no end, or an interrupted repair gave it

@@ -20,8 +20,12 @@ class RecordingRepair {
     /// The repairs to report to the user, once.
     struct Report {
         std::vector<UUID> recoveredSessions; ///< interrupted sessions that were repaired
-        /// Imports without a transcript: their transcription was interrupted.
+        /// Imports without a transcript whose transcription has not begun, or could not be carried
+        /// out.
         std::vector<RecordingMetadata> untranscribedImports;
+        /// Imports during whose transcription or translation the program ended unexpectedly, maybe
+        /// because of them: they are reported once, and are no longer untranscribed.
+        std::vector<RecordingMetadata> brokenOffImports;
         std::optional<RecordingCatalog::IndexRebuild> rebuiltIndex;
     };
 
@@ -43,6 +47,7 @@ class RecordingRepair {
     void removeUnfinishedFiles();
     void removeReplacedSound();
     void completeReplacements();
+    void sortImports(Report& report);
 
     FileSystem& files_;
     RecordingCatalog& catalog_;

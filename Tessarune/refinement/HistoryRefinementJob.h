@@ -25,6 +25,8 @@ struct HistoryRefinementService::Job {
     std::string model;
     std::stop_source stop; ///< requested by the user or at the end of the program
     OneShot<HistoryRefinementOutcome> done;
+    DataFolderHold dataFolder;
+    bool isMarked = false; ///< see RecordingCatalog::markTranscription
 
     double startedAt = 0;
     std::shared_ptr<Observer> observer;

@@ -3,7 +3,6 @@
 #include "TessaruneCore/UUID.h"
 
 #include <cstdint>
-#include <exception>
 #include <stdexcept>
 #include <string>
 
@@ -23,6 +22,13 @@ struct HistoryRefinementOutcome {
         cancelled, ///< before a text was saved; the former transcript is unchanged
         failed     ///< the former transcript is unchanged
     };
+    enum class Failure {
+        none,
+        nothingUnderstood, ///< the recogniser found no text
+        sound,             ///< the file is missing, damaged or no longer all there
+        recogniser,        ///< it cannot be loaded, takes no files, or failed
+        disk               ///< the text could not be saved
+    };
     enum class Translation {
         none, ///< not wanted, or not possible
         saved,
@@ -31,7 +37,7 @@ struct HistoryRefinementOutcome {
     };
 
     Status status = Status::failed;
-    std::exception_ptr failure;
+    Failure failure = Failure::none;
     std::string problem; ///< the failure's text
     Translation translation = Translation::none;
     std::string translationProblem;

@@ -48,34 +48,28 @@ Observer::Status statusOf(const Outcome& outcome) {
     return Observer::Status::failed;
 }
 
-bool isEmptyResult(const std::exception_ptr& failure) {
+Outcome::Failure kindOf(const std::exception_ptr& failure) {
     using Error = SpeechAnalyzerFileTranscriberError;
     try {
         std::rethrow_exception(failure);
-    } catch (const Error& error) {
-        return error.kind() == Error::Kind::emptyResult;
-    } catch (...) {
-        return false;
-    }
-}
-
-bool isOfSound(const std::exception_ptr& failure) {
-    try {
-        std::rethrow_exception(failure);
     } catch (const MediaFileError&) {
-        return true;
+        return Outcome::Failure::sound;
+    } catch (const HistoryRefinementPersistenceError&) {
+        return Outcome::Failure::disk;
+    } catch (const Error& error) {
+        return error.kind() == Error::Kind::emptyResult ? Outcome::Failure::nothingUnderstood
+                                                        : Outcome::Failure::recogniser;
     } catch (...) {
-        return false;
+        return Outcome::Failure::recogniser;
     }
 }
 
 /// Whether the next start need not try again: the job was cancelled, or would fail for the same
 /// reason. A full disk, or a model that cannot be loaded, may be a temporary reason.
 bool isLasting(const Outcome& outcome) {
-    if (outcome.status == Outcome::Status::cancelled)
-        return true;
-    return outcome.status == Outcome::Status::failed &&
-           (isEmptyResult(outcome.failure) || isOfSound(outcome.failure));
+    return outcome.status == Outcome::Status::cancelled ||
+           outcome.failure == Outcome::Failure::nothingUnderstood ||
+           outcome.failure == Outcome::Failure::sound;
 }
 
 } // namespace
@@ -97,8 +91,12 @@ HistoryRefinementService::~HistoryRefinementService() {
 void HistoryRefinementService::cancelAll() {
     isEnding_ = true;
     waiting_.clear();
-    if (running_)
-        running_->stop.request_stop();
+    if (!running_)
+        return;
+    running_->stop.request_stop();
+    // The next start takes it up, also if a recogniser that hangs never answers.
+    if (running_->outcome.status != Outcome::Status::finished)
+        removeMark(*running_);
 }
 
 Task<void> HistoryRefinementService::end() {
@@ -152,6 +150,7 @@ void HistoryRefinementService::cancel(const UUID& recording) {
 
 void HistoryRefinementService::enqueue(JobPtr job) {
     const UUID& recording = job->request.recordingID;
+    job->dataFolder = environment_.holdDataFolder();
     if (failures_->contains(recording))
         failures_.mutate([&](Failures& failures) { failures.erase(recording); });
     setProgress(*job, {Progress::Step::waiting, 0, isOnHold()});
@@ -177,6 +176,10 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
     running_.reset();
     if (!isEnding_ && isLasting(job->outcome))
         settleImport(job->request.recordingID);
+    // A translation that the end of the program cuts off is reported at the next start.
+    if (!isEnding_ || job->outcome.translation != Outcome::Translation::cancelled)
+        removeMark(*job);
+    job->dataFolder.reset();
     const bool isQueuedAgain = std::ranges::any_of(waiting_, [&](const JobPtr& other) {
         return other->request.recordingID == job->request.recordingID;
     });
@@ -193,14 +196,37 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
 /// Saves an empty transcript for an import that has none. Without a transcript it would count as
 /// interrupted, and the next start would transcribe it again.
 void HistoryRefinementService::settleImport(const UUID& id) {
-    RecordingCatalog& catalog = environment_.catalog;
-    const auto recording = catalog.recording(id);
     try {
-        if (recording && recording->isImport() &&
-            !environment_.files.exists(catalog.transcriptURL(id)))
-            catalog.saveTranscript("", id);
+        if (isFirstTextOfImport(id))
+            environment_.catalog.saveTranscript("", id);
     } catch (const std::system_error&) { // the next start tries again
     }
+}
+
+bool HistoryRefinementService::isFirstTextOfImport(const UUID& id) const {
+    const auto recording = environment_.catalog.recording(id);
+    return recording && recording->isImport() &&
+           !environment_.files.exists(environment_.catalog.transcriptURL(id));
+}
+
+/// On the disk before anything decodes or recognises the file: one that crashes the program must
+/// not do so at each start. The mark stays until the translation is done as well.
+Task<void> HistoryRefinementService::markFirstText(JobPtr job) {
+    const UUID id = job->request.recordingID;
+    bool isReady = true;
+    bool isMarked = false;
+    co_await runOn(worker_, [&] {
+        if (isFirstTextOfImport(id))
+            isReady = isMarked = environment_.catalog.markTranscription(true, id);
+    });
+    job->isMarked = isMarked;
+    if (!isReady)
+        throw HistoryRefinementPersistenceError(id);
+}
+
+void HistoryRefinementService::removeMark(Job& job) {
+    if (std::exchange(job.isMarked, false))
+        environment_.catalog.markTranscription(false, job.request.recordingID);
 }
 
 /// Whether the recogniser found no text, neither now nor before: this is not a failure that the
@@ -208,7 +234,7 @@ void HistoryRefinementService::settleImport(const UUID& id) {
 bool HistoryRefinementService::isSilence(const Job& job) const {
     const auto text = environment_.catalog.transcriptURL(job.request.recordingID);
     try {
-        return isEmptyResult(job.outcome.failure) &&
+        return job.outcome.failure == Outcome::Failure::nothingUnderstood &&
                (!environment_.files.exists(text) || environment_.files.size(text) == 0);
     } catch (const std::system_error&) {
         return false;
@@ -252,7 +278,7 @@ Task<void> HistoryRefinementService::run(JobPtr job) {
     const double elapsed = environment_.host.now() - job->startedAt;
     if (failure) {
         job->outcome.status = Outcome::Status::failed;
-        job->outcome.failure = failure;
+        job->outcome.failure = kindOf(failure);
         job->outcome.problem = localizedDescription(failure);
         LogFields fields{{"error", job->outcome.problem}, {"elapsedMS", milliseconds(elapsed)}};
         fields.add(job->recording())
@@ -273,6 +299,8 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
     const HistoryRefinementRequest& request = job->request;
     Task<void> waiting = mayContinue(job); // before a model is loaded
     co_await waiting;
+    Task<void> marking = markFirstText(job);
+    co_await marking;
     if (!engine_)
         engine_ = environment_.engine();
     SpeechAnalyzerFileTranscriber transcriber({environment_.host, worker_, *engine_,

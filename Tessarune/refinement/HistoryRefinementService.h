@@ -28,7 +28,9 @@ namespace tessarune {
 /// replaced, and a former sentence stays if the recogniser has nothing at its time.
 ///
 /// Main queue; reading and saving happen on a queue of utility priority. Jobs are not persistent:
-/// the end of the program drops them, and the former transcripts stay.
+/// the end of the program drops them, and the former transcripts stay. The next start knows of an
+/// import without a transcript whether its job was dropped in order or ended the program (see
+/// RecordingRepair).
 class HistoryRefinementService {
   public:
     struct Environment {
@@ -47,6 +49,8 @@ class HistoryRefinementService {
             observe = nullptr;
         /// Returns free memory to the operating system; any thread.
         std::function<void()> returnMemory = [] {};
+        /// For as long as a job waits or runs; null if another program has the data folder.
+        std::function<DataFolderHold()> holdDataFolder = [] { return nullptr; };
     };
 
     /// The progress of a job.
@@ -107,6 +111,9 @@ class HistoryRefinementService {
     Task<void> work(JobPtr job);
     bool isSilence(const Job& job) const;
     void settleImport(const UUID& id);
+    bool isFirstTextOfImport(const UUID& id) const;
+    Task<void> markFirstText(JobPtr job);
+    void removeMark(Job& job);
     Task<void> run(JobPtr job);
     Task<void> refineSource(JobPtr job);
     Task<void> mayContinue(JobPtr job);

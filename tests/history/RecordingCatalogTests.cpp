@@ -66,6 +66,9 @@ TEST_F(RecordingCatalogTests, ListsTheNewestFirstAndCarriesNotesOver) {
     EXPECT_FALSE(index()[0].contains("note"));
     EXPECT_TRUE(catalog.deleteRecording(b));
     EXPECT_EQ(changes, 9U);
+    EXPECT_FALSE(catalog.wasIndexChangedElsewhere());
+    disk.setModifiedAt(paths.recordingIndex(), 5);
+    EXPECT_TRUE(catalog.wasIndexChangedElsewhere());
     disk.failFrom = disk.operations + 1;
     EXPECT_FALSE(catalog.upsert(recording(50, "lost.wav", makeID())));
     EXPECT_EQ(changes, 9U) << "a change that was not saved is none";

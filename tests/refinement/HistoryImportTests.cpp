@@ -17,6 +17,7 @@ class Importing : public RefinedRecording {
   public:
     Importing() {
         service = std::make_unique<HistoryRefinementService>(environment());
+        settings.translationBackend = "苹果";
         disk.setContents("/home/talk.MP3", "sound" + std::string(9'000'000, '.'));
         disk.setContents("/home/film", "sound");
         disk.setContents("/home/old.part", "sound");
@@ -35,6 +36,9 @@ class Importing : public RefinedRecording {
     void import(std::vector<std::filesystem::path> files) {
         problems.reset();
         spawn(Executor::main(host), await(this, std::move(files)));
+    }
+    RecordingRepair::Report restart() {
+        return RecordingRepair(disk, catalog, logger).runAtLaunch();
     }
     void finish() { host.runUntilIdle(host.now() + 1000); }
     /// The files of the recordings, except for the one of the fixture.
@@ -126,21 +130,23 @@ TEST(HistoryImportTests, OneFaultOfTheDiskLeavesAWholeRecordingOrNone) {
             const bool wasReached = computer.disk.operations >= last;
             computer.disk.recover();
             ASSERT_TRUE(computer.problems);
-            const auto restart = [&] {
-                return RecordingRepair(computer.disk, computer.catalog, computer.logger)
-                    .runAtLaunch()
-                    .untranscribedImports;
-            };
-            for (const RecordingMetadata& import : restart()) {
+            const RecordingRepair::Report found = computer.restart();
+            for (const RecordingMetadata& import : found.untranscribedImports) {
                 computer.imports->startTranscription(import.id, import.filePath);
                 computer.finish();
             }
             for (const UUID& id : computer.selected) {
-                EXPECT_TRUE(!computer.catalog.recording(id) ||
-                            computer.disk.contentsOf(computer.catalog.transcriptURL(id)) != "")
+                if (!computer.catalog.recording(id) || !found.brokenOffImports.empty())
+                    continue;
+                EXPECT_NE(computer.disk.contentsOf(computer.catalog.transcriptURL(id)), "")
                     << operation;
+                if (isKilled)
+                    EXPECT_TRUE(computer.disk.has(computer.catalog.bilingualTranscriptURL(id)))
+                        << operation;
             }
-            EXPECT_TRUE(restart().empty()) << "told once: " << operation;
+            const RecordingRepair::Report again = computer.restart();
+            EXPECT_TRUE(again.untranscribedImports.empty() && again.brokenOffImports.empty())
+                << "told once: " << operation;
             const std::size_t imported = computer.catalog.recordings().size() - 1;
             EXPECT_EQ(computer.sounds().size(), imported) << operation;
             if (!isKilled)
@@ -148,6 +154,32 @@ TEST(HistoryImportTests, OneFaultOfTheDiskLeavesAWholeRecordingOrNone) {
             if (!wasReached)
                 break;
         }
+    }
+}
+
+/// A file that crashes the decoder, the recogniser or the translator must not do so at each start.
+TEST(HistoryImportTests, WhatEndsTheProgramIsNotTakenUpAgainWhatTheProgramEndsIs) {
+    struct Case {
+        double seconds; ///< of the import, before the end
+        bool isOrderly;
+        std::size_t takenUp;
+        std::size_t brokenOff;
+    };
+    const std::vector<Case> cases{
+        {0.5, true, 1, 0}, {0.5, false, 0, 1}, {5, true, 0, 1}, {5, false, 0, 1}, {50, true, 0, 0}};
+    for (const Case& each : cases) {
+        Importing computer;
+        computer.translation->answers = {{.delay = 10}};
+        computer.import({"/home/film"});
+        computer.host.advanceBy(each.seconds);
+        computer.disk.failFrom = each.isOrderly ? computer.disk.never : computer.disk.operations;
+        spawn(Executor::main(computer.host), computer.service->end());
+        computer.finish();
+        computer.disk.recover();
+        const RecordingRepair::Report found = computer.restart();
+        EXPECT_EQ(found.untranscribedImports.size(), each.takenUp) << each.seconds;
+        EXPECT_EQ(found.brokenOffImports.size(), each.brokenOff) << each.seconds;
+        EXPECT_TRUE(computer.restart().brokenOffImports.empty()) << "told once";
     }
 }
 
