@@ -101,7 +101,19 @@ HistoryRefinementService::Environment Application::refinementEnvironment() {
                 return HistoryRefinementDiagnosticsSession::open(
                     {host, files, catalog, logger, utilityQueue()}, request);
             },
-            .returnMemory = [] { malloc_trim(0); }};
+            .returnMemory = [] { malloc_trim(0); },
+            .holdDataFolder = [this] { return holdDataFolder(); }};
+}
+
+/// Null if another program has the folder, or nobody can.
+DataFolderHold Application::holdDataFolder() {
+    try {
+        const auto held = recording.holdDataFolder();
+        const auto* hold = std::get_if<DataFolderHold>(&held);
+        return hold ? *hold : nullptr;
+    } catch (const std::system_error&) {
+        return nullptr;
+    }
 }
 
 SpeechPlatform Application::speechPlatform() {
@@ -178,10 +190,10 @@ RecordingRepair::Report Application::prepare() {
     const bool isOurs = recording.hasDataFolder();
     RecordingRepair::Report report = TessaruneStartupServices::prepare(
         {logger, bootstrapFields(), isOurs ? &repair : nullptr,
-         isOurs ? std::function([this] { pruneDiagnosticsOnLaunch(); }) : nullptr,
+         isOurs ? std::function([this] { pruneDiagnosticsOnLaunch(holdDataFolder()); }) : nullptr,
          [this] { preheatRecogniser(); }});
-    if (recording.hasDataFolder() && recording.recordsSessions() && !*settings.recordLosslessAudio)
-        compressor.compressLeftovers();
+    if (isOurs && recording.recordsSessions() && !*settings.recordLosslessAudio)
+        compressor.compressLeftovers(holdDataFolder());
     if (isOurs)
         spawn(Executor::main(host), search.eraseTraces());
     return report;
@@ -198,8 +210,8 @@ const std::shared_ptr<SerialQueue>& Application::utilityQueue() {
     return utilityQueue_;
 }
 
-void Application::pruneDiagnosticsOnLaunch() {
-    utilityQueue()->async([this] {
+void Application::pruneDiagnosticsOnLaunch(DataFolderHold hold) {
+    utilityQueue()->async([this, hold = std::move(hold)] {
         constexpr double bytesPerMB = 1048576;
         constexpr DiagnosticsCatalog::Budget budget;
         const auto pruned = DiagnosticsCatalog(files, paths).pruneRuns(budget);

@@ -103,18 +103,19 @@ struct Application {
     };
     /// Ensures that two programs never write one catalog, then runs the start-up services. If
     /// another program has the data folder, the services do not run: the front end decides how to
-    /// continue.
+    /// continue. A program that records has the folder afterwards, until it leaves it.
     Preparation prepareToRecord();
 
     /// Runs the start-up services; repairs the data folder only if this program has taken it.
     RecordingRepair::Report prepare();
 
   private:
-    void pruneDiagnosticsOnLaunch();
+    void pruneDiagnosticsOnLaunch(DataFolderHold hold);
     /// Created on first use.
     const std::shared_ptr<SerialQueue>& utilityQueue();
     DownloadPolicy downloadPolicy();
     HistoryRefinementService::Environment refinementEnvironment();
+    DataFolderHold holdDataFolder();
     LogFields bootstrapFields() const;
 
     /// Prepares the chosen recogniser; does nothing if its model is missing or damaged.

@@ -3,11 +3,32 @@
 #include "Tessarune/platform/disk/DiskFailure.h"
 #include "TessaruneCore/text/Localization.h"
 
+#include <mutex>
 #include <system_error>
 #include <utility>
-#include <variant>
 
 namespace tessarune {
+
+/// The lock, and how many holds there are: the last one may be dropped on any thread.
+struct RecordingGate::DataFolder {
+    std::mutex mutex;
+    std::optional<DataFolderLock> lock;
+    int holds = 0;
+
+    void drop() {
+        const std::scoped_lock guard(mutex);
+        if (--holds == 0)
+            lock.reset();
+    }
+};
+
+RecordingGate::RecordingGate(const AppSettings& settings, const JSONUserDefaults& stored,
+                             const TessarunePaths& paths, std::string program)
+    : settings_(settings),
+      stored_(stored),
+      paths_(paths),
+      program_(std::move(program)),
+      dataFolder_(std::make_shared<DataFolder>()) {}
 
 bool RecordingGate::recordsSessions() const {
     return !recordsNothing_ && doubt().empty() &&
@@ -49,9 +70,10 @@ RecordingGate::Obstacle RecordingGate::obstacle() {
     return found;
 }
 
-std::optional<DataFolderLock::Holder> RecordingGate::takeDataFolder() {
+std::variant<DataFolderHold, DataFolderLock::Holder> RecordingGate::holdDataFolder() {
+    const std::scoped_lock guard(dataFolder_->mutex);
     std::optional<DataFolderLock> lock;
-    if (!dataFolder_) {
+    if (!dataFolder_->lock) {
         auto taken = DataFolderLock::take(paths_, program_);
         if (const auto* holder = std::get_if<DataFolderLock::Holder>(&taken))
             return *holder;
@@ -61,8 +83,22 @@ std::optional<DataFolderLock::Holder> RecordingGate::takeDataFolder() {
     DiskFailure::requireWritable(paths_.appSupportBase());
     DiskFailure::requireWritable(paths_.recordings());
     if (lock)
-        dataFolder_.emplace(std::move(*lock));
+        dataFolder_->lock.emplace(std::move(*lock));
+    ++dataFolder_->holds;
+    return DataFolderHold(this, [folder = dataFolder_](const void*) { folder->drop(); });
+}
+
+std::optional<DataFolderLock::Holder> RecordingGate::takeDataFolder() {
+    const auto held = holdDataFolder();
+    if (const auto* holder = std::get_if<DataFolderLock::Holder>(&held))
+        return *holder;
+    taken_ = std::get<DataFolderHold>(held);
     return std::nullopt;
+}
+
+bool RecordingGate::hasDataFolder() const {
+    const std::scoped_lock guard(dataFolder_->mutex);
+    return dataFolder_->lock.has_value();
 }
 
 } // namespace tessarune

@@ -1,13 +1,16 @@
 #pragma once
 
+#include "Tessarune/history/RecordingCatalog.h"
 #include "Tessarune/platform/disk/DataFolderLock.h"
 #include "Tessarune/platform/disk/JSONUserDefaults.h"
 #include "Tessarune/shell/AppSettings.h"
 #include "Tessarune/shell/TessarunePaths.h"
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
+#include <variant>
 
 namespace tessarune {
 
@@ -30,8 +33,7 @@ class RecordingGate {
 
     /// `program` is the name that other programs see when this one has the data folder.
     RecordingGate(const AppSettings& settings, const JSONUserDefaults& stored,
-                  const TessarunePaths& paths, std::string program)
-        : settings_(settings), stored_(stored), paths_(paths), program_(std::move(program)) {}
+                  const TessarunePaths& paths, std::string program);
 
     /// Called by `mayRecord` with the reason why the session is not recorded, or with an empty
     /// obstacle if it is. Not called after `recordNothing`.
@@ -49,15 +51,19 @@ class RecordingGate {
     /// asks again, because this takes the data folder once another program has released it.
     bool mayRecord();
 
-    /// Makes this program the writer of the data folder, unless it already is; if another program
-    /// is the writer, returns that program. Throws std::system_error if the folder cannot be
-    /// created or written.
+    /// Makes this program the writer of the data folder until nobody has a copy of the result; if
+    /// another program is the writer, returns that program. Throws std::system_error if the folder
+    /// cannot be created or written.
+    std::variant<DataFolderHold, DataFolderLock::Holder> holdDataFolder();
+
+    /// The same until `leaveDataFolder`; returns the other program, if there is one.
     std::optional<DataFolderLock::Holder> takeDataFolder();
-    bool hasDataFolder() const { return dataFolder_.has_value(); }
-    /// Lets other programs write the data folder again.
-    void leaveDataFolder() { dataFolder_.reset(); }
+    /// Lets other programs write the data folder again, once no hold exists.
+    void leaveDataFolder() { taken_.reset(); }
+    bool hasDataFolder() const;
 
   private:
+    struct DataFolder;
     Obstacle obstacle();
 
     const AppSettings& settings_;
@@ -65,7 +71,8 @@ class RecordingGate {
     const TessarunePaths& paths_;
     const std::string program_;
     bool recordsNothing_ = false;
-    std::optional<DataFolderLock> dataFolder_;
+    const std::shared_ptr<DataFolder> dataFolder_;
+    DataFolderHold taken_;
 };
 
 } // namespace tessarune

@@ -104,7 +104,7 @@ Task<bool> RecordingAudioCompressor::finishFollowed(RecordingMetadata recording,
 
 // Recordings of interrupted sessions
 
-void RecordingAudioCompressor::compressLeftovers() {
+void RecordingAudioCompressor::compressLeftovers(DataFolderHold hold) {
     std::vector<RecordingMetadata> waiting;
     for (const RecordingMetadata& recording : catalog_.recordings()) {
         if (recording.awaitsCompression == true && recording.endedAt &&
@@ -112,11 +112,14 @@ void RecordingAudioCompressor::compressLeftovers() {
             waiting.push_back(recording);
     }
     if (!waiting.empty())
-        spawn(Executor::main(host_), encodeLeftovers(alive_, *this, std::move(waiting)));
+        spawn(Executor::main(host_),
+              encodeLeftovers(alive_, *this, std::move(waiting), std::move(hold)));
 }
 
 Task<void> RecordingAudioCompressor::encodeLeftovers(Alive alive, RecordingAudioCompressor& self,
-                                                     std::vector<RecordingMetadata> recordings) {
+                                                     std::vector<RecordingMetadata> recordings,
+                                                     DataFolderHold hold) {
+    const DataFolderHold keptToTheEnd = std::move(hold);
     Host& host = self.host_;
     const Executor worker = Executor::queue(host, self.queue_);
     for (const RecordingMetadata& recording : recordings) {

@@ -61,7 +61,8 @@ class RecordingAudioCompressor {
     /// Stops following the recording, which stays unchanged or is deleted.
     void forget();
     /// Compresses the recordings that earlier sessions left uncompressed, one by one and slowly.
-    void compressLeftovers();
+    /// Keeps `hold` until then.
+    void compressLeftovers(DataFolderHold hold = {});
 
     /// Encodes the WAV and returns the updated entry. If `deleteSource` is set, removes the WAV
     /// once the M4A is on the disk, has the recording's length and is in the catalog. Throws
@@ -78,7 +79,8 @@ class RecordingAudioCompressor {
     static Task<void> keepUp(Alive alive, RecordingAudioCompressor& self,
                              std::shared_ptr<WAVEncoding> encoding);
     static Task<void> encodeLeftovers(Alive alive, RecordingAudioCompressor& self,
-                                      std::vector<RecordingMetadata> recordings);
+                                      std::vector<RecordingMetadata> recordings,
+                                      DataFolderHold hold);
     Task<bool> finishFollowed(RecordingMetadata recording, MediaProgress progress,
                               std::stop_token stop);
     RecordingMetadata adopt(RecordingMetadata recording, bool deleteSource);

@@ -45,6 +45,16 @@ TEST(RecordingGateTests, OneProgramRecordsAtATimeAndTheNextOnceItHasLeft) {
     EXPECT_TRUE(second.gate.mayRecord());
     EXPECT_FALSE(second.told.back().isThere()) << "the obstacle is gone";
     EXPECT_FALSE(first.gate.mayRecord());
+
+    // Each change keeps the folder until it is done, whoever leaves it meanwhile.
+    second.gate.leaveDataFolder();
+    auto change = first.gate.holdDataFolder();
+    EXPECT_TRUE(first.gate.mayRecord());
+    first.gate.leaveDataFolder();
+    EXPECT_EQ(std::get<DataFolderLock::Holder>(second.gate.holdDataFolder()).program, "first");
+    change = DataFolderHold();
+    EXPECT_TRUE(std::holds_alternative<DataFolderHold>(second.gate.holdDataFolder()));
+    EXPECT_FALSE(second.gate.hasDataFolder());
 }
 
 TEST(RecordingGateTests, ARunThatKeepsNothingLeavesTheSettingsAsTheyAre) {

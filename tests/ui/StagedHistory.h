@@ -57,6 +57,7 @@ class StagedHistory {
     }
 
     /// Adds a recording that began `ago` seconds before `now`; a running one has no end.
+    DataFolderHold hold() const { return changeProblem.empty() ? dataFolder : nullptr; }
     UUID add(double ago, const std::string& text, const std::string& bilingual = "",
              bool isRunning = false) {
         RecordingMetadata recording;
@@ -101,7 +102,10 @@ class StagedHistory {
                 .wordStatistics = wordStatistics,
                 .vocabulary = vocabulary,
                 .vocabularyPreferences = std::make_shared<VocabularyPreferences>(defaults),
-                .changeProblem = [this] { return changeProblem; },
+                .leaseDataFolder =
+                    [this] {
+                        return DataFolderLease{hold(), changeProblem};
+                    },
                 .speechModels =
                     [] {
                         return std::vector<std::string>{"tiny-en", "small-en"};
@@ -200,6 +204,7 @@ class StagedHistory {
                                                                                             format);
                             }});
     std::string changeProblem;
+    const std::shared_ptr<int> dataFolder = std::make_shared<int>(); ///< each hold is a copy
     std::string suggested; ///< the name of the last export
     std::string copied;
     std::string opened;           ///< the last page in the browser

@@ -92,7 +92,11 @@ class StagedSettings {
             .followDownloadTrouble = [](const auto&) {},
             .files = files,
             .paths = {"/data"},
-            .changeProblem = [this] { return changeProblem; },
+            .leaseDataFolder =
+                [this] {
+                    return DataFolderLease{
+                        changeProblem.empty() ? std::make_shared<int>() : nullptr, changeProblem};
+                },
             .openFolder =
                 [this](const auto& folder) {
                     opened = folder;

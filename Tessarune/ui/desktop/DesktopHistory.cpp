@@ -19,14 +19,16 @@
 
 namespace tessarune {
 
-std::string problemOfChange(Application& application) {
+DataFolderLease leaseDataFolder(Application& application) {
     try {
-        const auto holder = application.recording.takeDataFolder();
-        return holder ? localized("%@（进程 %lld）正在使用这些录音，请在那里修改。",
-                                  {holder->program, std::to_string(holder->processID)})
-                      : std::string();
+        const auto held = application.recording.holdDataFolder();
+        if (const auto* hold = std::get_if<DataFolderHold>(&held))
+            return {*hold, {}};
+        const auto& holder = std::get<DataFolderLock::Holder>(held);
+        return {nullptr, localized("%@（进程 %lld）正在使用这些录音，请在那里修改。",
+                                   {holder.program, std::to_string(holder.processID)})};
     } catch (const std::system_error& error) {
-        return error.what();
+        return {nullptr, error.what()};
     }
 }
 
@@ -112,7 +114,7 @@ std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, Deskt
         .wordStatistics = application.wordStats,
         .vocabulary = std::make_shared<VocabularyStore>(application.files, application.paths),
         .vocabularyPreferences = std::make_shared<VocabularyPreferences>(application.defaults),
-        .changeProblem = [&application] { return problemOfChange(application); },
+        .leaseDataFolder = [&application] { return leaseDataFolder(application); },
         .speechModels = [&application] { return installedModels(application.speechModels); },
         .chooseFile = chooseExportFile,
         .chooseFiles = chooseFilesToImport,

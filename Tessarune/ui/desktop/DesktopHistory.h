@@ -7,14 +7,11 @@
 #include "Tessarune/ui/history/HistoryWindow.h"
 
 #include <memory>
-#include <string>
 
 namespace tessarune {
 
-/// Takes the data folder, unless this program holds it already: only its holder may change
-/// recordings and diagnostics runs. Returns why that failed, for the user; empty on success. Main
-/// thread.
-std::string problemOfChange(Application& application);
+/// Holds the data folder: only its holder may change recordings and diagnostics runs. Main thread.
+DataFolderLease leaseDataFolder(Application& application);
 
 /// Creates the history window. All references must outlive it. Main thread.
 std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, DesktopSound& sound,

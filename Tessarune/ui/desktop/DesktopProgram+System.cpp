@@ -1,6 +1,7 @@
 #include "Tessarune/platform/qt-desktop/X11Desktop.h"
 #include "Tessarune/ui/controls/DesktopLook.h"
 #include "Tessarune/ui/desktop/DesktopProgram.h"
+#include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <QGuiApplication>
@@ -65,20 +66,30 @@ void DesktopProgram::watchSystem() {
 void DesktopProgram::watchRecordings() {
     try {
         application_.files.createDirectories(application_.paths.appSupportBase());
-        const auto announce = [this] {
-            application_.notifications.post(NotificationName::recordingCatalogDidChange);
-        };
-        recordingsWatch_.emplace(application_.paths.recordingIndex(), host_, [this, announce] {
-            announce();
-            // The texts of a session are written shortly after its entry.
-            constexpr double textsSeconds = 2;
-            recordingsLook_.cancel();
-            recordingsLook_ = host_.after(textsSeconds, announce);
-        });
+        recordingsWatch_.emplace(application_.paths.recordingIndex(), host_,
+                                 [this] { spawn(Executor::main(host_), recordingsChanged()); });
     } catch (const std::exception& error) {
         application_.logger.important("recordings.watch.failed",
                                       {{"error", std::string(error.what())}});
     }
+}
+
+/// The catalog itself announces what this program writes.
+Task<void> DesktopProgram::recordingsChanged() {
+    const auto queue = host_.serialQueue("Tessarune.recordings.watch", QueuePriority::utility);
+    const bool isNews = co_await runOn(Executor::queue(host_, queue), [&] {
+        return application_.catalog.wasIndexChangedElsewhere();
+    });
+    if (!isNews)
+        co_return;
+    const auto announce = [this] {
+        application_.notifications.post(NotificationName::recordingCatalogDidChange);
+    };
+    announce();
+    // The texts of a session are written shortly after its entry.
+    constexpr double textsSeconds = 2;
+    recordingsLook_.cancel();
+    recordingsLook_ = host_.after(textsSeconds, announce);
 }
 
 /// Shows the text as a desktop notification while both the caption window, which would show it, and

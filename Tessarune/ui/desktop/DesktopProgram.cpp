@@ -104,18 +104,43 @@ void DesktopProgram::prepare() {
         notices_.tell(
             localized("已恢复 %lld 次中断的会话，可在历史记录中查看。", {std::to_string(count)}));
     finishImports(preparation.repairs.untranscribedImports);
+    tellBrokenOff(preparation.repairs.brokenOffImports);
+    application_.recording.leaveDataFolder();
+    observations_.followChanges(store().view().sessionPhase, [this](LiveSessionPhase phase) {
+        if (phase == LiveSessionPhase::idle || phase == LiveSessionPhase::failed)
+            spawn(Executor::main(host_), leaveDataFolder());
+    });
+}
+
+/// Between two sessions other programs may record, and change recordings.
+Task<void> DesktopProgram::leaveDataFolder() {
+    constexpr double lookSeconds = 0.1;
+    while (store().isStopping() || session_.isWritingDiagnostics())
+        co_await sleep(Executor::main(host_), lookSeconds);
+    const LiveSessionPhase phase = *store().view().sessionPhase;
+    if (phase == LiveSessionPhase::idle || phase == LiveSessionPhase::failed)
+        application_.recording.leaveDataFolder();
 }
 
 /// The interrupted imports wait for a later start if there is no recogniser, or if this program may
 /// not change the recordings.
 void DesktopProgram::finishImports(const std::vector<RecordingMetadata>& interrupted) {
-    if (interrupted.empty() || !application_.speechModelProblem().empty() ||
-        !problemOfChange(application_).empty())
+    if (interrupted.empty() || !application_.speechModelProblem().empty())
+        return;
+    const DataFolderLease lease = leaseDataFolder(application_);
+    if (!lease.hold)
         return;
     for (const RecordingMetadata& import : interrupted)
         application_.imports.startTranscription(import.id, import.filePath);
     notices_.tell(
         localized("%lld 个文件的导入曾中断，正在重新识别。", {std::to_string(interrupted.size())}));
+}
+
+void DesktopProgram::tellBrokenOff(const std::vector<RecordingMetadata>& imports) {
+    for (const RecordingMetadata& import : imports)
+        notices_.tell(localized(
+            "程序在识别或翻译导入的“%@”时意外结束。可在历史记录中对它重新精修。",
+            {import.note.value_or(std::filesystem::path(import.filePath).filename().string())}));
 }
 
 /// If no model can be used, shows where to get one: a session would download it without notice.

@@ -53,6 +53,8 @@ class DesktopProgram {
     // DesktopProgram.cpp
     void prepare();
     void finishImports(const std::vector<RecordingMetadata>& interrupted);
+    void tellBrokenOff(const std::vector<RecordingMetadata>& imports);
+    Task<void> leaveDataFolder();
     bool hasSpeechModel();
     void toggle(const LiveSessionControlTrigger& trigger);
     void quit();
@@ -62,6 +64,7 @@ class DesktopProgram {
     // DesktopProgram+System.cpp: events of the system and the desktop
     void watchSystem();
     void watchRecordings();
+    Task<void> recordingsChanged();
     void notifyIfHidden(const std::string& text);
     Task<void> secure(std::function<void()> ready);
     Task<void> finish(std::function<void()> ready);

@@ -55,7 +55,7 @@ std::unique_ptr<SettingsWindow> makeSettingsWindow(Application& application,
             },
         .files = application.files,
         .paths = application.paths,
-        .changeProblem = [&application] { return problemOfChange(application); },
+        .leaseDataFolder = [&application] { return leaseDataFolder(application); },
         .openFolder =
             [&desktop](const std::filesystem::path& folder) {
                 return desktop.openURL(folder.string());

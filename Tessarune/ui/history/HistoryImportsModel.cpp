@@ -14,8 +14,8 @@ using FileState = ImportedFile::State;
 } // namespace
 
 HistoryImportsModel::HistoryImportsModel(const HistoryWindowEnvironment& environment,
-                                         std::function<bool()> mayChange)
-    : environment_(environment), mayChange_(std::move(mayChange)) {
+                                         std::function<DataFolderHold()> holdDataFolder)
+    : environment_(environment), holdDataFolder_(std::move(holdDataFolder)) {
     observations_.follow(environment_.imports.copied(), [this] {
         announce(rowIn(FileState::copying), {StateTextRole, ProgressRole});
     });
@@ -45,7 +45,10 @@ void HistoryImportsModel::add(const QList<QUrl>& files) {
 }
 
 void HistoryImportsModel::add(const std::vector<ImportedFile>& files) {
-    if (files.empty() || !mayChange_())
+    if (files.empty())
+        return;
+    DataFolderHold hold = holdDataFolder_();
+    if (!hold)
         return;
     std::vector<ImportedFile> all = rows();
     for (ImportedFile file : files) {
@@ -54,10 +57,11 @@ void HistoryImportsModel::add(const std::vector<ImportedFile>& files) {
     }
     set(std::move(all));
     if (!std::exchange(isImporting_, true))
-        spawn(Executor::main(environment_.host), importAll());
+        spawn(Executor::main(environment_.host), importAll(std::move(hold)));
 }
 
-Task<void> HistoryImportsModel::importAll() {
+Task<void> HistoryImportsModel::importAll(DataFolderHold hold) {
+    const DataFolderHold keptToTheEnd = std::move(hold);
     const auto held = lifeline_.held();
     HistoryImportCoordinator& imports = environment_.imports;
     for (int row = rowIn(FileState::waiting); row >= 0; row = rowIn(FileState::waiting)) {

@@ -44,9 +44,9 @@ class HistoryImportsModel final : public ListedRows<ImportedFile> {
         ProgressRole ///< 0 to 1; negative: the file waits or has failed
     };
 
-    /// `mayChange` returns whether recordings can be changed now; if not, it tells the user why.
+    /// `holdDataFolder` returns null if recordings cannot be changed now, and tells the user why.
     HistoryImportsModel(const HistoryWindowEnvironment& environment,
-                        std::function<bool()> mayChange);
+                        std::function<DataFolderHold()> holdDataFolder);
     ~HistoryImportsModel() override { stop_.request_stop(); }
 
     QVariant data(const QModelIndex& index, int role) const override;
@@ -63,13 +63,13 @@ class HistoryImportsModel final : public ListedRows<ImportedFile> {
 
   private:
     void add(const std::vector<ImportedFile>& files);
-    Task<void> importAll();
+    Task<void> importAll(DataFolderHold hold);
     void ended(int number, const std::string& problem);
     void set(std::vector<ImportedFile> files);
     int rowIn(ImportedFile::State state) const;
 
     const HistoryWindowEnvironment& environment_;
-    const std::function<bool()> mayChange_;
+    const std::function<DataFolderHold()> holdDataFolder_;
     std::stop_source stop_; ///< of the file that is being copied
     int lastNumber_ = 0;
     bool isImporting_ = false;

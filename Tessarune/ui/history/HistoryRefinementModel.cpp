@@ -28,11 +28,11 @@ std::string outcomeText(const HistoryRefinementOutcome& outcome) {
 
 HistoryRefinementModel::HistoryRefinementModel(const HistoryWindowEnvironment& environment,
                                                HistoryDetailModel& detail,
-                                               std::function<bool()> mayChange,
+                                               std::function<DataFolderHold()> holdDataFolder,
                                                std::function<void(const std::string&)> onAlert)
     : environment_(environment),
       detail_(detail),
-      mayChange_(std::move(mayChange)),
+      holdDataFolder_(std::move(holdDataFolder)),
       onAlert_(std::move(onAlert)) {
     connect(&detail_, &HistoryDetailModel::recordingChanged, this,
             &HistoryRefinementModel::changed);
@@ -99,18 +99,25 @@ void HistoryRefinementModel::refresh() {
 
 void HistoryRefinementModel::refine(int model) {
     const auto& recording = detail_.recording();
-    if (!canRefine() || model < 0 || model > static_cast<int>(models_.size()) || !mayChange_())
+    if (!canRefine() || model < 0 || model > static_cast<int>(models_.size()))
+        return;
+    DataFolderHold hold = holdDataFolder_();
+    if (!hold)
         return;
     const auto request = HistoryRefinementRequest::current(environment_.settings, recording->id,
                                                            recording->filePath.value_or(""));
     if (!request)
         return onAlert_(localized("没有选择识别语言，无法精修。"));
     spawn(Executor::main(environment_.host),
-          run(*request, model == 0 ? std::string(HistoryRefinementService::bestModel)
-                                   : models_[static_cast<std::size_t>(model) - 1]));
+          run(*request,
+              model == 0 ? std::string(HistoryRefinementService::bestModel)
+                         : models_[static_cast<std::size_t>(model) - 1],
+              std::move(hold)));
 }
 
-Task<void> HistoryRefinementModel::run(HistoryRefinementRequest request, std::string model) {
+Task<void> HistoryRefinementModel::run(HistoryRefinementRequest request, std::string model,
+                                       DataFolderHold hold) {
+    const DataFolderHold keptToTheEnd = std::move(hold);
     const auto held = lifeline_.held();
     Task<HistoryRefinementOutcome> refining =
         environment_.refinement.refine(std::move(request), std::move(model));

@@ -33,10 +33,10 @@ class HistoryRefinementModel final : public QObject {
     Q_PROPERTY(QStringList models READ models NOTIFY modelsChanged)
 
   public:
-    /// `mayChange` returns whether recordings can be changed now; if not, it tells the user why.
+    /// `holdDataFolder` returns null if recordings cannot be changed now, and tells the user why.
     /// `onAlert` tells the user the result.
     HistoryRefinementModel(const HistoryWindowEnvironment& environment, HistoryDetailModel& detail,
-                           std::function<bool()> mayChange,
+                           std::function<DataFolderHold()> holdDataFolder,
                            std::function<void(const std::string&)> onAlert);
 
     bool canRefine() const;
@@ -58,11 +58,11 @@ class HistoryRefinementModel final : public QObject {
 
   private:
     std::optional<HistoryRefinementService::Progress> job() const;
-    Task<void> run(HistoryRefinementRequest request, std::string model);
+    Task<void> run(HistoryRefinementRequest request, std::string model, DataFolderHold hold);
 
     const HistoryWindowEnvironment& environment_;
     HistoryDetailModel& detail_;
-    const std::function<bool()> mayChange_;
+    const std::function<DataFolderHold()> holdDataFolder_;
     const std::function<void(const std::string&)> onAlert_;
     std::vector<std::string> models_;
     Observations observations_;

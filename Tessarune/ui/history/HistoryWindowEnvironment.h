@@ -42,9 +42,8 @@ struct HistoryWindowEnvironment {
     HistoryWordStatsService& wordStatistics;
     std::shared_ptr<VocabularyStore> vocabulary;
     std::shared_ptr<VocabularyPreferences> vocabularyPreferences;
-    /// Returns why recordings cannot be changed now, for example because another program has them
-    /// open; empty if they can be.
-    std::function<std::string()> changeProblem;
+    /// Called before each change of the recordings, which keeps the hold until it is done.
+    std::function<DataFolderLease()> leaseDataFolder;
     /// Returns the names of the installed and intact speech models.
     std::function<std::vector<std::string>()> speechModels;
     /// Asks where to write a file, with a suggested name. Calls back with the path, or not at all

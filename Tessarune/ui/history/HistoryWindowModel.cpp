@@ -22,9 +22,9 @@ HistoryWindowModel::HistoryWindowModel(const HistoryWindowEnvironment& environme
       exports_(environment_, detail_, [this](const std::string& message) { tell(message); }),
       playback_(environment_, detail_),
       refinement_(
-          environment_, detail_, [this] { return mayChange(); },
+          environment_, detail_, [this] { return holdDataFolder(); },
           [this](const std::string& message) { tell(message); }),
-      imports_(environment_, [this] { return mayChange(); }),
+      imports_(environment_, [this] { return holdDataFolder(); }),
       card_(environment_, [this] { playback_.pause(); }),
       words_(environment_, detail_, card_),
       vocabulary_(*environment_.vocabulary, card_),
@@ -128,16 +128,20 @@ void HistoryWindowModel::dismissMessage() {
     Q_EMIT messageChanged();
 }
 
-bool HistoryWindowModel::mayChange() {
-    const std::string problem = environment_.changeProblem();
-    if (!problem.empty())
-        tell(problem);
-    return problem.empty();
+/// Null if recordings cannot be changed now: the user is told why.
+DataFolderHold HistoryWindowModel::holdDataFolder() {
+    DataFolderLease lease = environment_.leaseDataFolder();
+    if (!lease.hold)
+        tell(lease.problem);
+    return std::move(lease.hold);
 }
 
 void HistoryWindowModel::deleteCurrent() {
     const auto& recording = detail_.recording();
-    if (!recording || !mayChange())
+    if (!recording)
+        return;
+    DataFolderHold hold = holdDataFolder();
+    if (!hold)
         return;
     if (recording->live) {
         tell(localized("正在录音，停止后才能删除。"));
@@ -148,6 +152,7 @@ void HistoryWindowModel::deleteCurrent() {
     const std::string title =
         recording->note.empty() ? recording->date + " " + recording->time : recording->note;
     deleted_ = id;
+    deletion_ = std::move(hold);
     list_.setHidden(id, true);
     tell(localized("已删除“%@”", {title}));
 }
@@ -156,6 +161,7 @@ void HistoryWindowModel::undo() {
     if (!deleted_)
         return;
     const UUID id = *std::exchange(deleted_, std::nullopt);
+    deletion_.reset();
     list_.setHidden(id, false);
     select(id);
     dismissMessage();
@@ -170,7 +176,9 @@ void HistoryWindowModel::finishDeletion() {
         model.list_.setHidden(id, false);
         model.tell(localized("录音无法删除。"));
     };
-    change([&catalog = environment_.catalog, id] { return catalog.deleteRecording(id); }, failed);
+    change(
+        std::exchange(deletion_, nullptr),
+        [&catalog = environment_.catalog, id] { return catalog.deleteRecording(id); }, failed);
 }
 
 void HistoryWindowModel::finishPending() {
@@ -181,9 +189,9 @@ void HistoryWindowModel::finishPending() {
 /// Runs `step` on the queue, because the catalog is always written completely, which takes a while
 /// if it is long. `step` runs even if the window closes now. If it returns false and the window
 /// still exists, `failed` is called on the main queue.
-void HistoryWindowModel::change(std::function<bool()> step,
+void HistoryWindowModel::change(DataFolderHold hold, std::function<bool()> step,
                                 std::function<void(HistoryWindowModel&)> failed) {
-    queue_->async([&host = environment_.host, step = std::move(step),
+    queue_->async([&host = environment_.host, step = std::move(step), hold = std::move(hold),
                    report = lifeline_.calling(std::move(failed))] {
         if (!step())
             host.post(report);
@@ -194,11 +202,17 @@ void HistoryWindowModel::setNote(const QString& note) {
     draft_.reset();
     const auto& recording = detail_.recording();
     const std::string text = note.trimmed().toStdString();
-    if (!recording || recording->note == text || !mayChange())
+    if (!recording || recording->note == text)
         return;
-    change([&catalog = environment_.catalog, text,
-            id = recording->id] { return catalog.setNote(text, id); },
-           [](HistoryWindowModel& model) { model.tell(localized("备注无法保存。")); });
+    DataFolderHold hold = holdDataFolder();
+    if (!hold)
+        return;
+    change(
+        std::move(hold),
+        [&catalog = environment_.catalog, text, id = recording->id] {
+            return catalog.setNote(text, id);
+        },
+        [](HistoryWindowModel& model) { model.tell(localized("备注无法保存。")); });
 }
 
 void HistoryWindowModel::copy(bool withTranslation) {

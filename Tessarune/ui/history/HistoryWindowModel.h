@@ -119,9 +119,10 @@ class HistoryWindowModel final : public QObject {
 
     void setPage(Page page);
     void tell(const std::string& message);
-    bool mayChange();
+    DataFolderHold holdDataFolder();
     void finishDeletion();
-    void change(std::function<bool()> step, std::function<void(HistoryWindowModel&)> failed);
+    void change(DataFolderHold hold, std::function<bool()> step,
+                std::function<void(HistoryWindowModel&)> failed);
     void listUpdated();
 
     const HistoryWindowEnvironment& environment_;
@@ -144,6 +145,7 @@ class HistoryWindowModel final : public QObject {
     int lastRow_ = 0;            ///< where the chosen recording was listed last
     QString message_;
     std::optional<UUID> deleted_; ///< no longer listed, but not yet deleted
+    DataFolderHold deletion_;     ///< while it can be undone
     QTimer messageTimer_;
     NotificationCenter::Observation selection_;
     Observations observations_;

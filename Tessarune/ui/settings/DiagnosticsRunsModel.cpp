@@ -153,18 +153,19 @@ void DiagnosticsRunsModel::remove(int row) {
     const DiagnosticsRunContents* const run = at(row);
     if (!run)
         return;
-    if (const std::string problem = environment_.changeProblem(); !problem.empty()) {
-        tell(QString::fromStdString(problem), false);
+    const DataFolderLease lease = environment_.leaseDataFolder();
+    if (!lease.hold) {
+        tell(QString::fromStdString(lease.problem), false);
         return;
     }
-    inBackground(
-        [&disk = environment_.files, paths = environment_.paths, directory = run->directory] {
-            const bool isGone = DiagnosticsCatalog(disk, paths).remove({directory, 0});
-            return [isGone](DiagnosticsRunsModel& model) {
-                model.replay_.clear();
-                model.tell(isGone ? QString() : runText("诊断记录没有删除。"), isGone);
-            };
-        });
+    inBackground([&disk = environment_.files, paths = environment_.paths,
+                  directory = run->directory, hold = lease.hold] {
+        const bool isGone = DiagnosticsCatalog(disk, paths).remove({directory, 0});
+        return [isGone](DiagnosticsRunsModel& model) {
+            model.replay_.clear();
+            model.tell(isGone ? QString() : runText("诊断记录没有删除。"), isGone);
+        };
+    });
     refresh();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessarune/history/RecordingCatalog.h"
 #include "Tessarune/session/SessionView.h"
 #include "Tessarune/shell/AppSettings.h"
 #include "Tessarune/shell/FileSystem.h"
@@ -43,9 +44,8 @@ struct SettingsWindowEnvironment {
     /// The disk and the paths of the diagnostics runs.
     FileSystem& files;
     TessarunePaths paths;
-    /// Returns why no run may be removed, for example because another program writes there; empty
-    /// if runs may be removed.
-    std::function<std::string()> changeProblem;
+    /// Called before each removal of a run, which keeps the hold until it is done.
+    std::function<DataFolderLease()> leaseDataFolder;
     /// Shows a folder in the desktop's file manager; returns false on failure.
     std::function<bool(const std::filesystem::path& folder)> openFolder;
 };
