@@ -1,5 +1,6 @@
 #include "Tessarune/ui/desktop/DesktopListening.h"
 
+#include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <utility>
@@ -57,7 +58,8 @@ void DesktopListening::start(const LiveSessionControlTrigger& trigger) {
         store().startListening(trigger); // only tells the user that saving continues
     else if (wish_)
         wish_->starts = true;
-    else if (!isListening() && !pendingStart_ && environment_.hasSpeechModel())
+    else if (!isListening() && !pendingStart_ && !isLookingAtFile() &&
+             environment_.hasSpeechModel())
         startWithSound(trigger);
 }
 
@@ -71,7 +73,7 @@ void DesktopListening::startWithSound(const LiveSessionControlTrigger& trigger) 
 }
 
 void DesktopListening::toggle(const LiveSessionControlTrigger& trigger) {
-    if (pendingStart_ || (wish_ && wish_->starts))
+    if (pendingStart_ || (wish_ && wish_->starts) || isLookingAtFile())
         return stop(trigger);
     if (isListening() || *store().view().sessionPhase == LiveSessionPhase::stopping)
         store().toggleListening(trigger);
@@ -80,6 +82,7 @@ void DesktopListening::toggle(const LiveSessionControlTrigger& trigger) {
 }
 
 void DesktopListening::stop(const LiveSessionControlTrigger& trigger) {
+    look_ = 0;
     if (wish_)
         wish_ = Wish{.file = {}, .source = wish_->source};
     environment_.notices.tell(Topic::waitingForFile, "");
@@ -89,20 +92,35 @@ void DesktopListening::stop(const LiveSessionControlTrigger& trigger) {
 }
 
 void DesktopListening::captionFile(const std::filesystem::path& file) {
-    // If the file cannot be heard, the running session continues.
-    if (const std::string problem = DesktopSound::problemOf(file); !problem.empty()) {
-        environment_.notices.tell(problem);
-        if (!hasSound_)
-            connect();
-        return;
+    look_ = ++lastLook_;
+    spawn(Executor::main(environment_.host), lookAt(file, look_));
+}
+
+/// On a queue of its own, because the disk may be slow. The running session continues meanwhile, and
+/// if the file cannot be heard.
+Task<void> DesktopListening::lookAt(std::filesystem::path file, unsigned look) {
+    Host& host = environment_.host;
+    const auto queue = host.serialQueue("Tessarune.file.look", QueuePriority::userInitiated);
+    const std::string problem =
+        co_await runOn(Executor::queue(host, queue), [&] { return DesktopSound::problemOf(file); });
+    if (look != look_)
+        co_return;
+    look_ = 0;
+    if (problem.empty()) {
+        want({.file = file, .starts = true});
+        co_return;
     }
-    want({.file = file, .starts = true});
+    environment_.notices.tell(problem);
+    if (!hasSound_)
+        connect();
 }
 
 void DesktopListening::selectSource(const AudioSource& source) {
-    if (!wish_ && !environment_.sound.isFile())
+    if (!wish_ && !isLookingAtFile() && !environment_.sound.isFile())
         return store().selectSource(source);
-    const bool restarts = isListening() || pendingStart_ || (wish_ && wish_->starts);
+    const bool restarts =
+        isListening() || pendingStart_ || (wish_ && wish_->starts) || isLookingAtFile();
+    look_ = 0;
     want({.file = {}, .source = source, .starts = restarts});
 }
 

@@ -60,12 +60,16 @@ class DesktopListening {
     void fileEnded(const std::string& problem);
     void want(Wish wish);
     Task<void> fulfilWish();
+    Task<void> lookAt(std::filesystem::path file, unsigned look);
+    bool isLookingAtFile() const { return look_ != 0; }
     Task<void> connectToSound();
     Task<void> tellOfWaiting();
     void listenToComputer(const AudioSource& source);
 
     const Environment environment_;
     std::optional<Wish> wish_;
+    unsigned look_ = 0; ///< at the file to caption; 0: none
+    unsigned lastLook_ = 0;
     std::optional<LiveSessionControlTrigger> pendingStart_; // takes effect once there is sound
     AudioSource computerSource_ = AudioSource::systemAudio();
     bool hasSound_ = false;

@@ -26,7 +26,7 @@ class DesktopSound final : public SoundServer {
     std::function<void(const std::string& problem)> onFileEnded;
 
     /// Returns why a file cannot be heard. Empty if it can, and for a pipe, which cannot be checked
-    /// without consuming its sound.
+    /// without consuming its sound. Takes as long as the disk does. Any thread.
     static std::string problemOf(const std::filesystem::path& file);
     /// Switches to a file, which the next `connect` opens. No stream may be open.
     void playFile(const std::filesystem::path& file);
