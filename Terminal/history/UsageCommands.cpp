@@ -65,9 +65,11 @@ void printChart(const std::vector<UsagePeriod>& periods) {
 } // namespace
 
 Task<int> showUsage(Program& program, const TerminalOptions& options, UsagePeriodKind by) {
-    const std::string problem = program.catalog.readingProblem();
-    const auto periods =
-        UsageStatistics::periods(UsageStatistics::sessions(program.catalog, program.files), by);
+    std::string problem = program.catalog.readingProblem();
+    const auto sessions = UsageStatistics::sessions(program.catalog, program.files);
+    const auto periods = UsageStatistics::periods(sessions, by);
+    if (problem.empty())
+        problem = UsageStatistics::problemOf(sessions);
     if (options.json) {
         for (const auto& period : periods)
             printJSON(usageJSON("usage", period));

@@ -1,5 +1,7 @@
 #include "Tessarune/history/UsageStatistics.h"
 
+#include "Tessarune/history/LocalDay.h"
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
@@ -7,7 +9,6 @@
 #include <cmath>
 #include <ctime>
 #include <system_error>
-#include <utility>
 
 namespace tessarune {
 
@@ -18,52 +19,20 @@ namespace {
 constexpr double earliestUsage = 946684800; // 2000
 constexpr double latestUsage = 4102444800;  // 2100
 
-std::tm localTime(double moment) {
-    const auto whole = static_cast<std::time_t>(std::floor(moment));
-    std::tm local{};
-    localtime_r(&whole, &local);
-    return local;
-}
-
-/// The first moment of a day. `day` may lie outside the month, such as 0 or 32. If the clock skips
-/// midnight, this is the first moment after it.
-double startOfDay(int year, int month, int day) {
-    std::tm local{};
-    local.tm_year = year;
-    local.tm_mon = month;
-    local.tm_mday = day;
-    local.tm_isdst = -1;
-    // If a midnight does not exist or occurs twice, `mktime` may be wrong by the clock change.
-    constexpr std::time_t step = 15L * 60;
-    std::tm wanted = local;
-    wanted.tm_hour = 12;
-    std::mktime(&wanted); // turns it into a day that exists
-    const auto isBefore = [&](std::time_t moment) {
-        const std::tm at = localTime(static_cast<double>(moment));
-        return std::pair(at.tm_year, at.tm_yday) < std::pair(wanted.tm_year, wanted.tm_yday);
-    };
-    std::time_t start = std::mktime(&local);
-    while (isBefore(start))
-        start += step;
-    while (!isBefore(start - 1))
-        start -= step;
-    return static_cast<double>(start);
-}
-
 /// The first moment of the period that is `later` periods after the one with `moment`.
 double startOfPeriod(double moment, UsagePeriodKind kind, int later) {
     constexpr int daysAWeek = 7;
-    const std::tm local = localTime(moment);
+    const std::tm local = LocalDay::timeOf(moment);
     switch (kind) {
     case UsagePeriodKind::day:
-        return startOfDay(local.tm_year, local.tm_mon, local.tm_mday + later);
+        return LocalDay::start(local.tm_year, local.tm_mon, local.tm_mday + later);
     case UsagePeriodKind::week: {
         const int sinceMonday = (local.tm_wday + daysAWeek - 1) % daysAWeek;
-        return startOfDay(local.tm_year, local.tm_mon,
-                          local.tm_mday - sinceMonday + later * daysAWeek);
+        return LocalDay::start(local.tm_year, local.tm_mon,
+                               local.tm_mday - sinceMonday + later * daysAWeek);
     }
     case UsagePeriodKind::month:
-        return startOfDay(local.tm_year, local.tm_mon + later, 1);
+        return LocalDay::start(local.tm_year, local.tm_mon + later, 1);
     }
     return moment;
 }
@@ -72,7 +41,7 @@ UsagePeriod periodAt(double moment, UsagePeriodKind kind) {
     UsagePeriod period;
     period.start = startOfPeriod(moment, kind, 0);
     period.end = startOfPeriod(moment, kind, 1);
-    const std::tm local = localTime(period.start);
+    const std::tm local = LocalDay::timeOf(period.start);
     std::array<char, sizeof "2025-10-09"> date{};
     if (std::strftime(date.data(), date.size(), "%Y-%m-%d", &local) > 0)
         period.date = date.data();
@@ -94,16 +63,21 @@ std::vector<UsageStatistics::Session> UsageStatistics::sessions(RecordingCatalog
     for (const auto& recording : catalog.recordings()) {
         Session session{recording.startedAt, recording.duration, 0};
         try {
-            const auto transcript = catalog.transcriptURL(recording.id);
-            if (files.exists(transcript))
-                session.words = static_cast<std::int64_t>(
-                    Text::countOfWhiteSpaceSeparated(files.read(transcript)));
-        } catch (const std::system_error&) {
-            session.words = 0;
+            session.words = static_cast<std::int64_t>(
+                Text::countOfWhiteSpaceSeparated(files.read(catalog.transcriptURL(recording.id))));
+        } catch (const std::system_error& error) {
+            session.isReadable = error.code() == std::errc::no_such_file_or_directory;
         }
         found.push_back(session);
     }
     return found;
+}
+
+std::string UsageStatistics::problemOf(const std::vector<Session>& sessions) {
+    const auto unreadable = std::ranges::count(sessions, false, &Session::isReadable);
+    return unreadable == 0 ? std::string()
+                           : localized("The texts of %lld recordings cannot be read.",
+                                       {std::to_string(unreadable)});
 }
 
 std::vector<UsagePeriod> UsageStatistics::periods(const std::vector<Session>& sessions,

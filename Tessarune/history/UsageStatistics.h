@@ -32,6 +32,7 @@ struct Session {
     double startedAt = 0; ///< seconds since 1970
     double seconds = 0;
     std::int64_t words = 0;
+    bool isReadable = true; ///< false: its words could not be counted
 };
 
 /// The recordings of the catalog; reads each transcript to count its words. An unreadable one
@@ -42,6 +43,9 @@ std::vector<Session> sessions(RecordingCatalog& catalog, FileSystem& files);
 /// time of a session is divided at the borders of periods; the session and its words count where it
 /// began. A day has 23 or 25 hours when the clock changes.
 std::vector<UsagePeriod> periods(const std::vector<Session>& sessions, UsagePeriodKind kind);
+
+/// What the user has to know of words that are not counted; empty if all are.
+std::string problemOf(const std::vector<Session>& sessions);
 
 /// The sum over all periods.
 UsagePeriod total(const std::vector<UsagePeriod>& periods);

@@ -97,6 +97,10 @@ TEST(UsageStatisticsTests, SumsWhatTheCatalogHas) {
     EXPECT_EQ(sum.sessions, 2);
     EXPECT_EQ(sum.words, 6);
     EXPECT_EQ(sum.listeningSeconds, 4);
+    EXPECT_EQ(UsageStatistics::problemOf(UsageStatistics::sessions(on.catalog, on.disk)), "");
+    on.disk.refused = first.text() + ".txt";
+    EXPECT_EQ(UsageStatistics::problemOf(UsageStatistics::sessions(on.catalog, on.disk)),
+              "The texts of 1 recordings cannot be read.");
 }
 
 } // namespace

@@ -1,12 +1,12 @@
 #include "Tessarune/ui/history/HistoryListModel.h"
 
+#include "Tessarune/history/LocalDay.h"
 #include "Tessarune/ui/history/HistoryTexts.h"
 #include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/DateText.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <algorithm>
-#include <ctime>
 #include <utility>
 
 namespace tessarune {
@@ -20,26 +20,13 @@ using Step = HistoryRefinementService::Progress::Step;
 /// The pause after a reading, so that several changes in a row cause only one more.
 constexpr double settleSeconds = 0.05;
 
-/// Returns `hour` o'clock on the day `daysLater` days after that of `time`. A day has 23 to 25
-/// hours.
-double onDay(double time, int daysLater, int hour) {
-    const auto seconds = static_cast<std::time_t>(time);
-    std::tm local{};
-    localtime_r(&seconds, &local);
-    local.tm_mday += daysLater;
-    local.tm_hour = hour;
-    local.tm_min = local.tm_sec = 0;
-    local.tm_isdst = -1;
-    return static_cast<double>(std::mktime(&local));
-}
-
 QString dayOf(const HistoryItem& item, double now) {
     const auto day = [](double time) {
         return DateText::formatted(time, localized("yyyy年M月d日"), localized("zh_Hans_CN"));
     };
     if (item.date == day(now))
         return historyText("今天");
-    if (item.date == day(onDay(now, -1, 12)))
+    if (item.date == day(LocalDay::start(now, -1)))
         return historyText("昨天");
     return QString::fromStdString(item.date);
 }
@@ -108,7 +95,7 @@ void HistoryListModel::follow() {
 /// Announces new headings at midnight, when "today" becomes another day.
 void HistoryListModel::awaitMidnight() {
     const double now = environment_.host.wallClock();
-    midnight_ = environment_.host.after(std::max(onDay(now, 1, 0) - now, 0.0) + 1,
+    midnight_ = environment_.host.after(std::max(LocalDay::start(now, 1) - now, 0.0) + 1,
                                         lifeline_.calling([](HistoryListModel& model) {
                                             model.announceAll({DayRole});
                                             model.awaitMidnight();

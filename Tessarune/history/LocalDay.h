@@ -1,0 +1,18 @@
+#pragma once
+
+#include <ctime>
+
+/// Days of the computer's time zone. Moments are seconds since 1970. Any thread.
+namespace tessarune::LocalDay {
+
+std::tm timeOf(double moment);
+
+/// The first moment of a day, as in std::tm: the year counts from 1900, the month from 0. `day` may
+/// lie outside the month, such as 0 or 32. If the clock skips midnight, this is the first moment
+/// after it.
+double start(int year, int month, int day);
+
+/// The first moment of the day that is `daysLater` days after that of `moment`.
+double start(double moment, int daysLater);
+
+} // namespace tessarune::LocalDay
