@@ -20,8 +20,7 @@ struct HistoryRefinementRequest {
 
     bool operator==(const HistoryRefinementRequest&) const = default;
 
-    /// Makes a request from the current settings, for a recording whose session has not just
-    /// stopped. `nullopt` if they name no language to recognise.
+    /// Makes a request from the current settings. `nullopt` if they name no language to recognise.
     static std::optional<HistoryRefinementRequest>
     current(const AppSettings& settings, const UUID& recordingID, std::string audioPath);
 };

@@ -3,7 +3,6 @@
 #include "Tessarune/audio/WAVHeader.h"
 #include "Tessarune/session/LiveResourceCleanup.h"
 #include "Tessarune/session/LiveTranscriptStore.h"
-#include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
@@ -197,9 +196,8 @@ bool LiveSessionStop::persist() {
 bool LiveSessionStop::persistTranscript() {
     const auto request = refinementRequest();
     LiveRecordingTracker& recording = store_.recordingTracker_;
-    auto timeline = HistoryWordTimeline::build(
-        recording.currentStartedAt(), *store_.environment_.settings.selectedRecognitionOptionID,
-        *store_.core_.committedSegments, store_.core_.wordEvents());
+    auto timeline = store_.texts_.savedTimeline(
+        recording.currentStartedAt(), *store_.environment_.settings.selectedRecognitionOptionID);
     const auto entry = recording.currentRecordingMetadata();
     if (timeline && entry && entry->duration > 0)
         timeline = timeline->endingBy(entry->duration);
@@ -222,15 +220,9 @@ std::optional<HistoryRefinementRequest> LiveSessionStop::refinementRequest() con
     if (!*settings.appleAnalyzerHistoryRefinement || !recording.currentID())
         return std::nullopt;
     const auto path = recording.currentAudioPath();
-    const auto option = ModelCatalog::recognitionOption(*settings.selectedRecognitionOptionID);
-    if (!path || path->empty() || !option || !store_.environment_.files.exists(*path))
+    if (!path || path->empty() || !store_.environment_.files.exists(*path))
         return std::nullopt;
-    return HistoryRefinementRequest{*recording.currentID(),
-                                    path->string(),
-                                    option->id,
-                                    option->localeIdentifier,
-                                    *settings.translationBackend,
-                                    *settings.translationTargetLanguage};
+    return HistoryRefinementRequest::current(settings, *recording.currentID(), path->string());
 }
 
 void LiveSessionStop::cleanUp() {

@@ -199,7 +199,7 @@ void LiveTranscriptStore::finishDiagnosticsSnapshot() {
     if (id && environment_.catalog.wasDeleted(*id)) {
         diagnostics.discardCurrentRun(); // the run of a deleted recording contains its words
     } else {
-        diagnostics.finish({texts_.savedTexts(), mergedLivePerfStats(), recording});
+        diagnostics.finish({texts_.runTexts(), mergedLivePerfStats(), recording});
     }
     view_.isDiagnosticsRunning = diagnostics.isRunning();
 }
@@ -273,6 +273,7 @@ void LiveTranscriptStore::recognitionOptionChanged(const std::string& id) {
     const bool hadRun = environment_.diagnostics->isRunning();
     if (hadRun)
         finishDiagnosticsSnapshot();
+    texts_.keepSaid();
     core_.softCaptionSegments = CaptionCore::Rows();
     core_.liveLeadingSentences = CaptionCore::Rows();
     core_.committedSegments = CaptionCore::Rows();

@@ -35,7 +35,7 @@ void LiveTranscriptStore::updatePersistedTranscriptIfStopped() {
     const Outcome outcome =
         recordingTracker_.updateLastSavedTranscripts(texts.sourceText, texts.bilingualText);
     if (outcome == Outcome::saved)
-        environment_.diagnostics->updateFinishedSnapshot(texts);
+        environment_.diagnostics->updateFinishedSnapshot(texts_.runTexts());
     if (outcome == Outcome::failed)
         log_.event("recording.transcript.updateSnapshot.skipped",
                    {{"reason", "transcriptPersistFailed"}}, Importance::important);

@@ -26,9 +26,18 @@ SessionTranscriptBuilder::Sources sources(const CaptionCore& core, bool withPart
 void SessionTexts::beginSession() {
     view_.clearedSegmentIDs = std::unordered_set<UUID>();
     savedTranslations_ = 0;
+    said_.clear();
+    saidWords_.clear();
     view_.liveHistoryText = std::string();
     liveHistory_.builtAt = 0;
     updateVisibleSourceTextFlag();
+}
+
+void SessionTexts::keepSaid() {
+    const auto rows =
+        SessionTranscriptBuilder::visibleSourceSegments(sources(core_, !message_.isShown()), {});
+    said_.insert(said_.end(), rows.begin(), rows.end());
+    saidWords_.insert(core_.wordEvents().begin(), core_.wordEvents().end());
 }
 
 TranscriptSnapshot SessionTexts::exportTranscriptSnapshot() const {
@@ -53,15 +62,41 @@ void SessionTexts::clear() {
     updateVisibleSourceTextFlag();
 }
 
+CaptionCore::Rows SessionTexts::committedInSession() const {
+    CaptionCore::Rows rows = said_;
+    rows.insert(rows.end(), core_.committedSegments->begin(), core_.committedSegments->end());
+    return rows;
+}
+
 TranscriptSnapshot SessionTexts::savedTexts() const {
+    const CaptionCore::Rows committed = committedInSession();
+    auto all = sources(core_, !message_.isShown());
+    all.committedSegments = committed;
+    TranscriptSnapshot texts{SessionTranscriptBuilder::sourceText(all), {}};
+    if (translatedCount() > 0)
+        texts.bilingualText = SessionTranscriptBuilder::bilingualText(all);
+    return texts;
+}
+
+TranscriptSnapshot SessionTexts::runTexts() const {
     TranscriptSnapshot texts = exportTranscriptSnapshot();
-    if (translatedCount() == 0)
+    if (TranslationPresentationBuilder::translatedCount(*core_.committedSegments) == 0)
         texts.bilingualText.clear();
     return texts;
 }
 
+std::optional<HistoryWordTimeline>
+SessionTexts::savedTimeline(std::optional<double> recordingStartedAt,
+                            const std::string& recognitionOptionID) const {
+    HistoryWordTimeline::WordEvents words = saidWords_;
+    words.insert(core_.wordEvents().begin(), core_.wordEvents().end());
+    return HistoryWordTimeline::build(recordingStartedAt, recognitionOptionID, committedInSession(),
+                                      words);
+}
+
 std::size_t SessionTexts::translatedCount() const {
-    return TranslationPresentationBuilder::translatedCount(*core_.committedSegments);
+    return TranslationPresentationBuilder::translatedCount(said_) +
+           TranslationPresentationBuilder::translatedCount(*core_.committedSegments);
 }
 
 void SessionTexts::updateVisibleSourceTextFlag() {

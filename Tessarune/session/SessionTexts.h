@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessarune/history/HistoryWordTimeline.h"
 #include "Tessarune/session/LiveCaptionMessage.h"
 #include "Tessarune/session/LiveCaptionPerfCounters.h"
 #include "Tessarune/session/LiveHistoryText.h"
@@ -8,6 +9,8 @@
 #include "TessaruneCore/CaptionCore.h"
 
 #include <cstddef>
+#include <optional>
+#include <string>
 
 namespace tessarune {
 
@@ -21,6 +24,10 @@ class SessionTexts {
 
     void beginSession();
 
+    /// Call before the captions are emptied within the session, for another recogniser: what was
+    /// said until then stays in the saved texts.
+    void keepSaid();
+
     /// The texts of all captions, including the open sentence.
     TranscriptSnapshot exportTranscriptSnapshot() const;
     /// The texts without the rows that the user cleared.
@@ -28,8 +35,13 @@ class SessionTexts {
     /// Clears all rows that have a text from the screen. Rows without text belong to later speech.
     void clear();
 
-    /// The texts to save; the bilingual one is empty if no row is translated.
+    /// The texts of the whole session to save; the bilingual one is empty if no row is translated.
     TranscriptSnapshot savedTexts() const;
+    /// The same since the captions were last emptied, which is where a diagnostics run begins.
+    TranscriptSnapshot runTexts() const;
+    /// The times of the whole session; `nullopt` without a recording.
+    std::optional<HistoryWordTimeline> savedTimeline(std::optional<double> recordingStartedAt,
+                                                     const std::string& recognitionOptionID) const;
     /// Call with each save.
     void noteSaved() { savedTranslations_ = translatedCount(); }
     /// If true, the saved text should stay: it contains translations that were removed from the
@@ -42,6 +54,7 @@ class SessionTexts {
 
   private:
     std::size_t translatedCount() const;
+    CaptionCore::Rows committedInSession() const;
 
     const Host& host_;
     const CaptionCore& core_;
@@ -49,6 +62,8 @@ class SessionTexts {
     SessionView& view_;
     LiveCaptionPerfCounters& perf_;
     LiveHistoryText liveHistory_;
+    CaptionCore::Rows said_; // before the captions were last emptied in this session
+    HistoryWordTimeline::WordEvents saidWords_;
     std::size_t savedTranslations_ = 0; // translated rows at the last save
 };
 

@@ -255,8 +255,9 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherRecognitionModelTakesOverInTheSessi
     session.stop();
     session.host.advanceBy(5);
     EXPECT_EQ(session.phase(), Phase::idle);
-    EXPECT_EQ(session.transcript(session.catalog->recordings().at(0).id), "")
-        << "the program's own words are no transcript";
+    EXPECT_EQ(session.transcript(session.catalog->recordings().at(0).id),
+              "First model.\nThird model.")
+        << "without the program's own words";
 }
 
 TEST_F(LiveTranscriptStoreStartTests, AModelThatComesTooLateStartsNoRunInTheNextSession) {

@@ -115,7 +115,14 @@ void SessionSimulation::actOnSession(const std::string& action) {
             oneOf<AudioSource>({AudioSource::systemAudio(), AudioSource::microphone(),
                                 AudioSource::microphone("usb")}));
     } else {
+        const std::string said = store.texts().exportTranscriptSnapshot().sourceText;
+        const std::string before = *session_.settings.selectedRecognitionOptionID;
+        const bool isListening = *store.view().isListening;
         store.selectRecognitionOption(oneOf(ModelCatalog::recognitionOptions()).id);
+        // The captions begin anew, and the transcript does not.
+        if (isListening && !said.empty() &&
+            *session_.settings.selectedRecognitionOptionID != before)
+            said_ += said + "\n";
     }
 }
 
@@ -319,6 +326,8 @@ void SessionSimulation::checkPhase(Phase phase) {
     require(followers().at(lastPhase_).contains(phase) || phase == lastPhase_,
             std::string(name(lastPhase_)) + " was followed by " + std::string(name(phase)));
     lastPhase_ = phase;
+    if (phase == Phase::preparing)
+        said_.clear();
 }
 
 void SessionSimulation::checkStep() {
@@ -384,7 +393,9 @@ void SessionSimulation::checkSaved() {
     const auto& id = session_.store->recordingTracker().lastSavedID();
     if (!id)
         return;
-    const std::string text = committedText();
+    std::string text = said_ + committedText();
+    if (text.ends_with('\n'))
+        text.pop_back();
     require(session_.transcript(*id) == text,
             "saved '" + session_.transcript(*id) + "' of what was '" + text + "'");
     savedTexts_[*id] = text;

@@ -77,6 +77,7 @@ class SessionSimulation {
     const ScriptedAnalyzer* speaker_ = nullptr;
 
     Phase lastPhase_ = Phase::idle;
+    std::string said_; ///< in this session, to earlier recognisers
     std::size_t committedRows_ = 0;
     std::set<std::string> committedWords_;
     std::set<std::string> finalWords_; ///< from finals that the session accepted
