@@ -32,15 +32,13 @@ constexpr double silence = 1e-10;
 
 } // namespace
 
-HumFilter::Comb::Comb(std::size_t delay, double feedback)
-    : feedback_(feedback), inputs_(delay), outputs_(delay) {}
+HumFilter::Comb::Comb(std::size_t delay, double feedback) : feedback_(feedback), outputs_(delay) {}
 
-float HumFilter::Comb::next(float sample) {
-    const double in = static_cast<double>(sample);
-    const double out = (in - inputs_[place_]) * (1 + feedback_) / 2 + feedback_ * outputs_[place_];
-    inputs_[place_] = in;
+float HumFilter::Comb::next(float sample, float before) {
+    const double change = static_cast<double>(sample) - static_cast<double>(before);
+    const double out = change * (1 + feedback_) / 2 + feedback_ * outputs_[place_];
     outputs_[place_] = out;
-    place_ = (place_ + 1) % inputs_.size();
+    place_ = (place_ + 1) % outputs_.size();
     return static_cast<float>(out);
 }
 
@@ -55,24 +53,27 @@ HumFilter::HumFilter(double sampleRate)
 
 std::vector<float> HumFilter::filtered(std::vector<float> samples) {
     for (float& sample : samples) {
-        listen(sample);
         // Both run all the time, so that they have settled when they are needed.
-        const float without50 = comb50_.next(sample);
-        const float without60 = comb60_.next(sample);
+        const float without50 = comb50_.next(sample, before(by50_.delay));
+        const float without60 = comb60_.next(sample, before(by60_.delay));
+        listen(sample);
         if (heard_ != Mains::none)
             sample = heard_ == Mains::hertz50 ? without50 : without60;
     }
     return samples;
 }
 
+float HumFilter::before(std::size_t delay) const {
+    return past_[(place_ + blockLength_ - delay) % blockLength_];
+}
+
 void HumFilter::listen(float sample) {
     const double now = static_cast<double>(sample);
     energy_ += now * now;
     for (Likeness* each : {&byBlock_, &by50_, &by60_}) {
-        const auto before =
-            static_cast<double>(past_[(place_ + blockLength_ - each->delay) % blockLength_]);
-        each->product += now * before;
-        each->energy += before * before;
+        const auto earlier = static_cast<double>(before(each->delay));
+        each->product += now * earlier;
+        each->energy += earlier * earlier;
     }
     past_[place_] = sample;
     place_ = (place_ + 1) % blockLength_;

@@ -21,11 +21,11 @@ class HumFilter {
     class Comb {
       public:
         Comb(std::size_t delay, double feedback);
-        float next(float sample);
+        /// `before` is the sample so long before.
+        float next(float sample, float before);
 
       private:
         double feedback_;
-        std::vector<double> inputs_;
         std::vector<double> outputs_;
         std::size_t place_ = 0;
     };
@@ -37,6 +37,7 @@ class HumFilter {
         double energy = 0;
     };
 
+    float before(std::size_t delay) const;
     void listen(float sample);
     void judgeBlock();
     double likeness(const Likeness& of) const;
