@@ -7,6 +7,7 @@
 #include <functional>
 #include <stop_token>
 #include <string>
+#include <utility>
 
 namespace tessarune {
 
@@ -31,6 +32,16 @@ struct ShownDownload {
     std::string name;
     std::function<Task<void>(Progress progress, std::stop_token stop)> begin;
 };
+/// A download from one of the stores of models; `Reported` is the type in which it reports progress.
+template <typename Reported, typename Store>
+ShownDownload downloadOf(Store& store, const std::string& name) {
+    return {name, [&store, name](ShownDownload::Progress progress, std::stop_token stop) {
+                const auto told = [progress = std::move(progress)](const Reported& now) {
+                    progress(now.received, now.expected);
+                };
+                return store.download(name, told, std::move(stop));
+            }};
+}
 /// Runs a download and reports its progress and failures: on standard error, on a terminal in one
 /// line that is rewritten, or as JSON on standard output. Ctrl-C ends it with
 /// ExitStatus::stoppedTwice; the next attempt continues with the bytes that were received. Returns

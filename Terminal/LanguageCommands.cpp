@@ -100,17 +100,8 @@ Task<int> downloadLanguage(Program& program, const TerminalOptions& options, std
         printProblem(noTranslationModelText(id));
         co_return static_cast<int>(ExitStatus::noModel);
     }
-    Task<int> downloading =
-        runDownload(program, options,
-                    {id, [&languages = program.translationModels,
-                          id](ShownDownload::Progress progress, std::stop_token stop) {
-                         std::function<void(TranslationDownloadProgress)> handler;
-                         if (progress)
-                             handler = [progress](TranslationDownloadProgress now) {
-                                 progress(now.received, now.expected);
-                             };
-                         return languages.download(id, std::move(handler), std::move(stop));
-                     }});
+    Task<int> downloading = runDownload(
+        program, options, downloadOf<TranslationDownloadProgress>(program.translationModels, id));
     const int status = co_await downloading;
     co_return status;
 }

@@ -52,16 +52,8 @@ Task<int> installModel(Program& program, const TerminalOptions& options, std::st
             localized("There is no speech model named '%@'; --model list shows them.", {name}));
         co_return static_cast<int>(ExitStatus::noModel);
     }
-    ShownDownload download{name, [&models = program.speechModels,
-                                  name](ShownDownload::Progress progress, std::stop_token stop) {
-                               std::function<void(AssetProgress)> handler;
-                               if (progress)
-                                   handler = [progress](AssetProgress now) {
-                                       progress(now.received, now.expected);
-                                   };
-                               return models.download(name, std::move(handler), std::move(stop));
-                           }};
-    Task<int> downloading = runDownload(program, options, std::move(download));
+    Task<int> downloading =
+        runDownload(program, options, downloadOf<AssetProgress>(program.speechModels, name));
     const int status = co_await downloading;
     co_return status;
 }
