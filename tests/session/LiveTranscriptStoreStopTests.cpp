@@ -129,8 +129,13 @@ TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
         std::string repaired = "Said."; // by the next start
     };
     const std::vector<Case> cases{
-        {"the drain never ends", before, [](Session& s) { s.engine.script.finishNeverEnds = true; },
-         "complete", idle, ".m4a", "speechAnalyzer.drain.timeout"},
+        {"the drain never ends", before,
+         [](Session& s) {
+             s.engine.script.finishNeverEnds = true;
+             // The stop seals it after the end of the sound.
+             s.engine.script.lines = {{3, simulation::spoken(false, "and", 3)}};
+         },
+         "complete", idle, ".m4a", "speechAnalyzer.drain.timeout", true, "Said.\nand"},
         {"translations are left over", during,
          [](Session& s) { s.translator->drainCompletes = false; }, "degraded", idle, ".m4a",
          "listen.stop.translationDrain.done"},
@@ -192,7 +197,13 @@ TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
         const bool isSaved = c.status == idle;
         EXPECT_TRUE(recordings[0].filePath.ends_with(c.audio)) << recordings[0].filePath;
         EXPECT_TRUE(session.files.has(recordings[0].filePath));
-        EXPECT_EQ(session.transcript(recordings[0].id), isSaved || c.savesText ? "Said." : "");
+        EXPECT_EQ(session.transcript(recordings[0].id), isSaved       ? c.repaired
+                                                        : c.savesText ? "Said."
+                                                                      : "");
+        const auto timeline = HistoryWordTimeline::decoded(
+            session.files.contentsOf(session.catalog->wordTimelineURL(recordings[0].id)));
+        if (timeline)
+            EXPECT_LE(timeline->sentences.back().end, recordings[0].duration);
         EXPECT_EQ(session.refinements.size(), isSaved ? 1U : 0U);
         // The next start restores from the journal what could not be saved.
         EXPECT_EQ(session.files.has(session.catalog->journalURL(recordings[0].id)), !isSaved);
