@@ -58,6 +58,7 @@ void LiveTranscriptStore::startListening(const LiveSessionControlTrigger& trigge
         sessionState_.phase != LiveSessionPhase::failed)
         return;
     view_.startFailure = nullptr;
+    view_.presentedError = std::string();
     stop_.noteSessionStarting();
     view_.outcome = std::optional<SessionOutcome>();
     applySessionTransition(sessionState_.beginStart());

@@ -112,7 +112,7 @@ TEST_F(LiveTranscriptStoreStartTests, AFailureIsShownAndLeavesNothingBehind) {
         session.store->selectSource(system);
         session.start();
         EXPECT_EQ(session.phase(), Phase::listening);
-        EXPECT_EQ(liveLine(), "");
+        EXPECT_EQ(liveLine() + *session.store->view().presentedError, "");
         session.hear(1);
         session.stop();
         session.host.advanceBy(10);

@@ -32,7 +32,7 @@ void DesktopProgram::watchSystem() {
         // failure of a recording, which must stay until it has been read.
         if (*store().view().sessionPhase == LiveSessionPhase::failed)
             notifyIfHidden(text);
-        else
+        else if (!text.empty())
             notices_.tell(DesktopNotices::Topic::session, text);
     });
     notices_.onNotice = [this](const std::string& text) { notifyIfHidden(text); };
