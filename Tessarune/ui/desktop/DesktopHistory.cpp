@@ -9,6 +9,7 @@
 
 #include <QClipboard>
 #include <QFileDialog>
+#include <QFileIconProvider>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QStandardPaths>
@@ -40,9 +41,20 @@ QString& lastFolder() {
     return folder;
 }
 
+/// Icons that need no look into the files, which would block the windows on a slow disk.
+class PlainFileIcons final : public QFileIconProvider {
+  public:
+    QIcon icon(const QFileInfo& file) const override {
+        return QFileIconProvider::icon(file.isDir() ? Folder : File);
+    }
+    QString type(const QFileInfo&) const override { return {}; }
+};
+
 /// A dialog that deletes itself when it is closed.
 QFileDialog* fileDialog(const std::string& title) {
     auto* const dialog = new QFileDialog(nullptr, QString::fromStdString(title));
+    static PlainFileIcons icons;
+    dialog->setIconProvider(&icons);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setDirectory(lastFolder());
     QObject::connect(dialog, &QFileDialog::fileSelected, dialog,
