@@ -32,7 +32,8 @@ struct ShownDownload {
     std::string name;
     std::function<Task<void>(Progress progress, std::stop_token stop)> begin;
 };
-/// A download from one of the stores of models; `Reported` is the type in which it reports progress.
+/// A download from one of the stores of models; `Reported` is the type in which it reports
+/// progress.
 template <typename Reported, typename Store>
 ShownDownload downloadOf(Store& store, const std::string& name) {
     return {name, [&store, name](ShownDownload::Progress progress, std::stop_token stop) {

@@ -96,8 +96,8 @@ void DesktopListening::captionFile(const std::filesystem::path& file) {
     spawn(Executor::main(environment_.host), lookAt(file, look_));
 }
 
-/// On a queue of its own, because the disk may be slow. The running session continues meanwhile, and
-/// if the file cannot be heard.
+/// On a queue of its own, because the disk may be slow. The running session continues meanwhile,
+/// and if the file cannot be heard.
 Task<void> DesktopListening::lookAt(std::filesystem::path file, unsigned look) {
     Host& host = environment_.host;
     const auto queue = host.serialQueue("Tessarune.file.look", QueuePriority::userInitiated);
