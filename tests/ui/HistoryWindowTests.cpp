@@ -73,8 +73,15 @@ TEST_F(HistoryWindowTests, KeysChooseDeleteAndTakeBack) {
     QTest::keyClick(&window(), Qt::Key_Delete);
     EXPECT_EQ(titles(), "First|Third|");
     EXPECT_TRUE(history.catalog.recording(second)) << "it can be taken back";
-    QTest::keyClick(&window(), Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(titles(), "First|Second|Third|");
+    QKeyEvent held(QEvent::KeyPress, Qt::Key_Delete, Qt::NoModifier, QString(), true);
+    QCoreApplication::sendEvent(&window(), &held);
+    EXPECT_EQ(titles(), "First|Third|") << "a key that is held repeats";
+    QTest::keyClick(&window(), Qt::Key_Delete);
+    EXPECT_EQ(titles(), "First|");
+    EXPECT_TRUE(model().message().endsWith("和另外 1 条录音"));
+    for (int i = 0; i < 2; ++i)
+        QTest::keyClick(&window(), Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(titles(), "First|Second|Third|") << "each can be taken back";
     EXPECT_EQ(model().detail()->recording()->id, second);
 
     // The disk refuses the change.

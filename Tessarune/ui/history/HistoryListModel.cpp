@@ -233,7 +233,7 @@ QString HistoryListModel::stateText(const Entry& entry) const {
     case State::recording:
         return historyText("正在录音");
     case State::waiting:
-        return historyText("等待精修");
+        return entry.beginning.isEmpty() ? historyText("等待识别") : historyText("等待精修");
     case State::refining: {
         const HistoryRefinementService::Progress& job = jobs_.at(entry.item.id);
         const std::string part = std::to_string(static_cast<int>(job.fraction * 100));

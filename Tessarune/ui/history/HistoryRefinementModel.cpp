@@ -59,7 +59,7 @@ QString HistoryRefinementModel::stateText() const {
         return historyText("正在录音，录完再精修。");
     switch (current->step) {
     case RefinementStep::waiting:
-        return historyText("等待精修");
+        return detail_.hasText() ? historyText("等待精修") : historyText("等待识别");
     case RefinementStep::transcribing:
         return historyText("正在重新识别…");
     case RefinementStep::translating:

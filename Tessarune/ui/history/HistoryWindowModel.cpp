@@ -48,8 +48,8 @@ HistoryWindowModel::HistoryWindowModel(const HistoryWindowEnvironment& environme
 
 HistoryWindowModel::~HistoryWindowModel() {
     queue_->sync([this] {
-        if (deleted_)
-            environment_.catalog.deleteRecording(*deleted_);
+        for (const Deletion& deletion : deletions_)
+            environment_.catalog.deleteRecording(deletion.id);
     });
 }
 
@@ -124,7 +124,7 @@ void HistoryWindowModel::tell(const std::string& message) {
 void HistoryWindowModel::dismissMessage() {
     messageTimer_.stop();
     message_.clear();
-    finishDeletion();
+    finishDeletions();
     Q_EMIT messageChanged();
 }
 
@@ -147,42 +147,52 @@ void HistoryWindowModel::deleteCurrent() {
         tell(localized("正在录音，停止后才能删除。"));
         return;
     }
-    finishDeletion();
     const UUID id = recording->id;
     const std::string title =
         recording->note.empty() ? recording->date + " " + recording->time : recording->note;
-    deleted_ = id;
-    deletion_ = std::move(hold);
+    deletions_.push_back({id, title, std::move(hold)});
     list_.setHidden(id, true);
-    tell(localized("已删除“%@”", {title}));
+    tellDeletions();
+}
+
+void HistoryWindowModel::tellDeletions() {
+    const std::string& last = deletions_.back().title;
+    tell(deletions_.size() == 1 ? localized("已删除“%@”", {last})
+                                : localized("已删除“%@”和另外 %lld 条录音",
+                                            {last, std::to_string(deletions_.size() - 1)}));
 }
 
 void HistoryWindowModel::undo() {
-    if (!deleted_)
+    if (deletions_.empty())
         return;
-    const UUID id = *std::exchange(deleted_, std::nullopt);
-    deletion_.reset();
+    const UUID id = deletions_.back().id;
+    deletions_.pop_back();
     list_.setHidden(id, false);
     select(id);
-    dismissMessage();
+    if (deletions_.empty())
+        dismissMessage();
+    else
+        tellDeletions();
 }
 
-/// The recording stays hidden. It is listed again only if it cannot be deleted.
-void HistoryWindowModel::finishDeletion() {
-    if (!deleted_)
-        return;
-    const UUID id = *std::exchange(deleted_, std::nullopt);
-    const auto failed = [id](HistoryWindowModel& model) {
-        model.list_.setHidden(id, false);
-        model.tell(localized("录音无法删除。"));
-    };
-    change(
-        std::exchange(deletion_, nullptr),
-        [&catalog = environment_.catalog, id] { return catalog.deleteRecording(id); }, failed);
+/// The recordings stay hidden. One is listed again only if it cannot be deleted.
+void HistoryWindowModel::finishDeletions() {
+    for (Deletion& deletion : std::exchange(deletions_, {})) {
+        const auto failed = [id = deletion.id](HistoryWindowModel& model) {
+            model.list_.setHidden(id, false);
+            model.tell(localized("录音无法删除。"));
+        };
+        change(
+            std::move(deletion.hold),
+            [&catalog = environment_.catalog, id = deletion.id] {
+                return catalog.deleteRecording(id);
+            },
+            failed);
+    }
 }
 
 void HistoryWindowModel::finishPending() {
-    finishDeletion();
+    finishDeletions();
     queue_->sync([] {});
 }
 

@@ -23,14 +23,15 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tessarune {
 
 /// The history window: a list; beside it the chosen recording, the vocabulary or the usage; and a
 /// message about the last action. Main thread; the environment must outlive it.
 ///
-/// A deletion is carried out when it can no longer be undone: after some seconds, on another
-/// deletion, or when the window is closed.
+/// Deletions are carried out when they can no longer be undone: some seconds after the last one, or
+/// when the window is closed. Until then they are undone one by one, the last one first.
 class HistoryWindowModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(tessarune::HistoryListModel* list READ list CONSTANT)
@@ -80,7 +81,7 @@ class HistoryWindowModel final : public QObject {
     int currentRow() const;
     void setCurrentRow(int row);
     QString message() const { return message_; }
-    bool canUndo() const { return deleted_.has_value(); }
+    bool canUndo() const { return !deletions_.empty(); }
     QString emptyTitle() const;
     QString emptyText() const;
     bool hasNoRecordings() const;
@@ -116,11 +117,18 @@ class HistoryWindowModel final : public QObject {
 
   private:
     enum class Page { recording, vocabulary, usage };
+    /// A recording that is no longer listed, but not yet deleted.
+    struct Deletion {
+        UUID id;
+        std::string title;
+        DataFolderHold hold;
+    };
 
     void setPage(Page page);
     void tell(const std::string& message);
     DataFolderHold holdDataFolder();
-    void finishDeletion();
+    void tellDeletions();
+    void finishDeletions();
     void change(DataFolderHold hold, std::function<bool()> step,
                 std::function<void(HistoryWindowModel&)> failed);
     void listUpdated();
@@ -144,8 +152,7 @@ class HistoryWindowModel final : public QObject {
     std::optional<UUID> wanted_; ///< to be chosen when it is listed
     int lastRow_ = 0;            ///< where the chosen recording was listed last
     QString message_;
-    std::optional<UUID> deleted_; ///< no longer listed, but not yet deleted
-    DataFolderHold deletion_;     ///< while it can be undone
+    std::vector<Deletion> deletions_;
     QTimer messageTimer_;
     NotificationCenter::Observation selection_;
     Observations observations_;

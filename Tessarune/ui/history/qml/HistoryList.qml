@@ -30,7 +30,10 @@ FocusScope {
         Accessible.name: root.model.texts.title
         Keys.onUpPressed: root.model.currentRow = Math.max(0, currentIndex - 1)
         Keys.onDownPressed: root.model.currentRow = Math.min(count - 1, currentIndex + 1)
-        Keys.onDeletePressed: root.model.deleteCurrent()
+        Keys.onDeletePressed: event => {
+            if (!event.isAutoRepeat)
+                root.model.deleteCurrent();
+        }
         Keys.onPressed: event => {
             const page = Math.max(1, Math.floor(height / (Theme.body * 4)) - 1);
             const targets = {
