@@ -14,11 +14,12 @@ namespace tessarune::simulation {
 
 /// The passes of a bad engine over what is said, and their results. The engine mishears words, most
 /// often at the start of a line, omits words, invents endings, repeats itself, notices the end of a
-/// line late, and cuts lines so that the next one repeats the last words.
+/// line late, cuts lines so that the next one repeats the last words, and hears hesitations
+/// anywhere.
 ///
 /// Each spoken word begins with a "w" and is said once; a misheard word begins with an "m", and an
 /// invented one with another letter. Errors that cannot be told from speech do not occur: no two
-/// successive passes omit or invent words in the same place.
+/// successive passes omit or invent words in the same place; so the last word is never omitted.
 class ScriptedLooks {
   public:
     explicit ScriptedLooks(std::uint64_t seed) : random_(seed) {}
@@ -34,13 +35,13 @@ class ScriptedLooks {
         std::vector<std::string> guess = misheard();
         leavesOut_ = !leavesOut_ && guess.size() > 3 && oneIn(3);
         if (leavesOut_)
-            guess.erase(guess.begin() + static_cast<std::ptrdiff_t>(2 + upTo(guess.size() - 3)));
+            guess.erase(guess.begin() + static_cast<std::ptrdiff_t>(2 + upTo(guess.size() - 4)));
         const bool hasNewWords = std::exchange(looked_, said_.size()) != said_.size();
         if (hasNewWords && oneIn(3))
             guess.resize(guess.size() + 1 + upTo(11), "again");
         if (hasNewWords && oneIn(3))
             guess.emplace_back("Rubbish.");
-        return read(guess, false, looksAgainSoon);
+        return read(std::move(guess), false, looksAgainSoon);
     }
 
     std::vector<SpeechResult> endLine() {
@@ -50,11 +51,12 @@ class ScriptedLooks {
         // The engine may cut a line in the middle of its words.
         const bool isCut = said_.size() - lineBegin_ >= 2 * wordsRepeated && oneIn(3);
         lineBegin_ = said_.size() - (isCut ? wordsRepeated : 0);
-        lineStart_ = now_ - (isCut ? 0.5 : 0);
+        lineStart_ = now_ - (isCut ? 0.5 : oneIn(3) ? 0.2 : 0);
         return results;
     }
 
-    /// Reports a lost or repeated word; empty if there is none.
+    /// Reports a lost or repeated word, or one that begins before the one before it ends; empty if
+    /// there is none.
     const std::string& violation() const { return violation_; }
 
     /// Whether a word was spoken rather than invented.
@@ -89,8 +91,16 @@ class ScriptedLooks {
         return words;
     }
 
-    std::vector<SpeechResult> read(const std::vector<std::string>& guess, bool isComplete,
+    void hesitate(std::vector<std::string>& words) {
+        for (std::size_t place = 0; place <= words.size(); ++place) {
+            if (oneIn(12))
+                words.insert(words.begin() + static_cast<std::ptrdiff_t>(place++), "um");
+        }
+    }
+
+    std::vector<SpeechResult> read(std::vector<std::string> guess, bool isComplete,
                                    bool looksAgainSoon) {
+        hesitate(guess);
         std::vector<Line> lines = complete_;
         lines.push_back({joined(guess), lineStart_, now_});
         if (isComplete)
@@ -101,8 +111,14 @@ class ScriptedLooks {
         std::vector<SpeechResult> results =
             reader_.read({given.data(), given.size()}, looksAgainSoon);
         for (const SpeechResult& result : results) {
-            if (result.isFinal)
-                check(result.text());
+            if (!result.isFinal)
+                continue;
+            check(result.text());
+            for (const SpeechRun& run : result.runs) {
+                if (run.audioStart < heardThrough_ - 0.001 || run.audioEnd < run.audioStart)
+                    violation_ = "'" + run.text + "' has a wrong time";
+                heardThrough_ = run.audioEnd.value_or(now_);
+            }
         }
         return results;
     }
@@ -143,6 +159,7 @@ class ScriptedLooks {
     std::size_t lineBegin_ = 0; ///< in `said_`
     std::size_t looked_ = 0;    ///< words known to the last pass
     std::size_t checked_ = 0;   ///< words covered by finals
+    double heardThrough_ = 0;   ///< of the last final, seconds of the session
     bool leavesOut_ = false;
     std::string violation_;
 };

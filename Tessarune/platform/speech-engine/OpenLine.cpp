@@ -42,6 +42,9 @@ constexpr auto sameKey = [](const auto& a, const auto& b) { return a.key == b.ke
 constexpr auto isHesitation = [](const auto& word) {
     return std::ranges::find(hesitations, word.key) != hesitations.end();
 };
+constexpr auto sameSpoken = [](const auto& a, const auto& b) {
+    return sameKey(a, b) && !isHesitation(a);
+};
 
 template <typename Words>
 Words takeFront(Words& from, std::size_t count) {
@@ -66,7 +69,7 @@ class OpenLine::Merge {
         : shown_(std::move(shown)), guess_(guess), isComplete_(isComplete) {}
 
     Words run() {
-        for (const auto& [old, now] : commonSubsequence(shown_, guess_, sameKey)) {
+        for (const auto& [old, now] : commonSubsequence(shown_, guess_, sameSpoken)) {
             const bool isSure = gap(old, now);
             put(now, now + 1, shown_[old].isAgreed); // in the newest spelling
             merged_.back().isAgreed &= isSure;
@@ -88,13 +91,12 @@ class OpenLine::Merge {
             return std::all_of(first + static_cast<std::ptrdiff_t>(begin),
                                first + static_cast<std::ptrdiff_t>(end), holds);
         };
-        if (nextGuess_ == guessEnd && all(shown_, nextShown_, shownEnd, isHesitation)) {
+        if (all(shown_, nextShown_, shownEnd, isHesitation) &&
+            all(guess_, nextGuess_, guessEnd, isHesitation)) {
             keep(shownEnd);
             return true;
         }
-        if (nextShown_ == shownEnd && all(guess_, nextGuess_, guessEnd, isHesitation))
-            return true;
-        // Passes must agree on the new words and on the absence of the shown ones.
+        // Passes must agree on the words and that there are no others.
         const bool replaces =
             isComplete_ || (all(shown_, nextShown_, shownEnd,
                                 [](const Word& word) { return word.missed >= looksToAgree; }) &&
@@ -109,16 +111,25 @@ class OpenLine::Merge {
                                 [](const Word& word) { return word.looks < looksToAgree; }));
     }
 
-    /// Merges the words after the last common word. Adds words that two passes agree on; only such
-    /// words replace shown ones.
+    /// The end of the line grows by words that two passes agree on, and loses words only to words
+    /// that they agree on. A hesitation of one pass does not hold back the words behind it.
     void end() {
-        std::size_t agreed = nextGuess_;
-        while (agreed < guess_.size() && (isComplete_ || guess_[agreed].follows >= looksToAgree))
-            ++agreed;
-        if (isComplete_ || nextShown_ == shown_.size() || agreed > nextGuess_)
-            put(nextGuess_, agreed, true);
-        else
+        const auto isAgreed = [this](const Word& word) {
+            return isComplete_ || word.follows >= looksToAgree;
+        };
+        const auto begin = guess_.begin() + static_cast<std::ptrdiff_t>(nextGuess_);
+        const auto end = std::find_if_not(begin, guess_.end(), [&](const Word& word) {
+            return isAgreed(word) || isHesitation(word);
+        });
+        if (!isComplete_ && nextShown_ < shown_.size() && std::none_of(begin, end, isAgreed)) {
             keep(shown_.size());
+            return;
+        }
+        for (auto word = begin; word != end; ++word) {
+            const auto place = static_cast<std::size_t>(word - guess_.begin());
+            if (isAgreed(*word))
+                put(place, place + 1, true);
+        }
     }
 
     void put(std::size_t from, std::size_t to, bool isAgreed) {
@@ -144,12 +155,6 @@ class OpenLine::Merge {
 std::vector<SpeechRun> OpenLine::look(std::vector<SpeechRun> words, double begin,
                                       bool looksAgainSoon) {
     Divided guess = divide(std::move(words));
-    for (Words* part : {&guess.front, &guess.open}) {
-        for (Word& word : *part) {
-            word.run.audioStart = std::max(word.run.audioStart, settledThrough_);
-            word.run.audioEnd = std::max(word.run.audioEnd, settledThrough_);
-        }
-    }
     if (!last_.empty()) {
         settled_ = guess.front.size();
         fixed_ = std::move(guess.front);
@@ -192,28 +197,28 @@ OpenLine::Words OpenLine::fixedToSettle() const {
 /// Fixed words that are not settled take the punctuation and the times of the newest guess, so that
 /// sentences end where that guess ends them.
 void OpenLine::updateFixed(const Divided& guess) {
+    for (Word& word : fixed_)
+        ++word.missed;
     for (const auto& [old, now] : commonSubsequence(fixed_, guess.front, sameKey)) {
-        if (old >= settled_)
-            fixed_[old].run = guess.front[now].run;
-    }
-    const Word* next = guess.open.empty() ? nullptr : &guess.open.front();
-    for (std::size_t i = fixed_.size(); i-- > settled_; next = &fixed_[i]) {
-        SpeechRun& run = fixed_[i].run;
-        if (next)
-            run.audioEnd = std::min(run.audioEnd, next->run.audioStart);
-        run.audioStart = std::min(run.audioStart, run.audioEnd);
+        fixed_[old].run = guess.front[now].run;
+        fixed_[old].missed = 0;
     }
 }
 
 void OpenLine::countLooks(const Words& before) {
-    std::size_t nextBefore = 0;
-    std::size_t next = 0;
+    auto nextBefore = before.begin(); // behind the last word that is no hesitation
+    auto next = guess_.begin();
     for (const auto& [old, now] : commonSubsequence(before, guess_, sameKey)) {
-        const bool hasItsPlace = old == nextBefore && now == next;
-        guess_[now].looks = before[old].looks + 1;
-        guess_[now].follows = hasItsPlace ? before[old].follows + 1 : 1;
-        nextBefore = old + 1;
-        next = now + 1;
+        const auto wordBefore = before.begin() + static_cast<std::ptrdiff_t>(old);
+        const auto word = guess_.begin() + static_cast<std::ptrdiff_t>(now);
+        const bool hasItsPlace = std::all_of(nextBefore, wordBefore, isHesitation) &&
+                                 std::all_of(next, word, isHesitation);
+        word->looks = wordBefore->looks + 1;
+        word->follows = hasItsPlace ? wordBefore->follows + 1 : 1;
+        if (!isHesitation(*word)) {
+            nextBefore = wordBefore + 1;
+            next = word + 1;
+        }
     }
 }
 
@@ -223,7 +228,10 @@ std::vector<SpeechRun> OpenLine::rest(std::vector<SpeechRun> words) const {
     if (last_.empty())
         updated.updateFixed(last);
     Words all = updated.fixedToSettle();
-    std::ranges::move(Merge(shown_, last.open, true).run(), std::back_inserter(all));
+    for (Word& word : updated.shown_)
+        ++word.missed;
+    std::ranges::move(Merge(std::move(updated.shown_), last.open, true).run(),
+                      std::back_inserter(all));
     return runsOf(all);
 }
 
@@ -233,11 +241,24 @@ void OpenLine::follow(std::vector<SpeechRun> last, double through) {
     settledThrough_ = through;
 }
 
-std::vector<SpeechRun> OpenLine::runsOf(const Words& words) {
+/// The times of words that the last pass did not have are from an earlier one, which divided the
+/// line otherwise: they are moved between those of their neighbours.
+std::vector<SpeechRun> OpenLine::runsOf(const Words& words) const {
     std::vector<SpeechRun> runs;
     runs.reserve(words.size());
     for (const Word& word : words)
         runs.push_back(word.run);
+    for (std::size_t i = runs.size(); i-- > 1;) {
+        if (words[i - 1].missed > 0)
+            runs[i - 1].audioEnd = std::min(runs[i - 1].audioEnd, runs[i].audioStart);
+        runs[i - 1].audioStart = std::min(runs[i - 1].audioStart, runs[i - 1].audioEnd);
+    }
+    std::optional<double> through = settledThrough_;
+    for (SpeechRun& run : runs) {
+        run.audioStart = std::max(run.audioStart, through);
+        run.audioEnd = std::max(run.audioEnd, run.audioStart);
+        through = run.audioEnd;
+    }
     return runs;
 }
 
@@ -269,15 +290,40 @@ OpenLine::Words OpenLine::withoutRepeats(std::vector<SpeechRun> runs) {
 /// both match best. A matching word counts 1; a changed, inserted or missing one counts -1, so that
 /// a common word much later is not taken for a settled one. Inserted words belong to the following
 /// text. A missing or changed word counts as changed: this sometimes shows one word too many, which
-/// the next pass corrects; one word too few would be repeated.
+/// the next pass corrects; one word too few would be repeated. Hesitations do not count, since the
+/// engine writes them down or not.
 OpenLine::Joint OpenLine::jointOf(const Words& front, bool beginsInside, const Words& behind,
                                   const Words& guess) {
-    const auto step = [](const Word& a, const Word& b) { return sameKey(a, b) ? 1.0 : -1.0; };
+    Joint joint =
+        jointOfSpoken(keysOfSpoken(front), beginsInside, keysOfSpoken(behind), keysOfSpoken(guess));
+    std::size_t place = 0;
+    for (std::size_t spoken = 0; spoken < joint.place; ++place)
+        spoken += isHesitation(guess[place]) ? 0 : 1;
+    if (!front.empty() && isHesitation(front.back())) {
+        while (place < guess.size() && isHesitation(guess[place]))
+            ++place;
+    }
+    joint.place = place;
+    return joint;
+}
+
+OpenLine::Keys OpenLine::keysOfSpoken(const Words& words) {
+    Keys keys;
+    for (const Word& word : words) {
+        if (!isHesitation(word))
+            keys.push_back(word.key);
+    }
+    return keys;
+}
+
+OpenLine::Joint OpenLine::jointOfSpoken(const Keys& front, bool beginsInside, const Keys& behind,
+                                        const Keys& guess) {
+    const auto step = [](std::string_view a, std::string_view b) { return a == b ? 1.0 : -1.0; };
     constexpr double putInFront = -1.5;
     std::vector<double> frontFit; // best of a `front` that ends before each place
     for (std::size_t words = 0; words <= guess.size(); ++words)
         frontFit.push_back(putInFront * static_cast<double>(words));
-    for (const Word& word : front) {
+    for (const std::string_view word : front) {
         double before = frontFit.front();
         frontFit.front() -= beginsInside ? 0 : 1;
         for (std::size_t i = 0; i < guess.size(); ++i) {
@@ -315,8 +361,11 @@ std::size_t OpenLine::lengthOfFixed(const Words& guess) const {
 }
 
 OpenLine::Words OpenLine::endOf(const Words& words) {
-    const std::size_t count = std::min(words.size(), mostWordsAgain);
-    return {words.end() - static_cast<std::ptrdiff_t>(count), words.end()};
+    std::size_t spoken = 0;
+    auto first = words.end();
+    while (first != words.begin() && spoken < mostWordsAgain)
+        spoken += isHesitation(*--first) ? 0 : 1;
+    return {first, words.end()};
 }
 
 /// Returns how many of the shown words can be settled. A punctuation mark counts only if words
@@ -397,10 +446,10 @@ std::vector<SpeechRun> OpenLine::settle(std::size_t count) {
     const auto begin = fixed_.begin() + static_cast<std::ptrdiff_t>(settled_);
     const Words front(begin, begin + static_cast<std::ptrdiff_t>(count));
     settled_ += count;
-    for (const Word& word : front)
-        settledThrough_ = std::max(settledThrough_, word.run.audioEnd);
     last_.clear();
-    return runsOf(front);
+    std::vector<SpeechRun> runs = runsOf(front);
+    settledThrough_ = runs.back().audioEnd;
+    return runs;
 }
 
 } // namespace tessarune

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tessarune {
@@ -46,23 +47,23 @@ class OpenLine {
     /// Starts another line.
     void clear() { *this = {}; }
 
-    /// Starts another line, whose sound may repeat the end of the line `last`; `through` is the end
-    /// of that line, in seconds of the session.
+    /// Another line begins, whose sound may repeat the end of `last`; `through` is where the line
+    /// before ended, in seconds of the session: no word of this one begins sooner.
     void follow(std::vector<SpeechRun> last, double through);
 
   private:
     struct Word {
         SpeechRun run;
         std::string key;
-        std::size_t looks = 1;   ///< of a guess: the passes in a row that had it
-        std::size_t follows = 1; ///< of a guess: those in a row that had it in its place
-        bool isAgreed = false;   ///< of a shown word: two passes had it in its place
-        std::size_t missed = 0;  ///< of a shown word: the passes in a row without it
+        std::size_t looks = 1;   ///< of a guess: the number of passes in a row that have had it
+        std::size_t follows = 1; ///< of a guess: of these, the last that had it in its place
+        bool isAgreed = false;   ///< of a shown word: two looks had it in its place
+        std::size_t missed = 0;  ///< of a shown or fixed word: the passes in a row without it
     };
     using Words = std::vector<Word>;
     class Merge;
 
-    static std::vector<SpeechRun> runsOf(const Words& words);
+    std::vector<SpeechRun> runsOf(const Words& words) const;
     static Words withoutRepeats(std::vector<SpeechRun> runs);
     struct Joint {
         std::size_t place; ///< in the guess
@@ -71,6 +72,10 @@ class OpenLine {
     /// `beginsInside`: the guess may begin with any word of `front`.
     static Joint jointOf(const Words& front, bool beginsInside, const Words& behind,
                          const Words& guess);
+    using Keys = std::vector<std::string_view>;
+    static Keys keysOfSpoken(const Words& words);
+    static Joint jointOfSpoken(const Keys& front, bool beginsInside, const Keys& behind,
+                               const Keys& guess);
     struct Divided {
         Words front; ///< the guess at the fixed words
         Words open;

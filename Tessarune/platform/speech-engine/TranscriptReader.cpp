@@ -46,10 +46,13 @@ std::vector<SpeechResult> TranscriptReader::read(const moonshine::Transcript& tr
 }
 
 void TranscriptReader::beginLine(const moonshine::Line& line) {
-    if (clockOffset_ + line.start < completeThrough_ - overlapWithWords)
-        line_.follow(std::exchange(last_, {}), completeThrough_);
-    else
+    const double begin = clockOffset_ + line.start;
+    if (completeLines_ == 0 || begin >= completeThrough_)
         line_.clear();
+    else if (begin >= completeThrough_ - overlapWithWords)
+        line_.follow({}, completeThrough_);
+    else
+        line_.follow(std::exchange(last_, {}), completeThrough_);
 }
 
 void TranscriptReader::restarted(double at) {

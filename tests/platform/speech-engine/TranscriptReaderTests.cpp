@@ -129,6 +129,11 @@ TEST(TranscriptReaderTest, WordsWithManyBehindThemAndHesitationsStay) {
         EXPECT_EQ(read(reader, {line(step.look, false)}, true), step.given) << step.look;
     EXPECT_EQ(read(reader, {line("Sew, one, two three four uh five sick heaven. Um", true)}),
               Texts{"um So, won two three four five sick heaven. Um"});
+
+    TranscriptReader other(everything);
+    EXPECT_EQ(read(other, {line("so this is", false)}, true), Texts{});
+    EXPECT_EQ(read(other, {line("uh so this is the", false)}, true), Texts{"~so this is"})
+        << "a hesitation does not hold back the words behind it";
 }
 
 TEST(TranscriptReaderTest, WordsAreNotSaidAgainAndAgain) {
