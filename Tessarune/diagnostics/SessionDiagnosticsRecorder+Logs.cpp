@@ -218,11 +218,12 @@ void SessionDiagnosticsRecorder::writeDisplayUnits(const CaptionDisplayRefresh& 
         return;
     using namespace CaptionUnitObservation;
     const LiveCaptions& captions = view_->captions;
-    const auto rows = refresh.cache.sourceSegments();
+    const std::size_t count = refresh.cache.sourceSegmentCount();
+    const auto newest =
+        refresh.cache.newestSourceSegments(*captions.committedSegments, sampledUnitLimit);
     JSON::Value units = JSON::Value::array();
-    for (std::size_t i = rows.size() - std::min(rows.size(), sampledUnitLimit); i < rows.size();
-         ++i)
-        units.push_back(unit(i, rows[i], Texts::previews));
+    for (std::size_t i = 0; i < newest.size(); ++i)
+        units.push_back(unit(count - newest.size() + i, newest[i], Texts::previews));
     const JSON::Value fields = DiagnosticsRunContext::displaySnapshotFields(environment_.settings);
     displayed->append(
         JSON::Value{{"t", refresh.t},
@@ -233,7 +234,7 @@ void SessionDiagnosticsRecorder::writeDisplayUnits(const CaptionDisplayRefresh& 
                     {"effectiveLayoutMode", fields["effectiveLayoutMode"]},
                     {"publishedFrameIndex", refresh.result.publishedFrames - 1},
                     {"updateRequestIndex", refresh.result.updateRequests - 1},
-                    {"sourceTailCount", rows.size()},
+                    {"sourceTailCount", count},
                     {"translationTailCount", refresh.display.frame->translationTail.size()},
                     {"committedCount", captions.committedSegments->size()},
                     {"liveLeadingCount", captions.liveLeadingSentences->size()},

@@ -58,7 +58,8 @@ void CaptionStageRows::findGhostRow(const LiveCaptionDisplayFrame& frame) {
     }
     const std::size_t last = settled_.size() - std::min(settled_.size(), ghostReach);
     for (std::size_t i = settled_.size(); i > last; --i) {
-        if (settled_[i - 1].translatedText.empty() && settled_[i - 1].normalizedSourceKey == key) {
+        if (settled_[i - 1].translatedText.empty() &&
+            settled_[i - 1].normalizedSourceKey() == key) {
             ghostRow_ = i - 1;
             return;
         }

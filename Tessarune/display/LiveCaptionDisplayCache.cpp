@@ -4,6 +4,7 @@
 #include "TessaruneCore/translation/TranslationPresentationBuilder.h"
 
 #include <algorithm>
+#include <ranges>
 #include <utility>
 
 namespace tessarune {
@@ -38,17 +39,27 @@ LiveCaptionDisplayFrame LiveCaptionDisplayCache::frame() const {
     return frame;
 }
 
-SharedVector<CaptionSegment> LiveCaptionDisplayCache::sourceSegments() const {
-    SharedVector<CaptionSegment> all = stableSourceSegments_;
-    for (const CaptionSegment& segment : liveTailSegments_)
-        all.push_back(segment);
-    if (livePartialSegment_)
-        all.push_back(*livePartialSegment_);
-    return all;
+std::size_t LiveCaptionDisplayCache::sourceSegmentCount() const {
+    return places_.size() + liveTailSegments_.size() + (livePartialSegment_ ? 1 : 0);
 }
 
-std::size_t LiveCaptionDisplayCache::sourceSegmentCount() const {
-    return stableSourceSegments_.size() + liveTailSegments_.size() + (livePartialSegment_ ? 1 : 0);
+std::vector<CaptionSegment>
+LiveCaptionDisplayCache::newestSourceSegments(std::span<const CaptionSegment> committed,
+                                              std::size_t limit) const {
+    std::vector<CaptionSegment> newest;
+    const auto add = [&](const CaptionSegment& segment) {
+        if (newest.size() < limit)
+            newest.push_back(segment);
+    };
+    if (livePartialSegment_)
+        add(*livePartialSegment_);
+    std::ranges::for_each(liveTailSegments_ | std::views::reverse, add);
+    for (std::size_t i = committed.size(); i > 0 && newest.size() < limit; --i) {
+        if (places_.contains(committed[i - 1].id))
+            add(committed[i - 1]);
+    }
+    std::ranges::reverse(newest);
+    return newest;
 }
 
 // Committed rows
@@ -69,10 +80,8 @@ void LiveCaptionDisplayCache::updateSourceRows(const Captions& captions, bool fo
 }
 
 void LiveCaptionDisplayCache::rebuildSourceRows(const Captions& captions) {
-    stableSourceSegments_ = {};
-    stableSourceSegmentIndexByID_.clear();
+    places_.clear();
     sourceTextRows_ = {};
-    sourceRowIndexByID_.clear();
     for (const CaptionSegment& segment : captions.committed) {
         if (!captions.clearedSegmentIDs.contains(segment.id))
             addSourceSegment(segment);
@@ -111,39 +120,27 @@ bool LiveCaptionDisplayCache::appendSourceRowsIfPossible(const Captions& caption
 }
 
 void LiveCaptionDisplayCache::addSourceSegment(const CaptionSegment& segment) {
-    stableSourceSegmentIndexByID_[segment.id] = stableSourceSegments_.size();
-    stableSourceSegments_.push_back(segment);
+    Place place{.segment = places_.size(), .row = {}};
     if (auto row = LiveCaptionDisplaySegment::from(segment)) {
-        sourceRowIndexByID_[segment.id] = sourceTextRows_.size();
+        place.row = static_cast<std::uint32_t>(sourceTextRows_.size());
         sourceTextRows_.push_back(std::move(*row));
     }
+    places_[segment.id] = place;
 }
 
 void LiveCaptionDisplayCache::patchSourceRows(const Patch& patch) {
     const std::string text(Text::trimmed(patch.translatedText.value_or("")));
     std::vector<std::size_t> affected;
-    for (std::size_t i = 0; i < patch.segmentIDs.size(); ++i) {
-        const UUID& id = patch.segmentIDs[i];
-        const std::string visibleText = id == patch.resultSegmentID ? text : "";
-        if (const auto at = stableSourceSegmentIndexByID_.find(id);
-            at != stableSourceSegmentIndexByID_.end()) {
-            CaptionSegment segment = stableSourceSegments_[at->second];
-            segment.translationUnitID = patch.translationUnitID;
-            segment.translationResultSegmentID = patch.resultSegmentID;
-            segment.translationUnitIndex = static_cast<std::int64_t>(i);
-            segment.translationUnitCount = static_cast<std::int64_t>(patch.segmentIDs.size());
-            segment.translatedText = visibleText;
-            if (patch.translatedText)
-                segment.translationError.reset();
-            stableSourceSegments_.set(at->second, std::move(segment));
-        }
-        if (const auto at = sourceRowIndexByID_.find(id); at != sourceRowIndexByID_.end()) {
-            LiveCaptionDisplaySegment row = sourceTextRows_[at->second];
-            row.translationUnitID = patch.translationUnitID;
-            row.translatedText = visibleText;
-            sourceTextRows_.set(at->second, std::move(row));
-            affected.push_back(at->second);
-        }
+    for (const UUID& id : patch.segmentIDs) {
+        const auto at = places_.find(id);
+        if (at == places_.end() || !at->second.row)
+            continue;
+        const std::size_t index = *at->second.row;
+        LiveCaptionDisplaySegment row = sourceTextRows_[index];
+        row.translationUnitID = patch.translationUnitID;
+        row.translatedText = id == patch.resultSegmentID ? text : "";
+        sourceTextRows_.set(index, std::move(row));
+        affected.push_back(index);
     }
     if (affected.empty())
         return;
@@ -166,7 +163,7 @@ void LiveCaptionDisplayCache::updateLiveTailRows(const Captions& captions) {
         for (const CaptionSegment& segment : segments) {
             auto row = LiveCaptionDisplaySegment::from(segment);
             if (!row || captions.clearedSegmentIDs.contains(segment.id) ||
-                stableSourceSegmentIndexByID_.contains(segment.id) || isShownInLiveTail(segment.id))
+                places_.contains(segment.id) || isShownInLiveTail(segment.id))
                 continue;
             liveTailSegments_.push_back(segment);
             liveTailRows_.push_back(std::move(*row));
@@ -187,8 +184,7 @@ void LiveCaptionDisplayCache::updateLivePartial(const Captions& captions) {
     const CaptionSegment& partial = captions.partial;
     auto row = LiveCaptionDisplaySegment::from(partial);
     const bool isVisible = row && !captions.clearedSegmentIDs.contains(partial.id) &&
-                           !stableSourceSegmentIndexByID_.contains(partial.id) &&
-                           !isShownInLiveTail(partial.id);
+                           !places_.contains(partial.id) && !isShownInLiveTail(partial.id);
     PartialSignature signature{SegmentEdgeSignature::of(partial), isVisible};
     if (partialSignature_ == signature)
         return;
@@ -224,7 +220,7 @@ void LiveCaptionDisplayCache::updateTranslationRows(const Captions& captions, bo
         ++translationRevision_;
     // A signature contains only the first and the last row, so it may not change with this unit.
     // The text must not wait for a later change.
-    if (patch->translatedText && stableSourceSegmentIndexByID_.contains(patch->resultSegmentID) &&
+    if (patch->translatedText && places_.contains(patch->resultSegmentID) &&
         !patchTranslationRows(*patch))
         rebuildTranslationRows(captions);
 }
@@ -240,7 +236,7 @@ bool LiveCaptionDisplayCache::patchTranslationRows(const Patch& patch) {
             return true;
         translationRows_.set(row->second, text);
     } else {
-        const std::size_t segment = stableSourceSegmentIndexByID_.at(patch.resultSegmentID);
+        const std::size_t segment = places_.at(patch.resultSegmentID).segment;
         if (segment < lastTranslatedSegmentIndex_)
             return false;
         translationRowIndexByResultSegmentID_[patch.resultSegmentID] = translationRows_.size();
@@ -268,9 +264,8 @@ void LiveCaptionDisplayCache::addTranslationRow(const Captions& captions,
         return;
     translationRowIndexByResultSegmentID_[segment.id] = translationRows_.size();
     translationRows_.push_back(visible.front());
-    const auto at = stableSourceSegmentIndexByID_.find(segment.id);
-    if (at != stableSourceSegmentIndexByID_.end())
-        lastTranslatedSegmentIndex_ = at->second;
+    if (const auto at = places_.find(segment.id); at != places_.end())
+        lastTranslatedSegmentIndex_ = at->second.segment;
 }
 
 } // namespace tessarune

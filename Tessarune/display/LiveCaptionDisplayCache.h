@@ -55,9 +55,12 @@ class LiveCaptionDisplayCache {
     /// The rows and revisions of a frame. The session adds the other texts.
     LiveCaptionDisplayFrame frame() const;
 
-    /// All visible rows: committed rows, the live tail, and the open row if it is visible.
-    SharedVector<CaptionSegment> sourceSegments() const;
+    /// The visible rows: committed rows, the live tail, and the open row if it is visible.
     std::size_t sourceSegmentCount() const;
+    /// The last ones of them, at most `limit`, oldest first. The captions are those of the last
+    /// update.
+    std::vector<CaptionSegment> newestSourceSegments(std::span<const CaptionSegment> committed,
+                                                     std::size_t limit) const;
 
     std::int64_t sourceFullRebuildCount() const { return sourceFullRebuildCount_; }
     std::int64_t sourceAppendUpdateCount() const { return sourceAppendUpdateCount_; }
@@ -67,6 +70,11 @@ class LiveCaptionDisplayCache {
 
   private:
     using IndexByID = std::unordered_map<UUID, std::size_t>;
+    /// Where a committed segment is found.
+    struct Place {
+        std::size_t segment = 0;          // among those that are not cleared
+        std::optional<std::uint32_t> row; // without: it has no visible text
+    };
 
     void updateSourceRows(const Captions& captions, bool force, const Patch* patch);
     void rebuildSourceRows(const Captions& captions);
@@ -88,8 +96,7 @@ class LiveCaptionDisplayCache {
     std::optional<PartialSignature> partialSignature_;
     std::optional<TranslationSignature> translationSignature_;
 
-    SharedVector<CaptionSegment> stableSourceSegments_; // committed, without those cleared
-    std::vector<CaptionSegment> liveTailSegments_;      // live and uncommitted
+    std::vector<CaptionSegment> liveTailSegments_; // live and uncommitted
     LiveCaptionDisplayRows sourceTextRows_;
     LiveCaptionDisplayRows liveTailRows_;
     MergedBilingualRows mergedBilingual_; // of `sourceTextRows_`
@@ -98,10 +105,9 @@ class LiveCaptionDisplayCache {
     std::optional<LiveCaptionDisplaySegment> livePartialRow_;
     SharedVector<std::string> translationRows_;
 
-    IndexByID stableSourceSegmentIndexByID_;
-    IndexByID sourceRowIndexByID_;
+    std::unordered_map<UUID, Place> places_; // of committed segments, without those cleared
     IndexByID translationRowIndexByResultSegmentID_;
-    /// The index of the last translation row's segment in `stableSourceSegments_`.
+    /// The index of the last translation row's segment.
     std::size_t lastTranslatedSegmentIndex_ = 0;
 
     std::int64_t sourceRevision_ = 0;

@@ -15,10 +15,13 @@ LiveCaptionDisplaySegment::from(const CaptionSegment& segment) {
     if (segment.translatedText)
         row.translatedText = Text::trimmed(*segment.translatedText);
     row.translationUnitID = segment.translationUnitID;
-    row.normalizedSourceKey = GhostTranslationPlanner::normalizedKey(row.sourceText);
     row.revision = segment.revision;
     row.state = segment.state;
     return row;
+}
+
+std::string LiveCaptionDisplaySegment::normalizedSourceKey() const {
+    return GhostTranslationPlanner::normalizedKey(sourceText);
 }
 
 } // namespace tessarune

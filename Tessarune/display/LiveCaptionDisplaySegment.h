@@ -15,9 +15,11 @@ struct LiveCaptionDisplaySegment {
     std::string sourceText;     ///< trimmed, never empty
     std::string translatedText; ///< trimmed; empty: there is none
     std::optional<UUID> translationUnitID;
-    std::string normalizedSourceKey; ///< `GhostTranslationPlanner::normalizedKey` of the source
     std::int64_t revision = 0;
     CaptionSegmentState state = CaptionSegmentState::partial;
+
+    /// `GhostTranslationPlanner::normalizedKey` of the source.
+    std::string normalizedSourceKey() const;
 
     /// `nullopt` for a segment without a visible text.
     static std::optional<LiveCaptionDisplaySegment> from(const CaptionSegment& segment);

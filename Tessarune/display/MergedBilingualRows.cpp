@@ -1,7 +1,6 @@
 #include "Tessarune/display/MergedBilingualRows.h"
 
 #include "TessaruneCore/text/Text.h"
-#include "TessaruneCore/translation/GhostTranslationPlanner.h"
 
 #include <algorithm>
 #include <utility>
@@ -107,7 +106,6 @@ void MergedBilingualRows::appendGroup(const LiveCaptionDisplayRows& source, Span
             texts.push_back(source[i].sourceText);
     }
     row.sourceText = Text::joined(texts, " ");
-    row.normalizedSourceKey = GhostTranslationPlanner::normalizedKey(row.sourceText);
     for (std::size_t i = group.lower; i < group.upper && row.translatedText.empty(); ++i)
         row.translatedText = source[i].translatedText;
     rows_.push_back(std::move(row));

@@ -8,6 +8,9 @@ namespace tessarune {
 
 namespace {
 
+/// Bytes between two looks, more than people say.
+constexpr std::size_t usualGrowth = 1024;
+
 /// Appends a line and returns the number of characters added. A line end is always a separate
 /// character, so the counts of single lines can be added up.
 std::size_t appendLine(std::string& text, const std::string& line) {
@@ -27,7 +30,9 @@ LiveHistoryText::Built LiveHistoryText::build(std::string_view previous,
     const auto rows = sources.committedSegments;
     if (!continuesText(previous, rows))
         *this = LiveHistoryText();
-    Built built{std::string(previous.substr(0, settledBytes_)), settledCharacters_};
+    Built built{{}, settledCharacters_};
+    built.text.reserve(previous.size() + usualGrowth); // doubling would keep half of it unused
+    built.text = previous.substr(0, settledBytes_);
     // The builder needs the last committed row to detect that the open row repeats it.
     const auto last = rows.last(std::min<std::size_t>(rows.size(), 1));
     const auto settled = rows.first(rows.size() - last.size());

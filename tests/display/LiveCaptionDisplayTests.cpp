@@ -156,7 +156,7 @@ TEST(LiveCaptionDisplayTests, ATranslationUnitIsOneRowUnlessSomethingOpenStandsI
     const auto merged = captions.refresh(true).mergedBilingualSourceTail;
     EXPECT_EQ(shown(merged), "Well, yes.=oui|Still=|going.=|");
     EXPECT_EQ(merged[0].id, captions.committed[1].id);
-    EXPECT_EQ(merged[0].normalizedSourceKey, "well yes");
+    EXPECT_EQ(merged[0].normalizedSourceKey(), "well yes");
 }
 
 TEST(LiveCaptionDisplayTests, WorkIsProportionalToTheChange) {
