@@ -1,6 +1,7 @@
 #include "Tessarune/ui/captions/CaptionCommandsModel.h"
 
 #include "Tessarune/ui/captions/ShortcutKeys.h"
+#include "Tessarune/ui/controls/WindowKeys.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <QClipboard>
@@ -84,7 +85,7 @@ std::vector<CaptionCommandsModel::Command> CaptionCommandsModel::commands() cons
         all.push_back({.text = [this] { return toolbar_.settingsText(); },
                        .run = [this] { toolbar_.showSettings(); },
                        .isFirstOfGroup = !commands.showHistory,
-                       .fixedKeys = QKeySequence(Qt::CTRL | Qt::Key_Comma)});
+                       .fixedKeys = WindowKeys::of("settings").keys.front()});
     all.push_back({.text = [] { return QString::fromStdString(localized("隐藏字幕窗口")); },
                    .run = commands.toggleWindow,
                    .shortcut = &settings.shortcutToggleWindow,

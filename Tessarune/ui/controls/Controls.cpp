@@ -1,8 +1,11 @@
 #include "Tessarune/ui/controls/Controls.h"
 
 #include "Tessarune/ui/controls/DesktopLook.h"
+#include "Tessarune/ui/controls/WindowKeys.h"
 
+#include <QQmlPropertyMap>
 #include <QUrl>
+#include <QVariantList>
 #include <QtQml>
 
 /// Qt requires this outside any namespace. The files of a static library are found only after this
@@ -14,6 +17,22 @@ static void useControlFiles() {
 
 namespace tessarune {
 
+namespace {
+
+/// The engine owns it.
+QObject* windowKeysForQML(QQmlEngine*, QJSEngine*) {
+    auto* const properties = new QQmlPropertyMap;
+    for (const WindowKeys& command : WindowKeys::all()) {
+        QVariantList keys;
+        for (const QKeySequence& sequence : command.keys)
+            keys << sequence.toString(QKeySequence::PortableText);
+        properties->insert(QString::fromUtf8(command.name), keys);
+    }
+    return properties;
+}
+
+} // namespace
+
 void registerControls() {
     static const bool once = [] {
         useControlFiles();
@@ -21,6 +40,8 @@ void registerControls() {
         qmlRegisterType<DesktopLook>("Tessarune.Desktop", 1, 0, "DesktopLook");
         qmlRegisterSingletonType(QUrl(QStringLiteral("qrc:/controls/Theme.qml")), "Tessarune", 1, 0,
                                  "Theme");
+        qmlRegisterSingletonType<QQmlPropertyMap>("Tessarune", 1, 0, "WindowKeys",
+                                                  windowKeysForQML);
         return true;
     }();
     Q_UNUSED(once);

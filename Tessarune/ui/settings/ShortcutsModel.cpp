@@ -1,6 +1,7 @@
 #include "Tessarune/ui/settings/ShortcutsModel.h"
 
 #include "Tessarune/ui/captions/ShortcutKeys.h"
+#include "Tessarune/ui/controls/WindowKeys.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <utility>
@@ -9,18 +10,9 @@ namespace tessarune {
 
 namespace {
 
-struct FixedKeys {
-    QKeySequence keys;
-    std::string_view title; ///< localisation key
-};
-
-/// The fixed shortcuts of the windows, which the user cannot change.
-std::vector<FixedKeys> fixedKeys() {
-    return {{QKeySequence(Qt::CTRL | Qt::Key_Q), localizationKey("退出 Tessarune")},
-            {QKeySequence(Qt::CTRL | Qt::Key_Comma), localizationKey("设置")},
-            {QKeySequence(Qt::SHIFT | Qt::Key_F10), localizationKey("打开菜单")},
-            {QKeySequence(Qt::CTRL | Qt::Key_A), localizationKey("全选")},
-            {QKeySequence(Qt::CTRL | Qt::Key_F), localizationKey("搜索历史记录")}};
+bool hasOtherKeys(const ShortcutSetting& shortcut) {
+    return *shortcut.keyCode != shortcut.keyCode.defaultValue() ||
+           *shortcut.modifiers != shortcut.modifiers.defaultValue();
 }
 
 bool isModifier(int key) {
@@ -75,9 +67,12 @@ QString ShortcutsModel::conflictOf(int row) const {
         if (other != row && keysOf(candidate.shortcut) == keys)
             return sentence(candidate.title);
     }
-    for (const FixedKeys& fixed : fixedKeys()) {
-        if (fixed.keys == keys)
-            return sentence(fixed.title);
+    // By default Ctrl+W is for the captions, whichever window has the focus.
+    if (!hasOtherKeys(rows_[static_cast<std::size_t>(row)].shortcut))
+        return {};
+    for (const WindowKeys& command : WindowKeys::all()) {
+        if (command.keys.contains(keys))
+            return sentence(command.title);
     }
     return {};
 }
@@ -104,9 +99,8 @@ QVariant ShortcutsModel::data(const QModelIndex& index, int role) const {
                    ? QString::fromStdString(localized("设置文件里的值无法识别，现在用默认的快捷键"))
                    : QString();
     case ChangedRole:
-        return *shortcut.keyCode != shortcut.keyCode.defaultValue() ||
-               *shortcut.modifiers != shortcut.modifiers.defaultValue() ||
-               shortcut.keyCode.isUnreadable() || shortcut.modifiers.isUnreadable();
+        return hasOtherKeys(shortcut) || shortcut.keyCode.isUnreadable() ||
+               shortcut.modifiers.isUnreadable();
     default:
         return {};
     }

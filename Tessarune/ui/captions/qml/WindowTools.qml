@@ -67,7 +67,7 @@ Item {
         value: root.stage.selectedText
     }
     Shortcut {
-        sequences: [StandardKey.SelectAll]
+        sequences: WindowKeys.selectAll
         onActivated: root.stage.selectAll()
     }
     Shortcut {
@@ -76,11 +76,11 @@ Item {
         onActivated: root.stage.clearSelection()
     }
     Shortcut {
-        sequence: "Ctrl+Q"
+        sequences: WindowKeys.quit
         onActivated: root.model.quit()
     }
     Shortcut {
-        sequences: ["Menu", "Shift+F10"]
+        sequences: WindowKeys.menu
         onActivated: menu.openAt(12, 12)
     }
 }

@@ -226,7 +226,7 @@ Item {
     }
 
     Shortcut {
-        sequences: [StandardKey.Save]
+        sequences: WindowKeys.save
         enabled: root.detail.isShown && !root.detail.isRunning
         onActivated: exportPanel.open()
     }

@@ -165,23 +165,23 @@ Window {
     }
 
     Shortcut {
-        sequences: [StandardKey.Open]
+        sequences: WindowKeys.open
         onActivated: window.model.imports.choose()
     }
     Shortcut {
-        sequence: StandardKey.Find
+        sequences: WindowKeys.find
         onActivated: {
             search.forceActiveFocus();
             search.selectAll();
         }
     }
     Shortcut {
-        sequences: [StandardKey.Undo]
+        sequences: WindowKeys.undo
         enabled: window.model.canUndo
         onActivated: window.model.undo()
     }
     Shortcut {
-        sequences: [StandardKey.Close]
+        sequences: WindowKeys.close
         onActivated: window.close()
     }
 }

@@ -169,11 +169,11 @@ Window {
     }
 
     Shortcut {
-        sequence: StandardKey.Find
+        sequences: WindowKeys.find
         onActivated: search.forceActiveFocus()
     }
     Shortcut {
-        sequences: [StandardKey.Close]
+        sequences: WindowKeys.close
         onActivated: window.close()
     }
 }
