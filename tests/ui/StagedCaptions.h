@@ -51,7 +51,8 @@ class StagedCaptions {
                     .showSettings =
                         [this](const std::string& pane) { asked.push_back("settings " + pane); }},
                 .secondsBehind = [this] { return secondsBehind; },
-                .reducesMotion = reducesMotion};
+                .reducesMotion = reducesMotion,
+                .waiting = &waiting};
     }
     void open() {
         window = std::make_unique<CaptionWindow>(environment());
@@ -100,6 +101,7 @@ class StagedCaptions {
     Published<std::string> notice;
     Published<std::string> soundName;
     Published<bool> reducesMotion{false};
+    Published<std::optional<std::string>> waiting;
     double secondsBehind = 0;
     LiveCaptionDisplayFrame frame = LiveCaptionDisplayFrame::empty();
     std::vector<std::string> asked; ///< the commands that the window gave

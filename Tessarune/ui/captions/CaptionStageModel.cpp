@@ -24,6 +24,8 @@ CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment
         Q_EMIT frameChanged();
     });
     observations_.follow(environment_.soundName, [this] { Q_EMIT frameChanged(); });
+    if (environment_.waiting)
+        observations_.follow(*environment_.waiting, [this] { Q_EMIT frameChanged(); });
     observations_.follow(settings_.state, [this] {
         const std::pair layout(isBilingual(), swaps());
         if (std::exchange(layout_, layout) != layout)
@@ -76,7 +78,8 @@ QString CaptionStageModel::presentation() const {
         return QStringLiteral("clear");
     switch (*empty) {
     case CaptionEmptyPresentation::idle:
-        return QStringLiteral("empty-idle");
+        return environment_.isWaiting() ? QStringLiteral("empty-checking")
+                                        : QStringLiteral("empty-idle");
     case CaptionEmptyPresentation::checking:
         // A user who cleared the captions knows that there is sound.
         return isCleared() ? QStringLiteral("clear") : QStringLiteral("empty-checking");
@@ -115,10 +118,14 @@ EmptyTexts emptyTexts(const LiveCaptionDisplayFrame& frame, const std::string& f
 } // namespace
 
 QString CaptionStageModel::emptyTitle() const {
+    if (environment_.isWaiting())
+        return QString::fromStdString(environment_.waitingText());
     return QString::fromStdString(emptyTexts(frame(), *environment_.soundName).title);
 }
 
 QString CaptionStageModel::emptySubtitle() const {
+    if (environment_.isWaiting())
+        return {};
     return QString::fromStdString(emptyTexts(frame(), *environment_.soundName).subtitle);
 }
 

@@ -1,6 +1,7 @@
 #include "Tessarune/ui/captions/CaptionToolbarModel.h"
 
 #include "Tessarune/history/DurationTextFormatter.h"
+#include "Tessarune/ui/captions/CaptionStage.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
@@ -34,6 +35,8 @@ CaptionToolbarModel::CaptionToolbarModel(const CaptionWindowEnvironment& environ
     observations_.follow(session().selectedSource, announceSource);
     observations_.follow(environment_.soundName, announceSource);
     observations_.follow(environment_.notice, announce(&CaptionToolbarModel::noticeChanged));
+    if (environment_.waiting)
+        observations_.follow(*environment_.waiting, announce(&CaptionToolbarModel::sessionChanged));
     observations_.follow(settings_.state, announce(&CaptionToolbarModel::settingsChanged));
     observations_.follow(session().sessionPhase, announce(&CaptionToolbarModel::sessionChanged));
 }
@@ -49,7 +52,7 @@ bool CaptionToolbarModel::isBusy() const {
     case LiveSessionPhase::failed:
         break;
     }
-    return false;
+    return environment_.isWaiting();
 }
 
 QString CaptionToolbarModel::toggleText() const {
@@ -87,6 +90,8 @@ int CaptionToolbarModel::currentSource() const {
 }
 
 QString CaptionToolbarModel::status() const {
+    if (environment_.isWaiting())
+        return QString::fromStdString(environment_.waitingText());
     if (*session().sessionPhase == LiveSessionPhase::failed && !session().presentedError->empty())
         return QString::fromStdString(*session().presentedError);
     return QString::fromStdString(session().status->text());
@@ -95,6 +100,9 @@ QString CaptionToolbarModel::status() const {
 /// False for a status that the empty stage or the toolbar shows anyway.
 bool CaptionToolbarModel::showsStatus() const {
     using Kind = SessionStatus::Kind;
+    if (environment_.isWaiting())
+        return !environment_.waitingText().empty() &&
+               CaptionStage::hasCaptionOutput(*session().captionDisplay.frame);
     if (isTrouble())
         return true;
     switch (session().status->kind) {
@@ -112,6 +120,8 @@ bool CaptionToolbarModel::showsStatus() const {
 bool CaptionToolbarModel::isTrouble() const {
     using Kind = SessionStatus::Kind;
     const Kind kind = session().status->kind;
+    if (environment_.isWaiting())
+        return false;
     return *session().sessionPhase == LiveSessionPhase::failed || kind == Kind::interrupted ||
            kind == Kind::compressionFailed || kind == Kind::transcriptNotSaved;
 }

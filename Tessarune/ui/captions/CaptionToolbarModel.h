@@ -56,7 +56,7 @@ class CaptionToolbarModel final : public QObject {
   public:
     explicit CaptionToolbarModel(const CaptionWindowEnvironment& environment);
 
-    bool isListening() const { return *session().isListening; }
+    bool isListening() const { return *session().isListening || environment_.isWaiting(); }
     bool isBusy() const;
     QString toggleText() const;
     QString sourceName() const;

@@ -53,6 +53,12 @@ struct CaptionWindowEnvironment {
     /// How the user can keep the window above others on a desktop that does not let the program do
     /// so; empty if the desktop does.
     std::string otherWayToTop{};
+    /// What a start waits for: a text for the user, which is empty for the first moment; `nullopt`
+    /// if no start waits. Null where none ever does.
+    const Published<std::optional<std::string>>* waiting = nullptr;
+
+    bool isWaiting() const { return waiting && **waiting; }
+    std::string waitingText() const { return waiting ? (*waiting)->value_or("") : ""; }
 };
 
 } // namespace tessarune

@@ -31,9 +31,8 @@ Task<void> DesktopListening::connectToSound() {
     const std::string problem = co_await connecting;
     isConnecting_ = false;
     hasSound_ = problem.empty();
-    environment_.notices.tell(Topic::waitingForFile, "");
     environment_.notices.tell(Topic::sound, problem);
-    const auto start = std::exchange(pendingStart_, std::nullopt);
+    const auto start = takePendingStart();
     if (hasSound_) {
         store().refreshInputDevices();
         if (start && !isEnding_)
@@ -49,33 +48,45 @@ Task<void> DesktopListening::tellOfWaiting() {
     Task<bool> waiting = sleep(Executor::main(environment_.host), quietWaitSeconds);
     co_await waiting;
     if (pendingStart_ && isConnecting_ && environment_.sound.isFile())
-        environment_.notices.tell(Topic::waitingForFile, localized("Waiting for sound from %@.",
-                                                                   {*environment_.sound.fileName}));
+        waiting_ = localized("Waiting for sound from %@.", {*environment_.sound.fileName});
+}
+
+std::optional<LiveSessionControlTrigger> DesktopListening::takePendingStart() {
+    waiting_ = std::nullopt;
+    return std::exchange(pendingStart_, std::nullopt);
 }
 
 void DesktopListening::start(const LiveSessionControlTrigger& trigger) {
-    if (wish_ && store().isStopping() && !wish_->starts)
+    if (isEnding_)
+        return;
+    const bool isSaving = store().isStopping();
+    if (isSaving && trigger.userInitiated && !wantsStart())
         store().startListening(trigger); // only tells the user that saving continues
     else if (wish_)
         wish_->starts = true;
+    else if (isSaving)
+        want({.file = {}, .isAnother = false, .starts = true});
     else if (!isListening() && !pendingStart_ && !isLookingAtFile() &&
              environment_.hasSpeechModel())
         startWithSound(trigger);
 }
 
 void DesktopListening::startWithSound(const LiveSessionControlTrigger& trigger) {
+    environment_.notices.tell(Topic::file, ""); // of an earlier start
     if (hasSound_)
         return store().startListening(trigger);
     pendingStart_ = trigger;
+    waiting_ = "";
     connect();
     if (environment_.sound.isFile())
         spawn(Executor::main(environment_.host), tellOfWaiting());
 }
 
 void DesktopListening::toggle(const LiveSessionControlTrigger& trigger) {
-    if (pendingStart_ || (wish_ && wish_->starts) || isLookingAtFile())
+    if (pendingStart_ || wantsStart() || isLookingAtFile())
         return stop(trigger);
-    if (isListening() || *store().view().sessionPhase == LiveSessionPhase::stopping)
+    const bool isStopping = *store().view().sessionPhase == LiveSessionPhase::stopping;
+    if (isListening() || (isStopping && trigger.userInitiated))
         store().toggleListening(trigger);
     else
         start(trigger);
@@ -84,9 +95,8 @@ void DesktopListening::toggle(const LiveSessionControlTrigger& trigger) {
 void DesktopListening::stop(const LiveSessionControlTrigger& trigger) {
     look_ = 0;
     if (wish_)
-        wish_ = Wish{.file = {}, .source = wish_->source};
-    environment_.notices.tell(Topic::waitingForFile, "");
-    if (std::exchange(pendingStart_, std::nullopt) && environment_.sound.isFile())
+        wish_ = Wish{.file = {}, .source = wish_->source, .isAnother = wish_->isAnother};
+    if (takePendingStart() && environment_.sound.isFile())
         listenToComputer(computerSource_);
     store().stopListening(trigger);
 }
@@ -110,7 +120,7 @@ Task<void> DesktopListening::lookAt(std::filesystem::path file, unsigned look) {
         want({.file = file, .starts = true});
         co_return;
     }
-    environment_.notices.tell(problem);
+    environment_.notices.tell(Topic::file, problem);
     if (!hasSound_)
         connect();
 }
@@ -119,20 +129,22 @@ void DesktopListening::selectSource(const AudioSource& source) {
     if (!wish_ && !isLookingAtFile() && !environment_.sound.isFile())
         return store().selectSource(source);
     const bool restarts =
-        isListening() || pendingStart_ || (wish_ && wish_->starts) || isLookingAtFile();
+        isListening() || pendingStart_ || wantsStart() || isLookingAtFile();
     look_ = 0;
     want({.file = {}, .source = source, .starts = restarts});
 }
 
 void DesktopListening::fileEnded(const std::string& problem) {
-    environment_.notices.tell(problem);
+    environment_.notices.tell(Topic::file, problem);
     if (!wish_)
         want({});
+    else
+        wish_->isAnother = true; // the file is not heard again
 }
 
 /// Replaces a wish that is still waiting.
 void DesktopListening::want(Wish wish) {
-    pendingStart_.reset();
+    takePendingStart();
     if (!std::exchange(wish_, std::move(wish)))
         spawn(Executor::main(environment_.host), fulfilWish());
 }
@@ -141,8 +153,15 @@ Task<void> DesktopListening::fulfilWish() {
     Task<void> stopping = environment_.session.stop();
     co_await stopping;
     const Wish wish = *std::exchange(wish_, std::nullopt);
-    if (isEnding_)
-        co_return;
+    if (!isEnding_ && wish.isAnother)
+        changeSound(wish);
+    if (wish.starts)
+        start(wish.file || !wish.isAnother ? LiveSessionControlTrigger::programmatic()
+                                           : LiveSessionControlTrigger::sourceSwitch());
+}
+
+/// No session runs.
+void DesktopListening::changeSound(const Wish& wish) {
     if (wish.file) {
         if (!environment_.sound.isFile())
             computerSource_ = *store().view().selectedSource;
@@ -155,9 +174,6 @@ Task<void> DesktopListening::fulfilWish() {
     } else if (wish.source) {
         store().selectSource(*wish.source);
     }
-    if (wish.starts)
-        start(wish.file ? LiveSessionControlTrigger::programmatic()
-                        : LiveSessionControlTrigger::sourceSwitch());
 }
 
 /// Call only while no session runs.

@@ -4,14 +4,17 @@
 #include "Tessarune/shell/StringTables.h"
 #include "Tessarune/ui/captions/CaptionFonts.h"
 #include "Tessarune/ui/desktop/DesktopProgram.h"
+#include "Tessarune/ui/desktop/DesktopSound.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 
 #include <QApplication>
 #include <algorithm>
 #include <clocale>
+#include <filesystem>
 #include <iostream>
 #include <optional>
 #include <span>
+#include <string>
 
 namespace tessarune {
 
@@ -19,6 +22,7 @@ namespace {
 
 constexpr const char* programName = "tessarune";
 constexpr int usageError = 64; // EX_USAGE
+constexpr int noInput = 66;    // EX_NOINPUT
 constexpr int noDisplay = 69;  // EX_UNAVAILABLE
 constexpr int noAnswer = 75;   // EX_TEMPFAIL
 static_assert(TessaruneLog::subsystem == TESSARUNE_APPLICATION_ID);
@@ -38,9 +42,20 @@ void nameProgram() {
     QGuiApplication::setDesktopFileName(QStringLiteral(TESSARUNE_APPLICATION_ID));
 }
 
+/// A stream that the caller gave this process. Under the same name another one has its own.
+bool isOwnStream(const std::filesystem::path& file) {
+    const std::string name = file.string();
+    return name == "-" || name == "/dev/stdin" || name.starts_with("/dev/fd/") ||
+           name.starts_with("/proc/self/");
+}
+
 /// Passes the request to the program that already runs. Returns the exit status; `nullopt` if that
 /// program has just ended and this one takes its place.
 std::optional<int> passOn(SingleInstance& instance, const DesktopRequest& request) {
+    if (request.file && isOwnStream(*request.file)) {
+        std::cerr << "tessarune: already running, and cannot read what is piped to this start.\n";
+        return noInput;
+    }
     const std::string failure = instance.forward(request.forOther());
     if (instance.standing() == SingleInstance::Standing::first)
         return std::nullopt;
@@ -71,10 +86,15 @@ int runDesktopProgram(int argc, char** argv) {
     nameInterfaceFaces(StringTables::userLocale());
     const std::span<char*> arguments(argv + 1, static_cast<std::size_t>(std::max(argc, 1) - 1));
     const DesktopRequest request = DesktopRequest::of(arguments);
-    if (!request.unknown.empty()) {
-        std::cerr << "tessarune: what is '" << request.unknown
-                  << "'? There are: start, stop, toggle, show, history, settings, file:PATH.\n";
+    if (request.unknown) {
+        std::cerr << "tessarune: unknown argument '" << *request.unknown
+                  << "'; expected start, stop, toggle, show, history, settings, file:PATH.\n";
         return usageError;
+    }
+    if (const std::string problem = request.file ? DesktopSound::problemOf(*request.file) : "";
+        !problem.empty()) {
+        std::cerr << "tessarune: " << problem << "\n";
+        return noInput;
     }
     SingleInstance instance(TESSARUNE_APPLICATION_ID);
     if (instance.standing() == SingleInstance::Standing::second) {

@@ -13,7 +13,7 @@ namespace tessarune {
 class DesktopNotices {
   public:
     /// A topic has at most one notice, which later news replaces or removes; `none` has any number.
-    enum class Topic { none, sound, waitingForFile, speechModel, recording, session };
+    enum class Topic { none, sound, file, speechModel, recording, session };
 
     /// Called with each new notice, unless one with the same text is already shown.
     std::function<void(const std::string& text)> onNotice;

@@ -80,7 +80,8 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
         .reducesMotion = motion_.isReduced,
         .recordFollow = [this](const auto& event, const auto& fields,
                                bool important) { recordFollow(event, fields, important); },
-        .otherWayToTop = X11Desktop::keepsWindowsAbove() ? std::string() : desktopsWayToTop()};
+        .otherWayToTop = X11Desktop::keepsWindowsAbove() ? std::string() : desktopsWayToTop(),
+        .waiting = &listening_.waiting()};
 }
 
 void DesktopProgram::recordFollow(const std::string& event, const LogFields& fields,

@@ -10,7 +10,8 @@ namespace {
 
 constexpr std::string_view filePrefix = "file:";
 
-constexpr std::pair<std::string_view, DesktopAction> actionWords[] = {
+using ActionWord = std::pair<std::string_view, DesktopAction>;
+constexpr ActionWord actionWords[] = {
     {"start", DesktopAction::start},     {"stop", DesktopAction::stop},
     {"toggle", DesktopAction::toggle},   {"show", DesktopAction::show},
     {"history", DesktopAction::history}, {"settings", DesktopAction::settings},
@@ -41,7 +42,7 @@ DesktopRequest DesktopRequest::of(std::span<char*> arguments) {
             request.file = std::filesystem::path(argument.substr(filePrefix.size()));
         else if (const auto action = desktopActionOf(argument))
             request.actions.push_back(*action);
-        else if (request.unknown.empty())
+        else if (!request.unknown)
             request.unknown = argument;
     }
     return request;
@@ -49,9 +50,9 @@ DesktopRequest DesktopRequest::of(std::span<char*> arguments) {
 
 InstanceRequest DesktopRequest::forOther() const {
     InstanceRequest request;
-    for (const auto& [word, action] : actionWords) {
-        if (has(action))
-            request.actions.emplace_back(word);
+    for (const DesktopAction action : actions) {
+        const auto* const named = std::ranges::find(actionWords, action, &ActionWord::second);
+        request.actions.emplace_back(named->first);
     }
     if (file)
         request.files.push_back(absolutePath(*file));

@@ -22,7 +22,7 @@ std::optional<DesktopAction> desktopActionOf(std::string_view word);
 struct DesktopRequest {
     std::optional<std::filesystem::path> file; ///< captioned instead of the computer's sound
     std::vector<DesktopAction> actions;
-    std::string unknown; ///< the first unknown argument; empty if there is none
+    std::optional<std::string> unknown; ///< the first unknown argument
 
     static DesktopRequest of(std::span<char*> arguments);
     /// The same request, for a program that already runs.

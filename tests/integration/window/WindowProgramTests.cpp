@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -67,6 +68,52 @@ class WindowProgram : public ::testing::Test {
         accessibility_.emplace("/usr/libexec/at-spi-bus-launcher",
                                std::vector<std::string>{"--launch-immediately"}, folder_.path(),
                                environment_);
+    }
+    std::string pointer(const std::vector<std::string>& commands) const {
+        return run("/usr/bin/xdotool", commands, folder_.path(), environment_).output;
+    }
+    /// The caption window's, without a border of the window manager.
+    struct Place {
+        int width = 0;
+        int height = 0;
+        int x = 0;
+        int y = 0;
+
+        bool operator==(const Place&) const = default;
+        std::string text() const {
+            return std::to_string(width) + "x" + std::to_string(height) + "+" + std::to_string(x) +
+                   "+" + std::to_string(y);
+        }
+    };
+    Place place() const {
+        Place found;
+        std::string id = pointer({"search", "--onlyvisible", "--class", "tessarune"});
+        id = id.substr(0, id.find('\n'));
+        if (!id.empty()) {
+            const std::string shown = pointer({"getwindowgeometry", "--shell", id});
+            std::sscanf(shown.c_str(), "WINDOW=%*d X=%d Y=%d WIDTH=%d HEIGHT=%d", &found.x,
+                        &found.y, &found.width, &found.height);
+        }
+        return found;
+    }
+    /// Drags the window up and to the left until it has changed, by a point that is this far from
+    /// its lower right corner.
+    void drag(int distance, const std::function<bool(const Place&)>& isChanged) {
+        EXPECT_TRUE(within(20, [&] {
+            const Place now = place();
+            const auto at = [&](int by) {
+                return std::vector<std::string>{"mousemove",
+                                                std::to_string(now.x + now.width - distance - by),
+                                                std::to_string(now.y + now.height - distance - by)};
+            };
+            pointer(at(0));
+            pointer({"mousedown", "1"});
+            pointer(at(40));
+            pointer(at(80));
+            const bool hasChanged = within(1, [&] { return isChanged(place()); });
+            pointer({"mouseup", "1"});
+            return hasChanged;
+        })) << place().text();
     }
     StartedProgram screenReader(std::vector<std::string> arguments) {
         return {TESSARUNE_SCREEN_READER, arguments, folder_.path(), environment_};
@@ -156,10 +203,17 @@ TEST_F(WindowProgram, ASecondLaunchPassesOnWhatItIsAskedAndTheFirstSavesEverythi
     expectSaved(1);
     expectEndedWell(start({"toggle", "show"}).wait());
     ASSERT_TRUE(within(20, [&] { return count("listen.start.task") == 2; }));
+    // Nobody who is quicker than the saving loses a word.
+    expectEndedWell(start({"toggle", "toggle", "toggle", "toggle"}).wait());
+    ASSERT_TRUE(within(20, [&] { return count("listen.start.task") == 3; }));
+    const ProgramRun mistyped = start({"file:no/such.wav"}).wait();
+    EXPECT_EQ(mistyped.status, 66);
+    EXPECT_NE(mistyped.error.find("no/such.wav"), std::string::npos) << mistyped.error;
     first.send(SIGTERM); // while it starts
     expectEndedWell(first.wait());
     EXPECT_FALSE(hasJournal());
     EXPECT_EQ(start({"nonsense"}).wait().status, 64);
+    EXPECT_EQ(start({""}).wait().status, 64);
 }
 
 TEST_F(WindowProgram, CaptionsAndTranslatesWhatTheComputerPlaysForEverybody) {
@@ -239,6 +293,26 @@ TEST_F(WindowProgram, AStopWhileItWaitsForItsSoundIsTheLastWord) {
     program.send(SIGTERM);
     expectEndedWell(program.wait());
     EXPECT_EQ(count("listen.start.task"), 0u);
+}
+
+TEST_F(WindowProgram, ReturnsToWhereTheUserPutItsWindow) {
+    StartedProgram program = start({"show"});
+    ASSERT_TRUE(within(20, [&] { return place().width > 0; }));
+    const Place first = place();
+    drag(3, [&](const Place& now) {
+        return now.width < first.width && now.height < first.height && now.x == first.x;
+    });
+    Place last;
+    drag(150, [&](const Place& now) { return now.x < first.x && now.y < first.y; });
+    EXPECT_TRUE(within(10, [&] {
+        last = place();
+        return contentsOf(folder_ / "config/Tessarune/settings.json").find(last.text()) !=
+               std::string::npos;
+    })) << last.text();
+    program.send(SIGTERM);
+    expectEndedWell(program.wait());
+    const StartedProgram again = start({"show"});
+    EXPECT_TRUE(within(10, [&] { return place() == last; })) << place().text() << last.text();
 }
 
 TEST_F(WindowProgram, SavesWhatWasSaidWhenItIsAskedToEnd) {
