@@ -286,6 +286,10 @@ TEST_F(CaptionWindowTests, AFileIsNamedAsWhatIsHeardAndAnotherSourceCanBeChosen)
     EXPECT_EQ(toolbar->currentSource(), -1);
     toolbar->selectSource(0);
     EXPECT_EQ(captions.asked, std::vector<std::string>{"systemAudio"});
+    EXPECT_EQ(toolbar->toggleText(), "开始字幕");
+    captions.waiting = std::string("Waiting for a pipe.");
+    EXPECT_EQ(toolbar->toggleText(), "停止字幕") << "the click that follows takes the start back";
+    EXPECT_EQ(captions.window->stage().emptyTitle(), "Waiting for a pipe.");
 }
 
 TEST_F(CaptionWindowTests, TheSourcesCloseWhereverElseTheUserClicks) {
@@ -339,6 +343,19 @@ TEST_F(CaptionWindowTests, LargeTypeInALowWindowLosesItsMarginsBeforeTheNewestLi
                top + row->property("sourceItem").value<QQuickItem*>()->height() <= 240;
     };
     EXPECT_TRUE(runUntil(isWhole)) << newest()->mapToScene({0, 0}).y();
+    // What rows need moves the list between two frames, not while it lays them out.
+    for (const int size : {200, 24}) {
+        captions.settings.sourceFontSize = size;
+        captions.settings.translationFontSize = size;
+        for (const auto layout :
+             {SubtitleLayoutMode::lyrics, SubtitleLayoutMode::bilingualCompare}) {
+            captions.settings.subtitleLayoutMode = layout;
+            captions.settle("And it goes on in rows that are higher than all of the window.",
+                            "译文");
+            captions.publish();
+            runFor(50);
+        }
+    }
 }
 
 TEST_F(CaptionWindowTests, ReturnsToItsPlaceAndToNoneThatIsOutOfReach) {

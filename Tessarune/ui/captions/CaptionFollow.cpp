@@ -38,6 +38,7 @@ void CaptionFollow::attachIfReady() {
     connect(stage_, &CaptionStageModel::frameChanged, this, &CaptionFollow::framePublished);
     connect(stage_, &CaptionStageModel::settingsChanged, this, &CaptionFollow::contentChanged);
     driver_->attached();
+    endIsDue_ = true;
     contentChanged();
 }
 
@@ -98,17 +99,33 @@ void CaptionFollow::contentHeightChanged() {
     // The list is laying out its rows and must not be moved now.
     endIsDue_ = true;
     driver_->documentFrameChanged();
+    nudgeWindow();
 }
 
 /// Moves the list before the window is drawn, so that a wrapped line is never half hidden.
 void CaptionFollow::beforeFrame() {
     if (std::exchange(contentIsDue_, false))
         contentChanged();
-    if (std::exchange(endIsDue_, false) && driver_->isPinned())
+    if (!std::exchange(endIsDue_, false))
+        return;
+    takeHeights();
+    if (driver_->isPinned())
         scrollToEnd();
 }
 
+/// A short list is at the bottom. What the newest row needs may change the list's height.
+void CaptionFollow::takeHeights() {
+    list_->setProperty("topMargin",
+                       std::max(hiddenHeight_, list_->height() - listValue("contentHeight")));
+    QQuickItem* newest = nullptr;
+    QMetaObject::invokeMethod(list_, "itemAtIndex", Q_RETURN_ARG(QQuickItem*, newest),
+                              Q_ARG(int, list_->property("count").toInt() - 1));
+    if (newest && std::exchange(newestHeight_, newest->height()) != newest->height())
+        Q_EMIT newestHeightChanged();
+}
+
 void CaptionFollow::heightChanged() {
+    endIsDue_ = true;
     if (driver_ && driver_->isPinned())
         moveToEnd();
 }

@@ -25,6 +25,8 @@ class CaptionFollow : public QObject, private CaptionListView {
     Q_PROPERTY(double hiddenHeight MEMBER hiddenHeight_ NOTIFY attachedChanged)
     Q_PROPERTY(bool reviewing READ reviewing NOTIFY reviewingChanged)
     Q_PROPERTY(double glide READ glide NOTIFY glideChanged)
+    /// The height of the list's last row.
+    Q_PROPERTY(double newestHeight READ newestHeight NOTIFY newestHeightChanged)
 
   public:
     CaptionFollow();
@@ -33,6 +35,7 @@ class CaptionFollow : public QObject, private CaptionListView {
     void setList(QQuickItem* list);
     bool reviewing() const { return *state_.isReviewing; }
     double glide() const { return glide_; }
+    double newestHeight() const { return newestHeight_; }
 
     // Call these from the list's signals.
     Q_INVOKABLE void movementStarted();
@@ -49,6 +52,7 @@ class CaptionFollow : public QObject, private CaptionListView {
     void attachedChanged();
     void reviewingChanged();
     void glideChanged();
+    void newestHeightChanged();
 
   private:
     void attachIfReady();
@@ -58,6 +62,7 @@ class CaptionFollow : public QObject, private CaptionListView {
     void visibleChanged(bool isVisible);
     void screenChanged();
     void beforeFrame();
+    void takeHeights();
 
     // CaptionListView
     std::optional<Geometry> geometry() const override;
@@ -80,6 +85,7 @@ class CaptionFollow : public QObject, private CaptionListView {
     Observations observations_;
     QVariantAnimation gliding_;
     double glide_ = 0;
+    double newestHeight_ = 0;
     bool contentIsDue_ = false; // a caption frame was published since the window was last drawn
     bool endIsDue_ = false;     // the height of the rows has changed since then
 };

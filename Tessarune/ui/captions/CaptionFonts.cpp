@@ -23,8 +23,11 @@ QString place(std::string_view language) {
 } // namespace
 
 void nameInterfaceFaces(std::string_view locale) {
-    QFont::insertSubstitution(QGuiApplication::font().family(),
-                              QStringLiteral("Noto Sans CJK ") + place(locale));
+    const QString family = QGuiApplication::font().family();
+    const bool isChinese = locale.starts_with("zh");
+    if (!isChinese) // else Latin letters and quotation marks may have Chinese widths
+        QFont::insertSubstitution(family, QStringLiteral("Noto Sans"));
+    QFont::insertSubstitution(family, QStringLiteral("Noto Sans CJK ") + place(locale));
 }
 
 QFont captionFont(std::string_view language, std::int64_t size) {

@@ -11,7 +11,7 @@ Item {
     required property bool outlined
     // The maximum height of this list.
     required property real mostHeight
-    property real newestHeight: 0
+    readonly property alias newestHeight: follow.newestHeight
     property alias reviewing: follow.reviewing
     property alias selection: marked
     // Height added above the visible top, so that rows there still exist while the list glides up.
@@ -34,7 +34,7 @@ Item {
         Accessible.role: Accessible.List
         Accessible.name: root.stage.listName
         anchors { fill: parent; topMargin: -root.room }
-        topMargin: Math.max(root.room, height - contentHeight)
+        topMargin: root.room
         model: root.rows
         boundsBehavior: Flickable.StopAtBounds
         cacheBuffer: 320
@@ -46,7 +46,6 @@ Item {
             isPrimary: index >= root.rows.firstPrimary
             isReviewing: follow.reviewing
             mostHeight: root.mostHeight
-            onNewestChanged: height => root.newestHeight = height
             fromTop: y - list.contentY - root.room + follow.glide
             belowEnd: fromTop + height - root.height
         }

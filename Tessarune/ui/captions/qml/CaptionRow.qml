@@ -20,7 +20,6 @@ Item {
     required property bool ghost
     required property bool growing
     property real fade: 1
-    signal newestChanged(real height)
 
     readonly property bool isNewest: index + 1 === ListView.view?.count
     readonly property bool hasSource: source !== ""
@@ -39,9 +38,6 @@ Item {
     height: sourceText.shownHeight + gap + translationText.shownHeight + spacing
     // Lines that scroll out fade instead of being cut; the newest may be higher than the list.
     opacity: fade * Math.max(0, Math.min(1, isNewest ? 1 : (fromTop / height + 0.6) / 0.5, 1.2 - belowEnd / height))
-    onHeightChanged: if (isNewest) newestChanged(height)
-    onIsNewestChanged: if (isNewest) newestChanged(height)
-    Component.onCompleted: if (isNewest) newestChanged(height)
 
     SelectionMarks {
         selection: root.selection

@@ -14,7 +14,8 @@ Item {
     // The most height that a list can get: the space below the captions, and the space kept for a
     // pending translation, give way to a newest row that needs it.
     readonly property real mostHeight: isSplit ? (height - 28 - dividerHeight) / 2 : height - 28
-    readonly property real neededHeight: isSplit ? 2 * Math.max(sourceList.newestHeight, translationList.newestHeight) + dividerHeight : sourceList.newestHeight
+    readonly property real neededHeight: isSplit ? 2 * (Math.max(sourceList.newestHeight, translationList.newestHeight) + underToolbar) + dividerHeight : sourceList.newestHeight + underToolbar
+    readonly property real underToolbar: Math.round(Theme.body * 2.4)
     readonly property real blockHeight: isSplit ? (captions.height - dividerHeight) / 2 : captions.height
 
     readonly property string selectedText: sourceList.selection.text !== "" ? sourceList.selection.text : translationList.selection.text
