@@ -1,3 +1,4 @@
+#include "Tessarune/ui/controls/DesktopLook.h"
 #include "tests/ui/StagedHistory.h"
 #include "tests/ui/WarningsFail.h"
 
@@ -5,6 +6,7 @@
 
 #include <QQuickItem>
 #include <QSignalSpy>
+#include <QStyleHints>
 #include <QTest>
 
 namespace tessarune {
@@ -70,7 +72,10 @@ TEST_F(HistoryWindowTests, KeysChooseDeleteAndTakeBack) {
     list->forceActiveFocus();
     QTest::keyClick(&window(), Qt::Key_Down);
     EXPECT_EQ(model().detail()->recording()->id, second);
+    DesktopLook::setReducesMotion(true);
     QTest::keyClick(&window(), Qt::Key_Delete);
+    EXPECT_EQ(window().findChild<QQuickItem*>("message")->opacity(), 1);
+    DesktopLook::setReducesMotion(false);
     EXPECT_EQ(titles(), "First|Third|");
     EXPECT_TRUE(history.catalog.recording(second)) << "it can be taken back";
     QKeyEvent held(QEvent::KeyPress, Qt::Key_Delete, Qt::NoModifier, QString(), true);
@@ -110,6 +115,26 @@ TEST_F(HistoryWindowTests, KeysChooseDeleteAndTakeBack) {
     QTest::keyClick(&window(), Qt::Key_Delete);
     history.window.reset();
     EXPECT_EQ(history.catalog.recordings().size(), 1U) << "the window's end is no way back";
+}
+
+TEST_F(HistoryWindowTests, AHintIsReadWholeAtTheWindowsEdge) {
+    history.add(10, "First");
+    history.application.styleHints()->setUseHoverEffects(true); // not every platform has them
+    open();
+    const auto* const button = window().findChild<QQuickItem*>("delete");
+    QTest::mouseMove(&window(), button->mapToScene({5, 5}).toPoint());
+    QTest::mouseMove(&window(), button->mapToScene({9, 9}).toPoint());
+    const auto hint = [&]() -> const QQuickItem* {
+        for (const QQuickItem* item : window().findChildren<QQuickItem*>("hint")) {
+            if (item->isVisible())
+                return item;
+        }
+        return nullptr;
+    };
+    ASSERT_TRUE(runUntil([&] { return hint() != nullptr; }));
+    const QQuickItem* const box = hint()->parentItem();
+    EXPECT_GT(box->width(), hint()->implicitWidth());
+    EXPECT_LT(box->mapToScene({box->width(), 0}).x(), window().width());
 }
 
 TEST_F(HistoryWindowTests, TheChosenRecordingIsReadNotedAndExported) {
@@ -340,6 +365,10 @@ TEST_F(HistoryWindowTests, WordsAreCountedMarkedLookedUpAndHeard) {
     card.lookUp();
     EXPECT_EQ(history.opened, "https://www.merriam-webster.com/dictionary/time");
     EXPECT_EQ(history.fetches, 0) << "only what the user asks for touches the network";
+    card.hear();
+    card.hear(); // stopped
+    runFor(20);
+    EXPECT_EQ(card.hint(), "");
     card.hear();
     EXPECT_TRUE(card.isFetching());
     ASSERT_TRUE(runUntil([&] { return card.hint().startsWith("没有找到这个词的发音"); }));

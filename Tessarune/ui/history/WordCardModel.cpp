@@ -178,8 +178,10 @@ void WordCardModel::hear() {
         return;
     isSilent_ = false;
     Q_EMIT hintChanged();
-    if (isFetching())
+    if (isFetching()) {
+        wasFetching_ = false; // stopped, which does not mean that there is none
         return environment_.pronunciation->stop();
+    }
     if (!isHeard())
         beforeSound_();
     environment_.pronunciation->play(*environment_.vocabularyPreferences->pronunciationSource,

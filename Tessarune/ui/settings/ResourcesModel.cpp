@@ -58,8 +58,17 @@ ResourcesModel::~ResourcesModel() {
 }
 
 void ResourcesModel::refresh() {
+    std::vector<Resource> found;
+    listProblem_.clear();
+    try {
+        found = source_.list();
+    } catch (const std::exception& error) { // what was found before stays
+        listProblem_ = error.what();
+        Q_EMIT problemChanged();
+        return;
+    }
     std::vector<Row> rows;
-    for (Resource& resource : source_.list()) {
+    for (Resource& resource : found) {
         Row row{std::move(resource), nullptr, {}};
         if (Row* const known = find(row.resource.id)) {
             row.download = known->download;
@@ -169,7 +178,9 @@ QVariantMap ResourcesModel::texts() const {
 QString ResourcesModel::problem() const {
     const auto known = std::ranges::find(
         rows_, *chosen_, [](const Row& row) -> const auto& { return row.resource.id; });
-    std::string text;
+    std::string text = listProblem_;
+    if (!text.empty())
+        return QString::fromStdString(text);
     if (known == rows_.end())
         text = localized("设置文件里的“%@”不是可选的值。", {*chosen_});
     else if (chosen_.isUnreadable())

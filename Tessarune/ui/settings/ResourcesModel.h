@@ -119,6 +119,7 @@ class ResourcesModel final : public QAbstractListModel {
     Setting<std::string>& chosen_;
     const Source source_;
     std::vector<Row> rows_;
+    std::string listProblem_; ///< why the rows could not be read again
     std::shared_ptr<Link> link_;
     Observations observations_;
 };

@@ -9,6 +9,7 @@ T.Button {
     required property string glyph
     property string name: text
     property bool isOn: false
+    property color glyphColor: isOn ? Theme.accent : hovered ? Theme.text : Theme.quiet
 
     implicitWidth: Math.round(Theme.body * 2)
     implicitHeight: implicitWidth
@@ -20,7 +21,7 @@ T.Button {
         Glyph {
             anchors.centerIn: parent
             name: root.glyph
-            color: root.isOn ? Theme.accent : root.hovered ? Theme.text : Theme.quiet
+            color: root.glyphColor
         }
     }
 
@@ -36,12 +37,16 @@ T.Button {
 
         visible: root.hovered
         delay: 600
+        implicitWidth: implicitContentWidth + leftPadding + rightPadding
+        implicitHeight: implicitContentHeight + topPadding + bottomPadding
+        x: Math.round((root.width - width) / 2)
         y: root.height + 4
         margins: 8
         padding: Math.round(Theme.body * 0.5)
         text: root.text
 
         contentItem: Text {
+            objectName: "hint"
             text: hint.text
             textFormat: Text.PlainText
             color: Theme.text

@@ -129,6 +129,7 @@ Window {
     }
 
     MessageBar {
+        objectName: "message"
         anchors { bottom: parent.bottom; bottomMargin: Math.round(Theme.body * 1.4); horizontalCenter: parent.horizontalCenter; horizontalCenterOffset: side.width / 2 }
         maximumWidth: window.width - side.width - 3 * Theme.body
         text: window.model.message

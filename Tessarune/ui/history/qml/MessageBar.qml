@@ -23,6 +23,7 @@ Rectangle {
     Accessible.name: text
 
     Behavior on opacity {
+        enabled: !Theme.reducesMotion
         NumberAnimation { duration: 120 }
     }
 
@@ -77,6 +78,7 @@ Rectangle {
 
             anchors.verticalCenter: parent.verticalCenter
             glyph: "close"
+            glyphColor: hovered ? "#f2f2f4" : "#c4c4ca"
             text: root.dismissText
             onClicked: root.dismissed()
         }

@@ -12,6 +12,7 @@ FocusScope {
 
     readonly property real labels: Math.round(Theme.body * 3.4)
     readonly property real axis: Math.round(Theme.body * 4.6)
+    readonly property real barWidth: Math.round(Theme.body * 2.4)
 
     // The period and the figures of the chosen bar.
     Label {
@@ -64,7 +65,8 @@ FocusScope {
         id: bars
 
         objectName: "bars"
-        anchors { left: parent.left; leftMargin: root.axis; right: parent.right; top: area.top; bottom: parent.bottom }
+        // No bar is cut when the last ones are shown.
+        anchors { left: parent.left; leftMargin: root.axis + (root.width - root.axis) % root.barWidth; right: parent.right; top: area.top; bottom: parent.bottom }
         clip: true
         focus: true
         activeFocusOnTab: true
@@ -78,7 +80,7 @@ FocusScope {
         onCountChanged: toLatest()
         Component.onCompleted: toLatest()
         Keys.onPressed: event => {
-            const page = Math.max(1, Math.floor(width / (Theme.body * 2.4)) - 1);
+            const page = Math.max(1, Math.floor(width / root.barWidth) - 1);
             const targets = {
                 [Qt.Key_Home]: 0,
                 [Qt.Key_End]: count - 1,
@@ -111,7 +113,7 @@ FocusScope {
             required property string figures
             readonly property bool isCurrent: ListView.isCurrentItem
 
-            width: Math.round(Theme.body * 2.4)
+            width: root.barWidth
             height: bars.height
             Accessible.role: Accessible.ListItem
             Accessible.name: name + ", " + figures

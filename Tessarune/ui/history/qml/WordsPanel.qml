@@ -34,6 +34,10 @@ FocusScope {
         card: root.model.card
         texts: root.model.texts
         hasPlaces: root.hasPlaces
-        onPlaceWanted: word => root.placeWanted(root.model.words.nextPlace(word))
+        onPlaceWanted: word => {
+            const sentence = root.model.words.nextPlace(word);
+            if (sentence >= 0)
+                root.placeWanted(sentence);
+        }
     }
 }
