@@ -15,6 +15,7 @@
 #include <QPainter>
 #include <QPalette>
 #include <QQuickItem>
+#include <QQuickPaintedItem>
 #include <QTemporaryFile>
 #include <cmath>
 #include <functional>
@@ -135,6 +136,11 @@ const Picture pictures[] = {
          c.settings.bgOpacity = 40;
          talk(c);
      }},
+    {"translucent-over-white",
+     [](auto& c) {
+         c.settings.bgOpacity = 40;
+         talk(c);
+     }},
     {"stopping",
      [](auto& c) {
          talk(c);
@@ -248,6 +254,39 @@ bool drawWelcome(const QString& folder, const QString& suffix) {
     return saved("sample") && isDrawn;
 }
 
+/// A backdrop with bright, dark and intermediate areas, like a film.
+QImage scene(QSize size) {
+    QImage image(size, QImage::Format_RGB32);
+    for (int y = 0; y < size.height(); ++y) {
+        for (int x = 0; x < size.width(); ++x) {
+            const double hill = 0.55 + 0.12 * std::sin(x / 37.0) + 0.05 * std::sin(x / 9.0 + 1);
+            const double height = static_cast<double>(y) / size.height();
+            const int grain = (x * 7919 + y * 104729) % 23;
+            image.setPixelColor(
+                x, y,
+                height < hill ? QColor::fromHsv(205, 90, 245 - int(height * 90) - grain)
+                              : QColor::fromHsv(100, 120, 110 - int(height * 60) + 2 * grain));
+        }
+    }
+    return image;
+}
+
+/// What is behind the caption window: a film, or the white page of a document.
+class Backdrop : public QQuickPaintedItem {
+  public:
+    Backdrop(QQuickWindow& window, bool isWhite)
+        : QQuickPaintedItem(window.contentItem()), image_(scene({480, 240})) {
+        if (isWhite)
+            image_.fill(Qt::white);
+        setSize(window.size());
+        setZ(-1);
+    }
+    void paint(QPainter* painter) override { painter->drawImage(boundingRect(), image_); }
+
+  private:
+    QImage image_;
+};
+
 bool draw(const Picture& picture, SubtitleLayoutMode layout, const QString& file) {
     StagedCaptions captions;
     captions.settings.smoothPaceMS = 60;
@@ -257,6 +296,7 @@ bool draw(const Picture& picture, SubtitleLayoutMode layout, const QString& file
     captions.open();
     if (picture.act)
         picture.act(captions);
+    const Backdrop backdrop(captions.window->window(), QByteArray(picture.name).endsWith("white"));
     runFor(1600);
     return save(captions.window->window(), file);
 }
@@ -279,24 +319,7 @@ int drawAll(const QString& folder) {
     return isDrawn ? 0 : 1;
 }
 
-/// A backdrop with bright, dark and intermediate areas, like a film.
-QImage scene(QSize size) {
-    QImage image(size, QImage::Format_RGB32);
-    for (int y = 0; y < size.height(); ++y) {
-        for (int x = 0; x < size.width(); ++x) {
-            const double hill = 0.55 + 0.12 * std::sin(x / 37.0) + 0.05 * std::sin(x / 9.0 + 1);
-            const double height = static_cast<double>(y) / size.height();
-            const int grain = (x * 7919 + y * 104729) % 23;
-            image.setPixelColor(
-                x, y,
-                height < hill ? QColor::fromHsv(205, 90, 245 - int(height * 90) - grain)
-                              : QColor::fromHsv(100, 120, 110 - int(height * 60) + 2 * grain));
-        }
-    }
-    return image;
-}
-
-/// Draws a column per folder and a row per picture, alternately over a scene and over white.
+/// Draws a column per folder and a row per picture.
 int drawSheet(const QString& folder) {
     const QDir all(folder);
     const QStringList columns = all.entryList(QDir::Dirs | QDir::NoDotAndDotDot, QDir::Name);
@@ -309,7 +332,6 @@ int drawSheet(const QString& folder) {
     QImage sheet(cell.width() * static_cast<int>(columns.size()),
                  (cell.height() + label) * static_cast<int>(names.size()), QImage::Format_RGB32);
     sheet.fill(Qt::white);
-    const QImage film = scene(cell);
     QPainter painter(&sheet);
     painter.setRenderHint(QPainter::SmoothPixmapTransform);
     for (int column = 0; column < columns.size(); ++column) {
@@ -318,8 +340,6 @@ int drawSheet(const QString& folder) {
             painter.drawText(corner + QPoint(6, label - 6),
                              columns[column] + "  " + QFileInfo(names[line]).baseName());
             const QRect place(corner + QPoint(0, label), cell);
-            if (column % 2 == 0)
-                painter.drawImage(place, film);
             const QImage picture(all.filePath(columns[column] + "/" + names[line]));
             const QSize size = picture.size().scaled(cell - QSize(12, 12), Qt::KeepAspectRatio);
             painter.drawImage(QRect(place.topLeft() + QPoint(6, 6), size), picture);
