@@ -128,8 +128,7 @@ Task<void> DesktopListening::lookAt(std::filesystem::path file, unsigned look) {
 void DesktopListening::selectSource(const AudioSource& source) {
     if (!wish_ && !isLookingAtFile() && !environment_.sound.isFile())
         return store().selectSource(source);
-    const bool restarts =
-        isListening() || pendingStart_ || wantsStart() || isLookingAtFile();
+    const bool restarts = isListening() || pendingStart_ || wantsStart() || isLookingAtFile();
     look_ = 0;
     want({.file = {}, .source = source, .starts = restarts});
 }
