@@ -91,7 +91,8 @@ std::vector<CaptionCommandsModel::Command> CaptionCommandsModel::commands() cons
                    .shortcut = &settings.shortcutToggleWindow,
                    .isFirstOfGroup = true});
     all.push_back({.text = [] { return QString::fromStdString(localized("退出 Tessarune")); },
-                   .run = commands.quit});
+                   .run = commands.quit,
+                   .fixedKeys = WindowKeys::of("quit").keys.front()});
     return all;
 }
 

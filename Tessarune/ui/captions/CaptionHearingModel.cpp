@@ -72,7 +72,8 @@ std::string CaptionHearingModel::reason() const {
     using Kind = SessionStatus::Kind;
     const bool hasOutput = CaptionStage::hasCaptionOutput(*session().captionDisplay.frame);
     const Kind kind = session().status->kind;
-    if (*session().sessionPhase == LiveSessionPhase::idle && hasOutput && kind == Kind::idle)
+    const bool isIdle = kind == Kind::idle || kind == Kind::translation;
+    if (*session().sessionPhase == LiveSessionPhase::idle && hasOutput && isIdle)
         return localized("字幕已停止");
     if (!isListening() || kind == Kind::interrupted || kind == Kind::silent)
         return {};

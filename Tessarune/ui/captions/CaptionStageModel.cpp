@@ -1,5 +1,6 @@
 #include "Tessarune/ui/captions/CaptionStageModel.h"
 
+#include "Tessarune/audio/AudioInputDevices.h"
 #include "Tessarune/session/LiveCaptionUserMessages.h"
 #include "Tessarune/ui/captions/CaptionFonts.h"
 #include "Tessarune/ui/captions/CaptionStage.h"
@@ -24,6 +25,7 @@ CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment
         Q_EMIT frameChanged();
     });
     observations_.follow(environment_.soundName, [this] { Q_EMIT frameChanged(); });
+    observations_.follow(environment_.session.selectedSource, [this] { Q_EMIT frameChanged(); });
     if (environment_.waiting)
         observations_.follow(*environment_.waiting, [this] { Q_EMIT frameChanged(); });
     observations_.follow(settings_.state, [this] {
@@ -96,18 +98,19 @@ struct EmptyTexts {
     std::string subtitle;
 };
 
-/// `file` is the name of the file that is heard in place of the computer; empty: none.
-EmptyTexts emptyTexts(const LiveCaptionDisplayFrame& frame, const std::string& file) {
+/// `heard` is the name of the file or microphone that is heard in place of the computer; empty:
+/// none.
+EmptyTexts emptyTexts(const LiveCaptionDisplayFrame& frame, const std::string& heard) {
     using namespace LiveCaptionUserMessages;
     const auto empty = CaptionStage::emptyPresentation(frame);
     if (!empty)
         return {};
     switch (*empty) {
     case CaptionEmptyPresentation::idle:
-        return {idleTitle(), file.empty() ? idleSubtitle() : file};
+        return {idleTitle(), heard.empty() ? idleSubtitle() : heard};
     case CaptionEmptyPresentation::checking:
-        if (!file.empty())
-            return {localized("正在听 %@", {file}), ""};
+        if (!heard.empty())
+            return {localized("正在听 %@", {heard}), ""};
         return {checkingTitle(), checkingSubtitle()};
     case CaptionEmptyPresentation::silent:
         return {silentTitle(), Text::joined(silentSubtitleLines(), "\n")};
@@ -117,16 +120,23 @@ EmptyTexts emptyTexts(const LiveCaptionDisplayFrame& frame, const std::string& f
 
 } // namespace
 
+std::string CaptionStageModel::heardName() const {
+    const SessionView& session = environment_.session;
+    if (environment_.soundName->empty() && session.selectedSource->isMicrophone())
+        return AudioSourceDisplayName::name(*session.selectedSource, *session.inputDevices);
+    return *environment_.soundName;
+}
+
 QString CaptionStageModel::emptyTitle() const {
     if (environment_.isWaiting())
         return QString::fromStdString(environment_.waitingText());
-    return QString::fromStdString(emptyTexts(frame(), *environment_.soundName).title);
+    return QString::fromStdString(emptyTexts(frame(), heardName()).title);
 }
 
 QString CaptionStageModel::emptySubtitle() const {
     if (environment_.isWaiting())
         return {};
-    return QString::fromStdString(emptyTexts(frame(), *environment_.soundName).subtitle);
+    return QString::fromStdString(emptyTexts(frame(), heardName()).subtitle);
 }
 
 bool CaptionStageModel::lacksLanguage() const {

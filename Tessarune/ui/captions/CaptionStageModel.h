@@ -96,6 +96,8 @@ class CaptionStageModel final : public QObject {
     const LiveCaptionDisplayFrame& frame() const { return *display().frame; }
     const SubtitleCaptionSettingsViewState& settings() const { return *settings_.state; }
     bool isCleared() const;
+    /// The file or microphone that is heard in place of the computer; empty for the computer.
+    std::string heardName() const;
     /// Whether there is no model for the target language.
     bool lacksLanguage() const;
     void updateRows();

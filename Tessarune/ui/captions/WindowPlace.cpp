@@ -45,6 +45,12 @@ WindowPlace::WindowPlace(QWindow& window, UserDefaults& store, std::string name)
         fetchBack();
     });
     const auto onScreensChanged = [this] { screensChanged(); };
+    const auto follow = [this, onScreensChanged](const QScreen* screen) {
+        for (const auto change : {&QScreen::geometryChanged, &QScreen::availableGeometryChanged})
+            QObject::connect(screen, change, &rearranged_, onScreensChanged);
+    };
+    std::ranges::for_each(QGuiApplication::screens(), follow);
+    QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &rearranged_, follow);
     QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &rearranged_, onScreensChanged);
     QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, &rearranged_, onScreensChanged);
     const auto onMoved = [this] { moved(); };

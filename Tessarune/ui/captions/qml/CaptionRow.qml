@@ -84,6 +84,8 @@ Item {
         readonly property bool hasPlace: root.isBilingual
                                          ? text !== "" || sourceText.shownHeight + root.gap + oneLine <= root.mostHeight : !root.hasSource
         readonly property real shownHeight: hasPlace ? Math.max(implicitHeight, oneLine) : 0
+        // In an older, dimmed row a preview can be only a little dimmer: its contrast stays above 4.5.
+        readonly property real ghostOpacity: !root.ghost ? 1 : root.isPrimary ? 0.62 : 0.88
 
         visible: text !== ""
         y: root.isBilingual && !root.translationFirst ? sourceText.shownHeight + root.gap : 0
@@ -94,7 +96,7 @@ Item {
         lineHeight: 1.12
         font: root.stage.translationFont
         color: root.stage.translationColor
-        opacity: (text === "" ? 0 : root.isPrimary ? 0.9 : root.isReviewing ? 0.78 : 0.56) * (root.ghost ? 0.62 : 1)
+        opacity: (text === "" ? 0 : root.isPrimary ? 0.9 : root.isReviewing ? 0.78 : 0.56) * ghostOpacity
         style: root.outlined ? Text.Outline : Text.Normal
         styleColor: "#d0000000"
 

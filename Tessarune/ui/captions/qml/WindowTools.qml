@@ -76,10 +76,6 @@ Item {
         onActivated: root.stage.clearSelection()
     }
     Shortcut {
-        sequences: WindowKeys.quit
-        onActivated: root.model.quit()
-    }
-    Shortcut {
         sequences: WindowKeys.menu
         onActivated: menu.openAt(12, 12)
     }
