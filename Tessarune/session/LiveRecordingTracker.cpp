@@ -20,6 +20,7 @@ void LiveRecordingTracker::handleStarted(const RecordingMetadata& metadata, bool
         return;
     }
     discardCurrentRecordingIfAny();
+    saveAgain();
     currentID_ = metadata.id;
     atStart_ = metadata;
     currentStartedAt_ = metadata.monotonicStart.value_or(metadata.startedAt);
@@ -100,8 +101,28 @@ bool LiveRecordingTracker::saveTranscripts(std::string_view sourceText,
                            {"bilingualSaved", bilingualSaved},
                            {"timelineSaved", timelineSaved},
                            {"isListed", isListed}});
+        unsaved_.push_back({id, std::string(sourceText), std::string(bilingualText), wordTimeline});
     }
     return allSaved;
+}
+
+void LiveRecordingTracker::saveAgain() {
+    std::erase_if(unsaved_, [this](const Unsaved& texts) { return saveAgain(texts); });
+}
+
+/// Returns true if there is nothing left to save.
+bool LiveRecordingTracker::saveAgain(const Unsaved& texts) {
+    using Outcome = RecordingTranscriptSaveOutcome;
+    const auto update = catalog_.updateTranscripts(texts.sourceText, texts.bilingualText, texts.id);
+    if (update.outcome != Outcome::saved)
+        return update.outcome != Outcome::failed;
+    if (!catalog_.saveWordTimeline(texts.timeline, texts.id))
+        return false;
+    try {
+        files_.remove(catalog_.journalURL(texts.id));
+    } catch (const std::exception&) { // the next launch removes it
+    }
+    return true;
 }
 
 RecordingTranscriptSaveOutcome

@@ -16,6 +16,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tessarune {
 
@@ -26,6 +27,8 @@ class LiveRecordingTracker {
     LiveRecordingTracker(Host& host, FileSystem& files, RecordingCatalog& catalog,
                          TessaruneFileLogger& logger)
         : host_(host), files_(files), catalog_(catalog), logger_(logger) {}
+    ~LiveRecordingTracker() { saveAgain(); }
+    LiveRecordingTracker(const LiveRecordingTracker&) = delete;
 
     const std::optional<UUID>& currentID() const { return currentID_; }
     const std::optional<UUID>& lastSavedID() const { return lastSavedID_; }
@@ -56,9 +59,10 @@ class LiveRecordingTracker {
     Task<void> synchronizeJournal();
 
     /// Saves the texts of the current recording. Afterwards, no recording is current, even after
-    /// failures. Returns false if anything could not be saved; the next launch of the program then
-    /// recovers it from the journal. Returns true if nothing was recorded or the user has deleted
-    /// the recording.
+    /// failures. Returns false if anything could not be saved; this is tried again when the next
+    /// recording begins and in the destructor, and the next launch of the program recovers from the
+    /// journal what it has. Returns true if nothing was recorded or the user has deleted the
+    /// recording.
     bool saveTranscripts(std::string_view sourceText, std::string_view bilingualText,
                          const std::optional<HistoryWordTimeline>& wordTimeline);
     /// Replaces the texts of the recording that was saved last, if it still exists and has not been
@@ -73,6 +77,16 @@ class LiveRecordingTracker {
     std::optional<std::filesystem::path> currentAudioPath() const;
 
   private:
+    /// Texts that could not be saved.
+    struct Unsaved {
+        UUID id;
+        std::string sourceText;
+        std::string bilingualText;
+        std::optional<HistoryWordTimeline> timeline;
+    };
+    void saveAgain();
+    bool saveAgain(const Unsaved& texts);
+
     Host& host_;
     FileSystem& files_;
     RecordingCatalog& catalog_;
@@ -82,6 +96,7 @@ class LiveRecordingTracker {
     std::optional<RecordingMetadata> atStart_;
     std::optional<double> currentStartedAt_;
     std::unique_ptr<SessionJournal> journal_;
+    std::vector<Unsaved> unsaved_;
 };
 
 } // namespace tessarune

@@ -224,6 +224,26 @@ TEST_F(LiveTranscriptStoreStopTests, WordTimesEndWithTheSoundHoweverLongTheStopT
     EXPECT_LE(timeline->words.back().t, recording().duration);
 }
 
+TEST_F(LiveTranscriptStoreStopTests, WhatCouldNotBeSavedIsSavedOnceThereIsRoom) {
+    session.launch();
+    session.start();
+    session.hear(1);
+    session.say(true, "Before.");
+    session.files.onOperation = [&](const std::string&, const std::filesystem::path&) {
+        session.files.capacity = session.files.usedSpace();
+    };
+    session.say(true, "After.");
+    endAndWait();
+    session.files.onOperation = {};
+    session.files.recover();
+    const UUID id = session.catalog->recordings().at(0).id;
+    EXPECT_EQ(session.transcript(id), "");
+    session.start();
+    session.hear(1);
+    EXPECT_EQ(session.transcript(id), "Before.\nAfter.");
+    EXPECT_FALSE(session.files.has(session.catalog->journalURL(id)));
+}
+
 TEST_F(LiveTranscriptStoreStopTests, OnlyAnEmptySessionIsNotKept) {
     for (const bool hears : {false, true}) {
         session.launch();
