@@ -61,7 +61,8 @@ std::vector<UsageStatistics::Session> UsageStatistics::sessions(RecordingCatalog
                                                                 FileSystem& files) {
     std::vector<Session> found;
     for (const auto& recording : catalog.recordings()) {
-        Session session{recording.startedAt, recording.duration, 0};
+        const double listened = recording.isImport() ? 0 : recording.duration;
+        Session session{recording.startedAt, listened, 0};
         try {
             session.words = static_cast<std::int64_t>(
                 Text::countOfWhiteSpaceSeparated(files.read(catalog.transcriptURL(recording.id))));

@@ -30,7 +30,7 @@ namespace UsageStatistics {
 /// The data of one recording that the statistics use.
 struct Session {
     double startedAt = 0; ///< seconds since 1970
-    double seconds = 0;
+    double seconds = 0;   ///< listened to: none for an import
     std::int64_t words = 0;
     bool isReadable = true; ///< false: its words could not be counted
 };

@@ -90,11 +90,14 @@ TEST(UsageStatisticsTests, SumsWhatTheCatalogHas) {
     const UUID first = on.add(1'760'000'000, "a.wav");
     on.add(1'760'000'100, "b.wav");
     on.catalog.saveTranscript("It was the best\nof times.\n", first);
+    RecordingMetadata imported = on.recording(1'760'000'200, "c.mp3", on.makeID());
+    imported.audioFormat = "mp3"; // nobody listened to it then
+    on.catalog.upsert(imported);
     const TimeZone zone("UTC");
     const auto sum = UsageStatistics::total(UsageStatistics::periods(
         UsageStatistics::sessions(on.catalog, on.disk), UsagePeriodKind::week));
     EXPECT_EQ(sum.date, "2025-10-06");
-    EXPECT_EQ(sum.sessions, 2);
+    EXPECT_EQ(sum.sessions, 3);
     EXPECT_EQ(sum.words, 6);
     EXPECT_EQ(sum.listeningSeconds, 4);
     EXPECT_EQ(UsageStatistics::problemOf(UsageStatistics::sessions(on.catalog, on.disk)), "");
