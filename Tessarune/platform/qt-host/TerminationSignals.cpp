@@ -21,7 +21,9 @@ int blockAndOpen() {
 
 } // namespace
 
-TerminationSignals::TerminationSignals() : descriptor_(blockAndOpen()) {}
+TerminationSignals::TerminationSignals() : descriptor_(blockAndOpen()) {
+    std::signal(SIGXFSZ, SIG_IGN); // a limit of the file size fails the write instead
+}
 
 TerminationSignals::~TerminationSignals() {
     notifier_.reset();

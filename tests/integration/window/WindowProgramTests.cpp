@@ -275,7 +275,7 @@ TEST_F(WindowProgram, ARecordingThatEndsBeforeItsSessionIsSaidUntilItIsRead) {
     ASSERT_TRUE(within(30, [&] { return count("audioRecorder.write.degraded") == 1; }));
     ASSERT_TRUE(within(30, [&] { return hasRow(); }));
     EXPECT_TRUE(within(10, [&] {
-        return shown(reader).find("File too large") != std::string::npos;
+        return shown(reader).find("Writing the recording keeps failing") != std::string::npos;
     })) << shown(reader);
     program.send(SIGTERM);
     EXPECT_EQ(program.wait().status, 0);
