@@ -65,6 +65,7 @@ struct TranslationModelInventory::Shared {
     Downloader downloader;
     TranslationCatalogueSource source;
     ModelTrial trial;
+    std::function<void(const std::string& id)> onInstalled;
     std::shared_ptr<SerialQueue> network; ///< for the fetch of the catalogue; created on first use
     std::stop_source ending;
 
@@ -234,6 +235,8 @@ struct TranslationModelInventory::Shared {
             };
         }
         co_await install(self, languages, std::move(handler), std::move(stop));
+        if (self->onInstalled && !self->ending.stop_requested())
+            self->onInstalled(id);
     }
 
     void remove(const std::string& id) const {
@@ -303,6 +306,11 @@ Task<std::string> TranslationModelInventory::flaw(std::string id) {
 
 void TranslationModelInventory::remove(const std::string& id) {
     shared_->remove(id);
+}
+
+void TranslationModelInventory::setInstalledHandler(
+    std::function<void(const std::string& id)> handler) {
+    shared_->onInstalled = std::move(handler);
 }
 
 } // namespace tessarune

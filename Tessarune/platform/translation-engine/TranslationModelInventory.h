@@ -51,6 +51,8 @@ class TranslationModelInventory final : public TranslationLanguages {
     Task<void> download(std::string id, std::function<void(TranslationDownloadProgress)> progress,
                         std::stop_token stop) override;
     void remove(const std::string& id) override;
+    /// Called on the main queue after each `download` that succeeded.
+    void setInstalledHandler(std::function<void(const std::string& id)> handler);
 
   private:
     struct Shared;

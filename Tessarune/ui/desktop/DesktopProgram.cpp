@@ -105,6 +105,11 @@ void DesktopProgram::prepare() {
             localized("已恢复 %lld 次中断的会话，可在历史记录中查看。", {std::to_string(count)}));
     finishImports(preparation.repairs.untranscribedImports);
     tellBrokenOff(preparation.repairs.brokenOffImports);
+    // What waited for the model, in a session that has ended too, is translated now.
+    application_.translationModels.setInstalledHandler([this](const std::string& id) {
+        if (id == *application_.settings.translationTargetLanguage)
+            session_.translation().retryIncompleteTranslations();
+    });
     application_.recording.leaveDataFolder();
     observations_.followChanges(store().view().sessionPhase, [this](LiveSessionPhase phase) {
         if (phase == LiveSessionPhase::idle || phase == LiveSessionPhase::failed)

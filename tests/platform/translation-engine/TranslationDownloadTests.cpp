@@ -246,6 +246,8 @@ TEST_F(TranslationDownloadTest, LanguagesAreListedDownloadedAndRemoved) {
     EXPECT_EQ(state("fr").bytes, 0u) << "unknown before a catalogue was fetched";
     EXPECT_EQ(state("th").status, TranslationAvailabilityStatus::unsupported);
 
+    std::string installed;
+    inventory.setInstalledHandler([&](const std::string& id) { installed += id + " "; });
     TranslationDownloadProgress last;
     const auto note = [&](TranslationDownloadProgress now) { last = now; };
     EXPECT_EQ(run(inventory.download("fr", note, {})).failure, "");
@@ -283,4 +285,5 @@ TEST_F(TranslationDownloadTest, LanguagesAreListedDownloadedAndRemoved) {
     });
     EXPECT_EQ(run(inventory.download("fr", {}, stop.get_token())).failure,
               DownloadStopped().what());
+    EXPECT_EQ(installed, "fr fr fr ");
 }
