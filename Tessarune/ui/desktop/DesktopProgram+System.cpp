@@ -95,7 +95,8 @@ Task<void> DesktopProgram::recordingsChanged() {
 /// Shows the text as a desktop notification while both the caption window, which would show it, and
 /// the welcome page are closed.
 void DesktopProgram::notifyIfHidden(const std::string& text) {
-    if (!text.empty() && window_ && !window_->window().isVisible() && !welcome_)
+    const bool isWelcoming = welcome_ && welcome_->isOpen();
+    if (!text.empty() && window_ && !window_->window().isVisible() && !isWelcoming)
         desktop_.notify("Tessarune", text);
 }
 

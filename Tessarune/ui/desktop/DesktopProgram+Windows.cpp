@@ -138,6 +138,7 @@ void DesktopProgram::makeTray() {
 void DesktopProgram::perform(DesktopAction action) {
     switch (action) {
     case DesktopAction::start:
+        closeWelcome();
         return listening_.start(LiveSessionControlTrigger::programmatic());
     case DesktopAction::stop:
         return listening_.stop(LiveSessionControlTrigger::programmatic());
@@ -165,8 +166,16 @@ void DesktopProgram::handle(const InstanceRequest& request) {
         if (const auto action = desktopActionOf(word))
             perform(*action);
     }
-    if (!request.files.empty())
-        listening_.captionFile(request.files.back());
+    if (request.files.empty())
+        return;
+    closeWelcome();
+    listening_.captionFile(request.files.back());
+}
+
+/// The sample ends before a session of the user's begins, and the caption window takes its place.
+void DesktopProgram::closeWelcome() {
+    if (welcome_)
+        welcome_->close();
 }
 
 void DesktopProgram::showWindow() {

@@ -159,8 +159,7 @@ bool DesktopProgram::hasSpeechModel() {
 }
 
 void DesktopProgram::toggle(const LiveSessionControlTrigger& trigger) {
-    if (welcome_)
-        welcome_->close();
+    closeWelcome();
     listening_.toggle(trigger);
 }
 

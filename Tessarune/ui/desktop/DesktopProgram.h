@@ -76,6 +76,7 @@ class DesktopProgram {
     void recordFollow(const std::string& event, const LogFields& fields, bool important);
     /// Shows the caption window, or the welcome page on the first start.
     void showFirst();
+    void closeWelcome();
     void makeTray();
     void perform(DesktopAction action);
     void handle(const InstanceRequest& request);

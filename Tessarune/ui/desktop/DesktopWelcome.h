@@ -24,6 +24,8 @@ class DesktopWelcome {
     DesktopWelcome(const DesktopWelcome&) = delete;
 
     void show() { window_.show(); }
+    /// Whether it was shown and is not closed yet.
+    bool isOpen() const { return onClose_ != nullptr; }
     /// Closes the page and stops the sample. Also called before a session of the user begins.
     void close();
 
