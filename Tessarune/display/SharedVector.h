@@ -12,9 +12,10 @@ namespace tessarune {
 /// A list that is copied in constant time: copies share their elements. A change of one copy
 /// duplicates a few nodes of 32 pointers and leaves the other copies unchanged.
 ///
-/// A tree whose leaves point to the elements. An append or an assignment costs the depth of the
-/// tree (three levels up to 32,768 elements); an unshared node changes in place. Elements never
-/// change, so references stay valid while any copy has them.
+/// A tree whose leaves point to the elements, and the last leaf, which is not in the tree. So an
+/// append costs the same in a long list; an assignment costs the depth of the tree (three levels up
+/// to 32,768 elements). An unshared node changes in place. Elements never change, so references
+/// stay valid while any copy has them.
 ///
 /// Reads like a `std::vector`. All copies that share elements must stay on one thread.
 template <typename T>
@@ -64,37 +65,33 @@ class SharedVector {
 
     /// The shared element, for insertion into another list without a copy.
     const Element& element(std::size_t index) const {
-        const Node* node = root_.get();
-        for (unsigned level = levels_; level > 0; --level)
-            node = node->children[slot(index, level)].get();
-        return node->elements[slot(index, 0)];
+        return leafOf(index)->elements[slot(index, 0)];
     }
 
     void push_back(T value) { append(std::make_shared<const T>(std::move(value))); }
     void append(Element element) {
-        if (size_ == std::size_t{1} << (bits * (levels_ + 1))) {
-            auto root = std::make_shared<Node>();
-            root->children.push_back(std::move(root_));
-            root_ = std::move(root);
-            ++levels_;
-        }
-        leaf(size_++).elements.push_back(std::move(element));
+        if (last_ && slot(size_, 0) == 0)
+            addToTree(std::move(last_));
+        own(last_).elements.push_back(std::move(element));
+        ++size_;
     }
     void set(std::size_t index, T value) {
-        leaf(index).elements[slot(index, 0)] = std::make_shared<const T>(std::move(value));
+        Node* node = index < treeSize() ? &own(root_) : &own(last_);
+        for (unsigned level = index < treeSize() ? levels_ : 0; level > 0; --level)
+            node = &own(node->children[slot(index, level)]);
+        node->elements[slot(index, 0)] = std::make_shared<const T>(std::move(value));
     }
     /// Keeps the first `size` elements; there must be at least as many.
     void truncate(std::size_t size) {
         if (size == 0) {
             *this = SharedVector();
         } else if (size < size_) {
-            Node* node = &own(root_);
-            for (unsigned level = levels_; level > 0; --level) {
-                node->children.resize(slot(size - 1, level) + 1);
-                node = &own(node->children.back());
-            }
-            node->elements.resize(slot(size - 1, 0) + 1);
+            const std::size_t before = treeSize();
+            last_ = leafOf(size - 1);
             size_ = size;
+            own(last_).elements.resize(slot(size - 1, 0) + 1);
+            if (treeSize() != before)
+                truncateTree();
         }
     }
     /// Replaces the elements from `first` to before `last`. The elements after them are inserted
@@ -114,8 +111,12 @@ class SharedVector {
     /// cost depends on the changes, not on the lengths.
     template <typename Visit>
     void forEachUnshared(const SharedVector& other, Visit visit) const {
-        if (!empty() && !other.empty())
+        if (empty() || other.empty())
+            return;
+        const std::size_t common = std::min(treeSize(), other.treeSize());
+        if (common > 0)
             compare(*root_, levels_, *other.root_, other.levels_, 0, visit);
+        compare(*leafOf(common), 0, *other.leafOf(common), 0, common, visit);
     }
 
     bool operator==(const SharedVector& other) const {
@@ -168,21 +169,57 @@ class SharedVector {
             node = std::make_shared<Node>(*node);
         return *node;
     }
-    /// The leaf of the element, which may be the one after the last.
-    Node& leaf(std::size_t index) {
+    /// The number of elements in the tree: all but those of the last leaf.
+    std::size_t treeSize() const { return size_ == 0 ? 0 : size_ - 1 - slot(size_ - 1, 0); }
+    const std::shared_ptr<Node>& leafOf(std::size_t index) const {
+        if (index >= treeSize())
+            return last_;
+        const std::shared_ptr<Node>* node = &root_;
+        for (unsigned level = levels_; level > 0; --level)
+            node = &(*node)->children[slot(index, level)];
+        return *node;
+    }
+    /// Before the first element of the next leaf is counted.
+    void addToTree(std::shared_ptr<Node> leaf) {
+        const std::size_t index = size_ - 1;
+        if (!root_) {
+            root_ = std::move(leaf);
+            return;
+        }
+        if (index >> (bits * (levels_ + 1)) != 0) {
+            auto root = std::make_shared<Node>();
+            root->children.push_back(std::move(root_));
+            root_ = std::move(root);
+            ++levels_;
+        }
         Node* node = &own(root_);
-        for (unsigned level = levels_; level > 0; --level) {
+        for (unsigned level = levels_; level > 1; --level) {
             const std::size_t child = slot(index, level);
             if (child == node->children.size())
                 node->children.emplace_back();
             node = &own(node->children[child]);
         }
-        return *node;
+        node->children.push_back(std::move(leaf));
+    }
+    /// To what the size leaves in it.
+    void truncateTree() {
+        if (treeSize() == 0) {
+            root_ = nullptr;
+            levels_ = 0;
+            return;
+        }
+        std::shared_ptr<Node>* node = &root_;
+        for (unsigned level = levels_; level > 0; --level) {
+            auto& children = own(*node).children;
+            children.resize(slot(treeSize() - 1, level) + 1);
+            node = &children.back();
+        }
     }
 
     std::size_t size_ = 0;
-    unsigned levels_ = 0; // above the leaves
-    std::shared_ptr<Node> root_;
+    unsigned levels_ = 0;        // above the leaves
+    std::shared_ptr<Node> root_; // null: there is one leaf or none
+    std::shared_ptr<Node> last_; // null: the list is empty
 };
 
 } // namespace tessarune
