@@ -34,6 +34,12 @@ xcb_atom_t atom(xcb_connection_t* server, std::string_view name) {
 
 } // namespace
 
+bool canBeReached() {
+    const std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> tried(
+        xcb_connect(nullptr, nullptr), xcb_disconnect);
+    return xcb_connection_has_error(tried.get()) == 0;
+}
+
 bool keepsWindowsAbove() {
     xcb_connection_t* const x = server();
     if (!x)

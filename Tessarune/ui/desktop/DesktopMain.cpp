@@ -1,6 +1,7 @@
 #include "Tessarune/ui/desktop/DesktopMain.h"
 
 #include "Tessarune/platform/host/PlatformLog.h"
+#include "Tessarune/platform/qt-desktop/X11Desktop.h"
 #include "Tessarune/shell/StringTables.h"
 #include "Tessarune/ui/captions/CaptionFonts.h"
 #include "Tessarune/ui/desktop/DesktopProgram.h"
@@ -74,9 +75,19 @@ int runDesktopProgram(int argc, char** argv) {
                      "tessarune-terminal.\n";
         return noDisplay;
     }
+    const bool isAnyPlatform = qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM");
+    const bool usesX11 = isAnyPlatform ? !qEnvironmentVariableIsEmpty("DISPLAY")
+                                       : qgetenv("QT_QPA_PLATFORM").startsWith("xcb");
+    const bool hasWayland = isAnyPlatform && !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+    const bool hasX11 = usesX11 && X11Desktop::canBeReached();
+    if (usesX11 && !hasX11 && !hasWayland) {
+        std::cerr << "tessarune: the display '" << qgetenv("DISPLAY").constData()
+                  << "' cannot be reached.\n";
+        return noDisplay;
+    }
     // Only X11, which Wayland desktops provide too, lets a program keep a window above others.
-    if (!qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "xcb");
+    if (usesX11 && isAnyPlatform)
+        qputenv("QT_QPA_PLATFORM", hasX11 ? "xcb" : "wayland");
     PlatformLog::open(programName);
     nameProgram();
     QApplication application(argc, argv); // removes Qt's own options from the arguments

@@ -329,6 +329,7 @@ TEST_F(WindowProgram, ADisplayThatGoesAwayCostsNothingThatWasSaid) {
     display_->send(SIGKILL);
     program.wait();
     expectSaved(1);
+    EXPECT_EQ(start({"show"}).wait().status, 69) << "and is not there for another start";
 }
 
 } // namespace
