@@ -105,6 +105,11 @@ SettingCodec<std::int64_t> colorCodec() {
         return error == std::errc() && end == text.data() + 7 && value >= 0 ? std::optional(value)
                                                                             : std::nullopt;
     };
+    // Hand-written files may have the text.
+    codec.read = [ofNumber = codec.read, parse = codec.parse](const SettingValue& stored) {
+        const auto* const text = std::get_if<std::string>(&stored);
+        return text ? parse(*text) : ofNumber(stored);
+    };
     return codec;
 }
 

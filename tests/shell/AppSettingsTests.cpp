@@ -36,13 +36,14 @@ TEST_F(AppSettingsTests, StoredValuesThatMakeNoSenseReadAsTheDefaultAndStayWhere
 TEST_F(AppSettingsTests, NumbersAndFlagsAreReadInTheFormsThatPeopleWrite) {
     write(R"({"freezeStableSeconds": 1, "trueFreeze": 0, "smoothPaceMS": 120.0,
         "audioInactivityAutoStopMinutes": -5, "diagnosticsLevel": "verbose",
-        "shortcutPinModifiers": 1769738,
+        "shortcutPinModifiers": 1769738, "bgColorHex": "#0a0B0c",
         "selectedRecognitionOptionID": "apple-analyzer-en-gb"})");
     JSONUserDefaults defaults(files, file);
     AppSettings settings(defaults);
     EXPECT_EQ(*settings.freezeStableSeconds, 1.0);
     EXPECT_FALSE(*settings.trueFreeze);
     EXPECT_EQ(*settings.smoothPaceMS, 120);
+    EXPECT_EQ(*settings.bgColorHex, 0x0A0B0C);
     EXPECT_EQ(*settings.audioInactivityAutoStopMinutes, 1) << "as a session takes it";
     EXPECT_EQ(*settings.shortcutPin.modifiers, 0x1A0000) << "without Caps Lock and sides";
     EXPECT_EQ(*settings.diagnosticsLevel, DiagnosticsLevel::verbose);
