@@ -312,6 +312,9 @@ TEST_F(CaptionWindowTests, TheSourcesCloseWhereverElseTheUserClicks) {
 TEST_F(CaptionWindowTests, ANoticeIsReadToItsEndInASmallWindow) {
     QQuickWindow& window = captions.window->window();
     window.resize(380, 300);
+    const auto isBelowToolbar = [&] {
+        return window.findChild<QQuickItem*>("notice")->mapToScene({0, 0}).y() >= 48;
+    };
     captions.notice = std::string("Nothing can be recorded: /home/somebody/.local/share/Tessarune "
                                   "cannot be written. Captions and translations go on, and none of "
                                   "them is kept until there is a folder for them.");
@@ -321,6 +324,8 @@ TEST_F(CaptionWindowTests, ANoticeIsReadToItsEndInASmallWindow) {
     EXPECT_FALSE(text->property("truncated").toBool());
     EXPECT_GE(notice->height(), text->height());
     EXPECT_LE(notice->width(), window.width());
+    window.resize(380, 180);
+    EXPECT_TRUE(runUntil(isBelowToolbar)) << "its button can be reached";
 }
 
 TEST_F(CaptionWindowTests, LargeTypeInALowWindowLosesItsMarginsBeforeTheNewestLine) {
@@ -333,7 +338,7 @@ TEST_F(CaptionWindowTests, LargeTypeInALowWindowLosesItsMarginsBeforeTheNewestLi
     const auto newest = [&] {
         QQuickItem* row = nullptr;
         QMetaObject::invokeMethod(list(), "itemAtIndex", Q_RETURN_ARG(QQuickItem*, row),
-                                  Q_ARG(int, 1));
+                                  Q_ARG(int, list()->property("count").toInt() - 1));
         return row;
     };
     const auto isWhole = [&] {
@@ -343,6 +348,7 @@ TEST_F(CaptionWindowTests, LargeTypeInALowWindowLosesItsMarginsBeforeTheNewestLi
                top + row->property("sourceItem").value<QQuickItem*>()->height() <= 240;
     };
     EXPECT_TRUE(runUntil(isWhole)) << newest()->mapToScene({0, 0}).y();
+    captions.settings.subtitleBottomPadding = 10000;
     // What rows need moves the list between two frames, not while it lays them out.
     for (const int size : {200, 24}) {
         captions.settings.sourceFontSize = size;
@@ -354,6 +360,8 @@ TEST_F(CaptionWindowTests, LargeTypeInALowWindowLosesItsMarginsBeforeTheNewestLi
                             "译文");
             captions.publish();
             runFor(50);
+            EXPECT_TRUE(newest() && newest()->opacity() > 0 &&
+                        newest()->mapToScene({0, 0}).y() < 200);
         }
     }
 }

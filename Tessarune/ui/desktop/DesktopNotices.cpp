@@ -3,6 +3,7 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
+#include <ranges>
 
 namespace tessarune {
 
@@ -36,7 +37,7 @@ void DesktopNotices::add(Topic topic, const std::string& text) {
 void DesktopNotices::publish() {
     std::vector<std::string> lines;
     lines.reserve(notices_.size());
-    for (const Notice& notice : notices_)
+    for (const Notice& notice : notices_ | std::views::reverse)
         lines.push_back(notice.text);
     const std::string text = Text::joined(lines, "\n");
     if (*text_ != text)

@@ -23,7 +23,7 @@ class DesktopNotices {
     /// Replaces the notice on the topic by the text, or removes it if the text is empty.
     void tell(Topic topic, const std::string& text);
     void dismissAll();
-    /// All notices, one per line; empty if there are none.
+    /// All notices, the newest first, one per line; empty if there are none.
     const Published<std::string>& text() const { return text_; }
 
   private:

@@ -6,6 +6,7 @@ Item {
     id: root
 
     required property CaptionStageModel stage
+    // Over anything; faint rows could not be read there.
     required property bool outlined
     required property CaptionSelection selection
     required property bool isPrimary
@@ -66,7 +67,7 @@ Item {
         growing: root.growing
         font: root.stage.sourceFont
         color: root.stage.sourceColor
-        opacity: root.isPrimary ? 1 : root.isReviewing ? 0.86 : 0.62
+        opacity: root.isPrimary ? 1 : root.isReviewing || root.outlined ? 0.86 : 0.62
         style: root.outlined ? Text.Outline : Text.Normal
         styleColor: "#d0000000"
 
@@ -96,7 +97,7 @@ Item {
         lineHeight: 1.12
         font: root.stage.translationFont
         color: root.stage.translationColor
-        opacity: (text === "" ? 0 : root.isPrimary ? 0.9 : root.isReviewing ? 0.78 : 0.56) * ghostOpacity
+        opacity: (text === "" ? 0 : root.isPrimary ? 0.9 : root.isReviewing || root.outlined ? 0.78 : 0.56) * ghostOpacity
         style: root.outlined ? Text.Outline : Text.Normal
         styleColor: "#d0000000"
 

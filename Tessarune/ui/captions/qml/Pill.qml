@@ -7,6 +7,7 @@ Rectangle {
 
     property string text: ""
     required property real maximumWidth
+    property real maximumHeight: Infinity
     property bool isBusy: false
     property bool isTrouble: false
     property string action: ""
@@ -25,6 +26,7 @@ Rectangle {
     // Measures the width of the text without wrapped lines.
     Text {
         id: natural
+        readonly property real oneLine: implicitHeight / lineCount
         visible: false
         text: root.text
         textFormat: Text.PlainText
@@ -60,7 +62,7 @@ Rectangle {
             visible: text !== ""
             width: Math.min(Math.ceil(natural.implicitWidth), root.maximumWidth - 60 - (link.visible ? link.width + 9 : 0))
             wrapMode: Text.Wrap
-            maximumLineCount: root.isTrouble ? 12 : 4
+            maximumLineCount: Math.max(1, Math.min(root.isTrouble ? 12 : 4, Math.floor((root.maximumHeight - 14) / natural.oneLine)))
             elide: Text.ElideRight
             text: root.text
             textFormat: Text.PlainText

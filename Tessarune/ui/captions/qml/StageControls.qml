@@ -37,6 +37,7 @@ Item {
                 isTrouble: true
                 action: root.toolbar.dismissText
                 maximumWidth: root.width - 56
+                maximumHeight: root.height - Math.round(Theme.body * 2.6) - 36 // below the toolbar
                 onActivated: root.toolbar.dismissNotice()
             }
         }

@@ -78,9 +78,22 @@ T.ComboBox {
         }
     }
 
+    FontMetrics {
+        id: metrics
+        font.pixelSize: Theme.body
+    }
+
     popup: T.Popup {
+        // The widest text fits, with the mark before it.
+        readonly property real widest: {
+            let width = 0;
+            for (let i = 0; i < root.count; ++i)
+                width = Math.max(width, metrics.advanceWidth(root.textAt(i)));
+            return Math.ceil(width + Theme.body * 3.1) + 2 * padding;
+        }
+
         y: root.height + 4
-        width: root.width
+        width: Math.max(root.width, widest)
         height: Math.min(contentItem.implicitHeight + 8, Theme.controlHeight * 9)
         margins: 8
         padding: 4

@@ -1,5 +1,6 @@
 import QtQuick
 import QtQuick.Templates as T
+import QtQuick.Window
 import Tessarune
 
 // A button with a drawing; its text is the tooltip.
@@ -35,7 +36,7 @@ T.Button {
     T.ToolTip {
         id: hint
 
-        visible: root.hovered
+        visible: root.hovered && root.Window.active
         delay: 600
         implicitWidth: implicitContentWidth + leftPadding + rightPadding
         implicitHeight: implicitContentHeight + topPadding + bottomPadding
