@@ -171,8 +171,9 @@ void CaptionCommandsModel::copySelected() const {
 
 void CaptionCommandsModel::copy(bool withTranslations) const {
     const TranscriptSnapshot shown = environment_.commands.visibleText();
-    QGuiApplication::clipboard()->setText(
-        QString::fromStdString(withTranslations ? shown.bilingualText : shown.sourceText));
+    const std::string& text = withTranslations ? shown.bilingualText : shown.sourceText;
+    if (!text.empty())
+        QGuiApplication::clipboard()->setText(QString::fromStdString(text));
 }
 
 } // namespace tessarune

@@ -214,11 +214,13 @@ void CaptionToolbarModel::togglePin() const {
 }
 
 void CaptionToolbarModel::cycleLayout() const {
-    appSettings().cycleSubtitleLayoutMode(hasLayouts());
+    if (hasLayouts())
+        appSettings().cycleSubtitleLayoutMode(true);
 }
 
 void CaptionToolbarModel::swapOrder() const {
-    appSettings().swapCaptionOrder = !*appSettings().swapCaptionOrder;
+    if (hasLayouts())
+        appSettings().swapCaptionOrder = !*appSettings().swapCaptionOrder;
 }
 
 } // namespace tessarune

@@ -38,7 +38,6 @@ class CaptionWindowModel final : public QObject {
     Q_INVOKABLE void setHovered(bool hovered) { chrome_.setBodyHovering(hovered); }
     Q_INVOKABLE void setMenuOpen(bool open);
     Q_INVOKABLE void close() const { environment_.commands.close(); }
-    Q_INVOKABLE void quit() const { environment_.commands.quit(); }
 
   Q_SIGNALS:
     void settingsChanged();

@@ -166,7 +166,7 @@ Item {
             objectName: "control"
             name: root.title
             text: root.value
-            onEditingFinished: root.rows.write(root.index, text)
+            onEditingFinished: if (text !== root.value) root.rows.write(root.index, text)
             Accessible.description: root.about
         }
     }
