@@ -17,9 +17,10 @@ namespace {
 
 /// The maximum lead of a fast file over the recogniser, in seconds of sound.
 constexpr double fastLead = 5.0;
-/// Seconds after the sample in which the recogniser finishes the last sentence.
+/// Seconds for the recogniser to finish the last sentence after the sample speech has ended.
 constexpr double afterDemoSeconds = 2.0;
-/// A file opens at once, but a pipe only when it gets a writer. The user is told after this time.
+/// A pipe opens only when another program opens it for writing. If that takes longer, the user is
+/// told that the program waits for sound.
 constexpr double silentWaitSeconds = 1.0;
 
 Task<void> reportWaiting(Host& host, std::function<void(const std::string&)> say, std::string text,
@@ -104,7 +105,8 @@ void CaptionSound::useDemo(const std::string& why) {
     }
 }
 
-/// Finds a microphone by the server's id or by its name for people.
+/// Finds the wanted microphone by its id on the sound server or by its display name. Throws
+/// RunFailure if there is none.
 AudioSource CaptionSound::microphone(const AudioSource& wanted) {
     const auto devices = AudioInputDevices::inputDevices(server());
     if (devices.empty())

@@ -7,8 +7,9 @@
 
 namespace tessarune {
 
-/// Called before captions begin: if the model for their translation is missing and a user sits at
-/// the terminal, offers to download it. A declined offer for the settings' target is not repeated.
+/// Called before captions begin. If the model for their translation is missing or damaged and a
+/// user can answer, offers to download it. After a declined offer, the target of the settings is
+/// not offered again until another one is declined; that of the command line always is.
 /// Returns the exit status if the captions must not begin. Main queue.
 Task<std::optional<int>> offerTranslation(Program& program, const TerminalOptions& options,
                                           CaptionsCommand command);

@@ -73,7 +73,9 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
     return report;
 }
 
-/// What did not survive its last attempt gets an empty text: another attempt is the user's choice.
+/// Reports imports without a transcript. If the program ended while it transcribed or translated an
+/// import, the import may be the cause: without a text it gets an empty one, so that only the user
+/// starts another attempt.
 void RecordingRepair::sortImports(Report& report) {
     for (const RecordingMetadata& recording : catalog_.recordings()) {
         const bool hasText = files_.exists(catalog_.transcriptURL(recording.id));
@@ -87,8 +89,8 @@ void RecordingRepair::sortImports(Report& report) {
     }
 }
 
-/// Whether the length of the recording is unknown: it has no end, or an interrupted repair gave it
-/// one without reading the file.
+/// Whether the file still has to be measured: its entry has no end, or an earlier repair could not
+/// read the file and `healStaleRecordings` computed an end without it.
 bool RecordingRepair::isUnfinished(const RecordingMetadata& recording) {
     if (!isOurWAV(recording) || !files_.exists(recording.filePath))
         return false;
@@ -128,7 +130,7 @@ bool RecordingRepair::finishSession(RecordingMetadata recording) {
     return true;
 }
 
-/// The file's header, corrected if it was wrong.
+/// Returns the file's header. If it is wrong, corrects it in the file first.
 WAVHeader RecordingRepair::repairedHeader(const RecordingMetadata& recording, std::uint64_t size) {
     const auto found =
         WAVHeader::decoded(files_.read(recording.filePath, 0, WAVHeader::sizeToRead));
@@ -250,9 +252,10 @@ void RecordingRepair::removeReplacedSound() {
     }
 }
 
-/// If the text of a refined transcript is already in place, moves its other files into place, too.
-/// Otherwise the transcript was incomplete when the process ended, and is removed. The text is
-/// removed last, because it distinguishes the two cases.
+/// Finishes or undoes replacements of a transcript by a refined one. A replacement moves the text
+/// first. If the text is still among the waiting files, nothing has been moved: all of them are
+/// removed, the text last, because it tells the two cases apart. Otherwise the remaining files are
+/// moved into place.
 void RecordingRepair::completeReplacements() {
     const auto& folder = catalog_.paths().transcripts();
     try {

@@ -24,7 +24,8 @@ class AnySetting {
     virtual const SettingInfo& info() const = 0;
     /// All valid texts; empty if there is no closed list.
     virtual std::vector<std::string> choices() const = 0;
-    /// The valid texts, described for the user: "true or false", the choices.
+    /// Describes the valid texts to the user: lists the choices, or says "true or false" or the
+    /// like.
     virtual std::string expected() const = 0;
     /// Whether the text is valid for this setting.
     virtual bool accepts(std::string_view text) const = 0;
@@ -32,7 +33,7 @@ class AnySetting {
     virtual bool setText(std::string_view text) = 0;
     /// Whether the stored value is invalid for this setting.
     virtual bool isUnreadable() const = 0;
-    /// Restores the first-launch value.
+    /// Assigns the default value and stores it.
     virtual void restore() = 0;
     /// Reads the stored value again, such as after a change by another program; notifies observers
     /// if it has changed.
@@ -51,7 +52,7 @@ struct SettingCodec {
     std::function<SettingValue(const T&)> store;
     std::function<std::optional<T>(std::string_view)> parse;
     std::function<std::string(const T&)> print;
-    std::function<std::string()> expected; ///< for the user; empty: the choices are listed
+    std::function<std::string()> expected;             ///< for the user; only used without choices
     std::function<std::vector<std::string>()> choices; ///< empty: no closed list
     /// The value used for an invalid stored one; `nullopt`: the default.
     std::optional<T> cautious = std::nullopt;

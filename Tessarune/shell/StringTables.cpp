@@ -14,7 +14,8 @@ std::string variable(const char* name) {
     return value ? value : "";
 }
 
-/// The name of the file in po/ for a locale. If there is no such file, the language is English.
+/// The language of a locale, named like the files in po/: with the region if there is such a file,
+/// otherwise without. There may be no file for it.
 std::string languageOf(std::string_view locale) {
     const std::string name = Text::lowercased(locale);
     if (name.starts_with("zh")) {
@@ -47,7 +48,7 @@ LocalizationTable forLocale(std::string_view locale) {
             table.insert_or_assign(std::string(key), std::string(text));
     };
     const std::string language = languageOf(locale);
-    if (!language.starts_with("zh")) // the keys are Chinese
+    if (!language.starts_with("zh")) // a missing Chinese text is shown as its key
         add("en");
     add(language);
     return table;

@@ -11,11 +11,12 @@ namespace tessarune {
 
 class LiveTranscriptTranslation;
 
-/// Translates one unit, retries once, classifies a failure and recovers the language pair. Main
-/// queue; suspends only while the translator works and during the delay before the retry.
+/// Translates one unit, with one retry. Classifies a failure; after several failed units in a row,
+/// prepares the language pair again. Main queue; suspends only while the translator works and
+/// during the delay before the retry.
 namespace CommittedTranslationUnitProcessor {
 
-/// True if the queue may continue.
+/// Returns whether the run may go on with the next unit.
 Task<bool> process(std::shared_ptr<LiveTranscriptTranslation> translation,
                    CommittedTranslationUnit unit, TranslationRunContext context,
                    std::stop_token stop);

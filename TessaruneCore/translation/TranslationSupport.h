@@ -38,8 +38,8 @@ struct BackendStatus {
 const std::vector<TranslationTargetLanguage>& targetLanguages();
 /// The target with this `id`, or null.
 const TranslationTargetLanguage* targetLanguage(std::string_view id);
-/// Finds the `id` of the target that a user wrote: in any case, with "_" for "-", with a redundant
-/// region ("ja-JP"), or without the region that the `id` has ("pt"). Chinese is chosen by script or
+/// Finds the `id` of the target that a user wrote, in upper or lower case. Accepts "_" for "-", a
+/// redundant region ("ja-JP") and a missing one ("pt" for "pt-BR"). Chinese is chosen by script or
 /// region. `nullopt` if it is not a target.
 std::optional<std::string> targetLanguageID(std::string_view written);
 /// The language's localised name; an unknown `id` is returned unchanged.
@@ -76,7 +76,8 @@ std::string translationFailureStatusText(std::string_view error);
 /// The localised text about a pair that cannot be translated.
 std::string unsupportedPairMessage(std::string_view source, std::string_view target);
 
-/// One language pair as the key of maps: the platform identifiers, joined with "->".
+/// The key of a language pair in maps: the `appleLanguageIdentifier` of source and target, joined
+/// with "->".
 std::string languagePairKey(std::string_view source, std::string_view target);
 
 } // namespace tessarune::TranslationSupport

@@ -13,7 +13,8 @@ struct UnpackingOutcome {
     std::string sha256;  ///< of the written file
 };
 
-/// Unpacks a zstd file in pieces, up to `maximumBytes`. Throws std::system_error if the disk fails.
+/// Unpacks a zstd file to `out` piece by piece. More than `maximumBytes` is a failure. Throws
+/// std::system_error if the disk fails.
 UnpackingOutcome unpackZstd(const std::filesystem::path& packed, AppendFile& out,
                             std::uint64_t maximumBytes);
 

@@ -16,12 +16,12 @@ namespace tessarune {
 /// A request to the running program by one that was started later.
 struct InstanceRequest {
     std::vector<std::string> actions; ///< in order; no actions and no files: show the window
-    std::vector<std::string> files;   ///< absolute paths
+    std::vector<std::string> files;   ///< absolute paths; other addresses are kept unchanged
 };
 
 /// Limits the program to one instance per desktop session: the first one owns the program's id on
 /// the session bus and serves `org.freedesktop.Application` there; later ones pass their requests
-/// to it. Main thread, with the application object.
+/// to it. Main thread, while the QCoreApplication exists.
 ///
 /// Without a session bus the program assumes that it is alone. DataFolderLock still keeps two
 /// programs from writing to the same data folder.
@@ -42,7 +42,7 @@ class SingleInstance : public QObject, protected QDBusContext {
     /// Calls `handler` with the requests of others from now on, and at once with earlier ones.
     void serve(std::function<void(const InstanceRequest&)> handler);
     /// From now on, answers requests with the error that this program is ending. Their senders wait
-    /// until the id is free.
+    /// for a limited time until the id is free.
     void refuse() { isEnding_ = true; }
     /// Passes the request to the running program. Returns the reason for a failure; empty on
     /// success, and also if the other program has ended and this one is now the first.
@@ -52,7 +52,8 @@ class SingleInstance : public QObject, protected QDBusContext {
     void receive(InstanceRequest request);
 
   private:
-    /// Sends the whole request once. Returns the first error, otherwise the last answer.
+    /// Makes one attempt to send all calls of the request. Stops at the first error and returns it;
+    /// otherwise returns the last answer.
     QDBusMessage ask(const InstanceRequest& request) const;
 
     const QString id_;

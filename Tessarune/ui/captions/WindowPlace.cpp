@@ -41,6 +41,8 @@ WindowPlace::WindowPlace(QWindow& window, UserDefaults& store, std::string name)
     rearranged_.setSingleShot(true);
     rearranged_.setInterval(rearrangedMS);
     QObject::connect(&rearranged_, &QTimer::timeout, &rearranged_, [this] {
+        if (!isItsOwn_)
+            return;
         restore();
         fetchBack();
     });
@@ -103,7 +105,7 @@ void WindowPlace::restore() {
         window_.setGeometry(rect);
 }
 
-/// Moves the window to the primary screen if it was on a screen that is gone.
+/// Moves the window to the primary screen if too little of it is on any screen.
 void WindowPlace::fetchBack() {
     const QScreen* const screen = QGuiApplication::primaryScreen();
     if (!screen || canBeTakenHoldOf(window_.geometry()))

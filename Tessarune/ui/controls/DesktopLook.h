@@ -9,7 +9,7 @@ namespace tessarune {
 class DesktopLook : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isDark READ isDark NOTIFY changed)
-    /// The height of the desktop's own font, in pixels at a scale of 1, limited to a usable range.
+    /// The height of the desktop's font in device-independent pixels, limited to a usable range.
     Q_PROPERTY(double bodyPixels READ bodyPixels NOTIFY changed)
     Q_PROPERTY(bool reducesMotion READ reducesMotion NOTIFY changed)
 

@@ -10,10 +10,11 @@ namespace {
 
 using TranscriptRow = HistoryTranscriptExportDocument::TranscriptRow;
 
-/// Returns the row of each sentence; -1: none. Sentences without a row of their own share the free
-/// rows between those of their neighbours.
-std::vector<int> rowsOfSentences(const std::vector<TranscriptRow>& rows, std::size_t sentences) {
-    std::vector<int> found(sentences, -1);
+/// Returns the row of each sentence; -1: none. Consecutive sentences without a row of their own are
+/// spread evenly over the free rows between the rows of the sentences before and after them.
+std::vector<int> rowsOfSentences(const std::vector<TranscriptRow>& rows,
+                                 std::size_t sentenceCount) {
+    std::vector<int> found(sentenceCount, -1);
     std::size_t firstSentence = 0;
     std::size_t firstRow = 0;
     const auto share = [&](std::size_t endSentence, std::size_t endRow) {
@@ -31,7 +32,7 @@ std::vector<int> rowsOfSentences(const std::vector<TranscriptRow>& rows, std::si
         firstSentence = *sentence + 1;
         firstRow = row + 1;
     }
-    share(sentences, rows.size());
+    share(sentenceCount, rows.size());
     return found;
 }
 
@@ -47,9 +48,9 @@ void HistoryTranscriptModel::show(const HistoryTranscriptExportDocument& documen
         std::string time = document.timeOf(row).value_or("");
         now.push_back({std::move(time), std::move(row.source), std::move(row.translation)});
     }
-    const auto isSamePlace = [](const auto&, const auto&) { return true; };
+    const auto anyRowIsSame = [](const auto&, const auto&) { return true; };
     if (isSameRecording)
-        ListedRows::show(std::move(now), isSamePlace);
+        ListedRows::show(std::move(now), anyRowIsSame);
     else
         reset(std::move(now));
 }

@@ -33,8 +33,8 @@ class HistoryTranscriptModel final : public ListedRows<HistoryTranscriptRow> {
     bool isTimed() const { return isTimed_; }
 
     /// The row that shows a sentence of the recording; -1 if there is none. Rows with a translation
-    /// may be older than the sentences: a sentence without a row of its own shares the free rows
-    /// between those of its neighbours.
+    /// may be older than the sentences: consecutive sentences without a row of their own are spread
+    /// over the free rows between those of the sentences before and after them.
     int rowOf(std::size_t sentence) const;
     /// The first and the last sentence that a row shows; `nullopt` if it shows none.
     std::optional<std::pair<std::size_t, std::size_t>> sentencesOf(int row) const;

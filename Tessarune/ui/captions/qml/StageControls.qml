@@ -1,7 +1,8 @@
 import QtQuick
 import Tessarune
 
-// The messages below the captions: notices, and the state of the session and of the translation.
+// What lies over the lower edge of the captions: level bars, notices, the state of the session and of
+// the translation, and the button that returns to the newest caption.
 Item {
     id: root
 
