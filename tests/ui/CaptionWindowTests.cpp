@@ -93,6 +93,13 @@ TEST_F(CaptionWindowTests, ShowsWhyThereAreNoCaptions) {
         EXPECT_EQ(stage.presentation().toStdString(), presentation);
         runFor(20);
     }
+    captions.enter(LiveSessionPhase::stopping,
+                   Kind::none); // the last words have cleared the status
+    const auto* const toolbar =
+        captions.window->window().property("toolbar").value<CaptionToolbarModel*>();
+    EXPECT_TRUE(toolbar->showsStatus());
+    EXPECT_FALSE(toolbar->status().isEmpty());
+    captions.enter(LiveSessionPhase::failed, Kind::none);
     captions.speak("Hello");
     captions.publish();
     EXPECT_EQ(stage.presentation(), "content");

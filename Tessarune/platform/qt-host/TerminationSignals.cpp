@@ -24,9 +24,7 @@ int blockAndOpen() {
 
 } // namespace
 
-TerminationSignals::TerminationSignals() : descriptor_(blockAndOpen()) {
-    std::signal(SIGXFSZ, SIG_IGN); // a limit of the file size fails the write instead
-}
+TerminationSignals::TerminationSignals() : descriptor_(blockAndOpen()) {}
 
 TerminationSignals::~TerminationSignals() {
     notifier_.reset();

@@ -94,12 +94,19 @@ QString CaptionToolbarModel::status() const {
         return QString::fromStdString(environment_.waitingText());
     if (*session().sessionPhase == LiveSessionPhase::failed && !session().presentedError->empty())
         return QString::fromStdString(*session().presentedError);
+    // During a stop, the last words clear the status of the session.
+    const bool isStopping = *session().sessionPhase == LiveSessionPhase::stopping;
+    if (isStopping && session().status->kind == SessionStatus::Kind::none)
+        return QString::fromStdString(SessionStatus{SessionStatus::Kind::saving}.text());
     return QString::fromStdString(session().status->text());
 }
 
 /// False for a status that the empty stage or the toolbar shows anyway.
 bool CaptionToolbarModel::showsStatus() const {
     using Kind = SessionStatus::Kind;
+    if (*session().sessionPhase == LiveSessionPhase::stopping &&
+        session().status->kind != Kind::silent)
+        return true;
     if (environment_.isWaiting())
         return !environment_.waitingText().empty() &&
                CaptionStage::hasCaptionOutput(*session().captionDisplay.frame);
