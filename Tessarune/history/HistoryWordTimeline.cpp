@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <set>
 
 namespace tessarune {
 
@@ -161,12 +162,20 @@ std::optional<HistoryWordTimeline> Timeline::build(std::optional<double> recordi
 }
 
 Timeline Timeline::endingBy(double seconds) const {
+    constexpr double longestStopSeconds = 3;
     Timeline bounded = *this;
-    for (Word& word : bounded.words)
-        word.t = std::min(word.t, seconds);
+    std::set<std::optional<UUID>> laterRows;
     for (Sentence& sentence : bounded.sentences) {
+        if (sentence.start > seconds + longestStopSeconds) {
+            laterRows.insert(sentence.segmentID);
+            continue;
+        }
         sentence.start = std::min(sentence.start, seconds);
         sentence.end = std::min(sentence.end, seconds);
+    }
+    for (Word& word : bounded.words) {
+        if (!laterRows.contains(word.segmentID))
+            word.t = std::min(word.t, seconds);
     }
     return bounded;
 }

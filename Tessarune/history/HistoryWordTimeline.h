@@ -80,8 +80,9 @@ struct HistoryWordTimeline {
                                                     std::span<const CaptionSegment> segments,
                                                     const WordEvents& wordEvents);
 
-    /// The same with every time at most `seconds`. The words of a row that was still open at a stop
-    /// are spread up to the stop, after the last sound.
+    /// The same for sound of this length. A row that was still open at a stop ends with the stop,
+    /// up to three seconds after the last sound: its times are limited to the sound. Rows that
+    /// begin later keep their times: their recording broke off during the session.
     HistoryWordTimeline endingBy(double seconds) const;
 
     /// Sentences derived from runs of words of the same row, for timelines that were saved without

@@ -223,15 +223,27 @@ RecordingCatalog::saveGuarded(SidecarKind kind, std::string_view what, const UUI
     return outcome;
 }
 
+/// The transcript on the disk; `nullopt` if there is none or it cannot be read.
+std::optional<std::string> RecordingCatalog::storedText(const UUID& id) const {
+    try {
+        return files_.read(transcriptURL(id));
+    } catch (const std::system_error&) {
+        return std::nullopt;
+    }
+}
+
 RecordingCatalog::TranscriptUpdate
 RecordingCatalog::updateTranscripts(std::string_view sourceText, std::string_view bilingualText,
-                                    const UUID& id) {
+                                    const UUID& id, RefinedText refined) {
     using Outcome = RecordingTranscriptSaveOutcome;
     TranscriptUpdate update;
     queue_->sync([&] {
         const LoadedIndex loaded = loadIndex();
         const bool isListed = loaded.index.find(id).has_value();
-        if (refined_.contains(id)) {
+        const std::optional<std::string> stored = storedText(id);
+        const bool isRefined = refined_.contains(id) || (stored && *stored != sourceText);
+        const bool isShorter = !stored || stored->size() < sourceText.size();
+        if (isRefined && !(refined == RefinedText::staysUnlessShorter && isShorter)) {
             update.outcome = Outcome::skippedRefined;
         } else if (deleted_.contains(id) || (loaded.state == IndexState::good && !isListed)) {
             update.outcome = Outcome::skippedDeleted;

@@ -125,10 +125,16 @@ class RecordingCatalog {
         bool sourceSaved = false;
         bool bilingualSaved = false;
     };
-    /// Replaces the texts that a session saved with newer texts, if the recording is listed and was
-    /// not refined meanwhile. No deletion can happen in between.
+    /// Which texts of a refinement stay, by this program or another one.
+    enum class RefinedText {
+        stays,
+        staysUnlessShorter, ///< for texts that could not be saved: the recording may have broken
+                            ///< off
+    };
+    /// Replaces the texts that a session saved with newer texts of the same source, if the
+    /// recording is listed and was not refined meanwhile. No deletion can happen in between.
     TranscriptUpdate updateTranscripts(std::string_view sourceText, std::string_view bilingualText,
-                                       const UUID& id);
+                                       const UUID& id, RefinedText refined = RefinedText::stays);
 
     /// Marks an import whose text is being made for the first time, or removes the mark: a mark
     /// that a start of the program finds is of an import that the last run did not survive. Marks
@@ -216,6 +222,7 @@ class RecordingCatalog {
                                   const std::filesystem::path& path, const std::exception& error);
     void writeSidecar(const std::filesystem::path& path, std::string_view content);
     NewSidecar newBilingual(std::string_view text, const UUID& id) const;
+    std::optional<std::string> storedText(const UUID& id) const;
     NewSidecar newTimeline(const std::optional<HistoryWordTimeline>& timeline,
                            const UUID& id) const;
     void write(const NewSidecar& sidecar);

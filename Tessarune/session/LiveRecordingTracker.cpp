@@ -113,7 +113,9 @@ void LiveRecordingTracker::saveAgain() {
 /// Returns true if there is nothing left to save.
 bool LiveRecordingTracker::saveAgain(const Unsaved& texts) {
     using Outcome = RecordingTranscriptSaveOutcome;
-    const auto update = catalog_.updateTranscripts(texts.sourceText, texts.bilingualText, texts.id);
+    const auto update =
+        catalog_.updateTranscripts(texts.sourceText, texts.bilingualText, texts.id,
+                                   RecordingCatalog::RefinedText::staysUnlessShorter);
     if (update.outcome != Outcome::saved)
         return update.outcome != Outcome::failed;
     if (!catalog_.saveWordTimeline(texts.timeline, texts.id))
@@ -131,6 +133,12 @@ LiveRecordingTracker::updateLastSavedTranscripts(std::string_view sourceText,
     using Outcome = RecordingTranscriptSaveOutcome;
     if (!lastSavedID_)
         return Outcome::saved; // nothing was recorded, so there is nothing to update
+    for (Unsaved& texts : unsaved_) {
+        if (texts.id == *lastSavedID_) {
+            texts.sourceText = sourceText;
+            texts.bilingualText = bilingualText;
+        }
+    }
     const auto update = catalog_.updateTranscripts(sourceText, bilingualText, *lastSavedID_);
     if (update.outcome == Outcome::failed) {
         logger_.important("recording.transcript.update.degraded",

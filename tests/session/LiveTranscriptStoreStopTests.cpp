@@ -222,6 +222,11 @@ TEST_F(LiveTranscriptStoreStopTests, WordTimesEndWithTheSoundHoweverLongTheStopT
     ASSERT_TRUE(timeline);
     EXPECT_LE(timeline->sentences.at(0).end, recording().duration);
     EXPECT_LE(timeline->words.back().t, recording().duration);
+    // After a recording that broke off, rows keep their times.
+    HistoryWordTimeline longer;
+    longer.sentences = {{"Open.", 5, 9, {}, "audioWord"}, {"Later.", 20, 22, {}, "audioWord"}};
+    EXPECT_EQ(longer.endingBy(7).sentences.at(0).end, 7);
+    EXPECT_EQ(longer.endingBy(7).sentences.at(1), longer.sentences.at(1));
 }
 
 TEST_F(LiveTranscriptStoreStopTests, WhatCouldNotBeSavedIsSavedOnceThereIsRoom) {
@@ -308,6 +313,11 @@ TEST_F(LiveTranscriptStoreStopTests, ATranslationAfterTheStopStillReachesTheTran
     session.files.recover();
     translate(""); // another language was chosen, and no translation has arrived yet
     EXPECT_EQ(saved(), "Said.\n已经说了。");
+    const auto text = session.catalog->transcriptURL(recording().id);
+    session.files.setContents(text, "Refined by another program.");
+    translate("再说。");
+    EXPECT_EQ(session.transcript(recording().id), "Refined by another program.");
+    session.files.setContents(text, "Said.");
     session.catalog->saveRefinedTranscript("Said better.", "", {}, recording().id);
     translate("再说。");
     EXPECT_EQ(session.transcript(recording().id), "Said better.");

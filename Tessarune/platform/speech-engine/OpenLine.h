@@ -17,8 +17,9 @@ namespace tessarune {
 /// shown once two passes in a row have them, and a shown word stays until two passes agree on
 /// another one; the words after it are unaffected. A shown word with enough words after it is
 /// fixed: it does not change any more, so that a late change does not move a whole line of text. A
-/// hesitation ("um") that is shown stays, and none is inserted between shown words, because the
-/// engine reports hesitations in one pass and omits them in the next.
+/// hesitation ("um") that is shown stays unless passes agree on words in its place, and none is
+/// inserted between shown words, because the engine reports hesitations in one pass and omits them
+/// in the next.
 ///
 /// The front of a long line is settled before its end: at the end of a sentence, later at the end
 /// of a clause, and later still anywhere. Only a text that contains all shown words is settled, so

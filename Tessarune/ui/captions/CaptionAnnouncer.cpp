@@ -27,7 +27,12 @@ CaptionAnnouncer::CaptionAnnouncer(const CaptionWindowEnvironment& environment,
             announce(text);
     };
     observations_.followChanges(environment_.notice, announceTrouble);
-    observations_.followChanges(environment_.session.presentedError, announceTrouble);
+    observations_.followChanges(
+        environment_.session.presentedError, [this, announceTrouble](const std::string& text) {
+            // Other failures are notices, too.
+            if (*environment_.session.sessionPhase == LiveSessionPhase::failed)
+                announceTrouble(text);
+        });
     observations_.followChanges(
         environment_.session.status, [announceTrouble](const SessionStatus& status) {
             using Kind = SessionStatus::Kind;

@@ -48,8 +48,7 @@ WindowPlace::WindowPlace(QWindow& window, UserDefaults& store, std::string name)
     });
     const auto onScreensChanged = [this] { screensChanged(); };
     const auto follow = [this, onScreensChanged](const QScreen* screen) {
-        for (const auto change : {&QScreen::geometryChanged, &QScreen::availableGeometryChanged})
-            QObject::connect(screen, change, &rearranged_, onScreensChanged);
+        QObject::connect(screen, &QScreen::geometryChanged, &rearranged_, onScreensChanged);
     };
     std::ranges::for_each(QGuiApplication::screens(), follow);
     QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &rearranged_, follow);

@@ -93,7 +93,8 @@ void DesktopListening::toggle(const LiveSessionControlTrigger& trigger) {
 }
 
 void DesktopListening::stop(const LiveSessionControlTrigger& trigger) {
-    look_ = 0;
+    if (std::exchange(look_, 0) != 0 && !pendingStart_)
+        waiting_ = std::nullopt;
     if (wish_)
         wish_ = Wish{.file = {}, .source = wish_->source, .isAnother = wish_->isAnother};
     if (takePendingStart() && environment_.sound.isFile())
@@ -103,6 +104,8 @@ void DesktopListening::stop(const LiveSessionControlTrigger& trigger) {
 
 void DesktopListening::captionFile(const std::filesystem::path& file) {
     look_ = ++lastLook_;
+    if (!isListening())
+        waiting_ = "";
     spawn(Executor::main(environment_.host), lookAt(file, look_));
 }
 
@@ -120,6 +123,8 @@ Task<void> DesktopListening::lookAt(std::filesystem::path file, unsigned look) {
         want({.file = file, .starts = true});
         co_return;
     }
+    if (!pendingStart_)
+        waiting_ = std::nullopt;
     environment_.notices.tell(Topic::file, problem);
     if (!hasSound_)
         connect();

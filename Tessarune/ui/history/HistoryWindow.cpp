@@ -56,6 +56,10 @@ HistoryWindow::HistoryWindow(HistoryWindowEnvironment environment)
     if (engine_.rootObjects().isEmpty())
         qFatal("the history window's files cannot be loaded");
     window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
+    QObject::connect(window_, &QWindow::visibleChanged, &model_, [this](bool isVisible) {
+        if (!isVisible)
+            model_.dismissMessage(); // carries out the deletions
+    });
     QObject::connect(window_, &QWindow::activeChanged, &model_, [this] {
         if (window_->isActive())
             model_.refresh();

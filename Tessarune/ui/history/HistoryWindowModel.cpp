@@ -125,7 +125,6 @@ void HistoryWindowModel::dismissMessage() {
     messageTimer_.stop();
     message_.clear();
     finishDeletions();
-    Q_EMIT messageChanged();
 }
 
 /// Null if recordings cannot be changed now: the user is told why.
@@ -189,6 +188,7 @@ void HistoryWindowModel::finishDeletions() {
             },
             failed);
     }
+    Q_EMIT messageChanged(); // nothing can be undone any more
 }
 
 void HistoryWindowModel::finishPending() {
