@@ -159,6 +159,12 @@ TEST_F(CaptionWindowTests, CommandsHaveTheKeysOfTheSettingsWhileTheyMakeSense) {
     using Asked = std::vector<std::string>;
     EXPECT_EQ(press(Qt::Key_Space, Qt::NoModifier), Asked{"toggle"});
     EXPECT_EQ(press(Qt::Key_E, Qt::ControlModifier), Asked{"clear"});
+    for (int i = 0; i < 12 && window.activeFocusItem()->property("icon") != "pin"; ++i)
+        QTest::keyClick(&window, Qt::Key_Tab);
+    const bool wasOnTop = *captions.settings.keepOnTop;
+    EXPECT_EQ(press(Qt::Key_Space, Qt::NoModifier), Asked{}) << "Space presses the focused button";
+    EXPECT_NE(*captions.settings.keepOnTop, wasOnTop);
+    window.contentItem()->forceActiveFocus();
     captions.settings.shortcutClear.keyCode = 117;
     captions.settings.shortcutClear.modifiers = 0xA0000;
     EXPECT_EQ(press(Qt::Key_E, Qt::ControlModifier), Asked{});

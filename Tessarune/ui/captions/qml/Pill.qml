@@ -87,6 +87,10 @@ Rectangle {
             Accessible.ignored: root.action === ""
             Accessible.onPressAction: root.activated()
             Keys.onReturnPressed: root.activated()
+            Keys.onEnterPressed: root.activated()
+            // With the focus here, Space presses this button and is not the window's shortcut.
+            Keys.onShortcutOverride: event => event.accepted = event.key === Qt.Key_Space
+            Keys.onSpacePressed: event => { if (!event.isAutoRepeat) root.activated(); }
 
             MouseArea {
                 id: area

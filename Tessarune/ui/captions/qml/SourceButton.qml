@@ -26,6 +26,10 @@ Rectangle {
     Accessible.name: hint + ": " + name
     Accessible.onPressAction: if (hasChoice) activated()
     Keys.onReturnPressed: if (hasChoice) activated()
+    Keys.onEnterPressed: if (hasChoice) activated()
+    // With the focus here, Space presses this button and is not the window's shortcut.
+    Keys.onShortcutOverride: event => event.accepted = hasChoice && event.key === Qt.Key_Space
+    Keys.onSpacePressed: event => { if (hasChoice && !event.isAutoRepeat) activated(); }
 
     Row {
         id: content

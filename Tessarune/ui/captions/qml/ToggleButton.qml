@@ -25,6 +25,10 @@ Rectangle {
     Accessible.name: text
     Accessible.onPressAction: activated()
     Keys.onReturnPressed: activated()
+    Keys.onEnterPressed: activated()
+    // With the focus here, Space presses this button and is not the window's shortcut.
+    Keys.onShortcutOverride: event => event.accepted = event.key === Qt.Key_Space
+    Keys.onSpacePressed: event => { if (!event.isAutoRepeat) activated(); }
 
     Row {
         id: content
