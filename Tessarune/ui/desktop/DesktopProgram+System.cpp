@@ -35,6 +35,13 @@ void DesktopProgram::watchSystem() {
         else if (!text.empty())
             notices_.tell(DesktopNotices::Topic::session, text);
     });
+    // The stop replaces this status at once.
+    observations_.followChanges(store().view().status, [this](const SessionStatus& status) {
+        if (status.kind == SessionStatus::Kind::inactive)
+            notices_.tell(
+                DesktopNotices::Topic::session,
+                localized("%lld 分钟未检测到声音，字幕已停止。", {std::to_string(status.minutes)}));
+    });
     notices_.onNotice = [this](const std::string& text) { notifyIfHidden(text); };
     sleepWatch_.emplace(
         QDBusConnection::systemBus(),
