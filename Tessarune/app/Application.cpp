@@ -102,17 +102,19 @@ HistoryRefinementService::Environment Application::refinementEnvironment() {
                     {host, files, catalog, logger, utilityQueue()}, request);
             },
             .returnMemory = [] { malloc_trim(0); },
-            .holdDataFolder = [this] { return holdDataFolder(); }};
+            .holdDataFolder = [this] { return leaseDataFolder().hold; }};
 }
 
-/// Null if another program has the folder, or nobody can.
-DataFolderHold Application::holdDataFolder() {
+DataFolderLease Application::leaseDataFolder() {
     try {
         const auto held = recording.holdDataFolder();
-        const auto* hold = std::get_if<DataFolderHold>(&held);
-        return hold ? *hold : nullptr;
-    } catch (const std::system_error&) {
-        return nullptr;
+        if (const auto* hold = std::get_if<DataFolderHold>(&held))
+            return {*hold, {}};
+        const auto& holder = std::get<DataFolderLock::Holder>(held);
+        return {nullptr, localized("%@（进程 %lld）正在使用这些录音，请在那里修改。",
+                                   {holder.program, std::to_string(holder.processID)})};
+    } catch (const std::system_error& error) {
+        return {nullptr, error.what()};
     }
 }
 
@@ -190,10 +192,11 @@ RecordingRepair::Report Application::prepare() {
     const bool isOurs = recording.hasDataFolder();
     RecordingRepair::Report report = TessaruneStartupServices::prepare(
         {logger, bootstrapFields(), isOurs ? &repair : nullptr,
-         isOurs ? std::function([this] { pruneDiagnosticsOnLaunch(holdDataFolder()); }) : nullptr,
+         isOurs ? std::function([this] { pruneDiagnosticsOnLaunch(leaseDataFolder().hold); })
+                : nullptr,
          [this] { preheatRecogniser(); }});
     if (isOurs && recording.recordsSessions() && !*settings.recordLosslessAudio)
-        compressor.compressLeftovers(holdDataFolder());
+        compressor.compressLeftovers(leaseDataFolder().hold);
     if (isOurs)
         spawn(Executor::main(host), search.eraseTraces());
     return report;

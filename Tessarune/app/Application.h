@@ -84,6 +84,9 @@ struct Application {
     /// check this first.
     std::string speechModelProblem() const;
 
+    /// Asks for the permission to change recordings and diagnostics runs.
+    DataFolderLease leaseDataFolder();
+
     /// Sets a value for this run only.
     void override(AnySetting& setting, SettingValue value);
     void endOverride(AnySetting& setting);
@@ -115,7 +118,6 @@ struct Application {
     const std::shared_ptr<SerialQueue>& utilityQueue();
     DownloadPolicy downloadPolicy();
     HistoryRefinementService::Environment refinementEnvironment();
-    DataFolderHold holdDataFolder();
     LogFields bootstrapFields() const;
 
     /// Prepares the chosen recogniser; does nothing if its model is missing or damaged.

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tessarune/history/RecordingCatalog.h"
+#include "Tessarune/history/DataFolderHold.h"
 #include "Tessarune/platform/disk/DataFolderLock.h"
 #include "Tessarune/platform/disk/JSONUserDefaults.h"
 #include "Tessarune/shell/AppSettings.h"

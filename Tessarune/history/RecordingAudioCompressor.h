@@ -3,6 +3,7 @@
 #include "Tessarune/audio/MediaFile.h"
 #include "Tessarune/audio/RecordingMetadata.h"
 #include "Tessarune/history/AudioExporter.h"
+#include "Tessarune/history/DataFolderHold.h"
 #include "Tessarune/history/RecordingCatalog.h"
 #include "Tessarune/shell/FileSystem.h"
 #include "Tessarune/shell/TessaruneFileLogger.h"

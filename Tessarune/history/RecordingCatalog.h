@@ -24,15 +24,6 @@ namespace tessarune {
 
 class RecordingIndex;
 
-/// No other program writes the data folder while a copy of it exists. Any thread may drop it.
-using DataFolderHold = std::shared_ptr<const void>;
-
-/// Permission to write the data folder: without a hold, `problem` tells the user why there is none.
-struct DataFolderLease {
-    DataFolderHold hold;
-    std::string problem;
-};
-
 namespace NotificationName {
 /// After a change of the index that was saved. No object.
 inline constexpr std::string_view recordingCatalogDidChange = "recordingCatalogDidChange";

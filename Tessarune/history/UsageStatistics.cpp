@@ -25,7 +25,7 @@ double startOfPeriod(double moment, UsagePeriodKind kind, int later) {
     const std::tm local = LocalDay::timeOf(moment);
     switch (kind) {
     case UsagePeriodKind::day:
-        return LocalDay::start(local.tm_year, local.tm_mon, local.tm_mday + later);
+        return LocalDay::start(moment, later);
     case UsagePeriodKind::week: {
         const int sinceMonday = (local.tm_wday + daysAWeek - 1) % daysAWeek;
         return LocalDay::start(local.tm_year, local.tm_mon,

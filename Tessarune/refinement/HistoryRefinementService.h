@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessarune/history/DataFolderHold.h"
 #include "Tessarune/history/HistoryRefinementRequest.h"
 #include "Tessarune/history/RecordingCatalog.h"
 #include "Tessarune/refinement/FormerTranscript.h"

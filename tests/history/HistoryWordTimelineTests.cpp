@@ -162,5 +162,13 @@ TEST(HistoryWordTimelineTests, ReadsItsFileFormat) {
         EXPECT_FALSE(Timeline::decoded(json)) << json;
 }
 
+TEST(HistoryWordTimelineTests, OnlyTheSentenceThatIsSpokenAtTheEndIsCut) {
+    Timeline timeline;
+    timeline.sentences = {{"Open.", 5, 9, {}, "audioWord"}, {"Later.", 20, 22, {}, "audioWord"}};
+    const Timeline cut = timeline.endingBy(7);
+    EXPECT_EQ(cut.sentences.at(0).end, 7);
+    EXPECT_EQ(cut.sentences.at(1), timeline.sentences.at(1)); // the recording broke off before it
+}
+
 } // namespace
 } // namespace tessarune

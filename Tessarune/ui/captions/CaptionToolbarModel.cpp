@@ -95,8 +95,7 @@ QString CaptionToolbarModel::status() const {
     if (*session().sessionPhase == LiveSessionPhase::failed && !session().presentedError->empty())
         return QString::fromStdString(*session().presentedError);
     // During a stop, the last words clear the status of the session.
-    const bool isStopping = *session().sessionPhase == LiveSessionPhase::stopping;
-    if (isStopping && session().status->kind == SessionStatus::Kind::none)
+    if (isStopping() && session().status->kind == SessionStatus::Kind::none)
         return QString::fromStdString(SessionStatus{SessionStatus::Kind::saving}.text());
     return QString::fromStdString(session().status->text());
 }
@@ -104,8 +103,7 @@ QString CaptionToolbarModel::status() const {
 /// False for a status that the empty stage or the toolbar shows anyway.
 bool CaptionToolbarModel::showsStatus() const {
     using Kind = SessionStatus::Kind;
-    if (*session().sessionPhase == LiveSessionPhase::stopping &&
-        session().status->kind != Kind::silent)
+    if (isStopping() && session().status->kind != Kind::silent)
         return true;
     if (environment_.isWaiting())
         return !environment_.waitingText().empty() &&

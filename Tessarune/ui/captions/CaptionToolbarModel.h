@@ -120,6 +120,7 @@ class CaptionToolbarModel final : public QObject {
 
   private:
     const SessionView& session() const { return environment_.session; }
+    bool isStopping() const { return *session().sessionPhase == LiveSessionPhase::stopping; }
     AppSettings& appSettings() const { return environment_.settings; }
     std::vector<AudioSource> listedSources() const;
 

@@ -14,24 +14,10 @@
 #include <QGuiApplication>
 #include <QStandardPaths>
 #include <string>
-#include <system_error>
 #include <utility>
 #include <vector>
 
 namespace tessarune {
-
-DataFolderLease leaseDataFolder(Application& application) {
-    try {
-        const auto held = application.recording.holdDataFolder();
-        if (const auto* hold = std::get_if<DataFolderHold>(&held))
-            return {*hold, {}};
-        const auto& holder = std::get<DataFolderLock::Holder>(held);
-        return {nullptr, localized("%@（进程 %lld）正在使用这些录音，请在那里修改。",
-                                   {holder.program, std::to_string(holder.processID)})};
-    } catch (const std::system_error& error) {
-        return {nullptr, error.what()};
-    }
-}
 
 namespace {
 
@@ -126,7 +112,7 @@ std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, Deskt
         .wordStatistics = application.wordStats,
         .vocabulary = std::make_shared<VocabularyStore>(application.files, application.paths),
         .vocabularyPreferences = std::make_shared<VocabularyPreferences>(application.defaults),
-        .leaseDataFolder = [&application] { return leaseDataFolder(application); },
+        .leaseDataFolder = [&application] { return application.leaseDataFolder(); },
         .speechModels = [&application] { return installedModels(application.speechModels); },
         .chooseFile = chooseExportFile,
         .chooseFiles = chooseFilesToImport,

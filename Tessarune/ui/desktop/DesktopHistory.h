@@ -10,9 +10,6 @@
 
 namespace tessarune {
 
-/// Holds the data folder: only its holder may change recordings and diagnostics runs. Main thread.
-DataFolderLease leaseDataFolder(Application& application);
-
 /// Creates the history window. All references must outlive it. Main thread.
 std::unique_ptr<HistoryWindow> makeHistoryWindow(Application& application, DesktopSound& sound,
                                                  const LiveTranscriptStore& session,

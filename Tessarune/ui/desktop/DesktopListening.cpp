@@ -11,7 +11,7 @@ namespace {
 
 using Topic = DesktopNotices::Topic;
 
-constexpr double quietWaitSeconds = 1; // before the user is told of the wait
+constexpr double quietWaitSeconds = 1; // only a longer wait is worth a message
 
 } // namespace
 

@@ -132,7 +132,7 @@ Task<void> DesktopProgram::leaveDataFolder() {
 void DesktopProgram::finishImports(const std::vector<RecordingMetadata>& interrupted) {
     if (interrupted.empty() || !application_.speechModelProblem().empty())
         return;
-    const DataFolderLease lease = leaseDataFolder(application_);
+    const DataFolderLease lease = application_.leaseDataFolder();
     if (!lease.hold)
         return;
     for (const RecordingMetadata& import : interrupted)

@@ -1,7 +1,6 @@
 #include "Tessarune/ui/desktop/DesktopSettings.h"
 
 #include "Tessarune/platform/speech-engine/SpeechModelSpeeds.h"
-#include "Tessarune/ui/desktop/DesktopHistory.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <cmath>
@@ -55,7 +54,7 @@ std::unique_ptr<SettingsWindow> makeSettingsWindow(Application& application,
             },
         .files = application.files,
         .paths = application.paths,
-        .leaseDataFolder = [&application] { return leaseDataFolder(application); },
+        .leaseDataFolder = [&application] { return application.leaseDataFolder(); },
         .openFolder =
             [&desktop](const std::filesystem::path& folder) {
                 return desktop.openURL(folder.string());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessarune/history/DataFolderHold.h"
 #include "Tessarune/history/HistoryExport.h"
 #include "Tessarune/history/RecordingCatalog.h"
 #include "Tessarune/playback/AudioPlayer.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "Tessarune/history/RecordingCatalog.h"
+#include "Tessarune/history/DataFolderHold.h"
 #include "Tessarune/session/SessionView.h"
 #include "Tessarune/shell/AppSettings.h"
 #include "Tessarune/shell/FileSystem.h"

@@ -56,11 +56,11 @@ Item {
             id: sourceButton
             anchors.verticalCenter: parent.verticalCenter
             height: root.size
-            name: root.toolbar.sourceName
+            source: root.toolbar.sourceName
             hint: root.toolbar.sourceText
             level: root.hearing.level
             isListening: root.toolbar.isListening
-            hasChoice: root.toolbar.sources.length > 0
+            canPress: root.toolbar.sources.length > 0
             maximumWidth: root.width - toggle.width - buttons.width - 44
             onActivated: {
                 root.toolbar.refreshSources();

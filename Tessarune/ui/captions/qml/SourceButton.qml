@@ -2,34 +2,23 @@ import QtQuick
 import Tessarune
 
 // A button with the name and the level of the sound source; it opens the menu of the sources.
-Rectangle {
+PressButton {
     id: root
 
-    required property string name
+    required property string source
     required property string hint
     required property real level
     required property bool isListening
-    required property bool hasChoice
     required property real maximumWidth
-    signal activated
 
-    readonly property bool isLit: hasChoice && (area.containsMouse || activeFocus)
+    readonly property bool isLit: canPress && (area.containsMouse || activeFocus)
 
     width: Math.max(60, Math.min(content.implicitWidth + 24, maximumWidth))
     height: 34
     radius: height / 2
     color: isLit ? "#29ffffff" : "#14ffffff"
-    border.color: activeFocus ? "#7db8ff" : "transparent"
-    border.width: 1
-    activeFocusOnTab: hasChoice
-    Accessible.role: hasChoice ? Accessible.ButtonMenu : Accessible.StaticText
-    Accessible.name: hint + ": " + name
-    Accessible.onPressAction: if (hasChoice) activated()
-    Keys.onReturnPressed: if (hasChoice) activated()
-    Keys.onEnterPressed: if (hasChoice) activated()
-    // With the focus here, Space presses this button and is not the window's shortcut.
-    Keys.onShortcutOverride: event => event.accepted = hasChoice && event.key === Qt.Key_Space
-    Keys.onSpacePressed: event => { if (hasChoice && !event.isAutoRepeat) activated(); }
+    name: hint + ": " + source
+    Accessible.role: canPress ? Accessible.ButtonMenu : Accessible.StaticText
 
     Row {
         id: content
@@ -47,7 +36,7 @@ Rectangle {
             anchors.verticalCenter: parent.verticalCenter
             width: Math.min(implicitWidth, Math.max(10, root.maximumWidth - 62))
             elide: Text.ElideRight
-            text: root.name
+            text: root.source
             textFormat: Text.PlainText
             color: "#e6e6ea"
             font.pixelSize: Math.round(Theme.body * 1.08)
@@ -55,7 +44,7 @@ Rectangle {
 
         Icon {
             anchors.verticalCenter: parent.verticalCenter
-            visible: root.hasChoice
+            visible: root.canPress
             name: "down"
             width: 10
             height: 10
@@ -65,9 +54,9 @@ Rectangle {
     MouseArea {
         id: area
         anchors.fill: parent
-        enabled: root.hasChoice
+        enabled: root.canPress
         hoverEnabled: true
-        cursorShape: root.hasChoice ? Qt.PointingHandCursor : Qt.ArrowCursor
+        cursorShape: root.canPress ? Qt.PointingHandCursor : Qt.ArrowCursor
         onClicked: root.activated()
     }
 }

@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 
 // Starts and stops a session, and shows how long it has lasted.
-Rectangle {
+PressButton {
     id: root
 
     required property bool isOn
@@ -10,7 +10,6 @@ Rectangle {
     required property string text
     required property string duration
     property bool showsText: true
-    signal activated
 
     readonly property bool isLit: area.containsMouse || activeFocus
 
@@ -18,17 +17,8 @@ Rectangle {
     height: 34
     radius: height / 2
     color: isOn ? (isLit ? "#4a3033" : "#3a282a") : (isLit ? "#2f7a4d" : "#27663f")
-    border.color: activeFocus ? "#7db8ff" : "#1fffffff"
-    border.width: 1
-    activeFocusOnTab: true
-    Accessible.role: Accessible.Button
-    Accessible.name: text
-    Accessible.onPressAction: activated()
-    Keys.onReturnPressed: activated()
-    Keys.onEnterPressed: activated()
-    // With the focus here, Space presses this button and is not the window's shortcut.
-    Keys.onShortcutOverride: event => event.accepted = event.key === Qt.Key_Space
-    Keys.onSpacePressed: event => { if (!event.isAutoRepeat) activated(); }
+    frame: "#1fffffff"
+    name: text
 
     Row {
         id: content

@@ -2,29 +2,18 @@ import QtQuick
 import Tessarune
 
 // A button with an icon; its text is the tooltip.
-Rectangle {
+PressButton {
     id: root
 
     required property string icon
     required property string text
     property bool isOn: false
-    signal activated
 
     width: height
     height: 34
     radius: Math.round(height * 0.3)
     color: area.containsMouse || activeFocus ? "#29ffffff" : "transparent"
-    border.color: activeFocus ? "#7db8ff" : "transparent"
-    border.width: 1
-    activeFocusOnTab: true
-    Accessible.role: Accessible.Button
-    Accessible.name: text
-    Accessible.onPressAction: activated()
-    Keys.onReturnPressed: activated()
-    Keys.onEnterPressed: activated()
-    // With the focus here, Space presses this button and is not the window's shortcut.
-    Keys.onShortcutOverride: event => event.accepted = event.key === Qt.Key_Space
-    Keys.onSpacePressed: event => { if (!event.isAutoRepeat) activated(); }
+    name: text
 
     Icon {
         anchors.centerIn: parent

@@ -1,0 +1,24 @@
+import QtQuick
+
+// What the buttons of the caption window share: focus, keys and accessibility. A button adds its
+// drawing, and a mouse area that calls activated().
+Rectangle {
+    id: root
+
+    property string name: ""
+    property bool canPress: true
+    property color frame: "transparent"
+    signal activated
+
+    border.color: activeFocus ? "#7db8ff" : frame
+    border.width: 1
+    activeFocusOnTab: canPress
+    Accessible.role: Accessible.Button
+    Accessible.name: name
+    Accessible.onPressAction: if (canPress) activated()
+    Keys.onReturnPressed: if (canPress) activated()
+    Keys.onEnterPressed: if (canPress) activated()
+    // With the focus here, Space presses this button and is not the window's shortcut.
+    Keys.onShortcutOverride: event => event.accepted = canPress && event.key === Qt.Key_Space
+    Keys.onSpacePressed: event => { if (canPress && !event.isAutoRepeat) activated(); }
+}
