@@ -76,9 +76,10 @@ class Computer : public testing::Catalogued {
         for (const auto& entry : catalog.recordings()) {
             EXPECT_TRUE(disk.has(entry.filePath));
             EXPECT_TRUE(entry.endedAt);
-            if (entry.filePath.ends_with(".m4a"))
-                EXPECT_FALSE(
-                    disk.has(std::filesystem::path(entry.filePath).replace_extension("wav")));
+            if (entry.filePath.ends_with(".m4a")) {
+                const auto wav = std::filesystem::path(entry.filePath).replace_extension("wav");
+                EXPECT_FALSE(disk.has(wav));
+            }
         }
         for (const auto& name : disk.list(paths.transcripts()))
             EXPECT_FALSE(name.ends_with(".live.ndjson")) << name;
