@@ -16,12 +16,12 @@ namespace {
 
 } // namespace
 
-CLI::Option* CommandOptions::command(CLI::Option* option) {
+CLI::Option* CommandOptions::addCommand(CLI::Option* option) {
     commands_.push_back(option->group(heading_));
     return option;
 }
 
-CLI::Option* CommandOptions::detail(std::vector<CLI::Option*> owners, CLI::Option* option) {
+CLI::Option* CommandOptions::addDetail(std::vector<CLI::Option*> owners, CLI::Option* option) {
     details_.push_back({option->group(heading_), std::move(owners)});
     return option;
 }

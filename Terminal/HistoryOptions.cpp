@@ -66,7 +66,7 @@ double checkedTime(const std::string& text) {
 } // namespace
 
 void HistoryOptions::declare(CommandOptions& options) {
-    options.begin(localized("Recorded sessions"));
+    options.beginGroup(localized("Recorded sessions"));
     options.flag("--list", list_, localized("List them, the newest first"));
     options.words("--show", show_, "ID",
                   localized("Print a transcript, by its ID or the beginning of it"));

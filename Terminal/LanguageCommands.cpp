@@ -19,7 +19,7 @@ namespace tessarune {
 namespace {
 
 std::string displayName(const std::string& id) {
-    return TranslationSupport::translationTargetDisplayName({id, ""});
+    return TranslationSupport::translationTargetDisplayName({.id = id, .flag = ""});
 }
 
 std::string describe(const TranslationLanguageState& language) {
@@ -37,21 +37,31 @@ std::string describe(const TranslationLanguageState& language) {
     return {};
 }
 
-/// Runs the translation test that the settings window also offers, and prints its result.
+/// The state of a language that has a model or could download one; null if it has none.
+const TranslationLanguageState*
+translatableState(const std::vector<TranslationLanguageState>& states, const std::string& id) {
+    const auto state = std::ranges::find(states, id, &TranslationLanguageState::id);
+    return state == states.end() || state->status == TranslationAvailabilityStatus::unsupported
+               ? nullptr
+               : &*state;
+}
+
+/// Runs the translation test that the settings window also offers, and prints its result. Ctrl-C
+/// ends the wait; the status is then that of a failed test.
 Task<int> runTest(Program& program, const TerminalOptions& options, std::string target) {
-    const auto bridge = std::make_shared<TranslationTaskBridge>(
-        TranslationTaskBridge::Environment{program.host, program.translation, nullptr});
-    OneShot<bool> ended(Executor::main(program.host));
+    const auto bridge = std::make_shared<TranslationTaskBridge>(TranslationTaskBridge::Environment{
+        .host = program.host, .service = program.translation, .live = nullptr});
+    OneShot<bool> ended(Executor::main(program.host)); // false: interrupted
     bridge->isTestingTranslation().onDidChange([ended](bool isTesting) {
         if (!isTesting)
             ended.resume(true);
     });
     SignalWatch signals(program.host, [ended] { ended.resume(false); });
     bridge->runTranslationTest(target);
-    const bool wasRun = co_await ended;
+    const bool isFinished = co_await ended;
 
     const std::string& text = *bridge->resultText();
-    const bool succeeded = wasRun && !text.empty();
+    const bool succeeded = isFinished && !text.empty();
     if (options.json)
         printJSON({{"type", "translationTest"},
                    {"target", target},
@@ -95,8 +105,7 @@ Task<int> listLanguages(Program& program, const TerminalOptions& options) {
 
 Task<int> downloadLanguage(Program& program, const TerminalOptions& options, std::string id) {
     const auto states = program.translationModels.list();
-    const auto state = std::ranges::find(states, id, &TranslationLanguageState::id);
-    if (state == states.end() || state->status == TranslationAvailabilityStatus::unsupported) {
+    if (!translatableState(states, id)) {
         printProblem(noTranslationModelText(id));
         co_return static_cast<int>(ExitStatus::noModel);
     }
@@ -117,14 +126,14 @@ Task<int> removeLanguage(Program& program, std::string id) {
 }
 
 Task<int> testTranslation(Program& program, const TerminalOptions& options, std::string target) {
-    const auto languages = program.translationModels.list();
-    const auto state = std::ranges::find(languages, target, &TranslationLanguageState::id);
-    if (state != languages.end() && state->status != TranslationAvailabilityStatus::unsupported) {
-        const bool isHere =
+    const auto states = program.translationModels.list();
+    if (const auto* state = translatableState(states, target)) {
+        const bool isOnDisk =
             state->status == TranslationAvailabilityStatus::installed || !state->damage.empty();
+        // A model that is not on the disk counts as a flaw, too.
         Task<std::string> checking = program.translationModels.flaw(target);
         const std::string flaw = co_await checking;
-        if (isHere && !flaw.empty())
+        if (isOnDisk && !flaw.empty())
             printNotice(damagedModelText(target, flaw));
         if (!flaw.empty()) {
             Task<int> downloading = downloadLanguage(program, options, target);

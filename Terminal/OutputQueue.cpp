@@ -18,12 +18,14 @@ namespace tessarune {
 
 namespace {
 
+/// With more unwritten bytes than this, the reader is behind.
 constexpr std::size_t behindBytes = 1 << 16;
 /// A pipe that is ready accepts this much without blocking the writer.
 constexpr std::size_t pieceBytes = 4096;
 constexpr std::chrono::milliseconds pauseStep{10};
 
-/// Waits for room and writes some of the bytes. Returns their number, or 0 with `errno` set.
+/// Waits for room and writes the first of the bytes. Returns how many it has written, or 0 with
+/// `errno` set if writing has failed.
 std::size_t writeSome(int descriptor, std::string_view bytes) {
     for (;;) {
         while (TerminalCursor::isPaused())
@@ -51,10 +53,10 @@ struct OutputQueue::State {
     std::condition_variable_any arrived;
     std::function<void()> onChange GUARDED_BY(mutex);
     std::string waiting GUARDED_BY(mutex);
-    /// Queued bytes, and those that are being written.
+    /// The size of `waiting` plus the bytes that are being written.
     std::size_t unwritten GUARDED_BY(mutex) = 0;
-    /// Whether `onChange` must be called once nothing waits: the queue was behind, or has failed.
-    bool notifiesWhenWritten GUARDED_BY(mutex) = false;
+    /// The queue was behind or has failed: `onChange` is called as soon as `waiting` is empty.
+    bool notifiesWhenEmpty GUARDED_BY(mutex) = false;
     bool isEnding GUARDED_BY(mutex) = false;
     int failure GUARDED_BY(mutex) = 0;
 
@@ -64,8 +66,25 @@ struct OutputQueue::State {
             return;
         waiting += bytes;
         unwritten += bytes.size();
-        notifiesWhenWritten = notifiesWhenWritten || unwritten > behindBytes;
+        notifiesWhenEmpty = notifiesWhenEmpty || unwritten > behindBytes;
         arrived.notify_one();
+    }
+
+    /// Drops everything that is queued; `add` drops what follows.
+    void fail(int error) REQUIRES_LOCK(mutex) {
+        failure = error;
+        unwritten = 0;
+        waiting.clear();
+        notifiesWhenEmpty = true;
+    }
+
+    /// Keeps the lock during the call, so that the queue's destructor waits for it.
+    void notifyIfEmpty() REQUIRES_LOCK(mutex) {
+        if (!waiting.empty() || !notifiesWhenEmpty)
+            return;
+        notifiesWhenEmpty = false;
+        if (onChange)
+            onChange();
     }
 };
 
@@ -78,7 +97,7 @@ OutputQueue::OutputQueue(int descriptor, std::function<void()> onChange)
     };
     stream_ = fopencookie(state_.get(), "w", functions);
     std::setvbuf(stream_, nullptr, _IOLBF, BUFSIZ);
-    thread_ = std::thread([state = state_] { write(state); });
+    thread_ = std::thread([state = state_] { writeQueued(state); });
 }
 
 OutputQueue::~OutputQueue() {
@@ -94,7 +113,7 @@ OutputQueue::~OutputQueue() {
     if (isIdle)
         thread_.join();
     else
-        thread_.detach();
+        thread_.detach(); // a slow reader may block its write for ever
 }
 
 bool OutputQueue::isBehind() const {
@@ -112,12 +131,10 @@ int OutputQueue::failure() const {
     return state_->failure;
 }
 
-void OutputQueue::write(const std::shared_ptr<State>& state) {
+void OutputQueue::writeQueued(const std::shared_ptr<State>& state) {
     MutexLock lock(state->mutex);
     for (;;) {
-        if (state->waiting.empty() && std::exchange(state->notifiesWhenWritten, false) &&
-            state->onChange)
-            state->onChange();
+        state->notifyIfEmpty();
         while (!state->isEnding && state->waiting.empty())
             state->arrived.wait(lock);
         if (state->waiting.empty() && state->isEnding)
@@ -130,12 +147,8 @@ void OutputQueue::write(const std::shared_ptr<State>& state) {
             lock.lock();
             rest.remove_prefix(written);
             state->unwritten -= written;
-            if (written > 0)
-                continue;
-            state->failure = error;
-            state->unwritten = 0;
-            state->waiting.clear();
-            state->notifiesWhenWritten = true;
+            if (written == 0)
+                state->fail(error);
         }
     }
 }

@@ -17,9 +17,10 @@ namespace tessarune {
 class OutputQueue {
   public:
     /// `onChange` is called on the writing thread, when everything is written after the queue was
-    /// behind, and when writing has failed.
+    /// behind, and when writing has failed. It must not use the queue, which is locked meanwhile.
+    /// The caller keeps the descriptor open, also after the queue's end if output is unwritten.
     OutputQueue(int descriptor, std::function<void()> onChange);
-    /// Unread output is lost.
+    /// Does not wait for a slow reader: output that is unwritten when the process ends is lost.
     ~OutputQueue();
     OutputQueue(const OutputQueue&) = delete;
     OutputQueue& operator=(const OutputQueue&) = delete;
@@ -37,7 +38,7 @@ class OutputQueue {
 
   private:
     struct State;
-    static void write(const std::shared_ptr<State>& state);
+    static void writeQueued(const std::shared_ptr<State>& state);
 
     std::shared_ptr<State> state_; // the thread may outlive the queue, in a blocked write
     std::FILE* stream_;

@@ -4,11 +4,25 @@
 
 namespace tessarune {
 
+namespace {
+
+constexpr const char* cursorOff = "\033[?25l";
+constexpr const char* cursorOn = "\033[?25h";
+/// Clears the current line and everything below it.
+constexpr const char* clearBelow = "\r\033[J";
+
+/// Moves the cursor up, in the same column.
+std::string up(std::size_t lines) {
+    return "\033[" + std::to_string(lines) + "A";
+}
+
+} // namespace
+
 void RewrittenLines::rewrite(const Lines& settled, const Lines& below) {
-    std::string out("\033[?25l");
+    std::string out(cursorOff);
     if (linesBelow_ > 1)
-        out += "\033[" + std::to_string(linesBelow_ - 1) + "A";
-    out += "\r\033[J";
+        out += up(linesBelow_ - 1); // the cursor is in the last of these lines
+    out += clearBelow;
     for (const std::string& line : settled)
         out += line + "\n";
     out += Text::joined(below, "\n");
@@ -17,7 +31,7 @@ void RewrittenLines::rewrite(const Lines& settled, const Lines& below) {
 }
 
 void RewrittenLines::showCursor() {
-    write("\033[?25h");
+    write(cursorOn);
 }
 
 void RewrittenLines::write(const std::string& bytes) const {

@@ -7,7 +7,7 @@
 namespace tessarune {
 
 /// The lower part of a terminal, rewritten in place while settled text scrolls up above it. Each
-/// change is one write, to avoid flicker. The cursor is hidden from the first change on.
+/// change is flushed once, to reduce flicker. The cursor is hidden from the first change on.
 class RewrittenLines {
   public:
     using Lines = std::vector<std::string>;

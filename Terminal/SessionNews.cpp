@@ -31,31 +31,35 @@ CaptionPicture SessionNews::picture() const {
 
 void SessionNews::observeStatus() {
     view_.status.onDidChange([this](const SessionStatus& status) {
-        // Reported later: only after saving is it known whether the WAV was kept.
+        // The text says that the WAV was kept, which is known only after saving: `reportSaved`
+        // reports it.
         if (status.kind == SessionStatus::Kind::compressionFailed) {
             failedToCompress_ = true;
             return;
         }
         const std::string text = status.text();
         const bool isNews = std::exchange(lastStatus_, text) != text;
-        if (isNews && !text.empty() && isReported())
+        if (isNews && !text.empty() && reportsStatus())
             handlers_.say(text);
     });
+    // A failed start is not reported here: it ends the run, which reports it.
     view_.presentedError.onDidChange([this](const std::string& text) {
         if (*view_.isListening)
             handlers_.say(text);
     });
     view_.audioCompressProgress.onDidChange([this](const std::optional<double>& done) {
-        const auto percent =
-            done ? std::optional(static_cast<int>(*done * 100)) : std::optional<int>();
-        if (percent && std::exchange(lastProgress_, percent) != percent)
-            handlers_.progress(std::to_string(*percent) + " %");
+        if (!done)
+            return;
+        const int percent = static_cast<int>(*done * 100);
+        if (std::exchange(lastProgress_, percent) != percent)
+            handlers_.progress(std::to_string(percent) + " %");
     });
 }
 
-/// Whether status texts of the current phase are reported. At the start the run itself reports what
-/// it listens to; at the stop an unrecorded session has nothing to save.
-bool SessionNews::isReported() const {
+/// Whether status texts are reported in the current phase. Before `listening` they are not: the
+/// command reports itself what it listens to. During the stop they are about saving, and an
+/// unrecorded session saves nothing.
+bool SessionNews::reportsStatus() const {
     switch (*view_.sessionPhase) {
     case LiveSessionPhase::listening:
     case LiveSessionPhase::failed:
@@ -74,48 +78,64 @@ bool SessionNews::reportSaved(RecordingCatalog& catalog, FileSystem& files) cons
     const auto& outcome = *view_.outcome;
     if (!outcome)
         return true;
-    const bool isTranscriptSaved = outcome->transcriptPersisted;
-    const auto& saved = outcome->recording;
-    const auto readOnly = saved ? DiskFailure::readOnlyFolderOf(catalog.transcriptURL(*saved))
-                                : std::filesystem::path();
-    if (!isTranscriptSaved)
-        handlers_.say(readOnly.empty() ? view_.status->text()
-                                       : localized("The transcript could not be saved: the folder "
-                                                   "%@ is read-only.",
-                                                   {readOnly.string()}));
+    if (!outcome->transcriptPersisted)
+        handlers_.say(unsavedText(*outcome, catalog));
     if (outcome->heardNothing)
         handlers_.say(localized("There was no sound; nothing is kept of the session."));
-    if (!saved)
+    if (!outcome->recording)
         return !isRecorded_ || view_.captions.committedSegments->empty();
+    reportRecording(*outcome, catalog, files);
+    return outcome->transcriptPersisted;
+}
+
+/// Why the transcript could not be saved.
+std::string SessionNews::unsavedText(const SessionOutcome& outcome,
+                                     const RecordingCatalog& catalog) const {
+    const auto readOnlyFolder =
+        outcome.recording ? DiskFailure::readOnlyFolderOf(catalog.transcriptURL(*outcome.recording))
+                          : std::filesystem::path();
+    if (readOnlyFolder.empty())
+        return view_.status->text(); // the session's own text about the failure
+    return localized("The transcript could not be saved: the folder %@ is read-only.",
+                     {readOnlyFolder.string()});
+}
+
+/// Reports where to find the session's recording, or why the history does not list it.
+void SessionNews::reportRecording(const SessionOutcome& outcome, RecordingCatalog& catalog,
+                                  FileSystem& files) const {
+    const std::string shortID = outcome.recording->text().substr(0, 8);
     const auto listed = HistoryItemLoader::load(catalog, files);
-    const auto item = std::ranges::find(listed, *saved, &HistoryItem::id);
-    if (item != listed.end() && failedToCompress_)
-        handlers_.say(SessionStatus{SessionStatus::Kind::compressionFailed}.text());
-    if (item != listed.end())
-        handlers_.say(localized(isTranscriptSaved ? "Saved: --show %@  (%@)"
-                                                  : "Only the sound is kept: --show %@  (%@)",
-                                {saved->text().substr(0, 8), item->filePath.value_or("")}));
-    else if (const auto unlisted = catalog.recording(*saved);
-             unlisted && !files.exists(unlisted->filePath))
+    const auto item = std::ranges::find(listed, *outcome.recording, &HistoryItem::id);
+    if (item != listed.end()) {
+        if (failedToCompress_)
+            handlers_.say(SessionStatus{SessionStatus::Kind::compressionFailed}.text());
+        handlers_.say(localized(outcome.transcriptPersisted
+                                    ? "Saved: --show %@  (%@)"
+                                    : "Only the sound is kept: --show %@  (%@)",
+                                {shortID, item->filePath.value_or("")}));
+        return;
+    }
+    const auto unlisted = catalog.recording(*outcome.recording);
+    if (unlisted && files.exists(unlisted->filePath))
+        handlers_.say(localized("The session was too short to be kept."));
+    else if (unlisted)
         handlers_.say(localized("The sound of the session is gone. Until the next session begins, "
                                 "--show %@ prints its transcript.",
-                                {saved->text().substr(0, 8)}));
-    else if (unlisted)
-        handlers_.say(localized("The session was too short to be kept."));
-    return isTranscriptSaved;
+                                {shortID}));
 }
 
 void SessionNews::reportTranslationStatus(const std::string& text) {
-    // The loading of a model is not reported. Of several texts that differ only in a number, only
-    // the first one is.
+    // The loading of a model is not reported. Texts that differ only in their numbers are reported
+    // once in a session.
     if (text.empty() || view_.translation.translationPreparationDisplayState->preparing)
         return;
-    std::string kind;
+    std::string withoutNumbers;
     for (const char32_t codePoint : Text::codePoints(text)) {
-        if (!Text::isLetterOrNumber(codePoint) || Text::isLetter(codePoint))
-            Text::append(kind, codePoint);
+        const bool isNumber = Text::isLetterOrNumber(codePoint) && !Text::isLetter(codePoint);
+        if (!isNumber)
+            Text::append(withoutNumbers, codePoint);
     }
-    if (reportedTranslationStatus_.insert(kind).second)
+    if (reportedTranslationStatus_.insert(withoutNumbers).second)
         handlers_.say(translationFailureText(text, target_));
 }
 

@@ -36,7 +36,10 @@ class SessionNews {
 
   private:
     void observeStatus();
-    bool isReported() const;
+    bool reportsStatus() const;
+    std::string unsavedText(const SessionOutcome& outcome, const RecordingCatalog& catalog) const;
+    void reportRecording(const SessionOutcome& outcome, RecordingCatalog& catalog,
+                         FileSystem& files) const;
     void reportTranslationStatus(const std::string& text);
 
     const SessionView& view_;
@@ -46,7 +49,7 @@ class SessionNews {
     std::string lastStatus_;
     bool failedToCompress_ = false;
     std::optional<int> lastProgress_;
-    std::set<std::string> reportedTranslationStatus_;
+    std::set<std::string> reportedTranslationStatus_; ///< without numbers
 };
 
 } // namespace tessarune

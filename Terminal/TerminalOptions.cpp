@@ -155,7 +155,7 @@ void declareOutput(CLI::App& app, TerminalOptions& options) {
 }
 
 void declareCommands(CommandOptions& options, Words& words) {
-    options.begin(localized("Sound, models and languages"));
+    options.beginGroup(localized("Sound, models and languages"));
     options.flag("--list-sources", words.listSources, localized("List what can be listened to"));
     options
         .words("--model", words.model, "NAME",
@@ -168,7 +168,7 @@ void declareCommands(CommandOptions& options, Words& words) {
         ->expected(0, 2);
     options.words("--test-translation", words.testTranslation, "LANG",
                   localized("Translate a sample; downloads the language if it is missing"));
-    options.begin(localized("Settings"));
+    options.beginGroup(localized("Settings"));
     options.flag("--settings", words.showSettings,
                  localized("Show all settings, what they do and their possible values"));
     options

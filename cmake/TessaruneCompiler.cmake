@@ -19,6 +19,8 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     -Wno-maybe-uninitialized -Wno-dangling-pointer -Wno-restrict -Wno-subobject-linkage)
   # An initializer that names members leaves the others at their defaults on purpose.
   target_compile_options(tessarune-options INTERFACE -Wno-missing-field-initializers)
+  # GoogleTest's macros prevent what this one warns of.
+  target_compile_options(tessarune-options INTERFACE -Wno-dangling-else)
 else()
   # -Wthread-safety checks the annotations of TessaruneCore/host/Mutex.h. GCC gets no -Wconversion,
   # because it warns where nothing can be lost.

@@ -5,7 +5,8 @@
 
 namespace tessarune {
 
-/// One word of a committed row with the times known for it, in seconds.
+/// One word of a committed row with the times known for it. The first two are host times, the
+/// others seconds of the session's sound.
 struct WordEvent {
     std::string word;
     std::optional<double> firstSeenAt; ///< when a result first had a word at this position

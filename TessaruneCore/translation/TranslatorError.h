@@ -4,26 +4,28 @@
 #include "TessaruneCore/translation/TranslationFailureDetails.h"
 
 #include <exception>
-#include <string>
 #include <string_view>
 
 namespace tessarune {
 
-/// The failure of a `Translator`. Errors of the service behind it are mapped to one of these cases.
+/// The failure of a `Translator`, made by one of the three functions below. Every error of the
+/// service behind it is mapped to one of these.
 class TranslatorError : public LocalizedError {
   public:
     /// The service does not support this language pair.
     static TranslatorError unsupportedPair(std::string_view source, std::string_view target);
-    /// The pair is supported, but its files are not installed. The text is in the target language.
+    /// The pair is supported, but its files are not installed. `source` is not used: the message is
+    /// the one for the target, in the target's language.
     static TranslatorError languageResourcesNotReady(std::string_view source,
                                                      std::string_view target);
+    /// Any other failure, described by `details`.
     static TranslatorError backendFailure(const TranslationFailureDetails& details);
 
     const TranslationFailureDetails& details() const { return details_; }
 
     /// The details of any exception; other types than `TranslatorError` get the category `unknown`.
     static TranslationFailureDetails details(const std::exception& error);
-    /// The same for a captured exception.
+    /// The same for a captured exception. One that is not a `std::exception` has no message.
     static TranslationFailureDetails details(const std::exception_ptr& error);
 
   private:

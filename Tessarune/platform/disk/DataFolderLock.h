@@ -16,9 +16,11 @@ namespace tessarune {
 /// keeps it; a program that only lists recordings needs none.
 class DataFolderLock {
   public:
-    /// The process that holds the lock.
+    /// The process that holds the lock, as it has noted itself in the lock file. Until it has done
+    /// so, for a moment after `take`, these are the values of the previous holder, if there was
+    /// one.
     struct Holder {
-        int processID = 0;   ///< 0 if the holder has not written it yet
+        int processID = 0;   ///< 0 if the file is empty
         std::string program; ///< the program's name, as passed to `take`
 
         bool operator==(const Holder&) const = default;

@@ -54,7 +54,7 @@ void addRow(PDFPages& pages, const HistoryTranscriptPDFDocument::Row& row, bool 
     const double textLeft = left + barWidth + gapAfterBar + (isTimed ? timeColumn : 0);
     const QFont sourceFont = PDFFonts::text(sourceSize);
     const double lineHeight = pages.heightOf(sourceFont);
-    pages.require(lineHeight);
+    pages.ensureRoom(lineHeight);
     pages.beginBar(left, barWidth, barColor);
     if (row.time)
         pages.addLabel(qt(*row.time), PDFFonts::digits(timeSize), faintInk,

@@ -14,7 +14,7 @@ constexpr double pageNumberSize = 9;
 constexpr double lineSpacing = 1;
 constexpr double unlimitedWidth = 100'000;
 
-/// Breaks `text` into lines of `width`, in the direction of its first letter.
+/// Breaks the layout's text into lines of at most `width`, in the direction of its first letter.
 void layOut(QTextLayout& layout, double width) {
     QTextOption option;
     option.setTextDirection(Qt::LayoutDirectionAuto);
@@ -49,7 +49,7 @@ void PDFPages::addText(const QString& text, const QFont& font, const QColor& col
     painter_.setPen(color);
     for (int i = 0; i < layout.lineCount(); ++i) {
         const QTextLine line = layout.lineAt(i);
-        require(line.height());
+        ensureRoom(line.height());
         text_.draw(painter_, layout, line, {left, y_});
         y_ += line.height() + lineSpacing;
     }
@@ -70,7 +70,7 @@ void PDFPages::addGap(double height) {
         y_ = std::min(y_ + height, bottom());
 }
 
-void PDFPages::require(double height) {
+void PDFPages::ensureRoom(double height) {
     if (y_ > margin && y_ + height > bottom())
         nextPage();
 }
@@ -90,11 +90,11 @@ void PDFPages::drawBar() {
 }
 
 void PDFPages::nextPage() {
+    const QPen textPen = painter_.pen(); // drawing the page number changes it
     drawBar();
     drawPageNumber();
-    const QPen pen = painter_.pen();
     writer_.newPage();
-    painter_.setPen(pen);
+    painter_.setPen(textPen);
     ++page_;
     y_ = margin;
     if (bar_)

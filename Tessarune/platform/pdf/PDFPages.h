@@ -38,8 +38,8 @@ class PDFPages {
     /// Draws a bar at `x` from here to `endBar`, on every page.
     void beginBar(double x, double width, const QColor& color);
     void endBar();
-    /// Starts a new page if less than `height` is left on this one.
-    void require(double height);
+    /// Starts a new page if less than `height` is left on this one, unless this one is empty.
+    void ensureRoom(double height);
 
   private:
     struct Bar {

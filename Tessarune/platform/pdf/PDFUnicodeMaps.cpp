@@ -1,13 +1,12 @@
 #include "Tessarune/platform/pdf/PDFUnicodeMaps.h"
 
-#include <QList>
 #include <algorithm>
 
 namespace tessarune::PDFUnicodeMaps {
 
 namespace {
 
-constexpr qsizetype maximumMappingsInBlock = 100;
+constexpr qsizetype maximumMappingsInBlock = 100; // the limit of the CMap format
 
 /// The object numbers of a font and of its map.
 struct FontObjects {
@@ -15,7 +14,7 @@ struct FontObjects {
     int map = 0;
 };
 
-/// The number at `at`, after blanks; 0 if there is none.
+/// The decimal number at `at`, which blanks may precede; 0 if there is none.
 int numberFrom(const QByteArray& text, qsizetype at) {
     while (at < text.size() && text[at] == ' ')
         ++at;
@@ -25,7 +24,8 @@ int numberFrom(const QByteArray& text, qsizetype at) {
     return text.mid(at, end - at).toInt();
 }
 
-/// The fonts in the order of their object numbers, which is that of first use.
+/// The composite fonts, sorted by object number: QPdfWriter numbers a font when it is first used.
+/// Empty if the map of any font is not found.
 std::vector<FontObjects> fontsOf(const QByteArray& pdf) {
     std::vector<FontObjects> fonts;
     const QByteArray mark = "/Subtype /Type0\n";
@@ -34,10 +34,10 @@ std::vector<FontObjects> fontsOf(const QByteArray& pdf) {
         const qsizetype object = pdf.lastIndexOf(" 0 obj", at);
         const qsizetype line = pdf.lastIndexOf('\n', object) + 1;
         const qsizetype end = pdf.indexOf(">>", at);
-        const qsizetype map = pdf.indexOf(mapKey, at);
-        if (object < 0 || end < 0 || map < 0 || map > end)
+        const qsizetype mapEntry = pdf.indexOf(mapKey, at);
+        if (object < 0 || end < 0 || mapEntry < 0 || mapEntry > end)
             return {};
-        fonts.push_back({numberFrom(pdf, line), numberFrom(pdf, map + mapKey.size())});
+        fonts.push_back({numberFrom(pdf, line), numberFrom(pdf, mapEntry + mapKey.size())});
     }
     std::ranges::sort(fonts, {}, &FontObjects::font);
     return fonts;
@@ -47,7 +47,8 @@ QByteArray hex(uint number) {
     return QByteArray::number(number, 16).rightJustified(4, '0').toUpper();
 }
 
-QByteArray stream(const Map& map) {
+/// A map in the PDF's format, a CMap: lines of a glyph and its text as UTF-16, in blocks.
+QByteArray cmapOf(const Map& map) {
     QByteArray mappings;
     QByteArray block;
     qsizetype inBlock = 0;
@@ -77,11 +78,15 @@ QByteArray stream(const Map& map) {
 
 } // namespace
 
+// Appends an incremental update: new versions of the map objects, a table of their positions, and a
+// copy of the trailer that points to the previous table. A reader takes the newest version of each
+// object.
 QByteArray replaced(const QByteArray& pdf, const std::vector<Map>& maps) {
+    const QByteArray startKey = "startxref\n"; // precedes the position of the table
     const std::vector<FontObjects> fonts = fontsOf(pdf);
     const qsizetype trailer = pdf.lastIndexOf("trailer\n<<");
     const qsizetype trailerEnd = pdf.indexOf(">>", trailer);
-    const qsizetype start = pdf.lastIndexOf("startxref\n");
+    const qsizetype start = pdf.lastIndexOf(startKey);
     if (fonts.size() != maps.size() || trailer < 0 || trailerEnd < 0 || start < trailerEnd)
         return pdf;
     QByteArray result = pdf;
@@ -90,13 +95,13 @@ QByteArray replaced(const QByteArray& pdf, const std::vector<Map>& maps) {
         const QByteArray number = QByteArray::number(fonts[i].map);
         table += number + " 1\n" + QByteArray::number(result.size()).rightJustified(10, '0') +
                  " 00000 n \n";
-        const QByteArray map = stream(maps[i]);
-        result += number + " 0 obj\n<< /Length " + QByteArray::number(map.size()) +
-                  " >>\nstream\n" + map + "\nendstream\nendobj\n";
+        const QByteArray cmap = cmapOf(maps[i]);
+        result += number + " 0 obj\n<< /Length " + QByteArray::number(cmap.size()) +
+                  " >>\nstream\n" + cmap + "\nendstream\nendobj\n";
     }
     const qsizetype tableStart = result.size();
     result += table + pdf.mid(trailer, trailerEnd - trailer) + "/Prev " +
-              QByteArray::number(numberFrom(pdf, start + 10)) + "\n>>\nstartxref\n" +
+              QByteArray::number(numberFrom(pdf, start + startKey.size())) + "\n>>\nstartxref\n" +
               QByteArray::number(tableStart) + "\n%%EOF\n";
     return result;
 }

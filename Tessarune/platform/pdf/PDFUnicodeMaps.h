@@ -10,8 +10,9 @@ namespace tessarune::PDFUnicodeMaps {
 /// The texts of the glyphs 1, 2… of a font; empty if unknown.
 using Map = std::vector<QString>;
 
-/// Returns the file with new maps, one for each of its fonts in order, appended as new versions of
-/// its map objects. Returns it unchanged if the number of fonts differs.
+/// Returns the file with `maps` in place of its own: one for each font, in the order in which the
+/// fonts were first used. Returns it unchanged if it has another number of fonts, or if QPdfWriter
+/// has laid it out differently than expected.
 QByteArray replaced(const QByteArray& pdf, const std::vector<Map>& maps);
 
 } // namespace tessarune::PDFUnicodeMaps

@@ -1,12 +1,14 @@
 #pragma once
 
-/// The capabilities of an X11 desktop, including XWayland. Main thread, with the application
-/// object; the functions return false on other platforms.
+/// The capabilities of an X11 desktop, including XWayland. Main thread.
 namespace tessarune::X11Desktop {
 
-/// Whether the display that the environment names lets this program in. Before the application
-/// object, which ends the program otherwise.
+/// Whether the program can connect to the display that the environment names. Call before the
+/// application object is created, because that ends the program if it cannot connect.
 bool canBeReached();
+
+// With the application object. They return false if the program does not run on X11.
+
 /// Whether the current window manager keeps a window above others on request.
 bool keepsWindowsAbove();
 /// Whether there is a tray of the older kind, which embeds windows.

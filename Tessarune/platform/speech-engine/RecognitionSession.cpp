@@ -22,7 +22,7 @@ constexpr double recentSeconds = 3;
 /// Live sound may arrive by this much faster than real time, because it comes in batches.
 constexpr double liveSlackSeconds = 0.5;
 /// A stall check that is later than this shows that the program itself was suspended.
-constexpr double lateLookSeconds = 1.0;
+constexpr double lateCheckSeconds = 1.0;
 
 constexpr auto samplesIn(double seconds) {
     return static_cast<std::size_t>(seconds * speechSampleRate);
@@ -83,8 +83,8 @@ void RecognitionSession::take(const AudioBuffer& buffer) {
     guarded([&] {
         if (buffer.format != AudioFormat{speechSampleRate, 1})
             throw std::runtime_error("The speech engine received sound in the wrong format.");
-        if (backlog_->seconds + buffer.seconds() > policy_.mostUnheardSeconds)
-            giveUpUnheard();
+        if (backlog_->seconds + buffer.seconds() > policy_.longestBacklog)
+            dropBacklog();
         std::vector<float> samples = highPass_.filtered(buffer.samples);
         if (policy_.removesHum)
             samples = humFilter_.filtered(std::move(samples));
@@ -96,24 +96,24 @@ void RecognitionSession::take(const AudioBuffer& buffer) {
             recent_.erase(recent_.begin(),
                           recent_.end() - static_cast<std::ptrdiff_t>(samplesIn(recentSeconds)));
         hasNewSound_ = true;
-        movedAt_ = host_.now();
-        watchForStandstill();
+        lastProgressAt_ = host_.now();
+        watchForStall();
         quiet_.hear(samples);
         closeIfResting();
         schedulePass();
     });
 }
 
-void RecognitionSession::closeLine(double through, OneShot<bool> done) {
+void RecognitionSession::closeLine(double cutoff, OneShot<bool> done) {
     const std::optional<double> openSince = reader_.openSince();
-    if (!stream_ || !openSince || *openSince >= through ||
+    if (!stream_ || !openSince || *openSince >= cutoff ||
         takenSeconds() - *openSince < policy_.shortestLineToClose) {
         done.resume(false);
         return;
     }
     if (!closing_)
         closing_.emplace();
-    closing_->before = takenSeconds() + policy_.longestWaitForRest;
+    closing_->deadline = takenSeconds() + policy_.longestWaitForRest;
     closing_->waiting.push_back(done);
     // Resumes the waiter even if no more sound comes.
     host_.after(policy_.longestWaitForRest, [done] { done.resume(false); });
@@ -122,7 +122,7 @@ void RecognitionSession::closeLine(double through, OneShot<bool> done) {
 void RecognitionSession::closeIfResting() {
     if (!closing_)
         return;
-    const bool isTooLate = !reader_.openSince() || takenSeconds() > closing_->before;
+    const bool isTooLate = !reader_.openSince() || takenSeconds() > closing_->deadline;
     if (!isTooLate && !quiet_.isQuiet())
         return;
     if (!isTooLate)
@@ -163,7 +163,7 @@ void RecognitionSession::passAsScheduled() {
 }
 
 /// Drops the backlog. The shown part of the open line becomes its final.
-void RecognitionSession::giveUpUnheard() {
+void RecognitionSession::dropBacklog() {
     TessaruneLog::asr.notice([&] {
         return "too slow: " + Text::fixed(backlog_->seconds, 1) + " s of sound were not recognised";
     });
@@ -176,24 +176,25 @@ void RecognitionSession::giveUpUnheard() {
     endClosing();
 }
 
-void RecognitionSession::watchForStandstill() {
-    if (std::exchange(standstillIsWatchedFor_, true))
+void RecognitionSession::watchForStall() {
+    if (std::exchange(isStallWatched_, true))
         return;
     // The minimum delay: with a shorter one, rounding could repeat a check that is a moment too
     // early for ever.
     constexpr double shortestWait = 0.05;
-    const double wait = std::max(movedAt_ + policy_.longestStandstill - host_.now(), shortestWait);
-    standstillLookAt_ = host_.now() + wait;
-    later(wait, [](RecognitionSession& session) { session.closeIfStandingStill(); });
+    const double wait =
+        std::max(lastProgressAt_ + policy_.longestStall - host_.now(), shortestWait);
+    stallCheckAt_ = host_.now() + wait;
+    later(wait, [](RecognitionSession& session) { session.closeIfStalled(); });
 }
 
-void RecognitionSession::closeIfStandingStill() {
-    standstillIsWatchedFor_ = false;
-    if (const double late = host_.now() - standstillLookAt_; late > lateLookSeconds)
-        movedAt_ += late;
+void RecognitionSession::closeIfStalled() {
+    isStallWatched_ = false;
+    if (const double late = host_.now() - stallCheckAt_; late > lateCheckSeconds)
+        lastProgressAt_ += late;
     // A file that is paced by the recogniser stalls only if the recogniser has caught up.
-    if (hasNewSound_ || host_.now() - movedAt_ < policy_.longestStandstill) {
-        watchForStandstill();
+    if (hasNewSound_ || host_.now() - lastProgressAt_ < policy_.longestStall) {
+        watchForStall();
         return;
     }
     if (reader_.openSince())
@@ -228,10 +229,10 @@ void RecognitionSession::pass(bool closesLine) {
     // The engine uses several threads, other work may run beside it, and the process may have been
     // suspended: the smaller value is the best estimate of a pass's cost.
     const double cost = std::min(ended - began, policy_.processorSeconds() - workedBefore);
-    const double rest = std::min(cost * (policy_.passCostFactor - 1), policy_.longestRest);
-    nextPassAt_ = std::max(began + policy_.passInterval, ended + rest);
+    const double idle = std::min(cost * (policy_.passCostFactor - 1), policy_.longestIdle);
+    nextPassAt_ = std::max(began + policy_.passInterval, ended + idle);
     hasNewSound_ = false;
-    movedAt_ = ended;
+    lastProgressAt_ = ended;
     deliver(transcript, nextPassAt_ - began <= policy_.longestWaitForAgreement);
     if (closesLine) {
         stream_.emplace(model_);
@@ -249,9 +250,9 @@ void RecognitionSession::noteCost(double began, double cost) {
     const bool isLive = backlog_->seconds <= began - lastPassAt_ + liveSlackSeconds;
     if (!isLive || !reader_.openSince())
         return;
-    busySeconds_ += cost;
-    busyLineSeconds_ += takenSeconds() - *reader_.openSince();
-    ++busyPasses_;
+    measuredCost_ += cost;
+    measuredLineSeconds_ += takenSeconds() - *reader_.openSince();
+    ++measuredPasses_;
 }
 
 void RecognitionSession::deliver(const moonshine::Transcript& transcript, bool looksAgainSoon) {
@@ -291,11 +292,12 @@ void RecognitionSession::release() {
     stream_.reset();
     backlog_->seconds = 0;
     endClosing();
-    if (busyLineSeconds_ > 0)
-        models_->speeds().observe(model_->name(), busySeconds_ / busyLineSeconds_, busyPasses_);
-    busySeconds_ = 0;
-    busyLineSeconds_ = 0;
-    busyPasses_ = 0;
+    if (measuredLineSeconds_ > 0)
+        models_->speeds().observe(model_->name(), measuredCost_ / measuredLineSeconds_,
+                                  measuredPasses_);
+    measuredCost_ = 0;
+    measuredLineSeconds_ = 0;
+    measuredPasses_ = 0;
 }
 
 void RecognitionSession::fail(std::exception_ptr failure) {

@@ -25,8 +25,8 @@ double processorSecondsOfProcess();
 
 /// How the engine is driven.
 struct RecognitionPolicy {
-    /// A high-pass cutoff in Hz: with rumble the engine misses words, and it needs little of the
-    /// speech at these frequencies. 0: no filter.
+    /// The cutoff of the high-pass filter in Hz; 0: no filter. Rumble makes the engine miss words,
+    /// and it needs little of the speech below the cutoff.
     double lowestHertz = 200;
     bool removesHum = true; ///< mains hum can keep the engine from hearing speech at all
     /// Seconds between two passes while the computer is fast enough.
@@ -34,8 +34,8 @@ struct RecognitionPolicy {
     /// The minimum time from the start of one pass to the next, as a multiple of the pass's cost; 2
     /// leaves half of the time to other programs.
     double passCostFactor = 2;
-    /// The maximum pause, however expensive a pass was.
-    double longestRest = 2.0;
+    /// The maximum seconds by which `passCostFactor` delays the next pass after the end of one.
+    double longestIdle = 2.0;
     /// With this many seconds of new sound, the next pass does not wait: a file that plays faster
     /// than real time arrives in such pieces.
     double enoughSound = 4.0;
@@ -44,50 +44,54 @@ struct RecognitionPolicy {
     std::function<double()> processorSeconds = processorSecondsOfProcess;
     /// Words wait for confirmation by the next pass only if it follows within this many seconds.
     double longestWaitForAgreement = 0.6;
-    /// Seconds. A shorter line is left to the engine, which closes it at the next pause, a better
-    /// place.
+    /// A line of fewer seconds is not closed early: the engine closes it at the next pause, which
+    /// is a better place.
     double shortestLineToClose = 5;
-    /// The maximum wait for a rest between two words at which a line can be closed.
+    /// To close a line early, the maximum seconds to wait for a rest between two words.
     double longestWaitForRest = 1.0;
-    /// Live sound is continuous. After this many seconds without any, its source is gone and the
-    /// open line is closed: its end should not wait for the source to return.
-    double longestStandstill = 2.0;
+    /// Live sound is continuous. After this many seconds without sound, the source is gone: the
+    /// open line is closed, so that its text does not wait until the source returns.
+    double longestStall = 2.0;
     /// The maximum seconds of unprocessed sound. A longer backlog is dropped: a computer that
     /// cannot keep up skips sound, and its memory does not fill.
-    double mostUnheardSeconds = 60;
+    double longestBacklog = 60;
     /// The number of complete lines after which the engine's stream is recreated to keep its list
     /// short.
     std::size_t linesBeforeRestart = 300;
-    /// The computer's memory, which limits the size of a recording's model.
+    /// The memory of this computer; 0 if unknown. A recording is transcribed with the largest model
+    /// that fits. The session does not use it.
     std::uint64_t memoryBytes = memoryBytesOfComputer();
 };
 
-/// How far the running session is behind, for sources that can wait. Any thread.
+/// How far the running session is behind, for sources that can wait. Written on the worker queue,
+/// read on any thread.
 struct RecognitionBacklog {
     std::atomic<double> seconds = 0; ///< of sound that no pass has covered yet
 };
 
-/// Passes the sound of one session through the engine. All functions but `end` run on the given
-/// worker queue; the results go to a stream that is read elsewhere. The first failure of the engine
-/// ends that stream with the failure; later sound is dropped.
+/// Feeds the sound of one session to the engine. All functions but `end` run on the given worker
+/// queue; the results go to a stream that is read elsewhere. The first failure of the engine ends
+/// that stream with the failure; later sound is dropped. Made with `std::make_shared`: scheduled
+/// work ends with the session. The host must outlive it.
 class RecognitionSession : public std::enable_shared_from_this<RecognitionSession> {
   public:
     RecognitionSession(Host& host, Executor worker, std::shared_ptr<SpeechModels> models,
                        SpeechTranscriberOptions options, AsyncStream<SpeechResult> results,
                        RecognitionPolicy policy, std::shared_ptr<RecognitionBacklog> backlog);
 
-    /// Loads the model and runs some seconds of silence through it. Throws if that fails.
+    /// Loads the model and warms it up with some seconds of silence. Throws if that fails.
     void prepare();
     /// Creates the engine's stream, and loads the model if necessary. Throws if that fails.
     void begin();
-    /// Takes sound and schedules a pass.
+    /// Takes sound (`speechSampleRate`, one channel) and schedules a pass.
     void take(const AudioBuffer& buffer);
-    /// Recognises the remaining sound and ends the results.
+    /// Recognises the remaining sound, ends the results and releases the session.
     void finish();
-    /// Closes a long open line that began before `through` (seconds of the session) at the next
-    /// rest in the sound; if none comes soon, the engine closes it. Resumes `done` when this is
-    /// decided.
-    void closeLine(double through, OneShot<bool> done);
+    /// Closes the open line at the next rest in the sound, if the line is long and began before
+    /// `cutoff` (seconds of the session). If no rest comes soon, the engine closes it later.
+    /// Resumes `done` when this is decided, after `longestWaitForRest` at the latest; its value
+    /// means nothing.
+    void closeLine(double cutoff, OneShot<bool> done);
     /// Recreates the engine's stream if its list is long and no line is open.
     void forgetOldLines();
     /// Frees the engine's stream and stores the measured speed of the model.
@@ -103,7 +107,7 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
 
   private:
     struct Closing {
-        double before; ///< seconds of the session
+        double deadline; ///< seconds of the session; after that, the engine closes the line
         std::vector<OneShot<bool>> waiting;
     };
 
@@ -111,9 +115,9 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     void passAsScheduled();
     void pass(bool closesLine = false);
     void noteCost(double began, double cost);
-    void giveUpUnheard();
-    void watchForStandstill();
-    void closeIfStandingStill();
+    void dropBacklog();
+    void watchForStall();
+    void closeIfStalled();
     void closeIfResting();
     void endClosing();
     void deliver(const moonshine::Transcript& transcript, bool looksAgainSoon);
@@ -136,22 +140,22 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     std::shared_ptr<MoonshineModel> model_;
     std::optional<MoonshineStream> stream_;
     std::uint64_t takenSamples_ = 0;
-    std::vector<float> recent_;       ///< the most recent sound
-    double nextPassAt_ = 0;           ///< host time; earlier only with `enoughSound`
-    double lastPassAt_ = 0;           ///< host time
+    std::vector<float> recent_;       ///< the last seconds of sound, for a new stream
+    double nextPassAt_ = 0;           ///< host time; with `enoughSound` a pass may be earlier
+    double lastPassAt_ = 0;           ///< host time of its start
     std::optional<double> passDueAt_; ///< host time for which the next pass is scheduled
-    std::uint64_t passRound_ = 0;     ///< number of the valid schedule
+    std::uint64_t passRound_ = 0;     ///< of the latest schedule; older ones are void
     bool hasNewSound_ = false;
-    double movedAt_ = 0; ///< host time of the last sound or pass
-    bool standstillIsWatchedFor_ = false;
-    double standstillLookAt_ = 0; ///< host time
+    double lastProgressAt_ = 0; ///< host time of the last sound or pass
+    bool isStallWatched_ = false;
+    double stallCheckAt_ = 0; ///< host time for which the check is scheduled
     QuietDetector quiet_;
     std::optional<Closing> closing_;
 
-    // Of passes over live sound with an open line:
-    double busySeconds_ = 0;
-    double busyLineSeconds_ = 0; ///< lengths of the open line at each pass
-    std::size_t busyPasses_ = 0;
+    // Sums over the passes on live sound with an open line. They give the speed of the model.
+    double measuredCost_ = 0;        ///< seconds
+    double measuredLineSeconds_ = 0; ///< lengths of the open line at each pass
+    std::size_t measuredPasses_ = 0;
 };
 
 } // namespace tessarune

@@ -12,7 +12,7 @@ struct TranslationPair {
     std::string source;
     std::string target;
     /// The model produces simplified characters, which must be converted to traditional ones.
-    bool isForTraditional = false;
+    bool convertsToTraditional = false;
 
     /// The name of the pair's model in the model store.
     std::string modelName() const { return source + "-" + target; }

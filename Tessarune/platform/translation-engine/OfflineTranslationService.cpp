@@ -81,7 +81,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
   private:
     struct Route {
         std::string modelName;
-        bool isForTraditional = false;
+        bool convertsToTraditional = false;
         std::shared_ptr<PairEngine> engine;
     };
 
@@ -123,11 +123,8 @@ class OfflineTranslationService::Session final : public TranslationSession {
                     TranslationError::unsupportedLanguagePairing,
                     localized("There is no translation from %@ to %@.", {source, target}));
             if (!service->store.find(ModelKind::translation, pair->modelName()))
-                throw translationFailure(
-                    TranslationError::notInstalled,
-                    localized("The translation model %@ is not on this computer.",
-                              {pair->modelName()}));
-            route = Route{pair->modelName(), pair->isForTraditional,
+                throw modelNotInstalled(pair->modelName());
+            route = Route{pair->modelName(), pair->convertsToTraditional,
                           service->engineFor(pair->modelName())};
             return *route;
         }
@@ -167,7 +164,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
 
     static void load(const Route& route) { route.engine->load(); }
     static void warmUp(const Route& route) {
-        route.engine->translate(warmUpText, route.isForTraditional);
+        route.engine->translate(warmUpText, route.convertsToTraditional);
     }
 
     static Task<bool> readiness(Pointer state) {
@@ -216,7 +213,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
                                      localized("There is nothing to translate."));
         const auto response = std::make_shared<Response>();
         const auto translate = [text, response](const Route& route) {
-            response->targetText = route.engine->translate(text, route.isForTraditional);
+            response->targetText = route.engine->translate(text, route.convertsToTraditional);
         };
         co_await onEngine(state, state->service->limits.translate, translate);
         co_return *response;

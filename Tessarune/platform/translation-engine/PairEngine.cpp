@@ -14,6 +14,15 @@
 
 namespace tessarune {
 
+namespace {
+
+/// Returns freed memory to the system: an engine leaves the many small blocks of its vocabularies.
+void returnFreedMemory() {
+    malloc_trim(0);
+}
+
+} // namespace
+
 struct PairEngine::Loaded {
     explicit Loaded(StoredModel what) : model(std::move(what)), engine(translationFilesOf(model)) {}
 
@@ -31,11 +40,12 @@ PairEngine::PairEngine(Host& host, ModelStore& store, const std::string& modelNa
 PairEngine::~PairEngine() {
     executor_.run([loaded = std::move(loaded_)]() mutable {
         loaded.reset();
-        malloc_trim(0); // returns the many small blocks of the vocabularies
+        returnFreedMemory();
     });
 }
 
-bool PairEngine::areFilesUnchanged() const {
+/// Compares sizes only, because it runs before each translation. Only while an engine is loaded.
+bool PairEngine::haveFilesSameSizes() const {
     const StoredModel& model = loaded_->model;
     return std::all_of(model.files.begin(), model.files.end(), [&](const ModelFile& file) {
         try {
@@ -47,14 +57,12 @@ bool PairEngine::areFilesUnchanged() const {
 }
 
 void PairEngine::load() {
-    if (loaded_ && areFilesUnchanged())
+    if (loaded_ && haveFilesSameSizes())
         return;
     loaded_.reset();
     const std::optional<StoredModel> model = store_.find(ModelKind::translation, modelName_);
     if (!model)
-        throw translationFailure(
-            TranslationError::notInstalled,
-            localized("The translation model %@ is not on this computer.", {modelName_}));
+        throw modelNotInstalled(modelName_);
     try {
         ModelStore::verify(*model);
         loaded_ = std::make_shared<Loaded>(*model);
@@ -67,11 +75,11 @@ void PairEngine::load() {
     }
 }
 
-std::string PairEngine::translate(const std::string& text, bool isForTraditional) {
+std::string PairEngine::translate(const std::string& text, bool convertsToTraditional) {
     load();
     try {
         std::string translation = loaded_->engine.translate(text);
-        if (!isForTraditional)
+        if (!convertsToTraditional)
             return translation;
         if (!loaded_->traditional)
             loaded_->traditional = std::make_unique<TraditionalChinese>();
@@ -94,7 +102,7 @@ Task<void> PairEngine::tryOut(Host& host, StoredModel model, double seconds) {
         } catch (const std::exception& failure) {
             throw ModelDamaged(failure.what());
         }
-        malloc_trim(0);
+        returnFreedMemory();
     };
     if (!co_await runOnWithin(trialQueue, seconds, trial, Executor::main(host)))
         throw translationFailure(TranslationError::internalError,

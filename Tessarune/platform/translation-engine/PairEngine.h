@@ -30,8 +30,8 @@ class PairEngine {
 
     /// Verifies and loads the files, unless they are loaded and their sizes are unchanged.
     void load();
-    /// Loads the files first if necessary. `isForTraditional` as in TranslationPair.
-    std::string translate(const std::string& text, bool isForTraditional);
+    /// Loads the files first if necessary. `convertsToTraditional` as in TranslationPair.
+    std::string translate(const std::string& text, bool convertsToTraditional);
 
     /// Tests a model in any folder: loads it and translates one sentence, on a separate queue.
     /// Throws ModelDamaged if that fails, and TranslationServiceError if it takes longer than
@@ -40,7 +40,7 @@ class PairEngine {
 
   private:
     struct Loaded;
-    bool areFilesUnchanged() const;
+    bool haveFilesSameSizes() const;
 
     ModelStore& store_;
     std::string modelName_;

@@ -187,13 +187,13 @@ struct TranslationModelInventory::Shared {
             LanguagePairs::candidates(languages.source, languages.target);
         const auto known = catalogue();
         // A pair whose output has to be converted is the last choice.
-        for (const bool isForTraditional : {false, true}) {
+        for (const bool convertsToTraditional : {false, true}) {
             for (const TranslationPair& pair : candidates) {
-                if (pair.isForTraditional == isForTraditional && findIntact(pair))
+                if (pair.convertsToTraditional == convertsToTraditional && findIntact(pair))
                     return pair;
             }
             for (const TranslationPair& pair : candidates) {
-                if (pair.isForTraditional == isForTraditional && known->lists(pair))
+                if (pair.convertsToTraditional == convertsToTraditional && known->lists(pair))
                     return pair;
             }
         }

@@ -228,7 +228,7 @@ TEST_F(SpeechAnalyzerTest, AComputerThatIsMuchTooSlowSkipsSoundAndHoldsNoMoreAnd
     engine_.script.clear();
     for (int i = 0; i < 30; ++i)
         engine_.script.push_back({"Line " + std::to_string(i) + ".", i * 2.0, i * 2.0 + 1.5});
-    startUp({.mostUnheardSeconds = 4});
+    startUp({.longestBacklog = 4});
     hearUntil(1.2);
     EXPECT_TRUE(texts(true).empty());
     engine_.passCost = 6; // followed by a rest of the same length
