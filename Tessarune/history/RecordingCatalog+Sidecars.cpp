@@ -83,26 +83,28 @@ void RecordingCatalog::write(const NewSidecar& sidecar) {
 }
 
 /// A former text with new times would be wrong, and so would the reverse. Therefore all new files
-/// are complete on the disk before the first of them, always the text, replaces its predecessor.
-/// RecordingRepair completes a replacement that is interrupted after that.
+/// are complete on the disk before the first of them, always the text, replaces its predecessor; an
+/// empty one stands for a sidecar that is removed. RecordingRepair completes a replacement that is
+/// interrupted after that.
 void RecordingCatalog::replaceTogether(const std::vector<NewSidecar>& sidecars) {
-    bool hasReplaced = false;
+    bool isComplete = false;
     try {
+        for (const auto& [path, content] : sidecars)
+            writeSidecar(replacementOf(path), content.value_or(""));
+        isComplete = true;
         for (const auto& [path, content] : sidecars) {
-            if (content)
-                writeSidecar(replacementOf(path), *content);
-        }
-        for (const auto& [path, content] : sidecars) {
-            if (content)
+            if (content) {
                 files_.rename(replacementOf(path), path);
-            else
+            } else {
                 files_.remove(path);
-            hasReplaced = true;
+                files_.remove(replacementOf(path));
+            }
         }
     } catch (...) {
-        for (const auto& [path, content] : sidecars) {
-            if (!hasReplaced && content)
-                removeQuietly(replacementOf(path));
+        // A renaming that reports a failure may have replaced the text nevertheless.
+        if (!isComplete || files_.exists(replacementOf(sidecars.front().path))) {
+            for (const auto& sidecar : sidecars)
+                removeQuietly(replacementOf(sidecar.path));
         }
         throw;
     }

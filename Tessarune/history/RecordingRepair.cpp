@@ -255,7 +255,7 @@ void RecordingRepair::removeReplacedSound() {
 /// Finishes or undoes replacements of a transcript by a refined one. A replacement moves the text
 /// first. If the text is still among the waiting files, nothing has been moved: all of them are
 /// removed, the text last, because it tells the two cases apart. Otherwise the remaining files are
-/// moved into place.
+/// moved into place; an empty one stands for a sidecar that is removed.
 void RecordingRepair::completeReplacements() {
     const auto& folder = catalog_.paths().transcripts();
     try {
@@ -271,10 +271,15 @@ void RecordingRepair::completeReplacements() {
         std::ranges::stable_partition(
             names, [&](const std::string& name) { return name != textOf(name); });
         for (const std::string& name : names) {
-            if (all.contains(textOf(name)))
-                files_.remove(folder / name);
-            else
-                files_.rename(folder / name, folder / std::filesystem::path(name).stem());
+            const bool isMoved = !all.contains(textOf(name));
+            const auto sidecar = folder / std::filesystem::path(name).stem();
+            if (isMoved && files_.size(folder / name) > 0) {
+                files_.rename(folder / name, sidecar);
+                continue;
+            }
+            if (isMoved)
+                files_.remove(sidecar);
+            files_.remove(folder / name);
         }
     } catch (const std::exception& error) {
         logger_.important("recording.repair.failed",

@@ -322,6 +322,26 @@ TEST_F(RecordingCatalogTests, RefinedTranscriptsReplaceOnlyThoseOfALivingRecordi
               "Tessarune source refinement skipped: recording " + id.text() + " was deleted");
 }
 
+TEST_F(RecordingCatalogTests, KilledAnywhereAllTranscriptsAreReplacedOrNone) {
+    const UUID id = add(10, "a.wav");
+    catalog.saveTranscript("old", id);
+    catalog.saveBilingualTranscript("old", id);
+    catalog.saveWordTimeline(timeline({{"a", 0, 1, {}, "k"}}), id);
+    const simulation::FaultyFileSystem before(disk);
+    bool isKilled = true;
+    for (std::uint64_t n = 1; isKilled; ++n) {
+        disk.replaceContents(before);
+        disk.failFrom = disk.operations + n;
+        const Outcome outcome = catalog.saveRefinedTranscript("new", "", {}, id);
+        isKilled = disk.operations >= disk.failFrom;
+        disk.recover();
+        RecordingRepair(disk, catalog, logger).runAtLaunch();
+        const bool isNew = disk.contentsOf(catalog.transcriptURL(id)) == "new";
+        EXPECT_TRUE(isNew || outcome == Outcome::failed);
+        EXPECT_EQ(disk.list(paths.transcripts()).size(), isNew ? 2U : 4U) << n;
+    }
+}
+
 TEST_F(RecordingCatalogTests, LaunchRepairsCloseTheGaps) {
     const UUID stale = makeID();
     auto unfinished = recording(10, "stale.m4a", stale);

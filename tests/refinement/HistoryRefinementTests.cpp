@@ -185,16 +185,19 @@ TEST(HistoryRefinementTests, WithoutAFormerTranscriptDamageCostsOnlyWhatIsBehind
 // Text and times always match, at the latest after the next start. Both texts contain the former
 // sentence, because nothing was heard there.
 TEST(HistoryRefinementTests, ADiskFailureLeavesOneCompleteText) {
-    for (const bool isForEver : {false, true}) {
+    enum class Fault { once, onceAndLate, forEver };
+    for (const Fault fault : {Fault::once, Fault::onceAndLate, Fault::forEver}) {
         for (std::uint64_t operation = 1;; ++operation) {
             RefinedRecording recording;
+            recording.disk.failsLate = fault == Fault::onceAndLate;
             HistoryWordTimeline former;
             former.sentences = {{formerText, 40, 42, std::nullopt, "audioWord"}};
             recording.catalog.saveWordTimeline(former, recording.id);
             former = recording.timeline();
             const std::string both = refinedText + "\n" + formerText;
             const std::uint64_t before = recording.disk.operations;
-            (isForEver ? recording.disk.failFrom : recording.disk.failAt) = before + operation;
+            (fault == Fault::forEver ? recording.disk.failFrom : recording.disk.failAt) =
+                before + operation;
             recording.refine();
             const bool wasReached = recording.disk.operations >= before + operation;
             recording.disk.recover();

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <limits>
 #include <map>
@@ -33,7 +34,10 @@ class FaultyFileSystem final : public FileSystem {
     }
 
     std::uint64_t operations = 0;
-    std::uint64_t failAt = never;   ///< this one operation fails
+    std::uint64_t failAt = never; ///< this one operation fails
+    /// Whether the one operation that fails, a write or a renaming, has happened nevertheless: the
+    /// folder could not be flushed.
+    bool failsLate = false;
     std::uint64_t failFrom = never; ///< this and all later ones fail, as in a killed process
     std::errc failure = std::errc::io_error;
     std::uint64_t capacity = never; ///< bytes of all files together
@@ -97,12 +101,14 @@ class FaultyFileSystem final : public FileSystem {
         return offset < bytes.size() ? bytes.substr(offset, count) : std::string();
     }
     void writeAtomically(const Path& path, std::string_view bytes) override {
-        begin("write", path);
+        const std::exception_ptr failed = beginReplacement("write", path);
         requireFolder(path);
         requireRoom(bytes.size(), path);
         const auto node = std::make_shared<Node>();
         node->durable = node->bytes = std::string(bytes);
         nodes_[path] = node;
+        if (failed)
+            std::rethrow_exception(failed);
     }
     std::unique_ptr<AppendFile> create(const Path& path) override {
         begin("create", path);
@@ -141,9 +147,11 @@ class FaultyFileSystem final : public FileSystem {
                }) > 0;
     }
     void rename(const Path& from, const Path& to) override {
-        begin("rename", from);
+        const std::exception_ptr failed = beginReplacement("rename", from);
         file(from);
         nodes_[to] = nodes_.extract(from).mapped();
+        if (failed)
+            std::rethrow_exception(failed);
     }
     bool exists(const Path& path) override {
         return succeeds("exists", path) && nodes_.contains(path);
@@ -237,6 +245,17 @@ class FaultyFileSystem final : public FileSystem {
         const bool isRefused = !refused.empty() && path.string().find(refused) != std::string::npos;
         if (operations == failAt || operations >= failFrom || isRefused)
             fail(failure, path);
+    }
+    /// Returns the failure to report afterwards.
+    std::exception_ptr beginReplacement(const char* operation, const Path& path) {
+        try {
+            begin(operation, path);
+        } catch (const std::system_error&) {
+            if (!failsLate || operations != failAt)
+                throw;
+            return std::current_exception();
+        }
+        return nullptr;
     }
     bool succeeds(const char* operation, const Path& path) {
         try {
