@@ -189,10 +189,16 @@ RecordingMetadata RecordingAudioCompressor::adopt(RecordingMetadata recording, b
     recording.channelCount = M4A::channels;
     recording.awaitsCompression = false;
     recording.note.reset(); // keeps the note in the catalog, which may be newer
-    // An entry that still names the removed WAV would be dropped at the next start.
-    if (!catalog_.upsert(recording))
-        discard(destination,
-                catalog_.paths().recordingIndex().string() + " could not be brought up to date");
+    // An entry that names a missing file is dropped at the next start. The entry may name the M4A
+    // although its writing has reported a failure: then both files stay.
+    if (!catalog_.upsert(recording)) {
+        const std::string why =
+            catalog_.paths().recordingIndex().string() + " could not be brought up to date";
+        const auto stored = catalog_.recording(recording.id);
+        if (catalog_.wasDeleted(recording.id) || (stored && stored->filePath != recording.filePath))
+            discard(destination, why);
+        throw AudioExporter::ExportError(AudioExporter::ExportError::Kind::exportFailed, why);
+    }
     if (deleteSource)
         removeSource(recording, source, destination);
     recording.awaitsCompression.reset();

@@ -169,10 +169,11 @@ std::uint64_t operationsOfASession() {
 
 TEST(SessionSurvivalTests, OneFailureAnywhereCostsNothingThatWasGood) {
     const auto last = operationsOfASession();
-    for (std::uint64_t n = 1; n <= last; ++n) {
-        SCOPED_TRACE("operation " + std::to_string(n));
+    for (std::uint64_t n = 1; n <= 2 * last; ++n) {
+        SCOPED_TRACE("operation " + std::to_string(n) + " of twice " + std::to_string(last));
         Computer computer;
-        computer.disk.failAt = n;
+        computer.disk.failsLate = n > last;
+        computer.disk.failAt = n > last ? n - last : n;
         computer.runSession();
         computer.restart();
         computer.expectOrder();
