@@ -60,20 +60,22 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
         scheduleRefinement = [&application](const auto& request) {
             application.refinement.schedule(request);
         };
-    store_ = LiveTranscriptStore::make({.speech = std::move(speech),
-                                        .sound = sound,
-                                        .files = application.files,
-                                        .settings = application.settings,
-                                        .permissions = *permissions_,
-                                        .catalog = application.catalog,
-                                        .recorder = std::move(recorder),
-                                        .mayRecord = mayRecord,
-                                        .compressor = application.compressor,
-                                        .translation = translation_,
-                                        .diagnostics = diagnostics_,
-                                        .scheduleHistoryRefinement = std::move(scheduleRefinement),
-                                        .returnMemory = [] { malloc_trim(0); },
-                                        .notifications = &application.notifications});
+    store_ = LiveTranscriptStore::make(
+        {.speech = std::move(speech),
+         .sound = sound,
+         .files = application.files,
+         .settings = application.settings,
+         .permissions = *permissions_,
+         .catalog = application.catalog,
+         .recorder = std::move(recorder),
+         .mayRecord = mayRecord,
+         .leaseDataFolder = [&application] { return application.leaseDataFolder(); },
+         .compressor = application.compressor,
+         .translation = translation_,
+         .diagnostics = diagnostics_,
+         .scheduleHistoryRefinement = std::move(scheduleRefinement),
+         .returnMemory = [] { malloc_trim(0); },
+         .notifications = &application.notifications});
     phaseObserver_ = store_->view().sessionPhase.onDidChange([this](LiveSessionPhase phase) {
         application_.refinement.setPaused(this, phase != LiveSessionPhase::idle &&
                                                     phase != LiveSessionPhase::failed);

@@ -14,4 +14,9 @@ struct DataFolderLease {
     std::string problem;
 };
 
+/// For a data folder that no other program knows.
+inline DataFolderLease unsharedDataFolder() {
+    return {std::make_shared<const int>(), {}};
+}
+
 } // namespace tessarune

@@ -3,11 +3,27 @@
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Text.h"
 
+#include <sstream>
+
 namespace tessarune {
 
 namespace {
 
 constexpr std::string_view entrySuffix = ".recording.json";
+
+/// Whether all lines of `part` occur in `text`, in their order.
+bool hasAllLinesOf(std::string_view text, std::string_view part) {
+    std::istringstream lines{std::string(text)};
+    std::istringstream wanted{std::string(part)};
+    std::string line;
+    for (std::string next; std::getline(wanted, next);) {
+        do {
+            if (!std::getline(lines, line))
+                return false;
+        } while (line != next);
+    }
+    return true;
+}
 
 } // namespace
 
@@ -236,22 +252,46 @@ std::optional<std::string> RecordingCatalog::storedText(const UUID& id) const {
 
 RecordingCatalog::TranscriptUpdate
 RecordingCatalog::updateTranscripts(std::string_view sourceText, std::string_view bilingualText,
-                                    const UUID& id, RefinedText refined) {
+                                    const UUID& id) {
+    return update(
+        id, [&](const std::string& stored) { return stored == sourceText; },
+        [&](TranscriptUpdate& update) {
+            update.sourceSaved = saveTranscript(sourceText, id);
+            update.bilingualSaved = saveBilingualTranscript(bilingualText, id);
+        });
+}
+
+RecordingCatalog::TranscriptUpdate
+RecordingCatalog::saveTranscriptsAgain(std::string_view sourceText, std::string_view bilingualText,
+                                       const std::optional<HistoryWordTimeline>& wordTimeline,
+                                       const UUID& id) {
+    return update(
+        id, [&](const std::string& stored) { return hasAllLinesOf(sourceText, stored); },
+        [&](TranscriptUpdate& update) {
+            update.sourceSaved =
+                saveTranscript(sourceText, id) && saveWordTimeline(wordTimeline, id);
+            update.bilingualSaved = saveBilingualTranscript(bilingualText, id);
+        });
+}
+
+/// Calls `save` unless the recording was deleted or refined; `isFormerText` tells the texts of the
+/// session from those of a refinement.
+RecordingCatalog::TranscriptUpdate
+RecordingCatalog::update(const UUID& id,
+                         const std::function<bool(const std::string&)>& isFormerText,
+                         const std::function<void(TranscriptUpdate&)>& save) {
     using Outcome = RecordingTranscriptSaveOutcome;
     TranscriptUpdate update;
     queue_->sync([&] {
         const LoadedIndex loaded = loadIndex();
         const bool isListed = loaded.index.find(id).has_value();
         const std::optional<std::string> stored = storedText(id);
-        const bool isRefined = refined_.contains(id) || (stored && *stored != sourceText);
-        const bool isShorter = !stored || stored->size() < sourceText.size();
-        if (isRefined && !(refined == RefinedText::staysUnlessShorter && isShorter)) {
+        if (refined_.contains(id) || (stored && !isFormerText(*stored))) {
             update.outcome = Outcome::skippedRefined;
         } else if (deleted_.contains(id) || (loaded.state == IndexState::good && !isListed)) {
             update.outcome = Outcome::skippedDeleted;
         } else if (isListed) {
-            update.sourceSaved = saveTranscript(sourceText, id);
-            update.bilingualSaved = saveBilingualTranscript(bilingualText, id);
+            save(update);
             update.outcome =
                 update.sourceSaved && update.bilingualSaved ? Outcome::saved : Outcome::failed;
         }

@@ -116,16 +116,17 @@ class RecordingCatalog {
         bool sourceSaved = false;
         bool bilingualSaved = false;
     };
-    /// Which texts of a refinement stay, by this program or another one.
-    enum class RefinedText {
-        stays,
-        staysUnlessShorter, ///< for texts that could not be saved: the recording may have broken
-                            ///< off
-    };
     /// Replaces the texts that a session saved with newer texts of the same source, if the
-    /// recording is listed and was not refined meanwhile. No deletion can happen in between.
+    /// recording is listed and was not refined meanwhile, by this program or another one. No
+    /// deletion can happen in between.
     TranscriptUpdate updateTranscripts(std::string_view sourceText, std::string_view bilingualText,
-                                       const UUID& id, RefinedText refined = RefinedText::stays);
+                                       const UUID& id);
+    /// The same for transcripts that could not be saved at the end of their session. A text that
+    /// another program recovered from the journal is no refinement, and is replaced.
+    TranscriptUpdate saveTranscriptsAgain(std::string_view sourceText,
+                                          std::string_view bilingualText,
+                                          const std::optional<HistoryWordTimeline>& wordTimeline,
+                                          const UUID& id);
 
     /// Marks an import whose text is being made for the first time, or removes the mark: a mark
     /// that a start of the program finds is of an import that the last run did not survive. Marks
@@ -217,6 +218,9 @@ class RecordingCatalog {
     NewSidecar newTimeline(const std::optional<HistoryWordTimeline>& timeline,
                            const UUID& id) const;
     void write(const NewSidecar& sidecar);
+    TranscriptUpdate update(const UUID& id,
+                            const std::function<bool(const std::string&)>& isFormerText,
+                            const std::function<void(TranscriptUpdate&)>& save);
     void replaceTogether(const std::vector<NewSidecar>& sidecars);
     void writeEntry(const RecordingIndex& index, const UUID& id);
     std::size_t removeOrphans(const std::filesystem::path& folder, const std::set<UUID>& known,

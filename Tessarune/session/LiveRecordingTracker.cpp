@@ -71,9 +71,10 @@ Task<void> LiveRecordingTracker::synchronizeJournal() {
     co_await synchronizing;
 }
 
-bool LiveRecordingTracker::saveTranscripts(std::string_view sourceText,
-                                           std::string_view bilingualText,
-                                           const std::optional<HistoryWordTimeline>& wordTimeline) {
+bool LiveRecordingTracker::saveTranscripts(
+    std::string_view sourceText, std::string_view bilingualText,
+    const std::optional<HistoryWordTimeline>& wordTimeline,
+    const std::optional<HistoryRefinementRequest>& refinement) {
     // A recording that the user deleted during its session must not reappear.
     if (currentID_ && catalog_.wasDeleted(*currentID_))
         discardCurrentRecordingIfAny();
@@ -101,29 +102,34 @@ bool LiveRecordingTracker::saveTranscripts(std::string_view sourceText,
                            {"bilingualSaved", bilingualSaved},
                            {"timelineSaved", timelineSaved},
                            {"isListed", isListed}});
-        unsaved_.push_back({id, std::string(sourceText), std::string(bilingualText), wordTimeline});
+        unsaved_.push_back(
+            {id, std::string(sourceText), std::string(bilingualText), wordTimeline, refinement});
     }
     return allSaved;
 }
 
 void LiveRecordingTracker::saveAgain() {
+    if (unsaved_.empty())
+        return;
+    const DataFolderLease lease = leaseDataFolder_();
+    if (!lease.hold)
+        return;
     std::erase_if(unsaved_, [this](const Unsaved& texts) { return saveAgain(texts); });
 }
 
 /// Returns true if there is nothing left to save.
 bool LiveRecordingTracker::saveAgain(const Unsaved& texts) {
     using Outcome = RecordingTranscriptSaveOutcome;
-    const auto update =
-        catalog_.updateTranscripts(texts.sourceText, texts.bilingualText, texts.id,
-                                   RecordingCatalog::RefinedText::staysUnlessShorter);
-    if (update.outcome != Outcome::saved)
-        return update.outcome != Outcome::failed;
-    if (!catalog_.saveWordTimeline(texts.timeline, texts.id))
+    const auto update = catalog_.saveTranscriptsAgain(texts.sourceText, texts.bilingualText,
+                                                      texts.timeline, texts.id);
+    if (update.outcome == Outcome::failed)
         return false;
     try {
         files_.remove(catalog_.journalURL(texts.id));
     } catch (const std::exception&) { // the next launch removes it
     }
+    if (update.outcome == Outcome::saved && onSavedAgain)
+        onSavedAgain(texts.refinement);
     return true;
 }
 
@@ -139,7 +145,10 @@ LiveRecordingTracker::updateLastSavedTranscripts(std::string_view sourceText,
             texts.bilingualText = bilingualText;
         }
     }
-    const auto update = catalog_.updateTranscripts(sourceText, bilingualText, *lastSavedID_);
+    const DataFolderLease lease = leaseDataFolder_();
+    RecordingCatalog::TranscriptUpdate update;
+    if (lease.hold)
+        update = catalog_.updateTranscripts(sourceText, bilingualText, *lastSavedID_);
     if (update.outcome == Outcome::failed) {
         logger_.important("recording.transcript.update.degraded",
                           {{"recordingID", lastSavedID_->text()},

@@ -1,6 +1,8 @@
 #pragma once
 
 #include "Tessarune/audio/RecordingMetadata.h"
+#include "Tessarune/history/DataFolderHold.h"
+#include "Tessarune/history/HistoryRefinementRequest.h"
 #include "Tessarune/history/HistoryWordTimeline.h"
 #include "Tessarune/history/RecordingCatalog.h"
 #include "Tessarune/history/SessionJournal.h"
@@ -11,11 +13,13 @@
 #include "TessaruneCore/host/Host.h"
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tessarune {
@@ -24,9 +28,15 @@ namespace tessarune {
 /// that was saved last. Main queue. All references must outlive it.
 class LiveRecordingTracker {
   public:
+    /// `leaseDataFolder` is asked before anything is written after the session.
     LiveRecordingTracker(Host& host, FileSystem& files, RecordingCatalog& catalog,
-                         TessaruneFileLogger& logger)
-        : host_(host), files_(files), catalog_(catalog), logger_(logger) {}
+                         TessaruneFileLogger& logger,
+                         std::function<DataFolderLease()> leaseDataFolder = unsharedDataFolder)
+        : host_(host),
+          files_(files),
+          catalog_(catalog),
+          logger_(logger),
+          leaseDataFolder_(std::move(leaseDataFolder)) {}
     ~LiveRecordingTracker() { saveAgain(); }
     LiveRecordingTracker(const LiveRecordingTracker&) = delete;
 
@@ -38,6 +48,10 @@ class LiveRecordingTracker {
     std::optional<double> currentStartedAt() const { return currentStartedAt_; }
 
     void reset();
+
+    /// Called with the refinement of a recording whose texts could only be saved later; not from
+    /// the destructor.
+    std::function<void(const std::optional<HistoryRefinementRequest>&)> onSavedAgain;
 
     /// Call when a recording has begun. It becomes the current one, and its journal begins with the
     /// committed rows so far; a previous current recording is deleted. If the session is already
@@ -60,11 +74,12 @@ class LiveRecordingTracker {
 
     /// Saves the texts of the current recording. Afterwards, no recording is current, even after
     /// failures. Returns false if anything could not be saved; this is tried again when the next
-    /// recording begins and in the destructor, and the next launch of the program recovers from the
-    /// journal what it has. Returns true if nothing was recorded or the user has deleted the
-    /// recording.
+    /// recording begins and in the destructor, unless another program writes the data folder then,
+    /// and the next launch of the program recovers from the journal what it has. Returns true if
+    /// nothing was recorded or the user has deleted the recording.
     bool saveTranscripts(std::string_view sourceText, std::string_view bilingualText,
-                         const std::optional<HistoryWordTimeline>& wordTimeline);
+                         const std::optional<HistoryWordTimeline>& wordTimeline,
+                         const std::optional<HistoryRefinementRequest>& refinement = {});
     /// Replaces the texts of the recording that was saved last, if it still exists and has not been
     /// refined in the meantime.
     RecordingTranscriptSaveOutcome updateLastSavedTranscripts(std::string_view sourceText,
@@ -83,6 +98,7 @@ class LiveRecordingTracker {
         std::string sourceText;
         std::string bilingualText;
         std::optional<HistoryWordTimeline> timeline;
+        std::optional<HistoryRefinementRequest> refinement;
     };
     void saveAgain();
     bool saveAgain(const Unsaved& texts);
@@ -91,6 +107,7 @@ class LiveRecordingTracker {
     FileSystem& files_;
     RecordingCatalog& catalog_;
     TessaruneFileLogger& logger_;
+    const std::function<DataFolderLease()> leaseDataFolder_;
     std::optional<UUID> currentID_;
     std::optional<UUID> lastSavedID_;
     std::optional<RecordingMetadata> atStart_;

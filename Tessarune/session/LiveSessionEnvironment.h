@@ -3,6 +3,7 @@
 #include "Tessarune/audio/AudioSessionRecorder.h"
 #include "Tessarune/audio/PermissionsManager.h"
 #include "Tessarune/audio/SoundServer.h"
+#include "Tessarune/history/DataFolderHold.h"
 #include "Tessarune/history/HistoryRefinementRequest.h"
 #include "Tessarune/history/RecordingAudioCompressor.h"
 #include "Tessarune/history/RecordingCatalog.h"
@@ -30,6 +31,8 @@ struct LiveSessionEnvironment {
     std::shared_ptr<AudioSessionRecorder> recorder;
     /// Called before a session is recorded, to ask whether it may be; if empty, it may.
     std::function<bool()> mayRecord = {};
+    /// Asked before transcripts are written after their session.
+    std::function<DataFolderLease()> leaseDataFolder = unsharedDataFolder;
     RecordingAudioCompressor& compressor;
     /// May be null: then nothing is translated.
     std::shared_ptr<SessionTranslation> translation;

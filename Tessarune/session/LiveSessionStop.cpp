@@ -204,7 +204,7 @@ bool LiveSessionStop::persistTranscript() {
     const TranscriptSnapshot texts = store_.texts_.savedTexts();
     store_.texts_.noteSaved();
     const bool persisted =
-        recording.saveTranscripts(texts.sourceText, texts.bilingualText, timeline);
+        recording.saveTranscripts(texts.sourceText, texts.bilingualText, timeline, request);
     if (!persisted) {
         log().event("history.refine.schedule.skipped", {{"reason", "transcriptPersistFailed"}},
                     Importance::important);

@@ -26,6 +26,7 @@ std::shared_ptr<LiveTranscriptStore> LiveTranscriptStore::make(LiveSessionEnviro
     self->observeSettings();
     self->configureCoreCallbacks();
     self->configureTranscriberCallbacks();
+    self->recordingTracker_.onSavedAgain = self->environment_.scheduleHistoryRefinement;
     self->refreshCaptionDisplay("store.init");
     return self;
 }
@@ -40,7 +41,7 @@ LiveTranscriptStore::LiveTranscriptStore(LiveSessionEnvironment environment)
       log_(host(), environment_.speech.logger, *environment_.diagnostics),
       liveTranscriber_(LiveSystemAudioTranscriber::make(transcriberEnvironment(environment_))),
       recordingTracker_(host(), environment_.files, environment_.catalog,
-                        environment_.speech.logger),
+                        environment_.speech.logger, environment_.leaseDataFolder),
       captureStatus_(view_, environment_.permissions, log_,
                      [this](const std::string& reason) { refreshCaptionDisplay(reason); }),
       stop_(*this),
@@ -49,6 +50,7 @@ LiveTranscriptStore::LiveTranscriptStore(LiveSessionEnvironment environment)
       texts_(host(), core_, message_, view_, pipelinePerf_) {}
 
 LiveTranscriptStore::~LiveTranscriptStore() {
+    recordingTracker_.onSavedAgain = {};
     environment_.translation->shutDown();
     liveTranscriber_->stop();
 }

@@ -215,23 +215,47 @@ TEST(LiveTranscriptStoreFailureTests, WhateverFailsTheSessionEndsInIdle) {
 }
 
 TEST_F(LiveTranscriptStoreStopTests, WhatCouldNotBeSavedIsSavedOnceThereIsRoom) {
-    session.launch();
-    session.start();
-    session.hear(1);
-    session.say(true, "Before.");
-    session.files.onOperation = [&](const std::string&, const std::filesystem::path&) {
-        session.files.capacity = session.files.usedSpace();
-    };
-    session.say(true, "After.");
-    endAndWait();
-    session.files.onOperation = {};
-    session.files.recover();
-    const UUID id = session.catalog->recordings().at(0).id;
-    EXPECT_EQ(session.transcript(id), "");
-    session.start();
-    session.hear(1);
-    EXPECT_EQ(session.transcript(id), "Before.\nAfter.");
-    EXPECT_FALSE(session.files.has(session.catalog->journalURL(id)));
+    const std::string all = "Before.\nIn between.\nAfter.";
+    const struct {
+        const char* stored; ///< meanwhile, by another program
+        const char* refined;
+        bool anotherWrites;
+        std::string text;
+    } cases[] = {{nullptr, nullptr, false, all},
+                 {"Before.\nAfter.", nullptr, false, all}, // from the journal
+                 {"Refined.", nullptr, false, "Refined."},
+                 {nullptr, "Before.", false, "Before."},
+                 {nullptr, nullptr, true, ""}};
+    for (const auto& [stored, refined, anotherWrites, text] : cases) {
+        session.launch();
+        session.start();
+        session.hear(1);
+        session.say(true, "Before.");
+        session.files.onOperation = [&](const std::string&, const std::filesystem::path&) {
+            session.files.capacity = session.files.usedSpace();
+        };
+        session.say(true, "In between.");
+        session.say(true, "After.");
+        endAndWait();
+        session.files.onOperation = {};
+        session.files.recover();
+        const UUID id = recording().id;
+        EXPECT_EQ(session.transcript(id), "");
+        if (stored)
+            session.catalog->saveTranscript(stored, id);
+        if (refined)
+            session.catalog->saveRefinedTranscript(refined, "", {}, id);
+        session.anotherWrites = anotherWrites;
+        session.refinements.clear();
+        session.start();
+        session.hear(1);
+        EXPECT_EQ(session.transcript(id), text);
+        EXPECT_EQ(session.files.has(session.catalog->journalURL(id)), anotherWrites);
+        ASSERT_EQ(session.refinements.size(), text == all ? 1U : 0U);
+        EXPECT_TRUE(text != all || session.refinements[0]->recordingID == id);
+        endAndWait();
+        session.catalog->deleteAll();
+    }
 }
 
 TEST_F(LiveTranscriptStoreStopTests, OnlyAnEmptySessionIsNotKept) {

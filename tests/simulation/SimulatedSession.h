@@ -152,6 +152,8 @@ class SimulatedSession {
              .permissions = permissions,
              .catalog = *catalog,
              .recorder = recorder,
+             .leaseDataFolder =
+                 [this] { return anotherWrites ? DataFolderLease() : unsharedDataFolder(); },
              .compressor = *compressor,
              .translation = translation(),
              .diagnostics = observer ? observer() : diagnostics,
@@ -321,6 +323,7 @@ class SimulatedSession {
     std::vector<LiveSessionPhase> phases;
     std::vector<std::string>& refreshes = diagnostics->refreshes;
     std::vector<std::optional<HistoryRefinementRequest>> refinements;
+    bool anotherWrites = false; ///< another program has the data folder
     int memoryReturns = 0;
     std::function<void(LiveSessionPhase)> onPhase;
 
