@@ -102,7 +102,7 @@ HistoryRefinementService::Environment Application::refinementEnvironment() {
                     {host, files, catalog, logger, utilityQueue()}, request);
             },
             .returnMemory = [] { malloc_trim(0); },
-            .holdDataFolder = [this] { return leaseDataFolder().hold; }};
+            .leaseDataFolder = [this] { return leaseDataFolder(); }};
 }
 
 DataFolderLease Application::leaseDataFolder() {

@@ -25,7 +25,7 @@ struct HistoryRefinementService::Job {
     std::string model;
     std::stop_source stop; ///< requested by the user or at the end of the program
     OneShot<HistoryRefinementOutcome> done;
-    DataFolderHold dataFolder;
+    DataFolderLease dataFolder;
     bool isMarked = false; ///< see RecordingCatalog::markTranscription
 
     double startedAt = 0;

@@ -27,7 +27,7 @@ struct HistoryRefinementOutcome {
         nothingUnderstood, ///< the recogniser found no text
         sound,             ///< the file is missing, damaged or no longer all there
         recogniser,        ///< it cannot be loaded, takes no files, or failed
-        disk               ///< the text could not be saved
+        disk               ///< the text could not be saved, or the data folder not be held
     };
     enum class Translation {
         none, ///< not wanted, or not possible

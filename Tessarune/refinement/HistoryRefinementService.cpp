@@ -48,6 +48,11 @@ Observer::Status statusOf(const Outcome& outcome) {
     return Observer::Status::failed;
 }
 
+/// Another program writes the data folder, or it cannot be written.
+struct DataFolderUnavailable : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
 Outcome::Failure kindOf(const std::exception_ptr& failure) {
     using Error = SpeechAnalyzerFileTranscriberError;
     try {
@@ -55,6 +60,8 @@ Outcome::Failure kindOf(const std::exception_ptr& failure) {
     } catch (const MediaFileError&) {
         return Outcome::Failure::sound;
     } catch (const HistoryRefinementPersistenceError&) {
+        return Outcome::Failure::disk;
+    } catch (const DataFolderUnavailable&) {
         return Outcome::Failure::disk;
     } catch (const Error& error) {
         return error.kind() == Error::Kind::emptyResult ? Outcome::Failure::nothingUnderstood
@@ -150,7 +157,7 @@ void HistoryRefinementService::cancel(const UUID& recording) {
 
 void HistoryRefinementService::enqueue(JobPtr job) {
     const UUID& recording = job->request.recordingID;
-    job->dataFolder = environment_.holdDataFolder();
+    job->dataFolder = environment_.leaseDataFolder();
     if (failures_->contains(recording))
         failures_.mutate([&](Failures& failures) { failures.erase(recording); });
     setProgress(*job, {Progress::Step::waiting, 0, isOnHold()});
@@ -179,7 +186,7 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
     // A translation that the end of the program cuts off is reported at the next start.
     if (!isEnding_ || job->outcome.translation != Outcome::Translation::cancelled)
         removeMark(*job);
-    job->dataFolder.reset();
+    job->dataFolder = {};
     const bool isQueuedAgain = std::ranges::any_of(waiting_, [&](const JobPtr& other) {
         return other->request.recordingID == job->request.recordingID;
     });
@@ -299,6 +306,10 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
     const HistoryRefinementRequest& request = job->request;
     Task<void> waiting = mayContinue(job); // before a model is loaded
     co_await waiting;
+    if (!job->dataFolder.hold)
+        job->dataFolder = environment_.leaseDataFolder();
+    if (!job->dataFolder.hold)
+        throw DataFolderUnavailable(job->dataFolder.problem);
     Task<void> marking = markFirstText(job);
     co_await marking;
     if (!engine_)

@@ -50,8 +50,9 @@ class HistoryRefinementService {
             observe = nullptr;
         /// Returns free memory to the operating system; any thread.
         std::function<void()> returnMemory = [] {};
-        /// For as long as a job waits or runs; null if another program has the data folder.
-        std::function<DataFolderHold()> holdDataFolder = [] { return nullptr; };
+        /// For as long as a job waits or runs. Without a hold, the job asks again when it begins,
+        /// and then fails.
+        std::function<DataFolderLease()> leaseDataFolder = unsharedDataFolder;
     };
 
     /// The progress of a job.

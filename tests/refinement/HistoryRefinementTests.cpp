@@ -154,6 +154,8 @@ TEST(HistoryRefinementTests, WhatFailsLeavesTheFormerTranscriptWhole) {
              r.catalog.upsert(import);
              r.damagedAt = 40;
          }},
+        {"another program writes the data folder", Status::failed,
+         [](auto& r) { r.holder = "another program"; }},
         {"it is given up", Status::cancelled,
          [](auto& r) { r.onBlock = [&r] { spawn(Executor::main(r.host), r.service->end()); }; }},
     };

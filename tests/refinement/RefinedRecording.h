@@ -77,6 +77,7 @@ class RefinedRecording : public Catalogued {
     std::function<void()> onBlock = [] {};
 
     std::string target = "de-DE";
+    std::string holder; ///< of the data folder
     UUID id;
     std::shared_ptr<ScriptedTranslationService> translation =
         std::make_shared<ScriptedTranslationService>();
@@ -161,7 +162,11 @@ inline HistoryRefinementService::Environment RefinedRecording::environment() {
             .makeTranslator = [this]() -> std::shared_ptr<Translator> {
                 return std::make_shared<AppleTranslator>(host, translation, Executor::main(host),
                                                          AppleTranslator::Downloads::never);
-            }};
+            },
+            .leaseDataFolder =
+                [this] {
+                    return holder.empty() ? unsharedDataFolder() : DataFolderLease{{}, holder};
+                }};
 }
 
 } // namespace tessarune::testing
