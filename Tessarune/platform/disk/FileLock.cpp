@@ -1,6 +1,7 @@
 #include "Tessarune/platform/disk/FileLock.h"
 
 #include "Tessarune/platform/disk/DiskFailure.h"
+#include "Tessarune/platform/disk/Uninterrupted.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <fcntl.h>
@@ -13,14 +14,28 @@
 
 namespace tessarune {
 
+namespace {
+
+/// Whether it succeeds. Never waits.
+bool lockNow(int file, int kind) {
+    return uninterrupted([&] { return ::flock(file, kind | LOCK_NB); }) == 0;
+}
+
+int openFile(const std::filesystem::path& path, int flags) {
+    constexpr mode_t privateFile = 0600;
+    return uninterrupted([&] { return ::open(path.c_str(), flags | O_CLOEXEC, privateFile); });
+}
+
+} // namespace
+
 std::optional<FileLock> FileLock::tryToTake(const std::filesystem::path& path) {
-    const int file = ::open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+    const int file = openFile(path, O_RDWR | O_CREAT);
     if (file < 0)
         DiskFailure::failToWrite(localizationKey("cannot open %@"), path);
     FileLock lock(file);
-    if (::flock(file, LOCK_EX | LOCK_NB) == 0)
+    if (lockNow(file, LOCK_EX))
         return lock;
-    if (errno == EWOULDBLOCK || errno == EINTR)
+    if (errno == EWOULDBLOCK)
         return std::nullopt;
     DiskFailure::fail(localizationKey("cannot lock %@"), path);
 }
@@ -29,12 +44,12 @@ std::optional<FileLock> FileLock::waitForFolder(const std::filesystem::path& fol
                                                 double seconds) {
     using Clock = std::chrono::steady_clock;
     constexpr auto pause = std::chrono::milliseconds(2);
-    const int opened = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    const int opened = openFile(folder, O_RDONLY | O_DIRECTORY);
     if (opened < 0)
         return std::nullopt;
     FileLock lock(opened);
     const auto deadline = Clock::now() + std::chrono::duration<double>(seconds);
-    while (::flock(opened, LOCK_EX | LOCK_NB) != 0) {
+    while (!lockNow(opened, LOCK_EX)) {
         if (Clock::now() >= deadline)
             return std::nullopt;
         std::this_thread::sleep_for(pause);
@@ -43,11 +58,11 @@ std::optional<FileLock> FileLock::waitForFolder(const std::filesystem::path& fol
 }
 
 bool FileLock::isTaken(const std::filesystem::path& path) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const int file = openFile(path, O_RDONLY | O_NONBLOCK);
     if (file < 0)
         return false;
     const FileLock opened(file);
-    return ::flock(file, LOCK_SH | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+    return !lockNow(file, LOCK_SH) && errno == EWOULDBLOCK;
 }
 
 void FileLock::note(std::string_view text) const {

@@ -1,6 +1,7 @@
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 
 #include "Tessarune/platform/disk/DiskFailure.h"
+#include "Tessarune/platform/disk/Uninterrupted.h"
 #include "TessaruneCore/text/Localization.h"
 
 #include <fcntl.h>
@@ -40,7 +41,8 @@ constexpr mode_t privateFolder = 0700;
 class Descriptor {
   public:
     Descriptor(fs::path path, int flags) : path_(std::move(path)) {
-        number_ = ::open(path_.c_str(), flags | O_CLOEXEC, privateFile);
+        number_ =
+            uninterrupted([&] { return ::open(path_.c_str(), flags | O_CLOEXEC, privateFile); });
         if (number_ >= 0)
             return;
         if ((flags & O_ACCMODE) == O_RDONLY)
@@ -56,9 +58,8 @@ class Descriptor {
 
     void writeAll(std::string_view bytes) const {
         while (!bytes.empty()) {
-            const ssize_t written = ::write(number_, bytes.data(), bytes.size());
-            if (written < 0 && errno == EINTR)
-                continue;
+            const ssize_t written =
+                uninterrupted([&] { return ::write(number_, bytes.data(), bytes.size()); });
             if (written < 0)
                 fail(localizationKey("cannot write %@"), path_);
             bytes.remove_prefix(static_cast<std::size_t>(written));
@@ -66,10 +67,9 @@ class Descriptor {
     }
     void writeAllAt(std::uint64_t offset, std::string_view bytes) const {
         while (!bytes.empty()) {
-            const ssize_t written =
-                ::pwrite(number_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
-            if (written < 0 && errno == EINTR)
-                continue;
+            const ssize_t written = uninterrupted([&] {
+                return ::pwrite(number_, bytes.data(), bytes.size(), static_cast<off_t>(offset));
+            });
             if (written < 0)
                 fail(localizationKey("cannot write %@"), path_);
             bytes.remove_prefix(static_cast<std::size_t>(written));
@@ -77,7 +77,7 @@ class Descriptor {
         }
     }
     void resize(std::uint64_t size) const {
-        if (::ftruncate(number_, static_cast<off_t>(size)) != 0)
+        if (uninterrupted([&] { return ::ftruncate(number_, static_cast<off_t>(size)); }) != 0)
             fail(localizationKey("cannot write %@"), path_);
     }
     std::string readAll() const {
@@ -87,9 +87,8 @@ class Descriptor {
             return all; // a device such as /dev/zero never ends
         char block[1 << 16];
         for (;;) {
-            const ssize_t count = ::read(number_, block, sizeof block);
-            if (count < 0 && errno == EINTR)
-                continue;
+            const ssize_t count =
+                uninterrupted([&] { return ::read(number_, block, sizeof block); });
             if (count < 0)
                 fail(localizationKey("cannot read %@"), path_);
             if (count == 0)
@@ -101,10 +100,10 @@ class Descriptor {
         std::string some(count, '\0');
         std::size_t filled = 0;
         while (filled < count) {
-            const ssize_t got = ::pread(number_, some.data() + filled, count - filled,
-                                        static_cast<off_t>(offset + filled));
-            if (got < 0 && errno == EINTR)
-                continue;
+            const ssize_t got = uninterrupted([&] {
+                return ::pread(number_, some.data() + filled, count - filled,
+                               static_cast<off_t>(offset + filled));
+            });
             if (got < 0)
                 fail(localizationKey("cannot read %@"), path_);
             if (got == 0)
@@ -115,12 +114,12 @@ class Descriptor {
         return some;
     }
     void synchronize() const {
-        if (::fsync(number_) != 0)
+        if (uninterrupted([&] { return ::fsync(number_); }) != 0)
             fail(localizationKey("cannot flush %@"), path_);
     }
     void close() {
         const int number = std::exchange(number_, -1);
-        if (number >= 0 && ::close(number) != 0)
+        if (number >= 0 && ::close(number) != 0 && errno != EINTR)
             fail(localizationKey("cannot close %@"), path_);
     }
 
@@ -240,7 +239,9 @@ std::unique_ptr<AppendFile> PosixFileSystem::openForAppending(const Path& path) 
 }
 
 void PosixFileSystem::empty(const Path& path) {
-    const int file = ::open(path.c_str(), O_WRONLY | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    const int file = uninterrupted([&] {
+        return ::open(path.c_str(), O_WRONLY | O_TRUNC | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
+    });
     if (file >= 0)
         ::close(file);
     else if (errno != ENOENT)

@@ -5,11 +5,36 @@
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <sstream>
+
+namespace {
+
+int interruptions = 0; ///< how many of the next calls a signal interrupts
+
+int callUnlessInterrupted(long call, int file, int operation) {
+    if (interruptions == 0)
+        return static_cast<int>(::syscall(call, file, operation));
+    --interruptions;
+    errno = EINTR;
+    return -1;
+}
+
+} // namespace
+
+// Replace those of the C library.
+extern "C" int flock(int file, int operation) noexcept {
+    return callUnlessInterrupted(SYS_flock, file, operation);
+}
+extern "C" int fsync(int file) {
+    return callUnlessInterrupted(SYS_fsync, file, 0);
+}
 
 namespace tessarune {
 namespace {
@@ -164,6 +189,18 @@ TEST(PosixFileSystemTests, TwoProgramsMayAppendLinesToOneLog) {
     for (std::string line; std::getline(all, line);)
         whole += line == std::string(40, 'a') || line == std::string(40, 'b') ? 1 : 0;
     EXPECT_EQ(whole, 2 * lines);
+}
+
+TEST(PosixFileSystemTests, ASignalIsNoFailure) {
+    const testing::TemporaryFolder folder;
+    interruptions = 2;
+    const auto lock = FileLock::tryToTake(folder / "lock");
+    EXPECT_TRUE(lock);
+    interruptions = 2;
+    EXPECT_TRUE(FileLock::isTaken(folder / "lock"));
+    interruptions = 2;
+    EXPECT_NO_THROW(PosixFileSystem().writeAtomically(folder / "file", "x"));
+    EXPECT_EQ(interruptions, 0);
 }
 
 TEST(DataFolderLockTests, OneProcessAtATimeWritesAFolder) {
