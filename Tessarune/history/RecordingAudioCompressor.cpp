@@ -56,6 +56,10 @@ RecordingAudioCompressor::RecordingAudioCompressor(Host& host, FileSystem& files
       create_(std::move(create)),
       queue_(host.serialQueue("Tessarune.audio.backgroundEncoder", QueuePriority::utility)) {}
 
+RecordingAudioCompressor::~RecordingAudioCompressor() {
+    endLeftover(); // the program ends in order
+}
+
 // While a session records
 
 void RecordingAudioCompressor::follow(const RecordingMetadata& recording) {
@@ -107,9 +111,15 @@ Task<bool> RecordingAudioCompressor::finishFollowed(RecordingMetadata recording,
 void RecordingAudioCompressor::compressLeftovers(DataFolderHold hold) {
     std::vector<RecordingMetadata> waiting;
     for (const RecordingMetadata& recording : catalog_.recordings()) {
-        if (recording.awaitsCompression == true && recording.endedAt &&
-            recording.filePath.ends_with(".wav") && files_.exists(recording.filePath))
+        if (recording.awaitsCompression != true || !recording.endedAt ||
+            !recording.filePath.ends_with(".wav") || !files_.exists(recording.filePath))
+            continue;
+        if (catalog_.compressionAttempts(recording.id) < mostAttempts)
             waiting.push_back(recording);
+        else
+            logger_.important(
+                "audio.compress.background.skipped",
+                {{"recordingID", recording.id.text()}, {"sourcePath", recording.filePath}});
     }
     if (!waiting.empty())
         spawn(Executor::main(host_),
@@ -123,6 +133,8 @@ Task<void> RecordingAudioCompressor::encodeLeftovers(Alive alive, RecordingAudio
     Host& host = self.host_;
     const Executor worker = Executor::queue(host, self.queue_);
     for (const RecordingMetadata& recording : recordings) {
+        if (!self.beginLeftover(recording.id))
+            continue;
         WAVEncoding encoding(self.files_, self.create_, recording.filePath,
                              destinationOf(recording.filePath));
         bool isDone = false;
@@ -143,9 +155,26 @@ Task<void> RecordingAudioCompressor::encodeLeftovers(Alive alive, RecordingAudio
         } catch (const std::exception& failure) {
             error = failure.what();
         }
+        self.endLeftover();
         if (!error.empty())
             self.logBackgroundFailure(recording, error);
     }
+}
+
+/// On the disk before the encoder reads the file: one that crashes the program must not do so at
+/// each start.
+bool RecordingAudioCompressor::beginLeftover(const UUID& recording) {
+    const std::size_t attempts = catalog_.compressionAttempts(recording);
+    if (!catalog_.setCompressionAttempts(attempts + 1, recording))
+        return false;
+    leftover_ = recording;
+    return true;
+}
+
+void RecordingAudioCompressor::endLeftover() {
+    if (leftover_)
+        catalog_.setCompressionAttempts(0, *leftover_);
+    leftover_.reset();
 }
 
 void RecordingAudioCompressor::logBackgroundFailure(const RecordingMetadata& recording,

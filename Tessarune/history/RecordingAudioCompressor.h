@@ -11,6 +11,7 @@
 #include "TessaruneCore/host/Task.h"
 
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <stop_token>
 #include <string>
@@ -51,10 +52,16 @@ class RecordingAudioCompressor {
     /// a core, so that nothing else is slowed down.
     static constexpr double leftoverSecondsASecond = 10;
 
+    /// A recording during whose compression the program ended so often without warning is not
+    /// compressed any more: it may be the reason. Once may have been a power failure.
+    static constexpr std::size_t mostAttempts = 2;
+
     /// `open` reads back what was written. All references must outlive the compressor.
     RecordingAudioCompressor(Host& host, FileSystem& files, RecordingCatalog& catalog,
                              TessaruneFileLogger& logger, AudioExporter& exporter,
                              OpenMediaFile open, CreateM4A create);
+    ~RecordingAudioCompressor();
+    RecordingAudioCompressor(const RecordingAudioCompressor&) = delete;
 
     /// Starts to encode the recording while it grows, and marks it for compression: if the program
     /// ends first, a later start encodes it.
@@ -85,6 +92,8 @@ class RecordingAudioCompressor {
     Task<bool> finishFollowed(RecordingMetadata recording, MediaProgress progress,
                               std::stop_token stop);
     RecordingMetadata adopt(RecordingMetadata recording, bool deleteSource);
+    bool beginLeftover(const UUID& recording);
+    void endLeftover();
     void logBackgroundFailure(const RecordingMetadata& recording, const std::string& error);
     std::int64_t checkedSize(const RecordingMetadata& recording,
                              const std::filesystem::path& output);
@@ -104,6 +113,7 @@ class RecordingAudioCompressor {
     const std::shared_ptr<SerialQueue> queue_; // the only queue that uses a WAVEncoding
     const std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
     std::shared_ptr<WAVEncoding> followed_;
+    std::optional<UUID> leftover_; // that is being compressed
 };
 
 } // namespace tessarune

@@ -45,6 +45,9 @@ std::filesystem::path RecordingCatalog::journalURL(const UUID& id) const {
 std::filesystem::path RecordingCatalog::transcriptionMarkURL(const UUID& id) const {
     return sidecar(id, ".transcribing");
 }
+std::filesystem::path RecordingCatalog::compressionMarkURL(const UUID& id) const {
+    return sidecar(id, ".compressing");
+}
 std::filesystem::path RecordingCatalog::entryURL(const UUID& id) const {
     return sidecar(id, entrySuffix);
 }
@@ -160,18 +163,37 @@ void RecordingCatalog::recordSidecarSaveFailure(SidecarKind kind, const UUID& id
                                    {"error", text}});
 }
 
-bool RecordingCatalog::markTranscription(bool isRunning, const UUID& id) {
+/// Writes a mark, or removes it if there is no content.
+bool RecordingCatalog::saveMark(const std::filesystem::path& mark,
+                                std::optional<std::string> content, const UUID& id) {
     bool isSaved = false;
     queue_->sync([&] {
-        const auto mark = transcriptionMarkURL(id);
-        isSaved = saveSidecar({"mark", "recording.transcription.mark.saveFailed"}, id, mark, [&] {
-            if (isRunning && !deleted_.contains(id))
-                writeSidecar(mark, "");
-            else
-                files_.remove(mark);
+        if (deleted_.contains(id))
+            content.reset();
+        isSaved = saveSidecar({"mark", "recording.mark.saveFailed"}, id, mark, [&] {
+            write({mark, content});
         });
     });
     return isSaved;
+}
+
+bool RecordingCatalog::markTranscription(bool isRunning, const UUID& id) {
+    return saveMark(transcriptionMarkURL(id),
+                    isRunning ? std::optional(std::string()) : std::nullopt, id);
+}
+
+std::size_t RecordingCatalog::compressionAttempts(const UUID& id) const {
+    const auto mark = compressionMarkURL(id);
+    try {
+        return files_.exists(mark) ? static_cast<std::size_t>(files_.size(mark)) : 0;
+    } catch (const std::system_error&) {
+        return 0;
+    }
+}
+
+bool RecordingCatalog::setCompressionAttempts(std::size_t attempts, const UUID& id) {
+    return saveMark(compressionMarkURL(id),
+                    attempts > 0 ? std::optional(std::string(attempts, '.')) : std::nullopt, id);
 }
 
 /// Whether all of them are gone.
@@ -184,7 +206,8 @@ bool RecordingCatalog::removeSidecars(const UUID& id) {
         remove(path);
         remove(replacementOf(path));
     }
-    for (const auto& path : {journalURL(id), transcriptionMarkURL(id), entryURL(id)})
+    for (const auto& path :
+         {journalURL(id), transcriptionMarkURL(id), compressionMarkURL(id), entryURL(id)})
         remove(path);
     return isGone;
 }

@@ -133,6 +133,12 @@ class RecordingCatalog {
     /// no deleted recording.
     bool markTranscription(bool isRunning, const UUID& id);
 
+    /// How many times the program has ended unexpectedly while it compressed the recording in the
+    /// background, and sets that before an attempt begins; 0 once it has ended. Sets nothing for a
+    /// deleted recording.
+    std::size_t compressionAttempts(const UUID& id) const;
+    bool setCompressionAttempts(std::size_t attempts, const UUID& id);
+
     std::filesystem::path transcriptURL(const UUID& id) const;
     std::filesystem::path bilingualTranscriptURL(const UUID& id) const;
     std::filesystem::path wordTimelineURL(const UUID& id) const;
@@ -140,6 +146,8 @@ class RecordingCatalog {
     std::filesystem::path journalURL(const UUID& id) const;
     /// The mark of `markTranscription`, an empty file.
     std::filesystem::path transcriptionMarkURL(const UUID& id) const;
+    /// The file of `setCompressionAttempts`, with one byte for each attempt.
+    std::filesystem::path compressionMarkURL(const UUID& id) const;
     /// A copy of the entry, from which a lost index is rebuilt.
     std::filesystem::path entryURL(const UUID& id) const;
     /// Where a refined transcript or timeline is kept until it replaces the former one.
@@ -207,6 +215,8 @@ class RecordingCatalog {
     void removeRun(const std::filesystem::path& run);
     std::vector<std::filesystem::path> audioArtifactURLs(const RecordingMetadata& recording) const;
 
+    bool saveMark(const std::filesystem::path& mark, std::optional<std::string> content,
+                  const UUID& id);
     std::filesystem::path sidecar(const UUID& id, std::string_view suffix) const;
     bool saveSidecar(SidecarKind kind, const UUID& id, const std::filesystem::path& path,
                      const std::function<void()>& save);

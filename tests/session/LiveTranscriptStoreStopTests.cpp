@@ -417,6 +417,28 @@ TEST_F(LiveTranscriptStoreStopTests, AKilledSessionIsReadableAtTheNextStart) {
     EXPECT_EQ(session.files.list(session.paths.recordings()).size(), 1U);
 }
 
+TEST_F(LiveTranscriptStoreStopTests, ARecordingWhoseCompressionEndsTheProgramStaysAWAV) {
+    begin();
+    session.say(true, "Said.");
+    session.files.failFrom = session.files.operations + 1;
+    endAndWait();
+    for (const char* extension : {".wav", ".wav", ".none"}) { // whose use ends the program
+        session.store.reset();
+        session.compressor.reset();
+        session.files.recover();
+        session.launch();
+        session.files.onOperation = [&](const std::string&, const std::filesystem::path& path) {
+            if (path.extension() == extension)
+                session.files.failFrom = session.files.operations;
+        };
+        session.host.advanceBy(10);
+        session.files.onOperation = {};
+    }
+    EXPECT_TRUE(recording().filePath.ends_with(".wav"));
+    session.catalog->deleteRecording(recording().id);
+    EXPECT_TRUE(session.files.list(session.paths.transcripts()).empty());
+}
+
 TEST_F(LiveTranscriptStoreStopTests, TheProgramEndsWhenTheSessionIsSavedOrAfterFiveSeconds) {
     using Handler = TessaruneListeningLifecycleHandler;
     session.launch();

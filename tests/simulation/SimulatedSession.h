@@ -136,6 +136,7 @@ class SimulatedSession {
     /// Starts the program: repairs the data folder and makes the store.
     void launch() {
         store.reset();
+        compressor.reset();
         catalog = std::make_unique<RecordingCatalog>(host, files, paths, logger, notifications);
         repaired = RecordingRepair(files, *catalog, logger).runAtLaunch();
         recorder = AudioSessionRecorder::create(host, files, logger, catalog->forRecorder(),
