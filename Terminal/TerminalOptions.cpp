@@ -273,7 +273,8 @@ TerminalOptions::Command commandOf(const CLI::App& app, const Words& words,
 
 /// Describes the parser's problem in the program's own words. Of the parser's text only the
 /// option's name is used.
-std::string problemOf(const CLI::App& app, const CLI::ParseError& error) {
+std::string problemOf(const CLI::App& app, const std::vector<std::string>& words,
+                      const CLI::ParseError& error) {
     std::string_view text = error.what();
     text.remove_prefix(std::min(text.find("--"), text.size()));
     const std::string name(text.substr(0, text.find_first_of(": =")));
@@ -283,8 +284,15 @@ std::string problemOf(const CLI::App& app, const CLI::ParseError& error) {
     if (option->get_items_expected_max() == 0)
         return localized("%@ takes no value.", {name});
     const auto maximum = static_cast<std::size_t>(option->get_items_expected_max());
-    return option->count() > maximum ? localized("%@ is given more than once.", {name})
-                                     : localized("%@ needs a value.", {name});
+    if (option->count() > maximum)
+        return option->count() % maximum == 0 ? localized("%@ is given more than once.", {name})
+                                              : localized("%@ has too many values.", {name});
+    const auto isDashed = [&](const std::string& word) {
+        return word.starts_with('-') && word != name;
+    };
+    return std::any_of(std::ranges::find(words, name), words.end(), isDashed)
+               ? localized("%@ needs a value. One that begins with a dash comes after --.", {name})
+               : localized("%@ needs a value.", {name});
 }
 
 int printUsageProblem(const std::string& problem, std::ostream& err) {
@@ -303,13 +311,14 @@ std::variant<TerminalOptions, int> TerminalOptions::parse(int argc, const char* 
     Words words;
     CommandOptions commands(app);
     HistoryOptions history;
+    const std::vector<std::string> line = withMarkedValues(argc, argv);
     declareCaptions(app, words);
     history.declare(commands);
     declareCommands(commands, words);
     declareOutput(app, options);
     try {
         refuseEmptyWords(argc, argv);
-        parseWords(app, withMarkedValues(argc, argv));
+        parseWords(app, line);
         commands.refuseClashes(words.captions);
         options.command = commandOf(app, words, history);
     } catch (const UsageProblem& problem) {
@@ -321,7 +330,7 @@ std::variant<TerminalOptions, int> TerminalOptions::parse(int argc, const char* 
         out << version.what() << "\n";
         return static_cast<int>(ExitStatus::ok);
     } catch (const CLI::ParseError& error) {
-        return printUsageProblem(problemOf(app, error), err);
+        return printUsageProblem(problemOf(app, line, error), err);
     }
     return options;
 }

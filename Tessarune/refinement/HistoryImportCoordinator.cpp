@@ -112,8 +112,15 @@ Task<RecordingMetadata> HistoryImportCoordinator::makeRecording(std::filesystem:
 /// Throws unless the file has sound and its copy fits on the disk.
 void HistoryImportCoordinator::requireSound(const std::filesystem::path& source) const {
     FileSystem& files = environment_.files;
+    const auto isEmpty = [&] {
+        try {
+            return files.isDirectory(source) || files.size(source) == 0;
+        } catch (const std::system_error&) { // a pipe or a device has no size
+            return true;
+        }
+    };
     // A missing file is reported by the attempt to open it.
-    if (files.exists(source) && (files.isDirectory(source) || files.size(source) == 0))
+    if (files.exists(source) && isEmpty())
         throw MediaFileError(MediaFileError::Kind::cannotOpen,
                              localized("%@ is empty or not a file", {source.string()}));
     environment_.openMedia(source);
@@ -156,6 +163,16 @@ RecordingMetadata HistoryImportCoordinator::copy(const std::filesystem::path& so
     return recording;
 }
 
+/// The next bytes of the source. Its failure is not one of the data folder's disk.
+std::string HistoryImportCoordinator::read(const std::filesystem::path& source,
+                                           std::uint64_t from) const {
+    try {
+        return environment_.files.read(source, from, copiedAtOnce);
+    } catch (const std::system_error& error) {
+        throw MediaFileError(MediaFileError::Kind::damaged, error.what());
+    }
+}
+
 /// The copy gets its name when it is complete; the remains of a crash are removed at the next
 /// start.
 void HistoryImportCoordinator::copyBytes(const std::filesystem::path& source,
@@ -171,7 +188,7 @@ void HistoryImportCoordinator::copyBytes(const std::filesystem::path& source,
         for (;;) {
             if (stop.stop_requested() || ending_.stop_requested())
                 throw CancellationError();
-            const std::string bytes = files.read(source, copied, copiedAtOnce);
+            const std::string bytes = read(source, copied);
             if (bytes.empty())
                 break;
             file->append(bytes);

@@ -77,6 +77,7 @@ class HistoryImportCoordinator {
                            const std::stop_token& stop);
     void copyBytes(const std::filesystem::path& source, const std::filesystem::path& to,
                    const std::stop_token& stop);
+    std::string read(const std::filesystem::path& source, std::uint64_t from) const;
     void requireSound(const std::filesystem::path& source) const;
     void finished(const UUID& id);
     void removeQuietly(const std::filesystem::path& path) const;

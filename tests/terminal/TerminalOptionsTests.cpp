@@ -97,7 +97,9 @@ TEST(TerminalOptionsTests, RefusesWhatMakesNoSenseAndSaysWhy) {
         {{""}, "empty"},
         {{"--languages", "download", ""}, "download"},
         {{"--list", "--", "--json"}, "--json"},
-        {{"--note", "AB", "-rf"}, "--note needs a value"},
+        {{"--note", "AB", "-rf"},
+         "--note needs a value. One that begins with a dash comes after --"},
+        {{"--note", "AB", "two", "words"}, "--note has too many values"},
     };
     for (const auto& c : cases) {
         const Parsed parsed = parse(c.arguments);

@@ -341,6 +341,7 @@ TEST_F(TerminalProgramTests, EachFailureHasItsStatusAndSaysWhatIsWrong) {
         {{"--set", "speechModel=huge"}, 64, "tiny-en"},
         {{"--source", "file:words.txt"}, 66, "words.txt"},
         {{"--source", "file:missing.wav"}, 66, "missing.wav"},
+        {{"--import", "/dev/null"}, 66, "/dev/null"},
         {{"--show", "FEED"}, 67, "FEED"},
         {{"--source", "mic"}, 69, "no sound server"},
         {{"--source", "system"}, 69, "no sound server"},
