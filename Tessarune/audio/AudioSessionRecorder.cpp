@@ -179,7 +179,7 @@ void AudioSessionRecorder::startOnQueue() {
         return;
     }
     item_ = item;
-    catalog_.upsert(item);
+    isListed_ = catalog_.upsert(item);
     logger_.event("audioRecorder.start.done",
                   {{"recordingID", item.id.text()}, {"path", item.filePath}});
     if (onStarted)
@@ -336,10 +336,13 @@ void AudioSessionRecorder::write(std::uint64_t bytes, const std::function<void()
 }
 
 /// At regular intervals, flushes everything written so far, so that it survives a crash or a power
-/// failure, and checks the free space.
+/// failure, and checks the free space. A crash also costs a recording that could not be listed at
+/// its start: that is tried again.
 void AudioSessionRecorder::flushIfDue() {
     if (dataByteCount_ < nextHeaderFlushBytes_)
         return;
+    if (!isListed_)
+        isListed_ = catalog_.upsert(*item_);
     try {
         patchHeader();
         fileHandle_->synchronize();

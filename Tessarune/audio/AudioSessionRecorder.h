@@ -33,8 +33,8 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     /// The operations of the catalog that the recorder needs. The catalog is in a higher layer.
     struct Catalog {
         std::filesystem::path recordingsFolder;
-        std::function<void()> prepareDirectories; ///< throws std::system_error
-        std::function<void(const RecordingMetadata&)> upsert;
+        std::function<void()> prepareDirectories;             ///< throws std::system_error
+        std::function<bool(const RecordingMetadata&)> upsert; ///< whether it was saved
         /// Whether the audio of an entry has this base name, with any extension.
         std::function<bool(const std::string& baseName)> isNameTaken;
         UUIDSource makeID = UUID::random;
@@ -144,6 +144,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     double observedSampleRate_ = 0; // 0 until the first buffer
     std::uint64_t dataByteCount_ = 0;
     bool isFirstSampleReported_ = false;
+    bool isListed_ = false; // in the catalog
     std::uint64_t nextHeaderFlushBytes_ = 0;
     int writeFailureCount_ = 0;
     int consecutiveWriteFailures_ = 0;

@@ -31,7 +31,7 @@ AudioSessionRecorder::Catalog RecordingCatalog::forRecorder() {
     AudioSessionRecorder::Catalog catalog;
     catalog.recordingsFolder = paths_.recordings();
     catalog.prepareDirectories = [this] { prepareDirectories(); };
-    catalog.upsert = [this](const RecordingMetadata& recording) { upsert(recording); };
+    catalog.upsert = [this](const RecordingMetadata& recording) { return upsert(recording); };
     catalog.isNameTaken = [this](const std::string& baseName) {
         const auto all = recordings();
         return std::any_of(all.begin(), all.end(), [&](const RecordingMetadata& recording) {

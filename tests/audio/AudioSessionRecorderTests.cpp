@@ -26,7 +26,10 @@ class AudioSessionRecorderTests : public ::testing::Test {
         AudioSessionRecorder::Catalog catalog;
         catalog.recordingsFolder = folder;
         catalog.prepareDirectories = [this] { disk.createDirectories(folder); };
-        catalog.upsert = [this](const RecordingMetadata& entry) { entries.push_back(entry); };
+        catalog.upsert = [this](const RecordingMetadata& entry) {
+            entries.push_back(entry);
+            return entries.size() > failingEntries;
+        };
         catalog.isNameTaken = [this](const std::string& name) { return takenNames.contains(name); };
         catalog.makeID = countingUUIDSource();
         recorder = AudioSessionRecorder::create(host, disk, logger, catalog, converters.maker());
@@ -82,6 +85,7 @@ class AudioSessionRecorderTests : public ::testing::Test {
     simulation::ScriptedAudioConverters converters;
     std::set<std::string> takenNames;
     std::vector<RecordingMetadata> entries;
+    std::size_t failingEntries = 0; ///< how many of the first ones cannot be saved
     std::vector<std::string> told;
     std::shared_ptr<AudioSessionRecorder> recorder;
 };
@@ -120,6 +124,7 @@ TEST_F(AudioSessionRecorderTests, WritesWhatItHearsAndKeepsTheCatalogInformed) {
 
 TEST_F(AudioSessionRecorderTests, AllButTheLastTwoMegabytesSurviveAnything) {
     const std::size_t block = 400'000;
+    failingEntries = 2;
     for (const PowerLoss loss :
          {PowerLoss::keepsNothing, PowerLoss::keepsSize, PowerLoss::keepsOverwrites}) {
         recorder->start();
@@ -130,6 +135,7 @@ TEST_F(AudioSessionRecorderTests, AllButTheLastTwoMegabytesSurviveAnything) {
             afterwards.losePower(loss);
             ASSERT_LE(written, loudBytes(afterwards) + 2'000'000) << "without power";
         }
+        EXPECT_GE(entries.size(), failingEntries + 1) << "listed while it is recorded";
         host.advanceBy(1);
         spawn(Executor::main(host), recorder->synchronize());
         host.runUntilIdle();
