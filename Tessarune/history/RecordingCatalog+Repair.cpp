@@ -64,13 +64,23 @@ bool RecordingCatalog::isSurelyMissing(const std::filesystem::path& path) {
     }
 }
 
+/// Whether the folder of the recordings is empty or cannot be listed. If several recordings lack
+/// their sound, its disk is probably not mounted.
+bool RecordingCatalog::hasNoSound() {
+    try {
+        return files_.list(paths_.recordings()).empty();
+    } catch (const std::system_error&) {
+        return true;
+    }
+}
+
 void RecordingCatalog::reconcileIndex() {
     const auto isMissing = [&](const RecordingMetadata& recording) {
         return isSurelyMissing(recording.filePath);
     };
     const auto all = recordings();
     const auto missing = std::count_if(all.begin(), all.end(), isMissing);
-    if (missing == 0)
+    if (missing == 0 || (missing > 1 && missing == std::ssize(all) && hasNoSound()))
         return;
     mutateIndex([&](RecordingIndex& index) { index.removeIf(isMissing); });
     TessaruneLog::storage.notice([&] {

@@ -176,7 +176,7 @@ class RecordingCatalog {
     std::optional<IndexRebuild> rebuildUnreadableIndex();
     /// Sets the end of each entry that has none, computed from its duration.
     void healStaleRecordings();
-    /// Removes entries whose audio is missing.
+    /// Removes entries whose audio is missing, unless that is all there was.
     void reconcileIndex();
     /// Removes sidecars of recordings that the index does not know, and imported sound that a crash
     /// kept out of the index; does nothing while an unreadable index is kept aside, because the
@@ -240,6 +240,7 @@ class RecordingCatalog {
                                                const std::vector<NewSidecar>& sidecars);
 
     bool isSurelyMissing(const std::filesystem::path& path);
+    bool hasNoSound();
     bool namesRecording(const std::filesystem::path& run, const std::set<std::string>& ids);
 
     Host& host_;

@@ -182,6 +182,13 @@ TEST_F(RecordingCatalogTests, ADiskThatDoesNotAnswerCostsNoEntry) {
     disk.remove("/data/recordings.json");
     add(30, "c.wav");
     EXPECT_EQ(order(), "c b a ") << "a list that somebody took away comes back";
+    for (const char* sound : {"/data/Recordings/a.wav", "/data/Recordings/c.wav"})
+        disk.remove(sound);
+    catalog.reconcileIndex();
+    EXPECT_EQ(order(), "c b a ") << "the disk of the sound may not be mounted";
+    add(40, "d.wav");
+    catalog.reconcileIndex();
+    EXPECT_EQ(order(), "d ");
 }
 
 TEST_F(RecordingCatalogTests, DeletingTakesAllThatIsTheRecordings) {
