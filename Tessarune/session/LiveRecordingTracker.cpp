@@ -1,6 +1,7 @@
 #include "Tessarune/session/LiveRecordingTracker.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tessarune {
 
@@ -109,11 +110,13 @@ bool LiveRecordingTracker::saveTranscripts(
 }
 
 void LiveRecordingTracker::saveAgain() {
-    if (unsaved_.empty())
+    if (unsaved_.empty() && !late_)
         return;
     const DataFolderLease lease = leaseDataFolder_();
     if (!lease.hold)
         return;
+    if (const auto late = std::exchange(late_, std::nullopt))
+        catalog_.updateTranscripts(late->sourceText, late->bilingualText, late->id);
     std::erase_if(unsaved_, [this](const Unsaved& texts) { return saveAgain(texts); });
 }
 
@@ -147,8 +150,11 @@ LiveRecordingTracker::updateLastSavedTranscripts(std::string_view sourceText,
     }
     const DataFolderLease lease = leaseDataFolder_();
     RecordingCatalog::TranscriptUpdate update;
+    late_.reset();
     if (lease.hold)
         update = catalog_.updateTranscripts(sourceText, bilingualText, *lastSavedID_);
+    else
+        late_ = Late{*lastSavedID_, std::string(sourceText), std::string(bilingualText)};
     if (update.outcome == Outcome::failed) {
         logger_.important("recording.transcript.update.degraded",
                           {{"recordingID", lastSavedID_->text()},

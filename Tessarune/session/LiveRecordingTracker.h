@@ -81,7 +81,8 @@ class LiveRecordingTracker {
                          const std::optional<HistoryWordTimeline>& wordTimeline,
                          const std::optional<HistoryRefinementRequest>& refinement = {});
     /// Replaces the texts of the recording that was saved last, if it still exists and has not been
-    /// refined in the meantime.
+    /// refined in the meantime. While another program writes the data folder this fails, and is
+    /// tried again like `saveTranscripts`.
     RecordingTranscriptSaveOutcome updateLastSavedTranscripts(std::string_view sourceText,
                                                               std::string_view bilingualText);
 
@@ -100,6 +101,12 @@ class LiveRecordingTracker {
         std::optional<HistoryWordTimeline> timeline;
         std::optional<HistoryRefinementRequest> refinement;
     };
+    /// Newer texts of a saved recording that wait until no other program writes the data folder.
+    struct Late {
+        UUID id;
+        std::string sourceText;
+        std::string bilingualText;
+    };
     void saveAgain();
     bool saveAgain(const Unsaved& texts);
 
@@ -114,6 +121,7 @@ class LiveRecordingTracker {
     std::optional<double> currentStartedAt_;
     std::unique_ptr<SessionJournal> journal_;
     std::vector<Unsaved> unsaved_;
+    std::optional<Late> late_;
 };
 
 } // namespace tessarune

@@ -336,6 +336,21 @@ TEST_F(LiveTranscriptStoreStopTests, ATranslationAfterTheStopStillReachesTheTran
     EXPECT_EQ(session.transcript(id), "");
 }
 
+TEST_F(LiveTranscriptStoreStopTests, ALateTranslationWaitsForTheDataFolder) {
+    begin();
+    session.say(true, "Said.");
+    endAndWait();
+    const auto bilingual = session.catalog->bilingualTranscriptURL(recording().id);
+    session.anotherWrites = true;
+    session.translator->captions->changeCommittedSegments(
+        [&](std::span<CaptionSegment> rows) { rows.front().translatedText = "说了。"; });
+    session.translator->captions->updatePersistedTranscriptIfStopped();
+    EXPECT_FALSE(session.files.has(bilingual));
+    session.anotherWrites = false;
+    session.store.reset(); // the program ends
+    EXPECT_EQ(session.files.contentsOf(bilingual), "Said.\n说了。");
+}
+
 TEST_F(LiveTranscriptStoreStopTests, WhatIsDeletedWhileItIsRecordedDoesNotComeBack) {
     begin();
     session.say(true, "Said.");
