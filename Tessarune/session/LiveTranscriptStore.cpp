@@ -7,10 +7,14 @@ namespace tessarune {
 
 namespace {
 
+/// A start that a stop has overtaken records nothing: its results are discarded.
 LiveSystemAudioTranscriber::Environment
-transcriberEnvironment(const LiveSessionEnvironment& environment) {
+transcriberEnvironment(const LiveSessionEnvironment& environment, const SessionView& view) {
+    const auto mayRecord = [&environment, &view] {
+        return *view.isListening && (!environment.mayRecord || environment.mayRecord());
+    };
     return {environment.speech,      environment.sound,    environment.settings,
-            environment.permissions, environment.recorder, environment.mayRecord};
+            environment.permissions, environment.recorder, mayRecord};
 }
 
 } // namespace
@@ -39,7 +43,8 @@ LiveTranscriptStore::LiveTranscriptStore(LiveSessionEnvironment environment)
                environment_.notifications),
       view_(display_.store(), core_, environment_.translation->view()),
       log_(host(), environment_.speech.logger, *environment_.diagnostics),
-      liveTranscriber_(LiveSystemAudioTranscriber::make(transcriberEnvironment(environment_))),
+      liveTranscriber_(
+          LiveSystemAudioTranscriber::make(transcriberEnvironment(environment_, view_))),
       recordingTracker_(host(), environment_.files, environment_.catalog,
                         environment_.speech.logger, environment_.leaseDataFolder),
       captureStatus_(view_, environment_.permissions, log_,

@@ -125,31 +125,37 @@ TEST_F(LiveTranscriptStoreStartTests, AStopOvertakesAStart) {
     struct Case {
         const char* name;
         std::function<void()> delay;
-        bool startsAnew; ///< before the first start has ended
+        bool startsAnew;        ///< before the first start has ended
+        std::size_t recordings; ///< begun
         std::vector<Phase> phases;
     };
     const std::vector<Case> cases{
         {"the dialog is open",
          [&] { session.desktop.microphoneSeconds = 5; },
          false,
+         0,
          {Phase::preparing, Phase::stopping, Phase::idle, Phase::idle}},
         {"the dialog is open, and another start",
          [&] { session.desktop.microphoneSeconds = 5; },
          true,
+         1,
          {Phase::preparing, Phase::stopping, Phase::idle, Phase::preparing, Phase::loading,
           Phase::listening}},
         {"the model loads",
          [&] { session.engine.script.prepareSeconds = 9; },
          false,
+         0,
          {Phase::preparing, Phase::loading, Phase::stopping, Phase::idle, Phase::idle}},
         {"the model loads, and another start",
          [&] { session.engine.script.prepareSeconds = 9; },
          true,
+         1,
          {Phase::preparing, Phase::loading, Phase::stopping, Phase::idle, Phase::preparing,
           Phase::loading, Phase::listening}},
         {"the microphone opens",
          [&] { session.server.openDelay = 5; },
          false,
+         1,
          {Phase::preparing, Phase::loading, Phase::stopping, Phase::idle, Phase::idle}},
     };
     session.launch();
@@ -157,6 +163,7 @@ TEST_F(LiveTranscriptStoreStartTests, AStopOvertakesAStart) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         session.phases.clear();
+        const std::size_t before = session.events("transcriber.recorder.start").size();
         c.delay();
         session.store->toggleListening(LiveSessionControlTrigger::keyboardShortcut());
         session.host.advanceBy(0.5);
@@ -167,6 +174,7 @@ TEST_F(LiveTranscriptStoreStartTests, AStopOvertakesAStart) {
             session.start();
         session.host.advanceBy(30);
         EXPECT_EQ(session.phases, c.phases);
+        EXPECT_EQ(session.events("transcriber.recorder.start").size() - before, c.recordings);
         if (c.startsAnew) {
             EXPECT_EQ(session.server.openSources(), Strings{"mic"});
             EXPECT_EQ(session.catalog->recordings().size(), 1U);
