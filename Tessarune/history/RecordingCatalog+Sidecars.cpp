@@ -10,6 +10,8 @@ namespace tessarune {
 namespace {
 
 constexpr std::string_view entrySuffix = ".recording.json";
+/// The content of the mark of an interrupted transcription; that of a running one is empty.
+constexpr std::string_view interruptedMark = "interrupted\n";
 
 /// Whether all lines of `part` occur in `text`, in their order.
 bool hasAllLinesOf(std::string_view text, std::string_view part) {
@@ -177,9 +179,23 @@ bool RecordingCatalog::saveMark(const std::filesystem::path& mark,
     return isSaved;
 }
 
-bool RecordingCatalog::markTranscription(bool isRunning, const UUID& id) {
-    return saveMark(transcriptionMarkURL(id),
-                    isRunning ? std::optional(std::string()) : std::nullopt, id);
+bool RecordingCatalog::markTranscription(TranscriptionMark mark, const UUID& id) {
+    std::optional<std::string> content;
+    if (mark != TranscriptionMark::none)
+        content.emplace(mark == TranscriptionMark::interrupted ? interruptedMark : "");
+    return saveMark(transcriptionMarkURL(id), std::move(content), id);
+}
+
+RecordingCatalog::TranscriptionMark RecordingCatalog::transcriptionMark(const UUID& id) const {
+    const auto path = transcriptionMarkURL(id);
+    try {
+        if (!files_.exists(path))
+            return TranscriptionMark::none;
+        return files_.read(path) == interruptedMark ? TranscriptionMark::interrupted
+                                                    : TranscriptionMark::running;
+    } catch (const std::system_error&) {
+        return TranscriptionMark::running;
+    }
 }
 
 std::size_t RecordingCatalog::compressionAttempts(const UUID& id) const {

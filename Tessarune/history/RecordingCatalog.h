@@ -128,10 +128,16 @@ class RecordingCatalog {
                                           const std::optional<HistoryWordTimeline>& wordTimeline,
                                           const UUID& id);
 
-    /// Marks an import whose text is being made for the first time, or removes the mark: a mark
-    /// that a start of the program finds is of an import that the last run did not survive. Marks
-    /// no deleted recording.
-    bool markTranscription(bool isRunning, const UUID& id);
+    /// What is known of an import whose text and translation are made for the first time.
+    enum class TranscriptionMark {
+        none,
+        running, ///< if a start of the program finds this, the last run did not survive the import
+        interrupted ///< by the orderly end of the program: a later run makes them
+    };
+    /// Marks no deleted recording. Returns whether the mark is on the disk.
+    bool markTranscription(TranscriptionMark mark, const UUID& id);
+    /// A mark that cannot be read counts as `running`.
+    TranscriptionMark transcriptionMark(const UUID& id) const;
 
     /// How many times the program has ended unexpectedly while it compressed the recording in the
     /// background, and sets that before an attempt begins; 0 once it has ended. Sets nothing for a
@@ -144,7 +150,7 @@ class RecordingCatalog {
     std::filesystem::path wordTimelineURL(const UUID& id) const;
     /// The session's journal, see SessionJournal.
     std::filesystem::path journalURL(const UUID& id) const;
-    /// The mark of `markTranscription`, an empty file.
+    /// The mark of `markTranscription`.
     std::filesystem::path transcriptionMarkURL(const UUID& id) const;
     /// The file of `setCompressionAttempts`, with one byte for each attempt.
     std::filesystem::path compressionMarkURL(const UUID& id) const;

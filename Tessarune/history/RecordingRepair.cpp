@@ -73,17 +73,20 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
     return report;
 }
 
-/// Reports imports without a transcript. If the program ended while it transcribed or translated an
-/// import, the import may be the cause: without a text it gets an empty one, so that only the user
-/// starts another attempt.
+/// Reports imports without a transcript, or without the translation that the end of the program
+/// interrupted. If the program ended unexpectedly while it transcribed or translated an import, the
+/// import may be the cause: without a text it gets an empty one, so that only the user starts
+/// another attempt.
 void RecordingRepair::sortImports(Report& report) {
+    using Mark = RecordingCatalog::TranscriptionMark;
     for (const RecordingMetadata& recording : catalog_.recordings()) {
         const bool hasText = files_.exists(catalog_.transcriptURL(recording.id));
-        if (files_.exists(catalog_.transcriptionMarkURL(recording.id))) {
+        const Mark mark = catalog_.transcriptionMark(recording.id);
+        if (mark == Mark::running) {
             if (hasText || catalog_.saveTranscript("", recording.id))
-                catalog_.markTranscription(false, recording.id);
+                catalog_.markTranscription(Mark::none, recording.id);
             report.brokenOffImports.push_back(recording);
-        } else if (recording.isImport() && !hasText) {
+        } else if (recording.isImport() && (!hasText || mark == Mark::interrupted)) {
             report.untranscribedImports.push_back(recording);
         }
     }

@@ -20,8 +20,8 @@ class RecordingRepair {
     /// The repairs to report to the user, once.
     struct Report {
         std::vector<UUID> recoveredSessions; ///< interrupted sessions that were repaired
-        /// Imports without a transcript whose transcription has not begun, or could not be carried
-        /// out.
+        /// Imports whose transcription has not begun, could not be carried out, or was interrupted
+        /// by the orderly end of the program, as may have been their translation.
         std::vector<RecordingMetadata> untranscribedImports;
         /// Imports during whose transcription or translation the program ended unexpectedly, maybe
         /// because of them: they are reported once, and are no longer untranscribed.

@@ -22,6 +22,7 @@ namespace {
 
 using Observer = HistoryRefinementObserver;
 using Outcome = HistoryRefinementOutcome;
+using Mark = RecordingCatalog::TranscriptionMark;
 using SaveOutcome = RecordingTranscriptSaveOutcome;
 
 /// Seconds between two checks whether a paused job may continue.
@@ -79,6 +80,20 @@ bool isLasting(const Outcome& outcome) {
            outcome.failure == Outcome::Failure::sound;
 }
 
+/// Whether the next start has nothing to complete.
+bool isOver(const Outcome& outcome, bool isEnding) {
+    switch (outcome.status) {
+    case Outcome::Status::finished:
+        return !isEnding || outcome.translation != Outcome::Translation::cancelled;
+    case Outcome::Status::deleted:
+        return true;
+    case Outcome::Status::cancelled:
+    case Outcome::Status::failed:
+        break;
+    }
+    return !isEnding && isLasting(outcome);
+}
+
 } // namespace
 
 HistoryRefinementPersistenceError::HistoryRefinementPersistenceError(const UUID& recording)
@@ -101,9 +116,7 @@ void HistoryRefinementService::cancelAll() {
     if (!running_)
         return;
     running_->stop.request_stop();
-    // The next start takes it up, also if a recogniser that hangs never answers.
-    if (running_->outcome.status != Outcome::Status::finished)
-        removeMark(*running_);
+    leaveToNextStart(*running_); // now, because a recogniser that hangs never answers
 }
 
 Task<void> HistoryRefinementService::end() {
@@ -183,9 +196,10 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
     running_.reset();
     if (!isEnding_ && isLasting(job->outcome))
         settleImport(job->request.recordingID);
-    // A translation that the end of the program cuts off is reported at the next start.
-    if (!isEnding_ || job->outcome.translation != Outcome::Translation::cancelled)
+    if (isOver(job->outcome, isEnding_))
         removeMark(*job);
+    else
+        leaveToNextStart(*job);
     job->dataFolder = {};
     const bool isQueuedAgain = std::ranges::any_of(waiting_, [&](const JobPtr& other) {
         return other->request.recordingID == job->request.recordingID;
@@ -200,17 +214,20 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
     beginNext();
 }
 
-/// Saves an empty transcript for an import that has none. Without a transcript it would count as
-/// interrupted, and the next start would transcribe it again.
+/// Saves an empty transcript for an import that has none. Without a transcript, or with a mark, it
+/// would count as interrupted, and the next start would transcribe it again.
 void HistoryRefinementService::settleImport(const UUID& id) {
+    RecordingCatalog& catalog = environment_.catalog;
     try {
-        if (isFirstTextOfImport(id))
-            environment_.catalog.saveTranscript("", id);
+        const bool isSettled = !lacksText(id) || catalog.saveTranscript("", id);
+        if (isSettled && catalog.transcriptionMark(id) != Mark::none)
+            catalog.markTranscription(Mark::none, id);
     } catch (const std::system_error&) { // the next start tries again
     }
 }
 
-bool HistoryRefinementService::isFirstTextOfImport(const UUID& id) const {
+/// Whether the recording is an import without a transcript.
+bool HistoryRefinementService::lacksText(const UUID& id) const {
     const auto recording = environment_.catalog.recording(id);
     return recording && recording->isImport() &&
            !environment_.files.exists(environment_.catalog.transcriptURL(id));
@@ -223,8 +240,9 @@ Task<void> HistoryRefinementService::markFirstText(JobPtr job) {
     bool isReady = true;
     bool isMarked = false;
     co_await runOn(worker_, [&] {
-        if (isFirstTextOfImport(id))
-            isReady = isMarked = environment_.catalog.markTranscription(true, id);
+        RecordingCatalog& catalog = environment_.catalog;
+        if (lacksText(id) || catalog.transcriptionMark(id) != Mark::none)
+            isReady = isMarked = catalog.markTranscription(Mark::running, id);
     });
     job->isMarked = isMarked;
     if (!isReady)
@@ -233,7 +251,21 @@ Task<void> HistoryRefinementService::markFirstText(JobPtr job) {
 
 void HistoryRefinementService::removeMark(Job& job) {
     if (std::exchange(job.isMarked, false))
-        environment_.catalog.markTranscription(false, job.request.recordingID);
+        environment_.catalog.markTranscription(Mark::none, job.request.recordingID);
+}
+
+/// Without a text this needs no mark. Nor must a mark stay that cannot be changed: the next start
+/// would report an unexpected end.
+void HistoryRefinementService::leaveToNextStart(Job& job) {
+    const UUID& id = job.request.recordingID;
+    if (!job.isMarked)
+        return;
+    try {
+        if (!lacksText(id) && environment_.catalog.markTranscription(Mark::interrupted, id))
+            return;
+    } catch (const std::system_error&) { // it is unknown whether there is a text
+    }
+    removeMark(job);
 }
 
 /// Whether the recogniser found no text, neither now nor before: this is not a failure that the

@@ -30,8 +30,8 @@ namespace tessarune {
 ///
 /// Main queue; reading and saving happen on a queue of utility priority. Jobs are not persistent:
 /// the end of the program drops them, and the former transcripts stay. The next start knows of an
-/// import without a transcript whether its job was dropped in order or ended the program (see
-/// RecordingRepair).
+/// import whose text or translation is missing whether its job was dropped in order or ended the
+/// program (see RecordingRepair).
 class HistoryRefinementService {
   public:
     struct Environment {
@@ -113,9 +113,10 @@ class HistoryRefinementService {
     Task<void> work(JobPtr job);
     bool isSilence(const Job& job) const;
     void settleImport(const UUID& id);
-    bool isFirstTextOfImport(const UUID& id) const;
+    bool lacksText(const UUID& id) const;
     Task<void> markFirstText(JobPtr job);
     void removeMark(Job& job);
+    void leaveToNextStart(Job& job);
     Task<void> run(JobPtr job);
     Task<void> refineSource(JobPtr job);
     Task<void> mayContinue(JobPtr job);
