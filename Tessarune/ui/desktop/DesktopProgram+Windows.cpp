@@ -4,6 +4,8 @@
 #include "Tessarune/ui/desktop/DesktopSettings.h"
 #include "TessaruneCore/text/Localization.h"
 
+#include <malloc.h>
+
 #include <QGuiApplication>
 #include <QWindow>
 #include <algorithm>
@@ -103,10 +105,20 @@ void DesktopProgram::showFirst() {
         return;
     }
     welcome_ = std::make_unique<DesktopWelcome>(application_, motion_.isReduced, [this] {
-        if (!isEnding_)
-            window_->show();
+        if (isEnding_)
+            return;
+        window_->show();
+        spawn(Executor::main(host_), releaseWelcome());
     });
     welcome_->show();
+}
+
+/// The page's session has a recogniser of its own, with its model in memory.
+Task<void> DesktopProgram::releaseWelcome() {
+    Task<void> ending = welcome_->ended();
+    co_await ending;
+    welcome_.reset();
+    malloc_trim(0);
 }
 
 void DesktopProgram::makeTray() {

@@ -77,6 +77,7 @@ class DesktopProgram {
     /// Shows the caption window, or the welcome page on the first start.
     void showFirst();
     void closeWelcome();
+    Task<void> releaseWelcome();
     void makeTray();
     void perform(DesktopAction action);
     void handle(const InstanceRequest& request);
@@ -108,7 +109,7 @@ class DesktopProgram {
     std::unique_ptr<CaptionWindow> window_;
     std::optional<DesktopTray> tray_;
     DesktopWindows windows_;
-    std::unique_ptr<DesktopWelcome> welcome_; // on the first start
+    std::unique_ptr<DesktopWelcome> welcome_; // on the first start, until it is closed
     std::optional<FileWatch> recordingsWatch_;
     DelayedCall recordingsLook_;
     bool isEnding_ = false;

@@ -76,4 +76,12 @@ void DesktopWelcome::close() {
     onClose();
 }
 
+/// The first wait also lets the page's own button return.
+Task<void> DesktopWelcome::ended() {
+    constexpr double lookSeconds = 0.2;
+    do
+        co_await sleep(Executor::main(application_.host), lookSeconds);
+    while (window_.isRunning() || session_.store().isStopping() || session_.isWritingDiagnostics());
+}
+
 } // namespace tessarune

@@ -28,6 +28,8 @@ class DesktopWelcome {
     bool isOpen() const { return onClose_ != nullptr; }
     /// Closes the page and stops the sample. Also called before a session of the user begins.
     void close();
+    /// Resumes after `close`, as soon as nothing of the page runs and it can be destroyed.
+    Task<void> ended();
 
   private:
     Task<std::string> playSample();

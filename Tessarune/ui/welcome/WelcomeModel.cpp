@@ -154,7 +154,7 @@ void WelcomeModel::begin() {
         return;
     problem_.clear();
     enter(Stage::download);
-    spawn(Executor::main(environment_.host), run());
+    run_ = spawn(Executor::main(environment_.host), run());
 }
 
 /// The sample does not wait for the translation model: it starts once there is a speech model.

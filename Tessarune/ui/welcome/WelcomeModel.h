@@ -11,6 +11,7 @@
 #include <QStringList>
 #include <QVariantMap>
 #include <functional>
+#include <optional>
 #include <stop_token>
 #include <string>
 #include <vector>
@@ -59,6 +60,8 @@ class WelcomeModel final : public QObject {
     bool isDownloading() const { return isDownloading_; }
     QString problem() const { return QString::fromStdString(problem_); }
     static QVariantMap texts();
+    /// Whether a download or the start of the sample is in progress; the model must outlive it.
+    bool isRunning() const { return run_ && !run_->isFinished(); }
 
     /// Downloads the speech model if none is intact, stores the choice, starts the sample, and then
     /// downloads the translation model if it is missing.
@@ -95,6 +98,7 @@ class WelcomeModel final : public QObject {
     std::uint64_t expected_ = 0;
     std::string problem_;
     std::stop_source stop_;
+    std::optional<TaskHandle> run_;
 };
 
 } // namespace tessarune

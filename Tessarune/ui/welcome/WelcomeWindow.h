@@ -19,6 +19,8 @@ class WelcomeWindow {
 
     void show();
     void hide() { window_->hide(); }
+    /// Whether the page must not be destroyed yet, also when it is hidden.
+    bool isRunning() const { return model_.isRunning(); }
     QQuickWindow& window() { return *window_; }
 
   private:
