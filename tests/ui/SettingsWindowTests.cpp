@@ -270,5 +270,20 @@ TEST_F(SettingsWindowTests, EveryControlHasANameAndIsReachedByTab) {
     }
 }
 
+TEST_F(SettingsWindowTests, AScreenReaderOperatesTheControls) {
+    const auto act = [&](const char* name, const QString& action) {
+        QAccessible::queryAccessibleInterface(control(name))->actionInterface()->doAction(action);
+    };
+    open("recording");
+    act("保存录音和文字", QAccessibleActionInterface::toggleAction());
+    EXPECT_FALSE(*settings.settings.recordWhileCaptioning);
+    act("无损录音", QAccessibleActionInterface::toggleAction());
+    EXPECT_FALSE(*settings.settings.recordLosslessAudio) << "it does not apply";
+    open("captions");
+    const std::int64_t opacity = *settings.settings.bgOpacity;
+    act("背景不透明度", QAccessibleActionInterface::decreaseAction());
+    EXPECT_TRUE(runUntil([&] { return *settings.settings.bgOpacity < opacity; }));
+}
+
 } // namespace
 } // namespace tessarune

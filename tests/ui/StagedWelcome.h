@@ -3,7 +3,7 @@
 #include "Tessarune/ui/welcome/WelcomeWindow.h"
 #include "tests/ui/StagedSettings.h"
 
-#include <QMetaObject>
+#include <QAccessible>
 #include <QQuickItem>
 #include <memory>
 #include <string>
@@ -28,8 +28,11 @@ class StagedWelcome {
         window->show();
     }
     WelcomeModel& model() { return *window->window().property("model").value<WelcomeModel*>(); }
+    /// As a screen reader does.
     void press(const QString& button) {
-        QMetaObject::invokeMethod(window->window().findChild<QQuickItem*>(button), "clicked");
+        QAccessible::queryAccessibleInterface(window->window().findChild<QQuickItem*>(button))
+            ->actionInterface()
+            ->doAction(QAccessibleActionInterface::pressAction());
     }
 
     StagedCaptions captions;

@@ -18,6 +18,7 @@ T.ComboBox {
     opacity: enabled ? 1 : 0.5
     Accessible.role: Accessible.ComboBox
     Accessible.name: name
+    Accessible.onPressAction: if (enabled) popup.open()
     Keys.onReturnPressed: popup.open()
 
     contentItem: Text {
@@ -53,6 +54,7 @@ T.ComboBox {
         highlighted: root.highlightedIndex === index
         Accessible.role: Accessible.ListItem
         Accessible.name: modelData
+        Accessible.onPressAction: clicked()
 
         contentItem: Item {
             Glyph {

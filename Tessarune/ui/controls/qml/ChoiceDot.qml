@@ -12,6 +12,8 @@ T.AbstractButton {
     Accessible.role: Accessible.RadioButton
     Accessible.name: text
     Accessible.checked: checked
+    Accessible.onPressAction: if (enabled) clicked()
+    Accessible.onToggleAction: if (enabled) clicked()
     Keys.onReturnPressed: clicked()
 
     background: Rectangle {

@@ -18,6 +18,7 @@ T.Button {
     Accessible.role: Accessible.Button
     Accessible.name: name
     Accessible.description: value
+    Accessible.onPressAction: if (enabled) clicked()
     Keys.onReturnPressed: clicked()
     onClicked: popup.open()
 
@@ -84,6 +85,7 @@ T.Button {
                         implicitHeight: implicitWidth
                         Accessible.role: Accessible.Button
                         Accessible.name: modelData
+                        Accessible.onPressAction: if (enabled) clicked()
                         Keys.onReturnPressed: clicked()
                         onClicked: {
                             root.chosen(modelData);

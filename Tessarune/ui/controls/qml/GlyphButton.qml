@@ -16,6 +16,7 @@ T.Button {
     implicitHeight: implicitWidth
     Accessible.role: Accessible.Button
     Accessible.name: name
+    Accessible.onPressAction: if (enabled) clicked()
     Keys.onReturnPressed: clicked()
 
     contentItem: Item {

@@ -16,6 +16,7 @@ T.Button {
     opacity: enabled ? 1 : 0.5
     Accessible.role: Accessible.Button
     Accessible.name: text
+    Accessible.onPressAction: if (enabled) clicked()
     Keys.onReturnPressed: clicked()
     Keys.onEnterPressed: clicked()
 

@@ -11,7 +11,13 @@ T.Switch {
     opacity: enabled ? 1 : 0.4
     Accessible.role: Accessible.CheckBox
     Accessible.name: text
-    Keys.onReturnPressed: {
+    Accessible.onPressAction: flip()
+    Accessible.onToggleAction: flip()
+    Keys.onReturnPressed: flip()
+
+    function flip() {
+        if (!enabled)
+            return;
         toggle();
         toggled();
     }

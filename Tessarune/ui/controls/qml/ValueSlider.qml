@@ -15,6 +15,18 @@ T.Slider {
     opacity: enabled ? 1 : 0.4
     Accessible.role: Accessible.Slider
     Accessible.name: name
+    Accessible.onIncreaseAction: step(true)
+    Accessible.onDecreaseAction: step(false)
+
+    function step(isUp) {
+        if (!enabled)
+            return;
+        if (isUp)
+            increase();
+        else
+            decrease();
+        moved();
+    }
 
     background: Rectangle {
         x: root.leftPadding

@@ -49,6 +49,8 @@ Popover {
                     Accessible.role: Accessible.RadioButton
                     Accessible.name: text
                     Accessible.checked: checked
+                    Accessible.onPressAction: if (enabled) clicked()
+                    Accessible.onToggleAction: if (enabled) clicked()
                     Keys.onReturnPressed: clicked()
                     onClicked: root.model.format = modelData.name
 

@@ -41,6 +41,8 @@ Rectangle {
                 Accessible.role: Accessible.RadioButton
                 Accessible.name: modelData
                 Accessible.checked: checked
+                Accessible.onPressAction: if (enabled) clicked()
+                Accessible.onToggleAction: if (enabled) clicked()
                 Keys.onReturnPressed: clicked()
                 onClicked: root.chosen(index)
 

@@ -21,6 +21,7 @@ Row {
         Accessible.role: Accessible.PageTab
         Accessible.name: text
         Accessible.selected: checked
+        Accessible.onPressAction: if (enabled) clicked()
         Keys.onReturnPressed: clicked()
 
         contentItem: Item {

@@ -14,6 +14,8 @@ T.AbstractButton {
     Accessible.role: Accessible.RadioButton
     Accessible.name: text + ": " + figure
     Accessible.checked: checked
+    Accessible.onPressAction: if (enabled) clicked()
+    Accessible.onToggleAction: if (enabled) clicked()
     Keys.onReturnPressed: clicked()
 
     contentItem: Column {
