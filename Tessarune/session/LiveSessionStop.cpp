@@ -25,7 +25,7 @@ SessionLog& LiveSessionStop::log() const {
 void LiveSessionStop::request(const LiveSessionControlTrigger& trigger) {
     // A late start may have reset the phase during a stop, but a second stop must not begin.
     if (isFinalizing_) {
-        startsAgain_ = false;
+        store_.view_.startsAgain = false;
         return;
     }
     const LiveSessionPhase phaseBefore = *store_.view_.sessionPhase;
@@ -49,6 +49,10 @@ void LiveSessionStop::request(const LiveSessionControlTrigger& trigger) {
     store_.texts_.updateVisibleSourceTextFlag();
     isFinalizing_ = true;
     task_ = spawn(Executor::main(store_.host()), run(store_.weak_from_this(), ++number_));
+}
+
+void LiveSessionStop::startAgainAfterwards() {
+    store_.view_.startsAgain = true;
 }
 
 Task<void> LiveSessionStop::run(std::weak_ptr<LiveTranscriptStore> weak, std::uint64_t number) {
@@ -260,7 +264,7 @@ void LiveSessionStop::report(const Step& step, bool transcriptPersisted,
                              bool translationCompleted) {
     const bool isComplete = transcriptPersisted && translationCompleted;
     LogFields fields = log().elapsed(step.startedAt);
-    fields.add("pendingStartAfterStop", startsAgain_)
+    fields.add("pendingStartAfterStop", *store_.view_.startsAgain)
         .add("outcome", isComplete ? "complete" : "degraded")
         .add("transcriptPersisted", transcriptPersisted)
         .add(triggerFields());
@@ -278,8 +282,10 @@ void LiveSessionStop::finishFinalize() {
          }});
     trigger_.reset();
     isFinalizing_ = false;
-    if (std::exchange(startsAgain_, false))
-        store_.startListening(LiveSessionControlTrigger::pendingRestart());
+    if (!*store_.view_.startsAgain)
+        return;
+    store_.startListening(LiveSessionControlTrigger::pendingRestart());
+    store_.view_.startsAgain = false; // only now, so that views see no idle program in between
 }
 
 LogFields LiveSessionStop::triggerFields() const {

@@ -32,7 +32,7 @@ class LiveSessionStop {
     /// Ends the session, if there is one. During a save this only cancels the queued start.
     void request(const LiveSessionControlTrigger& trigger);
     /// Starts another session as soon as this one is saved.
-    void startAgainAfterwards() { startsAgain_ = true; }
+    void startAgainAfterwards();
     /// A session that ends before it listens is not worth keeping: its recording is discarded.
     void noteSessionStarting() { isWorthKeeping_ = false; }
     void noteSessionListening() { isWorthKeeping_ = true; }
@@ -84,7 +84,6 @@ class LiveSessionStop {
     std::uint64_t number_ = 0;       // of the latest stop
     double requestedAt_ = 0;
     bool isFinalizing_ = false;
-    bool startsAgain_ = false;
     bool isWorthKeeping_ = false;
     bool wasEmpty_ = false; // the recording was discarded because it was empty
     std::optional<LiveSessionControlTrigger> trigger_;

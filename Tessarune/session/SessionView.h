@@ -68,6 +68,8 @@ struct SessionView {
     Published<bool> hasVisibleSourceTextFlag{false};
     Published<std::string> liveHistoryText; ///< all text so far, updated about once a second
     Published<double> sessionDuration{0.0}; ///< seconds
+    /// Whether another session starts as soon as this one is saved.
+    Published<bool> startsAgain{false};
     /// The stop no longer waits for translations: rows may stay untranslated.
     Published<bool> isTranslationOver{false};
     /// The progress of the compression, 0 to 1; `nullopt` if none is running.

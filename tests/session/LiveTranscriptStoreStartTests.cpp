@@ -219,7 +219,9 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherSourceEndsTheSessionAndBeginsTheNex
     EXPECT_EQ(session.phase(), Phase::listening);
     session.store->selectSource(AudioSource::microphone("usb"));
     session.store->selectSource(AudioSource::microphone("mic")); // while it stops
+    EXPECT_TRUE(*session.store->view().startsAgain);
     session.host.advanceBy(5);
+    EXPECT_FALSE(*session.store->view().startsAgain);
     EXPECT_EQ(session.phase(), Phase::listening);
     EXPECT_EQ(session.server.openSources(), Strings{"mic"});
     EXPECT_EQ(field("listen.stop.requested", "trigger"), "settings.audioSource.switch");

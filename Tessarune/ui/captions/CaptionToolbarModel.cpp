@@ -90,7 +90,7 @@ int CaptionToolbarModel::currentSource() const {
 }
 
 QString CaptionToolbarModel::status() const {
-    if (environment_.isWaiting())
+    if (environment_.isWaiting() && !isStopping())
         return QString::fromStdString(environment_.waitingText());
     if (*session().sessionPhase == LiveSessionPhase::failed && !session().presentedError->empty())
         return QString::fromStdString(*session().presentedError);

@@ -17,6 +17,8 @@ constexpr double quietWaitSeconds = 1; // only a longer wait is worth a message
 
 DesktopListening::DesktopListening(Environment environment) : environment_(std::move(environment)) {
     environment_.sound.onFileEnded = [this](const std::string& problem) { fileEnded(problem); };
+    observations_.follow(store().view().isListening, [this] { updateWaiting(); });
+    observations_.follow(store().view().startsAgain, [this] { updateWaiting(); });
 }
 
 void DesktopListening::connect() {
@@ -31,15 +33,21 @@ Task<void> DesktopListening::connectToSound() {
     const std::string problem = co_await connecting;
     isConnecting_ = false;
     hasSound_ = problem.empty();
-    environment_.notices.tell(Topic::sound, problem);
-    const auto start = takePendingStart();
+    const auto start = std::exchange(pendingStart_, std::nullopt);
     if (hasSound_) {
+        environment_.notices.tell(Topic::sound, problem);
         store().refreshInputDevices();
         if (start && !isEnding_)
             store().startListening(*start);
-    } else if (environment_.sound.isFile()) {
-        listenToComputer(computerSource_);
+    } else if (start && environment_.sound.isFile() && !following_.empty()) {
+        environment_.notices.tell(problem);
+        want(nextFile());
+    } else {
+        environment_.notices.tell(Topic::sound, problem);
+        if (environment_.sound.isFile())
+            listenToComputer(computerSource_);
     }
+    updateWaiting();
 }
 
 /// Tells the user after a moment that a file still has no sound: a file opens at once, but a pipe
@@ -48,16 +56,27 @@ Task<void> DesktopListening::tellOfWaiting() {
     Task<bool> waiting = sleep(Executor::main(environment_.host), quietWaitSeconds);
     co_await waiting;
     if (pendingStart_ && isConnecting_ && environment_.sound.isFile())
-        waiting_ = localized("Waiting for sound from %@.", {*environment_.sound.fileName});
+        waitingText_ = localized("Waiting for sound from %@.", {*environment_.sound.fileName});
+    updateWaiting();
 }
 
-std::optional<LiveSessionControlTrigger> DesktopListening::takePendingStart() {
-    waiting_ = std::nullopt;
-    return std::exchange(pendingStart_, std::nullopt);
+/// Whether a start will take effect later.
+bool DesktopListening::isStartQueued() {
+    return pendingStart_ || wantsStart() || *store().view().startsAgain ||
+           (isLookingAtFile() && !isListening());
+}
+
+/// Call after each change of what a start waits for.
+void DesktopListening::updateWaiting() {
+    std::optional<std::string> waiting;
+    if (isStartQueued())
+        waiting = pendingStart_ ? waitingText_ : std::string();
+    if (*waiting_ != waiting)
+        waiting_ = std::move(waiting);
 }
 
 void DesktopListening::start(const LiveSessionControlTrigger& trigger) {
-    if (isEnding_)
+    if (isEnding_ || *store().view().startsAgain)
         return;
     const bool isSaving = store().isStopping();
     if (isSaving && trigger.userInitiated && !wantsStart())
@@ -69,88 +88,121 @@ void DesktopListening::start(const LiveSessionControlTrigger& trigger) {
     else if (!isListening() && !pendingStart_ && !isLookingAtFile() &&
              environment_.hasSpeechModel())
         startWithSound(trigger);
+    updateWaiting();
 }
 
 void DesktopListening::startWithSound(const LiveSessionControlTrigger& trigger) {
-    environment_.notices.tell(Topic::file, ""); // of an earlier start
+    environment_.notices.tell(Topic::file, followingText()); // replaces that of an earlier start
     if (hasSound_)
         return store().startListening(trigger);
     pendingStart_ = trigger;
-    waiting_ = "";
+    waitingText_.clear();
     connect();
     if (environment_.sound.isFile())
         spawn(Executor::main(environment_.host), tellOfWaiting());
 }
 
 void DesktopListening::toggle(const LiveSessionControlTrigger& trigger) {
-    if (pendingStart_ || wantsStart() || isLookingAtFile())
-        return stop(trigger);
     const bool isStopping = *store().view().sessionPhase == LiveSessionPhase::stopping;
-    if (isListening() || (isStopping && trigger.userInitiated))
-        store().toggleListening(trigger);
+    if (isListening() || isStartQueued())
+        stop(trigger);
+    else if (isStopping && trigger.userInitiated)
+        store().toggleListening(trigger); // only logs it
     else
         start(trigger);
 }
 
 void DesktopListening::stop(const LiveSessionControlTrigger& trigger) {
-    if (std::exchange(look_, 0) != 0 && !pendingStart_)
-        waiting_ = std::nullopt;
+    look_ = 0;
+    if (!std::exchange(following_, {}).empty())
+        environment_.notices.tell(Topic::file, "");
     if (wish_)
         wish_ = Wish{.file = {}, .source = wish_->source, .isAnother = wish_->isAnother};
-    if (takePendingStart() && environment_.sound.isFile())
+    if (std::exchange(pendingStart_, std::nullopt) && environment_.sound.isFile())
         listenToComputer(computerSource_);
     store().stopListening(trigger);
+    updateWaiting();
 }
 
-void DesktopListening::captionFile(const std::filesystem::path& file) {
+void DesktopListening::captionFiles(std::vector<std::filesystem::path> files) {
+    if (files.empty())
+        return;
     look_ = ++lastLook_;
-    if (!isListening())
-        waiting_ = "";
-    spawn(Executor::main(environment_.host), lookAt(file, look_));
+    updateWaiting();
+    spawn(Executor::main(environment_.host), lookAt(std::move(files), look_));
 }
 
 /// On a queue of its own, because the disk may be slow. The running session continues meanwhile,
-/// and if the file cannot be heard.
-Task<void> DesktopListening::lookAt(std::filesystem::path file, unsigned look) {
+/// and if no file can be heard.
+Task<void> DesktopListening::lookAt(std::vector<std::filesystem::path> files, unsigned look) {
     Host& host = environment_.host;
     const auto queue = host.serialQueue("Tessarune.file.look", QueuePriority::userInitiated);
-    const std::string problem =
-        co_await runOn(Executor::queue(host, queue), [&] { return DesktopSound::problemOf(file); });
-    if (look != look_)
-        co_return;
+    std::string problem;
+    auto first = files.begin();
+    for (; first != files.end(); ++first) {
+        problem = co_await runOn(Executor::queue(host, queue),
+                                 [&] { return DesktopSound::problemOf(*first); });
+        if (look != look_)
+            co_return;
+        if (problem.empty())
+            break;
+        if (first + 1 != files.end())
+            environment_.notices.tell(problem);
+    }
     look_ = 0;
-    if (problem.empty()) {
-        want({.file = file, .starts = true});
+    if (first != files.end()) {
+        following_.assign(first + 1, files.end());
+        want({.file = *first, .starts = true});
         co_return;
     }
-    if (!pendingStart_)
-        waiting_ = std::nullopt;
     environment_.notices.tell(Topic::file, problem);
     if (!hasSound_)
         connect();
+    updateWaiting();
+}
+
+/// Tells how many files follow the current one; empty if none does.
+std::string DesktopListening::followingText() const {
+    return following_.empty()
+               ? std::string()
+               : localized("接下来还有 %lld 个文件。", {std::to_string(following_.size())});
+}
+
+/// The next file, or the computer if there is none.
+DesktopListening::Wish DesktopListening::nextFile() {
+    if (following_.empty())
+        return {};
+    Wish wish{.file = std::move(following_.front()), .starts = true};
+    following_.pop_front();
+    return wish;
 }
 
 void DesktopListening::selectSource(const AudioSource& source) {
     if (!wish_ && !isLookingAtFile() && !environment_.sound.isFile())
         return store().selectSource(source);
-    const bool restarts = isListening() || pendingStart_ || wantsStart() || isLookingAtFile();
+    const bool restarts = isListening() || isStartQueued();
     look_ = 0;
+    following_.clear();
     want({.file = {}, .source = source, .starts = restarts});
 }
 
 void DesktopListening::fileEnded(const std::string& problem) {
-    environment_.notices.tell(Topic::file, problem);
+    if (following_.empty())
+        environment_.notices.tell(Topic::file, problem);
+    else
+        environment_.notices.tell(problem); // the topic is the next file
     if (!wish_)
-        want({});
+        want(nextFile());
     else
         wish_->isAnother = true; // the file is not heard again
 }
 
 /// Replaces a wish that is still waiting.
 void DesktopListening::want(Wish wish) {
-    takePendingStart();
+    pendingStart_ = std::nullopt;
     if (!std::exchange(wish_, std::move(wish)))
         spawn(Executor::main(environment_.host), fulfilWish());
+    updateWaiting();
 }
 
 Task<void> DesktopListening::fulfilWish() {
@@ -162,6 +214,7 @@ Task<void> DesktopListening::fulfilWish() {
     if (wish.starts)
         start(wish.file || !wish.isAnother ? LiveSessionControlTrigger::programmatic()
                                            : LiveSessionControlTrigger::sourceSwitch());
+    updateWaiting();
 }
 
 /// No session runs.

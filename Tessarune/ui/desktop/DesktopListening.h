@@ -7,12 +7,15 @@
 #include "Tessarune/ui/desktop/DesktopSound.h"
 #include "TessaruneCore/host/Host.h"
 #include "TessaruneCore/host/Task.h"
+#include "TessaruneCore/observation/Observations.h"
 #include "TessaruneCore/observation/Published.h"
 
+#include <deque>
 #include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace tessarune {
 
@@ -42,12 +45,14 @@ class DesktopListening {
     void start(const LiveSessionControlTrigger& trigger);
     void toggle(const LiveSessionControlTrigger& trigger);
     void stop(const LiveSessionControlTrigger& trigger);
-    /// Captions a file in place of the computer's sound, from its beginning to its end. The running
-    /// session is saved first. If the file cannot be heard, tells the user, and the session
-    /// continues.
-    void captionFile(const std::filesystem::path& file);
+    /// Captions the files in place of the computer's sound, one session after the other, each from
+    /// its beginning to its end. The running session is saved first. Tells the user which files
+    /// cannot be heard and skips them; if none can be, the session continues. A stop also drops the
+    /// files that are still to come.
+    void captionFiles(std::vector<std::filesystem::path> files);
     void selectSource(const AudioSource& source);
-    /// What a start waits for; see CaptionWindowEnvironment.
+    /// What a start waits for; see CaptionWindowEnvironment. While there is a value, or the session
+    /// listens, every control offers to stop, and `toggle` stops.
     const Published<std::optional<std::string>>& waiting() const { return waiting_; }
     /// Call before the program ends: a pending start no longer takes effect.
     void end() { isEnding_ = true; }
@@ -64,12 +69,15 @@ class DesktopListening {
     LiveTranscriptStore& store() { return environment_.session.store(); }
     bool isListening() { return *store().view().isListening; }
     bool wantsStart() const { return wish_ && wish_->starts; }
-    std::optional<LiveSessionControlTrigger> takePendingStart();
+    bool isStartQueued();
+    void updateWaiting();
+    std::string followingText() const;
+    Wish nextFile();
     void startWithSound(const LiveSessionControlTrigger& trigger);
     void fileEnded(const std::string& problem);
     void want(Wish wish);
     Task<void> fulfilWish();
-    Task<void> lookAt(std::filesystem::path file, unsigned look);
+    Task<void> lookAt(std::vector<std::filesystem::path> files, unsigned look);
     bool isLookingAtFile() const { return look_ != 0; }
     void changeSound(const Wish& wish);
     Task<void> connectToSound();
@@ -80,12 +88,15 @@ class DesktopListening {
     std::optional<Wish> wish_;
     unsigned look_ = 0; ///< at the file to caption; 0: none
     unsigned lastLook_ = 0;
+    std::deque<std::filesystem::path> following_;           // captioned after the current file
     std::optional<LiveSessionControlTrigger> pendingStart_; // takes effect once there is sound
-    Published<std::optional<std::string>> waiting_;         // while a start is pending
+    std::string waitingText_;                               // for the user, while it is pending
+    Published<std::optional<std::string>> waiting_;
     AudioSource computerSource_ = AudioSource::systemAudio();
     bool hasSound_ = false;
     bool isConnecting_ = false;
     bool isEnding_ = false;
+    Observations observations_;
 };
 
 } // namespace tessarune

@@ -53,7 +53,7 @@ bool isOwnStream(const std::filesystem::path& file) {
 /// Passes the request to the program that already runs. Returns the exit status; `nullopt` if that
 /// program has just ended and this one takes its place.
 std::optional<int> passOn(SingleInstance& instance, const DesktopRequest& request) {
-    if (request.file && isOwnStream(*request.file)) {
+    if (std::ranges::any_of(request.files, isOwnStream)) {
         std::cerr << "tessarune: already running, and cannot read what is piped to this start.\n";
         return noInput;
     }
@@ -99,20 +99,23 @@ int runDesktopProgram(int argc, char** argv) {
     const DesktopRequest request = DesktopRequest::of(arguments);
     if (request.unknown) {
         std::cerr << "tessarune: unknown argument '" << *request.unknown
-                  << "'; expected start, stop, toggle, show, history, settings, file:PATH.\n";
+                  << "'; expected start, stop, toggle, show, history, settings, or files.\n";
         return usageError;
     }
-    if (const std::string problem = request.file ? DesktopSound::problemOf(*request.file) : "";
-        !problem.empty()) {
-        std::cerr << "tessarune: " << problem << "\n";
-        return noInput;
+    // Of several files, the window names those that cannot be heard, and captions the others.
+    if (request.files.size() == 1) {
+        if (const std::string problem = DesktopSound::problemOf(request.files.front());
+            !problem.empty()) {
+            std::cerr << "tessarune: " << problem << "\n";
+            return noInput;
+        }
     }
     SingleInstance instance(TESSARUNE_APPLICATION_ID);
     if (instance.standing() == SingleInstance::Standing::second) {
         if (const auto status = passOn(instance, request))
             return *status;
     }
-    if (request.has(DesktopAction::stop) && request.actions.size() == 1 && !request.file)
+    if (request.has(DesktopAction::stop) && request.actions.size() == 1 && request.files.empty())
         return 0; // no program runs that could be stopped
     return DesktopProgram(signals, instance, request).run();
 }

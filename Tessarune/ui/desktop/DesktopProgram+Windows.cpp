@@ -99,7 +99,7 @@ void DesktopProgram::recordFollow(const std::string& event, const LogFields& fie
 }
 
 void DesktopProgram::showFirst() {
-    const bool hasRequest = request_.file || !request_.actions.empty();
+    const bool hasRequest = !request_.files.empty() || !request_.actions.empty();
     if (hasRequest || !DesktopWelcome::isDue(application_)) {
         window_->show();
         return;
@@ -131,7 +131,7 @@ void DesktopProgram::makeTray() {
         return [this, kind, section] { windows_.show(kind, section); };
     };
     tray_.emplace(
-        store().view(), application_.paths.appSupportBase(),
+        store().view(), listening_.waiting(), application_.paths.appSupportBase(),
         DesktopTray::Commands{
             .toggleListening = [this] { toggle(LiveSessionControlTrigger::contextMenu()); },
             .toggleWindow = [this] { toggleWindow(); },
@@ -181,7 +181,7 @@ void DesktopProgram::handle(const InstanceRequest& request) {
     if (request.files.empty())
         return;
     closeWelcome();
-    listening_.captionFile(request.files.back());
+    listening_.captionFiles({request.files.begin(), request.files.end()});
 }
 
 /// The sample ends before a session of the user's begins, and the caption window takes its place.

@@ -69,11 +69,11 @@ int DesktopProgram::run() {
     showFirst();
     watchSystem();
     instance_.serve([this](const InstanceRequest& request) { handle(request); });
-    // A file on the command line is captioned at once; other sound waits for the user's command.
-    if (request_.file)
-        listening_.captionFile(*request_.file);
-    else
+    // Files on the command line are captioned at once; other sound waits for the user's command.
+    if (request_.files.empty())
         listening_.connect();
+    else
+        listening_.captionFiles(request_.files);
     for (const DesktopAction action : request_.actions)
         perform(action);
     const int status = QGuiApplication::exec();

@@ -1,5 +1,6 @@
 #include "Tessarune/ui/desktop/DesktopRequest.h"
 
+#include <QUrl>
 #include <algorithm>
 #include <system_error>
 #include <utility>
@@ -9,6 +10,7 @@ namespace tessarune {
 namespace {
 
 constexpr std::string_view filePrefix = "file:";
+constexpr std::string_view addressPrefix = "file://";
 
 using ActionWord = std::pair<std::string_view, DesktopAction>;
 constexpr ActionWord actionWords[] = {
@@ -25,6 +27,24 @@ std::string absolutePath(const std::filesystem::path& path) {
     return (failure ? path : absolute).string();
 }
 
+/// The file that an argument names: as `file:PATH`, as an address, as a path with a slash, or as
+/// the name of an existing file, so that a mistyped action is not taken for one.
+std::optional<std::filesystem::path> fileOf(std::string_view argument) {
+    if (argument.starts_with(addressPrefix)) {
+        const QUrl address(QString::fromUtf8(argument.data(), std::ssize(argument)));
+        // A decoded address can contain a zero byte, a file name cannot.
+        const QString file = address.toLocalFile();
+        if (!file.isEmpty() && !file.contains(QChar::Null))
+            return file.toStdString();
+    }
+    if (argument.starts_with(filePrefix) && argument != filePrefix)
+        return argument.substr(filePrefix.size());
+    std::error_code failure;
+    const bool isFile = argument.find('/') != std::string_view::npos ||
+                        (!argument.empty() && std::filesystem::exists(argument, failure));
+    return isFile ? std::optional<std::filesystem::path>(argument) : std::nullopt;
+}
+
 } // namespace
 
 std::optional<DesktopAction> desktopActionOf(std::string_view word) {
@@ -38,10 +58,10 @@ std::optional<DesktopAction> desktopActionOf(std::string_view word) {
 DesktopRequest DesktopRequest::of(std::span<char*> arguments) {
     DesktopRequest request;
     for (const std::string_view argument : arguments) {
-        if (argument.starts_with(filePrefix) && argument != filePrefix)
-            request.file = std::filesystem::path(argument.substr(filePrefix.size()));
-        else if (const auto action = desktopActionOf(argument))
+        if (const auto action = desktopActionOf(argument))
             request.actions.push_back(*action);
+        else if (auto file = fileOf(argument))
+            request.files.push_back(std::move(*file));
         else if (!request.unknown)
             request.unknown = argument;
     }
@@ -54,8 +74,8 @@ InstanceRequest DesktopRequest::forOther() const {
         const auto* const named = std::ranges::find(actionWords, action, &ActionWord::second);
         request.actions.emplace_back(named->first);
     }
-    if (file)
-        request.files.push_back(absolutePath(*file));
+    for (const std::filesystem::path& file : files)
+        request.files.push_back(absolutePath(file));
     return request;
 }
 

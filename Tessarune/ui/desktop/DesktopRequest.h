@@ -20,7 +20,7 @@ std::optional<DesktopAction> desktopActionOf(std::string_view word);
 
 /// The content of the program's command line.
 struct DesktopRequest {
-    std::optional<std::filesystem::path> file; ///< captioned instead of the computer's sound
+    std::vector<std::filesystem::path> files; ///< captioned instead of the computer's sound
     std::vector<DesktopAction> actions;
     std::optional<std::string> unknown; ///< the first unknown argument
 

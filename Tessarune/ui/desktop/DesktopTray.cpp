@@ -61,9 +61,13 @@ QIcon trayIcon(const std::filesystem::path& pictures) {
 
 } // namespace
 
-DesktopTray::DesktopTray(const SessionView& session, const std::filesystem::path& pictures,
-                         Commands commands)
-    : session_(session), commands_(std::move(commands)), item_(trayIcon(pictures)) {
+DesktopTray::DesktopTray(const SessionView& session,
+                         const Published<std::optional<std::string>>& waiting,
+                         const std::filesystem::path& pictures, Commands commands)
+    : session_(session),
+      waiting_(waiting),
+      commands_(std::move(commands)),
+      item_(trayIcon(pictures)) {
     addEntries();
     TessaruneLog::ui.notice([this] {
         return "Tessarune: status item menu configured with " +
@@ -76,6 +80,7 @@ DesktopTray::DesktopTray(const SessionView& session, const std::filesystem::path
                              commands_.toggleWindow();
                      });
     observations_.follow(session_.isListening, [this] { update(); });
+    observations_.follow(waiting_, [this] { update(); });
     observations_.follow(session_.hasVisibleSourceTextFlag, [this] { update(); });
     update();
     item_.show();
@@ -97,12 +102,19 @@ void DesktopTray::addEntries() {
 }
 
 void DesktopTray::update() {
-    const bool listens = *session_.isListening;
-    toggleListening_->setText(listens ? textOf("停止字幕") : textOf("开始字幕"));
+    const bool isOn = *session_.isListening || *waiting_;
+    toggleListening_->setText(isOn ? textOf("停止字幕") : textOf("开始字幕"));
     toggleWindow_->setText(commands_.isWindowVisible() ? textOf("隐藏字幕窗口")
                                                        : textOf("显示字幕窗口"));
     copy_->setEnabled(*session_.hasVisibleSourceTextFlag);
-    item_.setToolTip(listens ? textOf("Tessarune：正在显示字幕") : QStringLiteral("Tessarune"));
+    item_.setToolTip(toolTip());
+}
+
+QString DesktopTray::toolTip() const {
+    if (*session_.isListening)
+        return textOf("Tessarune：正在显示字幕");
+    const std::string waiting = waiting_->value_or("");
+    return waiting.empty() ? QStringLiteral("Tessarune") : QString::fromStdString(waiting);
 }
 
 } // namespace tessarune

@@ -8,11 +8,13 @@
 #include <QSystemTrayIcon>
 #include <filesystem>
 #include <functional>
+#include <optional>
+#include <string>
 
 namespace tessarune {
 
 /// The program's item in the desktop's tray, with a menu. Create it only when there is a tray. Main
-/// thread; the session must outlive it.
+/// thread; session and `waiting` must outlive it.
 class DesktopTray {
   public:
     struct Commands {
@@ -26,9 +28,10 @@ class DesktopTray {
         std::function<void()> quit;
     };
 
-    /// The picture "MenuBarIcon.png" in `pictures`, if it exists, is used for the item.
-    DesktopTray(const SessionView& session, const std::filesystem::path& pictures,
-                Commands commands);
+    /// `waiting` is that of the caption window. The picture "MenuBarIcon.png" in `pictures`, if it
+    /// exists, is used for the item.
+    DesktopTray(const SessionView& session, const Published<std::optional<std::string>>& waiting,
+                const std::filesystem::path& pictures, Commands commands);
     DesktopTray(const DesktopTray&) = delete;
 
     /// Call when the window was shown or hidden.
@@ -38,8 +41,10 @@ class DesktopTray {
 
   private:
     void addEntries();
+    QString toolTip() const;
 
     const SessionView& session_;
+    const Published<std::optional<std::string>>& waiting_;
     const Commands commands_;
     QMenu menu_;
     QAction* toggleListening_ = nullptr; // this and the next two: owned by the menu

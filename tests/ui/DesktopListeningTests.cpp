@@ -1,0 +1,135 @@
+#include "Tessarune/platform/qt-host/QtHost.h"
+#include "Tessarune/ui/desktop/DesktopListening.h"
+#include "Tessarune/ui/desktop/DesktopRequest.h"
+#include "TessaruneCore/text/Localization.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/support/WAVBytes.h"
+#include "tests/ui/OffscreenApplication.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+namespace tessarune {
+namespace {
+
+using Strings = std::vector<std::string>;
+
+/// The program without its windows: the real application, in folders of its own.
+class DesktopListeningTests : public ::testing::Test {
+  protected:
+    DesktopListeningTests() {
+        sound.fileName.onDidChange([this](const std::string& name) { heard.push_back(name); });
+    }
+    ~DesktopListeningTests() override {
+        listening.end();
+        listening.stop(script);
+        EXPECT_TRUE(runUntil([&] { return !session.store().isStopping(); }));
+        setLocalizationTable({}); // which the application sets
+    }
+
+    bool hasPlaces() const {
+        for (const char* place : {"XDG_DATA_HOME", "XDG_CONFIG_HOME", "XDG_CACHE_HOME"})
+            qputenv(place, folder.path().c_str());
+        qputenv("PULSE_SERVER", "unix:/nowhere");
+        offscreenApplication();
+        return true;
+    }
+    std::filesystem::path toneFile(const char* name, double seconds) const {
+        std::ofstream(folder / name) << testing::wavBytes(testing::tone(seconds, 16000), 16000);
+        return folder / name;
+    }
+    const SessionView& view() { return session.store().view(); }
+    /// What all controls show: whether a press stops.
+    bool showsStop() { return *view().isListening || *listening.waiting(); }
+    bool isPhase(LiveSessionPhase phase) {
+        return runUntil([&] { return *view().sessionPhase == phase; });
+    }
+
+    const testing::TemporaryFolder folder;
+    const bool isPrivate = hasPlaces();
+    const LiveSessionControlTrigger script = LiveSessionControlTrigger::programmatic();
+    const LiveSessionControlTrigger user = LiveSessionControlTrigger::toolbarPill();
+    QtHost host;
+    Application application{host, "ui-tests"};
+    DesktopSound sound{host};
+    ListeningSession session{application, sound, {}};
+    DesktopNotices notices;
+    DesktopListening listening{{host, sound, session, notices, [] { return true; }}};
+    Strings heard; ///< the files, and "" for the computer
+};
+
+TEST_F(DesktopListeningTests, AToggleTurnsAroundWhatTheControlsShow) {
+    const auto pipe = folder / "pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_FALSE(showsStop());
+    listening.captionFiles({pipe});
+    EXPECT_TRUE(showsStop()) << "while it looks at the file";
+    ASSERT_TRUE(runUntil([&] { return listening.waiting()->value_or("") != ""; }));
+    listening.toggle(user);
+    EXPECT_FALSE(showsStop());
+
+    listening.captionFiles({toneFile("long.wav", 60)});
+    ASSERT_TRUE(isPhase(LiveSessionPhase::listening));
+    EXPECT_FALSE(*listening.waiting());
+    listening.toggle(script);
+    EXPECT_FALSE(showsStop());
+    listening.toggle(script);
+    EXPECT_TRUE(showsStop()) << "it starts again once it is saved";
+    EXPECT_EQ(*view().sessionPhase, LiveSessionPhase::stopping);
+    listening.toggle(user);
+    EXPECT_FALSE(showsStop());
+    listening.start(script);
+    EXPECT_TRUE(showsStop());
+    ASSERT_TRUE(isPhase(LiveSessionPhase::listening));
+
+    // Another source, which waits until the file's session is saved.
+    listening.selectSource(AudioSource::microphone("none"));
+    EXPECT_TRUE(showsStop());
+    listening.toggle(user);
+    EXPECT_FALSE(showsStop());
+    ASSERT_TRUE(isPhase(LiveSessionPhase::idle));
+    EXPECT_EQ(heard.back(), "");
+    EXPECT_FALSE(showsStop());
+}
+
+TEST_F(DesktopListeningTests, FilesFollowEachOtherUntilAStop) {
+    std::ofstream(folder / "text.wav") << "no sound";
+    const auto first = toneFile("first.wav", 0.2);
+    const auto second = toneFile("second.wav", 0.2);
+    listening.captionFiles({folder / "text.wav", first, folder / "gone.wav", second});
+    ASSERT_TRUE(runUntil([&] { return !heard.empty() && heard.back().empty(); }));
+    EXPECT_EQ(heard, (Strings{"first.wav", "gone.wav", "second.wav", ""}));
+    for (const char* name : {"text.wav", "gone.wav"})
+        EXPECT_NE(notices.text()->find(name), std::string::npos) << *notices.text();
+
+    heard.clear();
+    listening.captionFiles({toneFile("long.wav", 60), second});
+    ASSERT_TRUE(isPhase(LiveSessionPhase::listening));
+    EXPECT_TRUE(notices.text()->starts_with(localized("接下来还有 %lld 个文件。", {"1"})));
+    listening.toggle(user);
+    listening.captionFiles({first});
+    ASSERT_TRUE(runUntil([&] { return heard.back().empty(); }));
+    EXPECT_EQ(heard, (Strings{"long.wav", "first.wav", ""}));
+}
+
+TEST(DesktopRequestTests, AnArgumentIsAnActionOrAFileOrAMistake) {
+    char start[] = "start", prefixed[] = "file:a b", address[] = "file:///tmp/a%20b.wav",
+         path[] = "./film.mkv", mistake[] = "strat", empty[] = "";
+    std::vector<char*> arguments{start, prefixed, address, path};
+    DesktopRequest request = DesktopRequest::of(arguments);
+    EXPECT_EQ(request.actions, std::vector{DesktopAction::start});
+    EXPECT_EQ(request.files,
+              (std::vector<std::filesystem::path>{"a b", "/tmp/a b.wav", "./film.mkv"}));
+    EXPECT_FALSE(request.unknown);
+    for (char* wrong : {mistake, empty}) {
+        arguments = {wrong};
+        EXPECT_EQ(DesktopRequest::of(arguments).unknown, wrong);
+    }
+}
+
+} // namespace
+} // namespace tessarune
