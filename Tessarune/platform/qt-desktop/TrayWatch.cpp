@@ -1,5 +1,8 @@
 #include "Tessarune/platform/qt-desktop/TrayWatch.h"
 
+#include "Tessarune/platform/qt-desktop/X11Desktop.h"
+
+#include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
@@ -19,6 +22,7 @@ TrayWatch::TrayWatch(QDBusConnection bus, std::function<void()> onTray)
     : bus_(std::move(bus)),
       onTray_(std::move(onTray)),
       services_(trayService, bus_, QDBusServiceWatcher::WatchForOwnerChange) {
+    qApp->installNativeEventFilter(this);
     if (!bus_.isConnected())
         return;
     connect(&services_, &QDBusServiceWatcher::serviceRegistered, this, &TrayWatch::ask);
@@ -30,6 +34,18 @@ TrayWatch::TrayWatch(QDBusConnection bus, std::function<void()> onTray)
     bus_.connect(trayService, trayPath, trayService, QStringLiteral("StatusNotifierHostRegistered"),
                  this, SLOT(ask()));
     ask();
+}
+
+TrayWatch::~TrayWatch() {
+    if (qApp)
+        qApp->removeNativeEventFilter(this);
+}
+
+/// Only observes. The item is created later, after Qt has seen the message, too.
+bool TrayWatch::nativeEventFilter(const QByteArray& kind, void* message, qintptr* /*result*/) {
+    if (X11Desktop::announcesTray(kind, message))
+        QMetaObject::invokeMethod(this, onTray_, Qt::QueuedConnection);
+    return false;
 }
 
 void TrayWatch::ask() {

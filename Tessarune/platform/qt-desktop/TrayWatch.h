@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAbstractNativeEventFilter>
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
 #include <QObject>
@@ -8,25 +9,29 @@
 namespace tessarune {
 
 /// Reports when the desktop can show items in a tray: at once, or later when its panel starts after
-/// the program. Main thread, with the application object.
+/// the program. Of the tray of the older kind, which embeds X11 windows, it reports only the start.
+/// Main thread, with the application object.
 ///
 /// Qt checks for a tray only once in the life of the process, so do not ask Qt for one before this
 /// class has found it.
-class TrayWatch : public QObject {
+class TrayWatch : public QObject, private QAbstractNativeEventFilter {
     Q_OBJECT
 
   public:
     /// `bus` is the session bus. `onTray` is called each time a tray is found, also after the panel
     /// has restarted.
     TrayWatch(QDBusConnection bus, std::function<void()> onTray);
+    ~TrayWatch() override;
 
-    /// Whether there is a tray now.
+    /// Whether there is a tray now; see X11Desktop::hasTray for the older kind.
     bool isThere() const { return isThere_; }
 
   private Q_SLOTS:
     void ask();
 
   private:
+    bool nativeEventFilter(const QByteArray& kind, void* message, qintptr* result) override;
+
     QDBusConnection bus_;
     const std::function<void()> onTray_;
     QDBusServiceWatcher services_;

@@ -35,6 +35,12 @@ xcb_atom_t atom(xcb_connection_t* x, std::string_view name) {
     return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
+xcb_window_t rootOf(xcb_connection_t* x) {
+    return xcb_setup_roots_iterator(xcb_get_setup(x)).data->root;
+}
+
+constexpr std::string_view traySelection = "_NET_SYSTEM_TRAY_S0";
+
 } // namespace
 
 bool canBeReached() {
@@ -49,10 +55,9 @@ bool keepsWindowsAbove() {
         return false;
     const xcb_atom_t supported = atom(x, "_NET_SUPPORTED");
     const xcb_atom_t above = atom(x, "_NET_WM_STATE_ABOVE");
-    const xcb_window_t root = xcb_setup_roots_iterator(xcb_get_setup(x)).data->root;
     constexpr std::uint8_t keepsProperty = 0;
     const auto request =
-        xcb_get_property(x, keepsProperty, root, supported, XCB_ATOM_ATOM, 0, maximumAtoms);
+        xcb_get_property(x, keepsProperty, rootOf(x), supported, XCB_ATOM_ATOM, 0, maximumAtoms);
     const OwnedReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(x, request, nullptr),
                                                      std::free);
     if (!reply || reply->format != 32)
@@ -66,10 +71,23 @@ bool hasTray() {
     xcb_connection_t* const x = connection();
     if (!x)
         return false;
-    const auto request = xcb_get_selection_owner(x, atom(x, "_NET_SYSTEM_TRAY_S0"));
+    const auto request = xcb_get_selection_owner(x, atom(x, traySelection));
     const OwnedReply<xcb_get_selection_owner_reply_t> reply(
         xcb_get_selection_owner_reply(x, request, nullptr), std::free);
     return reply && reply->owner != XCB_WINDOW_NONE;
+}
+
+bool announcesTray(const QByteArray& kind, const void* message) {
+    constexpr std::uint8_t sentByClient = 0x80; // a flag of the type
+    xcb_connection_t* const x = connection();
+    if (!x || kind != "xcb_generic_event_t")
+        return false;
+    const auto* const event = static_cast<const xcb_generic_event_t*>(message);
+    if ((event->response_type & ~sentByClient) != XCB_CLIENT_MESSAGE)
+        return false;
+    const auto* const client = static_cast<const xcb_client_message_event_t*>(message);
+    return client->window == rootOf(x) && client->type == atom(x, "MANAGER") &&
+           client->data.data32[1] == atom(x, traySelection);
 }
 
 } // namespace tessarune::X11Desktop

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QByteArray>
+
 /// The capabilities of an X11 desktop, including XWayland. Main thread.
 namespace tessarune::X11Desktop {
 
@@ -13,5 +15,7 @@ bool canBeReached();
 bool keepsWindowsAbove();
 /// Whether there is a tray of the older kind, which embeds windows.
 bool hasTray();
+/// Whether the message, which a native event filter got, announces such a tray.
+bool announcesTray(const QByteArray& kind, const void* message);
 
 } // namespace tessarune::X11Desktop
