@@ -56,6 +56,7 @@ HistoryWindow::HistoryWindow(HistoryWindowEnvironment environment)
     if (engine_.rootObjects().isEmpty())
         qFatal("the history window's files cannot be loaded");
     window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
+    fitOnScreen(*window_);
     QObject::connect(window_, &QWindow::visibleChanged, &model_, [this](bool isVisible) {
         if (!isVisible)
             model_.dismissMessage(); // carries out the deletions

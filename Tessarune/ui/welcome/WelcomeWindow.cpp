@@ -41,6 +41,7 @@ WelcomeWindow::WelcomeWindow(WelcomeEnvironment environment, const CaptionWindow
     if (engine_.rootObjects().isEmpty())
         qFatal("the welcome page's files cannot be loaded");
     window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
+    fitOnScreen(*window_);
 }
 
 WelcomeWindow::~WelcomeWindow() {

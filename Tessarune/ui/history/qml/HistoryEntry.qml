@@ -46,6 +46,8 @@ Rectangle {
         }
 
         Row {
+            id: facts
+
             spacing: Math.round(Theme.body * 0.6)
 
             Rectangle {
@@ -64,14 +66,20 @@ Rectangle {
             }
             Label {
                 visible: root.title !== "" && root.stateText !== ""
+                width: Math.min(implicitWidth, facts.parent.width - x)
                 text: root.stateText
+                wrapMode: Text.NoWrap
+                elide: Text.ElideRight
                 color: root.running || root.failed ? Theme.trouble : Theme.good
                 font.pixelSize: Theme.small
                 Accessible.ignored: true
             }
             Label {
                 visible: root.bilingual
+                width: Math.min(implicitWidth, Math.max(0, facts.parent.width - x))
                 text: root.texts.bilingual
+                wrapMode: Text.NoWrap
+                elide: Text.ElideRight
                 color: Theme.accent
                 font.pixelSize: Theme.small
                 Accessible.ignored: true

@@ -19,7 +19,10 @@ Window {
     Rectangle {
         id: side
 
-        width: Math.round(Math.max(Theme.body * 20, Math.min(Theme.body * 26, window.width * 0.34)))
+        readonly property real wanted: Math.max(Theme.body * 20, Math.min(Theme.body * 26, window.width * 0.34))
+
+        // Narrower only where the recording would not fit.
+        width: Math.round(Math.max(Theme.body * 14, Math.min(wanted, window.width - Theme.body * 32)))
         height: parent.height
         color: Theme.side
 
