@@ -66,7 +66,12 @@ void DesktopProgram::watchSystem() {
     };
     QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &host_, endsSession,
                      Qt::DirectConnection);
-    lostDisplay_.emplace([this] { saveNow(); });
+    lostDisplay_.emplace([this] {
+        saveNow();
+        const TaskHandle ending = spawn(Executor::main(host_), application_.refinement.end());
+        constexpr double markSeconds = 1; // for what the next start takes up
+        host_.runByItself([&] { return ending.isFinished(); }, markSeconds);
+    });
 }
 
 /// Watches the index of the recordings, because another program may record or change recordings.
