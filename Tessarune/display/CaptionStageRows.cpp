@@ -19,7 +19,8 @@ CaptionStageRows::CaptionStageRows(const LiveCaptionDisplayFrame& frame, Block b
     if (block == Block::translations) {
         translations_ = frame.translationTail;
         // As in the bilingual block, a preview disappears when its sentence has a translation.
-        if (CaptionStageRows(frame, Block::bilingual, false).hasGhost())
+        const CaptionStageRows bilingual(frame, Block::bilingual, false);
+        if (bilingual.hasGhost() || bilingual.isGhostOfPart(frame))
             tail_.push_back({"", ghost_, true, false});
         return;
     }
@@ -70,6 +71,21 @@ bool CaptionStageRows::hasGhost() const {
     return ghostRow_ || std::ranges::any_of(tail_, &CaptionStageRow::isGhost);
 }
 
+/// Whether the preview is of a sentence inside the rows that may still change, without a row of its
+/// own.
+bool CaptionStageRows::isGhostOfPart(const LiveCaptionDisplayFrame& frame) const {
+    const std::string key =
+        GhostTranslationPlanner::normalizedKey(frame.ghostTranslationSourceText);
+    if (ghost_.empty() || key.empty())
+        return false;
+    std::string open = " ";
+    for (const CaptionStageRow& row : tail_) {
+        if (row.translation.empty())
+            open += GhostTranslationPlanner::normalizedKey(row.source) + " ";
+    }
+    return open.find(" " + key + " ") != std::string::npos;
+}
+
 CaptionStageRow CaptionStageRows::row(std::size_t index) const {
     if (index >= settledSize())
         return tail_[index - settledSize()];
@@ -81,6 +97,10 @@ CaptionStageRow CaptionStageRows::row(std::size_t index) const {
     if (ghostRow_ == index)
         return {settled.sourceText, ghost_, true, false};
     return {settled.sourceText, settled.translatedText, false, false};
+}
+
+std::size_t CaptionStageRows::growing() const {
+    return !tail_.empty() && tail_.back().isGrowing ? size() - 1 : size();
 }
 
 std::vector<std::size_t> CaptionStageRows::changedSince(const CaptionStageRows& before) const {

@@ -41,15 +41,19 @@ class CaptionStageRows {
     /// The index of the first primary row. The primary rows are those that the user is reading: the
     /// newest settled row and all rows after it.
     std::size_t firstPrimary() const { return settledSize() == 0 ? 0 : settledSize() - 1; }
+    /// The number of rows before the open part of the text.
+    std::size_t settledSize() const { return settled_.size() + translations_.size(); }
+    /// The index of the row whose source is still growing; `size()` if there is none.
+    std::size_t growing() const;
 
     /// The indexes at which both lists have a row but the rows differ, ascending. The cost depends
     /// only on the changes.
     std::vector<std::size_t> changedSince(const CaptionStageRows& before) const;
 
   private:
-    std::size_t settledSize() const { return settled_.size() + translations_.size(); }
     void addTail(const LiveCaptionDisplayFrame& frame, const LiveCaptionDisplayRows& live);
     bool hasGhost() const;
+    bool isGhostOfPart(const LiveCaptionDisplayFrame& frame) const;
     void findGhostRow(const LiveCaptionDisplayFrame& frame);
 
     Block block_ = Block::source;

@@ -94,6 +94,12 @@ TEST(CaptionStageRows, AGhostJoinsTheRowOfItsSourceThatHasNoTranslation) {
     frame.ghostTranslationSourceText = "hello";
     EXPECT_FALSE(CaptionStageRows(frame, Content::bilingual, false).row(0).isGhost);
     EXPECT_EQ(CaptionStageRows(frame, Content::translations, false).size(), 0U);
+    frame.livePartialRow = stageRow("I am well. And you");
+    for (const auto& [source, previews] : {std::pair("I am well.", 1U), {"I am we", 0U}}) {
+        frame.ghostTranslationSourceText = source; // has no row of its own
+        EXPECT_FALSE(CaptionStageRows(frame, Content::bilingual, false).row(2).isGhost);
+        EXPECT_EQ(CaptionStageRows(frame, Content::translations, false).size(), previews);
+    }
 }
 
 } // namespace
