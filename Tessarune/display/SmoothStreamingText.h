@@ -34,7 +34,9 @@ class SmoothStreamingText {
         bool operator==(const RenderedTail&) const = default;
     };
 
-    explicit SmoothStreamingText(Host& host) : host_(host) {}
+    /// `revealedCount` characters of the first text are visible from the start.
+    explicit SmoothStreamingText(Host& host, std::size_t revealedCount = 0)
+        : host_(host), revealedCount_(revealedCount) {}
     ~SmoothStreamingText() { stop(); }
     SmoothStreamingText(const SmoothStreamingText&) = delete;
     SmoothStreamingText& operator=(const SmoothStreamingText&) = delete;
@@ -65,7 +67,7 @@ class SmoothStreamingText {
     Host& host_;
     std::string text_;
     std::vector<std::size_t> characterEnds_; // byte offsets in `text_`
-    std::size_t revealedCount_ = 0;
+    std::size_t revealedCount_;
     DelayedCall ticker_;
 };
 

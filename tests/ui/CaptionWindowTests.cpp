@@ -6,6 +6,7 @@
 #include <QAccessible>
 #include <QClipboard>
 #include <QQuickItem>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -183,6 +184,42 @@ TEST_F(CaptionWindowTests, CommandsHaveTheKeysOfTheSettingsWhileTheyMakeSense) {
     QTest::keyClick(&window, Qt::Key_Return);
     EXPECT_EQ(captions.asked, Asked{"toggle"});
     EXPECT_FALSE(menu->isVisible());
+}
+
+TEST_F(CaptionWindowTests, WordsThatAreShownAreNotStreamedAgain) {
+    captions.settings.smoothStreaming = true;
+    captions.settings.smoothPaceMS = 1'000'000; // only the first word of a text appears
+    const auto shown = [&] {
+        QQuickItem* row = nullptr;
+        QMetaObject::invokeMethod(list(), "itemAtIndex", Q_RETURN_ARG(QQuickItem*, row),
+                                  Q_ARG(int, list()->property("count").toInt() - 1));
+        const auto* const item = row ? row->property("sourceItem").value<QQuickItem*>() : nullptr;
+        const QString markup = item ? item->property("text").toString() : QString();
+        return QString(markup).remove(QRegularExpression("<[^>]*>")).trimmed().toStdString();
+    };
+    const auto becomes = [&](const std::string& text) {
+        captions.publish();
+        EXPECT_TRUE(runUntil([&] { return shown() == text; })) << shown();
+        runFor(20);
+        EXPECT_EQ(shown(), text);
+    };
+    captions.settle("Before.");
+    captions.leave("And so on.");
+    captions.speak("We went home");
+    becomes("We");
+    captions.frame.liveTailRows = {};
+    captions.frame.mergedBilingualLiveTailRows = {};
+    captions.speak("And so on we went home and slept"); // opens again
+    becomes("And so on we went");
+    captions.leave("And so on.");
+    captions.speak("We went home and slept");
+    becomes("We went home");
+    captions.frame.liveTailRows = {};
+    captions.frame.mergedBilingualLiveTailRows = {};
+    captions.settle("And so on.");
+    captions.settle("We went home.");
+    captions.speak("Another sentence");
+    becomes("Another");
 }
 
 TEST_F(CaptionWindowTests, TextIsSelectedAcrossRowsAndStaysSoWhileCaptionsGoOn) {

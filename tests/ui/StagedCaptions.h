@@ -78,6 +78,11 @@ class StagedCaptions {
         frame.livePartialRow = partial.empty() ? std::optional<LiveCaptionDisplaySegment>()
                                                : row(partial, "", CaptionSegmentState::partial);
     }
+    /// Adds a sentence that may open again.
+    void leave(const std::string& source) {
+        frame.liveTailRows.push_back(row(source, "", CaptionSegmentState::final));
+        frame.mergedBilingualLiveTailRows = frame.liveTailRows;
+    }
     void enter(LiveSessionPhase phase, SessionStatus::Kind status) {
         frame.sessionPhase = phase;
         session.status = SessionStatus{status};

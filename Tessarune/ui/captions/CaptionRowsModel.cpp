@@ -1,14 +1,44 @@
 #include "Tessarune/ui/captions/CaptionRowsModel.h"
 
-#include <utility>
+#include "TessaruneCore/text/Text.h"
+
+#include <algorithm>
 
 namespace tessarune {
+
+namespace {
+
+/// The characters of the rows from `first` to before `end`, each with the space after it.
+std::size_t charactersOf(const CaptionStageRows& rows, std::size_t first, std::size_t end) {
+    std::size_t count = 0;
+    for (std::size_t i = first; i < end; ++i)
+        count += Text::characters(rows.row(i).source).size() + 1;
+    return count;
+}
+
+} // namespace
+
+/// An open row that settles leaves its remainder to the next row, and a sentence that opens again
+/// takes in the rows after it.
+std::size_t CaptionRowsModel::revealedIn(const CaptionStageRows& next) const {
+    const std::size_t before = rows_.growing();
+    const std::size_t now = next.growing();
+    const std::size_t first = std::min(before, now);
+    if (before == now || now == next.size() || first < rows_.settledSize())
+        return 0;
+    std::size_t shown = charactersOf(rows_, first, before);
+    if (before < rows_.size())
+        shown += std::min(revealed_, Text::characters(rows_.row(before).source).size());
+    const std::size_t elsewhere = charactersOf(next, first, now);
+    return shown - std::min(shown, elsewhere);
+}
 
 void CaptionRowsModel::update(CaptionStageRows rows) {
     const int before = rowCount();
     const int now = static_cast<int>(rows.size());
     const int primaryBefore = firstPrimary();
     const std::vector<std::size_t> changed = rows.changedSince(rows_);
+    alreadyRevealed_ = revealedIn(rows);
     if (now > before)
         beginInsertRows({}, before, now - 1);
     else if (now < before)

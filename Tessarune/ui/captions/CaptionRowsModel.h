@@ -3,6 +3,8 @@
 #include "Tessarune/display/CaptionStageRows.h"
 
 #include <QAbstractListModel>
+#include <cstddef>
+#include <utility>
 
 namespace tessarune {
 
@@ -19,6 +21,12 @@ class CaptionRowsModel final : public QAbstractListModel {
     void update(CaptionStageRows rows);
     int firstPrimary() const { return static_cast<int>(rows_.firstPrimary()); }
 
+    /// Call with the number of visible characters of the growing row.
+    void setRevealed(std::size_t count) { revealed_ = count; }
+    /// How many characters of a row that has just begun to grow the reader already saw in other
+    /// rows. The next call returns 0, so that a row that is scrolled back into view begins anew.
+    std::size_t takeAlreadyRevealed() { return std::exchange(alreadyRevealed_, 0); }
+
     int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
@@ -27,7 +35,11 @@ class CaptionRowsModel final : public QAbstractListModel {
     void firstPrimaryChanged();
 
   private:
+    std::size_t revealedIn(const CaptionStageRows& next) const;
+
     CaptionStageRows rows_;
+    std::size_t revealed_ = 0;
+    std::size_t alreadyRevealed_ = 0;
 };
 
 } // namespace tessarune

@@ -11,9 +11,19 @@ void StreamingText::stream() {
         streaming_.reset();
         return;
     }
-    if (!streaming_) {
-        streaming_ = std::make_unique<SmoothStreamingText>(stage_->host());
-        streaming_->onReveal = [this](std::size_t) { Q_EMIT markupChanged(); };
+    if (!streaming_)
+        alreadyRevealed_ = stage_->rows()->takeAlreadyRevealed();
+    // Text and `running` arrive one after the other, so the first text may be an older, shorter
+    // one.
+    if (!streaming_ || !hasRevealed_) {
+        hasRevealed_ = false;
+        stage_->rows()->setRevealed(alreadyRevealed_);
+        streaming_ = std::make_unique<SmoothStreamingText>(stage_->host(), alreadyRevealed_);
+        streaming_->onReveal = [this](std::size_t count) {
+            hasRevealed_ = true;
+            stage_->rows()->setRevealed(count);
+            Q_EMIT markupChanged();
+        };
     }
     streaming_->options = {.animated = stage_->streams(),
                            .reduceMotion = stage_->reducesMotion(),

@@ -6,6 +6,7 @@
 #include <QColor>
 #include <QObject>
 #include <QString>
+#include <cstddef>
 #include <memory>
 
 namespace tessarune {
@@ -38,6 +39,8 @@ class StreamingText : public QObject {
     bool running_ = false;
     QColor highlightColor_;
     std::unique_ptr<SmoothStreamingText> streaming_;
+    std::size_t alreadyRevealed_ = 0;
+    bool hasRevealed_ = false; // since it is running
 };
 
 } // namespace tessarune
