@@ -3,6 +3,7 @@
 #include <QGuiApplication>
 #include <QStringList>
 #include <algorithm>
+#include <cmath>
 
 namespace tessarune {
 
@@ -30,13 +31,14 @@ void nameInterfaceFaces(std::string_view locale) {
     QFont::insertSubstitution(family, QStringLiteral("Noto Sans CJK ") + place(locale));
 }
 
-QFont captionFont(std::string_view language, std::int64_t size) {
+QFont captionFont(std::string_view language, std::int64_t size, double textScale) {
     QFont font = QGuiApplication::font();
     // For Latin text Noto Sans, or else the desktop's font; then a font of matching weight and
     // height for Chinese, Japanese and Korean text.
     font.setFamilies({QStringLiteral("Noto Sans"), font.family(),
                       QStringLiteral("Noto Sans CJK ") + place(language)});
-    font.setPixelSize(static_cast<int>(std::clamp<std::int64_t>(size, 8, 200)));
+    const auto usable = static_cast<double>(std::clamp<std::int64_t>(size, 8, 200));
+    font.setPixelSize(static_cast<int>(std::lround(usable * textScale)));
     font.setWeight(QFont::Medium);
     font.setStyleStrategy(QFont::PreferAntialias);
     return font;

@@ -8,8 +8,8 @@ namespace tessarune {
 
 /// Returns the font for captions in a language. A Chinese character has different shapes in Japan,
 /// Korea and Taiwan; all other languages use those of mainland China. `size` is in points of the
-/// caption settings, which are pixels at a scale of 1.
-QFont captionFont(std::string_view language, std::int64_t size);
+/// caption settings, which are device-independent pixels at a `textScale` of 1.
+QFont captionFont(std::string_view language, std::int64_t size, double textScale);
 
 /// Sets the fallback font of all other texts for a locale such as "zh_TW", because Qt's own
 /// fallback takes the weight of whatever was drawn first. Call before the first window.

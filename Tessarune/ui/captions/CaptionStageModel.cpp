@@ -38,6 +38,7 @@ CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment
     observations_.follow(environment_.settings.translationTargetLanguage.published(),
                          [this] { Q_EMIT settingsChanged(); }); // the font depends on it
     observations_.follow(environment_.reducesMotion, [this] { Q_EMIT settingsChanged(); });
+    connect(&look_, &DesktopLook::changed, this, &CaptionStageModel::settingsChanged);
     layout_.emplace(isBilingual(), swaps());
     updateRows();
 }
@@ -181,12 +182,13 @@ QColor CaptionStageModel::highlightColor() const {
 }
 
 QFont CaptionStageModel::sourceFont() const {
-    return captionFont(TranslationSupport::defaultSourceLanguage, settings().sourceFontSize);
+    return captionFont(TranslationSupport::defaultSourceLanguage, settings().sourceFontSize,
+                       look_.textScale());
 }
 
 QFont CaptionStageModel::translationFont() const {
     return captionFont(*environment_.settings.translationTargetLanguage,
-                       settings().translationFontSize);
+                       settings().translationFontSize, look_.textScale());
 }
 
 QColor CaptionStageModel::sourceColor() const {

@@ -3,6 +3,7 @@
 #include "Tessarune/display/SubtitleSettingsStores.h"
 #include "Tessarune/ui/captions/CaptionRowsModel.h"
 #include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
+#include "Tessarune/ui/controls/DesktopLook.h"
 #include "TessaruneCore/observation/Observations.h"
 
 #include <QColor>
@@ -105,6 +106,7 @@ class CaptionStageModel final : public QObject {
     std::optional<std::pair<bool, bool>> layout_; // bilingual, swapped
     const CaptionWindowEnvironment& environment_;
     SubtitleCaptionSettingsStore settings_;
+    DesktopLook look_;
     CaptionRowsModel rows_;
     CaptionRowsModel translations_;
     Observations observations_;

@@ -14,6 +14,8 @@ namespace {
 constexpr const char* motionProperty = "reducesMotion";
 constexpr double smallestBody = 12;
 constexpr double largestBody = 40;
+/// The default fonts of the desktops have 12 to 14.7 pixels. A larger one is the user's choice.
+constexpr double largestDefaultBody = 15;
 
 } // namespace
 
@@ -30,6 +32,10 @@ bool DesktopLook::isDark() const {
 double DesktopLook::bodyPixels() const {
     const double pixels = QFontInfo(QGuiApplication::font()).pixelSize();
     return std::clamp(pixels, smallestBody, largestBody);
+}
+
+double DesktopLook::textScale() const {
+    return std::max(1.0, bodyPixels() / largestDefaultBody);
 }
 
 bool DesktopLook::reducesMotion() const {

@@ -11,12 +11,15 @@ class DesktopLook : public QObject {
     Q_PROPERTY(bool isDark READ isDark NOTIFY changed)
     /// The height of the desktop's font in device-independent pixels, limited to a usable range.
     Q_PROPERTY(double bodyPixels READ bodyPixels NOTIFY changed)
+    /// By how much texts with sizes of their own grow with the desktop's font.
+    Q_PROPERTY(double textScale READ textScale NOTIFY changed)
     Q_PROPERTY(bool reducesMotion READ reducesMotion NOTIFY changed)
 
   public:
     DesktopLook();
     bool isDark() const;
     double bodyPixels() const;
+    double textScale() const;
     bool reducesMotion() const;
     /// Applies to all windows, whichever QML engine they belong to.
     static void setReducesMotion(bool reduces);

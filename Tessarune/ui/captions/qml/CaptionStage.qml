@@ -7,6 +7,8 @@ Item {
 
     required property CaptionStageModel stage
     required property bool outlined
+    // The height of what covers the lower edge.
+    property real covered: 0
 
     readonly property bool reviewing: sourceList.reviewing || translationList.reviewing
     readonly property bool isSplit: !stage.isBilingual && stage.translates
@@ -15,6 +17,8 @@ Item {
     // pending translation, give way to a newest row that needs it.
     readonly property real mostHeight: isSplit ? (height - 28 - dividerHeight) / 2 : height - 28
     readonly property real neededHeight: isSplit ? 2 * (Math.max(sourceList.newestHeight, translationList.newestHeight) + underToolbar) + dividerHeight : sourceList.newestHeight + underToolbar
+    // Beside the captions; the level bars are there.
+    readonly property real side: Math.max(28, Math.round(Theme.body * 2))
     readonly property real underToolbar: Math.round(Theme.body * 2.4)
     readonly property real blockHeight: isSplit ? (captions.height - dividerHeight) / 2 : captions.height
 
@@ -65,7 +69,7 @@ Item {
 
         // Limits the length of a line: from the end of a very long one, the eye misses the start of
         // the next.
-        width: Math.min(parent.width - 56, root.stage.sourceFont.pixelSize * 40)
+        width: Math.min(parent.width - 2 * root.side, root.stage.sourceFont.pixelSize * 40)
         anchors {
             horizontalCenter: parent.horizontalCenter
             top: parent.top
@@ -117,8 +121,9 @@ Item {
     }
 
     EmptyState {
-        anchors.centerIn: parent
-        width: parent.width - 56
+        anchors.horizontalCenter: parent.horizontalCenter
+        y: Math.max(0, Math.min((root.height - height) / 2, root.height - root.covered - height))
+        width: parent.width - 2 * root.side
         presentation: root.stage.presentation
         title: root.stage.emptyTitle
         subtitle: root.stage.emptySubtitle

@@ -16,13 +16,14 @@ Window {
     title: "Tessarune"
     color: "transparent"
     flags: (model.isListed ? Qt.Window : Qt.Tool) | Qt.FramelessWindowHint | (model.keepsOnTop ? Qt.WindowStaysOnTopHint : 0)
-    width: 940
-    height: 400
-    minimumWidth: 380
-    minimumHeight: 180
+    width: Math.round(940 * Theme.look.textScale)
+    height: Math.round(400 * Theme.look.textScale)
+    minimumWidth: Math.min(Screen.width, Math.max(380, Math.round(Theme.body * 26)))
+    minimumHeight: Math.min(Screen.height, Math.max(180, Math.round(Theme.body * 13)))
     // Set once and not bound: from then on the user decides where the window is.
     Component.onCompleted: {
         width = Math.min(width, Screen.width - 40);
+        height = Math.min(height, Screen.height - 40);
         x = Screen.virtualX + (Screen.width - width) / 2;
         y = Screen.virtualY + Math.max(0, Screen.height - height - 96);
     }
@@ -64,6 +65,7 @@ Window {
             anchors.fill: parent
             stage: window.stage
             outlined: window.model.isTranslucent
+            covered: controls.covered
         }
 
         MoveArea {
@@ -72,6 +74,7 @@ Window {
         }
 
         StageControls {
+            id: controls
             anchors.fill: parent
             stage: window.stage
             toolbar: window.toolbar

@@ -1,4 +1,5 @@
 import QtQuick
+import Tessarune
 
 // A line drawing of 16 by 16 units.
 Canvas {
@@ -18,18 +19,20 @@ Canvas {
         clear: [[6, 3.5, 14, 3.5, 14, 12.5, 6, 12.5, 2, 8, 6, 3.5], [8, 6.2, 11.6, 9.8], [11.6, 6.2, 8, 9.8]],
         history: [[3, 8, 3.8, 5.2, 6, 3.4, 8.6, 3, 11.2, 4.1, 12.8, 6.4, 13, 9.2, 11.6, 11.7, 9, 13, 6.2, 12.7, 4, 11], [1.2, 6.4, 3, 8.4, 5, 6.6], [8.2, 5.6, 8.2, 8.4, 10.4, 9.6]],
         settings: [[2, 4.5, 14, 4.5], [2, 8, 14, 8], [2, 11.5, 14, 11.5], [5, 3, 5, 6], [11, 6.5, 11, 9.5], [6.5, 10, 6.5, 13]],
+        more: [3.2, 7.7, 12.2].map(x => [x, 7.7, x + 0.6, 7.7, x + 0.6, 8.3, x, 8.3, x, 7.7]),
         pin: [[5.5, 2.5, 10.5, 2.5], [6.5, 2.5, 6.5, 7, 4, 9.5, 12, 9.5, 9.5, 7, 9.5, 2.5], [8, 9.5, 8, 14]]
     })
 
-    width: 16
-    height: 16
+    width: Theme.icon
+    height: width
     onColorChanged: requestPaint()
     onNameChanged: requestPaint()
+    onVisibleChanged: requestPaint() // a hidden item may not have been painted
     onPaint: {
         const context = getContext("2d");
         context.reset();
         context.scale(width / 16, height / 16);
-        context.lineWidth = 1.5 * 16 / Math.max(width, 12);
+        context.lineWidth = 1.5 * Math.max(1, 16 / width);
         context.lineCap = "round";
         context.lineJoin = "round";
         context.strokeStyle = root.color;

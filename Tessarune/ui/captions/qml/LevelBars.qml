@@ -8,8 +8,10 @@ Row {
     required property real level
     required property bool isListening
 
-    spacing: 2
-    height: 14
+    readonly property real unit: Theme.body / 12
+
+    spacing: 2 * unit
+    height: 14 * unit
 
     Repeater {
         model: [0.55, 1, 0.75]
@@ -18,9 +20,9 @@ Row {
             required property real modelData
 
             anchors.bottom: parent.bottom
-            width: 3
-            height: 3 + 11 * Math.max(0, Math.min(1, root.level * 1.6)) * modelData
-            radius: 1.5
+            width: 3 * root.unit
+            height: (3 + 11 * Math.max(0, Math.min(1, root.level * 1.6)) * modelData) * root.unit
+            radius: width / 2
             color: root.isListening ? "#4fd07f" : "#77777c"
 
             Behavior on height {

@@ -14,8 +14,8 @@ Rectangle {
     signal activated
 
     implicitWidth: Math.min(content.implicitWidth + 28, maximumWidth)
-    implicitHeight: Math.max(32, content.implicitHeight + 14)
-    radius: 16
+    implicitHeight: Math.max(Math.round(Theme.body * 2.6), content.implicitHeight + 14)
+    radius: Math.min(16, height / 2)
     color: isTrouble ? "#f04a2020" : "#f02c2c30"
     border.color: "#2effffff"
     border.width: 1
@@ -37,14 +37,15 @@ Rectangle {
         id: content
 
         anchors.centerIn: parent
-        spacing: 9
+        spacing: Math.round(Theme.body * 0.75)
 
         Rectangle {
+            id: dot
             anchors.verticalCenter: parent.verticalCenter
             visible: root.isBusy || root.isTrouble
-            width: 8
-            height: 8
-            radius: 4
+            width: Math.round(Theme.body * 0.65)
+            height: width
+            radius: width / 2
             color: root.isTrouble ? "#ff8a75" : "#f2c14e"
 
             SequentialAnimation on opacity {
@@ -60,7 +61,7 @@ Rectangle {
             objectName: "text"
             anchors.verticalCenter: parent.verticalCenter
             visible: text !== ""
-            width: Math.min(Math.ceil(natural.implicitWidth), root.maximumWidth - 60 - (link.visible ? link.width + 9 : 0))
+            width: Math.min(Math.ceil(natural.implicitWidth), root.maximumWidth - 28 - dot.width - 2 * content.spacing - (link.visible ? link.width : 0))
             wrapMode: Text.Wrap
             maximumLineCount: Math.max(1, Math.min(root.isTrouble ? 12 : 4, Math.floor((root.maximumHeight - 14) / natural.oneLine)))
             elide: Text.ElideRight

@@ -10,6 +10,8 @@ Item {
     required property CaptionToolbarModel toolbar
     required property CaptionHearingModel hearing
     required property bool reviewing
+    // The height of the messages at the lower edge.
+    readonly property real covered: messages.height > 0 ? messages.height + 28 : 0
     signal returnRequested
 
     // Loaded on demand, because most of the time there is no message.
@@ -19,7 +21,7 @@ Item {
     }
 
     LevelBars {
-        anchors { left: parent.left; bottom: parent.bottom; leftMargin: 18; bottomMargin: 18 }
+        anchors { left: parent.left; bottom: parent.bottom; leftMargin: Math.round(8 * unit); bottomMargin: 18 }
         visible: root.hearing.isListening
         opacity: 0.7
         level: root.hearing.level
@@ -27,6 +29,7 @@ Item {
     }
 
     Column {
+        id: messages
         anchors { horizontalCenter: parent.horizontalCenter; bottom: parent.bottom; bottomMargin: 14 }
         spacing: 8
 

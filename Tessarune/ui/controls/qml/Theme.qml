@@ -28,6 +28,7 @@ QtObject {
     readonly property real small: Math.round(body * 0.9)
     readonly property real heading: Math.round(body * 1.15)
     readonly property real title: Math.round(body * 1.6)
+    readonly property real icon: Math.round(body * 1.3)
     readonly property real controlHeight: Math.round(body * 2.3)
     readonly property real gap: Math.round(body * 0.8)
     readonly property real radius: 8
