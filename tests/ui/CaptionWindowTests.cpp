@@ -1,3 +1,4 @@
+#include "Tessarune/ui/captions/MenuWindow.h"
 #include "tests/ui/StagedCaptions.h"
 #include "tests/ui/WarningsFail.h"
 
@@ -7,6 +8,7 @@
 #include <QClipboard>
 #include <QQuickItem>
 #include <QRegularExpression>
+#include <QScreen>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -138,6 +140,7 @@ TEST_F(CaptionWindowTests, KeepsTheNewestLineInSightUntilTheReaderScrollsBack) {
     ASSERT_TRUE(runUntil([&] { return window.isActive(); }));
     QTest::mouseClick(&window, Qt::RightButton, {}, {200, 150});
     QTest::keyClick(&window, Qt::Key_Escape); // out of the menu
+    ASSERT_TRUE(runUntil([&] { return window.isActive(); }));
     QTest::keyClick(&window, Qt::Key_Up);
     EXPECT_TRUE(view->property("reviewing").toBool());
     QTest::keyClick(&window, Qt::Key_Down);
@@ -179,11 +182,11 @@ TEST_F(CaptionWindowTests, CommandsHaveTheKeysOfTheSettingsWhileTheyMakeSense) {
     EXPECT_EQ(press(Qt::Key_Delete, Qt::AltModifier | Qt::ShiftModifier), Asked{});
     QTest::mouseClick(&window, Qt::RightButton, {}, {200, 150});
     const auto* const menu = window.findChild<QQuickItem*>("contextMenu");
-    EXPECT_TRUE(menu->isVisible());
+    EXPECT_TRUE(menu->property("isOpen").toBool());
     QTest::keyClick(&window, Qt::Key_Down);
     QTest::keyClick(&window, Qt::Key_Return);
     EXPECT_EQ(captions.asked, Asked{"toggle"});
-    EXPECT_FALSE(menu->isVisible());
+    EXPECT_FALSE(menu->property("isOpen").toBool());
 }
 
 TEST_F(CaptionWindowTests, WordsThatAreShownAreNotStreamedAgain) {
@@ -340,6 +343,15 @@ TEST_F(CaptionWindowTests, AFileIsNamedAsWhatIsHeardAndAnotherSourceCanBeChosen)
     captions.waiting = std::string("Waiting for a pipe.");
     EXPECT_EQ(toolbar->toggleText(), "停止字幕") << "the click that follows takes the start back";
     EXPECT_EQ(captions.window->stage().emptyTitle(), "Waiting for a pipe.");
+
+    captions.window.reset();
+    captions.otherWayToTop = "Alt+Space";
+    captions.open();
+    const QAbstractListModel& commands = captions.window->commands();
+    QStringList texts;
+    for (int i = 0; i < commands.rowCount(); ++i)
+        texts << commands.index(i).data(CaptionCommandsModel::TextRole).toString();
+    EXPECT_EQ(texts.filter("Alt+Space").size(), 1) << "how the window stays on top here";
 }
 
 TEST_F(CaptionWindowTests, TheSourcesCloseWhereverElseTheUserClicks) {
@@ -357,6 +369,99 @@ TEST_F(CaptionWindowTests, TheSourcesCloseWhereverElseTheUserClicks) {
     other.show();
     other.requestActivate();
     EXPECT_TRUE(runUntil([&] { return !isOpen(); }));
+}
+
+TEST_F(CaptionWindowTests, AnyWindowHasRoomForItsToolbarAndAllOfItsMenu) {
+    AppSettings& settings = captions.settings;
+    for (auto* const button :
+         {&settings.showSwapCaptionOrderInSubtitleToolbar,
+          &settings.showLayoutModeInSubtitleToolbar, &settings.showCopyBilingualInSubtitleToolbar,
+          &settings.showCopyOriginalInSubtitleToolbar,
+          &settings.showClearSubtitlesInSubtitleToolbar, &settings.showHistoryInSubtitleToolbar})
+        *button = true;
+    const std::string name = "A headset with the name of its maker and of each of its channels";
+    captions.session.inputDevices =
+        std::vector<AudioInputDevices::Device>{{"headset", name, false}};
+    captions.session.selectedSource = AudioSource::microphone("headset");
+    captions.session.sessionDuration = 12'345.0;
+    captions.enter(LiveSessionPhase::listening, Kind::none);
+    QQuickWindow& window = captions.window->window();
+    const QFont usual = QGuiApplication::font();
+    QFont large = usual;
+    large.setPixelSize(24);
+    QList<QQuickItem*> buttons;
+    const std::function<void(QQuickItem*)> collect = [&](QQuickItem* item) {
+        if (item->isVisible() && item->property("canPress").isValid())
+            buttons << item;
+        std::ranges::for_each(item->childItems(), collect);
+    };
+    for (const QFont& font : {usual, large}) {
+        QGuiApplication::setFont(font);
+        for (const int width : {window.minimumWidth(), 520, 640, 790}) {
+            window.resize(std::max(width, window.minimumWidth()), 180);
+            runFor(50);
+            buttons.clear();
+            collect(window.contentItem());
+            EXPECT_GE(buttons.size(), 4) << "start, source, menu, close";
+            double end = 0;
+            for (const auto* const button : std::as_const(buttons)) {
+                EXPECT_GE(button->mapToScene({0, 0}).x(), end) << width;
+                end = button->mapToScene({button->width(), 0}).x();
+            }
+            EXPECT_LE(end, window.width());
+        }
+        EXPECT_EQ(captions.window->stage().sourceFont().pixelSize(), font == usual ? 24 : 38);
+    }
+    QGuiApplication::setFont(usual);
+
+    window.resize(380, 180);
+    ASSERT_TRUE(runUntil([&] { return window.isActive(); }));
+    QTest::mouseClick(&window, Qt::RightButton, {}, {200, 100});
+    auto* const menu = window.findChild<QQuickItem*>("contextMenu")->findChild<MenuWindow*>();
+    auto* const entries = menu->findChild<QQuickItem*>("menu");
+    EXPECT_GE(entries->height(), entries->property("contentHeight").toDouble());
+    EXPECT_TRUE(menu->screen()->availableGeometry().contains(menu->geometry()));
+    runFor(50);
+    QTest::mouseClick(menu, Qt::LeftButton, {}, {60, menu->height() - 12});
+    EXPECT_EQ(captions.asked, std::vector<std::string>{"quit"});
+    EXPECT_FALSE(menu->isVisible());
+}
+
+TEST_F(CaptionWindowTests, EveryTextStandsOutFromTheBackground) {
+    const auto luminance = [](const QColor& text, double opacity, double below) {
+        double sum = 0.05;
+        for (const auto& [value, weight] :
+             {std::pair(text.redF(), 0.2126), {text.greenF(), 0.7152}, {text.blueF(), 0.0722}}) {
+            const double seen = value * opacity + below * (1 - opacity);
+            sum +=
+                weight * (seen <= 0.04045 ? seen / 12.92 : std::pow((seen + 0.055) / 1.055, 2.4));
+        }
+        return sum;
+    };
+    captions.settle("Before.", "之前。");
+    captions.settle("Waits for its translation.");
+    captions.settle("Newest.");
+    captions.speak("Open");
+    captions.frame.ghostTranslationText = "预览";
+    const QColor background =
+        captions.window->window().property("model").value<CaptionWindowModel*>()->background();
+    for (const char* const previewed : {"Waits for its translation.", "Open"}) {
+        captions.frame.ghostTranslationSourceText = previewed;
+        captions.publish();
+        runFor(700); // until the rows have faded in
+        for (const auto* const text : list()->findChildren<QQuickItem*>()) {
+            if (!text->isVisible() || !text->property("wrapMode").isValid())
+                continue;
+            for (const double screen : {0, 1}) { // black, white
+                const double below = screen * (1 - background.alphaF());
+                EXPECT_GE(
+                    luminance(text->property("color").value<QColor>(), text->opacity(), below) /
+                        luminance(background, background.alphaF(), screen),
+                    4.5)
+                    << text->property("text").toString().toStdString();
+            }
+        }
+    }
 }
 
 TEST_F(CaptionWindowTests, ANoticeIsReadToItsEndInASmallWindow) {

@@ -52,6 +52,7 @@ class StagedCaptions {
                         [this](const std::string& pane) { asked.push_back("settings " + pane); }},
                 .secondsBehind = [this] { return secondsBehind; },
                 .reducesMotion = reducesMotion,
+                .otherWayToTop = otherWayToTop,
                 .waiting = &waiting};
     }
     void open() {
@@ -108,6 +109,7 @@ class StagedCaptions {
     Published<bool> reducesMotion{false};
     Published<std::optional<std::string>> waiting;
     double secondsBehind = 0;
+    std::string otherWayToTop; ///< set it before the window is opened
     LiveCaptionDisplayFrame frame = LiveCaptionDisplayFrame::empty();
     std::vector<std::string> asked; ///< the commands that the window gave
     std::unique_ptr<CaptionWindow> window;

@@ -162,6 +162,23 @@ void CaptionCommandsModel::press(int row) const {
         choose(row);
 }
 
+void CaptionCommandsModel::pressButton(const QString& name) const {
+    if (name == "swap")
+        toolbar_.swapOrder();
+    else if (name == "layout")
+        toolbar_.cycleLayout();
+    else if (name == "copy" || name == "copyOriginal")
+        copy(name == "copy");
+    else if (name == "clear")
+        clear();
+    else if (name == "pin")
+        toolbar_.togglePin();
+    else if (name == "history")
+        toolbar_.showHistory();
+    else if (name == "settings")
+        toolbar_.showSettings();
+}
+
 void CaptionCommandsModel::copySelected() const {
     if (selection_.isEmpty())
         copy(true);

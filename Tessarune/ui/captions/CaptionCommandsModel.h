@@ -43,8 +43,9 @@ class CaptionCommandsModel final : public QAbstractListModel {
     Q_INVOKABLE void choose(int row) const;
     /// Call when the user pressed the command's keys.
     Q_INVOKABLE void press(int row) const;
-    Q_INVOKABLE void copy(bool withTranslations) const;
-    Q_INVOKABLE void clear() const { environment_.commands.clearCaptions(); }
+    /// Call when the user pressed the button with this name in the toolbar.
+    Q_INVOKABLE void pressButton(const QString& name) const;
+    void copy(bool withTranslations) const;
 
   Q_SIGNALS:
     void selectionChanged();
@@ -65,6 +66,7 @@ class CaptionCommandsModel final : public QAbstractListModel {
     const Command* at(int row) const;
     /// Copies the selected text, or all captions with their translations if none is selected.
     void copySelected() const;
+    void clear() const { environment_.commands.clearCaptions(); }
     void sourcesChanged();
     void announceChange();
 

@@ -6,6 +6,7 @@
 #include "TessaruneCore/translation/TranslationSupport.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tessarune {
 
@@ -180,12 +181,37 @@ QString CaptionToolbarModel::settingsText() const {
     return text("设置…");
 }
 
-QString CaptionToolbarModel::closeText() const {
-    return text("关闭字幕窗口");
+QStringList CaptionToolbarModel::buttons() const {
+    const auto& shown = *settings_.state;
+    const CaptionWindowEnvironment::Commands& commands = environment_.commands;
+    QStringList names;
+    for (const auto& [name, isShown] :
+         {std::pair{"swap", shown.showSwapCaptionOrder},
+          {"layout", shown.showLayoutMode},
+          {"copy", shown.showCopyBilingual},
+          {"copyOriginal", shown.showCopyOriginal},
+          {"clear", shown.showClearSubtitles},
+          {"pin", shown.showPinWindow},
+          {"history", shown.showHistory && commands.showHistory},
+          {"settings", shown.showSettings && commands.showSettings}}) {
+        if (isShown)
+            names << QString::fromLatin1(name);
+    }
+    return names;
 }
 
-QString CaptionToolbarModel::sourceText() const {
-    return text("声音来源");
+QVariantMap CaptionToolbarModel::texts() const {
+    return {{"swap", swapText()},
+            {"layout", layoutText()},
+            {"copy", copyText()},
+            {"copyOriginal", copyOriginalText()},
+            {"clear", clearText()},
+            {"pin", pinText()},
+            {"history", historyText()},
+            {"settings", settingsText()},
+            {"more", QString::fromStdString(localized("More commands"))},
+            {"close", text("关闭字幕窗口")},
+            {"source", text("声音来源")}};
 }
 
 bool CaptionToolbarModel::hasLayouts() const {

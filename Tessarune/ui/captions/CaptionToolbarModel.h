@@ -7,6 +7,7 @@
 #include <QObject>
 #include <QString>
 #include <QStringList>
+#include <QVariantMap>
 #include <vector>
 
 namespace tessarune {
@@ -34,24 +35,10 @@ class CaptionToolbarModel final : public QObject {
 
     Q_PROPERTY(bool isCompact READ isCompact NOTIFY settingsChanged)
     Q_PROPERTY(bool keepsOnTop READ keepsOnTop NOTIFY settingsChanged)
-    Q_PROPERTY(bool showsPin READ showsPin NOTIFY settingsChanged)
-    Q_PROPERTY(bool showsLayout READ showsLayout NOTIFY settingsChanged)
-    Q_PROPERTY(bool showsSwap READ showsSwap NOTIFY settingsChanged)
-    Q_PROPERTY(bool showsCopy READ showsCopy NOTIFY settingsChanged)
-    Q_PROPERTY(bool showsCopyOriginal READ showsCopyOriginal NOTIFY settingsChanged)
-    Q_PROPERTY(bool showsClear READ showsClear NOTIFY settingsChanged)
-    Q_PROPERTY(bool showsHistory READ showsHistory NOTIFY settingsChanged)
-    Q_PROPERTY(bool showsSettings READ showsSettings NOTIFY settingsChanged)
-    Q_PROPERTY(QString pinText READ pinText NOTIFY settingsChanged)
-    Q_PROPERTY(QString layoutText READ layoutText CONSTANT)
-    Q_PROPERTY(QString swapText READ swapText CONSTANT)
-    Q_PROPERTY(QString copyText READ copyText CONSTANT)
-    Q_PROPERTY(QString copyOriginalText READ copyOriginalText CONSTANT)
-    Q_PROPERTY(QString clearText READ clearText CONSTANT)
-    Q_PROPERTY(QString historyText READ historyText CONSTANT)
-    Q_PROPERTY(QString settingsText READ settingsText CONSTANT)
-    Q_PROPERTY(QString closeText READ closeText CONSTANT)
-    Q_PROPERTY(QString sourceText READ sourceText CONSTANT)
+    /// The buttons that the user wants beside the last one, which closes the window.
+    Q_PROPERTY(QStringList buttons READ buttons NOTIFY settingsChanged)
+    /// The texts of all buttons.
+    Q_PROPERTY(QVariantMap texts READ texts NOTIFY settingsChanged)
 
   public:
     explicit CaptionToolbarModel(const CaptionWindowEnvironment& environment);
@@ -71,18 +58,8 @@ class CaptionToolbarModel final : public QObject {
 
     bool isCompact() const { return settings_.state->compactToolbar; }
     bool keepsOnTop() const { return settings_.state->keepOnTop; }
-    bool showsPin() const { return settings_.state->showPinWindow; }
-    bool showsLayout() const { return settings_.state->showLayoutMode; }
-    bool showsSwap() const { return settings_.state->showSwapCaptionOrder; }
-    bool showsCopy() const { return settings_.state->showCopyBilingual; }
-    bool showsCopyOriginal() const { return settings_.state->showCopyOriginal; }
-    bool showsClear() const { return settings_.state->showClearSubtitles; }
-    bool showsHistory() const {
-        return settings_.state->showHistory && environment_.commands.showHistory;
-    }
-    bool showsSettings() const {
-        return settings_.state->showSettings && environment_.commands.showSettings;
-    }
+    QStringList buttons() const;
+    QVariantMap texts() const;
     /// Whether captions are translated, so that their layout and order can be changed.
     bool hasLayouts() const;
     bool swaps() const { return settings_.state->swapCaptionOrder; }
@@ -95,8 +72,6 @@ class CaptionToolbarModel final : public QObject {
     QString swapText() const;
     QString historyText() const;
     QString settingsText() const;
-    QString closeText() const;
-    QString sourceText() const;
 
     Q_INVOKABLE void toggle() const;
     void toggleByMenu() const;
@@ -104,11 +79,11 @@ class CaptionToolbarModel final : public QObject {
     void toggleByKey() const;
     Q_INVOKABLE void selectSource(int index) const;
     Q_INVOKABLE void refreshSources() const;
-    Q_INVOKABLE void togglePin() const;
-    Q_INVOKABLE void cycleLayout() const;
-    Q_INVOKABLE void swapOrder() const;
-    Q_INVOKABLE void showHistory() const { environment_.commands.showHistory(); }
-    Q_INVOKABLE void showSettings() const { environment_.commands.showSettings({}); }
+    void togglePin() const;
+    void cycleLayout() const;
+    void swapOrder() const;
+    void showHistory() const { environment_.commands.showHistory(); }
+    void showSettings() const { environment_.commands.showSettings({}); }
     Q_INVOKABLE void dismissNotice() const { environment_.commands.dismissNotice(); }
 
   Q_SIGNALS:

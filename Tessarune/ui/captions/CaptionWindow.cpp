@@ -2,6 +2,8 @@
 
 #include "Tessarune/ui/captions/CaptionFollow.h"
 #include "Tessarune/ui/captions/CaptionSelection.h"
+#include "Tessarune/ui/captions/CaptionToolbarFit.h"
+#include "Tessarune/ui/captions/MenuWindow.h"
 #include "Tessarune/ui/captions/StreamingText.h"
 #include "Tessarune/ui/controls/Controls.h"
 
@@ -31,6 +33,8 @@ void CaptionWindow::registerTypes() {
         qmlRegisterUncreatableType<CaptionCommandsModel>("Tessarune", 1, 0, "CaptionCommandsModel",
                                                          {});
         qmlRegisterUncreatableType<CaptionStageModel>("Tessarune", 1, 0, "CaptionStageModel", {});
+        qmlRegisterType<CaptionToolbarFit>("Tessarune", 1, 0, "CaptionToolbarFit");
+        qmlRegisterType<MenuWindow>("Tessarune", 1, 0, "MenuWindow");
         qmlRegisterUncreatableType<CaptionToolbarModel>("Tessarune", 1, 0, "CaptionToolbarModel",
                                                         {});
         qmlRegisterUncreatableType<CaptionWindowModel>("Tessarune", 1, 0, "CaptionWindowModel", {});

@@ -1,5 +1,4 @@
 import QtQuick
-import QtQuick.Window
 import Tessarune
 
 // Start and stop, the source, and the window's own buttons.
@@ -11,10 +10,10 @@ Item {
     required property CaptionHearingModel hearing
     required property real radius
     required property bool shown
-    required property real roomBelow
-    readonly property bool menuOpen: sources.visible
+    readonly property bool menuOpen: sources.isOpen
     readonly property real size: Math.round(Theme.body * (toolbar.isCompact ? 2 : 2.6))
     signal closeRequested
+    signal menuRequested(Item item, real x, real y)
 
     height: size + 18
     opacity: shown ? 1 : 0
@@ -36,6 +35,17 @@ Item {
         }
     }
 
+    CaptionToolbarFit {
+        id: fit
+        room: root.width - 24
+        toggle: toggle.bareWidth + 10
+        toggleText: root.toolbar.isCompact ? 0 : toggle.textWidth
+        source: sourceButton.bareWidth + 10
+        sourceText: Math.min(sourceButton.textWidth, Theme.body * 7)
+        button: root.size + buttons.spacing
+        wanted: root.toolbar.buttons
+    }
+
     Row {
         anchors { left: parent.left; leftMargin: 12; verticalCenter: parent.verticalCenter; verticalCenterOffset: -2 }
         spacing: 10
@@ -44,7 +54,7 @@ Item {
             id: toggle
             anchors.verticalCenter: parent.verticalCenter
             height: root.size
-            showsText: !root.toolbar.isCompact
+            showsText: fit.showsToggleText && !root.toolbar.isCompact
             isOn: root.toolbar.isListening
             isBusy: root.toolbar.isBusy
             text: root.toolbar.toggleText
@@ -57,14 +67,15 @@ Item {
             anchors.verticalCenter: parent.verticalCenter
             height: root.size
             source: root.toolbar.sourceName
-            hint: root.toolbar.sourceText
+            hint: root.toolbar.texts.source
             level: root.hearing.level
             isListening: root.toolbar.isListening
             canPress: root.toolbar.sources.length > 0
-            maximumWidth: root.width - toggle.width - buttons.width - 44
+            showsText: fit.showsSourceText
+            maximumWidth: fit.room - toggle.width - buttons.width - 20
             onActivated: {
                 root.toolbar.refreshSources();
-                sources.visible = !sources.visible;
+                sources.openAt(sourceButton, 0, height + 4);
             }
         }
     }
@@ -76,100 +87,37 @@ Item {
         spacing: 2
 
         ToolButton {
+            id: more
             height: root.size
-            visible: root.toolbar.showsSwap
-            icon: "swap"
-            text: root.toolbar.swapText
-            onActivated: root.toolbar.swapOrder()
+            visible: fit.showsMore
+            icon: "more"
+            text: root.toolbar.texts.more
+            onActivated: root.menuRequested(more, 0, height + 4)
         }
-        ToolButton {
-            height: root.size
-            visible: root.toolbar.showsLayout
-            icon: "layout"
-            text: root.toolbar.layoutText
-            onActivated: root.toolbar.cycleLayout()
-        }
-        ToolButton {
-            height: root.size
-            visible: root.toolbar.showsCopy
-            icon: "copy"
-            text: root.toolbar.copyText
-            onActivated: root.commands.copy(true)
-        }
-        ToolButton {
-            height: root.size
-            visible: root.toolbar.showsCopyOriginal
-            icon: "copyOriginal"
-            text: root.toolbar.copyOriginalText
-            onActivated: root.commands.copy(false)
-        }
-        ToolButton {
-            height: root.size
-            visible: root.toolbar.showsClear
-            icon: "clear"
-            text: root.toolbar.clearText
-            onActivated: root.commands.clear()
-        }
-        ToolButton {
-            height: root.size
-            visible: root.toolbar.showsPin
-            icon: "pin"
-            isOn: root.toolbar.keepsOnTop
-            text: root.toolbar.pinText
-            onActivated: root.toolbar.togglePin()
-        }
-        ToolButton {
-            height: root.size
-            visible: root.toolbar.showsHistory
-            icon: "history"
-            text: root.toolbar.historyText
-            onActivated: root.toolbar.showHistory()
-        }
-        ToolButton {
-            height: root.size
-            visible: root.toolbar.showsSettings
-            icon: "settings"
-            text: root.toolbar.settingsText
-            onActivated: root.toolbar.showSettings()
+        Repeater {
+            model: fit.buttons
+
+            ToolButton {
+                required property string modelData
+
+                height: root.size
+                icon: modelData
+                isOn: modelData === "pin" && root.toolbar.keepsOnTop
+                text: root.toolbar.texts[modelData]
+                onActivated: root.commands.pressButton(modelData)
+            }
         }
         ToolButton {
             height: root.size
             icon: "close"
-            text: root.toolbar.closeText
+            text: root.toolbar.texts.close
             onActivated: root.closeRequested()
         }
     }
 
-    // A click beside the menu closes it.
-    MouseArea {
-        visible: sources.visible
-        width: root.width
-        height: root.height + root.roomBelow
-        acceptedButtons: Qt.AllButtons
-        onPressed: sources.visible = false
-    }
-
     SourceMenu {
         id: sources
-        visible: false
-        x: sourceButton.parent.x + sourceButton.x
-        y: root.height - 6
-        height: Math.min(implicitHeight, root.roomBelow)
-        names: root.toolbar.sources
-        current: root.toolbar.currentSource
-        title: root.toolbar.sourceText
-        onChosen: index => {
-            visible = false;
-            root.toolbar.selectSource(index);
-        }
-        onDismissed: visible = false
-    }
-
-    Connections {
-        target: root.Window.window
-        function onActiveChanged() {
-            if (!root.Window.window.active)
-                sources.visible = false;
-        }
+        objectName: "sourceMenu"
+        toolbar: root.toolbar
     }
 }

@@ -12,6 +12,14 @@ Rectangle {
     property bool isAvailable: true
     signal activated
 
+    function press() {
+        if (isAvailable)
+            activated();
+    }
+
+    readonly property real indent: Theme.body + 20
+
+    implicitWidth: indent + name.implicitWidth + 30 + keys.implicitWidth + 10
     height: Math.round(Theme.body * 2.4)
     enabled: isAvailable
     radius: 8
@@ -21,19 +29,19 @@ Rectangle {
     Accessible.checkable: isOn
     Accessible.checked: isOn
     Accessible.focused: isCurrent
-    Accessible.onPressAction: if (isAvailable) activated()
+    Accessible.onPressAction: press()
 
     Icon {
         x: 10
         anchors.verticalCenter: parent.verticalCenter
         visible: root.isOn
         name: "check"
-        width: 12
-        height: 12
+        width: Theme.body
     }
 
     Text {
-        anchors { left: parent.left; leftMargin: 32; right: keys.left; rightMargin: 10; verticalCenter: parent.verticalCenter }
+        id: name
+        anchors { left: parent.left; leftMargin: root.indent; right: keys.left; rightMargin: 10; verticalCenter: parent.verticalCenter }
         elide: Text.ElideRight
         text: root.label
         textFormat: Text.PlainText
@@ -54,6 +62,6 @@ Rectangle {
         id: area
         anchors.fill: parent
         hoverEnabled: true
-        onClicked: if (root.isAvailable) root.activated()
+        onClicked: root.press()
     }
 }

@@ -10,10 +10,14 @@ PressButton {
     required property real level
     required property bool isListening
     required property real maximumWidth
+    property bool showsText: true
 
+    // Of the button without the name, and of the whole name with its gap.
+    readonly property real bareWidth: 24 + bars.width + (canPress ? content.spacing + arrow.width : 0)
+    readonly property real textWidth: label.implicitWidth + content.spacing
     readonly property bool isLit: canPress && (area.containsMouse || activeFocus)
 
-    width: Math.max(60, Math.min(content.implicitWidth + 24, maximumWidth))
+    width: content.implicitWidth + 24
     height: 34
     radius: height / 2
     color: isLit ? "#29ffffff" : "#14ffffff"
@@ -24,17 +28,20 @@ PressButton {
         id: content
 
         anchors.centerIn: parent
-        spacing: 9
+        spacing: Math.round(Theme.body * 0.75)
 
         LevelBars {
+            id: bars
             anchors.verticalCenter: parent.verticalCenter
             level: root.level
             isListening: root.isListening
         }
 
         Text {
+            id: label
             anchors.verticalCenter: parent.verticalCenter
-            width: Math.min(implicitWidth, Math.max(10, root.maximumWidth - 62))
+            visible: root.showsText
+            width: Math.min(implicitWidth, root.maximumWidth - root.bareWidth - content.spacing)
             elide: Text.ElideRight
             text: root.source
             textFormat: Text.PlainText
@@ -43,11 +50,11 @@ PressButton {
         }
 
         Icon {
+            id: arrow
             anchors.verticalCenter: parent.verticalCenter
             visible: root.canPress
             name: "down"
-            width: 10
-            height: 10
+            width: Math.round(Theme.body * 0.8)
         }
     }
 

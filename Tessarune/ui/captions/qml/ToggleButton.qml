@@ -11,6 +11,9 @@ PressButton {
     required property string duration
     property bool showsText: true
 
+    // Of the button without its text, and of the text with its gap.
+    readonly property real bareWidth: 28 + dot.width + (isOn ? content.spacing + time.implicitWidth : 0)
+    readonly property real textWidth: label.implicitWidth + content.spacing
     readonly property bool isLit: area.containsMouse || activeFocus
 
     width: content.width + 28
@@ -24,18 +27,20 @@ PressButton {
         id: content
 
         anchors.centerIn: parent
-        spacing: 9
+        spacing: Math.round(Theme.body * 0.75)
 
         Rectangle {
+            id: dot
             anchors.verticalCenter: parent.verticalCenter
-            width: 11
-            height: 11
-            radius: root.isOn ? 2.5 : 5.5
+            width: 2 * Math.round(Theme.body / 2)
+            height: width
+            radius: width * (root.isOn ? 0.23 : 0.5)
             color: root.isOn ? "#ff6f61" : "#f2f2f4"
             opacity: root.isBusy ? 0.5 : 1
         }
 
         Text {
+            id: label
             anchors.verticalCenter: parent.verticalCenter
             visible: root.showsText
             text: root.text
@@ -46,6 +51,7 @@ PressButton {
         }
 
         Text {
+            id: time
             anchors.verticalCenter: parent.verticalCenter
             visible: root.isOn
             text: root.duration

@@ -12,7 +12,7 @@ Item {
     required property CaptionHearingModel hearing
     required property CaptionStage stage
     required property real radius
-    readonly property bool menuOpen: bar.menuOpen || menu.visible
+    readonly property bool menuOpen: bar.menuOpen || menu.isOpen
 
     CaptionToolbar {
         id: bar
@@ -22,14 +22,14 @@ Item {
         hearing: root.hearing
         radius: root.radius
         shown: root.model.showsChrome
-        roomBelow: root.height - height
         onCloseRequested: root.model.close()
+        onMenuRequested: (item, x, y) => menu.openAt(item, x, y)
     }
 
     MouseArea {
         anchors.fill: parent
         acceptedButtons: Qt.RightButton
-        onClicked: mouse => menu.openAt(mouse.x, mouse.y)
+        onClicked: mouse => menu.openAt(root, mouse.x, mouse.y)
     }
 
     ResizeEdges {
@@ -39,7 +39,6 @@ Item {
     CaptionMenu {
         id: menu
         objectName: "contextMenu"
-        anchors.fill: parent
         commands: root.commands
     }
 
@@ -77,6 +76,6 @@ Item {
     }
     Shortcut {
         sequences: WindowKeys.menu
-        onActivated: menu.openAt(12, 12)
+        onActivated: menu.openAt(root, 12, 12)
     }
 }

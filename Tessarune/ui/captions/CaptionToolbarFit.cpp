@@ -1,0 +1,34 @@
+#include "Tessarune/ui/captions/CaptionToolbarFit.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tessarune {
+
+CaptionToolbarFit::CaptionToolbarFit() {
+    connect(this, &CaptionToolbarFit::inputChanged, this, &CaptionToolbarFit::fit);
+}
+
+void CaptionToolbarFit::fit() {
+    if (button_ <= 0)
+        return;
+    const auto all = wanted_.size();
+    const double texts = room_ - toggle_ - source_ - static_cast<double>(all + 1) * button_;
+    const bool showsSourceText = texts >= sourceText_;
+    const bool showsToggleText = texts >= sourceText_ + toggleText_;
+    auto count = all;
+    if (texts < 0) { // two buttons stay: the last one, and the one for the menu
+        const double fitting = (room_ - toggle_ - source_) / button_ - 2;
+        count = std::clamp(static_cast<qsizetype>(fitting), qsizetype{0}, all);
+    }
+    const bool hadMore = showsMore();
+    const QStringList buttons = wanted_.last(count);
+    showsSourceText_ = showsSourceText;
+    showsToggleText_ = showsToggleText;
+    Q_EMIT changed();
+    // A list that is assigned again would create the buttons again.
+    if (std::exchange(buttons_, buttons) != buttons || showsMore() != hadMore)
+        Q_EMIT buttonsChanged();
+}
+
+} // namespace tessarune

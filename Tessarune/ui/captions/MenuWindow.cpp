@@ -1,0 +1,125 @@
+#include "Tessarune/ui/captions/MenuWindow.h"
+
+#include <QGuiApplication>
+#include <QMouseEvent>
+#include <QScreen>
+#include <algorithm>
+#include <cmath>
+
+namespace tessarune {
+
+namespace {
+
+constexpr int screenMargin = 6;
+
+} // namespace
+
+MenuWindow::MenuWindow() {
+    setFlags(Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint);
+    setColor(Qt::transparent);
+    connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &MenuWindow::focusMoved);
+}
+
+void MenuWindow::openAt(QQuickItem* item, double x, double y) {
+    QQuickWindow* const owner = item->window();
+    if (!owner || !list_)
+        return;
+    const QPoint corner = owner->mapToGlobal(item->mapToScene({x, y})).toPoint();
+    setTransientParent(owner);
+    setScreen(owner->screen());
+    const QRect free = screen()->availableGeometry().adjusted(screenMargin, screenMargin,
+                                                              -screenMargin, -screenMargin);
+    const QSize size = neededSize(free.size());
+    setGeometry({QPoint(std::clamp(corner.x(), free.left(),
+                                   std::max(free.left(), free.right() + 1 - size.width())),
+                        std::clamp(corner.y(), free.top(),
+                                   std::max(free.top(), free.bottom() + 1 - size.height()))),
+                 size});
+    contentItem()->setSize(size); // a window that is hidden, or keeps its size, does not do so
+    owner->removeEventFilter(this);
+    owner->installEventFilter(this);
+    show();
+    setMouseGrabEnabled(true); // a press in another program closes the menu, too
+}
+
+/// The list creates its entries only in a window that is high enough for them.
+QSize MenuWindow::neededSize(const QSize& most) {
+    contentItem()->setSize(most);
+    QMetaObject::invokeMethod(list_, "forceLayout");
+    double width = leastWidth_;
+    for (const QQuickItem* entry :
+         list_->property("contentItem").value<QQuickItem*>()->childItems())
+        width = std::max(width, entry->implicitWidth() + 2 * margin_);
+    const double height = list_->property("contentHeight").toDouble() + 2 * margin_;
+    return QSize(static_cast<int>(std::ceil(std::min(width, std::max(mostWidth_, leastWidth_)))),
+                 static_cast<int>(std::ceil(height)))
+        .boundedTo(most);
+}
+
+void MenuWindow::focusMoved(const QWindow* window) {
+    if (isVisible() && window != this && window != transientParent())
+        hide();
+}
+
+/// A key that a shortcut wants, too, is accepted first and comes again.
+bool MenuWindow::handleKey(QEvent& event) {
+    const int key = static_cast<QKeyEvent&>(event).key();
+    const bool isEntry = key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;
+    if (!isEntry && key != Qt::Key_Up && key != Qt::Key_Down && key != Qt::Key_Escape &&
+        key != Qt::Key_Tab)
+        return false;
+    event.accept();
+    if (event.type() == QEvent::ShortcutOverride)
+        return true;
+    if (key == Qt::Key_Up)
+        QMetaObject::invokeMethod(list_, "decrementCurrentIndex");
+    else if (key == Qt::Key_Down)
+        QMetaObject::invokeMethod(list_, "incrementCurrentIndex");
+    else if (key == Qt::Key_Escape)
+        hide();
+    else if (auto* const entry = list_->property("currentItem").value<QQuickItem*>();
+             isEntry && entry)
+        QMetaObject::invokeMethod(entry, "press");
+    return true;
+}
+
+bool MenuWindow::event(QEvent* event) {
+    switch (event->type()) {
+    case QEvent::MouseButtonPress:
+        if (!QRect({}, size()).contains(static_cast<QMouseEvent*>(event)->position().toPoint())) {
+            hide();
+            return true;
+        }
+        break;
+    case QEvent::KeyPress:
+        if (handleKey(*event))
+            return true;
+        break;
+    case QEvent::Hide:
+        setMouseGrabEnabled(false);
+        if (QGuiApplication::focusWindow() == this && transientParent())
+            transientParent()->requestActivate();
+        break;
+    default:
+        break;
+    }
+    return QQuickWindow::event(event);
+}
+
+bool MenuWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (isVisible() && watched == transientParent()) {
+        if (event->type() == QEvent::MouseButtonPress) {
+            hide();
+            return true;
+        }
+        if ((event->type() == QEvent::KeyPress || event->type() == QEvent::ShortcutOverride) &&
+            handleKey(*event))
+            return true;
+        if (event->type() == QEvent::Hide || event->type() == QEvent::Move ||
+            event->type() == QEvent::Resize)
+            hide();
+    }
+    return QQuickWindow::eventFilter(watched, event);
+}
+
+} // namespace tessarune
