@@ -1,9 +1,10 @@
 // Draws the caption and the history window and the first page in every state, and the settings
-// window pane by pane, into PNG files: caption-gallery FOLDER [LOCALE]. Puts the pictures of all
-// folders below one on a sheet: caption-gallery --sheet FOLDER
+// window pane by pane, into PNG files: caption-gallery FOLDER [LOCALE [NAME]]. Puts the pictures of
+// all folders below one on a sheet: caption-gallery --sheet FOLDER
 
 #include "Tessarune/shell/StringTables.h"
 #include "Tessarune/ui/captions/CaptionFonts.h"
+#include "Tessarune/ui/captions/MenuWindow.h"
 #include "scripts/pictures/HistoryPictures.h"
 #include "tests/ui/StagedCaptions.h"
 #include "tests/ui/StagedSettings.h"
@@ -17,6 +18,7 @@
 #include <QQuickItem>
 #include <QQuickPaintedItem>
 #include <QTemporaryFile>
+#include <QTest>
 #include <cmath>
 #include <functional>
 #include <iostream>
@@ -50,6 +52,23 @@ void talk(StagedCaptions& captions) {
     captions.speak("We had nothing before us, we were all going");
     captions.frame.ghostTranslationText = "我们面前一无所有，我们全都";
     captions.frame.ghostTranslationSourceText = captions.frame.livePartialRow->sourceText;
+}
+
+void wantEverything(StagedCaptions& captions) {
+    AppSettings& settings = captions.settings;
+    for (auto* const button :
+         {&settings.showSwapCaptionOrderInSubtitleToolbar,
+          &settings.showLayoutModeInSubtitleToolbar, &settings.showCopyBilingualInSubtitleToolbar,
+          &settings.showCopyOriginalInSubtitleToolbar,
+          &settings.showClearSubtitlesInSubtitleToolbar, &settings.showHistoryInSubtitleToolbar})
+        *button = true;
+    captions.session.inputDevices = std::vector<AudioInputDevices::Device>{
+        {"usb", "USB Microphone", true},
+        {"long", "Sennheiser SC 165 USB Headset Analog Stereo (front left, front right)", false}};
+}
+
+void press(StagedCaptions& captions, Qt::MouseButton button, QPoint point) {
+    QTest::mouseClick(&captions.window->window(), button, {}, point);
 }
 
 const Picture pictures[] = {
@@ -177,9 +196,40 @@ const Picture pictures[] = {
          talk(c);
      },
      [](StagedCaptions& c) {
-         auto* const menu = c.window->window().findChild<QQuickItem*>("contextMenu");
-         QMetaObject::invokeMethod(menu, "openAt", Q_ARG(double, 300), Q_ARG(double, 20));
+         press(c, Qt::RightButton, {300, 20});
      }},
+    {"small",
+     [](auto& c) {
+         wantEverything(c);
+         talk(c);
+     },
+     [](StagedCaptions& c) {
+         c.window->window().resize(380, 180);
+         runFor(100);
+         press(c, Qt::RightButton, {200, 120});
+     },
+     false},
+    {"small-sources",
+     [](auto& c) {
+         wantEverything(c);
+         talk(c);
+     },
+     [](StagedCaptions& c) {
+         c.window->window().resize(380, 180);
+         runFor(100);
+         press(c, Qt::LeftButton, {140, 22});
+     },
+     false},
+    {"half", wantEverything, [](auto& c) { c.window->window().resize(520, 260); }, false},
+    {"large-desktop-text", talk, {}, false},
+    {"large-desktop-text-notice",
+     [](auto& c) {
+         wantEverything(c);
+         talk(c);
+         c.notice = localized("Nothing can be recorded: %@", {"/home/somebody: no space left"});
+     },
+     {},
+     false},
     {"first-words",
      [](auto& c) {
          c.enter(LiveSessionPhase::listening, Kind::none);
@@ -210,8 +260,27 @@ const SettingsPicture settingsPictures[] = {
      }},
 };
 
+/// The window and the menus that are open over it.
+QImage imageOf(QQuickWindow& window) {
+    QRect all = window.geometry();
+    QList<QQuickWindow*> shown{&window};
+    for (auto* const menu : window.findChildren<MenuWindow*>()) {
+        if (menu->isVisible()) {
+            shown << menu;
+            all |= menu->geometry();
+        }
+    }
+    QImage image(all.size() * window.devicePixelRatio(), QImage::Format_ARGB32_Premultiplied);
+    image.fill(QColor(0x5f, 0x68, 0x70));
+    QPainter painter(&image);
+    for (QQuickWindow* const each : std::as_const(shown))
+        painter.drawImage((each->position() - all.topLeft()) * window.devicePixelRatio(),
+                          each->grabWindow());
+    return image;
+}
+
 bool save(QQuickWindow& window, const QString& file) {
-    const bool saved = window.grabWindow().save(file);
+    const bool saved = imageOf(window).save(file);
     if (!saved)
         std::cerr << "cannot write " << file.toStdString() << "\n";
     return saved;
@@ -288,6 +357,11 @@ class Backdrop : public QQuickPaintedItem {
 };
 
 bool draw(const Picture& picture, SubtitleLayoutMode layout, const QString& file) {
+    QFont font = QGuiApplication::font();
+    const QFont usual = font;
+    if (QByteArray(picture.name).startsWith("large-desktop"))
+        font.setPointSizeF(2 * font.pointSizeF());
+    QGuiApplication::setFont(font);
     StagedCaptions captions;
     captions.settings.smoothPaceMS = 60;
     captions.settings.subtitleLayoutMode = layout;
@@ -298,12 +372,17 @@ bool draw(const Picture& picture, SubtitleLayoutMode layout, const QString& file
         picture.act(captions);
     const Backdrop backdrop(captions.window->window(), QByteArray(picture.name).endsWith("white"));
     runFor(1600);
-    return save(captions.window->window(), file);
+    const bool isSaved = save(captions.window->window(), file);
+    QGuiApplication::setFont(usual);
+    return isSaved;
 }
 
-int drawAll(const QString& folder) {
+/// With a name, only this picture of the caption window.
+int drawAll(const QString& folder, const QString& name) {
     QDir().mkpath(folder);
     for (const Picture& picture : pictures) {
+        if (!name.isEmpty() && name != picture.name)
+            continue;
         for (const auto& [layout, suffix] : {std::pair(SubtitleLayoutMode::bilingualCompare, ""),
                                              std::pair(SubtitleLayoutMode::lyrics, "-lyrics")}) {
             if (layout == SubtitleLayoutMode::lyrics && !picture.hasLayouts)
@@ -313,6 +392,8 @@ int drawAll(const QString& folder) {
                 return 1;
         }
     }
+    if (!name.isEmpty())
+        return 0;
     const bool isDrawn = drawSettings(folder, true) && drawHistory(folder, "dark", save) &&
                          drawWelcome(folder, "dark") && drawSettings(folder, false) &&
                          drawHistory(folder, "light", save) && drawWelcome(folder, "light");
@@ -369,5 +450,5 @@ int main(int argc, char** argv) {
     const char* const locale = argc > 2 ? argv[2] : "zh_CN";
     setLocalizationTable(StringTables::forLocale(locale));
     nameInterfaceFaces(locale);
-    return drawAll(folder);
+    return drawAll(folder, QString::fromLocal8Bit(argc > 3 ? argv[3] : ""));
 }
