@@ -85,8 +85,9 @@ Item {
         readonly property bool hasPlace: root.isBilingual
                                          ? text !== "" || sourceText.shownHeight + root.gap + oneLine <= root.mostHeight : !root.hasSource
         readonly property real shownHeight: hasPlace ? Math.max(implicitHeight, oneLine) : 0
-        // In an older, dimmed row a preview can be only a little dimmer: its contrast stays above 4.5.
-        readonly property real ghostOpacity: !root.ghost ? 1 : root.isPrimary ? 0.62 : 0.88
+        // In an older, dimmed row or over anything, a preview can be only a little dimmer: its contrast
+        // stays above 4.5.
+        readonly property real ghostOpacity: !root.ghost ? 1 : root.outlined ? 0.85 : root.isPrimary ? 0.62 : 0.88
 
         visible: text !== ""
         y: root.isBilingual && !root.translationFirst ? sourceText.shownHeight + root.gap : 0

@@ -124,6 +124,7 @@ Item {
         anchors.horizontalCenter: parent.horizontalCenter
         y: Math.max(0, Math.min((root.height - height) / 2, root.height - root.covered - height))
         width: parent.width - 2 * root.side
+        showsDots: y > root.underToolbar
         presentation: root.stage.presentation
         title: root.stage.emptyTitle
         subtitle: root.stage.emptySubtitle

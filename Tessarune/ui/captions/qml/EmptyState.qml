@@ -10,6 +10,7 @@ Column {
     required property string subtitle
     required property color color
     required property bool reducesMotion
+    property bool showsDots: true
 
     readonly property bool isShown: presentation.startsWith("empty")
     readonly property bool isChecking: presentation === "empty-checking"
@@ -32,6 +33,7 @@ Column {
         anchors.horizontalCenter: parent.horizontalCenter
         spacing: 7
         height: 22
+        opacity: root.showsDots ? 1 : 0
 
         Repeater {
             model: 3
@@ -41,9 +43,9 @@ Column {
 
                 required property int index
 
-                width: 7
-                height: 7
-                radius: 3.5
+                width: 8
+                height: 8
+                radius: 4
                 color: root.color
                 opacity: 0.28
 
