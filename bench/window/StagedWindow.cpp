@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <QQuickItem>
 #include <chrono>
 
 namespace tessarune {
@@ -32,6 +33,7 @@ StagedWindow::StagedWindow(QtHost& host, std::size_t rows)
                .store = defaults_,
                .commands = {},
                .reducesMotion = reducesMotion_}) {
+    settings_.subtitleReviewAutoReturnSeconds = 3600; // one who scrolls back stays there
     partial_.id = newID_();
     while (committed_.size() < rows)
         commit();
@@ -65,14 +67,24 @@ void StagedWindow::settle() {
 }
 
 double StagedWindow::show() {
+    return present([this] {
+        cache_.update({committed_, {}, {}, partial_, cleared_}, false, nullptr);
+        LiveCaptionDisplayFrame frame = cache_.frame();
+        frame.sessionPhase = LiveSessionPhase::listening;
+        store_.update(std::move(frame));
+    });
+}
+
+QQuickItem* StagedWindow::list() {
+    return window_.window().findChild<QQuickItem*>("sourceList")->findChild<QQuickItem*>("list");
+}
+
+double StagedWindow::present(const std::function<void()>& change) {
     bool isShown = false;
     const auto connection = QObject::connect(&window_.window(), &QQuickWindow::frameSwapped,
                                              &window_.window(), [&] { isShown = true; });
     const double begin = now();
-    cache_.update({committed_, {}, {}, partial_, cleared_}, false, nullptr);
-    LiveCaptionDisplayFrame frame = cache_.frame();
-    frame.sessionPhase = LiveSessionPhase::listening;
-    store_.update(std::move(frame));
+    change();
     while (!isShown && now() - begin < 5)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     QObject::disconnect(connection);

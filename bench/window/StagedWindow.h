@@ -7,6 +7,7 @@
 #include "Tessarune/ui/captions/CaptionWindow.h"
 #include "tests/support/MemoryUserDefaults.h"
 
+#include <functional>
 #include <string>
 #include <unordered_set>
 #include <vector>
@@ -25,6 +26,10 @@ class StagedWindow {
     void settle();
     /// Publishes the change. Returns the seconds until the window has shown it.
     double show();
+    /// Returns the seconds from the beginning of a change until the window has shown it.
+    double present(const std::function<void()>& change);
+    /// The list of captions.
+    QQuickItem* list();
     std::size_t rows() const { return committed_.size(); }
 
   private:

@@ -3,14 +3,18 @@
 #include "bench/window/StagedWindow.h"
 
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QQmlComponent>
 #include <QQmlEngine>
+#include <QQuickItem>
 #include <QQuickView>
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstring>
 #include <exception>
 #include <fstream>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,6 +22,7 @@
 /// Measures the caption window. `bench/window/run` runs all measurements on a display of its own.
 ///
 ///     bench-window frames            from a change of the captions to the frame on the screen
+///     bench-window scrolling         a frame while one scrolls through 10,000 rows
 ///     bench-window hour              an hour of captions, one change after the other
 ///     bench-window first PROGRAM...  from the start of a program to its first picture
 ///     bench-window bare              a window with a line of text, for comparison
@@ -65,6 +70,57 @@ int measureFrames() {
     std::puts("|---|---|---|---|---|");
     print("a word is spoken", words);
     print("a row settles", rows);
+    return 0;
+}
+
+/// Scrolls back from the newest of 10,000 rows and returns, while the sentence goes on.
+int measureScrolling() {
+    QtHost host;
+    StagedWindow window(host, 10'000);
+    QQuickItem* const list = window.list();
+    std::puts("| 10,000 rows | Median | 99 % | Maximum | Over 16.7 ms |");
+    std::puts("|---|---|---|---|---|");
+    const auto measure = [](const char* what, int steps, const std::function<double()>& step) {
+        std::vector<double> times;
+        for (int i = 0; i < steps; ++i)
+            times.push_back(step() * 1000);
+        std::printf("| %s | %.2f ms | %.2f ms | %.2f ms | %.1f %% |\n", what,
+                    Statistics::median(times), Statistics::percentile(times, 0.99),
+                    *std::ranges::max_element(times),
+                    100.0 *
+                        static_cast<double>(std::ranges::count_if(
+                            times, [](double ms) { return ms > 1000.0 / 60; })) /
+                        steps);
+    };
+    const auto position = [&] { return list->property("contentY").toDouble(); };
+    const auto moveBy = [&](double distance) {
+        return window.present([&] { list->setProperty("contentY", position() + distance); });
+    };
+    const auto byKey = [&](Qt::Key key) {
+        return window.present([&] {
+            QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier);
+            QCoreApplication::sendEvent(list->window(), &press);
+        });
+    };
+    list->window()->requestActivate();
+    byKey(Qt::Key_PageUp); // begins to read back
+    measure("a frame of a slow flick, 12 pixels", 600, [&] { return moveBy(-12); });
+    measure("a frame of a fast flick, 200 pixels", 600, [&] { return moveBy(-200); });
+    measure("the same while words are spoken", 600, [&] {
+        window.speak();
+        window.show();
+        return moveBy(-200);
+    });
+    const double before = position();
+    measure("Page Up", 200, [&] { return byKey(Qt::Key_PageUp); });
+    if (before - position() < 200 * 100) { // at least 100 pixels each
+        std::fputs("bench-window: the list did not stay where it was scrolled to\n", stderr);
+        return 1;
+    }
+    measure("Page Up and End", 50, [&] {
+        byKey(Qt::Key_PageUp);
+        return byKey(Qt::Key_End);
+    });
     return 0;
 }
 
@@ -138,10 +194,12 @@ int main(int argc, char** argv) {
     QGuiApplication application(argc, argv);
     if (what == "frames")
         return tessarune::measureFrames();
+    if (what == "scrolling")
+        return tessarune::measureScrolling();
     if (what == "hour")
         return tessarune::measureHour();
     if (what == "bare")
         return tessarune::showBareWindow(application);
-    std::fputs("bench-window frames | hour | first PROGRAM... | bare\n", stderr);
+    std::fputs("bench-window frames | scrolling | hour | first PROGRAM... | bare\n", stderr);
     return 64;
 }
