@@ -29,6 +29,13 @@ class CaptionWindowTests : public WarningsFail {
             .findChild<QQuickItem*>("sourceList")
             ->findChild<QQuickItem*>("list");
     }
+    QQuickItem* rowAt(int index) {
+        QQuickItem* row = nullptr;
+        QMetaObject::invokeMethod(list(), "itemAtIndex", Q_RETURN_ARG(QQuickItem*, row),
+                                  Q_ARG(int, index));
+        return row;
+    }
+    QQuickItem* newest() { return rowAt(list()->property("count").toInt() - 1); }
     /// The height of the rows below the visible part of the list.
     double hiddenBelow() {
         return list()->property("originY").toDouble() +
@@ -193,9 +200,7 @@ TEST_F(CaptionWindowTests, WordsThatAreShownAreNotStreamedAgain) {
     captions.settings.smoothStreaming = true;
     captions.settings.smoothPaceMS = 1'000'000; // only the first word of a text appears
     const auto shown = [&] {
-        QQuickItem* row = nullptr;
-        QMetaObject::invokeMethod(list(), "itemAtIndex", Q_RETURN_ARG(QQuickItem*, row),
-                                  Q_ARG(int, list()->property("count").toInt() - 1));
+        const auto* const row = newest();
         const auto* const item = row ? row->property("sourceItem").value<QQuickItem*>() : nullptr;
         const QString markup = item ? item->property("text").toString() : QString();
         return QString(markup).remove(QRegularExpression("<[^>]*>")).trimmed().toStdString();
@@ -232,10 +237,7 @@ TEST_F(CaptionWindowTests, TextIsSelectedAcrossRowsAndStaysSoWhileCaptionsGoOn) 
     runFor(300);
     QQuickWindow& window = captions.window->window();
     const auto pointAt = [&](int row, const char* part, bool atEnd) {
-        QQuickItem* item = nullptr;
-        QMetaObject::invokeMethod(list(), "itemAtIndex", Q_RETURN_ARG(QQuickItem*, item),
-                                  Q_ARG(int, row));
-        const auto* const text = item->property(part).value<QQuickItem*>();
+        const auto* const text = rowAt(row)->property(part).value<QQuickItem*>();
         return text->mapToScene({atEnd ? text->implicitWidth() + 40 : 1, text->height() / 2})
             .toPoint();
     };
@@ -490,12 +492,6 @@ TEST_F(CaptionWindowTests, LargeTypeInALowWindowLosesItsMarginsBeforeTheNewestLi
     captions.settle("Before.", "之前。");
     captions.settle("Newest.");
     captions.publish();
-    const auto newest = [&] {
-        QQuickItem* row = nullptr;
-        QMetaObject::invokeMethod(list(), "itemAtIndex", Q_RETURN_ARG(QQuickItem*, row),
-                                  Q_ARG(int, list()->property("count").toInt() - 1));
-        return row;
-    };
     const auto isWhole = [&] {
         const QQuickItem* const row = newest();
         const double top = row ? row->mapToScene({0, 0}).y() : -1;
