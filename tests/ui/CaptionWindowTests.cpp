@@ -427,6 +427,8 @@ TEST_F(CaptionWindowTests, AnyWindowHasRoomForItsToolbarAndAllOfItsMenu) {
     QTest::mouseClick(menu, Qt::LeftButton, {}, {60, menu->height() - 12});
     EXPECT_EQ(captions.asked, std::vector<std::string>{"quit"});
     EXPECT_FALSE(menu->isVisible());
+    QTest::mouseClick(&window, Qt::RightButton, {}, {200, 100});
+    EXPECT_LT(entries->width(), menu->width()) << "the second time, too";
 }
 
 TEST_F(CaptionWindowTests, EveryTextStandsOutFromTheBackground) {
