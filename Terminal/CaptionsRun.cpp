@@ -33,15 +33,16 @@ Task<int> runCaptions(Program& program, const TerminalOptions& options, Captions
     try {
         Task<bool> opening = session.open();
         const bool isOpen = co_await opening;
-        std::optional<int> over;
+        std::optional<ExitStatus> refusal;
         if (isOpen && !session.isDemo()) { // no questions before sample speech
-            signals.reset();               // question and download watch signals themselves
-            Task<std::optional<int>> asking = offerTranslation(program, options, command);
-            over = co_await asking;
+            // The offer's question and download have a SignalWatch each, and only one may exist.
+            signals.reset();
+            Task<std::optional<ExitStatus>> asking = offerTranslation(program, options, command);
+            refusal = co_await asking;
             watchSignals();
         }
-        if (over) {
-            status = static_cast<ExitStatus>(*over);
+        if (refusal) {
+            status = *refusal;
         } else if (isOpen) {
             Task<void> running = session.run();
             co_await running;
@@ -52,7 +53,9 @@ Task<int> runCaptions(Program& program, const TerminalOptions& options, Captions
     }
     Task<ExitStatus> finishing = session.finish(status, std::move(problem));
     status = co_await finishing;
-    signals.reset(); // a cancelled refinement is neither a failure nor a second Ctrl-C
+    // The refinement has its own SignalWatch: Ctrl-C cancels it, also if an earlier one has ended
+    // the session, and does not change the exit status.
+    signals.reset();
     if (status == ExitStatus::ok && session.refinement() && isWatched(options)) {
         Task<void> refining = refineAfterSession(program, options, *session.refinement());
         co_await refining;

@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <string>
 #include <system_error>
 
 namespace tessarune {
@@ -43,6 +42,23 @@ void printNotice(std::string_view text) {
 
 void printProblem(std::string_view text) {
     printLine(stderr, "tessarune-terminal: " + std::string(text));
+}
+
+std::string shortID(const UUID& id) {
+    constexpr std::size_t characters = 8;
+    return id.text().substr(0, characters);
+}
+
+std::string modelStateText(bool isInstalled, bool isRemovable, const std::string& damage) {
+    if (!damage.empty())
+        return localized("damaged: %@", {damage});
+    if (!isInstalled)
+        return localized("can be downloaded");
+    return isRemovable ? localized("installed") : localized("installed, came with the program");
+}
+
+std::string percentText(int percent) {
+    return std::to_string(percent) + " %";
 }
 
 int statusOfOutput(int status) {

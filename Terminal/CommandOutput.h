@@ -1,7 +1,10 @@
 #pragma once
 
+#include "TessaruneCore/UUID.h"
+
 #include <nlohmann/json_fwd.hpp>
 
+#include <string>
 #include <string_view>
 
 namespace tessarune {
@@ -18,6 +21,13 @@ void printJSON(const nlohmann::ordered_json& object);
 void printNotice(std::string_view text);
 /// Prints a failure: a line on standard error that begins with the program's name.
 void printProblem(std::string_view text);
+
+/// The beginning of a recording's ID, by which commands identify it (`chosenRecording`).
+std::string shortID(const UUID& id);
+/// The state of a model that is installed or can be downloaded. `damage` as in SpeechModelState.
+std::string modelStateText(bool isInstalled, bool isRemovable, const std::string& damage);
+/// "40 %".
+std::string percentText(int percent);
 
 /// Returns `status`. If standard output could not be written, for example on a full disk, reports
 /// that, and returns ExitStatus::ioError instead of a success. A reader that has closed the pipe is

@@ -34,8 +34,8 @@ std::string progressText(const std::string& name, std::uint64_t received, std::u
     if (expected == 0)
         return localized("%@: %@", {name, megabytes(received)});
     const int percent = DownloadPercent::of(received, expected);
-    return localized("%@: %@ of %@ (%@)", {name, megabytes(received), megabytes(expected),
-                                           std::to_string(percent) + " %"});
+    return localized("%@: %@ of %@ (%@)",
+                     {name, megabytes(received), megabytes(expected), percentText(percent)});
 }
 
 std::string troubleText(const std::string& name, const DownloadTrouble& trouble) {

@@ -47,7 +47,7 @@ std::vector<KeyPress> keyPresses(std::string_view bytes) {
     std::vector<KeyPress> presses;
     while (!bytes.empty()) {
         const bool isSequence =
-            bytes.size() >= 3 && bytes[0] == '\033' && (bytes[1] == '[' || bytes[1] == 'O');
+            bytes.size() >= 2 && bytes[0] == '\033' && (bytes[1] == '[' || bytes[1] == 'O');
         if (!isSequence) {
             if (const auto byte = static_cast<unsigned char>(bytes[0]); std::isprint(byte))
                 presses.push_back({Key::character, static_cast<char>(std::tolower(byte))});
@@ -56,8 +56,10 @@ std::vector<KeyPress> keyPresses(std::string_view bytes) {
         }
         // A sequence ends with its first letter; "1;5C" is a right arrow with Control.
         std::size_t end = 2;
-        while (end + 1 < bytes.size() && bytes[end] < '@')
+        while (end < bytes.size() && bytes[end] < '@')
             ++end;
+        if (end == bytes.size())
+            break; // incomplete, or Alt with one of the two characters
         switch (bytes[end]) {
         case 'A':
             presses.push_back({Key::up});

@@ -12,7 +12,7 @@ namespace tessarune {
 struct KeyPress {
     enum class Key { character, left, right, up, down };
     Key key = Key::character;
-    char character = 0; ///< in lower case
+    char character = 0; ///< printable ASCII in lower case; 0 for the other keys
 
     bool operator==(const KeyPress&) const = default;
 };
@@ -20,11 +20,12 @@ struct KeyPress {
 /// Decodes the bytes that a terminal sends for keys; skips unknown keys and incomplete sequences.
 std::vector<KeyPress> keyPresses(std::string_view bytes);
 
-/// Reads single keys from the terminal on standard input while it exists. However the program ends
-/// or stops, the terminal's settings are restored (TerminalCursor). Only one may exist at a time.
+/// While it exists, reads single keys from the terminal on standard input and passes them to
+/// `onKey`. The terminal's settings are restored when the program ends, crashes or stops, unless
+/// SIGKILL or SIGSTOP does it (TerminalCursor). Only one may exist at a time.
 ///
-/// Main queue; the host must outlive it. Its own thread reads, but not while another program has
-/// the terminal.
+/// Main queue, which also calls `onKey`; the host must outlive it. A thread of its own reads,
+/// except while another program has the terminal.
 class KeyInput {
   public:
     KeyInput(Host& host, std::function<void(KeyPress)> onKey);
@@ -36,8 +37,8 @@ class KeyInput {
     void resume();
 
   private:
-    int wakeUp_;        ///< becomes readable when the thread must end
-    Block dropHandler_; ///< makes key presses that are still posted do nothing
+    int wakeUp_;        ///< an eventfd; becomes readable when the thread must end
+    Block dropHandler_; ///< makes queued key presses do nothing
     std::thread reader_;
 };
 

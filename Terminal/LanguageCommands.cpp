@@ -23,18 +23,11 @@ std::string displayName(const std::string& id) {
 }
 
 std::string describe(const TranslationLanguageState& language) {
-    if (!language.damage.empty())
-        return localized("damaged: %@", {language.damage});
-    switch (language.status) {
-    case TranslationAvailabilityStatus::installed:
-        return language.isRemovable ? localized("installed")
-                                    : localized("installed, came with the program");
-    case TranslationAvailabilityStatus::supported:
-        return localized("can be downloaded");
-    case TranslationAvailabilityStatus::unsupported:
+    using Status = TranslationAvailabilityStatus;
+    if (language.status == Status::unsupported && language.damage.empty())
         return localized("no model yet");
-    }
-    return {};
+    return modelStateText(language.status == Status::installed, language.isRemovable,
+                          language.damage);
 }
 
 /// The state of a language that has a model or could download one; null if it has none.
@@ -46,8 +39,8 @@ translatableState(const std::vector<TranslationLanguageState>& states, const std
                : &*state;
 }
 
-/// Runs the translation test that the settings window also offers, and prints its result. Ctrl-C
-/// ends the wait; the status is then that of a failed test.
+/// Runs the translation test that the settings window also offers, and prints its result, or
+/// nothing after Ctrl-C.
 Task<int> runTest(Program& program, const TerminalOptions& options, std::string target) {
     const auto bridge = std::make_shared<TranslationTaskBridge>(TranslationTaskBridge::Environment{
         .host = program.host, .service = program.translation, .live = nullptr});
@@ -59,9 +52,11 @@ Task<int> runTest(Program& program, const TerminalOptions& options, std::string 
     SignalWatch signals(program.host, [ended] { ended.resume(false); });
     bridge->runTranslationTest(target);
     const bool isFinished = co_await ended;
+    if (!isFinished)
+        co_return static_cast<int>(ExitStatus::stoppedTwice);
 
     const std::string& text = *bridge->resultText();
-    const bool succeeded = isFinished && !text.empty();
+    const bool succeeded = !text.empty();
     if (options.json)
         printJSON({{"type", "translationTest"},
                    {"target", target},

@@ -12,19 +12,6 @@
 
 namespace tessarune {
 
-namespace {
-
-std::string describe(const SpeechModelState& model) {
-    if (!model.damage.empty())
-        return localized("damaged: %@", {model.damage});
-    if (!model.isInstalled)
-        return localized("can be downloaded");
-    return model.isRemovable ? localized("installed")
-                             : localized("installed, came with the program");
-}
-
-} // namespace
-
 Task<int> listModels(Program& program, const TerminalOptions& options) {
     const std::vector<SpeechModelState> models = program.speechModels.list();
     std::size_t width = 0;
@@ -40,7 +27,7 @@ Task<int> listModels(Program& program, const TerminalOptions& options) {
                        {"chosen", model.name == *program.settings.speechModel}});
         else
             printText(Text::padded(model.name, width) + "  " + sizeCell(model.bytes) + "  " +
-                      describe(model));
+                      modelStateText(model.isInstalled, model.isRemovable, model.damage));
     }
     co_return static_cast<int>(ExitStatus::ok);
 }

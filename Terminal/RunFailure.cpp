@@ -10,6 +10,13 @@
 
 namespace tessarune {
 
+RunFailure RunFailure::ofModel(const std::string& problem) {
+    return {ExitStatus::noModel,
+            problem + "\n" +
+                localized("--model list shows the speech models; --model NAME downloads one, or "
+                          "replaces a damaged one.")};
+}
+
 RunFailure RunFailure::ofStart(const std::exception_ptr& failure) {
     try {
         std::rethrow_exception(failure);
@@ -17,16 +24,13 @@ RunFailure RunFailure::ofStart(const std::exception_ptr& failure) {
         return {ExitStatus::unreadableFile, error.what()};
     } catch (const SoundServerError& error) {
         return {ExitStatus::noSoundServer, error.what()};
-    } catch (const LocalizedError& error) {
+    } catch (const LocalizedError& error) { // from the permission gate, or a capture without sound
         const bool refused = error.domain() == RecognitionPermissionGate::errorDomain;
         return {refused ? ExitStatus::notAllowed : ExitStatus::noSoundServer, error.what()};
-    } catch (const std::system_error& error) {
+    } catch (const std::system_error& error) { // from the disk
         return {ExitStatus::cannotWrite, error.what()};
-    } catch (const std::exception& error) {
-        return {ExitStatus::noModel,
-                std::string(error.what()) + "\n" +
-                    localized("--model list shows the speech models; --model NAME downloads one, "
-                              "or replaces a damaged one.")};
+    } catch (const std::exception& error) { // from the recogniser
+        return ofModel(error.what());
     }
 }
 

@@ -14,6 +14,8 @@ struct RunFailure : std::runtime_error {
         : std::runtime_error(text), status(exitStatus) {}
     ExitStatus status;
 
+    /// The speech model is missing, damaged or does not load. Adds how to get one.
+    static RunFailure ofModel(const std::string& problem);
     /// Maps each failure of a session's start to an exit status that scripts can distinguish.
     static RunFailure ofStart(const std::exception_ptr& failure);
 };

@@ -1,11 +1,11 @@
 #include "Terminal/RunPreparation.h"
 
+#include "Terminal/CommandOutput.h"
 #include "Terminal/RunFailure.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/TextColumns.h"
 
-#include <stdexcept>
 #include <utility>
 
 namespace tessarune {
@@ -16,14 +16,14 @@ std::vector<std::string> RunPreparation::repairTexts(const Application::Preparat
         texts.push_back(std::move(rebuilt));
     for (const UUID& id : found.repairs.recoveredSessions)
         texts.push_back(
-            localized("An interrupted session was recovered: --show %@", {id.text().substr(0, 8)}));
+            localized("An interrupted session was recovered: --show %@", {shortID(id)}));
     for (const auto* imports :
          {&found.repairs.untranscribedImports, &found.repairs.brokenOffImports}) {
         for (const RecordingMetadata& import : *imports)
-            texts.push_back(localized("The import of '%@' was interrupted; this transcribes it: "
-                                      "--refine %@",
-                                      {Text::printableLine(import.note.value_or(import.filePath)),
-                                       import.id.text().substr(0, 8)}));
+            texts.push_back(localized(
+                "The import of '%@' was interrupted; this transcribes it: "
+                "--refine %@",
+                {Text::printableLine(import.note.value_or(import.filePath)), shortID(import.id)}));
     }
     return texts;
 }
@@ -32,8 +32,8 @@ void RunPreparation::overrideSettings(Application& application, const CaptionsCo
     AppSettings& settings = application.settings;
     if (!command.records)
         application.recording.recordNothing();
-    // A terminal session runs until the user stops it, unless the user has changed the setting. A
-    // file ends by itself.
+    // Silence does not end a terminal session unless the user has stored a limit. It never ends a
+    // file, which ends by itself.
     if (std::holds_alternative<FileSource>(command.source) ||
         !settings.audioInactivityAutoStopMinutes.isStored())
         application.override(settings.audioInactivityAutoStopMinutes, std::int64_t{0});
@@ -47,7 +47,7 @@ void RunPreparation::overrideSettings(Application& application, const CaptionsCo
 
 void RunPreparation::checkModel(const Application& application) {
     if (const std::string problem = application.speechModelProblem(); !problem.empty())
-        throw RunFailure::ofStart(std::make_exception_ptr(std::runtime_error(problem)));
+        throw RunFailure::ofModel(problem);
 }
 
 bool RunPreparation::prepareToRecord(Application& application, const CaptionsCommand& command,

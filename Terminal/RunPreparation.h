@@ -7,11 +7,12 @@
 #include <string>
 #include <vector>
 
-/// The preparations of a run before it listens. Main queue. Each throws RunFailure if the run is
-/// impossible.
+/// The preparations of a run before it listens. Main queue. `checkModel` and `prepareToRecord`
+/// throw RunFailure if the run is impossible.
 namespace tessarune::RunPreparation {
 
-/// Overrides settings for this run by the options of the command line.
+/// Applies the options of the command line to this run. Also makes the run continue through
+/// silence, unless its source is live and the user has stored a limit of silence.
 void overrideSettings(Application& application, const CaptionsCommand& command);
 
 /// Throws if the speech model is missing or damaged; a session downloads nothing.

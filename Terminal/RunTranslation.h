@@ -9,24 +9,26 @@
 
 namespace tessarune {
 
-/// The target language of a run: that of the command line, or else that of the settings, whose
-/// changes it follows. Main queue; the application must outlive it.
+/// Chooses a run's target language: the one on the command line, or else the one in the settings.
+/// `follow` applies later changes of the settings. Main queue; the application must outlive it.
 class RunTranslation {
   public:
-    /// `wanted` comes from the command line: a language, empty for none, absent for that of the
-    /// settings.
-    /// `say` receives messages to the user; it may be empty.
+    /// `wanted` is the target on the command line: a language; empty: no translation; absent: the
+    /// settings decide. `say` receives messages to the user; it may be empty.
     RunTranslation(Application& application, std::optional<std::string> wanted,
                    std::function<void(const std::string&)> say);
     ~RunTranslation();
     RunTranslation(const RunTranslation&) = delete;
 
-    /// Overrides the settings for this run, so that the session does not retry impossible
-    /// translations. Returns the target; empty if there is none. Throws RunFailure if the target of
-    /// the command line is unavailable.
+    /// Chooses the target and overrides the settings for this run: by the target of the command
+    /// line; or, if no target is available, by switching translation off, so that the session does
+    /// not retry what is impossible. Returns the target; empty for no translation. If the target of
+    /// the settings is unavailable, says so once, not in every run. Throws RunFailure if the one of
+    /// the command line is.
     std::string choose();
-    /// Begins to call `onChange` when the settings get another target; does nothing if the command
-    /// line decides.
+    /// Chooses again whenever another program has changed the stored target or backend, and passes
+    /// the result of `choose` to `onChange`. Does nothing if the command line decides. Call once,
+    /// after `choose`.
     void follow(std::function<void(std::string target)> onChange);
 
   private:
@@ -38,7 +40,7 @@ class RunTranslation {
     Application& application_;
     const std::optional<std::string> wanted_;
     const std::function<void(const std::string&)> say_;
-    Stored chosenFrom_;
+    Stored chosenFrom_; ///< what `choose` has read last
     std::optional<Published<std::uint64_t>::Token> observer_;
 };
 

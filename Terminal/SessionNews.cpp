@@ -1,5 +1,6 @@
 #include "Terminal/SessionNews.h"
 
+#include "Terminal/CommandOutput.h"
 #include "Tessarune/history/HistoryItemLoader.h"
 #include "Tessarune/platform/disk/DiskFailure.h"
 #include "TessaruneCore/text/Localization.h"
@@ -52,7 +53,7 @@ void SessionNews::observeStatus() {
             return;
         const int percent = static_cast<int>(*done * 100);
         if (std::exchange(lastProgress_, percent) != percent)
-            handlers_.progress(std::to_string(percent) + " %");
+            handlers_.progress(percentText(percent));
     });
 }
 
@@ -103,7 +104,7 @@ std::string SessionNews::unsavedText(const SessionOutcome& outcome,
 /// Reports where to find the session's recording, or why the history does not list it.
 void SessionNews::reportRecording(const SessionOutcome& outcome, RecordingCatalog& catalog,
                                   FileSystem& files) const {
-    const std::string shortID = outcome.recording->text().substr(0, 8);
+    const std::string id = shortID(*outcome.recording);
     const auto listed = HistoryItemLoader::load(catalog, files);
     const auto item = std::ranges::find(listed, *outcome.recording, &HistoryItem::id);
     if (item != listed.end()) {
@@ -112,7 +113,7 @@ void SessionNews::reportRecording(const SessionOutcome& outcome, RecordingCatalo
         handlers_.say(localized(outcome.transcriptPersisted
                                     ? "Saved: --show %@  (%@)"
                                     : "Only the sound is kept: --show %@  (%@)",
-                                {shortID, item->filePath.value_or("")}));
+                                {id, item->filePath.value_or("")}));
         return;
     }
     const auto unlisted = catalog.recording(*outcome.recording);
@@ -121,7 +122,7 @@ void SessionNews::reportRecording(const SessionOutcome& outcome, RecordingCatalo
     else if (unlisted)
         handlers_.say(localized("The sound of the session is gone. Until the next session begins, "
                                 "--show %@ prints its transcript.",
-                                {shortID}));
+                                {id}));
 }
 
 void SessionNews::reportTranslationStatus(const std::string& text) {

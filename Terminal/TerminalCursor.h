@@ -1,7 +1,8 @@
 #pragma once
 
 /// Takes single keys from the terminal's keyboard, and guards a terminal whose cursor the program
-/// hides: however the program ends or stops, the cursor and the keyboard are restored.
+/// hides. When the program ends, crashes or stops, both are restored, unless SIGKILL or SIGSTOP
+/// does it.
 namespace tessarune::TerminalCursor {
 
 /// Makes `restore` show the cursor of this terminal. Call before hiding it. Main queue.

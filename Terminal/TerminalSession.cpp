@@ -1,5 +1,6 @@
 #include "Terminal/TerminalSession.h"
 
+#include "Terminal/CommandOutput.h"
 #include "Terminal/RunFailure.h"
 #include "Terminal/RunPreparation.h"
 #include "Tessarune/audio/MediaFile.h"
@@ -75,8 +76,8 @@ void TerminalSession::watchDelay() {
     if (!file || !file->fast)
         delay_->watch([this](const std::string& text) { say(text); });
     else if (const auto duration = sound_.fastDuration(); duration && *duration > 0)
-        delay_->watchProgress(
-            *duration, [this](int percent) { output_.progress(std::to_string(percent) + " %"); });
+        delay_->watchProgress(*duration,
+                              [this](int percent) { output_.progress(percentText(percent)); });
 }
 
 void TerminalSession::checkEventLog() {

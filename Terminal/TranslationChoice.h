@@ -22,8 +22,8 @@ struct TranslationChoice {
     bool operator==(const TranslationChoice&) const = default;
 };
 
-/// `wanted` comes from the command line: a language, empty for none, absent for that of the
-/// settings.
+/// `wanted` is the target on the command line: a language; empty: no translation; absent: the
+/// settings decide.
 TranslationChoice chooseTranslation(const LiveTranslationSettingsSnapshot& settings,
                                     const std::optional<std::string>& wanted,
                                     const std::vector<TranslationLanguageState>& languages);

@@ -30,8 +30,8 @@ std::string question(const TranslationLanguageState& language) {
 
 } // namespace
 
-Task<std::optional<int>> offerTranslation(Program& program, const TerminalOptions& options,
-                                          CaptionsCommand command) {
+Task<std::optional<ExitStatus>> offerTranslation(Program& program, const TerminalOptions& options,
+                                                 CaptionsCommand command) {
     if (options.json || options.quiet || !userCanAnswer())
         co_return std::nullopt;
     const auto settings = LiveTranslationSettingsSnapshot::current(program.settings);
@@ -44,7 +44,7 @@ Task<std::optional<int>> offerTranslation(Program& program, const TerminalOption
     switch (co_await ask(program.host, localized("Download it now?"), Answer::yes)) {
     case Answer::interrupted:
         printNotice("");
-        co_return static_cast<int>(ExitStatus::stoppedTwice);
+        co_return ExitStatus::stoppedTwice;
     case Answer::no:
         if (!command.target)
             program.storedDefaults.set(declinedKey, id);
@@ -52,12 +52,11 @@ Task<std::optional<int>> offerTranslation(Program& program, const TerminalOption
     case Answer::yes:
         break;
     }
-    const int status = co_await downloadLanguage(program, options, id);
-    const bool wasStopped = status == static_cast<int>(ExitStatus::stoppedTwice);
+    const auto status = static_cast<ExitStatus>(co_await downloadLanguage(program, options, id));
+    const bool wasStopped = status == ExitStatus::stoppedTwice;
     // Captions do not depend on a target of the settings; a target of the command line is a
     // requirement.
-    const bool mayContinue =
-        status == static_cast<int>(ExitStatus::ok) || (!command.target && !wasStopped);
+    const bool mayContinue = status == ExitStatus::ok || (!command.target && !wasStopped);
     co_return mayContinue ? std::nullopt : std::optional(status);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Terminal/ExitStatus.h"
 #include "Terminal/Program.h"
 #include "TessaruneCore/host/Task.h"
 
@@ -11,7 +12,7 @@ namespace tessarune {
 /// user can answer, offers to download it. After a declined offer, the target of the settings is
 /// not offered again until another one is declined; that of the command line always is.
 /// Returns the exit status if the captions must not begin. Main queue.
-Task<std::optional<int>> offerTranslation(Program& program, const TerminalOptions& options,
-                                          CaptionsCommand command);
+Task<std::optional<ExitStatus>> offerTranslation(Program& program, const TerminalOptions& options,
+                                                 CaptionsCommand command);
 
 } // namespace tessarune

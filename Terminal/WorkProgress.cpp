@@ -29,7 +29,7 @@ void WorkProgress::report(const std::string& doing, const std::string& step, dou
     const int percent = DownloadPercent::of(done, hundredPercent);
     const bool isNewStep = std::exchange(step_, step) != step;
     const bool isNews = percent_.isNews(done, hundredPercent) || isNewStep;
-    const std::string text = doing + " " + std::to_string(percent) + " %";
+    const std::string text = doing + " " + percentText(percent);
     if (isOnTerminal_ && std::exchange(shown_, text) != text) {
         std::fprintf(stderr, "\r\033[K%s", Text::printableLine(text).c_str());
     } else if (isJSON_ && isNews) {

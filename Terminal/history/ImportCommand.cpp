@@ -100,8 +100,7 @@ class ImportRun {
                         const HistoryRefinementOutcome& outcome) const {
         if (options_.json)
             printJSON({{"type", "imported"}, {"file", file.string()}, {"id", id.text()}});
-        reportOutcome(options_, id, outcome,
-                      localized("Imported: --show %@", {id.text().substr(0, 8)}),
+        reportOutcome(options_, id, outcome, localized("Imported: --show %@", {shortID(id)}),
                       localized("%@ is imported without a transcript: %@",
                                 {Text::printableLine(file.string()), outcome.problem}));
     }

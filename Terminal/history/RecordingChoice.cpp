@@ -17,9 +17,8 @@ namespace tessarune {
 
 namespace {
 
-/// The number of characters of a shortened identifier.
-constexpr std::size_t shortIDLength = 8;
 constexpr std::size_t rowColumns = 80;
+constexpr std::size_t durationColumns = 8;
 /// The maximum number of ambiguous sessions that are listed.
 constexpr std::size_t maximumNamed = 10;
 
@@ -62,9 +61,9 @@ std::optional<int> recorderOf(const Program& program, const HistoryItem& item) {
 }
 
 std::string recordingRow(const HistoryItem& item, const std::string& text, bool fullID) {
-    const std::string id = item.id.text();
-    const std::string row = (fullID ? id : id.substr(0, shortIDLength)) + "  " + item.date + " " +
-                            item.time + "  " + Text::padded(item.dur, shortIDLength) + "  ";
+    const std::string id = fullID ? item.id.text() : shortID(item.id);
+    const std::string row = id + "  " + item.date + " " + item.time + "  " +
+                            Text::padded(item.dur, durationColumns) + "  ";
     const std::string_view content = Text::trimmed(item.note.empty() ? text : item.note);
     const std::size_t room = rowColumns - std::min(rowColumns, Text::columns(row));
     return row + Text::fitted(Text::printableLine(Text::prefix(content, rowColumns)), room);

@@ -53,8 +53,7 @@ class Transcripts {
             return runningText(*recorder);
         return program_.files.exists(program_.catalog.transcriptURL(item.id))
                    ? localized("(no transcript)")
-                   : localized("(no transcript; this makes one: --refine %@)",
-                               {item.id.text().substr(0, 8)});
+                   : localized("(no transcript; this makes one: --refine %@)", {shortID(item.id)});
     }
     ExitStatus status() const { return failed_ ? ExitStatus::ioError : ExitStatus::ok; }
 

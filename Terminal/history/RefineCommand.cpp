@@ -74,10 +74,9 @@ void printOutcome(const UUID& id, const HistoryRefinementOutcome& outcome) {
 
 void reportRefinement(const TerminalOptions& options, const UUID& id,
                       const HistoryRefinementOutcome& outcome) {
-    reportOutcome(
-        options, id, outcome,
-        localized("Transcribed again with %@: --show %@", {outcome.model, id.text().substr(0, 8)}),
-        localized("The transcript stays as it was: %@", {outcome.problem}));
+    reportOutcome(options, id, outcome,
+                  localized("Transcribed again with %@: --show %@", {outcome.model, shortID(id)}),
+                  localized("The transcript stays as it was: %@", {outcome.problem}));
 }
 
 } // namespace

@@ -14,6 +14,8 @@ TEST(KeyInputTests, WhatATerminalSendsBecomesKeysAndNothingElse) {
         {"\033[1;5C\033[D", {{Key::right}, {Key::left}}},
         {"\033[15~\033[3~q", {letter('q')}}, // F5 and Delete
         {"\033[1;", {}},
+        {"q\033[", {letter('q')}},
+        {"\033O", {}},
         {"\r\177\303\251", {}}};
     for (const auto& [bytes, keys] : cases)
         EXPECT_EQ(keyPresses(bytes), keys) << ::testing::PrintToString(bytes);
