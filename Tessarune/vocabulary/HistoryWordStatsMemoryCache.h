@@ -13,7 +13,7 @@
 
 namespace tessarune {
 
-/// The inputs that statistics depend on. A plain value.
+/// Identifies the inputs of statistics; the text by its hash and its length in bytes.
 struct HistoryWordStatsCacheKey {
     std::optional<UUID> recordingID;
     std::uint64_t sourceHash = 0;

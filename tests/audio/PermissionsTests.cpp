@@ -15,7 +15,7 @@ namespace {
 using testing::ScriptedSoundServer;
 using Status = PermissionsManager::Status;
 using Key = PermissionsManager::Key;
-using System = SystemAuthorization::Status;
+using Authorization = SystemAuthorization::Status;
 
 struct CountedDefaults final : testing::MemoryUserDefaults {
     void set(std::string_view key, SettingValue value) override {
@@ -41,11 +41,6 @@ Task<void> pass(PermissionsManager& permissions, AudioSource source,
     }
 }
 
-Task<void> probe(PermissionsManager& permissions, double timeout) {
-    auto probing = permissions.deepProbeSystemAudio(timeout);
-    co_await probing;
-}
-
 class PermissionsTests : public ::testing::Test {
   protected:
     PermissionsTests() {
@@ -54,8 +49,9 @@ class PermissionsTests : public ::testing::Test {
                            "mic",
                            "speaker"});
     }
-    /// A desktop with speech permissions; the sound server decides about the microphone.
-    SystemAuthorization system(System speech, bool answer) {
+    /// A desktop that has the speech permission in state `speech` and whose user gives `answer`;
+    /// the sound server decides about the microphone.
+    SystemAuthorization system(Authorization speech, bool answer) {
         SystemAuthorization made = SystemAuthorization::ofServer(host, server);
         made.speechStatus = [speech] { return speech; };
         made.requestSpeech = [this, answer] {
@@ -85,8 +81,8 @@ TEST_F(PermissionsTests, TheGatePassesOrSaysWhatIsRefused) {
     struct Step {
         const char* name;
         AudioSource source;
-        int serverStatus; // when a microphone is opened; 0: success
-        System speech;
+        int serverStatus; // when a microphone is opened
+        Authorization speech;
         bool answer;
         std::string outcome;
         Status microphoneAfter;
@@ -94,30 +90,34 @@ TEST_F(PermissionsTests, TheGatePassesOrSaysWhatIsRefused) {
     };
     const auto mic = AudioSource::microphone();
     const auto tap = AudioSource::systemAudio();
+    constexpr int works = 0;
+    constexpr int refuses = SoundServerError::accessDenied;
+    constexpr int doesNotAnswer = SoundServerError::timeout;
     const Step steps[] = {
-        {"all granted", mic, 0, System::authorized, true, "passed", Status::granted,
+        {"all granted", mic, works, Authorization::authorized, true, "passed", Status::granted,
          Status::unknown},
-        {"system audio asks no microphone", tap, 1, System::authorized, true, "passed",
-         Status::unknown, Status::unknown},
-        {"the microphone that was chosen", AudioSource::microphone("usb"), 0, System::authorized,
-         true, "passed", Status::granted, Status::unknown},
-        {"server refuses", mic, 1, System::authorized, true, microphone, Status::denied,
-         Status::unknown},
-        {"server broken is no refusal", mic, 8, System::authorized, true, "passed", Status::granted,
-         Status::unknown},
-        {"speech asked and granted", tap, 0, System::notDetermined, true, "passed", Status::unknown,
-         Status::granted},
-        {"speech asked and refused", tap, 0, System::notDetermined, false, speech, Status::unknown,
+        {"system audio does not ask for the microphone", tap, refuses, Authorization::authorized,
+         true, "passed", Status::unknown, Status::unknown},
+        {"the microphone that was chosen", AudioSource::microphone("usb"), works,
+         Authorization::authorized, true, "passed", Status::granted, Status::unknown},
+        {"server refuses", mic, refuses, Authorization::authorized, true, microphone,
+         Status::denied, Status::unknown},
+        {"a broken server is not a refusal", mic, doesNotAnswer, Authorization::authorized, true,
+         "passed", Status::granted, Status::unknown},
+        {"speech asked and granted", tap, works, Authorization::notDetermined, true, "passed",
+         Status::unknown, Status::granted},
+        {"speech asked and refused", tap, works, Authorization::notDetermined, false, speech,
+         Status::unknown, Status::denied},
+        {"speech denied", tap, works, Authorization::denied, true, speech, Status::unknown,
          Status::denied},
-        {"speech denied", tap, 0, System::denied, true, speech, Status::unknown, Status::denied},
-        {"speech restricted", mic, 0, System::restricted, true, speech, Status::granted,
+        {"speech restricted", mic, works, Authorization::restricted, true, speech, Status::granted,
          Status::denied},
     };
     for (const Step& step : steps) {
         SCOPED_TRACE(step.name);
         CountedDefaults own;
         server.openFailure.reset();
-        if (step.serverStatus != 0)
+        if (step.serverStatus != works)
             server.openFailure = SoundServerError(step.serverStatus, "fault");
         PermissionsManager permissions(host, server, own, system(step.speech, step.answer));
         EXPECT_EQ(gate(permissions, step.source), step.outcome);
@@ -132,21 +132,21 @@ TEST_F(PermissionsTests, TheGatePassesOrSaysWhatIsRefused) {
     }
 }
 
-TEST_F(PermissionsTests, ARefusalLastsAsLongAsItsReason) {
-    PermissionsManager permissions(host, server, defaults, system(System::authorized, true));
+TEST_F(PermissionsTests, ARefusalIsValidUntilTheNextRequest) {
+    PermissionsManager permissions(host, server, defaults, system(Authorization::authorized, true));
     const auto ask = [&] { return gate(permissions, AudioSource::microphone()); };
     server.openFailure = SoundServerError(SoundServerError::accessDenied, "no");
     EXPECT_NE(ask(), "passed");
     server.openFailure = SoundServerError(SoundServerError::timeout, "busy");
     EXPECT_EQ(ask(), "passed") << "another failure says nothing about permissions";
     permissions.refresh();
-    EXPECT_EQ(*permissions.microphone, Status::granted);
+    EXPECT_EQ(*permissions.microphone, Status::granted) << "an undetermined status changes nothing";
 }
 
 TEST_F(PermissionsTests, ALatchPublishesAndStoresOnlyWhatChanges) {
     defaults.set("speechStatus", std::string("nonsense"));
     defaults.set("systemAudioStatus", true);
-    PermissionsManager permissions(host, server, defaults, system(System::authorized, true));
+    PermissionsManager permissions(host, server, defaults, system(Authorization::authorized, true));
     EXPECT_EQ(*permissions.speech, Status::unknown);
     EXPECT_EQ(*permissions.systemAudio, Status::unknown);
 
@@ -158,33 +158,37 @@ TEST_F(PermissionsTests, ALatchPublishesAndStoresOnlyWhatChanges) {
     permissions.merge(Key::systemAudioStatus, Status::denied);
     permissions.latch(Key::systemAudioStatus, Status::unknown);
     EXPECT_EQ(published, (std::vector<Status>{Status::granted, Status::denied, Status::unknown}));
-    EXPECT_EQ(defaults.writes, 2 + 3);
+    EXPECT_EQ(defaults.writes, 2 + 3) << "two by this test, three changes";
     EXPECT_EQ(defaults.value("systemAudioStatus"), SettingValue(std::string("unknown")));
+}
 
+TEST_F(PermissionsTests, ARefreshKeepsWhatTheSystemDoesNotKnow) {
+    PermissionsManager permissions(host, server, defaults, system(Authorization::authorized, true));
     permissions.latch(Key::systemAudioStatus, Status::granted);
     permissions.refresh();
     EXPECT_EQ(*permissions.speech, Status::granted);
-    EXPECT_EQ(*permissions.microphone, Status::unknown) << "nobody has asked the server yet";
+    EXPECT_EQ(*permissions.microphone, Status::unknown) << "no request has been made yet";
     EXPECT_EQ(*permissions.systemAudio, Status::granted);
 }
 
 TEST_F(PermissionsTests, LaunchAsksForSpeechOnceAndOnlyIfNothingIsKnown) {
-    PermissionsManager permissions(host, server, defaults, system(System::notDetermined, true));
+    PermissionsManager permissions(host, server, defaults,
+                                   system(Authorization::notDetermined, true));
     permissions.bootstrap();
     permissions.bootstrap();
     host.advanceBy(0);
     EXPECT_EQ(speechRequests, 1);
     EXPECT_EQ(defaults.value("speechStatus"), SettingValue(std::string("granted")));
-    PermissionsManager next(host, server, defaults, system(System::notDetermined, true));
+    PermissionsManager next(host, server, defaults, system(Authorization::notDetermined, true));
     next.bootstrap();
     host.advanceBy(0);
     EXPECT_EQ(speechRequests, 1);
 }
 
 TEST_F(PermissionsTests, TheProbeBelievesWhatItHears) {
-    PermissionsManager permissions(host, server, defaults, system(System::authorized, true));
+    PermissionsManager permissions(host, server, defaults, system(Authorization::authorized, true));
     const auto probed = [&] {
-        spawn(Executor::main(host), probe(permissions, 2));
+        spawn(Executor::main(host), permissions.deepProbeSystemAudio(2));
         host.advanceBy(3);
         EXPECT_TRUE(server.openSources().empty());
         return *permissions.systemAudio;

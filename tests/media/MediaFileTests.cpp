@@ -198,8 +198,7 @@ TEST_F(MediaFileTests, DamageAnywhereEndsAndNeverLoops) {
     transcodeToM4A(wav, folder / "whole.m4a", [](double) {}, {});
     std::mt19937 random(7);
     for (const char* name : {"whole.wav", "whole.m4a"}) {
-        std::ifstream stream(folder / name, std::ios::binary);
-        const std::string whole{std::istreambuf_iterator<char>(stream), {}};
+        const std::string whole = testing::contentsOf(folder / name);
         for (int round = 0; round < 60; ++round) {
             // Each format has its headers at one of the two ends.
             std::string damaged = whole;
@@ -284,8 +283,7 @@ TEST_F(MediaFileTests, ATranscodingThatFailsLeavesWhatWasThere) {
     check(source, old, Kind::cancelled, stopped.get_token());
     check(folder / "missing.wav", old, Kind::cannotOpen);
     check(source, folder / "no folder" / "a.m4a", Kind::cannotCreate);
-    std::ifstream kept(old);
-    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(kept), {}), "old");
+    EXPECT_EQ(testing::contentsOf(old), "old");
     std::filesystem::create_symlink("/dev/full", folder / "full.m4a.part");
     check(source, folder / "full.m4a", Kind::cannotCreate);
     std::size_t files = 0;

@@ -1,11 +1,11 @@
 #include "Tessarune/platform/disk/JSONUserDefaults.h"
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 #include "Tessarune/shell/AppSettings.h"
+#include "tests/support/FileContents.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <set>
 
 namespace tessarune {
@@ -13,7 +13,7 @@ namespace {
 
 class AppSettingsTests : public ::testing::Test {
   protected:
-    void write(const std::string& text) { std::ofstream(file) << text; }
+    void write(const std::string& text) { testing::writeContents(file, text); }
     std::string stored() { return files.read(file); }
 
     testing::TemporaryFolder folder;

@@ -3,6 +3,7 @@
 #include "Tessarune/platform/host/LoopHost.h"
 #include "Tessarune/shell/AppSettings.h"
 #include "Tessarune/shell/OverridingUserDefaults.h"
+#include "tests/support/FileContents.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
@@ -19,7 +20,7 @@ using Json = nlohmann::json;
 
 class UserDefaultsTests : public ::testing::Test {
   protected:
-    void write(const std::string& text) { std::ofstream(file) << text; }
+    void write(const std::string& text) { testing::writeContents(file, text); }
     Json stored() { return Json::parse(files.read(file)); }
 
     testing::TemporaryFolder folder;

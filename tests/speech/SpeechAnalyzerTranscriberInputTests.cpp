@@ -6,29 +6,32 @@ namespace {
 using Texts = std::vector<std::string>;
 
 struct SpeechAnalyzerTranscriberInputTests : TranscriberFixture {
-    std::vector<std::size_t> batches() {
+    /// Lets the recogniser take what is queued; returns the frames of each batch so far, at the
+    /// engine's 16,000 Hz.
+    std::vector<std::size_t> takenBatches() {
         host.runDue(host.now());
         std::vector<std::size_t> frames;
         for (const auto& input : engine.session().inputs)
             frames.push_back(input->frames());
         return frames;
     }
-    std::vector<AppleSpeechAnalyzerSummaryRecord> summaries;
+    std::vector<AppleSpeechAnalyzerSummaryRecord> summaries; ///< if the test collects them
 };
 
-TEST_F(SpeechAnalyzerTranscriberInputTests, TinyBuffersAreJoinedUpToTheChunk) {
+TEST_F(SpeechAnalyzerTranscriberInputTests, TinyBuffersAreJoinedUpTo85Milliseconds) {
     const struct {
         const char* name;
         double sampleRate;
-        std::vector<int> buffers;
-        std::vector<std::size_t> batches; ///< including the one that the stop sends
+        std::vector<int> buffers;         ///< frames at `sampleRate`
+        std::vector<std::size_t> batches; ///< frames at 16,000 Hz; the stop sends the last batch
     } cases[] = {
-        {"exactly the chunk", 16000, std::vector<int>(17, 170), {1360, 1360, 170}},
+        // 85 ms are 1,360 frames at 16,000 Hz.
+        {"exactly a batch", 16000, std::vector<int>(17, 170), {1360, 1360, 170}},
         {"the next buffer would not fit", 16000, std::vector<int>(10, 160), {1280, 320}},
-        {"larger than the chunk", 16000, {2000, 2000}, {2000, 2000}},
+        {"larger than a batch", 16000, {2000, 2000}, {2000, 2000}},
         {"a large one after a small one", 16000, {100, 2000}, {100, 2000}},
         {"empty ones", 16000, {0, 1360, 0}, {1360}},
-        {"a chunk of a fraction of a frame", 10, {1, 1, 1}, {1600, 1600, 1600}},
+        {"a batch shorter than one frame", 10, {1, 1, 1}, {1600, 1600, 1600}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -39,7 +42,7 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, TinyBuffersAreJoinedUpToTheChunk) {
             fed += frames / c.sampleRate;
         }
         transcriber->stop();
-        EXPECT_EQ(batches(), c.batches);
+        EXPECT_EQ(takenBatches(), c.batches);
         EXPECT_EQ(perf("analyzerInputSourceBuffers"), static_cast<double>(c.buffers.size()));
         EXPECT_EQ(perf("analyzerInputBatches"), static_cast<double>(c.batches.size()));
         EXPECT_NEAR(perf("fedAudioSeconds"), fed, 1e-9);
@@ -49,12 +52,15 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, TinyBuffersAreJoinedUpToTheChunk) {
 
 TEST_F(SpeechAnalyzerTranscriberInputTests, ARecogniserThatHangsDoesNotPileUpSoundForEver) {
     start();
+    // The recogniser takes nothing until `takenBatches` runs the host. 0.1 s is a batch by itself;
+    // at 100 Hz, five thousand of them are quickly made.
     for (int i = 0; i < 5000; ++i)
         append(0.1, {100, 1});
-    EXPECT_EQ(batches().size(), 3600U);
-    EXPECT_EQ(log.events("speechAnalyzer.input.full").size(), 1U) << "told once";
+    EXPECT_EQ(takenBatches().size(), 3600U);
+    EXPECT_EQ(log.events("speechAnalyzer.input.full").size(), 1U) << "reported once";
     append(0.1, {100, 1});
-    EXPECT_EQ(batches().size(), 3601U) << "it goes on when the recogniser does";
+    EXPECT_EQ(takenBatches().size(), 3601U)
+        << "sound is accepted again once the recogniser resumes";
 }
 
 TEST_F(SpeechAnalyzerTranscriberInputTests, SoundWithoutASessionIsDropped) {
@@ -68,13 +74,13 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, SoundWithoutASessionIsDropped) {
     EXPECT_EQ(perf("analyzerInputFlushes"), 0);
 }
 
-TEST_F(SpeechAnalyzerTranscriberInputTests, AChangeOfFormatSendsWhatIsWaitingInItsOldOne) {
+TEST_F(SpeechAnalyzerTranscriberInputTests, ABatchEndsWhereTheFormatChanges) {
     start();
     append(0.05, {48000, 2});
     append(0.04, {44100, 1});
     append(0.03, {48000, 2});
     transcriber->stop();
-    EXPECT_EQ(batches(), (std::vector<std::size_t>{800, 640, 480}));
+    EXPECT_EQ(takenBatches(), (std::vector<std::size_t>{800, 640, 480}));
     EXPECT_EQ(converters.made, (std::vector<AudioFormat>{{48000, 2}, {44100, 1}, {48000, 2}}));
     EXPECT_EQ(perf("analyzerInputBatchFrames"), 2400 + 1764 + 1440);
     const auto flush = log.lines("speechAnalyzer.input.flush");
@@ -89,18 +95,18 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, ABatchThatCannotBeConvertedIsLostAnd
     converters.failures = 1;
     append(0.5);
     append(0.25);
-    EXPECT_EQ(perf("secondsBehind"), 0.25) << "the engine has not been given its turn yet";
-    EXPECT_EQ(batches(), std::vector<std::size_t>{4000});
+    EXPECT_EQ(perf("secondsBehind"), 0.25) << "the engine has not run yet";
+    EXPECT_EQ(takenBatches(), std::vector<std::size_t>{4000});
     EXPECT_EQ(perf("secondsBehind"), 0);
     EXPECT_EQ(perf("fedAudioSeconds"), 0.75);
     EXPECT_EQ(perf("convertedAudioSeconds"), 0.25);
 }
 
-TEST_F(SpeechAnalyzerTranscriberInputTests, WhatIsLostOnTheWayMovesWhatFollowsOnTheClock) {
+TEST_F(SpeechAnalyzerTranscriberInputTests, LostSoundCountsInTheTimesOfLaterWords) {
     struct Step {
         const char* name;
         std::function<void()> lose; ///< after ten seconds of sound
-        double lost;
+        double lost;                ///< seconds
     };
     const Step steps[] = {
         {"a hole in the capture",
@@ -112,12 +118,13 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, WhatIsLostOnTheWayMovesWhatFollowsOn
         {"a batch that cannot be converted",
          [&] {
              converters.failures = 1;
-             append(0.5, {48000, 1});
+             append(0.5, {48000, 1}); // another format, so that a converter is made
          },
          0.5},
         {"a recogniser that hangs",
          [&] {
-             for (int i = 10; i < 3600 + 20; ++i)
+             // Ten of the 3600 places in the queue are taken; twenty batches of 0.1 s do not fit.
+             for (int i = 0; i < 3600 - 10 + 20; ++i)
                  append(0.1);
          },
          2},
@@ -125,6 +132,7 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, WhatIsLostOnTheWayMovesWhatFollowsOn
     for (const auto& step : steps) {
         SCOPED_TRACE(step.name);
         finals.clear();
+        summaries.clear();
         make();
         transcriber->onSummaryResult = [&](const AppleSpeechAnalyzerSummaryRecord& record) {
             summaries.push_back(record);
@@ -132,7 +140,7 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, WhatIsLostOnTheWayMovesWhatFollowsOn
         // A gap while the model is loading counts like any other.
         engine.script.prepareSeconds = 3;
         begin(transcriber->start("en-US"));
-        const double epoch = host.now() - 1;
+        const double epoch = host.now() - 1; // the first buffer lasts one second and ends now
         for (int i = 0; i < 10; ++i)
             append(1);
         step.lose();
@@ -148,7 +156,7 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, WhatIsLostOnTheWayMovesWhatFollowsOn
         EXPECT_NEAR(finals[1].start, epoch + heard - 0.75 + step.lost, 1e-6);
         EXPECT_NEAR(finals[1].words.value().at(0).end, epoch + heard - 0.25 + step.lost, 1e-6);
         EXPECT_NEAR(summaries.back().mappedEndEpochSeconds.value(), finals[1].end, 1e-6)
-            << "what is told for diagnosis is on the same clock";
+            << "the diagnostics record has the same clock";
         transcriber->stop();
         host.runUntilIdle();
     }
@@ -157,11 +165,11 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, WhatIsLostOnTheWayMovesWhatFollowsOn
 TEST_F(SpeechAnalyzerTranscriberInputTests, FinalizationIsThrottledByAudioAndByWallTime) {
     const struct {
         const char* name;
-        double firstAudio, laterAudio, wait;
+        double firstAudio, laterAudio, wait; ///< seconds; the wait precedes the later audio
         Texts logged;
     } cases[] = {
         {"no sound", 0, 0, 5, {}},
-        {"too little sound: the cutoff is 0.2", 0.65, 0, 0, {}},
+        {"too little sound: the cutoff, 0.45 s before the end, is not above 0.2", 0.65, 0, 0, {}},
         {"just enough", 0.6875, 0, 0, {"request", "done"}},
         {"a second one, too early for both", 1.01, 0.89, 1.19, {"request", "done"}},
         {"far enough in the sound", 1.01, 0.9, 0, {"request", "done", "request", "done"}},
@@ -192,11 +200,12 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, FinalizationIsThrottledByAudioAndByW
     EXPECT_EQ(log.events("speechAnalyzer.finalize.").size(), before);
 }
 
-TEST_F(SpeechAnalyzerTranscriberInputTests, AFinalizationGivesUpTheSoundBeforeIt) {
+TEST_F(SpeechAnalyzerTranscriberInputTests, AfterAFinalizationTheEngineMayDropOlderSound) {
     start();
     append(6);
     transcriber->requestFinalization("sentence");
     host.runDue(host.now());
+    // The cutoff is 0.45 s before the end of the sound; sound is dropped up to 1.5 s before that.
     EXPECT_EQ(engine.session().finalizeCutoffs, std::vector<double>{5.55});
     EXPECT_EQ(engine.session().cancelCutoffs, (std::vector<double>{5.55 - 1.5}));
     const auto request = log.lines("speechAnalyzer.cancel.request").at(0);
@@ -220,11 +229,11 @@ TEST_F(SpeechAnalyzerTranscriberInputTests, FailuresOfFinalizeAndCancelAreOnlyLo
     EXPECT_EQ(sent, Texts{"= seven seconds"});
 }
 
-TEST_F(SpeechAnalyzerTranscriberInputTests, SoundIsGivenUpAtMostEveryFourSeconds) {
+TEST_F(SpeechAnalyzerTranscriberInputTests, OldSoundIsDroppedInStepsOfAtLeastFourSeconds) {
     start();
     append(20);
     const struct {
-        double finalEnd;
+        double finalEnd;             ///< sound is dropped up to 1.5 s before it
         std::vector<double> cutoffs; ///< so far
     } steps[] = {
         {5.4375, {}}, {5.5, {4.0}}, {9.4375, {4.0}}, {9.5, {4.0, 8.0}}, {9.75, {4.0, 8.0}},

@@ -7,12 +7,13 @@
 
 namespace tessarune::testing {
 
-/// All bytes of a file; none if it is missing.
+/// The bytes of a file; empty if it cannot be read.
 inline std::string contentsOf(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
+/// Replaces the contents of a file. Ignores failures: the test then fails when it uses the file.
 inline void writeContents(const std::filesystem::path& path, const std::string& contents) {
     std::ofstream(path, std::ios::binary) << contents;
 }

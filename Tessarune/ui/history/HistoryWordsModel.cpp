@@ -9,6 +9,7 @@ namespace tessarune {
 
 namespace {
 
+/// Indexes into HistoryWordsModel::kinds().
 enum WordKind { allWords, unknownWords, favoriteWords, coreWords };
 
 std::string otherForms(const HistoryWordStats::VocabularyEntry& entry) {
@@ -77,13 +78,10 @@ std::vector<ListedWord> HistoryWordsModel::words() const {
     std::vector<ListedWord> all;
     if (!stats_)
         return all;
-    const std::unordered_set<std::string> known(store().masteredWords()->begin(),
-                                                store().masteredWords()->end());
-    const std::unordered_set<std::string> favorites(store().favoriteWords()->begin(),
-                                                    store().favoriteWords()->end());
+    const Marks marked = marks();
     for (const auto& entry : stats_->vocabularyEntries) {
-        const bool isKnown = known.contains(entry.lemma);
-        const bool isFavorite = favorites.contains(entry.lemma);
+        const bool isKnown = marked.known.contains(entry.lemma);
+        const bool isFavorite = marked.favorites.contains(entry.lemma);
         if ((kind() == unknownWords && isKnown) || (kind() == favoriteWords && !isFavorite) ||
             (kind() == coreWords && !core_.contains(entry.lemma)))
             continue;

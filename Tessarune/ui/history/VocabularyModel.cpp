@@ -2,13 +2,13 @@
 
 #include "Tessarune/ui/history/HistoryTexts.h"
 
-#include <unordered_set>
 #include <utility>
 
 namespace tessarune {
 
 namespace {
 
+/// Indexes into VocabularyModel::kinds().
 enum VocabularyKind { favorites, known, wordsToLearn };
 
 } // namespace
@@ -19,18 +19,18 @@ VocabularyModel::VocabularyModel(VocabularyStore& store, WordCardModel& card)
 }
 
 std::vector<ListedWord> VocabularyModel::words() const {
-    const VocabularyStore::Words& favoriteList = *store().favoriteWords();
-    const VocabularyStore::Words& knownList = *store().masteredWords();
-    const std::unordered_set<std::string> favoriteSet(favoriteList.begin(), favoriteList.end());
-    const std::unordered_set<std::string> knownSet(knownList.begin(), knownList.end());
-    const VocabularyStore::Words& listed = kind() == favorites ? favoriteList
-                                           : kind() == known   ? knownList
+    const Marks marked = marks();
+    const VocabularyStore::Words& listed = kind() == favorites ? *store().favoriteWords()
+                                           : kind() == known   ? *store().masteredWords()
                                                                : *store().coreWords();
     std::vector<ListedWord> all;
     for (const std::string& word : listed) {
-        const bool isKnown = knownSet.contains(word);
+        const bool isKnown = marked.known.contains(word);
         if (kind() != wordsToLearn || !isKnown)
-            all.push_back({word, {}, 0, isKnown, favoriteSet.contains(word)});
+            all.push_back({.word = word,
+                           .forms = {},
+                           .isKnown = isKnown,
+                           .isFavorite = marked.favorites.contains(word)});
     }
     return all;
 }
@@ -64,7 +64,7 @@ void VocabularyModel::remove(int row) {
     const ListedWord* const found = at(row);
     if (!found || !canRemove())
         return;
-    const std::string word = found->word;
+    const std::string word = found->word; // a copy: the change replaces the rows
     if (kind() == favorites)
         store().removeFavorite(word);
     else

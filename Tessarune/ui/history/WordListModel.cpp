@@ -35,6 +35,12 @@ void WordListModel::update() {
     Q_EMIT changed();
 }
 
+WordListModel::Marks WordListModel::marks() const {
+    const VocabularyStore::Words& known = *store_.masteredWords();
+    const VocabularyStore::Words& favorites = *store_.favoriteWords();
+    return {{known.begin(), known.end()}, {favorites.begin(), favorites.end()}};
+}
+
 void WordListModel::choose(int row) {
     const ListedWord* const word = at(row);
     card_.show(word ? word->word : std::string());
@@ -44,7 +50,7 @@ void WordListModel::toggleKnown(int row) {
     const ListedWord* const found = at(row);
     if (!found)
         return;
-    const ListedWord word = *found;
+    const ListedWord word = *found; // a copy: the change replaces the rows
     if (word.isKnown)
         store_.removeMastered(word.word);
     else
@@ -55,7 +61,7 @@ void WordListModel::toggleFavorite(int row) {
     const ListedWord* const found = at(row);
     if (!found)
         return;
-    const ListedWord word = *found;
+    const ListedWord word = *found; // a copy: the change replaces the rows
     if (word.isFavorite)
         store_.removeFavorite(word.word);
     else

@@ -9,6 +9,7 @@
 #include <QString>
 #include <QStringList>
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 namespace tessarune {
@@ -74,6 +75,12 @@ class WordListModel : public ListedRows<ListedWord> {
     /// All words of the chosen kind, in order, before the search.
     virtual std::vector<ListedWord> words() const = 0;
     void update();
+    /// The words that the user marked, for quick look-up.
+    struct Marks {
+        std::unordered_set<std::string> known;
+        std::unordered_set<std::string> favorites;
+    };
+    Marks marks() const;
     bool isSearching() const { return !query_.trimmed().isEmpty(); }
     VocabularyStore& store() const { return store_; }
 

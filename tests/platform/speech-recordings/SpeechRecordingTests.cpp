@@ -10,14 +10,13 @@
 #include "TessaruneCore/host/SimulatedHost.h"
 #include "TessaruneCore/text/Text.h"
 #include "tests/support/Await.h"
+#include "tests/support/FileContents.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WordErrorRate.h"
 
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <iostream>
-#include <iterator>
 #include <memory>
 
 using namespace tessarune;
@@ -28,8 +27,7 @@ namespace {
 constexpr double batchSeconds = 0.085;
 
 std::string referenceOf(const std::string& name) {
-    std::ifstream file(std::string(TESSARUNE_TEST_DATA) + "/speech/" + name + ".txt");
-    return {std::istreambuf_iterator<char>(file), {}};
+    return contentsOf(std::string(TESSARUNE_TEST_DATA) + "/speech/" + name + ".txt");
 }
 
 /// A session in virtual time, which drives the engine as if live but as fast as possible.
