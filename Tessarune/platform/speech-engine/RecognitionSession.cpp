@@ -3,8 +3,6 @@
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Text.h"
 
-#include <time.h>
-
 #include <algorithm>
 #include <stdexcept>
 #include <string>
@@ -21,20 +19,12 @@ constexpr double warmUpSeconds = 3;
 constexpr double recentSeconds = 3;
 /// Live sound may arrive by this much faster than real time, because it comes in batches.
 constexpr double liveSlackSeconds = 0.5;
-/// A stall check that is later than this shows that the program itself was suspended.
-constexpr double lateCheckSeconds = 1.0;
 
 constexpr auto samplesIn(double seconds) {
     return static_cast<std::size_t>(seconds * speechSampleRate);
 }
 
 } // namespace
-
-double processorSecondsOfProcess() {
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) * 1e-9;
-}
 
 RecognitionSession::RecognitionSession(Host& host, Executor worker,
                                        std::shared_ptr<SpeechModels> models,
@@ -49,7 +39,8 @@ RecognitionSession::RecognitionSession(Host& host, Executor worker,
       backlog_(std::move(backlog)),
       reader_(std::move(options)),
       highPass_(policy_.lowestHertz, speechSampleRate),
-      humFilter_(speechSampleRate) {}
+      humFilter_(speechSampleRate),
+      stall_(policy_.longestStall) {}
 
 void RecognitionSession::prepare() {
     model_ = models_->loaded();
@@ -96,9 +87,9 @@ void RecognitionSession::take(const AudioBuffer& buffer) {
             recent_.erase(recent_.begin(),
                           recent_.end() - static_cast<std::ptrdiff_t>(samplesIn(recentSeconds)));
         hasNewSound_ = true;
-        lastProgressAt_ = host_.now();
+        stall_.progressed(host_.now());
         watchForStall();
-        quiet_.hear(samples);
+        closing_.hear(samples);
         closeIfResting();
         schedulePass();
     });
@@ -111,31 +102,20 @@ void RecognitionSession::closeLine(double cutoff, OneShot<bool> done) {
         done.resume(false);
         return;
     }
-    if (!closing_)
-        closing_.emplace();
-    closing_->deadline = takenSeconds() + policy_.longestWaitForRest;
-    closing_->waiting.push_back(done);
+    closing_.request(takenSeconds() + policy_.longestWaitForRest, done);
     // Resumes the waiter even if no more sound comes.
     host_.after(policy_.longestWaitForRest, [done] { done.resume(false); });
 }
 
 void RecognitionSession::closeIfResting() {
-    if (!closing_)
+    if (!closing_.isRequested())
         return;
-    const bool isTooLate = !reader_.openSince() || takenSeconds() > closing_->deadline;
-    if (!isTooLate && !quiet_.isQuiet())
+    const bool isTooLate = !reader_.openSince() || closing_.isTooLate(takenSeconds());
+    if (!isTooLate && !closing_.isAtRest())
         return;
     if (!isTooLate)
         pass(true);
-    endClosing();
-}
-
-void RecognitionSession::endClosing() {
-    if (!closing_)
-        return;
-    for (const OneShot<bool>& done : closing_->waiting)
-        done.resume(true);
-    closing_.reset();
+    closing_.end();
 }
 
 /// A pass is queued after all pending sound, so one pass covers it.
@@ -173,33 +153,24 @@ void RecognitionSession::dropBacklog() {
     reader_.restarted(takenSeconds());
     backlog_->seconds = 0;
     nextPassAt_ = host_.now(); // the remaining sound has waited long enough
-    endClosing();
+    closing_.end();
 }
 
 void RecognitionSession::watchForStall() {
-    if (std::exchange(isStallWatched_, true))
-        return;
-    // The minimum delay: with a shorter one, rounding could repeat a check that is a moment too
-    // early for ever.
-    constexpr double shortestWait = 0.05;
-    const double wait =
-        std::max(lastProgressAt_ + policy_.longestStall - host_.now(), shortestWait);
-    stallCheckAt_ = host_.now() + wait;
-    later(wait, [](RecognitionSession& session) { session.closeIfStalled(); });
+    if (const std::optional<double> wait = stall_.scheduleCheck(host_.now()))
+        later(*wait, [](RecognitionSession& session) { session.closeIfStalled(); });
 }
 
 void RecognitionSession::closeIfStalled() {
-    isStallWatched_ = false;
-    if (const double late = host_.now() - stallCheckAt_; late > lateCheckSeconds)
-        lastProgressAt_ += late;
+    const bool isStalled = stall_.check(host_.now());
     // A file that is paced by the recogniser stalls only if the recogniser has caught up.
-    if (hasNewSound_ || host_.now() - lastProgressAt_ < policy_.longestStall) {
+    if (hasNewSound_ || !isStalled) {
         watchForStall();
         return;
     }
     if (reader_.openSince())
         pass(true);
-    endClosing();
+    closing_.end();
 }
 
 /// Runs `work` on the worker queue after this many seconds and after all pending work, unless the
@@ -232,7 +203,7 @@ void RecognitionSession::pass(bool closesLine) {
     const double idle = std::min(cost * (policy_.passCostFactor - 1), policy_.longestIdle);
     nextPassAt_ = std::max(began + policy_.passInterval, ended + idle);
     hasNewSound_ = false;
-    lastProgressAt_ = ended;
+    stall_.progressed(ended);
     deliver(transcript, nextPassAt_ - began <= policy_.longestWaitForAgreement);
     if (closesLine) {
         stream_.emplace(model_);
@@ -250,9 +221,9 @@ void RecognitionSession::noteCost(double began, double cost) {
     const bool isLive = backlog_->seconds <= began - lastPassAt_ + liveSlackSeconds;
     if (!isLive || !reader_.openSince())
         return;
-    measuredCost_ += cost;
-    measuredLineSeconds_ += takenSeconds() - *reader_.openSince();
-    ++measuredPasses_;
+    costs_.seconds += cost;
+    costs_.lineSeconds += takenSeconds() - *reader_.openSince();
+    ++costs_.passes;
 }
 
 void RecognitionSession::deliver(const moonshine::Transcript& transcript, bool looksAgainSoon) {
@@ -291,19 +262,16 @@ void RecognitionSession::finish() {
 void RecognitionSession::release() {
     stream_.reset();
     backlog_->seconds = 0;
-    endClosing();
-    if (measuredLineSeconds_ > 0)
-        models_->speeds().observe(model_->name(), measuredCost_ / measuredLineSeconds_,
-                                  measuredPasses_);
-    measuredCost_ = 0;
-    measuredLineSeconds_ = 0;
-    measuredPasses_ = 0;
+    closing_.end();
+    const PassCosts costs = std::exchange(costs_, {});
+    if (costs.lineSeconds > 0)
+        models_->speeds().observe(model_->name(), costs.seconds / costs.lineSeconds, costs.passes);
 }
 
 void RecognitionSession::fail(std::exception_ptr failure) {
     stream_.reset();
     backlog_->seconds = 0;
-    endClosing();
+    closing_.end();
     results_.fail(std::move(failure));
 }
 

@@ -2,7 +2,7 @@
 
 #include "Tessarune/platform/model-store/ModelStore.h"
 #include "Tessarune/platform/speech-engine/MoonshineLibrary.h"
-#include "Tessarune/platform/speech-engine/RecognitionSession.h"
+#include "Tessarune/platform/speech-engine/RecognitionPolicy.h"
 #include "Tessarune/speech/SpeechAnalyzer.h"
 
 #include <functional>
