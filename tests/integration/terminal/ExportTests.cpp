@@ -93,6 +93,23 @@ TEST_F(ExportTests, TextSelectedInAPDFIsWhatWasWritten) {
     }
 }
 
+TEST_F(ExportTests, AParagraphInAPDFKeepsItsColourOnTheNextPage) {
+    const std::string sidecar = data / "Transcripts" / id;
+    fs::remove(sidecar + ".words.json");
+    fs::remove(sidecar + ".bilingual.txt");
+    std::string words;
+    for (int i = 0; i < 1000; ++i)
+        words += "word ";
+    write(sidecar + ".txt", words);
+    const std::string xml =
+        tool("/usr/bin/env", {"pdftohtml", "-xml", "-i", "-stdout", exported("a.pdf")}).output;
+    EXPECT_NE(xml.find("<page number=\"2\""), std::string::npos);
+    std::size_t fonts = 0; // each with its size and colour
+    for (std::size_t at = 0; (at = xml.find("<fontspec", at)) != std::string::npos; ++at)
+        ++fonts;
+    EXPECT_EQ(fonts, 4U) << "of the title, the note, the text and the page number" << xml;
+}
+
 TEST_F(ExportTests, OtherProgramsReadEveryFormat) {
     for (const char* name : {"a.srt", "a.vtt", "a.m4a"}) {
         const ProgramRun probe = tool("/usr/bin/env", {"ffprobe", "-v", "error", "-show_entries",
