@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
+#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -96,6 +97,8 @@ OutputQueue::OutputQueue(int descriptor, std::function<void()> onChange)
         return static_cast<ssize_t>(count);
     };
     stream_ = fopencookie(state_.get(), "w", functions);
+    if (!stream_)
+        throw std::bad_alloc();
     std::setvbuf(stream_, nullptr, _IOLBF, BUFSIZ);
     thread_ = std::thread([state = state_] { writeQueued(state); });
 }

@@ -14,7 +14,8 @@ namespace tessarune {
 /// Thrown if the recording was deleted during the refinement.
 struct RecordingDeleted : std::exception {};
 
-/// One request on its way through the service. Main queue.
+/// A request and its state on the way through the service. Main queue; the worker also uses
+/// `result`, but only while the job's task waits for it.
 struct HistoryRefinementService::Job {
     using Observer = HistoryRefinementObserver;
 
@@ -28,7 +29,7 @@ struct HistoryRefinementService::Job {
     DataFolderLease dataFolder;
     bool isMarked = false; ///< see RecordingCatalog::markTranscription
 
-    double startedAt = 0;
+    double startedAt = 0; ///< host time when the job left the queue
     std::shared_ptr<Observer> observer;
     SpeechAnalyzerFileTranscriptionResult result;
     HistoryRefinementOutcome outcome;

@@ -193,7 +193,7 @@ TranslatorError AppleTranslator::mappedTranslationError(const std::exception_ptr
         sessions_.erase(pair.key);
         preparedPairs_.erase(pair.key);
     }
-    auto details = TranslatorError::details(error);
+    auto details = TranslatorError::detailsOf(error);
     details.category = category(kind);
     return TranslatorError::backendFailure(details);
 }

@@ -103,7 +103,7 @@ Task<Outcome> translateOnce(Attempt& attempt, std::shared_ptr<Translator> transl
         co_return translated;
     } catch (...) {
         addDuration();
-        co_return TranslatorError::details(std::current_exception());
+        co_return TranslatorError::detailsOf(std::current_exception());
     }
 }
 
@@ -122,7 +122,7 @@ Task<bool> recoverPair(Attempt& attempt) {
         co_return false;
     if (!error)
         co_return true;
-    const auto details = TranslatorError::details(error);
+    const auto details = TranslatorError::detailsOf(error);
     if (severity(details.category) == Severity::recoverable)
         co_return true;
     attempt.session.surfaceTranslationRecoveryFailure(details.message);

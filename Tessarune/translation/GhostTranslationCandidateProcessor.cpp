@@ -120,7 +120,7 @@ GhostTranslationCandidateProcessor::process(std::shared_ptr<LiveTranscriptTransl
     if (!attempt.isWanted())
         co_return;
     if (error) {
-        attempt.recordFailure(TranslatorError::details(error));
+        attempt.recordFailure(TranslatorError::detailsOf(error));
         co_return;
     }
     attempt.recordSuccess(translated);

@@ -111,7 +111,7 @@ LiveTranslationRuntime::prepareLanguagePair(Self self, std::string source, std::
         if (attempt == preparationAttempts) {
             if (stop.stop_requested())
                 co_return cancelled;
-            co_return Result{Result::Outcome::failed, TranslatorError::details(error)};
+            co_return Result{Result::Outcome::failed, TranslatorError::detailsOf(error)};
         }
         co_await sleep(self->executor(), secondsBetweenAttempts, stop);
     }
@@ -154,7 +154,7 @@ Task<void> LiveTranslationRuntime::rebuild(Self self, std::string source, std::s
     LogFields done = fields;
     done.add("result", std::string(error ? "failed" : "prepared"));
     if (error)
-        done.add(failureFields(TranslatorError::details(error)));
+        done.add(failureFields(TranslatorError::detailsOf(error)));
     done.add("elapsedMS", self->elapsedMS(startedAt));
     self->log("translation.languagePairRecovery.done", std::move(done));
     if (error)

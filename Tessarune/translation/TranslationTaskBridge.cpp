@@ -118,7 +118,7 @@ void TranslationTaskBridge::finish() {
 
 std::string TranslationTaskBridge::errorMessage(const std::exception& error,
                                                 const TranslationTestRequest& request) {
-    std::string message = TranslatorError::details(error).message;
+    std::string message = TranslatorError::detailsOf(error).message;
     if (message != "Unable to Translate")
         return message;
     return localized("Apple 翻译语言资源暂未准备好。请确认 %@ → %@ 已完成下载，然后重试。",

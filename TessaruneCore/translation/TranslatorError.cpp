@@ -30,17 +30,17 @@ TranslatorError TranslatorError::backendFailure(const TranslationFailureDetails&
             details.category};
 }
 
-TranslationFailureDetails TranslatorError::details(const std::exception& error) {
+TranslationFailureDetails TranslatorError::detailsOf(const std::exception& error) {
     if (const auto* known = dynamic_cast<const TranslatorError*>(&error))
         return known->details();
     return TranslationFailureDetails::of(error, TranslationFailureCategory::unknown);
 }
 
-TranslationFailureDetails TranslatorError::details(const std::exception_ptr& error) {
+TranslationFailureDetails TranslatorError::detailsOf(const std::exception_ptr& error) {
     try {
         std::rethrow_exception(error);
     } catch (const std::exception& known) {
-        return details(known);
+        return detailsOf(known);
     } catch (...) {
         return {TranslationFailureCategory::unknown, "", "unknown", 0, std::nullopt};
     }

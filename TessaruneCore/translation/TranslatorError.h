@@ -24,9 +24,9 @@ class TranslatorError : public LocalizedError {
     const TranslationFailureDetails& details() const { return details_; }
 
     /// The details of any exception; other types than `TranslatorError` get the category `unknown`.
-    static TranslationFailureDetails details(const std::exception& error);
+    static TranslationFailureDetails detailsOf(const std::exception& error);
     /// The same for a captured exception. One that is not a `std::exception` has no message.
-    static TranslationFailureDetails details(const std::exception_ptr& error);
+    static TranslationFailureDetails detailsOf(const std::exception_ptr& error);
 
   private:
     TranslatorError(const LocalizedError& error, TranslationFailureCategory category)

@@ -151,14 +151,15 @@ TEST_F(AppleTranslatorTests, ErrorsCarryWhatIsKnownOfThem) {
     } catch (const TranslatorError& error) {
         const TranslationFailureDetails expected{Category::internalError, "no luck", "Scripted", 7,
                                                  "because"};
-        EXPECT_EQ(TranslatorError::details(error), expected);
+        EXPECT_EQ(TranslatorError::detailsOf(error), expected);
         EXPECT_EQ(error.errorDescription(), "no luck");
     }
     const auto pair = TranslatorError::unsupportedPair("en", "fr");
     EXPECT_EQ(pair.errorDescription(), "不支持的翻译方向: en → fr");
-    EXPECT_EQ(TranslatorError::details(std::runtime_error("odd")).category, Category::unknown);
-    EXPECT_EQ(TranslatorError::details(std::make_exception_ptr(std::runtime_error("odd"))).message,
-              "odd");
+    EXPECT_EQ(TranslatorError::detailsOf(std::runtime_error("odd")).category, Category::unknown);
+    EXPECT_EQ(
+        TranslatorError::detailsOf(std::make_exception_ptr(std::runtime_error("odd"))).message,
+        "odd");
     EXPECT_EQ(TranslatorError::languageResourcesNotReady("en", "ja").details().message,
               TranslationSupport::languageResourceNotReadyMessage("ja"));
 }

@@ -37,6 +37,7 @@ PairEngine::PairEngine(Host& host, ModelStore& store, const std::string& modelNa
       executor_(Executor::queue(host, host.serialQueue("tessarune.translate." + modelName,
                                                        QueuePriority::userInitiated))) {}
 
+/// An engine is used and destroyed on its own thread.
 PairEngine::~PairEngine() {
     executor_.run([loaded = std::move(loaded_)]() mutable {
         loaded.reset();

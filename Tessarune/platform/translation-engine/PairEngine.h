@@ -14,8 +14,9 @@ namespace tessarune {
 /// A sentence that exercises every part of the engine.
 inline constexpr const char* warmUpText = "This is a short sentence.";
 
-/// The engine of one language pair and its thread. May be created and destroyed on any thread; the
-/// destructor waits for running work, unless that work calls it. Store and host must outlive it.
+/// The engine of one language pair and its thread. May be created and destroyed on any thread. Work
+/// on the executor must share the ownership of the engine that it uses. Store and host must outlive
+/// it.
 class PairEngine {
   public:
     PairEngine(Host& host, ModelStore& store, const std::string& modelName);
@@ -26,7 +27,8 @@ class PairEngine {
     const Executor& executor() const { return executor_; }
 
     // `load` and `translate` run on the executor only. They throw TranslationServiceError:
-    // `notInstalled` if the files are missing or changed, `internalError` with the engine's text.
+    // `notInstalled` if the files are missing or changed, otherwise `internalError` with the text
+    // of the failure. After a failure of `translate`, the next call loads the files again.
 
     /// Verifies and loads the files, unless they are loaded and their sizes are unchanged.
     void load();
