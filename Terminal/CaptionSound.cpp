@@ -87,17 +87,18 @@ Task<void> CaptionSound::connect(bool mayShowDemo) {
         co_return;
     if (!mayShowDemo)
         throw RunFailure(ExitStatus::noSoundServer, localized("no sound server: %@", {refused}));
-    useDemo(refused);
-    Task<void> connecting = demo_->server().connect(Executor::main(host_));
-    co_await connecting;
+    Task<void> startingDemo = useDemo(std::move(refused));
+    co_await startingDemo;
 }
 
-void CaptionSound::useDemo(const std::string& why) {
+Task<void> CaptionSound::useDemo(std::string why) {
     handlers_.say(localized("No sound server: %@.", {why}));
     handlers_.say(localized("To show how it works, the program starts a sound server of its own "
                             "and captions sample speech. Nothing is recorded."));
     try {
         demo_ = std::make_unique<DemoSound>(host_);
+        Task<void> connecting = demo_->server().connect(Executor::main(host_));
+        co_await connecting;
     } catch (const std::exception& error) {
         throw RunFailure(
             ExitStatus::noSoundServer,
@@ -133,10 +134,9 @@ std::string CaptionSound::description() const {
         return localized("Captions of %@. Ctrl-C ends.", {fileName()});
     if (source_.isSystemAudio())
         return localized("Listening to what this computer plays. Ctrl-C ends.");
-    const SoundServer& connected = demo_ ? demo_->server() : *server_;
     return localized(
         "Listening to %@. Ctrl-C ends.",
-        {AudioSourceDisplayName::name(source_, AudioInputDevices::inputDevices(connected))});
+        {AudioSourceDisplayName::name(source_, AudioInputDevices::inputDevices(server()))});
 }
 
 void CaptionSound::begin() {

@@ -31,12 +31,13 @@ class CaptionSound {
 
     CaptionSound(Host& host, Handlers handlers) : host_(host), handlers_(std::move(handlers)) {}
 
-    /// Connects to the sound server. Throws RunFailure.
+    /// Connects to the sound server, or to a private one with sample speech if the user has chosen
+    /// no source. Throws RunFailure.
     Task<void> open(CaptionsCommand command);
-    /// Makes a pending `open` throw, which otherwise waits for the writer of a pipe.
+    /// Makes `open` throw if it waits for the writer of a pipe.
     void giveUp();
 
-    SoundServer& server() { return demo_ ? demo_->server() : *server_; }
+    SoundServer& server() const { return demo_ ? demo_->server() : *server_; }
     /// The source to listen to on `server()`.
     const AudioSource& source() const { return source_; }
     bool isFile() const { return file_.has_value(); }
@@ -55,7 +56,7 @@ class CaptionSound {
     void useFile(const FileSource& file);
     std::string fileName() const;
     Task<void> connect(bool mayShowDemo);
-    void useDemo(const std::string& why);
+    Task<void> useDemo(std::string why);
     AudioSource microphone(const AudioSource& wanted);
     Task<void> playDemo();
 

@@ -61,6 +61,10 @@ std::string percentText(int percent) {
     return std::to_string(percent) + " %";
 }
 
+void rewriteLine(std::string_view text) {
+    std::fprintf(stderr, "\r\033[K%s", Text::printableLine(text).c_str());
+}
+
 int statusOfOutput(int status) {
     const bool wasLostBefore = std::ferror(stdout) != 0;
     errno = 0;

@@ -29,6 +29,9 @@ std::string modelStateText(bool isInstalled, bool isRemovable, const std::string
 /// "40 %".
 std::string percentText(int percent);
 
+/// Replaces the current line of the terminal on standard error; an empty text erases it.
+void rewriteLine(std::string_view text);
+
 /// Returns `status`. If standard output could not be written, for example on a full disk, reports
 /// that, and returns ExitStatus::ioError instead of a success. A reader that has closed the pipe is
 /// not a failure. Call once, after everything is printed.

@@ -21,15 +21,6 @@ namespace tessarune {
 
 namespace {
 
-/// Not on a terminal: prints a line after every so many per cent (or megabytes, if the size is
-/// unknown).
-constexpr int percentPerLine = 10;
-
-/// Replaces the current line of a terminal.
-void rewriteLine(const std::string& text) {
-    std::fprintf(stderr, "\r\033[K%s", Text::printableLine(text).c_str());
-}
-
 std::string progressText(const std::string& name, std::uint64_t received, std::uint64_t expected) {
     if (expected == 0)
         return localized("%@: %@", {name, megabytes(received)});
@@ -71,14 +62,15 @@ class DownloadNews {
             printNotice(progressText(name_, received, expected));
     }
 
-    /// Erases the rewritten line, or keeps it and begins a new one.
-    void endLine(bool erase) const {
+    /// Keeps the rewritten line and begins a new one.
+    void endLine() const {
         if (isOnTerminal_)
-            std::fputs(erase ? "\r\033[K" : "\n", stderr);
+            std::fputs("\n", stderr);
     }
 
     void reportInstalled() const {
-        endLine(true);
+        if (isOnTerminal_)
+            rewriteLine("");
         if (!isJSON_ && !isQuiet_)
             printNotice(localized("%@ is installed.", {name_}));
     }
@@ -104,7 +96,7 @@ class DownloadNews {
     Program& program_;
     const bool isJSON_;
     const bool isQuiet_;
-    const bool isOnTerminal_; ///< and not quiet
+    const bool isOnTerminal_; ///< and neither JSON nor quiet
     const std::string name_;
     DownloadPercent percent_;
 };
@@ -154,9 +146,9 @@ Task<int> runDownload(Program& program, const TerminalOptions& options, ShownDow
         news.report(received, expected);
     };
     try {
-        co_await download.begin(progress, stop.get_token());
+        co_await download.run(progress, stop.get_token());
     } catch (const std::exception& error) {
-        news.endLine(false);
+        news.endLine();
         printProblem(download.name + ": " + error.what());
         co_return static_cast<int>(stop.stop_requested() ? ExitStatus::stoppedTwice
                                                          : ExitStatus::noModel);

@@ -11,13 +11,18 @@
 
 namespace tessarune {
 
+/// The step of reports that are printed as lines, in per cent or megabytes.
+constexpr int percentPerLine = 10;
+
 /// Decides when to report the progress of a download: once per `step` per cent, or megabytes if the
 /// size is unknown.
 class DownloadPercent {
   public:
     explicit DownloadPercent(int step) : step_(step) {}
 
+    /// `expected` must not be 0.
     static int of(std::uint64_t received, std::uint64_t expected);
+    /// Whether a step has been completed since the last call; true for the first call.
     bool isNews(std::uint64_t received, std::uint64_t expected);
 
   private:
@@ -30,19 +35,22 @@ struct ShownDownload {
     using Progress = std::function<void(std::uint64_t received, std::uint64_t expected)>;
 
     std::string name;
-    std::function<Task<void>(Progress progress, std::stop_token stop)> begin;
+    /// Ends when the download does; throws if it fails or is stopped.
+    std::function<Task<void>(Progress progress, std::stop_token stop)> run;
 };
+
 /// A download from one of the stores of models; `Reported` is the type in which it reports
 /// progress.
 template <typename Reported, typename Store>
 ShownDownload downloadOf(Store& store, const std::string& name) {
     return {name, [&store, name](ShownDownload::Progress progress, std::stop_token stop) {
-                const auto told = [progress = std::move(progress)](const Reported& now) {
+                const auto report = [progress = std::move(progress)](const Reported& now) {
                     progress(now.received, now.expected);
                 };
-                return store.download(name, told, std::move(stop));
+                return store.download(name, report, std::move(stop));
             }};
 }
+
 /// Runs a download and reports its progress and failures: on standard error, on a terminal in one
 /// line that is rewritten, or as JSON on standard output. Ctrl-C ends it with
 /// ExitStatus::stoppedTwice; the next attempt continues with the bytes that were received. Returns

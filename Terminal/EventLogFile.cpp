@@ -20,7 +20,7 @@ void EventLogFile::fail(const std::string& why) const {
 
 void EventLogFile::check(const std::optional<fs::path>& source) const {
     std::error_code error;
-    // One file may have two names.
+    // Not a comparison of paths: one file may have two names.
     if (source && fs::equivalent(*source, path_, error))
         fail(localized("it is the sound file to be captioned"));
     const bool exists = fs::exists(path_, error);
@@ -42,7 +42,9 @@ void EventLogFile::check(const std::optional<fs::path>& source) const {
 
 void EventLogFile::begin() {
     std::error_code error;
-    const bool mayExist = overwrites_ || (fs::exists(path_, error) && !fs::is_regular_file(path_));
+    // A pipe or a device exists already and loses nothing.
+    const bool mayExist =
+        overwrites_ || (fs::exists(path_, error) && !fs::is_regular_file(path_, error));
     writer_ = ASREventLog::Writer::open(host_, path_,
                                         mayExist ? LineLogWriter::Existing::isTruncated
                                                  : LineLogWriter::Existing::isRefused);

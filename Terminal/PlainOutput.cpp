@@ -99,7 +99,7 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
     std::FILE* errors_;
     Host& host_;
     bool quiet_;
-    const CaptionCore::Rows* rows_ = nullptr;
+    const CaptionCore::Rows* rows_ = nullptr; ///< of the session, which outlives `finish`
     std::string target_;
     bool awaits_ = false;
     PrintedRows printed_;
@@ -112,10 +112,10 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
 
 CaptionOutput makePlainOutput(std::FILE* out, std::FILE* errors, Host& host, bool quiet) {
     auto printer = std::make_shared<PlainPrinter>(out, errors, host, quiet);
-    return {[printer](const CaptionPicture& picture) { printer->update(picture); },
-            [printer](std::string_view text) { printer->status(text); },
-            [](std::string_view) {}, // progress does not belong in a file of captions
-            [] {}, [printer](const CaptionPicture& picture) { printer->finish(picture); }};
+    return {.update = [printer](const CaptionPicture& picture) { printer->update(picture); },
+            .status = [printer](std::string_view text) { printer->status(text); },
+            .progress = [](std::string_view) {}, // not in a file of captions
+            .finish = [printer](const CaptionPicture& picture) { printer->finish(picture); }};
 }
 
 } // namespace tessarune

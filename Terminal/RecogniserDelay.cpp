@@ -11,16 +11,17 @@ namespace tessarune {
 namespace {
 
 constexpr double checkEverySeconds = 1;
-/// If a check comes this late, the whole program was held up. If this many seconds of sound arrive
-/// at once, the sound server was held up.
-constexpr double standstillSeconds = 1;
-/// After that, the queued sound may take as long again to process, and this much more.
+/// If a check is later than this, the whole program was held up. If more seconds of sound than this
+/// arrive at once, the sound server was held up.
+constexpr double heldUpSeconds = 1;
+/// After the program or the server was held up, the queued sound may take as long again to process,
+/// and this much more.
 constexpr double catchUpSeconds = 10;
 
 constexpr double progressEverySeconds = 0.2;
-constexpr double checkProgressSeconds = 0.01;
+constexpr double checkCaughtUpSeconds = 0.01;
 /// The wait for a recogniser that is behind ends after this time without progress.
-constexpr double longestStandstillSeconds = 30;
+constexpr double longestStallSeconds = 30;
 
 double stat(const LiveSystemAudioTranscriber& transcriber, std::string_view name) {
     const PerfStats stats = transcriber.perfStats();
@@ -52,7 +53,7 @@ void RecogniserDelay::checkDelay() {
     // the sound was held up before it reached the recogniser.
     const double arrivedAtOnce = behind - lastBehind_ - checkEverySeconds;
     const double heldUp = std::max(late, arrivedAtOnce);
-    if (heldUp > standstillSeconds)
+    if (heldUp > heldUpSeconds)
         excusedUntil_ = now + heldUp + catchUpSeconds;
     lastBehind_ = behind;
     if (now >= excusedUntil_ && behind >= nextReportedDelay_) {
@@ -81,14 +82,14 @@ void RecogniserDelay::checkProgress(double duration) {
 
 Task<void> RecogniserDelay::caughtUp(std::function<bool()> isCancelled) {
     double least = secondsBehind();
-    double movedAt = host_.now();
+    double lastProgressAt = host_.now();
     while (!isCancelled() && secondsBehind() > 0 &&
-           host_.now() - movedAt < longestStandstillSeconds) {
-        Task<bool> waiting = sleep(Executor::main(host_), checkProgressSeconds);
+           host_.now() - lastProgressAt < longestStallSeconds) {
+        Task<bool> waiting = sleep(Executor::main(host_), checkCaughtUpSeconds);
         co_await waiting;
         if (secondsBehind() < least) {
             least = secondsBehind();
-            movedAt = host_.now();
+            lastProgressAt = host_.now();
         }
     }
 }

@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// The delay of a session's recogniser behind its sound. Main queue, except for `processedSeconds`;
-/// the references must outlive it.
+/// The delay of a session's recogniser behind its sound. Main queue, unless noted; the references
+/// must outlive it.
 class RecogniserDelay {
   public:
     RecogniserDelay(Host& host, const LiveSystemAudioTranscriber& transcriber)
@@ -23,6 +23,7 @@ class RecogniserDelay {
 
     /// The seconds of sound that the recogniser has processed. Any thread.
     double processedSeconds() const;
+    /// The seconds of sound that it has not processed yet. Any thread.
     double secondsBehind() const;
 
     /// Begins to report a delay of some seconds, and to report it again each time it has doubled.
@@ -48,11 +49,11 @@ class RecogniserDelay {
     DelayedCall watch_;
     std::function<void(int percent)> sayProgress_;
     DelayedCall progressWatch_;
-    int percent_ = 0;
-    double nextCheckAt_ = 0;
-    double excusedUntil_ = 0;
-    double lastBehind_ = 0;
-    double nextReportedDelay_ = 5;
+    int percent_ = 0;              ///< the last one that was reported
+    double nextCheckAt_ = 0;       ///< host time
+    double excusedUntil_ = 0;      ///< host time; until then, no delay is reported
+    double lastBehind_ = 0;        ///< seconds behind at the last check
+    double nextReportedDelay_ = 5; ///< seconds
 };
 
 } // namespace tessarune

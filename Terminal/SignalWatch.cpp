@@ -26,8 +26,9 @@ struct SignalHandlers {
     Host* host GUARDED_BY(mutex) = nullptr;
     std::function<void()> onSignal GUARDED_BY(mutex);
     std::function<void()> onContinue GUARDED_BY(mutex);
+    /// The SignalWatch, or the last one if there is none, has received its first signal.
     bool isEnding GUARDED_BY(mutex) = false;
-    Clock::time_point endingSince GUARDED_BY(mutex);
+    Clock::time_point endingSince GUARDED_BY(mutex); ///< the time of that signal
 };
 
 SignalHandlers& signalHandlers() {

@@ -16,7 +16,7 @@ constexpr std::string_view shownAgain = "\033[0m\033[?25h\r\n";
 std::atomic<int> guarded = noTerminal;
 std::atomic<bool> paused = false;
 std::atomic<int> keysOf = noTerminal; ///< the terminal whose keys are taken
-termios keyboard{};                   ///< its settings before that
+termios keyboard{};                   ///< the settings of `keysOf` before its keys were taken
 
 } // namespace
 

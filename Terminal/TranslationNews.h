@@ -20,8 +20,9 @@ class TranslationNews {
     std::vector<std::size_t> take(const CaptionCore::Rows& rows, std::size_t count);
 
   private:
-    std::size_t finished_ = 0;                   // rows before this index are translated and taken
-    std::deque<std::optional<UUID>> takenUnits_; // for the rows from `finished_` on
+    std::size_t finished_ = 0; ///< rows before this index are translated and taken
+    /// For the rows from `finished_` on: the unit whose outcome was taken last.
+    std::deque<std::optional<UUID>> takenUnits_;
 };
 
 /// The rows of the unit whose outcome the row at `index` shows.
@@ -30,7 +31,8 @@ std::span<const CaptionSegment> unitRows(const CaptionCore::Rows& rows, std::siz
 /// The texts of these rows, in one line.
 std::string sourceText(std::span<const CaptionSegment> rows);
 
-/// Whether the row is the one that shows its unit's outcome.
+/// Whether the row shows its unit's outcome: a unit has one when it is translated or has failed,
+/// and one of its rows shows it.
 bool showsOutcome(const CaptionSegment& row);
 
 } // namespace tessarune

@@ -2,7 +2,6 @@
 
 #include "Terminal/CaptionOutput.h"
 #include "Terminal/CommandOutput.h"
-#include "TessaruneCore/text/TextColumns.h"
 
 #include <unistd.h>
 
@@ -13,6 +12,7 @@ namespace tessarune {
 
 namespace {
 
+/// DownloadPercent takes integers: fractions are counted in thousandths.
 constexpr std::uint64_t hundredPercent = 1000;
 
 } // namespace
@@ -22,7 +22,7 @@ WorkProgress::WorkProgress(const TerminalOptions& options, nlohmann::ordered_jso
       isQuiet_(options.quiet),
       isOnTerminal_(isScreen(STDERR_FILENO) && !options.quiet && !options.json),
       json_(std::move(json)),
-      percent_(options.json ? 1 : 10) {}
+      percent_(options.json ? 1 : percentPerLine) {}
 
 void WorkProgress::report(const std::string& doing, const std::string& step, double fraction) {
     const auto done = static_cast<std::uint64_t>(fraction * static_cast<double>(hundredPercent));
@@ -31,7 +31,7 @@ void WorkProgress::report(const std::string& doing, const std::string& step, dou
     const bool isNews = percent_.isNews(done, hundredPercent) || isNewStep;
     const std::string text = doing + " " + percentText(percent);
     if (isOnTerminal_ && std::exchange(shown_, text) != text) {
-        std::fprintf(stderr, "\r\033[K%s", Text::printableLine(text).c_str());
+        rewriteLine(text);
     } else if (isJSON_ && isNews) {
         nlohmann::ordered_json line = json_;
         line["step"] = step;
@@ -45,7 +45,7 @@ void WorkProgress::report(const std::string& doing, const std::string& step, dou
 
 void WorkProgress::endLine() {
     if (!std::exchange(shown_, {}).empty())
-        std::fputs("\r\033[K", stderr);
+        rewriteLine("");
 }
 
 } // namespace tessarune

@@ -27,11 +27,11 @@ class WorkProgress {
   private:
     const bool isJSON_;
     const bool isQuiet_;
-    const bool isOnTerminal_; ///< and not quiet
+    const bool isOnTerminal_; ///< and neither JSON nor quiet
     const nlohmann::ordered_json json_;
     DownloadPercent percent_;
     std::string step_;
-    std::string shown_;
+    std::string shown_; ///< the rewritten line; empty if there is none
 };
 
 } // namespace tessarune

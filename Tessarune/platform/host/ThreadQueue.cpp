@@ -75,7 +75,8 @@ void ThreadQueue::work(const std::shared_ptr<State>& state) {
         {
             MutexLock lock(state->blocks.mutex());
             const std::optional<double> wait = state->blocks.secondsUntilNext();
-            if (state->ending && wait != 0)
+            const bool isBlockDue = wait == 0;
+            if (state->ending && !isBlockDue)
                 return;
             if (!wait)
                 state->arrived.wait(lock);

@@ -83,6 +83,7 @@ void PulseConnection::attempt() {
         },
         this);
     timer_->set(connectTimeoutSeconds, [this] { lose(pulseOutcome(PA_ERR_TIMEOUT)); });
+    // A failed call may already have reported the state, and so have dropped the context.
     if (pa_context_connect(context_, address_.empty() ? nullptr : address_.c_str(),
                            PA_CONTEXT_NOAUTOSPAWN, nullptr) < 0 &&
         context_)
@@ -117,7 +118,7 @@ void PulseConnection::handleDevices(PulseDeviceList::Answer answer) {
     if (isFirst) {
         timer_->cancel();
         pauseSeconds_ = 0;
-        wasReady_ = true;
+        isMaintained_ = true;
         TessaruneLog::capture.info([] { return std::string("connected to the sound server"); });
     }
     publish(SoundServerState::connected, std::move(answer.devices));
@@ -127,7 +128,7 @@ void PulseConnection::handleDevices(PulseDeviceList::Answer answer) {
 void PulseConnection::lose(const PulseOutcome& reason) {
     TessaruneLog::capture.info([&] { return "no connection to the sound server: " + reason.text; });
     dropContext();
-    if (wasReady_) {
+    if (isMaintained_) {
         pauseSeconds_ = std::clamp(pauseSeconds_ * 2, shortestPauseSeconds, longestPauseSeconds);
         timer_->set(pauseSeconds_, [this] { attempt(); });
     } else {

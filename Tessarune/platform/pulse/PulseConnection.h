@@ -17,7 +17,7 @@ namespace tessarune {
 /// pauses. It never starts a server: a user who has ended the server does not want it back, and a
 /// server without hardware would hide that the hardware is missing.
 ///
-/// Any thread, unless noted "under the lock", which is the loop's. Owned by the sound server and
+/// Any thread, unless noted: "under the lock" is that of the loop. Owned by the sound server and
 /// its streams, never by the loop's thread.
 class PulseConnection {
   public:
@@ -63,14 +63,14 @@ class PulseConnection {
     // Under the loop's lock:
     pa_context* context_ = nullptr;
     bool isReady_ = false;
-    bool wasReady_ = false;
-    double pauseSeconds_ = 0;
-    std::unique_ptr<PulseTimer> timer_; // limits the running attempt, or starts the next one
+    bool isMaintained_ = false;         ///< the first attempt has succeeded
+    double pauseSeconds_ = 0;           ///< before the last retry
+    std::unique_ptr<PulseTimer> timer_; ///< limits the running attempt, or starts the next one
     PulseDeviceList list_;
     std::map<std::string, pa_channel_map> channelMaps_;
     std::vector<OneShot<PulseOutcome>> waiters_;
 
-    mutable Mutex snapshotMutex_; // held for a copy only
+    mutable Mutex snapshotMutex_; ///< held for a copy only
     SoundServerState state_ GUARDED_BY(snapshotMutex_) = SoundServerState::disconnected;
     SoundDevices devices_ GUARDED_BY(snapshotMutex_);
 };

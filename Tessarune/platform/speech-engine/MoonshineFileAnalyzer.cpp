@@ -19,7 +19,7 @@ using Results = std::vector<SpeechResult>;
 
 /// Seconds of sound per pass; a stop is checked before each. A pass decodes the lines that end in
 /// its sound.
-constexpr double lookSeconds = 5;
+constexpr double passSeconds = 5;
 /// The maximum seconds of sound after the last complete line that are replayed to a new stream. The
 /// engine completes every line before it is that long.
 constexpr double mostHeardAgain = 20;
@@ -61,11 +61,11 @@ class MoonshineFileAnalyzer::Recognition {
         if (block.format != AudioFormat{speechSampleRate, 1})
             throw std::runtime_error("The speech engine received sound in the wrong format.");
         Results results;
-        std::span<const float> left(block.samples);
-        while (!left.empty() && !stop.stop_requested()) {
-            const std::size_t count = std::min(left.size(), fileSamplesIn(lookSeconds));
-            look(left.first(count), results);
-            left = left.subspan(count);
+        std::span<const float> remaining(block.samples);
+        while (!remaining.empty() && !stop.stop_requested()) {
+            const std::size_t count = std::min(remaining.size(), fileSamplesIn(passSeconds));
+            pass(remaining.first(count), results);
+            remaining = remaining.subspan(count);
         }
         return results;
     }
@@ -84,7 +84,7 @@ class MoonshineFileAnalyzer::Recognition {
     }
 
   private:
-    void look(std::span<const float> sound, Results& results) {
+    void pass(std::span<const float> sound, Results& results) {
         std::vector<float> filtered = highPass_.filtered(sound);
         if (policy_.removesHum)
             filtered = humFilter_.filtered(std::move(filtered));
@@ -100,8 +100,7 @@ class MoonshineFileAnalyzer::Recognition {
 
     double takenSeconds() const { return static_cast<double>(takenSamples_) / speechSampleRate; }
 
-    /// Drops all recent sound but that after the last complete line, in which a line may have
-    /// begun.
+    /// Keeps only the recent sound after the last complete line: another line may have begun there.
     void forgetOldSound() {
         const double kept =
             std::clamp(takenSeconds() - reader_.completeThrough() - endOfLine, 0.0, mostHeardAgain);
@@ -124,7 +123,7 @@ class MoonshineFileAnalyzer::Recognition {
     std::shared_ptr<MoonshineModel> model_;
     std::optional<MoonshineStream> stream_;
     std::uint64_t takenSamples_ = 0;
-    std::vector<float> recent_; ///< the most recent sound
+    std::vector<float> recent_; ///< the sound after the last complete line, for a new stream
 };
 
 MoonshineFileAnalyzer::MoonshineFileAnalyzer(Executor worker, std::shared_ptr<SpeechModels> models,

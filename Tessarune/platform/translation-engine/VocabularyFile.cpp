@@ -38,18 +38,18 @@ std::optional<std::uint64_t> takeField(std::string_view& bytes) {
         return std::nullopt;
     std::optional<std::uint64_t> length;
     switch (*key & 7U) {
-    case 0:
+    case 0: // a number
         if (!takeNumber(bytes))
             return std::nullopt;
         length = 0;
         break;
-    case 1:
+    case 1: // eight bytes
         length = 8;
         break;
-    case 2:
+    case 2: // bytes after their number
         length = takeNumber(bytes);
         break;
-    case 5:
+    case 5: // four bytes
         length = 4;
         break;
     default:
@@ -68,17 +68,15 @@ void requireComplete(const std::filesystem::path& file) {
     const std::string content((std::istreambuf_iterator<char>(stream)), {});
     std::string_view remaining = content;
     bool hasPieces = false;
-    bool isComplete = false;
-    while (!remaining.empty()) {
+    bool hasNormalizer = false;
+    bool isTruncated = false;
+    while (!remaining.empty() && !isTruncated) {
         const auto field = takeField(remaining);
-        if (!field) {
-            isComplete = false;
-            break;
-        }
-        hasPieces = hasPieces || *field == piecesField;
-        isComplete = isComplete || *field == normalizerField;
+        isTruncated = !field;
+        hasPieces = hasPieces || field == piecesField;
+        hasNormalizer = hasNormalizer || field == normalizerField;
     }
-    if (!hasPieces || !isComplete)
+    if (isTruncated || !hasPieces || !hasNormalizer)
         throw std::runtime_error(localized("%@ is not a complete vocabulary.", {file.string()}));
 }
 
