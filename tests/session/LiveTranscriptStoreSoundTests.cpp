@@ -110,6 +110,7 @@ TEST(LiveTranscriptStoreTimeTests, WordsAreTimedInTheFileHoweverLateItsSoundBegi
                     session.files.failFrom = session.files.operations + 1;
                 session.stop();
                 session.host.advanceBy(20);
+                session.store.reset(); // so that it does not save again
                 session.files.recover();
                 session.launch();
                 const auto recording = session.catalog->recordings().at(0);

@@ -242,7 +242,7 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherRecognitionModelTakesOverInTheSessi
     const std::string third = ModelCatalog::recognitionOptions().at(2).id;
     session.launch();
     session.start();
-    session.hear(1);
+    session.hear(2);
     session.say(true, "First model.");
     session.engine.script.prepareSeconds = 1;
     session.store->selectRecognitionOption(other);
@@ -265,9 +265,13 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherRecognitionModelTakesOverInTheSessi
     session.stop();
     session.host.advanceBy(5);
     EXPECT_EQ(session.phase(), Phase::idle);
-    EXPECT_EQ(session.transcript(session.catalog->recordings().at(0).id),
-              "First model.\nThird model.")
+    const UUID id = session.catalog->recordings().at(0).id;
+    EXPECT_EQ(session.transcript(id), "First model.\nThird model.")
         << "without the program's own words";
+    const auto timeline = HistoryWordTimeline::decoded(
+        session.files.contentsOf(session.catalog->wordTimelineURL(id)));
+    EXPECT_EQ(timeline.value().sentences.at(0).timingKind,
+              HistoryWordTimeline::TimingKind::audioWord);
 }
 
 TEST_F(LiveTranscriptStoreStartTests, AModelThatComesTooLateStartsNoRunInTheNextSession) {
