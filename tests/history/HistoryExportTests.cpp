@@ -121,14 +121,14 @@ TEST(HistorySubtitlesTests, CuesFollowTheWords) {
     HistoryTranscriptExportDocument document{"", "", Content::source, "", {}};
     document.text = "One two three four five six seven eight nine ten eleven twelve thirteen "
                     "fourteen fifteen.\nYes.\nNo.";
-    document.sentenceTimings = {{"", 1, 9, {}, ""}, {"", 9.2, 9.5, {}, ""}, {"", 9.6, 9.9, {}, ""}};
+    document.sentenceTimings = {{"", 1, 9, {}, ""}, {"", 9.2, 9.5, {}, ""}, {"", 9.6, 12, {}, ""}};
     std::vector<HistoryWordTimeline::Word> words;
     for (int i = 0; i < 15; ++i)
         words.push_back({"", 1 + i * 0.5, {}});
     EXPECT_EQ(cuesText(HistorySubtitles::cues(document, words, 20)),
               "1000-5500 One two three four five/six seven eight nine\n"
               "5500-9000 ten eleven twelve thirteen/fourteen fifteen.\n"
-              "9200-10200 Yes./No.\n");
+              "9200-12000 Yes./No.\n");
 
     document.content = Content::bilingual;
     document.text = "The first half\n\nand the second.\n前半和后半。";

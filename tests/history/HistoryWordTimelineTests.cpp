@@ -164,10 +164,16 @@ TEST(HistoryWordTimelineTests, ReadsItsFileFormat) {
 
 TEST(HistoryWordTimelineTests, OnlyTheSentenceThatIsSpokenAtTheEndIsCut) {
     Timeline timeline;
-    timeline.sentences = {{"Open.", 5, 9, {}, "audioWord"}, {"Later.", 20, 22, {}, "audioWord"}};
+    const UUID open = UUID::random();
+    const UUID later = UUID::random();
+    timeline.sentences = {{"Open.", 5, 9, open, "audioWord"},
+                          {"Later.", 20, 22, later, "audioWord"}};
+    timeline.words = {{"Open.", 8, open}, {"Later.", 20, later}};
     const Timeline cut = timeline.endingBy(7);
     EXPECT_EQ(cut.sentences.at(0).end, 7);
+    EXPECT_EQ(cut.words.at(0).t, 7);
     EXPECT_EQ(cut.sentences.at(1), timeline.sentences.at(1)); // the recording broke off before it
+    EXPECT_EQ(cut.words.at(1).t, 20);
 }
 
 } // namespace

@@ -270,6 +270,10 @@ TEST(HistoryRefinementTests, RequestsWaitForEachOtherAndTheLatestOfARecordingCou
     later.translationTargetLanguage = "fr-FR";
     recording.service->schedule(later);
     recording.service->schedule(std::nullopt);
+    HistoryRefinementRequest other = recording.request();
+    other.recordingID = UUID::random();
+    recording.service->schedule(other);
+    recording.service->cancel(other.recordingID);
     recording.host.runUntilIdle(recording.host.now() + 100);
     EXPECT_EQ(recording.blocks.size(), 24U);
     EXPECT_EQ(recording.bilingual(), "New words.\nfr-FR:New words.\n\nAnd more.\nfr-FR:And more.");
