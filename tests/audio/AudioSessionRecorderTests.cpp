@@ -300,12 +300,13 @@ TEST_F(AudioSessionRecorderTests, GapsBecomeSilenceAndOtherRatesAreConverted) {
     recorder->appendSilence(-1);
     recorder->appendSilence(std::numeric_limits<double>::quiet_NaN());
     append({0.5F, 0, 0.5F, 0, 0.5F, 0}, 48000);
+    append({1, 0}, 32000);
     append({-1}, 16000);
-    const std::vector<std::int16_t> expected{0, 0, 32767, 32767, 0, 0, 16384, 0, -32767};
+    const std::vector<std::int16_t> expected{0, 0, 32767, 32767, 0, 0, 16384, 0, 32767, -32767};
     finish();
     EXPECT_EQ(samples(), expected);
     EXPECT_EQ(header().sampleRate, 16000U);
-    EXPECT_EQ(converters.made, (std::vector<AudioFormat>{{48000, 1}}));
+    EXPECT_EQ(converters.made, (std::vector<AudioFormat>{{48000, 1}, {32000, 1}}));
 
     host.advanceBy(1);
     recorder->start();

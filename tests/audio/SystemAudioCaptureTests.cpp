@@ -285,6 +285,12 @@ TEST_F(SystemAudioCaptureTests, GoesOnAfterWhateverTookTheSoundAwayAndReportsThe
         EXPECT_NEAR(listener->events.back().gapSeconds, step.gap + 1, 1.03);
         EXPECT_EQ(server.openSources().size(), 1U);
     }
+    server.openFailure = SoundServerError(SoundServerError::timeout, "busy"); // but not for long
+    server.setDevices(devices({"a"}, "a"));
+    host.advanceBy(0.1);
+    server.openFailure.reset();
+    host.advanceBy(0.5);
+    EXPECT_EQ(server.openSources().size(), 1U) << "the pauses begin anew";
 }
 
 TEST_F(SystemAudioCaptureTests, LateFirstSoundOfAnotherOutputIsAHoleAndLateSoundIsNot) {

@@ -55,6 +55,13 @@ TEST(HumFilterTests, HumGoesAndAllElseStaysWhereverTheSoundIsCut) {
         EXPECT_EQ(pieces, whole) << hertz;
         const std::vector<float> noise(sound.begin() + 5 * rate, sound.end());
         EXPECT_EQ(HumFilter(rate).filtered(noise), noise);
+
+        std::vector<float> voice; // two blocks that are alike, then another, again and again
+        for (int i = 0; i < 30; ++i) {
+            const auto block = i % 3 < 2 ? sound.begin() : noise.begin();
+            voice.insert(voice.end(), block, block + rate / 10);
+        }
+        EXPECT_EQ(HumFilter(rate).filtered(voice), voice);
     }
 }
 
