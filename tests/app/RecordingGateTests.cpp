@@ -1,9 +1,11 @@
-#include "Tessarune/app/RecordingGate.h"
+#include "Tessarune/app/Application.h"
 #include "Tessarune/platform/disk/PosixFileSystem.h"
+#include "TessaruneCore/host/SimulatedHost.h"
 #include "tests/support/TemporaryFolder.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <fstream>
 #include <string>
 #include <vector>
@@ -79,6 +81,21 @@ TEST(RecordingGateTests, NothingIsRecordedWhileNobodyKnowsWhetherTheUserWantsIt)
     EXPECT_FALSE(program.told[0].doubt.empty());
     program.settings.recordWhileCaptioning = true;
     EXPECT_TRUE(program.gate.mayRecord());
+}
+
+TEST(RecordingGateTests, AProgramThatRecordsNothingRepairsAndLeavesTheDataFolder) {
+    const testing::TemporaryFolder folder;
+    for (const char* place : {"XDG_DATA_HOME", "XDG_CONFIG_HOME"})
+        setenv(place, folder.path().c_str(), 1);
+    SimulatedHost host(1000);
+    Application program(host, "program");
+    program.files.createDirectories(program.paths.recordings());
+    EXPECT_FALSE(program.prepareToRecord().obstacle.isThere());
+    EXPECT_TRUE(program.recording.hasDataFolder());
+    program.recording.recordNothing();
+    EXPECT_FALSE(program.prepareToRecord().obstacle.isThere());
+    host.runUntilIdle();
+    EXPECT_FALSE(program.recording.hasDataFolder());
 }
 
 } // namespace
