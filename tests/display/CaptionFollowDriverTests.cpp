@@ -111,6 +111,11 @@ TEST_F(CaptionFollowDriverTests, ReturnsWhenTheReaderHasRested) {
     EXPECT_TRUE(driver.isPinned());
     EXPECT_EQ(list.clipY, 900);
     EXPECT_EQ(std::ranges::count(events, "idleReturnFired"), 1);
+    scroll({300}, true);
+    host.advanceBy(4.9);
+    scroll({300}); // a finger that rests on the list
+    host.advanceBy(0.2);
+    EXPECT_FALSE(driver.isPinned());
 
     scroll({300}, true);
     driver.update(2, 2); // a changed setting takes effect at once

@@ -59,6 +59,17 @@ TEST(TranscriptPlaybackTests, StepsGoFromSentenceToSentence) {
     EXPECT_NEAR(*fixture.player->currentTime, 4, 0.001);
 }
 
+TEST(TranscriptPlaybackTests, RepeatsASentenceOfTheTranscriptThatIsShownNow) {
+    TranscriptFixture fixture;
+    fixture.play();
+    fixture.playback.playSentence(2);
+    HistoryWordTimeline refined;
+    refined.sentences = {{"Words said together.", 2, 13, {}, "audioWord"}};
+    fixture.playback.show({HistoryTranscriptPayload(), refined});
+    fixture.playback.toggleRepeat();
+    EXPECT_EQ(*fixture.player->boundedPlaybackSentenceIndex, 0U);
+}
+
 TEST(PlaybackTelemetryTests, TellsOfJumpsAndCountsOnlyTheTimeThatIsHeard) {
     TranscriptFixture fixture;
     testing::RuntimeLog log(fixture.host);

@@ -129,6 +129,7 @@ TEST_F(AppSettingsTests, TheRecommendedProfileKeepsThePaceAndShowsInTheSummary) 
     settings.smoothPaceMS = 99;
     settings.selectedRecognitionOptionID = "apple-analyzer-en-in";
     settings.trueFreeze = false;
+    settings.translationTargetLanguage = "fr-FR";
     settings.applyInternalBetaRecommendedDefaults();
     EXPECT_EQ(*settings.smoothPaceMS, 99);
     EXPECT_TRUE(*settings.trueFreeze);

@@ -47,6 +47,7 @@ TEST(HistoryWordStatsTests, WhatCountsAsAWord) {
         {"It's Anna's; who'd've thought she'll say I'm here",
          "anna:1 am:1 have:1 here:1 i:1 is:1 it:1 say:1 she:1 thought:1 who:1 will:1 would:1 "},
         {"The dogs' well-known o'clock", "dogs:1 o'clock:1 the:1 well-known:1 "},
+        {"state-of-the-art", "state-of-the-art:1 "},
         {"a b I 3 x2 - 'quoted' x", "a:1 i:1 quoted:1 "},
         {"Café naïve\n\n  café\n", "café:2 naïve:1 "},
         {"我们学习语言", "学习:1 我们:1 语言:1 "},

@@ -62,6 +62,7 @@ TEST(VocabularyTests, ADamagedFileIsKeptAsideAndAFailedSaveLosesNothingInMemory)
         store.addFavorite("word");
         EXPECT_EQ(disk.contentsOf("/data/Vocabulary.json.unreadable"), "earlier");
         EXPECT_EQ(disk.contentsOf("/data/Vocabulary.json.unreadable-2"), damaged);
+        EXPECT_FALSE(disk.exists("/data/Vocabulary.json.unreadable-3")) << "moved only once";
         EXPECT_EQ(*VocabularyStore(disk, vocabularyPaths).favoriteWords(), Words{"word"});
     }
     simulation::FaultyFileSystem disk;

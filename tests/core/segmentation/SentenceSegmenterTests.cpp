@@ -148,6 +148,14 @@ TEST(SentenceSegmenterTests, TheLastPieceIsLiveEvenIfItIsFinished) {
     EXPECT_EQ(SentenceSegmenter::segment(" "), Segmentation());
 }
 
+TEST(SentenceSegmenterTests, AMarkThatComesLaterBelongsToTheCharacterBeforeIt) {
+    const SentenceCuts::Rules rules{true, false, 0, BoundaryUnit::words};
+    SentenceCuts cuts;
+    cuts.cut("好。", rules);
+    cuts.cut("好。\u0301好", rules);
+    EXPECT_EQ(cuts.sentences().size(), 1U) << "no full stop any more";
+}
+
 /// Texts of the given parts, which are hard to cut and rare in random text.
 rc::Gen<std::string> textOf(std::vector<std::string> parts) {
     return rc::gen::map(
