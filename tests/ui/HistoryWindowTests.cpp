@@ -8,12 +8,21 @@
 #include <QSignalSpy>
 #include <QStyleHints>
 #include <QTest>
+#include <cstdlib>
+#include <ctime>
 
 namespace tessarune {
 namespace {
 
 class HistoryWindowTests : public WarningsFail {
   protected:
+    /// In a time zone where it is noon: the recordings of a test are all of one day.
+    HistoryWindowTests() {
+        const std::time_t now = std::time(nullptr);
+        setenv("TZ", ("NOON" + std::to_string(std::gmtime(&now)->tm_hour - 12)).c_str(), 1);
+        tzset();
+    }
+
     void open() {
         history.open();
         ASSERT_TRUE(runUntil([&] { return window().isActive() && !model().list()->isLoading(); }));
