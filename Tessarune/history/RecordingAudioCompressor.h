@@ -71,6 +71,9 @@ class RecordingAudioCompressor {
     /// Compresses the recordings that earlier sessions left uncompressed, one by one and slowly.
     /// Keeps `hold` until then.
     void compressLeftovers(DataFolderHold hold = {});
+    /// Call before the program ends in order without the destructor: the running compression of a
+    /// leftover then does not count as one that ended the program.
+    void endLeftover();
 
     /// Encodes the WAV and returns the updated entry. If `deleteSource` is set, removes the WAV
     /// once the M4A is on the disk, has the recording's length and is in the catalog. Throws
@@ -93,7 +96,6 @@ class RecordingAudioCompressor {
                               std::stop_token stop);
     RecordingMetadata adopt(RecordingMetadata recording, bool deleteSource);
     bool beginLeftover(const UUID& recording);
-    void endLeftover();
     void logBackgroundFailure(const RecordingMetadata& recording, const std::string& error);
     std::int64_t checkedSize(const RecordingMetadata& recording,
                              const std::filesystem::path& output);

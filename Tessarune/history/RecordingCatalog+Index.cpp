@@ -163,8 +163,9 @@ bool RecordingCatalog::deleteAll() {
     bool cleared = false;
     queue_->sync([&] {
         deleted_.merge(loadIndex().index.ids());
+        // The sound goes last: as long as it is there, the history shows what is not deleted yet.
         for (const auto& folder :
-             {paths_.recordings(), paths_.transcripts(), paths_.diagnostics()}) {
+             {paths_.transcripts(), paths_.diagnostics(), paths_.recordings()}) {
             try { // its content first: the folder may be a link to another disk
                 for (const auto& name : files_.list(folder))
                     removeQuietly(folder / name);

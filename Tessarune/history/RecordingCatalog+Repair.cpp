@@ -80,11 +80,19 @@ void RecordingCatalog::reconcileIndex() {
     };
     const auto all = recordings();
     const auto missing = std::count_if(all.begin(), all.end(), isMissing);
-    if (missing == 0 || (missing > 1 && missing == std::ssize(all) && hasNoSound()))
+    const bool isUnmounted = missing > 1 && missing == std::ssize(all) && hasNoSound();
+    // A deletion, but not an unmounted disk, has removed the sidecars, too.
+    const auto isGone = [&](const RecordingMetadata& recording) {
+        return isMissing(recording) &&
+               !(isUnmounted && (files_.exists(entryURL(recording.id)) ||
+                                 files_.exists(transcriptURL(recording.id))));
+    };
+    const auto gone = std::count_if(all.begin(), all.end(), isGone);
+    if (gone == 0)
         return;
-    mutateIndex([&](RecordingIndex& index) { index.removeIf(isMissing); });
+    mutateIndex([&](RecordingIndex& index) { index.removeIf(isGone); });
     TessaruneLog::storage.notice([&] {
-        return "Tessarune catalog reconcile: pruned " + std::to_string(missing) +
+        return "Tessarune catalog reconcile: pruned " + std::to_string(gone) +
                " missing-audio entries";
     });
 }

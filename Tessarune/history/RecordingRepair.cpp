@@ -80,6 +80,8 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
 void RecordingRepair::sortImports(Report& report) {
     using Mark = RecordingCatalog::TranscriptionMark;
     for (const RecordingMetadata& recording : catalog_.recordings()) {
+        if (!files_.exists(recording.filePath))
+            continue; // its disk may not be mounted: until then its mark stays
         const bool hasText = files_.exists(catalog_.transcriptURL(recording.id));
         const Mark mark = catalog_.transcriptionMark(recording.id);
         if (mark == Mark::running) {

@@ -162,7 +162,8 @@ void HistoryRefinementService::cancel(const UUID& recording) {
     else if (!dropped.empty())
         jobs_.mutate([&](Jobs& jobs) { jobs.erase(recording); });
     for (const JobPtr& job : dropped) {
-        settleImport(recording);
+        if (job->dataFolder.hold)
+            settleImport(recording);
         job->outcome.status = Outcome::Status::cancelled;
         job->done.resume(job->outcome);
     }
@@ -194,7 +195,7 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
     Task<void> running = run(job);
     co_await running;
     running_.reset();
-    if (!isEnding_ && isLasting(job->outcome))
+    if (!isEnding_ && job->dataFolder.hold && isLasting(job->outcome))
         settleImport(job->request.recordingID);
     if (isOver(job->outcome, isEnding_))
         removeMark(*job);
@@ -265,7 +266,7 @@ void HistoryRefinementService::leaveToNextStart(Job& job) {
             return;
     } catch (const std::system_error&) { // it is unknown whether there is a text
     }
-    removeMark(job);
+    environment_.catalog.markTranscription(Mark::none, id); // a text may still be saved: then again
 }
 
 /// Whether the recogniser found no text, neither now nor before: this is not a failure that the

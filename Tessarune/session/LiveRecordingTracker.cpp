@@ -115,8 +115,10 @@ void LiveRecordingTracker::saveAgain() {
     const DataFolderLease lease = leaseDataFolder_();
     if (!lease.hold)
         return;
-    if (const auto late = std::exchange(late_, std::nullopt))
-        catalog_.updateTranscripts(late->sourceText, late->bilingualText, late->id);
+    if (late_ &&
+        catalog_.updateTranscripts(late_->sourceText, late_->bilingualText, late_->id).outcome !=
+            RecordingTranscriptSaveOutcome::failed)
+        late_.reset();
     std::erase_if(unsaved_, [this](const Unsaved& texts) { return saveAgain(texts); });
 }
 
@@ -127,6 +129,9 @@ bool LiveRecordingTracker::saveAgain(const Unsaved& texts) {
                                                       texts.timeline, texts.id);
     if (update.outcome == Outcome::failed)
         return false;
+    // Unlisted because the disk was full: a later start lists it again and needs the journal.
+    if (update.outcome == Outcome::skippedDeleted && !catalog_.wasDeleted(texts.id))
+        return true;
     try {
         files_.remove(catalog_.journalURL(texts.id));
     } catch (const std::exception&) { // the next launch removes it

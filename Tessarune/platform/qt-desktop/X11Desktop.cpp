@@ -79,11 +79,13 @@ bool hasTray() {
 
 bool announcesTray(const QByteArray& kind, const void* message) {
     constexpr std::uint8_t sentByClient = 0x80; // a flag of the type
-    xcb_connection_t* const x = connection();
-    if (!x || kind != "xcb_generic_event_t")
+    if (kind != "xcb_generic_event_t")
         return false;
     const auto* const event = static_cast<const xcb_generic_event_t*>(message);
     if ((event->response_type & ~sentByClient) != XCB_CLIENT_MESSAGE)
+        return false;
+    xcb_connection_t* const x = connection();
+    if (!x)
         return false;
     const auto* const client = static_cast<const xcb_client_message_event_t*>(message);
     return client->window == rootOf(x) && client->type == atom(x, "MANAGER") &&

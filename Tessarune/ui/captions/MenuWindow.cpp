@@ -78,7 +78,7 @@ bool MenuWindow::handleKey(QEvent& event) {
     else if (key == Qt::Key_Escape)
         hide();
     else if (auto* const entry = list_->property("currentItem").value<QQuickItem*>();
-             isEntry && entry)
+             isEntry && entry && !static_cast<QKeyEvent&>(event).isAutoRepeat())
         QMetaObject::invokeMethod(entry, "press");
     return true;
 }

@@ -17,7 +17,11 @@ constexpr double quietWaitSeconds = 1; // only a longer wait is worth a message
 
 DesktopListening::DesktopListening(Environment environment) : environment_(std::move(environment)) {
     environment_.sound.onFileEnded = [this](const std::string& problem) { fileEnded(problem); };
-    observations_.follow(store().view().isListening, [this] { updateWaiting(); });
+    observations_.follow(store().view().isListening, [this] {
+        if (!isListening() && !wish_) // a stop after silence, or a start that failed
+            dropFollowing();
+        updateWaiting();
+    });
     observations_.follow(store().view().startsAgain, [this] { updateWaiting(); });
 }
 
@@ -177,12 +181,20 @@ DesktopListening::Wish DesktopListening::nextFile() {
     return wish;
 }
 
+/// No other file is captioned by itself; tells the user how many are left.
+void DesktopListening::dropFollowing() {
+    const auto left = std::exchange(following_, {}).size();
+    if (left > 0)
+        environment_.notices.tell(Topic::file,
+                                  localized("还有 %lld 个文件没有播放。", {std::to_string(left)}));
+}
+
 void DesktopListening::selectSource(const AudioSource& source) {
     if (!wish_ && !isLookingAtFile() && !environment_.sound.isFile())
         return store().selectSource(source);
     const bool restarts = isListening() || isStartQueued();
     look_ = 0;
-    following_.clear();
+    dropFollowing();
     want({.file = {}, .source = source, .starts = restarts});
 }
 

@@ -72,6 +72,7 @@ class DesktopListening {
     bool isStartQueued();
     void updateWaiting();
     std::string followingText() const;
+    void dropFollowing();
     Wish nextFile();
     void startWithSound(const LiveSessionControlTrigger& trigger);
     void fileEnded(const std::string& problem);

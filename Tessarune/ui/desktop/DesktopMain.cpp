@@ -103,18 +103,17 @@ int runDesktopProgram(int argc, char** argv) {
         return usageError;
     }
     // Of several files, the window names those that cannot be heard, and captions the others.
-    if (request.files.size() == 1) {
-        if (const std::string problem = DesktopSound::problemOf(request.files.front());
-            !problem.empty()) {
-            std::cerr << "tessarune: " << problem << "\n";
-            return noInput;
-        }
-    }
+    const std::string problem =
+        request.files.size() == 1 ? DesktopSound::problemOf(request.files.front()) : "";
+    if (!problem.empty())
+        std::cerr << "tessarune: " << problem << "\n";
     SingleInstance instance(TESSARUNE_APPLICATION_ID);
     if (instance.standing() == SingleInstance::Standing::second) {
-        if (const auto status = passOn(instance, request))
-            return *status;
+        if (const auto status = passOn(instance, request)) // its window names the file, too
+            return *status == 0 && !problem.empty() ? noInput : *status;
     }
+    if (!problem.empty())
+        return noInput;
     if (request.has(DesktopAction::stop) && request.actions.size() == 1 && request.files.empty())
         return 0; // no program runs that could be stopped
     return DesktopProgram(signals, instance, request).run();

@@ -71,6 +71,7 @@ void DesktopProgram::watchSystem() {
         const TaskHandle ending = spawn(Executor::main(host_), application_.refinement.end());
         constexpr double markSeconds = 1; // for what the next start takes up
         host_.runByItself([&] { return ending.isFinished(); }, markSeconds);
+        application_.compressor.endLeftover();
     });
 }
 
@@ -119,6 +120,7 @@ Task<void> DesktopProgram::secure(std::function<void()> ready) {
 }
 
 Task<void> DesktopProgram::finish(std::function<void()> ready) {
+    listening_.stop(LiveSessionControlTrigger::applicationWillTerminate());
     co_await session_.stop();
     ready();
     quit();

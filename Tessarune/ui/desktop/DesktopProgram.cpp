@@ -69,17 +69,18 @@ int DesktopProgram::run() {
     showFirst();
     watchSystem();
     instance_.serve([this](const InstanceRequest& request) { handle(request); });
+    for (const DesktopAction action : request_.actions)
+        perform(action);
     // Files on the command line are captioned at once; other sound waits for the user's command.
     if (request_.files.empty())
         listening_.connect();
     else
         listening_.captionFiles(request_.files);
-    for (const DesktopAction action : request_.actions)
-        perform(action);
     const int status = QGuiApplication::exec();
     if (store().isStopping()) {
         // Saving takes longer than the program may wait. The threads that save still use objects
         // that an orderly exit would destroy; the next start completes the unfinished work.
+        application_.compressor.endLeftover();
         application_.logger.flush();
         std::_Exit(status);
     }

@@ -76,6 +76,7 @@ Item {
     }
     Shortcut {
         sequences: WindowKeys.menu
+        enabled: !root.menuOpen
         onActivated: menu.openAt(root, 12, 12)
     }
 }
