@@ -180,12 +180,15 @@ TEST_F(RecordingCatalogTests, ADiskThatDoesNotAnswerCostsNoEntry) {
     disk.recover();
     EXPECT_EQ(order(), "b a ") << "sound that cannot be looked at is not gone";
     disk.remove("/data/recordings.json");
-    add(30, "c.wav");
+    const UUID deleted = add(30, "c.wav");
     EXPECT_EQ(order(), "c b a ") << "a list that somebody took away comes back";
     for (const char* sound : {"/data/Recordings/a.wav", "/data/Recordings/c.wav"})
         disk.remove(sound);
     catalog.reconcileIndex();
     EXPECT_EQ(order(), "c b a ") << "the disk of the sound may not be mounted";
+    disk.remove(paths.transcripts() / (deleted.text() + ".recording.json"));
+    catalog.reconcileIndex();
+    EXPECT_EQ(order(), "b a ") << "the index missed a deletion";
     add(40, "d.wav");
     catalog.reconcileIndex();
     EXPECT_EQ(order(), "d ");

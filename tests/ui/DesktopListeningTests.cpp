@@ -114,6 +114,11 @@ TEST_F(DesktopListeningTests, FilesFollowEachOtherUntilAStop) {
     listening.captionFiles({first});
     ASSERT_TRUE(runUntil([&] { return heard.back().empty(); }));
     EXPECT_EQ(heard, (Strings{"long.wav", "first.wav", ""}));
+
+    listening.captionFiles({folder / "long.wav", second});
+    ASSERT_TRUE(isPhase(LiveSessionPhase::listening));
+    session.store().stopListening(script); // as after silence
+    EXPECT_TRUE(notices.text()->starts_with(localized("还有 %lld 个文件没有播放。", {"1"})));
 }
 
 TEST(DesktopRequestTests, AnArgumentIsAnActionOrAFileOrAMistake) {
