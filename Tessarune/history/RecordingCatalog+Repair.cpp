@@ -80,6 +80,8 @@ void RecordingCatalog::reconcileIndex() {
     };
     const auto all = recordings();
     const auto missing = std::count_if(all.begin(), all.end(), isMissing);
+    if (missing == 0)
+        return;
     const bool isUnmounted = missing > 1 && missing == std::ssize(all) && hasNoSound();
     // A deletion, but not an unmounted disk, has removed the sidecars, too.
     const auto isGone = [&](const RecordingMetadata& recording) {

@@ -55,20 +55,25 @@ void talk(StagedCaptions& captions) {
 }
 
 void wantEverything(StagedCaptions& captions) {
-    AppSettings& settings = captions.settings;
-    for (auto* const button :
-         {&settings.showSwapCaptionOrderInSubtitleToolbar,
-          &settings.showLayoutModeInSubtitleToolbar, &settings.showCopyBilingualInSubtitleToolbar,
-          &settings.showCopyOriginalInSubtitleToolbar,
-          &settings.showClearSubtitlesInSubtitleToolbar, &settings.showHistoryInSubtitleToolbar})
-        *button = true;
+    captions.showAllButtons();
     captions.session.inputDevices = std::vector<AudioInputDevices::Device>{
         {"usb", "USB Microphone", true},
         {"long", "Sennheiser SC 165 USB Headset Analog Stereo (front left, front right)", false}};
 }
 
+void talkWithEverything(StagedCaptions& captions) {
+    wantEverything(captions);
+    talk(captions);
+}
+
 void press(StagedCaptions& captions, Qt::MouseButton button, QPoint point) {
     QTest::mouseClick(&captions.window->window(), button, {}, point);
+}
+
+void pressInSmallWindow(StagedCaptions& captions, Qt::MouseButton button, QPoint point) {
+    captions.window->window().resize(380, 180);
+    runFor(100);
+    press(captions, button, point);
 }
 
 const Picture pictures[] = {
@@ -198,26 +203,14 @@ const Picture pictures[] = {
      [](StagedCaptions& c) {
          press(c, Qt::RightButton, {300, 20});
      }},
-    {"small",
-     [](auto& c) {
-         wantEverything(c);
-         talk(c);
-     },
+    {"small", talkWithEverything,
      [](StagedCaptions& c) {
-         c.window->window().resize(380, 180);
-         runFor(100);
-         press(c, Qt::RightButton, {200, 120});
+         pressInSmallWindow(c, Qt::RightButton, {200, 120});
      },
      false},
-    {"small-sources",
-     [](auto& c) {
-         wantEverything(c);
-         talk(c);
-     },
+    {"small-sources", talkWithEverything,
      [](StagedCaptions& c) {
-         c.window->window().resize(380, 180);
-         runFor(100);
-         press(c, Qt::LeftButton, {140, 22});
+         pressInSmallWindow(c, Qt::LeftButton, {140, 22});
      },
      false},
     {"half", wantEverything, [](auto& c) { c.window->window().resize(520, 260); }, false},

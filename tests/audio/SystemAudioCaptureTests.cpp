@@ -290,7 +290,7 @@ TEST_F(SystemAudioCaptureTests, GoesOnAfterWhateverTookTheSoundAwayAndReportsThe
     host.advanceBy(0.1);
     server.openFailure.reset();
     host.advanceBy(0.5);
-    EXPECT_EQ(server.openSources().size(), 1U) << "the pauses begin anew";
+    EXPECT_EQ(server.openSources().size(), 1U) << "the pauses are as short as at first";
 }
 
 TEST_F(SystemAudioCaptureTests, LateFirstSoundOfAnotherOutputIsAHoleAndLateSoundIsNot) {

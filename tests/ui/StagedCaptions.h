@@ -91,6 +91,16 @@ class StagedCaptions {
         session.isListening = phase == LiveSessionPhase::listening;
         session.sessionPhase = phase;
     }
+    /// Puts every button into the toolbar.
+    void showAllButtons() {
+        for (auto* const button : {&settings.showSwapCaptionOrderInSubtitleToolbar,
+                                   &settings.showLayoutModeInSubtitleToolbar,
+                                   &settings.showCopyBilingualInSubtitleToolbar,
+                                   &settings.showCopyOriginalInSubtitleToolbar,
+                                   &settings.showClearSubtitlesInSubtitleToolbar,
+                                   &settings.showHistoryInSubtitleToolbar})
+            *button = true;
+    }
     void publish() {
         ++frame.sourceRevision;
         display.update(frame);

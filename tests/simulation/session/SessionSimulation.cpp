@@ -119,7 +119,7 @@ void SessionSimulation::actOnSession(const std::string& action) {
         const std::string before = *session_.settings.selectedRecognitionOptionID;
         const bool isListening = *store.view().isListening;
         store.selectRecognitionOption(oneOf(ModelCatalog::recognitionOptions()).id);
-        // The captions begin anew, and the transcript does not.
+        // This empties the captions, but not the transcript.
         if (isListening && !said.empty() &&
             *session_.settings.selectedRecognitionOptionID != before)
             said_ += said + "\n";
