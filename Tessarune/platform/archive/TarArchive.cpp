@@ -71,8 +71,8 @@ void check(archive* writer, la_ssize_t result) {
         throw std::runtime_error(archive_error_string(writer));
 }
 
-/// Adds a file. If it grows meanwhile, it is cut at its initial size; if it shrinks, it is padded
-/// with zeros.
+/// Adds a file. If the file grows meanwhile, its entry keeps the initial size; if the file shrinks,
+/// its entry is padded with zeros.
 void add(archive* writer, const Entry& file) {
     const OpenFile source(file.path, O_RDONLY);
     const struct stat facts = source.facts();

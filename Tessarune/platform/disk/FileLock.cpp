@@ -16,7 +16,7 @@ namespace tessarune {
 
 namespace {
 
-/// Whether it succeeds. Never waits.
+/// Tries to take the lock; returns whether it succeeded. Never waits.
 bool lockNow(int file, int kind) {
     return uninterrupted([&] { return ::flock(file, kind | LOCK_NB); }) == 0;
 }

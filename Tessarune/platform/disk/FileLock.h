@@ -7,21 +7,21 @@
 
 namespace tessarune {
 
-/// A lock that one process at a time can hold, on a file or folder. It ends with the object or with
-/// the process, even if that crashes; the file remains.
+/// A lock on a file or folder, which one object at a time can hold, among all processes. It ends
+/// with the object, or with the process even after a crash; the file remains.
 class FileLock {
   public:
     /// Locks a file that has no other purpose, and creates it if needed. Returns `nullopt` if the
     /// lock is held already. Throws std::system_error if the file cannot be opened or locked.
     static std::optional<FileLock> tryToTake(const std::filesystem::path& path);
 
-    /// Locks the folder itself. Waits at most `seconds` for another holder; returns `nullopt` after
-    /// that, or if the folder cannot be opened.
+    /// Locks the folder itself. Blocks for at most `seconds` while another holder has the lock;
+    /// returns `nullopt` after that, or if the folder cannot be opened.
     static std::optional<FileLock> waitForFolder(const std::filesystem::path& folder,
                                                  double seconds);
 
-    /// Whether the lock is held. Does not create the file. For a moment, others cannot take the
-    /// lock.
+    /// Whether the lock is held. Does not create the file. During the check, nobody else can take
+    /// the lock.
     static bool isTaken(const std::filesystem::path& path);
 
     FileLock(FileLock&& other) noexcept : file_(std::exchange(other.file_, -1)) {}

@@ -13,9 +13,9 @@ namespace tessarune {
 /// need not exist; its folder must.
 class FileWatch {
   public:
-    /// `onChange` is called on the main queue, once for simultaneous changes, and never after the
-    /// destructor, which must run on the main queue, too. Throws std::system_error if the folder
-    /// cannot be watched.
+    /// `onChange` is called on the main queue; simultaneous changes may cause a single call. It is
+    /// never called after the destructor, which must run on the main queue, too. Throws
+    /// std::system_error if the folder cannot be watched.
     FileWatch(const std::filesystem::path& file, Host& host, std::function<void()> onChange);
     ~FileWatch();
     FileWatch(const FileWatch&) = delete;

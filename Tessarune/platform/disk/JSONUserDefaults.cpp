@@ -13,11 +13,12 @@ using Json = JSON::Value;
 
 namespace {
 
-/// How long to wait for the lock: a program that is suspended during a write must not block others.
+/// How long to wait for the lock. Then the change is written without it, because a program that is
+/// suspended during a write must not block others.
 constexpr double longestWaitSeconds = 5;
 
 /// Follows symbolic links, so that a link to settings elsewhere is kept and its target is replaced.
-/// Returns `file` itself if the target is not a regular file, such as a device, which must never be
+/// Returns `file` itself if the target is a device or another special file, which must never be
 /// moved or replaced.
 std::filesystem::path linkedFile(const std::filesystem::path& file) {
     constexpr int maximumLinks = 40; // the limit of the kernel
@@ -25,9 +26,9 @@ std::filesystem::path linkedFile(const std::filesystem::path& file) {
     std::filesystem::path target = file;
     for (int i = 0; i < maximumLinks && std::filesystem::is_symlink(target, error); ++i)
         target = target.parent_path() / std::filesystem::read_symlink(target, error);
-    const bool isOther =
+    const bool isSpecial =
         std::filesystem::exists(target, error) && !std::filesystem::is_regular_file(target, error);
-    return isOther ? file : target;
+    return isSpecial ? file : target;
 }
 
 } // namespace
@@ -56,7 +57,7 @@ void JSONUserDefaults::watch(Host& host) {
 
 void JSONUserDefaults::handleChange() {
     // After a failed write the memory is newer than the file.
-    if (!problem_.empty() && !readOnly_)
+    if (!problem_.empty() && !isFileUnreadable_)
         return;
     load();
     if (onChange_)
@@ -72,10 +73,10 @@ void JSONUserDefaults::load() {
             throw std::runtime_error(
                 localized("%@ does not contain a JSON object", {file_.string()}));
         content_->object = std::move(parsed);
-        readOnly_ = false;
+        isFileUnreadable_ = false;
         problem_.clear();
     } catch (const std::exception& error) {
-        readOnly_ = true;
+        isFileUnreadable_ = true;
         problem_ = error.what();
         TessaruneLog::storage.fault(
             [&] { return "Tessarune settings not understood: " + problem_; });
@@ -83,7 +84,7 @@ void JSONUserDefaults::load() {
 }
 
 void JSONUserDefaults::store() {
-    if (readOnly_)
+    if (isFileUnreadable_)
         return;
     const std::string before = problem_;
     try {
@@ -127,11 +128,11 @@ std::optional<SettingValue> JSONUserDefaults::value(std::string_view key) const 
 }
 
 bool JSONUserDefaults::isUnreadable(std::string_view key) const {
-    return content_->object.contains(key) ? !value(key) : readOnly_;
+    return content_->object.contains(key) ? !value(key) : isFileUnreadable_;
 }
 
 std::filesystem::path JSONUserDefaults::keepAside() {
-    if (!readOnly_)
+    if (!isFileUnreadable_)
         return {};
     std::filesystem::path aside = file_;
     aside += ".unreadable";
@@ -143,7 +144,7 @@ std::filesystem::path JSONUserDefaults::keepAside() {
         problem_ = error.what();
         return {};
     }
-    readOnly_ = false;
+    isFileUnreadable_ = false;
     problem_.clear();
     return aside;
 }

@@ -51,7 +51,7 @@ class JSONUserDefaults final : public UserDefaults {
     FileSystem& files_;
     std::filesystem::path file_;
     std::unique_ptr<Content> content_;
-    bool readOnly_ = false;
+    bool isFileUnreadable_ = false; // the file is not written then
     std::string problem_;
     std::function<void()> onChange_;
     std::unique_ptr<FileWatch> watch_; // destroyed first: its callback uses the other members

@@ -5,7 +5,7 @@
 namespace tessarune {
 
 /// Repeats a system call for as long as signals interrupt it, and returns its result. Not for
-/// `close`, which closes the file even then.
+/// `close`, which closes the file even if a signal interrupts it.
 template <typename Call>
 auto uninterrupted(const Call& call) {
     for (;;) {

@@ -30,7 +30,7 @@ AudioBufferPtr piece(const AudioBuffer& block, std::size_t first, std::size_t fr
     return part;
 }
 
-/// Reads the file for one listener, with the number of channels that it requests. Used on the
+/// Reads the file for one stream, with the number of channels that the stream requests. Used on the
 /// reader's queue.
 struct PlayedFile {
     std::unique_ptr<MediaFile> file;
@@ -46,7 +46,7 @@ struct PlayedFile {
 
 } // namespace
 
-/// Outlives the server while work is still in progress.
+/// The file and what is known about it. Outlives the server while work is still in progress.
 class FileSoundServer::Source : public std::enable_shared_from_this<Source> {
   public:
     Source(Host& host, Media media, std::filesystem::path path)
@@ -61,7 +61,8 @@ class FileSoundServer::Source : public std::enable_shared_from_this<Source> {
         co_await opening;
     }
 
-    /// Hands over the opened file; opens it again for each later stream. On the reader's queue.
+    /// Returns the opened file for one stream; opens it again for each later stream. On the
+    /// reader's queue.
     std::shared_ptr<PlayedFile> take(int channels) {
         openOnce();
         auto played = std::make_shared<PlayedFile>();
@@ -145,7 +146,7 @@ Task<void> keepPace(Playing& playing, double startedAt, double delivered, std::s
             co_await sleep(playing.executor, ahead, stop);
         co_return;
     }
-    // The listener only advances, so most of the time there is no need to ask.
+    // The listener only advances, so its last known progress usually suffices.
     while (!stop.stop_requested() && delivered - playing.heard > playing.pace.lead) {
         playing.heard = playing.pace.heardSeconds();
         if (delivered - playing.heard > playing.pace.lead)

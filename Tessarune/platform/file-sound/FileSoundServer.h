@@ -29,7 +29,7 @@ class FileSoundServer final : public SoundServer {
         static Pace following(std::function<double()> heardSeconds, double lead) {
             return {std::move(heardSeconds), lead};
         }
-        std::function<double()> heardSeconds;
+        std::function<double()> heardSeconds; ///< empty at real speed
         double lead = 0;
     };
     /// The functions of the media library that the server uses.

@@ -7,10 +7,10 @@
 
 namespace tessarune {
 
-/// A shared library that is loaded on first use, because it depends on many others: FFmpeg's
-/// libraries on a hundred, whose loading takes a fifth of the program's start-up time. Some of
-/// these start threads while they are loaded; such a thread would receive the signals that the
-/// program has not blocked yet.
+/// A shared library that is loaded on first use instead of at the program's start. FFmpeg's
+/// libraries depend on a hundred others, whose loading takes a fifth of the start-up time. Some
+/// libraries also start threads while they are loaded; at the program's start, such a thread would
+/// receive the signals that the program has not blocked yet.
 ///
 /// Any thread. The library stays loaded until the process ends.
 class LateLibrary {

@@ -7,7 +7,7 @@
 namespace tessarune {
 
 std::optional<std::string> detectedLanguage(std::string_view text) {
-    // Bytes: enough to detect the language, and a limit on the cost of a long transcript.
+    // In bytes. Enough to detect the language; limits the cost of a long transcript.
     constexpr std::size_t longestSample = 64UL * 1024;
     bool isReliable = false;
     int validBytes = 0; // unused: the language of invalid UTF-8 is UNKNOWN_LANGUAGE anyway

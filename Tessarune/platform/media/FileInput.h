@@ -14,9 +14,9 @@ namespace tessarune::ffmpeg {
 /// playlist does, are never opened. Also reads pipes, without seeking; "-" is standard input.
 class FileInput {
   public:
-    /// Throws MediaFileError: `cancelled` after a request of `stop` while it waits for a pipe, and
-    /// `notMedia` for a pipe if `stop` can never be requested, because nothing could end such a
-    /// wait.
+    /// Opens the file and reads its beginning. Throws MediaFileError. A request of `stop` ends a
+    /// wait for a pipe with `cancelled`. If `stop` can never be requested, a pipe is refused as
+    /// `notMedia`, because nothing could end a wait for it.
     explicit FileInput(const std::filesystem::path& path, std::stop_token stop = {});
     ~FileInput();
     FileInput(const FileInput&) = delete;

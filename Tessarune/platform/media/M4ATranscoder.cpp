@@ -23,8 +23,8 @@ using Kind = MediaFileError::Kind;
 
 constexpr double progressStep = 0.005;
 
-/// Flushes a file, or a folder with the flag O_DIRECTORY: the file must not get its name before its
-/// bytes are on the disk, and must not lose it afterwards.
+/// Flushes a file, or a folder with the flag O_DIRECTORY: the file must not get its final name
+/// before its bytes are on the disk, and must not lose that name afterwards.
 void synchronize(const std::filesystem::path& path, int flags) {
     const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags);
     const bool isFlushed = file >= 0 && ::fsync(file) == 0;

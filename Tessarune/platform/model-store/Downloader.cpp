@@ -17,7 +17,7 @@ namespace {
 
 /// The limit in bytes for a file of unknown size; no model is larger.
 constexpr std::uint64_t largestUnknownFile = 2'000'000'000;
-/// The limit for a file of unknown unpacked size.
+/// The limit for a file of unknown unpacked size, as a multiple of its packed size.
 constexpr std::uint64_t largestUnpackingRatio = 20;
 
 [[noreturn]] void fail(const std::string& name, const std::string& url, const std::string& reason) {
@@ -72,7 +72,8 @@ class Fetch {
           progress_(std::move(progress)),
           tries_(policy) {}
 
-    /// Whether the file is stored already and its checksum matches. Removes it otherwise.
+    /// Whether the file is stored already and its checksum matches. Removes a file whose checksum
+    /// differs.
     bool hasValidTarget() {
         if (!files_.exists(target_))
             return false;
@@ -164,7 +165,7 @@ class Fetch {
             return State::done;
         }
         files_.remove(part_);
-        // It may consist of parts of different editions: fetches it once more.
+        // The removed file may have consisted of parts of different editions: fetch it once more.
         if (wasContinued_ && !std::exchange(hasRestarted_, true))
             return State::again;
         fail(file_.name, file_.url, wrong);

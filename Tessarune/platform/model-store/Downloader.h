@@ -45,8 +45,8 @@ struct DownloadPolicy {
     /// An address that replaces the servers of all files; empty for the original servers. See
     /// `mirrored`.
     std::string mirror = mirrorFromEnvironment();
-    /// Called for each download if `mirror` is empty, on the downloading thread; returns the
-    /// address of a mirror or nothing. May be empty.
+    /// Called for each download if `mirror` is empty, on the downloading thread. Returns the
+    /// address of a mirror, or an empty text for the original servers. May be empty.
     std::function<std::string()> chosenMirror{};
     /// Reports each failed attempt, on the downloading thread. May be empty.
     std::function<void(const DownloadTrouble&)> onTrouble{};
@@ -64,8 +64,8 @@ struct DownloadPolicy {
 /// `wget --force-directories` writes them: https://host/path becomes <mirror>/host/path.
 std::string mirrored(const std::string& url, const std::string& mirror);
 
-/// Fetches and verifies single files, and retries after failures. Not thread-safe; each fetch runs
-/// on its executor alone and blocks it while bytes arrive.
+/// Fetches and verifies single files, and retries after failures. Each fetch runs on its own
+/// executor and blocks it while bytes arrive; fetches of different files may run at the same time.
 class Downloader {
   public:
     Downloader(FileSystem& files, DownloadPolicy policy)

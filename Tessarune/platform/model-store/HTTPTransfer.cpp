@@ -30,6 +30,13 @@ TESSARUNE_CALL(curl_global_init);
 TESSARUNE_CALL(curl_strnequal);
 #undef TESSARUNE_CALL
 
+// HTTP status codes
+constexpr long partialContent = 206;
+constexpr long requestTimeout = 408;
+constexpr long rangeNotSatisfiable = 416;
+constexpr long tooManyRequests = 429;
+constexpr long firstServerError = 500;
+
 constexpr long maximumRedirections = 5;
 /// The minimum speed of a download; a slower one counts as stalled.
 constexpr long slowestBytesPerSecond = 100;
@@ -72,8 +79,8 @@ std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* con
 bool beginBody(Exchange& exchange) {
     long status = 0;
     curl_easy_getinfo(exchange.handle, CURLINFO_RESPONSE_CODE, &status);
-    exchange.received = status == 206 ? exchange.request.offset : 0;
-    if (status == 206 && exchange.rangeStart != exchange.request.offset) {
+    exchange.received = status == partialContent ? exchange.request.offset : 0;
+    if (status == partialContent && exchange.rangeStart != exchange.request.offset) {
         exchange.rangeWasWrong = true;
         return false;
     }
@@ -148,7 +155,7 @@ bool isWorthRetrying(CURLcode code, long status) {
     case CURLE_WEIRD_SERVER_REPLY:
         return true;
     case CURLE_HTTP_RETURNED_ERROR:
-        return status == 408 || status == 429 || status >= 500;
+        return status == requestTimeout || status == tooManyRequests || status >= firstServerError;
     default:
         return false;
     }
@@ -195,7 +202,8 @@ TransferOutcome outcomeOf(CURLcode code, const Exchange& exchange, const char* m
         outcome.reason = localized("stopped");
     } else if (exchange.isTooLong) {
         outcome.reason = localized("the server sends more than the file's size");
-    } else if (exchange.rangeWasWrong || (code == CURLE_HTTP_RETURNED_ERROR && status == 416)) {
+    } else if (exchange.rangeWasWrong ||
+               (code == CURLE_HTTP_RETURNED_ERROR && status == rangeNotSatisfiable)) {
         outcome.kind = Kind::again;
         outcome.rangeWasWrong = true;
         outcome.reason = localized("the server did not send the requested part");

@@ -13,7 +13,7 @@ namespace tessarune {
 struct TransferRequest {
     std::string url;
     std::uint64_t offset = 0; ///< bytes received already
-    std::uint64_t limit = 0;  ///< the maximum total size
+    std::uint64_t limit = 0;  ///< the maximum size of the whole file, in bytes
 
     double connectSeconds = 15;
     double stallSeconds = 20; ///< the maximum time with less than 100 bytes per second
@@ -35,9 +35,9 @@ struct TransferOutcome {
     std::string contentType{};  ///< as the server sent it; empty if it sent none
 };
 
-/// Receives the data. `begin` is called once before the first byte of an accepted body, with the
-/// offset of that byte: that of the request, or 0 if the server sends the whole file. Exceptions of
-/// both functions end the transfer and propagate from `transfer`.
+/// Receives the data. `begin` is called once before the first byte of an accepted body. Its
+/// argument is that byte's offset in the file: the requested one, or 0 if the server sends the
+/// whole file. Exceptions of both functions end the transfer and propagate from `transfer`.
 struct TransferSink {
     std::function<void(std::uint64_t offset)> begin;
     std::function<void(std::string_view bytes)> bytes;

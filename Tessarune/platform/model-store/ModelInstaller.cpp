@@ -162,7 +162,7 @@ struct ModelInstaller::Shared {
                                 job->stop.get_token()))
                 throw DownloadStopped();
         }
-        // Another process may have installed it.
+        // Another process may have installed the model meanwhile.
         const std::string currentFlaw = co_await flaw(self, model.kind, model.name, model.trial);
         if (currentFlaw.empty())
             co_return;

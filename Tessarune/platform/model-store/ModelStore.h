@@ -70,7 +70,7 @@ class ModelStore {
     static void verify(const StoredModel& model);
 
     /// Removes a model from the user's part, with the remains of an interrupted download. Throws
-    /// std::runtime_error if it does not exist, is in another part or is being downloaded,
+    /// std::runtime_error if it does not exist, is in a read-only part or is being downloaded,
     /// std::invalid_argument if the name is not safe, std::system_error if the disk fails.
     void remove(ModelKind kind, std::string_view name);
 

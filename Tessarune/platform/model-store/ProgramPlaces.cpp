@@ -13,7 +13,8 @@ namespace {
 using Path = std::filesystem::path;
 
 /// The possible folders, best first. `variable` is the environment variable with which a developer
-/// or a package puts another folder first.
+/// or a package puts another folder first. `installed` is relative to the program's folder, `built`
+/// to the folder "build" of the sources.
 std::vector<Path> places(const char* variable, const char* installed, const char* built) {
     std::vector<Path> found;
     if (const char* value = std::getenv(variable); value != nullptr && *value != '\0')
