@@ -100,8 +100,8 @@ class ProcessAttributes {
     posix_spawnattr_t attributes_;
 };
 
-/// Waits for a process and returns its status. Kills one that hangs, because other exports wait for
-/// this one. Throws if it had to kill the process, or if waiting fails.
+/// Waits for a process and returns its status. Kills a process that hangs, because other exports
+/// wait for this one. Throws after killing the process, or if waiting fails.
 int waitForEnd(pid_t process) {
     constexpr int maximumMilliseconds = 180'000; // eight hours of text take some seconds
     // The C library of Debian 12 declares pidfd_open wrongly for C++.

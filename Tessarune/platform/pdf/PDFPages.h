@@ -38,7 +38,7 @@ class PDFPages {
     /// Draws a bar at `x` from here to `endBar`, on every page.
     void beginBar(double x, double width, const QColor& color);
     void endBar();
-    /// Starts a new page if less than `height` is left on this one, unless this one is empty.
+    /// Starts a new page if the current one is not empty and has less room than `height`.
     void ensureRoom(double height);
 
   private:

@@ -11,8 +11,8 @@ namespace tessarune::PDFUnicodeMaps {
 using Map = std::vector<QString>;
 
 /// Returns the file with `maps` in place of its own: one for each font, in the order in which the
-/// fonts were first used. Returns it unchanged if it has another number of fonts, or if QPdfWriter
-/// has laid it out differently than expected.
+/// fonts were first used. Returns the file unchanged if it has another number of fonts, or if
+/// QPdfWriter has laid it out differently than expected.
 QByteArray replaced(const QByteArray& pdf, const std::vector<Map>& maps);
 
 } // namespace tessarune::PDFUnicodeMaps

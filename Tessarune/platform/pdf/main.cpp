@@ -1,6 +1,8 @@
 // Reads a transcript as JSON from standard input and writes it as a PDF to standard output.
 #include "Tessarune/platform/pdf/HistoryTranscriptPDFWriter.h"
 
+#include <sysexits.h>
+
 #include <QGuiApplication>
 #include <iostream>
 #include <iterator>
@@ -13,9 +15,9 @@ int main(int argc, char** argv) {
     const auto document = HistoryTranscriptPDFDocument::decoded(input);
     if (!document) {
         std::cerr << "tessarune-pdf: standard input is not a transcript\n";
-        return 65;
+        return EX_DATAERR;
     }
     const QByteArray pdf = HistoryTranscriptPDFWriter::pdf(*document);
     std::cout.write(pdf.constData(), pdf.size()).flush();
-    return std::cout ? 0 : 74;
+    return std::cout ? EX_OK : EX_IOERR;
 }

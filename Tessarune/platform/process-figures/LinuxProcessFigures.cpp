@@ -130,6 +130,7 @@ std::vector<ProcessFigures::Thread> LinuxProcessFigures::threads() {
             continue; // the thread has ended meanwhile
         std::istringstream fields(stat.substr(bracket + 1));
         const std::vector<std::string> values{std::istream_iterator<std::string>(fields), {}};
+        // Places after the name, as listed in proc(5)
         constexpr std::size_t flagsAt = 6;
         constexpr std::size_t userAt = 11;
         constexpr std::size_t systemAt = 12;

@@ -177,11 +177,12 @@ class OutputQuery {
                                                                              pa_mainloop_free);
         pa_context* context = pa_context_new(pa_mainloop_get_api(loop.get()), "Tessarune");
         const auto deadline = Clock::now() + 1s;
+        constexpr int pollMicroseconds = 50'000;
         bool asked = false;
         if (pa_context_connect(context, address.c_str(), PA_CONTEXT_NOAUTOSPAWN, nullptr) == 0) {
             while (!answered_ && Clock::now() < deadline &&
                    PA_CONTEXT_IS_GOOD(pa_context_get_state(context))) {
-                pa_mainloop_prepare(loop.get(), 50'000);
+                pa_mainloop_prepare(loop.get(), pollMicroseconds);
                 pa_mainloop_poll(loop.get());
                 pa_mainloop_dispatch(loop.get());
                 if (!asked && pa_context_get_state(context) == PA_CONTEXT_READY)
@@ -271,7 +272,7 @@ void PrivateSoundServer::start() {
         std::filesystem::create_directories(folder_ / "main.lua.d");
         std::ofstream(folder_ / "main.lua.d" / "50-components.lua") << wirePlumberComponents;
         launch({"pipewire", "-c", main.string()});
-        // The other programs exit if they cannot connect to it yet.
+        // The other programs exit if they cannot connect to PipeWire yet.
         const auto deadline = Clock::now() + 5s;
         while (!isListening(folder_ / "pipewire-0") && Clock::now() < deadline)
             std::this_thread::sleep_for(10ms);
@@ -325,7 +326,7 @@ void PrivateSoundServer::launch(const std::vector<std::string>& command) {
         sigset_t none;
         sigemptyset(&none);
         sigprocmask(SIG_SETMASK, &none, nullptr);
-        setpgid(0, 0); // keeps Ctrl-C from the server: the program ends it when it is ready
+        setpgid(0, 0); // keeps Ctrl-C from the server, which the program ends by itself
         execvpe(arguments[0], arguments.data(), variables.data());
         _exit(127);
     }

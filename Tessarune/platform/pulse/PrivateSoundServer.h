@@ -38,7 +38,7 @@ class PrivateSoundServer {
 
     /// Kills the processes, as a crash would.
     void kill();
-    /// Starts them again, at the same address.
+    /// Ends the processes that still run, and starts the server again at the same address.
     void restart();
 
   private:

@@ -17,8 +17,8 @@ namespace tessarune {
 /// pauses. It never starts a server: a user who has ended the server does not want it back, and a
 /// server without hardware would hide that the hardware is missing.
 ///
-/// Any thread, unless noted: "under the lock" is that of the loop. Owned by the sound server and
-/// its streams, never by the loop's thread.
+/// Any thread, unless noted; "the lock" is the lock of the loop. Owned by the sound server and its
+/// streams. The loop's thread must not destroy it.
 class PulseConnection {
   public:
     static constexpr double connectTimeoutSeconds = 5.0;
@@ -63,7 +63,7 @@ class PulseConnection {
     // Under the loop's lock:
     pa_context* context_ = nullptr;
     bool isReady_ = false;
-    bool isMaintained_ = false;         ///< the first attempt has succeeded
+    bool isMaintained_ = false;         ///< whether an attempt has ever succeeded
     double pauseSeconds_ = 0;           ///< before the last retry
     std::unique_ptr<PulseTimer> timer_; ///< limits the running attempt, or starts the next one
     PulseDeviceList list_;

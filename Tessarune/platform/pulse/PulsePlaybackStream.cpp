@@ -208,7 +208,7 @@ void PulsePlaybackStream::flush() {
         this));
 }
 
-/// After a flush, the next write is heard at the server's write position.
+/// Asks for the server's write position: the next write after a flush is heard there.
 void PulsePlaybackStream::requestOrigin() {
     flushing_.reset(pa_stream_update_timing_info(
         stream_.get(),
@@ -252,7 +252,9 @@ void PulsePlaybackStream::requestTiming() const {
         return;
     measuring_.reset(pa_stream_update_timing_info(
         stream_.get(),
-        [](pa_stream*, int, void* asking) { static_cast<PulseOperationPtr*>(asking)->reset(); },
+        [](pa_stream*, int, void* measuring) {
+            static_cast<PulseOperationPtr*>(measuring)->reset();
+        },
         &measuring_));
 }
 
@@ -261,7 +263,8 @@ double PulsePlaybackStream::heardSeconds() const {
     if (endReason_ || !stream_ || flushing_)
         return heard_;
     requestTiming();
-    // The server may have run out of sound while this process was suspended.
+    // While this process was suspended, the server may have run out of sound: the position never
+    // passes the sound that was sent.
     const double sentSeconds = static_cast<double>(sent_) / format_.channels / format_.sampleRate;
     heard_ = std::clamp(streamSeconds() - origin_, 0.0, sentSeconds);
     return heard_;

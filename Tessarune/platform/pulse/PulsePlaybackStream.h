@@ -53,7 +53,7 @@ class PulsePlaybackStream final : public PlaybackStream {
     AudioFormat format_;
     pa_sample_spec spec_{};
 
-    // Under the loop's lock:
+    // Under the loop's lock; times are in seconds:
     PulseStreamPtr stream_;
     PulseTimer timer_;
     std::optional<OneShot<PulseOutcome>> waiter_; // for the running `open`, `write` or `drain`

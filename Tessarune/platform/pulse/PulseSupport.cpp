@@ -86,7 +86,7 @@ void closeStream(PulseStreamPtr stream) {
         pa_stream_disconnect(stream.get());
         return;
     }
-    // Ends it when it is ready; the context keeps it alive until then.
+    // Ends the stream when it is ready; the context keeps it alive until then.
     pa_stream_set_state_callback(
         stream.get(),
         [](pa_stream* created, void*) {

@@ -86,8 +86,8 @@ struct PulseOperationCancel {
 /// Under the loop's lock.
 using PulseOperationPtr = std::unique_ptr<pa_operation, PulseOperationCancel>;
 
-/// Lets an operation run that reports its end through its callback. Returns false if it is null,
-/// because it could not be started.
+/// Lets a started operation run to its end, which its callback reports. Returns false if
+/// `operation` is null because it could not be started.
 inline bool begin(pa_operation* operation) {
     if (operation)
         pa_operation_unref(operation);

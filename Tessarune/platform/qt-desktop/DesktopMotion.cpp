@@ -22,7 +22,7 @@ constexpr struct {
                    {"org.gnome.desktop.interface", "enable-animations", 0},
                    {"org.kde.kdeglobals.KDE", "AnimationDurationFactor", 0}};
 
-/// `Read` wraps its result in one more variant.
+/// The portal's method `Read` wraps each value in an additional variant.
 QVariant unwrapped(QVariant value) {
     while (value.canConvert<QDBusVariant>())
         value = value.value<QDBusVariant>().variant();

@@ -30,8 +30,8 @@ class SingleInstance : public QObject, protected QDBusContext {
 
   public:
     enum class Standing {
-        first,  ///< this one owns the id
-        second, ///< another one owns the id
+        first,  ///< this instance owns the id
+        second, ///< another instance owns the id
         alone,  ///< there is no session bus
     };
 

@@ -37,7 +37,7 @@ class SleepWatch : public QObject {
     QDBusConnection bus_;
     const Handlers handlers_;
     QDBusUnixFileDescriptor inhibitor_; // the computer waits while it is open
-    unsigned announcement_ = 0;         // the number of the last one
+    unsigned announcement_ = 0;         // the number of the last announcement
 };
 
 } // namespace tessarune

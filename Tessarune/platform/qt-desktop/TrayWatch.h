@@ -9,8 +9,8 @@
 namespace tessarune {
 
 /// Reports when the desktop can show items in a tray: at once, or later when its panel starts after
-/// the program. Of the tray of the older kind, which embeds X11 windows, it reports only the start.
-/// Main thread, with the application object.
+/// the program. A tray of the older kind, which embeds X11 windows, is reported only if it starts
+/// after the program. Main thread, with the application object.
 ///
 /// Qt checks for a tray only once in the life of the process, so do not ask Qt for one before this
 /// class has found it.
@@ -23,7 +23,7 @@ class TrayWatch : public QObject, private QAbstractNativeEventFilter {
     TrayWatch(QDBusConnection bus, std::function<void()> onTray);
     ~TrayWatch() override;
 
-    /// Whether there is a tray now; see X11Desktop::hasTray for the older kind.
+    /// Whether there is a tray of the newer kind now; X11Desktop::hasTray finds the older kind.
     bool isThere() const { return isThere_; }
 
   private Q_SLOTS:

@@ -60,7 +60,8 @@ bool keepsWindowsAbove() {
         xcb_get_property(x, keepsProperty, rootOf(x), supported, XCB_ATOM_ATOM, 0, maximumAtoms);
     const OwnedReply<xcb_get_property_reply_t> reply(xcb_get_property_reply(x, request, nullptr),
                                                      std::free);
-    if (!reply || reply->format != 32)
+    constexpr std::uint8_t bitsPerAtom = 32;
+    if (!reply || reply->format != bitsPerAtom)
         return false;
     const std::span listed(static_cast<const xcb_atom_t*>(xcb_get_property_value(reply.get())),
                            reply->value_len);

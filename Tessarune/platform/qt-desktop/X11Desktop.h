@@ -6,7 +6,7 @@
 namespace tessarune::X11Desktop {
 
 /// Whether the program can connect to the display that the environment names. Call before the
-/// application object is created, because that ends the program if it cannot connect.
+/// application object is created: without a connection, its constructor ends the program.
 bool canBeReached();
 
 // With the application object. They return false if the program does not run on X11.
@@ -15,7 +15,7 @@ bool canBeReached();
 bool keepsWindowsAbove();
 /// Whether there is a tray of the older kind, which embeds windows.
 bool hasTray();
-/// Whether the message, which a native event filter got, announces such a tray.
+/// Whether `message` announces such a tray; the arguments are those of a native event filter.
 bool announcesTray(const QByteArray& kind, const void* message);
 
 } // namespace tessarune::X11Desktop

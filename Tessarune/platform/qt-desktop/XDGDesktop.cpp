@@ -77,8 +77,9 @@ void XDGDesktop::notify(const std::string& title, const std::string& text) {
     QDBusMessage call =
         QDBusMessage::createMethodCall(service, QStringLiteral("/org/freedesktop/Notifications"),
                                        service, QStringLiteral("Notify"));
-    constexpr int desktopDecides = -1;
-    call << QStringLiteral("Tessarune") << 0U << QString::fromStdString(applicationID_)
+    constexpr unsigned replacesNone = 0;
+    constexpr int desktopDecides = -1; // when the notification disappears
+    call << QStringLiteral("Tessarune") << replacesNone << QString::fromStdString(applicationID_)
          << QString::fromStdString(title) << QString::fromStdString(text) << QStringList()
          << QVariantMap{{QStringLiteral("desktop-entry"), QString::fromStdString(applicationID_)}}
          << desktopDecides;

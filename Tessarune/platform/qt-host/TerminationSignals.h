@@ -8,7 +8,7 @@ namespace tessarune {
 
 /// Turns SIGINT, SIGTERM and SIGHUP into calls on the main thread. Must be created before the
 /// program starts another thread, which would receive the signals instead. The signals stay
-/// blocked. Also ignores SIGPIPE and SIGXFSZ, so that the write fails instead.
+/// blocked. Also ignores SIGPIPE and SIGXFSZ, so that a write fails instead of ending the program.
 class TerminationSignals {
   public:
     TerminationSignals();
