@@ -19,6 +19,7 @@ constexpr double feedback60 = 0.95;
 /// with hum repeats itself for several blocks; speech does not.
 constexpr double humLikeness = 0.85;
 constexpr double otherLikeness = 0.5;
+/// The number of blocks with hum, and of pauses without, that switch the filter on and off.
 constexpr int blocksOfHum = 2;
 constexpr int blocksWithout = 5;
 /// Energies as a share of the loudest block's: softer hum does no harm, and a louder block is not a
@@ -53,7 +54,7 @@ HumFilter::HumFilter(double sampleRate)
 
 std::vector<float> HumFilter::filtered(std::vector<float> samples) {
     for (float& sample : samples) {
-        // Both run all the time, so that they have settled when they are needed.
+        // Both filters always run, so that they have settled when they are needed.
         const float without50 = comb50_.next(sample, before(by50_.delay));
         const float without60 = comb60_.next(sample, before(by60_.delay));
         listen(sample);

@@ -7,7 +7,7 @@ namespace tessarune {
 
 /// Removes mains hum at 50 or 60 Hz, with its harmonics, from the first pause in which it is heard
 /// until a pause without it. At other times, sound passes unchanged, because the filter would
-/// damage voices a little. It keeps a history, so use one filter per stream. One thread at a time.
+/// damage voices a little. The filter keeps a history, so use one per stream. One thread at a time.
 class HumFilter {
   public:
     explicit HumFilter(double sampleRate);
@@ -21,7 +21,7 @@ class HumFilter {
     class Comb {
       public:
         Comb(std::size_t delay, double feedback);
-        /// `before` is the sample so long before.
+        /// `before` is the sample one delay before `sample`.
         float next(float sample, float before);
 
       private:
@@ -33,8 +33,8 @@ class HumFilter {
     /// How closely the sound of a block repeats the sound `delay` samples earlier.
     struct Likeness {
         std::size_t delay;
-        double product = 0;
-        double energy = 0;
+        double product = 0; ///< sum over the block: each sample times the earlier one
+        double energy = 0;  ///< of the earlier sound
     };
 
     float before(std::size_t delay) const;
@@ -51,9 +51,9 @@ class HumFilter {
     Likeness by60_;
     Comb comb50_;
     Comb comb60_;
-    double loudest_ = 0; ///< energy of the loudest block, which fades
-    int humBlocks_ = 0;
-    int clearBlocks_ = 0;
+    double loudest_ = 0;  ///< energy of the loudest block, which fades
+    int humBlocks_ = 0;   ///< blocks with hum in a row
+    int clearBlocks_ = 0; ///< pauses without hum since the last block with hum
     enum class Mains { none, hertz50, hertz60 } heard_ = Mains::none;
 };
 

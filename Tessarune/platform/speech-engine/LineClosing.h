@@ -11,7 +11,8 @@ namespace tessarune {
 /// Requests to close the open line at the next rest in the sound. One thread at a time.
 class LineClosing {
   public:
-    /// After `deadline` (seconds of the session), the engine closes the line. `end` resumes `done`.
+    /// If no rest comes before `deadline` (seconds of the session), the engine closes the line
+    /// later. `end` resumes `done`.
     void request(double deadline, OneShot<bool> done) {
         deadline_ = deadline;
         waiting_.push_back(done);
@@ -22,7 +23,7 @@ class LineClosing {
     void hear(std::span<const float> samples) { quiet_.hear(samples); }
     bool isAtRest() const { return quiet_.isQuiet(); }
 
-    /// The requests are decided, in whatever way.
+    /// Ends all requests, whether or not the line was closed, and resumes their waiters.
     void end() {
         for (const OneShot<bool>& done : waiting_)
             done.resume(true);

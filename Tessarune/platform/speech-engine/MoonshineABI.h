@@ -47,7 +47,7 @@ struct Line {
     std::uint64_t wordCount;
 };
 
-/// Owned by the stream; valid until the next call on it.
+/// Owned by the stream or the transcriber that made it; valid until the next call on its owner.
 struct Transcript {
     const Line* lines;
     std::uint64_t lineCount;

@@ -24,13 +24,13 @@ constexpr double passSeconds = 5;
 /// engine completes every line before it is that long.
 constexpr double mostHeardAgain = 20;
 
-/// Seconds of silence added at the end. The engine decodes a line that the end of the sound cuts
-/// off only if sound was added after the last pass: otherwise the last words of a file would be
-/// lost.
+/// Seconds of silence added at the end. The end of the sound may cut off a line, which the engine
+/// decodes only if sound was added after the last pass. Without this silence, the last words of a
+/// file would be lost.
 constexpr double closingSilence = 0.1;
 
-/// Seconds after the end of a complete line that still belong to it; replayed, they would be heard
-/// twice.
+/// Seconds after the end of a complete line that still belong to it. If they were replayed, the
+/// engine would hear them twice.
 constexpr double endOfLine = 0.02;
 
 constexpr std::size_t fileSamplesIn(double seconds) {

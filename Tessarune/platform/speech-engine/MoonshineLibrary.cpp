@@ -83,11 +83,11 @@ MoonshineLibrary::open(const std::vector<std::filesystem::path>& folders) {
         localized("The speech engine was not found; looked for %@.", {searched}));
 }
 
-std::int32_t MoonshineLibrary::check(std::int32_t result, std::string_view doing) const {
+std::int32_t MoonshineLibrary::check(std::int32_t result, std::string_view problem) const {
     if (result >= 0)
         return result;
     const char* words = calls_.errorToString(result);
-    throw std::runtime_error(localized(doing) + ": " +
+    throw std::runtime_error(localized(problem) + ": " +
                              (words != nullptr ? words : "error " + std::to_string(result)));
 }
 

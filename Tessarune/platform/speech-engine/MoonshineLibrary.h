@@ -29,9 +29,9 @@ class MoonshineLibrary {
 
     const moonshine::Calls& calls() const { return calls_; }
 
-    /// Returns `result`, or throws std::runtime_error with `doing` and the engine's message if it
-    /// is a failure.
-    std::int32_t check(std::int32_t result, std::string_view doing) const;
+    /// Returns `result`. If it is a failure, throws std::runtime_error with `problem`, which is a
+    /// localisation key or a text for the user, and with the engine's message.
+    std::int32_t check(std::int32_t result, std::string_view problem) const;
 
     /// The engine's list of the files of an English model, as JSON; empty if it has none. Throws
     /// std::runtime_error.

@@ -16,7 +16,7 @@ inline constexpr int speechSampleRate = 16000;
 class MoonshineModel {
   public:
     struct Use {
-        double passInterval; ///< seconds of new sound without which the engine skips a pass
+        double passInterval; ///< seconds; the engine skips a pass over less new sound
         bool decodesOpenLines = true;
     };
 

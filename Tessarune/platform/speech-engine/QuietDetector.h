@@ -18,7 +18,7 @@ class QuietDetector {
     bool isQuiet() const;
 
   private:
-    static constexpr std::size_t frameLength = speechSampleRate / 50;
+    static constexpr std::size_t frameLength = speechSampleRate / 50; ///< samples; 20 ms
     static constexpr std::size_t framesThatCount = 3;
 
     void endFrame();

@@ -15,7 +15,7 @@ double processorSecondsOfProcess();
 /// How the engine is driven.
 struct RecognitionPolicy {
     /// The cutoff of the high-pass filter in Hz; 0: no filter. Rumble makes the engine miss words,
-    /// and it needs little of the speech below the cutoff.
+    /// and the engine needs little of the speech below the cutoff.
     double lowestHertz = 200;
     bool removesHum = true; ///< mains hum can keep the engine from hearing speech at all
     /// Seconds between two passes while the computer is fast enough.

@@ -59,7 +59,7 @@ SpeechModelInventory::SpeechModelInventory(ModelStore& store, ModelInstaller& in
       choice_(std::move(choice)),
       library_(std::move(library)) {}
 
-bool SpeechModelInventory::isWhole(const std::string& name) const {
+bool SpeechModelInventory::isIntact(const std::string& name) const {
     const std::optional<StoredModel> model = store_.find(ModelKind::speech, name);
     return model && model->damage.empty();
 }
@@ -72,12 +72,12 @@ SpeechModelInventory::assetInstallationRequest(std::string localeIdentifier) {
     std::string wanted = choice_ ? choice_() : std::string(SpeechModels::automatic);
     if (wanted == SpeechModels::automatic) {
         const auto& all = SpeechModels::offered();
-        const auto whole = std::find_if(all.begin(), all.end(), [this](const auto& offer) {
-            return isWhole(std::string(offer.name));
+        const auto intact = std::find_if(all.begin(), all.end(), [this](const auto& offer) {
+            return isIntact(std::string(offer.name));
         });
-        wanted = (whole == all.end() ? all.front() : *whole).name;
+        wanted = (intact == all.end() ? all.front() : *intact).name;
     }
-    if (isWhole(wanted))
+    if (isIntact(wanted))
         co_return nullptr;
     if (offered(wanted) == nullptr)
         failUnknown(wanted);

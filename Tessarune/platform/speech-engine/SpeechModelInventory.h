@@ -19,7 +19,8 @@ class SpeechModelInventory final : public AssetInventory, public SpeechModelMana
   public:
     using Library = std::function<std::shared_ptr<const MoonshineLibrary>()>;
 
-    /// `choice` as `modelChoice` of `makeSpeechEngine`.
+    /// `choice` is like `modelChoice` of `makeSpeechEngine`, but is called on the main queue; if it
+    /// is empty, the choice is automatic.
     SpeechModelInventory(ModelStore& store, ModelInstaller& installer,
                          std::function<std::string()> choice,
                          Library library = &MoonshineLibrary::shared);
@@ -40,7 +41,7 @@ class SpeechModelInventory final : public AssetInventory, public SpeechModelMana
                                          const MoonshineLibrary& library);
 
   private:
-    bool isWhole(const std::string& name) const;
+    bool isIntact(const std::string& name) const;
 
     ModelStore& store_;
     ModelInstaller& installer_;

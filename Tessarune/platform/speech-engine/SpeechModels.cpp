@@ -9,9 +9,9 @@ namespace tessarune {
 
 namespace {
 
-/// The files of a recording's model may take this fraction (one twelfth) of the memory; the loaded
-/// model takes about four times as much.
-constexpr std::uint64_t shareOfMemory = 12;
+/// The files of a recording's model may take one twelfth of the memory; the loaded model takes
+/// about four times as much as its files.
+constexpr std::uint64_t memoryDivisor = 12;
 
 } // namespace
 
@@ -85,7 +85,7 @@ StoredModel SpeechModels::chooseForFiles(const std::string& wanted) const {
     std::optional<StoredModel> best;
     for (const OfferedSpeechModel& offer : offered()) {
         std::optional<StoredModel> model = store_.find(ModelKind::speech, offer.name);
-        const bool fits = offer.bytes <= memoryBytes_ / shareOfMemory;
+        const bool fits = offer.bytes <= memoryBytes_ / memoryDivisor;
         if (model && (!best || (fits && model->damage.empty())))
             best = std::move(model);
     }

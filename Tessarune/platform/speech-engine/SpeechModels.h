@@ -31,7 +31,7 @@ class SpeechModels {
   public:
     /// Leaves the choice of the model to the program.
     static constexpr std::string_view automatic = "automatic";
-    /// The model that is always offered.
+    /// The smallest offered model.
     static constexpr std::string_view smallest = "tiny-en";
     /// All models that can be chosen, the smallest first.
     static const std::vector<OfferedSpeechModel>& offered();

@@ -10,7 +10,7 @@ namespace tessarune {
 
 namespace {
 
-/// A line that begins this long before the end of the previous one repeats its last words: the
+/// The overlap in seconds above which a line repeats the last words of the previous line: the
 /// engine cuts long lines anywhere.
 constexpr double overlapWithWords = 0.3;
 

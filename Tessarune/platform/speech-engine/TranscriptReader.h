@@ -49,14 +49,14 @@ class TranscriptReader {
     std::vector<SpeechRun> evenRuns(const std::string& text, double start, double end) const;
 
     SpeechTranscriberOptions options_;
-    double clockOffset_ = 0;
+    double clockOffset_ = 0; ///< where the stream begins, in seconds of the session
     std::size_t completeLines_ = 0;
     double completeThrough_ = 0;
     std::optional<double> openSince_;
     bool isInLine_ = false;
     OpenLine line_;
     std::vector<SpeechRun> last_;      ///< the words of the last complete line
-    std::optional<SpeechResult> open_; ///< what it shows after its last final
+    std::optional<SpeechResult> open_; ///< what the open line shows after its last final
 };
 
 } // namespace tessarune

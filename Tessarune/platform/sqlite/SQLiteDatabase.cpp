@@ -12,7 +12,8 @@ namespace {
 
 /// Whether the file must be rebuilt; any other failure may be temporary.
 bool isDamage(int code) {
-    switch (code & 0xFF) {
+    constexpr int primaryCode = 0xFF; // the other bits give details
+    switch (code & primaryCode) {
     case SQLITE_CORRUPT:
     case SQLITE_NOTADB:
     case SQLITE_ERROR: // not the expected tables

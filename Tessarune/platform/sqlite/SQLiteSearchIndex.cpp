@@ -76,7 +76,7 @@ bool SQLiteSearchIndex::removeRow(const UUID& id) {
     if (!rowOf_.bind(std::string_view(key)).step())
         return false;
     const std::int64_t row = rowOf_.integer(0);
-    rowOf_.bind();
+    rowOf_.bind(); // ends the query
     deleteRecording_.bind(row).step();
     deleteTexts_.bind(row).step();
     return true;

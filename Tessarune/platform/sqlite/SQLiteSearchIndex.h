@@ -21,6 +21,7 @@ class SQLiteSearchIndex final : public SearchIndex {
     std::vector<UUID> find(const SearchQuery& query) override;
 
   private:
+    /// Checks the version of the file and creates missing tables.
     class Schema {
       public:
         explicit Schema(SQLiteDatabase& database);

@@ -19,8 +19,8 @@ std::vector<std::string_view> subtags(std::string_view identifier) {
     }
 }
 
-/// The possible names of a language in the catalogue, which lists languages without a region. It
-/// names the script of Chinese; older versions did not.
+/// The possible names of a language in the catalogue, which lists languages without a region. For
+/// Chinese, the catalogue names the script; its older versions did not.
 std::vector<std::string> catalogueNames(std::string_view identifier) {
     const std::vector<std::string_view> parts = subtags(identifier);
     const std::string_view language = parts.front();

@@ -79,6 +79,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
     }
 
   private:
+    /// The model for the session's languages, and its engine.
     struct Route {
         std::string modelName;
         bool convertsToTraditional = false;
@@ -112,7 +113,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
                                          localized("The translation session is over."));
         }
 
-        /// Returns the route; looks for a model until one has been found.
+        /// Returns the route. Each call looks for a model until one has been found.
         Route findRoute() {
             requireAlive();
             if (route)
@@ -135,7 +136,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
             route.reset();
             TessaruneLog::translation.notice(
                 [&] { return "the engine of " + hanging.modelName + " does not answer"; });
-            requireAlive();
+            requireAlive(); // throws, because the session is over
         }
     };
     using Pointer = std::shared_ptr<State>;

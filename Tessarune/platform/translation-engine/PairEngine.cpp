@@ -45,7 +45,8 @@ PairEngine::~PairEngine() {
     });
 }
 
-/// Compares sizes only, because it runs before each translation. Only while an engine is loaded.
+/// Compares sizes only, because it runs before each translation. Call only while an engine is
+/// loaded.
 bool PairEngine::haveFilesSameSizes() const {
     const StoredModel& model = loaded_->model;
     return std::all_of(model.files.begin(), model.files.end(), [&](const ModelFile& file) {

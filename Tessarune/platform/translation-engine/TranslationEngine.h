@@ -11,7 +11,7 @@ namespace translationABI {
 struct Engine;
 }
 
-/// The engine failed to load or to translate; the text is the engine's own.
+/// The engine failed to load or to translate; the text contains the reason.
 struct TranslationEngineError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

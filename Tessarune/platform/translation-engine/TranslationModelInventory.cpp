@@ -257,7 +257,7 @@ TranslationModelInventory::TranslationModelInventory(Host& host, ModelStore& sto
 TranslationModelInventory::~TranslationModelInventory() {
     shared_->ending.request_stop();
     if (shared_->network)
-        shared_->network->sync([] {}); // it may still be writing to the disk
+        shared_->network->sync([] {}); // the fetch may still be writing to the disk
 }
 
 std::optional<TranslationPair> TranslationModelInventory::pairFor(std::string_view source,

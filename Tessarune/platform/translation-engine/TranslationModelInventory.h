@@ -12,12 +12,12 @@
 namespace tessarune {
 
 /// The language pairs that are installed or available, and their installation: the catalogue
-/// combined with the model store. The catalogue is the one that was fetched last, which is stored
-/// beside the models, or else the built-in one; only a download fetches it.
+/// combined with the model store. Uses the catalogue that was fetched last, which is stored beside
+/// the models, or else the built-in one; only a download fetches a catalogue.
 ///
-/// Any thread; construction and the part of `TranslationLanguages` that requires it use the main
-/// queue. Store and installer must outlive it. The destructor stops and awaits a running fetch of
-/// the catalogue; running downloads of models belong to the installer.
+/// Any thread, except for the constructor and the functions of `TranslationLanguages`, which use
+/// the main queue. Store and installer must outlive it. The destructor stops and awaits a running
+/// fetch of the catalogue; running downloads of models belong to the installer.
 class TranslationModelInventory final : public TranslationLanguages {
   public:
     /// The catalogue is fetched like the installer's files. `trial` tests a model when it is

@@ -46,7 +46,7 @@ std::optional<std::uint64_t> takeField(std::string_view& bytes) {
     case 1: // eight bytes
         length = 8;
         break;
-    case 2: // bytes after their number
+    case 2: // a length, then as many bytes
         length = takeNumber(bytes);
         break;
     case 5: // four bytes

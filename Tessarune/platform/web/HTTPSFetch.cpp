@@ -4,9 +4,16 @@
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Text.h"
 
+#include <cstdint>
 #include <utility>
 
 namespace tessarune {
+
+namespace {
+
+constexpr std::uint64_t maximumBytes = 4'000'000;
+
+} // namespace
 
 std::optional<WebAnswer> fetchOverHTTPS(const std::string& url, const std::string& userAgent,
                                         const std::stop_token& stop) {
@@ -15,7 +22,7 @@ std::optional<WebAnswer> fetchOverHTTPS(const std::string& url, const std::strin
         return std::nullopt;
     TransferRequest request;
     request.url = url;
-    request.limit = 4'000'000;
+    request.limit = maximumBytes;
     request.userAgent = userAgent;
     WebAnswer answer;
     const TransferSink sink{[&](std::uint64_t) { answer.body.clear(); },
