@@ -22,6 +22,7 @@ class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
     AudioCapture& operator=(const AudioCapture&) = delete;
 
   protected:
+    /// The step of the start that failed.
     enum class Step { connecting, opening };
 
     AudioCapture(Host& host, SoundServer& server, AudioSource source, std::string_view queueLabel);
@@ -37,7 +38,7 @@ class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
     // Hooks, all on the queue.
 
     /// Called once the server is connected. `device` is the source's device, `nullopt` if absent.
-    /// Throws if it is unsuitable.
+    /// Throws if the device is absent or unsuitable.
     virtual void prepare(const std::optional<CaptureStream::Source>& device) = 0;
     virtual void didOpen() {}
     virtual void willClose() {}

@@ -336,8 +336,8 @@ void AudioSessionRecorder::write(std::uint64_t bytes, const std::function<void()
 }
 
 /// At regular intervals, flushes everything written so far, so that it survives a crash or a power
-/// failure, and checks the free space. A crash also costs a recording that could not be listed at
-/// its start: that is tried again.
+/// failure, and checks the free space. If the catalog could not save the recording's entry, retries
+/// that as well, because a crash loses a recording without an entry.
 void AudioSessionRecorder::flushIfDue() {
     if (dataByteCount_ < nextHeaderFlushBytes_)
         return;

@@ -322,8 +322,7 @@ void CaptureStream::Keeper::watchForStall() {
     stallCheck_.cancel();
     if (!running_ || !stream_ || !stream_->isContinuous())
         return;
-    // A minimum, because rounding could otherwise repeat a check that is slightly too early
-    // forever.
+    // Without a minimum, a check that is slightly too early by rounding could be repeated forever.
     constexpr double shortestWait = 0.05;
     const double wait = std::max(quietSince_ + stallSeconds - now(), shortestWait);
     stallCheckAt_ = now() + wait;

@@ -20,7 +20,7 @@ class MediaFileError : public std::runtime_error {
         notMedia,     ///< an unknown container
         noAudioTrack, ///< a film without sound, a picture
         unsupported,  ///< a known track without a decoder here, or with impossible properties
-        damaged,      ///< only a first part can be decoded, or its end is missing
+        damaged,      ///< only the beginning of the file can be decoded, or its end is missing
         cannotCreate, ///< the destination cannot be opened or started
         writeFailed,
         cancelled,
@@ -53,9 +53,9 @@ class MediaFile {
     /// The next block, or null at the end. Never empty. Throws MediaFileError; after that and after
     /// the end it returns null.
     virtual AudioBufferPtr read() = 0;
-    /// Makes the next `read` begin at `seconds`, to the sample if the container has times; beyond
-    /// the end, `read` returns null. Also works after the end and after a failure. Throws
-    /// MediaFileError, `unsupported` if seeking is impossible, as in a pipe.
+    /// Makes the next `read` begin at `seconds`, exact to the sample if the container has
+    /// timestamps; beyond the end, `read` returns null. Also works after the end and after a
+    /// failure. Throws MediaFileError, `unsupported` if seeking is impossible, as in a pipe.
     virtual void seek(double /*seconds*/) {
         throw MediaFileError(MediaFileError::Kind::unsupported,
                              "seeking is not possible in this sound");

@@ -48,7 +48,7 @@ class MicrophoneCapture final : public AudioCapture {
     AudioBufferPtr converted(AudioBufferPtr buffer);
 
     const MakeAudioConverter makeConverter_;
-    // Set by `start`, then on the queue:
+    // On the queue:
     std::optional<AudioFormat> targetFormat_;
     std::unique_ptr<AudioConverter> converter_;
     AudioFormat converterInput_;

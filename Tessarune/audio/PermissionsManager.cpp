@@ -148,9 +148,9 @@ Task<void> PermissionsManager::deepProbeSystemAudio(double timeout) {
         latch(Key::systemAudioStatus, answer);
 }
 
-void PermissionsManager::openSettings(Key kind) const {
+void PermissionsManager::openSettings(Key key) const {
     if (openSettings_)
-        openSettings_(kind);
+        openSettings_(key);
 }
 
 std::string_view storageName(PermissionsManager::Status status) {

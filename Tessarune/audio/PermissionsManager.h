@@ -50,7 +50,7 @@ class PermissionsManager {
     /// `unknown` if no stream could be opened.
     Task<void> deepProbeSystemAudio(double timeout);
 
-    void openSettings(Key kind) const;
+    void openSettings(Key key) const;
 
   private:
     Published<Status>& published(Key key);

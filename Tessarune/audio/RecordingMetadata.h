@@ -12,13 +12,13 @@ namespace tessarune {
 /// transcripts, diagnostics runs and log lines.
 struct RecordingMetadata {
     UUID id;
-    double startedAt = 0;          ///< wall clock, seconds since 1970; whole ones in the index
+    double startedAt = 0;          ///< wall clock, seconds since 1970; whole seconds in the index
     std::optional<double> endedAt; ///< absent while the session records, and after a crash
     std::string filePath;          ///< the audio file, absolute
     double duration = 0;           ///< seconds of audio
     std::int64_t byteCount = 0;    ///< of the audio file
-    std::optional<std::string>
-        audioFormat; ///< "wav/pcm_s16le", "m4a/aac", or an import's extension
+    /// "wav/pcm_s16le", "m4a/aac", or the file name extension of an import.
+    std::optional<std::string> audioFormat;
     std::optional<std::int64_t> sampleRate;
     std::optional<std::int64_t> channelCount;
     std::optional<std::string> note; ///< the user's; never empty

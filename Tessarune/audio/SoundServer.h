@@ -83,7 +83,7 @@ struct RecordRequest {
     std::string sourceID;      ///< an input's id or an output's `monitorID`
     int channels = 0;          ///< 0: the source's own number; the rate is always its own
     std::string name;          ///< shown by the desktop's mixer
-    double timeoutSeconds = 5; ///< how long the server may take to open it
+    double timeoutSeconds = 5; ///< how long the server may take to open the stream
 };
 
 /// Receives the events of a record stream, on the executor that was passed at opening.

@@ -21,7 +21,7 @@ SystemAudioCapture::~SystemAudioCapture() {
 }
 
 void SystemAudioCapture::prepare(const std::optional<CaptureStream::Source>& device) {
-    sampleCount_ = 0;
+    bufferCount_ = 0;
     if (!device)
         throw SystemAudioCaptureError(Case::failedToReadTapUID, SoundServerError::noSuchDevice);
     if (device->format.sampleRate <= 0 || device->format.channels <= 0)
@@ -37,14 +37,14 @@ void SystemAudioCapture::fail(Step step, const SoundServerError& error) {
 void SystemAudioCapture::handleInput(AudioBufferPtr buffer) {
     if (!buffer || buffer->samples.empty())
         return;
-    ++sampleCount_;
-    if (sampleCount_ == 1)
+    ++bufferCount_;
+    if (bufferCount_ == 1)
         silentStartCheck_.cancel();
     auto listener = delegate.lock();
     if (!listener)
         return;
     listener->systemAudioCapture(*this, buffer);
-    if (sampleCount_ == 1 || sampleCount_ % buffersPerLevel == 0)
+    if (bufferCount_ == 1 || bufferCount_ % buffersPerLevel == 0)
         listener->systemAudioCaptureDidMeasure(*this, audioLevel(*buffer));
 }
 
@@ -54,7 +54,7 @@ void SystemAudioCapture::handleEvent(const CaptureEvent& event) {
 }
 
 void SystemAudioCapture::didOpen() {
-    if (sampleCount_ > 0)
+    if (bufferCount_ > 0)
         return; // the first buffer was faster than the answer to the start
     const auto weak =
         std::weak_ptr(std::static_pointer_cast<SystemAudioCapture>(shared_from_this()));
@@ -69,7 +69,7 @@ void SystemAudioCapture::didOpen() {
 }
 
 void SystemAudioCapture::checkForSilentStart(int start) {
-    if (start != startCount() || sampleCount_ > 0)
+    if (start != startCount() || bufferCount_ > 0)
         return;
     const auto weak =
         std::weak_ptr(std::static_pointer_cast<SystemAudioCapture>(shared_from_this()));

@@ -63,7 +63,7 @@ class SystemAudioCapture final : public AudioCapture {
     void checkForSilentStart(int start);
 
     // On the capture queue:
-    int sampleCount_ = 0; // buffers delivered since the start
+    int bufferCount_ = 0; // since the start
     DelayedCall silentStartCheck_;
 };
 

@@ -17,7 +17,7 @@ struct WAVHeader {
     std::uint16_t channels = 1;
     std::uint64_t dataSize = 0; ///< bytes of sound, as the header claims
 
-    /// The offset of the sound in the file. Its size field is just before it.
+    /// The offset of the sound in the file. The four bytes before it are the size field.
     std::uint64_t dataOffset = size;
 
     bool operator==(const WAVHeader&) const = default;
