@@ -57,8 +57,8 @@ struct AppleFinalReconcileDecisionRecord {
     std::optional<double> finalToLastPartialWordRatio;
     bool alternativeTranscriptionsRequested = false;
     bool shouldKeepFinalWordTimings = false;
-    /// With `useLastPartial` the new mark, with `dropSuppressedFinal` the mark at the decision;
-    /// absent with `useFinal`.
+    /// The mark of `AppleFinalReconciler`: for `useLastPartial` the new one, if any; for
+    /// `dropSuppressedFinal` the one at the decision; absent for `useFinal`.
     std::optional<double> suppressedFinalsUntilAudioTime;
 
     bool operator==(const AppleFinalReconcileDecisionRecord&) const = default;

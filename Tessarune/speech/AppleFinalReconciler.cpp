@@ -12,6 +12,7 @@ namespace {
 using Candidate = AppleFinalReconcileCandidate;
 using Decision = AppleFinalReconcileDecisionRecord::Decision;
 
+/// Seconds by which a final may end after the mark and still be dropped.
 constexpr double replacementWindowTolerance = 0.12;
 constexpr std::size_t previewLimit = 220;
 
@@ -73,7 +74,7 @@ AppleFinalReconcileOutcome accepted(const Candidate& final,
 
 AppleFinalReconcileOutcome replaced(const Candidate& final, const Candidate& partial,
                                     std::vector<std::string> reasons) {
-    constexpr double fragmentTolerance = 0.2;
+    constexpr double fragmentTolerance = 0.2; // seconds
     if (reasons.empty())
         reasons.emplace_back("lastPartialPreferred");
     std::optional<double> mark;

@@ -30,7 +30,7 @@ std::size_t usefulScalarCount(std::string_view text);
 /// Whether the text has more than white space, but no letter, mark or digit.
 bool isPunctuationOnly(std::string_view text);
 /// The share of code points other than letters, marks and digits among those that are not white
-/// space; 0 if there are none.
+/// space; 0 for an empty or blank text.
 double punctuationRatio(std::string_view text);
 /// Whether two adjacent code points are neither white space nor letters, marks or digits.
 bool hasLongPunctuationRun(std::string_view text);

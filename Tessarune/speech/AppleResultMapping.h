@@ -48,7 +48,7 @@ AppleFinalReconcileCandidate candidate(const SpeechResult& result, std::string t
                                        std::int64_t sequence, double receivedAt,
                                        const AnalyzerEngineSnapshot& snapshot);
 
-/// The data for a record that the result does not contain.
+/// What a record needs besides the result.
 struct RecordContext {
     std::string localeIdentifier;
     AnalyzerEngineSnapshot snapshot; ///< before the result is processed

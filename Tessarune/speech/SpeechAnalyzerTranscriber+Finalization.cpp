@@ -50,7 +50,7 @@ SpeechAnalyzerTranscriber::makeFinalizationPlan() {
     if (!state_.analyzer || !state_.inputCont || !(state_.audioEpoch > 0))
         return std::nullopt;
     const double cutoff = std::max(state_.latestAudioTime - finalizeSafetyTailSeconds, 0.0);
-    if (!(cutoff > 0.2))
+    if (!(cutoff > finalizeMinCutoffSeconds))
         return std::nullopt;
     if (cutoff - state_.lastFinalizeRequestAudioTime < finalizeMinAudioStepSeconds &&
         time - state_.lastFinalizeRequestWallTime < finalizeMinWallStepSeconds)
@@ -100,7 +100,7 @@ SpeechAnalyzerTranscriber::makeCancellationPlan(double beforeAudioTime, bool for
     if (!state_.analyzer || !state_.inputCont || !std::isfinite(beforeAudioTime))
         return std::nullopt;
     const double cutoff = std::max(beforeAudioTime - cancelSafetyTailSeconds, 0.0);
-    if (!(cutoff > 0.5))
+    if (!(cutoff > cancelMinCutoffSeconds))
         return std::nullopt;
     const double step = cutoff - state_.lastCancelRequestAudioTime;
     if (!force && step < cancelMinAudioStepSeconds)

@@ -70,10 +70,14 @@ class SpeechAnalyzerTranscriber final
     using InputContinuation = AsyncStream<AnalyzerInput>;
     using OneShotAsyncBool = OneShot<bool>;
 
+    // An early final leaves the newest sound open; the next request needs an audio or a wall step.
     static constexpr double finalizeSafetyTailSeconds = 0.45;
+    static constexpr double finalizeMinCutoffSeconds = 0.2;
     static constexpr double finalizeMinAudioStepSeconds = 0.9;
     static constexpr double finalizeMinWallStepSeconds = 1.2;
+    // Dropping old sound spares the newest sound before the given audio time.
     static constexpr double cancelSafetyTailSeconds = 1.5;
+    static constexpr double cancelMinCutoffSeconds = 0.5;
     static constexpr double cancelMinAudioStepSeconds = 4.0;
     static constexpr double partialCoalesceWindowSeconds = 0.055;
     static constexpr double analyzerInputChunkSeconds = 0.085;
@@ -94,7 +98,7 @@ class SpeechAnalyzerTranscriber final
         std::vector<std::string> requestedSpeechOptionStrings;
         double audioEpoch = 0; ///< wall clock of audio time 0; 0 before the first sound
         double latestAudioTime = 0;
-        AudioTimeline timeline; ///< the gaps in the audio time
+        AudioTimeline timeline; ///< the gaps in the sound
         double lastFinalizeRequestAudioTime = std::numeric_limits<double>::lowest();
         double lastFinalizeRequestWallTime = 0;
         double lastCancelRequestAudioTime = 0;

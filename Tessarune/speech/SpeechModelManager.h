@@ -21,7 +21,7 @@ struct SpeechModelState {
     bool operator==(const SpeechModelState&) const = default;
 };
 
-/// The available speech models: listing, downloading and removing them. Main queue.
+/// Interface: lists, downloads and removes speech models. Main queue.
 class SpeechModelManager {
   public:
     virtual ~SpeechModelManager() = default;

@@ -12,10 +12,11 @@ namespace tessarune {
 /// A piece of a result's text with the engine's attributes.
 struct SpeechRun {
     std::string text;
-    std::optional<double>
-        audioStart; ///< attribute audioTimeRange: seconds of the audio that was fed
+    /// Seconds of the sound fed; present with the attribute audioTimeRange.
+    std::optional<double> audioStart;
     std::optional<double> audioEnd;
-    std::optional<double> confidence; ///< attribute transcriptionConfidence: 0 to 1
+    /// 0 to 1; present with the attribute transcriptionConfidence.
+    std::optional<double> confidence;
 
     bool operator==(const SpeechRun&) const = default;
 };
@@ -45,7 +46,7 @@ struct SpeechTranscriberOptions {
 };
 
 /// Interface: the half of the on-device recogniser that delivers results. It belongs to the session
-/// that made it; its analyzer produces the results.
+/// that made it; the session's analyzer produces the results.
 class SpeechTranscriber {
   public:
     virtual ~SpeechTranscriber() = default;
