@@ -43,7 +43,7 @@ void LiveAudioInactivityAutoStop::tick() {
     if (idle < *timeoutSeconds_)
         return;
     didFire_ = true;
-    // The callback may stop this watch and thereby destroy the callback.
+    // The callback may stop this watch, which clears `onTimeout_`.
     const OnTimeout onTimeout = onTimeout_;
     const double timeout = *timeoutSeconds_;
     if (onTimeout)

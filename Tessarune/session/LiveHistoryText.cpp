@@ -8,7 +8,7 @@ namespace tessarune {
 
 namespace {
 
-/// Bytes between two looks, more than people say.
+/// More bytes than people say between two builds.
 constexpr std::size_t usualGrowth = 1024;
 
 /// Appends a line and returns the number of characters added. A line end is always a separate
@@ -31,7 +31,8 @@ LiveHistoryText::Built LiveHistoryText::build(std::string_view previous,
     if (!continuesText(previous, rows))
         *this = LiveHistoryText();
     Built built{{}, settledCharacters_};
-    built.text.reserve(previous.size() + usualGrowth); // doubling would keep half of it unused
+    // Growth by doubling would leave up to half of the memory unused.
+    built.text.reserve(previous.size() + usualGrowth);
     built.text = previous.substr(0, settledBytes_);
     // The builder needs the last committed row to detect that the open row repeats it.
     const auto last = rows.last(std::min<std::size_t>(rows.size(), 1));

@@ -26,7 +26,8 @@ class LiveHistoryText {
     /// session of hours.
     Built build(std::string_view previous, const SessionTranscriptBuilder::Sources& sources);
 
-    double builtAt = 0; ///< limits the rate of builds; seconds since 1970
+    /// Set by the caller to limit the rate of builds; seconds since 1970.
+    double builtAt = 0;
 
   private:
     bool continuesText(std::string_view previous, std::span<const CaptionSegment> rows) const;

@@ -129,7 +129,8 @@ bool LiveRecordingTracker::saveAgain(const Unsaved& texts) {
                                                       texts.timeline, texts.id);
     if (update.outcome == Outcome::failed)
         return false;
-    // Unlisted because the disk was full: a later start lists it again and needs the journal.
+    // A full disk kept the recording out of the catalog. A later launch lists the recording and
+    // needs the journal.
     if (update.outcome == Outcome::skippedDeleted && !catalog_.wasDeleted(texts.id))
         return true;
     try {

@@ -49,8 +49,8 @@ class LiveRecordingTracker {
 
     void reset();
 
-    /// Called with the refinement of a recording whose texts could only be saved later; not from
-    /// the destructor.
+    /// Called with the refinement of a recording once a retry has saved its texts. The destructor
+    /// makes the last retry; the owner clears the callback if it must not be called then.
     std::function<void(const std::optional<HistoryRefinementRequest>&)> onSavedAgain;
 
     /// Call when a recording has begun. It becomes the current one, and its journal begins with the
@@ -73,16 +73,16 @@ class LiveRecordingTracker {
     Task<void> synchronizeJournal();
 
     /// Saves the texts of the current recording. Afterwards, no recording is current, even after
-    /// failures. Returns false if anything could not be saved; this is tried again when the next
-    /// recording begins and in the destructor, unless another program writes the data folder then,
-    /// and the next launch of the program recovers from the journal what it has. Returns true if
-    /// nothing was recorded or the user has deleted the recording.
+    /// failures. Returns true if nothing was recorded or the user has deleted the recording, false
+    /// if anything could not be saved. The start of the next recording and the destructor then
+    /// retry, unless another program writes the data folder. After that, only the next launch of
+    /// the program can recover what the journal contains.
     bool saveTranscripts(std::string_view sourceText, std::string_view bilingualText,
                          const std::optional<HistoryWordTimeline>& wordTimeline,
                          const std::optional<HistoryRefinementRequest>& refinement = {});
     /// Replaces the texts of the recording that was saved last, if it still exists and has not been
-    /// refined in the meantime. While another program writes the data folder this fails, and is
-    /// tried again like `saveTranscripts`.
+    /// refined in the meantime. Fails while another program writes the data folder, and is retried
+    /// like `saveTranscripts`.
     RecordingTranscriptSaveOutcome updateLastSavedTranscripts(std::string_view sourceText,
                                                               std::string_view bilingualText);
 

@@ -29,7 +29,7 @@ struct LiveSessionEnvironment {
     PermissionsManager& permissions;
     RecordingCatalog& catalog;
     std::shared_ptr<AudioSessionRecorder> recorder;
-    /// Called before a session is recorded, to ask whether it may be; if empty, it may.
+    /// Asked before a session is recorded whether that is allowed; empty means yes.
     std::function<bool()> mayRecord = {};
     /// Asked before transcripts are written after their session.
     std::function<DataFolderLease()> leaseDataFolder = unsharedDataFolder;

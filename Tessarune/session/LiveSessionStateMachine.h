@@ -19,7 +19,7 @@ struct LiveSessionStateMachine {
     std::optional<LiveSessionTransition> permissionsGranted();
     std::optional<LiveSessionTransition> transcriberReady();
     std::optional<LiveSessionTransition> startFailed();
-    /// In `idle` and `failed` accepted only while a recording is still to be saved.
+    /// In `idle` and `failed`, accepted only while a recording is still to be saved.
     std::optional<LiveSessionTransition> requestStop(bool hasRecording);
     std::optional<LiveSessionTransition> stopFinished();
 

@@ -135,7 +135,7 @@ void LiveSessionStop::sealLiveIntoCommitted() {
 
 /// Whether the session has neither sound nor text. Also checks the file, because the duration in
 /// the catalog is 0 if the update of the catalog failed. False if full diagnostics are captured,
-/// which keeps the recording.
+/// because they need the recording.
 bool LiveSessionStop::heardNothing() const {
     const auto recording = store_.recordingTracker_.currentRecordingMetadata();
     if (!recording || recording->duration > 0 || !store_.core_.committedSegments->empty() ||

@@ -23,10 +23,10 @@ namespace tessarune {
 /// recognition engine.
 ///
 /// `start`, `stop`, `finishDrainingAndStop` and `swapEngine` are called on the main queue and
-/// resume there. A start throws CancellationError if another start or an end overtakes it, a swap
-/// if any of these calls does; the later call ends what the earlier one has started. Buffers arrive
-/// on the capture's queue. Callbacks are called on any thread and without a lock; set them before
-/// the first start.
+/// resume there. A start throws CancellationError if another start or an end overtakes it; a swap
+/// throws it if another swap, a start or an end overtakes it. The later call ends what the earlier
+/// call has started. Buffers arrive on the capture's queue. Callbacks are called on any thread and
+/// without a lock; set them before the first start.
 class LiveSystemAudioTranscriber final
     : public SystemAudioCaptureDelegate,
       public std::enable_shared_from_this<LiveSystemAudioTranscriber> {
@@ -38,7 +38,8 @@ class LiveSystemAudioTranscriber final
         const AppSettings& settings;
         PermissionsManager& permissions;
         std::shared_ptr<AudioSessionRecorder> recorder; ///< this object sets its callbacks
-        std::function<bool()> mayRecord = {};           ///< asked before recording; empty: it may
+        /// Asked before a session is recorded whether that is allowed; empty means yes.
+        std::function<bool()> mayRecord = {};
     };
     static std::shared_ptr<LiveSystemAudioTranscriber> make(Environment environment);
     LiveSystemAudioTranscriber(const LiveSystemAudioTranscriber&) = delete;
@@ -74,8 +75,8 @@ class LiveSystemAudioTranscriber final
     /// Asks the engine for an early final.
     void requestFinalization(const std::string& reason);
 
-    double sampleRate() const;          ///< of the session's sound; 0 before the first
-    PerfStats perfStats() const;        ///< the engine's, or the previous engine's
+    double sampleRate() const;          ///< of the session's latest sound; 0 before the first
+    PerfStats perfStats() const;        ///< the engine's; without one, the previous engine's
     PerfStats wrapperPerfStats() const; ///< this object's own
 
   private:

@@ -67,8 +67,8 @@ void LiveTranscriptStore::configureCoreCallbacks() {
 
 void LiveTranscriptStore::configureTranscriberCallbacks() {
     using Store = LiveTranscriptStore;
-    // Callbacks may come on any thread: copies the value to the main queue, which keeps the order,
-    // and passes it to `body` there if the store still exists.
+    // Makes a callback for any thread. It copies its value to the main queue, which keeps the
+    // order, and calls `body` there if the store still exists.
     const auto onMain = [weak = weak_from_this(), &main = host()](auto body) {
         return [weak, &main, body](const auto& value) {
             main.post([weak, body, value] {

@@ -112,7 +112,7 @@ Task<void> LiveTranscriptStore::startSession(Self self, StartRequest start) {
     Task<void> starting = self->liveTranscriber_->start(start.source);
     co_await starting;
     if (start.number != self->startNumber_) {
-        // The newer start is still waiting for permissions; the sound belongs to this one.
+        // The newer start is still waiting for permissions; the sound belongs to this start.
         self->liveTranscriber_->stop();
         self->discardRecording();
         co_return;

@@ -47,7 +47,7 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     const SessionView& view() const { return view_; }
     const LiveSystemAudioTranscriber& liveTranscriber() const { return *liveTranscriber_; }
     const LiveRecordingTracker& recordingTracker() const { return recordingTracker_; }
-    /// Whether a stop is in progress. It ends in the phase `idle`, whatever fails.
+    /// Whether the task of a stop is running. A stop ends in the phase `idle`, whatever fails.
     bool isStopping() const { return stop_.isRunning(); }
     const SessionTexts& texts() const { return texts_; }
     PerfStats mergedLivePerfStats() const;

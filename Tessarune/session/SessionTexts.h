@@ -37,7 +37,7 @@ class SessionTexts {
 
     /// The texts of the whole session to save; the bilingual one is empty if no row is translated.
     TranscriptSnapshot savedTexts() const;
-    /// The same since the captions were last emptied, which is where a diagnostics run begins.
+    /// The texts since the captions were last emptied, for the diagnostics run that began then.
     TranscriptSnapshot runTexts() const;
     /// The times of the whole session; `nullopt` without a recording.
     std::optional<HistoryWordTimeline> savedTimeline(std::optional<double> recordingStartedAt,

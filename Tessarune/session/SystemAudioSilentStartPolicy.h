@@ -6,7 +6,7 @@
 /// Handles a capture that has delivered nothing since its start. Main queue.
 namespace tessarune::SystemAudioSilentStartPolicy {
 
-/// Records that the permission for system audio is denied, unless earlier sound has proved it.
+/// Records that the permission for system audio is denied, unless it is known to be granted.
 /// Returns whether to warn the user.
 bool recordSilentStart(PermissionsManager& permissions, const AudioSource& source);
 
