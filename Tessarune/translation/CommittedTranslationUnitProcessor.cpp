@@ -22,7 +22,7 @@ constexpr double retryDelaySeconds = 0.4;
 
 /// One unit in progress. Lives in the frame of `process`, which outlives every reference to it.
 struct Attempt {
-    LiveTranscriptTranslation& session;
+    LiveTranscriptTranslation& translation;
     const CommittedTranslationUnit& unit;
     const TranslationRunContext& context;
     const std::stop_token& stop;
@@ -30,7 +30,7 @@ struct Attempt {
     double startedAt = 0;
     TranslationAttemptDiagnostics diagnostics;
 
-    LiveTranslationRuntime& runtime() const { return session.runtime(); }
+    LiveTranslationRuntime& runtime() const { return translation.runtime(); }
 
     void begin() {
         startedAt = runtime().now();
@@ -38,20 +38,20 @@ struct Attempt {
         diagnostics.sourceLanguage = context.sourceLanguage;
         diagnostics.sourceCharacters = static_cast<std::int64_t>(Text::length(text));
         diagnostics.sessionGeneration = runtime().committedSessionGeneration;
-        session.recordCommittedTranslationStart(unit, context.target, startedAt, diagnostics);
+        translation.recordCommittedTranslationStart(unit, context.target, startedAt, diagnostics);
     }
 
     /// The system's journal outlives a deleted recording, so it contains no texts unless the user
     /// allows diagnostics to keep them.
     std::string loggedSource() const {
-        if (session.keepsTextsForDiagnosis())
+        if (translation.keepsTextsForDiagnosis())
             return "'" + text + "'";
         return "'" + std::to_string(Text::length(text)) + " characters " + fnv1a64Hex(text) + "'";
     }
 
     bool isWanted() const { return runtime().isWanted(context, stop); }
 
-    /// Completes the unit without the translator. True if the queue may continue.
+    /// Completes the unit without the translator. True if the run may continue.
     bool close(std::string_view preflightStatus, const std::string& translatedText) {
         if (stop.stop_requested() ||
             !TranslationSupport::isAppleBackend(runtime().settings().translationBackend))
@@ -63,8 +63,8 @@ struct Attempt {
     bool succeed(const std::string& translatedText) {
         runtime().selectCommittedHealthPair(context.sourceLanguage, context.target);
         runtime().committedHealth.recordSuccess(unit.translationUnitID);
-        session.applyCommittedTranslationSuccess(unit, context.target, translatedText, startedAt,
-                                                 diagnostics);
+        translation.applyCommittedTranslationSuccess(unit, context.target, translatedText,
+                                                     startedAt, diagnostics);
         return true;
     }
 
@@ -107,7 +107,7 @@ Task<Outcome> translateOnce(Attempt& attempt, std::shared_ptr<Translator> transl
     }
 }
 
-/// True if the queue may continue after the recovery of the pair.
+/// Prepares the pair again. True if the run may continue.
 Task<bool> recoverPair(Attempt& attempt) {
     std::exception_ptr error;
     try {
@@ -125,11 +125,11 @@ Task<bool> recoverPair(Attempt& attempt) {
     const auto details = TranslatorError::detailsOf(error);
     if (severity(details.category) == Severity::recoverable)
         co_return true;
-    attempt.session.surfaceTranslationRecoveryFailure(details.message);
+    attempt.translation.surfaceTranslationRecoveryFailure(details.message);
     co_return false;
 }
 
-/// Records the failure of the unit. True if the queue may continue.
+/// Records the failure of the unit. True if the run may continue.
 Task<bool> fail(Attempt& attempt, TranslationFailureDetails details, Severity severity) {
     auto& runtime = attempt.runtime();
     attempt.note(details);
@@ -144,15 +144,15 @@ Task<bool> fail(Attempt& attempt, TranslationFailureDetails details, Severity se
             return "Tessarune translation failed after automatic retry: " + details.message +
                    " source=" + attempt.loggedSource() + " target=" + attempt.context.target;
         });
-    attempt.session.applyCommittedTranslationFailure(attempt.unit, attempt.context.target,
-                                                     details.message, attempt.startedAt, action,
-                                                     attempt.diagnostics);
+    attempt.translation.applyCommittedTranslationFailure(attempt.unit, attempt.context.target,
+                                                         details.message, attempt.startedAt, action,
+                                                         attempt.diagnostics);
     if (action != Action::rebuildLanguagePair)
         co_return severity == Severity::recoverable;
     co_return co_await recoverPair(attempt);
 }
 
-/// Translates, with one delayed retry if that may help. True if the queue may continue.
+/// Translates, with one delayed retry if that may help. True if the run may continue.
 Task<bool> translate(Attempt& attempt, std::shared_ptr<Translator> translator) {
     for (;;) {
         const Outcome outcome = co_await translateOnce(attempt, translator);

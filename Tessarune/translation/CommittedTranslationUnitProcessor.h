@@ -16,7 +16,7 @@ class LiveTranscriptTranslation;
 /// during the delay before the retry.
 namespace CommittedTranslationUnitProcessor {
 
-/// Returns whether the run may go on with the next unit.
+/// Returns whether the run may continue with the next unit.
 Task<bool> process(std::shared_ptr<LiveTranscriptTranslation> translation,
                    CommittedTranslationUnit unit, TranslationRunContext context,
                    std::stop_token stop);

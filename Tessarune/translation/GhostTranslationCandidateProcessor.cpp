@@ -10,7 +10,7 @@ namespace {
 
 /// One preview in progress and its observation.
 struct Attempt {
-    LiveTranscriptTranslation& session;
+    LiveTranscriptTranslation& translation;
     const LiveTranslationRuntime& runtime;
     const std::string& candidate;
     const TranslationRunContext& context;
@@ -20,7 +20,7 @@ struct Attempt {
 
     Attempt(LiveTranscriptTranslation& owner, const std::string& text,
             const TranslationRunContext& pair, const UUID& id, const std::stop_token& token)
-        : session(owner),
+        : translation(owner),
           runtime(owner.runtime()),
           candidate(text),
           context(pair),
@@ -37,7 +37,7 @@ struct Attempt {
             static_cast<std::int64_t>(Text::length(candidate));
         observation.diagnostics.sessionGeneration = runtime.committedSessionGeneration;
         observation.t = startedAt = runtime.now();
-        session.appendTranslationObservation(observation);
+        translation.appendTranslationObservation(observation);
     }
 
     /// Checked after each suspension: only the newest request counts.
@@ -50,7 +50,7 @@ struct Attempt {
         observation.t = runtime.now();
         observation.phase = phase;
         observation.durationSeconds = observation.t - startedAt;
-        session.appendTranslationObservation(observation);
+        translation.appendTranslationObservation(observation);
     }
 
     void recordSuccess(const std::string& translated) {

@@ -109,7 +109,7 @@ class LiveTranscriptTranslation final
         const TranslationLanguagePreparationResult& result);
 
     /// Called when the target or the backend may have changed: drops the results for the previous
-    /// one and starts to translate again.
+    /// values and translates again.
     void applySettings(const std::string& reason);
 
     void refresh(const std::string& reason) { captions_->refreshCaptionDisplay(reason, nullptr); }

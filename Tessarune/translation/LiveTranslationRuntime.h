@@ -77,7 +77,8 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
     void startCommittedTask(Operation operation);
     void cancelCommittedTask();
 
-    /// Makes the health that of this pair; resets it if it was that of another.
+    /// Assigns the health and the failed units to this pair; resets both if they belonged to
+    /// another pair.
     void selectCommittedHealthPair(std::string_view source, std::string_view target);
     /// Resets the health and forgets which pair it belonged to.
     void resetCommittedHealth();

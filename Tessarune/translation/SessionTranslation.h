@@ -57,14 +57,14 @@ class SessionTranslation {
     /// Ends the preview and removes its text.
     virtual void cancelGhostTranslation() {}
     virtual void cancelCommittedTranslationTask() {}
-    /// Translates what is still pending, including unfinished units, for at most this time; true if
-    /// nothing is left. Resumes on the main queue and never throws.
+    /// Translates all pending rows, including unfinished units, for at most this time; true if none
+    /// remains pending. Resumes on the main queue and never throws.
     virtual Task<bool> drainCommittedTranslationsBeforePersist(double /*timeoutSeconds*/) {
         co_return true;
     }
     /// Called after a session: cancels everything and releases the translator and its memory.
     virtual void bigCleanup() {}
-    /// Called before the session is destroyed: late answers are dropped from now on.
+    /// Called before the session is destroyed: late answers are dropped from then on.
     virtual void shutDown() {}
 
   protected:

@@ -29,7 +29,8 @@ struct TranslationDownloadProgress {
     std::uint64_t expected = 0;
 };
 
-/// Lists, downloads and removes the languages that English can be translated to. Main queue.
+/// Interface: lists, downloads and removes the languages that English can be translated to. Main
+/// queue.
 class TranslationLanguages {
   public:
     virtual ~TranslationLanguages() = default;
@@ -38,8 +39,8 @@ class TranslationLanguages {
     virtual std::vector<TranslationLanguageState> list() const = 0;
 
     /// Downloads a language, or replaces a damaged one; does nothing if it is installed. Throws
-    /// with a text that can be shown, also for an unknown `id`, for one without a model, and if
-    /// `stop` ends the download early; the bytes received so far are kept for the next attempt.
+    /// with a text that can be shown, also for an unknown `id`, for a language without a model, and
+    /// if `stop` ends the download early; the received bytes are kept for the next attempt.
     /// `progress` may be empty and is called on the main queue.
     virtual Task<void> download(std::string id,
                                 std::function<void(TranslationDownloadProgress)> progress,

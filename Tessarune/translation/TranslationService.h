@@ -62,8 +62,8 @@ class TranslationSession {
 
 /// Interface: the offline translator of this computer.
 ///
-/// The caller owns the objects made here. Their operations may run concurrently; they start and
-/// resume on the given executor, and the object must live until they have ended.
+/// The caller owns the objects made here. The operations of an object may run concurrently; they
+/// start and resume on the given executor, and the object must live until all of them have ended.
 class TranslationService {
   public:
     virtual ~TranslationService() = default;

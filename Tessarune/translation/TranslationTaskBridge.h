@@ -22,8 +22,8 @@ struct TranslationTestRequest {
 };
 
 /// The settings' test of a language pair, which also downloads its resources: it prepares the pair
-/// in a session of its own, translates a sample, and reports the result. A successful test makes a
-/// running session retry its failed rows at once.
+/// in a translation session of its own, translates a sample, and reports the result. A successful
+/// test makes a running listening session retry its failed rows at once.
 ///
 /// Main queue. Made with `std::make_shared`: a running test keeps it alive.
 class TranslationTaskBridge : public std::enable_shared_from_this<TranslationTaskBridge> {
@@ -32,8 +32,8 @@ class TranslationTaskBridge : public std::enable_shared_from_this<TranslationTas
         Host& host;
         /// Null if this computer has no translator.
         std::shared_ptr<TranslationService> service;
-        /// The session that retries its failed rows after a successful test; null if no session can
-        /// run.
+        /// The listening session's translation, which retries failed rows after a successful test;
+        /// null if no session can run.
         std::shared_ptr<LiveTranscriptTranslation> live;
     };
     explicit TranslationTaskBridge(Environment environment);
