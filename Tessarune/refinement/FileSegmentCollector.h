@@ -39,7 +39,7 @@ class FileSegmentCollector {
     std::vector<Segment> volatile_; ///< of the latest volatile result
 };
 
-/// A sentence without case and punctuation, which recognisers change when they repeat it.
+/// The sentence without case and punctuation: recognisers change both when they repeat a sentence.
 std::string normalizedSegmentKey(std::string_view text);
 
 } // namespace tessarune

@@ -15,12 +15,12 @@ FirstAudioOnset::FirstAudioOnset(AudioFormat format, float rmsThreshold, double 
     : format_(format),
       threshold_(rmsThreshold),
       blockFrames_(static_cast<std::size_t>(std::max(format.sampleRate * blockSeconds, 1.0))),
-      mostFrames_(static_cast<std::size_t>(format.sampleRate * maxScanSeconds)) {}
+      maximumFrames_(static_cast<std::size_t>(format.sampleRate * maxScanSeconds)) {}
 
 void FirstAudioOnset::hear(const AudioBuffer& sound) {
     const auto channels = static_cast<std::size_t>(std::max(format_.channels, 1));
     for (std::size_t frame = 0; frame < sound.frames(); ++frame) {
-        if (onset_ || heardFrames_ + openFrames_ >= mostFrames_)
+        if (onset_ || heardFrames_ + openFrames_ >= maximumFrames_)
             return;
         for (std::size_t channel = 0; channel < channels; ++channel) {
             const double sample = sound.samples[frame * channels + channel];

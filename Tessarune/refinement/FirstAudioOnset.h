@@ -20,7 +20,8 @@ class FirstAudioOnset {
     /// Ends the sound; an incomplete last block counts too.
     void finish();
 
-    /// The start of that block, in seconds; 0 if the recording never reaches the threshold.
+    /// The start of the first loud block, in seconds; 0 if the recording never reaches the
+    /// threshold.
     double seconds() const { return onset_.value_or(0); }
 
   private:
@@ -29,7 +30,7 @@ class FirstAudioOnset {
     const AudioFormat format_;
     const float threshold_;
     const std::size_t blockFrames_;
-    const std::size_t mostFrames_;
+    const std::size_t maximumFrames_;
     std::size_t heardFrames_ = 0; ///< in complete blocks
     std::size_t openFrames_ = 0;
     double openSquares_ = 0;

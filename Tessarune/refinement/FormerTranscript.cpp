@@ -11,16 +11,16 @@ namespace tessarune {
 namespace {
 
 using FileResult = SpeechAnalyzerFileTranscriptionResult;
-using FormerSegment = FileResult::Segment;
+using ResultSegment = FileResult::Segment;
 using FormerSentence = HistoryWordTimeline::Sentence;
 
 /// How much sound encoders and decoders add or remove, with a margin.
 constexpr double lengthSlackSeconds = 1.0;
 /// By how much the times of older timelines may be late: they count from the start of the recorder,
-/// which then waited for the device.
-constexpr double mostLateStartSeconds = 3.0;
+/// which is earlier than the first sound of the device.
+constexpr double maximumLatenessSeconds = 3.0;
 /// A sentence is missing if others cover a smaller share of its time than this.
-constexpr double mostCoveredShare = 0.25;
+constexpr double minimumCoveredShare = 0.25;
 /// Two recognisers may place one sentence this far apart.
 constexpr double sameSentenceSeconds = 5;
 
@@ -35,35 +35,35 @@ std::string readIfThere(FileSystem& files, const std::filesystem::path& path) {
     }
 }
 
-/// The end of a sentence; one without an end counts as `moment` long.
+/// The end of a sentence, which counts as at least `moment` seconds long.
 double endOf(const FormerSentence& sentence) {
     constexpr double moment = 0.1;
     return std::max(sentence.end, sentence.start + moment);
 }
 
-double overlap(const FormerSentence& sentence, const FormerSegment& segment) {
+double overlap(const FormerSentence& sentence, const ResultSegment& segment) {
     return std::min(endOf(sentence), segment.end) - std::max(sentence.start, segment.start);
 }
 
 /// Whether nothing, or hardly anything, was recognised in the sentence's time.
-bool isUncovered(const FormerSentence& sentence, const std::vector<FormerSegment>& segments) {
+bool isUncovered(const FormerSentence& sentence, const std::vector<ResultSegment>& segments) {
     double covered = 0;
-    for (const FormerSegment& segment : segments)
+    for (const ResultSegment& segment : segments)
         covered += std::max(0.0, overlap(sentence, segment));
-    return covered < mostCoveredShare * (endOf(sentence) - sentence.start);
+    return covered < minimumCoveredShare * (endOf(sentence) - sentence.start);
 }
 
-bool isSaidNearby(const FormerSentence& sentence, const std::vector<FormerSegment>& segments) {
+bool isSaidNearby(const FormerSentence& sentence, const std::vector<ResultSegment>& segments) {
     const std::string key = normalizedSegmentKey(sentence.source);
-    return std::ranges::any_of(segments, [&](const FormerSegment& segment) {
+    return std::ranges::any_of(segments, [&](const ResultSegment& segment) {
         return overlap(sentence, segment) > -sameSentenceSeconds &&
                (" " + normalizedSegmentKey(segment.text) + " ").find(" " + key + " ") !=
                    std::string::npos;
     });
 }
 
-FormerSegment segmentOf(const FormerSentence& sentence, const HistoryWordTimeline& timeline) {
-    FormerSegment segment{sentence.source, sentence.start, sentence.end, {}};
+ResultSegment segmentOf(const FormerSentence& sentence, const HistoryWordTimeline& timeline) {
+    ResultSegment segment{sentence.source, sentence.start, sentence.end, {}};
     for (const auto& word : timeline.words) {
         const bool belongs = sentence.segmentID ? word.segmentID == sentence.segmentID
                                                 : word.t >= sentence.start && word.t < sentence.end;
@@ -102,9 +102,9 @@ bool FormerTranscript::wasHeard(double heardSeconds, bool isWhole) const {
     const double heardUntil = heardSeconds + lengthSlackSeconds;
     if (recordedSeconds && *recordedSeconds > heardUntil)
         return false;
-    const double allowedLateness = recordedSeconds ? mostLateStartSeconds : lengthSlackSeconds;
+    const double allowedLateness = recordedSeconds ? maximumLatenessSeconds : lengthSlackSeconds;
     return !timeline || std::ranges::all_of(timeline->sentences, [&](const FormerSentence& each) {
-        // Not its end: a row that was still open at a stop ended with the stop, after the sound.
+        // The end does not count: a row that is open at a stop ends with the stop, after the sound.
         return each.start <= heardSeconds + allowedLateness;
     });
 }
@@ -113,14 +113,14 @@ FileResult FormerTranscript::keptIn(const FileResult& refined) const {
     FileResult kept = refined.pulledBackToOnset();
     if (!timeline || Text::trimmed(sourceText).empty())
         return kept;
-    const std::vector<FormerSegment> recognised = kept.segments;
+    const std::vector<ResultSegment> recognised = kept.segments;
     for (const FormerSentence& sentence : timeline->sentences) {
         if (!Text::trimmed(sentence.source).empty() && isUncovered(sentence, recognised) &&
             !isSaidNearby(sentence, recognised))
             kept.segments.push_back(segmentOf(sentence, *timeline));
     }
     if (kept.segments.size() > recognised.size())
-        std::ranges::stable_sort(kept.segments, {}, &FormerSegment::start);
+        std::ranges::stable_sort(kept.segments, {}, &ResultSegment::start);
     return kept;
 }
 

@@ -32,8 +32,8 @@ struct FormerTranscript {
     bool wasHeard(double heardSeconds, bool isWhole) const;
 
     /// Returns `refined` with its times pulled back to the onset, and adds each sentence of this
-    /// transcript in whose time `refined` has hardly anything. A sentence that `refined` has
-    /// slightly earlier or later is not added.
+    /// transcript whose time `refined` hardly covers. A sentence that `refined` has slightly
+    /// earlier or later is not added.
     SpeechAnalyzerFileTranscriptionResult
     keptIn(const SpeechAnalyzerFileTranscriptionResult& refined) const;
 };

@@ -15,10 +15,10 @@ namespace tessarune {
 
 namespace {
 
-constexpr std::size_t copiedAtOnce = std::size_t{4} << 20U;
+constexpr std::size_t bytesPerRead = std::size_t{4} << 20U;
 /// The space on the disk that a copy must leave free.
-constexpr std::uint64_t roomForTheRest = std::uint64_t{16} << 20U;
-constexpr const char* extensionOfNone = "m4a";
+constexpr std::uint64_t reservedBytes = std::uint64_t{16} << 20U;
+constexpr const char* defaultExtension = "m4a";
 
 /// The extension without its dot. An unusual extension, and the one of unfinished files, is
 /// replaced by the default.
@@ -31,7 +31,7 @@ std::string extensionOf(const std::filesystem::path& source) {
                (letter >= 'A' && letter <= 'Z');
     });
     const bool isOurs = Text::lowercased(extension) == "part";
-    return extension.empty() || !isPlain || isOurs ? extensionOfNone : extension;
+    return extension.empty() || !isPlain || isOurs ? defaultExtension : extension;
 }
 
 } // namespace
@@ -124,7 +124,7 @@ void HistoryImportCoordinator::requireSound(const std::filesystem::path& source)
         throw MediaFileError(MediaFileError::Kind::cannotOpen,
                              localized("%@ is empty or not a file", {source.string()}));
     environment_.openMedia(source);
-    const std::uint64_t needed = files.size(source) + roomForTheRest;
+    const std::uint64_t needed = files.size(source) + reservedBytes;
     const std::filesystem::path recordings = environment_.catalog.paths().recordings();
     if (files.freeSpace(recordings) < needed)
         throw std::system_error(std::make_error_code(std::errc::no_space_on_device),
@@ -134,7 +134,8 @@ void HistoryImportCoordinator::requireSound(const std::filesystem::path& source)
 RecordingMetadata HistoryImportCoordinator::copy(const std::filesystem::path& source,
                                                  const UUID& id, const std::stop_token& stop) {
     FileSystem& files = environment_.files;
-    const std::filesystem::path from = std::filesystem::absolute(source); // so "-" is a file
+    // An absolute path, because "-" would be the standard input.
+    const std::filesystem::path from = std::filesystem::absolute(source);
     environment_.catalog.prepareDirectories();
     requireSound(from);
     const std::string extension = extensionOf(from);
@@ -163,18 +164,19 @@ RecordingMetadata HistoryImportCoordinator::copy(const std::filesystem::path& so
     return recording;
 }
 
-/// The next bytes of the source. Its failure is not one of the data folder's disk.
+/// Returns the next bytes of the source. Throws MediaFileError, because std::system_error stands
+/// for failures of the data folder's disk.
 std::string HistoryImportCoordinator::read(const std::filesystem::path& source,
                                            std::uint64_t from) const {
     try {
-        return environment_.files.read(source, from, copiedAtOnce);
+        return environment_.files.read(source, from, bytesPerRead);
     } catch (const std::system_error& error) {
         throw MediaFileError(MediaFileError::Kind::damaged, error.what());
     }
 }
 
-/// The copy gets its name when it is complete; the remains of a crash are removed at the next
-/// start.
+/// The copy gets its name when it is complete; the next launch of the program removes the remains
+/// of a crash.
 void HistoryImportCoordinator::copyBytes(const std::filesystem::path& source,
                                          const std::filesystem::path& to,
                                          const std::stop_token& stop) {

@@ -8,7 +8,7 @@
 
 namespace tessarune {
 
-/// The refined text could not be written (transcriptSidecarSaveFailed).
+/// Thrown if the refined text could not be written.
 struct HistoryRefinementPersistenceError : std::runtime_error {
     explicit HistoryRefinementPersistenceError(const UUID& recording);
 };
@@ -25,9 +25,9 @@ struct HistoryRefinementOutcome {
     enum class Failure {
         none,
         nothingUnderstood, ///< the recogniser found no text
-        sound,             ///< the file is missing, damaged or no longer all there
+        sound,             ///< the file is missing, damaged or incomplete
         recogniser,        ///< it cannot be loaded, takes no files, or failed
-        disk               ///< the text could not be saved, or the data folder not be held
+        disk ///< the text could not be saved, or another program writes the data folder
     };
     enum class Translation {
         none, ///< not wanted, or not possible
@@ -43,7 +43,7 @@ struct HistoryRefinementOutcome {
     std::string translationProblem;
     std::string model;             ///< the model that transcribed it
     std::int64_t sentences = 0;    ///< of the refined text
-    std::int64_t keptOfFormer = 0; ///< how many of them only the former transcript had
+    std::int64_t keptOfFormer = 0; ///< those of them that only the former transcript had
     double heardSeconds = 0;
     std::string brokenOff; ///< why the sound could not be read to its end; empty if it could
 };

@@ -117,7 +117,7 @@ Task<std::string> HistoryRefinementService::translateSegments(JobPtr job, std::s
     for (std::size_t i = 0; i < segments.size(); ++i) {
         setStep(*job, Progress::Step::translating,
                 static_cast<double>(i) / static_cast<double>(segments.size()));
-        Task<void> waiting = mayContinue(job);
+        Task<void> waiting = waitWhilePaused(job);
         co_await waiting;
         const std::string text(Text::trimmed(segments[i].text));
         if (text.empty())

@@ -26,8 +26,8 @@ using Mark = RecordingCatalog::TranscriptionMark;
 using SaveOutcome = RecordingTranscriptSaveOutcome;
 
 /// Seconds between two checks whether a paused job may continue.
-constexpr double pauseLookSeconds = 0.5;
-constexpr double endLookSeconds = 0.02;
+constexpr double pauseCheckSeconds = 0.5;
+constexpr double endCheckSeconds = 0.02;
 /// After this many seconds a hung recogniser no longer delays the end of the program.
 constexpr double longestEndSeconds = 5;
 constexpr const char* span = "history.refine";
@@ -72,15 +72,15 @@ Outcome::Failure kindOf(const std::exception_ptr& failure) {
     }
 }
 
-/// Whether the next start need not try again: the job was cancelled, or would fail for the same
-/// reason. A full disk, or a model that cannot be loaded, may be a temporary reason.
+/// Whether a retry at the next launch is pointless: the job was cancelled, or would fail for the
+/// same reason. A full disk, or a model that cannot be loaded, may be a temporary reason.
 bool isLasting(const Outcome& outcome) {
     return outcome.status == Outcome::Status::cancelled ||
            outcome.failure == Outcome::Failure::nothingUnderstood ||
            outcome.failure == Outcome::Failure::sound;
 }
 
-/// Whether the next start has nothing to complete.
+/// Whether the job leaves nothing for the next launch to complete.
 bool isOver(const Outcome& outcome, bool isEnding) {
     switch (outcome.status) {
     case Outcome::Status::finished:
@@ -116,14 +116,14 @@ void HistoryRefinementService::cancelAll() {
     if (!running_)
         return;
     running_->stop.request_stop();
-    leaveToNextStart(*running_); // now, because a recogniser that hangs never answers
+    leaveToNextLaunch(*running_); // now, because a recogniser that hangs never answers
 }
 
 Task<void> HistoryRefinementService::end() {
     cancelAll();
     const double deadline = environment_.host.now() + longestEndSeconds;
     while (running_ && environment_.host.now() < deadline)
-        co_await sleep(Executor::main(environment_.host), endLookSeconds);
+        co_await sleep(Executor::main(environment_.host), endCheckSeconds);
 }
 
 void HistoryRefinementService::schedule(const std::optional<HistoryRefinementRequest>& request) {
@@ -200,7 +200,7 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
     if (isOver(job->outcome, isEnding_))
         removeMark(*job);
     else
-        leaveToNextStart(*job);
+        leaveToNextLaunch(*job);
     job->dataFolder = {};
     const bool isQueuedAgain = std::ranges::any_of(waiting_, [&](const JobPtr& other) {
         return other->request.recordingID == job->request.recordingID;
@@ -215,15 +215,15 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
     beginNext();
 }
 
-/// Saves an empty transcript for an import that has none. Without a transcript, or with a mark, it
-/// would count as interrupted, and the next start would transcribe it again.
+/// Saves an empty transcript for an import that has none, and removes its mark. An import without a
+/// transcript, or with a mark, counts as interrupted, and the next launch transcribes it again.
 void HistoryRefinementService::settleImport(const UUID& id) {
     RecordingCatalog& catalog = environment_.catalog;
     try {
         const bool isSettled = !lacksText(id) || catalog.saveTranscript("", id);
         if (isSettled && catalog.transcriptionMark(id) != Mark::none)
             catalog.markTranscription(Mark::none, id);
-    } catch (const std::system_error&) { // the next start tries again
+    } catch (const std::system_error&) { // the next launch retries
     }
 }
 
@@ -234,8 +234,9 @@ bool HistoryRefinementService::lacksText(const UUID& id) const {
            !environment_.files.exists(environment_.catalog.transcriptURL(id));
 }
 
-/// On the disk before anything decodes or recognises the file: one that crashes the program must
-/// not do so at each start. The mark stays until the translation is done as well.
+/// Writes the mark of an unfinished import before anything decodes or recognises its file: a file
+/// that crashes the program must not do so at each launch. The mark stays until the translation is
+/// done as well.
 Task<void> HistoryRefinementService::markFirstText(JobPtr job) {
     const UUID id = job->request.recordingID;
     bool isReady = true;
@@ -255,9 +256,10 @@ void HistoryRefinementService::removeMark(Job& job) {
         environment_.catalog.markTranscription(Mark::none, job.request.recordingID);
 }
 
-/// Without a text this needs no mark. Nor must a mark stay that cannot be changed: the next start
-/// would report an unexpected end.
-void HistoryRefinementService::leaveToNextStart(Job& job) {
+/// Changes the mark of an unfinished import, so that the next launch completes it. An import
+/// without a text needs no mark for that. A mark that cannot be changed is removed, because the
+/// next launch would report an unexpected end.
+void HistoryRefinementService::leaveToNextLaunch(Job& job) {
     const UUID& id = job.request.recordingID;
     if (!job.isMarked)
         return;
@@ -266,7 +268,8 @@ void HistoryRefinementService::leaveToNextStart(Job& job) {
             return;
     } catch (const std::system_error&) { // it is unknown whether there is a text
     }
-    environment_.catalog.markTranscription(Mark::none, id); // a text may still be saved: then again
+    // `isMarked` stays: the job may still save a text, and its end then decides about the mark.
+    environment_.catalog.markTranscription(Mark::none, id);
 }
 
 /// Whether the recogniser found no text, neither now nor before: this is not a failure that the
@@ -337,7 +340,7 @@ Task<void> HistoryRefinementService::run(JobPtr job) {
 /// The text is saved before its translation, so that the better text is shown at once.
 Task<void> HistoryRefinementService::refineSource(JobPtr job) {
     const HistoryRefinementRequest& request = job->request;
-    Task<void> waiting = mayContinue(job); // before a model is loaded
+    Task<void> waiting = waitWhilePaused(job); // before a model is loaded
     co_await waiting;
     if (!job->dataFolder.hold)
         job->dataFolder = environment_.leaseDataFolder();
@@ -353,7 +356,7 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
     SpeechAnalyzerFileTranscriber::Control control;
     control.model = job->model;
     control.stop = job->stop.get_token();
-    control.beforeBlock = [this, job] { return mayContinue(job); };
+    control.beforeBlock = [this, job] { return waitWhilePaused(job); };
     control.progress = [this, job](double heard, std::optional<double> duration) {
         setStep(*job, Progress::Step::transcribing,
                 duration && *duration > 0 ? std::min(heard / *duration, 1.0) : 0.0);
@@ -432,9 +435,9 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
 /// Corrects the duration of an import: its container only estimates the length of the sound, or
 /// states that of the video.
 void HistoryRefinementService::correctDuration(RecordingMetadata recording, double heardSeconds) {
-    constexpr double noticedSeconds = 1;
+    constexpr double smallestCorrection = 1; // seconds
     const bool isImport = !FormerTranscript::lengthIsExact(recording);
-    if (!isImport || std::abs(recording.duration - heardSeconds) < noticedSeconds)
+    if (!isImport || std::abs(recording.duration - heardSeconds) < smallestCorrection)
         return;
     recording.note.reset(); // keeps the stored note, which may be newer
     recording.duration = heardSeconds;
@@ -444,10 +447,10 @@ void HistoryRefinementService::correctDuration(RecordingMetadata recording, doub
 
 /// Waits while refinements are paused. Throws CancellationError if the job was cancelled, and
 /// RecordingDeleted if its recording was deleted.
-Task<void> HistoryRefinementService::mayContinue(JobPtr job) {
+Task<void> HistoryRefinementService::waitWhilePaused(JobPtr job) {
     const std::stop_token stop = job->stop.get_token();
     while (isOnHold() && !stop.stop_requested())
-        co_await sleep(Executor::main(environment_.host), pauseLookSeconds, stop);
+        co_await sleep(Executor::main(environment_.host), pauseCheckSeconds, stop);
     if (stop.stop_requested())
         throw CancellationError();
     if (environment_.catalog.wasDeleted(job->request.recordingID))

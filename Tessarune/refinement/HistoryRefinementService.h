@@ -29,9 +29,9 @@ namespace tessarune {
 /// replaced, and a former sentence stays if the recogniser has nothing at its time.
 ///
 /// Main queue; reading and saving happen on a queue of utility priority. Jobs are not persistent:
-/// the end of the program drops them, and the former transcripts stay. The next start knows of an
-/// import whose text or translation is missing whether its job was dropped in order or ended the
-/// program (see RecordingRepair).
+/// the end of the program drops them, and the former transcripts stay. For an import without a text
+/// or translation, the next launch knows whether its job was dropped by a regular end of the
+/// program or has crashed the program (see RecordingRepair).
 class HistoryRefinementService {
   public:
     struct Environment {
@@ -43,15 +43,15 @@ class HistoryRefinementService {
         std::function<SpeechEngine()> engine;
         OpenMediaFile openMedia;
         MakeAudioConverter makeConverter;
-        std::function<std::shared_ptr<Translator>()>
-            makeTranslator; ///< empty: nothing is translated
+        /// If empty, nothing is translated.
+        std::function<std::shared_ptr<Translator>()> makeTranslator;
         /// Makes the observer of a job; may return null.
         std::function<std::shared_ptr<HistoryRefinementObserver>(const HistoryRefinementRequest&)>
             observe = nullptr;
         /// Returns free memory to the operating system; any thread.
         std::function<void()> returnMemory = [] {};
-        /// For as long as a job waits or runs. Without a hold, the job asks again when it begins,
-        /// and then fails.
+        /// Called for each job, which keeps the lease while it waits and runs. A job without a hold
+        /// calls it again when it begins, and fails if it still gets none.
         std::function<DataFolderLease()> leaseDataFolder = unsharedDataFolder;
     };
 
@@ -116,10 +116,10 @@ class HistoryRefinementService {
     bool lacksText(const UUID& id) const;
     Task<void> markFirstText(JobPtr job);
     void removeMark(Job& job);
-    void leaveToNextStart(Job& job);
+    void leaveToNextLaunch(Job& job);
     Task<void> run(JobPtr job);
     Task<void> refineSource(JobPtr job);
-    Task<void> mayContinue(JobPtr job);
+    Task<void> waitWhilePaused(JobPtr job);
     void correctDuration(RecordingMetadata recording, double heardSeconds);
     std::string audioPathOf(const Job& job) const;
     void setProgress(const Job& job, Progress progress);

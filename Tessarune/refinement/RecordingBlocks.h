@@ -20,13 +20,14 @@ class RecordingBlocks {
                     const std::filesystem::path& path, AudioFormat format);
 
     /// Returns at most `seconds` of sound, or null at the end. Damage ends the sound early;
-    /// `brokenOff` then has the reason. Throws AudioConversionError.
+    /// `brokenOff` then states the reason. Throws AudioConversionError.
     AudioBufferPtr next(double seconds);
 
     /// The sound read so far, in seconds of the file.
     double heardSeconds() const { return heardSeconds_; }
     /// The duration that the container states.
     std::optional<double> duration() const { return file_->duration(); }
+    /// When the recording is first loud; see FirstAudioOnset.
     double onsetSeconds() const { return onset_.seconds(); }
     /// Why the file ended early; empty if it did not.
     const std::string& brokenOff() const { return brokenOff_; }

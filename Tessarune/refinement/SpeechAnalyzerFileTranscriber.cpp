@@ -23,7 +23,7 @@ std::string textOf(FileError::Kind kind) {
                : localized("The recogniser cannot transcribe files.");
 }
 
-void requireGoingOn(const std::stop_token& stop) {
+void throwIfStopped(const std::stop_token& stop) {
     if (stop.stop_requested())
         throw CancellationError();
 }
@@ -68,21 +68,21 @@ SpeechAnalyzerFileTranscriber::transcribe(std::string audioPath, std::string loc
             Task<void> waiting = control.beforeBlock();
             co_await waiting;
         }
-        requireGoingOn(control.stop);
+        throwIfStopped(control.stop);
         const AudioBufferPtr block =
             co_await runOn(environment.reader, [&] { return blocks->next(blockSeconds); });
         if (!block)
             break;
         Task<std::vector<SpeechResult>> analyzing = analyzer->analyze(block, control.stop);
         const std::vector<SpeechResult> results = co_await analyzing;
-        requireGoingOn(control.stop);
+        throwIfStopped(control.stop);
         addAll(collector, results);
         if (control.progress)
             control.progress(blocks->heardSeconds(), blocks->duration());
     }
     Task<std::vector<SpeechResult>> finishing = analyzer->finish();
     const std::vector<SpeechResult> last = co_await finishing;
-    requireGoingOn(control.stop);
+    throwIfStopped(control.stop);
     addAll(collector, last);
 
     FileSegmentCollector::Collected collected = collector.collected();
@@ -97,7 +97,7 @@ SpeechAnalyzerFileTranscriber::transcribe(std::string audioPath, std::string loc
     result.localeIdentifier = localeIdentifier;
     result.segments = std::move(collected.segments);
     // If the first word lies further behind the first loud sound than the recogniser can be late,
-    // music or noise precedes it.
+    // music or noise precedes the word.
     result.audioOnsetSeconds = std::max(
         blocks->onsetSeconds(), result.firstSoundSeconds().value_or(0) - analyzer->mostLateness());
     transcription.heardSeconds = blocks->heardSeconds();

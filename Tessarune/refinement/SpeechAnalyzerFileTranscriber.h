@@ -17,7 +17,7 @@
 
 namespace tessarune {
 
-/// Why a file was not transcribed although nothing else failed.
+/// Thrown if the recogniser finds no text or cannot transcribe files.
 class SpeechAnalyzerFileTranscriberError : public std::runtime_error {
   public:
     enum class Kind {

@@ -31,7 +31,7 @@ struct SpeechAnalyzerFileTranscriptionResult {
 
     std::string localeIdentifier;
     std::vector<Segment> segments;
-    double audioOnsetSeconds = 0; ///< when the recording is first loud
+    double audioOnsetSeconds = 0; ///< the earliest time at which the first word can begin
 
     bool operator==(const SpeechAnalyzerFileTranscriptionResult&) const = default;
 
@@ -42,8 +42,8 @@ struct SpeechAnalyzerFileTranscriptionResult {
     std::optional<double> firstSoundSeconds() const;
 
     /// The result with times that count from the start of the recording. Recognisers may report
-    /// late times, so the first word is pulled back to where the recording is first loud; times
-    /// never move forward.
+    /// late times, so the first word is pulled back to `audioOnsetSeconds`; times never move
+    /// forward.
     SpeechAnalyzerFileTranscriptionResult pulledBackToOnset() const;
 
     /// The times of words and sentences, pulled back to the onset; `nullopt` if there is no text.
