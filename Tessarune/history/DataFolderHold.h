@@ -5,7 +5,8 @@
 
 namespace tessarune {
 
-/// No other program writes the data folder while a copy of it exists. Any thread may drop it.
+/// While a copy of the hold exists, no other program writes the data folder. Any thread may drop a
+/// copy.
 using DataFolderHold = std::shared_ptr<const void>;
 
 /// Permission to write the data folder: without a hold, `problem` tells the user why there is none.

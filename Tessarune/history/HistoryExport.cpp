@@ -118,8 +118,8 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
     }
     // Written under an unused name until it is complete, so that no file in the user's folder is
     // damaged.
-    std::filesystem::path beside = to;
-    beside += ".new-" + UUID::random().text().substr(0, 8);
+    std::filesystem::path unfinished = to;
+    unfinished += ".new-" + UUID::random().text().substr(0, 8);
     std::filesystem::path from(request.recording.filePath.value_or(""));
     bool isCopied = false;
     co_await runOn(worker, [&] {
@@ -128,23 +128,25 @@ Task<void> HistoryExport::write(HistoryExportRequest request, std::filesystem::p
         if (recording)
             from = recording->filePath;
         if (recording && isOurM4A(*recording))
-            finishing(beside, [&] {
-                // A file of another size is transcoded: the decoder detects damage.
+            runAudioStep(unfinished, [&] {
+                // A file whose size differs from its entry is transcoded: the decoder detects
+                // damage.
                 isCopied = files_.size(from) == static_cast<std::uint64_t>(recording->byteCount);
                 if (isCopied)
-                    copyAudio(from, beside);
+                    copyAudio(from, unfinished);
             });
     });
     try {
         if (!isCopied) {
             Task<void> transcoding =
-                audio_.transcodeToM4A(from, beside, std::move(progress), std::move(stop));
+                audio_.transcodeToM4A(from, unfinished, std::move(progress), std::move(stop));
             co_await transcoding;
         }
     } catch (const AudioExporter::ExportError& error) {
         throw HistoryExportError(ErrorKind::failed, error.what());
     }
-    co_await runOn(worker, [&] { finishing(beside, [&] { files_.rename(beside, to); }); });
+    co_await runOn(worker,
+                   [&] { runAudioStep(unfinished, [&] { files_.rename(unfinished, to); }); });
 }
 
 Task<std::string> HistoryExport::document(HistoryExportRequest request) {
@@ -152,7 +154,7 @@ Task<std::string> HistoryExport::document(HistoryExportRequest request) {
     std::string bytes;
     co_await runOn(worker, [&] {
         try {
-            bytes = made(request);
+            bytes = documentBytes(request);
         } catch (const HistoryExportError&) {
             throw;
         } catch (const std::exception& error) {
@@ -162,7 +164,7 @@ Task<std::string> HistoryExport::document(HistoryExportRequest request) {
     co_return bytes;
 }
 
-std::string HistoryExport::made(const HistoryExportRequest& request) {
+std::string HistoryExport::documentBytes(const HistoryExportRequest& request) {
     const HistoryWordTimeline times = timeline(request.recording);
     const auto document = exportDocument(request, times);
     if (isSubtitle(request.format) && document.sentenceTimings.empty())
@@ -244,13 +246,13 @@ void HistoryExport::copyAudio(const std::filesystem::path& from, const std::file
 }
 
 /// Runs one step of an audio export. If it fails, removes the output and throws HistoryExportError.
-void HistoryExport::finishing(const std::filesystem::path& beside,
-                              const std::function<void()>& step) {
+void HistoryExport::runAudioStep(const std::filesystem::path& unfinished,
+                                 const std::function<void()>& step) {
     try {
         step();
     } catch (const std::exception& error) {
         try {
-            files_.remove(beside);
+            files_.remove(unfinished);
         } catch (const std::exception&) { // the first error is the one to report
         }
         throw HistoryExportError(ErrorKind::failed, failureText(Format::m4a, error.what()));

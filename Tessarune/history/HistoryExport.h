@@ -59,14 +59,14 @@ class HistoryExport {
     static std::optional<HistoryExportFormat> formatOf(std::string_view fileExtension);
 
   private:
-    std::string made(const HistoryExportRequest& request);
+    std::string documentBytes(const HistoryExportRequest& request);
     HistoryTranscriptExportDocument exportDocument(const HistoryExportRequest& request,
                                                    const HistoryWordTimeline& timeline);
     std::string exportText(const HistoryExportRequest& request);
     HistoryWordTimeline timeline(const HistoryItem& recording);
     static bool isOurM4A(const RecordingMetadata& recording);
     void copyAudio(const std::filesystem::path& from, const std::filesystem::path& to);
-    void finishing(const std::filesystem::path& beside, const std::function<void()>& step);
+    void runAudioStep(const std::filesystem::path& unfinished, const std::function<void()>& step);
 
     Host& host_;
     RecordingCatalog& catalog_;

@@ -15,6 +15,7 @@ namespace {
 
 using Content = HistoryTranscriptExportContent;
 
+constexpr double shortestCue = static_cast<double>(shortestCueMS) / 1000;
 constexpr double longestCue = static_cast<double>(longestCueMS) / 1000;
 /// Reading speed: how fast a cue's text can be read while it is shown.
 constexpr double columnsPerSecond = 20;
@@ -34,16 +35,16 @@ struct Draft {
     double end = 0;
 };
 
-/// Cuts the row into chunks, each as long as the screen, the maximum cue length and `mostColumns`
+/// Cuts the row into chunks, each as long as the screen, the maximum cue length and `columnLimit`
 /// allow.
-std::vector<Chunk> cut(const SpokenRow& row, const SubtitleText& text, std::size_t mostColumns) {
+std::vector<Chunk> cut(const SpokenRow& row, const SubtitleText& text, std::size_t columnLimit) {
     std::vector<Chunk> chunks;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const double until = row.timeAt(text.offset(i + 1));
         const auto joins = [&] {
             const SubtitleText::Range longer{chunks.back().pieces.first, i + 1};
             return until - chunks.back().start <= longestCue &&
-                   text.columns(longer) <= mostColumns && text.fits(longer);
+                   text.columns(longer) <= columnLimit && text.fits(longer);
         };
         if (chunks.empty() || !joins())
             chunks.push_back({{i, i}, row.timeAt(text.offset(i)), until});
@@ -113,7 +114,7 @@ std::vector<Draft> withoutFlashes(std::vector<Draft> drafts) {
         if (!kept.empty()) {
             Draft& last = kept.back();
             const bool isFlash =
-                draft.start - last.start < 1 && draft.end - last.start <= longestCue &&
+                draft.start - last.start < shortestCue && draft.end - last.start <= longestCue &&
                 last.source.size() + draft.source.size() <= SubtitleText::mostLines &&
                 last.translation.size() + draft.translation.size() <= SubtitleText::mostLines;
             if (isFlash) {

@@ -27,8 +27,9 @@ namespace HistorySubtitles {
 inline constexpr std::int64_t shortestCueMS = 1000;
 inline constexpr std::int64_t longestCueMS = 7000;
 
-/// `words` come from the timeline that the document's sentences come from. `duration` is the
-/// recording's, in seconds: rows without a time share the time between their neighbours.
+/// `words` come from the timeline that the document's sentences come from. Rows without a time
+/// share the time between their neighbours, the last ones the time up to `duration`, the
+/// recording's length in seconds.
 std::vector<SubtitleCue> cues(const HistoryTranscriptExportDocument& document,
                               const std::vector<HistoryWordTimeline::Word>& words, double duration);
 

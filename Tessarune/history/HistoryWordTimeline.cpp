@@ -72,12 +72,12 @@ struct Builder {
             return;
         const double start = segmentStart(segment, events, clock);
         const double end = segmentEnd(segment, events, start, clock);
-        const bool timesWords =
+        const bool hasWordTimes =
             std::any_of(events.begin(), events.end(), [](const WordEvent& event) {
                 return event.audioStart.has_value() && event.audioEnd.has_value();
             });
         timeline.sentences.push_back(
-            {std::string(text), start, end, segment.id, std::string(sentenceKind(timesWords))});
+            {std::string(text), start, end, segment.id, std::string(sentenceKind(hasWordTimes))});
 
         const auto tokens = Text::splitOnWhiteSpace(text);
         for (std::size_t i = 0; i < tokens.size(); ++i) {
@@ -90,8 +90,8 @@ struct Builder {
         }
     }
 
-    std::string_view sentenceKind(bool timesWords) const {
-        if (timesWords)
+    std::string_view sentenceKind(bool hasWordTimes) const {
+        if (hasWordTimes)
             return Timeline::TimingKind::audioWord;
         return isApple ? Timeline::TimingKind::audioSegment : Timeline::TimingKind::asrSegment;
     }

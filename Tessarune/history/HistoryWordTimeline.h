@@ -80,9 +80,10 @@ struct HistoryWordTimeline {
                                                     std::span<const CaptionSegment> segments,
                                                     const WordEvents& wordEvents);
 
-    /// The same for sound of this length. A row that was still open at a stop ends with the stop,
-    /// up to three seconds after the last sound: its times are limited to the sound. Rows that
-    /// begin later keep their times: their recording broke off during the session.
+    /// The same timeline, limited to sound of this length in seconds. A row that was still open at
+    /// a stop ends with the stop, up to three seconds after the last sound: its times are limited
+    /// to the sound. Rows that begin later keep their times: their recording broke off during the
+    /// session.
     HistoryWordTimeline endingBy(double seconds) const;
 
     /// Sentences derived from runs of words of the same row, for timelines that were saved without

@@ -57,7 +57,7 @@ RecordingAudioCompressor::RecordingAudioCompressor(Host& host, FileSystem& files
       queue_(host.serialQueue("Tessarune.audio.backgroundEncoder", QueuePriority::utility)) {}
 
 RecordingAudioCompressor::~RecordingAudioCompressor() {
-    endLeftover(); // the program ends in order
+    endLeftover(); // a regular end of the program
 }
 
 // While a session records
@@ -78,14 +78,14 @@ void RecordingAudioCompressor::forget() {
 Task<void> RecordingAudioCompressor::keepUp(Alive alive, RecordingAudioCompressor& self,
                                             std::shared_ptr<WAVEncoding> encoding) {
     // The limit for one step: after the computer has slept there may be hours of silence.
-    constexpr double mostSeconds = 600;
+    constexpr double maximumSeconds = 600;
     Host& host = self.host_;
     const Executor worker = Executor::queue(host, self.queue_);
     for (;;) {
         co_await sleep(Executor::main(host), followSeconds);
         if (alive.expired() || self.followed_ != encoding)
             co_return;
-        co_await runOn(worker, [&] { encoding->follow(mostSeconds); });
+        co_await runOn(worker, [&] { encoding->follow(maximumSeconds); });
     }
 }
 
@@ -161,8 +161,8 @@ Task<void> RecordingAudioCompressor::encodeLeftovers(Alive alive, RecordingAudio
     }
 }
 
-/// On the disk before the encoder reads the file: one that crashes the program must not do so at
-/// each start.
+/// Counts an attempt on the disk before the encoder reads the file: a file that crashes the program
+/// must not do so at each launch. False if the count could not be saved.
 bool RecordingAudioCompressor::beginLeftover(const UUID& recording) {
     const std::size_t attempts = catalog_.compressionAttempts(recording);
     if (!catalog_.setCompressionAttempts(attempts + 1, recording))
@@ -180,7 +180,7 @@ void RecordingAudioCompressor::endLeftover() {
 void RecordingAudioCompressor::logBackgroundFailure(const RecordingMetadata& recording,
                                                     const std::string& error) {
     if (catalog_.wasDeleted(recording.id))
-        return; // its sound went with it, and no log may name it
+        return; // its sound was deleted as well, and no log may name the recording
     logger_.important("audio.compress.background.failed", {{"recordingID", recording.id.text()},
                                                            {"sourcePath", recording.filePath},
                                                            {"error", error}});
@@ -218,8 +218,8 @@ RecordingMetadata RecordingAudioCompressor::adopt(RecordingMetadata recording, b
     recording.channelCount = M4A::channels;
     recording.awaitsCompression = false;
     recording.note.reset(); // keeps the note in the catalog, which may be newer
-    // An entry that names a missing file is dropped at the next start. The entry may name the M4A
-    // although its writing has reported a failure: then both files stay.
+    // The next launch drops an entry that names a missing file. The entry on the disk may name the
+    // M4A although the update has reported a failure: then both files stay.
     if (!catalog_.upsert(recording)) {
         const std::string why =
             catalog_.paths().recordingIndex().string() + " could not be brought up to date";

@@ -52,8 +52,8 @@ class RecordingAudioCompressor {
     /// a core, so that nothing else is slowed down.
     static constexpr double leftoverSecondsASecond = 10;
 
-    /// A recording during whose compression the program ended so often without warning is not
-    /// compressed any more: it may be the reason. Once may have been a power failure.
+    /// After so many unexpected ends of the program during its compression, a recording is not
+    /// compressed again, because it may be the cause. A single one may have been a power failure.
     static constexpr std::size_t mostAttempts = 2;
 
     /// `open` reads back what was written. All references must outlive the compressor.
@@ -64,15 +64,15 @@ class RecordingAudioCompressor {
     RecordingAudioCompressor(const RecordingAudioCompressor&) = delete;
 
     /// Starts to encode the recording while it grows, and marks it for compression: if the program
-    /// ends first, a later start encodes it.
+    /// ends first, a later launch encodes it.
     void follow(const RecordingMetadata& recording);
     /// Stops following the recording, which stays unchanged or is deleted.
     void forget();
     /// Compresses the recordings that earlier sessions left uncompressed, one by one and slowly.
-    /// Keeps `hold` until then.
+    /// Keeps `hold` until the last one is done.
     void compressLeftovers(DataFolderHold hold = {});
-    /// Call before the program ends in order without the destructor: the running compression of a
-    /// leftover then does not count as one that ended the program.
+    /// Call before a regular end of the program that skips the destructor: the running compression
+    /// of a leftover then does not count as the cause of an unexpected end.
     void endLeftover();
 
     /// Encodes the WAV and returns the updated entry. If `deleteSource` is set, removes the WAV
@@ -115,7 +115,7 @@ class RecordingAudioCompressor {
     const std::shared_ptr<SerialQueue> queue_; // the only queue that uses a WAVEncoding
     const std::shared_ptr<const bool> alive_ = std::make_shared<const bool>(true);
     std::shared_ptr<WAVEncoding> followed_;
-    std::optional<UUID> leftover_; // that is being compressed
+    std::optional<UUID> leftover_; // the leftover that is being compressed
 };
 
 } // namespace tessarune

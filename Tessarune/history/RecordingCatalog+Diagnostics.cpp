@@ -18,7 +18,7 @@ using Json = JSON::Value;
 constexpr std::string_view namingFiles[] = {"recording.json", "manifest.json"};
 
 /// Whether a key "recordingID", at any depth, names one of the recordings.
-bool jsonObject(const Json& value, const std::set<std::string>& lowerCaseIDs) {
+bool namesAnyRecording(const Json& value, const std::set<std::string>& lowerCaseIDs) {
     if (!value.is_structured())
         return false;
     if (value.is_object()) {
@@ -28,7 +28,7 @@ bool jsonObject(const Json& value, const std::set<std::string>& lowerCaseIDs) {
             return true;
     }
     return std::any_of(value.begin(), value.end(),
-                       [&](const Json& inner) { return jsonObject(inner, lowerCaseIDs); });
+                       [&](const Json& inner) { return namesAnyRecording(inner, lowerCaseIDs); });
 }
 
 } // namespace
@@ -86,7 +86,7 @@ bool RecordingCatalog::namesRecording(const std::filesystem::path& run,
                                       const std::set<std::string>& ids) {
     for (const std::string_view name : namingFiles) {
         try {
-            if (jsonObject(JSON::parse(files_.read(run / name)), ids))
+            if (namesAnyRecording(JSON::parse(files_.read(run / name)), ids))
                 return true;
         } catch (const std::exception&) { // missing or unreadable: tries the next file
         }

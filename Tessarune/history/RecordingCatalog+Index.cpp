@@ -117,7 +117,7 @@ void RecordingCatalog::writeIndex(RecordingIndex& index) {
     files_.writeAtomically(paths_.recordingIndex(), index.encoded());
     try {
         indexWrittenAt_ = files_.modifiedAt(paths_.recordingIndex());
-    } catch (const std::system_error&) { // costs a reading of what is known
+    } catch (const std::system_error&) { // the index then counts as changed elsewhere
         indexWrittenAt_ = 0;
     }
 }

@@ -48,7 +48,7 @@ void RecordingCatalog::healStaleRecordings() {
         return;
     try {
         writeIndex(index);
-    } catch (const std::exception&) { // the next start heals it
+    } catch (const std::exception&) { // the next launch heals it
     }
 }
 
@@ -65,7 +65,7 @@ bool RecordingCatalog::isSurelyMissing(const std::filesystem::path& path) {
 }
 
 /// Whether the folder of the recordings is empty or cannot be listed. If several recordings lack
-/// their sound, its disk is probably not mounted.
+/// their sound as well, its disk is probably not mounted.
 bool RecordingCatalog::hasNoSound() {
     try {
         return files_.list(paths_.recordings()).empty();
@@ -109,7 +109,7 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
         if (std::any_of(names.begin(), names.end(),
                         [&](const std::string& name) { return isAside(name); }))
             return;
-        const auto known = takeForgottenIn(loaded.index.ids());
+        const auto known = relistForgotten(loaded.index.ids());
         const std::size_t count = removeOrphans(paths_.transcripts(), known, 0);
         if (count > 0) {
             TessaruneLog::storage.notice([&] {
@@ -117,17 +117,17 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
                        " orphan transcript sidecar(s)";
             });
         }
-        // In this folder only imports are named by their UUID. One that is older than the index was
-        // not interrupted before it was listed, and may be the only trace of a recording.
+        // In this folder only imports are named by their UUID. A crash before the listing leaves an
+        // import that is newer than the index; an older one may be the only trace of a recording.
         removeOrphans(paths_.recordings(), known, files_.modifiedAt(paths_.recordingIndex()));
-    } catch (const std::exception&) { // the next start tries again
+    } catch (const std::exception&) { // the next launch retries
     }
 }
 
-/// Lists recordings again that the index lacks, because it is older, such as one from a backup.
-/// They must be finished, and their entries and sound must exist. Returns `known` with their ids
-/// added.
-std::set<UUID> RecordingCatalog::takeForgottenIn(std::set<UUID> known) {
+/// Adds recordings that the index lacks because it is older than they are, for example restored
+/// from a backup. They must be finished, and their entries and sound must exist. Returns `known`
+/// with their ids added.
+std::set<UUID> RecordingCatalog::relistForgotten(std::set<UUID> known) {
     RecordingIndex forgotten = RecordingIndex::salvaged({}, entriesBesideTranscripts(known));
     findMovedSound(forgotten);
     forgotten.removeIf([&](const RecordingMetadata& recording) {

@@ -105,8 +105,8 @@ void RecordingCatalog::write(const NewSidecar& sidecar) {
 
 /// A former text with new times would be wrong, and so would the reverse. Therefore all new files
 /// are complete on the disk before the first of them, always the text, replaces its predecessor; an
-/// empty one stands for a sidecar that is removed. RecordingRepair completes a replacement that is
-/// interrupted after that.
+/// empty new file stands for a sidecar that is removed. RecordingRepair completes a replacement
+/// that is interrupted after that.
 void RecordingCatalog::replaceTogether(const std::vector<NewSidecar>& sidecars) {
     bool isComplete = false;
     try {
@@ -212,7 +212,7 @@ bool RecordingCatalog::setCompressionAttempts(std::size_t attempts, const UUID& 
                     attempts > 0 ? std::optional(std::string(attempts, '.')) : std::nullopt, id);
 }
 
-/// Whether all of them are gone.
+/// Removes all sidecars of the recording. Returns whether they are gone.
 bool RecordingCatalog::removeSidecars(const UUID& id) {
     bool isGone = true;
     const auto remove = [&](const std::filesystem::path& path) {
@@ -313,8 +313,8 @@ RecordingCatalog::saveTranscriptsAgain(std::string_view sourceText, std::string_
         });
 }
 
-/// Calls `save` unless the recording was deleted or refined; `isFormerText` tells the texts of the
-/// session from those of a refinement.
+/// Calls `save` unless the recording was deleted or refined. `isFormerText` returns whether a
+/// stored text comes from the session, not from a refinement.
 RecordingCatalog::TranscriptUpdate
 RecordingCatalog::update(const UUID& id,
                          const std::function<bool(const std::string&)>& isFormerText,

@@ -109,8 +109,9 @@ void RecordingCatalog::removeOwned(const RecordingMetadata& recording, Runs runs
     std::set<std::string> tokens;
     for (const auto& url : audio)
         tokens.insert({url.string(), url.filename().string()});
-    // The diagnostics runs and log lines first: only the entry leads to them, and an interrupted
-    // deletion can be repeated. Once the sound is gone, the next start removes the rest.
+    // The diagnostics runs and log lines go first: only the entry leads to them. An interrupted
+    // deletion can be repeated while the sound exists; after that, the next launch removes the
+    // rest.
     if (runs == Runs::areRemoved) {
         for (const auto& run : diagnosticsRunURLs({recording.id}))
             removeRun(run);
@@ -124,7 +125,7 @@ void RecordingCatalog::removeOwned(const RecordingMetadata& recording, Runs runs
         logger_.deleteEntries({recording.id.text()}, tokens); // lines about failed removals
 }
 
-/// A file outside the recordings folder has no siblings of ours.
+/// The audio file and, if it is in the recordings folder, the same recording in our other formats.
 std::vector<std::filesystem::path>
 RecordingCatalog::audioArtifactURLs(const RecordingMetadata& recording) const {
     const std::filesystem::path audio(recording.filePath);

@@ -38,8 +38,8 @@ inline constexpr std::string_view recordingTranscriptDidUpdate = "recordingTrans
 /// Any thread may call. Changes of the index and the guarded saves run one by one on the queue
 /// "Tessarune.RecordingCatalog.index", and the caller blocks; plain saves of sidecars and all
 /// reading happen on the calling thread and rely on files being replaced atomically. Notifications
-/// are posted on the calling thread afterwards. Only one process may write a data folder: the
-/// program has a DataFolderHold meanwhile.
+/// are posted on the calling thread afterwards. Only one process at a time may write a data folder:
+/// the owner of the DataFolderHold.
 ///
 /// Unknown content is kept: unknown keys of an entry and elements that are not entries stay in the
 /// index unchanged, and an unreadable index is copied aside, as
@@ -72,8 +72,8 @@ class RecordingCatalog {
     /// Why recordings cannot be listed, for the user; empty if they can, even if there are none
     /// yet.
     std::string readingProblem();
-    /// Whether the index on the disk differs from what this process last wrote, as far as its time
-    /// tells.
+    /// Whether the index on the disk differs from what this process last wrote, judged by its
+    /// modification time.
     bool wasIndexChangedElsewhere();
 
     /// Replaces the entry of the same id or adds one. Keeps the stored note and the stored mark for
@@ -88,7 +88,7 @@ class RecordingCatalog {
     bool wasDeleted(const UUID& id);
     /// An empty note is stored as none. An unknown id changes nothing.
     bool setNote(const std::string& note, const UUID& id);
-    /// Sets whether a later start of the program encodes the WAV as M4A. An unknown id changes
+    /// Sets whether a later launch of the program encodes the WAV as M4A. An unknown id changes
     /// nothing.
     bool markForCompression(bool awaitsCompression, const UUID& id);
     bool deleteAll();
@@ -128,20 +128,20 @@ class RecordingCatalog {
                                           const std::optional<HistoryWordTimeline>& wordTimeline,
                                           const UUID& id);
 
-    /// What is known of an import whose text and translation are made for the first time.
+    /// The state of the work on an import whose text and translation are made for the first time.
     enum class TranscriptionMark {
         none,
-        running, ///< if a start of the program finds this, the last run did not survive the import
-        interrupted ///< by the orderly end of the program: a later run makes them
+        running,    ///< if a launch finds this, the program ended unexpectedly during it
+        interrupted ///< by a regular end of the program: a later launch completes it
     };
-    /// Marks no deleted recording. Returns whether the mark is on the disk.
+    /// Sets or removes the mark; a deleted recording gets none. Returns whether that was saved.
     bool markTranscription(TranscriptionMark mark, const UUID& id);
     /// A mark that cannot be read counts as `running`.
     TranscriptionMark transcriptionMark(const UUID& id) const;
 
     /// How many times the program has ended unexpectedly while it compressed the recording in the
-    /// background, and sets that before an attempt begins; 0 once it has ended. Sets nothing for a
-    /// deleted recording.
+    /// background. The compressor adds 1 before an attempt and sets 0 after it. A deleted recording
+    /// gets no count.
     std::size_t compressionAttempts(const UUID& id) const;
     bool setCompressionAttempts(std::size_t attempts, const UUID& id);
 
@@ -150,7 +150,7 @@ class RecordingCatalog {
     std::filesystem::path wordTimelineURL(const UUID& id) const;
     /// The session's journal, see SessionJournal.
     std::filesystem::path journalURL(const UUID& id) const;
-    /// The mark of `markTranscription`.
+    /// The file of `markTranscription`.
     std::filesystem::path transcriptionMarkURL(const UUID& id) const;
     /// The file of `setCompressionAttempts`, with one byte for each attempt.
     std::filesystem::path compressionMarkURL(const UUID& id) const;
@@ -182,7 +182,7 @@ class RecordingCatalog {
     std::optional<IndexRebuild> rebuildUnreadableIndex();
     /// Sets the end of each entry that has none, computed from its duration.
     void healStaleRecordings();
-    /// Removes entries whose audio is missing, unless that is all there was.
+    /// Removes entries whose audio is missing, unless its disk seems not to be mounted.
     void reconcileIndex();
     /// Removes sidecars of recordings that the index does not know, and imported sound that a crash
     /// kept out of the index; does nothing while an unreadable index is kept aside, because the
@@ -213,7 +213,7 @@ class RecordingCatalog {
     bool isAside(const std::string& name) const;
     /// Leaves out the entries of the recordings in `known`.
     std::vector<std::string> entriesBesideTranscripts(const std::set<UUID>& known = {});
-    std::set<UUID> takeForgottenIn(std::set<UUID> known);
+    std::set<UUID> relistForgotten(std::set<UUID> known);
 
     void removeOwned(const RecordingMetadata& recording, Runs runs);
     bool removeSidecars(const UUID& id);
@@ -241,7 +241,7 @@ class RecordingCatalog {
     void writeEntry(const RecordingIndex& index, const UUID& id);
     std::size_t removeOrphans(const std::filesystem::path& folder, const std::set<UUID>& known,
                               double notBefore);
-    RecordingTranscriptSaveOutcome saveGuarded(SidecarKind kind, std::string_view skipped,
+    RecordingTranscriptSaveOutcome saveGuarded(SidecarKind kind, std::string_view what,
                                                const UUID& id,
                                                const std::vector<NewSidecar>& sidecars);
 
@@ -255,7 +255,7 @@ class RecordingCatalog {
     TessaruneFileLogger& logger_;
     NotificationCenter& notifications_;
     std::shared_ptr<SerialQueue> queue_;
-    std::atomic<double> indexWrittenAt_ = 0; ///< the file's time after the last own write
+    std::atomic<double> indexWrittenAt_ = 0; ///< its modification time after the last own write
     // Kept until the process ends; used on the queue only
     std::set<UUID> deleted_;
     std::set<UUID> refined_;

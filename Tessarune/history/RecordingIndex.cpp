@@ -116,9 +116,9 @@ void write(Json& object, const std::optional<RecordingMetadata>& before,
     writer.field("awaitsCompression", &RecordingMetadata::awaitsCompression);
 }
 
-/// Calls `found` with each stretch from a "{" to its "}" that is not nested deeper than entries
-/// are, innermost first. Strings are skipped; they end at the end of the line at the latest, so
-/// that a lost quotation mark affects one line only.
+/// Calls `found` with each stretch from a "{" to its "}", innermost first, except those with more
+/// than `deepest` levels of nesting. Strings are skipped; they end at the end of the line at the
+/// latest, so that a lost quotation mark affects one line only.
 void forEachObject(std::string_view text, const std::function<void(std::string_view)>& found) {
     constexpr std::size_t deepest = 8;
     std::vector<std::size_t> open;
@@ -237,7 +237,7 @@ std::string RecordingIndex::encoded() const {
     Json array = Json::array();
     for (const auto& element : elements_)
         array.push_back(*element.source);
-    // No number here is infinite: neither parsed ones nor those of `written`.
+    // All numbers here are finite, the parsed ones and those of `written`.
     return JSON::pretty(array).value() + "\n";
 }
 

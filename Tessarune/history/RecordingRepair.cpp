@@ -38,9 +38,12 @@ std::uint64_t soundBytes(const WAVHeader& header, std::uint64_t size) {
 bool isUnfinishedFile(std::string_view name) {
     if (name.ends_with(".part"))
         return true;
-    const std::size_t mark = name.rfind(".new-");
-    return mark != std::string_view::npos && mark + 5 < name.size() &&
-           name.find_first_not_of("0123456789", mark + 5) == std::string_view::npos;
+    constexpr std::string_view mark = ".new-";
+    const std::size_t at = name.rfind(mark);
+    if (at == std::string_view::npos)
+        return false;
+    const std::string_view number = name.substr(at + mark.size());
+    return !number.empty() && number.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
 bool hasTranslation(const SessionJournalContent& journal) {
@@ -81,7 +84,7 @@ void RecordingRepair::sortImports(Report& report) {
     using Mark = RecordingCatalog::TranscriptionMark;
     for (const RecordingMetadata& recording : catalog_.recordings()) {
         if (!files_.exists(recording.filePath))
-            continue; // its disk may not be mounted: until then its mark stays
+            continue; // its disk may not be mounted; the mark stays
         const bool hasText = files_.exists(catalog_.transcriptURL(recording.id));
         const Mark mark = catalog_.transcriptionMark(recording.id);
         if (mark == Mark::running) {
@@ -259,8 +262,8 @@ void RecordingRepair::removeReplacedSound() {
 
 /// Finishes or undoes replacements of a transcript by a refined one. A replacement moves the text
 /// first. If the text is still among the waiting files, nothing has been moved: all of them are
-/// removed, the text last, because it tells the two cases apart. Otherwise the remaining files are
-/// moved into place; an empty one stands for a sidecar that is removed.
+/// removed, the text last, because it distinguishes the two cases. If the text has been moved, the
+/// remaining files are moved into place; an empty one stands for a sidecar that is removed.
 void RecordingRepair::completeReplacements() {
     const auto& folder = catalog_.paths().transcripts();
     try {

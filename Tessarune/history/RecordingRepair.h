@@ -20,11 +20,11 @@ class RecordingRepair {
     /// The repairs to report to the user, once.
     struct Report {
         std::vector<UUID> recoveredSessions; ///< interrupted sessions that were repaired
-        /// Imports whose transcription has not begun, could not be carried out, or was interrupted
-        /// by the orderly end of the program, as may have been their translation.
+        /// Imports whose transcription has not begun or could not be carried out, or whose
+        /// transcription or translation a regular end of the program interrupted.
         std::vector<RecordingMetadata> untranscribedImports;
         /// Imports during whose transcription or translation the program ended unexpectedly, maybe
-        /// because of them: they are reported once, and are no longer untranscribed.
+        /// because of them. They are reported once and do not become `untranscribedImports`.
         std::vector<RecordingMetadata> brokenOffImports;
         std::optional<RecordingCatalog::IndexRebuild> rebuiltIndex;
     };
@@ -34,7 +34,7 @@ class RecordingRepair {
     /// Runs all repairs in this order: the index, unfinished files, interrupted replacements of
     /// transcripts, sessions that a crash interrupted and their transcripts, WAVs that an M4A has
     /// replaced, entries without an end, entries without audio, sidecars without an entry. Never
-    /// throws; failures are logged and retried at the next start.
+    /// throws; failures are logged and retried at the next launch.
     Report runAtLaunch();
 
   private:

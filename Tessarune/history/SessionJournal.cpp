@@ -51,7 +51,7 @@ class SessionJournal::Writer {
         file_.reset();
         try {
             files_.remove(path_);
-        } catch (const std::exception& error) { // the next start removes it
+        } catch (const std::exception& error) { // the next launch removes it
             reportOnce(error);
         }
     }

@@ -16,7 +16,7 @@
 namespace tessarune {
 
 /// Keeps the committed rows of a running session on the disk, one line per row and per change of a
-/// row, so that a crash does not lose them: "Transcripts/<UUID>.live.ndjson". The next start makes
+/// row, so that a crash does not lose them: "Transcripts/<UUID>.live.ndjson". The next launch makes
 /// the transcripts from it (RecordingRepair, SessionJournalContent).
 ///
 /// Main queue; the writing is done on the queue "Tessarune.SessionJournal". A line survives a crash

@@ -87,7 +87,7 @@ std::vector<SpokenRow> joined(std::vector<SpokenRow> rows) {
             const std::size_t offset = unit.source.size() + 1;
             unit.source += " " + row.source;
             unit.translation = std::move(row.translation);
-            // A unit without times for all words uses those of its rows.
+            // A row without word times counts as one word.
             if (unit.words.empty())
                 unit.words.emplace_back(0, unit.start);
             unit.words.emplace_back(offset, row.start);

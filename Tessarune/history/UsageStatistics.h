@@ -30,7 +30,7 @@ namespace UsageStatistics {
 /// The data of one recording that the statistics use.
 struct Session {
     double startedAt = 0; ///< seconds since 1970
-    double seconds = 0;   ///< listened to: none for an import
+    double seconds = 0;   ///< listened to; 0 for an import
     std::int64_t words = 0;
     bool isReadable = true; ///< false: its words could not be counted
 };
@@ -44,7 +44,7 @@ std::vector<Session> sessions(RecordingCatalog& catalog, FileSystem& files);
 /// began. A day has 23 or 25 hours when the clock changes.
 std::vector<UsagePeriod> periods(const std::vector<Session>& sessions, UsagePeriodKind kind);
 
-/// What the user has to know of words that are not counted; empty if all are.
+/// The message for the user if the words of some recordings were not counted; empty if all were.
 std::string problemOf(const std::vector<Session>& sessions);
 
 /// The sum over all periods.

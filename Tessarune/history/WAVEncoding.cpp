@@ -47,7 +47,7 @@ void WAVEncoding::attempt(Step step) {
     }
 }
 
-void WAVEncoding::follow(double mostSeconds) {
+void WAVEncoding::follow(double maximumSeconds) {
     attempt([&] {
         const std::uint64_t available = files_.size(wav_);
         if (available <= WAVHeader::size || !open())
@@ -55,7 +55,7 @@ void WAVEncoding::follow(double mostSeconds) {
         constexpr double uncertainSeconds = 1;
         const std::uint64_t margin = header_.dataOffset + bytesOf(uncertainSeconds, header_);
         const std::uint64_t certain = available > margin ? available - margin : 0;
-        encode(std::min(certain, encoded_ + bytesOf(mostSeconds, header_)));
+        encode(std::min(certain, encoded_ + bytesOf(maximumSeconds, header_)));
     });
 }
 

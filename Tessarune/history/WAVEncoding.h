@@ -25,12 +25,12 @@ class WAVEncoding {
         : files_(files), create_(std::move(create)), wav_(std::move(wav)), m4a_(std::move(m4a)) {}
 
     const std::filesystem::path& source() const { return wav_; }
-    /// Empty unless it has failed.
+    /// The text of the failure; empty if there was none.
     const std::string& failure() const { return failure_; }
 
-    /// For a growing WAV: encodes the new sound, at most `mostSeconds` of it, except for the last
-    /// second, which may be the remains of a failed write.
-    void follow(double mostSeconds);
+    /// For a growing WAV: encodes the new sound, at most `maximumSeconds` of it, except for the
+    /// last second, which may be the remains of a failed write.
+    void follow(double maximumSeconds);
     /// For a closed WAV: encodes up to `seconds` more. True once everything is encoded.
     bool advance(double seconds);
     /// Encodes the remainder of a closed WAV and gives the M4A its name. False after a failure, or
