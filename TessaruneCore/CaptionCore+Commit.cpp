@@ -23,6 +23,9 @@ void append(CaptionCore::Rows& rows, const CaptionSegment& row) {
 
 } // namespace
 
+/// Returns the words of each sentence with their times, and how often the sentence changed. Counts
+/// the words as committed, so that the next call continues after them. `churn` has the change
+/// counts of leading sentences; `audioTimings` has the words of the entire utterance or is null.
 std::vector<CaptionCore::SegmentMeta>
 CaptionCore::consumeMeta(const Sentences& sentences, const std::vector<std::int64_t>& churn,
                          const std::vector<ASRWordTiming>* audioTimings) {

@@ -29,7 +29,7 @@ namespace tessarune {
 
 /// The caption state machine: recognition events in, four lists of caption text out. It has no
 /// access to sound, windows, files or clocks. Time and the one delayed call come through closures,
-/// so it behaves the same live and in a replay.
+/// so the core behaves the same live and in a replay.
 ///
 /// Text moves through the lists in this order: `currentPartial`, then `softCaptionSegments` or
 /// `liveLeadingSentences`, then `committedSegments`. Until text is committed, a rewrite by the
@@ -49,16 +49,20 @@ class CaptionCore {
         bool freeze;                      ///< freeze sentences before their final arrives
         bool clauseLevel;                 ///< committed pieces may end at clause punctuation
         bool softClauseLevel = true;      ///< find the clauses of the open sentence
-        double freezeStableSeconds = 0.6; ///< how long unchanged before a sentence is frozen
+        double freezeStableSeconds = 0.6; ///< a sentence unchanged for this long is frozen
         double duplicateCommitWindowSeconds = 4.0; ///< how long a committed row suppresses repeats
         bool softCaptionEnabled = true;
-        double softCaptionStableSeconds = 0.3; ///< how long unchanged before a clause is shown
+        double softCaptionStableSeconds = 0.3; ///< a clause unchanged for this long is shown
         bool earlyCutSelfSegmenting = false; ///< freeze although the recogniser segments by itself
 
         bool operator==(const Config&) const = default;
     };
 
-    enum class Activity { partialDeduped, partialApplied, finalApplied };
+    enum class Activity {
+        partialDeduped, ///< a partial left the open text unchanged
+        partialApplied,
+        finalApplied
+    };
 
     struct DebugEvent {
         UUID id;
@@ -150,10 +154,12 @@ class CaptionCore {
         std::int64_t revisionCount = 0;
         std::vector<WordEvent> words;
     };
+    /// The tail without the soft captions at its start.
     struct LiveTail {
-        std::string text;
+        std::string text; ///< the entire tail if it does not begin with them
         bool matchedAllSoftPrefixes;
     };
+    /// The soft captions to show, and the open text after them.
     struct SoftUpdate {
         Rows visible;
         std::string liveText;

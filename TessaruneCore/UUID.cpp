@@ -7,6 +7,8 @@ namespace tessarune {
 
 namespace {
 
+constexpr std::size_t textLength = 36;
+
 void markVersion4(UUID& id) {
     id.bytes[6] = static_cast<std::uint8_t>((id.bytes[6] & 0x0F) | 0x40);
     id.bytes[8] = static_cast<std::uint8_t>((id.bytes[8] & 0x3F) | 0x80);
@@ -41,7 +43,7 @@ UUID UUID::random() {
 }
 
 std::optional<UUID> UUID::parse(std::string_view text) {
-    if (text.size() != 36)
+    if (text.size() != textLength)
         return std::nullopt;
     UUID id;
     std::size_t at = 0;
@@ -60,7 +62,7 @@ std::optional<UUID> UUID::parse(std::string_view text) {
 std::string UUID::text() const {
     static constexpr char digits[] = "0123456789ABCDEF";
     std::string out;
-    out.reserve(36);
+    out.reserve(textLength);
     for (std::size_t i = 0; i < bytes.size(); ++i) {
         if (dashBefore(i))
             out += '-';

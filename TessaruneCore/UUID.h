@@ -37,9 +37,10 @@ UUIDSource countingUUIDSource();
 template <>
 struct std::hash<tessarune::UUID> {
     std::size_t operator()(const tessarune::UUID& id) const noexcept {
+        constexpr std::size_t fnvPrime = 1099511628211ULL;
         std::size_t value = 0;
         for (auto byte : id.bytes)
-            value = value * 1099511628211ULL ^ byte;
+            value = value * fnvPrime ^ byte;
         return value;
     }
 };

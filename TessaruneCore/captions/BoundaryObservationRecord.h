@@ -21,7 +21,7 @@ struct BoundaryObservationRecord {
 
     explicit BoundaryObservationRecord(BoundaryObservation observation);
 
-    /// A JSON object without a line feed that has every key; `nullopt` if `t` is not finite.
+    /// A JSON object with every key and without a line feed; `nullopt` if `t` is not finite.
     std::optional<std::string> line() const;
 };
 

@@ -38,8 +38,8 @@ struct CaptionSegment {
     std::int64_t revision = 0; ///< the core's revision when the row was last written
     CaptionSegmentState state = CaptionSegmentState::partial;
     FreezeKind freezeKind = FreezeKind::none;
-    /// Start and end in seconds: on the core's clock if the row comes from a partial, in the
-    /// recogniser's time if it comes from a final.
+    /// Start and end in seconds since 1970: on the core's clock if the row comes from a partial, in
+    /// the recogniser's time if it comes from a final.
     double startedAt = 0;
     std::optional<double> endedAt;
     std::optional<double> committedAt; ///< seconds since 1970; absent in sealed rows

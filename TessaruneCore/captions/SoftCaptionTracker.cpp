@@ -68,8 +68,8 @@ SoftCaptionTracker::Advance SoftCaptionTracker::advance(const std::vector<std::s
     return result;
 }
 
-/// Keeps the row at `position` if `text` has its key, otherwise replaces it. Other rows keep their
-/// times.
+/// Keeps the row at `position`, with its times, if `text` has the row's stability key; otherwise
+/// replaces the row.
 void SoftCaptionTracker::place(std::size_t position, std::string_view text, double stableSeconds,
                                double now, const UUIDSource& newID) {
     const bool known = position < rows.size();

@@ -18,7 +18,7 @@ struct SoftCaptionTracker {
     struct Row {
         UUID id; ///< also the identity of the caption row made from it
         std::string text;
-        std::string normalized;
+        std::string normalized; ///< the stability key of `text`
         double firstSeenAt = 0;
         double stableSince = 0;
         bool visible = false; ///< stays set until the row is replaced

@@ -15,11 +15,11 @@ namespace tessarune {
 struct UtteranceTracker {
     std::vector<double> wordFirstSeen;               ///< per word of the whole utterance
     std::vector<std::optional<double>> wordRevealed; ///< per word, when it was first shown
-    std::int64_t committedWordCount = 0;
-    std::vector<std::int64_t> leadingChangeCounts; ///< per leading sentence
-    std::int64_t tailChangeCount = 0;              ///< rewrites; growth does not count
-    std::string prevTail;                          ///< the tail at the last `observe`
-    std::vector<std::string> prevDisplayLeading;   ///< the sentences at the last `observe`
+    std::int64_t committedWordCount = 0;             ///< words of the committed sentences
+    std::vector<std::int64_t> leadingChangeCounts;   ///< per leading sentence
+    std::int64_t tailChangeCount = 0;                ///< rewrites; growth does not count
+    std::string prevTail;                            ///< the tail at the last `observe`
+    std::vector<std::string> prevDisplayLeading;     ///< the sentences at the last `observe`
 
     /// Records `t` as the first-seen time of every new word of `fullText`.
     void alignWords(std::string_view fullText, double t);

@@ -9,15 +9,19 @@ namespace tessarune {
 /// How much the program logs and records for diagnosis; raw values rise with verbosity.
 enum class DiagnosticsLevel { off = 0, core = 1, standard = 2, verbose = 3, trace = 4 };
 
+/// Whether a session writes a diagnostics run, even if only a minimal one.
 constexpr bool writesCoreSessionRun(DiagnosticsLevel level) {
     return level > DiagnosticsLevel::off;
 }
+/// Whether that run is a full one.
 constexpr bool writesSessionDiagnostics(DiagnosticsLevel level) {
     return level > DiagnosticsLevel::core;
 }
+/// Whether the runtime log gets routine events.
 constexpr bool writesRoutineBreadcrumbs(DiagnosticsLevel level) {
     return level > DiagnosticsLevel::standard;
 }
+/// Whether the recogniser's raw results are kept in full.
 constexpr bool expandsAppleRaw(DiagnosticsLevel level) {
     return level > DiagnosticsLevel::verbose;
 }

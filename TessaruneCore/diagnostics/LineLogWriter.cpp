@@ -11,6 +11,7 @@ namespace tessarune {
 namespace {
 
 constexpr int waitMilliseconds = 100;
+/// The number of such waits that `close` allows in total for a reader that has stopped reading.
 constexpr int waitsForAReader = 20;
 
 } // namespace
@@ -85,7 +86,7 @@ void LineLogWriter::writeAll(std::string_view bytes) {
     }
 }
 
-/// Waits until the pipe takes more bytes; false if it still does not when the time after `close` is
+/// Waits until the pipe takes more bytes. Returns false once the waits that `close` allows are used
 /// up.
 bool LineLogWriter::waitForReader() {
     pollfd pipe{file_, POLLOUT, 0};

@@ -17,8 +17,8 @@ namespace tessarune {
 /// Appends lines to a file on a serial queue of its own with low priority.
 ///
 /// Each line is one immediate, unbuffered write, so a crash loses only queued lines. Lines that
-/// cannot be encoded or written are dropped silently, because a diagnostic log must not disturb its
-/// caller; so are lines that arrive while `maximumQueued` others are queued. Later lines are still
+/// cannot be encoded or written, and lines that arrive while `maximumQueued` others are queued, are
+/// dropped silently, because a diagnostic log must not disturb its caller. Later lines are still
 /// written, and a partial line never runs into the next.
 ///
 /// A new file is private to its user. A pipe is written at its reader's pace until `close`, which
@@ -62,7 +62,7 @@ class LineLogWriter {
     std::shared_ptr<SerialQueue> queue_;
     int file_; // used only on the queue; negative once closed
     bool endsInsideALine_ = false;
-    int waitsLeft_; // after `close`
+    int waitsLeft_; // for a reader, once `close` was called
     std::atomic<std::size_t> queued_ = 0;
     std::atomic<bool> isClosing_ = false;
     std::atomic<bool> hasLostLines_ = false;

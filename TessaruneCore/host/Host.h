@@ -53,8 +53,8 @@ class SerialQueue {
     virtual const std::string& label() const = 0;
 };
 
-/// Time, the main queue, delayed calls and serial queues. Code above the platform line uses no
-/// other clock or thread.
+/// Time, the main queue, delayed calls and serial queues. Only platform code and the front ends use
+/// other clocks or threads.
 ///
 /// All operations may be called from any thread. A host must outlive everything created with it.
 class Host {
@@ -81,8 +81,8 @@ class Host {
 
     virtual bool isOnMainQueue() const = 0;
 
-    /// `spawn` calls these at the start and the end of each coroutine frame, on the thread where
-    /// that happens. A host that ends before its tasks can thus destroy the suspended frames.
+    /// `spawn` calls these when the frame of a spawned task is created and destroyed, on the thread
+    /// where that happens. A host that ends before its tasks can thus destroy the suspended frames.
     virtual void taskBegan(std::coroutine_handle<>) {}
     virtual void taskEnded(std::coroutine_handle<>) {}
 };

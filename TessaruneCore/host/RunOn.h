@@ -68,8 +68,9 @@ auto runOn(Executor worker, Work work) {
     return runOn(std::move(worker), std::move(work), main);
 }
 
-/// Runs work that may hang: abandons it after `seconds` and returns false. Otherwise like `runOn`,
-/// and returns true. The work must own its captures, which are released before this returns true.
+/// Like `runOn` for work that may hang: returns true when the work has ended, or abandons it after
+/// `seconds` and returns false. The work must own its captures, which are released before this
+/// returns true.
 Task<bool> runOnWithin(Executor worker, double seconds, Block work, Executor back);
 
 } // namespace tessarune

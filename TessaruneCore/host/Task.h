@@ -123,8 +123,8 @@ inline Task<void> TaskPromise<void>::get_return_object() {
     return Task<void>(std::coroutine_handle<TaskPromise<void>>::from_promise(*this));
 }
 
-/// The frame under a spawned task: starts at once and frees itself at the end, together with the
-/// frames of everything that the task awaits.
+/// The coroutine that awaits a spawned task. It starts at once and frees its frame at the end,
+/// together with the frames of everything that the task awaits.
 struct Detached {
     struct promise_type {
         promise_type(const Task<void>&, const OneShot<bool>&, Host& on) : host(on) {}

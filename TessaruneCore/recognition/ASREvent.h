@@ -16,7 +16,7 @@ std::string_view name(EndpointReason reason);
 /// `nullopt` for an unknown name.
 std::optional<EndpointReason> endpointReason(std::string_view name);
 
-/// One word of a result, with its span in seconds.
+/// One word of a result, and when it was spoken, in seconds since 1970.
 struct ASRWordTiming {
     std::string word;
     double start = 0;
@@ -30,13 +30,13 @@ struct ASREvent {
     /// The current hypothesis for the open utterance.
     struct Partial {
         std::string text;
-        std::int64_t revision = 0; ///< assigned by the recogniser, increasing
+        std::int64_t revision = 0; ///< assigned by the recogniser; increases with each hypothesis
         double timestamp = 0;      ///< when the hypothesis was made, seconds since 1970
 
         bool operator==(const Partial&) const;
     };
 
-    /// A finished utterance and its time span in seconds.
+    /// A finished utterance, and when it was spoken, in seconds since 1970.
     struct Final {
         std::string text;
         double start = 0;

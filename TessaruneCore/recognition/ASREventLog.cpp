@@ -35,10 +35,11 @@ class File {
             fail(errno);
         if (S_ISDIR(status.st_mode))
             fail(EISDIR);
-        // Devices may be endless. A pipe ends but has no size.
+        // A device may be endless, so only an empty one such as /dev/null is read.
         if (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode))
-            return requireEnd();
-        // One byte more than the file's size, so that the first read detects the end.
+            return requireEmpty();
+        // One byte more than the file's size, so that the end is found without a larger buffer. The
+        // buffer grows for a pipe, which has no size.
         std::string bytes(static_cast<std::size_t>(status.st_size) + 1, '\0');
         std::size_t filled = 0;
         while (const std::size_t count = readSome(bytes.data() + filled, bytes.size() - filled)) {
@@ -61,7 +62,7 @@ class File {
         return static_cast<std::size_t>(count);
     }
 
-    std::string requireEnd() const {
+    std::string requireEmpty() const {
         char byte = 0;
         if (readSome(&byte, 1) != 0)
             fail(EINVAL);

@@ -76,10 +76,10 @@ bool read(const dom::element& value, std::vector<ASRWordTiming>& words) {
 } // namespace
 
 std::optional<ASREventRecord> ASREventRecord::fromLine(std::string_view line) {
-    // Kept, so that its buffers are reused for the next line.
+    // One per thread, so that its buffers are reused for the next line.
     thread_local dom::parser parser;
     dom::object fields;
-    // Some versions of the library skip a byte order mark.
+    // Rejected here, because some versions of the library skip a byte order mark.
     if (line.starts_with("\xEF\xBB\xBF") ||
         parser.parse(line.data(), line.size()).get(fields) != simdjson::SUCCESS)
         return std::nullopt;

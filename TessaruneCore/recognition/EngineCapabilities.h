@@ -16,7 +16,7 @@ std::optional<BoundaryUnit> boundaryUnit(std::string_view rawValue);
 
 /// What a recogniser already does by itself.
 struct EngineCapabilities {
-    bool punctuatesNatively = false; ///< text comes punctuated
+    bool punctuatesNatively = false; ///< texts have punctuation
     /// The recogniser ends utterances by itself, so sentences are not cut early.
     bool selfSegments = false;
     bool streamsWordByWord = false;                         ///< partials grow word by word
@@ -24,7 +24,8 @@ struct EngineCapabilities {
     bool isOnline = false;                                  ///< sound is sent to a server
     std::optional<std::int64_t> preferredCaptureSampleRate; ///< in Hz
     BoundaryUnit boundaryUnit = BoundaryUnit::words;
-    std::int64_t maxUnpunctuatedUnits = 28; ///< longer runs without punctuation are cut
+    /// Longer runs without punctuation are cut. Counted in `boundaryUnit`.
+    std::int64_t maxUnpunctuatedUnits = 28;
 
     /// A copy for texts in this language: Chinese is measured in characters with a limit of 48.
     EngineCapabilities localized(std::string_view localeIdentifier) const;

@@ -22,7 +22,7 @@ enum class CaptionMark {
 
 /// The record's kind.
 std::string_view name(CaptionMark mark);
-/// `nullopt` for an event.
+/// The mark that the record stands for; `nullopt` if its kind is not a mark.
 std::optional<CaptionMark> captionMark(const ASREventRecord& record);
 
 ASREventRecord captionMarkRecord(CaptionMark mark, double t, std::string text = {});
