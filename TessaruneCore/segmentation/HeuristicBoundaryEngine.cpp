@@ -39,8 +39,8 @@ std::optional<BoundaryReason> pieceReason(std::string_view piece, const Boundary
                                                             : BoundaryReason::maxWords(limit);
 }
 
-/// Searches a few keys linearly, which is faster than building a set. Texts without punctuation
-/// have many keys, for which it builds one.
+/// Searches a few keys linearly, which is faster than building a set, and many keys, as texts
+/// without punctuation have, with a set.
 class KeySet {
   public:
     explicit KeySet(std::span<const std::string> keys) : keys_(keys) {
@@ -132,8 +132,8 @@ BoundaryDecision HeuristicBoundaryEngine::ingestPartial(std::string_view text,
     return decision;
 }
 
-/// All clauses except the last and those whose key is excluded. Excluded keys before the given
-/// index belong to sentences frozen earlier and do not count.
+/// Returns all clauses except the last and those whose key is excluded. `excludedKeys` before the
+/// index `firstExcluded` belong to sentences frozen earlier and exclude nothing.
 std::vector<std::string>
 HeuristicBoundaryEngine::softPieces(const std::vector<std::string>& excludedKeys,
                                     std::size_t firstExcluded) {

@@ -24,6 +24,7 @@ constexpr std::array<std::string_view, 48> commonAbbreviations = {
     "sr",  "st",  "sun", "thu", "thur", "thurs", "tue",  "tues", "u.k",  "u.s", "vs",  "wed"};
 static_assert(std::is_sorted(commonAbbreviations.begin(), commonAbbreviations.end()));
 
+/// In characters, of the abbreviations without a dot inside.
 constexpr std::size_t longestAbbreviation = 5;
 
 /// Characters of an ASCII text: one per byte.
@@ -146,8 +147,9 @@ void SentenceCuts::cut(std::string_view text, const Rules& rules) {
         finish(rules.limit);
         return;
     }
-    // Whether a character ends depends on the code point after it, which has up to four bytes.
-    while (ends_.back() > 0 && ends_.back() + 4 > unchanged) {
+    // Whether a character ends depends on the code point after it.
+    constexpr std::size_t longestCodePoint = 4; // bytes
+    while (ends_.back() > 0 && ends_.back() + longestCodePoint > unchanged) {
         ends_.pop_back();
         traits_.pop_back();
     }
@@ -250,7 +252,8 @@ void SentenceCuts::finish(std::int64_t limit) {
     }
 }
 
-/// `maximumLength` is an upper bound in characters, so short texts need no counting.
+/// Appends `text`, cut into several pieces if it is longer than `limit`. It has at most
+/// `maximumLength` characters, so a short text need not be counted.
 void SentenceCuts::appendLongTail(std::string_view text, std::size_t maximumLength,
                                   std::int64_t limit, std::vector<std::string_view>& pieces) {
     const bool countsCharacters = unit_ == BoundaryUnit::characters;
@@ -259,6 +262,7 @@ void SentenceCuts::appendLongTail(std::string_view text, std::size_t maximumLeng
     const auto isShort = [&](std::size_t units) {
         return static_cast<std::int64_t>(units) - slack <= limit;
     };
+    // A word and the blank after it have at least two characters.
     if (limit < 1 || isShort(countsCharacters ? maximumLength : (maximumLength + 1) / 2) ||
         isShort(countsCharacters ? Text::countOfNonWhiteSpace(text)
                                  : Text::countOfWhiteSpaceSeparated(text))) {

@@ -44,15 +44,17 @@ class SentenceCuts {
   private:
     /// A piece that ends in punctuation.
     struct Cut {
-        std::size_t end;   ///< the index of the character after it
+        std::size_t end;   ///< the index of the character after the piece
         std::size_t start; ///< the byte offset of the trimmed piece
         std::size_t size;  ///< in bytes
     };
+    /// One of the two lists.
     struct Level {
         bool wanted = false;
         std::vector<Cut> cuts;
         std::vector<std::string_view> pieces;
 
+        /// The index of the first character after the last cut.
         std::size_t end() const { return cuts.empty() ? 0 : cuts.back().end; }
     };
 
@@ -76,7 +78,7 @@ class SentenceCuts {
     BoundaryUnit unit_ = BoundaryUnit::words;
     Level sentences_;
     Level clauses_;
-    std::vector<std::size_t> ends_{0}; ///< the byte offset of each character's end, after a 0
+    std::vector<std::size_t> ends_{0}; ///< 0, then the byte offset of each character's end
     std::vector<SentencePunctuation::Traits> traits_; ///< of each character
     std::list<std::string> joined_; ///< pieces that are not substrings of the text
 };

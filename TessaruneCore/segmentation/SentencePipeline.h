@@ -59,7 +59,8 @@ class SentencePipeline final {
 
     /// How many sentences at the start of `current` are frozen already: the length of its longest
     /// prefix that is a suffix of `frozen`. Cumulative partials repeat the utterance from its
-    /// start; for these, sentence i of `current` is compared with sentence i of `frozen`.
+    /// start; for these, sentence i of `current` is frozen if `frozen` has a sentence i, whatever
+    /// their texts.
     static std::size_t frozenOverlapPrefixCount(const std::vector<std::string>& current,
                                                 const std::vector<std::string>& frozen,
                                                 bool cumulativePartials = false);

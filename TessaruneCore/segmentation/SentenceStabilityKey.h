@@ -5,7 +5,7 @@
 #include <vector>
 
 /// The key by which texts are compared for stability and duplicate suppression. Sentences that
-/// differ only in case, common punctuation or spacing share a key. Closing brackets are
+/// differ only in case, common punctuation or spacing share a key. Brackets and curly quotes are
 /// significant.
 ///
 /// Keys are normalised, so canonically equivalent keys are the same bytes and == compares them.

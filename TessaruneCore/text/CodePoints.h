@@ -3,9 +3,11 @@
 #include <cstddef>
 #include <string_view>
 
-/// Decodes code points and classifies the simple ones. Internal to `Text` and its tests.
+/// Decodes code points and finds those that need no ICU (`isPlain`). For code that walks over
+/// texts; all other code uses `Text.h`.
 namespace tessarune::Text {
 
+/// The general case of `decode`.
 char32_t decodeMultibyte(std::string_view text, std::size_t& at);
 
 /// Whether the next code point certainly has three bytes, as Han and kana do. E0 and ED are left

@@ -100,11 +100,12 @@ bool read(const Value& value, double& number) {
 bool read(const Value& value, std::int64_t& integer) {
     constexpr double largestExactInteger = 9007199254740992.0; // 2^53
     if (value.is_number_integer()) {
-        integer = value.get<std::int64_t>();
+        integer = value.get<std::int64_t>(); // negative for an unsigned number above the range
         return !value.is_number_unsigned() || integer >= 0;
     }
-    const double number = value.is_number() ? value.get<double>() : 0.5;
-    if (std::trunc(number) != number || std::abs(number) > largestExactInteger)
+    double number = 0;
+    if (!read(value, number) || std::trunc(number) != number ||
+        std::abs(number) > largestExactInteger)
         return false;
     integer = static_cast<std::int64_t>(number);
     return true;

@@ -62,8 +62,8 @@ struct Date {
     double seconds = 0; ///< since 1970
 };
 
-// These read a value of each type; false if it has another type. An integer may be written as a
-// double without a fraction, up to 2^53.
+// Each of these reads a value of one type and returns false if `value` has another type. An integer
+// may be written as a double without a fraction, up to 2^53.
 bool read(const Value& value, std::string& text);
 bool read(const Value& value, bool& flag);
 bool read(const Value& value, double& number);
@@ -71,8 +71,8 @@ bool read(const Value& value, std::int64_t& integer);
 bool read(const Value& value, UUID& id);
 bool read(const Value& value, Date& date);
 
-/// One member of `object`; `nullopt` if that is not an object, or if the member is missing or of
-/// another type.
+/// One member of `object`; `nullopt` if `object` is not an object, or if the member is missing or
+/// of another type.
 template <typename T>
 std::optional<T> member(const Value& object, const char* key) {
     T found{};

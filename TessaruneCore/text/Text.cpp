@@ -37,8 +37,8 @@ bool surelyEndsAt(std::string_view text, std::size_t at) {
 }
 
 /// Whether the first difference of two texts proves that they are not equivalent and that `b` is
-/// not a prefix of `a`. The bytes before it are equal, so the code points at the difference decide
-/// if they do not combine with their neighbours.
+/// not a prefix of `a`. The bytes before it are equal, and the code points at the difference are
+/// such a proof if they do not combine with their neighbours.
 bool surelyDiffer(std::string_view a, std::string_view b) {
     auto at = static_cast<std::size_t>(std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first -
                                        a.begin());

@@ -46,7 +46,7 @@ bool isOneOf(std::string_view marks, std::string_view character) {
     return marks.find(character) != std::string_view::npos;
 }
 
-/// A line under construction and the last position at which it may be broken.
+/// A line under construction. `breakAt_` is the last position at which it may be broken.
 class Line {
   public:
     explicit Line(std::size_t width) : width_(width) {}
@@ -63,7 +63,7 @@ class Line {
         if (cells_ + cells > width_ && !text_.empty())
             breakInto(lines);
         if (character == " " && text_.empty())
-            return; // the line break replaces it
+            return; // the line break replaces the blank
         text_ += character;
         cells_ += cells;
         if (cells != 2 || isOneOf(opening, character))
@@ -96,7 +96,7 @@ class Line {
     std::string text_;
     std::size_t cells_ = 0;
     std::size_t breakAt_ = 0;
-    std::size_t breakBefore_ = 0; ///< the break position before the last character
+    std::size_t breakBefore_ = 0; ///< `breakAt_` before the character that keeps closing marks
 };
 
 } // namespace

@@ -18,9 +18,10 @@ namespace CommittedTranslationUnitPlanner {
 
 namespace {
 
+/// A group that reaches one of these limits is complete without an end of a sentence.
 constexpr std::size_t wordLimit = 28;
 constexpr std::size_t characterLimit = 180;
-constexpr double durationLimit = 10.0;
+constexpr double durationLimit = 10.0; // seconds
 
 constexpr std::array<std::string_view, 6> terminalPunctuation{".", "?", "!", "。", "？", "！"};
 constexpr std::array<std::string_view, 11> closingPunctuation{"\"", "'",  "”",  "’",  ")", "]",

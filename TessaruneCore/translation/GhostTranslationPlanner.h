@@ -13,8 +13,8 @@ namespace tessarune::GhostTranslationPlanner {
 
 inline constexpr std::size_t minimumWords = 2;
 
-/// The newest complete sentence of the live text, else its newest soft clause; `nullopt` if that
-/// has fewer than `leastWords` words (separated by blanks).
+/// The newest complete sentence of the live text, or else its newest soft clause; `nullopt` if
+/// there is neither, or if it has fewer than `leastWords` words (separated by blanks).
 std::optional<std::string> latestCandidate(const BoundaryObservation& observation,
                                            std::size_t leastWords = minimumWords);
 

@@ -33,12 +33,13 @@ std::size_t translatedCount(std::span<const CaptionSegment> segments);
 std::vector<std::string> visibleTranslations(std::span<const CaptionSegment> segments,
                                              const std::unordered_set<UUID>& clearedSegmentIDs);
 std::string visibleGhostText(std::string_view text, bool softTranslationEnabled);
+/// The translations as one running text.
 std::string flow(const std::vector<std::string>& translations);
 
 bool canRetryFailures(std::span<const CaptionSegment> segments, bool backendCanRun);
 bool canRetryIncomplete(std::span<const CaptionSegment> segments, bool backendCanRun);
-/// Whether the backend can translate. It can for every target, even for the source language, whose
-/// text is passed through.
+/// Whether the backend can translate. The target makes no difference: even for the source language
+/// it can run, because the text is passed through.
 bool backendCanRun(std::string_view backend, std::string_view target);
 std::optional<RetryBlockedStatus> retryBlockedStatus(bool hasIncomplete, std::string_view backend);
 

@@ -67,7 +67,7 @@ BackendStatus backendStatus(std::string_view backend, std::string_view target);
 std::string backendNotConnectedMessage(std::string_view backend);
 std::string backendNotConnectedSentence(std::string_view backend);
 
-/// In the target language, because it replaces the translation on screen.
+/// The message is in the target language, because it replaces the translation on screen.
 std::string_view languageResourceNotReadyMessage(std::string_view target);
 bool isLanguageResourceNotReadyDisplayMessage(std::string_view text);
 /// The text of a row's failure as a status line.
