@@ -168,7 +168,7 @@ std::string Application::Preparation::rebuiltIndexText() const {
 Application::Preparation Application::prepareToRecord() {
     Preparation preparation;
     const bool records = recording.recordsSessions();
-    // Repairs after a crash always run, unless another program uses the folder.
+    // Repairs after a crash do not depend on the settings.
     if (records || files.exists(paths.recordings())) {
         try {
             preparation.obstacle.holder = recording.takeDataFolder();
@@ -181,7 +181,7 @@ Application::Preparation Application::prepareToRecord() {
     if (!preparation.obstacle.holder)
         preparation.repairs = prepare();
     if (!records)
-        recording.leaveDataFolder(); // so that a program that records can take it
+        recording.leaveDataFolder(); // lets another program that records take it
     return preparation;
 }
 
@@ -216,6 +216,7 @@ const std::shared_ptr<SerialQueue>& Application::utilityQueue() {
 void Application::pruneDiagnosticsOnLaunch(DataFolderHold hold) {
     utilityQueue()->async([this, hold = std::move(hold)] {
         constexpr double bytesPerMB = 1048576;
+        constexpr std::int64_t bytesPerGB = 1073741824;
         constexpr DiagnosticsCatalog::Budget budget;
         const auto pruned = DiagnosticsCatalog(files, paths).pruneRuns(budget);
         if (pruned.prunedRuns == 0)
@@ -225,7 +226,7 @@ void Application::pruneDiagnosticsOnLaunch(DataFolderHold hold) {
                          {{"prunedRuns", static_cast<std::int64_t>(pruned.prunedRuns)},
                           {"freedMB", std::round(freedMB * 10) / 10},
                           {"maxRuns", static_cast<std::int64_t>(budget.maxRuns)},
-                          {"maxTotalGB", std::int64_t{2}}});
+                          {"maxTotalGB", budget.maxTotalBytes / bytesPerGB}});
     });
 }
 

@@ -91,8 +91,8 @@ struct Application {
     void override(AnySetting& setting, SettingValue value);
     void endOverride(AnySetting& setting);
 
-    /// Keeps an unreadable settings file aside and begins a new one, in which nothing is recorded
-    /// until the user allows it. Returns the path of the old one; empty if the file was readable.
+    /// Moves an unreadable settings file aside and begins a new one with recording switched off.
+    /// Returns the new path of the old file; empty if the settings file was readable.
     std::filesystem::path renewSettingsFile();
 
     /// The results of the preparation that a front end reports.
@@ -104,12 +104,15 @@ struct Application {
         /// otherwise.
         std::string rebuiltIndexText() const;
     };
-    /// Ensures that two programs never write one catalog, then runs the start-up services. If
-    /// another program has the data folder, the services do not run: the front end decides how to
-    /// continue. A program that records has the folder afterwards, until it leaves it.
+    /// Takes the data folder, so that two programs never write one catalog, and runs the start-up
+    /// services. If sessions are to be recorded, the folder stays taken until `leaveDataFolder`;
+    /// while another program has it, the services do not run, and the front end decides how to
+    /// continue. Otherwise the folder is taken for the repairs alone, which are skipped if another
+    /// program has it.
     Preparation prepareToRecord();
 
-    /// Runs the start-up services; repairs the data folder only if this program has taken it.
+    /// Runs the start-up services. Repairs and prunes the data folder only if this program has
+    /// taken it.
     RecordingRepair::Report prepare();
 
   private:

@@ -12,7 +12,7 @@ namespace tessarune {
 
 namespace {
 
-/// Seconds between two checks whether the stop is complete.
+/// Seconds between two checks of whether the stop is complete.
 constexpr double pollSeconds = 0.01;
 
 std::shared_ptr<SessionDiagnostics> makeDiagnostics(Application& application,

@@ -14,9 +14,9 @@
 
 namespace tessarune {
 
-/// The store of a listening session with all its dependencies: recogniser, recorder, translation
+/// The store of listening sessions with all its dependencies: recogniser, recorder, translation
 /// and permissions, over one sound server. It runs one session after the other; a front end keeps
-/// it as long as its sound server.
+/// it as long as the sound server.
 ///
 /// Refinements are paused while a session starts, listens or is being saved.
 ///
@@ -32,7 +32,7 @@ class ListeningSession {
         /// Handles the request to refine a saved session; by default it runs in the background.
         std::function<void(const std::optional<HistoryRefinementRequest>&)>
             scheduleHistoryRefinement = nullptr;
-        /// Whether its sessions may be recorded; the settings decide whether they are.
+        /// Whether sessions may be recorded; the settings decide whether they are.
         bool isRecorded = true;
         /// Lists the program's windows for alarms of the memory watch between two sessions.
         IdleMemorySentinel::Windows windows = nullptr;
@@ -49,8 +49,9 @@ class ListeningSession {
     /// Ends the session and resumes when it is saved; at once if there is none.
     Task<void> stop();
 
-    /// With `forgets`, permissions are not stored. This is for sound from a file or a private
-    /// server, whose permissions say nothing about those of the desktop. Call between two sessions.
+    /// With `forgets`, permissions are neither read from the settings nor stored there. This is for
+    /// sound from a file or a private server, whose permissions say nothing about those of the
+    /// desktop. Call between two sessions.
     void setForgetsPermissions(bool forgets);
 
     /// Whether the open diagnostics run keeps texts.

@@ -32,7 +32,7 @@ void LoginItem::apply(bool startsWithDesktop) {
             return std::string("Tessarune launchAtLogin toggle failed: ") + error.what();
         });
         // Deferred: observers are still being notified of the change.
-        fallBack_ = host_.after(0, [this, isOn] { settings_.launchAtLogin = isOn; });
+        revert_ = host_.after(0, [this, isOn] { settings_.launchAtLogin = isOn; });
     }
 }
 

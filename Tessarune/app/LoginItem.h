@@ -12,11 +12,12 @@ namespace tessarune {
 /// Main queue; host, settings and desktop must outlive it.
 class LoginItem {
   public:
-    /// Compares the two. A login item that the user switched off in the desktop's own settings
-    /// switches the setting off. A login item without a stored setting switches the setting on.
-    /// Otherwise the desktop gets the setting's value, unless that is unreadable.
+    /// Compares the setting with the login item. A login item that the user switched off in the
+    /// desktop's own settings switches the setting off. A login item without a stored setting
+    /// switches the setting on. In all other cases the login item gets the setting's value, unless
+    /// the setting is unreadable.
     LoginItem(Host& host, AppSettings& settings, Desktop& desktop);
-    ~LoginItem() { fallBack_.cancel(); }
+    ~LoginItem() { revert_.cancel(); }
     LoginItem(const LoginItem&) = delete;
 
   private:
@@ -25,7 +26,7 @@ class LoginItem {
     Host& host_;
     AppSettings& settings_;
     Desktop& desktop_;
-    DelayedCall fallBack_;
+    DelayedCall revert_; ///< of the setting, after the desktop refused it
     Observations observations_;
 };
 

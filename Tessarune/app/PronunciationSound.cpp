@@ -49,8 +49,8 @@ void PronunciationSound::stop() {
     file_.reset();
 }
 
-/// Ends the sound when it has been played, or when there is a problem: a word that cannot be played
-/// now is not played later.
+/// Ends the sound when it has been played. Also ends it at a problem, because a word that cannot be
+/// played at once is of no use later.
 void PronunciationSound::checkEnd() {
     if (!onEnd_ || (*player_.isPlaying && player_.problem->empty()))
         return;

@@ -15,6 +15,7 @@ namespace tessarune {
 /// host and the parts must outlive it.
 class PronunciationSound : public std::enable_shared_from_this<PronunciationSound> {
   public:
+    /// The function for a `HistoryPronunciationAudioPlayer`. It owns the object that plays.
     static HistoryPronunciationAudioPlayer::PlaySound make(Host& host, PlaybackParts parts);
 
     PronunciationSound(Host& host, PlaybackParts parts);

@@ -9,7 +9,7 @@
 
 namespace tessarune {
 
-/// The lock, and how many holds there are: the last one may be dropped on any thread.
+/// The lock and the number of its holds. The last hold releases the lock, on any thread.
 struct RecordingGate::DataFolder {
     std::mutex mutex;
     std::optional<DataFolderLock> lock;

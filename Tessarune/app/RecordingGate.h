@@ -22,7 +22,7 @@ namespace tessarune {
 /// Main queue; the references must outlive it.
 class RecordingGate {
   public:
-    /// Why nothing is recorded even if the settings ask for it; at most one field is set.
+    /// Why nothing is recorded although the settings may ask for it; at most one field is set.
     struct Obstacle {
         std::string doubt;   ///< the user's choice is unknown; the text says how to state it
         std::string failure; ///< why the data folder cannot be used
@@ -51,12 +51,13 @@ class RecordingGate {
     /// asks again, because this takes the data folder once another program has released it.
     bool mayRecord();
 
-    /// Makes this program the writer of the data folder until nobody has a copy of the result; if
-    /// another program is the writer, returns that program. Throws std::system_error if the folder
-    /// cannot be created or written.
+    /// Makes this program the writer of the data folder until the last copy of the returned hold is
+    /// dropped. If another program is the writer, returns that program. Throws std::system_error if
+    /// the folder cannot be created or written.
     std::variant<DataFolderHold, DataFolderLock::Holder> holdDataFolder();
 
-    /// The same until `leaveDataFolder`; returns the other program, if there is one.
+    /// Like `holdDataFolder`, but the hold lasts until `leaveDataFolder`. Returns the other program
+    /// if it is the writer.
     std::optional<DataFolderLock::Holder> takeDataFolder();
     /// Lets other programs write the data folder again, once no hold exists.
     void leaveDataFolder() { taken_.reset(); }
@@ -72,7 +73,7 @@ class RecordingGate {
     const std::string program_;
     bool recordsNothing_ = false;
     const std::shared_ptr<DataFolder> dataFolder_;
-    DataFolderHold taken_;
+    DataFolderHold taken_; ///< from `takeDataFolder` to `leaveDataFolder`
 };
 
 } // namespace tessarune

@@ -20,8 +20,9 @@ struct Environment {
     std::function<void()> preheatSelectedOption = {};
 };
 
-/// Starts them in this order: the runtime log, the repairs of the data folder, the diagnostics
-/// runs, the recogniser. Main queue; returns the repairs to report to the user.
+/// Starts the services in this order: the runtime log, the repairs of the data folder, the pruning
+/// of diagnostics runs, the preparation of the recogniser. Main queue; returns the repairs to
+/// report to the user.
 RecordingRepair::Report prepare(const Environment& environment);
 
 } // namespace tessarune::TessaruneStartupServices

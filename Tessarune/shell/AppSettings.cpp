@@ -10,6 +10,7 @@ namespace tessarune {
 
 namespace {
 
+// Bits of a stored modifier mask.
 constexpr std::int64_t commandKey = 0x100000;
 constexpr std::int64_t commandAndOptionKeys = 0x180000;
 
@@ -255,7 +256,7 @@ struct AppSettings::Profile {
     double duplicateCommitWindowSeconds;
     double perfSampleIntervalSeconds;
     double softCaptionStableSeconds;
-    std::optional<std::int64_t> smoothPaceMS;
+    std::optional<std::int64_t> smoothPaceMS; ///< `nullopt`: unchanged
 };
 
 void AppSettings::apply(const Profile& profile) {
@@ -279,18 +280,38 @@ void AppSettings::apply(const Profile& profile) {
 }
 
 void AppSettings::applyInternalBetaRecommendedDefaults() {
-    apply({0.60, 4.0, 4.0, 2.0, 0.30, std::nullopt});
+    apply({.freezeStableSeconds = 0.60,
+           .translationDrainTimeoutSeconds = 4.0,
+           .duplicateCommitWindowSeconds = 4.0,
+           .perfSampleIntervalSeconds = 2.0,
+           .softCaptionStableSeconds = 0.30,
+           .smoothPaceMS = std::nullopt});
     selectedRecognitionOptionID.restore();
 }
 
 void AppSettings::applyLowLatencyProfile() {
-    apply({0.35, 2.0, 3.0, 1.0, 0.20, 100});
+    apply({.freezeStableSeconds = 0.35,
+           .translationDrainTimeoutSeconds = 2.0,
+           .duplicateCommitWindowSeconds = 3.0,
+           .perfSampleIntervalSeconds = 1.0,
+           .softCaptionStableSeconds = 0.20,
+           .smoothPaceMS = 100});
 }
 void AppSettings::applyStableTranslationProfile() {
-    apply({1.00, 6.0, 5.0, 2.0, 0.45, 150});
+    apply({.freezeStableSeconds = 1.00,
+           .translationDrainTimeoutSeconds = 6.0,
+           .duplicateCommitWindowSeconds = 5.0,
+           .perfSampleIntervalSeconds = 2.0,
+           .softCaptionStableSeconds = 0.45,
+           .smoothPaceMS = 150});
 }
 void AppSettings::applyStressTestProfile() {
-    apply({0.60, 4.0, 4.0, 1.0, 0.30, 120});
+    apply({.freezeStableSeconds = 0.60,
+           .translationDrainTimeoutSeconds = 4.0,
+           .duplicateCommitWindowSeconds = 4.0,
+           .perfSampleIntervalSeconds = 1.0,
+           .softCaptionStableSeconds = 0.30,
+           .smoothPaceMS = 120});
 }
 
 void AppSettings::resetSubtitleDefaults() {

@@ -11,7 +11,8 @@
 
 namespace tessarune {
 
-/// A keyboard shortcut as it is stored: a modifier mask and a virtual key code.
+/// A keyboard shortcut as it is stored: a virtual key code and a modifier mask, both with the
+/// numbers of the platform from which the setting keys come (docs/glossary.md).
 struct ShortcutSetting {
     Setting<std::int64_t> keyCode;
     Setting<std::int64_t> modifiers;
@@ -130,25 +131,28 @@ class AppSettings {
     ShortcutSetting shortcutLyricsLayout;
     ShortcutSetting shortcutSwapLayout;
 
-    // Profiles: each sets all tuning settings.
+    // Profiles of tuning settings
 
     void applyInternalBetaRecommendedDefaults();
     void applyLowLatencyProfile();
     void applyStableTranslationProfile();
     void applyStressTestProfile();
+
+    // These restore first-launch values.
+
     void resetSubtitleDefaults();
     void resetShortcutDefaults();
 
-    /// Keeps only the modifiers of a mask that a shortcut can use: neither Caps Lock nor the side
-    /// of a Shift key.
+    /// Keeps only the modifiers that a shortcut can use: drops Caps Lock, for example, and the bits
+    /// that tell a left modifier key from a right one.
     static std::int64_t normalizeShortcutModifiers(std::int64_t mask);
 
     /// The tuning settings as text, to be copied into a report.
     std::string currentTuningSummaryText() const;
 
-    /// `bilingualCompare` needs a translation.
+    /// The layout to draw: the stored one, but `lyrics` without a translation.
     SubtitleLayoutMode effectiveSubtitleLayoutMode(bool translationEnabled) const;
-    /// Switches to the next layout mode; skips those that need a translation if there is none.
+    /// Stores the next layout; without a translation that is always `lyrics`.
     void cycleSubtitleLayoutMode(bool translationEnabled);
 
   private:

@@ -15,14 +15,16 @@ class Desktop {
 
     virtual ~Desktop() = default;
 
-    /// Opens an address, a file or a folder in the user's program for it. False if there is none.
+    /// Opens an address, a file or a folder in the user's program for it. False if there is no such
+    /// program.
     virtual bool openURL(const std::string& url) = 0;
 
     /// Sets whether the program starts with the user's desktop. Throws std::system_error.
     virtual void setLoginItem(bool startsWithDesktop) = 0;
     virtual LoginState loginState() = 0;
 
-    /// Shows a notification outside of any window. It is lost if the desktop shows none.
+    /// Shows a notification outside of any window. It is lost if the desktop shows no
+    /// notifications.
     virtual void notify(const std::string& title, const std::string& text) = 0;
 };
 

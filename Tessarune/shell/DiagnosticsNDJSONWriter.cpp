@@ -111,9 +111,9 @@ std::uint64_t DiagnosticsNDJSONWriter::lostRecords() const {
 }
 
 nlohmann::json DiagnosticsNDJSONWriter::sanitized(const nlohmann::json& value) {
-    constexpr double thousandth = 1000;
+    constexpr double perUnit = 1000; // three decimals
     if (value.is_number_float())
-        return std::round(value.get<double>() * thousandth) / thousandth;
+        return std::round(value.get<double>() * perUnit) / perUnit;
     if (!value.is_structured())
         return value;
     JSON::Value result = value.is_object() ? JSON::Value::object() : JSON::Value::array();

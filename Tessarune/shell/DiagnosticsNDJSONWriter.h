@@ -22,9 +22,9 @@ namespace tessarune {
 ///
 /// Any thread. Only `close` waits for the disk, and nothing throws: the file is created, written
 /// and closed on a serial queue of its own with low priority. Records that cannot be encoded or
-/// written are lost, and so are those that arrive while `limit` others are queued for a slow disk;
-/// `lostRecords` counts them. Each line is one write, so that a killed program leaves complete
-/// lines.
+/// written are lost, and so are records that arrive while `limit` others are queued for a slow
+/// disk; `lostRecords` counts all of these. Each line is one write, so that a killed program leaves
+/// complete lines.
 class DiagnosticsNDJSONWriter {
   public:
     static constexpr std::size_t usualLimit = 4096;

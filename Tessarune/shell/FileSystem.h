@@ -29,8 +29,8 @@ class AppendFile {
     virtual void close() = 0;
 };
 
-/// Interface: the disk, so that its faults can be simulated. Any thread; no operation changes the
-/// state of the object itself.
+/// Interface: the disk, so that its faults can be simulated. Any thread; the object itself has no
+/// state that an operation changes.
 ///
 /// Failures throw std::system_error with the disk's error code, and a text that names the path.
 class FileSystem {
@@ -48,10 +48,10 @@ class FileSystem {
     /// loss of power. When it returns, the new bytes are on the disk.
     virtual void writeAtomically(const Path& path, std::string_view bytes) = 0;
 
-    /// Creates or empties the file and opens it. From then on its name survives a loss of power;
-    /// its bytes do once they are synchronized.
+    /// Creates or empties the file and opens it. From then on its name survives a loss of power,
+    /// and its bytes do so once they are synchronized.
     virtual std::unique_ptr<AppendFile> create(const Path& path) = 0;
-    /// Opens a file for appending, creating it, as above, if it is missing. Several programs may
+    /// Opens a file for appending; creates a missing one like `create`. Several programs may
     /// append to one file: each append goes to the file's current end.
     virtual std::unique_ptr<AppendFile> openForAppending(const Path& path) = 0;
 

@@ -7,13 +7,13 @@
 
 namespace tessarune {
 
-/// A store with overrides for this run in front of another store: values from a command line take
+/// A store that overrides values of another store for this run: values from a command line take
 /// effect and are never stored. Main queue; the other store must outlive it.
 class OverridingUserDefaults final : public UserDefaults {
   public:
     explicit OverridingUserDefaults(UserDefaults& behind) : behind_(behind) {}
 
-    /// Gives the key this value from now on; later changes of the key stay in memory.
+    /// Gives the key this value until `endOverride`; changes of the key stay in memory.
     void override(std::string key, SettingValue value) {
         overrides_.insert_or_assign(std::move(key), std::move(value));
     }

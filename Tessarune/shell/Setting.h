@@ -31,7 +31,7 @@ class AnySetting {
     virtual bool accepts(std::string_view text) const = 0;
     /// Assigns the value of the text. If the text is invalid, returns false and changes nothing.
     virtual bool setText(std::string_view text) = 0;
-    /// Whether the stored value is invalid for this setting.
+    /// Whether the stored value is invalid for this setting or cannot be read.
     virtual bool isUnreadable() const = 0;
     /// Assigns the default value and stores it.
     virtual void restore() = 0;
@@ -65,8 +65,8 @@ SettingCodec<double> secondsCodec(double lowest, double highest);
 SettingCodec<std::int64_t> colorCodec();
 SettingCodec<std::string> textCodec();
 
-/// An enumeration that is stored by name. Upper and lower case differ in the stored name, but not
-/// in a typed one.
+/// An enumeration that is stored by name. Case matters in a stored name, but not in a name that a
+/// user types.
 template <typename E>
 SettingCodec<E> wordCodec(std::vector<std::pair<E, std::string>> names) {
     auto find = [names](std::string_view storedName) -> std::optional<E> {

@@ -14,7 +14,7 @@ namespace tessarune {
 
 namespace {
 
-// All integers up to it are exact in a JSON number.
+// All integers up to this one are exact in a JSON number.
 constexpr std::int64_t largestInteger = std::int64_t{1} << 53;
 
 } // namespace

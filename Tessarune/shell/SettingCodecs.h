@@ -23,7 +23,9 @@ SettingCodec<bool> recordingCodec();
 SettingCodec<DiagnosticsLevel> levelCodec();
 SettingCodec<AppleAnalyzerDiagnosticsMode> analyzerModeCodec();
 SettingCodec<SubtitleLayoutMode> layoutCodec();
+/// A modifier mask; bits that a shortcut cannot use are dropped.
 SettingCodec<std::int64_t> modifiersCodec();
+/// A stored number that is not one of the choices reads as `AudioInactivityMinutes::counted` says.
 SettingCodec<std::int64_t> inactivityCodec();
 SettingCodec<std::int64_t> percentCodec();
 SettingCodec<std::int64_t> pointsCodec();

@@ -14,8 +14,8 @@ std::string variable(const char* name) {
     return value ? value : "";
 }
 
-/// The language of a locale, named like the files in po/: with the region if there is such a file,
-/// otherwise without. There may be no file for it.
+/// The language of a locale, named like the files in po/: with its region if there is such a file,
+/// or else without. There may be no file for that, either.
 std::string languageOf(std::string_view locale) {
     const std::string name = Text::lowercased(locale);
     if (name.starts_with("zh")) {
@@ -48,7 +48,7 @@ LocalizationTable forLocale(std::string_view locale) {
             table.insert_or_assign(std::string(key), std::string(text));
     };
     const std::string language = languageOf(locale);
-    if (!language.starts_with("zh")) // a missing Chinese text is shown as its key
+    if (!language.starts_with("zh")) // a text without a Chinese entry is shown as its key
         add("en");
     add(language);
     return table;

@@ -22,9 +22,9 @@ std::span<const Row> rows(std::string_view language);
 /// locale has the texts of one of the two scripts, without the English ones.
 LocalizationTable forLocale(std::string_view locale);
 
-/// The user's locale for messages: the first of LC_ALL, LC_MESSAGES and LANG that is set; if that
-/// is a real language, LANGUAGE takes precedence, with its first language that the program has
-/// texts for.
+/// The user's locale for messages: the first of LC_ALL, LC_MESSAGES and LANG that is set. Unless
+/// this is "C" or "POSIX", the list LANGUAGE takes precedence: its first language that the program
+/// has texts for, or else its first language.
 std::string userLocale();
 
 } // namespace tessarune::StringTables

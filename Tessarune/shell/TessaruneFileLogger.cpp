@@ -75,10 +75,10 @@ class TessaruneFileLogger::Writer {
     }
 
     void prune(double wallClock) {
-        const std::string oldest = fileName(dayStamp(wallClock - daysKept * secondsADay));
+        const std::string oldestKept = fileName(dayStamp(wallClock - daysKept * secondsADay));
         try {
             for (const auto& name : files_.list(folder_)) {
-                if (isLogFile(name) && name < oldest)
+                if (isLogFile(name) && name < oldestKept)
                     files_.remove(folder_ / name);
             }
         } catch (const std::exception& error) {
@@ -139,7 +139,7 @@ class TessaruneFileLogger::Writer {
             files_.writeAtomically(path, kept);
             return;
         }
-        // Keeps the file itself: another program may have it open for appending.
+        // Empties the file and does not replace it: another program may have it open for appending.
         files_.empty(path);
         files_.openForAppending(path)->append(kept);
     }
@@ -189,8 +189,7 @@ void TessaruneFileLogger::event(std::string name, LogFields fields, Importance i
         object["event"] = name;
         object["t"] = wallClock;
         object["mainThread"] = mainThread;
-        // An event about a sound source or a language has a field "source" of its own, and keeps
-        // it.
+        // An event about a sound source or a language keeps its own field "source".
         object[object.contains("source") ? "sourceLocation" : "source"] =
             std::filesystem::path(source.file_name()).filename().string() + ":" +
             std::to_string(source.line());

@@ -9,7 +9,7 @@ namespace tessarune {
 
 namespace {
 
-/// Services and scheduled jobs start without HOME.
+/// HOME, or else the home folder of the account: services and scheduled jobs start without HOME.
 std::filesystem::path homeFolder() {
     const char* home = std::getenv("HOME");
     if (home && *home)
@@ -18,7 +18,7 @@ std::filesystem::path homeFolder() {
     return user && user->pw_dir && *user->pw_dir ? user->pw_dir : "/";
 }
 
-/// The XDG conventions ask to ignore a relative path.
+/// The folder that an XDG variable names, or the default. XDG asks to ignore a relative path.
 std::filesystem::path userFolder(const char* variable, const char* belowHome) {
     if (const char* value = std::getenv(variable)) {
         std::filesystem::path path(value);

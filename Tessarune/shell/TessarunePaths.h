@@ -17,14 +17,14 @@ struct TessarunePaths {
     std::filesystem::path transcripts() const { return appSupportBase() / "Transcripts"; }
     std::filesystem::path diagnostics() const { return appSupportBase() / "Diagnostics"; }
     std::filesystem::path recordingIndex() const { return appSupportBase() / "recordings.json"; }
-    /// Locked by the one program that may write here.
+    /// Locked by the one program that may write in the data folder.
     std::filesystem::path lock() const { return appSupportBase() / "Tessarune.lock"; }
     std::filesystem::path models() const { return appSupportBase() / "Models"; }
 
     /// `$XDG_CONFIG_HOME/Tessarune/settings.json`, by default under `~/.config`.
     static std::filesystem::path settingsFile();
-    /// `$XDG_RUNTIME_DIR/tessarune.log`, a trace for developers. `nullopt` if that variable names
-    /// no absolute path.
+    /// `$XDG_RUNTIME_DIR/tessarune.log`, a trace for developers. `nullopt` if the variable
+    /// is not an absolute path.
     static std::optional<std::filesystem::path> debugLog();
 };
 

@@ -11,10 +11,10 @@ namespace tessarune {
 
 using SettingValue = std::variant<bool, std::int64_t, double, std::string>;
 
-/// Interface: the store behind the settings: named plain values that outlive the program. Main
+/// Interface: the store behind the settings, with named plain values that outlive the program. Main
 /// queue.
 ///
-/// Values are returned whatever their type, and the caller checks it. Unknown keys are kept
+/// A value is returned with the type that is stored, which the caller checks. Unknown keys are kept
 /// unchanged.
 class UserDefaults {
   public:
