@@ -122,7 +122,7 @@ CaptionFollowDriver::noteUserScrollMotion(const Geometry& geometry) {
     return motion;
 }
 
-/// The gap between the two thresholds keeps the list from switching back and forth.
+/// The two thresholds differ, so that the list does not switch back and forth.
 bool CaptionFollowDriver::shouldBePinned(const Geometry& geometry, bool meaningful) const {
     if (!geometry.overflowing())
         return true;
@@ -323,20 +323,20 @@ void CaptionFollowDriver::noteViewChannelAlive() {
     if (std::exchange(stallSuspected_, false)) {
         TessaruneLog::ui.notice([&] {
             return "caption follow: view channel resumed after " +
-                   Text::fixed(now() - lastRevisionAt_.value_or(now()), 1) + "s (" +
-                   std::to_string(heartbeatsSinceRevision_) + " heartbeats)";
+                   Text::fixed(now() - lastViewSignalAt_.value_or(now()), 1) + "s (" +
+                   std::to_string(heartbeatsSinceViewSignal_) + " heartbeats)";
         });
     }
-    lastRevisionAt_ = now();
-    heartbeatsSinceRevision_ = 0;
+    lastViewSignalAt_ = now();
+    heartbeatsSinceViewSignal_ = 0;
 }
 
 /// A published frame proves that there is something new to draw; the view's own signals prove that
-/// it noticed.
+/// the view noticed it.
 void CaptionFollowDriver::frameHeartbeat() {
     markContentDirty();
     scheduleFollowSync();
-    ++heartbeatsSinceRevision_;
+    ++heartbeatsSinceViewSignal_;
     preventiveNudgeIfNeeded();
     checkLayoutFreeze();
     checkStall();
@@ -366,16 +366,16 @@ void CaptionFollowDriver::checkLayoutFreeze() {
 }
 
 void CaptionFollowDriver::checkStall() {
-    if (heartbeatsSinceRevision_ < stallMinHeartbeats ||
-        !hasPassed(stallThreshold, lastRevisionAt_, now()))
+    if (heartbeatsSinceViewSignal_ < stallMinHeartbeats ||
+        !hasPassed(stallThreshold, lastViewSignalAt_, now()))
         return;
     stallSuspected_ = true;
     if (mayLogBreadcrumb()) {
         TessaruneLog::ui.notice([&] {
             const Geometry geometry = view_.geometry().value_or(Geometry());
             return "caption follow: STALL suspected — view silent " +
-                   Text::fixed(now() - lastRevisionAt_.value_or(now()), 0) + "s, " +
-                   std::to_string(heartbeatsSinceRevision_) + " heartbeats, document " +
+                   Text::fixed(now() - lastViewSignalAt_.value_or(now()), 0) + "s, " +
+                   std::to_string(heartbeatsSinceViewSignal_) + " heartbeats, document " +
                    Text::fixed(geometry.documentHeight, 0) + ", clipY " +
                    Text::fixed(geometry.clipY, 0) + ", rows " + std::to_string(geometry.rows) +
                    ", pinned=" + word(isPinned_);

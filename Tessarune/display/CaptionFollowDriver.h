@@ -12,8 +12,8 @@
 
 namespace tessarune {
 
-/// The state of the list that the rest of the caption stage reads: whether the user is reading
-/// earlier captions.
+/// What the rest of the caption stage reads of the list: whether the user is reading earlier
+/// captions.
 struct CaptionFollowState {
     Published<bool> isReviewing{false};
 };
@@ -21,21 +21,23 @@ struct CaptionFollowState {
 /// Keeps a caption list at its newest line while the user follows, stops following as soon as the
 /// user scrolls back, and returns after the user has not scrolled for a while.
 ///
-/// While pinned, the list follows the newest line. While the user reviews earlier captions, it does
-/// not, and a timer runs. Only scrolling by the user ends the pinned state; new rows never do. In
-/// addition, heal paths detect a list that stopped drawing although frames keep coming, and redraw
-/// it.
+/// While pinned, the list follows the newest line. While the user reviews earlier captions, the
+/// list does not move, and a timer runs. Only scrolling by the user ends the pinned state; new rows
+/// never do. In addition, heal paths detect a list that stopped drawing although frames keep
+/// coming, and redraw it.
 ///
 /// Main queue. The view calls the `user…` operations as it is scrolled, `update` when its content
 /// changed, and `frameHeartbeat` for each published frame. Host, view and state must outlive the
 /// driver.
 class CaptionFollowDriver {
   public:
+    // In points
     static constexpr double reviewEnterThreshold = 64;
     static constexpr double followResumeThreshold = 12;
     static constexpr double meaningfulScrollThreshold = 1.5;
 
-    /// Receives each event; `name` has no prefix. Important ones are written at every log level.
+    /// Receives each event; `name` is without the log's prefix. Important events are logged even
+    /// where routine ones are not.
     using Recorder =
         std::function<void(const std::string& name, const LogFields& fields, bool important)>;
 
@@ -88,7 +90,7 @@ class CaptionFollowDriver {
 
     void scheduleFollowSync();
     void followSync();
-    /// Returns how far the list moved.
+    /// Returns how far the list was from its end, in points; 0 if there is no list.
     double scrollToBottom();
     void redrawViewport();
 
@@ -131,8 +133,8 @@ class CaptionFollowDriver {
     DelayedCall pendingHeal_;
     bool healScheduled_ = false;
 
-    std::optional<double> lastRevisionAt_; // when the view last called
-    int heartbeatsSinceRevision_ = 0;
+    std::optional<double> lastViewSignalAt_; // when the view last called
+    int heartbeatsSinceViewSignal_ = 0;
     bool stallSuspected_ = false;
     std::optional<double> lastNudgeAt_;
     std::optional<double> lastPreventiveNudgeAt_;

@@ -57,8 +57,8 @@ void CaptionStageRows::findGhostRow(const LiveCaptionDisplayFrame& frame) {
             return;
         }
     }
-    const std::size_t last = settled_.size() - std::min(settled_.size(), ghostReach);
-    for (std::size_t i = settled_.size(); i > last; --i) {
+    const std::size_t unsearched = settled_.size() - std::min(settled_.size(), ghostReach);
+    for (std::size_t i = settled_.size(); i > unsearched; --i) {
         if (settled_[i - 1].translatedText.empty() &&
             settled_[i - 1].normalizedSourceKey() == key) {
             ghostRow_ = i - 1;
@@ -71,8 +71,8 @@ bool CaptionStageRows::hasGhost() const {
     return ghostRow_ || std::ranges::any_of(tail_, &CaptionStageRow::isGhost);
 }
 
-/// Whether the preview is of a sentence inside the rows that may still change, without a row of its
-/// own.
+/// Whether the preview's sentence is only a part of the rows that may still change, and has no row
+/// of its own.
 bool CaptionStageRows::isGhostOfPart(const LiveCaptionDisplayFrame& frame) const {
     const std::string key =
         GhostTranslationPlanner::normalizedKey(frame.ghostTranslationSourceText);

@@ -46,8 +46,8 @@ class CaptionStageRows {
     /// The index of the row whose source is still growing; `size()` if there is none.
     std::size_t growing() const;
 
-    /// The indexes at which both lists have a row but the rows differ, ascending. The cost depends
-    /// only on the changes.
+    /// The indexes at which this list and `before` both have a row but the rows differ, ascending.
+    /// The cost depends only on the changes.
     std::vector<std::size_t> changedSince(const CaptionStageRows& before) const;
 
   private:
@@ -57,8 +57,8 @@ class CaptionStageRows {
     void findGhostRow(const LiveCaptionDisplayFrame& frame);
 
     Block block_ = Block::source;
-    LiveCaptionDisplayRows settled_;         // of the lists that show the source
-    SharedVector<std::string> translations_; // of the list of translations
+    LiveCaptionDisplayRows settled_;         // empty for `Block::translations`
+    SharedVector<std::string> translations_; // empty for the other blocks
     std::vector<CaptionStageRow> tail_;
     std::string ghost_;
     std::optional<std::size_t> ghostRow_; // the settled row that the preview belongs to

@@ -72,7 +72,7 @@ void LiveCaptionDisplayCache::updateSourceRows(const Captions& captions, bool fo
     if (force || (isChanged && !appendSourceRowsIfPossible(captions))) {
         rebuildSourceRows(captions);
     } else if (patch) {
-        // Also after an append: the unit may consist of earlier rows.
+        // Needed after an append, too: the unit may consist of earlier rows.
         patchSourceRows(*patch);
     }
     if (force || isChanged)
@@ -87,7 +87,7 @@ void LiveCaptionDisplayCache::rebuildSourceRows(const Captions& captions) {
             addSourceSegment(segment);
     }
     mergedBilingual_.rebuild(sourceTextRows_);
-    // The live, uncommitted rows must be updated too.
+    // Forces an update of the live tail, which leaves out committed rows.
     liveTailSignature_.reset();
     ++sourceRevision_;
     ++sourceFullRebuildCount_;
@@ -218,8 +218,8 @@ void LiveCaptionDisplayCache::updateTranslationRows(const Captions& captions, bo
     }
     if (translationRows_.size() != rowsBefore)
         ++translationRevision_;
-    // A signature contains only the first and the last row, so it may not change with this unit.
-    // The text must not wait for a later change.
+    // A signature contains only the first and the last row, so it can stay equal although this unit
+    // changed. The text must be shown now, not after a later change.
     if (patch->translatedText && places_.contains(patch->resultSegmentID) &&
         !patchTranslationRows(*patch))
         rebuildTranslationRows(captions);

@@ -55,9 +55,10 @@ class LiveCaptionDisplayCache {
     /// The rows and revisions of a frame. The session adds the other texts.
     LiveCaptionDisplayFrame frame() const;
 
-    /// The visible rows: committed rows, the live tail, and the open row if it is visible.
+    /// The number of visible rows: committed rows, the live tail, and the open row if it is
+    /// visible.
     std::size_t sourceSegmentCount() const;
-    /// The last ones of them, at most `limit`, oldest first. The captions are those of the last
+    /// The newest visible rows, at most `limit`, oldest first. `committed` are the rows of the last
     /// update.
     std::vector<CaptionSegment> newestSourceSegments(std::span<const CaptionSegment> committed,
                                                      std::size_t limit) const;
@@ -70,10 +71,10 @@ class LiveCaptionDisplayCache {
 
   private:
     using IndexByID = std::unordered_map<UUID, std::size_t>;
-    /// Where a committed segment is found.
+    /// The position of a committed segment.
     struct Place {
-        std::size_t segment = 0;          // among those that are not cleared
-        std::optional<std::uint32_t> row; // without: it has no visible text
+        std::size_t segment = 0;          // among the segments that are not cleared
+        std::optional<std::uint32_t> row; // in `sourceTextRows_`; `nullopt`: it has no visible text
     };
 
     void updateSourceRows(const Captions& captions, bool force, const Patch* patch);
@@ -96,7 +97,7 @@ class LiveCaptionDisplayCache {
     std::optional<PartialSignature> partialSignature_;
     std::optional<TranslationSignature> translationSignature_;
 
-    std::vector<CaptionSegment> liveTailSegments_; // live and uncommitted
+    std::vector<CaptionSegment> liveTailSegments_; // of `liveTailRows_`
     LiveCaptionDisplayRows sourceTextRows_;
     LiveCaptionDisplayRows liveTailRows_;
     MergedBilingualRows mergedBilingual_; // of `sourceTextRows_`
@@ -105,9 +106,9 @@ class LiveCaptionDisplayCache {
     std::optional<LiveCaptionDisplaySegment> livePartialRow_;
     SharedVector<std::string> translationRows_;
 
-    std::unordered_map<UUID, Place> places_; // of committed segments, without those cleared
+    std::unordered_map<UUID, Place> places_; // of committed segments that are not cleared
     IndexByID translationRowIndexByResultSegmentID_;
-    /// The index of the last translation row's segment.
+    /// `Place::segment` of the last translation row.
     std::size_t lastTranslatedSegmentIndex_ = 0;
 
     std::int64_t sourceRevision_ = 0;

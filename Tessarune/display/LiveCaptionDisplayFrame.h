@@ -21,15 +21,15 @@ struct SubtitleTranslationStatusViewState {
 /// Everything that views draw of a session at one moment. A value: a view may keep an old one,
 /// whose rows never change, and a copy costs the same for ten rows and for ten thousand.
 ///
-/// Two frames are equal if their revisions, texts, phase and status are: rows never change without
-/// a change of a revision, and are not compared.
+/// Two frames are equal if their revisions, texts, phase and status are equal. Rows are not
+/// compared, because they never change without a change of a revision.
 struct LiveCaptionDisplayFrame {
     std::int64_t sourceRevision = 0;
     std::int64_t translationRevision = 0;
-    LiveCaptionDisplayRows sourceTextTail; ///< all committed rows, oldest first
+    LiveCaptionDisplayRows sourceTextTail; ///< committed rows that are not cleared, oldest first
     LiveCaptionDisplayRows liveTailRows;   ///< complete sentences and clauses that may still change
-    LiveCaptionDisplayRows mergedBilingualSourceTail;        ///< a translation unit is one row
-    LiveCaptionDisplayRows mergedBilingualLiveTailRows;      ///< likewise
+    LiveCaptionDisplayRows mergedBilingualSourceTail;        ///< `sourceTextTail`, one row per unit
+    LiveCaptionDisplayRows mergedBilingualLiveTailRows;      ///< `liveTailRows`, one row per unit
     std::optional<LiveCaptionDisplaySegment> livePartialRow; ///< the open row, if it has a text
     SharedVector<std::string> translationTail;               ///< the visible translations
     std::string ghostTranslationText;                        ///< the preview; empty if none

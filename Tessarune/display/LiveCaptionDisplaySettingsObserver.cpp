@@ -27,7 +27,7 @@ template <typename T>
 void LiveCaptionDisplaySettingsObserver::observe(Setting<T>& setting) {
     const auto valueOf = [&setting] {
         if constexpr (std::is_same_v<T, std::string>)
-            return *setting; // `text()` may spell it differently, for the user
+            return *setting; // `text()` may spell the value differently, for the user
         else
             return setting.text();
     };

@@ -69,8 +69,8 @@ class LiveCaptionDisplayStore {
     const NotificationCenter* const notifications_;
 };
 
-/// Whether a diagnostics run records this refresh: frequent ones are sampled. `publishedFrameIndex`
-/// counts from 0.
+/// Whether a diagnostics run records this refresh: frequent refreshes are sampled.
+/// `publishedFrameIndex` counts from 0.
 bool shouldRecordDisplayDiagnostics(std::string_view reason, double publishedFrameIndex,
                                     bool isPublished, AppleAnalyzerDiagnosticsMode mode);
 

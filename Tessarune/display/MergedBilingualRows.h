@@ -9,8 +9,8 @@
 namespace tessarune {
 
 /// Rows that each show a complete translation unit: adjacent final rows of one unit become one row
-/// with their texts joined, under the id of the last. A change of source rows rebuilds only the
-/// units that they belong to.
+/// with their texts joined and the id of the last row. A change of source rows rebuilds only the
+/// units of these rows.
 ///
 /// Main queue.
 class MergedBilingualRows {

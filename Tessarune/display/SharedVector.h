@@ -12,10 +12,10 @@ namespace tessarune {
 /// A list that is copied in constant time: copies share their elements. A change of one copy
 /// duplicates a few nodes of 32 pointers and leaves the other copies unchanged.
 ///
-/// A tree whose leaves point to the elements, and the last leaf, which is not in the tree. So an
-/// append costs the same in a long list; an assignment costs the depth of the tree (three levels up
-/// to 32,768 elements). An unshared node changes in place. Elements never change, so references
-/// stay valid while any copy has them.
+/// The elements are in the leaves of a tree, except those of the last leaf, which is kept outside
+/// of the tree. So an append costs the same in a long list; an assignment costs the depth of the
+/// tree (three levels up to 32,768 elements). An unshared node changes in place. Elements never
+/// change, so a reference to an element stays valid while any copy has the element.
 ///
 /// Reads like a `std::vector`. All copies that share elements must stay on one thread.
 template <typename T>
@@ -179,7 +179,7 @@ class SharedVector {
             node = &(*node)->children[slot(index, level)];
         return *node;
     }
-    /// Before the first element of the next leaf is counted.
+    /// Moves the last leaf, which is full, into the tree; `size_` does not count the next leaf yet.
     void addToTree(std::shared_ptr<Node> leaf) {
         const std::size_t index = size_ - 1;
         if (!root_) {
@@ -201,7 +201,7 @@ class SharedVector {
         }
         node->children.push_back(std::move(leaf));
     }
-    /// To what the size leaves in it.
+    /// Removes from the tree what is beyond `treeSize()`.
     void truncateTree() {
         if (treeSize() == 0) {
             root_ = nullptr;

@@ -48,9 +48,9 @@ void SmoothStreamingText::revealNextWord() {
         return;
     }
     // Scheduled first: the callback may stream another text or stop.
-    const auto slowdown = static_cast<std::int64_t>(std::max(backlog, calmBacklog));
+    const auto effectiveBacklog = static_cast<std::int64_t>(std::max(backlog, calmBacklog));
     const std::int64_t delayMS = std::max(
-        options.paceMS * static_cast<std::int64_t>(calmBacklog) / slowdown, shortestStepMS);
+        options.paceMS * static_cast<std::int64_t>(calmBacklog) / effectiveBacklog, shortestStepMS);
     ticker_ = host_.after(static_cast<double>(delayMS) / 1000, [this] { revealNextWord(); });
     reveal(endOfNextWord());
 }

@@ -7,8 +7,9 @@
 
 namespace tessarune {
 
-/// Whether the caption window shows its toolbar: while the pointer is inside, and while a menu that
-/// was opened from it is open. It hides a moment after the pointer has left.
+/// Whether the caption window shows its toolbar (the chrome): while the pointer is in the toolbar
+/// or in the rest of the window (the body), and while a menu of the toolbar is open. The toolbar
+/// hides a moment after the pointer has left.
 ///
 /// Main queue; the host must outlive it.
 class SubtitleChromeState {
