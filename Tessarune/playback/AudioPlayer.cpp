@@ -90,7 +90,7 @@ void AudioPlayer::finishLoad(const PlaybackEngine::Loaded& loaded, std::uint64_t
 /// Tries an unreadable file again: its disk may have been reconnected.
 void AudioPlayer::loadAgain() {
     const double position = *currentTime;
-    load(std::filesystem::path(path_));
+    load(std::filesystem::path(path_)); // a copy, because `load` first clears `path_`
     seek(position);
 }
 
@@ -102,7 +102,7 @@ void AudioPlayer::failLoad(const std::string& why, std::uint64_t token) {
     publish(problem, why);
 }
 
-/// Replaces the estimated gain with the exact one, which takes some seconds.
+/// Replaces the estimated gain by the exact one, which takes some seconds to measure.
 void AudioPlayer::measureLoudness(const std::filesystem::path& path) {
     isLoudnessKnown_ = true;
     measuring_ = std::stop_source();
@@ -253,7 +253,7 @@ void AudioPlayer::startTimer() {
 }
 
 void AudioPlayer::take(const PlaybackProgress& progress) {
-    // Progress from before a seek, or of another recording, is outdated.
+    // Progress is outdated if it is from before a seek or of another recording.
     if (!*isPlaying || needsSchedule_ || progress.token != scheduleToken_)
         return;
     if (progress.isOver)

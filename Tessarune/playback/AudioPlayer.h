@@ -54,14 +54,15 @@ class AudioPlayer {
     void startPlayback();
     void pausePlayback();
     void togglePlayback();
-    /// Moves to a position, clamped to the length. Ends a bounded playback unless it is preserved.
+    /// Moves to a position in seconds, clamped to the recording. Ends a playback that is limited to
+    /// a sentence, unless `preservingBoundedPlayback`.
     void seek(double toTime, bool preservingBoundedPlayback = false);
     /// Clamped to the supported range.
     void setRate(double rate);
 
-    /// Plays from `start` and stops at `end`, if that is above 0.
+    /// Plays a sentence from `start` and stops at `end`; an `end` of 0 means no limit.
     void playBounded(std::size_t sentenceIndex, double start, double end);
-    /// Continues from the current position and repeats this stretch.
+    /// Continues from the current position and repeats the stretch from `start` to `end`.
     void repeatBounded(std::size_t sentenceIndex, double start, double end);
     /// Removes the limit of the current playback.
     void clearBounds();
@@ -87,16 +88,17 @@ class AudioPlayer {
     const PlaybackParts parts_;
     const std::shared_ptr<SerialQueue> queue_;
     const std::shared_ptr<SerialQueue> measuringQueue_;
-    std::shared_ptr<WeakSelf> weakSelf_; ///< late results from other queues use it
-    std::shared_ptr<PlaybackEngine>
-        engine_; ///< of the loaded recording, or of the one being loaded
-    std::filesystem::path path_;
+    std::shared_ptr<WeakSelf> weakSelf_; ///< for late results from other queues
+    /// Plays the recording that is loaded or being loaded; null without one, or if loading failed.
+    std::shared_ptr<PlaybackEngine> engine_;
+    std::filesystem::path path_; ///< empty if no recording was chosen
 
     std::uint64_t loadToken_ = 0;
     std::uint64_t scheduleToken_ = 0;
     bool needsSchedule_ = true; ///< the engine is not at `currentTime`
-    bool isAtEnd_ = false; ///< it was played to its end, whatever duration its container states
-    bool isLoudnessKnown_ = false; ///< measured over the entire file, or being measured
+    /// The recording was played to its end, whatever duration its container states.
+    bool isAtEnd_ = false;
+    bool isLoudnessKnown_ = false; ///< the entire file was measured, or is being measured
     std::stop_source measuring_;
     DelayedCall timer_;
     double boundedStart_ = 0;

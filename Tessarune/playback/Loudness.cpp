@@ -9,10 +9,11 @@ namespace {
 
 /// A file of up to this length is read completely, in a hundredth of a second.
 constexpr double shortFileSeconds = 60;
+/// Of a longer file, this many parts of this length are read.
 constexpr int partCount = 40;
 constexpr double partSeconds = 0.5;
 
-/// Samples above this level are compressed.
+/// Samples above this level are compressed; full scale is 1.
 constexpr float kneeLevel = 0.8F;
 
 class SquareMeter {

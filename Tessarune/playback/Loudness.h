@@ -32,7 +32,7 @@ class LevelControl {
   public:
     static constexpr double changePerSecondDB = 6;
 
-    /// `atOnce`: without a gradual change.
+    /// With `atOnce`, the change is not gradual.
     void setGain(double gainDB, bool atOnce);
     void apply(AudioBuffer& sound);
 

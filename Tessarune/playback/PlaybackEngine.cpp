@@ -86,7 +86,7 @@ PlaybackProgress PlaybackEngine::progress() {
 void PlaybackEngine::close() {
     stop_.request_stop();
     if (stream_)
-        stream_->flush(); // which ends a blocked write
+        stream_->flush(); // ends a blocked write
     if (!isRunning_)
         stream_.reset();
 }

@@ -45,12 +45,13 @@ class PlaybackEngine : public std::enable_shared_from_this<PlaybackEngine> {
     /// Opens the recording. Throws MediaFileError.
     Loaded load(const std::filesystem::path& path);
 
-    /// Plays `stretch` from `position` on, instead of the current playback.
+    /// Ends the current playback and plays `stretch` from `position` on. `token` is returned by
+    /// `progress`.
     void play(std::uint64_t token, const PlaybackStretch& stretch, double position);
     void pause();
     /// Resumes after `pause`.
     void resume();
-    /// See PlaybackReader.
+    // See PlaybackReader.
     void setStretch(const PlaybackStretch& stretch);
     void setRate(double rate);
     void setGain(double gainDB, bool atOnce);
@@ -72,15 +73,15 @@ class PlaybackEngine : public std::enable_shared_from_this<PlaybackEngine> {
     std::stop_source stop_;
     std::unique_ptr<PlaybackReader> reader_;
     std::unique_ptr<PlaybackStream> stream_;
-    bool isRunning_ =
-        false; ///< `run` is active; until it ends, only `run` opens and drops the stream
+    /// `run` is active; until it ends, only `run` opens and drops the stream.
+    bool isRunning_ = false;
     bool wasOpen_ = false; ///< a stream was open before, so a new one is worth waiting for
     bool isPaused_ = true;
 
     std::uint64_t token_ = 0;
     PlaybackStretch stretch_;
-    std::optional<double>
-        beginAt_; ///< the position at which `run` must begin; `nullopt` once it has
+    /// The position at which `run` must begin; `nullopt` once `run` has begun there.
+    std::optional<double> beginAt_;
     bool isOver_ = false;
     std::string problem_;
 };

@@ -46,7 +46,7 @@ class PlaybackReader {
     /// AudioConversionError; after that it returns null.
     AudioBufferPtr next();
 
-    /// Returns silence to output until the end has been heard.
+    /// A piece of silence, to be output until the end has been heard.
     AudioBufferPtr silence();
     /// The length of the output with sound, in seconds since `begin`.
     double soundSeconds() const { return seconds(soundFrames_); }
@@ -59,7 +59,7 @@ class PlaybackReader {
         double from;   ///< seconds of output
         double source; ///< the position in the recording at `from`
         double rate;
-        double until; ///< seconds of output; after it the position no longer moves
+        double until; ///< seconds of output; from then on the position does not move
     };
 
     double seconds(std::int64_t frames) const {
@@ -85,13 +85,13 @@ class PlaybackReader {
     double rate_ = 1;
     std::unique_ptr<AudioConverter> tempo_; ///< null at a rate of 1
     bool mustSeek_ = false;
-    bool isOver_ = true;          ///< there is nothing more to read
-    double pieceStart_ = 0;       ///< the position at which the current piece begins
-    std::int64_t readFrames_ = 0; ///< frames read for the current piece
-    std::vector<float> pending_;  ///< output that was not requested yet
-    std::size_t pendingFrom_ = 0;
+    bool isOver_ = true;            ///< there is nothing more to read
+    double pieceStart_ = 0;         ///< the position at which the current piece begins
+    std::int64_t readFrames_ = 0;   ///< frames read for the current piece
+    std::vector<float> pending_;    ///< output that was not requested yet
+    std::size_t pendingFrom_ = 0;   ///< the first sample in `pending_` that was not requested
     std::int64_t outputFrames_ = 0; ///< frames of output since `begin`
-    std::int64_t soundFrames_ = 0;  ///< the part of them up to the last frame with sound
+    std::int64_t soundFrames_ = 0;  ///< `outputFrames_` up to the last frame with sound
     std::vector<Piece> pieces_;
 };
 

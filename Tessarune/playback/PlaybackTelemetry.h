@@ -15,8 +15,9 @@ namespace tessarune {
 /// Main queue. The references must outlive it.
 class PlaybackTelemetry {
   public:
+    // In seconds
     static constexpr double playbackProgressSummaryInterval = 10;
-    /// A jump by more seconds is a seek.
+    /// A larger jump of the position is a seek.
     static constexpr double playbackSeekDetectionThreshold = 1.5;
     static constexpr double playbackSeekLogMinInterval = 0.5;
 

@@ -6,7 +6,8 @@ namespace tessarune {
 
 namespace {
 
-/// If more seconds of the current sentence were heard, a step back goes to its own beginning.
+/// A step back goes to the beginning of the current sentence if more than this many seconds of the
+/// sentence were heard, and otherwise to the previous sentence.
 constexpr double beginningSeconds = 1.5;
 
 } // namespace

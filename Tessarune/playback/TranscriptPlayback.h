@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// A transcript with playback: the sentence and the word that are heard, and the effect of a click
-/// on them.
+/// A transcript with playback: which sentence and word are heard, and what a click on a sentence or
+/// a word does.
 ///
 /// Main queue. The player must outlive it.
 class TranscriptPlayback {
@@ -44,8 +44,8 @@ class TranscriptPlayback {
     void playFrom(const SentenceToken& token);
     /// Highlights a sentence and moves to its beginning without starting playback.
     void focus(std::size_t index);
-    /// Moves to the beginning of a sentence: with 1 of the next one; with -1 of the current one, or
-    /// of the previous one if the current one has just begun.
+    /// With 1, moves to the beginning of the next sentence; with -1, to the beginning of the
+    /// current sentence, or of the previous sentence if the current one has just begun.
     void stepSentence(int direction);
     /// Starts or ends the repetition of the heard or chosen sentence.
     void toggleRepeat();

@@ -13,7 +13,7 @@
 namespace tessarune {
 
 struct ParagraphInfo {
-    std::size_t id = 0; ///< the row
+    std::size_t id = 0; ///< the index of the row
     std::string text;
 
     bool operator==(const ParagraphInfo&) const = default;
@@ -28,8 +28,8 @@ struct BilingualBlockInfo {
 /// A word of a sentence that can be clicked, and that is highlighted while it is heard.
 struct SentenceToken {
     std::size_t offset = 0; ///< bytes, in the sentence's text
-    std::size_t length = 0;
-    double start = 0; ///< seconds of the recording
+    std::size_t length = 0; ///< in bytes
+    double start = 0;       ///< seconds of the recording
 
     bool operator==(const SentenceToken&) const = default;
 };
@@ -45,7 +45,8 @@ class TranscriptRows {
                    std::optional<HistoryWordTimeline> timeline);
 
     static std::vector<ParagraphInfo> computeParagraphInfos(std::string_view sourceText);
-    static std::vector<BilingualBlockInfo> computeBilingualBlockInfos(std::string_view text);
+    static std::vector<BilingualBlockInfo>
+    computeBilingualBlockInfos(std::string_view bilingualText);
 
     const std::vector<ParagraphInfo>& paragraphInfos() const { return paragraphInfos_; }
     const std::vector<BilingualBlockInfo>& bilingualBlockInfos() const {
@@ -54,8 +55,8 @@ class TranscriptRows {
     std::size_t sentenceCount() const { return timeline_.sentences.size(); }
     /// Null for a row without a time.
     const Sentence* sentenceTiming(std::size_t index) const;
-    /// The end of a sentence; one without a valid end lasts until the next begins. `nullopt`: it
-    /// lasts until the end of the recording.
+    /// The end of a sentence. A sentence without a valid end lasts until the next one begins, or
+    /// until the end of the recording (`nullopt`).
     std::optional<double> sentenceEnd(std::size_t index) const;
     std::optional<std::size_t> activeSentenceIndex(double time) const {
         return timeline_.activeSentenceIndex(time);
