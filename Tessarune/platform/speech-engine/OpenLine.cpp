@@ -19,10 +19,13 @@ namespace {
 
 /// The passes that must agree on a word before it is shown or replaces a shown one.
 constexpr std::size_t looksToAgree = 2;
-/// A shown word is fixed once this many passes in a row have had it and the guess has this many
-/// words after it.
-constexpr std::size_t looksToFix = 3;
-constexpr std::size_t wordsBehindToFix = 7;
+/// A shown word is fixed once so many passes in a row have had it while so many words follow it: the
+/// more words follow, the less sound is left that could change it.
+struct FixingRule {
+    std::size_t looks;
+    std::size_t wordsBehind;
+};
+constexpr std::array<FixingRule, 2> fixingRules{{{3, 7}, {4, 3}}};
 /// Seconds of speech after which the front of a line is settled at the end of a clause, or
 /// anywhere.
 constexpr double clauseSeconds = 2;
@@ -420,8 +423,10 @@ std::size_t OpenLine::wordsToFix() const {
     for (std::size_t i = 0; i < shown_.size(); ++i)
         isFirm[i] = isHesitation(shown_[i]);
     for (const auto& [shown, guessed] : commonSubsequence(shown_, guess_, sameKey)) {
-        isFirm[shown] =
-            guess_[guessed].looks >= looksToFix && guess_.size() - guessed > wordsBehindToFix;
+        const std::size_t wordsBehind = guess_.size() - guessed - 1;
+        isFirm[shown] = std::ranges::any_of(fixingRules, [&](const FixingRule& rule) {
+            return guess_[guessed].looks >= rule.looks && wordsBehind >= rule.wordsBehind;
+        });
     }
     std::size_t count = 0;
     for (std::size_t i = 0; i < shown_.size() && isFirm[i] && shown_[i].isAgreed; ++i) {
