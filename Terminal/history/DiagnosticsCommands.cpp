@@ -28,6 +28,8 @@ namespace {
 using RunJSON = nlohmann::ordered_json;
 
 constexpr std::size_t levelColumns = 8;
+/// Aligns a description with the path above it: `sizeCell` and two blanks.
+constexpr const char* descriptionIndent = "           ";
 
 std::string lengthText(const DiagnosticsRunContents& run) {
     if (!run.durationSeconds)
@@ -69,8 +71,8 @@ RunJSON fileObject(const DiagnosticsRunContents& run, const DiagnosticsRunConten
     return object;
 }
 
-/// The run with this name or, if it may be anywhere on the disk, in this folder. Otherwise prints
-/// the problem and returns the exit status.
+/// The run of the data folder with this name. If `mayBeAnywhere`, `name` may also be the path of a
+/// run's folder. If there is no such run or more than one, prints that and returns the exit status.
 std::variant<DiagnosticsRun, int> chosenRun(Program& program, const std::string& name,
                                             bool mayBeAnywhere) {
     const std::filesystem::path folder(name);
@@ -79,7 +81,7 @@ std::variant<DiagnosticsRun, int> chosenRun(Program& program, const std::string&
                            : DiagnosticsCatalog(program.files, program.paths).named(name);
     if (found.empty() && mayBeAnywhere && program.files.isDirectory(folder)) {
         const bool endsInSlash = !folder.has_filename();
-        DiagnosticsRun run{endsInSlash ? folder.parent_path() : folder, 0};
+        DiagnosticsRun run{.directory = endsInSlash ? folder.parent_path() : folder};
         if (DiagnosticsRunContents::read(program.files, run.directory).isRun)
             return run;
         printProblem(localized("%@ is not a diagnostics run.", {run.directory.string()}));
@@ -131,7 +133,7 @@ ExitStatus show(const TerminalOptions& options, const DiagnosticsRunContents& ru
     for (const auto& file : run.files) {
         printText(sizeCell(file.bytes) + "  " + file.path);
         if (file.artifact)
-            printText("           " +
+            printText(descriptionIndent +
                       std::string(DiagnosticsRunLayout::description(*file.artifact, run.isFull)));
     }
     return ExitStatus::ok;

@@ -19,9 +19,7 @@ namespace tessarune {
 
 namespace {
 
-using ImportedStatus = HistoryRefinementOutcome::Status;
-
-/// One import command.
+/// Imports the files of one command and reports each.
 class ImportRun {
   public:
     ImportRun(Program& program, const TerminalOptions& options)
@@ -66,7 +64,7 @@ class ImportRun {
 
   private:
     Task<RecordingMetadata> copy(std::filesystem::path file) {
-        const auto& named = file.has_filename() ? file : file.parent_path(); // "talk.wav/"
+        const auto& named = file.has_filename() ? file : file.parent_path(); // for "talk.wav/"
         const std::string name = Text::printableLine(named.filename().string());
         WorkProgress progress(options_, {{"type", "import"}, {"file", file.string()}});
         const auto token = program_.imports.copied().onDidChange([&](const auto& copied) {

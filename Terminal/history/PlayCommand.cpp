@@ -23,8 +23,8 @@ namespace tessarune {
 
 namespace {
 
-constexpr double arrowSeconds = 5;
-constexpr double letterSeconds = 10;
+constexpr double arrowSeconds = 5;   // left and right
+constexpr double letterSeconds = 10; // J and L
 constexpr double rateStep = 0.25;
 
 TranscriptRows rowsOf(Program& program, const HistoryItem& item) {
@@ -219,6 +219,7 @@ Task<int> playRecording(Program& program, const TerminalOptions& options, PlayCo
     const std::string problem = *run.player().problem;
     if (problem.empty() || run.wasInterrupted())
         co_return static_cast<int>(ExitStatus::ok);
+    // If nothing of a loaded recording was played, the sound server has failed.
     if (*run.player().isLoaded && *run.player().currentTime <= command.from) {
         printProblem(localized("no sound server: %@", {problem}));
         co_return static_cast<int>(ExitStatus::noSoundServer);

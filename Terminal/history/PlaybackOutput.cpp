@@ -23,6 +23,10 @@ namespace {
 
 using Sentence = PlaybackPicture::Sentence;
 
+constexpr const char* highlightOn = "\033[1;4m";
+constexpr const char* statusOn = "\033[2m";
+constexpr const char* styleOff = "\033[0m";
+
 std::string timedText(const Sentence& sentence) {
     return "[" + DurationTextFormatter::compact(sentence.start) + "] " +
            Text::printableLine(sentence.text);
@@ -35,13 +39,13 @@ void highlight(std::vector<std::string>& lines, std::size_t first, std::size_t c
         std::string highlighted;
         for (const char byte : line) {
             if (byte != ' ' && seen == first)
-                highlighted += "\033[1;4m";
+                highlighted += highlightOn;
             highlighted += byte;
             if (byte != ' ' && ++seen == first + count)
-                highlighted += "\033[0m";
+                highlighted += styleOff;
         }
         if (seen > first && seen < first + count)
-            highlighted += "\033[0m"; // the rest of the word is not highlighted
+            highlighted += styleOff; // the word ends on the next line, where it is not highlighted
         line = highlighted;
     }
 }
@@ -83,20 +87,20 @@ class PlaybackScreen {
             highlightWord(below);
         }
         if (!quiet_)
-            below.push_back("\033[2m" + Text::fitted(statusText(picture), width) + "\033[0m");
+            below.push_back(statusOn + Text::fitted(statusText(picture), width) + styleOff);
         // Lines that do not fit the screen could not be rewritten.
         if (below.size() >= height)
             below.erase(below.begin(), below.end() - static_cast<std::ptrdiff_t>(height - 1));
-        if (settled.empty() && below == shown_ && !isNew_)
+        if (settled.empty() && below == shown_ && !mustDraw_)
             return;
         lower_.rewrite(settled, below);
         shown_ = std::move(below);
-        isNew_ = false;
+        mustDraw_ = false;
     }
 
     void redraw() {
         lower_.beginBelow();
-        isNew_ = true;
+        mustDraw_ = true;
     }
 
     void finish() {
@@ -124,7 +128,7 @@ class PlaybackScreen {
     ScreenSizeSource size_;
     std::optional<Sentence> sentence_;
     std::vector<std::string> shown_;
-    bool isNew_ = true;
+    bool mustDraw_ = true; ///< even if nothing has changed
 };
 
 /// Detects a new sentence and a new problem.

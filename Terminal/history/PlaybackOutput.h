@@ -15,8 +15,8 @@ struct PlaybackPicture {
         std::string text;
         double start = 0;
         double end = 0;
-        std::size_t wordOffset = 0; ///< bytes of the text
-        std::size_t wordLength = 0; ///< of the word that is heard; 0: none is known
+        std::size_t wordOffset = 0; ///< of the word that is heard, in bytes of `text`
+        std::size_t wordLength = 0; ///< in bytes; 0: the word is not known
     };
 
     double position = 0; ///< seconds, as all times here

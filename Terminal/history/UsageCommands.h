@@ -6,8 +6,8 @@
 
 namespace tessarune {
 
-/// Listening time, sessions and words by period, the oldest first. Only reads. Returns the exit
-/// status. Main queue.
+/// Prints listening time, sessions and words by period, the oldest first. Changes nothing. Returns
+/// the exit status. Main queue.
 Task<int> showUsage(Program& program, const TerminalOptions& options, UsagePeriodKind by);
 
 } // namespace tessarune

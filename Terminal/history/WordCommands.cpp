@@ -22,6 +22,7 @@ namespace {
 constexpr std::size_t wordRowColumns = 80;
 constexpr std::size_t countColumns = 6;
 constexpr std::size_t formsColumns = 30;
+constexpr int countLines = 0; ///< instead of a number of sentences: each line is a sentence
 
 /// The user's marks on words, and the core words.
 struct WordMarks {
@@ -122,7 +123,7 @@ Task<int> countWords(Program& program, const TerminalOptions& options, std::stri
         co_return static_cast<int>(ExitStatus::ioError);
 
     const HistoryWordStatsService::Stats stats =
-        co_await program.wordStats.stats(item.id, *text, 0, item.durationSeconds);
+        co_await program.wordStats.stats(item.id, *text, countLines, item.durationSeconds);
     const bool isEnglish = stats->languageCode == "en";
     std::vector<std::string> lemmas = lemmasOf(*stats);
     std::vector<std::string> glosses(lemmas.size());

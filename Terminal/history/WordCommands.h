@@ -5,8 +5,8 @@
 
 namespace tessarune {
 
-/// The words of a recording by lemma, the most frequent first, with their meanings and the user's
-/// marks. Only reads. Returns the exit status. Main queue.
+/// Prints the words of a recording by lemma, the most frequent first, with their meanings and the
+/// user's marks. Changes nothing. Returns the exit status. Main queue.
 Task<int> countWords(Program& program, const TerminalOptions& options, std::string id);
 
 } // namespace tessarune
