@@ -19,8 +19,8 @@ namespace {
 constexpr double fastLead = 5.0;
 /// Seconds for the recogniser to finish the last sentence after the sample speech has ended.
 constexpr double afterDemoSeconds = 2.0;
-/// A pipe opens only when another program opens it for writing. If that takes longer, the user is
-/// told that the program waits for sound.
+/// A pipe opens only when another program opens it for writing. After this time the user is told
+/// that the program waits for sound.
 constexpr double silentWaitSeconds = 1.0;
 
 Task<void> reportWaiting(Host& host, std::function<void(const std::string&)> say, std::string text,
@@ -106,8 +106,8 @@ Task<void> CaptionSound::useDemo(std::string why) {
     }
 }
 
-/// Finds the wanted microphone by its id on the sound server or by its display name. Throws
-/// RunFailure if there is none.
+/// Finds the wanted microphone by its id on the sound server or by its display name; the default
+/// microphone needs no id. Throws RunFailure if the microphone does not exist.
 AudioSource CaptionSound::microphone(const AudioSource& wanted) {
     const auto devices = AudioInputDevices::inputDevices(server());
     if (devices.empty())

@@ -53,8 +53,8 @@ Task<int> runCaptions(Program& program, const TerminalOptions& options, Captions
     }
     Task<ExitStatus> finishing = session.finish(status, std::move(problem));
     status = co_await finishing;
-    // The refinement has its own SignalWatch: Ctrl-C cancels it, also if an earlier one has ended
-    // the session, and does not change the exit status.
+    // The refinement has its own SignalWatch: Ctrl-C cancels the refinement, even if an earlier
+    // Ctrl-C has ended the session, and does not change the exit status.
     signals.reset();
     if (status == ExitStatus::ok && session.refinement() && isWatched(options)) {
         Task<void> refining = refineAfterSession(program, options, *session.refinement());

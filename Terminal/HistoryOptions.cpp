@@ -146,6 +146,8 @@ std::optional<HistoryCommand> HistoryOptions::command() const {
     if (!diagnostics_.empty())
         return diagnosticsCommand();
     if (!verifyRun_.empty()) {
+        // "./" makes it a path: a bare name would first be looked up among the runs of the data
+        // folder.
         const bool isPath = verifyRun_.find('/') != std::string::npos;
         return DiagnosticsCommand{DiagnosticsCommand::Action::verify,
                                   isPath ? verifyRun_ : "./" + verifyRun_,

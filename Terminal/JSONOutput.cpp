@@ -138,7 +138,7 @@ class Printer {
     PrintedRows printed_;
     std::string preview_;
     std::string previewSource_;
-    Json shown_;
+    Json shown_; ///< the last "live" object, without its time
 };
 
 } // namespace

@@ -21,8 +21,8 @@ struct KeyPress {
 std::vector<KeyPress> keyPresses(std::string_view bytes);
 
 /// While it exists, reads single keys from the terminal on standard input and passes them to
-/// `onKey`. The terminal's settings are restored when the program ends, crashes or stops, unless
-/// SIGKILL or SIGSTOP does it (TerminalCursor). Only one may exist at a time.
+/// `onKey`. When the program ends, crashes or stops, TerminalCursor restores the terminal's
+/// settings, except after SIGKILL and SIGSTOP. Only one KeyInput may exist at a time.
 ///
 /// Main queue, which also calls `onKey`; the host must outlive it. A thread of its own reads,
 /// except while another program has the terminal.

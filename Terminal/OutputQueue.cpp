@@ -23,6 +23,7 @@ namespace {
 constexpr std::size_t behindBytes = 1 << 16;
 /// A pipe that is ready accepts this much without blocking the writer.
 constexpr std::size_t pieceBytes = 4096;
+/// The interval of checks whether drawing is still paused.
 constexpr std::chrono::milliseconds pauseStep{10};
 
 /// Waits for room and writes the first of the bytes. Returns how many it has written, or 0 with
@@ -79,7 +80,7 @@ struct OutputQueue::State {
         notifiesWhenEmpty = true;
     }
 
-    /// Keeps the lock during the call, so that the queue's destructor waits for it.
+    /// Keeps the lock during `onChange`, so that the queue's destructor waits for that call.
     void notifyIfEmpty() REQUIRES_LOCK(mutex) {
         if (!waiting.empty() || !notifiesWhenEmpty)
             return;

@@ -105,7 +105,7 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
     PrintedRows printed_;
     DelayedCall wait_;
     bool isWaiting_ = false;
-    bool isPatient_ = true;
+    bool isPatient_ = true; ///< rows may wait for translations
 };
 
 } // namespace

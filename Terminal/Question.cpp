@@ -57,7 +57,7 @@ Task<Answer> ask(Host& host, std::string question, Answer byDefault) {
     });
     const Answer answer = co_await answered;
     stop.request_stop();
-    reading->sync([] {});
+    reading->sync([] {}); // wait: a reader that still runs would take input meant for others
     co_return answer;
 }
 

@@ -96,7 +96,7 @@ Task<ExitStatus> RunOutput::finish(std::optional<CaptionPicture> last, ExitStatu
     }
     if (!problem.empty())
         warn(problem);
-    givesUp_ = false; // so far it was about the captions
+    givesUp_ = false; // an earlier `giveUp` was about the captions, not about the messages
     Task<void> writingErrors = written(errors_);
     co_await writingErrors;
     co_return status;

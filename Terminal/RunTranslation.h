@@ -20,11 +20,11 @@ class RunTranslation {
     ~RunTranslation();
     RunTranslation(const RunTranslation&) = delete;
 
-    /// Chooses the target and overrides the settings for this run: by the target of the command
-    /// line; or, if no target is available, by switching translation off, so that the session does
-    /// not retry what is impossible. Returns the target; empty for no translation. If the target of
-    /// the settings is unavailable, says so once, not in every run. Throws RunFailure if the one of
-    /// the command line is.
+    /// Chooses and returns the target; empty for no translation. Overrides the settings for this
+    /// run: with the target of the command line or, if there is no target, by switching translation
+    /// off, so that the session does not retry in vain. If the target of the settings is
+    /// unavailable, reports that once, not in every run. Throws RunFailure if the target of the
+    /// command line is unavailable.
     std::string choose();
     /// Chooses again whenever another program has changed the stored target or backend, and passes
     /// the result of `choose` to `onChange`. Does nothing if the command line decides. Call once,

@@ -73,12 +73,13 @@ class Screen {
         while (printed_.count() < rows.size() && isSettled(picture, rows[printed_.count()]))
             append(settled, rowLines(picture, printed_.next(rows), size.columns));
         Lines waiting = waitingLines(picture, size.columns);
+        // Lines that scrolled off the screen could not be rewritten.
         while (rows.size() - printed_.count() > maximumWaitingRows ||
                (printed_.count() < rows.size() && waiting.size() + live.size() >= size.rows)) {
             append(settled, rowLines(picture, printed_.next(rows), size.columns));
             waiting = waitingLines(picture, size.columns);
         }
-        printed_.news(rows);
+        printed_.news(rows); // outcomes that were printed with their rows are no longer news
         append(waiting, live);
         if (!settled.empty() || waiting != shown_ || size.columns != width_)
             rewrite(settled, std::move(waiting), size.columns);
@@ -179,10 +180,10 @@ class Screen {
     RewrittenLines lower_;
     ScreenSizeSource size_;
     bool quiet_;
-    PrintedRows printed_;  // those that have scrolled up
-    Lines shown_;          // the part that is rewritten
-    std::string progress_; // below it
-    std::size_t width_ = 0;
+    PrintedRows printed_;   ///< the rows that have scrolled up
+    Lines shown_;           ///< the rewritten lines, without the progress
+    std::string progress_;  ///< the line below them; empty: none
+    std::size_t width_ = 0; ///< the columns to which `shown_` was wrapped
 };
 
 } // namespace

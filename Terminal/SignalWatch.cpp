@@ -18,6 +18,7 @@ namespace tessarune {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+/// Signals within this time come from the same key press.
 constexpr std::chrono::milliseconds samePress{300};
 
 /// The handlers of the current SignalWatch, if there is one.
@@ -26,7 +27,7 @@ struct SignalHandlers {
     Host* host GUARDED_BY(mutex) = nullptr;
     std::function<void()> onSignal GUARDED_BY(mutex);
     std::function<void()> onContinue GUARDED_BY(mutex);
-    /// The SignalWatch, or the last one if there is none, has received its first signal.
+    /// The current SignalWatch has received its first signal; if there is none, the last one had.
     bool isEnding GUARDED_BY(mutex) = false;
     Clock::time_point endingSince GUARDED_BY(mutex); ///< the time of that signal
 };
@@ -127,7 +128,7 @@ void SignalWatch::begin() {
         action.sa_flags = static_cast<int>(SA_RESETHAND);
         sigaction(signal, &action, nullptr);
     }
-    signalHandlers(); // created before the thread, so that it outlives the thread
+    signalHandlers(); // created early and so destroyed late: the thread uses it until the end
     std::thread([set] { watch(set); }).detach();
 }
 

@@ -12,8 +12,9 @@ namespace tessarune {
 /// the program both directly and through its process group. Without a SignalWatch, the first signal
 /// ends the program.
 ///
-/// Only one may exist at a time. A thread of the process waits for the signals, so they interrupt
-/// no call of the program. It shows the terminal's cursor again before the program stops or ends.
+/// Only one SignalWatch may exist at a time. A thread of the process waits for the signals, so they
+/// interrupt no call of the program. That thread shows the terminal's cursor again before the
+/// program stops or ends.
 class SignalWatch {
   public:
     /// Takes over the signals of the process, including crashes and Ctrl-Z. Call once, before any

@@ -15,7 +15,7 @@ namespace tessarune {
 
 /// A file to be captioned.
 struct FileSource {
-    /// The value of "-".
+    /// The path that "-" stands for.
     static constexpr const char* standardInput = "/dev/stdin";
 
     std::filesystem::path path;
@@ -26,7 +26,7 @@ struct FileSource {
 
 struct CaptionsCommand {
     std::variant<AudioSource, FileSource> source = AudioSource::systemAudio();
-    bool sourceWasChosen = false;
+    bool sourceWasChosen = false; ///< false: sample speech may replace a missing sound server
     std::optional<std::filesystem::path> eventLog;
     bool overwrites = false;           ///< replaces an existing event log
     std::optional<std::string> locale; ///< absent: as in the settings

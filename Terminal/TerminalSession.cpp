@@ -54,8 +54,8 @@ Task<void> TerminalSession::run() {
     }
     const std::exception_ptr failure = co_await ended_;
     delay_->endWatch();
-    // A file may end before a slow computer has processed it, so the session waits. After a stop by
-    // the user it does not: only its own drain waits.
+    // A file may end before a slow computer has processed it. After a stop by the user, only the
+    // drain in `stop` waits.
     Task<void> catchingUp = delay_->caughtUp([this] { return interrupted_; });
     co_await catchingUp;
     delay_->endProgress();

@@ -9,8 +9,8 @@
 namespace tessarune {
 
 /// Called before captions begin. If the model for their translation is missing or damaged and a
-/// user can answer, offers to download it. After a declined offer, the target of the settings is
-/// not offered again until another one is declined; that of the command line always is.
+/// user can answer, offers to download it. A declined target of the settings is not offered again
+/// until another target is declined; a target of the command line is always offered.
 /// Returns the exit status if the captions must not begin. Main queue.
 Task<std::optional<ExitStatus>> offerTranslation(Program& program, const TerminalOptions& options,
                                                  CaptionsCommand command);

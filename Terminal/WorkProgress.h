@@ -27,7 +27,7 @@ class WorkProgress {
   private:
     const bool isJSON_;
     const bool isQuiet_;
-    const bool isOnTerminal_; ///< and neither JSON nor quiet
+    const bool isOnTerminal_; ///< standard error is a terminal; neither --json nor --quiet
     const nlohmann::ordered_json json_;
     DownloadPercent percent_;
     std::string step_;
