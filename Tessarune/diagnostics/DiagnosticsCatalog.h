@@ -30,8 +30,8 @@ class DiagnosticsCatalog {
     };
     struct Budget {
         std::size_t maxRuns = 30;
-        std::int64_t maxTotalBytes = 2147483648;
-        std::size_t keepMinimum = 3; ///< the newest runs stay, whatever their size
+        std::int64_t maxTotalBytes = 2147483648; ///< 2 GiB
+        std::size_t keepMinimum = 3;             ///< the newest runs stay, whatever their size
     };
 
     DiagnosticsCatalog(FileSystem& files, const TessarunePaths& paths)

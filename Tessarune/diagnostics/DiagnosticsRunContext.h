@@ -40,10 +40,10 @@ nlohmann::json displaySnapshotFields(const AppSettings& settings);
 nlohmann::json settingsFile(const AppSettings& settings, const nlohmann::json& sections,
                             bool capturesFullDiagnostics);
 
+/// Manifests say with this text what else influences the figures of a run.
 inline constexpr std::string_view resourceInterference =
     "single-engine live session; perf.csv is process-level and still includes UI/audio/translation";
-/// The maximum number of rows that runs report for the caption window; kept for tools that compare
-/// runs.
+/// Reported as the maximum number of rows in the caption window. Tools that compare runs expect it.
 inline constexpr int liveSubtitleWindowMaxSegments = 16;
 
 } // namespace tessarune::DiagnosticsRunContext

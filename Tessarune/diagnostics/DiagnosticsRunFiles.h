@@ -18,7 +18,7 @@ namespace tessarune {
 /// thrown: a file that cannot be written is missing, and the manifest says so.
 class DiagnosticsRunFiles {
   public:
-    /// `optionID`: the ID of the recognition option, which is the name of the event log.
+    /// `optionID`: the ID of the recognition option, after which the event log is named.
     DiagnosticsRunFiles(FileSystem& files, std::filesystem::path directory, std::string optionID,
                         bool isFullRun);
 
@@ -37,7 +37,7 @@ class DiagnosticsRunFiles {
     nlohmann::json manifestFileEntries();
     /// Updates the entries of these artifacts in the manifest from the current state of the disk.
     void refreshFileEntries(nlohmann::json& manifest, std::span<const char* const> artifacts);
-    /// Writes the manifest, and keeps the section of a refinement in the existing one.
+    /// Replaces the manifest. Keeps the former one's section about a refinement, if it has one.
     void writeManifest(nlohmann::json manifest);
     /// Reads the manifest, applies `change` and writes it. Returns false if there is no readable
     /// manifest. Only one thread at a time changes a manifest.

@@ -29,15 +29,15 @@ class HistoryRefinementDiagnosticsSession final : public HistoryRefinementObserv
         FileSystem& files;
         RecordingCatalog& catalog;
         TessaruneFileLogger& logger;
-        /// Writes the manifest and closes the logs. Needs another owner, because the last owner of
-        /// a queue waits for its blocks.
+        /// Writes the manifest and closes the logs. Another object must own it, too, because the
+        /// last owner of a queue waits for its blocks.
         std::shared_ptr<SerialQueue> queue;
     };
 
     /// Returns null if the recording has no run, or a core run, which must not contain texts.
     static std::shared_ptr<HistoryRefinementDiagnosticsSession>
     open(const Environment& environment, const HistoryRefinementRequest& request);
-    /// Closes it as failed if it is still open.
+    /// Closes the record of the refinement as failed if it is still open.
     ~HistoryRefinementDiagnosticsSession() override;
 
     void lifecycle(const Lifecycle& entry) override;

@@ -48,7 +48,7 @@ void IdleMemorySentinel::start(std::optional<std::filesystem::path> runDirectory
     startedAt_ = lastSampledAt_ = host.now();
     lastCpuSeconds_ = environment_.figures.cpuSeconds();
     const Sample first = takeSample("start", reason);
-    sessionBaselineMB_ = first.memory.footprintMB;
+    sessionBaselineMB_ = lastSampleFootprintMB_ = first.memory.footprintMB;
     LogFields fields{{"runID", runID()},
                      {"lightweight", !runDirectory_},
                      {"sampleIntervalSeconds", sampleIntervalSeconds},
@@ -72,10 +72,8 @@ void IdleMemorySentinel::wake() {
         end();
         return;
     }
-    const std::optional<double> before = lastSampleFootprintMB_;
     const Sample sample = takeSample("sample", "timer");
     write(sample);
-    lastSampleFootprintMB_ = before;
     emitAlarmsIfNeeded(sample);
     lastSampleFootprintMB_ = sample.memory.footprintMB;
     arm();
@@ -95,7 +93,6 @@ IdleMemorySentinel::Sample IdleMemorySentinel::takeSample(const char* phase,
     const double busy = cpu - std::exchange(lastCpuSeconds_, cpu);
     if (elapsed > 0)
         sample.cpuPercent = busy / elapsed * hundredPercent;
-    lastSampleFootprintMB_ = sample.memory.footprintMB;
     return sample;
 }
 
@@ -212,7 +209,8 @@ void IdleMemorySentinel::stop(const std::string& reason) {
     end();
 }
 
-/// Closes the writers on another queue, because the caller may be starting a session.
+/// Closes the writers on another queue: closing waits for the disk, and the caller may be starting
+/// a session.
 void IdleMemorySentinel::end() {
     timer_.cancel();
     timer_ = {};

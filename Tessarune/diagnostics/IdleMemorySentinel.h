@@ -22,14 +22,15 @@ namespace tessarune {
 
 /// Watches memory and processor after a session, when the program should be idle, and raises an
 /// alarm on a leak or on load. With the folder of a run, it writes samples and alarms there;
-/// without one, it is lightweight and writes samples to the runtime log. That log gets all alarms.
+/// without one, it is lightweight and writes samples to the runtime log. The runtime log gets all
+/// alarms.
 ///
 /// Main queue; reading the figures of the process takes less than a millisecond every 15 seconds.
 /// All references outlive it.
 class IdleMemorySentinel {
   public:
     static constexpr double sampleIntervalSeconds = 15;
-    static constexpr double maxRuntimeSeconds = 21600;
+    static constexpr double maxRuntimeSeconds = 21600; ///< six hours
     static constexpr std::int64_t maxAlarmThresholdGB = 256;
     static constexpr double absoluteAlarmThresholdMB = 2048;
     static constexpr double baselineAlarmMultiple = 3;
@@ -49,6 +50,7 @@ class IdleMemorySentinel {
         double height = 0;
     };
     using Windows = std::function<std::vector<Window>()>;
+    /// Describes what the program is doing, for each record.
     using SnapshotProvider = std::function<LogFields()>;
 
     struct Environment {
@@ -63,6 +65,7 @@ class IdleMemorySentinel {
     ~IdleMemorySentinel();
     IdleMemorySentinel(const IdleMemorySentinel&) = delete;
 
+    /// Watches until `stop`, six hours at most. Ends a former watch.
     void start(std::optional<std::filesystem::path> runDirectory, const std::string& reason,
                SnapshotProvider snapshotProvider);
     void stop(const std::string& reason);
@@ -96,9 +99,9 @@ class IdleMemorySentinel {
     std::unique_ptr<DiagnosticsNDJSONWriter> alarmWriter_;
     std::optional<std::filesystem::path> runDirectory_;
     double startedAt_ = 0;
-    std::int64_t emittedThresholdGB_ = 0;
+    std::int64_t emittedThresholdGB_ = 0; ///< the last milestone that was reported
     SnapshotProvider snapshotProvider_;
-    std::optional<double> sessionBaselineMB_;
+    std::optional<double> sessionBaselineMB_; ///< the footprint at the start of the watch
     std::optional<double> lastSampleFootprintMB_;
     double lastCpuSeconds_ = 0;
     double lastSampledAt_ = 0;

@@ -79,7 +79,7 @@ class PerfSampler::State : public std::enable_shared_from_this<State> {
         const double now = host_.now();
         sampleDue_ = std::max(sampleDue_ + interval_, now + shortestInterval);
         armSample();
-        if (probeSentAt_) // the main queue has not run it yet
+        if (probeSentAt_) // the main queue has not run the probe yet
             highestLag_ = std::max(highestLag_, now - *probeSentAt_);
         write(now, std::exchange(highestLag_, 0) * lagMSPerSecond);
     }

@@ -23,6 +23,7 @@ using Arguments = std::vector<std::string>;
 using Records = std::vector<ASREventRecord>;
 
 constexpr double defaultFreezeStableSeconds = 0.6;
+constexpr std::int64_t defaultSmoothPaceMS = 150;
 
 bool contains(const Arguments& arguments, std::string_view option) {
     return std::find(arguments.begin(), arguments.end(), option) != arguments.end();
@@ -68,7 +69,7 @@ struct Options {
     CaptionCore::Config config;
     EngineCapabilities caps;
     std::vector<double> freeze;
-    bool words;
+    bool printsTimings;
     std::optional<std::string> timelineOut;
     double t0;
 };
@@ -85,7 +86,7 @@ Options readOptions(const Arguments& arguments, const Records& records) {
         .config = config,
         .caps = caps,
         .freeze = freezeValues(arguments),
-        .words = contains(arguments, "--words"),
+        .printsTimings = contains(arguments, "--words"),
         .timelineOut = valueOf(arguments, "--timeline-out"),
         .t0 = (t0 ? number(*t0) : std::nullopt).value_or(records.front().t),
     };
@@ -106,7 +107,7 @@ class Sweep {
              << " 🏁" << output.finalCount << " · 段 " << output.committedLines.size() << " --\n";
         if (!options_.timelineOut)
             out_ << output.transcript() << "\n";
-        if (options_.words) {
+        if (options_.printsTimings) {
             out_ << "·· T4 时间线(相对首事件) ··\n";
             for (const std::string& line : output.segmentTimings)
                 out_ << line << "\n";
@@ -128,8 +129,9 @@ class Sweep {
                     .audioDurationSec = records_.back().t - options_.t0,
                     .importMode = "replay",
                     .sampleRate = 0},
-            .engines = {buildEngine(stem, stem, Caps(options_.caps), Config(config, 150, false),
-                                    output.segments, output.wordEvents, options_.t0)},
+            .engines = {buildEngine(stem, stem, Caps(options_.caps),
+                                    Config(config, defaultSmoothPaceMS, false), output.segments,
+                                    output.wordEvents, options_.t0)},
             .reference = {},
         };
         const auto bytes = encode(file);

@@ -29,9 +29,9 @@ inline constexpr std::string_view diagnosticsRunDidUpdate = "diagnosticsRunDidUp
 /// Writes a diagnostics run for each session: a folder under "Diagnostics". The setting
 /// `diagnosticsLevel` at the start of the session decides what it contains.
 ///
-/// Main queue, where it never waits for the disk, except to make the folder before the session
-/// starts. Queues of low priority write everything else; what cannot be written is missing. It
-/// drops an observation at once unless the run has a log for it.
+/// Main queue, where the recorder never waits for the disk, except to make the folder before the
+/// session starts. Queues of low priority write everything else; what cannot be written is missing.
+/// An observation for which the run has no log is dropped at once.
 class SessionDiagnosticsRecorder final : public SessionDiagnostics {
   public:
     /// The references outlive the recorder.
@@ -47,7 +47,7 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
         DiagnosticsRunContext::App app;
         /// Called with each recognition event, whatever the level is; may be empty.
         std::function<void(const ASREvent&, double t)> onASREvent;
-        /// Asked at the start of a run whether it may contain spoken text; if empty, it may.
+        /// Returns whether a run that starts may contain spoken text; if empty, it may.
         std::function<bool()> mayRecord = {};
         /// The windows of the program, for alarms of the sentinel; empty if it has none.
         IdleMemorySentinel::Windows windows;

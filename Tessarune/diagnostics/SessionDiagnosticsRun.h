@@ -36,7 +36,7 @@ struct SessionDiagnosticsRecorder::Run {
     Json host;              ///< one more section, with sensor data; only on the recorder's queue
     LogFields stopRequestFields;
     std::optional<RecordingMetadata> recording;
-    std::optional<CaptionCore::Config> captionSettings; ///< the last in the event log
+    std::optional<CaptionCore::Config> captionSettings; ///< the last ones in the event log
     std::map<std::string, std::unique_ptr<DiagnosticsNDJSONWriter>, std::less<>> logs;
     std::unique_ptr<DiagnosticsNDJSONWriter> lifecycle;
     std::unique_ptr<PerfSampler> sampler;
@@ -81,8 +81,8 @@ struct SessionDiagnosticsRecorder::FinishedRun {
     const std::filesystem::path directory;
     const std::optional<RecordingMetadata> recording;
 
-    /// Replaces the texts that are still to be written and returns the former ones. If there were
-    /// some, a write is already queued, and it writes the latest texts.
+    /// Replaces the texts that are still to be written and returns the former ones. If former ones
+    /// exist, a write is already queued, and it will write the new texts instead.
     std::optional<TranscriptSnapshot> exchange(std::optional<TranscriptSnapshot> texts) {
         const MutexLock guard(lock_);
         return std::exchange(unwritten_, std::move(texts));
