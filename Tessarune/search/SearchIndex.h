@@ -22,7 +22,7 @@ struct SearchIndexFailed : std::runtime_error {
 /// The indexed texts of a recording, in the form that `SearchTokens::joined` returns.
 struct IndexedTexts {
     UUID id;
-    std::string stamp; ///< of the source files
+    std::string stamp; ///< of the recording's sidecars
     std::string source;
     std::string translation;
 };

@@ -85,7 +85,7 @@ void SearchIndexKeeper::compare() {
     const bool isUsable = withIndex([&](SearchIndex& index) {
         auto known = index.stamps();
         for (const UUID& id : changed_)
-            known[id].clear();
+            known[id].clear(); // differs from every current stamp
         deleted.clear();
         outdated.clear();
         for (const auto& [id, stamp] : known) {

@@ -17,8 +17,8 @@ using OpenSearchIndex =
     std::function<std::unique_ptr<SearchIndex>(const std::filesystem::path& path)>;
 
 /// Keeps the index up to date with the transcripts, which are authoritative: adds, updates and
-/// removes texts, and silently rebuilds a damaged index. If the index cannot be used, it searches
-/// the transcripts themselves. One thread; never throws.
+/// removes texts, and silently rebuilds a damaged index. If the index cannot be used, `find`
+/// searches the transcripts themselves. One thread; never throws.
 class SearchIndexKeeper {
   public:
     /// `files`, `catalog` and `logger` must outlive this.
@@ -54,8 +54,8 @@ class SearchIndexKeeper {
     void compare();
     void readSome();
     void giveUp();
-    /// Calls `work` with the index. If that is damaged, calls `work` once more with a new, empty
-    /// index. False if the index cannot be used now.
+    /// Calls `work` with the index. If the index is damaged, calls `work` once more with a new,
+    /// empty one. False if the index cannot be used now.
     bool withIndex(const std::function<void(SearchIndex&)>& work);
     std::vector<UUID> findInFiles(const SearchQuery& query);
     void log(const char* event, const std::exception& error);
@@ -66,9 +66,9 @@ class SearchIndexKeeper {
     std::filesystem::path path_;
     OpenSearchIndex open_;
     std::unique_ptr<SearchIndex> index_;
-    bool wasChecked_ = false;
-    bool isBehind_ = false; ///< updating failed; search the transcripts until the next check
-    std::vector<UUID> changed_;
+    bool wasChecked_ = false;   ///< since the index was opened or created
+    bool isBehind_ = false;     ///< updating failed; search the transcripts until the next check
+    std::vector<UUID> changed_; ///< noted since the last check
     std::vector<IndexedTexts> outdated_; ///< to be read; only ids and stamps
     std::size_t outdatedAtCheck_ = 0;
     std::size_t unreadable_ = 0; ///< since the last check

@@ -69,7 +69,7 @@ class Cutter {
                 hasWord_ = true;
                 wordEnd_ = at;
             } else if (!isApostrophe(codePoint) || wordEnd_ != start) {
-                endWord();
+                endWord(); // not at an apostrophe after a letter: the word may continue
             }
         }
         endWord();
@@ -81,6 +81,7 @@ class Cutter {
         if (!hasWord_)
             return;
         const std::string_view word = text_.substr(wordStart_, wordEnd_ - wordStart_);
+        // ’ begins with the byte 0xE2 in UTF-8; most words have neither apostrophe.
         if (word.find_first_of("'\xE2") == std::string_view::npos)
             add(wordStart_, wordEnd_, word);
         else

@@ -18,10 +18,10 @@ struct SearchToken {
 
 /// Splits queries and transcripts into tokens. Pure functions, any thread.
 ///
-/// A token is a run of letters and digits, folded; apostrophes in it are ignored ("dont" finds
-/// "don't"). In scripts without blanks between words (Chinese, Japanese, Thai and others) and in
-/// Korean, where words have endings, each character is a token, and a query matches as a sequence
-/// of tokens.
+/// A token is a run of letters and digits, folded by `Text::folded`; apostrophes in it are ignored
+/// ("dont" finds "don't"). In scripts without blanks between words (Chinese, Japanese, Thai and
+/// others) and in Korean, where words have endings, each character is a token, and a query matches
+/// as a sequence of tokens.
 namespace SearchTokens {
 
 std::vector<SearchToken> cut(std::string_view text);

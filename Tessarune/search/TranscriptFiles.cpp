@@ -10,6 +10,7 @@ namespace tessarune {
 
 namespace {
 
+/// The length of the ID with which the name of a sidecar begins.
 constexpr std::size_t idLength = 36;
 
 bool isSearched(std::string_view suffix) {

@@ -66,11 +66,11 @@ struct HistoryPronunciationAudioPlayer::State {
     Published<std::optional<std::string>> activeKey;
     Published<std::optional<std::string>> loadingKey;
     Block stopPlayer;
-    int sound = 0;             ///< the number of the current sound
-    std::stop_source playTask; ///< of the current request
+    int soundNumber = 0;             ///< changes when a sound begins or is stopped
+    std::stop_source currentRequest; ///< cancels the fetching
 
     void stopPlaying() {
-        ++sound;
+        ++soundNumber;
         if (const Block stop = std::exchange(stopPlayer, {}))
             stop();
         if (*activeKey)
@@ -100,9 +100,9 @@ Task<void> HistoryPronunciationAudioPlayer::State::run(std::shared_ptr<State> st
     state->stopPlaying();
     state->activeKey = key;
     const std::weak_ptr<State> weakState = state;
-    const auto ended = [weakState, number = state->sound] {
+    const auto ended = [weakState, number = state->soundNumber] {
         const auto current = weakState.lock();
-        if (!current || current->sound != number)
+        if (!current || current->soundNumber != number)
             return;
         current->stopPlayer = {};
         current->activeKey = std::nullopt;
@@ -138,15 +138,15 @@ void HistoryPronunciationAudioPlayer::play(VocabularyPronunciationSource source,
         stop();
         return;
     }
-    state_->playTask.request_stop();
-    state_->playTask = std::stop_source();
+    state_->currentRequest.request_stop();
+    state_->currentRequest = std::stop_source();
     state_->loadingKey = newKey;
-    spawn(Executor::main(state_->host),
-          State::run(state_, source, std::string(word), newKey, state_->playTask.get_token()));
+    spawn(Executor::main(state_->host), State::run(state_, source, std::string(word), newKey,
+                                                   state_->currentRequest.get_token()));
 }
 
 void HistoryPronunciationAudioPlayer::stop() {
-    state_->playTask.request_stop();
+    state_->currentRequest.request_stop();
     if (*state_->loadingKey)
         state_->loadingKey = std::nullopt;
     state_->stopPlaying();

@@ -17,7 +17,7 @@ using DominantLanguage = std::function<std::optional<std::string>(std::string_vi
 /// The words of one recording, counted by token and by lemma. A plain value.
 struct HistoryWordStats {
     struct Occurrence {
-        int sentenceIndex = 0;
+        int sentenceIndex = 0; ///< among the non-empty lines of the transcript, from 0
         int tokenIndexInSentence = 0;
         std::string token;
 
@@ -47,10 +47,10 @@ struct HistoryWordStats {
         bool operator==(const VocabularyEntry&) const = default;
     };
 
-    std::string languageCode;
+    std::string languageCode; ///< "en" if the language is uncertain
     int tokenCount = 0;
     int uniqueTokenCount = 0;
-    int vocabularyCount = 0;
+    int vocabularyCount = 0; ///< different lemmas
     int sentenceCount = 0;
     std::optional<double> durationSeconds;
     double averageTokensPerSentence = 0;

@@ -32,7 +32,7 @@ constexpr std::string_view ownLemmas =
     // adverbs and particles
     "not here there then now thus hence too very also just only even still again always never "
     "ever often perhaps maybe quite rather almost yes yeah okay ok oh ah well "
-    // auxiliaries that stand for more than a past tense
+    // modal verbs: "could" is more than the past tense of "can"
     "can could may might must shall should will would ought";
 
 /// Pairs of a form and its lemma, for forms on which lexicons disagree, or for which they prefer a

@@ -16,19 +16,19 @@ using Words = std::unordered_set<std::string_view>;
 enum class Position { anywhere, afterDeterminer, afterSubject, afterBe };
 
 Position positionAfter(const std::string& before) {
-    // Without words that a verb can follow, too: "this leaves us", "some think".
+    // "this" and "some" are left out, because a verb can follow them: "this leaves us".
     static const Words determiners{"a",   "an",  "the",   "my",    "your",  "his",
                                    "its", "our", "their", "every", "whose", "no"};
     static const Words subjects{"i",   "you",   "he",     "she",   "it",   "we",    "they",
                                 "who", "to",    "will",   "would", "can",  "could", "shall",
                                 "may", "might", "should", "must",  "not",  "do",    "does",
                                 "did", "let",   "never",  "has",   "have", "had"};
-    static const Words forms{"am", "is", "are", "was", "were", "be", "been", "being"};
+    static const Words formsOfBe{"am", "is", "are", "was", "were", "be", "been", "being"};
     if (determiners.contains(before))
         return Position::afterDeterminer;
     if (subjects.contains(before))
         return Position::afterSubject;
-    return forms.contains(before) ? Position::afterBe : Position::anywhere;
+    return formsOfBe.contains(before) ? Position::afterBe : Position::anywhere;
 }
 
 /// The relative likelihood of a reading.
@@ -45,7 +45,8 @@ double weight(const WordReading& reading, const std::string& form, Position posi
     const bool isNoun = reading.partOfSpeech == PartOfSpeech::noun;
     if (position == Position::afterDeterminer && isVerb)
         return likelihood * impossible;
-    // "They are building", but also "these are buildings".
+    // After "be", a form in -ing is rarely a noun ("they are building"); others may be one ("these
+    // are buildings").
     const bool isOutOfPlace = position == Position::afterSubject ||
                               (position == Position::afterBe && form.ends_with("ing"));
     return isNoun && isOutOfPlace ? likelihood * unlikely : likelihood;

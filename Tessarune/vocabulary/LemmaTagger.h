@@ -10,9 +10,9 @@ namespace tessarune {
 
 /// Finds the lemmas of English sentences.
 ///
-/// Where a form has several readings ("saw", "meeting", "left"), its frequency and the previous
-/// word decide: a verb never follows "the", and a noun rarely follows "they". One thread. Caches
-/// the lexicon's answers, so use one tagger per text.
+/// Where a form has several readings ("saw", "meeting", "left"), the frequency of each reading and
+/// the previous word decide: a verb never follows "the", and a noun rarely follows "they". One
+/// thread. Caches the lexicon's answers, so use one tagger per text.
 class LemmaTagger {
   public:
     /// The lexicon must outlive this.

@@ -30,7 +30,7 @@ std::vector<std::string> lookupURLs(VocabularyPronunciationSource source, std::s
 /// The folder in which a site keeps the sounds of the source's accent.
 std::string_view accentDirectory(VocabularyPronunciationSource source);
 
-/// The absolute address of the first sound in a page that is in the accent's folder `directory`.
+/// The absolute address of the page's first sound that lies in the accent's folder `directory`.
 std::optional<std::string> firstAudioURL(std::string_view html, std::string_view pageURL,
                                          std::string_view directory);
 

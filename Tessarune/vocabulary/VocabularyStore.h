@@ -14,10 +14,10 @@ namespace tessarune {
 
 /// The words that the user knows or wants to keep, in "Vocabulary.json". Main queue.
 ///
-/// Words are trimmed and in lower case. Each change is saved at once; a failed save is logged and
-/// changes nothing in memory. Of a file that is not valid, the lists that were not read count as
-/// empty; the next save moves the file aside to "Vocabulary.json.unreadable" (or a free name like
-/// it) before replacing it.
+/// Words are trimmed and in lower case. Each change is saved at once; if that fails, the failure is
+/// logged and the change stays in memory. If the file is invalid, lists that could not be read are
+/// empty, and the next save first moves the file aside to "Vocabulary.json.unreadable" or a free
+/// name like it.
 class VocabularyStore {
   public:
     /// Loads the file. `files` must outlive this.

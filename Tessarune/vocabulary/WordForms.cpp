@@ -60,7 +60,7 @@ std::optional<Expansion> expansion(std::string_view stem, std::string_view endin
         if (stem == "won")
             return Expansion{0, "will not"};
         if (stem == "shan")
-            return Expansion{3, "ll not"};
+            return Expansion{3, "ll not"}; // "sha" + "ll not"
         return stem == "can" ? Expansion{3, " not"} : Expansion{stem.size() - 1, " not"};
     }
     if (ending == "m" && stem == "i")
