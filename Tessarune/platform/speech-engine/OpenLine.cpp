@@ -19,8 +19,8 @@ namespace {
 
 /// The passes that must agree on a word before it is shown or replaces a shown one.
 constexpr std::size_t looksToAgree = 2;
-/// A shown word is fixed once so many passes in a row have had it while so many words follow it: the
-/// more words follow, the less sound is left that could change it.
+/// A shown word is fixed once so many passes in a row have had it while so many words follow it:
+/// the more words follow, the less sound is left that could change it.
 struct FixingRule {
     std::size_t looks;
     std::size_t wordsBehind;
