@@ -9,8 +9,7 @@
 #include <QVariantList>
 #include <QtQml>
 
-/// Qt requires this outside any namespace. The files of a static library are found only after this
-/// call.
+/// Registers the files of this static library. Qt requires these macros outside any namespace.
 static void useControlFiles() {
     Q_INIT_RESOURCE(controls);
     Q_INIT_RESOURCE(qmlcache_controls);
@@ -20,7 +19,7 @@ namespace tessarune {
 
 namespace {
 
-/// The engine owns it.
+/// Maps the name of each command to its keys. The QML engine owns the result.
 QObject* windowKeysForQML(QQmlEngine*, QJSEngine*) {
     auto* const properties = new QQmlPropertyMap;
     for (const WindowKeys& command : WindowKeys::all()) {
@@ -37,7 +36,7 @@ QObject* windowKeysForQML(QQmlEngine*, QJSEngine*) {
 void registerControls() {
     static const bool once = [] {
         useControlFiles();
-        // A separate module, because the singleton below imports it.
+        // In a module of its own, because the singleton Theme imports it.
         qmlRegisterType<DesktopLook>("Tessarune.Desktop", 1, 0, "DesktopLook");
         qmlRegisterSingletonType(QUrl(QStringLiteral("qrc:/controls/Theme.qml")), "Tessarune", 1, 0,
                                  "Theme");

@@ -8,8 +8,8 @@ namespace tessarune {
 /// Main thread, before the first window that uses them.
 void registerControls();
 
-/// Makes a new window small enough for its screen: with a large text size of the desktop, its usual
-/// size, and even its minimum, may be larger. Main thread.
+/// Shrinks a new window to the free area of its screen: with a large font of the desktop, even the
+/// window's minimum size may exceed that area. Main thread.
 void fitOnScreen(QWindow& window);
 
 } // namespace tessarune

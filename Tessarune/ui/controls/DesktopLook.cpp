@@ -10,11 +10,12 @@ namespace tessarune {
 
 namespace {
 
-/// A property of the application object, which all objects of this class share.
+/// Stored as a property of the application object, so that all objects of this class share it.
 constexpr const char* motionProperty = "reducesMotion";
+// In device-independent pixels.
 constexpr double smallestBody = 12;
 constexpr double largestBody = 40;
-/// The default fonts of the desktops have 12 to 14.7 pixels. A larger one is the user's choice.
+/// The desktops' default fonts have 12 to 14.7 pixels. A larger font is the user's choice.
 constexpr double largestDefaultBody = 15;
 
 } // namespace

@@ -11,7 +11,7 @@ class DesktopLook : public QObject {
     Q_PROPERTY(bool isDark READ isDark NOTIFY changed)
     /// The height of the desktop's font in device-independent pixels, limited to a usable range.
     Q_PROPERTY(double bodyPixels READ bodyPixels NOTIFY changed)
-    /// By how much texts with sizes of their own grow with the desktop's font.
+    /// The factor by which sizes in fixed pixels grow with the desktop's font; at least 1.
     Q_PROPERTY(double textScale READ textScale NOTIFY changed)
     Q_PROPERTY(bool reducesMotion READ reducesMotion NOTIFY changed)
 

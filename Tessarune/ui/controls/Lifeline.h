@@ -9,13 +9,13 @@
 
 namespace tessarune {
 
-/// Tells a late call whether its object still exists, for example a task that returns from a queue,
-/// progress from another thread or a notification. A member of that object, created and destroyed
-/// on the main thread.
+/// Tells a late call (a task that returns from a queue, progress from another thread or a
+/// notification) whether the object that it needs still exists. Make it a member of that object,
+/// and create and destroy the object on the main thread.
 template <typename T>
 class Lifeline {
   public:
-    /// Points to a null pointer once the object is destroyed. Read it on the main thread.
+    /// Points to a null pointer after the object's destruction. Read it on the main thread.
     using Held = std::shared_ptr<T* const>;
 
     explicit Lifeline(T& object) : object_(std::make_shared<T*>(&object)) {}
@@ -34,8 +34,8 @@ class Lifeline {
         };
     }
 
-    /// Returns a function that does the same on the main queue. Call it on any thread. The host
-    /// must outlive it.
+    /// Returns a function that posts such a call to the main queue. Call it on any thread. The host
+    /// must outlive the function.
     template <typename Act>
     auto posting(Host& host, Act act) const {
         return [&host, call = calling(std::move(act))](auto... values) {
@@ -43,7 +43,8 @@ class Lifeline {
         };
     }
 
-    /// Calls `act(object, subject)` on the main queue after each notification called `name`.
+    /// Calls `act(object, subject)` on the main queue after each notification called `name`, with
+    /// the notification's subject, until the observation ends.
     template <typename Act>
     NotificationCenter::Observation observe(NotificationCenter& center, std::string_view name,
                                             Host& host, Act act) const {

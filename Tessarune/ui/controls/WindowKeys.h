@@ -7,15 +7,16 @@
 
 namespace tessarune {
 
-/// A command of a window whose keys no setting changes. Windows take the keys from here, and the
-/// settings tell which of them a user's shortcut takes away. Main thread, with the application
-/// object, since the desktop has a say in some.
+/// A command of a window with fixed keys, which no setting changes. The windows take the keys from
+/// here, and the settings warn of a shortcut with the same keys. Main thread; needs the application
+/// object, because some keys depend on the desktop.
 struct WindowKeys {
     std::string_view name;    ///< QML: `sequences: WindowKeys.NAME`
     QList<QKeySequence> keys; ///< any of these
     std::string_view title;   ///< localisation key
 
     static std::vector<WindowKeys> all();
+    /// `name` must be that of a command.
     static WindowKeys of(std::string_view name);
 };
 

@@ -86,7 +86,7 @@ T.ComboBox {
     }
 
     popup: T.Popup {
-        // The widest text fits, with the mark before it.
+        // Room for the widest text, with the check mark before it.
         readonly property real widest: {
             let width = 0;
             for (let i = 0; i < root.count; ++i)

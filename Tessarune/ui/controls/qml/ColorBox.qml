@@ -9,6 +9,7 @@ T.Button {
     property string name: ""
     // As #RRGGBB.
     property string value: "#000000"
+    // The label of the text field, for a screen reader.
     property string hint: ""
     signal chosen(string value)
 

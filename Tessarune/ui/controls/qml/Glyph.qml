@@ -1,7 +1,7 @@
 import QtQuick
 import Tessarune
 
-// A line drawing of 16 by 16 units.
+// A line drawing on a grid of 16 by 16 units. Each of its strokes is a list of points: x, y, x, y…
 Canvas {
     id: root
 
@@ -47,7 +47,7 @@ Canvas {
         const context = getContext("2d");
         context.reset();
         context.scale(width / 16, height / 16);
-        context.lineWidth = 1.4 * 16 / Math.max(width, 12);
+        context.lineWidth = 1.4 * 16 / Math.max(width, 12); // 1.4 pixels at any size from 12 pixels
         context.lineCap = "round";
         context.lineJoin = "round";
         context.strokeStyle = root.color;

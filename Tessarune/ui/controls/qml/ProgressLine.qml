@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessarune
 
-// A thin progress bar. While the progress is unknown, a short piece of it moves to and fro.
+// A thin progress bar. While the progress is unknown, a short bar moves to and fro.
 T.ProgressBar {
     id: root
 

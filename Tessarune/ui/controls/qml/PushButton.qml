@@ -2,6 +2,7 @@ import QtQuick
 import QtQuick.Templates as T
 import Tessarune
 
+// A button with a text. The primary button of a view is filled.
 T.Button {
     id: root
 
