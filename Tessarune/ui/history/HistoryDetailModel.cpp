@@ -65,7 +65,7 @@ void HistoryDetailModel::show(const std::optional<HistoryItem>& recording) {
         return;
     const bool isOther = !recording || !recording_ || recording->id != recording_->id ||
                          recording->live != recording_->live;
-    // A note that is being edited is kept, even if the recording changes meanwhile.
+    // Announcing an unchanged note would discard what the user is typing into it.
     const bool isOtherNote = !recording || !recording_ || recording->id != recording_->id ||
                              recording->note != recording_->note;
     recording_ = recording;
@@ -84,8 +84,8 @@ void HistoryDetailModel::show(const std::optional<HistoryItem>& recording) {
     Q_EMIT durationChanged();
 }
 
-/// Shows the text so far of a running session, whose files are not written yet. If the session is
-/// another program's, the text is unknown and stays empty.
+/// Shows what a running session has recognised so far, because its files are not written yet. The
+/// text of another program's session is unknown and stays empty.
 void HistoryDetailModel::showLiveText() {
     if (!isRunning() || !environment_.liveText)
         return;
@@ -96,7 +96,7 @@ void HistoryDetailModel::showLiveText() {
 }
 
 void HistoryDetailModel::readTranscript() {
-    ++token_;
+    ++readings_;
     if (isRunning())
         return showLiveText();
     if (recording_)
@@ -105,15 +105,15 @@ void HistoryDetailModel::readTranscript() {
 
 Task<void> HistoryDetailModel::load(HistoryItem recording) {
     const auto held = lifeline_.held();
-    const std::uint64_t token = token_;
+    const std::uint64_t reading = readings_;
     const auto queue = queue_;
     RecordingCatalog& catalog = environment_.catalog;
     FileSystem& files = environment_.files;
     ShownFiles found;
     co_await runOn(Executor::queue(environment_.host, queue),
                    [&] { found = readFiles(catalog, files, recording.id); });
-    // Another recording was chosen, or the window was closed.
-    if (!*held || token_ != token)
+    // The window was closed, or another reading has begun.
+    if (!*held || readings_ != reading)
         co_return;
     const bool isOtherSource = payload_.sourceText != found.payload.sourceText;
     if (!isLoading_ && !isOtherSource && payload_.bilingualText == found.payload.bilingualText &&

@@ -31,8 +31,8 @@ class HistoryDetailModel final : public QObject {
     Q_PROPERTY(bool isTimed READ isTimed NOTIFY transcriptChanged)
     Q_PROPERTY(bool hasText READ hasText NOTIFY transcriptChanged)
     Q_PROPERTY(bool hasTranslation READ hasTranslation NOTIFY transcriptChanged)
-    /// Shown in place of a transcript, or above one whose requested translation is missing; empty
-    /// if not needed.
+    /// Why there is no transcript, or why a transcript lacks the requested translation; empty if
+    /// nothing is missing.
     Q_PROPERTY(QString hint READ hint NOTIFY transcriptChanged)
 
   public:
@@ -65,7 +65,7 @@ class HistoryDetailModel final : public QObject {
     void durationChanged();
     void noteChanged();
     void modeChanged();
-    /// The texts have changed, or the choice of what is shown of them.
+    /// The texts have changed, or the choice of the texts that are shown.
     void transcriptChanged();
     /// The text in the spoken language has changed.
     void sourceChanged();
@@ -77,7 +77,7 @@ class HistoryDetailModel final : public QObject {
 
     const HistoryWindowEnvironment& environment_;
     const std::shared_ptr<SerialQueue> queue_;
-    std::uint64_t token_ = 0; ///< of the last reading; the results of earlier ones are dropped
+    std::uint64_t readings_ = 0; ///< so far; only the result of the last one is used
     std::optional<HistoryItem> recording_;
     HistoryTranscriptPayload payload_;
     HistoryWordTimeline timeline_;

@@ -25,14 +25,14 @@ class HistoryExportModel final : public QObject {
     /// Whether the format can contain the translation alone. Formats for reading always include the
     /// source.
     Q_PROPERTY(bool canBeTranslation READ canBeTranslation NOTIFY changed)
-    /// A remark on the chosen format and on the translation.
+    /// A remark on the chosen format or on the saved translation.
     Q_PROPERTY(QString hint READ hint NOTIFY changed)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY busyChanged)
     /// 0 to 1; negative while it is unknown.
     Q_PROPERTY(double progress READ progress NOTIFY busyChanged)
 
   public:
-    /// `onAlert` tells the user the result.
+    /// `onAlert` shows the result to the user.
     HistoryExportModel(const HistoryWindowEnvironment& environment, HistoryDetailModel& detail,
                        std::function<void(const std::string&)> onAlert);
     ~HistoryExportModel() override { stop_.request_stop(); }
@@ -67,7 +67,7 @@ class HistoryExportModel final : public QObject {
     const std::function<void(const std::string&)> onAlert_;
     std::stop_source stop_;
     HistoryExportFormat format_ = HistoryExportFormat::pdf;
-    int content_ = 1;
+    int content_ = 1; ///< as the user chose it; `content()` is what recording and format allow
     bool isBusy_ = false;
     double progress_ = -1;
     const Lifeline<HistoryExportModel> lifeline_{*this};

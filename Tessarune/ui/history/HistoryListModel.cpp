@@ -17,7 +17,7 @@ using Entry = HistoryListReader::Entry;
 using EntryPtr = HistoryListReader::EntryPtr;
 using Step = HistoryRefinementService::Progress::Step;
 
-/// The pause after a reading, so that several changes in a row cause only one more.
+/// The pause after a reading of the catalog. Several changes during a pause cause one reading.
 constexpr double settleSeconds = 0.05;
 
 QString dayOf(const HistoryItem& item, double now) {
@@ -35,7 +35,7 @@ bool isSameRecording(const EntryPtr& a, const EntryPtr& b) {
     return a->item.id == b->item.id;
 }
 
-/// Adds the recordings whose entries differ between `before` and `now`.
+/// Adds to `different` the recordings whose entries differ between `before` and `now`.
 template <typename Value>
 void addDifferences(const std::map<UUID, Value>& before, const std::map<UUID, Value>& now,
                     std::set<UUID>& different) {
@@ -161,7 +161,7 @@ void HistoryListModel::setQuery(const QString& query) {
     update();
 }
 
-/// The result of the previous search stays until this one has an answer.
+/// The recordings that the previous search found stay listed until this search has a result.
 void HistoryListModel::search() {
     ++searches_;
     if (query_.isEmpty())

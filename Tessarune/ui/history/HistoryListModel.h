@@ -50,9 +50,8 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
     /// Why the catalog cannot be read; empty if it can be.
     const std::string& problem() const { return problem_; }
 
-    /// Lists only recordings that contain all words of `query` in their note, date, time and
-    /// beginning, and those whose transcript or translation the search finds; all recordings for an
-    /// empty query.
+    /// Lists only recordings whose note, date, time and beginning together contain all words of
+    /// `query`, or whose transcript or translation the search finds. An empty query lists all.
     void setQuery(const QString& query);
     /// Hides a recording that is about to be deleted.
     void setHidden(const UUID& id, bool isHidden);
@@ -66,7 +65,7 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
   Q_SIGNALS:
     void countChanged();
     void loaded();
-    /// Emitted when the rows were brought up to date.
+    /// Emitted after each update of the rows, even if nothing has changed.
     void updated();
 
   private:
@@ -91,12 +90,12 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
     std::set<UUID> hidden_;
     QStringList words_; ///< of the query, folded
     SearchQuery query_;
-    int searches_ = 0;
-    std::unordered_set<UUID> found_; ///< by the last search
+    int searches_ = 0; ///< so far; only the result of the last one is used
+    std::unordered_set<UUID> found_;
     std::string problem_;
-    bool isLoading_ = true;
-    bool isReloadDue_ = false;
-    bool isReading_ = false;
+    bool isLoading_ = true;               ///< until the catalog has been read once
+    bool isReloadDue_ = false;            ///< the catalog may have changed since it was read
+    bool isReading_ = false;              ///< `load` is running
     HistoryRefinementService::Jobs jobs_; ///< as they are shown
     HistoryRefinementService::Failures failures_;
     std::vector<NotificationCenter::Observation> notifications_;

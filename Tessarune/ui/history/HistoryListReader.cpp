@@ -20,22 +20,22 @@ std::vector<HistoryListReader::EntryPtr> HistoryListReader::entries() {
     std::unordered_map<UUID, EntryPtr> now;
     for (HistoryItem& item : HistoryItemLoader::load(catalog_, files_)) {
         const auto found = known_.find(item.id);
-        EntryPtr before = found == known_.end() ? nullptr : found->second;
-        // The text of a session is saved at its end. If it is another program's, no notification
-        // reports that, so an empty text is read again.
-        const bool hasBeginning = before && !before->item.live && !before->beginning.isEmpty();
-        if (!hasBeginning || before->item != item) {
-            Entry entry;
-            entry.beginning = hasBeginning ? before->beginning : beginningOf(item);
-            entry.searched =
+        EntryPtr entry = found == known_.end() ? nullptr : found->second;
+        // A session saves its text at its end. No notification reports that for a session of
+        // another program, so an empty text is read again each time.
+        const bool hasBeginning = entry && !entry->item.live && !entry->beginning.isEmpty();
+        if (!hasBeginning || entry->item != item) {
+            Entry changed;
+            changed.beginning = hasBeginning ? entry->beginning : beginningOf(item);
+            changed.searched =
                 (QString::fromStdString(item.note + " " + item.date + " " + item.time) +
-                 QLatin1Char(' ') + entry.beginning)
+                 QLatin1Char(' ') + changed.beginning)
                     .toCaseFolded();
-            entry.item = std::move(item);
-            before = std::make_shared<const Entry>(std::move(entry));
+            changed.item = std::move(item);
+            entry = std::make_shared<const Entry>(std::move(changed));
         }
-        now.emplace(before->item.id, before);
-        all.push_back(std::move(before));
+        now.emplace(entry->item.id, entry);
+        all.push_back(std::move(entry));
     }
     known_ = std::move(now);
     return all;

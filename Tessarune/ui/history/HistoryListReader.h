@@ -30,7 +30,7 @@ class HistoryListReader {
     /// Returns the entries, the newest first. A transcript with text is read only once, and an
     /// unchanged entry is the same object as before.
     std::vector<EntryPtr> entries();
-    /// Call when this transcript has changed.
+    /// Call when the transcript of this recording has changed.
     void forget(const UUID& id) { known_.erase(id); }
 
   private:

@@ -46,7 +46,7 @@ HistoryPlaybackModel::HistoryPlaybackModel(const HistoryWindowEnvironment& envir
             &HistoryPlaybackModel::showRows);
 }
 
-/// Closes the previous recording. The chosen one is opened only when it is played.
+/// Closes the previous recording. The chosen recording is opened when it is first played.
 void HistoryPlaybackModel::recordingChanged() {
     const auto& recording = detail_.recording();
     const auto now = recording ? std::optional(recording->id) : std::nullopt;
@@ -64,7 +64,7 @@ void HistoryPlaybackModel::loadIfNeeded() {
     if (!isAvailable())
         return;
     const std::string& path = *recording->filePath;
-    // Compression may have replaced the file that was opened by another one.
+    // Compression may have replaced the opened file. While it plays, it stays open.
     if (isLoaded_ && (isPlaying() || loadedPath_ == path))
         return;
     const double resumeAt = isLoaded_ ? position() : 0;
@@ -96,7 +96,7 @@ QString HistoryPlaybackModel::problem() const {
     return player() ? QString::fromStdString(*player()->problem) : QString();
 }
 
-/// The sound may end a little after the duration that the file states.
+/// Limited, because the sound may end a little after the duration that the file states.
 double HistoryPlaybackModel::position() const {
     const double seconds = player() ? *player()->currentTime : 0;
     return duration() > 0 ? std::min(seconds, duration()) : seconds;

@@ -22,7 +22,7 @@ class HistoryPlaybackModel final : public QObject {
     Q_PROPERTY(bool isPlaying READ isPlaying NOTIFY stateChanged)
     Q_PROPERTY(bool repeats READ repeats NOTIFY stateChanged)
     Q_PROPERTY(QString problem READ problem NOTIFY stateChanged)
-    /// Seconds.
+    /// In seconds, like `duration`.
     Q_PROPERTY(double position READ position NOTIFY positionChanged)
     Q_PROPERTY(QString positionText READ positionText NOTIFY positionTextChanged)
     Q_PROPERTY(double duration READ duration NOTIFY loadedChanged)
@@ -60,9 +60,10 @@ class HistoryPlaybackModel final : public QObject {
     Q_INVOKABLE void playWord(int row, int character);
     /// Marks a row and seeks to it without playing.
     Q_INVOKABLE void focusRow(int row);
+    /// `direction` is 1 for the next sentence and -1 for the previous one.
     Q_INVOKABLE void stepSentence(int direction);
     Q_INVOKABLE void toggleRepeat();
-    /// Selects the next faster or slower speed.
+    /// Selects the next faster speed with 1, the next slower one with -1.
     Q_INVOKABLE void stepRate(int direction) { setRateIndex(rateIndex() + direction); }
 
   Q_SIGNALS:
@@ -79,16 +80,18 @@ class HistoryPlaybackModel final : public QObject {
     void loadIfNeeded();
     void showRows();
     void moved();
+    /// Announces the active row; `untimed` is the new `untimedRow_`.
     void markRow(std::optional<int> untimed);
 
     const HistoryWindowEnvironment& environment_;
     HistoryDetailModel& detail_;
     std::optional<TranscriptPlayback> transcript_;
     std::shared_ptr<void> watch_; ///< returned by the environment's `watchPlayback`
-    std::optional<UUID> chosen_;
-    bool isLoaded_ = false; ///< whether the player has loaded the chosen recording
+    std::optional<UUID> chosen_;  ///< the recording
+    bool isLoaded_ = false;       ///< whether the player has loaded the chosen recording
     std::string loadedPath_;
-    std::optional<int> untimedRow_; ///< chosen by the user, has no time; reset by the next mark
+    /// A row without a time that the user chose; reset when another row becomes active.
+    std::optional<int> untimedRow_;
     QString shownPosition_;
     Observations observations_;
 };

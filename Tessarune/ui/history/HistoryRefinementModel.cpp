@@ -13,7 +13,8 @@ using RefinementStep = HistoryRefinementService::Progress::Step;
 using RefinementStatus = HistoryRefinementOutcome::Status;
 using RefinedTranslation = HistoryRefinementOutcome::Translation;
 
-/// The message about an outcome; empty if there is none, or if the recording's state shows it.
+/// The message about an outcome. Empty for a failure, which `problem` shows, and for a deleted
+/// recording.
 std::string outcomeText(const HistoryRefinementOutcome& outcome) {
     if (outcome.status == RefinementStatus::cancelled)
         return localized("文字保持原样。");

@@ -26,7 +26,7 @@ class HistoryRefinementModel final : public QObject {
     Q_PROPERTY(QString stateText READ stateText NOTIFY changed)
     /// 0 to 1; negative while it waits.
     Q_PROPERTY(double progress READ progress NOTIFY changed)
-    /// Why its last refinement failed; empty if it did not.
+    /// Why its last refinement failed; empty if it did not fail.
     Q_PROPERTY(QString problem READ problem NOTIFY changed)
     /// The models to choose from: first "automatic", then the installed models. Empty if none is
     /// installed.
@@ -34,7 +34,7 @@ class HistoryRefinementModel final : public QObject {
 
   public:
     /// `holdDataFolder` returns null if recordings cannot be changed now, and tells the user why.
-    /// `onAlert` tells the user the result.
+    /// `onAlert` shows the result to the user.
     HistoryRefinementModel(const HistoryWindowEnvironment& environment, HistoryDetailModel& detail,
                            std::function<DataFolderHold()> holdDataFolder,
                            std::function<void(const std::string&)> onAlert);
@@ -48,6 +48,7 @@ class HistoryRefinementModel final : public QObject {
 
     /// Reads again which models are installed.
     Q_INVOKABLE void refresh();
+    /// `model` is an index into `models`.
     Q_INVOKABLE void refine(int model);
     /// Cancels the refinement. The transcript stays as it was.
     Q_INVOKABLE void cancel();

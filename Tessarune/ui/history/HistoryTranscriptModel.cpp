@@ -10,8 +10,7 @@ namespace {
 
 using TranscriptRow = HistoryTranscriptExportDocument::TranscriptRow;
 
-/// Returns the row of each sentence; -1: none. Consecutive sentences without a row of their own are
-/// spread evenly over the free rows between the rows of the sentences before and after them.
+/// Returns the row of each sentence as `HistoryTranscriptModel::rowOf` describes it.
 std::vector<int> rowsOfSentences(const std::vector<TranscriptRow>& rows,
                                  std::size_t sentenceCount) {
     std::vector<int> found(sentenceCount, -1);
@@ -48,6 +47,7 @@ void HistoryTranscriptModel::show(const HistoryTranscriptExportDocument& documen
         std::string time = document.timeOf(row).value_or("");
         now.push_back({std::move(time), std::move(row.source), std::move(row.translation)});
     }
+    // Rows are identified by their position only.
     const auto anyRowIsSame = [](const auto&, const auto&) { return true; };
     if (isSameRecording)
         ListedRows::show(std::move(now), anyRowIsSame);

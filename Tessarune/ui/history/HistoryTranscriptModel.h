@@ -27,19 +27,19 @@ class HistoryTranscriptModel final : public ListedRows<HistoryTranscriptRow> {
   public:
     enum Role { TimeRole = Qt::UserRole, SourceRole, TranslationRole };
 
-    /// Shows a document. Keeps the scroll position if it is of the same recording.
+    /// Shows a document. Keeps the scroll position if the document is of the same recording.
     void show(const HistoryTranscriptExportDocument& document, bool isSameRecording);
     /// Whether times are shown beside the rows.
     bool isTimed() const { return isTimed_; }
 
-    /// The row that shows a sentence of the recording; -1 if there is none. Rows with a translation
-    /// may be older than the sentences: consecutive sentences without a row of their own are spread
-    /// over the free rows between those of the sentences before and after them.
+    /// The row that shows a sentence of the recording; -1 if there is none. A saved bilingual text
+    /// may be older than the sentences, and then some sentences match no row. They are spread
+    /// evenly over the unmatched rows between the rows of the sentences before and after them.
     int rowOf(std::size_t sentence) const;
     /// The first and the last sentence that a row shows; `nullopt` if it shows none.
     std::optional<std::pair<std::size_t, std::size_t>> sentencesOf(int row) const;
-    /// The row of a sentence, or else of the last sentence before it that has a row. Beyond the
-    /// last timed sentence, each sentence counts as one row.
+    /// The row of a sentence; if it has none, the row of the last sentence before it that has one.
+    /// Beyond the last timed sentence, each sentence counts as one row.
     Q_INVOKABLE int nearestRow(int sentence) const;
 
     QVariant data(const QModelIndex& index, int role) const override;
@@ -47,7 +47,7 @@ class HistoryTranscriptModel final : public ListedRows<HistoryTranscriptRow> {
 
   private:
     bool isTimed_ = false;
-    std::vector<int> rowsOfSentences_;
+    std::vector<int> rowsOfSentences_; ///< by the sentence's index; -1: no row
 };
 
 } // namespace tessarune

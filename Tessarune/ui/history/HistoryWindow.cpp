@@ -7,8 +7,7 @@
 #include <QVariantMap>
 #include <utility>
 
-/// Qt requires this outside any namespace. The files of a static library are found only after this
-/// call.
+/// Registers the files of this static library. Qt requires these macros outside any namespace.
 static void useHistoryFiles() {
     Q_INIT_RESOURCE(history);
     Q_INIT_RESOURCE(qmlcache_history);
@@ -18,7 +17,7 @@ namespace tessarune {
 
 namespace {
 
-/// Registers a type of model, so that QML can name it.
+/// Registers a class of models with QML, so that properties can have its type.
 template <typename Model>
 void offer(const char* name) {
     qmlRegisterUncreatableType<Model>("Tessarune", 1, 0, name, {});
@@ -68,7 +67,7 @@ HistoryWindow::HistoryWindow(HistoryWindowEnvironment environment)
 }
 
 HistoryWindow::~HistoryWindow() {
-    // Removed rows are deleted only later, and their animations must not outlive the engine.
+    // Qt deletes the items of removed rows later, but their animations must not outlive the engine.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 

@@ -21,7 +21,8 @@ class HistoryWindow {
     /// Shows the window, raised and active, with the recording of this identifier; for any other
     /// text, as the user left it.
     void show(const std::string& recording = {});
-    /// Carries out a deletion that could still be undone.
+    /// Carries out the deletions that could still be undone, and waits until all changes are
+    /// written.
     void finishPending() { model_.finishPending(); }
     QQuickWindow& window() { return *window_; }
     HistoryWindowModel& model() { return model_; }

@@ -43,7 +43,7 @@ struct HistoryWindowEnvironment {
     HistoryWordStatsService& wordStatistics;
     std::shared_ptr<VocabularyStore> vocabulary;
     std::shared_ptr<VocabularyPreferences> vocabularyPreferences;
-    /// Called before each change of the recordings, which keeps the hold until it is done.
+    /// Called before each change of the recordings; the change keeps the hold until it is done.
     std::function<DataFolderLease()> leaseDataFolder;
     /// Returns the names of the installed and intact speech models.
     std::function<std::vector<std::string>()> speechModels;
@@ -61,11 +61,12 @@ struct HistoryWindowEnvironment {
     std::shared_ptr<HistoryPronunciationAudioPlayer> pronunciation = nullptr;
     /// The text so far of this program's session; null if it has none.
     const Published<std::string>* liveText = nullptr;
-    /// The duration of that session in seconds, updated once a second; null likewise.
+    /// The duration of that session in seconds, updated once a second; null if there is none.
     const Published<double>* liveDuration = nullptr;
     /// Returns the recording of that session; `nullopt` if none is being recorded.
     std::function<std::optional<UUID>()> liveRecording = [] { return std::nullopt; };
-    /// Watches a playback for as long as the returned object exists; empty: nobody watches.
+    /// Logs a playback for as long as the returned object exists; empty if playbacks are not
+    /// logged.
     std::function<std::shared_ptr<void>(TranscriptPlayback&)> watchPlayback = {};
 };
 

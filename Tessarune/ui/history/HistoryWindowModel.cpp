@@ -59,7 +59,7 @@ void HistoryWindowModel::listUpdated() {
         setPage(Page::recording);
     }
     int row = current_ ? list_.rowOf(*current_) : -1;
-    if (row < 0) // it is gone, or none was chosen yet: choose the nearest row
+    if (row < 0) // no recording was chosen, or it is no longer listed: choose the nearest row
         row = std::min(lastRow_, list_.count() - 1);
     lastRow_ = std::max(row, 0);
     const HistoryItem* const item = list_.item(row);
@@ -127,7 +127,7 @@ void HistoryWindowModel::dismissMessage() {
     finishDeletions();
 }
 
-/// Null if recordings cannot be changed now: the user is told why.
+/// Returns null, and tells the user why, if recordings cannot be changed now.
 DataFolderHold HistoryWindowModel::holdDataFolder() {
     DataFolderLease lease = environment_.leaseDataFolder();
     if (!lease.hold)
@@ -196,9 +196,9 @@ void HistoryWindowModel::finishPending() {
     queue_->sync([] {});
 }
 
-/// Runs `step` on the queue, because the catalog is always written completely, which takes a while
-/// if it is long. `step` runs even if the window closes now. If it returns false and the window
-/// still exists, `failed` is called on the main queue.
+/// Runs `step` on the queue, because each change writes the whole catalog, which takes a while if
+/// the catalog is long. `step` runs even if the window closes now. If `step` returns false and the
+/// window still exists, `failed` is called on the main queue.
 void HistoryWindowModel::change(DataFolderHold hold, std::function<bool()> step,
                                 std::function<void(HistoryWindowModel&)> failed) {
     queue_->async([&host = environment_.host, step = std::move(step), hold = std::move(hold),

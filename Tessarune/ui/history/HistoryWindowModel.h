@@ -31,7 +31,8 @@ namespace tessarune {
 /// message about the last action. Main thread; the environment must outlive it.
 ///
 /// Deletions are carried out when they can no longer be undone: some seconds after the last one, or
-/// when the window is closed. Until then they are undone one by one, the last one first.
+/// when the message is dismissed or the window is closed. Until then they can be undone one by one,
+/// the last one first.
 class HistoryWindowModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(tessarune::HistoryListModel* list READ list CONSTANT)
@@ -105,7 +106,8 @@ class HistoryWindowModel final : public QObject {
     void refresh();
     /// Chooses a recording as soon as it is listed.
     void select(const UUID& id);
-    /// Carries out a deletion that could still be undone, and waits until all changes are written.
+    /// Carries out the deletions that could still be undone, and waits until all changes are
+    /// written.
     void finishPending();
 
   Q_SIGNALS:
@@ -148,9 +150,9 @@ class HistoryWindowModel final : public QObject {
     Page page_ = Page::recording;
     QString query_;
     std::optional<QString> draft_; ///< the unfinished note of the shown recording
-    std::optional<UUID> current_;
-    std::optional<UUID> wanted_; ///< to be chosen when it is listed
-    int lastRow_ = 0;            ///< where the chosen recording was listed last
+    std::optional<UUID> current_;  ///< the chosen recording
+    std::optional<UUID> wanted_;   ///< to be chosen as soon as it is listed
+    int lastRow_ = 0;              ///< where the chosen recording was listed last
     QString message_;
     std::vector<Deletion> deletions_;
     QTimer messageTimer_;

@@ -31,7 +31,7 @@ HistoryWordsModel::HistoryWordsModel(const HistoryWindowEnvironment& environment
       core_(store().coreWords()->begin(), store().coreWords()->end()) {
     connect(&detail_, &HistoryDetailModel::sourceChanged, this, [this] {
         stats_ = nullptr;
-        ++token_;
+        ++counts_;
         update();
         countIfNeeded();
     });
@@ -52,11 +52,11 @@ void HistoryWordsModel::countIfNeeded() {
 
 Task<void> HistoryWordsModel::count(HistoryItem recording, std::string text) {
     const auto held = lifeline_.held();
-    const std::uint64_t token = ++token_;
+    const std::uint64_t number = ++counts_;
     Task<HistoryWordStatsService::Stats> counting = environment_.wordStatistics.stats(
         recording.id, std::move(text), 0, recording.durationSeconds);
     HistoryWordStatsService::Stats counted = co_await counting;
-    if (!*held || token_ != token)
+    if (!*held || counts_ != number)
         co_return;
     stats_ = std::move(counted);
     update();

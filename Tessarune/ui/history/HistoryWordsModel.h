@@ -23,8 +23,8 @@ class HistoryWordsModel final : public WordListModel {
     bool isOpen() const { return isOpen_; }
     void setOpen(bool isOpen);
 
-    /// The next sentence of the transcript that contains the word, starting over at the end; -1 if
-    /// none does.
+    /// Returns the first sentence of the transcript that contains the word, and with each further
+    /// call for the same word the next one, starting over at the end; -1 if none contains it.
     Q_INVOKABLE int nextPlace(const QString& word);
 
     QStringList kinds() const override;
@@ -46,10 +46,10 @@ class HistoryWordsModel final : public WordListModel {
     HistoryDetailModel& detail_;
     const std::unordered_set<std::string> core_;
     HistoryWordStatsService::Stats stats_; ///< null: not counted yet
-    std::uint64_t token_ = 0;              ///< of the last count; earlier results are dropped
+    std::uint64_t counts_ = 0;             ///< so far; only the result of the last one is used
     bool isOpen_ = false;
-    QString placedWord_; ///< the word of the last call of `nextPlace`
-    std::size_t place_ = 0;
+    QString placedWord_;    ///< the word of the last call of `nextPlace`
+    std::size_t place_ = 0; ///< counts the calls for that word from 0
     const Lifeline<HistoryWordsModel> lifeline_{*this};
 };
 

@@ -27,7 +27,8 @@ QString usageValue(const UsagePeriod& period, int measure) {
 }
 
 QString usageDate(const UsagePeriod& period, std::string_view pattern) {
-    // 12 hours after its start it is still the first day, even if the clocks change on it.
+    // 12 hours after the start of a period it is still the period's first day, even if the clocks
+    // change on that day.
     constexpr double noon = 12 * 3600.0;
     return QString::fromStdString(
         DateText::formatted(period.start + noon, localized(pattern), localized("zh_Hans_CN")));
@@ -92,9 +93,9 @@ Task<void> UsageModel::read() {
 void UsageModel::update() {
     std::vector<UsagePeriod> periods = UsageStatistics::periods(sessions_, kind_);
     total_ = UsageStatistics::total(periods);
-    most_ = 0;
+    maximum_ = 0;
     for (const UsagePeriod& period : periods)
-        most_ = std::max(most_, valueOf(period));
+        maximum_ = std::max(maximum_, valueOf(period));
     show(std::move(periods), [](const UsagePeriod& a, const UsagePeriod& b) {
         return a.start == b.start && a.end == b.end;
     });
@@ -144,9 +145,9 @@ QStringList UsageModel::totals() const {
 
 QString UsageModel::scale() const {
     UsagePeriod top;
-    top.listeningSeconds = most_;
-    top.sessions = static_cast<int>(measure_ == sessionCount ? most_ : 0);
-    top.words = static_cast<std::int64_t>(measure_ == wordCount ? most_ : 0);
+    top.listeningSeconds = maximum_;
+    top.sessions = static_cast<int>(measure_ == sessionCount ? maximum_ : 0);
+    top.words = static_cast<std::int64_t>(measure_ == wordCount ? maximum_ : 0);
     return usageValue(top, measure_);
 }
 
@@ -169,9 +170,10 @@ bool UsageModel::beginsGroup(int row) const {
     if (row == 0)
         return true;
     const auto group = [&](int place) {
-        constexpr std::size_t year = sizeof "2025" - 1;
-        constexpr std::size_t month = sizeof "2025-10" - 1;
-        return at(place)->date.substr(0, kind_ == UsagePeriodKind::month ? year : month);
+        constexpr std::size_t yearLength = sizeof "2025" - 1;
+        constexpr std::size_t monthLength = sizeof "2025-10" - 1;
+        return at(place)->date.substr(0,
+                                      kind_ == UsagePeriodKind::month ? yearLength : monthLength);
     };
     return group(row) != group(row - 1);
 }
@@ -183,7 +185,7 @@ QVariant UsageModel::data(const QModelIndex& index, int role) const {
     const bool isMonth = kind_ == UsagePeriodKind::month;
     switch (role) {
     case FractionRole:
-        return most_ > 0 ? valueOf(*period) / most_ : 0.0;
+        return maximum_ > 0 ? valueOf(*period) / maximum_ : 0.0;
     case LabelRole:
         return usageDate(*period, isMonth ? "M月" : "d");
     case GroupRole:

@@ -80,13 +80,13 @@ class UsageModel final : public ListedRows<UsagePeriod> {
     std::vector<UsageStatistics::Session> sessions_;
     UsagePeriod total_;
     std::string problem_;
-    double most_ = 0; ///< the largest value of the measure
+    double maximum_ = 0; ///< of the measure, over all periods
     UsagePeriodKind kind_ = UsagePeriodKind::day;
     int measure_ = 0;
     bool isOpen_ = false;
-    bool isDue_ = true; ///< the catalog has not been read since it changed
-    bool isReading_ = false;
-    bool isRead_ = false;
+    bool isDue_ = true;      ///< the catalog has not been read since it changed
+    bool isReading_ = false; ///< `read` is running
+    bool isRead_ = false;    ///< the catalog has been read at least once
     std::vector<NotificationCenter::Observation> observations_;
     const Lifeline<UsageModel> lifeline_{*this};
 };

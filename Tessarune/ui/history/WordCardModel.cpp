@@ -12,7 +12,7 @@ namespace tessarune {
 
 namespace {
 
-// In the order of the lists of dictionaries and of sources.
+// In the order of `vocabularyDictionaryProviders` and of `vocabularyPronunciationSources`.
 constexpr std::array<const char*, 7> dictionaryTitles{
     "有道英汉词典", "剑桥英汉词典", "剑桥英语词典", "牛津高阶英语词典",
     "柯林斯词典",   "朗文词典",     "韦氏词典"};
@@ -152,7 +152,8 @@ bool WordCardModel::isHeard() const {
     return canHear() && !word_.empty() && *environment_.pronunciation->activeKey() == soundKey();
 }
 
-/// A fetched pronunciation plays at once. If nothing plays after a fetch, none was found.
+/// A fetched pronunciation plays at once, so if nothing plays after a fetch, none was found. This
+/// is checked in a later call, because the player first announces the end of the fetch.
 void WordCardModel::soundMoved() {
     const bool isDone = std::exchange(wasFetching_, isFetching()) && !wasFetching_;
     Q_EMIT soundChanged();
@@ -179,7 +180,7 @@ void WordCardModel::hear() {
     isSilent_ = false;
     Q_EMIT hintChanged();
     if (isFetching()) {
-        wasFetching_ = false; // stopped, which does not mean that there is none
+        wasFetching_ = false; // the user stops the fetch: the word may have a pronunciation
         return environment_.pronunciation->stop();
     }
     if (!isHeard())

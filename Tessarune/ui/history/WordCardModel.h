@@ -18,28 +18,32 @@ namespace tessarune {
 /// must outlive it.
 class WordCardModel final : public QObject {
     Q_OBJECT
-    /// Empty if none is chosen.
+    /// Empty if no word is chosen.
     Q_PROPERTY(QString word READ word NOTIFY changed)
     Q_PROPERTY(bool isKnown READ isKnown WRITE setKnown NOTIFY marksChanged)
     Q_PROPERTY(bool isFavorite READ isFavorite WRITE setFavorite NOTIFY marksChanged)
     /// The word's senses, each with its part of speech.
     Q_PROPERTY(QStringList senses READ senses NOTIFY changed)
-    /// Shown in place of the meanings, or about the pronunciation; empty if not needed.
+    /// Says that the dictionary lacks the word, or that no pronunciation was found; empty
+    /// otherwise.
     Q_PROPERTY(QString hint READ hint NOTIFY hintChanged)
     /// Whether a pronunciation can be fetched and played.
     Q_PROPERTY(bool canHear READ canHear CONSTANT)
+    /// Whether the pronunciation is being fetched, and whether it is playing.
     Q_PROPERTY(bool isFetching READ isFetching NOTIFY soundChanged)
     Q_PROPERTY(bool isHeard READ isHeard NOTIFY soundChanged)
-    /// The dictionaries and sources of pronunciation to choose from, and the indices of the chosen.
+    /// The dictionaries and the sources of pronunciation to choose from, and the indices of the
+    /// chosen ones.
     Q_PROPERTY(QStringList dictionaries READ dictionaries CONSTANT)
     Q_PROPERTY(int dictionary READ dictionary WRITE setDictionary NOTIFY sourcesChanged)
     Q_PROPERTY(QStringList voices READ voices CONSTANT)
     Q_PROPERTY(int voice READ voice WRITE setVoice NOTIFY sourcesChanged)
 
   public:
-    /// `beforeSound` is called before a word is played.
+    /// `beforeSound` is called before a pronunciation is fetched and played.
     WordCardModel(const HistoryWindowEnvironment& environment, std::function<void()> beforeSound);
 
+    /// Shows a word; an empty text closes the card.
     void show(const std::string& word);
 
     QString word() const { return QString::fromStdString(word_); }

@@ -9,8 +9,8 @@ Item {
     required property HistoryWindowModel model
     readonly property HistoryDetailModel detail: model.detail
     readonly property real margin: Math.round(Theme.body * 1.7)
-    // The panel is beside the transcript, or covers it if there is no room for both.
     readonly property bool showsWords: model.words.isOpen && !detail.isRunning
+    // The words panel is beside the transcript, or takes its place if there is no room for both.
     readonly property real wordsWidth: width < Theme.body * 44 ? width : Math.round(Math.max(Theme.body * 22, Math.min(Theme.body * 28, width * 0.44)))
 
     Placeholder {
@@ -36,7 +36,7 @@ Item {
                 id: title
 
                 anchors { left: parent.left; right: tools.left; rightMargin: Theme.gap; verticalCenter: parent.verticalCenter }
-                // A shorter form leaves out what the list on the left shows anyway.
+                // The first form that fits. The shortest one is the time; the list shows the rest.
                 readonly property var forms: [root.detail.title + "   " + root.detail.duration, root.detail.title, root.detail.title.slice(-5)]
                 text: forms.find(form => measure.advanceWidth(form) <= width) ?? forms[2]
                 wrapMode: Text.NoWrap

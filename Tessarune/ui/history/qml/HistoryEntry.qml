@@ -17,6 +17,7 @@ Rectangle {
     required property real progress
     required property var texts
     property bool isCurrent: false
+    // Whether the list has the keyboard focus.
     property bool hasKeys: false
     signal activated
 

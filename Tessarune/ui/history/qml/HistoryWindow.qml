@@ -3,6 +3,7 @@ import QtQuick.Window
 import Tessarune
 import "qrc:/controls"
 
+// The history window: the list, and beside it the chosen recording, the vocabulary or the usage.
 Window {
     id: window
 
@@ -21,7 +22,7 @@ Window {
 
         readonly property real wanted: Math.max(Theme.body * 20, Math.min(Theme.body * 26, window.width * 0.34))
 
-        // Narrower only where the recording would not fit.
+        // Narrower than wanted only if the recording would not fit beside it.
         width: Math.round(Math.max(Theme.body * 14, Math.min(wanted, window.width - Theme.body * 32)))
         height: parent.height
         color: Theme.side

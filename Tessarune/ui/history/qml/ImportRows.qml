@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Tessarune
 import "qrc:/controls"
 
-// The files that are being imported, each with a button that cancels it.
+// The files that are being imported or have failed, each with a button that removes it.
 ListView {
     id: root
 

@@ -2,7 +2,8 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// A message about the last action, over the window for some seconds, with or without an action.
+// A message about the user's last action, shown over the window for some seconds. It has a button
+// for a further action, unless `action` is empty.
 Rectangle {
     id: root
 

@@ -3,9 +3,9 @@ import QtQuick.Templates as T
 import Tessarune
 import "qrc:/controls"
 
-// The rows of a transcript. Up and down go from row to row, Return plays the row, Space or K starts
-// and pauses, left and right or J and L skip some seconds, Alt with left and right goes from
-// sentence to sentence, R repeats the sentence, plus and minus change the speed.
+// The rows of a transcript. Up and Down go from row to row, Return plays the row, and Space or K
+// starts and pauses. Left and Right skip 5 seconds, J and L skip 10. Alt with Left or Right goes
+// from sentence to sentence, R repeats the sentence, and plus and minus change the speed.
 FocusScope {
     id: root
 

@@ -10,15 +10,15 @@ FocusScope {
     required property UsageModel usage
     required property string name
 
-    readonly property real labels: Math.round(Theme.body * 3.4)
-    readonly property real axis: Math.round(Theme.body * 4.6)
+    readonly property real labelHeight: Math.round(Theme.body * 3.4)
+    readonly property real axisWidth: Math.round(Theme.body * 4.6)
     readonly property real barWidth: Math.round(Theme.body * 2.4)
 
     // The period and the figures of the chosen bar.
     Label {
         id: caption
 
-        x: root.axis
+        x: root.axisWidth
         width: parent.width - x
         text: bars.currentItem ? bars.currentItem.name + "   " + bars.currentItem.figures : ""
         wrapMode: Text.NoWrap
@@ -28,7 +28,7 @@ FocusScope {
     Item {
         id: area
 
-        anchors { left: parent.left; right: parent.right; top: caption.bottom; topMargin: Math.round(Theme.body * 1.1); bottom: parent.bottom; bottomMargin: root.labels }
+        anchors { left: parent.left; right: parent.right; top: caption.bottom; topMargin: Math.round(Theme.body * 1.1); bottom: parent.bottom; bottomMargin: root.labelHeight }
 
         Repeater {
             model: [0, 0.5, 1]
@@ -36,7 +36,7 @@ FocusScope {
             Rectangle {
                 required property real modelData
 
-                x: root.axis
+                x: root.axisWidth
                 y: Math.round((area.height - 1) * (1 - modelData))
                 width: area.width - x
                 height: 1
@@ -45,7 +45,7 @@ FocusScope {
         }
         Label {
             y: -height / 2
-            width: root.axis - Math.round(Theme.body * 0.6)
+            width: root.axisWidth - Math.round(Theme.body * 0.6)
             horizontalAlignment: Text.AlignRight
             text: root.usage.scale
             color: Theme.quiet
@@ -53,7 +53,7 @@ FocusScope {
         }
         Label {
             anchors { bottom: parent.bottom; bottomMargin: -height / 2 }
-            width: root.axis - Math.round(Theme.body * 0.6)
+            width: root.axisWidth - Math.round(Theme.body * 0.6)
             horizontalAlignment: Text.AlignRight
             text: "0"
             color: Theme.quiet
@@ -65,8 +65,8 @@ FocusScope {
         id: bars
 
         objectName: "bars"
-        // No bar is cut when the last ones are shown.
-        anchors { left: parent.left; leftMargin: root.axis + (root.width - root.axis) % root.barWidth; right: parent.right; top: area.top; bottom: parent.bottom }
+        // The view is as wide as a whole number of bars, so that no bar is cut off.
+        anchors { left: parent.left; leftMargin: root.axisWidth + (root.width - root.axisWidth) % root.barWidth; right: parent.right; top: area.top; bottom: parent.bottom }
         clip: true
         focus: true
         activeFocusOnTab: true
@@ -121,7 +121,7 @@ FocusScope {
             Accessible.onPressAction: bars.currentIndex = index
 
             Rectangle {
-                anchors { horizontalCenter: parent.horizontalCenter; bottom: parent.bottom; bottomMargin: root.labels }
+                anchors { horizontalCenter: parent.horizontalCenter; bottom: parent.bottom; bottomMargin: root.labelHeight }
                 width: Math.round(Theme.body * 1.5)
                 height: Math.max(bar.fraction > 0 ? 2 : 0, Math.round(area.height * bar.fraction))
                 radius: Math.min(4, height / 2)
@@ -141,7 +141,7 @@ FocusScope {
             Label {
                 id: day
 
-                anchors { horizontalCenter: parent.horizontalCenter; top: parent.bottom; topMargin: Math.round(Theme.body * 0.4) - root.labels }
+                anchors { horizontalCenter: parent.horizontalCenter; top: parent.bottom; topMargin: Math.round(Theme.body * 0.4) - root.labelHeight }
                 text: bar.label
                 wrapMode: Text.NoWrap
                 color: bar.isCurrent ? Theme.text : Theme.quiet
