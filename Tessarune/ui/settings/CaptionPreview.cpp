@@ -11,7 +11,7 @@ namespace {
 
 constexpr int wordMS = 420;
 /// The preview starts over after this many complete rows.
-constexpr std::size_t mostRows = 6;
+constexpr std::size_t maximumRows = 6;
 
 struct SpokenSentence {
     const char* source;
@@ -53,10 +53,10 @@ CaptionPreview::CaptionPreview(const SettingsWindowEnvironment& environment)
       stage_(environment_),
       window_(environment_) {
     frame_.sessionPhase = LiveSessionPhase::listening;
-    words_.setInterval(wordMS);
-    connect(&words_, &QTimer::timeout, this, &CaptionPreview::sayNextWord);
+    wordTimer_.setInterval(wordMS);
+    connect(&wordTimer_, &QTimer::timeout, this, &CaptionPreview::sayNextWord);
     settle();
-    spoken_ = 4;
+    spoken_ = 4; // the first frame shows a complete sentence and a part of the next one
     sayNextWord();
 }
 
@@ -64,9 +64,9 @@ void CaptionPreview::setRunning(bool running) {
     if (running == isRunning())
         return;
     if (running)
-        words_.start();
+        wordTimer_.start();
     else
-        words_.stop();
+        wordTimer_.stop();
     Q_EMIT runningChanged();
 }
 
@@ -87,7 +87,7 @@ void CaptionPreview::sayNextWord() {
 /// Completes the spoken sentence, shows its translation and turns to the next sentence.
 void CaptionPreview::settle() {
     const SpokenSentence& done = sentences[sentence_];
-    if (frame_.sourceTextTail.size() >= mostRows) { // starts over
+    if (frame_.sourceTextTail.size() >= maximumRows) { // starts over
         frame_.sourceTextTail = {};
         frame_.translationTail = {};
     }

@@ -12,8 +12,9 @@
 
 namespace tessarune {
 
-/// Sample captions drawn with the current settings: the stage of the caption window over scripted
-/// frames. New words appear only while it is running. Main thread; the environment must outlive it.
+/// Sample captions drawn with the current settings: the stage of the caption window, which shows
+/// scripted frames. New words appear only while it is running. Main thread; the environment must
+/// outlive it.
 class CaptionPreview final : public QObject {
     Q_OBJECT
     Q_PROPERTY(tessarune::CaptionStageModel* stage READ stage CONSTANT)
@@ -26,7 +27,7 @@ class CaptionPreview final : public QObject {
 
     CaptionStageModel* stage() { return &stage_; }
     CaptionWindowModel* window() { return &window_; }
-    bool isRunning() const { return words_.isActive(); }
+    bool isRunning() const { return wordTimer_.isActive(); }
     void setRunning(bool running);
 
   Q_SIGNALS:
@@ -45,7 +46,7 @@ class CaptionPreview final : public QObject {
     CaptionStageModel stage_;
     CaptionWindowModel window_;
     LiveCaptionDisplayFrame frame_ = LiveCaptionDisplayFrame::empty();
-    QTimer words_;
+    QTimer wordTimer_;
     std::size_t sentence_ = 0; ///< the index of the spoken sentence
     std::size_t spoken_ = 0;   ///< the number of its words so far
 };

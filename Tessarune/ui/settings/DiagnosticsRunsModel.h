@@ -29,6 +29,7 @@ class DiagnosticsRunsModel final : public QObject {
     /// The captions of the last replay. `message` tells whether they equal those of the session.
     Q_PROPERTY(QString replay READ replay NOTIFY told)
     Q_PROPERTY(QString message READ message NOTIFY told)
+    /// Whether `message` reports a success.
     Q_PROPERTY(bool isGood READ isGood NOTIFY told)
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
 
@@ -54,6 +55,7 @@ class DiagnosticsRunsModel final : public QObject {
     void told();
 
   private:
+    /// Work on the queue reports through this; `model` is null once the model has been destroyed.
     struct Link {
         DiagnosticsRunsModel* model;
     };

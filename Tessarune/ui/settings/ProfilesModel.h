@@ -16,6 +16,7 @@ class ProfilesModel final : public QObject {
     Q_OBJECT
     /// "title" and "about" of each profile.
     Q_PROPERTY(QVariantList profiles READ profiles CONSTANT)
+    /// Whether a session runs.
     Q_PROPERTY(bool isLocked READ isLocked NOTIFY changed)
     /// The result of the last action, or why none is possible.
     Q_PROPERTY(QString message READ message NOTIFY changed)

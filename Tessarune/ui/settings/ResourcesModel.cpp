@@ -62,7 +62,7 @@ void ResourcesModel::refresh() {
     listProblem_.clear();
     try {
         found = source_.list();
-    } catch (const std::exception& error) { // what was found before stays
+    } catch (const std::exception& error) { // the rows stay as they are
         listProblem_ = error.what();
         Q_EMIT problemChanged();
         return;
@@ -221,7 +221,7 @@ Task<void> ResourcesModel::run(std::shared_ptr<Link> link, Task<void> downloadin
     try {
         co_await downloading;
     } catch (const std::exception& error) {
-        if (!stop.stop_requested()) // otherwise it ended on request
+        if (!stop.stop_requested()) // a download that the user stopped has not failed
             problem = error.what();
     }
     if (link->model)

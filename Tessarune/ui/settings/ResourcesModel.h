@@ -27,7 +27,7 @@ struct Resource {
     std::uint64_t bytes = 0; ///< 0: unknown, or nothing to download
     State state = State::available;
     bool isRemovable = false;
-    std::string note; ///< additional information
+    std::string note; ///< the speed of a model, the damage, or other information; may be empty
 };
 
 /// Resources as rows, each with its state: chosen, downloading, damaged. Main thread; host and
@@ -36,7 +36,8 @@ class ResourcesModel final : public QAbstractListModel {
     Q_OBJECT
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
 
-    /// Set while the setting is unreadable or names none of these resources; empty otherwise.
+    /// Why the rows could not be read again, or that the setting is unreadable or names none of
+    /// these resources; empty otherwise.
     Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
 
   public:

@@ -42,7 +42,8 @@ enum class SettingControl {
 
 /// The place, title and control of one setting in the window.
 struct SettingEntry {
-    /// The range and format of a number's slider. The text also shows a value outside the range.
+    /// The range of a number's slider, and the format of the text beside it. The text shows the
+    /// value even outside the range.
     struct Scale {
         double from = 0;
         double to = 100;
@@ -58,7 +59,7 @@ struct SettingEntry {
     Scale scale{};
     /// Returns the localised name of a choice; empty if the choice's own text is shown.
     std::function<std::string(std::string_view choice)> choiceName = {};
-    /// While this is false, the setting has no effect and cannot be changed; null if the setting
+    /// The setting has no effect and cannot be changed while `needs` is false. Null if the setting
     /// always has an effect.
     const Setting<bool>* needs = nullptr;
     /// Returns a localised description in place of the setting's info; empty if the info is used.

@@ -41,7 +41,8 @@ std::string spokenValue(const SettingEntry& entry) {
     return entry.choiceName ? entry.choiceName(text) : text;
 }
 
-/// Slider values are sums of steps, which binary fractions represent inexactly.
+/// Rounds to thousandths: a slider's value is a sum of steps, which binary fractions represent
+/// inexactly.
 std::string plainNumber(double value) {
     std::string text = Text::shortest(std::round(value * 1000) / 1000);
     if (text.ends_with(".0"))

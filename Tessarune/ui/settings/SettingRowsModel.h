@@ -28,9 +28,9 @@ class SettingRowsModel final : public QAbstractListModel {
         FromRole,
         ToRole,
         StepRole,
-        ChangedRole, ///< differs from the first-launch value
-        AvailableRole,
-        ProblemRole, ///< the fault of the stored or the typed value; empty: none
+        ChangedRole,   ///< differs from the first-launch value, or is invalid
+        AvailableRole, ///< whether the setting has an effect now
+        ProblemRole,   ///< the fault of the stored or the typed value; empty: none
         PaneRole,
     };
 
@@ -48,8 +48,9 @@ class SettingRowsModel final : public QAbstractListModel {
 
     Q_INVOKABLE void toggle(int row, bool on);
     Q_INVOKABLE void choose(int row, int choice);
-    /// Stores a value of a moving slider, the newest one after a short delay.
+    /// Stores the newest value of a moving slider after a short delay.
     Q_INVOKABLE void slide(int row, double value);
+    /// Stores a typed value; an empty text restores the default.
     Q_INVOKABLE void write(int row, const QString& text);
     Q_INVOKABLE void restore(int row);
     /// The text of a number as the row shows it.

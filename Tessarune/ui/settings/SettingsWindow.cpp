@@ -8,8 +8,7 @@
 #include <QVariantMap>
 #include <utility>
 
-/// Qt requires this outside any namespace. The files of a static library are found only after this
-/// call.
+/// Registers the files of this static library. Qt requires these macros outside any namespace.
 static void useSettingsFiles() {
     Q_INIT_RESOURCE(settings);
     Q_INIT_RESOURCE(qmlcache_settings);
@@ -87,7 +86,7 @@ SettingsWindow::SettingsWindow(SettingsWindowEnvironment environment)
 
 SettingsWindow::~SettingsWindow() {
     environment_.followDownloadTrouble({});
-    // Removed rows are deleted only later, and their animations must not outlive the engine.
+    // Qt deletes the items of removed rows later, but their animations must not outlive the engine.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 

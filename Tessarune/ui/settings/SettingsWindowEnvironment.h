@@ -29,7 +29,7 @@ struct SettingsWindowEnvironment {
     const Published<bool>& reducesMotion;
     /// Returns why the settings file cannot be read or written; empty if it can be.
     std::function<std::string()> fileProblem;
-    /// Calls the passed function whenever that changes. An empty function ends this.
+    /// Sets the function that is called whenever the result of `fileProblem` changes; empty: none.
     std::function<void(std::function<void()>)> followFileProblem;
     /// Sets an unreadable settings file aside and starts a new one.
     std::function<void()> renewFile;
@@ -38,13 +38,13 @@ struct SettingsWindowEnvironment {
     std::function<std::optional<SpeechModelSpeed>(const std::string& name)> speechModelSpeed;
     TranslationLanguages& languages;
     std::shared_ptr<TranslationTaskBridge> translationTest;
-    /// Calls the passed function with the reason whenever a download makes no progress. An empty
-    /// function ends this.
+    /// Sets the function that is called with the reason whenever a download makes no progress;
+    /// empty: none.
     std::function<void(std::function<void(const std::string& text)>)> followDownloadTrouble;
     /// The disk and the paths of the diagnostics runs.
     FileSystem& files;
     TessarunePaths paths;
-    /// Called before each removal of a run, which keeps the hold until it is done.
+    /// Called before each removal of a run; the removal keeps the hold until it is done.
     std::function<DataFolderLease()> leaseDataFolder;
     /// Shows a folder in the desktop's file manager; returns false on failure.
     std::function<bool(const std::filesystem::path& folder)> openFolder;

@@ -23,8 +23,8 @@ class ShortcutsModel final : public QAbstractListModel {
         AboutRole,
         KeysTextRole,  ///< empty: switched off
         ConflictRole,  ///< a sentence that names a command with the same keys; empty: none
-        RecordingRole, ///< the next keys become the shortcut
-        ProblemRole,
+        RecordingRole, ///< whether the next keys become the shortcut
+        ProblemRole,   ///< the fault of the pressed keys or of the stored shortcut; empty: none
         ChangedRole,
     };
 
@@ -39,7 +39,7 @@ class ShortcutsModel final : public QAbstractListModel {
     Q_INVOKABLE void record(int row);
     Q_INVOKABLE void cancel();
     /// Sets the keys of the row that is being recorded, and ends the recording. Modifiers alone are
-    /// ignored; Escape ends it without a change.
+    /// ignored; Escape ends the recording without a change.
     Q_INVOKABLE void press(int key, int modifiers);
     Q_INVOKABLE void clear(int row);
     Q_INVOKABLE void restore(int row);
@@ -56,8 +56,8 @@ class ShortcutsModel final : public QAbstractListModel {
 
     AppSettings& settings_;
     const std::vector<Row> rows_;
-    int recording_ = -1;
-    int refused_ = -1; ///< the row whose last keys cannot be a shortcut; -1: none
+    int recording_ = -1; ///< the row whose keys are being recorded; -1: none
+    int refused_ = -1;   ///< the row whose last keys cannot be a shortcut; -1: none
     Observations observations_;
 };
 

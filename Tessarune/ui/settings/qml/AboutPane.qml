@@ -2,6 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
+// The program's version and licence, and the parts that it is built from.
 ScrollArea {
     id: root
 

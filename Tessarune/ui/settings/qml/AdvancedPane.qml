@@ -2,6 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
+// The profiles, the tuning settings, and the diagnostics runs of earlier sessions.
 ScrollArea {
     id: root
 

@@ -2,6 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
+// The heading of a pane.
 Label {
     width: parent.width
     bottomPadding: Math.round(Theme.body * 0.6)

@@ -2,6 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
+// The speech models, and the other settings of the recogniser.
 ScrollArea {
     id: root
 

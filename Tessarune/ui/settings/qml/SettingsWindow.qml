@@ -3,6 +3,8 @@ import QtQuick.Window
 import Tessarune
 import "qrc:/controls"
 
+// The settings window: the search and the list of the panes, and beside them the chosen pane or the
+// results of the search.
 Window {
     id: window
 
@@ -83,6 +85,7 @@ Window {
         }
     }
 
+    // A pane without a view of its own.
     Component {
         id: plain
 

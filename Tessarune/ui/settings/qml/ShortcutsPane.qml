@@ -2,6 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
+// The keyboard shortcuts. A press on the keys of a shortcut records new ones.
 ScrollArea {
     id: root
 
