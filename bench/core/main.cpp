@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-/// Measures the steps of processing a partial separately, to find the one that a change of the core
-/// made slower. The first argument is the language: 0 English, 1 Chinese.
+/// Measures the steps of processing a partial separately, to show which step a change of the core
+/// made slower. The first argument of a benchmark is the language: 0 English, 1 Chinese.
 
 namespace tessarune {
 namespace {
@@ -30,7 +30,7 @@ EngineCapabilities capabilities(std::int64_t language) {
     return caps.localized(language == 0 ? "en-US" : "zh-CN");
 }
 
-/// Calls `work` with one record after the other, and counts them.
+/// Calls `work` with one record after the other, and counts the calls.
 template <typename Work>
 void forEachRecord(benchmark::State& state, Work work) {
     const auto& all = records(state.range(0));
@@ -49,6 +49,7 @@ std::vector<std::string> lines(std::int64_t language) {
     return result;
 }
 
+/// Calls `parse` with one line of the log after the other, and counts the calls.
 template <typename Parse>
 void forEachLine(benchmark::State& state, Parse parse) {
     const auto all = lines(state.range(0));
@@ -86,10 +87,13 @@ void makeStabilityKey(benchmark::State& state) {
     });
 }
 
-/// Processes an event in a core whose number of committed rows is the second argument.
+/// Processes events in a core that has at least as many committed rows as the second argument says.
 void ingestEvent(benchmark::State& state) {
     SimulatedHost host;
-    const CaptionCore::Config config(true, true, true);
+    constexpr bool segments = true;
+    constexpr bool freezes = true;
+    constexpr bool commitsClauses = true;
+    const CaptionCore::Config config(segments, freezes, commitsClauses);
     const EngineCapabilities caps = capabilities(state.range(0));
     CaptionCore core = CaptionCore::onHost([&] { return config; }, [&] { return caps; }, host,
                                            countingUUIDSource());

@@ -36,7 +36,7 @@ struct Options {
 struct Figures {
     std::vector<double> processor; ///< ms per second of session, one for each round
     double bytesPerHour = 0;
-    double heapPerHour = 0; ///< growth in the second half
+    double heapPerHour = 0; ///< bytes of growth in the second half
     std::string replay;     ///< the result of `verify`
 };
 

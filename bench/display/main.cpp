@@ -38,7 +38,7 @@ class Captions {
         reset();
     }
 
-    /// Restores the length that is measured.
+    /// Restores the number of committed rows at which changes are measured.
     void reset() {
         committed_.resize(std::min(committed_.size(), rows_));
         while (committed_.size() < rows_) {
@@ -89,6 +89,8 @@ double timed(Change change) {
     return seconds() - before;
 }
 
+// These make a change, of the given number in its round, and return the seconds until its frame.
+
 double afterAWord(Captions& captions, std::size_t) {
     captions.speak();
     return timed([&] { captions.update(); });
@@ -100,7 +102,7 @@ double afterARow(Captions& captions, std::size_t) {
 }
 
 double afterATranslation(Captions& captions, std::size_t change) {
-    if (change == 0) {
+    if (change == 0) { // commits the rows whose translations arrive in this round
         for (std::size_t i = 0; i < changesEachRound; ++i)
             captions.commit();
         captions.update();

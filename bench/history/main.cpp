@@ -24,6 +24,7 @@ double processorMS(const std::function<void()>& work, double (*clock)() = CPUClo
     return (clock() - began) * 1000;
 }
 
+/// The memory of this process without the pages of files.
 double ownMegabytes() {
     std::ifstream file("/proc/self/smaps_rollup");
     std::string word;
@@ -39,7 +40,7 @@ void print(const char* what, std::vector<double> times) {
                 Statistics::percentile(times, 1));
 }
 
-/// An index of that many recordings.
+/// Writes a catalog with this number of recordings, their sound files and their transcripts.
 void fill(StagedHistory& history, int recordings) {
     std::string index = "[";
     for (int i = 0; i < recordings; ++i) {
@@ -70,13 +71,13 @@ int run(int recordings) {
             ;
     };
     const auto read = [&] { return model.list()->count() == recordings; };
-    double main = 0;
+    double onMain = 0;
     const double all =
-        processorMS([&] { main = processorMS([&] { waitFor(read); }); }, CPUClock::process);
+        processorMS([&] { onMain = processorMS([&] { waitFor(read); }); }, CPUClock::process);
     std::printf("%-34s %8.2f ms, of these %.2f on the main thread; %.1f MB\n", "the list is read",
-                all, main, ownMegabytes() - before);
+                all, onMain, ownMegabytes() - before);
 
-    // Only the main thread's work: reading happens on a queue.
+    // Only the work of the main thread; the catalog is read on a queue.
     std::vector<double> changes;
     for (int round = 0; round < 9; ++round) {
         const std::string note = "Note " + std::to_string(round);

@@ -11,7 +11,7 @@ namespace tessarune {
 
 namespace {
 
-/// The batches of `SpeechAnalyzerTranscriber`.
+/// The length of a batch in `SpeechAnalyzerTranscriber`.
 constexpr double batchSeconds = 0.085;
 
 std::vector<AudioBufferPtr> batches(const std::filesystem::path& path, AudioFormat format) {
@@ -44,7 +44,7 @@ Task<void> readResults(AsyncStream<SpeechResult> results,
             onResult(*result);
         }
     } catch (const std::exception&) {
-        // The end of the session reports the failure.
+        // The call that waits for the end of the analysis reports the failure.
     }
 }
 

@@ -7,10 +7,10 @@
 
 namespace tessarune {
 
-/// Runs the engine without the program around it. It receives the sound of a file, which was read
-/// and converted before, in the same batches and at the same times as in a session. Calls
+/// Runs the engine without the program around it. Reads and converts the whole file first, then
+/// gives its sound to the engine in the same batches and at the same times as in a session. Calls
 /// `onListening` when the model is loaded and the sound begins, and `onResult` for each result, on
-/// a separate queue. Main queue. Throws.
+/// a separate queue. Main queue. Throws if the file or the engine fails.
 Task<void> runEngineAlone(Host& host, SpeechEngine engine, std::filesystem::path file,
                           std::function<void()> onListening,
                           std::function<void(const SpeechResult&)> onResult);

@@ -16,7 +16,7 @@ namespace tessarune::EngineMeter {
 namespace {
 
 std::mutex mutex;
-double inCalls = 0;
+double inCalls = 0; ///< seconds of processor time
 std::size_t passCount = 0;
 std::set<long> engineThreads;
 
@@ -35,7 +35,7 @@ std::set<long> threads() {
     return ids;
 }
 
-/// Processor time of a thread of this process, user and system, as the kernel counts it.
+/// The processor time of a thread of this process, in user mode and in the kernel.
 double threadSeconds(long id) {
     std::ifstream file("/proc/self/task/" + std::to_string(id) + "/schedstat");
     double nanoseconds = 0;
@@ -60,6 +60,7 @@ class ThreadWatch {
     std::set<long> before_ = threads();
 };
 
+/// Adds the processor time of the calling thread, while this exists, to that of the engine.
 class CallWatch {
   public:
     ~CallWatch() {
@@ -72,7 +73,7 @@ class CallWatch {
     double before_ = CPUClock::thread();
 };
 
-/// Replaces one of the engine's functions, which is kept in `original`.
+/// Stands in for one of the engine's functions, `original`, and times it.
 template <auto Member>
 struct Timed;
 

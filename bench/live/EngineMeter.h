@@ -8,7 +8,7 @@
 /// calls and on the threads that it starts.
 namespace tessarune::EngineMeter {
 
-/// The program's engine, with every call timed. Throws as `MoonshineLibrary::shared`.
+/// The program's engine, with every call timed. Throws like `MoonshineLibrary::shared`.
 std::shared_ptr<const MoonshineLibrary> library();
 
 /// The processor time so far, in seconds. Any thread.

@@ -12,6 +12,7 @@ namespace tessarune {
 
 namespace {
 
+/// How often `run` checks whether the session has stopped.
 constexpr double lookAgainSeconds = 0.01;
 
 } // namespace

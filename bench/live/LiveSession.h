@@ -17,7 +17,7 @@ namespace tessarune {
 /// captions, with a watched engine. Main queue.
 class LiveSession {
   public:
-    /// `platform` is the program's recogniser; the results of its engine pass through `latency`.
+    /// `platform` is the program's recogniser, with an engine that `latency` watches.
     LiveSession(Program& program, SpeechPlatform platform, ResultLatency& latency,
                 CaptionOutput output);
 

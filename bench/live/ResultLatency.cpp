@@ -13,12 +13,13 @@ namespace {
 /// Forwards the results of the engine's transcriber.
 class RelayedTranscriber final : public SpeechTranscriber {
   public:
-    RelayedTranscriber(std::shared_ptr<SpeechTranscriber> inner, Executor resultsExecutor)
-        : engines(std::move(inner)), results_(std::move(resultsExecutor)) {}
+    RelayedTranscriber(std::shared_ptr<SpeechTranscriber> engineTranscriber,
+                       Executor resultsExecutor)
+        : inner(std::move(engineTranscriber)), results_(std::move(resultsExecutor)) {}
 
     AsyncStream<SpeechResult> results() override { return results_; }
 
-    const std::shared_ptr<SpeechTranscriber> engines;
+    const std::shared_ptr<SpeechTranscriber> inner; ///< the engine's transcriber
 
   private:
     AsyncStream<SpeechResult> results_;
@@ -42,7 +43,7 @@ SpeechEngine ResultLatency::watching(SpeechEngine engine) {
     };
     watched.makeAnalyzer =
         [make = engine.makeAnalyzer](std::shared_ptr<SpeechTranscriber> transcriber) {
-            return make(dynamic_cast<RelayedTranscriber&>(*transcriber).engines);
+            return make(dynamic_cast<RelayedTranscriber&>(*transcriber).inner);
         };
     return watched;
 }
@@ -71,16 +72,16 @@ void ResultLatency::note(const SpeechResult& result) {
     underWay_.push_back(std::move(noted));
 }
 
-/// The number of results under way that the event covers: all up to the newest guess with the text
-/// of the event, or, for a final event, up to the oldest final, whose text may differ from that of
-/// the event.
+/// The number of results under way that the event covers. A partial covers all results up to the
+/// newest guess with its text. A final covers all results up to the oldest final, whose text may
+/// differ from that of the event.
 std::size_t ResultLatency::countCovered(const ASREvent& event) const {
     const auto* partial = std::get_if<ASREvent::Partial>(&event.value);
     std::size_t covered = 0;
     for (std::size_t i = 0; i < underWay_.size(); ++i) {
         const Result& result = underWay_[i];
         if (result.isFinal) {
-            // If a final was dropped, the events of later guesses cover it.
+            // If the program dropped a final, the events of later guesses cover it.
             if (!partial)
                 return i + 1;
         } else if (partial && result.text == partial->text) {
@@ -103,9 +104,9 @@ void ResultLatency::eventArrived(const ASREvent& event) {
 void ResultLatency::coreChanged(double at) {
     for (const Result& result : std::exchange(arrived_, {})) {
         Times& times = result.isFinal ? finals : guesses;
-        times.toEvent.push_back(result.arrivedAt - result.cameAt);
+        times.toEvent.push_back(result.arrivedAt - result.deliveredAt);
         times.toChange.push_back(at - result.arrivedAt);
-        times.total.push_back(at - result.cameAt);
+        times.total.push_back(at - result.deliveredAt);
     }
 }
 

@@ -12,7 +12,7 @@
 namespace tessarune {
 
 /// Measures how long results of a recogniser take to reach the captions. A guess that a later guess
-/// replaces on the way counts as arrived together with that guess.
+/// replaces on the way counts as arrived when the later guess arrives.
 ///
 /// Results are noted on a separate queue; everything else happens on the main queue. The host and
 /// this object must outlive the watched engines.
@@ -20,7 +20,7 @@ class ResultLatency {
   public:
     explicit ResultLatency(Host& host);
 
-    /// Returns the same engine, but with its results noted when they are delivered.
+    /// Returns an engine that works like `engine`, and whose results are noted at their delivery.
     SpeechEngine watching(SpeechEngine engine);
 
     /// Call when an event has reached the main queue, before the core processes it.
@@ -32,7 +32,7 @@ class ResultLatency {
     struct Times {
         std::vector<double> toEvent;  ///< from the result to its event on the main queue
         std::vector<double> toChange; ///< from that event to the core's change
-        std::vector<double> total;    ///< from the result to the change of the core
+        std::vector<double> total;    ///< from the result to the core's change
     };
     Times guesses;
     Times finals;
@@ -41,8 +41,8 @@ class ResultLatency {
     struct Result {
         std::string text;
         bool isFinal = false;
-        double cameAt = 0;
-        double arrivedAt = 0;
+        double deliveredAt = 0; ///< when the engine delivered it
+        double arrivedAt = 0;   ///< when its event reached the main queue
     };
 
     static Task<void> relay(ResultLatency& latency, AsyncStream<SpeechResult> from,
@@ -54,7 +54,7 @@ class ResultLatency {
     const Executor relayExecutor_;
     std::mutex mutex_;
     std::deque<Result> underWay_; ///< guarded by `mutex_`
-    std::vector<Result> arrived_; ///< in events that have reached the core
+    std::vector<Result> arrived_; ///< those whose event the core is still processing
 };
 
 } // namespace tessarune

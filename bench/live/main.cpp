@@ -15,8 +15,8 @@
 #include <string>
 #include <thread>
 
-/// Measures the cost of captioning in addition to the recogniser's, and how long a result takes to
-/// reach the screen.
+/// Measures what captioning costs in addition to the recogniser, and how long a result takes to
+/// reach the captions.
 
 namespace tessarune {
 namespace {
@@ -27,7 +27,7 @@ struct Options {
     bool records = false;
 };
 
-/// Processor time, counted from the first sound.
+/// Seconds of processor time, and passes of the engine, counted from the first sound.
 struct Costs {
     void begin() {
         totalBefore_ = CPUClock::process();

@@ -57,16 +57,18 @@ class HeardPlayer {
     /// Seeks. Returns the seconds until the sound of that place is heard; `nullopt` if it is too
     /// similar to the current sound.
     std::optional<double> seek(double place) {
+        constexpr double distinct = 200; // Hz
+        constexpr double equal = 30;     // Hz
         const double expected = frequencyAt(place);
-        if (std::abs(expected - frequency_) < 200)
+        if (std::abs(expected - frequency_) < distinct)
             return std::nullopt;
         const double begin = host_.now();
         player_.seek(place);
-        if (!until([&] { return std::abs(frequency_ - expected) < 30; }))
+        if (!until([&] { return std::abs(frequency_ - expected) < equal; }))
             throw std::runtime_error("the place is not heard");
         return heardAt_ - begin;
     }
-    /// The frequency of the file's sound at that place.
+    /// The frequency of the file's sound at that place, in Hz.
     double frequencyAt(double place) {
         constexpr double seconds = 0.05;
         AudioBuffer sound{file_->format(), {}};
@@ -79,7 +81,8 @@ class HeardPlayer {
         }
         return testing::frequencyOf(sound.samples, sound.format.sampleRate);
     }
-    /// Listens for so many seconds. Returns the number of silent hundredths of a second.
+    /// Listens for `seconds`. Returns the number of silent buffers, each of about a hundredth of a
+    /// second.
     int silences(double seconds) {
         silences_ = 0;
         pass(seconds);
@@ -111,6 +114,7 @@ class HeardPlayer {
         heardAt_ = host_.now();
         frequency_ = testing::frequencyOf(sound.samples, sound.format.sampleRate);
     }
+    /// Runs until the condition holds, at most for `patience`. Returns whether it holds.
     bool until(const std::function<bool()>& condition) {
         const double deadline = host_.now() + patience;
         std::function<void()> look = [&] {
@@ -162,7 +166,8 @@ void measure(const std::filesystem::path& path) {
     }
     print("seek", seconds);
     for (const double rate : {0.5, 0.75, 1.0, 1.5, 2.0, 2.5, 3.0}) {
-        // The file consists of one-minute parts, with some milliseconds of silence between them.
+        // The pitch rises during each minute of the file. Between the minutes are some milliseconds
+        // of silence, so playback begins in the first third of one.
         constexpr double frequencyOfFirstThird = 1200;
         double from = place(random);
         while (heard.frequencyAt(from) > frequencyOfFirstThird)

@@ -14,8 +14,8 @@ namespace tessarune::DisplayedWords {
 /// The words as they are printed.
 std::vector<std::string> asPrinted(std::string_view text);
 
-/// The words as they sound: in lower case, only letters and digits; other words are left out. The
-/// result is canonical: equivalent words have the same bytes.
+/// The words as they sound: in lower case, only letters and digits. Words without any of these are
+/// left out. The result is canonical: equivalent words have the same bytes.
 std::vector<std::string> asSpoken(std::string_view text);
 
 } // namespace tessarune::DisplayedWords

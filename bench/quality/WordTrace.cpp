@@ -7,7 +7,7 @@
 
 namespace tessarune {
 
-/// One step from the former open words to those of the next text.
+/// One step: compares the former open words with the next text.
 class WordTrace::Following {
   public:
     Following(double time, Words before, Words goneBefore, const Texts& texts)
@@ -30,21 +30,21 @@ class WordTrace::Following {
         }
         const bool grows = fillGap(before_.size(), texts_.size());
         if (!grows)
-            gone.assign(before_.begin() + static_cast<std::ptrdiff_t>(keptFrom_), before_.end());
+            gone.assign(before_.begin() + static_cast<std::ptrdiff_t>(goneFrom_), before_.end());
     }
 
     Words after;
     Words gone;
 
   private:
-    /// Handles the words between two words that stayed. Each new word replaces an old one, as long
-    /// as there are any; returns true if there are more new words than old ones.
+    /// Handles the words between two words that stayed. Each new word replaces an old word, as long
+    /// as old ones remain. Returns true if there are more new words than old ones.
     bool fillGap(std::size_t oldEnd, std::size_t newEnd) {
         while (after.size() < newEnd && nextOld_ < std::min(oldEnd, visible_)) {
             TracedWord& old = before_[nextOld_++];
             after.push_back({texts_[after.size()], old.shownAt, time_, std::nullopt, true});
         }
-        keptFrom_ = nextOld_;
+        goneFrom_ = nextOld_;
         nextOld_ = oldEnd;
         const bool grows = after.size() < newEnd;
         while (after.size() < newEnd)
@@ -53,11 +53,11 @@ class WordTrace::Following {
     }
 
     double time_;
-    std::size_t visible_; ///< the first words of `before_` were shown, the others had disappeared
+    std::size_t visible_; ///< how many words of `before_` were shown; the others had disappeared
     Words before_;
     const Texts& texts_;
     std::size_t nextOld_ = 0;
-    std::size_t keptFrom_ = 0; ///< the first old word of the last gap without a successor
+    std::size_t goneFrom_ = 0; ///< the first old word of the last gap that no new word replaced
 };
 
 void WordTrace::show(double time, const Texts& newlySettled, const Texts& open) {

@@ -11,7 +11,7 @@ namespace tessarune {
 struct TracedWord {
     std::string text;
     double shownAt = 0;              ///< when a word was first shown in its place
-    double changedAt = 0;            ///< when it last became another one
+    double changedAt = 0;            ///< when the word became this text
     std::optional<double> settledAt; ///< `nullopt` if it was still open at the end
     bool isUnstable = false;         ///< replaced another word, or had disappeared once
 };
@@ -23,7 +23,8 @@ struct WordHistory {
     std::size_t erased = 0;        ///< withdrawn words, counted each time
 };
 
-/// Follows a text whose settled front never changes and whose open rest is rewritten repeatedly.
+/// Follows a text whose settled beginning never changes and whose open remainder is rewritten
+/// repeatedly.
 ///
 /// Erasure is counted as in the literature: each new text withdraws all words after the first
 /// difference to the previous one. The stability of a single word is judged less strictly, by the

@@ -7,6 +7,8 @@
 #include "bench/quality/DisplayedWords.h"
 #include "bench/quality/simulated/SimulatedRun.h"
 
+#include <sysexits.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -87,7 +89,7 @@ int answer(const std::vector<std::string>& arguments) {
         const double from = std::stod(arguments.at(2));
         const std::string& path = arguments.at(1);
         PosixFileSystem files;
-        // The observed speed of a model is not stored.
+        // The folder for new models does not exist, because nothing is stored here.
         ModelStore models(files, "/nonexistent", ProgramPlaces::modelFolders());
         const auto found = arguments.at(0) == "batch"       ? batch(models, path, from)
                            : arguments.at(0) == "simulated" ? simulated(models, path, from)
@@ -96,7 +98,7 @@ int answer(const std::vector<std::string>& arguments) {
         return EXIT_SUCCESS;
     } catch (const std::logic_error&) {
         std::fprintf(stderr, "%s", usage);
-        return 64;
+        return EX_USAGE;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "bench-quality: %s\n", error.what());
         return EXIT_FAILURE;

@@ -36,7 +36,10 @@ constexpr Case cases[] = {
 };
 
 CaptionCore::Config config(const Case& which) {
-    return CaptionCore::Config(true, true, !which.asLive);
+    constexpr bool segments = true;
+    constexpr bool freezes = true;
+    const bool commitsClauses = !which.asLive;
+    return CaptionCore::Config(segments, freezes, commitsClauses);
 }
 
 EngineCapabilities capabilities(const Case& which) {
@@ -46,7 +49,7 @@ EngineCapabilities capabilities(const Case& which) {
     return caps.localized(which.language == HourLog::Language::chinese ? "zh-CN" : "en-US");
 }
 
-// A profiler finds these two functions by their names.
+// `bench/replay/instructions` finds these three functions in a profile by their names.
 
 [[gnu::noinline]] std::size_t parseWithLibraryAlone(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
@@ -65,7 +68,7 @@ EngineCapabilities capabilities(const Case& which) {
     return CaptionReplay::run(records, config(which), capabilities(which)).committedLines.size();
 }
 
-/// The time of the events of the first and of the last repeated utterances, in seconds.
+/// The time that the first and the last `repeatedUtterances` take, in seconds.
 struct Ends {
     double first = 0;
     double last = 0;
@@ -79,7 +82,7 @@ Ends costAtTheEnds(const std::vector<ASREventRecord>& records, const Case& which
     const double begin = CPUClock::thread();
     double firstDone = 0;
     double lastBegun = 0;
-    double lastDone = 0; // the time of the output after it does not count
+    double lastDone = 0; // the output after the last event does not count
     CaptionReplay::run(records, config(which), capabilities(which),
                        [&](const CaptionCore&, CaptionCore::Activity, double t) {
                            if (firstDone == 0 && t >= firstEnds)

@@ -25,6 +25,7 @@ constexpr double longestStart = 5;
 constexpr double longestStop = 60;
 
 std::size_t heapBytes(const std::string& text) {
+    // A short text is stored in the string object.
     const bool isInside = text.capacity() < sizeof(std::string) / 2;
     return isInside ? 0 : text.capacity() + 1;
 }
@@ -107,7 +108,7 @@ void LongSession::runUntil(double seconds) {
         host_.advanceTo(startedAt_ + at);
         say(record);
         ++said_;
-        engine_.session().inputs.clear(); // it would keep all sound
+        engine_.session().inputs.clear(); // the scripted engine would keep all sound
     }
     host_.advanceTo(startedAt_ + seconds);
 }

@@ -30,7 +30,7 @@ class LongSession {
         TessaruneFileLogger& logger, RecordingCatalog& catalog)>;
 
     /// The session listens to `sound` for at most `seconds`. Without an M4A it keeps the WAV that
-    /// it recorded. `steps` are only known without `makeDiagnostics`.
+    /// it recorded. With `makeDiagnostics`, `steps` stays empty.
     LongSession(std::filesystem::path sound, double seconds, bool makesM4A,
                 const MakeDiagnostics& makeDiagnostics = nullptr);
     ~LongSession();

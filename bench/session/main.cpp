@@ -41,7 +41,7 @@ Sample sample(const LongSession& session, double minutes) {
     return {minutes, heapBytes(), session.kept(), CPUClock::process()};
 }
 
-/// Samples after each sixteenth of the session.
+/// Runs the session, and takes a sample after each sixteenth of it.
 std::vector<Sample> run(LongSession& session, double minutes) {
     std::vector<Sample> samples;
     constexpr int parts = 16;

@@ -6,6 +6,7 @@
 /// processes on the computer, but it still depends on how they leave the caches.
 namespace tessarune::CPUClock {
 
+/// The time of any clock of the system, in seconds.
 inline double read(clockid_t clock) {
     timespec time{};
     clock_gettime(clock, &time);

@@ -7,7 +7,7 @@
 namespace tessarune {
 
 CommittedRows::CommittedRows(Host& host, std::shared_ptr<TranslationService> service)
-    : host_(host), landed_(Executor::main(host)) {
+    : host_(host), translated_(Executor::main(host)) {
     settings_.translationTargetLanguage = "pt-BR";
     LiveTranslationRuntime::Environment environment{host, settings_};
     environment.makeTranslator = [&host, service] {
@@ -23,21 +23,21 @@ CommittedRows::~CommittedRows() {
 }
 
 Task<std::string> CommittedRows::commit(std::string text) {
-    landed_ = OneShot<bool>(Executor::main(host_));
+    translated_ = OneShot<bool>(Executor::main(host_));
     CaptionSegment row;
     row.id = UUID::random();
     row.sourceText = std::move(text);
     row.committedAt = row.startedAt = committedAt_ = host_.now();
     rows_ = {row};
     translation_->startCommittedRun();
-    co_await landed_;
+    co_await translated_;
     co_return rows_.front().translatedText.value_or("");
 }
 
 void CommittedRows::refreshCaptionDisplay(const std::string&,
                                           const LiveCaptionDisplayTranslationPatch* patch) {
     if (patch)
-        landed_.resume(true);
+        translated_.resume(true);
 }
 
 void CommittedRows::appendTranslationObservation(const TranslationObservation& observation) {

@@ -12,15 +12,15 @@
 
 namespace tessarune {
 
-/// The translation half of a session. Commits rows one by one and measures the stages of each
-/// translation into Brazilian Portuguese. Main queue.
+/// The translation half of a session. Commits rows one by one, each in place of the previous row,
+/// and measures the stages of each translation into Brazilian Portuguese. Main queue.
 class CommittedRows final : TranslatedCaptions {
   public:
     CommittedRows(Host& host, std::shared_ptr<TranslationService> service);
     ~CommittedRows() override;
     CommittedRows(const CommittedRows&) = delete;
 
-    /// Commits a row and returns its translation when the row has it.
+    /// Commits a row and returns the translation that the row receives.
     Task<std::string> commit(std::string text);
 
     /// Times in seconds, one for each row.
@@ -28,7 +28,7 @@ class CommittedRows final : TranslatedCaptions {
         std::vector<double> queue;        ///< from the commit to the start of its unit
         std::vector<double> availability; ///< the check whether the pair is available
         std::vector<double> engine;       ///< the call of the translator
-        std::vector<double> apply;        ///< from its result until the row has it
+        std::vector<double> apply;        ///< from the translator's result until the row has it
     };
     const Stages& stages() const { return stages_; }
 
@@ -49,10 +49,10 @@ class CommittedRows final : TranslatedCaptions {
     AppSettings settings_{defaults_};
     std::vector<CaptionSegment> rows_;
     std::shared_ptr<LiveTranscriptTranslation> translation_;
-    OneShot<bool> landed_;
+    OneShot<bool> translated_; ///< resumed when the row has its translation
     Stages stages_;
     double committedAt_ = 0;
-    double startedAt_ = 0;
+    double startedAt_ = 0; ///< when the unit of the row was started
 };
 
 } // namespace tessarune

@@ -73,9 +73,9 @@ std::size_t wordsOf(const std::string& text) {
     return static_cast<std::size_t>(std::distance(std::istream_iterator<std::string>(words), {}));
 }
 
-/// The times of one way, one list per sentence.
-struct Way {
-    explicit Way(std::size_t count) : wall(count), processor(count) {}
+/// The times of one way, with a list for each sentence.
+struct WayTimes {
+    explicit WayTimes(std::size_t sentenceCount) : wall(sentenceCount), processor(sentenceCount) {}
 
     void note(std::size_t sentence, Seconds passed) {
         wall[sentence].push_back(passed.wall);
@@ -116,7 +116,8 @@ struct Bench {
         std::shared_ptr<CommittedRows> rows;
     };
 
-    /// The translation of a text by one of the four ways.
+    /// The translation of a text by way 0 (the engine alone), 1 (the service), 2 (the translator)
+    /// or 3 (committed rows).
     static Task<std::string> translated(const Ways* ways, std::size_t way, std::string text) {
         if (way == 0)
             co_return ways->engine->translate(text);
@@ -136,7 +137,7 @@ struct Bench {
     }
 
     Task<void> measure(Ways ways) {
-        std::vector<Way> times(4, Way(texts.size()));
+        std::vector<WayTimes> times(4, WayTimes(texts.size()));
         std::size_t differing = 0;
         for (int round = 0; round < rounds; ++round) {
             for (std::size_t i = 0; i < texts.size(); ++i) {
@@ -164,7 +165,8 @@ struct Bench {
         host.quit();
     }
 
-    void report(const char* name, const Way& way, const Way& alone, std::size_t words) const {
+    void report(const char* name, const WayTimes& way, const WayTimes& alone,
+                std::size_t words) const {
         std::printf(
             "%-13s %7.2f ms a sentence, %.3f of the engine alone; processor %7.2f ms, %.3f; "
             "%.0f words a second of one core\n",
@@ -186,7 +188,6 @@ struct Bench {
     void measureMemory() {
         const double before = residentMegabytes();
         auto session = service->session("en-US", "pt-BR", Executor::main(host));
-        const Seconds start;
         spawn(Executor::main(host), onePass(session));
         host.run();
         const double loaded = residentMegabytes();
@@ -195,6 +196,7 @@ struct Bench {
                     before, loaded, residentMegabytes());
     }
 
+    /// Loads the pair and translates each sentence once.
     Task<void> onePass(std::shared_ptr<TranslationSession> session) {
         const Seconds start;
         Task<bool> loading = session->isReady();

@@ -22,7 +22,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 constexpr auto longestWait = std::chrono::seconds(30);
 constexpr auto lookAgain = std::chrono::milliseconds(1);
-constexpr auto restAfterwards = std::chrono::seconds(1); // until its memory no longer changes
+constexpr auto restAfterwards = std::chrono::seconds(1); // until the memory no longer changes
+constexpr int smallestWidth = 100;                       // of a window that counts
 
 template <typename Reply>
 using Answer = std::unique_ptr<Reply, decltype(&std::free)>;
@@ -55,7 +56,7 @@ struct Picture {
             const Answer<xcb_get_geometry_reply_t> place(
                 xcb_get_geometry_reply(server, xcb_get_geometry(server, window), nullptr),
                 std::free);
-            if (!place || place->width < 100)
+            if (!place || place->width < smallestWidth)
                 continue;
             if (pixel(static_cast<std::int16_t>(place->x + place->width / 2),
                       static_cast<std::int16_t>(place->y + place->height / 2)) != empty)

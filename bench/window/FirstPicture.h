@@ -5,14 +5,15 @@
 
 namespace tessarune {
 
-/// Starts a program on the otherwise unused display $DISPLAY, waits until the middle of a window
-/// has another colour than the root window, and ends the program.
+/// What a program takes until its first picture.
 struct FirstPicture {
     double seconds = 0;          ///< from the start of the process
-    double processorSeconds = 0; ///< the program's own until then
-    double megabytes = 0;        ///< of the process at that time, shared pages in proportion
+    double processorSeconds = 0; ///< of the process until then
+    double megabytes = 0;        ///< of the process a second later, shared pages in proportion
 
-    /// Throws std::runtime_error if nothing is painted within some seconds.
+    /// Starts a program on $DISPLAY, which no other program may use, waits until the middle of a
+    /// window has another colour than the root window, and ends the program. Throws
+    /// std::runtime_error if nothing is painted within some seconds.
     static FirstPicture of(const std::vector<std::string>& command);
 };
 

@@ -33,13 +33,13 @@ StagedWindow::StagedWindow(QtHost& host, std::size_t rows)
                .store = defaults_,
                .commands = {},
                .reducesMotion = reducesMotion_}) {
-    settings_.subtitleReviewAutoReturnSeconds = 3600; // one who scrolls back stays there
+    settings_.subtitleReviewAutoReturnSeconds = 3600; // a list that is scrolled back stays there
     partial_.id = newID_();
     while (committed_.size() < rows)
         commit();
     session_.sessionPhase = LiveSessionPhase::listening;
     window_.show();
-    for (int i = 0; i < 20; ++i) { // until it is laid out and warm
+    for (int i = 0; i < 20; ++i) { // until the window is laid out and the caches are warm
         speak();
         show();
     }

@@ -14,8 +14,8 @@
 
 namespace tessarune {
 
-/// The real caption window with any number of rows, which pass from the engine's lists through the
-/// cache, frame and view models to the screen.
+/// The real caption window with any number of rows. As in a session, the rows pass through the
+/// cache, the frame and the view models to the screen.
 class StagedWindow {
   public:
     StagedWindow(QtHost& host, std::size_t rows);
@@ -24,9 +24,9 @@ class StagedWindow {
     void speak();
     /// Settles the open sentence, with its translation, and begins another one.
     void settle();
-    /// Publishes the change. Returns the seconds until the window has shown it.
+    /// Publishes the rows and the open sentence. Returns the seconds until the window shows them.
     double show();
-    /// Returns the seconds from the beginning of a change until the window has shown it.
+    /// Makes a change. Returns the seconds until the window has drawn the next frame, at most 5.
     double present(const std::function<void()>& change);
     /// The list of captions.
     QQuickItem* list();

@@ -2,6 +2,8 @@
 #include "bench/window/FirstPicture.h"
 #include "bench/window/StagedWindow.h"
 
+#include <sysexits.h>
+
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QQmlComponent>
@@ -73,7 +75,7 @@ int measureFrames() {
     return 0;
 }
 
-/// Scrolls back from the newest of 10,000 rows and returns, while the sentence goes on.
+/// Scrolls back from the newest of 10,000 rows and returns, in one part while words are spoken.
 int measureScrolling() {
     QtHost host;
     StagedWindow window(host, 10'000);
@@ -124,7 +126,8 @@ int measureScrolling() {
     return 0;
 }
 
-double residentMegabytes() {
+/// The memory of this process without the pages of files.
+double ownMegabytes() {
     std::ifstream rollup("/proc/self/smaps_rollup");
     for (std::string word; rollup >> word;) {
         if (double kilobytes = 0; word == "Anonymous:" && rollup >> kilobytes)
@@ -152,7 +155,7 @@ int measureHour() {
         window.show();
         if (sentence % part == 0) {
             std::printf("| %d | %.1f MB | %.2f ms | %.2f ms |\n", sentence / part * 5,
-                        residentMegabytes(), Statistics::median(times),
+                        ownMegabytes(), Statistics::median(times),
                         Statistics::percentile(times, 0.99));
             std::fflush(stdout);
             times.clear();
@@ -201,5 +204,5 @@ int main(int argc, char** argv) {
     if (what == "bare")
         return tessarune::showBareWindow(application);
     std::fputs("bench-window frames | scrolling | hour | first PROGRAM... | bare\n", stderr);
-    return 64;
+    return EX_USAGE;
 }

@@ -13,6 +13,7 @@ constexpr std::size_t rareWords = 27'000;
 constexpr std::size_t chineseCharacters = 3'500;
 constexpr std::size_t wordsASentence = 12;
 
+/// The cumulative frequencies of `count` words, the most frequent first.
 std::vector<double> zipfSums(std::size_t count) {
     std::vector<double> sums;
     double sum = 0;
@@ -28,7 +29,7 @@ MadeUpSpeech::MadeUpSpeech(unsigned seed) : random_(seed) {
         words_.emplace_back(word);
     for (auto& word : loadCoreWords())
         words_.push_back(std::move(word));
-    // A rare word consists of two others.
+    // A rare word consists of two frequent ones.
     std::uniform_int_distribution<std::size_t> any(0, words_.size() - 1);
     for (std::size_t i = 0; i < rareWords; ++i)
         words_.push_back(words_[any(random_)] + words_[any(random_)]);

@@ -23,6 +23,7 @@ class MadeUpSpeech {
     std::string commonCharacters(std::size_t count) const;
 
   private:
+    /// Picks an index at random, by cumulative frequencies.
     std::size_t pick(const std::vector<double>& sums);
 
     std::mt19937 random_;

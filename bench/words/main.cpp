@@ -14,6 +14,8 @@
 #include "bench/support/Statistics.h"
 #include "bench/words/MadeUpSpeech.h"
 
+#include <sysexits.h>
+
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -101,7 +103,8 @@ int run(const std::filesystem::path& folder, std::size_t recordings, std::size_t
     for (const std::size_t characters : {1U, 2U, 3U})
         search(keeper, MadeUpSpeech(1).commonCharacters(characters));
 
-    constexpr std::size_t wordsOfEightHours = 8 * 60 * 150;
+    constexpr std::size_t wordsAMinute = 150;
+    constexpr std::size_t wordsOfEightHours = 8 * 60 * wordsAMinute;
     const std::string speech = MadeUpSpeech(2).transcript(wordsOfEightHours);
     WordNetLexicon lexicon;
     for (const char* what : {"words of 8 h, cold", "words of 8 h, again"}) {
@@ -121,7 +124,7 @@ int run(const std::filesystem::path& folder, std::size_t recordings, std::size_t
 int main(int count, char** words) {
     if (count < 2) {
         std::fprintf(stderr, "bench-words FOLDER [RECORDINGS [WORDS]]\n");
-        return 64;
+        return EX_USAGE;
     }
     const auto number = [&](int place, std::size_t standard) {
         return count > place ? static_cast<std::size_t>(std::atoll(words[place])) : standard;

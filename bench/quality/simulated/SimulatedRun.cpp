@@ -17,6 +17,7 @@ namespace {
 /// The time that a guess takes from the recogniser to the screen; newer guesses may replace it.
 constexpr double guessToScreen = 0.06;
 
+// Global, because the engine's functions are plain pointers without a context.
 SimulatedHost* passHost = nullptr;
 std::int32_t (*realPass)(moonshine::Calls::Handle, moonshine::Calls::Handle, std::uint32_t,
                          moonshine::Transcript**) = nullptr;
@@ -24,11 +25,14 @@ std::int32_t (*realPass)(moonshine::Calls::Handle, moonshine::Calls::Handle, std
 /// The processor time of a pass with the smallest model, on its one thread. The engine recognises
 /// each line again that has grown or become complete, so a pass takes longer as the line grows.
 double passSeconds(const moonshine::Transcript& transcript) {
-    double seconds = 0.002;
+    constexpr double eachPass = 0.002;
+    constexpr double eachLine = 0.005;
+    constexpr double eachSecondOfSound = 0.055;
+    double seconds = eachPass;
     for (std::uint64_t i = 0; i < transcript.lineCount; ++i) {
         const moonshine::Line& line = transcript.lines[i];
         if (line.isUpdated != 0)
-            seconds += 0.005 + 0.055 * static_cast<double>(line.duration);
+            seconds += eachLine + eachSecondOfSound * static_cast<double>(line.duration);
     }
     return seconds;
 }

@@ -15,7 +15,8 @@ namespace tessarune {
 /// to reach the screen. So nothing asks for a long line to be closed.
 class SimulatedRun {
   public:
-    /// Runs. Sound before `from` (seconds) is a lead-in. Throws.
+    /// Runs until the end of the file. Sound before `from` (seconds) is a lead-in. Throws if the
+    /// file or the engine fails.
     SimulatedRun(ModelStore& models, const std::filesystem::path& file, double from);
 
     /// Times in seconds since the sound began.
