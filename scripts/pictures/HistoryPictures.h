@@ -9,10 +9,11 @@
 
 namespace tessarune {
 
+/// A state of the history window that is drawn.
 struct HistoryPicture {
     const char* name;
-    std::function<void(StagedHistory&)> stage;
-    std::function<void(StagedHistory&)> act = {}; // with the window open
+    std::function<void(StagedHistory&)> stage;    ///< before the window opens
+    std::function<void(StagedHistory&)> act = {}; ///< with the window open
 };
 
 inline void fillHistory(StagedHistory& history) {
@@ -163,6 +164,7 @@ inline const HistoryPicture historyPictures[] = {
     {"empty", [](auto&) {}},
 };
 
+/// Draws all states into PNG files with `save`. False if one cannot be written.
 template <typename Save>
 bool drawHistory(const QString& folder, const char* shade, Save save) {
     for (const HistoryPicture& picture : historyPictures) {

@@ -1,6 +1,6 @@
-// Draws the caption and the history window and the first page in every state, and the settings
-// window pane by pane, into PNG files: caption-gallery FOLDER [LOCALE [NAME]]. Puts the pictures of
-// all folders below one on a sheet: caption-gallery --sheet FOLDER
+// caption-gallery FOLDER [LOCALE [NAME]]: draws the caption and the history window and the first
+// page in every state, and the settings window pane by pane, into PNG files.
+// caption-gallery --sheet FOLDER: puts the pictures of all folders in FOLDER on one sheet.
 
 #include "Tessarune/shell/StringTables.h"
 #include "Tessarune/ui/captions/CaptionFonts.h"
@@ -29,11 +29,13 @@ namespace {
 using namespace tessarune;
 using Kind = SessionStatus::Kind;
 
+/// A state of the caption window. A name that begins with "large-desktop" doubles the desktop's
+/// font; a name that ends with "white" has a white backdrop.
 struct Picture {
     const char* name;
-    std::function<void(StagedCaptions&)> stage;
-    std::function<void(StagedCaptions&)> act = {}; // with the window open
-    bool hasLayouts = true;                        // the picture depends on the layout
+    std::function<void(StagedCaptions&)> stage;    ///< before the window opens
+    std::function<void(StagedCaptions&)> act = {}; ///< with the window open
+    bool hasLayouts = true;                        ///< the picture depends on the layout
 };
 
 void talk(StagedCaptions& captions) {
@@ -230,6 +232,7 @@ const Picture pictures[] = {
      }},
 };
 
+/// A state of the settings window.
 struct SettingsPicture {
     const char* name;
     const char* pane;
@@ -279,6 +282,7 @@ bool save(QQuickWindow& window, const QString& file) {
     return saved;
 }
 
+/// Also sets the colours of the windows that are drawn afterwards.
 bool drawSettings(const QString& folder, bool isDark) {
     QPalette palette = QGuiApplication::palette();
     palette.setColor(QPalette::Window, isDark ? QColor(0x1b1b1e) : QColor(0xf5f5f7));
@@ -370,7 +374,7 @@ bool draw(const Picture& picture, SubtitleLayoutMode layout, const QString& file
     return isSaved;
 }
 
-/// With a name, only this picture of the caption window.
+/// Draws all pictures; with a name, only the picture of the caption window with this name.
 int drawAll(const QString& folder, const QString& name) {
     QDir().mkpath(folder);
     for (const Picture& picture : pictures) {
@@ -422,7 +426,7 @@ int drawSheet(const QString& folder) {
     return sheet.save(all.filePath("sheet.png")) ? 0 : 1;
 }
 
-/// A screen that is large enough for every window, even at twice the scale.
+/// The offscreen platform, with a screen that is large enough for every window at twice the scale.
 QByteArray platform() {
     static QTemporaryFile screens;
     screens.open();
