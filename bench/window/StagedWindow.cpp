@@ -28,8 +28,8 @@ StagedWindow::StagedWindow(QtHost& host, std::size_t rows)
       window_({.host = host,
                .settings = settings_,
                .session = session_,
-               .soundName = nothing_,
-               .notice = nothing_,
+               .soundName = noFile_,
+               .notice = noNotice_,
                .store = defaults_,
                .commands = {},
                .reducesMotion = reducesMotion_}) {

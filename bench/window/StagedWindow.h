@@ -46,7 +46,8 @@ class StagedWindow {
     SessionTranslation noTranslation_;
     CaptionCore core_;
     SessionView session_;
-    Published<std::string> nothing_;
+    Published<std::string> noFile_;
+    Published<CaptionNotice> noNotice_;
     Published<bool> reducesMotion_{false};
     CaptionWindow window_;
     std::size_t words_ = 0;

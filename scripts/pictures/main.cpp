@@ -187,9 +187,11 @@ const Picture pictures[] = {
      }},
     {"notice",
      [](auto& c) {
-         c.notice = localized("There is no sound server: %@", {"Connection refused"}) + "\n" +
-                    localized("Nothing can be recorded: %@",
-                              {"/home/somebody/.local/share/Tessarune: no space left on device"});
+         c.notice = CaptionNotice{
+             localized("There is no sound server: %@", {"Connection refused"}) + "\n" +
+                 localized("Nothing can be recorded: %@",
+                           {"/home/somebody/.local/share/Tessarune: no space left on device"}),
+             true};
      },
      {},
      false},
@@ -221,7 +223,8 @@ const Picture pictures[] = {
      [](auto& c) {
          wantEverything(c);
          talk(c);
-         c.notice = localized("Nothing can be recorded: %@", {"/home/somebody: no space left"});
+         c.notice = CaptionNotice{
+             localized("Nothing can be recorded: %@", {"/home/somebody: no space left"}), true};
      },
      {},
      false},

@@ -361,13 +361,15 @@ TEST_F(CaptionWindowTests, ANoticeIsReadToItsEndInASmallWindow) {
     const auto isBelowToolbar = [&] {
         return window.findChild<QQuickItem*>("notice")->mapToScene({0, 0}).y() >= 48;
     };
-    captions.notice = std::string("Nothing can be recorded: /home/somebody/.local/share/Tessarune "
-                                  "cannot be written. Captions and translations go on, and none of "
-                                  "them is kept until there is a folder for them.");
+    captions.notice =
+        CaptionNotice{"Nothing can be recorded: /home/somebody/.local/share/Tessarune "
+                      "cannot be written. Captions and translations go on, and none of "
+                      "them is kept until there is a folder for them."};
     runFor(50);
     const auto* const notice = window.findChild<QQuickItem*>("notice");
     const auto* const text = notice->findChild<QQuickItem*>("text");
     EXPECT_FALSE(text->property("truncated").toBool());
+    EXPECT_FALSE(notice->property("isTrouble").toBool());
     EXPECT_GE(notice->height(), text->height());
     EXPECT_LE(notice->width(), window.width());
     window.resize(380, 180);

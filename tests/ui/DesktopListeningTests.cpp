@@ -104,12 +104,15 @@ TEST_F(DesktopListeningTests, FilesFollowEachOtherUntilAStop) {
     ASSERT_TRUE(runUntil([&] { return !heard.empty() && heard.back().empty(); }));
     EXPECT_EQ(heard, (Strings{"first.wav", "gone.wav", "second.wav", ""}));
     for (const char* name : {"text.wav", "gone.wav"})
-        EXPECT_NE(notices.text()->find(name), std::string::npos) << *notices.text();
+        EXPECT_NE(notices.all()->text.find(name), std::string::npos) << notices.all()->text;
+    EXPECT_TRUE(notices.all()->isTrouble);
+    notices.dismissAll();
 
     heard.clear();
     listening.captionFiles({toneFile("long.wav", 60), second});
     ASSERT_TRUE(isPhase(LiveSessionPhase::listening));
-    EXPECT_TRUE(notices.text()->starts_with(localized("接下来还有 %lld 个文件。", {"1"})));
+    EXPECT_TRUE(notices.all()->text.starts_with(localized("接下来还有 %lld 个文件。", {"1"})));
+    EXPECT_FALSE(notices.all()->isTrouble);
     listening.toggle(user);
     listening.captionFiles({first});
     ASSERT_TRUE(runUntil([&] { return heard.back().empty(); }));
@@ -118,7 +121,7 @@ TEST_F(DesktopListeningTests, FilesFollowEachOtherUntilAStop) {
     listening.captionFiles({folder / "long.wav", second});
     ASSERT_TRUE(isPhase(LiveSessionPhase::listening));
     session.store().stopListening(script); // as after silence
-    EXPECT_TRUE(notices.text()->starts_with(localized("还有 %lld 个文件没有播放。", {"1"})));
+    EXPECT_TRUE(notices.all()->text.starts_with(localized("还有 %lld 个文件没有播放。", {"1"})));
 }
 
 TEST(DesktopRequestTests, AnArgumentIsAnActionOrAFileOrAMistake) {

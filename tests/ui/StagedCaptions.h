@@ -43,7 +43,7 @@ class StagedCaptions {
                         [] {
                             return TranscriptSnapshot{"Said.", "Said.\n说过。"};
                         },
-                    .dismissNotice = [this] { notice = std::string(); },
+                    .dismissNotice = [this] { notice = CaptionNotice{}; },
                     .close = asks("close"),
                     .toggleWindow = asks("toggleWindow"),
                     .quit = asks("quit"),
@@ -114,7 +114,7 @@ class StagedCaptions {
     SessionTranslation noTranslation;
     CaptionCore core = LiveCaptionCoreFactory::make(host, settings);
     SessionView session{display, core, noTranslation.view()};
-    Published<std::string> notice;
+    Published<CaptionNotice> notice;
     Published<std::string> soundName;
     Published<bool> reducesMotion{false};
     Published<std::optional<std::string>> waiting;

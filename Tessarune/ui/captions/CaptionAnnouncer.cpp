@@ -22,23 +22,25 @@ CaptionAnnouncer::CaptionAnnouncer(const CaptionWindowEnvironment& environment,
                                    QQuickWindow& window)
     : environment_(environment), window_(window) {
     observations_.follow(environment_.session.captionDisplay.frame, [this] { announceNewest(); });
-    const auto announceTrouble = [this](const std::string& text) {
+    const auto announceMessage = [this](const std::string& text) {
         if (QAccessible::isActive() && !text.empty())
             announce(text);
     };
-    observations_.followChanges(environment_.notice, announceTrouble);
     observations_.followChanges(
-        environment_.session.presentedError, [this, announceTrouble](const std::string& text) {
+        environment_.notice,
+        [announceMessage](const CaptionNotice& notice) { announceMessage(notice.text); });
+    observations_.followChanges(
+        environment_.session.presentedError, [this, announceMessage](const std::string& text) {
             // Other failures are notices, too.
             if (*environment_.session.sessionPhase == LiveSessionPhase::failed)
-                announceTrouble(text);
+                announceMessage(text);
         });
     observations_.followChanges(
-        environment_.session.status, [announceTrouble](const SessionStatus& status) {
+        environment_.session.status, [announceMessage](const SessionStatus& status) {
             using Kind = SessionStatus::Kind;
             if (status.kind == Kind::interrupted || status.kind == Kind::compressionFailed ||
                 status.kind == Kind::transcriptNotSaved)
-                announceTrouble(status.text());
+                announceMessage(status.text());
         });
 }
 

@@ -10,9 +10,9 @@
 
 namespace tessarune {
 
-/// Announces committed captions and problems to a screen reader, which speaks them after its
-/// current text. The user can switch off the captions, but not the problems. Main thread;
-/// environment and window must outlive it.
+/// Announces committed captions, notices and problems to a screen reader, which speaks them after
+/// its current text. The user can switch off only the captions. Main thread; environment and window
+/// must outlive it.
 class CaptionAnnouncer {
   public:
     CaptionAnnouncer(const CaptionWindowEnvironment& environment, QQuickWindow& window);

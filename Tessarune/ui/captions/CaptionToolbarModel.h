@@ -30,6 +30,7 @@ class CaptionToolbarModel final : public QObject {
     Q_PROPERTY(bool showsStatus READ showsStatus NOTIFY sessionChanged)
     Q_PROPERTY(bool isTrouble READ isTrouble NOTIFY sessionChanged)
     Q_PROPERTY(QString notice READ notice NOTIFY noticeChanged)
+    Q_PROPERTY(bool noticeIsTrouble READ noticeIsTrouble NOTIFY noticeChanged)
     Q_PROPERTY(QString dismissText READ dismissText CONSTANT)
     Q_PROPERTY(QString duration READ duration NOTIFY durationChanged)
 
@@ -52,7 +53,8 @@ class CaptionToolbarModel final : public QObject {
     QString status() const;
     bool showsStatus() const;
     bool isTrouble() const;
-    QString notice() const { return QString::fromStdString(*environment_.notice); }
+    QString notice() const { return QString::fromStdString(environment_.notice->text); }
+    bool noticeIsTrouble() const { return environment_.notice->isTrouble; }
     QString dismissText() const;
     QString duration() const;
 

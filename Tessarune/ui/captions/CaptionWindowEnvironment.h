@@ -6,6 +6,7 @@
 #include "Tessarune/session/SessionView.h"
 #include "Tessarune/session/TranscriptSnapshot.h"
 #include "Tessarune/shell/AppSettings.h"
+#include "Tessarune/ui/captions/CaptionNotice.h"
 #include "TessaruneCore/host/Host.h"
 
 #include <functional>
@@ -39,8 +40,7 @@ struct CaptionWindowEnvironment {
     const SessionView& session;
     /// The name of the file that is heard in place of the computer; empty if there is none.
     const Published<std::string>& soundName;
-    /// A message of the program itself, until the user dismisses it; empty if there is none.
-    const Published<std::string>& notice;
+    const Published<CaptionNotice>& notice;
     /// Where the window's position is stored.
     UserDefaults& store;
     Commands commands;

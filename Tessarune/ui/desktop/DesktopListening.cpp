@@ -96,7 +96,8 @@ void DesktopListening::start(const LiveSessionControlTrigger& trigger) {
 }
 
 void DesktopListening::startWithSound(const LiveSessionControlTrigger& trigger) {
-    environment_.notices.tell(Topic::file, followingText()); // replaces that of an earlier start
+    environment_.notices.tell(Topic::file, followingText(),
+                              DesktopNotices::Kind::news); // replaces that of an earlier start
     if (hasSound_)
         return store().startListening(trigger);
     pendingStart_ = trigger;
@@ -186,7 +187,8 @@ void DesktopListening::dropFollowing() {
     const auto left = std::exchange(following_, {}).size();
     if (left > 0)
         environment_.notices.tell(Topic::file,
-                                  localized("还有 %lld 个文件没有播放。", {std::to_string(left)}));
+                                  localized("还有 %lld 个文件没有播放。", {std::to_string(left)}),
+                                  DesktopNotices::Kind::news);
 }
 
 void DesktopListening::selectSource(const AudioSource& source) {

@@ -4,17 +4,18 @@
 
 #include <algorithm>
 #include <ranges>
+#include <utility>
 
 namespace tessarune {
 
-void DesktopNotices::tell(Topic topic, const std::string& text) {
+void DesktopNotices::tell(Topic topic, const std::string& text, Kind kind) {
     const auto isShown = [&](const Notice& notice) {
         return notice.topic == topic && notice.text == text;
     };
     if (std::ranges::any_of(notices_, isShown))
         return;
     std::erase_if(notices_, [topic](const Notice& notice) { return notice.topic == topic; });
-    add(topic, text);
+    add({topic, kind, text});
     publish();
 }
 
@@ -23,12 +24,13 @@ void DesktopNotices::dismissAll() {
     publish();
 }
 
-void DesktopNotices::add(Topic topic, const std::string& text) {
+void DesktopNotices::add(Notice notice) {
+    const std::string text = notice.text;
     const bool isShown =
-        std::ranges::any_of(notices_, [&](const Notice& notice) { return notice.text == text; });
+        std::ranges::any_of(notices_, [&](const Notice& shown) { return shown.text == text; });
     if (text.empty() || isShown)
         return;
-    notices_.push_back({topic, text});
+    notices_.push_back(std::move(notice));
     publish();
     if (onNotice)
         onNotice(text);
@@ -39,9 +41,10 @@ void DesktopNotices::publish() {
     lines.reserve(notices_.size());
     for (const Notice& notice : notices_ | std::views::reverse)
         lines.push_back(notice.text);
-    const std::string text = Text::joined(lines, "\n");
-    if (*text_ != text)
-        text_ = text;
+    const auto isTrouble = [](const Notice& notice) { return notice.kind == Kind::trouble; };
+    CaptionNotice all{Text::joined(lines, "\n"), std::ranges::any_of(notices_, isTrouble)};
+    if (*all_ != all)
+        all_ = std::move(all);
 }
 
 } // namespace tessarune

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Tessarune/ui/captions/CaptionNotice.h"
 #include "TessaruneCore/observation/Published.h"
 
 #include <functional>
@@ -14,29 +15,34 @@ class DesktopNotices {
   public:
     /// A topic has at most one notice, which later news replaces or removes; `none` has any number.
     enum class Topic { none, sound, file, speechModel, recording, session };
+    /// News is shown without the colours of trouble.
+    enum class Kind { trouble, news };
 
     /// Called with each new notice, unless one with the same text is already shown.
     std::function<void(const std::string& text)> onNotice;
 
     /// Shows the text until it is dismissed.
-    void tell(const std::string& text) { add(Topic::none, text); }
+    void tell(const std::string& text, Kind kind = Kind::trouble) {
+        add({Topic::none, kind, text});
+    }
     /// Replaces the notice on the topic by the text, or removes it if the text is empty.
-    void tell(Topic topic, const std::string& text);
+    void tell(Topic topic, const std::string& text, Kind kind = Kind::trouble);
     void dismissAll();
-    /// All notices, the newest first, one per line; empty if there are none.
-    const Published<std::string>& text() const { return text_; }
+    /// All notices in one, the newest first, one per line; trouble if any of them is.
+    const Published<CaptionNotice>& all() const { return all_; }
 
   private:
     struct Notice {
         Topic topic = Topic::none;
+        Kind kind = Kind::trouble;
         std::string text;
     };
 
-    void add(Topic topic, const std::string& text);
+    void add(Notice notice);
     void publish();
 
     std::vector<Notice> notices_;
-    Published<std::string> text_;
+    Published<CaptionNotice> all_;
 };
 
 } // namespace tessarune

@@ -40,7 +40,8 @@ void DesktopProgram::watchSystem() {
         if (status.kind == SessionStatus::Kind::inactive)
             notices_.tell(
                 DesktopNotices::Topic::session,
-                localized("%lld 分钟未检测到声音，字幕已停止。", {std::to_string(status.minutes)}));
+                localized("%lld 分钟未检测到声音，字幕已停止。", {std::to_string(status.minutes)}),
+                DesktopNotices::Kind::news);
     });
     notices_.onNotice = [this](const std::string& text) { notifyIfHidden(text); };
     sleepWatch_.emplace(
@@ -62,7 +63,8 @@ void DesktopProgram::watchSystem() {
         const bool wasListening = *store().view().isListening;
         saveNow();
         if (wasListening) // another program may still cancel the logout
-            notices_.tell(localized("桌面会话即将结束，字幕已停止并保存。"));
+            notices_.tell(localized("桌面会话即将结束，字幕已停止并保存。"),
+                          DesktopNotices::Kind::news);
     };
     QObject::connect(qGuiApp, &QGuiApplication::commitDataRequest, &host_, endsSession,
                      Qt::DirectConnection);

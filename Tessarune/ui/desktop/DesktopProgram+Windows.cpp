@@ -62,7 +62,7 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
         .settings = application_.settings,
         .session = store().view(),
         .soundName = sound_.fileName,
-        .notice = notices_.text(),
+        .notice = notices_.all(),
         .store = application_.storedDefaults,
         .commands =
             {.toggleListening = [this](const auto& trigger) { toggle(trigger); },

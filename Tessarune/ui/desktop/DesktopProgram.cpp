@@ -103,7 +103,8 @@ void DesktopProgram::prepare() {
     notices_.tell(preparation.rebuiltIndexText());
     if (const auto count = preparation.repairs.recoveredSessions.size(); count > 0)
         notices_.tell(
-            localized("已恢复 %lld 次中断的会话，可在历史记录中查看。", {std::to_string(count)}));
+            localized("已恢复 %lld 次中断的会话，可在历史记录中查看。", {std::to_string(count)}),
+            DesktopNotices::Kind::news);
     finishImports(preparation.repairs.untranscribedImports);
     tellBrokenOff(preparation.repairs.brokenOffImports);
     // What waited for the model, in a session that has ended too, is translated now.
@@ -139,7 +140,8 @@ void DesktopProgram::finishImports(const std::vector<RecordingMetadata>& interru
     for (const RecordingMetadata& import : interrupted)
         application_.imports.startTranscription(import.id, import.filePath);
     notices_.tell(
-        localized("%lld 个文件的导入曾中断，正在重新识别。", {std::to_string(interrupted.size())}));
+        localized("%lld 个文件的导入曾中断，正在重新识别。", {std::to_string(interrupted.size())}),
+        DesktopNotices::Kind::news);
 }
 
 void DesktopProgram::tellBrokenOff(const std::vector<RecordingMetadata>& imports) {

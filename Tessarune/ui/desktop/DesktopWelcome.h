@@ -39,7 +39,7 @@ class DesktopWelcome {
     std::function<void()> onClose_;
     DesktopSound sound_;
     ListeningSession session_;
-    Published<std::string> notice_;
+    Published<CaptionNotice> notice_;
     const CaptionWindowEnvironment sample_;
     WelcomeWindow window_;
 };

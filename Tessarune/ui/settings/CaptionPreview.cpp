@@ -45,7 +45,7 @@ CaptionPreview::CaptionPreview(const SettingsWindowEnvironment& environment)
       environment_{.host = environment.host,
                    .settings = environment.settings,
                    .session = session_,
-                   .soundName = noNotice_,
+                   .soundName = noFile_,
                    .notice = noNotice_,
                    .store = environment.store,
                    .commands = {},

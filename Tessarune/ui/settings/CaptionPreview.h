@@ -41,7 +41,8 @@ class CaptionPreview final : public QObject {
     SessionTranslation noTranslation_;
     CaptionCore core_;
     SessionView session_;
-    Published<std::string> noNotice_;
+    Published<std::string> noFile_;
+    Published<CaptionNotice> noNotice_;
     const CaptionWindowEnvironment environment_;
     CaptionStageModel stage_;
     CaptionWindowModel window_;

@@ -10,6 +10,7 @@ Rectangle {
     property real maximumHeight: Infinity
     property bool isBusy: false
     property bool isTrouble: false
+    property int mostLines: isTrouble ? 12 : 4
     property string action: ""
     signal activated
 
@@ -63,7 +64,7 @@ Rectangle {
             visible: text !== ""
             width: Math.min(Math.ceil(natural.implicitWidth), root.maximumWidth - 28 - dot.width - 2 * content.spacing - (link.visible ? link.width : 0))
             wrapMode: Text.Wrap
-            maximumLineCount: Math.max(1, Math.min(root.isTrouble ? 12 : 4, Math.floor((root.maximumHeight - 14) / natural.oneLine)))
+            maximumLineCount: Math.max(1, Math.min(root.mostLines, Math.floor((root.maximumHeight - 14) / natural.oneLine)))
             elide: Text.ElideRight
             text: root.text
             textFormat: Text.PlainText

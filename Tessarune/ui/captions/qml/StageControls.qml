@@ -38,7 +38,8 @@ Item {
             sourceComponent: Pill {
                 objectName: "notice"
                 text: root.toolbar.notice
-                isTrouble: true
+                isTrouble: root.toolbar.noticeIsTrouble
+                mostLines: 12
                 action: root.toolbar.dismissText
                 maximumWidth: root.width - 56
                 maximumHeight: root.height - Math.round(Theme.body * 2.6) - 36 // below the toolbar
