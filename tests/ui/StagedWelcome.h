@@ -23,7 +23,11 @@ class StagedWelcome {
     void open() {
         window = std::make_unique<WelcomeWindow>(
             WelcomeEnvironment{captions.host, captions.settings, models, languages,
-                               [this] { return playSample(); }, [this] { ++closed; }},
+                               [this] { return playSample(); },
+                               [this] {
+                                   ++closed;
+                                   window->close();
+                               }},
             sample);
         window->show();
     }

@@ -46,5 +46,19 @@ TEST_F(WelcomeWindowTests, CanBeSkippedAndDownloadsNothingThen) {
     EXPECT_EQ(*page.captions.settings.translationTargetLanguage, "zh-Hans") << "nothing is chosen";
 }
 
+TEST_F(WelcomeWindowTests, DoesNothingMoreOnceItIsClosed) {
+    AppSettings& settings = page.captions.settings;
+    page.model().setLanguage(8);
+    page.press("begin");
+    EXPECT_EQ(*settings.translationTargetLanguage, "pt-BR") << "the user confirmed it";
+    ASSERT_TRUE(runUntil([&] { return page.model().isDownloading(); }));
+    page.window->close();
+    settings.translationTargetLanguage = "zh-Hans"; // meanwhile
+    page.models.succeeds.resume(true);              // the download ends nevertheless
+    ASSERT_TRUE(runUntil([&] { return !page.window->isRunning(); }));
+    EXPECT_EQ(page.samples, 0);
+    EXPECT_EQ(*settings.translationTargetLanguage, "zh-Hans");
+}
+
 } // namespace
 } // namespace tessarune

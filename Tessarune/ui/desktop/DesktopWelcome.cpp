@@ -71,7 +71,7 @@ void DesktopWelcome::close() {
     if (!onClose)
         return;
     application_.storedDefaults.set(seenKey, true);
-    window_.hide();
+    window_.close();
     session_.store().stopListening(LiveSessionControlTrigger::programmatic());
     onClose();
 }

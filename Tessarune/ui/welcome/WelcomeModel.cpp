@@ -153,6 +153,7 @@ void WelcomeModel::begin() {
     if (stage_ != Stage::ask)
         return;
     problem_.clear();
+    applyLanguage();
     enter(Stage::download);
     run_ = spawn(Executor::main(environment_.host), run());
 }
@@ -163,7 +164,8 @@ Task<void> WelcomeModel::run() {
     try {
         Task<void> downloading = downloadSpeech();
         co_await downloading;
-        applyLanguage();
+        if (stop_.stop_requested()) // the model was complete when the page was closed
+            co_return;
         Task<std::string> playing = environment_.playSample();
         problem = co_await playing;
     } catch (const std::exception& error) {
@@ -172,7 +174,7 @@ Task<void> WelcomeModel::run() {
     isDownloading_ = false;
     problem_ = problem;
     enter(problem.empty() ? Stage::sample : Stage::ask);
-    if (!problem.empty() || !missingTranslation())
+    if (!problem.empty() || stop_.stop_requested() || !missingTranslation())
         co_return;
     isDownloading_ = true;
     try {
@@ -207,10 +209,9 @@ Task<void> WelcomeModel::downloadTranslation() {
 }
 
 /// The download of a translation model, which runs behind the sample, is not stopped.
-void WelcomeModel::close() {
+void WelcomeModel::end() {
     if (stage_ != Stage::sample)
         stop_.request_stop();
-    environment_.close();
 }
 
 } // namespace tessarune

@@ -63,12 +63,15 @@ class WelcomeModel final : public QObject {
     /// Whether a download or the start of the sample is in progress; the model must outlive it.
     bool isRunning() const { return run_ && !run_->isFinished(); }
 
-    /// Downloads the speech model if none is intact, stores the choice, starts the sample, and then
+    /// Stores the choice, downloads the speech model if none is intact, starts the sample, and then
     /// downloads the translation model if it is missing.
     Q_INVOKABLE void begin();
-    /// Closes the page. Stops a download of the speech model, whose partial file the next attempt
-    /// continues; a download of the translation model continues.
-    Q_INVOKABLE void close();
+    /// Handles the user's wish to close the page.
+    Q_INVOKABLE void close() { environment_.close(); }
+    /// Call when the page is closed, for whatever reason. Stops a download of the speech model,
+    /// whose partial file the next attempt continues; a download of the translation model
+    /// continues.
+    void end();
 
   Q_SIGNALS:
     void changed();

@@ -55,4 +55,9 @@ void WelcomeWindow::show() {
     window_->requestActivate();
 }
 
+void WelcomeWindow::close() {
+    model_.end();
+    window_->hide();
+}
+
 } // namespace tessarune

@@ -18,8 +18,8 @@ class WelcomeWindow {
     WelcomeWindow(const WelcomeWindow&) = delete;
 
     void show();
-    void hide() { window_->hide(); }
-    /// Whether the page must not be destroyed yet, also when it is hidden.
+    void close();
+    /// Whether the page must not be destroyed yet, also when it is closed.
     bool isRunning() const { return model_.isRunning(); }
     QQuickWindow& window() { return *window_; }
 
