@@ -102,21 +102,20 @@ int runDesktopProgram(int argc, char** argv) {
                   << "'; expected start, stop, toggle, show, history, settings, or files.\n";
         return usageError;
     }
-    // Of several files, the window names those that cannot be heard, and captions the others.
+    // The window names every file that cannot be heard, and captions the others.
     const std::string problem =
         request.files.size() == 1 ? DesktopSound::problemOf(request.files.front()) : "";
     if (!problem.empty())
         std::cerr << "tessarune: " << problem << "\n";
     SingleInstance instance(TESSARUNE_APPLICATION_ID);
     if (instance.standing() == SingleInstance::Standing::second) {
-        if (const auto status = passOn(instance, request)) // its window names the file, too
+        if (const auto status = passOn(instance, request))
             return *status == 0 && !problem.empty() ? noInput : *status;
     }
-    if (!problem.empty())
-        return noInput;
     if (request.has(DesktopAction::stop) && request.actions.size() == 1 && request.files.empty())
         return 0; // no program runs that could be stopped
-    return DesktopProgram(signals, instance, request).run();
+    const int status = DesktopProgram(signals, instance, request).run();
+    return status == 0 && !problem.empty() ? noInput : status;
 }
 
 } // namespace tessarune

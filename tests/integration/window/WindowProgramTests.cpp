@@ -266,9 +266,14 @@ TEST_F(WindowProgram, ClosedAtAnyMomentItSavesAndEnds) {
     }
 }
 
-TEST_F(WindowProgram, ARecordingThatEndsBeforeItsSessionIsSaidUntilItIsRead) {
+TEST_F(WindowProgram, AFileWithoutSoundAndAFailedRecordingAreSaidUntilThatIsRead) {
     startAccessibility();
     const StartedProgram reader = screenReader({"read"});
+    StartedProgram silent = start({"file:no/such.wav"});
+    EXPECT_TRUE(within(20, [&] { return shown(reader).find("such.wav") != std::string::npos; }))
+        << shown(reader);
+    silent.send(SIGTERM);
+    EXPECT_EQ(silent.wait().status, 66);
     StartedProgram program("/usr/bin/prlimit",
                            {"--fsize=300000", TESSARUNE_BIN "/tessarune", speech_}, folder_.path(),
                            environment_);
