@@ -77,6 +77,12 @@ void DesktopWelcome::close() {
 }
 
 /// The first wait also lets the page's own button return.
+///
+/// A start that the stop has overtaken may still be waiting for the recogniser or the sound server,
+/// and resume after the page is gone. It then uses only what it shares with them, because its
+/// source is system audio (which the sample replaces): this source needs no permission, so the
+/// start was already inside the transcriber when the stop overtook it there. With a microphone, it
+/// might still be waiting for the permission, and would then use the page's permissions and sound.
 Task<void> DesktopWelcome::ended() {
     constexpr double lookSeconds = 0.2;
     do
