@@ -219,6 +219,8 @@ TEST_F(CaptionWindowTests, WordsThatAreShownAreNotStreamedAgain) {
     captions.speak("And so on we went home and slept"); // opens again
     becomes("And so on we went");
     captions.leave("And so on.");
+    captions.speak("We went home and");
+    captions.publish(); // two changes before the next picture
     captions.speak("We went home and slept");
     becomes("We went home");
     captions.frame.liveTailRows = {};

@@ -24,7 +24,7 @@ std::size_t CaptionRowsModel::revealedIn(const CaptionStageRows& next) const {
     const std::size_t before = rows_.growing();
     const std::size_t now = next.growing();
     const std::size_t first = std::min(before, now);
-    if (before == now || now == next.size() || first < rows_.settledSize())
+    if (now == next.size() || first < rows_.settledSize())
         return 0;
     std::size_t shown = charactersOf(rows_, first, before);
     if (before < rows_.size())
@@ -38,7 +38,10 @@ void CaptionRowsModel::update(CaptionStageRows rows) {
     const int now = static_cast<int>(rows.size());
     const int primaryBefore = firstPrimary();
     const std::vector<std::size_t> changed = rows.changedSince(rows_);
-    alreadyRevealed_ = revealedIn(rows);
+    const bool growsOn = rows.growing() == rows_.growing() && rows.growing() < rows.size() &&
+                         rows_.growing() < rows_.size();
+    if (!growsOn) // otherwise the view may not have taken it yet
+        alreadyRevealed_ = revealed_ = revealedIn(rows);
     if (now > before)
         beginInsertRows({}, before, now - 1);
     else if (now < before)
