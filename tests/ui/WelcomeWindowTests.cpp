@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QScreen>
+
 namespace tessarune {
 namespace {
 
@@ -44,6 +46,20 @@ TEST_F(WelcomeWindowTests, CanBeSkippedAndDownloadsNothingThen) {
     EXPECT_EQ(page.closed, 1);
     EXPECT_EQ(page.model().stage(), "ask");
     EXPECT_EQ(*page.captions.settings.translationTargetLanguage, "zh-Hans") << "nothing is chosen";
+}
+
+TEST_F(WelcomeWindowTests, FitsOnTheScreenWithItsFrameWhateverTheTextSize) {
+    const QFont usual = QGuiApplication::font();
+    QFont large = usual;
+    large.setPixelSize(24);
+    QGuiApplication::setFont(large);
+    const QQuickWindow& window = page.window->window();
+    EXPECT_TRUE(runUntil([&] {
+        const QSize frame = window.frameGeometry().size();
+        return frame == window.screen()->availableSize() && window.minimumWidth() <= window.width();
+    })) << window.frameGeometry().width();
+    EXPECT_LT(window.width(), window.frameGeometry().width());
+    QGuiApplication::setFont(usual);
 }
 
 TEST_F(WelcomeWindowTests, DoesNothingMoreOnceItIsClosed) {

@@ -4,7 +4,6 @@
 #include "Tessarune/ui/controls/WindowKeys.h"
 
 #include <QQmlPropertyMap>
-#include <QScreen>
 #include <QUrl>
 #include <QVariantList>
 #include <QtQml>
@@ -45,14 +44,6 @@ void registerControls() {
         return true;
     }();
     Q_UNUSED(once);
-}
-
-void fitOnScreen(QWindow& window) {
-    if (!window.screen())
-        return;
-    const QSize room = window.screen()->availableSize();
-    window.setMinimumSize(window.minimumSize().boundedTo(room));
-    window.resize(window.size().boundedTo(room));
 }
 
 } // namespace tessarune

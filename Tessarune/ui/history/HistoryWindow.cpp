@@ -1,6 +1,7 @@
 #include "Tessarune/ui/history/HistoryWindow.h"
 
 #include "Tessarune/ui/controls/Controls.h"
+#include "Tessarune/ui/controls/ScreenFit.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -55,7 +56,7 @@ HistoryWindow::HistoryWindow(HistoryWindowEnvironment environment)
     if (engine_.rootObjects().isEmpty())
         qFatal("the history window's files cannot be loaded");
     window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
-    fitOnScreen(*window_);
+    new ScreenFit(*window_);
     QObject::connect(window_, &QWindow::visibleChanged, &model_, [this](bool isVisible) {
         if (!isVisible)
             model_.dismissMessage(); // carries out the deletions

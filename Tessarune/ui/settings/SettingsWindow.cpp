@@ -2,6 +2,7 @@
 
 #include "Tessarune/ui/captions/CaptionWindow.h"
 #include "Tessarune/ui/controls/Controls.h"
+#include "Tessarune/ui/controls/ScreenFit.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -79,7 +80,7 @@ SettingsWindow::SettingsWindow(SettingsWindowEnvironment environment)
     if (engine_.rootObjects().isEmpty())
         qFatal("the settings window's files cannot be loaded");
     window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
-    fitOnScreen(*window_);
+    new ScreenFit(*window_);
     place_ = std::make_unique<WindowPlace>(*window_, environment_.store, "settingsWindowPlace");
     place_->restore();
 }

@@ -2,6 +2,7 @@
 
 #include "Tessarune/ui/captions/CaptionWindow.h"
 #include "Tessarune/ui/controls/Controls.h"
+#include "Tessarune/ui/controls/ScreenFit.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -41,7 +42,7 @@ WelcomeWindow::WelcomeWindow(WelcomeEnvironment environment, const CaptionWindow
     if (engine_.rootObjects().isEmpty())
         qFatal("the welcome page's files cannot be loaded");
     window_ = qobject_cast<QQuickWindow*>(engine_.rootObjects().front());
-    fitOnScreen(*window_);
+    new ScreenFit(*window_);
 }
 
 WelcomeWindow::~WelcomeWindow() {
