@@ -125,6 +125,15 @@ TEST_F(CaptionToolbarTests, AnyWindowHasRoomForItsToolbarAndAllOfItsMenu) {
     EXPECT_FALSE(menu->isVisible());
     QTest::mouseClick(&window, Qt::RightButton, {}, {200, 100});
     EXPECT_LT(entries->width(), menu->width()) << "the second time, too";
+
+    entries->setProperty("currentIndex", entries->property("count").toInt() - 1);
+    captions.session.inputDevices = std::vector<AudioInputDevices::Device>(8, {"x", "X", false});
+    EXPECT_TRUE(runUntil(
+        [&] { return entries->height() >= entries->property("contentHeight").toDouble(); }));
+    EXPECT_GT(entries->property("count").toInt(), 15);
+    EXPECT_TRUE(menu->screen()->availableGeometry().contains(menu->geometry()));
+    QTest::keyClick(&window, Qt::Key_Return);
+    EXPECT_EQ(captions.asked, (std::vector<std::string>{"quit", "quit"})) << "still the last entry";
 }
 
 } // namespace

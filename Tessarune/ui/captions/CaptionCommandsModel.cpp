@@ -11,17 +11,15 @@ namespace tessarune {
 
 CaptionCommandsModel::CaptionCommandsModel(const CaptionWindowEnvironment& environment,
                                            const CaptionToolbarModel& toolbar)
-    : environment_(environment),
-      toolbar_(toolbar),
-      sources_(toolbar.sources()),
-      commands_(commands()) {
+    : environment_(environment), toolbar_(toolbar) {
+    reset(commands());
     const auto changed = [this] { announceChange(); };
     observations_.follow(environment_.session.hasVisibleSourceTextFlag, changed);
     connect(&toolbar_, &CaptionToolbarModel::sessionChanged, this, changed);
     connect(&toolbar_, &CaptionToolbarModel::settingsChanged, this, changed);
     connect(this, &CaptionCommandsModel::selectionChanged, this, changed);
     connect(&toolbar_, &CaptionToolbarModel::sourcesChanged, this, [this] { sourcesChanged(); });
-    for (const Command& command : commands_) {
+    for (const CaptionCommand& command : rows()) {
         if (!command.shortcut)
             continue;
         observations_.add(command.shortcut->keyCode.onChange(changed));
@@ -29,10 +27,10 @@ CaptionCommandsModel::CaptionCommandsModel(const CaptionWindowEnvironment& envir
     }
 }
 
-std::vector<CaptionCommandsModel::Command> CaptionCommandsModel::commands() const {
+std::vector<CaptionCommand> CaptionCommandsModel::commands() const {
     const AppSettings& settings = environment_.settings;
     const auto hasText = [this] { return *environment_.session.hasVisibleSourceTextFlag; };
-    std::vector<Command> all{
+    std::vector<CaptionCommand> all{
         {.text = [this] { return toolbar_.toggleText(); },
          .run = [this] { toolbar_.toggleByMenu(); },
          .shortcut = &settings.shortcutToggleRecord,
@@ -69,11 +67,13 @@ std::vector<CaptionCommandsModel::Command> CaptionCommandsModel::commands() cons
          .shortcut = &settings.shortcutClear,
          .isEnabled = hasText},
     };
-    for (int i = 0; i < sources_.size(); ++i) {
-        all.push_back({.text = [this, i] { return sources_[i]; },
+    const QStringList sources = toolbar_.sourceNames();
+    for (int i = 0; i < sources.size(); ++i) {
+        all.push_back({.text = [name = sources[i]] { return name; },
                        .run = [this, i] { toolbar_.selectSource(i); },
                        .isChecked = [this, i] { return toolbar_.currentSource() == i; },
-                       .isFirstOfGroup = i == 0});
+                       .isFirstOfGroup = i == 0,
+                       .source = sources[i]});
     }
     const CaptionWindowEnvironment::Commands& commands = environment_.commands;
     if (commands.showHistory)
@@ -97,30 +97,16 @@ std::vector<CaptionCommandsModel::Command> CaptionCommandsModel::commands() cons
 }
 
 void CaptionCommandsModel::sourcesChanged() {
-    if (sources_ == toolbar_.sources()) { // only the chosen source changed
-        announceChange();
-        return;
-    }
-    beginResetModel();
-    sources_ = toolbar_.sources();
-    commands_ = commands();
-    endResetModel();
+    show(commands(), std::equal_to<>());
+    announceChange(); // of the chosen source
 }
 
 void CaptionCommandsModel::announceChange() {
     Q_EMIT dataChanged(index(0), index(rowCount() - 1));
 }
 
-const CaptionCommandsModel::Command* CaptionCommandsModel::at(int row) const {
-    return row >= 0 && row < rowCount() ? &commands_[static_cast<std::size_t>(row)] : nullptr;
-}
-
-int CaptionCommandsModel::rowCount(const QModelIndex& parent) const {
-    return parent.isValid() ? 0 : static_cast<int>(commands_.size());
-}
-
 QVariant CaptionCommandsModel::data(const QModelIndex& index, int role) const {
-    const Command* const command = at(index.row());
+    const CaptionCommand* const command = at(index.row());
     if (!command)
         return {};
     const QKeySequence keys = command->shortcut ? keysOf(*command->shortcut) : command->fixedKeys;
@@ -150,12 +136,12 @@ QHash<int, QByteArray> CaptionCommandsModel::roleNames() const {
 
 void CaptionCommandsModel::choose(int row) const {
     // Runs a copy, because the command may rebuild the list.
-    if (const Command* const command = at(row))
+    if (const CaptionCommand* const command = at(row))
         std::function(command->run)();
 }
 
 void CaptionCommandsModel::press(int row) const {
-    const Command* const command = at(row);
+    const CaptionCommand* const command = at(row);
     if (command && command->runByKeys)
         std::function(command->runByKeys)();
     else

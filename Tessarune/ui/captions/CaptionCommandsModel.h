@@ -2,21 +2,36 @@
 
 #include "Tessarune/ui/captions/CaptionToolbarModel.h"
 #include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
+#include "Tessarune/ui/controls/ListedRows.h"
 #include "TessaruneCore/observation/Observations.h"
 
-#include <QAbstractListModel>
 #include <QKeySequence>
 #include <QString>
-#include <QStringList>
 #include <functional>
 #include <vector>
 
 namespace tessarune {
 
+/// A command of the caption window.
+struct CaptionCommand {
+    std::function<QString()> text;
+    std::function<void()> run;
+    const ShortcutSetting* shortcut = nullptr;
+    std::function<bool()> isEnabled = {}; ///< empty: always
+    std::function<bool()> isChecked = {}; ///< empty: never
+    bool isFirstOfGroup = false;
+    std::function<void()> runByKeys = {}; ///< empty: as `run`
+    QKeySequence fixedKeys = {};          ///< of a command without a setting of its own
+    QString source = {};                  ///< the sound source that it selects; empty: none
+
+    /// Whether it is the same command: only sources come and go.
+    bool operator==(const CaptionCommand& other) const { return source == other.source; }
+};
+
 /// All commands of the caption window, in the order of its context menu, with the shortcuts of the
 /// settings. Each sound source is a command of its own. Main thread; environment and toolbar must
 /// outlive it.
-class CaptionCommandsModel final : public QAbstractListModel {
+class CaptionCommandsModel final : public ListedRows<CaptionCommand> {
     Q_OBJECT
     /// The text that the user has selected in the captions.
     Q_PROPERTY(QString selection MEMBER selection_ NOTIFY selectionChanged)
@@ -35,7 +50,6 @@ class CaptionCommandsModel final : public QAbstractListModel {
     CaptionCommandsModel(const CaptionWindowEnvironment& environment,
                          const CaptionToolbarModel& toolbar);
 
-    int rowCount(const QModelIndex& parent = {}) const override;
     QVariant data(const QModelIndex& index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
 
@@ -51,19 +65,7 @@ class CaptionCommandsModel final : public QAbstractListModel {
     void selectionChanged();
 
   private:
-    struct Command {
-        std::function<QString()> text;
-        std::function<void()> run;
-        const ShortcutSetting* shortcut = nullptr;
-        std::function<bool()> isEnabled = {}; ///< empty: always
-        std::function<bool()> isChecked = {}; ///< empty: never
-        bool isFirstOfGroup = false;
-        std::function<void()> runByKeys = {}; ///< empty: as `run`
-        QKeySequence fixedKeys = {};          ///< of a command without a setting of its own
-    };
-
-    std::vector<Command> commands() const;
-    const Command* at(int row) const;
+    std::vector<CaptionCommand> commands() const;
     /// Copies the selected text, or all captions with their translations if none is selected.
     void copySelected() const;
     void clear() const { environment_.commands.clearCaptions(); }
@@ -73,8 +75,6 @@ class CaptionCommandsModel final : public QAbstractListModel {
     const CaptionWindowEnvironment& environment_;
     const CaptionToolbarModel& toolbar_;
     QString selection_;
-    QStringList sources_;
-    std::vector<Command> commands_;
     Observations observations_;
 };
 

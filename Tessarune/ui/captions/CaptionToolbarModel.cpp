@@ -29,6 +29,9 @@ CaptionToolbarModel::CaptionToolbarModel(const CaptionWindowEnvironment& environ
     observations_.follow(session().sessionDuration,
                          announce(&CaptionToolbarModel::durationChanged));
     observations_.follow(session().inputDevices, announce(&CaptionToolbarModel::sourcesChanged));
+    sources_.update(sourceNames());
+    connect(this, &CaptionToolbarModel::sourcesChanged, this,
+            [this] { sources_.update(sourceNames()); });
     const auto announceSource = [this] {
         Q_EMIT sourcesChanged();
         Q_EMIT sessionChanged();
@@ -74,7 +77,7 @@ std::vector<AudioSource> CaptionToolbarModel::listedSources() const {
     return sources;
 }
 
-QStringList CaptionToolbarModel::sources() const {
+QStringList CaptionToolbarModel::sourceNames() const {
     QStringList names;
     for (const AudioSource& source : listedSources())
         names << QString::fromStdString(

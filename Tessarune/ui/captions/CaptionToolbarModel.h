@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessarune/display/SubtitleSettingsStores.h"
+#include "Tessarune/ui/captions/CaptionSourcesModel.h"
 #include "Tessarune/ui/captions/CaptionWindowEnvironment.h"
 #include "TessaruneCore/observation/Observations.h"
 
@@ -22,7 +23,7 @@ class CaptionToolbarModel final : public QObject {
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY sessionChanged)
     Q_PROPERTY(QString toggleText READ toggleText NOTIFY sessionChanged)
     Q_PROPERTY(QString sourceName READ sourceName NOTIFY sessionChanged)
-    Q_PROPERTY(QStringList sources READ sources NOTIFY sourcesChanged)
+    Q_PROPERTY(QAbstractListModel* sources READ sources CONSTANT)
     /// -1 if the source is not in the list.
     Q_PROPERTY(int currentSource READ currentSource NOTIFY sourcesChanged)
     Q_PROPERTY(QString status READ status NOTIFY sessionChanged)
@@ -48,7 +49,8 @@ class CaptionToolbarModel final : public QObject {
     bool isBusy() const;
     QString toggleText() const;
     QString sourceName() const;
-    QStringList sources() const;
+    CaptionSourcesModel* sources() { return &sources_; }
+    QStringList sourceNames() const;
     int currentSource() const;
     QString status() const;
     bool showsStatus() const;
@@ -103,6 +105,7 @@ class CaptionToolbarModel final : public QObject {
 
     const CaptionWindowEnvironment& environment_;
     SubtitleToolbarSettingsStore settings_;
+    CaptionSourcesModel sources_;
     Observations observations_;
 };
 

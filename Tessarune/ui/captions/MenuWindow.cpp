@@ -24,22 +24,35 @@ void MenuWindow::openAt(QQuickItem* item, double x, double y) {
     QQuickWindow* const owner = item->window();
     if (!owner || !list_)
         return;
-    const QPoint corner = owner->mapToGlobal(item->mapToScene({x, y})).toPoint();
+    corner_ = owner->mapToGlobal(item->mapToScene({x, y})).toPoint();
     setTransientParent(owner);
     setScreen(owner->screen());
-    const QRect free = screen()->availableGeometry().adjusted(screenMargin, screenMargin,
-                                                              -screenMargin, -screenMargin);
-    const QSize size = neededSize(free.size());
-    setGeometry({QPoint(std::clamp(corner.x(), free.left(),
-                                   std::max(free.left(), free.right() + 1 - size.width())),
-                        std::clamp(corner.y(), free.top(),
-                                   std::max(free.top(), free.bottom() + 1 - size.height()))),
-                 size});
-    contentItem()->setSize(size); // a window that is hidden, or keeps its size, does not do so
+    // Queued, because the list tells of its change in the middle of its layout.
+    connect(list_, SIGNAL(countChanged()), this, SLOT(followList()),
+            static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::UniqueConnection));
+    place();
     owner->removeEventFilter(this);
     owner->installEventFilter(this);
     show();
     setMouseGrabEnabled(true); // a press in another program closes the menu, too
+}
+
+/// As large as the list needs and at the wanted corner, or as near to that as the screen allows.
+void MenuWindow::place() {
+    const QRect free = screen()->availableGeometry().adjusted(screenMargin, screenMargin,
+                                                              -screenMargin, -screenMargin);
+    const QSize size = neededSize(free.size());
+    setGeometry({QPoint(std::clamp(corner_.x(), free.left(),
+                                   std::max(free.left(), free.right() + 1 - size.width())),
+                        std::clamp(corner_.y(), free.top(),
+                                   std::max(free.top(), free.bottom() + 1 - size.height()))),
+                 size});
+    contentItem()->setSize(size); // a window that is hidden, or keeps its size, does not do so
+}
+
+void MenuWindow::followList() {
+    if (isVisible())
+        place();
 }
 
 /// The list creates its entries only in a window that is high enough for them.

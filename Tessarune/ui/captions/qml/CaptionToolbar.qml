@@ -70,7 +70,6 @@ Item {
             hint: root.toolbar.texts.source
             level: root.hearing.level
             isListening: root.toolbar.isListening
-            canPress: root.toolbar.sources.length > 0
             showsText: fit.showsSourceText
             maximumWidth: fit.room - toggle.width - buttons.width - 20
             onActivated: {

@@ -12,10 +12,10 @@ PopupMenu {
     onIsOpenChanged: currentIndex = toolbar.currentSource
     delegate: MenuEntry {
         required property int index
-        required property string modelData
+        required property string display
 
         width: ListView.view.width
-        label: modelData
+        label: display
         isOn: index === root.toolbar.currentSource
         isCurrent: ListView.isCurrentItem
         onActivated: {
