@@ -1,5 +1,6 @@
 #include "Tessarune/ui/captions/MenuWindow.h"
 
+#include <QAccessible>
 #include <QGuiApplication>
 #include <QMouseEvent>
 #include <QScreen>
@@ -30,6 +31,8 @@ void MenuWindow::openAt(QQuickItem* item, double x, double y) {
     // Queued, because the list tells of its change in the middle of its layout.
     connect(list_, SIGNAL(countChanged()), this, SLOT(followList()),
             static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::UniqueConnection));
+    connect(list_, SIGNAL(currentItemChanged()), this, SLOT(announceCurrent()),
+            Qt::UniqueConnection);
     place();
     owner->removeEventFilter(this);
     owner->installEventFilter(this);
@@ -53,6 +56,21 @@ void MenuWindow::place() {
 void MenuWindow::followList() {
     if (isVisible())
         place();
+}
+
+/// Qt does not tell screen readers of an entry that becomes the current one: the focus of the
+/// keyboard stays with the window.
+void MenuWindow::announceCurrent() {
+    auto* const current = list_->property("currentItem").value<QQuickItem*>();
+    if (!isVisible() || !current)
+        return;
+    // The item of the list may only contain the entry.
+    for (QQuickItem* const item : QList{current} + current->childItems()) {
+        if (!QAccessible::queryAccessibleInterface(item))
+            continue;
+        QAccessibleEvent focus(item, QAccessible::Focus);
+        return QAccessible::updateAccessibility(&focus);
+    }
 }
 
 /// The list creates its entries only in a window that is high enough for them.

@@ -33,6 +33,7 @@ class MenuWindow : public QQuickWindow {
 
   private:
     Q_SLOT void followList();
+    Q_SLOT void announceCurrent();
     void place();
     QSize neededSize(const QSize& most);
     bool handleKey(QEvent& event);
