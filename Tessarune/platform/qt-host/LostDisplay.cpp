@@ -1,6 +1,8 @@
 #include "Tessarune/platform/qt-host/LostDisplay.h"
 
-#include <QCoreApplication>
+#include <dlfcn.h>
+
+#include <QGuiApplication>
 #include <QString>
 #include <QThread>
 #include <cstdlib>
@@ -37,6 +39,44 @@ void doLastWorkOnMainThread() {
     QThread::msleep(longestWaitMS); // the work ends the process
 }
 
+/// The functions of Xlib that set what it does when its connection is lost. They are looked up in
+/// the library that Qt has loaded; `setExitHandler` is missing before version 1.7.
+struct XlibHandlers {
+    using OnError = int (*)(Display*);
+    using OnExit = void (*)(Display*, void*);
+    OnError (*setErrorHandler)(OnError) = nullptr;
+    void (*setExitHandler)(Display*, OnExit, void*) = nullptr;
+
+    XlibHandlers() {
+        void* const xlib = dlopen("libX11.so.6", RTLD_LAZY | RTLD_NOLOAD);
+        if (!xlib)
+            return;
+        setErrorHandler =
+            reinterpret_cast<decltype(setErrorHandler)>(dlsym(xlib, "XSetIOErrorHandler"));
+        setExitHandler =
+            reinterpret_cast<decltype(setExitHandler)>(dlsym(xlib, "XSetIOErrorExitHandler"));
+    }
+};
+
+/// Lets a call of Xlib return with a failure if the connection is lost. By default it ends the
+/// process, on any thread: on the rendering thread, for which the main thread may be waiting, the
+/// last work could then neither run nor be waited for. Qt's own events find the loss as well, on
+/// the main thread, and end the process.
+void returnFromXlib() {
+    auto* const x11 =
+        qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
+    const XlibHandlers xlib;
+    if (!x11 || !xlib.setErrorHandler || !xlib.setExitHandler)
+        return;
+    xlib.setErrorHandler([](Display*) {
+        qWarning("The connection to the X server was lost.");
+        QMetaObject::invokeMethod(qGuiApp, doLastWork, Qt::QueuedConnection);
+        return 0;
+    });
+    xlib.setExitHandler(
+        x11->display(), [](Display*, void*) {}, nullptr);
+}
+
 /// Qt logs these messages right before it ends the process, while the program is still intact.
 void watchMessages(QtMsgType type, const QMessageLogContext& context, const QString& text) {
     if (previousHandler)
@@ -51,6 +91,7 @@ void watchMessages(QtMsgType type, const QMessageLogContext& context, const QStr
 LostDisplay::LostDisplay(std::function<void()> lastWork) {
     pendingWork() = std::move(lastWork);
     previousHandler = qInstallMessageHandler(watchMessages);
+    returnFromXlib();
     // The fallback if Qt logs another message: it runs later, when some static objects may already
     // be destroyed.
     static const int once = std::atexit(doLastWork);
