@@ -9,6 +9,7 @@ void LiveRecordingTracker::reset() {
     currentID_.reset();
     lastSavedID_.reset();
     atStart_.reset();
+    finished_.reset();
     currentStartedAt_.reset();
     journal_.reset();
 }
@@ -37,6 +38,29 @@ void LiveRecordingTracker::handleFirstSample(const UUID& recording, double heard
     currentStartedAt_ = heardAt;
     if (journal_)
         journal_->noteRecordingStart(heardAt);
+}
+
+void LiveRecordingTracker::handleFinished(const RecordingMetadata& metadata) {
+    if (currentID_ != metadata.id)
+        return;
+    finished_ = metadata;
+    finishEntry(finished_);
+}
+
+/// Writes the end and the size of a recording whose entry still lacks them, because the disk was
+/// full when the recorder closed the file. False if that fails again.
+bool LiveRecordingTracker::finishEntry(const std::optional<RecordingMetadata>& finished) {
+    auto entry = finished ? catalog_.recording(finished->id) : std::nullopt;
+    if (!entry || entry->endedAt)
+        return true;
+    entry->endedAt = finished->endedAt;
+    entry->duration = finished->duration;
+    if (entry->filePath == finished->filePath) { // otherwise it was compressed meanwhile
+        entry->byteCount = finished->byteCount;
+        entry->sampleRate = finished->sampleRate;
+    }
+    entry->note.reset(); // keeps the stored note, which may be newer
+    return catalog_.upsert(*entry) || catalog_.wasDeleted(finished->id);
 }
 
 void LiveRecordingTracker::discardCurrentRecordingIfAny() {
@@ -88,10 +112,12 @@ bool LiveRecordingTracker::saveTranscripts(
     const bool timelineSaved = catalog_.saveWordTimeline(wordTimeline, id);
     // The texts of a recording that the catalog could not store are lost when the program ends.
     const bool isListed = catalog_.recording(id).has_value();
+    const std::optional<RecordingMetadata> finished = finished_;
+    const bool isFinished = finishEntry(finished);
     reset();
     lastSavedID_ = id;
 
-    const bool allSaved = sourceSaved && bilingualSaved && timelineSaved && isListed;
+    const bool allSaved = sourceSaved && bilingualSaved && timelineSaved && isListed && isFinished;
     if (allSaved) {
         if (journal)
             journal->discard();
@@ -102,9 +128,10 @@ bool LiveRecordingTracker::saveTranscripts(
                            {"sourceSaved", sourceSaved},
                            {"bilingualSaved", bilingualSaved},
                            {"timelineSaved", timelineSaved},
-                           {"isListed", isListed}});
-        unsaved_.push_back(
-            {id, std::string(sourceText), std::string(bilingualText), wordTimeline, refinement});
+                           {"isListed", isListed},
+                           {"isFinished", isFinished}});
+        unsaved_.push_back({id, std::string(sourceText), std::string(bilingualText), wordTimeline,
+                            refinement, finished});
     }
     return allSaved;
 }
@@ -125,6 +152,8 @@ void LiveRecordingTracker::saveAgain() {
 /// Returns true if there is nothing left to save.
 bool LiveRecordingTracker::saveAgain(const Unsaved& texts) {
     using Outcome = RecordingTranscriptSaveOutcome;
+    if (!finishEntry(texts.finished)) // before the refinement, which needs the duration
+        return false;
     const auto update = catalog_.saveTranscriptsAgain(texts.sourceText, texts.bilingualText,
                                                       texts.timeline, texts.id);
     if (update.outcome == Outcome::failed)

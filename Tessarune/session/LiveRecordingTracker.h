@@ -60,6 +60,9 @@ class LiveRecordingTracker {
                        const std::string& recognitionOptionID);
     /// Notes the host time of the first sample in the file of a recording.
     void handleFirstSample(const UUID& recording, double heardAt);
+    /// Call when the recorder has closed the file of a recording. Completes the entry in the
+    /// catalog if the recorder could not; `saveTranscripts` and its retries try that again.
+    void handleFinished(const RecordingMetadata& metadata);
     /// Deletes the current recording and its journal, but keeps its diagnostics run.
     void discardCurrentRecordingIfAny();
 
@@ -72,7 +75,8 @@ class LiveRecordingTracker {
     /// queue.
     Task<void> synchronizeJournal();
 
-    /// Saves the texts of the current recording. Afterwards, no recording is current, even after
+    /// Saves the texts of the current recording, and the end of its entry if that is missing.
+    /// Afterwards, no recording is current, even after
     /// failures. Returns true if nothing was recorded or the user has deleted the recording, false
     /// if anything could not be saved. The start of the next recording and the destructor then
     /// retry, unless another program writes the data folder. After that, only the next launch of
@@ -88,6 +92,8 @@ class LiveRecordingTracker {
 
     /// The data of the current recording at its start.
     const std::optional<RecordingMetadata>& currentAtStart() const { return atStart_; }
+    /// The recorded seconds of the current recording; 0 until its file is closed.
+    double currentDuration() const { return finished_ ? finished_->duration : 0; }
     /// The entry of the current recording in the catalog.
     std::optional<RecordingMetadata> currentRecordingMetadata() const;
     std::optional<std::filesystem::path> currentAudioPath() const;
@@ -100,6 +106,7 @@ class LiveRecordingTracker {
         std::string bilingualText;
         std::optional<HistoryWordTimeline> timeline;
         std::optional<HistoryRefinementRequest> refinement;
+        std::optional<RecordingMetadata> finished;
     };
     /// Newer texts of a saved recording that wait until no other program writes the data folder.
     struct Late {
@@ -109,6 +116,7 @@ class LiveRecordingTracker {
     };
     void saveAgain();
     bool saveAgain(const Unsaved& texts);
+    bool finishEntry(const std::optional<RecordingMetadata>& finished);
 
     Host& host_;
     FileSystem& files_;
@@ -118,6 +126,7 @@ class LiveRecordingTracker {
     std::optional<UUID> currentID_;
     std::optional<UUID> lastSavedID_;
     std::optional<RecordingMetadata> atStart_;
+    std::optional<RecordingMetadata> finished_; ///< as the recorder closed it
     std::optional<double> currentStartedAt_;
     std::unique_ptr<SessionJournal> journal_;
     std::vector<Unsaved> unsaved_;

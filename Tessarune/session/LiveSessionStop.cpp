@@ -202,9 +202,8 @@ bool LiveSessionStop::persistTranscript() {
     LiveRecordingTracker& recording = store_.recordingTracker_;
     auto timeline = store_.texts_.savedTimeline(
         recording.currentStartedAt(), *store_.environment_.settings.selectedRecognitionOptionID);
-    const auto entry = recording.currentRecordingMetadata();
-    if (timeline && entry && entry->duration > 0)
-        timeline = timeline->endingBy(entry->duration);
+    if (timeline && recording.currentDuration() > 0)
+        timeline = timeline->endingBy(recording.currentDuration());
     const TranscriptSnapshot texts = store_.texts_.savedTexts();
     store_.texts_.noteSaved();
     const bool persisted =

@@ -92,6 +92,9 @@ void LiveTranscriptStore::configureTranscriberCallbacks() {
         onMain([](Store& self, const AudioSessionRecorder::FirstSample& sample) {
             self.recordingTracker_.handleFirstSample(sample.recordingID, sample.heardAt);
         });
+    transcriber.onRecordingFinished = onMain([](Store& self, const RecordingMetadata& metadata) {
+        self.recordingTracker_.handleFinished(metadata);
+    });
     transcriber.onASREvent =
         onMain([](Store& self, const ASREvent& event) { self.handleRecognitionEvent(event); });
     transcriber.onAppleRawResult =

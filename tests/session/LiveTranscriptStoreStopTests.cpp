@@ -250,6 +250,7 @@ TEST_F(LiveTranscriptStoreStopTests, WhatCouldNotBeSavedIsSavedOnceThereIsRoom) 
         session.start();
         session.hear(1);
         EXPECT_EQ(session.transcript(id), text);
+        EXPECT_EQ(session.catalog->recording(id)->endedAt.has_value(), !anotherWrites);
         EXPECT_EQ(session.files.has(session.catalog->journalURL(id)), anotherWrites);
         ASSERT_EQ(session.refinements.size(), text == all ? 1U : 0U);
         EXPECT_TRUE(text != all || session.refinements[0]->recordingID == id);
