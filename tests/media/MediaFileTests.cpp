@@ -107,6 +107,11 @@ TEST_F(MediaFileTests, ACutFileGivesWhatIsThereAndSaysSo) {
         EXPECT_EQ(saysSo, isCut);
         EXPECT_EQ(file->read(), nullptr);
     }
+    const auto emptied = write("emptied.wav", wavBytes(tone(60, 16000), 16000));
+    const auto file = openFFmpegMediaFile(emptied);
+    EXPECT_NE(file->read(), nullptr);
+    std::filesystem::resize_file(emptied, 0);
+    EXPECT_THROW(readAll(*file), MediaFileError);
 }
 
 TEST_F(MediaFileTests, APipeIsWaitedForUntilItIsGivenUp) {

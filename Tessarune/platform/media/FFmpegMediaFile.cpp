@@ -70,6 +70,7 @@ class FFmpegMediaFile final : public MediaFile {
             if (static_cast<int>(i) != stream_)
                 input_->streams[i]->discard = AVDISCARD_ALL;
         }
+        statedSeconds_ = statedLength();
         // Whether the sound of a pipe can be played is known only after its first packets.
         while (!input_.canSeek() && ready_.empty() && !ended_)
             decodeMore();
@@ -178,20 +179,24 @@ class FFmpegMediaFile final : public MediaFile {
         }
     }
 
-    bool endsEarly() const {
+    /// The length that the file states; `nullopt` for a pipe and if it states none.
+    std::optional<double> statedLength() const {
         if (!input_.canSeek())
-            return false;
-        std::optional<double> stated;
+            return std::nullopt;
         if (input_->iformat->name == std::string_view("wav"))
-            stated = lengthFromWAVHeader(path_);
-        else if (std::ranges::find(lengthStatingFormats, input_->iformat->name) !=
-                     std::end(lengthStatingFormats) &&
-                 input_->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE)
-            stated = duration();
-        if (!stated)
+            return lengthFromWAVHeader(path_);
+        const bool statesLength = std::ranges::find(lengthStatingFormats, input_->iformat->name) !=
+                                  std::end(lengthStatingFormats);
+        if (!statesLength || input_->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE)
+            return std::nullopt;
+        return duration();
+    }
+
+    bool endsEarly() const {
+        if (!statedSeconds_)
             return false;
-        const double missing = *stated - decodedThrough_;
-        return missing > std::max(minimumMissingSeconds, minimumMissingShare * *stated);
+        const double missing = *statedSeconds_ - decodedThrough_;
+        return missing > std::max(minimumMissingSeconds, minimumMissingShare * *statedSeconds_);
     }
 
     [[noreturn]] void failReading(int error) const {
@@ -309,6 +314,7 @@ class FFmpegMediaFile final : public MediaFile {
 
     std::filesystem::path path_;
     FileInput input_;
+    std::optional<double> statedSeconds_; ///< at the opening: the file may be cut while it is read
     Codec codec_;
     Packet packet_;
     Frame frame_;
