@@ -58,21 +58,26 @@ void AudioPlayer::teardown() {
 void AudioPlayer::load(const std::filesystem::path& path) {
     teardown();
     path_ = path;
+    openRecording();
+}
+
+void AudioPlayer::openRecording() {
     engine_ = std::make_shared<PlaybackEngine>(parts_, Executor::queue(host_, queue_));
-    queue_->async([engine = engine_, weak = weakSelf_, path, token = loadToken_, &host = host_] {
-        try {
-            const PlaybackEngine::Loaded loaded = engine->load(path);
-            host.post([weak, loaded, token] {
-                if (weak->player)
-                    weak->player->finishLoad(loaded, token);
-            });
-        } catch (const std::exception& error) {
-            host.post([weak, why = std::string(error.what()), token] {
-                if (weak->player)
-                    weak->player->failLoad(why, token);
-            });
-        }
-    });
+    queue_->async(
+        [engine = engine_, weak = weakSelf_, path = path_, token = loadToken_, &host = host_] {
+            try {
+                const PlaybackEngine::Loaded loaded = engine->load(path);
+                host.post([weak, loaded, token] {
+                    if (weak->player)
+                        weak->player->finishLoad(loaded, token);
+                });
+            } catch (const std::exception& error) {
+                host.post([weak, why = std::string(error.what()), token] {
+                    if (weak->player)
+                        weak->player->failLoad(why, token);
+                });
+            }
+        });
 }
 
 void AudioPlayer::finishLoad(const PlaybackEngine::Loaded& loaded, std::uint64_t token) {
@@ -85,13 +90,6 @@ void AudioPlayer::finishLoad(const PlaybackEngine::Loaded& loaded, std::uint64_t
         publish(currentTime, *duration);
     if (*isPlaying)
         schedule();
-}
-
-/// Tries an unreadable file again: its disk may have been reconnected.
-void AudioPlayer::loadAgain() {
-    const double position = *currentTime;
-    load(std::filesystem::path(path_)); // a copy, because `load` first clears `path_`
-    seek(position);
 }
 
 void AudioPlayer::failLoad(const std::string& why, std::uint64_t token) {
@@ -132,7 +130,7 @@ void AudioPlayer::startPlayback() {
     if (*isPlaying || path_.empty())
         return;
     if (!engine_)
-        loadAgain();
+        openRecording(); // it was unreadable, but its disk may have been reconnected
     publish(problem, std::string());
     const bool isNearEnd = *duration > 0 && *currentTime >= *duration - atEndSeconds;
     if ((isAtEnd_ || isNearEnd) && !*boundedPlaybackSentenceIndex)

@@ -72,7 +72,7 @@ class AudioPlayer {
 
     void finishLoad(const PlaybackEngine::Loaded& loaded, std::uint64_t token);
     void failLoad(const std::string& why, std::uint64_t token);
-    void loadAgain();
+    void openRecording();
     void measureLoudness(const std::filesystem::path& path);
     void schedule();
     PlaybackStretch stretch() const;

@@ -154,6 +154,13 @@ TEST(AudioPlayerTests, WhatCannotBePlayedSaysWhyAndIsTriedAgain) {
     expectPlaying(false, "no filter");
     player.setRate(1);
     expectPlaying(true, "");
+    fixture.missing = "missing";
+    player.load("missing");
+    fixture.pass(1);
+    fixture.missing.clear();
+    player.playBounded(7, 20, 21.5);
+    fixture.pass(3);
+    EXPECT_NEAR(*player.currentTime, 21.5, 0.001) << "the sentence keeps its end";
 }
 
 TEST(AudioPlayerTests, GoesOnWhereItWasWhenTheServerComesBackAndFailsWithoutOne) {
