@@ -216,7 +216,7 @@ void AudioPlayer::dropBounds() {
 }
 
 PlaybackStretch AudioPlayer::stretch() const {
-    if (!boundedPlaybackEndTime_)
+    if (!*boundedPlaybackSentenceIndex)
         return {*currentTime, std::nullopt, false};
     return {boundedStart_, boundedPlaybackEndTime_, *repeatsBoundedPlayback};
 }

@@ -129,6 +129,9 @@ TEST(AudioPlayerTests, TheEndIsTheEndAndTheNextStartBeginsAgain) {
     player.startPlayback();
     fixture.pass(0.5);
     EXPECT_NEAR(*player.currentTime, 1, 0.1);
+    player.repeatBounded(0, 1, 0);
+    fixture.pass(3);
+    EXPECT_TRUE(*player.isPlaying) << "repeats the last sentence, whose end is unknown";
 }
 
 TEST(AudioPlayerTests, WhatCannotBePlayedSaysWhyAndIsTriedAgain) {
