@@ -112,7 +112,10 @@ HistoryRefinementService::~HistoryRefinementService() {
 
 void HistoryRefinementService::cancelAll() {
     isEnding_ = true;
-    waiting_.clear();
+    for (const JobPtr& job : std::exchange(waiting_, {})) {
+        job->outcome.status = Outcome::Status::cancelled;
+        job->done.resume(job->outcome);
+    }
     if (!running_)
         return;
     running_->stop.request_stop();
@@ -148,6 +151,10 @@ Task<Outcome> HistoryRefinementService::refine(HistoryRefinementRequest request,
     const JobPtr job =
         std::make_shared<Job>(environment_.host, std::move(request), std::move(model));
     const std::stop_callback cancel(stop, [&job] { job->stop.request_stop(); });
+    if (isEnding_) {
+        job->outcome.status = Outcome::Status::cancelled;
+        co_return job->outcome;
+    }
     enqueue(job);
     co_return co_await job->done;
 }

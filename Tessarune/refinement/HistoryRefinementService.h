@@ -88,7 +88,8 @@ class HistoryRefinementService {
     void cancel(const UUID& recording);
 
     /// Cancels all jobs, and resumes when no job is running, after five seconds at most. For the
-    /// end of the program; later calls of `schedule` are ignored.
+    /// end of the program; later calls of `schedule` are ignored, and later refinements are
+    /// cancelled.
     Task<void> end();
 
     /// Pauses or resumes the service for the caller `who`; it is paused as long as any caller wants

@@ -278,4 +278,13 @@ TEST(HistoryRefinementTests, RequestsWaitForEachOtherAndTheLatestOfARecordingCou
     EXPECT_EQ(recording.blocks.size(), 24U);
     EXPECT_EQ(recording.bilingual(), "New words.\nfr-FR:New words.\n\nAnd more.\nfr-FR:And more.");
     EXPECT_TRUE(recording.service->jobs()->empty());
+    recording.service->schedule(later);
+    for (const bool isQueued : {true, false}) { // the second comes after the end
+        recording.begin();
+        if (isQueued)
+            spawn(Executor::main(recording.host), recording.service->end());
+        recording.host.advanceBy(10);
+        ASSERT_TRUE(recording.outcome);
+        EXPECT_EQ(recording.outcome->status, Status::cancelled);
+    }
 }
