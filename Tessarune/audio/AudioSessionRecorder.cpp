@@ -224,6 +224,7 @@ void AudioSessionRecorder::openFile(const RecordingMetadata& item) {
     headerPatchIsFailing_ = false;
     converter_.reset();
     pendingSilence_ = 0;
+    unwrittenBytes_ = 0;
     try {
         fileHandle_->append(WAVHeader{.sampleRate = sampleRate}.encoded());
     } catch (...) {
@@ -251,6 +252,7 @@ void AudioSessionRecorder::appendOnQueue(const AudioBuffer& buffer, double arriv
         pcm = pcmS16LEData(convertedToFileRate(std::move(mono), buffer.format.sampleRate));
     } catch (const std::exception& error) {
         converter_.reset();
+        unwrittenBytes_ += pcmBytes(buffer.seconds());
         handleWriteFailure("audioRecorder.convert.failed", error);
         return;
     }
@@ -314,8 +316,7 @@ void AudioSessionRecorder::appendSilenceOnQueue(double seconds) {
         pendingSilence_ += seconds;
         return;
     }
-    const double samples = std::min(seconds, longestSilenceSeconds) * headerSampleRate();
-    const auto bytes = static_cast<std::uint64_t>(std::llround(samples)) * bytesPerSample;
+    const std::uint64_t bytes = pcmBytes(std::min(seconds, longestSilenceSeconds));
     write(bytes, [&] { fileHandle_->appendZeros(bytes); });
 }
 
@@ -323,10 +324,17 @@ void AudioSessionRecorder::write(const std::string& pcm) {
     write(pcm.size(), [&] { fileHandle_->append(pcm); });
 }
 
+/// Sound that cannot be written becomes silence before the next write, so that later times stay
+/// correct.
 void AudioSessionRecorder::write(std::uint64_t bytes, const std::function<void()>& put) {
     try {
+        if (unwrittenBytes_ > 0) {
+            fileHandle_->appendZeros(unwrittenBytes_);
+            dataByteCount_ += std::exchange(unwrittenBytes_, 0);
+        }
         put();
     } catch (const std::exception& error) {
+        unwrittenBytes_ += bytes;
         handleWriteFailure("audioRecorder.write.pcmBuffer.failed", error);
         return;
     }
@@ -371,6 +379,11 @@ void AudioSessionRecorder::patchHeader() {
 
 int AudioSessionRecorder::headerSampleRate() const {
     return observedSampleRate_ > 0 ? static_cast<int>(observedSampleRate_) : sampleRate;
+}
+
+/// The size of sound in the file.
+std::uint64_t AudioSessionRecorder::pcmBytes(double seconds) const {
+    return static_cast<std::uint64_t>(std::llround(seconds * headerSampleRate())) * bytesPerSample;
 }
 
 double AudioSessionRecorder::writtenSeconds() const {

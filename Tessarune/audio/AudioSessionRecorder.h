@@ -25,9 +25,9 @@ namespace tessarune {
 ///
 /// `start` waits for the writer's queue; `append`, `appendSilence` and `stop` return at once. All
 /// may be called from any thread; callbacks run on the queue and are set before `start`. A failing
-/// disk never ends the session: `onError` reports it. After repeated failures, or when the disk is
-/// nearly full, the recording ends, and the part that was written stays. A recorder is reused for
-/// the next session.
+/// disk never ends the session: `onError` reports it, and unwritten sound becomes silence. After
+/// repeated failures, or when the disk is nearly full, the recording ends, and the part that was
+/// written stays. A recorder is reused for the next session.
 class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRecorder> {
   public:
     /// The operations of the catalog that the recorder needs. The catalog is in a higher layer.
@@ -126,6 +126,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     void report(const std::string& text) const;
     LogFields writeFailureFields(const std::exception& error) const;
     int headerSampleRate() const;
+    std::uint64_t pcmBytes(double seconds) const;
     double writtenSeconds() const;
 
     Host& host_;
@@ -143,6 +144,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     std::optional<RecordingMetadata> item_;
     double observedSampleRate_ = 0; // 0 until the first buffer
     std::uint64_t dataByteCount_ = 0;
+    std::uint64_t unwrittenBytes_ = 0; ///< sound that could not be converted or written
     bool isFirstSampleReported_ = false;
     bool isListed_ = false; // in the catalog
     std::uint64_t nextHeaderFlushBytes_ = 0;

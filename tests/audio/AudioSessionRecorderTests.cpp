@@ -155,12 +155,15 @@ TEST_F(AudioSessionRecorderTests, ThreeWriteFailuresInARowEndTheRecordingAndNotT
     const struct {
         const char* writes; ///< one character per write; "x" fails
         std::vector<std::string> told;
-        std::size_t kept;
+        std::string kept; ///< one character per sample; "x" is silence
         const char* events;
     } cases[] = {
-        {"..x..", {first}, 4, "write.pcmBuffer.failed stop.degraded "},
-        {"xx.xx.xx.", {first}, 3, "write.pcmBuffer.failed stop.degraded "},
-        {".xxx..xxx", {first, degraded}, 1, "write.pcmBuffer.failed write.degraded stop.degraded "},
+        {"..x..", {first}, "..x..", "write.pcmBuffer.failed stop.degraded "},
+        {"xx.xx.xx.", {first}, "xx.xx.xx.", "write.pcmBuffer.failed stop.degraded "},
+        {".xxx..xxx",
+         {first, degraded},
+         ".",
+         "write.pcmBuffer.failed write.degraded stop.degraded "},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.writes);
@@ -179,8 +182,11 @@ TEST_F(AudioSessionRecorderTests, ThreeWriteFailuresInARowEndTheRecordingAndNotT
         expected.insert(expected.end(), c.told.begin(), c.told.end());
         expected.push_back("finished");
         EXPECT_EQ(told, expected);
-        EXPECT_EQ(samples(), std::vector<std::int16_t>(c.kept, 16384));
-        EXPECT_EQ(header().dataSize, c.kept * 2);
+        std::string kept;
+        for (const std::int16_t sample : samples())
+            kept += sample == 16384 ? '.' : 'x';
+        EXPECT_EQ(kept, c.kept);
+        EXPECT_EQ(header().dataSize, c.kept.size() * 2);
         EXPECT_EQ(events(), std::string("start.request ") + c.events);
     }
 }
@@ -311,6 +317,10 @@ TEST_F(AudioSessionRecorderTests, GapsBecomeSilenceAndOtherRatesAreConverted) {
     host.advanceBy(1);
     recorder->start();
     append({1}, 16000);
+    converters.failures = 1;
+    append({1, 1, 1}, 48000);
+    append({1}, 16000);
+    EXPECT_EQ(samples(), (std::vector<std::int16_t>{32767, 0, 32767}));
     converters.failures = 3;
     for (int i = 0; i < 4; ++i)
         append({1}, 44100);
