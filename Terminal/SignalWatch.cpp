@@ -10,6 +10,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <memory>
 #include <thread>
 #include <utility>
 
@@ -21,19 +22,33 @@ using Clock = std::chrono::steady_clock;
 /// Signals within this time come from the same key press.
 constexpr std::chrono::milliseconds samePress{300};
 
+/// Shared with the queued calls; emptied on the main queue.
+using Handler = std::shared_ptr<std::function<void()>>;
+
+Handler makeHandler(std::function<void()> function) {
+    return std::make_shared<std::function<void()>>(std::move(function));
+}
+
+void post(Host& host, const Handler& handler) {
+    host.post([handler] {
+        if (const auto current = *handler) // a copy, because it may end the SignalWatch
+            current();
+    });
+}
+
 /// The handlers of the current SignalWatch, if there is one.
 struct SignalHandlers {
     Mutex mutex;
     Host* host GUARDED_BY(mutex) = nullptr;
-    std::function<void()> onSignal GUARDED_BY(mutex);
-    std::function<void()> onContinue GUARDED_BY(mutex);
+    Handler onSignal GUARDED_BY(mutex);
+    Handler onContinue GUARDED_BY(mutex);
     /// The current SignalWatch has received its first signal; if there is none, the last one had.
     bool isEnding GUARDED_BY(mutex) = false;
     Clock::time_point endingSince GUARDED_BY(mutex); ///< the time of that signal
 };
 
 SignalHandlers& signalHandlers() {
-    static SignalHandlers only;
+    static auto& only = *new SignalHandlers; // never destroyed: the thread uses it until the end
     return only;
 }
 
@@ -65,8 +80,8 @@ void resume() {
     TerminalCursor::setPaused(false);
     SignalHandlers& handlers = signalHandlers();
     const MutexLock lock(handlers.mutex);
-    if (handlers.host && handlers.onContinue)
-        handlers.host->post(handlers.onContinue);
+    if (handlers.host)
+        post(*handlers.host, handlers.onContinue);
 }
 
 void end(int signal) {
@@ -79,7 +94,7 @@ void end(int signal) {
         return; // a signal of the same key press has already ended the work
     if (!std::exchange(handlers.isEnding, true)) {
         handlers.endingSince = Clock::now();
-        handlers.host->post(handlers.onSignal);
+        post(*handlers.host, handlers.onSignal);
     } else if (!isSamePress) {
         TerminalCursor::setPaused(true);
         TerminalCursor::restore();
@@ -128,26 +143,29 @@ void SignalWatch::begin() {
         action.sa_flags = static_cast<int>(SA_RESETHAND);
         sigaction(signal, &action, nullptr);
     }
-    signalHandlers(); // created early and so destroyed late: the thread uses it until the end
     std::thread([set] { watch(set); }).detach();
 }
 
 SignalWatch::SignalWatch(Host& host, std::function<void()> onSignal,
                          std::function<void()> onContinue) {
+    const Handler signalled = makeHandler(std::move(onSignal));
+    const Handler continued = makeHandler(std::move(onContinue));
+    dropHandlers_ = [signalled, continued] { *signalled = *continued = nullptr; };
     SignalHandlers& handlers = signalHandlers();
     const MutexLock lock(handlers.mutex);
     handlers.host = &host;
-    handlers.onSignal = std::move(onSignal);
-    handlers.onContinue = std::move(onContinue);
+    handlers.onSignal = signalled;
+    handlers.onContinue = continued;
     handlers.isEnding = false;
 }
 
 SignalWatch::~SignalWatch() {
+    dropHandlers_();
     SignalHandlers& handlers = signalHandlers();
     const MutexLock lock(handlers.mutex);
     handlers.host = nullptr;
-    handlers.onSignal = {};
-    handlers.onContinue = {};
+    handlers.onSignal.reset();
+    handlers.onContinue.reset();
 }
 
 } // namespace tessarune

@@ -22,11 +22,14 @@ class SignalWatch {
     static void begin();
 
     /// Both functions are called on the main queue: `onSignal` once, `onContinue` whenever the
-    /// program continues after a stop.
+    /// program continues after a stop. Neither is called after the destruction.
     SignalWatch(Host& host, std::function<void()> onSignal, std::function<void()> onContinue = {});
     ~SignalWatch();
     SignalWatch(const SignalWatch&) = delete;
     SignalWatch& operator=(const SignalWatch&) = delete;
+
+  private:
+    Block dropHandlers_; ///< makes queued calls do nothing
 };
 
 } // namespace tessarune
