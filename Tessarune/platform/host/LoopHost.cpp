@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 namespace tessarune {
 
@@ -19,8 +20,8 @@ int LoopHost::run() {
     for (;;) {
         {
             MutexLock lock(queue_.mutex());
-            if (quitting_)
-                break;
+            if (std::exchange(quitting_, false))
+                return status_;
             const double wait = std::min(queue_.secondsUntilNext().value_or(MainQueue::longestWait),
                                          MainQueue::longestWait);
             if (wait > 0) {
@@ -31,8 +32,6 @@ int LoopHost::run() {
         if (std::optional<Block> next = queue_.takeNext())
             (*next)();
     }
-    quitting_ = false;
-    return status_;
 }
 
 void LoopHost::quit(int status) {
