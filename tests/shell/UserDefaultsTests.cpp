@@ -85,6 +85,12 @@ TEST_F(UserDefaultsTests, AFileThatIsNotUnderstoodIsNeverOverwritten) {
         EXPECT_EQ(files.read(defaults.keepAside()), text);
         defaults.set("b", true);
         EXPECT_EQ(stored()["b"], true);
+        write(text);
+        JSONUserDefaults other(files, file);
+        std::filesystem::remove(file);
+        other.set("c", true);
+        EXPECT_EQ(stored()["c"], true);
+        EXPECT_EQ(other.problem(), "");
     }
     // A link may lead to a device, which must not be moved.
     const auto pipe = folder / "pipe";

@@ -6,6 +6,7 @@
 #include "TessaruneCore/text/Localization.h"
 
 #include <system_error>
+#include <utility>
 
 namespace tessarune {
 
@@ -65,8 +66,11 @@ void JSONUserDefaults::handleChange() {
 }
 
 void JSONUserDefaults::load() {
-    if (!files_.exists(file_))
+    if (!files_.exists(file_)) {
+        if (std::exchange(isFileUnreadable_, false)) // the user has removed it
+            problem_.clear();
         return;
+    }
     try {
         Json parsed = JSON::parse(files_.read(file_));
         if (!parsed.is_object())
@@ -86,7 +90,6 @@ void JSONUserDefaults::load() {
 void JSONUserDefaults::store() {
     if (isFileUnreadable_)
         return;
-    const std::string before = problem_;
     try {
         if (file_.has_parent_path())
             files_.createDirectories(file_.parent_path());
@@ -97,19 +100,20 @@ void JSONUserDefaults::store() {
         problem_ = error.what();
         TessaruneLog::storage.fault([&] { return "Tessarune settings not saved: " + problem_; });
     }
-    if (problem_ != before && onProblem)
-        onProblem();
 }
 
 template <typename Change>
 void JSONUserDefaults::change(Change apply) {
     // Keeps other programs from writing between the read and the write.
     const auto lock = FileLock::waitForFolder(file_.parent_path(), longestWaitSeconds);
+    const std::string before = problem_;
     // After a failed write the memory is newer than the file.
-    if (problem_.empty())
+    if (problem_.empty() || isFileUnreadable_)
         load();
     apply(content_->object);
     store();
+    if (problem_ != before && onProblem)
+        onProblem();
 }
 
 std::optional<SettingValue> JSONUserDefaults::value(std::string_view key) const {

@@ -14,7 +14,8 @@ namespace tessarune {
 ///
 /// A change first locks the file's folder and reads the file again, so that a change by the other
 /// front end is not lost. It keeps all other keys and values, even unknown ones. An unreadable file
-/// is never overwritten: settings are then kept in memory only, and `problem` says so.
+/// is never overwritten: settings are then kept in memory only until it is readable or removed, and
+/// `problem` says so.
 class JSONUserDefaults final : public UserDefaults {
   public:
     JSONUserDefaults(FileSystem& files, std::filesystem::path file);
@@ -33,7 +34,7 @@ class JSONUserDefaults final : public UserDefaults {
 
     /// The problem with the file, for the user; empty if there is none.
     const std::string& problem() const { return problem_; }
-    /// Called after a write has changed `problem`; may be empty.
+    /// Called after a change of a setting has changed `problem`; may be empty.
     std::function<void()> onProblem;
     /// Renames an unreadable file, so that the next change creates a new one. Returns the new path;
     /// empty if the file is readable or the renaming failed, in which case `problem` has the
