@@ -50,7 +50,7 @@ std::optional<FileLock> FileLock::waitForFolder(const std::filesystem::path& fol
     FileLock lock(opened);
     const auto deadline = Clock::now() + std::chrono::duration<double>(seconds);
     while (!lockNow(opened, LOCK_EX)) {
-        if (Clock::now() >= deadline)
+        if (errno != EWOULDBLOCK || Clock::now() >= deadline) // some file systems have no locks
             return std::nullopt;
         std::this_thread::sleep_for(pause);
     }

@@ -16,7 +16,7 @@ class FileLock {
     static std::optional<FileLock> tryToTake(const std::filesystem::path& path);
 
     /// Locks the folder itself. Blocks for at most `seconds` while another holder has the lock;
-    /// returns `nullopt` after that, or if the folder cannot be opened.
+    /// returns `nullopt` after that, or if the folder cannot be opened or locked.
     static std::optional<FileLock> waitForFolder(const std::filesystem::path& folder,
                                                  double seconds);
 
