@@ -22,6 +22,7 @@ void PulseDeviceList::refresh(pa_context* context) {
         return;
     }
     arriving_ = {};
+    hasFailed_ = false;
     // The server answers in order, so the end of the sources ends the update.
     isRefreshing_ = begin(pa_context_get_server_info(context, takeServer, this)) &&
                     begin(pa_context_get_sink_info_list(context, takeSink, this)) &&
@@ -34,19 +35,23 @@ void PulseDeviceList::reset() {
 }
 
 void PulseDeviceList::takeServer(pa_context*, const pa_server_info* info, void* self) {
+    auto& list = *static_cast<PulseDeviceList*>(self);
+    list.hasFailed_ |= !info;
     if (!info)
         return;
-    auto& devices = static_cast<PulseDeviceList*>(self)->arriving_.devices;
+    auto& devices = list.arriving_.devices;
     devices.defaultInputID = text(info->default_source_name);
     devices.defaultOutputID = text(info->default_sink_name);
 }
 
 void PulseDeviceList::takeSink(pa_context*, const pa_sink_info* info, int end, void* self) {
+    auto& list = *static_cast<PulseDeviceList*>(self);
+    list.hasFailed_ |= end < 0;
     if (end != 0)
         return;
-    static_cast<PulseDeviceList*>(self)->arriving_.devices.outputs.push_back(
-        {text(info->name), text(info->description), text(info->monitor_source_name),
-         formatOf(info->sample_spec)});
+    list.arriving_.devices.outputs.push_back({text(info->name), text(info->description),
+                                              text(info->monitor_source_name),
+                                              formatOf(info->sample_spec)});
 }
 
 void PulseDeviceList::takeSource(pa_context* context, const pa_source_info* info, int end,
@@ -60,10 +65,11 @@ void PulseDeviceList::takeSource(pa_context* context, const pa_source_info* info
         }
         return;
     }
+    list.hasFailed_ |= end < 0;
     list.isRefreshing_ = false;
     if (std::exchange(list.isRefreshPending_, false))
         list.refresh(context);
-    else
+    else if (!list.hasFailed_)
         list.onAnswer_(std::move(list.arriving_));
 }
 

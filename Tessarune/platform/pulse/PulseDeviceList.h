@@ -12,7 +12,7 @@ namespace tessarune {
 /// Asks the server for its devices and defaults. Used under the main loop's lock.
 ///
 /// All refreshes that are requested while one runs are combined into one more, so a burst of
-/// changes costs two.
+/// changes costs two. A refresh that the server does not answer completely changes nothing.
 class PulseDeviceList {
   public:
     struct Answer {
@@ -36,6 +36,7 @@ class PulseDeviceList {
 
     std::function<void(Answer)> onAnswer_;
     Answer arriving_;
+    bool hasFailed_ = false; ///< a part of `arriving_` is missing
     bool isRefreshing_ = false;
     bool isRefreshPending_ = false;
 };
