@@ -2,6 +2,7 @@
 
 #include "Tessarune/shell/Setting.h"
 #include "Tessarune/shell/SettingTypes.h"
+#include "TessaruneCore/diagnostics/DiagnosticsLevel.h"
 
 #include <cstdint>
 #include <string>
