@@ -443,8 +443,7 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
 /// states that of the video.
 void HistoryRefinementService::correctDuration(RecordingMetadata recording, double heardSeconds) {
     constexpr double smallestCorrection = 1; // seconds
-    const bool isImport = !FormerTranscript::lengthIsExact(recording);
-    if (!isImport || std::abs(recording.duration - heardSeconds) < smallestCorrection)
+    if (!recording.isImport() || std::abs(recording.duration - heardSeconds) < smallestCorrection)
         return;
     recording.note.reset(); // keeps the stored note, which may be newer
     recording.duration = heardSeconds;
