@@ -148,7 +148,7 @@ std::set<UUID> RecordingCatalog::relistForgotten(std::set<UUID> known) {
 }
 
 /// Removes the files whose names begin with a UUID that is not in `known`, except those that were
-/// last changed before `notBefore`, if that is above 0. Returns their number.
+/// last changed before `notBefore`, if that is above 0. Returns the number of removed files.
 std::size_t RecordingCatalog::removeOrphans(const std::filesystem::path& folder,
                                             const std::set<UUID>& known, double notBefore) {
     std::size_t count = 0;
@@ -160,8 +160,8 @@ std::size_t RecordingCatalog::removeOrphans(const std::filesystem::path& folder,
         if (!id || known.contains(*id) ||
             (notBefore > 0 && files_.modifiedAt(folder / name) < notBefore))
             continue;
-        removeQuietly(folder / name);
-        ++count;
+        if (removeQuietly(folder / name))
+            ++count;
     }
     return count;
 }
