@@ -1,5 +1,6 @@
 #include "TessaruneCore/recognition/EngineCapabilities.h"
 
+#include "TessaruneCore/segmentation/SentenceSegmenter.h"
 #include "TessaruneCore/text/Text.h"
 
 namespace tessarune {
@@ -20,7 +21,7 @@ EngineCapabilities EngineCapabilities::localized(std::string_view localeIdentifi
     EngineCapabilities copy = *this;
     if (Text::hasPrefix(Text::lowercased(localeIdentifier), "zh")) {
         copy.boundaryUnit = BoundaryUnit::characters;
-        copy.maxUnpunctuatedUnits = 48;
+        copy.maxUnpunctuatedUnits = SentenceSegmenter::maxUnpunctuatedCharacters;
     }
     return copy;
 }
