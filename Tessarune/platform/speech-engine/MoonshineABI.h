@@ -10,8 +10,8 @@ namespace tessarune::moonshine {
 
 inline constexpr std::int32_t interfaceVersion = 30000;
 
-/// Negative results of the calls that return a number.
-enum Failure : std::int32_t { unknown = -1, invalidHandle = -2, invalidArgument = -3 };
+/// One of the negative results of the calls that return a number.
+inline constexpr std::int32_t unknown = -1;
 
 struct Option {
     const char* name;
@@ -99,8 +99,5 @@ struct Calls {
     std::int32_t (*getDependencies)(const char* language, const Option* options,
                                     std::uint64_t optionCount, char** json);
 };
-
-/// Flag of `transcribeStream`: transcribe now, even if little sound was added.
-inline constexpr std::uint32_t forceUpdate = 1;
 
 } // namespace tessarune::moonshine
