@@ -95,7 +95,7 @@ void SpeechAnalyzerTranscriber::feedAnalyzerInput(const AudioBuffer& batch) {
     const auto session = inputSession();
     if (!session)
         return;
-    if (session->continuation.waiting() >= maximumWaitingBatches) {
+    if (session->continuation.queuedCount() >= maximumWaitingBatches) {
         noteLostInput(batch.seconds(), session->generation);
         reportFullInput();
         return;

@@ -154,7 +154,7 @@ PerfStats SpeechAnalyzerTranscriber::perfStats() const {
     if (input && perf.perfAnalyzerInputBatches > 0) {
         const double secondsPerBatch =
             perf.perfConvertedAudioSeconds / perf.perfAnalyzerInputBatches;
-        behind = static_cast<double>(input->waiting()) * secondsPerBatch +
+        behind = static_cast<double>(input->queuedCount()) * secondsPerBatch +
                  platform_.engine.unheardSeconds();
     }
     stats["secondsBehind"] = behind;

@@ -48,7 +48,7 @@ class AsyncStream {
     }
 
     /// The number of queued elements.
-    std::size_t waiting() const {
+    std::size_t queuedCount() const {
         const MutexLock lock(state_->mutex);
         return state_->elements.size();
     }
