@@ -60,9 +60,12 @@ class ScriptedLanguages final : public TranslationLanguages {
     Task<void> download(std::string /*id*/,
                         std::function<void(TranslationDownloadProgress)> /*progress*/,
                         std::stop_token /*stop*/) override {
+        ++downloads;
         co_return;
     }
     void remove(const std::string& /*id*/) override {}
+
+    int downloads = 0;
 };
 
 /// A settings window over scripted models, languages and services.

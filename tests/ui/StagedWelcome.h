@@ -44,13 +44,14 @@ class StagedWelcome {
     ScriptedSpeechModels models{captions.host};
     ScriptedLanguages languages;
     int samples = 0;
+    std::string sampleProblem; // empty: the sample can be played
     int closed = 0;
     std::unique_ptr<WelcomeWindow> window;
 
   private:
     Task<std::string> playSample() {
         ++samples;
-        co_return std::string();
+        co_return sampleProblem;
     }
 };
 

@@ -40,6 +40,17 @@ TEST_F(WelcomeWindowTests, SaysWhatIsDownloadedAndThenShowsCaptionsOfTheSample) 
     EXPECT_EQ(page.closed, 1);
 }
 
+TEST_F(WelcomeWindowTests, DownloadsTheTranslationModelWithoutASampleToo) {
+    page.sampleProblem = "There is no sample.";
+    page.model().setLanguage(2);
+    page.models.succeeds.resume(true);
+    page.press("begin");
+    ASSERT_TRUE(runUntil([&] { return page.languages.downloads == 1; }));
+    EXPECT_EQ(page.model().problem(), "There is no sample.");
+    page.press("begin"); // which is "done" now
+    EXPECT_EQ(page.closed, 1);
+}
+
 TEST_F(WelcomeWindowTests, CanBeSkippedAndDownloadsNothingThen) {
     page.model().setLanguage(0);
     page.press("skip");

@@ -41,14 +41,18 @@ std::vector<Path> modelFolders() {
 }
 
 Path sampleSpeech() {
-    for (const Path& folder :
-         places("TESSARUNE_SAMPLES", TESSARUNE_DATADIR_FROM_BIN "/tessarune/samples",
-                "engines/samples")) {
-        Path file = folder / "two_cities.wav";
+    const char* const name = "two_cities.wav";
+    const std::vector<Path> folders = places(
+        "TESSARUNE_SAMPLES", TESSARUNE_DATADIR_FROM_BIN "/tessarune/samples", "engines/samples");
+    for (const Path& folder : folders) {
+        Path file = folder / name;
         if (std::filesystem::exists(file))
             return file;
     }
-    throw std::runtime_error(localized("the sample speech is missing; scripts/setup fetches it"));
+    throw std::runtime_error(localized(
+        "The sample speech that comes with Tessarune is missing: %@. Other sound is captioned "
+        "without it.",
+        {folders.empty() ? name : (folders.front() / name).string()}));
 }
 
 } // namespace tessarune::ProgramPlaces

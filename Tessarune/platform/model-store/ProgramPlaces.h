@@ -13,8 +13,8 @@ std::vector<std::filesystem::path> engineFolders();
 /// Folders laid out as a model store, best first; they need not exist.
 std::vector<std::filesystem::path> modelFolders();
 
-/// The sample speech that comes with the program. Throws std::runtime_error with a text that says
-/// how to get it.
+/// The sample speech that comes with the program. Throws std::runtime_error with a text for the
+/// user if it is missing.
 std::filesystem::path sampleSpeech();
 
 } // namespace tessarune::ProgramPlaces

@@ -10,15 +10,6 @@ namespace {
 
 constexpr const char* seenKey = "welcomeSeen";
 
-/// If the sample is missing, returns a path that fails with a message when it is played.
-std::filesystem::path sampleOrNothing() {
-    try {
-        return ProgramPlaces::sampleSpeech();
-    } catch (const std::exception&) {
-        return "sample speech";
-    }
-}
-
 } // namespace
 
 bool DesktopWelcome::isDue(const Application& application) {
@@ -40,7 +31,11 @@ DesktopWelcome::DesktopWelcome(Application& application, const Published<bool>& 
                .playSample = [this] { return playSample(); },
                .close = [this] { close(); }},
               sample_) {
-    sound_.playFile(sampleOrNothing());
+    try {
+        sound_.playFile(ProgramPlaces::sampleSpeech());
+    } catch (const std::exception& error) {
+        sampleProblem_ = error.what();
+    }
 }
 
 CaptionWindowEnvironment DesktopWelcome::sampleEnvironment(const Published<bool>& reducesMotion) {
@@ -55,6 +50,8 @@ CaptionWindowEnvironment DesktopWelcome::sampleEnvironment(const Published<bool>
 }
 
 Task<std::string> DesktopWelcome::playSample() {
+    if (!sampleProblem_.empty())
+        co_return sampleProblem_;
     Task<std::string> connecting = sound_.connectOrSay();
     std::string problem = co_await connecting;
     if (!problem.empty() || !onClose_)

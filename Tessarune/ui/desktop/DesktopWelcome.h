@@ -38,6 +38,7 @@ class DesktopWelcome {
     Application& application_;
     std::function<void()> onClose_;
     DesktopSound sound_;
+    std::string sampleProblem_; // empty if there is a sample
     ListeningSession session_;
     Published<CaptionNotice> notice_;
     const CaptionWindowEnvironment sample_;

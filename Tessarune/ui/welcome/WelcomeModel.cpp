@@ -105,6 +105,8 @@ QString WelcomeModel::stage() const {
         return QStringLiteral("download");
     case Stage::sample:
         return QStringLiteral("sample");
+    case Stage::ready:
+        return QStringLiteral("ready");
     }
     return {};
 }
@@ -158,23 +160,26 @@ void WelcomeModel::begin() {
     run_ = spawn(Executor::main(environment_.host), run());
 }
 
-/// The sample does not wait for the translation model: it starts once there is a speech model.
+/// The sample does not wait for the translation model: it starts once there is a speech model. A
+/// sample that cannot be played does not stop the page either.
 Task<void> WelcomeModel::run() {
-    std::string problem;
+    Stage next = Stage::ask;
     try {
         Task<void> downloading = downloadSpeech();
         co_await downloading;
         if (stop_.stop_requested()) // the model was complete when the page was closed
             co_return;
+        next = Stage::ready;
         Task<std::string> playing = environment_.playSample();
-        problem = co_await playing;
+        problem_ = co_await playing;
     } catch (const std::exception& error) {
-        problem = error.what();
+        problem_ = error.what();
     }
     isDownloading_ = false;
-    problem_ = problem;
-    enter(problem.empty() ? Stage::sample : Stage::ask);
-    if (!problem.empty() || stop_.stop_requested() || !missingTranslation())
+    if (problem_.empty())
+        next = Stage::sample;
+    enter(next);
+    if (next == Stage::ask || stop_.stop_requested() || !missingTranslation())
         co_return;
     isDownloading_ = true;
     try {
@@ -192,6 +197,7 @@ Task<void> WelcomeModel::downloadSpeech() {
     if (!speech)
         co_return;
     isDownloading_ = true;
+    show(0, speech->bytes);
     Task<void> downloading = environment_.speech.download(
         speech->id, [this](AssetProgress now) { show(now.received, now.expected); },
         stop_.get_token());
@@ -210,7 +216,7 @@ Task<void> WelcomeModel::downloadTranslation() {
 
 /// The download of a translation model, which runs behind the sample, is not stopped.
 void WelcomeModel::end() {
-    if (stage_ != Stage::sample)
+    if (stage_ == Stage::download)
         stop_.request_stop();
 }
 

@@ -38,7 +38,7 @@ class WelcomeModel final : public QObject {
     Q_PROPERTY(QStringList languages READ languages CONSTANT)
     Q_PROPERTY(int language READ language WRITE setLanguage NOTIFY changed)
     Q_PROPERTY(QString downloads READ downloads NOTIFY changed)
-    /// "ask", "download" or "sample".
+    /// "ask", "download", "sample", or "ready": as "sample", but it cannot be played.
     Q_PROPERTY(QString stage READ stage NOTIFY changed)
     Q_PROPERTY(QString beginText READ beginText NOTIFY changed)
     /// 0 to 1; negative while the size is unknown.
@@ -77,7 +77,7 @@ class WelcomeModel final : public QObject {
     void changed();
 
   private:
-    enum class Stage { ask, download, sample };
+    enum class Stage { ask, download, sample, ready };
     struct Missing {
         std::string id;
         std::uint64_t bytes = 0;

@@ -9,6 +9,7 @@ Window {
 
     required property WelcomeModel model
     required property CaptionStageModel stage
+    readonly property bool isDone: model.stage === "sample" || model.stage === "ready"
 
     title: model.texts.title
     color: Theme.window
@@ -111,7 +112,7 @@ Window {
 
         PushButton {
             objectName: "skip"
-            visible: window.model.stage !== "sample"
+            visible: !window.isDone
             isPlain: true
             text: window.model.texts.skip
             onClicked: window.model.close()
@@ -120,9 +121,9 @@ Window {
             objectName: "begin"
             isPrimary: true
             enabled: window.model.stage !== "download"
-            text: window.model.stage === "sample" ? window.model.texts.done : window.model.beginText
+            text: window.isDone ? window.model.texts.done : window.model.beginText
             focus: true
-            onClicked: window.model.stage === "sample" ? window.model.close() : window.model.begin()
+            onClicked: window.isDone ? window.model.close() : window.model.begin()
         }
     }
 }
