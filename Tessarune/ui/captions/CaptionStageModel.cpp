@@ -4,6 +4,7 @@
 #include "Tessarune/session/LiveCaptionUserMessages.h"
 #include "Tessarune/ui/captions/CaptionFonts.h"
 #include "Tessarune/ui/captions/CaptionStage.h"
+#include "Tessarune/ui/captions/ShortcutKeys.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
@@ -38,6 +39,9 @@ CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment
     observations_.follow(environment_.settings.translationTargetLanguage.published(),
                          [this] { Q_EMIT settingsChanged(); }); // the font depends on it
     observations_.follow(environment_.reducesMotion, [this] { Q_EMIT settingsChanged(); });
+    const auto retitle = [this] { Q_EMIT frameChanged(); };
+    observations_.add(environment_.settings.shortcutToggleRecord.keyCode.onChange(retitle));
+    observations_.add(environment_.settings.shortcutToggleRecord.modifiers.onChange(retitle));
     connect(&look_, &DesktopLook::changed, this, &CaptionStageModel::settingsChanged);
     layout_.emplace(isBilingual(), swaps());
     updateRows();
@@ -99,6 +103,16 @@ struct EmptyTexts {
     std::string subtitle;
 };
 
+/// The title of the idle stage, with the key that starts captions, if there is one.
+std::string invitation(const ShortcutSetting& start) {
+    const QKeySequence keys = keysOf(start);
+    if (keys == QKeySequence(Qt::Key_Space))
+        return LiveCaptionUserMessages::idleTitle();
+    return keys.isEmpty() ? localized("点击开始")
+                          : localized("点击开始，或按 %@",
+                                      {keys.toString(QKeySequence::NativeText).toStdString()});
+}
+
 /// `heard` is the name of the file or microphone that is heard in place of the computer; empty:
 /// none.
 EmptyTexts emptyTexts(const LiveCaptionDisplayFrame& frame, const std::string& heard) {
@@ -131,6 +145,8 @@ std::string CaptionStageModel::heardName() const {
 QString CaptionStageModel::emptyTitle() const {
     if (environment_.isWaiting())
         return QString::fromStdString(environment_.waitingText());
+    if (CaptionStage::emptyPresentation(frame()) == CaptionEmptyPresentation::idle)
+        return QString::fromStdString(invitation(environment_.settings.shortcutToggleRecord));
     return QString::fromStdString(emptyTexts(frame(), heardName()).title);
 }
 

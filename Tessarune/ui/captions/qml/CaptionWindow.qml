@@ -71,6 +71,10 @@ Window {
         MoveArea {
             anchors.fill: parent
             stage: captions
+            onTapped: {
+                if (window.stage.presentation === "empty-idle")
+                    window.toolbar.toggle(); // as the text of the empty stage says
+            }
         }
 
         StageControls {

@@ -9,10 +9,14 @@ MouseArea {
     required property CaptionStage stage
     property point pressed
     property bool selects: false
+    property bool moves: false
+    // A press and a release that neither moved the window nor selected text.
+    signal tapped
 
     acceptedButtons: Qt.LeftButton
     onPressed: mouse => {
         pressed = Qt.point(mouse.x, mouse.y);
+        moves = false;
         selects = (mouse.modifiers & Qt.ShiftModifier) !== 0;
         if (selects)
             stage.beginSelection(root, mouse.x, mouse.y);
@@ -21,11 +25,19 @@ MouseArea {
         selects = true;
         stage.selectWord(root, mouse.x, mouse.y);
     }
-    onClicked: if (!selects) stage.clearSelection()
+    onClicked: {
+        if (selects)
+            return;
+        stage.clearSelection();
+        if (!moves)
+            tapped();
+    }
     onPositionChanged: mouse => {
         if (selects)
             stage.extendSelection(root, mouse.x, mouse.y);
-        else if (Math.hypot(mouse.x - pressed.x, mouse.y - pressed.y) >= Application.styleHints.startDragDistance)
+        else if (Math.hypot(mouse.x - pressed.x, mouse.y - pressed.y) >= Application.styleHints.startDragDistance) {
+            moves = true;
             Window.window.startSystemMove();
+        }
     }
 }
