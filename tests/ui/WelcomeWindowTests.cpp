@@ -17,7 +17,10 @@ class WelcomeWindowTests : public WarningsFail {
 
 TEST_F(WelcomeWindowTests, SaysWhatIsDownloadedAndThenShowsCaptionsOfTheSample) {
     WelcomeModel& model = page.model();
+    model.setLanguage(2);
     EXPECT_TRUE(model.downloads().contains("44")) << "megabytes of the speech model";
+    EXPECT_TRUE(model.downloads().contains("最多 60")) << "of a translation model";
+    model.setLanguage(1);
     for (const bool succeeds : {false, true}) {
         page.press("begin");
         EXPECT_TRUE(runUntil([&] { return model.progress() == 30.0 / 78; }));
@@ -49,6 +52,14 @@ TEST_F(WelcomeWindowTests, DownloadsTheTranslationModelWithoutASampleToo) {
     EXPECT_EQ(page.model().problem(), "There is no sample.");
     page.press("begin"); // which is "done" now
     EXPECT_EQ(page.closed, 1);
+}
+
+TEST_F(WelcomeWindowTests, ShowsTheSampleAtOnceIfNothingHasToBeDownloaded) {
+    page.window.reset();
+    for (SpeechModelState& model : page.models.models)
+        model.isInstalled = true;
+    page.open();
+    EXPECT_TRUE(runUntil([&] { return page.model().stage() == "sample"; }));
 }
 
 TEST_F(WelcomeWindowTests, CanBeSkippedAndDownloadsNothingThen) {

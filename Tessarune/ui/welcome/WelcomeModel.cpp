@@ -26,11 +26,15 @@ std::vector<TranslationLanguageState> offered(const TranslationLanguages& langua
 }
 
 std::string sizeText(std::uint64_t bytes) {
-    if (bytes == 0)
-        return localized("（大小待查）");
     return QLocale()
         .formattedDataSize(static_cast<qint64>(bytes), 0, QLocale::DataSizeSIFormat)
         .toStdString();
+}
+
+/// The sizes of translation models come with their list, which is downloaded with the first model.
+std::string translationSizeText(std::uint64_t bytes) {
+    constexpr std::uint64_t largestBytes = 60'000'000;
+    return bytes == 0 ? localized("最多 %@", {sizeText(largestBytes)}) : sizeText(bytes);
 }
 
 } // namespace
@@ -91,8 +95,8 @@ QString WelcomeModel::downloads() const {
     if (const auto speech = missingSpeech())
         text = localized("语音模型 %@", {sizeText(speech->bytes)});
     if (const auto translation = missingTranslation())
-        text +=
-            (text.empty() ? "" : " + ") + localized("翻译模型 %@", {sizeText(translation->bytes)});
+        text += (text.empty() ? "" : " + ") +
+                localized("翻译模型 %@", {translationSizeText(translation->bytes)});
     return QString::fromStdString(text.empty() ? localized("无需下载。")
                                                : localized("将下载：%@", {text}));
 }
@@ -158,6 +162,11 @@ void WelcomeModel::begin() {
     applyLanguage();
     enter(Stage::download);
     run_ = spawn(Executor::main(environment_.host), run());
+}
+
+void WelcomeModel::beginIfComplete() {
+    if (!missingSpeech() && !missingTranslation())
+        begin();
 }
 
 /// The sample does not wait for the translation model: it starts once there is a speech model. A

@@ -66,6 +66,8 @@ class WelcomeModel final : public QObject {
     /// Stores the choice, downloads the speech model if none is intact, starts the sample, and then
     /// downloads the translation model if it is missing.
     Q_INVOKABLE void begin();
+    /// Call when the page is shown for the first time: begins if nothing has to be downloaded.
+    void beginIfComplete();
     /// Handles the user's wish to close the page.
     Q_INVOKABLE void close() { environment_.close(); }
     /// Call when the page is closed, for whatever reason. Stops a download of the speech model,

@@ -51,9 +51,12 @@ WelcomeWindow::~WelcomeWindow() {
 }
 
 void WelcomeWindow::show() {
+    const bool isFirst = !window_->isVisible();
     window_->show();
     window_->raise();
     window_->requestActivate();
+    if (isFirst)
+        model_.beginIfComplete();
 }
 
 void WelcomeWindow::close() {
