@@ -1,7 +1,9 @@
 #include "Tessarune/ui/captions/CaptionFonts.h"
 
+#include <QGlyphRun>
 #include <QGuiApplication>
 #include <QStringList>
+#include <QTextLayout>
 #include <algorithm>
 #include <cmath>
 
@@ -29,6 +31,17 @@ void nameInterfaceFaces(std::string_view locale) {
     if (!isChinese) // else Latin letters and quotation marks may have Chinese widths
         QFont::insertSubstitution(family, QStringLiteral("Noto Sans"));
     QFont::insertSubstitution(family, QStringLiteral("Noto Sans CJK ") + place(locale));
+}
+
+bool rendersAsOneFlag(std::string_view text) {
+    QFont font;
+    font.setFamily(QStringLiteral("Noto Color Emoji")); // as in ResourceRows.qml
+    QTextLayout layout(QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size())), font);
+    layout.beginLayout();
+    layout.createLine();
+    layout.endLayout();
+    const QList<QGlyphRun> runs = layout.glyphRuns();
+    return runs.size() == 1 && runs.front().glyphIndexes().size() == 1;
 }
 
 QFont captionFont(std::string_view language, std::int64_t size, double textScale) {

@@ -163,8 +163,10 @@ bool CaptionStageModel::lacksLanguage() const {
 
 QString CaptionStageModel::translationStatus() const {
     const auto* const language =
-        TranslationSupport::targetLanguage(*environment_.settings.translationTargetLanguage);
-    if (!language || !lacksLanguage())
+        lacksLanguage()
+            ? TranslationSupport::targetLanguage(*environment_.settings.translationTargetLanguage)
+            : nullptr;
+    if (!language)
         return QString::fromStdString(frame().translationStatus.text);
     return QString::fromStdString(localized(
         "还没有%@的翻译模型。", {TranslationSupport::translationTargetDisplayName(*language)}));

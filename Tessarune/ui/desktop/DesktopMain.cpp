@@ -7,6 +7,7 @@
 #include "Tessarune/ui/desktop/DesktopProgram.h"
 #include "Tessarune/ui/desktop/DesktopSound.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
+#include "TessaruneCore/translation/EmojiFlagSupport.h"
 
 #include <QApplication>
 #include <algorithm>
@@ -95,6 +96,7 @@ int runDesktopProgram(int argc, char** argv) {
     // parse numbers with a decimal point.
     std::setlocale(LC_NUMERIC, "C");
     nameInterfaceFaces(StringTables::userLocale());
+    EmojiFlagSupport::setGlyphTest(rendersAsOneFlag);
     const std::span<char*> arguments(argv + 1, static_cast<std::size_t>(std::max(argc, 1) - 1));
     const DesktopRequest request = DesktopRequest::of(arguments);
     if (request.unknown) {
