@@ -51,11 +51,13 @@ TEST_F(CaptionToolbarTests, AFileIsNamedAsWhatIsHeardAndAnotherSourceCanBeChosen
     captions.window.reset();
     captions.otherWayToTop = "Alt+Space";
     captions.open();
-    const QAbstractListModel& commands = captions.window->commands();
+    const CaptionCommandsModel& commands = captions.window->commands();
     QStringList texts;
     for (int i = 0; i < commands.rowCount(); ++i)
         texts << commands.index(i).data(CaptionCommandsModel::TextRole).toString();
     EXPECT_EQ(texts.filter("Alt+Space").size(), 1) << "how the window stays on top here";
+    commands.choose(static_cast<int>(texts.indexOf("关于 Tessarune")));
+    EXPECT_EQ(captions.asked.back(), "settings about");
 }
 
 TEST_F(CaptionToolbarTests, TheSourcesCloseWhereverElseTheUserClicks) {

@@ -90,6 +90,9 @@ std::vector<CaptionCommand> CaptionCommandsModel::commands() const {
                    .run = commands.toggleWindow,
                    .shortcut = &settings.shortcutToggleWindow,
                    .isFirstOfGroup = true});
+    if (commands.showSettings)
+        all.push_back({.text = [] { return QString::fromStdString(localized("关于 Tessarune")); },
+                       .run = [this] { environment_.commands.showSettings("about"); }});
     all.push_back({.text = [] { return QString::fromStdString(localized("退出 Tessarune")); },
                    .run = commands.quit,
                    .fixedKeys = WindowKeys::of("quit").keys.front()});
