@@ -55,8 +55,12 @@ bool RecordingCatalog::upsert(const RecordingMetadata& recording) {
             if (!changed.awaitsCompression)
                 changed.awaitsCompression = stored->awaitsCompression;
         }
-        if (changed.awaitsCompression == false)
+        if (changed.awaitsCompression == false) {
             changed.awaitsCompression.reset();
+            toCompress_.erase(recording.id);
+        } else if (toCompress_.contains(recording.id)) {
+            changed.awaitsCompression = true;
+        }
         index.put(changed);
         writeEntry(index, recording.id);
     });
@@ -64,6 +68,11 @@ bool RecordingCatalog::upsert(const RecordingMetadata& recording) {
 }
 
 bool RecordingCatalog::markForCompression(bool awaitsCompression, const UUID& id) {
+    queue_->sync([&] {
+        toCompress_.erase(id);
+        if (awaitsCompression)
+            toCompress_.insert(id);
+    });
     return mutateIndex([&](RecordingIndex& index) {
         auto recording = index.find(id);
         if (!recording)

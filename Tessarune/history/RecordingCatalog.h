@@ -88,8 +88,8 @@ class RecordingCatalog {
     bool wasDeleted(const UUID& id);
     /// An empty note is stored as none. An unknown id changes nothing.
     bool setNote(const std::string& note, const UUID& id);
-    /// Sets whether a later launch of the program encodes the WAV as M4A. An unknown id changes
-    /// nothing.
+    /// Sets whether a later launch of the program encodes the WAV as M4A; also of a recording that
+    /// is listed only later, since the index cannot be written now.
     bool markForCompression(bool awaitsCompression, const UUID& id);
     bool deleteAll();
 
@@ -259,6 +259,7 @@ class RecordingCatalog {
     // Kept until the process ends; used on the queue only
     std::set<UUID> deleted_;
     std::set<UUID> refined_;
+    std::set<UUID> toCompress_; // marked by this process
 };
 
 } // namespace tessarune

@@ -70,11 +70,15 @@ TEST_F(RecordingCatalogTests, ListsTheNewestFirstAndCarriesNotesOver) {
     disk.setModifiedAt(paths.recordingIndex(), 5);
     EXPECT_TRUE(catalog.wasIndexChangedElsewhere());
     disk.failFrom = disk.operations + 1;
-    EXPECT_FALSE(catalog.upsert(recording(50, "lost.wav", makeID())));
+    const UUID late = makeID();
+    EXPECT_FALSE(catalog.upsert(recording(5, "late.wav", late)));
+    EXPECT_FALSE(catalog.markForCompression(true, late));
     EXPECT_EQ(changes, 9U) << "a change that was not saved is none";
     EXPECT_EQ(log.back().rfind("Tessarune failed to update recording catalog: ", 0), 0U);
     disk.recover();
     EXPECT_EQ(order(), "old c a ");
+    catalog.upsert(recording(5, "late.wav", late));
+    EXPECT_EQ(catalog.recording(late)->awaitsCompression, true);
 }
 
 TEST_F(RecordingCatalogTests, KeepsWhatItDoesNotUnderstand) {
@@ -337,6 +341,8 @@ TEST_F(RecordingCatalogTests, KilledAnywhereAllTranscriptsAreReplacedOrNone) {
     catalog.saveTranscript("old", id);
     catalog.saveBilingualTranscript("old", id);
     catalog.saveWordTimeline(timeline({{"a", 0, 1, {}, "k"}}), id);
+    disk.setContents("/data/recordings.json.new-1000001", "cut off");
+    disk.setContents("/data/Vocabulary.json.new-1000001", "another program writes it");
     const simulation::FaultyFileSystem before(disk);
     bool isKilled = true;
     for (std::uint64_t n = 1; isKilled; ++n) {
