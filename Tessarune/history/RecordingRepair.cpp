@@ -220,13 +220,16 @@ bool RecordingRepair::writeTranscripts(const UUID& id, const SessionJournalConte
     return isWritten;
 }
 
-/// Removes the remains of a process that ended while it wrote a file.
+/// Removes the remains of a process that ended while it wrote a file. Other files than the index
+/// that are beside it belong to programs that do not hold the data folder, and may be in use.
 void RecordingRepair::removeUnfinishedFiles() {
     const auto& paths = catalog_.paths();
+    const std::string index = paths.recordingIndex().filename().string();
     for (const auto& folder : {paths.appSupportBase(), paths.recordings(), paths.transcripts()}) {
         try {
             for (const auto& name : files_.list(folder)) {
-                if (isUnfinishedFile(name))
+                const bool isOurs = folder != paths.appSupportBase() || name.starts_with(index);
+                if (isOurs && isUnfinishedFile(name))
                     files_.remove(folder / name);
             }
         } catch (const std::exception& error) {

@@ -356,6 +356,8 @@ TEST_F(RecordingCatalogTests, KilledAnywhereAllTranscriptsAreReplacedOrNone) {
         EXPECT_TRUE(isNew || outcome == Outcome::failed);
         EXPECT_EQ(disk.list(paths.transcripts()).size(), isNew ? 2U : 4U) << n;
     }
+    EXPECT_FALSE(disk.has("/data/recordings.json.new-1000001"));
+    EXPECT_TRUE(disk.has("/data/Vocabulary.json.new-1000001"));
 }
 
 TEST_F(RecordingCatalogTests, LaunchRepairsCloseTheGaps) {
