@@ -49,7 +49,8 @@ class ImportRun {
             co_return reportProblem(file, localized("the recordings cannot be written"),
                                     ExitStatus::cannotWrite);
         Task<HistoryRefinementOutcome> transcribing = refineWithProgress(
-            program_, options_, refinementRequest(program_, recording->id, recording->filePath),
+            program_, options_,
+            refinementRequest(program_, options_, recording->id, recording->filePath),
             HistoryRefinementService::bestModel, stop_.get_token());
         const HistoryRefinementOutcome outcome = co_await transcribing;
         if (statusOf(outcome) == ExitStatus::stoppedTwice) {

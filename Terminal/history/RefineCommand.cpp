@@ -141,8 +141,8 @@ Task<HistoryRefinementOutcome> refineWithProgress(Program& program, TerminalOpti
     co_return outcome;
 }
 
-HistoryRefinementRequest refinementRequest(const Program& program, const UUID& id,
-                                           const std::string& audioPath) {
+HistoryRefinementRequest refinementRequest(const Program& program, const TerminalOptions& options,
+                                           const UUID& id, const std::string& audioPath) {
     const AppSettings& settings = program.settings;
     HistoryRefinementRequest request =
         HistoryRefinementRequest::current(settings, id, audioPath)
@@ -155,7 +155,8 @@ HistoryRefinementRequest refinementRequest(const Program& program, const UUID& i
                                                        program.translationModels.list());
     if (choice.failure.empty())
         return request;
-    printNotice(localized("The transcript is not translated.") + " " + choice.failure);
+    if (!options.quiet)
+        printNotice(localized("The transcript is not translated.") + " " + choice.failure);
     request.translationBackend = TranslationSupport::disabledBackendName;
     return request;
 }
@@ -181,7 +182,7 @@ Task<int> refineRecording(Program& program, const TerminalOptions& options, Refi
     if (const auto problem = prepareDataFolder(program, item.id))
         co_return static_cast<int>(*problem);
     HistoryRefinementRequest request =
-        refinementRequest(program, item.id, item.filePath.value_or(""));
+        refinementRequest(program, options, item.id, item.filePath.value_or(""));
     std::stop_source stop;
     SignalWatch signals(program.host, [&stop] { stop.request_stop(); });
     const std::string model =

@@ -15,9 +15,9 @@ namespace tessarune {
 Task<int> refineRecording(Program& program, const TerminalOptions& options, RefineCommand command);
 
 /// The options of a recording's refinement, from the settings. If the target language is
-/// unavailable, prints that, and the request is without translation.
-HistoryRefinementRequest refinementRequest(const Program& program, const UUID& id,
-                                           const std::string& audioPath);
+/// unavailable, prints that unless `--quiet` is given, and the request is without translation.
+HistoryRefinementRequest refinementRequest(const Program& program, const TerminalOptions& options,
+                                           const UUID& id, const std::string& audioPath);
 
 /// Refines and reports the progress, but not the outcome; `stop` cancels it.
 Task<HistoryRefinementOutcome> refineWithProgress(Program& program, TerminalOptions options,

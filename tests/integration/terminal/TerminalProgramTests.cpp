@@ -156,6 +156,8 @@ TEST_F(TerminalProgramTests, ARunOfRealSoundReplaysToItsCaptionsAndIsPackedWitho
     EXPECT_EQ(terminal({"--diagnostics", "delete", (folder / "data").string(), "--yes"}).status, 67)
         << "a folder that is no run stays";
     EXPECT_EQ(terminal({"--diagnostics", "delete", name, "--yes"}).status, 0);
+    const std::string id = Json::parse(terminal({"--list", "--json"}).output)["id"];
+    EXPECT_EQ(terminal({"--refine", id, "--quiet"}).error, "") << "untranslated: no model";
     EXPECT_FALSE(fs::exists(run));
     EXPECT_EQ(terminal({"--diagnostics", "show", name}).status, 67);
 }
