@@ -1,5 +1,6 @@
 #include "Tessarune/platform/media/M4ATranscoder.h"
 
+#include "Tessarune/platform/disk/Uninterrupted.h"
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 #include "Tessarune/platform/media/FFmpegSupport.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
@@ -26,8 +27,9 @@ constexpr double progressStep = 0.005;
 /// Flushes a file, or a folder with the flag O_DIRECTORY: the file must not get its final name
 /// before its bytes are on the disk, and must not lose that name afterwards.
 void synchronize(const std::filesystem::path& path, int flags) {
-    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags);
-    const bool isFlushed = file >= 0 && ::fsync(file) == 0;
+    const int file =
+        uninterrupted([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | flags); });
+    const bool isFlushed = file >= 0 && uninterrupted([&] { return ::fsync(file); }) == 0;
     const int error = errno;
     if (file >= 0)
         ::close(file);
