@@ -102,23 +102,18 @@ void HistoryRefinementModel::refine(int model) {
     const auto& recording = detail_.recording();
     if (!canRefine() || model < 0 || model > static_cast<int>(models_.size()))
         return;
-    DataFolderHold hold = holdDataFolder_();
-    if (!hold)
+    if (!holdDataFolder_()) // the service holds it itself
         return;
     const auto request = HistoryRefinementRequest::current(environment_.settings, recording->id,
                                                            recording->filePath.value_or(""));
     if (!request)
         return onAlert_(localized("没有选择识别语言，无法精修。"));
     spawn(Executor::main(environment_.host),
-          run(*request,
-              model == 0 ? std::string(HistoryRefinementService::bestModel)
-                         : models_[static_cast<std::size_t>(model) - 1],
-              std::move(hold)));
+          run(*request, model == 0 ? std::string(HistoryRefinementService::bestModel)
+                                   : models_[static_cast<std::size_t>(model) - 1]));
 }
 
-Task<void> HistoryRefinementModel::run(HistoryRefinementRequest request, std::string model,
-                                       DataFolderHold hold) {
-    const DataFolderHold keptToTheEnd = std::move(hold);
+Task<void> HistoryRefinementModel::run(HistoryRefinementRequest request, std::string model) {
     const auto held = lifeline_.held();
     Task<HistoryRefinementOutcome> refining =
         environment_.refinement.refine(std::move(request), std::move(model));

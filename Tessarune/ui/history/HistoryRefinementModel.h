@@ -59,7 +59,7 @@ class HistoryRefinementModel final : public QObject {
 
   private:
     std::optional<HistoryRefinementService::Progress> job() const;
-    Task<void> run(HistoryRefinementRequest request, std::string model, DataFolderHold hold);
+    Task<void> run(HistoryRefinementRequest request, std::string model);
 
     const HistoryWindowEnvironment& environment_;
     HistoryDetailModel& detail_;
