@@ -1,7 +1,6 @@
 #include "Tessarune/refinement/HistoryRefinementService.h"
 
 #include "Tessarune/refinement/HistoryRefinementJob.h"
-#include "TessaruneCore/LocalizedError.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/host/RunOn.h"
@@ -53,24 +52,6 @@ Observer::Status statusOf(const Outcome& outcome) {
 struct DataFolderUnavailable : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
-
-Outcome::Failure kindOf(const std::exception_ptr& failure) {
-    using Error = SpeechAnalyzerFileTranscriberError;
-    try {
-        std::rethrow_exception(failure);
-    } catch (const MediaFileError&) {
-        return Outcome::Failure::sound;
-    } catch (const HistoryRefinementPersistenceError&) {
-        return Outcome::Failure::disk;
-    } catch (const DataFolderUnavailable&) {
-        return Outcome::Failure::disk;
-    } catch (const Error& error) {
-        return error.kind() == Error::Kind::emptyResult ? Outcome::Failure::nothingUnderstood
-                                                        : Outcome::Failure::recogniser;
-    } catch (...) {
-        return Outcome::Failure::recogniser;
-    }
-}
 
 /// Whether a retry at the next launch is pointless: the job was cancelled, or would fail for the
 /// same reason. A full disk, or a model that cannot be loaded, may be a temporary reason.
@@ -305,7 +286,13 @@ Task<void> HistoryRefinementService::run(JobPtr job) {
             .add("translationTargetLanguage", request.translationTargetLanguage);
         job->observer->lifecycle({span, LifecyclePhase::start, fields, {}, {}});
     }
-    std::exception_ptr failure;
+    Outcome& outcome = job->outcome;
+    const auto fail = [&outcome](Outcome::Failure kind, const std::exception& error) {
+        outcome.status = Outcome::Status::failed;
+        outcome.failure = kind;
+        outcome.problem = error.what();
+    };
+    using TranscriberError = SpeechAnalyzerFileTranscriberError;
     bool isDeleted = false;
     try {
         Task<void> refining = refineSource(job);
@@ -313,24 +300,31 @@ Task<void> HistoryRefinementService::run(JobPtr job) {
     } catch (const RecordingDeleted&) {
         isDeleted = true;
     } catch (const CancellationError&) {
-        job->outcome.status = Outcome::Status::cancelled;
-    } catch (...) {
-        // A file that was deleted with its recording is not a failure, and no log may name it.
-        isDeleted = environment_.catalog.wasDeleted(request.recordingID);
-        if (!isDeleted)
-            failure = std::current_exception();
+        outcome.status = Outcome::Status::cancelled;
+    } catch (const MediaFileError& error) {
+        fail(Outcome::Failure::sound, error);
+    } catch (const HistoryRefinementPersistenceError& error) {
+        fail(Outcome::Failure::disk, error);
+    } catch (const DataFolderUnavailable& error) {
+        fail(Outcome::Failure::disk, error);
+    } catch (const TranscriberError& error) {
+        const bool isEmpty = error.kind() == TranscriberError::Kind::emptyResult;
+        fail(isEmpty ? Outcome::Failure::nothingUnderstood : Outcome::Failure::recogniser, error);
+    } catch (const std::exception& error) {
+        fail(Outcome::Failure::recogniser, error);
     }
+    // A file that was deleted with its recording is not a failure, and no log may name it.
+    if (outcome.failure != Outcome::Failure::none)
+        isDeleted = environment_.catalog.wasDeleted(request.recordingID);
     if (isDeleted) {
-        job->outcome.status = Outcome::Status::deleted;
+        outcome = Outcome();
+        outcome.status = Outcome::Status::deleted;
         LogFields fields{{"reason", "recordingDeleted"}};
         job->note("history.refine.source.skipped", fields.add(job->recording()));
     }
     const double elapsed = environment_.host.now() - job->startedAt;
-    if (failure) {
-        job->outcome.status = Outcome::Status::failed;
-        job->outcome.failure = kindOf(failure);
-        job->outcome.problem = localizedDescription(failure);
-        LogFields fields{{"error", job->outcome.problem}, {"elapsedMS", milliseconds(elapsed)}};
+    if (outcome.status == Outcome::Status::failed) {
+        LogFields fields{{"error", outcome.problem}, {"elapsedMS", milliseconds(elapsed)}};
         fields.add(job->recording())
             .add("optionID", request.recognitionOptionID)
             .add("locale", request.localeIdentifier);
