@@ -41,7 +41,7 @@ WindowPlace::WindowPlace(QWindow& window, UserDefaults& store, std::string name)
     rearranged_.setSingleShot(true);
     rearranged_.setInterval(rearrangedMS);
     QObject::connect(&rearranged_, &QTimer::timeout, &rearranged_, [this] {
-        if (!isItsOwn_)
+        if (!isNormal_)
             return;
         restore();
         fetchBack();
@@ -64,7 +64,7 @@ WindowPlace::WindowPlace(QWindow& window, UserDefaults& store, std::string name)
                          if (now == QWindow::Hidden)
                              save();
                          else if (now != QWindow::Minimized)
-                             isItsOwn_ = now == QWindow::Windowed;
+                             isNormal_ = now == QWindow::Windowed;
                      });
 }
 
@@ -116,7 +116,7 @@ void WindowPlace::fetchBack() {
 
 void WindowPlace::save() {
     settled_.stop();
-    if (isItsOwn_ && !rearranged_.isActive())
+    if (isNormal_ && !rearranged_.isActive())
         store_.set(key(), textOf(window_.geometry()).toStdString());
 }
 

@@ -30,7 +30,7 @@ class WindowPlace {
     QWindow& window_;
     UserDefaults& store_;
     const std::string name_;
-    bool isItsOwn_ = false; // neither maximised nor full screen
+    bool isNormal_ = false; // neither maximised nor full screen
     QTimer settled_;        // delays saving while the window is being moved
     QTimer rearranged_;     // runs after a change of the screens, when the desktop moves windows
 };
