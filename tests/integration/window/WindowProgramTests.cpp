@@ -342,10 +342,7 @@ TEST_F(WindowProgram, ADisplayThatGoesAwayCostsNothingThatWasSaid) {
     program.wait();
     expectSaved(1);
     // Another test's server may have the number of the killed one, but none takes this by itself.
-    for (std::string& setting : environment_) {
-        if (setting.starts_with("DISPLAY="))
-            setting = "DISPLAY=:60000";
-    }
+    environment_.insert(environment_.begin(), "DISPLAY=:60000");
     EXPECT_EQ(start({"show"}).wait().status, 69) << "and is not there for another start";
 }
 
