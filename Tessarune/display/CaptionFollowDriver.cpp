@@ -73,8 +73,10 @@ void CaptionFollowDriver::update(std::uint64_t contentRevision, double idleRetur
     noteViewChannelAlive();
     if (lastContentRevision_ != contentRevision) {
         lastContentRevision_ = contentRevision;
-        ++revisionsSinceDocFrameChange_;
-        markContentDirty();
+        if (view_.geometry()) {
+            ++revisionsSinceDocFrameChange_;
+            markContentDirty();
+        }
     }
     scheduleFollowSync();
 }
@@ -267,7 +269,7 @@ void CaptionFollowDriver::followSync() {
     followSyncScheduled_ = false;
     const auto geometry = view_.geometry();
     // All rows fit: the captions were cleared, or the next session began.
-    if (geometry && !geometry->overflowing() && !userLiveScrollActive_)
+    if (!(geometry && geometry->overflowing()) && !userLiveScrollActive_)
         setPinned(true, "contentFits");
     if (!isPinned_ || !geometry)
         return;
@@ -332,8 +334,10 @@ void CaptionFollowDriver::noteViewChannelAlive() {
 }
 
 /// A published frame proves that there is something new to draw; the view's own signals prove that
-/// the view noticed it.
+/// the view noticed it. A list that is not on the screen has nothing to draw.
 void CaptionFollowDriver::frameHeartbeat() {
+    if (!view_.geometry())
+        return;
     markContentDirty();
     scheduleFollowSync();
     ++heartbeatsSinceViewSignal_;

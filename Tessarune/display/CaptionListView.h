@@ -24,7 +24,7 @@ class CaptionListView {
 
     virtual ~CaptionListView() = default;
 
-    /// `nullopt` while no list is on the screen.
+    /// `nullopt` while the list is invisible or has no rows: then it need not follow anything.
     virtual std::optional<Geometry> geometry() const = 0;
     /// Scrolls to `legalBottomY`.
     virtual void scrollToEnd() = 0;

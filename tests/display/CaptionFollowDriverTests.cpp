@@ -13,6 +13,8 @@ namespace {
 /// A list of a given height that is scrolled by a script.
 struct ScriptedList final : CaptionListView {
     std::optional<Geometry> geometry() const override {
+        if (!isOnScreen)
+            return std::nullopt;
         const double end = std::max(documentHeight - 100, 0.0);
         return Geometry{clipY, 100, documentHeight, end, 10};
     }
@@ -27,6 +29,7 @@ struct ScriptedList final : CaptionListView {
     double clipY = 900;
     double documentHeight = 1000;
     bool fullScreen = false;
+    bool isOnScreen = true;
     int scrolls = 0;
     int redraws = 0;
     int nudges = 0;
@@ -139,6 +142,22 @@ TEST_F(CaptionFollowDriverTests, AsksForARedrawOfAListThatStoppedDrawing) {
     driver.update(2, 30);
     driver.frameHeartbeat();
     EXPECT_EQ(list.nudges, before + 1) << "no preventive nudge in full screen";
+}
+
+/// The list takes notice of new rows, but its height stays the same.
+TEST_F(CaptionFollowDriverTests, AsksForARedrawOfAListWhoseLayoutIsFrozen) {
+    for (const bool isOnScreen : {false, true}) {
+        list.isOnScreen = isOnScreen;
+        driver.attached();
+        driver.frameHeartbeat(); // includes the first preventive nudge
+        const int before = list.nudges;
+        for (int second = 0; second < 31; ++second) {
+            host.advanceBy(1);
+            driver.update(++revision, 30);
+            driver.frameHeartbeat();
+        }
+        EXPECT_EQ(list.nudges, before + (isOnScreen ? 1 : 0));
+    }
 }
 
 } // namespace

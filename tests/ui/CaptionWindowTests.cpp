@@ -125,31 +125,33 @@ TEST_F(CaptionWindowTests, KeepsTheNewestLineInSightUntilTheReaderScrollsBack) {
                         i % 3 == 0 ? "译文" : "");
         captions.publish();
         runFor(5);
-TEST_F(CaptionWindowTests, StartsAsItsEmptyStageSays) {
-    const CaptionStageModel& stage = captions.window->stage();
-    auto& keyCode = captions.settings.shortcutToggleRecord.keyCode;
-    for (const auto& [code, title] : {std::pair{49, "点击开始，或按空格"},
-                                      {116, "点击开始，或按 PgUp"},
-                                      {0xFFFF, "点击开始"}}) {
-        keyCode = code;
-        EXPECT_EQ(stage.emptyTitle().toStdString(), title);
-    }
-    QQuickWindow& window = captions.window->window();
-    const QPoint point(200, 150);
-    QTest::mousePress(&window, Qt::LeftButton, {}, point);
-    QTest::mouseMove(&window, point + QPoint(40, 0));
-    QTest::mouseRelease(&window, Qt::LeftButton, {}, point + QPoint(40, 0));
-    EXPECT_TRUE(captions.asked.empty()) << "the window was moved";
-    for (const LiveSessionPhase phase : {LiveSessionPhase::idle, LiveSessionPhase::listening}) {
-        captions.enter(phase, Kind::none);
-        captions.publish();
-        QTest::mouseClick(&window, Qt::LeftButton, {}, point);
-        EXPECT_EQ(captions.asked, std::vector<std::string>{"toggle"});
-    }
-}
-
+        TEST_F(CaptionWindowTests, StartsAsItsEmptyStageSays) {
+            const CaptionStageModel& stage = captions.window->stage();
+            auto& keyCode = captions.settings.shortcutToggleRecord.keyCode;
+            for (const auto& [code, title] : {std::pair{49, "点击开始，或按空格"},
+                                              {116, "点击开始，或按 PgUp"},
+                                              {0xFFFF, "点击开始"}}) {
+                keyCode = code;
+                EXPECT_EQ(stage.emptyTitle().toStdString(), title);
+            }
+            QQuickWindow& window = captions.window->window();
+            const QPoint point(200, 150);
+            QTest::mousePress(&window, Qt::LeftButton, {}, point);
+            QTest::mouseMove(&window, point + QPoint(40, 0));
+            QTest::mouseRelease(&window, Qt::LeftButton, {}, point + QPoint(40, 0));
+            EXPECT_TRUE(captions.asked.empty()) << "the window was moved";
+            for (const LiveSessionPhase phase :
+                 {LiveSessionPhase::idle, LiveSessionPhase::listening}) {
+                captions.enter(phase, Kind::none);
+                captions.publish();
+                QTest::mouseClick(&window, Qt::LeftButton, {}, point);
+                EXPECT_EQ(captions.asked, std::vector<std::string>{"toggle"});
+            }
+        }
     }
     ASSERT_TRUE(runUntil([&] { return std::abs(hiddenBelow()) < 1; })) << hiddenBelow();
+    EXPECT_EQ(std::ranges::count(captions.followed, "attached"), 1)
+        << "the list of the other layout is invisible";
 
     const auto* const view = list()->parentItem();
     QMetaObject::invokeMethod(list(), "flick", Q_ARG(double, 0), Q_ARG(double, 2500)); // a wheel

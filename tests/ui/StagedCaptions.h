@@ -52,6 +52,7 @@ class StagedCaptions {
                         [this](const std::string& pane) { asked.push_back("settings " + pane); }},
                 .secondsBehind = [this] { return secondsBehind; },
                 .reducesMotion = reducesMotion,
+                .recordFollow = recordsFollow,
                 .otherWayToTop = otherWayToTop,
                 .waiting = &waiting};
     }
@@ -121,10 +122,13 @@ class StagedCaptions {
     double secondsBehind = 0;
     std::string otherWayToTop; ///< set it before the window is opened
     LiveCaptionDisplayFrame frame = LiveCaptionDisplayFrame::empty();
-    std::vector<std::string> asked; ///< the commands that the window gave
+    std::vector<std::string> asked;    ///< the commands that the window gave
+    std::vector<std::string> followed; ///< the events of the lists of captions
     std::unique_ptr<CaptionWindow> window;
 
   private:
+    const CaptionFollowDriver::Recorder recordsFollow =
+        [this](const std::string& name, const LogFields&, bool) { followed.push_back(name); };
     std::function<void()> asks(const char* command) {
         return [this, command] { asked.emplace_back(command); };
     }

@@ -19,7 +19,6 @@ CaptionFollow::CaptionFollow() {
     gliding_.setEasingCurve(QEasingCurve::OutCubic);
     connect(&gliding_, &QVariantAnimation::valueChanged, this,
             [this](const QVariant& value) { setGlide(value.toDouble()); });
-    connect(this, &CaptionFollow::attachedChanged, this, &CaptionFollow::attachIfReady);
     observations_.follow(state_.isReviewing, [this] { Q_EMIT reviewingChanged(); });
 }
 
@@ -28,18 +27,18 @@ void CaptionFollow::setList(QQuickItem* list) {
     Q_EMIT attachedChanged();
 }
 
-void CaptionFollow::attachIfReady() {
-    if (driver_ || !stage_ || !list_)
+/// Only now it is known whether the list is visible.
+void CaptionFollow::componentComplete() {
+    if (!stage_ || !list_)
         return;
     connect(list_, &QQuickItem::windowChanged, this, &CaptionFollow::followWindow);
+    connect(list_, &QQuickItem::visibleChanged, this, &CaptionFollow::listShownOrHidden);
     followWindow(list_->window());
     driver_.emplace(stage_->host(), static_cast<CaptionListView&>(*this), state_,
                     stage_->followRecorder());
     connect(stage_, &CaptionStageModel::frameChanged, this, &CaptionFollow::framePublished);
     connect(stage_, &CaptionStageModel::settingsChanged, this, &CaptionFollow::contentChanged);
-    driver_->attached();
-    endIsDue_ = true;
-    contentChanged();
+    listShownOrHidden();
 }
 
 void CaptionFollow::followWindow(QQuickWindow* window) {
@@ -49,6 +48,14 @@ void CaptionFollow::followWindow(QQuickWindow* window) {
     connect(window, &QQuickWindow::afterAnimating, this, &CaptionFollow::beforeFrame, once);
     connect(window, &QQuickWindow::visibleChanged, this, &CaptionFollow::visibleChanged, once);
     connect(window, &QQuickWindow::screenChanged, this, &CaptionFollow::screenChanged, once);
+}
+
+/// A list of the other layout, or one without captions, is invisible.
+void CaptionFollow::listShownOrHidden() {
+    endIsDue_ = true;
+    if (list_->isVisible())
+        driver_->attached();
+    contentChanged();
 }
 
 /// Reports the frame to the driver and asks for a drawing, which proves that the window is alive.
@@ -153,7 +160,8 @@ void CaptionFollow::scrollByKey(double pages) {
 }
 
 std::optional<CaptionListView::Geometry> CaptionFollow::geometry() const {
-    if (!list_ || list_->height() <= 0)
+    if (!list_ || !list_->isVisible() || list_->height() <= 0 ||
+        list_->property("count").toInt() == 0)
         return std::nullopt;
     Geometry geometry;
     geometry.clipHeight = list_->height() - hiddenHeight_;

@@ -5,6 +5,7 @@
 
 #include <QObject>
 #include <QPointer>
+#include <QQmlParserStatus>
 #include <QQuickItem>
 #include <QQuickWindow>
 #include <QVariantAnimation>
@@ -17,8 +18,9 @@ namespace tessarune {
 ///
 /// New rows move the list at once. Meanwhile it is drawn lower by `glide`, which is animated to
 /// zero, so that a reader sees the lines move up.
-class CaptionFollow : public QObject, private CaptionListView {
+class CaptionFollow : public QObject, public QQmlParserStatus, private CaptionListView {
     Q_OBJECT
+    Q_INTERFACES(QQmlParserStatus)
     Q_PROPERTY(tessarune::CaptionStageModel* stage MEMBER stage_ NOTIFY attachedChanged)
     Q_PROPERTY(QQuickItem* list READ list WRITE setList NOTIFY attachedChanged)
     /// The height of the list above the visible part.
@@ -33,6 +35,8 @@ class CaptionFollow : public QObject, private CaptionListView {
 
     QQuickItem* list() const { return list_; }
     void setList(QQuickItem* list);
+    void classBegin() override {}
+    void componentComplete() override;
     bool reviewing() const { return *state_.isReviewing; }
     double glide() const { return glide_; }
     double newestHeight() const { return newestHeight_; }
@@ -55,10 +59,10 @@ class CaptionFollow : public QObject, private CaptionListView {
     void newestHeightChanged();
 
   private:
-    void attachIfReady();
     void framePublished();
     void contentChanged();
     void followWindow(QQuickWindow* window);
+    void listShownOrHidden();
     void visibleChanged(bool isVisible);
     void screenChanged();
     void beforeFrame();
