@@ -325,6 +325,27 @@ TEST_F(CaptionWindowTests, SaysWhyNoNewWordsCome) {
     EXPECT_EQ(says(), "字幕已停止");
 }
 
+TEST_F(CaptionWindowTests, AMissingTranslationCanBeCompletedWhateverElseIsShown) {
+    QQuickWindow& window = captions.window->window();
+    window.resize(380, 180);
+    captions.settle("Not translated.");
+    captions.frame.translationStatus = {"Not ready.", true, true};
+    captions.enter(LiveSessionPhase::idle, Kind::transcriptNotSaved); // has a message of its own
+    captions.publish();
+    runFor(50);
+    const auto press = [&](const char* action) {
+        const auto* const pill = window.findChild<QQuickItem*>("translation");
+        for (auto* const item : pill->findChildren<QQuickItem*>()) {
+            if (item->property("text") == action)
+                QTest::mouseClick(&window, Qt::LeftButton, {},
+                                  item->mapToScene(item->boundingRect().center()).toPoint());
+        }
+        return !captions.asked.empty();
+    };
+    EXPECT_TRUE(runUntil([&] { return press("补齐未完成译文"); }));
+    EXPECT_EQ(captions.asked.front(), "retry");
+}
+
 TEST_F(CaptionWindowTests, ReadsAsAListOfCaptionsToOtherPrograms) {
     captions.settle("Said.", "说过。");
     captions.publish();

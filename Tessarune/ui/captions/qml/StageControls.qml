@@ -12,6 +12,8 @@ Item {
     required property bool reviewing
     // The height of the messages at the lower edge.
     readonly property real covered: messages.height > 0 ? messages.height + 28 : 0
+    // For several messages at once.
+    readonly property bool hasRoom: height >= Math.round(Theme.body * 20)
     signal returnRequested
 
     // Loaded on demand, because most of the time there is no message.
@@ -66,9 +68,11 @@ Item {
             }
         }
 
+        // In a low window only if it can be acted on, and no other message is as urgent.
         OnDemand {
-            active: !root.toolbar.showsStatus && !root.reviewing && root.stage.translationStatus !== ""
+            active: root.stage.translationStatus !== "" && (root.hasRoom || root.stage.translationRemedy !== "" || !root.toolbar.showsStatus && !root.reviewing)
             sourceComponent: Pill {
+                objectName: "translation"
                 text: root.stage.translationStatus
                 action: root.stage.translationRemedy
                 maximumWidth: root.width - 56
