@@ -328,6 +328,7 @@ TEST_F(CaptionWindowTests, SaysWhyNoNewWordsCome) {
 TEST_F(CaptionWindowTests, AMissingTranslationCanBeCompletedWhateverElseIsShown) {
     QQuickWindow& window = captions.window->window();
     window.resize(380, 180);
+    captions.lacksModel = true;
     captions.settle("Not translated.");
     captions.frame.translationStatus = {"Not ready.", true, true};
     captions.enter(LiveSessionPhase::idle, Kind::transcriptNotSaved); // has a message of its own
@@ -342,6 +343,9 @@ TEST_F(CaptionWindowTests, AMissingTranslationCanBeCompletedWhateverElseIsShown)
         }
         return !captions.asked.empty();
     };
+    ASSERT_TRUE(runUntil([&] { return press("下载…"); }));
+    captions.lacksModel = false; // another program installs it
+    captions.asked.clear();
     EXPECT_TRUE(runUntil([&] { return press("补齐未完成译文"); }));
     EXPECT_EQ(captions.asked.front(), "retry");
 }

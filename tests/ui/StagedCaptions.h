@@ -50,6 +50,7 @@ class StagedCaptions {
                     .showHistory = asks("history"),
                     .showSettings =
                         [this](const std::string& pane) { asked.push_back("settings " + pane); }},
+                .lacksTranslationModel = looksForModel,
                 .secondsBehind = [this] { return secondsBehind; },
                 .reducesMotion = reducesMotion,
                 .recordFollow = recordsFollow,
@@ -119,6 +120,7 @@ class StagedCaptions {
     Published<std::string> soundName;
     Published<bool> reducesMotion{false};
     Published<std::optional<std::string>> waiting;
+    bool lacksModel = false; ///< for the target language
     double secondsBehind = 0;
     std::string otherWayToTop; ///< set it before the window is opened
     LiveCaptionDisplayFrame frame = LiveCaptionDisplayFrame::empty();
@@ -127,6 +129,7 @@ class StagedCaptions {
     std::unique_ptr<CaptionWindow> window;
 
   private:
+    const std::function<bool()> looksForModel = [this] { return lacksModel; };
     const CaptionFollowDriver::Recorder recordsFollow =
         [this](const std::string& name, const LogFields&, bool) { followed.push_back(name); };
     std::function<void()> asks(const char* command) {

@@ -13,6 +13,8 @@ namespace tessarune {
 
 namespace {
 
+constexpr int modelLookMS = 2000;
+
 QColor colorOf(std::int64_t rgb) {
     return QColor::fromRgb(static_cast<QRgb>(rgb));
 }
@@ -21,8 +23,12 @@ QColor colorOf(std::int64_t rgb) {
 
 CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment)
     : environment_(environment), settings_(environment.host, environment.settings) {
+    modelLook_.setInterval(modelLookMS);
+    connect(&modelLook_, &QTimer::timeout, this, &CaptionStageModel::lookForModel);
     observations_.follow(display().frame, [this] {
         updateRows();
+        if (explainedStatus_ != frame().translationStatus.text)
+            lookForModel();
         Q_EMIT frameChanged();
     });
     observations_.follow(environment_.soundName, [this] { Q_EMIT frameChanged(); });
@@ -156,24 +162,37 @@ QString CaptionStageModel::emptySubtitle() const {
     return QString::fromStdString(emptyTexts(frame(), heardName()).subtitle);
 }
 
-bool CaptionStageModel::lacksLanguage() const {
-    return TranslationSupport::isLanguageResourceNotReadyDisplayMessage(
-        frame().translationStatus.text);
+/// Another program may install the model, or the user another way; then a retry helps.
+void CaptionStageModel::lookForModel() {
+    explainedStatus_ = frame().translationStatus.text;
+    const bool lacks =
+        !explainedStatus_.empty() && environment_.lacksTranslationModel &&
+        TranslationSupport::isAppleBackend(*environment_.settings.translationBackend) &&
+        environment_.lacksTranslationModel();
+    if (std::exchange(lacksModel_, lacks) == lacks)
+        return;
+    if (lacks)
+        modelLook_.start();
+    else
+        modelLook_.stop();
+    Q_EMIT frameChanged();
+}
+
+bool CaptionStageModel::offersDownload() const {
+    return lacksModel_ && environment_.commands.showSettings;
 }
 
 QString CaptionStageModel::translationStatus() const {
     const auto* const language =
-        lacksLanguage()
-            ? TranslationSupport::targetLanguage(*environment_.settings.translationTargetLanguage)
-            : nullptr;
-    if (!language)
+        TranslationSupport::targetLanguage(*environment_.settings.translationTargetLanguage);
+    if (!language || !offersDownload())
         return QString::fromStdString(frame().translationStatus.text);
     return QString::fromStdString(localized(
         "还没有%@的翻译模型。", {TranslationSupport::translationTargetDisplayName(*language)}));
 }
 
 QString CaptionStageModel::translationRemedy() const {
-    if (lacksLanguage() && environment_.commands.showSettings)
+    if (offersDownload())
         return QString::fromStdString(localized("下载…"));
     return frame().translationStatus.canRetryIncomplete
                ? QString::fromStdString(localized("补齐未完成译文"))
@@ -181,7 +200,7 @@ QString CaptionStageModel::translationRemedy() const {
 }
 
 void CaptionStageModel::remedyTranslation() const {
-    if (lacksLanguage() && environment_.commands.showSettings)
+    if (offersDownload())
         environment_.commands.showSettings("translation");
     else
         environment_.commands.retryTranslation();

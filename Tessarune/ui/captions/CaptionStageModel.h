@@ -10,7 +10,9 @@
 #include <QFont>
 #include <QObject>
 #include <QString>
+#include <QTimer>
 #include <optional>
+#include <string>
 #include <utility>
 
 namespace tessarune {
@@ -99,8 +101,8 @@ class CaptionStageModel final : public QObject {
     bool isCleared() const;
     /// The file or microphone that is heard in place of the computer; empty for the computer.
     std::string heardName() const;
-    /// Whether there is no model for the target language.
-    bool lacksLanguage() const;
+    void lookForModel();
+    bool offersDownload() const;
     void updateRows();
 
     std::optional<std::pair<bool, bool>> layout_; // bilingual, swapped
@@ -109,6 +111,9 @@ class CaptionStageModel final : public QObject {
     DesktopLook look_;
     CaptionRowsModel rows_;
     CaptionRowsModel translations_;
+    std::string explainedStatus_; ///< of the translation, when the model was last looked for
+    bool lacksModel_ = false;
+    QTimer modelLook_; ///< runs while the model is missing
     Observations observations_;
 };
 

@@ -44,6 +44,9 @@ struct CaptionWindowEnvironment {
     /// Where the window's position is stored.
     UserDefaults& store;
     Commands commands;
+    /// Whether there is a model for the target language that is not installed. Reads the disk,
+    /// because another program may install it. Empty if unknown.
+    std::function<bool()> lacksTranslationModel{};
     /// By how many seconds the captions are behind the sound; empty if unknown.
     std::function<double()> secondsBehind{};
     /// Whether the desktop asks for less motion.

@@ -3,6 +3,7 @@
 #include "Tessarune/ui/desktop/DesktopProgram.h"
 #include "Tessarune/ui/desktop/DesktopSettings.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
 
 #include <malloc.h>
 
@@ -36,6 +37,15 @@ std::string desktopsWayToTop() {
             return localized(way);
     }
     return localized("用窗口自己的菜单");
+}
+
+/// Whether there is a model for the target language that is not installed.
+bool lacksTranslationModel(const Application& application) {
+    using namespace TranslationSupport;
+    return application.translationModels.status(
+               appleLanguageIdentifier(defaultSourceLanguage),
+               appleLanguageIdentifier(*application.settings.translationTargetLanguage)) ==
+           TranslationAvailabilityStatus::supported;
 }
 
 } // namespace
@@ -78,6 +88,7 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
              .showHistory = opener(Kind::history),
              .showSettings =
                  [this](const std::string& pane) { windows_.show(Kind::settings, pane); }},
+        .lacksTranslationModel = [this] { return tessarune::lacksTranslationModel(application_); },
         .secondsBehind = [this] { return secondsBehind(store().liveTranscriber()); },
         .reducesMotion = motion_.isReduced,
         .recordFollow = [this](const auto& event, const auto& fields,
