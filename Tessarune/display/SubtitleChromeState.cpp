@@ -12,6 +12,11 @@ void SubtitleChromeState::setChromeHovering(bool hovering) {
     pointerMoved();
 }
 
+void SubtitleChromeState::presentForAWhile() {
+    present();
+    scheduleHide(lookDelay);
+}
+
 void SubtitleChromeState::menuDidBeginTracking() {
     menuTracking_ = true;
     present();

@@ -7,14 +7,15 @@
 
 namespace tessarune {
 
-/// Whether the caption window shows its toolbar (the chrome): while the pointer is in the toolbar
-/// or in the rest of the window (the body), and while a menu of the toolbar is open. The toolbar
-/// hides a moment after the pointer has left.
+/// Whether the caption window shows its toolbar: while the pointer is over the window, while a
+/// button of the toolbar has the keyboard focus, and while a menu is open. It hides a moment after
+/// that, and also a while after it was shown to a user whose pointer is elsewhere.
 ///
 /// Main queue; the host must outlive it.
 class SubtitleChromeState {
   public:
     static constexpr double hideDelay = 0.16; ///< seconds
+    static constexpr double lookDelay = 3;    ///< seconds; enough to see what there is
 
     explicit SubtitleChromeState(Host& host) : host_(host) {}
     ~SubtitleChromeState() { pendingHide_.cancel(); }
@@ -25,7 +26,9 @@ class SubtitleChromeState {
     Published<bool> isPresented{true};
 
     void setBodyHovering(bool hovering);
+    /// The focus in the toolbar counts as the pointer there.
     void setChromeHovering(bool hovering);
+    void presentForAWhile();
     void menuDidBeginTracking();
     void menuDidEndTracking();
 

@@ -68,6 +68,11 @@ void talkWithEverything(StagedCaptions& captions) {
     talk(captions);
 }
 
+/// Whether the pointer is over the window, which then shows its toolbar.
+void setHovered(StagedCaptions& captions, bool hovered) {
+    captions.window->window().property("model").value<CaptionWindowModel*>()->setHovered(hovered);
+}
+
 void press(StagedCaptions& captions, Qt::MouseButton button, QPoint point) {
     QTest::mouseClick(&captions.window->window(), button, {}, point);
 }
@@ -368,6 +373,7 @@ bool draw(const Picture& picture, SubtitleLayoutMode layout, const QString& file
     picture.stage(captions);
     captions.publish();
     captions.open();
+    setHovered(captions, true);
     if (picture.act)
         picture.act(captions);
     const Backdrop backdrop(captions.window->window(), QByteArray(picture.name).endsWith("white"));

@@ -49,6 +49,9 @@ TEST(SmoothStreamingText, RevealsWordByWordAtThePaceOfItsBacklog) {
 TEST(SubtitleChromeState, HidesAMomentAfterThePointerLeftUnlessAMenuIsOpen) {
     SimulatedHost host;
     SubtitleChromeState chrome(host);
+    chrome.presentForAWhile();
+    host.advanceBy(3);
+    EXPECT_FALSE(*chrome.isPresented) << "the pointer was elsewhere";
     chrome.setBodyHovering(true);
     chrome.setBodyHovering(false);
     host.advanceBy(0.1);

@@ -34,6 +34,20 @@ TEST_F(CaptionToolbarTests, AButtonSaysWhatItDoesWhileThePointerRestsOnIt) {
     EXPECT_TRUE(runUntil([&] { return !hintShows(); }));
 }
 
+TEST_F(CaptionToolbarTests, HidesFromAPointerElsewhereAndComesBackForTheKeyboard) {
+    QQuickWindow& window = captions.window->window();
+    const auto shows = [&] {
+        return window.property("model").value<CaptionWindowModel*>()->showsChrome();
+    };
+    ASSERT_TRUE(runUntil([&] { return window.isActive() && !shows(); }));
+    QTest::keyClick(&window, Qt::Key_Tab);
+    EXPECT_TRUE(shows());
+    runFor(300);
+    QTest::keyClick(&window, Qt::Key_Tab);
+    runFor(3200);
+    EXPECT_TRUE(shows()) << "a button has the focus";
+}
+
 TEST_F(CaptionToolbarTests, AFileIsNamedAsWhatIsHeardAndAnotherSourceCanBeChosen) {
     const auto* const toolbar =
         captions.window->window().property("toolbar").value<CaptionToolbarModel*>();
@@ -86,6 +100,7 @@ TEST_F(CaptionToolbarTests, AnyWindowHasRoomForItsToolbarAndAllOfItsMenu) {
     captions.session.sessionDuration = 12'345.0;
     captions.enter(LiveSessionPhase::listening, Kind::none);
     QQuickWindow& window = captions.window->window();
+    window.property("model").value<CaptionWindowModel*>()->setHovered(true);
     const QFont usual = QGuiApplication::font();
     QFont large = usual;
     large.setPixelSize(24);

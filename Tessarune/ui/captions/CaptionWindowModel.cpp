@@ -1,5 +1,6 @@
 #include "Tessarune/ui/captions/CaptionWindowModel.h"
 
+#include <QAccessible>
 #include <algorithm>
 
 namespace tessarune {
@@ -38,6 +39,8 @@ bool CaptionWindowModel::isTranslucent() const {
 
 void CaptionWindowModel::setPainted() {
     isPainted_ = true;
+    if (!QAccessible::isActive()) // a screen reader finds only what is shown
+        chrome_.presentForAWhile();
     Q_EMIT painted();
 }
 

@@ -36,6 +36,9 @@ class CaptionWindowModel final : public QObject {
     void setPainted();
 
     Q_INVOKABLE void setHovered(bool hovered) { chrome_.setBodyHovering(hovered); }
+    Q_INVOKABLE void setToolbarFocused(bool focused) { chrome_.setChromeHovering(focused); }
+    /// For keyboard users, who reach the toolbar only while it is shown.
+    Q_INVOKABLE void showToolbar() { chrome_.presentForAWhile(); }
     Q_INVOKABLE void setMenuOpen(bool open);
     Q_INVOKABLE void close() const { environment_.commands.close(); }
 

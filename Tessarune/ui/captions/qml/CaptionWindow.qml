@@ -49,6 +49,8 @@ Window {
                 captions.returnToNewest();
             else if (event.key in pagesByKey)
                 captions.scrollByKey(pagesByKey[event.key]);
+            else if (event.key === Qt.Key_Tab && !window.model.showsChrome)
+                window.model.showToolbar(); // the next Tab leads into it
             else
                 return;
             event.accepted = true;

@@ -16,12 +16,21 @@ Item {
 
     CaptionToolbar {
         id: bar
+
+        readonly property bool isFocused: {
+            let item = Window.active ? Window.activeFocusItem : null;
+            while (item && item !== bar)
+                item = item.parent;
+            return item === bar;
+        }
+
         anchors { left: parent.left; right: parent.right; top: parent.top }
         toolbar: root.toolbar
         commands: root.commands
         hearing: root.hearing
         radius: root.radius
         shown: root.model.showsChrome
+        onIsFocusedChanged: root.model.setToolbarFocused(isFocused)
         onCloseRequested: root.model.close()
         onMenuRequested: (item, x, y) => menu.openAt(item, x, y)
     }
