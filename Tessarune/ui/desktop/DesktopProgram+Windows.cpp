@@ -162,7 +162,8 @@ void DesktopProgram::perform(DesktopAction action) {
     switch (action) {
     case DesktopAction::start:
         closeWelcome();
-        return listening_.start(LiveSessionControlTrigger::programmatic());
+        return showIfStarted(
+            [this] { listening_.start(LiveSessionControlTrigger::programmatic()); });
     case DesktopAction::stop:
         return listening_.stop(LiveSessionControlTrigger::programmatic());
     case DesktopAction::toggle:
@@ -201,8 +202,27 @@ void DesktopProgram::closeWelcome() {
         welcome_->close();
 }
 
+/// On the first start the welcome page stands for the caption window.
 void DesktopProgram::showWindow() {
-    window_->show();
+    if (welcome_ && welcome_->isOpen())
+        welcome_->show();
+    else
+        window_->show();
+}
+
+/// Runs a command that may start captions. Nobody is recorded without seeing it, wherever the
+/// command comes from.
+void DesktopProgram::showIfStarted(const std::function<void()>& command) {
+    const auto isOn = [this] { return *store().view().isListening || *listening_.waiting(); };
+    const bool wasOn = isOn();
+    command();
+    if (!wasOn && isOn() && isOutOfSight())
+        showWindow();
+}
+
+bool DesktopProgram::isOutOfSight() const {
+    const QWindow& window = window_->window();
+    return !window.isVisible() || window.windowStates().testFlag(Qt::WindowMinimized);
 }
 
 /// Captions and recording continue.
@@ -211,13 +231,12 @@ void DesktopProgram::hideWindow() {
 }
 
 void DesktopProgram::toggleWindow() {
-    QWindow& window = window_->window();
-    if (!window.isVisible() || window.windowStates().testFlag(Qt::WindowMinimized))
+    if (isOutOfSight())
         showWindow();
     else if (isInTray())
         hideWindow();
     else if (*application_.settings.showDockIcon)
-        window.showMinimized(); // to the desktop's list of windows
+        window_->window().showMinimized(); // to the desktop's list of windows
 }
 
 /// The user closed the caption window: this ends the session.

@@ -163,7 +163,7 @@ bool DesktopProgram::hasSpeechModel() {
 
 void DesktopProgram::toggle(const LiveSessionControlTrigger& trigger) {
     closeWelcome();
-    listening_.toggle(trigger);
+    showIfStarted([&] { listening_.toggle(trigger); });
 }
 
 /// The windows close at once; the program ends when everything is saved.

@@ -26,6 +26,7 @@
 #include "Tessarune/ui/desktop/WindowLog.h"
 #include "TessaruneCore/observation/Observations.h"
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -82,6 +83,8 @@ class DesktopProgram {
     void perform(DesktopAction action);
     void handle(const InstanceRequest& request);
     void showWindow();
+    void showIfStarted(const std::function<void()>& command);
+    bool isOutOfSight() const;
     void hideWindow();
     void toggleWindow();
     void closeWindow();

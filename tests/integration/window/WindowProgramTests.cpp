@@ -307,6 +307,26 @@ TEST_F(WindowProgram, AStopWhileItWaitsForItsSoundIsTheLastWord) {
     EXPECT_EQ(count("listen.start.task"), 0u);
 }
 
+TEST_F(WindowProgram, ARequestShowsTheWindowThatAnswersIt) {
+    const auto isShown = [&](const char* title) {
+        return !pointer({"search", "--onlyvisible", "--name", title}).empty();
+    };
+    const auto captionsShow = [&] { return isShown("^Tessarune$"); };
+    StartedProgram program = start({});
+    ASSERT_TRUE(within(20, [&] { return isShown("^Welcome"); }));
+    expectEndedWell(start({}).wait());
+    EXPECT_FALSE(within(1, captionsShow)) << "beside the page of the first start";
+    expectEndedWell(start({"start"}).wait());
+    ASSERT_TRUE(within(20, captionsShow));
+    expectEndedWell(start({"stop"}).wait());
+    pointer({"search", "--onlyvisible", "--name", "^Tessarune$", "windowminimize"});
+    ASSERT_TRUE(within(10, [&] { return !captionsShow(); }));
+    expectEndedWell(start({"start"}).wait());
+    EXPECT_TRUE(within(10, captionsShow)) << "nobody is recorded without seeing it";
+    program.send(SIGTERM);
+    EXPECT_EQ(program.wait().status, 0) << "Qt may miss fonts for the names of all languages";
+}
+
 TEST_F(WindowProgram, ReturnsToWhereTheUserPutItsWindow) {
     StartedProgram program = start({"show"});
     ASSERT_TRUE(within(20, [&] { return place().width > 0; }));
