@@ -6,6 +6,7 @@
 
 #include <QQuickItem>
 #include <QScreen>
+#include <QSignalSpy>
 #include <QTest>
 #include <algorithm>
 
@@ -61,6 +62,10 @@ TEST_F(CaptionToolbarTests, AFileIsNamedAsWhatIsHeardAndAnotherSourceCanBeChosen
     captions.waiting = std::string("Waiting for a pipe.");
     EXPECT_EQ(toolbar->toggleText(), "停止字幕") << "the click that follows takes the start back";
     EXPECT_EQ(captions.window->stage().emptyTitle(), "Waiting for a pipe.");
+    QSignalSpy changed(toolbar, &CaptionToolbarModel::sessionChanged);
+    captions.settle("Said before.");
+    captions.publish();
+    EXPECT_TRUE(toolbar->showsStatus() && changed.size() == 1) << "no longer on the empty stage";
 
     captions.window.reset();
     captions.otherWayToTop = "Alt+Space";

@@ -41,8 +41,16 @@ CaptionToolbarModel::CaptionToolbarModel(const CaptionWindowEnvironment& environ
     observations_.follow(environment_.notice, announce(&CaptionToolbarModel::noticeChanged));
     if (environment_.waiting)
         observations_.follow(*environment_.waiting, announce(&CaptionToolbarModel::sessionChanged));
+    observations_.follow(session().captionDisplay.frame, [this] {
+        if (std::exchange(hadOutput_, hasOutput()) != hasOutput())
+            Q_EMIT sessionChanged();
+    });
     observations_.follow(settings_.state, announce(&CaptionToolbarModel::settingsChanged));
     observations_.follow(session().sessionPhase, announce(&CaptionToolbarModel::sessionChanged));
+}
+
+bool CaptionToolbarModel::hasOutput() const {
+    return CaptionStage::hasCaptionOutput(*session().captionDisplay.frame);
 }
 
 bool CaptionToolbarModel::isBusy() const {
@@ -110,8 +118,7 @@ bool CaptionToolbarModel::showsStatus() const {
     if (isStopping() && session().status->kind != Kind::silent)
         return true;
     if (environment_.isWaiting())
-        return !environment_.waitingText().empty() &&
-               CaptionStage::hasCaptionOutput(*session().captionDisplay.frame);
+        return !environment_.waitingText().empty() && hasOutput();
     if (isTrouble())
         return true;
     switch (session().status->kind) {

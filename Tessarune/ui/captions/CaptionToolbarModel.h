@@ -14,8 +14,8 @@
 namespace tessarune {
 
 /// The toolbar and the status line of the caption window: the source, the duration, and the
-/// buttons. It observes the session and not the frame, so that new captions do not redraw it. Main
-/// thread; the environment must outlive it.
+/// buttons. Of the frame it only follows whether there are captions, so that new ones do not redraw
+/// it. Main thread; the environment must outlive it.
 class CaptionToolbarModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isListening READ isListening NOTIFY sessionChanged)
@@ -102,10 +102,12 @@ class CaptionToolbarModel final : public QObject {
     bool isStopping() const { return *session().sessionPhase == LiveSessionPhase::stopping; }
     AppSettings& appSettings() const { return environment_.settings; }
     std::vector<AudioSource> listedSources() const;
+    bool hasOutput() const;
 
     const CaptionWindowEnvironment& environment_;
     SubtitleToolbarSettingsStore settings_;
     CaptionSourcesModel sources_;
+    bool hadOutput_ = false;
     Observations observations_;
 };
 
