@@ -43,7 +43,8 @@ ListeningSession::ListeningSession(Application& application, SoundServer& sound,
     Host& host = application.host;
     setForgetsPermissions(options.forgetsPermissions);
     permissions_ = std::make_unique<PermissionsManager>(host, sound, permissionDefaults_,
-                                                        SystemAuthorization::ofServer(host, sound));
+                                                        SystemAuthorization::ofServer(host, sound),
+                                                        std::move(options.openSettings));
     auto recorder =
         AudioSessionRecorder::create(host, application.files, application.logger,
                                      application.catalog.forRecorder(), makeSwresampleConverter);

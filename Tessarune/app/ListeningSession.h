@@ -36,6 +36,7 @@ class ListeningSession {
         bool isRecorded = true;
         /// Lists the program's windows for alarms of the memory watch between two sessions.
         IdleMemorySentinel::Windows windows = nullptr;
+        PermissionsManager::OpenSettings openSettings = nullptr;
     };
     ListeningSession(Application& application, SoundServer& sound, Options options);
     ~ListeningSession();
@@ -53,6 +54,9 @@ class ListeningSession {
     /// sound from a file or a private server, whose permissions say nothing about those of the
     /// desktop. Call between two sessions.
     void setForgetsPermissions(bool forgets);
+
+    /// Opens the desktop's page for a permission.
+    void openSettings(PermissionsManager::Key kind) const { permissions_->openSettings(kind); }
 
     /// Whether the open diagnostics run keeps texts.
     bool keepsTexts() const { return diagnostics_->capturesFullDiagnostics(); }

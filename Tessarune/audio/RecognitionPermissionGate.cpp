@@ -45,4 +45,16 @@ Task<void> requestRequiredPermissions(PermissionsManager& permissions, AudioSour
     }
 }
 
+bool isMicrophoneRefusal(const std::exception_ptr& failure) {
+    if (!failure)
+        return false;
+    try {
+        std::rethrow_exception(failure);
+    } catch (const LocalizedError& error) {
+        return error.domain() == errorDomain && error.code() == microphoneRefused;
+    } catch (...) {
+        return false;
+    }
+}
+
 } // namespace tessarune::RecognitionPermissionGate

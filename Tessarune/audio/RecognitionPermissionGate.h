@@ -3,6 +3,7 @@
 #include "Tessarune/audio/AudioSource.h"
 #include "Tessarune/audio/PermissionsManager.h"
 
+#include <exception>
 #include <string>
 
 namespace tessarune::RecognitionPermissionGate {
@@ -16,5 +17,8 @@ inline constexpr int speechRefused = 3;
 /// queue.
 Task<void> requestRequiredPermissions(PermissionsManager& permissions, AudioSource source,
                                       std::string recognitionOptionID);
+
+/// Whether this is the refusal of a microphone. False for null.
+bool isMicrophoneRefusal(const std::exception_ptr& failure);
 
 } // namespace tessarune::RecognitionPermissionGate

@@ -19,6 +19,10 @@ class Desktop {
     /// program.
     virtual bool openURL(const std::string& url) = 0;
 
+    /// Whether the desktop has settings for sound, and opens them; false if they do not start.
+    virtual bool hasSoundSettings() const = 0;
+    virtual bool openSoundSettings() = 0;
+
     /// Sets whether the program starts with the user's desktop. Throws std::system_error.
     virtual void setLoginItem(bool startsWithDesktop) = 0;
     virtual LoginState loginState() = 0;

@@ -1,3 +1,5 @@
+#include "Tessarune/audio/RecognitionPermissionGate.h"
+#include "TessaruneCore/LocalizedError.h"
 #include "tests/ui/StagedCaptions.h"
 #include "tests/ui/WarningsFail.h"
 
@@ -100,6 +102,7 @@ TEST_F(CaptionWindowTests, ShowsWhyThereAreNoCaptions) {
         captions.enter(phase, status);
         captions.publish();
         EXPECT_EQ(stage.presentation().toStdString(), presentation);
+        EXPECT_EQ(!stage.emptyRemedy().isEmpty(), status == Kind::silent);
         runFor(20);
     }
     captions.enter(LiveSessionPhase::stopping,
@@ -108,13 +111,41 @@ TEST_F(CaptionWindowTests, ShowsWhyThereAreNoCaptions) {
         captions.window->window().property("toolbar").value<CaptionToolbarModel*>();
     EXPECT_TRUE(toolbar->showsStatus());
     EXPECT_FALSE(toolbar->status().isEmpty());
+    EXPECT_TRUE(toolbar->statusRemedy().isEmpty());
+    captions.session.startFailure =
+        std::make_exception_ptr(LocalizedError("Refused.", RecognitionPermissionGate::errorDomain,
+                                               RecognitionPermissionGate::microphoneRefused));
     captions.enter(LiveSessionPhase::failed, Kind::none);
+    EXPECT_FALSE(toolbar->statusRemedy().isEmpty());
     captions.speak("Hello");
     captions.publish();
     EXPECT_EQ(stage.presentation(), "content");
     captions.settings.translationBackend = "关闭"; // both layouts need a translation
     runFor(20);
     EXPECT_FALSE(stage.isBilingual());
+}
+
+TEST_F(CaptionWindowTests, StartsAsItsEmptyStageSays) {
+    const CaptionStageModel& stage = captions.window->stage();
+    auto& keyCode = captions.settings.shortcutToggleRecord.keyCode;
+    for (const auto& [code, title] : {std::pair{49, "点击开始，或按空格"},
+                                      {116, "点击开始，或按 PgUp"},
+                                      {0xFFFF, "点击开始"}}) {
+        keyCode = code;
+        EXPECT_EQ(stage.emptyTitle().toStdString(), title);
+    }
+    QQuickWindow& window = captions.window->window();
+    const QPoint point(200, 150);
+    QTest::mousePress(&window, Qt::LeftButton, {}, point);
+    QTest::mouseMove(&window, point + QPoint(40, 0));
+    QTest::mouseRelease(&window, Qt::LeftButton, {}, point + QPoint(40, 0));
+    EXPECT_TRUE(captions.asked.empty()) << "the window was moved";
+    for (const LiveSessionPhase phase : {LiveSessionPhase::idle, LiveSessionPhase::listening}) {
+        captions.enter(phase, Kind::none);
+        captions.publish();
+        QTest::mouseClick(&window, Qt::LeftButton, {}, point);
+        EXPECT_EQ(captions.asked, std::vector<std::string>{"toggle"});
+    }
 }
 
 TEST_F(CaptionWindowTests, KeepsTheNewestLineInSightUntilTheReaderScrollsBack) {
@@ -125,29 +156,6 @@ TEST_F(CaptionWindowTests, KeepsTheNewestLineInSightUntilTheReaderScrollsBack) {
                         i % 3 == 0 ? "译文" : "");
         captions.publish();
         runFor(5);
-        TEST_F(CaptionWindowTests, StartsAsItsEmptyStageSays) {
-            const CaptionStageModel& stage = captions.window->stage();
-            auto& keyCode = captions.settings.shortcutToggleRecord.keyCode;
-            for (const auto& [code, title] : {std::pair{49, "点击开始，或按空格"},
-                                              {116, "点击开始，或按 PgUp"},
-                                              {0xFFFF, "点击开始"}}) {
-                keyCode = code;
-                EXPECT_EQ(stage.emptyTitle().toStdString(), title);
-            }
-            QQuickWindow& window = captions.window->window();
-            const QPoint point(200, 150);
-            QTest::mousePress(&window, Qt::LeftButton, {}, point);
-            QTest::mouseMove(&window, point + QPoint(40, 0));
-            QTest::mouseRelease(&window, Qt::LeftButton, {}, point + QPoint(40, 0));
-            EXPECT_TRUE(captions.asked.empty()) << "the window was moved";
-            for (const LiveSessionPhase phase :
-                 {LiveSessionPhase::idle, LiveSessionPhase::listening}) {
-                captions.enter(phase, Kind::none);
-                captions.publish();
-                QTest::mouseClick(&window, Qt::LeftButton, {}, point);
-                EXPECT_EQ(captions.asked, std::vector<std::string>{"toggle"});
-            }
-        }
     }
     ASSERT_TRUE(runUntil([&] { return std::abs(hiddenBelow()) < 1; })) << hiddenBelow();
     EXPECT_EQ(std::ranges::count(captions.followed, "attached"), 1)

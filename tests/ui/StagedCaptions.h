@@ -49,7 +49,11 @@ class StagedCaptions {
                     .quit = asks("quit"),
                     .showHistory = asks("history"),
                     .showSettings =
-                        [this](const std::string& pane) { asked.push_back("settings " + pane); }},
+                        [this](const std::string& pane) { asked.push_back("settings " + pane); },
+                    .openDesktopSettings =
+                        [this](PermissionsManager::Key kind) {
+                            asked.emplace_back(storageName(kind));
+                        }},
                 .lacksTranslationModel = looksForModel,
                 .secondsBehind = [this] { return secondsBehind; },
                 .reducesMotion = reducesMotion,

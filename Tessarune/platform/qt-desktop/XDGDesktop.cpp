@@ -3,7 +3,9 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDesktopServices>
+#include <QProcess>
 #include <QStandardPaths>
+#include <QStringList>
 #include <QUrl>
 #include <string_view>
 #include <system_error>
@@ -34,6 +36,33 @@ std::string quoted(const std::string& path) {
     return text + "\"";
 }
 
+/// A program with settings for sound, for a desktop as XDG_CURRENT_DESKTOP names it, or for any.
+struct SoundSettings {
+    const char* desktop;
+    const char* program;
+    const char* page;
+};
+constexpr SoundSettings soundSettings[] = {
+    {"GNOME", "gnome-control-center", "sound"}, // refuses to run on other desktops
+    {"KDE", "systemsettings", "kcm_pulseaudio"},
+    {"KDE", "systemsettings5", "kcm_pulseaudio"},
+    {"X-Cinnamon", "cinnamon-settings", "sound"},
+    {"MATE", "mate-volume-control", nullptr},
+    {nullptr, "pavucontrol", nullptr},
+    {nullptr, "pavucontrol-qt", nullptr},
+};
+
+/// The first one that is installed; null if none is.
+const SoundSettings* installedSoundSettings() {
+    const QStringList desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(':');
+    for (const SoundSettings& settings : soundSettings) {
+        if ((!settings.desktop || desktops.contains(QLatin1String(settings.desktop))) &&
+            !QStandardPaths::findExecutable(QLatin1String(settings.program)).isEmpty())
+            return &settings;
+    }
+    return nullptr;
+}
+
 } // namespace
 
 XDGDesktop::XDGDesktop(FileSystem& files, std::string applicationID, std::filesystem::path program)
@@ -44,6 +73,20 @@ XDGDesktop::XDGDesktop(FileSystem& files, std::string applicationID, std::filesy
 
 bool XDGDesktop::openURL(const std::string& url) {
     return QDesktopServices::openUrl(QUrl::fromUserInput(QString::fromStdString(url)));
+}
+
+bool XDGDesktop::hasSoundSettings() const {
+    return installedSoundSettings() != nullptr;
+}
+
+bool XDGDesktop::openSoundSettings() {
+    const SoundSettings* const settings = installedSoundSettings();
+    if (!settings)
+        return false;
+    QStringList arguments;
+    if (settings->page)
+        arguments << QLatin1String(settings->page);
+    return QProcess::startDetached(QLatin1String(settings->program), arguments);
 }
 
 std::string XDGDesktop::entry() const {

@@ -16,6 +16,8 @@ class XDGDesktop final : public Desktop {
     XDGDesktop(FileSystem& files, std::string applicationID, std::filesystem::path program);
 
     bool openURL(const std::string& url) override;
+    bool hasSoundSettings() const override;
+    bool openSoundSettings() override;
     /// Writes or removes an entry in the user's autostart folder.
     void setLoginItem(bool startsWithDesktop) override;
     LoginState loginState() override;

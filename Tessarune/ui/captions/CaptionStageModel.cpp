@@ -162,6 +162,18 @@ QString CaptionStageModel::emptySubtitle() const {
     return QString::fromStdString(emptyTexts(frame(), heardName()).subtitle);
 }
 
+QString CaptionStageModel::emptyRemedy() const {
+    const bool isSilent =
+        CaptionStage::emptyPresentation(frame()) == CaptionEmptyPresentation::silent;
+    return isSilent && environment_.commands.openDesktopSettings
+               ? QString::fromStdString(localized("声音设置…"))
+               : QString();
+}
+
+void CaptionStageModel::remedyEmpty() const {
+    environment_.commands.openDesktopSettings(PermissionsManager::Key::systemAudioStatus);
+}
+
 /// Another program may install the model, or the user another way; then a retry helps.
 void CaptionStageModel::lookForModel() {
     explainedStatus_ = frame().translationStatus.text;

@@ -29,6 +29,8 @@ class CaptionStageModel final : public QObject {
     Q_PROPERTY(QString presentation READ presentation NOTIFY frameChanged)
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY frameChanged)
     Q_PROPERTY(QString emptySubtitle READ emptySubtitle NOTIFY frameChanged)
+    /// The label of the action that may solve what the empty stage says; empty if there is none.
+    Q_PROPERTY(QString emptyRemedy READ emptyRemedy NOTIFY frameChanged)
     Q_PROPERTY(QString translationStatus READ translationStatus NOTIFY frameChanged)
     /// The label of the action that solves the translation's problem; empty if there is none.
     Q_PROPERTY(QString translationRemedy READ translationRemedy NOTIFY frameChanged)
@@ -64,6 +66,7 @@ class CaptionStageModel final : public QObject {
     QString presentation() const;
     QString emptyTitle() const;
     QString emptySubtitle() const;
+    QString emptyRemedy() const;
     QString translationStatus() const;
     QString translationRemedy() const;
     QString newestText() const;
@@ -86,6 +89,7 @@ class CaptionStageModel final : public QObject {
     QColor sourceColor() const;
     QColor translationColor() const;
 
+    Q_INVOKABLE void remedyEmpty() const;
     Q_INVOKABLE void remedyTranslation() const;
 
   Q_SIGNALS:

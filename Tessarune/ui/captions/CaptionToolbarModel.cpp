@@ -1,5 +1,6 @@
 #include "Tessarune/ui/captions/CaptionToolbarModel.h"
 
+#include "Tessarune/audio/RecognitionPermissionGate.h"
 #include "Tessarune/history/DurationTextFormatter.h"
 #include "Tessarune/ui/captions/CaptionStage.h"
 #include "TessaruneCore/text/Localization.h"
@@ -140,6 +141,17 @@ bool CaptionToolbarModel::isTrouble() const {
         return false;
     return *session().sessionPhase == LiveSessionPhase::failed || kind == Kind::interrupted ||
            kind == Kind::compressionFailed || kind == Kind::transcriptNotSaved;
+}
+
+QString CaptionToolbarModel::statusRemedy() const {
+    const bool isRefused = *session().sessionPhase == LiveSessionPhase::failed &&
+                           !environment_.isWaiting() &&
+                           RecognitionPermissionGate::isMicrophoneRefusal(session().startFailure);
+    return isRefused && environment_.commands.openDesktopSettings ? text("声音设置…") : QString();
+}
+
+void CaptionToolbarModel::remedyStatus() const {
+    environment_.commands.openDesktopSettings(PermissionsManager::Key::microphoneStatus);
 }
 
 QString CaptionToolbarModel::dismissText() const {

@@ -30,6 +30,8 @@ class CaptionToolbarModel final : public QObject {
     /// Whether the status needs attention and is shown over the captions.
     Q_PROPERTY(bool showsStatus READ showsStatus NOTIFY sessionChanged)
     Q_PROPERTY(bool isTrouble READ isTrouble NOTIFY sessionChanged)
+    /// The label of the action that may solve what the status says; empty if there is none.
+    Q_PROPERTY(QString statusRemedy READ statusRemedy NOTIFY sessionChanged)
     Q_PROPERTY(QString notice READ notice NOTIFY noticeChanged)
     Q_PROPERTY(bool noticeIsTrouble READ noticeIsTrouble NOTIFY noticeChanged)
     Q_PROPERTY(QString dismissText READ dismissText CONSTANT)
@@ -55,6 +57,7 @@ class CaptionToolbarModel final : public QObject {
     QString status() const;
     bool showsStatus() const;
     bool isTrouble() const;
+    QString statusRemedy() const;
     QString notice() const { return QString::fromStdString(environment_.notice->text); }
     bool noticeIsTrouble() const { return environment_.notice->isTrouble; }
     QString dismissText() const;
@@ -78,6 +81,7 @@ class CaptionToolbarModel final : public QObject {
     QString settingsText() const;
 
     Q_INVOKABLE void toggle() const;
+    Q_INVOKABLE void remedyStatus() const;
     void toggleByMenu() const;
     /// Handles the record shortcut.
     void toggleByKey() const;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Tessarune/audio/AudioSource.h"
+#include "Tessarune/audio/PermissionsManager.h"
 #include "Tessarune/display/CaptionFollowDriver.h"
 #include "Tessarune/session/LiveSessionControlTrigger.h"
 #include "Tessarune/session/SessionView.h"
@@ -33,6 +34,8 @@ struct CaptionWindowEnvironment {
         /// Shows the settings with the pane of this name; an empty name keeps the pane that was
         /// shown last. Empty if there is no such window.
         std::function<void(const std::string& pane)> showSettings{};
+        /// Opens the desktop's own page for a permission; empty if it has none.
+        PermissionsManager::OpenSettings openDesktopSettings{};
     };
 
     Host& host;

@@ -87,7 +87,11 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
              .quit = [this] { quit(); },
              .showHistory = opener(Kind::history),
              .showSettings =
-                 [this](const std::string& pane) { windows_.show(Kind::settings, pane); }},
+                 [this](const std::string& pane) { windows_.show(Kind::settings, pane); },
+             .openDesktopSettings =
+                 desktop_.hasSoundSettings()
+                     ? [this](PermissionsManager::Key kind) { session_.openSettings(kind); }
+                     : PermissionsManager::OpenSettings()},
         .lacksTranslationModel = [this] { return tessarune::lacksTranslationModel(application_); },
         .secondsBehind = [this] { return secondsBehind(store().liveTranscriber()); },
         .reducesMotion = motion_.isReduced,

@@ -52,7 +52,9 @@ DesktopProgram::DesktopProgram(TerminationSignals& signals, SingleInstance& inst
       instance_(instance),
       application_(host_, "tessarune"),
       sound_(host_),
-      session_(application_, sound_, {.windows = openWindows}),
+      session_(
+          application_, sound_,
+          {.windows = openWindows, .openSettings = [this](auto) { desktop_.openSoundSettings(); }}),
       listening_({host_, sound_, session_, notices_, [this] { return hasSpeechModel(); }}),
       lifecycle_(host_, application_.logger, store().weak_from_this(), [this] { leave(); }),
       desktop_(application_.files, TESSARUNE_APPLICATION_ID,

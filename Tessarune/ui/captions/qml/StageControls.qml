@@ -55,7 +55,18 @@ Item {
                 text: root.toolbar.status
                 isBusy: root.toolbar.isBusy
                 isTrouble: root.toolbar.isTrouble
+                action: root.toolbar.statusRemedy
                 maximumWidth: root.width - 56
+                onActivated: root.toolbar.remedyStatus()
+            }
+        }
+
+        OnDemand {
+            active: root.stage.emptyRemedy !== ""
+            sourceComponent: Pill {
+                action: root.stage.emptyRemedy
+                maximumWidth: root.width - 56
+                onActivated: root.stage.remedyEmpty()
             }
         }
 
