@@ -62,7 +62,8 @@ class AudioPlayer {
 
     /// Plays a sentence from `start` and stops at `end`; an `end` of 0 means no limit.
     void playBounded(std::size_t sentenceIndex, double start, double end);
-    /// Continues from the current position and repeats the stretch from `start` to `end`.
+    /// Continues from the current position and repeats the stretch from `start` to `end`;
+    /// an `end` of 0 means the end of the recording.
     void repeatBounded(std::size_t sentenceIndex, double start, double end);
     /// Removes the limit of the current playback.
     void clearBounds();
