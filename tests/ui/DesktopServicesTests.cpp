@@ -170,25 +170,5 @@ TEST(LoginItem, FollowsTheSettingAndTheDesktopsOwnSwitch) {
     EXPECT_NE(testing::contentsOf(entry).find("tessarune start"), std::string::npos);
 }
 
-TEST(SoundSettings, AreOfferedWhereTheyAreInstalledAndRun) {
-    offscreenApplication();
-    const testing::TemporaryFolder folder;
-    const QByteArray path = qgetenv("PATH");
-    qputenv("PATH", folder.path().c_str());
-    qputenv("XDG_CURRENT_DESKTOP", "ubuntu:GNOME");
-    PosixFileSystem files;
-    XDGDesktop desktop(files, "an.id", "/opt/tessarune");
-    EXPECT_FALSE(desktop.hasSoundSettings());
-    const auto program = folder / "gnome-control-center";
-    files.writeAtomically(program, "#!/bin/sh\necho \"$1\" > \"$0.page\"\n");
-    std::filesystem::permissions(program, std::filesystem::perms::owner_all);
-    EXPECT_TRUE(desktop.openSoundSettings());
-    EXPECT_TRUE(runUntil([&] {
-        const auto page = program.string() + ".page";
-        return files.exists(page) && testing::contentsOf(page) == "sound\n";
-    }));
-    qputenv("PATH", path);
-}
-
 } // namespace
 } // namespace tessarune

@@ -1,5 +1,3 @@
-#include "Tessarune/ui/captions/CaptionFonts.h"
-#include "TessaruneCore/translation/EmojiFlagSupport.h"
 #include "tests/ui/StagedSettings.h"
 #include "tests/ui/WarningsFail.h"
 
@@ -285,12 +283,6 @@ TEST_F(SettingsWindowTests, AScreenReaderOperatesTheControls) {
     const std::int64_t opacity = *settings.settings.bgOpacity;
     act("背景不透明度", QAccessibleActionInterface::decreaseAction());
     EXPECT_TRUE(runUntil([&] { return *settings.settings.bgOpacity < opacity; }));
-}
-
-TEST(Flags, AreOneGlyphOfTheRowsFont) {
-    offscreenApplication();
-    EXPECT_TRUE(rendersAsOneFlag(EmojiFlagSupport::taiwanFlag));
-    EXPECT_FALSE(rendersAsOneFlag("TW"));
 }
 
 } // namespace
