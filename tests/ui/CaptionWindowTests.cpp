@@ -1,4 +1,5 @@
 #include "Tessarune/audio/RecognitionPermissionGate.h"
+#include "Tessarune/ui/captions/MenuWindow.h"
 #include "TessaruneCore/LocalizedError.h"
 #include "tests/ui/StagedCaptions.h"
 #include "tests/ui/WarningsFail.h"
@@ -215,6 +216,13 @@ TEST_F(CaptionWindowTests, CommandsHaveTheKeysOfTheSettingsWhileTheyMakeSense) {
     QTest::mouseClick(&window, Qt::RightButton, {}, {200, 150});
     const auto* const menu = window.findChild<QQuickItem*>("contextMenu");
     EXPECT_TRUE(menu->property("isOpen").toBool());
+    auto* const entries = menu->findChild<MenuWindow*>()->findChild<QQuickItem*>("menu");
+    const int last = entries->property("count").toInt() - 1;
+    QTest::keyClick(&window, Qt::Key_Up);
+    EXPECT_EQ(entries->property("currentIndex"), last);
+    QTest::mouseMove(entries->window(), {60, entries->window()->height() / 2});
+    EXPECT_TRUE(runUntil([&] { return entries->property("currentIndex").toInt() < last; }));
+    entries->setProperty("currentIndex", last);
     QTest::keyClick(&window, Qt::Key_Down);
     QTest::keyClick(&window, Qt::Key_Return);
     EXPECT_EQ(captions.asked, Asked{"toggle"});

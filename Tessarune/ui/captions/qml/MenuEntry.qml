@@ -23,7 +23,7 @@ Rectangle {
     height: Math.round(Theme.body * 2.4)
     enabled: isAvailable
     radius: 8
-    color: isAvailable && (area.containsMouse || isCurrent) ? "#29ffffff" : "transparent"
+    color: isAvailable && isCurrent ? "#29ffffff" : "transparent"
     Accessible.role: Accessible.MenuItem
     Accessible.name: label
     Accessible.checkable: isOn
@@ -59,9 +59,7 @@ Rectangle {
     }
 
     MouseArea {
-        id: area
         anchors.fill: parent
-        hoverEnabled: true
         onClicked: root.press()
     }
 }

@@ -42,8 +42,19 @@ Item {
                 anchors { fill: parent; margins: menu.margin }
                 clip: true
                 boundsBehavior: Flickable.StopAtBounds
+                keyNavigationWraps: true
                 // Creates all entries, so that the size is known.
                 cacheBuffer: 10000
+
+                // Pointer and keys share the current entry. A list that scrolls under a resting
+                // pointer changes nothing.
+                HoverHandler {
+                    onPointChanged: {
+                        const entry = list.indexAt(point.position.x, point.position.y + list.contentY);
+                        if (entry >= 0)
+                            list.currentIndex = entry;
+                    }
+                }
             }
 
             // Shows that the menu goes on, on a screen that is lower than the menu.
