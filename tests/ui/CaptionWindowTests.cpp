@@ -232,11 +232,13 @@ TEST_F(CaptionWindowTests, CommandsHaveTheKeysOfTheSettingsWhileTheyMakeSense) {
 TEST_F(CaptionWindowTests, WordsThatAreShownAreNotStreamedAgain) {
     captions.settings.smoothStreaming = true;
     captions.settings.smoothPaceMS = 1'000'000; // only the first word of a text appears
-    const auto shown = [&] {
+    const auto markup = [&] {
         const auto* const row = newest();
         const auto* const item = row ? row->property("sourceItem").value<QQuickItem*>() : nullptr;
-        const QString markup = item ? item->property("text").toString() : QString();
-        return QString(markup).remove(QRegularExpression("<[^>]*>")).trimmed().toStdString();
+        return item ? item->property("text").toString() : QString();
+    };
+    const auto shown = [&] {
+        return markup().remove(QRegularExpression("<[^>]*>")).trimmed().toStdString();
     };
     const auto becomes = [&](const std::string& text) {
         captions.publish();
@@ -263,6 +265,9 @@ TEST_F(CaptionWindowTests, WordsThatAreShownAreNotStreamedAgain) {
     captions.settle("We went home.");
     captions.speak("Another sentence");
     becomes("Another");
+    EXPECT_TRUE(markup().contains("<font"));
+    captions.settings.highlightChanges = false;
+    EXPECT_TRUE(runUntil([&] { return !markup().contains("<font"); })) << "at once";
 }
 
 TEST_F(CaptionWindowTests, TextIsSelectedAcrossRowsAndStaysSoWhileCaptionsGoOn) {

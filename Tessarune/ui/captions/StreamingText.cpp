@@ -25,11 +25,21 @@ void StreamingText::stream() {
             Q_EMIT markupChanged();
         };
     }
+    connect(stage_, &CaptionStageModel::settingsChanged, this, &StreamingText::highlightChanged,
+            Qt::UniqueConnection);
     streaming_->options = {.animated = stage_->streams(),
                            .reduceMotion = stage_->reducesMotion(),
                            .paceMS = stage_->paceMS(),
                            .highlightLastWord = stage_->highlights()};
     streaming_->stream(text_.toStdString());
+    Q_EMIT markupChanged();
+}
+
+/// The other settings take effect with the next text.
+void StreamingText::highlightChanged() {
+    if (!streaming_)
+        return;
+    streaming_->options.highlightLastWord = stage_->highlights();
     Q_EMIT markupChanged();
 }
 

@@ -33,6 +33,7 @@ class StreamingText : public QObject {
 
   private:
     void stream();
+    void highlightChanged();
 
     CaptionStageModel* stage_ = nullptr;
     QString text_;
