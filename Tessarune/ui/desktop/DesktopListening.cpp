@@ -2,6 +2,7 @@
 
 #include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/Text.h"
 
 #include <utility>
 
@@ -12,6 +13,7 @@ namespace {
 using Topic = DesktopNotices::Topic;
 
 constexpr double quietWaitSeconds = 1; // only a longer wait is worth a message
+constexpr std::size_t mostNames = 3;   // of files in a message
 
 } // namespace
 
@@ -156,6 +158,7 @@ Task<void> DesktopListening::lookAt(std::vector<std::filesystem::path> files, un
     }
     look_ = 0;
     if (first != files.end()) {
+        dropFollowing();
         following_.assign(first + 1, files.end());
         want({.file = *first, .starts = true});
         co_return;
@@ -182,13 +185,20 @@ DesktopListening::Wish DesktopListening::nextFile() {
     return wish;
 }
 
-/// No other file is captioned by itself; tells the user how many are left.
+/// No other file is captioned by itself; tells the user which ones are left.
 void DesktopListening::dropFollowing() {
-    const auto left = std::exchange(following_, {}).size();
-    if (left > 0)
-        environment_.notices.tell(Topic::file,
-                                  localized("还有 %lld 个文件没有播放。", {std::to_string(left)}),
-                                  DesktopNotices::Kind::news);
+    const auto left = std::exchange(following_, {});
+    if (left.empty())
+        return;
+    std::vector<std::string> names;
+    for (const std::filesystem::path& file : left)
+        names.push_back(file.filename().string());
+    environment_.notices.tell(Topic::file, ""); // how many follow
+    environment_.notices.tell(
+        names.size() > mostNames
+            ? localized("还有 %lld 个文件没有播放。", {std::to_string(names.size())})
+            : localized("Not captioned: %@.", {Text::joined(names, ", ")}),
+        DesktopNotices::Kind::news);
 }
 
 void DesktopListening::selectSource(const AudioSource& source) {
