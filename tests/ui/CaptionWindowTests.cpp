@@ -431,6 +431,8 @@ TEST_F(CaptionWindowTests, ANoticeIsReadToItsEndInASmallWindow) {
         CaptionNotice{"Nothing can be recorded: /home/somebody/.local/share/Tessarune "
                       "cannot be written. Captions and translations go on, and none of "
                       "them is kept until there is a folder for them."};
+    captions.settle("Not covered by it.");
+    captions.publish();
     runFor(50);
     const auto* const notice = window.findChild<QQuickItem*>("notice");
     const auto* const text = notice->findChild<QQuickItem*>("text");
@@ -438,6 +440,8 @@ TEST_F(CaptionWindowTests, ANoticeIsReadToItsEndInASmallWindow) {
     EXPECT_FALSE(notice->property("isTrouble").toBool());
     EXPECT_GE(notice->height(), text->height());
     EXPECT_LE(notice->width(), window.width());
+    EXPECT_LE(newest()->mapToScene({0, newest()->height()}).y(), notice->mapToScene({0, 0}).y());
+    captions.enter(LiveSessionPhase::failed, Kind::transcriptNotSaved); // has a message, too
     window.resize(380, 180);
     EXPECT_TRUE(runUntil(isBelowToolbar)) << "its button can be reached";
 }

@@ -104,30 +104,41 @@ TEST_F(DesktopListeningTests, FilesFollowEachOtherUntilAStop) {
     ASSERT_TRUE(runUntil([&] { return !heard.empty() && heard.back().empty(); }));
     EXPECT_EQ(heard, (Strings{"first.wav", "gone.wav", "second.wav", ""}));
     for (const char* name : {"text.wav", "gone.wav"})
-        EXPECT_NE(notices.all()->text.find(name), std::string::npos) << notices.all()->text;
-    EXPECT_TRUE(notices.all()->isTrouble);
-    notices.dismissAll();
+        EXPECT_NE(notices.shown()->text.find(name), std::string::npos) << notices.shown()->text;
+    EXPECT_TRUE(notices.shown()->isTrouble);
+    notices.dismissShown();
 
     heard.clear();
     listening.captionFiles({toneFile("long.wav", 60), second});
     ASSERT_TRUE(isPhase(LiveSessionPhase::listening));
-    EXPECT_TRUE(notices.all()->text.starts_with(localized("接下来还有 %lld 个文件。", {"1"})));
-    EXPECT_FALSE(notices.all()->isTrouble);
+    EXPECT_TRUE(notices.shown()->text.starts_with(localized("接下来还有 %lld 个文件。", {"1"})));
+    EXPECT_FALSE(notices.shown()->isTrouble);
     listening.toggle(user);
     listening.captionFiles({first});
     ASSERT_TRUE(runUntil([&] { return heard.back().empty(); }));
     EXPECT_EQ(heard, (Strings{"long.wav", "first.wav", ""}));
 
-    notices.dismissAll();
+    notices.dismissShown();
     listening.captionFiles({folder / "long.wav", second});
     ASSERT_TRUE(isPhase(LiveSessionPhase::listening));
     listening.captionFiles({folder / "long.wav", first}); // in place of the others
     ASSERT_TRUE(
-        runUntil([&] { return notices.all()->text.find("second.wav") != std::string::npos; }));
+        runUntil([&] { return notices.shown()->text.find("second.wav") != std::string::npos; }));
     ASSERT_TRUE(isPhase(LiveSessionPhase::stopping) && isPhase(LiveSessionPhase::listening));
     session.store().stopListening(script); // as after silence
     for (const char* name : {"second.wav", "first.wav"})
-        EXPECT_NE(notices.all()->text.find(name), std::string::npos) << notices.all()->text;
+        EXPECT_NE(notices.shown()->text.find(name), std::string::npos) << notices.shown()->text;
+}
+
+TEST(DesktopNoticesTests, AFewAreShownAtATimeAndNoneIsLost) {
+    DesktopNotices notices;
+    for (const char* text : {"1", "2", "3", "4", "5"})
+        notices.tell(text);
+    EXPECT_EQ(notices.shown()->text, "5\n4\n3\n" + localized("And %lld more.", {"2"}));
+    notices.dismissShown();
+    EXPECT_EQ(notices.shown()->text, "2\n1");
+    notices.dismissShown();
+    EXPECT_EQ(notices.shown()->text, "");
 }
 
 TEST(DesktopRequestTests, AnArgumentIsAnActionOrAFileOrAMistake) {

@@ -1,5 +1,6 @@
 #include "Tessarune/ui/desktop/DesktopNotices.h"
 
+#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
@@ -19,8 +20,8 @@ void DesktopNotices::tell(Topic topic, const std::string& text, Kind kind) {
     publish();
 }
 
-void DesktopNotices::dismissAll() {
-    notices_.clear();
+void DesktopNotices::dismissShown() {
+    notices_.resize(notices_.size() - std::min(notices_.size(), mostShown));
     publish();
 }
 
@@ -41,10 +42,15 @@ void DesktopNotices::publish() {
     lines.reserve(notices_.size());
     for (const Notice& notice : notices_ | std::views::reverse)
         lines.push_back(notice.text);
+    if (lines.size() > mostShown) {
+        const auto hidden = std::to_string(lines.size() - mostShown);
+        lines.resize(mostShown);
+        lines.push_back(localized("And %lld more.", {hidden}));
+    }
     const auto isTrouble = [](const Notice& notice) { return notice.kind == Kind::trouble; };
-    CaptionNotice all{Text::joined(lines, "\n"), std::ranges::any_of(notices_, isTrouble)};
-    if (*all_ != all)
-        all_ = std::move(all);
+    CaptionNotice shown{Text::joined(lines, "\n"), std::ranges::any_of(notices_, isTrouble)};
+    if (*shown_ != shown)
+        shown_ = std::move(shown);
 }
 
 } // namespace tessarune

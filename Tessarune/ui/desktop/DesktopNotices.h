@@ -3,6 +3,7 @@
 #include "Tessarune/ui/captions/CaptionNotice.h"
 #include "TessaruneCore/observation/Published.h"
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
@@ -18,6 +19,8 @@ class DesktopNotices {
     /// News is shown without the colours of trouble.
     enum class Kind { trouble, news };
 
+    static constexpr std::size_t mostShown = 3;
+
     /// Called with each new notice, unless one with the same text is already shown.
     std::function<void(const std::string& text)> onNotice;
 
@@ -27,9 +30,11 @@ class DesktopNotices {
     }
     /// Replaces the notice on the topic by the text, or removes it if the text is empty.
     void tell(Topic topic, const std::string& text, Kind kind = Kind::trouble);
-    void dismissAll();
-    /// All notices in one, the newest first, one per line; trouble if any of them is.
-    const Published<CaptionNotice>& all() const { return all_; }
+    /// Then older ones are shown, if there are any.
+    void dismissShown();
+    /// The newest notices, one per line, and how many more there are; trouble if any of them all
+    /// is.
+    const Published<CaptionNotice>& shown() const { return shown_; }
 
   private:
     struct Notice {
@@ -42,7 +47,7 @@ class DesktopNotices {
     void publish();
 
     std::vector<Notice> notices_;
-    Published<CaptionNotice> all_;
+    Published<CaptionNotice> shown_;
 };
 
 } // namespace tessarune

@@ -72,7 +72,7 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
         .settings = application_.settings,
         .session = store().view(),
         .soundName = sound_.fileName,
-        .notice = notices_.all(),
+        .notice = notices_.shown(),
         .store = application_.storedDefaults,
         .commands =
             {.toggleListening = [this](const auto& trigger) { toggle(trigger); },
@@ -81,7 +81,7 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
              .retryTranslation = [this] { session_.translation().retryIncompleteTranslations(); },
              .clearCaptions = [this] { store().clearCaptions(); },
              .visibleText = [this] { return store().texts().visibleText(); },
-             .dismissNotice = [this] { notices_.dismissAll(); },
+             .dismissNotice = [this] { notices_.dismissShown(); },
              .close = [this] { closeWindow(); },
              .toggleWindow = [this] { toggleWindow(); },
              .quit = [this] { quit(); },

@@ -75,7 +75,7 @@ Item {
             top: parent.top
             topMargin: 14
             bottom: parent.bottom
-            bottomMargin: Math.max(14, Math.min(root.stage.bottomPadding, root.height / 3, root.height - 14 - root.neededHeight))
+            bottomMargin: Math.max(14, Math.min(Math.max(root.covered, Math.min(root.stage.bottomPadding, root.height / 3)), root.height - 14 - root.neededHeight))
         }
         opacity: root.stage.presentation === "content" ? 1 : 0
         visible: opacity > 0
@@ -122,7 +122,7 @@ Item {
 
     EmptyState {
         anchors.horizontalCenter: parent.horizontalCenter
-        y: Math.max(0, Math.min((root.height - height) / 2, root.height - root.covered - height))
+        y: Math.max(0, Math.min((root.height - height) / 2, root.height - root.covered - 10 - height))
         width: parent.width - 2 * root.side
         showsDots: y > root.underToolbar
         presentation: root.stage.presentation

@@ -11,7 +11,7 @@ Item {
     required property CaptionHearingModel hearing
     required property bool reviewing
     // The height of the messages at the lower edge.
-    readonly property real covered: messages.height > 0 ? messages.height + 28 : 0
+    readonly property real covered: messages.height > 0 ? messages.height + 18 : 0
     // For several messages at once.
     readonly property bool hasRoom: height >= Math.round(Theme.body * 20)
     signal returnRequested
@@ -32,6 +32,10 @@ Item {
 
     Column {
         id: messages
+
+        // The height of all messages but the notice.
+        readonly property real others: [status, quiet, translation, back].reduce((sum, pill) => sum + (pill.active ? pill.height + spacing : 0), 0)
+
         anchors { horizontalCenter: parent.horizontalCenter; bottom: parent.bottom; bottomMargin: 14 }
         spacing: 8
 
@@ -44,12 +48,14 @@ Item {
                 mostLines: 12
                 action: root.toolbar.dismissText
                 maximumWidth: root.width - 56
-                maximumHeight: root.height - Math.round(Theme.body * 2.6) - 36 // below the toolbar
+                // Below the toolbar.
+                maximumHeight: root.height - Math.round(Theme.body * 2.6) - 36 - messages.others
                 onActivated: root.toolbar.dismissNotice()
             }
         }
 
         OnDemand {
+            id: status
             active: root.toolbar.showsStatus
             sourceComponent: Pill {
                 text: root.toolbar.status
@@ -71,6 +77,7 @@ Item {
         }
 
         OnDemand {
+            id: quiet
             active: !root.toolbar.showsStatus && !root.reviewing && root.hearing.text !== ""
             sourceComponent: Pill {
                 objectName: "hearing"
@@ -81,6 +88,7 @@ Item {
 
         // In a low window only if it can be acted on, and no other message is as urgent.
         OnDemand {
+            id: translation
             active: root.stage.translationStatus !== "" && (root.hasRoom || root.stage.translationRemedy !== "" || !root.toolbar.showsStatus && !root.reviewing)
             sourceComponent: Pill {
                 objectName: "translation"
@@ -92,6 +100,7 @@ Item {
         }
 
         OnDemand {
+            id: back
             active: root.reviewing
             sourceComponent: Pill {
                 action: root.stage.newestText
