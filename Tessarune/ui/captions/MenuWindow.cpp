@@ -96,7 +96,8 @@ void MenuWindow::focusMoved(const QWindow* window) {
 bool MenuWindow::handleKey(QEvent& event) {
     const int key = static_cast<QKeyEvent&>(event).key();
     const bool isEntry = key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;
-    if (!isEntry && key != Qt::Key_Up && key != Qt::Key_Down && key != Qt::Key_Escape &&
+    const bool isEdge = key == Qt::Key_Home || key == Qt::Key_End;
+    if (!isEntry && !isEdge && key != Qt::Key_Up && key != Qt::Key_Down && key != Qt::Key_Escape &&
         key != Qt::Key_Tab)
         return false;
     event.accept();
@@ -106,6 +107,9 @@ bool MenuWindow::handleKey(QEvent& event) {
         QMetaObject::invokeMethod(list_, "decrementCurrentIndex");
     else if (key == Qt::Key_Down)
         QMetaObject::invokeMethod(list_, "incrementCurrentIndex");
+    else if (isEdge)
+        list_->setProperty("currentIndex",
+                           key == Qt::Key_Home ? 0 : list_->property("count").toInt() - 1);
     else if (key == Qt::Key_Escape)
         hide();
     else if (auto* const entry = list_->property("currentItem").value<QQuickItem*>();

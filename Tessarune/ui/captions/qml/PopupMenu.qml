@@ -43,6 +43,7 @@ Item {
                 clip: true
                 boundsBehavior: Flickable.StopAtBounds
                 keyNavigationWraps: true
+                highlightMoveDuration: 0
                 // Creates all entries, so that the size is known.
                 cacheBuffer: 10000
 

@@ -14,6 +14,11 @@ Item {
     required property real radius
     readonly property bool menuOpen: bar.menuOpen || menu.isOpen
 
+    function openMenu(item: Item, x: real, y: real) {
+        toolbar.refreshSources();
+        menu.openAt(item, x, y);
+    }
+
     CaptionToolbar {
         id: bar
 
@@ -32,13 +37,13 @@ Item {
         shown: root.model.showsChrome
         onIsFocusedChanged: root.model.setToolbarFocused(isFocused)
         onCloseRequested: root.model.close()
-        onMenuRequested: (item, x, y) => menu.openAt(item, x, y)
+        onMenuRequested: (item, x, y) => root.openMenu(item, x, y)
     }
 
     MouseArea {
         anchors.fill: parent
         acceptedButtons: Qt.RightButton
-        onClicked: mouse => menu.openAt(root, mouse.x, mouse.y)
+        onClicked: mouse => root.openMenu(root, mouse.x, mouse.y)
     }
 
     ResizeEdges {
@@ -86,6 +91,6 @@ Item {
     Shortcut {
         sequences: WindowKeys.menu
         enabled: !root.menuOpen
-        onActivated: menu.openAt(root, 12, 12)
+        onActivated: root.openMenu(root, 12, 12)
     }
 }
