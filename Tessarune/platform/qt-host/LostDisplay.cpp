@@ -63,8 +63,9 @@ struct XlibHandlers {
 /// last work could then neither run nor be waited for. Qt's own events find the loss as well, on
 /// the main thread, and end the process.
 void returnFromXlib() {
-    auto* const x11 =
-        qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
+    if (QGuiApplication::platformName() != QLatin1String("xcb"))
+        return;
+    auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
     const XlibHandlers xlib;
     if (!x11 || !xlib.setErrorHandler || !xlib.setExitHandler)
         return;
