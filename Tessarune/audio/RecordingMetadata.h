@@ -30,8 +30,7 @@ struct RecordingMetadata {
     /// the wall clock is set. Never stored; absent in entries from the disk.
     std::optional<double> monotonicStart;
 
-    /// Whether it was imported: its format is a bare extension. An entry without a format counts
-    /// as recorded.
+    /// Whether it was imported: its format is a bare extension.
     bool isImport() const { return audioFormat && audioFormat->find('/') == std::string::npos; }
 
     bool operator==(const RecordingMetadata&) const = default;

@@ -84,9 +84,14 @@ FormerTranscript FormerTranscript::of(const UUID& id,
     FormerTranscript former;
     former.sourceText = readIfThere(files, catalog.transcriptURL(id));
     former.timeline = HistoryWordTimeline::decoded(readIfThere(files, catalog.wordTimelineURL(id)));
-    if (recording && !recording->isImport())
+    if (recording && lengthIsExact(*recording))
         former.recordedSeconds = recording->duration;
     return former;
+}
+
+/// The format of an import is only a file extension; that of a recording contains a "/".
+bool FormerTranscript::lengthIsExact(const RecordingMetadata& recording) {
+    return recording.audioFormat.value_or("").find('/') != std::string::npos;
 }
 
 bool FormerTranscript::wasHeard(double heardSeconds, bool isWhole) const {

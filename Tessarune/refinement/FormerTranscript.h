@@ -19,6 +19,9 @@ struct FormerTranscript {
     /// containers only estimate it.
     std::optional<double> recordedSeconds;
 
+    /// Whether this program wrote the file and therefore knows its exact length.
+    static bool lengthIsExact(const RecordingMetadata& recording);
+
     /// Reads the transcript from the disk. `recording` is its entry in the index, if there is one.
     /// Throws std::system_error for files that exist and cannot be read. Any thread.
     static FormerTranscript of(const UUID& id, const std::optional<RecordingMetadata>& recording,

@@ -437,7 +437,8 @@ Task<void> HistoryRefinementService::refineSource(JobPtr job) {
 /// states that of the video.
 void HistoryRefinementService::correctDuration(RecordingMetadata recording, double heardSeconds) {
     constexpr double smallestCorrection = 1; // seconds
-    if (!recording.isImport() || std::abs(recording.duration - heardSeconds) < smallestCorrection)
+    const bool isImport = !FormerTranscript::lengthIsExact(recording);
+    if (!isImport || std::abs(recording.duration - heardSeconds) < smallestCorrection)
         return;
     recording.note.reset(); // keeps the stored note, which may be newer
     recording.duration = heardSeconds;

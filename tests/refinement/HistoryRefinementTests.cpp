@@ -154,14 +154,6 @@ TEST(HistoryRefinementTests, WhatFailsLeavesTheFormerTranscriptWhole) {
              r.catalog.upsert(import);
              r.damagedAt = 40;
          }},
-        {"a recording without a format is cut, and its times are lost", Status::failed,
-         [](auto& r) {
-             r.catalog.saveWordTimeline(std::nullopt, r.id);
-             RecordingMetadata entry = *r.catalog.recording(r.id);
-             entry.audioFormat.reset();
-             r.catalog.upsert(entry);
-             r.soundSeconds = 40;
-         }},
         {"another program writes the data folder", Status::failed,
          [](auto& r) { r.holder = "another program"; }},
         {"it is given up", Status::cancelled,
