@@ -1,10 +1,12 @@
 #include "Tessarune/platform/qt-host/LostDisplay.h"
 
-#include <dlfcn.h>
+#include <pthread.h>
+#include <time.h>
 
-#include <QGuiApplication>
+#include <QCoreApplication>
 #include <QString>
 #include <QThread>
+#include <atomic>
 #include <cstdlib>
 #include <utility>
 
@@ -14,68 +16,59 @@ namespace {
 
 /// Longer than the last work takes.
 constexpr unsigned long longestWaitMS = 10'000;
+/// A main thread that has used no processor time for so long waits for the rendering thread.
+constexpr unsigned long blockedMS = 1'000;
+constexpr unsigned long checkMS = 50;
 
-std::function<void()>& pendingWork() {
-    static std::function<void()> work;
-    return work;
+struct PendingWork {
+    std::function<void()> work;
+    std::atomic<bool> isTaken = false; ///< by the thread that does it
+    pthread_t mainThread{};
+};
+
+PendingWork& pending() {
+    static PendingWork pending;
+    return pending;
 }
 QtMessageHandler previousHandler = nullptr;
 
+/// Returns without doing anything if there is no work, and waits while another thread does it.
 void doLastWork() {
-    if (const auto work = std::exchange(pendingWork(), {})) {
-        work();
-        std::_Exit(EXIT_FAILURE); // other threads still use objects that an orderly exit destroys
+    if (!pending().work)
+        return;
+    if (pending().isTaken.exchange(true)) {
+        QThread::msleep(longestWaitMS); // the work ends the process
+        return;
     }
+    pending().work();
+    std::_Exit(EXIT_FAILURE); // other threads still use objects that an orderly exit destroys
 }
 
-/// The rendering thread may notice the loss first, but the work must run on the main thread.
+/// The nanoseconds of processor time that the main thread has used.
+long long processorTimeOfMainThread() {
+    clockid_t clock{};
+    timespec used{};
+    if (pthread_getcpuclockid(pending().mainThread, &clock) != 0 ||
+        clock_gettime(clock, &used) != 0)
+        return 0;
+    return used.tv_sec * 1'000'000'000LL + used.tv_nsec;
+}
+
+/// The rendering thread may notice the loss first. It must not return to Xlib, which would end the
+/// process, so the main thread may wait for it in vain, with the work in its queue. Then this
+/// thread does the work in its place.
 void doLastWorkOnMainThread() {
     QCoreApplication* const application = QCoreApplication::instance();
-    if (!application || QThread::currentThread() == application->thread()) {
-        doLastWork();
-        return;
+    if (application && QThread::currentThread() != application->thread()) {
+        QMetaObject::invokeMethod(application, doLastWork, Qt::QueuedConnection);
+        long long used = processorTimeOfMainThread();
+        for (unsigned long idleMS = 0; idleMS < blockedMS && !pending().isTaken;) {
+            QThread::msleep(checkMS);
+            const long long now = processorTimeOfMainThread();
+            idleMS = std::exchange(used, now) == now ? idleMS + checkMS : 0;
+        }
     }
-    QMetaObject::invokeMethod(application, doLastWork, Qt::QueuedConnection);
-    QThread::msleep(longestWaitMS); // the work ends the process
-}
-
-/// The functions of Xlib that set what it does when its connection is lost. They are looked up in
-/// the library that Qt has loaded; `setExitHandler` is missing before version 1.7.
-struct XlibHandlers {
-    using OnError = int (*)(Display*);
-    using OnExit = void (*)(Display*, void*);
-    OnError (*setErrorHandler)(OnError) = nullptr;
-    void (*setExitHandler)(Display*, OnExit, void*) = nullptr;
-
-    XlibHandlers() {
-        void* const xlib = dlopen("libX11.so.6", RTLD_LAZY | RTLD_NOLOAD);
-        if (!xlib)
-            return;
-        setErrorHandler =
-            reinterpret_cast<decltype(setErrorHandler)>(dlsym(xlib, "XSetIOErrorHandler"));
-        setExitHandler =
-            reinterpret_cast<decltype(setExitHandler)>(dlsym(xlib, "XSetIOErrorExitHandler"));
-    }
-};
-
-/// Lets a call of Xlib return with a failure if the connection is lost. By default it ends the
-/// process, on any thread: on the rendering thread, for which the main thread may be waiting, the
-/// last work could then neither run nor be waited for. Qt's own events find the loss as well, on
-/// the main thread, and end the process.
-void returnFromXlib() {
-    if (QGuiApplication::platformName() != QLatin1String("xcb"))
-        return;
-    auto* const x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    const XlibHandlers xlib;
-    if (!x11 || !xlib.setErrorHandler || !xlib.setExitHandler)
-        return;
-    xlib.setErrorHandler([](Display*) {
-        qWarning("The connection to the X server was lost.");
-        QMetaObject::invokeMethod(qGuiApp, doLastWork, Qt::QueuedConnection);
-        return 0;
-    });
-    xlib.setExitHandler(
-        x11->display(), [](Display*, void*) {}, nullptr);
+    doLastWork();
 }
 
 /// Qt logs these messages right before it ends the process, while the program is still intact.
@@ -90,9 +83,9 @@ void watchMessages(QtMsgType type, const QMessageLogContext& context, const QStr
 } // namespace
 
 LostDisplay::LostDisplay(std::function<void()> lastWork) {
-    pendingWork() = std::move(lastWork);
+    pending().work = std::move(lastWork);
+    pending().mainThread = pthread_self();
     previousHandler = qInstallMessageHandler(watchMessages);
-    returnFromXlib();
     // The fallback if Qt logs another message: it runs later, when some static objects may already
     // be destroyed.
     static const int once = std::atexit(doLastWork);
@@ -100,7 +93,7 @@ LostDisplay::LostDisplay(std::function<void()> lastWork) {
 }
 
 LostDisplay::~LostDisplay() {
-    pendingWork() = {};
+    pending().work = {};
     qInstallMessageHandler(previousHandler);
 }
 

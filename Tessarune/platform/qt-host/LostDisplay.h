@@ -8,8 +8,8 @@ namespace tessarune {
 /// to the program. Main thread; one object at a time.
 class LostDisplay {
   public:
-    /// `lastWork` runs once, on the main thread, before the process ends. It cannot use the windows
-    /// any more.
+    /// `lastWork` runs once before the process ends: on the main thread, or on another one while
+    /// the main thread is blocked. It cannot use the windows any more.
     explicit LostDisplay(std::function<void()> lastWork);
     ~LostDisplay();
     LostDisplay(const LostDisplay&) = delete;
