@@ -258,7 +258,8 @@ void AudioSessionRecorder::appendOnQueue(const AudioBuffer& buffer, double arriv
     }
     if (!pcm.empty())
         write(pcm);
-    if (dataByteCount_ > 0 && !std::exchange(isFirstSampleReported_, true) && onFirstSample)
+    const bool hasSample = dataByteCount_ > 0 && unwrittenBytes_ == 0;
+    if (hasSample && !std::exchange(isFirstSampleReported_, true) && onFirstSample)
         onFirstSample({item_->id, arrivedAt - writtenSeconds()});
 }
 

@@ -268,7 +268,7 @@ void CaptionFollowDriver::scheduleFollowSync() {
 void CaptionFollowDriver::followSync() {
     followSyncScheduled_ = false;
     const auto geometry = view_.geometry();
-    // All rows fit: the captions were cleared, or the next session began.
+    // No list is on the screen, or all its rows fit: there is nothing to review.
     if (!(geometry && geometry->overflowing()) && !userLiveScrollActive_)
         setPinned(true, "contentFits");
     if (!isPinned_ || !geometry)

@@ -7,9 +7,10 @@
 
 namespace tessarune {
 
-/// Whether the caption window shows its toolbar: while the pointer is over the window, while a
-/// button of the toolbar has the keyboard focus, and while a menu is open. It hides a moment after
-/// that, and also a while after it was shown to a user whose pointer is elsewhere.
+/// Whether the caption window shows its toolbar (the chrome): while the pointer is over it or over
+/// the rest of the window (the body), while one of its buttons has the keyboard focus, and while a
+/// menu is open. It hides a moment after the last of these has ended, and a while after it was
+/// shown to a user whose pointer is elsewhere.
 ///
 /// Main queue; the host must outlive it.
 class SubtitleChromeState {

@@ -124,9 +124,9 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
     }
 }
 
-/// Adds recordings that the index lacks because it is older than they are, for example restored
-/// from a backup. They must be finished, and their entries and sound must exist. Returns `known`
-/// with their ids added.
+/// Adds recordings that the index lacks because the index is older, for example one from a backup.
+/// They must be finished, and their entries and sound must exist. Returns `known` with their ids
+/// added.
 std::set<UUID> RecordingCatalog::relistForgotten(std::set<UUID> known) {
     RecordingIndex forgotten = RecordingIndex::salvaged({}, entriesBesideTranscripts(known));
     findMovedSound(forgotten);

@@ -88,8 +88,8 @@ class RecordingCatalog {
     bool wasDeleted(const UUID& id);
     /// An empty note is stored as none. An unknown id changes nothing.
     bool setNote(const std::string& note, const UUID& id);
-    /// Sets whether a later launch of the program encodes the WAV as M4A; also of a recording that
-    /// is listed only later, since the index cannot be written now.
+    /// Sets whether a later launch of the program encodes the WAV as M4A. A recording that is not
+    /// listed yet, because the index cannot be written, is marked when it is listed.
     bool markForCompression(bool awaitsCompression, const UUID& id);
     bool deleteAll();
 

@@ -220,8 +220,9 @@ bool RecordingRepair::writeTranscripts(const UUID& id, const SessionJournalConte
     return isWritten;
 }
 
-/// Removes the remains of a process that ended while it wrote a file. Other files than the index
-/// that are beside it belong to programs that do not hold the data folder, and may be in use.
+/// Removes the remains of a process that ended while it wrote a file. Programs that do not hold the
+/// data folder write files beside the index, too: there, only the index's own remains are surely
+/// not in use.
 void RecordingRepair::removeUnfinishedFiles() {
     const auto& paths = catalog_.paths();
     const std::string index = paths.recordingIndex().filename().string();

@@ -39,6 +39,10 @@ TEST_F(LiveAudioInactivityAutoStopTests, FiresOnceAtTheFirstLookAfterTheLimit) {
     watch.noteActivity(); // watches again
     host.advanceTo(1200);
     EXPECT_EQ(firedAt, (std::vector<double>{1050, 1115}));
+    watch.noteActivity();
+    host.sleepComputer(100);
+    host.advanceTo(1310);
+    EXPECT_EQ(firedAt.size(), 2U) << "a computer that sleeps hears nothing";
     watch.stop();
     watch.noteActivity();
     host.advanceTo(2000);

@@ -19,7 +19,7 @@ namespace {
 
 /// The passes that must agree on a word before it is shown or replaces a shown one.
 constexpr std::size_t looksToAgree = 2;
-/// A shown word is fixed once so many passes in a row have had it while so many words follow it:
+/// A shown word is fixed once so many passes in a row have had it and so many words follow it:
 /// the more words follow, the less sound is left that could change it.
 struct FixingRule {
     std::size_t looks;
