@@ -13,8 +13,8 @@ namespace {
 /// has no event for announcements.
 const QString accessibilityBus = QStringLiteral("a11y");
 constexpr int polite = 1; // ATSPI_LIVE_POLITE
-/// One frame adds fewer rows than this.
-constexpr std::size_t mostAtOnce = 8;
+/// The number of newest rows that are searched for the last announced one. A frame adds fewer.
+constexpr std::size_t searchedRows = 8;
 
 } // namespace
 
@@ -31,7 +31,7 @@ CaptionAnnouncer::CaptionAnnouncer(const CaptionWindowEnvironment& environment,
         [announceMessage](const CaptionNotice& notice) { announceMessage(notice.text); });
     observations_.followChanges(
         environment_.session.presentedError, [this, announceMessage](const std::string& text) {
-            // Other failures are notices, too.
+            // All other failures also become notices, which are announced above.
             if (*environment_.session.sessionPhase == LiveSessionPhase::failed)
                 announceMessage(text);
         });
@@ -48,10 +48,10 @@ void CaptionAnnouncer::announceNewest() {
     const LiveCaptionDisplayRows& rows = environment_.session.captionDisplay.frame->sourceTextTail;
     if (rows.empty() || announced_ == rows.back().id)
         return;
-    // If the last announced row is not among these, the rows belong to another session, and only
-    // the newest is announced.
+    // If the last announced row is not among the newest rows, these belong to another session, and
+    // only the very last one is announced.
     std::size_t first = rows.size() - 1;
-    const std::size_t farthest = rows.size() > mostAtOnce ? rows.size() - mostAtOnce : 0;
+    const std::size_t farthest = rows.size() > searchedRows ? rows.size() - searchedRows : 0;
     for (std::size_t row = first; row > farthest; --row) {
         if (rows[row - 1].id == announced_)
             first = row;

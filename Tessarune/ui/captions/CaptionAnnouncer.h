@@ -11,8 +11,8 @@
 namespace tessarune {
 
 /// Announces committed captions, notices and problems to a screen reader, which speaks them after
-/// its current text. The user can switch off only the captions. Main thread; environment and window
-/// must outlive it.
+/// its current text. A setting switches off the announcement of captions; notices and problems are
+/// always announced. Main thread; environment and window must outlive it.
 class CaptionAnnouncer {
   public:
     CaptionAnnouncer(const CaptionWindowEnvironment& environment, QQuickWindow& window);
@@ -24,7 +24,7 @@ class CaptionAnnouncer {
 
     const CaptionWindowEnvironment& environment_;
     QQuickWindow& window_;
-    std::optional<UUID> announced_; // the newest row so far
+    std::optional<UUID> announced_; // the newest row so far, announced or skipped
     Observations observations_;
 };
 

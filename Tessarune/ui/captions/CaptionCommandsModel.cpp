@@ -101,7 +101,7 @@ std::vector<CaptionCommand> CaptionCommandsModel::commands() const {
 
 void CaptionCommandsModel::sourcesChanged() {
     show(commands(), std::equal_to<>());
-    announceChange(); // of the chosen source
+    announceChange(); // another source may be checked, which `show` does not compare
 }
 
 void CaptionCommandsModel::announceChange() {

@@ -21,10 +21,11 @@ struct CaptionCommand {
     std::function<bool()> isChecked = {}; ///< empty: never
     bool isFirstOfGroup = false;
     std::function<void()> runByKeys = {}; ///< empty: as `run`
-    QKeySequence fixedKeys = {};          ///< of a command without a setting of its own
-    QString source = {};                  ///< the sound source that it selects; empty: none
+    QKeySequence fixedKeys = {}; ///< used without a `shortcut`; the user cannot change them
+    QString source = {}; ///< the name of the sound source that the command selects; empty: none
 
-    /// Whether it is the same command: only sources come and go.
+    /// Whether both stand for the same command. Comparing the sources is enough: the other commands
+    /// are never added, removed or moved.
     bool operator==(const CaptionCommand& other) const { return source == other.source; }
 };
 
@@ -39,8 +40,8 @@ class CaptionCommandsModel final : public ListedRows<CaptionCommand> {
   public:
     enum Role {
         TextRole = Qt::UserRole,
-        KeysRole, ///< for a QML `Shortcut`; empty: none
-        KeysTextRole,
+        KeysRole,     ///< for a QML `Shortcut`; empty: none
+        KeysTextRole, ///< as the user reads them
         EnabledRole,
         CheckedRole,
         /// Whether a line is drawn above the command.

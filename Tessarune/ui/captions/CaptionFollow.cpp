@@ -9,7 +9,8 @@ namespace tessarune {
 namespace {
 
 constexpr int glideMS = 220;
-/// After a shorter scroll, the list would still count as following and return to its newest line.
+/// In device-independent pixels. After a scroll below `CaptionFollowDriver::reviewEnterThreshold`,
+/// the list would still follow and return to its newest line.
 constexpr double shortestKeyScroll = 72;
 
 } // namespace
@@ -27,7 +28,7 @@ void CaptionFollow::setList(QQuickItem* list) {
     Q_EMIT attachedChanged();
 }
 
-/// Only now it is known whether the list is visible.
+/// Connects the list only now: before, it is not known whether the list is visible.
 void CaptionFollow::componentComplete() {
     if (!stage_ || !list_)
         return;
@@ -50,7 +51,7 @@ void CaptionFollow::followWindow(QQuickWindow* window) {
     connect(window, &QQuickWindow::screenChanged, this, &CaptionFollow::screenChanged, once);
 }
 
-/// A list of the other layout, or one without captions, is invisible.
+/// The list is invisible in a layout that does not use it, and while there are no captions.
 void CaptionFollow::listShownOrHidden() {
     endIsDue_ = true;
     if (list_->isVisible())
@@ -58,8 +59,8 @@ void CaptionFollow::listShownOrHidden() {
     contentChanged();
 }
 
-/// Reports the frame to the driver and asks for a drawing, which proves that the window is alive.
-/// An invisible window draws nothing.
+/// Reports the frame to the driver and requests a drawing, which shows the driver that the window
+/// is alive. A window that is not exposed draws nothing, so its frames are not reported.
 void CaptionFollow::framePublished() {
     contentIsDue_ = true;
     if (!list_ || !list_->window() || !list_->window()->isExposed())
@@ -120,7 +121,8 @@ void CaptionFollow::beforeFrame() {
         scrollToEnd();
 }
 
-/// A short list is at the bottom. What the newest row needs may change the list's height.
+/// Aligns a short list to the bottom, and publishes the height of the newest row, on which the
+/// height of the list may depend.
 void CaptionFollow::takeHeights() {
     list_->setProperty("topMargin",
                        std::max(hiddenHeight_, list_->height() - listValue("contentHeight")));
@@ -176,7 +178,8 @@ double CaptionFollow::moveToEnd() {
     const auto before = geometry();
     if (!before)
         return 0;
-    // The list only estimates an end that is more than a page away, until it has been shown there.
+    // The list only estimates where its end is while that is more than a page away. Showing the end
+    // makes the value exact.
     if (std::abs(before->legalBottomDelta()) > before->clipHeight)
         QMetaObject::invokeMethod(list_, "positionViewAtEnd");
     list_->setProperty("contentY", geometry()->legalBottomY - hiddenHeight_);
@@ -207,7 +210,7 @@ void CaptionFollow::redraw() {
     nudgeWindow();
 }
 
-/// An update makes Qt draw and present the window; the window need not be moved for that.
+/// Makes Qt draw and present the window, without moving it.
 void CaptionFollow::nudgeWindow() {
     if (list_ && list_->window())
         list_->window()->update();

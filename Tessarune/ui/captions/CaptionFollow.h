@@ -13,17 +13,18 @@
 
 namespace tessarune {
 
-/// Connects a Qt Quick list to the driver that keeps it at its newest line. The content ends at the
-/// bottom edge of the list, even while it is shorter than the list. Main thread.
+/// Connects a Qt Quick list to the driver that keeps it at its newest line. Content that is shorter
+/// than the list is aligned to its bottom edge. Lengths are in device-independent pixels. Main
+/// thread.
 ///
-/// New rows move the list at once. Meanwhile it is drawn lower by `glide`, which is animated to
-/// zero, so that a reader sees the lines move up.
+/// New rows scroll the list at once. So that a reader sees the lines move up, the list is then
+/// drawn lower by `glide`, which is animated to zero.
 class CaptionFollow : public QObject, public QQmlParserStatus, private CaptionListView {
     Q_OBJECT
     Q_INTERFACES(QQmlParserStatus)
     Q_PROPERTY(tessarune::CaptionStageModel* stage MEMBER stage_ NOTIFY attachedChanged)
     Q_PROPERTY(QQuickItem* list READ list WRITE setList NOTIFY attachedChanged)
-    /// The height of the list above the visible part.
+    /// The height of the part of the list above its visible area.
     Q_PROPERTY(double hiddenHeight MEMBER hiddenHeight_ NOTIFY attachedChanged)
     Q_PROPERTY(bool reviewing READ reviewing NOTIFY reviewingChanged)
     Q_PROPERTY(double glide READ glide NOTIFY glideChanged)
@@ -49,7 +50,8 @@ class CaptionFollow : public QObject, public QQmlParserStatus, private CaptionLi
     Q_INVOKABLE void heightChanged();
     /// Scrolls to the newest line, as the user asked.
     Q_INVOKABLE void returnToNewest();
-    /// Scrolls by this many pages, as the user asked with the keyboard; negative: back.
+    /// Scrolls by this many pages, as the user asked with the keyboard; negative values scroll
+    /// back.
     Q_INVOKABLE void scrollByKey(double pages);
 
   Q_SIGNALS:
@@ -91,7 +93,7 @@ class CaptionFollow : public QObject, public QQmlParserStatus, private CaptionLi
     double glide_ = 0;
     double newestHeight_ = 0;
     bool contentIsDue_ = false; // a caption frame was published since the window was last drawn
-    bool endIsDue_ = false;     // the height of the rows has changed since then
+    bool endIsDue_ = false; // the height of the rows has changed since the window was last drawn
 };
 
 } // namespace tessarune

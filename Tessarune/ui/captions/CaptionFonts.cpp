@@ -11,8 +11,8 @@ namespace tessarune {
 
 namespace {
 
-/// The region whose glyph shapes a language uses.
-QString place(std::string_view language) {
+/// The region whose glyph shapes a language uses, as in the names of the fonts.
+QString regionOf(std::string_view language) {
     if (language.starts_with("ja"))
         return QStringLiteral("JP");
     if (language.starts_with("ko"))
@@ -28,9 +28,9 @@ QString place(std::string_view language) {
 void nameInterfaceFaces(std::string_view locale) {
     const QString family = QGuiApplication::font().family();
     const bool isChinese = locale.starts_with("zh");
-    if (!isChinese) // else Latin letters and quotation marks may have Chinese widths
+    if (!isChinese) // without this, Latin letters and quotation marks may have Chinese widths
         QFont::insertSubstitution(family, QStringLiteral("Noto Sans"));
-    QFont::insertSubstitution(family, QStringLiteral("Noto Sans CJK ") + place(locale));
+    QFont::insertSubstitution(family, QStringLiteral("Noto Sans CJK ") + regionOf(locale));
 }
 
 bool rendersAsOneFlag(std::string_view text) {
@@ -49,7 +49,7 @@ QFont captionFont(std::string_view language, std::int64_t size, double textScale
     // For Latin text Noto Sans, or else the desktop's font; then a font of matching weight and
     // height for Chinese, Japanese and Korean text.
     font.setFamilies({QStringLiteral("Noto Sans"), font.family(),
-                      QStringLiteral("Noto Sans CJK ") + place(language)});
+                      QStringLiteral("Noto Sans CJK ") + regionOf(language)});
     const auto usable = static_cast<double>(std::clamp<std::int64_t>(size, 8, 200));
     font.setPixelSize(static_cast<int>(std::lround(usable * textScale)));
     font.setWeight(QFont::Medium);

@@ -15,8 +15,8 @@ QFont captionFont(std::string_view language, std::int64_t size, double textScale
 /// fallback takes the weight of whatever was drawn first. Call before the first window.
 void nameInterfaceFaces(std::string_view locale);
 
-/// Whether the font of the settings' flags draws the text as one glyph; the two letters of an
-/// unknown flag are two. Any thread, once there is an application object.
+/// Whether the font of the flags in the settings draws the text as one glyph. It draws an unknown
+/// flag as two letters. Any thread, once there is an application object.
 bool rendersAsOneFlag(std::string_view text);
 
 } // namespace tessarune

@@ -11,11 +11,12 @@ namespace tessarune {
 namespace {
 
 constexpr int pollMS = 80;
-constexpr double faintestSound = 0.05;
+constexpr double faintestSound = 0.05; // of the sound level, which is 0 to 1
 /// A speaker's pauses are shorter than this.
 constexpr double quietSeconds = 5;
-constexpr double lookEverySeconds = 1;
-constexpr double worthTellingSeconds = 5;
+/// How often the delay of the captions is read, and from which delay on the user is told.
+constexpr double delayPollSeconds = 1;
+constexpr double noticeableDelaySeconds = 5;
 
 } // namespace
 
@@ -49,7 +50,7 @@ void CaptionHearingModel::poll() {
     const double level = isListening() ? session().audioLevel : 0;
     if (level >= faintestSound)
         loudAt_ = now;
-    if (now - lookedAt_ >= lookEverySeconds && environment_.secondsBehind) {
+    if (now - lookedAt_ >= delayPollSeconds && environment_.secondsBehind) {
         lookedAt_ = now;
         secondsBehind_ = environment_.secondsBehind();
     }
@@ -77,7 +78,7 @@ std::string CaptionHearingModel::reason() const {
         return localized("字幕已停止");
     if (!isListening() || kind == Kind::interrupted || kind == Kind::silent)
         return {};
-    if (secondsBehind_ >= worthTellingSeconds)
+    if (secondsBehind_ >= noticeableDelaySeconds)
         return localized("The captions are %lld s behind: this computer is too slow for the speech "
                          "model.",
                          {std::to_string(static_cast<int>(secondsBehind_))});

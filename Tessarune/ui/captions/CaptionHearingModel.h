@@ -39,8 +39,8 @@ class CaptionHearingModel final : public QObject {
     const CaptionWindowEnvironment& environment_;
     QTimer timer_; // runs while the session listens
     double level_ = 0;
-    double loudAt_ = 0;
-    double lookedAt_ = 0;
+    double loudAt_ = 0;   // host time of the last sound
+    double lookedAt_ = 0; // host time at which `secondsBehind_` was read
     double secondsBehind_ = 0;
     QString text_;
     Observations observations_;

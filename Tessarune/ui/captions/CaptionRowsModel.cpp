@@ -8,7 +8,8 @@ namespace tessarune {
 
 namespace {
 
-/// The characters of the rows from `first` to before `end`, each with the space after it.
+/// The number of characters in the rows from `first` up to but not including `end`, with a space
+/// after each row.
 std::size_t charactersOf(const CaptionStageRows& rows, std::size_t first, std::size_t end) {
     std::size_t count = 0;
     for (std::size_t i = first; i < end; ++i)
@@ -18,8 +19,9 @@ std::size_t charactersOf(const CaptionStageRows& rows, std::size_t first, std::s
 
 } // namespace
 
-/// An open row that settles leaves its remainder to the next row, and a sentence that opens again
-/// takes in the rows after it.
+/// Returns how many characters of the growing row of `next` were visible in other rows before: when
+/// an open row settles, its remainder becomes the next row; when a sentence opens again, it absorbs
+/// the rows after it.
 std::size_t CaptionRowsModel::revealedIn(const CaptionStageRows& next) const {
     const std::size_t before = rows_.growing();
     const std::size_t now = next.growing();
@@ -38,9 +40,9 @@ void CaptionRowsModel::update(CaptionStageRows rows) {
     const int now = static_cast<int>(rows.size());
     const int primaryBefore = firstPrimary();
     const std::vector<std::size_t> changed = rows.changedSince(rows_);
-    const bool growsOn = rows.growing() == rows_.growing() && rows.growing() < rows.size() &&
-                         rows_.growing() < rows_.size();
-    if (!growsOn) // otherwise the view may not have taken it yet
+    const bool sameRowGrows = rows.growing() == rows_.growing() && rows.growing() < rows.size() &&
+                              rows_.growing() < rows_.size();
+    if (!sameRowGrows) // else the view may still have to take the value
         alreadyRevealed_ = revealed_ = revealedIn(rows);
     if (now > before)
         beginInsertRows({}, before, now - 1);

@@ -23,9 +23,9 @@ class CaptionRowsModel final : public QAbstractListModel {
 
     /// Call with the number of visible characters of the growing row.
     void setRevealed(std::size_t count) { revealed_ = count; }
-    /// How many characters of a row that has just begun to grow the reader already saw in other
-    /// rows. The next call returns 0: a row that is scrolled back into view is streamed from its
-    /// start.
+    /// Returns how many characters of a row that has just begun to grow were already visible in
+    /// other rows. The next call returns 0, so that a row that is scrolled back into view is
+    /// streamed from its start.
     std::size_t takeAlreadyRevealed() { return std::exchange(alreadyRevealed_, 0); }
 
     int rowCount(const QModelIndex& parent = {}) const override;

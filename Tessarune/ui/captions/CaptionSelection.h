@@ -21,7 +21,7 @@ class CaptionSelection : public QObject {
     Q_OBJECT
     Q_PROPERTY(tessarune::CaptionStageModel* stage MEMBER stage_ NOTIFY attachedChanged)
     Q_PROPERTY(tessarune::CaptionRowsModel* rows MEMBER rows_ NOTIFY attachedChanged)
-    /// Its rows have the items `sourceItem` and `translationItem`.
+    /// The list view. Each item of a row has the properties `sourceItem` and `translationItem`.
     Q_PROPERTY(QQuickItem* list READ list WRITE setList NOTIFY attachedChanged)
     Q_PROPERTY(QString text READ text NOTIFY changed)
     /// Grows with each change of the selection, so that bindings to it are evaluated again.
@@ -53,8 +53,8 @@ class CaptionSelection : public QObject {
     /// The position before a character in one of the texts of a row.
     struct Place {
         int row = 0;
-        int part = 0; ///< 0 for the upper text of the row, 1 for the lower one
-        qsizetype character = 0;
+        int part = 0;            ///< 0 for the upper text of the row, 1 for the lower one
+        qsizetype character = 0; ///< an index in UTF-16 units
         auto operator<=>(const Place&) const = default;
     };
     struct Range {

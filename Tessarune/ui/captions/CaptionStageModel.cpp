@@ -42,8 +42,9 @@ CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment
         updateRows();
         Q_EMIT settingsChanged();
     });
+    // The translation's font depends on the target language.
     observations_.follow(environment_.settings.translationTargetLanguage.published(),
-                         [this] { Q_EMIT settingsChanged(); }); // the font depends on it
+                         [this] { Q_EMIT settingsChanged(); });
     observations_.follow(environment_.reducesMotion, [this] { Q_EMIT settingsChanged(); });
     const auto retitle = [this] { Q_EMIT frameChanged(); };
     observations_.add(environment_.settings.shortcutToggleRecord.keyCode.onChange(retitle));
@@ -174,7 +175,8 @@ void CaptionStageModel::remedyEmpty() const {
     environment_.commands.openDesktopSettings(PermissionsManager::Key::systemAudioStatus);
 }
 
-/// Another program may install the model, or the user another way; then a retry helps.
+/// Checks whether the translation model is missing. Called repeatedly while it is, because it may
+/// be installed elsewhere; the offered action then changes from a download to a retry.
 void CaptionStageModel::lookForModel() {
     explainedStatus_ = frame().translationStatus.text;
     const bool lacks =

@@ -25,11 +25,12 @@ class CaptionStageModel final : public QObject {
     /// The rows of the second block; empty in a layout with one block.
     Q_PROPERTY(tessarune::CaptionRowsModel* translations READ translations CONSTANT)
     Q_PROPERTY(qulonglong contentRevision READ contentRevision NOTIFY frameChanged)
-    /// "content", "empty-idle", "empty-checking", "empty-silent" or "clear".
+    /// "content", "empty-idle", "empty-checking", "empty-silent", or "clear" to show nothing.
     Q_PROPERTY(QString presentation READ presentation NOTIFY frameChanged)
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY frameChanged)
     Q_PROPERTY(QString emptySubtitle READ emptySubtitle NOTIFY frameChanged)
-    /// The label of the action that may solve what the empty stage says; empty if there is none.
+    /// The label of the action that may solve the problem that the empty stage explains; empty if
+    /// there is none.
     Q_PROPERTY(QString emptyRemedy READ emptyRemedy NOTIFY frameChanged)
     Q_PROPERTY(QString translationStatus READ translationStatus NOTIFY frameChanged)
     /// The label of the action that solves the translation's problem; empty if there is none.
@@ -115,7 +116,7 @@ class CaptionStageModel final : public QObject {
     DesktopLook look_;
     CaptionRowsModel rows_;
     CaptionRowsModel translations_;
-    std::string explainedStatus_; ///< of the translation, when the model was last looked for
+    std::string explainedStatus_; ///< the translation's status when `lookForModel` last ran
     bool lacksModel_ = false;
     QTimer modelLook_; ///< runs while the model is missing
     Observations observations_;

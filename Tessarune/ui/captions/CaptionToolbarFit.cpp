@@ -13,11 +13,11 @@ void CaptionToolbarFit::fit() {
     if (button_ <= 0)
         return;
     const auto all = wanted_.size();
-    const double texts = room_ - toggle_ - source_ - static_cast<double>(all + 1) * button_;
-    const bool showsSourceText = texts >= sourceText_;
-    const bool showsToggleText = texts >= sourceText_ + toggleText_;
+    const double textRoom = room_ - toggle_ - source_ - static_cast<double>(all + 1) * button_;
+    const bool showsSourceText = textRoom >= sourceText_;
+    const bool showsToggleText = textRoom >= sourceText_ + toggleText_;
     auto count = all;
-    if (texts < 0) { // two buttons stay: the last one, and the one for the menu
+    if (textRoom < 0) { // two buttons stay: the last one, and the one for the menu
         const double fitting = (room_ - toggle_ - source_) / button_ - 2;
         count = std::clamp(static_cast<qsizetype>(fitting), qsizetype{0}, all);
     }
@@ -26,7 +26,7 @@ void CaptionToolbarFit::fit() {
     showsSourceText_ = showsSourceText;
     showsToggleText_ = showsToggleText;
     Q_EMIT changed();
-    // A list that is assigned again would create the buttons again.
+    // QML creates all buttons again at this signal, so it is emitted only after a real change.
     if (std::exchange(buttons_, buttons) != buttons || showsMore() != hadMore)
         Q_EMIT buttonsChanged();
 }

@@ -5,17 +5,17 @@
 
 namespace tessarune {
 
-/// Which parts of the toolbar have room in the window. In a narrow one the text of the toggle goes
-/// first, then the name of the source, then buttons, from the left, so that the others keep their
-/// places. The toggle, the source and the last button always stay. Widths are in device-independent
-/// pixels and include the gap beside the part. Main thread.
+/// Which parts of the toolbar have room in the window. As the window gets narrower, the text of the
+/// toggle disappears first, then the name of the source, then buttons from the left, so that the
+/// remaining buttons keep their places. The toggle, the source and the last button always stay.
+/// Widths are in device-independent pixels and include the gap beside the part. Main thread.
 class CaptionToolbarFit : public QObject {
     Q_OBJECT
     Q_PROPERTY(double room MEMBER room_ NOTIFY inputChanged)
     Q_PROPERTY(double toggle MEMBER toggle_ NOTIFY inputChanged) ///< without its text
     Q_PROPERTY(double toggleText MEMBER toggleText_ NOTIFY inputChanged)
     Q_PROPERTY(double source MEMBER source_ NOTIFY inputChanged) ///< without its name
-    /// The least of the name that is worth showing.
+    /// The minimum width at which the name of the source is worth showing.
     Q_PROPERTY(double sourceText MEMBER sourceText_ NOTIFY inputChanged)
     Q_PROPERTY(double button MEMBER button_ NOTIFY inputChanged)
     /// The buttons that the user wants, without the last one.
@@ -24,7 +24,7 @@ class CaptionToolbarFit : public QObject {
     Q_PROPERTY(bool showsToggleText READ showsToggleText NOTIFY changed)
     Q_PROPERTY(bool showsSourceText READ showsSourceText NOTIFY changed)
     Q_PROPERTY(QStringList buttons READ buttons NOTIFY buttonsChanged)
-    /// Whether a button opens the menu, which has the commands of those without room.
+    /// Whether a button opens the menu, which has the commands of the buttons without room.
     Q_PROPERTY(bool showsMore READ showsMore NOTIFY buttonsChanged)
 
   public:

@@ -14,8 +14,8 @@
 namespace tessarune {
 
 /// The toolbar and the status line of the caption window: the source, the duration, and the
-/// buttons. Of the frame it only follows whether there are captions, so that new ones do not redraw
-/// it. Main thread; the environment must outlive it.
+/// buttons. It only observes whether the frame has captions, so that new captions do not redraw it.
+/// Main thread; the environment must outlive it.
 class CaptionToolbarModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isListening READ isListening NOTIFY sessionChanged)
@@ -30,7 +30,8 @@ class CaptionToolbarModel final : public QObject {
     /// Whether the status needs attention and is shown over the captions.
     Q_PROPERTY(bool showsStatus READ showsStatus NOTIFY sessionChanged)
     Q_PROPERTY(bool isTrouble READ isTrouble NOTIFY sessionChanged)
-    /// The label of the action that may solve what the status says; empty if there is none.
+    /// The label of the action that may solve the problem that the status reports; empty if there
+    /// is none.
     Q_PROPERTY(QString statusRemedy READ statusRemedy NOTIFY sessionChanged)
     Q_PROPERTY(QString notice READ notice NOTIFY noticeChanged)
     Q_PROPERTY(bool noticeIsTrouble READ noticeIsTrouble NOTIFY noticeChanged)
@@ -39,7 +40,7 @@ class CaptionToolbarModel final : public QObject {
 
     Q_PROPERTY(bool isCompact READ isCompact NOTIFY settingsChanged)
     Q_PROPERTY(bool keepsOnTop READ keepsOnTop NOTIFY settingsChanged)
-    /// The buttons that the user wants beside the last one, which closes the window.
+    /// The buttons that the user wants, without the last one, which closes the window.
     Q_PROPERTY(QStringList buttons READ buttons NOTIFY settingsChanged)
     /// The texts of all buttons.
     Q_PROPERTY(QVariantMap texts READ texts NOTIFY settingsChanged)
@@ -71,7 +72,7 @@ class CaptionToolbarModel final : public QObject {
     bool hasLayouts() const;
     bool swaps() const { return settings_.state->swapCaptionOrder; }
     QString pinText() const;
-    QString keepOnTopText() const; ///< the same in both states
+    QString keepOnTopText() const; ///< for an entry with a check mark
     QString copyText() const;
     QString copyOriginalText() const;
     QString clearText() const;

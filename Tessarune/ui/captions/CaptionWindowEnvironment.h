@@ -28,13 +28,13 @@ struct CaptionWindowEnvironment {
         std::function<void()> dismissNotice;
         /// Called when the user closes the window.
         std::function<void()> close;
-        std::function<void()> toggleWindow{}; ///< shows or hides it; captions continue
+        std::function<void()> toggleWindow{}; ///< shows or hides the window; captions continue
         std::function<void()> quit{};
         std::function<void()> showHistory{}; ///< empty if there is no such window
         /// Shows the settings with the pane of this name; an empty name keeps the pane that was
         /// shown last. Empty if there is no such window.
         std::function<void(const std::string& pane)> showSettings{};
-        /// Opens the desktop's own page for a permission; empty if it has none.
+        /// Opens the desktop's own page for a permission; empty if the desktop has none.
         PermissionsManager::OpenSettings openDesktopSettings{};
     };
 
@@ -47,20 +47,20 @@ struct CaptionWindowEnvironment {
     /// Where the window's position is stored.
     UserDefaults& store;
     Commands commands;
-    /// Whether there is a model for the target language that is not installed. Reads the disk,
-    /// because another program may install it. Empty if unknown.
+    /// Whether a translation model for the target language exists but is not installed. Reads the
+    /// disk, because another program may install the model. Empty if unknown.
     std::function<bool()> lacksTranslationModel{};
     /// By how many seconds the captions are behind the sound; empty if unknown.
     std::function<double()> secondsBehind{};
     /// Whether the desktop asks for less motion.
     const Published<bool>& reducesMotion;
-    /// Receives the events of the list that follows the newest line.
+    /// Receives the events of `CaptionFollowDriver`; may be empty.
     CaptionFollowDriver::Recorder recordFollow{};
     /// How the user can keep the window above others on a desktop that does not let the program do
-    /// so; empty if the desktop does.
+    /// so; empty on other desktops.
     std::string otherWayToTop{};
-    /// What a start waits for: a text for the user, which is empty for the first moment; `nullopt`
-    /// if no start waits. Null where none ever does.
+    /// What a start waits for, as a text for the user; an empty text if there is nothing to tell
+    /// yet; `nullopt` while no start waits. The pointer is null if starts never wait.
     const Published<std::optional<std::string>>* waiting = nullptr;
 
     bool isWaiting() const { return waiting && **waiting; }

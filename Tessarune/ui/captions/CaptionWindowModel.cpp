@@ -9,7 +9,7 @@ namespace {
 
 /// The user could not find and grab a fully transparent window.
 constexpr double faintest = 0.02;
-constexpr double opaqueEnough = 0.85;
+constexpr double opaqueEnough = 0.85; // for texts without an outline
 
 double opacityOf(std::int64_t perCent) {
     return std::clamp(static_cast<double>(perCent) / 100, faintest, 1.0);
@@ -39,7 +39,7 @@ bool CaptionWindowModel::isTranslucent() const {
 
 void CaptionWindowModel::setPainted() {
     isPainted_ = true;
-    if (!QAccessible::isActive()) // a screen reader finds only what is shown
+    if (!QAccessible::isActive()) // a screen reader finds the toolbar only while it is shown
         chrome_.presentForAWhile();
     Q_EMIT painted();
 }

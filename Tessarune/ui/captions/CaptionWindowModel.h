@@ -21,7 +21,7 @@ class CaptionWindowModel final : public QObject {
     /// Whether the desktop lists the window among the running programs.
     Q_PROPERTY(bool isListed READ isListed NOTIFY listedChanged)
     Q_PROPERTY(bool showsChrome READ showsChrome NOTIFY chromeChanged)
-    /// Whether the window has been drawn once; its other items are created only then.
+    /// Whether the window has been drawn once; its toolbar and menus are created only then.
     Q_PROPERTY(bool isPainted READ isPainted NOTIFY painted)
 
   public:

@@ -28,7 +28,7 @@ void MenuWindow::openAt(QQuickItem* item, double x, double y) {
     corner_ = owner->mapToGlobal(item->mapToScene({x, y})).toPoint();
     setTransientParent(owner);
     setScreen(owner->screen());
-    // Queued, because the list tells of its change in the middle of its layout.
+    // Queued, because the list emits the signal in the middle of its layout.
     connect(list_, SIGNAL(countChanged()), this, SLOT(followList()),
             static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::UniqueConnection));
     connect(list_, SIGNAL(currentItemChanged()), this, SLOT(announceCurrent()),
@@ -40,7 +40,8 @@ void MenuWindow::openAt(QQuickItem* item, double x, double y) {
     setMouseGrabEnabled(true); // a press in another program closes the menu, too
 }
 
-/// As large as the list needs and at the wanted corner, or as near to that as the screen allows.
+/// Gives the window the size that the list needs, at the wanted corner or as near to it as the
+/// screen allows.
 void MenuWindow::place() {
     const QRect free = screen()->availableGeometry().adjusted(screenMargin, screenMargin,
                                                               -screenMargin, -screenMargin);
@@ -50,7 +51,7 @@ void MenuWindow::place() {
                         std::clamp(corner_.y(), free.top(),
                                    std::max(free.top(), free.bottom() + 1 - size.height()))),
                  size});
-    contentItem()->setSize(size); // a window that is hidden, or keeps its size, does not do so
+    contentItem()->setSize(size); // Qt does this only if a visible window changes its size
 }
 
 void MenuWindow::followList() {
@@ -58,13 +59,13 @@ void MenuWindow::followList() {
         place();
 }
 
-/// Qt does not tell screen readers of an entry that becomes the current one: the focus of the
-/// keyboard stays with the window.
+/// Qt does not report a new current entry to screen readers, because the keyboard focus stays with
+/// the window.
 void MenuWindow::announceCurrent() {
     auto* const current = list_->property("currentItem").value<QQuickItem*>();
     if (!isVisible() || !current)
         return;
-    // The item of the list may only contain the entry.
+    // The list's item is the entry itself or a container of the entry.
     for (QQuickItem* const item : QList{current} + current->childItems()) {
         if (!QAccessible::queryAccessibleInterface(item))
             continue;
@@ -73,9 +74,10 @@ void MenuWindow::announceCurrent() {
     }
 }
 
-/// The list creates its entries only in a window that is high enough for them.
-QSize MenuWindow::neededSize(const QSize& most) {
-    contentItem()->setSize(most);
+/// Gives the list all the available room first, because the list creates only entries that
+/// fit.
+QSize MenuWindow::neededSize(const QSize& available) {
+    contentItem()->setSize(available);
     QMetaObject::invokeMethod(list_, "forceLayout");
     double width = leastWidth_;
     for (const QQuickItem* entry :
@@ -84,7 +86,7 @@ QSize MenuWindow::neededSize(const QSize& most) {
     const double height = list_->property("contentHeight").toDouble() + 2 * margin_;
     return QSize(static_cast<int>(std::ceil(std::min(width, std::max(mostWidth_, leastWidth_)))),
                  static_cast<int>(std::ceil(height)))
-        .boundedTo(most);
+        .boundedTo(available);
 }
 
 void MenuWindow::focusMoved(const QWindow* window) {
@@ -92,7 +94,8 @@ void MenuWindow::focusMoved(const QWindow* window) {
         hide();
 }
 
-/// A key that a shortcut wants, too, is accepted first and comes again.
+/// Qt sends a `ShortcutOverride` before each key press. Accepting it keeps the key from a shortcut
+/// of the window.
 bool MenuWindow::handleKey(QEvent& event) {
     const int key = static_cast<QKeyEvent&>(event).key();
     const bool isEntry = key == Qt::Key_Return || key == Qt::Key_Enter || key == Qt::Key_Space;

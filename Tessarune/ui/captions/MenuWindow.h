@@ -6,10 +6,11 @@
 
 namespace tessarune {
 
-/// A menu in a window of its own, so that it is whole even if its owner is smaller. It is as large
-/// as its list needs, and scrolls only on a screen that is lower. It has the keyboard, although
-/// most desktops leave that to the owner. A press outside closes it, as does another window that
-/// takes the focus. While it is open, its list may change. Main thread.
+/// A menu in a window of its own, so that a smaller owner window does not cut it off. The menu is
+/// as large as its list needs; the list scrolls only if the screen is too low. Keys reach the menu,
+/// although most desktops leave the keyboard focus to the owner. A press outside the menu closes
+/// it, as does another window that takes the focus. The list may change while the menu is open.
+/// Main thread.
 class MenuWindow : public QQuickWindow {
     Q_OBJECT
     /// A ListView that fills the window except for `margin`. Its items have an implicit width and
@@ -21,7 +22,8 @@ class MenuWindow : public QQuickWindow {
 
   public:
     MenuWindow();
-    /// Opens the menu with its corner at a point of an item.
+    /// Opens the menu with its upper left corner at a point of an item, if the screen has room
+    /// there.
     Q_INVOKABLE void openAt(QQuickItem* item, double x, double y);
 
   Q_SIGNALS:
@@ -35,12 +37,12 @@ class MenuWindow : public QQuickWindow {
     Q_SLOT void followList();
     Q_SLOT void announceCurrent();
     void place();
-    QSize neededSize(const QSize& most);
+    QSize neededSize(const QSize& available);
     bool handleKey(QEvent& event);
     void focusMoved(const QWindow* window);
 
     QPointer<QQuickItem> list_;
-    QPoint corner_; // where the menu is wanted
+    QPoint corner_; // the wanted upper left corner, on the screen
     double margin_ = 0;
     double leastWidth_ = 0;
     double mostWidth_ = 0;

@@ -8,8 +8,9 @@
 
 namespace tessarune {
 
-/// The keys of a stored shortcut: Command becomes Ctrl, Option becomes Alt, and Control becomes
-/// Meta (the Super key). Empty for a shortcut that is switched off and for an unknown key code.
+/// The keys of a shortcut, which is stored with the key codes and modifiers of another platform:
+/// Command becomes Ctrl, Option becomes Alt, and Control becomes Meta (the Super key). Empty for a
+/// shortcut that is switched off and for an unknown key code.
 QKeySequence keysOf(const ShortcutSetting& shortcut);
 
 /// The stored key code of a shortcut that is switched off.

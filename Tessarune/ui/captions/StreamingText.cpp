@@ -13,8 +13,8 @@ void StreamingText::stream() {
     }
     if (!streaming_)
         alreadyRevealed_ = stage_->rows()->takeAlreadyRevealed();
-    // Text and `running` arrive one after the other, so the first text may be an older, shorter
-    // one.
+    // QML sets the text and `running` one after the other, so the first text may be outdated: until
+    // something is revealed, each text begins a new stream.
     if (!streaming_ || !hasRevealed_) {
         hasRevealed_ = false;
         stage_->rows()->setRevealed(alreadyRevealed_);

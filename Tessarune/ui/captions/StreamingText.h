@@ -41,7 +41,7 @@ class StreamingText : public QObject {
     QColor highlightColor_;
     std::unique_ptr<SmoothStreamingText> streaming_;
     std::size_t alreadyRevealed_ = 0;
-    bool hasRevealed_ = false; // since it is running
+    bool hasRevealed_ = false; // since `running` became true
 };
 
 } // namespace tessarune

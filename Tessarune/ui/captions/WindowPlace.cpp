@@ -24,7 +24,7 @@ QString textOf(const QRect& rect) {
         .arg(rect.y());
 }
 
-bool canBeTakenHoldOf(const QRect& rect) {
+bool canBeGrabbed(const QRect& rect) {
     return std::ranges::any_of(QGuiApplication::screens(), [&](const QScreen* screen) {
         const QRect visible = screen->availableGeometry() & rect;
         return visible.width() >= leastVisible.width() && visible.height() >= leastVisible.height();
@@ -100,14 +100,14 @@ void WindowPlace::restore() {
         return;
     const QRect rect(x, y, std::max(width, window_.minimumWidth()),
                      std::max(height, window_.minimumHeight()));
-    if (canBeTakenHoldOf(rect))
+    if (canBeGrabbed(rect))
         window_.setGeometry(rect);
 }
 
 /// Moves the window to the primary screen if too little of it is on any screen.
 void WindowPlace::fetchBack() {
     const QScreen* const screen = QGuiApplication::primaryScreen();
-    if (!screen || canBeTakenHoldOf(window_.geometry()))
+    if (!screen || canBeGrabbed(window_.geometry()))
         return;
     QRect rect = window_.geometry();
     rect.moveCenter(screen->availableGeometry().center());

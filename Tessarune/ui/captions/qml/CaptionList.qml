@@ -1,7 +1,7 @@
 import QtQuick
 import Tessarune
 
-// Rows of captions that follow the newest line. Few rows are aligned to the bottom, so that the
+// Rows of captions that follow the newest line. A short list is aligned to the bottom, so that the
 // newest line is always in the same place.
 Item {
     id: root

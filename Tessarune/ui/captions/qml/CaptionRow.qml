@@ -6,14 +6,17 @@ Item {
     id: root
 
     required property CaptionStageModel stage
-    // Over anything; faint rows could not be read there.
+    // Whether texts have an outline because the screen behind the window shows through. Such texts
+    // are dimmed less.
     required property bool outlined
     required property CaptionSelection selection
     required property bool isPrimary
     required property bool isReviewing
-    // The top of the row, and how far its bottom is below the visible part of the list.
+    // How far the row's top is below the visible top of the list, and the row's bottom below the
+    // visible bottom.
     required property real fromTop
     required property real belowEnd
+    // The maximum height of the list.
     required property real mostHeight
     required property int index
     required property string source
@@ -37,7 +40,8 @@ Item {
     Accessible.name: [source, translation].filter(text => text !== "").join("\n")
     width: ListView.view ? ListView.view.width : 0
     height: sourceText.shownHeight + gap + translationText.shownHeight + spacing
-    // Lines that scroll out fade instead of being cut; the newest may be higher than the list.
+    // Rows that scroll out fade instead of being cut. The newest row does not fade at the top,
+    // because it may be higher than the list.
     opacity: fade * Math.max(0, Math.min(1, isNewest ? 1 : (fromTop / height + 0.6) / 0.5, 1.2 - belowEnd / height))
 
     SelectionMarks {
@@ -85,8 +89,8 @@ Item {
         readonly property bool hasPlace: root.isBilingual
                                          ? text !== "" || sourceText.shownHeight + root.gap + oneLine <= root.mostHeight : !root.hasSource
         readonly property real shownHeight: hasPlace ? Math.max(implicitHeight, oneLine) : 0
-        // In an older, dimmed row or over anything, a preview can be only a little dimmer: its contrast
-        // stays above 4.5.
+        // In an older, dimmed row or with an outline, a preview is only a little dimmer, so that
+        // its contrast stays above 4.5.
         readonly property real ghostOpacity: !root.ghost ? 1 : root.outlined ? 0.85 : root.isPrimary ? 0.62 : 0.88
 
         visible: text !== ""

@@ -7,18 +7,19 @@ Item {
 
     required property CaptionStageModel stage
     required property bool outlined
-    // The height of what covers the lower edge.
+    // The height of the messages that cover the lower edge.
     property real covered: 0
 
     readonly property bool reviewing: sourceList.reviewing || translationList.reviewing
     readonly property bool isSplit: !stage.isBilingual && stage.translates
     readonly property real dividerHeight: isSplit ? 29 : 0
-    // The most height that a list can get: the space below the captions, and the space kept for a
-    // pending translation, give way to a newest row that needs it.
+    // The maximum height of a list, without the margins of 14 above and below. A high newest row
+    // also takes the space below the captions and the space reserved for its pending translation.
     readonly property real mostHeight: isSplit ? (height - 28 - dividerHeight) / 2 : height - 28
     readonly property real neededHeight: isSplit ? 2 * (Math.max(sourceList.newestHeight, translationList.newestHeight) + underToolbar) + dividerHeight : sourceList.newestHeight + underToolbar
-    // Beside the captions; the level bars are there.
+    // The margin beside the captions, where the level bars are.
     readonly property real side: Math.max(28, Math.round(Theme.body * 2))
+    // The height that the toolbar covers.
     readonly property real underToolbar: Math.round(Theme.body * 2.4)
     readonly property real blockHeight: isSplit ? (captions.height - dividerHeight) / 2 : captions.height
 

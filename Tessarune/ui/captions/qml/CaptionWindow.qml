@@ -2,6 +2,7 @@ import QtQuick
 import QtQuick.Window
 import Tessarune
 
+// The caption window: the captions, the messages over them, and, once it has been drawn, its tools.
 Window {
     id: window
 
@@ -10,6 +11,7 @@ Window {
     required property CaptionToolbarModel toolbar
     required property CaptionCommandsModel commands
     required property CaptionHearingModel hearing
+    // Whether the tools are loaded and fully visible.
     readonly property bool isComplete: tools.opacity === 1
     readonly property bool menuOpen: tools.item?.menuOpen ?? false
 

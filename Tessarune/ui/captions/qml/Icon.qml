@@ -8,6 +8,7 @@ Canvas {
     required property string name
     property color color: "#e6e6ea"
 
+    // The strokes of the icons. A stroke lists the x and y of its points in turn.
     readonly property var strokes: ({
         close: [[4, 4, 12, 12], [12, 4, 4, 12]],
         check: [[3, 8.5, 6.5, 12, 13, 4.5]],

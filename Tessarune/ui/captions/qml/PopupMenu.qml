@@ -58,7 +58,7 @@ Item {
                 }
             }
 
-            // Shows that the menu goes on, on a screen that is lower than the menu.
+            // Shows that the list continues, on a screen that is too low for the menu.
             Rectangle {
                 visible: list.visibleArea.heightRatio < 1
                 x: parent.width - 5

@@ -12,7 +12,7 @@ PressButton {
     required property real maximumWidth
     property bool showsText: true
 
-    // Of the button without the name, and of the whole name with its gap.
+    // The width of the button without the name, and the width of the whole name with its gap.
     readonly property real bareWidth: 24 + bars.width + (canPress ? content.spacing + arrow.width : 0)
     readonly property real textWidth: label.implicitWidth + content.spacing
     readonly property bool isLit: canPress && (area.containsMouse || activeFocus)

@@ -12,7 +12,7 @@ Item {
     required property bool reviewing
     // The height of the messages at the lower edge.
     readonly property real covered: messages.height > 0 ? messages.height + 18 : 0
-    // For several messages at once.
+    // Whether several messages fit at once.
     readonly property bool hasRoom: height >= Math.round(Theme.body * 20)
     signal returnRequested
 
@@ -86,7 +86,7 @@ Item {
             }
         }
 
-        // In a low window only if it can be acted on, and no other message is as urgent.
+        // In a low window only if the user can act on it or no other message needs the room.
         OnDemand {
             id: translation
             active: root.stage.translationStatus !== "" && (root.hasRoom || root.stage.translationRemedy !== "" || !root.toolbar.showsStatus && !root.reviewing)

@@ -11,7 +11,7 @@ PressButton {
     required property string duration
     property bool showsText: true
 
-    // Of the button without its text, and of the text with its gap.
+    // The width of the button without its text, and the width of the text with its gap.
     readonly property real bareWidth: 28 + dot.width + (isOn ? content.spacing + time.implicitWidth : 0)
     readonly property real textWidth: label.implicitWidth + content.spacing
     readonly property bool isLit: area.containsMouse || activeFocus
