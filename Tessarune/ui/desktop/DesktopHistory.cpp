@@ -27,7 +27,7 @@ QString& lastFolder() {
     return folder;
 }
 
-/// Icons that need no look into the files, which would block the windows on a slow disk.
+/// Chooses icons without reading the files, which would block the windows on a slow disk.
 class PlainFileIcons final : public QFileIconProvider {
   public:
     QIcon icon(const QFileInfo& file) const override {
@@ -51,7 +51,7 @@ QFileDialog* fileDialog(const std::string& title) {
 void chooseExportFile(const std::string& suggestedName,
                       std::function<void(std::filesystem::path)> chosen) {
     auto* const dialog = fileDialog(localized("导出"));
-    dialog->setAcceptMode(QFileDialog::AcceptSave); // also asks before it replaces a file
+    dialog->setAcceptMode(QFileDialog::AcceptSave); // the dialog asks before a file is replaced
     dialog->setFileMode(QFileDialog::AnyFile);
     dialog->selectFile(QString::fromStdString(suggestedName));
     QObject::connect(dialog, &QFileDialog::fileSelected, dialog,

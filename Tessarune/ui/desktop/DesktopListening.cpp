@@ -34,7 +34,7 @@ void DesktopListening::connect() {
 
 Task<void> DesktopListening::connectToSound() {
     isConnecting_ = true;
-    environment_.notices.tell(Topic::sound, ""); // removes that of the last attempt
+    environment_.notices.tell(Topic::sound, ""); // removes the notice of the last attempt
     Task<std::string> connecting = environment_.sound.connectOrSay();
     const std::string problem = co_await connecting;
     isConnecting_ = false;
@@ -56,8 +56,8 @@ Task<void> DesktopListening::connectToSound() {
     updateWaiting();
 }
 
-/// Tells the user after a moment that a file still has no sound: a file opens at once, but a pipe
-/// opens only when something is written to it.
+/// Tells the user after a moment if the file still has no sound: it is then a pipe, which opens
+/// only when something is written to it.
 Task<void> DesktopListening::tellOfWaiting() {
     Task<bool> waiting = sleep(Executor::main(environment_.host), quietWaitSeconds);
     co_await waiting;
@@ -72,7 +72,7 @@ bool DesktopListening::isStartQueued() {
            (isLookingAtFile() && !isListening());
 }
 
-/// Call after each change of what a start waits for.
+/// Publishes what a start waits for. Call after each change of that.
 void DesktopListening::updateWaiting() {
     std::optional<std::string> waiting;
     if (isStartQueued())
@@ -98,8 +98,8 @@ void DesktopListening::start(const LiveSessionControlTrigger& trigger) {
 }
 
 void DesktopListening::startWithSound(const LiveSessionControlTrigger& trigger) {
-    environment_.notices.tell(Topic::file, followingText(),
-                              DesktopNotices::Kind::news); // replaces that of an earlier start
+    // Replaces the notice of an earlier start.
+    environment_.notices.tell(Topic::file, followingText(), DesktopNotices::Kind::news);
     if (hasSound_)
         return store().startListening(trigger);
     pendingStart_ = trigger;
@@ -139,8 +139,8 @@ void DesktopListening::captionFiles(std::vector<std::filesystem::path> files) {
     spawn(Executor::main(environment_.host), lookAt(std::move(files), look_));
 }
 
-/// On a queue of its own, because the disk may be slow. The running session continues meanwhile,
-/// and if no file can be heard.
+/// Searches for the first file that can be heard, on a queue of its own because the disk may be
+/// slow. The running session continues during the search, and after it if no file can be heard.
 Task<void> DesktopListening::lookAt(std::vector<std::filesystem::path> files, unsigned look) {
     Host& host = environment_.host;
     const auto queue = host.serialQueue("Tessarune.file.look", QueuePriority::userInitiated);
@@ -169,7 +169,7 @@ Task<void> DesktopListening::lookAt(std::vector<std::filesystem::path> files, un
     updateWaiting();
 }
 
-/// Tells how many files follow the current one; empty if none does.
+/// The text that tells how many files follow the current one; empty if none does.
 std::string DesktopListening::followingText() const {
     return following_.empty()
                ? std::string()
@@ -185,7 +185,7 @@ DesktopListening::Wish DesktopListening::nextFile() {
     return wish;
 }
 
-/// No other file is captioned by itself; tells the user which ones are left.
+/// Drops the files that would follow, and tells the user which ones they are.
 void DesktopListening::dropFollowing() {
     const auto left = std::exchange(following_, {});
     if (left.empty())
@@ -214,11 +214,11 @@ void DesktopListening::fileEnded(const std::string& problem) {
     if (following_.empty())
         environment_.notices.tell(Topic::file, problem);
     else
-        environment_.notices.tell(problem); // the topic is the next file
+        environment_.notices.tell(problem); // without the topic, which the next file needs
     if (!wish_)
         want(nextFile());
     else
-        wish_->isAnother = true; // the file is not heard again
+        wish_->isAnother = true; // so that the file does not play again
 }
 
 /// Replaces a wish that is still waiting.
@@ -241,12 +241,12 @@ Task<void> DesktopListening::fulfilWish() {
     updateWaiting();
 }
 
-/// No session runs.
+/// Call only while no session runs.
 void DesktopListening::changeSound(const Wish& wish) {
     if (wish.file) {
         if (!environment_.sound.isFile())
             computerSource_ = *store().view().selectedSource;
-        store().selectSource(AudioSource::systemAudio()); // which a file replaces
+        store().selectSource(AudioSource::systemAudio()); // the file replaces this source
         environment_.session.setForgetsPermissions(true);
         environment_.sound.playFile(*wish.file);
         hasSound_ = false;

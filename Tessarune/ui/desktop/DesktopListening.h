@@ -20,11 +20,11 @@
 namespace tessarune {
 
 /// Starts and stops captions for the desktop program. A start waits until the previous session is
-/// saved, the sound server answers, or a pipe has a writer. A later command replaces one that is
-/// still waiting.
+/// saved and there is sound: the sound server answers, or the pipe has a writer. A later command
+/// replaces a command that still waits.
 ///
-/// While a session is being saved, a user who sees that cannot start another one. Who does not, as
-/// a script or a second launch, is heard: then the start waits.
+/// While a session is being saved, a start by the user is refused, because the user sees the
+/// saving. A start by a script or a command line waits instead.
 ///
 /// Main thread. All references must outlive it.
 class DesktopListening {
@@ -47,8 +47,8 @@ class DesktopListening {
     void stop(const LiveSessionControlTrigger& trigger);
     /// Captions the files in place of the computer's sound, one session after the other, each from
     /// its beginning to its end. The running session is saved first. Tells the user which files
-    /// cannot be heard and skips them; if none can be, the session continues. A stop also drops the
-    /// files that are still to come.
+    /// cannot be heard and skips them; if no file can be heard, the running session continues. A
+    /// stop also drops the files that are still to come.
     void captionFiles(std::vector<std::filesystem::path> files);
     void selectSource(const AudioSource& source);
     /// What a start waits for; see CaptionWindowEnvironment. While there is a value, or the session
@@ -62,8 +62,8 @@ class DesktopListening {
     struct Wish {
         std::optional<std::filesystem::path> file; ///< `nullopt`: the computer
         std::optional<AudioSource> source{};       ///< `nullopt`: the source before the file
-        bool isAnother = true;                     ///< false: the same source as before
-        bool starts = false;
+        bool isAnother = true; ///< whether the source changes to `file` or `source`
+        bool starts = false;   ///< whether a session starts then
     };
 
     LiveTranscriptStore& store() { return environment_.session.store(); }
@@ -87,13 +87,13 @@ class DesktopListening {
 
     const Environment environment_;
     std::optional<Wish> wish_;
-    unsigned look_ = 0; ///< at the file to caption; 0: none
+    unsigned look_ = 0; ///< the number of the current search for a file to caption; 0: none
     unsigned lastLook_ = 0;
     std::deque<std::filesystem::path> following_;           // captioned after the current file
     std::optional<LiveSessionControlTrigger> pendingStart_; // takes effect once there is sound
-    std::string waitingText_;                               // for the user, while it is pending
+    std::string waitingText_; // for the user, while `pendingStart_` has a value
     Published<std::optional<std::string>> waiting_;
-    AudioSource computerSource_ = AudioSource::systemAudio();
+    AudioSource computerSource_ = AudioSource::systemAudio(); // the source before the file
     bool hasSound_ = false;
     bool isConnecting_ = false;
     bool isEnding_ = false;

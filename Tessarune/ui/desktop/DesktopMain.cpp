@@ -44,7 +44,8 @@ void nameProgram() {
     QGuiApplication::setDesktopFileName(QStringLiteral(TESSARUNE_APPLICATION_ID));
 }
 
-/// A stream that the caller gave this process. Under the same name another one has its own.
+/// Whether the name stands for a stream that only this process was given: in another process, the
+/// same name stands for another stream.
 bool isOwnStream(const std::filesystem::path& file) {
     const std::string name = file.string();
     return name == "-" || name == "/dev/stdin" || name.starts_with("/dev/fd/") ||
@@ -104,7 +105,7 @@ int runDesktopProgram(int argc, char** argv) {
                   << "'; expected start, stop, toggle, show, history, settings, or files.\n";
         return usageError;
     }
-    // The window names every file that cannot be heard, and captions the others.
+    // Of several files, the window names those that cannot be heard and captions the others.
     const std::string problem =
         request.files.size() == 1 ? DesktopSound::problemOf(request.files.front()) : "";
     if (!problem.empty())

@@ -4,10 +4,10 @@ namespace tessarune {
 
 /// Runs the desktop program until it quits and its session is saved. Returns the exit status.
 ///
-/// `tessarune start` begins captioning at once, and so do `tessarune FILE...` and `tessarune
-/// file:PATH`, with the files, one after the other, in place of the computer's sound. The other
-/// arguments are the values of `DesktopAction`. If the program already runs, this process passes
-/// the request on to it and ends.
+/// `tessarune start` begins captioning at once. `tessarune FILE...` and `tessarune file:PATH`
+/// caption the files, one after the other, in place of the computer's sound. The other arguments
+/// are the values of `DesktopAction`. If the program already runs, this process passes the request
+/// on to it and ends.
 int runDesktopProgram(int argc, char** argv);
 
 } // namespace tessarune

@@ -14,7 +14,7 @@ namespace tessarune {
 /// they no longer apply. Main thread.
 class DesktopNotices {
   public:
-    /// A topic has at most one notice, which later news replaces or removes; `none` has any number.
+    /// A topic has at most one notice, which a later one replaces; `none` has any number.
     enum class Topic { none, sound, file, speechModel, recording, session };
     /// News is shown without the colours of trouble.
     enum class Kind { trouble, news };

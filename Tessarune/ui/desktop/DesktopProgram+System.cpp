@@ -28,14 +28,15 @@ void DesktopProgram::watchSystem() {
         makeTray();
     const auto& problem = store().view().presentedError;
     observations_.followChanges(problem, [this](const std::string& text) {
-        // The toolbar shows why a start failed. In the caption line, the next words replace the
-        // failure of a recording, which must stay until it has been read.
+        // The toolbar shows why a start failed. Other failures are those of a recording: they
+        // appear in the caption line, where the next words replace them, and must stay until they
+        // are read.
         if (*store().view().sessionPhase == LiveSessionPhase::failed)
             notifyIfHidden(text);
         else if (!text.empty())
             notices_.tell(DesktopNotices::Topic::session, text);
     });
-    // The stop replaces this status at once.
+    // This status becomes a notice, because the stop replaces the status at once.
     observations_.followChanges(store().view().status, [this](const SessionStatus& status) {
         if (status.kind == SessionStatus::Kind::inactive)
             notices_.tell(
@@ -71,7 +72,7 @@ void DesktopProgram::watchSystem() {
     lostDisplay_.emplace([this] {
         saveNow();
         const TaskHandle ending = spawn(Executor::main(host_), application_.refinement.end());
-        constexpr double markSeconds = 1; // for what the next start takes up
+        constexpr double markSeconds = 1; // enough to mark an import that the next start completes
         host_.runByItself([&] { return ending.isFinished(); }, markSeconds);
         application_.compressor.endLeftover();
     });
@@ -89,7 +90,7 @@ void DesktopProgram::watchRecordings() {
     }
 }
 
-/// The catalog itself announces what this program writes.
+/// Announces a change by another program; the catalog itself announces the changes by this one.
 Task<void> DesktopProgram::recordingsChanged() {
     const auto queue = host_.serialQueue("Tessarune.recordings.watch", QueuePriority::utility);
     const bool isNews = co_await runOn(Executor::queue(host_, queue), [&] {

@@ -39,7 +39,7 @@ std::string desktopsWayToTop() {
     return localized("用窗口自己的菜单");
 }
 
-/// Whether there is a model for the target language that is not installed.
+/// Whether a translation model for the target language exists but is not installed.
 bool lacksTranslationModel(const Application& application) {
     using namespace TranslationSupport;
     return application.translationModels.status(
@@ -128,7 +128,8 @@ void DesktopProgram::showFirst() {
     welcome_->show();
 }
 
-/// The page's session has a recogniser of its own, with its model in memory.
+/// Destroys the page as soon as possible: its session has its own recogniser with a model in
+/// memory.
 Task<void> DesktopProgram::releaseWelcome() {
     Task<void> ending = welcome_->ended();
     co_await ending;
@@ -200,13 +201,13 @@ void DesktopProgram::handle(const InstanceRequest& request) {
     listening_.captionFiles({request.files.begin(), request.files.end()});
 }
 
-/// The sample ends before a session of the user's begins, and the caption window takes its place.
+/// Ends the sample before a session of the user begins. The caption window takes the page's place.
 void DesktopProgram::closeWelcome() {
     if (welcome_)
         welcome_->close();
 }
 
-/// On the first start the welcome page stands for the caption window.
+/// On the first start, shows the welcome page in place of the caption window.
 void DesktopProgram::showWindow() {
     if (welcome_ && welcome_->isOpen())
         welcome_->show();
@@ -259,7 +260,7 @@ void DesktopProgram::endIfUnreachable() {
         quit();
 }
 
-/// The panel that showed the item may have vanished.
+/// Checks that there is still a tray, because the panel that showed the item may have vanished.
 bool DesktopProgram::isInTray() const {
     return tray_ && (trayWatch_->isThere() || X11Desktop::hasTray());
 }

@@ -92,7 +92,7 @@ int DesktopProgram::run() {
 /// If nothing can be recorded, captions still work and the user is told why.
 void DesktopProgram::prepare() {
     const Application::Preparation preparation = application_.prepareToRecord();
-    if (preparation.obstacle.holder)
+    if (preparation.obstacle.holder) // another program records: the services did not run yet
         application_.prepare();
     const auto tellObstacle = [this](const RecordingGate::Obstacle& obstacle) {
         notices_.tell(DesktopNotices::Topic::recording, obstacleText(obstacle));
@@ -109,7 +109,7 @@ void DesktopProgram::prepare() {
             DesktopNotices::Kind::news);
     finishImports(preparation.repairs.untranscribedImports);
     tellBrokenOff(preparation.repairs.brokenOffImports);
-    // What waited for the model, in a session that has ended too, is translated now.
+    // Translates what waited for the model, even if its session has ended.
     application_.translationModels.setInstalledHandler([this](const std::string& id) {
         if (id == *application_.settings.translationTargetLanguage)
             session_.translation().retryIncompleteTranslations();

@@ -37,8 +37,8 @@ namespace tessarune {
 /// The desktop program: its windows, its tray item and one listening session. Main thread; the
 /// application object must outlive it.
 ///
-/// Closing a window does not end the program while the user can reach it through its tray item or
-/// another of its windows. Otherwise it ends with its last window.
+/// The program ends when its last window is closed, unless the user can reach it through its tray
+/// item.
 class DesktopProgram {
   public:
     DesktopProgram(TerminationSignals& signals, SingleInstance& instance, DesktopRequest request);
@@ -112,7 +112,7 @@ class DesktopProgram {
     std::unique_ptr<CaptionWindow> window_;
     std::optional<DesktopTray> tray_;
     DesktopWindows windows_;
-    std::unique_ptr<DesktopWelcome> welcome_; // on the first start, until it is closed
+    std::unique_ptr<DesktopWelcome> welcome_; // on the first start, until the page has ended
     std::optional<FileWatch> recordingsWatch_;
     DelayedCall recordingsLook_;
     bool isEnding_ = false;

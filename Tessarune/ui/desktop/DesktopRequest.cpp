@@ -28,7 +28,7 @@ std::string absolutePath(const std::filesystem::path& path) {
 }
 
 /// The file that an argument names: as `file:PATH`, as an address, as a path with a slash, or as
-/// the name of an existing file, so that a mistyped action is not taken for one.
+/// the name of an existing file, so that a mistyped action does not count as a file.
 std::optional<std::filesystem::path> fileOf(std::string_view argument) {
     if (argument.starts_with(addressPrefix)) {
         const QUrl address(QString::fromUtf8(argument.data(), std::ssize(argument)));

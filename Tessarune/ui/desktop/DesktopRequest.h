@@ -25,7 +25,7 @@ struct DesktopRequest {
     std::optional<std::string> unknown; ///< the first unknown argument
 
     static DesktopRequest of(std::span<char*> arguments);
-    /// The same request, for a program that already runs.
+    /// The same request, with absolute paths, for a program that already runs.
     InstanceRequest forOther() const;
     bool has(DesktopAction action) const;
 };

@@ -21,8 +21,8 @@ class DesktopSound final : public SoundServer {
   public:
     explicit DesktopSound(Host& host) : host_(host) {}
 
-    /// Called when the file has been played to its end, with an empty text, or cannot be read
-    /// further, with the reason for the user. Main queue.
+    /// Called when the file no longer plays: `problem` is empty at its end; if it cannot be read
+    /// further, `problem` is the reason for the user. Main queue.
     std::function<void(const std::string& problem)> onFileEnded;
 
     /// Returns why a file cannot be heard. Empty if it can, and for a pipe, which cannot be checked

@@ -28,13 +28,13 @@ class DesktopTray {
         std::function<void()> quit;
     };
 
-    /// `waiting` is that of the caption window. The picture "MenuBarIcon.png" in `pictures`, if it
+    /// `waiting`: see CaptionWindowEnvironment. The picture "MenuBarIcon.png" in `pictures`, if it
     /// exists, is used for the item.
     DesktopTray(const SessionView& session, const Published<std::optional<std::string>>& waiting,
                 const std::filesystem::path& pictures, Commands commands);
     DesktopTray(const DesktopTray&) = delete;
 
-    /// Call when the window was shown or hidden.
+    /// Call when the caption window was shown or hidden.
     void update();
     /// May be called from the item's own menu, because it does not destroy the menu.
     void hide() { item_.hide(); }

@@ -73,13 +73,13 @@ void DesktopWelcome::close() {
     onClose();
 }
 
-/// The first wait also lets the page's own button return.
+/// Waits at least once, so that the handler of the page's own button can return.
 ///
-/// A start that the stop has overtaken may still be waiting for the recogniser or the sound server,
-/// and resume after the page is gone. It then uses only what it shares with them, because its
-/// source is system audio (which the sample replaces): this source needs no permission, so the
-/// start was already inside the transcriber when the stop overtook it there. With a microphone, it
-/// might still be waiting for the permission, and would then use the page's permissions and sound.
+/// A start that was stopped may still wait for the recogniser or the sound server, and resume after
+/// the page is gone. This is safe because the source is system audio, in whose place the sample
+/// plays: system audio needs no permission, so the start waits inside the transcriber, and then
+/// uses only objects that it keeps alive. With a microphone, it could wait for the permission, and
+/// would then use the permissions and the sound of the destroyed page.
 Task<void> DesktopWelcome::ended() {
     constexpr double lookSeconds = 0.2;
     do

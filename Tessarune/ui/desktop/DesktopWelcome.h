@@ -15,7 +15,7 @@ namespace tessarune {
 /// Nothing is recorded. Main thread; the references must outlive it.
 class DesktopWelcome {
   public:
-    /// Whether the page was never shown.
+    /// Whether the page must still be shown, because it was never closed.
     static bool isDue(const Application& application);
 
     /// `onClose` is called once, when the page closes.
@@ -24,7 +24,7 @@ class DesktopWelcome {
     DesktopWelcome(const DesktopWelcome&) = delete;
 
     void show() { window_.show(); }
-    /// Whether it was shown and is not closed yet.
+    /// Whether the page is not closed yet.
     bool isOpen() const { return onClose_ != nullptr; }
     /// Closes the page and stops the sample. Also called before a session of the user begins.
     void close();

@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::int64_t shortestIntervalMS = 250; // a screenshot takes some milliseconds
 
-/// A run may be deleted at any time, with its recording; a picture must not recreate it.
+/// A run may be deleted at any time, with its recording; a picture must not recreate its folder.
 void write(FileSystem& files, const std::filesystem::path& run, const std::string& name,
            const QImage& picture) {
     const std::filesystem::path settings =
@@ -52,8 +52,8 @@ ScreenshotService::ScreenshotService(Environment environment)
 }
 
 bool ScreenshotService::isWanted() const {
-    // A run may contain less than the level of the settings asks for: no texts if the session must
-    // not be recorded.
+    // A run may contain less than the settings ask for: it has no texts if the session must not be
+    // recorded.
     return *environment_.settings.screenshotEnabled && *environment_.session.isDiagnosticsRunning &&
            environment_.keepsTexts();
 }

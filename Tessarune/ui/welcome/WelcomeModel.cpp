@@ -32,6 +32,7 @@ std::string sizeText(std::uint64_t bytes) {
 }
 
 /// The sizes of translation models come with their list, which is downloaded with the first model.
+/// Until then they are 0, and the text names the maximum.
 std::string translationSizeText(std::uint64_t bytes) {
     constexpr std::uint64_t largestBytes = 60'000'000;
     return bytes == 0 ? localized("最多 %@", {sizeText(largestBytes)}) : sizeText(bytes);
@@ -169,14 +170,14 @@ void WelcomeModel::beginIfComplete() {
         begin();
 }
 
-/// The sample does not wait for the translation model: it starts once there is a speech model. A
-/// sample that cannot be played does not stop the page either.
+/// The sample starts as soon as there is a speech model; it does not wait for the translation
+/// model. If the sample cannot be played, the translation model is downloaded nevertheless.
 Task<void> WelcomeModel::run() {
     Stage next = Stage::ask;
     try {
         Task<void> downloading = downloadSpeech();
         co_await downloading;
-        if (stop_.stop_requested()) // the model was complete when the page was closed
+        if (stop_.stop_requested()) // the page was closed, but the download had just ended
             co_return;
         next = Stage::ready;
         Task<std::string> playing = environment_.playSample();

@@ -38,7 +38,7 @@ class WelcomeModel final : public QObject {
     Q_PROPERTY(QStringList languages READ languages CONSTANT)
     Q_PROPERTY(int language READ language WRITE setLanguage NOTIFY changed)
     Q_PROPERTY(QString downloads READ downloads NOTIFY changed)
-    /// "ask", "download", "sample", or "ready": as "sample", but it cannot be played.
+    /// "ask", then "download", then "sample", or "ready" if the sample cannot be played.
     Q_PROPERTY(QString stage READ stage NOTIFY changed)
     Q_PROPERTY(QString beginText READ beginText NOTIFY changed)
     /// 0 to 1; negative while the size is unknown.
@@ -60,7 +60,8 @@ class WelcomeModel final : public QObject {
     bool isDownloading() const { return isDownloading_; }
     QString problem() const { return QString::fromStdString(problem_); }
     static QVariantMap texts();
-    /// Whether a download or the start of the sample is in progress; the model must outlive it.
+    /// Whether a download or the start of the sample is in progress; the model must not be
+    /// destroyed meanwhile.
     bool isRunning() const { return run_ && !run_->isFinished(); }
 
     /// Stores the choice, downloads the speech model if none is intact, starts the sample, and then

@@ -19,7 +19,7 @@ class WelcomeWindow {
 
     void show();
     void close();
-    /// Whether the page must not be destroyed yet, also when it is closed.
+    /// Whether the page must not be destroyed yet, even if it is closed.
     bool isRunning() const { return model_.isRunning(); }
     QQuickWindow& window() { return *window_; }
 

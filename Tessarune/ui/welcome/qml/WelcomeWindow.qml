@@ -4,6 +4,7 @@ import Tessarune
 import "qrc:/controls"
 import "qrc:/captions" as Captions
 
+// The page of the first start: the language and its downloads, then the captions of sample speech.
 Window {
     id: window
 
