@@ -108,18 +108,33 @@ void CaptionCommandsModel::announceChange() {
     Q_EMIT dataChanged(index(0), index(rowCount() - 1));
 }
 
+QKeySequence CaptionCommandsModel::keysAt(int row) const {
+    return at(row)->shortcut ? keysOf(*at(row)->shortcut) : at(row)->fixedKeys;
+}
+
+/// Of several commands with the same keys, the first one that is enabled runs.
+bool CaptionCommandsModel::hasKeysOfEarlier(int row) const {
+    for (int earlier = 0; earlier < row; ++earlier) {
+        const auto& isEnabled = at(earlier)->isEnabled;
+        if (keysAt(earlier) == keysAt(row) && (!isEnabled || isEnabled()))
+            return true;
+    }
+    return false;
+}
+
 QVariant CaptionCommandsModel::data(const QModelIndex& index, int role) const {
     const CaptionCommand* const command = at(index.row());
     if (!command)
         return {};
-    const QKeySequence keys = command->shortcut ? keysOf(*command->shortcut) : command->fixedKeys;
     switch (role) {
     case TextRole:
         return command->text();
     case KeysRole:
-        return keys.toString(QKeySequence::PortableText);
+        return hasKeysOfEarlier(index.row())
+                   ? QString()
+                   : keysAt(index.row()).toString(QKeySequence::PortableText);
     case KeysTextRole:
-        return keys.toString(QKeySequence::NativeText);
+        return keysAt(index.row()).toString(QKeySequence::NativeText);
     case EnabledRole:
         return !command->isEnabled || command->isEnabled();
     case CheckedRole:

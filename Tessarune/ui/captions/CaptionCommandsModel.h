@@ -40,7 +40,8 @@ class CaptionCommandsModel final : public ListedRows<CaptionCommand> {
   public:
     enum Role {
         TextRole = Qt::UserRole,
-        KeysRole,     ///< for a QML `Shortcut`; empty: none
+        /// For a QML `Shortcut`; empty: none, or those of an enabled command before this one.
+        KeysRole,
         KeysTextRole, ///< as the user reads them
         EnabledRole,
         CheckedRole,
@@ -70,6 +71,8 @@ class CaptionCommandsModel final : public ListedRows<CaptionCommand> {
     /// Copies the selected text, or all captions with their translations if none is selected.
     void copySelected() const;
     void clear() const { environment_.commands.clearCaptions(); }
+    QKeySequence keysAt(int row) const;
+    bool hasKeysOfEarlier(int row) const;
     void sourcesChanged();
     void announceChange();
 

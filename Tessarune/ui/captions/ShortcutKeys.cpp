@@ -53,6 +53,13 @@ QKeySequence keysOf(const ShortcutSetting& shortcut) {
     return QKeyCombination(modifiers, *key);
 }
 
+int keyWithoutShift(int key, Qt::KeyboardModifiers modifiers, quint32 scanCode) {
+    constexpr quint32 one = 10, zero = 19; // the row of digits
+    if (!modifiers.testFlag(Qt::ShiftModifier) || scanCode < one || scanCode > zero)
+        return key;
+    return scanCode == zero ? Qt::Key_0 : Qt::Key_1 + static_cast<int>(scanCode - one);
+}
+
 std::optional<StoredKeys> storedKeys(int key, Qt::KeyboardModifiers modifiers) {
     constexpr std::int64_t highestCode = 0x7F;
     StoredKeys stored{0, 0};

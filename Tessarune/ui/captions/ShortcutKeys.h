@@ -13,6 +13,10 @@ namespace tessarune {
 /// shortcut that is switched off and for an unknown key code.
 QKeySequence keysOf(const ShortcutSetting& shortcut);
 
+/// The pressed key without Shift: a digit's key arrives as the sign above the digit, which depends
+/// on the keyboard's layout. `scanCode` is that of X11.
+int keyWithoutShift(int key, Qt::KeyboardModifiers modifiers, quint32 scanCode);
+
 /// The stored key code of a shortcut that is switched off.
 inline constexpr std::int64_t noKeyCode = 0xFFFF;
 

@@ -1,7 +1,10 @@
 #include "Tessarune/ui/desktop/ApplicationShortcuts.h"
 
+#include "Tessarune/ui/captions/ShortcutKeys.h"
+
 #include <QGuiApplication>
 #include <QKeySequence>
+#include <QWindow>
 
 namespace tessarune {
 
@@ -19,17 +22,17 @@ bool keepsKeys(const QObject* focus, const QKeyEvent& keys) {
 
 } // namespace
 
-ApplicationShortcuts::ApplicationShortcuts(const CaptionCommandsModel& commands,
-                                           const QWindow& captions)
-    : commands_(commands), captions_(captions) {
+ApplicationShortcuts::ApplicationShortcuts(const CaptionCommandsModel& commands)
+    : commands_(commands) {
     qGuiApp->installEventFilter(this);
 }
 
 int ApplicationShortcuts::commandOf(const QKeyEvent& keys) const {
     if ((keys.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier)) == Qt::NoModifier)
         return -1;
-    const QString pressed =
-        QKeySequence(keys.keyCombination()).toString(QKeySequence::PortableText);
+    const int key = keyWithoutShift(keys.key(), keys.modifiers(), keys.nativeScanCode());
+    const QString pressed = QKeySequence(QKeyCombination(keys.modifiers(), Qt::Key(key)))
+                                .toString(QKeySequence::PortableText);
     for (int row = 0; row < commands_.rowCount(); ++row) {
         const QModelIndex index = commands_.index(row);
         if (commands_.data(index, CaptionCommandsModel::KeysRole) == pressed &&
@@ -43,8 +46,7 @@ bool ApplicationShortcuts::eventFilter(QObject* watched, QEvent* event) {
     const bool isOverride = event->type() == QEvent::ShortcutOverride;
     if (!isOverride && event->type() != QEvent::KeyPress)
         return false;
-    const auto* const window = qobject_cast<QWindow*>(watched);
-    if (!window || window == &captions_)
+    if (!qobject_cast<QWindow*>(watched))
         return false;
     const auto* const keys = static_cast<QKeyEvent*>(event);
     const int command = commandOf(*keys);

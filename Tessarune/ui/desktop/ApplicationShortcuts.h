@@ -4,17 +4,16 @@
 
 #include <QKeyEvent>
 #include <QObject>
-#include <QWindow>
 
 namespace tessarune {
 
-/// Handles the shortcuts of the settings in every window except the caption window, which handles
-/// them itself. A shortcut runs before the window gets the keys. It needs a modifier other than
-/// Shift, because other keys are for typing; copying selected text has precedence over copying the
-/// captions. Main thread; all references must outlive it.
+/// Handles the shortcuts of the settings in every window, before the window gets the keys. They
+/// need a modifier other than Shift, because other keys are for typing; the caption window, where
+/// nobody types, handles those itself. Copying selected text has precedence over copying the
+/// captions. Main thread; the commands must outlive it.
 class ApplicationShortcuts : public QObject {
   public:
-    ApplicationShortcuts(const CaptionCommandsModel& commands, const QWindow& captions);
+    explicit ApplicationShortcuts(const CaptionCommandsModel& commands);
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -23,7 +22,6 @@ class ApplicationShortcuts : public QObject {
     int commandOf(const QKeyEvent& keys) const;
 
     const CaptionCommandsModel& commands_;
-    const QWindow& captions_;
 };
 
 } // namespace tessarune

@@ -16,7 +16,7 @@ void DesktopProgram::watchSystem() {
     observations_.follow(motion_.isReduced,
                          [this] { DesktopLook::setReducesMotion(*motion_.isReduced); });
     watchRecordings();
-    shortcuts_.emplace(window_->commands(), window_->window());
+    shortcuts_.emplace(window_->commands());
     screenshots_.emplace(ScreenshotService::Environment{
         host_, application_.files, application_.settings, application_.notifications,
         store().view(), [this] { return session_.keepsTexts(); },

@@ -125,12 +125,13 @@ void ShortcutsModel::cancel() {
         announceAll();
 }
 
-void ShortcutsModel::press(int key, int modifiers) {
+void ShortcutsModel::press(int key, int modifiers, quint32 scanCode) {
     if (recording_ < 0 || isModifier(key))
         return;
     const int row = std::exchange(recording_, -1);
-    const auto keys = storedKeys(
-        key, Qt::KeyboardModifiers::fromInt(static_cast<Qt::KeyboardModifiers::Int>(modifiers)));
+    const auto held =
+        Qt::KeyboardModifiers::fromInt(static_cast<Qt::KeyboardModifiers::Int>(modifiers));
+    const auto keys = storedKeys(keyWithoutShift(key, held, scanCode), held);
     if (keys && key != Qt::Key_Escape) {
         ShortcutSetting& shortcut = rows_[static_cast<std::size_t>(row)].shortcut;
         shortcut.modifiers = keys->modifiers;

@@ -40,7 +40,7 @@ class ShortcutsModel final : public QAbstractListModel {
     Q_INVOKABLE void cancel();
     /// Sets the keys of the row that is being recorded, and ends the recording. Modifiers alone are
     /// ignored; Escape ends the recording without a change.
-    Q_INVOKABLE void press(int key, int modifiers);
+    Q_INVOKABLE void press(int key, int modifiers, quint32 scanCode);
     Q_INVOKABLE void clear(int row);
     Q_INVOKABLE void restore(int row);
     Q_INVOKABLE void restoreAll();

@@ -88,7 +88,7 @@ ScrollArea {
                 Keys.onShortcutOverride: event => event.accepted = true
                 Keys.onPressed: event => {
                     event.accepted = true;
-                    root.shortcuts.press(event.key, event.modifiers);
+                    root.shortcuts.press(event.key, event.modifiers, event.nativeScanCode);
                 }
             }
 
