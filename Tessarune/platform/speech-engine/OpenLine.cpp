@@ -19,8 +19,8 @@ namespace {
 
 /// The passes that must agree on a word before it is shown or replaces a shown one.
 constexpr std::size_t looksToAgree = 2;
-/// A shown word is fixed once so many passes in a row have had it and so many words follow it:
-/// the more words follow, the less sound is left that could change it.
+/// A shown word is fixed once `looks` passes in a row have had it and `wordsBehind` words follow
+/// it: the more words follow, the less sound is left that could change the word.
 struct FixingRule {
     std::size_t looks;
     std::size_t wordsBehind;
@@ -32,12 +32,12 @@ constexpr double clauseSeconds = 2;
 constexpr double anywhereSeconds = 3;
 /// The minimum number of words that are settled at once.
 constexpr std::size_t fewestWords = 3;
-/// A single word may occur three times in a row, a longer run twice.
+/// A single word may occur three times in a row, a run of two to `longestRepeat` words twice.
 constexpr std::size_t longestRepeat = 4;
 constexpr std::size_t timesOfAWord = 3;
 constexpr std::size_t timesOfARun = 2;
 /// The number of words at the end of a line that are searched for in the next one.
-constexpr std::size_t mostWordsAgain = 4;
+constexpr std::size_t overlapWords = 4;
 
 constexpr std::array<std::string_view, 6> hesitations{"uh", "um", "er", "ah", "uhm", "hmm"};
 
@@ -99,7 +99,7 @@ class OpenLine::Merge {
             keep(shownEnd);
             return true;
         }
-        // Passes must agree on the words and that there are no others.
+        // Passes must agree on the new words and that the shown ones are gone.
         const bool replaces =
             isComplete_ || (all(shown_, nextShown_, shownEnd,
                                 [](const Word& word) { return word.missed >= looksToAgree; }) &&
@@ -109,13 +109,15 @@ class OpenLine::Merge {
             put(nextGuess_, guessEnd, true);
         else
             keep(shownEnd);
+        // As many or fewer words of a single pass count as another version of the shown words.
         return replaces || (guessEnd - nextGuess_ <= shownEnd - nextShown_ &&
                             all(guess_, nextGuess_, guessEnd,
                                 [](const Word& word) { return word.looks < looksToAgree; }));
     }
 
-    /// The end of the line grows by words that two passes agree on, and loses words only to words
-    /// that they agree on. A hesitation of one pass does not hold back the words behind it.
+    /// The end of the line grows by words that two passes agree on, and loses words only if they
+    /// are replaced by such words. A hesitation of a single pass is left out, but does not hold
+    /// back the words behind it.
     void end() {
         const auto isAgreed = [this](const Word& word) {
             return isComplete_ || word.follows >= looksToAgree;
@@ -168,13 +170,13 @@ std::vector<SpeechRun> OpenLine::look(std::vector<SpeechRun> words, double begin
     countLooks(before);
     for (Word& word : shown_)
         ++word.missed;
-    Words agreed = fixedToSettle();
-    const std::size_t fixed = agreed.size();
+    Words unsettled = fixedToSettle();
+    const std::size_t fixed = unsettled.size();
     const std::size_t shownBefore = fixed + shown_.size();
-    std::ranges::move(Merge(std::move(shown_), guess_, false).run(), std::back_inserter(agreed));
-    const std::size_t count = wordsToSettle(agreed, shownBefore, begin);
-    agreed.erase(agreed.begin(), agreed.begin() + static_cast<std::ptrdiff_t>(fixed));
-    shown_ = count > 0 || looksAgainSoon ? std::move(agreed) : guess_;
+    std::ranges::move(Merge(std::move(shown_), guess_, false).run(), std::back_inserter(unsettled));
+    const std::size_t count = wordsToSettle(unsettled, shownBefore, begin);
+    unsettled.erase(unsettled.begin(), unsettled.begin() + static_cast<std::ptrdiff_t>(fixed));
+    shown_ = count > 0 || looksAgainSoon ? std::move(unsettled) : guess_;
     std::vector<SpeechRun> settled = settle(count);
     fix(wordsToFix());
     return settled;
@@ -209,7 +211,7 @@ void OpenLine::updateFixed(const Divided& guess) {
 }
 
 void OpenLine::countLooks(const Words& before) {
-    auto nextBefore = before.begin(); // behind the last word that is no hesitation
+    auto nextBefore = before.begin(); // behind the last common word that is not a hesitation
     auto next = guess_.begin();
     for (const auto& [old, now] : commonSubsequence(before, guess_, sameKey)) {
         const auto wordBefore = before.begin() + static_cast<std::ptrdiff_t>(old);
@@ -226,14 +228,14 @@ void OpenLine::countLooks(const Words& before) {
 }
 
 std::vector<SpeechRun> OpenLine::rest(std::vector<SpeechRun> words) const {
-    const Divided last = divide(std::move(words));
+    const Divided complete = divide(std::move(words));
     OpenLine updated = *this;
     if (last_.empty())
-        updated.updateFixed(last);
+        updated.updateFixed(complete);
     Words all = updated.fixedToSettle();
     for (Word& word : updated.shown_)
         ++word.missed;
-    std::ranges::move(Merge(std::move(updated.shown_), last.open, true).run(),
+    std::ranges::move(Merge(std::move(updated.shown_), complete.open, true).run(),
                       std::back_inserter(all));
     return runsOf(all);
 }
@@ -244,8 +246,8 @@ void OpenLine::follow(std::vector<SpeechRun> last, double through) {
     settledThrough_ = through;
 }
 
-/// The times of words that the last pass did not have are from an earlier one, which divided the
-/// line otherwise: they are moved between those of their neighbours.
+/// A word that the last pass did not have still has the times of an earlier pass, which may overlap
+/// those of its neighbours: they are limited so that the words follow one another.
 std::vector<SpeechRun> OpenLine::runsOf(const Words& words) const {
     std::vector<SpeechRun> runs;
     runs.reserve(words.size());
@@ -290,11 +292,12 @@ OpenLine::Words OpenLine::withoutRepeats(std::vector<SpeechRun> runs) {
 }
 
 /// Finds the place in a guess at which the words of `front` end and those of `behind` begin: where
-/// both match best. A matching word counts 1; a changed, inserted or missing one counts -1, so that
-/// a common word much later is not taken for a settled one. Inserted words belong to the following
-/// text. A missing or changed word counts as changed: this sometimes shows one word too many, which
-/// the next pass corrects; one word too few would be repeated. Hesitations do not count, since the
-/// engine writes them down or not.
+/// both match best. A matching word counts 1; a changed or missing one counts -1, so that a common
+/// word much later is not taken for a settled one. An inserted word counts -1 in `behind` and -1.5
+/// in `front`, because it rather belongs to the following text. A word of `front` that may be
+/// missing or changed counts as changed: this sometimes leaves out one word too many, which the
+/// next pass shows; if one too few were left out, a word would be shown twice. Hesitations do not
+/// count, because the engine does not always write them.
 OpenLine::Joint OpenLine::jointOf(const Words& front, bool beginsInside, const Words& behind,
                                   const Words& guess) {
     Joint joint =
@@ -322,21 +325,22 @@ OpenLine::Keys OpenLine::keysOfSpoken(const Words& words) {
 OpenLine::Joint OpenLine::jointOfSpoken(const Keys& front, bool beginsInside, const Keys& behind,
                                         const Keys& guess) {
     const auto step = [](std::string_view a, std::string_view b) { return a == b ? 1.0 : -1.0; };
-    constexpr double putInFront = -1.5;
-    std::vector<double> frontFit; // best of a `front` that ends before each place
+    constexpr double insertedInFront = -1.5;
+    std::vector<double> frontFit; // for each place, the best fit of a `front` that ends before it
     for (std::size_t words = 0; words <= guess.size(); ++words)
-        frontFit.push_back(putInFront * static_cast<double>(words));
+        frontFit.push_back(insertedInFront * static_cast<double>(words));
     for (const std::string_view word : front) {
         double before = frontFit.front();
         frontFit.front() -= beginsInside ? 0 : 1;
         for (std::size_t i = 0; i < guess.size(); ++i) {
-            const bool isSpoilt = beginsInside && i == 0; // a word that was cut
+            const bool isCut = beginsInside && i == 0; // the line may begin inside a word
             const double best = std::max({before + step(word, guess[i]), frontFit[i + 1] - 1,
-                                          isSpoilt ? 0 : frontFit[i] + putInFront});
+                                          isCut ? 0 : frontFit[i] + insertedInFront});
             before = std::exchange(frontFit[i + 1], best);
         }
     }
-    std::vector<double> behindFit(guess.size() + 1, 0); // of a `behind` that begins at each place
+    // For each place, the best fit of a `behind` that begins there.
+    std::vector<double> behindFit(guess.size() + 1, 0);
     for (auto word = behind.rbegin(); word != behind.rend(); ++word) {
         double after = behindFit.back();
         behindFit.back() -= 1;
@@ -366,7 +370,7 @@ std::size_t OpenLine::lengthOfFixed(const Words& guess) const {
 OpenLine::Words OpenLine::endOf(const Words& words) {
     std::size_t spoken = 0;
     auto first = words.end();
-    while (first != words.begin() && spoken < mostWordsAgain)
+    while (first != words.begin() && spoken < overlapWords)
         spoken += isHesitation(*--first) ? 0 : 1;
     return {first, words.end()};
 }
@@ -382,7 +386,7 @@ std::size_t OpenLine::wordsToSettle(const Words& words, std::size_t shownBefore,
     const auto doubtful = std::ranges::find_if_not(words, &Word::isAgreed);
     const auto agreed = static_cast<std::size_t>(doubtful - words.begin());
     const std::size_t fixed = fixed_.size() - settled_;
-    std::vector<bool> isCertain(words.size());
+    std::vector<bool> isCertain(words.size()); // whether a settled text may end with the word
     for (std::size_t i = 0; i < fixed; ++i)
         isCertain[i] = !repeatsAt(words, i);
     const Words behindFixed(words.begin() + static_cast<std::ptrdiff_t>(fixed), words.end());
@@ -391,7 +395,7 @@ std::size_t OpenLine::wordsToSettle(const Words& words, std::size_t shownBefore,
         isCertain[place] = place < agreed && guess_[guessed].looks >= looksToAgree &&
                            guessed + 1 < guess_.size() && !repeatsAt(words, place);
     }
-    const double open =
+    const double openSeconds =
         guess_.back().run.audioEnd.value_or(begin) - settledThrough_.value_or(begin);
     std::string text;
     for (const Word& word : words)
@@ -409,9 +413,9 @@ std::size_t OpenLine::wordsToSettle(const Words& words, std::size_t shownBefore,
     }
     if (sentence > 0)
         return sentence;
-    if (clause > 0 && open >= clauseSeconds)
+    if (clause > 0 && openSeconds >= clauseSeconds)
         return clause;
-    return open >= anywhereSeconds && isCertain.back() ? words.size() : 0;
+    return openSeconds >= anywhereSeconds && isCertain.back() ? words.size() : 0;
 }
 
 /// Returns how many of the shown words can be fixed: none while the line may begin with words of

@@ -17,7 +17,7 @@ namespace tessarune {
 /// shown once two passes in a row have them, and a shown word stays until two passes agree on
 /// another one; the words after it are unaffected. A shown word with enough words after it is
 /// fixed: it does not change any more, so that a late change does not move a whole line of text. A
-/// hesitation ("um") that is shown stays unless passes agree on words in its place, and none is
+/// shown hesitation ("um") stays unless passes agree on words in its place, and no hesitation is
 /// inserted between shown words, because the engine reports hesitations in one pass and omits them
 /// in the next.
 ///
@@ -30,36 +30,41 @@ namespace tessarune {
 /// and two of a run of two to four words, are kept.
 ///
 /// The sound of a line may begin before the previous line has ended: the engine cuts long lines
-/// anywhere and hears a little before each beginning. Its guesses then begin with words of the
-/// previous line, which are left out.
+/// anywhere and adds a little sound before each beginning. The guesses of the line then begin with
+/// words of the previous line, which are left out.
 class OpenLine {
   public:
     /// Takes the engine's current guess of all words of the line, one run per word without blanks,
-    /// and the start time of the line. Returns the words that this pass settles. If the next pass
-    /// does not follow soon, all words are shown.
+    /// and the start of the line in seconds of the session. Returns the words that this pass
+    /// settles. If the next pass does not follow soon, all words are shown.
     std::vector<SpeechRun> look(std::vector<SpeechRun> words, double begin, bool looksAgainSoon);
 
     /// The shown words after the settled ones.
     std::vector<SpeechRun> shown() const;
 
-    /// The words of the complete line `words` that are not settled yet. Fixed words are kept.
+    /// Takes the engine's words of the complete line. Returns those that are not settled yet,
+    /// including fixed words that the complete line lacks.
     std::vector<SpeechRun> rest(std::vector<SpeechRun> words) const;
 
-    /// Starts another line.
+    /// Starts another line, which does not overlap the previous one.
     void clear() { *this = {}; }
 
-    /// Another line begins, whose sound may repeat the end of `last`; `through` is where the line
-    /// before ended, in seconds of the session: no word of this one begins sooner.
+    /// Starts another line, which overlaps the previous one and may repeat its last words. `last`
+    /// are the words of the previous line, and `through` is its end in seconds of the session: no
+    /// word of the new line begins sooner.
     void follow(std::vector<SpeechRun> last, double through);
 
   private:
     struct Word {
         SpeechRun run;
         std::string key;
-        std::size_t looks = 1;   ///< of a guess: the number of passes in a row that have had it
-        std::size_t follows = 1; ///< of a guess: of these, the last that had it in its place
-        bool isAgreed = false;   ///< of a shown word: two looks had it in its place
-        std::size_t missed = 0;  ///< of a shown or fixed word: the passes in a row without it
+        // Of a word of a guess
+        std::size_t looks = 1;   ///< how many passes in a row, up to this one, had the word
+        std::size_t follows = 1; ///< how many of them, up to this one, had it after the same word
+        // Of a shown word
+        bool isAgreed = false; ///< two passes had the word in its place
+        // Of a shown or fixed word
+        std::size_t missed = 0; ///< how many passes in a row, up to the last one, lacked the word
     };
     using Words = std::vector<Word>;
     class Merge;
@@ -79,7 +84,7 @@ class OpenLine {
                                const Keys& guess);
     struct Divided {
         Words front; ///< the guess at the fixed words
-        Words open;
+        Words open;  ///< the guess at the words after them
     };
     Divided divide(std::vector<SpeechRun> words) const;
     std::size_t lengthOfFixed(const Words& guess) const;
@@ -94,12 +99,15 @@ class OpenLine {
     void fix(std::size_t count);
     std::vector<SpeechRun> settle(std::size_t count);
 
-    Words last_; ///< end of the previous line, until words of this one are settled
+    Words last_; ///< the end of the previous line, until words of this line are settled
+    /// The first words, which no longer change. While `last_` is not empty, the repeated words of
+    /// the previous line.
     Words fixed_;
-    std::size_t settled_ = 0;              ///< how many of the fixed words are settled
-    Words guess_;                          ///< of the last pass, after the fixed words
-    Words shown_;                          ///< after the fixed words
-    std::optional<double> settledThrough_; ///< seconds of the session
+    std::size_t settled_ = 0; ///< how many of the fixed words are settled
+    Words guess_;             ///< of the last pass, after the fixed words
+    Words shown_;             ///< after the fixed words
+    /// The end of the settled words or of the previous line, in seconds of the session.
+    std::optional<double> settledThrough_;
 };
 
 } // namespace tessarune

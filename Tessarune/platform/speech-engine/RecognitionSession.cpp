@@ -17,7 +17,8 @@ constexpr double warmUpSeconds = 3;
 /// The maximum seconds of sound that are replayed to a new stream. The engine opens a line at most
 /// this long after the first sound of the line.
 constexpr double recentSeconds = 3;
-/// Live sound may arrive by this much faster than real time, because it comes in batches.
+/// The sound of a pass counts as live if it is at most this much longer than the time since the
+/// last pass: live sound comes in batches.
 constexpr double liveSlackSeconds = 0.5;
 
 constexpr auto samplesIn(double seconds) {
@@ -174,7 +175,7 @@ void RecognitionSession::closeIfStalled() {
 }
 
 /// Runs `work` on the worker queue after this many seconds and after all pending work, unless the
-/// session has ended before.
+/// session has ended by then.
 template <typename Work>
 void RecognitionSession::later(double seconds, Work work) {
     const auto onWorker = [weak = weak_from_this(), worker = worker_, work] {
@@ -240,9 +241,9 @@ void RecognitionSession::forgetOldLines() {
 /// not part of a line yet.
 void RecognitionSession::restart() {
     const double heard = takenSeconds();
-    const double again = std::min(heard - reader_.completeThrough(),
-                                  static_cast<double>(recent_.size()) / speechSampleRate);
-    const std::size_t count = samplesIn(std::max(again, 0.0));
+    const double replayed = std::min(heard - reader_.completeThrough(),
+                                     static_cast<double>(recent_.size()) / speechSampleRate);
+    const std::size_t count = samplesIn(std::max(replayed, 0.0));
     stream_.emplace(model_);
     stream_->add(
         std::vector<float>(recent_.end() - static_cast<std::ptrdiff_t>(count), recent_.end()));

@@ -28,8 +28,8 @@ struct RecognitionBacklog {
 
 /// Feeds the sound of one session to the engine. All functions but `end` run on the given worker
 /// queue; the results go to a stream that is read elsewhere. The first failure of the engine ends
-/// that stream with the failure; later sound is dropped. Made with `std::make_shared`: scheduled
-/// work ends with the session. The host must outlive it.
+/// that stream with the failure; later sound is dropped. Create it with `std::make_shared`:
+/// scheduled work does not keep the session alive. The host must outlive it.
 class RecognitionSession : public std::enable_shared_from_this<RecognitionSession> {
   public:
     RecognitionSession(Host& host, Executor worker, std::shared_ptr<SpeechModels> models,
@@ -49,7 +49,7 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     /// Resumes `done` when this is decided, after `longestWaitForRest` at the latest; its value
     /// means nothing.
     void closeLine(double cutoff, OneShot<bool> done);
-    /// Recreates the engine's stream if its list is long and no line is open.
+    /// Recreates the engine's stream if its list of lines is long and no line is open.
     void forgetOldLines();
     /// Frees the engine's stream and stores the measured speed of the model.
     void release();
@@ -62,8 +62,8 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
   private:
     /// Sums over the passes on live sound with an open line. They give the speed of the model.
     struct PassCosts {
-        double seconds = 0;
-        double lineSeconds = 0; ///< lengths of the open line at each pass
+        double seconds = 0;     ///< the work of the passes
+        double lineSeconds = 0; ///< the lengths of the open line at the passes
         std::size_t passes = 0;
     };
 
@@ -99,14 +99,14 @@ class RecognitionSession : public std::enable_shared_from_this<RecognitionSessio
     HighPass highPass_;
     HumFilter humFilter_;
     std::uint64_t takenSamples_ = 0;
-    std::vector<float> recent_; ///< the last seconds of sound, for a new stream
-    bool hasNewSound_ = false;  ///< that no pass has covered
+    std::vector<float> recent_; ///< the last seconds of the filtered sound, for a new stream
+    bool hasNewSound_ = false;  ///< whether there is sound that no pass has covered
 
     // The schedule of the passes
-    double nextPassAt_ = 0;           ///< host time; with `enoughSound` a pass may be earlier
+    double nextPassAt_ = 0;           ///< host time; a pass over `enoughSound` may be earlier
     double lastPassAt_ = 0;           ///< host time of its start
     std::optional<double> passDueAt_; ///< host time for which the next pass is scheduled
-    std::uint64_t passRound_ = 0;     ///< of the latest schedule; older ones are void
+    std::uint64_t passRound_ = 0;     ///< counts the scheduled passes; only the latest takes place
 
     StallWatch stall_;
     LineClosing closing_;
