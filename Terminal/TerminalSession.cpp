@@ -69,8 +69,8 @@ Task<void> TerminalSession::run() {
         throw RunFailure(ExitStatus::cannotWrite, ""); // already reported
 }
 
-/// Reports the delay or, for a fast file, the progress: such a file is always some seconds ahead of
-/// the recogniser.
+/// Reports the delay. For a file that is read faster than real time it reports the progress
+/// instead, because the recogniser is always some seconds behind such a file.
 void TerminalSession::watchDelay() {
     const auto* file = std::get_if<FileSource>(&command_.source);
     if (!file || !file->fast)

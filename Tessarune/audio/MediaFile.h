@@ -37,8 +37,9 @@ class MediaFileError : public std::runtime_error {
 /// its end.
 ///
 /// Used by one thread at a time; reading and seeking wait for the disk. Memory does not grow with
-/// the file. Skips small damage as players do; throws `damaged` if nothing more can be decoded, and
-/// after the last sound of a file that is shorter than it states.
+/// the file. Skips small damage as players do. Throws `damaged` if nothing more can be decoded. If
+/// the file is shorter than its header states, it first gives all the sound that there is, and then
+/// throws `damaged`.
 class MediaFile {
   public:
     /// The maximum length of a block from `read`.

@@ -30,7 +30,7 @@ Table recognition() {
            "\"partial\", \"final\", or a mark: \"settings\" (of the captions, from here on), "
            "\"open\" (text that was already shown), \"withdrawn\" (the partial was withdrawn), "
            "\"stopped\" (partials no longer count), \"sealed\" (the open text became rows), "
-           "\"ended\" (the rows are those of the timeline)"},
+           "\"ended\" (the session ended; its rows are those of `timeline.json`)"},
           {"text", "the recognised text; of \"settings\" and \"open\" their content"},
           {"revision, timestamp", "of a partial: its number and when it was made"},
           {"start, end, reason", "of a final: its span, and why it was issued"},
@@ -48,7 +48,7 @@ Table recognition() {
            "the recogniser's confidence, if it reports one"},
           audioSpan,
           {"mappedStartEpochSeconds, mappedEndEpochSeconds, latestAudioTimeSeconds",
-           "the same on the session's clock; the seconds of sound fed so far"},
+           "the start and end of this span in seconds since 1970; the seconds of sound fed so far"},
           {"revisionBeforeTessaruneProcessing, pendingPartialBeforeTessaruneProcessing",
            "the state of the program's partials"},
           textHash,
@@ -84,8 +84,8 @@ Table recognition() {
           {"finalLastPartialSimilarity, finalToLastPartialWordRatio", "how the two differ"},
           {"alternativeTranscriptionsRequested, shouldKeepFinalWordTimings, "
            "suppressedFinalsUntilAudioTime",
-           "whether the final's word times belong to the text; the time up to which finals are "
-           "dropped"}}},
+           "whether alternative texts were requested; whether the final's word times belong to "
+           "the text; the time up to which finals are dropped"}}},
         {"refineLifecycleEvents",
          {schema,
           eventName,
@@ -125,7 +125,7 @@ Table recognition() {
           refinedRecording,
           {"index, sourceLanguage, targetLanguage", "the sentence, and its languages"},
           {"sourceCharacters, sourceWords, sourceHash, sourcePreview",
-           "size and hash of the sentence"},
+           "size, hash and beginning of the sentence"},
           {"elapsedSeconds", "how long it took"},
           {"translatedCharacters, translatedHash, translatedPreview", "of a success"},
           {"error", "of a failure"}}}};

@@ -34,7 +34,8 @@ struct HistoryTranscriptExportDocument {
     Content content = Content::source;
     /// The recording's source text, or for the other contents its bilingual text.
     std::string text;
-    /// In the order of time. A source text has one per row, or fewer.
+    /// In the order of time. Of a source text, the n-th belongs to the n-th row; the last rows may
+    /// have none.
     std::vector<HistoryWordTimeline::Sentence> sentenceTimings;
 
     std::vector<TranscriptRow> transcriptRows() const;

@@ -77,7 +77,7 @@ std::string RecordingCatalog::readingProblem() {
             return localized("The list of recordings, %@, is missing. The next recorded session "
                              "rebuilds it from the recordings.",
                              {paths_.recordingIndex().string()});
-        // If the folder cannot be read, its recordings look as if they were missing.
+        // Throws if the folder cannot be read; its recordings would look as if they were missing.
         files_.list(paths_.recordings());
     } catch (const std::exception& error) {
         return localized("The recordings cannot be read: %@", {error.what()});
@@ -140,7 +140,8 @@ bool RecordingCatalog::isAside(const std::string& name) const {
     return name.starts_with(paths_.recordingIndex().filename().string() + std::string(asideMark));
 }
 
-/// Copies an unreadable index aside and returns the path; empty if there was nothing to copy.
+/// Copies an index that cannot be decoded to a file beside it, and returns the path; empty if there
+/// was nothing to copy.
 /// Throws if no copy could be made.
 std::filesystem::path RecordingCatalog::keepAside(const std::string& bytes) {
     if (Text::trimmed(bytes).empty())
@@ -151,7 +152,7 @@ std::filesystem::path RecordingCatalog::keepAside(const std::string& bytes) {
     return aside;
 }
 
-/// Moves an index aside whose bytes cannot be read, and returns the new path.
+/// Moves an index that cannot be read from the disk aside, and returns the new path.
 std::filesystem::path RecordingCatalog::moveAside() {
     auto aside = asidePath();
     files_.rename(paths_.recordingIndex(), aside);
@@ -163,7 +164,8 @@ bool RecordingCatalog::deleteAll() {
     bool cleared = false;
     queue_->sync([&] {
         deleted_.merge(loadIndex().index.ids());
-        // The sound goes last: as long as it is there, the history shows what is not deleted yet.
+        // The sound goes last: if the deletion stops halfway, the history still lists the
+        // recordings with sound, and the user can delete them again.
         for (const auto& folder :
              {paths_.transcripts(), paths_.diagnostics(), paths_.recordings()}) {
             try { // its content first: the folder may be a link to another disk

@@ -117,12 +117,12 @@ class RecordingCatalog {
         bool bilingualSaved = false;
     };
     /// Replaces the texts that a session saved with newer texts of the same source, if the
-    /// recording is listed and was not refined meanwhile, by this program or another one. No
+    /// recording is listed and was not refined meanwhile, by this process or another one. No
     /// deletion can happen in between.
     TranscriptUpdate updateTranscripts(std::string_view sourceText, std::string_view bilingualText,
                                        const UUID& id);
     /// The same for transcripts that could not be saved at the end of their session. A text that
-    /// another program recovered from the journal is no refinement, and is replaced.
+    /// another process recovered from the journal is no refinement, and is replaced.
     TranscriptUpdate saveTranscriptsAgain(std::string_view sourceText,
                                           std::string_view bilingualText,
                                           const std::optional<HistoryWordTimeline>& wordTimeline,

@@ -15,7 +15,7 @@ namespace tessarune {
 
 /// The content of a session's journal: NDJSON, one object per line (docs/data-directory.md).
 struct SessionJournalContent {
-    /// The start of the recording on the clock of the rows' times, in seconds; see
+    /// When the recording started, in seconds of the same clock as the times of the rows; see
     /// RecordingMetadata::monotonicStart.
     std::optional<double> recordingStartedAt;
     std::string recognitionOptionID;
@@ -30,7 +30,7 @@ struct SessionJournalContent {
 
     static std::optional<std::string> sessionLine(double recordingStartedAt,
                                                   std::string_view recognitionOptionID);
-    /// Without words, those of an earlier line of the row remain valid.
+    /// If `words` is empty, the words of an earlier line of the same row remain valid.
     static std::optional<std::string> rowLine(const CaptionSegment& row,
                                               std::span<const WordEvent> words);
 };

@@ -50,7 +50,8 @@ class AppSettings {
     // Recognition and captions
     Setting<std::string> selectedRecognitionOptionID;
     Setting<std::string> speechModel; ///< "automatic" or a model's name
-    Setting<std::string> modelMirror; ///< replaces the publishers' servers; empty: none
+    Setting<std::string>
+        modelMirror; ///< a server to use instead of the publishers'; empty: no mirror
     Setting<bool> sentenceSegmentation;
     Setting<bool> trueFreeze;
     Setting<bool> clauseLevelSegmentation;

@@ -9,7 +9,8 @@ namespace tessarune {
 
 namespace {
 
-/// Constructed on first use, so that logging is safe during start-up and shutdown.
+/// Constructed on first use and never destroyed, so that logging is safe during start-up and
+/// shutdown.
 struct Shared {
     std::atomic<std::shared_ptr<const TessaruneLog::Sink>> sink;
     Mutex line; // one line at a time

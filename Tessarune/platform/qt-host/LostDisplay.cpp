@@ -16,7 +16,8 @@ namespace {
 
 /// Longer than the last work takes.
 constexpr unsigned long longestWaitMS = 10'000;
-/// A main thread that has used no processor time for so long waits for the rendering thread.
+/// If the main thread uses no processor time for this long, it is taken to be waiting for the
+/// rendering thread.
 constexpr unsigned long blockedMS = 1'000;
 constexpr unsigned long checkMS = 50;
 
@@ -54,9 +55,9 @@ long long processorTimeOfMainThread() {
     return used.tv_sec * 1'000'000'000LL + used.tv_nsec;
 }
 
-/// The rendering thread may notice the loss first. It must not return to Xlib, which would end the
-/// process, so the main thread may wait for it in vain, with the work in its queue. Then this
-/// thread does the work in its place.
+/// The rendering thread may notice the loss first. If it returned to Xlib, Xlib would end the
+/// process, so it stays here. The main thread may be blocked, waiting for the rendering thread, and
+/// then never reaches the queued work; in that case the rendering thread does the work itself.
 void doLastWorkOnMainThread() {
     QCoreApplication* const application = QCoreApplication::instance();
     if (application && QThread::currentThread() != application->thread()) {

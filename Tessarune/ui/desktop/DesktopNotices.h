@@ -30,10 +30,10 @@ class DesktopNotices {
     }
     /// Replaces the notice on the topic by the text, or removes it if the text is empty.
     void tell(Topic topic, const std::string& text, Kind kind = Kind::trouble);
-    /// Then older ones are shown, if there are any.
+    /// Removes the notices that are shown; older ones, if any, take their place.
     void dismissShown();
-    /// The newest notices, one per line, and how many more there are; trouble if any of them all
-    /// is.
+    /// The newest notices, one per line, and the number of hidden ones. It is trouble if any
+    /// notice, shown or hidden, is trouble.
     const Published<CaptionNotice>& shown() const { return shown_; }
 
   private:

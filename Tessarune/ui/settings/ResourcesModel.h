@@ -36,8 +36,8 @@ class ResourcesModel final : public QAbstractListModel {
     Q_OBJECT
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
 
-    /// Why the rows could not be read again, or that the setting is unreadable or names none of
-    /// these resources; empty otherwise.
+    /// A problem to show: the rows could not be read, the setting is unreadable, or it names none
+    /// of these resources. Empty if there is none.
     Q_PROPERTY(QString problem READ problem NOTIFY problemChanged)
 
   public:
@@ -55,8 +55,7 @@ class ResourcesModel final : public QAbstractListModel {
         ProgressRole, ///< 0 to 1; negative: unknown
     };
 
-    /// The source of the resources. On failure, `download` and `remove` throw with a text for the
-    /// user.
+    /// The source of the resources. On failure, its functions throw with a text for the user.
     struct Source {
         using Progress = std::function<void(std::uint64_t received, std::uint64_t expected)>;
 
