@@ -157,6 +157,16 @@ TEST_F(CaptionToolbarTests, AnyWindowHasRoomForItsToolbarAndAllOfItsMenu) {
     QTest::keyClick(&window, Qt::Key_Return);
     EXPECT_EQ(captions.asked, (std::vector<std::string>{"refresh", "quit", "refresh", "quit"}))
         << "still the last entry";
+
+    captions.session.inputDevices = std::vector<AudioInputDevices::Device>(50, {"x", "X", false});
+    QTest::mouseClick(&window, Qt::RightButton, {}, {200, 100});
+    QTest::keyClick(&window, Qt::Key_Home);
+    QTest::mouseMove(menu, {60, menu->height() - 30});
+    runFor(100);
+    const int pointed = entries->property("currentIndex").toInt();
+    QTest::keyClick(&window, Qt::Key_Down);
+    runFor(100);
+    EXPECT_EQ(entries->property("currentIndex"), pointed + 1) << "scrolls below the pointer";
 }
 
 } // namespace

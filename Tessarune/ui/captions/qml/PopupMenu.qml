@@ -46,15 +46,21 @@ Item {
                 highlightMoveDuration: 0
                 // Creates all entries, so that the size is known.
                 cacheBuffer: 10000
+            }
 
-                // Pointer and keys share the current entry. A list that scrolls under a resting
-                // pointer changes nothing.
-                HoverHandler {
-                    onPointChanged: {
-                        const entry = list.indexAt(point.position.x, point.position.y + list.contentY);
-                        if (entry >= 0)
-                            list.currentIndex = entry;
-                    }
+            // Pointer and keys share the current entry. It is here and not in the list, where positions
+            // would change with each scroll. After a scroll Qt repeats the position of a resting pointer.
+            HoverHandler {
+                property point last: Qt.point(-1, -1)
+
+                onPointChanged: {
+                    const at = list.mapFromItem(parent, point.position);
+                    if (at.x === last.x && at.y === last.y)
+                        return;
+                    last = at;
+                    const entry = list.contains(at) ? list.indexAt(at.x, at.y + list.contentY) : -1;
+                    if (entry >= 0)
+                        list.currentIndex = entry;
                 }
             }
 
