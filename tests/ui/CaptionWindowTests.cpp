@@ -444,6 +444,11 @@ TEST_F(CaptionWindowTests, ANoticeIsReadToItsEndInASmallWindow) {
     captions.enter(LiveSessionPhase::failed, Kind::transcriptNotSaved); // has a message, too
     window.resize(380, 180);
     EXPECT_TRUE(runUntil(isBelowToolbar)) << "its button can be reached";
+    captions.frame.sourceTextTail = {};
+    captions.enter(LiveSessionPhase::stopping, Kind::silent); // has a button
+    captions.publish();
+    runFor(50);
+    EXPECT_TRUE(isBelowToolbar());
 }
 
 TEST_F(CaptionWindowTests, LargeTypeInALowWindowLosesItsMarginsBeforeTheNewestLine) {

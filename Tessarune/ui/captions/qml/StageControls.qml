@@ -34,7 +34,7 @@ Item {
         id: messages
 
         // The height of all messages but the notice.
-        readonly property real others: [status, quiet, translation, back].reduce((sum, pill) => sum + (pill.active ? pill.height + spacing : 0), 0)
+        readonly property real others: [status, remedy, quiet, translation, back].reduce((sum, pill) => sum + (pill.active ? pill.height + spacing : 0), 0)
 
         anchors { horizontalCenter: parent.horizontalCenter; bottom: parent.bottom; bottomMargin: 14 }
         spacing: 8
@@ -68,6 +68,7 @@ Item {
         }
 
         OnDemand {
+            id: remedy
             active: root.stage.emptyRemedy !== ""
             sourceComponent: Pill {
                 action: root.stage.emptyRemedy
