@@ -54,8 +54,10 @@ TEST_F(WelcomeWindowTests, DownloadsTheTranslationModelWithoutASampleToo) {
 
 TEST_F(WelcomeWindowTests, ShowsTheSampleAtOnceIfNothingHasToBeDownloaded) {
     page.models.models.front().isInstalled = true;
+    page.captions.settings.translationTargetLanguage = page.languages.list()[13].id; // unsupported
     page.open();
     EXPECT_TRUE(runUntil([&] { return page.model().stage() == "sample"; }));
+    EXPECT_EQ(*page.captions.settings.translationBackend, "苹果") << "nothing is chosen";
 }
 
 TEST_F(WelcomeWindowTests, CanBeSkippedAndDownloadsNothingThen) {

@@ -159,15 +159,21 @@ void WelcomeModel::applyLanguage() {
 void WelcomeModel::begin() {
     if (stage_ != Stage::ask)
         return;
-    problem_.clear();
     applyLanguage();
+    start();
+}
+
+void WelcomeModel::start() {
+    problem_.clear();
     enter(Stage::download);
     run_ = spawn(Executor::main(environment_.host), run());
 }
 
+/// Stores no language: the user has not chosen one here, and the page does not offer every language
+/// that the settings may name.
 void WelcomeModel::beginIfComplete() {
-    if (!missingSpeech() && !missingTranslation())
-        begin();
+    if (stage_ == Stage::ask && !missingSpeech() && !missingTranslation())
+        start();
 }
 
 /// The sample starts as soon as there is a speech model; it does not wait for the translation

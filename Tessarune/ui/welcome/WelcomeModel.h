@@ -89,6 +89,7 @@ class WelcomeModel final : public QObject {
     std::optional<Missing> missingSpeech() const;
     std::optional<Missing> missingTranslation() const;
     void applyLanguage();
+    void start();
     Task<void> run();
     Task<void> downloadSpeech();
     Task<void> downloadTranslation();
