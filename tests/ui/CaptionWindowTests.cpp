@@ -138,6 +138,13 @@ TEST_F(CaptionWindowTests, StartsAsItsEmptyStageSays) {
     QTest::mouseMove(&window, {240, 150});
     QTest::mouseRelease(&window, Qt::LeftButton, {}, {240, 150});
     EXPECT_TRUE(captions.asked.empty()) << "the window was moved";
+    captions.notice = CaptionNotice{"Something to read."};
+    runFor(50);
+    const auto* const notice = window.findChild<QQuickItem*>("notice");
+    const QPoint onText = notice->mapToScene({30, notice->height() / 2}).toPoint();
+    for (const QPoint point : {onText, QPoint(200, 46)}) // and below the buttons of the toolbar
+        QTest::mouseClick(&window, Qt::LeftButton, {}, point);
+    EXPECT_TRUE(captions.asked.empty()) << "beside a button";
     QTest::mouseClick(&window, Qt::LeftButton, {}, {200, 150});
     EXPECT_EQ(captions.asked, std::vector<std::string>{"toggle"});
 }

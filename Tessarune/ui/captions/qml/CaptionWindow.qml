@@ -75,9 +75,11 @@ Window {
         MoveArea {
             anchors.fill: parent
             stage: captions
-            onTapped: {
-                if (window.stage.presentation === "empty-idle")
-                    window.toolbar.toggle(); // as the text of the empty stage says
+            onTapped: (x, y) => {
+                // As the text of the empty stage says. A click on a message or beside a button of the
+                // toolbar is not meant for the stage.
+                if (window.stage.presentation === "empty-idle" && !controls.covers(x, y) && y >= (tools.item?.toolbarHeight ?? 0))
+                    window.toolbar.toggle();
             }
         }
 

@@ -11,7 +11,7 @@ MouseArea {
     property bool selects: false
     property bool moves: false
     // A press and a release that neither moved the window nor selected text.
-    signal tapped
+    signal tapped(real x, real y)
 
     acceptedButtons: Qt.LeftButton
     onPressed: mouse => {
@@ -25,12 +25,12 @@ MouseArea {
         selects = true;
         stage.selectWord(root, mouse.x, mouse.y);
     }
-    onClicked: {
+    onClicked: mouse => {
         if (selects)
             return;
         stage.clearSelection();
         if (!moves)
-            tapped();
+            tapped(mouse.x, mouse.y);
     }
     onPositionChanged: mouse => {
         if (selects)

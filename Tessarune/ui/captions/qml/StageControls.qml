@@ -16,6 +16,11 @@ Item {
     readonly property bool hasRoom: height >= Math.round(Theme.body * 20)
     signal returnRequested
 
+    // Whether a message lies at this point.
+    function covers(x: real, y: real): bool {
+        return messages.childAt(x - messages.x, y - messages.y) !== null;
+    }
+
     // Loaded on demand, because most of the time there is no message.
     component OnDemand: Loader {
         visible: active

@@ -13,6 +13,8 @@ Item {
     required property CaptionStage stage
     required property real radius
     readonly property bool menuOpen: bar.menuOpen || menu.isOpen
+    // 0 while the toolbar is hidden.
+    readonly property real toolbarHeight: bar.visible ? bar.height : 0
 
     function openMenu(item: Item, x: real, y: real) {
         toolbar.refreshSources();
