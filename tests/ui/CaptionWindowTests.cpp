@@ -1,6 +1,7 @@
 #include "Tessarune/audio/RecognitionPermissionGate.h"
 #include "Tessarune/ui/captions/MenuWindow.h"
 #include "TessaruneCore/LocalizedError.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
 #include "tests/ui/StagedCaptions.h"
 #include "tests/ui/WarningsFail.h"
 
@@ -351,7 +352,8 @@ TEST_F(CaptionWindowTests, AMissingTranslationCanBeCompletedWhateverElseIsShown)
     window.resize(380, 180);
     captions.lacksModel = true;
     captions.settle("Not translated.");
-    captions.frame.translationStatus = {"Not ready.", true, true};
+    captions.frame.translationStatus = {
+        std::string(TranslationSupport::languageResourceNotReadyMessage("de")), true, true};
     captions.enter(LiveSessionPhase::idle, Kind::transcriptNotSaved); // has a message of its own
     captions.publish();
     runFor(50);
@@ -369,6 +371,8 @@ TEST_F(CaptionWindowTests, AMissingTranslationCanBeCompletedWhateverElseIsShown)
     captions.asked.clear();
     EXPECT_TRUE(runUntil([&] { return press("补齐未完成译文"); }));
     EXPECT_EQ(captions.asked.front(), "retry");
+    const CaptionStageModel& stage = captions.window->stage();
+    EXPECT_EQ(stage.translationStatus(), "Some captions are not translated yet.");
 }
 
 TEST_F(CaptionWindowTests, ReadsAsAListOfCaptionsToOtherPrograms) {

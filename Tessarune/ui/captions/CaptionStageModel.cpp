@@ -199,8 +199,15 @@ bool CaptionStageModel::offersDownload() const {
 QString CaptionStageModel::translationStatus() const {
     const auto* const language =
         TranslationSupport::targetLanguage(*environment_.settings.translationTargetLanguage);
-    if (!language || !offersDownload())
-        return QString::fromStdString(frame().translationStatus.text);
+    if (!language || !offersDownload()) {
+        const std::string& text = frame().translationStatus.text;
+        // That text sends the reader to a settings page that is not here, and the model may have
+        // been installed since.
+        return QString::fromStdString(
+            TranslationSupport::isLanguageResourceNotReadyDisplayMessage(text)
+                ? localized("Some captions are not translated yet.")
+                : text);
+    }
     return QString::fromStdString(localized(
         "还没有%@的翻译模型。", {TranslationSupport::translationTargetDisplayName(*language)}));
 }
