@@ -93,7 +93,9 @@ Table captions() {
           {"published", "whether anything visible had changed"},
           {"captionStageRenders, captionStageSourceOnlyRenders, captionStageStandardRenders, "
            "captionStageLyricsRenders, captionStageBilingualCompareRenders",
-           "how often the stage was drawn, by layout"},
+           "how often the rows of the caption window were updated, by layout: once for each frame "
+           "and for each change of their settings, even while the window is hidden; the standard "
+           "layout is the one that compares both languages"},
           {"name, value", "of \"setting\": the setting and its new value"},
           {"phase, enabled, stableSeconds, candidateCount, visibleCount, sample, resetReason",
            "of \"softCaption\": the clauses of the open sentence that are shown"},

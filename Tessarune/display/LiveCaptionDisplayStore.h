@@ -28,7 +28,8 @@ struct LiveCaptionDisplayUpdateResult {
 /// captions only from it.
 class LiveCaptionDisplayStore {
   public:
-    /// Set to zero by `resetPerfCounters`. Views increment the counters for what they draw.
+    /// Set to zero by `resetPerfCounters`. The caption window increments its counters when it
+    /// updates its rows; the history window shows no live rows, and its counters stay 0.
     struct PerfCounters {
         double updateRequests = 0;
         double publishedFrames = 0;
