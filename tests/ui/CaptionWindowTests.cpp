@@ -373,6 +373,9 @@ TEST_F(CaptionWindowTests, AMissingTranslationCanBeCompletedWhateverElseIsShown)
     EXPECT_EQ(captions.asked.front(), "retry");
     const CaptionStageModel& stage = captions.window->stage();
     EXPECT_EQ(stage.translationStatus(), "Some captions are not translated yet.");
+    captions.lacksModel = true;
+    captions.settings.translationTargetLanguage = "fr";
+    EXPECT_EQ(stage.translationRemedy(), "下载…") << "the other language's model";
 }
 
 TEST_F(CaptionWindowTests, ReadsAsAListOfCaptionsToOtherPrograms) {

@@ -24,17 +24,23 @@ QColor colorOf(std::int64_t rgb) {
 CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment)
     : environment_(environment), settings_(environment.host, environment.settings) {
     modelLook_.setInterval(modelLookMS);
-    connect(&modelLook_, &QTimer::timeout, this, &CaptionStageModel::lookForModel);
+    const auto changed = [this] { Q_EMIT stateChanged(); };
+    const auto lookAgain = [this] {
+        lookForModel();
+        Q_EMIT stateChanged();
+    };
+    connect(&modelLook_, &QTimer::timeout, this, lookAgain);
     observations_.follow(display().frame, [this] {
         updateRows();
         if (explainedStatus_ != frame().translationStatus.text)
             lookForModel();
         Q_EMIT frameChanged();
+        Q_EMIT stateChanged();
     });
-    observations_.follow(environment_.soundName, [this] { Q_EMIT frameChanged(); });
-    observations_.follow(environment_.session.selectedSource, [this] { Q_EMIT frameChanged(); });
+    observations_.follow(environment_.soundName, changed);
+    observations_.follow(environment_.session.selectedSource, changed);
     if (environment_.waiting)
-        observations_.follow(*environment_.waiting, [this] { Q_EMIT frameChanged(); });
+        observations_.follow(*environment_.waiting, changed);
     observations_.follow(settings_.state, [this] {
         const std::pair layout(isBilingual(), swaps());
         if (std::exchange(layout_, layout) != layout)
@@ -45,10 +51,11 @@ CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment
     // The translation's font depends on the target language.
     observations_.follow(environment_.settings.translationTargetLanguage.published(),
                          [this] { Q_EMIT settingsChanged(); });
+    observations_.follow(environment_.settings.translationTargetLanguage.published(), lookAgain);
+    observations_.follow(environment_.settings.translationBackend.published(), lookAgain);
     observations_.follow(environment_.reducesMotion, [this] { Q_EMIT settingsChanged(); });
-    const auto retitle = [this] { Q_EMIT frameChanged(); };
-    observations_.add(environment_.settings.shortcutToggleRecord.keyCode.onChange(retitle));
-    observations_.add(environment_.settings.shortcutToggleRecord.modifiers.onChange(retitle));
+    observations_.add(environment_.settings.shortcutToggleRecord.keyCode.onChange(changed));
+    observations_.add(environment_.settings.shortcutToggleRecord.modifiers.onChange(changed));
     connect(&look_, &DesktopLook::changed, this, &CaptionStageModel::settingsChanged);
     layout_.emplace(isBilingual(), swaps());
     updateRows();
@@ -189,7 +196,6 @@ void CaptionStageModel::lookForModel() {
         modelLook_.start();
     else
         modelLook_.stop();
-    Q_EMIT frameChanged();
 }
 
 bool CaptionStageModel::offersDownload() const {

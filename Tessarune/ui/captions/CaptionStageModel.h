@@ -26,15 +26,15 @@ class CaptionStageModel final : public QObject {
     Q_PROPERTY(tessarune::CaptionRowsModel* translations READ translations CONSTANT)
     Q_PROPERTY(qulonglong contentRevision READ contentRevision NOTIFY frameChanged)
     /// "content", "empty-idle", "empty-checking", "empty-silent", or "clear" to show nothing.
-    Q_PROPERTY(QString presentation READ presentation NOTIFY frameChanged)
-    Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY frameChanged)
-    Q_PROPERTY(QString emptySubtitle READ emptySubtitle NOTIFY frameChanged)
+    Q_PROPERTY(QString presentation READ presentation NOTIFY stateChanged)
+    Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY stateChanged)
+    Q_PROPERTY(QString emptySubtitle READ emptySubtitle NOTIFY stateChanged)
     /// The label of the action that may solve the problem that the empty stage explains; empty if
     /// there is none.
-    Q_PROPERTY(QString emptyRemedy READ emptyRemedy NOTIFY frameChanged)
-    Q_PROPERTY(QString translationStatus READ translationStatus NOTIFY frameChanged)
+    Q_PROPERTY(QString emptyRemedy READ emptyRemedy NOTIFY stateChanged)
+    Q_PROPERTY(QString translationStatus READ translationStatus NOTIFY stateChanged)
     /// The label of the action that solves the translation's problem; empty if there is none.
-    Q_PROPERTY(QString translationRemedy READ translationRemedy NOTIFY frameChanged)
+    Q_PROPERTY(QString translationRemedy READ translationRemedy NOTIFY stateChanged)
     Q_PROPERTY(QString newestText READ newestText CONSTANT)
 
     Q_PROPERTY(QString listName READ listName CONSTANT)
@@ -94,7 +94,10 @@ class CaptionStageModel final : public QObject {
     Q_INVOKABLE void remedyTranslation() const;
 
   Q_SIGNALS:
+    /// A frame was published.
     void frameChanged();
+    /// The texts, or whether there are captions, may have changed.
+    void stateChanged();
     /// The rows show other texts, or the texts in another order.
     void layoutChanged();
     void settingsChanged();
