@@ -47,6 +47,8 @@ TEST_F(CaptionToolbarTests, HidesFromAPointerElsewhereAndComesBackForTheKeyboard
     QTest::keyClick(&window, Qt::Key_Tab);
     runFor(3200);
     EXPECT_TRUE(shows()) << "a button has the focus";
+    QTest::keyClick(&window, Qt::Key_Escape);
+    EXPECT_TRUE(runUntil([&] { return !shows(); }));
 }
 
 TEST_F(CaptionToolbarTests, AFileIsNamedAsWhatIsHeardAndAnotherSourceCanBeChosen) {

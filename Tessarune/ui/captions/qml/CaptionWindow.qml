@@ -53,6 +53,8 @@ Window {
                 captions.scrollByKey(pagesByKey[event.key]);
             else if (event.key === Qt.Key_Tab && !window.model.showsChrome)
                 window.model.showToolbar(); // the next Tab leads into it
+            else if (event.key === Qt.Key_Escape && !body.activeFocus)
+                body.forceActiveFocus(); // a toolbar with the focus does not hide
             else
                 return;
             event.accepted = true;
@@ -75,6 +77,7 @@ Window {
         MoveArea {
             anchors.fill: parent
             stage: captions
+            onPressed: body.forceActiveFocus()
             onTapped: (x, y) => {
                 // As the text of the empty stage says. A click on a message or beside a button of the
                 // toolbar is not meant for the stage.
