@@ -113,7 +113,7 @@ TEST_F(CaptionToolbarTests, AnyWindowHasRoomForItsToolbarAndAllOfItsMenu) {
     large.setPixelSize(24);
     QList<QQuickItem*> buttons;
     const std::function<void(QQuickItem*)> collect = [&](QQuickItem* item) {
-        if (item->isVisible() && item->property("canPress").isValid())
+        if (item->isVisible() && item->activeFocusOnTab())
             buttons << item;
         std::ranges::for_each(item->childItems(), collect);
     };

@@ -6,19 +6,18 @@ Rectangle {
     id: root
 
     property string name: ""
-    property bool canPress: true
     property color frame: "transparent"
     signal activated
 
     border.color: activeFocus ? "#7db8ff" : frame
     border.width: 1
-    activeFocusOnTab: canPress
+    activeFocusOnTab: true
     Accessible.role: Accessible.Button
     Accessible.name: name
-    Accessible.onPressAction: if (canPress) activated()
-    Keys.onReturnPressed: if (canPress) activated()
-    Keys.onEnterPressed: if (canPress) activated()
+    Accessible.onPressAction: activated()
+    Keys.onReturnPressed: activated()
+    Keys.onEnterPressed: activated()
     // With the focus here, Space presses this button and is not the window's shortcut.
-    Keys.onShortcutOverride: event => event.accepted = canPress && event.key === Qt.Key_Space
-    Keys.onSpacePressed: event => { if (canPress && !event.isAutoRepeat) activated(); }
+    Keys.onShortcutOverride: event => event.accepted = event.key === Qt.Key_Space
+    Keys.onSpacePressed: event => { if (!event.isAutoRepeat) activated(); }
 }

@@ -13,16 +13,16 @@ PressButton {
     property bool showsText: true
 
     // The width of the button without the name, and the width of the whole name with its gap.
-    readonly property real bareWidth: 24 + bars.width + (canPress ? content.spacing + arrow.width : 0)
+    readonly property real bareWidth: 24 + bars.width + content.spacing + arrow.width
     readonly property real textWidth: label.implicitWidth + content.spacing
-    readonly property bool isLit: canPress && (area.containsMouse || activeFocus)
+    readonly property bool isLit: area.containsMouse || activeFocus
 
     width: content.implicitWidth + 24
     height: 34
     radius: height / 2
     color: isLit ? "#29ffffff" : "#14ffffff"
     name: hint + ": " + source
-    Accessible.role: canPress ? Accessible.ButtonMenu : Accessible.StaticText
+    Accessible.role: Accessible.ButtonMenu
 
     Row {
         id: content
@@ -52,7 +52,6 @@ PressButton {
         Icon {
             id: arrow
             anchors.verticalCenter: parent.verticalCenter
-            visible: root.canPress
             name: "down"
             width: Math.round(Theme.body * 0.8)
         }
@@ -61,9 +60,8 @@ PressButton {
     MouseArea {
         id: area
         anchors.fill: parent
-        enabled: root.canPress
         hoverEnabled: true
-        cursorShape: root.canPress ? Qt.PointingHandCursor : Qt.ArrowCursor
+        cursorShape: Qt.PointingHandCursor
         onClicked: root.activated()
     }
 }
