@@ -62,6 +62,8 @@ void MenuWindow::followList() {
 /// Qt does not report a new current entry to screen readers, because the keyboard focus stays with
 /// the window.
 void MenuWindow::announceCurrent() {
+    if (!QAccessible::isActive())
+        return;
     auto* const current = list_->property("currentItem").value<QQuickItem*>();
     if (!isVisible() || !current)
         return;
