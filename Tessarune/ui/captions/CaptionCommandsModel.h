@@ -24,8 +24,7 @@ struct CaptionCommand {
     QKeySequence fixedKeys = {}; ///< used without a `shortcut`; the user cannot change them
     QString source = {}; ///< the name of the sound source that the command selects; empty: none
 
-    /// Whether both stand for the same command. Comparing the sources is enough: the other commands
-    /// are never added, removed or moved.
+    /// Compares only the sources: they come and go, while all other commands keep their places.
     bool operator==(const CaptionCommand& other) const { return source == other.source; }
 };
 

@@ -12,8 +12,7 @@
 #include <QVariantMap>
 #include <utility>
 
-/// Qt requires this outside any namespace. The files of a static library are found only after this
-/// call.
+/// Registers the files of this static library. Qt requires these macros outside any namespace.
 static void useCaptionFiles() {
     Q_INIT_RESOURCE(captions);
     Q_INIT_RESOURCE(qmlcache_captions);
@@ -72,7 +71,7 @@ CaptionWindow::CaptionWindow(CaptionWindowEnvironment environment)
 }
 
 CaptionWindow::~CaptionWindow() {
-    // Removed rows are deleted only later, and their animations must not outlive the engine.
+    // Qt deletes the items of removed rows later, but their animations must not outlive the engine.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 

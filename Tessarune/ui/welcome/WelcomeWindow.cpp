@@ -9,8 +9,7 @@
 #include <QVariantMap>
 #include <utility>
 
-/// Qt requires this outside any namespace. The files of a static library are found only after this
-/// call.
+/// Registers the files of this static library. Qt requires these macros outside any namespace.
 static void useWelcomeFiles() {
     Q_INIT_RESOURCE(welcome);
     Q_INIT_RESOURCE(qmlcache_welcome);
@@ -46,7 +45,7 @@ WelcomeWindow::WelcomeWindow(WelcomeEnvironment environment, const CaptionWindow
 }
 
 WelcomeWindow::~WelcomeWindow() {
-    // Removed items are deleted only later, and their animations must not outlive the engine.
+    // Qt deletes the items of removed rows later, but their animations must not outlive the engine.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
