@@ -99,10 +99,10 @@ TEST_F(DesktopListeningTests, AToggleTurnsAroundWhatTheControlsShow) {
 TEST_F(DesktopListeningTests, FilesFollowEachOtherUntilAStop) {
     std::ofstream(folder / "text.wav") << "no sound";
     const auto first = toneFile("first.wav", 0.2);
-    const auto second = toneFile("second.wav", 0.2);
+    const auto second = toneFile("second\n.wav", 0.2);
     listening.captionFiles({folder / "text.wav", first, folder / "gone.wav", second});
     ASSERT_TRUE(runUntil([&] { return !heard.empty() && heard.back().empty(); }));
-    EXPECT_EQ(heard, (Strings{"first.wav", "gone.wav", "second.wav", ""}));
+    EXPECT_EQ(heard, (Strings{"first.wav", "gone.wav", "second .wav", ""}));
     for (const char* name : {"text.wav", "gone.wav"})
         EXPECT_NE(notices.shown()->text.find(name), std::string::npos) << notices.shown()->text;
     EXPECT_TRUE(notices.shown()->isTrouble);
@@ -123,10 +123,10 @@ TEST_F(DesktopListeningTests, FilesFollowEachOtherUntilAStop) {
     ASSERT_TRUE(isPhase(LiveSessionPhase::listening));
     listening.captionFiles({folder / "long.wav", first}); // in place of the others
     ASSERT_TRUE(
-        runUntil([&] { return notices.shown()->text.find("second.wav") != std::string::npos; }));
+        runUntil([&] { return notices.shown()->text.find("second .wav") != std::string::npos; }));
     ASSERT_TRUE(isPhase(LiveSessionPhase::stopping) && isPhase(LiveSessionPhase::listening));
     session.store().stopListening(script); // as after silence
-    for (const char* name : {"second.wav", "first.wav"})
+    for (const char* name : {"second .wav", "first.wav"})
         EXPECT_NE(notices.shown()->text.find(name), std::string::npos) << notices.shown()->text;
 }
 

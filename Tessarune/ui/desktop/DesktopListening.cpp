@@ -192,7 +192,7 @@ void DesktopListening::dropFollowing() {
         return;
     std::vector<std::string> names;
     for (const std::filesystem::path& file : left)
-        names.push_back(file.filename().string());
+        names.push_back(DesktopSound::shownName(file));
     environment_.notices.tell(Topic::file, ""); // how many follow
     environment_.notices.tell(
         names.size() > mostNames

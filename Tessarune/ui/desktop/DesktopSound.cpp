@@ -3,6 +3,7 @@
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/TextColumns.h"
 
 #include <exception>
 #include <utility>
@@ -48,6 +49,10 @@ std::string DesktopSound::problemOf(const std::filesystem::path& file) {
     }
 }
 
+std::string DesktopSound::shownName(const std::filesystem::path& file) {
+    return Text::printableLine(file.filename().string());
+}
+
 void DesktopSound::playFile(const std::filesystem::path& file) {
     const FileSoundServer::Media media{openAwaitedFFmpegMediaFile, makeSwresampleConverter};
     const unsigned turn = ++turn_;
@@ -57,7 +62,7 @@ void DesktopSound::playFile(const std::filesystem::path& file) {
                                                       onFileEnded(failure ? textOf(failure)
                                                                           : std::string());
                                               });
-    fileName = file.filename().string();
+    fileName = shownName(file);
 }
 
 void DesktopSound::listenToComputer() {

@@ -25,6 +25,9 @@ class DesktopSound final : public SoundServer {
     /// further, `problem` is the reason for the user. Main queue.
     std::function<void(const std::string& problem)> onFileEnded;
 
+    /// The name of a file for the user; a control character in it would break the line.
+    static std::string shownName(const std::filesystem::path& file);
+
     /// Returns why a file cannot be heard. Empty if it can, and for a pipe, which cannot be checked
     /// without consuming its sound. Takes as long as the disk does. Any thread.
     static std::string problemOf(const std::filesystem::path& file);
