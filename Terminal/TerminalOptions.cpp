@@ -201,8 +201,8 @@ std::string withoutMark(std::string word) {
     return word;
 }
 
-/// The command line, in which "--" ends the options. The parser would also end the values of the
-/// last option there, so "--" is left out and the words after it are marked as values.
+/// The command line without "--". The words after it are not options, but may still be values of
+/// the option before it. The parser would not allow that, so they are marked as values.
 std::vector<std::string> withMarkedValues(int argc, const char* const* argv) {
     std::vector<std::string> words;
     bool areValues = false;
@@ -291,7 +291,8 @@ std::string problemOf(const CLI::App& app, const std::vector<std::string>& words
         return word.starts_with('-') && word != name;
     };
     return std::any_of(std::ranges::find(words, name), words.end(), isDashed)
-               ? localized("%@ needs a value. One that begins with a dash comes after --.", {name})
+               ? localized("%@ needs a value. Write -- before a value that begins with a dash.",
+                           {name})
                : localized("%@ needs a value.", {name});
 }
 

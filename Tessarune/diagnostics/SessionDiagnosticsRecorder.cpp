@@ -66,7 +66,7 @@ DiagnosticsLevel SessionDiagnosticsRecorder::levelOfRun() const {
 }
 
 void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
-    closeLifecycle(); // of a run that ended within the session
+    closeLifecycle(); // that of a run which ended earlier in this session
     stopWithoutExport();
     lastFinished_.reset();
     const AppSettings& settings = environment_.settings;
@@ -126,8 +126,8 @@ void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
     }
     if (auto* events = log("asrEvents"); events && view_) {
         writeCaptionSettings(run_->t0);
-        // In a run that starts within a session, the open text of the previous recogniser is still
-        // on the screen.
+        // If the run starts in the middle of a session, the text that the previous recogniser left
+        // open is still on the screen, and the log must begin with it.
         const std::string open = view_->captions.currentPartial->sourceText;
         if (!open.empty())
             events->append([record = captionMarkRecord(CaptionMark::open, run_->t0, open)] {

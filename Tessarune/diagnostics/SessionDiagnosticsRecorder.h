@@ -30,8 +30,8 @@ inline constexpr std::string_view diagnosticsRunDidUpdate = "diagnosticsRunDidUp
 /// `diagnosticsLevel` at the start of the session decides what it contains.
 ///
 /// Main queue, where the recorder never waits for the disk, except to make the folder before the
-/// session starts. Queues of low priority write everything else; what cannot be written is missing.
-/// An observation for which the run has no log is dropped at once.
+/// session starts. Queues of low priority write everything else, and leave out what cannot be
+/// written. An observation for which the run has no log is dropped at once.
 class SessionDiagnosticsRecorder final : public SessionDiagnostics {
   public:
     /// The references outlive the recorder.

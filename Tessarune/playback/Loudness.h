@@ -19,9 +19,9 @@ struct Loudness {
 
     /// Reads the file to its end, or until a stop. Throws MediaFileError.
     static Loudness measured(MediaFile& file, const std::stop_token& stop);
-    /// An estimate within a few hundredths of a second: reads a short file completely, and evenly
-    /// spaced parts of a longer one, as far as they are readable. Throws MediaFileError if the file
-    /// cannot seek. Leaves the file at an arbitrary position.
+    /// A quick estimate, which takes a few hundredths of a second. Reads a short file completely,
+    /// and of a longer one evenly spaced parts, as far as they are readable. Throws MediaFileError
+    /// if the file cannot seek. Leaves the file at an arbitrary position.
     static Loudness estimated(MediaFile& file);
 };
 

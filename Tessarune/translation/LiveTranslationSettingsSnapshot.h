@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// The settings that translation depends on, at one moment. Take a new one for each use: a snapshot
-/// kept across a suspension is outdated.
+/// The settings that translation depends on, at one moment. Take a new one after each
+/// `co_await`: the settings may have changed meanwhile.
 struct LiveTranslationSettingsSnapshot {
     std::string translationBackend;
     std::string translationTargetLanguage;

@@ -39,8 +39,8 @@ const std::vector<TranslationTargetLanguage>& targetLanguages();
 /// The target with this `id`, or null.
 const TranslationTargetLanguage* targetLanguage(std::string_view id);
 /// Finds the `id` of the target that a user wrote, in upper or lower case. Accepts "_" for "-", a
-/// redundant region ("ja-JP") and a missing one ("pt" for "pt-BR"). Chinese is chosen by script or
-/// region. `nullopt` if it is not a target.
+/// redundant region ("ja-JP") and a missing one ("pt" for "pt-BR"). For Chinese, the script or
+/// the region decides between "zh-Hans" and "zh-Hant". `nullopt` if it is not a target.
 std::optional<std::string> targetLanguageID(std::string_view written);
 /// The language's localised name; an unknown `id` is returned unchanged.
 std::string translationTargetDisplayName(const TranslationTargetLanguage& language);

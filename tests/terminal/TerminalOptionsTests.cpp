@@ -98,7 +98,7 @@ TEST(TerminalOptionsTests, RefusesWhatMakesNoSenseAndSaysWhy) {
         {{"--languages", "download", ""}, "download"},
         {{"--list", "--", "--json"}, "--json"},
         {{"--note", "AB", "-rf"},
-         "--note needs a value. One that begins with a dash comes after --"},
+         "--note needs a value. Write -- before a value that begins with a dash"},
         {{"--note", "AB", "two", "words"}, "--note has too many values"},
     };
     for (const auto& c : cases) {

@@ -7,8 +7,8 @@
 
 namespace tessarune {
 
-/// A lock on a file or folder, which one object at a time can hold, among all processes. It ends
-/// with the object, or with the process even after a crash; the file remains.
+/// A lock on a file or folder. At most one object, in all processes together, holds it at a time.
+/// It ends with the object, or with the process even after a crash; the file remains.
 class FileLock {
   public:
     /// Locks a file that has no other purpose, and creates it if needed. Returns `nullopt` if the
@@ -20,8 +20,8 @@ class FileLock {
     static std::optional<FileLock> waitForFolder(const std::filesystem::path& folder,
                                                  double seconds);
 
-    /// Whether the lock is held. Does not create the file. During the check, nobody else can take
-    /// the lock.
+    /// Whether the lock is held. Does not create the file. The check itself takes the lock for
+    /// a moment; somebody else's attempt to take it then fails.
     static bool isTaken(const std::filesystem::path& path);
 
     FileLock(FileLock&& other) noexcept : file_(std::exchange(other.file_, -1)) {}

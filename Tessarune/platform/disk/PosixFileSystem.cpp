@@ -177,7 +177,7 @@ class PosixLineFile final : public AppendFile {
   private:
     fs::path path_;
     Descriptor appending_;
-    Descriptor overwriting_; // for `overwrite`: O_APPEND would ignore the offset
+    Descriptor overwriting_; // for writes at an offset, which O_APPEND would ignore
 };
 
 /// Flushes the folder of a file; otherwise a crash could lose a new name in it.

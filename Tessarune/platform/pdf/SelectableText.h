@@ -32,8 +32,9 @@ class SelectableText {
     void draw(QPainter& painter, const QTextLayout& layout, const QTextLine& line,
               QPointF position);
 
-    /// Returns the finished PDF with the records appended; unchanged if the number of its fonts
-    /// differs from the recorded one.
+    /// Returns `pdf`, which QPdfWriter has finished, with the records appended, so that they take
+    /// the place of its maps. Returns it unchanged if it has another number of fonts than were
+    /// recorded.
     QByteArray madeSelectable(const QByteArray& pdf) const;
 
   private:
@@ -49,7 +50,7 @@ class SelectableText {
     void drawPictures(QPainter& painter, const QGlyphRun& run, QPointF origin);
 
     std::vector<Face> faces_;
-    QHash<QByteArray, int> faceNumbers_; ///< by tables that differ between font files
+    QHash<QByteArray, int> faceNumbers_; ///< by the tables that identify a font file
     std::map<std::tuple<QString, quint32, int>, QImage> pictures_; ///< by family, glyph and size
 };
 

@@ -326,7 +326,7 @@ void PrivateSoundServer::launch(const std::vector<std::string>& command) {
         sigset_t none;
         sigemptyset(&none);
         sigprocmask(SIG_SETMASK, &none, nullptr);
-        setpgid(0, 0); // keeps Ctrl-C from the server, which the program ends by itself
+        setpgid(0, 0); // Ctrl-C must not reach the server: this program ends it
         execvpe(arguments[0], arguments.data(), variables.data());
         _exit(127);
     }

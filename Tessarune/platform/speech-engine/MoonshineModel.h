@@ -16,7 +16,7 @@ inline constexpr int speechSampleRate = 16000;
 class MoonshineModel {
   public:
     struct Use {
-        double passInterval; ///< seconds; the engine skips a pass over less new sound
+        double passInterval; ///< seconds; the engine skips a pass while there is less new sound
         bool decodesOpenLines = true;
     };
 

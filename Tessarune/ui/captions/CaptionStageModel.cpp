@@ -182,8 +182,8 @@ void CaptionStageModel::remedyEmpty() const {
     environment_.commands.openDesktopSettings(PermissionsManager::Key::systemAudioStatus);
 }
 
-/// Checks whether the translation model is missing. Called repeatedly while it is, because it may
-/// be installed elsewhere; the offered action then changes from a download to a retry.
+/// Checks whether the translation model is missing. Called repeatedly while it is, because
+/// another program may install it; the offered action then changes from a download to a retry.
 void CaptionStageModel::lookForModel() {
     explainedStatus_ = frame().translationStatus.text;
     const bool lacks =
@@ -207,8 +207,8 @@ QString CaptionStageModel::translationStatus() const {
         TranslationSupport::targetLanguage(*environment_.settings.translationTargetLanguage);
     if (!language || !offersDownload()) {
         const std::string& text = frame().translationStatus.text;
-        // That text sends the reader to a settings page that is not here, and the model may have
-        // been installed since.
+        // The message that a language is not ready names a settings page that this program does not
+        // have, and the model may have been installed since.
         return QString::fromStdString(
             TranslationSupport::isLanguageResourceNotReadyDisplayMessage(text)
                 ? localized("Some captions are not translated yet.")

@@ -7,9 +7,9 @@
 
 namespace tessarune {
 
-/// Handles the shortcuts of the settings in every window, before the window gets the keys. They
-/// need a modifier other than Shift, because other keys are for typing; the caption window, where
-/// nobody types, handles those itself. Copying selected text has precedence over copying the
+/// Handles shortcuts of the settings in every window, before the window gets the keys: only those
+/// with a modifier other than Shift, because other keys are for typing. The caption window, where
+/// nobody types, handles the rest itself. Copying selected text has precedence over copying the
 /// captions. Main thread; the commands must outlive it.
 class ApplicationShortcuts : public QObject {
   public:

@@ -36,7 +36,8 @@ Item {
                 id: title
 
                 anchors { left: parent.left; right: tools.left; rightMargin: Theme.gap; verticalCenter: parent.verticalCenter }
-                // The first form that fits. The shortest one is the time; the list shows the rest.
+                // The first form that fits. The shortest is only the time of day, with which each title ends; the list of
+                // recordings shows the whole title.
                 readonly property var forms: [root.detail.title + "   " + root.detail.duration, root.detail.title, root.detail.title.slice(-5)]
                 text: forms.find(form => measure.advanceWidth(form) <= width) ?? forms[2]
                 wrapMode: Text.NoWrap
