@@ -162,13 +162,17 @@ TEST_F(CaptionToolbarTests, AnyWindowHasRoomForItsToolbarAndAllOfItsMenu) {
 
     captions.session.inputDevices = std::vector<AudioInputDevices::Device>(50, {"x", "X", false});
     QTest::mouseClick(&window, Qt::RightButton, {}, {200, 100});
-    QTest::keyClick(&window, Qt::Key_Home);
-    QTest::mouseMove(menu, {60, menu->height() - 30});
+    QTest::keyClick(&window, Qt::Key_End);
+    QTest::mouseMove(menu, {60, 40});
     runFor(100);
+    const auto* const entry = entries->property("currentItem").value<QQuickItem*>();
+    EXPECT_TRUE(entry->contains(entry->mapFromScene({60, 40})));
     const int pointed = entries->property("currentIndex").toInt();
-    QTest::keyClick(&window, Qt::Key_Down);
-    runFor(100);
-    EXPECT_EQ(entries->property("currentIndex"), pointed + 1) << "scrolls below the pointer";
+    for (int i = 0; i < 3; ++i) {
+        QTest::keyClick(&window, Qt::Key_Up);
+        runFor(50);
+    }
+    EXPECT_EQ(entries->property("currentIndex"), pointed - 3) << "scrolls below the pointer";
 }
 
 } // namespace
