@@ -1,4 +1,5 @@
 #include "Tessarune/audio/RecognitionPermissionGate.h"
+#include "Tessarune/ui/captions/CaptionFollow.h"
 #include "Tessarune/ui/captions/MenuWindow.h"
 #include "TessaruneCore/LocalizedError.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
@@ -276,6 +277,26 @@ TEST_F(CaptionWindowTests, WordsThatAreShownAreNotStreamedAgain) {
     EXPECT_TRUE(markup().contains("<font"));
     captions.settings.highlightChanges = false;
     EXPECT_TRUE(runUntil([&] { return !markup().contains("<font"); })) << "at once";
+}
+
+TEST_F(CaptionWindowTests, SwapsTheLinesAndMovesNothingForWhoWantsLessMotion) {
+    captions.settings.swapCaptionOrder = true;
+    captions.settings.smoothStreaming = true;
+    captions.reducesMotion = true;
+    captions.speak("And so on we went home");
+    for (int i = 0; i < 20; ++i)
+        captions.settle("Said.", "说过。");
+    captions.publish();
+    ASSERT_TRUE(runUntil([&] { return newest() && std::abs(hiddenBelow()) < 1; }));
+    const auto itemOf = [&](const char* part) {
+        return newest()->property(part).value<QQuickItem*>();
+    };
+    EXPECT_TRUE(itemOf("sourceItem")->property("text").toString().contains("home")) << "at once";
+    EXPECT_LT(itemOf("translationItem")->y(), itemOf("sourceItem")->y());
+    captions.settle("Something new.");
+    captions.publish();
+    runFor(50);
+    EXPECT_EQ(list()->parentItem()->findChild<CaptionFollow*>()->glide(), 0);
 }
 
 TEST_F(CaptionWindowTests, TextIsSelectedAcrossRowsAndStaysSoWhileCaptionsGoOn) {
