@@ -397,6 +397,9 @@ TEST_F(CaptionWindowTests, AMissingTranslationCanBeCompletedWhateverElseIsShown)
     captions.lacksModel = true;
     captions.settings.translationTargetLanguage = "fr";
     EXPECT_EQ(stage.translationRemedy(), "下载…") << "the other language's model";
+    captions.window.reset();
+    captions.open();
+    EXPECT_EQ(captions.window->stage().translationRemedy(), "下载…") << "from the beginning";
 }
 
 TEST_F(CaptionWindowTests, ReadsAsAListOfCaptionsToOtherPrograms) {

@@ -59,6 +59,7 @@ CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment
     connect(&look_, &DesktopLook::changed, this, &CaptionStageModel::settingsChanged);
     layout_.emplace(isBilingual(), swaps());
     updateRows();
+    lookForModel();
 }
 
 void CaptionStageModel::updateRows() {
