@@ -40,8 +40,9 @@ void CaptionStageRows::addTail(const LiveCaptionDisplayFrame& frame,
     };
     for (const LiveCaptionDisplaySegment& row : live)
         add(row, false);
+    // The error of a failed start takes this place, too, and is complete.
     if (frame.livePartialRow)
-        add(*frame.livePartialRow, true);
+        add(*frame.livePartialRow, frame.sessionPhase != LiveSessionPhase::failed);
 }
 
 void CaptionStageRows::findGhostRow(const LiveCaptionDisplayFrame& frame) {

@@ -103,6 +103,8 @@ TEST(CaptionStageRows, AGhostJoinsTheRowOfItsSourceThatHasNoTranslation) {
         EXPECT_FALSE(CaptionStageRows(frame, Content::bilingual, false).row(2).isGhost);
         EXPECT_EQ(CaptionStageRows(frame, Content::translations, false).size(), previews);
     }
+    frame.sessionPhase = LiveSessionPhase::failed;
+    EXPECT_EQ(CaptionStageRows(frame, Content::source, false).growing(), 3U) << "an error";
 }
 
 } // namespace
