@@ -5,6 +5,7 @@
 #include "Tessarune/shell/StringTables.h"
 #include "Tessarune/ui/captions/CaptionFonts.h"
 #include "Tessarune/ui/captions/MenuWindow.h"
+#include "TessaruneCore/translation/TranslationSupport.h"
 #include "scripts/pictures/HistoryPictures.h"
 #include "tests/ui/StagedCaptions.h"
 #include "tests/ui/StagedSettings.h"
@@ -87,7 +88,30 @@ const Picture pictures[] = {
     {"idle", [](auto&) {}, {}, false},
     {"checking", [](auto& c) { c.enter(LiveSessionPhase::loading, Kind::checking); }, {}, false},
     {"silent", [](auto& c) { c.enter(LiveSessionPhase::listening, Kind::silent); }, {}, false},
+    {"waiting",
+     [](auto& c) {
+         c.soundName = std::string("radio.fifo");
+         c.waiting = localized("Waiting for sound from %@.", {"radio.fifo"});
+     },
+     {},
+     false},
+    {"failed",
+     [](auto& c) {
+         c.session.presentedError = localized("麦克风设备不可用。");
+         c.enter(LiveSessionPhase::failed, Kind::none);
+         c.speak(*c.session.presentedError);
+     },
+     {},
+     false},
+    {"cleared",
+     [](auto& c) {
+         c.enter(LiveSessionPhase::listening, Kind::none);
+         c.session.clearedSegmentIDs = std::unordered_set<UUID>{UUID::random()};
+     },
+     {},
+     false},
     {"bilingual", talk},
+    {"hidden-toolbar", talk, [](auto& c) { setHovered(c, false); }, false},
     {"bilingual-swapped",
      [](auto& c) {
          c.settings.swapCaptionOrder = true;
@@ -177,6 +201,33 @@ const Picture pictures[] = {
          talk(c);
          c.enter(LiveSessionPhase::stopping, Kind::saving);
      }},
+    {"compressing",
+     [](auto& c) {
+         talk(c);
+         c.speak("");
+         c.enter(LiveSessionPhase::idle, Kind::compressing);
+     },
+     {},
+     false},
+    {"stopped-after-silence",
+     [](auto& c) {
+         talk(c);
+         c.speak("");
+         c.enter(LiveSessionPhase::stopping, Kind::inactive);
+         c.session.status = SessionStatus{Kind::inactive, {}, 10};
+     },
+     {},
+     false},
+    {"no-translation-model",
+     [](auto& c) {
+         talk(c);
+         c.lacksModel = true;
+         c.frame.translationStatus = {
+             std::string(TranslationSupport::languageResourceNotReadyMessage("zh-Hans")), true,
+             true};
+     },
+     {},
+     false},
     {"interrupted",
      [](auto& c) {
          talk(c);
