@@ -191,6 +191,7 @@ void DesktopListening::dropFollowing() {
     if (left.empty())
         return;
     std::vector<std::string> names;
+    names.reserve(left.size());
     for (const std::filesystem::path& file : left)
         names.push_back(DesktopSound::shownName(file));
     environment_.notices.tell(Topic::file, ""); // how many follow
