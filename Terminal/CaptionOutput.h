@@ -52,18 +52,19 @@ bool isScreen(int descriptor);
 ScreenSizeSource sizeOf(std::FILE* terminal);
 
 /// Settled rows scroll up, each followed by its translation. Live text is shown dim below them and
-/// rewritten in place. Up to eight rows stay between the two while they wait for their translation.
-/// A translation that arrives after its row has scrolled up is printed together with its source.
+/// rewritten in place. Up to eight settled rows that wait for their translation stay directly above
+/// the live text instead of scrolling up. A translation that arrives after its row has scrolled up
+/// is printed together with its source.
 CaptionOutput makeScreenOutput(std::FILE* terminal, ScreenSizeSource size, bool quiet);
 
 /// Prints settled rows, one per line, and translations as lines that begin with a tab; status lines
-/// and failed translations go to `errors`. A row waits for the translation of the previous
-/// row, so that each translation follows its row, but at most a second, and not at all while
-/// translations take longer.
+/// and failed translations go to `errors`. A row waits at most a second for the translation of the
+/// previous row, so that each translation follows its row. After a wait that was too short, no row
+/// waits again until all translations have arrived.
 CaptionOutput makePlainOutput(std::FILE* out, std::FILE* errors, Host& host, bool quiet);
 
-/// Prints one JSON object per change and line, flushed at once; see docs/terminal.md. `now` returns
-/// the time for the objects.
+/// Prints each change as a JSON object on a line of its own, flushed at once; see docs/terminal.md.
+/// `now` returns the time for the objects.
 CaptionOutput makeJSONOutput(std::FILE* out, std::function<double()> now, bool quiet);
 
 /// The live text: leading sentences, soft captions and the rest of the tail, joined with blanks.

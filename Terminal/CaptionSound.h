@@ -31,8 +31,8 @@ class CaptionSound {
 
     CaptionSound(Host& host, Handlers handlers) : host_(host), handlers_(std::move(handlers)) {}
 
-    /// Connects to the sound server, or to a private one with sample speech if the user has chosen
-    /// no source. Throws RunFailure.
+    /// Connects to the sound server. If that fails and the user has chosen no source, starts a
+    /// private server with sample speech instead. Throws RunFailure.
     Task<void> open(CaptionsCommand command);
     /// Makes `open` throw if it waits for the writer of a pipe.
     void giveUp();

@@ -51,10 +51,10 @@ ShownDownload downloadOf(Store& store, const std::string& name) {
             }};
 }
 
-/// Runs a download and reports its progress and failures: on standard error, on a terminal in one
-/// line that is rewritten, or as JSON on standard output. Ctrl-C ends it with
-/// ExitStatus::stoppedTwice; the next attempt continues with the bytes that were received. Returns
-/// the exit status. Main queue.
+/// Runs a download. Reports its progress on standard error, on a terminal in one line that is
+/// rewritten; with --json, as objects on standard output. Prints a failure on standard error.
+/// Ctrl-C ends the download with ExitStatus::stoppedTwice; the next attempt continues with the
+/// bytes that were received. Returns the exit status. Main queue.
 Task<int> runDownload(Program& program, const TerminalOptions& options, ShownDownload download);
 
 constexpr double bytesPerMegabyte = 1e6;

@@ -16,9 +16,10 @@ namespace tessarune {
 /// drops only states that a newer one replaced.
 class OutputQueue {
   public:
-    /// `onChange` is called on the writing thread, when everything is written after the queue was
-    /// behind, and when writing has failed. It must not use the queue, which is locked meanwhile.
-    /// The caller keeps the descriptor open, also after the queue's end if output is unwritten.
+    /// `onChange` is called on the writing thread: when a queue that was behind has no more to
+    /// write, and when writing has failed. It must not use the queue, which is locked meanwhile.
+    /// If output is unwritten at the queue's destruction, the caller still keeps the descriptor
+    /// open.
     OutputQueue(int descriptor, std::function<void()> onChange);
     /// Does not wait for a slow reader: output that is unwritten when the process ends is lost.
     ~OutputQueue();

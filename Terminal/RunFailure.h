@@ -14,7 +14,8 @@ struct RunFailure : std::runtime_error {
         : std::runtime_error(text), status(exitStatus) {}
     ExitStatus status;
 
-    /// The speech model is missing, damaged or does not load. Adds how to get one.
+    /// For a speech model that is missing, damaged or does not load. Adds to the text of the
+    /// problem how to get a model.
     static RunFailure ofModel(const std::string& problem);
     /// Maps each failure of a session's start to an exit status that scripts can distinguish.
     static RunFailure ofStart(const std::exception_ptr& failure);

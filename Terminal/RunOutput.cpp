@@ -49,7 +49,8 @@ void RunOutput::update(const CaptionPicture& picture) {
         captions_.update(picture);
 }
 
-/// If plain captions go to a file or a pipe, the user may watch standard error.
+/// Shows the progress on standard error if plain captions go to a file or a pipe, because the user
+/// may watch standard error.
 void RunOutput::progress(const std::string& text) {
     captions_.progress(text);
     if (!showsProgressOnErrors_)

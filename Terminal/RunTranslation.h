@@ -21,7 +21,7 @@ class RunTranslation {
     RunTranslation(const RunTranslation&) = delete;
 
     /// Chooses and returns the target; empty for no translation. Overrides the settings for this
-    /// run: with the target of the command line or, if there is no target, by switching translation
+    /// run: sets the target of the command line or, if there is no target, switches translation
     /// off, so that the session does not retry in vain. If the target of the settings is
     /// unavailable, reports that once, not in every run. Throws RunFailure if the target of the
     /// command line is unavailable.

@@ -42,7 +42,8 @@ struct SignalHandlers {
     Host* host GUARDED_BY(mutex) = nullptr;
     Handler onSignal GUARDED_BY(mutex);
     Handler onContinue GUARDED_BY(mutex);
-    /// The current SignalWatch has received its first signal; if there is none, the last one had.
+    /// The current SignalWatch, or the last one if there is none now, has received its first
+    /// signal.
     bool isEnding GUARDED_BY(mutex) = false;
     Clock::time_point endingSince GUARDED_BY(mutex); ///< the time of that signal
 };

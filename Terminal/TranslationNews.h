@@ -31,8 +31,8 @@ std::span<const CaptionSegment> unitRows(const CaptionCore::Rows& rows, std::siz
 /// The texts of these rows, in one line.
 std::string sourceText(std::span<const CaptionSegment> rows);
 
-/// Whether the row shows its unit's outcome: a unit has one when it is translated or has failed,
-/// and one of its rows shows it.
+/// Whether the row shows its unit's outcome. A unit has an outcome once it is translated or has
+/// failed, and exactly one row of the unit shows it.
 bool showsOutcome(const CaptionSegment& row);
 
 } // namespace tessarune

@@ -12,7 +12,8 @@ namespace tessarune {
 
 namespace {
 
-/// The key of the target whose offer was declined. It is stored with the settings, but is not one.
+/// The key of the target whose offer was declined. The target is stored with the settings, but is
+/// not a setting.
 constexpr const char* declinedKey = "translationOfferDeclined";
 bool wasDeclined(const Program& program, const std::string& id) {
     const auto declined = program.storedDefaults.value(declinedKey);

@@ -9,8 +9,9 @@ namespace tessarune {
 // Tessarune has the data folder. Each returns the exit status. Main queue.
 
 Task<int> setNote(Program& program, const TerminalOptions& options, SetNoteCommand command);
-/// Deletes none if one is not found or the user does not agree; asks, unless the command confirms
-/// the deletion. A session that cannot be deleted ends the command, and the remaining ones stay.
+/// Asks the user, unless the command already confirms the deletion. Deletes none if the user
+/// declines or if one of the recordings is not found. If a recording cannot be deleted, the command
+/// ends, and the remaining recordings stay.
 Task<int> deleteRecordings(Program& program, const TerminalOptions& options,
                            DeleteRecordingsCommand command);
 

@@ -105,10 +105,10 @@ struct Application {
         std::string rebuiltIndexText() const;
     };
     /// Takes the data folder, so that two programs never write one catalog, and runs the start-up
-    /// services. If sessions are to be recorded, the folder stays taken until `leaveDataFolder`;
-    /// while another program has it, the services do not run, and the front end decides how to
-    /// continue. Otherwise the folder is taken for the repairs alone, which are skipped if another
-    /// program has it.
+    /// services. If sessions are to be recorded, the folder stays taken until `leaveDataFolder`; if
+    /// another program has it, the services do not run, and the front end decides how to continue.
+    /// If no sessions are to be recorded, the folder is taken for the repairs alone; if another
+    /// program has it, the repairs are skipped.
     Preparation prepareToRecord();
 
     /// Runs the start-up services. Repairs and prunes the data folder only if this program has

@@ -29,7 +29,8 @@ class ListeningSession {
         /// Receives each recognition event, in addition to the session's diagnostics run.
         std::function<void(const ASREvent&, double t)> onASREvent = {};
         bool forgetsPermissions = false; ///< see `setForgetsPermissions`
-        /// Handles the request to refine a saved session; by default it runs in the background.
+        /// Handles the request to refine a saved session; by default the refinement runs in the
+        /// background.
         std::function<void(const std::optional<HistoryRefinementRequest>&)>
             scheduleHistoryRefinement = nullptr;
         /// Whether sessions may be recorded; the settings decide whether they are.

@@ -48,7 +48,7 @@ class RecordingGate {
     std::string doubt() const;
 
     /// Whether a session may be recorded, or its diagnostics run may keep texts. Each session
-    /// asks again, because this takes the data folder once another program has released it.
+    /// asks again, because the call takes the data folder once another program has released it.
     bool mayRecord();
 
     /// Makes this program the writer of the data folder until the last copy of the returned hold is

@@ -51,7 +51,8 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     static constexpr std::uint64_t headerFlushIntervalBytes = 2'000'000;
     /// The sound after which a failed flush is retried: a few seconds.
     static constexpr std::uint64_t headerRetryIntervalBytes = 200'000;
-    /// Recording stops when the disk has less free space, to leave room for the transcripts.
+    /// Recording stops when the disk has less free space than this, to leave room for the
+    /// transcripts.
     static constexpr std::uint64_t reservedDiskBytes = 16'000'000;
     /// The sound that may be queued for a slow disk: a few minutes. Further sound becomes silence.
     static constexpr std::size_t maximumWaitingBytes = 64'000'000;
@@ -157,7 +158,7 @@ class AudioSessionRecorder : public std::enable_shared_from_this<AudioSessionRec
     bool headerPatchIsFailing_ = false;
     std::unique_ptr<AudioConverter> converter_; // null while buffers arrive at the file's rate
     double converterRate_ = 0;
-    double pendingSilence_ = 0; // seconds, until the sample rate is known
+    double pendingSilence_ = 0; // seconds; written once the sample rate is known
 };
 
 } // namespace tessarune

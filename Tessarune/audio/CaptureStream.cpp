@@ -235,12 +235,14 @@ void CaptureStream::Keeper::deliver(AudioBufferPtr buffer) {
         handlers_.onBuffer(std::move(buffer));
 }
 
-/// Called before the buffer after a gap. Ignores a short gap unless an interruption was reported;
-/// within one stream, anything below `stallSeconds` is short.
+/// Called before the buffer after a gap. Ignores a short gap unless an interruption was reported.
+/// A gap within one stream is short below `stallSeconds`, a gap between two streams below
+/// `smallestGapSeconds`.
 void CaptureStream::Keeper::reportGap(double seconds, bool tookOver) {
     if (!isInterrupted_ && seconds < (tookOver ? smallestGapSeconds : stallSeconds))
         return;
-    // If the sound was lost while the program was suspended, no stall was detected.
+    // If the sound was lost while the program was suspended, no stall was detected, and the
+    // interruption is reported only now.
     if (!tookOver)
         interrupt(noSound());
     isInterrupted_ = false;

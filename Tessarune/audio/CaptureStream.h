@@ -28,10 +28,11 @@ struct CaptureEvent {
 
 /// Keeps a capture running while devices and the server come and go.
 ///
-/// System audio and the default microphone follow the default as it changes. The default replaces a
-/// chosen microphone that goes away, until it is back. Without a device or a server, the capture
-/// waits for one; an open stream that delivers nothing for `stallSeconds` is reopened. On a change
-/// of the device, the old stream delivers until the new one is open, so no available sound is lost.
+/// System audio and the default microphone follow the default as it changes. A chosen microphone
+/// that goes away is replaced by the default until it is back. Without a device or a server, the
+/// capture waits for one; an open stream that delivers nothing for `stallSeconds` is reopened. On a
+/// change of the device, the old stream delivers until the new one is open, so no available sound
+/// is lost.
 ///
 /// Call all operations on the executor that was passed to the constructor; handlers run there, but
 /// none after `stop`. The destructor stops the capture. The server must outlive it.

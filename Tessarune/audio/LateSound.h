@@ -11,9 +11,9 @@ namespace tessarune {
 ///
 /// The arrived frames say when the next buffer is due; its delay after that is its lateness. While
 /// the program is suspended, the server may queue sound: it then arrives quickly, and the lateness
-/// disappears within moments. If sound arrives at its normal pace and is still late, that much
-/// sound was lost. Late sound is held here until this is known, so that the gap is reported at the
-/// right place. A value; times are host times.
+/// disappears within moments. If sound arrives at its normal pace and is still late, its lateness
+/// is the length of the lost sound. Late sound is held here until this is known, so that the gap is
+/// reported at the right place. A value; times are host times.
 class LateSound {
   public:
     struct Piece {

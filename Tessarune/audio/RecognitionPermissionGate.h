@@ -12,9 +12,9 @@ inline constexpr const char* errorDomain = "Tessarune";
 inline constexpr int microphoneRefused = 2;
 inline constexpr int speechRefused = 3;
 
-/// Ensures that a session may listen to `source` and recognise it; asks the user if that is
-/// undecided. If it may not, throws LocalizedError with a text that says where to allow it. Main
-/// queue.
+/// Ensures that a session may listen to `source` and recognise speech; asks the user for a
+/// permission that is undecided. If a permission is refused, throws LocalizedError with a text that
+/// says where to grant it. Main queue.
 Task<void> requestRequiredPermissions(PermissionsManager& permissions, AudioSource source,
                                       std::string recognitionOptionID);
 

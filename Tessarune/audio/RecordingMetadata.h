@@ -22,8 +22,8 @@ struct RecordingMetadata {
     std::optional<std::int64_t> sampleRate;
     std::optional<std::int64_t> channelCount;
     std::optional<std::string> note; ///< the user's; never empty
-    /// Whether the recording should become an M4A; a later launch of the program retries it. Absent
-    /// means no.
+    /// Whether the recording is still to become an M4A; if its compression fails or is interrupted,
+    /// a later launch of the program tries again. Absent means no.
     std::optional<bool> awaitsCompression;
 
     /// `Host::now` at `startedAt`: the base of times during the recording, which stay correct if

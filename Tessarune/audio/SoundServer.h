@@ -96,8 +96,8 @@ struct RecordHandlers {
 };
 
 /// An open stream of sound from one source; it never moves to another one. The destructor closes
-/// it. On the stream's executor, no handler runs after destruction; elsewhere, a running one may
-/// still finish.
+/// it. After a destruction on the stream's executor, no handler runs; after a destruction
+/// elsewhere, a running handler may still finish.
 class RecordStream {
   public:
     virtual ~RecordStream() = default;
@@ -145,8 +145,8 @@ class SoundServer {
     virtual ~SoundServer() = default;
 
     /// Connects once, and resumes when `devices` is known. After the first success, the connection
-    /// is kept for the life of the object: if the server goes away, it reconnects, with attempts a
-    /// few times a second at first and every two seconds later.
+    /// is kept for the life of the object: if the server goes away, the object tries to reconnect,
+    /// a few times a second at first and every two seconds later.
     virtual Task<void> connect(Executor resumeOn) = 0;
     virtual SoundServerState state() const = 0;
 

@@ -43,7 +43,7 @@ class SystemAudioCapture final : public AudioCapture {
     /// Begins a capture, after ending one that is still running. Resumes on the main queue. On
     /// failure, throws SystemAudioCaptureError and leaves nothing open.
     Task<void> start() { return begin(); }
-    /// Queues the end of the capture on the capture queue; sound may still arrive until it runs.
+    /// Ends the capture later, on the capture queue; until then, sound may still arrive.
     void stop() { endLater(); }
     /// Ends the capture and resumes on the main queue. No sound or event follows.
     Task<void> finish() { return end(); }

@@ -123,7 +123,7 @@ bool DiagnosticsRunFiles::changeManifest(const std::function<void(RunJson&)>& ch
     RunJson manifest = JSON::parse(readManifest(files_, directory_).value_or(""));
     if (!manifest.is_object())
         return false;
-    for (const char* section : {"lostRecords", "summary"}) { // the user may have edited it
+    for (const char* section : {"lostRecords", "summary"}) { // the user may have edited them
         if (const auto found = manifest.find(section);
             found != manifest.end() && !found->is_object())
             *found = RunJson::object();

@@ -37,7 +37,7 @@ class DiagnosticsRunFiles {
     nlohmann::json manifestFileEntries();
     /// Updates the entries of these artifacts in the manifest from the current state of the disk.
     void refreshFileEntries(nlohmann::json& manifest, std::span<const char* const> artifacts);
-    /// Replaces the manifest. Keeps the former one's section about a refinement, if it has one.
+    /// Replaces the manifest. Keeps the section about a refinement, if the former manifest has one.
     void writeManifest(nlohmann::json manifest);
     /// Reads the manifest, applies `change` and writes it. Returns false if there is no readable
     /// manifest. Only one thread at a time changes a manifest.
