@@ -59,7 +59,7 @@ std::vector<KeyPress> keyPresses(std::string_view bytes) {
         while (end < bytes.size() && bytes[end] < '@')
             ++end;
         if (end == bytes.size())
-            break; // incomplete, or Alt with one of the two characters
+            break; // incomplete, or Alt with '[' or 'O'
         switch (bytes[end]) {
         case 'A':
             presses.push_back({Key::up});
