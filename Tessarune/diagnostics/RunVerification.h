@@ -11,7 +11,7 @@
 namespace tessarune::RunVerification {
 
 struct Result {
-    std::size_t rows = 0; ///< that are equal in text and kind, up to the first difference
+    std::size_t rows = 0; ///< number of rows equal in text and kind, before the first difference
     std::string problem;  ///< empty if all rows are equal
     std::string text;     ///< the replayed rows, one per line
 

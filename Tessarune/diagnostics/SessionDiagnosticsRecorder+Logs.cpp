@@ -82,8 +82,8 @@ void SessionDiagnosticsRecorder::markCaptions(CaptionMark mark, double t) {
     }
 }
 
-/// Writes the settings of the captions if they differ from the last ones in the log, which a replay
-/// would use.
+/// Writes the settings of the captions if they differ from the last ones in the log. A replay uses
+/// the last ones that precede an event.
 void SessionDiagnosticsRecorder::writeCaptionSettings(double t) {
     const CaptionCore::Config config = LiveCaptionCoreFactory::config(environment_.settings);
     if (run_->captionSettings == config)

@@ -17,8 +17,8 @@ namespace Layout = DiagnosticsRunLayout;
 
 namespace {
 
-/// The maximum number of queued raw results. Each has up to 60 kB: together, less than 16 MB while
-/// the disk stalls.
+/// The maximum number of queued raw results. A raw result has up to 60 kB, so that less than 16 MB
+/// are queued while the disk stalls.
 constexpr std::size_t rawResultLimit = 256;
 
 } // namespace
@@ -66,7 +66,7 @@ DiagnosticsLevel SessionDiagnosticsRecorder::levelOfRun() const {
 }
 
 void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
-    closeLifecycle(); // that of a run which ended earlier in this session
+    closeLifecycle(); // the log of a run that finished earlier in this session
     stopWithoutExport();
     lastFinished_.reset();
     const AppSettings& settings = environment_.settings;

@@ -25,7 +25,7 @@ constexpr double breadcrumbInterval = 5.0;
 
 constexpr int stallMinHeartbeats = 5;
 constexpr int layoutFreezeMinRevisions = 8;
-/// A list within this distance of its end is not scrolled, in points.
+/// In points: a list that is this close to its end is not scrolled.
 constexpr double settledDistance = 0.5;
 
 /// Whether `since` is at least `seconds` ago; true if there is no such time.

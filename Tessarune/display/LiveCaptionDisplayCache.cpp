@@ -72,7 +72,7 @@ void LiveCaptionDisplayCache::updateSourceRows(const Captions& captions, bool fo
     if (force || (isChanged && !appendSourceRowsIfPossible(captions))) {
         rebuildSourceRows(captions);
     } else if (patch) {
-        // Needed after an append, too: the unit may consist of earlier rows.
+        // Also after an append: the translated unit may consist of earlier rows.
         patchSourceRows(*patch);
     }
     if (force || isChanged)

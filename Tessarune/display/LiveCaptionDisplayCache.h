@@ -21,8 +21,8 @@
 namespace tessarune {
 
 /// Prepared rows of the captions, kept current by the cheapest sufficient step: a full rebuild, an
-/// append, or the rows of one translation. The cost of a changed word does not grow with the
-/// session.
+/// append, or a change of the rows of one translated unit. The cost of a changed word does not grow
+/// with the session.
 ///
 /// Every visible change of a row raises a revision; revisions never repeat while the program runs.
 ///
@@ -41,7 +41,7 @@ class LiveCaptionDisplayCache {
         const std::unordered_set<UUID>& clearedSegmentIDs;
     };
 
-    /// `now` returns seconds, for the duration of updates.
+    /// `now` returns the time in seconds; the cache measures with it how long updates take.
     explicit LiveCaptionDisplayCache(std::function<double()> now) : now_(std::move(now)) {}
     LiveCaptionDisplayCache(const LiveCaptionDisplayCache&) = delete;
 

@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// Reports changes of settings that affect how captions look, for the diagnostics run: views read
-/// such settings themselves. Main queue; the settings must outlive it.
+/// Reports changes of settings that affect how captions look. Only the diagnostics run needs these
+/// reports; views read the settings themselves. Main queue; the settings must outlive it.
 class LiveCaptionDisplaySettingsObserver {
   public:
     /// The setting's key, and its new value as in the settings file.

@@ -50,8 +50,8 @@ class LiveCaptionDisplayStore {
         double captionStageBilingualCompareRenders = 0;
     };
 
-    /// `now` returns seconds, for the duration of a comparison. `notifications` must outlive the
-    /// store; if it is null, nothing is posted.
+    /// `now` returns the time in seconds; the store measures with it how long a comparison takes.
+    /// `notifications` must outlive the store; if it is null, nothing is posted.
     explicit LiveCaptionDisplayStore(std::function<double()> now,
                                      const NotificationCenter* notifications = nullptr);
     LiveCaptionDisplayStore(const LiveCaptionDisplayStore&) = delete;

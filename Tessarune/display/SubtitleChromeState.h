@@ -27,7 +27,7 @@ class SubtitleChromeState {
     Published<bool> isPresented{true};
 
     void setBodyHovering(bool hovering);
-    /// The focus in the toolbar counts as the pointer there.
+    /// The keyboard focus in the toolbar counts as the pointer over it.
     void setChromeHovering(bool hovering);
     void presentForAWhile();
     void menuDidBeginTracking();

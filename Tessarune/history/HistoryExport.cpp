@@ -229,8 +229,8 @@ HistoryWordTimeline HistoryExport::timeline(const HistoryItem& recording) {
     return {};
 }
 
-/// Whether this program encoded the file; the export is then a copy of it. An import may have any
-/// format, whatever its name.
+/// Whether this program encoded the file; the export is then a copy of it. The name of the file
+/// does not tell, because an import may have any format.
 bool HistoryExport::isOurM4A(const RecordingMetadata& recording) {
     return recording.audioFormat == M4A::audioFormat && recording.filePath.ends_with(".m4a");
 }

@@ -107,7 +107,7 @@ void addDrafts(std::vector<Draft>& drafts, SpokenRow row, Content content) {
     }
 }
 
-/// Joins a cue that is too short to read with the next one if both fit.
+/// If a cue is too short to be read, joins the next one to it, provided that both fit.
 std::vector<Draft> withoutFlashes(std::vector<Draft> drafts) {
     std::vector<Draft> kept;
     for (Draft& draft : drafts) {

@@ -28,8 +28,8 @@ inline constexpr std::int64_t shortestCueMS = 1000;
 inline constexpr std::int64_t longestCueMS = 7000;
 
 /// `words` come from the timeline that the document's sentences come from. Rows without a time
-/// share the time between their neighbours, the last ones the time up to `duration`, the
-/// recording's length in seconds.
+/// share the time between their neighbours. At the end of the text, they share the time up to
+/// `duration`, the recording's length in seconds.
 std::vector<SubtitleCue> cues(const HistoryTranscriptExportDocument& document,
                               const std::vector<HistoryWordTimeline::Word>& words, double duration);
 

@@ -34,8 +34,8 @@ struct HistoryTranscriptExportDocument {
     Content content = Content::source;
     /// The recording's source text, or for the other contents its bilingual text.
     std::string text;
-    /// In the order of time. Of a source text, the n-th belongs to the n-th row; the last rows may
-    /// have none.
+    /// In the order of time. If `text` is a source text, the n-th sentence belongs to the n-th row;
+    /// the last rows may have no sentence.
     std::vector<HistoryWordTimeline::Sentence> sentenceTimings;
 
     std::vector<TranscriptRow> transcriptRows() const;

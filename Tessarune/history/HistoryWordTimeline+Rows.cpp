@@ -10,7 +10,7 @@ namespace tessarune {
 
 namespace {
 
-/// The text without white space, in which source and bilingual texts differ.
+/// The text without white space, because the white space of source and bilingual texts differs.
 std::string comparableText(std::string_view text) {
     return Text::canonical(Text::joined(Text::splitOnWhiteSpace(text), ""));
 }

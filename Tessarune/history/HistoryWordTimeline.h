@@ -80,10 +80,10 @@ struct HistoryWordTimeline {
                                                     std::span<const CaptionSegment> segments,
                                                     const WordEvents& wordEvents);
 
-    /// The same timeline, limited to sound of this length in seconds. A row that was still open at
-    /// a stop ends with the stop, up to three seconds after the last sound: its times are limited
-    /// to the sound. Rows that begin later keep their times: their recording broke off during the
-    /// session.
+    /// The same timeline, limited to sound of this length in seconds. A row that was still open
+    /// when the session stopped ends with the stop, which may be up to three seconds after the last
+    /// sound: its times are limited to the sound. Rows that begin more than three seconds after the
+    /// last sound keep their times, because the recording broke off during the session.
     HistoryWordTimeline endingBy(double seconds) const;
 
     /// Sentences derived from runs of words of the same row, for timelines that were saved without
@@ -91,10 +91,10 @@ struct HistoryWordTimeline {
     std::vector<Sentence> derivedSentencesFromWords() const;
 
     /// The sentence that each row of a bilingual text shows. Such a text may be older than a
-    /// refined timeline: texts that are equal and unique are paired, as far as their order agrees.
-    /// The rows and sentences between two pairs are paired in order if there are equally many,
-    /// otherwise from both ends as long as their texts are equal. If nothing matches at all, all
-    /// are paired in order. A row without a counterpart has `nullopt`.
+    /// refined timeline. Therefore rows and sentences with equal and unique texts are paired first,
+    /// as far as their order agrees. The rows and sentences between two pairs are paired in order
+    /// if there are equally many, otherwise from both ends as long as their texts are equal. If
+    /// nothing matches at all, all are paired in order. A row without a counterpart has `nullopt`.
     static std::vector<std::optional<std::size_t>>
     sentencesOfRows(const std::vector<std::string>& rows, const std::vector<Sentence>& sentences);
 

@@ -18,7 +18,8 @@ double LocalDay::start(int year, int month, int day) {
     local.tm_mon = month;
     local.tm_mday = day;
     local.tm_isdst = -1;
-    // If a midnight does not exist or occurs twice, `mktime` may be wrong by the clock change.
+    // If a midnight does not exist or occurs twice, `mktime` may be wrong by the clock change; the
+    // loops below correct it.
     constexpr std::time_t step = 15L * 60;
     std::tm wanted = local;
     wanted.tm_hour = 12;

@@ -218,8 +218,9 @@ RecordingMetadata RecordingAudioCompressor::adopt(RecordingMetadata recording, b
     recording.channelCount = M4A::channels;
     recording.awaitsCompression = false;
     recording.note.reset(); // keeps the note in the catalog, which may be newer
-    // The next launch drops an entry that names a missing file. The entry on the disk may name the
-    // M4A although the update has reported a failure: then both files stay.
+    // An update that reports a failure may nevertheless have put the new entry on the disk, and the
+    // next launch drops an entry that names a missing file. So the M4A is removed only if the
+    // recording was deleted or its entry surely names another file; otherwise both files stay.
     if (!catalog_.upsert(recording)) {
         const std::string why =
             catalog_.paths().recordingIndex().string() + " could not be brought up to date";

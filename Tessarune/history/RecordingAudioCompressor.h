@@ -48,12 +48,13 @@ class RecordingAudioCompressor {
 
     /// Seconds between two steps that encode the growing recording.
     static constexpr double followSeconds = 5;
-    /// Seconds of sound of an interrupted session that are encoded each second: a few hundredths of
-    /// a core, so that nothing else is slowed down.
+    /// Seconds of sound of an interrupted session that are encoded each second. This takes a few
+    /// hundredths of a core, so that nothing else is slowed down.
     static constexpr double leftoverSecondsASecond = 10;
 
-    /// After so many unexpected ends of the program during its compression, a recording is not
-    /// compressed again, because it may be the cause. A single one may have been a power failure.
+    /// If the program has ended unexpectedly this many times while it compressed a recording, the
+    /// recording may be the cause and is not compressed again. A single unexpected end may have
+    /// been a power failure.
     static constexpr std::size_t mostAttempts = 2;
 
     /// `open` reads back what was written. All references must outlive the compressor.

@@ -69,8 +69,8 @@ RecordingCatalog::diagnosticsRunURLs(const std::set<UUID>& matching) {
     return urls;
 }
 
-/// Removes the files that name the recording last: until then, an interrupted removal can be
-/// repeated.
+/// The files that name the recording are removed after all others: as long as they exist, an
+/// interrupted removal can be repeated.
 void RecordingCatalog::removeRun(const std::filesystem::path& run) {
     try {
         for (const auto& name : files_.list(run)) {

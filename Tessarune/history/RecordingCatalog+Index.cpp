@@ -152,7 +152,8 @@ std::filesystem::path RecordingCatalog::keepAside(const std::string& bytes) {
     return aside;
 }
 
-/// Moves an index that cannot be read from the disk aside, and returns the new path.
+/// Renames an index that cannot be read from the disk, and therefore cannot be copied. Returns the
+/// new path.
 std::filesystem::path RecordingCatalog::moveAside() {
     auto aside = asidePath();
     files_.rename(paths_.recordingIndex(), aside);

@@ -65,7 +65,7 @@ bool RecordingCatalog::isSurelyMissing(const std::filesystem::path& path) {
 }
 
 /// Whether the folder of the recordings is empty or cannot be listed. If several recordings lack
-/// their sound as well, its disk is probably not mounted.
+/// their sound as well, the disk of the folder is probably not mounted.
 bool RecordingCatalog::hasNoSound() {
     try {
         return files_.list(paths_.recordings()).empty();
@@ -83,7 +83,7 @@ void RecordingCatalog::reconcileIndex() {
     if (missing == 0)
         return;
     const bool isUnmounted = missing > 1 && missing == std::ssize(all) && hasNoSound();
-    // A deletion, but not an unmounted disk, has removed the sidecars, too.
+    // A deletion would have removed the sidecars as well; an unmounted disk leaves them.
     const auto isGone = [&](const RecordingMetadata& recording) {
         return isMissing(recording) &&
                !(isUnmounted && (files_.exists(entryURL(recording.id)) ||
@@ -117,16 +117,17 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
                        " orphan transcript sidecar(s)";
             });
         }
-        // In this folder only imports are named by their UUID. A crash before the listing leaves an
-        // import that is newer than the index; an older one may be the only trace of a recording.
+        // In this folder only imports are named by their UUID. The sound of an import that a crash
+        // kept out of the index is newer than the index. An older file stays, because it may be the
+        // only trace of a recording.
         removeOrphans(paths_.recordings(), known, files_.modifiedAt(paths_.recordingIndex()));
     } catch (const std::exception&) { // the next launch retries
     }
 }
 
-/// Adds recordings that the index lacks because the index is older, for example one from a backup.
-/// They must be finished, and their entries and sound must exist. Returns `known` with their ids
-/// added.
+/// Adds recordings to an index that lacks them because it is older, for example because it comes
+/// from a backup. The recordings must be finished, and their entries and sound must exist. Returns
+/// `known` with their ids added.
 std::set<UUID> RecordingCatalog::relistForgotten(std::set<UUID> known) {
     RecordingIndex forgotten = RecordingIndex::salvaged({}, entriesBesideTranscripts(known));
     findMovedSound(forgotten);
@@ -147,8 +148,8 @@ std::set<UUID> RecordingCatalog::relistForgotten(std::set<UUID> known) {
     return known;
 }
 
-/// Removes the files whose names begin with a UUID that is not in `known`, except those that were
-/// last changed before `notBefore`, if that is above 0. Returns the number of removed files.
+/// Removes the files whose names begin with a UUID that is not in `known`. If `notBefore` is above
+/// 0, files that were last changed before it stay. Returns the number of removed files.
 std::size_t RecordingCatalog::removeOrphans(const std::filesystem::path& folder,
                                             const std::set<UUID>& known, double notBefore) {
     std::size_t count = 0;

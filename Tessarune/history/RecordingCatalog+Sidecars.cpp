@@ -10,7 +10,8 @@ namespace tessarune {
 namespace {
 
 constexpr std::string_view entrySuffix = ".recording.json";
-/// The content of the mark of an interrupted transcription; that of a running one is empty.
+/// The content of the mark of an interrupted transcription; the mark of a running transcription is
+/// empty.
 constexpr std::string_view interruptedMark = "interrupted\n";
 
 /// Whether all lines of `part` occur in `text`, in their order.
@@ -104,9 +105,9 @@ void RecordingCatalog::write(const NewSidecar& sidecar) {
 }
 
 /// A former text with new times would be wrong, and so would the reverse. Therefore all new files
-/// are complete on the disk before the first of them, always the text, replaces its predecessor; an
-/// empty new file stands for a sidecar that is removed. RecordingRepair completes a replacement
-/// that is interrupted after that.
+/// are complete on the disk before the first of them, always the text, replaces its predecessor. An
+/// empty new file stands for a sidecar that is removed. If the program ends after the text was
+/// replaced, RecordingRepair replaces the other files at the next launch.
 void RecordingCatalog::replaceTogether(const std::vector<NewSidecar>& sidecars) {
     bool isComplete = false;
     try {

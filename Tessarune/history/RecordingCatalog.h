@@ -96,13 +96,14 @@ class RecordingCatalog {
     // Sidecars. False if the sidecar could not be saved; the former one then remains.
 
     bool saveTranscript(std::string_view text, const UUID& id);
-    /// Trimmed; an empty one removes the sidecar.
+    /// Trims the text; an empty text removes the sidecar.
     bool saveBilingualTranscript(std::string_view text, const UUID& id);
     /// A timeline without words and sentences removes the sidecar.
     bool saveWordTimeline(const std::optional<HistoryWordTimeline>& timeline, const UUID& id);
 
-    /// These two replace the transcripts of a recording that still exists, all of them or none; no
-    /// deletion can happen in between. `saveRefinedSourceTranscript` keeps the bilingual text.
+    /// The next two functions replace the transcripts of a recording that still exists, all of them
+    /// or none. No deletion can run at the same time. `saveRefinedSourceTranscript` keeps the
+    /// bilingual text.
     RecordingTranscriptSaveOutcome
     saveRefinedTranscript(std::string_view sourceText, std::string_view bilingualText,
                           const std::optional<HistoryWordTimeline>& wordTimeline, const UUID& id);
@@ -118,7 +119,7 @@ class RecordingCatalog {
     };
     /// Replaces the texts that a session saved with newer texts of the same source, if the
     /// recording is listed and was not refined meanwhile, by this process or another one. No
-    /// deletion can happen in between.
+    /// deletion can run at the same time.
     TranscriptUpdate updateTranscripts(std::string_view sourceText, std::string_view bilingualText,
                                        const UUID& id);
     /// The same for transcripts that could not be saved at the end of their session. A text that
@@ -134,7 +135,8 @@ class RecordingCatalog {
         running,    ///< if a launch finds this, the program ended unexpectedly during it
         interrupted ///< by a regular end of the program: a later launch completes it
     };
-    /// Sets or removes the mark; a deleted recording gets none. Returns whether that was saved.
+    /// Sets or removes the mark; a deleted recording gets none. Returns whether the change was
+    /// saved.
     bool markTranscription(TranscriptionMark mark, const UUID& id);
     /// A mark that cannot be read counts as `running`.
     TranscriptionMark transcriptionMark(const UUID& id) const;
@@ -255,7 +257,7 @@ class RecordingCatalog {
     TessaruneFileLogger& logger_;
     NotificationCenter& notifications_;
     std::shared_ptr<SerialQueue> queue_;
-    std::atomic<double> indexWrittenAt_ = 0; ///< its modification time after the last own write
+    std::atomic<double> indexWrittenAt_ = 0; ///< the index's modification time, set by writeIndex
     // Kept until the process ends; used on the queue only
     std::set<UUID> deleted_;
     std::set<UUID> refined_;

@@ -78,7 +78,7 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
 
 /// Reports imports without a transcript, or without the translation that the end of the program
 /// interrupted. If the program ended unexpectedly while it transcribed or translated an import, the
-/// import may be the cause: without a text it gets an empty one, so that only the user starts
+/// import may be the cause. If it has no text, it gets an empty one, so that only the user starts
 /// another attempt.
 void RecordingRepair::sortImports(Report& report) {
     using Mark = RecordingCatalog::TranscriptionMark;
@@ -221,8 +221,8 @@ bool RecordingRepair::writeTranscripts(const UUID& id, const SessionJournalConte
 }
 
 /// Removes the remains of a process that ended while it wrote a file. Programs that do not hold the
-/// data folder write files beside the index, too: there, only the index's own remains are surely
-/// not in use.
+/// data folder write files beside the index, too. Of the unfinished files there, only those of the
+/// index itself are surely not in use.
 void RecordingRepair::removeUnfinishedFiles() {
     const auto& paths = catalog_.paths();
     const std::string index = paths.recordingIndex().filename().string();

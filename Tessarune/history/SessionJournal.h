@@ -15,8 +15,8 @@
 
 namespace tessarune {
 
-/// Keeps the committed rows of a running session on the disk, one line per row and per change of a
-/// row, so that a crash does not lose them: "Transcripts/<UUID>.live.ndjson". The next launch makes
+/// Keeps the committed rows of a running session in the file "Transcripts/<UUID>.live.ndjson", one
+/// line per row and per change of a row, so that a crash does not lose them. The next launch makes
 /// the transcripts from it (RecordingRepair, SessionJournalContent).
 ///
 /// Main queue; the writing is done on the queue "Tessarune.SessionJournal". A line survives a crash

@@ -33,7 +33,7 @@ std::optional<std::vector<WordEvent>> words(const Json& object) {
         return std::nullopt;
     std::vector<WordEvent> events;
     for (const auto& word : *found) {
-        if (!word.is_object()) // so that the others keep their indexes
+        if (!word.is_object()) // an empty event, so that the others keep their indexes
             events.emplace_back();
         else
             events.push_back({string(word, "word").value_or(""), number(word, "firstSeenAt"),

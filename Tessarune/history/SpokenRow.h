@@ -18,10 +18,11 @@ struct SpokenRow {
     /// For each word, its byte offset in `source` and the time at which it begins, in order.
     std::vector<std::pair<std::size_t, double>> words;
 
-    /// The time at which the text `at` this byte offset of the source is heard.
+    /// When the text at the byte offset `at` of the source is heard.
     double timeAt(std::size_t at) const;
 
-    /// The rows of a document, in the order of time. Without `joinsTranslated` no rows are joined.
+    /// The rows of a document, in the order of time. With `joinsTranslated`, rows that share a
+    /// translation become one.
     static std::vector<SpokenRow> of(const HistoryTranscriptExportDocument& document,
                                      const std::vector<HistoryWordTimeline::Word>& words,
                                      double duration, bool joinsTranslated);

@@ -28,8 +28,8 @@ class WAVEncoding {
     /// The text of the failure; empty if there was none.
     const std::string& failure() const { return failure_; }
 
-    /// For a growing WAV: encodes the new sound, at most `maximumSeconds` of it, except for the
-    /// last second, which may be the remains of a failed write.
+    /// For a growing WAV: encodes the new sound, at most `maximumSeconds` of it. Leaves out the
+    /// last second of the file, which may be the remains of a failed write.
     void follow(double maximumSeconds);
     /// For a closed WAV: encodes up to `seconds` more. True once everything is encoded.
     bool advance(double seconds);
