@@ -8,7 +8,8 @@
 namespace tessarune {
 
 /// A lock on a file or folder. At most one object, in all processes together, holds it at a time.
-/// It ends with the object, or with the process even after a crash; the file remains.
+/// The lock ends with the object or with the process, even if the process crashes; the file
+/// remains.
 class FileLock {
   public:
     /// Locks a file that has no other purpose, and creates it if needed. Returns `nullopt` if the
@@ -20,8 +21,8 @@ class FileLock {
     static std::optional<FileLock> waitForFolder(const std::filesystem::path& folder,
                                                  double seconds);
 
-    /// Whether the lock is held. Does not create the file. The check itself takes the lock for
-    /// a moment; somebody else's attempt to take it then fails.
+    /// Whether the lock is held. Does not create the file. The check itself takes the lock for a
+    /// moment, during which another attempt to take it fails.
     static bool isTaken(const std::filesystem::path& path);
 
     FileLock(FileLock&& other) noexcept : file_(std::exchange(other.file_, -1)) {}

@@ -14,8 +14,8 @@ using Json = JSON::Value;
 
 namespace {
 
-/// How long to wait for the lock. Then the change is written without it, because a program that is
-/// suspended during a write must not block others.
+/// How long to wait for the lock. After that, the change is written without the lock, because a
+/// program that is suspended during a write must not block others.
 constexpr double longestWaitSeconds = 5;
 
 /// Follows symbolic links, so that a link to settings elsewhere is kept and its target is replaced.

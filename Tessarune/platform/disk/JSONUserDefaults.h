@@ -14,7 +14,7 @@ namespace tessarune {
 ///
 /// A change first locks the file's folder and reads the file again, so that a change by the other
 /// front end is not lost. It keeps all other keys and values, even unknown ones. An unreadable file
-/// is never overwritten: settings are then kept in memory only until it is readable or removed, and
+/// is never overwritten: until it is readable or removed, settings are kept in memory only, and
 /// `problem` says so.
 class JSONUserDefaults final : public UserDefaults {
   public:

@@ -186,8 +186,8 @@ void synchronizeFolderOf(const fs::path& path) {
     Descriptor(folder, O_RDONLY | O_DIRECTORY).synchronize();
 }
 
-/// A path in the same folder, so that the rename stays on one disk, with a name that only this
-/// write uses.
+/// A path with a name that only this write uses, in the same folder, so that the rename stays on
+/// one disk.
 fs::path temporaryPath(const fs::path& path) {
     static std::atomic<unsigned> writes = 0;
     std::array<char, 32> suffix{};

@@ -39,8 +39,8 @@ class MainQueue {
     Mutex& mutex() RETURNS_LOCK(mutex_) { return mutex_; }
     /// Seconds until a block may run, 0 if one may run now; `nullopt` if nothing is queued.
     std::optional<double> secondsUntilNext() REQUIRES_LOCK(mutex_);
-    /// The maximum sleep of a loop in seconds. The clocks that threads sleep by stop while the
-    /// computer is suspended; this bounds how late a delayed call runs after the resume.
+    /// The maximum sleep of a loop in seconds. The clock of a thread's sleep stands still while the
+    /// computer is suspended; this maximum bounds how late a delayed call runs after the resume.
     static constexpr double longestWait = 1.0;
 
   private:

@@ -24,18 +24,18 @@ using Kind = MediaFileError::Kind;
 /// More than any real sound has; a header that states more is wrong.
 constexpr int maximumSampleRate = 768000;
 constexpr int maximumChannels = 64;
-/// A file with more packets in a row that cannot be decoded is damaged.
+/// If more than this many packets in a row cannot be decoded, the file is damaged.
 constexpr int maximumFailuresInARow = 200;
-/// A file was cut off if more than this is missing at its end: both this many seconds and this
-/// share of the stated length. Encoders round by less.
+/// A file was cut off if its missing end is longer than this many seconds and also longer than this
+/// share of the stated length. Encoders round the length by less.
 constexpr double minimumMissingSeconds = 1;
 constexpr double minimumMissingShare = 0.02;
 /// The containers whose header states the length of the sound. FFmpeg derives the length of others
 /// from their contents.
 constexpr std::string_view lengthStatingFormats[] = {"flac", "mp3", "mov,mp4,m4a,3gp,3g2,mj2"};
 
-/// The length in seconds that the header of a WAV states; `nullopt` if it states none. FFmpeg
-/// derives the length from the data that is present, even if the end is missing.
+/// The length in seconds that the header of a WAV states; `nullopt` if it states none. FFmpeg would
+/// derive the length of a WAV from the data that is present, even if the end is missing.
 std::optional<double> lengthFromWAVHeader(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     std::string begin(WAVHeader::sizeToRead, '\0');
@@ -314,7 +314,7 @@ class FFmpegMediaFile final : public MediaFile {
 
     std::filesystem::path path_;
     FileInput input_;
-    std::optional<double> statedSeconds_; ///< at the opening: the file may be cut while it is read
+    std::optional<double> statedSeconds_; ///< as of the opening; the file may be cut later
     Codec codec_;
     Packet packet_;
     Frame frame_;

@@ -14,9 +14,9 @@ namespace tessarune::ffmpeg {
 /// playlist does, are never opened. Also reads pipes, without seeking; "-" is standard input.
 class FileInput {
   public:
-    /// Opens the file and reads its beginning. Throws MediaFileError. A request of `stop` ends a
-    /// wait for a pipe with `cancelled`. If `stop` can never be requested, a pipe is refused as
-    /// `notMedia`, because nothing could end a wait for it.
+    /// Opens the file and reads its beginning. Throws MediaFileError. A stop request ends a wait
+    /// for a pipe, with the error `cancelled`. If `stop` can never be requested, a pipe is refused
+    /// as `notMedia`, because nothing could end a wait for it.
     explicit FileInput(const std::filesystem::path& path, std::stop_token stop = {});
     ~FileInput();
     FileInput(const FileInput&) = delete;

@@ -15,7 +15,8 @@ class SHA256 {
   public:
     SHA256();
     void update(std::string_view bytes);
-    /// Returns 64 hexadecimal digits in lower case. Must be called once, after the last `update`.
+    /// Returns 64 hexadecimal digits in lower case. May be called only once, after the last
+    /// `update`.
     std::string hex();
 
     /// The checksum of a file. Throws std::system_error.

@@ -40,7 +40,7 @@ struct DownloadPolicy {
     double longestPauseSeconds = 60;
     /// Disk space that must remain free.
     std::uint64_t spareBytes = 64'000'000;
-    /// How often another process's download of the same model is checked.
+    /// The pause between two checks of whether another process still downloads the same model.
     double lockPauseSeconds = 0.5;
     /// An address that replaces the servers of all files; empty for the original servers. See
     /// `mirrored`.
