@@ -12,8 +12,8 @@
 
 namespace tessarune {
 
-/// Plays recordings, one at a time: from any position, at half to three times the speed with
-/// unchanged pitch, sentence by sentence. Its state is published; views observe it and call the
+/// Plays recordings, one at a time: from any position or sentence by sentence, at half to three
+/// times the speed with unchanged pitch. Its state is published; views observe it and call the
 /// operations.
 ///
 /// Main queue. The host and the parts must outlive it.

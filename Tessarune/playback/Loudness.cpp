@@ -9,7 +9,7 @@ namespace {
 
 /// A file of up to this length is read completely, in a hundredth of a second.
 constexpr double shortFileSeconds = 60;
-/// Of a longer file, this many parts of this length are read.
+/// Of a longer file, `partCount` parts of `partSeconds` each are read.
 constexpr int partCount = 40;
 constexpr double partSeconds = 0.5;
 

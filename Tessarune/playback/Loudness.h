@@ -20,8 +20,8 @@ struct Loudness {
     /// Reads the file to its end, or until a stop. Throws MediaFileError.
     static Loudness measured(MediaFile& file, const std::stop_token& stop);
     /// A quick estimate, which takes a few hundredths of a second. Reads a short file completely,
-    /// and of a longer one evenly spaced parts, as far as they are readable. Throws MediaFileError
-    /// if the file cannot seek. Leaves the file at an arbitrary position.
+    /// but only evenly spaced parts of a longer file. Sound that cannot be read does not count.
+    /// Throws MediaFileError if the file cannot seek. Leaves the file at an arbitrary position.
     static Loudness estimated(MediaFile& file);
 };
 

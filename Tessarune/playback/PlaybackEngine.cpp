@@ -118,8 +118,9 @@ AudioBufferPtr PlaybackEngine::next() {
         reader_->begin(stretch_, *position);
     if (AudioBufferPtr sound = reader_->next())
         return sound;
-    // The end is heard a little later. Until then silence is written: it reveals a stream that
-    // fails now, and makes the server play a very short end.
+    // The last sound is heard a little later than it is written. Until then, silence is written:
+    // this reveals a stream that fails now, and makes the server play the last sound even if it is
+    // very short.
     return stream_->heardSeconds() < reader_->soundSeconds() ? reader_->silence() : nullptr;
 }
 

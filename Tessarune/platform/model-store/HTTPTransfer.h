@@ -36,7 +36,7 @@ struct TransferOutcome {
 };
 
 /// Receives the data. `begin` is called once before the first byte of an accepted body. Its
-/// argument is that byte's offset in the file: the requested one, or 0 if the server sends the
+/// argument is that byte's offset in the file: the requested offset, or 0 if the server sends the
 /// whole file. Exceptions of both functions end the transfer and propagate from `transfer`.
 struct TransferSink {
     std::function<void(std::uint64_t offset)> begin;

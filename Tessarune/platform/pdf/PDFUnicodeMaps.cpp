@@ -24,8 +24,8 @@ int numberFrom(const QByteArray& text, qsizetype at) {
     return text.mid(at, end - at).toInt();
 }
 
-/// The composite fonts, sorted by object number: QPdfWriter numbers a font when it is first used.
-/// Empty if the map of any font is not found.
+/// The composite fonts, sorted by object number. This is the order of their first use, because
+/// QPdfWriter numbers a font when it is first used. Empty if the map of any font is not found.
 std::vector<FontObjects> fontsOf(const QByteArray& pdf) {
     std::vector<FontObjects> fonts;
     const QByteArray mark = "/Subtype /Type0\n";
@@ -47,7 +47,8 @@ QByteArray hex(uint number) {
     return QByteArray::number(number, 16).rightJustified(4, '0').toUpper();
 }
 
-/// A map in the PDF's format, a CMap: lines of a glyph and its text as UTF-16, in blocks.
+/// A map in the PDF's format, a CMap. Each line has a glyph and its text as UTF-16; the lines are
+/// grouped in blocks.
 QByteArray cmapOf(const Map& map) {
     QByteArray mappings;
     QByteArray block;

@@ -19,10 +19,10 @@ namespace tessarune {
 /// Draws text into a PDF of QPdfWriter so that selected text is the written text.
 ///
 /// QPdfWriter maps each glyph to a character that the font has for it. If the font uses one glyph
-/// for two characters, such as a radical and a Chinese character, that can be the wrong one. For
-/// Arabic letters it is a presentation form, and for emoji there is none. This class records each
-/// glyph's text when it is drawn; the records replace the file's maps. QPdfWriter also omits the
-/// pictures that emoji fonts contain; this class draws them as images.
+/// for two characters, such as a radical and a Chinese character, the mapped character can be the
+/// wrong one. Arabic letters are mapped to presentation forms, and emoji to no character at all.
+/// This class records each glyph's text when it is drawn; the records replace the file's maps.
+/// QPdfWriter also omits the pictures that emoji fonts contain; this class draws them as images.
 ///
 /// All text of the PDF must be drawn through this class, because QPdfWriter numbers fonts and
 /// glyphs in the order of first use.

@@ -8,8 +8,9 @@ namespace tessarune {
 
 namespace {
 
-/// The timing answers of a server that counts in periods of its device deviate by less. A larger
-/// deviation means that the stream has stalled or jumped.
+/// The maximum deviation of a timing answer from the average of the answers before it. A server
+/// that counts in periods of its device stays below this; a larger deviation means that the stream
+/// has stalled or jumped.
 constexpr double maximumJitterSeconds = 0.04;
 /// The weight of a new answer in the running average.
 constexpr double answerWeight = 0.1;

@@ -11,9 +11,10 @@ namespace tessarune {
 /// A playback stream. The server buffers about 0.2 s; a write resumes when the loop's thread has
 /// passed its last sample to the server.
 ///
-/// The heard position comes from timing answers of the server, which are requested whenever a
-/// caller asks for the position, and advances with the clock in between. The library's own
-/// interpolation needs up to a second to notice a stall, such as after each flush.
+/// The heard position comes from timing answers of the server; between two answers, it advances
+/// with the clock. An answer is requested whenever a caller asks for the position. The library's
+/// own interpolation is not used, because it needs up to a second to notice a stall, such as after
+/// each flush.
 class PulsePlaybackStream final : public PlaybackStream {
   public:
     static constexpr double serverSeconds = 0.2;

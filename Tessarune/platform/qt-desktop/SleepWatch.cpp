@@ -47,7 +47,7 @@ void SleepWatch::inhibit() {
     });
 }
 
-/// A late reply to an earlier announcement must not release the current one.
+/// A late `ready` for an earlier announcement must not end the delay of the current one.
 void SleepWatch::release(unsigned announcement) {
     if (announcement == announcement_)
         inhibitor_ = {};

@@ -36,7 +36,8 @@ std::string quoted(const std::string& path) {
     return text + "\"";
 }
 
-/// A program with settings for sound, for a desktop as XDG_CURRENT_DESKTOP names it, or for any.
+/// A program with sound settings. `desktop` is a name as in XDG_CURRENT_DESKTOP; null for a program
+/// that fits any desktop.
 struct SoundSettings {
     const char* desktop;
     const char* program;
@@ -52,7 +53,7 @@ constexpr SoundSettings soundSettings[] = {
     {nullptr, "pavucontrol-qt", nullptr},
 };
 
-/// The first one that is installed; null if none is.
+/// The first program in the list that fits this desktop and is installed; null if there is none.
 const SoundSettings* installedSoundSettings() {
     const QStringList desktops = qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(':');
     for (const SoundSettings& settings : soundSettings) {

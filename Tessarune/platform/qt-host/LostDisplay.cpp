@@ -33,7 +33,8 @@ PendingWork& pending() {
 }
 QtMessageHandler previousHandler = nullptr;
 
-/// Returns without doing anything if there is no work, and waits while another thread does it.
+/// Does the work and ends the process. Does nothing if there is no work. If another thread has
+/// taken the work, waits for that thread to end the process.
 void doLastWork() {
     if (!pending().work)
         return;

@@ -19,11 +19,12 @@ constexpr double feedback60 = 0.95;
 /// with hum repeats itself for several blocks; speech does not.
 constexpr double humLikeness = 0.85;
 constexpr double otherLikeness = 0.5;
-/// The number of blocks with hum, and of pauses without, that switch the filter on and off.
+/// The number of blocks with hum that switch the filter on, and of pauses without hum that switch
+/// it off.
 constexpr int blocksOfHum = 2;
 constexpr int blocksWithout = 5;
-/// Energies as a share of the loudest block's: softer hum does no harm, and a louder block is not a
-/// pause.
+/// Limits of a block's energy, as shares of the loudest block's energy: hum below the first does no
+/// harm, and a block above the second is not a pause.
 constexpr double softestHum = 1e-3;
 constexpr double loudestPause = 1e-2;
 /// The factor by which `loudest_` fades per block: to a tenth after about 20 s.

@@ -69,8 +69,8 @@ enum class Architecture : std::uint32_t {
     mediumStreaming = 5
 };
 
-/// The calls in use, each named like the library's function without its "moonshine_". A handle or a
-/// numeric result below 0 is a failure.
+/// The calls in use, named after the library's functions; MoonshineLibrary.cpp has the exact names.
+/// A handle or a numeric result below 0 is a failure.
 struct Calls {
     using Handle = std::int32_t;
 

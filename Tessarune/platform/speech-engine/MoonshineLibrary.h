@@ -11,7 +11,8 @@
 namespace tessarune {
 
 /// The speech engine's shared library. It is opened on first use, so that a program without it
-/// still starts and gets the reason here, and is never closed, because it keeps threads and state.
+/// still starts; `shared` then throws the reason. It is never closed, because it keeps threads and
+/// state.
 ///
 /// Any thread; calls for one transcriber must come from one thread at a time.
 class MoonshineLibrary {

@@ -17,7 +17,7 @@ namespace tessarune {
 
 namespace {
 
-/// The passes that must agree on a word before it is shown or replaces a shown one.
+/// The number of passes that must agree on a word before it is shown or replaces a shown one.
 constexpr std::size_t looksToAgree = 2;
 /// A shown word is fixed once `looks` passes in a row have had it and `wordsBehind` words follow
 /// it: the more words follow, the less sound is left that could change the word.
@@ -99,7 +99,7 @@ class OpenLine::Merge {
             keep(shownEnd);
             return true;
         }
-        // Passes must agree on the new words and that the shown ones are gone.
+        // Passes must agree that the new words are there and that the shown ones are gone.
         const bool replaces =
             isComplete_ || (all(shown_, nextShown_, shownEnd,
                                 [](const Word& word) { return word.missed >= looksToAgree; }) &&
@@ -109,7 +109,8 @@ class OpenLine::Merge {
             put(nextGuess_, guessEnd, true);
         else
             keep(shownEnd);
-        // As many or fewer words of a single pass count as another version of the shown words.
+        // If a single pass has the new words, and they are not more than the shown ones, they count
+        // as another version of the shown words.
         return replaces || (guessEnd - nextGuess_ <= shownEnd - nextShown_ &&
                             all(guess_, nextGuess_, guessEnd,
                                 [](const Word& word) { return word.looks < looksToAgree; }));
@@ -292,10 +293,10 @@ OpenLine::Words OpenLine::withoutRepeats(std::vector<SpeechRun> runs) {
 }
 
 /// Finds the place in a guess at which the words of `front` end and those of `behind` begin: where
-/// both match best. A matching word counts 1; a changed or missing one counts -1, so that a common
-/// word much later is not taken for a settled one. An inserted word counts -1 in `behind` and -1.5
-/// in `front`, because it rather belongs to the following text. A word of `front` that may be
-/// missing or changed counts as changed: this sometimes leaves out one word too many, which the
+/// both match best. A matching word counts 1; a changed or missing one counts -1, so that a
+/// frequent word much later is not taken for a settled one. An inserted word counts -1 in `behind`
+/// and -1.5 in `front`, because it rather belongs to the following text. A word of `front` that may
+/// be missing or changed counts as changed: this sometimes leaves out one word too many, which the
 /// next pass shows; if one too few were left out, a word would be shown twice. Hesitations do not
 /// count, because the engine does not always write them.
 OpenLine::Joint OpenLine::jointOf(const Words& front, bool beginsInside, const Words& behind,
@@ -400,7 +401,7 @@ std::size_t OpenLine::wordsToSettle(const Words& words, std::size_t shownBefore,
     std::string text;
     for (const Word& word : words)
         text += word.run.text + " ";
-    text += "x"; // for the words that follow: the line continues
+    text += "x"; // stands for the words that follow: the line continues
     std::size_t sentence = 0;
     std::size_t clause = 0;
     std::size_t count = 0;

@@ -21,9 +21,9 @@ namespace tessarune {
 /// inserted between shown words, because the engine reports hesitations in one pass and omits them
 /// in the next.
 ///
-/// The front of a long line is settled before its end: at the end of a sentence, later at the end
-/// of a clause, and later still anywhere. Only a text that contains all shown words is settled, so
-/// that nothing disappears from the screen for a moment. Later guesses repeat the settled words
+/// The front of a long line is settled before the line ends: at the end of a sentence, later at the
+/// end of a clause, and later still anywhere. Only a text that contains all shown words is settled,
+/// so that nothing disappears from the screen for a moment. Later guesses repeat the settled words
 /// more or less exactly; these repetitions are matched and left out.
 ///
 /// An engine that is stuck in a loop repeats the same words: at most three copies of a single word,
@@ -60,7 +60,7 @@ class OpenLine {
         std::string key;
         // Of a word of a guess
         std::size_t looks = 1;   ///< how many passes in a row, up to this one, had the word
-        std::size_t follows = 1; ///< how many of them, up to this one, had it after the same word
+        std::size_t follows = 1; ///< how many passes in a row had it after the same word
         // Of a shown word
         bool isAgreed = false; ///< two passes had the word in its place
         // Of a shown or fixed word

@@ -23,7 +23,8 @@ struct RecognitionPolicy {
     /// The minimum time from the start of one pass to the next, as a multiple of the pass's cost; 2
     /// leaves half of the time to other programs.
     double passCostFactor = 2;
-    /// The maximum seconds by which `passCostFactor` delays the next pass after the end of one.
+    /// The maximum seconds that `passCostFactor` leaves between the end of a pass and the start of
+    /// the next.
     double longestIdle = 2.0;
     /// With this many seconds of new sound, the next pass does not wait: a file that plays faster
     /// than real time arrives in such pieces.
@@ -33,8 +34,8 @@ struct RecognitionPolicy {
     std::function<double()> processorSeconds = processorSecondsOfProcess;
     /// Words wait for confirmation by the next pass only if it follows within this many seconds.
     double longestWaitForAgreement = 0.6;
-    /// A line of fewer seconds is not closed early: the engine closes it at the next pause, which
-    /// is a better place.
+    /// A line shorter than this many seconds is not closed early: the engine closes it at the next
+    /// pause, which is a better place.
     double shortestLineToClose = 5;
     /// To close a line early, the maximum seconds to wait for a rest between two words.
     double longestWaitForRest = 1.0;

@@ -12,7 +12,7 @@ namespace tessarune {
 namespace {
 
 /// Seconds of work per second of the open line in each pass. Above this, a line of five seconds is
-/// updated less than once per second, because a pause of the same length follows each pass.
+/// updated less than once per second, because each pass is followed by a pause as long as the pass.
 constexpr double slowLookRatio = 0.1;
 /// The minimum number of passes for a reliable measurement.
 constexpr std::size_t passesThatTell = 50;

@@ -9,7 +9,7 @@ namespace tessarune {
 
 namespace {
 
-/// The files of a recording's model may take one twelfth of the memory; the loaded model takes
+/// The files of a model for recordings may take one twelfth of the memory; the loaded model takes
 /// about four times as much as its files.
 constexpr std::uint64_t memoryDivisor = 12;
 

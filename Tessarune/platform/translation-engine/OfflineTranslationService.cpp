@@ -142,7 +142,7 @@ class OfflineTranslationService::Session final : public TranslationSession {
     using Pointer = std::shared_ptr<State>;
 
     /// Runs `work` on the pair's thread and resumes after `limit` seconds at the latest. Rethrows
-    /// its exception. Hung work outlives the caller, so it must own everything it uses.
+    /// the exception of `work`. Hung work outlives the caller, so it must own everything it uses.
     template <typename Work>
     static Task<void> onEngine(Pointer state, double limit, Work work) {
         const Route route = state->findRoute();

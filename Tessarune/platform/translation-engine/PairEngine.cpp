@@ -16,7 +16,8 @@ namespace tessarune {
 
 namespace {
 
-/// Returns freed memory to the system: an engine leaves the many small blocks of its vocabularies.
+/// Returns freed memory to the system. A destroyed engine frees the many small blocks of its
+/// vocabularies, which the C library would keep.
 void returnFreedMemory() {
     malloc_trim(0);
 }

@@ -16,7 +16,7 @@ inline constexpr const char* warmUpText = "This is a short sentence.";
 
 /// The engine of one language pair and its thread. May be created and destroyed on any thread. Work
 /// on the executor must share the ownership of the engine that it uses. Store and host must outlive
-/// it.
+/// the engine.
 class PairEngine {
   public:
     PairEngine(Host& host, ModelStore& store, const std::string& modelName);

@@ -15,8 +15,8 @@ namespace tessarune {
 /// The language pairs that have a model, and the files of each model. An immutable value.
 class TranslationCatalogue {
   public:
-    /// The pairs at the release of this version of the program, without files. Shows what can be
-    /// downloaded until the catalogue is fetched for the first time.
+    /// The pairs at the release of this version of the program, without files. Used until the
+    /// catalogue is fetched for the first time, to show what can be downloaded.
     static TranslationCatalogue builtIn();
 
     /// Parses the published list of files: a JSON object whose "data" has one record per file.

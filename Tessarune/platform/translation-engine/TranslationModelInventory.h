@@ -51,7 +51,7 @@ class TranslationModelInventory final : public TranslationLanguages {
     Task<void> download(std::string id, std::function<void(TranslationDownloadProgress)> progress,
                         std::stop_token stop) override;
     void remove(const std::string& id) override;
-    /// Called on the main queue after each `download` that succeeded.
+    /// `handler` is called on the main queue after each `download` that succeeded.
     void setInstalledHandler(std::function<void(const std::string& id)> handler);
 
   private:
