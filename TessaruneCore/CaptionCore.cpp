@@ -212,7 +212,7 @@ void CaptionCore::resetSoftCaptions(SoftCaptionObservation::Phase phase, std::st
     softCaptionTracker_.clear();
     if (!softCaptionSegments->empty())
         softCaptionSegments = Rows();
-    // Every reset is reported, even if it changes nothing; an unchanged partial is not.
+    // A reset is reported even if it changes nothing, a partial only if it changes something.
     if (!onSoftCaptionChange || (!hadAny && phase == SoftCaptionObservation::Phase::partial))
         return;
     SoftCaptionObservation observation = softCaptionObservation(phase, used);

@@ -156,7 +156,7 @@ class CaptionCore {
     };
     /// The tail without the soft captions at its start.
     struct LiveTail {
-        std::string text; ///< the entire tail if it does not begin with them
+        std::string text; ///< the entire tail if it does not begin with the soft captions
         bool matchedAllSoftPrefixes;
     };
     /// The soft captions to show, and the open text after them.

@@ -45,8 +45,8 @@ double weight(const WordReading& reading, const std::string& form, Position posi
     const bool isNoun = reading.partOfSpeech == PartOfSpeech::noun;
     if (position == Position::afterDeterminer && isVerb)
         return likelihood * impossible;
-    // After "be", a form in -ing is rarely a noun ("they are building"); others may be one ("these
-    // are buildings").
+    // After "be", a form in -ing is rarely a noun ("they are building"), but another form may be a
+    // noun ("these are buildings").
     const bool isOutOfPlace = position == Position::afterSubject ||
                               (position == Position::afterBe && form.ends_with("ing"));
     return isNoun && isOutOfPlace ? likelihood * unlikely : likelihood;

@@ -114,7 +114,8 @@ std::string prepare(std::string_view text) {
         if (!found)
             continue;
         const std::size_t start = mark - stem.size();
-        // In "shouldn't've" the stem of the second mark is the ending of the first.
+        // In "shouldn't've", the word before the second apostrophe is the "t" that was already
+        // replaced with the first one.
         if (start >= done)
             expanded.append(plain, done, start + found->lettersKept - done);
         expanded += found->ending;
@@ -139,7 +140,7 @@ std::optional<std::string> normalizeToken(std::string_view token) {
     }
     if (!hasLetter)
         return std::nullopt;
-    // Only ASCII is trimmed; every other character is a letter.
+    // `kept` has only letters and these three ASCII characters, so its bytes can be compared.
     const auto first = kept.find_first_not_of(" -'");
     std::string trimmed = kept.substr(first, kept.find_last_not_of(" -'") - first + 1);
     if (Text::length(trimmed) == 1 && trimmed != "i" && trimmed != "a")

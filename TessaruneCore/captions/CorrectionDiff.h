@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-/// Counts how many words of a text on screen a final keeps, drops and adds. Pure functions; time is
-/// O(n·m) in the two lengths.
+/// Compares a final with the text that was on screen: counts the words that the final keeps, drops
+/// and adds. Pure functions; time is O(n·m) in the two lengths.
 namespace tessarune::CorrectionDiff {
 
 struct WordCounts {

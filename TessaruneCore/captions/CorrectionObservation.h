@@ -11,7 +11,7 @@ struct CorrectionObservation {
     std::string shownText;         ///< leading sentences and tail, joined with blanks
     std::string finalText;         ///< trimmed
     std::int64_t droppedWords = 0; ///< words of `shownText` outside the common subsequence
-    std::int64_t addedWords = 0;   ///< words of `finalText` outside it
+    std::int64_t addedWords = 0;   ///< words of `finalText` outside the common subsequence
     std::int64_t commonWords = 0;
 
     bool operator==(const CorrectionObservation&) const;

@@ -92,7 +92,7 @@ bool LineLogWriter::waitForReader() {
     pollfd pipe{file_, POLLOUT, 0};
     while (!isClosing_ || waitsLeft_ > 0) {
         if (::poll(&pipe, 1, waitMilliseconds) != 0)
-            return true; // the write reports the error
+            return true; // the caller's next write reports an error
         if (isClosing_)
             --waitsLeft_;
     }

@@ -3,7 +3,7 @@
 namespace tessarune {
 
 Task<bool> runOnWithin(Executor worker, double seconds, Block work, Executor back) {
-    // Null: the work succeeded; `nullopt`: it takes too long.
+    // The exception of the work, null if it succeeded; `nullopt` if it takes too long.
     const OneShot<std::optional<std::exception_ptr>> ended(back);
     // The block keeps its queue alive: the queue's destructor would wait for work that hangs.
     const auto queueOwner = std::make_shared<Executor>(worker);

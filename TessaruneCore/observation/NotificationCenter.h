@@ -25,8 +25,8 @@ class NotificationCenter {
   public:
     using Handler = std::function<void(const NotificationObject&)>;
 
-    /// Owns a registration; its destructor removes the handler. A handler that is running on
-    /// another thread then still completes.
+    /// Owns a registration; its destructor removes the handler. If the handler is running on
+    /// another thread at that moment, it still completes.
     class [[nodiscard]] Observation {
       public:
         Observation() = default;

@@ -79,7 +79,7 @@ std::optional<ASREventRecord> ASREventRecord::fromLine(std::string_view line) {
     // One per thread, so that its buffers are reused for the next line.
     thread_local dom::parser parser;
     dom::object fields;
-    // Rejected here, because some versions of the library skip a byte order mark.
+    // A byte order mark is rejected here, because some versions of the library skip it.
     if (line.starts_with("\xEF\xBB\xBF") ||
         parser.parse(line.data(), line.size()).get(fields) != simdjson::SUCCESS)
         return std::nullopt;

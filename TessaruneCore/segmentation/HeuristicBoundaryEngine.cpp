@@ -39,8 +39,8 @@ std::optional<BoundaryReason> pieceReason(std::string_view piece, const Boundary
                                                             : BoundaryReason::maxWords(limit);
 }
 
-/// Searches a few keys linearly, which is faster than building a set, and many keys, as texts
-/// without punctuation have, with a set.
+/// Searches a few keys linearly, which is faster than building a set. Uses a set for many keys; a
+/// text without punctuation can have so many.
 class KeySet {
   public:
     explicit KeySet(std::span<const std::string> keys) : keys_(keys) {

@@ -252,8 +252,8 @@ void SentenceCuts::finish(std::int64_t limit) {
     }
 }
 
-/// Appends `text`, cut into several pieces if it is longer than `limit`. It has at most
-/// `maximumLength` characters, so a short text need not be counted.
+/// Appends `text`, cut into several pieces if it is longer than `limit`. `maximumLength` is an
+/// upper bound of its characters: if even this bound is short, the text is not counted.
 void SentenceCuts::appendLongTail(std::string_view text, std::size_t maximumLength,
                                   std::int64_t limit, std::vector<std::string_view>& pieces) {
     const bool countsCharacters = unit_ == BoundaryUnit::characters;

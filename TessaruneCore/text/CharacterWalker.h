@@ -40,7 +40,7 @@ class CharacterWalker {
 
     std::string_view text_;
     std::size_t at_ = 0;
-    std::vector<std::size_t> joinedEnds_; // of the current run's characters; empty outside of one
+    std::vector<std::size_t> joinedEnds_; // of the current run's characters; empty outside a run
     std::size_t nextJoinedEnd_ = 0;
 };
 

@@ -24,7 +24,7 @@ std::vector<std::pair<std::size_t, std::size_t>> commonSubsequence(const A& a, c
     const std::size_t columns = b.size() - begin;
     if (columns > 0 && rows > largestTable / columns)
         return pairs;
-    // The length of the subsequence of the remainders, for each pair of positions.
+    // For each pair of positions: the length of the longest common subsequence from there on.
     std::vector<std::uint32_t> rest((rows + 1) * (columns + 1), 0);
     const auto at = [&](std::size_t i, std::size_t j) -> std::uint32_t& {
         return rest[i * (columns + 1) + j];

@@ -36,9 +36,10 @@ bool surelyEndsAt(std::string_view text, std::size_t at) {
     return isPlain(before) && isPlainOrEnd(text, at) && !(before == '\r' && text[at] == '\n');
 }
 
-/// Whether the first difference of two texts proves that they are not equivalent and that `b` is
-/// not a prefix of `a`. The bytes before it are equal, and the code points at the difference are
-/// such a proof if they do not combine with their neighbours.
+/// Whether the first difference of two texts proves that they are not equivalent. It also proves
+/// that `b` is not a prefix of `a`, unless `a` begins with the bytes of `b`. The bytes before the
+/// difference are equal, and the code points at the difference are such a proof if they do not
+/// combine with their neighbours.
 bool surelyDiffer(std::string_view a, std::string_view b) {
     auto at = static_cast<std::size_t>(std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first -
                                        a.begin());
@@ -79,7 +80,8 @@ std::size_t CharacterWalker::endOfJoinedRun() const {
             return end;
         std::size_t next = end;
         const char32_t after = decode(text_, next);
-        // A plain code point joins the one before it only after a leading jamo or a prepended mark.
+        // A plain code point joins the one before it only after a leading jamo, a prepended mark or
+        // a CR.
         const auto kind =
             u_getIntPropertyValue(static_cast<UChar32>(before), UCHAR_GRAPHEME_CLUSTER_BREAK);
         if (isPlain(after) && kind != U_GCB_PREPEND && kind != U_GCB_L && kind != U_GCB_CR)

@@ -96,7 +96,7 @@ class Line {
     std::string text_;
     std::size_t cells_ = 0;
     std::size_t breakAt_ = 0;
-    std::size_t breakBefore_ = 0; ///< `breakAt_` before the character that keeps closing marks
+    std::size_t breakBefore_ = 0; ///< `breakAt_` before the last wide character that is no mark
 };
 
 } // namespace
@@ -121,7 +121,7 @@ std::string fitted(std::string_view text, std::size_t width) {
     if (columns(text) <= width)
         return std::string(text);
     std::string head;
-    std::size_t cells = 1; // of the mark
+    std::size_t cells = 1; // of the "…"
     for (const auto character : characters(text)) {
         cells += columnsOfCharacter(character);
         if (cells > width)

@@ -33,7 +33,8 @@ struct CommittedTranslationHealthState {
     void recordSuccess(const UUID& unitID);
     CommittedTranslationFailureAction recordFailure(const UUID& unitID,
                                                     CommittedTranslationFailureSeverity severity);
-    /// Clears the failures but keeps the count, because no unit has succeeded yet.
+    /// Forgets that these units failed. Keeps `consecutiveFailedUnits`, because no unit has
+    /// succeeded yet.
     void resolveFailures(const std::unordered_set<UUID>& unitIDs);
     void reset();
 

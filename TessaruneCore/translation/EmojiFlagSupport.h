@@ -3,8 +3,8 @@
 #include <functional>
 #include <string_view>
 
-/// Picks the one flag that depends on the machine: the fonts of some regions show two letters
-/// instead of it.
+/// Picks the flag of traditional Chinese, the only flag that depends on the machine: the fonts of
+/// some regions show two letters instead of Taiwan's flag.
 namespace tessarune::EmojiFlagSupport {
 
 inline constexpr std::string_view taiwanFlag = "🇹🇼";

@@ -38,8 +38,8 @@ std::string flow(const std::vector<std::string>& translations);
 
 bool canRetryFailures(std::span<const CaptionSegment> segments, bool backendCanRun);
 bool canRetryIncomplete(std::span<const CaptionSegment> segments, bool backendCanRun);
-/// Whether the backend can translate. The target makes no difference: even for the source language
-/// it can run, because the text is passed through.
+/// Whether the backend can translate. The target makes no difference: if it is the source language,
+/// the text is passed through.
 bool backendCanRun(std::string_view backend, std::string_view target);
 std::optional<RetryBlockedStatus> retryBlockedStatus(bool hasIncomplete, std::string_view backend);
 

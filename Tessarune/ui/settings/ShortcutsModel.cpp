@@ -67,8 +67,8 @@ QString ShortcutsModel::conflictOf(int row) const {
         if (other != row && keysOf(candidate.shortcut) == keys)
             return sentence(candidate.title);
     }
-    // Default keys may equal those of a window: by default Ctrl+W is for the captions, whichever
-    // window has the focus.
+    // Default keys that are also a window's keys are no conflict: by default Ctrl+W is for the
+    // captions, whichever window has the focus.
     if (!hasOtherKeys(rows_[static_cast<std::size_t>(row)].shortcut))
         return {};
     for (const WindowKeys& command : WindowKeys::all()) {

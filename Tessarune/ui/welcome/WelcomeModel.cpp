@@ -183,7 +183,7 @@ Task<void> WelcomeModel::run() {
     try {
         Task<void> downloading = downloadSpeech();
         co_await downloading;
-        if (stop_.stop_requested()) // the page was closed, but the download had just ended
+        if (stop_.stop_requested()) // the page was closed when the download had just ended
             co_return;
         next = Stage::ready;
         Task<std::string> playing = environment_.playSample();
