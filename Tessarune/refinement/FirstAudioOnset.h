@@ -7,8 +7,9 @@
 
 namespace tessarune {
 
-/// Finds when a recording is first loud, from its sound as it is read: the start of the first 50 ms
-/// block whose root mean square over all channels reaches the threshold. One thread.
+/// Finds when a recording is first loud: at the start of the first 50 ms block whose root mean
+/// square over all channels reaches the threshold. Gets the sound while the recording is read. One
+/// thread.
 class FirstAudioOnset {
   public:
     /// Sound after `maxScanSeconds` is ignored.

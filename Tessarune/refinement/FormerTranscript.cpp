@@ -14,12 +14,12 @@ using FileResult = SpeechAnalyzerFileTranscriptionResult;
 using ResultSegment = FileResult::Segment;
 using FormerSentence = HistoryWordTimeline::Sentence;
 
-/// How much sound encoders and decoders add or remove, with a margin.
+/// The most seconds of sound that an encoder or decoder adds or removes, with a margin.
 constexpr double lengthSlackSeconds = 1.0;
 /// By how much the times of older timelines may be late: they count from the start of the recorder,
 /// which is earlier than the first sound of the device.
 constexpr double maximumLatenessSeconds = 3.0;
-/// A sentence is missing if others cover a smaller share of its time than this.
+/// A former sentence is missing if the recognised segments cover less than this share of its time.
 constexpr double minimumCoveredShare = 0.25;
 /// Two recognisers may place one sentence this far apart.
 constexpr double sameSentenceSeconds = 5;
@@ -104,7 +104,8 @@ bool FormerTranscript::wasHeard(double heardSeconds, bool isWhole) const {
         return false;
     const double allowedLateness = recordedSeconds ? maximumLatenessSeconds : lengthSlackSeconds;
     return !timeline || std::ranges::all_of(timeline->sentences, [&](const FormerSentence& each) {
-        // The end does not count: a row that is open at a stop ends with the stop, after the sound.
+        // Ends are not compared: a sentence that is still open when the session stops gets the time
+        // of the stop as its end, which is later than the last sound.
         return each.start <= heardSeconds + allowedLateness;
     });
 }

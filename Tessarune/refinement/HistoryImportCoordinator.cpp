@@ -20,8 +20,8 @@ constexpr std::size_t bytesPerRead = std::size_t{4} << 20U;
 constexpr std::uint64_t reservedBytes = std::uint64_t{16} << 20U;
 constexpr const char* defaultExtension = "m4a";
 
-/// The extension without its dot. An unusual extension, and the one of unfinished files, is
-/// replaced by the default.
+/// The extension without its dot. An unusual extension is replaced by the default, and so is
+/// "part", which marks unfinished files.
 std::string extensionOf(const std::filesystem::path& source) {
     std::string extension = source.extension().string();
     if (extension.starts_with('.'))
@@ -175,8 +175,8 @@ std::string HistoryImportCoordinator::read(const std::filesystem::path& source,
     }
 }
 
-/// The copy gets its name when it is complete; the next launch of the program removes the remains
-/// of a crash.
+/// The copy gets its final name when it is complete. After a crash, the next launch of the program
+/// removes the unfinished copy.
 void HistoryImportCoordinator::copyBytes(const std::filesystem::path& source,
                                          const std::filesystem::path& to,
                                          const std::stop_token& stop) {

@@ -67,7 +67,8 @@ class HistoryImportCoordinator {
     /// Copies the file and describes the copy. Throws MediaFileError, std::system_error for
     /// failures of the disk, and CancellationError.
     Task<RecordingMetadata> makeRecording(std::filesystem::path source, std::stop_token stop = {});
-    /// Adds the copy to the catalog; if that cannot be saved, removes the copy and returns false.
+    /// Adds the copy to the catalog. If the catalog cannot be saved, removes the copy and returns
+    /// false.
     bool enter(const RecordingMetadata& recording);
     /// Requests the transcript of a recording, with the chosen recogniser and language.
     void startTranscription(const UUID& recordingID, const std::string& audioPath);

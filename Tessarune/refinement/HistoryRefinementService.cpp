@@ -203,8 +203,8 @@ Task<void> HistoryRefinementService::work(JobPtr job) {
     beginNext();
 }
 
-/// Saves an empty transcript for an import that has none, and removes its mark. An import without a
-/// transcript, or with a mark, counts as interrupted, and the next launch transcribes it again.
+/// Saves an empty transcript for an import that has none, and removes its mark. Otherwise the next
+/// launch would transcribe the import again, or would report an unexpected end of the program.
 void HistoryRefinementService::settleImport(const UUID& id) {
     RecordingCatalog& catalog = environment_.catalog;
     try {
@@ -245,8 +245,8 @@ void HistoryRefinementService::removeMark(Job& job) {
 }
 
 /// Changes the mark of an unfinished import, so that the next launch completes it. An import
-/// without a text needs no mark for that. A mark that cannot be changed is removed, because the
-/// next launch would report an unexpected end.
+/// without a text needs no mark for that. A mark that cannot be changed is removed: because of the
+/// old mark, the next launch would report an unexpected end of the program.
 void HistoryRefinementService::leaveToNextLaunch(Job& job) {
     const UUID& id = job.request.recordingID;
     if (!job.isMarked)
@@ -256,7 +256,7 @@ void HistoryRefinementService::leaveToNextLaunch(Job& job) {
             return;
     } catch (const std::system_error&) { // it is unknown whether there is a text
     }
-    // `isMarked` stays: the job may still save a text, and its end then decides about the mark.
+    // `isMarked` stays true: the job may still save a text, and its end decides about the mark.
     environment_.catalog.markTranscription(Mark::none, id);
 }
 

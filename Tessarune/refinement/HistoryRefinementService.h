@@ -87,9 +87,9 @@ class HistoryRefinementService {
     /// Cancels the queued or running job of this recording; its transcript stays.
     void cancel(const UUID& recording);
 
-    /// Cancels all jobs, and resumes when no job is running, after five seconds at most. For the
-    /// end of the program; later calls of `schedule` are ignored, and later refinements are
-    /// cancelled.
+    /// Cancels all jobs and waits until none is running, for at most five seconds. For the end of
+    /// the program: later calls of `schedule` are ignored, and later calls of `refine` return
+    /// `cancelled`.
     Task<void> end();
 
     /// Pauses or resumes the service for the caller `who`; it is paused as long as any caller wants
@@ -99,8 +99,8 @@ class HistoryRefinementService {
 
     /// The recordings that are queued or being refined.
     const Published<Jobs>& jobs() const { return jobs_; }
-    /// Why the last refinement of a recording failed, since the program started. A new request for
-    /// a recording clears it.
+    /// For each recording whose last refinement since the start of the program failed, the reason.
+    /// A new request for the recording removes its entry.
     const Published<Failures>& failures() const { return failures_; }
 
   private:

@@ -96,8 +96,8 @@ SpeechAnalyzerFileTranscriber::transcribe(std::string audioPath, std::string loc
     SpeechAnalyzerFileTranscriptionResult& result = transcription.result;
     result.localeIdentifier = localeIdentifier;
     result.segments = std::move(collected.segments);
-    // If the first word lies further behind the first loud sound than the recogniser can be late,
-    // music or noise precedes the word.
+    // The first word is reported at most `mostLateness` too late, so it does not begin earlier than
+    // the reported time minus `mostLateness`. Loud sound before that was music or noise.
     result.audioOnsetSeconds = std::max(
         blocks->onsetSeconds(), result.firstSoundSeconds().value_or(0) - analyzer->mostLateness());
     transcription.heardSeconds = blocks->heardSeconds();

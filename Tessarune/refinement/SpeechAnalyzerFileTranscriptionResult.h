@@ -42,8 +42,8 @@ struct SpeechAnalyzerFileTranscriptionResult {
     std::optional<double> firstSoundSeconds() const;
 
     /// The result with times that count from the start of the recording. Recognisers may report
-    /// late times, so the first word is pulled back to `audioOnsetSeconds`; times never move
-    /// forward.
+    /// late times, so all times move back by the same amount, until the first word begins at
+    /// `audioOnsetSeconds`; they never move forward.
     SpeechAnalyzerFileTranscriptionResult pulledBackToOnset() const;
 
     /// The times of words and sentences, pulled back to the onset; `nullopt` if there is no text.

@@ -11,9 +11,10 @@ namespace tessarune {
 
 /// A parsed search text. A plain value; its functions are pure.
 ///
-/// Each word must occur, in any order; a text in quotation marks, and the parts of a word such as
-/// "e-mail" or of Chinese text, must occur as one sequence. The last word, which is still being
-/// typed, also matches as the beginning of a longer word from its second letter on.
+/// Each word must occur, in any order. The words in quotation marks must occur as one sequence, and
+/// so must the parts of a word such as "e-mail" and the characters of Chinese text. The last word,
+/// which is still being typed, also matches the beginning of a longer word if it has at least two
+/// letters.
 struct SearchQuery {
     struct Phrase {
         std::vector<std::string> tokens;

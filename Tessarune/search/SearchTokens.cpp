@@ -69,7 +69,7 @@ class Cutter {
                 hasWord_ = true;
                 wordEnd_ = at;
             } else if (!isApostrophe(codePoint) || wordEnd_ != start) {
-                endWord(); // not at an apostrophe after a letter: the word may continue
+                endWord(); // only an apostrophe after a letter lets the word continue
             }
         }
         endWord();
@@ -90,7 +90,7 @@ class Cutter {
     }
     void add(std::size_t start, std::size_t end, std::string_view raw) {
         std::string folded = Text::folded(raw);
-        // Compatibility forms may contain blanks.
+        // Folding replaces a few ligatures by several words.
         std::erase(folded, ' ');
         if (!folded.empty())
             tokens_.push_back({std::move(folded), start, end - start});

@@ -158,8 +158,8 @@ bool LiveRecordingTracker::saveAgain(const Unsaved& texts) {
                                                       texts.timeline, texts.id);
     if (update.outcome == Outcome::failed)
         return false;
-    // A full disk kept the recording out of the catalog. A later launch lists the recording and
-    // needs the journal.
+    // The recording was not deleted: it is missing from the catalog because the disk was full. A
+    // later launch lists the recording and needs the journal.
     if (update.outcome == Outcome::skippedDeleted && !catalog_.wasDeleted(texts.id))
         return true;
     try {

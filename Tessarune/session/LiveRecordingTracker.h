@@ -76,11 +76,12 @@ class LiveRecordingTracker {
     Task<void> synchronizeJournal();
 
     /// Saves the texts of the current recording, and the end of its entry if that is missing.
-    /// Afterwards, no recording is current, even after failures. Returns true if nothing was
-    /// recorded or the user has deleted the recording, false if anything could not be saved. The
-    /// start of the next recording and the destructor then retry, unless another program writes the
-    /// data folder. After that, only the next launch of the program can recover what the journal
-    /// contains.
+    /// Afterwards, no recording is current, even after failures. Returns false if anything could
+    /// not be saved; true also if nothing was recorded or the user has deleted the recording.
+    ///
+    /// A failed save is repeated at the start of the next recording and by the destructor, unless
+    /// another program writes the data folder. After the destructor, only the next launch of the
+    /// program can recover what the journal contains.
     bool saveTranscripts(std::string_view sourceText, std::string_view bilingualText,
                          const std::optional<HistoryWordTimeline>& wordTimeline,
                          const std::optional<HistoryRefinementRequest>& refinement = {});

@@ -284,7 +284,7 @@ void LiveSessionStop::finishFinalize() {
     if (!*store_.view_.startsAgain)
         return;
     store_.startListening(LiveSessionControlTrigger::pendingRestart());
-    store_.view_.startsAgain = false; // only now, so that views see no idle program in between
+    store_.view_.startsAgain = false; // after the start: else views would see an idle program
 }
 
 LogFields LiveSessionStop::triggerFields() const {

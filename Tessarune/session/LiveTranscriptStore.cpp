@@ -7,7 +7,8 @@ namespace tessarune {
 
 namespace {
 
-/// A start that a stop has overtaken records nothing: its results are discarded.
+/// The environment for a transcriber that records only while the session listens: the results of a
+/// start that a stop has overtaken are discarded.
 LiveSystemAudioTranscriber::Environment
 transcriberEnvironment(const LiveSessionEnvironment& environment, const SessionView& view) {
     const auto mayRecord = [&environment, &view] {

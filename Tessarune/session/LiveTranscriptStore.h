@@ -56,8 +56,8 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
     void toggleListening(const LiveSessionControlTrigger& trigger);
     /// Accepted in `idle` and `failed`.
     void startListening(const LiveSessionControlTrigger& trigger);
-    /// Accepted after a start, and while a recording is still to be saved. While the session is
-    /// being saved, only cancels a queued start.
+    /// Accepted from a start on, and in `idle` and `failed` if a recording is still to be saved.
+    /// While the session is being saved, only cancels a queued start.
     void stopListening(const LiveSessionControlTrigger& trigger) { stop_.request(trigger); }
     /// Saves a running session and starts another with the new source.
     void selectSource(const AudioSource& source);

@@ -32,7 +32,8 @@ class SessionTexts {
     TranscriptSnapshot exportTranscriptSnapshot() const;
     /// The texts without the rows that the user cleared.
     TranscriptSnapshot visibleText() const;
-    /// Clears all rows that have a text from the screen. Rows without text belong to later speech.
+    /// Clears all rows that have a text from the screen. Rows without text are not marked as
+    /// cleared, because later speech will appear in them.
     void clear();
 
     /// The texts of the whole session to save; the bilingual one is empty if no row is translated.

@@ -19,8 +19,9 @@ class Desktop {
     /// program.
     virtual bool openURL(const std::string& url) = 0;
 
-    /// Whether the desktop has settings for sound, and opens them; false if they do not start.
+    /// Whether the desktop has settings for sound.
     virtual bool hasSoundSettings() const = 0;
+    /// Opens the settings for sound; false if they do not start.
     virtual bool openSoundSettings() = 0;
 
     /// Sets whether the program starts with the user's desktop. Throws std::system_error.

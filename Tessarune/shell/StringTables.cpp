@@ -14,8 +14,8 @@ std::string variable(const char* name) {
     return value ? value : "";
 }
 
-/// The language of a locale, named like the files in po/: with its region if there is such a file,
-/// or else without. There may be no file for that, either.
+/// The language of a locale, named like the files in po/. The name includes the region if po/ has a
+/// file for the region; otherwise po/ may have no file for the name at all.
 std::string languageOf(std::string_view locale) {
     const std::string name = Text::lowercased(locale);
     if (name.starts_with("zh")) {

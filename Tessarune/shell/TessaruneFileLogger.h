@@ -22,8 +22,8 @@ enum class Importance { routine, important };
 /// `event` may be called from any thread; it returns at once, and the line is written on the queue
 /// "Tessarune.FileLogger". A failed write never reaches the caller; the text log reports the first
 /// failure after each success. Events that arrive while 4096 others are queued are lost; the next
-/// one counts them in "lostEventsBefore". `TessaruneLog::diagnosticsLevel()` decides what may be
-/// written.
+/// event that is queued states their number in "lostEventsBefore".
+/// `TessaruneLog::diagnosticsLevel()` decides what may be written.
 class TessaruneFileLogger {
   public:
     TessaruneFileLogger(Host& host, FileSystem& files, TessarunePaths paths);

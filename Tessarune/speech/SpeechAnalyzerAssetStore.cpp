@@ -33,8 +33,8 @@ void SpeechAnalyzerAssetStore::preheat(const std::string& localeIdentifier) {
     prepare(localeIdentifier);
 }
 
-/// Uses the store only while the task has not been cancelled: the store cancels its tasks before it
-/// is destroyed, on the queue on which they run.
+/// Uses the store only while the task has not been cancelled. The store's destructor cancels the
+/// tasks, on the queue on which they run.
 Task<void> SpeechAnalyzerAssetStore::install(SpeechAnalyzerAssetStore& store,
                                              std::string localeIdentifier, std::stop_token stop) {
     if (stop.stop_requested())

@@ -119,7 +119,7 @@ void SpeechAnalyzerTranscriber::feedAnalyzerInput(const AudioBuffer& batch) {
     state_.perf.perfAnalyzerInputYieldBusySeconds += yieldSeconds;
 }
 
-/// Ignores sound lost before the first batch: the epoch is set only then.
+/// Ignores sound that was lost before the first batch, because the first batch sets the epoch.
 void SpeechAnalyzerTranscriber::noteLostInput(double seconds, std::int64_t generation) {
     const MutexLock lock(stateLock_);
     if (state_.generation == generation && state_.audioEpoch > 0)

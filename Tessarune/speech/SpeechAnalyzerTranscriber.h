@@ -70,12 +70,13 @@ class SpeechAnalyzerTranscriber final
     using InputContinuation = AsyncStream<AnalyzerInput>;
     using OneShotAsyncBool = OneShot<bool>;
 
-    // An early final leaves the newest sound open; the next request needs an audio or a wall step.
+    // An early final leaves a safety tail, the newest sound, open. The next one can be requested
+    // after a minimum step of audio time or of wall time.
     static constexpr double finalizeSafetyTailSeconds = 0.45;
     static constexpr double finalizeMinCutoffSeconds = 0.2;
     static constexpr double finalizeMinAudioStepSeconds = 0.9;
     static constexpr double finalizeMinWallStepSeconds = 1.2;
-    // Dropping old sound spares the newest sound before the given audio time.
+    // Old sound is dropped up to a safety tail before the audio time that a request names.
     static constexpr double cancelSafetyTailSeconds = 1.5;
     static constexpr double cancelMinCutoffSeconds = 0.5;
     static constexpr double cancelMinAudioStepSeconds = 4.0;

@@ -150,7 +150,7 @@ void LiveTranscriptTranslation::clearLanguageResourceFailures() {
         });
     });
     runtime_->committedHealth.resolveFailures(resolved);
-    refresh("translation.retry"); // the rows no longer form units
+    refresh("translation.retry"); // these rows no longer belong to units
 }
 
 void LiveTranscriptTranslation::clearGhostIfCovered(const Unit& unit) {

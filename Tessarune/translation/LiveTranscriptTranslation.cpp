@@ -226,7 +226,7 @@ void LiveTranscriptTranslation::applySettings(const std::string& reason) {
     runtime_->cancelCommittedTask();
     runtime_->committedHealth.reset();
     cancelGhostTranslation();
-    // The end of the previous pair's preparation is not handled any more.
+    // The end of the previous pair's preparation will be ignored, so its status is cleared here.
     if (const auto pair = view_.translationPreparationDisplayState->preparing)
         clearTranslationPreparationStatus(pair->source, pair->target);
     if (TranslationSupport::isDisabledBackend(runtime_->settings().translationBackend)) {
