@@ -244,9 +244,10 @@ void HistoryRefinementService::removeMark(Job& job) {
         environment_.catalog.markTranscription(Mark::none, job.request.recordingID);
 }
 
-/// Changes the mark of an unfinished import, so that the next launch completes it. An import
-/// without a text needs no mark for that. A mark that cannot be changed is removed: because of the
-/// old mark, the next launch would report an unexpected end of the program.
+/// Changes the mark of an unfinished import, so that the next launch completes it. The mark is
+/// removed if the import has no text, because the next launch completes such an import without a
+/// mark. A mark that cannot be changed is removed, too: because of the old mark, the next launch
+/// would report an unexpected end of the program.
 void HistoryRefinementService::leaveToNextLaunch(Job& job) {
     const UUID& id = job.request.recordingID;
     if (!job.isMarked)
@@ -260,8 +261,8 @@ void HistoryRefinementService::leaveToNextLaunch(Job& job) {
     environment_.catalog.markTranscription(Mark::none, id);
 }
 
-/// Whether the recogniser found no text, neither now nor before: this is not a failure that the
-/// user can do something about.
+/// Whether the recogniser has found no text, and the recording had none before. The user can do
+/// nothing about this, so it is not shown as a failure.
 bool HistoryRefinementService::isSilence(const Job& job) const {
     const auto text = environment_.catalog.transcriptURL(job.request.recordingID);
     try {

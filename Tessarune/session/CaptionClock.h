@@ -14,7 +14,8 @@ namespace tessarune {
 /// Main queue. The host outlives it.
 class CaptionClock {
   public:
-    /// Stops the clock at `time` while it exists. A nested hold keeps the time of the outer one.
+    /// While a hold exists, the clock stands at its `time`. A nested hold keeps the time of the
+    /// outer hold.
     class Hold {
       public:
         ~Hold();

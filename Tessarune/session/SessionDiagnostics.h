@@ -120,7 +120,7 @@ class SessionDiagnostics {
 
     // Between two sessions
 
-    /// Starts the watch. It writes to the run that has just finished, if that is a full one.
+    /// Starts the watch. If the run that has just finished is a full one, the watch writes to it.
     virtual void startIdleMemorySentinel(const IdleWatch&) {}
     virtual void stopIdleMemorySentinel(const std::string& /*reason*/) {}
 };

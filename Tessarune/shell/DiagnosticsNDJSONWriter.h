@@ -32,8 +32,8 @@ class DiagnosticsNDJSONWriter {
     /// Encodes a line without its line feed; `nullopt` on failure. Runs on the queue.
     using Encode = std::function<std::optional<std::string>()>;
 
-    /// Creates or empties the file; the folder of a run that was removed meanwhile is not
-    /// recreated. The host and the disk must outlive the writer.
+    /// Creates or empties the file. Does not recreate the run's folder if the run was removed
+    /// meanwhile. The host and the disk must outlive the writer.
     DiagnosticsNDJSONWriter(Host& host, FileSystem& files, std::filesystem::path path,
                             std::string_view queueLabel, std::size_t limit = usualLimit);
     /// Calls `close`.

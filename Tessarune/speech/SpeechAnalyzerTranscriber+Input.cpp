@@ -126,8 +126,8 @@ void SpeechAnalyzerTranscriber::noteLostInput(double seconds, std::int64_t gener
         state_.timeline.addGap(state_.latestAudioTime, seconds);
 }
 
-/// Logs once per session that the queue is full. A slow recogniser never fills it; one that hangs
-/// would use up all memory without this limit.
+/// Logs once per session that the queue is full. A recogniser that is only slow never fills the
+/// queue. If a recogniser hangs, the limit keeps the queue from using up all memory.
 void SpeechAnalyzerTranscriber::reportFullInput() {
     {
         const MutexLock lock(stateLock_);
