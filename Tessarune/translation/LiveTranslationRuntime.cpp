@@ -42,7 +42,7 @@ void LiveTranslationRuntime::startCommittedTask(Operation operation) {
 Task<void> LiveTranslationRuntime::run(Self self, UUID id, Operation operation,
                                        std::stop_token stop,
                                        void (LiveTranslationRuntime::*finish)(const UUID& id)) {
-    // The task was cancelled before it began, so the objects that the operation uses may be gone.
+    // If the task was cancelled before it began, the objects that its operation uses may be gone.
     if (stop.stop_requested())
         co_return;
     co_await operation(stop);

@@ -26,8 +26,8 @@ namespace tessarune {
 /// tasks.
 ///
 /// Main queue. Made with `std::make_shared`: a cancelled task that still waits for the translator
-/// keeps the runtime alive. Such a task can end late, so each has an identity: it must not clear
-/// the state of its successor.
+/// keeps the runtime alive. Such a task can end late and must not clear the state of its successor,
+/// so each task has an identity.
 class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslationRuntime> {
   public:
     struct Environment {
@@ -63,8 +63,8 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
         environment_.log(std::move(name), std::move(fields));
     }
 
-    /// Checked after each suspension of a translation: whether the task still runs and its target
-    /// is still set. Results for a previous target are dropped.
+    /// Whether the task was not stopped and its target is still that of the settings. Checked after
+    /// each suspension of a translation; results for a previous target are dropped.
     bool isWanted(const TranslationRunContext& context, const std::stop_token& stop) const;
 
     /// The cached translator, created on first use; null if there is none.
@@ -98,7 +98,7 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
     bool isCurrentGhostRequest(std::string_view source, std::string_view target,
                                const UUID& requestID) const;
     void startGhostTask(const UUID& requestID, Operation operation);
-    /// Keeps the requested text, so that it is not requested again.
+    /// Keeps the preview's source text, so that the same text is not requested again.
     void cancelGhostTask();
     void forgetGhostSource();
     /// If `text` has the same key as the preview's source, forgets that source and returns true.

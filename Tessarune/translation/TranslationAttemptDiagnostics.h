@@ -6,7 +6,7 @@
 
 namespace tessarune {
 
-/// Measurements of one attempt at a translation, for the session's translation log.
+/// Measurements of one translation, including its retry, for the session's translation log.
 struct TranslationAttemptDiagnostics {
     std::string backend;
     std::string sourceLanguage;
@@ -14,7 +14,8 @@ struct TranslationAttemptDiagnostics {
     std::optional<double> availabilitySeconds;
     std::optional<double> translateCallSeconds; ///< the sum of all attempts
     std::optional<double> applySeconds;
-    std::optional<std::string> preflightStatus; ///< the pair's status, "passThrough" or "empty"
+    /// The pair's status; "passThrough" or "empty" if the translator was not needed.
+    std::optional<std::string> preflightStatus;
     std::int64_t attemptCount = 1;
     bool automaticRetry = false;
     std::optional<std::string> failureCategory;

@@ -39,9 +39,9 @@ class TranslationLanguages {
     virtual std::vector<TranslationLanguageState> list() const = 0;
 
     /// Downloads a language, or replaces a damaged one; does nothing if it is installed. Throws
-    /// with a text that can be shown, also for an unknown `id`, for a language without a model, and
-    /// if `stop` ends the download early; the received bytes are kept for the next attempt.
-    /// `progress` may be empty and is called on the main queue.
+    /// with a text that can be shown, also for an unknown `id` and for a language without a model.
+    /// If `stop` ends the download early, throws too; the bytes received so far are kept for the
+    /// next attempt. `progress` may be empty and is called on the main queue.
     virtual Task<void> download(std::string id,
                                 std::function<void(TranslationDownloadProgress)> progress,
                                 std::stop_token stop) = 0;

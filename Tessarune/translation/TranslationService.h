@@ -16,7 +16,7 @@ enum class TranslationError {
     unsupportedTargetLanguage,
     unsupportedLanguagePairing,
     notInstalled,     ///< the pair's files are missing
-    alreadyCancelled, ///< the session has ended; a new one is needed
+    alreadyCancelled, ///< the `TranslationSession` has ended; a new one is needed
     unableToIdentifyLanguage,
     nothingToTranslate,
     internalError

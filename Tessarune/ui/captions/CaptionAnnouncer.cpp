@@ -9,8 +9,8 @@ namespace tessarune {
 
 namespace {
 
-/// The name under which Qt registers its connection to the bus of assistive programs. Qt before 6.8
-/// has no event for announcements.
+/// The name under which Qt registers its connection to the bus of assistive programs. Announcements
+/// are sent over this connection, because Qt before 6.8 has no event for them.
 const QString accessibilityBus = QStringLiteral("a11y");
 constexpr int polite = 1; // ATSPI_LIVE_POLITE
 /// The number of newest rows that are searched for the last announced one. A frame adds fewer.
@@ -48,8 +48,8 @@ void CaptionAnnouncer::announceNewest() {
     const LiveCaptionDisplayRows& rows = environment_.session.captionDisplay.frame->sourceTextTail;
     if (rows.empty() || announced_ == rows.back().id)
         return;
-    // If the last announced row is not among the newest rows, these belong to another session, and
-    // only the very last one is announced.
+    // If the last announced row is not found, the rows belong to another session, and only the
+    // newest row is announced.
     std::size_t first = rows.size() - 1;
     const std::size_t farthest = rows.size() > searchedRows ? rows.size() - searchedRows : 0;
     for (std::size_t row = first; row > farthest; --row) {

@@ -39,7 +39,8 @@ class CaptionCommandsModel final : public ListedRows<CaptionCommand> {
   public:
     enum Role {
         TextRole = Qt::UserRole,
-        /// For a QML `Shortcut`; empty: none, or those of an enabled command before this one.
+        /// For a QML `Shortcut`; empty if the command has no keys, or if an enabled command before
+        /// it has the same keys.
         KeysRole,
         KeysTextRole, ///< as the user reads them
         EnabledRole,

@@ -9,8 +9,9 @@ namespace tessarune {
 namespace {
 
 constexpr int glideMS = 220;
-/// In device-independent pixels. After a scroll below `CaptionFollowDriver::reviewEnterThreshold`,
-/// the list would still follow and return to its newest line.
+/// In device-independent pixels. After a scroll that is shorter than
+/// `CaptionFollowDriver::reviewEnterThreshold`, the list would still follow and return to its
+/// newest line.
 constexpr double shortestKeyScroll = 72;
 
 } // namespace
@@ -178,7 +179,7 @@ double CaptionFollow::moveToEnd() {
     const auto before = geometry();
     if (!before)
         return 0;
-    // The list only estimates where its end is while that is more than a page away. Showing the end
+    // While the end is more than a page away, the list only estimates its position. Showing the end
     // makes the value exact.
     if (std::abs(before->legalBottomDelta()) > before->clipHeight)
         QMetaObject::invokeMethod(list_, "positionViewAtEnd");

@@ -39,7 +39,8 @@ bool CaptionWindowModel::isTranslucent() const {
 
 void CaptionWindowModel::setPainted() {
     isPainted_ = true;
-    if (!QAccessible::isActive()) // a screen reader finds the toolbar only while it is shown
+    // The toolbar stays shown for a screen reader, which would not find a hidden toolbar.
+    if (!QAccessible::isActive())
         chrome_.presentForAWhile();
     Q_EMIT painted();
 }

@@ -7,8 +7,8 @@ namespace tessarune {
 
 namespace {
 
-/// The characters of the stored key codes 0, 1, 2 and so on; ~ for a code without a character. Qt's
-/// code of such a key is the character itself.
+/// The characters of the stored key codes 0, 1, 2 and so on; ~ for a code without a character. Each
+/// character is also Qt's code of the key.
 constexpr std::string_view signsFromZero = "ASDFHGZXCV~BQWERYT123465=97-80]OU[IP~LJ'K;\\,/NM.~ `";
 static_assert(signsFromZero[8] == 'C' && signsFromZero[37] == 'L' && signsFromZero[49] == ' ');
 

@@ -35,7 +35,8 @@ void StreamingText::stream() {
     Q_EMIT markupChanged();
 }
 
-/// The other settings take effect with the next text.
+/// Applies a change of the highlight at once. A change of another setting takes effect with the
+/// next text.
 void StreamingText::highlightChanged() {
     if (!streaming_)
         return;

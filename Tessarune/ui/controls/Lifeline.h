@@ -9,8 +9,8 @@
 
 namespace tessarune {
 
-/// Tells a late call (a task that returns from a queue, progress from another thread or a
-/// notification) whether the object that it needs still exists. Make it a member of that object,
+/// Tells a late call (a notification, progress from another thread, or a task that returns from a
+/// queue) whether the object that it needs still exists. Make the lifeline a member of that object,
 /// and create and destroy the object on the main thread.
 template <typename T>
 class Lifeline {

@@ -26,7 +26,7 @@ class ListedRows : public QAbstractListModel {
     }
 
     /// Replaces the rows between the first and the last difference in identity, which `isSame`
-    /// compares. Announces the kept rows whose content differs as changed. Returns true if rows
+    /// compares. Announces a change of each kept row whose content differs. Returns true if rows
     /// were added or removed.
     template <typename IsSame>
     bool show(std::vector<Row> now, IsSame isSame) {

@@ -7,7 +7,8 @@
 namespace tessarune {
 
 ScreenFit::ScreenFit(QWindow& window) : QObject(&window), window_(window) {
-    // The minimum follows the text size of the desktop, and the size may change after it.
+    // The minimum size follows the text size of the desktop. The window's size may change right
+    // after it, so `fitSoon` waits.
     connect(&window, &QWindow::minimumWidthChanged, this, &ScreenFit::fitSoon);
     connect(&window, &QWindow::minimumHeightChanged, this, &ScreenFit::fitSoon);
     connect(&window, &QWindow::screenChanged, this, &ScreenFit::fitSoon);

@@ -5,9 +5,9 @@
 
 namespace tessarune {
 
-/// Keeps a window with its frame small enough for its screen: with a large text size of the
-/// desktop, its usual size, and even its minimum, may be larger. A user may still enlarge the
-/// window. Belongs to the window. Main thread.
+/// Keeps a window with its frame small enough for its screen. With a large text size of the
+/// desktop, the window's usual size, and even its minimum size, may be larger than the screen. A
+/// user may still enlarge the window. Belongs to the window. Main thread.
 class ScreenFit : public QObject {
   public:
     explicit ScreenFit(QWindow& window);

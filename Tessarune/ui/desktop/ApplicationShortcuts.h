@@ -7,10 +7,10 @@
 
 namespace tessarune {
 
-/// Handles shortcuts of the settings in every window, before the window gets the keys: only those
-/// with a modifier other than Shift, because other keys are for typing. The caption window, where
-/// nobody types, handles the rest itself. Copying selected text has precedence over copying the
-/// captions. Main thread; the commands must outlive it.
+/// Handles the user's shortcuts in every window, before the window gets the keys. Only shortcuts
+/// with a modifier other than Shift are handled, because other keys are for typing. The caption
+/// window, where nobody types, handles the rest itself. Copying selected text has precedence over
+/// copying the captions. Main thread; the commands must outlive it.
 class ApplicationShortcuts : public QObject {
   public:
     explicit ApplicationShortcuts(const CaptionCommandsModel& commands);

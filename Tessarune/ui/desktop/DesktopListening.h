@@ -20,8 +20,8 @@
 namespace tessarune {
 
 /// Starts and stops captions for the desktop program. A start waits until the previous session is
-/// saved and there is sound: the sound server answers, or the pipe has a writer. A later command
-/// replaces a command that still waits.
+/// saved and there is sound: the sound server has answered, or the captioned file is open. A pipe
+/// opens when it gets a writer. A later command replaces a command that still waits.
 ///
 /// While a session is being saved, a start by the user is refused, because the user sees the
 /// saving. A start by a script or a command line waits instead.

@@ -28,15 +28,16 @@ void DesktopProgram::watchSystem() {
         makeTray();
     const auto& problem = store().view().presentedError;
     observations_.followChanges(problem, [this](const std::string& text) {
-        // The toolbar shows why a start failed. Other failures are those of a recording: they
-        // appear in the caption line, where the next words replace them, and must stay until they
-        // are read.
+        // The toolbar shows why a start failed. Other failures are those of a recording. The
+        // caption line shows them only until the next words replace them, so they become notices,
+        // which stay until they are read.
         if (*store().view().sessionPhase == LiveSessionPhase::failed)
             notifyIfHidden(text);
         else if (!text.empty())
             notices_.tell(DesktopNotices::Topic::session, text);
     });
-    // This status becomes a notice, because the stop replaces the status at once.
+    // The status of a stop after silence becomes a notice, because the stop replaces the status at
+    // once.
     observations_.followChanges(store().view().status, [this](const SessionStatus& status) {
         if (status.kind == SessionStatus::Kind::inactive)
             notices_.tell(

@@ -89,7 +89,8 @@ int DesktopProgram::run() {
     return status;
 }
 
-/// If nothing can be recorded, captions still work and the user is told why.
+/// Prepares the program to record. If nothing can be recorded, captions still work and the user is
+/// told why.
 void DesktopProgram::prepare() {
     const Application::Preparation preparation = application_.prepareToRecord();
     if (preparation.obstacle.holder) // another program records: the services did not run yet
@@ -121,7 +122,8 @@ void DesktopProgram::prepare() {
     });
 }
 
-/// Between two sessions other programs may record, and change recordings.
+/// Lets other programs record and change recordings between two sessions. Waits until the last
+/// session is saved.
 Task<void> DesktopProgram::leaveDataFolder() {
     constexpr double lookSeconds = 0.1;
     while (store().isStopping() || session_.isWritingDiagnostics())

@@ -27,8 +27,9 @@ std::string absolutePath(const std::filesystem::path& path) {
     return (failure ? path : absolute).string();
 }
 
-/// The file that an argument names: as `file:PATH`, as an address, as a path with a slash, or as
-/// the name of an existing file, so that a mistyped action does not count as a file.
+/// The file that an argument names: as `file:PATH`, as an address, as a path with a slash, or as a
+/// name without a slash. Such a name must belong to an existing file, so that a mistyped action
+/// does not count as a file.
 std::optional<std::filesystem::path> fileOf(std::string_view argument) {
     if (argument.starts_with(addressPrefix)) {
         const QUrl address(QString::fromUtf8(argument.data(), std::ssize(argument)));

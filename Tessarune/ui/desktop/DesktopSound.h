@@ -21,11 +21,11 @@ class DesktopSound final : public SoundServer {
   public:
     explicit DesktopSound(Host& host) : host_(host) {}
 
-    /// Called when the file no longer plays: `problem` is empty at its end; if it cannot be read
-    /// further, `problem` is the reason for the user. Main queue.
+    /// Called when the file no longer plays. `problem` is empty if the file has ended; if the file
+    /// cannot be read further, `problem` tells the user why. Main queue.
     std::function<void(const std::string& problem)> onFileEnded;
 
-    /// The name of a file for the user; a control character in it would break the line.
+    /// The name of a file for the user, as one line without control characters.
     static std::string shownName(const std::filesystem::path& file);
 
     /// Returns why a file cannot be heard. Empty if it can, and for a pipe, which cannot be checked

@@ -76,10 +76,10 @@ void DesktopWelcome::close() {
 /// Waits at least once, so that the handler of the page's own button can return.
 ///
 /// A start that was stopped may still wait for the recogniser or the sound server, and resume after
-/// the page is gone. This is safe because the source is system audio, in whose place the sample
-/// plays: system audio needs no permission, so the start waits inside the transcriber, and then
-/// uses only objects that it keeps alive. With a microphone, it could wait for the permission, and
-/// would then use the permissions and the sound of the destroyed page.
+/// the page is gone. This is safe because the source is system audio (the sample plays in its
+/// place). System audio needs no permission, so the start waits inside the transcriber, and then
+/// uses only objects that it keeps alive. With a microphone, the start could wait for the
+/// permission, and would then use the permissions and the sound of the destroyed page.
 Task<void> DesktopWelcome::ended() {
     constexpr double lookSeconds = 0.2;
     do

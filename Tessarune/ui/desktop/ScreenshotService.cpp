@@ -16,7 +16,8 @@ namespace {
 
 constexpr std::int64_t shortestIntervalMS = 250; // a screenshot takes some milliseconds
 
-/// A run may be deleted at any time, with its recording; a picture must not recreate its folder.
+/// A run may be deleted at any time, with its recording; a picture must not recreate the run's
+/// folder.
 void write(FileSystem& files, const std::filesystem::path& run, const std::string& name,
            const QImage& picture) {
     const std::filesystem::path settings =

@@ -50,8 +50,8 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
     /// Why the catalog cannot be read; empty if it can be.
     const std::string& problem() const { return problem_; }
 
-    /// Lists only recordings whose note, date, time and beginning together contain all words of
-    /// `query`, or whose transcript or translation the search finds. An empty query lists all.
+    /// Lists only recordings that the full-text search finds, or whose note, date, time and
+    /// beginning together contain all words of `query`. An empty query lists all.
     void setQuery(const QString& query);
     /// Hides a recording that is about to be deleted.
     void setHidden(const UUID& id, bool isHidden);

@@ -64,7 +64,7 @@ void HistoryPlaybackModel::loadIfNeeded() {
     if (!isAvailable())
         return;
     const std::string& path = *recording->filePath;
-    // Compression may have replaced the opened file. While it plays, it stays open.
+    // Compression may have replaced the opened file. A file that is playing stays open.
     if (isLoaded_ && (isPlaying() || loadedPath_ == path))
         return;
     const double resumeAt = isLoaded_ ? position() : 0;
@@ -96,7 +96,7 @@ QString HistoryPlaybackModel::problem() const {
     return player() ? QString::fromStdString(*player()->problem) : QString();
 }
 
-/// Limited, because the sound may end a little after the duration that the file states.
+/// Limited to the duration that the file states, because the sound may end a little after it.
 double HistoryPlaybackModel::position() const {
     const double seconds = player() ? *player()->currentTime : 0;
     return duration() > 0 ? std::min(seconds, duration()) : seconds;

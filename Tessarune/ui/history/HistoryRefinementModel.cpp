@@ -102,7 +102,7 @@ void HistoryRefinementModel::refine(int model) {
     const auto& recording = detail_.recording();
     if (!canRefine() || model < 0 || model > static_cast<int>(models_.size()))
         return;
-    if (!holdDataFolder_()) // the service holds it itself
+    if (!holdDataFolder_()) // only a check: the service itself holds the folder
         return;
     const auto request = HistoryRefinementRequest::current(environment_.settings, recording->id,
                                                            recording->filePath.value_or(""));

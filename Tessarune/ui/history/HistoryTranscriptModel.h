@@ -39,7 +39,8 @@ class HistoryTranscriptModel final : public ListedRows<HistoryTranscriptRow> {
     /// The first and the last sentence that a row shows; `nullopt` if it shows none.
     std::optional<std::pair<std::size_t, std::size_t>> sentencesOf(int row) const;
     /// The row of a sentence; if it has none, the row of the last sentence before it that has one.
-    /// Beyond the last timed sentence, each sentence counts as one row.
+    /// The rows of sentences after the last timed one are unknown; each of these sentences is taken
+    /// to fill one row.
     Q_INVOKABLE int nearestRow(int sentence) const;
 
     QVariant data(const QModelIndex& index, int role) const override;

@@ -61,9 +61,10 @@ struct HistoryWindowEnvironment {
     std::shared_ptr<HistoryPronunciationAudioPlayer> pronunciation = nullptr;
     /// The text so far of this program's session; null if it has none.
     const Published<std::string>* liveText = nullptr;
-    /// The duration of that session in seconds, updated once a second; null if there is none.
+    /// The duration of this program's session in seconds, updated once a second; null if it has
+    /// none.
     const Published<double>* liveDuration = nullptr;
-    /// Returns the recording of that session; `nullopt` if none is being recorded.
+    /// Returns the recording of this program's session; `nullopt` if none is being recorded.
     std::function<std::optional<UUID>()> liveRecording = [] { return std::nullopt; };
     /// Logs a playback for as long as the returned object exists; empty if playbacks are not
     /// logged.

@@ -174,7 +174,8 @@ void HistoryWindowModel::undo() {
         tellDeletions();
 }
 
-/// The recordings stay hidden. One is listed again only if it cannot be deleted.
+/// Deletes the hidden recordings, which stay hidden. A recording is listed again only if it cannot
+/// be deleted.
 void HistoryWindowModel::finishDeletions() {
     for (Deletion& deletion : std::exchange(deletions_, {})) {
         const auto failed = [id = deletion.id](HistoryWindowModel& model) {

@@ -45,7 +45,7 @@ class HistoryWindowModel final : public QObject {
     Q_PROPERTY(tessarune::VocabularyModel* vocabulary READ vocabulary CONSTANT)
     Q_PROPERTY(tessarune::WordCardModel* card READ card CONSTANT)
     Q_PROPERTY(tessarune::UsageModel* usage READ usage CONSTANT)
-    /// Whether this page is shown beside the list in place of the chosen recording.
+    /// Whether the vocabulary, or the usage, is shown beside the list in place of the recording.
     Q_PROPERTY(bool showsVocabulary READ showsVocabulary NOTIFY pageChanged)
     Q_PROPERTY(bool showsUsage READ showsUsage NOTIFY pageChanged)
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)

@@ -23,8 +23,9 @@ class HistoryWordsModel final : public WordListModel {
     bool isOpen() const { return isOpen_; }
     void setOpen(bool isOpen);
 
-    /// Returns the first sentence of the transcript that contains the word, and with each further
-    /// call for the same word the next one, starting over at the end; -1 if none contains it.
+    /// Returns the first sentence of the transcript that contains the word. Each further call for
+    /// the same word returns the next such sentence, and after the last one the first again. -1 if
+    /// no sentence contains the word.
     Q_INVOKABLE int nextPlace(const QString& word);
 
     QStringList kinds() const override;

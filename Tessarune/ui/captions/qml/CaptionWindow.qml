@@ -79,8 +79,8 @@ Window {
             stage: captions
             onPressed: body.forceActiveFocus()
             onTapped: (x, y) => {
-                // As the text of the empty stage says. A click on a message or beside a button of the
-                // toolbar is not meant for the stage.
+                // A click on the idle stage starts captions, as its text says. A click on a message
+                // or beside a button of the toolbar is not meant for the stage.
                 if (window.stage.presentation === "empty-idle" && !controls.covers(x, y) && y >= (tools.item?.toolbarHeight ?? 0))
                     window.toolbar.toggle();
             }

@@ -92,7 +92,8 @@ Item {
             }
         }
 
-        // In a low window only if the user can act on it or no other message needs the room.
+        // The state of the translation. A low window shows it only if the user can act on it or no
+        // other message needs the room.
         OnDemand {
             id: translation
             active: root.stage.translationStatus !== "" && (root.hasRoom || root.stage.translationRemedy !== "" || !root.toolbar.showsStatus && !root.reviewing)
