@@ -8,9 +8,9 @@
 namespace tessarune {
 
 /// Whether the caption window shows its toolbar (the chrome): while the pointer is over it or over
-/// the rest of the window (the body), while one of its buttons has the keyboard focus, and while a
-/// menu is open. It hides a moment after the last of these has ended, and a while after it was
-/// shown to a user whose pointer is elsewhere.
+/// the rest of the window (the body), while one of the window's buttons has the keyboard focus, and
+/// while a menu is open. It hides a moment after the last of these has ended, and a while after it
+/// was shown to a user whose pointer is elsewhere.
 ///
 /// Main queue; the host must outlive it.
 class SubtitleChromeState {
@@ -27,7 +27,7 @@ class SubtitleChromeState {
     Published<bool> isPresented{true};
 
     void setBodyHovering(bool hovering);
-    /// The keyboard focus in the toolbar counts as the pointer over it.
+    /// The keyboard focus on one of the window's buttons counts as the pointer over the toolbar.
     void setChromeHovering(bool hovering);
     void presentForAWhile();
     void menuDidBeginTracking();

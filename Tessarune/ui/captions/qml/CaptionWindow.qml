@@ -51,6 +51,8 @@ Window {
                 captions.returnToNewest();
             else if (event.key in pagesByKey)
                 captions.scrollByKey(pagesByKey[event.key]);
+            else if (event.key === Qt.Key_Escape)
+                body.forceActiveFocus(); // leaves the toolbar, which then hides
             else if (event.key === Qt.Key_Tab && !window.model.showsChrome)
                 window.model.showToolbar(); // the next Tab leads into it
             else if (event.key === Qt.Key_Escape && !body.activeFocus)

@@ -24,12 +24,8 @@ Item {
     CaptionToolbar {
         id: bar
 
-        readonly property bool isFocused: {
-            let item = Window.active ? Window.activeFocusItem : null;
-            while (item && item !== bar)
-                item = item.parent;
-            return item === bar;
-        }
+        // Whether the user walks through the window with Tab, in a message or in the toolbar itself.
+        readonly property bool isFocused: Window.active && (Window.activeFocusItem?.activeFocusOnTab ?? false)
 
         anchors { left: parent.left; right: parent.right; top: parent.top }
         toolbar: root.toolbar
