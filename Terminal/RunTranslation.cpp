@@ -10,7 +10,7 @@ namespace tessarune {
 
 namespace {
 
-/// The key of the last unavailable choice that was reported.
+/// The settings key that stores the unavailable choice reported last.
 constexpr std::string_view reportedKey = "toldMissingTranslation";
 
 } // namespace

@@ -181,14 +181,14 @@ Application::Preparation Application::prepareToRecord() {
     if (!preparation.obstacle.holder)
         preparation.repairs = prepare();
     if (!records)
-        recording.leaveDataFolder(); // lets another program that records take it
+        recording.leaveDataFolder(); // another program can now take it and record
     return preparation;
 }
 
 RecordingRepair::Report Application::prepare() {
     RecordingRepair repair(files, catalog, logger);
-    // Without the data folder nothing is pruned: a run that another program is writing may look
-    // like the oldest one.
+    // Nothing is pruned unless this program holds the data folder: a run that another program is
+    // still writing may look like the oldest one.
     const bool isOurs = recording.hasDataFolder();
     RecordingRepair::Report report = TessaruneStartupServices::prepare(
         {logger, bootstrapFields(), isOurs ? &repair : nullptr,

@@ -20,11 +20,11 @@ class RecordingRepair {
     /// The repairs to report to the user, once.
     struct Report {
         std::vector<UUID> recoveredSessions; ///< interrupted sessions that were repaired
-        /// Imports whose transcription has not begun or could not be carried out, or whose
-        /// transcription or translation a regular end of the program interrupted.
+        /// Imports whose transcription has not begun or was not possible, and imports whose
+        /// transcription or translation was interrupted by a regular end of the program.
         std::vector<RecordingMetadata> untranscribedImports;
-        /// Imports during whose transcription or translation the program ended unexpectedly, maybe
-        /// because of them. They are reported once and do not become `untranscribedImports`.
+        /// Imports that were being transcribed or translated when the program ended unexpectedly;
+        /// they may be the cause. They are reported once and do not become `untranscribedImports`.
         std::vector<RecordingMetadata> brokenOffImports;
         std::optional<RecordingCatalog::IndexRebuild> rebuiltIndex;
     };

@@ -39,8 +39,8 @@ class AudioPlayer {
     /// The sentence to which playback is limited; `nullopt` if there is no limit.
     Published<std::optional<std::size_t>> boundedPlaybackSentenceIndex;
     Published<bool> repeatsBoundedPlayback;
-    /// Why nothing is audible; empty if all is well. While `isPlaying`, playback resumes by itself
-    /// when it can.
+    /// Why nothing is audible; empty if all is well. If `isPlaying` is still true, the sound
+    /// returns by itself once the problem is gone.
     Published<std::string> problem;
 
     /// Loads another recording, at its beginning. `startPlayback` and `seek` may be called before

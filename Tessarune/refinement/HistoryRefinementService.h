@@ -29,9 +29,9 @@ namespace tessarune {
 /// replaced, and a former sentence stays if the recogniser has nothing at its time.
 ///
 /// Main queue; reading and saving happen on a queue of utility priority. Jobs are not persistent:
-/// the end of the program drops them, and the former transcripts stay. For an import without a text
-/// or translation, the next launch knows whether its job was dropped by a regular end of the
-/// program or has crashed the program (see RecordingRepair).
+/// the end of the program drops them, and the former transcripts stay. If an import still lacks
+/// its text or its translation, the next launch can tell why: its job was dropped when the program
+/// ended regularly, or the job crashed the program (see RecordingRepair).
 class HistoryRefinementService {
   public:
     struct Environment {

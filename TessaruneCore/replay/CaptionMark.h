@@ -17,7 +17,7 @@ enum class CaptionMark {
     withdrawn, ///< the recogniser withdrew its hypothesis
     stopped,   ///< the user requested the end: partials are ignored from here
     sealed,    ///< the open text was committed as rows
-    ended,     ///< the rows are now those of the run's timeline
+    ended,     ///< the session ended: the rows are final and equal those of `timeline.json`
 };
 
 /// The record's kind.

@@ -33,8 +33,9 @@ class HeuristicBoundaryEngine final : public BoundaryEngine {
 
     SentencePipeline pipeline_;
     SentenceCuts cuts_;
-    StabilityKeyList clauseKeys_;  ///< of the last partial's clauses
-    StabilityKeyList leadingKeys_; ///< of its leading sentences, used only without freezing
+    StabilityKeyList clauseKeys_; ///< of the last partial's clauses
+    StabilityKeyList
+        leadingKeys_; ///< of the last partial's leading sentences; only if freezing is off
 };
 
 } // namespace tessarune

@@ -164,7 +164,8 @@ void RecognitionSession::watchForStall() {
 
 void RecognitionSession::closeIfStalled() {
     const bool isStalled = stall_.check(host_.now());
-    // A file that is paced by the recogniser stalls only if the recogniser has caught up.
+    // The source of a file waits while the recogniser is behind: missing sound is a stall only if
+    // passes have covered all sound so far.
     if (hasNewSound_ || !isStalled) {
         watchForStall();
         return;

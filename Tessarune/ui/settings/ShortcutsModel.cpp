@@ -67,8 +67,8 @@ QString ShortcutsModel::conflictOf(int row) const {
         if (other != row && keysOf(candidate.shortcut) == keys)
             return sentence(candidate.title);
     }
-    // Default keys that are also a window's keys are no conflict: by default Ctrl+W is for the
-    // captions, whichever window has the focus.
+    // A command that still has its default keys may share them with a window. This is intended:
+    // Ctrl+W, for example, is for the captions by default, whichever window has the focus.
     if (!hasOtherKeys(rows_[static_cast<std::size_t>(row)].shortcut))
         return {};
     for (const WindowKeys& command : WindowKeys::all()) {
