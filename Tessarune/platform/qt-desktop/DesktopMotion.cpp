@@ -49,7 +49,8 @@ void DesktopMotion::read(const char* group, const char* key) {
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, group, key] {
         const QDBusPendingReply<QDBusVariant> reply = *watcher;
         watcher->deleteLater();
-        // Most desktops know only one of the keys. A change signal in the meantime is newer.
+        // The reply is an error if the desktop does not have this key; most have only one of the
+        // keys. If the key's change was signalled after the call, the signal had the newer value.
         if (!reply.isError() && !changed_.contains(key))
             apply(QString::fromLatin1(group), QString::fromLatin1(key), reply.value());
     });

@@ -12,8 +12,8 @@
 
 namespace tessarune {
 
-/// Whether the user has asked the desktop for less motion, through the desktop's settings portal.
-/// False without a portal. Main thread, with the application object.
+/// Whether the user has asked the desktop for less motion, as the desktop's settings portal reports
+/// it. False without a portal. Main thread, with the application object.
 class DesktopMotion : public QObject {
     Q_OBJECT
 

@@ -16,7 +16,7 @@ namespace tessarune {
 /// A request to the running program by one that was started later.
 struct InstanceRequest {
     std::vector<std::string> actions; ///< in order; no actions and no files: show the window
-    std::vector<std::string> files;   ///< absolute paths; other addresses are kept unchanged
+    std::vector<std::string> files;   ///< absolute paths, and addresses that name no local file
 };
 
 /// Limits the program to one instance per desktop session: the first one owns the program's id on

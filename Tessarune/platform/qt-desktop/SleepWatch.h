@@ -7,15 +7,16 @@
 
 namespace tessarune {
 
-/// Reports when the computer is about to sleep or shut down, as announced by the system's login
-/// manager, and delays this until the program is ready, for a few seconds at most. Does nothing
-/// without such a manager. Main thread, with the application object.
+/// Reports when the computer is about to sleep or shut down, and when it wakes, as announced by the
+/// system's login manager. Delays sleep and shutdown until the program is ready, for a few seconds
+/// at most. Does nothing without such a manager. Main thread, with the application object.
 class SleepWatch : public QObject {
     Q_OBJECT
 
   public:
     struct Handlers {
-        /// Must call `ready` when all data that must survive is on the disk.
+        /// This and `willShutDown` must call `ready` when all data that must survive is on the
+        /// disk.
         std::function<void(std::function<void()> ready)> willSleep;
         std::function<void()> didWake;
         std::function<void(std::function<void()> ready)> willShutDown;
@@ -31,7 +32,7 @@ class SleepWatch : public QObject {
   private:
     /// Requests the delay of the next sleep or shutdown.
     void inhibit();
-    /// Ends the delay, unless another sleep or shutdown was announced after `announcement`.
+    /// Ends the delay, unless the manager has made another announcement after `announcement`.
     void release(unsigned announcement);
 
     QDBusConnection bus_;

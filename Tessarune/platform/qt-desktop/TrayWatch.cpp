@@ -41,8 +41,8 @@ TrayWatch::~TrayWatch() {
         qApp->removeNativeEventFilter(this);
 }
 
-/// Only observes the message. Queues `onTray_`, so that the item is created after Qt has seen the
-/// message, too.
+/// Only observes the message. Calls `onTray_` later, because Qt must process the message before the
+/// item is created.
 bool TrayWatch::nativeEventFilter(const QByteArray& kind, void* message, qintptr* /*result*/) {
     if (X11Desktop::announcesTray(kind, message))
         QMetaObject::invokeMethod(this, onTray_, Qt::QueuedConnection);

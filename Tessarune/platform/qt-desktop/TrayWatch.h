@@ -8,12 +8,13 @@
 
 namespace tessarune {
 
-/// Reports when the desktop can show items in a tray: at once, or later when its panel starts after
-/// the program. A tray of the older kind, which embeds X11 windows, is reported only if it starts
-/// after the program. Main thread, with the application object.
+/// Reports when the desktop can show items in a tray: soon after the program's start, or later if
+/// the desktop's panel starts after the program. A tray of the older kind, which embeds X11
+/// windows, is reported only if it starts after the program. Main thread, with the application
+/// object.
 ///
 /// Qt checks for a tray only once in the life of the process, so do not ask Qt for one before this
-/// class has found it.
+/// class or X11Desktop::hasTray has found it.
 class TrayWatch : public QObject, private QAbstractNativeEventFilter {
     Q_OBJECT
 

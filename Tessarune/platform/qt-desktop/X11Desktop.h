@@ -9,7 +9,8 @@ namespace tessarune::X11Desktop {
 /// application object is created: without a connection, its constructor ends the program.
 bool canBeReached();
 
-// With the application object. They return false if the program does not run on X11.
+// The following functions need the application object. They return false if the program does not
+// run on X11.
 
 /// Whether the current window manager keeps a window above others on request.
 bool keepsWindowsAbove();

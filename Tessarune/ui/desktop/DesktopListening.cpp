@@ -56,8 +56,8 @@ Task<void> DesktopListening::connectToSound() {
     updateWaiting();
 }
 
-/// Tells the user after a moment if the file still has no sound: it is then a pipe, which opens
-/// only when something is written to it.
+/// Tells the user after a moment if the file is still not open. It is then usually a pipe, which
+/// opens only when something is written to it.
 Task<void> DesktopListening::tellOfWaiting() {
     Task<bool> waiting = sleep(Executor::main(environment_.host), quietWaitSeconds);
     co_await waiting;
@@ -185,7 +185,7 @@ DesktopListening::Wish DesktopListening::nextFile() {
     return wish;
 }
 
-/// Drops the files that would follow, and tells the user which ones they are.
+/// Drops the files that would follow, and tells the user which or how many they are.
 void DesktopListening::dropFollowing() {
     const auto left = std::exchange(following_, {});
     if (left.empty())

@@ -62,8 +62,8 @@ class DesktopListening {
     struct Wish {
         std::optional<std::filesystem::path> file; ///< `nullopt`: the computer
         std::optional<AudioSource> source{};       ///< `nullopt`: the source before the file
-        bool isAnother = true; ///< whether the source changes to `file` or `source`
-        bool starts = false;   ///< whether a session starts then
+        bool isAnother = true;                     ///< whether the source changes
+        bool starts = false;                       ///< whether a session starts then
     };
 
     LiveTranscriptStore& store() { return environment_.session.store(); }

@@ -87,14 +87,15 @@ int runDesktopProgram(int argc, char** argv) {
                   << "' cannot be reached.\n";
         return noDisplay;
     }
-    // Only X11, which Wayland desktops provide too, lets a program keep a window above others.
+    // Only X11, which most Wayland desktops provide, too, lets a program keep a window above
+    // others.
     if (usesX11 && isAnyPlatform)
         qputenv("QT_QPA_PLATFORM", hasX11 ? "xcb" : "wayland");
     PlatformLog::open(programName);
     nameProgram();
     QApplication application(argc, argv); // removes Qt's own options from the arguments
-    // Qt also sets the user's locale. Its language is wanted, but libraries for sound and speech
-    // parse numbers with a decimal point.
+    // The constructor has set the user's locale. The locale's language is wanted, but libraries for
+    // sound and speech parse numbers with a decimal point.
     std::setlocale(LC_NUMERIC, "C");
     nameInterfaceFaces(StringTables::userLocale());
     EmojiFlagSupport::setGlyphTest(rendersAsOneFlag);

@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// The messages to the user that are shown beside the captions, until the user dismisses them or
-/// they no longer apply. Main thread.
+/// The messages to the user that are shown over the captions, until the user dismisses them or they
+/// no longer apply. A text that another notice already has is not added. Main thread.
 class DesktopNotices {
   public:
     /// A topic has at most one notice, which a later one replaces; `none` has any number.
@@ -21,7 +21,7 @@ class DesktopNotices {
 
     static constexpr std::size_t mostShown = 3;
 
-    /// Called with each new notice, unless one with the same text is already shown.
+    /// Called with each notice that is added.
     std::function<void(const std::string& text)> onNotice;
 
     /// Shows the text until it is dismissed.

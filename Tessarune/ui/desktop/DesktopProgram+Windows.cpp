@@ -215,8 +215,8 @@ void DesktopProgram::showWindow() {
         window_->show();
 }
 
-/// Runs a command that may start captions. Nobody is recorded without seeing it, wherever the
-/// command comes from.
+/// Runs a command that may start captions. If it does, shows the window, so that nobody is recorded
+/// without seeing it.
 void DesktopProgram::showIfStarted(const std::function<void()>& command) {
     const auto isOn = [this] { return *store().view().isListening || *listening_.waiting(); };
     const bool wasOn = isOn();

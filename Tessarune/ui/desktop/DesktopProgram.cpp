@@ -36,8 +36,8 @@ std::vector<IdleMemorySentinel::Window> openWindows() {
     return windows;
 }
 
-/// Exits the event loop without `QCoreApplication::quit`, which would ask the windows first: they
-/// are hidden and refuse.
+/// Exits the event loop without `QCoreApplication::quit`, which would first ask the windows to
+/// close. The hidden windows would refuse.
 Task<void> endEventLoop(HistoryRefinementService& refinement) {
     Task<void> ending = refinement.end();
     co_await ending;
@@ -93,7 +93,7 @@ int DesktopProgram::run() {
 /// told why.
 void DesktopProgram::prepare() {
     const Application::Preparation preparation = application_.prepareToRecord();
-    if (preparation.obstacle.holder) // another program records: the services did not run yet
+    if (preparation.obstacle.holder) // another program has the folder: the services did not run
         application_.prepare();
     const auto tellObstacle = [this](const RecordingGate::Obstacle& obstacle) {
         notices_.tell(DesktopNotices::Topic::recording, obstacleText(obstacle));
@@ -110,7 +110,7 @@ void DesktopProgram::prepare() {
             DesktopNotices::Kind::news);
     finishImports(preparation.repairs.untranscribedImports);
     tellBrokenOff(preparation.repairs.brokenOffImports);
-    // Translates what waited for the model, even if its session has ended.
+    // Translates the captions that waited for the model, even after the end of their session.
     application_.translationModels.setInstalledHandler([this](const std::string& id) {
         if (id == *application_.settings.translationTargetLanguage)
             session_.translation().retryIncompleteTranslations();

@@ -75,7 +75,7 @@ class DesktopProgram {
     void offerWindows();
     CaptionWindowEnvironment windowEnvironment();
     void recordFollow(const std::string& event, const LogFields& fields, bool important);
-    /// Shows the caption window, or the welcome page on the first start.
+    /// Shows the caption window, or the welcome page on a first start without a request.
     void showFirst();
     void closeWelcome();
     Task<void> releaseWelcome();

@@ -14,9 +14,8 @@
 namespace tessarune {
 
 /// The sound of the desktop program: the computer's, or temporarily a file that plays in its place.
-/// The computer's microphones are available in either case. The source changes only on the main
-/// queue and between two sessions, so a session may use it on its own queue. The host must outlive
-/// it.
+/// The computer's microphones are listed in either case. The source changes only on the main queue
+/// and between two sessions, so a session may use it on its own queue. The host must outlive it.
 class DesktopSound final : public SoundServer {
   public:
     explicit DesktopSound(Host& host) : host_(host) {}

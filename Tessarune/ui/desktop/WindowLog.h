@@ -6,8 +6,8 @@
 
 namespace tessarune {
 
-/// Logs when a window of the program gets the keyboard focus, for the first time or again, and when
-/// it has been resized. Main thread; needs the application object.
+/// Logs when a window with a title gets the keyboard focus, for the first time or again, and when
+/// such a window is resized later. Main thread; needs the application object.
 class WindowLog : public QObject {
   public:
     WindowLog();
