@@ -8,7 +8,7 @@
 
 namespace tessarune {
 
-/// Any message of Qt while a window is open fails the test, except for two harmless ones.
+/// Any message of Qt during a test makes it fail, except for two harmless ones.
 class WarningsFail : public ::testing::Test {
   protected:
     WarningsFail() {

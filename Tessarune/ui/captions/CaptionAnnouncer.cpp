@@ -13,7 +13,8 @@ namespace {
 /// are sent over this connection, because Qt before 6.8 has no event for them.
 const QString accessibilityBus = QStringLiteral("a11y");
 constexpr int polite = 1; // ATSPI_LIVE_POLITE
-/// The number of newest rows that are searched for the last announced one. A frame adds fewer.
+/// The number of newest rows that are searched for the last announced one. A frame usually adds
+/// fewer.
 constexpr std::size_t searchedRows = 8;
 
 } // namespace
@@ -48,8 +49,8 @@ void CaptionAnnouncer::announceNewest() {
     const LiveCaptionDisplayRows& rows = environment_.session.captionDisplay.frame->sourceTextTail;
     if (rows.empty() || announced_ == rows.back().id)
         return;
-    // If the last announced row is not found, the rows belong to another session, and only the
-    // newest row is announced.
+    // If the last announced row is not found, for example in a new session, only the newest row is
+    // announced.
     std::size_t first = rows.size() - 1;
     const std::size_t farthest = rows.size() > searchedRows ? rows.size() - searchedRows : 0;
     for (std::size_t row = first; row > farthest; --row) {

@@ -9,9 +9,8 @@ namespace tessarune {
 namespace {
 
 constexpr int glideMS = 220;
-/// In device-independent pixels. After a scroll that is shorter than
-/// `CaptionFollowDriver::reviewEnterThreshold`, the list would still follow and return to its
-/// newest line.
+/// In device-independent pixels. More than `CaptionFollowDriver::reviewEnterThreshold`: after a
+/// shorter scroll, the list would still follow and return to its newest line.
 constexpr double shortestKeyScroll = 72;
 
 } // namespace
@@ -179,8 +178,8 @@ double CaptionFollow::moveToEnd() {
     const auto before = geometry();
     if (!before)
         return 0;
-    // While the end is more than a page away, the list only estimates its position. Showing the end
-    // makes the value exact.
+    // While the end is more than a page away, the list only estimates the end's position. Showing
+    // the end makes the position exact.
     if (std::abs(before->legalBottomDelta()) > before->clipHeight)
         QMetaObject::invokeMethod(list_, "positionViewAtEnd");
     list_->setProperty("contentY", geometry()->legalBottomY - hiddenHeight_);

@@ -79,7 +79,7 @@ class CaptionFollow : public QObject, public QQmlParserStatus, private CaptionLi
 
     double listValue(const char* property) const;
     bool isMovedByUser() const;
-    /// Returns by how much the list moved up.
+    /// Returns by how much the rows moved up.
     double moveToEnd();
     void setGlide(double glide);
 
@@ -93,7 +93,7 @@ class CaptionFollow : public QObject, public QQmlParserStatus, private CaptionLi
     double glide_ = 0;
     double newestHeight_ = 0;
     bool contentIsDue_ = false; // a caption frame was published since the window was last drawn
-    bool endIsDue_ = false; // the height of the rows has changed since the window was last drawn
+    bool endIsDue_ = false;     // the end may have moved since the window was last drawn
 };
 
 } // namespace tessarune

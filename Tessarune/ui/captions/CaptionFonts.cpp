@@ -46,8 +46,8 @@ bool rendersAsOneFlag(std::string_view text) {
 
 QFont captionFont(std::string_view language, std::int64_t size, double textScale) {
     QFont font = QGuiApplication::font();
-    // For Latin text Noto Sans, or else the desktop's font; then a font of matching weight and
-    // height for Chinese, Japanese and Korean text.
+    // Latin text has Noto Sans or, if it is not installed, the desktop's font. Chinese, Japanese
+    // and Korean text has a font of matching weight and height.
     font.setFamilies({QStringLiteral("Noto Sans"), font.family(),
                       QStringLiteral("Noto Sans CJK ") + regionOf(language)});
     const auto usable = static_cast<double>(std::clamp<std::int64_t>(size, 8, 200));

@@ -11,7 +11,7 @@ namespace tessarune {
 /// caption settings, which are device-independent pixels at a `textScale` of 1.
 QFont captionFont(std::string_view language, std::int64_t size, double textScale);
 
-/// Sets the fallback font of all other texts for a locale such as "zh_TW", because Qt's own
+/// Sets the fallback fonts of all other texts for a locale such as "zh_TW", because Qt's own
 /// fallback takes the weight of whatever was drawn first. Call before the first window.
 void nameInterfaceFaces(std::string_view locale);
 

@@ -9,8 +9,9 @@
 
 namespace tessarune {
 
-/// Shows the reader the sound level and the reason why no new words arrive: it is quiet, the
-/// captions are behind, or they have stopped. Main thread; the environment must outlive it.
+/// Shows the reader the sound level and why no new words are shown: it is quiet, the captions are
+/// behind, they have stopped, or the user cleared them and nothing was said since. Main thread; the
+/// environment must outlive it.
 class CaptionHearingModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isListening READ isListening NOTIFY levelChanged)

@@ -4,9 +4,10 @@
 
 namespace tessarune {
 
-/// A message of the program itself, which is shown over the captions until the user dismisses it.
+/// Messages of the program itself, which are shown over the captions until the user dismisses them
+/// or they no longer apply.
 struct CaptionNotice {
-    std::string text; ///< empty: there is none
+    std::string text; ///< one message per line; empty: there is none
     bool isTrouble = false;
 
     bool operator==(const CaptionNotice&) const = default;

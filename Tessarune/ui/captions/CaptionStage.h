@@ -15,7 +15,8 @@ enum class CaptionEmptyPresentation { idle, checking, silent };
 namespace CaptionStage {
 
 bool hasCaptionOutput(const LiveCaptionDisplayFrame& frame);
-/// `nullopt` while there are captions, and while a session without captions is stopping.
+/// `nullopt` while there are captions, and while a session without captions is stopping, unless its
+/// sound was silent.
 std::optional<CaptionEmptyPresentation> emptyPresentation(const LiveCaptionDisplayFrame& frame);
 /// A hash of the drawn content: it changes with every visible change.
 std::uint64_t contentRevision(const LiveCaptionDisplayFrame& frame);

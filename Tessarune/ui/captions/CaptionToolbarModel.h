@@ -14,8 +14,8 @@
 namespace tessarune {
 
 /// The toolbar and the status line of the caption window: the source, the duration, and the
-/// buttons. It only observes whether the frame has captions, so that new captions do not redraw it.
-/// Main thread; the environment must outlive it.
+/// buttons. Of a frame, it observes only whether there are captions, so that new captions do not
+/// redraw it. Main thread; the environment must outlive it.
 class CaptionToolbarModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isListening READ isListening NOTIFY sessionChanged)
@@ -27,7 +27,7 @@ class CaptionToolbarModel final : public QObject {
     /// -1 if the source is not in the list.
     Q_PROPERTY(int currentSource READ currentSource NOTIFY sourcesChanged)
     Q_PROPERTY(QString status READ status NOTIFY sessionChanged)
-    /// Whether the status needs attention and is shown over the captions.
+    /// Whether the status is shown over the captions.
     Q_PROPERTY(bool showsStatus READ showsStatus NOTIFY sessionChanged)
     Q_PROPERTY(bool isTrouble READ isTrouble NOTIFY sessionChanged)
     /// The label of the action that may solve the problem that the status reports; empty if there

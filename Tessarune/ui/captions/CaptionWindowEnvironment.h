@@ -23,7 +23,7 @@ struct CaptionWindowEnvironment {
         std::function<void()> refreshInputDevices;
         std::function<void()> retryTranslation;
         std::function<void()> clearCaptions;
-        /// The text on the screen, for copying.
+        /// The texts of the captions that the user has not cleared, for copying.
         std::function<TranscriptSnapshot()> visibleText;
         std::function<void()> dismissNotice;
         /// Called when the user closes the window.
@@ -34,7 +34,7 @@ struct CaptionWindowEnvironment {
         /// Shows the settings with the pane of this name; an empty name keeps the pane that was
         /// shown last. Empty if there is no such window.
         std::function<void(const std::string& pane)> showSettings{};
-        /// Opens the desktop's own page for a permission; empty if the desktop has none.
+        /// Opens the desktop's sound settings; empty if the desktop has none.
         PermissionsManager::OpenSettings openDesktopSettings{};
     };
 

@@ -39,7 +39,8 @@ bool CaptionWindowModel::isTranslucent() const {
 
 void CaptionWindowModel::setPainted() {
     isPainted_ = true;
-    // The toolbar stays shown for a screen reader, which would not find a hidden toolbar.
+    // With a screen reader, which would not find a hidden toolbar, the toolbar does not hide until
+    // the pointer or the focus leaves it.
     if (!QAccessible::isActive())
         chrome_.presentForAWhile();
     Q_EMIT painted();

@@ -13,8 +13,9 @@ namespace tessarune {
 /// shortcut that is switched off and for an unknown key code.
 QKeySequence keysOf(const ShortcutSetting& shortcut);
 
-/// The pressed key as it is without Shift. With Shift, the key of a digit arrives as the sign above
-/// the digit, which depends on the keyboard's layout. `scanCode` is that of X11.
+/// Returns the digit if a key of the row of digits is pressed with Shift, otherwise `key`. With
+/// Shift, the key of a digit arrives as the sign above the digit, which depends on the keyboard's
+/// layout. `scanCode` is that of X11.
 int keyWithoutShift(int key, Qt::KeyboardModifiers modifiers, quint32 scanCode);
 
 /// The stored key code of a shortcut that is switched off.

@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// Stores the position and size of a window for each set of screens. Main thread; window and store
-/// must outlive it.
+/// Stores the position and size of a window for each set of screens, and restores them when the set
+/// changes. Main thread; window and store must outlive it.
 class WindowPlace {
   public:
     /// `name` is the window's name in the store.

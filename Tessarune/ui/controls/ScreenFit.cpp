@@ -7,8 +7,8 @@
 namespace tessarune {
 
 ScreenFit::ScreenFit(QWindow& window) : QObject(&window), window_(window) {
-    // The minimum size follows the text size of the desktop. The window's size may change right
-    // after it, so `fitSoon` waits.
+    // The minimum size follows the text size of the desktop. `fitSoon` waits, because the window's
+    // own size may change right after the minimum size.
     connect(&window, &QWindow::minimumWidthChanged, this, &ScreenFit::fitSoon);
     connect(&window, &QWindow::minimumHeightChanged, this, &ScreenFit::fitSoon);
     connect(&window, &QWindow::screenChanged, this, &ScreenFit::fitSoon);
@@ -18,7 +18,7 @@ ScreenFit::ScreenFit(QWindow& window) : QObject(&window), window_(window) {
 
 bool ScreenFit::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::Expose && !std::exchange(wasExposed_, true))
-        fitSoon(); // now it has its frame
+        fitSoon(); // the window now has its frame
     return QObject::eventFilter(watched, event);
 }
 

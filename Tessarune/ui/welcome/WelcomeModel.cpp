@@ -230,7 +230,7 @@ Task<void> WelcomeModel::downloadTranslation() {
     co_await downloading;
 }
 
-/// The download of a translation model, which runs behind the sample, is not stopped.
+/// A download of the translation model runs in a later stage and is not stopped.
 void WelcomeModel::end() {
     if (stage_ == Stage::download)
         stop_.request_stop();

@@ -30,15 +30,16 @@ struct WelcomeEnvironment {
     std::function<void()> close;
 };
 
-/// The welcome page of the first start: the target language, the downloads that it needs, and then
-/// captions of sample speech. Main thread.
+/// The welcome page of the first start: the target language, the missing models and their download,
+/// and then captions of sample speech. Main thread.
 class WelcomeModel final : public QObject {
     Q_OBJECT
     /// The first entry stands for "no translation".
     Q_PROPERTY(QStringList languages READ languages CONSTANT)
     Q_PROPERTY(int language READ language WRITE setLanguage NOTIFY changed)
     Q_PROPERTY(QString downloads READ downloads NOTIFY changed)
-    /// "ask", then "download", then "sample", or "ready" if the sample cannot be played.
+    /// "ask", then "download", then "sample", or "ready" if the sample cannot be played; "ask"
+    /// again if the speech model could not be downloaded.
     Q_PROPERTY(QString stage READ stage NOTIFY changed)
     Q_PROPERTY(QString beginText READ beginText NOTIFY changed)
     /// 0 to 1; negative while the size is unknown.

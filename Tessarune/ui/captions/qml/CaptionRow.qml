@@ -84,7 +84,8 @@ Item {
     Text {
         id: translationText
 
-        // Space for one line is reserved, so that nothing moves when the translation arrives.
+        // Space for one line is reserved if the list has room for it, so that nothing moves when a
+        // translation of one line arrives.
         readonly property real oneLine: metrics.lineSpacing * lineHeight
         readonly property bool hasPlace: root.isBilingual
                                          ? text !== "" || sourceText.shownHeight + root.gap + oneLine <= root.mostHeight : !root.hasSource

@@ -1,7 +1,7 @@
 import QtQuick
 import Tessarune
 
-// A short message, with or without an action.
+// A short message, an action, or both.
 Rectangle {
     id: root
 

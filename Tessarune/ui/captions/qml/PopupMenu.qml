@@ -48,9 +48,9 @@ Item {
                 cacheBuffer: 10000
             }
 
-            // Pointer and keys share the current entry. The handler is outside the list, where
-            // positions would change with each scroll. After a scroll, Qt repeats the position of a
-            // resting pointer, which must not change the current entry.
+            // Pointer and keys share the current entry. The handler is not in the list, because
+            // there, positions would change with each scroll. After a scroll, Qt repeats the
+            // position of a resting pointer, which must not change the current entry.
             HoverHandler {
                 property point last: Qt.point(-1, -1)
 

@@ -92,8 +92,8 @@ Item {
             }
         }
 
-        // The state of the translation. A low window shows it only if the user can act on it or no
-        // other message needs the room.
+        // The state of the translation. A low window shows it only if the user can act on it, or if
+        // neither the status nor the button that returns to the newest caption needs the room.
         OnDemand {
             id: translation
             active: root.stage.translationStatus !== "" && (root.hasRoom || root.stage.translationRemedy !== "" || !root.toolbar.showsStatus && !root.reviewing)

@@ -2,8 +2,9 @@ pragma Singleton
 import QtQuick
 import Tessarune.Desktop
 
-// The colours and sizes of every window; those of the captions are settings of the user. Texts have
-// a contrast of at least 4.5:1 to their background.
+// The colours and sizes of the windows. The caption window takes only sizes from here: its controls
+// are always dark, and the look of its captions is set by the user. Texts have a contrast of at
+// least 4.5:1 to their background.
 QtObject {
     readonly property DesktopLook look: DesktopLook {}
     readonly property bool isDark: look.isDark
