@@ -55,8 +55,6 @@ Window {
                 body.forceActiveFocus(); // leaves the toolbar, which then hides
             else if (event.key === Qt.Key_Tab && !window.model.showsChrome)
                 window.model.showToolbar(); // the next Tab leads into it
-            else if (event.key === Qt.Key_Escape && !body.activeFocus)
-                body.forceActiveFocus(); // a toolbar with the focus does not hide
             else
                 return;
             event.accepted = true;
