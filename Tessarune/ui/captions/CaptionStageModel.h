@@ -24,7 +24,6 @@ class CaptionStageModel final : public QObject {
     Q_PROPERTY(tessarune::CaptionRowsModel* rows READ rows CONSTANT)
     /// The rows of the second block; empty in a layout with one block.
     Q_PROPERTY(tessarune::CaptionRowsModel* translations READ translations CONSTANT)
-    Q_PROPERTY(qulonglong contentRevision READ contentRevision NOTIFY frameChanged)
     /// "content", "empty-idle", "empty-checking", "empty-silent", or "clear" to show nothing.
     Q_PROPERTY(QString presentation READ presentation NOTIFY stateChanged)
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY stateChanged)
@@ -43,10 +42,6 @@ class CaptionStageModel final : public QObject {
     Q_PROPERTY(bool isBilingual READ isBilingual NOTIFY settingsChanged)
     Q_PROPERTY(bool swaps READ swaps NOTIFY settingsChanged)
     Q_PROPERTY(int bottomPadding READ bottomPadding NOTIFY settingsChanged)
-    Q_PROPERTY(int returnSeconds READ returnSeconds NOTIFY settingsChanged)
-    Q_PROPERTY(bool streams READ streams NOTIFY settingsChanged)
-    Q_PROPERTY(int paceMS READ paceMS NOTIFY settingsChanged)
-    Q_PROPERTY(bool highlights READ highlights NOTIFY settingsChanged)
     Q_PROPERTY(QColor highlightColor READ highlightColor NOTIFY settingsChanged)
     Q_PROPERTY(QFont sourceFont READ sourceFont NOTIFY settingsChanged)
     Q_PROPERTY(QFont translationFont READ translationFont NOTIFY settingsChanged)

@@ -109,7 +109,6 @@ Item {
 
         CaptionList {
             id: translationList
-            objectName: "translationList"
             visible: root.isSplit
             width: parent.width
             height: root.blockHeight

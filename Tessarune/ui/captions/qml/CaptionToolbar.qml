@@ -116,7 +116,6 @@ Item {
 
     SourceMenu {
         id: sources
-        objectName: "sourceMenu"
         toolbar: root.toolbar
     }
 }
