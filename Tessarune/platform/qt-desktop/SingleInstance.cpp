@@ -1,7 +1,6 @@
 #include "Tessarune/platform/qt-desktop/SingleInstance.h"
 
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QDeadlineTimer>
 #include <QThread>
 #include <QUrl>

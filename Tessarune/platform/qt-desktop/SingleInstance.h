@@ -7,7 +7,6 @@
 #include <QStringList>
 #include <QVariantMap>
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 

@@ -10,7 +10,6 @@
 #include <QString>
 #include <QVariantList>
 #include <optional>
-#include <tuple>
 
 namespace tessarune {
 

@@ -6,7 +6,6 @@
 #include "Tessarune/ui/welcome/WelcomeWindow.h"
 
 #include <functional>
-#include <memory>
 #include <string>
 
 namespace tessarune {
