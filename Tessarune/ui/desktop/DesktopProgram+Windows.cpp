@@ -62,11 +62,6 @@ void DesktopProgram::offerWindows() {
 
 CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
     using Kind = DesktopWindows::Kind;
-    const auto opener = [this](Kind kind) -> std::function<void()> {
-        if (!windows_.has(kind))
-            return {};
-        return [this, kind] { windows_.show(kind); };
-    };
     return {
         .host = host_,
         .settings = application_.settings,
@@ -85,7 +80,7 @@ CaptionWindowEnvironment DesktopProgram::windowEnvironment() {
              .close = [this] { closeWindow(); },
              .toggleWindow = [this] { toggleWindow(); },
              .quit = [this] { quit(); },
-             .showHistory = opener(Kind::history),
+             .showHistory = [this] { windows_.show(Kind::history); },
              .showSettings =
                  [this](const std::string& pane) { windows_.show(Kind::settings, pane); },
              .openDesktopSettings =
@@ -141,11 +136,6 @@ void DesktopProgram::makeTray() {
     if (tray_ || isEnding_)
         return;
     using Kind = DesktopWindows::Kind;
-    const auto opener = [this](Kind kind, std::string section) -> std::function<void()> {
-        if (!windows_.has(kind))
-            return {};
-        return [this, kind, section] { windows_.show(kind, section); };
-    };
     tray_.emplace(
         store().view(), listening_.waiting(), application_.paths.appSupportBase(),
         DesktopTray::Commands{
@@ -153,9 +143,9 @@ void DesktopProgram::makeTray() {
             .toggleWindow = [this] { toggleWindow(); },
             .isWindowVisible = [this] { return window_->window().isVisible(); },
             .copyCaptions = [this] { window_->commands().copy(true); },
-            .showHistory = opener(Kind::history, {}),
-            .showSettings = opener(Kind::settings, {}),
-            .showAbout = opener(Kind::settings, "about"),
+            .showHistory = [this] { windows_.show(Kind::history); },
+            .showSettings = [this] { windows_.show(Kind::settings); },
+            .showAbout = [this] { windows_.show(Kind::settings, "about"); },
             .quit = [this] { quit(); }});
     QObject::connect(&window_->window(), &QWindow::visibleChanged, &window_->window(), [this] {
         if (tray_)

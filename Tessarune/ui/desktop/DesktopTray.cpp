@@ -87,8 +87,8 @@ DesktopTray::DesktopTray(const SessionView& session,
 }
 
 void DesktopTray::addEntries() {
-    const auto add = [this](const QString& text, const std::function<void()>& run) -> QAction* {
-        return run ? menu_.addAction(text, [run] { run(); }) : nullptr;
+    const auto add = [this](const QString& text, const std::function<void()>& run) {
+        return menu_.addAction(text, [run] { run(); });
     };
     toggleListening_ = add({}, commands_.toggleListening);
     toggleWindow_ = add({}, commands_.toggleWindow);

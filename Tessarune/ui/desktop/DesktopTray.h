@@ -22,9 +22,9 @@ class DesktopTray {
         std::function<void()> toggleWindow;
         std::function<bool()> isWindowVisible;
         std::function<void()> copyCaptions;
-        std::function<void()> showHistory;  ///< empty if there is no such window
-        std::function<void()> showSettings; ///< likewise
-        std::function<void()> showAbout;    ///< likewise
+        std::function<void()> showHistory;
+        std::function<void()> showSettings;
+        std::function<void()> showAbout;
         std::function<void()> quit;
     };
 

@@ -37,12 +37,8 @@ class DesktopWindows {
                             (*made)->finishPending();
                 }};
     }
-    bool has(Kind kind) const { return offered_.contains(kind); }
-    /// Does nothing if the program has no such window.
-    void show(Kind kind, const std::string& section = {}) {
-        if (const auto offered = offered_.find(kind); offered != offered_.end())
-            offered->second.show(section);
-    }
+    /// Shows a window that was offered.
+    void show(Kind kind, const std::string& section = {}) { offered_.at(kind).show(section); }
     /// Call before the program ends, because its event loop may not run again.
     void finishPending() {
         for (const auto& [kind, offered] : offered_)
