@@ -76,23 +76,19 @@ std::vector<CaptionCommand> CaptionCommandsModel::commands() const {
                        .source = sources[i]});
     }
     const CaptionWindowEnvironment::Commands& commands = environment_.commands;
-    if (commands.showHistory)
-        all.push_back({.text = [this] { return toolbar_.historyText(); },
-                       .run = commands.showHistory,
-                       .shortcut = &settings.shortcutHistory,
-                       .isFirstOfGroup = true});
-    if (commands.showSettings)
-        all.push_back({.text = [this] { return toolbar_.settingsText(); },
-                       .run = [this] { toolbar_.showSettings(); },
-                       .isFirstOfGroup = !commands.showHistory,
-                       .fixedKeys = WindowKeys::of("settings").keys.front()});
+    all.push_back({.text = [this] { return toolbar_.historyText(); },
+                   .run = commands.showHistory,
+                   .shortcut = &settings.shortcutHistory,
+                   .isFirstOfGroup = true});
+    all.push_back({.text = [this] { return toolbar_.settingsText(); },
+                   .run = [this] { toolbar_.showSettings(); },
+                   .fixedKeys = WindowKeys::of("settings").keys.front()});
     all.push_back({.text = [] { return QString::fromStdString(localized("隐藏字幕窗口")); },
                    .run = commands.toggleWindow,
                    .shortcut = &settings.shortcutToggleWindow,
                    .isFirstOfGroup = true});
-    if (commands.showSettings)
-        all.push_back({.text = [] { return QString::fromStdString(localized("关于 Tessarune")); },
-                       .run = [this] { environment_.commands.showSettings("about"); }});
+    all.push_back({.text = [] { return QString::fromStdString(localized("关于 Tessarune")); },
+                   .run = [this] { environment_.commands.showSettings("about"); }});
     all.push_back({.text = [] { return QString::fromStdString(localized("退出 Tessarune")); },
                    .run = commands.quit,
                    .fixedKeys = WindowKeys::of("quit").keys.front()});

@@ -199,14 +199,10 @@ void CaptionStageModel::lookForModel() {
         modelLook_.stop();
 }
 
-bool CaptionStageModel::offersDownload() const {
-    return lacksModel_ && environment_.commands.showSettings;
-}
-
 QString CaptionStageModel::translationStatus() const {
     const auto* const language =
         TranslationSupport::targetLanguage(*environment_.settings.translationTargetLanguage);
-    if (!language || !offersDownload()) {
+    if (!language || !lacksModel_) {
         const std::string& text = frame().translationStatus.text;
         // The message that a language is not ready names a settings page that this program does not
         // have, and the model may have been installed since.
@@ -220,7 +216,7 @@ QString CaptionStageModel::translationStatus() const {
 }
 
 QString CaptionStageModel::translationRemedy() const {
-    if (offersDownload())
+    if (lacksModel_)
         return QString::fromStdString(localized("下载…"));
     return frame().translationStatus.canRetryIncomplete
                ? QString::fromStdString(localized("补齐未完成译文"))
@@ -228,7 +224,7 @@ QString CaptionStageModel::translationRemedy() const {
 }
 
 void CaptionStageModel::remedyTranslation() const {
-    if (offersDownload())
+    if (lacksModel_)
         environment_.commands.showSettings("translation");
     else
         environment_.commands.retryTranslation();

@@ -105,7 +105,6 @@ class CaptionStageModel final : public QObject {
     /// The file or microphone that is heard in place of the computer; empty for the computer.
     std::string heardName() const;
     void lookForModel();
-    bool offersDownload() const;
     void updateRows();
 
     std::optional<std::pair<bool, bool>> layout_; // bilingual, swapped

@@ -205,17 +205,15 @@ QString CaptionToolbarModel::settingsText() const {
 
 QStringList CaptionToolbarModel::buttons() const {
     const auto& shown = *settings_.state;
-    const CaptionWindowEnvironment::Commands& commands = environment_.commands;
     QStringList names;
-    for (const auto& [name, isShown] :
-         {std::pair{"swap", shown.showSwapCaptionOrder},
-          {"layout", shown.showLayoutMode},
-          {"copy", shown.showCopyBilingual},
-          {"copyOriginal", shown.showCopyOriginal},
-          {"clear", shown.showClearSubtitles},
-          {"pin", shown.showPinWindow},
-          {"history", shown.showHistory && commands.showHistory},
-          {"settings", shown.showSettings && commands.showSettings}}) {
+    for (const auto& [name, isShown] : {std::pair{"swap", shown.showSwapCaptionOrder},
+                                        {"layout", shown.showLayoutMode},
+                                        {"copy", shown.showCopyBilingual},
+                                        {"copyOriginal", shown.showCopyOriginal},
+                                        {"clear", shown.showClearSubtitles},
+                                        {"pin", shown.showPinWindow},
+                                        {"history", shown.showHistory},
+                                        {"settings", shown.showSettings}}) {
         if (isShown)
             names << QString::fromLatin1(name);
     }

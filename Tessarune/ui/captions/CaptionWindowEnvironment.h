@@ -30,9 +30,9 @@ struct CaptionWindowEnvironment {
         std::function<void()> close;
         std::function<void()> toggleWindow{}; ///< shows or hides the window; captions continue
         std::function<void()> quit{};
-        std::function<void()> showHistory{}; ///< empty if there is no such window
+        std::function<void()> showHistory{};
         /// Shows the settings with the pane of this name; an empty name keeps the pane that was
-        /// shown last. Empty if there is no such window.
+        /// shown last.
         std::function<void(const std::string& pane)> showSettings{};
         /// Opens the desktop's sound settings; empty if the desktop has none.
         PermissionsManager::OpenSettings openDesktopSettings{};
