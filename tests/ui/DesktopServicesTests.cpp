@@ -144,12 +144,12 @@ TEST(LoginItem, FollowsTheSettingAndTheDesktopsOwnSwitch) {
     PosixFileSystem files;
     testing::MemoryUserDefaults defaults;
     AppSettings settings(defaults);
-    XDGDesktop desktop(files, "an.id", "/opt/a \"b\"/tessarune");
+    XDGDesktop desktop(files, "an.id", "/opt/a \"b\"/c\\/tessarune");
     const auto entry = folder / "autostart/an.id.desktop";
     {
         const LoginItem item(host, settings, desktop);
         settings.launchAtLogin = true;
-        EXPECT_NE(testing::contentsOf(entry).find("Exec=\"/opt/a \\\\\"b\\\\\"/tessarune\""),
+        EXPECT_NE(testing::contentsOf(entry).find(R"(Exec="/opt/a \\"b\\"/c\\\\/tessarune")"),
                   std::string::npos)
             << testing::contentsOf(entry);
     }

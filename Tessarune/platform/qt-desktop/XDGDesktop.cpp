@@ -22,12 +22,14 @@ std::filesystem::path autostartFolder() {
            "autostart";
 }
 
-/// Quotes a path as an argument of a desktop entry's command: once for the command and once for the
-/// entry.
+/// Quotes a path as an argument of a desktop entry's command. The command escapes a character by a
+/// backslash, and the entry writes each backslash twice.
 std::string quoted(const std::string& path) {
     std::string text = "\"";
     for (const char character : path) {
-        if (std::string_view("\"`$\\").find(character) != std::string_view::npos)
+        if (character == '\\')
+            text += "\\\\\\";
+        else if (std::string_view("\"`$").find(character) != std::string_view::npos)
             text += "\\\\";
         else if (character == '%')
             text += '%';
