@@ -204,8 +204,8 @@ QString CaptionStageModel::translationStatus() const {
         TranslationSupport::targetLanguage(*environment_.settings.translationTargetLanguage);
     if (!language || !lacksModel_) {
         const std::string& text = frame().translationStatus.text;
-        // The message that a language is not ready names a settings page that this program does not
-        // have, and the model may have been installed since.
+        // The message that a language is not ready is in that language and names another platform's
+        // translator, and the model may have been installed since.
         return QString::fromStdString(
             TranslationSupport::isLanguageResourceNotReadyDisplayMessage(text)
                 ? localized("Some captions are not translated yet.")
