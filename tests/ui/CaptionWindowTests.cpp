@@ -323,6 +323,9 @@ TEST_F(CaptionWindowTests, TextIsSelectedAcrossRowsAndStaysSoWhileCaptionsGoOn) 
     ASSERT_TRUE(runUntil([&] { return window.isActive(); }));
     QTest::keyClick(&window, Qt::Key_C, Qt::ControlModifier);
     EXPECT_EQ(QGuiApplication::clipboard()->text(), "第一句。\nThe second sentence.");
+    captions.settings.mergeBilingualRows = true; // other rows
+    EXPECT_TRUE(runUntil(
+        [&] { return captions.window->commands().property("selection").toString().isEmpty(); }));
     runFor(300);
     QTest::mouseDClick(&window, Qt::LeftButton, {}, pointAt(1, "sourceItem", false));
     QTest::keyClick(&window, Qt::Key_C, Qt::ControlModifier);

@@ -9,6 +9,8 @@
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/translation/TranslationSupport.h"
 
+#include <utility>
+
 namespace tessarune {
 
 namespace {
@@ -42,7 +44,7 @@ CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment
     if (environment_.waiting)
         observations_.follow(*environment_.waiting, changed);
     observations_.follow(settings_.state, [this] {
-        const std::pair layout(isBilingual(), swaps());
+        const Layout layout(isBilingual(), swaps(), settings().mergeBilingualRows);
         if (std::exchange(layout_, layout) != layout)
             Q_EMIT layoutChanged();
         updateRows();
@@ -57,7 +59,7 @@ CaptionStageModel::CaptionStageModel(const CaptionWindowEnvironment& environment
     observations_.add(environment_.settings.shortcutToggleRecord.keyCode.onChange(changed));
     observations_.add(environment_.settings.shortcutToggleRecord.modifiers.onChange(changed));
     connect(&look_, &DesktopLook::changed, this, &CaptionStageModel::settingsChanged);
-    layout_.emplace(isBilingual(), swaps());
+    layout_.emplace(isBilingual(), swaps(), settings().mergeBilingualRows);
     updateRows();
     lookForModel();
 }

@@ -13,7 +13,7 @@
 #include <QTimer>
 #include <optional>
 #include <string>
-#include <utility>
+#include <tuple>
 
 namespace tessarune {
 
@@ -107,7 +107,8 @@ class CaptionStageModel final : public QObject {
     void lookForModel();
     void updateRows();
 
-    std::optional<std::pair<bool, bool>> layout_; // bilingual, swapped
+    using Layout = std::tuple<bool, bool, bool>; // bilingual, swapped, merged
+    std::optional<Layout> layout_;
     const CaptionWindowEnvironment& environment_;
     SubtitleCaptionSettingsStore settings_;
     DesktopLook look_;
