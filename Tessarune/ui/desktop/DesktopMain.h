@@ -2,7 +2,8 @@
 
 namespace tessarune {
 
-/// Runs the desktop program until it quits and its session is saved. Returns the exit status.
+/// Runs the desktop program until it quits. Before it ends, it waits a limited time for its session
+/// to be saved. Returns the exit status.
 ///
 /// `tessarune start` begins captioning at once. `tessarune FILE...` and `tessarune file:PATH`
 /// caption the files, one after the other, in place of the computer's sound. The other arguments

@@ -170,7 +170,7 @@ void DesktopProgram::toggle(const LiveSessionControlTrigger& trigger) {
     showIfStarted([&] { listening_.toggle(trigger); });
 }
 
-/// The windows close at once; the program ends when everything is saved.
+/// The windows close at once; the program ends when everything is saved, or after a limited time.
 void DesktopProgram::quit() {
     if (std::exchange(isEnding_, true))
         return;

@@ -19,8 +19,8 @@ constexpr ActionWord actionWords[] = {
     {"history", DesktopAction::history}, {"settings", DesktopAction::settings},
 };
 
-/// Returns the path unchanged if the working folder no longer exists: the path is then invalid here
-/// and in the other program.
+/// Returns the path unchanged if the working folder no longer exists; a relative path then names no
+/// file.
 std::string absolutePath(const std::filesystem::path& path) {
     std::error_code failure;
     const std::filesystem::path absolute = std::filesystem::absolute(path, failure);
