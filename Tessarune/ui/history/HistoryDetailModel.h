@@ -31,8 +31,8 @@ class HistoryDetailModel final : public QObject {
     Q_PROPERTY(bool isTimed READ isTimed NOTIFY transcriptChanged)
     Q_PROPERTY(bool hasText READ hasText NOTIFY transcriptChanged)
     Q_PROPERTY(bool hasTranslation READ hasTranslation NOTIFY transcriptChanged)
-    /// Why there is no transcript, or why a transcript lacks the requested translation; empty if
-    /// nothing is missing.
+    /// Why there is no text, why a file cannot be read, or that a finished session lacks the
+    /// requested translation; empty if none of these applies, and while the files are being read.
     Q_PROPERTY(QString hint READ hint NOTIFY transcriptChanged)
 
   public:
@@ -42,7 +42,7 @@ class HistoryDetailModel final : public QObject {
     /// Shows the chosen recording as the catalog has it now; `nullopt` if none is chosen.
     void show(const std::optional<HistoryItem>& recording);
     const std::optional<HistoryItem>& recording() const { return recording_; }
-    /// Reads the recording's files again.
+    /// Reads the recording's files again; shows the text so far of a running session instead.
     void readTranscript();
 
     bool isShown() const { return recording_.has_value(); }
@@ -65,9 +65,9 @@ class HistoryDetailModel final : public QObject {
     void durationChanged();
     void noteChanged();
     void modeChanged();
-    /// The texts have changed, or the choice of the texts that are shown.
+    /// The texts may have changed, or the choice of the texts that are shown.
     void transcriptChanged();
-    /// The text in the spoken language has changed.
+    /// The source text has changed; not emitted for new words of a running session.
     void sourceChanged();
 
   private:
@@ -81,7 +81,7 @@ class HistoryDetailModel final : public QObject {
     std::optional<HistoryItem> recording_;
     HistoryTranscriptPayload payload_;
     HistoryWordTimeline timeline_;
-    std::string problem_; ///< why the transcript's files cannot be read
+    std::string problem_; ///< why one of the recording's files cannot be read
     bool isLoading_ = false;
     int mode_ = HistoryTranscriptPayload::bilingualMode;
     HistoryTranscriptModel rows_;

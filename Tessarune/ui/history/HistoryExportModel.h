@@ -32,7 +32,7 @@ class HistoryExportModel final : public QObject {
     Q_PROPERTY(double progress READ progress NOTIFY busyChanged)
 
   public:
-    /// `onAlert` shows the result to the user.
+    /// `onAlert` shows a message to the user: the result, or why there is nothing to export.
     HistoryExportModel(const HistoryWindowEnvironment& environment, HistoryDetailModel& detail,
                        std::function<void(const std::string&)> onAlert);
     ~HistoryExportModel() override { stop_.request_stop(); }

@@ -29,8 +29,8 @@ struct ImportedFile {
     bool operator==(const ImportedFile&) const = default;
 };
 
-/// The files that are being imported, one after the other. A file that has been imported leaves the
-/// list; one that failed stays, with the reason, until the user removes it. Main thread; the
+/// The files to import, one after the other. A file that has been imported leaves the list; one
+/// that failed stays, with the reason, until the user removes it. Main thread; the
 /// environment must outlive it. Destroying the model cancels the running import.
 class HistoryImportsModel final : public ListedRows<ImportedFile> {
     Q_OBJECT

@@ -107,7 +107,7 @@ void HistoryListModel::transcriptChanged(const UUID& id) {
     reload();
 }
 
-/// Announces only rows that look different: the list is long and progress is frequent.
+/// Announces only rows that look different, because the list may be long and progress is frequent.
 void HistoryListModel::refinementsChanged() {
     std::set<UUID> different;
     addDifferences(jobs_, *environment_.refinement.jobs(), different);

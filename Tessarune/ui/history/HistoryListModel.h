@@ -36,7 +36,7 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
         BilingualRole,
         RunningRole,   ///< whether it is being recorded
         FailedRole,    ///< whether its refinement failed
-        StateTextRole, ///< its activity or its problem; empty: none
+        StateTextRole, ///< its activity, its failed refinement or its lack of text; empty: none
         ProgressRole,  ///< of its refinement, 0 to 1; negative: it waits or there is none
     };
 

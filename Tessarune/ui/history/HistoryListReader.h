@@ -18,7 +18,7 @@ class HistoryListReader {
     struct Entry {
         HistoryItem item;
         QString beginning; ///< of the transcript, on one line
-        QString searched;  ///< note, date and beginning, folded for a search
+        QString searched;  ///< note, date, time and beginning, folded for a search
 
         bool operator==(const Entry&) const = default;
     };
@@ -27,8 +27,9 @@ class HistoryListReader {
     HistoryListReader(RecordingCatalog& catalog, FileSystem& files)
         : catalog_(catalog), files_(files) {}
 
-    /// Returns the entries, the newest first. A transcript with text is read only once, and an
-    /// unchanged entry is the same object as before.
+    /// Returns the entries, the newest first. The transcript of a finished recording is read until
+    /// it has text, and then only after `forget`. From then on an unchanged entry is the same
+    /// object as before.
     std::vector<EntryPtr> entries();
     /// Call when the transcript of this recording has changed.
     void forget(const UUID& id) { known_.erase(id); }

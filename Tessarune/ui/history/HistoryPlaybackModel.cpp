@@ -46,7 +46,7 @@ HistoryPlaybackModel::HistoryPlaybackModel(const HistoryWindowEnvironment& envir
             &HistoryPlaybackModel::showRows);
 }
 
-/// Closes the previous recording. The chosen recording is opened when it is first played.
+/// Closes the previous recording. The first command, such as play or seek, opens the chosen one.
 void HistoryPlaybackModel::recordingChanged() {
     const auto& recording = detail_.recording();
     const auto now = recording ? std::optional(recording->id) : std::nullopt;
@@ -179,7 +179,7 @@ void HistoryPlaybackModel::playWord(int row, int character) {
     const QString text = QString::fromStdString(sentence.source);
     const QModelIndex index = detail_.rows()->index(row);
     if (detail_.rows()->data(index, HistoryTranscriptModel::SourceRole).toString() != text) {
-        // The row shows the sentence in other words.
+        // The row's text differs from the sentence.
         loadIfNeeded();
         return transcript_->playFrom({0, 0, sentence.start});
     }

@@ -55,8 +55,8 @@ class HistoryPlaybackModel final : public QObject {
     Q_INVOKABLE void skip(double seconds) { seek(position() + seconds); }
     /// Plays only the sentences of this row.
     Q_INVOKABLE void playRow(int row);
-    /// Plays from the word at this character of the row's text, or from the beginning of the
-    /// sentence if the row shows it in other words.
+    /// Plays from the word at this character of the row's text, or from the beginning of the row's
+    /// first sentence if the row's text differs from that sentence.
     Q_INVOKABLE void playWord(int row, int character);
     /// Marks a row and seeks to it without playing.
     Q_INVOKABLE void focusRow(int row);
@@ -87,10 +87,11 @@ class HistoryPlaybackModel final : public QObject {
     HistoryDetailModel& detail_;
     std::optional<TranscriptPlayback> transcript_;
     std::shared_ptr<void> watch_; ///< returned by the environment's `watchPlayback`
-    std::optional<UUID> chosen_;  ///< the recording
+    std::optional<UUID> chosen_;  ///< the chosen recording
     bool isLoaded_ = false;       ///< whether the player has loaded the chosen recording
     std::string loadedPath_;
-    /// A row without a time that the user chose; reset when another row becomes active.
+    /// A row without a time that the user chose; reset when a sentence becomes active or the
+    /// transcript changes.
     std::optional<int> untimedRow_;
     QString shownPosition_;
     Observations observations_;

@@ -24,17 +24,17 @@ class HistoryRefinementModel final : public QObject {
     /// Whether its refinement is waiting or running.
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY changed)
     Q_PROPERTY(QString stateText READ stateText NOTIFY changed)
-    /// 0 to 1; negative while it waits.
+    /// 0 to 1; negative while it waits, and without a refinement.
     Q_PROPERTY(double progress READ progress NOTIFY changed)
     /// Why its last refinement failed; empty if it did not fail.
     Q_PROPERTY(QString problem READ problem NOTIFY changed)
-    /// The models to choose from: first "automatic", then the installed models. Empty if none is
-    /// installed.
+    /// The models to choose from, as of the last `refresh`: first "automatic", then the installed
+    /// models. Empty if none is installed.
     Q_PROPERTY(QStringList models READ models NOTIFY modelsChanged)
 
   public:
     /// `holdDataFolder` returns null if recordings cannot be changed now, and tells the user why.
-    /// `onAlert` shows the result to the user.
+    /// `onAlert` shows a message to the user: the result, or why nothing can be refined.
     HistoryRefinementModel(const HistoryWindowEnvironment& environment, HistoryDetailModel& detail,
                            std::function<DataFolderHold()> holdDataFolder,
                            std::function<void(const std::string&)> onAlert);
@@ -46,11 +46,11 @@ class HistoryRefinementModel final : public QObject {
     QString problem() const;
     QStringList models() const;
 
-    /// Reads again which models are installed.
+    /// Reads which models are installed.
     Q_INVOKABLE void refresh();
     /// `model` is an index into `models`.
     Q_INVOKABLE void refine(int model);
-    /// Cancels the refinement. The transcript stays as it was.
+    /// Cancels the refinement. What it has not saved yet, text or translation, stays as it was.
     Q_INVOKABLE void cancel();
 
   Q_SIGNALS:

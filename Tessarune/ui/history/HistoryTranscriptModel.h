@@ -20,7 +20,7 @@ struct HistoryTranscriptRow {
     bool operator==(const HistoryTranscriptRow&) const = default;
 };
 
-/// The rows of one transcript, each with its time. Main thread.
+/// The rows of one transcript, with their times where these are known. Main thread.
 class HistoryTranscriptModel final : public ListedRows<HistoryTranscriptRow> {
     Q_OBJECT
 

@@ -198,8 +198,8 @@ void HistoryWindowModel::finishPending() {
 }
 
 /// Runs `step` on the queue, because each change writes the whole catalog, which takes a while if
-/// the catalog is long. `step` runs even if the window closes now. If `step` returns false and the
-/// window still exists, `failed` is called on the main queue.
+/// the catalog is long. `step` runs even if this model is destroyed first. If `step` returns false
+/// and the model still exists, `failed` is called on the main queue.
 void HistoryWindowModel::change(DataFolderHold hold, std::function<bool()> step,
                                 std::function<void(HistoryWindowModel&)> failed) {
     queue_->async([&host = environment_.host, step = std::move(step), hold = std::move(hold),

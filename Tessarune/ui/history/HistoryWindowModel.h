@@ -30,9 +30,9 @@ namespace tessarune {
 /// The history window: a list; beside it the chosen recording, the vocabulary or the usage; and a
 /// message about the last action. Main thread; the environment must outlive it.
 ///
-/// Deletions are carried out when they can no longer be undone: some seconds after the last one, or
-/// when the message is dismissed or the window is closed. Until then they can be undone one by one,
-/// the last one first.
+/// Deletions can be undone one by one, the last one first, until they are carried out: some seconds
+/// after the last message, or when the message is dismissed, the window is closed or the program
+/// ends.
 class HistoryWindowModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(tessarune::HistoryListModel* list READ list CONSTANT)
@@ -50,7 +50,7 @@ class HistoryWindowModel final : public QObject {
     Q_PROPERTY(bool showsUsage READ showsUsage NOTIFY pageChanged)
     Q_PROPERTY(QString query READ query WRITE setQuery NOTIFY queryChanged)
     Q_PROPERTY(int currentRow READ currentRow WRITE setCurrentRow NOTIFY currentRowChanged)
-    /// The message about the last action; it is removed after some seconds.
+    /// The last message, usually about the user's last action; it is removed after some seconds.
     Q_PROPERTY(QString message READ message NOTIFY messageChanged)
     Q_PROPERTY(bool canUndo READ canUndo NOTIFY messageChanged)
     /// Why the list is empty, and what to do about it; empty while it loads or has rows.

@@ -25,7 +25,7 @@ class HistoryWordsModel final : public WordListModel {
 
     /// Returns the first sentence of the transcript that contains the word. Each further call for
     /// the same word returns the next such sentence, and after the last one the first again. -1 if
-    /// no sentence contains the word.
+    /// no sentence contains the word, or the words are not counted yet.
     Q_INVOKABLE int nextPlace(const QString& word);
 
     QStringList kinds() const override;

@@ -32,7 +32,7 @@ class UsageModel final : public ListedRows<UsagePeriod> {
     Q_PROPERTY(QStringList totals READ totals NOTIFY changed)
     /// The value at the top of the chart.
     Q_PROPERTY(QString scale READ scale NOTIFY changed)
-    /// Shown in place of the chart; empty while there is one.
+    /// Shown in place of the chart; empty while there is one, and until the catalog has been read.
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY changed)
     Q_PROPERTY(QString emptyText READ emptyText NOTIFY changed)
 
@@ -40,7 +40,7 @@ class UsageModel final : public ListedRows<UsagePeriod> {
     enum Role {
         FractionRole = Qt::UserRole, ///< of the scale, 0 to 1
         LabelRole,                   ///< below the bar: the day or the month
-        GroupRole,                   ///< below the label, where a month or year begins; else empty
+        GroupRole,                   ///< the month or year, below its first label; else empty
         NameRole,                    ///< the period in words
         ValueRole,                   ///< all figures of the period in words
     };

@@ -2,7 +2,8 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// The chosen recording: its title and duration, its actions, its note and its transcript.
+// The chosen recording: its title and actions, its note, its refinement, its transcript, its words
+// and its playback.
 Item {
     id: root
 

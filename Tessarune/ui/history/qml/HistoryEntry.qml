@@ -2,7 +2,8 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// A recording in the list: its note, or the beginning of its transcript, above time and duration.
+// A recording in the list: its note, or the beginning of its transcript, above its time, duration
+// and state.
 Rectangle {
     id: root
 

@@ -3,7 +3,8 @@ import QtQuick.Templates as T
 import Tessarune
 import "qrc:/controls"
 
-// The files that are being imported or have failed, each with a button that removes it.
+// The files that wait, are being imported or have failed, each with a button that cancels its import
+// or removes it.
 ListView {
     id: root
 

@@ -2,8 +2,8 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// A message about the user's last action, shown over the window for some seconds. It has a button
-// for a further action, unless `action` is empty.
+// A message over the window, for as long as `text` is not empty. It has a button for a further
+// action, unless `action` is empty.
 Rectangle {
     id: root
 

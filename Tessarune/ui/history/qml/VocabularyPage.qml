@@ -2,7 +2,8 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// The words that the user marked, and the choice of the dictionary and the source of pronunciation.
+// The words that the user marked or has still to learn, and the choice of the dictionary and the
+// source of pronunciation.
 FocusScope {
     id: root
 

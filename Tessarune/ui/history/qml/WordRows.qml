@@ -4,8 +4,8 @@ import Tessarune
 import "qrc:/controls"
 
 // A list of words that can be searched and marked, above the card of the chosen word. In the list,
-// K marks a word as known, F marks it as a favourite, and Delete removes it from a list that allows
-// that.
+// K sets or removes a word's mark as known, F its mark as a favourite, and Delete removes the word
+// from a list that allows that.
 FocusScope {
     id: root
 
