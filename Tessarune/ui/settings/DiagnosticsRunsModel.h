@@ -16,7 +16,7 @@
 
 namespace tessarune {
 
-/// The diagnostics runs of earlier sessions and their contents. A run can be replayed, removed and
+/// The diagnostics runs in the data folder and their contents. A run can be replayed, removed and
 /// shown in the file manager.
 ///
 /// Main thread; runs are read, replayed and removed on a queue of low priority. The environment
@@ -26,8 +26,10 @@ class DiagnosticsRunsModel final : public QObject {
     /// The newest first: "title", "about", "holds", "canReplay", "canRemove".
     Q_PROPERTY(QVariantList runs READ runs NOTIFY listChanged)
     Q_PROPERTY(bool isEmpty READ isEmpty NOTIFY listChanged)
-    /// The captions of the last replay. `message` tells whether they equal those of the session.
+    /// The captions of the last replay.
     Q_PROPERTY(QString replay READ replay NOTIFY told)
+    /// The result of the last action: after a replay, whether its captions equal those of the
+    /// session.
     Q_PROPERTY(QString message READ message NOTIFY told)
     /// Whether `message` reports a success.
     Q_PROPERTY(bool isGood READ isGood NOTIFY told)

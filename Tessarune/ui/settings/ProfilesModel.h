@@ -10,15 +10,15 @@
 
 namespace tessarune {
 
-/// The profiles, each of which sets all tuning parameters, and the tuning as text. No profile can
-/// be applied while a session runs. Main thread; the environment must outlive it.
+/// The profiles, each of which changes a fixed group of settings, and the tuning settings as text.
+/// No profile can be applied while a session runs. Main thread; the environment must outlive it.
 class ProfilesModel final : public QObject {
     Q_OBJECT
     /// "title" and "about" of each profile.
     Q_PROPERTY(QVariantList profiles READ profiles CONSTANT)
     /// Whether a session runs.
     Q_PROPERTY(bool isLocked READ isLocked NOTIFY changed)
-    /// The result of the last action, or why none is possible.
+    /// The result of the last action; while a session runs, why no profile can be applied.
     Q_PROPERTY(QString message READ message NOTIFY changed)
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
 
@@ -31,7 +31,8 @@ class ProfilesModel final : public QObject {
     QVariantMap texts() const;
 
     Q_INVOKABLE void apply(int profile);
-    /// Resets all settings of the advanced pane to their first-launch values.
+    /// Restores the defaults of all settings of the advanced pane; does nothing while a session
+    /// runs.
     Q_INVOKABLE void restore();
     Q_INVOKABLE void copySnapshot();
 

@@ -74,7 +74,7 @@ struct SettingEntry {
 /// must outlive them.
 std::vector<SettingEntry> settingEntries(AppSettings& settings);
 
-/// Whether the window leaves a setting out because nothing on this system depends on it yet.
+/// Whether the window leaves out a setting because nothing depends on it.
 bool isWithoutEffect(const AppSettings& settings, const AnySetting& setting);
 
 } // namespace tessarune

@@ -28,7 +28,7 @@ class SettingRowsModel final : public QAbstractListModel {
         FromRole,
         ToRole,
         StepRole,
-        ChangedRole,   ///< differs from the first-launch value, or is invalid
+        ChangedRole,   ///< differs from the default, or is invalid
         AvailableRole, ///< whether the setting has an effect now
         ProblemRole,   ///< the fault of the stored or the typed value; empty: none
         PaneRole,
@@ -50,7 +50,7 @@ class SettingRowsModel final : public QAbstractListModel {
     Q_INVOKABLE void choose(int row, int choice);
     /// Stores the newest value of a moving slider after a short delay.
     Q_INVOKABLE void slide(int row, double value);
-    /// Stores a typed value; an empty text restores the default.
+    /// Stores a typed value or a chosen colour; an empty text restores the default.
     Q_INVOKABLE void write(int row, const QString& text);
     Q_INVOKABLE void restore(int row);
     /// The text of a number as the row shows it.

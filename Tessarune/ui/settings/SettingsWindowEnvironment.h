@@ -21,7 +21,7 @@ namespace tessarune {
 struct SettingsWindowEnvironment {
     Host& host;
     AppSettings& settings;
-    /// Some settings cannot be changed while a session runs.
+    /// While a session runs, no profile can be applied and no unfinished diagnostics run removed.
     const SessionView& session;
     /// Where the window's position is stored.
     UserDefaults& store;
@@ -29,9 +29,10 @@ struct SettingsWindowEnvironment {
     const Published<bool>& reducesMotion;
     /// Returns why the settings file cannot be read or written; empty if it can be.
     std::function<std::string()> fileProblem;
-    /// Sets the function that is called whenever the result of `fileProblem` changes; empty: none.
+    /// Sets the function that is called after a change of a setting has changed the result of
+    /// `fileProblem`; empty: none.
     std::function<void(std::function<void()>)> followFileProblem;
-    /// Sets an unreadable settings file aside and starts a new one.
+    /// Sets an unreadable settings file aside and starts a new one, in which recording is off.
     std::function<void()> renewFile;
     SpeechModelManager& speechModels;
     /// Returns how fast a model was on this computer; `nullopt` if unknown.

@@ -38,8 +38,8 @@ class ShortcutsModel final : public QAbstractListModel {
     /// Makes the next key press the row's shortcut.
     Q_INVOKABLE void record(int row);
     Q_INVOKABLE void cancel();
-    /// Sets the keys of the row that is being recorded, and ends the recording. Modifiers alone are
-    /// ignored; Escape ends the recording without a change.
+    /// Sets the keys of the row that is being recorded, and ends the recording. Escape and keys
+    /// that cannot be a shortcut end it without a change; modifiers alone are ignored.
     Q_INVOKABLE void press(int key, int modifiers, quint32 scanCode);
     Q_INVOKABLE void clear(int row);
     Q_INVOKABLE void restore(int row);

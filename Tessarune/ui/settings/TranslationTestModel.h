@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// The availability of a translation into the chosen language, and its test. Main thread; the
-/// settings must outlive it.
+/// The status of the chosen way of translation, whether or not the target language's model is
+/// installed, and a test of it. Main thread; the settings must outlive it.
 class TranslationTestModel final : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString state READ state NOTIFY changed)

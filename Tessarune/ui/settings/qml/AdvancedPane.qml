@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// The profiles, the tuning settings, and the diagnostics runs of earlier sessions.
+// The profiles, the advanced settings, and the diagnostics runs in the data folder.
 ScrollArea {
     id: root
 

@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// The diagnostics runs of earlier sessions.
+// The diagnostics runs in the data folder.
 Column {
     id: root
 

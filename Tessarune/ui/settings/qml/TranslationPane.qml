@@ -2,7 +2,7 @@ import QtQuick
 import Tessarune
 import "qrc:/controls"
 
-// A test of the translation, its settings, and the target languages.
+// The status and a test of the translation, its settings, and the target languages.
 ScrollArea {
     id: root
 
