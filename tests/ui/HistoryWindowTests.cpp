@@ -16,7 +16,7 @@ namespace {
 
 class HistoryWindowTests : public WarningsFail {
   protected:
-    /// In a time zone where it is noon: the recordings of a test are all of one day.
+    /// In a time zone where it is noon, so that the last few hours are of one day.
     HistoryWindowTests() {
         const std::time_t now = std::time(nullptr);
         setenv("TZ", ("NOON" + std::to_string(std::gmtime(&now)->tm_hour - 12)).c_str(), 1);

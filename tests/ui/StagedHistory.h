@@ -41,8 +41,8 @@ class ScriptedLexicon final : public Lexicon {
     }
 };
 
-/// A history window over a scripted catalog, a file recogniser with a scripted result, and a
-/// network with scripted content.
+/// A history window over a catalog in a temporary folder, a file recogniser with a scripted result,
+/// and a network that has nothing.
 class StagedHistory {
   public:
     StagedHistory() {
@@ -56,8 +56,8 @@ class StagedHistory {
         stillHost.end();
     }
 
-    /// Adds a recording that began `ago` seconds before `now`; a running one has no end.
     DataFolderHold hold() const { return changeProblem.empty() ? dataFolder : nullptr; }
+    /// Adds a recording that began `ago` seconds before `now`; a running one has no end.
     UUID add(double ago, const std::string& text, const std::string& bilingual = "",
              bool isRunning = false) {
         RecordingMetadata recording;
@@ -193,7 +193,7 @@ class StagedHistory {
     std::shared_ptr<VocabularyStore> vocabulary = std::make_shared<VocabularyStore>(disk, paths);
     Published<std::string> liveText; ///< of the running session
     Published<double> liveDuration{0.0};
-    std::optional<UUID> live; ///< its recording
+    std::optional<UUID> live; ///< the running session's recording
     /// The player's sound server has no passing time: playback stays where it begins.
     SimulatedHost stillHost{1e9};
     testing::ScriptedSoundServer speakers{stillHost};

@@ -45,7 +45,7 @@ class PrivateServerTest : public ::testing::TestWithParam<PrivateSoundServer::Ki
         host.run();
         return condition();
     }
-    /// Runs pactl against the private server; returns its output.
+    /// Runs pactl against the private server; returns the first line of its output.
     std::string control(const std::string& arguments) const {
         const std::string command = "PULSE_SERVER=" + daemon->address() + " pactl " + arguments;
         std::string printed;

@@ -10,7 +10,8 @@
 
 namespace tessarune::testing {
 
-/// A tone for each second of a recording, far enough apart to be distinguished.
+/// The frequency that marks a second of a recording, far enough from those of other seconds to be
+/// distinguished.
 inline double toneOfSecond(int second) {
     return 400.0 + 150.0 * second;
 }
@@ -41,7 +42,7 @@ inline double strength(const std::vector<float>& sound, std::size_t from, std::s
     return 2 * std::hypot(real, imaginary) / static_cast<double>(count);
 }
 
-/// The second whose tone is heard, for each hundredth of a second in which one is.
+/// The seconds whose tones are heard, once for each hundredth of a second.
 inline std::vector<int> secondsHeard(const std::vector<float>& sound, double sampleRate,
                                      int seconds) {
     std::vector<int> heard;

@@ -16,7 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// A recording in four scripts, and in emoji.
+/// A recording with text in several scripts, and with emoji.
 class ExportTests : public ::testing::Test {
   protected:
     ExportTests() {

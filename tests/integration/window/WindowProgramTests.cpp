@@ -62,7 +62,7 @@ class WindowProgram : public ::testing::Test {
     StartedProgram start(std::vector<std::string> arguments) {
         return {TESSARUNE_BIN "/tessarune", arguments, folder_.path(), environment_};
     }
-    /// Assistive programs use a separate bus, which finds the session bus of the display.
+    /// Starts the separate bus that assistive programs use.
     void startAccessibility() {
         environment_.emplace_back("QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1");
         accessibility_.emplace("/usr/libexec/at-spi-bus-launcher",
@@ -72,7 +72,7 @@ class WindowProgram : public ::testing::Test {
     std::string pointer(const std::vector<std::string>& commands) const {
         return run("/usr/bin/xdotool", commands, folder_.path(), environment_).output;
     }
-    /// The caption window's, without a border of the window manager.
+    /// The size and position of the caption window, without the window manager's border.
     struct Place {
         int width = 0;
         int height = 0;
@@ -96,8 +96,8 @@ class WindowProgram : public ::testing::Test {
         }
         return found;
     }
-    /// Drags the window up and to the left until it has changed, by a point that is this far from
-    /// its lower right corner.
+    /// Drags a point of the window up and to the left until the window has changed. `distance` is
+    /// that of the point from the window's lower right corner.
     void drag(int distance, const std::function<bool(const Place&)>& isChanged) {
         EXPECT_TRUE(within(20, [&] {
             const Place now = place();
@@ -203,7 +203,7 @@ TEST_F(WindowProgram, ASecondLaunchPassesOnWhatItIsAskedAndTheFirstSavesEverythi
     expectSaved(1);
     expectEndedWell(start({"toggle", "show"}).wait());
     ASSERT_TRUE(within(20, [&] { return count("listen.start.task") == 2; }));
-    // Nobody who is quicker than the saving loses a word.
+    // Requests that arrive while the session is saved lose no word.
     expectEndedWell(start({"toggle", "toggle", "toggle", "toggle"}).wait());
     ASSERT_TRUE(within(20, [&] { return count("listen.start.task") == 3; }));
     const ProgramRun mistyped = start({"file:no/such.wav"}).wait();
