@@ -1,8 +1,8 @@
 # tessarune_box(<target> [USES <target>...] [LIBRARIES <target>...])
 #
 # A box is one folder of sources that becomes one static library. USES names the boxes that it may
-# include and link, which is passed on to its users. LIBRARIES names foreign libraries that only its
-# own sources see. scripts/check-layering checks every #include against these declarations.
+# include and link; the users of this box may do so too. LIBRARIES names foreign libraries that only
+# its own sources see. scripts/check-layering checks every #include against these declarations.
 function(tessarune_box target)
   cmake_parse_arguments(BOX "" "" "USES;LIBRARIES" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp" "${CMAKE_CURRENT_SOURCE_DIR}/*.h")
@@ -23,7 +23,7 @@ endfunction()
 
 # tessarune_test(<target> LINKS <target>... [LABELS <label>...])
 #
-# One GoogleTest program from all sources of the current test folder.
+# One GoogleTest program from all sources of the current test folder and below.
 function(tessarune_test target)
   cmake_parse_arguments(TEST "" "" "LINKS;LABELS" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/*.cpp")
@@ -46,8 +46,8 @@ endfunction()
 
 # tessarune_program(<target>)
 #
-# For a program that users get: moves its debug information to <target>.debug in the same folder,
-# where debuggers look for it.
+# For a program that users get. In a release build, moves its debug information to <target>.debug in
+# the same folder, where debuggers look for it.
 function(tessarune_program target)
   if(NOT CMAKE_BUILD_TYPE STREQUAL "RelWithDebInfo")
     return()

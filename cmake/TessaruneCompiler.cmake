@@ -14,7 +14,8 @@ add_library(tessarune-options INTERFACE)
 target_compile_options(tessarune-options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Werror)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  # GCC 12 reports these inside its own standard library once coroutines and -O2 meet.
+  # GCC 12 reports the first three inside its own standard library once coroutines and -O2 meet. The
+  # last one warns of types in unnamed namespaces, because a unity build includes their sources.
   target_compile_options(tessarune-options INTERFACE
     -Wno-maybe-uninitialized -Wno-dangling-pointer -Wno-restrict -Wno-subobject-linkage)
   # An initializer that names members leaves the others at their defaults on purpose.
