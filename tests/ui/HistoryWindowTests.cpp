@@ -339,7 +339,7 @@ TEST_F(HistoryWindowTests, ARecordingIsRefinedAgainAndOnlyItsRowChanges) {
 }
 
 TEST_F(HistoryWindowTests, WordsAreCountedMarkedLookedUpAndHeard) {
-    history.add(20, "The best of times.\nThe worst of times, of all time.");
+    const UUID id = history.add(20, "The best of times.\nThe worst of times, of all time.");
     open();
     ASSERT_TRUE(runUntil([&] { return model().detail()->hasText(); }));
     HistoryWordsModel& words = *model().words();
@@ -354,6 +354,7 @@ TEST_F(HistoryWindowTests, WordsAreCountedMarkedLookedUpAndHeard) {
         return text;
     };
     EXPECT_EQ(row(1), "time|times|3|false|");
+    EXPECT_EQ(words.nextPlace("time"), 0);
 
     auto* const list = window().findChild<QQuickItem*>("words");
     words.setQuery("TIMES"); // a form of the lemma
@@ -401,6 +402,10 @@ TEST_F(HistoryWindowTests, WordsAreCountedMarkedLookedUpAndHeard) {
     model().vocabulary()->remove(0);
     EXPECT_EQ(model().vocabulary()->emptyTitle(), "还没有收藏的单词");
     EXPECT_TRUE(history.vocabulary->isMastered("time"));
+
+    history.catalog.saveRefinedTranscript("Good times.\nBad times.", "", {}, id);
+    ASSERT_TRUE(runUntil([&] { return row(0) == "time|times|2|true|"; }));
+    EXPECT_EQ(words.nextPlace("time"), 0) << "another text begins with its first place";
 }
 
 TEST_F(HistoryWindowTests, UsageIsDrawnByPeriodAndFollowsTheCatalog) {

@@ -31,6 +31,7 @@ HistoryWordsModel::HistoryWordsModel(const HistoryWindowEnvironment& environment
       core_(store().coreWords()->begin(), store().coreWords()->end()) {
     connect(&detail_, &HistoryDetailModel::sourceChanged, this, [this] {
         stats_ = nullptr;
+        placedWord_.clear();
         ++counts_;
         update();
         countIfNeeded();
