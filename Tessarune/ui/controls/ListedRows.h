@@ -26,10 +26,9 @@ class ListedRows : public QAbstractListModel {
     }
 
     /// Replaces the rows between the first and the last difference in identity, which `isSame`
-    /// compares. Announces a change of each kept row whose content differs. Returns true if rows
-    /// were added or removed.
+    /// compares. Announces a change of each kept row whose content differs.
     template <typename IsSame>
-    bool show(std::vector<Row> now, IsSame isSame) {
+    void show(std::vector<Row> now, IsSame isSame) {
         const auto first =
             std::mismatch(rows_.begin(), rows_.end(), now.begin(), now.end(), isSame);
         const int begin = static_cast<int>(first.first - rows_.begin());
@@ -50,7 +49,6 @@ class ListedRows : public QAbstractListModel {
         }
         std::swap(rows_, now);
         announceDifferences(now);
-        return removedEnd > begin || addedEnd > begin;
     }
 
     /// Replaces all rows and resets the model.

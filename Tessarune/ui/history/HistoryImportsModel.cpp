@@ -108,8 +108,7 @@ void HistoryImportsModel::set(std::vector<ImportedFile> files) {
     const auto isSameFile = [](const ImportedFile& a, const ImportedFile& b) {
         return a.number == b.number;
     };
-    if (show(std::move(files), isSameFile))
-        Q_EMIT countChanged();
+    show(std::move(files), isSameFile);
 }
 
 int HistoryImportsModel::rowIn(FileState state) const {

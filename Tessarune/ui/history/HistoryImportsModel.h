@@ -34,7 +34,6 @@ struct ImportedFile {
 /// environment must outlive it. Destroying the model cancels the running import.
 class HistoryImportsModel final : public ListedRows<ImportedFile> {
     Q_OBJECT
-    Q_PROPERTY(int count READ count NOTIFY countChanged)
 
   public:
     enum Role {
@@ -57,9 +56,6 @@ class HistoryImportsModel final : public ListedRows<ImportedFile> {
     Q_INVOKABLE void add(const QList<QUrl>& files);
     /// Cancels a file that waits or is being copied; removes a failed one from the list.
     Q_INVOKABLE void remove(int row);
-
-  Q_SIGNALS:
-    void countChanged();
 
   private:
     void add(const std::vector<ImportedFile>& files);

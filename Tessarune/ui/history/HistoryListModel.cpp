@@ -143,8 +143,7 @@ Task<void> HistoryListModel::load() {
             co_return;
         all_ = std::move(entries);
         problem_ = std::move(problem);
-        if (std::exchange(isLoading_, false))
-            Q_EMIT loaded();
+        isLoading_ = false;
         update();
         Task<bool> settling = sleep(Executor::main(host), settleSeconds);
         co_await settling;
@@ -201,8 +200,7 @@ void HistoryListModel::update() {
     std::vector<EntryPtr> now;
     std::ranges::copy_if(all_, std::back_inserter(now),
                          [this](const EntryPtr& entry) { return isListed(*entry); });
-    if (show(std::move(now), isSameRecording))
-        Q_EMIT countChanged();
+    show(std::move(now), isSameRecording);
     Q_EMIT updated();
 }
 

@@ -23,9 +23,6 @@ namespace tessarune {
 /// on a queue. The environment must outlive it.
 class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
     Q_OBJECT
-    Q_PROPERTY(int count READ count NOTIFY countChanged)
-    /// Whether the catalog has not been read yet.
-    Q_PROPERTY(bool isLoading READ isLoading NOTIFY loaded)
 
   public:
     enum Role {
@@ -46,6 +43,7 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
     QVariant data(const QModelIndex& index, int role) const override;
     QHash<int, QByteArray> roleNames() const override;
 
+    /// Whether the catalog has not been read yet.
     bool isLoading() const { return isLoading_; }
     /// Why the catalog cannot be read; empty if it can be.
     const std::string& problem() const { return problem_; }
@@ -63,8 +61,6 @@ class HistoryListModel final : public ListedRows<HistoryListReader::EntryPtr> {
     int rowOf(const UUID& id) const;
 
   Q_SIGNALS:
-    void countChanged();
-    void loaded();
     /// Emitted after each update of the rows, even if nothing has changed.
     void updated();
 

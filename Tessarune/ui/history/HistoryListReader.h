@@ -19,8 +19,6 @@ class HistoryListReader {
         HistoryItem item;
         QString beginning; ///< of the transcript, on one line
         QString searched;  ///< note, date, time and beginning, folded for a search
-
-        bool operator==(const Entry&) const = default;
     };
     using EntryPtr = std::shared_ptr<const Entry>;
 

@@ -42,7 +42,6 @@ QVariantMap historyTexts() {
             {"previousSentence", historyText("上一句")},
             {"nextSentence", historyText("下一句")},
             {"dismiss", historyText("知道了")},
-            {"choose", historyText("从左侧选择一条录音")},
             // Imports
             {"import", historyText("导入声音或视频文件")},
             {"importShort", historyText("导入文件…")},
@@ -75,8 +74,6 @@ QVariantMap historyTexts() {
             {"voice", historyText("发音")},
             // Usage
             {"usage", historyText("使用统计")},
-            {"period", historyText("时间段")},
-            {"measure", historyText("统计内容")},
             {"chart", historyText("图表")}};
 }
 

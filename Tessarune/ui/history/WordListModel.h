@@ -29,7 +29,6 @@ struct ListedWord {
 /// favourite, and shown on the card. Main thread; store and card must outlive it.
 class WordListModel : public ListedRows<ListedWord> {
     Q_OBJECT
-    Q_PROPERTY(int count READ count NOTIFY changed)
     /// The kinds of words to choose from, and the index of the chosen one.
     Q_PROPERTY(QStringList kinds READ kinds CONSTANT)
     Q_PROPERTY(int kind READ kind WRITE setKind NOTIFY changed)

@@ -102,7 +102,6 @@ void SettingsWindowModel::restoreCaptions() {
 QVariantMap SettingsWindowModel::texts() const {
     return {{"title", shown("设置")},
             {"search", shown("搜索设置")},
-            {"clear", shown("清除搜索")},
             {"nothing", shown("没有找到")},
             {"models", shown("语音模型")},
             {"languages", shown("目标语言")},

@@ -50,9 +50,8 @@ int ShortcutsModel::rowCount(const QModelIndex& parent) const {
 }
 
 QHash<int, QByteArray> ShortcutsModel::roleNames() const {
-    return {{TitleRole, "title"},       {AboutRole, "about"},         {KeysTextRole, "keysText"},
-            {ConflictRole, "conflict"}, {RecordingRole, "recording"}, {ProblemRole, "problem"},
-            {ChangedRole, "changed"}};
+    return {{TitleRole, "title"},         {KeysTextRole, "keysText"}, {ConflictRole, "conflict"},
+            {RecordingRole, "recording"}, {ProblemRole, "problem"},   {ChangedRole, "changed"}};
 }
 
 QString ShortcutsModel::conflictOf(int row) const {
@@ -85,8 +84,6 @@ QVariant ShortcutsModel::data(const QModelIndex& index, int role) const {
     switch (role) {
     case TitleRole:
         return QString::fromStdString(localized(title));
-    case AboutRole:
-        return QString::fromStdString(localized(shortcut.keyCode.info().about));
     case KeysTextRole:
         return keysOf(shortcut).toString(QKeySequence::NativeText);
     case ConflictRole:

@@ -20,7 +20,6 @@ class ShortcutsModel final : public QAbstractListModel {
   public:
     enum Role {
         TitleRole = Qt::UserRole,
-        AboutRole,
         KeysTextRole,  ///< empty: switched off
         ConflictRole,  ///< a sentence that names a command with the same keys; empty: none
         RecordingRole, ///< whether the next keys become the shortcut

@@ -18,7 +18,6 @@ class TranslationTestModel final : public QObject {
     Q_PROPERTY(QString state READ state NOTIFY changed)
     Q_PROPERTY(QString stateDetail READ stateDetail NOTIFY changed)
     Q_PROPERTY(bool canRun READ canRun NOTIFY changed)
-    Q_PROPERTY(bool isRunning READ isRunning NOTIFY changed)
     Q_PROPERTY(QString status READ status NOTIFY changed)
     Q_PROPERTY(QString result READ result NOTIFY changed)
     Q_PROPERTY(QVariantMap texts READ texts CONSTANT)
@@ -29,7 +28,6 @@ class TranslationTestModel final : public QObject {
     QString state() const;
     QString stateDetail() const;
     bool canRun() const;
-    bool isRunning() const { return *test_->isTestingTranslation(); }
     QString status() const { return QString::fromStdString(*test_->statusText()); }
     QString result() const { return QString::fromStdString(*test_->resultText()); }
     QVariantMap texts() const;
@@ -42,6 +40,8 @@ class TranslationTestModel final : public QObject {
     void ended();
 
   private:
+    bool isRunning() const { return *test_->isTestingTranslation(); }
+
     const AppSettings& settings_;
     const std::shared_ptr<TranslationTaskBridge> test_;
     Observations observations_;

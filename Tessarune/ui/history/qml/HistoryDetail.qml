@@ -14,12 +14,6 @@ Item {
     // The words panel is beside the transcript, or takes its place if there is no room for both.
     readonly property real wordsWidth: width < Theme.body * 44 ? width : Math.round(Math.max(Theme.body * 22, Math.min(Theme.body * 28, width * 0.44)))
 
-    Placeholder {
-        anchors.fill: parent
-        glyph: "captions"
-        title: !root.detail.isShown && root.model.list.count > 0 ? root.model.texts.choose : ""
-    }
-
     Column {
         id: header
 

@@ -7,7 +7,6 @@ Column {
     id: root
 
     required property ResourcesModel resources
-    property string name: ""
 
     Label {
         width: root.width
