@@ -35,6 +35,7 @@ FocusScope {
         model: root.detail.rows
         reuseItems: true
         Accessible.role: Accessible.List
+        Accessible.name: root.texts.transcript
 
         keyNavigationEnabled: true
         highlightMoveDuration: 0
