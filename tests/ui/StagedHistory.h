@@ -203,7 +203,7 @@ class StagedHistory {
                                 return std::make_unique<simulation::ScriptedAudioConverter>(format,
                                                                                             format);
                             }});
-    std::string changeProblem;
+    std::string changeProblem; ///< why recordings cannot be changed; empty: they can
     const std::shared_ptr<int> dataFolder = std::make_shared<int>(); ///< each hold is a copy
     std::string suggested; ///< the name of the last export
     std::string copied;

@@ -119,7 +119,7 @@ class StagedSettings {
     std::function<void()> problemChanged;
     simulation::FaultyFileSystem files;
     std::filesystem::path opened; ///< in the file manager
-    std::string changeProblem;
+    std::string changeProblem;    ///< why no run can be removed; empty: it can
     std::unique_ptr<SettingsWindow> window;
 };
 

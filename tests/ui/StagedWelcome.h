@@ -10,8 +10,8 @@
 
 namespace tessarune {
 
-/// The page of the first start on a computer without a speech model. The sample's captions are
-/// those that a script writes.
+/// The page of the first start on a computer without a speech model. The test writes the captions
+/// of the sample through `captions`.
 class StagedWelcome {
   public:
     StagedWelcome() {

@@ -51,6 +51,7 @@ class HistoryExportModel final : public QObject {
 
     /// Asks for a file name and writes the file.
     Q_INVOKABLE void run();
+    /// Only an audio export can be cancelled.
     Q_INVOKABLE void cancel();
 
   Q_SIGNALS:

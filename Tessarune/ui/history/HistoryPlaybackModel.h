@@ -88,7 +88,7 @@ class HistoryPlaybackModel final : public QObject {
     std::optional<TranscriptPlayback> transcript_;
     std::shared_ptr<void> watch_; ///< returned by the environment's `watchPlayback`
     std::optional<UUID> chosen_;  ///< the chosen recording
-    bool isLoaded_ = false;       ///< whether the player has loaded the chosen recording
+    bool isLoaded_ = false;       ///< whether the player has opened the chosen recording
     std::string loadedPath_;
     /// A row without a time that the user chose; reset when a sentence becomes active or the
     /// transcript changes.
