@@ -395,11 +395,4 @@ std::vector<SettingEntry> settingEntries(AppSettings& settings) {
     return all;
 }
 
-bool isWithoutEffect(const AppSettings& settings, const AnySetting& setting) {
-    const AnySetting* const idle[] = {
-        &settings.screenCaptureProtected, &settings.subtitleLyricsLayout,
-        &settings.arenaScreenshotEnabled, &settings.arenaScreenshotIntervalMs};
-    return std::ranges::find(idle, &setting) != std::end(idle);
-}
-
 } // namespace tessarune

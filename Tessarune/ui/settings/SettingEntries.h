@@ -74,7 +74,4 @@ struct SettingEntry {
 /// must outlive them.
 std::vector<SettingEntry> settingEntries(AppSettings& settings);
 
-/// Whether the window leaves out a setting because nothing depends on it.
-bool isWithoutEffect(const AppSettings& settings, const AnySetting& setting);
-
 } // namespace tessarune
