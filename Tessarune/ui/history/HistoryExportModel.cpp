@@ -6,7 +6,6 @@
 
 #include <QVariantMap>
 #include <algorithm>
-#include <optional>
 #include <utility>
 
 namespace tessarune {

@@ -7,7 +7,6 @@
 
 #include <QHash>
 #include <QList>
-#include <QString>
 #include <QUrl>
 #include <filesystem>
 #include <functional>

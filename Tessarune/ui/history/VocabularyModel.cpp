@@ -2,8 +2,6 @@
 
 #include "Tessarune/ui/history/HistoryTexts.h"
 
-#include <utility>
-
 namespace tessarune {
 
 namespace {

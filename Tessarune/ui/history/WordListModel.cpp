@@ -2,7 +2,6 @@
 
 #include "TessaruneCore/text/Text.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace tessarune {

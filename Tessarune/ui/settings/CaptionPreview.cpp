@@ -3,7 +3,7 @@
 #include "Tessarune/session/LiveCaptionCoreFactory.h"
 #include "TessaruneCore/text/Text.h"
 
-#include <algorithm>
+#include <iterator>
 
 namespace tessarune {
 

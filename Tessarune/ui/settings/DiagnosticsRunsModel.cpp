@@ -8,6 +8,7 @@
 
 #include <QLocale>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace tessarune {

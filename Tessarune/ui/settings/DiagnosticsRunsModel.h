@@ -11,7 +11,6 @@
 #include <QVariantMap>
 #include <functional>
 #include <memory>
-#include <string_view>
 #include <vector>
 
 namespace tessarune {

@@ -4,7 +4,6 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
-#include <cmath>
 #include <exception>
 #include <utility>
 

@@ -8,7 +8,6 @@
 #include <QString>
 #include <QVariantList>
 #include <QVariantMap>
-#include <string>
 #include <vector>
 
 namespace tessarune {

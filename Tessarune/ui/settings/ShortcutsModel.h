@@ -4,9 +4,7 @@
 #include "TessaruneCore/observation/Observations.h"
 
 #include <QAbstractListModel>
-#include <QKeySequence>
 #include <QVariantMap>
-#include <string>
 #include <string_view>
 #include <vector>
 

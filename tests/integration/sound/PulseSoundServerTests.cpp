@@ -5,11 +5,8 @@
 #include "tests/integration/sound/Tones.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <mutex>
 #include <string>
 #include <vector>

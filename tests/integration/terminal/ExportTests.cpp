@@ -1,7 +1,6 @@
 // Recordings are exported, changed and deleted with the terminal program, and other programs read
 // the exported files back.
 #include "Tessarune/platform/disk/DataFolderLock.h"
-#include "TessaruneCore/text/Text.h"
 #include "tests/support/FileContents.h"
 #include "tests/support/ProgramRun.h"
 #include "tests/support/TemporaryFolder.h"

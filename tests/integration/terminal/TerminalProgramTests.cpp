@@ -1,7 +1,6 @@
 // The terminal program as a user runs it: real recogniser, real files, a data folder of its own.
 #include "Tessarune/platform/disk/DataFolderLock.h"
 #include "Tessarune/platform/pulse/PrivateSoundServer.h"
-#include "TessaruneCore/text/Text.h"
 #include "tests/support/FileContents.h"
 #include "tests/support/ProgramRun.h"
 #include "tests/support/TemporaryFolder.h"
@@ -11,7 +10,6 @@
 #include <nlohmann/json.hpp>
 #include <unistd.h>
 
-#include <algorithm>
 #include <fstream>
 #include <sstream>
 
