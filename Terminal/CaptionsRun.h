@@ -5,9 +5,10 @@
 
 namespace tessarune {
 
-/// Runs captions from beginning to end: opens the source and prints the captions until the file
-/// ends or the user presses Ctrl-C. Returns the program's exit status; failures are printed on
-/// standard error. Main queue; `program` and `options` must outlive it.
+/// Runs captions from beginning to end: opens the source and prints the captions until the session
+/// ends, usually with the file or by Ctrl-C. Then refines the recording if a user watches. Returns
+/// the program's exit status; prints failures on standard error. Main queue; `program` and
+/// `options` must outlive the task.
 Task<int> runCaptions(Program& program, const TerminalOptions& options, CaptionsCommand command);
 
 } // namespace tessarune

@@ -14,7 +14,7 @@ struct UsageProblem : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// The options that run a command instead of captions. A command line has at most one of them. A
+/// The options that run a command instead of captions; a command line has at most one command. A
 /// command may have details, which are options that are valid only with it. `app` owns all options
 /// and must outlive this object.
 class CommandOptions {

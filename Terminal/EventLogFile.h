@@ -9,8 +9,9 @@
 
 namespace tessarune {
 
-/// The file of `--event-log`. An existing file is overwritten only if the user allows it, and not
-/// before the session listens. Main queue; failures are RunFailure with ExitStatus::cannotWrite.
+/// The file of `--event-log`, which may also be a pipe or a device. An existing file is overwritten
+/// only if the user allows it, and not before the session listens. Main queue; failures are
+/// RunFailure with ExitStatus::cannotWrite.
 class EventLogFile {
   public:
     EventLogFile(Host& host, std::filesystem::path path, bool overwrites)

@@ -7,18 +7,18 @@ namespace tessarune {
 enum class ExitStatus : int {
     ok = 0,
     usage = 64,
-    differs = 65, ///< the replay of a run differs from its captions
+    differs = 65, ///< the replay of a run differs from its captions, or is impossible
     unreadableFile = 66,
-    noSuchRecording = 67,
+    noSuchRecording = 67, ///< also: no such diagnostics run, or several that match
     noSuchSource = 68,
     noSoundServer = 69,
     internal = 70,
     cannotWrite = 73,
     ioError = 74,   ///< output was lost, or the recordings cannot be read
-    dataInUse = 75, ///< another Tessarune records into the same data folder
+    dataInUse = 75, ///< another Tessarune has the same data folder
     notAllowed = 77,
     noModel = 78,
-    stoppedTwice = 130, ///< ended at once: the second Ctrl-C, or the first one outside a session
+    stoppedTwice = 130, ///< the second Ctrl-C of a session, or the first one of other work
 };
 
 } // namespace tessarune

@@ -54,7 +54,7 @@ std::vector<KeyPress> keyPresses(std::string_view bytes) {
             bytes.remove_prefix(1);
             continue;
         }
-        // A sequence ends with its first letter; "1;5C" is a right arrow with Control.
+        // A sequence ends with its first letter or "~"; "1;5C" is a right arrow with Control.
         std::size_t end = 2;
         while (end < bytes.size() && bytes[end] < '@')
             ++end;

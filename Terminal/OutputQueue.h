@@ -18,8 +18,8 @@ class OutputQueue {
   public:
     /// `onChange` is called on the writing thread: when a queue that was behind has no more to
     /// write, and when writing has failed. It must not use the queue, which is locked meanwhile.
-    /// If output is unwritten at the queue's destruction, the caller still keeps the descriptor
-    /// open.
+    /// The caller must keep `descriptor` open even after the queue's destruction, because unwritten
+    /// output is still written then.
     OutputQueue(int descriptor, std::function<void()> onChange);
     /// Does not wait for a slow reader: output that is unwritten when the process ends is lost.
     ~OutputQueue();

@@ -15,8 +15,8 @@ namespace {
 /// How long a row may wait for the translation of the previous row.
 constexpr double patienceSeconds = 1.0;
 
-/// Prints lines for a file or another program. A late translation must never delay a caption: after
-/// a wait that was too short, no row waits again until all translations have arrived.
+/// Prints lines for a file or another program. Late translations must not delay caption after
+/// caption: once a wait was too short, no row waits until all translations have arrived.
 class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
   public:
     PlainPrinter(std::FILE* out, std::FILE* errors, Host& host, bool quiet)
@@ -99,7 +99,7 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
     std::FILE* errors_;
     Host& host_;
     bool quiet_;
-    const CaptionCore::Rows* rows_ = nullptr; ///< of the session, which outlives `finish`
+    const CaptionCore::Rows* rows_ = nullptr; ///< the session's rows, valid until `finish`
     std::string target_;
     bool awaits_ = false;
     PrintedRows printed_;

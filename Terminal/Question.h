@@ -20,9 +20,9 @@ bool userCanAnswer();
 /// Ctrl-C means `interrupted`. Main queue.
 Task<Answer> ask(Host& host, std::string question, Answer byDefault);
 
-/// Whether a file may be written: it is new, `replaces` is set, or the user agrees to replace it.
-/// Returns ExitStatus::ok if so; otherwise prints why, unless the user declined, and returns the
-/// status to exit with. Main queue.
+/// Whether `to` may be written: it is new, or it is an ordinary file and either `replaces` is set
+/// or the user agrees to replace it. Returns ExitStatus::ok if so. Otherwise returns the status to
+/// exit with, and prints why unless the user has answered. Main queue.
 Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesystem::path to,
                                    bool replaces);
 

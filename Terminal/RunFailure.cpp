@@ -24,7 +24,7 @@ RunFailure RunFailure::ofStart(const std::exception_ptr& failure) {
         return {ExitStatus::unreadableFile, error.what()};
     } catch (const SoundServerError& error) {
         return {ExitStatus::noSoundServer, error.what()};
-    } catch (const LocalizedError& error) { // from the permission gate, or a capture without sound
+    } catch (const LocalizedError& error) { // from the permission gate, or a failed capture
         const bool refused = error.domain() == RecognitionPermissionGate::errorDomain;
         return {refused ? ExitStatus::notAllowed : ExitStatus::noSoundServer, error.what()};
     } catch (const std::system_error& error) { // from the disk

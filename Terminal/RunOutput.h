@@ -34,7 +34,7 @@ class RunOutput {
     void redraw() { captions_.redraw(); }
 
     /// Prints the last picture, if any, and the run's failure, if any. Resumes when all output is
-    /// written, and returns the exit status.
+    /// written or can no longer be written, and returns the exit status.
     Task<ExitStatus> finish(std::optional<CaptionPicture> last, ExitStatus status,
                             std::string problem);
     /// Ends the wait of `finish`; does nothing before `finish`.

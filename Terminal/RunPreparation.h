@@ -11,8 +11,8 @@
 /// throw RunFailure if the run is impossible.
 namespace tessarune::RunPreparation {
 
-/// Applies the options of the command line to this run. Also makes the run continue through
-/// silence, unless its source is live and the user has stored a limit of silence.
+/// Applies `--no-record` and `--locale` to this run. Also makes the run continue through silence,
+/// unless its source is live and the user has stored a limit of silence.
 void overrideSettings(Application& application, const CaptionsCommand& command);
 
 /// Throws if the speech model is missing or damaged; a session downloads nothing.
@@ -23,7 +23,7 @@ void checkModel(const Application& application);
 bool prepareToRecord(Application& application, const CaptionsCommand& command,
                      const RunOutput& output);
 
-/// Messages about what was repaired after a crash, for the user.
+/// Messages for the user: what was repaired after a crash, and which imports were interrupted.
 std::vector<std::string> repairTexts(const Application::Preparation& found);
 
 } // namespace tessarune::RunPreparation

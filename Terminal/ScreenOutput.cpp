@@ -137,7 +137,7 @@ class Screen {
             indented("✗ " + translationFailureText(*row.translationError, picture.target), width));
     }
 
-    /// Prints translations for rows that have already scrolled up.
+    /// The lines of translations and failures whose rows have already scrolled up.
     Lines lateOutcomes(const CaptionPicture& picture, std::size_t width) {
         const CaptionCore::Rows& rows = *picture.captions.committedSegments;
         Lines lines;

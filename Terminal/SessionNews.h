@@ -16,9 +16,8 @@ namespace tessarune {
 class SessionNews {
   public:
     struct Handlers {
-        std::function<void()> onChange; ///< there may be something new to print
-        /// a message to the user
-        std::function<void(const std::string&)> say;
+        std::function<void()> onChange;              ///< there may be something new to print
+        std::function<void(const std::string&)> say; ///< prints a message to the user
         std::function<void(const std::string&)> progress;
         std::function<void(LiveSessionPhase)> onPhase;
     };

@@ -11,9 +11,9 @@ namespace tessarune {
 
 /// Prints all settings by group, or as JSON. If the settings file cannot be read, also prints why.
 Task<int> showSettings(Program& program, const TerminalOptions& options);
-/// Assigns all values; if one is invalid, assigns none and returns `usage`. First moves an
-/// unreadable settings file aside and begins a new one. Returns `cannotWrite` if the file cannot be
-/// saved.
+/// Assigns all values; if one is invalid, changes nothing and returns `usage`. Before it assigns
+/// them, moves an unreadable settings file aside and begins a new one. Returns `cannotWrite` if the
+/// file cannot be saved.
 Task<int> changeSettings(Program& program, SetCommand command);
 
 } // namespace tessarune

@@ -1,8 +1,8 @@
 #pragma once
 
 /// Takes single keys from the terminal's keyboard, and guards a terminal whose cursor the program
-/// hides. Both are restored when the program ends, crashes or stops, except after SIGKILL and
-/// SIGSTOP.
+/// hides. Keyboard and cursor are restored when the program ends, crashes or stops, except after
+/// SIGKILL and SIGSTOP.
 namespace tessarune::TerminalCursor {
 
 /// Makes `restore` show the cursor of this terminal. Call before hiding it. Main queue.
@@ -23,8 +23,8 @@ bool isInForeground(int descriptor) noexcept;
 /// begins a new line. Any thread, and signal handlers.
 void restore() noexcept;
 
-/// While drawing is paused, the program is about to stop or end. Whoever draws checks `isPaused`
-/// first. Any thread.
+/// Drawing is paused while the program is stopped, or about to stop or end. Whoever draws checks
+/// `isPaused` first. Any thread.
 void setPaused(bool paused) noexcept;
 bool isPaused() noexcept;
 

@@ -32,7 +32,7 @@ struct CaptionsCommand {
     std::optional<std::string> locale; ///< absent: as in the settings
     /// The target language; empty: no translation; absent: as in the settings.
     std::optional<std::string> target;
-    bool records = true; ///< false: this run leaves nothing behind
+    bool records = true; ///< false: the sound and the transcript are not kept
 };
 struct ListSourcesCommand {};
 struct ListModelsCommand {};

@@ -31,7 +31,8 @@ class TerminalSession {
     bool isDemo() const { return sound_.isDemo(); }
     /// Runs the session from the first sound until it is saved. Throws RunFailure.
     Task<void> run();
-    /// Makes the session end and be saved, or cancels `open`.
+    /// Cancels `open`, or makes the session end and be saved. During `finish`, discards the output
+    /// that nobody has read.
     void interrupt();
     /// Redraws after another program used the terminal.
     void redraw() { output_.redraw(); }

@@ -9,14 +9,14 @@
 
 namespace tessarune {
 
-/// The decision about translation in one run of the terminal. Captions never depend on the
-/// settings' target: if it is unavailable, that is reported once and nothing is translated. If the
-/// target of the command line is unavailable, the run fails before it begins.
+/// The decision about translation in one run of the terminal. If the target of the settings is
+/// unavailable, the captions begin without translation, and the user is told once. If the target of
+/// the command line is unavailable, the run fails before it begins.
 struct TranslationChoice {
     std::string target;  ///< empty: nothing is translated
     std::string notice;  ///< to report to the user once; may be empty
     std::string failure; ///< why the run cannot begin; empty: it can
-    /// The missing download, if that is the only obstacle.
+    /// The language to download, if its missing or damaged model is the obstacle.
     std::optional<TranslationLanguageState> missing;
 
     bool operator==(const TranslationChoice&) const = default;

@@ -11,8 +11,8 @@
 
 namespace tessarune {
 
-/// Finds the translations and failures that have arrived since the last call, each once. A unit
-/// that failed and was translated later is found twice. Main queue.
+/// Finds the translations and failures that have arrived since the last call, each once. The retry
+/// of a failed unit is a unit of its own. Main queue.
 class TranslationNews {
   public:
     /// Indexes, among the first `count` rows, of those that show a new outcome. `count` never

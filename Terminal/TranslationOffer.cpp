@@ -12,9 +12,10 @@ namespace tessarune {
 
 namespace {
 
-/// The key of the target whose offer was declined. The target is stored with the settings, but is
-/// not a setting.
+/// The key of the target whose offer was declined last. It is stored with the settings, but is not
+/// a setting.
 constexpr const char* declinedKey = "translationOfferDeclined";
+
 bool wasDeclined(const Program& program, const std::string& id) {
     const auto declined = program.storedDefaults.value(declinedKey);
     const auto* text = declined ? std::get_if<std::string>(&*declined) : nullptr;

@@ -11,7 +11,8 @@
 namespace tessarune {
 
 /// Reports the progress of work: on a terminal, in one line that is rewritten; in a log, in a line
-/// for every ten per cent; or as JSON for each per cent. Main queue.
+/// for every ten per cent; or as JSON for each per cent. A new step is always reported. Prints
+/// nothing with --quiet, except JSON. Main queue.
 class WorkProgress {
   public:
     /// `json` has the fields that each JSON line contains besides the step and the per cent.

@@ -71,8 +71,9 @@ RunJSON fileObject(const DiagnosticsRunContents& run, const DiagnosticsRunConten
     return object;
 }
 
-/// The run of the data folder with this name. If `mayBeAnywhere`, `name` may also be the path of a
-/// run's folder. If there is no such run or more than one, prints that and returns the exit status.
+/// The run of the data folder whose name begins with `name`. If `mayBeAnywhere`, `name` may also be
+/// the path of a run's folder. If there is no such run or more than one, prints that and returns
+/// the exit status.
 std::variant<DiagnosticsRun, int> chosenRun(Program& program, const std::string& name,
                                             bool mayBeAnywhere) {
     const std::filesystem::path folder(name);

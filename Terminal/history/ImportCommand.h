@@ -9,8 +9,8 @@
 namespace tessarune {
 
 /// Imports files, one after the other, each with its transcript and, if translation is on, its
-/// translation. Ctrl-C ends it, and the current file leaves nothing behind. Returns the exit status
-/// of the interruption or of the first failure. Main queue.
+/// translation. After Ctrl-C the command ends, and nothing remains of the current file. Returns the
+/// exit status of the interruption or of the first failure. Main queue.
 Task<int> importFiles(Program& program, const TerminalOptions& options,
                       std::vector<std::filesystem::path> files);
 

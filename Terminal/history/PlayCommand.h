@@ -5,8 +5,8 @@
 
 namespace tessarune {
 
-/// Plays a recording to its end or until it is interrupted, and shows what is heard; at a terminal,
-/// keys control it. Returns the exit status. Main queue.
+/// Plays a recording, to its end or until the user ends the playback, and shows what is heard. At a
+/// terminal, keys control the playback. Returns the exit status. Main queue.
 Task<int> playRecording(Program& program, const TerminalOptions& options, PlayCommand command);
 
 } // namespace tessarune

@@ -131,7 +131,7 @@ class PlaybackScreen {
     bool mustDraw_ = true; ///< even if nothing has changed
 };
 
-/// Detects a new sentence and a new problem.
+/// Detects a new sentence and a new problem of a running playback.
 struct PlaybackNews {
     std::optional<std::size_t> sentence;
     std::string problem;

@@ -11,7 +11,8 @@
 namespace tessarune {
 
 /// Transcribes a recording again, translates it if translation is on, and reports the result.
-/// Ctrl-C keeps the former transcript. Returns the exit status. Main queue.
+/// Ctrl-C keeps the former transcript or, once the new one is saved, the former translation.
+/// Returns the exit status. Main queue.
 Task<int> refineRecording(Program& program, const TerminalOptions& options, RefineCommand command);
 
 /// The options of a recording's refinement, from the settings. If the target language is
@@ -24,12 +25,13 @@ Task<HistoryRefinementOutcome> refineWithProgress(Program& program, TerminalOpti
                                                   HistoryRefinementRequest request,
                                                   std::string model, std::stop_token stop);
 
-/// Refines the session that was just saved, for a user at the terminal. Ctrl-C keeps its
-/// transcript.
+/// Refines the session that was just saved, for a user at the terminal. Ctrl-C works as in
+/// `refineRecording`.
 Task<void> refineAfterSession(Program& program, const TerminalOptions& options,
                               HistoryRefinementRequest request);
 
-/// Prints the outcome: as JSON, or as the line `good` after a success or `bad` after a failure.
+/// Prints the outcome: as JSON, or as text. The text of a success is `good`, which --quiet
+/// suppresses; that of a failure is `bad`.
 void reportOutcome(const TerminalOptions& options, const UUID& id,
                    const HistoryRefinementOutcome& outcome, const std::string& good,
                    const std::string& bad);

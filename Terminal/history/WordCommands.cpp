@@ -22,7 +22,7 @@ namespace {
 constexpr std::size_t wordRowColumns = 80;
 constexpr std::size_t countColumns = 6;
 constexpr std::size_t formsColumns = 30;
-constexpr int countLines = 0; ///< instead of a number of sentences: each line is a sentence
+constexpr int countLines = 0; ///< in place of a number of sentences: each line is a sentence
 
 /// The user's marks on words, and the core words.
 struct WordMarks {
@@ -66,7 +66,7 @@ nlohmann::ordered_json wordJSON(const HistoryWordStats::VocabularyEntry& entry,
             {"core", marks.core.contains(entry.lemma)}};
 }
 
-/// "   12 + think (thinking, thought)   judge or regard; …"
+/// "    12 +  think (thinking, thought)       judge or regard; …"
 std::string wordRow(const HistoryWordStats::VocabularyEntry& entry, const std::string& gloss,
                     const WordMarks& marks) {
     const std::string count = std::to_string(entry.count);
