@@ -9,7 +9,7 @@ enum class ExitStatus : int {
     usage = 64,
     differs = 65, ///< the replay of a run differs from its captions, or is impossible
     unreadableFile = 66,
-    noSuchRecording = 67, ///< also: no such diagnostics run, or several that match
+    noSuchRecording = 67, ///< no such recording or diagnostics run, or several
     noSuchSource = 68,
     noSoundServer = 69,
     internal = 70,

@@ -99,7 +99,7 @@ class PlainPrinter : public std::enable_shared_from_this<PlainPrinter> {
     std::FILE* errors_;
     Host& host_;
     bool quiet_;
-    const CaptionCore::Rows* rows_ = nullptr; ///< the session's rows, valid until `finish`
+    const CaptionCore::Rows* rows_ = nullptr; ///< the session's rows, which outlive `finish`
     std::string target_;
     bool awaits_ = false;
     PrintedRows printed_;

@@ -73,7 +73,7 @@ struct Application {
     HistoryRefinementService refinement;
     HistoryImportCoordinator imports;
 
-    /// Called with the reason after each failed attempt of a download.
+    /// Called with the reason after a failed attempt of a download that will be retried.
     std::function<void(const DownloadTrouble&)> onDownloadTrouble;
 
     /// The dependencies of a recogniser. The recogniser selects its model when a session begins.
@@ -107,12 +107,12 @@ struct Application {
     /// Takes the data folder, so that two programs never write one catalog, and runs the start-up
     /// services. If sessions are to be recorded, the folder stays taken until `leaveDataFolder`; if
     /// another program has it, the services do not run, and the front end decides how to continue.
-    /// If no sessions are to be recorded, the folder is taken for the repairs alone; if another
-    /// program has it, the repairs are skipped.
+    /// If no sessions are to be recorded, a folder with recordings is taken for the repairs alone;
+    /// if another program has it, the repairs are skipped.
     Preparation prepareToRecord();
 
-    /// Runs the start-up services. Repairs and prunes the data folder only if this program has
-    /// taken it.
+    /// Runs the start-up services. Changes recordings and diagnostics runs only if this program has
+    /// taken the data folder.
     RecordingRepair::Report prepare();
 
   private:

@@ -45,8 +45,9 @@ class ListeningSession {
 
     LiveTranscriptStore& store() { return *store_; }
     const LiveTranscriptStore& store() const { return *store_; }
-    /// Starts a session. Returns true once it listens; false if it does not, because the start
-    /// failed (`view().startFailure`) or the session was stopped first.
+    /// Starts a session. Returns true once it listens; false if the start failed
+    /// (`view().startFailure`), if the session was stopped first, or if the previous session is
+    /// still being saved.
     Task<bool> listen(AudioSource source);
     /// Ends the session and resumes when it is saved; at once if there is none.
     Task<void> stop();

@@ -14,10 +14,10 @@
 
 namespace tessarune {
 
-/// Decides whether a session may be recorded: the settings must ask for it and be readable, this
-/// program must be the writer of the data folder, and `recordNothing` must not have been called.
-///
-/// It never changes the settings: they keep what the user chose, for this run and the next.
+/// Decides whether a session may be recorded: the user's choice about recordings must be readable,
+/// this program must be the writer of the data folder, and `recordNothing` must not have been
+/// called. Whether a session that may be recorded is recorded depends on the settings, which the
+/// gate never changes.
 ///
 /// Main queue; the references must outlive it.
 class RecordingGate {
@@ -35,8 +35,8 @@ class RecordingGate {
     RecordingGate(const AppSettings& settings, const JSONUserDefaults& stored,
                   const TessarunePaths& paths, std::string program);
 
-    /// Called by `mayRecord` with the reason why the session is not recorded, or with an empty
-    /// obstacle if it is. Not called after `recordNothing`.
+    /// Called by `mayRecord` with the reason why the session may not be recorded, or with an empty
+    /// obstacle if it may. Not called after `recordNothing`.
     std::function<void(const Obstacle&)> onDecision;
 
     /// Switches recording off until the program ends, and keeps texts out of diagnostics runs.

@@ -40,7 +40,7 @@ SettingCodec<std::string> AppSettings::speechModelCodec() {
     return codec;
 }
 
-// A setting registers itself under its own name: the key is always the member's name.
+// Makes the member's name the key, so that the two never differ.
 #define SETTING(member, group, about, ...)                                                         \
     member(store_, all_, #member, {SettingGroup::group, about}, __VA_ARGS__)
 #define SHORTCUT(member, about, keyCode, modifiers)                                                \

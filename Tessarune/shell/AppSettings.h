@@ -18,9 +18,10 @@ struct ShortcutSetting {
     Setting<std::int64_t> modifiers;
 };
 
-/// The one observable store of the user's settings. Each setting has its member's name as its key,
-/// is stored at once when it is assigned, and has its first-launch value if none is stored; for an
-/// invalid stored value see SettingCodec. Main queue; other threads get copies.
+/// The one observable store of the user's settings. A setting's key is its member's name; the two
+/// settings of a shortcut add "KeyCode" and "Modifiers" to it. A setting is stored at once when it
+/// is assigned, and has its first-launch value if none is stored; for an invalid stored value see
+/// SettingCodec. Main queue; other threads get copies.
 class AppSettings {
   private:
     UserDefaults& store_;
@@ -40,11 +41,11 @@ class AppSettings {
     /// Reads all stored values again.
     void reload();
 
-    /// Counts the changes of the store by other programs; assigned after the settings have been
-    /// updated.
+    /// Counts the reports of UserDefaults::observe, and so the changes of the store by other
+    /// programs; assigned after the settings have been updated.
     Published<std::uint64_t> changesFromElsewhere;
-    /// Returns the speech models that `speechModel` may name; set by the code that knows them. If
-    /// empty, any name is valid.
+    /// Returns the speech models that `speechModel` may name; set by the code that knows them.
+    /// While there is no such function, any name is valid.
     std::function<std::vector<std::string>()> speechModelNames;
 
     // Recognition and captions

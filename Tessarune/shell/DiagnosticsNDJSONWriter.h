@@ -17,8 +17,8 @@
 
 namespace tessarune {
 
-/// Appends records to a log of a diagnostics run: one JSON object per line, sorted keys, floats
-/// rounded to three decimals.
+/// Appends records to a log of a diagnostics run: one JSON object per line, with sorted keys and
+/// floats rounded to three decimals, unless a record has its own encoding.
 ///
 /// Any thread. Only `close` waits for the disk, and nothing throws: the file is created, written
 /// and closed on a serial queue of its own with low priority. Records that cannot be encoded or
@@ -40,7 +40,7 @@ class DiagnosticsNDJSONWriter {
     ~DiagnosticsNDJSONWriter();
     DiagnosticsNDJSONWriter(const DiagnosticsNDJSONWriter&) = delete;
 
-    /// Encodes on the calling thread. A field with a number that is not finite is left out.
+    /// Encodes on the calling thread. Numbers that are not finite are left out.
     void append(const nlohmann::json& record);
     void append(const LogFields& record);
     /// Appends a record that has its own encoding.

@@ -22,7 +22,8 @@ class AnySetting {
     virtual SettingValue storedValue() const = 0;
     virtual std::string defaultText() const = 0;
     virtual const SettingInfo& info() const = 0;
-    /// All valid texts; empty if there is no closed list.
+    /// The values to choose from, as texts; empty if there is no closed list. `accepts` may also
+    /// accept other spellings of them.
     virtual std::vector<std::string> choices() const = 0;
     /// Describes the valid texts to the user: lists the choices, or says "true or false" or the
     /// like.
@@ -38,8 +39,8 @@ class AnySetting {
     /// Reads the stored value again, such as after a change by another program; notifies observers
     /// if it has changed.
     virtual void reload() = 0;
-    /// Calls `changed` after each assignment, until the returned function is called. The setting
-    /// must outlive that function.
+    /// Calls `changed` after each assignment and each change by `reload`, until the returned
+    /// function is called, which must happen before the setting's end.
     [[nodiscard]] virtual std::function<void()> onChange(std::function<void()> changed) const = 0;
 };
 

@@ -14,10 +14,12 @@ namespace tessarune {
 
 /// The id of a recognition option; a user types its locale, in any case and with "-" or "_".
 SettingCodec<std::string> recognitionOptionCodec();
-/// Addresses that downloads can use as a prefix; "none" means no mirror.
+/// Addresses that downloads can use as a prefix; "none" means no mirror. A stored text is not
+/// checked.
 SettingCodec<std::string> mirrorCodec();
 /// The stored name of a translator. An unknown stored name is kept and reported, not replaced.
 SettingCodec<std::string> backendCodec();
+/// The ID of a target language. An unknown stored ID is kept; there is no model for it.
 SettingCodec<std::string> targetLanguageCodec();
 /// An invalid stored value may have meant "false", so it switches recording off.
 SettingCodec<bool> recordingCodec();

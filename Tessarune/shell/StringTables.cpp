@@ -29,7 +29,8 @@ std::string languageOf(std::string_view locale) {
     return rows(full).empty() ? full.substr(0, full.find('_')) : full;
 }
 
-/// The first language of the list that the program has texts for, or else the first of the list.
+/// The first language of the list that the program has texts for; without such a language, the
+/// first of the list.
 std::string bestOf(const std::string& languages) {
     std::istringstream all(languages);
     for (std::string language; std::getline(all, language, ':');) {

@@ -17,14 +17,14 @@ using Row = std::pair<std::string_view, std::string_view>;
 /// The rows of po/<language>.po; empty if there is no such file. `scripts/texts` writes the source.
 std::span<const Row> rows(std::string_view language);
 
-/// The table for a locale from the environment ("zh_TW.UTF-8", "de_DE", "C"): the texts of the
-/// locale, or else of its language, and the English texts for entries that these lack. A Chinese
-/// locale has the texts of one of the two scripts, without the English ones.
+/// The table for a locale from the environment ("zh_TW.UTF-8", "de_DE", "C"): the texts for the
+/// language and region or, if there are none, for the language, and English texts for entries that
+/// these lack. A Chinese locale has the texts of one of the two scripts, without the English ones.
 LocalizationTable forLocale(std::string_view locale);
 
-/// The user's locale for messages: the first of LC_ALL, LC_MESSAGES and LANG that is set. Unless
-/// this is "C" or "POSIX", the list LANGUAGE takes precedence: its first language that the program
-/// has texts for, or else its first language.
+/// The user's locale for messages: the first of LC_ALL, LC_MESSAGES and LANG that is set, or "C".
+/// Unless this is "C", "C.…" or "POSIX", the list LANGUAGE takes precedence: its first language
+/// that the program has texts for or, without such a language, its first one.
 std::string userLocale();
 
 } // namespace tessarune::StringTables

@@ -139,7 +139,7 @@ class TessaruneFileLogger::Writer {
             files_.writeAtomically(path, kept);
             return;
         }
-        // Empties the file and does not replace it: another program may have it open for appending.
+        // Empties the file instead of replacing it: another program may have it open for appending.
         files_.empty(path);
         files_.openForAppending(path)->append(kept);
     }

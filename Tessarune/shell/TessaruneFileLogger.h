@@ -31,7 +31,7 @@ class TessaruneFileLogger {
     TessaruneFileLogger(const TessaruneFileLogger&) = delete;
     TessaruneFileLogger& operator=(const TessaruneFileLogger&) = delete;
 
-    /// Removes log files that are too old, and writes the event "app.bootstrap" with `fields`.
+    /// Calls `pruneOldLogs` and writes the event "app.bootstrap" with `fields`.
     void bootstrap(LogFields fields);
 
     void event(std::string name, LogFields fields = {}, Importance importance = Importance::routine,
@@ -41,8 +41,8 @@ class TessaruneFileLogger {
         event(std::move(name), std::move(fields), Importance::important, source);
     }
 
-    /// Rewrites the log files without the lines that contain one of these texts (identifiers and
-    /// paths of deleted recordings). Waits for the queue.
+    /// Removes the lines that contain one of these texts (identifiers and paths of deleted
+    /// recordings) from the log files. Waits for the queue.
     void deleteEntries(const std::set<std::string>& matchingRecordingIDs,
                        const std::set<std::string>& matchingText);
 

@@ -7,7 +7,7 @@ namespace tessarune {
 
 /// The paths of the user's data. A value: made once at start and passed down.
 struct TessarunePaths {
-    /// Replaces the default data folder, for tests and for `--data`.
+    /// Replaces the default data folder, for tests.
     std::optional<std::filesystem::path> appSupportBaseOverride;
 
     /// `$XDG_DATA_HOME/Tessarune`, by default `~/.local/share/Tessarune`.
@@ -17,7 +17,7 @@ struct TessarunePaths {
     std::filesystem::path transcripts() const { return appSupportBase() / "Transcripts"; }
     std::filesystem::path diagnostics() const { return appSupportBase() / "Diagnostics"; }
     std::filesystem::path recordingIndex() const { return appSupportBase() / "recordings.json"; }
-    /// Locked by the one program that may write in the data folder.
+    /// Locked by the one program that may change recordings and diagnostics runs.
     std::filesystem::path lock() const { return appSupportBase() / "Tessarune.lock"; }
     std::filesystem::path models() const { return appSupportBase() / "Models"; }
 

@@ -69,7 +69,7 @@ void talkWithEverything(StagedCaptions& captions) {
     talk(captions);
 }
 
-/// Whether the pointer is over the window, which then shows its toolbar.
+/// Sets whether the pointer is over the window, which then shows its toolbar.
 void setHovered(StagedCaptions& captions, bool hovered) {
     captions.window->window().property("model").value<CaptionWindowModel*>()->setHovered(hovered);
 }

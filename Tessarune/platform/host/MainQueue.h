@@ -18,7 +18,7 @@ namespace tessarune {
 /// queue; the owner adds the loop that runs them. Any thread may add blocks, one thread runs them.
 ///
 /// The clock of `now` and of the delayed calls includes the time while the computer is suspended,
-/// so that calls which became due meanwhile run right after the resume.
+/// so that calls which became due meanwhile run within `longestWait` of the resume.
 class MainQueue {
   public:
     /// `arrived` is called with the queue's lock held whenever a block has been added, on the
@@ -34,8 +34,8 @@ class MainQueue {
     /// Removes and returns the next block that may run now; delayed calls that are due come first.
     /// `nullopt` if there is none.
     std::optional<Block> takeNext();
-    /// Held while `arrived` is called. The loop holds it while it checks for work, and waits on a
-    /// condition variable with it.
+    /// Held while `arrived` is called. The loop holds it while it calls `secondsUntilNext`, and may
+    /// wait with it on a condition variable.
     Mutex& mutex() RETURNS_LOCK(mutex_) { return mutex_; }
     /// Seconds until a block may run, 0 if one may run now; `nullopt` if nothing is queued.
     std::optional<double> secondsUntilNext() REQUIRES_LOCK(mutex_);

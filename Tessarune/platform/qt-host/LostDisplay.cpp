@@ -88,7 +88,7 @@ LostDisplay::LostDisplay(std::function<void()> lastWork) {
     pending().work = std::move(lastWork);
     pending().mainThread = pthread_self();
     previousHandler = qInstallMessageHandler(watchMessages);
-    // The fallback if Qt logs another message: it runs later, when some static objects may already
+    // The fallback if Qt logs another message. It runs later, when some static objects may already
     // be destroyed.
     static const int once = std::atexit(doLastWork);
     Q_UNUSED(once);
