@@ -3,11 +3,13 @@
 #include "Terminal/ExitStatus.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/SystemErrors.h"
+#include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/text/TextColumns.h"
 
 #include <nlohmann/json.hpp>
 #include <poll.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -33,7 +35,26 @@ void printText(std::string_view text) {
 }
 
 void printJSON(const nlohmann::ordered_json& object) {
-    std::puts(object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace).c_str());
+    std::puts(jsonLine(object).c_str());
+}
+
+std::string jsonLine(const nlohmann::ordered_json& object) {
+    const std::string line = object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    if (Text::printable(line) == line)
+        return line;
+    std::string safe;
+    for (const char32_t codePoint : Text::codePoints(line)) {
+        std::string character;
+        Text::append(character, codePoint);
+        if (Text::printable(character) != character) {
+            std::array<char, 16> escape{};
+            std::snprintf(escape.data(), escape.size(), "\\u%04x",
+                          static_cast<unsigned>(codePoint));
+            character = escape.data();
+        }
+        safe += character;
+    }
+    return safe;
 }
 
 void printNotice(std::string_view text) {

@@ -9,14 +9,17 @@
 
 namespace tessarune {
 
-// The printed output of commands. Texts are made safe for a terminal first, because names, notes
-// and transcripts may contain control characters. `statusOfOutput` reports lost output at the end.
-// Main queue.
+// The printed output of commands. Texts and JSON are made safe for a terminal first, because names,
+// notes and transcripts may contain control characters. `statusOfOutput` reports lost output at the
+// end. Main queue.
 
 /// Prints lines on standard output.
 void printText(std::string_view text);
-/// Prints an object as one line on standard output; replaces invalid UTF-8.
+/// Prints an object as one line on standard output.
 void printJSON(const nlohmann::ordered_json& object);
+/// The line of an object, without its line feed. Escapes the characters that `Text::printable`
+/// would replace; replaces invalid UTF-8.
+std::string jsonLine(const nlohmann::ordered_json& object);
 /// Prints a line on standard error that is not a failure.
 void printNotice(std::string_view text);
 /// Prints a failure: a line on standard error that begins with the program's name.

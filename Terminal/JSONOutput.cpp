@@ -1,4 +1,5 @@
 #include "Terminal/CaptionOutput.h"
+#include "Terminal/CommandOutput.h"
 #include "Terminal/PrintedRows.h"
 
 #include <nlohmann/json.hpp>
@@ -127,8 +128,7 @@ class Printer {
     }
 
     void print(const Json& object) const {
-        const std::string line = object.dump(-1, ' ', false, Json::error_handler_t::replace);
-        std::fprintf(out_, "%s\n", line.c_str());
+        std::fprintf(out_, "%s\n", jsonLine(object).c_str());
         std::fflush(out_);
     }
 

@@ -1,3 +1,4 @@
+#include "TessaruneCore/text/TextColumns.h"
 #include "tests/terminal/PrintedCaptions.h"
 
 #include <gtest/gtest.h>
@@ -20,6 +21,7 @@ class JSONOutputTests : public ::testing::Test, public testing::PrintedCaptions 
         std::vector<Json> found;
         std::istringstream text(out.take());
         for (std::string line; std::getline(text, line);) {
+            EXPECT_EQ(Text::printable(line), line) << "no orders to a terminal";
             Json object = Json::parse(line);
             if (object["type"] == type)
                 found.push_back(std::move(object));
@@ -54,12 +56,13 @@ TEST_F(JSONOutputTests, EachOutcomeOfAUnitIsOneObject) {
 }
 
 TEST_F(JSONOutputTests, PreviewsComeWithTheirSourceAndAreTakenAway) {
-    preview = {"Je crois", "I think"};
+    const std::string orders = "Je crois\u009b2J\u202e\177";
+    preview = {orders, "I think"};
     update();
     update();
     const auto shown = take("preview");
     ASSERT_EQ(shown.size(), 1u);
-    EXPECT_EQ(shown[0]["text"], "Je crois");
+    EXPECT_EQ(shown[0]["text"], orders);
     EXPECT_EQ(shown[0]["source"], "I think");
     EXPECT_EQ(shown[0]["target"], "fr");
     preview = {};
