@@ -5,6 +5,7 @@
 #include "TessaruneCore/host/OneShot.h"
 #include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
+#include "TessaruneCore/text/TextColumns.h"
 
 #include <poll.h>
 #include <unistd.h>
@@ -47,7 +48,9 @@ bool userCanAnswer() {
 }
 
 Task<Answer> ask(Host& host, std::string question, Answer byDefault) {
-    std::fputs((question + (byDefault == Answer::yes ? " [Y/n] " : " [y/N] ")).c_str(), stderr);
+    std::fputs(
+        (Text::printable(question) + (byDefault == Answer::yes ? " [Y/n] " : " [y/N] ")).c_str(),
+        stderr);
     std::stop_source stop;
     OneShot<Answer> answered(Executor::main(host));
     const auto reading = host.serialQueue("tessarune.question", QueuePriority::utility);

@@ -89,11 +89,9 @@ Task<int> changeSettings(Program& program, SetCommand command) {
         }
     }
     if (const auto aside = program.renewSettingsFile(); !aside.empty())
-        std::fprintf(stderr, "%s\n",
-                     localized("The settings file could not be read. It is kept as %@; a new one "
-                               "was begun, with recordWhileCaptioning=false.",
-                               {aside.string()})
-                         .c_str());
+        printNotice(localized("The settings file could not be read. It is kept as %@; a new one "
+                              "was begun, with recordWhileCaptioning=false.",
+                              {aside.string()}));
     for (const auto& [key, text] : command.values)
         program.settings.find(key)->setText(text);
     if (program.storedDefaults.problem().empty())
