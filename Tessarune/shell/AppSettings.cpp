@@ -123,7 +123,7 @@ AppSettings::AppSettings(UserDefaults& store)
       SETTING(perfSampleIntervalSeconds, diagnostics,
               localizationKey("How often a diagnostics run measures memory and processor."), 2.0,
               secondsCodec(0, 3600)),
-      SETTING(historyPlaybackDiagnosticsEnabled, application,
+      SETTING(historyPlaybackDiagnosticsEnabled, diagnostics,
               localizationKey("Logs how recordings are played back."), false, boolCodec()),
       SETTING(subtitleLayoutMode, stage,
               localizationKey("How source and translation are arranged."),

@@ -114,6 +114,7 @@ TEST_F(AppSettingsTests, KeysAreUniqueAndAssignmentsNotify) {
     }
     EXPECT_EQ(keys.size(), settings.all().size());
     EXPECT_TRUE(keys.contains("shortcutToggleRecordKeyCode"));
+    EXPECT_FALSE(isForWindowAlone(settings.historyPlaybackDiagnosticsEnabled.info().group));
 
     std::vector<double> seen;
     settings.freezeStableSeconds.published().onDidChange(
