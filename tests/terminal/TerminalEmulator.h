@@ -1,7 +1,5 @@
 #pragma once
 
-#include "TessaruneCore/text/Text.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -10,8 +8,9 @@
 
 namespace tessarune::testing {
 
-/// The part of a terminal that the screen output uses. Lines that scroll off the top cannot change
-/// any more, as on a real one: a line that is rewritten too late appears twice.
+/// The part of a terminal that the screen output uses. As on a real terminal, lines that have
+/// scrolled off the top cannot change any more, and erasing the end of the screen does not bring
+/// them back. Thus a line that is rewritten too late appears twice.
 class TerminalEmulator {
   public:
     explicit TerminalEmulator(std::size_t rows) : rows_(rows) {}
@@ -56,9 +55,8 @@ class TerminalEmulator {
             lines_.resize(line_ + 1);
             lines_[line_].resize(column_);
         } else if (command == 'A') {
-            const std::size_t top = lines_.size() > rows_ ? lines_.size() - rows_ : 0;
             const std::size_t count = std::stoul(parameters);
-            line_ = std::max(top, line_ - std::min(line_, count));
+            line_ = std::max(top_, line_ - std::min(line_, count));
         } else {
             EXPECT_EQ(parameters + command,
                       parameters[1] == '2' && command == 'h' ? "?25h" : "?25l");
@@ -68,10 +66,12 @@ class TerminalEmulator {
         column_ = 0;
         if (++line_ == lines_.size())
             lines_.emplace_back();
+        top_ = std::max(top_, lines_.size() - std::min(lines_.size(), rows_));
     }
 
     std::size_t rows_;
     std::vector<std::string> lines_{""};
+    std::size_t top_ = 0; ///< the first line on the screen; never decreases
     std::size_t line_ = 0;
     std::size_t column_ = 0;
     bool isDim_ = false;
