@@ -35,10 +35,6 @@ class OverridingUserDefaults final : public UserDefaults {
         else
             behind_.set(key, std::move(value));
     }
-    void remove(std::string_view key) override {
-        if (!overrides_.contains(key))
-            behind_.remove(key);
-    }
     bool isUnreadable(std::string_view key) const override {
         return !overrides_.contains(key) && behind_.isUnreadable(key);
     }

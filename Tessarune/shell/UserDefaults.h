@@ -23,7 +23,6 @@ class UserDefaults {
     virtual std::optional<SettingValue> value(std::string_view key) const = 0;
     /// Stores at once. If that fails, logs the failure and keeps the value until the process ends.
     virtual void set(std::string_view key, SettingValue value) = 0;
-    virtual void remove(std::string_view key) = 0;
 
     /// Whether something unreadable may be stored under the key: its value has an unknown type, or
     /// the entire store is unreadable.

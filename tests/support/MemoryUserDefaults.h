@@ -16,10 +16,6 @@ class MemoryUserDefaults : public UserDefaults {
     void set(std::string_view key, SettingValue value) override {
         values_.insert_or_assign(std::string(key), std::move(value));
     }
-    void remove(std::string_view key) override {
-        if (const auto found = values_.find(key); found != values_.end())
-            values_.erase(found);
-    }
 
   private:
     std::map<std::string, SettingValue, std::less<>> values_;

@@ -102,15 +102,14 @@ void JSONUserDefaults::store() {
     }
 }
 
-template <typename Change>
-void JSONUserDefaults::change(Change apply) {
+void JSONUserDefaults::set(std::string_view key, SettingValue value) {
     // Keeps other programs from writing between the read and the write.
     const auto lock = FileLock::waitForFolder(file_.parent_path(), longestWaitSeconds);
     const std::string before = problem_;
     // After a failed write the memory is newer than the file.
     if (problem_.empty() || isFileUnreadable_)
         load();
-    apply(content_->object);
+    std::visit([&](auto& plain) { content_->object[std::string(key)] = std::move(plain); }, value);
     store();
     if (problem_ != before && onProblem)
         onProblem();
@@ -151,16 +150,6 @@ std::filesystem::path JSONUserDefaults::keepAside() {
     isFileUnreadable_ = false;
     problem_.clear();
     return aside;
-}
-
-void JSONUserDefaults::set(std::string_view key, SettingValue value) {
-    change([&](Json& object) {
-        std::visit([&](auto& plain) { object[std::string(key)] = std::move(plain); }, value);
-    });
-}
-
-void JSONUserDefaults::remove(std::string_view key) {
-    change([&](Json& object) { object.erase(std::string(key)); });
 }
 
 } // namespace tessarune

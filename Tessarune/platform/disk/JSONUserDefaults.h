@@ -28,7 +28,6 @@ class JSONUserDefaults final : public UserDefaults {
 
     std::optional<SettingValue> value(std::string_view key) const override;
     void set(std::string_view key, SettingValue value) override;
-    void remove(std::string_view key) override;
     bool isUnreadable(std::string_view key) const override;
     void observe(std::function<void()> onChange) override { onChange_ = std::move(onChange); }
 
@@ -45,8 +44,6 @@ class JSONUserDefaults final : public UserDefaults {
     struct Content;
     void load();
     void store();
-    template <typename Change>
-    void change(Change apply);
     void handleChange();
 
     FileSystem& files_;
