@@ -9,7 +9,6 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <system_error>
 #include <utility>
 
 namespace tessarune {

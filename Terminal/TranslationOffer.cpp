@@ -1,7 +1,6 @@
 #include "Terminal/TranslationOffer.h"
 
 #include "Terminal/CommandOutput.h"
-#include "Terminal/DownloadProgress.h"
 #include "Terminal/ExitStatus.h"
 #include "Terminal/LanguageCommands.h"
 #include "Terminal/Question.h"

@@ -5,7 +5,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <functional>
 #include <string>
 
 namespace tessarune {

@@ -10,13 +10,11 @@
 #include "Tessarune/diagnostics/RunVerification.h"
 #include "Tessarune/platform/archive/TarArchive.h"
 #include "TessaruneCore/text/Localization.h"
-#include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/text/TextColumns.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <optional>
 #include <utility>
 #include <variant>
 #include <vector>

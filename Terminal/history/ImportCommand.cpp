@@ -13,7 +13,6 @@
 
 #include <optional>
 #include <system_error>
-#include <utility>
 
 namespace tessarune {
 

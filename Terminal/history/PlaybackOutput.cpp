@@ -5,7 +5,6 @@
 #include "Terminal/RewrittenLines.h"
 #include "Terminal/TerminalCursor.h"
 #include "Tessarune/history/DurationTextFormatter.h"
-#include "TessaruneCore/text/Localization.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/text/TextColumns.h"
 
@@ -14,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <memory>
 #include <utility>
 #include <vector>
 

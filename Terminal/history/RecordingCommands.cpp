@@ -10,7 +10,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include <optional>
 #include <utility>
 
 namespace tessarune {

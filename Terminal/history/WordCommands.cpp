@@ -5,7 +5,6 @@
 #include "Terminal/history/RecordingChoice.h"
 #include "Tessarune/vocabulary/VocabularyStore.h"
 #include "TessaruneCore/text/Localization.h"
-#include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/text/TextColumns.h"
 
 #include <nlohmann/json.hpp>

@@ -4,6 +4,9 @@
 #include "Tessarune/platform/model-store/ProgramPlaces.h"
 #include "TessaruneCore/text/Localization.h"
 
+#include <memory>
+#include <utility>
+
 namespace tessarune {
 
 DemoSound::DemoSound(Host& host) : host_(host), server_(private_.address()) {}

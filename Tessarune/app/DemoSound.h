@@ -4,9 +4,6 @@
 #include "Tessarune/platform/pulse/PulseSoundServer.h"
 #include "TessaruneCore/host/Task.h"
 
-#include <memory>
-#include <optional>
-
 namespace tessarune {
 
 /// Sound to caption on a computer without a sound server: a private server without hardware, and

@@ -44,7 +44,6 @@ class ListeningSession {
     ListeningSession(const ListeningSession&) = delete;
 
     LiveTranscriptStore& store() { return *store_; }
-    const LiveTranscriptStore& store() const { return *store_; }
     /// Starts a session. Returns true once it listens; false if the start failed
     /// (`view().startFailure`), if the session was stopped first, or if the previous session is
     /// still being saved.

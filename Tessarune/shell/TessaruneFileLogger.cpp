@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <ctime>
 #include <functional>
-#include <optional>
 #include <vector>
 
 namespace tessarune {
