@@ -22,7 +22,7 @@ Task<Answer> ask(Host& host, std::string question, Answer byDefault);
 
 /// Whether `to` may be written: it is new, or it is an ordinary file and either `replaces` is set
 /// or the user agrees to replace it. Returns ExitStatus::ok if so. Otherwise returns the status to
-/// exit with, and prints why unless the user has answered. Main queue.
+/// exit with, and prints why unless the user declines or presses Ctrl-C. Main queue.
 Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesystem::path to,
                                    bool replaces);
 

@@ -9,8 +9,9 @@
 
 namespace tessarune {
 
-/// Chooses a run's target language: the one on the command line, or else the one in the settings.
-/// `follow` applies later changes of the settings. Main queue; the application must outlive it.
+/// Chooses a run's target language: the one on the command line or, without it, that of the
+/// settings. `follow` applies later changes of the settings. Main queue; the application must
+/// outlive it.
 class RunTranslation {
   public:
     /// `wanted` is the target on the command line: a language; empty: no translation; absent: the

@@ -19,7 +19,8 @@ std::variant<HistoryItem, int> chosenRecording(Program& program, const std::stri
 std::optional<int> recorderOf(const Program& program, const HistoryItem& item);
 
 /// One line about a recording, which fits a screen: its ID, shortened unless `fullID`, its time,
-/// its length, and its note or else `text`, the beginning of its transcript.
+/// its length, and its note. Without a note, the line ends with the beginning of `text`, usually
+/// the transcript.
 std::string recordingRow(const HistoryItem& item, const std::string& text, bool fullID = false);
 
 /// Locks the data folder, so that only this process may change recordings. If that is impossible,
