@@ -40,9 +40,9 @@ class AudioExporter {
     Task<void> transcodeToM4A(std::filesystem::path from, std::filesystem::path to,
                               MediaProgress progress = {}, std::stop_token stop = {});
 
-    /// The longest beginning of a text that fits into a file name. Pure.
+    /// The beginning of a text, as much as fits into a file name. Pure.
     static std::string_view withinFileName(std::string_view text);
-    /// A file name made from the note, or from the start time if there is no note. Pure.
+    /// A file name made from the note, or from the start time if there is no note.
     static std::string suggestedFilename(double startedAt, std::string_view note,
                                          std::string_view ext);
 

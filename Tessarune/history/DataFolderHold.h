@@ -5,11 +5,11 @@
 
 namespace tessarune {
 
-/// While a copy of the hold exists, no other program writes the data folder. Any thread may drop a
-/// copy.
+/// While a copy of the hold exists, no other program changes recordings or their index. Any thread
+/// may drop a copy.
 using DataFolderHold = std::shared_ptr<const void>;
 
-/// Permission to write the data folder: without a hold, `problem` tells the user why there is none.
+/// Permission to change recordings: without a hold, `problem` tells the user why there is none.
 struct DataFolderLease {
     DataFolderHold hold;
     std::string problem;

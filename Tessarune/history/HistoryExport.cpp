@@ -229,8 +229,8 @@ HistoryWordTimeline HistoryExport::timeline(const HistoryItem& recording) {
     return {};
 }
 
-/// Whether this program encoded the file; the export is then a copy of it. The name of the file
-/// does not tell, because an import may have any format.
+/// Whether this program encoded the file; the export is then a copy of it. The file's name alone
+/// does not tell, because an import may be an M4A as well.
 bool HistoryExport::isOurM4A(const RecordingMetadata& recording) {
     return recording.audioFormat == M4A::audioFormat && recording.filePath.ends_with(".m4a");
 }

@@ -24,7 +24,7 @@ struct HistoryExportRequest {
     HistoryTranscriptExportContent content = HistoryTranscriptExportContent::bilingual;
 };
 
-/// Why there is nothing to export, or which step failed. The text can be shown.
+/// Thrown if there is nothing to export, or if the export fails. The text can be shown.
 class HistoryExportError : public std::runtime_error {
   public:
     enum class Kind { noTranscript, noTranslation, noTimes, failed };
@@ -44,15 +44,15 @@ class HistoryExport {
                   WriteTranscriptPDF pdf);
 
     /// Writes the file `to`, which appears complete or not at all, and replaces an existing file.
-    /// Throws HistoryExportError, or CancellationError when asked to stop. Only an audio export can
-    /// be stopped and reports progress, on the exporter's queue.
+    /// Throws HistoryExportError, or CancellationError when asked to stop. Only sound that must be
+    /// encoded can be stopped and reports progress, on the exporter's queue.
     Task<void> write(HistoryExportRequest request, std::filesystem::path to,
                      MediaProgress progress = {}, std::stop_token stop = {});
 
     /// The bytes of an export in any format except audio. Throws HistoryExportError.
     Task<std::string> document(HistoryExportRequest request);
 
-    /// The name that a save panel suggests, with its extension.
+    /// The name for an export without a chosen name, with its extension.
     static std::string suggestedFilename(const HistoryExportRequest& request);
     /// Without the dot, such as "pdf".
     static std::string_view fileExtension(HistoryExportFormat format);

@@ -8,11 +8,11 @@
 
 namespace tessarune::HistoryItemLoader {
 
-/// Compressed audio of at most this size contains no sound and is not listed.
+/// A compressed recording of at most this many bytes contains no sound and is not listed.
 inline constexpr std::int64_t emptyCompressedSize = 16384;
 
-/// The rows of the history list, newest first: the catalog's entries whose audio exists. Any
-/// thread.
+/// The rows of the history list, newest first: the catalog's entries whose audio exists, except
+/// recordings without sound. Any thread.
 std::vector<HistoryItem> load(RecordingCatalog& catalog, FileSystem& files);
 
 /// The row of any entry, even of one that `load` leaves out. Any thread.

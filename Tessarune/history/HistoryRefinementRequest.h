@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// Everything that is needed to transcribe a saved recording again, as it was when the session
-/// stopped or when the user asked for it.
+/// Everything that is needed to transcribe a saved recording, as it was when the request was made,
+/// for example when the session stopped.
 struct HistoryRefinementRequest {
     UUID recordingID;
     std::string audioPath;

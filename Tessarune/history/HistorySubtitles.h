@@ -19,9 +19,9 @@ struct SubtitleCue {
 
 /// Subtitles of a recording, from the times of its words. Pure.
 ///
-/// Cues do not overlap, last 1 to 7 seconds, and have at most two lines of each language with at
-/// most 42 columns each (see SubtitleText). Damaged or missing times may delay cues, but never
-/// change their order.
+/// Cues are in the order of time, do not overlap, last 1 to 7 seconds, and have at most two lines
+/// of each language with at most 42 columns each (see SubtitleText), even if times are damaged or
+/// missing.
 namespace HistorySubtitles {
 
 inline constexpr std::int64_t shortestCueMS = 1000;

@@ -22,7 +22,7 @@ struct HistoryWordTimeline {
     struct Word {
         std::string w; ///< as written in the text, punctuation included
         double t = 0;
-        std::optional<UUID> segmentID; ///< `nullopt` in timelines that were made from the file
+        std::optional<UUID> segmentID; ///< of its row; `nullopt` after a transcription of the file
 
         bool operator==(const Word&) const = default;
     };

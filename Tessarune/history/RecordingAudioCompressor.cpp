@@ -106,7 +106,7 @@ Task<bool> RecordingAudioCompressor::finishFollowed(RecordingMetadata recording,
     co_return isDone;
 }
 
-// Recordings of interrupted sessions
+// Recordings of earlier sessions
 
 void RecordingAudioCompressor::compressLeftovers(DataFolderHold hold) {
     std::vector<RecordingMetadata> waiting;
@@ -207,7 +207,8 @@ Task<RecordingMetadata> RecordingAudioCompressor::compressWAVToM4A(RecordingMeta
     co_return adopt(std::move(recording), deleteSource);
 }
 
-/// Makes the finished M4A the recording's audio. Throws if it is not an equivalent replacement.
+/// Makes the finished M4A the recording's audio. Throws if the M4A is not an equivalent replacement
+/// or the entry cannot be saved.
 RecordingMetadata RecordingAudioCompressor::adopt(RecordingMetadata recording, bool deleteSource) {
     const std::filesystem::path source(recording.filePath);
     const auto destination = destinationOf(source);

@@ -22,10 +22,10 @@ namespace tessarune {
 class WAVEncoding;
 
 /// Turns WAV recordings into M4As and makes the catalog's entries point to them. Main queue; the
-/// encoding happens on queues of its own. A failure leaves the WAV and its entry unchanged.
+/// encoding happens on queues of its own. After a failure the WAV is still there.
 ///
-/// During a recording the M4A grows beside the WAV, so that only the last seconds remain at the
-/// end. If that failed or never began, the entire WAV is encoded at the end.
+/// During a recording the M4A grows beside the WAV, so that only the last seconds remain to be
+/// encoded at the end. If that failed or never began, the entire WAV is encoded at the end.
 class RecordingAudioCompressor {
   public:
     class CompressionError : public std::runtime_error {
@@ -48,7 +48,7 @@ class RecordingAudioCompressor {
 
     /// Seconds between two steps that encode the growing recording.
     static constexpr double followSeconds = 5;
-    /// Seconds of sound of an interrupted session that are encoded each second. This takes a few
+    /// Seconds of sound of an earlier session that are encoded each second. This takes a few
     /// hundredths of a core, so that nothing else is slowed down.
     static constexpr double leftoverSecondsASecond = 10;
 
@@ -67,7 +67,7 @@ class RecordingAudioCompressor {
     /// Starts to encode the recording while it grows, and marks it for compression: if the program
     /// ends first, a later launch encodes it.
     void follow(const RecordingMetadata& recording);
-    /// Stops following the recording, which stays unchanged or is deleted.
+    /// Stops following the recording and removes the M4A that `follow` began.
     void forget();
     /// Compresses the recordings that earlier sessions left uncompressed, one by one and slowly.
     /// Keeps `hold` until the last one is done.

@@ -140,9 +140,8 @@ bool RecordingCatalog::isAside(const std::string& name) const {
     return name.starts_with(paths_.recordingIndex().filename().string() + std::string(asideMark));
 }
 
-/// Copies an index that cannot be decoded to a file beside it, and returns the path; empty if there
-/// was nothing to copy.
-/// Throws if no copy could be made.
+/// Copies an index that cannot be decoded to a file beside it. Returns the copy's path; empty if
+/// there was nothing to copy. Throws if no copy could be made.
 std::filesystem::path RecordingCatalog::keepAside(const std::string& bytes) {
     if (Text::trimmed(bytes).empty())
         return {};

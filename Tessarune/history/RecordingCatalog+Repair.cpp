@@ -64,8 +64,8 @@ bool RecordingCatalog::isSurelyMissing(const std::filesystem::path& path) {
     }
 }
 
-/// Whether the folder of the recordings is empty or cannot be listed. If several recordings lack
-/// their sound as well, the disk of the folder is probably not mounted.
+/// Whether the folder of the recordings is empty or cannot be listed. If all of several recordings
+/// lack their sound as well, the disk of the folder is probably not mounted.
 bool RecordingCatalog::hasNoSound() {
     try {
         return files_.list(paths_.recordings()).empty();

@@ -123,7 +123,8 @@ void RecordingCatalog::replaceTogether(const std::vector<NewSidecar>& sidecars) 
             }
         }
     } catch (...) {
-        // A renaming that reports a failure may have replaced the text nevertheless.
+        // If the text was replaced, even by a renaming that reported a failure, the other new files
+        // stay, and the next launch moves them into place.
         if (!isComplete || files_.exists(replacementOf(sidecars.front().path))) {
             for (const auto& sidecar : sidecars)
                 removeQuietly(replacementOf(sidecar.path));
@@ -132,8 +133,8 @@ void RecordingCatalog::replaceTogether(const std::vector<NewSidecar>& sidecars) 
     }
 }
 
-/// The entry beside the transcripts only serves to rebuild a lost index, so a failure is only
-/// logged.
+/// A failure is logged and has no other effect, because the entry beside the transcripts is only a
+/// copy for later repairs.
 void RecordingCatalog::writeEntry(const RecordingIndex& index, const UUID& id) {
     if (const auto entry = index.encodedEntry(id))
         saveSidecar({"entry", "recording.entry.saveFailed"}, id, entryURL(id),
@@ -255,7 +256,8 @@ RecordingCatalog::saveGuarded(SidecarKind kind, std::string_view what, const UUI
     queue_->sync([&] {
         const bool succeeded = saveSidecar(kind, id, paths_.transcripts(), [&] {
             LoadedIndex loaded = loadIndex();
-            // If the index cannot be read now, the recording may exist: its transcripts stay.
+            // While the index cannot be read, it is unknown whether the recording still exists. The
+            // save then fails, and the former transcripts stay.
             if (loaded.failure)
                 std::rethrow_exception(loaded.failure);
             if (loaded.state != IndexState::good)
@@ -314,8 +316,9 @@ RecordingCatalog::saveTranscriptsAgain(std::string_view sourceText, std::string_
         });
 }
 
-/// Calls `save` unless the recording was deleted or refined. `isFormerText` returns whether a
-/// stored text comes from the session, not from a refinement.
+/// Calls `save` if the recording is listed and was not refined. `isFormerText` returns whether a
+/// stored text comes from the session, not from a refinement. Without a readable index, the outcome
+/// is `failed`.
 RecordingCatalog::TranscriptUpdate
 RecordingCatalog::update(const UUID& id,
                          const std::function<bool(const std::string&)>& isFormerText,

@@ -25,28 +25,29 @@ namespace tessarune {
 class RecordingIndex;
 
 namespace NotificationName {
-/// After a change of the index that was saved. No object.
+/// After the index was saved, by this process or, as far as it notices, by another one. No object.
 inline constexpr std::string_view recordingCatalogDidChange = "recordingCatalogDidChange";
 /// After a recording's transcripts were saved. The object is the recording's UUID.
 inline constexpr std::string_view recordingTranscriptDidUpdate = "recordingTranscriptDidUpdate";
 } // namespace NotificationName
 
-/// The durable record of every session that produced sound: the index "recordings.json", the audio
+/// The durable record of all recorded sessions and imports: the index "recordings.json", the audio
 /// in "Recordings", and the sidecars in "Transcripts", whose names begin with the recording's UUID.
 /// docs/data-directory.md has the formats.
 ///
-/// Any thread may call. Changes of the index and the guarded saves run one by one on the queue
-/// "Tessarune.RecordingCatalog.index", and the caller blocks; plain saves of sidecars and all
-/// reading happen on the calling thread and rely on files being replaced atomically. Notifications
-/// are posted on the calling thread afterwards. Only one process at a time may write a data folder:
-/// the owner of the DataFolderHold.
+/// Any thread may call. Except for the repairs at launch, changes of the index, replacements of
+/// transcripts and changes of marks run one by one on the queue "Tessarune.RecordingCatalog.index",
+/// and the caller blocks. The functions that save one sidecar, and all functions that read files,
+/// work on the calling thread and rely on files being replaced atomically. Notifications are posted
+/// on the calling thread afterwards. Only one process at a time may write the recordings: the owner
+/// of the DataFolderHold.
 ///
-/// Unknown content is kept: unknown keys of an entry and elements that are not entries stay in the
-/// index unchanged, and an unreadable index is copied aside, as
-/// "recordings.json.unreadable-<stamp>", before anything replaces it.
+/// Unknown content is kept until `deleteAll`: unknown keys of an entry and elements that are not
+/// entries stay in the index unchanged, and an unreadable index is kept aside, as
+/// "recordings.json.unreadable-<stamp>", before another one takes its place.
 ///
-/// Failures never throw, except from `prepareDirectories`; they are logged and reported by the
-/// operation's result.
+/// Failures never throw, except from `prepareDirectories`. Results report changes that failed;
+/// content that cannot be read is missing from the results.
 class RecordingCatalog {
   public:
     /// All references must outlive the catalog.
@@ -58,27 +59,28 @@ class RecordingCatalog {
 
     const TessarunePaths& paths() const { return paths_; }
 
-    /// Creates the folders for audio and diagnostics. Throws std::system_error.
+    /// Creates the folders for audio and diagnostics. Throws std::system_error without a folder for
+    /// audio.
     void prepareDirectories();
 
     /// The part of this catalog that the recorder uses; the catalog must outlive it.
     AudioSessionRecorder::Catalog forRecorder();
 
-    // Index. The Booleans say whether the change was saved.
+    // Index. Changes return whether the index was saved.
 
-    /// The entries on the disk, newest first. Empty if the index is unreadable.
+    /// The entries on the disk, newest first. Empty if the index is missing or unreadable.
     std::vector<RecordingMetadata> recordings();
     std::optional<RecordingMetadata> recording(const UUID& id);
     /// Why recordings cannot be listed, for the user; empty if they can, even if there are none
     /// yet.
     std::string readingProblem();
-    /// Whether the index on the disk differs from what this process last wrote, judged by its
+    /// Whether the index on the disk may differ from what this process last wrote, judged by its
     /// modification time.
     bool wasIndexChangedElsewhere();
 
     /// Replaces the entry of the same id or adds one. Keeps the stored note and the stored mark for
-    /// compression if `recording` has none. False for a recording that was deleted: a late write
-    /// does not restore it.
+    /// compression if `recording` has none. False for a recording that this process deleted: a late
+    /// write does not restore it.
     bool upsert(const RecordingMetadata& recording);
     enum class Runs { areRemoved, stay };
     /// Removes a recording with all its audio, sidecars, diagnostics runs and log lines. When a
@@ -102,8 +104,8 @@ class RecordingCatalog {
     bool saveWordTimeline(const std::optional<HistoryWordTimeline>& timeline, const UUID& id);
 
     /// The next two functions replace the transcripts of a recording that still exists, all of them
-    /// or none. No deletion can run at the same time. `saveRefinedSourceTranscript` keeps the
-    /// bilingual text.
+    /// or none; the next launch completes an interrupted replacement. No deletion can run at the
+    /// same time. `saveRefinedSourceTranscript` keeps the bilingual text.
     RecordingTranscriptSaveOutcome
     saveRefinedTranscript(std::string_view sourceText, std::string_view bilingualText,
                           const std::optional<HistoryWordTimeline>& wordTimeline, const UUID& id);
@@ -114,11 +116,11 @@ class RecordingCatalog {
 
     struct TranscriptUpdate {
         RecordingTranscriptSaveOutcome outcome = RecordingTranscriptSaveOutcome::failed;
-        bool sourceSaved = false;
+        bool sourceSaved = false; ///< and the word times, if they were to be saved
         bool bilingualSaved = false;
     };
-    /// Replaces the texts that a session saved with newer texts of the same source, if the
-    /// recording is listed and was not refined meanwhile, by this process or another one. No
+    /// Replaces the texts that a session saved with the same source text and newer translations, if
+    /// the recording is listed and was not refined meanwhile, by this process or another one. No
     /// deletion can run at the same time.
     TranscriptUpdate updateTranscripts(std::string_view sourceText, std::string_view bilingualText,
                                        const UUID& id);
@@ -156,13 +158,14 @@ class RecordingCatalog {
     std::filesystem::path transcriptionMarkURL(const UUID& id) const;
     /// The file of `setCompressionAttempts`, with one byte for each attempt.
     std::filesystem::path compressionMarkURL(const UUID& id) const;
-    /// A copy of the entry, from which a lost index is rebuilt.
+    /// A copy of the entry, from which a lost index is rebuilt and an outdated one completed.
     std::filesystem::path entryURL(const UUID& id) const;
-    /// Where a refined transcript or timeline is kept until it replaces the former one.
+    /// The suffix of a refined transcript or timeline that has not yet replaced the former one.
     static constexpr std::string_view replacementSuffix = ".refined";
     static std::filesystem::path replacementOf(const std::filesystem::path& sidecar);
 
-    /// Posts `recordingTranscriptDidUpdate`, after a session has saved its transcripts.
+    /// Posts `recordingTranscriptDidUpdate`. For a session that has saved its transcripts one by
+    /// one; the replacements above post it themselves.
     void announceTranscript(const UUID& id);
 
     // Diagnostics
@@ -176,19 +179,21 @@ class RecordingCatalog {
     // them all).
 
     struct IndexRebuild {
-        std::filesystem::path keptAside; ///< empty if there was no index at all
+        std::filesystem::path keptAside; ///< empty if the index was missing or empty
         std::size_t recordings = 0;      ///< entries found again
     };
     /// Rebuilds a lost or unreadable index from its readable parts and from the entries beside the
-    /// transcripts. `nullopt` if the index is fine.
+    /// transcripts. `nullopt` if there was nothing to rebuild, or if the rebuilding failed.
     std::optional<IndexRebuild> rebuildUnreadableIndex();
     /// Sets the end of each entry that has none, computed from its duration.
     void healStaleRecordings();
-    /// Removes entries whose audio is missing, unless its disk seems not to be mounted.
+    /// Removes entries whose audio is missing, unless the disk of the recordings seems not to be
+    /// mounted.
     void reconcileIndex();
-    /// Removes sidecars of recordings that the index does not know, and imported sound that a crash
-    /// kept out of the index; does nothing while an unreadable index is kept aside, because the
-    /// files may belong to it.
+    /// Lists finished recordings that an outdated index lacks, and removes sidecars of unknown
+    /// recordings and imported sound that a crash kept out of the index. Does nothing while the
+    /// index may be incomplete or an unreadable one is kept aside: the files may belong to
+    /// recordings that are missing from the index.
     void cleanupOrphanTranscripts();
 
   private:
@@ -213,7 +218,6 @@ class RecordingCatalog {
     std::filesystem::path moveAside();
     std::filesystem::path asidePath() const;
     bool isAside(const std::string& name) const;
-    /// Leaves out the entries of the recordings in `known`.
     std::vector<std::string> entriesBesideTranscripts(const std::set<UUID>& known = {});
     std::set<UUID> relistForgotten(std::set<UUID> known);
 
@@ -258,10 +262,10 @@ class RecordingCatalog {
     NotificationCenter& notifications_;
     std::shared_ptr<SerialQueue> queue_;
     std::atomic<double> indexWrittenAt_ = 0; ///< the index's modification time, set by writeIndex
-    // Kept until the process ends; used on the queue only
+    // By this process; used on the queue only
     std::set<UUID> deleted_;
     std::set<UUID> refined_;
-    std::set<UUID> toCompress_; // marked by this process
+    std::set<UUID> toCompress_; // marked for compression and not yet compressed
 };
 
 } // namespace tessarune

@@ -42,7 +42,7 @@ class RecordingIndex {
     void put(const RecordingMetadata& recording);
     bool removeIf(const std::function<bool(const RecordingMetadata&)>& matches);
 
-    /// Sorts newest first; equal entries keep their order.
+    /// Sorts the entries newest first; elements that are not entries go last.
     void sort();
 
     /// Pretty-printed, with sorted keys.

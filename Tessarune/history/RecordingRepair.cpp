@@ -76,10 +76,9 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
     return report;
 }
 
-/// Reports imports without a transcript, or without the translation that the end of the program
-/// interrupted. If the program ended unexpectedly while it transcribed or translated an import, the
-/// import may be the cause. If it has no text, it gets an empty one, so that only the user starts
-/// another attempt.
+/// Reports imports without a transcript, and those whose transcription or translation the end of
+/// the program interrupted. If the end was unexpected, the import may be its cause. An import
+/// without text then gets an empty one, so that only the user starts another attempt.
 void RecordingRepair::sortImports(Report& report) {
     using Mark = RecordingCatalog::TranscriptionMark;
     for (const RecordingMetadata& recording : catalog_.recordings()) {
@@ -152,8 +151,8 @@ WAVHeader RecordingRepair::repairedHeader(const RecordingMetadata& recording, st
     constexpr std::uint64_t largest = std::numeric_limits<std::uint32_t>::max();
     if (found && std::min(header.dataSize, largest) == found->dataSize)
         return header;
-    // A missing or incomplete header is replaced by ours. In a header of another layout only the
-    // size of the sound is corrected.
+    // In a complete header of another layout than ours, only the size of the sound is corrected.
+    // Any other header is replaced by ours.
     const auto file = size < WAVHeader::size ? files_.create(recording.filePath)
                                              : files_.openForAppending(recording.filePath);
     if (size < WAVHeader::size)

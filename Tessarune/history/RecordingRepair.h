@@ -34,7 +34,7 @@ class RecordingRepair {
     /// Runs all repairs in this order: the index, unfinished files, interrupted replacements of
     /// transcripts, sessions that a crash interrupted and their transcripts, WAVs that an M4A has
     /// replaced, entries without an end, entries without audio, sidecars without an entry. Never
-    /// throws; failures are logged and retried at the next launch.
+    /// throws; a failed repair is retried at the next launch.
     Report runAtLaunch();
 
   private:

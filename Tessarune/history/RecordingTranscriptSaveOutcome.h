@@ -7,7 +7,7 @@ namespace tessarune {
 /// The outcome of replacing a recording's transcripts.
 enum class RecordingTranscriptSaveOutcome {
     saved,
-    skippedDeleted, ///< the recording was deleted, and so were its new files
+    skippedDeleted, ///< the recording was deleted, so nothing was saved
     skippedRefined, ///< a refined text exists, which is better
     failed
 };

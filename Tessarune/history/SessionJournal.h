@@ -20,8 +20,8 @@ namespace tessarune {
 /// the transcripts from it (RecordingRepair, SessionJournalContent).
 ///
 /// Main queue; the writing is done on the queue "Tessarune.SessionJournal". A line survives a crash
-/// of the program once the queue has written it; it survives a loss of power some seconds later.
-/// Failures are logged once a session and never reach the caller.
+/// of the program once the queue has written it. A loss of power loses at most the lines of five
+/// seconds. Failures are logged once a session and never reach the caller.
 class SessionJournal {
   public:
     /// Begins the journal at `path`. The references must outlive it.
@@ -40,7 +40,8 @@ class SessionJournal {
     /// line of a row counts; if it has no word events, the earlier ones remain valid.
     void append(const CaptionSegment& row, std::span<const WordEvent> words = {});
 
-    /// Resumes on the main queue when all queued lines survive a loss of power.
+    /// Flushes all queued lines to the disk, so that they survive a loss of power. Resumes on the
+    /// main queue.
     Task<void> synchronize();
 
     /// Removes the file. Call it when the transcripts are saved. Waits for the queue.

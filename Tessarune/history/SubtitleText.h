@@ -41,7 +41,7 @@ class SubtitleText {
     struct Piece {
         std::size_t offset = 0;
         std::size_t before = 0;  ///< columns of all pieces before it
-        std::size_t columns = 0; ///< without trailing blanks
+        std::size_t columns = 0; ///< without surrounding blanks
     };
 
     void add(std::string_view piece);

@@ -14,8 +14,8 @@ namespace tessarune {
 
 namespace {
 
-/// Recordings outside these years come from a wrong clock and would make the list of periods
-/// endless.
+/// Recordings outside these years come from a wrong clock and would make the list of periods very
+/// long.
 constexpr double earliestUsage = 946684800; // 2000
 constexpr double latestUsage = 4102444800;  // 2100
 

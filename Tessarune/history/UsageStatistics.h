@@ -41,7 +41,8 @@ std::vector<Session> sessions(RecordingCatalog& catalog, FileSystem& files);
 
 /// All periods from the first session to the last, including empty ones, in order. The listening
 /// time of a session is divided at the borders of periods; the session and its words count where it
-/// began. A day has 23 or 25 hours when the clock changes.
+/// began. Sessions outside the years 2000 to 2099 do not count. A day has 23 or 25 hours when the
+/// clock changes.
 std::vector<UsagePeriod> periods(const std::vector<Session>& sessions, UsagePeriodKind kind);
 
 /// The message for the user if the words of some recordings were not counted; empty if all were.

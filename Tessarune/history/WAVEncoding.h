@@ -36,7 +36,7 @@ class WAVEncoding {
     /// Encodes the remainder of a closed WAV and gives the M4A its name. False after a failure, or
     /// when asked to stop.
     bool finish(const MediaProgress& progress = {}, const std::stop_token& stop = {});
-    /// Removes the output.
+    /// Removes the unfinished output.
     void abandon() { file_.reset(); }
 
   private:
@@ -51,7 +51,7 @@ class WAVEncoding {
     const std::filesystem::path wav_;
     const std::filesystem::path m4a_;
     WAVHeader header_;              // as it was at the beginning
-    std::unique_ptr<M4AFile> file_; // created with the first sound
+    std::unique_ptr<M4AFile> file_; // created once the WAV has a header
     std::uint64_t encoded_ = 0;     // bytes of sound
     std::string failure_;
 };

@@ -23,7 +23,7 @@ class TimeZone {
     }
 };
 
-/// "date hours:seconds:sessions:words …"
+/// One line per period: "date hours seconds sessions words".
 std::string listed(const std::vector<UsagePeriod>& periods) {
     std::string text;
     for (const auto& period : periods)
