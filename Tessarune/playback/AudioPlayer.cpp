@@ -35,7 +35,7 @@ AudioPlayer::AudioPlayer(Host& host, PlaybackParts parts)
 AudioPlayer::~AudioPlayer() {
     weakSelf_->player = nullptr;
     teardown();
-    queue_->sync([] {}); // the parts are not used afterwards
+    queue_->sync([] {}); // waits for `close`
 }
 
 void AudioPlayer::teardown() {
@@ -261,7 +261,7 @@ void AudioPlayer::take(const PlaybackProgress& progress) {
     publish(problem, progress.problem);
 }
 
-/// Playback has reached its limit: the end of the sentence, or of the recording.
+/// Playback has reached its limit, the end of the sentence or of the recording, or cannot continue.
 void AudioPlayer::finish(const PlaybackProgress& progress) {
     const double reached = boundedPlaybackEndTime_
                                ? std::min(progress.position, *boundedPlaybackEndTime_)

@@ -16,7 +16,7 @@ namespace tessarune {
 /// times the speed with unchanged pitch. Its state is published; views observe it and call the
 /// operations.
 ///
-/// Main queue. The host and the parts must outlive it.
+/// Main queue. The host and the sound server must outlive it.
 class AudioPlayer {
   public:
     static constexpr double slowestRate = 0.5;
@@ -36,11 +36,12 @@ class AudioPlayer {
     Published<double> duration;    ///< seconds; 0 if unknown
     Published<bool> isLoaded;
     Published<double> rate;
-    /// The sentence to which playback is limited; `nullopt` if there is no limit.
+    /// The sentence, or the first of several, to which playback is limited; `nullopt` if there is
+    /// no limit.
     Published<std::optional<std::size_t>> boundedPlaybackSentenceIndex;
     Published<bool> repeatsBoundedPlayback;
-    /// Why nothing is audible; empty if all is well. If `isPlaying` is still true, the sound
-    /// returns by itself once the problem is gone.
+    /// Why the sound has stopped or is about to stop; empty if all is well. As long as `isPlaying`
+    /// is true, the sound returns by itself if it can.
     Published<std::string> problem;
 
     /// Loads another recording, at its beginning. `startPlayback` and `seek` may be called before
@@ -54,13 +55,14 @@ class AudioPlayer {
     void startPlayback();
     void pausePlayback();
     void togglePlayback();
-    /// Moves to a position in seconds, clamped to the recording. Ends a playback that is limited to
-    /// a sentence, unless `preservingBoundedPlayback`.
+    /// Moves to a position in seconds, clamped to the recording. Removes the limit of the current
+    /// playback, unless `preservingBoundedPlayback`.
     void seek(double toTime, bool preservingBoundedPlayback = false);
     /// Clamped to the supported range.
     void setRate(double rate);
 
-    /// Plays a sentence from `start` and stops at `end`; an `end` of 0 means no limit.
+    /// Plays a sentence from `start` and stops at `end`; an `end` of 0 means the end of the
+    /// recording.
     void playBounded(std::size_t sentenceIndex, double start, double end);
     /// Continues from the current position and repeats the stretch from `start` to `end`;
     /// an `end` of 0 means the end of the recording.

@@ -20,14 +20,15 @@ struct Loudness {
     /// Reads the file to its end, or until a stop. Throws MediaFileError.
     static Loudness measured(MediaFile& file, const std::stop_token& stop);
     /// A quick estimate, which takes a few hundredths of a second. Reads a short file completely,
-    /// but only evenly spaced parts of a longer file. Sound that cannot be read does not count.
-    /// Throws MediaFileError if the file cannot seek. Leaves the file at an arbitrary position.
+    /// evenly spaced parts of a longer file, and the beginning of a file whose duration is unknown.
+    /// Sound that cannot be read does not count. Throws MediaFileError if a longer file cannot
+    /// seek. Leaves the file at an arbitrary position.
     static Loudness estimated(MediaFile& file);
 };
 
 /// Applies a gain to sound. Changes of the gain are gradual, so that they are not heard as steps,
-/// and peaks beyond full scale are compressed, not clipped. For one stream of sound; one thread at
-/// a time.
+/// and peaks near and beyond full scale are compressed, not clipped. For one stream of sound; one
+/// thread at a time.
 class LevelControl {
   public:
     static constexpr double changePerSecondDB = 6;

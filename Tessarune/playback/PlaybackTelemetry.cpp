@@ -7,7 +7,7 @@ namespace tessarune {
 
 namespace {
 
-/// The value in logs for a missing index.
+/// The index as the log contains it: -1 if there is none.
 std::int64_t loggedIndex(std::optional<std::size_t> index) {
     return index ? static_cast<std::int64_t>(*index) : -1;
 }

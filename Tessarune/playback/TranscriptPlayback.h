@@ -29,10 +29,11 @@ class TranscriptPlayback {
     Published<std::optional<std::size_t>> activeSentenceIndex;
     /// The word that is heard now, an index into `activeTokens`; `nullopt` before the first.
     Published<std::optional<std::size_t>> activeTokenIndex;
-    /// A sentence that the user chose. It stays highlighted until playback runs without a limit.
+    /// A sentence that the user chose. It stays highlighted until playback runs without a limit, or
+    /// until `show`.
     Published<std::optional<std::size_t>> manualHighlightedSentenceIndex;
 
-    /// The row to highlight: the chosen sentence, or else the one that is heard.
+    /// The sentence to highlight: the chosen one; without a choice, the one that is heard.
     std::optional<std::size_t> highlightedIndex() const;
     const std::vector<SentenceToken>& activeTokens() const { return activeTokens_; }
 
@@ -59,7 +60,7 @@ class TranscriptPlayback {
 
     AudioPlayer& player_;
     TranscriptRows rows_;
-    bool isLimitOutdated_ = false; ///< the limit was set for rows that `show` has replaced
+    bool isLimitOutdated_ = false; ///< a limit was set for rows that `show` has replaced
     std::vector<SentenceToken> activeTokens_;
     Published<double>::Token observer_;
 };

@@ -74,7 +74,7 @@ class TranscriptRows {
     std::vector<ParagraphInfo> paragraphInfos_;
     std::vector<BilingualBlockInfo> bilingualBlockInfos_;
     HistoryWordTimeline timeline_; ///< has sentences if it has words
-    /// The first word of each run of words that belong to the same committed row.
+    /// The index of the first word of each committed row.
     std::unordered_map<UUID, std::size_t> firstWords_;
 };
 
