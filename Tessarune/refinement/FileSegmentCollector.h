@@ -23,7 +23,7 @@ class FileSegmentCollector {
 
     struct Collected {
         std::vector<Segment> segments;
-        bool usedVolatileFallback = false; ///< the sentences are volatile: no result was final
+        bool usedVolatileFallback = false; ///< volatile sentences, because there are no final ones
     };
     /// All sentences, without repeated ones.
     Collected collected() const;

@@ -20,8 +20,8 @@ constexpr std::size_t bytesPerRead = std::size_t{4} << 20U;
 constexpr std::uint64_t reservedBytes = std::uint64_t{16} << 20U;
 constexpr const char* defaultExtension = "m4a";
 
-/// The extension without its dot. An unusual extension is replaced by the default, and so is
-/// "part", which marks unfinished files.
+/// The extension without its dot. A missing or unusual extension is replaced by the default, and so
+/// is "part", which marks unfinished files.
 std::string extensionOf(const std::filesystem::path& source) {
     std::string extension = source.extension().string();
     if (extension.starts_with('.'))
@@ -39,7 +39,7 @@ std::string extensionOf(const std::filesystem::path& source) {
 HistoryImportCoordinator::HistoryImportCoordinator(Environment environment)
     : environment_(std::move(environment)),
       queue_(environment_.host.serialQueue("Tessarune.HistoryImport", QueuePriority::utility)) {
-    // Posted for every saved transcript.
+    // Posted when the import has its text; its job may still translate it.
     transcripts_ = environment_.notifications.observe(
         NotificationName::recordingTranscriptDidUpdate,
         [this, alive = std::weak_ptr<bool>(alive_)](const NotificationObject& object) {

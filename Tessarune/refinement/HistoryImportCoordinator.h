@@ -48,12 +48,12 @@ class HistoryImportCoordinator {
     };
 
     explicit HistoryImportCoordinator(Environment environment);
-    /// Cancels a running copy.
+    /// Cancels a running copy and waits for its end.
     ~HistoryImportCoordinator();
     HistoryImportCoordinator(const HistoryImportCoordinator&) = delete;
 
-    /// Imports the files that a user chose, one by one; their transcripts come later. Selects each
-    /// imported recording. Returns the files that failed.
+    /// Imports the files that a user chose, one by one; their transcripts come later. Asks the
+    /// history to select each imported recording. Returns the files that failed.
     Task<std::vector<Problem>> importAudio(std::vector<std::filesystem::path> files,
                                            std::stop_token stop = {});
 

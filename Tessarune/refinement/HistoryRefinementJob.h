@@ -11,11 +11,11 @@
 
 namespace tessarune {
 
-/// Thrown if the recording was deleted during the refinement.
+/// Thrown if the recording was deleted.
 struct RecordingDeleted : std::exception {};
 
 /// A request and its state on the way through the service. Main queue; the worker also uses
-/// `result`, but only while the job's task waits for it.
+/// `request` and `result`, but only while the job's task waits for it.
 struct HistoryRefinementService::Job {
     using Observer = HistoryRefinementObserver;
 

@@ -26,8 +26,8 @@ struct HistoryRefinementOutcome {
         none,
         nothingUnderstood, ///< the recogniser found no text
         sound,             ///< the file is missing, damaged or incomplete
-        recogniser,        ///< it cannot be loaded, takes no files, or failed
-        disk ///< the text could not be saved, or another program writes the data folder
+        recogniser,        ///< it cannot be loaded, takes no files, or failed; any other failure
+        disk               ///< the text could not be saved, or the data folder was not available
     };
     enum class Translation {
         none, ///< not wanted, or not possible

@@ -48,7 +48,7 @@ class HistoryRefinementService {
         /// Makes the observer of a job; may return null.
         std::function<std::shared_ptr<HistoryRefinementObserver>(const HistoryRefinementRequest&)>
             observe = nullptr;
-        /// Returns free memory to the operating system; any thread.
+        /// Returns free memory to the operating system. Called after each job.
         std::function<void()> returnMemory = [] {};
         /// Called for each job, which keeps the lease while it waits and runs. A job without a hold
         /// calls it again when it begins, and fails if it still gets none.
@@ -84,7 +84,7 @@ class HistoryRefinementService {
     Task<HistoryRefinementOutcome> refine(HistoryRefinementRequest request, std::string model,
                                           std::stop_token stop = {});
 
-    /// Cancels the queued or running job of this recording; its transcript stays.
+    /// Cancels the queued and running jobs of this recording; its transcript stays.
     void cancel(const UUID& recording);
 
     /// Cancels all jobs and waits until none is running, for at most five seconds. For the end of
@@ -99,8 +99,9 @@ class HistoryRefinementService {
 
     /// The recordings that are queued or being refined.
     const Published<Jobs>& jobs() const { return jobs_; }
-    /// For each recording whose last refinement since the start of the program failed, the reason.
-    /// A new request for the recording removes its entry.
+    /// For each recording whose last job since the start of the program failed, the reason. A
+    /// recording in which no speech was found, and which had no text before, has no entry. A new
+    /// job of the recording removes its entry.
     const Published<Failures>& failures() const { return failures_; }
 
   private:

@@ -12,7 +12,7 @@ namespace tessarune {
 
 // The diagnostic records of a file transcription.
 
-/// The beginning of a text as diagnostic records contain it: 120 characters at most.
+/// A text as diagnostic records contain it: at most 120 characters, and "…" if there are more.
 std::string recordTextPreview(std::string_view text);
 
 /// One result of the recogniser.

@@ -31,9 +31,9 @@ class SpeechAnalyzerFileTranscriberError : public std::runtime_error {
     Kind kind_;
 };
 
-/// Transcribes a file with the recogniser in file mode, in blocks, so that memory does not grow
-/// with the file. Reading and decoding happen on `reader`, the recogniser's work on a queue of its
-/// own. Main queue; all references must outlive the transcriptions.
+/// Transcribes a file with the recogniser in file mode, in blocks, so that only a little sound is
+/// in memory. Reading and decoding happen on `reader`, the recogniser's work on a queue of its own.
+/// Main queue; all references must outlive the transcriptions.
 class SpeechAnalyzerFileTranscriber {
   public:
     /// Seconds of sound per block.
@@ -51,7 +51,7 @@ class SpeechAnalyzerFileTranscriber {
         std::string model; ///< "automatic", or the name of a model
         /// Awaited before each block. It may delay the block, or end the transcription by throwing.
         std::function<Task<void>()> beforeBlock;
-        /// The seconds heard so far, and the file's own duration.
+        /// Called after each block with the seconds heard so far and the file's own duration.
         std::function<void(double heardSeconds, std::optional<double> duration)> progress;
         std::stop_token stop;
     };
@@ -64,8 +64,9 @@ class SpeechAnalyzerFileTranscriber {
 
     explicit SpeechAnalyzerFileTranscriber(Environment environment);
 
-    /// Throws MediaFileError for a file that cannot be opened, SpeechAnalyzerFileTranscriberError,
-    /// CancellationError, and what the recogniser throws.
+    /// Throws MediaFileError for a file that cannot be opened or breaks off before its first text,
+    /// AudioConversionError, SpeechAnalyzerFileTranscriberError, CancellationError, and what
+    /// `beforeBlock` and the recogniser throw.
     Task<Transcription> transcribe(std::string audioPath, std::string localeIdentifier,
                                    Control control,
                                    SpeechAnalyzerFileTranscriberDiagnostics diagnostics = {});

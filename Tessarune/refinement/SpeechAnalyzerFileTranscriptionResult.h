@@ -38,7 +38,8 @@ struct SpeechAnalyzerFileTranscriptionResult {
     /// The sentences, one per line.
     std::string sourceText() const;
 
-    /// The time of the first word; `nullopt` without a word.
+    /// The earliest time of a word, or of a sentence without word times; `nullopt` without
+    /// sentences.
     std::optional<double> firstSoundSeconds() const;
 
     /// The result with times that count from the start of the recording. Recognisers may report

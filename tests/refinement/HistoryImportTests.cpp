@@ -11,8 +11,7 @@ using Problems = std::vector<HistoryImportCoordinator::Problem>;
 
 namespace {
 
-/// Files for import into the history of a simulated computer; a file that begins with "sound" is a
-/// sound file.
+/// A simulated computer with files to import; those that begin with "sound" are sound files.
 class Importing : public RefinedRecording {
   public:
     Importing() {
