@@ -11,8 +11,8 @@
 namespace tessarune {
 
 /// Thrown if the index cannot be used. If `isDamaged`, it is damaged or of another version and must
-/// be rebuilt; otherwise it is only temporarily unavailable (a full disk, another program that
-/// writes) and is kept.
+/// be rebuilt. Otherwise it is kept, because the reason may be temporary (a full disk, another
+/// program that writes).
 struct SearchIndexFailed : std::runtime_error {
     SearchIndexFailed(const std::string& what, bool isDamage)
         : std::runtime_error(what), isDamaged(isDamage) {}
@@ -28,7 +28,7 @@ struct IndexedTexts {
 };
 
 /// Interface: an index of the texts of all recordings, which can be rebuilt from the transcripts.
-/// One thread at a time. All functions throw `SearchIndexFailed`.
+/// One thread at a time. All functions may throw `SearchIndexFailed`.
 class SearchIndex {
   public:
     virtual ~SearchIndex() = default;

@@ -17,8 +17,8 @@ using OpenSearchIndex =
     std::function<std::unique_ptr<SearchIndex>(const std::filesystem::path& path)>;
 
 /// Keeps the index up to date with the transcripts, which are authoritative: adds, updates and
-/// removes texts, and silently rebuilds a damaged index. If the index cannot be used, `find`
-/// searches the transcripts themselves. One thread; never throws.
+/// removes texts, and rebuilds a damaged index by itself. If the index cannot be used, `find`
+/// searches the transcripts themselves. Failures are logged, never thrown. One thread.
 class SearchIndexKeeper {
   public:
     /// `files`, `catalog` and `logger` must outlive this.
@@ -39,7 +39,7 @@ class SearchIndexKeeper {
     bool eraseSome();
 
     struct State {
-        std::size_t done = 0;       ///< recordings read since the last check, readable or not
+        std::size_t done = 0;       ///< of `all`: read, unreadable, or given up by a failure
         std::size_t all = 0;        ///< recordings that the last check found outdated
         std::size_t unreadable = 0; ///< of `done`; the index keeps their old texts, if any
         bool isComplete() const { return done == all; }

@@ -12,9 +12,9 @@ namespace tessarune {
 /// A parsed search text. A plain value; its functions are pure.
 ///
 /// Each word must occur, in any order. The words in quotation marks must occur as one sequence, and
-/// so must the parts of a word such as "e-mail" and the characters of Chinese text. The last word,
-/// which is still being typed, also matches the beginning of a longer word if it has at least two
-/// letters.
+/// so must the parts of a word such as "e-mail" and the characters of Chinese text. A last word
+/// without a blank or quotation mark behind it is still being typed: if it has at least two
+/// letters, it also matches the beginning of a longer word.
 struct SearchQuery {
     struct Phrase {
         std::vector<std::string> tokens;

@@ -31,7 +31,7 @@ std::map<UUID, std::string> TranscriptFiles::stamps() {
     return found;
 }
 
-/// The stamp of one file; empty if it has vanished meanwhile.
+/// The stamp of one file; empty if the file has vanished meanwhile.
 std::string TranscriptFiles::stamp(const std::filesystem::path& path) {
     try {
         return path.extension().string() + std::to_string(files_.size(path)) + "@" +

@@ -23,8 +23,8 @@ class TranscriptFiles {
         std::string translation; ///< one line per translation, without the source
     };
 
-    /// The recordings that have text, each with a stamp that changes when its files are replaced.
-    /// Throws `std::system_error`.
+    /// The recordings that have transcripts, each with a stamp: the lengths and modification times
+    /// of its files. Throws `std::system_error`.
     std::map<UUID, std::string> stamps();
     /// `nullopt` if the files cannot be read; empty texts if they do not exist.
     std::optional<Texts> texts(const UUID& id);

@@ -37,7 +37,8 @@ class TranscriptSearch {
 
     struct Found {
         std::vector<UUID> recordings; ///< in any order
-        /// False while recordings are still being read, for some seconds after the first search.
+        /// False while recordings are still being read, for example for some seconds after the
+        /// first search.
         bool isComplete = true;
         std::size_t unreadable = 0; ///< recordings whose texts could not be read
         /// A later search replaced this one while it was queued; `recordings` is empty.
@@ -55,8 +56,8 @@ class TranscriptSearch {
     /// run.
     Task<void> eraseTraces();
 
-    /// For each recording, the surroundings of the first match in its source or else in its
-    /// translation.
+    /// For each recording, the surroundings of the first match in its source; if the source has
+    /// none, in its translation.
     Task<std::vector<std::optional<SearchExcerpt>>> excerpts(SearchQuery query,
                                                              std::vector<UUID> recordings);
 

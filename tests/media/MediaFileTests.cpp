@@ -143,7 +143,7 @@ TEST_F(MediaFileTests, WhatCannotBePlayedIsNamedAndSaid) {
         std::vector<Kind> kinds;
     } cases[] = {
         {folder / "missing.wav", {Kind::cannotOpen}},
-        {folder / "pipe", {Kind::notMedia}}, // which nobody could be asked to stop waiting for
+        {folder / "pipe", {Kind::notMedia}}, // nothing could end the wait for its data
         {folder.path(), {Kind::cannotOpen}},
         {write("empty.wav", ""), {Kind::notMedia, Kind::cannotOpen, Kind::damaged}},
         {write("garbage.mp4", garbage),

@@ -35,7 +35,7 @@ class PDFPages {
     /// Adds a label beside the next line, whose height is `lineHeight`. Takes no vertical space.
     void addLabel(const QString& text, const QFont& font, const QColor& color, double left,
                   double lineHeight);
-    /// Draws a bar at `x` from here to `endBar`, on every page.
+    /// Draws a bar at `x` from here to `endBar`, on every page in between.
     void beginBar(double x, double width, const QColor& color);
     void endBar();
     /// Starts a new page if the current one is not empty and has less room than `height`.

@@ -33,8 +33,7 @@ class SelectableText {
               QPointF position);
 
     /// Returns `pdf`, which QPdfWriter has finished, with the records appended, so that they take
-    /// the place of its maps. Returns it unchanged if it has another number of fonts than were
-    /// recorded.
+    /// the place of its maps; see PDFUnicodeMaps::replaced.
     QByteArray madeSelectable(const QByteArray& pdf) const;
 
   private:

@@ -10,8 +10,8 @@ struct sqlite3_stmt;
 
 namespace tessarune {
 
-/// A connection to a database file that is private to the user. One thread at a time. All
-/// operations throw SearchIndexFailed.
+/// A connection to a database file that is private to the user. One thread at a time. Operations
+/// throw SearchIndexFailed.
 class SQLiteDatabase {
   public:
     /// Opens the file, or creates it for this user only.
