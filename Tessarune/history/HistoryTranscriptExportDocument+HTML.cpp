@@ -1,5 +1,4 @@
 #include "Tessarune/history/HistoryTranscriptExportDocument.h"
-#include "TessaruneCore/text/Text.h"
 
 #include <string_view>
 

@@ -4,7 +4,6 @@
 #include "Tessarune/history/WAVEncoding.h"
 #include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/Localization.h"
-#include "TessaruneCore/text/Text.h"
 
 #include <cmath>
 #include <system_error>

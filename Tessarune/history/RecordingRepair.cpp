@@ -4,14 +4,12 @@
 #include "Tessarune/audio/WAVHeader.h"
 #include "Tessarune/history/HistoryWordTimeline.h"
 #include "Tessarune/history/SessionJournalContent.h"
-#include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/text/Text.h"
 #include "TessaruneCore/translation/SessionTranscriptBuilder.h"
 
 #include <algorithm>
 #include <limits>
 #include <set>
-#include <utility>
 
 namespace tessarune {
 

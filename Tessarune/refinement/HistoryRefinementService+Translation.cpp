@@ -8,7 +8,6 @@
 
 #include <cmath>
 #include <stdexcept>
-#include <utility>
 
 namespace tessarune {
 

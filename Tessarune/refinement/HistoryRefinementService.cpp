@@ -1,11 +1,10 @@
 #include "Tessarune/refinement/HistoryRefinementService.h"
 
+#include "Tessarune/refinement/FormerTranscript.h"
 #include "Tessarune/refinement/HistoryRefinementJob.h"
-#include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/host/CancellationError.h"
 #include "TessaruneCore/host/RunOn.h"
 #include "TessaruneCore/text/Localization.h"
-#include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
 #include <cmath>

@@ -3,7 +3,6 @@
 #include "Tessarune/history/DataFolderHold.h"
 #include "Tessarune/history/HistoryRefinementRequest.h"
 #include "Tessarune/history/RecordingCatalog.h"
-#include "Tessarune/refinement/FormerTranscript.h"
 #include "Tessarune/refinement/HistoryRefinementObserver.h"
 #include "Tessarune/refinement/HistoryRefinementOutcome.h"
 #include "Tessarune/refinement/SpeechAnalyzerFileTranscriber.h"

@@ -1,7 +1,6 @@
 #include "Tessarune/refinement/RecordingBlocks.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace tessarune {
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "Tessarune/history/RecordingCatalog.h"
-#include "Tessarune/search/SearchIndex.h"
 #include "Tessarune/shell/FileSystem.h"
 #include "TessaruneCore/UUID.h"
 

@@ -12,11 +12,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <filesystem>
 #include <stdexcept>
 #include <string_view>
 #include <system_error>
-#include <utility>
 
 namespace tessarune::PDFProgram {
 

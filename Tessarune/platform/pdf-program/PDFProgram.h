@@ -2,7 +2,6 @@
 
 #include "Tessarune/history/HistoryTranscriptPDFDocument.h"
 
-#include <filesystem>
 #include <string>
 
 /// The program "tessarune-pdf", which is installed in the folder of the programs that run it.

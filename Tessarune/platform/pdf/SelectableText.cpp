@@ -3,7 +3,6 @@
 #include "Tessarune/platform/pdf/PDFUnicodeMaps.h"
 
 #include <QTextBoundaryFinder>
-#include <cmath>
 
 namespace tessarune {
 
