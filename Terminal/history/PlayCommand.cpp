@@ -28,16 +28,14 @@ constexpr double letterSeconds = 10; // J and L
 constexpr double rateStep = 0.25;
 
 TranscriptRows rowsOf(Program& program, const HistoryItem& item) {
-    const auto read = [&](const std::filesystem::path& path) {
-        try {
-            return program.files.exists(path) ? program.files.read(path) : std::string();
-        } catch (const std::exception& error) { // the sound can still be played
-            printProblem(error.what());
-            return std::string();
-        }
-    };
-    return {HistoryTranscriptPayload::trimmed(read(program.catalog.transcriptURL(item.id)), {}),
-            HistoryWordTimeline::decoded(read(program.catalog.wordTimelineURL(item.id)))};
+    const auto path = program.catalog.wordTimelineURL(item.id);
+    try {
+        if (program.files.exists(path))
+            return TranscriptRows(HistoryWordTimeline::decoded(program.files.read(path)));
+    } catch (const std::exception& error) { // the sound can still be played
+        printProblem(error.what());
+    }
+    return {};
 }
 
 /// One playback with its output and its keys.

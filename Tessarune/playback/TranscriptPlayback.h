@@ -37,9 +37,8 @@ class TranscriptPlayback {
     std::optional<std::size_t> highlightedIndex() const;
     const std::vector<SentenceToken>& activeTokens() const { return activeTokens_; }
 
-    /// Plays only this sentence, from its beginning. Does nothing for a row without a time.
-    void playSentence(std::size_t index) { playSentences(index, index); }
-    /// Plays the sentences from `first` to `last`, like `playSentence`.
+    /// Plays only the sentences from `first` to `last`. Does nothing if there is no sentence
+    /// `first`.
     void playSentences(std::size_t first, std::size_t last);
     /// Plays from a word of a sentence on.
     void playFrom(const SentenceToken& token);

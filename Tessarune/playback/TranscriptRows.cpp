@@ -1,8 +1,7 @@
 #include "Tessarune/playback/TranscriptRows.h"
 
-#include "TessaruneCore/text/Text.h"
-
 #include <algorithm>
+#include <string>
 
 namespace tessarune {
 
@@ -13,11 +12,8 @@ constexpr double shortestSentence = 0.05;
 
 } // namespace
 
-TranscriptRows::TranscriptRows(const HistoryTranscriptPayload& payload,
-                               std::optional<HistoryWordTimeline> timeline)
-    : paragraphInfos_(computeParagraphInfos(payload.sourceText)),
-      bilingualBlockInfos_(computeBilingualBlockInfos(payload.bilingualText)),
-      timeline_(std::move(timeline).value_or(HistoryWordTimeline())) {
+TranscriptRows::TranscriptRows(std::optional<HistoryWordTimeline> timeline)
+    : timeline_(std::move(timeline).value_or(HistoryWordTimeline())) {
     if (timeline_.sentences.empty())
         timeline_.sentences = timeline_.derivedSentencesFromWords();
     for (auto& sentence : timeline_.sentences) {
@@ -28,25 +24,6 @@ TranscriptRows::TranscriptRows(const HistoryTranscriptPayload& payload,
         if (const auto& id = timeline_.words[i].segmentID)
             firstWords_.try_emplace(*id, i);
     }
-}
-
-std::vector<ParagraphInfo> TranscriptRows::computeParagraphInfos(std::string_view sourceText) {
-    std::vector<ParagraphInfo> infos;
-    while (!sourceText.empty()) {
-        const std::size_t end = std::min(sourceText.find('\n'), sourceText.size());
-        if (const auto line = Text::trimmed(sourceText.substr(0, end)); !line.empty())
-            infos.push_back({infos.size(), std::string(line)});
-        sourceText.remove_prefix(std::min(end + 1, sourceText.size()));
-    }
-    return infos;
-}
-
-std::vector<BilingualBlockInfo>
-TranscriptRows::computeBilingualBlockInfos(std::string_view bilingualText) {
-    std::vector<BilingualBlockInfo> infos;
-    for (auto& block : HistoryTranscriptPayload::bilingualBlocks(bilingualText))
-        infos.push_back({std::move(block)});
-    return infos;
 }
 
 const TranscriptRows::Sentence* TranscriptRows::sentenceTiming(std::size_t index) const {

@@ -1,29 +1,14 @@
 #pragma once
 
-#include "Tessarune/history/HistoryTranscriptPayload.h"
 #include "Tessarune/history/HistoryWordTimeline.h"
 
 #include <cstddef>
 #include <optional>
-#include <string>
-#include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 namespace tessarune {
-
-struct ParagraphInfo {
-    std::size_t id = 0; ///< the index of the row
-    std::string text;
-
-    bool operator==(const ParagraphInfo&) const = default;
-};
-
-struct BilingualBlockInfo {
-    BilingualTranscriptBlock block;
-
-    bool operator==(const BilingualBlockInfo&) const = default;
-};
 
 /// A word of a sentence that can be clicked, and that is highlighted while it is heard.
 struct SentenceToken {
@@ -34,26 +19,16 @@ struct SentenceToken {
     bool operator==(const SentenceToken&) const = default;
 };
 
-/// The shown rows of a transcript with their known times: row `i` shows sentence `i`, and a row
-/// beyond the sentences has no time. A plain value; its functions are pure.
+/// The sentences of a transcript with the times at which they and their words are heard. A plain
+/// value; its functions are pure.
 class TranscriptRows {
   public:
     using Sentence = HistoryWordTimeline::Sentence;
 
     TranscriptRows() = default;
-    TranscriptRows(const HistoryTranscriptPayload& payload,
-                   std::optional<HistoryWordTimeline> timeline);
+    explicit TranscriptRows(std::optional<HistoryWordTimeline> timeline);
 
-    static std::vector<ParagraphInfo> computeParagraphInfos(std::string_view sourceText);
-    static std::vector<BilingualBlockInfo>
-    computeBilingualBlockInfos(std::string_view bilingualText);
-
-    const std::vector<ParagraphInfo>& paragraphInfos() const { return paragraphInfos_; }
-    const std::vector<BilingualBlockInfo>& bilingualBlockInfos() const {
-        return bilingualBlockInfos_;
-    }
-    std::size_t sentenceCount() const { return timeline_.sentences.size(); }
-    /// Null for a row without a time.
+    /// Null if there is no such sentence.
     const Sentence* sentenceTiming(std::size_t index) const;
     /// The end of a sentence. A sentence without a valid end lasts until the next one begins, or
     /// until the end of the recording (`nullopt`).
@@ -71,8 +46,6 @@ class TranscriptRows {
   private:
     std::pair<std::size_t, std::size_t> wordsOf(std::size_t sentence) const;
 
-    std::vector<ParagraphInfo> paragraphInfos_;
-    std::vector<BilingualBlockInfo> bilingualBlockInfos_;
     HistoryWordTimeline timeline_; ///< has sentences if it has words
     /// The index of the first word of each committed row.
     std::unordered_map<UUID, std::size_t> firstWords_;

@@ -17,7 +17,7 @@ struct TranscriptFixture : testing::PlayerFixture {
                               {"Said together.", 10, 12, {}, "audioWord"},
                               {"Said, too.", 10, 13, {}, "audioWord"}};
         timeline.words = {{"First", 2, {}}, {"words.", 3, {}}, {"Said,", 10, {}}, {"too.", 11, {}}};
-        playback.show({HistoryTranscriptPayload(), timeline});
+        playback.show(TranscriptRows(timeline));
     }
     std::optional<std::size_t> activeAt(double place) {
         player->seek(place);
@@ -52,7 +52,7 @@ TEST(TranscriptPlaybackTests, StepsGoFromSentenceToSentence) {
         fixture.playback.stepSentence(step.direction);
         EXPECT_EQ(*fixture.player->currentTime, step.to) << step.from;
     }
-    fixture.playback.playSentence(0);
+    fixture.playback.playSentences(0, 0);
     EXPECT_EQ(fixture.playback.highlightedIndex(), 0U);
     fixture.pass(4);
     EXPECT_FALSE(*fixture.player->isPlaying);
@@ -62,10 +62,10 @@ TEST(TranscriptPlaybackTests, StepsGoFromSentenceToSentence) {
 TEST(TranscriptPlaybackTests, RepeatsASentenceOfTheTranscriptThatIsShownNow) {
     TranscriptFixture fixture;
     fixture.play();
-    fixture.playback.playSentence(2);
+    fixture.playback.playSentences(2, 2);
     HistoryWordTimeline refined;
     refined.sentences = {{"Words said together.", 2, 13, {}, "audioWord"}};
-    fixture.playback.show({HistoryTranscriptPayload(), refined});
+    fixture.playback.show(TranscriptRows(refined));
     fixture.playback.toggleRepeat();
     EXPECT_EQ(*fixture.player->boundedPlaybackSentenceIndex, 0U);
 }

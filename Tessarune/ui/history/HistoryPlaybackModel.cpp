@@ -76,7 +76,7 @@ void HistoryPlaybackModel::loadIfNeeded() {
 }
 
 void HistoryPlaybackModel::showRows() {
-    transcript_->show(TranscriptRows(detail_.payload(), detail_.timeline()));
+    transcript_->show(TranscriptRows(detail_.timeline()));
     markRow(std::nullopt);
 }
 
