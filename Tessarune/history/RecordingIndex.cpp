@@ -219,10 +219,10 @@ void RecordingIndex::put(const RecordingMetadata& recording) {
         *same = std::move(changed);
 }
 
-bool RecordingIndex::removeIf(const std::function<bool(const RecordingMetadata&)>& matches) {
-    return std::erase_if(elements_, [&](const Element& element) {
-               return element.recording && matches(*element.recording);
-           }) > 0;
+void RecordingIndex::removeIf(const std::function<bool(const RecordingMetadata&)>& matches) {
+    std::erase_if(elements_, [&](const Element& element) {
+        return element.recording && matches(*element.recording);
+    });
 }
 
 void RecordingIndex::sort() {

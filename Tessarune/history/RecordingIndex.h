@@ -40,7 +40,7 @@ class RecordingIndex {
 
     /// Replaces the entry of the same id, or adds one.
     void put(const RecordingMetadata& recording);
-    bool removeIf(const std::function<bool(const RecordingMetadata&)>& matches);
+    void removeIf(const std::function<bool(const RecordingMetadata&)>& matches);
 
     /// Sorts the entries newest first; elements that are not entries go last.
     void sort();

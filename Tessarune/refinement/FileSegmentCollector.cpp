@@ -42,7 +42,8 @@ std::vector<Word> wordTimings(const SpeechResult& result) {
     return words;
 }
 
-std::optional<Span> audioSpan(const SpeechResult& result, std::span<const Word> words) {
+/// From the earliest start to the latest end of a timed run; `nullopt` without one.
+std::optional<Span> audioSpan(const SpeechResult& result) {
     std::optional<Span> span;
     for (const SpeechRun& run : result.runs) {
         if (!isTimedRun(run))
@@ -51,8 +52,6 @@ std::optional<Span> audioSpan(const SpeechResult& result, std::span<const Word> 
                            std::max(span->second, *run.audioEnd)}
                     : Span{*run.audioStart, *run.audioEnd};
     }
-    if (!span && !words.empty())
-        span = Span{words.front().start, std::max(words.front().end, words.back().end)};
     return span;
 }
 
@@ -101,8 +100,7 @@ void FileSegmentCollector::add(const SpeechResult& result) {
     ++sequence_;
     const std::string text = result.text();
     if (diagnostics_.onResult) {
-        const auto words = wordTimings(result);
-        const auto span = audioSpan(result, words);
+        const auto span = audioSpan(result);
         SpeechAnalyzerFileResultSummary summary;
         summary.sequence = sequence_;
         summary.receivedAt = host_.now();
@@ -133,7 +131,7 @@ void FileSegmentCollector::add(const SpeechResult& result) {
 std::vector<Segment> FileSegmentCollector::split(const SpeechResult& result,
                                                  const std::string& text) const {
     const std::vector<Word> words = wordTimings(result);
-    const auto span = audioSpan(result, words);
+    const auto span = audioSpan(result);
     std::vector<std::string> pieces = SentenceSegmenter::pieces(text);
     const bool isUnsplit = pieces.empty();
     if (isUnsplit)

@@ -391,10 +391,10 @@ TEST_F(RecordingCatalogTests, LaunchRepairsCloseTheGaps) {
         disk.list(paths.transcripts()),
         (std::vector<std::string>{stale.text() + ".recording.json", stale.text() + ".txt",
                                   moved.id.text() + ".recording.json", "README", "notes.txt"}));
-    const auto operations = disk.contentsOf("/data/recordings.json");
+    const auto saved = disk.contentsOf("/data/recordings.json");
     catalog.healStaleRecordings();
     catalog.reconcileIndex();
-    EXPECT_EQ(disk.contentsOf("/data/recordings.json"), operations);
+    EXPECT_EQ(disk.contentsOf("/data/recordings.json"), saved);
 
     // An index that lacks two later recordings, one of which was imported.
     const UUID imported = makeID();
@@ -403,7 +403,7 @@ TEST_F(RecordingCatalogTests, LaunchRepairsCloseTheGaps) {
     catalog.upsert(later);
     const UUID spoken = add(40, "spoken.wav");
     catalog.saveTranscript("text", spoken);
-    setIndex(operations);
+    setIndex(saved);
     disk.setContents(paths.recordings() / "22222222-2222-4222-8222-222222222222.mp3", "cut off");
     catalog.cleanupOrphanTranscripts();
     EXPECT_EQ(order(), "spoken " + imported.text() + " stale moved ");

@@ -94,9 +94,9 @@ struct PlayerFixture {
         pass(0.5);
     }
     /// The largest step between successive positions; 5 ms for gapless sound at rate 1.
-    double largestStep(std::size_t from = 0) const {
+    double largestStep() const {
         double largest = 0;
-        for (std::size_t i = from + 1; i < positions.size(); ++i)
+        for (std::size_t i = 1; i < positions.size(); ++i)
             largest = std::max(largest, positions[i] - positions[i - 1]);
         return largest;
     }
