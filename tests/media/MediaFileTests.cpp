@@ -2,6 +2,7 @@
 #include "Tessarune/platform/media/FFmpegMediaFile.h"
 #include "Tessarune/platform/media/M4ATranscoder.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
+#include "TessaruneCore/text/Localization.h"
 #include "tests/support/FileContents.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/support/WAVBytes.h"
@@ -280,14 +281,17 @@ TEST_F(MediaFileTests, ATranscodingThatFailsLeavesWhatWasThere) {
             ADD_FAILURE() << to;
         } catch (const MediaFileError& error) {
             EXPECT_EQ(error.kind(), kind) << error.what();
+            EXPECT_EQ(std::string(error.what()).find("No such file"), std::string::npos);
         }
     };
+    setLocalizationTable({{"No such file or directory", "没有那个文件或目录"}});
     std::stop_source stopped;
     stopped.request_stop();
     const auto old = write("old.m4a", "old");
     check(source, old, Kind::cancelled, stopped.get_token());
     check(folder / "missing.wav", old, Kind::cannotOpen);
     check(source, folder / "no folder" / "a.m4a", Kind::cannotCreate);
+    setLocalizationTable({});
     EXPECT_EQ(testing::contentsOf(old), "old");
     std::filesystem::create_symlink("/dev/full", folder / "full.m4a.part");
     check(source, folder / "full.m4a", Kind::cannotCreate);

@@ -5,6 +5,7 @@
 #include "Tessarune/platform/media/FFmpegSupport.h"
 #include "Tessarune/platform/media/SwresampleConverter.h"
 #include "TessaruneCore/text/Localization.h"
+#include "TessaruneCore/text/SystemErrors.h"
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -34,7 +35,7 @@ void synchronize(const std::filesystem::path& path, int flags) {
     if (file >= 0)
         ::close(file);
     if (!isFlushed)
-        fail(Kind::writeFailed, path, std::strerror(error));
+        fail(Kind::writeFailed, path, systemMessage(error));
 }
 
 /// An MP4 container with one track. `finish` writes its index, without which it cannot be played.
@@ -88,7 +89,7 @@ class M4AContainer {
     void createPrivately() const {
         const int file = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
         if (file < 0)
-            fail(Kind::cannotCreate, path_, std::strerror(errno));
+            fail(Kind::cannotCreate, path_, systemMessage(errno));
         ::close(file);
     }
 
@@ -170,7 +171,7 @@ class FFmpegM4AFile final : public M4AFile {
         std::error_code renamed;
         std::filesystem::rename(partPath(), to_, renamed);
         if (renamed)
-            fail(Kind::writeFailed, to_, renamed.message());
+            fail(Kind::writeFailed, to_, systemMessage(renamed.value()));
         container_.reset();
         synchronize(to_.has_parent_path() ? to_.parent_path() : ".", O_DIRECTORY);
     }
