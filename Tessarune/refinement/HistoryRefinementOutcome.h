@@ -27,7 +27,7 @@ struct HistoryRefinementOutcome {
         nothingUnderstood, ///< the recogniser found no text
         sound,             ///< the file is missing, damaged or incomplete
         recogniser,        ///< it cannot be loaded, takes no files, or failed; any other failure
-        disk               ///< the text could not be saved, or the data folder was not available
+        disk ///< a text could not be read or saved, or the data folder was not available
     };
     enum class Translation {
         none, ///< not wanted, or not possible

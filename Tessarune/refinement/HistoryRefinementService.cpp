@@ -307,6 +307,8 @@ Task<void> HistoryRefinementService::run(JobPtr job) {
         fail(Outcome::Failure::disk, error);
     } catch (const DataFolderUnavailable& error) {
         fail(Outcome::Failure::disk, error);
+    } catch (const std::system_error& error) { // the former transcript cannot be read
+        fail(Outcome::Failure::disk, error);
     } catch (const TranscriberError& error) {
         const bool isEmpty = error.kind() == TranscriberError::Kind::emptyResult;
         fail(isEmpty ? Outcome::Failure::nothingUnderstood : Outcome::Failure::recogniser, error);

@@ -154,6 +154,13 @@ TEST(HistoryRefinementTests, WhatFailsLeavesTheFormerTranscriptWhole) {
              r.catalog.upsert(import);
              r.damagedAt = 40;
          }},
+        {"the former transcript cannot be read", Status::failed,
+         [](auto& r) {
+             r.disk.onOperation = [](const std::string& operation, const auto& path) {
+                 if (operation == "read" && path.extension() == ".txt")
+                     throw std::system_error(std::make_error_code(std::errc::io_error));
+             };
+         }},
         {"another program writes the data folder", Status::failed,
          [](auto& r) { r.holder = "another program"; }},
         {"it is given up", Status::cancelled,
@@ -166,6 +173,9 @@ TEST(HistoryRefinementTests, WhatFailsLeavesTheFormerTranscriptWhole) {
         recording.refine();
         ASSERT_TRUE(recording.outcome) << each.what;
         EXPECT_EQ(recording.outcome->status, each.status) << each.what;
+        EXPECT_EQ(recording.outcome->failure == HistoryRefinementOutcome::Failure::recogniser,
+                  std::string_view(each.what) == "the recogniser fails")
+            << each.what;
         EXPECT_EQ(recording.outcome->problem.empty(), each.status == Status::cancelled);
         EXPECT_EQ(recording.service->failures()->empty(), each.status == Status::cancelled);
         EXPECT_EQ(recording.text(), formerText) << each.what;
