@@ -19,7 +19,7 @@ struct PlaybackStretch {
 };
 
 /// Produces the output for a recording: any stretch of it, repeated or not, at any speed and with
-/// its gain, without gaps between stretches. Maps each moment of the output to a position in the
+/// its gain, without gaps between repetitions. Maps each moment of the output to a position in the
 /// recording.
 ///
 /// One thread at a time; reading waits for the disk. Sound is read on demand.

@@ -22,7 +22,8 @@ class TranscriptPlayback {
 
     AudioPlayer& player() { return player_; }
     const TranscriptRows& rows() const { return rows_; }
-    /// Shows another recording's transcript, or another text of this one, which may be playing.
+    /// Shows another recording's transcript, or another text of the same recording, which may be
+    /// playing.
     void show(TranscriptRows rows);
 
     /// The sentence that is heard now; `nullopt` before the first.
