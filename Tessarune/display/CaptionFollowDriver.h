@@ -26,9 +26,9 @@ struct CaptionFollowState {
 /// never do. In addition, heal paths detect a list that stopped drawing although frames keep
 /// coming, and redraw it.
 ///
-/// Main queue. The view calls the `user…` operations as it is scrolled, `update` when its content
-/// changed, and `frameHeartbeat` for each published frame. Host, view and state must outlive the
-/// driver.
+/// Main queue. The view calls the `user…` operations as the user scrolls, `update` when its content
+/// has changed, and `frameHeartbeat` for each published frame. Host, view and state must outlive
+/// the driver.
 class CaptionFollowDriver {
   public:
     // In points
@@ -133,7 +133,7 @@ class CaptionFollowDriver {
     DelayedCall pendingHeal_;
     bool healScheduled_ = false;
 
-    std::optional<double> lastViewSignalAt_; // when the view last called
+    std::optional<double> lastViewSignalAt_; // the last `update` or `documentFrameChanged`
     int heartbeatsSinceViewSignal_ = 0;
     bool stallSuspected_ = false;
     std::optional<double> lastNudgeAt_;

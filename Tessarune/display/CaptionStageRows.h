@@ -47,7 +47,7 @@ class CaptionStageRows {
     std::size_t growing() const;
 
     /// The indexes at which this list and `before` both have a row but the rows differ, ascending.
-    /// The cost depends only on the changes.
+    /// If both lists show the same block, the cost depends only on the changes.
     std::vector<std::size_t> changedSince(const CaptionStageRows& before) const;
 
   private:

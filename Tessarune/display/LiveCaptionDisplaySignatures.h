@@ -11,9 +11,10 @@
 
 namespace tessarune {
 
-// A signature represents a list by its first and last row and its length. While it stays equal, the
-// rows that were derived from the list are valid. It does not notice changes between the two rows:
-// committed rows change only by a translation, which has its own patch.
+// While the signature of a list stays equal, the rows that were derived from the list are valid.
+// The signature of the committed rows contains only their number and the first and the last row. It
+// does not notice changes between these two: committed rows change only by a translation, which has
+// its own patch.
 
 /// A committed row, without its translation.
 struct SourceSegmentEdgeSignature {

@@ -24,8 +24,8 @@ struct LiveCaptionDisplayUpdateResult {
 /// Holds the frame that views draw. A frame that is equal to the published one is dropped, so that
 /// views are not notified without a change.
 ///
-/// Main queue. The session owns it for as long as the program runs; views observe `frame` and read
-/// captions only from it.
+/// Main queue. The session owns it for as long as the program runs; views observe `frame`, and read
+/// elsewhere only what a frame leaves out.
 class LiveCaptionDisplayStore {
   public:
     /// Set to zero by `resetPerfCounters`. The caption window increments its counters when it
@@ -70,8 +70,8 @@ class LiveCaptionDisplayStore {
     const NotificationCenter* const notifications_;
 };
 
-/// Whether a diagnostics run records this refresh: frequent refreshes are sampled.
-/// `publishedFrameIndex` counts from 0.
+/// Whether a diagnostics run records this refresh: frequent refreshes are sampled, except in the
+/// mode `fullRaw`. `publishedFrameIndex` counts from 0.
 bool shouldRecordDisplayDiagnostics(std::string_view reason, double publishedFrameIndex,
                                     bool isPublished, AppleAnalyzerDiagnosticsMode mode);
 

@@ -10,12 +10,12 @@
 namespace tessarune {
 
 /// A list that is copied in constant time: copies share their elements. A change of one copy
-/// duplicates a few nodes of 32 pointers and leaves the other copies unchanged.
+/// duplicates a few nodes of up to 32 pointers and leaves the other copies unchanged.
 ///
-/// The elements are in the leaves of a tree, except those of the last leaf, which is kept outside
-/// of the tree. So an append costs the same in a long list; an assignment costs the depth of the
-/// tree (three levels up to 32,768 elements). An unshared node changes in place. Elements never
-/// change, so a reference to an element stays valid while any copy has the element.
+/// The elements are in the leaves of a tree; the last leaf is kept outside of the tree. So an
+/// append costs the same in a long list; an assignment costs the depth of the tree (three levels up
+/// to 32,768 elements). An unshared node changes in place. Elements never change, so a reference to
+/// an element stays valid while any copy has the element.
 ///
 /// Reads like a `std::vector`. All copies that share elements must stay on one thread.
 template <typename T>

@@ -33,8 +33,8 @@ class CaptionClock {
 
     explicit CaptionClock(Host& host);
 
-    /// Runs the due calls, then stops the clock until the hold is destroyed. Make one around every
-    /// change of the core from outside.
+    /// Runs the due calls, then stops the clock until the hold is destroyed. Make one around each
+    /// change of the core that the event log records, and log it with `time()`.
     [[nodiscard]] Hold hold() { return Hold(*this); }
 
     double now() const;

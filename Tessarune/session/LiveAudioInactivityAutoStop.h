@@ -10,7 +10,7 @@ namespace tessarune {
 
 /// Reports that nothing has been heard for too long. Main queue.
 ///
-/// It checks every five seconds, so the report may be five seconds late. It reports each silence
+/// It checks every five seconds, so a report is up to five seconds late. It reports each silence
 /// once. Time in which the computer sleeps does not count.
 class LiveAudioInactivityAutoStop {
   public:

@@ -15,7 +15,8 @@
 namespace tessarune {
 
 /// Makes the frame of a session from its captions, its texts and the settings, and reports each
-/// refresh to the diagnostics. The cost of a refresh does not grow with the session.
+/// refresh to the diagnostics. The cost of a refresh does not grow with the session, unless the
+/// refresh is forced to rebuild all rows.
 ///
 /// Main queue; the references outlive it.
 class LiveCaptionDisplay {

@@ -110,7 +110,7 @@ bool LiveRecordingTracker::saveTranscripts(
     const bool sourceSaved = catalog_.saveTranscript(sourceText, id);
     const bool bilingualSaved = catalog_.saveBilingualTranscript(bilingualText, id);
     const bool timelineSaved = catalog_.saveWordTimeline(wordTimeline, id);
-    // The texts of a recording that the catalog could not store are lost when the program ends.
+    // The next launch removes the texts of an unlisted recording, so its journal must stay.
     const bool isListed = catalog_.recording(id).has_value();
     const std::optional<RecordingMetadata> finished = finished_;
     const bool isFinished = finishEntry(finished);

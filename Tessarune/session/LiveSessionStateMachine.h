@@ -7,8 +7,8 @@
 
 namespace tessarune {
 
-/// The single authority on the phase of a session. A value; each step changes `phase` and returns
-/// the changes for the session, or `nullopt` if the step is refused.
+/// The single authority on the phase of a session. A value. Each step returns the changes for the
+/// session, or `nullopt` if the step is refused.
 struct LiveSessionStateMachine {
     /// The level meter's value in silence.
     static constexpr double restingAudioLevel = 0.08;
@@ -18,6 +18,7 @@ struct LiveSessionStateMachine {
     std::optional<LiveSessionTransition> beginStart();
     std::optional<LiveSessionTransition> permissionsGranted();
     std::optional<LiveSessionTransition> transcriberReady();
+    /// Keeps the phase if the start was stopped before it failed.
     std::optional<LiveSessionTransition> startFailed();
     /// In `idle` and `failed`, accepted only while a recording is still to be saved.
     std::optional<LiveSessionTransition> requestStop(bool hasRecording);

@@ -54,12 +54,12 @@ class LiveTranscriptStore final : public std::enable_shared_from_this<LiveTransc
 
     // Commands
     void toggleListening(const LiveSessionControlTrigger& trigger);
-    /// Accepted in `idle` and `failed`.
+    /// Accepted in `idle` and `failed`, unless a session is still being saved.
     void startListening(const LiveSessionControlTrigger& trigger);
     /// Accepted from a start on, and in `idle` and `failed` if a recording is still to be saved.
     /// While the session is being saved, only cancels a queued start.
     void stopListening(const LiveSessionControlTrigger& trigger) { stop_.request(trigger); }
-    /// Saves a running session and starts another with the new source.
+    /// Selects the source of the next session. Saves a running session and then starts another.
     void selectSource(const AudioSource& source);
     /// Changes the setting; a running session then changes to the other recogniser.
     void selectRecognitionOption(const std::string& id);

@@ -83,7 +83,8 @@ class SessionDiagnostics {
     virtual void startIfNeeded(const Start&) {}
     virtual bool isRunning() const { return false; }
     virtual bool capturesFullDiagnostics() const { return false; }
-    /// Called when the session's recording begins, and with `nullopt` when it is discarded.
+    /// Called when the session's recording begins or another run begins within the session, and
+    /// with `nullopt` when the recording is discarded.
     virtual void noteRecording(const std::optional<RecordingMetadata>&) {}
     virtual void recordLiveCaptionStopSnapshot(const StopSnapshot&) {}
     virtual void finish(const Finish&) {}

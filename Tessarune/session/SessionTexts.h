@@ -32,15 +32,15 @@ class SessionTexts {
     TranscriptSnapshot exportTranscriptSnapshot() const;
     /// The texts without the rows that the user cleared.
     TranscriptSnapshot visibleText() const;
-    /// Clears all rows that have a text from the screen. Rows without text are not marked as
-    /// cleared, because later speech will appear in them.
+    /// Clears all rows from the screen, except an open row without text: later speech will appear
+    /// in it.
     void clear();
 
     /// The texts of the whole session to save; the bilingual one is empty if no row is translated.
     TranscriptSnapshot savedTexts() const;
     /// The texts since the captions were last emptied, for the diagnostics run that began then.
     TranscriptSnapshot runTexts() const;
-    /// The times of the whole session; `nullopt` without a recording.
+    /// The times of the whole session; `nullopt` without a recording or without times.
     std::optional<HistoryWordTimeline> savedTimeline(std::optional<double> recordingStartedAt,
                                                      const std::string& recognitionOptionID) const;
     /// Call with each save.
@@ -50,7 +50,7 @@ class SessionTexts {
     bool hasFewerTranslationsThanSaved() const { return translatedCount() < savedTranslations_; }
 
     void updateVisibleSourceTextFlag();
-    /// Updates the history text at most once a second, unless `force` is set.
+    /// Updates the history text at most once a second, unless `force` is set or the text is empty.
     void updateLiveHistoryTextIfNeeded(bool force);
 
   private:

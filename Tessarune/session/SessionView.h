@@ -21,7 +21,7 @@ namespace tessarune {
 
 /// The outcome of a session.
 struct SessionOutcome {
-    std::optional<UUID> recording;    ///< absent if nothing was recorded
+    std::optional<UUID> recording;    ///< absent if no recording was kept
     bool transcriptPersisted = false; ///< also true if there was nothing to save
     bool translationCompleted = false;
     bool heardNothing = false; ///< there was neither sound nor text, so nothing is kept
@@ -55,7 +55,7 @@ struct SessionView {
     /// live text is a complete sentence.
     const LiveCaptions captions;
     const SessionTranslation::View& translation;
-    /// True from the acceptance of a start until a stop is requested.
+    /// True from the acceptance of a start until it fails or a stop is requested.
     Published<bool> isListening{false};
     Published<LiveSessionPhase> sessionPhase{LiveSessionPhase::idle};
     double audioLevel = LiveSessionStateMachine::restingAudioLevel; ///< 0 to 1; views poll it
@@ -66,7 +66,8 @@ struct SessionView {
     Published<AudioSource> selectedSource{AudioSource::systemAudio()};
     Published<std::unordered_set<UUID>> clearedSegmentIDs; ///< rows that the user cleared
     Published<bool> hasVisibleSourceTextFlag{false};
-    Published<std::string> liveHistoryText; ///< all text so far, updated about once a second
+    /// The text since the start or the last change of the recogniser; updated about once a second.
+    Published<std::string> liveHistoryText;
     Published<double> sessionDuration{0.0}; ///< seconds
     /// Whether another session starts as soon as this one is saved.
     Published<bool> startsAgain{false};
@@ -79,7 +80,7 @@ struct SessionView {
     std::exception_ptr startFailure;
     /// The outcome of the last session that was stopped; the next start resets it to `nullopt`.
     Published<std::optional<SessionOutcome>> outcome;
-    /// The last error text shown in the live caption line.
+    /// The last error text shown in the live caption line; the next start empties it.
     Published<std::string> presentedError;
     /// Assigned whenever a diagnostics run may have begun or ended.
     Published<bool> isDiagnosticsRunning{false};
