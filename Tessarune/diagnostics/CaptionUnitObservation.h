@@ -12,7 +12,7 @@
 /// Describes a row of captions for the logs and snapshots of a run. Pure functions.
 namespace tessarune::CaptionUnitObservation {
 
-/// `previews` (a hash and a preview of each text) for display logs, `full` for snapshots.
+/// `previews` for display logs, `full` for snapshots. Both contain a hash of each text.
 enum class Texts { previews, full };
 
 /// `index` is the row's position in the full list.

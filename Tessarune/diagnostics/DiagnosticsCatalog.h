@@ -37,7 +37,8 @@ class DiagnosticsCatalog {
     DiagnosticsCatalog(FileSystem& files, const TessarunePaths& paths)
         : files_(files), folder_(paths.diagnostics()) {}
 
-    /// The runs whose names begin with `name`, with or without "Live-"; none for an empty name.
+    /// The run of this name or, if there is none, the runs whose names begin with `name`. "Live-"
+    /// may be left out. None for an empty name.
     std::vector<DiagnosticsRun> named(std::string_view name);
     /// Returns whether the run was removed. Never removes a folder that is not a run of the data
     /// folder.

@@ -29,7 +29,7 @@ struct DiagnosticsRunContents {
     bool isRun = false;                ///< false: a folder of another kind
     std::string level;                 ///< empty if unknown
     bool isFull = false;               ///< keeps events, texts and samples
-    bool isFinished = false;           ///< the session ended normally
+    bool isFinished = false;           ///< its end was written
     std::optional<double> startedWall; ///< seconds since 1970
     std::optional<double> durationSeconds;
     std::int64_t committedSegments = 0;

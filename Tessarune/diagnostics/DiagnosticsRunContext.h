@@ -32,7 +32,7 @@ nlohmann::json captureSnapshot(const AppSettings& settings, const AudioSource& s
                                const LiveAudioInactivityAutoStopConfiguration& autoStop);
 nlohmann::json internalToolsSnapshot();
 nlohmann::json displaySnapshot(const AppSettings& settings);
-/// The settings of the captions for a record of the caption log.
+/// The settings of the captions, for records about what is shown.
 nlohmann::json displaySnapshotFields(const AppSettings& settings);
 
 /// The content of a run's settings.json, without the host: most of the `sections` of the manifest,
@@ -40,7 +40,7 @@ nlohmann::json displaySnapshotFields(const AppSettings& settings);
 nlohmann::json settingsFile(const AppSettings& settings, const nlohmann::json& sections,
                             bool capturesFullDiagnostics);
 
-/// Manifests say with this text what else influences the figures of a run.
+/// The files of a run say with this text what else influences its figures.
 inline constexpr std::string_view resourceInterference =
     "single-engine live session; perf.csv is process-level and still includes UI/audio/translation";
 /// Reported as the maximum number of rows in the caption window. Tools that compare runs expect it.

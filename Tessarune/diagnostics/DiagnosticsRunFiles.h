@@ -29,7 +29,7 @@ class DiagnosticsRunFiles {
     /// Return whether the file was written. Absent bytes are not written.
     bool write(std::string_view artifact, const std::optional<std::string>& bytes);
     bool writeJSON(std::string_view artifact, const nlohmann::json& object);
-    /// Removes the bilingual file if the bilingual text is empty.
+    /// Removes the bilingual file if that text is empty.
     void writeTranscripts(const TranscriptSnapshot& snapshot);
 
     /// The manifest's entry for a file, from the current state of the disk.

@@ -53,7 +53,7 @@ bool isFullRun(FileSystem& files, const std::filesystem::path& directory) {
     return JSON::member<std::string>(manifest, "kind") == Layout::fullKind;
 }
 
-/// The content of a sidecar file; empty if there is none.
+/// The content of a sidecar file; empty if there is none or it cannot be read.
 std::string sidecar(FileSystem& files, const std::filesystem::path& path) {
     try {
         return files.exists(path) ? files.read(path) : std::string();

@@ -23,7 +23,7 @@ constexpr std::size_t topThreads = 8;
 
 } // namespace
 
-/// Used only on the sampler's queue, except for `notePipeline`. Timers and blocks hold it weakly.
+/// Used only on the sampler's queue, except for `notePipeline`. Timers and probes hold it weakly.
 class PerfSampler::State : public std::enable_shared_from_this<State> {
   public:
     State(Host& host, FileSystem& files, ProcessFigures& figures, const DiagnosticsRunFiles& run,

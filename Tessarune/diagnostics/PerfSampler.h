@@ -15,8 +15,8 @@ namespace tessarune {
 /// Writes figures of the process at a fixed interval: its load, its memory, the delay of its main
 /// queue, and the counters of the captions.
 ///
-/// Main queue. Timers of its own queue read and write everything, so that it samples even while the
-/// main queue stalls. All references outlive it.
+/// Main queue, except `close`. Timers of its own queue read and write everything, so that it
+/// samples even while the main queue stalls. All references outlive it.
 class PerfSampler {
   public:
     static constexpr double shortestInterval = 0.5; ///< seconds
@@ -32,7 +32,7 @@ class PerfSampler {
     /// Ends the sampling. May be called again.
     void stop();
     /// Waits until all queued records are written, closes the files, and adds the number of lost
-    /// records of each file to `lost`. Never call it on the sampler's queue.
+    /// records of each file to `lost`. Any thread, but never the sampler's queue.
     void close(nlohmann::json& lost);
 
     /// The increase of each counter; one without a previous value counts from 0.

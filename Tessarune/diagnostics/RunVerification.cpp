@@ -30,7 +30,7 @@ std::string contentOf(FileSystem& files, const std::filesystem::path& directory,
     return files.read(directory / path);
 }
 
-/// Returns the manifest of a full run. Throws if it lacks what a replay needs.
+/// Returns the manifest. Throws if it is not that of a full run or names no recogniser.
 Manifest manifestOf(FileSystem& files, const std::filesystem::path& directory) {
     namespace Layout = DiagnosticsRunLayout;
     const std::string path(Layout::manifestFile);

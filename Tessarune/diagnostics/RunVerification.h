@@ -7,7 +7,7 @@
 #include <string>
 
 /// Verifies that a run is complete: a replay of its event log with its settings must produce the
-/// rows of its timeline, byte for byte.
+/// rows of its timeline, with the same texts byte for byte and the same kinds.
 namespace tessarune::RunVerification {
 
 struct Result {

@@ -26,12 +26,13 @@ namespace tessarune {
 /// Posted with a run's folder when a run begins, ends or changes.
 inline constexpr std::string_view diagnosticsRunDidUpdate = "diagnosticsRunDidUpdate";
 
-/// Writes a diagnostics run for each session: a folder under "Diagnostics". The setting
-/// `diagnosticsLevel` at the start of the session decides what it contains.
+/// Writes a diagnostics run for each session, and another after each change of the recogniser: a
+/// folder under "Diagnostics". The setting `diagnosticsLevel` at the start of the run decides what
+/// it contains, and whether there is a run at all.
 ///
-/// Main queue, where the recorder never waits for the disk, except to make the folder before the
-/// session starts. Queues of low priority write everything else, and leave out what cannot be
-/// written. An observation for which the run has no log is dropped at once.
+/// Main queue, where the recorder never waits for the disk, except to make the folder of a run.
+/// Queues of low priority write everything else, and leave out what cannot be written. An
+/// observation for which the run has no log is dropped at once.
 class SessionDiagnosticsRecorder final : public SessionDiagnostics {
   public:
     /// The references outlive the recorder.
@@ -56,7 +57,7 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     explicit SessionDiagnosticsRecorder(Environment environment);
     ~SessionDiagnosticsRecorder() override;
 
-    /// Whether a full run is open. Display code asks this before it observes anything.
+    /// Whether a full run is open.
     bool isFullDiagnosticsRunning() const;
     /// Closes the logs of the open run, without finishing it.
     void stopWithoutExport();

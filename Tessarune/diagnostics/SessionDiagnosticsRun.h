@@ -16,7 +16,7 @@
 namespace tessarune {
 
 /// A run in progress: its data and its open logs. The recorder fills it on the main queue and
-/// passes it to its own queue when the run ends.
+/// passes it to the recorder's queue when the run ends.
 struct SessionDiagnosticsRecorder::Run {
     using Json = JSON::Value;
 
@@ -46,8 +46,8 @@ struct SessionDiagnosticsRecorder::Run {
     void writeLifecycle(double t, const char* name, const LogFields& fields = {}) {
         writeLifecycle({t, name, LifecyclePhase::instant, std::nullopt, fields});
     }
-    /// Waits until all queued records are written and closes the logs. Sets `lost` to the number
-    /// of lost records of each log that lost any.
+    /// Waits until all queued records are written and closes the logs, except the lifecycle log.
+    /// Sets `lost` to the number of lost records of each closed log that lost any.
     void closeLogs(Json& lost);
     Json manifestHead() const; ///< without the host
 };
