@@ -1,6 +1,6 @@
 // bench-history [RECORDINGS]: measures the list of the history with this number of recordings:
-// reading it, following the change of a recording, searching while one types, scrolling. See
-// README.md.
+// reading it, following the change of a recording, searching while one types, scrolling, writing
+// notes and deleting. See README.md.
 
 #include "TessaruneCore/text/ISO8601Date.h"
 #include "bench/support/CPUClock.h"

@@ -8,7 +8,7 @@
 /// Generates event logs of any length, the same on every computer.
 ///
 /// An utterance takes 6 seconds: 60 partials that grow word by word, some with a wrong word at or
-/// near the end that the next one corrects, and a final with word times. It has one or a few
+/// near the end that a later one corrects, and a final with word times. It has one or a few
 /// sentences with commas, and at most 300 characters.
 namespace tessarune::HourLog {
 

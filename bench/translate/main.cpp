@@ -1,7 +1,7 @@
 // Measures what the program adds to the cost of the translation engine: the same sentences pass
 // through the engine alone, through the offline translation service, through the session's
-// translator, and as rows that a session commits. These ways take turns at each sentence, and each
-// is equally often the first, so that the load of the computer and the caches affect all equally.
+// translator, and as rows that a session commits. These ways take turns at each sentence, and take
+// turns at being the first, so that the load of the computer and the caches affect all equally.
 // The result is the shortest wall-clock time and the median processor time.
 //
 // Usage: bench-translate [ROUNDS]

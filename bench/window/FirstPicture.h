@@ -13,7 +13,7 @@ struct FirstPicture {
 
     /// Starts a program on $DISPLAY, which no other program may use, waits until the middle of a
     /// window has another colour than the root window, and ends the program. Throws
-    /// std::runtime_error if nothing is painted within some seconds.
+    /// std::runtime_error if the program cannot be started or paints nothing within 30 seconds.
     static FirstPicture of(const std::vector<std::string>& command);
 };
 

@@ -147,8 +147,8 @@ TEST(SessionDiagnosticsRecorderTests, EachLevelKeepsWhatItSaysAndACoreRunHoldsNo
     }
 }
 
-/// Hours at each level: the manifest tells the truth, nothing piles up, and every line that a
-/// complete lines.
+/// Hours at each level: the manifest tells the truth, nothing piles up, and a kill at any time
+/// would leave complete lines.
 TEST(SessionDiagnosticsRecorderTests, HoursLeaveWhatTheManifestSaysAndPileNothingUp) {
     constexpr int hours = testing::rounds(8);
     constexpr int minutesBetween = 6;
@@ -197,8 +197,8 @@ TEST(SessionDiagnosticsRecorderTests, HoursLeaveWhatTheManifestSaysAndPileNothin
     }
 }
 
-/// Late timers, a stalled main queue, changed settings, withdrawn guesses and another recogniser:
-/// the log has everything that the captions depend on.
+/// Late timers, changed settings and a change of the recogniser: the log has everything that the
+/// captions depend on.
 TEST(SessionDiagnosticsRecorderTests, TheLogReplaysToTheRowsHoweverLateTheMainQueueIs) {
     for (std::uint64_t seed = 1; seed <= testing::rounds(12); ++seed) {
         SCOPED_TRACE(seed);

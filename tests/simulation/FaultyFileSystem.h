@@ -64,7 +64,7 @@ class FaultyFileSystem final : public FileSystem {
             node->bytes = node->durable = kept;
         }
     }
-    /// The computer restarts, and the disk works again.
+    /// Ends the faults.
     void recover() {
         failAt = failFrom = capacity = never;
         refused.clear();

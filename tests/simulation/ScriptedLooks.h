@@ -19,7 +19,7 @@ namespace tessarune::simulation {
 ///
 /// Each spoken word begins with a "w" and is said once; a misheard word begins with an "m", and an
 /// invented one with another letter. Errors that cannot be told from speech do not occur: no two
-/// successive passes omit or invent words in the same place; so the last word is never omitted.
+/// successive passes omit or invent words in the same place, and the last word is never omitted.
 class ScriptedLooks {
   public:
     explicit ScriptedLooks(std::uint64_t seed) : random_(seed) {}

@@ -14,8 +14,9 @@ namespace tessarune::simulation {
 /// translation. A seed determines everything.
 ///
 /// Checked: no row shows a translation into another language than the chosen one, no row gets a
-/// second translation, each row ends translated or the user learns why not; and captions, recording
-/// and stop equal those of the session without translation.
+/// second translation, and each row ends translated or the user learns why not. Captions and
+/// recording equal those of the session without translation, and the stop takes only as much longer
+/// as it may wait for translations.
 class TranslationSimulation {
   public:
     explicit TranslationSimulation(std::uint64_t seed);
