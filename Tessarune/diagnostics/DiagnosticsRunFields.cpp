@@ -101,7 +101,7 @@ Table run() {
          {clockTime,
           {"name", "the step of the session, in dotted words"},
           {"phase", "\"instant\", \"start\", \"finish\" or \"failure\""},
-          {"elapsedSeconds", "at a finish"},
+          {"elapsedSeconds", "at a finish or a failure"},
           {"fields", "details, all of them texts", anything}}},
         {"app",
          {{"name, bundleIdentifier, version, build", "the program, under the name of its command"},
