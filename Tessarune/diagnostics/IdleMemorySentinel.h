@@ -69,7 +69,6 @@ class IdleMemorySentinel {
     void start(std::optional<std::filesystem::path> runDirectory, const std::string& reason,
                SnapshotProvider snapshotProvider);
     void stop(const std::string& reason);
-    bool isRunning() const { return isRunning_; }
 
   private:
     struct Sample {

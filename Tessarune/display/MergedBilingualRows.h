@@ -15,17 +15,7 @@ namespace tessarune {
 /// Main queue.
 class MergedBilingualRows {
   public:
-    /// A range of source rows, from `lower` to before `upper`.
-    struct Span {
-        std::size_t lower = 0;
-        std::size_t upper = 0;
-
-        bool operator==(const Span&) const = default;
-    };
-
     const LiveCaptionDisplayRows& rows() const { return rows_; }
-    /// Which source rows each merged row covers, in order and without gaps.
-    const std::vector<Span>& spans() const { return spans_; }
 
     void rebuild(const LiveCaptionDisplayRows& source);
     /// Updates the rows after source rows were added to the first `oldCount`.
@@ -35,6 +25,11 @@ class MergedBilingualRows {
     void patch(const LiveCaptionDisplayRows& source, std::span<const std::size_t> affected);
 
   private:
+    /// A range of source rows, from `lower` to before `upper`.
+    struct Span {
+        std::size_t lower = 0;
+        std::size_t upper = 0;
+    };
     /// A range of merged rows.
     struct Merged {
         std::size_t first = 0;
@@ -49,7 +44,7 @@ class MergedBilingualRows {
     void appendGroup(const LiveCaptionDisplayRows& source, Span group);
 
     LiveCaptionDisplayRows rows_;
-    std::vector<Span> spans_;
+    std::vector<Span> spans_; ///< the source rows of each merged row, in order and without gaps
 };
 
 } // namespace tessarune

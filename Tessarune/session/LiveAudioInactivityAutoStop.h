@@ -25,7 +25,6 @@ class LiveAudioInactivityAutoStop {
     /// A timeout that is absent or not positive disables the watch.
     void start(std::optional<double> timeoutSeconds, OnTimeout onTimeout);
     void stop();
-    bool isRunning() const { return timer_.has_value(); }
 
     /// Notes that something is heard now. Does nothing unless the watch is running.
     void noteActivity();

@@ -24,7 +24,6 @@ class SessionDurationClock {
         startTime_.reset();
         onTick_ = {};
     }
-    bool isRunning() const { return timer_.has_value(); }
 
   private:
     void tick() {
