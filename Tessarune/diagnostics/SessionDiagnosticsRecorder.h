@@ -101,7 +101,6 @@ class SessionDiagnosticsRecorder final : public SessionDiagnostics {
     DiagnosticsLevel levelOfRun() const;
     std::filesystem::path makeRunDirectory(double wallClock);
     void openLogs(Run& run);
-    void logStart(const Run& run);
     void announce(const std::filesystem::path& directory);
     void write(Block block);
     void close(std::shared_ptr<Run> run);
