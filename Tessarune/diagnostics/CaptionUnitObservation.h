@@ -7,7 +7,6 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
-#include <vector>
 
 /// Describes a row of captions for the logs and snapshots of a run. Pure functions.
 namespace tessarune::CaptionUnitObservation {

@@ -7,7 +7,6 @@
 #include <map>
 #include <numeric>
 #include <system_error>
-#include <utility>
 
 namespace tessarune {
 

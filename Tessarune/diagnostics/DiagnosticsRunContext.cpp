@@ -1,6 +1,5 @@
 #include "Tessarune/diagnostics/DiagnosticsRunContext.h"
 
-#include "Tessarune/diagnostics/DiagnosticsRunLayout.h"
 #include "Tessarune/session/SessionInactivityStop.h"
 #include "Tessarune/shell/DiagnosticsNDJSONWriter.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"

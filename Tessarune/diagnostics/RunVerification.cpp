@@ -8,7 +8,6 @@
 #include "TessaruneCore/text/Localization.h"
 
 #include <algorithm>
-#include <optional>
 #include <stdexcept>
 #include <string_view>
 #include <vector>

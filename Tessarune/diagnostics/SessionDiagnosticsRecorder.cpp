@@ -2,7 +2,6 @@
 
 #include "Tessarune/diagnostics/DiagnosticsRunLayout.h"
 #include "Tessarune/diagnostics/SessionDiagnosticsRun.h"
-#include "Tessarune/session/LiveCaptionCoreFactory.h"
 #include "Tessarune/session/SessionView.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"

@@ -2,6 +2,8 @@
 
 #include "TessaruneCore/translation/TranslationSupport.h"
 
+#include <utility>
+
 namespace tessarune {
 
 namespace {

@@ -1,6 +1,7 @@
 #include "Tessarune/session/CaptionClock.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 #include <vector>
 

@@ -3,7 +3,6 @@
 #include "TessaruneCore/host/Host.h"
 
 #include <memory>
-#include <optional>
 
 namespace tessarune {
 

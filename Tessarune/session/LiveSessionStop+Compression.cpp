@@ -1,7 +1,5 @@
 #include "Tessarune/session/LiveTranscriptStore.h"
 
-#include <utility>
-
 namespace tessarune {
 
 namespace {

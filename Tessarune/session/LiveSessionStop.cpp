@@ -7,7 +7,6 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <system_error>
-#include <utility>
 
 namespace tessarune {
 

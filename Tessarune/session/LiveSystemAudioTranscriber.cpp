@@ -2,7 +2,6 @@
 
 #include "TessaruneCore/LocalizedError.h"
 #include "TessaruneCore/host/CancellationError.h"
-#include "TessaruneCore/recognition/ModelCatalog.h"
 
 #include <exception>
 #include <utility>

@@ -5,8 +5,6 @@
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/Localization.h"
 
-#include <utility>
-
 namespace tessarune {
 
 namespace {

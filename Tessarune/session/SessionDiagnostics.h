@@ -19,7 +19,6 @@
 #include "TessaruneCore/recognition/ASREvent.h"
 #include "TessaruneCore/replay/CaptionMark.h"
 
-#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>

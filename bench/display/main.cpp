@@ -5,7 +5,6 @@
 
 #include <chrono>
 #include <cstdio>
-#include <functional>
 #include <map>
 #include <string>
 #include <unordered_set>

@@ -3,7 +3,6 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <memory>
-#include <stdexcept>
 #include <utility>
 
 namespace tessarune {

@@ -3,7 +3,6 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <random>
 #include <string>

@@ -12,7 +12,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 
 /// Measures two ratios that do not depend on the speed of the computer: the time to read and replay

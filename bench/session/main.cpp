@@ -5,7 +5,6 @@
 #include <CLI/CLI.hpp>
 #include <malloc.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>

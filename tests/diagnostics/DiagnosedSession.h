@@ -3,7 +3,6 @@
 #include "Tessarune/diagnostics/SessionDiagnosticsRecorder.h"
 #include "tests/simulation/TranslatedLiveSession.h"
 
-#include <map>
 #include <memory>
 #include <set>
 #include <sstream>
