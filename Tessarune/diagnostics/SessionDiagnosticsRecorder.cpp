@@ -2,7 +2,6 @@
 
 #include "Tessarune/diagnostics/DiagnosticsRunLayout.h"
 #include "Tessarune/diagnostics/SessionDiagnosticsRun.h"
-#include "Tessarune/session/SessionView.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/recognition/ModelCatalog.h"
 #include "TessaruneCore/text/DateText.h"
@@ -123,15 +122,12 @@ void SessionDiagnosticsRecorder::startIfNeeded(const Start& start) {
         record.update({{"t", run_->t0}, {"event", "diagnostics.start"}});
         captions->append(record);
     }
-    if (auto* events = log("asrEvents"); events && view_) {
+    if (auto* events = log("asrEvents")) {
         writeCaptionSettings(run_->t0);
-        // If the run starts in the middle of a session, the text that the previous recogniser left
-        // open is still on the screen, and the log must begin with it.
-        const std::string open = view_->captions.currentPartial->sourceText;
-        if (!open.empty())
-            events->append([record = captionMarkRecord(CaptionMark::open, run_->t0, open)] {
-                return record.line();
-            });
+        // The captions continue from the open text, so a replay must begin with it.
+        if (!start.openText.empty())
+            events->append([record = captionMarkRecord(CaptionMark::open, run_->t0,
+                                                       start.openText)] { return record.line(); });
     }
     write([run = run_, &figures = environment_.figures,
            file = Context::settingsFile(settings, run_->sections, isFull)]() mutable {

@@ -180,7 +180,8 @@ void LiveTranscriptStore::startDiagnostics(const AudioSource& source) {
     if (inactivity_.configuration()) {
         environment_.diagnostics->startIfNeeded(
             {source, AudioSourceDisplayName::name(source, *view_.inputDevices),
-             *inactivity_.configuration()});
+             *inactivity_.configuration(),
+             message_.isShown() ? std::string() : core_.currentPartial->sourceText});
     }
     view_.isDiagnosticsRunning = environment_.diagnostics->isRunning();
 }

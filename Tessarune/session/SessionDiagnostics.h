@@ -36,6 +36,9 @@ class SessionDiagnostics {
         AudioSource source;
         std::string sourceName; ///< the name for display
         LiveAudioInactivityAutoStopConfiguration audioInactivityAutoStopConfiguration;
+        /// The text that is open if the run starts in the middle of a session, without messages of
+        /// the program.
+        std::string openText;
     };
     struct Finish {
         TranscriptSnapshot snapshot;

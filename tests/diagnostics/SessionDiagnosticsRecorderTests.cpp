@@ -371,6 +371,7 @@ TEST(SessionDiagnosticsRecorderTests, EachRunOfASessionNamesItsRecordingAndItsSo
     session.files.recover();
     EXPECT_EQ(session.json("manifest.json")["recordingID"], id);
     EXPECT_EQ(session.json("manifest.json")["performance"]["sampleRate"], session.sampleRate);
+    EXPECT_EQ(RunVerification::verify(session.files, session.run()).problem, "");
     session.runOne();
     EXPECT_NE(session.json("manifest.json")["recordingID"], id);
     EXPECT_EQ(session.json("manifest.json")["performance"]["sampleRate"], session.sampleRate);
