@@ -12,8 +12,6 @@ struct LiveAudioInactivityAutoStopConfiguration {
 
     std::int64_t minutes;
     std::optional<double> timeoutSeconds; ///< absent for 0 minutes: never
-
-    bool operator==(const LiveAudioInactivityAutoStopConfiguration&) const = default;
 };
 
 } // namespace tessarune
