@@ -94,7 +94,7 @@ class SessionDiagnostics {
     virtual void closeLifecycle() {}
     /// The texts have changed since the run was finished.
     virtual void updateFinishedSnapshot(const TranscriptSnapshot&) {}
-    /// Whether data of a finished run is still being written.
+    /// Whether files of a run are still being written; the logs of an open run do not count.
     virtual bool isWriting() const { return false; }
 
     // Events; an observer ignores those that it does not log
@@ -104,7 +104,7 @@ class SessionDiagnostics {
     virtual void notePerfStats(const PerfStats&) {}
     /// `t` is the time at which the captions process the event.
     virtual void appendASREvent(const ASREvent&, double /*t*/) {}
-    /// Any other change of the captions, at time `t`.
+    /// Anything else that a replay of the captions must know, at time `t`.
     virtual void markCaptions(CaptionMark, double /*t*/) {}
     virtual void appendAppleRawResult(const AppleSpeechAnalyzerRawResultRecord&) {}
     virtual void appendAppleSummaryResult(const AppleSpeechAnalyzerSummaryRecord&) {}
