@@ -16,7 +16,7 @@ AudioCapture::AudioCapture(Host& host, SoundServer& server, AudioSource source,
       executor_(Executor::queue(host, queue_)) {}
 
 AudioCapture::~AudioCapture() {
-    // The stream must stop on its queue, but the last reference to this may be dropped elsewhere.
+    // The stream must stop on its queue, but the capture may be destroyed on another thread.
     if (stream_)
         queue_->async([stream = std::move(stream_)] { stream->stop(); });
 }

@@ -28,7 +28,8 @@ class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
     AudioCapture(Host& host, SoundServer& server, AudioSource source, std::string_view queueLabel);
 
     /// Begins a capture, after ending one that is still running. Resumes on the main queue. Throws
-    /// what the hooks below throw, and then leaves nothing open.
+    /// what `prepare` and `fail` throw, or MediaFileError if the server plays a file, and then
+    /// leaves nothing open.
     Task<void> begin();
     /// Queues the end of the capture and returns at once.
     void endLater();
@@ -47,7 +48,7 @@ class AudioCapture : public std::enable_shared_from_this<AudioCapture> {
     virtual void handleInput(AudioBufferPtr buffer) = 0;
     virtual void handleEvent(const CaptureEvent& event) = 0;
 
-    /// Levels are computed a few times a second, not for each buffer.
+    /// Levels are computed for each eighth buffer, about twelve times a second.
     static constexpr int buffersPerLevel = 8;
     /// The root mean square over all channels and frames: 0 for an empty buffer, 1 for full scale.
     static double rms(const AudioBuffer& buffer);

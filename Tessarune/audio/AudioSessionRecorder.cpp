@@ -263,8 +263,8 @@ void AudioSessionRecorder::appendOnQueue(const AudioBuffer& buffer, double arriv
         onFirstSample({item_->id, arrivedAt - writtenSeconds()});
 }
 
-/// Takes the format from the received sound, not from the request. Patches the header at once:
-/// after a crash before the first regular patch, the file must not play at the wrong speed.
+/// Takes the file's sample rate from the first buffer. Patches the header at once: after a crash
+/// before the first regular patch, the file must not play at the wrong speed.
 void AudioSessionRecorder::observeFormat(const AudioBuffer& buffer) {
     observedSampleRate_ = buffer.format.sampleRate;
     if (headerSampleRate() != sampleRate) {

@@ -28,7 +28,8 @@ std::optional<CaptureStream::Source> monitorOf(const SoundOutput* output) {
 /// How often late sound is checked, and the maximum number of checks.
 constexpr double paceCheckSeconds = 0.25;
 constexpr int maximumPaceChecks = 20;
-/// If a check is this late, the program itself was suspended, and its sound may still be queued.
+/// If a check for a stall is later than this, the program itself was suspended, and its sound may
+/// still be queued.
 constexpr double lateCheckSeconds = 0.5;
 
 SoundServerError noSound() {
@@ -86,11 +87,11 @@ class CaptureStream::Keeper : public std::enable_shared_from_this<Keeper> {
     bool stalled_ = false;            // `stream_` is still open but delivers nothing
     std::uint64_t currentStream_ = 0; // the attempt that opened `stream_`
 
-    double quietSince_ = 0; // time of the last buffer, or of the opening of the stream
+    double quietSince_ = 0; // time of the last buffer, of the opening, or of a late stall check
     double stallCheckAt_ = 0;
     LateSound late_;
     int paceChecks_ = 0;
-    bool isInterrupted_ = false;   // an interruption was reported, and nothing has arrived since
+    bool isInterrupted_ = false;   // an interruption was reported, and its end was not
     bool isFirstOfStream_ = false; // the next buffer is the first of `stream_`
     bool tookOver_ = false;        // `stream_` is not the first stream of the capture
     double retrySeconds_ = 0;
@@ -235,8 +236,8 @@ void CaptureStream::Keeper::deliver(AudioBufferPtr buffer) {
         handlers_.onBuffer(std::move(buffer));
 }
 
-/// Called before the buffer after a gap. Ignores a short gap unless an interruption was reported.
-/// A gap within one stream is short below `stallSeconds`, a gap between two streams below
+/// Called before a buffer that may follow a gap. Ignores a short gap unless an interruption was
+/// reported. A gap within one stream is short below `stallSeconds`, a gap between two streams below
 /// `smallestGapSeconds`.
 void CaptureStream::Keeper::reportGap(double seconds, bool tookOver) {
     if (!isInterrupted_ && seconds < (tookOver ? smallestGapSeconds : stallSeconds))

@@ -30,9 +30,9 @@ struct CaptureEvent {
 ///
 /// System audio and the default microphone follow the default as it changes. A chosen microphone
 /// that goes away is replaced by the default until it is back. Without a device or a server, the
-/// capture waits for one; an open stream that delivers nothing for `stallSeconds` is reopened. On a
-/// change of the device, the old stream delivers until the new one is open, so no available sound
-/// is lost.
+/// capture waits for one. A continuous stream that delivers nothing for `stallSeconds` is reopened.
+/// On a change of the device, the old stream delivers until the new one is open, so no available
+/// sound is lost.
 ///
 /// Call all operations on the executor that was passed to the constructor; handlers run there, but
 /// none after `stop`. The destructor stops the capture. The server must outlive it.
@@ -51,10 +51,12 @@ class CaptureStream {
 
     /// Longer than the two seconds for which an idle output may sleep.
     static constexpr double stallSeconds = 2.5;
-    /// A smaller gap is ignored when a device replaces another that was still delivering.
+    /// A smaller gap is ignored when a device replaces another that was still delivering, and sound
+    /// that is less late than this counts as on time again.
     static constexpr double smallestGapSeconds = 0.25;
-    /// The timeout for opening grows with each attempt: a server that is busy moving streams may
-    /// never answer one request but answer the next at once, while a slow device needs more time.
+    /// The timeout for reopening grows with each failed attempt. A server that is busy moving
+    /// streams may never answer one request but answer the next at once; a slow device needs more
+    /// time. The first opening has the longest timeout.
     static constexpr double shortestOpenSeconds = 1.0;
     static constexpr double longestOpenSeconds = 5.0;
     static constexpr double shortestRetrySeconds = 0.25;

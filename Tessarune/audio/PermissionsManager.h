@@ -15,8 +15,8 @@ namespace tessarune {
 /// The user's permissions for system audio, microphone and speech, as far as they are known. Stored
 /// in the user defaults. One object for the program, main queue only.
 ///
-/// Desktops do not ask for permission to record system audio, so its status comes from delivered
-/// sound and from the probe.
+/// Desktops do not ask for permission to record system audio, so its status comes from sound that
+/// arrives or is missing, in a session or during the probe.
 class PermissionsManager {
   public:
     enum class Status { granted, denied, unknown };

@@ -74,7 +74,7 @@ struct SoundDevices {
 };
 
 enum class SoundServerState {
-    disconnected, ///< no attempt is running, or the next one is delayed
+    disconnected, ///< no attempt is running; the next one may be scheduled
     connecting,
     connected,
 };
@@ -137,7 +137,8 @@ class PlaybackStream {
 /// Interface: the sound server of this desktop.
 ///
 /// All operations may be called from any thread. The object must outlive its streams. Tasks resume
-/// on the executor in their parameters and throw SoundServerError.
+/// on the executor in their parameters and throw SoundServerError; those of a server that plays a
+/// file also throw MediaFileError.
 class SoundServer {
   public:
     using Subscription = std::shared_ptr<void>;

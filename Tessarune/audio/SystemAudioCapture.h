@@ -41,7 +41,8 @@ class SystemAudioCapture final : public AudioCapture {
     std::weak_ptr<SystemAudioCaptureDelegate> delegate;
 
     /// Begins a capture, after ending one that is still running. Resumes on the main queue. On
-    /// failure, throws SystemAudioCaptureError and leaves nothing open.
+    /// failure, throws SystemAudioCaptureError, or MediaFileError if the server plays a file, and
+    /// leaves nothing open.
     Task<void> start() { return begin(); }
     /// Ends the capture later, on the capture queue; until then, sound may still arrive.
     void stop() { endLater(); }

@@ -12,14 +12,14 @@ namespace tessarune {
 /// The state of an engine session at one moment.
 struct AnalyzerEngineSnapshot {
     std::int64_t generation = 0;
-    double audioEpoch = 0;      ///< wall clock of audio time 0; 0 before the first sound
+    double audioEpoch = 0;      ///< host time of audio time 0; 0 before the first sound
     double latestAudioTime = 0; ///< seconds of sound fed so far
-    double segmentStart = 0;    ///< wall clock at which the running utterance began
+    double segmentStart = 0;    ///< host time at which the running utterance began
     std::int64_t revision = 0;  ///< partials in the running utterance
     std::vector<std::string> requestedSpeechOptions;
     AudioTimeline timeline; ///< the gaps in the sound
 
-    /// The wall time of an audio time; valid after the first sound.
+    /// The host time of an audio time; valid after the first sound.
     double wallTimeOf(double audioTime) const {
         return audioEpoch + audioTime + timeline.lostBefore(audioTime);
     }

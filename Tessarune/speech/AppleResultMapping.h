@@ -34,8 +34,8 @@ struct RunAggregate {
 
 /// The words of a result and the span of sound that they cover.
 struct TimingInfo {
-    std::optional<std::pair<double, double>> span;   ///< audio time
-    std::optional<std::vector<ASRWordTiming>> words; ///< wall time; absent if no run is timed
+    std::optional<std::pair<double, double>> span;   ///< audio times
+    std::optional<std::vector<ASRWordTiming>> words; ///< host times; absent if no word is timed
     std::int64_t timedRunCount = 0;
 };
 

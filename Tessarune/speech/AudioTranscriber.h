@@ -38,7 +38,7 @@ class AudioTranscriber {
     /// time. Never throws. Resumes on the main queue.
     virtual Task<void> finishDrainingAndStop() = 0;
 
-    /// Begins a new utterance now and drops the current one; the session continues.
+    /// Begins a new utterance now and forgets the last partial; the session continues.
     virtual void reset() = 0;
 
     /// Asks for a final result for the sound so far. The engine may decline.

@@ -40,7 +40,7 @@ class SpeechAnalyzer {
     /// Asks for final results up to an audio time.
     virtual Task<void> finalize(double through) = 0;
 
-    /// Drops the sound before an audio time, to free memory.
+    /// Allows the analyzer to drop what it keeps of the sound before an audio time, to free memory.
     virtual Task<void> cancelAnalysis(double before) = 0;
 
     /// Waits until all input is read and all results are delivered, then ends the results.

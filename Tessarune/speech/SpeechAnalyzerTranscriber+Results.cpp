@@ -133,7 +133,7 @@ void SpeechAnalyzerTranscriber::handleFinal(const IncomingResult& incoming) {
             state_.lastApplePartialCandidate.reset();
     }
     if (text.empty()) {
-        // Only a final without text withdraws the partial; a final that was dropped does not.
+        // Only a final without text withdraws the partial; a dropped final that has text does not.
         if (lastPartial && incoming.candidate.text.empty())
             withdrawGuess();
         return;

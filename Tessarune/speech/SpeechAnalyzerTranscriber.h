@@ -32,7 +32,7 @@ namespace tessarune {
 /// four locks; no thread holds two of them, and no callback runs under a lock. Background work
 /// holds the object weakly and ends once the generation of its session has changed.
 ///
-/// Times are seconds since 1970; audio times count the sound fed in the session, from 0.
+/// Times are host times; audio times count the sound fed in the session, from 0.
 class SpeechAnalyzerTranscriber final
     : public AudioTranscriber,
       public std::enable_shared_from_this<SpeechAnalyzerTranscriber> {
@@ -44,8 +44,8 @@ class SpeechAnalyzerTranscriber final
     SpeechAnalyzerTranscriber& operator=(const SpeechAnalyzerTranscriber&) = delete;
 
     /// Callbacks for the results, called on this object's queue. Set them before `start` and leave
-    /// them unchanged until the session is over. Leave callbacks for records unset if they are not
-    /// needed: records are expensive.
+    /// them unchanged until the session is over. Leave `onRawResult` and `onSummaryResult` unset if
+    /// they are not needed: their records are expensive.
     std::function<void(const ASREvent&)> onEvent;
     std::function<void(const std::exception&)> onError; ///< no more results follow
     /// The partial since the last final is withdrawn, and no final follows for it.
@@ -76,7 +76,8 @@ class SpeechAnalyzerTranscriber final
     static constexpr double finalizeMinCutoffSeconds = 0.2;
     static constexpr double finalizeMinAudioStepSeconds = 0.9;
     static constexpr double finalizeMinWallStepSeconds = 1.2;
-    // Old sound is dropped up to a safety tail before the audio time that a request names.
+    // Old sound is dropped up to a safety tail before the audio time that a request names, in
+    // minimum steps.
     static constexpr double cancelSafetyTailSeconds = 1.5;
     static constexpr double cancelMinCutoffSeconds = 0.5;
     static constexpr double cancelMinAudioStepSeconds = 4.0;
@@ -91,13 +92,13 @@ class SpeechAnalyzerTranscriber final
         std::optional<InputContinuation> inputCont;
         std::optional<TaskHandle> resultsTask;
         std::optional<AudioFormat> analyzerFormat;
-        double segmentStart = 0;   ///< wall clock at which the running utterance began
+        double segmentStart = 0;   ///< host time at which the running utterance began
         std::int64_t revision = 0; ///< partials in the running utterance
         std::int64_t rawResultSequence = 0;
         bool didReportFullInput = false;
         std::int64_t generation = 0; ///< incremented at the start and the end of each session
         std::vector<std::string> requestedSpeechOptionStrings;
-        double audioEpoch = 0; ///< wall clock of audio time 0; 0 before the first sound
+        double audioEpoch = 0; ///< host time of audio time 0; 0 before the first sound
         double latestAudioTime = 0;
         AudioTimeline timeline; ///< the gaps in the sound
         double lastFinalizeRequestAudioTime = std::numeric_limits<double>::lowest();
@@ -242,7 +243,7 @@ class SpeechAnalyzerTranscriber final
     std::optional<AudioFormat> converterInput_ GUARDED_BY(converterLock_);
 
     SoleLock inputLock_;
-    /// The incomplete batch; the capacity of its samples is the size of a batch.
+    /// The incomplete batch; the capacity of its samples is the maximum size of a batch.
     std::optional<AudioBuffer> inputAccumulator_ GUARDED_BY(inputLock_);
 
     mutable SoleLock partialLock_;

@@ -12,7 +12,7 @@ namespace tessarune {
 /// A piece of a result's text with the engine's attributes.
 struct SpeechRun {
     std::string text;
-    /// Seconds of the sound fed; present with the attribute audioTimeRange.
+    /// Seconds of the sound fed, or of the recording; present with the attribute audioTimeRange.
     std::optional<double> audioStart;
     std::optional<double> audioEnd;
     /// 0 to 1; present with the attribute transcriptionConfidence.

@@ -106,7 +106,7 @@ GhostTranslationCandidateProcessor::process(std::shared_ptr<LiveTranscriptTransl
         co_return;
     }
 
-    // An unprepared pair does not prevent a preview: translating prepares it.
+    // Translating prepares an installed pair; if the pair's files are missing, it fails.
     const double calledAt = runtime.now();
     std::string translated;
     std::exception_ptr error;

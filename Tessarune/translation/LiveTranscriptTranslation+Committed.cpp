@@ -38,7 +38,8 @@ void LiveTranscriptTranslation::startCommittedRun(bool forceTail) {
         startCommittedTranslationTask(*context, forceTail);
 }
 
-/// The context for a run; `nullopt` if none may start now. Creates the translator if it is needed.
+/// The context for a run; `nullopt` if none may start now. Creates the translator and prepares the
+/// pair, if they are needed.
 std::optional<TranslationRunContext>
 LiveTranscriptTranslation::prepareCommittedTranslationRunContext() {
     using namespace TranslationSupport;
@@ -81,8 +82,8 @@ void LiveTranscriptTranslation::startCommittedTranslationTask(const TranslationR
         });
 }
 
-/// Translates the pending units one by one and ends when none is left. The next commit starts a new
-/// run.
+/// Translates the pending units one by one. Ends when none is pending, or after a unit with which
+/// the run cannot continue. The next commit starts a new run.
 Task<void> LiveTranscriptTranslation::runQueue(Self self, TranslationRunContext context,
                                                bool forceTail, std::stop_token stop) {
     const auto newID = [self] { return self->runtime_->newID(); };

@@ -108,8 +108,8 @@ class LiveTranscriptTranslation final
         const std::string& source, const std::string& target,
         const TranslationLanguagePreparationResult& result);
 
-    /// Called when the target or the backend may have changed: drops the results for the previous
-    /// values and translates again.
+    /// Called when the target or the backend may have changed. Drops the results for the previous
+    /// values and translates again; if translation is off now, only stops and keeps the results.
     void applySettings(const std::string& reason);
 
     void refresh(const std::string& reason) { captions_->refreshCaptionDisplay(reason, nullptr); }

@@ -63,8 +63,8 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
         environment_.log(std::move(name), std::move(fields));
     }
 
-    /// Whether the task was not stopped and its target is still that of the settings. Checked after
-    /// each suspension of a translation; results for a previous target are dropped.
+    /// Whether the task was not stopped, translation is on, and the task's target is still that of
+    /// the settings. Checked after each suspension of a translation; other results are dropped.
     bool isWanted(const TranslationRunContext& context, const std::stop_token& stop) const;
 
     /// The cached translator, created on first use; null if there is none.
@@ -83,8 +83,8 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
     /// Resets the health and forgets which pair it belonged to.
     void resetCommittedHealth();
 
-    /// Drops all state of the pair and prepares it again. Throws what the translator throws, or
-    /// `CancellationError`.
+    /// Drops all state of the pair and prepares it again. Throws what the translator throws,
+    /// `TranslatorError` if there is no translator, or `CancellationError`.
     Task<void> rebuildCommittedLanguagePair(std::string source, std::string target,
                                             std::stop_token stop);
 
@@ -107,7 +107,8 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
     // Language preparation
 
     using PreparationFinished = std::function<void(const TranslationLanguagePreparationResult&)>;
-    /// `onFinished` is called unless the preparation was cancelled or superseded.
+    /// If this starts a preparation, `onFinished` is called at its end, unless the preparation was
+    /// cancelled or superseded.
     TranslationLanguagePreparationStart
     startLanguagePreparation(std::string source, std::string target,
                              std::shared_ptr<Translator> translator, std::string reason,

@@ -57,8 +57,8 @@ class SessionTranslation {
     /// Ends the preview and removes its text.
     virtual void cancelGhostTranslation() {}
     virtual void cancelCommittedTranslationTask() {}
-    /// Translates all pending rows, including unfinished units, for at most this time; true if none
-    /// remains pending. Resumes on the main queue and never throws.
+    /// Translates all pending rows, including unfinished units, for at most this time. Returns true
+    /// if none remains pending or translation is off. Resumes on the main queue and never throws.
     virtual Task<bool> drainCommittedTranslationsBeforePersist(double /*timeoutSeconds*/) {
         co_return true;
     }

@@ -25,7 +25,7 @@ class TranslatedCaptions {
     /// `patch` is null unless exactly one unit was translated or failed.
     virtual void refreshCaptionDisplay(const std::string& reason,
                                        const LiveCaptionDisplayTranslationPatch* patch) = 0;
-    /// Adds a translation that arrives after the stop to the saved transcript.
+    /// Updates the saved transcript if translations change after the stop.
     virtual void updatePersistedTranscriptIfStopped() = 0;
     /// Drops the observation if no translation log is open.
     virtual void appendTranslationObservation(const TranslationObservation& observation) = 0;

@@ -55,7 +55,7 @@ class TranslationSession {
 
     /// Whether the pair's files are installed and can be loaded.
     virtual Task<bool> isReady() = 0;
-    /// Downloads the missing files of the pair, if allowed, and loads the pair.
+    /// Downloads the files of the pair if they are missing or unusable, and loads the pair.
     virtual Task<void> prepareTranslation() = 0;
     virtual Task<Response> translate(std::string text) = 0;
 };

@@ -60,7 +60,7 @@ class AudioSessionRecorderTests : public ::testing::Test {
                                           static_cast<unsigned char>(bytes[at + 1]) << 8));
         return all;
     }
-    /// The bytes before the first silence in a file that was recorded without any.
+    /// The number of bytes before the first silence; the recorded sound has none.
     std::size_t loudBytes(const simulation::FaultyFileSystem& onDisk) const {
         const std::string bytes = onDisk.contentsOf(entries.back().filePath);
         std::size_t at = 44;
