@@ -65,7 +65,8 @@ bool repeatsAt(const Words& words, std::size_t place) {
 } // namespace
 
 /// Merges the shown words with the guess of a pass. The guess at a complete line removes all shown
-/// words that it does not have, except hesitations.
+/// words that it does not have, except hesitations within the line in whose place it has no other
+/// words.
 class OpenLine::Merge {
   public:
     Merge(Words shown, const Words& guess, bool isComplete)

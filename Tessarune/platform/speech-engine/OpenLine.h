@@ -51,7 +51,7 @@ class OpenLine {
 
     /// Starts another line, which overlaps the previous one and may repeat its last words. `last`
     /// are the words of the previous line, and `through` is its end in seconds of the session: no
-    /// word of the new line begins sooner.
+    /// word of the new line begins earlier.
     void follow(std::vector<SpeechRun> last, double through);
 
   private:
@@ -73,7 +73,7 @@ class OpenLine {
     static Words withoutRepeats(std::vector<SpeechRun> runs);
     struct Joint {
         std::size_t place; ///< in the guess
-        double frontFit;   ///< matching minus differing words before `place`
+        double frontFit;   ///< how well `front` matches the words before `place`; 0: not at all
     };
     /// `beginsInside`: the guess may begin with any word of `front`.
     static Joint jointOf(const Words& front, bool beginsInside, const Words& behind,

@@ -199,8 +199,8 @@ void RecognitionSession::pass(bool closesLine) {
         stream_->stop();
     const moonshine::Transcript& transcript = stream_->transcribe();
     const double ended = host_.now();
-    // The engine uses several threads, other work may run beside it, and the process may have been
-    // suspended: the smaller value is the best estimate of a pass's cost.
+    // Processor time includes the program's other threads, and elapsed time includes suspensions:
+    // the smaller value is the best estimate of a pass's cost.
     const double cost = std::min(ended - began, policy_.processorSeconds() - workedBefore);
     const double idle = std::min(cost * (policy_.passCostFactor - 1), policy_.longestIdle);
     nextPassAt_ = std::max(began + policy_.passInterval, ended + idle);

@@ -18,7 +18,7 @@ namespace tessarune {
 struct OfferedSpeechModel {
     std::string_view name;
     moonshine::Architecture architecture;
-    std::uint64_t bytes; ///< approximate, with the files for word times
+    std::uint64_t bytes; ///< of its files, approximate
 };
 
 /// The memory of this computer; 0 if unknown. Any thread.

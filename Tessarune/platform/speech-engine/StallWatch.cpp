@@ -8,8 +8,8 @@ namespace {
 
 /// A check that is later than this shows that the program itself was suspended.
 constexpr double lateSeconds = 1.0;
-/// The minimum delay of a check. Without it, a check that rounding makes a moment too early could
-/// repeat itself for ever.
+/// The minimum delay of a check. Without it, a check that is slightly too early by rounding could
+/// be repeated forever.
 constexpr double shortestWait = 0.05;
 
 } // namespace

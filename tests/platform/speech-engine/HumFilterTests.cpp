@@ -13,7 +13,8 @@ namespace {
 
 constexpr std::size_t rate = 16000;
 
-/// Hum without its fundamental, which the high-pass takes, then as much of noise that is softer.
+/// Four seconds of soft noise with hum, whose low harmonics the high-pass has removed; then four
+/// seconds of the noise alone.
 std::vector<float> humThenNoise(double hertz) {
     std::mt19937 random(1);
     std::normal_distribution<float> noise(0, 0.004F);
