@@ -20,14 +20,14 @@ class DataFolderLock {
     /// so, for a moment after `take`, these are the values of the previous holder, if there was
     /// one.
     struct Holder {
-        int processID = 0;   ///< 0 if the file is empty
+        int processID = 0;   ///< 0 if the file is empty or cannot be read
         std::string program; ///< the program's name, as passed to `take`
 
         bool operator==(const Holder&) const = default;
     };
 
     /// Returns the lock, or its current holder. Creates the folder if it is missing. Throws
-    /// std::system_error if the folder or the lock file cannot be created.
+    /// std::system_error if the folder or the lock file cannot be created, or the file not locked.
     static std::variant<DataFolderLock, Holder> take(const TessarunePaths& paths,
                                                      std::string_view program);
 

@@ -32,8 +32,8 @@ class FileLock {
     }
     ~FileLock();
 
-    /// Writes `text` into the lock file, for programs that find the lock taken. A failure leaves
-    /// the file empty.
+    /// Writes `text` into the lock file, for programs that find the lock taken. A failed write
+    /// leaves the file empty.
     void note(std::string_view text) const;
 
   private:

@@ -4,8 +4,8 @@
 
 namespace tessarune {
 
-/// The computer's own disk, through POSIX calls, so that every error code and every fsync is
-/// visible.
+/// The computer's own disk. Reads and writes with POSIX calls, so that every error code and every
+/// fsync is visible.
 class PosixFileSystem : public FileSystem {
   public:
     std::string read(const Path& path) override;

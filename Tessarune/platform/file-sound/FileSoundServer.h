@@ -39,7 +39,8 @@ class FileSoundServer final : public SoundServer {
     };
 
     /// `onFinished` is called on the main queue when the file has been played, with the failure if
-    /// it could not be read to its end (null otherwise). It is not called for a closed stream.
+    /// it could not be read to its end (null otherwise). It is not called if the stream is closed
+    /// before that.
     FileSoundServer(Host& host, Media media, std::filesystem::path file, Pace pace,
                     std::function<void(std::exception_ptr)> onFinished);
     ~FileSoundServer() override;

@@ -14,7 +14,7 @@
 
 namespace tessarune {
 
-/// A failed download. The text names the file and can be shown.
+/// A failed download. The text can be shown.
 struct DownloadFailed : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
@@ -35,7 +35,7 @@ struct DownloadPolicy {
     double stallSeconds = 20;
     /// A download fails after more than this many attempts in a row without new bytes.
     int fruitlessTries = 6;
-    /// The pause before the first retry; each further one is twice as long.
+    /// The pause before the first retry; each further one without new bytes is twice as long.
     double firstPauseSeconds = 1;
     double longestPauseSeconds = 60;
     /// Disk space that must remain free.
@@ -48,7 +48,7 @@ struct DownloadPolicy {
     /// Called for each download if `mirror` is empty, on the downloading thread. Returns the
     /// address of a mirror, or an empty text for the original servers. May be empty.
     std::function<std::string()> chosenMirror{};
-    /// Reports each failed attempt, on the downloading thread. May be empty.
+    /// Reports each failed attempt but the last, on the downloading thread. May be empty.
     std::function<void(const DownloadTrouble&)> onTrouble{};
 
     /// $TESSARUNE_MODEL_MIRROR, or empty.
@@ -77,8 +77,8 @@ class Downloader {
     /// Fetches the file into the folder: under a temporary name (".part") until it is complete and
     /// verified, then under its own. Reuses an earlier attempt: keeps a valid file, continues a
     /// partial one. Removes an invalid file; if it was assembled in several attempts, fetches it
-    /// once more. Resumes on `executor`. Throws DownloadFailed, and std::system_error if the disk
-    /// fails.
+    /// once more. Resumes on `executor`. Throws DownloadFailed, std::system_error if the disk
+    /// fails, and std::runtime_error if a library cannot be used.
     Task<void> fetch(Executor executor, FileToFetch file, std::filesystem::path folder,
                      Progress progress, std::stop_token stop);
 

@@ -281,7 +281,7 @@ ModelInstaller::ModelInstaller(Host& host, ModelStore& store, DownloadPolicy pol
 ModelInstaller::~ModelInstaller() {
     for (const auto& [key, job] : shared_->jobs)
         job->stop.request_stop();
-    // Wait for running work: a job without waiters may still use the disk.
+    // Waits for running work: a job without waiters may still use the disk.
     for (const auto& lane : shared_->lanes)
         lane->sync([] {});
     if (shared_->checks)

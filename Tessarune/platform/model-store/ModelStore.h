@@ -39,7 +39,7 @@ struct StoredModel {
 };
 
 /// A model that has changed since it was installed, or that its engine cannot use. The text names
-/// the model and the faulty file, if there is one.
+/// the model or the faulty file.
 struct ModelDamaged : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

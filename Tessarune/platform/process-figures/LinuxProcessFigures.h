@@ -7,8 +7,8 @@
 
 namespace tessarune {
 
-/// Reads the figures from /proc/self, /sys and the C library. A figure that Linux lacks is
-/// "unknown", or replaced by the closest figure.
+/// Reads the figures from /proc, /sys and the C library. A figure that Linux lacks is "unknown",
+/// absent, or replaced by the closest figure.
 class LinuxProcessFigures final : public ProcessFigures {
   public:
     /// `root` is the folder that contains "proc" and "sys".

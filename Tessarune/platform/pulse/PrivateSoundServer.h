@@ -24,8 +24,8 @@ class PrivateSoundServer {
     /// Whether the programs of this kind are in the PATH.
     static bool isInstalled(Kind kind);
 
-    /// Starts the server and returns when its output is available. Throws std::runtime_error, whose
-    /// text contains the last message of the server.
+    /// Starts the server and returns when its output is available. Throws std::runtime_error; if
+    /// the server has ended or does not answer, the text contains its last message.
     explicit PrivateSoundServer(Kind kind);
     /// Starts the first kind that is installed. Throws std::runtime_error if there is none.
     PrivateSoundServer();

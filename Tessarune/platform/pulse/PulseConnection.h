@@ -25,8 +25,8 @@ class PulseConnection {
     static constexpr double shortestPauseSeconds = 0.25;
     static constexpr double longestPauseSeconds = 2.0;
 
-    /// `address` as in PULSE_SERVER; empty for the user's own server. `onChange` is called on the
-    /// loop's thread after the state or the devices have changed.
+    /// `address` as in PULSE_SERVER; empty for the user's own server. `onChange` is called under
+    /// the lock, on the loop's thread or in `connect`, after the state or the devices have changed.
     PulseConnection(std::string address, std::function<void()> onChange);
     ~PulseConnection();
     PulseConnection(const PulseConnection&) = delete;
@@ -44,7 +44,7 @@ class PulseConnection {
     /// The channels of a source as the server lists them; null for an unknown source. Under the
     /// lock.
     const pa_channel_map* channelMap(const std::string& sourceID) const;
-    /// The last failure of the connection. Under the lock.
+    /// The failure that the library reports for the connection. Under the lock.
     PulseOutcome failure() const;
 
   private:

@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// A playback stream. The server buffers about 0.2 s; a write resumes when the loop's thread has
-/// passed its last sample to the server.
+/// A playback stream. The server buffers about 0.2 s; a write resumes when its last sample has been
+/// passed to the server.
 ///
 /// The heard position comes from timing answers of the server; between two answers, it advances
 /// with the clock. An answer is requested whenever a caller asks for the position. The library's
@@ -68,7 +68,7 @@ class PulsePlaybackStream final : public PlaybackStream {
     double origin_ = 0;                   // where `heardSeconds` is 0, in the stream's time
     double measured_ = 0;                 // the stream's time in the last answer
     double ahead_ = 0;                    // the stream's time minus the clock's, while it plays
-    bool isSounding_ = false;             // whether the last answer said that the stream plays
+    bool isSounding_ = false;             // by the last answer; unset by `setPaused`
     mutable double heard_ = 0;            // the last result of `heardSeconds`
 };
 

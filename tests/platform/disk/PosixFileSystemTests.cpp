@@ -28,7 +28,7 @@ int callUnlessInterrupted(long call, int file, int operation) {
 
 } // namespace
 
-// Replace those of the C library.
+// These replace the functions of the C library.
 extern "C" int flock(int file, int operation) noexcept {
     return callUnlessInterrupted(SYS_flock, file, operation);
 }
