@@ -39,7 +39,7 @@ using MakeAudioConverter =
 
 /// Makes a converter that keeps the format and changes the speed by `rate`, from 0.5 to 3: at 2,
 /// the output is half as long, and voices keep their pitch. After `flush`, the length of the output
-/// is that of the input divided by the rate.
+/// is about that of the input divided by the rate.
 using MakeTempoChanger =
     std::function<std::unique_ptr<AudioConverter>(AudioFormat format, double rate)>;
 

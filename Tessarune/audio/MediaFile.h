@@ -71,7 +71,7 @@ using OpenMediaFile = std::function<std::unique_ptr<MediaFile>(const std::filesy
 using OpenAwaitedMediaFile = std::function<std::unique_ptr<MediaFile>(
     const std::filesystem::path& path, std::stop_token stop)>;
 
-/// The progress of a conversion: 0 to 1. Called on the converting thread, a few times a second.
+/// The progress of a conversion: 0 to 1. Called on the converting thread, in small steps.
 using MediaProgress = std::function<void(double fraction)>;
 
 /// The format of compressed recordings.

@@ -13,7 +13,7 @@ namespace tessarune {
 struct RecordingMetadata {
     UUID id;
     double startedAt = 0;          ///< wall clock, seconds since 1970; whole seconds in the index
-    std::optional<double> endedAt; ///< absent while the session records, and after a crash
+    std::optional<double> endedAt; ///< absent during the session; after a crash, until the repair
     std::string filePath;          ///< the audio file, absolute
     double duration = 0;           ///< seconds of audio
     std::int64_t byteCount = 0;    ///< of the audio file

@@ -15,7 +15,7 @@ struct SpeechModelState {
     std::string name;
     std::uint64_t bytes = 0; ///< on the disk, or the approximate size of the download
     bool isInstalled = false;
-    bool isRemovable = false; ///< false for a model that came with the program
+    bool isRemovable = false; ///< also false for a model that came with the program
     std::string damage;       ///< found in an installed model; empty if intact
 
     bool operator==(const SpeechModelState&) const = default;

@@ -22,8 +22,8 @@ struct TranslationTestRequest {
 };
 
 /// The settings' test of a language pair, which also downloads its resources: it prepares the pair
-/// in a translation session of its own, translates a sample, and reports the result. A successful
-/// test makes a running listening session retry its failed rows at once.
+/// in a translation session of its own, translates a sample, and reports the result. After a
+/// successful test, a listening session that uses the pair retries its failed rows at once.
 ///
 /// Main queue. Made with `std::make_shared`: a running test keeps it alive.
 class TranslationTaskBridge : public std::enable_shared_from_this<TranslationTaskBridge> {

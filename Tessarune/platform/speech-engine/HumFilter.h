@@ -5,9 +5,10 @@
 
 namespace tessarune {
 
-/// Removes mains hum at 50 or 60 Hz, with its harmonics. Begins when hum is heard in a pause, and
-/// stops after pauses without hum. At other times, sound passes unchanged, because the filter would
-/// damage voices a little. The filter keeps a history, so use one per stream. One thread at a time.
+/// Removes mains hum at 50 or 60 Hz, with its harmonics. Begins when hum is heard alone, as in a
+/// pause, and stops after pauses without hum. At other times, sound passes unchanged, because the
+/// filter would damage voices a little. The filter keeps a history, so use one per stream. One
+/// thread at a time.
 class HumFilter {
   public:
     explicit HumFilter(double sampleRate);

@@ -73,7 +73,7 @@ class OpenLine {
     static Words withoutRepeats(std::vector<SpeechRun> runs);
     struct Joint {
         std::size_t place; ///< in the guess
-        double frontFit;   ///< how well `front` matches the words before `place`; 0: not at all
+        double frontFit;   ///< of `front` with the words before `place`, as described at `jointOf`
     };
     /// `beginsInside`: the guess may begin with any word of `front`.
     static Joint jointOf(const Words& front, bool beginsInside, const Words& behind,
