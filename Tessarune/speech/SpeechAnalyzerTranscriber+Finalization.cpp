@@ -80,8 +80,8 @@ Task<void> SpeechAnalyzerTranscriber::finalizeThrough(WeakSelf weak, Finalizatio
 }
 
 void SpeechAnalyzerTranscriber::requestAnalysisCancellation(double beforeAudioTime,
-                                                            const std::string& reason, bool force) {
-    auto plan = makeCancellationPlan(beforeAudioTime, force);
+                                                            const std::string& reason) {
+    auto plan = makeCancellationPlan(beforeAudioTime);
     if (!plan)
         return;
     platform_.logger.event("speechAnalyzer.cancel.request",
@@ -95,7 +95,7 @@ void SpeechAnalyzerTranscriber::requestAnalysisCancellation(double beforeAudioTi
 }
 
 std::optional<SpeechAnalyzerTranscriber::CancellationPlan>
-SpeechAnalyzerTranscriber::makeCancellationPlan(double beforeAudioTime, bool force) {
+SpeechAnalyzerTranscriber::makeCancellationPlan(double beforeAudioTime) {
     const MutexLock lock(stateLock_);
     if (!state_.analyzer || !state_.inputCont || !std::isfinite(beforeAudioTime))
         return std::nullopt;
@@ -103,11 +103,11 @@ SpeechAnalyzerTranscriber::makeCancellationPlan(double beforeAudioTime, bool for
     if (!(cutoff > cancelMinCutoffSeconds))
         return std::nullopt;
     const double step = cutoff - state_.lastCancelRequestAudioTime;
-    if (!force && step < cancelMinAudioStepSeconds)
+    if (step < cancelMinAudioStepSeconds)
         return std::nullopt;
     state_.lastCancelRequestAudioTime = cutoff;
     ++state_.perf.perfCancelRequests;
-    state_.perf.perfCanceledAudioSeconds += std::max(step, 0.0);
+    state_.perf.perfCanceledAudioSeconds += step;
     return CancellationPlan{state_.analyzer, cutoff, beforeAudioTime, state_.latestAudioTime,
                             state_.generation};
 }

@@ -11,20 +11,17 @@ void SpeechAnalyzerTranscriber::stop() {
         state_.lastApplePartialCandidate.reset();
     }
     flushInputAccumulator("stop");
-    close(teardownSession(true));
+    close(teardownSession());
 }
 
-SpeechAnalyzerTranscriber::SessionTeardown
-SpeechAnalyzerTranscriber::teardownSession(bool bumpGeneration) {
+SpeechAnalyzerTranscriber::SessionTeardown SpeechAnalyzerTranscriber::teardownSession() {
     SessionTeardown session;
     const MutexLock lock(stateLock_);
     session.analyzer = std::exchange(state_.analyzer, nullptr);
     session.inputContinuation = std::exchange(state_.inputCont, std::nullopt);
     session.resultsTask = std::exchange(state_.resultsTask, std::nullopt);
-    session.generation = state_.generation;
     state_.suppressedFinalsUntilAudioTime.reset();
-    if (bumpGeneration)
-        ++state_.generation;
+    ++state_.generation;
     return session;
 }
 

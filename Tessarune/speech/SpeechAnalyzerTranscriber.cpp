@@ -24,7 +24,7 @@ SpeechAnalyzerTranscriber::SpeechAnalyzerTranscriber(std::string localeIdentifie
 
 SpeechAnalyzerTranscriber::~SpeechAnalyzerTranscriber() {
     discardPendingPartial();
-    close(teardownSession(true));
+    close(teardownSession());
 }
 
 Task<void> SpeechAnalyzerTranscriber::start(std::string) {

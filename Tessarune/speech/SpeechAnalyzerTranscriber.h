@@ -169,8 +169,8 @@ class SpeechAnalyzerTranscriber final
     SpeechTranscriberOptions requestedOptions(std::vector<std::string>& strings) const;
     NewSession beginSession();
     bool startReadingResults(const NewSession& session);
-    /// Takes the session out of the state, for `close`.
-    SessionTeardown teardownSession(bool bumpGeneration);
+    /// Takes the session out of the state, for `close`, and ends its generation.
+    SessionTeardown teardownSession();
     /// Ends the parts that are present, without waiting.
     void close(SessionTeardown session);
     SessionTeardown beginDrainSession();
@@ -216,9 +216,8 @@ class SpeechAnalyzerTranscriber final
     static Task<void> finalizeThrough(WeakSelf weak, FinalizationPlan plan, std::string reason);
     static Task<void> cancelBefore(WeakSelf weak, CancellationPlan plan, std::string reason);
     std::optional<FinalizationPlan> makeFinalizationPlan();
-    void requestAnalysisCancellation(double beforeAudioTime, const std::string& reason,
-                                     bool force = false);
-    std::optional<CancellationPlan> makeCancellationPlan(double beforeAudioTime, bool force);
+    void requestAnalysisCancellation(double beforeAudioTime, const std::string& reason);
+    std::optional<CancellationPlan> makeCancellationPlan(double beforeAudioTime);
 
     template <typename Callback, typename Value>
     static void send(const Callback& callback, const Value& value) {
