@@ -35,7 +35,6 @@ class LiveTranscriptTranslation final
 
     LiveTranslationRuntime& runtime() { return *runtime_; }
     bool isCommittedTranslating() const override { return runtime_->hasCommittedTask(); }
-    bool isGhostTranslating() const { return runtime_->hasGhostTask(); }
 
     // The session's lifecycle; see SessionTranslation
 

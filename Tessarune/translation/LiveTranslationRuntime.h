@@ -91,7 +91,6 @@ class LiveTranslationRuntime : public std::enable_shared_from_this<LiveTranslati
     // Previews
 
     const std::string& ghostSource() const { return ghostSource_; }
-    const std::string& ghostTarget() const { return ghostTarget_; }
     bool hasGhostTask() const { return ghostTask_.has_value(); }
     /// Supersedes the previous preview and returns the identity of the new one.
     UUID beginGhostRequest(std::string source, std::string target);

@@ -29,7 +29,7 @@ TEST_F(GhostTranslationTests, ThePreviewFollowsTheNewestCandidateAndGoesWithItsC
     host.advanceBy(1);
     EXPECT_EQ(preview(), "fr-FR:I think so.");
     EXPECT_EQ(std::count(service->calls.begin(), service->calls.end(), "translate I think so."), 1);
-    EXPECT_FALSE(translation->isGhostTranslating());
+    EXPECT_FALSE(runtime->hasGhostTask());
 
     speak("First guess here.");
     host.advanceBy(0.2);
@@ -58,12 +58,12 @@ TEST_F(GhostTranslationTests, CommittedWorkComesFirst) {
     commit({"Hello."});
     host.advanceBy(1);
     speak("Not now please.");
-    EXPECT_FALSE(translation->isGhostTranslating());
+    EXPECT_FALSE(runtime->hasGhostTask());
     host.advanceBy(5);
     speak("Now it may.");
-    EXPECT_TRUE(translation->isGhostTranslating());
+    EXPECT_TRUE(runtime->hasGhostTask());
     commit({"Done."});
-    EXPECT_FALSE(translation->isGhostTranslating()) << "a run cancels the preview";
+    EXPECT_FALSE(runtime->hasGhostTask()) << "a run cancels the preview";
     host.advanceBy(10);
     EXPECT_EQ(preview(), "");
     EXPECT_EQ(shown(), (Strings{"fr-FR:Hello.", "fr-FR:Done."}));
