@@ -89,7 +89,6 @@ class Downloader {
                                 std::uint64_t limit, std::stop_token stop);
 
     const DownloadPolicy& policy() const { return policy_; }
-    FileSystem& files() const { return files_; }
 
   private:
     FileSystem& files_;

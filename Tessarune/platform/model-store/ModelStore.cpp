@@ -53,11 +53,11 @@ std::string displayName(const StoredModel& model, const ModelFile& file) {
     return model.name + ": " + model.path(file.name).string();
 }
 
-} // namespace
-
 std::string_view folderName(ModelKind kind) {
     return kind == ModelKind::speech ? "speech" : "translation";
 }
+
+} // namespace
 
 std::uint64_t StoredModel::bytes() const {
     return std::accumulate(

@@ -103,6 +103,4 @@ class ModelStore {
     std::vector<std::filesystem::path> readOnly_;
 };
 
-std::string_view folderName(ModelKind kind);
-
 } // namespace tessarune

@@ -44,10 +44,10 @@ class PulseConnection {
     /// The channels of a source as the server lists them; null for an unknown source. Under the
     /// lock.
     const pa_channel_map* channelMap(const std::string& sourceID) const;
-    /// The failure that the library reports for the connection. Under the lock.
-    PulseOutcome failure() const;
 
   private:
+    /// The failure that the library reports for the connection. Under the lock.
+    PulseOutcome failure() const;
     void attempt();
     void handleState();
     void handleDevices(PulseDeviceList::Answer answer);
