@@ -8,7 +8,6 @@
 #include "TessaruneCore/translation/TranslationSupport.h"
 #include "TessaruneCore/translation/TranslatorError.h"
 
-#include <optional>
 #include <variant>
 
 namespace tessarune::CommittedTranslationUnitProcessor {

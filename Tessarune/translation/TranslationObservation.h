@@ -5,7 +5,6 @@
 
 #include <nlohmann/json_fwd.hpp>
 
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>

@@ -6,6 +6,7 @@
 #include <openssl/evp.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <functional>
 #include <stdexcept>

@@ -5,7 +5,6 @@
 #include "TessaruneCore/text/Text.h"
 
 #include <cstdint>
-#include <utility>
 
 namespace tessarune {
 

@@ -3,8 +3,6 @@
 #include "Tessarune/platform/speech-engine/MoonshineLibrary.h"
 #include "tests/simulation/WorkingHost.h"
 
-#include <cmath>
-#include <functional>
 #include <map>
 #include <memory>
 #include <string>

@@ -2,7 +2,6 @@
 
 #include "Tessarune/platform/disk/PosixFileSystem.h"
 #include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
-#include "TessaruneCore/text/Text.h"
 #include "tests/platform/speech-engine/ScriptedEngine.h"
 #include "tests/support/Await.h"
 #include "tests/support/TemporaryFolder.h"

@@ -8,7 +8,6 @@
 #include "Tessarune/platform/speech-engine/SpeechEngineFactory.h"
 #include "Tessarune/platform/speech-engine/SpeechModelInventory.h"
 #include "TessaruneCore/host/SimulatedHost.h"
-#include "TessaruneCore/text/Text.h"
 #include "tests/support/Await.h"
 #include "tests/support/FileContents.h"
 #include "tests/support/TemporaryFolder.h"
