@@ -27,7 +27,7 @@ class DataFolderLock {
     };
 
     /// Returns the lock, or its current holder. Creates the folder if it is missing. Throws
-    /// std::system_error if the folder or the lock file cannot be created, or the file not locked.
+    /// std::system_error if the folder or the lock file cannot be created or if locking fails.
     static std::variant<DataFolderLock, Holder> take(const TessarunePaths& paths,
                                                      std::string_view program);
 

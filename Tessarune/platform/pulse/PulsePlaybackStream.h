@@ -68,7 +68,7 @@ class PulsePlaybackStream final : public PlaybackStream {
     double origin_ = 0;                   // where `heardSeconds` is 0, in the stream's time
     double measured_ = 0;                 // the stream's time in the last answer
     double ahead_ = 0;                    // the stream's time minus the clock's, while it plays
-    bool isSounding_ = false;             // by the last answer; unset by `setPaused`
+    bool isSounding_ = false;             // as of the last answer; unset by `setPaused`
     mutable double heard_ = 0;            // the last result of `heardSeconds`
 };
 

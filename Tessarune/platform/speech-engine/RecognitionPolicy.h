@@ -29,8 +29,8 @@ struct RecognitionPolicy {
     /// With this many seconds of new sound, the next pass does not wait: a file that plays faster
     /// than real time arrives in such pieces.
     double enoughSound = 4.0;
-    /// Measures the cost of a pass together with the elapsed time, which includes time in which the
-    /// process was suspended.
+    /// A clock that measures the cost of a pass. With the elapsed time alone, a suspension of the
+    /// process would count as work.
     std::function<double()> processorSeconds = processorSecondsOfProcess;
     /// Words wait for confirmation by the next pass only if it follows within this many seconds.
     double longestWaitForAgreement = 0.6;

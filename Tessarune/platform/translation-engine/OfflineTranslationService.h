@@ -22,7 +22,7 @@ struct TranslationLimits {
 ///
 /// An engine that reaches a limit is abandoned: the operation fails with `alreadyCancelled`, its
 /// session is over, and the next session gets a new engine. While three engines of a pair hang, the
-/// operations of new sessions fail in the same way.
+/// operations of its new sessions fail in the same way.
 ///
 /// Any thread. Host, store and inventory must outlive the service and its sessions. When the
 /// service is destroyed, remaining sessions fail with `alreadyCancelled`; so does an operation
