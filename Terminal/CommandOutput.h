@@ -20,7 +20,7 @@ void printJSON(const nlohmann::ordered_json& object);
 /// The line of an object, without its line feed. Escapes the characters that `Text::printable`
 /// would replace; replaces invalid UTF-8.
 std::string jsonLine(const nlohmann::ordered_json& object);
-/// Prints a line on standard error that is not a failure.
+/// Prints a line on standard error. It is news, not a failure.
 void printNotice(std::string_view text);
 /// Prints a failure: a line on standard error that begins with the program's name.
 void printProblem(std::string_view text);

@@ -8,7 +8,7 @@ namespace tessarune {
 enum class LiveSessionPhase {
     idle,
     preparing, ///< a start was accepted; permissions are requested
-    loading,   ///< the recogniser and the capture are being prepared
+    loading,   ///< the recogniser loads and the capture starts
     listening,
     stopping, ///< the last words are drained, and everything is saved
     failed    ///< the start failed; a new one is accepted

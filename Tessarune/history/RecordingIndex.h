@@ -15,8 +15,8 @@
 namespace tessarune {
 
 /// The content of "recordings.json": a JSON array of entries. It keeps unknown content: unknown
-/// keys of an entry, the written form of an unchanged value, and elements that are not entries,
-/// which follow the entries.
+/// keys of an entry, the written form of an unchanged value, and elements that are not entries.
+/// `sort` puts these elements last, and `salvaged` drops them.
 ///
 /// A value, for one thread at a time.
 class RecordingIndex {

@@ -94,8 +94,9 @@ void RecordingRepair::sortImports(Report& report) {
     }
 }
 
-/// Whether the file still has to be measured: its entry has no end, or an earlier repair could not
-/// read the file and `healStaleRecordings` computed an end without it.
+/// Whether the file still has to be measured: its entry has no end, or counts no sound although the
+/// file has some. The latter happens if an earlier repair could not read the file and
+/// `healStaleRecordings` computed the end without it.
 bool RecordingRepair::isUnfinished(const RecordingMetadata& recording) {
     if (!isOurWAV(recording) || !files_.exists(recording.filePath))
         return false;
@@ -198,7 +199,8 @@ void RecordingRepair::restoreTranscripts(const UUID& id) {
     }
 }
 
-/// Writes only missing transcripts: the files of the session itself contain more.
+/// Writes only missing transcripts. A transcript that the session saved contains more than its
+/// journal.
 bool RecordingRepair::writeTranscripts(const UUID& id, const SessionJournalContent& journal) {
     bool isWritten = true;
     if (!files_.exists(catalog_.transcriptURL(id)))
@@ -217,9 +219,9 @@ bool RecordingRepair::writeTranscripts(const UUID& id, const SessionJournalConte
     return isWritten;
 }
 
-/// Removes the remains of a process that ended while it wrote a file. Programs that do not hold the
-/// data folder write files beside the index, too. Of the unfinished files there, only those of the
-/// index itself are surely not in use.
+/// Removes the remains of a process that ended while it wrote a file. In the folder of the index,
+/// only unfinished files of the index are removed, because only the program that holds the data
+/// folder writes it. Another program may be writing any other file there.
 void RecordingRepair::removeUnfinishedFiles() {
     const auto& paths = catalog_.paths();
     const std::string index = paths.recordingIndex().filename().string();
@@ -261,10 +263,10 @@ void RecordingRepair::removeReplacedSound() {
     }
 }
 
-/// Finishes or undoes replacements of a transcript by a refined one. A replacement moves the text
-/// first. If the text is still among the waiting files, nothing has been moved: all of them are
-/// removed, the text last, because it distinguishes the two cases. If the text has been moved, the
-/// remaining files are moved into place; an empty one stands for a sidecar that is removed.
+/// Finishes or undoes replacements of a transcript by a refined one. A replacement moves its text
+/// first. If the text has been moved, the remaining files are moved into place; an empty one stands
+/// for a sidecar that is removed. If the text still waits, nothing has been moved, and all waiting
+/// files are removed. The text is removed last: without it, the next launch would move the others.
 void RecordingRepair::completeReplacements() {
     const auto& folder = catalog_.paths().transcripts();
     try {

@@ -243,10 +243,10 @@ void HistoryRefinementService::removeMark(Job& job) {
         environment_.catalog.markTranscription(Mark::none, job.request.recordingID);
 }
 
-/// Changes the mark of an unfinished import, so that the next launch completes it. The mark is
-/// removed if the import has no text, because the next launch completes such an import without a
-/// mark. A mark that cannot be changed is removed, too: because of the old mark, the next launch
-/// would report an unexpected end of the program.
+/// Leaves an unfinished import to the next launch. If it has a text, its mark becomes
+/// `interrupted`. If it has none, it needs no mark: the next launch finds it by the missing text.
+/// If the mark cannot be changed, it is removed: the old mark would mean that the program ended
+/// unexpectedly.
 void HistoryRefinementService::leaveToNextLaunch(Job& job) {
     const UUID& id = job.request.recordingID;
     if (!job.isMarked)
@@ -256,7 +256,8 @@ void HistoryRefinementService::leaveToNextLaunch(Job& job) {
             return;
     } catch (const std::system_error&) { // it is unknown whether there is a text
     }
-    // `isMarked` stays true: the job may still save a text, and its end decides about the mark.
+    // `isMarked` stays true: a job that still runs may save a text, and decides about the mark when
+    // it ends.
     environment_.catalog.markTranscription(Mark::none, id);
 }
 
@@ -315,7 +316,8 @@ Task<void> HistoryRefinementService::run(JobPtr job) {
     } catch (const std::exception& error) {
         fail(Outcome::Failure::recogniser, error);
     }
-    // A file that was deleted with its recording is not a failure, and no log may name it.
+    // If the recording was deleted, its missing file is not a failure. The problem is dropped: its
+    // text may name the file.
     if (outcome.failure != Outcome::Failure::none)
         isDeleted = environment_.catalog.wasDeleted(request.recordingID);
     if (isDeleted) {
@@ -442,7 +444,7 @@ void HistoryRefinementService::correctDuration(RecordingMetadata recording, doub
     const bool isImport = !FormerTranscript::lengthIsExact(recording);
     if (!isImport || std::abs(recording.duration - heardSeconds) < smallestCorrection)
         return;
-    recording.note.reset(); // keeps the stored note, which may be newer
+    recording.note.reset(); // without a note, `upsert` keeps the stored one, which may be newer
     recording.duration = heardSeconds;
     recording.endedAt = recording.startedAt + heardSeconds;
     environment_.catalog.upsert(recording);

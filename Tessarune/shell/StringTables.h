@@ -14,12 +14,14 @@ namespace tessarune::StringTables {
 /// A key and its text.
 using Row = std::pair<std::string_view, std::string_view>;
 
-/// The rows of po/<language>.po; empty if there is no such file. `scripts/texts` writes the source.
+/// The rows of po/<language>.po; empty if there is no such file. `scripts/texts` generates
+/// the source file that defines this function.
 std::span<const Row> rows(std::string_view language);
 
 /// The table for a locale from the environment ("zh_TW.UTF-8", "de_DE", "C"): the texts for the
 /// language and region or, if there are none, for the language, and English texts for entries that
-/// these lack. A Chinese locale has the texts of one of the two scripts, without the English ones.
+/// these lack. A Chinese locale has
+/// the texts in its script and no English ones: a missing text is shown as its key.
 LocalizationTable forLocale(std::string_view locale);
 
 /// The user's locale for messages: the first of LC_ALL, LC_MESSAGES and LANG that is set, or "C".

@@ -5,8 +5,8 @@
 #include <optional>
 #include <string_view>
 
-/// Which characters end or separate sentences. The colon, the ideographic comma and the ellipsis do
-/// neither. Pure functions, safe from any thread.
+/// Which characters end a sentence or a clause. The colon, the ideographic comma and the character
+/// '…' end neither. Pure functions, safe from any thread.
 namespace tessarune::SentencePunctuation {
 
 /// A set of the properties below.
@@ -18,7 +18,7 @@ inline constexpr Traits clause = 4;            ///< ends a clause
 inline constexpr Traits closing = 8;           ///< stays with the piece that it closes
 inline constexpr Traits cutsWithoutSpace = 16; ///< Chinese marks, which cut even without a blank
 inline constexpr Traits fullStop = 32;         ///< "."
-inline constexpr Traits wrapsWord = 64;        ///< stripped from a word before it is looked up
+inline constexpr Traits wrapsWord = 64; ///< ignored around a word that may be an abbreviation
 
 namespace detail {
 consteval std::array<Traits, 128> makeAsciiTraits() {

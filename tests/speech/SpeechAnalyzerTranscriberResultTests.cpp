@@ -23,7 +23,7 @@ TEST_F(SpeechAnalyzerTranscriberResultTests, AtMostOnePartialLeavesPerWindowAndI
     host.advanceBy(1);
     EXPECT_EQ(sent, (Texts{"~3 a b c", "~4 a b c d", "~5 a b c d e"}));
     EXPECT_EQ(times, (std::vector<double>{1000 + 0.055, 1000.06 + 0.055, 1000.3 + 0.055}));
-    EXPECT_EQ(partials[0].timestamp, 999) << "audio time zero: when the first batch began";
+    EXPECT_EQ(partials[0].timestamp, 999) << "the sound that arrived at 1000 began a second before";
     EXPECT_EQ(perf("rawPartialResults"), 5);
     EXPECT_EQ(perf("coalescedPartialResults"), 2);
     EXPECT_EQ(perf("partialEvents"), 3);
@@ -57,23 +57,23 @@ TEST_F(SpeechAnalyzerTranscriberResultTests, FinalsAreArbitratedAgainstTheLastPa
          {partial(talk), poor, fragment(1.88), fragment(2.1)},
          {"= " + talk, "= about it"},
          {"useLastPartial", "dropSuppressedFinal", "useFinal"}},
-        {"a final behind the mark",
+        {"a final that ends past the mark is used",
          {partial(talk), poor, fragment(2.125)},
          {"= " + talk, "= about it"},
          {"useLastPartial", "useFinal"}},
-        {"a partial hardly behind the mark leaves it",
+        {"a partial that ends just past the mark keeps it",
          {partial(talk), poor, partial("and", 2.0), fragment(2.0)},
          {"= " + talk, "~1 and"},
          {"useLastPartial", "dropSuppressedFinal"}},
-        {"a partial well behind the mark clears it",
+        {"a partial that ends well past the mark clears it",
          {partial(talk), poor, partial("and", 2.0625), fragment(2.0)},
          {"= " + talk, "= about it"},
          {"useLastPartial", "useFinal"}},
-        {"a final of nothing forgets the partial",
+        {"after a final of punctuation only, the partial no longer overrules a final",
          {partial(talk), spoken(true, "..."), poor},
          {"= we"},
          {"dropSuppressedFinal", "useFinal"}},
-        {"but a partial that waits is still shown",
+        {"but if that partial still waits, it is sent",
          {partial("hello there"), spoken(true, "...")},
          {"~1 hello there"},
          {"dropSuppressedFinal"}},
@@ -105,7 +105,7 @@ TEST_F(SpeechAnalyzerTranscriberResultTests, AnEmptyFinalTakesTheGuessBackAtOnce
     transcriber->onGuessWithdrawn = [&] { ++withdrawn; };
     start();
     append(4);
-    give(spoken(true, "")); // nothing was shown
+    give(spoken(true, "")); // there is no guess to take back
     EXPECT_EQ(withdrawn, 0);
     give(spoken(false, "um"));
     give(spoken(true, ""));
@@ -131,7 +131,7 @@ TEST_F(SpeechAnalyzerTranscriberResultTests, AFinalCarriesTheTimesOfTheTextThatW
     EXPECT_EQ(finals[0], (ASREvent::Final{"Hello world.", 1000.5, 1001, EndpointReason::engineFinal,
                                           std::vector<ASRWordTiming>{{"Hello", 1000.5, 1000.75},
                                                                      {"world.", 1000.75, 1001}}}));
-    EXPECT_EQ(finals[1].start, 1001) << "where the utterance before ended";
+    EXPECT_EQ(finals[1].start, 1001) << "where the previous utterance ended";
     EXPECT_EQ(finals[1].end, 1004) << "now";
     EXPECT_EQ(finals[1].words, std::nullopt);
     EXPECT_EQ(finals[2].start, 1004);

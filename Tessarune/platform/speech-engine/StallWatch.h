@@ -11,7 +11,8 @@ class StallWatch {
     /// A stall is this many seconds without progress.
     explicit StallWatch(double longestStall) : longestStall_(longestStall) {}
 
-    /// Sound has arrived, or a pass over it has ended.
+    /// Sound has arrived, or a pass has ended. While a pass runs, no sound is taken, so a long pass
+    /// must not look like a stall.
     void progressed(double now) { lastProgressAt_ = now; }
 
     /// The seconds after which to call `check`; `nullopt` if a check is already scheduled.

@@ -38,7 +38,7 @@ PairEngine::PairEngine(Host& host, ModelStore& store, const std::string& modelNa
       executor_(Executor::queue(host, host.serialQueue("tessarune.translate." + modelName,
                                                        QueuePriority::userInitiated))) {}
 
-/// An engine is used and destroyed on its own thread.
+/// The loaded engine is destroyed on the executor, whichever thread destroys this object.
 PairEngine::~PairEngine() {
     executor_.run([loaded = std::move(loaded_)]() mutable {
         loaded.reset();

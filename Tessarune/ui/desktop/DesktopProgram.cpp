@@ -155,7 +155,8 @@ void DesktopProgram::tellBrokenOff(const std::vector<RecordingMetadata>& imports
             {import.note.value_or(std::filesystem::path(import.filePath).filename().string())}));
 }
 
-/// If no model can be used, shows where to get one: a session would download it without notice.
+/// If no model can be used, shows where to get one. Without this check, the recogniser would
+/// download one without notice.
 bool DesktopProgram::hasSpeechModel() {
     const std::string problem = application_.speechModelProblem();
     notices_.tell(DesktopNotices::Topic::speechModel, problem);

@@ -119,7 +119,7 @@ class ResourcesModel final : public QAbstractListModel {
     Setting<std::string>& chosen_;
     const Source source_;
     std::vector<Row> rows_;
-    std::string listProblem_; ///< why the rows could not be read again
+    std::string listProblem_; ///< why the last reading failed; empty: it did not
     std::shared_ptr<Link> link_;
     Observations observations_;
 };
