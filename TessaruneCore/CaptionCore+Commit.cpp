@@ -12,8 +12,7 @@ namespace {
 
 using RowIterator = CaptionCore::Rows::const_iterator;
 
-/// Grows the capacity by an eighth: doubling would leave a list that grows for hours up to half
-/// empty.
+/// Grows the capacity by an eighth. Doubling would leave up to half of a long list's memory unused.
 void append(CaptionCore::Rows& rows, const CaptionSegment& row) {
     constexpr std::size_t smallest = 64;
     if (rows.size() == rows.capacity())
@@ -96,8 +95,8 @@ CaptionCore::Rows CaptionCore::commitSentences(const Sentences& sentences, Freez
     return added;
 }
 
-/// The length of the longest prefix of `keys` that equals a suffix of the committed rows, counting
-/// only rows that `mayMatch` accepts.
+/// The length of the longest prefix of `keys` that equals the keys of the last committed rows, if
+/// `mayMatch` accepts these rows.
 template <typename MayMatch>
 std::size_t CaptionCore::overlapPrefixCount(const Sentences& keys, MayMatch mayMatch) const {
     const Rows& rows = *committedSegments;
@@ -124,7 +123,7 @@ std::size_t CaptionCore::committedOverlapPrefixCount(const Sentences& sentences,
         return recentLocalAgreementOverlapPrefixCount(sentences, t);
     if (kind != FreezeKind::engine)
         return 0;
-    // A final may confirm a freeze of any age; a final never suppresses another final.
+    // A final may confirm a freeze of any age. Rows of finals alone suppress nothing.
     return overlapPrefixCount(SentenceStabilityKey::normalize(sentences),
                               [](RowIterator first, RowIterator last) {
                                   return std::any_of(first, last, [](const CaptionSegment& row) {

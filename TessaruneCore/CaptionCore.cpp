@@ -97,7 +97,7 @@ void CaptionCore::ingestFinal(const ASREvent::Final& final) {
         report(onBoundaryDecision, {BoundaryObservation::Phase::final, now_(), text, decision});
 
     tracker_.alignWords(text, final.end);
-    // Timings that do not match the words of the text are useless.
+    // Timings of another number of words cannot be assigned to the words of the text.
     const bool timingsFit = final.words && final.words->size() == Text::countOfBlankSeparated(text);
     const auto meta = consumeMeta(decision.hardPieces, tracker_.leadingChangeCounts,
                                   timingsFit ? &*final.words : nullptr);

@@ -27,9 +27,9 @@
 
 namespace tessarune {
 
-/// The caption state machine: recognition events in, four lists of caption text out. It has no
-/// access to sound, windows, files or clocks. Time and the one delayed call come through closures,
-/// so the core behaves the same live and in a replay.
+/// The caption state machine: recognition events in, three lists of rows and one open row out. It
+/// has no access to sound, windows, files or clocks. Time and the one delayed call come through
+/// closures, so the core behaves the same live and in a replay.
 ///
 /// Text moves through the lists in this order: `currentPartial`, then `softCaptionSegments` or
 /// `liveLeadingSentences`, then `committedSegments`. Until text is committed, a rewrite by the
@@ -50,10 +50,12 @@ class CaptionCore {
         bool clauseLevel;                 ///< committed pieces may end at clause punctuation
         bool softClauseLevel = true;      ///< find the clauses of the open sentence
         double freezeStableSeconds = 0.6; ///< a sentence unchanged for this long is frozen
-        double duplicateCommitWindowSeconds = 4.0; ///< how long a committed row suppresses repeats
+        /// How long a committed row suppresses its repetition by a freeze or a seal. Finals
+        /// have no such limit.
+        double duplicateCommitWindowSeconds = 4.0;
         bool softCaptionEnabled = true;
         double softCaptionStableSeconds = 0.3; ///< a clause unchanged for this long is shown
-        bool earlyCutSelfSegmenting = false; ///< freeze although the recogniser segments by itself
+        bool earlyCutSelfSegmenting = false;   ///< freeze even if the recogniser segments by itself
 
         bool operator==(const Config&) const = default;
     };
@@ -100,7 +102,7 @@ class CaptionCore {
     std::function<void(const SoftCaptionObservation&)> onSoftCaptionChange;
     std::function<void(const CorrectionObservation&)> onCorrection;
 
-    // The lists. The owner may assign them; the core never edits a committed row.
+    // The lists and the open row. The owner may assign them; the core never edits a committed row.
     Published<Rows> committedSegments;        ///< rows whose source text is final, oldest first
     Published<Rows> liveLeadingSentences;     ///< complete sentences that may still change
     Published<Rows> softCaptionSegments;      ///< stable clauses of the open sentence
@@ -111,11 +113,13 @@ class CaptionCore {
 
     /// The last revision number assigned.
     std::int64_t revision() const { return revision_; }
-    /// The words of committed rows; cleared only when `committedSegments` becomes empty.
+    /// The words of committed rows, except sealed ones; cleared only when `committedSegments`
+    /// becomes empty.
     const WordEvents& wordEvents() const { return wordEvents_; }
 
-    /// Accepts an event. A partial replaces the pending one; flushes are at least 0.06 seconds
-    /// apart. A final is processed at once and ends the utterance.
+    /// Accepts an event; ignores one without text. A partial replaces the pending one, and pending
+    /// partials are applied (flushed) at least 0.06 seconds apart. A final is processed at once and
+    /// ends the utterance.
     void ingest(const ASREvent& event);
 
     /// Drops the pending partial; a scheduled flush then does nothing.
@@ -134,9 +138,9 @@ class CaptionCore {
     void clearDebugEvents();
     void logEvent(std::string_view kind, std::string_view text);
 
-    /// Ends a session: commits everything live as rows that end at `t`, except repeats of the last
-    /// committed rows. Returns the ids of the new rows. Updates no counters; the only callback is
-    /// `onSoftCaptionChange`. Call `cancelPendingPartial` first.
+    /// Ends a session: commits everything live as rows that end at `t`, except repeats of rows that
+    /// were committed within the duplicate window. Returns the ids of the new rows. Updates no
+    /// counters; the only callback is `onSoftCaptionChange`. Call `cancelPendingPartial` first.
     std::vector<UUID> sealLiveIntoHistory(double t);
 
     /// Called by a display that reveals text gradually: the first `count` characters of the open

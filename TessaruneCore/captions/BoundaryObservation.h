@@ -7,7 +7,8 @@
 
 namespace tessarune {
 
-/// A boundary decision that changed the captions, as the core reports it.
+/// A boundary decision that the core reports: it has pieces, and it is that of a final, froze a
+/// sentence or changed the leading sentences.
 struct BoundaryObservation {
     enum class Phase { partial, final };
 

@@ -19,7 +19,8 @@ std::string reasonsOf(const BoundaryDecision& decision) {
     return Text::joined(values, ", ");
 }
 
-/// The newest hard piece, or else the newest soft piece or leading sentence, or else the tail.
+/// The last piece of the first list that has any: hard pieces, soft pieces, leading sentences.
+/// Without pieces, the tail.
 std::string_view newestText(const BoundaryDecision& decision) {
     for (const auto* pieces : {&decision.hardPieces, &decision.softPieces, &decision.leading}) {
         if (!pieces->empty())

@@ -33,13 +33,14 @@ struct CaptionSegment {
     std::optional<std::string> translationError;
     std::optional<UUID> translationUnitID;          ///< the committed unit that this row belongs to
     std::optional<UUID> translationResultSegmentID; ///< the row that carries the unit's translation
-    std::optional<std::int64_t> translationUnitIndex;
-    std::optional<std::int64_t> translationUnitCount;
-    std::int64_t revision = 0; ///< the core's revision when the row was last written
+    std::optional<std::int64_t> translationUnitIndex; ///< of this row among the unit's rows, from 0
+    std::optional<std::int64_t> translationUnitCount; ///< the number of the unit's rows
+    /// The core's revision when the row was last written; 0 in leading sentences, also once sealed.
+    std::int64_t revision = 0;
     CaptionSegmentState state = CaptionSegmentState::partial;
     FreezeKind freezeKind = FreezeKind::none;
-    /// Start and end in seconds since 1970: on the core's clock if the row comes from a partial, in
-    /// the recogniser's time if it comes from a final.
+    /// Start and end in seconds since 1970. All rows of a final have the final's times. A frozen
+    /// row starts when it was frozen and has no end; a sealed row ends with the session.
     double startedAt = 0;
     std::optional<double> endedAt;
     std::optional<double> committedAt; ///< seconds since 1970; absent in sealed rows

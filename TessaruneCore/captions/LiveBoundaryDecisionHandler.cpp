@@ -19,7 +19,8 @@ bool contains(const std::vector<BoundaryReason>& reasons) {
                        [](const BoundaryReason& reason) { return reason.is<Case>(); });
 }
 
-/// Counts only pieces that are complete but not frozen; frozen pieces need no final.
+/// The words of the leading sentences and the soft pieces. The sentences that this decision freezes
+/// do not count, because they need no final.
 std::size_t countOfOpenWords(const BoundaryDecision& decision) {
     std::vector<std::string> pieces = decision.leading;
     pieces.insert(pieces.end(), decision.softPieces.begin(), decision.softPieces.end());

@@ -7,9 +7,10 @@
 
 namespace tessarune {
 
-/// One change to the soft captions, for the diagnostics log.
+/// A change or a reset of the soft captions, for the diagnostics log. A reset is reported even if
+/// it changes nothing.
 struct SoftCaptionObservation {
-    /// The cause of the change; `hardLock`: sentences were frozen.
+    /// The cause; `hardLock`: sentences were frozen.
     enum class Phase { partial, reset, hardLock, engineFinal, seal };
 
     Phase phase = Phase::partial;
@@ -18,7 +19,7 @@ struct SoftCaptionObservation {
     double stableSeconds = 0;        ///< the setting at that time
     std::int64_t candidateCount = 0; ///< soft pieces of the decision
     std::int64_t visibleCount = 0;   ///< rows visible after this step
-    bool changed = false;            ///< the visible set changed
+    bool changed = false;            ///< the visible set changed; a reset dropped any clause
     std::optional<std::string> resetReason;
     std::string sample; ///< at most 120 characters plus "..."
 

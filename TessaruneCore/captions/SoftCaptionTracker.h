@@ -12,7 +12,7 @@
 namespace tessarune {
 
 /// Tracks the clauses of the open tail by position and shows those that have been stable long
-/// enough (soft captions). Soft captions are never committed and may be withdrawn. Two texts are
+/// enough (soft captions). Soft captions may be withdrawn; only a seal commits them. Two texts are
 /// the same if their stability keys are equal.
 struct SoftCaptionTracker {
     struct Row {

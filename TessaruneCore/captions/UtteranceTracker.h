@@ -11,7 +11,8 @@ namespace tessarune {
 
 /// Tracks one utterance by word and by sentence: when each word was first seen, and how often each
 /// leading sentence and the tail were rewritten. Words are separated by blanks and matched by
-/// position only. Times are seconds on the core's clock.
+/// position only. Times are seconds on the core's clock; a word that is first seen in a final has
+/// the time of the final's end.
 struct UtteranceTracker {
     std::vector<double> wordFirstSeen;               ///< per word of the whole utterance
     std::vector<std::optional<double>> wordRevealed; ///< per word, when it was first shown

@@ -14,10 +14,10 @@ std::string_view diagnosticLabel(BoundaryUnit unit);
 /// `nullopt` for an unknown raw value.
 std::optional<BoundaryUnit> boundaryUnit(std::string_view rawValue);
 
-/// What a recogniser already does by itself.
+/// What a recogniser can do, and how its texts are measured.
 struct EngineCapabilities {
     bool punctuatesNatively = false; ///< texts have punctuation
-    /// The recogniser ends utterances by itself, so sentences are not cut early.
+    /// The recogniser ends utterances by itself, so sentences are normally not frozen early.
     bool selfSegments = false;
     bool streamsWordByWord = false;                         ///< partials grow word by word
     bool providesWordTimestamps = false;                    ///< finals carry words

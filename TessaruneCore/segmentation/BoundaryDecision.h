@@ -9,7 +9,7 @@ namespace tessarune {
 
 /// The result of a boundary engine for one text.
 struct BoundaryDecision {
-    std::vector<std::string> softPieces{}; ///< clauses, for soft display only; never committed
+    std::vector<std::string> softPieces{}; ///< clauses, for soft display only
     std::vector<std::string> hardPieces{}; ///< to be committed: newly frozen, or of a final
     std::vector<std::string> leading{};    ///< complete sentences, not frozen yet
     std::string tail{};                    ///< the unfinished end

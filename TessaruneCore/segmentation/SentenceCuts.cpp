@@ -147,7 +147,7 @@ void SentenceCuts::cut(std::string_view text, const Rules& rules) {
         finish(rules.limit);
         return;
     }
-    // Whether a character ends depends on the code point after it.
+    // Where a character ends depends on the code point after it.
     constexpr std::size_t longestCodePoint = 4; // bytes
     while (ends_.back() > 0 && ends_.back() + longestCodePoint > unchanged) {
         ends_.pop_back();
@@ -252,8 +252,8 @@ void SentenceCuts::finish(std::int64_t limit) {
     }
 }
 
-/// Appends `text`, cut into several pieces if it is longer than `limit`. `maximumLength` is an
-/// upper bound of its characters: if even this bound is short, the text is not counted.
+/// Appends `text`, cut into several pieces if it is much longer than `limit`. `maximumLength` is an
+/// upper bound of its number of characters. If this bound is short enough, nothing is counted.
 void SentenceCuts::appendLongTail(std::string_view text, std::size_t maximumLength,
                                   std::int64_t limit, std::vector<std::string_view>& pieces) {
     const bool countsCharacters = unit_ == BoundaryUnit::characters;

@@ -15,9 +15,9 @@ namespace tessarune {
 /// Cuts a text in one pass into two lists of pieces: into sentences, and into sentences and
 /// clauses. `SentenceSegmenter` defines what a piece is.
 ///
-/// Designed for a text that grows and changes at its end: the prefix shared with the previous text
-/// is not processed again. The pieces point into this object and are valid until the next cut.
-/// Confined to its owner's thread.
+/// Designed for a text that grows and changes at its end: cuts in the prefix that it shares with
+/// the previous text are not computed again. The pieces point into this object and are valid until
+/// the next cut. Confined to its owner's thread.
 class SentenceCuts {
   public:
     SentenceCuts() = default;
@@ -27,7 +27,7 @@ class SentenceCuts {
     struct Rules {
         bool sentences = true;  ///< compute the list of sentences
         bool clauses = false;   ///< compute the list of clauses
-        std::int64_t limit = 0; ///< length at which a remainder without punctuation is cut
+        std::int64_t limit = 0; ///< length of the parts of a long remainder; below 1: stays whole
         BoundaryUnit boundaryUnit = BoundaryUnit::words;
     };
 
@@ -78,8 +78,8 @@ class SentenceCuts {
     BoundaryUnit unit_ = BoundaryUnit::words;
     Level sentences_;
     Level clauses_;
-    std::vector<std::size_t> ends_{0}; ///< 0, then the byte offset of each character's end
-    std::vector<SentencePunctuation::Traits> traits_; ///< of each character
+    std::vector<std::size_t> ends_{0}; ///< 0, then each character's end; not for ASCII
+    std::vector<SentencePunctuation::Traits> traits_; ///< of each character; not for ASCII
     std::list<std::string> joined_; ///< pieces that are not substrings of the text
 };
 

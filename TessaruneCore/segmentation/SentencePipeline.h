@@ -75,7 +75,7 @@ class SentencePipeline final {
 
     /// Keys of the sentences frozen since the last reset, in reading order.
     const std::vector<std::string>& frozenSentenceNorms() const { return frozenSentenceNorms_; }
-    /// Keys of the previous partial's leading sentences, by position.
+    /// Keys of the last partial's leading sentences, by position.
     const std::vector<std::string>& prevLeadingNorm() const { return leadingKeys_.keys(); }
     /// For each position, the time since which its key is unchanged.
     const std::vector<double>& leadingStableSince() const { return leadingStableSince_; }

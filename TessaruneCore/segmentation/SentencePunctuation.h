@@ -43,8 +43,8 @@ inline Traits traitsOfASCII(char character) {
 /// The properties of any character. Punctuation with combining marks has none.
 Traits traits(std::string_view character);
 
-/// The terminal or clause punctuation at the end of a piece, ignoring white space, closing quotes
-/// and brackets.
+/// The terminal or clause punctuation at the end of a piece. White space around the piece and
+/// closing quotes and brackets after the punctuation are ignored.
 struct EndMark {
     char32_t character;
     Traits traits;

@@ -10,11 +10,11 @@
 namespace tessarune {
 
 /// Cuts recognised text into sentences, or into sentences and clauses, plus a remainder without
-/// closing punctuation. Handles English, Chinese and mixed text. Abbreviations, initials and
+/// final punctuation. Handles English, Chinese and mixed text. Abbreviations, initials and
 /// decimal numbers do not end a sentence; run-on text without punctuation is cut at fixed lengths.
 ///
-/// Pure functions, safe from any thread. They run on every recogniser update, so they make one pass
-/// over the text and have a fast path for ASCII.
+/// Pure functions, safe from any thread. Partials are cut by `SentenceCuts`, which keeps the cuts
+/// of the previous text.
 namespace SentenceSegmenter {
 
 /// The minimum number of units in a clause.

@@ -25,7 +25,7 @@ class StabilityKeyList {
 
     std::size_t size() const { return keys_.size(); }
     const std::vector<std::string>& keys() const { return keys_; }
-    /// Whether the previous list had the same key at this index.
+    /// Whether the list before the last `assign` had the same key at this index.
     bool isUnchanged(std::size_t index) const { return unchanged_[index]; }
 
   private:
