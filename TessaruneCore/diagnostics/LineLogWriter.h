@@ -16,7 +16,7 @@ namespace tessarune {
 
 /// Appends lines to a file on a serial queue of its own with low priority.
 ///
-/// Each line is one immediate, unbuffered write, so a crash loses only queued lines. Lines that
+/// Lines are written without a buffer, so a crash loses only queued lines. Lines that
 /// cannot be encoded or written, and lines that arrive while `maximumQueued` others are queued, are
 /// dropped silently, because a diagnostic log must not disturb its caller. Later lines are still
 /// written, and a partial line never runs into the next.

@@ -13,7 +13,7 @@ namespace tessarune {
 class TessaruneLogger {
   public:
     enum class Level { debug, info, notice, fault };
-    /// Builds the text of a line; called only if the line is written.
+    /// Builds the text of a line; called only if there is a sink.
     using Text = std::function<std::string()>;
 
     explicit constexpr TessaruneLogger(std::string_view category) : category_(category) {}

@@ -34,8 +34,8 @@ class DelayedCall {
 
 /// Runs blocks one after the other in the order in which they were queued.
 ///
-/// Any thread may call; the blocks run on the queue's own thread (or in simulated time). The
-/// destructor runs all queued blocks first.
+/// Any thread may call; the blocks run on the queue's own thread. The destructor runs all queued
+/// blocks first. The queues of a `SimulatedHost` differ in both.
 class SerialQueue {
   public:
     virtual ~SerialQueue() = default;

@@ -68,9 +68,9 @@ auto runOn(Executor worker, Work work) {
     return runOn(std::move(worker), std::move(work), main);
 }
 
-/// Like `runOn` for work that may hang: returns true when the work has ended, or abandons it after
+/// Like `runOn`, for work that may hang. Returns true when the work has ended; abandons it after
 /// `seconds` and returns false. The work must own its captures, which are released before this
-/// returns true.
+/// returns true or throws the work's exception.
 Task<bool> runOnWithin(Executor worker, double seconds, Block work, Executor back);
 
 } // namespace tessarune

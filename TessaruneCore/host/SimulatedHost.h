@@ -13,12 +13,13 @@ namespace tessarune {
 
 /// A host in virtual time: single-threaded, without waiting, deterministic.
 ///
-/// Blocks run only inside `run…`, and time advances from one due time to the next. Where several
-/// blocks could run at the same time (blocks of different queues, delayed calls with equal due
-/// times), the seed decides; seed 0 runs them in the order in which they were queued. Blocks of one
-/// queue always keep their order.
+/// Blocks run only inside `step`, `run…`, `advance…` and `SerialQueue::sync`, and time advances
+/// from one due time to the next. Where several blocks could run at the same time (blocks of
+/// different queues, delayed calls with equal due times), the seed decides; seed 0 runs them in the
+/// order in which they were queued. The queued blocks of one queue always keep their order.
 ///
-/// Not thread-safe: everything runs on the caller's thread.
+/// Not thread-safe: everything runs on the caller's thread. Destroying a queue neither runs nor
+/// drops its blocks.
 class SimulatedHost final : public Host {
   public:
     explicit SimulatedHost(double startTime = 0, std::uint64_t seed = 0);
@@ -44,7 +45,8 @@ class SimulatedHost final : public Host {
     /// Runs until nothing is queued or scheduled, or until `limit`.
     void runUntilIdle(double limit = std::numeric_limits<double>::max()) { runDue(limit); }
 
-    /// Runs the next single block that is due up to `limit`; false if there is none.
+    /// Runs the next block that is due up to `limit`, or moves a due delayed call to its queue;
+    /// false if there is nothing to do.
     bool step(double limit = std::numeric_limits<double>::max());
 
     /// Sets the wall clock forward or back, as a user or a time server does; `now` is unaffected.

@@ -164,7 +164,7 @@ class TaskHandle {
     bool isFinished() const { return finished_.hasValue(); }
 
     /// `co_await handle.finished()`: resumes when the task is over, on the executor given to
-    /// `spawn`.
+    /// `spawn`; does not suspend if it is over already.
     OneShot<bool>& finished() { return finished_; }
 
   private:
@@ -191,7 +191,7 @@ inline SwitchTo switchTo(Executor executor) {
 }
 
 /// `co_await sleep(executor, seconds, stop)`: true after the time has passed, false as soon as the
-/// token requests a stop. Resumes on `executor` either way.
+/// token requests a stop. Resumes on `executor`; does not suspend if a stop was already requested.
 Task<bool> sleep(Executor executor, double seconds, std::stop_token stop = {});
 
 } // namespace tessarune

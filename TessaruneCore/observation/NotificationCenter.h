@@ -25,8 +25,8 @@ class NotificationCenter {
   public:
     using Handler = std::function<void(const NotificationObject&)>;
 
-    /// Owns a registration; its destructor removes the handler. If the handler is running on
-    /// another thread at that moment, it still completes.
+    /// Owns a registration; its destructor removes the handler. A `post` that began before, on any
+    /// thread, may still call the handler afterwards.
     class [[nodiscard]] Observation {
       public:
         Observation() = default;

@@ -8,8 +8,8 @@
 
 namespace tessarune {
 
-/// The observations of an object, which end when this is destroyed. Confined to the thread of the
-/// observed values.
+/// The observations that an object makes. They end when this is destroyed. Confined to the thread
+/// of the observed values.
 class Observations {
   public:
     Observations() = default;

@@ -12,7 +12,8 @@ namespace tessarune {
 /// were added: `onWillChange` before the value changes, `onDidChange` after. Every assignment is a
 /// change, even of an equal value; compare first to avoid a notification.
 ///
-/// Confined to one thread. An observer may add and remove observers, but not change the value.
+/// Confined to one thread. An observer may add and remove observers, from the next notification on,
+/// but not change the value.
 template <typename T>
 class Published {
   public:

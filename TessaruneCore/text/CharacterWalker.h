@@ -8,9 +8,9 @@ namespace tessarune::Text {
 
 /// Iterates over the characters of a text without building a list.
 ///
-/// ASCII and the common letters of the world's scripts take a fast path without ICU or allocation.
-/// Runs in which code points join (marks, emoji, jamo, flags) go through ICU as a whole. The text
-/// must outlive the walker. Confined to one thread.
+/// ASCII and most Latin, Greek, Cyrillic, Chinese, Japanese and Korean letters take a fast path
+/// without ICU or allocation. Runs in which code points join (marks, emoji, jamo, flags) go through
+/// ICU as a whole. The text must outlive the walker. Confined to one thread.
 class CharacterWalker {
   public:
     explicit CharacterWalker(std::string_view text) : text_(text) {}

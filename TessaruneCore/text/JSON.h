@@ -62,8 +62,9 @@ struct Date {
     double seconds = 0; ///< since 1970
 };
 
-// Each of these reads a value of one type and returns false if `value` has another type. An integer
-// may be written as a double without a fraction, up to 2^53.
+// Each of these reads a value of one type and returns false if `value` has another type, or a text
+// that is not an identifier or a date. An integer may be written as a double without a fraction, up
+// to 2^53.
 bool read(const Value& value, std::string& text);
 bool read(const Value& value, bool& flag);
 bool read(const Value& value, double& number);

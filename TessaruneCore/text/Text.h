@@ -69,7 +69,7 @@ std::string joined(const std::vector<std::string_view>& parts, std::string_view 
 std::string lowercased(std::string_view text);
 /// Letters and marks: categories L and M.
 bool isLetter(char32_t codePoint);
-/// Letters, marks and digits: categories L, M, N.
+/// Letters, marks and numbers: categories L, M, N.
 bool isAlphanumeric(char32_t codePoint);
 /// Letters or numbers without marks: categories L, N.
 bool isLetterOrNumber(char32_t codePoint);
@@ -93,7 +93,7 @@ bool isASCII(std::string_view text);
 // Numbers
 
 /// The shortest digits that read back as the same double, with ".0" for whole numbers: 0.6, 1.0,
-/// 1760000000.25. Independent of the locale.
+/// 1760000000.25. From 1e16 on, and below 0.0001, with an exponent. Independent of the locale.
 std::string shortest(double value);
 /// Formats like "%.<decimals>f" in the C locale.
 std::string fixed(double value, int decimals);

@@ -96,7 +96,7 @@ class Line {
     std::string text_;
     std::size_t cells_ = 0;
     std::size_t breakAt_ = 0;
-    std::size_t breakBefore_ = 0; ///< `breakAt_` before the last wide character that is no mark
+    std::size_t breakBefore_ = 0; ///< `breakAt_` before the last wide character that is not a mark
 };
 
 } // namespace

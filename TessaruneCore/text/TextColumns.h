@@ -9,12 +9,13 @@
 namespace tessarune::Text {
 
 /// The terminal cells that `text` fills on one line: two for a wide character (East Asian wide and
-/// full-width, emoji), none for control characters.
+/// full-width, emoji), none for control and formatting characters.
 std::size_t columns(std::string_view text);
 
-/// Wraps `text` into lines of at most `width` cells, at blanks if possible, otherwise between any
-/// two characters, as in Chinese. The blank at a break is dropped. No line is empty; a character
-/// wider than `width` gets a line of its own.
+/// Wraps `text` into lines of at most `width` cells. Lines break at blanks, and after wide
+/// characters such as Chinese ones; if possible, not before closing or after opening punctuation. A
+/// text without such a place breaks anywhere. The blank at a break is dropped. No line is empty; a
+/// character wider than `width` gets a line of its own.
 std::vector<std::string> wrapped(std::string_view text, std::size_t width);
 
 /// `text` if it fills at most `width` cells, else the longest prefix that fits together with a "…"
@@ -24,9 +25,9 @@ std::string fitted(std::string_view text, std::size_t width);
 /// `text` padded with trailing blanks to at least `width` cells.
 std::string padded(std::string_view text, std::size_t width);
 
-/// Makes `text` safe for display: replaces control characters, which a terminal obeys, directional
-/// overrides, which reverse the text after them, line and paragraph separators, and invalid UTF-8
-/// bytes by U+FFFD. Keeps line feeds and tabs.
+/// Makes `text` safe for display. U+FFFD replaces control characters, which a terminal obeys,
+/// directional controls, which can reverse the text after them, line and paragraph separators, and
+/// invalid UTF-8 bytes. Line feeds and tabs stay.
 std::string printable(std::string_view text);
 
 /// The same for one line: replaces each run of white space by one blank.

@@ -21,9 +21,10 @@ enum class CommittedTranslationFailureAction {
 
 std::string_view name(CommittedTranslationFailureAction action);
 
-/// Counts the failures of one language pair's units and maps each to an action. Single recoverable
-/// failures are silent; the third in a row reloads the pair; the fifth and later ones are shown to
-/// the user. Failures that the user must resolve are shown at once.
+/// Counts the failures of one language pair's units and maps each to an action. Of
+/// consecutive recoverable failures, the third reloads the pair, the fifth and later ones are shown
+/// to the user, and the others are silent. A failure that the user must resolve is shown at once
+/// and resets the count.
 struct CommittedTranslationHealthState {
     std::int64_t consecutiveFailedUnits = 0;
     std::unordered_set<UUID> unresolvedUnitIDs;

@@ -11,11 +11,12 @@ namespace tessarune {
 /// Consecutive committed rows that are translated as one text. Equality compares texts by canonical
 /// equivalence.
 struct CommittedTranslationUnit {
-    UUID translationUnitID;            ///< new for each planned unit
-    std::vector<UUID> segmentIDs;      ///< all members in order, blank ones included
-    UUID resultSegmentID;              ///< the member that will show the translation: the last one
-    std::string sourceText;            ///< "" if all members are blank
-    std::optional<double> committedAt; ///< seconds since 1970, of the first member that has one
+    UUID translationUnitID;       ///< new for each planned unit
+    std::vector<UUID> segmentIDs; ///< all members in order, blank ones included
+    UUID resultSegmentID;         ///< the member that will show the translation: the last one
+    std::string sourceText;       ///< "" if all members are blank
+    /// Seconds since 1970, of the first member with text and with a time.
+    std::optional<double> committedAt;
 
     bool operator==(const CommittedTranslationUnit& other) const;
 };

@@ -11,15 +11,16 @@
 /// functions, safe from any thread.
 namespace tessarune::CommittedTranslationUnitPlanner {
 
-/// The next unit, starting at the first pending row, or `nullopt` while its text should still grow.
-/// `forceTail` accepts an unfinished group. The caller marks the members and calls again.
+/// The next unit, starting at the first pending row; `nullopt` if no row is pending or the unit
+/// should still grow. `forceTail` accepts an unfinished group. The caller marks the members and
+/// calls again.
 std::optional<CommittedTranslationUnit> nextPendingUnit(std::span<const CaptionSegment> segments,
                                                         bool forceTail = false,
                                                         const UUIDSource& newID = UUID::random);
 
 /// Whether the text ends a sentence, ignoring closing quotes and brackets.
 bool hasTerminalPunctuation(std::string_view text);
-/// Whether the text contains a letter, mark or digit.
+/// Whether the text contains a letter, mark or number.
 bool hasTranslatableContent(std::string_view text);
 
 } // namespace tessarune::CommittedTranslationUnitPlanner

@@ -13,13 +13,14 @@ namespace tessarune::GhostTranslationPlanner {
 
 inline constexpr std::size_t minimumWords = 2;
 
-/// The newest complete sentence of the live text, or else its newest soft clause; `nullopt` if
-/// there is neither, or if it has fewer than `leastWords` words (separated by blanks).
+/// The newest complete sentence of the live text, or its newest soft clause if it has no complete
+/// sentence. `nullopt` if there is neither, or if the candidate has fewer than `leastWords` words
+/// (separated by blanks).
 std::optional<std::string> latestCandidate(const BoundaryObservation& observation,
                                            std::size_t leastWords = minimumWords);
 
-/// The text without case, punctuation and spacing. Candidates with equal keys count as the same
-/// text.
+/// The text in lower case, with a single blank for everything between two words. Candidates with
+/// equal keys count as the same text.
 std::string normalizedKey(std::string_view text);
 
 /// Whether the source texts have equal keys and the targets are equal.

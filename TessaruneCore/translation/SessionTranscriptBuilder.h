@@ -8,11 +8,12 @@
 #include <unordered_set>
 #include <vector>
 
-/// Turns the caption state of a session into plain text. A session's text is spread over four
-/// lists; these functions join them without repeating anything. Pure, safe from any thread.
+/// Turns the caption state of a session into plain text. A session's text is spread over three
+/// lists and the open row; these functions join them without repeating anything. Pure, safe from
+/// any thread.
 namespace tessarune::SessionTranscriptBuilder {
 
-/// The four lists in reading order. The rows must outlive the call.
+/// The lists and the open row, in reading order. The rows must outlive the call.
 struct Sources {
     std::span<const CaptionSegment> committedSegments;
     std::span<const CaptionSegment> liveLeadingSentences;

@@ -11,7 +11,7 @@
 #include <vector>
 
 /// Writes the outcome of a translation unit into caption rows: one row gets the unit's text, the
-/// other members are only marked as belonging to it. Changes translation fields only. Pure
+/// other members are only marked as parts of the unit. Changes translation fields only. Pure
 /// functions on the given rows, safe from any thread.
 namespace tessarune::TranslationSegmentMutator {
 

@@ -95,8 +95,8 @@ std::string primarySubtag(std::string_view id) {
     return Text::lowercased(part.empty() ? withHyphens : part);
 }
 
-/// The Chinese target for the part of an identifier after "zh" ("", "-tw", "-hant-hk"): chosen by
-/// the script, or else by the region.
+/// The Chinese target for the part of an identifier after "zh" ("", "-tw", "-hant-hk"). The script
+/// decides, or the region if there is no script.
 std::optional<std::string> chineseID(std::string_view lowercaseRest) {
     if (lowercaseRest.empty())
         return "zh-Hans";

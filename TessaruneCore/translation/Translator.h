@@ -18,8 +18,8 @@ std::string_view name(TranslationAvailabilityStatus status);
 /// Interface between the translation logic and the offline translation service. Languages are the
 /// identifiers of `TranslationSupport`.
 ///
-/// Operations may run concurrently. Each starts and resumes on the executor that the translator was
-/// created for; the caller keeps the translator alive until the operation has ended. Failures are
+/// Operations may run concurrently. Each resumes on the executor that the translator was created
+/// for; the caller keeps the translator alive until the operation has ended. Failures are
 /// `TranslatorError`s.
 class Translator {
   public:
@@ -28,7 +28,8 @@ class Translator {
     /// Never fails.
     virtual Task<TranslationAvailabilityStatus> availabilityStatus(std::string source,
                                                                    std::string target) = 0;
-    /// Downloads and loads what the pair needs; returns at once for a pair that is ready.
+    /// Loads what the pair needs, and downloads it first if the translator may; does nothing for a
+    /// pair that is ready.
     virtual Task<void> prepareLanguages(std::string source, std::string target) = 0;
     /// Drops all state of the pair and prepares it again.
     virtual Task<void> rebuildLanguagePair(std::string source, std::string target) = 0;
