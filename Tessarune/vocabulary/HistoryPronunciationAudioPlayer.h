@@ -18,7 +18,8 @@ namespace tessarune {
 class HistoryPronunciationAudioPlayer {
   public:
     /// Plays the bytes of a sound file and returns a function that stops it. `onEnd` is called once
-    /// on the main queue, at the end or if the bytes cannot be played, but never after a stop.
+    /// on the main queue, at the end or if the bytes cannot be played, but never after a stop or an
+    /// exception.
     using PlaySound = std::function<Block(std::string bytes, Block onEnd)>;
 
     /// The host must outlive this.

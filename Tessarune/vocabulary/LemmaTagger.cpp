@@ -12,7 +12,7 @@ namespace {
 
 using Words = std::unordered_set<std::string_view>;
 
-/// The position of a word relative to the word before it.
+/// What the previous word says about a word.
 enum class Position { anywhere, afterDeterminer, afterSubject, afterBe };
 
 Position positionAfter(const std::string& before) {

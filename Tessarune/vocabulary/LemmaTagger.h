@@ -12,7 +12,7 @@ namespace tessarune {
 ///
 /// Where a form has several readings ("saw", "meeting", "left"), the frequency of each reading and
 /// the previous word decide: a verb never follows "the", and a noun rarely follows "they". One
-/// thread. Caches the lexicon's answers, so use one tagger per text.
+/// thread. Caches the lexicon's answers, so use the same tagger for a whole text.
 class LemmaTagger {
   public:
     /// The lexicon must outlive this.

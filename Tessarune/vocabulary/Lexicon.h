@@ -12,7 +12,8 @@ enum class PartOfSpeech { noun, verb, adjective, adverb };
 struct WordReading {
     PartOfSpeech partOfSpeech = PartOfSpeech::noun;
     std::string lemma;
-    /// How often the lemma occurs, in all its forms, in the lexicon's sample of texts.
+    /// How often the lemma occurs as this part of speech, in all its forms, in the lexicon's sample
+    /// of texts.
     int uses = 0;
 
     bool operator==(const WordReading&) const = default;
@@ -35,7 +36,7 @@ class Lexicon {
 
     /// The readings of `form`: as a lemma, if it is one, and as an inflection of other lemmas.
     virtual std::vector<WordReading> readings(std::string_view form) = 0;
-    /// The senses of a lemma, the commonest part of speech first.
+    /// The senses of a lemma, the most frequent part of speech first.
     virtual std::vector<WordDefinition> definitions(std::string_view lemma) = 0;
 };
 

@@ -27,7 +27,7 @@ std::vector<std::string> directURLs(VocabularyPronunciationSource source, std::s
 /// The pages that contain the address of the sound, for use if no direct address works.
 std::vector<std::string> lookupURLs(VocabularyPronunciationSource source, std::string_view word);
 
-/// The folder in which a site keeps the sounds of the source's accent.
+/// The name of the source's accent in the paths of its site; empty if they contain none.
 std::string_view accentDirectory(VocabularyPronunciationSource source);
 
 /// The absolute address of the page's first sound that lies in the accent's folder `directory`.

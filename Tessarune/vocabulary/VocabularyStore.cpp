@@ -20,7 +20,7 @@ std::string normalizedWord(std::string_view word) {
     return Text::lowercased(Text::trimmed(word));
 }
 
-/// Normalises the words and drops duplicates; the first occurrence keeps its place.
+/// Normalises the words; drops empty ones and duplicates. The first occurrence keeps its place.
 VocabularyWords normalizedWords(const VocabularyWords& words) {
     VocabularyWords kept;
     std::unordered_set<std::string> seen;
@@ -36,7 +36,7 @@ bool contains(const VocabularyWords& words, std::string_view word) {
     return std::ranges::find(words, normalizedWord(word)) != words.end();
 }
 
-/// Reads an array of texts; false if the member is missing or not an array.
+/// Reads the texts of an array; false if the member is missing or not an array.
 bool readWords(const JSON::Value& object, const char* key, VocabularyWords& words) {
     const auto found = object.is_object() ? object.find(key) : object.end();
     if (found == object.end() || !found->is_array())

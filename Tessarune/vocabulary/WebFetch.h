@@ -14,7 +14,8 @@ struct WebAnswer {
 };
 
 /// Interface: fetches the content of an address and blocks until it has arrived. Returns `nullopt`
-/// for any other status than 2xx, without a network, and after a stop request. Any thread.
+/// on any failure, such as a status other than 2xx or a missing network, and after a stop request.
+/// Any thread.
 using WebFetch = std::function<std::optional<WebAnswer>(
     const std::string& url, const std::string& userAgent, const std::stop_token& stop)>;
 

@@ -140,7 +140,7 @@ std::optional<std::string> normalizeToken(std::string_view token) {
     }
     if (!hasLetter)
         return std::nullopt;
-    // `kept` has only letters and these three ASCII characters, so its bytes can be compared.
+    // Only letters and these three ASCII characters are in `kept`, so searching bytes is right.
     const auto first = kept.find_first_not_of(" -'");
     std::string trimmed = kept.substr(first, kept.find_last_not_of(" -'") - first + 1);
     if (Text::length(trimmed) == 1 && trimmed != "i" && trimmed != "a")

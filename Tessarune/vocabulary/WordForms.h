@@ -12,7 +12,7 @@ namespace tessarune::WordForms {
 std::string prepare(std::string_view text);
 
 /// The letters of a token, with the hyphens and apostrophes between them; other characters become
-/// blanks. `nullopt` if no letter remains, or only a single letter that is not a word.
+/// blanks. `nullopt` if no letter remains, or only a single one other than "i" and "a".
 std::optional<std::string> normalizeToken(std::string_view token);
 
 } // namespace tessarune::WordForms

@@ -30,7 +30,7 @@ constexpr std::array libraryParts{
     LibraryPart{PartOfSpeech::noun, NOUN}, LibraryPart{PartOfSpeech::verb, VERB},
     LibraryPart{PartOfSpeech::adjective, ADJ}, LibraryPart{PartOfSpeech::adverb, ADV}};
 
-/// A writable word: the library modifies its argument.
+/// A writable copy of a word, with "_" for blanks: the library modifies its argument.
 class WordBuffer {
   public:
     explicit WordBuffer(std::string_view word) {
