@@ -1,6 +1,5 @@
 #include "TessaruneCore/UUID.h"
 
-#include <memory>
 #include <random>
 
 namespace tessarune {

@@ -3,7 +3,6 @@
 #include "Tessarune/vocabulary/VocabularyAddresses.h"
 #include "TessaruneCore/diagnostics/TessaruneLog.h"
 #include "TessaruneCore/host/RunOn.h"
-#include "TessaruneCore/text/Text.h"
 
 #include <algorithm>
 #include <stop_token>

@@ -44,7 +44,6 @@ class Numbering {
     std::size_t of(const std::string& text) {
         return numbers_.emplace(text, numbers_.size()).first->second;
     }
-    std::size_t size() const { return numbers_.size(); }
 
   private:
     std::unordered_map<std::string, std::size_t> numbers_;

@@ -31,7 +31,6 @@ class LogFields {
 
     Fields::const_iterator begin() const { return fields_.begin(); }
     Fields::const_iterator end() const { return fields_.end(); }
-    bool empty() const { return fields_.empty(); }
 
   private:
     Fields fields_;

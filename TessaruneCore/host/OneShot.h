@@ -39,7 +39,6 @@ class OneShot {
     }
 
     /// Awaitable by one coroutine, which continues at once if the value has already arrived.
-    auto value() const { return Awaiter{state_}; }
     auto operator co_await() const { return Awaiter{state_}; }
 
   private:

@@ -3,7 +3,6 @@
 #include "TessaruneCore/host/Task.h"
 
 #include <exception>
-#include <functional>
 #include <optional>
 #include <type_traits>
 #include <utility>

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <deque>
 #include <limits>
-#include <optional>
 #include <random>
 #include <vector>
 

@@ -160,7 +160,6 @@ class TaskHandle {
     /// Requests a stop. The task sees it at its next check of the stop token, and a wait with the
     /// token ends early.
     void cancel() { stop_.request_stop(); }
-    bool isCancelled() const { return stop_.stop_requested(); }
     bool isFinished() const { return finished_.hasValue(); }
 
     /// `co_await handle.finished()`: resumes when the task is over, on the executor given to

@@ -25,8 +25,6 @@ class HeuristicBoundaryEngine final : public BoundaryEngine {
                                    double now) override;
     BoundaryDecision ingestFinal(std::string_view text, const BoundaryContext& context) override;
 
-    const SentencePipeline& pipeline() const { return pipeline_; }
-
   private:
     std::vector<std::string> softPieces(const std::vector<std::string>& excludedKeys,
                                         std::size_t firstExcluded);

@@ -23,7 +23,6 @@ class StabilityKeyList {
     }
     void clear();
 
-    std::size_t size() const { return keys_.size(); }
     const std::vector<std::string>& keys() const { return keys_; }
     /// Whether the list before the last `assign` had the same key at this index.
     bool isUnchanged(std::size_t index) const { return unchanged_[index]; }

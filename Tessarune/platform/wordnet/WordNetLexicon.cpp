@@ -11,7 +11,6 @@
 #include <charconv>
 #include <cstdio>
 #include <memory>
-#include <optional>
 #include <string>
 #include <unordered_map>
 
