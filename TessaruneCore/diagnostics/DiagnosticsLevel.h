@@ -21,7 +21,8 @@ constexpr bool writesSessionDiagnostics(DiagnosticsLevel level) {
 constexpr bool writesRoutineBreadcrumbs(DiagnosticsLevel level) {
     return level > DiagnosticsLevel::standard;
 }
-/// Whether the recogniser's raw results are kept in full.
+/// Whether the level stands for full raw results of the recogniser. The setting
+/// `appleAnalyzerDiagnosticsMode` decides whether a run keeps them.
 constexpr bool expandsAppleRaw(DiagnosticsLevel level) {
     return level > DiagnosticsLevel::verbose;
 }

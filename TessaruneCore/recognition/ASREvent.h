@@ -25,12 +25,12 @@ struct ASRWordTiming {
     bool operator==(const ASRWordTiming&) const;
 };
 
-/// A result of the recogniser: the only input of the caption engine.
+/// A result of the recogniser, the input of the caption engine.
 struct ASREvent {
     /// The current hypothesis for the open utterance.
     struct Partial {
         std::string text;
-        std::int64_t revision = 0; ///< assigned by the recogniser; increases with each hypothesis
+        std::int64_t revision = 0; ///< from the recogniser; increases within an utterance
         double timestamp = 0;      ///< when the hypothesis was made, seconds since 1970
 
         bool operator==(const Partial&) const;

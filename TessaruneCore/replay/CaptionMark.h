@@ -9,15 +9,15 @@
 
 namespace tessarune {
 
-/// The changes to a session's captions that are not recognition events. The event log of a
-/// diagnostics run records each one under a kind of its own, which readers of events skip.
+/// What a replay of a session's captions needs besides the recognition events. The event log of a
+/// diagnostics run records each of these under a kind of its own, which readers of events skip.
 enum class CaptionMark {
     settings,  ///< the settings of the captions, as JSON in the record's text
     open,      ///< the record's text was left open by the previous recogniser
     withdrawn, ///< the recogniser withdrew its hypothesis
-    stopped,   ///< the user requested the end: partials are ignored from here
+    stopped,   ///< the session's end was requested: partials are ignored from here
     sealed,    ///< the open text was committed as rows
-    ended,     ///< the session ended: the rows are final and equal those of `timeline.json`
+    ended,     ///< the run ended: the committed rows equal those of `timeline.json`
 };
 
 /// The record's kind.

@@ -23,7 +23,7 @@ struct Output {
     CaptionCore::Rows segments;
     CaptionCore::WordEvents wordEvents;
 
-    /// The captions as a reader sees them.
+    /// The committed and the open lines as one text.
     std::string transcript() const;
 };
 

@@ -33,8 +33,8 @@ class SentenceCuts {
 
     void cut(std::string_view text, const Rules& rules);
 
-    /// Like `cut`, for a trimmed text that is already split into characters. The slow, obvious
-    /// implementation that tests compare the fast path with.
+    /// Like `cut`, for a trimmed text that is already split into characters. Uses neither the fast
+    /// path for ASCII nor the previous text; tests compare `cut` with it.
     void cut(std::string_view text, const std::vector<std::string_view>& characters,
              const Rules& rules);
 
