@@ -274,6 +274,7 @@ void LiveTranscriptStore::recognitionOptionChanged(const std::string& id) {
     if (hadRun)
         finishDiagnosticsSnapshot();
     texts_.keepSaid();
+    core_.cancelPendingPartial(); // a guess of the former recogniser would replace the message
     core_.softCaptionSegments = CaptionCore::Rows();
     core_.liveLeadingSentences = CaptionCore::Rows();
     core_.committedSegments = CaptionCore::Rows();

@@ -245,7 +245,12 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherRecognitionModelTakesOverInTheSessi
     session.hear(2);
     session.say(true, "First model.");
     session.engine.script.prepareSeconds = 1;
+    for (const char* guess : {"A guess", "A guess that comes too late"}) {
+        session.engine.session().give(simulation::spoken(false, guess, 1, 0.1));
+        session.host.advanceBy(0.056); // the second is still held back
+    }
     session.store->selectRecognitionOption(other);
+    session.host.advanceBy(0.1);
     EXPECT_EQ(liveLine(), "正在切换识别模型…");
     EXPECT_TRUE(session.store->view().captions.committedSegments->empty());
     session.host.advanceBy(0.5);
@@ -266,7 +271,7 @@ TEST_F(LiveTranscriptStoreStartTests, AnotherRecognitionModelTakesOverInTheSessi
     session.host.advanceBy(5);
     EXPECT_EQ(session.phase(), Phase::idle);
     const UUID id = session.catalog->recordings().at(0).id;
-    EXPECT_EQ(session.transcript(id), "First model.\nThird model.")
+    EXPECT_EQ(session.transcript(id), "First model.\nA guess\nThird model.")
         << "without the program's own words";
     const auto timeline = HistoryWordTimeline::decoded(
         session.files.contentsOf(session.catalog->wordTimelineURL(id)));
