@@ -66,9 +66,13 @@ void DesktopMotion::apply(const QString& group, const QString& key, const QDBusV
     for (const auto& preference : preferences) {
         if (group != QLatin1String(preference.group) || key != QLatin1String(preference.key))
             continue;
-        const bool reduced = unwrapped(value.variant()).toDouble() == preference.reduced;
-        if (reduced != *isReduced)
-            isReduced = reduced;
+        if (unwrapped(value.variant()).toDouble() == preference.reduced)
+            reducing_.insert(preference.key);
+        else
+            reducing_.erase(preference.key);
+        // A desktop may report several keys. The user's wish may be stored under only one of them.
+        if (reducing_.empty() == *isReduced)
+            isReduced = !reducing_.empty();
     }
 }
 

@@ -32,7 +32,8 @@ class DesktopMotion : public QObject {
     void apply(const QString& group, const QString& key, const QDBusVariant& value);
 
     QDBusConnection bus_;
-    std::set<std::string, std::less<>> changed_; // keys whose change was signalled
+    std::set<std::string, std::less<>> changed_;  // keys whose change was signalled
+    std::set<std::string, std::less<>> reducing_; // keys whose value means reduced motion
 };
 
 } // namespace tessarune
