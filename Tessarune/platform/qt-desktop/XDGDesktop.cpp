@@ -125,8 +125,11 @@ void XDGDesktop::notify(const std::string& title, const std::string& text) {
                                        service, QStringLiteral("Notify"));
     constexpr unsigned replacesNone = 0;
     constexpr int desktopDecides = -1; // when the notification disappears
-    call << QStringLiteral("Tessarune") << replacesNone << QString::fromStdString(applicationID_)
-         << QString::fromStdString(title) << QString::fromStdString(text) << QStringList()
+    call << QStringLiteral("Tessarune") << replacesNone
+         << QString::fromStdString(applicationID_)
+         // Notification servers read the body as markup.
+         << QString::fromStdString(title) << QString::fromStdString(text).toHtmlEscaped()
+         << QStringList()
          << QVariantMap{{QStringLiteral("desktop-entry"), QString::fromStdString(applicationID_)}}
          << desktopDecides;
     QDBusConnection::sessionBus().send(call);
