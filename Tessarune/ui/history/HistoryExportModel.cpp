@@ -98,6 +98,7 @@ void HistoryExportModel::write(HistoryExportRequest request, const std::filesyst
     if (isBusy_)
         return;
     isBusy_ = true;
+    writesAudio_ = request.format == HistoryExportFormat::m4a;
     progress_ = -1;
     stop_ = std::stop_source();
     Q_EMIT busyChanged();

@@ -28,6 +28,8 @@ class HistoryExportModel final : public QObject {
     /// A remark on the chosen format or on the saved translation.
     Q_PROPERTY(QString hint READ hint NOTIFY changed)
     Q_PROPERTY(bool isBusy READ isBusy NOTIFY busyChanged)
+    /// Whether an audio export runs; the others are short.
+    Q_PROPERTY(bool canCancel READ canCancel NOTIFY busyChanged)
     /// 0 to 1; negative while it is unknown.
     Q_PROPERTY(double progress READ progress NOTIFY busyChanged)
 
@@ -47,11 +49,11 @@ class HistoryExportModel final : public QObject {
     bool canBeTranslation() const;
     QString hint() const;
     bool isBusy() const { return isBusy_; }
+    bool canCancel() const { return isBusy_ && writesAudio_; }
     double progress() const { return progress_; }
 
     /// Asks for a file name and writes the file.
     Q_INVOKABLE void run();
-    /// Only an audio export can be cancelled.
     Q_INVOKABLE void cancel();
 
   Q_SIGNALS:
@@ -70,6 +72,7 @@ class HistoryExportModel final : public QObject {
     HistoryExportFormat format_ = HistoryExportFormat::pdf;
     int content_ = 1; ///< as the user chose it; `content()` is what recording and format allow
     bool isBusy_ = false;
+    bool writesAudio_ = false; ///< while `isBusy_`
     double progress_ = -1;
     const Lifeline<HistoryExportModel> lifeline_{*this};
 };

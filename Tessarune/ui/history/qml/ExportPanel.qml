@@ -104,7 +104,7 @@ Popover {
 
             PushButton {
                 objectName: "cancelExport"
-                visible: root.model.isBusy
+                visible: root.model.canCancel
                 text: root.texts.cancel
                 onClicked: root.model.cancel()
             }
