@@ -10,8 +10,8 @@ namespace tessarune::LiveBoundaryDecisionHandler {
 
 namespace {
 
-/// A shorter sentence does not justify an early final.
-constexpr std::size_t minSentenceWords = 3;
+/// Fewer open words do not justify an early final at the end of a sentence.
+constexpr std::size_t minOpenWords = 3;
 
 template <typename Case>
 bool contains(const std::vector<BoundaryReason>& reasons) {
@@ -39,7 +39,7 @@ std::optional<std::string> engineFinalizationReason(const BoundaryObservation& o
     const std::size_t words = countOfOpenWords(decision);
     if (contains<BoundaryReason::MaxWords>(decision.reasons))
         return "boundary.maxWords." + std::to_string(words);
-    if (contains<BoundaryReason::Punctuation>(decision.reasons) && words >= minSentenceWords)
+    if (contains<BoundaryReason::Punctuation>(decision.reasons) && words >= minOpenWords)
         return "boundary.terminalPunctuation." + std::to_string(words);
     return std::nullopt;
 }
