@@ -150,7 +150,7 @@ Task<int> runDownload(Program& program, const TerminalOptions& options, ShownDow
     } catch (const std::exception& error) {
         news.endLine();
         printProblem(download.name + ": " + error.what());
-        co_return static_cast<int>(stop.stop_requested() ? ExitStatus::stoppedTwice
+        co_return static_cast<int>(stop.stop_requested() ? ExitStatus::interrupted
                                                          : ExitStatus::noModel);
     }
     news.reportInstalled();

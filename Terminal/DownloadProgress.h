@@ -54,7 +54,7 @@ ShownDownload downloadOf(Store& store, const std::string& name) {
 /// Runs a download. Reports its progress on standard error, on a terminal in one line that is
 /// rewritten; with --json, as objects on standard output; with --quiet alone, not at all. Prints a
 /// failure on standard error.
-/// Ctrl-C ends the download with ExitStatus::stoppedTwice; the next attempt continues with the
+/// Ctrl-C ends the download with ExitStatus::interrupted; the next attempt continues with the
 /// bytes that were received. Returns the exit status. Main queue.
 Task<int> runDownload(Program& program, const TerminalOptions& options, ShownDownload download);
 

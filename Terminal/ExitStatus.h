@@ -18,7 +18,7 @@ enum class ExitStatus : int {
     dataInUse = 75, ///< another Tessarune has the same data folder
     notAllowed = 77,
     noModel = 78,
-    stoppedTwice = 130, ///< the second Ctrl-C of a session, or the first one of other work
+    interrupted = 130, ///< the second Ctrl-C of a session, or the first one of other work
 };
 
 } // namespace tessarune

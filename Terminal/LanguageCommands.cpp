@@ -53,7 +53,7 @@ Task<int> runTest(Program& program, const TerminalOptions& options, std::string 
     bridge->runTranslationTest(target);
     const bool isFinished = co_await ended;
     if (!isFinished)
-        co_return static_cast<int>(ExitStatus::stoppedTwice);
+        co_return static_cast<int>(ExitStatus::interrupted);
 
     const std::string& text = *bridge->resultText();
     const bool succeeded = !text.empty();

@@ -93,7 +93,7 @@ Task<ExitStatus> permissionToWrite(Host& host, FileSystem& files, std::filesyste
     case Answer::interrupted:
         break;
     }
-    co_return ExitStatus::stoppedTwice;
+    co_return ExitStatus::interrupted;
 }
 
 } // namespace tessarune

@@ -99,7 +99,7 @@ void end(int signal) {
     } else if (!isSamePress) {
         TerminalCursor::setPaused(true);
         TerminalCursor::restore();
-        std::_Exit(static_cast<int>(ExitStatus::stoppedTwice));
+        std::_Exit(static_cast<int>(ExitStatus::interrupted));
     }
 }
 

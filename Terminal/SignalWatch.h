@@ -7,7 +7,7 @@
 namespace tessarune {
 
 /// Handles SIGINT, SIGTERM and SIGHUP while it exists. The first signal asks the current work to
-/// end; the second one ends the program at once with ExitStatus::stoppedTwice, even if the main
+/// end; the second one ends the program at once with ExitStatus::interrupted, even if the main
 /// queue is stuck in a call. Two signals within 0.3 s count as one, because one key press may reach
 /// the program both directly and through its process group. Without a SignalWatch, the first signal
 /// ends the program.

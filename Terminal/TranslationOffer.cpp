@@ -45,7 +45,7 @@ Task<std::optional<ExitStatus>> offerTranslation(Program& program, const Termina
     switch (co_await ask(program.host, localized("Download it now?"), Answer::yes)) {
     case Answer::interrupted:
         printNotice("");
-        co_return ExitStatus::stoppedTwice;
+        co_return ExitStatus::interrupted;
     case Answer::no:
         if (!command.target)
             program.storedDefaults.set(declinedKey, id);
@@ -54,7 +54,7 @@ Task<std::optional<ExitStatus>> offerTranslation(Program& program, const Termina
         break;
     }
     const auto status = static_cast<ExitStatus>(co_await downloadLanguage(program, options, id));
-    const bool wasStopped = status == ExitStatus::stoppedTwice;
+    const bool wasStopped = status == ExitStatus::interrupted;
     // Captions do not depend on a target of the settings; a target of the command line is a
     // requirement.
     const bool mayContinue = status == ExitStatus::ok || (!command.target && !wasStopped);

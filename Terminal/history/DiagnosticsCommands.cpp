@@ -147,9 +147,8 @@ ExitStatus verify(Program& program, const TerminalOptions& options, const Diagno
                    {"segments", result.rows},
                    {"problem", result.problem}});
     else if (result.matches())
-        printText(
-            localized("%@: the replay produces the rows of the timeline, byte for byte (%lld).",
-                      {run.id(), std::to_string(result.rows)}));
+        printText(localized("%@: the replay produces all %lld rows of the timeline, byte for byte.",
+                            {run.id(), std::to_string(result.rows)}));
     else
         printProblem(run.id() + ": " + result.problem);
     return result.matches() ? ExitStatus::ok : ExitStatus::differs;
@@ -168,7 +167,7 @@ Task<ExitStatus> remove(Program& program, const TerminalOptions& options,
             ask(program.host, localized("Delete the diagnostics run %@?", {run.id()}), Answer::no);
         const Answer answer = co_await asking;
         if (answer != Answer::yes)
-            co_return answer == Answer::no ? ExitStatus::ok : ExitStatus::stoppedTwice;
+            co_return answer == Answer::no ? ExitStatus::ok : ExitStatus::interrupted;
     }
     if (!DiagnosticsCatalog(program.files, program.paths).remove(run)) {
         printProblem(localized("%@ could not be deleted.", {run.id()}));

@@ -82,7 +82,7 @@ Task<int> write(Program& program, const TerminalOptions& options, HistoryExportR
         Task<void> writing = program.historyExport.write(request, to, {}, stop.get_token());
         co_await writing;
     } catch (const CancellationError&) {
-        co_return status(ExitStatus::stoppedTwice);
+        co_return status(ExitStatus::interrupted);
     }
     co_return reportWritten(program, options, request, to);
 }

@@ -36,7 +36,7 @@ class ImportRun {
             Task<RecordingMetadata> copying = copy(file);
             recording = co_await copying;
         } catch (const CancellationError&) {
-            status = ExitStatus::stoppedTwice;
+            status = ExitStatus::interrupted;
         } catch (const MediaFileError& error) {
             status = reportProblem(file, error.what(), ExitStatus::unreadableFile);
         } catch (const std::system_error& error) {
@@ -52,11 +52,11 @@ class ImportRun {
             refinementRequest(program_, options_, recording->id, recording->filePath),
             HistoryRefinementService::bestModel, stop_.get_token());
         const HistoryRefinementOutcome outcome = co_await transcribing;
-        if (statusOf(outcome) == ExitStatus::stoppedTwice) {
+        if (statusOf(outcome) == ExitStatus::interrupted) {
             program_.catalog.deleteRecording(recording->id);
             Task<void> erasing = program_.search.eraseTraces();
             co_await erasing;
-            co_return ExitStatus::stoppedTwice;
+            co_return ExitStatus::interrupted;
         }
         reportImported(file, recording->id, outcome);
         co_return statusOf(outcome);

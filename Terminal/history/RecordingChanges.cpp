@@ -58,7 +58,7 @@ Task<std::optional<int>> confirmDeletion(Program& program, const TerminalOptions
     case Answer::interrupted:
         break;
     }
-    co_return static_cast<int>(ExitStatus::stoppedTwice);
+    co_return static_cast<int>(ExitStatus::interrupted);
 }
 
 } // namespace

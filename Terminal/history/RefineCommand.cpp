@@ -104,7 +104,7 @@ void reportOutcome(const TerminalOptions& options, const UUID& id,
 ExitStatus statusOf(const HistoryRefinementOutcome& outcome) {
     if (outcome.status == RefinementStatus::cancelled ||
         outcome.translation == RefinementTranslation::cancelled)
-        return ExitStatus::stoppedTwice;
+        return ExitStatus::interrupted;
     if (outcome.status == RefinementStatus::deleted)
         return ExitStatus::noSuchRecording;
     if (outcome.translation == RefinementTranslation::failed)

@@ -15,7 +15,8 @@
 namespace tessarune {
 
 /// Writes the files of a run, except its logs. One thread at a time. Failures of the disk are not
-/// thrown: a file that cannot be written is missing, and the manifest says so.
+/// thrown: a file that cannot be written is missing or keeps its former content. The
+/// manifest says which files exist.
 class DiagnosticsRunFiles {
   public:
     /// `optionID`: the ID of the recognition option, after which the event log is named.
@@ -29,7 +30,7 @@ class DiagnosticsRunFiles {
     /// Return whether the file was written. Absent bytes are not written.
     bool write(std::string_view artifact, const std::optional<std::string>& bytes);
     bool writeJSON(std::string_view artifact, const nlohmann::json& object);
-    /// Removes the bilingual file if that text is empty.
+    /// Writes the source and the bilingual text. Removes the bilingual file if its text is empty.
     void writeTranscripts(const TranscriptSnapshot& snapshot);
 
     /// The manifest's entry for a file, from the current state of the disk.
@@ -40,7 +41,7 @@ class DiagnosticsRunFiles {
     /// Replaces the manifest. Keeps the section about a refinement, if the former manifest has one.
     void writeManifest(nlohmann::json manifest);
     /// Reads the manifest, applies `change` and writes it. Returns false if there is no readable
-    /// manifest. Only one thread at a time changes a manifest.
+    /// manifest. Waits while another thread changes a manifest, even through another object.
     bool changeManifest(const std::function<void(nlohmann::json&)>& change);
     /// Removes the run with all its files.
     void remove();

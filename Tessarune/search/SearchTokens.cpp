@@ -15,7 +15,7 @@ struct CodePointRange {
     char32_t first;
     char32_t last;
 };
-/// The scripts in which each character is a token.
+/// The scripts in which each code point is a token.
 constexpr std::array unspacedScripts{
     CodePointRange{0x0E00, 0x0EFF},  // Thai, Lao
     CodePointRange{0x1000, 0x109F},  // Burmese

@@ -20,7 +20,7 @@ struct SearchToken {
 ///
 /// A token is a run of letters and digits, folded by `Text::folded`; apostrophes in it are ignored
 /// ("dont" finds "don't"). In scripts without blanks between words (Chinese, Japanese, Thai and
-/// others) and in Korean, where words have endings, each character is a token, and a query matches
+/// others) and in Korean, where words have endings, each code point is a token, and a query matches
 /// as a sequence of tokens.
 namespace SearchTokens {
 

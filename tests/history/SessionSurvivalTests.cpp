@@ -84,10 +84,12 @@ class Computer : public testing::Catalogued {
         for (const auto& name : disk.list(paths.transcripts()))
             EXPECT_FALSE(name.ends_with(".live.ndjson")) << name;
         const auto report = restart();
-        EXPECT_TRUE(report.recoveredSessions.empty() && !report.rebuiltIndex) << "told once";
+        EXPECT_TRUE(report.recoveredSessions.empty() && !report.rebuiltIndex)
+            << "the second start has nothing more to report";
         EXPECT_EQ(order(), names);
     }
-    /// Checks that the session has at least `bytes` of its sound and `leastRows` rows.
+    /// Checks that the session has at least `leastRows` rows and, while its sound is a WAV, at
+    /// least `bytes` of it.
     void expectSession(std::size_t bytes, int leastRows) {
         const auto entry = catalog.recording(*id);
         ASSERT_TRUE(entry);
@@ -170,14 +172,16 @@ std::uint64_t operationsOfASession() {
 TEST(SessionSurvivalTests, OneFailureAnywhereCostsNothingThatWasGood) {
     const auto last = operationsOfASession();
     for (std::uint64_t n = 1; n <= 2 * last; ++n) {
-        SCOPED_TRACE("operation " + std::to_string(n) + " of twice " + std::to_string(last));
+        const bool failsLate = n > last;
+        const std::uint64_t failing = failsLate ? n - last : n;
+        SCOPED_TRACE("operation " + std::to_string(failing) + (failsLate ? ", late" : ""));
         Computer computer;
-        computer.disk.failsLate = n > last;
-        computer.disk.failAt = n > last ? n - last : n;
+        computer.disk.failsLate = failsLate;
+        computer.disk.failAt = failing;
         computer.runSession();
         computer.restart();
         computer.expectOrder();
-        EXPECT_LE(computer.texts.size(), 1U) << "told once";
+        EXPECT_LE(computer.texts.size(), 1U) << "the user is told at most once";
         if (computer.id)
             computer.expectSession((Computer::rows - 1) * Computer::rowBytes, Computer::rows);
     }
@@ -222,7 +226,7 @@ TEST(SessionSurvivalTests, ARepairThatFailsOrIsKilledIsDoneByTheNext) {
     EXPECT_GT(last, 30U);
     for (const bool isKilled : {true, false}) {
         for (std::uint64_t n = 1; n <= last; ++n) {
-            SCOPED_TRACE("operation " + std::to_string(n) + (isKilled ? " on" : " only"));
+            SCOPED_TRACE((isKilled ? "from operation " : "only operation ") + std::to_string(n));
             killed.disk.replaceContents(left);
             const auto fault = killed.disk.operations + n;
             (isKilled ? killed.disk.failFrom : killed.disk.failAt) = fault;
@@ -335,7 +339,8 @@ TEST(SessionSurvivalTests, TheWAVStaysUntilAnM4AOfItsLengthReplacesIt) {
         const auto now = *computer.catalog.recording(id);
         if (!error.empty()) {
             RecordingMetadata expected = recording;
-            if (!*c.refused && c.bytes != 400) // the next start tries again
+            if (!*c.refused &&
+                c.bytes != 400) // the next start tries again, unless the M4A was empty
                 expected.awaitsCompression = true;
             EXPECT_EQ(now, expected);
             continue;

@@ -118,7 +118,7 @@ TEST(TerminalOptionsTests, RefusesWhatMakesNoSenseAndSaysWhy) {
     }
 }
 
-TEST(TerminalOptionsTests, HelpAndVersionFitAScreenAndEndWell) {
+TEST(TerminalOptionsTests, HelpAndVersionFitEightyColumnsAndSucceed) {
     for (const char* option : {"--help", "-h", "--version"}) {
         const Parsed parsed = parse({option});
         EXPECT_EQ(parsed.status, 0);

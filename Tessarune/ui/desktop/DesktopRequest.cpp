@@ -19,8 +19,7 @@ constexpr ActionWord actionWords[] = {
     {"history", DesktopAction::history}, {"settings", DesktopAction::settings},
 };
 
-/// Returns the path unchanged if the working folder no longer exists; a relative path then names no
-/// file.
+/// A relative path stays relative if the working folder no longer exists. It names no file then.
 std::string absolutePath(const std::filesystem::path& path) {
     std::error_code failure;
     const std::filesystem::path absolute = std::filesystem::absolute(path, failure);

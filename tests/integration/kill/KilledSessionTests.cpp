@@ -124,7 +124,7 @@ double playedSeconds(const fs::path& audio) {
     return seconds;
 }
 
-/// Checks the recordings as the kill left them, before any repair.
+/// Checks, before any repair, that the header of each WAV covers nearly all of its sound.
 void expectPlayable(Program& program) {
     for (const auto& entry : program.catalog.recordings()) {
         if (!entry.filePath.ends_with(".wav"))
@@ -160,7 +160,7 @@ int numberOfKills() {
     return wanted ? std::atoi(wanted) : 20;
 }
 
-TEST(KilledSessionTests, WhateverMomentItIsTheNextStartHasItAll) {
+TEST(KilledSessionTests, TheNextLaunchRecoversASessionThatWasKilledAtAnyMoment) {
     const int kills = numberOfKills();
     const auto seed = std::random_device()();
     SCOPED_TRACE("seed " + std::to_string(seed));
@@ -188,7 +188,7 @@ TEST(KilledSessionTests, WhateverMomentItIsTheNextStartHasItAll) {
         }
         EXPECT_TRUE(repair.runAtLaunch().recoveredSessions.empty());
     }
-    EXPECT_GT(recovered, 0U) << "none was hit while it recorded";
+    EXPECT_GT(recovered, 0U) << "no kill interrupted a recording";
 }
 
 TEST(KilledRefinementTests, TextAndTimesAreOfTheSameRefinement) {
@@ -221,7 +221,7 @@ TEST(KilledRefinementTests, TextAndTimesAreOfTheSameRefinement) {
             EXPECT_FALSE(name.ends_with(RecordingCatalog::replacementSuffix)) << name;
         replaced += text.empty() ? 0 : 1;
     }
-    EXPECT_GT(replaced, 0) << "none was hit while it refined";
+    EXPECT_GT(replaced, 0) << "no killed process had replaced a text";
 }
 
 } // namespace

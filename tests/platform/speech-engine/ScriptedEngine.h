@@ -44,7 +44,7 @@ class ScriptedEngine {
     double stoppedInPass = 0;    ///< seconds that the process is stopped in the next pass
     double processorSeconds = 0; ///< what the passes have cost
     std::string dependencies;    ///< the list of a model's files, JSON
-    std::string failing;         ///< the call that fails: "load", "start", "add", "transcribe"
+    std::string failing; ///< the call that fails: "load", "start", "add", "transcribe", "list"
     std::vector<Pass> passes;
     double heard = 0; ///< total seconds; sound given again to a new stream counts once
     std::size_t streamsMade = 0;
@@ -54,7 +54,7 @@ class ScriptedEngine {
   private:
     static constexpr double loud = 0.125;
     struct Stream {
-        double begin = 0; ///< seconds that the session had heard when it began
+        double begin = 0; ///< the time of the session at which its sound begins
         double heard = 0;
         bool stopped = false;
         std::vector<std::string> texts;
