@@ -143,7 +143,8 @@ void HistoryRefinementDiagnosticsSession::lifecycle(const Lifecycle& entry) {
         } catch (const std::system_error&) { // the next step will fail and report the reason
         }
     }
-    if (entry.status) // a failed translation does not mean that the refinement failed
+    if (entry.status)
+        // "failed" would mean that the refinement failed; a failed translation is a "failure".
         line["status"] =
             entry.name == "history.refine.translation.failed" ? "failure" : name(*entry.status);
     if (entry.elapsedSeconds)
@@ -301,8 +302,8 @@ void HistoryRefinementDiagnosticsSession::close(Status status) {
         JSON::Value lost = JSON::Value::object();
         logs->close(lost);
         DiagnosticsRunFiles run(disk, directory, {}, true);
-        // A run without a manifest was deleted with its recording; closing the logs must not
-        // recreate it. A manifest that exists but cannot be read is no reason to delete the run.
+        // A run without a manifest was deleted with its recording. What the logs have left in its
+        // folder is removed, too. A manifest that exists but cannot be read is no reason for that.
         if (!disk.exists(directory / Layout::manifestFile)) {
             run.remove();
             return;

@@ -44,8 +44,8 @@ class HistoryExport {
                   WriteTranscriptPDF pdf);
 
     /// Writes the file `to`, which appears complete or not at all, and replaces an existing file.
-    /// Throws HistoryExportError, or CancellationError when asked to stop. Only sound that must be
-    /// encoded can be stopped and reports progress, on the exporter's queue.
+    /// Throws HistoryExportError, or CancellationError when asked to stop. Only an audio export
+    /// that encodes can be stopped and calls `progress`, on the exporter's queue.
     Task<void> write(HistoryExportRequest request, std::filesystem::path to,
                      MediaProgress progress = {}, std::stop_token stop = {});
 

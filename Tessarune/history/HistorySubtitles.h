@@ -27,7 +27,7 @@ namespace HistorySubtitles {
 inline constexpr std::int64_t shortestCueMS = 1000;
 inline constexpr std::int64_t longestCueMS = 7000;
 
-/// `words` come from the timeline that the document's sentences come from. Rows without a time
+/// `words` must be from the same timeline as the document's sentences. Rows without a time
 /// share the time between their neighbours. At the end of the text, they share the time up to
 /// `duration`, the recording's length in seconds.
 std::vector<SubtitleCue> cues(const HistoryTranscriptExportDocument& document,

@@ -56,7 +56,7 @@ RecordingAudioCompressor::RecordingAudioCompressor(Host& host, FileSystem& files
       queue_(host.serialQueue("Tessarune.audio.backgroundEncoder", QueuePriority::utility)) {}
 
 RecordingAudioCompressor::~RecordingAudioCompressor() {
-    endLeftover(); // a regular end of the program
+    endLeftover(); // this regular end is not a crash that the recording may have caused
 }
 
 // While a session records
@@ -218,9 +218,9 @@ RecordingMetadata RecordingAudioCompressor::adopt(RecordingMetadata recording, b
     recording.channelCount = M4A::channels;
     recording.awaitsCompression = false;
     recording.note.reset(); // keeps the note in the catalog, which may be newer
-    // An update that reports a failure may nevertheless have put the new entry on the disk, and the
-    // next launch drops an entry that names a missing file. So the M4A is removed only if the
-    // recording was deleted or its entry surely names another file; otherwise both files stay.
+    // If the update fails, the new entry may still be on the disk. Without its M4A, the next launch
+    // would drop the recording from the list. So the M4A is removed only if the recording was
+    // deleted or its entry surely names another file; otherwise both files stay.
     if (!catalog_.upsert(recording)) {
         const std::string why =
             catalog_.paths().recordingIndex().string() + " could not be brought up to date";

@@ -40,8 +40,9 @@ class AudioPlayer {
     /// no limit.
     Published<std::optional<std::size_t>> boundedPlaybackSentenceIndex;
     Published<bool> repeatsBoundedPlayback;
-    /// Why the sound has stopped or is about to stop; empty if all is well. As long as `isPlaying`
-    /// is true, the sound returns by itself if it can.
+    /// Why nothing is heard, or why playback will end before the end of the recording; empty if all
+    /// is well. If the sound server is lost, playback continues by itself while `isPlaying` is
+    /// true.
     Published<std::string> problem;
 
     /// Loads another recording, at its beginning. `startPlayback` and `seek` may be called before
@@ -61,8 +62,8 @@ class AudioPlayer {
     /// Clamped to the supported range.
     void setRate(double rate);
 
-    /// Plays a sentence from `start` and stops at `end`; an `end` of 0 means the end of the
-    /// recording.
+    /// Plays from `start` and stops at `end`, which may be the end of a later sentence; an `end` of
+    /// 0 means the end of the recording.
     void playBounded(std::size_t sentenceIndex, double start, double end);
     /// Continues from the current position and repeats the stretch from `start` to `end`;
     /// an `end` of 0 means the end of the recording.
@@ -101,7 +102,7 @@ class AudioPlayer {
     bool needsSchedule_ = true; ///< the engine is not at `currentTime`
     /// The recording was played to its end, whatever duration its container states.
     bool isAtEnd_ = false;
-    bool isLoudnessKnown_ = false; ///< the entire file was measured, or is being measured
+    bool isLoudnessKnown_ = false; ///< or a measurement of the entire file was begun
     std::stop_source measuring_;
     DelayedCall timer_;
     double boundedStart_ = 0;

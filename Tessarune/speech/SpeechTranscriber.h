@@ -12,10 +12,12 @@ namespace tessarune {
 /// A piece of a result's text with the engine's attributes.
 struct SpeechRun {
     std::string text;
-    /// Seconds of the sound fed, or of the recording; present with the attribute audioTimeRange.
+    /// Seconds of the sound fed since the start or, for a file, of the recording. Present if the
+    /// attribute audioTimeRange was requested.
     std::optional<double> audioStart;
     std::optional<double> audioEnd;
-    /// 0 to 1; present with the attribute transcriptionConfidence.
+    /// 0 to 1. Absent unless the attribute transcriptionConfidence was requested and the engine
+    /// gives a confidence.
     std::optional<double> confidence;
 
     bool operator==(const SpeechRun&) const = default;

@@ -40,8 +40,8 @@ struct Attempt {
         translation.recordCommittedTranslationStart(unit, context.target, startedAt, diagnostics);
     }
 
-    /// The system's journal outlives a deleted recording, so it contains no texts unless the user
-    /// allows diagnostics to keep them.
+    /// The system log outlives a deleted recording, so it gets no texts unless the user allows
+    /// diagnostics to keep them.
     std::string loggedSource() const {
         if (translation.keepsTextsForDiagnosis())
             return "'" + text + "'";

@@ -5,7 +5,8 @@
 namespace tessarune {
 namespace {
 
-/// "ours 10 A one.|none - B.": kind, seconds before 200 ("-" for none) and text of each row.
+/// "ours 10 A one.|none - B.": kind, seconds from its commit to the time 200 ("-": it has no commit
+/// time) and text of each row.
 CaptionCore::Rows committedRows(const std::string& notation) {
     CaptionCore::Rows rows;
     std::istringstream all(notation);
@@ -70,17 +71,18 @@ TEST(CaptionCoreCommitTests, EachCommitPathDetectsRepeatsItsOwnWay) {
         {"a final against a sealed row", Road::final, "none - A one.", "A one.", "A one. 🏁"},
         {"case, spacing and punctuation do not count", Road::final, "ours 1 HELLO,  world one",
          "hello world ONE! Two.", "Two. 🏁"},
-        {"a comma goes without leaving a blank", Road::final, "ours 1 你好，world one",
-         "你好 world one. Two.", "你好 world one. 🏁|Two. 🏁"},
+        {"a removed comma leaves no blank, so the keys differ", Road::final,
+         "ours 1 你好，world one", "你好 world one. Two.", "你好 world one. 🏁|Two. 🏁"},
         {"a freeze within the window", Road::freeze, "ours 3.9 A one.", "A one.", ""},
         {"a freeze after the window", Road::freeze, "ours 4.1 A one.", "A one.", "A one. 🔒"},
         {"a freeze is no repetition of a final", Road::freeze, "engine 1 A one.", "A one.",
          "A one. 🔒"},
         {"every row must be recent", Road::freeze, "ours 9 A one.|ours 1 B two.", "A one. B two.",
          "A one. 🔒|B two. 🔒"},
-        {"a negative window is none", Road::freeze, "ours 0.5 A one.", "A one.", "A one. 🔒", -1},
-        {"without a window the same instant matches", Road::freeze, "ours 0 A one.", "A one.", "",
+        {"a negative window counts as zero", Road::freeze, "ours 0.5 A one.", "A one.", "A one. 🔒",
          -1},
+        {"a window of zero still matches the same instant", Road::freeze, "ours 0 A one.", "A one.",
+         "", -1},
         {"the end of the history, the beginning of what comes", Road::freeze,
          "ours 1 A one.|ours 1 B two.", "b TWO! C three.", "C three. 🔒"},
         {"no match in the middle", Road::freeze, "ours 1 A one.|ours 1 B two.", "A one. C three.",
@@ -143,7 +145,8 @@ TEST(CaptionCoreCommitTests, WordEventsFollowTheWordsOfTheWholeUtterance) {
         EXPECT_EQ(final.endedAt, 103);
         EXPECT_EQ(final.committedAt, 101.2);
         EXPECT_EQ(final.firstSeenAt, 100.5);
-        EXPECT_EQ(final.revisionCount, 1) << "never a leading sentence: the changes of the tail";
+        EXPECT_EQ(final.revisionCount, 1)
+            << "it was never a leading sentence, so it has the count of the tail";
         EXPECT_EQ(final.revision, f.core->revision());
 
         f.play("104 p one two three. x");
@@ -170,7 +173,7 @@ TEST(CaptionCoreCommitTests, SkippedSentencesUseUpTheirWordsAndTheirMeta) {
     f.core->committedSegments.mutate([](auto& rows) { rows.pop_back(); });
     EXPECT_EQ(f.core->wordEvents().size(), 3u);
     f.core->committedSegments = CaptionCore::Rows();
-    EXPECT_TRUE(f.core->wordEvents().empty()) << "whoever empties the list";
+    EXPECT_TRUE(f.core->wordEvents().empty()) << "an empty list has no words, whoever emptied it";
 }
 
 TEST(CaptionCoreCommitTests, ARevealedWordKeepsItsFirstTime) {

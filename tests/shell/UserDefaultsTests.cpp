@@ -89,7 +89,7 @@ TEST_F(UserDefaultsTests, AFileThatIsNotUnderstoodIsNeverOverwritten) {
         EXPECT_EQ(stored()["c"], true);
         EXPECT_EQ(other.problem(), "");
     }
-    // A link may lead to a device, which must not be moved.
+    // A link may lead to a device or a pipe, which must not be moved.
     const auto pipe = folder / "pipe";
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
     std::filesystem::create_symlink(pipe, folder / "link.json");
@@ -143,10 +143,11 @@ TEST_F(UserDefaultsTests, WhatTheOtherFrontEndStoresArrivesAsAChange) {
     other.set("translationTargetLanguage", std::string("ja"));
     EXPECT_EQ(host.run(), 0);
     EXPECT_EQ(*settings.translationTargetLanguage, "ja");
-    EXPECT_EQ(strayChanges, 0) << "what is the same, or this run's own, does not change";
+    EXPECT_EQ(strayChanges, 0)
+        << "an equal value, or one that this run overrides, is not reported as a change";
 }
 
-TEST_F(UserDefaultsTests, AFolderThatCannotBeWrittenKeepsTheValueAndSaysSo) {
+TEST_F(UserDefaultsTests, WithoutAWritableFolderTheValueIsKeptAndTheProblemIsReported) {
     std::ofstream(folder / "blocked") << "";
     JSONUserDefaults defaults(files, folder.path() / "blocked" / "settings.json");
     defaults.set("a", true);

@@ -41,16 +41,17 @@ struct CaptionWindowEnvironment {
     Host& host;
     AppSettings& settings;
     const SessionView& session;
-    /// The name of the file that is heard in place of the computer; empty if there is none.
+    /// The name of the file that is captioned instead of the computer's sound; empty if there is
+    /// none.
     const Published<std::string>& soundName;
     const Published<CaptionNotice>& notice;
     /// Where the window's position is stored.
     UserDefaults& store;
     Commands commands;
     /// Whether a translation model for the target language exists but is not installed. Reads the
-    /// disk, because another program may install the model. Empty if unknown.
+    /// disk, because another program may install the model. The function may be empty.
     std::function<bool()> lacksTranslationModel{};
-    /// By how many seconds the captions are behind the sound; empty if unknown.
+    /// By how many seconds the captions are behind the sound. The function may be empty.
     std::function<double()> secondsBehind{};
     /// Whether the desktop asks for less motion.
     const Published<bool>& reducesMotion;
@@ -59,8 +60,9 @@ struct CaptionWindowEnvironment {
     /// How the user can keep the window above others on a desktop that does not let the program do
     /// so; empty on other desktops.
     std::string otherWayToTop{};
-    /// What a start waits for, as a text for the user; an empty text if there is nothing to tell
-    /// yet; `nullopt` while no start waits. The pointer is null if starts never wait.
+    /// While a start of the captions is delayed: what it waits for, as a text for the user, or an
+    /// empty text if there is nothing to tell yet. `nullopt` if no start is delayed. The pointer is
+    /// null where that never happens.
     const Published<std::optional<std::string>>* waiting = nullptr;
 
     bool isWaiting() const { return waiting && **waiting; }

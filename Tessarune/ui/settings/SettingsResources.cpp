@@ -35,7 +35,7 @@ Resource::State stateOf(const TranslationLanguageState& language) {
 std::string speedText(const std::optional<SpeechModelSpeed>& speed) {
     if (!speed)
         return localized("还没有在本机用过，不知道快慢");
-    const std::string seconds = Text::fixed(speed->lookSeconds, 2);
+    const std::string seconds = Text::fixed(speed->passSeconds, 2);
     return speed->isTooSlow ? localized("在本机太慢：五秒长的一行每次更新要 %@ 秒", {seconds})
                             : localized("在本机够快：五秒长的一行每次更新要 %@ 秒", {seconds});
 }

@@ -12,14 +12,14 @@ namespace tessarune {
 
 /// How fast a speech model runs on this computer.
 struct SpeechModelSpeed {
-    static constexpr double lineSeconds = 5;
+    static constexpr double lineSeconds = 5; ///< the length of line for which the speed is given
 
-    double lookSeconds = 0; ///< of work for a pass over a line of `lineSeconds`
+    double passSeconds = 0; ///< the duration of a pass over such a line
     bool isTooSlow = false;
 };
 
 /// The speech models and the languages as resources of the settings window. The objects passed in
-/// must outlive them.
+/// must outlive the returned sources.
 namespace SettingsResources {
 
 ResourcesModel::Source

@@ -13,13 +13,14 @@
 
 namespace tessarune::testing {
 
-/// Sound with a linearly rising pitch, so that any 10 ms of it reveal their position, even at
-/// another speed that preserves the pitch.
+/// Sound with a linearly rising pitch, so that any 10 ms of it reveal their position, even if it is
+/// played faster or slower with unchanged pitch.
 struct Chirp {
     static constexpr double lowest = 400;        ///< Hz
     static constexpr double risePerSecond = 300; ///< Hz
     static constexpr double seconds = 8;
-    static constexpr double amplitude = 0.1414; ///< -20 dB, the level of all playback
+    static constexpr double amplitude =
+        0.1414; ///< its mean square is -20 dB, so playback changes no level
 
     static float at(double time) {
         const double turns = time * (lowest + risePerSecond * time / 2);
