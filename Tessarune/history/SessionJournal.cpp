@@ -11,15 +11,17 @@ namespace tessarune {
 
 namespace {
 
-/// A loss of power loses the captions of at most this many seconds.
+/// A loss of power loses the lines of at most this many seconds.
 constexpr double synchronizeInterval = 5;
 
 } // namespace
 
-class SessionJournal::Writer {
+class SessionJournal::Writer : public std::enable_shared_from_this<Writer> {
   public:
-    Writer(Host& host, FileSystem& files, TessaruneFileLogger& logger, std::filesystem::path path)
-        : host_(host), files_(files), logger_(logger), path_(std::move(path)) {}
+    /// All functions run on `queue`.
+    Writer(SerialQueue& queue, FileSystem& files, TessaruneFileLogger& logger,
+           std::filesystem::path path)
+        : queue_(queue), files_(files), logger_(logger), path_(std::move(path)) {}
 
     void append(const std::optional<std::string>& line) {
         if (!line || isDiscarded_)
@@ -29,8 +31,7 @@ class SessionJournal::Writer {
                 open();
             // The remains of a failed write must not run into this line.
             file_->append((std::exchange(isLineBroken_, false) ? "\n" : "") + *line + "\n");
-            if (host_.now() - synchronizedAt_ >= synchronizeInterval)
-                synchronize();
+            flushSoon();
         } catch (const std::exception& error) {
             isLineBroken_ = true;
             reportOnce(error);
@@ -38,9 +39,10 @@ class SessionJournal::Writer {
     }
 
     void putOnDisk() {
+        isFlushDue_ = false;
         try {
             if (file_)
-                synchronize();
+                file_->synchronize();
         } catch (const std::exception& error) {
             reportOnce(error);
         }
@@ -60,11 +62,15 @@ class SessionJournal::Writer {
     void open() {
         files_.createDirectories(path_.parent_path());
         file_ = files_.openForAppending(path_);
-        synchronizedAt_ = host_.now();
     }
-    void synchronize() {
-        file_->synchronize();
-        synchronizedAt_ = host_.now();
+    /// Does not wait for the next line, which may come much later.
+    void flushSoon() {
+        if (std::exchange(isFlushDue_, true))
+            return;
+        queue_.after(synchronizeInterval, [weak = weak_from_this()] {
+            if (const auto writer = weak.lock())
+                writer->putOnDisk();
+        });
     }
     void reportOnce(const std::exception& error) {
         if (!std::exchange(hasReported_, true))
@@ -72,12 +78,12 @@ class SessionJournal::Writer {
                               {{"path", path_.string()}, {"error", std::string(error.what())}});
     }
 
-    Host& host_;
+    SerialQueue& queue_;
     FileSystem& files_;
     TessaruneFileLogger& logger_;
     std::filesystem::path path_;
     std::unique_ptr<AppendFile> file_;
-    double synchronizedAt_ = 0;
+    bool isFlushDue_ = false;
     bool isLineBroken_ = false;
     bool isDiscarded_ = false;
     bool hasReported_ = false;
@@ -88,8 +94,8 @@ SessionJournal::SessionJournal(Host& host, FileSystem& files, TessaruneFileLogge
                                std::string recognitionOptionID)
     : host_(host),
       recognitionOptionID_(std::move(recognitionOptionID)),
-      writer_(std::make_shared<Writer>(host, files, logger, std::move(path))),
-      queue_(host.serialQueue("Tessarune.SessionJournal", QueuePriority::utility)) {
+      queue_(host.serialQueue("Tessarune.SessionJournal", QueuePriority::utility)),
+      writer_(std::make_shared<Writer>(*queue_, files, logger, std::move(path))) {
     noteRecordingStart(recordingStartedAt);
 }
 

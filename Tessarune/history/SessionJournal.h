@@ -20,8 +20,8 @@ namespace tessarune {
 /// the transcripts from it (RecordingRepair, SessionJournalContent).
 ///
 /// Main queue; the writing is done on the queue "Tessarune.SessionJournal". A line survives a crash
-/// of the program once the queue has written it. A loss of power loses at most the lines of five
-/// seconds. Failures are logged once a session and never reach the caller.
+/// of the program once the queue has written it. A loss of power loses at most the lines of the
+/// last five seconds. Failures are logged once a session and never reach the caller.
 class SessionJournal {
   public:
     /// Begins the journal at `path`. The references must outlive it.
@@ -53,8 +53,8 @@ class SessionJournal {
 
     Host& host_;
     const std::string recognitionOptionID_;
-    std::shared_ptr<Writer> writer_; // used on the queue only
     std::shared_ptr<SerialQueue> queue_;
+    std::shared_ptr<Writer> writer_; // used on the queue only
 };
 
 } // namespace tessarune

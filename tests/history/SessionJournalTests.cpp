@@ -70,11 +70,16 @@ TEST_F(SessionJournalTests, APowerCutCostsAFewSecondsOfCaptions) {
     const auto read = SessionJournalContent::decoded(suddenly.contentsOf(path));
     EXPECT_GE(read.rows.size(), 54U);
     EXPECT_EQ(read.rows[53].sourceText, "53");
+    host.advanceBy(5); // silence
+    simulation::FaultyFileSystem later(disk);
+    later.losePower(PowerLoss::keepsNothing);
+    EXPECT_EQ(SessionJournalContent::decoded(later.contentsOf(path)).rows.size(), 60U);
 
+    journal.append(row(makeID(), "60", 60));
     spawn(Executor::main(host), journal.synchronize()); // before the computer sleeps
     host.runUntilIdle();
     disk.losePower(PowerLoss::keepsNothing);
-    EXPECT_EQ(content().rows.size(), 60U);
+    EXPECT_EQ(content().rows.size(), 61U);
 }
 
 TEST_F(SessionJournalTests, DamageCostsTheLinesThatItHits) {
