@@ -411,11 +411,15 @@ TEST_F(HistoryWindowTests, WordsAreCountedMarkedLookedUpAndHeard) {
 TEST_F(HistoryWindowTests, UsageIsDrawnByPeriodAndFollowsTheCatalog) {
     history.add(86'400.0 * 40, "one two three");
     history.add(60, "four");
+    const UUID unreadable = history.add(50, "unread");
+    std::filesystem::remove(history.catalog.transcriptURL(unreadable));
+    std::filesystem::create_directory(history.catalog.transcriptURL(unreadable));
     open();
     model().openUsage();
     UsageModel& usage = *model().usage();
     ASSERT_TRUE(runUntil([&] { return usage.rowCount() >= 40; }));
-    EXPECT_EQ(usage.totals(), QStringList({"25:08", "2", "4"}));
+    EXPECT_EQ(usage.totals(), QStringList({"37:42", "3", "4"}));
+    EXPECT_NE(usage.uncounted(), "") << "one text is not counted";
     const auto last = [&](int role) { return usage.data(usage.index(usage.rowCount() - 1), role); };
     usage.setMeasure(2);
     EXPECT_EQ(last(UsageModel::FractionRole), 1.0 / 3) << usage.scale().toStdString();

@@ -151,6 +151,10 @@ QString UsageModel::scale() const {
     return usageValue(top, measure_);
 }
 
+QString UsageModel::uncounted() const {
+    return QString::fromStdString(UsageStatistics::problemOf(sessions_));
+}
+
 QString UsageModel::emptyTitle() const {
     if (count() > 0 || !isRead_)
         return {};

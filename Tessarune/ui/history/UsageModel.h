@@ -33,6 +33,8 @@ class UsageModel final : public ListedRows<UsagePeriod> {
     /// The value at the top of the chart.
     Q_PROPERTY(QString scale READ scale NOTIFY changed)
     /// Shown in place of the chart; empty while there is one, and until the catalog has been read.
+    /// A message if the words of some recordings are not counted; empty if all are.
+    Q_PROPERTY(QString uncounted READ uncounted NOTIFY changed)
     Q_PROPERTY(QString emptyTitle READ emptyTitle NOTIFY changed)
     Q_PROPERTY(QString emptyText READ emptyText NOTIFY changed)
 
@@ -61,6 +63,7 @@ class UsageModel final : public ListedRows<UsagePeriod> {
     void setMeasure(int measure);
     QStringList totals() const;
     QString scale() const;
+    QString uncounted() const;
     QString emptyTitle() const;
     QString emptyText() const;
 

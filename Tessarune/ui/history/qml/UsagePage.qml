@@ -62,6 +62,13 @@ FocusScope {
                 }
             }
         }
+
+        Label {
+            width: parent.width
+            visible: text !== ""
+            text: root.usage.uncounted
+            color: Theme.quiet
+        }
     }
 
     UsageChart {
