@@ -38,7 +38,7 @@ void printJSON(const nlohmann::ordered_json& object) {
 }
 
 std::string jsonLine(const nlohmann::ordered_json& object) {
-    const std::string line = object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+    std::string line = object.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
     if (Text::printable(line) == line)
         return line;
     std::string safe;
