@@ -14,6 +14,8 @@ std::vector<std::string> RunPreparation::repairTexts(const Application::Preparat
     std::vector<std::string> texts;
     if (std::string rebuilt = found.rebuiltIndexText(); !rebuilt.empty())
         texts.push_back(std::move(rebuilt));
+    if (std::string removed = found.removedText(); !removed.empty())
+        texts.push_back(std::move(removed));
     for (const UUID& id : found.repairs.recoveredSessions)
         texts.push_back(
             localized("An interrupted session was recovered: --show %@", {shortID(id)}));

@@ -165,6 +165,13 @@ std::string Application::Preparation::rebuiltIndexText() const {
                       repairs.rebuiltIndex->keptAside.filename().string()});
 }
 
+std::string Application::Preparation::removedText() const {
+    return repairs.removedWithoutSound == 0
+               ? std::string()
+               : localized("Recordings that were removed because their sound is missing: %lld.",
+                           {std::to_string(repairs.removedWithoutSound)});
+}
+
 Application::Preparation Application::prepareToRecord() {
     Preparation preparation;
     const bool records = recording.recordsSessions();

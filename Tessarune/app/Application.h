@@ -102,6 +102,8 @@ struct Application {
         /// Text for the user if the list of recordings was damaged and has been rebuilt; empty
         /// otherwise.
         std::string rebuiltIndexText() const;
+        /// Text for the user if recordings were removed from the list; empty otherwise.
+        std::string removedText() const;
     };
     /// Takes the data folder, so that two programs never write one catalog, and runs the start-up
     /// services. If sessions are to be recorded, the folder stays taken until `leaveDataFolder`; if

@@ -77,6 +77,10 @@ std::string RecordingCatalog::readingProblem() {
             return localized("The list of recordings, %@, is missing. The next recorded session "
                              "rebuilds it from the recordings.",
                              {paths_.recordingIndex().string()});
+        if (const std::size_t damaged = loaded.index.damagedEntries(); damaged > 0)
+            return localized("%lld entries of the list of recordings, %@, are damaged. The next "
+                             "recorded session restores them if it finds their copies.",
+                             {std::to_string(damaged), paths_.recordingIndex().string()});
         // Throws if the folder cannot be read; its recordings would look as if they were missing.
         files_.list(paths_.recordings());
     } catch (const std::exception& error) {

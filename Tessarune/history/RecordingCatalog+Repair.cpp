@@ -74,14 +74,14 @@ bool RecordingCatalog::hasNoSound() {
     }
 }
 
-void RecordingCatalog::reconcileIndex() {
+std::size_t RecordingCatalog::reconcileIndex() {
     const auto isMissing = [&](const RecordingMetadata& recording) {
         return isSurelyMissing(recording.filePath);
     };
     const auto all = recordings();
     const auto missing = std::count_if(all.begin(), all.end(), isMissing);
     if (missing == 0)
-        return;
+        return 0;
     const bool isUnmounted = missing > 1 && missing == std::ssize(all) && hasNoSound();
     // A deletion would have removed the sidecars as well; an unmounted disk leaves them.
     const auto isGone = [&](const RecordingMetadata& recording) {
@@ -90,13 +90,13 @@ void RecordingCatalog::reconcileIndex() {
                                  files_.exists(transcriptURL(recording.id))));
     };
     const auto gone = std::count_if(all.begin(), all.end(), isGone);
-    if (gone == 0)
-        return;
-    mutateIndex([&](RecordingIndex& index) { index.removeIf(isGone); });
+    if (gone == 0 || !mutateIndex([&](RecordingIndex& index) { index.removeIf(isGone); }))
+        return 0;
     TessaruneLog::storage.notice([&] {
         return "Tessarune catalog reconcile: pruned " + std::to_string(gone) +
                " missing-audio entries";
     });
+    return static_cast<std::size_t>(gone);
 }
 
 void RecordingCatalog::cleanupOrphanTranscripts() {
@@ -109,7 +109,7 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
         if (std::any_of(names.begin(), names.end(),
                         [&](const std::string& name) { return isAside(name); }))
             return;
-        const auto known = relistForgotten(loaded.index.ids());
+        const auto known = relistForgotten(loaded.index);
         const std::size_t count = removeOrphans(paths_.transcripts(), known, 0);
         if (count > 0) {
             TessaruneLog::storage.notice([&] {
@@ -125,11 +125,15 @@ void RecordingCatalog::cleanupOrphanTranscripts() {
     }
 }
 
-/// Adds recordings to an index that lacks them because it is older, for example because it comes
-/// from a backup. The recordings must be finished, and their entries and sound must exist. Returns
-/// `known` with their ids added.
-std::set<UUID> RecordingCatalog::relistForgotten(std::set<UUID> known) {
+/// Adds recordings that an index lacks because it is older, for example because it comes from a
+/// backup, or because their entries are damaged. The recordings must be finished, and the copies of
+/// their entries and their sound must exist. Returns all ids that are known then.
+std::set<UUID> RecordingCatalog::relistForgotten(const RecordingIndex& listed) {
+    std::set<UUID> known;
+    for (const RecordingMetadata& recording : listed.recordings())
+        known.insert(recording.id);
     RecordingIndex forgotten = RecordingIndex::salvaged({}, entriesBesideTranscripts(known));
+    known = listed.ids();
     findMovedSound(forgotten);
     forgotten.removeIf([&](const RecordingMetadata& recording) {
         return !recording.endedAt || !files_.exists(recording.filePath);

@@ -188,11 +188,11 @@ class RecordingCatalog {
     /// Sets the end of each entry that has none, computed from its duration.
     void healStaleRecordings();
     /// Removes entries whose audio is missing, unless the disk of the recordings seems not to be
-    /// mounted.
-    void reconcileIndex();
-    /// Lists finished recordings that an outdated index lacks, and removes sidecars of unknown
-    /// recordings and imported sound that a crash kept out of the index. Does nothing while the
-    /// index may be incomplete or an unreadable one is kept aside: the files may belong to
+    /// mounted. Returns how many.
+    std::size_t reconcileIndex();
+    /// Lists finished recordings that an outdated or damaged index lacks, and removes sidecars of
+    /// unknown recordings and imported sound that a crash kept out of the index. Does nothing while
+    /// the index may be incomplete or an unreadable one is kept aside: the files may belong to
     /// recordings that are missing from the index.
     void cleanupOrphanTranscripts();
 
@@ -219,7 +219,7 @@ class RecordingCatalog {
     std::filesystem::path asidePath() const;
     bool isAside(const std::string& name) const;
     std::vector<std::string> entriesBesideTranscripts(const std::set<UUID>& known = {});
-    std::set<UUID> relistForgotten(std::set<UUID> known);
+    std::set<UUID> relistForgotten(const RecordingIndex& listed);
 
     void removeOwned(const RecordingMetadata& recording, Runs runs);
     bool removeSidecars(const UUID& id);

@@ -199,6 +199,12 @@ std::set<UUID> RecordingIndex::ids() const {
     return all;
 }
 
+std::size_t RecordingIndex::damagedEntries() const {
+    return static_cast<std::size_t>(std::ranges::count_if(elements_, [](const Element& element) {
+        return !element.recording && idOf(*element.source);
+    }));
+}
+
 bool RecordingIndex::hasNamelessElements() const {
     return std::any_of(elements_.begin(), elements_.end(),
                        [](const Element& element) { return !idOf(*element.source); });
@@ -206,7 +212,7 @@ bool RecordingIndex::hasNamelessElements() const {
 
 void RecordingIndex::put(const RecordingMetadata& recording) {
     const auto same = std::find_if(elements_.begin(), elements_.end(), [&](const Element& element) {
-        return element.recording && element.recording->id == recording.id;
+        return idOf(*element.source) == recording.id; // a damaged entry, too
     });
     Element changed = same == elements_.end() ? Element() : *same;
     Json object = changed.source ? *changed.source : Json::object();

@@ -35,6 +35,8 @@ class RecordingIndex {
 
     /// The ids of all elements, even of those that are not entries.
     std::set<UUID> ids() const;
+    /// The number of elements that have an id but are not valid entries.
+    std::size_t damagedEntries() const;
     /// Whether there are elements without a readable id.
     bool hasNamelessElements() const;
 

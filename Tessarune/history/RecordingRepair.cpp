@@ -68,7 +68,7 @@ RecordingRepair::Report RecordingRepair::runAtLaunch() {
     restoreTranscripts();
     removeReplacedSound();
     catalog_.healStaleRecordings();
-    catalog_.reconcileIndex();
+    report.removedWithoutSound = catalog_.reconcileIndex();
     catalog_.cleanupOrphanTranscripts();
     sortImports(report);
     return report;

@@ -27,6 +27,8 @@ class RecordingRepair {
         /// they may be the cause. They are reported once and do not become `untranscribedImports`.
         std::vector<RecordingMetadata> brokenOffImports;
         std::optional<RecordingCatalog::IndexRebuild> rebuiltIndex;
+        std::size_t removedWithoutSound =
+            0; ///< entries that were removed, as their sound is missing
     };
 
     RecordingRepair(FileSystem& files, RecordingCatalog& catalog, TessaruneFileLogger& logger);

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <regex>
+
 namespace tessarune {
 namespace {
 
@@ -409,6 +411,13 @@ TEST_F(RecordingCatalogTests, LaunchRepairsCloseTheGaps) {
     EXPECT_EQ(order(), "spoken " + imported.text() + " stale moved ");
     EXPECT_TRUE(disk.has(catalog.transcriptURL(spoken)));
     EXPECT_EQ(disk.list(paths.recordings()).size(), 4U);
+
+    // An index with a damaged entry.
+    const std::string good = disk.contentsOf("/data/recordings.json");
+    setIndex(std::regex_replace(good, std::regex(R"("[^"]*spoken.wav")"), "5"));
+    EXPECT_NE(catalog.readingProblem(), "");
+    catalog.cleanupOrphanTranscripts();
+    EXPECT_EQ(disk.contentsOf("/data/recordings.json"), good);
 }
 
 TEST_F(RecordingCatalogTests, FindsTheNewestRunOfARecording) {

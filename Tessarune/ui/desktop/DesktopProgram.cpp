@@ -104,6 +104,7 @@ void DesktopProgram::prepare() {
         application_.settings.recordWhileCaptioning.published(),
         [this](bool) { notices_.tell(DesktopNotices::Topic::recording, ""); });
     notices_.tell(preparation.rebuiltIndexText());
+    notices_.tell(preparation.removedText());
     if (const auto count = preparation.repairs.recoveredSessions.size(); count > 0)
         notices_.tell(
             localized("已恢复 %lld 次中断的会话，可在历史记录中查看。", {std::to_string(count)}),
