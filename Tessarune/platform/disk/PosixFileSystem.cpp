@@ -259,7 +259,8 @@ void PosixFileSystem::createDirectories(const Path& path) {
     const int refused = errno;
     if (fs::is_directory(path, ignored))
         return; // another program has created it meanwhile
-    errno = refused == EEXIST ? ENOTDIR : refused;
+    const bool isBroken = fs::is_symlink(path, ignored) && !fs::exists(path, ignored);
+    errno = refused != EEXIST ? refused : isBroken ? ENOENT : ENOTDIR;
     failToWrite(localizationKey("cannot create the folder %@"), path);
 }
 
@@ -315,8 +316,15 @@ double PosixFileSystem::modifiedAt(const Path& path) {
 std::vector<std::string> PosixFileSystem::list(const Path& folder) {
     std::vector<std::string> names;
     std::error_code error;
-    if (!fs::exists(folder, error) && !error)
+    if (!fs::exists(folder, error) && !error) {
+        // The target of a link may be on a disk that is not mounted.
+        for (Path each = folder; each.has_relative_path(); each = each.parent_path()) {
+            if (fs::is_symlink(each, error) && !fs::exists(each, error))
+                check(std::make_error_code(std::errc::no_such_file_or_directory),
+                      localizationKey("cannot read %@"), each);
+        }
         return names;
+    }
     const fs::directory_iterator entries(folder, error);
     check(error, localizationKey("cannot read %@"), folder);
     for (const auto& entry : entries)
